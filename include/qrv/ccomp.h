@@ -1,0 +1,9 @@
+#pragma once
+// What the compilers differ in. Standard C++20 on x86-64 Linux with g++ or clang; nothing else is
+// supported. One thread at a time: no part of the library may be used by two threads at once.
+
+// QRV_API marks what the shared library exports; all else is hidden.
+#define QRV_API __attribute__((visibility("default")))
+
+// Checks a printf-like call: position of the format and of its first argument, both from 1.
+#define QRV_PRINTF(format_at, first_at) __attribute__((format(printf, format_at, first_at)))
