@@ -1,0 +1,62 @@
+#pragma once
+// Scoped changes of the registry, of types and of objects, and the deferred factory of types.
+// The destructors run foreign code and let nothing escape. One thread at a time.
+
+#include "qrv/containers/cattr.h"
+#include "qrv/core/ctypes.h"
+
+// Registers a type for its own lifetime; each copy removes the name again at its end.
+class QRV_API cTypeInsert {
+  public:
+    // Shares the type. Throws cErr(1) "Fatal: duplicate name of cTypeObj: ..." if the name is taken.
+    explicit cTypeInsert(cTypeObj &type);
+    cTypeInsert(cTypeInsert const &other) noexcept;
+    cTypeInsert &operator=(cTypeInsert const &other);
+    ~cTypeInsert();
+
+    // A taken name: throws as above with fatal, else prints three lines and gives false.
+    static bool insert(typeref const &type, bool fatal);
+
+  private:
+    explicit cTypeInsert(typeref const &) {} // only keeps a handle from converting
+    explicit cTypeInsert(objref const &) {}
+    typeref type_;
+};
+
+// Replaces a member of a type for its own lifetime. A copy restores too.
+class QRV_API cTypeModifier {
+  public:
+    cTypeModifier(cTypeObj &type, std::string const &key, objref value); // shares type and value
+    cTypeModifier(cTypeModifier const &other) = default;
+    cTypeModifier &operator=(cTypeModifier const &) = delete;
+    ~cTypeModifier();
+
+  private:
+    cTypeModifier(cObj &, std::string const &, objref) {} // only keeps an object from converting
+    typeref type_;
+    std::string key_;
+    objref previous_;
+};
+
+// Replaces an attribute for its own lifetime. A copy restores too.
+class QRV_API cObjModifier {
+  public:
+    cObjModifier(cAttr &attr, objref const &value); // shares owner, key and value
+    cObjModifier(cObjModifier const &other) = default;
+    cObjModifier &operator=(cObjModifier const &) = delete;
+    ~cObjModifier();
+
+  private:
+    cAttr attr_;
+    objref previous_;
+};
+
+// A factory of a type, entered in the repository for this interface under the type's name.
+class QRV_API cTypeCtor {
+  public:
+    cTypeCtor() = default;
+    cTypeCtor(cTypeCtor const &) {}
+    cTypeCtor &operator=(cTypeCtor const &) { return *this; }
+    virtual typeref make() = 0; // adopted by the caller; null on failure
+    virtual ~cTypeCtor();
+};

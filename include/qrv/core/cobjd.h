@@ -1,0 +1,136 @@
+#pragma once
+// Value objects: cObjD<T> owns a T, cObjDR<T> refers to a T that lives elsewhere and must not
+// outlive it. Every method works through `value`, so it needn't know which of the two it has.
+// The object's type is cTypeOf((T *)nullptr), found by overload; a program that wants objects of
+// its own T declares that overload beside T. Also here: the conversions between objects and plain
+// values. One thread at a time.
+
+#include "qrv/core/ctypes.h"
+
+#include <iosfwd>
+
+class cSigInfo;
+
+QRV_API cTypeObj &cTypeOf(std::string *);
+QRV_API cTypeObj &cTypeOf(bool *);
+QRV_API cTypeObj &cTypeOf(int *);
+QRV_API cTypeObj &cTypeOf(float *);
+QRV_API cTypeObj &cTypeOf(double *);
+QRV_API cTypeObj &cTypeOf(std::istream *); // "niltype": holders of streams for read and write
+QRV_API cTypeObj &cTypeOf(std::ostream *);
+QRV_API cTypeObj &cTypeOf(cSigInfo *);
+
+template <class T> class QRV_API cObjDR : public cObj {
+  public:
+    explicit cObjDR(cTypeObj *type) : cObj(type) {} // value null, no create: for subclasses
+    explicit cObjDR(T &value) : cObj(&cTypeOf(static_cast<T *>(nullptr))), value_(&value) {
+        create();
+    }
+    explicit cObjDR(T const &value)
+        : cObj(&cTypeOf(static_cast<T *>(nullptr))), value_(const_cast<T *>(&value)) {
+        setflags(of_const); // keeps the value from being assigned to
+        create();
+    }
+    explicit cObjDR(T &&) = delete; // would dangle
+    cObjDR(cObjDR const &) = delete;
+    ~cObjDR() override = default;
+
+    bool is_ObjDR() const override { return true; }
+    T *valptr() const noexcept { return value_; }
+    T &val() const noexcept { return *value_; }
+
+    // Through the type, so that const and conversion rules apply; the bool is dropped.
+    cObjDR &operator=(T const &value) {
+        cObjDR const source(value);
+        assign(source);
+        return *this;
+    }
+    cObjDR &operator=(cObjDR const &other) {
+        assign(other);
+        return *this;
+    }
+    using cObj::operator=;
+
+  protected:
+    T *value_ = nullptr;
+};
+
+template <class T> class QRV_API cObjD : public cObjDR<T> {
+  public:
+    cObjD() : cObjDR<T>(&cTypeOf(static_cast<T *>(nullptr))), data_() { ready(); }
+    explicit cObjD(T const &value) : cObjDR<T>(&cTypeOf(static_cast<T *>(nullptr))), data_(value) {
+        ready();
+    }
+    template <class U>
+        requires(std::is_pointer_v<U> && std::is_arithmetic_v<T>)
+    explicit cObjD(U) = delete; // a pointer would become true
+    cObjD(cObjD const &other) : cObjDR<T>(&other.type()), data_(other.val()) {
+        if (other.flags_of(of_const)) this->setflags(of_const);
+        ready();
+    }
+    cObjD(T const &value, cTypeObj *type) : cObjDR<T>(type), data_(value) { this->value_ = &data_; }
+    ~cObjD() override = default;
+
+    bool is_ObjDR() const override { return false; }
+
+    cObjD &operator=(T const &value) {
+        cObjDR<T>::operator=(value);
+        return *this;
+    }
+    cObjD &operator=(cObjD const &other) {
+        this->assign(other);
+        return *this;
+    }
+    using cObjDR<T>::operator=;
+
+  private:
+    void ready() {
+        this->value_ = &data_;
+        this->create();
+    }
+    T data_;
+};
+
+// What a stream method finds in its second argument.
+using cOutHolder = cObjDR<std::ostream>;
+using cInHolder = cObjDR<std::istream>;
+
+namespace cat {
+// The value as text: a string object's plain text, anything else as written. "" for null.
+QRV_API std::string as_string(objref const &ref);
+// The same in written form: strings quoted where they need it.
+QRV_API std::string as_text(objref const &ref);
+// The value of an object of exactly type int; no_index for anything else.
+QRV_API int as_index(objref const &ref);
+constexpr int no_index = -2147483647 - 1;
+// Same type and same value; no conversion. The reference must not be null.
+QRV_API bool is_equal(objref const &ref, std::string const &text);
+QRV_API bool is_equal(objref const &ref, int number);
+
+// Truncates; what doesn't fit, and NaN, gives the lowest int.
+QRV_API int to_int(double value) noexcept;
+// The int that an object is or converts to; false if it does neither, or is null.
+QRV_API bool int_of(objref const &ref, int &number);
+QRV_API bool bool_of(objref const &ref, bool &value);
+
+// The object for a plain value, adopted.
+[[nodiscard]] QRV_API objref of(std::string const &text);
+[[nodiscard]] QRV_API objref of(char const *text); // null is ""
+[[nodiscard]] QRV_API objref of(int number);
+[[nodiscard]] QRV_API objref of(bool value);
+[[nodiscard]] QRV_API objref of(float number);
+[[nodiscard]] QRV_API objref of(double number);
+} // namespace cat
+
+extern template class QRV_API cObjDR<std::string>;
+extern template class QRV_API cObjDR<bool>;
+extern template class QRV_API cObjDR<int>;
+extern template class QRV_API cObjDR<float>;
+extern template class QRV_API cObjDR<double>;
+extern template class QRV_API cObjDR<std::ostream>;
+extern template class QRV_API cObjDR<std::istream>;
+extern template class QRV_API cObjD<std::string>;
+extern template class QRV_API cObjD<bool>;
+extern template class QRV_API cObjD<int>;
+extern template class QRV_API cObjD<float>;
+extern template class QRV_API cObjD<double>;
