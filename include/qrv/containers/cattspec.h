@@ -1,0 +1,65 @@
+#pragma once
+// Attribute specifications: for one key, whether the attribute is required or may be nil, has a
+// default, keeps its type or its object. The rules themselves stand in cTomMap::setattr and
+// getattr. A map keeps the specification of a key in its own member map under that key, and the OR
+// of all their flags in its five low flag bits, so that a map without any pays nothing.
+//
+// States of the flags word, restored by force_flags() after each change:
+//   with a default      4, perhaps 2; neither 8 nor 16
+//   without a default   exactly one of 8 and 16; neither 4 nor 2
+//   always              1 exactly when there is a type
+// One thread at a time.
+
+#include "qrv/core/cobj.h"
+
+enum cAttspecFlag : int {
+    asf_fixtype = 1,   // only values of the type
+    asf_fixref = 2,    // the object can't be replaced once there is one: #FIXED
+    asf_default = 4,   // there is a default
+    asf_required = 8,  // there must be a value: #REQUIRED
+    asf_implied = 16,  // may be nil: #IMPLIED
+    asf_all = 31
+};
+
+class QRV_API cAttspec : public cObj {
+  public:
+    using specref = cRef<cAttspec, cRefTraits<cAttspec>>;
+
+    cAttspec(int flags, cTypeObj *type);              // borrows the type; null: any
+    cAttspec(objref const &default_value, int flags); // shares; of the flags only 1 and 2 count
+    cAttspec(cAttspec const &) = delete;
+    ~cAttspec() override;
+    cAttspec &operator=(cAttspec const &other); // assign, then default and type
+    using cObj::operator=;
+
+    bool is_fixtype() const noexcept { return flags_of(asf_fixtype) != 0; }
+    bool is_fixref() const noexcept { return flags_of(asf_fixref) != 0; }
+    bool is_default() const noexcept { return flags_of(asf_default) != 0; }
+    bool is_required() const noexcept { return flags_of(asf_required) != 0; }
+    bool is_implied() const noexcept { return flags_of(asf_implied) != 0; }
+    objref get_default() const { return default_; } // shared; null if none
+    cTypeObj *get_type() const noexcept { return type_; }
+    void set_flags(int flags);
+    // A kill value clears the default, a void one changes nothing. Shares the value.
+    void set_default(objref const &value, bool fix_type);
+    void set_type(cTypeObj *type); // the fixed type; other flags stay
+    // The one specification of keys that have none: never stands in a map.
+    static specref const &nilspec();
+
+  protected:
+    void force_flags();
+
+  private:
+    struct cNilTag {};
+    explicit cAttspec(cNilTag);
+    void fix_type_flag();
+
+    objref default_;
+    cTypeObj *type_ = nullptr;
+};
+
+using specref = cAttspec::specref;
+
+namespace cTomAttspec {
+QRV_API objref newobj(objref type); // a required one without type
+} // namespace cTomAttspec
