@@ -1,0 +1,308 @@
+#pragma once
+// Tokens of the attribute text format. Three layers: attrFlexLexer finds the longest match in a
+// stream's characters, cAttrLexer turns matches into tokens and keeps the counters, cAttrScanner is
+// the handle that readers work with. All scanners on one stream share one cAttrLexer, so that a
+// nested reader opens its own scanner on the stream and no token of look-ahead is lost.
+// One thread at a time: the list of lexers is process-wide and has no lock.
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "qrv/ccomp.h"
+#include "qrv/qrvdefs.h"
+#include "qrv/signals/csignal.h"
+
+// Every token code with its number, once. Codes 1 to 255 are single characters; a byte from 128 on
+// comes as a negative code. 256, 268 and 269 stand for nothing; callers rely on the numbers.
+#define QRV_TOKENS(X)                                                                              \
+    X(tkEof, 0)         /* end of input, the text is empty                              */         \
+    X(tkInt, 257)       /* integer, decimal or hexadecimal                              */         \
+    X(tkUnsigned, 258)  /* integer with u or U behind it                                */         \
+    X(tkFloat, 259)     /* floating-point number with f or F behind it                  */         \
+    X(tkDouble, 260)    /* floating-point number                                        */         \
+    X(tkBool, 261)      /* the word true or false                                       */         \
+    X(tkString, 262)    /* string in double or single quotes                            */         \
+    X(tkConst, 263)     /* # directly followed by an identifier                         */         \
+    X(tkIdent, 264)     /* identifier                                                   */         \
+    X(tkComment, 265)   /* comment with the white space before it, see return_com       */         \
+    X(tkSpace, 266)     /* white space, see return_ws                                   */         \
+    X(tkBadIdent, 267)  /* digits that run straight into letters                        */         \
+    X(tkAddAssign, 270) /* +=                                                           */         \
+    X(tkShiftLeft, 271) /* <<                                                           */         \
+    X(tkAndAssign, 272) /* &=                                                           */
+
+#define QRV_TOKEN_ENUMERATOR(name, number) name = number,
+enum attr_token : int { QRV_TOKENS(QRV_TOKEN_ENUMERATOR) };
+#undef QRV_TOKEN_ENUMERATOR
+
+namespace cat {
+// The name of a token code, such as "tkInt"; null for single characters and unused numbers.
+QRV_API char const *token_name(int code);
+} // namespace cat
+
+// One token. A plain record with value semantics.
+struct QRV_API cAttrLiteral {
+    cAttrLiteral();
+    cAttrLiteral(cAttrLiteral const &);
+    cAttrLiteral(cAttrLiteral &&) noexcept;
+    cAttrLiteral &operator=(cAttrLiteral const &);
+    cAttrLiteral &operator=(cAttrLiteral &&) noexcept;
+    ~cAttrLiteral();
+
+    int code = 0;          // an attr_token or a single character
+    std::string text;      // exactly as it stands in the input, quotes and sign included
+    unsigned line = 1;     // of the first character, from 1
+    unsigned column = 0;   // of the first character, from 0
+    unsigned position = 0; // the position counter at the first character
+    // Where the token stands in the text that a person sees: the same as line and column, unless
+    // the input is a stretch cut out of another text and outer_places() was told where that came
+    // from.
+    unsigned outer_line = 1;
+    unsigned outer_column = 0;
+};
+
+// Says that the bytes of an input from `offset` on (newlines counted) come from this place of an
+// outer text, up to the next newline or the next such record.
+struct cAttrPlace {
+    std::size_t offset;
+    unsigned line;   // from 1
+    unsigned column; // from 0
+};
+
+// Keeps a variable's value and puts it back at the end of a scope. Borrows the variable.
+template <class T> class cSetTmp {
+  public:
+    cSetTmp() = default;
+    // Keeps the value of `target` and gives it a new one.
+    cSetTmp(T &target, T value) {
+        take(target);
+        target = value;
+    }
+    cSetTmp(cSetTmp const &) = delete;
+    cSetTmp &operator=(cSetTmp const &) = delete;
+    ~cSetTmp() { restore(); }
+    // Keeps the present value of `target`. What was kept before is put back first.
+    void take(T &target) {
+        restore();
+        target_ = &target;
+        old_ = target;
+    }
+
+  private:
+    void restore() {
+        if (target_) *target_ = old_;
+    }
+    T *target_ = nullptr;
+    T old_{};
+};
+
+// One input with the characters that were taken from it and not used yet.
+struct yy_buffer_state;
+
+// What every matching engine offers.
+class QRV_API FlexLexer {
+  public:
+    FlexLexer() = default;
+    FlexLexer(FlexLexer const &) = delete;
+    FlexLexer &operator=(FlexLexer const &) = delete;
+    virtual ~FlexLexer();
+    // Works on `buffer` from now on. The buffer worked on before belongs to the caller again.
+    virtual void yy_switch_to_buffer(yy_buffer_state *buffer) = 0;
+    // A new buffer on a borrowed stream; `size` is the room made at once. The caller owns it.
+    virtual yy_buffer_state *yy_create_buffer(std::istream *in, int size) = 0;
+    // Deletes a buffer. After the one worked on was deleted there is no input.
+    virtual void yy_delete_buffer(yy_buffer_state *buffer) = 0;
+    // Drops the look-ahead and goes on with `in`.
+    virtual void yyrestart(std::istream *in) = 0;
+    virtual int yylex() = 0;
+    // Goes on with a new buffer on `in`, and writes to `out`. Null leaves the one as it is.
+    virtual void switch_streams(std::istream *in, std::ostream *out) = 0;
+};
+
+// The matching engine: longest match, and between equally long ones the lower rule number.
+// Takes no character from the stream beyond what the longest match needs to be told.
+class QRV_API attrFlexLexer : public FlexLexer {
+  public:
+    explicit attrFlexLexer(std::istream *in = nullptr, std::ostream *out = nullptr);
+    attrFlexLexer(attrFlexLexer const &) = delete;
+    attrFlexLexer &operator=(attrFlexLexer const &) = delete;
+    ~attrFlexLexer() override;
+    void yy_switch_to_buffer(yy_buffer_state *buffer) override;
+    yy_buffer_state *yy_create_buffer(std::istream *in, int size) override;
+    void yy_delete_buffer(yy_buffer_state *buffer) override;
+    void yyrestart(std::istream *in) override;
+    int yylex() override; // ends the process: the engine alone makes no tokens
+    void switch_streams(std::istream *in, std::ostream *out) override;
+
+    // The rules, by the numbers that decide between equally long matches.
+    enum rule : int {
+        r_true = 1,
+        r_false,
+        r_hex,
+        r_unsigned,
+        r_bad_ident,
+        r_int,
+        r_float,
+        r_double,
+        r_string,
+        r_const,
+        r_ident,
+        r_add_assign,
+        r_shift_left,
+        r_and_assign,
+        r_line_comment,
+        r_block_comment, // its opening; the rest is read by yylex piece by piece
+        r_space = 19,
+        r_char,
+        r_end
+    };
+
+  protected:
+    // Reads up to `room` characters, in truth one. 0 at the end, below 0 on a broken stream.
+    virtual int LexerInput(char *to, int room);
+    virtual void LexerOutput(char const *text, int size);
+    // Writes the text as a line to the standard error stream and ends the process with status 2.
+    virtual void LexerError(char const *text);
+
+    std::istream *input() const; // null if there is none
+    // Finds the longest match from the current place. Its text is matched(), until consume().
+    rule match();
+    std::string_view matched() const;
+    void consume(); // goes behind the match
+    // Inside a block comment: matches up to and with its end, or a part of it if it is long, or to
+    // the end of input. `closed` tells whether the end was reached. False if nothing is left.
+    bool match_comment(bool &closed);
+    void drop_lookahead();
+
+  private:
+    int at(std::size_t i);
+    bool more();
+    rule match_word(std::size_t from);
+    rule match_number();
+    rule match_digits(std::size_t from, bool sign);
+    rule match_fraction(std::size_t point);
+    rule match_string(char quote);
+    rule match_space();
+    rule match_pair(char second, rule both);
+    rule match_sign();
+    rule found(rule r, std::size_t size);
+    bool digit_at(std::size_t i);
+    std::size_t skip_digits(std::size_t i);
+    std::size_t skip_word(std::size_t i);
+
+    yy_buffer_state *buffer_; // owned
+    std::ostream *out_;       // borrowed, null means the standard output stream
+    std::size_t size_ = 0;    // length of the match
+};
+
+// Tokens with their places, shared by all scanners on one stream.
+class QRV_API cAttrLexer : public attrFlexLexer {
+  public:
+    explicit cAttrLexer(std::istream &in); // borrows the stream, which must outlive it
+    cAttrLexer(cAttrLexer const &) = delete;
+    cAttrLexer &operator=(cAttrLexer const &) = delete;
+    ~cAttrLexer() override;
+    // The next token's code, from the stream.
+    int yylex() override;
+
+    // The living lexer on this stream, or null.
+    static cAttrLexer *find(std::istream const &in);
+    static unsigned living();
+
+  private:
+    friend class cAttrScanner;
+    int gettoken();
+    void reset(unsigned position, unsigned line, unsigned column);
+    void begin_token();
+    void append(bool keep_text);
+    int finish(int code);
+    int read_comment();
+    void set_outer_place();
+    void dump() const;
+
+    cAttrLiteral token_;
+    std::vector<cAttrLiteral> pushed_; // a stack
+    bool return_ws_ = false;
+    bool return_com_ = false;
+    int users_ = 0;
+    unsigned line_ = 1;
+    unsigned column_ = 0;
+    unsigned position_;
+    unsigned errors_ = 0;
+    cSignal1<cErr &> sig_error_;
+    std::string filename_;
+    bool dump_ = false;
+    std::size_t offset_ = 0; // bytes passed, newlines counted
+    std::vector<cAttrPlace> places_;
+    cAttrLexer *next_ = nullptr; // in the list of all lexers
+    static cAttrLexer *first_;
+};
+
+// A counted share in the lexer of one stream. Streams must outlive their scanners.
+class QRV_API cAttrScanner {
+  public:
+    // Shares the lexer that works on this stream, or makes one. Changes nothing in the stream.
+    explicit cAttrScanner(std::istream &in);
+    // The same; null means the standard input.
+    explicit cAttrScanner(std::istream *in);
+    cAttrScanner(cAttrScanner const &) = delete;
+    cAttrScanner &operator=(cAttrScanner const &) = delete;
+    ~cAttrScanner();
+
+    // Pushed back tokens come again, the last one first. They don't move the running counters.
+    void ungettoken() const;
+    void ungettoken(cAttrLiteral const &token) const;
+    // The current token; changes with the next one read from any scanner on the stream.
+    cAttrLiteral const &token() const;
+
+    // Going back: forgets tokens pushed back and look-ahead, clears the stream's state and seeks. A
+    // stream that can't seek stays where it is, in a good state. Since the position counts no
+    // newlines, the place is right only if none was passed since the start of the stream.
+    void resettoken() const;
+    void resettoken(cAttrLiteral const &token) const;
+    void reset(unsigned position, unsigned line, unsigned column) const;
+    void flush() const; // to the running counters themselves
+
+    // Whether white space and comments come as tokens. `keep` puts the former value back when it
+    // dies; it must die before this scanner.
+    bool return_ws() const;
+    bool return_com() const;
+    void return_ws(bool on, cSetTmp<bool> *keep = nullptr) const;
+    void return_com(bool on, cSetTmp<bool> *keep = nullptr) const;
+    void return_all(bool on) const;
+    // Writes every token read from now on as a line to the standard error stream. The old value.
+    bool setdump(bool on) const;
+
+    // The running counters: the place behind the last token read.
+    unsigned position() const;
+    unsigned lineno() const;
+    unsigned column() const;
+
+    // The file name for messages; empty if never set. Null empties it.
+    std::string const &filename() const;
+    void set_filename(char const *name) const;
+
+    // The error count belongs to the stream, not to this scanner.
+    unsigned errcount() const;
+    void errincr();
+    void errclear();
+    cSignal1<cErr &> &sig_error() const;
+    std::istream &is() const;
+
+    // For an input cut out of another text: where its bytes come from, by growing offset. Tokens
+    // read from then on carry it as their outer place.
+    void outer_places(std::vector<cAttrPlace> places) const;
+    // True if this scanner alone uses the only lexer there is: no other reading is under way.
+    bool alone() const;
+
+  protected:
+    // The next token's code; 0 at the end of input, again and again. The token stays in the lexer.
+    int gettoken() const;
+    int gettoken(cAttrLiteral &token) const; // and a copy of it
+
+  private:
+    cAttrLexer *lexer_;
+};
