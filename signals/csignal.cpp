@@ -1,0 +1,383 @@
+// Links between signals and slots, and the queue of nodes that wait for their memory to be freed.
+//
+// Rules of a ring (broken_rule checks all of them, C7 only when deep):
+//   C1  each node n: n.next->prev is n, and the ring comes back to its head
+//   C2  each node's base is the base of the ring
+//   C3  the head carries no link and no flag, is not queued, and holds a token that counts at least
+//   1 C4  a queued node has no partner C5  a node that is not queued has one, and is its partner's
+//   partner C6  exactly one of the two is the target, both count the same uses, only a sender is
+//   exclusive C7  (deep) the same holds in the partners' rings, and Q1, Q2 hold
+// Rules of the queue:
+//   Q1  it reaches its end mark, and every node on it has no partner
+//   Q2  it is empty while no deletion lock is held
+// A node without partner that is not queued exists only inside remove(), which runs no foreign
+// code.
+//
+// Known limit: `blocks` and `uses` have 16 bits and wrap; nothing depends on their being exact.
+
+#include "qrv/signals/csignal.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <unordered_set>
+
+namespace {
+
+constexpr std::uintptr_t end_mark = 1; // not 0: the last queued node has to read as queued too
+
+constinit std::uintptr_t queue_head = end_mark;
+constinit std::int32_t delete_locks = 0;
+
+// Guards the lock count's way down and the purge, no more. Never destroyed: statics of client
+// modules disconnect after those of the library are gone.
+constinit std::mutex connection_lock;
+static_assert(std::is_trivially_destructible_v<std::mutex>);
+
+cConnection *node_of(std::uintptr_t link) { return reinterpret_cast<cConnection *>(link); }
+
+#ifdef QRV_CHECKS
+void stop_if_broken(std::string const &rule) {
+    if (rule.empty()) return;
+    std::fprintf(stderr, "qrv: broken rule of connections: %s\n", rule.c_str());
+    std::abort();
+}
+#endif
+
+} // namespace
+
+static_assert(std::is_trivially_copyable_v<std::uintptr_t> &&
+              sizeof(std::uintptr_t) == sizeof(cConnection *));
+
+void cConnection::link(cConnection *before) noexcept {
+    if (!before || before == this || before == next_) return;
+    if (islinked()) unlink();
+    prev_ = before->prev_;
+    next_ = before;
+    prev_->next_ = this;
+    before->prev_ = this;
+    base_ = before->base_;
+}
+
+void cConnection::unlink() noexcept {
+    next_->prev_ = prev_;
+    prev_->next_ = next_;
+    prev_ = next_ = this;
+    base_ = nullptr;
+}
+
+void cConnection::connect(cConnection *other, bool exclusive) noexcept {
+    partner_ = other;
+    if (other) {
+        other->partner_ = this;
+        other->flags_ |= target_bit;
+    }
+    if (exclusive) make_exclusive();
+}
+
+// Silences what stands in the ring now, but for this node. What is connected later is not blocked.
+void cConnection::make_exclusive() noexcept {
+    flags_ |= exclusive_bit;
+    if (!base_) return;
+    for (cConnection *node = base_->begin(); node != base_->end(); node = node->next_)
+        ++node->blocks_;
+    --blocks_;
+}
+
+// DELIBERATE: everything that stands in the ring now is counted down, so a connection made after
+// the exclusive one is left at -1.   Pinned:
+// a_connection_made_after_an_exclusive_one_is_left_at_minus_1
+void cConnection::end_exclusive() noexcept {
+    if (!base_) return;
+    for (cConnection *node = base_->begin(); node != base_->end(); node = node->next_)
+        --node->blocks_;
+}
+
+void cConnection::cut() noexcept {
+    constexpr auto no_target = static_cast<std::uint16_t>(~target_bit);
+    if (partner_) {
+        partner_->flags_ &= no_target;
+        partner_->partner_ = nullptr;
+    }
+    flags_ &= no_target;
+    partner_ = nullptr;
+    if (flags_ & exclusive_bit) end_exclusive();
+}
+
+// Cuts and queues both ends, once.
+void cConnection::remove() noexcept {
+    if (!isdeleted()) {
+        cConnection *const other = partner_;
+        cut();
+        if (other) other->remove(); // ends there: it has no partner any more
+        queue();
+    }
+    do_delete();
+}
+
+void cConnection::queue() noexcept {
+    if (isdeleted()) return;
+    delete_next_ = queue_head;
+    queue_head = reinterpret_cast<std::uintptr_t>(this);
+}
+
+void cConnection::lock_delete() noexcept { ++delete_locks; }
+
+void cConnection::unlock_delete() noexcept {
+    {
+        std::lock_guard const hold(connection_lock);
+        delete_locks = delete_locks > 0 ? delete_locks - 1 : 0;
+    }
+    do_delete();
+}
+
+void cConnection::do_delete() noexcept {
+    std::lock_guard const hold(connection_lock);
+    purge();
+}
+
+// Nothing but the release of memory runs here: the lock is held.
+void cConnection::purge() noexcept {
+    while (delete_locks == 0 && queue_head != end_mark) {
+        cConnection *const node = node_of(queue_head);
+        queue_head = node->delete_next_;
+        node->unlink();
+        ::operator delete(node);
+    }
+}
+
+int cConnection::lock_count() { return delete_locks; }
+
+std::size_t cConnection::queue_length() {
+    std::size_t length = 0;
+    for (auto link = queue_head; link != end_mark; link = node_of(link)->delete_next_) ++length;
+    return length;
+}
+
+std::string cConnection::broken_queue_rule() {
+    std::unordered_set<std::uintptr_t> seen;
+    for (auto link = queue_head; link != end_mark; link = node_of(link)->delete_next_) {
+        if (link == 0) return "Q1 a queued node reads as alive";
+        if (!seen.insert(link).second) return "Q1 a node is queued twice";
+        if (node_of(link)->partner_) return "Q1 a queued node has a partner";
+    }
+    if (delete_locks == 0 && !seen.empty()) return "Q2 queued nodes and no lock";
+    return {};
+}
+
+std::string cConnection::broken_link(cConnection const &node, char const *where) {
+    auto const broken = [where](char const *rule) { return std::string(rule) + where; };
+    if (node.isdeleted()) return node.partner_ ? broken("C4 queued with a partner") : std::string();
+    cConnection const *const other = node.partner_;
+    if (!other || other->partner_ != &node) return broken("C5 not its partner's partner");
+    if (node.istarget() == other->istarget()) return broken("C6 not one target");
+    if (node.uses_ != other->uses_) return broken("C6 uses differ");
+    if (node.istarget() && (node.flags_ & exclusive_bit)) return broken("C6 exclusive target");
+    return {};
+}
+
+std::string cSSBase::broken_ring() const {
+    if (!start_) return {};
+    if (start_->partner_ || start_->flags_ || start_->isdeleted()) return "C3 the head has a link";
+    if (!start_->block_token_ || start_->block_token_->refs() < 1) return "C3 no token";
+    cConnection const *node = start_;
+    do {
+        if (node->next_->prev_ != node) return "C1 next and prev disagree";
+        if (node->base_ != this) return "C2 wrong base";
+        if (node != start_)
+            if (auto rule = cConnection::broken_link(*node, ""); !rule.empty()) return rule;
+        node = node->next_;
+    } while (node != start_); // ends: as next and prev agree, no node but the head comes twice
+    return {};
+}
+
+std::string cSSBase::broken_rule(bool deep) const {
+    auto rule = broken_ring();
+    if (!rule.empty() || !deep || !start_) return rule;
+    for (cConnection const *node = begin(); node != end(); node = node->next_) {
+        cSSBase const *const other = node->other_base();
+        if (!other) continue;
+        rule = other->broken_ring();
+        if (!rule.empty()) return "C7 at a partner: " + rule;
+    }
+    rule = cConnection::broken_queue_rule();
+    return rule.empty() ? rule : "C7 in the queue: " + rule;
+}
+
+void cSSBase::check() const {
+#ifdef QRV_CHECKS
+    stop_if_broken(broken_rule(false));
+#endif
+}
+
+cSSBase::StartConnection::StartConnection(cSSBase *base)
+    : block_token_(cRef<cShared>::adopt(new cShared)) {
+    base_ = base;
+}
+
+cSSBase::StartConnection &
+cSSBase::StartConnection::operator=(StartConnection const &other) noexcept {
+    block_token_ = other.block_token_;
+    blockoncall_ = other.blockoncall_;
+    return *this;
+}
+
+cSSBase::~cSSBase() {
+    if (!start_) return;
+    cConnection::LockDelete no_purge;
+    cSSBase::disconnect();
+    // A walk may stand on these nodes and go on to our head; it must not find us there.
+    for (cConnection *node = start_->next_; node != start_; node = node->next_)
+        node->base_ = nullptr;
+    start_->base_ = nullptr;
+    start_->block_token_ = nullptr;
+    start_->queue();
+    start_ = nullptr;
+}
+
+// Everything in a ring is mutable, also that of a const base; hence the one const_cast.
+void cSSBase::createstart() const {
+    if (!start_) start_ = ::new StartConnection(const_cast<cSSBase *>(this));
+}
+
+cConnection *cSSBase::find(cSSBase const &other) const {
+    for (cConnection *node = begin(); node != end(); node = node->next_)
+        if (node->other_base() == &other) return node;
+    return nullptr;
+}
+
+bool cSSBase::isconnected() const {
+    for (cConnection const *node = begin(); node != end(); node = node->next_)
+        if (node->isconnected()) return true;
+    return false;
+}
+
+// The place for a new node: ahead of `node` if that stands in this ring, else the end.
+cConnection *cSSBase::own(cConnection *node) const {
+    return node && node->base_ == this ? node : start_;
+}
+
+cConnection *cSSBase::connect(cSSBase const &other, bool exclusive, cConnection *mine,
+                              cConnection *theirs) const {
+    cConnection *node = find(other);
+    if (!node) {
+        createstart();
+        other.createstart();
+        struct FreeNode {
+            void operator()(cConnection *memory) const noexcept { ::operator delete(memory); }
+        };
+        std::unique_ptr<cConnection, FreeNode> far(::new cConnection);
+        node = ::new cConnection; // both are there before either is linked
+        far->link(other.own(theirs));
+        node->link(own(mine));
+        node->connect(far.release(), exclusive);
+    }
+    ++node->uses_;
+    ++node->partner_->uses_;
+    check();
+    other.check();
+    return node;
+}
+
+void cSSBase::disconnect(cSSBase const &other, bool force) const {
+    cConnection *const node = find(other);
+    if (!node) return;
+    // At 0 the partner's is not counted down: it goes too.
+    if (!force && --node->uses_ > 0 && --node->partner_->uses_ > 0) return;
+    node->remove();
+    check();
+    other.check();
+}
+
+void cSSBase::disconnect() const {
+    if (!start_) return;
+    {
+        // Both ends of a link to ourselves stand in this ring, so `next` may be removed with
+        // `node`.
+        cConnection::LockDelete no_purge;
+        for (cConnection *node = begin(), *next = nullptr; node != end(); node = next) {
+            next = node->next_;
+            node->remove();
+        }
+    }
+    check();
+}
+
+void cSSBase::rotate(cConnection *head) noexcept {
+    cConnection *const first = head->next_;
+    if (first != head && first->next_ != head) first->link(head);
+}
+
+void cSSBase::rotateconnections() const {
+    if (start_) rotate(start_);
+    check();
+}
+
+cRef<cShared> cSSBase::block() const {
+    createstart();
+    return start_->block_token_;
+}
+
+void cSSBase::blockoncall(bool on) {
+    createstart();
+    start_->blockoncall_ = on;
+}
+
+cSSBase0::~cSSBase0() = default;
+
+cSignal::cSignal(cSSBase0 const &target) { connect(target); }
+
+cSignal::~cSignal() { disconnect(); }
+
+void cSignal::operator()() const {
+    fire([](cSSBase const &target) { static_cast<cSSBase0 const &>(target)(); });
+}
+
+void cSignal::oneshot() const {
+    fire_first([](cSSBase const &target) { static_cast<cSSBase0 const &>(target)(); });
+}
+
+cDeleteSignal::~cDeleteSignal() {
+    try {
+        cSignal::operator()();
+    } catch (...) { // there is nobody left to tell
+    }
+    disconnect();
+}
+
+cSigInfo::~cSigInfo() { disconnect(); }
+
+void cSigInfo::operator()(char const *format, ...) const {
+    std::va_list args;
+    va_start(args, format);
+    try {
+        fire_format(format, args);
+    } catch (...) {
+        va_end(args);
+        throw;
+    }
+    va_end(args);
+}
+
+void cSigInfo::fire_format(char const *format, std::va_list args) const {
+    static constinit char text[1024] = {}; // one for the process, good during the firing only
+    if (!format || !isconnected()) return;
+    char fresh[sizeof text] = {}; // an argument may point into the shared one
+    std::va_list list;
+    va_copy(list, args);
+    std::vsnprintf(fresh, sizeof fresh, format, list);
+    va_end(list);
+    std::memcpy(text, fresh, sizeof text);
+    cSignal1<char const *>::operator()(text);
+}
+
+template class cSignal1<bool &>;
+template class cSignal1<char const *>;
+template class cSignal1<cObj &>;
+template class cSignal1<cErr &>;
+template class cSignal2<int, int>;
+template class cFunctionSlot<void (*)()>;
+template class cFunctionSlot1<char const *, void (*)(char const *)>;
