@@ -1,0 +1,170 @@
+#pragma once
+// Message output. Loading the library redirects std::cout and std::cerr into one buffer,
+// cOutSigStreambuf; cprintf(), every cOstream and every error end there too. Its signal sig() is
+// where a display, a log or a test listens. Text written before anyone can listen is kept: the
+// first firing of sig_idle delivers it in one piece, and a program that connects nothing and never
+// fires sig_idle prints nothing (qrv/diagnostics/cconsole.h has a display for a file descriptor).
+// A slot on a message signal may print; what it throws while a stream is being flushed is dropped,
+// since it would end the process. A slot that prints at every call has no end.
+// One thread at a time: no part of the library may be used by two threads at once.
+
+#include "qrv/ccomp.h"
+#include "qrv/signals/csignal.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+#include <ostream>
+#include <streambuf>
+#include <string>
+
+// A write-only stream buffer that fires sig() with each finished piece: up to 1023 characters, cut
+// where the buffer filled or at a flush. A NUL in the text ends its piece.
+class QRV_API cOutStreambuf : public std::streambuf {
+  public:
+    cOutStreambuf(); // while the global buffer lives, cout and cerr are led to it again
+    cOutStreambuf(cOutStreambuf const &) = delete;
+    cOutStreambuf &operator=(cOutStreambuf const &) = delete;
+    ~cOutStreambuf() override; // without a flush
+
+    cSignal1<char const *> &sig() { return sig_; }
+    cSignal1<char const *> const &sig() const { return sig_; }
+    bool has_text() const { return pptr() != pbase(); } // something waits for a flush
+
+    // Takes a finished piece; here: fires sig(). Borrows the text for the call.
+    virtual void out(char const *text);
+
+  protected:
+    int overflow(int c) override;
+    int underflow() override;
+    int sync() override;
+
+  private:
+    // The character given to overflow() and a NUL behind it always fit.
+    static constexpr std::size_t size = 1024;
+    static constexpr std::size_t usable = size - 2;
+
+    std::array<char, size> buffer_;
+    cSignal1<char const *> sig_;
+};
+
+// The one buffer behind std::cout and std::cerr.
+class QRV_API cTheOutStreambuf : public cOutStreambuf {
+  public:
+    cTheOutStreambuf();
+    cTheOutStreambuf(cTheOutStreambuf const &) = delete;
+    cTheOutStreambuf &operator=(cTheOutStreambuf const &) = delete;
+    ~cTheOutStreambuf() override; // leaves cout and cerr without a buffer
+
+    // Keeps the text until the first sig_idle, fires sig() from then on.
+    void out(char const *text) override;
+
+  private:
+    void _initsync();
+
+    cSlot<cTheOutStreambuf> initslot_;
+    bool synced_ = false;
+    std::string pending_;
+};
+
+extern QRV_API cTheOutStreambuf cOutSigStreambuf;
+
+// Passes a text on to the platform's debug output, in overlapping calls of 1023 characters each
+// when it is long. Connected to the global buffer by the first sig_idle.
+extern QRV_API cFunctionSlot1<char const *, void (*)(char const *)> debugout;
+
+// Formats (2047 characters at most; more is cut) and sends the text to the message file and to the
+// display route. The result is the length, or -1 when the text was cut or the format is faulty.
+QRV_API int cprintf(char const *format, ...) QRV_PRINTF(1, 2);
+QRV_API int cvprintf(char const *format, va_list args) QRV_PRINTF(1, 0);
+
+// Opens the process's message file (truncating; an open one is closed first) and writes its start
+// line by cprintf(). The file stays the library's. Null on failure, told by cprintf().
+QRV_API std::FILE *cprintfopen(char const *path);
+QRV_API void cprintfclose();
+
+// Hands a text to the display route, behind what stands in the global buffer. Null is no text.
+QRV_API void cMsgDispOut(char const *text);
+
+// A new array, the caller's, with a CR before each LF and without BEL characters; `hadbell`, when
+// given, tells whether there was one.
+QRV_API char *cConvertNl(char const *text, bool *hadbell = nullptr);
+
+// A message stream: to the display route if `dispout`, to a file of its own, and to the streams
+// connected behind it. Connecting streams in a circle is an endless call.
+class QRV_API cOstream : public std::ostream {
+  public:
+    explicit cOstream(bool dispout = true, char const *path = nullptr);
+    cOstream(cOstream const &) = delete;
+    cOstream &operator=(cOstream const &) = delete;
+    ~cOstream() override; // flushes, closes the file
+
+    // What this stream prints is also printed by `other`.
+    void connect(cOstream const &other);
+    cOutStreambuf *buf() const { return &outbuf_; }
+    void set_dispout(bool dispout) { dispout_ = dispout; }
+
+    // Opens this stream's file (truncating) and writes the start line. A failure is told by
+    // ::cprintf(), and the output goes on without a file.
+    void fileopen(char const *path);
+    void fileclose();
+
+    // As ::cprintf(), to this stream: what waits in it goes out first.
+    int cprintf(char const *format, ...) QRV_PRINTF(2, 3);
+    int cvprintf(char const *format, va_list args) QRV_PRINTF(2, 0);
+
+  private:
+    void do_out(char const *text);
+    void do_sigout(char const *text);
+    void flush_own();
+
+    // In this order: the buffer goes first, then outslot_, then sigout_.
+    cSlot1<cOstream, char const *> sigout_;
+    cSlot1<cOstream, char const *> outslot_;
+    std::FILE *file_ = nullptr;
+    bool dispout_;
+    mutable cOutStreambuf outbuf_;
+};
+
+// A stream into a string, its own or one that the caller keeps alive.
+class QRV_API cOstringstream : public std::ostream {
+  public:
+    cOstringstream();
+    explicit cOstringstream(std::string &target); // borrows
+    cOstringstream(cOstringstream const &) = delete;
+    cOstringstream &operator=(cOstringstream const &) = delete;
+    ~cOstringstream() override; // without a flush
+
+    // Both flush first.
+    std::string str() const;
+    void str(std::string const &text);
+
+    // Empties the target without a flush: text still in the buffer comes afterwards. The stream's
+    // error state goes too. (This hides std::ios::clear; call that by its full name.)
+    void clear();
+
+  protected:
+    // A flush that fails sets the stream's bad state.
+    void flush_text() const;
+
+  private:
+    void do_strslot(char const *text) { *target_ += text; }
+
+    cSlot1<cOstringstream, char const *> strslot_;
+    std::string own_;
+    std::string *target_;
+    cOutStreambuf outbuf_;
+};
+
+namespace cat {
+
+// std::cout and std::cerr, for code that must not start them itself. Usable at any time, also in
+// static initialisers that run before the library's own.
+QRV_API std::ostream &std_out();
+QRV_API std::ostream &std_err();
+
+// Writes a text to a file with each "%%" as one "%" and all else as it stands.
+void write_percent_text(std::FILE *file, char const *text);
+
+} // namespace cat

@@ -1,0 +1,136 @@
+#pragma once
+// Errors. A failure is a value first: a code and a text, composed on the process-wide stream eros()
+// and sent as a copy over the signal cat::sig_error(). What comes of it - a line on the message
+// route, an exception, forgiveness - is decided by the handlers that are connected there; the first
+// one is cat::errhandler(). The detecting code looks at the code afterwards.
+// Composing is not reentrant: whatever text a message needs from foreign code (a key's or a value's
+// written form) is made before clear(), since that code may itself compose an error.
+// One thread at a time: no part of the library may be used by two threads at once.
+
+#include "qrv/ccomp.h"
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/qrvdefs.h"
+#include "qrv/signals/csignal.h"
+
+#include <string>
+
+// The base of everything the library throws.
+class QRV_API cException {
+  public:
+    explicit cException(std::string const &text = {});
+    // Copies take the text by as_string() and hand it on by set_string(), so that a copy of a
+    // stream carries the text that still stands in its buffer.
+    cException(cException const &other);
+    cException &operator=(cException const &other);
+    virtual ~cException();
+
+    virtual std::string as_string() const;
+    virtual void set_string(std::string const &text);
+
+  protected:
+    std::string text_;
+};
+
+// A code and a text. Code 0 is no error; bit 30 or 31 makes it bad.
+class QRV_API cErr : public cException {
+  public:
+    // The smallest bad code; a code below it is forgiven, and the operation goes on.
+    static constexpr unsigned int bad_code = 0x40000000U;
+
+    cErr();
+    cErr(unsigned int code, char const *text); // null counts as empty
+    cErr(unsigned int code, std::string const &text);
+    cErr(cErr const &other);
+    cErr &operator=(cErr const &other);
+    ~cErr() override;
+
+    unsigned int code() const { return code_; }
+    void set_code(unsigned int code) { code_ = code; }
+    // Set by whoever treats the error; the library leaves it false.
+    bool handled() const { return handled_; }
+    void set_handled(bool handled) { handled_ = handled; }
+    bool isbad() const { return code_ >= bad_code; }
+    // Sets code and text; `handled` is left alone.
+    void set(unsigned int code, std::string const &text);
+
+    // Code 0, not handled, no text.
+    virtual void clear();
+
+  private:
+    unsigned int code_ = 0;
+    bool handled_ = false;
+};
+
+// An error that is also an output stream: what is streamed in lands in its text.
+class QRV_API cErrStream : public cErr, public cOstringstream {
+  public:
+    explicit cErrStream(unsigned int code);
+    cErrStream(unsigned int code, std::string const &text);
+    // A stream is not copied; `cErr copy = stream;` takes code and text.
+    cErrStream(cErrStream const &) = delete;
+    cErrStream &operator=(cErrStream const &) = delete;
+    ~cErrStream() override;
+
+    // Each flushes first (a flush that fails sets the stream's bad state) and then does what the
+    // operation of cErr does. clear() also takes the stream's error state away: one bad insertion
+    // doesn't silence the errors to come.
+    void set(unsigned int code, std::string const &text);
+    std::string as_string() const override;
+    void set_string(std::string const &text) override;
+    void clear() override;
+};
+
+// What becomes of an error, by three masks on its code: it is printed on the standard error stream
+// unless silenced, then thrown as a cErr by value, or else forgiven (both top bits are cleared).
+// A derived class takes over by its own dohandler(). A slot that composes and raises errors itself
+// is reached again by them: such a slot sets blockoncall(true) or ends the chain by itself.
+class QRV_API cErrHandler : public cSlot1<cErrHandler, cErr &> {
+  public:
+    explicit cErrHandler(unsigned int throw_mask = 0x80000000U, unsigned int clear_mask = 0,
+                         unsigned int silent_mask = 0);
+    // Copies take the masks and no connections.
+    cErrHandler(cErrHandler const &other);
+    cErrHandler &operator=(cErrHandler const &other);
+    ~cErrHandler() override;
+
+    unsigned int throw_mask() const { return throw_mask_; }
+    void throw_mask(unsigned int mask) { throw_mask_ = mask; }
+    unsigned int clear_mask() const { return clear_mask_; }
+    void clear_mask(unsigned int mask) { clear_mask_ = mask; }
+    unsigned int silent_mask() const { return silent_mask_; }
+    void silent_mask(unsigned int mask) { silent_mask_ = mask; }
+
+    // Throws cErr by the mask; so every emission that reaches a handler may throw.
+    virtual void dohandler(cErr &error);
+
+  private:
+    unsigned int throw_mask_;
+    unsigned int clear_mask_;
+    unsigned int silent_mask_;
+};
+
+// The process-wide error stream, as it stands.
+QRV_API cErrStream &eros();
+
+// Begins an error about `object`: clears the stream, sets `code` | 0x40000000 and writes
+// "Attr value, type '", the type's name and "': ". The caller goes on writing.
+QRV_API cErrStream &eros(unsigned int code, cObj const &object);
+
+// Begins the error 0x40020000 of a refused attribute: "Setattr in object type '", the type's name,
+// "', key '", the key in object notation and "': ". May run foreign code (the key's written form)
+// before the stream is touched.
+QRV_API cErrStream &eros_setattr(cObj const &object, objref const &key);
+
+// Sends a copy of what stands on eros() over cat::sig_error(). True when the code was lowered below
+// 0x40000000 on the way, that is, when the operation may go on. Throws what the handlers throw.
+QRV_API bool raise_eros();
+
+namespace cat {
+
+// Slots are reached in order of connection, the handler first; each may change the code.
+QRV_API cSignal1<cErr &> &sig_error();
+
+// The library's own handler; its masks at the start are 0x90000000, 0, 0.
+QRV_API cErrHandler &errhandler();
+
+} // namespace cat

@@ -1,0 +1,196 @@
+#pragma once
+// Tracing and timing. A cTracer is a named channel that stands in the code all the time; one
+// string, given to cSetTracing() at run time, says which channels write, and where to:
+//
+//   spec    = token { blank token }           "+cat-catlex:cerr,/tmp/x.log loader"
+//   token   = names [ ":" stream { "," stream } ]
+//   names   = [ "+" | "-" ] name { ( "+" | "-" ) name }
+//
+// A name is a channel's name or a prefix of it; the longest rule that fits decides. "-" switches
+// off. A stream is "cerr" (also when none is named), "cout", or a file to append to. A string that
+// begins with "+" or "-" amends the rules that stand, any other replaces them all; so "" ends all
+// tracing.
+//
+// A channel that writes nowhere costs one test at each `<<`. There are no errors: a name that
+// nobody has yet waits for its channel; a file that cannot be opened is replaced by "cerr", which
+// says so. One thread at a time: no part of the library may be used by two threads at once.
+
+#include "qrv/ccomp.h"
+#include "qrv/core/cref.h"
+#include "qrv/qrvdefs.h"
+
+#include <concepts>
+#include <cstdint>
+#include <ios>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+// A target of channels, shared by its name. Copies share the stream written to.
+class QRV_API cTraceStream : public cShared {
+  public:
+    // Opens; the empty name is "cerr". "cerr" and "cout" take the message route.
+    explicit cTraceStream(std::string const &name);
+    cTraceStream(cTraceStream const &other);
+    cTraceStream &operator=(cTraceStream const &other);
+    ~cTraceStream();
+
+    std::string const &name() const { return name_; }
+    std::ostream &os() const { return *os_; }
+
+    // The living stream of that name, or a new one.
+    static cRef<cTraceStream> open(std::string const &name);
+
+    // For the message route's end: streams on that buffer write nowhere from now on.
+    static void detach(std::streambuf const *buffer);
+
+  private:
+    void enter_list();
+
+    std::string name_;
+    std::shared_ptr<std::ostream> os_;
+    cTraceStream *prev_ = nullptr; // the list of all living streams, in order of opening
+    cTraceStream *next_ = nullptr;
+};
+
+// Sets, amends or removes the rules and applies them to all living channels. A long file name is
+// no danger, a hostile string can at worst create files.
+QRV_API void cSetTracing(std::string const &spec);
+
+// A named channel. Usable as a static object of any file; the library's own are cat::trace_io
+// ("cat_io.capio") and cat::trace_lex ("catlex").
+class QRV_API cTracer {
+  public:
+    using streams = std::vector<cRef<cTraceStream>>;
+
+    // Follows the rules that stand. `flags` is a word for the writer's own use, like indent().
+    explicit cTracer(std::string const &ident, int flags = 0);
+    // Copies take all fields and are channels of their own: they follow later rules.
+    cTracer(cTracer const &other);
+    cTracer &operator=(cTracer const &other);
+    ~cTracer();
+
+    streams &strlist() { return strlist_; }
+    streams const &strlist() const { return strlist_; }
+    std::string &ident() { return ident_; }
+    std::string const &ident() const { return ident_; }
+    int &indent() { return indent_; }
+    int indent() const { return indent_; }
+    int flags() const { return flags_; }
+    void flags(int flags) { flags_ = flags; }
+
+    operator bool() const { return enabled_; }
+    // Until rules are applied the next time.
+    void enable(bool enabled) { enabled_ = enabled; }
+    // Enabled exactly when there is a stream to write to.
+    void initenabled() { enabled_ = !strlist_.empty(); }
+
+    // Writes to every stream of strlist(), in order; nothing when not enabled.
+    template <class T> cTracer &operator<<(T const &value) {
+        return each([&value](std::ostream &os) { os << value; });
+    }
+    // Null is no text.
+    cTracer &operator<<(char const *text) {
+        return each([text](std::ostream &os) {
+            if (text) os << text;
+        });
+    }
+    // A handle to an object is written in object notation, which may run foreign code; null writes
+    // nothing.
+    template <class T, class Traits>
+    requires std::convertible_to<T *, cObj const *> cTracer &
+    operator<<(cRef<T, Traits> const &ref) {
+        return write_object(ref.get());
+    }
+    // Manipulators.
+    cTracer &operator<<(std::ostream &(*manipulator)(std::ostream &)) {
+        return each([manipulator](std::ostream &os) { os << manipulator; });
+    }
+    cTracer &operator<<(std::ios_base &(*manipulator)(std::ios_base &)) {
+        return each([manipulator](std::ostream &os) { os << manipulator; });
+    }
+
+  private:
+    friend void cSetTracing(std::string const &spec);
+
+    void enter_list();
+    void apply_rules();
+    cTracer &write_object(cObj const *object); // in the text layer
+
+    // Writing may run foreign code that sets other rules: each stream is held while it is written
+    // to.
+    template <class Write> cTracer &each(Write const &write) {
+        if (!enabled_) return *this;
+        for (streams::size_type i = 0; i < strlist_.size(); ++i) {
+            cRef<cTraceStream> const stream = strlist_[i];
+            if (stream) write(stream->os());
+        }
+        return *this;
+    }
+
+    streams strlist_;
+    std::string ident_;
+    bool enabled_ = false;
+    int indent_ = 0;
+    int flags_;
+    cTracer *prev_ = nullptr; // the list of all living channels, in order of construction
+    cTracer *next_ = nullptr;
+};
+
+// One step deeper in a channel's indent() for as long as it lives. Borrows the channel.
+class QRV_API cTraceIndent {
+  public:
+    explicit cTraceIndent(cTracer &tracer) : tracer_(&tracer) { inc(); }
+    cTraceIndent(cTraceIndent const &) = delete;
+    cTraceIndent &operator=(cTraceIndent const &) = delete;
+    ~cTraceIndent() { dec(); }
+
+    void inc() const { ++tracer_->indent(); }
+    void dec() const { --tracer_->indent(); }
+
+  private:
+    cTracer *tracer_;
+};
+
+// The high-resolution timer. Times are in seconds.
+class QRV_API cStopWatch {
+  public:
+    cStopWatch(); // starts
+    cStopWatch(cStopWatch const &) = default;
+    cStopWatch &operator=(cStopWatch const &) = default;
+    ~cStopWatch() = default;
+
+    void Start();
+    // The lap since the last reading; the next lap begins here.
+    double operator()() const;
+    // The same without beginning a new lap.
+    double Elapsed() const;
+    // The raw counter.
+    std::int64_t clock() const;
+
+    // The length of one counter step; 0.0 until somebody measures.
+    static double freq;
+    static void queryfreq();
+
+  private:
+    double seconds_to(std::int64_t now) const;
+
+    std::int64_t start_;
+    mutable std::int64_t last_;
+};
+
+// Reads a lap (as operator() does, so it restarts the watch) and writes it as "0.001234 s". The
+// stream's precision and flags are as before afterwards.
+QRV_API std::ostream &operator<<(std::ostream &os, cStopWatch const &watch);
+
+namespace cat {
+
+// The channels of the reader and writer, and of the token scanner.
+extern QRV_API cTracer trace_io;
+extern QRV_API cTracer trace_lex;
+
+// Removes the rules, and with them the streams that no channel holds. For the end of the process.
+void clear_trace_rules();
+
+} // namespace cat

@@ -1,0 +1,54 @@
+#pragma once
+// All that the library asks of the operating system, apart from files opened through the standard
+// library and shared objects. File names are bytes, as the system takes them. Nothing here reports:
+// a failure is the result false, zero or an empty text.
+// One thread at a time: no part of the library may be used by two threads at once.
+
+#include "qrv/ccomp.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// Where debug output goes: to this function. With null (as at the start) it goes to what the
+// environment variable QRV_DEBUGOUT names, `stderr` or a file to append to, and without that (or in
+// a program that runs with raised rights) nowhere. The function borrows the text for the call.
+QRV_API void qrv_set_debug_output(void (*function)(char const *text));
+
+namespace cat {
+
+// Debug output of one text. Null is no text.
+QRV_API void debug_output(char const *text);
+
+// Writes everything, whatever the number of steps; waits where a descriptor would block. False when
+// the system refuses.
+QRV_API bool write_all(int descriptor, std::string_view bytes);
+
+// A steadily growing counter, and its steps in a second.
+QRV_API std::int64_t counter();
+QRV_API std::int64_t counter_frequency();
+
+// The local time in a format of strftime(); at most 127 bytes, else empty.
+QRV_API std::string local_time(char const *format);
+
+// The process's first argument, and the file that it runs.
+QRV_API std::string program_name();
+QRV_API std::string program_file();
+
+QRV_API bool file_exists(std::string const &path);
+QRV_API bool is_directory(std::string const &path);
+// Exists without the owner's permission to write; and taking that mark away, the others stay.
+QRV_API bool is_read_only(std::string const &path);
+QRV_API bool make_writable(std::string const &path);
+
+// Would opening for writing succeed? Nothing is made or changed.
+QRV_API bool can_write_file(std::string const &path);
+
+// Gives the file this content, or leaves it as it was and answers false. The bytes are written to a
+// new file in the same folder, brought to the disk and renamed over the old one; mode and owner are
+// kept, a symbolic link stays and its target is replaced. Where that is not possible (no regular
+// file, several hard links, a folder or an owner that doesn't allow it) the file is written in
+// place, after room for it has been found.
+QRV_API bool replace_file(std::string const &path, std::string_view bytes);
+
+} // namespace cat
