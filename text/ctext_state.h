@@ -1,0 +1,195 @@
+#pragma once
+// The process-wide state that the reader and the writer of object text share: nesting depth and
+// indent, the path of the value at hand, the tables of back references, the gathered comment.
+//
+// Rules
+//   - Every paired change is a guard object: cWriteLevel, cPathStep, cReadingKey, cNesting. An
+//     exception that passes leaves depth, indent and path as they were.
+//   - Depth is -1 outside. When a level's end brings it back to -1, both tables of back references
+//     are emptied, so they never outlive the outermost container.
+//   - The path of a value is one growing string, cut back by its step. In the tables a path is a
+//     node of a trie of its pieces between slashes, so entering a value costs its key, not its
+//     depth. Two path strings are equal exactly when their nodes are.
+//   - A key can have two texts: the plain one and the exact one. A step knows both; a value is
+//     entered under both, and found under either.
+//   - The state is made on first use and lives in plain pointers, so that nothing of it is
+//     destroyed before the objects of a program are.
+
+#include "qrv/core/cobjd.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+// All paths that were met, as nodes. Node 0 is the empty path.
+class cPathTrie {
+  public:
+    using node_id = std::uint32_t;
+    static constexpr node_id root = 0;
+    static constexpr node_id none = 0xFFFFFFFFu;
+
+    cPathTrie();
+    cPathTrie(cPathTrie const &) = delete;
+    cPathTrie &operator=(cPathTrie const &) = delete;
+    ~cPathTrie() = default;
+
+    // The node of from + "/" + key, made if need be. A key with slashes passes several nodes.
+    node_id descend(node_id from, std::string_view key);
+    node_id find(std::string_view path) const; // a path that begins with "/", or none
+    std::string path(node_id node) const;      // made from the pieces
+
+    // The object entered at a node; null when there was none.
+    objref const &value(node_id node) const { return nodes_[node].value; }
+    // With `own` the node is the value's exact path: such an entry yields only to another one.
+    void enter(node_id node, objref const &value, bool own);
+    void clear(); // RUNS FOREIGN CODE: the values are released
+
+  private:
+    struct cPiece {
+        node_id parent = none;
+        std::uint32_t hash = 0;
+        bool own = false;
+        std::string text;
+        objref value;
+    };
+    node_id probe(node_id parent, std::string_view piece, std::uint32_t hash, size_t &slot) const;
+    node_id child(node_id parent, std::string_view piece);
+    std::uint32_t hash_of(node_id parent, std::string_view piece) const noexcept;
+    void grow();
+
+    std::vector<cPiece> nodes_;
+    std::vector<node_id> slots_; // power of two; none where free
+};
+
+class cTextState {
+  public:
+    cTextState() = default;
+    cTextState(cTextState const &) = delete;
+    cTextState &operator=(cTextState const &) = delete;
+    ~cTextState() = default;
+
+    int depth() const noexcept { return depth_; }
+    int indent() const noexcept { return indent_; }   // columns of the current level
+    void add_indent(int n) noexcept { indent_ += n; } // for cat::DoWriteIndent
+    bool reading_key() const noexcept { return reading_key_; }
+    int nesting() const noexcept { return nesting_; }
+    int typed_nesting() const noexcept { return typed_nesting_; }
+
+    // "/a/b"; empty outside of every container.
+    std::string const &path() const noexcept { return path_; }
+    // The same for a message: with `shorten` cut in the middle when above 1,000 characters.
+    std::string shown_path(bool shorten) const;
+    size_t path_keys() const noexcept { return steps_.size(); }
+
+    // Reader: what stands at a path. enter_value() is for the current one.
+    void enter_value(objref const &value);
+    objref value_at(std::string_view path) const; // null when nothing was entered there
+
+    // Writer: the path under which an object was written first; false if it wasn't yet.
+    bool written_path(cObj const *obj, std::string &path) const;
+    void enter_written(cObj const *obj); // under the current path
+
+    // Comments: the text gathered since the last value, and the value it will belong to.
+    std::string &com_collected() noexcept { return com_collected_; }
+    objref &last_noted() noexcept { return last_noted_; }
+    void forget_comments(); // RUNS FOREIGN CODE: last_noted is released
+
+    // Depth -1, empty path, nothing held but perhaps the last noted value.
+    bool idle() const noexcept;
+
+  private:
+    friend class cWriteLevel;
+    friend class cPathStep;
+    friend class cReadingKey;
+    friend class cNesting;
+    friend class cTypedNesting;
+
+    struct cStep {
+        size_t length_before; // of path_
+        bool has_other;
+        std::string other; // the second text of the key, when it has one
+        cPathTrie::node_id node = cPathTrie::none;
+        cPathTrie::node_id other_node = cPathTrie::none;
+    };
+    struct cWritten {
+        unsigned int obid;
+        cPathTrie::node_id node;
+    };
+    void clear_references(); // RUNS FOREIGN CODE
+    void resolve_steps();    // fills the nodes of all steps
+
+    int depth_ = -1;
+    int indent_ = 77; // overwritten by the first level
+    int nesting_ = 0;
+    int typed_nesting_ = 0;
+    bool reading_key_ = false;
+    std::string path_;
+    std::vector<cStep> steps_;
+    cPathTrie trie_;
+    std::unordered_map<cObj const *, cWritten> written_;
+    std::string com_collected_;
+    objref last_noted_;
+};
+
+// Made by the first call.
+cTextState &text_state();
+// Releases everything held; the next call of text_state() starts anew. For the tear-down of the
+// core and for tests, while nothing is being read or written.
+void reset_text_state();
+
+// One container being written or read: depth up by one, indent along with it. At the end depth
+// and indent go down, and with depth -1 the back references are forgotten.
+class cWriteLevel {
+  public:
+    cWriteLevel();
+    ~cWriteLevel(); // RUNS FOREIGN CODE at depth -1
+    cWriteLevel(cWriteLevel const &) = delete;
+    cWriteLevel &operator=(cWriteLevel const &) = delete;
+};
+
+// One key more in the path: "/" and cat::as_text(key). RUNS FOREIGN CODE: the key's `write`.
+class cPathStep {
+  public:
+    explicit cPathStep(objref const &key);
+    ~cPathStep();
+    cPathStep(cPathStep const &) = delete;
+    cPathStep &operator=(cPathStep const &) = delete;
+};
+
+// True while a key is scanned, false while a value is.
+class cReadingKey {
+  public:
+    explicit cReadingKey(bool on) : before_(text_state().reading_key_) {
+        text_state().reading_key_ = on;
+    }
+    ~cReadingKey() { text_state().reading_key_ = before_; }
+    cReadingKey(cReadingKey const &) = delete;
+    cReadingKey &operator=(cReadingKey const &) = delete;
+
+  private:
+    bool before_;
+};
+
+// One value inside another: the reader stops at a limit.
+class cNesting {
+  public:
+    cNesting() { ++text_state().nesting_; }
+    ~cNesting() { --text_state().nesting_; }
+    cNesting(cNesting const &) = delete;
+    cNesting &operator=(cNesting const &) = delete;
+};
+
+// One typed value, whose text is scanned again, inside another.
+class cTypedNesting {
+  public:
+    cTypedNesting() { ++text_state().typed_nesting_; }
+    ~cTypedNesting() { --text_state().typed_nesting_; }
+    cTypedNesting(cTypedNesting const &) = delete;
+    cTypedNesting &operator=(cTypedNesting const &) = delete;
+};
+
+// The text of a key in a path, in the plain or in the exact form, whatever cat::ExactText guard
+// lives. Defined with the writer's texts.
+std::string path_text(objref const &key, bool exact);
