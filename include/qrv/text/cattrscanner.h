@@ -172,26 +172,24 @@ class QRV_API attrFlexLexer : public FlexLexer {
     rule match();
     std::string_view matched() const;
     void consume(); // goes behind the match
-    // Inside a block comment: matches up to and with its end, or a part of it if it is long, or to
-    // the end of input. `closed` tells whether the end was reached. False if nothing is left.
-    bool match_comment(bool &closed);
+    // Inside a block comment: matches up to and with its end. False if the input ends before that.
+    bool match_comment();
     void drop_lookahead();
 
   private:
     int at(std::size_t i);
     bool more();
-    rule match_word(std::size_t from);
-    rule match_number();
-    rule match_digits(std::size_t from, bool sign);
+    bool digit_at(std::size_t i);
+    std::size_t skip_to(std::size_t i, unsigned set);
+    rule found(rule r, std::size_t size);
+    rule match_word();
+    rule match_const();
+    rule match_sign(int sign);
+    rule match_number(std::size_t from);
+    rule match_suffix(std::size_t from, std::size_t letter);
     rule match_fraction(std::size_t point);
     rule match_string(char quote);
     rule match_space();
-    rule match_pair(char second, rule both);
-    rule match_sign();
-    rule found(rule r, std::size_t size);
-    bool digit_at(std::size_t i);
-    std::size_t skip_digits(std::size_t i);
-    std::size_t skip_word(std::size_t i);
 
     yy_buffer_state *buffer_; // owned
     std::ostream *out_;       // borrowed, null means the standard output stream
@@ -217,9 +215,9 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     int gettoken();
     void reset(unsigned position, unsigned line, unsigned column);
     void begin_token();
-    void append(bool keep_text);
+    char append(bool keep_text);
     int finish(int code);
-    int read_comment();
+    bool read_block_comment();
     void set_outer_place();
     void dump() const;
 
