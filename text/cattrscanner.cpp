@@ -109,7 +109,7 @@ int cAttrLexer::yylex() {
             break;
         default:
             append(true);
-            return finish(codes[r]);
+            return finish(codes[static_cast<std::size_t>(r)]);
         }
     }
 }

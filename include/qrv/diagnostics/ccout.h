@@ -15,6 +15,7 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <istream>
 #include <ostream>
 #include <streambuf>
 #include <string>
@@ -163,6 +164,8 @@ namespace cat {
 // static initialisers that run before the library's own.
 QRV_API std::ostream &std_out();
 QRV_API std::ostream &std_err();
+// std::cin likewise; it is read as it is.
+QRV_API std::istream &std_in();
 
 // Writes a text to a file with each "%%" as one "%" and all else as it stands.
 void write_percent_text(std::FILE *file, char const *text);
