@@ -150,6 +150,7 @@ class QRV_API cOstringstream : public std::ostream {
     void flush_text() const;
 
   private:
+    void start();
     void do_strslot(char const *text) { *target_ += text; }
 
     cSlot1<cOstringstream, char const *> strslot_;
@@ -161,11 +162,14 @@ class QRV_API cOstringstream : public std::ostream {
 namespace cat {
 
 // std::cout and std::cerr, for code that must not start them itself. Usable at any time, also in
-// static initialisers that run before the library's own.
+// static code that runs before the library's own.
 QRV_API std::ostream &std_out();
 QRV_API std::ostream &std_err();
 // std::cin likewise; it is read as it is.
 QRV_API std::istream &std_in();
+
+// The global buffer while it lives; null before the library's start-up and after its end.
+QRV_API cTheOutStreambuf *message_buffer();
 
 // Writes a text to a file with each "%%" as one "%" and all else as it stands.
 void write_percent_text(std::FILE *file, char const *text);

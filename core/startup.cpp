@@ -1,0 +1,110 @@
+// The start-up: every object of the library with a dynamic initialiser, top to bottom in the order
+// in which they are made. The reverse is the order in which they go at the end of the process. No
+// other file of the library has such an object; all else is constant-initialised, or made on first
+// use by a plain test.
+//
+// <iostream> comes first: it makes the standard streams, which must stand before they are led to
+// the message route. No other file of the library includes it.
+
+#include <iostream>
+
+#include "diagnostics/ccout_state.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/cvers.h"
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/diagnostics/ctrace.h"
+#include "qrv/signals/csignal.h"
+
+namespace {
+
+constinit bool started = false; // the standard streams stand
+
+// Static code of a program that is linked without the shared library may come before this file.
+void start_standard_streams() {
+    if (!started) std::ios_base::Init const now;
+}
+
+struct cStarted {
+    cStarted() { started = true; }
+    cStarted(cStarted const &) = delete;
+    cStarted &operator=(cStarted const &) = delete;
+    ~cStarted() = default;
+};
+
+struct cTraceRulesCloser {
+    cTraceRulesCloser() = default;
+    cTraceRulesCloser(cTraceRulesCloser const &) = delete;
+    cTraceRulesCloser &operator=(cTraceRulesCloser const &) = delete;
+    ~cTraceRulesCloser() { cat::clear_trace_rules(); }
+};
+
+struct cMessageFileCloser {
+    cMessageFileCloser() = default;
+    cMessageFileCloser(cMessageFileCloser const &) = delete;
+    cMessageFileCloser &operator=(cMessageFileCloser const &) = delete;
+    ~cMessageFileCloser() { cprintfclose(); }
+};
+
+struct cVersionText {
+    cVersionText() { std::cerr << QRV_VERSION_TEXT "\n"; }
+    cVersionText(cVersionText const &) = delete;
+    cVersionText &operator=(cVersionText const &) = delete;
+    ~cVersionText() { std::cerr << "Quorvanta unloaded\n"; }
+};
+
+struct cCoreStart {
+    cCoreStart() { core_bootstrap(); }
+    cCoreStart(cCoreStart const &) = delete;
+    cCoreStart &operator=(cCoreStart const &) = delete;
+    ~cCoreStart() = default;
+};
+
+} // namespace
+
+std::ostream &cat::std_out() {
+    start_standard_streams();
+    return std::cout;
+}
+
+std::ostream &cat::std_err() {
+    start_standard_streams();
+    return std::cerr;
+}
+
+// ---- the order starts here; <iostream> has made the standard streams ----
+
+static cStarted streams_stand;
+
+// the table of shared pointers
+// the set of repository lists
+
+constinit cSignal sig_idle;
+constinit cSignal sig_init;
+constinit cSignal sig_exit;
+constinit cSignal sig_inittemplates;
+constinit cSignal1<bool &> sig_closetemplates;
+
+static cTraceRulesCloser trace_rules_closer; // outlives the library's channels
+cTracer cat::trace_io("cat_io.capio", 3);
+cTracer cat::trace_lex("catlex", 3);
+
+cFunctionSlot1<char const *, void (*)(char const *)> debugout(cat::pass_to_debug_output);
+cTheOutStreambuf cOutSigStreambuf;
+static cMessageFileCloser message_file_closer;
+static cVersionText version_text; // says goodbye while the message route still stands
+
+// the list of modules
+// the main module "quorvanta"
+// the repository's text "unknown"
+
+static cCoreStart core_start; // the type "intf" lies in the core
+
+// undoGlobalList
+// redoGlobalList
+// the stack base
+// the watch dog's queue
+// the slot on sig_init
+// cWatchDogSend
+// sig_progstep
+// sig_proginit
+// sig_progbegin

@@ -1,0 +1,199 @@
+// Message output: the buffers, the global one behind std::cout and std::cerr, and the two sinks of
+// cprintf.
+//
+// The road of a text:  put area --full or flushed--> out() --> sig
+// and for the global buffer:                         out() --> pending (until the first sig_idle)
+//                                                          --> sig, and debugout behind it
+//
+// The put area is copied and emptied before out() runs, for out() ends in foreign code that may
+// print again. That code must not throw out of overflow() or sync(): std::cerr flushes in the
+// destructor of its sentry, where an exception ends the process, and elsewhere the exception would
+// only set the stream's bad state and mute it for good. A piece was delivered when its slot throws.
+
+#include "qrv/diagnostics/ccout.h"
+
+#include "diagnostics/ccout_state.h"
+#include "qrv/diagnostics/ctrace.h"
+#include "qrv/platform/cplatform.h"
+
+#include <cstring>
+
+namespace {
+
+constinit cTheOutStreambuf *global_buffer = nullptr; // while it lives
+constinit std::FILE *message_file = nullptr;
+
+constexpr int eof = std::char_traits<char>::eof();
+
+void set_buffer(std::ostream &os, std::streambuf *buffer) {
+    try {
+        os.rdbuf(buffer);
+    } catch (
+        ...) { // no buffer is a bad state, and the program may have asked for an exception then
+    }
+}
+
+void lead_standard_streams_to(std::streambuf *buffer) {
+    set_buffer(cat::std_out(), buffer);
+    set_buffer(cat::std_err(), buffer);
+}
+
+} // namespace
+
+cTheOutStreambuf *cat::message_buffer() { return global_buffer; }
+
+cOutStreambuf::cOutStreambuf() {
+    setp(buffer_.data(), buffer_.data() + usable);
+    if (global_buffer) lead_standard_streams_to(global_buffer);
+}
+
+cOutStreambuf::~cOutStreambuf() = default;
+
+void cOutStreambuf::out(char const *text) { sig_(text); }
+
+int cOutStreambuf::overflow(int c) {
+    std::array<char, size> text;
+    auto length = static_cast<std::size_t>(pptr() - pbase());
+    std::memcpy(text.data(), pbase(), length);
+    if (c != 0 && c != eof) text[length++] = static_cast<char>(c);
+    text[length] = '\0';
+    setp(buffer_.data(), buffer_.data() + usable);
+    try {
+        out(text.data()); // RE-ENTERS
+    } catch (...) {
+    }
+    return c == eof ? 0 : c;
+}
+
+int cOutStreambuf::underflow() { return eof; }
+
+int cOutStreambuf::sync() {
+    if (!pptr()) return 0;
+    if (gptr() < egptr()) return -1;
+    return has_text() ? overflow(eof) : 0;
+}
+
+cTheOutStreambuf::cTheOutStreambuf() : initslot_(this, &cTheOutStreambuf::_initsync, sig_idle) {
+    global_buffer = this;
+    lead_standard_streams_to(this);
+}
+
+cTheOutStreambuf::~cTheOutStreambuf() {
+    global_buffer = nullptr;
+    cTraceStream::detach(this);
+    lead_standard_streams_to(nullptr);
+}
+
+void cTheOutStreambuf::out(char const *text) {
+    if (synced_)
+        cOutStreambuf::out(text);
+    else
+        pending_ += text;
+}
+
+// The first idle moment. The kept text is sent before debugout is connected, so that the debugger
+// sees only what comes later; it is connected also when a slot throws.
+void cTheOutStreambuf::_initsync() {
+    initslot_.disconnect();
+    synced_ = true;
+    try {
+        out(pending_.c_str()); // RE-ENTERS
+    } catch (...) {
+        sig().connect(debugout);
+        throw;
+    }
+    sig().connect(debugout);
+}
+
+void cMsgDispOut(char const *text) {
+    if (!global_buffer || !text) return;
+    if (global_buffer->has_text()) global_buffer->pubsync();
+    if (global_buffer) global_buffer->out(text);
+}
+
+void cat::write_percent_text(std::FILE *file, char const *text) {
+    while (char const *percent = std::strstr(text, "%%")) {
+        std::fwrite(text, 1, static_cast<std::size_t>(percent + 1 - text), file);
+        text = percent + 2;
+    }
+    std::fputs(text, file);
+}
+
+namespace {
+
+void write_message_file(char const *text) {
+    if (message_file) cat::write_percent_text(message_file, text);
+}
+
+// Where cprintf sends its text, in this order.
+constexpr std::array<void (*)(char const *), 2> sinks{write_message_file, cMsgDispOut};
+
+} // namespace
+
+int cprintf(char const *format, ...) {
+    va_list args;
+    va_start(args, format);
+    int const result = cvprintf(format, args);
+    va_end(args);
+    return result;
+}
+
+int cvprintf(char const *format, va_list args) {
+    cat::cMessageText text;
+    int const result = cat::format_message(text, format, args);
+    for (auto *const sink : sinks) sink(text.data());
+    return result;
+}
+
+// The text stands in the caller's frame and not in one place for all: a slot may print what it was
+// given, and the slots behind it still get the first text.
+int cat::format_message(cMessageText &text, char const *format, va_list args) {
+    text.front() = '\0';
+    int const length = std::vsnprintf(text.data(), text.size(), format, args);
+    text.back() = '\0';
+    return length < static_cast<int>(text.size()) ? length : -1;
+}
+
+std::FILE *cprintfopen(char const *path) {
+    cprintfclose();
+    message_file = path ? std::fopen(path, "w") : nullptr;
+    if (message_file)
+        cprintf("Start  %s\n", cat::local_time(cat::start_time_format).c_str());
+    else
+        cprintf("Fehler beim Öffnen des Message-Files '%s'", path ? path : "");
+    return message_file;
+}
+
+void cprintfclose() {
+    if (!message_file) return;
+    std::fclose(message_file);
+    message_file = nullptr;
+}
+
+char *cConvertNl(char const *text, bool *hadbell) {
+    if (!text) text = "";
+    std::size_t size = 1;
+    for (char const *p = text; *p; ++p) size += *p == '\n' ? 2 : 1;
+    char *const result = new char[size];
+    char *to = result;
+    bool bell = false;
+    for (char const *p = text; *p; ++p) {
+        bell |= *p == '\a';
+        if (*p == '\a') continue;
+        if (*p == '\n') *to++ = '\r';
+        *to++ = *p;
+    }
+    *to = '\0';
+    if (hadbell) *hadbell = bell;
+    return result;
+}
+
+// Each call passes all that is left, and steps on by 1023 only: a debugger that cuts long texts
+// sees everything. DELIBERATE: the calls overlap.   Pinned: debugout_calls_overlap
+void cat::pass_to_debug_output(char const *text) {
+    constexpr std::size_t step = 1023;
+    for (std::size_t left = std::strlen(text);; text += step, left -= step) {
+        cat::debug_output(text);
+        if (left <= step) return;
+    }
+}

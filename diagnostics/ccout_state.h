@@ -1,0 +1,21 @@
+#pragma once
+// What the files of message output share. One thread at a time.
+
+#include <array>
+#include <cstdarg>
+
+namespace cat {
+
+// The head line of a message file.
+constexpr char const *start_time_format = "%Y:%m:%d %H:%M";
+
+using cMessageText = std::array<char, 2048>;
+
+// Formats up to 2047 characters. The length, or -1 when the text was cut or the format is faulty.
+int format_message(cMessageText &text, char const *format, va_list args)
+    __attribute__((format(printf, 2, 0)));
+
+// What debugout calls for each text.
+void pass_to_debug_output(char const *text);
+
+} // namespace cat

@@ -1,0 +1,119 @@
+// The message streams.
+//
+// cOstream:        put area --> outbuf's sig --> do_out (display or debug output, own file)
+//                                            --> sigout of connected streams --> their sig ...
+// cOstringstream:  put area --> outbuf's sig --> do_strslot (the target string)
+//
+// std::ostream is a base and so made first, when the buffer does not exist yet: it starts without
+// one and is given it in the constructor's body. It goes after the buffer, at which it doesn't
+// look.
+
+#include "diagnostics/ccout_state.h"
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/platform/cplatform.h"
+
+#include <locale>
+
+cOstream::cOstream(bool dispout, char const *path)
+    : std::ostream(nullptr), sigout_(this, &cOstream::do_sigout), outslot_(this, &cOstream::do_out),
+      dispout_(dispout) {
+    rdbuf(&outbuf_);
+    imbue(std::locale::classic());
+    outbuf_.sig().connect(outslot_);
+    if (path) fileopen(path);
+}
+
+cOstream::~cOstream() {
+    outbuf_.pubsync();
+    fileclose();
+}
+
+void cOstream::connect(cOstream const &other) { outbuf_.sig().connect(other.sigout_); }
+
+void cOstream::fileopen(char const *path) {
+    fileclose();
+    file_ = path ? std::fopen(path, "w") : nullptr;
+    if (file_)
+        cprintf("Start  %s\n", cat::local_time(cat::start_time_format).c_str());
+    else
+        ::cprintf("Fehler beim Öffnen des Message-Files '%s'\n", path ? path : "");
+}
+
+void cOstream::fileclose() {
+    if (!file_) return;
+    std::fclose(file_);
+    file_ = nullptr;
+}
+
+int cOstream::cprintf(char const *format, ...) {
+    va_list args;
+    va_start(args, format);
+    int const result = cvprintf(format, args);
+    va_end(args);
+    return result;
+}
+
+int cOstream::cvprintf(char const *format, va_list args) {
+    cat::cMessageText text;
+    int const result = cat::format_message(text, format, args);
+    flush_own();
+    outbuf_.sig()(text.data());
+    return result;
+}
+
+void cOstream::do_out(char const *text) {
+    if (dispout_)
+        cMsgDispOut(text); // RE-ENTERS: the file may be closed now
+    else if (file_)
+        cat::debug_output(text);
+    if (file_) cat::write_percent_text(file_, text);
+}
+
+void cOstream::do_sigout(char const *text) {
+    flush_own();
+    outbuf_.sig()(text);
+}
+
+void cOstream::flush_own() {
+    if (rdbuf() && rdbuf()->pubsync() == -1) setstate(std::ios::badbit);
+}
+
+cOstringstream::cOstringstream()
+    : std::ostream(nullptr), strslot_(this, &cOstringstream::do_strslot), target_(&own_) {
+    start();
+}
+
+cOstringstream::cOstringstream(std::string &target)
+    : std::ostream(nullptr), strslot_(this, &cOstringstream::do_strslot), target_(&target) {
+    start();
+}
+
+void cOstringstream::start() {
+    rdbuf(&outbuf_);
+    imbue(std::locale::classic());
+    outbuf_.sig().connect(strslot_);
+}
+
+cOstringstream::~cOstringstream() = default;
+
+std::string cOstringstream::str() const {
+    flush_text();
+    return *target_;
+}
+
+void cOstringstream::str(std::string const &text) {
+    flush_text();
+    *target_ = text;
+}
+
+void cOstringstream::clear() {
+    target_->clear();
+    std::ios::clear();
+}
+
+// To a reader the text that waits in the buffer is part of the value: flushing changes nothing that
+// a const stream promises, but it is done through the stream's non-const parts.
+void cOstringstream::flush_text() const {
+    if (rdbuf() && rdbuf()->pubsync() == -1)
+        const_cast<cOstringstream *>(this)->setstate(std::ios::badbit);
+}

@@ -1,0 +1,97 @@
+// Errors: the values, the stream that composes them, the handler that decides on them.
+//
+// All copying of text goes through the virtual pair as_string()/set_string(), so that a cErr copied
+// from a cErrStream takes along what still stands in the stream's buffer.
+
+#include "qrv/diagnostics/cerr.h"
+
+cException::cException(std::string const &text) : text_(text) {}
+cException::cException(cException const &other) : text_(other.as_string()) {}
+cException::~cException() = default;
+
+cException &cException::operator=(cException const &other) {
+    if (this != &other) set_string(other.as_string());
+    return *this;
+}
+
+std::string cException::as_string() const { return text_; }
+
+void cException::set_string(std::string const &text) { text_ = text; }
+
+cErr::cErr() = default;
+cErr::cErr(unsigned int code, char const *text) : cException(text ? text : ""), code_(code) {}
+cErr::cErr(unsigned int code, std::string const &text) : cException(text), code_(code) {}
+cErr::cErr(cErr const &other) = default; // the base takes the text by as_string()
+cErr::~cErr() = default;
+
+cErr &cErr::operator=(cErr const &other) {
+    cException::operator=(other);
+    code_ = other.code_;
+    handled_ = other.handled_;
+    return *this;
+}
+
+void cErr::set(unsigned int code, std::string const &text) {
+    code_ = code;
+    set_string(text);
+}
+
+void cErr::clear() {
+    code_ = 0;
+    handled_ = false;
+    text_.clear();
+}
+
+cErrStream::cErrStream(unsigned int code) : cErrStream(code, std::string()) {}
+cErrStream::cErrStream(unsigned int code, std::string const &text)
+    : cErr(code, text), cOstringstream(text_) {}
+cErrStream::~cErrStream() = default;
+
+void cErrStream::set(unsigned int code, std::string const &text) {
+    flush_text();
+    cErr::set(code, text);
+}
+
+std::string cErrStream::as_string() const {
+    flush_text();
+    return cErr::as_string();
+}
+
+void cErrStream::set_string(std::string const &text) {
+    flush_text();
+    cErr::set_string(text);
+}
+
+void cErrStream::clear() {
+    flush_text();
+    cErr::clear();
+    std::ios::clear();
+}
+
+cErrHandler::cErrHandler(unsigned int throw_mask, unsigned int clear_mask, unsigned int silent_mask)
+    : cSlot1(this, &cErrHandler::dohandler), throw_mask_(throw_mask), clear_mask_(clear_mask),
+      silent_mask_(silent_mask) {}
+
+cErrHandler::cErrHandler(cErrHandler const &other)
+    : cErrHandler(other.throw_mask_, other.clear_mask_, other.silent_mask_) {}
+
+cErrHandler &cErrHandler::operator=(cErrHandler const &other) {
+    throw_mask_ = other.throw_mask_;
+    clear_mask_ = other.clear_mask_;
+    silent_mask_ = other.silent_mask_;
+    return *this;
+}
+
+cErrHandler::~cErrHandler() {
+    disconnect(); // before the handler's own part goes
+}
+
+// The order is fixed: what is thrown has been printed, and what is thrown is not forgiven.
+void cErrHandler::dohandler(cErr &error) {
+    if (!(silent_mask_ & error.code())) {
+        std::string const line = error.as_string() + '\n';
+        cat::std_err().write(line.data(), static_cast<std::streamsize>(line.size())).flush();
+    }
+    if (throw_mask_ & error.code()) throw cErr(error);
+    if (clear_mask_ & error.code()) error.set_code(error.code() & (cErr::bad_code - 1));
+}

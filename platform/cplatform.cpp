@@ -1,0 +1,113 @@
+// The operating system: debug output, descriptors, time, and questions about files.
+
+#include "qrv/platform/cplatform.h"
+
+#include "platform/os_calls.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <ctime>
+#include <poll.h>
+
+constinit cat::os_calls cat::os{
+    [](char const *path, int flags, mode_t mode) { return ::open(path, flags, mode); },
+    ::write,
+    ::close,
+    ::fsync,
+    ::posix_fallocate,
+    ::ftruncate,
+    ::fchmod,
+    ::fchown,
+    ::rename,
+    ::unlink,
+};
+
+namespace {
+
+constexpr int not_asked = -2; // the environment was not looked at yet
+constexpr int nowhere = -1;
+
+using cDebugHook = void (*)(char const *text);
+constinit cDebugHook debug_hook = nullptr;
+constinit int debug_descriptor = not_asked;
+
+int open_debug_target() {
+    char const *const target = ::secure_getenv("QRV_DEBUGOUT");
+    if (!target || !*target) return nowhere;
+    if (std::string_view(target) == "stderr") return STDERR_FILENO;
+    return ::open(target, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+}
+
+// After a failed write: may the rest be tried again?
+bool may_go_on(int descriptor) {
+    if (errno == EINTR) return true;
+    if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
+    pollfd waiting{descriptor, POLLOUT, 0};
+    return ::poll(&waiting, 1, -1) >= 0 || errno == EINTR;
+}
+
+} // namespace
+
+void qrv_set_debug_output(void (*function)(char const *text)) { debug_hook = function; }
+
+void cat::debug_output(char const *text) {
+    if (!text) return;
+    if (debug_hook) return debug_hook(text);
+    if (debug_descriptor == not_asked) debug_descriptor = open_debug_target();
+    if (debug_descriptor != nowhere) write_all(debug_descriptor, text);
+}
+
+bool cat::write_all(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        ssize_t const done = os.write(descriptor, bytes.data(), bytes.size());
+        if (done > 0)
+            bytes.remove_prefix(static_cast<std::size_t>(done));
+        else if (done == 0 || !may_go_on(descriptor))
+            return false;
+    }
+    return true;
+}
+
+std::int64_t cat::counter() {
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * counter_frequency() + now.tv_nsec;
+}
+
+std::int64_t cat::counter_frequency() { return 1'000'000'000; }
+
+std::string cat::local_time(char const *format) {
+    std::time_t const now = std::time(nullptr);
+    std::tm parts{};
+    if (!::localtime_r(&now, &parts)) return {};
+    std::array<char, 128> text;
+    return {text.data(), std::strftime(text.data(), text.size(), format, &parts)};
+}
+
+std::string cat::program_name() { return program_invocation_name ? program_invocation_name : ""; }
+
+std::string cat::program_file() {
+    std::array<char, PATH_MAX> path;
+    ssize_t const length = ::readlink("/proc/self/exe", path.data(), path.size());
+    return length > 0 ? std::string(path.data(), static_cast<std::size_t>(length)) : std::string();
+}
+
+bool cat::file_exists(std::string const &path) { return ::access(path.c_str(), F_OK) == 0; }
+
+bool cat::is_directory(std::string const &path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+bool cat::is_read_only(std::string const &path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 && !(info.st_mode & S_IWUSR);
+}
+
+bool cat::make_writable(std::string const &path) {
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0) return false;
+    return ::chmod(path.c_str(), (info.st_mode & 07777) | S_IWUSR) == 0;
+}

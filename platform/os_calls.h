@@ -1,0 +1,27 @@
+#pragma once
+// The system calls behind the writing of files, as a table: a test puts its own function in to make
+// the n-th call fail. One thread at a time.
+
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace cat {
+
+struct os_calls {
+    int (*open)(char const *path, int flags, mode_t mode);
+    ssize_t (*write)(int descriptor, void const *bytes, size_t count);
+    int (*close)(int descriptor);
+    int (*fsync)(int descriptor);
+    int (*fallocate)(int descriptor, off_t offset, off_t length); // gives the error, not -1
+    int (*ftruncate)(int descriptor, off_t length);
+    int (*fchmod)(int descriptor, mode_t mode);
+    int (*fchown)(int descriptor, uid_t user, gid_t group);
+    int (*rename)(char const *from, char const *to);
+    int (*unlink)(char const *path);
+};
+
+extern os_calls os;
+
+} // namespace cat
