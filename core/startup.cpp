@@ -9,11 +9,12 @@
 #include <iostream>
 
 #include "diagnostics/ccout_state.h"
-#include "qrv/core/ctypes.h"
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/signals/csignal.h"
+
+QRV_API void core_bootstrap(); // of qrv/core/ctypes.h
 
 namespace {
 
@@ -60,6 +61,11 @@ struct cCoreStart {
 };
 
 } // namespace
+
+std::istream &cat::std_in() {
+    start_standard_streams();
+    return std::cin;
+}
 
 std::ostream &cat::std_out() {
     start_standard_streams();
