@@ -1,0 +1,386 @@
+#pragma once
+// The attribute hash: the one keyed store of the library. Maps, vectors, sets and the member
+// tables of objects and types are all a cAttrHash; a vector is a hash whose keys are 0 to n-1.
+//
+// It is two structures over the same nodes: an open-addressing table with double hashing, for
+// finding a key, and a doubly linked ring, for order. Order is insertion order and survives growth.
+// Keys are hashed and compared by the hooks of their own types.
+//
+// The hash owns its nodes and deletes them directly, whatever their count says. A cAttrNode * is
+// borrowed and dies with the node, unless its holder calls cAttrNode::hold(): then a deleted node
+// stays in memory, empty and marked dead, until the last unhold().
+//
+// RUNS FOREIGN CODE marks what can call hooks of key types, methods of types or destructors of
+// values. Such code may change the very table: every operation survives that, and none touches a
+// node or the table afterwards that it may have removed. One thread at a time.
+
+#include "qrv/core/cobj.h"
+
+#include <algorithm>
+#include <concepts>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <vector>
+
+// A link of a ring. Detached, it points at itself in both directions.
+template <class Node> class cNode {
+  public:
+    cNode() noexcept : next_(this), prev_(this) {}
+    cNode(cNode const &) = delete;
+    cNode &operator=(cNode const &) = delete;
+
+    cNode *next() const noexcept { return next_; }
+    cNode *prev() const noexcept { return prev_; }
+    bool is_detached() const noexcept { return next_ == this; }
+
+  protected:
+    ~cNode() = default;
+
+  private:
+    friend class cAttrHash;
+    friend struct cAttrHashProbe;
+
+    void link_before(cNode &place) noexcept {
+        next_ = &place;
+        prev_ = place.prev_;
+        prev_->next_ = place.prev_ = this;
+    }
+    void unlink() noexcept {
+        prev_->next_ = next_;
+        next_->prev_ = prev_;
+        next_ = prev_ = this;
+    }
+
+    cNode *next_;
+    cNode *prev_;
+};
+
+// What a key is to the table. Keys of exactly the library's own types are compared without a call.
+enum class cKeyKind : unsigned char { other, int_key, string_key, float_key, double_key };
+
+// A slot word: 0 never used, 1 deleted mark, anything else a cAttrNode *.
+using cSlotWord = std::uintptr_t;
+
+// The entry of a table: a link with a key, its hash and its place in the table.
+template <class Key, class Node> class cHashNode : public cNode<Node> {
+  protected:
+    explicit cHashNode(Key const &key) : key_(key) {}
+    ~cHashNode() = default;
+
+    friend class cAttrHash;
+    friend struct cAttrHashProbe;
+
+    Key key_;
+    std::uint32_t hash_ = 0xFFFFFFFFu; // until the node stands in a table
+    cSlotWord *slot_ = nullptr;        // null outside a table
+    cAttrHash *table_ = nullptr;       // null outside a table
+    cKeyKind kind_ = cKeyKind::other;  // set with hash_
+    bool dead_ = false;
+};
+
+// An attribute: a private key and a shared value. Bits of flags(): 1 reserved, 2 type locked.
+class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
+  public:
+    using cLink = cNode<cAttrNode>;
+
+    // Clones the key (a key that can't be cloned is shared), shares the value.
+    explicit cAttrNode(objref const &key); // value cat::nil()
+    cAttrNode(objref const &key, objref const &value);
+    ~cAttrNode() override; // leaves its table, if it stands in one
+
+    objref const &key() const noexcept { return key_; }
+    std::string key_as_string() const; // cat::as_string of the key
+    int key_as_index() const;          // cat::as_index of the key: the int, or the lowest int
+    objref const &valref() const noexcept { return value_; }
+    // The stored reference itself. Storing null here is allowed; it reads as cat::bad().
+    objref &valref_() noexcept { return value_; }
+    cObj &value() const; // cat::bad() for a null reference
+    cObj &operator*() const { return value(); }
+    cObj *operator->() const { return &value(); }
+    std::uint32_t anid() const noexcept { return anid_; } // unique, growing, never changes
+    cAttrHash *map() const noexcept { return map_; }      // the hash that owns it, or null
+    bool detach() const;                                  // cat::detach(value, false)
+
+    // Replaces the value: shares it, no copy. Null or badfind removes the node; then the result is
+    // nil_attr() and the node is gone, so go on with the result. Under a type lock a value of
+    // another type is refused:
+    //   0x40400000 "cAttrNode, key: ...  value type: ...  Flags do not allow operator="
+    // RUNS FOREIGN CODE.
+    cAttrNode &operator=(objref const &value);
+    cAttrNode &operator=(cObj const *value); // shares
+    cAttrNode &operator=(cAttrNode const &other);
+
+    // key=value; with the value as cObj::writeobj gives it. True while the stream is good.
+    bool write(std::ostream &os) const;
+
+    // The same for a node that may be null: a null key, cat::bad(), 0, the lowest int, false.
+    static objref const &key(cAttrNode const *node) noexcept;
+    static std::string key_as_string(cAttrNode const *node);
+    static int key_as_index(cAttrNode const *node);
+    static objref const &valref(cAttrNode const *node);
+    static cObj &value(cAttrNode const *node);
+    static std::uint32_t anid(cAttrNode const *node) noexcept { return node ? node->anid_ : 0; }
+    static cAttrHash *map(cAttrNode const *node) noexcept { return node ? node->map_ : nullptr; }
+    static bool detach(cAttrNode const *node) { return node && node->detach(); }
+    static cAttrNode &assign(cAttrNode *node, objref const &value);
+    static cAttrNode &assign(cAttrNode *node, cAttrNode const *other); // null is cat::bad()
+    static bool write(cAttrNode const *node, std::ostream &os);
+
+    // Keeps the memory, not the attribute. A held node that the hash has deleted is dead: detached,
+    // without key, value and map; everything may still be asked of it.
+    void hold() const noexcept { incref(); }
+    void unhold() const noexcept;
+    bool is_dead() const noexcept { return dead_; }
+
+  private:
+    friend class cAttrHash;
+    friend struct cAttrHashProbe;
+
+    cAttrNode(cAttrNode const &other); // key, value and flags; a new anid, in no table
+
+    static objref own_key(objref const &key);
+    bool refuses(objref const &value);
+
+    objref value_;
+    cAttrHash *map_ = nullptr;
+    std::uint32_t anid_;
+};
+
+// Numbers that must not become an index silently.
+template <class T>
+concept cNoIndex = std::is_arithmetic_v<T> && !std::same_as<T, int>;
+template <class T>
+concept cNumber = std::is_arithmetic_v<T>;
+
+class QRV_API cAttrHash : public cShared {
+  public:
+    using cLink = cAttrNode::cLink;
+
+    explicit cAttrHash(cObj *father); // borrowed, may be null; 97 slots
+    ~cAttrHash();                     // RUNS FOREIGN CODE
+
+    // Deletes all own nodes, then copies keys and shares values; no test for self-assignment, so
+    // `h = h` empties h. Not copied: father, flags; map() of the new nodes stays null.
+    cAttrHash &operator=(cAttrHash const &other);
+
+    bool empty() const noexcept { return used_ == 0; }
+    void clear();
+    cObj *father() const noexcept { return father_; }
+    void father(cObj *father, bool force) noexcept; // only if none is set, or with force
+    void flags(int bits) noexcept;                  // bits & 3 becomes the flags of every node
+    bool detach() const;                            // of every value; true if all succeeded
+    std::uint32_t used() const noexcept { return used_; }
+    std::uint32_t slots() const noexcept { return size_; }
+
+    // The ring. Null at the end, and after a node of another hash or a dead one.   O(1)
+    cAttrNode *first() const noexcept { return node_at(anchor_.next()); }
+    cAttrNode *last() const noexcept { return node_at(anchor_.prev()); }
+    cAttrNode *next(cAttrNode const *node) const noexcept;
+    cAttrNode *prev(cAttrNode const *node) const noexcept;
+
+    // For cursors, which also stand at the end position, the anchor. A node converts to its link
+    // by itself; a link becomes a node only here: null for null and for the anchor. The links of a
+    // dead node lead to itself.
+    cLink *anchor() const noexcept { return &anchor_; }
+    cAttrNode *node_at(cLink *link) const noexcept {
+        return link == &anchor_ ? nullptr : static_cast<cAttrNode *>(link);
+    }
+
+    // Lookup. A null key or text is never found.   O(1)
+    cAttrNode *find(objref const &key) const;
+    cAttrNode *find(std::string const &key) const;
+    cAttrNode *find(char const *key) const;
+    cAttrNode *find(int key) const;
+    cAttrNode *find(cNoIndex auto) const = delete;
+    // By position.   O(1) on a vector, else O(distance to the nearer end)
+    cAttrNode *findpos(unsigned int position) const;
+    // Position in the ring, or -1.   O(n)
+    int posofkey(objref const &key) const;
+    int posofkey(std::string const &key) const;
+    int posofkey(char const *key) const;
+    int posofkey(cNumber auto) const = delete;
+    // The first node with that very value, or null.   O(n)
+    cAttrNode *findvalref(objref const &value) const noexcept { return findvalref(value.get()); }
+    cAttrNode *findvalref(cObj const *value) const noexcept;
+    // The first node whose value equals the argument, which is the left side.   O(n)
+    cAttrNode *findvalue(cObj const &value) const;
+    cAttrNode *findvalue(objref const &value) const; // null finds nothing
+    // The value; cat::badfind() if the key is absent.
+    [[nodiscard]] objref getitem(objref const &key) const;
+    [[nodiscard]] objref getitem(std::string const &key) const;
+    [[nodiscard]] objref getitem(char const *key) const;
+    objref getitem(cNumber auto) const = delete;
+
+    // Changes. All RUN FOREIGN CODE. Values are shared, keys cloned.
+    // Overwrites only, through cAttrNode::operator=. False for an absent or nil key, a null, bad or
+    // badfind value, and when a cErr was thrown.
+    bool setitem(objref const &key, objref const &value);
+    bool setitem(std::string const &key, objref value);
+    bool setitem(char const *key, objref value);
+    bool setitem(cNumber auto, objref const &) = delete;
+    // Inserts or overwrites; null or badfind removes, and is true. False for a nil key, cat::bad(),
+    // and an executable that doesn't validate. An executable is told its key as its name.
+    bool mapitem(objref const &key, objref const &value);
+    bool mapitem(std::string const &key, objref value);
+    bool mapitem(char const *key, objref value);
+    bool mapitem(cNumber auto, objref const &) = delete;
+    // Assigns into a present value that isn't nil; else mapitem, and a private copy with detach.
+    bool copyitem(objref const &key, objref const &value, bool detach);
+    // True whether or not the key was there; false for a nil key.
+    bool delitem(objref const &key);
+    bool delitem(std::string const &key);
+    bool delitem(char const *key);
+    bool delitem(cNumber auto) = delete;
+    // Removes the key. The node that followed, or null.
+    cAttrNode *erase(objref const &key);
+    // Finds or makes the key, stores any value, even null, and moves the node before `before` if
+    // that is a node of this hash. Null for a nil key.
+    cAttrNode *insert(objref const &key, objref const &value, cAttrNode *before);
+    // The value and the place of old_key go to new_key; a former value of new_key is lost.
+    void rename(objref const &old_key, objref const &new_key);
+    bool detach(objref const &key) const; // false if absent
+    bool detach(std::string const &key) const;
+    bool detach(char const *key) const;
+    bool detach(int key) const;
+    bool detach(cNoIndex auto) const = delete;
+
+    // Vector mode. Positions are those of the ring.
+    bool is_vector() const; // keys are exactly the ints 0, 1, 2...; true when empty
+    void set_vector();      // renumbers; values that mapitem refuses are lost
+    // 1 + the greatest index: a key that is no int counts by its conversion to int, else as -1.
+    // 0 when empty; after the greatest int comes the lowest.   O(1) while all keys are ints
+    int after_last_index() const;
+    bool vect_append(objref const &value);
+    // False for i < 0 or i > used(), and when a place vanished on the way (a null had been stored).
+    // Null or badfind erases place i.
+    bool vect_insert(int i, objref const &value);
+    bool vect_erase(int i); // false for i < 0; true at and past the end; values move, keys don't
+
+    // Text form: text/.
+    int read_hash(std::istream &is, cTypeObj *type);
+    bool write_hash(std::ostream &os, char const *format, cTypeObj *type) const;
+
+    // The same for a hash that may be null: empty, null, -1, false, nothing.
+    static bool empty(cAttrHash const *hash) noexcept { return !hash || hash->empty(); }
+    static cAttrNode *findpos(cAttrHash const *hash, unsigned int position);
+    static int posofkey(cAttrHash const *hash, objref const &key);
+    static bool mapitem(cAttrHash *hash, objref const &key, objref const &value);
+    static bool setitem(cAttrHash *hash, objref const &key, objref const &value);
+    static void set_vector(cAttrHash *hash);
+
+    // Empty, or the first rule that doesn't hold (the rules: containers/cattrhash_check.cpp). Only
+    // with deep the hooks of key types are called.   O(n)
+    std::string broken_rule(bool deep) const;
+    // Slots looked at since the process began, by all tables.
+    static std::uint64_t probe_count() noexcept;
+
+  private:
+    friend class cAttrNode;
+    friend struct cAttrHashProbe; // tests of the rules
+
+    struct cSearch; // what is looked for
+    struct cFound { // the node, or else the word that an insertion must take
+        cAttrNode *node;
+        cSlotWord *free;
+        std::uint32_t steps;
+    };
+    class cKeep;
+    class cHold;
+
+    // The end of the ring; a link that is not a node.
+    struct cAnchor final : cLink {};
+
+    cAttrHash(cAttrHash const &other); // an empty table, copies nothing
+
+    cSearch search_for(objref const &key) const;
+    std::uint32_t seeded_hash(cKeyKind kind, objref const &key) const;
+    static cKeyKind kind_of(objref const &key);
+    static bool matches(cAttrNode const &node, cSearch const &search);
+    cFound probe(cSearch const &search) const;
+    cFound locate(objref const &key) const;
+
+    cAttrNode *force_node(objref const &key);
+    void link_node(cAttrNode &node, cFound const &place, cSearch const &search);
+    void unlink_node(cAttrNode &node) noexcept;
+    void move_before(cAttrNode &node, cAttrNode const *before) noexcept;
+    void remove(cAttrNode *node);
+    bool replace(cAttrNode *node, objref const &value, cAttrNode *before);
+    void count_in(cAttrNode const &node) noexcept;
+    void count_out(cAttrNode const &node) noexcept;
+    void after_insertion(cAttrNode const &node, std::uint32_t steps);
+    void seed_keys();
+    void rebuild(std::uint32_t size);
+    int walk_for_last_index() const;
+    bool walk_for_vector() const;
+    void check() const; // the cheap rules, in checking builds
+
+    std::unique_ptr<cSlotWord[]> slots_;
+    std::uint32_t size_;        // number of slots, a prime
+    std::uint32_t used_ = 0;    // live nodes
+    std::uint32_t unused_;      // slots that are 0
+    std::uint32_t changes_ = 0; // nodes linked or unlinked, and rebuilds; wraps
+    std::uint32_t others_ = 0;  // nodes whose key is of no built-in type
+    std::uint32_t no_ints_ = 0; // nodes whose key isn't exactly an int
+    mutable int greatest_ = -1; // of the int keys and -1, if greatest_known_
+    mutable bool greatest_known_ = true;
+    mutable bool is_vector_ = true; // false: not known
+    bool seeded_ = false;           // text and floating keys are hashed with the process's seed
+    mutable cAnchor anchor_;
+    cObj *father_; // borrowed
+};
+
+// The first prime of the table of sizes above `size`; 0 beyond the last.
+QRV_API unsigned int hash_new_size(unsigned int size) noexcept;
+
+// The node that stands for no node: key "nil_attr", value cat::nil(), map null. Made on first use.
+QRV_API cAttrNode &nil_attr();
+
+// Orders of nodes: by key, by value (maps, then vectors, then the rest), by creation of the value,
+// by creation of the node. Null nodes are allowed by pointer. keyord and valord ask the types'
+// `less` and are no strict orders (NaN, types without `less`): std::sort may run out of its range
+// with them. Use cat::sort_nodes.
+struct QRV_API cKeyOrder {
+    bool operator()(cAttrNode const &a, cAttrNode const &b) const { return (*this)(&a, &b); }
+    bool operator()(cAttrNode const *a, cAttrNode const *b) const;
+};
+struct QRV_API cValueOrder {
+    bool operator()(cAttrNode const &a, cAttrNode const &b) const { return (*this)(&a, &b); }
+    bool operator()(cAttrNode const *a, cAttrNode const *b) const;
+};
+struct QRV_API cObidOrder {
+    bool operator()(cAttrNode const &a, cAttrNode const &b) const { return (*this)(&a, &b); }
+    bool operator()(cAttrNode const *a, cAttrNode const *b) const;
+};
+struct QRV_API cAnidOrder {
+    bool operator()(cAttrNode const &a, cAttrNode const &b) const { return (*this)(&a, &b); }
+    bool operator()(cAttrNode const *a, cAttrNode const *b) const;
+};
+inline constexpr cKeyOrder keyord{};
+inline constexpr cValueOrder valord{};
+inline constexpr cObidOrder obidord{};
+inline constexpr cAnidOrder anidord{};
+
+namespace cat {
+// A stable merge sort that stays in its range whatever the order answers.
+template <class Order> void sort_nodes(std::vector<cAttrNode *> &nodes, Order order) {
+    std::vector<cAttrNode *> merged(nodes.size());
+    for (size_t width = 1; width < nodes.size(); width *= 2) {
+        for (size_t begin = 0; begin < nodes.size(); begin += 2 * width) {
+            size_t const middle = std::min(begin + width, nodes.size());
+            size_t const end = std::min(begin + 2 * width, nodes.size());
+            size_t left = begin, right = middle;
+            for (size_t i = begin; i < end; ++i) {
+                bool const take_right =
+                    right < end && (left == middle || order(nodes[right], nodes[left]));
+                merged[i] = take_right ? nodes[right++] : nodes[left++];
+            }
+        }
+        nodes.swap(merged);
+    }
+}
+// The nodes of a hash in the order of its ring.
+QRV_API std::vector<cAttrNode *> nodes_of(cAttrHash const &hash);
+// Tear-down of the object core: nil_attr() is made anew when it is asked for again.
+void forget_nil_attr() noexcept;
+} // namespace cat
