@@ -1,0 +1,54 @@
+#pragma once
+// cat::ReadReport collects what goes wrong while text is read: for programs that show errors to
+// people. While one lives, the innermost takes every error of a scan, once, and none is printed or
+// thrown: those of the scanners, those raised on cat::sig_error() meanwhile, and the lines that
+// would be printed. Results and error counts stay as they are. One thread at a time.
+
+#include "qrv/ccomp.h"
+#include "qrv/qrvdefs.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace cat {
+// The place is that of the first character of the token that the error is about, in the outer
+// file, also inside typed values; for an unclosed bracket, where it was opened.
+struct QRV_API ReadError {
+    std::string file;    // empty if the text has no file name
+    unsigned line = 0;   // from 1
+    unsigned column = 0; // from 1, in bytes
+    std::string path;    // of the value, such as "/a/0"; cut in the middle above 1,000 characters
+    unsigned code = 0;   // 0 for what is printed only
+    std::string text;    // without place and path in front
+};
+
+class QRV_API ReadReport {
+  public:
+    // Keeps that many entries and counts the rest.
+    explicit ReadReport(std::size_t limit = 1000);
+    ReadReport(ReadReport const &) = delete;
+    ReadReport &operator=(ReadReport const &) = delete;
+    ~ReadReport(); // the one before takes over again
+
+    std::vector<ReadError> const &entries() const noexcept { return entries_; }
+    std::size_t limit() const noexcept { return limit_; }
+    void limit(std::size_t limit) noexcept { limit_ = limit; } // what is kept stays
+    std::size_t dropped() const noexcept { return dropped_; }  // beyond the limit
+    std::size_t count() const noexcept { return entries_.size() + dropped_; }
+    bool empty() const noexcept { return count() == 0; }
+    void clear();
+
+    // Keeps an error, or counts it.
+    void add(ReadError error);
+
+    // The innermost living one, or null.
+    static ReadReport *current() noexcept;
+
+  private:
+    std::vector<ReadError> entries_;
+    std::size_t limit_;
+    std::size_t dropped_ = 0;
+    ReadReport *before_;
+};
+} // namespace cat
