@@ -1,0 +1,144 @@
+#!/usr/bin/env python3
+"""Checks the include edges: the library is built in layers, and includes only go down.
+
+Every file of the library belongs to one layer; a public header belongs to the same as its source.
+Files of one layer may include each other. core/bootstrap.cpp and core/startup.cpp may name
+everything. Beyond that:
+  - <iostream> is included by core/startup.cpp only: whoever includes it decides when the standard
+    streams are set up;
+  - headers of the operating system are included in platform/ only; elsewhere only the standard
+    library's are;
+  - public headers include public headers, and what is included exists;
+  - the tool includes public headers and its own.
+Usage: check_includes.py [ROOT]. Silent and 0 when all is well, else one line for each edge and 1.
+"""
+import pathlib
+import re
+import sys
+
+LAYERS = [
+    "the headers qrv/ccomp.h, qrv/cvers.h and qrv/qrvdefs.h",
+    "platform and util/cfilename",
+    "core/cref and signals/csignal",
+    "diagnostics",
+    "core with containers/cattrhash",
+    "containers with signals/csignalobj",
+    "text",
+    "modules",
+    "the rest of util",
+    "qrv/qrv.h",
+]
+FOLDERS = ["core", "containers", "text", "signals", "diagnostics", "modules", "util", "platform"]
+MAY_NAME_ALL = {"core/bootstrap.cpp", "core/startup.cpp"}
+STANDARD = set("""
+algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono
+cinttypes climits clocale cmath codecvt compare complex concepts condition_variable coroutine
+csetjmp csignal cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype deque
+exception execution filesystem format forward_list fstream functional future initializer_list
+iomanip ios iosfwd iostream istream iterator latch limits list locale map memory memory_resource
+mutex new numbers numeric optional ostream queue random ranges ratio regex scoped_allocator
+semaphore set shared_mutex source_location span sstream stack stdexcept stop_token streambuf string
+string_view syncstream system_error thread tuple type_traits typeindex typeinfo unordered_map
+unordered_set utility valarray variant vector version
+""".split())
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
+
+
+def layer(path):
+    """The layer of a file, by its path without include/qrv/; None for what is no part of one."""
+    folder, _, name = path.rpartition("/")
+    stem = name.split(".")[0]
+    if folder == "":
+        return 9 if name == "qrv.h" else 0
+    if folder == "platform" or (folder == "util" and stem.startswith("cfilename")):
+        return 1
+    if (folder == "core" and stem == "cref") or (
+        folder == "signals" and not stem.startswith("csignalobj")
+    ):
+        return 2
+    if folder == "diagnostics":
+        return 3
+    if path == "core/cmodifier.h":
+        return 5  # a cObjModifier is a handle of one attribute
+    if folder == "core" or (folder == "containers" and stem.startswith("cattrhash")):
+        return 4
+    if folder in ("containers", "signals"):
+        return 5
+    return {"text": 6, "modules": 7, "util": 8}.get(folder)
+
+
+def includes(file):
+    for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
+        match = INCLUDE.match(line)
+        if match:
+            yield number, match[1], match[2]
+
+
+def judge_system(name, header):
+    """What is wrong with <header> in the file `name`, or nothing."""
+    if header == "iostream" and name != "core/startup.cpp":
+        return (
+            "only core/startup.cpp includes <iostream>; take <ostream>, <istream> or <sstream>, "
+            "and cat::std_out() or cat::std_err() for the standard streams"
+        )
+    if header not in STANDARD and not name.startswith("platform/"):
+        return f"<{header}> is not of the standard library; the operating system is called in platform/ only"
+    return None
+
+
+def judge_own(root, name, header, public):
+    """What is wrong with "header" in the file `name`, or nothing."""
+    is_public = header.startswith("qrv/")
+    target = header[4:] if is_public else header
+    if not (root / "include" / header if is_public else root / header).is_file():
+        return f'"{header}" does not exist (public headers are "qrv/...", private ones go by their path from the root)'
+    if public and not is_public:
+        return f'a public header includes the private "{header}"'
+    if name in MAY_NAME_ALL:
+        return None
+    own, other = layer(name), layer(target)
+    if other is None:
+        return f'"{header}" is no part of the library'
+    if other > own:
+        return f'"{header}" lies higher: {LAYERS[other]} above {LAYERS[own]}'
+    return None
+
+
+def check_library(root):
+    files = [(f, str(f.relative_to(root / "include/qrv")), True) for f in (root / "include/qrv").rglob("*.h")]
+    for folder in FOLDERS:
+        for file in sorted((root / folder).glob("*")):
+            if file.suffix in (".h", ".cpp"):
+                files.append((file, str(file.relative_to(root)), False))
+    for file, name, public in sorted(files):
+        if layer(name) is None:
+            yield f"{file.relative_to(root)}: belongs to no layer; say in scripts/check_includes.py to which"
+            continue
+        for line, kind, header in includes(file):
+            if kind == "<":
+                wrong = judge_system(name, header)
+            else:
+                wrong = judge_own(root, name, header, public)
+            if wrong:
+                yield f"{file.relative_to(root)}:{line}: {wrong}"
+
+
+def check_tools(root):
+    for file in sorted((root / "tools").rglob("*")):
+        if file.suffix not in (".h", ".cpp"):
+            continue
+        for line, kind, header in includes(file):
+            if kind == '"' and not header.startswith(("qrv/", "tools/")) and not (file.parent / header).is_file():
+                yield f'{file.relative_to(root)}:{line}: tools use public headers only, not "{header}"'
+
+
+def main():
+    root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
+    wrong = list(check_library(root)) + list(check_tools(root))
+    for line in wrong:
+        print(line)
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,22 @@
+#!/bin/bash
+# Dynamic initialisation at namespace scope lies in one object file, core/startup.cpp, so that the
+# order of start-up and tear-down can be read there from top to bottom. Release builds only: the
+# sanitizers add initialisers of their own.
+# Usage: check_initialisers.sh OBJECT...
+set -euo pipefail
+[[ $# -gt 0 ]] || { echo "usage: check_initialisers.sh OBJECT..." >&2; exit 2; }
+status=0 found=
+for object; do
+    if nm "$object" | grep -q '_GLOBAL__sub_I_'; then
+        case $object in
+        */core/startup.cpp.o) found=yes ;;
+        *)
+            echo "$object has a dynamic initialiser; make it constinit, or move it to core/startup.cpp" >&2
+            nm -C "$object" | grep '_GLOBAL__sub_I_' >&2
+            status=1
+            ;;
+        esac
+    fi
+done
+[[ -n $found ]] || { echo "core/startup.cpp has no dynamic initialiser: is this check still looking?" >&2; status=1; }
+exit $status

@@ -1,0 +1,79 @@
+#!/usr/bin/env python3
+"""Checks the fixed rules that no compiler knows.
+
+  - every source opens with a comment that tells its design, a header with `#pragma once` before it;
+  - a public header's first comment says that there is one thread at a time;
+  - sources stay below 650 lines;
+  - nothing is silenced: no suppressed warning, sanitizer or lint finding, no test switched off;
+  - what is left to do is an issue and no remark in a file.
+Usage: check_rules.py [ROOT]. Silent and 0 when all is well, else one line for each mistake and 1.
+"""
+import pathlib
+import re
+import sys
+
+MOST_LINES = 650
+FOLDERS = ["include", "core", "containers", "text", "signals", "diagnostics", "modules", "util",
+           "platform", "tools", "tests", "bench", "fuzz"]
+# Put together from halves, so that a search for them finds only sins.
+FORBIDDEN = [re.compile(p) for p in (
+    r"\bNO" + r"LINT", r"\bGTEST_" + r"SKIP", r"\bDIS" + r"ABLED_", r"\bno_" + r"sanitize",
+    r"\bTO" + r"DO\b", r"\bFIX" + r"ME\b", r"#\s*pragma\s+(GCC|clang)\s+diag" + r"nostic\s+ignored",
+    r"(?<![\w-])-Wno" + r"-", r"\bsuppr" + r"essions?=",
+)]
+
+
+def first_comment(lines):
+    """The comment at the top as one text, empty where something else stands there."""
+    text = []
+    for line in lines:
+        if not line.startswith("//"):
+            break
+        text.append(line.lstrip("/").strip())
+    return " ".join(text)
+
+
+def check_source(name, lines):
+    if len(lines) > MOST_LINES:
+        yield f"{name}: {len(lines)} lines, more than {MOST_LINES}: divide it"
+    if name.endswith(".h"):
+        if not lines or lines[0] != "#pragma once":
+            yield f"{name}:1: a header begins with #pragma once"
+            return
+        lines = lines[1:]
+    comment = first_comment(lines)
+    if not comment:
+        yield f"{name}:1: opens without a comment that tells its design"
+    elif name.startswith("include/") and not re.search(r"\bone thread\b", comment, re.I):
+        yield f"{name}:1: the first comment of a public header says: one thread at a time"
+
+
+def check_silenced(name, lines):
+    for number, line in enumerate(lines, 1):
+        for pattern in FORBIDDEN:
+            match = pattern.search(line)
+            if match:
+                yield f"{name}:{number}: {match[0]} is not used here"
+
+
+def main():
+    root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
+    wrong = []
+    for folder in FOLDERS:
+        for file in sorted((root / folder).rglob("*")):
+            if not file.is_file() or file.suffix not in (".h", ".cpp", ".txt"):
+                continue
+            name, lines = str(file.relative_to(root)), file.read_text(encoding="utf-8", errors="replace").splitlines()
+            if file.suffix != ".txt":
+                wrong += check_source(name, lines)
+            wrong += check_silenced(name, lines)
+    for file in ("CMakeLists.txt", "CMakePresets.json", "dev", ".ci/run", ".clang-tidy"):
+        if (root / file).is_file():
+            wrong += check_silenced(file, (root / file).read_text(encoding="utf-8").splitlines())
+    for line in wrong:
+        print(line)
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

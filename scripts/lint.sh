@@ -1,0 +1,36 @@
+#!/bin/bash
+# All checks that need no run of the program, one after the other; each says what it found.
+# Usage: lint.sh [JOBS], from the root, with build/clang-asan configured (clang-tidy takes the
+# commands from there). Exits with 1 when one of them failed, after all of them ran.
+set -u
+jobs=${1:-$(nproc)}
+failed=()
+
+step() {
+    local name=$1 start=$SECONDS
+    shift
+    echo "lint: $name"
+    "$@" || failed+=("$name")
+    echo "lint: $name took $((SECONDS - start)) s"
+}
+
+listed() { git ls-files -co --exclude-standard -- "$@" | while IFS= read -r file; do [[ -f $file ]] && echo "$file"; done; }
+
+layout() { listed '*.h' '*.cpp' | xargs -r clang-format --dry-run -Werror; }
+
+tidy() {
+    listed '*.cpp' | grep -E '^(core|containers|text|signals|diagnostics|modules|util|platform|tools)/' |
+        xargs -r -P "$jobs" -n 1 clang-tidy --quiet -p build/clang-asan 2>/dev/null
+}
+
+step "layout" layout
+step "includes" scripts/check_includes.py
+step "rules" scripts/check_rules.py
+step "edge cases" scripts/check_edges.py
+step "headers alone" scripts/check_headers.sh -j "$jobs"
+step "clang-tidy" tidy
+step "the checks themselves" python3 -m unittest discover -q -s tests/scripts -p '*_test.py'
+
+[[ ${#failed[@]} -eq 0 ]] && echo "lint: clean" && exit 0
+printf 'lint: FAILED: %s\n' "${failed[@]}"
+exit 1

@@ -1,0 +1,230 @@
+#!/usr/bin/env python3
+"""Proves of each check in scripts/ that it can fail: every rule is broken once in a small tree.
+
+Each test makes the tree whole first and sees the check pass, so that a failure later is the one
+that the test made.
+"""
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+SCRIPTS = pathlib.Path(__file__).resolve().parents[2] / "scripts"
+HEADER = "#pragma once\n// A thing. One thread at a time.\n"
+
+
+class Tree(unittest.TestCase):
+    def setUp(self):
+        self.root = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, self.root)
+
+    def write(self, name, text):
+        file = self.root / name
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text, encoding="utf-8")
+        return file
+
+    def run_script(self, name, *arguments):
+        script = SCRIPTS / name
+        start = [sys.executable, str(script)] if script.suffix == ".py" else ["bash", str(script)]
+        return subprocess.run(
+            start + [str(a) for a in arguments], cwd=self.root, stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT, text=True, check=False,
+        )
+
+    def passes(self, name, *arguments):
+        result = self.run_script(name, *arguments)
+        self.assertEqual(result.returncode, 0, result.stdout)
+        return result.stdout
+
+    def fails(self, text, name, *arguments):
+        result = self.run_script(name, *arguments)
+        self.assertEqual(result.returncode, 1, result.stdout)
+        self.assertIn(text, result.stdout)
+
+
+class Includes(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("include/qrv/ccomp.h", HEADER)
+        self.write("include/qrv/core/cref.h", HEADER + '#include "qrv/ccomp.h"\n#include <vector>\n')
+        self.write("include/qrv/core/cobj.h", HEADER + '#include "qrv/core/cref.h"\n#include "qrv/containers/cattrhash.h"\n')
+        self.write("include/qrv/containers/cattrhash.h", HEADER + '#include "qrv/core/cref.h"\n')
+        self.write("include/qrv/signals/csignal.h", HEADER)
+        self.write("include/qrv/text/cwriter.h", HEADER + '#include "qrv/core/cobj.h"\n')
+        self.write("include/qrv/diagnostics/cerr.h", HEADER + '#include "qrv/signals/csignal.h"\n')
+        self.write("include/qrv/util/cfilename.h", HEADER)
+        self.write("include/qrv/util/cundo.h", HEADER + '#include "qrv/text/cwriter.h"\n')
+        self.write("text/cwriter_state.h", HEADER)
+        self.write("text/cwriter.cpp", '// W.\n#include "qrv/text/cwriter.h"\n#include "text/cwriter_state.h"\n')
+        self.write("platform/cplatform.cpp", '// P.\n#include <unistd.h>\n#include "qrv/util/cfilename.h"\n')
+        self.write("core/startup.cpp", '// S.\n#include <iostream>\n#include "qrv/util/cundo.h"\n')
+        self.write("tools/qrv/main.cpp", '// M.\n#include "qrv/text/cwriter.h"\n#include <CLI/CLI.hpp>\n')
+        self.passes("check_includes.py", self.root)
+
+    def breaks(self, text, name, content):
+        self.write(name, content)
+        self.fails(text, "check_includes.py", self.root)
+
+    def test_a_core_source_that_includes_text(self):
+        self.breaks("core/cobj.cpp:2: \"qrv/text/cwriter.h\" lies higher", "core/cobj.cpp", '// C.\n#include "qrv/text/cwriter.h"\n')
+
+    def test_a_signal_that_includes_diagnostics(self):
+        self.breaks("lies higher", "signals/csignal.cpp", '// S.\n#include "qrv/diagnostics/cerr.h"\n')
+
+    def test_a_handle_that_includes_an_object(self):
+        self.breaks("lies higher", "core/cref.cpp", '// R.\n#include "qrv/core/cobj.h"\n')
+
+    def test_a_text_source_that_includes_a_utility(self):
+        self.breaks("lies higher", "text/a.cpp", '// T.\n#include "qrv/util/cundo.h"\n')
+
+    def test_a_public_header_that_includes_a_higher_one(self):
+        self.breaks("include/qrv/diagnostics/ccout.h:3", "include/qrv/diagnostics/ccout.h", HEADER + '#include "qrv/core/cobj.h"\n')
+
+    def test_a_public_header_that_includes_a_private_one(self):
+        self.breaks("includes the private", "include/qrv/text/b.h", HEADER + '#include "text/cwriter_state.h"\n')
+
+    def test_iostream_elsewhere(self):
+        self.breaks("only core/startup.cpp", "text/a.cpp", "// T.\n#include <iostream>\n")
+
+    def test_the_operating_system_elsewhere(self):
+        self.breaks("platform/ only", "text/a.cpp", "// T.\n#include <sys/stat.h>\n")
+
+    def test_a_header_that_is_not_there(self):
+        self.breaks("does not exist", "text/a.cpp", '// T.\n#include "qrv/text/none.h"\n')
+
+    def test_a_tool_that_includes_internals(self):
+        self.breaks("public headers only", "tools/qrv/a.cpp", '// T.\n#include "text/cwriter_state.h"\n')
+
+
+class Edges(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("tests/text/a_test.cpp", "TEST(ReaderEdge, one) {}\nTEST_F(Reader, plain) {}\n")
+        self.write("tests/text/reader.edges", "# cases\nReaderEdge.one\tthe first case\nReader.plain\tthe second\n")
+        self.write("tests/process/exit.cpp", "int main() {}\n")
+
+    def test_counts_by_subject(self):
+        self.assertEqual(self.passes("check_edges.py", self.root), "    2 text/reader\n    2 edge cases\n")
+
+    def test_a_listed_test_that_does_not_exist(self):
+        self.write("tests/text/b.edges", "ReaderEdge.two\tanother\n")
+        self.fails("no test ReaderEdge.two", "check_edges.py", self.root)
+
+    def test_an_edge_test_that_is_not_listed(self):
+        self.write("tests/text/b_test.cpp", "TEST_F(WriterEdge, one) {}\n")
+        self.fails("WriterEdge.one is in no list", "check_edges.py", self.root)
+
+    def test_a_line_without_words(self):
+        self.write("tests/text/b.edges", "Reader.plain\t \n")
+        self.fails("not of the form", "check_edges.py", self.root)
+
+    def test_a_line_without_tab(self):
+        self.write("tests/text/b.edges", "Reader.plain words\n")
+        self.fails("not of the form", "check_edges.py", self.root)
+
+    def test_a_test_listed_twice(self):
+        self.write("tests/text/b.edges", "Reader.plain\tagain\n")
+        self.fails("is listed already", "check_edges.py", self.root)
+
+    def test_a_process_that_is_there_and_one_that_is_not(self):
+        self.write("tests/text/b.edges", "process/exit\tends clean\n")
+        self.passes("check_edges.py", self.root)
+        self.write("tests/text/b.edges", "process/start\tbegins clean\n")
+        self.fails("there is no tests/process/start.cpp", "check_edges.py", self.root)
+
+
+class Rules(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("include/qrv/a.h", HEADER)
+        self.write("core/a.cpp", "// What it is.\nint a;\n")
+        self.passes("check_rules.py", self.root)
+
+    def breaks(self, text, name, content):
+        self.write(name, content)
+        self.fails(text, "check_rules.py", self.root)
+
+    def test_a_source_without_a_comment(self):
+        self.breaks("core/b.cpp:1: opens without", "core/b.cpp", "int b;\n")
+
+    def test_a_header_without_pragma_once(self):
+        self.breaks("begins with #pragma once", "core/b.h", "// B.\n")
+
+    def test_a_public_header_that_is_silent_on_threads(self):
+        self.breaks("one thread at a time", "include/qrv/b.h", "#pragma once\n// B.\n")
+
+    def test_a_long_source(self):
+        self.breaks("651 lines", "core/b.cpp", "// B.\n" * 651)
+
+    def test_each_way_of_silencing(self):
+        for sin in ("NO" + "LINT", "GTEST_" + "SKIP()", "DIS" + "ABLED_a", "no_" + "sanitize", "TO" + "DO: later",
+                    "#pragma GCC diag" + "nostic ignored \"-Wall\"", "-Wno" + "-shadow"):
+            with self.subTest(sin):
+                self.breaks("is not used here", "tests/b_test.cpp", f"// B.\n// {sin}\n" if "#" not in sin else f"// B.\n{sin}\n")
+
+
+class Headers(Tree):
+    def test_a_header_that_needs_another(self):
+        self.write("include/qrv/a.h", HEADER + "#include <string>\ninline std::string a() { return {}; }\n")
+        self.passes("check_headers.sh", self.root)
+        self.write("include/qrv/b.h", HEADER + "inline std::string b() { return {}; }\n")
+        result = self.run_script("check_headers.sh", self.root)
+        self.assertNotEqual(result.returncode, 0)
+        self.assertIn("qrv/b.h does not compile alone with g++", result.stdout)
+        self.assertIn("qrv/b.h does not compile alone with clang++", result.stdout)
+        self.assertNotIn("qrv/a.h does not", result.stdout)
+
+
+class Symbols(Tree):
+    def compile(self, output, text, *flags):
+        file = self.write("a.cpp", text)
+        (self.root / output).parent.mkdir(parents=True, exist_ok=True)
+        subprocess.run(["g++", "-std=c++20", "-fPIC", *flags, str(file), "-o", str(self.root / output)], check=True)
+        return self.root / output
+
+    def test_an_initialiser_outside_of_startup(self):
+        dynamic = "int f(); int x = f();"
+        startup = self.compile("core/startup.cpp.o", dynamic, "-c")
+        plain = self.compile("core/plain.cpp.o", "constinit int x = 1;", "-c")
+        other = self.compile("core/other.cpp.o", dynamic, "-c")
+        self.passes("check_initialisers.sh", startup, plain)
+        self.fails("other.cpp.o has a dynamic initialiser", "check_initialisers.sh", startup, plain, other)
+        self.fails("is this check still looking", "check_initialisers.sh", plain)
+
+    def test_a_symbol_that_comes_or_goes(self):
+        library = self.compile("lib.so", "int a() { return 1; } inline int b() { return 2; } int (*c)() = b;", "-shared")
+        self.passes("exports.sh", "--write", library, "list.txt")
+        self.assertEqual((self.root / "list.txt").read_text(), "a()\nc\n")
+        self.passes("exports.sh", library, "list.txt")
+        self.write("list.txt", "a()\nc\nd()\n")
+        self.fails("< d()", "exports.sh", library, "list.txt")
+        self.write("list.txt", "c\n")
+        self.fails("> a()", "exports.sh", library, "list.txt")
+        self.fails("is missing", "exports.sh", library, "none.txt")
+
+
+class Readme(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("examples/a.attr", "{ }\n")
+        self.tool = self.write("tool", "#!/bin/sh\necho \"$@\"; exit 3\n")
+        self.tool.chmod(0o755)
+
+    def test_outputs_as_shown(self):
+        self.write("README.md", "# R\n```console\n$ ./dev run a\na\n$ echo $?\n3\n$ ls examples\na.attr\n```\n```sh\nnot run\n```\n")
+        self.assertIn("3 commands of README.md, 0 print", self.passes("check_readme.py", "README.md", "tool"))
+
+    def test_another_output(self):
+        self.write("README.md", "```console\n$ ./dev run a\nb\n```\n")
+        self.fails("-b\n+a\n", "check_readme.py", "README.md", "tool")
+
+    def test_no_command_at_all(self):
+        self.write("README.md", "# R\n")
+        self.fails("shows no command", "check_readme.py", "README.md", "tool")
+
+
+if __name__ == "__main__":
+    unittest.main()
