@@ -192,6 +192,8 @@ class QRV_API cObj : public cObjBase {
     // reads like appending.
     cObj &operator<<(cObj const &source);
 
+    bool drop_empty_ommap(bool result); // passes its argument on
+
     cTypeObj *type_;
     std::uint32_t obid_;
     hashref ommap_;

@@ -1,0 +1,158 @@
+// Calls by name. An executable is looked up, its argument count held against what was given, and
+// the entry chosen by its flags s and p. The executable is held during the call: it may remove
+// itself from the map that owns it.
+
+#include "core/cregistry.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cerr.h"
+
+#include <initializer_list>
+#include <ostream>
+
+namespace {
+
+using arguments = std::initializer_list<objref>; // none, one or two
+
+objref of_bool(bool done) { return done ? cat::nil() : cat::bad(); }
+
+// A wrong count is the one failure of a call that a handler can forgive.
+objref counted(bool forgiven) { return forgiven ? cat::nil() : cat::bad(); }
+
+objref call_function(cExeObj const &exe, arguments args) {
+    objref const *const a = args.begin();
+    switch (args.size()) {
+    case 0: return exe.oexecute();
+    case 1: return exe.oexecute(a[0]);
+    case 2: return exe.oexecute(a[0], a[1]);
+    default: return exe.oexecute(a[0], a[1], a[2]);
+    }
+}
+
+objref call_procedure(cExeObj const &exe, cObj *obj, arguments rest) {
+    if (!obj) return cat::bad();
+    objref a = rest.size() > 0 ? rest.begin()[0] : objref();
+    objref b = rest.size() > 1 ? rest.begin()[1] : objref();
+    switch (rest.size()) {
+    case 0: return of_bool(exe.pexecute(*obj));
+    case 1: return of_bool(exe.pexecute(*obj, a));
+    default: return of_bool(exe.pexecute(*obj, a, b));
+    }
+}
+
+// Without a self: functions take the arguments, procedures the first one as their object.
+objref call_plain(cExeObj const &exe, arguments args) {
+    objref const *const a = args.begin();
+    if (!exe.p() || args.size() == 0) return call_function(exe, args);
+    return args.size() == 1 ? call_procedure(exe, a[0], {}) : call_procedure(exe, a[0], {a[1]});
+}
+
+objref call_member(cExeObj const &exe, cObj *self, arguments args) {
+    objref const *const a = args.begin();
+    if (exe.p()) return call_procedure(exe, self, args);
+    objref const me = objref::share(self);
+    switch (args.size()) {
+    case 0: return call_function(exe, {me});
+    case 1: return call_function(exe, {me, a[0]});
+    default: return call_function(exe, {me, a[0], a[1]});
+    }
+}
+
+bool fits(cExeObj const &exe, arguments args) {
+    return exe.c() == args.size() + (exe.s() ? 1u : 0u);
+}
+
+objref call_by_name(cObj *obj, std::string const &name, arguments args) {
+    if (!obj) return cat::bad();
+    objref const found = obj->gmember(name);
+    if (!cObj::is_good(found)) {
+        eros(0x4000000, *obj) << "Bad call of '" << name << "'. Method does not exist!";
+        raise_eros();
+        return cat::bad();
+    }
+    auto const *const exe = dynamic_cast<cExeObj const *>(found.get());
+    if (!exe || !found->is_exe()) {
+        eros(0x4000000, *obj) << "Bad call of '" << name
+                              << "'.  This entry is of type: " << found->type().name();
+        raise_eros();
+        return cat::bad();
+    }
+    if (!fits(*exe, args)) {
+        eros(0x4000000, *obj) << "Call of '" << name << "' with bad arg count: " << args.size();
+        return counted(raise_eros());
+    }
+    return exe->s() ? call_member(*exe, obj, args) : call_plain(*exe, args);
+}
+
+cErrStream &global_error(char const *start, std::string const &name) {
+    cErrStream &err = eros();
+    err.clear();
+    err.set_code(0x44000000);
+    err << start << name;
+    return err;
+}
+
+objref call_global(std::string const &name, arguments args) {
+    objref const found = cat::gmember(name);
+    if (!cObj::is_good(found)) {
+        global_error("Bad call of global method '", name) << "'  Executable does not exist";
+        raise_eros();
+        return cat::bad();
+    }
+    auto const *const exe = dynamic_cast<cExeObj const *>(found.get());
+    if (!exe || !found->is_exe()) {
+        global_error("Bad call of global method '", name)
+            << "'  This entry is not executable, it's of type: " << found->type().name();
+        raise_eros();
+        return cat::bad();
+    }
+    // DELIBERATE: an executable with `s` must be given one argument less than it is called with
+    // here, and then reports its prototype. Pinned: a_global_member_function_reports_itself
+    if (!fits(*exe, args)) {
+        global_error("Call of global method '", name) << "'  with bad arg count: " << args.size();
+        return counted(raise_eros());
+    }
+    return call_plain(*exe, args);
+}
+
+} // namespace
+
+objref cObj::call(std::string const &name) { return call_by_name(this, name, {}); }
+
+objref cObj::call(std::string const &name, objref const &a) {
+    return call_by_name(this, name, {a});
+}
+
+objref cObj::call(std::string const &name, objref const &a, objref const &b) {
+    return call_by_name(this, name, {a, b});
+}
+
+objref cObj::call(cObj *obj, std::string const &name) { return call_by_name(obj, name, {}); }
+
+objref cObj::call(cObj *obj, std::string const &name, objref const &a) {
+    return call_by_name(obj, name, {a});
+}
+
+objref cObj::call(cObj *obj, std::string const &name, objref const &a, objref const &b) {
+    return call_by_name(obj, name, {a, b});
+}
+
+namespace cat {
+
+objref call(std::string const &name) { return call_global(name, {}); }
+
+objref call(std::string const &name, objref const &a) { return call_global(name, {a}); }
+
+objref call(std::string const &name, objref const &a, objref const &b) {
+    return call_global(name, {a, b});
+}
+
+objref gmember(objref const &key) {
+    if (cat::core_state() == cCoreState::none) core_bootstrap();
+    return core.gmmap ? core.gmmap->datamap().getitem(key) : cat::badfind();
+}
+
+objref gmember(std::string const &key) { return gmember(make_key(key)); }
+
+} // namespace cat

@@ -1,0 +1,243 @@
+// The universal object: identity, states, dispatch. The sequence of every dispatched operation is
+// the same: tests, the object's own executable if it has one, else the type's table.
+
+#include "qrv/core/cobj.h"
+
+#include "core/cregistry.h"
+#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cerr.h"
+
+#include <ostream>
+
+namespace {
+
+bool refuse_const(char const *method, cObj const &source) {
+    cErrStream &err = eros();
+    err.clear();
+    err.set_code(0x41400000);
+    err << "Object is const. Method '" << method
+        << "' called from type: " << source.type().name();
+    return raise_eros();
+}
+
+} // namespace
+
+cObj::cObj(bool typed) : cObj(typed ? &cat::type_nil() : nullptr) {}
+
+cObj::cObj(cTypeObj *type) noexcept : type_(type), obid_(++ob_lstid_) { ++ob_count_; }
+
+cObj::~cObj() {
+    if (obid_ != 0) --ob_count_;
+}
+
+bool cObj::is_ObjDR() const { return false; }
+
+void cObj::obid(unsigned int id) noexcept {
+    if (id == 0 && obid_ != 0) --ob_count_;
+    obid_ = id;
+}
+
+void cObj::obid(cObj *obj, unsigned int id) noexcept {
+    if (obj) obj->obid(id);
+}
+
+int cObj::typeflags_of(int bits) const noexcept { return type_->flags_of(bits); }
+
+bool cObj::is_void(cObj const *obj) noexcept { return !obj || obj->type_ == core.niltype; }
+
+bool cObj::is_nil(cObj const *obj) noexcept { return obj && core.nil && *core.nil == obj; }
+
+bool cObj::is_bad(cObj const *obj) noexcept {
+    return !obj || (core.bad && *core.bad == obj) || is_kill(obj);
+}
+
+bool cObj::is_kill(cObj const *obj) noexcept {
+    return !obj || (core.badfind && *core.badfind == obj);
+}
+
+bool cObj::is_map(cObj const *obj) noexcept { return obj && obj->type_ == &cat::type_map(); }
+
+bool cObj::is_set(cObj const *obj) noexcept { return obj && obj->type_ == &cat::type_set(); }
+
+bool cObj::is_vector(cObj const *obj) noexcept { return obj && obj->type_ == &cat::type_vector(); }
+
+cObj &cObj::operator=(cObj const &source) {
+    assign(source);
+    return *this;
+}
+
+cObj &cObj::operator+=(cObj const &source) {
+    add(source);
+    return *this;
+}
+
+cObj &cObj::operator<<(objref const &item) {
+    append(item);
+    return *this;
+}
+
+cObj &cObj::operator<<(cObj const &source) {
+    attrcopy(source, "-xx");
+    return *this;
+}
+
+objref cObj::operator/(objref const &key) { return getattr(key); }
+
+objref cObj::operator/(std::string const &key) { return getattr(own_key(key)); }
+
+objref cObj::operator/(char const *key) {
+    return key ? getattr(own_key(std::string(key))) : cat::bad();
+}
+
+objref cObj::operator/(int key) { return getattr(own_key(key)); }
+
+bool cObj::own_method(method_id id, cExeObj *&exe) const {
+    if (!flags_of(of_exe_member) || !ommap_) return false;
+    cAttrNode const *const node = ommap_->find(make_key(cTypeObj::name_of(id)));
+    if (!node) return false;
+    exe = dynamic_cast<cExeObj *>(node->valref().get());
+    return true;
+}
+
+void cObj::create() { create(this); }
+
+void cObj::create(cObj *obj) {
+    if (!is_void(obj)) obj->type_->pexec(mid_create, *obj);
+}
+
+objref cObj::newref() { return type_->oexec(mid_newref, objref::share(this)); }
+
+bool cObj::assign(cObj const &source) {
+    return assign(objref::share(const_cast<cObj *>(&source)));
+}
+
+bool cObj::assign(objref const &source) {
+    if (is_void()) return false;
+    if (is_void(source)) return true;
+    if (flags_of(of_const) && !refuse_const("assign", *source)) return false;
+    objref ref = source; // held for the length of the call
+    if (cExeObj *exe = nullptr; own_method(mid_assign, exe)) {
+        objref const keep = objref::share(exe); // may remove itself
+        return exe && exe->pexecute(*this, ref);
+    }
+    return type_->pexec(mid_assign, *this, ref);
+}
+
+bool cObj::add(cObj const &source) { return add(objref::share(const_cast<cObj *>(&source))); }
+
+bool cObj::add(objref const &source) {
+    if (is_void()) return false;
+    if (is_void(source)) return true;
+    if (flags_of(of_const) && !refuse_const("add", *source)) return false;
+    objref ref = source;
+    if (cExeObj *exe = nullptr; own_method(mid_add, exe)) {
+        objref const keep = objref::share(exe);
+        return exe && exe->pexecute(*this, ref);
+    }
+    return type_->pexec(mid_add, *this, ref);
+}
+
+bool cObj::setattr(objref const &key, objref const &value) {
+    if (is_void()) return false;
+    objref k = key;
+    objref v = value;
+    if (cExeObj *exe = nullptr; own_method(mid_setattr, exe)) {
+        objref const keep = objref::share(exe);
+        return exe && exe->pexecute(*this, k, v);
+    }
+    return type_->pexec(mid_setattr, *this, k, v);
+}
+
+objref cObj::getattr(objref const &key) {
+    if (is_void()) return cat::badfind();
+    if (cExeObj *exe = nullptr; own_method(mid_getattr, exe)) {
+        objref const keep = objref::share(exe);
+        return exe ? exe->oexecute(objref::share(this), key) : cat::bad();
+    }
+    return type_->oexec(mid_getattr, objref::share(this), key);
+}
+
+objref cObj::getattr(objref const &key) const { return const_cast<cObj *>(this)->getattr(key); }
+
+bool cObj::write(std::ostream &os) const {
+    objref holder = objref::adopt(new cOutHolder(os));
+    holder->obid(0);
+    cObj &self = const_cast<cObj &>(*this);
+    if (cExeObj *exe = nullptr; own_method(mid_write, exe)) {
+        objref const keep = objref::share(exe);
+        return exe && exe->pexecute(self, holder);
+    }
+    return type_->pexec(mid_write, self, holder);
+}
+
+bool cObj::read(std::istream &is) { // no own method here: only the type knows its text
+    objref holder = objref::adopt(new cInHolder(is));
+    holder->obid(0);
+    return type_->pexec(mid_read, *this, holder);
+}
+
+bool cObj::equal(cObj const &other) const {
+    return equal(objref::share(const_cast<cObj *>(&other)));
+}
+
+bool cObj::equal(objref const &other) const {
+    if (!other || type_ != other->type_) return false;
+    objref ref = other;
+    return type_->pexec(mid_equal, const_cast<cObj &>(*this), ref);
+}
+
+bool cObj::less(cObj const &other) const {
+    if (type_ != other.type_) return type_->name() < other.type_->name();
+    if (!type_->method(mid_less)) {
+        eros(0x8000000, *this) << "Missing method 'less' in this type";
+        raise_eros();
+        return true;
+    }
+    objref ref = objref::share(const_cast<cObj *>(&other));
+    return type_->pexec(mid_less, const_cast<cObj &>(*this), ref);
+}
+
+objref cObj::iterobj() {
+    if (cExeObj *exe = nullptr; own_method(mid_iterobj, exe)) {
+        objref const keep = objref::share(exe);
+        return exe ? exe->oexecute(objref::share(this)) : cat::bad();
+    }
+    return type_->oexec(mid_iterobj, objref::share(this));
+}
+
+bool cObj::convert(objref const &source) {
+    if (!source || !source->type_) return false;
+    cTypeObj::converter_function const function = type_->converter(*source->type_);
+    objref ref = source;
+    return function && function(*this, ref);
+}
+
+objref cObj::clone(bool rethrow) const {
+    try {
+        objref copy = type_->newobj();
+        return is_good(copy) && copy->assign(*this) ? copy : cat::bad();
+    } catch (...) {
+        if (rethrow) throw;
+        return cat::bad();
+    }
+}
+
+namespace {
+
+objref as_key(cObj *key) {
+    key->setflags(of_const);
+    key->obid(0);
+    return objref::adopt(key);
+}
+
+} // namespace
+
+objref make_key(std::string const &text) { return as_key(new cObjDR<std::string>(text)); }
+
+objref make_key(int const &number) { return as_key(new cObjDR<int>(number)); }
+
+objref own_key(std::string const &text) { return as_key(new cObjD<std::string>(text)); }
+
+objref own_key(int number) { return as_key(new cObjD<int>(number)); }

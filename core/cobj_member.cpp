@@ -1,0 +1,161 @@
+// Members of objects: what lives in ommap, the lookup object, type, global, and comments. Two keys
+// are reserved: "changed" (a signal) and "//" (the comment).
+
+#include "core/cregistry.h"
+#include "qrv/containers/cattrhash.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cerr.h"
+
+#include <ostream>
+
+namespace {
+
+// What gmember_ gives for a key that can't be stored: emptied at each such call, so that nothing
+// written to it is ever read.
+objref &scratch_member() {
+    static constinit objref scratch;
+    scratch = nullptr;
+    return scratch;
+}
+
+} // namespace
+
+bool cObj::append(objref const &item) {
+    if (!is_good(item)) return false;
+    return is_good(call("append", item));
+}
+
+objref cObj::getattr_force(objref const &key, bool force) {
+    objref value = getattr(key);
+    if (!force || !value || value != cat::badfind()) return value;
+    if (is_void()) return cat::bad();
+    objref level = make<cMapObj>();
+    return setattr(key, level) ? level : cat::bad();
+}
+
+bool cObj::copyitem(objref const &key, objref const &value, bool clone_new) {
+    objref const present = getattr(key);
+    if (is_good(present)) return present->assign(value);
+    // DELIBERATE: the clone is dropped and the argument itself stored; callers share it.
+    //   Pinned: copyitem_with_clone_new_stores_the_value_itself
+    if (clone_new && value) (void)value->clone(false);
+    if (!is_good(value) || is_void()) return false;
+    return setattr(key, value);
+}
+
+void cObj::ommap(hashref const &hash) {
+    ommap_ = hash;
+    if (ommap_) ommap_->father(this, false);
+}
+
+void cObj::ommap(cMapObj const &map) { ommap_ = map.hash_ref(); }
+
+bool cObj::set_omember(std::string const &key, objref value) {
+    return set_omember(own_key(key), std::move(value));
+}
+
+bool cObj::set_omember(objref const &key, objref value) {
+    if (!ommap_) {
+        if (is_kill(value)) return true;
+        ommap_ = make<cAttrHash>(this);
+    }
+    bool executable = false;
+    if (value && value->is_exe()) {
+        auto *const exe = dynamic_cast<cExeObj *>(value.get());
+        if (exe) {
+            exe->set_name(cat::as_string(key));
+            if (!exe->validate_exe(this)) return drop_empty_ommap(false);
+        }
+        bool const free_exe = exe && value->typeflags_of(tf_free_exe);
+        if (!free_exe && !dynamic_cast<cExeMember *>(exe)) {
+            std::string const text = cat::as_text(key);
+            eros(0x4000000, *this) << "Inserted executable, key '" << text
+                                   << "', must be cExeMember";
+            return drop_empty_ommap(raise_eros());
+        }
+        executable = true;
+    }
+    hashref const hash = ommap_; // an old value's destructor may replace the member map
+    bool const stored = hash->mapitem(key, value);
+    if (stored && executable) setflags(of_exe_member);
+    return drop_empty_ommap(stored);
+}
+
+bool cObj::drop_empty_ommap(bool result) {
+    if (ommap_ && ommap_->empty()) ommap_ = nullptr;
+    return result;
+}
+
+objref cObj::omember(objref const &key) const {
+    return ommap_ ? ommap_->getitem(key) : cat::badfind();
+}
+
+objref cObj::omember(std::string const &key) const {
+    return ommap_ ? ommap_->getitem(key) : cat::badfind();
+}
+
+objref cObj::force_omember(objref const &key, cTypeObj const &type) {
+    if (&type == &cat::type_nil()) return cat::bad();
+    objref member = omember(key);
+    if (member && &member->type() == &type) return member;
+    set_omember(key, type.newobj());
+    member = omember(key);
+    return member && &member->type() == &type ? member : cat::bad();
+}
+
+objref cObj::force_omember(std::string const &key, cTypeObj const &type) {
+    return force_omember(own_key(key), type);
+}
+
+objref cObj::force_omember(objref const &key, objref const &example) {
+    if (!is_good(example)) return cat::bad();
+    cTypeObj const *const type = &example->type();
+    objref member = omember(key);
+    if (member && &member->type() == type) return member;
+    set_omember(key, example);
+    member = omember(key);
+    return member && &member->type() == type ? member : cat::bad();
+}
+
+objref cObj::force_omember(std::string const &key, objref const &example) {
+    return force_omember(own_key(key), example);
+}
+
+objref cObj::gmember(objref const &key) const {
+    if (objref value = omember(key); is_good(value)) return value;
+    if (objref value = type_->tmember(key); is_good(value)) return value;
+    return cat::gmember(key);
+}
+
+objref cObj::gmember(std::string const &key) const { return gmember(make_key(key)); }
+
+objref &cObj::gmember_(objref const &key) {
+    for (;;) {
+        cAttrNode *node = ommap_ ? ommap_->find(key) : nullptr;
+        if (!node) node = type_->tmmap().find(key);
+        if (!node) node = cat::gmmap().datamap().find(key);
+        if (node) return node->valref_();
+        if (!set_omember(key, cat::nil())) return scratch_member();
+    }
+}
+
+objref &cObj::gmember_(std::string const &key) { return gmember_(own_key(key)); }
+
+bool cObj::get_comment(std::string &text) const {
+    objref const member = omember("//");
+    if (is_void(member)) return false;
+    if (&member->type() == &cat::type_string()) {
+        text = cat::as_string(member);
+        return true;
+    }
+    objref const holder = objref::adopt(new cObjDR<std::string>(text));
+    holder->obid(0);
+    return holder->convert(member);
+}
+
+bool cObj::set_comment(std::string const &text, bool replace) {
+    if (!replace && !is_void(omember("//"))) return false;
+    return set_omember("//", cat::of(text));
+}

@@ -1,0 +1,55 @@
+#pragma once
+// The process-wide pointers of the object core, each null until the bootstrap has filled it. The
+// library reads them here where null is possible or the test for start-up would cost; everyone
+// else uses the accessors of qrv/core/ctypes.h.
+
+#include "qrv/core/ctypes.h"
+#include "qrv/diagnostics/cerr.h"
+
+template <class T> class cSignal1;
+
+// name in the registry, name of the accessor, written name
+#define QRV_CORE_TYPES(X)                                                                          \
+    X(string, type_string, "string")                                                               \
+    X(niltype, type_nil, "niltype")                                                                \
+    X(type, typetype, "type")                                                                      \
+    X(exe, type_exe, "exe")                                                                        \
+    X(boolean, type_bool, "bool")                                                                  \
+    X(integer, type_int, "int")                                                                    \
+    X(single, type_float, "float")                                                                 \
+    X(dbl, type_double, "double")                                                                  \
+    X(map, type_map, "map")                                                                        \
+    X(set, type_set, "set")                                                                        \
+    X(vector, type_vector, "vector")                                                               \
+    X(iterator, type_iterator, "iterator")                                                         \
+    X(choice, typetype_choice, "choice")                                                           \
+    X(attspec, type_attspec, "attspec")                                                            \
+    X(attlist, typetype_attlist, "attlist")
+
+#define QRV_CORE_CONSTANTS(X)                                                                      \
+    X(nil)                                                                                         \
+    X(bad)                                                                                         \
+    X(badfind)                                                                                     \
+    X(btrue)                                                                                       \
+    X(bfalse)
+
+struct cCore {
+#define QRV_FIELD(name, accessor, text) cTypeObj *name;
+    QRV_CORE_TYPES(QRV_FIELD)
+#undef QRV_FIELD
+#define QRV_FIELD(name) objref *name;
+    QRV_CORE_CONSTANTS(QRV_FIELD)
+#undef QRV_FIELD
+    cMapObj *typemap;
+    cMapObj *constmap;
+    cMapObj *gmmap;
+    cMapObj *dbase;
+    cAttrHash *type_hash;
+    cSignal1<cErr &> *sig_error;
+    cErrHandler *errhandler;
+    cErrStream *eros;
+    bool core_ready; // the four first types are linked
+    cat::cCoreState state;
+};
+
+extern constinit cCore core;

@@ -1,0 +1,259 @@
+// Type objects: construction, the standard method table and its calls, converters, key hooks.
+
+#include "qrv/core/ctypeobj.h"
+
+#include "core/cregistry.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cerr.h"
+
+#include <cstring>
+#include <ostream>
+
+namespace {
+
+// Types of these names are made by the bootstrap itself, or by a caller that must wait for it.
+constexpr char const *builtin_names[] = {
+    "string", "niltype", "type",   "exe",      "bool",   "int",     "unsigned", "float",
+    "double", "map",     "set",    "vector",   "iterator", "choice", "attspec",  "attlist"};
+
+bool is_builtin_name(std::string const &name) {
+    for (char const *builtin : builtin_names)
+        if (name == builtin) return true;
+    return false;
+}
+
+bool create_default(cObj &) { return true; }
+
+bool equal_default(cObj &a, objref &b) { return b == &a; }
+
+objref iterobj_default(objref) { return cat::bad(); }
+
+bool write_default(cObj &obj, objref &args) { return cat::write_voiddata(obj, args); }
+
+bool read_default(cObj &obj, objref &args) { return cat::read_voiddata(obj, args); }
+
+// The three methods that make string objects usable before there are members.
+objref raw_newobj(objref) { return make<cObjD<std::string>>(); }
+
+} // namespace
+
+cTypeObj::cTypeObj(char const *name, setup_function setup) : cObj(false), tmmap_(this) {
+    begin_construction(name);
+    if (!core.core_ready) return install_raw_string_methods();
+    ctor_internal(&cat::typetype(), setup);
+}
+
+cTypeObj::cTypeObj(setup_function setup) : cObj(false), tmmap_(this) {
+    begin_construction(nullptr);
+    if (core.core_ready) ctor_internal(&cat::typetype(), setup);
+}
+
+cTypeObj::cTypeObj(cTypeObj *metatype, char const *name, setup_function setup)
+    : cObj(metatype), tmmap_(this) {
+    begin_construction(name);
+    install_default_methods();
+    if (metatype && metatype != core.niltype) metatype->pexec(mid_create, *this);
+    if (setup) setup(*this);
+}
+
+cTypeObj::~cTypeObj() { tmmap_.clear(); }
+
+void cTypeObj::begin_construction(char const *name) {
+    if (name) name_ = name;
+    if (!core.nil && !is_builtin_name(name_)) core_bootstrap();
+    setflags(of_type);
+    if (name_ == "string") set_hash(cat::hash_string, cat::heq_string);
+    if (name_ == "int" || name_ == "unsigned") set_hash(cat::hash_int, cat::heq_int);
+}
+
+void cTypeObj::ctor_internal(cTypeObj *metatype, setup_function setup) {
+    if (metatype) set_type(metatype);
+    install_default_methods();
+    if (setup) setup(*this);
+}
+
+void cTypeObj::install_default_methods() {
+    set_tmember("create", make<cExeMember>(create_default));
+    set_tmember("write", make<cExeMember>(write_default));
+    set_tmember("read", make<cExeMember>(read_default));
+    set_tmember("equal", make<cExeMember>(equal_default));
+    set_tmember("iterobj", make<cExeMember>(iterobj_default));
+}
+
+void cTypeObj::install_raw_string_methods() {
+    methods_[mid_newobj] = reinterpret_cast<cVoidFunction>(static_cast<cFunction1>(raw_newobj));
+    methods_[mid_create] =
+        reinterpret_cast<cVoidFunction>(static_cast<cProcedure1>(create_default));
+    methods_[mid_assign] = reinterpret_cast<cVoidFunction>(cat::scalar_assign_string());
+}
+
+// One table serves names and ids.
+namespace {
+
+struct cMethod {
+    char const *name;
+    unsigned int c;
+    bool p;
+};
+
+//                                   name       c  p
+constexpr cMethod methods[mid_count] = {
+    {"newobj", 1, false}, {"newref", 1, false},  {"create", 1, true}, {"assign", 2, true},
+    {"add", 2, true},     {"setattr", 3, true},  {"getattr", 2, false}, {"write", 2, true},
+    {"read", 2, true},    {"equal", 2, true},    {"less", 2, true},   {"iterobj", 1, false}};
+
+} // namespace
+
+std::string const &cTypeObj::name_of(int id) {
+    // Made on first use and never destroyed: client statics may ask at any time.
+    static std::string const *const names = [] {
+        auto *const made = new std::string[mid_count + 1];
+        for (int i = 0; i < mid_count; ++i) made[i] = methods[i].name;
+        made[mid_count] = "UNKNOWN METHOD";
+        return made;
+    }();
+    return names[id < 0 || id >= mid_count ? mid_count : id];
+}
+
+bool cTypeObj::is_stdmethod(std::string const &name, method_id &id) {
+    for (int i = 0; i < mid_count; ++i) {
+        if (name != methods[i].name) continue;
+        id = static_cast<method_id>(i);
+        return true;
+    }
+    return false;
+}
+
+bool cTypeObj::validate_exe(int id, cExeFunction const &exe, char const *type_name) {
+    bool const known = id >= 0 && id < mid_count;
+    if (known && exe.s() && exe.c() == methods[id].c && exe.p() == methods[id].p) return true;
+    cErrStream &err = eros();
+    err.clear();
+    err.set_code(0x50000000);
+    err << "Standard method '" << name_of(id) << "'  has bad prototype in object type: "
+        << (type_name ? type_name : "");
+    raise_eros();
+    return false;
+}
+
+objref cTypeObj::newobj() const {
+    return oexec(mid_newobj, objref::share(const_cast<cTypeObj *>(this)));
+}
+
+bool cTypeObj::missing_method(method_id id) const {
+    cErrStream &err = eros();
+    err.clear();
+    err.set_code(0x48000000);
+    err << "Call of missed standard method '" << name_of(id) << "' in type: " << name_;
+    return raise_eros();
+}
+
+// The slot's prototype is that of its method, so each cast goes back to exactly the own type.
+
+bool cTypeObj::pexec(method_id id, cObj &a) const {
+    cVoidFunction const f = methods_[id];
+    return f ? reinterpret_cast<cProcedure1>(f)(a) : missing_method(id);
+}
+
+bool cTypeObj::pexec(method_id id, cObj &a, objref &b) const {
+    cVoidFunction const f = methods_[id];
+    return f ? reinterpret_cast<cProcedure2>(f)(a, b) : missing_method(id);
+}
+
+bool cTypeObj::pexec(method_id id, cObj &a, objref &b, objref &c) const {
+    cVoidFunction const f = methods_[id];
+    return f ? reinterpret_cast<cProcedure3>(f)(a, b, c) : missing_method(id);
+}
+
+objref cTypeObj::oexec(method_id id, objref a) const {
+    cVoidFunction const f = methods_[id];
+    if (f) return reinterpret_cast<cFunction1>(f)(std::move(a));
+    return missing_method(id) ? cat::nil() : cat::bad();
+}
+
+objref cTypeObj::oexec(method_id id, objref a, objref b) const {
+    cVoidFunction const f = methods_[id];
+    if (f) return reinterpret_cast<cFunction2>(f)(std::move(a), std::move(b));
+    return missing_method(id) ? cat::nil() : cat::bad();
+}
+
+void cTypeObj::set_converter(cTypeObj &source, converter_function function) {
+    if (function)
+        converters_[&source] = function;
+    else
+        converters_.erase(&source);
+}
+
+cTypeObj::converter_function cTypeObj::converter(cTypeObj &source) const {
+    auto const found = converters_.find(&source);
+    return found == converters_.end() ? nullptr : found->second;
+}
+
+void cTypeObj::inherit_converters(cTypeObj const &base) {
+    for (auto const &[source, function] : base.converters_) converters_[source] = function;
+}
+
+void cTypeObj::set_hash(hash_function hash, heq_function heq) noexcept {
+    if (hash_ || heq_) return;
+    hash_ = hash;
+    heq_ = heq;
+}
+
+namespace cat {
+
+unsigned int hash_bytes(char const *bytes, size_t count) noexcept {
+    std::uint32_t h = 0;
+    for (size_t i = 0; i < count; ++i)
+        h = (h * 31) ^ static_cast<unsigned char>(bytes[i]);
+    return h;
+}
+
+namespace {
+
+template <class T> T const &value_of(objref const &ref) {
+    return static_cast<cObjDR<T> const *>(ref.get())->val();
+}
+
+template <class T> unsigned int hash_value_bytes(objref const &ref) {
+    char bytes[sizeof(T)];
+    std::memcpy(bytes, &value_of<T>(ref), sizeof(T));
+    return hash_bytes(bytes, sizeof(T));
+}
+
+// DELIBERATE: a NaN is neither less nor greater, so it equals every key it is held against.
+//   Pinned: a_nan_key_equals_what_it_meets
+template <class T> bool same_number(T const &a, T const &b) { return !(a < b) && !(a > b); }
+
+} // namespace
+
+unsigned int hash_string(objref const &value) {
+    std::string const &text = value_of<std::string>(value);
+    return hash_bytes(text.c_str(), std::strlen(text.c_str())); // a NUL ends it
+}
+
+bool heq_string(objref const &a, objref const &b) {
+    return &b->type() == core.string && value_of<std::string>(a) == value_of<std::string>(b);
+}
+
+unsigned int hash_int(objref const &value) {
+    return static_cast<unsigned int>(value_of<int>(value));
+}
+
+bool heq_int(objref const &a, objref const &b) {
+    return &b->type() == core.integer && value_of<int>(a) == value_of<int>(b);
+}
+
+unsigned int hash_float(objref const &value) { return hash_value_bytes<float>(value); }
+
+bool heq_float(objref const &a, objref const &b) {
+    return &b->type() == core.single && same_number(value_of<float>(a), value_of<float>(b));
+}
+
+unsigned int hash_double(objref const &value) { return hash_value_bytes<double>(value); }
+
+bool heq_double(objref const &a, objref const &b) {
+    return &b->type() == core.dbl && same_number(value_of<double>(a), value_of<double>(b));
+}
+
+} // namespace cat

@@ -1,0 +1,57 @@
+// The accessors of the process-wide state. Each starts the object core when it finds nothing; none
+// does while the core is being made, where each step's result is stored at once for the next.
+
+#include "core/cregistry.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/signals/csignal.h"
+
+constinit cCore core{};
+
+namespace {
+
+template <class T> T &ready(T *&held) {
+    if (!held) core_bootstrap();
+    return *held;
+}
+
+cMapObj &ready_map(cMapObj *&held) {
+    if (!core.nil) core_bootstrap();
+    return *held;
+}
+
+} // namespace
+
+cErrStream &eros() { return ready(core.eros); }
+
+namespace cat {
+
+cCoreState core_state() noexcept { return core.state; }
+
+#define QRV_ACCESSOR(name, accessor, text)                                                         \
+    cTypeObj &accessor() { return ready(core.name); }
+QRV_CORE_TYPES(QRV_ACCESSOR)
+#undef QRV_ACCESSOR
+
+#define QRV_ACCESSOR(name)                                                                         \
+    objref const &name() { return ready(core.name); }
+QRV_CORE_CONSTANTS(QRV_ACCESSOR)
+#undef QRV_ACCESSOR
+
+cMapObj &typemap() { return ready_map(core.typemap); }
+cMapObj &constmap() { return ready_map(core.constmap); }
+cMapObj &gmmap() { return ready_map(core.gmmap); }
+cMapObj &dbase() { return ready_map(core.dbase); }
+cMapObj *typemap_ptr() noexcept { return core.typemap; }
+cMapObj *constmap_ptr() noexcept { return core.constmap; }
+cMapObj *gmmap_ptr() noexcept { return core.gmmap; }
+cAttrHash *type_hash_ptr() noexcept { return core.type_hash; }
+
+cSignal1<cErr &> &sig_error() { return ready(core.sig_error); }
+cErrHandler &errhandler() { return ready(core.errhandler); }
+
+cAttrNode const *find_const(cObj const *obj) noexcept {
+    if (!core.constmap) return nullptr;
+    return core.constmap->datamap().findvalref(obj);
+}
+
+} // namespace cat
