@@ -53,3 +53,10 @@ struct cCore {
 };
 
 extern constinit cCore core;
+
+// Methods that the core puts into its types, defined with the subjects they belong to.
+namespace cat {
+bool assign_string(cObj &obj, objref &source);
+QRV_API bool write_voiddata(cObj &obj, objref &args);
+QRV_API bool read_voiddata(cObj &obj, objref &args);
+} // namespace cat

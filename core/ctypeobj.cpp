@@ -29,10 +29,6 @@ bool equal_default(cObj &a, objref &b) { return b == &a; }
 
 objref iterobj_default(objref) { return cat::bad(); }
 
-bool write_default(cObj &obj, objref &args) { return cat::write_voiddata(obj, args); }
-
-bool read_default(cObj &obj, objref &args) { return cat::read_voiddata(obj, args); }
-
 // The three methods that make string objects usable before there are members.
 objref raw_newobj(objref) { return make<cObjD<std::string>>(); }
 
@@ -75,8 +71,8 @@ void cTypeObj::ctor_internal(cTypeObj *metatype, setup_function setup) {
 
 void cTypeObj::install_default_methods() {
     set_tmember("create", make<cExeMember>(create_default));
-    set_tmember("write", make<cExeMember>(write_default));
-    set_tmember("read", make<cExeMember>(read_default));
+    set_tmember("write", make<cExeMember>(cat::write_voiddata));
+    set_tmember("read", make<cExeMember>(cat::read_voiddata));
     set_tmember("equal", make<cExeMember>(equal_default));
     set_tmember("iterobj", make<cExeMember>(iterobj_default));
 }
@@ -85,10 +81,10 @@ void cTypeObj::install_raw_string_methods() {
     methods_[mid_newobj] = reinterpret_cast<cVoidFunction>(static_cast<cFunction1>(raw_newobj));
     methods_[mid_create] =
         reinterpret_cast<cVoidFunction>(static_cast<cProcedure1>(create_default));
-    methods_[mid_assign] = reinterpret_cast<cVoidFunction>(cat::scalar_assign_string());
+    methods_[mid_assign] =
+        reinterpret_cast<cVoidFunction>(static_cast<cProcedure2>(cat::assign_string));
 }
 
-// One table serves names and ids.
 namespace {
 
 struct cMethod {

@@ -1,0 +1,187 @@
+// The scalar types: string, bool, int, float, double. Every method works on `value`, so it serves
+// objects that own their value and objects that refer to one alike. What writes and reads their
+// text stands with the writer and the reader; the bootstrap puts it in.
+
+#include "core/cscalar.h"
+
+#include "core/cregistry.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+
+#include <limits>
+#include <ostream>
+
+namespace {
+
+template <class T> T &value_of(cObj &obj) { return static_cast<cObjDR<T> &>(obj).val(); }
+
+template <class T> T &value_of(objref const &ref) { return value_of<T>(*ref); }
+
+bool no_converter(char const *method, cObj const &obj, objref const &source) {
+    cErrStream &err = eros();
+    err.clear();
+    err.set_code(0x41800000);
+    err << "Method '" << method << "', type '" << obj.type().name()
+        << "', without converter from type: " << source->type().name();
+    return raise_eros();
+}
+
+template <class T> objref newobj(objref) { return make<cObjD<T>>(); }
+
+// The new object refers to the source's value and doesn't keep the source alive.
+template <class T> objref newref(objref source) {
+    return objref::adopt(new cObjDR<T>(value_of<T>(source)));
+}
+
+template <class T> bool assign(cObj &obj, objref &source) {
+    if (&obj.type() == &source->type()) {
+        value_of<T>(obj) = value_of<T>(source);
+        return true;
+    }
+    return obj.convert(source) || no_converter("assign", obj, source);
+}
+
+template <class T> void add_value(T &sum, T const &value) { sum += value; }
+
+template <> void add_value(int &sum, int const &value) { // wraps
+    sum = static_cast<int>(static_cast<unsigned int>(sum) + static_cast<unsigned int>(value));
+}
+
+template <class T> bool add(cObj &obj, objref &source) {
+    if (&obj.type() == &source->type()) {
+        add_value<T>(value_of<T>(obj), T(value_of<T>(source)));
+        return true;
+    }
+    cObjD<T> converted;
+    converted.set_type(&obj.type());
+    if (!converted.convert(source)) return no_converter("add", obj, source);
+    add_value<T>(value_of<T>(obj), converted.val());
+    return true;
+}
+
+template <class T> objref width(objref) { return cat::of(static_cast<int>(sizeof(T))); }
+
+objref length(objref text) {
+    return cat::of(static_cast<int>(value_of<std::string>(text).size()));
+}
+
+template <class T> bool equal(cObj &obj, objref &other) {
+    return value_of<T>(obj) == value_of<T>(other);
+}
+
+// DELIBERATE: a NaN equals everything and is less than everything, so that the order of keys never
+// fails. Pinned: a_nan_is_equal_to_and_less_than_everything
+template <class T> bool equal_number(cObj &obj, objref &other) {
+    T const a = value_of<T>(obj);
+    T const b = value_of<T>(other);
+    return !(a < b) && !(a > b);
+}
+
+template <class T> bool less(cObj &obj, objref &other) {
+    return value_of<T>(obj) < value_of<T>(other);
+}
+
+template <class T> bool less_number(cObj &obj, objref &other) {
+    return !(value_of<T>(obj) >= value_of<T>(other));
+}
+
+template <class T> void common_methods(cTypeObj &type) {
+    type.set_tmember("newobj", make<cExeMember>(newobj<T>));
+    type.set_tmember("newref", make<cExeMember>(newref<T>));
+    type.set_tmember("assign", make<cExeMember>(assign<T>));
+    type.set_tmember("size", make<cExeMember>(width<T>));
+}
+
+void order_methods(cTypeObj &type, cProcedure2 equal_method, cProcedure2 less_method) {
+    type.set_tmember("equal", make<cExeMember>(equal_method));
+    if (less_method) type.set_tmember("less", make<cExeMember>(less_method));
+}
+
+// Converters: destination D from source S; each is told as the value of D.
+template <class D, class S> D converted(S const &value) { return static_cast<D>(value); }
+
+template <> bool converted(int const &value) { return value != 0; }
+
+template <> int converted(float const &value) { return cat::to_int(value); }
+
+template <> int converted(double const &value) { return cat::to_int(value); }
+
+// Beyond a float's range the result is infinite, as the processor rounds.
+template <> float converted(double const &value) {
+    constexpr double limit = std::numeric_limits<float>::max();
+    // What lies within half a step above the greatest float still rounds down to it.
+    constexpr double half_step = 0x1.ffffffp127;
+    if (value > limit && value < half_step) return std::numeric_limits<float>::max();
+    if (value < -limit && value > -half_step) return -std::numeric_limits<float>::max();
+    if (value > limit) return std::numeric_limits<float>::infinity();
+    if (value < -limit) return -std::numeric_limits<float>::infinity();
+    return static_cast<float>(value);
+}
+
+template <class D, class S> bool convert(cObj &destination, objref &source) {
+    value_of<D>(destination) = converted<D, S>(value_of<S>(source));
+    return true;
+}
+
+template <class D, class S> void set_converter() {
+    cTypeOf(static_cast<D *>(nullptr)).set_converter(cTypeOf(static_cast<S *>(nullptr)),
+                                                     convert<D, S>);
+}
+
+template <class T> void set_add(cTypeObj &type) {
+    type.set_tmember("add", make<cExeMember>(add<T>));
+}
+
+} // namespace
+
+namespace cat {
+
+bool assign_string(cObj &obj, objref &source) { return assign<std::string>(obj, source); }
+
+void setup_string(cTypeObj &type) {
+    common_methods<std::string>(type);
+    order_methods(type, equal<std::string>, less<std::string>);
+}
+
+void setup_bool(cTypeObj &type) {
+    common_methods<bool>(type);
+    order_methods(type, equal<bool>, nullptr);
+}
+
+void setup_int(cTypeObj &type) {
+    common_methods<int>(type);
+    order_methods(type, equal<int>, less<int>);
+}
+
+void setup_float(cTypeObj &type) {
+    common_methods<float>(type);
+    order_methods(type, equal_number<float>, less_number<float>);
+}
+
+void setup_double(cTypeObj &type) {
+    common_methods<double>(type);
+    order_methods(type, equal_number<double>, less_number<double>);
+}
+
+void set_scalar_additions() {
+    set_add<int>(type_int());
+    set_add<float>(type_float());
+    set_add<double>(type_double());
+    set_add<std::string>(type_string());
+    type_string().set_tmember("size", make<cExeMember>(length));
+}
+
+void set_scalar_converters() {
+    set_converter<bool, int>();
+    set_converter<int, bool>();
+    set_converter<int, float>();
+    set_converter<int, double>();
+    set_converter<double, bool>();
+    set_converter<double, float>();
+    set_converter<double, int>();
+    set_converter<float, bool>();
+    set_converter<float, double>();
+    set_converter<float, int>();
+}
+
+} // namespace cat

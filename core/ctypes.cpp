@@ -1,0 +1,79 @@
+// The registry of types: insertion, redefinition, and values that name a type.
+
+#include "qrv/core/ctypes.h"
+
+#include "core/cregistry.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cmodifier.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/ccout.h"
+
+#include <ostream>
+
+namespace {
+
+[[noreturn]] void throw_duplicate(std::string const &name) {
+    throw cErr(1, "Fatal: duplicate name of cTypeObj: " + name);
+}
+
+bool report_duplicate(std::string const &name) {
+    cat::std_err() << "***Error: Bad creation of duplicate type '" << name << "'\n"
+                   << "          Each type object is identified by its name\n"
+                   << "          and must be created exactly once!!\n";
+    return false;
+}
+
+} // namespace
+
+bool cTypeInsert::insert(typeref const &type, bool fatal) {
+    if (!type) return false;
+    if (!core.type_hash) core_bootstrap();
+    std::string const name = type->name();
+    if (core.type_hash->find(name)) {
+        if (fatal) throw_duplicate(name);
+        return report_duplicate(name);
+    }
+    return core.type_hash->mapitem(name, type);
+}
+
+cTypeInsert::cTypeInsert(cTypeObj &type) {
+    cat::nil(); // so that the core is torn down after this object, if it is a static one
+    typeref const held = typeref::share(&type);
+    insert(held, true);
+    type_ = held;
+}
+
+cTypeInsert::cTypeInsert(cTypeInsert const &other) noexcept = default;
+
+cTypeInsert &cTypeInsert::operator=(cTypeInsert const &other) = default;
+
+cTypeInsert::~cTypeInsert() {
+    if (!type_ || !core.type_hash) return;
+    try {
+        core.type_hash->delitem(type_->name());
+    } catch (...) { // a handler's error must not leave a destructor
+    }
+}
+
+namespace cat {
+
+bool set_type(cTypeObj const &type, bool fatal) {
+    cTypeObj &found = find_type(type.name());
+    if (&found == &type_nil()) {
+        cTypeInsert::insert(typeref::share(const_cast<cTypeObj *>(&type)), true);
+        return true;
+    }
+    if (&found.type() == &type.type()) return found.update_from(type);
+    if (fatal) throw_duplicate(type.name());
+    return false;
+}
+
+objref type_of_key(objref const &value) {
+    if (cObj::is_void(value)) return bad();
+    if (value->is_type()) return value;
+    if (&value->type() != core.string) return bad();
+    cTypeObj &found = find_type(as_string(value));
+    return &found == &type_nil() ? bad() : objref(objref::share(&found));
+}
+
+} // namespace cat
