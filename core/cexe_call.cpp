@@ -23,10 +23,14 @@ objref counted(bool forgiven) { return forgiven ? cat::nil() : cat::bad(); }
 objref call_function(cExeObj const &exe, arguments args) {
     objref const *const a = args.begin();
     switch (args.size()) {
-    case 0: return exe.oexecute();
-    case 1: return exe.oexecute(a[0]);
-    case 2: return exe.oexecute(a[0], a[1]);
-    default: return exe.oexecute(a[0], a[1], a[2]);
+    case 0:
+        return exe.oexecute();
+    case 1:
+        return exe.oexecute(a[0]);
+    case 2:
+        return exe.oexecute(a[0], a[1]);
+    default:
+        return exe.oexecute(a[0], a[1], a[2]);
     }
 }
 
@@ -35,9 +39,12 @@ objref call_procedure(cExeObj const &exe, cObj *obj, arguments rest) {
     objref a = rest.size() > 0 ? rest.begin()[0] : objref();
     objref b = rest.size() > 1 ? rest.begin()[1] : objref();
     switch (rest.size()) {
-    case 0: return of_bool(exe.pexecute(*obj));
-    case 1: return of_bool(exe.pexecute(*obj, a));
-    default: return of_bool(exe.pexecute(*obj, a, b));
+    case 0:
+        return of_bool(exe.pexecute(*obj));
+    case 1:
+        return of_bool(exe.pexecute(*obj, a));
+    default:
+        return of_bool(exe.pexecute(*obj, a, b));
     }
 }
 
@@ -53,9 +60,12 @@ objref call_member(cExeObj const &exe, cObj *self, arguments args) {
     if (exe.p()) return call_procedure(exe, self, args);
     objref const me = objref::share(self);
     switch (args.size()) {
-    case 0: return call_function(exe, {me});
-    case 1: return call_function(exe, {me, a[0]});
-    default: return call_function(exe, {me, a[0], a[1]});
+    case 0:
+        return call_function(exe, {me});
+    case 1:
+        return call_function(exe, {me, a[0]});
+    default:
+        return call_function(exe, {me, a[0], a[1]});
     }
 }
 

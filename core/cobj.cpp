@@ -17,8 +17,7 @@ bool refuse_const(char const *method, cObj const &source) {
     cErrStream &err = eros();
     err.clear();
     err.set_code(0x41400000);
-    err << "Object is const. Method '" << method
-        << "' called from type: " << source.type().name();
+    err << "Object is const. Method '" << method << "' called from type: " << source.type().name();
     return raise_eros();
 }
 
@@ -109,9 +108,7 @@ void cObj::create(cObj *obj) {
 
 objref cObj::newref() { return type_->oexec(mid_newref, objref::share(this)); }
 
-bool cObj::assign(cObj const &source) {
-    return assign(objref::share(const_cast<cObj *>(&source)));
-}
+bool cObj::assign(cObj const &source) { return assign(objref::share(const_cast<cObj *>(&source))); }
 
 bool cObj::assign(objref const &source) {
     if (is_void()) return false;

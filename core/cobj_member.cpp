@@ -50,7 +50,7 @@ void cObj::ommap(hashref const &hash) {
     if (ommap_) ommap_->father(this, false);
 }
 
-void cObj::ommap(cMapObj const &map) { ommap_ = map.hash_ref(); }
+void cObj::ommap(cMapObj const &map) { ommap_ = map.datamap_ref(); }
 
 bool cObj::set_omember(std::string const &key, objref value) {
     return set_omember(own_key(key), std::move(value));
@@ -71,8 +71,8 @@ bool cObj::set_omember(objref const &key, objref value) {
         bool const free_exe = exe && value->typeflags_of(tf_free_exe);
         if (!free_exe && !dynamic_cast<cExeMember *>(exe)) {
             std::string const text = cat::as_text(key);
-            eros(0x4000000, *this) << "Inserted executable, key '" << text
-                                   << "', must be cExeMember";
+            eros(0x4000000, *this)
+                << "Inserted executable, key '" << text << "', must be cExeMember";
             return drop_empty_ommap(raise_eros());
         }
         executable = true;

@@ -61,9 +61,7 @@ template <class T> bool add(cObj &obj, objref &source) {
 
 template <class T> objref width(objref) { return cat::of(static_cast<int>(sizeof(T))); }
 
-objref length(objref text) {
-    return cat::of(static_cast<int>(value_of<std::string>(text).size()));
-}
+objref length(objref text) { return cat::of(static_cast<int>(value_of<std::string>(text).size())); }
 
 template <class T> bool equal(cObj &obj, objref &other) {
     return value_of<T>(obj) == value_of<T>(other);
@@ -124,8 +122,8 @@ template <class D, class S> bool convert(cObj &destination, objref &source) {
 }
 
 template <class D, class S> void set_converter() {
-    cTypeOf(static_cast<D *>(nullptr)).set_converter(cTypeOf(static_cast<S *>(nullptr)),
-                                                     convert<D, S>);
+    cTypeOf(static_cast<D *>(nullptr))
+        .set_converter(cTypeOf(static_cast<S *>(nullptr)), convert<D, S>);
 }
 
 template <class T> void set_add(cTypeObj &type) {

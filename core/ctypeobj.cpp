@@ -14,8 +14,8 @@ namespace {
 
 // Types of these names are made by the bootstrap itself, or by a caller that must wait for it.
 constexpr char const *builtin_names[] = {
-    "string", "niltype", "type",   "exe",      "bool",   "int",     "unsigned", "float",
-    "double", "map",     "set",    "vector",   "iterator", "choice", "attspec",  "attlist"};
+    "string", "niltype", "type", "exe",    "bool",     "int",    "unsigned", "float",
+    "double", "map",     "set",  "vector", "iterator", "choice", "attspec",  "attlist"};
 
 bool is_builtin_name(std::string const &name) {
     for (char const *builtin : builtin_names)
@@ -95,9 +95,9 @@ struct cMethod {
 
 //                                   name       c  p
 constexpr cMethod methods[mid_count] = {
-    {"newobj", 1, false}, {"newref", 1, false},  {"create", 1, true}, {"assign", 2, true},
-    {"add", 2, true},     {"setattr", 3, true},  {"getattr", 2, false}, {"write", 2, true},
-    {"read", 2, true},    {"equal", 2, true},    {"less", 2, true},   {"iterobj", 1, false}};
+    {"newobj", 1, false}, {"newref", 1, false}, {"create", 1, true},   {"assign", 2, true},
+    {"add", 2, true},     {"setattr", 3, true}, {"getattr", 2, false}, {"write", 2, true},
+    {"read", 2, true},    {"equal", 2, true},   {"less", 2, true},     {"iterobj", 1, false}};
 
 } // namespace
 
@@ -127,8 +127,8 @@ bool cTypeObj::validate_exe(int id, cExeFunction const &exe, char const *type_na
     cErrStream &err = eros();
     err.clear();
     err.set_code(0x50000000);
-    err << "Standard method '" << name_of(id) << "'  has bad prototype in object type: "
-        << (type_name ? type_name : "");
+    err << "Standard method '" << name_of(id)
+        << "'  has bad prototype in object type: " << (type_name ? type_name : "");
     raise_eros();
     return false;
 }
@@ -200,8 +200,7 @@ namespace cat {
 
 unsigned int hash_bytes(char const *bytes, size_t count) noexcept {
     std::uint32_t h = 0;
-    for (size_t i = 0; i < count; ++i)
-        h = (h * 31) ^ static_cast<unsigned char>(bytes[i]);
+    for (size_t i = 0; i < count; ++i) h = (h * 31) ^ static_cast<unsigned char>(bytes[i]);
     return h;
 }
 

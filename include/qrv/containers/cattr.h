@@ -58,8 +58,8 @@ class QRV_API cAttr {
     objref force_default(objref const &value);         // stores value unless its type is there
     void force_value(objref const &value, bool clone); // assigns in place, or stores
 
-    void save(cMapObj &map) const;      // a private clone of the value, under a clone of the key
-    cAttr &unsave(cMapObj const &map);  // assigns the saved content to the present object
+    void save(cMapObj &map) const;     // a private clone of the value, under a clone of the key
+    cAttr &unsave(cMapObj const &map); // assigns the saved content to the present object
     bool write_attr(std::ostream &os) const; // key=value; and a blank; true if os is still good
 
   private:

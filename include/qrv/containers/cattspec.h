@@ -13,11 +13,11 @@
 #include "qrv/core/cobj.h"
 
 enum cAttspecFlag : int {
-    asf_fixtype = 1,   // only values of the type
-    asf_fixref = 2,    // the object can't be replaced once there is one: #FIXED
-    asf_default = 4,   // there is a default
-    asf_required = 8,  // there must be a value: #REQUIRED
-    asf_implied = 16,  // may be nil: #IMPLIED
+    asf_fixtype = 1,  // only values of the type
+    asf_fixref = 2,   // the object can't be replaced once there is one: #FIXED
+    asf_default = 4,  // there is a default
+    asf_required = 8, // there must be a value: #REQUIRED
+    asf_implied = 16, // may be nil: #IMPLIED
     asf_all = 31
 };
 

@@ -30,10 +30,10 @@ class QRV_API cIterObj : public cObj {
     bool valid() const noexcept;
     static bool valid(cIterObj const *it) noexcept { return it && it->valid(); }
 
-    cAttrNode *node() const noexcept;   // never dereference the end position; null when lost
+    cAttrNode *node() const noexcept; // never dereference the end position; null when lost
     cAttrHash *hash() const noexcept { return hash_.get(); }
     hashref const &hash_ref() const noexcept { return hash_; }
-    objref const &key() const noexcept; // null if not valid
+    objref const &key() const noexcept;    // null if not valid
     objref const &valref() const noexcept; // cat::bad() if not valid
     cObj &value() const noexcept;
     cObj &operator*() const noexcept { return value(); }

@@ -1,14 +1,14 @@
 #pragma once
-// Scoped changes of the registry, of types and of objects, and the deferred factory of types.
+// Scoped changes of the registry and of types, and the deferred factory of types.
 // The destructors run foreign code and let nothing escape. One thread at a time.
 
-#include "qrv/containers/cattr.h"
 #include "qrv/core/ctypes.h"
 
 // Registers a type for its own lifetime; each copy removes the name again at its end.
 class QRV_API cTypeInsert {
   public:
-    // Shares the type. Throws cErr(1) "Fatal: duplicate name of cTypeObj: ..." if the name is taken.
+    // Shares the type. Throws cErr(1) "Fatal: duplicate name of cTypeObj: ..." if the name is
+    // taken.
     explicit cTypeInsert(cTypeObj &type);
     cTypeInsert(cTypeInsert const &other) noexcept;
     cTypeInsert &operator=(cTypeInsert const &other);
@@ -35,19 +35,6 @@ class QRV_API cTypeModifier {
     cTypeModifier(cObj &, std::string const &, objref) {} // only keeps an object from converting
     typeref type_;
     std::string key_;
-    objref previous_;
-};
-
-// Replaces an attribute for its own lifetime. A copy restores too.
-class QRV_API cObjModifier {
-  public:
-    cObjModifier(cAttr &attr, objref const &value); // shares owner, key and value
-    cObjModifier(cObjModifier const &other) = default;
-    cObjModifier &operator=(cObjModifier const &) = delete;
-    ~cObjModifier();
-
-  private:
-    cAttr attr_;
     objref previous_;
 };
 

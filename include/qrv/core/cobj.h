@@ -39,8 +39,8 @@ class QRV_API cObj : public cObjBase {
     // With true the type is "niltype", with false null until set_type: needed before types exist.
     explicit cObj(bool typed = true);
     template <class T>
-        requires(!std::is_same_v<T, bool> && (std::is_arithmetic_v<T> || std::is_null_pointer_v<T>))
-    explicit cObj(T) = delete;
+    requires(!std::is_same_v<T, bool> &&
+             (std::is_arithmetic_v<T> || std::is_null_pointer_v<T>)) explicit cObj(T) = delete;
     ~cObj() override;
 
     // True only for cObjDR<T>, which refers to a value that lives elsewhere.
@@ -90,9 +90,9 @@ class QRV_API cObj : public cObjBase {
     objref operator/(int key);
     objref operator/(double) = delete;
     objref operator/(bool) = delete;
-    cAttr operator[](objref const &key);     // handles: containers/cattr.h
+    cAttr operator[](objref const &key); // handles: containers/cattr.h
     cAttr operator[](std::string const &key);
-    cAttr operator[](char const *key);       // a null text makes a handle that reads bad
+    cAttr operator[](char const *key); // a null text makes a handle that reads bad
     cAttr operator[](int key);
     cAttr operator[](double) = delete;
     cAttr operator[](bool) = delete;
@@ -143,13 +143,13 @@ class QRV_API cObj : public cObjBase {
     bool copyitem(objref const &key, objref const &value, bool clone_new);
     // True when other stands anywhere below this object, by identity. Ends on cycles.
     bool is_owner_of(cObj const &other);
-    cAttrHash &ommap() { return *ommap_; }             // has_ommap() must hold
+    cAttrHash &ommap() { return *ommap_; } // has_ommap() must hold
     cAttrHash const &ommap() const { return *ommap_; }
     bool has_ommap() const noexcept { return ommap_.get() != nullptr; }
     cAttrHash *ommap_ptr() const noexcept { return ommap_.get(); }
     hashref const &ommap_ref() const noexcept { return ommap_; }
-    void ommap(hashref const &hash);     // shares; becomes its father if it has none
-    void ommap(cMapObj const &map);      // shares the map's hash; the hash keeps its father
+    void ommap(hashref const &hash); // shares; becomes its father if it has none
+    void ommap(cMapObj const &map);  // shares the map's hash; the hash keeps its father
     bool set_omember(objref const &key, objref value); // null or badfind removes
     bool set_omember(std::string const &key, objref value);
     [[nodiscard]] objref omember(objref const &key) const;

@@ -62,8 +62,8 @@ template <class T> class QRV_API cObjD : public cObjDR<T> {
         ready();
     }
     template <class U>
-        requires(std::is_pointer_v<U> && std::is_arithmetic_v<T>)
-    explicit cObjD(U) = delete; // a pointer would become true
+    requires(std::is_pointer_v<U> &&std::is_arithmetic_v<T>) explicit cObjD(U) =
+        delete; // a pointer would become true
     cObjD(cObjD const &other) : cObjDR<T>(&other.type()), data_(other.val()) {
         if (other.flags_of(of_const)) this->setflags(of_const);
         ready();

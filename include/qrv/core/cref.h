@@ -21,8 +21,8 @@
 class QRV_API cShared {
   public:
     cShared() noexcept = default;
-    cShared(cShared const &) noexcept {}                               // a copy starts with 1
-    cShared &operator=(cShared const &) noexcept { return *this; }     // the count stays
+    cShared(cShared const &) noexcept {}                           // a copy starts with 1
+    cShared &operator=(cShared const &) noexcept { return *this; } // the count stays
     ~cShared() = default;
 
     void incref() const noexcept { ++count_; }
@@ -64,10 +64,8 @@ template <class T, class Traits> class cRef {
     cRef(cRef const &other) noexcept : p_(other.p_) { add(p_); }
     cRef(cRef &&other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
     template <class U, class V>
-        requires(std::is_convertible_v<U *, T *> && !std::is_same_v<U, T>)
-    cRef(cRef<U, V> const &other) noexcept : p_(other.get()) {
-        add(p_);
-    }
+    requires(std::is_convertible_v<U *, T *> && !std::is_same_v<U, T>) cRef(cRef<U, V> const &other)
+    noexcept : p_(other.get()) { add(p_); }
     ~cRef() { drop(); }
 
     // Takes over the count of a fresh object, or of any count that the caller owns.
@@ -141,7 +139,7 @@ template <class T, class A> bool operator==(cRef<T, A> const &a, std::nullptr_t)
 
 // Would print an address: write the object with cObj::writeobj, or its text with cat::as_text.
 template <class Stream, class T, class A>
-    requires requires(Stream &os) { os.rdbuf(); }
+requires requires(Stream &os) { os.rdbuf(); }
 void operator<<(Stream &os, cRef<T, A> const &ref) = delete;
 
 // A new T, adopted.

@@ -1,0 +1,114 @@
+// Attribute specifications, and how a map keeps them.
+
+#include "qrv/containers/cattspec.h"
+
+#include "containers/cattspec_nil.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+
+namespace {
+
+constinit specref *the_nilspec = nullptr;
+
+} // namespace
+
+cAttspec::cAttspec(int flags, cTypeObj *type) : cObj(&cat::type_attspec()) {
+    this->flags(flags);
+    force_flags();
+    set_type(type);
+    create();
+}
+
+cAttspec::cAttspec(objref const &default_value, int flags)
+    : cObj(&cat::type_attspec()), default_(default_value) {
+    this->flags(flags & (asf_fixtype | asf_fixref));
+    if (default_) setflags(asf_default);
+    if (default_ && (flags & asf_fixtype)) type_ = &default_->type();
+    force_flags();
+    create();
+}
+
+cAttspec::cAttspec(cNilTag) : cObj(&cat::type_attspec()) {}
+
+cAttspec::~cAttspec() = default;
+
+cAttspec &cAttspec::operator=(cAttspec const &other) {
+    if (this == &other) return *this;
+    assign(other); // reported as missing: the flags of a specification are its own
+    default_ = other.default_;
+    type_ = other.type_;
+    return *this;
+}
+
+void cAttspec::fix_type_flag() {
+    if (type_)
+        setflags(asf_fixtype);
+    else
+        unsetflags(asf_fixtype);
+}
+
+void cAttspec::force_flags() {
+    if (default_) {
+        unsetflags(asf_required | asf_implied);
+        setflags(asf_default);
+    } else if (is_required()) {
+        unsetflags(asf_default | asf_implied | asf_fixref);
+    } else {
+        unsetflags(asf_default | asf_fixref);
+        setflags(asf_implied);
+    }
+    fix_type_flag();
+}
+
+void cAttspec::set_flags(int flags) {
+    if (flags & asf_implied) unsetflags(asf_required);
+    setflags(flags);
+    force_flags();
+}
+
+void cAttspec::set_default(objref const &value, bool fix_type) {
+    if (is_kill(value))
+        default_ = nullptr;
+    else if (is_void(value))
+        return;
+    else
+        default_ = value;
+    if (default_ && fix_type) set_type(&default_->type());
+    force_flags();
+}
+
+void cAttspec::set_type(cTypeObj *type) {
+    type_ = type;
+    fix_type_flag();
+}
+
+specref const &cAttspec::nilspec() {
+    if (!the_nilspec) the_nilspec = new specref(specref::adopt(new cAttspec(cNilTag{})));
+    return *the_nilspec;
+}
+
+void cat::drop_nilspec() { delete std::exchange(the_nilspec, nullptr); }
+
+specref cMapObj::attspec(objref const &key) {
+    if (!flags_of(asf_all)) return cAttspec::nilspec();
+    objref const member = omember(key);
+    if (!member || &member->type() != &cat::type_attspec()) return cAttspec::nilspec();
+    return specref::share(static_cast<cAttspec *>(member.get()));
+}
+
+specref cMapObj::attspec(std::string const &key) { return attspec(own_key(key)); }
+
+void cMapObj::set_attspec(objref const &key, specref const &spec) {
+    if (spec) setflags(spec->flags_of(asf_all)); // no other flag: a const one must not lock the map
+    set_omember(key, spec);
+    datamap().mapitem(key, cat::nil());
+}
+
+void cMapObj::set_attspec(std::string const &key, specref const &spec) {
+    set_attspec(own_key(key), spec);
+}
+
+objref cTomAttspec::newobj(objref) {
+    return make<cAttspec>(static_cast<int>(asf_required), nullptr);
+}

@@ -1,0 +1,9 @@
+#pragma once
+// What the bootstrap puts into the map of global members and the map of constants.
+
+class cAttrHash;
+
+namespace cat {
+void fill_gmmap(cAttrHash &members);
+void fill_constmap(cAttrHash &constants);
+} // namespace cat

@@ -1,0 +1,94 @@
+// The standard methods of the type "iterator", and the types that will stand on it: "choice",
+// "attspec" and "attlist" have the default methods.
+
+#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/diagnostics/cerr.h"
+
+#include <ostream>
+
+namespace {
+
+cIterObj &iterator_of(cObj &obj) { return static_cast<cIterObj &>(obj); }
+
+objref newobj(objref) { return make<cIterObj>(); }
+
+bool equal(cObj &obj, objref &other) { return iterator_of(obj) == iterator_of(*other); }
+
+objref size(objref obj) { return cat::of(iterator_of(*obj).size()); }
+
+bool is_text(objref const &key) { return key && &key->type() == &cat::type_string(); }
+
+void put_header(std::ostream &os, cObj const &obj) {
+    if (cObj::is_map(&obj) || cObj::is_vector(&obj)) {
+        os << (cObj::is_map(&obj) ? "cMapObj" : "cVectorObj")
+           << ",  size =" << static_cast<cMapObj const &>(obj).size();
+        return;
+    }
+    os << "cObj of type = " << obj.type().name();
+    if (obj.has_ommap())
+        os << "  ommap-size =" << obj.ommap().used();
+    else
+        os << "  has void iterator";
+}
+
+} // namespace
+
+objref cTomIterator::getattr(objref obj, objref key) {
+    if (!is_text(key)) return cat::bad();
+    cIterObj const &it = iterator_of(*obj);
+    if (cat::is_equal(key, "key")) return it.key();
+    if (cat::is_equal(key, "value")) return it.valref();
+    if (cat::is_equal(key, "pos")) return cat::of(it.pos());
+    return cat::bad();
+}
+
+bool cTomIterator::setattr(cObj &obj, objref &key, objref &value) {
+    cIterObj const &it = iterator_of(obj);
+    if (!is_text(key) || !cat::is_equal(key, "value") || !it.valid()) return false;
+    *it.node() = value; // RE-ENTERS: the old value dies
+    return true;
+}
+
+bool cTomIterator::m_assign(cObj &obj, objref &arg) {
+    if (&arg->type() == &cat::type_iterator()) {
+        iterator_of(obj) = iterator_of(*arg);
+        return true;
+    }
+    cErrStream &err = eros();
+    err.clear();
+    err.set_code(0x41000000);
+    err << "Method 'assign' called from other type: " << arg->type().name();
+    return raise_eros();
+}
+
+void cTomIterator::dump(cObj const &obj) {
+    std::ostream &os = cat::std_out();
+    put_header(os, obj);
+    os << '\n';
+    for (cIterObj it = obj.begin(); it.valid(); ++it) {
+        os << it.key_as_string() << "  ptr=" << static_cast<void const *>(&it.value()) << "  ";
+        it.value().writeobj(os);
+        os << '\n';
+    }
+}
+
+namespace cat {
+
+void setup_iterator(cTypeObj &type) {
+    type.set_tmember("newobj", make<cExeMember>(newobj));
+    type.set_tmember("assign", make<cExeMember>(cTomIterator::m_assign));
+    type.set_tmember("getattr", make<cExeMember>(cTomIterator::getattr));
+    type.set_tmember("setattr", make<cExeMember>(cTomIterator::setattr));
+    type.set_tmember("equal", make<cExeMember>(equal));
+    type.set_tmember("size", make<cExeMember>(size));
+}
+
+void setup_choice(cTypeObj &) {}
+void setup_attspec(cTypeObj &) {}
+void setup_attlist(cTypeObj &) {}
+
+} // namespace cat

@@ -1,0 +1,195 @@
+// The bootstrap: error channel, sentinels, built-in types, constants and maps in one ordered step,
+// and the tear-down in its own order. Each step stores its pointer at once, so that accessors
+// called from a later step find it; the order is what makes that work.
+//
+// States:  none -> running -> ready -> tearing -> none. While running or tearing no accessor starts
+// it again. After the tear-down a late accessor may, and registers its own tear-down.
+//
+// The tear-down has two phases. First, with everything alive, all that the library and the maps
+// hold is let go: foreign destructors run here. Then the core's own objects go; from there on
+// nothing reads a type link.
+
+#include "containers/cattspec_nil.h"
+#include "containers/cglobals.h"
+#include "core/cregistry.h"
+#include "core/cscalar.h"
+#include "qrv/containers/cattspec.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cmodifier.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/signals/csignal.h"
+#include "qrv/text/cattrscan.h"
+#include "qrv/text/cwriter.h"
+
+#include <cstdlib>
+
+struct cBootstrap {
+    static void run();
+    static void tear_down();
+
+  private:
+    static void make_error_channel();
+    static void make_sentinels();
+    static void make_first_types();
+    static void finish_first_types();
+    static void make_bools();
+    static void make_types();
+    static void insert_types();
+    static void set_text_methods();
+    static void make_maps();
+    static void let_go();
+    static void destroy_core();
+};
+
+namespace {
+
+objref *held(cObj *obj) { return new objref(objref::adopt(obj)); }
+
+objref *held_bool(bool value) {
+    objref *const holder = held(new cObjD<bool>(value));
+    (*holder)->setflags(of_const);
+    return holder;
+}
+
+template <class T> void destroy(T *&pointer) { delete std::exchange(pointer, nullptr); }
+
+} // namespace
+
+void cBootstrap::make_error_channel() {
+    core.sig_error = new cSignal1<cErr &>;
+    core.errhandler = new cErrHandler(0x90000000U, 0, 0);
+    core.sig_error->connect(*core.errhandler);
+    core.eros = new cErrStream(0);
+}
+
+void cBootstrap::make_sentinels() {
+    core.nil = held(new cObj(false));
+    core.bad = held(new cObj(false));
+    core.badfind = held(new cObj(false));
+    core.type_hash = new cAttrHash(nullptr);
+}
+
+void cBootstrap::make_first_types() {
+    core.string = new cTypeObj("string", cat::setup_string);
+    core.niltype = new cTypeObj("niltype");
+    core.type = new cTypeObj("type");
+    core.exe = new cTypeObj("exe");
+    core.exe->setflags(tf_exe);
+}
+
+void cBootstrap::finish_first_types() {
+    core.string->ctor_internal(core.type, cat::setup_string);
+    core.niltype->ctor_internal(core.type, nullptr);
+    core.type->ctor_internal(core.type, nullptr); // here the chain of types ends
+    core.exe->ctor_internal(core.type, nullptr);
+    core.core_ready = true;
+    for (objref const *sentinel : {core.nil, core.bad, core.badfind})
+        (*sentinel)->set_type(core.niltype);
+}
+
+void cBootstrap::make_bools() {
+    core.boolean = new cTypeObj("bool", cat::setup_bool);
+    core.bfalse = held_bool(false);
+    core.btrue = held_bool(true);
+}
+
+void cBootstrap::make_types() {
+    core.integer = new cTypeObj("int", cat::setup_int);
+    core.single = new cTypeObj("float", cat::setup_float);
+    core.dbl = new cTypeObj("double", cat::setup_double);
+    core.map = new cTypeObj("map", cat::setup_map);
+    core.set = new cTypeObj("set", cat::setup_set);
+    core.vector = new cTypeObj("vector", cat::setup_vector);
+    core.iterator = new cTypeObj("iterator", cat::setup_iterator);
+    core.choice = new cTypeObj("choice", cat::setup_choice);
+    core.attspec = new cTypeObj("attspec", cat::setup_attspec);
+    core.attlist = new cTypeObj("attlist", cat::setup_attlist);
+}
+
+void cBootstrap::insert_types() {
+#define QRV_INSERT(name, accessor, text) cTypeInsert::insert(typeref::share(core.name), true);
+    QRV_CORE_TYPES(QRV_INSERT)
+#undef QRV_INSERT
+    for (cTypeObj *bare : {core.integer, core.single, core.dbl, core.string, core.boolean, core.map,
+                           core.set, core.vector})
+        bare->setflags(tf_bare);
+}
+
+void cBootstrap::set_text_methods() {
+    core.integer->set_tmember("write", make<cExeMember>(cat::write_int));
+    core.single->set_tmember("write", make<cExeMember>(cat::write_float));
+    core.dbl->set_tmember("write", make<cExeMember>(cat::write_double));
+    core.string->set_tmember("write", make<cExeMember>(cat::write_string));
+    core.boolean->set_tmember("write", make<cExeMember>(cat::write_bool));
+    for (cTypeObj *type : {core.integer, core.single, core.dbl, core.string, core.boolean})
+        type->set_tmember("read", make<cExeMember>(cat::scan_attrset));
+}
+
+void cBootstrap::make_maps() {
+    core.typemap = new cMapObj(hashref::share(core.type_hash));
+    core.constmap = new cMapObj;
+    core.gmmap = new cMapObj;
+    core.dbase = new cMapObj;
+    cAttrHash &dbase = core.dbase->datamap();
+    dbase.mapitem("typemap", objref::share(core.typemap));
+    dbase.mapitem("constmap", objref::share(core.constmap));
+    dbase.mapitem("gmmap", objref::share(core.gmmap));
+    cat::fill_gmmap(core.gmmap->datamap());
+    cat::fill_constmap(core.constmap->datamap());
+}
+
+void cBootstrap::run() {
+    core.state = cat::cCoreState::running;
+    std::atexit(tear_down);
+    make_error_channel();
+    make_sentinels();
+    make_first_types();
+    finish_first_types();
+    make_bools();
+    make_types();
+    insert_types();
+    set_text_methods();
+    cat::set_scalar_additions();
+    core.single->set_hash(cat::hash_float, cat::heq_float);
+    core.dbl->set_hash(cat::hash_double, cat::heq_double);
+    cat::set_scalar_converters();
+    make_maps();
+    core.state = cat::cCoreState::ready;
+}
+
+void cBootstrap::let_go() {
+    cat::drop_text_state();
+    cat::drop_nilspec();
+    cat::forget_nil_attr();
+    for (cMapObj *map : {core.dbase, core.constmap, core.gmmap}) map->clear();
+}
+
+void cBootstrap::destroy_core() {
+    destroy(core.dbase);
+    destroy(core.typemap);
+    destroy(core.constmap);
+    destroy(core.gmmap);
+    destroy(core.type_hash);
+    for (cTypeObj **type : {&core.attlist, &core.attspec, &core.choice, &core.iterator,
+                            &core.vector, &core.map, &core.set, &core.exe, &core.type, &core.single,
+                            &core.dbl, &core.boolean, &core.integer, &core.niltype, &core.string})
+        destroy(*type);
+    for (objref **constant : {&core.nil, &core.bad, &core.badfind, &core.btrue, &core.bfalse})
+        destroy(*constant);
+    destroy(core.eros);
+    destroy(core.errhandler);
+    destroy(core.sig_error);
+}
+
+void cBootstrap::tear_down() {
+    core.state = cat::cCoreState::tearing;
+    let_go();
+    core.core_ready = false;
+    destroy_core();
+    core.state = cat::cCoreState::none;
+}
+
+void core_bootstrap() {
+    if (core.state == cat::cCoreState::none) cBootstrap::run();
+}

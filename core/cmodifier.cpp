@@ -1,0 +1,17 @@
+// The scoped replacement of a type member, and the base of type factories.
+
+#include "qrv/core/cmodifier.h"
+
+cTypeModifier::cTypeModifier(cTypeObj &type, std::string const &key, objref value)
+    : type_(typeref::share(&type)), key_(key), previous_(type.tmember(key)) {
+    type.set_tmember(key, std::move(value));
+}
+
+cTypeModifier::~cTypeModifier() {
+    try {
+        if (type_) type_->set_tmember(key_, previous_);
+    } catch (...) { // a refused member is on the error route already
+    }
+}
+
+cTypeCtor::~cTypeCtor() = default;

@@ -1,0 +1,18 @@
+#pragma once
+// cObjModifier replaces an attribute for its own lifetime. Its destructor runs foreign code and
+// lets nothing escape. One thread at a time.
+
+#include "qrv/containers/cattr.h"
+
+// A copy restores too.
+class QRV_API cObjModifier {
+  public:
+    cObjModifier(cAttr &attr, objref const &value); // shares owner, key and value
+    cObjModifier(cObjModifier const &other) = default;
+    cObjModifier &operator=(cObjModifier const &) = delete;
+    ~cObjModifier();
+
+  private:
+    cAttr attr_;
+    objref previous_;
+};
