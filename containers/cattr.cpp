@@ -45,8 +45,8 @@ objref cAttr::getattr(cTypeObj const &type) const {
 }
 
 cObj *cAttr::operator->() const {
-    getattr();
-    return cache_ ? cache_.get() : cat::bad().get();
+    objref const value = getattr(); // kept by the cache
+    return value ? value.get() : cat::bad().get();
 }
 
 cObj &cAttr::operator*() const { return *operator->(); }

@@ -21,6 +21,7 @@
 #include "qrv/signals/csignal.h"
 #include "qrv/text/cattrscan.h"
 #include "qrv/text/cwriter.h"
+#include "text/ctext_state.h"
 
 #include <cstdlib>
 
@@ -159,7 +160,7 @@ void cBootstrap::run() {
 }
 
 void cBootstrap::let_go() {
-    cat::drop_text_state();
+    reset_text_state();
     cat::drop_nilspec();
     cat::forget_nil_attr();
     for (cMapObj *map : {core.dbase, core.constmap, core.gmmap}) map->clear();

@@ -38,43 +38,44 @@ bool cExeObj::validate_exe(cObj *) const { return true; }
 #define QRV_PROTO(type, c, p)                                                                      \
     cExeFunction::cExeFunction(type f, bool s)                                                     \
         : cExeObj(c, s, p), function_(reinterpret_cast<cVoidFunction>(f)),                         \
-          proto_(cExeProto::type) {}
+          proto_(cExeProto::of_##type) {}
 QRV_PROTOTYPES(QRV_PROTO)
 #undef QRV_PROTO
 
 void *cExeFunction::fpt() const noexcept { return reinterpret_cast<void *>(function_); }
 
 objref cExeFunction::oexecute(objref a, objref b, objref c) const {
-    if (proto_ != cExeProto::cFunction3) return bad();
+    if (proto_ != cExeProto::of_cFunction3) return bad();
     return reinterpret_cast<cFunction3>(function_)(std::move(a), std::move(b), std::move(c));
 }
 
 objref cExeFunction::oexecute(objref a, objref b) const {
-    if (proto_ != cExeProto::cFunction2) return bad();
+    if (proto_ != cExeProto::of_cFunction2) return bad();
     return reinterpret_cast<cFunction2>(function_)(std::move(a), std::move(b));
 }
 
 objref cExeFunction::oexecute(objref a) const {
-    if (proto_ != cExeProto::cFunction1) return bad();
+    if (proto_ != cExeProto::of_cFunction1) return bad();
     return reinterpret_cast<cFunction1>(function_)(std::move(a));
 }
 
 objref cExeFunction::oexecute() const {
-    return proto_ == cExeProto::cFunction0 ? reinterpret_cast<cFunction0>(function_)() : bad();
+    return proto_ == cExeProto::of_cFunction0 ? reinterpret_cast<cFunction0>(function_)() : bad();
 }
 
 bool cExeFunction::pexecute(cObj &a, objref &b, objref &c) const {
-    if (proto_ != cExeProto::cProcedure3) return bbad();
+    if (proto_ != cExeProto::of_cProcedure3) return bbad();
     return reinterpret_cast<cProcedure3>(function_)(a, b, c);
 }
 
 bool cExeFunction::pexecute(cObj &a, objref &b) const {
-    if (proto_ != cExeProto::cProcedure2) return bbad();
+    if (proto_ != cExeProto::of_cProcedure2) return bbad();
     return reinterpret_cast<cProcedure2>(function_)(a, b);
 }
 
 bool cExeFunction::pexecute(cObj &a) const {
-    return proto_ == cExeProto::cProcedure1 ? reinterpret_cast<cProcedure1>(function_)(a) : bbad();
+    return proto_ == cExeProto::of_cProcedure1 ? reinterpret_cast<cProcedure1>(function_)(a)
+                                               : bbad();
 }
 
 bool cExeFunction::validate_exe(cObj *owner) const {

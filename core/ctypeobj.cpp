@@ -36,8 +36,10 @@ objref raw_newobj(objref) { return make<cObjD<std::string>>(); }
 
 cTypeObj::cTypeObj(char const *name, setup_function setup) : cObj(false), tmmap_(this) {
     begin_construction(name);
-    if (!core.core_ready) return install_raw_string_methods();
-    ctor_internal(&cat::typetype(), setup);
+    if (core.core_ready)
+        ctor_internal(&cat::typetype(), setup);
+    else
+        install_raw_string_methods();
 }
 
 cTypeObj::cTypeObj(setup_function setup) : cObj(false), tmmap_(this) {

@@ -27,7 +27,7 @@ using cProcedure3 = bool (*)(cObj &, objref &, objref &);
     X(cProcedure3, 3, true)
 
 enum class cExeProto : unsigned char {
-#define QRV_PROTO(type, c, p) type,
+#define QRV_PROTO(type, c, p) of_##type,
     QRV_PROTOTYPES(QRV_PROTO)
 #undef QRV_PROTO
 };
