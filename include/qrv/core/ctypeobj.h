@@ -11,7 +11,6 @@
 #include "qrv/containers/cattrhash.h"
 #include "qrv/core/cobj.h"
 
-#include <array>
 #include <map>
 
 using cVoidFunction = void (*)(); // generic form in which functions are held; cast back to call
@@ -59,7 +58,7 @@ class QRV_API cTypeObj : public cObj {
     // 0x50000000 "Standard method '...'  has bad prototype in object type: ..."; then false,
     // whatever a handler did.
     static bool validate_exe(int id, cExeFunction const &exe, char const *type_name);
-    cVoidFunction method(method_id id) const noexcept { return methods_[static_cast<size_t>(id)]; }
+    cVoidFunction method(method_id id) const noexcept { return methods_[id]; }
     [[nodiscard]] objref newobj() const; // RUNS FOREIGN CODE
 
     // Converters to this type; a null function removes.
@@ -96,7 +95,7 @@ class QRV_API cTypeObj : public cObj {
 
     std::string name_;
     std::map<cTypeObj *, converter_function> converters_;
-    std::array<cVoidFunction, mid_count> methods_{};
+    cVoidFunction methods_[mid_count]{};
     cAttrHash tmmap_;
     hash_function hash_ = nullptr;
     heq_function heq_ = nullptr;
