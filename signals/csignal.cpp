@@ -49,9 +49,6 @@ void stop_if_broken(std::string const &rule) {
 
 } // namespace
 
-static_assert(std::is_trivially_copyable_v<std::uintptr_t> &&
-              sizeof(std::uintptr_t) == sizeof(cConnection *));
-
 void cConnection::link(cConnection *before) noexcept {
     if (!before || before == this || before == next_) return;
     if (islinked()) unlink();
@@ -137,6 +134,9 @@ void cConnection::unlock_delete() noexcept {
 void cConnection::do_delete() noexcept {
     std::lock_guard const hold(connection_lock);
     purge();
+#ifdef QRV_CHECKS
+    if (delete_locks == 0) stop_if_broken(broken_queue_rule());
+#endif
 }
 
 // Nothing but the release of memory runs here: the lock is held.
@@ -308,12 +308,13 @@ void cSSBase::disconnect() const {
 
 void cSSBase::rotate(cConnection *head) noexcept {
     cConnection *const first = head->next_;
-    if (first != head && first->next_ != head) first->link(head);
+    if (first == head || first->next_ == head) return;
+    first->link(head);
+    head->base_->check();
 }
 
 void cSSBase::rotateconnections() const {
     if (start_) rotate(start_);
-    check();
 }
 
 cRef<cShared> cSSBase::block() const {
@@ -349,18 +350,6 @@ cDeleteSignal::~cDeleteSignal() {
 }
 
 cSigInfo::~cSigInfo() { disconnect(); }
-
-void cSigInfo::operator()(char const *format, ...) const {
-    std::va_list args;
-    va_start(args, format);
-    try {
-        fire_format(format, args);
-    } catch (...) {
-        va_end(args);
-        throw;
-    }
-    va_end(args);
-}
 
 void cSigInfo::fire_format(char const *format, std::va_list args) const {
     static constinit char text[1024] = {}; // one for the process, good during the firing only

@@ -198,8 +198,6 @@ class QRV_API cSSBase {
     template <class Call> void fire(Call const &call) const;
     // The same for the first connection only, which then becomes the last.
     template <class Call> void fire_first(Call const &call) const;
-    // Runs `call` unless the base is blocked.
-    template <class Call> void fire_self(Call const &call) const;
 
   private:
     friend class cConnection;
@@ -282,12 +280,6 @@ template <class Call> void cSSBase::fire_first(Call const &call) const {
     if (!head) return;
     if (cSSBase const *target = target_of(head->next_)) call(*target); // RE-ENTERS
     if (!head->isdeleted()) rotate(head);
-}
-
-template <class Call> void cSSBase::fire_self(Call const &call) const {
-    if (isblocked()) return;
-    BlockOnCall self_block(this);
-    call(); // RE-ENTERS: *this may be gone afterwards
 }
 
 // The bases by argument count, the targets of signals. Whoever derives from one calls disconnect()
@@ -462,8 +454,11 @@ class QRV_API cSigInfo : public cSignal1<char const *> {
     cSigInfo &operator=(cSigInfo const &) noexcept = default;
     ~cSigInfo() override;
 
-    using cSignal1<char const *>::operator(); // one text alone is no format: fired as it is
-    void operator()(char const *format, ...) const QRV_PRINTF(2, 3);
+    // DELIBERATE: one text alone is no format, it is fired as it is.
+    // Pinned: one_text_alone_is_fired_as_it_is
+    using cSignal1<char const *>::operator();
+    // A template for one reason: a call with the text alone then takes the inherited one.
+    template <class = void> void operator()(char const *format, ...) const QRV_PRINTF(2, 3);
     // Only for exactly a va_list, which is a plain pointer here: 0 or nullptr are arguments. The
     // caller's list is left as it was.
     template <cArgumentList List> void operator()(char const *format, List args) const {
@@ -473,6 +468,18 @@ class QRV_API cSigInfo : public cSignal1<char const *> {
   private:
     void fire_format(char const *format, std::va_list args) const;
 };
+
+template <class> void cSigInfo::operator()(char const *format, ...) const {
+    std::va_list args;
+    va_start(args, format);
+    try {
+        fire_format(format, args); // RE-ENTERS: *this may be gone afterwards
+    } catch (...) {
+        va_end(args);
+        throw;
+    }
+    va_end(args);
+}
 
 // Something with a connect() that takes a `Target`: what the constructors of the slots take.
 template <class Signal, class Target>
@@ -497,7 +504,9 @@ template <class C> class QRV_API cSlot : public cSSBase0 {
     ~cSlot() override { cSSBase::disconnect(); }
 
     void operator()() const override {
-        if (object_ && function_) fire_self([this] { (object_->*function_)(); });
+        if (isblocked() || !object_ || !function_) return;
+        BlockOnCall const self_block(this);
+        (object_->*function_)(); // RE-ENTERS: *this may be gone afterwards
     }
 
   private:
@@ -520,8 +529,9 @@ template <class C, class T> class QRV_API cSlot1 : public cSSBase1<T> {
     ~cSlot1() override { cSSBase::disconnect(); }
 
     void operator()(T argument) const override {
-        if (object_ && function_)
-            this->fire_self([this, &argument] { (object_->*function_)(argument); });
+        if (this->isblocked() || !object_ || !function_) return;
+        cSSBase::BlockOnCall const self_block(this);
+        (object_->*function_)(argument); // RE-ENTERS: *this may be gone afterwards
     }
 
   private:
@@ -542,7 +552,9 @@ template <class F> class QRV_API cFunctionSlot : public cSSBase0 {
     ~cFunctionSlot() override { cSSBase::disconnect(); }
 
     void operator()() const override {
-        if (function_) fire_self([this] { function_(); });
+        if (isblocked() || !function_) return;
+        BlockOnCall const self_block(this);
+        function_(); // RE-ENTERS: *this may be gone afterwards
     }
 
   private:
@@ -562,7 +574,9 @@ template <class T, class F> class QRV_API cFunctionSlot1 : public cSSBase1<T> {
     ~cFunctionSlot1() override { cSSBase::disconnect(); }
 
     void operator()(T argument) const override {
-        if (function_) this->fire_self([this, &argument] { function_(argument); });
+        if (this->isblocked() || !function_) return;
+        cSSBase::BlockOnCall const self_block(this);
+        function_(argument); // RE-ENTERS: *this may be gone afterwards
     }
 
   private:
