@@ -1,0 +1,723 @@
+// The scanner as its users see it: tokens and their places, tokens pushed back, going back, flags,
+// sharing, the dump, and streams that can't seek or are broken. The matching itself is tested in
+// cattrscanner_match_test.cpp.
+
+#include "tests/text/scan_support.h"
+
+#include "qrv/diagnostics/cconsole.h"
+#include "qrv/diagnostics/cerr.h"
+#include "qrv/diagnostics/ctrace.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <type_traits>
+#include <unistd.h>
+
+using test::Messages;
+using test::rest_of;
+using test::Scan;
+using test::shown;
+using test::tokens_of;
+
+namespace {
+
+// "line:column:position" of a token.
+std::string place(cAttrLiteral const &t) {
+    return std::to_string(t.line) + ":" + std::to_string(t.column) + ":" +
+           std::to_string(t.position);
+}
+
+// The same of the running counters.
+std::string running(Scan const &s) {
+    return std::to_string(s.lineno()) + ":" + std::to_string(s.column()) + ":" +
+           std::to_string(s.position());
+}
+
+struct Input {
+    explicit Input(std::string const &text) : in(text), scan(in) {}
+    // The next token as text.
+    std::string next() {
+        scan.gettoken();
+        return shown(scan.token());
+    }
+    std::istringstream in;
+    Scan scan;
+};
+
+} // namespace
+
+// The cases that are easy to get wrong.
+
+TEST(ScannerEdge, a_sign_belongs_to_the_digits_directly_behind_it) {
+    EXPECT_EQ(tokens_of("-5"), "Int(-5)");
+    EXPECT_EQ(tokens_of("- 5"), "45(-) Int(5)");
+    EXPECT_EQ(tokens_of("-="), "45(-) 61(=)");
+}
+
+TEST(ScannerEdge, a_signed_number_needs_a_digit_behind_its_point) {
+    EXPECT_EQ(tokens_of("1."), "Double(1.)");
+    EXPECT_EQ(tokens_of("+1."), "Int(+1) 46(.)");
+    EXPECT_EQ(tokens_of("+1.5 .5 +.5"), "Double(+1.5) Double(.5) Double(+.5)");
+    EXPECT_EQ(tokens_of("."), "46(.)");
+}
+
+TEST(ScannerEdge, a_float_ends_at_its_f_and_an_exponent_needs_digits) {
+    EXPECT_EQ(tokens_of("1.5f2"), "Float(1.5f) Int(2)");
+    EXPECT_EQ(tokens_of("1.5e"), "Double(1.5) Ident(e)");
+}
+
+TEST(ScannerEdge, leading_zeros_and_hex_are_integers_and_trues_is_an_identifier) {
+    EXPECT_EQ(tokens_of("0123"), "Int(0123)");
+    EXPECT_EQ(tokens_of("0X1f"), "Int(0X1f)");
+    EXPECT_EQ(tokens_of("trues"), "Ident(trues)");
+}
+
+TEST(ScannerEdge, a_quote_without_its_partner_on_the_line_is_a_character) {
+    EXPECT_EQ(tokens_of("\"ab\n\"c\""), "34(\") Ident(ab) String(\"c\")");
+    EXPECT_EQ(tokens_of("'ab\n'c'"), "39(') Ident(ab) String('c')");
+    EXPECT_EQ(tokens_of("\"ab"), "34(\") Ident(ab)");
+    EXPECT_EQ(tokens_of("'ab\""), "39(') Ident(ab) 34(\")");
+}
+
+TEST(ScannerEdge, a_hash_before_a_digit_or_a_blank_is_a_character) {
+    EXPECT_EQ(tokens_of("#1"), "35(#) Int(1)");
+    EXPECT_EQ(tokens_of("# a"), "35(#) Ident(a)");
+    EXPECT_EQ(tokens_of("#a1 #_"), "Const(#a1) Const(#_)");
+}
+
+TEST(ScannerEdge, a_backslash_before_a_newline_keeps_the_string_open) {
+    EXPECT_EQ(tokens_of("\"a\\\nb\""), "String(\"a\\\nb\")");
+    EXPECT_EQ(tokens_of("'a\\\nb'"), "String('a\\\nb')");
+}
+
+TEST(ScannerEdge, a_slash_that_opens_no_comment_is_a_character_behind_white_space_too) {
+    EXPECT_EQ(tokens_of("/a"), "47(/) Ident(a)");
+    EXPECT_EQ(tokens_of(" \n/a"), "47(/) Ident(a)");
+    EXPECT_EQ(tokens_of(" \n/a", true), "Space( \n) 47(/) Ident(a)");
+}
+
+TEST(ScannerEdge, the_newline_behind_a_line_comment_belongs_to_the_next_white_space) {
+    EXPECT_EQ(tokens_of("a // x\n  b", true), "Ident(a) Comment( // x) Space(\n  ) Ident(b)");
+}
+
+// Places.
+
+TEST(Scanner, gives_each_token_the_place_of_its_first_character) {
+    Input i("ab  12\n  \"x\ty\"");
+    EXPECT_EQ(i.next(), "Ident(ab)");
+    EXPECT_EQ(place(i.scan.token()), "1:0:0");
+    EXPECT_EQ(i.next(), "Int(12)");
+    EXPECT_EQ(place(i.scan.token()), "1:4:4");
+    EXPECT_EQ(i.next(), "String(\"x\ty\")");
+    EXPECT_EQ(place(i.scan.token()), "2:2:8");
+    EXPECT_EQ(running(i.scan), "2:7:13");
+    EXPECT_EQ(i.next(), "Eof()");
+    EXPECT_EQ(place(i.scan.token()), "2:7:13");
+}
+
+TEST(Scanner, scanner_position_skips_newlines) {
+    Input i("\n\n a\n");
+    i.next();
+    EXPECT_EQ(place(i.scan.token()), "3:1:1");
+    EXPECT_EQ(i.next(), "Eof()");
+    EXPECT_EQ(running(i.scan), "4:0:2");
+}
+
+TEST(Scanner, counts_a_carriage_return_and_a_tab_as_one_column) {
+    Input i("\r\t a");
+    i.next();
+    EXPECT_EQ(place(i.scan.token()), "1:3:3");
+}
+
+TEST(Scanner, moves_the_counters_through_strings_and_comments_of_several_lines) {
+    Input i("'a\\\nbc' /* x\n\ny */ d");
+    EXPECT_EQ(i.next(), "String('a\\\nbc')");
+    EXPECT_EQ(running(i.scan), "2:3:6");
+    EXPECT_EQ(i.next(), "Ident(d)");
+    EXPECT_EQ(place(i.scan.token()), "4:5:17");
+}
+
+TEST(Scanner, begins_a_comment_token_at_the_white_space_before_it) {
+    Input i("a \n /* c */b");
+    i.scan.return_com(true);
+    i.next();
+    EXPECT_EQ(i.next(), "Comment( \n /* c */)");
+    EXPECT_EQ(place(i.scan.token()), "1:1:1");
+    EXPECT_EQ(i.next(), "Ident(b)");
+    EXPECT_EQ(place(i.scan.token()), "2:8:10");
+}
+
+TEST(Scanner, starts_at_the_place_where_the_stream_stands) {
+    std::istringstream in("0123456 a");
+    in.seekg(7);
+    Scan scan(in);
+    EXPECT_EQ(running(scan), "1:0:7");
+    scan.gettoken();
+    EXPECT_EQ(place(scan.token()), "1:1:8");
+}
+
+TEST(Scanner, starts_with_a_current_token_of_no_text_at_its_starting_place) {
+    std::istringstream in("abc");
+    in.seekg(1);
+    Scan scan(in);
+    EXPECT_EQ(shown(scan.token()), "Eof()");
+    EXPECT_EQ(place(scan.token()), "1:0:1");
+}
+
+// Comments.
+
+TEST(Scanner, drops_an_open_block_comment_at_the_end_of_input) {
+    for (bool on : {false, true}) {
+        Input i("a /* b\n *");
+        i.scan.return_com(on);
+        EXPECT_EQ(i.next(), "Ident(a)");
+        EXPECT_EQ(i.next(), "Eof()");
+        EXPECT_EQ(place(i.scan.token()), "2:2:8");
+        EXPECT_EQ(i.next(), "Eof()");
+    }
+}
+
+TEST(Scanner, ends_a_block_comment_at_the_first_end_mark) {
+    EXPECT_EQ(tokens_of("/**/a", true), "Comment(/**/) Ident(a)");
+    EXPECT_EQ(tokens_of("/*/a*/b", true), "Comment(/*/a*/) Ident(b)");
+    EXPECT_EQ(tokens_of("/***/a", true), "Comment(/***/) Ident(a)");
+    EXPECT_EQ(tokens_of("/* /* */ */", true), "Comment(/* /* */) Space( ) 42(*) 47(/)");
+}
+
+TEST(Scanner, takes_white_space_after_a_comment_into_the_next_comment) {
+    EXPECT_EQ(tokens_of("/*a*/ \n //b\n/*c*/", true),
+              "Comment(/*a*/) Comment( \n //b) Comment(\n/*c*/)");
+}
+
+// Flags.
+
+TEST(Scanner, returns_neither_white_space_nor_comments_unless_told) {
+    Input i(" a /*b*/ ");
+    EXPECT_FALSE(i.scan.return_ws());
+    EXPECT_FALSE(i.scan.return_com());
+    EXPECT_EQ(rest_of(i.scan), "Ident(a)");
+}
+
+TEST(Scanner, returns_white_space_and_comments_each_by_its_own_flag) {
+    Input ws("a /*b*/ c d");
+    ws.scan.return_ws(true);
+    EXPECT_TRUE(ws.scan.return_ws());
+    EXPECT_EQ(rest_of(ws.scan), "Ident(a) Space( ) Ident(c) Space( ) Ident(d)");
+    Input com("a /*b*/ c d");
+    com.scan.return_com(true);
+    EXPECT_TRUE(com.scan.return_com());
+    EXPECT_EQ(rest_of(com.scan), "Ident(a) Comment( /*b*/) Ident(c) Ident(d)");
+}
+
+TEST(Scanner, puts_a_flag_back_when_its_keeper_dies) {
+    Input i("");
+    i.scan.return_com(true);
+    {
+        cSetTmp<bool> ws;
+        cSetTmp<bool> com;
+        i.scan.return_ws(true, &ws);
+        i.scan.return_com(false, &com);
+        EXPECT_TRUE(i.scan.return_ws());
+        EXPECT_FALSE(i.scan.return_com());
+        i.scan.return_all(true);
+    }
+    EXPECT_FALSE(i.scan.return_ws());
+    EXPECT_TRUE(i.scan.return_com());
+    i.scan.return_all(false);
+    EXPECT_FALSE(i.scan.return_com());
+}
+
+TEST(SetTmp, sets_keeps_and_restores) {
+    int value = 1;
+    {
+        cSetTmp<int> tmp(value, 2);
+        EXPECT_EQ(value, 2);
+    }
+    EXPECT_EQ(value, 1);
+    { cSetTmp<int> nothing; }
+    {
+        cSetTmp<int> tmp;
+        tmp.take(value);
+        value = 3;
+    }
+    EXPECT_EQ(value, 1);
+}
+
+TEST(SetTmp, puts_back_what_it_kept_before_it_takes_again) {
+    int a = 1, b = 10;
+    {
+        cSetTmp<int> tmp(a, 2);
+        tmp.take(a);
+        a = 3;
+        tmp.take(b);
+        EXPECT_EQ(a, 1);
+        b = 11;
+    }
+    EXPECT_EQ(a, 1);
+    EXPECT_EQ(b, 10);
+}
+
+// Tokens pushed back.
+
+TEST(Scanner, gives_back_pushed_tokens_last_in_first_out) {
+    Input i("a b c");
+    cAttrLiteral a, b;
+    EXPECT_EQ(i.scan.gettoken(a), tkIdent);
+    EXPECT_EQ(i.scan.gettoken(b), tkIdent);
+    i.scan.ungettoken(b);
+    i.scan.ungettoken(a);
+    EXPECT_EQ(rest_of(i.scan), "Ident(a) Ident(b) Ident(c)");
+}
+
+TEST(Scanner, leaves_the_running_counters_alone_when_a_token_comes_again) {
+    Input i("a\n bb c");
+    i.next();
+    cAttrLiteral const a = i.scan.token();
+    i.next();
+    EXPECT_EQ(running(i.scan), "2:3:4");
+    i.scan.ungettoken(a);
+    EXPECT_EQ(shown(i.scan.token()), "Ident(bb)");
+    EXPECT_EQ(i.next(), "Ident(a)");
+    EXPECT_EQ(place(i.scan.token()), "1:0:0");
+    EXPECT_EQ(running(i.scan), "2:3:4");
+    EXPECT_EQ(i.next(), "Ident(c)");
+}
+
+TEST(Scanner, pushes_the_current_token_back_as_often_as_asked) {
+    Input i("a b");
+    i.next();
+    i.scan.ungettoken();
+    i.scan.ungettoken();
+    EXPECT_EQ(rest_of(i.scan), "Ident(a) Ident(a) Ident(b)");
+}
+
+TEST(Scanner, pushes_back_tokens_that_never_stood_in_the_input) {
+    Input i("x");
+    cAttrLiteral made;
+    made.code = 59;
+    made.text = ";";
+    made.line = 7;
+    i.scan.ungettoken(made);
+    EXPECT_EQ(i.next(), "59(;)");
+    EXPECT_EQ(place(i.scan.token()), "7:0:0");
+    EXPECT_EQ(running(i.scan), "1:0:0");
+}
+
+TEST(Scanner, pushes_the_end_of_input_back) {
+    Input i("");
+    i.next();
+    i.scan.ungettoken();
+    EXPECT_EQ(i.next(), "Eof()");
+    EXPECT_EQ(i.next(), "Eof()");
+}
+
+TEST(Scanner, copies_the_token_into_the_argument) {
+    Input i("a");
+    cAttrLiteral copy;
+    EXPECT_EQ(i.scan.gettoken(copy), tkIdent);
+    i.next();
+    EXPECT_EQ(shown(copy), "Ident(a)");
+    EXPECT_EQ(copy.outer_line, 1u);
+    EXPECT_EQ(copy.outer_column, 0u);
+}
+
+// Going back.
+
+TEST(Scanner, resets_to_the_start_of_the_current_token) {
+    Input i("a bb cc");
+    i.next();
+    i.next();
+    i.scan.ungettoken();
+    i.scan.resettoken();
+    EXPECT_EQ(i.scan.token().code, tkEof);
+    EXPECT_EQ(running(i.scan), "1:2:2");
+    EXPECT_EQ(rest_of(i.scan), "Ident(bb) Ident(cc)");
+}
+
+TEST(Scanner, resets_to_a_given_token_even_from_behind_the_end) {
+    Input i("a bb cc");
+    i.next();
+    cAttrLiteral bb;
+    i.scan.gettoken(bb);
+    EXPECT_EQ(rest_of(i.scan), "Ident(cc)");
+    EXPECT_FALSE(i.in.good());
+    i.scan.resettoken(bb);
+    EXPECT_TRUE(i.in.good());
+    EXPECT_EQ(i.next(), "Ident(bb)");
+    EXPECT_EQ(place(i.scan.token()), "1:2:2");
+}
+
+TEST(Scanner, resets_to_any_place) {
+    Input i("a bb cc");
+    i.next();
+    i.scan.reset(3, 9, 4);
+    EXPECT_EQ(i.next(), "Ident(b)");
+    EXPECT_EQ(place(i.scan.token()), "9:4:3");
+}
+
+TEST(Scanner, flush_gives_the_stream_back_its_look_ahead) {
+    Input i("12;b");
+    i.next();
+    i.scan.ungettoken();
+    EXPECT_EQ(i.in.tellg(), 3);
+    i.scan.flush();
+    EXPECT_EQ(i.in.tellg(), 2);
+    EXPECT_EQ(running(i.scan), "1:2:2");
+    EXPECT_EQ(i.in.get(), ';');
+    EXPECT_EQ(i.next(), "Ident(b)");
+}
+
+// The position counts no newlines, so that the way back is short by their number.
+TEST(Scanner, goes_back_too_far_once_a_newline_was_passed) {
+    Input i("\n\nab cd");
+    i.next();
+    cAttrLiteral ab = i.scan.token();
+    i.scan.resettoken();
+    EXPECT_EQ(i.in.tellg(), 0);
+    EXPECT_EQ(i.next(), "Ident(ab)");
+    EXPECT_EQ(place(i.scan.token()), "5:0:0");
+}
+
+TEST(Scanner, forgets_quotes_known_to_be_open_when_it_goes_back) {
+    std::stringstream in("\"a ");
+    Scan scan(in);
+    EXPECT_EQ(rest_of(scan), "34(\") Ident(a)");
+    in.clear();
+    in << "\"";
+    scan.reset(0, 1, 0);
+    EXPECT_EQ(rest_of(scan), "String(\"a \")");
+}
+
+// Sharing.
+
+TEST(Scanner, shares_one_lexer_among_all_scanners_on_a_stream) {
+    std::istringstream in("a bb c"), other("x");
+    Scan first(in);
+    EXPECT_TRUE(first.alone());
+    {
+        Scan second(in);
+        EXPECT_EQ(cAttrLexer::living(), 1u);
+        EXPECT_FALSE(first.alone());
+        first.gettoken();
+        first.ungettoken();
+        second.gettoken();
+        EXPECT_EQ(shown(first.token()), "Ident(a)");
+        EXPECT_EQ(&first.token(), &second.token());
+        second.errincr();
+        second.set_filename("f");
+        second.return_ws(true);
+        Scan third(other);
+        EXPECT_EQ(cAttrLexer::living(), 2u);
+        EXPECT_FALSE(third.alone());
+        EXPECT_EQ(third.errcount(), 0u);
+    }
+    EXPECT_TRUE(first.alone());
+    EXPECT_EQ(first.errcount(), 1u);
+    EXPECT_EQ(first.filename(), "f");
+    EXPECT_EQ(&first.sig_error(), &Scan(in).sig_error());
+    EXPECT_EQ(rest_of(first), "Space( ) Ident(bb) Space( ) Ident(c)");
+}
+
+TEST(Scanner, ends_its_lexer_with_the_last_scanner) {
+    std::istringstream in("a b c");
+    EXPECT_EQ(cAttrLexer::find(in), nullptr);
+    auto first = std::make_unique<Scan>(in);
+    auto second = std::make_unique<Scan>(in);
+    first->gettoken();
+    cAttrLexer *const lexer = cAttrLexer::find(in);
+    first.reset();
+    EXPECT_EQ(cAttrLexer::find(in), lexer);
+    EXPECT_EQ(rest_of(*second), "Ident(b) Ident(c)");
+    second.reset();
+    EXPECT_EQ(cAttrLexer::find(in), nullptr);
+    EXPECT_EQ(cAttrLexer::living(), 0u);
+}
+
+TEST(Scanner, lexers_leave_the_list_in_any_order) {
+    std::istringstream a("1"), b("2"), c("3");
+    auto sa = std::make_unique<Scan>(a);
+    auto sb = std::make_unique<Scan>(b);
+    auto sc = std::make_unique<Scan>(c);
+    sb.reset();
+    EXPECT_EQ(cAttrLexer::find(b), nullptr);
+    EXPECT_NE(cAttrLexer::find(c), nullptr);
+    sa.reset();
+    EXPECT_NE(cAttrLexer::find(c), nullptr);
+    EXPECT_EQ(rest_of(*sc), "Int(3)");
+}
+
+TEST(Scanner, counts_errors_up_and_clears_them) {
+    Input i("");
+    EXPECT_EQ(i.scan.errcount(), 0u);
+    i.scan.errincr();
+    i.scan.errincr();
+    EXPECT_EQ(i.scan.errcount(), 2u);
+    i.scan.errclear();
+    EXPECT_EQ(i.scan.errcount(), 0u);
+}
+
+TEST(Scanner, has_an_empty_file_name_until_one_is_set) {
+    Input i("");
+    EXPECT_EQ(i.scan.filename(), "");
+    i.scan.set_filename("dir/file.attr");
+    EXPECT_EQ(i.scan.filename(), "dir/file.attr");
+    i.scan.set_filename(nullptr);
+    EXPECT_EQ(i.scan.filename(), "");
+    EXPECT_EQ(&i.scan.is(), &i.in);
+}
+
+TEST(Scanner, fires_errors_on_its_own_signal) {
+    struct Slot {
+        void take(cErr &e) { codes += std::to_string(e.code()) + ";"; }
+        std::string codes;
+    } target;
+    Input i("");
+    cSlot1<Slot, cErr &> slot(&target, &Slot::take);
+    i.scan.sig_error().connect(slot);
+    cErr e(7, "x");
+    i.scan.sig_error()(e);
+    EXPECT_EQ(target.codes, "7;");
+}
+
+TEST(Scanner, takes_a_null_stream_for_the_standard_input) {
+    std::istream *none = nullptr;
+    Scan scan(none);
+    EXPECT_EQ(&scan.is(), &cat::std_in());
+    std::istringstream in("a");
+    EXPECT_EQ(rest_of(Scan(&in)), "Ident(a)");
+}
+
+TEST(Scanner, is_not_copied) {
+    static_assert(!std::is_copy_constructible_v<cAttrScanner>);
+    static_assert(!std::is_copy_assignable_v<cAttrScanner>);
+    static_assert(!std::is_copy_constructible_v<cAttrLexer>);
+    static_assert(!std::is_copy_constructible_v<cSetTmp<bool>>);
+    static_assert(!std::is_copy_assignable_v<cSetTmp<bool>>);
+    static_assert(std::is_copy_constructible_v<cAttrLiteral>);
+    static_assert(std::is_nothrow_move_assignable_v<cAttrLiteral>);
+}
+
+TEST(Scanner, numbers_its_tokens_as_its_callers_know_them) {
+    EXPECT_EQ(tkEof, 0);
+    EXPECT_EQ(tkInt, 257);
+    EXPECT_EQ(tkUnsigned, 258);
+    EXPECT_EQ(tkFloat, 259);
+    EXPECT_EQ(tkDouble, 260);
+    EXPECT_EQ(tkBool, 261);
+    EXPECT_EQ(tkString, 262);
+    EXPECT_EQ(tkConst, 263);
+    EXPECT_EQ(tkIdent, 264);
+    EXPECT_EQ(tkComment, 265);
+    EXPECT_EQ(tkSpace, 266);
+    EXPECT_EQ(tkBadIdent, 267);
+    EXPECT_EQ(tkAddAssign, 270);
+    EXPECT_EQ(tkShiftLeft, 271);
+    EXPECT_EQ(tkAndAssign, 272);
+    EXPECT_STREQ(cat::token_name(267), "tkBadIdent");
+    EXPECT_EQ(cat::token_name(59), nullptr);
+    EXPECT_EQ(cat::token_name(268), nullptr);
+    EXPECT_EQ(cat::token_name(-1), nullptr);
+}
+
+// The outer place.
+
+TEST(Scanner, tells_the_outer_place_of_each_token_of_a_text_cut_out_of_another) {
+    Input i("ab+ 12 c");
+    i.scan.outer_places({{0, 5, 10}, {2, 5, 20}, {4, 6, 0}});
+    std::string places;
+    while (i.next() != "Eof()") {
+        places += std::to_string(i.scan.token().outer_line) + ":" +
+                  std::to_string(i.scan.token().outer_column) + " ";
+    }
+    EXPECT_EQ(places, "5:10 5:20 6:0 6:3 ");
+    EXPECT_EQ(place(i.scan.token()), "1:8:8");
+}
+
+TEST(Scanner, takes_its_own_place_for_the_outer_one_where_nothing_else_is_known) {
+    Input i("a\n b c");
+    i.scan.outer_places({{5, 9, 9}});
+    i.next();
+    i.next();
+    EXPECT_EQ(i.scan.token().outer_line, 2u);
+    EXPECT_EQ(i.scan.token().outer_column, 1u);
+    i.next();
+    EXPECT_EQ(i.scan.token().outer_line, 9u);
+    EXPECT_EQ(i.scan.token().outer_column, 9u);
+}
+
+TEST(Scanner, counts_newlines_in_the_offsets_of_outer_places) {
+    Input i("a\n\nb");
+    i.scan.outer_places({{0, 1, 0}, {3, 50, 60}});
+    i.next();
+    i.next();
+    EXPECT_EQ(i.scan.token().outer_line, 50u);
+    EXPECT_EQ(i.scan.token().outer_column, 60u);
+}
+
+// The dump.
+
+TEST(Scanner, dumps_each_token_as_a_line) {
+    Input i("a\n \"b\" ");
+    Messages messages;
+    EXPECT_FALSE(i.scan.setdump(true));
+    rest_of(i.scan);
+    EXPECT_EQ(messages.text(), "TOKEN:264:0:1:0 'a'\nTOKEN:262:2:2:1 '\"b\"'\nTOKEN:0:6:2:5 ''\n");
+    EXPECT_TRUE(i.scan.setdump(false));
+    i.next();
+    EXPECT_EQ(messages.text(), "");
+}
+
+TEST(Scanner, does_not_dump_tokens_that_come_again) {
+    Input i("a b");
+    i.next();
+    i.scan.ungettoken();
+    Messages messages;
+    i.scan.setdump(true);
+    i.next();
+    EXPECT_EQ(messages.text(), "");
+    i.next();
+    EXPECT_EQ(messages.text(), "TOKEN:264:2:1:2 'b'\n");
+}
+
+// Streams of other kinds.
+
+TEST(Scanner, changes_nothing_in_a_stream_it_is_opened_on) {
+    std::istringstream in("ab");
+    std::string word;
+    in >> word;
+    ASSERT_EQ(in.rdstate(), std::ios::eofbit);
+    Scan scan(in);
+    EXPECT_EQ(in.rdstate(), std::ios::eofbit);
+    EXPECT_EQ(scan.position(), 2u);
+    EXPECT_EQ(rest_of(scan), "");
+}
+
+TEST(Scanner, finds_the_end_of_input_again_and_again_on_a_closed_file) {
+    std::ifstream in;
+    Scan scan(in);
+    EXPECT_EQ(scan.position(), 0xFFFFFFFFu);
+    EXPECT_EQ(scan.gettoken(), tkEof);
+    EXPECT_EQ(in.rdstate(), std::ios::eofbit | std::ios::failbit);
+    EXPECT_EQ(scan.gettoken(), tkEof);
+}
+
+TEST(Scanner, finds_the_end_of_input_on_a_file_that_is_not_there) {
+    std::ifstream in("/nowhere/at/all");
+    Scan scan(in);
+    EXPECT_EQ(scan.position(), 0xFFFFFFFFu);
+    EXPECT_EQ(scan.gettoken(), tkEof);
+    EXPECT_EQ(in.rdstate(), std::ios::failbit);
+}
+
+TEST(Scanner, leaves_eofbit_and_failbit_behind_at_the_end) {
+    Input i("a");
+    i.next();
+    i.next();
+    EXPECT_EQ(i.in.rdstate(), std::ios::eofbit | std::ios::failbit);
+}
+
+TEST(Scanner, uses_up_its_look_ahead_before_it_minds_the_streams_state) {
+    Input i("a;b");
+    i.next();
+    i.in.setstate(std::ios::eofbit);
+    EXPECT_EQ(i.next(), "59(;)");
+    EXPECT_EQ(i.next(), "Eof()");
+    i.in.clear();
+    EXPECT_EQ(i.next(), "Ident(b)");
+}
+
+TEST(Scanner, starts_at_place_0_after_a_reset_on_a_file_opened_later) {
+    std::ifstream in;
+    Scan scan(in);
+    in.open("/proc/self/cmdline", std::ios::binary);
+    scan.reset(0, 1, 0);
+    EXPECT_EQ(running(scan), "1:0:0");
+    scan.gettoken();
+    EXPECT_EQ(place(scan.token()), "1:0:0");
+    std::string const first = shown(scan.token());
+    scan.resettoken();
+    scan.gettoken();
+    EXPECT_EQ(shown(scan.token()), first);
+}
+
+namespace {
+
+struct Pipe {
+    explicit Pipe(std::string const &text) {
+        if (pipe(ends) != 0) return;
+        ok = write(ends[1], text.data(), text.size()) == static_cast<ssize_t>(text.size());
+        close(ends[1]);
+        in.open("/proc/self/fd/" + std::to_string(ends[0]), std::ios::binary);
+    }
+    Pipe(Pipe const &) = delete;
+    Pipe &operator=(Pipe const &) = delete;
+    ~Pipe() { close(ends[0]); }
+    int ends[2] = {-1, -1};
+    bool ok = false;
+    std::ifstream in;
+};
+
+} // namespace
+
+TEST(Scanner, reads_a_pipe_whose_position_starts_below_0) {
+    Pipe pipe("ab 12;");
+    ASSERT_TRUE(pipe.ok && pipe.in.is_open());
+    Scan scan(pipe.in);
+    scan.gettoken();
+    EXPECT_EQ(place(scan.token()), "1:0:4294967295");
+    scan.gettoken();
+    EXPECT_EQ(place(scan.token()), "1:3:2");
+    EXPECT_EQ(rest_of(scan), "59(;)");
+}
+
+TEST(Scanner, drops_the_look_ahead_and_stays_good_where_the_stream_cannot_seek) {
+    Pipe pipe("ab 12;c");
+    ASSERT_TRUE(pipe.ok && pipe.in.is_open());
+    Scan scan(pipe.in);
+    scan.gettoken();
+    scan.ungettoken();
+    scan.resettoken();
+    EXPECT_TRUE(pipe.in.good());
+    EXPECT_EQ(running(scan), "1:0:4294967295");
+    EXPECT_EQ(rest_of(scan), "Int(12) 59(;) Ident(c)");
+    scan.flush();
+    EXPECT_TRUE(pipe.in.good());
+}
+
+// The fatal ends. The text leaves through the display.
+
+TEST(ScannerDeathTest, a_broken_stream_ends_the_process_with_status_2) {
+    auto const read_broken = [] {
+        sig_idle();
+        cConsoleDisplay display(2);
+        std::istream in(nullptr);
+        Scan(in).gettoken();
+    };
+    EXPECT_EXIT(read_broken(), testing::ExitedWithCode(2), "^input in flex scanner failed\n$");
+}
+
+TEST(ScannerDeathTest, a_read_error_ends_the_process_with_status_2) {
+    auto const read_folder = [] {
+        sig_idle();
+        cConsoleDisplay display(2);
+        std::ifstream in("/");
+        Scan(in).gettoken();
+    };
+    EXPECT_EXIT(read_folder(), testing::ExitedWithCode(2), "^input in flex scanner failed\n$");
+}
+
+TEST(ScannerDeathTest, the_bare_engine_makes_no_tokens) {
+    auto const run_bare = [] {
+        sig_idle();
+        cConsoleDisplay display(2);
+        attrFlexLexer().yylex();
+    };
+    EXPECT_EXIT(run_bare(), testing::ExitedWithCode(2),
+                "^yyFlexLexer::yylex invoked but %option yyclass used\n$");
+}
+
+TEST(Scanner, has_a_trace_channel_of_its_own) {
+    EXPECT_EQ(cat::trace_lex.ident(), "catlex");
+    EXPECT_EQ(cat::trace_lex.flags(), 3);
+}

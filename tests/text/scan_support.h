@@ -1,0 +1,100 @@
+#pragma once
+// What the tests of the scanner and of files share: a scanner whose tokens a test can take, tokens
+// as one text, stream buffers that count, and the text of the message route.
+
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/text/cattrscanner.h"
+
+#include <cstddef>
+#include <sstream>
+#include <streambuf>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace test {
+
+struct Scan : cAttrScanner {
+    using cAttrScanner::cAttrScanner;
+    using cAttrScanner::gettoken;
+};
+
+// "Int(-5)" or, for a single character, "45(-)".
+inline std::string shown(cAttrLiteral const &token) {
+    char const *name = cat::token_name(token.code);
+    return (name ? std::string(name + 2) : std::to_string(token.code)) + "(" + token.text + ")";
+}
+
+// All tokens up to the end of input, with a blank between them.
+inline std::string rest_of(Scan const &scan) {
+    std::string all;
+    cAttrLiteral token;
+    while (scan.gettoken(token) != tkEof || !token.text.empty())
+        all += (all.empty() ? "" : " ") + shown(token);
+    return all;
+}
+
+inline std::string tokens_of(std::string const &text, bool with_space_and_comments = false) {
+    std::istringstream in(text);
+    Scan scan(in);
+    scan.return_all(with_space_and_comments);
+    return rest_of(scan);
+}
+
+// Gives its text in pieces of this size; with 0 it has no get area, so that every character is
+// asked for by itself. Counts what was taken.
+class PieceBuf : public std::streambuf {
+  public:
+    explicit PieceBuf(std::string text, std::size_t piece = 0)
+        : text_(std::move(text)), piece_(piece) {}
+
+    std::size_t taken() const { return given_ - static_cast<std::size_t>(egptr() - gptr()); }
+
+  protected:
+    int underflow() override {
+        if (given_ == text_.size()) return traits_type::eof();
+        if (piece_ == 0) return traits_type::to_int_type(text_[given_]);
+        std::size_t const n = std::min(piece_, text_.size() - given_);
+        char *const first = text_.data() + given_;
+        setg(first, first, first + n);
+        given_ += n;
+        return traits_type::to_int_type(*first);
+    }
+    int uflow() override {
+        if (piece_ != 0) return std::streambuf::uflow();
+        return given_ == text_.size() ? traits_type::eof()
+                                      : traits_type::to_int_type(text_[given_++]);
+    }
+
+  private:
+    std::string text_;
+    std::size_t piece_;
+    std::size_t given_ = 0;
+};
+
+// Collects what is printed while it lives.
+class Messages {
+  public:
+    Messages() : slot_(this, &Messages::take) {
+        sig_idle();
+        cat::std_err().flush();
+        cOutSigStreambuf.sig().connect(slot_);
+    }
+    Messages(Messages const &) = delete;
+    Messages &operator=(Messages const &) = delete;
+    ~Messages() { slot_.disconnect(); }
+
+    std::string text() {
+        cat::std_out().flush();
+        cat::std_err().flush();
+        return std::exchange(text_, {});
+    }
+
+  private:
+    void take(char const *text) { text_ += text; }
+
+    cSlot1<Messages, char const *> slot_;
+    std::string text_;
+};
+
+} // namespace test
