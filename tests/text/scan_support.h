@@ -5,6 +5,7 @@
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/text/cattrscanner.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <sstream>
 #include <streambuf>
@@ -40,6 +41,29 @@ inline std::string tokens_of(std::string const &text, bool with_space_and_commen
     scan.return_all(with_space_and_comments);
     return rest_of(scan);
 }
+
+// "line:column:position" of a token.
+inline std::string place(cAttrLiteral const &t) {
+    return std::to_string(t.line) + ":" + std::to_string(t.column) + ":" +
+           std::to_string(t.position);
+}
+
+// The same of the running counters.
+inline std::string running(Scan const &s) {
+    return std::to_string(s.lineno()) + ":" + std::to_string(s.column()) + ":" +
+           std::to_string(s.position());
+}
+
+struct Input {
+    explicit Input(std::string const &text) : in(text), scan(in) {}
+    // The next token as text.
+    std::string next() {
+        scan.gettoken();
+        return shown(scan.token());
+    }
+    std::istringstream in;
+    Scan scan;
+};
 
 // Gives its text in pieces of this size; with 0 it has no get area, so that every character is
 // asked for by itself. Counts what was taken.
