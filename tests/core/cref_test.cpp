@@ -1,0 +1,241 @@
+// Counting: cShared, cRef, the object base and the census.
+#include "qrv/core/cref.h"
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+#include "tests/support/fixture.h"
+
+#include <sstream>
+#include <type_traits>
+
+namespace {
+
+class RefEdge : public QrvTest {};
+class Ref : public QrvTest {};
+class Destruction : public QrvTest {};
+
+struct cCounted : cShared {
+    int mark = 0;
+};
+
+using countedref = cRef<cCounted>;
+
+// Handles convert from what shares and never from a plain pointer; what would be the pointer's
+// own operations don't compile.
+static_assert(std::is_convertible_v<std::nullptr_t, objref>);
+static_assert(std::is_convertible_v<typeref, objref>);
+static_assert(std::is_convertible_v<objref, cObj *>);
+static_assert(std::is_convertible_v<objref, cObj const *>);
+static_assert(!std::is_convertible_v<cObj *, objref>);
+static_assert(!std::is_constructible_v<objref, cObj *>);
+static_assert(!std::is_convertible_v<objref, typeref>);
+static_assert(!std::is_convertible_v<objref, bool>);
+static_assert(!std::is_convertible_v<objref, int>);
+static_assert(std::is_constructible_v<bool, objref>);
+static_assert(sizeof(objref) == sizeof(void *));
+
+template <class T>
+concept cIndexable = requires(T ref) {
+    ref[0];
+};
+template <class T>
+concept cPrintable = requires(T ref, std::ostream &os) {
+    os << ref;
+};
+template <class T>
+concept cShiftable = requires(T ref) {
+    ref << 1;
+};
+template <class T>
+concept cDeletable = requires(T ref) {
+    delete ref;
+};
+static_assert(cIndexable<int *> && !cIndexable<objref>);
+static_assert(cPrintable<int *> && !cPrintable<objref>);
+static_assert(!cShiftable<objref>);
+static_assert(cDeletable<cObj *> && !cDeletable<objref> && !cDeletable<countedref>);
+
+// A number, a pointer or a text is no flag for the plain constructor.
+static_assert(!std::is_convertible_v<bool, cObj>);
+static_assert(!std::is_constructible_v<cObj, int>);
+static_assert(!std::is_constructible_v<cObj, double>);
+static_assert(!std::is_constructible_v<cObj, char const *>);
+static_assert(!std::is_assignable_v<cObj &, int>);
+static_assert(!std::is_assignable_v<cObj &, char const *>);
+static_assert(!std::is_constructible_v<cObjD<bool>, char const *>);
+static_assert(!std::is_constructible_v<cObjDR<std::string>, std::string>);
+static_assert(!std::is_copy_constructible_v<cObj>);
+static_assert(!std::is_copy_constructible_v<cTypeObj> && !std::is_copy_assignable_v<cTypeObj>);
+static_assert(!std::is_copy_constructible_v<cExeMember> && !std::is_copy_assignable_v<cExeMember>);
+
+} // namespace
+
+TEST_F(RefEdge, a_copy_of_a_shared_object_counts_one_whatever_the_source_counts) {
+    cCounted source;
+    source.incref();
+    source.incref();
+    cCounted const copy(source);
+    EXPECT_EQ(copy.refs(), 1u);
+    EXPECT_EQ(source.refs(), 3u);
+}
+
+TEST_F(RefEdge, assigning_object_bases_copies_flags_and_no_count) {
+    cObjD<int> a(1), b(2);
+    a.setflags(of_const_keys | 3);
+    b.incref();
+    static_cast<cObjBase &>(b) = a;
+    EXPECT_EQ(b.flags(), of_const_keys | 3);
+    EXPECT_EQ(b.refs(), 2u);
+    EXPECT_EQ(a.refs(), 1u);
+    EXPECT_EQ(b.val(), 2);
+}
+
+TEST_F(RefEdge, decref_at_one_is_true_and_leaves_a_living_object) {
+    cCounted counted;
+    counted.mark = 7;
+    EXPECT_TRUE(counted.decref());
+    EXPECT_EQ(counted.refs(), 0u);
+    EXPECT_EQ(counted.mark, 7);
+    counted.incref();
+    counted.incref();
+    EXPECT_FALSE(counted.decref());
+}
+
+TEST_F(RefEdge, self_assignment_changes_no_count) {
+    countedref ref = make<cCounted>();
+    countedref &same = ref;
+    ref = same;
+    EXPECT_EQ(ref->refs(), 1u);
+    ref = std::move(same);
+    EXPECT_EQ(ref->refs(), 1u);
+}
+
+namespace {
+
+// Holds the last count of itself by way of `next`, and looks at that cRef while it dies.
+struct cHolder : cShared {
+    ~cHolder() {
+        if (outside) *seen = outside->get();
+    }
+    cRef<cHolder> next;
+    cRef<cHolder> const *outside = nullptr;
+    cHolder **seen = nullptr;
+};
+
+} // namespace
+
+TEST_F(RefEdge, assigning_the_last_owner_of_its_own_holder_is_safe) {
+    cRef<cHolder> chain = make<cHolder>();
+    cHolder *seen = nullptr;
+    chain->outside = &chain;
+    chain->seen = &seen;
+    chain->next = make<cHolder>();
+    cHolder *const second = chain->next.get();
+    chain = chain->next; // the first dies, and its `next` with it
+    EXPECT_EQ(chain.get(), second);
+    EXPECT_EQ(chain->refs(), 1u);
+    EXPECT_EQ(seen, second) << "the old target's destructor must find the new value";
+}
+
+TEST_F(RefEdge, put_count_reports_the_built_in_types) {
+    std::ostringstream os;
+    cObjBase::put_count(os);
+    std::ostringstream expected;
+    expected << "------------------------------------------------------------------\n"
+             << "static daten: \n"
+             << "ob_lstid  " << cObjBase::ob_lstid() << "    ob_count  " << cObjBase::ob_count()
+             << "   in typemap:15  (No type entries: 0 )\n";
+    EXPECT_EQ(os.str(), expected.str());
+}
+
+TEST_F(Ref, put_count_tells_other_entries_of_the_type_map_apart) {
+    cat::typemap().datamap().mapitem("no type", cat::of(1));
+    std::ostringstream os;
+    cObjBase::put_count(os);
+    cat::typemap().datamap().delitem("no type");
+    EXPECT_NE(os.str().find("   in typemap:15  (No type entries: 1 )\n"), std::string::npos);
+}
+
+TEST_F(Ref, adopting_takes_the_count_over_and_sharing_adds_one) {
+    auto *const counted = new cCounted;
+    countedref const adopted = countedref::adopt(counted);
+    EXPECT_EQ(counted->refs(), 1u);
+    countedref const shared = countedref::share(counted);
+    EXPECT_EQ(counted->refs(), 2u);
+    countedref const copy = shared;
+    EXPECT_EQ(counted->refs(), 3u);
+}
+
+TEST_F(Ref, moving_leaves_null_and_no_count_changes) {
+    countedref from = make<cCounted>();
+    cCounted const *const counted = from.get();
+    countedref to = std::move(from);
+    EXPECT_EQ(from.get(), nullptr);
+    EXPECT_EQ(to.get(), counted);
+    EXPECT_EQ(counted->refs(), 1u);
+}
+
+TEST_F(Ref, null_is_tolerated_everywhere) {
+    countedref a, b = nullptr;
+    a = b;
+    a = nullptr;
+    a.swap(b);
+    EXPECT_TRUE(a == b);
+    EXPECT_TRUE(a == nullptr);
+    EXPECT_FALSE(static_cast<bool>(a));
+    EXPECT_EQ(countedref::share(nullptr).get(), nullptr);
+}
+
+TEST_F(Ref, handles_compare_by_their_pointers) {
+    objref const a = cat::of(1), b = cat::of(1);
+    EXPECT_TRUE(a == a);
+    EXPECT_TRUE(a != b);
+    EXPECT_TRUE(a == a.get());
+    EXPECT_TRUE(a != nullptr);
+}
+
+TEST_F(Ref, flags_are_replaced_set_unset_and_masked) {
+    cObjD<int> obj(1);
+    obj.flags(5);
+    obj.setflags(of_const);
+    EXPECT_EQ(obj.flags(), 5 | of_const);
+    obj.unsetflags(1);
+    EXPECT_EQ(obj.flags(), 4 | of_const);
+    EXPECT_EQ(obj.flags_of(of_const | 2), of_const);
+}
+
+TEST_F(Destruction, a_chain_of_a_million_maps_is_destroyed) {
+    objref top = make<cMapObj>();
+    for (int i = 0; i < 1000000; ++i) {
+        objref const above = make<cMapObj>();
+        static_cast<cMapObj &>(*above).datamap().mapitem("k", top);
+        top = above;
+    }
+    top = nullptr; // the fixture counts that nothing is left
+    EXPECT_EQ(top, nullptr);
+}
+
+namespace {
+
+class cTeller : public cObjD<int> {
+  public:
+    cTeller(int n, std::string &story) : cObjD<int>(n), story_(story) {}
+    cTeller(cTeller const &) = delete;
+    cTeller &operator=(cTeller const &) = delete;
+    ~cTeller() override { story_ += std::to_string(val()) + ";"; }
+
+  private:
+    std::string &story_;
+};
+
+} // namespace
+
+TEST_F(Destruction, values_below_the_limit_die_in_ring_order) {
+    std::string story;
+    objref map = make<cMapObj>();
+    cAttrHash &hash = static_cast<cMapObj &>(*map).datamap();
+    for (int i : {1, 2, 3}) hash.mapitem(own_key(i), objref::adopt(new cTeller(i, story)));
+    map = nullptr;
+    EXPECT_EQ(story, "1;2;3;");
+}
