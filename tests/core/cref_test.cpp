@@ -47,14 +47,9 @@ template <class T>
 concept cShiftable = requires(T ref) {
     ref << 1;
 };
-template <class T>
-concept cDeletable = requires(T ref) {
-    delete ref;
-};
 static_assert(cIndexable<int *> && !cIndexable<objref>);
 static_assert(cPrintable<int *> && !cPrintable<objref>);
 static_assert(!cShiftable<objref>);
-static_assert(cDeletable<cObj *> && !cDeletable<objref> && !cDeletable<countedref>);
 
 // A number, a pointer or a text is no flag for the plain constructor.
 static_assert(!std::is_convertible_v<bool, cObj>);
