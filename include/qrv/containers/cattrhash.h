@@ -64,6 +64,10 @@ using cSlotWord = std::uintptr_t;
 
 // The entry of a table: a link with a key, its hash and its place in the table.
 template <class Key, class Node> class cHashNode : public cNode<Node> {
+  public:
+    cHashNode(cHashNode const &) = delete;
+    cHashNode &operator=(cHashNode const &) = delete;
+
   protected:
     explicit cHashNode(Key const &key) : key_(key) {}
     ~cHashNode() = default;
@@ -139,7 +143,7 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
 
     cAttrNode(cAttrNode const &other); // key, value and flags; a new anid, in no table
 
-    static objref own_key(objref const &key);
+    static objref clone_key(objref const &key);
     bool refuses(objref const &value);
 
     objref value_;
@@ -284,6 +288,7 @@ class QRV_API cAttrHash : public cShared {
         cAttrNode *node;
         cSlotWord *free;
         std::uint32_t steps;
+        bool stale; // a key's hook has changed the table: look again
     };
     class cKeep;
     class cHold;
@@ -293,26 +298,26 @@ class QRV_API cAttrHash : public cShared {
 
     cAttrHash(cAttrHash const &other); // an empty table, copies nothing
 
-    cSearch search_for(objref const &key) const;
-    std::uint32_t seeded_hash(cKeyKind kind, objref const &key) const;
     static cKeyKind kind_of(objref const &key);
+    static std::uint32_t seeded_hash(cKeyKind kind, objref const &key);
     static bool matches(cAttrNode const &node, cSearch const &search);
+    cSearch search_for(objref const &key) const;
     cFound probe(cSearch const &search) const;
-    cFound locate(objref const &key) const;
+    cAttrNode *locate(objref const &key) const;
 
     cAttrNode *force_node(objref const &key);
     void link_node(cAttrNode &node, cFound const &place, cSearch const &search);
     void unlink_node(cAttrNode &node) noexcept;
-    void move_before(cAttrNode &node, cAttrNode const *before) noexcept;
+    void move_before(cAttrNode &node, cAttrNode &place) noexcept;
     void remove(cAttrNode *node);
-    bool replace(cAttrNode *node, objref const &value, cAttrNode *before);
+    void remove_all();
+    bool accept_exe(objref const &key, objref const &value);
     void count_in(cAttrNode const &node) noexcept;
     void count_out(cAttrNode const &node) noexcept;
-    void after_insertion(cAttrNode const &node, std::uint32_t steps);
-    void seed_keys();
-    void rebuild(std::uint32_t size);
-    int walk_for_last_index() const;
-    bool walk_for_vector() const;
+    void rebuild(std::uint32_t size, bool seed);
+    void seed_keys() noexcept;
+    bool detach_node(cAttrNode const *node) const;
+    std::string broken_deep() const;
     void check() const; // the cheap rules, in checking builds
 
     std::unique_ptr<cSlotWord[]> slots_;

@@ -1,0 +1,102 @@
+// The rules that hold for every cAttrHash between operations:
+//   H1 used == nodes on the ring == node words in the table, and the ring is linked both ways
+//   H2 each ring node n: *n.slot is n, n.table is this, n is alive
+//   H3 no two keys are hasheq (deep only: it calls hooks; not asked of float and double, where
+//      NaN equals everything)
+//   H4 no nil key
+//   H5 used * 100 <= size * 80, and at least size / 8 slots were never used
+//   H6 the number of never-used slots is right
+//   H7 what is known about the keys is right: counts of kinds, greatest index, vector or not
+//   H8 each key is found again under its cached hash (deep only)
+// In checking builds the cheap rules are held after every change of a small table, and after every
+// change number that is a power of two of a large one.
+
+#include "containers/cattrhash_detail.h"
+#include "qrv/core/cobjd.h"
+
+#ifdef QRV_CHECKS
+#include <cstdio>
+#include <cstdlib>
+#endif
+
+namespace {
+
+std::string broken(char const *rule, cAttrNode const *node = nullptr) {
+    std::string text = rule;
+    if (node) text += " key=" + cat::as_text(node->key());
+    return text;
+}
+
+bool is_floating(cKeyKind kind) noexcept {
+    return kind == cKeyKind::float_key || kind == cKeyKind::double_key;
+}
+
+// What the walk over the ring has seen of the keys.
+struct cSeen {
+    std::uint32_t nodes = 0, others = 0, no_ints = 0;
+    int greatest = -1;
+    bool is_vector = true;
+
+    void take(cKeyKind kind, std::uint32_t hash) noexcept {
+        bool const is_int = kind == cKeyKind::int_key;
+        if (is_int) greatest = std::max(greatest, static_cast<int>(hash));
+        is_vector = is_vector && is_int && hash == nodes;
+        no_ints += !is_int;
+        others += kind == cKeyKind::other;
+        ++nodes;
+    }
+};
+
+} // namespace
+
+std::string cAttrHash::broken_rule(bool deep) const {
+    cSeen seen;
+    for (cLink *link = anchor_.next(); link != &anchor_; link = link->next()) {
+        if (!link || link->next() == link || link->prev()->next() != link ||
+            link->next()->prev() != link || seen.nodes > used_)
+            return broken("H1");
+        auto const *const node = static_cast<cAttrNode *>(link);
+        if (cObj::is_void(node->key_)) return broken("H4");
+        if (node->table_ != this || node->dead_ || !node->slot_ || node_of(*node->slot_) != node)
+            return broken("H2", node);
+        seen.take(node->kind_, node->hash_);
+    }
+    std::uint32_t words = 0, unused = 0;
+    for (std::uint32_t i = 0; i < size_; ++i) {
+        words += slots_[i] > slot_deleted;
+        unused += slots_[i] == slot_unused;
+    }
+    if (seen.nodes != used_ || words != used_) return broken("H1");
+    if (used_ * std::uint64_t{100} > size_ * std::uint64_t{80} || unused < size_ / 8)
+        return broken("H5");
+    if (unused != unused_) return broken("H6");
+    if (seen.others != others_ || seen.no_ints != no_ints_ || (is_vector_ && !seen.is_vector) ||
+        (greatest_known_ && greatest_ != seen.greatest))
+        return broken("H7");
+    return deep ? broken_deep() : std::string();
+}
+
+std::string cAttrHash::broken_deep() const {
+    for (cAttrNode *node = first(); node; node = next(node)) {
+        if (is_floating(node->kind_)) continue;
+        if (node->key_->type().is_keytype() && locate(node->key_) != node) {
+            for (cAttrNode *other = first(); other; other = next(other))
+                if (other != node && other->key_->type().hasheq(other->key_, node->key_))
+                    return broken("H3", node);
+            return broken("H8", node);
+        }
+    }
+    return {};
+}
+
+#ifdef QRV_CHECKS
+void cAttrHash::check() const {
+    if (used_ > 32 && (changes_ & (changes_ - 1)) != 0) return;
+    std::string const rule = broken_rule(false);
+    if (rule.empty()) return;
+    std::fprintf(stderr, "cAttrHash: broken rule %s\n", rule.c_str());
+    std::abort();
+}
+#else
+void cAttrHash::check() const {}
+#endif

@@ -1,0 +1,52 @@
+#pragma once
+// What the sources of cAttrHash share: the words of the table, guards, and the size table.
+// One thread at a time.
+
+#include "qrv/containers/cattrhash.h"
+
+#include <span>
+
+// A slot word moves only like this:  0 --insertion--> node --removal--> 1 --insertion--> node
+// Only a rebuild, which starts a new array, makes zeros again. So a search stops at 0 and passes 1.
+constexpr cSlotWord slot_unused = 0;
+constexpr cSlotWord slot_deleted = 1;
+
+inline cAttrNode *node_of(cSlotWord word) noexcept {
+    return word > slot_deleted ? reinterpret_cast<cAttrNode *>(word) : nullptr;
+}
+
+// Keeps a hash in memory while an operation runs foreign code that may drop its last owner. A hash
+// that nobody shares (a member, a local) has a count of its own that never reaches 0 here.
+class cAttrHash::cKeep {
+  public:
+    explicit cKeep(cAttrHash const *hash) noexcept : hash_(hash) { hash_->incref(); }
+    ~cKeep() {
+        if (hash_->decref()) delete hash_;
+    }
+    cKeep(cKeep const &) = delete;
+    cKeep &operator=(cKeep const &) = delete;
+
+  private:
+    cAttrHash const *hash_;
+};
+
+// Keeps a node's memory, so that is_dead() can be asked after foreign code has run.
+class cAttrHash::cHold {
+  public:
+    explicit cHold(cAttrNode const *node) noexcept : node_(node) {
+        if (node_) node_->hold();
+    }
+    ~cHold() {
+        if (node_) node_->unhold();
+    }
+    cHold(cHold const &) = delete;
+    cHold &operator=(cHold const &) = delete;
+
+  private:
+    cAttrNode const *node_;
+};
+
+// The next size of a table of `size` slots: the first of `primes` above size + 1; when they end,
+// the first prime above 2 * size. Throws std::length_error beyond 32 bits.
+std::uint32_t hash_grown_size(std::uint32_t size, std::span<std::uint32_t const> primes);
+std::span<std::uint32_t const> hash_primes() noexcept;

@@ -1,0 +1,160 @@
+// cAttrNode, the node that stands for none, and the orders of nodes.
+
+#include "containers/cattrhash_detail.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cerr.h"
+
+#include <ostream>
+
+namespace {
+
+constinit cAttrNode *nil_attr_node = nullptr;
+constinit objref const *null_key = nullptr;
+
+constexpr int type_locked = 2;
+constexpr unsigned int code_type_locked = 0x40400000u;
+
+cObj const &key_object(cAttrNode const *node) {
+    objref const &key = cAttrNode::key(node);
+    return key ? *key : *cat::nil();
+}
+
+} // namespace
+
+cAttrNode::cAttrNode(objref const &key) : cAttrNode(key, cat::nil()) {}
+
+cAttrNode::cAttrNode(objref const &key, objref const &value)
+    : cHashNode(clone_key(key)), value_(value), anid_(an_lstid++) {}
+
+cAttrNode::cAttrNode(cAttrNode const &other)
+    : cHashNode(clone_key(other.key_)), cObjBase(other), value_(other.value_), anid_(an_lstid++) {}
+
+cAttrNode::~cAttrNode() {
+    if (table_) table_->unlink_node(*this);
+}
+
+// A private copy, so that a caller who changes his key object can't disturb the table. Copies of
+// texts and ints are made directly, with the same effect as clone() has.
+objref cAttrNode::clone_key(objref const &key) {
+    if (cObj::is_void(key)) return key;
+    switch (cAttrHash::kind_of(key)) {
+    case cKeyKind::string_key:
+        return objref::adopt(
+            new cObjD<std::string>(static_cast<cObjDR<std::string> const &>(*key).val()));
+    case cKeyKind::int_key:
+        return objref::adopt(new cObjD<int>(static_cast<cObjDR<int> const &>(*key).val()));
+    default:
+        break;
+    }
+    objref const copy = key->clone(false); // RUNS FOREIGN CODE
+    return cObj::is_bad(copy) ? key : copy;
+}
+
+void cAttrNode::unhold() const noexcept {
+    if (decref()) delete this;
+}
+
+std::string cAttrNode::key_as_string() const { return cat::as_string(key_); }
+int cAttrNode::key_as_index() const { return cat::as_index(key_); }
+cObj &cAttrNode::value() const { return value_ ? *value_ : *cat::bad(); }
+bool cAttrNode::detach() const { return cat::detach(value_, false); }
+
+objref const &cAttrNode::key(cAttrNode const *node) noexcept {
+    if (node) return node->key_;
+    if (!null_key) null_key = new objref;
+    return *null_key;
+}
+std::string cAttrNode::key_as_string(cAttrNode const *node) { return cat::as_string(key(node)); }
+int cAttrNode::key_as_index(cAttrNode const *node) { return cat::as_index(key(node)); }
+objref const &cAttrNode::valref(cAttrNode const *node) { return node ? node->value_ : cat::bad(); }
+cObj &cAttrNode::value(cAttrNode const *node) { return node ? node->value() : *cat::bad(); }
+
+cAttrNode &cAttrNode::operator=(objref const &value) {
+    if (dead_ || this == nil_attr_node) return nil_attr();
+    if (cObj::is_kill(value)) {
+        if (!map_ || cObj::is_void(key_)) return *this;
+        map_->remove(this); // RE-ENTERS
+        return nil_attr();
+    }
+    cAttrHash::cHold const hold(this);
+    objref const held = value;
+    if (!refuses(held)) value_ = held; // RE-ENTERS
+    return dead_ ? nil_attr() : *this;
+}
+
+cAttrNode &cAttrNode::operator=(cObj const *value) {
+    return *this = objref::share(const_cast<cObj *>(value));
+}
+
+cAttrNode &cAttrNode::operator=(cAttrNode const &other) { return *this = other.value_; }
+
+cAttrNode &cAttrNode::assign(cAttrNode *node, objref const &value) {
+    return node ? *node = value : nil_attr();
+}
+
+cAttrNode &cAttrNode::assign(cAttrNode *node, cAttrNode const *other) {
+    return assign(node, valref(other));
+}
+
+bool cAttrNode::refuses(objref const &value) {
+    if (!flags_of(type_locked) || cObj::is_void(value_) || value_ == value) return false;
+    if (&value->type() == &value_->type()) return false;
+    std::string const type = value_->type().name();
+    std::string const text = cat::as_text(key_); // RUNS FOREIGN CODE: before eros() is touched
+    cErrStream &error = eros();
+    error.clear();
+    error.set_code(code_type_locked);
+    error << "cAttrNode, key: " << text << "  value type: " << type
+          << "  Flags do not allow operator=";
+    raise_eros(); // the value stays even if a handler forgives
+    return true;
+}
+
+bool cAttrNode::write(std::ostream &os) const { return write(this, os); }
+
+bool cAttrNode::write(cAttrNode const *node, std::ostream &os) {
+    os << key_as_string(node) << "=";
+    objref const value = objref::share(&cAttrNode::value(node));
+    value->writeobj(os); // RUNS FOREIGN CODE
+    os << "; ";
+    return os.good();
+}
+
+cAttrNode &nil_attr() {
+    if (nil_attr_node) return *nil_attr_node;
+    auto *const node = new cAttrNode(own_key(std::string("nil_attr")));
+    node->key()->obid(0); // the library's own, so off the census
+    nil_attr_node = node;
+    return *node;
+}
+
+void cat::forget_nil_attr() noexcept { delete std::exchange(nil_attr_node, nullptr); }
+
+// --- orders
+
+bool cKeyOrder::operator()(cAttrNode const *a, cAttrNode const *b) const {
+    return key_object(a).less(key_object(b));
+}
+
+bool cValueOrder::operator()(cAttrNode const *a, cAttrNode const *b) const {
+    cObj const &left = cAttrNode::value(a), &right = cAttrNode::value(b);
+    if (!left.is_container() && !right.is_container()) return left.less(right);
+    if (left.is_map()) return !right.is_map() || keyord(a, b);
+    if (left.is_vector() && !right.is_map()) return !right.is_vector() || keyord(a, b);
+    return false;
+}
+
+bool cObidOrder::operator()(cAttrNode const *a, cAttrNode const *b) const {
+    return cAttrNode::value(a).obid() < cAttrNode::value(b).obid();
+}
+
+bool cAnidOrder::operator()(cAttrNode const *a, cAttrNode const *b) const {
+    return b && cAttrNode::anid(a) < b->anid();
+}
+
+std::vector<cAttrNode *> cat::nodes_of(cAttrHash const &hash) {
+    std::vector<cAttrNode *> nodes;
+    nodes.reserve(hash.used());
+    for (cAttrNode *node = hash.first(); node; node = hash.next(node)) nodes.push_back(node);
+    return nodes;
+}

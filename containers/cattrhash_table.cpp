@@ -1,0 +1,299 @@
+// The table of cAttrHash: search, insertion, removal, growth.
+//
+// Probing: the first slot is hash mod size, the step (hash mod (size - 2)) + 1; as the size is
+// prime, the sequence reaches every slot. Slots are compared by matches(), which answers for keys
+// of exactly int and string by the cached hash without a call, and asks the stored key's hook for
+// all others. A hook may change the table: `changes_` tells, and the search begins again.
+//
+// Rebuilding (nobody can tell, as order is the ring's):
+//   more than 80 % live nodes        the next size
+//   less than 1/8 never-used slots   the same size: deleted marks go, so absent keys end early
+//   a very long probe                the same size, once: keys of text and floating types, whose
+//                                    hash a file could be made to collide, get a seeded hash
+// Growing never asks a key for its hash.
+
+#include "containers/cattrhash_detail.h"
+#include "containers/seeded_hash.h"
+#include "qrv/core/cobjd.h"
+
+#include <cstring>
+#include <stdexcept>
+
+namespace {
+
+// Share of live nodes, in percent, at which the table grows: the 78th node takes 97 slots to 197.
+// Deleted marks are left out of the count on purpose.
+constexpr std::uint64_t grow_percent = 80;
+// With at least 1/8 of the slots never used, a probe of honest keys gets here once in 10^7 tries.
+constexpr std::uint32_t long_probe = 128;
+
+constexpr std::uint32_t primes[] = {11,     23,     47,     97,      197,     397,     797,
+                                    1597,   3203,   6421,   12853,   25717,   51437,   102811,
+                                    205619, 411233, 822433, 1644817, 3289613, 6579211, 13158023};
+
+constinit std::uint64_t probes = 0;
+
+bool is_prime(std::uint64_t number) noexcept {
+    for (std::uint64_t d = 3; d * d <= number; d += 2)
+        if (number % d == 0) return false;
+    return number % 2 != 0;
+}
+
+template <class T> T &value_of(objref const &key) noexcept {
+    return static_cast<cObjDR<T> const &>(*key).val();
+}
+
+std::uint32_t text_hash(std::string const &text, bool seeded) {
+    return seeded ? seeded_hash_bytes(text.data(), text.size())
+                  : cat::hash_bytes(text.c_str(), std::strlen(text.c_str()));
+}
+
+// Where a probe of this hash goes on after `slot`.
+struct cSteps {
+    cSteps(std::uint32_t hash, std::uint32_t size) noexcept
+        : slot(hash % size), step(hash % (size - 2) + 1), size_(size) {}
+    void next() noexcept { slot = (slot + step) % size_; }
+
+    std::uint64_t slot, step;
+
+  private:
+    std::uint32_t size_;
+};
+
+} // namespace
+
+std::span<std::uint32_t const> hash_primes() noexcept { return primes; }
+
+unsigned int hash_new_size(unsigned int size) noexcept {
+    auto const *prime = std::upper_bound(std::begin(primes), std::end(primes), size);
+    return prime == std::end(primes) ? 0 : *prime;
+}
+
+std::uint32_t hash_grown_size(std::uint32_t size, std::span<std::uint32_t const> sizes) {
+    auto const prime = std::upper_bound(sizes.begin(), sizes.end(), size + 1);
+    if (prime != sizes.end()) return *prime;
+    std::uint64_t next = 2 * std::uint64_t{size} + 1;
+    while (!is_prime(next)) next += 2;
+    if (next > 0xFFFFFFFFu) throw std::length_error("cAttrHash: too many slots");
+    return static_cast<std::uint32_t>(next);
+}
+
+struct cAttrHash::cSearch {
+    std::uint32_t hash;
+    cKeyKind kind;
+    objref const *key;       // null when only text or hash is given: nothing foreign is met then
+    std::string const *text; // of a string key
+};
+
+std::uint64_t cAttrHash::probe_count() noexcept { return probes; }
+
+cKeyKind cAttrHash::kind_of(objref const &key) {
+    cTypeObj const &type = key->type();
+    auto const hook = type.heq_hook();
+    // The hooks first: they are never set before the type exists that is asked for then.
+    if (hook == &cat::heq_string && &type == &cat::type_string()) return cKeyKind::string_key;
+    if (hook == &cat::heq_int && &type == &cat::type_int()) return cKeyKind::int_key;
+    if (hook == &cat::heq_float && &type == &cat::type_float()) return cKeyKind::float_key;
+    if (hook == &cat::heq_double && &type == &cat::type_double()) return cKeyKind::double_key;
+    return cKeyKind::other;
+}
+
+std::uint32_t cAttrHash::seeded_hash(cKeyKind kind, objref const &key) {
+    switch (kind) {
+    case cKeyKind::string_key:
+        return text_hash(value_of<std::string>(key), true);
+    case cKeyKind::float_key:
+        return seeded_hash_bytes(&value_of<float>(key), sizeof(float));
+    case cKeyKind::double_key:
+        return seeded_hash_bytes(&value_of<double>(key), sizeof(double));
+    default:
+        return key->type().hashfun(key);
+    }
+}
+
+cAttrHash::cSearch cAttrHash::search_for(objref const &key) const {
+    cKeyKind const kind = kind_of(key);
+    std::uint32_t const hash = seeded_ ? seeded_hash(kind, key) : key->type().hashfun(key);
+    bool const is_text = kind == cKeyKind::string_key;
+    return {hash, kind, &key, is_text ? &value_of<std::string>(key) : nullptr};
+}
+
+bool cAttrHash::matches(cAttrNode const &node, cSearch const &search) {
+    switch (node.kind_) {
+    case cKeyKind::int_key: // the hash is the number
+        return search.kind == cKeyKind::int_key && node.hash_ == search.hash;
+    case cKeyKind::string_key:
+        return search.kind == cKeyKind::string_key && node.hash_ == search.hash &&
+               value_of<std::string>(node.key_) == *search.text;
+    default:
+        if (!search.key) return false;
+        objref const stored = node.key_;                   // the hook may remove the node
+        return stored->type().hasheq(stored, *search.key); // RUNS FOREIGN CODE
+    }
+}
+
+cAttrHash::cFound cAttrHash::probe(cSearch const &search) const {
+    cSlotWord *free = nullptr;
+    cSteps at(search.hash, size_);
+    for (std::uint32_t steps = 1; steps <= size_; ++steps, at.next()) {
+        ++probes;
+        cSlotWord *const slot = &slots_[at.slot];
+        if (*slot == slot_unused) return {nullptr, free ? free : slot, steps, false};
+        if (cAttrNode *const node = node_of(*slot)) {
+            std::uint32_t const before = changes_;
+            bool const found = matches(*node, search);
+            if (changes_ != before) return {nullptr, nullptr, steps, true};
+            if (found) return {node, nullptr, steps, false};
+        } else if (!free) {
+            free = slot;
+        }
+    }
+    return {nullptr, free, size_, false};
+}
+
+cAttrNode *cAttrHash::locate(objref const &key) const {
+    objref const held = key; // it may be that of a node which a hook removes
+    for (;;) {
+        cFound const found = probe(search_for(held));
+        if (!found.stale) return found.node;
+    }
+}
+
+cAttrNode *cAttrHash::find(objref const &key) const { return key ? locate(key) : nullptr; }
+
+cAttrNode *cAttrHash::find(std::string const &key) const {
+    if (others_) return locate(make_key(key)); // their hooks want to see an object
+    return probe({text_hash(key, seeded_), cKeyKind::string_key, nullptr, &key}).node;
+}
+
+cAttrNode *cAttrHash::find(int key) const {
+    if (others_) return locate(make_key(key));
+    return probe({static_cast<std::uint32_t>(key), cKeyKind::int_key, nullptr, nullptr}).node;
+}
+
+// The node of a key that isn't nil, made with the value nil if it is absent.
+cAttrNode *cAttrHash::force_node(objref const &key) {
+    std::unique_ptr<cAttrNode> made;
+    for (;;) {
+        cSearch const search = search_for(key);
+        cFound const found = probe(search);
+        if (found.stale) continue;
+        if (found.node) return found.node;
+        std::uint32_t const before = changes_;
+        if (!made) made.reset(new cAttrNode(key)); // RUNS FOREIGN CODE: clones the key
+        if (changes_ != before) continue;
+        link_node(*made, found, search);
+        return made.release();
+    }
+}
+
+// From here to the end nothing runs foreign code.
+void cAttrHash::link_node(cAttrNode &node, cFound const &place, cSearch const &search) {
+    if (*place.free == slot_unused) --unused_;
+    *place.free = reinterpret_cast<cSlotWord>(&node);
+    node.hash_ = search.hash;
+    node.slot_ = place.free;
+    node.table_ = this;
+    // A clone may be of another type than its source; then its kind tells nothing about the hash.
+    node.kind_ = kind_of(node.key_) == search.kind ? search.kind : cKeyKind::other;
+    count_in(node);
+    node.link_before(anchor_);
+    ++used_;
+    ++changes_;
+    bool const seedable = node.kind_ != cKeyKind::int_key && node.kind_ != cKeyKind::other;
+    bool const seed = place.steps > long_probe && seedable && !seeded_;
+    if (used_ * std::uint64_t{100} > size_ * grow_percent)
+        rebuild(hash_grown_size(size_, primes), seed);
+    else if (seed || unused_ < size_ / 8)
+        rebuild(size_, seed);
+    check();
+}
+
+void cAttrHash::unlink_node(cAttrNode &node) noexcept {
+    count_out(node);
+    node.unlink();
+    *node.slot_ = slot_deleted;
+    node.slot_ = nullptr;
+    node.table_ = nullptr;
+    node.map_ = nullptr;
+    --used_;
+    ++changes_;
+    if (used_ == 0) {
+        greatest_ = -1;
+        greatest_known_ = is_vector_ = true;
+    }
+    check();
+}
+
+// Deletes a node of this hash; its memory stays while it is held. May destroy the hash.
+void cAttrHash::remove(cAttrNode *node) {
+    objref const key = std::move(node->key_);
+    objref value = std::move(node->value_);
+    unlink_node(*node);
+    node->dead_ = true;
+    node->unhold();
+    value = nullptr; // RE-ENTERS: the table is in order, and is not touched any more
+} //                    RE-ENTERS: the key
+
+void cAttrHash::remove_all() {
+    while (cAttrNode *const node = first()) remove(node);
+}
+
+void cAttrHash::move_before(cAttrNode &node, cAttrNode &place) noexcept {
+    if (&node == &place || node.next() == &place) return;
+    node.unlink();
+    node.link_before(place);
+    is_vector_ = false;
+}
+
+// What is known about the keys, so that vector operations needn't walk. The greatest index and
+// `is_vector_` speak of nodes whose key is exactly an int; their hash is that int.
+void cAttrHash::count_in(cAttrNode const &node) noexcept {
+    if (node.kind_ != cKeyKind::int_key) {
+        ++no_ints_;
+        if (node.kind_ == cKeyKind::other) ++others_;
+        is_vector_ = false;
+        return;
+    }
+    int const index = static_cast<int>(node.hash_);
+    if (index > greatest_) greatest_ = index;
+    is_vector_ = is_vector_ && node.hash_ == used_;
+}
+
+void cAttrHash::count_out(cAttrNode const &node) noexcept {
+    bool const is_last = node.next() == &anchor_;
+    if (node.kind_ != cKeyKind::int_key) {
+        --no_ints_;
+        if (node.kind_ == cKeyKind::other) --others_;
+    } else if (greatest_ >= 0 && static_cast<int>(node.hash_) == greatest_) {
+        if (is_vector_ && is_last)
+            --greatest_;
+        else
+            greatest_known_ = false;
+    }
+    is_vector_ = is_vector_ && is_last;
+}
+
+void cAttrHash::rebuild(std::uint32_t size, bool seed) {
+    auto slots = std::make_unique<cSlotWord[]>(size); // zeroed
+    if (seed) seed_keys();
+    slots.swap(slots_);
+    std::uint32_t const old_size = std::exchange(size_, size);
+    for (std::uint32_t i = 0; i < old_size; ++i) {
+        cAttrNode *const node = node_of(slots[i]);
+        if (!node) continue;
+        cSteps at(node->hash_, size_);
+        while (slots_[at.slot] != slot_unused) at.next();
+        node->slot_ = &slots_[at.slot];
+        *node->slot_ = reinterpret_cast<cSlotWord>(node);
+    }
+    unused_ = size_ - used_;
+    ++changes_;
+}
+
+void cAttrHash::seed_keys() noexcept {
+    seeded_ = true;
+    for (cAttrNode *node = first(); node; node = next(node))
+        if (node->kind_ != cKeyKind::int_key && node->kind_ != cKeyKind::other)
+            node->hash_ = seeded_hash(node->kind_, node->key_);
+}

@@ -1,0 +1,8 @@
+#pragma once
+// A hash that nobody outside the process can predict: SipHash-1-3 under a random key that is drawn
+// once, on first use. For tables whose keys were chosen to collide. One thread at a time.
+
+#include <cstddef>
+#include <cstdint>
+
+std::uint32_t seeded_hash_bytes(void const *bytes, std::size_t count);
