@@ -110,12 +110,10 @@ bool cAttrNode::refuses(objref const &value) {
     return true;
 }
 
-bool cAttrNode::write(std::ostream &os) const { return write(this, os); }
-
 bool cAttrNode::write(cAttrNode const *node, std::ostream &os) {
-    os << key_as_string(node) << "=";
-    objref const value = objref::share(&cAttrNode::value(node));
-    value->writeobj(os); // RUNS FOREIGN CODE
+    if (node) return node->write(os); // text/
+    os << "=";
+    cat::bad()->writeobj(os);
     os << "; ";
     return os.good();
 }
