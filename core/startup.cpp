@@ -9,12 +9,11 @@
 #include <iostream>
 
 #include "diagnostics/ccout_state.h"
+#include "qrv/core/ctypes.h"
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/signals/csignal.h"
-
-QRV_API void core_bootstrap(); // of qrv/core/ctypes.h
 
 namespace {
 

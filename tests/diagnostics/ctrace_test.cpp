@@ -1,0 +1,463 @@
+// Tracing: the rules, the channels that follow them, the streams they share. And the timer.
+
+#include "qrv/diagnostics/ctrace.h"
+
+#include "messages.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <iomanip>
+#include <optional>
+#include <thread>
+
+namespace {
+
+using Pieces = std::vector<std::string>;
+
+class Trace : public testing::Test {
+  protected:
+    Trace() : folder(testing::TempDir() + "qrv_trace/") {
+        std::filesystem::remove_all(folder);
+        std::filesystem::create_directory(folder);
+        cSetTracing("");
+    }
+    ~Trace() override {
+        cSetTracing("");
+        std::filesystem::remove_all(folder);
+    }
+
+    // The names of the streams that a channel writes to.
+    static std::string streams(cTracer const &tracer) {
+        std::string names;
+        for (auto const &stream : tracer.strlist()) names += stream->name() + ' ';
+        return names;
+    }
+    std::string messages_text() {
+        cOutSigStreambuf.pubsync();
+        return messages.text();
+    }
+
+    std::string const folder;
+    cPieces messages;
+};
+using TraceEdge = Trace;
+class StopWatch : public testing::Test {};
+using StopWatchEdge = StopWatch;
+
+// ---- the grammar ----
+
+TEST_F(TraceEdge, a_prefix_switches_both_channels_on_and_to_the_error_stream) {
+    EXPECT_FALSE(cat::trace_io);
+    EXPECT_FALSE(cat::trace_lex);
+    cSetTracing("cat");
+    EXPECT_TRUE(cat::trace_io);
+    EXPECT_TRUE(cat::trace_lex);
+    EXPECT_EQ(streams(cat::trace_io), "cerr ");
+    cat::trace_lex << "a line" << std::endl;
+    EXPECT_EQ(messages.text(), "a line\n");
+    EXPECT_EQ(cat::trace_io.flags(), 3);
+    EXPECT_EQ(cat::trace_lex.flags(), 3);
+}
+
+TEST_F(TraceEdge, an_exception_from_a_general_rule_and_a_lone_sign) {
+    cSetTracing("+cat-catlex");
+    EXPECT_TRUE(cat::trace_io);
+    EXPECT_FALSE(cat::trace_lex);
+    cSetTracing("-");
+    EXPECT_TRUE(cat::trace_io);
+    EXPECT_FALSE(cat::trace_lex);
+    cSetTracing("+");
+    EXPECT_TRUE(cat::trace_io);
+    EXPECT_FALSE(cat::trace_lex);
+}
+
+TEST_F(TraceEdge, a_string_without_a_sign_drops_all_earlier_rules) {
+    cSetTracing("catlex");
+    cSetTracing("cat_io");
+    EXPECT_TRUE(cat::trace_io);
+    EXPECT_FALSE(cat::trace_lex);
+    cSetTracing("+catlex");
+    EXPECT_TRUE(cat::trace_io);
+    EXPECT_TRUE(cat::trace_lex);
+}
+
+TEST_F(TraceEdge, two_channels_share_a_file_that_is_appended_to) {
+    std::string const path = folder + "x.log";
+    std::ofstream(path) << "before\n";
+    cTracer a("chan.a");
+    cTracer b("chan.b");
+    cSetTracing("chan.a:" + path + " chan.b:" + path);
+    EXPECT_EQ(a.strlist()[0], b.strlist()[0]);
+    a << "a" << std::endl;
+    b << "b" << std::endl;
+    a << "a again" << std::endl;
+    EXPECT_EQ(file_text(path), "before\na\nb\na again\n");
+}
+
+TEST_F(Trace, an_empty_or_blank_string_ends_all_tracing) {
+    for (char const *end : {"", " ", " \t "}) {
+        cSetTracing("cat");
+        EXPECT_TRUE(cat::trace_io);
+        cSetTracing(end);
+        EXPECT_FALSE(cat::trace_io);
+        EXPECT_EQ(streams(cat::trace_io), "");
+    }
+}
+
+TEST_F(Trace, a_sign_behind_blanks_amends) {
+    cSetTracing("catlex");
+    cSetTracing(" \t +cat_io");
+    EXPECT_TRUE(cat::trace_io);
+    EXPECT_TRUE(cat::trace_lex);
+}
+
+TEST_F(Trace, a_token_sets_several_names_with_the_same_streams) {
+    cTracer a("a");
+    cTracer b("b");
+    cTracer c("c");
+    cSetTracing("+c +a+b-c:cout,cerr");
+    EXPECT_EQ(streams(a), "cout cerr ");
+    EXPECT_EQ(streams(b), "cout cerr ");
+    EXPECT_EQ(streams(c), "");
+}
+
+TEST_F(Trace, a_name_without_a_sign_is_on_and_a_repeated_sign_names_nothing) {
+    cTracer a("a");
+    cSetTracing("-+--+a");
+    EXPECT_TRUE(a);
+    cSetTracing("-++-a");
+    EXPECT_FALSE(a);
+}
+
+TEST_F(Trace, no_stream_and_an_empty_stream_are_the_error_stream) {
+    cTracer a("a");
+    cTracer b("b");
+    cTracer c("c");
+    cSetTracing("a: b:,cout c:cout,");
+    EXPECT_EQ(streams(a), "cerr ");
+    EXPECT_EQ(streams(b), "cerr cout ");
+    EXPECT_EQ(streams(c), "cout cerr ");
+    EXPECT_EQ(a.strlist()[0], b.strlist()[0]);
+}
+
+TEST_F(Trace, only_the_first_colon_splits) {
+    cTracer a("a");
+    std::string const path = folder + "x:y";
+    cSetTracing("a:" + path);
+    EXPECT_EQ(streams(a), path + " ");
+}
+
+TEST_F(Trace, a_token_of_streams_alone_sets_nothing) {
+    cTracer a("a");
+    cSetTracing("a");
+    cSetTracing("+ :" + folder + "x");
+    EXPECT_EQ(streams(a), "cerr ");
+    EXPECT_FALSE(std::filesystem::exists(folder + "x"));
+}
+
+TEST_F(Trace, tabs_separate_tokens_and_other_white_space_does_not) {
+    cTracer a("a");
+    cTracer b("b");
+    cSetTracing("a\tb");
+    EXPECT_TRUE(a && b);
+    cSetTracing("a\nb");
+    EXPECT_FALSE(a || b);
+}
+
+TEST_F(Trace, a_stream_part_of_any_length_is_taken) {
+    cTracer a("a");
+    std::string list = "cerr";
+    while (list.size() < 5000) list += ",cout,cerr";
+    cSetTracing("a:" + list);
+    EXPECT_EQ(a.strlist().size(), 1001U);
+    EXPECT_EQ(a.strlist()[0], a.strlist()[1000]);
+}
+
+// ---- which rule decides ----
+
+TEST_F(Trace, the_longest_prefix_decides_in_any_order) {
+    cTracer a("alpha.beta");
+    cSetTracing("alpha.b:cout alpha:cerr");
+    EXPECT_EQ(streams(a), "cout ");
+    cSetTracing("alpha:cerr alpha.b:cout");
+    EXPECT_EQ(streams(a), "cout ");
+    cSetTracing("alpha -alpha.beta");
+    EXPECT_FALSE(a);
+    cSetTracing("alpha -alpha.beta.gamma");
+    EXPECT_TRUE(a);
+}
+
+TEST_F(Trace, a_rule_set_again_takes_the_new_streams_only) {
+    cTracer a("a");
+    cSetTracing("a:cout,cerr");
+    cSetTracing("+a:cout");
+    EXPECT_EQ(streams(a), "cout ");
+    cSetTracing("-a");
+    EXPECT_EQ(streams(a), "");
+    cSetTracing("+a");
+    EXPECT_EQ(streams(a), "cerr ");
+}
+
+TEST_F(Trace, a_rule_waits_for_a_channel_that_comes_later) {
+    cSetTracing("later:cout");
+    cTracer const later("later.one", 5);
+    EXPECT_TRUE(later);
+    EXPECT_EQ(streams(later), "cout ");
+    EXPECT_EQ(later.flags(), 5);
+    EXPECT_EQ(later.indent(), 0);
+    EXPECT_EQ(later.ident(), "later.one");
+}
+
+// ---- channels ----
+
+TEST_F(Trace, a_copy_follows_later_rules_and_leaves_its_original_alone) {
+    cSetTracing("one");
+    cTracer one("one", 7);
+    one.indent() = 2;
+    cTracer copy(one);
+    EXPECT_TRUE(copy);
+    EXPECT_EQ(copy.flags(), 7);
+    EXPECT_EQ(copy.indent(), 2);
+    copy.ident() = "two";
+    cSetTracing("two:cout");
+    EXPECT_FALSE(one);
+    EXPECT_EQ(streams(copy), "cout ");
+    one = copy;
+    EXPECT_EQ(streams(one), "cout ");
+    EXPECT_EQ(one.ident(), "two");
+}
+
+TEST_F(Trace, a_copy_may_outlive_its_original) {
+    auto one = std::make_optional<cTracer>("one");
+    cTracer const copy(*one);
+    one.reset();
+    cSetTracing("one");
+    EXPECT_TRUE(copy);
+}
+
+TEST_F(Trace, enabling_by_hand_lasts_until_rules_are_applied) {
+    cSetTracing("one");
+    cTracer one("one");
+    one.enable(false);
+    one << "not written" << std::endl;
+    EXPECT_EQ(messages.text(), "");
+    one.initenabled();
+    one << "written" << std::endl;
+    EXPECT_EQ(messages.text(), "written\n");
+    one.enable(false);
+    cSetTracing("+");
+    EXPECT_TRUE(one);
+    cSetTracing("");
+    one.enable(true);
+    one << "nowhere to" << std::endl;
+    one.initenabled();
+    EXPECT_FALSE(one);
+    EXPECT_EQ(messages.text(), "written\n");
+}
+
+struct cCounted {
+    int *count;
+};
+std::ostream &operator<<(std::ostream &os, cCounted const &value) {
+    ++*value.count;
+    return os;
+}
+
+TEST_F(Trace, a_disabled_channel_formats_nothing) {
+    cTracer one("one");
+    int count = 0;
+    one << cCounted{&count};
+    EXPECT_EQ(count, 0);
+    cSetTracing("one:cout,cerr");
+    one << cCounted{&count};
+    EXPECT_EQ(count, 2);
+}
+
+TEST_F(Trace, values_and_manipulators_go_to_every_stream) {
+    std::string const path = folder + "x.log";
+    cTracer one("one");
+    cSetTracing("one:" + path + ",cerr");
+    std::string const text = "text";
+    char array[] = "array";
+    one << text << ' ' << array << ' ' << 12 << ' ' << 1.5 << ' ' << std::hex << 255 << ' '
+        << std::setw(3) << 'x' << std::endl;
+    EXPECT_EQ(messages.text(), "text array 12 1.5 ff   x\n");
+    EXPECT_EQ(file_text(path), "text array 12 1.5 ff   x\n");
+}
+
+TEST_F(Trace, a_null_text_writes_nothing_and_mutes_nothing) {
+    cTracer one("one");
+    cSetTracing("one");
+    one << "a" << static_cast<char const *>(nullptr) << "b" << std::endl;
+    EXPECT_EQ(messages.text(), "ab\n");
+}
+
+TEST_F(Trace, numbers_do_not_follow_the_global_locale) {
+    struct cHostile : std::numpunct<char> {
+        char do_decimal_point() const override { return ','; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    std::string const path = folder + "x.log";
+    cTracer one("one");
+    std::locale const before = std::locale::global(std::locale(std::locale(), new cHostile));
+    cSetTracing("one:cerr," + path);
+    std::locale::global(before);
+    one << 1234567 << ' ' << 1.5 << std::endl;
+    EXPECT_EQ(messages.text(), "1234567 1.5\n");
+    EXPECT_EQ(file_text(path), "1234567 1.5\n");
+}
+
+TEST_F(Trace, rules_may_change_while_a_channel_writes) {
+    struct cReset {
+        void call(char const *) { cSetTracing(""); }
+    } reset;
+    cSlot1<cReset, char const *> const slot(&reset, &cReset::call, cOutSigStreambuf.sig());
+    cTracer one("one");
+    cSetTracing("one:cerr,cout");
+    one << std::string(2000, 'x') << "not written";
+    EXPECT_FALSE(one);
+    EXPECT_EQ(messages_text(), std::string(2000, 'x'));
+}
+
+TEST_F(Trace, an_indent_lasts_as_long_as_its_scope) {
+    cTracer one("one");
+    {
+        cTraceIndent const outer(one);
+        cTraceIndent const inner(one);
+        EXPECT_EQ(one.indent(), 2);
+        inner.inc();
+        EXPECT_EQ(one.indent(), 3);
+        inner.dec();
+        inner.dec();
+        EXPECT_EQ(one.indent(), 1);
+    }
+    EXPECT_EQ(one.indent(), -1);
+    static_assert(!std::is_copy_constructible_v<cTraceIndent>);
+    static_assert(!std::is_copy_assignable_v<cTraceIndent>);
+}
+
+// ---- streams ----
+
+TEST_F(Trace, a_file_that_cannot_be_opened_is_told_once_and_replaced) {
+    cTracer one("one");
+    std::string const path = folder + "no/such/x.log";
+    cSetTracing("one:" + path);
+    EXPECT_EQ(messages.text(), "cTraceStream: open failed: " + path + "\n");
+    EXPECT_EQ(streams(one), path + " ");
+    one << "text" << std::endl;
+    EXPECT_EQ(messages.text(), "cTraceStream: open failed: " + path + "\ntext\n");
+    cSetTracing("+two:" + path); // finds this stream
+    EXPECT_EQ(messages.text(), "cTraceStream: open failed: " + path + "\ntext\n");
+}
+
+TEST_F(Trace, a_folder_cannot_be_opened) {
+    cSetTracing("one:" + folder);
+    EXPECT_EQ(messages.text(), "cTraceStream: open failed: " + folder + "\n");
+}
+
+TEST_F(Trace, a_file_closes_with_its_last_user) {
+    std::string const path = folder + "x.log";
+    cTracer one("one");
+    cSetTracing("one:" + path);
+    one << "not flushed";
+    EXPECT_EQ(file_text(path), "");
+    cTracer other(one);
+    cSetTracing("-one");
+    EXPECT_EQ(file_text(path), "not flushed");
+}
+
+TEST_F(Trace, copies_of_a_stream_share_what_they_write_to) {
+    std::string const path = folder + "x.log";
+    {
+        auto first = std::make_optional<cTraceStream>(path);
+        cTraceStream const copy(*first);
+        EXPECT_EQ(copy.name(), path);
+        EXPECT_EQ(copy.refs(), 1U);
+        EXPECT_EQ(&copy.os(), &first->os());
+        cTraceStream other("");
+        EXPECT_EQ(other.name(), "cerr");
+        other = copy;
+        first.reset();
+        copy.os() << "copy ";
+        other.os() << "other";
+    }
+    EXPECT_EQ(file_text(path), "copy other");
+}
+
+TEST_F(Trace, open_finds_a_living_stream_by_name) {
+    cRef<cTraceStream> const first = cTraceStream::open("cout");
+    EXPECT_EQ(cTraceStream::open("cout"), first);
+    EXPECT_NE(cTraceStream::open(""), first);
+    EXPECT_EQ(first->refs(), 1U);
+}
+
+// ---- the timer ----
+
+// Busy until the counter has moved.
+void let_time_pass(cStopWatch const &watch) {
+    for (auto const begin = watch.clock(); watch.clock() == begin;) std::this_thread::yield();
+}
+
+TEST_F(StopWatchEdge, elapsed_grows_and_the_operator_reads_laps) {
+    cStopWatch const watch;
+    let_time_pass(watch);
+    double const first = watch.Elapsed();
+    let_time_pass(watch);
+    double const second = watch.Elapsed();
+    EXPECT_GT(first, 0);
+    EXPECT_GT(second, first);
+    double const lap = watch();
+    EXPECT_GE(lap, second);
+    EXPECT_LT(watch.Elapsed() - watch(), lap); // counts from the end of the lap
+}
+
+TEST_F(StopWatchEdge, writing_leaves_the_format_and_gives_six_digits) {
+    cStopWatch const watch;
+    cOstringstream os;
+    os.precision(3);
+    os.setf(std::ios::hex | std::ios::scientific | std::ios::showpos | std::ios::unitbuf);
+    auto const flags = os.flags();
+    os << watch;
+    EXPECT_EQ(os.precision(), 3);
+    EXPECT_EQ(os.flags(), flags);
+    std::string const text = os.str();
+    ASSERT_GE(text.size(), 10U);
+    EXPECT_EQ(text.substr(text.size() - 2), " s");
+    EXPECT_EQ(text.find('.'), text.size() - 9);
+    EXPECT_EQ(text.find_first_not_of("0123456789. s"), std::string::npos);
+}
+
+TEST_F(StopWatch, writing_begins_a_new_lap) {
+    cStopWatch const watch;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    cOstringstream os;
+    os << watch;
+    EXPECT_GE(std::stod(os.str()), 0.019);
+    cStopWatch const after;
+    EXPECT_LE(watch.Elapsed() - after.Elapsed(), 0.019);
+}
+
+TEST_F(StopWatch, start_begins_anew) {
+    cStopWatch watch;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    double const before = watch.Elapsed();
+    watch.Start();
+    cStopWatch const other;
+    EXPECT_GE(before, 0.019);
+    EXPECT_LE(watch.Elapsed() - other.Elapsed(), 0.019);
+}
+
+TEST_F(StopWatch, the_step_is_measured_on_need) {
+    cStopWatch const watch;
+    cStopWatch::freq = 0.0;
+    static_cast<void>(watch.Elapsed());
+    EXPECT_GT(cStopWatch::freq, 0.0);
+    cStopWatch::freq = 1.0; // seconds for each step
+    let_time_pass(watch);
+    EXPECT_GE(watch.Elapsed(), 1.0);
+    cStopWatch::queryfreq();
+    EXPECT_LE(cStopWatch::freq, 1e-6);
+}
+
+} // namespace
