@@ -1,0 +1,113 @@
+// Object trees in files, and white space.
+//
+// Saving composes the whole text before the file is touched: a value that throws while it writes
+// itself, a full disk or a kill leaves the old file as it was.
+
+#include "qrv/text/cfile.h"
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobj.h"
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/platform/cplatform.h"
+#include "qrv/text/cattrscan.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <locale>
+#include <sstream>
+
+namespace {
+
+constexpr char const *signature_lines = "// Platform Quorvanta(R), Attributes version 2.0\n"
+                                        "// by the Quorvanta developers\n"
+                                        "\n";
+
+void tell(char const *text, char const *name) { cat::std_err() << text << name << std::endl; }
+
+bool is_white(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+std::string::size_type first_black(std::string const &text) {
+    auto const at = std::find_if_not(text.begin(), text.end(), is_white);
+    return static_cast<std::string::size_type>(at - text.begin());
+}
+
+bool scan_file(char const *name, objref &ref, bool &opened) {
+    std::ifstream in;
+    in.imbue(std::locale::classic());
+    cAttrScan scan(in, false);
+    opened = scan.openfile(name, false);
+    if (!opened) return false;
+    scan.scan_obj(ref, nullptr);
+    return scan.errcount() == 0;
+}
+
+} // namespace
+
+bool write2file(cObj const &obj, char const *name, bool signature) {
+    if (!name) name = "";
+    if (!cat::can_write_file(name)) {
+        tell("Cannot open file for write: ", name);
+        return false;
+    }
+    std::ostringstream os;
+    os.imbue(std::locale::classic());
+    if (signature) os << signature_lines;
+    obj.writeobj(os); // RUNS FOREIGN CODE, may throw
+    return os.good() && cat::replace_file(name, os.view());
+}
+
+bool file2obj(char const *name, objref &ref) {
+    bool opened;
+    return scan_file(name, ref, opened);
+}
+
+bool file2map(char const *name, cMapObj &map) {
+    objref value;
+    bool opened;
+    bool const clean = scan_file(name, value, opened);
+    if (opened) map.assign(value);
+    return clean;
+}
+
+std::string cat::file2string(char const *name) {
+    if (!name) {
+        tell("No file pointer in file2string", "");
+        return {};
+    }
+    std::ifstream in;
+    in.imbue(std::locale::classic());
+    in.open(name, std::ios::in | std::ios::binary);
+    if (!in.is_open() || cat::is_directory(name)) {
+        tell("Cannot open file: ", name);
+        return {};
+    }
+    std::string text;
+    std::array<char, 1 << 14> piece;
+    while (in) {
+        in.read(piece.data(), piece.size());
+        text.append(piece.data(), static_cast<std::size_t>(in.gcount()));
+    }
+    if (!in.eof()) tell("Read error in file: ", name);
+    return text;
+}
+
+void cat::wsp_rmleft(std::string &text) { text.erase(0, first_black(text)); }
+
+void cat::wsp_rmright(std::string &text) {
+    while (!text.empty() && is_white(text.back())) text.pop_back();
+}
+
+bool cat::wsp_normalize(std::string &text) {
+    auto const length = text.size();
+    wsp_rmright(text);
+    wsp_rmleft(text);
+    auto const both_white = [](char a, char b) { return is_white(a) && is_white(b); };
+    text.erase(std::unique(text.begin(), text.end(), both_white), text.end());
+    std::replace_if(text.begin(), text.end(), is_white, ' ');
+    return text.size() != length;
+}
+
+bool cat::wsp_only(std::string const &text) { return first_black(text) == text.size(); }
+
+void cat::rmchar(std::string &text, char c) { std::erase(text, c); }
