@@ -1,0 +1,12 @@
+// One entry on its own.
+
+#include "qrv/containers/cattrhash.h"
+
+#include <ostream>
+
+bool cAttrNode::write(std::ostream &os) const {
+    os << key_as_string() << '=';
+    value().writeobj(os); // RUNS FOREIGN CODE
+    os << "; ";
+    return os.good();
+}

@@ -1,0 +1,122 @@
+// The guard, and what exact text can't write.
+//
+// A guard only counts: how many live, and how many values were left out in the whole process, of
+// which each guard shows the difference. So guards nest without knowing of each other.
+
+#include "qrv/text/cexacttext.h"
+
+#include "qrv/containers/cattrhash.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/diagnostics/cerr.h"
+#include "qrv/text/cwriter.h"
+#include "text/cscalar_text.h"
+#include "text/ctext_state.h"
+#include "text/cwriter_chars.h"
+#include "text/cwriter_exact.h"
+
+#include <cmath>
+#include <string_view>
+
+namespace {
+constexpr unsigned int unwritable_code = 0x40000001U;
+constexpr signed char by_guards = -1;
+
+constinit unsigned int guards = 0;
+constinit unsigned int all_failed = 0;
+constinit signed char forced = by_guards; // or 0, 1: the form that a cTextForm asks for
+constinit cExactTables *the_tables = nullptr;
+} // namespace
+
+namespace cat {
+ExactText::ExactText() noexcept : failed_before_(all_failed) { ++guards; }
+ExactText::~ExactText() { --guards; }
+unsigned int ExactText::failed() const noexcept { return all_failed - failed_before_; }
+bool ExactText::active() noexcept { return guards > 0; }
+} // namespace cat
+
+cTextForm::cTextForm(bool exact) noexcept : before_(forced) { forced = exact ? 1 : 0; }
+cTextForm::~cTextForm() { forced = before_; }
+
+bool exact_text() noexcept { return forced == by_guards ? guards > 0 : forced == 1; }
+
+cExactRun::cExactRun() : outermost_(!the_tables) {
+    if (outermost_) the_tables = new cExactTables;
+}
+cExactRun::~cExactRun() {
+    if (outermost_) delete std::exchange(the_tables, nullptr);
+}
+cExactTables *cExactRun::tables() noexcept { return the_tables; }
+
+namespace {
+void raise_unwritable(std::string const &path) {
+    eros().clear();
+    eros().set_code(unwritable_code);
+    eros() << "Value cannot be written, path : " << path;
+    raise_eros();
+}
+
+// Does the scanner read the text as one identifier?
+bool reads_as_ident(std::string const &text) {
+    return cat::is_ident(text) && text != "true" && text != "false";
+}
+
+// "#name": an identifier, and not the word for a back reference.
+bool constant_writable(cAttrNode const &constant) {
+    std::string const *const name = string_of(*constant.key());
+    return name && cat::is_ident(*name) && *name != "cRef";
+}
+
+bool is_one_of(cTypeObj const *type, std::initializer_list<cTypeObj const *> types) {
+    for (cTypeObj const *one : types)
+        if (one == type) return true;
+    return false;
+}
+} // namespace
+
+void report_unwritable(std::string const &path) {
+    if (forced != by_guards) return;
+    ++all_failed;
+    raise_unwritable(path);
+}
+
+void report_unwritable() { report_unwritable(text_state().shown_path(true)); }
+
+void report_too_deep() {
+    if (exact_text())
+        report_unwritable();
+    else
+        raise_unwritable(text_state().shown_path(true));
+}
+
+bool exact_writable(cObj const &obj) {
+    if (cAttrNode const *const constant = cat::find_const(&obj))
+        return constant_writable(*constant);
+    if (!obj.is_writable()) return false;
+    if (!obj.typeflags_of(tf_bare) && !reads_as_ident(obj.type().name())) return false;
+    return has_token(obj);
+}
+
+bool exact_key(objref const &key) {
+    if (!key || !key->type().is_keytype() || !exact_writable(*key)) return false;
+    std::string const *const text = string_of(*key);
+    return !text || text->empty() || text->front() != '#';
+}
+
+bool exact_path_key(objref const &key) {
+    return is_one_of(&key->type(), {&cat::type_int(), &cat::type_string(), &cat::type_bool(),
+                                    &cat::type_float(), &cat::type_double()}) ||
+           cat::find_const(key.get());
+}
+
+bool exact_comment(std::string const &text) {
+    std::string_view rest = text;
+    for (;;) {
+        while (!rest.empty() && is_white(rest.front())) rest.remove_prefix(1);
+        if (rest.empty()) return true;
+        bool const line = rest.substr(0, 2) == "//";
+        if (!line && rest.substr(0, 2) != "/*") return false;
+        size_t const end = line ? rest.find('\n') : rest.find("*/", 2);
+        if (end == std::string_view::npos) return line;
+        rest.remove_prefix(line ? end : end + 2);
+    }
+}

@@ -1,0 +1,96 @@
+#include "text/cline_collector.h"
+
+#include "text/cwriter_exact.h"
+#include "text/cwriter_line.h"
+
+#include <ostream>
+#include <string_view>
+
+cLineCollector::cLineCollector(std::ostream &target) : target_(&target), stream_(text_) {
+    stream_.copyfmt(target);
+    target.width(0);
+}
+
+void cLineCollector::mark(size_t container, cKind kind, cComment const *comment) {
+    std::uint32_t index = no_comment;
+    if (comment && !comment->text.empty()) {
+        index = static_cast<std::uint32_t>(comments_.size());
+        comments_.push_back(*comment);
+    }
+    marks_.push_back({text_.size(), static_cast<std::uint32_t>(container), index, kind});
+}
+
+size_t cLineCollector::open(cComment const &comment) {
+    containers_.push_back({text_.size()});
+    mark(containers_.size() - 1, cKind::open, &comment);
+    return containers_.size() - 1;
+}
+
+void cLineCollector::entry(size_t container, int indent, bool apart) {
+    containers_[container].indent = indent;
+    mark(container, apart ? cKind::entry_apart : cKind::entry);
+}
+
+void cLineCollector::after(size_t container, bool many_lines_child, cComment const &comment) {
+    mark(container, many_lines_child ? cKind::after_child : cKind::after, &comment);
+}
+
+bool cLineCollector::close(size_t container, int indent) {
+    size_t const found = std::string_view(text_).substr(searched_).rfind('\n');
+    if (found != std::string_view::npos) line_end_ = searched_ + found;
+    searched_ = text_.size();
+    cContainer &one = containers_[container];
+    one.close_indent = indent;
+    one.lines = line_end_ != std::string::npos && line_end_ >= one.start;
+    if (one.lines) line_end_ = text_.size();
+    mark(container, cKind::close);
+    return one.lines;
+}
+
+void cLineCollector::put_comment(std::uint32_t index) {
+    if (index == no_comment) return;
+    cComment const &comment = comments_[index];
+    if (exact_comment(comment.text))
+        *target_ << comment.text;
+    else
+        tell_unwritable(comment.path);
+}
+
+void cLineCollector::fill_one_line(cMark const &mark) {
+    bool const blank = mark.kind == cKind::after || mark.kind == cKind::after_child ||
+                       mark.kind == cKind::entry_apart;
+    if (blank) *target_ << ' ';
+}
+
+void cLineCollector::fill_many_lines(cMark const &mark) {
+    cContainer const &container = containers_[mark.container];
+    switch (mark.kind) {
+    case cKind::entry:
+    case cKind::entry_apart:
+        return put_blanks(*target_, container.indent);
+    case cKind::close:
+        return put_blanks(*target_, container.close_indent);
+    case cKind::after_child:
+        *target_ << ' ';
+        break;
+    case cKind::open:
+    case cKind::after:
+        put_comment(mark.comment);
+        break;
+    }
+    *target_ << std::endl;
+}
+
+void cLineCollector::deliver() {
+    size_t written = 0;
+    for (cMark const &mark : marks_) {
+        target_->write(text_.data() + written, static_cast<std::streamsize>(mark.offset - written));
+        written = mark.offset;
+        if (containers_[mark.container].lines)
+            fill_many_lines(mark);
+        else
+            fill_one_line(mark);
+    }
+    target_->write(text_.data() + written, static_cast<std::streamsize>(text_.size() - written));
+    if (stream_.fail()) target_->setstate(std::ios_base::failbit);
+}

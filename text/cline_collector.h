@@ -1,0 +1,73 @@
+#pragma once
+// One-line containers in exact text. A container whose own entries turn out to hold a line end must
+// go over many lines, or the next reading would take its layout for another one and the next writing
+// would differ. That is known only when its last entry stands.
+//
+// So the outermost one-line container collects its text, and all one-line containers inside it write
+// into the same text. Nothing that depends on the layout goes in there; it is kept as marks, in the
+// order of the text, and filled in when everything is known. Each container decides at its close:
+// a line end in its stretch of text, or one that a container inside it will get. So the work is
+// linear, however deep they nest.
+
+#include "qrv/core/cobj.h"
+#include "text/cwriter_stream.h"
+
+#include <string>
+#include <vector>
+
+class cLineCollector {
+  public:
+    // Borrows the target; stream() takes its flags and locale.
+    explicit cLineCollector(std::ostream &target);
+    cLineCollector(cLineCollector const &) = delete;
+    cLineCollector &operator=(cLineCollector const &) = delete;
+    ~cLineCollector() = default;
+
+    std::ostream &stream() noexcept { return stream_; }
+
+    // A comment that may have to be written; the path tells of one that can't be.
+    struct cComment {
+        std::string text;
+        std::string path;
+    };
+
+    size_t open(cComment const &comment); // a container, with the comment of its opening bracket
+    // An entry begins; apart: not right behind the opening bracket.
+    void entry(size_t container, int indent, bool apart);
+    // An entry and its separator stand.
+    void after(size_t container, bool many_lines_child, cComment const &comment);
+    bool close(size_t container, int indent); // true: it goes over many lines
+
+    void deliver(); // to the target; once, at the end
+
+  private:
+    enum class cKind : unsigned char { open, entry, entry_apart, after, after_child, close };
+    static constexpr std::uint32_t no_comment = 0xFFFFFFFFu;
+
+    struct cMark {
+        size_t offset;
+        std::uint32_t container;
+        std::uint32_t comment;
+        cKind kind;
+    };
+    struct cContainer {
+        size_t start;
+        int indent = 0;       // of its entries
+        int close_indent = 0; // of its closing bracket
+        bool lines = false;
+    };
+
+    void mark(size_t container, cKind kind, cComment const *comment = nullptr);
+    void fill_one_line(cMark const &mark);
+    void fill_many_lines(cMark const &mark);
+    void put_comment(std::uint32_t index);
+
+    std::ostream *target_;
+    std::string text_;
+    cTextStream stream_;
+    std::vector<cMark> marks_;
+    std::vector<cContainer> containers_;
+    std::vector<cComment> comments_;
+    size_t searched_ = 0;                     // line ends before this are known
+    size_t line_end_ = std::string::npos;     // the last one, also one to come
+};

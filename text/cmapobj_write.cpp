@@ -1,0 +1,61 @@
+// The standard method `write` of the containers: bracket, comment, entries, bracket.
+
+#include "qrv/containers/cmapobj.h"
+
+#include "qrv/containers/csetobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/text/cwriter.h"
+#include "text/cwriter_exact.h"
+#include "text/cwriter_line.h"
+
+#include <optional>
+#include <ostream>
+
+namespace {
+std::ostream *stream_of(objref const &stream) {
+    auto const *const holder = dynamic_cast<cOutHolder const *>(stream.get());
+    return holder ? holder->valptr() : nullptr;
+}
+
+bool write_container(cObj &obj, objref const &stream, char const *brackets, cTypeObj const &type) {
+    std::ostream *const os = stream_of(stream);
+    auto const *const map = dynamic_cast<cMapObj const *>(&obj);
+    if (!os || !map) return false;
+    char const format = *cat::wformat(obj);
+    *os << brackets[0];
+    if (format == 'w') put_comment(*os, obj);
+    write_entries(map->datamap(), *os, format, &type, &obj);
+    *os << brackets[1] << std::flush;
+    return true;
+}
+
+bool write_bare(cAttrHash const *hash, cObj const &obj, objref const &stream) {
+    std::ostream *const os = stream_of(stream);
+    if (!os) return false;
+    if (hash) write_entries(*hash, *os, *cat::wformat(obj), nullptr, &obj);
+    os->flush();
+    return true;
+}
+} // namespace
+
+bool cTomMap::m_write(cObj &obj, objref &stream) {
+    return write_container(obj, stream, "{}", cat::type_map());
+}
+
+bool cTomVector::m_write(cObj &obj, objref &stream) {
+    return write_container(obj, stream, "[]", cat::type_vector());
+}
+
+bool cTomSet::m_write(cObj &obj, objref &stream) {
+    return write_container(obj, stream, "<>", cat::type_set());
+}
+
+bool cTomMap::m_write0(cObj &obj, objref &stream) {
+    auto const *const map = dynamic_cast<cMapObj const *>(&obj);
+    return map && write_bare(&map->datamap(), obj, stream);
+}
+
+bool cTomOmmap::m_write(cObj &obj, objref &stream) {
+    return write_bare(obj.ommap_ptr(), obj, stream);
+}

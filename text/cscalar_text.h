@@ -1,0 +1,43 @@
+#pragma once
+// The written form of scalar values as text, made without a stream and without any locale: the form
+// that a fresh stream would give. Strings are formed here for streams too; numbers that go to a
+// stream are formed by it.
+
+#include "qrv/core/cobjd.h"
+
+#include <string>
+
+// The value of an object that holds a T; null for any other, whatever its type says.
+template <class T> T const *value_of(cObj const &obj) {
+    auto const *const holder = dynamic_cast<cObjDR<T> const *>(&obj);
+    return holder ? holder->valptr() : nullptr;
+}
+
+// Is this the standard method of the object's type?
+inline bool writes_by(cObj const &obj, bool (*method)(cObj &, objref &)) {
+    return obj.type().method(mid_write) == reinterpret_cast<cVoidFunction>(method);
+}
+
+// The value of an object of exactly the built-in type string; null for any other.
+std::string const *string_of(cObj const &obj);
+
+// Appends the text when the object's `write` is one of the library's own scalar methods and the
+// object doesn't override it; else false, and nothing is appended. In exact form a number without
+// a token appends nothing and is true.
+bool append_scalar(std::string &out, cObj const &obj);
+
+// Has the value a text that reads back? False for infinity and NaN, and for an object that doesn't
+// hold what the library's own method of its type writes.
+bool has_token(cObj const &obj);
+
+void append_number(std::string &out, int value);
+void append_number(std::string &out, double value); // as "%#.6g"
+void append_number(std::string &out, float value);  // the same and "f"
+// The exact form, given the plain one; empty for infinity and NaN.
+void append_exact(std::string &out, std::string const &plain, int value);
+void append_exact(std::string &out, std::string const &plain, double value);
+void append_exact(std::string &out, std::string const &plain, float value);
+// Bare or in double quotes.
+void append_string(std::string &out, std::string const &text, bool exact);
+// "true", "#true" for cat::btrue() itself, and so on.
+char const *bool_text(cObj const &obj, bool value);

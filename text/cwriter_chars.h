@@ -1,0 +1,8 @@
+#pragma once
+// Character classes of the text format: ASCII, whatever the locale and the sign of char.
+
+constexpr bool is_digit(char c) noexcept { return c >= '0' && c <= '9'; }
+constexpr bool is_letter(char c) noexcept {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+constexpr bool is_white(char c) noexcept { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }

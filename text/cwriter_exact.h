@@ -1,0 +1,83 @@
+#pragma once
+// Exact text inside the writer: is it on, what can it not write, and the tables that it needs for
+// one outermost write.
+//
+// It is on while a cat::ExactText lives, but a cTextForm, for the paths that reader and writer
+// compare, forces one form or the other.
+//
+// A value is refused before anything of it is written. What can only fail while it is written (a
+// foreign `write`) is caught in a text first, and on failure what it has entered as written is
+// taken back (cTextState::forget_written), so that no back reference leads to it.
+
+#include "qrv/core/cobj.h"
+
+#include <string>
+#include <unordered_map>
+
+// The written form from here on, whatever guards live; silent, so that making a path tells nothing.
+class cTextForm {
+  public:
+    explicit cTextForm(bool exact) noexcept;
+    cTextForm(cTextForm const &) = delete;
+    cTextForm &operator=(cTextForm const &) = delete;
+    ~cTextForm();
+
+  private:
+    signed char before_;
+};
+
+// Is exact text to be written now?
+bool exact_text() noexcept;
+
+// Can this object be written so that it reads back? Looks at the object alone, not below it.
+bool exact_writable(cObj const &obj);
+// The same for a key. In a path only those of the second kind are found again.
+bool exact_key(objref const &key);
+bool exact_path_key(objref const &key);
+// Nothing but white space and whole comments.
+bool exact_comment(std::string const &text);
+
+// Counts and raises "Value cannot be written, path : " and the path. Throws what handlers throw.
+void report_unwritable(std::string const &path);
+void report_unwritable(); // under the current path
+// The same without the count, when the stack ends; also outside of exact text.
+void report_too_deep();
+
+// An object by identity: an address is reused, an id isn't.
+class cObjTable {
+  public:
+    bool has(cObj const *obj) const {
+        auto const found = ids_.find(obj);
+        return found != ids_.end() && found->second == obj->obid();
+    }
+    void insert(cObj const *obj) { ids_[obj] = obj->obid(); }
+    void erase(cObj const *obj) { ids_.erase(obj); }
+
+  private:
+    std::unordered_map<cObj const *, unsigned int> ids_;
+};
+
+class cLineCollector;
+
+// What one outermost exact write remembers.
+struct cExactTables {
+    cObjTable open;        // being written: a reference into them can't be read
+    cObjTable unreachable; // written below a key that no path can name
+    cObjTable relaid;      // one-line containers that had to be written over many lines
+    int blind_keys = 0;    // keys on the current path that no path can name
+    cLineCollector *collector = nullptr; // the innermost one
+};
+
+// The tables: made by the outermost cExactRun, which also takes them away.
+class cExactRun {
+  public:
+    cExactRun();
+    cExactRun(cExactRun const &) = delete;
+    cExactRun &operator=(cExactRun const &) = delete;
+    ~cExactRun();
+
+    static cExactTables *tables() noexcept; // null outside
+
+  private:
+    bool outermost_;
+};

@@ -1,0 +1,46 @@
+// Objects as text. Keys and paths are made of this all the time, so scalars take no stream.
+
+#include "qrv/core/cobjd.h"
+
+#include "qrv/containers/cattrhash.h"
+#include "text/cobj_write.h"
+#include "text/cscalar_text.h"
+#include "text/ctext_state.h"
+#include "text/cwriter_exact.h"
+#include "text/cwriter_stream.h"
+
+namespace {
+// Like writeobj, but for the scalars' short way.
+void append_object(std::string &out, cObj const &obj) {
+    if (exact_text() && !exact_writable(obj)) return report_unwritable();
+    if (cat::find_const(&obj)) {
+        cTextStream os(out);
+        obj.write_constname(os);
+        return;
+    }
+    bool const wrapped = !obj.typeflags_of(tf_bare);
+    if (wrapped) out.append(obj.type().name()).append(1, '(');
+    if (!append_scalar(out, obj)) {
+        cTextStream os(out);
+        if (!stack_ends(os)) obj.write(os); // RUNS FOREIGN CODE
+    }
+    if (wrapped) out += ')';
+}
+} // namespace
+
+std::string cat::as_text(objref const &ref) {
+    std::string text;
+    if (ref) append_object(text, *ref);
+    return text;
+}
+
+std::string cat::as_string(objref const &ref) {
+    if (!ref) return {};
+    if (std::string const *const text = string_of(*ref)) return *text;
+    return as_text(ref);
+}
+
+std::string path_text(objref const &key, bool exact) {
+    cTextForm const form(exact);
+    return cat::as_text(key);
+}
