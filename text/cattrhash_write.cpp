@@ -66,8 +66,8 @@ bool is_bare_set(cObj const &value) {
 
 // Does the library itself write this value, in a way that can't fail half-way?
 bool is_own_form(cObj const &value) {
-    constexpr std::array methods = {cat::write_int,    cat::write_float,  cat::write_double,
-                                    cat::write_bool,   cat::write_string, cTomMap::m_write,
+    constexpr std::array methods = {cat::write_int,      cat::write_float,  cat::write_double,
+                                    cat::write_bool,     cat::write_string, cTomMap::m_write,
                                     cTomVector::m_write, cTomSet::m_write};
     return !value.flags_of(of_exe_member) &&
            std::any_of(methods.begin(), methods.end(),
@@ -109,7 +109,8 @@ class cOpen { // a value being written
 
 class cCollecting { // the collector of this stream: the one that stands, or a new one
   public:
-    cCollecting(cExactTables &tables, std::ostream &os) : tables_(&tables), outer_(tables.collector) {
+    cCollecting(cExactTables &tables, std::ostream &os)
+        : tables_(&tables), outer_(tables.collector) {
         if (outer_ && &outer_->stream() == &os) return;
         tables_->collector = &own_.emplace(os);
     }
@@ -229,7 +230,9 @@ void cEntryWriter::plain_value(cAttrNode const &node) {
             state_.enter_written(&value);
             value.writeobj(*os_); // RUNS FOREIGN CODE
         }
-    } catch (cErr const &error) { tell_error(error); }
+    } catch (cErr const &error) {
+        tell_error(error);
+    }
 }
 
 void cEntryWriter::begin_entry(bool apart) {
@@ -243,8 +246,7 @@ void cEntryWriter::begin_entry(bool apart) {
 void cEntryWriter::end_entry(cAttrNode const &node) {
     *os_ << (listed_ ? ',' : ';');
     cObj const &value = node.value(); // another one, if it was replaced meanwhile
-    if (collector_)
-        return collector_->after(container_, many_lines(value), comment_of(value));
+    if (collector_) return collector_->after(container_, many_lines(value), comment_of(value));
     if (!lines_) {
         *os_ << ' ';
         return;
@@ -268,7 +270,9 @@ cLineCollector::cComment cEntryWriter::comment_of(cObj const &obj) const {
     if (!obj.has_ommap()) return comment;
     try {
         if (!obj.get_comment(comment.text)) comment.text.clear();
-    } catch (cErr const &error) { tell_error(error); }
+    } catch (cErr const &error) {
+        tell_error(error);
+    }
     if (!exact_comment(comment.text)) comment.path = state_.shown_path(true);
     return comment;
 }
@@ -303,15 +307,13 @@ bool cEntryWriter::make_key(cObj const &key, cMade &made) {
 bool cEntryWriter::make_value(cObj const &value, cMade &made) {
     if (cat::find_const(&value)) return true; // by name, as often as it comes
     std::string path;
-    if (state_.written_path(&value, path)) return make_reference(value, path, made);
-    size_t const before = state_.written_count();
+    bool const written = state_.written_path(&value, path) && !tables_->forgotten.has(&value);
+    if (written) return make_reference(value, path, made);
+    size_t const before = tables_->entered.size();
     state_.enter_written(&value);
-    if (tables_->blind_keys)
-        tables_->unreachable.insert(&value);
-    else
-        tables_->unreachable.erase(&value);
+    tables_->enter(&value);
     if (is_own_form(value) || catch_text(value, made)) return true;
-    state_.forget_written(before);
+    tables_->forget_behind(before);
     return false;
 }
 
@@ -329,7 +331,9 @@ bool cEntryWriter::catch_text(cObj const &obj, cMade &made) {
     try {
         cOpen const open(*tables_, obj);
         done = write_form(obj, os); // RUNS FOREIGN CODE
-    } catch (cErr const &error) { tell_error(error); }
+    } catch (cErr const &error) {
+        tell_error(error);
+    }
     if (os.fail()) os_->setstate(std::ios_base::failbit);
     return done && !os.fail();
 }
@@ -357,7 +361,8 @@ void cEntryWriter::put_parts(cAttrNode const &node, cMade const &key, cMade cons
 } // namespace
 
 void put_blanks(std::ostream &os, int count) {
-    static constexpr char blanks[] = "                                                                ";
+    static constexpr char blanks[] =
+        "                                                                ";
     constexpr int most = sizeof blanks - 1;
     for (; count > 0; count -= most) os.write(blanks, std::min(count, most));
 }
@@ -379,7 +384,9 @@ void tell_error(cErr const &error) {
 void tell_unwritable(std::string const &path) {
     try {
         report_unwritable(path); // RUNS FOREIGN CODE
-    } catch (cErr const &error) { tell_error(error); }
+    } catch (cErr const &error) {
+        tell_error(error);
+    }
 }
 
 void write_entries(cAttrHash const &hash, std::ostream &os, char format, cTypeObj const *type,

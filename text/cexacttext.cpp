@@ -47,6 +47,21 @@ cExactRun::~cExactRun() {
 }
 cExactTables *cExactRun::tables() noexcept { return the_tables; }
 
+void cExactTables::enter(cObj const *obj) {
+    entered.emplace_back(obj, obj->obid());
+    forgotten.erase(obj);
+    if (blind_keys)
+        unreachable.insert(obj);
+    else
+        unreachable.erase(obj);
+}
+
+void cExactTables::forget_behind(size_t count) {
+    for (size_t i = count; i < entered.size(); ++i)
+        forgotten.insert(entered[i].first, entered[i].second);
+    entered.resize(count);
+}
+
 namespace {
 void raise_unwritable(std::string const &path) {
     eros().clear();

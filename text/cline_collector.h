@@ -1,13 +1,13 @@
 #pragma once
 // One-line containers in exact text. A container whose own entries turn out to hold a line end must
-// go over many lines, or the next reading would take its layout for another one and the next writing
-// would differ. That is known only when its last entry stands.
+// go over many lines, or the next reading would take its layout for another one and the next
+// writing would differ. That is known only when its last entry stands.
 //
-// So the outermost one-line container collects its text, and all one-line containers inside it write
-// into the same text. Nothing that depends on the layout goes in there; it is kept as marks, in the
-// order of the text, and filled in when everything is known. Each container decides at its close:
-// a line end in its stretch of text, or one that a container inside it will get. So the work is
-// linear, however deep they nest.
+// So the outermost one-line container collects its text, and all one-line containers inside it
+// write into the same text. Nothing that depends on the layout goes in there; it is kept as marks,
+// in the order of the text, and filled in when everything is known. Each container decides at its
+// close: a line end in its stretch of text, or one that a container inside it will get. So the work
+// is linear, however deep they nest.
 
 #include "qrv/core/cobj.h"
 #include "text/cwriter_stream.h"
@@ -68,6 +68,6 @@ class cLineCollector {
     std::vector<cMark> marks_;
     std::vector<cContainer> containers_;
     std::vector<cComment> comments_;
-    size_t searched_ = 0;                     // line ends before this are known
-    size_t line_end_ = std::string::npos;     // the last one, also one to come
+    size_t searched_ = 0;                 // line ends before this are known
+    size_t line_end_ = std::string::npos; // the last one, also one to come
 };

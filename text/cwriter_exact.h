@@ -7,12 +7,14 @@
 //
 // A value is refused before anything of it is written. What can only fail while it is written (a
 // foreign `write`) is caught in a text first, and on failure what it has entered as written is
-// taken back (cTextState::forget_written), so that no back reference leads to it.
+// forgotten, so that no back reference leads to it.
 
 #include "qrv/core/cobj.h"
 
 #include <string>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 // The written form from here on, whatever guards live; silent, so that making a path tells nothing.
 class cTextForm {
@@ -50,7 +52,8 @@ class cObjTable {
         auto const found = ids_.find(obj);
         return found != ids_.end() && found->second == obj->obid();
     }
-    void insert(cObj const *obj) { ids_[obj] = obj->obid(); }
+    void insert(cObj const *obj) { insert(obj, obj->obid()); }
+    void insert(cObj const *obj, unsigned int id) { ids_[obj] = id; } // may be dead already
     void erase(cObj const *obj) { ids_.erase(obj); }
 
   private:
@@ -64,8 +67,13 @@ struct cExactTables {
     cObjTable open;        // being written: a reference into them can't be read
     cObjTable unreachable; // written below a key that no path can name
     cObjTable relaid;      // one-line containers that had to be written over many lines
-    int blind_keys = 0;    // keys on the current path that no path can name
+    cObjTable forgotten;   // entered as written, but left out with what they stood in
+    std::vector<std::pair<cObj const *, unsigned int>> entered; // as written, in order, with ids
+    int blind_keys = 0;                  // keys on the current path that no path can name
     cLineCollector *collector = nullptr; // the innermost one
+
+    void enter(cObj const *obj);
+    void forget_behind(size_t count);
 };
 
 // The tables: made by the outermost cExactRun, which also takes them away.
