@@ -58,9 +58,9 @@ def layer(path):
         return 2
     if folder == "diagnostics":
         return 3
-    if path == "core/cmodifier.h":
-        return 5  # a cObjModifier is a handle of one attribute
-    if folder == "core" or (folder == "containers" and stem.startswith("cattrhash")):
+    if folder == "core" or (
+        folder == "containers" and stem.startswith(("cattrhash", "seeded_hash"))
+    ):
         return 4
     if folder in ("containers", "signals"):
         return 5
