@@ -3,12 +3,10 @@
 #include "qrv/core/ctypes.h"
 
 #include "core/cregistry.h"
+#include "diagnostics/cerrline.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/ccout.h"
-
-#include <ostream>
 
 namespace {
 
@@ -17,9 +15,10 @@ namespace {
 }
 
 bool report_duplicate(std::string const &name) {
-    cat::std_err() << "***Error: Bad creation of duplicate type '" << name << "'\n"
-                   << "          Each type object is identified by its name\n"
-                   << "          and must be created exactly once!!\n";
+    cat::error_line("***Error: Bad creation of duplicate type '" + name +
+                    "'\n"
+                    "          Each type object is identified by its name\n"
+                    "          and must be created exactly once!!");
     return false;
 }
 

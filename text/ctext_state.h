@@ -40,6 +40,8 @@ class cPathTrie {
     node_id find(std::string_view path) const; // a path that begins with "/", or none
     std::string path(node_id node) const;      // made from the pieces
 
+    bool empty() const noexcept { return nodes_.size() == 1; }
+
     // The object entered at a node; null when there was none.
     objref const &value(node_id node) const { return nodes_[node].value; }
     // With `own` the node is the value's exact path: such an entry yields only to another one.
@@ -93,6 +95,8 @@ class cTextState {
 
     // Comments: the text gathered since the last value, and the value it will belong to.
     std::string &com_collected() noexcept { return com_collected_; }
+    // Appends a comment token; a line comment before it that would swallow it gets its line end.
+    void collect_comment(std::string const &token);
     objref &last_noted() noexcept { return last_noted_; }
     void forget_comments(); // RUNS FOREIGN CODE: last_noted is released
 
@@ -106,10 +110,15 @@ class cTextState {
     friend class cNesting;
     friend class cTypedNesting;
 
+    // Nodes are looked up when first needed. The other chain takes the other text of each key
+    // that has one; it is the same as the first as long as none has.
     struct cStep {
-        size_t length_before; // of path_
-        bool has_other;
-        std::string other; // the second text of the key, when it has one
+        size_t length_before;   // of path_
+        std::string other = {}; // the second text of the key, when it has one
+        bool has_other = false;
+        bool forked = false;      // this or an earlier key has a second text
+        bool shown_exact = true;  // path_ up to here is in the exact form
+        bool other_exact = false; // the other chain is
         cPathTrie::node_id node = cPathTrie::none;
         cPathTrie::node_id other_node = cPathTrie::none;
     };
@@ -117,8 +126,11 @@ class cTextState {
         unsigned int obid;
         cPathTrie::node_id node;
     };
+    void push_step(objref const &key);
+    void pop_step() noexcept;
     void clear_references(); // RUNS FOREIGN CODE
-    void resolve_steps();    // fills the nodes of all steps
+    bool resolve_steps();    // fills the nodes of all steps; false if there are none
+    std::string_view step_text(size_t i) const noexcept;
 
     int depth_ = -1;
     int indent_ = 77; // overwritten by the first level
@@ -130,6 +142,7 @@ class cTextState {
     cPathTrie trie_;
     std::unordered_map<cObj const *, cWritten> written_;
     std::string com_collected_;
+    bool line_comment_open_ = false; // com_collected_ ends in a line comment
     objref last_noted_;
 };
 

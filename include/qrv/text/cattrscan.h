@@ -16,6 +16,8 @@
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/text/cattrscanner.h"
 
+#include <memory>
+
 namespace cat {
 // The brackets around the text of a value: built from the opening one, 0 and 0 from others.
 struct QRV_API Brackets {
@@ -124,17 +126,16 @@ class QRV_API cAttrScan : public cAttrScanner {
     void note_object(objref const &value);
 
   private:
-    friend class cReadErrorSink;
-
-    void begin(ASR asr);
     void start();
+    void begin(ASR asr);
+    void fire_from(cErr const &error, size_t prefix);
 
     bool eof_seen_ = false;
     bool report_;
     bool oneline_ = false;
-    cErrStream err_;
-    size_t prefix_ = 0;       // of the text under composition: place and path
-    unsigned about_line_ = 0; // 0: the current token
+    std::unique_ptr<cErrStream> err_; // the error under composition, made by the first one
+    size_t prefix_ = 0;               // of the text under composition: place and path
+    unsigned about_line_ = 0;         // 0: the current token
     unsigned about_column_ = 0;
 };
 

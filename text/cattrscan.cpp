@@ -1,0 +1,194 @@
+#include "qrv/text/cattrscan.h"
+
+// The scanner of the reader without the reading of values: tokens and the end-of-input latch,
+// composing and sending errors, the summary, files, comments. An error is composed in three steps:
+// errs() or errp(), the text, fire(). The stream for it is made by the first error, since there is
+// a scan for each container and most see none.
+
+#include "qrv/core/ctypes.h"
+#include "text/creader_session.h"
+#include "text/ctext_state.h"
+
+#include <fstream>
+#include <ostream>
+
+cAttrScan::cAttrScan(std::istream &is, bool report) : cAttrScanner(is), report_(report) { start(); }
+
+cAttrScan::cAttrScan(std::istream *is, bool report) : cAttrScanner(is), report_(report) { start(); }
+
+void cAttrScan::start() {
+    if (alone()) text_state().forget_comments(); // they belong to what was read before
+    cReadSession const *const session = cReadSession::current();
+    if (session && session->capture())
+        sig().connect(session->capture()->slot());
+    else
+        sig().connect(cat::errhandler());
+}
+
+cAttrScan::~cAttrScan() {
+    if (!report_) return;
+    try {
+        scan_report(false);
+    } catch (...) { // a slot's exception must not leave a destructor
+    }
+}
+
+// --- tokens ---
+
+int cAttrScan::gettok(cAttrLiteral &token) {
+    while (!eof_seen_) {
+        int const code = gettoken(token);
+        if (code != tkComment) {
+            if (code > 0) return code;
+            eof_seen_ = true;
+        } else if (return_com()) {
+            text_state().collect_comment(token.text);
+        }
+    }
+    token.code = tkEof;
+    token.text.clear();
+    return tkEof;
+}
+
+int cAttrScan::gettok() {
+    cAttrLiteral token;
+    return gettok(token);
+}
+
+// --- errors ---
+
+void cAttrScan::begin(ASR asr) {
+    if (err_)
+        err_->clear();
+    else
+        err_ = std::make_unique<cErrStream>(0u);
+    about_line_ = 0;
+    if (asr > 0) {
+        err_->set_code(cErr::bad_code + static_cast<unsigned>(asr));
+        errincr();
+    } else {
+        err_->set_handled(true);
+    }
+    *err_ << posstring();
+}
+
+cErrStream &cAttrScan::errs() { return errs(ASR(0)); }
+
+cErrStream &cAttrScan::errs(ASR asr) {
+    begin(asr);
+    prefix_ = cat::ReadReport::current() ? err_->as_string().size() : 0;
+    return *err_;
+}
+
+cErrStream &cAttrScan::errp(ASR asr) {
+    bool const reported = cat::ReadReport::current() != nullptr;
+    begin(asr);
+    if (text_state().path_keys() > 0) *err_ << "( " << text_state().shown_path(reported) << " )";
+    *err_ << ": ";
+    prefix_ = reported ? err_->as_string().size() : 0;
+    return *err_;
+}
+
+void cAttrScan::about(cAttrLiteral const &token) noexcept {
+    about_line_ = token.outer_line;
+    about_column_ = token.outer_column;
+}
+
+void cAttrScan::fire() {
+    if (!err_) return;
+    fire_from(*err_, prefix_);
+}
+
+void cAttrScan::fire(cErr const &error) {
+    about_line_ = 0;
+    fire_from(error, 0);
+}
+
+// The copy leaves the stream free for errors that arise while slots run.
+void cAttrScan::fire_from(cErr const &error, size_t prefix) {
+    cErr copy(error);
+    cat::ReadReport *const report = cat::ReadReport::current();
+    if (!report) return sig()(copy); // RE-ENTERS, may throw
+    cat::ReadError entry;
+    entry.file = cSubText::file_of(*this);
+    entry.line = about_line_ ? about_line_ : token().outer_line;
+    entry.column = (about_line_ ? about_column_ : token().outer_column) + 1;
+    entry.path = text_state().shown_path(true);
+    entry.code = copy.code();
+    std::string const text = copy.as_string();
+    entry.text = text.substr(prefix < text.size() ? prefix : text.size());
+    report->add(std::move(entry));
+}
+
+std::string cAttrScan::posstring() const {
+    if (oneline_) return {};
+    std::string const line = std::to_string(lineno());
+    return filename().empty() ? "Line " + line + ": " : filename() + " (" + line + ") ";
+}
+
+void cAttrScan::scan_report(bool always) {
+    unsigned const count = errcount();
+    if (!always && count == 0) return;
+    std::string const head = posstring() + "Attributes scanner ";
+    if (count == 0) {
+        cat::std_out() << head + "OK" << std::endl;
+        return;
+    }
+    errclear();
+    cat::std_out() << head + "with *** " + std::to_string(count) + " errors ***" << std::endl;
+}
+
+// --- files ---
+
+bool cAttrScan::openfile(char const *name, bool quiet) {
+    if (!name || !*name) return false;
+    auto *const file = dynamic_cast<std::ifstream *>(&is());
+    if (!file) return false;
+    file->open(name, std::ios::in | std::ios::binary);
+    if (file->is_open()) file->peek(); // a directory opens, but can't be read
+    if (file->is_open() && !file->bad()) {
+        reset(0, 1, 0); // places were counted from a closed stream
+        eof_seen_ = false;
+        set_filename(name);
+        return true;
+    }
+    if (file->is_open()) file->close();
+    if (!quiet) fire(cErr(1, std::string("Cannot open file: ") + name));
+    return false;
+}
+
+// --- comments ---
+
+std::string &cAttrScan::com_collected() { return text_state().com_collected(); }
+
+namespace {
+// Without carriage returns. One that keeps `*` and `/` apart becomes a blank: the comment would
+// end there.
+std::string without_returns(std::string const &text) {
+    std::string result;
+    result.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r')
+            result += text[i];
+        else if (!result.empty() && result.back() == '*' && i + 1 < text.size() &&
+                 text[i + 1] == '/')
+            result += ' ';
+    }
+    return result;
+}
+} // namespace
+
+void cAttrScan::note_object(objref const &value) {
+    if (!return_com()) return;
+    cTextState &state = text_state();
+    if (!state.com_collected().empty() && state.last_noted()) {
+        std::string text = std::exchange(state.com_collected(), {});
+        if (text.back() == '\n') text.pop_back();
+        objref const noted = state.last_noted();
+        noted->set_comment(without_returns(text), false); // RUNS FOREIGN CODE
+    }
+    // A constant is the same object in every file and takes none.
+    bool const takes = value && !cObj::is_void(value) && !cat::find_const(value);
+    state.last_noted() = takes ? value : objref();
+    state.com_collected().clear();
+}

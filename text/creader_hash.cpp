@@ -1,0 +1,287 @@
+// cAttrHash::read_hash: the entries of one container, from behind its opening bracket to its
+// closing one or the end of input. An entry is scanned in steps: key, value, name of a type,
+// storing, entering in the table of paths. A failed one is reported and reading goes on with the
+// next.
+//
+// Values that stand in the tree already are merged into or assigned to in place. A text can make
+// that cost much more than its length, and can try to store a value inside itself: the session's
+// budget bounds the one and refuses the other.
+
+#include "diagnostics/cerrline.h"
+#include "qrv/containers/cattrhash.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/diagnostics/ctrace.h"
+#include "qrv/text/cattrscan.h"
+#include "text/creader_session.h"
+#include "text/creader_setindex.h"
+#include "text/ctext_state.h"
+
+#include <locale>
+#include <sstream>
+
+namespace {
+bool is_closing(int t) { return t == '}' || t == ']' || t == '>' || t == tkEof; }
+
+std::string shown_path() { return text_state().shown_path(cat::ReadReport::current() != nullptr); }
+
+std::string written(cObj const &value) {
+    std::ostringstream os;
+    os.imbue(std::locale::classic());
+    value.writeobj(os); // RUNS FOREIGN CODE
+    return os.str();
+}
+
+bool is_mergeable(objref const &value) { return cObj::is_map(value) || cObj::is_set(value); }
+
+class cHashReader {
+  public:
+    cHashReader(cAttrHash &hash, std::istream &is, cTypeObj *type);
+    cHashReader(cHashReader const &) = delete;
+    cHashReader &operator=(cHashReader const &) = delete;
+    ~cHashReader() = default;
+
+    int read();
+
+  private:
+    struct cEntry {
+        objref index; // the key that an entry without one gets
+        objref key;
+        objref value;
+        int key_result = 0;
+        int result = 0;
+    };
+    enum class cNext { value, store, stop };
+
+    bool read_entry(); // false at the end of the entries
+    cNext read_key(cEntry &entry);
+    bool read_value(cEntry &entry);
+    void register_type(cEntry &entry);
+    objref store(cEntry const &entry); // what stands in the tree then
+    bool insert(objref const &key, objref const &value, objref &held);
+    bool insert_in_set(objref const &value, objref &held);
+    bool update(cObj &target, cObj const &value, bool merge);
+    void report_too_much();
+    char const *unclosed() const;
+    void report_unclosed(bool counted);
+    void fail(char const *text, std::string const &what = {});
+
+    cWriteLevel const level_; // first: the depth goes down when all else is done
+    cAttrHash &hash_;
+    cTypeObj const *const type_;
+    cAttrScan scan_;
+    cReading const reading_;
+    cAttrLiteral const opened_; // the opening bracket, or whatever came last
+    std::unique_ptr<cSetIndex> const seen_;
+    bool const listed_;
+    bool ok_ = true;
+    int index_ = 0;
+    int delim_ = 1;
+    unsigned const first_line_;
+};
+
+cHashReader::cHashReader(cAttrHash &hash, std::istream &is, cTypeObj *type)
+    : hash_(hash), type_(type), scan_(is, false), reading_(scan_), opened_(scan_.token()),
+      seen_(type == &cat::type_set() ? std::make_unique<cSetIndex>(hash) : nullptr),
+      listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
+
+void cHashReader::fail(char const *text, std::string const &what) {
+    scan_.errs(cAttrScan::asrSyntax) << text << what;
+    scan_.fire();
+}
+
+// --- one entry ---
+
+// The key of an entry of a map. A map alone is a value without a key.
+cHashReader::cNext cHashReader::read_key(cEntry &entry) {
+    objref key;
+    int result = 0;
+    {
+        cReadingKey const key_now(true);
+        result = scan_.scan_obj(key, &delim_);
+    }
+    if (result == -1) return cNext::stop;
+    if (delim_ == ')') {
+        cAttrLiteral token;
+        if (scan_.gettok(token) == '=')
+            delim_ = '=';
+        else if (token.code != tkEof)
+            scan_.ungettoken(token);
+    }
+    if (result == 0 && !key->type().is_keytype()) {
+        if (key->is_map()) {
+            entry.value = key;
+            return cNext::store;
+        }
+        std::string const text = key->is_container() ? "" : "Key value: " + written(*key);
+        fail("Key type '", key->type().name() + "' is not defined" + text);
+        result = cAttrScan::asrSyntax;
+    }
+    if (delim_ != '=') {
+        fail("Pattern 'key =' is missed ");
+        result = cAttrScan::asrSyntax;
+    }
+    entry.key_result = result;
+    if (result == 0) entry.key = key;
+    return is_closing(delim_) ? cNext::store : cNext::value;
+}
+
+// False when a list has ended.
+bool cHashReader::read_value(cEntry &entry) {
+    int result = 0;
+    {
+        cReadingKey const value_now(false);
+        result = scan_.scan_obj(entry.value, &delim_);
+    }
+    if (result == -1) {
+        if (listed_) return false;
+        fail("Pattern 'key =value' is missed in path: ", shown_path());
+        result = cAttrScan::asrSyntax;
+    }
+    if (delim_ == '=') {
+        fail("Wrong placed '=', path : ", shown_path());
+        result = cAttrScan::asrSyntax;
+    }
+    entry.result = result;
+    return true;
+}
+
+// A value that is a type gets its key as its name: a declaration.
+void cHashReader::register_type(cEntry &entry) {
+    auto *const type =
+        entry.value->is_type() ? dynamic_cast<cTypeObj *>(entry.value.get()) : nullptr;
+    if (!type) return;
+    type->set_name(cat::as_string(entry.key));
+    bool done = false;
+    try {
+        done = cat::set_type(*type, false);
+    } catch (cErr const &error) {
+        if (error.code() != 1) throw; // 1: the name of a type that can't be redefined
+    }
+    if (done) return;
+    scan_.errs(cAttrScan::asrType) << "Type name from input is registered with another type-type!";
+    scan_.fire();
+    entry.result = cAttrScan::asrType;
+}
+
+bool cHashReader::read_entry() {
+    cEntry entry;
+    entry.index = entry.key = cat::of(index_);
+    entry.value = cat::bad();
+    cNext const next = listed_ ? cNext::value : read_key(entry);
+    if (next == cNext::stop) return false;
+    if (next == cNext::store) {
+        store(entry); // without a key of its own it is in no path
+    } else {
+        cPathStep const step(entry.key);
+        if (cat::trace_io) cat::trace_io << text_state().path() << std::endl;
+        if (!read_value(entry)) return false;
+        bool const keyed = entry.key_result == 0;
+        if (keyed && entry.result == 0) register_type(entry);
+        objref const held = store(entry);
+        if (keyed) text_state().enter_value(entry.result == 0 ? held : cat::bad());
+    }
+    if (entry.key == entry.index) index_ = static_cast<int>(static_cast<unsigned>(index_) + 1);
+    return true;
+}
+
+// --- storing ---
+
+void cHashReader::report_too_much() { fail("Too much merged, path : ", shown_path()); }
+
+// Changes a value that stands in the tree. False if it refused by an exception.
+bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
+    cReadSession *const session = cReadSession::current();
+    bool const costly = dynamic_cast<cMapObj *>(&target) || target.is_container();
+    session->refresh_limit();
+    if (costly && session->exhausted()) {
+        report_too_much();
+        return true;
+    }
+    bool done = true;
+    if (merge) {
+        target.attrcopy(value, "-xx"); // RUNS FOREIGN CODE
+    } else {
+        try {
+            target.assign(value); // RUNS FOREIGN CODE
+        } catch (cErr const &) {
+            done = false;
+        }
+    }
+    if (costly && session->exhausted()) report_too_much();
+    return done;
+}
+
+bool cHashReader::insert_in_set(objref const &value, objref &held) {
+    objref const present = seen_->find(value);
+    if (present) {
+        held = present;
+        return true;
+    }
+    if (!hash_.mapitem(cat::of(hash_.after_last_index()), value)) return false;
+    seen_->add(value);
+    return true;
+}
+
+bool cHashReader::insert(objref const &key, objref const &value, objref &held) {
+    if (seen_) return insert_in_set(value, held);
+    if (listed_) return hash_.mapitem(cat::of(hash_.after_last_index()), value);
+    cAttrNode const *const node = hash_.find(key);
+    objref const target = node ? node->valref() : objref();
+    if (target && &target->type() == &value->type() && update(*target, *value, false)) {
+        held = target;
+        return true;
+    }
+    return hash_.mapitem(key, value);
+}
+
+objref cHashReader::store(cEntry const &entry) {
+    cAttrNode const *const node = hash_.find(entry.key);
+    objref const present = node ? node->valref() : objref();
+    if (is_mergeable(present) && is_mergeable(entry.value)) {
+        update(*present, *entry.value, true);
+        return present;
+    }
+    objref held = entry.value;
+    if (!insert(entry.key, entry.value, held)) {
+        ok_ = false;
+        cat::error_line("Cannot insert key =" + cat::as_text(entry.key));
+    }
+    return held;
+}
+
+// --- the container ---
+
+char const *cHashReader::unclosed() const {
+    if (type_ == &cat::type_map() && delim_ != '}') return "Map is not closed by '}'";
+    if (type_ == &cat::type_vector() && delim_ != ']') return "Vector is not closed by ']'";
+    if (type_ == &cat::type_set() && delim_ != '>') return "Set is not closed by '>'";
+    return nullptr;
+}
+
+void cHashReader::report_unclosed(bool counted) {
+    char const *const text = unclosed();
+    if (!text) return;
+    cErrStream &err = counted ? scan_.errs(cAttrScan::asrSyntax) : scan_.errs();
+    err.set_code(cErr::bad_code + cAttrScan::asrSyntax);
+    err << text;
+    if (delim_ == tkEof && opened_.code != tkEof) scan_.about(opened_);
+    scan_.fire();
+}
+
+int cHashReader::read() {
+    while (!is_closing(delim_) && read_entry()) continue;
+    if (delim_ == tkEof && hash_.empty()) {
+        // A bracket alone is no error here: a vector's is told by the reader of values, a map's
+        // and a set's only to people.
+        if (type_ != &cat::type_vector() && cat::ReadReport::current()) report_unclosed(false);
+        return -1;
+    }
+    report_unclosed(true);
+    return ok_ ? static_cast<int>(scan_.lineno() - first_line_) : 0;
+}
+} // namespace
+
+int cAttrHash::read_hash(std::istream &is, cTypeObj *type) {
+    return cHashReader(*this, is, type).read();
+}

@@ -1,0 +1,229 @@
+// The entry points around the reading of values and containers: cObj::readobj, the methods `read`
+// of the container types and of types that are read as one value or as entries, bare lists of
+// entries, and the conversion of literal tokens.
+
+#include "diagnostics/cerrline.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csetobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/cattrscan.h"
+#include "qrv/text/cwriter.h"
+#include "text/creader_number.h"
+#include "text/creader_session.h"
+#include "text/ctext_state.h"
+
+#include <cstring>
+#include <locale>
+#include <sstream>
+
+namespace {
+std::istream *stream_of(objref const &args) {
+    auto const *const holder = dynamic_cast<cInHolder const *>(args.get());
+    return holder ? holder->valptr() : nullptr;
+}
+} // namespace
+
+int cObj::readobj(std::istream &is, objref &result, int *delim) {
+    return cAttrScan(is, false).scan_obj(result, delim);
+}
+
+int cObj::readobj(char const *text, objref &result, int *delim) {
+    std::istringstream is(text ? text : "");
+    is.imbue(std::locale::classic());
+    cAttrScan scan(is, false);
+    if (!text || !std::strchr(text, '\n')) scan.set_oneline();
+    return scan.scan_obj(result, delim);
+}
+
+// --- literals ---
+
+namespace {
+template <class T>
+bool convert(bool (*parse)(std::string_view, T &), char const *text, objref &result) {
+    T number{};
+    if (!parse(text, number)) return false;
+    result = cat::of(number);
+    return true;
+}
+
+bool read_bool(std::string_view text, objref &result) {
+    if (text != "true" && text != "false") return false;
+    result = cat::of(text == "true");
+    return true;
+}
+
+objref unquoted(std::string text) {
+    if (text.size() >= 2) text = text.substr(1, text.size() - 2);
+    cat::unescape(text);
+    return cat::of(text);
+}
+
+bool read_const(char const *text, objref &result) {
+    cMapObj *const constants = cat::constmap_ptr();
+    if (!constants || *text != '#') return false;
+    cAttrNode const *const node = constants->datamap().find(text + 1);
+    if (!node || !node->valref()) return false;
+    result = node->valref();
+    return true;
+}
+} // namespace
+
+bool cat::read_stdtype(int token, char const *text, objref &result) {
+    if (!text) return false;
+    switch (token) {
+    case tkInt:
+        return convert<int>(parse_int, text, result);
+    case tkUnsigned:
+        return convert<int>(parse_unsigned, text, result);
+    case tkFloat:
+        return convert<float>(parse_float, text, result);
+    case tkDouble:
+        return convert<double>(parse_double, text, result);
+    case tkBool:
+        return read_bool(text, result);
+    case tkString:
+        result = unquoted(text);
+        return true;
+    case tkConst:
+        return read_const(text, result);
+    case tkIdent:
+        result = cat::of(text);
+        return true;
+    default:
+        return false;
+    }
+}
+
+// --- the containers ---
+
+namespace {
+// Remembers how the text looked, if the object's layout says something else.
+void keep_layout(cObj &obj, std::istream &is, bool one_line) {
+    bool const was_one_line = *cat::wformat(obj) == 's';
+    cAttrScan scan(is, false);
+    scan.note_object(one_line ? objref::share(&obj) : objref());
+    if (one_line != was_one_line)
+        obj.set_omember(std::string("wformat"), cat::of(one_line ? "sc" : "wc"));
+}
+
+bool read_container(cObj &obj, objref const &args, cTypeObj &type) {
+    std::istream *const is = stream_of(args);
+    auto *const map = dynamic_cast<cMapObj *>(&obj);
+    if (!is || !map) return false;
+    hashref const hash = map->datamap_ref();
+    int const lines = hash->read_hash(*is, &type);
+    if (lines < 1) return false;
+    keep_layout(obj, *is, lines == 1);
+    return true;
+}
+} // namespace
+
+bool cTomMap::m_read(cObj &obj, objref &stream) {
+    return read_container(obj, stream, cat::type_map());
+}
+
+bool cTomVector::m_read(cObj &obj, objref &stream) {
+    return read_container(obj, stream, cat::type_vector());
+}
+
+bool cTomSet::m_read(cObj &obj, objref &stream) {
+    return read_container(obj, stream, cat::type_set());
+}
+
+bool cTomOmmap::m_read(cObj &obj, objref &stream) {
+    std::istream *const is = stream_of(stream);
+    if (!is) return false;
+    if (!obj.has_ommap()) obj.ommap(make<cAttrHash>(&obj));
+    hashref const hash = obj.ommap_ref();
+    hash->clear();
+    return hash->read_hash(*is, nullptr) > 0;
+}
+
+// --- types that are read as one value, or as entries ---
+
+bool cat::read_voiddata(cObj &, objref &) { return true; }
+
+bool cat::scan_attrset(cObj &obj, objref &args) {
+    std::istream *const is = stream_of(args);
+    if (!is) return false;
+    cAttrScan scan(*is, false);
+    objref value;
+    if (scan.scan_obj(value, nullptr) != 0) return false;
+    bool const same = &value->type() == &obj.type();
+    if (same ? obj.assign(*value) : obj.convert(value)) return true;
+    scan.errp(cAttrScan::asrSyntax)
+        << (same ? "Assign" : "Convert") << " failed in read of type: " << obj.type().name();
+    scan.fire();
+    return false;
+}
+
+bool cat::scan_attrcopy(cObj &obj, objref &args) {
+    std::istream *const is = stream_of(args);
+    if (!is) return false;
+    std::string const type = obj.type().name();
+    objref const entries = make<cMapObj>();
+    if (static_cast<cMapObj &>(*entries).datamap().read_hash(*is, nullptr) == 0) {
+        error_line("Error in reading data in type: " + type);
+        return false;
+    }
+    try {
+        objref const fresh = obj.type().newobj();
+        if (cObj::is_bad(fresh)) return false;
+        bool const filled = fresh->attrcopy(*entries, "-a-");
+        return obj.assign(*fresh) && filled;
+    } catch (cErr const &error) {
+        error_line("Value assign error in read of type: '" + type + "': " + error.as_string());
+        return false;
+    }
+}
+
+// --- a container or a bare list of entries ---
+
+namespace {
+int not_valid(cAttrScan &scan, char const *text, std::string const &what = {}) {
+    scan.errs(cAttrScan::asrSyntax) << text << what;
+    scan.fire();
+    return 1;
+}
+
+// `key =` was read: the value and the rest of the entries.
+int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep) {
+    cWriteLevel const level;
+    unsigned const errors = scan.errcount();
+    objref value;
+    int code = 0;
+    {
+        cPathStep const step(key);
+        code = scan.scan_obj(value, nullptr);
+    }
+    bool const good = code == 0 && scan.errcount() == errors;
+    if (!good && !keep) return not_valid(scan, "Input is no valid container");
+    cRef<cMapObj> const map = make<cMapObj>();
+    if (value) map->datamap().mapitem(key, value);
+    bool const rest = map->datamap().read_hash(scan.is(), nullptr) != 0;
+    if (rest || keep) result = map;
+    scan.note_object(nullptr);
+    return good && rest && scan.errcount() == errors ? 0 : 1;
+}
+} // namespace
+
+int cat::scan_container(std::istream &is, objref &result, bool keep) {
+    cAttrScan scan(is, true);
+    cReading const reading(scan);
+    unsigned const errors = scan.errcount();
+    objref first;
+    int delim = 0;
+    int const code = scan.scan_obj(first, &delim);
+    if (code != 0) return code;
+    bool const failed = scan.errcount() != errors;
+    if (first->is_container() && (!failed || keep)) {
+        result = first;
+        return failed ? 1 : 0;
+    }
+    if (failed && !keep) return 1;
+    if (first->type().is_keytype() && delim == '=') return read_entries(scan, first, result, keep);
+    std::string const text = as_text(first);
+    return not_valid(scan, "Missing start pattern 'key =' at pattern: ", text);
+}

@@ -1,0 +1,116 @@
+#include "text/creader_session.h"
+
+// The session at hand is found through a plain pointer. Everything is put back by destructors, so
+// an exception that passes leaves nothing behind.
+
+#include "qrv/core/ctypes.h"
+#include "text/ctext_state.h"
+
+namespace {
+constinit cReadSession *the_session = nullptr;
+constinit cSubText *the_sub_text = nullptr;
+
+// What merging may cost before a file has to pay for it with text.
+constexpr std::uint64_t free_merges = 1'000'000;
+
+// An entry about the current token of the working scan, as far as there is one.
+cat::ReadError entry_here(unsigned code, std::string text) {
+    cat::ReadError entry;
+    entry.path = text_state().shown_path(true);
+    entry.code = code;
+    entry.text = std::move(text);
+    cReadSession const *const session = cReadSession::current();
+    if (!session) return entry;
+    cAttrLiteral const &token = session->scan()->token();
+    entry.file = cSubText::file_of(*session->scan());
+    entry.line = token.outer_line;
+    entry.column = token.outer_column + 1;
+    return entry;
+}
+} // namespace
+
+bool cat::keep_error_line(std::string const &text) {
+    ReadReport *const report = ReadReport::current();
+    if (report) report->add(entry_here(0, text));
+    return report != nullptr;
+}
+
+// --- the session ---
+
+cReadSession::cReadSession(cAttrScan &outer)
+    : cMergeBudget(free_merges), before_(the_session), outer_(&outer), scan_(&outer),
+      start_(characters()) {
+    the_session = this;
+    if (cat::ReadReport::current()) capture_ = std::make_unique<cErrorCapture>();
+}
+
+cReadSession::~cReadSession() { the_session = before_; }
+
+cReadSession *cReadSession::current() noexcept { return the_session; }
+
+void cReadSession::report_changed() {
+    if (!the_session) return;
+    if (!cat::ReadReport::current())
+        the_session->capture_.reset();
+    else if (!the_session->capture_)
+        the_session->capture_ = std::make_unique<cErrorCapture>();
+}
+
+std::uint64_t cReadSession::characters() const { // the position counts no line ends
+    return std::uint64_t{outer_->position()} + outer_->lineno();
+}
+
+void cReadSession::refresh_limit() {
+    std::uint64_t const now = characters();
+    set_limit(free_merges + (now > start_ ? now - start_ : 0));
+}
+
+void cReadSession::left_out(cObj &holder, objref const &key, objref const &) {
+    constexpr unsigned code = 0x40020000;
+    std::string const type = holder.type().name();
+    std::string const text = cat::as_text(key); // RUNS FOREIGN CODE
+    cErrStream &err = scan_->errs();
+    err.set_code(code);
+    err.set_handled(false);
+    scan_->errincr();
+    err << "Setattr in object type '" << type << "', key '" << text
+        << "':  Trial to establish cRef in cycle";
+    scan_->fire();
+}
+
+cReading::cReading(cAttrScan &scan) {
+    if (!the_session) own_ = std::make_unique<cReadSession>(scan);
+    before_ = std::exchange(the_session->scan_, &scan);
+}
+
+cReading::~cReading() {
+    if (the_session) the_session->scan_ = before_;
+}
+
+// --- capturing ---
+
+cErrorCapture::cErrorCapture()
+    : block_(cat::errhandler().block()), slot_(this, &cErrorCapture::take) {
+    cat::sig_error().connect(slot_, false, cat::sig_error().begin());
+}
+
+void cErrorCapture::take(cErr &error) {
+    if (cat::ReadReport *const report = cat::ReadReport::current())
+        report->add(entry_here(error.code(), error.as_string()));
+    if (error.code() & cat::errhandler().clear_mask()) error.set_code(error.code() & 0x3FFFFFFFu);
+}
+
+// --- texts cut from others ---
+
+cSubText::cSubText(std::istream const &is, cAttrScan const &outer)
+    : is_(&is), file_(file_of(outer)), before_(the_sub_text) {
+    the_sub_text = this;
+}
+
+cSubText::~cSubText() { the_sub_text = before_; }
+
+std::string const &cSubText::file_of(cAttrScan const &scan) {
+    for (cSubText const *at = the_sub_text; at; at = at->before_)
+        if (at->is_ == &scan.is()) return at->file_;
+    return scan.filename();
+}

@@ -1,0 +1,404 @@
+// cAttrScan::scan_obj and the skipping of text: one value, from its first token to the token that
+// ends it. The steps by first token:
+//   constant or #cRef | literal | identifier, alone or as the name of a type | opening bracket
+// A container's `read` goes on with the same stream; the text of any other typed value is gathered
+// up to its bracket and read from a stream of its own.
+//
+// Limits: values in values and typed values in typed values go so deep and no deeper; what stands
+// below is skipped with one error.
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csetobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/platform/cstack.h"
+#include "qrv/text/cattrscan.h"
+#include "text/creader_session.h"
+#include "text/ctext_state.h"
+
+#include <locale>
+#include <sstream>
+
+int cat::max_read_depth = 1000;
+
+bool cat::is_reading() noexcept { return cReadSession::current() != nullptr; }
+
+namespace {
+bool is_separator(int t) { return t == ';' || t == ','; }
+bool is_opening(int t) { return t == '(' || t == '<' || t == '[' || t == '{'; }
+bool is_closing(int t) { return t == '}' || t == ']' || t == '>' || t == tkEof; }
+bool ends_value(int t) { return is_separator(t) || t == '=' || is_closing(t); }
+
+std::string shown_path() { return text_state().shown_path(cat::ReadReport::current() != nullptr); }
+
+// The written form, made before an error is begun: it may run foreign code.
+std::string written(objref const &value) {
+    if (!value) return {};
+    std::ostringstream os;
+    os.imbue(std::locale::classic());
+    value->writeobj(os);
+    return os.str();
+}
+
+// Where the tokens of a gathered text come from. A record is needed where the place doesn't follow
+// from the one before: behind a line end and behind what was left out.
+class cPlaces {
+  public:
+    void note(cAttrLiteral const &token, size_t offset) {
+        if (places_.empty() || token.outer_line != line_ || token.outer_column != column_)
+            places_.push_back({offset, token.outer_line, token.outer_column});
+        line_ = token.text.find('\n') == std::string::npos ? token.outer_line : 0;
+        column_ = token.outer_column + static_cast<unsigned>(token.text.size());
+    }
+    std::vector<cAttrPlace> take() { return std::move(places_); }
+
+  private:
+    std::vector<cAttrPlace> places_;
+    unsigned line_ = 0; // expected for the next token; 0 after a line end
+    unsigned column_ = 0;
+};
+
+// Reads up to the closing bracket.
+int gather(cAttrScan &scan, cat::Brackets const &brackets, std::string *text, cPlaces *places) {
+    cSetTmp<bool> keep_ws, keep_com;
+    scan.return_ws(text != nullptr, &keep_ws);
+    scan.return_com(false, &keep_com);
+    cAttrLiteral token;
+    for (int depth = 1;;) {
+        int const t = scan.gettok(token);
+        if (t == tkEof) return 0;
+        if (t == brackets.open) ++depth;
+        if (t == brackets.close && --depth == 0) return t;
+        if (places) places->note(token, text->size());
+        if (text) *text += token.text;
+    }
+}
+} // namespace
+
+// --- one value ---
+
+// The steps of one scan_obj. value and end are the caller's: what they hold when an exception
+// leaves is what is known.
+class cValueReader {
+  public:
+    cValueReader(cAttrScan &scan, objref &value, int &end)
+        : scan_(scan), value_(value), end_(end) {}
+    cValueReader(cValueReader const &) = delete;
+    cValueReader &operator=(cValueReader const &) = delete;
+    ~cValueReader() = default;
+
+    int read();
+
+  private:
+    int next_token();
+    int read_constant();
+    int read_reference();
+    int read_literal();
+    int read_word();
+    int read_typed(cAttrLiteral const &bracket);
+    int read_container();
+    int read_text(cAttrLiteral const &bracket, std::string const &name);
+    int skip_typed(cat::Brackets const &brackets, int result);
+    bool instantiate(cTypeObj const &type);
+    bool unmade(char const *text, cTypeObj const &type);
+    bool report_depth(int limit);
+    bool too_deep();
+    bool too_deep_typed();
+    void report(cErrStream &err, char const *text, std::string const &what);
+    void expect_end(bool with_path, char const *text);
+
+    cAttrScan &scan_;
+    objref &value_;
+    int &end_;
+    cAttrLiteral first_; // the first token, which errors are about
+};
+
+int cAttrScan::scan_obj(objref &result, int *delim) {
+    objref value;
+    int end = delim ? *delim : 0;
+    int code = 0;
+    try {
+        cReading const reading(*this);
+        cNesting const nesting;
+        code = cValueReader(*this, value, end).read();
+    } catch (...) {
+        if (delim) *delim = end;
+        errs(asrSyntax) << "Fatal exception in attr scanner!";
+        err_->set_code(0x80000000u);
+        fire();
+        return asrSyntax;
+    }
+    if (delim) *delim = end;
+    if (code == 0) result = std::move(value); // RE-ENTERS
+    return code;
+}
+
+void cValueReader::report(cErrStream &err, char const *text, std::string const &what) {
+    err << text << what;
+    scan_.about(first_);
+    scan_.fire();
+}
+
+// The first token of the value. One separator in front is legal.
+int cValueReader::next_token() {
+    for (int separators = 0;;) {
+        int const t = scan_.gettok(first_);
+        if (is_separator(t)) {
+            if (++separators > 1)
+                report(scan_.errs(cAttrScan::asrSeparator), "Unnecessary separator: ", first_.text);
+            continue;
+        }
+        if (is_closing(t) || (t >= tkInt && t <= tkIdent) || t == tkBadIdent || t == '<' ||
+            t == '[' || t == '{')
+            return t;
+        separators = 0;
+        if (t == '=')
+            report(scan_.errs(cAttrScan::asrSyntax), "Wrong placed '=', path : ", shown_path());
+        else
+            report(scan_.errs(cAttrScan::asrToken), "Unexpected token '", first_.text);
+    }
+}
+
+int cValueReader::read() {
+    int const t = next_token();
+    end_ = t;
+    if (is_closing(t)) {
+        scan_.note_object(nullptr);
+        return -1;
+    }
+    if (t == tkConst) return first_.text == "#cRef" ? read_reference() : read_constant();
+    if (t == tkIdent) return read_word();
+    if (t == tkBadIdent) {
+        scan_.errs(cAttrScan::asrToken) << "Bad input: " << first_.text << "  String is assumed.";
+        scan_.about(first_);
+        scan_.fire();
+        return read_word();
+    }
+    if (t >= tkInt && t <= tkString) return read_literal();
+    if (t == '<')
+        value_ = make<cSetObj>();
+    else if (t == '[')
+        value_ = make<cVectorObj>();
+    else
+        value_ = make<cMapObj>();
+    scan_.note_object(value_);
+    if (too_deep()) {
+        scan_.read_to_endcontainer(t);
+        return cAttrScan::asrSyntax;
+    }
+    return read_container();
+}
+
+int cValueReader::read_constant() {
+    cMapObj *const constants = cat::constmap_ptr();
+    cAttrNode *const node = constants ? constants->datamap().find(first_.text.substr(1)) : nullptr;
+    scan_.note_object(nullptr);
+    if (node && node->valref()) {
+        value_ = node->valref();
+        return 0;
+    }
+    report(scan_.errp(cAttrScan::asrConst), "Unknown #-value (no defined const): ", first_.text);
+    return cAttrScan::asrConst;
+}
+
+int cValueReader::read_reference() {
+    cAttrLiteral token;
+    if (scan_.gettok(token) != '(') {
+        if (token.code != tkEof) scan_.ungettoken(token);
+        scan_.note_object(nullptr);
+        report(scan_.errp(cAttrScan::asrToken), "After #cRef delimiter '(' is missed", {});
+        end_ = scan_.read_to_delimiter("}])>");
+        return cAttrScan::asrToken;
+    }
+    std::string path;
+    while (scan_.gettok(token) != ')' && token.code != tkEof) path += token.text;
+    end_ = token.code;
+    bool const rooted = !path.empty() && path.front() == '/';
+    value_ = text_state().value_at(rooted ? path : '/' + path);
+    if (!value_)
+        report(scan_.errp(cAttrScan::asrRef), "Error in #cRef(",
+               path + "): Referenced value is not defined before.");
+    else if (value_->is_bad())
+        report(scan_.errp(cAttrScan::asrRef), "Bad path of #cRef(", path + ")");
+    if (cObj::is_bad(value_)) value_ = nullptr;
+    scan_.note_object(value_);
+    return value_ ? 0 : cAttrScan::asrRef;
+}
+
+// Reads the token behind a value: without a delimiter between them it belongs to the next value.
+void cValueReader::expect_end(bool with_path, char const *text) {
+    cAttrLiteral token;
+    end_ = scan_.gettok(token);
+    if (ends_value(end_)) return;
+    std::string const shown = written(value_);
+    report(with_path ? scan_.errp(cAttrScan::asrToken) : scan_.errs(cAttrScan::asrToken), text,
+           shown);
+    scan_.ungettoken(token);
+}
+
+int cValueReader::read_literal() {
+    bool const good = cat::read_stdtype(first_.code, first_.text.c_str(), value_);
+    if (!good && text_state().reading_key())
+        report(scan_.errs(cAttrScan::asrSyntax),
+               "Failed to read key. Input of standard type: ", first_.text);
+    else if (!good)
+        report(scan_.errs(cAttrScan::asrSyntax),
+               "Failed to read value: ", shown_path() + " Input of standard type: " + first_.text);
+    scan_.note_object(value_);
+    expect_end(true, "Missing delimiter after value: ");
+    return good ? 0 : cAttrScan::asrSyntax;
+}
+
+int cValueReader::read_word() {
+    cAttrLiteral token;
+    int const t = scan_.gettok(token);
+    if (is_opening(t)) return read_typed(token);
+    if (t != tkEof) scan_.ungettoken(token);
+    value_ = cat::of(first_.text);
+    scan_.note_object(value_);
+    expect_end(false, "Missing delimiter after: ");
+    return 0;
+}
+
+// --- limits ---
+
+bool cValueReader::report_depth(int limit) {
+    report(scan_.errs(cAttrScan::asrSyntax), "Nesting is deeper than ",
+           std::to_string(limit) + ", path : " + shown_path());
+    return true;
+}
+
+bool cValueReader::too_deep() {
+    int const depth = text_state().nesting();
+    if (depth > cat::max_read_depth) return report_depth(cat::max_read_depth);
+    return cat::stack_low() && report_depth(depth - 1);
+}
+
+bool cValueReader::too_deep_typed() {
+    if (text_state().typed_nesting() >= cat::max_typed_depth)
+        return report_depth(cat::max_typed_depth);
+    return too_deep();
+}
+
+// --- brackets ---
+
+int cValueReader::skip_typed(cat::Brackets const &brackets, int result) {
+    end_ = scan_.read_subentry(brackets, nullptr) ? ')' : 0;
+    return result;
+}
+
+int cValueReader::read_typed(cAttrLiteral const &bracket) {
+    cat::Brackets const brackets(bracket.code);
+    std::string const name = first_.text;
+    end_ = bracket.code;
+    cTypeObj const &type = cat::find_type(name); // RUNS FOREIGN CODE
+    if (&type == &cat::type_nil() && name != type.name()) {
+        if (text_state().reading_key())
+            report(scan_.errs(cAttrScan::asrUnknownType), "Key with unknown type='", name);
+        else
+            report(scan_.errp(cAttrScan::asrUnknownType), "Value with unknown type='", name);
+        return skip_typed(brackets, cAttrScan::asrUnknownType);
+    }
+    if (too_deep_typed()) return skip_typed(brackets, cAttrScan::asrSyntax);
+    bool const made = instantiate(type);
+    scan_.note_object(value_);
+    if (!made) return skip_typed(brackets, cAttrScan::asrType);
+    return value_->is_container() ? read_container() : read_text(bracket, type.name());
+}
+
+bool cValueReader::unmade(char const *text, cTypeObj const &type) {
+    report(scan_.errp(cAttrScan::asrType), text, type.name());
+    return false;
+}
+
+bool cValueReader::instantiate(cTypeObj const &type) {
+    auto const has = [&type](char const *method) {
+        return dynamic_cast<cExeObj *>(type.tmember(std::string(method)).get()) != nullptr;
+    };
+    if (!has("newobj")) return unmade("Missing object ctor 'newobj' in type: ", type);
+    if (!has("read")) return unmade("Missing method 'read' in type: ", type);
+    value_ = type.newobj(); // RUNS FOREIGN CODE
+    if (!cObj::is_bad(value_)) return true;
+    value_ = nullptr;
+    return unmade("Bad call of  object ctor 'newobj' in type: ", type);
+}
+
+// The type's `read` consumes the closing bracket. A map or a set has reported its own errors.
+int cValueReader::read_container() {
+    objref const held = value_;
+    if (held->read(scan_.is())) return 0; // RUNS FOREIGN CODE
+    if (&held->type() != &cat::type_vector()) return 0;
+    report(scan_.errp(cAttrScan::asrSyntax), "Failed to read container, type ",
+           held->type().name());
+    return cAttrScan::asrSyntax;
+}
+
+int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name) {
+    bool const reported = cat::ReadReport::current() != nullptr;
+    std::string text;
+    cPlaces places;
+    end_ =
+        gather(scan_, cat::Brackets(bracket.code), &text, reported ? &places : nullptr) ? ')' : 0;
+    if (end_ == 0) {
+        scan_.errs(cAttrScan::asrSyntax)
+            << "Closing symbol is missed in type " << name << ", path: " << shown_path();
+        scan_.about(bracket);
+        scan_.fire();
+    }
+    std::istringstream is(std::move(text)); // outlives its scanners
+    is.imbue(std::locale::classic());
+    std::optional<cSubText> origin;
+    if (reported) origin.emplace(is, scan_);
+    bool good = false;
+    {
+        cAttrScan inner(is, false);
+        inner.return_com(false);
+        if (reported)
+            inner.outer_places(places.take());
+        else
+            inner.sig().connect(scan_.sig());
+        cTypedNesting const nesting;
+        good = value_->read(is); // RUNS FOREIGN CODE
+    }
+    if (good) return 0;
+    if (text_state().reading_key())
+        report(scan_.errs(cAttrScan::asrSyntax), "Failed to read key, type: ", name);
+    else
+        report(scan_.errp(cAttrScan::asrSyntax), "Failed to read value, type ", name);
+    return cAttrScan::asrSyntax;
+}
+
+// --- skipping ---
+
+int cAttrScan::read_subentry(cat::Brackets const &brackets, std::string &text) {
+    return gather(*this, brackets, &text, nullptr);
+}
+
+int cAttrScan::read_subentry(cat::Brackets const &brackets, std::string *text) {
+    return gather(*this, brackets, text, nullptr);
+}
+
+int cAttrScan::read_to_delimiter(std::string const &set) {
+    cAttrLiteral token;
+    for (;;) {
+        int const t = gettok(token);
+        if (is_separator(t) || t == tkEof) return t;
+        if (t < 256 && set.find(static_cast<char>(t)) != std::string::npos) return t;
+    }
+}
+
+void cAttrScan::read_to_endcontainer(int open) {
+    cAttrLiteral token;
+    while (!is_opening(open)) {
+        open = gettok(token);
+        if (open == tkEof) return;
+    }
+    cat::Brackets const brackets(open);
+    for (int depth = 1; depth > 0;) {
+        int const t = gettok(token);
+        if (t == tkEof) return;
+        if (t == brackets.open) ++depth;
+        if (t == brackets.close) --depth;
+    }
+}

@@ -1,0 +1,36 @@
+#include "qrv/text/creadreport.h"
+
+// Living reports form a list through their owners; the innermost is the head.
+
+#include "diagnostics/cerrline.h"
+#include "text/creader_session.h"
+
+namespace {
+constinit cat::ReadReport *innermost = nullptr;
+}
+
+cat::ReadReport::ReadReport(std::size_t limit) : limit_(limit), before_(innermost) {
+    innermost = this;
+    take_error_lines(keep_error_line);
+    cReadSession::report_changed();
+}
+
+cat::ReadReport::~ReadReport() {
+    innermost = before_;
+    if (!innermost) take_error_lines(nullptr);
+    cReadSession::report_changed();
+}
+
+void cat::ReadReport::clear() {
+    entries_.clear();
+    dropped_ = 0;
+}
+
+void cat::ReadReport::add(ReadError error) {
+    if (entries_.size() < limit_)
+        entries_.push_back(std::move(error));
+    else
+        ++dropped_;
+}
+
+cat::ReadReport *cat::ReadReport::current() noexcept { return innermost; }

@@ -1,0 +1,287 @@
+#include "text/ctext_state.h"
+
+// The state object is made by its first user and is never destroyed by itself: the core's
+// tear-down calls reset_text_state(). The pieces of the trie are hashed with a number that differs
+// from process to process, so that no text can be made whose paths all collide.
+
+#include "qrv/core/ctypes.h"
+#include "qrv/platform/cplatform.h"
+#include "qrv/text/cwriter.h"
+
+#include <cstring>
+
+namespace {
+constexpr size_t first_slots = 64;
+
+std::uint64_t mix(std::uint64_t h) noexcept {
+    h ^= h >> 32;
+    h *= 0xD6E8FEB86659FD93u;
+    return h ^ (h >> 32);
+}
+
+std::uint64_t hash_seed() noexcept {
+    static constinit std::uint64_t seed = 0;
+    if (seed == 0)
+        seed = mix(reinterpret_cast<std::uintptr_t>(&text_state()) ^
+                   static_cast<std::uint64_t>(cat::counter())) |
+               1;
+    return seed;
+}
+} // namespace
+
+// --- the trie ---
+
+cPathTrie::cPathTrie() : nodes_(1) {}
+
+std::uint32_t cPathTrie::hash_of(node_id parent, std::string_view piece) const noexcept {
+    std::uint64_t h = mix(hash_seed() + parent) + piece.size();
+    while (!piece.empty()) {
+        std::uint64_t word = 0;
+        size_t const n = piece.size() < sizeof word ? piece.size() : sizeof word;
+        std::memcpy(&word, piece.data(), n);
+        h = mix(h ^ word) * hash_seed();
+        piece.remove_prefix(n);
+    }
+    return static_cast<std::uint32_t>(mix(h));
+}
+
+cPathTrie::node_id cPathTrie::probe(node_id parent, std::string_view piece, std::uint32_t hash,
+                                    size_t &slot) const {
+    size_t const mask = slots_.size() - 1;
+    for (slot = hash & mask; slots_[slot] != none; slot = (slot + 1) & mask) {
+        cPiece const &node = nodes_[slots_[slot]];
+        if (node.hash == hash && node.parent == parent && node.text == piece) return slots_[slot];
+    }
+    return none;
+}
+
+void cPathTrie::grow() {
+    slots_.assign(slots_.empty() ? first_slots : slots_.size() * 2, none);
+    size_t const mask = slots_.size() - 1;
+    for (node_id id = 1; id < nodes_.size(); ++id) {
+        size_t slot = nodes_[id].hash & mask;
+        while (slots_[slot] != none) slot = (slot + 1) & mask;
+        slots_[slot] = id;
+    }
+}
+
+cPathTrie::node_id cPathTrie::child(node_id parent, std::string_view piece) {
+    if (nodes_.size() * 2 >= slots_.size()) grow();
+    std::uint32_t const hash = hash_of(parent, piece);
+    size_t slot = 0;
+    node_id const found = probe(parent, piece, hash, slot);
+    if (found != none) return found;
+    auto const id = static_cast<node_id>(nodes_.size());
+    nodes_.push_back({parent, hash, false, std::string(piece), nullptr});
+    slots_[slot] = id;
+    return id;
+}
+
+cPathTrie::node_id cPathTrie::descend(node_id from, std::string_view key) {
+    for (;;) {
+        size_t const end = key.find('/');
+        from = child(from, key.substr(0, end));
+        if (end == std::string_view::npos) return from;
+        key.remove_prefix(end + 1);
+    }
+}
+
+cPathTrie::node_id cPathTrie::find(std::string_view path) const {
+    if (path.empty()) return root;
+    if (path.front() != '/' || slots_.empty()) return none;
+    node_id at = root;
+    while (at != none && !path.empty()) {
+        path.remove_prefix(1);
+        size_t const end = path.find('/');
+        std::string_view const piece = path.substr(0, end);
+        size_t slot = 0;
+        at = probe(at, piece, hash_of(at, piece), slot);
+        path = end == std::string_view::npos ? std::string_view() : path.substr(end);
+    }
+    return at;
+}
+
+std::string cPathTrie::path(node_id node) const {
+    size_t length = 0;
+    for (node_id at = node; at != root; at = nodes_[at].parent)
+        length += nodes_[at].text.size() + 1;
+    std::string result(length, '/');
+    for (node_id at = node; at != root; at = nodes_[at].parent) {
+        length -= nodes_[at].text.size();
+        nodes_[at].text.copy(result.data() + length, nodes_[at].text.size());
+        --length;
+    }
+    return result;
+}
+
+void cPathTrie::enter(node_id node, objref const &value, bool own) {
+    cPiece &piece = nodes_[node];
+    if (piece.own && !own) return;
+    piece.own = own;
+    objref const before = std::exchange(piece.value, value); // RE-ENTERS when it dies here
+}
+
+void cPathTrie::clear() {
+    if (nodes_.size() == 1) return;
+    std::vector<cPiece> const dying = std::exchange(nodes_, std::vector<cPiece>(1));
+    slots_ = {};
+} // RE-ENTERS: the values die here, when the trie is empty already
+
+// --- the state ---
+
+namespace {
+constinit cTextState *the_state = nullptr;
+
+bool has_line_end_or_is_bool(std::string const &text) {
+    return text == "true" || text == "false" || text.find('\n') != std::string::npos;
+}
+
+// Can the plain and the exact text of this key differ? Cheap for the usual types.
+bool may_have_two_texts(objref const &key) {
+    if (!key) return false;
+    cTypeObj const *const type = &key->type();
+    if (type == &cat::type_int() || type == &cat::type_bool()) return false;
+    if (type != &cat::type_string()) return true;
+    auto const *const text = dynamic_cast<cObjDR<std::string> const *>(key.get());
+    return !text || has_line_end_or_is_bool(text->val());
+}
+} // namespace
+
+cTextState &text_state() {
+    if (!the_state) the_state = new cTextState;
+    return *the_state;
+}
+
+void reset_text_state() {
+    cTextState const *const old = std::exchange(the_state, nullptr);
+    delete old; // RE-ENTERS: a destructor that asks gets a new state
+}
+
+std::string cTextState::shown_path(bool shorten) const {
+    constexpr size_t limit = 1000;
+    constexpr std::string_view gap = "...";
+    if (!shorten || path_.size() <= limit) return path_;
+    constexpr size_t head = (limit - gap.size()) / 2;
+    constexpr size_t tail = limit - gap.size() - head;
+    return path_.substr(0, head).append(gap).append(path_, path_.size() - tail, tail);
+}
+
+void cTextState::push_step(objref const &key) {
+    std::string const text = cat::as_text(key); // RUNS FOREIGN CODE
+    cStep step{path_.size()};
+    bool shown_exact = true;
+    if (may_have_two_texts(key)) {
+        std::string exact = path_text(key, true);
+        std::string plain = path_text(key, false);
+        shown_exact = text == exact;
+        step.has_other = plain != exact;
+        step.other = std::move(shown_exact ? plain : exact);
+    }
+    bool const nested = !steps_.empty();
+    bool const was_forked = nested && steps_.back().forked;
+    bool const was_shown_exact = !nested || steps_.back().shown_exact;
+    bool const was_other_exact = !nested || steps_.back().other_exact;
+    step.forked = was_forked || step.has_other;
+    step.shown_exact = was_shown_exact && shown_exact;
+    step.other_exact = was_other_exact && (!step.has_other || !shown_exact);
+    steps_.push_back(std::move(step));
+    path_.append(1, '/').append(text);
+}
+
+void cTextState::pop_step() noexcept {
+    path_.resize(steps_.back().length_before);
+    steps_.pop_back();
+}
+
+std::string_view cTextState::step_text(size_t i) const noexcept {
+    size_t const begin = steps_[i].length_before + 1;
+    size_t const end = i + 1 < steps_.size() ? steps_[i + 1].length_before : path_.size();
+    return std::string_view(path_).substr(begin, end - begin);
+}
+
+bool cTextState::resolve_steps() {
+    size_t i = steps_.size();
+    while (i > 0 && steps_[i - 1].node == cPathTrie::none) --i;
+    for (; i < steps_.size(); ++i) {
+        cStep &step = steps_[i];
+        std::string_view const text = step_text(i);
+        step.node = trie_.descend(i ? steps_[i - 1].node : cPathTrie::root, text);
+        step.other_node = step.node;
+        if (step.forked)
+            step.other_node = trie_.descend(i ? steps_[i - 1].other_node : cPathTrie::root,
+                                            step.has_other ? std::string_view(step.other) : text);
+    }
+    return !steps_.empty();
+}
+
+void cTextState::enter_value(objref const &value) {
+    if (!resolve_steps()) return;
+    cStep const &last = steps_.back();
+    cPathTrie::node_id const node = last.node, other = last.other_node;
+    bool const forked = last.forked, shown_own = last.shown_exact, other_own = last.other_exact;
+    trie_.enter(node, value, shown_own || !forked); // RE-ENTERS: `last` may be gone
+    if (forked) trie_.enter(other, value, other_own);
+}
+
+objref cTextState::value_at(std::string_view path) const {
+    cPathTrie::node_id const node = trie_.find(path);
+    return node == cPathTrie::none ? objref() : trie_.value(node);
+}
+
+bool cTextState::written_path(cObj const *obj, std::string &path) const {
+    auto const found = written_.find(obj);
+    if (found == written_.end() || found->second.obid != obj->obid()) return false;
+    path = trie_.path(found->second.node);
+    return true;
+}
+
+void cTextState::enter_written(cObj const *obj) {
+    if (resolve_steps()) written_[obj] = {obj->obid(), steps_.back().node};
+}
+
+void cTextState::collect_comment(std::string const &token) {
+    size_t const begin = token.find_first_not_of(" \t\r\n");
+    bool const line = begin != std::string::npos && token.compare(begin, 2, "//") == 0;
+    bool const starts_line = token.compare(0, 1, "\n") == 0 || token.compare(0, 2, "\r\n") == 0;
+    if (line_comment_open_ && !com_collected_.empty() && !starts_line) com_collected_ += '\n';
+    com_collected_ += token;
+    line_comment_open_ = line;
+}
+
+void cTextState::forget_comments() {
+    com_collected_.clear();
+    last_noted_ = nullptr; // RE-ENTERS
+}
+
+bool cTextState::idle() const noexcept {
+    return depth_ == -1 && nesting_ == 0 && typed_nesting_ == 0 && !reading_key_ && path_.empty() &&
+           steps_.empty() && trie_.empty() && written_.empty();
+}
+
+void cTextState::clear_references() {
+    written_.clear();
+    for (cStep &step : steps_) step.node = step.other_node = cPathTrie::none;
+    trie_.clear(); // RE-ENTERS
+}
+
+// --- the guards ---
+
+cWriteLevel::cWriteLevel() {
+    cTextState &state = text_state();
+    ++state.depth_;
+    state.indent_ = state.depth_ == 0 ? cat::write_indent0 : state.indent_ + cat::write_indent;
+}
+
+cWriteLevel::~cWriteLevel() {
+    cTextState &state = text_state();
+    --state.depth_;
+    if (state.depth_ > 0)
+        state.indent_ -= cat::write_indent;
+    else
+        state.indent_ = state.depth_ == 0 ? cat::write_indent0 : 0;
+    if (state.depth_ < 0) state.clear_references(); // RE-ENTERS
+}
+
+cPathStep::cPathStep(objref const &key) { text_state().push_step(key); }
+
+cPathStep::~cPathStep() { text_state().pop_step(); }
