@@ -218,6 +218,7 @@ void cAttrHash::unlink_node(cAttrNode &node) noexcept {
     node.map_ = nullptr;
     --used_;
     ++changes_;
+    ++disturbed_;
     if (used_ == 0) {
         greatest_ = -1;
         greatest_known_ = is_vector_ = true;
@@ -244,6 +245,7 @@ void cAttrHash::move_before(cAttrNode &node, cAttrNode &place) noexcept {
     node.unlink();
     node.link_before(place);
     is_vector_ = false;
+    ++disturbed_;
 }
 
 // What is known about the keys, so that vector operations needn't walk. The greatest index and

@@ -130,6 +130,12 @@ template <class T> void set_add(cTypeObj &type) {
     type.set_tmember("add", make<cExeMember>(add<T>));
 }
 
+template <class T> bool has_plain_equal(cTypeObj const &type) noexcept {
+    return &type == &cTypeOf(static_cast<T *>(nullptr)) &&
+           type.method(mid_equal) ==
+               reinterpret_cast<cVoidFunction>(static_cast<cProcedure2>(equal<T>));
+}
+
 } // namespace
 
 namespace cat {
@@ -167,6 +173,11 @@ void set_scalar_additions() {
     set_add<double>(type_double());
     set_add<std::string>(type_string());
     type_string().set_tmember("size", make<cExeMember>(length));
+}
+
+bool compares_plainly(cTypeObj const &type) noexcept {
+    return has_plain_equal<std::string>(type) || has_plain_equal<int>(type) ||
+           has_plain_equal<bool>(type);
 }
 
 void set_scalar_converters() {

@@ -281,6 +281,7 @@ class QRV_API cAttrHash : public cShared {
 
   private:
     friend class cAttrNode;
+    friend class cValueIndex;
     friend struct cAttrHashProbe; // tests of the rules
 
     struct cSearch; // what is looked for
@@ -321,13 +322,14 @@ class QRV_API cAttrHash : public cShared {
     void check() const; // the cheap rules, in checking builds
 
     std::unique_ptr<cSlotWord[]> slots_;
-    std::uint32_t size_;        // number of slots, a prime
-    std::uint32_t used_ = 0;    // live nodes
-    std::uint32_t unused_;      // slots that are 0
-    std::uint32_t changes_ = 0; // nodes linked or unlinked, and rebuilds; wraps
-    std::uint32_t others_ = 0;  // nodes whose key is of no built-in type
-    std::uint32_t no_ints_ = 0; // nodes whose key isn't exactly an int
-    mutable int greatest_ = -1; // of the int keys and -1, if greatest_known_
+    std::uint32_t size_;          // number of slots, a prime
+    std::uint32_t used_ = 0;      // live nodes
+    std::uint32_t unused_;        // slots that are 0
+    std::uint32_t disturbed_ = 0; // nodes unlinked or moved; wraps
+    std::uint32_t changes_ = 0;   // nodes linked or unlinked, and rebuilds; wraps
+    std::uint32_t others_ = 0;    // nodes whose key is of no built-in type
+    std::uint32_t no_ints_ = 0;   // nodes whose key isn't exactly an int
+    mutable int greatest_ = -1;   // of the int keys and -1, if greatest_known_
     mutable bool greatest_known_ = true;
     mutable bool is_vector_ = true; // false: not known
     bool seeded_ = false;           // text and floating keys are hashed with the process's seed
