@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "diagnostics/ccout_state.h"
+#include "modules/crepository_state.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/ccout.h"
@@ -29,6 +30,21 @@ struct cStarted {
     cStarted(cStarted const &) = delete;
     cStarted &operator=(cStarted const &) = delete;
     ~cStarted() = default;
+};
+
+// The two tables of the repository, made here unless static code of a program came first.
+struct cSharedTableStart {
+    cSharedTableStart() { cat::start_shared_table(); }
+    cSharedTableStart(cSharedTableStart const &) = delete;
+    cSharedTableStart &operator=(cSharedTableStart const &) = delete;
+    ~cSharedTableStart() = default;
+};
+
+struct cRepositoriesStart {
+    cRepositoriesStart() { cat::start_repositories(); }
+    cRepositoriesStart(cRepositoriesStart const &) = delete;
+    cRepositoriesStart &operator=(cRepositoriesStart const &) = delete;
+    ~cRepositoriesStart() = default;
 };
 
 struct cTraceRulesCloser {
@@ -80,8 +96,8 @@ std::ostream &cat::std_err() {
 
 static cStarted streams_stand;
 
-// the table of shared pointers
-// the set of repository lists
+static cSharedTableStart shared_table_start;
+static cRepositoriesStart repositories_start;
 
 constinit cSignal sig_idle;
 constinit cSignal sig_init;
@@ -100,7 +116,7 @@ static cVersionText version_text; // says goodbye while the message route still 
 
 // the list of modules
 // the main module "quorvanta"
-// the repository's text "unknown"
+// the repository's text "unknown" is made on first use and never goes
 
 static cCoreStart core_start; // the type "intf" lies in the core
 
