@@ -1,0 +1,232 @@
+// The registry: built-in types, constants, maps, insertion, redefinition, modifiers.
+#include "qrv/core/ctypes.h"
+
+#include "core/cregistry.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/containers/cobjmodifier.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cmodifier.h"
+#include "qrv/core/cobjd.h"
+#include "tests/support/fixture.h"
+
+namespace {
+
+class RegistryEdge : public QrvTest {};
+class Registry : public QrvTest {};
+
+objref key(char const *text) { return own_key(std::string(text)); }
+
+std::string keys_of(cMapObj &map) {
+    std::string all;
+    for (cAttrNode const *node = map.datamap().first(); node; node = map.datamap().next(node))
+        all += cat::as_string(node->key()) + " ";
+    return all;
+}
+
+} // namespace
+
+TEST_F(RegistryEdge, an_unknown_name_is_niltype_and_changes_nothing) {
+    unsigned int const used = cat::typemap().datamap().used();
+    EXPECT_EQ(&cat::find_type("nosuch"), &cat::type_nil());
+    EXPECT_EQ(cat::typemap().datamap().used(), used);
+}
+
+TEST_F(RegistryEdge, a_second_type_of_a_name_prints_three_lines) {
+    typeref const first = make<cTypeObj>("twice"), second = make<cTypeObj>("twice");
+    EXPECT_TRUE(cTypeInsert::insert(first, false));
+    EXPECT_FALSE(cTypeInsert::insert(second, false));
+    EXPECT_EQ(messages(), "***Error: Bad creation of duplicate type 'twice'\n"
+                          "          Each type object is identified by its name\n"
+                          "          and must be created exactly once!!\n");
+    EXPECT_EQ(&cat::find_type("twice"), first.get());
+    cat::typemap().datamap().delitem("twice");
+}
+
+TEST_F(RegistryEdge, set_type_makes_a_new_type_known) {
+    typeref const type = make<cTypeObj>("fresh");
+    EXPECT_TRUE(cat::set_type(*type, false));
+    EXPECT_EQ(&cat::find_type("fresh"), type.get());
+    cat::typemap().datamap().delitem("fresh");
+}
+
+TEST_F(RegistryEdge, a_type_modifier_takes_a_new_member_away_again) {
+    cTypeObj type("t");
+    {
+        cTypeModifier const modifier(type, "note", cat::of(1));
+        EXPECT_TRUE(cat::is_equal(type.tmember("note"), 1));
+    }
+    EXPECT_TRUE(type.tmember("note") == cat::badfind());
+}
+
+TEST_F(RegistryEdge, required_is_void_but_not_nil) {
+    objref const required = cat::constmap().datamap().getitem("REQUIRED");
+    EXPECT_TRUE(required->is_void());
+    EXPECT_FALSE(required->is_nil());
+    EXPECT_EQ(cat::as_text(required), "#REQUIRED");
+}
+
+TEST_F(RegistryEdge, type_of_key_of_a_name_that_is_no_type) {
+    EXPECT_TRUE(cat::type_of_key(cat::of("nosuch")) == cat::bad());
+}
+
+TEST_F(Registry, the_maps_hold_these_keys_in_this_order) {
+    EXPECT_EQ(keys_of(cat::typemap()), "string niltype type exe bool int float double map set "
+                                       "vector iterator choice attspec attlist ");
+    EXPECT_EQ(keys_of(cat::constmap()), "nil bad badfind true false REQUIRED IMPLIED FIXED ");
+    EXPECT_EQ(keys_of(cat::gmmap()),
+              "type iterobj ommap getslice new wformat cpcommands flags flags_of entrytype "
+              "set_const_flag set_const_keys set_entrytype ");
+    EXPECT_EQ(keys_of(cat::dbase()), "typemap constmap gmmap ");
+}
+
+TEST_F(Registry, every_constant_is_the_accessors_object) {
+    cAttrHash const &hash = cat::constmap().datamap();
+    EXPECT_TRUE(hash.find("nil")->valref() == cat::nil());
+    EXPECT_TRUE(hash.find("bad")->valref() == cat::bad());
+    EXPECT_TRUE(hash.find("badfind")->valref() == cat::badfind());
+    EXPECT_TRUE(hash.find("true")->valref() == cat::btrue());
+    EXPECT_TRUE(hash.find("false")->valref() == cat::bfalse());
+    EXPECT_EQ(cat::find_const(cat::bad())->key_as_string(), "bad");
+    EXPECT_EQ(cat::find_const(cat::of(1)), nullptr);
+}
+
+TEST_F(Registry, built_in_types_by_name_flags_and_metatype) {
+    for (char const *name : {"string", "bool", "int", "float", "double", "map", "set", "vector"}) {
+        EXPECT_TRUE(cat::find_type(name).flags_of(tf_bare)) << name;
+        EXPECT_EQ(&cat::find_type(name).type(), &cat::typetype());
+    }
+    for (char const *name : {"niltype", "type", "exe", "iterator", "choice", "attspec", "attlist"})
+        EXPECT_FALSE(cat::find_type(name).flags_of(tf_bare)) << name;
+    EXPECT_TRUE(cat::type_exe().flags_of(tf_exe));
+    EXPECT_TRUE(cat::type_map().flags_of(tf_container));
+    EXPECT_EQ(&cat::typetype().type(), &cat::typetype());
+    EXPECT_EQ(&cat::nil()->type(), &cat::type_nil());
+}
+
+TEST_F(Registry, an_entry_that_is_no_type_is_not_found) {
+    cat::typemap().datamap().mapitem("odd", cat::of(1));
+    EXPECT_EQ(&cat::find_type("odd"), &cat::type_nil());
+    EXPECT_TRUE(cat::call("new", cat::of("odd")) == cat::bad());
+    cat::typemap().datamap().delitem("odd");
+}
+
+TEST_F(Registry, a_fatal_duplicate_throws) {
+    typeref const type = make<cTypeObj>("int");
+    try {
+        cTypeInsert::insert(type, true);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (cErr const &error) {
+        EXPECT_EQ(error.code(), 1u);
+        EXPECT_EQ(error.as_string(), "Fatal: duplicate name of cTypeObj: int");
+    }
+    EXPECT_FALSE(cTypeInsert::insert(typeref(), true));
+    EXPECT_EQ(&cat::find_type("int"), &cat::type_int());
+}
+
+TEST_F(Registry, a_scoped_type_and_its_copies) {
+    cTypeObj type("scoped");
+    {
+        cTypeInsert const insert(type);
+        EXPECT_EQ(&cat::find_type("scoped"), &type);
+        {
+            cTypeInsert const copy(insert);
+            EXPECT_EQ(type.refs(), 4u); // own, registry, both inserts
+        }
+        EXPECT_EQ(&cat::find_type("scoped"), &cat::type_nil());
+    }
+    EXPECT_EQ(type.refs(), 1u);
+}
+
+TEST_F(Registry, a_throwing_insert_leaves_nothing) {
+    cTypeObj type("int");
+    EXPECT_THROW(cTypeInsert const insert(type), cErr);
+    EXPECT_EQ(type.refs(), 1u);
+    EXPECT_EQ(&cat::find_type("int"), &cat::type_int());
+}
+
+TEST_F(Registry, set_type_over_another_metatype) {
+    cTypeObj type("meta");
+    cTypeInsert const insert(type);
+    typeref const other = make<cTypeObj>(&cat::typetype_choice(), "meta", nullptr);
+    EXPECT_FALSE(cat::set_type(*other, false));
+    try {
+        cat::set_type(*other, true);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (cErr const &error) {
+        EXPECT_EQ(error.code(), 1u);
+        EXPECT_EQ(error.as_string(), "Fatal: duplicate name of cTypeObj: meta");
+    }
+    typeref const same = make<cTypeObj>("meta");
+    EXPECT_TRUE(cat::set_type(*same, true));
+    EXPECT_EQ(&cat::find_type("meta"), &type);
+}
+
+TEST_F(Registry, type_of_key_of_everything) {
+    EXPECT_TRUE(cat::type_of_key(objref()) == cat::bad());
+    EXPECT_TRUE(cat::type_of_key(cat::nil()) == cat::bad());
+    EXPECT_TRUE(cat::type_of_key(cat::of(1)) == cat::bad());
+    EXPECT_TRUE(cat::type_of_key(cat::of("int")) == &cat::type_int());
+    objref const type = objref::share(&cat::type_map());
+    EXPECT_TRUE(cat::type_of_key(type) == type);
+    EXPECT_TRUE(cat::type_of_key(cat::of("niltype")) == cat::bad());
+}
+
+TEST_F(Registry, modifiers_restore_and_their_copies_too) {
+    cTypeObj type("t");
+    type.set_tmember("note", cat::of(1));
+    {
+        cTypeModifier const outer(type, "note", cat::of(2));
+        {
+            cTypeModifier const copy(outer);
+            EXPECT_TRUE(cat::is_equal(type.tmember("note"), 2));
+        }
+        EXPECT_TRUE(cat::is_equal(type.tmember("note"), 1));
+    }
+    EXPECT_TRUE(cat::is_equal(type.tmember("note"), 1));
+}
+
+TEST_F(Registry, an_object_modifier_restores_through_setattr) {
+    objref const map = make<cMapObj>();
+    objref const before = cat::of(1);
+    map->setattr(key("k"), before);
+    {
+        cAttr attr = (*map)["k"];
+        cObjModifier const modifier(attr, cat::of(2));
+        EXPECT_TRUE(cat::is_equal(map->getattr(key("k")), 2));
+    }
+    EXPECT_TRUE(map->getattr(key("k")) == before);
+    {
+        cAttr attr = (*map)["new"];
+        cObjModifier const modifier(attr, cat::of(2));
+    }
+    EXPECT_TRUE(map->getattr(key("new")) == cat::badfind());
+}
+
+TEST_F(Registry, a_refused_member_throws_nothing_out_of_a_destructor) {
+    cat::errhandler() = cErrHandler(0x90000000u, 0, 0xFFFFFFFFu);
+    objref const map = make<cMapObj>();
+    map->setattr(key("k"), cat::of(1));
+    {
+        cAttr attr = (*map)["k"];
+        cObjModifier const modifier(attr, objref()); // removes
+        map->setflags(of_const_keys);                // so the restore is refused,
+        cat::errhandler().throw_mask(0x40000000u);   // and refusal throws
+    }
+    EXPECT_TRUE(map->getattr(key("k")) == cat::badfind());
+    cTypeObj type("t");
+    cat::errhandler() = cErrHandler(0, 0, 0xFFFFFFFFu);
+    type.tmmap().mapitem("assign", cat::of("no executable"));
+    {
+        cTypeModifier const modifier(type, "assign", objref());
+        cat::errhandler().throw_mask(0x50000000u);
+    }
+    EXPECT_EQ(type.method(mid_assign), nullptr);
+}
+
+TEST_F(Registry, the_core_stands) {
+    EXPECT_EQ(cat::core_state(), cat::cCoreState::ready);
+    EXPECT_TRUE(core.core_ready);
+    core_bootstrap(); // nothing happens
+    EXPECT_EQ(cat::typemap_ptr(), &cat::typemap());
+    EXPECT_EQ(cat::type_hash_ptr(), &cat::typemap().datamap());
+}
