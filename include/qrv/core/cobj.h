@@ -39,8 +39,7 @@ class QRV_API cObj : public cObjBase {
     // With true the type is "niltype", with false null until set_type: needed before types exist.
     explicit cObj(bool typed = true);
     template <class T>
-    requires(!std::is_same_v<T, bool> &&
-             (std::is_arithmetic_v<T> || std::is_null_pointer_v<T>)) explicit cObj(T) = delete;
+    requires(!std::is_same_v<T, bool> && !std::is_class_v<T>) explicit cObj(T) = delete;
     ~cObj() override;
 
     // True only for cObjDR<T>, which refers to a value that lives elsewhere.
