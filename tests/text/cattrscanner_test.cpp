@@ -2,6 +2,7 @@
 // sharing and the dump. Streams that can't seek or are broken are in cattrscanner_stream_test.cpp,
 // the matching itself in cattrscanner_match_test.cpp.
 
+#include "tests/support/fixture.h"
 #include "tests/text/scan_support.h"
 
 #include "qrv/diagnostics/cerr.h"
@@ -12,7 +13,6 @@
 #include <type_traits>
 
 using test::Input;
-using test::Messages;
 using test::place;
 using test::rest_of;
 using test::running;
@@ -532,25 +532,25 @@ TEST(Scanner, counts_newlines_in_the_offsets_of_outer_places) {
 
 TEST(Scanner, dumps_each_token_as_a_line) {
     Input i("a\n \"b\" ");
-    Messages messages;
+    cMessageLog messages;
     EXPECT_FALSE(i.scan.setdump(true));
     rest_of(i.scan);
-    EXPECT_EQ(messages.text(), "TOKEN:264:0:1:0 'a'\nTOKEN:262:2:2:1 '\"b\"'\nTOKEN:0:6:2:5 ''\n");
+    EXPECT_EQ(messages.take(), "TOKEN:264:0:1:0 'a'\nTOKEN:262:2:2:1 '\"b\"'\nTOKEN:0:6:2:5 ''\n");
     EXPECT_TRUE(i.scan.setdump(false));
     i.next();
-    EXPECT_EQ(messages.text(), "");
+    EXPECT_EQ(messages.take(), "");
 }
 
 TEST(Scanner, does_not_dump_tokens_that_come_again) {
     Input i("a b");
     i.next();
     i.scan.ungettoken();
-    Messages messages;
+    cMessageLog messages;
     i.scan.setdump(true);
     i.next();
-    EXPECT_EQ(messages.text(), "");
+    EXPECT_EQ(messages.take(), "");
     i.next();
-    EXPECT_EQ(messages.text(), "TOKEN:264:2:1:2 'b'\n");
+    EXPECT_EQ(messages.take(), "TOKEN:264:2:1:2 'b'\n");
 }
 
 TEST(Scanner, has_a_trace_channel_of_its_own) {

@@ -1,8 +1,7 @@
 #pragma once
 // What the tests of the scanner and of files share: a scanner whose tokens a test can take, tokens
-// as one text, stream buffers that count, and the text of the message route.
+// as one text, and stream buffers that count.
 
-#include "qrv/diagnostics/ccout.h"
 #include "qrv/text/cattrscanner.h"
 
 #include <algorithm>
@@ -94,31 +93,6 @@ class PieceBuf : public std::streambuf {
     std::string text_;
     std::size_t piece_;
     std::size_t given_ = 0;
-};
-
-// Collects what is printed while it lives.
-class Messages {
-  public:
-    Messages() : slot_(this, &Messages::take) {
-        sig_idle();
-        cat::std_err().flush();
-        cOutSigStreambuf.sig().connect(slot_);
-    }
-    Messages(Messages const &) = delete;
-    Messages &operator=(Messages const &) = delete;
-    ~Messages() { slot_.disconnect(); }
-
-    std::string text() {
-        cat::std_out().flush();
-        cat::std_err().flush();
-        return std::exchange(text_, {});
-    }
-
-  private:
-    void take(char const *text) { text_ += text; }
-
-    cSlot1<Messages, char const *> slot_;
-    std::string text_;
 };
 
 } // namespace test
