@@ -7,6 +7,7 @@
 // that cost much more than its length, and can try to store a value inside itself: the session's
 // budget bounds the one and refuses the other.
 
+#include "containers/value_index.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/containers/cattrhash.h"
 #include "qrv/containers/cmapobj.h"
@@ -14,7 +15,6 @@
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/text/cattrscan.h"
 #include "text/creader_session.h"
-#include "text/creader_setindex.h"
 #include "text/ctext_state.h"
 
 #include <locale>
@@ -59,7 +59,7 @@ class cHashReader {
     void register_type(cEntry &entry);
     objref store(cEntry const &entry); // what stands in the tree then
     bool insert(objref const &key, objref const &value, objref &held);
-    bool insert_in_set(objref const &value, objref &held);
+    cAttrNode const *find_in_set(cObj const &value);
     bool update(cObj &target, cObj const &value, bool merge);
     void report_too_much();
     char const *unclosed() const;
@@ -71,8 +71,8 @@ class cHashReader {
     cTypeObj const *const type_;
     cAttrScan scan_;
     cReading const reading_;
-    cAttrLiteral const opened_; // the opening bracket, or whatever came last
-    std::unique_ptr<cSetIndex> const seen_;
+    cAttrLiteral const opened_;               // the opening bracket, or whatever came last
+    std::unique_ptr<cValueIndex> const seen_; // of a set
     bool const listed_;
     bool ok_ = true;
     int index_ = 0;
@@ -82,7 +82,7 @@ class cHashReader {
 
 cHashReader::cHashReader(cAttrHash &hash, std::istream &is, cTypeObj *type)
     : hash_(hash), type_(type), scan_(is, false), reading_(scan_), opened_(scan_.token()),
-      seen_(type == &cat::type_set() ? std::make_unique<cSetIndex>(hash) : nullptr),
+      seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
 
 void cHashReader::fail(char const *text, std::string const &what) {
@@ -212,19 +212,19 @@ bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
     return done;
 }
 
-bool cHashReader::insert_in_set(objref const &value, objref &held) {
-    objref const present = seen_->find(value);
-    if (present) {
-        held = present;
-        return true;
-    }
-    if (!hash_.mapitem(cat::of(hash_.after_last_index()), value)) return false;
-    seen_->add(value);
-    return true;
+// A plain value of the set may have been assigned to since the index took it in.
+cAttrNode const *cHashReader::find_in_set(cObj const &value) {
+    cAttrNode const *const node = seen_->find(value);
+    if (!node || !cValueIndex::is_plain(value) || value.equal(node->value())) return node;
+    seen_->forget();
+    return seen_->find(value);
 }
 
 bool cHashReader::insert(objref const &key, objref const &value, objref &held) {
-    if (seen_) return insert_in_set(value, held);
+    if (cAttrNode const *const present = seen_ ? find_in_set(*value) : nullptr) {
+        held = present->valref();
+        return true;
+    }
     if (listed_) return hash_.mapitem(cat::of(hash_.after_last_index()), value);
     cAttrNode const *const node = hash_.find(key);
     objref const target = node ? node->valref() : objref();
