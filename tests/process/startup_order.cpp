@@ -1,0 +1,104 @@
+// The order of start-up: what can be seen of it from outside, and the order of the text of the
+// file that is the start-up.
+
+#include "process.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/cvers.h"
+#include "qrv/diagnostics/cerr.h"
+#include "qrv/diagnostics/ctrace.h"
+#include "tests/support/paths.h"
+
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+namespace {
+
+std::string first_text;
+
+void keep(char const *text) { first_text += text; }
+
+// All that this looks at was made before the program's own static objects.
+struct cFirst {
+    cFirst()
+        : streams_led(std::cout.rdbuf() == &cOutSigStreambuf &&
+                      std::cerr.rdbuf() == &cOutSigStreambuf),
+          core_ready(cat::core_state() == cat::cCoreState::ready),
+          handler_connected(cat::sig_error().isconnected(cat::errhandler())),
+          channels_named(cat::trace_io.ident() == "cat_io.capio" &&
+                         cat::trace_lex.ident() == "catlex"),
+          idle_awaited(sig_idle.isconnected()), debug_awaits(!debugout.isconnected()) {
+        std::cerr << "program";
+    }
+    bool streams_led;
+    bool core_ready;
+    bool handler_connected;
+    bool channels_named;
+    bool idle_awaited;
+    bool debug_awaits;
+} const first;
+
+void check_first() {
+    CHECK(first.streams_led);
+    CHECK(first.core_ready);
+    CHECK(first.handler_connected);
+    CHECK(first.channels_named);
+    CHECK(first.idle_awaited);
+    CHECK(first.debug_awaits);
+    cFunctionSlot1<char const *, void (*)(char const *)> const slot(keep);
+    cOutSigStreambuf.sig().connect(slot);
+    sig_idle();
+    CHECK_TEXT(first_text, QRV_VERSION_TEXT "\nprogram");
+    CHECK(!sig_idle.isconnected());
+    CHECK(debugout.isconnected());
+}
+
+// Each name stands in the file behind the one before it, once the order has begun.
+void check_text_order() {
+    std::ifstream file(test::source_file("core/startup.cpp"));
+    std::ostringstream all;
+    all << file.rdbuf();
+    std::string const text = all.str();
+    CHECK(text.find("#include <iostream>") < text.find("#include \""));
+    std::size_t at = text.find("the order starts here");
+    CHECK(at != std::string::npos);
+    for (char const *name : {"shared pointers",
+                             "repository lists",
+                             " sig_idle",
+                             " sig_init",
+                             " sig_exit",
+                             " sig_inittemplates",
+                             " sig_closetemplates",
+                             "cat_io.capio",
+                             "catlex",
+                             " debugout(",
+                             " cOutSigStreambuf",
+                             " message_file_closer",
+                             " version_text",
+                             "list of modules",
+                             "main module",
+                             "unknown",
+                             " core_start",
+                             "undoGlobalList",
+                             "redoGlobalList",
+                             "stack base",
+                             "watch dog's queue",
+                             "slot on sig_init",
+                             "cWatchDogSend",
+                             "sig_progstep",
+                             "sig_proginit",
+                             "sig_progbegin"}) {
+        std::size_t const next = text.find(name, at);
+        if (next == std::string::npos) std::fprintf(stderr, "out of order: %s\n", name);
+        CHECK(next != std::string::npos);
+        if (next != std::string::npos) at = next;
+    }
+}
+
+} // namespace
+
+int main() {
+    check_first();
+    check_text_order();
+    return failures != 0;
+}
