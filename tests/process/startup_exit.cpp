@@ -9,6 +9,8 @@
 
 #include <iostream>
 
+extern "C" int __cxa_atexit(void (*function)(void *), void *argument, void *library);
+
 namespace {
 
 std::string const trace_file = "startup_exit.trace";
@@ -26,8 +28,9 @@ struct cLate {
 
 bool live_on = false;
 
-// Runs when all static objects of the program and the library are gone.
-[[gnu::destructor]] void after_the_end() {
+// Runs when all static objects of the program and the library are gone: what is registered before
+// the first library starts, and belongs to none, is called last.
+void after_the_end(void *) {
     if (!live_on) return;
     say("[after the end]");
     std::cout << "lost" << std::flush;
@@ -48,6 +51,10 @@ bool live_on = false;
     std::ostream empty(std::cerr.rdbuf());
     say(empty.rdbuf() ? "[a buffer]" : "[no buffer]");
 }
+
+void register_last(int, char **, char **) { __cxa_atexit(after_the_end, nullptr, nullptr); }
+[[gnu::section(".preinit_array"), gnu::used]] void (*const before_all)(int, char **,
+                                                                       char **) = register_last;
 
 int child(std::string const &what) {
     last_listener = new cFunctionSlot1<char const *, void (*)(char const *)>(show);
