@@ -11,8 +11,6 @@
 
 namespace {
 
-using Pieces = std::vector<std::string>;
-
 // The library's handler with other masks for one test, and a clean stream before and after.
 class Errors : public testing::Test {
   protected:

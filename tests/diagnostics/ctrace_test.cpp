@@ -13,8 +13,6 @@
 
 namespace {
 
-using Pieces = std::vector<std::string>;
-
 class Trace : public testing::Test {
   protected:
     Trace() : folder(testing::TempDir() + "qrv_trace/") {

@@ -2,11 +2,20 @@
 // Test helpers of the message route. One thread at a time.
 
 #include "qrv/diagnostics/ccout.h"
+#include "qrv/platform/cplatform.h"
 
+#include <gtest/gtest.h>
+
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
+
+using Pieces = std::vector<std::string>;
 
 // Keeps what a signal is fired with, piece by piece.
 class cPieces {
@@ -22,7 +31,7 @@ class cPieces {
     cPieces &operator=(cPieces const &) = delete;
     ~cPieces() = default;
 
-    std::vector<std::string> const &pieces() const { return pieces_; }
+    Pieces const &pieces() const { return pieces_; }
     std::string text() const {
         std::string all;
         for (auto const &piece : pieces_) all += piece;
@@ -32,7 +41,7 @@ class cPieces {
   private:
     void take(char const *text) { pieces_.emplace_back(text); }
 
-    std::vector<std::string> pieces_;
+    Pieces pieces_;
     cSlot1<cPieces, char const *> slot_;
 };
 
@@ -42,3 +51,71 @@ inline std::string file_text(std::string const &path) {
     text << file.rdbuf();
     return text.str();
 }
+
+// A file name in the tests' own folder, gone afterwards.
+class cTempFile {
+  public:
+    explicit cTempFile(std::string const &name) : path_(testing::TempDir() + "qrv_ccout_" + name) {
+        std::filesystem::remove(path_);
+    }
+    cTempFile(cTempFile const &) = delete;
+    cTempFile &operator=(cTempFile const &) = delete;
+    ~cTempFile() { std::filesystem::remove(path_); }
+
+    char const *name() const { return path_.c_str(); }
+    std::string text() const { return file_text(path_); }
+
+  private:
+    std::string path_;
+};
+
+// Runs a function for each piece of a signal.
+class cOnText {
+  public:
+    cOnText(cSignal1<char const *> const &signal, std::function<void(char const *)> function)
+        : function_(std::move(function)), slot_(this, &cOnText::call, signal) {}
+    cOnText(cOnText const &) = delete;
+    cOnText &operator=(cOnText const &) = delete;
+    ~cOnText() = default;
+
+  private:
+    void call(char const *text) { function_(text); }
+
+    std::function<void(char const *)> function_;
+    cSlot1<cOnText, char const *> slot_;
+};
+
+inline Pieces *debug_calls = nullptr;
+
+// Takes the debug output while it lives.
+class cDebugCalls {
+  public:
+    cDebugCalls() {
+        debug_calls = &calls;
+        qrv_set_debug_output([](char const *text) { debug_calls->emplace_back(text); });
+    }
+    cDebugCalls(cDebugCalls const &) = delete;
+    cDebugCalls &operator=(cDebugCalls const &) = delete;
+    ~cDebugCalls() { qrv_set_debug_output(nullptr); }
+
+    Pieces calls;
+};
+
+// The start line at the head of a text, as "[start]".
+inline std::string without_start_line(std::string const &text) {
+    constexpr std::string_view form = "Start  dddd:dd:dd dd:dd\n";
+    if (text.size() < form.size()) return text;
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        bool const digit = text[i] >= '0' && text[i] <= '9';
+        if (form[i] == 'd' ? !digit : text[i] != form[i]) return text;
+    }
+    return "[start]" + text.substr(form.size());
+}
+
+// Past the first idle moment; the message file is closed at the end.
+class Output : public testing::Test {
+  protected:
+    ~Output() override { cprintfclose(); }
+    cPieces messages;
+};
+using OutputEdge = Output;

@@ -1,0 +1,199 @@
+// Message streams: to the display, to files, to each other, and into strings.
+
+#include "qrv/diagnostics/ccout.h"
+
+#include "messages.h"
+
+#include <locale>
+
+namespace {
+
+// ---- message streams ----
+
+TEST_F(OutputEdge, a_line_of_a_display_stream_waits_for_the_flush) {
+    cOstream os(true, nullptr);
+    os << "a line " << 1 << '\n';
+    EXPECT_EQ(messages.pieces(), Pieces{});
+    os.flush();
+    EXPECT_EQ(messages.pieces(), Pieces{"a line 1\n"});
+}
+
+TEST_F(OutputEdge, what_waits_in_a_connected_stream_goes_first) {
+    cOstream a(false, nullptr);
+    cOstream b(true, nullptr);
+    a.connect(b);
+    b << "from b, ";
+    a << "from a" << std::flush;
+    EXPECT_EQ(messages.pieces(), (Pieces{"from b, ", "from a"}));
+}
+
+TEST_F(Output, a_chain_of_streams_passes_on_to_the_file_at_its_end) {
+    cTempFile const file("chain");
+    {
+        cOstream a(false, nullptr);
+        cOstream b(false, nullptr);
+        cOstream c(false, file.name());
+        a.connect(b);
+        b.connect(c);
+        a << "text" << std::flush;
+    }
+    EXPECT_EQ(without_start_line(file.text()), "[start]text");
+    EXPECT_EQ(messages.pieces(), Pieces{});
+}
+
+TEST_F(Output, a_connected_stream_may_die_first) {
+    cOstream a(true, nullptr);
+    {
+        cOstream b(true, nullptr);
+        a.connect(b);
+    }
+    a << "text" << std::flush;
+    EXPECT_EQ(messages.pieces(), Pieces{"text"});
+}
+
+TEST_F(Output, a_stream_without_display_and_file_is_silent) {
+    cDebugCalls debug;
+    cOstream os(false, nullptr);
+    os << "text" << std::flush;
+    EXPECT_EQ(messages.pieces(), Pieces{});
+    EXPECT_EQ(debug.calls, Pieces{});
+}
+
+TEST_F(Output, a_stream_with_a_file_alone_is_seen_by_the_debugger) {
+    cDebugCalls debug;
+    cTempFile const file("own");
+    {
+        cOstream os(false, file.name());
+        os << "50%%" << std::flush;
+    }
+    EXPECT_EQ(without_start_line(file.text()), "[start]50%");
+    ASSERT_EQ(debug.calls.size(), 2U);
+    EXPECT_EQ(without_start_line(debug.calls[0]), "[start]");
+    EXPECT_EQ(debug.calls[1], "50%%");
+    EXPECT_EQ(messages.pieces(), Pieces{});
+}
+
+TEST_F(Output, a_stream_with_display_and_file_writes_to_both) {
+    cTempFile const file("both");
+    {
+        cOstream os(true, file.name());
+        os << "text"; // the destructor flushes
+    }
+    EXPECT_EQ(without_start_line(file.text()), "[start]text");
+    ASSERT_EQ(messages.pieces().size(), 2U);
+    EXPECT_EQ(messages.pieces()[1], "text");
+}
+
+TEST_F(Output, set_dispout_switches_the_display) {
+    cOstream os(false, nullptr);
+    os.set_dispout(true);
+    os << "seen" << std::flush;
+    os.set_dispout(false);
+    os << "not seen" << std::flush;
+    EXPECT_EQ(messages.text(), "seen");
+}
+
+TEST_F(Output, a_stream_file_that_cannot_be_opened_is_told_with_a_line_end) {
+    cOstream os(true, "/nowhere/at/all");
+    EXPECT_EQ(messages.pieces(), Pieces{"Fehler beim \xC3\x96"
+                                        "ffnen des Message-Files '/nowhere/at/all'\n"});
+    os << "goes on" << std::flush;
+    EXPECT_EQ(messages.pieces().back(), "goes on");
+}
+
+TEST_F(Output, opening_a_second_stream_file_closes_the_first) {
+    cTempFile const first("os_first");
+    cTempFile const second("os_second");
+    cOstream os(false, first.name());
+    os << "a" << std::flush;
+    os.fileopen(second.name());
+    os << "b" << std::flush;
+    os.fileclose();
+    os << "c" << std::flush;
+    EXPECT_EQ(without_start_line(first.text()), "[start]a");
+    EXPECT_EQ(without_start_line(second.text()), "[start]b");
+}
+
+TEST_F(Output, the_printf_of_a_stream_flushes_it_first) {
+    cOstream os(true, nullptr);
+    os << "first, ";
+    EXPECT_EQ(os.cprintf("then %s", "this"), 9);
+    EXPECT_EQ(os.cprintf("%s", std::string(2048, 'x').c_str()), -1);
+    EXPECT_EQ(messages.pieces(), (Pieces{"first, ", "then this", std::string(2047, 'x')}));
+}
+
+TEST_F(Output, the_buffer_of_a_stream_tells_its_pieces) {
+    cOstream os(false, nullptr);
+    cPieces const pieces(os.buf()->sig());
+    os << "text" << std::flush;
+    EXPECT_EQ(os.buf(), os.rdbuf());
+    EXPECT_EQ(pieces.pieces(), Pieces{"text"});
+}
+
+TEST_F(Output, a_stream_that_throws_on_bad_states_dies_quietly) {
+    cOstream os(false, nullptr);
+    os.exceptions(std::ios::badbit);
+    cOstringstream text;
+    text.exceptions(std::ios::badbit);
+    os << "a";
+    text << "b";
+    EXPECT_EQ(text.str(), "b");
+}
+
+TEST_F(Output, streams_are_not_copied) {
+    static_assert(!std::is_copy_constructible_v<cOstream> && !std::is_copy_assignable_v<cOstream>);
+    static_assert(!std::is_copy_constructible_v<cOstringstream>);
+    static_assert(!std::is_copy_assignable_v<cOstringstream>);
+    static_assert(!std::is_copy_constructible_v<cOutStreambuf>);
+    static_assert(!std::is_copy_constructible_v<cTheOutStreambuf>);
+}
+
+// ---- string streams ----
+
+TEST_F(Output, a_string_stream_writes_into_the_string_it_was_given) {
+    std::string target = "before ";
+    cOstringstream os(target);
+    os << "and " << 7;
+    EXPECT_EQ(target, "before ");
+    EXPECT_EQ(os.str(), "before and 7");
+    EXPECT_EQ(target, "before and 7");
+    os << "lost to the buffer? ";
+    os.str("new");
+    EXPECT_EQ(target, "new");
+}
+
+TEST_F(Output, clearing_a_string_stream_leaves_what_waits_in_the_buffer) {
+    cOstringstream os;
+    os << "flushed" << std::flush << "waiting";
+    os.clear();
+    EXPECT_EQ(os.str(), "waiting");
+}
+
+TEST_F(Output, a_string_stream_dies_without_a_flush) {
+    std::string target;
+    {
+        cOstringstream os(target);
+        os << "waiting";
+    }
+    EXPECT_EQ(target, "");
+}
+
+// Digits in groups and a decimal comma.
+class cHostile : public std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST_F(Output, numbers_do_not_follow_the_global_locale) {
+    std::locale const before = std::locale::global(std::locale(std::locale(), new cHostile));
+    cOstringstream text;
+    cOstream os(true, nullptr);
+    std::locale::global(before);
+    text << 1234567 << ' ' << 1.5;
+    os << 1234567 << ' ' << 1.5 << std::flush;
+    EXPECT_EQ(text.str(), "1234567 1.5");
+    EXPECT_EQ(messages.text(), "1234567 1.5");
+}
+
+} // namespace
