@@ -7,27 +7,36 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace {
 
+struct cBounds {
+    std::uintptr_t lowest; // 0: not asked yet
+    std::size_t reserve;
+};
+
+constinit thread_local cBounds bounds{0, 0};
+
 // Where the bounds can't be told the answer is one that never stops a walk.
-std::uintptr_t lowest_address() noexcept {
+cBounds ask() noexcept {
     pthread_attr_t attributes;
-    if (pthread_getattr_np(pthread_self(), &attributes) != 0) return 1;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0) return {1, 0};
     void *address = nullptr;
     std::size_t size = 0;
     bool const known = pthread_attr_getstack(&attributes, &address, &size) == 0;
     pthread_attr_destroy(&attributes);
-    return known ? reinterpret_cast<std::uintptr_t>(address) : 1;
+    if (!known) return {1, 0};
+    return {reinterpret_cast<std::uintptr_t>(address), std::min(cat::stack_reserve, size / 2)};
 }
-
-constinit thread_local std::uintptr_t lowest = 0; // 0: not asked yet
 
 } // namespace
 
 std::size_t cat::stack_left() noexcept {
-    if (lowest == 0) lowest = lowest_address();
+    if (bounds.lowest == 0) bounds = ask();
     auto const here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-    return here > lowest ? here - lowest : 0;
+    return here > bounds.lowest ? here - bounds.lowest : 0;
 }
+
+bool cat::stack_low() noexcept { return stack_left() < bounds.reserve; }

@@ -1,8 +1,8 @@
 #pragma once
 // How much of the running thread's stack is left. Walks that recurse with their data (comparing,
 // copying, reading, writing) ask here before each level and give up softly in time, so that no
-// value, however deep, can end the process. Costs a comparison; the bounds of a thread are asked
-// once. One thread at a time: no part of the library may be used by two threads at once.
+// value, however deep, can end the process. The bounds of a thread are asked once.
+// One thread at a time: no part of the library may be used by two threads at once.
 
 #include "qrv/ccomp.h"
 
@@ -11,12 +11,12 @@
 namespace cat {
 
 // Below this many bytes a walk goes no deeper: what a level still calls (foreign methods, error
-// texts, message slots) must fit in.
+// texts, message slots) must fit in. Half of the stack, for a thread with a stack below 1 MiB.
 constexpr std::size_t stack_reserve = 512 * 1024;
 
 // Bytes between the caller's frame and the end of its thread's stack.
 QRV_API std::size_t stack_left() noexcept;
 
-inline bool stack_low() noexcept { return stack_left() < stack_reserve; }
+QRV_API bool stack_low() noexcept;
 
 } // namespace cat

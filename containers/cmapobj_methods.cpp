@@ -1,0 +1,242 @@
+// The standard methods of type "map". setattr is a chain of tests, each of which can only refuse:
+//   1 entry type   2 cycle   3 const keys   4 no specification: store   5 to 7 specification
+// The texts of errors are made before the error stream is touched: writing a key may itself raise.
+
+#include "containers/ccompare.h"
+#include "containers/cringwalk.h"
+#include "containers/csetup.h"
+#include "qrv/containers/cattr.h"
+#include "qrv/containers/cattspec.h"
+#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/diagnostics/cerr.h"
+
+#include <ostream>
+
+namespace {
+
+// An error of a specification: what, the key, the type's name, and what follows.
+bool report_spec(char const *what, cObj const &obj, objref const &key, char const *end) {
+    std::string const text = cat::as_text(key);
+    cErrStream &err = eros();
+    err.clear();
+    err.set_code(0x40040000);
+    err << what << " attribute, key '" << text << "' in object type '" << obj.type().name() << "'"
+        << end;
+    return raise_eros();
+}
+
+bool report_required(cObj const &obj, objref const &key) {
+    return report_spec("REQUIRED", obj, key, "  is missed");
+}
+
+// 6. Nothing is to be stored: what the specification has instead. False when it has nothing.
+bool store_instead(cAttspec const &spec, cMapObj &map, objref const &key, bool &result) {
+    if (spec.is_implied())
+        result = map.datamap().setitem(key, cat::nil());
+    else if (spec.is_default())
+        result = map.datamap().setitem(key, spec.get_default());
+    else if (spec.is_required())
+        result = report_required(map, key);
+    else
+        return false;
+    return true;
+}
+
+bool set_specified(cAttspec const &spec, cMapObj &map, objref const &key, objref const &value) {
+    hashref const hash = map.hash_ref();
+    objref const present = hash->getitem(key);
+    if (spec.is_fixref() && !cObj::is_void(present)) { // 5
+        return present == value || report_spec("FIXED REF", map, key, "");
+    }
+    bool const nothing = cObj::is_kill(value) || cObj::is_nil(value);
+    if (bool result = false; nothing && store_instead(spec, map, key, result)) return result; // 6
+    if (value && spec.is_fixtype() && &value->type() != spec.get_type())                      // 7
+        return report_spec("FIXED TYPE", map, key, "");
+    return hash->mapitem(key, value);
+}
+
+// What getattr gives for a specified attribute that is absent or void.
+objref missing_value(cAttspec const &spec, cObj const &obj, objref const &key,
+                     objref const &present) {
+    if (spec.is_required()) return report_required(obj, key) ? cat::badfind() : cat::bad();
+    if (spec.is_implied()) return cat::nil();
+    if (spec.is_default()) return spec.get_default();
+    return present;
+}
+
+} // namespace
+
+bool cat::refuses_type(cMapObj const &map, objref const &value) noexcept {
+    return map.entrytype() && !cObj::is_kill(value) && &value->type() != map.entrytype();
+}
+
+bool cTomMap::setattr(cObj &obj, objref &key, objref &value) {
+    cMapObj *const map = cat::as_map(&obj);
+    if (!map || cat::refuses_type(*map, value)) return false; // 1
+    if (value && value->is_owner_of(obj)) {                   // 2
+        eros_setattr(obj, key) << " Trial to establish cRef in cycle";
+        return raise_eros();
+    }
+    hashref const hash = map->hash_ref();
+    if (obj.flags_of(of_const_keys) && !hash->find(key)) { // 3
+        eros_setattr(obj, key) << "  Flag of const key set offended";
+        return raise_eros();
+    }
+    specref const spec = map->attspec(key);
+    if (spec == cAttspec::nilspec()) return hash->mapitem(key, value); // 4
+    return set_specified(*spec, *map, key, value);
+}
+
+objref cTomMap::getattr(objref obj, objref key) {
+    cMapObj *const map = cat::as_map(obj);
+    if (!map) return cat::bad();
+    objref const value = map->datamap().getitem(key);
+    if (!cObj::is_void(value)) return value;
+    specref const spec = map->attspec(key);
+    return spec == cAttspec::nilspec() ? value : missing_value(*spec, *map, key, value);
+}
+
+objref cTomMap::getattr_insert(objref obj, objref key) {
+    cMapObj *const map = cat::as_map(obj);
+    if (!map) return cat::bad();
+    objref const value = map->datamap().getitem(key);
+    if (cObj::is_good(value)) return value;
+    objref const made = make<cMapObj>();
+    return map->datamap().mapitem(key, made) ? made : cat::bad();
+}
+
+objref cTomMap::iterobj(objref obj) {
+    cMapObj *const map = cat::as_map(obj);
+    return map ? objref(make<cIterObj>(map->hash_ref())) : cat::bad();
+}
+
+bool cTomMap::m_assign(cObj &obj, objref &arg) { return arg && obj.attrcopy(*arg, "0as"); }
+
+bool cTomMap::m_add(cObj &obj, objref &arg) {
+    cMapObj *const map = cat::as_map(&obj);
+    if (!map || !arg || !arg->is_container()) return true;
+    objref const copy = arg->clone(false); // so that m += m is safe
+    objref const self = objref::share(&obj);
+    for (cIterObj it = copy->begin(); it.valid(); ++it) {
+        objref const key = it.key();
+        objref const value = it.valref();
+        if (!map->datamap().find(key)) cAttr(self, key) = value;
+    }
+    return true;
+}
+
+bool cTomMap::m_append(cObj &obj, objref &arg) {
+    if (cMapObj *const map = cat::as_map(&obj)) map->datamap().vect_append(arg);
+    return true;
+}
+
+namespace {
+
+bool same_key(objref const &a, objref const &b) {
+    if (!a || !b) return a == b;
+    return a->type().hasheq(a, b);
+}
+
+// Every key of a in b with an equal value.
+bool equal_by_key(cMapObj const &a, cMapObj const &b) {
+    hashref const keep = a.hash_ref();
+    hashref const others = b.hash_ref();
+    for (cRingWalk walk(*keep); walk.valid(); walk.step()) {
+        cAttrNode const *const other = others->find(walk.key());
+        if (!other || !cat::same_value(walk.valref(), other->valref())) return false;
+    }
+    return true;
+}
+
+template <bool with_keys> bool equal_in_order(cMapObj const &a, cMapObj const &b) {
+    hashref const first = a.hash_ref();
+    hashref const second = b.hash_ref();
+    cRingWalk x(*first);
+    cRingWalk y(*second);
+    for (; x.valid() && y.valid(); x.step(), y.step()) {
+        if (with_keys && !same_key(x.key(), y.key())) return false;
+        if (!cat::same_value(x.valref(), y.valref())) return false;
+    }
+    return (!x.valid() && !y.valid()) || cat::report_sizes(a, b);
+}
+
+} // namespace
+
+bool cat::report_sizes(cMapObj const &a, cMapObj const &b) {
+    std::ostream &os = std_out();
+    os << "cAttrHash::size klappt nicht:" << a.size() << " !=  " << b.size() << std::endl;
+    a.writeobj(os);
+    os << std::endl;
+    b.writeobj(os);
+    os << std::endl;
+    return false;
+}
+
+bool cat::equal_values_in_order(cMapObj const &a, cMapObj const &b) {
+    return equal_in_order<false>(a, b);
+}
+
+bool cTomMap::equal_sorted(cObj &obj, objref &arg) {
+    cMapObj *const map = cat::as_map(&obj);
+    cMapObj *const other = map ? cat::comparable(*map, arg) : nullptr;
+    return other && cat::compared(cat::cCompareKind::map_in_order, *map, *other,
+                                  equal_in_order<true>);
+}
+
+bool cMapObj::equal_unsorted(cObj const &other) const {
+    objref const arg = objref::share(const_cast<cObj *>(&other));
+    cMapObj *const map = cat::comparable(*this, arg);
+    return map && cat::compared(cat::cCompareKind::map_by_key, *this, *map, equal_by_key);
+}
+
+bool cTomMap::equal_unsorted(cObj &obj, objref &arg) {
+    cMapObj *const map = cat::as_map(&obj);
+    return map && arg && map->equal_unsorted(*arg);
+}
+
+namespace {
+
+objref size_of(objref obj) {
+    cMapObj *const map = cat::as_map(obj);
+    return map ? cat::of(map->size()) : cat::bad();
+}
+
+bool clear(cObj &obj) {
+    if (cMapObj *const map = cat::as_map(&obj)) map->clear();
+    return true;
+}
+
+objref new_map(objref) { return make<cMapObj>(); }
+
+} // namespace
+
+void cat::setup_container(cTypeObj &type, cContainerMethods const &own, char const *wformat) {
+    note_default_iterobj(type);
+    type.setflags(tf_container | tf_bare);
+    type.set_tmember("newobj", make<cExeMember>(own.newobj));
+    type.set_tmember("assign", make<cExeMember>(own.assign));
+    type.set_tmember("add", make<cExeMember>(own.add));
+    type.set_tmember("setattr", make<cExeMember>(own.setattr));
+    type.set_tmember("getattr", make<cExeMember>(own.getattr));
+    type.set_tmember("write", make<cExeMember>(own.write));
+    type.set_tmember("read", make<cExeMember>(own.read));
+    type.set_tmember("equal", make<cExeMember>(own.equal));
+    type.set_tmember("iterobj", make<cExeMember>(&cTomMap::iterobj));
+    type.set_tmember("append", make<cExeMember>(own.append));
+    type.set_tmember("size", make<cExeMember>(size_of));
+    type.set_tmember("clear", make<cExeMember>(clear));
+    type.set_tmember("wformat", cat::of(wformat));
+    type.set_tmember("cpcommands", cat::of("0as"));
+}
+
+void cat::setup_map(cTypeObj &type) {
+    setup_container(type,
+                    {new_map, cTomMap::m_assign, cTomMap::m_add, cTomMap::setattr,
+                     cTomMap::getattr, cTomMap::m_write, cTomMap::m_read, cTomMap::equal_sorted,
+                     cTomMap::m_append},
+                    "wc");
+}

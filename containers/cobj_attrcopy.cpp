@@ -1,0 +1,276 @@
+// attrcopy: copies one container onto another under a command of three letters, one for each class
+// of key. Every container's assign comes down to it.
+//
+//   class              letters
+//   0 target only      0 remove
+//   1 both             a assign in place   s store   x merge   0 remove
+//   2 source only      s store   x store, or append in a vector or set
+//   anything else leaves the key alone; ? takes the letter of the target's member "cpcommands"
+//
+// The list of keys and classes is fixed before anything changes. In vectors and sets, removal is
+// done at the end and backwards, since it moves what stands behind.
+//
+// Parts that are shared or hold themselves: the pairs of containers copied by one outermost call
+// are remembered and not copied again, except for appending, which is done as often as it is met.
+// The memo is handed down only through calls that this file makes itself, never to foreign code.
+
+#include "containers/ccompare.h"
+#include "containers/cmergebudget.h"
+#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/platform/cstack.h"
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace {
+
+enum cKeyClass : unsigned char { target_only, both, source_only };
+
+constexpr char none = '?'; // a letter that no class knows
+using cLetters = std::array<char, 3>;
+
+// Target, source, letters; and the result, true while in progress.
+using cCopied = std::map<std::tuple<std::uint32_t, std::uint32_t, cLetters>, bool>;
+
+// The memo for the attrcopy that starts next; taken by it, and null for everyone else.
+constinit cCopied *handed_down = nullptr;
+
+class cHandDown {
+  public:
+    explicit cHandDown(cCopied &copied) noexcept { handed_down = &copied; }
+    cHandDown(cHandDown const &) = delete;
+    cHandDown &operator=(cHandDown const &) = delete;
+    ~cHandDown() { handed_down = nullptr; }
+};
+
+cLetters complete(cObj const &target, char const *commands) {
+    std::string const given = std::string(commands ? commands : "").substr(0, 3);
+    cLetters letters{none, none, none};
+    if (given.find('?') != std::string::npos) {
+        objref const own = target.gmember("cpcommands");
+        bool const is_text = own && &own->type() == &cat::type_string();
+        std::string const text = is_text ? cat::as_string(own) : std::string();
+        for (size_t i = 0; i < letters.size() && i < text.size(); ++i) letters[i] = text[i];
+    }
+    for (size_t i = 0; i < given.size(); ++i)
+        if (given[i] != '?') letters[i] = given[i];
+    return letters;
+}
+
+bool is_sequence(cObj const *obj) noexcept { return cObj::is_vector(obj) || cObj::is_set(obj); }
+
+// The hash that an object's iterator walks; null without a usable one.
+hashref hash_of(objref const &iterobj) {
+    auto const *const it = dynamic_cast<cIterObj const *>(iterobj.get());
+    return it ? it->hash_ref() : hashref();
+}
+
+class cAttrCopy {
+  public:
+    cAttrCopy(cObj &target, objref const &source, cLetters const &letters, cCopied &copied)
+        : target_(target), source_(source), letters_(letters), copied_(copied),
+          seq_(is_sequence(&target)) {}
+    cAttrCopy(cAttrCopy const &) = delete;
+    cAttrCopy &operator=(cAttrCopy const &) = delete;
+    ~cAttrCopy() = default;
+
+    bool run(cAttrHash const &source) {
+        classify(hash_of(target_.iterobj()).get(), source);
+        bool result = true;
+        for (cItem const &item : items_) {
+            result &= copy(item);
+            if (cat::merge_exhausted()) return false;
+        }
+        return remove_backwards() && result;
+    }
+
+  private:
+    struct cItem {
+        objref key;
+        cKeyClass key_class;
+    };
+
+    void classify(cAttrHash const *target, cAttrHash const &source);
+    void list_target(cAttrHash const &target, cAttrHash const &source);
+    void list_common(cAttrHash const &target, cAttrHash const &source);
+    bool copy(cItem const &item);
+    bool copy_both(objref const &key, char letter);
+    bool merge(objref const &key);
+    bool store(objref const &key);
+    bool assign(cObj *target, objref const &source);
+    void append(cObj &holder, objref const &value);
+    bool remove_backwards();
+    char letter(cItem const &item) const { return letters_[item.key_class]; }
+    bool remove(objref const &key) { return target_.setattr(key, nullptr); }
+
+    cObj &target_;
+    objref source_;
+    cLetters letters_;
+    cCopied &copied_;
+    bool seq_;
+    std::vector<cItem> items_;
+};
+
+void cAttrCopy::classify(cAttrHash const *target, cAttrHash const &source) {
+    if (target && letters_[target_only] == '0')
+        list_target(*target, source);
+    else if (target && letters_[both] != none)
+        list_common(*target, source);
+    for (cAttrNode const *node = source.first(); node; node = source.next(node))
+        if (!target || !target->find(node->key())) items_.push_back({node->key(), source_only});
+}
+
+void cAttrCopy::list_target(cAttrHash const &target, cAttrHash const &source) {
+    for (cAttrNode const *node = target.first(); node; node = target.next(node))
+        items_.push_back({node->key(), source.find(node->key()) ? both : target_only});
+}
+
+// Keys that only the target has need no step here, so a small source merged into a large target
+// costs by its own size, and by the target's only where the order of several keys asks for it.
+void cAttrCopy::list_common(cAttrHash const &target, cAttrHash const &source) {
+    std::vector<cAttrNode *> nodes;
+    for (cAttrNode const *node = source.first(); node; node = source.next(node))
+        if (cAttrNode *const found = target.find(node->key())) nodes.push_back(found);
+    cat::sort_by_ring(target, nodes);
+    for (cAttrNode const *node : nodes) items_.push_back({node->key(), both});
+}
+
+bool cAttrCopy::copy(cItem const &item) {
+    char const c = letter(item);
+    switch (item.key_class) {
+    case target_only:
+        return c != '0' || seq_ || remove(item.key);
+    case both:
+        return copy_both(item.key, c);
+    case source_only:
+        if (c != 's' && c != 'x') return true;
+        if (c == 's' || !seq_) return store(item.key);
+        append(target_, source_->getattr(item.key));
+        return true;
+    }
+    return true;
+}
+
+bool cAttrCopy::copy_both(objref const &key, char c) {
+    switch (c) {
+    case 'x':
+        return merge(key);
+    case 'a':
+        return assign(target_.getattr(key), source_->getattr(key));
+    case 's':
+        return store(key);
+    case '0':
+        return seq_ || remove(key);
+    default:
+        return true;
+    }
+}
+
+bool cAttrCopy::store(objref const &key) {
+    objref const value = source_->getattr(key);
+    return cat::merge_allows(target_, key, value) && target_.setattr(key, value);
+}
+
+void cAttrCopy::append(cObj &holder, objref const &value) {
+    if (cat::merge_allows(holder, nullptr, value)) holder.append(value);
+}
+
+// 'x' for a key of both. What append says is dropped.
+bool cAttrCopy::merge(objref const &key) {
+    objref const value = source_->getattr(key);
+    if (seq_) {
+        append(target_, value);
+        return true;
+    }
+    objref const present = target_.getattr(key);
+    bool const into_map = cObj::is_map(present);
+    if (!into_map && !is_sequence(present)) return assign(present, value);
+    if (into_map || is_sequence(value)) {
+        cHandDown const down(copied_);
+        return value && present->attrcopy(*value, "-xx");
+    }
+    append(*present, value);
+    return true;
+}
+
+// Does assign come straight back to attrcopy, with no foreign code between?
+bool assigns_by_attrcopy(cObj const &obj) {
+    if (obj.flags_of(of_exe_member | of_const)) return false;
+    cVoidFunction const assign = obj.type().method(mid_assign);
+    return assign == reinterpret_cast<cVoidFunction>(&cTomMap::m_assign) ||
+           assign == reinterpret_cast<cVoidFunction>(&cTomVector::m_assign);
+}
+
+bool cAttrCopy::assign(cObj *target, objref const &source) {
+    if (cObj::is_void(target)) return false;
+    objref const held = objref::share(target);
+    if (cObj::is_void(source) || !assigns_by_attrcopy(*held)) return held->assign(source);
+    cHandDown const down(copied_);
+    return held->assign(source);
+}
+
+// Backwards, so that the indices of the remaining pairs stay right.
+bool cAttrCopy::remove_backwards() {
+    bool result = true;
+    if (!seq_) return result;
+    for (auto item = items_.rbegin(); item != items_.rend(); ++item)
+        if (item->key_class != source_only && letter(*item) == '0') result &= remove(item->key);
+    return result;
+}
+
+// Remembers one pair for as long as it may be met again.
+class cRememberedPair {
+  public:
+    cRememberedPair(cCopied &copied, cObj const &target, cObj const &source,
+                    cLetters const &letters)
+        : copied_(copied), key_(target.obid(), source.obid(), letters) {
+        bool const appends = is_sequence(&target) && letters[both] == 'x';
+        usable_ = target.obid() != 0 && source.obid() != 0 && !appends;
+    }
+    cRememberedPair(cRememberedPair const &) = delete;
+    cRememberedPair &operator=(cRememberedPair const &) = delete;
+    ~cRememberedPair() = default;
+
+    // True, and the result, if the pair was met before. Otherwise it is in progress from now on.
+    bool met(bool &result) {
+        if (!usable_) return false;
+        auto const [place, is_new] = copied_.try_emplace(key_, true);
+        result = place->second;
+        return !is_new;
+    }
+    bool done(bool result) {
+        if (usable_) copied_[key_] = result;
+        return result;
+    }
+
+  private:
+    cCopied &copied_;
+    cCopied::key_type key_;
+    bool usable_;
+};
+
+} // namespace
+
+bool cObj::attrcopy(cObj const &source, char const *commands) {
+    cCopied own;
+    cCopied *const given = std::exchange(handed_down, nullptr);
+    cCopied &copied = given ? *given : own;
+    if (cat::stack_low()) return cat::too_deep(*this);
+    objref const self = objref::share(this);
+    objref const held = objref::share(const_cast<cObj *>(&source));
+    objref const iterobj = held->iterobj();
+    hashref const hash = hash_of(iterobj);
+    if (is_void(iterobj) || !hash) return false;
+    cLetters const letters = complete(*this, commands);
+    cRememberedPair pair(copied, *this, source, letters);
+    if (bool result = false; pair.met(result)) return result;
+    return pair.done(cAttrCopy(*this, held, letters, copied).run(*hash));
+}

@@ -1,0 +1,92 @@
+// is_owner_of: does an object stand anywhere below another? The walk is iterative and visits each
+// container once, so it ends on cycles and is linear on shared parts. Values that can hold nothing
+// are passed without a call; the library's own containers are walked in their rings.
+
+#include "containers/cmergebudget.h"
+#include "containers/cringwalk.h"
+#include "containers/csetup.h"
+#include "qrv/containers/citerobj.h"
+#include "qrv/core/ctypeobj.h"
+
+#include <unordered_set>
+#include <vector>
+
+namespace {
+
+constinit cVoidFunction default_iterobj = nullptr;
+
+class cOwnerWalk {
+  public:
+    cOwnerWalk(cObj const &other, cat::cMergeBudget *budget) : other_(other), budget_(budget) {}
+    cOwnerWalk(cOwnerWalk const &) = delete;
+    cOwnerWalk &operator=(cOwnerWalk const &) = delete;
+    ~cOwnerWalk() = default;
+
+    // Breadth first; held_ keeps every visited address its object's own.
+    bool finds_from(cObj &root) {
+        visit(objref::share(&root));
+        for (size_t i = 0; i < held_.size(); ++i)
+            if (finds_in(*objref(held_[i]))) return true;
+        return false;
+    }
+
+  private:
+    void visit(objref const &value) {
+        if (cat::may_hold_values(*value) && seen_.insert(value.get()).second)
+            held_.push_back(value);
+    }
+
+    // The value itself, or something to look into later.
+    bool is_it(objref const &value) {
+        if (!value) return false;
+        if (value == &other_) return true;
+        visit(value);
+        return false;
+    }
+
+    bool may_go_on() { return !budget_ || budget_->charge(1); }
+
+    bool finds_in(cObj &holder) {
+        auto const iterobj = reinterpret_cast<cVoidFunction>(&cTomMap::iterobj);
+        auto *const map = dynamic_cast<cMapObj *>(&holder);
+        bool const plain = map && !holder.flags_of(of_exe_member) &&
+                           holder.type().method(mid_iterobj) == iterobj;
+        return plain ? finds_in_ring(map->datamap()) : finds_by_iterator(holder);
+    }
+
+    bool finds_in_ring(cAttrHash const &hash) {
+        for (cAttrNode const *node = hash.first(); node && may_go_on(); node = hash.next(node))
+            if (is_it(node->valref())) return true;
+        return false;
+    }
+
+    bool finds_by_iterator(cObj &holder) {
+        for (cIterObj it = holder.begin(); it.valid() && may_go_on(); ++it)
+            if (is_it(it.valref())) return true;
+        return false;
+    }
+
+    cObj const &other_;
+    cat::cMergeBudget *budget_;
+    std::unordered_set<cObj const *> seen_;
+    std::vector<objref> held_;
+};
+
+} // namespace
+
+void cat::note_default_iterobj(cTypeObj const &type) noexcept {
+    default_iterobj = type.method(mid_iterobj);
+}
+
+bool cat::may_hold_values(cObj const &obj) noexcept {
+    return obj.flags_of(of_exe_member) || obj.type().method(mid_iterobj) != default_iterobj;
+}
+
+bool cObj::is_owner_of(cObj const &other) {
+    return cat::may_hold_values(*this) && cOwnerWalk(other, nullptr).finds_from(*this);
+}
+
+bool cat::owns_charged(objref const &value, cObj const &other) {
+    if (cObj::is_void(value) || !may_hold_values(*value)) return false;
+    return cOwnerWalk(other, cMergeBudget::current()).finds_from(*value);
+}

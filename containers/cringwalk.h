@@ -1,0 +1,39 @@
+#pragma once
+// A walk over the ring of a hash during which foreign code may run. It keeps the memory of the
+// node it stands on: where that code removed the node, the walk ends there. The hash itself must
+// be kept alive by whoever walks.
+// One thread at a time.
+
+#include "qrv/containers/cattrhash.h"
+
+class cRingWalk {
+  public:
+    explicit cRingWalk(cAttrHash const &hash) noexcept : hash_(hash) { take(hash.first()); }
+    cRingWalk(cRingWalk const &) = delete;
+    cRingWalk &operator=(cRingWalk const &) = delete;
+    ~cRingWalk() { drop(node_); }
+
+    bool valid() const noexcept { return node_ && !node_->is_dead(); }
+    cAttrNode *node() const noexcept { return node_; }
+    // Key and value are to be copied before foreign code runs.
+    objref const &key() const noexcept { return node_->key(); }
+    objref const &valref() const noexcept { return node_->valref(); }
+
+    void step() noexcept {
+        cAttrNode *const old = node_;
+        take(old ? hash_.next(old) : nullptr); // null behind a dead node
+        drop(old);
+    }
+
+  private:
+    void take(cAttrNode *node) noexcept {
+        node_ = node;
+        if (node_) node_->hold();
+    }
+    static void drop(cAttrNode const *node) noexcept {
+        if (node) node->unhold();
+    }
+
+    cAttrHash const &hash_;
+    cAttrNode *node_ = nullptr;
+};

@@ -1,0 +1,107 @@
+// Set objects and the standard methods of type "set". Equal values are found by the hash's
+// findvalue, with the new value on the left side of the comparison.
+
+#include "qrv/containers/csetobj.h"
+
+#include "containers/ccompare.h"
+#include "containers/cmergebudget.h"
+#include "containers/cringwalk.h"
+#include "containers/csetup.h"
+#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/core/ctypes.h"
+
+cSetObj::cSetObj() : cMapObj(&cat::type_set(), false) {}
+
+cSetObj::cSetObj(cSetObj const &other) : cSetObj() {
+    create();
+    assign(other);
+    flags(other.flags());
+}
+
+cSetObj::cSetObj(cObj const &other) : cSetObj() {
+    assign(other);
+    flags(other.flags());
+}
+
+cSetObj::~cSetObj() = default;
+
+cSetObj &cSetObj::operator=(cSetObj const &other) {
+    assign(other);
+    return *this;
+}
+
+cSetObj &cSetObj::operator=(cObj const &other) {
+    assign(other);
+    return *this;
+}
+
+namespace {
+
+// Equal, or both null.
+bool holds(cAttrHash const &hash, objref const &value) {
+    return (value ? hash.findvalue(value) : hash.findvalref(value)) != nullptr;
+}
+
+bool holds_all(cMapObj const &holder, cMapObj const &values) {
+    hashref const hash = holder.hash_ref();
+    hashref const walked = values.hash_ref();
+    for (cRingWalk walk(*walked); walk.valid(); walk.step()) {
+        objref const value = walk.valref();
+        if (!holds(*hash, value)) return false;
+    }
+    return true;
+}
+
+bool equal_sets(cMapObj const &a, cMapObj const &b) { return holds_all(b, a) && holds_all(a, b); }
+
+} // namespace
+
+bool cTomSet::setattr(cObj &obj, objref &key, objref &value) {
+    cMapObj *const map = cat::as_map(&obj);
+    if (!map) return false;
+    if (!cObj::is_kill(value) && map->datamap().findvalue(value)) return true;
+    return cTomVector::setattr(obj, key, value);
+}
+
+objref cTomSet::getattr(objref obj, objref key) { return cTomVector::getattr(obj, key); }
+
+bool cTomSet::m_append(cObj &obj, objref &arg) {
+    cMapObj *const map = cat::as_map(&obj);
+    if (!map || (arg && map->datamap().findvalue(arg))) return false;
+    map->datamap().vect_append(arg);
+    return true;
+}
+
+// A walk of its own hash finds nothing: that is how a set assigned to itself comes out empty.
+bool cTomSet::m_assign(cObj &obj, objref &arg) {
+    cMapObj *const map = cat::as_map(&obj);
+    if (!map || !arg) return false;
+    hashref const hash = map->hash_ref();
+    hash->clear();
+    for (cIterObj it = arg->begin(); it.valid(); ++it) {
+        objref const value = it.valref();
+        if (cat::merge_allows(obj, nullptr, value)) obj.append(value);
+        if (cat::merge_exhausted()) return false;
+    }
+    return true;
+}
+
+bool cTomSet::m_add(cObj &obj, objref &arg) { return cTomVector::m_add(obj, arg); }
+
+bool cTomSet::m_equal(cObj &obj, objref &arg) {
+    cMapObj *const map = cat::as_map(&obj);
+    cMapObj *const other = map ? cat::comparable(*map, arg) : nullptr;
+    return other && cat::compared(cat::cCompareKind::set, *map, *other, equal_sets);
+}
+
+namespace {
+objref new_set(objref) { return make<cSetObj>(); }
+} // namespace
+
+void cat::setup_set(cTypeObj &type) {
+    setup_container(type,
+                    {new_set, cTomSet::m_assign, cTomSet::m_add, cTomSet::setattr, cTomSet::getattr,
+                     cTomSet::m_write, cTomSet::m_read, cTomSet::m_equal, cTomSet::m_append},
+                    "sc");
+}
