@@ -61,7 +61,7 @@ class cFrame {
     static constinit cFrame *innermost;
 
     cFrame *outer_;
-    cMemo own_;   // used in the outermost only
+    cMemo own_; // used in the outermost only
     cMemo *memo_;
     cPair pair_;
     size_t equals_before_;

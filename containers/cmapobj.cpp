@@ -126,7 +126,8 @@ class cEmptyChilds {
     ~cEmptyChilds() = default;
 
     void run(cMapObj &map) {
-        while (pass(map)) {}
+        while (pass(map)) {
+        }
     }
 
   private:

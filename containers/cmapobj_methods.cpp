@@ -183,8 +183,8 @@ bool cat::equal_values_in_order(cMapObj const &a, cMapObj const &b) {
 bool cTomMap::equal_sorted(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     cMapObj *const other = map ? cat::comparable(*map, arg) : nullptr;
-    return other && cat::compared(cat::cCompareKind::map_in_order, *map, *other,
-                                  equal_in_order<true>);
+    return other &&
+           cat::compared(cat::cCompareKind::map_in_order, *map, *other, equal_in_order<true>);
 }
 
 bool cMapObj::equal_unsorted(cObj const &other) const {
@@ -235,8 +235,7 @@ void cat::setup_container(cTypeObj &type, cContainerMethods const &own, char con
 
 void cat::setup_map(cTypeObj &type) {
     setup_container(type,
-                    {new_map, cTomMap::m_assign, cTomMap::m_add, cTomMap::setattr,
-                     cTomMap::getattr, cTomMap::m_write, cTomMap::m_read, cTomMap::equal_sorted,
-                     cTomMap::m_append},
+                    {new_map, cTomMap::m_assign, cTomMap::m_add, cTomMap::setattr, cTomMap::getattr,
+                     cTomMap::m_write, cTomMap::m_read, cTomMap::equal_sorted, cTomMap::m_append},
                     "wc");
 }

@@ -6,8 +6,7 @@ namespace {
 constinit cat::cMergeBudget *installed = nullptr;
 }
 
-cat::cMergeBudget::cMergeBudget(std::uint64_t limit) noexcept
-    : before_(installed), limit_(limit) {
+cat::cMergeBudget::cMergeBudget(std::uint64_t limit) noexcept : before_(installed), limit_(limit) {
     installed = this;
 }
 

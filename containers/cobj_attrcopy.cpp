@@ -14,8 +14,10 @@
 // are remembered and not copied again, except for appending, which is done as often as it is met.
 // The memo is handed down only through calls that this file makes itself, never to foreign code.
 
+#include "containers/cappending.h"
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
+#include "containers/cringwalk.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
@@ -26,6 +28,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <string_view>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -65,6 +68,12 @@ cLetters complete(cObj const &target, char const *commands) {
     return letters;
 }
 
+// Is reading an attribute of it the library's own affair?
+bool reads_plainly(cObj const &obj) {
+    return !obj.flags_of(of_exe_member) &&
+           (cObj::is_map(&obj) || cObj::is_vector(&obj) || cObj::is_set(&obj));
+}
+
 bool is_sequence(cObj const *obj) noexcept { return cObj::is_vector(obj) || cObj::is_set(obj); }
 
 // The hash that an object's iterator walks; null without a usable one.
@@ -77,7 +86,7 @@ class cAttrCopy {
   public:
     cAttrCopy(cObj &target, objref const &source, cLetters const &letters, cCopied &copied)
         : target_(target), source_(source), letters_(letters), copied_(copied),
-          seq_(is_sequence(&target)) {}
+          seq_(is_sequence(&target)), plain_source_(reads_plainly(*source)), appending_(target) {}
     cAttrCopy(cAttrCopy const &) = delete;
     cAttrCopy &operator=(cAttrCopy const &) = delete;
     ~cAttrCopy() = default;
@@ -106,7 +115,7 @@ class cAttrCopy {
     bool merge(objref const &key);
     bool store(objref const &key);
     bool assign(cObj *target, objref const &source);
-    void append(cObj &holder, objref const &value);
+    void append(objref const &value);
     bool remove_backwards();
     char letter(cItem const &item) const { return letters_[item.key_class]; }
     bool remove(objref const &key) { return target_.setattr(key, nullptr); }
@@ -116,29 +125,37 @@ class cAttrCopy {
     cLetters letters_;
     cCopied &copied_;
     bool seq_;
+    bool plain_source_;
+    cat::cAppending appending_; // to the target
     std::vector<cItem> items_;
 };
 
 void cAttrCopy::classify(cAttrHash const *target, cAttrHash const &source) {
     if (target && letters_[target_only] == '0')
         list_target(*target, source);
-    else if (target && letters_[both] != none)
+    else if (target && std::string_view("axs0").find(letters_[both]) != std::string_view::npos)
         list_common(*target, source);
-    for (cAttrNode const *node = source.first(); node; node = source.next(node))
-        if (!target || !target->find(node->key())) items_.push_back({node->key(), source_only});
+    char const last = letters_[source_only];
+    if (last != 's' && last != 'x') return;
+    for (cRingWalk walk(source); walk.valid(); walk.step()) {
+        objref const key = walk.key();
+        if (!target || !target->find(key)) items_.push_back({key, source_only});
+    }
 }
 
 void cAttrCopy::list_target(cAttrHash const &target, cAttrHash const &source) {
-    for (cAttrNode const *node = target.first(); node; node = target.next(node))
-        items_.push_back({node->key(), source.find(node->key()) ? both : target_only});
+    for (cRingWalk walk(target); walk.valid(); walk.step()) {
+        objref const key = walk.key();
+        items_.push_back({key, source.find(key) ? both : target_only});
+    }
 }
 
 // Keys that only the target has need no step here, so a small source merged into a large target
 // costs by its own size, and by the target's only where the order of several keys asks for it.
 void cAttrCopy::list_common(cAttrHash const &target, cAttrHash const &source) {
     std::vector<cAttrNode *> nodes;
-    for (cAttrNode const *node = source.first(); node; node = source.next(node))
-        if (cAttrNode *const found = target.find(node->key())) nodes.push_back(found);
+    for (cRingWalk walk(source); walk.valid(); walk.step())
+        if (cAttrNode *const found = target.find(walk.key())) nodes.push_back(found);
     cat::sort_by_ring(target, nodes);
     for (cAttrNode const *node : nodes) items_.push_back({node->key(), both});
 }
@@ -153,7 +170,7 @@ bool cAttrCopy::copy(cItem const &item) {
     case source_only:
         if (c != 's' && c != 'x') return true;
         if (c == 's' || !seq_) return store(item.key);
-        append(target_, source_->getattr(item.key));
+        append(source_->getattr(item.key));
         return true;
     }
     return true;
@@ -179,15 +196,18 @@ bool cAttrCopy::store(objref const &key) {
     return cat::merge_allows(target_, key, value) && target_.setattr(key, value);
 }
 
-void cAttrCopy::append(cObj &holder, objref const &value) {
-    if (cat::merge_allows(holder, nullptr, value)) holder.append(value);
+// To the target. What append says is dropped.
+void cAttrCopy::append(objref const &value) {
+    bool const plain = plain_source_ && value && cValueIndex::is_plain(*value);
+    if (!plain) appending_.disturb();
+    if (cat::merge_allows(target_, nullptr, value)) appending_.append(value);
 }
 
-// 'x' for a key of both. What append says is dropped.
+// 'x' for a key of both.
 bool cAttrCopy::merge(objref const &key) {
     objref const value = source_->getattr(key);
     if (seq_) {
-        append(target_, value);
+        append(value);
         return true;
     }
     objref const present = target_.getattr(key);
@@ -197,7 +217,7 @@ bool cAttrCopy::merge(objref const &key) {
         cHandDown const down(copied_);
         return value && present->attrcopy(*value, "-xx");
     }
-    append(*present, value);
+    if (cat::merge_allows(*present, nullptr, value)) present->append(value);
     return true;
 }
 

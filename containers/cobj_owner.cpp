@@ -49,8 +49,8 @@ class cOwnerWalk {
     bool finds_in(cObj &holder) {
         auto const iterobj = reinterpret_cast<cVoidFunction>(&cTomMap::iterobj);
         auto *const map = dynamic_cast<cMapObj *>(&holder);
-        bool const plain = map && !holder.flags_of(of_exe_member) &&
-                           holder.type().method(mid_iterobj) == iterobj;
+        bool const plain =
+            map && !holder.flags_of(of_exe_member) && holder.type().method(mid_iterobj) == iterobj;
         return plain ? finds_in_ring(map->datamap()) : finds_by_iterator(holder);
     }
 

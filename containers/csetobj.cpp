@@ -3,6 +3,7 @@
 
 #include "qrv/containers/csetobj.h"
 
+#include "containers/cappending.h"
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
 #include "containers/cringwalk.h"
@@ -38,17 +39,14 @@ cSetObj &cSetObj::operator=(cObj const &other) {
 
 namespace {
 
-// Equal, or both null.
-bool holds(cAttrHash const &hash, objref const &value) {
-    return (value ? hash.findvalue(value) : hash.findvalref(value)) != nullptr;
-}
-
+// A null value is found by a null value.
 bool holds_all(cMapObj const &holder, cMapObj const &values) {
     hashref const hash = holder.hash_ref();
     hashref const walked = values.hash_ref();
+    cValueIndex index(*hash);
     for (cRingWalk walk(*walked); walk.valid(); walk.step()) {
         objref const value = walk.valref();
-        if (!holds(*hash, value)) return false;
+        if (value ? !index.find(*value) : !hash->findvalref(value)) return false;
     }
     return true;
 }
@@ -79,9 +77,12 @@ bool cTomSet::m_assign(cObj &obj, objref &arg) {
     if (!map || !arg) return false;
     hashref const hash = map->hash_ref();
     hash->clear();
+    cat::cAppending target(obj);
     for (cIterObj it = arg->begin(); it.valid(); ++it) {
         objref const value = it.valref();
-        if (cat::merge_allows(obj, nullptr, value)) obj.append(value);
+        if (!value || !cValueIndex::is_plain(*value))
+            target.disturb(); // the test below may run foreign code
+        if (cat::merge_allows(obj, nullptr, value)) target.append(value);
         if (cat::merge_exhausted()) return false;
     }
     return true;

@@ -3,6 +3,7 @@
 
 #include "qrv/containers/cvectorobj.h"
 
+#include "containers/cappending.h"
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"
@@ -79,15 +80,16 @@ bool cVectorObj::erase(int start, int count) {
 bool cVectorObj::setslice(cObj const &source, int start, int count) {
     auto const [first, end] = range_of(start, count, size());
     if (first > end) return false;
-    objref const slice = const_cast<cObj &>(source).getslice(0, std::numeric_limits<int>::max(),
-                                                             entrytype());
+    objref const slice =
+        const_cast<cObj &>(source).getslice(0, std::numeric_limits<int>::max(), entrytype());
     cMapObj *const values = cat::as_map(slice);
     if (!is_good(slice) || !values) return false;
     // DELIBERATE: the count is the end of the range, not its length.
     //   Pinned: setslice_from_a_later_start_erases_as_many_places_as_its_end_says
     if (end != 0) erase(static_cast<int>(first), static_cast<int>(end));
     int place = static_cast<int>(first);
-    for (cRingWalk walk(values->datamap()); walk.valid(); walk.step()) insert(place++, walk.valref());
+    for (cRingWalk walk(values->datamap()); walk.valid(); walk.step())
+        insert(place++, walk.valref());
     return true;
 }
 
@@ -98,8 +100,7 @@ bool cTomVector::setattr(cObj &obj, objref &key, objref &value) {
     if (i == cat::no_index) return report_key(obj, key, "  Key of vector or set must be 'int'");
     hashref const hash = map->hash_ref();
     bool const const_keys = obj.flags_of(of_const_keys) != 0;
-    if (cObj::is_kill(value))
-        return const_keys ? report_const_keys(obj, key) : hash->vect_erase(i);
+    if (cObj::is_kill(value)) return const_keys ? report_const_keys(obj, key) : hash->vect_erase(i);
     int const n = map->size();
     if (i < 0 || i > n) return report_key(obj, key, "  Key is OUT OF RANGE");
     if (i < n) return hash->setitem(key, value);
@@ -116,9 +117,10 @@ bool cTomVector::m_assign(cObj &obj, objref &arg) { return arg && obj.attrcopy(*
 bool cTomVector::m_add(cObj &obj, objref &arg) {
     if (!arg || !arg->is_container()) return true;
     objref const copy = arg->clone(false); // so that v += v ends
+    cat::cAppending target(obj);
     for (cIterObj it = copy->begin(); it.valid(); ++it) {
         objref const value = it.valref();
-        obj.append(value);
+        target.append(value);
     }
     return true;
 }
@@ -126,8 +128,8 @@ bool cTomVector::m_add(cObj &obj, objref &arg) {
 bool cTomVector::m_equal(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     cMapObj *const other = map ? cat::comparable(*map, arg) : nullptr;
-    return other && cat::compared(cat::cCompareKind::vector, *map, *other,
-                                  cat::equal_values_in_order);
+    return other &&
+           cat::compared(cat::cCompareKind::vector, *map, *other, cat::equal_values_in_order);
 }
 
 namespace {
