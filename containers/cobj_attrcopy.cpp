@@ -30,6 +30,7 @@
 #include <map>
 #include <string_view>
 #include <tuple>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -80,6 +81,16 @@ bool is_sequence(cObj const *obj) noexcept { return cObj::is_vector(obj) || cObj
 hashref hash_of(objref const &iterobj) {
     auto const *const it = dynamic_cast<cIterObj const *>(iterobj.get());
     return it ? it->hash_ref() : hashref();
+}
+
+// Brings some nodes of a hash into the order of its ring.
+void sort_by_ring(cAttrHash const &hash, std::vector<cAttrNode *> &nodes) {
+    if (nodes.size() < 2) return;
+    std::unordered_set<cAttrNode const *> const wanted(nodes.begin(), nodes.end());
+    nodes.clear();
+    for (cAttrNode *node = hash.first(); node && nodes.size() < wanted.size();
+         node = hash.next(node))
+        if (wanted.contains(node)) nodes.push_back(node);
 }
 
 class cAttrCopy {
@@ -156,7 +167,7 @@ void cAttrCopy::list_common(cAttrHash const &target, cAttrHash const &source) {
     std::vector<cAttrNode *> nodes;
     for (cRingWalk walk(source); walk.valid(); walk.step())
         if (cAttrNode *const found = target.find(walk.key())) nodes.push_back(found);
-    cat::sort_by_ring(target, nodes);
+    sort_by_ring(target, nodes);
     for (cAttrNode const *node : nodes) items_.push_back({node->key(), both});
 }
 
