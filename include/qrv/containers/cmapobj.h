@@ -37,6 +37,7 @@ class QRV_API cMapObj : public cObj {
     cAttrHash &datamap() noexcept { return *hash_; }
     cAttrHash const &datamap() const noexcept { return *hash_; }
     hashref const &hash_ref() const noexcept { return hash_; }
+    hashref const &datamap_ref() const noexcept { return hash_; }
 
     // The stored reference itself; an absent key is made with cat::nil(). For a nil key the
     // reference is a scratch one that is reset at each such call. Valid while the node lives.
