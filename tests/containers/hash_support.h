@@ -1,0 +1,132 @@
+#pragma once
+// What the tests of the attribute hash share: a window into the table, short texts of a whole ring,
+// hostile keys, and values that act when they are destroyed.
+
+#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+
+#include <functional>
+#include <string>
+
+// Reaches what a hash keeps to itself.
+struct cAttrHashProbe {
+    static cSlotWord &word(cAttrHash &hash, std::uint32_t i) { return hash.slots_[i]; }
+    static cSlotWord *slot(cAttrNode const *node) { return node->slot_; }
+    static cSlotWord *&slot_(cAttrNode *node) { return node->slot_; }
+    static cAttrHash *&table(cAttrNode *node) { return node->table_; }
+    static std::uint32_t hash_of(cAttrNode const *node) { return node->hash_; }
+    static std::uint32_t &hash_(cAttrNode *node) { return node->hash_; }
+    static objref &key(cAttrNode *node) { return node->key_; }
+    static bool &dead(cAttrNode *node) { return node->dead_; }
+    static std::uint32_t &used(cAttrHash &hash) { return hash.used_; }
+    static std::uint32_t &unused(cAttrHash &hash) { return hash.unused_; }
+    static std::uint32_t &others(cAttrHash &hash) { return hash.others_; }
+    static std::uint32_t &no_ints(cAttrHash &hash) { return hash.no_ints_; }
+    static int &greatest(cAttrHash &hash) { return hash.greatest_; }
+    static bool &is_vector(cAttrHash &hash) { return hash.is_vector_; }
+    static bool seeded(cAttrHash const &hash) { return hash.seeded_; }
+    static void unlink(cAttrHash &hash, cAttrNode *node) { hash.unlink_node(*node); }
+    static void swap_links(cAttrNode *node) {
+        cNode<cAttrNode> &link = *node;
+        std::swap(link.next_, link.prev_);
+    }
+    static cAttrHash *copy(cAttrHash const &hash) { return new cAttrHash(hash); }
+    static cAttrNode *copy(cAttrNode const &node) { return new cAttrNode(node); }
+};
+
+template <class T> T &val(objref const &ref) { return static_cast<cObjDR<T> &>(*ref).val(); }
+
+// A key or value in short: 5, "a", 1.5d, nil, null, or the type's name.
+inline std::string short_text(objref const &ref) {
+    if (!ref) return "null";
+    if (ref == cat::nil()) return "nil";
+    if (&ref->type() == &cat::type_int()) return std::to_string(val<int>(ref));
+    if (&ref->type() == &cat::type_string()) return val<std::string>(ref);
+    if (&ref->type() == &cat::type_double()) {
+        std::string text = std::to_string(val<double>(ref));
+        return text.substr(0, text.find('.') + 2) + "d";
+    }
+    return ref->type().name();
+}
+
+// The whole ring: "a=1 b=2 ".
+inline std::string ring(cAttrHash const &hash) {
+    std::string text;
+    for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
+        text += short_text(node->key()) + "=" + short_text(node->valref()) + " ";
+    return text;
+}
+
+// The same from the end.
+inline std::string ring_backwards(cAttrHash const &hash) {
+    std::string text;
+    for (cAttrNode const *node = hash.last(); node; node = hash.prev(node))
+        text += short_text(node->key()) + "=" + short_text(node->valref()) + " ";
+    return text;
+}
+
+// A value that acts when its last owner lets it go.
+class cLastWill : public cObj {
+  public:
+    explicit cLastWill(std::function<void()> action) : action_(std::move(action)) {}
+    cLastWill(cLastWill const &) = delete;
+    cLastWill &operator=(cLastWill const &) = delete;
+    ~cLastWill() override { action_(); }
+
+  private:
+    std::function<void()> action_;
+};
+inline objref last_will(std::function<void()> action) {
+    return objref::adopt(new cLastWill(std::move(action)));
+}
+
+// Keys that all collide, count the calls of their hooks, and may do harm in them.
+class cHostileType {
+  public:
+    static inline int hash_calls, heq_calls, clone_calls;
+    static inline std::function<void()> in_hash, in_heq, in_clone;
+
+    cHostileType() : type_(make<cTypeObj>("hostile", set_up)) { reset(); }
+    cHostileType(cHostileType const &) = delete;
+    cHostileType &operator=(cHostileType const &) = delete;
+    ~cHostileType() { reset(); }
+
+    static void reset() {
+        hash_calls = heq_calls = clone_calls = 0;
+        in_hash = in_heq = in_clone = nullptr;
+    }
+    objref key(int number) const { return objref::adopt(new cObjD<int>(number, type_.get())); }
+
+  private:
+    static void act(std::function<void()> &action) {
+        if (auto const once = std::exchange(action, nullptr)) once();
+    }
+    static unsigned int hash(objref const &) {
+        ++hash_calls;
+        act(in_hash);
+        return 7;
+    }
+    static bool heq(objref const &a, objref const &b) {
+        ++heq_calls;
+        bool const equal = &a->type() == &b->type() && val<int>(a) == val<int>(b);
+        act(in_heq);
+        return equal;
+    }
+    static objref newobj(objref type) {
+        ++clone_calls;
+        act(in_clone);
+        return objref::adopt(new cObjD<int>(0, dynamic_cast<cTypeObj *>(type.get())));
+    }
+    static bool assign(cObj &obj, objref &source) {
+        static_cast<cObjDR<int> &>(obj).val() = val<int>(source);
+        return true;
+    }
+    static void set_up(cTypeObj &type) {
+        type.set_hash(hash, heq);
+        type.set_tmember("newobj", make<cExeMember>(newobj));
+        type.set_tmember("assign", make<cExeMember>(assign));
+    }
+
+    typeref type_;
+};

@@ -1,0 +1,26 @@
+#include "containers/seeded_hash.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+TEST(SeededHash, is_the_same_for_the_same_bytes_within_a_process) {
+    std::string const text = "the same bytes at another place", copy = text.substr(0);
+    EXPECT_EQ(seeded_hash_bytes(text.data(), text.size()),
+              seeded_hash_bytes(copy.data(), copy.size()));
+}
+
+TEST(SeededHash, tells_lengths_and_single_bits_apart) {
+    std::set<std::uint32_t> seen;
+    std::string text(64, '\0');
+    for (size_t length = 0; length <= 64; ++length)
+        seen.insert(seeded_hash_bytes(text.data(), length));
+    EXPECT_EQ(seen.size(), 65u);
+    for (size_t bit = 0; bit < 512; ++bit) {
+        text[bit / 8] = static_cast<char>(1 << bit % 8);
+        seen.insert(seeded_hash_bytes(text.data(), 64));
+        text[bit / 8] = 0;
+    }
+    EXPECT_EQ(seen.size(), 65u + 512);
+}
