@@ -69,7 +69,7 @@ TEST_F(Writer, unescape_undoes_escape) {
     std::string const letters = "ab\"'\\ \n1";
     for (int round = 0; round < 1000; ++round) {
         std::string text;
-        for (unsigned n = random() % 12; n; --n) text += letters[random() % letters.size()];
+        for (auto n = random() % 12; n; --n) text += letters[random() % letters.size()];
         std::string copy = text;
         cat::escape(copy);
         cat::unescape(copy);

@@ -1,0 +1,650 @@
+// Exact text: each thing that it changes, each that it can't write, and round trips.
+#include "tests/text/write_support.h"
+
+#include "qrv/text/cexacttext.h"
+#include "text/cscalar_text.h"
+#include "text/ctext_state.h"
+#include "text/cwriter_exact.h"
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+
+using namespace test;
+
+namespace {
+
+class Exact : public QrvTest {};
+class ExactTrip : public QrvTest {};
+
+std::string exact(objref const &ref) {
+    cat::ExactText const guard;
+    std::string const text = written(ref);
+    EXPECT_EQ(guard.failed(), 0u) << text;
+    return text;
+}
+
+// Written with the guard, with what is left out: "text | errors".
+std::string exact_with_errors(objref const &ref, unsigned int failed) {
+    cErrorLog errors;
+    cat::ExactText const guard;
+    std::string const text = written(ref);
+    EXPECT_EQ(guard.failed(), failed);
+    EXPECT_EQ(errors.count(), failed);
+    return text + " | " + errors.text();
+}
+
+std::string left_out(std::string const &path) {
+    return "0x40000001 Value cannot be written, path : " + path + "\n";
+}
+
+std::string plain_text(objref const &ref) { return cat::as_text(ref); }
+std::string exact_text_of(objref const &ref) {
+    cat::ExactText const guard;
+    return cat::as_text(ref);
+}
+
+objref map_with(objref const &value, char const *layout = "sc") {
+    objref const map = new_map(layout);
+    put(map, "k", value);
+    return map;
+}
+
+objref vector_with(objref const &a, objref const &b = nullptr, char const *layout = nullptr) {
+    objref const vector = new_vector(layout);
+    append(vector, a);
+    if (b) append(vector, b);
+    return vector;
+}
+
+double random_double(std::mt19937_64 &random) {
+    std::uint64_t const bits = random();
+    double value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    return std::isfinite(value) ? value : 0.5;
+}
+
+float random_float(std::mt19937_64 &random) {
+    auto const value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+    return std::isfinite(value) ? value : 0.5f;
+}
+
+template <class T> T number_in(objref const &ref) { return *value_of<T>(*ref); }
+
+} // namespace
+
+// --- the guard ---
+
+TEST_F(Exact, is_off_by_default_and_guards_nest) {
+    EXPECT_FALSE(cat::ExactText::active());
+    {
+        cat::ExactText const outer;
+        EXPECT_TRUE(cat::ExactText::active());
+        { cat::ExactText const inner; }
+        EXPECT_TRUE(cat::ExactText::active());
+    }
+    EXPECT_FALSE(cat::ExactText::active());
+    EXPECT_EQ(plain_text(cat::of("true")), "true");
+}
+
+TEST_F(Exact, each_guard_counts_what_was_left_out_since_it_began) {
+    cErrorLog errors;
+    cat::ExactText const outer;
+    objref const nan = cat::of(std::nan(""));
+    written(nan);
+    {
+        cat::ExactText const inner;
+        EXPECT_EQ(inner.failed(), 0u);
+        written(nan);
+        EXPECT_EQ(inner.failed(), 1u);
+    }
+    EXPECT_EQ(outer.failed(), 2u);
+    EXPECT_EQ(errors.text(), left_out("") + left_out(""));
+}
+
+// --- numbers ---
+
+TEST_F(Exact, numbers_that_survive_are_written_as_always) {
+    for (double value : {0.0, -0.0, 1.5, 100.0, 1e300, 123456.0, 0.0001, -1e-5})
+        EXPECT_EQ(exact_text_of(cat::of(value)), plain_text(cat::of(value)));
+    for (float value : {0.0f, -0.0f, 1.5f, 0.1f, 0.25f, 1e30f})
+        EXPECT_EQ(exact_text_of(cat::of(value)), plain_text(cat::of(value)));
+    EXPECT_EQ(exact_text_of(cat::of(-2147483647 - 1)), "-2147483648");
+}
+
+TEST_F(Exact, numbers_that_do_not_get_all_their_digits_and_a_point) {
+    EXPECT_EQ(exact_text_of(cat::of(0.1 + 0.2)), "0.30000000000000004");
+    EXPECT_EQ(exact_text_of(cat::of(-123456.0)), "-123456.0");
+    EXPECT_EQ(exact_text_of(cat::of(1234567.0)), "1234567.0");
+    EXPECT_EQ(exact_text_of(cat::of(1.0000001e300)), "1.0000001e+300");
+    EXPECT_EQ(exact_text_of(cat::of(-123456.0f)), "-123456.0f");
+    EXPECT_EQ(exact_text_of(cat::of(1234567.0f)), "1234567.0f");
+    EXPECT_EQ(exact_text_of(cat::of(0.1234567f)), "0.1234567f");
+    EXPECT_EQ(exact_text_of(cat::of(std::numeric_limits<double>::max())),
+              "1.7976931348623157e+308");
+    EXPECT_EQ(exact_text_of(cat::of(std::numeric_limits<float>::max())), "3.4028235e+38f");
+}
+
+TEST_F(Exact, an_exponent_without_a_point_gets_one) {
+    for (int e = 22; e < 300; e += 13) {
+        double const value = std::pow(10.0, e) * 3;
+        std::string const text = exact_text_of(cat::of(value));
+        EXPECT_NE(text.find('.'), std::string::npos) << text;
+        EXPECT_EQ(number_in<double>(read_back(text)), value);
+    }
+    std::string text;
+    append_exact(text, "no number", 1e22);
+    EXPECT_EQ(text, "1.0e+22");
+}
+
+TEST_F(Exact, random_numbers_read_back_bit_for_bit) {
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 3000; ++i) {
+        double const wide = random_double(random);
+        objref const back = read_back(exact_text_of(cat::of(wide)));
+        ASSERT_EQ(&back->type(), &cat::type_double());
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(number_in<double>(back)),
+                  std::bit_cast<std::uint64_t>(wide));
+        float const narrow = random_float(random);
+        objref const back2 = read_back(exact_text_of(cat::of(narrow)));
+        ASSERT_EQ(&back2->type(), &cat::type_float());
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(number_in<float>(back2)),
+                  std::bit_cast<std::uint32_t>(narrow));
+    }
+}
+
+TEST_F(Exact, a_streams_flags_count_only_while_the_text_reads_back) {
+    cat::ExactText const guard;
+    std::ostringstream os;
+    os.imbue(std::locale::classic());
+    os << std::hex;
+    cat::of(255)->writeobj(os); // ff would be a name
+    os << ' ' << std::showbase;
+    cat::of(255)->writeobj(os);
+    os << ' ';
+    cat::of(-1)->writeobj(os);
+    os << ' ' << std::oct;
+    cat::of(8)->writeobj(os); // 010 would be ten
+    os << ' ' << std::dec << std::showpos;
+    cat::of(8)->writeobj(os);
+    os << ' ' << std::hexfloat;
+    cat::of(1.5)->writeobj(os);
+    os << ' ' << std::defaultfloat << std::noshowpos;
+    os.precision(3);
+    cat::of(1.0625)->writeobj(os);
+    os << ' ';
+    cat::of(1.25)->writeobj(os);
+    EXPECT_EQ(os.str(), "255 0xff 0xffffffff 8 +8 1.5 1.0625 1.25");
+}
+
+// --- strings ---
+
+TEST_F(Exact, strings_true_and_false_are_quoted) {
+    EXPECT_EQ(exact(cat::of("true")), "\"true\"");
+    EXPECT_EQ(exact(cat::of("false")), "\"false\"");
+    EXPECT_EQ(exact(cat::of("truth")), "truth");
+    objref const map = new_map("sc");
+    put(map, "true", cat::of(1));
+    put(map, cat::of(true), cat::of(2));
+    EXPECT_EQ(exact(map), "{\"true\"= 1; true= 2; }");
+    EXPECT_TRUE(read_back(exact(map))->equal(map));
+}
+
+TEST_F(Exact, a_line_feed_is_kept_by_a_backslash) {
+    EXPECT_EQ(exact(cat::of("a\nb")), "\"a\\\nb\"");
+    EXPECT_EQ(exact(cat::of("\n")), "\"\\\n\"");
+    EXPECT_EQ(exact(cat::of("\\\n")), "\"\\\\\\\n\"");
+    for (char const *text : {"a\nb", "\n", "\\\n", "\\", "'\"", "\r\n", "\t", "/*", "//", "true\n"})
+        EXPECT_EQ(*string_of(*read_back(exact(cat::of(text)))), text);
+}
+
+TEST_F(Exact, as_string_of_a_string_is_its_value_still) {
+    cat::ExactText const guard;
+    EXPECT_EQ(cat::as_string(cat::of("true")), "true");
+    EXPECT_EQ(cat::as_string(cat::of(0.1 + 0.2)), "0.30000000000000004");
+}
+
+// --- constants, sets ---
+
+TEST_F(Exact, constants_are_always_named) {
+    objref const map = new_map("sc");
+    for (char const *key : {"a", "b"}) put(map, key, cat::btrue());
+    put(map, "c", cat::nil());
+    put(map, "d", cat::nil());
+    EXPECT_EQ(exact(map), "{a= #true; b= #true; c= #nil; d= #nil; }");
+}
+
+TEST_F(Exact, a_blank_stands_between_two_angles_only) {
+    objref const set = new_set(), inner = new_set();
+    inner->append(cat::of(1));
+    set->append(inner);
+    set->append(new_set());
+    EXPECT_EQ(written(set), "<<1, >, <>, >");
+    EXPECT_EQ(exact(set), "< <1, >, <>, >");
+    EXPECT_TRUE(read_back(exact(set))->equal(set));
+    objref const three = new_set();
+    three->append(set);
+    EXPECT_EQ(exact(three), "< < <1, >, <>, >, >");
+    objref const vector = vector_with(inner);
+    EXPECT_EQ(exact(vector), "[<1, >, ]");
+    objref const first = new_set();
+    first->append(cat::of(0));
+    first->append(inner);
+    EXPECT_EQ(exact(first), "<0, <1, >, >");
+}
+
+TEST_F(Exact, no_blank_before_a_reference_or_in_many_lines) {
+    objref const inner = new_set(), set = new_set(), map = new_map("sc");
+    inner->append(cat::of(1));
+    set->append(inner);
+    put(map, "i", inner);
+    put(map, "s", set);
+    EXPECT_EQ(exact(map), "{i= <1, >; s= <#cRef(/i), >; }");
+    objref const lines = new_set("wc");
+    lines->append(inner);
+    EXPECT_EQ(exact(lines), "<\n  <1, >,\n>");
+}
+
+// --- layouts ---
+
+TEST_F(Exact, a_one_line_container_with_a_line_end_inside_goes_over_many_lines) {
+    EXPECT_EQ(exact(vector_with(cat::of("a\nb"), cat::of(2))), "[\n  \"a\\\nb\",\n  2,\n]");
+    EXPECT_EQ(exact(vector_with(cat::of("a b"), cat::of(2))), "[\"a b\", 2, ]");
+    EXPECT_EQ(exact(vector_with(new_map())), "[\n  {\n  }, \n]");
+    objref const map = new_map("sc");
+    put(map, "a\nb", cat::of(1));
+    EXPECT_EQ(exact(map), "{\n  \"a\\\nb\"= 1;\n}");
+}
+
+TEST_F(Exact, so_do_all_one_line_containers_around_it_and_none_beside_it) {
+    objref const deep = vector_with(cat::of("\n")), flat = vector_with(cat::of(1));
+    EXPECT_EQ(exact(vector_with(vector_with(flat, deep), flat)), "[\n"
+                                                                 "  [\n"
+                                                                 "      [1, ],\n"
+                                                                 "      [\n"
+                                                                 "          \"\\\n\",\n"
+                                                                 "      ], \n"
+                                                                 "  ], \n"
+                                                                 "  #cRef(/0/0),\n"
+                                                                 "]");
+    EXPECT_EQ(exact(vector_with(flat, vector_with(cat::of(2)))), "[[1, ], [2, ], ]");
+}
+
+TEST_F(Exact, comments_move_with_the_layout) {
+    objref const inner = vector_with(cat::of("\n")), number = cat::of(1);
+    inner->set_comment(" // inner", true);
+    number->set_comment(" // one", true);
+    append(inner, number);
+    objref const map = new_map();
+    put(map, "v", inner);
+    put(map, "w", inner);
+    std::string const text = "{\n"
+                             "  v= [ // inner\n"
+                             "      \"\\\n\",\n"
+                             "      1, // one\n"
+                             "  ]; \n"
+                             "  w= #cRef(/v); \n"
+                             "}";
+    EXPECT_EQ(exact(map), text);
+    EXPECT_EQ(exact(read_back(text)), text);
+}
+
+TEST_F(Exact, plain_entries_without_brackets_keep_their_line) {
+    objref const map = map_with(new_map());
+    cat::ExactText const guard;
+    std::ostringstream os;
+    map_of(map).datamap().write_hash(os, "sc", nullptr);
+    EXPECT_EQ(os.str(), "k= {\n  }; ");
+}
+
+// --- back references ---
+
+TEST_F(Exact, paths_are_exact_too) {
+    objref const map = new_map("sc"), inner = new_map("sc"), one = cat::of(1);
+    put(inner, cat::of(0.1 + 0.2), one);
+    put(map, "true", inner);
+    put(map, "a", one);
+    std::string const text =
+        "{\"true\"= {0.30000000000000004= 1; }; a= #cRef(/\"true\"/0.30000000000000004); }";
+    EXPECT_EQ(exact(map), text);
+    objref const back = read_back(text);
+    EXPECT_TRUE(back->equal(map));
+    EXPECT_EQ(exact(back), text);
+}
+
+TEST_F(Exact, a_line_feed_in_a_path_reads_back) {
+    objref const map = new_map(), inner = new_map("sc"), one = cat::of(1);
+    put(inner, "a\nb", one);
+    put(map, "in", inner);
+    put(map, "again", one);
+    std::string const text = exact(map);
+    objref const back = read_back(text);
+    EXPECT_TRUE(back->equal(map));
+    EXPECT_EQ(exact(back), text);
+}
+
+TEST_F(Exact, a_place_in_a_vector_counts_what_is_written) {
+    objref const vector = new_vector(), shared = cat::of(5);
+    append(vector, objref::adopt(new cObj));
+    append(vector, shared);
+    append(vector, shared);
+    EXPECT_EQ(exact_with_errors(vector, 1), "[5, #cRef(/0), ] | " + left_out("/0"));
+}
+
+// --- what can't be written ---
+
+TEST_F(Exact, infinity_and_nan_are_left_out) {
+    objref const map = new_map("sc");
+    put(map, "i", cat::of(std::numeric_limits<double>::infinity()));
+    put(map, "j", cat::of(-std::numeric_limits<float>::infinity()));
+    put(map, "n", cat::of(std::nanf("")));
+    put(map, "ok", cat::of(1));
+    EXPECT_EQ(exact_with_errors(map, 3),
+              "{ok= 1; } | " + left_out("/i") + left_out("/j") + left_out("/n"));
+    cErrorLog errors;
+    cat::ExactText const guard;
+    std::ostringstream os;
+    EXPECT_FALSE(cat::of(std::nan(""))->writeobj(os));
+    EXPECT_FALSE(cat::of(std::nan(""))->write(os));
+    EXPECT_EQ(cat::as_text(cat::of(std::nan(""))), "");
+    EXPECT_EQ(os.str(), "");
+    EXPECT_EQ(guard.failed(), 3u);
+}
+
+TEST_F(Exact, keys_that_are_no_keys_when_read_are_left_out) {
+    objref const map = new_map("sc");
+    put(map, "#x", cat::of(1));
+    put(map, cat::of(std::nan("")), cat::of(2));
+    put(map, new_map("sc"), cat::of(3)); // no key type
+    put(map, "ok", cat::of(4));
+    EXPECT_EQ(exact_with_errors(map, 3),
+              "{ok= 4; } | " + left_out("/\"#x\"") + left_out("/nan") + left_out("/{\n  }"));
+}
+
+TEST_F(Exact, values_without_text_are_left_out_and_counted) {
+    objref const map = map_with(objref::adopt(new cObj));
+    EXPECT_EQ(exact_with_errors(map, 1), "{} | " + left_out("/k"));
+    EXPECT_EQ(exact_with_errors(objref::adopt(new cObj), 1), " | " + left_out(""));
+}
+
+TEST_F(Exact, comments_that_are_more_are_left_out_and_their_values_stay) {
+    for (char const *good : {" // a", "/* b */", "\n  // a\n  // b", " /* a */ // b", "", "  "}) {
+        EXPECT_TRUE(exact_comment(good)) << good;
+    }
+    for (char const *bad : {"x", " // a\nb", "/* open", "/*/", "/", "// a\n/", "/* a */ b"}) {
+        EXPECT_FALSE(exact_comment(bad)) << bad;
+        objref const number = cat::of(1), list = new_vector("wc");
+        number->set_comment(bad, true);
+        list->set_comment(bad, true);
+        append(list, number);
+        EXPECT_EQ(exact_with_errors(map_with(list, "wc"), 2),
+                  "{\n  k= [\n      1,\n  ]; \n} | " + left_out("/k") + left_out("/k/0"));
+    }
+}
+
+TEST_F(Exact, a_bad_comment_counts_only_where_it_would_be_written) {
+    objref const number = cat::of(1);
+    number->set_comment("bad", true);
+    EXPECT_EQ(exact_with_errors(vector_with(number), 0), "[1, ] | ");
+    EXPECT_EQ(exact_with_errors(vector_with(number, cat::of("\n")), 1),
+              "[\n  1,\n  \"\\\n\",\n] | " + left_out("/0"));
+}
+
+TEST_F(Exact, constants_and_types_need_a_name_that_reads_as_one) {
+    objref const odd = cat::of(1), reference = cat::of(2), number = cat::of(3), fine = cat::of(4);
+    cAttrHash &constants = cat::constmap().datamap();
+    constants.mapitem("two words", odd);
+    constants.mapitem("cRef", reference);
+    constants.mapitem(cat::of(7), number);
+    constants.mapitem("true1", fine);
+    objref const vector = new_vector();
+    for (objref const &value : {odd, reference, number, fine}) append(vector, value);
+    EXPECT_EQ(exact_with_errors(vector, 3),
+              "[#true1, ] | " + left_out("/0") + left_out("/0") + left_out("/0"));
+
+    auto const write = [](cObj &, objref &args) {
+        stream_of(args) << "x";
+        return true;
+    };
+    cForeignType const words("two words", write), boolean("true", write), good("test_good", write);
+    objref const map = new_map("sc");
+    put(map, "a", words.of(1));
+    put(map, "b", boolean.of(1));
+    put(map, "c", good.of(1));
+    EXPECT_EQ(exact_with_errors(map, 2),
+              "{c= test_good(x); } | " + left_out("/a") + left_out("/b"));
+    words.type().setflags(tf_bare); // no wrapper, no name
+    EXPECT_EQ(exact_with_errors(map, 1), "{a= x; c= test_good(x); } | " + left_out("/b"));
+}
+
+TEST_F(Exact, a_reference_below_a_key_that_no_path_can_name_is_left_out) {
+    cForeignType const foreign("test_key", [](cObj &obj, objref &args) {
+        stream_of(args) << number_of(obj);
+        return true;
+    });
+    foreign.type().set_hash(cat::hash_int, cat::heq_int);
+    objref const map = new_map("sc"), inner = new_map("sc"), one = cat::of(1), two = cat::of(2);
+    put(inner, "a", one);
+    put(map, foreign.of(5), inner);
+    put(map, "b", one);
+    put(map, "c", two);
+    put(map, foreign.of(6), two);
+    EXPECT_EQ(exact_with_errors(map, 1),
+              "{test_key(5)= {a= 1; }; c= 2; test_key(6)= #cRef(/c); } | " + left_out("/b"));
+}
+
+TEST_F(Exact, a_reference_into_an_open_container_is_left_out) {
+    objref const map = new_map("sc"), inner = new_map("sc");
+    put(map, "me", map);
+    put(map, "in", inner);
+    put(inner, "up", inner);
+    put(inner, "top", map);
+    EXPECT_EQ(exact_with_errors(map, 3),
+              "{in= {}; } | " + left_out("/me") + left_out("/in/up") + left_out("/in/top"));
+    map_of(inner).clear();
+    map_of(map).clear();
+}
+
+// --- values whose write fails ---
+
+namespace {
+objref shared_part;
+bool write_then_fail(cObj &obj, objref &args) {
+    stream_of(args) << "part ";
+    shared_part->writeobj(stream_of(args));
+    if (number_of(obj) == 0) return false;
+    throw cErr(0x40000007U, "test error");
+}
+} // namespace
+
+TEST_F(Exact, a_value_that_fails_half_way_leaves_nothing) {
+    cForeignType const foreign("test_fails", write_then_fail);
+    objref const part = cat::of(9);
+    shared_part = vector_with(part);
+    objref const map = new_map("sc");
+    put(map, "a", foreign.of(0));
+    put(map, "b", foreign.of(1));
+    put(map, "part", part);
+    put(map, "whole", shared_part);
+    messages();
+    EXPECT_EQ(exact_with_errors(map, 2),
+              "{part= 9; whole= [#cRef(/part), ]; } | " + left_out("/a") + left_out("/b"));
+    EXPECT_EQ(messages(), "cErr during write of container, path='/b':\ntest error\n");
+    shared_part = nullptr;
+}
+
+TEST_F(Exact, a_key_that_fails_half_way_leaves_nothing) {
+    cForeignType const foreign("test_fails", [](cObj &, objref &args) -> bool {
+        stream_of(args) << "part";
+        throw cErr(0x40000007U, "test error");
+    });
+    foreign.type().set_hash(cat::hash_int, cat::heq_int);
+    objref const map = new_map("sc");
+    put(map, foreign.of(0), cat::of(1));
+    put(map, "ok", cat::of(2));
+    cErrorLog errors;
+    cat::ExactText const guard;
+    EXPECT_THROW(written(map), cErr); // the path itself holds the key's text
+    EXPECT_TRUE(text_state().idle());
+}
+
+TEST_F(Exact, errors_that_the_handler_throws_do_not_cut_the_text) {
+    objref const map = new_map("sc"), inner = new_map("sc");
+    put(inner, "n", cat::of(std::nan("")));
+    put(inner, "ok", cat::of(1));
+    put(map, "in", inner);
+    put(map, "ok", cat::of(2));
+    cat::errhandler().throw_mask(0x40000000U);
+    cat::errhandler().silent_mask(0xFFFFFFFFU);
+    cat::ExactText const guard;
+    messages();
+    EXPECT_EQ(written(map), "{in= {ok= 1; }; ok= 2; }");
+    EXPECT_EQ(guard.failed(), 1u);
+    EXPECT_EQ(messages(), "cErr during write of container, path='/in':\n"
+                          "Value cannot be written, path : /in/n\n");
+    EXPECT_THROW(written(cat::of(std::nan(""))), cErr);
+}
+
+TEST_F(Exact, what_is_too_deep_fails_the_stream_and_is_counted) {
+    cat::write_indent = 0;
+    for (char const *layout : {"wc", "sc"}) {
+        objref inner = cat::of(1);
+        for (int i = 0; i < 100'000; ++i) {
+            objref const outer = new_vector(layout);
+            append(outer, inner);
+            inner = outer;
+        }
+        cErrorLog errors;
+        cat::ExactText const guard;
+        std::ostringstream os;
+        inner->writeobj(os);
+        EXPECT_TRUE(os.fail());
+        EXPECT_EQ(guard.failed(), 1u);
+        EXPECT_EQ(errors.count(), 1u);
+        EXPECT_TRUE(text_state().idle());
+    }
+}
+
+TEST_F(Exact, path_texts_come_in_both_forms_whatever_guard_lives) {
+    objref const key = cat::of("true"), nan = cat::of(std::nan(""));
+    EXPECT_EQ(path_text(key, true), "\"true\"");
+    EXPECT_EQ(path_text(key, false), "true");
+    cErrorLog errors;
+    cat::ExactText const guard;
+    EXPECT_EQ(path_text(key, true), "\"true\"");
+    EXPECT_EQ(path_text(key, false), "true");
+    EXPECT_EQ(path_text(nan, false), "nan");
+    EXPECT_EQ(path_text(nan, true), "");
+    EXPECT_EQ(guard.failed(), 0u);
+    EXPECT_EQ(errors.count(), 0u);
+}
+
+// --- round trips ---
+
+namespace {
+
+class cRandomTree {
+  public:
+    explicit cRandomTree(std::uint64_t seed) : random_(seed) {}
+
+    objref tree(int depth) {
+        if (depth > 0 && below(3) != 0) return container(depth);
+        if (!made_.empty() && below(6) == 0) return made_[below(made_.size())];
+        objref const value = scalar();
+        if (below(8) == 0 && !cat::find_const(value.get())) value->set_comment(comment(), true);
+        made_.push_back(value);
+        return value;
+    }
+
+    objref container(int depth) {
+        auto const kind = below(3);
+        objref const made = kind == 0   ? new_map(layout())
+                            : kind == 1 ? new_vector(layout())
+                                        : new_set(layout());
+        if (below(6) == 0) made->set_comment(comment(), true);
+        for (auto n = below(6); n; --n) {
+            objref const value = tree(depth - 1);
+            if (kind == 0)
+                put(made, key(), value);
+            else
+                made->append(value);
+        }
+        made_.push_back(made);
+        return made;
+    }
+
+  private:
+    size_t below(size_t n) { return static_cast<size_t>(random_() % n); }
+
+    char const *layout() {
+        static constexpr char const *layouts[] = {nullptr, "sc", "wc", "sc", "wc", ""};
+        return layouts[below(6)];
+    }
+    std::string comment() {
+        static constexpr char const *comments[] = {" // a", " /* b */", "\n  // c\n  // d",
+                                                   "\t// \xE4", " /* two\n lines */ // e"};
+        return comments[below(5)];
+    }
+    std::string text() {
+        static constexpr char const *pieces[] = {
+            "a", "B_9", " ", "\n", "\\", "\"", "'",  "true", "/", "//", "/*",       "*/",
+            ")", "(",   "#", "\t", "\r", ";",  "<<", "9",    "-", ".",  "\xC3\xA4", "\x01"};
+        std::string result;
+        for (auto n = below(5); n; --n) result += pieces[below(std::size(pieces))];
+        return result;
+    }
+    objref key() {
+        switch (below(6)) {
+        case 0:
+            return cat::of(static_cast<int>(random_()));
+        case 1:
+            return cat::of(random_double(random_));
+        case 2:
+            return cat::of(below(2) == 0);
+        case 3:
+            return cat::of(random_float(random_));
+        default: {
+            std::string const name = text();
+            return cat::of(name.substr(0, 1) == "#" ? "x" + name : name);
+        }
+        }
+    }
+    objref scalar() {
+        switch (below(7)) {
+        case 0:
+            return cat::of(static_cast<int>(random_()));
+        case 1:
+            return cat::of(random_double(random_));
+        case 2:
+            return cat::of(random_float(random_));
+        case 3:
+            return cat::of(below(2) == 0);
+        case 4: {
+            objref const constants[] = {cat::nil(), cat::btrue(), cat::bfalse()};
+            return constants[below(3)];
+        }
+        default:
+            return cat::of(text());
+        }
+    }
+
+    std::mt19937_64 random_;
+    std::vector<objref> made_;
+};
+
+} // namespace
+
+TEST_F(ExactTrip, random_trees_come_back_equal_and_are_written_the_same_again) {
+    for (std::uint64_t seed = 0; seed < 3000; ++seed) {
+        objref const tree = cRandomTree(seed).container(4);
+        std::string const text = exact(tree);
+        objref const back = read_back(text);
+        ASSERT_TRUE(back) << seed;
+        ASSERT_TRUE(back->equal(tree)) << seed << "\n" << text;
+        ASSERT_EQ(exact(back), text) << seed;
+        cat::ExactText const reading_too;
+        ASSERT_EQ(written(read_back(text)), text) << seed;
+    }
+}
