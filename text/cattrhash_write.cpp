@@ -305,7 +305,8 @@ bool cEntryWriter::make_key(cObj const &key, cMade &made) {
 }
 
 bool cEntryWriter::make_value(cObj const &value, cMade &made) {
-    if (cat::find_const(&value)) return true; // by name, as often as it comes
+    if (cat::find_const(&value)) return true;    // by name, as often as it comes
+    if (tables_->open.has(&value)) return false; // what isn't closed yet can't be referred to
     std::string path;
     bool const written = state_.written_path(&value, path) && !tables_->forgotten.has(&value);
     if (written) return make_reference(value, path, made);
@@ -318,7 +319,7 @@ bool cEntryWriter::make_value(cObj const &value, cMade &made) {
 }
 
 bool cEntryWriter::make_reference(cObj const &value, std::string const &path, cMade &made) {
-    if (tables_->open.has(&value) || tables_->unreachable.has(&value)) return false;
+    if (tables_->unreachable.has(&value)) return false;
     made = "#cRef(" + path + ')';
     return true;
 }

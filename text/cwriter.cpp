@@ -1,7 +1,7 @@
 // The writer's settings, the look at a layout, and the standard methods `write` of scalars.
 //
-// Numbers are left to the stream they go to: its flags and its locale count. Only exact text looks
-// at what the stream makes of a number, and corrects it where that wouldn't read back.
+// Numbers are left to the stream they go to where it has flags or a locale of its own. Exact text
+// looks at what the stream makes of a number, and corrects it where that wouldn't read back.
 
 #include "qrv/text/cwriter.h"
 
@@ -11,7 +11,10 @@
 #include "text/cwriter_exact.h"
 #include "text/cwriter_stream.h"
 
+#include <concepts>
 #include <ios>
+#include <locale>
+#include <type_traits>
 
 namespace cat {
 constinit int write_indent = 4;
@@ -52,14 +55,25 @@ class cKeepFlags {
 
 void put(std::ostream &os, int value) { os << value; }
 
-void put(std::ostream &os, double value) {
-    cKeepFlags const keep(os);
-    os << std::showpoint << value;
+// A stream that was left as it is made. Its text is formed here: some C libraries, which streams
+// ask, drop the zeros where rounding carries ("1.e+06" for 999999.5), and files must not differ.
+bool is_fresh(std::ostream const &os) {
+    constexpr auto fixed =
+        std::ios_base::floatfield | std::ios_base::showpos | std::ios_base::uppercase;
+    return !(os.flags() & fixed) && os.precision() == 6 && os.width() == 0 &&
+           os.getloc() == std::locale::classic();
 }
 
-void put(std::ostream &os, float value) {
+template <std::floating_point T> void put(std::ostream &os, T value) {
+    if (is_fresh(os)) {
+        std::string text;
+        append_number(text, value);
+        os << text;
+        return;
+    }
     cKeepFlags const keep(os);
-    os << std::showpoint << value << 'f';
+    os << std::showpoint << value;
+    if (std::is_same_v<T, float>) os << 'f';
 }
 
 template <class T> bool put_exact(std::ostream &os, T value) {

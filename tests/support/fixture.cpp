@@ -73,6 +73,8 @@ QrvTest::QrvTest()
 QrvTest::~QrvTest() {
     check_idle();
     put_back();
+    globals_.clear(); // they hold the former keys of what was put back
+    constants_.clear();
     std::uint32_t const now = cObjBase::ob_count();
     EXPECT_EQ(now, census_) << "counted objects: the test left some behind, or took some away";
 }
@@ -89,7 +91,7 @@ void QrvTest::put_back(cMapObj &map, cEntries const &before) {
     cAttrHash &hash = map.datamap();
     if (entries_of(map) == before) return;
     for (auto const &[key, value] : entries_of(map)) hash.delitem(key);
-    for (auto const &[key, value] : before) hash.mapitem(key, value);
+    for (auto const &[key, value] : before) hash.insert(key, value, nullptr); // bad and badfind too
 }
 
 void QrvTest::check_idle() {

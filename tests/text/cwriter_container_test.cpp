@@ -36,6 +36,8 @@ objref two_ints(char const *layout = nullptr) {
     return map;
 }
 
+std::string quoted(char const *text) { return cat::as_text(cat::of(text)); }
+
 } // namespace
 
 // --- layouts ---
@@ -176,6 +178,14 @@ TEST_F(WriterLayout, an_entry_on_its_own) {
 }
 
 // --- keys, skipped entries ---
+
+TEST_F(WriterEdge, strings_are_quoted_where_they_need_it) {
+    EXPECT_EQ(quoted(""), "\"\"");
+    EXPECT_EQ(quoted("a b"), "\"a b\"");
+    EXPECT_EQ(quoted("a\"b"), "\"a\\\"b\"");
+    EXPECT_EQ(quoted("it's"), "\"it\\'s\"");
+    EXPECT_EQ(quoted("C:\\x"), "\"C:\\\\x\"");
+}
 
 TEST_F(WriterEdge, keys_are_quoted_and_ints_are_numbers) {
     objref const map = new_map("sc");
