@@ -2,6 +2,7 @@
 // looks again in its destructor, when those members are gone.
 #include "tests/support/fixture.h"
 
+#include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
@@ -19,6 +20,7 @@ namespace {
 bool listening() {
     static bool const done = [] {
         core_bootstrap();
+        cAttspec::nilspec(); // made on first need
         sig_idle();
         return true;
     }();
