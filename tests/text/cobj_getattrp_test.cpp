@@ -1,5 +1,6 @@
 // Reading by a path.
 
+#include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
@@ -66,15 +67,17 @@ TEST_F(GetPathEdge, a_missing_level_is_not_found_without_a_message) {
 }
 
 TEST_F(GetPathEdge, the_last_key_goes_through_getattr_and_so_honours_specifications) {
-    objref typed;
-    ASSERT_EQ(cObj::readobj("{ GetPathT = attlist( n = attspec(default = 42); ); x = GetPathT( ) }",
-                            typed),
-              0);
+    objref const holder = make<cMapObj>();
+    auto &map = dynamic_cast<cMapObj &>(*holder);
+    map.set_attspec("n", specref::adopt(new cAttspec(make<cObjD<int>>(42), 0)));
+    tree_->setattr(own_key("typed"), holder);
+    EXPECT_EQ(at("typed/n"), "42");
+    map.datamap().mapitem("n", objref());
+    EXPECT_EQ(map.datamap().getitem("n"), cat::badfind());
+    EXPECT_EQ(at("typed/n"), "42");
+    EXPECT_EQ(tree_->getattrp("typed/n").get(), map.getattr(own_key("n")).get());
+    EXPECT_EQ(map.getattrp("n").get(), map.getattr(own_key("n")).get());
     EXPECT_EQ(messages(), "");
-    objref const n = typed->getattrp("x/n");
-    ASSERT_FALSE(cObj::is_bad(n));
-    EXPECT_EQ(dynamic_cast<cObjD<int> &>(*n).val(), 42);
-    EXPECT_EQ(n.get(), typed->getattrp("x")->getattrp("n").get());
 }
 
 TEST_F(GetPath, a_final_slash_is_a_bad_entry_without_text) {
