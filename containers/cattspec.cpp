@@ -29,7 +29,9 @@ cAttspec::cAttspec(objref const &default_value, int flags)
     create();
 }
 
-cAttspec::cAttspec(cNilTag) : cObj(&cat::type_attspec()) {}
+cAttspec::cAttspec(cNilTag) : cObj(&cat::type_attspec()) {
+    obid(0); // made by the library, not by a program: off the census
+}
 
 cAttspec::~cAttspec() = default;
 
