@@ -148,7 +148,7 @@ TEST_F(Repository, names_that_collide_are_told_apart) {
     std::vector<cRepositoryEntry *> entries;
     for (auto const &name : colliding) {
         unsigned hash = 0;
-        for (unsigned char const c : name) hash = (hash * 31) ^ c;
+        for (char const c : name) hash = (hash * 31) ^ static_cast<unsigned char>(c);
         EXPECT_EQ(hash, 1874876u) << name;
         entries.push_back(add(name));
     }
@@ -217,7 +217,8 @@ TEST_F(Repository, a_copied_list_has_entries_of_its_own) {
     add("c");
     EXPECT_EQ(names(&copy), "b;a;");
     copy = *list;
-    copy = copy;
+    cRepositoryList const &same = copy;
+    copy = same;
     EXPECT_EQ(names(&copy), "b;a;c;");
     EXPECT_EQ(copy.broken_rule(true), "");
 }
