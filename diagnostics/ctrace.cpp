@@ -58,6 +58,7 @@ std::shared_ptr<std::ostream> open_target(std::string const &name) {
     return os;
 }
 
+// No name is "cerr": behind no colon, behind the colon, between commas.
 std::string stream_name(std::string_view name) { return std::string(name.empty() ? "cerr" : name); }
 
 // The rule of that name, a new one at the list's end if there is none.
@@ -86,7 +87,6 @@ void set_rules(std::string_view token) {
     auto const colon = token.find(':');
     std::string_view names = token.substr(0, colon);
     std::string_view stream_list = colon == npos ? "" : token.substr(colon + 1);
-    if (stream_list.empty()) stream_list = "cerr";
     while (!names.empty()) {
         bool const enabled = names.front() != '-';
         if (signs.find(names.front()) != npos) names.remove_prefix(1);

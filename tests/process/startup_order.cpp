@@ -53,7 +53,8 @@ void check_first() {
     CHECK(debugout.isconnected());
 }
 
-// Each name stands in the file behind the one before it, once the order has begun.
+// Each object, or the place kept for it, stands in the file behind the one before it, once the
+// order has begun.
 void check_text_order() {
     std::ifstream file(test::source_file("core/startup.cpp"));
     std::ostringstream all;
