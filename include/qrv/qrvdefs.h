@@ -1,28 +1,30 @@
 #pragma once
 // Forward declarations of the classes that many headers name, and the handles to them.
+// They carry the export mark: a template of theirs that is made in a file which sees no more than
+// this declaration is exported only then.
 // One thread at a time: no part of the library may be used by two threads at once.
 
 #include "qrv/ccomp.h"
 
-class cShared;
-class cObjBase;
-class cObj;
-class cTypeObj;
-class cExeObj;
-class cExeFunction;
-class cAttrNode;
-class cAttrHash;
-class cMapObj;
-class cVectorObj;
-class cSetObj;
-class cIterObj;
-class cAttr;
-class cAttspec;
-class cSSBase;
-class cConnection;
-class cErr;
-class cErrStream;
-class cErrHandler;
+class QRV_API cShared;
+class QRV_API cObjBase;
+class QRV_API cObj;
+class QRV_API cTypeObj;
+class QRV_API cExeObj;
+class QRV_API cExeFunction;
+class QRV_API cAttrNode;
+class QRV_API cAttrHash;
+class QRV_API cMapObj;
+class QRV_API cVectorObj;
+class QRV_API cSetObj;
+class QRV_API cIterObj;
+class QRV_API cAttr;
+class QRV_API cAttspec;
+class QRV_API cSSBase;
+class QRV_API cConnection;
+class QRV_API cErr;
+class QRV_API cErrStream;
+class QRV_API cErrHandler;
 
 template <class T> class cRefTraits;
 template <class T, class Traits = cRefTraits<T>> class cRef;

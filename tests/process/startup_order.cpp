@@ -63,8 +63,8 @@ void check_text_order() {
     CHECK(text.find("#include <iostream>") < text.find("#include \""));
     std::size_t at = text.find("the order starts here");
     CHECK(at != std::string::npos);
-    for (char const *name : {"shared pointers",
-                             "repository lists",
+    for (char const *name : {" shared_table_start",
+                             " repositories_start",
                              " sig_idle",
                              " sig_init",
                              " sig_exit",
