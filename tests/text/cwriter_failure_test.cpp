@@ -168,7 +168,7 @@ TEST_F(WriterFailure, a_method_that_changes_the_layout_of_its_container) {
 
 TEST_F(WriterFailure, what_is_too_deep_for_the_stack_fails_the_stream_and_is_told_once) {
     cat::write_indent = 0;
-    objref const chain = nest(cat::of(1), 200'000);
+    objref const chain = nest(cat::of(1), 50'000);
     cErrorLog errors;
     std::ostringstream os;
     chain->writeobj(os);

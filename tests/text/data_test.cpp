@@ -1,0 +1,123 @@
+// Files of text against files of what becomes of them:
+//   <case>.attr   read, with its comments
+//   <case>.out    what is written then, byte for byte
+//   <case>.err    the errors of reading, one a line: LINE:COLUMN CODE PATH TEXT; none without it
+// The output is read again without an error; it is the same tree and is written the same. That
+// isn't asked of cases whose name begins with "lossy": of these only the exact text comes back.
+// Every case is also written as exact text, which reads back as the same tree.
+#include "tests/support/fixture.h"
+#include "tests/support/paths.h"
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/cattrscan.h"
+#include "qrv/text/cexacttext.h"
+#include "qrv/text/creadreport.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <locale>
+#include <set>
+#include <sstream>
+
+namespace {
+
+std::vector<std::string> cases() {
+    std::vector<std::string> names;
+    for (auto const &entry :
+         std::filesystem::directory_iterator(test::source_file("tests/text/data")))
+        if (entry.path().extension() == ".attr") names.push_back(entry.path().stem().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// Types that a text declares stay in the registry; here they go with the test.
+class cNewTypes {
+  public:
+    cNewTypes() : before_(names()) {}
+    cNewTypes(cNewTypes const &) = delete;
+    cNewTypes &operator=(cNewTypes const &) = delete;
+    ~cNewTypes() {
+        for (std::string const &name : names())
+            if (!before_.contains(name)) cat::typemap().datamap().delitem(name);
+    }
+
+  private:
+    static std::set<std::string> names() {
+        std::set<std::string> all;
+        cAttrHash const &types = cat::typemap().datamap();
+        for (cAttrNode const *node = types.first(); node; node = types.next(node))
+            all.insert(node->key_as_string());
+        return all;
+    }
+    std::set<std::string> before_;
+};
+
+class Data : public QrvTest, public ::testing::WithParamInterface<std::string> {
+  protected:
+    // The bytes of <case>.<extension>; empty if there is no such file.
+    static std::string file(char const *extension) {
+        std::ifstream is(test::source_file("tests/text/data/" + GetParam() + '.' + extension),
+                         std::ios::binary);
+        return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
+    }
+
+    static std::string line_of(cat::ReadError const &error) {
+        char place[64];
+        std::snprintf(place, sizeof place, "%u:%u 0x%08X ", error.line, error.column, error.code);
+        return place + (error.path.empty() ? "/" : error.path) + ' ' + error.text + '\n';
+    }
+
+    static objref read(std::string const &text, std::string &errors) {
+        cat::ReadReport const report;
+        std::istringstream is(text);
+        objref value;
+        cAttrScan scan(is, false);
+        scan.return_com(true, nullptr);
+        scan.scan_obj(value, nullptr);
+        for (cat::ReadError const &error : report.entries()) errors += line_of(error);
+        return value;
+    }
+
+    static std::string write(objref const &value) {
+        std::ostringstream os;
+        os.imbue(std::locale::classic());
+        EXPECT_TRUE(value->writeobj(os));
+        return os.str();
+    }
+
+    // Text of a value, read again.
+    static void comes_back(objref const &value, std::string const &text) {
+        cNewTypes const types;
+        std::string errors;
+        objref const again = read(text, errors);
+        EXPECT_EQ(errors, "") << text;
+        ASSERT_TRUE(again);
+        EXPECT_TRUE(again->equal(value)) << text;
+        EXPECT_EQ(write(again), text);
+    }
+};
+
+} // namespace
+
+TEST_P(Data, is_written_as_its_file_says) {
+    std::string errors, plain, exact;
+    objref value;
+    cNewTypes const types;
+    value = read(file("attr"), errors);
+    EXPECT_EQ(errors, file("err"));
+    ASSERT_TRUE(value);
+    plain = write(value);
+    EXPECT_EQ(plain, file("out"));
+    if (GetParam().rfind("lossy", 0) != 0) comes_back(value, plain);
+    cat::ExactText const guard;
+    exact = write(value);
+    EXPECT_EQ(guard.failed(), 0u);
+    comes_back(value, exact);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, Data, ::testing::ValuesIn(cases()),
+                         [](auto const &one) { return one.param; });
