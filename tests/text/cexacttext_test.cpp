@@ -1,4 +1,6 @@
 // Exact text: each thing that it changes, each that it can't write, and round trips.
+#include "tests/text/hostile_locale.h"
+#include "tests/text/random_tree.h"
 #include "tests/text/write_support.h"
 
 #include "qrv/text/cexacttext.h"
@@ -57,18 +59,6 @@ objref vector_with(objref const &a, objref const &b = nullptr, char const *layou
     append(vector, a);
     if (b) append(vector, b);
     return vector;
-}
-
-double random_double(std::mt19937_64 &random) {
-    std::uint64_t const bits = random();
-    double value = 0;
-    std::memcpy(&value, &bits, sizeof value);
-    return std::isfinite(value) ? value : 0.5;
-}
-
-float random_float(std::mt19937_64 &random) {
-    auto const value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
-    return std::isfinite(value) ? value : 0.5f;
 }
 
 template <class T> T number_in(objref const &ref) { return *value_of<T>(*ref); }
@@ -545,97 +535,6 @@ TEST_F(Exact, path_texts_come_in_both_forms_whatever_guard_lives) {
 
 // --- round trips ---
 
-namespace {
-
-class cRandomTree {
-  public:
-    explicit cRandomTree(std::uint64_t seed) : random_(seed) {}
-
-    objref tree(int depth) {
-        if (depth > 0 && below(3) != 0) return container(depth);
-        if (!made_.empty() && below(6) == 0) return made_[below(made_.size())];
-        objref const value = scalar();
-        if (below(8) == 0 && !cat::find_const(value.get())) value->set_comment(comment(), true);
-        made_.push_back(value);
-        return value;
-    }
-
-    objref container(int depth) {
-        auto const kind = below(3);
-        objref const made = kind == 0   ? new_map(layout())
-                            : kind == 1 ? new_vector(layout())
-                                        : new_set(layout());
-        if (below(6) == 0) made->set_comment(comment(), true);
-        for (auto n = below(6); n; --n) {
-            objref const value = tree(depth - 1);
-            if (kind == 0)
-                put(made, key(), value);
-            else
-                made->append(value);
-        }
-        made_.push_back(made);
-        return made;
-    }
-
-  private:
-    size_t below(size_t n) { return static_cast<size_t>(random_() % n); }
-
-    char const *layout() {
-        static constexpr char const *layouts[] = {nullptr, "sc", "wc", "sc", "wc", ""};
-        return layouts[below(6)];
-    }
-    std::string comment() {
-        static constexpr char const *comments[] = {" // a", " /* b */", "\n  // c\n  // d",
-                                                   "\t// \xE4", " /* two\n lines */ // e"};
-        return comments[below(5)];
-    }
-    std::string text() {
-        static constexpr char const *pieces[] = {
-            "a", "B_9", " ", "\n", "\\", "\"", "'",  "true", "/", "//", "/*",       "*/",
-            ")", "(",   "#", "\t", "\r", ";",  "<<", "9",    "-", ".",  "\xC3\xA4", "\x01"};
-        std::string result;
-        for (auto n = below(5); n; --n) result += pieces[below(std::size(pieces))];
-        return result;
-    }
-    objref key() {
-        switch (below(6)) {
-        case 0:
-            return cat::of(static_cast<int>(random_()));
-        case 1:
-            return cat::of(random_double(random_));
-        case 2:
-            return cat::of(random_float(random_));
-        default: {
-            std::string const name = text();
-            return cat::of(name.substr(0, 1) == "#" ? "x" + name : name);
-        }
-        }
-    }
-    objref scalar() {
-        switch (below(7)) {
-        case 0:
-            return cat::of(static_cast<int>(random_()));
-        case 1:
-            return cat::of(random_double(random_));
-        case 2:
-            return cat::of(random_float(random_));
-        case 3:
-            return cat::of(below(2) == 0);
-        case 4: {
-            objref const constants[] = {cat::nil(), cat::btrue(), cat::bfalse()};
-            return constants[below(3)];
-        }
-        default:
-            return cat::of(text());
-        }
-    }
-
-    std::mt19937_64 random_;
-    std::vector<objref> made_;
-};
-
-} // namespace
-
 TEST_F(ExactTrip, random_trees_come_back_equal_and_are_written_the_same_again) {
     for (std::uint64_t seed = 0; seed < 1000; ++seed) {
         objref const tree = cRandomTree(seed).container(4);
@@ -647,4 +546,26 @@ TEST_F(ExactTrip, random_trees_come_back_equal_and_are_written_the_same_again) {
         cat::ExactText const reading_too;
         ASSERT_EQ(written(read_back(text)), text) << seed;
     }
+}
+
+TEST_F(ExactTrip, no_global_locale_changes_a_byte) {
+    for (std::uint64_t seed = 0; seed < 100; ++seed) {
+        objref const tree = cRandomTree(seed).container(4);
+        std::string const text = exact(tree);
+        cHostileLocale const hostile;
+        ASSERT_EQ(exact(tree), text) << seed;
+        ASSERT_EQ(exact(read_back(text)), text) << seed;
+    }
+}
+
+TEST_F(ExactTrip, a_stream_of_the_hostile_locale_gets_text_that_reads_back) {
+    cHostileLocale const hostile;
+    cat::ExactText const guard;
+    std::ostringstream os;
+    cat::of(1234567)->writeobj(os);
+    os << ' ';
+    cat::of(1.5)->writeobj(os);
+    os << ' ';
+    cat::of(1234567.5f)->writeobj(os);
+    EXPECT_EQ(os.str(), "1234567 1.5 1234567.5f");
 }

@@ -1,9 +1,9 @@
 // The writer: errors in the middle, foreign code, the end of the stack, hostile locales.
+#include "tests/text/hostile_locale.h"
 #include "tests/text/write_support.h"
 
 #include "text/ctext_state.h"
 
-#include <clocale>
 #include <ios>
 #include <stdexcept>
 
@@ -195,34 +195,6 @@ TEST_F(WriterFailure, a_chain_of_other_values_ends_the_same_way) {
     EXPECT_FALSE(cat::as_text(foreign.of(1)).empty());
     EXPECT_EQ(errors.count(), 2u);
 }
-
-namespace {
-
-struct cHostilePunctuation : std::numpunct<char> {
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-    std::string do_truename() const override { return "wahr"; }
-};
-
-class cHostileLocale {
-  public:
-    cHostileLocale()
-        : before_(std::locale::global(std::locale(std::locale(), new cHostilePunctuation))) {
-        std::setlocale(LC_ALL, "de_DE.UTF-8"); // where there is one
-    }
-    cHostileLocale(cHostileLocale const &) = delete;
-    cHostileLocale &operator=(cHostileLocale const &) = delete;
-    ~cHostileLocale() {
-        std::locale::global(before_);
-        std::setlocale(LC_ALL, "C");
-    }
-
-  private:
-    std::locale before_;
-};
-
-} // namespace
 
 TEST_F(WriterFailure, no_global_locale_reaches_the_librarys_own_texts) {
     cHostileLocale const hostile;

@@ -11,6 +11,7 @@
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/text/cattrscan.h"
 #include "qrv/text/cwriter.h"
+#include "text/cscalar_text.h"
 
 #include <locale>
 #include <sstream>

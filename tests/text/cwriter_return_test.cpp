@@ -1,0 +1,165 @@
+// What comes back of plain text when it is read, and what doesn't. None of the latter is mended
+// here: that is how the format is, and exact text is for.
+#include "tests/text/random_tree.h"
+#include "tests/text/write_support.h"
+
+#include "qrv/text/creadreport.h"
+
+#include <limits>
+
+using namespace test;
+
+namespace {
+
+class ComesBack : public QrvTest {};
+class DoesNotComeBack : public QrvTest {};
+
+objref back(objref const &tree) { return read_back(written(tree)); }
+
+objref value_at(objref const &container, std::string const &key) {
+    return map_of(container).datamap().getitem(key);
+}
+
+// Reads with errors; their number.
+size_t errors_of(std::string const &text, objref &value) {
+    cat::ReadReport const report;
+    std::istringstream is(text);
+    cAttrScan scan(is, false);
+    scan.scan_obj(value, nullptr);
+    return report.count();
+}
+
+} // namespace
+
+TEST_F(ComesBack, ints_strings_keys_nesting_and_order) {
+    objref const map = new_map(), inner = new_map("sc");
+    put(inner, "z", cat::of(std::numeric_limits<int>::min()));
+    put(inner, "a", cat::of(std::numeric_limits<int>::max()));
+    put(map, "it's a \"key\" \\", cat::of("it's a \"text\" \\ // /* \t"));
+    put(map, cat::of(-3), inner);
+    put(map, "", cat::of(""));
+    EXPECT_TRUE(back(map)->equal(map));
+    EXPECT_EQ(written(back(map)), written(map));
+}
+
+TEST_F(ComesBack, sharing_inside_one_outermost_container) {
+    objref const map = new_map(), shared = new_vector();
+    append(shared, cat::of(1));
+    put(map, "a", shared);
+    put(map, "b", shared);
+    objref const read = back(map);
+    EXPECT_EQ(value_at(read, "a"), value_at(read, "b"));
+    map_of(value_at(read, "a")).datamap().vect_append(cat::of(2));
+    EXPECT_EQ(map_of(value_at(read, "b")).size(), 2);
+}
+
+TEST_F(ComesBack, comments_byte_for_byte) {
+    objref const map = new_map(), number = cat::of(1), line = new_vector(), lines = new_map();
+    number->set_comment("  \t// behind a scalar \xE4 ", true);
+    line->set_comment(" /* behind\n  one line */ // and more", true);
+    lines->set_comment("\n  // at the opening bracket", true);
+    put(map, "n", number);
+    put(map, "l", line);
+    put(map, "m", lines);
+    objref const read = back(map);
+    for (char const *key : {"n", "l", "m"}) {
+        std::string before, after;
+        EXPECT_TRUE(value_at(map, key)->get_comment(before));
+        EXPECT_TRUE(value_at(read, key)->get_comment(after));
+        EXPECT_EQ(after, before);
+    }
+    EXPECT_EQ(written(read), written(map));
+}
+
+TEST_F(ComesBack, the_choice_between_one_line_and_many) {
+    for (auto const make_one : {new_map, new_vector, new_set})
+        for (char const *layout : {"sc", "wc"}) {
+            objref const one = make_one(layout), outer = new_map();
+            one->append(cat::of(1));
+            put(outer, "in", one);
+            EXPECT_EQ(*cat::wformat(*value_at(back(outer), "in")), *layout);
+            EXPECT_EQ(written(back(outer)), written(outer));
+        }
+}
+
+TEST_F(ComesBack, random_trees_equal_and_from_the_second_writing_on_the_same) {
+    for (std::uint64_t seed = 0; seed < 500; ++seed) {
+        objref const tree = cRandomTree(seed, true).container(4);
+        std::string const text = written(tree);
+        objref const read = read_back(text);
+        ASSERT_TRUE(read) << seed << "\n" << text;
+        ASSERT_TRUE(read->equal(tree)) << seed << "\n" << text;
+        std::string const second = written(read);
+        ASSERT_EQ(written(read_back(second)), second) << seed;
+    }
+}
+
+TEST_F(DoesNotComeBack, strings_true_and_false_are_bools_then) {
+    objref const vector = new_vector();
+    append(vector, cat::of("true"));
+    append(vector, cat::of("false"));
+    EXPECT_EQ(written(vector), "[true, false, ]");
+    objref const read = back(vector);
+    for (int i : {0, 1})
+        EXPECT_EQ(&map_of(read).datamap().findpos(static_cast<unsigned>(i))->value().type(),
+                  &cat::type_bool());
+}
+
+TEST_F(DoesNotComeBack, a_key_true_is_no_key_then) {
+    objref const map = new_map("sc");
+    put(map, "true", cat::of(1));
+    objref value;
+    EXPECT_GT(errors_of(written(map), value), 0u);
+}
+
+TEST_F(DoesNotComeBack, a_string_with_a_line_feed_derails_the_reading) {
+    objref const map = new_map();
+    put(map, "text", cat::of("first\nsecond"));
+    EXPECT_EQ(written(map), "{\n  text= \"first\nsecond\";\n}");
+    objref value;
+    EXPECT_GT(errors_of(written(map), value), 0u);
+}
+
+TEST_F(DoesNotComeBack, digits_beyond_the_sixth_infinity_and_nan) {
+    EXPECT_EQ(*value_of<double>(*back(cat::of(0.123456789))), 0.123457);
+    EXPECT_EQ(*value_of<float>(*back(cat::of(0.123456789f))), 0.123457f);
+    EXPECT_EQ(written(cat::of(std::numeric_limits<double>::infinity())), "inf");
+    EXPECT_EQ(&back(cat::of(std::numeric_limits<double>::infinity()))->type(), &cat::type_string());
+    EXPECT_EQ(written(cat::of(std::numeric_limits<float>::quiet_NaN())), "nanf");
+}
+
+TEST_F(DoesNotComeBack, a_number_with_a_sign_and_nothing_behind_its_point) {
+    objref const vector = new_vector();
+    append(vector, cat::of(-123456.0));
+    EXPECT_EQ(written(vector), "[-123456., ]");
+    objref value;
+    EXPECT_GT(errors_of(written(vector), value), 0u);
+}
+
+TEST_F(DoesNotComeBack, a_one_line_set_in_a_one_line_set) {
+    objref const set = new_set(), inner = new_set();
+    inner->append(cat::of(1));
+    set->append(inner);
+    EXPECT_EQ(written(set), "<<1, >, >");
+    objref value;
+    EXPECT_GT(errors_of(written(set), value), 0u);
+}
+
+TEST_F(DoesNotComeBack, data_without_text_is_nothing_then) {
+    objref const thing = objref::adopt(new cObj);
+    objref value;
+    EXPECT_GT(errors_of("{ a= " + written(thing) + "; }", value), 0u);
+}
+
+TEST_F(DoesNotComeBack, what_is_skipped_is_gone) {
+    objref const map = new_map();
+    put(map, "#hidden", cat::of(1));
+    put(map, "thing", objref::adopt(new cObj));
+    EXPECT_EQ(map_of(back(map)).size(), 0);
+}
+
+TEST_F(DoesNotComeBack, comments_in_one_line_and_behind_a_closing_bracket) {
+    EXPECT_EQ(written(read_back("{a= 1 /* in one line */; }")), "{a= 1; }");
+    EXPECT_EQ(written(read_back("{\n  m= {\n  }; // behind\n}")), "{\n  m= {\n  }; \n}");
+    EXPECT_EQ(written(read_back("// signature\n{}")), "{}");
+}
