@@ -178,7 +178,11 @@ cAttrNode *cAttrHash::force_node(objref const &key) {
         cSearch const search = search_for(key);
         cFound const found = probe(search);
         if (found.stale) continue;
-        if (found.node) return found.node;
+        if (found.node && !made) return found.node;
+        if (found.node) {
+            made.reset(); // RE-ENTERS: the clone's own code was faster, its clone isn't needed
+            continue;
+        }
         std::uint32_t const before = changes_;
         if (!made) made.reset(new cAttrNode(key)); // RUNS FOREIGN CODE: clones the key
         if (changes_ != before) continue;

@@ -64,7 +64,7 @@ cLetters complete(cObj const &target, char const *commands) {
         std::string const text = is_text ? cat::as_string(own) : std::string();
         for (size_t i = 0; i < letters.size() && i < text.size(); ++i) letters[i] = text[i];
     }
-    for (size_t i = 0; i < given.size(); ++i)
+    for (size_t i = 0; i < letters.size() && i < given.size(); ++i)
         if (given[i] != '?') letters[i] = given[i];
     return letters;
 }
