@@ -1,3 +1,6 @@
+// The index of values: three tables from plain values to the first node that holds them, filled
+// with what was appended since the last lookup, thrown away when nodes left or moved.
+
 #include "containers/value_index.h"
 
 #include "containers/seeded_hash.h"
