@@ -86,7 +86,10 @@ void cAttspec::set_type(cTypeObj *type) {
 }
 
 specref const &cAttspec::nilspec() {
-    if (!the_nilspec) the_nilspec = new specref(specref::adopt(new cAttspec(cNilTag{})));
+    if (!the_nilspec) {
+        the_nilspec = new specref(specref::adopt(new cAttspec(cNilTag{})));
+        (*the_nilspec)->obid(0); // the census counts what programs make
+    }
     return *the_nilspec;
 }
 

@@ -6,6 +6,8 @@
 // known to the whole call.
 
 #include "containers/ccompare.h"
+#include "containers/cringwalk.h"
+#include "qrv/containers/cattspec.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/ctypes.h"
@@ -29,6 +31,26 @@ objref new_container(objref const &value) {
     if (cObj::is_vector(value)) return make<cVectorObj>();
     if (cObj::is_set(value)) return make<cSetObj>();
     return nullptr;
+}
+
+bool has_library_methods(cTypeObj const &type) {
+    return type.method(mid_assign) == reinterpret_cast<cVoidFunction>(&cTomMap::m_assign) &&
+           type.method(mid_setattr) == reinterpret_cast<cVoidFunction>(&cTomMap::setattr) &&
+           type.method(mid_getattr) == reinterpret_cast<cVoidFunction>(&cTomMap::getattr);
+}
+
+// A plain map into a fresh one. The same as assign, which would walk all that stands below each
+// value to see that the fresh map isn't there.
+bool fill_plainly(cObj const &source, cMapObj &fresh) {
+    bool const plain = cObj::is_map(&source) && has_library_methods(source.type()) &&
+                       !source.flags_of(int{asf_all} | int{of_exe_member}) && fresh.flags() == 0 &&
+                       !fresh.entrytype() && fresh.datamap().empty();
+    cMapObj const *const map = plain ? dynamic_cast<cMapObj const *>(&source) : nullptr;
+    if (!map) return false;
+    hashref const to = fresh.hash_ref();
+    hashref const from = map->hash_ref();
+    for (cRingWalk walk(*from); walk.valid(); walk.step()) to->mapitem(walk.key(), walk.valref());
+    return true;
 }
 
 // One deep detach with all that it recurses into.
@@ -93,9 +115,10 @@ bool cDeepDetach::copy(objref const &value, objref &new_copy) {
         new_copy = place->second.copy;
         return true;
     }
-    new_copy->assign(value);
     cMapObj *const map = cat::as_map(new_copy);
-    return map && detach_all(*map, this);
+    if (!map) return false;
+    if (!fill_plainly(*value, *map)) map->assign(value);
+    return detach_all(*map, this);
 }
 
 } // namespace

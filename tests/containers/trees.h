@@ -20,8 +20,8 @@ inline objref of(objref const &obj) { return obj; }
 struct cItem {
     objref key;
     objref value;
-    template <class K, class V>
-    cItem(K const &k, V const &v) : key(trees::of(k)), value(trees::of(v)) {}
+    template <class K, class V> cItem(K const &k, V const &v)
+        : key(trees::of(k)), value(trees::of(v)) {}
 };
 
 struct cValue {
