@@ -47,6 +47,8 @@ class cMergeBudget {
 // false beyond the limit, silently, and for a value that is the holder or owns it, after
 // left_out().
 bool merge_allows(cObj &holder, objref const &key, objref const &value);
+// One step that stores nothing by itself. True without a budget, false beyond the limit.
+bool merge_charge() noexcept;
 // True when a budget is installed and used up.
 bool merge_exhausted() noexcept;
 // Does value hold `other` anywhere below? As is_owner_of; null and void values don't. Charges.

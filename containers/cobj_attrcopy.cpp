@@ -225,6 +225,7 @@ bool cAttrCopy::merge(objref const &key) {
     bool const into_map = cObj::is_map(present);
     if (!into_map && !is_sequence(present)) return assign(present, value);
     if (into_map || is_sequence(value)) {
+        if (!cat::merge_charge()) return false;
         cHandDown const down(copied_);
         return value && present->attrcopy(*value, "-xx");
     }
@@ -241,7 +242,7 @@ bool assigns_by_attrcopy(cObj const &obj) {
 }
 
 bool cAttrCopy::assign(cObj *target, objref const &source) {
-    if (cObj::is_void(target)) return false;
+    if (cObj::is_void(target) || !cat::merge_charge()) return false;
     objref const held = objref::share(target);
     if (cObj::is_void(source) || !assigns_by_attrcopy(*held)) return held->assign(source);
     cHandDown const down(copied_);
