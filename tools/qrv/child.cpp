@@ -1,0 +1,110 @@
+#include "child.h"
+
+#include "commands.h"
+#include "output.h"
+#include "qrv/platform/cplatform.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// A reply on the pipe: the status, then each text behind its length.
+std::string packed(cReply const &reply) {
+    std::string bytes(1, static_cast<char>(reply.status));
+    for (std::string const *text : {&reply.text, &reply.messages, &reply.extra}) {
+        std::uint64_t const size = text->size();
+        bytes.append(reinterpret_cast<char const *>(&size), sizeof size);
+        bytes += *text;
+    }
+    return bytes;
+}
+
+bool unpack_text(std::string const &bytes, size_t &at, std::string &text) {
+    std::uint64_t size = 0;
+    if (bytes.size() - at < sizeof size) return false;
+    std::memcpy(&size, bytes.data() + at, sizeof size);
+    at += sizeof size;
+    if (bytes.size() - at < size) return false;
+    text.assign(bytes, at, size);
+    at += size;
+    return true;
+}
+
+bool unpack(std::string const &bytes, cReply &reply) {
+    size_t at = 1;
+    if (bytes.empty() || !unpack_text(bytes, at, reply.text) ||
+        !unpack_text(bytes, at, reply.messages) || !unpack_text(bytes, at, reply.extra))
+        return false;
+    reply.status = bytes[0];
+    return at == bytes.size();
+}
+
+std::string read_all(int descriptor) {
+    std::string bytes;
+    char buffer[65536];
+    for (;;) {
+        ssize_t const count = ::read(descriptor, buffer, sizeof buffer);
+        if (count > 0)
+            bytes.append(buffer, static_cast<size_t>(count));
+        else if (count == 0 || errno != EINTR)
+            return bytes;
+    }
+}
+
+[[noreturn]] void be_child(int descriptor, std::function<void(cReply &)> const &work) {
+    cReply reply;
+    try {
+        work(reply);
+    } catch (std::exception const &error) {
+        reply = cReply();
+        reply.messages = std::string("qrv: error: ") + error.what() + "\n";
+    } catch (...) {
+        reply = cReply();
+        reply.messages = "qrv: error: an unknown exception ended the work\n";
+    }
+    bool const sent = cat::write_all(descriptor, packed(reply));
+    ::_exit(sent ? 0 : exit_failed); // the parent's statics are not this process's to end
+}
+
+std::string cause_of_death(int status) {
+    if (WIFSIGNALED(status)) return std::string("signal ") + ::strsignal(WTERMSIG(status));
+    return "exit status " + std::to_string(WEXITSTATUS(status));
+}
+
+cReply failed(std::string const &text) {
+    cReply reply;
+    reply.messages = "qrv: error: " + text + "\n";
+    return reply;
+}
+
+} // namespace
+
+cReply in_child(std::function<void(cReply &)> const &work) {
+    int ends[2];
+    if (::pipe(ends) != 0) return failed(reason("cannot make a pipe", errno));
+    pid_t const child = ::fork();
+    if (child < 0) {
+        int const error = errno;
+        ::close(ends[0]);
+        ::close(ends[1]);
+        return failed(reason("cannot start a process", error));
+    }
+    if (child == 0) {
+        ::close(ends[0]);
+        be_child(ends[1], work);
+    }
+    ::close(ends[1]);
+    std::string const bytes = read_all(ends[0]);
+    ::close(ends[0]);
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    cReply reply;
+    if (unpack(bytes, reply)) return reply;
+    return failed("the work on this file ended too early: " + cause_of_death(status));
+}

@@ -1,0 +1,16 @@
+#pragma once
+// Work in a child process. A file may declare types, and types live as long as a process: so each
+// reading of a file has a process of its own. What the work finds comes back as a reply.
+
+#include <functional>
+#include <string>
+
+struct cReply {
+    int status = 2;       // an exit_code
+    std::string text;     // what was asked for
+    std::string messages; // lines for descriptor 2
+    std::string extra;    // a second text, where the work has one
+};
+
+// Runs the work and gives its reply; a work that dies is told in `messages`, with status 2.
+cReply in_child(std::function<void(cReply &)> const &work);

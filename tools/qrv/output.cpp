@@ -1,0 +1,21 @@
+#include "output.h"
+
+#include "qrv/platform/cplatform.h"
+
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+
+bool put_result(std::string_view bytes) {
+    if (cat::write_all(STDOUT_FILENO, bytes)) return true;
+    if (errno != EPIPE) put_message("qrv: " + reason("cannot write the output", errno));
+    return false;
+}
+
+void put_message(std::string const &line) { cat::write_all(STDERR_FILENO, line + "\n"); }
+
+std::string reason(char const *what, int error) {
+    return std::string(what) + ": " + std::strerror(error);
+}
+
+void put_lines(std::string_view lines) { cat::write_all(STDERR_FILENO, lines); }

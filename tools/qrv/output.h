@@ -1,0 +1,14 @@
+#pragma once
+// The two ways out: results on descriptor 1, messages on descriptor 2. A write that fails is told
+// once and remembered.
+
+#include <string>
+#include <string_view>
+
+// False when the system refused, told by a message but for a reader that has gone.
+bool put_result(std::string_view bytes);
+void put_message(std::string const &line); // a line feed is added
+void put_lines(std::string_view lines);    // as they are
+
+// "cannot ...: No space left on device" for errno.
+std::string reason(char const *what, int error);
