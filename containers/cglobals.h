@@ -1,7 +1,7 @@
 #pragma once
 // What the bootstrap puts into the map of global members and the map of constants.
 
-class cAttrHash;
+#include "qrv/qrvdefs.h"
 
 namespace cat {
 void fill_gmmap(cAttrHash &members);

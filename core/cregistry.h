@@ -6,8 +6,6 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cerr.h"
 
-template <class T> class cSignal1;
-
 // name in the registry, name of the accessor, written name
 #define QRV_CORE_TYPES(X)                                                                          \
     X(string, type_string, "string")                                                               \

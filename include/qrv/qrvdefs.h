@@ -22,12 +22,16 @@ class QRV_API cAttr;
 class QRV_API cAttspec;
 class QRV_API cSSBase;
 class QRV_API cConnection;
+class QRV_API cSignal;
+class QRV_API cSigInfo;
 class QRV_API cErr;
 class QRV_API cErrStream;
 class QRV_API cErrHandler;
 
-template <class T> class cRefTraits;
-template <class T, class Traits = cRefTraits<T>> class cRef;
+template <class T> class QRV_API cSignal1;
+
+template <class T> class QRV_API cRefTraits;
+template <class T, class Traits = cRefTraits<T>> class QRV_API cRef;
 
 using objref = cRef<cObj, cRefTraits<cObj>>;
 using typeref = cRef<cTypeObj, cRefTraits<cTypeObj>>;

@@ -32,8 +32,6 @@ enum method_id : int {
     mid_count
 };
 
-class cSignal;
-
 class QRV_API cObj : public cObjBase {
   public:
     // With true the type is "niltype", with false null until set_type: needed before types exist.

@@ -9,8 +9,6 @@
 
 #include <iosfwd>
 
-class cSigInfo;
-
 QRV_API cTypeObj &cTypeOf(std::string *);
 QRV_API cTypeObj &cTypeOf(bool *);
 QRV_API cTypeObj &cTypeOf(int *);
