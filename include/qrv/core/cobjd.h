@@ -16,7 +16,6 @@ QRV_API cTypeObj &cTypeOf(float *);
 QRV_API cTypeObj &cTypeOf(double *);
 QRV_API cTypeObj &cTypeOf(std::istream *); // "niltype": holders of streams for read and write
 QRV_API cTypeObj &cTypeOf(std::ostream *);
-QRV_API cTypeObj &cTypeOf(cSigInfo *);
 
 template <class T> class QRV_API cObjDR : public cObj {
   public:

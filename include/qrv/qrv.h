@@ -1,0 +1,36 @@
+#pragma once
+// The whole library. One thread at a time: no part of it may be used by two threads at once.
+//
+// Loading the library leads std::cout and std::cerr into one buffer; nothing of what is printed is
+// seen before a program makes a cConsoleDisplay (qrv/diagnostics/cconsole.h) and fires sig_idle().
+
+#include "qrv/containers/cattr.h"
+#include "qrv/containers/cattrhash.h"
+#include "qrv/containers/cattspec.h"
+#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/containers/cobjmodifier.h"
+#include "qrv/containers/csetobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cmodifier.h"
+#include "qrv/core/cobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/cref.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/cvers.h"
+#include "qrv/diagnostics/cconsole.h"
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/diagnostics/cerr.h"
+#include "qrv/diagnostics/ctrace.h"
+#include "qrv/modules/crepository.h"
+#include "qrv/platform/cplatform.h"
+#include "qrv/platform/cstack.h"
+#include "qrv/signals/csignal.h"
+#include "qrv/text/cattrscan.h"
+#include "qrv/text/cattrscanner.h"
+#include "qrv/text/cexacttext.h"
+#include "qrv/text/cfile.h"
+#include "qrv/text/creadreport.h"
+#include "qrv/text/cwriter.h"
