@@ -44,7 +44,7 @@ void after_the_end(void *) {
         os << "lost" << std::flush;
         cErrStream error(0x40000000);
         error << "composed";
-        say("[" + error.as_string() + "]");
+        say(error.as_string());
         cErrHandler const handler;
         handler(error);
     }
@@ -88,7 +88,7 @@ int main(int argc, char **argv) {
     CHECK_TEXT(throwing.output, text);
     cResult const living_on = run_self("live on");
     CHECK(living_on.status == 0);
-    CHECK_TEXT(living_on.output, text + "[after the end][composed][no buffer]");
+    CHECK_TEXT(living_on.output, text + "[after the end]composed[no buffer]");
     CHECK(::unlink(trace_file.c_str()) == 0);
     return failures != 0;
 }
