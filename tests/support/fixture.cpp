@@ -10,6 +10,7 @@
 #include "qrv/text/cwriter.h"
 #include "text/ctext_state.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
 
@@ -89,11 +90,17 @@ QrvTest::cEntries QrvTest::entries_of(cMapObj &map) {
     return entries;
 }
 
+// Only what differs is touched, so that a test inside a test sees no new keys.
 void QrvTest::put_back(cMapObj &map, cEntries const &before) {
     cAttrHash &hash = map.datamap();
-    if (entries_of(map) == before) return;
-    for (auto const &[key, value] : entries_of(map)) hash.delitem(key);
-    for (auto const &[key, value] : before) hash.insert(key, value, nullptr); // bad and badfind too
+    for (auto const &[key, value] : entries_of(map)) {
+        auto const same = [&key = key, &value = value](auto const &entry) {
+            return entry.first == key && entry.second == value;
+        };
+        if (std::none_of(before.begin(), before.end(), same)) hash.delitem(key);
+    }
+    for (auto const &[key, value] : before)
+        if (!hash.find(key)) hash.insert(key, value, nullptr); // bad and badfind too
 }
 
 void QrvTest::check_idle() {
