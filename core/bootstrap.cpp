@@ -132,6 +132,8 @@ void cBootstrap::make_maps() {
     core.constmap = new cMapObj;
     core.gmmap = new cMapObj;
     core.dbase = new cMapObj;
+    core.const_hash = &core.constmap->datamap();
+    core.global_hash = &core.gmmap->datamap();
     cAttrHash &dbase = core.dbase->datamap();
     dbase.mapitem("typemap", objref::share(core.typemap));
     dbase.mapitem("constmap", objref::share(core.constmap));
@@ -167,6 +169,7 @@ void cBootstrap::let_go() {
 }
 
 void cBootstrap::destroy_core() {
+    core.const_hash = core.global_hash = nullptr;
     destroy(core.dbase);
     destroy(core.typemap);
     destroy(core.constmap);

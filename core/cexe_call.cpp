@@ -3,7 +3,6 @@
 // itself from the map that owns it.
 
 #include "core/cregistry.h"
-#include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
@@ -160,7 +159,7 @@ objref call(std::string const &name, objref const &a, objref const &b) {
 
 objref gmember(objref const &key) {
     if (cat::core_state() == cCoreState::none) core_bootstrap();
-    return core.gmmap ? core.gmmap->datamap().getitem(key) : cat::badfind();
+    return core.global_hash ? core.global_hash->getitem(key) : cat::badfind();
 }
 
 objref gmember(std::string const &key) { return gmember(make_key(key)); }

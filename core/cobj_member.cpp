@@ -3,7 +3,6 @@
 
 #include "core/cregistry.h"
 #include "qrv/containers/cattrhash.h"
-#include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
@@ -27,14 +26,6 @@ bool cObj::append(objref const &item) {
     return is_good(call("append", item));
 }
 
-objref cObj::getattr_force(objref const &key, bool force) {
-    objref value = getattr(key);
-    if (!force || !value || value != cat::badfind()) return value;
-    if (is_void()) return cat::bad();
-    objref level = make<cMapObj>();
-    return setattr(key, level) ? level : cat::bad();
-}
-
 bool cObj::copyitem(objref const &key, objref const &value, bool clone_new) {
     objref const present = getattr(key);
     if (is_good(present)) return present->assign(value);
@@ -49,8 +40,6 @@ void cObj::ommap(hashref const &hash) {
     ommap_ = hash;
     if (ommap_) ommap_->father(this, false);
 }
-
-void cObj::ommap(cMapObj const &map) { ommap_ = map.datamap_ref(); }
 
 bool cObj::set_omember(std::string const &key, objref value) {
     return set_omember(own_key(key), std::move(value));
@@ -135,7 +124,7 @@ objref &cObj::gmember_(objref const &key) {
     for (;;) {
         cAttrNode *node = ommap_ ? ommap_->find(key) : nullptr;
         if (!node) node = type_->tmmap().find(key);
-        if (!node) node = cat::gmmap().datamap().find(key);
+        if (!node && core.global_hash) node = core.global_hash->find(key);
         if (node) return node->valref_();
         if (!set_omember(key, cat::nil())) return scratch_member();
     }

@@ -2,8 +2,8 @@
 
 #include "qrv/core/cobjbase.h"
 
-#include "qrv/containers/cmapobj.h"
-#include "qrv/core/ctypes.h"
+#include "core/cregistry.h"
+#include "qrv/containers/cattrhash.h"
 
 #include <ostream>
 
@@ -16,7 +16,8 @@ cObjBase::~cObjBase() = default;
 void cObjBase::put_count(std::ostream &os) {
     unsigned int types = 0;
     unsigned int others = 0;
-    cAttrHash const &hash = cat::typemap().datamap();
+    cat::nil(); // starts the core
+    cAttrHash const &hash = *core.type_hash;
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node)) {
         cObj const *const value = node->valref();
         ++(value && value->is_type() ? types : others);

@@ -42,7 +42,9 @@ struct cCore {
     cMapObj *constmap;
     cMapObj *gmmap;
     cMapObj *dbase;
-    cAttrHash *type_hash;
+    cAttrHash *type_hash;   // what typemap shares
+    cAttrHash *const_hash;  // that of constmap
+    cAttrHash *global_hash; // that of gmmap
     cSignal1<cErr &> *sig_error;
     cErrHandler *errhandler;
     cErrStream *eros;

@@ -4,7 +4,6 @@
 
 #include "core/cregistry.h"
 #include "diagnostics/cerrline.h"
-#include "qrv/containers/cmapobj.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
 

@@ -2,7 +2,7 @@
 // does while the core is being made, where each step's result is stored at once for the next.
 
 #include "core/cregistry.h"
-#include "qrv/containers/cmapobj.h"
+#include "qrv/containers/cattrhash.h"
 #include "qrv/signals/csignal.h"
 
 constinit cCore core{};
@@ -50,8 +50,7 @@ cSignal1<cErr &> &sig_error() { return ready(core.sig_error); }
 cErrHandler &errhandler() { return ready(core.errhandler); }
 
 cAttrNode const *find_const(cObj const *obj) noexcept {
-    if (!core.constmap) return nullptr;
-    return core.constmap->datamap().findvalref(obj);
+    return core.const_hash ? core.const_hash->findvalref(obj) : nullptr;
 }
 
 } // namespace cat

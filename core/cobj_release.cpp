@@ -3,8 +3,6 @@
 // destructors nest, in the natural order; whatever is released below that waits in a list that
 // the outermost release drains.
 
-#include "qrv/core/cref.h"
-
 #include "qrv/core/cobj.h"
 
 #include <memory>
