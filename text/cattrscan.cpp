@@ -90,8 +90,12 @@ cErrStream &cAttrScan::errp(ASR asr) {
 }
 
 void cAttrScan::about(cAttrLiteral const &token) noexcept {
-    about_line_ = token.outer_line;
-    about_column_ = token.outer_column;
+    about(token.outer_line, token.outer_column);
+}
+
+void cAttrScan::about(unsigned line, unsigned column) noexcept {
+    about_line_ = line;
+    about_column_ = column;
 }
 
 void cAttrScan::fire() {
@@ -145,14 +149,15 @@ bool cAttrScan::openfile(char const *name, bool quiet) {
     auto *const file = dynamic_cast<std::ifstream *>(&is());
     if (!file) return false;
     file->open(name, std::ios::in | std::ios::binary);
-    if (file->is_open()) file->peek(); // a directory opens, but can't be read
-    if (file->is_open() && !file->bad()) {
+    bool const opened = file->good();
+    if (opened) file->peek(); // a directory opens, but can't be read
+    if (opened && !file->bad()) {
         reset(0, 1, 0); // places were counted from a closed stream
         eof_seen_ = false;
         set_filename(name);
         return true;
     }
-    if (file->is_open()) file->close();
+    if (opened) file->close();
     if (!quiet) fire(cErr(1, std::string("Cannot open file: ") + name));
     return false;
 }

@@ -64,7 +64,8 @@ class cHashReader {
     void report_too_much();
     char const *unclosed() const;
     void report_unclosed(bool counted);
-    void fail(char const *text, std::string const &what = {});
+    void fail(char const *text, std::string const &what = {},
+              cAttrScan::ASR asr = cAttrScan::asrSyntax);
 
     cWriteLevel const level_; // first: the depth goes down when all else is done
     cAttrHash &hash_;
@@ -85,8 +86,10 @@ cHashReader::cHashReader(cAttrHash &hash, std::istream &is, cTypeObj *type)
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
 
-void cHashReader::fail(char const *text, std::string const &what) {
-    scan_.errs(cAttrScan::asrSyntax) << text << what;
+void cHashReader::fail(char const *text, std::string const &what, cAttrScan::ASR asr) {
+    cReadSession::cPlace const place = cReadSession::current()->place_now();
+    scan_.errs(asr) << text << what;
+    scan_.about(place.line, place.column);
     scan_.fire();
 }
 
@@ -113,6 +116,7 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
             entry.value = key;
             return cNext::store;
         }
+        cAboutValue const about_key(*cReadSession::current());
         std::string const text = key->is_container() ? "" : "Key value: " + written(*key);
         fail("Key type '", key->type().name() + "' is not defined" + text);
         result = cAttrScan::asrSyntax;
@@ -159,8 +163,7 @@ void cHashReader::register_type(cEntry &entry) {
         if (error.code() != 1) throw; // 1: the name of a type that can't be redefined
     }
     if (done) return;
-    scan_.errs(cAttrScan::asrType) << "Type name from input is registered with another type-type!";
-    scan_.fire();
+    fail("Type name from input is registered with another type-type!", {}, cAttrScan::asrType);
     entry.result = cAttrScan::asrType;
 }
 
@@ -176,6 +179,7 @@ bool cHashReader::read_entry() {
         cPathStep const step(entry.key);
         if (cat::trace_io) cat::trace_io << text_state().path() << std::endl;
         if (!read_value(entry)) return false;
+        cAboutValue const about_value(*cReadSession::current());
         bool const keyed = entry.key_result == 0;
         if (keyed && entry.result == 0) register_type(entry);
         objref const held = store(entry);

@@ -23,8 +23,9 @@ cat::ReadError entry_here(unsigned code, std::string text) {
     if (!session) return entry;
     cAttrLiteral const &token = session->scan()->token();
     entry.file = cSubText::file_of(*session->scan());
-    entry.line = token.outer_line;
-    entry.column = token.outer_column + 1;
+    cReadSession::cPlace const place = session->place_now();
+    entry.line = place.line ? place.line : token.outer_line;
+    entry.column = (place.line ? place.column : token.outer_column) + 1;
     return entry;
 }
 } // namespace
@@ -75,6 +76,7 @@ void cReadSession::left_out(cObj &holder, objref const &key, objref const &) {
     scan_->errincr();
     err << "Setattr in object type '" << type << "', key '" << text
         << "':  Trial to establish cRef in cycle";
+    scan_->about(place_now_.line, place_now_.column);
     scan_->fire();
 }
 

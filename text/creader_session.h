@@ -35,6 +35,18 @@ class cReadSession final : public cat::cMergeBudget {
 
     cAttrScan *scan() const noexcept { return scan_; } // the innermost working one
     cErrorCapture *capture() const noexcept { return capture_.get(); }
+    // Where the value began that scan_obj read last, for what becomes of it afterwards.
+    struct cPlace {
+        unsigned line = 0; // from 1; 0: no place
+        unsigned column = 0;
+    };
+    cPlace value_place() const noexcept { return value_place_; }
+    void value_place(cAttrLiteral const &token) noexcept {
+        value_place_ = {token.outer_line, token.outer_column};
+    }
+    // The place of what is reported now, if it isn't the current token's.
+    cPlace place_now() const noexcept { return place_now_; }
+    void place_now(cPlace place) noexcept { place_now_ = place; }
     // The budget as it stands with the text read so far.
     void refresh_limit();
     void left_out(cObj &holder, objref const &key, objref const &value) override;
@@ -47,6 +59,8 @@ class cReadSession final : public cat::cMergeBudget {
     cAttrScan *outer_;
     cAttrScan *scan_;
     std::uint64_t start_;
+    cPlace value_place_;
+    cPlace place_now_;
     std::unique_ptr<cErrorCapture> capture_;
 };
 
@@ -61,6 +75,21 @@ class cReading {
   private:
     std::unique_ptr<cReadSession> own_;
     cAttrScan *before_ = nullptr;
+};
+
+// While it lives, what is reported is about the value that was read last.
+class cAboutValue {
+  public:
+    explicit cAboutValue(cReadSession &session) : session_(session), before_(session.place_now()) {
+        session_.place_now(session_.value_place());
+    }
+    cAboutValue(cAboutValue const &) = delete;
+    cAboutValue &operator=(cAboutValue const &) = delete;
+    ~cAboutValue() { session_.place_now(before_); }
+
+  private:
+    cReadSession &session_;
+    cReadSession::cPlace before_;
 };
 
 // Takes errors for the living report, see above.

@@ -89,6 +89,7 @@ class cValueReader {
     ~cValueReader() = default;
 
     int read();
+    cAttrLiteral const &first() const noexcept { return first_; }
 
   private:
     int next_token();
@@ -121,7 +122,9 @@ int cAttrScan::scan_obj(objref &result, int *delim) {
     try {
         cReading const reading(*this);
         cNesting const nesting;
-        code = cValueReader(*this, value, end).read();
+        cValueReader reader(*this, value, end);
+        code = reader.read();
+        cReadSession::current()->value_place(reader.first());
     } catch (...) {
         if (delim) *delim = end;
         errs(asrSyntax) << "Fatal exception in attr scanner!";

@@ -105,6 +105,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     cSignal1<cErr &> &sig() { return sig_error(); }
     // The token that the next report is about, for reports; otherwise the current one.
     void about(cAttrLiteral const &token) noexcept;
+    void about(unsigned line, unsigned column) noexcept; // from 1 and from 0, in the outer text
 
     // "name (line) ", or "Line 12: " without a file name; empty if oneline.
     std::string posstring() const;

@@ -1,0 +1,122 @@
+// Texts made to do harm: depth, length, junk. All are read to their end, with errors and without a
+// crash, and leave reader and writer idle.
+
+#include "qrv/containers/cmapobj.h"
+#include "tests/support/fixture.h"
+#include "tests/text/read_support.h"
+
+using reader_test::Reading;
+
+namespace {
+
+std::string times(std::string const &piece, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i) all += piece;
+    return all;
+}
+
+class ReaderHostile : public QrvTest {
+  protected:
+    ~ReaderHostile() override { EXPECT_TRUE(text_state().idle()); }
+};
+
+TEST_F(ReaderHostile, nesting_stops_at_the_limit) {
+    cat::max_read_depth = 10;
+    Reading good(times("[", 10) + "1" + times("]", 10));
+    EXPECT_EQ(good.log, "");
+    Reading deep("{ a = " + times("[", 10) + "1" + times("]", 10) + "; b = 2 }");
+    EXPECT_EQ(deep.log.substr(0, deep.log.find('\n') + 1),
+              "0x40000001 Line 1: Nesting is deeper than 10, path : /a/0/0/0/0/0/0/0/0/0\n");
+    EXPECT_EQ(deep.text_at("b"), "2") << "reading goes on behind it";
+}
+
+TEST_F(ReaderHostile, a_hundred_thousand_brackets) {
+    for (std::string const open : {"[", "{a=", "< ", "{"}) {
+        Reading r(times(open, 100000));
+        EXPECT_NE(r.log.find("Nesting is deeper than "), std::string::npos) << open;
+        Reading closed(times("[", 100000) + times("]", 100000));
+        EXPECT_NE(closed.log.find("Nesting is deeper than "), std::string::npos);
+    }
+}
+
+TEST_F(ReaderHostile, a_hundred_thousand_typed_values) {
+    Reading r(times("int(", 100000));
+    EXPECT_NE(r.log.find("Nesting is deeper than 64, path : "), std::string::npos);
+    Reading closed(times("int(", 100000) + "5" + times(")", 100000));
+    EXPECT_NE(closed.log.find("Nesting is deeper than 64, path : "), std::string::npos);
+}
+
+TEST_F(ReaderHostile, sixty_four_typed_values_are_read) {
+    EXPECT_EQ(reader_test::read_back(times("int(", 64) + "5" + times(")", 64)), "5");
+    Reading r(times("int(", 65) + "5" + times(")", 65));
+    EXPECT_NE(r.log.find("Nesting is deeper than 64, path : \n"), std::string::npos);
+}
+
+TEST_F(ReaderHostile, the_default_depth_is_reached) {
+    int const depth = cat::max_read_depth - 1;
+    EXPECT_EQ(depth, 999);
+    Reading r(times("{a=", depth) + "1" + times("}", depth));
+    EXPECT_EQ(r.log, "");
+    r.value = nullptr;
+}
+
+TEST_F(ReaderHostile, a_raised_limit_ends_where_the_stack_does) {
+    cat::max_read_depth = 1000000;
+    Reading r(times("[", 200000));
+    EXPECT_NE(r.log.find("Nesting is deeper than "), std::string::npos);
+}
+
+TEST_F(ReaderHostile, unclosed_quotes_and_backslashes) {
+    for (std::string const piece : {"\\\"", "'\\", "\"\\\\", "/*", "//", "#", "#cRef(", "'"}) {
+        Reading r("{ a = " + times(piece, 20000));
+        EXPECT_TRUE(text_state().idle()) << piece;
+    }
+}
+
+TEST_F(ReaderHostile, binary_junk) {
+    std::uint32_t seed = 12345;
+    char const grammar[] = "{}[]<>()=;,#/\"' \n\\abct159.-+uxf*&";
+    for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        for (int i = 0; i < 60; ++i) {
+            seed = seed * 1664525 + 1013904223;
+            bool const any = round % 4 == 0;
+            text +=
+                any ? static_cast<char>(seed >> 24) : grammar[(seed >> 16) % (sizeof grammar - 1)];
+        }
+        Reading r("{" + text, false);
+        r.scan.return_com(round % 2 == 0);
+        while (r.next() != -1) continue;
+        ASSERT_TRUE(text_state().idle()) << text;
+    }
+    text_state().forget_comments();
+    messages();
+}
+
+TEST_F(ReaderHostile, nul_bytes) {
+    Reading r(std::string("{ a = \0 1; 'b\0c' = 2 }", 23));
+    EXPECT_TRUE(text_state().idle());
+}
+
+TEST_F(ReaderHostile, a_set_of_two_hundred_thousand_ints) {
+    std::string text = "<";
+    for (int i = 0; i < 200000; ++i) text += std::to_string(i) + ";";
+    for (int i = 0; i < 1000; ++i) text += std::to_string(i) + ";";
+    Reading r(text + ">");
+    EXPECT_EQ(r.log, "");
+    EXPECT_EQ(dynamic_cast<cMapObj &>(*r.value).size(), 200000);
+}
+
+TEST_F(ReaderHostile, long_keys_with_many_slashes) {
+    std::string const key = "\"" + times("a/", 100000) + "\"";
+    Reading r("{ " + key + " = {x = 1}; y = #cRef(/" + key + "/x) }");
+    EXPECT_EQ(r.log, "");
+    EXPECT_EQ(r.text_at("y"), "1");
+}
+
+TEST_F(ReaderHostile, a_value_of_a_set_may_change_while_the_set_is_read) {
+    Reading r("{ s = <1; {a = #cRef(/s/0); a = 5}; 1; 2> }");
+    EXPECT_EQ(r.text_at("s"), "<5, {a= #cRef(/0); }, 1, 2, >") << "as a value of its own";
+}
+
+} // namespace

@@ -1,0 +1,365 @@
+// The functions around the reader: containers or bare lists, `read` methods, skipping, errors,
+// positions, summaries, files.
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csetobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/diagnostics/ctrace.h"
+#include "tests/support/fixture.h"
+#include "tests/text/read_support.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+using reader_test::Reading;
+
+namespace {
+
+class ReaderMethod : public QrvTest {
+  protected:
+    // "code: value" of scan_container.
+    std::string container(std::string const &text, bool keep) {
+        std::istringstream is(text);
+        objref value;
+        int const code = cat::scan_container(is, value, keep);
+        return std::to_string(code) + ": " + reader_test::written(value);
+    }
+};
+
+TEST_F(ReaderMethod, scan_container_takes_containers) {
+    EXPECT_EQ(container("{a=1}", false), "0: {a= 1; }");
+    EXPECT_EQ(container("[1;2]", false), "0: [1, 2, ]");
+    EXPECT_EQ(container("<1>", false), "0: <1, >");
+    EXPECT_EQ(container("", false), "-1: null");
+    EXPECT_EQ(container("}", false), "-1: null");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(ReaderMethod, scan_container_takes_a_bare_list_of_entries) {
+    EXPECT_EQ(container("a=1; b=2", false), "0: {\n  a= 1;\n  b= 2;\n}");
+    EXPECT_EQ(container("a={x=1}\n b=[2]", false), "0: {\n  a= {x= 1; };\n  b= [2, ];\n}");
+    EXPECT_EQ(container("a=1", false), "0: {\n  a= 1;\n}");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(ReaderMethod, scan_container_with_errors_gives_a_value_only_with_keep) {
+    EXPECT_EQ(container("[1 2]", false), "1: null");
+    EXPECT_EQ(messages(), "Line 1: ( /0 ): Missing delimiter after value: 1\n"
+                          "Line 1: Attributes scanner with *** 1 errors ***\n");
+    EXPECT_EQ(container("[1 2]", true), "1: [1, 2, ]");
+    EXPECT_EQ(container("nosuch(1)", false), "5: null");
+    messages();
+    EXPECT_EQ(container("a=nosuch(1); b=2", false), "1: null");
+    EXPECT_EQ(messages(), "Line 1: ( /a ): Value with unknown type='nosuch\n"
+                          "Line 1: Input is no valid container\n"
+                          "Line 1: Attributes scanner with *** 2 errors ***\n");
+    EXPECT_EQ(container("a=nosuch(1); b=2", true), "1: {\n  b= 2;\n}");
+    EXPECT_EQ(container("a=1; b=nosuch(2)", true), "1: {\n  a= 1;\n}");
+    EXPECT_EQ(container("a=1; b=nosuch(2)", false), "1: null");
+}
+
+TEST_F(ReaderMethod, scan_container_refuses_what_is_neither) {
+    EXPECT_EQ(container("5", false), "1: null");
+    EXPECT_EQ(messages(), "Line 1: Missing start pattern 'key =' at pattern: 5\n"
+                          "Line 1: Attributes scanner with *** 1 errors ***\n");
+    EXPECT_EQ(container("'a b'; c", true), "1: null");
+    EXPECT_EQ(messages(), "Line 1: Missing start pattern 'key =' at pattern: \"a b\"\n"
+                          "Line 1: Attributes scanner with *** 1 errors ***\n");
+}
+
+TEST_F(ReaderMethod, scan_attrset_assigns_or_converts) {
+    cObjD<int> number(0);
+    auto const read = [&number](char const *text) {
+        std::istringstream is(text);
+        objref args = make<cInHolder>(is);
+        return cat::scan_attrset(number, args);
+    };
+    EXPECT_TRUE(read("5"));
+    EXPECT_EQ(number.val(), 5);
+    EXPECT_TRUE(read("6.9"));
+    EXPECT_EQ(number.val(), 6);
+    EXPECT_FALSE(read(""));
+    EXPECT_EQ(messages(), "");
+    EXPECT_FALSE(read("[1]"));
+    EXPECT_EQ(messages(), "Line 1: : Convert failed in read of type: int\n");
+    number.setflags(of_const);
+    EXPECT_FALSE(read("7"));
+    EXPECT_EQ(messages(), "Object is const. Method 'assign' called from type: int\n"
+                          "Line 1: : Assign failed in read of type: int\n");
+    EXPECT_EQ(number.val(), 6);
+    objref none = cat::of(1);
+    EXPECT_FALSE(cat::scan_attrset(number, none));
+    none = nullptr;
+    EXPECT_FALSE(cat::scan_attrset(number, none));
+    EXPECT_FALSE(cat::scan_attrcopy(number, none));
+}
+
+TEST_F(ReaderMethod, scan_attrcopy_tells_what_failed_as_a_line) {
+    cMapObj map;
+    std::istringstream bad("a=nosuch(1); b=2");
+    objref args = make<cInHolder>(bad);
+    EXPECT_FALSE(cat::scan_attrcopy(map, args));
+    EXPECT_EQ(messages(), "Line 1: ( /a ): Value with unknown type='nosuch\n"
+                          "Cannot insert key =a\n"
+                          "Error in reading data in type: map\n");
+    std::istringstream good("a=1; b=2");
+    args = make<cInHolder>(good);
+    EXPECT_TRUE(cat::scan_attrcopy(map, args)) << "only keys of a new object are taken: none";
+    EXPECT_EQ(map.size(), 0);
+    cat::errhandler() = cErrHandler(0x40000000, 0, 0x40000000);
+    cObjD<int> number(0);
+    number.setflags(of_const);
+    std::istringstream none("a=1");
+    args = make<cInHolder>(none);
+    EXPECT_FALSE(cat::scan_attrcopy(number, args));
+}
+
+TEST_F(ReaderMethod, read_voiddata_reads_nothing) {
+    std::istringstream is("5");
+    objref args = make<cInHolder>(is);
+    EXPECT_TRUE(cat::read_voiddata(*args, args));
+    EXPECT_EQ(is.tellg(), std::streampos(0));
+}
+
+TEST_F(ReaderMethod, containers_read_into_what_they_hold) {
+    cMapObj map;
+    std::istringstream is("a=1; b=2}");
+    map.datamap().mapitem("z", cat::of(0));
+    EXPECT_TRUE(map.read(is));
+    EXPECT_EQ(map.size(), 3);
+    cVectorObj vector;
+    std::istringstream items("1;2]");
+    EXPECT_TRUE(vector.read(items));
+    std::istringstream more("3]");
+    EXPECT_TRUE(vector.read(more));
+    EXPECT_EQ(vector.size(), 3);
+    cSetObj set;
+    std::istringstream first("1;2>"), second("2;3>");
+    EXPECT_TRUE(set.read(first));
+    EXPECT_TRUE(set.read(second));
+    EXPECT_EQ(set.size(), 3);
+    std::istringstream empty("");
+    EXPECT_FALSE(map.datamap().used() == 0);
+    cMapObj fresh;
+    EXPECT_FALSE(fresh.read(empty));
+}
+
+TEST_F(ReaderMethod, members_are_read_without_braces) {
+    cObjD<int> number(1);
+    number.set_omember(std::string("old"), cat::of(1));
+    std::istringstream is("a=1; b=2");
+    objref args = make<cInHolder>(is);
+    EXPECT_TRUE(cTomOmmap::m_read(number, args));
+    EXPECT_EQ(number.ommap().used(), 2u);
+    cObjD<int> bare(1);
+    std::istringstream again("c=3");
+    args = make<cInHolder>(again);
+    EXPECT_TRUE(cTomOmmap::m_read(bare, args));
+    EXPECT_EQ(reader_test::written(bare.omember(std::string("c"))), "3");
+    std::istringstream empty("");
+    args = make<cInHolder>(empty);
+    EXPECT_FALSE(cTomOmmap::m_read(bare, args));
+    EXPECT_EQ(bare.ommap().used(), 0u);
+}
+
+// --- skipping ---
+
+TEST_F(ReaderMethod, read_subentry_gathers_up_to_its_bracket) {
+    std::istringstream is("a ( b // c\n ) ')' ] ) rest");
+    cAttrScan scan(is, false);
+    std::string text = "+";
+    EXPECT_EQ(scan.read_subentry(cat::Brackets('('), text), ')');
+    EXPECT_EQ(text, "+a ( b\n ) ')' ] ");
+    EXPECT_FALSE(scan.return_ws());
+    EXPECT_EQ(scan.read_subentry(cat::Brackets('('), nullptr), 0);
+}
+
+TEST_F(ReaderMethod, brackets_know_their_partner) {
+    struct {
+        char open, close;
+    } const cases[] = {{'(', ')'}, {'<', '>'}, {'[', ']'}, {'{', '}'}};
+    for (auto const &c : cases) {
+        EXPECT_EQ(cat::Brackets(c.open).open, c.open);
+        EXPECT_EQ(cat::Brackets(c.open).close, c.close);
+    }
+    for (char c : {')', '}', 'a', '\0'}) {
+        EXPECT_EQ(cat::Brackets(c).open, 0);
+        EXPECT_EQ(cat::Brackets(c).close, 0);
+    }
+}
+
+TEST_F(ReaderMethod, read_to_endcontainer_counts_its_bracket) {
+    std::istringstream is("a [ } ] ] x ( { [ } } y");
+    cAttrScan scan(is, false);
+    scan.read_to_endcontainer('[');
+    EXPECT_EQ(scan.gettok(), tkIdent);
+    scan.read_to_endcontainer('x');
+    EXPECT_EQ(scan.gettok(), tkEof) << "the next opening bracket is the one that counts";
+}
+
+TEST_F(ReaderMethod, read_to_delimiter_stops_at_separators_and_the_set) {
+    std::istringstream is("a ) b ; c > d");
+    cAttrScan scan(is, false);
+    EXPECT_EQ(scan.read_to_delimiter(""), ';');
+    EXPECT_EQ(scan.read_to_delimiter(">"), '>');
+    EXPECT_EQ(scan.read_to_delimiter(">"), 0);
+}
+
+// --- errors, positions, summary ---
+
+TEST_F(ReaderMethod, errors_begin_with_their_place) {
+    std::istringstream is("\n\n5");
+    cAttrScan scan(is, false);
+    EXPECT_EQ(scan.posstring(), "Line 1: ");
+    objref value;
+    scan.scan_obj(value, nullptr);
+    EXPECT_EQ(scan.posstring(), "Line 3: ");
+    EXPECT_EQ(scan.errs(cAttrScan::asrRef).code(), 0x40000003u);
+    EXPECT_EQ(scan.errs(cAttrScan::asrRef).as_string(), "Line 3: ");
+    EXPECT_EQ(scan.errp(cAttrScan::asrRef).as_string(), "Line 3: : ");
+    {
+        cPathStep const step(cat::of("k"));
+        EXPECT_EQ(scan.errp(cAttrScan::asrRef).as_string(), "Line 3: ( /k ): ");
+    }
+    EXPECT_EQ(scan.errcount(), 4u);
+    EXPECT_EQ(scan.errs().code(), 0u);
+    EXPECT_TRUE(scan.errs().handled());
+    EXPECT_EQ(scan.errcount(), 4u) << "without a number it doesn't count";
+    scan.set_filename("x.attr");
+    EXPECT_EQ(scan.posstring(), "x.attr (3) ");
+    scan.set_oneline();
+    EXPECT_EQ(scan.posstring(), "");
+    EXPECT_EQ(scan.errs(cAttrScan::asrRef).as_string(), "");
+}
+
+TEST_F(ReaderMethod, the_place_is_behind_the_last_token_read) {
+    EXPECT_EQ(Reading("[1\n2]").log,
+              "0x40000002 Line 2: ( /0 ): Missing delimiter after value: 1\n");
+    EXPECT_EQ(Reading("{a=nosuch(1)\n}").log,
+              "0x40000005 Line 1: ( /a ): Value with unknown type='nosuch\n");
+}
+
+TEST_F(ReaderMethod, the_summary_clears_the_count) {
+    std::istringstream is("[1 2]");
+    {
+        cAttrScan scan(is, true);
+        scan.scan_report(false);
+        EXPECT_EQ(messages(), "");
+        scan.scan_report(true);
+        EXPECT_EQ(messages(), "Line 1: Attributes scanner OK\n");
+        objref value;
+        scan.scan_obj(value, nullptr);
+        messages();
+        scan.scan_report(false);
+        EXPECT_EQ(messages(), "Line 1: Attributes scanner with *** 1 errors ***\n");
+        EXPECT_EQ(scan.errcount(), 0u);
+        scan.errs(cAttrScan::asrSyntax);
+    }
+    EXPECT_EQ(messages(), "Line 1: Attributes scanner with *** 1 errors ***\n");
+}
+
+TEST_F(ReaderMethod, the_end_of_input_is_latched) {
+    std::istringstream is("a \xE4 b");
+    cAttrScan scan(is, false);
+    cAttrLiteral token;
+    EXPECT_EQ(scan.gettok(token), tkIdent);
+    EXPECT_EQ(scan.gettok(token), 0);
+    EXPECT_EQ(token.text, "");
+    EXPECT_EQ(scan.gettok(token), 0);
+    cAttrScan other(is, false);
+    EXPECT_EQ(other.gettok(), tkIdent) << "the latch is the scan's own";
+}
+
+TEST_F(ReaderMethod, each_path_goes_to_the_trace_channel) {
+    cSetTracing("cat_io.capio:cerr");
+    { Reading r("{ a = [1; {b = 2}] }"); }
+    cSetTracing("");
+    EXPECT_EQ(messages(), "/a\n/a/0\n/a/1\n/a/1/b\n/a/2\n");
+    EXPECT_FALSE(cat::is_reading());
+}
+
+// --- files ---
+
+class ReaderFile : public QrvTest {
+  protected:
+    ReaderFile() : folder_(std::filesystem::temp_directory_path() / "qrv_reader_test") {
+        std::filesystem::create_directories(folder_);
+    }
+    ~ReaderFile() override { std::filesystem::remove_all(folder_); }
+    std::string file(char const *name, std::string const &text) {
+        std::string const path = (folder_ / name).string();
+        std::ofstream(path, std::ios::binary) << text;
+        return path;
+    }
+    std::filesystem::path folder_;
+};
+
+TEST_F(ReaderFile, opens_at_the_start_with_its_name_in_messages) {
+    std::string const path = file("a.attr", "{\n a = nosuch(1) }");
+    std::ifstream is;
+    cAttrScan scan(is, false);
+    EXPECT_TRUE(scan.openfile(path.c_str(), false));
+    EXPECT_EQ(scan.position(), 0u);
+    EXPECT_EQ(scan.lineno(), 1u);
+    EXPECT_EQ(scan.column(), 0u);
+    objref value;
+    scan.scan_obj(value, nullptr);
+    EXPECT_EQ(messages(), path + " (2) ( /a ): Value with unknown type='nosuch\n"
+                                 "Cannot insert key =a\n");
+}
+
+TEST_F(ReaderFile, resetting_works_on_its_first_line) {
+    std::string const path = file("a.attr", "one two");
+    std::ifstream is;
+    cAttrScan scan(is, false);
+    ASSERT_TRUE(scan.openfile(path.c_str(), false));
+    cAttrLiteral token;
+    EXPECT_EQ(scan.gettok(token), tkIdent);
+    scan.resettoken();
+    EXPECT_EQ(scan.gettok(token), tkIdent);
+    EXPECT_EQ(token.text, "one");
+}
+
+TEST_F(ReaderFile, carriage_returns_are_white_space) {
+    std::string const path = file("a.attr", "{\r\n  a = 1;\r\n}\r\n");
+    std::ifstream is;
+    cAttrScan scan(is, false);
+    ASSERT_TRUE(scan.openfile(path.c_str(), false));
+    objref value;
+    EXPECT_EQ(scan.scan_obj(value, nullptr), 0);
+    EXPECT_EQ(reader_test::written(value), "{\n  a= 1;\n}");
+}
+
+TEST_F(ReaderFile, what_cannot_be_read_is_told_unless_quiet) {
+    std::string const missing = (folder_ / "none").string();
+    for (std::string const &path : {missing, folder_.string()}) {
+        std::ifstream is;
+        cAttrScan scan(is, false);
+        EXPECT_FALSE(scan.openfile(path.c_str(), true));
+        EXPECT_EQ(messages(), "");
+        EXPECT_FALSE(scan.openfile(path.c_str(), false));
+        EXPECT_EQ(messages(), "Cannot open file: " + path + "\n");
+        EXPECT_FALSE(is.is_open());
+        EXPECT_EQ(scan.filename(), "");
+    }
+    std::ifstream is;
+    cAttrScan scan(is, false);
+    EXPECT_FALSE(scan.openfile(nullptr, false));
+    EXPECT_FALSE(scan.openfile("", false));
+    std::istringstream other;
+    cAttrScan no_file(other, false);
+    EXPECT_FALSE(no_file.openfile(missing.c_str(), false));
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(ReaderFile, an_empty_file_opens) {
+    std::string const path = file("empty.attr", "");
+    std::ifstream is;
+    cAttrScan scan(is, false);
+    EXPECT_TRUE(scan.openfile(path.c_str(), false));
+    objref value;
+    EXPECT_EQ(scan.scan_obj(value, nullptr), -1);
+}
+
+} // namespace

@@ -1,0 +1,201 @@
+// Reports: every error once, with its place in the outer text, nothing printed or thrown.
+
+#include "qrv/core/cexe.h"
+#include "qrv/core/cmodifier.h"
+#include "tests/support/fixture.h"
+#include "tests/text/read_support.h"
+
+#include <fstream>
+
+using reader_test::Reading;
+using reader_test::shown;
+
+namespace {
+
+class ReadReports : public QrvTest {
+  protected:
+    // The entries that a text gives; nothing else may be heard of them.
+    std::string report(std::string const &text) {
+        cat::ReadReport report;
+        Reading r(text, false);
+        while (r.next() != -1) continue;
+        EXPECT_EQ(r.log, "") << "slots of the scanner are not reached";
+        EXPECT_EQ(messages(), "");
+        errors_ = r.scan.errcount();
+        return shown(report);
+    }
+    unsigned errors_ = 0;
+};
+
+TEST_F(ReadReports, tell_the_first_character_of_the_token) {
+    EXPECT_EQ(report("{\n  a = nosuch(1);\n  b = #none }"),
+              "2:7 /a 0x40000005 Value with unknown type='nosuch\n"
+              "2:7 /a 0x00000000 Cannot insert key =a\n"
+              "3:7 /b 0x40000004 Unknown #-value (no defined const): #none\n"
+              "3:7 /b 0x00000000 Cannot insert key =b\n");
+    EXPECT_EQ(errors_, 2u);
+    EXPECT_EQ(report("12ab"), "1:1  0x40000002 Bad input: 12ab  String is assumed.\n");
+    EXPECT_EQ(report("{ a = 1;;; }"), "1:10  0x40000007 Unnecessary separator: ;\n");
+    EXPECT_EQ(report("{ a = 99999999999 }"),
+              "1:7 /a 0x40000001 Failed to read value: /a Input of standard type: 99999999999\n"
+              "1:7 /a 0x00000000 Cannot insert key =a\n");
+}
+
+TEST_F(ReadReports, tell_where_an_unclosed_bracket_was_opened) {
+    EXPECT_EQ(report("{ a = [1;\n2"), "1:7 /a 0x40000001 Vector is not closed by ']'\n"
+                                      "1:1  0x40000001 Map is not closed by '}'\n");
+    EXPECT_EQ(report("{ a = int(5"), "1:10 /a 0x40000001 Closing symbol is missed in type int, "
+                                     "path: /a\n"
+                                     "1:1  0x40000001 Map is not closed by '}'\n");
+    EXPECT_EQ(report("{ a = \n <1; 2]; }").substr(0, 43),
+              "2:7 /a 0x40000001 Set is not closed by '>'\n");
+}
+
+TEST_F(ReadReports, tell_a_bracket_alone_without_counting_it) {
+    EXPECT_EQ(report("{"), "1:1  0x40000001 Map is not closed by '}'\n");
+    EXPECT_EQ(errors_, 0u);
+    EXPECT_EQ(report(" <"), "1:2  0x40000001 Set is not closed by '>'\n");
+    EXPECT_EQ(errors_, 0u);
+    EXPECT_EQ(report("["), "1:1  0x40000001 Failed to read container, type vector\n");
+    EXPECT_EQ(errors_, 1u);
+    Reading r("{");
+    EXPECT_EQ(r.log, "");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(ReadReports, give_places_in_the_outer_text_inside_typed_values) {
+    EXPECT_EQ(report("{\n a = int( /* x */ ?5 )\n}"), "2:19 /a 0x40000002 Unexpected token '?\n");
+    EXPECT_EQ(report("{\n a = int(\n\n    ?5 )\n}"), "4:5 /a 0x40000002 Unexpected token '?\n");
+    EXPECT_EQ(report("{ a = int(int( int(?5))) }"), "1:20 /a 0x40000002 Unexpected token '?\n");
+    EXPECT_EQ(report("{ a = int( // c\n int(/* */ int( /* y */ ?5))) }"),
+              "2:25 /a 0x40000002 Unexpected token '?\n");
+    EXPECT_EQ(report("{ a = int(['x\\\ny'; ?5]) }").substr(0, 9), "2:5 /a/1 ");
+}
+
+TEST_F(ReadReports, keep_what_is_raised_meanwhile_and_change_no_result) {
+    cat::ReadReport report;
+    Reading r("{ a = #true; a = #false; m = {}; m = {x = #cRef(/m)} }");
+    EXPECT_EQ(shown(report),
+              "1:18 /a 0x41400000 Object is const. Method 'assign' called from type: bool\n"
+              "1:38 /m 0x40020000 Setattr in object type 'map', key 'x':  Trial to establish cRef "
+              "in cycle\n");
+    EXPECT_EQ(messages(), "");
+    EXPECT_EQ(r.scan.errcount(), 1u);
+}
+
+TEST_F(ReadReports, do_not_throw_by_the_masks) {
+    cat::errhandler() = cErrHandler(0xFFFFFFFF, 0, 0);
+    EXPECT_EQ(report("{ a = ) 1; b = #true; b = #false }"),
+              "1:7 /a 0x40000002 Unexpected token ')\n"
+              "1:27 /b 0x41400000 Object is const. Method 'assign' called from type: bool\n");
+}
+
+TEST_F(ReadReports, leave_forgiveness_to_the_mask) {
+    cat::errhandler().clear_mask(0x01000000);
+    cat::ReadReport report;
+    Reading r("{ a = #cRef(/b); }");
+    cObjD<int> number(1);
+    EXPECT_EQ(report.count(), 2u);
+    cat::errhandler().clear_mask(0);
+}
+
+TEST_F(ReadReports, the_innermost_takes) {
+    cat::ReadReport outer;
+    {
+        cat::ReadReport inner;
+        EXPECT_EQ(cat::ReadReport::current(), &inner);
+        Reading r("#none");
+        EXPECT_EQ(inner.count(), 1u);
+    }
+    EXPECT_EQ(cat::ReadReport::current(), &outer);
+    EXPECT_TRUE(outer.empty());
+    Reading r("#none");
+    EXPECT_EQ(outer.count(), 1u);
+    outer.clear();
+    EXPECT_TRUE(outer.empty());
+}
+
+TEST_F(ReadReports, keep_a_thousand_entries_and_count_the_rest) {
+    std::string text = "[";
+    for (int i = 0; i < 1500; ++i) text += ")";
+    cat::ReadReport report;
+    { Reading r(text + "1]"); }
+    EXPECT_EQ(report.entries().size(), 1000u);
+    EXPECT_EQ(report.dropped(), 500u);
+    EXPECT_EQ(report.count(), 1500u);
+    cat::ReadReport small(3);
+    { Reading r(text + "1]"); }
+    EXPECT_EQ(small.entries().size(), 3u);
+    EXPECT_EQ(small.dropped(), 1497u);
+    small.limit(4);
+    { Reading r("#none"); }
+    EXPECT_EQ(small.entries().size(), 4u);
+}
+
+TEST_F(ReadReports, cut_long_paths_in_the_middle) {
+    std::string const key = std::string(3000, 'k');
+    cat::ReadReport report;
+    { Reading r("{ " + key + " = {a = #none; b = = 1} }"); }
+    ASSERT_GE(report.count(), 3u);
+    std::string const &path = report.entries()[0].path;
+    EXPECT_EQ(path.size(), 1000u);
+    EXPECT_EQ(path.substr(0, 3), "/kk");
+    EXPECT_EQ(path.substr(496, 7), "kk...kk");
+    EXPECT_EQ(path.substr(996), "kk/a");
+    for (cat::ReadError const &e : report.entries()) EXPECT_LT(e.text.size(), 1100u);
+}
+
+TEST_F(ReadReports, name_the_file_also_inside_typed_values) {
+    std::string const path = ::testing::TempDir() + "qrv_report.attr";
+    std::ofstream(path) << "{ a = int(?5); b = #none }";
+    cat::ReadReport report;
+    {
+        std::ifstream is;
+        cAttrScan scan(is, false);
+        ASSERT_TRUE(scan.openfile(path.c_str(), false));
+        objref value;
+        scan.scan_obj(value, nullptr);
+        scan.openfile("/no/such/file", false);
+    }
+    ASSERT_GE(report.count(), 2u);
+    for (cat::ReadError const &e : report.entries()) EXPECT_EQ(e.file, path) << e.text;
+    EXPECT_EQ(report.entries().back().text, "Cannot open file: /no/such/file");
+    EXPECT_EQ(report.entries().back().code, 1u);
+    std::remove(path.c_str());
+}
+
+TEST_F(ReadReports, take_lines_that_would_be_printed) {
+    cat::ReadReport report;
+    cMapObj map;
+    EXPECT_EQ(map.getattrp(""), cat::bad());
+    ASSERT_EQ(report.count(), 1u);
+    EXPECT_EQ(report.entries()[0].text.substr(0, 31), "ERROR in call of getattrp, path");
+    typeref const again = make<cTypeObj>("int");
+    EXPECT_FALSE(cTypeInsert::insert(again, false));
+    EXPECT_EQ(report.entries()[1].text, "***Error: Bad creation of duplicate type 'int'\n"
+                                        "          Each type object is identified by its name\n"
+                                        "          and must be created exactly once!!");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(ReadReports, end_with_their_scope) {
+    { cat::ReadReport report; }
+    Reading r("#none");
+    EXPECT_EQ(r.log, "0x40000004 Line 1: : Unknown #-value (no defined const): #none\n");
+    EXPECT_EQ(messages(), "Line 1: : Unknown #-value (no defined const): #none\n");
+    EXPECT_FALSE(cat::errhandler().isblocked());
+}
+
+TEST_F(ReadReports, of_hostile_texts_stay_small) {
+    cat::ReadReport report;
+    {
+        std::string text;
+        for (int i = 0; i < 900; ++i) text += "{" + std::string(100, 'k') + "=";
+        for (int i = 0; i < 20000; ++i) text += " = ";
+        Reading r(text);
+    }
+    EXPECT_EQ(report.entries().size(), 1000u);
+    for (cat::ReadError const &e : report.entries()) EXPECT_LE(e.text.size(), 1200u);
+}
+
+} // namespace

@@ -1,0 +1,78 @@
+#pragma once
+// What the tests of the reader share: one reading with everything it reports.
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/cattrscan.h"
+#include "qrv/text/creadreport.h"
+#include "text/ctext_state.h"
+
+#include <cstdio>
+#include <locale>
+#include <sstream>
+#include <string>
+
+namespace reader_test {
+
+// The object in written form; "null" for null.
+inline std::string written(objref const &value) {
+    if (!value) return "null";
+    std::ostringstream os;
+    os.imbue(std::locale::classic());
+    value->writeobj(os);
+    return os.str();
+}
+
+inline std::string hex(unsigned code) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08x", code);
+    return text;
+}
+
+// Reads one value of a text on construction, unless told to wait. `log` has a line "code text" for
+// each report of the scanner, in order.
+class Reading {
+  public:
+    explicit Reading(std::string const &text, bool now = true)
+        : is(text), scan(is, false), slot_(this, &Reading::keep) {
+        scan.sig().connect(slot_);
+        if (now) next();
+    }
+    Reading(Reading const &) = delete;
+    Reading &operator=(Reading const &) = delete;
+    ~Reading() = default;
+
+    int next() {
+        delim = -99;
+        return code = scan.scan_obj(value, &delim);
+    }
+    std::string text() const { return written(value); }
+    objref at(char const *path) const { return value->getattrp(path); }
+    std::string text_at(char const *path) const { return written(at(path)); }
+
+    std::istringstream is;
+    cAttrScan scan;
+    objref value;
+    int delim = -99;
+    int code = -99;
+    std::string log;
+
+  private:
+    void keep(cErr &error) { log += hex(error.code()) + " " + error.as_string() + "\n"; }
+
+    cSlot1<Reading, cErr &> slot_;
+};
+
+inline std::string read_back(std::string const &text) { return Reading(text).text(); }
+
+// "line:column path code text" for each entry.
+inline std::string shown(cat::ReadReport const &report) {
+    std::string all;
+    for (cat::ReadError const &e : report.entries())
+        all += std::to_string(e.line) + ":" + std::to_string(e.column) + " " + e.path + " " +
+               hex(e.code) + " " + e.text + "\n";
+    return all;
+}
+
+} // namespace reader_test
