@@ -15,8 +15,8 @@
 // An error thrown while a value is written is told and ends that value only. In exact text nothing
 // of such a value is left: see exact_entry.
 //
-// Foreign code may remove the very entry it is called from. The walk holds its node; a removed one
-// ends the walk.
+// Foreign code may remove the very entry it is called from. The walk holds its node and the next
+// one; it ends early only when both are removed at once.
 
 #include "qrv/containers/cattrhash.h"
 
@@ -42,16 +42,34 @@
 
 namespace {
 
-class cHoldNode {
+class cHoldNode { // keeps the memory of a node, which may be null
   public:
-    explicit cHoldNode(cAttrNode const &node) : node_(&node) { node.hold(); }
+    explicit cHoldNode(cAttrNode *node) : node_(node) {
+        if (node_) node_->hold();
+    }
     cHoldNode(cHoldNode const &) = delete;
     cHoldNode &operator=(cHoldNode const &) = delete;
-    ~cHoldNode() { node_->unhold(); }
+    ~cHoldNode() {
+        if (node_) node_->unhold();
+    }
+
+    cAttrNode *living() const { return node_ && !node_->is_dead() ? node_ : nullptr; }
 
   private:
-    cAttrNode const *node_;
+    cAttrNode *node_;
 };
+
+// The object's comment. In exact text an error on the way is told and ends nothing.
+bool find_comment(cObj const &obj, std::string &text) {
+    if (!obj.has_ommap()) return false;
+    if (!exact_text()) return obj.get_comment(text); // RUNS FOREIGN CODE, a converter
+    try {
+        return obj.get_comment(text);
+    } catch (cErr const &error) {
+        tell_error(error);
+    }
+    return false;
+}
 
 // A container over many lines.
 bool many_lines(cObj const &value) {
@@ -153,6 +171,7 @@ class cEntryWriter {
     void begin_entry(bool apart = false);
     void end_entry(cAttrNode const &node);
     void exact_entry(cAttrNode const &node);
+    bool try_entry(cAttrNode const &node, objref const &place);
     bool make_key(cObj const &key, cMade &made);
     bool make_value(cObj const &value, cMade &made);
     bool make_reference(cObj const &value, std::string const &path, cMade &made);
@@ -192,12 +211,12 @@ void cEntryWriter::run_collected(cLineCollector &collector) {
 void cEntryWriter::entries() {
     cWriteLevel const level;
     for (cAttrNode *node = hash_.first(); node;) {
-        cHoldNode const hold(*node);
+        cHoldNode const hold(node), hold_ahead(hash_.next(node));
         if (tables_)
             exact_entry(*node);
         else
             plain_entry(*node);
-        node = hash_.next(node);
+        node = node->is_dead() ? hold_ahead.living() : hash_.next(node);
     }
 }
 
@@ -278,26 +297,39 @@ cLineCollector::cComment cEntryWriter::comment_of(cObj const &obj) const {
 }
 
 void cEntryWriter::refuse(objref const &place) {
-    std::string path;
-    {
+    std::string path = state_.shown_path(true);
+    try {
         cTextForm const plain(false);
         cPathStep const step(place);
         path = state_.shown_path(true);
-    }
+    } catch (cErr const &) {
+    } // a key without text, told already: the path of its container
     tell_unwritable(path);
 }
 
-// Whatever may fail is made before anything is written.
 void cEntryWriter::exact_entry(cAttrNode const &node) {
     objref const place = place_of(node.key());
+    bool done = false;
     if ((listed_ || exact_key(node.key())) && exact_writable(node.value())) {
-        cPathStep const step(place);
-        cBlindKey const blind(*tables_, !listed_ && !exact_path_key(node.key()));
-        cMade key, value;
-        if (make_key(*node.key(), key) && make_value(node.value(), value))
-            return put_parts(node, key, value);
+        try {
+            done = try_entry(node, place);
+        } catch (cErr const &error) {
+            tell_error(error);
+        }
     }
-    refuse(place);
+    if (!done) refuse(place);
+}
+
+// Whatever may fail is made before anything is written. An entry that vanished meanwhile is no
+// failure.
+bool cEntryWriter::try_entry(cAttrNode const &node, objref const &place) {
+    cPathStep const step(place); // RUNS FOREIGN CODE, as the two below
+    cBlindKey const blind(*tables_, !listed_ && !exact_path_key(node.key()));
+    cMade key, value;
+    bool const made =
+        make_key(*node.key(), key) && (node.is_dead() || make_value(node.value(), value));
+    if (made && !node.is_dead()) put_parts(node, key, value);
+    return made || node.is_dead();
 }
 
 bool cEntryWriter::make_key(cObj const &key, cMade &made) {
@@ -370,7 +402,7 @@ void put_blanks(std::ostream &os, int count) {
 
 void put_comment(std::ostream &os, cObj const &obj) {
     std::string text;
-    if (!obj.has_ommap() || !obj.get_comment(text)) return;
+    if (!find_comment(obj, text)) return;
     if (exact_text() && !exact_comment(text))
         tell_unwritable(text_state().shown_path(true));
     else

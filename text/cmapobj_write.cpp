@@ -22,17 +22,20 @@ bool write_container(cObj &obj, objref const &stream, char const *brackets, cTyp
     std::ostream *const os = stream_of(stream);
     auto const *const map = dynamic_cast<cMapObj const *>(&obj);
     if (!os || !map) return false;
+    objref const keep = objref::share(&obj); // a `write` below may drop it
+    hashref const entries = map->datamap_ref();
     char const format = *cat::wformat(obj);
     *os << brackets[0];
     if (format == 'w') put_comment(*os, obj);
-    write_entries(map->datamap(), *os, format, &type, &obj);
+    write_entries(*entries, *os, format, &type, &obj);
     *os << brackets[1] << std::flush;
     return true;
 }
 
-bool write_bare(cAttrHash const *hash, cObj const &obj, objref const &stream) {
+bool write_bare(hashref const &hash, cObj &obj, objref const &stream) {
     std::ostream *const os = stream_of(stream);
     if (!os) return false;
+    objref const keep = objref::share(&obj);
     if (hash) write_entries(*hash, *os, *cat::wformat(obj), nullptr, &obj);
     os->flush();
     return true;
@@ -53,9 +56,9 @@ bool cTomSet::m_write(cObj &obj, objref &stream) {
 
 bool cTomMap::m_write0(cObj &obj, objref &stream) {
     auto const *const map = dynamic_cast<cMapObj const *>(&obj);
-    return map && write_bare(&map->datamap(), obj, stream);
+    return map && write_bare(hashref(map->datamap_ref()), obj, stream);
 }
 
 bool cTomOmmap::m_write(cObj &obj, objref &stream) {
-    return write_bare(obj.ommap_ptr(), obj, stream);
+    return write_bare(hashref(obj.ommap_ref()), obj, stream);
 }

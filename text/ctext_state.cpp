@@ -269,14 +269,17 @@ void cTextState::clear_references() {
 cWriteLevel::cWriteLevel() {
     cTextState &state = text_state();
     ++state.depth_;
-    state.indent_ = state.depth_ == 0 ? cat::write_indent0 : state.indent_ + cat::write_indent;
+    if (state.depth_ == 0)
+        state.indent_ = cat::write_indent0;
+    else
+        state.add_indent(cat::write_indent);
 }
 
 cWriteLevel::~cWriteLevel() {
     cTextState &state = text_state();
     --state.depth_;
     if (state.depth_ > 0)
-        state.indent_ -= cat::write_indent;
+        state.take_indent(cat::write_indent);
     else
         state.indent_ = state.depth_ == 0 ? cat::write_indent0 : 0;
     if (state.depth_ < 0) state.clear_references(); // RE-ENTERS

@@ -73,8 +73,13 @@ class cTextState {
     ~cTextState() = default;
 
     int depth() const noexcept { return depth_; }
-    int indent() const noexcept { return indent_; }   // columns of the current level
-    void add_indent(int n) noexcept { indent_ += n; } // for cat::DoWriteIndent
+    int indent() const noexcept { return indent_; } // columns of the current level
+    void add_indent(int n) noexcept {               // for cat::DoWriteIndent; wraps
+        indent_ = static_cast<int>(static_cast<unsigned>(indent_) + static_cast<unsigned>(n));
+    }
+    void take_indent(int n) noexcept {
+        indent_ = static_cast<int>(static_cast<unsigned>(indent_) - static_cast<unsigned>(n));
+    }
     bool reading_key() const noexcept { return reading_key_; }
     int nesting() const noexcept { return nesting_; }
     int typed_nesting() const noexcept { return typed_nesting_; }

@@ -25,7 +25,7 @@ DoWriteIndent &DoWriteIndent::operator=(DoWriteIndent const &other) noexcept {
     columns_ = other.columns_;
     return *this;
 }
-DoWriteIndent::~DoWriteIndent() { text_state().add_indent(-columns_); }
+DoWriteIndent::~DoWriteIndent() { text_state().take_indent(columns_); }
 
 char const *wformat(cObj const &obj) {
     objref const member = obj.gmember("wformat");

@@ -476,10 +476,26 @@ TEST_F(Exact, a_key_that_fails_half_way_leaves_nothing) {
     objref const map = new_map("sc");
     put(map, foreign.of(0), cat::of(1));
     put(map, "ok", cat::of(2));
-    cErrorLog errors;
-    cat::ExactText const guard;
-    EXPECT_THROW(written(map), cErr); // the path itself holds the key's text
+    objref const outer = map_with(map);
+    messages();
+    EXPECT_EQ(exact_with_errors(outer, 1), "{k= {ok= 2; }; } | " + left_out("/k"));
+    EXPECT_EQ(messages(), "cErr during write of container, path='/k':\ntest error\n");
     EXPECT_TRUE(text_state().idle());
+}
+
+TEST_F(Exact, a_comment_that_fails_is_left_out_and_cuts_nothing) {
+    cForeignType const foreign("test_comment", [](cObj &, objref &) { return true; });
+    cat::type_string().set_converter(
+        foreign.type(), [](cObj &, objref &) -> bool { throw cErr(0x40000007U, "test error"); });
+    for (char const *layout : {"wc", "sc"}) {
+        objref const number = cat::of(1), list = vector_with(number, nullptr, layout);
+        number->set_omember("//", foreign.of(1));
+        append(list, cat::of("\n"));
+        messages();
+        EXPECT_EQ(exact(map_with(list)), "{\n  k= [\n      1,\n      \"\\\n\",\n  ]; \n}");
+        EXPECT_EQ(messages(), "cErr during write of container, path='/k/0':\ntest error\n");
+    }
+    cat::type_string().set_converter(foreign.type(), nullptr);
 }
 
 TEST_F(Exact, errors_that_the_handler_throws_do_not_cut_the_text) {

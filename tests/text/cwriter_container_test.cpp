@@ -3,6 +3,7 @@
 
 #include "text/ctext_state.h"
 
+#include <limits>
 #include <sstream>
 
 using namespace test;
@@ -88,6 +89,15 @@ TEST_F(WriterLayout, the_columns_can_be_set) {
     EXPECT_EQ(written(outer), "{\nin= {\n a= 1;\n b= 2;\n}; \n}");
     cat::write_indent = -3;
     EXPECT_EQ(written(outer), "{\nin= {\na= 1;\nb= 2;\n}; \n}");
+}
+
+TEST_F(WriterLayout, absurd_columns_wrap_and_come_back) {
+    cat::write_indent = std::numeric_limits<int>::min();
+    objref const outer = new_map(), middle = new_map();
+    put(middle, "in", two_ints("wc"));
+    put(outer, "mid", middle);
+    EXPECT_EQ(written(outer), "{\n  mid= {\nin= {\n  a= 1;\n  b= 2;\n}; \n  }; \n}");
+    cat::DoWriteIndent const most(std::numeric_limits<int>::min());
 }
 
 TEST_F(WriterLayout, a_guard_moves_the_current_level) {

@@ -2,9 +2,11 @@
 #include "tests/text/hostile_locale.h"
 #include "tests/text/write_support.h"
 
+#include "qrv/text/cexacttext.h"
 #include "text/ctext_state.h"
 
 #include <ios>
+#include <optional>
 #include <stdexcept>
 
 using namespace test;
@@ -150,6 +152,50 @@ TEST_F(WriterFailure, a_method_that_removes_its_neighbours_ends_the_walk_softly)
     hash = &map_of(map).datamap();
     EXPECT_EQ(written(map), "{a= test_removes(x); c= 3; }");
     expect_idle();
+}
+
+TEST_F(WriterFailure, a_method_that_clears_all_above_it_ends_softly) {
+    static cMapObj *top = nullptr;
+    cForeignType const foreign("test_clears", [](cObj &, objref &args) {
+        top->clear();
+        stream_of(args) << "x";
+        return true;
+    });
+    for (bool const exact : {false, true})
+        for (char const *layout : {"wc", "sc"}) {
+            objref const map = new_map(layout), inner = new_map(layout), value = foreign.of(1);
+            {
+                objref const middle = new_map(layout);
+                put(middle, "a", value);
+                put(middle, "b", cat::of(2));
+                put(inner, "middle", middle);
+                put(map, "in", inner);
+            }
+            top = exact ? &map_of(inner) : &map_of(map);
+            std::optional<cat::ExactText> guard;
+            if (exact) guard.emplace();
+            EXPECT_EQ(written(map).substr(0, 1), "{");
+            EXPECT_TRUE(text_state().idle());
+        }
+}
+
+TEST_F(WriterFailure, a_method_that_removes_its_own_entry) {
+    static cAttrHash *hash = nullptr;
+    cForeignType const foreign("test_removes", [](cObj &, objref &args) {
+        hash->delitem("a");
+        stream_of(args) << "x";
+        return true;
+    });
+    objref const map = new_map("sc"), value = foreign.of(1);
+    put(map, "a", value);
+    put(map, "b", cat::of(2));
+    hash = &map_of(map).datamap();
+    EXPECT_EQ(written(map), "{a= test_removes(x); b= 2; }");
+    put(map, "a", value);
+    map_of(map).datamap().rename(make_key(std::string("b")), make_key(std::string("c")));
+    cat::ExactText const guard;
+    EXPECT_EQ(written(map), "{c= 2; }");
+    EXPECT_EQ(guard.failed(), 0u);
 }
 
 TEST_F(WriterFailure, a_method_that_changes_the_layout_of_its_container) {
