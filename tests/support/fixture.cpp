@@ -90,17 +90,20 @@ QrvTest::cEntries QrvTest::entries_of(cMapObj &map) {
     return entries;
 }
 
-// Only what differs is touched, so that a test inside a test sees no new keys.
+// Only what differs is touched, so that order and keys stay.
 void QrvTest::put_back(cMapObj &map, cEntries const &before) {
     cAttrHash &hash = map.datamap();
     for (auto const &[key, value] : entries_of(map)) {
-        auto const same = [&key = key, &value = value](auto const &entry) {
-            return entry.first == key && entry.second == value;
-        };
-        if (std::none_of(before.begin(), before.end(), same)) hash.delitem(key);
+        auto const same_key = [&key = key](auto const &entry) { return entry.first == key; };
+        if (std::none_of(before.begin(), before.end(), same_key)) hash.delitem(key);
     }
-    for (auto const &[key, value] : before)
-        if (!hash.find(key)) hash.insert(key, value, nullptr); // bad and badfind too
+    for (auto const &[key, value] : before) {
+        cAttrNode *const node = hash.find(key);
+        if (!node)
+            hash.insert(key, value, nullptr); // takes bad and badfind too
+        else if (node->valref() != value)
+            node->valref_() = value;
+    }
 }
 
 void QrvTest::check_idle() {
