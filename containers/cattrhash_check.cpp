@@ -8,8 +8,8 @@
 //   H6 the number of never-used slots is right
 //   H7 what is known about the keys is right: counts of kinds, greatest index, vector or not
 //   H8 each key is found again under its cached hash (deep only)
-// In checking builds the cheap rules are held after every change of a small table, and after every
-// change number that is a power of two of a large one.
+// In checking builds the cheap rules are held after each of the first changes of a small table and
+// after some later ones, and after every change number that is a power of two of any table.
 
 #include "containers/cattrhash_detail.h"
 #include "qrv/core/cobjd.h"
@@ -91,7 +91,8 @@ std::string cAttrHash::broken_deep() const {
 
 #ifdef QRV_CHECKS
 void cAttrHash::check() const {
-    if (used_ > 32 && (changes_ & (changes_ - 1)) != 0) return;
+    bool const is_small = used_ <= 32 && (changes_ < 4096 || changes_ % 64 == 0);
+    if (!is_small && (changes_ & (changes_ - 1)) != 0) return;
     std::string const rule = broken_rule(false);
     if (rule.empty()) return;
     std::fprintf(stderr, "cAttrHash: broken rule %s\n", rule.c_str());
