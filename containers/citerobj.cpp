@@ -70,7 +70,8 @@ bool cIterObj::valid() const noexcept { return at_node() && !hash_->node_at(link
 
 cAttrNode *cIterObj::node() const noexcept {
     if (at_node()) return hash_->node_at(link_);
-    return static_cast<cAttrNode *>(static_cast<void *>(link_)); // the end position: an address, not a node
+    return static_cast<cAttrNode *>(
+        static_cast<void *>(link_)); // the end position: an address, not a node
 }
 
 objref const &cIterObj::key() const noexcept {

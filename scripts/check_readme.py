@@ -3,8 +3,9 @@
 
 Every block marked `console` holds commands, each behind "$ ", and below it the whole of what it
 prints. All are run in one folder that has the examples in it; a block is one shell, so that later
-commands see what earlier ones set. `./dev run` stands for the built tool.
-Usage: check_readme.py README TOOL. 0 when every output is as shown, 1 with a diff where it isn't.
+commands see what earlier ones set. `./dev run` stands for the built tool, and build/dev/bin for the
+folder that it lies in. Every block marked `cpp` is a piece of a program in examples/, letter by letter.
+Usage: check_readme.py README TOOL. 0 when all is as shown, 1 with a diff where it isn't.
 """
 import difflib
 import pathlib
@@ -15,6 +16,7 @@ import sys
 import tempfile
 
 BLOCK = re.compile(r"^```console\n(.*?)^```", re.M | re.S)
+PROGRAM = re.compile(r"^```cpp\n(.*?)^```", re.M | re.S)
 
 
 def commands(block):
@@ -32,13 +34,25 @@ def commands(block):
     return [(command.rstrip("\n"), shown) for command, shown in found]
 
 
+def real_command(command, tool):
+    stands_for = {"./dev run": f"'{tool}'", "build/dev/bin/": f"{tool.parent}/"}
+    return re.sub(r"(?<![\w/])(?:\./dev run\b|build/dev/bin/)", lambda match: stands_for[match[0]], command)
+
+
+def unknown_programs(text, examples):
+    """The first lines of the cpp blocks that stand in no example."""
+    sources = [file.read_text(encoding="utf-8") for file in sorted(examples.glob("*.cpp"))]
+    for block in PROGRAM.findall(text):
+        if not any("\n" + block in "\n" + source for source in sources):
+            yield block.split("\n", 1)[0]
+
+
 def run_block(block, tool, folder):
     """Runs a block in one shell; yields (command, shown, printed)."""
     steps = commands(block)
     mark = "-=-=- end of a command -=-=-"
     script = "".join(
-        re.sub(r"(?<![\w/])\./dev run\b", lambda _: f"'{tool}'", command) + f"\nstatus=$?\nprintf '%s\\n' '{mark}'\n(exit $status)\n"
-        for command, _ in steps
+        f"{real_command(command, tool)}\nstatus=$?\nprintf '%s\\n' '{mark}'\n(exit $status)\n" for command, _ in steps
     )
     result = subprocess.run(
         ["bash", "-c", script], cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
@@ -51,10 +65,14 @@ def run_block(block, tool, folder):
 
 def main():
     readme, tool = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
-    blocks = BLOCK.findall(readme.read_text(encoding="utf-8"))
+    text = readme.read_text(encoding="utf-8")
+    blocks = BLOCK.findall(text)
     if not blocks:
         print(f"{readme.name} shows no command")
         return 1
+    unknown = list(unknown_programs(text, readme.parent / "examples"))
+    for line in unknown:
+        print(f"in no program of examples/: {line}")
     wrong = count = 0
     with tempfile.TemporaryDirectory() as folder:
         shutil.copytree(readme.parent / "examples", pathlib.Path(folder) / "examples")
@@ -71,7 +89,7 @@ def main():
                         shown.splitlines(True), printed.splitlines(True), "as shown", "as printed")
                 )
     print(f"{count} commands of {readme.name}, {wrong} print something else than shown")
-    return 1 if wrong else 0
+    return 1 if wrong or unknown else 0
 
 
 if __name__ == "__main__":

@@ -221,6 +221,17 @@ class Readme(Tree):
         self.write("README.md", "```console\n$ ./dev run a\nb\n```\n")
         self.fails("-b\n+a\n", "check_readme.py", "README.md", "tool")
 
+    def test_a_program_beside_the_tool(self):
+        self.write("README.md", "```console\n$ build/dev/bin/tool b\nb\n```\n")
+        self.passes("check_readme.py", "README.md", "tool")
+
+    def test_a_program_that_is_no_example(self):
+        self.write("examples/a.cpp", "// A.\nint a;\nint b;\n")
+        self.write("README.md", "```console\n$ ./dev run a\na\n```\n```cpp\nint a;\n```\n")
+        self.passes("check_readme.py", "README.md", "tool")
+        self.write("README.md", "```console\n$ ./dev run a\na\n```\n```cpp\nint c;\n```\n")
+        self.fails("in no program of examples/: int c;", "check_readme.py", "README.md", "tool")
+
     def test_no_command_at_all(self):
         self.write("README.md", "# R\n")
         self.fails("shows no command", "check_readme.py", "README.md", "tool")

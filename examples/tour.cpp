@@ -1,0 +1,37 @@
+// Reads a device description, changes it, listens to errors, and writes a part of it.
+// Usage: tour FILE
+#include "qrv/containers/cattr.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cconsole.h"
+#include "qrv/diagnostics/cerr.h"
+#include "qrv/text/cfile.h"
+
+#include <iostream>
+
+namespace {
+void seen(cErr &error) { std::cout << "a slot saw: " << error.as_string() << '\n'; }
+} // namespace
+
+int main(int argc, char **argv) {
+    sig_idle();              // the start-up text has no reader and goes
+    cConsoleDisplay display; // from here on std::cout and std::cerr are seen
+
+    objref device;
+    if (argc != 2 || !file2obj(argv[1], device) || !cObj::is_map(device)) return 2;
+
+    // By key and by path. as_string gives a string's plain value, as_text what a file would hold.
+    std::cout << "name    " << cat::as_string((*device)["name"]) << '\n';
+    std::cout << "manual  " << cat::as_text(device->getattrp("location/manual")) << '\n';
+
+    // A handle stands for an owner and a key. What the file shares by #cRef is one object.
+    (*device)["limits"]["temperature"]["high"] = cat::of(150);
+    std::cout << "sensor  " << cat::as_text(device->getattrp("sensors/0/limits")) << '\n';
+
+    // A failure is a value that travels over a signal; handlers print, throw or forgive it.
+    cat::errhandler().silent_mask(0xFFFFFFFF);
+    cFunctionSlot1<cErr &, void (*)(cErr &)> slot(&seen, cat::sig_error());
+    device->setflags(of_const_keys);
+    (*device)["colour"] = cat::of("grey");
+    return 0;
+}
