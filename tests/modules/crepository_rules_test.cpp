@@ -9,6 +9,7 @@ struct cRepositoryProbe {
     static cRepositoryEntry &add(cRepositoryList &list, char const *name) {
         return list.insert(name);
     }
+    static void remove(cRepositoryEntry &entry) { delete &entry; }
     static cRepositoryEntry *&next(cRepositoryEntry &entry) { return entry.next_; }
     static cRepositoryList *&owner(cRepositoryEntry &entry) { return entry.owner_; }
     static std::uint32_t &hash(cRepositoryEntry &entry) { return entry.hash_; }
@@ -124,6 +125,20 @@ TEST_F(RepositoryRules, r5_an_entry_that_a_search_does_not_reach) {
         EXPECT_EQ(list.broken_rule(false), "");
         EXPECT_EQ(list.broken_rule(true), "R5 not found b");
     }
+}
+
+TEST_F(RepositoryRules, an_insertion_takes_the_first_erased_cell_on_its_way) {
+    cRepositoryEntry &first = Probe::add(other, "ABAB");
+    cRepositoryEntry &second = Probe::add(other, "ABBc"); // the same hash
+    std::uintptr_t *const erased = Probe::slot(first);
+    EXPECT_NE(Probe::slot(second), erased);
+    auto const unused = Probe::unused(other);
+    Probe::remove(first);
+    EXPECT_EQ(*erased, 1u);
+    cRepositoryEntry &third = Probe::add(other, "BcAB");
+    EXPECT_EQ(Probe::slot(third), erased);
+    EXPECT_EQ(Probe::unused(other), unused);
+    EXPECT_EQ(other.broken_rule(true), "");
 }
 
 #ifdef QRV_CHECKS

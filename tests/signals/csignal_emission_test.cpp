@@ -345,6 +345,12 @@ TEST(EmissionEdge, a_slot_connected_during_an_emission_is_called_a_queued_one_is
     signal.connect(dropped);
     signal();
     EXPECT_EQ(log.take(), "a;added;");
+    // also when the one that adds it is the last
+    cSignal const other;
+    LogSlot const last(log, "last"), adder(log, "adder", [&] { other.connect(last); });
+    other.connect(adder);
+    other();
+    EXPECT_EQ(log.take(), "adder;last;");
 }
 
 TEST(EmissionEdge, oneshot_serves_three_slots_in_turn_and_rotates_past_a_blocked_one) {
