@@ -150,6 +150,12 @@ class Rules(Tree):
     def test_a_source_without_a_comment(self):
         self.breaks("core/b.cpp:1: opens without", "core/b.cpp", "int b;\n")
 
+    def test_a_source_that_begins_with_its_own_header_and_one_with_another(self):
+        self.write("core/b.cpp", '#include "qrv/core/b.h"\nint b;\n')
+        self.write("tests/core/b_test.cpp", '#include "qrv/core/b.h"\nint b;\n')
+        self.passes("check_rules.py", self.root)
+        self.breaks("core/c.cpp:1: opens without", "core/c.cpp", '#include "qrv/core/b.h"\nint b;\n')
+
     def test_a_header_without_pragma_once(self):
         self.breaks("begins with #pragma once", "core/b.h", "// B.\n")
 

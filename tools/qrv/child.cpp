@@ -40,7 +40,7 @@ bool unpack(std::string const &bytes, cReply &reply) {
     if (bytes.empty() || !unpack_text(bytes, at, reply.text) ||
         !unpack_text(bytes, at, reply.messages) || !unpack_text(bytes, at, reply.extra))
         return false;
-    reply.status = bytes[0];
+    reply.status = static_cast<unsigned char>(bytes[0]);
     return at == bytes.size();
 }
 
