@@ -1,12 +1,12 @@
 // Links between signals and slots, and the queue of nodes that wait for their memory to be freed.
 //
-// Rules of a ring (broken_rule checks all of them, C7 only when deep):
-//   C1  each node n: n.next->prev is n, and the ring comes back to its head
-//   C2  each node's base is the base of the ring
-//   C3  the head carries no link and no flag, is not queued, and holds a token that counts at least
-//   1 C4  a queued node has no partner C5  a node that is not queued has one, and is its partner's
-//   partner C6  exactly one of the two is the target, both count the same uses, only a sender is
-//   exclusive C7  (deep) the same holds in the partners' rings, and Q1, Q2 hold
+// Rules of a ring (broken_rule checks all of them, L7 only when deep):
+//   L1  each node n: n.next->prev is n, and the ring comes back to its head
+//   L2  each node's base is the base of the ring
+//   L3  the head carries no link and no flag, is not queued, and holds a token that counts at least
+//   1 L4  a queued node has no partner L5  a node that is not queued has one, and is its partner's
+//   partner L6  exactly one of the two is the target, both count the same uses, only a sender is
+//   exclusive L7  (deep) the same holds in the partners' rings, and Q1, Q2 hold
 // Rules of the queue:
 //   Q1  it reaches its end mark, and every node on it has no partner
 //   Q2  it is empty while no deletion lock is held
@@ -170,23 +170,23 @@ std::string cConnection::broken_queue_rule() {
 
 std::string cConnection::broken_link(cConnection const &node, char const *where) {
     auto const broken = [where](char const *rule) { return std::string(rule) + where; };
-    if (node.isdeleted()) return node.partner_ ? broken("C4 queued with a partner") : std::string();
+    if (node.isdeleted()) return node.partner_ ? broken("L4 queued with a partner") : std::string();
     cConnection const *const other = node.partner_;
-    if (!other || other->partner_ != &node) return broken("C5 not its partner's partner");
-    if (node.istarget() == other->istarget()) return broken("C6 not one target");
-    if (node.uses_ != other->uses_) return broken("C6 uses differ");
-    if (node.istarget() && (node.flags_ & exclusive_bit)) return broken("C6 exclusive target");
+    if (!other || other->partner_ != &node) return broken("L5 not its partner's partner");
+    if (node.istarget() == other->istarget()) return broken("L6 not one target");
+    if (node.uses_ != other->uses_) return broken("L6 uses differ");
+    if (node.istarget() && (node.flags_ & exclusive_bit)) return broken("L6 exclusive target");
     return {};
 }
 
 std::string cSSBase::broken_ring() const {
     if (!start_) return {};
-    if (start_->partner_ || start_->flags_ || start_->isdeleted()) return "C3 the head has a link";
-    if (!start_->block_token_ || start_->block_token_->refs() < 1) return "C3 no token";
+    if (start_->partner_ || start_->flags_ || start_->isdeleted()) return "L3 the head has a link";
+    if (!start_->block_token_ || start_->block_token_->refs() < 1) return "L3 no token";
     cConnection const *node = start_;
     do {
-        if (node->next_->prev_ != node) return "C1 next and prev disagree";
-        if (node->base_ != this) return "C2 wrong base";
+        if (node->next_->prev_ != node) return "L1 next and prev disagree";
+        if (node->base_ != this) return "L2 wrong base";
         if (node != start_)
             if (auto rule = cConnection::broken_link(*node, ""); !rule.empty()) return rule;
         node = node->next_;
@@ -201,10 +201,10 @@ std::string cSSBase::broken_rule(bool deep) const {
         cSSBase const *const other = node->other_base();
         if (!other) continue;
         rule = other->broken_ring();
-        if (!rule.empty()) return "C7 at a partner: " + rule;
+        if (!rule.empty()) return "L7 at a partner: " + rule;
     }
     rule = cConnection::broken_queue_rule();
-    return rule.empty() ? rule : "C7 in the queue: " + rule;
+    return rule.empty() ? rule : "L7 in the queue: " + rule;
 }
 
 void cSSBase::check() const {

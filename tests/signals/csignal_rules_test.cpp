@@ -57,69 +57,69 @@ TEST_F(RingRules, a_sound_ring_breaks_none) {
     EXPECT_EQ(signal.broken_rule(true), "");
 }
 
-TEST_F(RingRules, c1_next_and_prev_disagree) {
+TEST_F(RingRules, l1_next_and_prev_disagree) {
     Broken const skip(cRingProbe::next(first), signal.end());
-    EXPECT_EQ(signal.broken_rule(false), "C1 next and prev disagree");
+    EXPECT_EQ(signal.broken_rule(false), "L1 next and prev disagree");
 }
 
-TEST_F(RingRules, c2_a_node_of_another_base) {
+TEST_F(RingRules, l2_a_node_of_another_base) {
     Broken<cSSBase *> const base(cRingProbe::base(second), &a);
-    EXPECT_EQ(signal.broken_rule(false), "C2 wrong base");
+    EXPECT_EQ(signal.broken_rule(false), "L2 wrong base");
 }
 
-TEST_F(RingRules, c3_the_head_carries_a_link) {
+TEST_F(RingRules, l3_the_head_carries_a_link) {
     {
         Broken const partner(cRingProbe::partner(signal.end()), second);
-        EXPECT_EQ(signal.broken_rule(false), "C3 the head has a link");
+        EXPECT_EQ(signal.broken_rule(false), "L3 the head has a link");
     }
     {
         Broken const flags(cRingProbe::flags(signal.end()), cRingProbe::target);
-        EXPECT_EQ(signal.broken_rule(false), "C3 the head has a link");
+        EXPECT_EQ(signal.broken_rule(false), "L3 the head has a link");
     }
     Broken<std::uintptr_t> const queued(cRingProbe::delete_next(signal.end()), 1);
-    EXPECT_EQ(signal.broken_rule(false), "C3 the head has a link");
+    EXPECT_EQ(signal.broken_rule(false), "L3 the head has a link");
 }
 
-TEST_F(RingRules, c3_the_token_is_gone) {
+TEST_F(RingRules, l3_the_token_is_gone) {
     Broken<cRef<cShared>> const token(cRingProbe::token(signal), nullptr);
-    EXPECT_EQ(signal.broken_rule(false), "C3 no token");
+    EXPECT_EQ(signal.broken_rule(false), "L3 no token");
 }
 
-TEST_F(RingRules, c4_a_queued_node_with_a_partner) {
+TEST_F(RingRules, l4_a_queued_node_with_a_partner) {
     Broken<std::uintptr_t> const queued(cRingProbe::delete_next(first), 1);
-    EXPECT_EQ(signal.broken_rule(false), "C4 queued with a partner");
+    EXPECT_EQ(signal.broken_rule(false), "L4 queued with a partner");
 }
 
-TEST_F(RingRules, c5_a_living_node_without_partner) {
+TEST_F(RingRules, l5_a_living_node_without_partner) {
     Broken<cConnection *> const partner(cRingProbe::partner(first), nullptr);
-    EXPECT_EQ(signal.broken_rule(false), "C5 not its partner's partner");
-    EXPECT_EQ(a.broken_rule(false), "C5 not its partner's partner");
+    EXPECT_EQ(signal.broken_rule(false), "L5 not its partner's partner");
+    EXPECT_EQ(a.broken_rule(false), "L5 not its partner's partner");
 }
 
-TEST_F(RingRules, c6_both_or_neither_is_the_target) {
+TEST_F(RingRules, l6_both_or_neither_is_the_target) {
     {
         Broken const flags(cRingProbe::flags(first), cRingProbe::target);
-        EXPECT_EQ(signal.broken_rule(false), "C6 not one target");
+        EXPECT_EQ(signal.broken_rule(false), "L6 not one target");
     }
     Broken<std::uint16_t> const flags(cRingProbe::flags(a.begin()), 0);
-    EXPECT_EQ(signal.broken_rule(false), "C6 not one target");
+    EXPECT_EQ(signal.broken_rule(false), "L6 not one target");
 }
 
-TEST_F(RingRules, c6_uses_differ) {
+TEST_F(RingRules, l6_uses_differ) {
     Broken<std::int16_t> const uses(cRingProbe::uses(first), 2);
-    EXPECT_EQ(signal.broken_rule(false), "C6 uses differ");
+    EXPECT_EQ(signal.broken_rule(false), "L6 uses differ");
 }
 
-TEST_F(RingRules, c6_the_target_is_exclusive) {
+TEST_F(RingRules, l6_the_target_is_exclusive) {
     Broken<std::uint16_t> const flags(cRingProbe::flags(a.begin()),
                                       cRingProbe::target | cRingProbe::exclusive);
-    EXPECT_EQ(a.broken_rule(false), "C6 exclusive target");
+    EXPECT_EQ(a.broken_rule(false), "L6 exclusive target");
 }
 
-TEST_F(RingRules, c7_a_partners_ring_is_broken_and_only_the_deep_check_sees_it) {
+TEST_F(RingRules, l7_a_partners_ring_is_broken_and_only_the_deep_check_sees_it) {
     Broken<cRef<cShared>> const token(cRingProbe::token(a), nullptr);
     EXPECT_EQ(signal.broken_rule(false), "");
-    EXPECT_EQ(signal.broken_rule(true), "C7 at a partner: C3 no token");
+    EXPECT_EQ(signal.broken_rule(true), "L7 at a partner: L3 no token");
 }
 
 TEST_F(RingRules, q1_a_queued_node_reads_as_alive) {
@@ -145,7 +145,7 @@ TEST_F(RingRules, q1_a_queued_node_has_a_partner_and_the_deep_check_of_a_ring_se
     signal.disconnect(a, true);
     Broken const partner(cRingProbe::partner(cut), second);
     EXPECT_EQ(cConnection::broken_queue_rule(), "Q1 a queued node has a partner");
-    EXPECT_EQ(b.broken_rule(true), "C7 at a partner: C4 queued with a partner");
+    EXPECT_EQ(b.broken_rule(true), "L7 at a partner: L4 queued with a partner");
     cSignal other;
     LogSlot const c(log, "c");
     EXPECT_EQ(other.broken_rule(true), "");
@@ -157,7 +157,7 @@ TEST_F(RingRules, q2_nodes_are_queued_and_nothing_locks) {
     cRingProbe::cut_and_queue(other);
     EXPECT_EQ(cConnection::broken_queue_rule(), "Q2 queued nodes and no lock");
     EXPECT_EQ(signal.broken_rule(false), "");
-    EXPECT_EQ(signal.broken_rule(true), "C7 in the queue: Q2 queued nodes and no lock");
+    EXPECT_EQ(signal.broken_rule(true), "L7 in the queue: Q2 queued nodes and no lock");
     OpenConnection::do_delete();
     EXPECT_EQ(cConnection::broken_queue_rule(), "");
     EXPECT_EQ(cConnection::queue_length(), 0u);
@@ -170,7 +170,7 @@ TEST_F(RingRules, a_change_that_finds_a_broken_ring_stops_the_process) {
             cRingProbe::uses(first) = 7;
             signal.connect(b);
         },
-        "broken rule of connections: C6 uses differ");
+        "broken rule of connections: L6 uses differ");
 }
 #endif
 
