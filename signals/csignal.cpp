@@ -3,10 +3,11 @@
 // Rules of a ring (broken_rule checks all of them, L7 only when deep):
 //   L1  each node n: n.next->prev is n, and the ring comes back to its head
 //   L2  each node's base is the base of the ring
-//   L3  the head carries no link and no flag, is not queued, and holds a token that counts at least
-//   1 L4  a queued node has no partner L5  a node that is not queued has one, and is its partner's
-//   partner L6  exactly one of the two is the target, both count the same uses, only a sender is
-//   exclusive L7  (deep) the same holds in the partners' rings, and Q1, Q2 hold
+//   L3  the head carries no link and no flag, is not queued, and holds a token of at least 1
+//   L4  a queued node has no partner
+//   L5  a node that is not queued has one, and is its partner's partner
+//   L6  exactly one of the two is the target, both count the same uses, only senders are exclusive
+//   L7  (deep) the same holds in the partners' rings, and Q1, Q2 hold
 // Rules of the queue:
 //   Q1  it reaches its end mark, and every node on it has no partner
 //   Q2  it is empty while no deletion lock is held
