@@ -26,6 +26,7 @@ struct yy_buffer_state {
     std::size_t removed = 0;
     // No string opened before this offset is closed, for double and single quotes. Whether a quote
     // or a newline is escaped depends only on the backslashes directly before it, so a search that
-    // failed speaks for every later quote of its kind up to the place where it stopped.
+    // failed speaks for every later quote of its kind up to the place where it stopped. That place
+    // was taken from the stream, so it never lies behind a look-ahead that was dropped.
     std::size_t no_close[2] = {0, 0};
 };

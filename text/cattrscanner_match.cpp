@@ -114,10 +114,7 @@ void yy_buffer_state::consume(std::size_t n) {
     next = 0;
 }
 
-void yy_buffer_state::drop() {
-    consume(ahead());
-    no_close[0] = no_close[1] = 0;
-}
+void yy_buffer_state::drop() { consume(ahead()); }
 
 FlexLexer::~FlexLexer() = default;
 
