@@ -286,12 +286,7 @@ objref cEntryWriter::place_of(objref const &key) const {
 
 cLineCollector::cComment cEntryWriter::comment_of(cObj const &obj) const {
     cLineCollector::cComment comment;
-    if (!obj.has_ommap()) return comment;
-    try {
-        if (!obj.get_comment(comment.text)) comment.text.clear();
-    } catch (cErr const &error) {
-        tell_error(error);
-    }
+    if (!find_comment(obj, comment.text)) comment.text.clear();
     if (!exact_comment(comment.text)) comment.path = state_.shown_path(true);
     return comment;
 }
@@ -303,14 +298,17 @@ void cEntryWriter::refuse(objref const &place) {
         cPathStep const step(place);
         path = state_.shown_path(true);
     } catch (cErr const &) {
-    } // a key without text, told already: the path of its container
+        // A key without text, and told already; the path of its container must do.
+    }
     tell_unwritable(path);
 }
 
 void cEntryWriter::exact_entry(cAttrNode const &node) {
     objref const place = place_of(node.key());
+    cObj const &value = node.value();
     bool done = false;
-    if ((listed_ || exact_key(node.key())) && exact_writable(node.value())) {
+    // No container takes bad or badfind when it is read.
+    if ((listed_ || exact_key(node.key())) && !value.is_bad() && exact_writable(value)) {
         try {
             done = try_entry(node, place);
         } catch (cErr const &error) {

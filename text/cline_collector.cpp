@@ -1,3 +1,7 @@
+// The marks stand in the order of the text, so delivering is one walk over both. A container's
+// layout is read from its own entry, which its close has settled by then; one that an exception
+// left open stays on its line.
+
 #include "text/cline_collector.h"
 
 #include "text/cwriter_exact.h"

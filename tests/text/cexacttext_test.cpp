@@ -342,6 +342,19 @@ TEST_F(Exact, infinity_and_nan_are_left_out) {
     EXPECT_EQ(guard.failed(), 3u);
 }
 
+TEST_F(Exact, bad_and_badfind_are_left_out_of_containers) {
+    objref const map = new_map("sc");
+    cAttrHash &hash = map_of(map).datamap();
+    hash.insert(cat::of("a"), cat::bad(), nullptr);
+    hash.insert(cat::of("b"), cat::badfind(), nullptr);
+    hash.insert(cat::of("c"), nullptr, nullptr);
+    hash.insert(cat::of("d"), cat::nil(), nullptr);
+    EXPECT_EQ(written(map), "{a= #bad; b= #badfind; c= #cRef(/a); d= #nil; }");
+    EXPECT_EQ(exact_with_errors(map, 3),
+              "{d= #nil; } | " + left_out("/a") + left_out("/b") + left_out("/c"));
+    EXPECT_EQ(exact(cat::bad()), "#bad");
+}
+
 TEST_F(Exact, keys_that_are_no_keys_when_read_are_left_out) {
     objref const map = new_map("sc");
     put(map, "#x", cat::of(1));

@@ -14,11 +14,12 @@
 //
 // What can't be written is left out, counted, and told:
 //   0x40000001 "Value cannot be written, path : " and the path
-// That is: infinity and NaN; a value without text or whose `write` fails; a key that is no key when
-// it is read (beginning with '#', without text, of a type without key hooks); a constant or type
-// whose name isn't read as one; a back reference through a key that is no number, string, bool or
-// constant, or into a container that isn't closed yet; a comment that is more than white space and
-// comments (the value stays).
+// That is: infinity and NaN; cat::bad() and cat::badfind() in a container, which takes neither when
+// it is read; a value without text or whose `write` fails; a key that is no key when it is read
+// (beginning with '#', without text, of a type without key hooks); a constant or type whose name
+// isn't read as one; a back reference through a key that is no number, string, bool or constant, or
+// into a container that isn't closed yet; a comment that is more than white space and comments (the
+// value stays).
 //
 // Guards nest. It acts on every written form, cat::as_text and cat::as_string included.
 // One thread at a time.
