@@ -48,7 +48,7 @@ TEST_F(ReadReports, tell_where_an_unclosed_bracket_was_opened) {
                                      "path: /a\n"
                                      "1:1  0x40000001 Map is not closed by '}'\n");
     EXPECT_EQ(report("{ a = \n <1; 2]; }").substr(0, 43),
-              "2:7 /a 0x40000001 Set is not closed by '>'\n");
+              "2:2 /a 0x40000001 Set is not closed by '>'\n");
 }
 
 TEST_F(ReadReports, tell_a_bracket_alone_without_counting_it) {
