@@ -76,6 +76,18 @@ TEST(ScannerStream, starts_at_place_0_after_a_reset_on_a_file_opened_later) {
     EXPECT_EQ(shown(scan.token()), first);
 }
 
+// The position is still -1 then, and no place to seek to.
+TEST(ScannerStream, stays_at_the_start_when_flushed_on_a_file_opened_later) {
+    std::ifstream in;
+    Scan scan(in);
+    in.open("/proc/self/cmdline", std::ios::binary);
+    int const first = in.peek();
+    scan.flush();
+    EXPECT_TRUE(in.good());
+    EXPECT_EQ(in.peek(), first);
+    EXPECT_EQ(scan.position(), 0xFFFFFFFFu);
+}
+
 namespace {
 
 struct Pipe {

@@ -156,6 +156,13 @@ TEST_F(File, tells_what_cannot_be_opened_for_writing) {
 
 namespace {
 bool throwing_write(cObj &, objref &) { throw 5; }
+// Writes something, and spoils the stream.
+bool spoiling_write(cObj &, objref &stream) {
+    std::ostream &os = *dynamic_cast<cOutHolder const &>(*stream).valptr();
+    os << "half";
+    os.setstate(std::ios::badbit);
+    return true;
+}
 } // namespace
 
 TEST_F(File, keeps_the_old_file_when_the_object_throws_while_it_is_written) {
@@ -163,6 +170,15 @@ TEST_F(File, keeps_the_old_file_when_the_object_throws_while_it_is_written) {
     objref const map = read("{ a = 1; b = 2 }");
     map->getattrp("b")->set_omember("write", ::make<cExeMember>(throwing_write));
     EXPECT_THROW(write2file(*map, name.c_str(), true), int);
+    EXPECT_EQ(bytes_of(name), "old");
+    EXPECT_EQ(folder_.size(), 1u);
+}
+
+TEST_F(File, keeps_the_old_file_when_the_text_could_not_be_made) {
+    std::string const name = make("old");
+    objref const number = read("2");
+    number->set_omember("write", ::make<cExeMember>(spoiling_write));
+    EXPECT_FALSE(write2file(*number, name.c_str(), true));
     EXPECT_EQ(bytes_of(name), "old");
     EXPECT_EQ(folder_.size(), 1u);
 }
