@@ -8,6 +8,7 @@
 //   H6 the number of never-used slots is right
 //   H7 what is known about the keys is right: counts of kinds, greatest index, vector or not
 //   H8 each key is found again under its cached hash (deep only)
+//   H9 while no node was moved, the ring is in the order in which the nodes were made
 // In checking builds the cheap rules are held after each of the first changes of a small table and
 // after some later ones, and after every change number that is a power of two of any table.
 
@@ -33,7 +34,7 @@ bool is_floating(cKeyKind kind) noexcept {
 
 // What the walk over the ring has seen of the keys.
 struct cSeen {
-    std::uint32_t nodes = 0, others = 0, no_ints = 0;
+    std::uint32_t nodes = 0, others = 0, no_ints = 0, anid = 0;
     int greatest = -1;
     bool is_vector = true;
 
@@ -59,6 +60,8 @@ std::string cAttrHash::broken_rule(bool deep) const {
         if (cObj::is_void(node->key_)) return broken("H4");
         if (node->table_ != this || node->dead_ || !node->slot_ || node_of(*node->slot_) != node)
             return broken("H2", node);
+        if (!moved_ && node->anid_ < seen.anid) return broken("H9", node);
+        seen.anid = node->anid_;
         seen.take(node->kind_, node->hash_);
     }
     std::uint32_t words = 0, unused = 0;

@@ -226,6 +226,7 @@ void cAttrHash::unlink_node(cAttrNode &node) noexcept {
     if (used_ == 0) {
         greatest_ = -1;
         greatest_known_ = is_vector_ = true;
+        moved_ = false;
     }
     check();
 }
@@ -249,6 +250,7 @@ void cAttrHash::move_before(cAttrNode &node, cAttrNode &place) noexcept {
     node.unlink();
     node.link_before(place);
     is_vector_ = false;
+    moved_ = true;
     ++disturbed_;
 }
 

@@ -86,6 +86,7 @@ hashref hash_of(objref const &iterobj) {
 // Brings some nodes of a hash into the order of its ring.
 void sort_by_ring(cAttrHash const &hash, std::vector<cAttrNode *> &nodes) {
     if (nodes.size() < 2) return;
+    if (hash.in_creation_order()) return cat::sort_nodes(nodes, anidord);
     std::unordered_set<cAttrNode const *> const wanted(nodes.begin(), nodes.end());
     nodes.clear();
     for (cAttrNode *node = hash.first(); node && nodes.size() < wanted.size();
@@ -165,7 +166,8 @@ void cAttrCopy::list_target(cAttrHash const &target, cAttrHash const &source) {
 }
 
 // Keys that only the target has need no step here, so a small source merged into a large target
-// costs by its own size, and by the target's only where the order of several keys asks for it.
+// costs by its own size. (Where nodes of the target were moved, finding their order may cost a
+// walk.)
 void cAttrCopy::list_common(cAttrHash const &target, cAttrHash const &source) {
     std::vector<cAttrNode *> nodes;
     for (cRingWalk walk(source); walk.valid(); walk.step())

@@ -294,6 +294,7 @@ TEST_F(Attrcopy, merging_little_into_much_leaves_the_rest_alone) {
         EXPECT_TRUE(much->attrcopy(*map(), "-xx"));
         EXPECT_TRUE(much->attrcopy(*little, "-xx"));
     }
+    EXPECT_TRUE(much->datamap().in_creation_order()) << "so the order of the two is known";
     EXPECT_LT(cAttrHash::probe_count() - before, 20000u);
     EXPECT_EQ(shape(much->getattr(of(7))), "70");
 }

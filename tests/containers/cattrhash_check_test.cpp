@@ -96,3 +96,16 @@ TEST_F(HashRules, h8_each_key_is_found_under_its_hash) {
     EXPECT_EQ(with(cAttrHashProbe::hash_(b), cAttrHashProbe::hash_of(b) + 1), "");
     EXPECT_EQ(with(cAttrHashProbe::hash_(b), cAttrHashProbe::hash_of(b) + 1, true), "H8 key=b");
 }
+
+TEST_F(HashRules, h9_the_ring_is_in_creation_order_until_a_node_is_moved) {
+    EXPECT_TRUE(hash.in_creation_order());
+    hash.insert(cat::of("c"), cat::of(1), hash.find("a"));
+    EXPECT_FALSE(hash.in_creation_order());
+    EXPECT_EQ(with(cAttrHashProbe::moved(hash), false), "H9 key=a");
+    hash.clear();
+    EXPECT_TRUE(hash.in_creation_order());
+    hash.mapitem("x", cat::of(1));
+    hash.mapitem("y", cat::of(1));
+    hash.rename(cat::of("x"), cat::of("z"));
+    EXPECT_FALSE(hash.in_creation_order());
+}

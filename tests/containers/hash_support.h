@@ -25,6 +25,7 @@ struct cAttrHashProbe {
     static std::uint32_t &no_ints(cAttrHash &hash) { return hash.no_ints_; }
     static int &greatest(cAttrHash &hash) { return hash.greatest_; }
     static bool &is_vector(cAttrHash &hash) { return hash.is_vector_; }
+    static bool &moved(cAttrHash &hash) { return hash.moved_; }
     static bool seeded(cAttrHash const &hash) { return hash.seeded_; }
     static void unlink(cAttrHash &hash, cAttrNode *node) { hash.unlink_node(*node); }
     static void swap_links(cAttrNode *node) {

@@ -180,6 +180,8 @@ class QRV_API cAttrHash : public cShared {
     // The ring. Null at the end, and after a node of another hash or a dead one.   O(1)
     cAttrNode *first() const noexcept { return node_at(anchor_.next()); }
     cAttrNode *last() const noexcept { return node_at(anchor_.prev()); }
+    // True while no node was moved: then the ring's order is that of anid().
+    bool in_creation_order() const noexcept { return !moved_; }
     cAttrNode *next(cAttrNode const *node) const noexcept;
     cAttrNode *prev(cAttrNode const *node) const noexcept;
 
@@ -332,6 +334,7 @@ class QRV_API cAttrHash : public cShared {
     mutable int greatest_ = -1;   // of the int keys and -1, if greatest_known_
     mutable bool greatest_known_ = true;
     mutable bool is_vector_ = true; // false: not known
+    bool moved_ = false;            // a node was moved in the ring since it was empty
     bool seeded_ = false;           // text and floating keys are hashed with the process's seed
     mutable cAnchor anchor_;
     cObj *father_; // borrowed
