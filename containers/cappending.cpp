@@ -10,7 +10,7 @@
 cat::cAppending::cAppending(cObj &holder)
     : holder_(holder), set_(cObj::is_set(&holder) ? as_map(&holder) : nullptr) {
     if (!set_) return;
-    hash_ = set_->hash_ref();
+    hash_ = set_->datamap_ref();
     index_.emplace(*hash_);
 }
 

@@ -135,7 +135,7 @@ class cEmptyChilds {
 
     // True when a key was removed, and the walk has to start again.
     bool pass(cMapObj &map) {
-        hashref const hash = map.hash_ref();
+        hashref const hash = map.datamap_ref();
         for (cRingWalk walk(*hash); walk.valid(); walk.step()) {
             if (!cObj::is_map(walk.valref())) continue;
             objref const held = walk.valref();

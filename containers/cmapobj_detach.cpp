@@ -47,8 +47,8 @@ bool fill_plainly(cObj const &source, cMapObj &fresh) {
                        !fresh.entrytype() && fresh.datamap().empty();
     cMapObj const *const map = plain ? dynamic_cast<cMapObj const *>(&source) : nullptr;
     if (!map) return false;
-    hashref const to = fresh.hash_ref();
-    hashref const from = map->hash_ref();
+    hashref const to = fresh.datamap_ref();
+    hashref const from = map->datamap_ref();
     for (cRingWalk walk(*from); walk.valid(); walk.step()) to->mapitem(walk.key(), walk.valref());
     return true;
 }
@@ -99,7 +99,7 @@ bool detach_item(cAttrHash &hash, objref const &key, cDeepDetach *deep) {
 
 bool detach_all(cMapObj &map, cDeepDetach *deep) {
     if (deep && cat::stack_low()) return cat::too_deep(map);
-    hashref const hash = map.hash_ref();
+    hashref const hash = map.datamap_ref();
     std::vector<objref> keys; // fixed: replacing values runs foreign code
     for (cAttrNode const *node = hash->first(); node; node = hash->next(node))
         keys.push_back(node->key());

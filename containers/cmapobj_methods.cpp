@@ -47,7 +47,7 @@ bool store_instead(cAttspec const &spec, cMapObj &map, objref const &key, bool &
 }
 
 bool set_specified(cAttspec const &spec, cMapObj &map, objref const &key, objref const &value) {
-    hashref const hash = map.hash_ref();
+    hashref const hash = map.datamap_ref();
     objref const present = hash->getitem(key);
     if (spec.is_fixref() && !cObj::is_void(present)) { // 5
         return present == value || report_spec("FIXED REF", map, key, "");
@@ -81,7 +81,7 @@ bool cTomMap::setattr(cObj &obj, objref &key, objref &value) {
         eros_setattr(obj, key) << " Trial to establish cRef in cycle";
         return raise_eros();
     }
-    hashref const hash = map->hash_ref();
+    hashref const hash = map->datamap_ref();
     if (obj.flags_of(of_const_keys) && !hash->find(key)) { // 3
         eros_setattr(obj, key) << "  Flag of const key set offended";
         return raise_eros();
@@ -111,7 +111,7 @@ objref cTomMap::getattr_insert(objref obj, objref key) {
 
 objref cTomMap::iterobj(objref obj) {
     cMapObj *const map = cat::as_map(obj);
-    return map ? objref(make<cIterObj>(map->hash_ref())) : cat::bad();
+    return map ? objref(make<cIterObj>(map->datamap_ref())) : cat::bad();
 }
 
 bool cTomMap::m_assign(cObj &obj, objref &arg) { return arg && obj.attrcopy(*arg, "0as"); }
@@ -143,8 +143,8 @@ bool same_key(objref const &a, objref const &b) {
 
 // Every key of a in b with an equal value.
 bool equal_by_key(cMapObj const &a, cMapObj const &b) {
-    hashref const keep = a.hash_ref();
-    hashref const others = b.hash_ref();
+    hashref const keep = a.datamap_ref();
+    hashref const others = b.datamap_ref();
     for (cRingWalk walk(*keep); walk.valid(); walk.step()) {
         cAttrNode const *const other = others->find(walk.key());
         if (!other || !cat::same_value(walk.valref(), other->valref())) return false;
@@ -153,8 +153,8 @@ bool equal_by_key(cMapObj const &a, cMapObj const &b) {
 }
 
 template <bool with_keys> bool equal_in_order(cMapObj const &a, cMapObj const &b) {
-    hashref const first = a.hash_ref();
-    hashref const second = b.hash_ref();
+    hashref const first = a.datamap_ref();
+    hashref const second = b.datamap_ref();
     cRingWalk x(*first);
     cRingWalk y(*second);
     for (; x.valid() && y.valid(); x.step(), y.step()) {

@@ -41,8 +41,8 @@ namespace {
 
 // A null value is found by a null value.
 bool holds_all(cMapObj const &holder, cMapObj const &values) {
-    hashref const hash = holder.hash_ref();
-    hashref const walked = values.hash_ref();
+    hashref const hash = holder.datamap_ref();
+    hashref const walked = values.datamap_ref();
     cValueIndex index(*hash);
     for (cRingWalk walk(*walked); walk.valid(); walk.step()) {
         objref const value = walk.valref();
@@ -75,7 +75,7 @@ bool cTomSet::m_append(cObj &obj, objref &arg) {
 bool cTomSet::m_assign(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map || !arg) return false;
-    hashref const hash = map->hash_ref();
+    hashref const hash = map->datamap_ref();
     hash->clear();
     cat::cAppending target(obj);
     for (cIterObj it = arg->begin(); it.valid(); ++it) {

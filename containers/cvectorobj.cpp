@@ -98,7 +98,7 @@ bool cTomVector::setattr(cObj &obj, objref &key, objref &value) {
     if (!map || cat::refuses_type(*map, value)) return false;
     int const i = cat::as_index(key);
     if (i == cat::no_index) return report_key(obj, key, "  Key of vector or set must be 'int'");
-    hashref const hash = map->hash_ref();
+    hashref const hash = map->datamap_ref();
     bool const const_keys = obj.flags_of(of_const_keys) != 0;
     if (cObj::is_kill(value)) return const_keys ? report_const_keys(obj, key) : hash->vect_erase(i);
     int const n = map->size();

@@ -121,7 +121,7 @@ TEST_F(MapEdge, submap_replaces_an_int) {
 
 TEST_F(MapEdge, clearing_a_shared_hash_empties_it_for_all) {
     mapref const m = map({{"a", 1}});
-    mapref const n = make<cMapObj>(m->hash_ref());
+    mapref const n = make<cMapObj>(m->datamap_ref());
     m->clear();
     EXPECT_EQ(n->size(), 0);
 }
@@ -143,7 +143,7 @@ TEST_F(MapObj, a_new_map_owns_a_new_hash) {
 
 TEST_F(MapObj, a_given_hash_is_shared_and_keeps_its_father) {
     mapref const m = map({{"a", 1}});
-    mapref const n = make<cMapObj>(m->hash_ref());
+    mapref const n = make<cMapObj>(m->datamap_ref());
     EXPECT_EQ(&n->datamap(), &m->datamap());
     EXPECT_EQ(n->datamap().father(), m.get());
     hashref const loose = make<cAttrHash>(nullptr);
@@ -202,7 +202,7 @@ TEST_F(MapObj, assignment_replaces_the_content) {
 
 TEST_F(MapObj, a_hash_outlives_its_map) {
     mapref m = map({{"a", 1}});
-    hashref const hash = m->hash_ref();
+    hashref const hash = m->datamap_ref();
     m = nullptr;
     EXPECT_EQ(hash->used(), 1u);
 }

@@ -36,7 +36,6 @@ class QRV_API cMapObj : public cObj {
     void clear(); // RUNS FOREIGN CODE; empties a shared hash for all who share it
     cAttrHash &datamap() noexcept { return *hash_; }
     cAttrHash const &datamap() const noexcept { return *hash_; }
-    hashref const &hash_ref() const noexcept { return hash_; }
     hashref const &datamap_ref() const noexcept { return hash_; }
 
     // The stored reference itself; an absent key is made with cat::nil(). For a nil key the
