@@ -2,6 +2,8 @@
 
 #include "containers/cmergebudget.h"
 
+#include <algorithm>
+
 namespace {
 constinit cat::cMergeBudget *installed = nullptr;
 }
@@ -11,6 +13,12 @@ cat::cMergeBudget::cMergeBudget(std::uint64_t limit) noexcept : before_(installe
 }
 
 cat::cMergeBudget::~cMergeBudget() { installed = before_; }
+
+bool cat::cMergeBudget::affords(std::uint64_t units) noexcept {
+    if (spent_ <= limit_ && units <= limit_ - spent_) return true;
+    spent_ = std::max(spent_, limit_ + 1);
+    return false;
+}
 
 bool cat::cMergeBudget::charge(std::uint64_t units) noexcept {
     spent_ += units;

@@ -9,7 +9,8 @@
 // counted and nothing refused.
 //
 // Charged: each key pair of a source, each value appended, each value that the cycle test walks.
-// Once the limit is passed, every later step is left out, so a merge ends where it stands.
+// A merge whose own pairs can't be paid for is left out as a whole. Once the limit is passed on the
+// way, every later step is left out, so a merge ends where it stands.
 //
 // The installed one is found through a plain pointer; the innermost counts. No QRV_API: this is
 // between the reader and the containers.
@@ -30,6 +31,8 @@ class cMergeBudget {
     std::uint64_t spent() const noexcept { return spent_; }
     bool exhausted() const noexcept { return spent_ > limit_; }
     bool charge(std::uint64_t units) noexcept; // false beyond the limit
+    // Could so many be charged? Charges nothing; if not, the limit counts as passed.
+    bool affords(std::uint64_t units) noexcept;
 
     // `value` was not stored under `key` of `holder`, because it is the holder or owns it. The
     // reader reports it; the key is null where a value was to be appended.

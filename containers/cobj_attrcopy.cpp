@@ -106,7 +106,7 @@ class cAttrCopy {
     bool run(cAttrHash const &source) {
         // What can't be paid for is left out as a whole, before any walk.
         cat::cMergeBudget *const budget = cat::cMergeBudget::current();
-        if (budget && !budget->charge(source.used())) return false;
+        if (budget && !budget->affords(source.used())) return false;
         classify(hash_of(target_.iterobj()).get(), source);
         bool result = true;
         for (cItem const &item : items_) {

@@ -434,18 +434,30 @@ TEST_F(Attrcopy, a_budget_counts_pairs_values_and_walked_values) {
     EXPECT_EQ(cat::cMergeBudget::current(), nullptr);
 }
 
-TEST_F(Attrcopy, beyond_the_budget_a_merge_ends_where_it_stands) {
+TEST_F(Attrcopy, a_merge_that_can_not_be_paid_for_is_left_out_as_a_whole) {
     cCountingBudget budget(10);
     vectorref const v = vector();
+    EXPECT_TRUE(v->attrcopy(*ints(10), "-xx"));
+    EXPECT_FALSE(budget.exhausted());
     EXPECT_FALSE(v->attrcopy(*ints(20), "-xx"));
     EXPECT_EQ(v->size(), 10);
     EXPECT_TRUE(budget.exhausted());
     EXPECT_TRUE(cat::merge_exhausted());
-    EXPECT_FALSE(v->attrcopy(*ints(20), "-xx"));
+    EXPECT_FALSE(v->attrcopy(*ints(1), "-xx"));
     EXPECT_EQ(v->size(), 10);
-    budget.set_limit(1000);
+    budget.set_limit(12);
     EXPECT_TRUE(v->attrcopy(*ints(1), "-xx"));
     EXPECT_EQ(v->size(), 11);
+    EXPECT_EQ(budget.noted, "");
+}
+
+TEST_F(Attrcopy, beyond_the_budget_a_merge_ends_where_it_stands) {
+    cCountingBudget budget(5);
+    mapref const m = map();
+    // Two pairs can be paid for; walking the first value can't.
+    EXPECT_FALSE(m->attrcopy(*map({{"a", ints(20)}, {"b", 1}}), "-xx"));
+    EXPECT_EQ(m->size(), 0);
+    EXPECT_TRUE(budget.exhausted());
     EXPECT_EQ(budget.noted, "");
 }
 
