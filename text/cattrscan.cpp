@@ -157,7 +157,10 @@ bool cAttrScan::openfile(char const *name, bool quiet) {
         set_filename(name);
         return true;
     }
-    if (opened) file->close();
+    if (opened) {
+        file->close();
+        file->clear(std::ios::failbit); // what reads on meets the end of input
+    }
     if (!quiet) fire(cErr(1, std::string("Cannot open file: ") + name));
     return false;
 }

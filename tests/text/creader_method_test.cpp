@@ -342,6 +342,8 @@ TEST_F(ReaderFile, what_cannot_be_read_is_told_unless_quiet) {
         EXPECT_EQ(messages(), "Cannot open file: " + path + "\n");
         EXPECT_FALSE(is.is_open());
         EXPECT_EQ(scan.filename(), "");
+        objref value;
+        EXPECT_EQ(scan.scan_obj(value, nullptr), -1) << "no error of the device: nothing is read";
     }
     std::ifstream is;
     cAttrScan scan(is, false);
