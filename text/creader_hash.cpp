@@ -173,8 +173,9 @@ bool cHashReader::read_entry() {
     entry.value = cat::bad();
     cNext const next = listed_ ? cNext::value : read_key(entry);
     if (next == cNext::stop) return false;
-    if (next == cNext::store) {
-        store(entry); // without a key of its own it is in no path
+    if (next == cNext::store) { // without a key of its own it is in no path
+        cAboutValue const about_key(*cReadSession::current());
+        store(entry);
     } else {
         cPathStep const step(entry.key);
         if (cat::trace_io) cat::trace_io << text_state().path() << std::endl;

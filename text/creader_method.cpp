@@ -149,12 +149,15 @@ bool cat::scan_attrset(cObj &obj, objref &args) {
     std::istream *const is = stream_of(args);
     if (!is) return false;
     cAttrScan scan(*is, false);
+    cReading const reading(scan);
     objref value;
     if (scan.scan_obj(value, nullptr) != 0) return false;
+    cReadSession::cPlace const place = cReadSession::current()->value_place();
     bool const same = &value->type() == &obj.type();
-    if (same ? obj.assign(*value) : obj.convert(value)) return true;
+    if (same ? obj.assign(*value) : obj.convert(value)) return true; // RUNS FOREIGN CODE
     scan.errp(cAttrScan::asrSyntax)
         << (same ? "Assign" : "Convert") << " failed in read of type: " << obj.type().name();
+    scan.about(place.line, place.column);
     scan.fire();
     return false;
 }
@@ -182,8 +185,10 @@ bool cat::scan_attrcopy(cObj &obj, objref &args) {
 // --- a container or a bare list of entries ---
 
 namespace {
-int not_valid(cAttrScan &scan, char const *text, std::string const &what = {}) {
+int not_valid(cAttrScan &scan, cReadSession::cPlace place, char const *text,
+              std::string const &what = {}) {
     scan.errs(cAttrScan::asrSyntax) << text << what;
+    scan.about(place.line, place.column);
     scan.fire();
     return 1;
 }
@@ -199,7 +204,9 @@ int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep) 
         code = scan.scan_obj(value, nullptr);
     }
     bool const good = code == 0 && scan.errcount() == errors;
-    if (!good && !keep) return not_valid(scan, "Input is no valid container");
+    if (!good && !keep)
+        return not_valid(scan, cReadSession::current()->value_place(),
+                         "Input is no valid container");
     cRef<cMapObj> const map = make<cMapObj>();
     if (value) map->datamap().mapitem(key, value);
     bool const rest = map->datamap().read_hash(scan.is(), nullptr) != 0;
@@ -224,6 +231,7 @@ int cat::scan_container(std::istream &is, objref &result, bool keep) {
     }
     if (failed && !keep) return 1;
     if (first->type().is_keytype() && delim == '=') return read_entries(scan, first, result, keep);
-    std::string const text = as_text(first);
-    return not_valid(scan, "Missing start pattern 'key =' at pattern: ", text);
+    cReadSession::cPlace const place = cReadSession::current()->value_place();
+    std::string const text = as_text(first); // RUNS FOREIGN CODE
+    return not_valid(scan, place, "Missing start pattern 'key =' at pattern: ", text);
 }

@@ -119,16 +119,19 @@ int cAttrScan::scan_obj(objref &result, int *delim) {
     objref value;
     int end = delim ? *delim : 0;
     int code = 0;
+    cValueReader reader(*this, value, end);
     try {
         cReading const reading(*this);
         cNesting const nesting;
-        cValueReader reader(*this, value, end);
         code = reader.read();
         cReadSession::current()->value_place(reader.first());
     } catch (...) {
         if (delim) *delim = end;
+        if (cReadSession *const session = cReadSession::current())
+            session->value_place(reader.first());
         errs(asrSyntax) << "Fatal exception in attr scanner!";
         err_->set_code(0x80000000u);
+        about(reader.first());
         fire();
         return asrSyntax;
     }

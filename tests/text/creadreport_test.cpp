@@ -41,6 +41,43 @@ TEST_F(ReadReports, tell_the_first_character_of_the_token) {
               "1:7 /a 0x00000000 Cannot insert key =a\n");
 }
 
+TEST_F(ReadReports, tell_the_value_that_could_not_be_taken) {
+    EXPECT_EQ(report("{ a = int( 'x' ) }"),
+              "1:12 /a 0x40000001 Convert failed in read of type: int\n"
+              "1:7 /a 0x40000001 Failed to read value, type int\n"
+              "1:7 /a 0x00000000 Cannot insert key =a\n");
+    EXPECT_EQ(report("{\n key }"), "2:6  0x40000001 Pattern 'key =' is missed \n"
+                                   "2:2  0x00000000 Cannot insert key =0\n");
+}
+
+TEST_F(ReadReports, tell_the_value_whose_reading_threw) {
+    objref const before = cat::type_int().tmember("read");
+    cProcedure2 const throws = [](cObj &, objref &) -> bool { throw 5; };
+    cat::type_int().set_tmember("read", make<cExeMember>(throws));
+    EXPECT_EQ(report("{ a = 1;\n b = int( 2 3 ); c = [int(4)] }"),
+              "2:6 /b 0x80000000 Fatal exception in attr scanner!\n"
+              "2:6 /b 0x00000000 Cannot insert key =b\n"
+              "2:23 /c/0 0x80000000 Fatal exception in attr scanner!\n"
+              "2:23 /c/0 0x00000000 Cannot insert key =0\n"
+              "2:22 /c 0x40000001 Failed to read container, type vector\n"
+              "2:22 /c 0x00000000 Cannot insert key =c\n");
+    cat::type_int().set_tmember("read", before);
+}
+
+TEST_F(ReadReports, tell_what_is_no_bare_list_of_entries) {
+    cat::ReadReport report;
+    for (char const *const text : {"\n abc def", " a;", "a = \n ?; b = 1"}) {
+        std::istringstream is(text);
+        objref value;
+        EXPECT_EQ(cat::scan_container(is, value, false), 1) << text;
+    }
+    EXPECT_EQ(shown(report), "2:2  0x40000002 Missing delimiter after: abc\n"
+                             "1:2  0x40000001 Missing start pattern 'key =' at pattern: a\n"
+                             "2:2 /a 0x40000002 Unexpected token '?\n"
+                             "2:5  0x40000001 Input is no valid container\n");
+    messages(); // the summaries
+}
+
 TEST_F(ReadReports, tell_where_an_unclosed_bracket_was_opened) {
     EXPECT_EQ(report("{ a = [1;\n2"), "1:7 /a 0x40000001 Vector is not closed by ']'\n"
                                       "1:1  0x40000001 Map is not closed by '}'\n");
