@@ -3,7 +3,8 @@
 // Probing: the first slot is hash mod size, the step (hash mod (size - 2)) + 1; as the size is
 // prime, the sequence reaches every slot. Slots are compared by matches(), which answers for keys
 // of exactly int and string by the cached hash without a call, and asks the stored key's hook for
-// all others. A hook may change the table: `changes_` tells, and the search begins again.
+// all others. A hook may change the table: `changes_` tells, and the search begins again; hooks
+// that never leave the table in peace are not asked any more after a number of such searches.
 //
 // Rebuilding (nobody can tell, as order is the ring's):
 //   more than 80 % live nodes        the next size
@@ -26,6 +27,9 @@ namespace {
 constexpr std::uint64_t grow_percent = 80;
 // With at least 1/8 of the slots never used, a probe of honest keys gets here once in 10^7 tries.
 constexpr std::uint32_t long_probe = 128;
+// A sane hook changes a table once or twice (it fills or drops something). Beyond, only keys that
+// are compared without a hook are found.
+constexpr int most_searches = 64;
 
 constexpr std::uint32_t primes[] = {11,     23,     47,     97,      197,     397,     797,
                                     1597,   3203,   6421,   12853,   25717,   51437,   102811,
@@ -153,8 +157,10 @@ cAttrHash::cFound cAttrHash::probe(cSearch const &search) const {
 
 cAttrNode *cAttrHash::locate(objref const &key) const {
     objref const held = key; // it may be that of a node which a hook removes
-    for (;;) {
-        cFound const found = probe(search_for(held));
+    for (int searches = 1;; ++searches) {
+        cSearch search = search_for(held);
+        if (searches > most_searches) search.key = nullptr;
+        cFound const found = probe(search);
         if (!found.stale) return found.node;
     }
 }
@@ -174,8 +180,9 @@ cAttrNode *cAttrHash::find(int key) const {
 // The node of a key that isn't nil, made with the value nil if it is absent.
 cAttrNode *cAttrHash::force_node(objref const &key) {
     std::unique_ptr<cAttrNode> made;
-    for (;;) {
-        cSearch const search = search_for(key);
+    for (int searches = 1;; ++searches) {
+        cSearch search = search_for(key);
+        if (searches > most_searches) search.key = nullptr;
         cFound const found = probe(search);
         if (found.stale) continue;
         if (found.node && !made) return found.node;

@@ -1,0 +1,42 @@
+// Containers against their content: keys whose hooks act, keys that no search finds, and values
+// that let the container go, or empty it, while an operation is under way.
+
+#include "qrv/containers/cattr.h"
+#include "tests/containers/hash_support.h"
+#include "tests/containers/trees.h"
+#include "tests/support/fixture.h"
+
+using namespace trees;
+
+namespace {
+
+class Reentry : public QrvTest {};
+
+// --- keys
+
+// Each question adds a key and takes it away again.
+void never_rests(cAttrHash &hash) {
+    static int calls;
+    if (++calls > 100000) throw std::runtime_error("asked for ever");
+    auto const next = [&hash] { never_rests(hash); };
+    hash.mapitem("passing", cat::nil());
+    hash.delitem("passing");
+    cHostileType::in_heq = next;
+}
+
+TEST_F(Reentry, a_hook_that_never_leaves_the_table_in_peace_is_not_asked_for_ever) {
+    cHostileType const hostile;
+    cAttrHash hash(nullptr);
+    hash.mapitem(hostile.key(1), of(1));
+    hash.mapitem("text", of(2));
+    cHostileType::in_heq = [&hash] { never_rests(hash); };
+    EXPECT_EQ(hash.find(hostile.key(2)), nullptr);
+    EXPECT_TRUE(hash.delitem(hostile.key(2)));
+    EXPECT_TRUE(hash.mapitem(hostile.key(2), of(3)));
+    EXPECT_EQ(shape(hash.getitem("text")), "2");
+    cHostileType::reset();
+    EXPECT_EQ(shape(hash.getitem(hostile.key(2))), "3");
+    EXPECT_EQ(hash.broken_rule(true), "");
+}
+
+} // namespace
