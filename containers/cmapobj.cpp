@@ -95,12 +95,13 @@ objref cMapObj::findvalref(cObj const *value) { return value_of(hash_->findvalre
 objref cMapObj::findvalref(objref const &value) { return findvalref(value.get()); }
 
 cMapObj *cMapObj::submap_ptr(objref const &key) {
+    hashref const hash = hash_; // what is replaced may own this map
     auto const stored = [&]() -> cMapObj * {
-        objref const value = hash_->getitem(key);
+        objref const value = hash->getitem(key);
         return is_map(value) ? cat::as_map(value) : nullptr;
     };
     if (cMapObj *const map = stored()) return map;
-    hash_->mapitem(key, make<cMapObj>());
+    hash->mapitem(key, make<cMapObj>());
     return stored();
 }
 
@@ -142,9 +143,12 @@ class cEmptyChilds {
             cMapObj *const child = cat::as_map(held);
             if (!child) continue;
             if (child->datamap().empty()) {
-                ++removals_;
                 objref const key = walk.key();
+                std::uint32_t const before = hash->used();
                 hash->delitem(key); // RUNS FOREIGN CODE
+                // A key that no search finds can only stay.
+                if (walk.valid() && hash->used() >= before) continue;
+                ++removals_;
                 return true;
             }
             if (recursive_) descend(*child);

@@ -39,4 +39,15 @@ TEST_F(Reentry, a_hook_that_never_leaves_the_table_in_peace_is_not_asked_for_eve
     EXPECT_EQ(hash.broken_rule(true), "");
 }
 
+TEST_F(Reentry, an_empty_child_under_a_key_that_no_search_finds_stays) {
+    for (bool const recursive : {false, true}) {
+        mapref const m = map({{"a", 1}});
+        m->datamap().mapitem(cat::of(true), map()); // bool has no hash
+        m->datamap().mapitem("b", map());
+        m->datamap().mapitem("c", map({{"d", 1}}));
+        m->remove_emptychilds(recursive);
+        EXPECT_EQ(shape(m), "{a=1, true={}, c={d=1}}");
+    }
+}
+
 } // namespace
