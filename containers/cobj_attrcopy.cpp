@@ -30,7 +30,6 @@
 #include <map>
 #include <string_view>
 #include <tuple>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -83,15 +82,21 @@ hashref hash_of(objref const &iterobj) {
     return it ? it->hash_ref() : hashref();
 }
 
-// Brings some nodes of a hash into the order of its ring.
-void sort_by_ring(cAttrHash const &hash, std::vector<cAttrNode *> &nodes) {
-    if (nodes.size() < 2) return;
-    if (hash.in_creation_order()) return cat::sort_nodes(nodes, anidord);
-    std::unordered_set<cAttrNode const *> const wanted(nodes.begin(), nodes.end());
-    nodes.clear();
-    for (cAttrNode *node = hash.first(); node && nodes.size() < wanted.size();
+// Keys by the serial number of their node, since a key's hook may remove nodes meanwhile.
+using cKeys = std::map<std::uint32_t, objref>;
+
+// The keys in the order of the ring of their hash.
+std::vector<objref> in_ring_order(cAttrHash const &hash, cKeys const &keys) {
+    std::vector<objref> ordered;
+    ordered.reserve(keys.size());
+    if (hash.in_creation_order()) {
+        for (auto const &[anid, key] : keys) ordered.push_back(key);
+        return ordered;
+    }
+    for (cAttrNode *node = hash.first(); node && ordered.size() < keys.size();
          node = hash.next(node))
-        if (wanted.contains(node)) nodes.push_back(node);
+        if (keys.contains(node->anid())) ordered.push_back(node->key());
+    return ordered;
 }
 
 class cAttrCopy {
@@ -169,11 +174,11 @@ void cAttrCopy::list_target(cAttrHash const &target, cAttrHash const &source) {
 // costs by its own size. (Where nodes of the target were moved, finding their order may cost a
 // walk.)
 void cAttrCopy::list_common(cAttrHash const &target, cAttrHash const &source) {
-    std::vector<cAttrNode *> nodes;
+    cKeys keys;
     for (cRingWalk walk(source); walk.valid(); walk.step())
-        if (cAttrNode *const found = target.find(walk.key())) nodes.push_back(found);
-    sort_by_ring(target, nodes);
-    for (cAttrNode const *node : nodes) items_.push_back({node->key(), both});
+        if (cAttrNode const *const found = target.find(walk.key()))
+            keys.emplace(found->anid(), found->key());
+    for (objref const &key : in_ring_order(target, keys)) items_.push_back({key, both});
 }
 
 bool cAttrCopy::copy(cItem const &item) {

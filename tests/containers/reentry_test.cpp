@@ -50,4 +50,30 @@ TEST_F(Reentry, an_empty_child_under_a_key_that_no_search_finds_stays) {
     }
 }
 
+TEST_F(Reentry, merging_survives_keys_that_take_others_out_of_the_target) {
+    cHostileType const hostile;
+    mapref const target = map({{"a", 1}});
+    mapref const source = map();
+    for (int i = 0; i < 6; ++i) {
+        target->datamap().mapitem(hostile.key(i), of(i));
+        source->datamap().mapitem(hostile.key(5 - i), of(10 + i));
+    }
+    auto const questions = [&] {
+        cHostileType::reset();
+        for (int i = 5; i >= 3; --i) (void)target->datamap().find(hostile.key(i));
+        return cHostileType::heq_calls;
+    }();
+    cHostileType::reset();
+    std::function<void()> wait = [&] {
+        if (cHostileType::heq_calls < questions)
+            cHostileType::in_heq = wait;
+        else // the keys 5 and 4 are on the list by now
+            target->datamap().clear();
+    };
+    cHostileType::in_heq = wait;
+    EXPECT_TRUE(target->attrcopy(*source, "-s-"));
+    EXPECT_EQ(target->datamap().broken_rule(true), "");
+    EXPECT_EQ(shape(source->datamap().getitem(hostile.key(0))), "15");
+}
+
 } // namespace
