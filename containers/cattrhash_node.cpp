@@ -57,7 +57,10 @@ void cAttrNode::unhold() const noexcept {
 std::string cAttrNode::key_as_string() const { return cat::as_string(key_); }
 int cAttrNode::key_as_index() const { return cat::as_index(key_); }
 cObj &cAttrNode::value() const { return value_ ? *value_ : *cat::bad(); }
-bool cAttrNode::detach() const { return cat::detach(value_, false); }
+bool cAttrNode::detach() const {
+    cAttrHash::cHold const hold(this);
+    return cat::detach(value_, false); // RUNS FOREIGN CODE
+}
 
 objref const &cAttrNode::key(cAttrNode const *node) noexcept {
     if (node) return node->key_;

@@ -136,9 +136,10 @@ bool cTomMap::m_append(cObj &obj, objref &arg) {
 
 namespace {
 
-bool same_key(objref const &a, objref const &b) {
+// By value: the hook may remove the nodes that hold the keys.
+bool same_key(objref const a, objref const b) {
     if (!a || !b) return a == b;
-    return a->type().hasheq(a, b);
+    return a->type().hasheq(a, b); // RUNS FOREIGN CODE
 }
 
 // Every key of a in b with an equal value.

@@ -58,6 +58,7 @@ bool equal_sets(cMapObj const &a, cMapObj const &b) { return holds_all(b, a) && 
 bool cTomSet::setattr(cObj &obj, objref &key, objref &value) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map) return false;
+    objref const self = objref::share(&obj); // values are compared by foreign code
     if (!cObj::is_kill(value) && map->datamap().findvalue(value)) return true;
     return cTomVector::setattr(obj, key, value);
 }
@@ -66,8 +67,10 @@ objref cTomSet::getattr(objref obj, objref key) { return cTomVector::getattr(obj
 
 bool cTomSet::m_append(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
-    if (!map || (arg && map->datamap().findvalue(arg))) return false;
-    map->datamap().vect_append(arg);
+    if (!map) return false;
+    hashref const hash = map->datamap_ref(); // values are compared by foreign code
+    if (arg && hash->findvalue(arg)) return false;
+    hash->vect_append(arg);
     return true;
 }
 
@@ -75,6 +78,7 @@ bool cTomSet::m_append(cObj &obj, objref &arg) {
 bool cTomSet::m_assign(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map || !arg) return false;
+    objref const self = objref::share(&obj); // what is cleared may own this set
     hashref const hash = map->datamap_ref();
     hash->clear();
     cat::cAppending target(obj);

@@ -72,12 +72,14 @@ bool report_const_keys(cObj const &obj, objref const &key) {
 
 bool cVectorObj::erase(int start, int count) {
     if (count == 0) return true;
+    hashref const hash = datamap_ref(); // what is erased may own this vector
     auto const [first, end] = range_of(start, count, size());
-    for (std::int64_t i = end - 1; i >= first; --i) datamap().vect_erase(static_cast<int>(i));
+    for (std::int64_t i = end - 1; i >= first; --i) hash->vect_erase(static_cast<int>(i));
     return true;
 }
 
 bool cVectorObj::setslice(cObj const &source, int start, int count) {
+    objref const self = objref::share(this); // what is replaced may own this vector
     auto const [first, end] = range_of(start, count, size());
     if (first > end) return false;
     objref const slice =
@@ -116,6 +118,7 @@ bool cTomVector::m_assign(cObj &obj, objref &arg) { return arg && obj.attrcopy(*
 
 bool cTomVector::m_add(cObj &obj, objref &arg) {
     if (!arg || !arg->is_container()) return true;
+    objref const self = objref::share(&obj);
     objref const copy = arg->clone(false); // so that v += v ends
     cat::cAppending target(obj);
     for (cIterObj it = copy->begin(); it.valid(); ++it) {

@@ -76,4 +76,147 @@ TEST_F(Reentry, merging_survives_keys_that_take_others_out_of_the_target) {
     EXPECT_EQ(shape(source->datamap().getitem(hostile.key(0))), "15");
 }
 
+TEST_F(Reentry, comparing_survives_keys_that_empty_what_is_compared) {
+    for (int emptied = 0; emptied < 3; ++emptied) {
+        cHostileType const hostile;
+        mapref const a = map(), b = map();
+        for (int i = 0; i < 3; ++i)
+            for (mapref const &m : {a, b}) m->datamap().mapitem(hostile.key(i), of(i));
+        auto const act = [&] {
+            if (emptied != 1) a->clear();
+            if (emptied != 0) b->clear();
+        };
+        cHostileType::in_heq = act;
+        (void)a->equal(*b);
+        messages();
+        cHostileType::in_heq = act;
+        (void)a->equal_unsorted(*b);
+        EXPECT_EQ(a->size(), emptied == 1 ? 3 : 0);
+    }
+}
+
+// --- values
+
+using cOperation = bool (*)(cMapObj &holder, objref const &other);
+
+// The first value of a container holds its last owner, and lets it go when it dies.
+template <class T> void let_go_in(cOperation operation) {
+    cRef<T> owner = make<T>();
+    T &holder = *owner;
+    holder.datamap().vect_append(last_will([&owner] { owner = nullptr; }));
+    for (int i = 1; i < 4; ++i) holder.datamap().vect_append(of(i));
+    vectorref const other = vector({5, 6, 7, 8, 9});
+    (void)operation(holder, other);
+    owner = nullptr;
+}
+
+constexpr cOperation for_all[] = {
+    [](cMapObj &m, objref const &) { return m.clear(), true; },
+    [](cMapObj &m, objref const &) { return m.setattr(of(0), nullptr); },
+    [](cMapObj &m, objref const &) { return m.setattr(of(0), of(8)); },
+    [](cMapObj &m, objref const &) { return m.copyitem(of(0), of(8), false); },
+    [](cMapObj &m, objref const &other) { return m.assign(other); },
+    [](cMapObj &m, objref const &other) { return m.add(other); },
+    [](cMapObj &m, objref const &other) { return m.attrcopy(*other, "0s-"); },
+    [](cMapObj &m, objref const &other) { return m.attrcopy(*other, "00x"); },
+    [](cMapObj &m, objref const &other) { return m.attrcopy(*other, "-s0"); },
+    [](cMapObj &m, objref const &) { return m.detach(true); },
+    [](cMapObj &m, objref const &) { return m.valref_(of(0)) = of(1), true; },
+    [](cMapObj &m, objref const &) { return m.submap(of(0)), true; },
+    [](cMapObj &m, objref const &) { return m.call("clear")->is_good(); },
+};
+
+constexpr cOperation for_vectors[] = {
+    [](cMapObj &v, objref const &) { return static_cast<cVectorObj &>(v).insert(0, nullptr); },
+    [](cMapObj &v, objref const &) { return static_cast<cVectorObj &>(v).erase(0, 1); },
+    [](cMapObj &v, objref const &) { return static_cast<cVectorObj &>(v).erase(0, 4); },
+    [](cMapObj &v, objref const &other) {
+        return static_cast<cVectorObj &>(v).setslice(*other, 0, 2);
+    },
+    [](cMapObj &v, objref const &other) {
+        return static_cast<cVectorObj &>(v).setslice(*other, 0, 4);
+    },
+};
+
+TEST_F(Reentry, a_value_that_lets_the_last_owner_go) {
+    cErrorLog const errors;
+    for (cOperation const operation : for_all) {
+        let_go_in<cMapObj>(operation);
+        let_go_in<cVectorObj>(operation);
+        let_go_in<cSetObj>(operation);
+    }
+    for (cOperation const operation : for_vectors) let_go_in<cVectorObj>(operation);
+}
+
+// The same with a value that empties its container, or fills it again, when it dies.
+template <class T> void change_in(cOperation operation, bool fill) {
+    cRef<T> const holder = make<T>();
+    cAttrHash &hash = holder->datamap();
+    hash.vect_append(last_will([&hash, fill] {
+        if (!fill) return hash.clear();
+        for (int i = 0; i < 100; ++i) hash.vect_insert(0, of(i));
+    }));
+    for (int i = 1; i < 4; ++i) hash.vect_append(of(i));
+    (void)operation(*holder, vector({5, 6, 7, 8, 9}));
+    EXPECT_EQ(hash.broken_rule(true), "");
+}
+
+TEST_F(Reentry, a_value_that_changes_its_container_when_it_goes) {
+    cErrorLog const errors;
+    for (bool const fill : {false, true}) {
+        for (cOperation const operation : for_all) {
+            change_in<cMapObj>(operation, fill);
+            change_in<cVectorObj>(operation, fill);
+            change_in<cSetObj>(operation, fill);
+        }
+        for (cOperation const operation : for_vectors) change_in<cVectorObj>(operation, fill);
+    }
+}
+
+// --- errors thrown in the middle
+
+TEST_F(Reentry, a_type_lock_that_throws_stops_the_move_and_leaves_the_places_in_order) {
+    auto const locked = [] {
+        vectorref made = ints(3);
+        made->datamap().vect_append(of("text"));
+        made->datamap().vect_append(of(4));
+        made->datamap().flags(2);
+        return made;
+    };
+    vectorref const silent = locked();
+    {
+        cErrorLog errors;
+        EXPECT_TRUE(silent->erase(0, 1));
+        EXPECT_EQ(shape(silent), "[1, 2, 2, text]") << "two places keep their type";
+        EXPECT_EQ(errors.count(), 2u);
+        EXPECT_TRUE(silent->insert(1, of(9)));
+        EXPECT_EQ(shape(silent), "[1, 9, 2, text, text]");
+        EXPECT_EQ(errors.count(), 3u);
+    }
+    cat::errhandler().throw_mask(0x40000000u);
+    vectorref const thrown = locked();
+    EXPECT_THROW(thrown->erase(0, 1), cErr);
+    EXPECT_EQ(shape(thrown), "[1, 2, 2, text, 4]");
+    EXPECT_THROW(thrown->insert(1, of(9)), cErr);
+    EXPECT_EQ(shape(thrown), "[1, 2, 2, text, 4, 4]") << "the new place stays";
+    EXPECT_TRUE(thrown->datamap().is_vector());
+    EXPECT_EQ(thrown->datamap().broken_rule(true), "");
+    messages();
+}
+
+TEST_F(Reentry, an_error_thrown_in_the_middle_of_a_copy_leaves_what_was_copied) {
+    cat::errhandler().throw_mask(0x40000000u);
+    mapref const target = map({{"a", 1}});
+    target->setflags(of_const_keys);
+    EXPECT_THROW(target->attrcopy(*map({{"a", 5}, {"b", 6}}), "0as"), cErr);
+    EXPECT_EQ(shape(target), "{a=5}");
+    EXPECT_THROW(*target += *map({{"b", 6}}), cErr);
+    EXPECT_EQ(shape(target), "{a=5}");
+    vectorref const v = vector({1});
+    EXPECT_THROW(v->setattr(of(3), of(1)), cErr);
+    EXPECT_TRUE(v->attrcopy(*vector({7, 8}), "0ax")) << "nothing is left over from before";
+    EXPECT_EQ(shape(v), "[7, 8]");
+    messages();
+}
+
 } // namespace
