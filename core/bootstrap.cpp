@@ -5,9 +5,11 @@
 // States:  none -> running -> ready -> tearing -> none. While running or tearing no accessor starts
 // it again. After the tear-down a late accessor may, and registers its own tear-down.
 //
-// The tear-down has two phases. First, with everything alive, all that the library and the maps
-// hold is let go: foreign destructors run here. Then the core's own objects go; from there on
-// nothing reads a type link.
+// The tear-down has two phases. First, with everything alive, all that programs have put into the
+// library's maps, types and constants is let go: foreign destructors run here, and may use the
+// whole library. What they put in goes in the next round. Then the core's own objects go, from
+// where on nothing reads a type link. Each gives up the count that the core has on it: what a
+// program still holds stays in memory, and may be dropped later, but not used.
 
 #include "containers/cattspec_nil.h"
 #include "containers/cglobals.h"
@@ -24,6 +26,8 @@
 #include "text/ctext_state.h"
 
 #include <cstdlib>
+#include <typeinfo>
+#include <vector>
 
 struct cBootstrap {
     static void run();
@@ -39,6 +43,10 @@ struct cBootstrap {
     static void insert_types();
     static void set_text_methods();
     static void make_maps();
+    static bool is_own(cObj const *value);
+    static bool clear_maps();
+    static bool drop_types();
+    static bool drop_members();
     static void let_go();
     static void destroy_core();
 };
@@ -54,6 +62,35 @@ objref *held_bool(bool value) {
 }
 
 template <class T> void destroy(T *&pointer) { delete std::exchange(pointer, nullptr); }
+
+// Gives up the core's own count.
+template <class T> void drop(T *&pointer) {
+    cRef<T> const last = cRef<T>::adopt(std::exchange(pointer, nullptr));
+}
+
+// Rounds of letting go, for destructors that put new things in. Each of a program's sane objects
+// needs one; what comes in forever stays for the second phase.
+constexpr int max_rounds = 100;
+
+bool drop_ommap(cObj &obj) {
+    if (!obj.has_ommap()) return false;
+    obj.ommap(hashref()); // RE-ENTERS
+    return true;
+}
+
+// What the library itself puts into a type: functions and texts.
+bool is_plain_member(objref const &value) {
+    if (!value || value->has_ommap()) return false;
+    return typeid(*value) == typeid(cExeMember) || typeid(*value) == typeid(cObjD<std::string>);
+}
+
+template <class Test> bool remove_entries(cAttrHash &hash, Test goes) {
+    std::vector<objref> keys;
+    for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
+        if (goes(node->valref())) keys.push_back(node->key());
+    for (objref const &key : keys) hash.delitem(key); // RE-ENTERS
+    return !keys.empty();
+}
 
 } // namespace
 
@@ -161,24 +198,67 @@ void cBootstrap::run() {
     core.state = cat::cCoreState::ready;
 }
 
+bool cBootstrap::is_own(cObj const *value) {
+#define QRV_SAME(name, accessor, text)                                                             \
+    if (value == core.name) return true;
+    QRV_CORE_TYPES(QRV_SAME)
+#undef QRV_SAME
+    return false;
+}
+
+bool cBootstrap::clear_maps() {
+    bool any = false;
+    for (cMapObj *map : {core.dbase, core.constmap, core.gmmap}) {
+        any |= !map->datamap().empty();
+        map->datamap().clear(); // RE-ENTERS
+    }
+    return any;
+}
+
+bool cBootstrap::drop_types() {
+    return remove_entries(*core.type_hash, [](objref const &type) { return !is_own(type); });
+}
+
+// The methods stay in the tables of the types, so that objects go on working.
+bool cBootstrap::drop_members() {
+    bool any = false;
+    for (cMapObj *map : {core.typemap, core.dbase, core.constmap, core.gmmap})
+        any |= drop_ommap(*map);
+    for (objref const *constant : {core.nil, core.bad, core.badfind, core.btrue, core.bfalse})
+        any |= drop_ommap(**constant);
+#define QRV_DROP(name, accessor, text)                                                             \
+    any |= drop_ommap(*core.name);                                                                 \
+    any |= remove_entries(core.name->tmmap(),                                                      \
+                          [](objref const &value) { return !is_plain_member(value); });
+    QRV_CORE_TYPES(QRV_DROP)
+#undef QRV_DROP
+    return any;
+}
+
 void cBootstrap::let_go() {
-    reset_text_state();
-    cat::drop_nilspec();
-    cat::forget_nil_attr();
-    for (cMapObj *map : {core.dbase, core.constmap, core.gmmap}) map->clear();
+    bool any = true;
+    for (int round = 0; any && round < max_rounds; ++round) {
+        reset_text_state();
+        cat::drop_nilspec();
+        cat::forget_nil_attr();
+        any = clear_maps();
+        any |= drop_types();
+        any |= drop_members();
+    }
 }
 
 void cBootstrap::destroy_core() {
     core.const_hash = core.global_hash = nullptr;
-    destroy(core.dbase);
-    destroy(core.typemap);
-    destroy(core.constmap);
-    destroy(core.gmmap);
-    destroy(core.type_hash);
+    drop(core.dbase);
+    drop(core.typemap);
+    drop(core.constmap);
+    drop(core.gmmap);
+    core.type_hash->clear();
+    drop(core.type_hash);
     for (cTypeObj **type : {&core.attlist, &core.attspec, &core.choice, &core.iterator,
                             &core.vector, &core.map, &core.set, &core.exe, &core.type, &core.single,
                             &core.dbl, &core.boolean, &core.integer, &core.niltype, &core.string})
-        destroy(*type);
+        drop(*type);
     for (objref **constant : {&core.nil, &core.bad, &core.badfind, &core.btrue, &core.bfalse})
         destroy(*constant);
     destroy(core.eros);

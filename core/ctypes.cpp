@@ -26,6 +26,7 @@ bool report_duplicate(std::string const &name) {
 bool cTypeInsert::insert(typeref const &type, bool fatal) {
     if (!type) return false;
     if (!core.type_hash) core_bootstrap();
+    if (!core.type_hash) return false; // the core is going
     std::string const name = type->name();
     if (core.type_hash->find(name)) {
         if (fatal) throw_duplicate(name);
