@@ -29,8 +29,8 @@ objref getslice_of(objref obj, objref start, objref count) {
 objref new_by_name(objref name) {
     if (!name || &name->type() != &cat::type_string()) return cat::bad();
     objref const type = cat::typemap().getattr(name);
-    if (!cObj::is_good(type) || !type->is_type()) return cat::bad();
-    return static_cast<cTypeObj const &>(*type).newobj();
+    auto const *const made = dynamic_cast<cTypeObj const *>(type.get()); // the flag is only a claim
+    return made && made->is_type() ? made->newobj() : cat::bad();
 }
 
 objref flags_word(objref obj) { return cat::of(obj->flags()); }
@@ -59,10 +59,10 @@ bool set_entrytype(cObj &obj, objref &value) {
         map->set_entrytype(nullptr);
         return true;
     }
-    objref const type = cat::type_of_key(value);
-    if (!cObj::is_good(type) || !type->is_type()) return false;
-    map->set_entrytype(static_cast<cTypeObj *>(type.get()));
-    return true;
+    objref const found = cat::type_of_key(value);
+    auto *const type = dynamic_cast<cTypeObj *>(found.get());
+    if (type) map->set_entrytype(type);
+    return type != nullptr;
 }
 
 // A void argument sets the flag, a bool sets or clears it.

@@ -16,7 +16,11 @@ cIterObj &iterator_of(cObj &obj) { return static_cast<cIterObj &>(obj); }
 
 objref newobj(objref) { return make<cIterObj>(); }
 
-bool equal(cObj &obj, objref &other) { return iterator_of(obj) == iterator_of(*other); }
+// A method that is called by its name may be given anything.
+bool equal(cObj &obj, objref &other) {
+    auto const *const it = dynamic_cast<cIterObj const *>(other.get());
+    return it && iterator_of(obj) == *it;
+}
 
 objref size(objref obj) { return cat::of(iterator_of(*obj).size()); }
 
@@ -54,6 +58,7 @@ bool cTomIterator::setattr(cObj &obj, objref &key, objref &value) {
 }
 
 bool cTomIterator::m_assign(cObj &obj, objref &arg) {
+    if (!arg) return false;
     if (&arg->type() == &cat::type_iterator()) {
         iterator_of(obj) = iterator_of(*arg);
         return true;

@@ -34,7 +34,9 @@ cMapObj::cMapObj(cTypeObj *type, bool create) : cObj(type), hash_(make<cAttrHash
     if (create) cObj::create();
 }
 
-cMapObj::~cMapObj() = default;
+cMapObj::~cMapObj() {
+    if (hash_->father() == this) hash_->father(nullptr, true); // others may go on sharing it
+}
 
 cMapObj &cMapObj::operator=(cMapObj const &other) {
     assign(other);

@@ -12,4 +12,9 @@ objref cObj::getattr_force(objref const &key, bool force) {
     return setattr(key, level) ? level : cat::bad();
 }
 
-void cObj::ommap(cMapObj const &map) { ommap_ = map.datamap_ref(); }
+void cObj::ommap(cMapObj const &map) {
+    hashref const old = ommap_;
+    hashref const hash = map.datamap_ref();
+    if (hash != old) leave_ommap();
+    ommap_ = hash;
+} // RE-ENTERS: old

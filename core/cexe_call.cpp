@@ -35,6 +35,7 @@ objref call_function(cExeObj const &exe, arguments args) {
 
 objref call_procedure(cExeObj const &exe, cObj *obj, arguments rest) {
     if (!obj) return cat::bad();
+    objref const held = objref::share(obj); // the procedure may remove its last owner
     objref a = rest.size() > 0 ? rest.begin()[0] : objref();
     objref b = rest.size() > 1 ? rest.begin()[1] : objref();
     switch (rest.size()) {

@@ -21,6 +21,37 @@ bool refuse_const(char const *method, cObj const &source) {
     return raise_eros();
 }
 
+// While an own method runs it and its object live: it may remove itself, or its object's last
+// owner.
+struct cDuring {
+    cDuring(cObj const &obj, cObj *exe)
+        : self(objref::share(const_cast<cObj *>(&obj))), method(objref::share(exe)) {}
+    cDuring(cDuring const &) = delete;
+    cDuring &operator=(cDuring const &) = delete;
+    ~cDuring() = default;
+
+    objref const self;
+    objref const method;
+};
+
+// A stream lent to a method. What the method keeps of it has no stream afterwards.
+template <class Stream> struct cLentStream {
+    struct cHolder : cObjDR<Stream> {
+        explicit cHolder(Stream &stream) : cObjDR<Stream>(stream) { this->obid(0); }
+        cHolder(cHolder const &) = delete;
+        cHolder &operator=(cHolder const &) = delete;
+        ~cHolder() override = default;
+        void close() noexcept { this->value_ = nullptr; }
+    };
+    explicit cLentStream(Stream &stream) : made(new cHolder(stream)), holder(objref::adopt(made)) {}
+    cLentStream(cLentStream const &) = delete;
+    cLentStream &operator=(cLentStream const &) = delete;
+    ~cLentStream() { made->close(); }
+
+    cHolder *const made;
+    objref const holder;
+};
+
 } // namespace
 
 cObj::cObj(bool typed) : cObj(typed ? &cat::type_nil() : nullptr) {}
@@ -29,6 +60,7 @@ cObj::cObj(cTypeObj *type) noexcept : type_(type), obid_(++ob_lstid_) { ++ob_cou
 
 cObj::~cObj() {
     if (obid_ != 0) --ob_count_;
+    leave_ommap();
 }
 
 bool cObj::is_ObjDR() const { return false; }
@@ -42,9 +74,11 @@ void cObj::obid(cObj *obj, unsigned int id) noexcept {
     if (obj) obj->obid(id);
 }
 
-int cObj::typeflags_of(int bits) const noexcept { return type_->flags_of(bits); }
+int cObj::typeflags_of(int bits) const noexcept { return type_ ? type_->flags_of(bits) : 0; }
 
-bool cObj::is_void(cObj const *obj) noexcept { return !obj || obj->type_ == core.niltype; }
+bool cObj::is_void(cObj const *obj) noexcept {
+    return !obj || !obj->type_ || obj->type_ == core.niltype;
+}
 
 bool cObj::is_nil(cObj const *obj) noexcept { return obj && core.nil && *core.nil == obj; }
 
@@ -116,7 +150,7 @@ bool cObj::assign(objref const &source) {
     if (flags_of(of_const) && !refuse_const("assign", *source)) return false;
     objref ref = source; // held for the length of the call
     if (cExeObj *exe = nullptr; own_method(mid_assign, exe)) {
-        objref const keep = objref::share(exe); // may remove itself
+        cDuring const held(*this, exe);
         return exe && exe->pexecute(*this, ref);
     }
     return type_->pexec(mid_assign, *this, ref);
@@ -130,7 +164,7 @@ bool cObj::add(objref const &source) {
     if (flags_of(of_const) && !refuse_const("add", *source)) return false;
     objref ref = source;
     if (cExeObj *exe = nullptr; own_method(mid_add, exe)) {
-        objref const keep = objref::share(exe);
+        cDuring const held(*this, exe);
         return exe && exe->pexecute(*this, ref);
     }
     return type_->pexec(mid_add, *this, ref);
@@ -141,7 +175,7 @@ bool cObj::setattr(objref const &key, objref const &value) {
     objref k = key;
     objref v = value;
     if (cExeObj *exe = nullptr; own_method(mid_setattr, exe)) {
-        objref const keep = objref::share(exe);
+        cDuring const held(*this, exe);
         return exe && exe->pexecute(*this, k, v);
     }
     return type_->pexec(mid_setattr, *this, k, v);
@@ -150,7 +184,7 @@ bool cObj::setattr(objref const &key, objref const &value) {
 objref cObj::getattr(objref const &key) {
     if (is_void()) return cat::badfind();
     if (cExeObj *exe = nullptr; own_method(mid_getattr, exe)) {
-        objref const keep = objref::share(exe);
+        cDuring const held(*this, exe);
         return exe ? exe->oexecute(objref::share(this), key) : cat::bad();
     }
     return type_->oexec(mid_getattr, objref::share(this), key);
@@ -159,19 +193,19 @@ objref cObj::getattr(objref const &key) {
 objref cObj::getattr(objref const &key) const { return const_cast<cObj *>(this)->getattr(key); }
 
 bool cObj::write(std::ostream &os) const {
-    objref holder = objref::adopt(new cOutHolder(os));
-    holder->obid(0);
+    cLentStream<std::ostream> const lent(os);
+    objref holder = lent.holder;
     cObj &self = const_cast<cObj &>(*this);
     if (cExeObj *exe = nullptr; own_method(mid_write, exe)) {
-        objref const keep = objref::share(exe);
+        cDuring const held(*this, exe);
         return exe && exe->pexecute(self, holder);
     }
     return type_->pexec(mid_write, self, holder);
 }
 
 bool cObj::read(std::istream &is) { // no own method here: only the type knows its text
-    objref holder = objref::adopt(new cInHolder(is));
-    holder->obid(0);
+    cLentStream<std::istream> const lent(is);
+    objref holder = lent.holder;
     return type_->pexec(mid_read, *this, holder);
 }
 
@@ -198,7 +232,7 @@ bool cObj::less(cObj const &other) const {
 
 objref cObj::iterobj() {
     if (cExeObj *exe = nullptr; own_method(mid_iterobj, exe)) {
-        objref const keep = objref::share(exe);
+        cDuring const held(*this, exe);
         return exe ? exe->oexecute(objref::share(this)) : cat::bad();
     }
     return type_->oexec(mid_iterobj, objref::share(this));

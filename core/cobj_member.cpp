@@ -11,8 +11,8 @@
 
 namespace {
 
-// What gmember_ gives for a key that can't be stored: emptied at each such call, so that nothing
-// written to it is ever read.
+// What gmember_ gives for a key that can't be stored or is not found again: emptied at each such
+// call, so that nothing written to it is ever read.
 objref &scratch_member() {
     static constinit objref scratch;
     scratch = nullptr;
@@ -36,46 +36,49 @@ bool cObj::copyitem(objref const &key, objref const &value, bool clone_new) {
     return setattr(key, value);
 }
 
+void cObj::leave_ommap() noexcept {
+    if (ommap_ && ommap_->father() == this) ommap_->father(nullptr, true);
+}
+
 void cObj::ommap(hashref const &hash) {
+    hashref const old = ommap_;
+    if (hash != old) leave_ommap();
     ommap_ = hash;
     if (ommap_) ommap_->father(this, false);
-}
+} // RE-ENTERS: old
 
 bool cObj::set_omember(std::string const &key, objref value) {
     return set_omember(own_key(key), std::move(value));
 }
 
-bool cObj::set_omember(objref const &key, objref value) {
-    if (!ommap_) {
-        if (is_kill(value)) return true;
-        ommap_ = make<cAttrHash>(this);
+// False: not to be stored, and `result` is what set_omember answers. The flag of the type is only a
+// claim.
+bool cObj::may_be_member(objref const &key, objref const &value, bool &result) {
+    auto *const exe = dynamic_cast<cExeObj *>(value.get());
+    if (exe) {
+        exe->set_name(cat::as_string(key));
+        result = false;
+        if (!exe->validate_exe(this)) return false;
+        if (value->typeflags_of(tf_free_exe) || dynamic_cast<cExeMember *>(exe)) return true;
     }
-    bool executable = false;
-    if (value && value->is_exe()) {
-        auto *const exe = dynamic_cast<cExeObj *>(value.get());
-        if (exe) {
-            exe->set_name(cat::as_string(key));
-            if (!exe->validate_exe(this)) return drop_empty_ommap(false);
-        }
-        bool const free_exe = exe && value->typeflags_of(tf_free_exe);
-        if (!free_exe && !dynamic_cast<cExeMember *>(exe)) {
-            std::string const text = cat::as_text(key);
-            eros(0x4000000, *this)
-                << "Inserted executable, key '" << text << "', must be cExeMember";
-            return drop_empty_ommap(raise_eros());
-        }
-        executable = true;
-    }
-    hashref const hash = ommap_; // an old value's destructor may replace the member map
-    bool const stored = hash->mapitem(key, value);
-    if (stored && executable) setflags(of_exe_member);
-    return drop_empty_ommap(stored);
+    std::string const text = cat::as_text(key);
+    eros(0x4000000, *this) << "Inserted executable, key '" << text << "', must be cExeMember";
+    result = raise_eros();
+    return false;
 }
 
-bool cObj::drop_empty_ommap(bool result) {
-    if (ommap_ && ommap_->empty()) ommap_ = nullptr;
-    return result;
-}
+bool cObj::set_omember(objref const &key, objref value) {
+    if (!ommap_ && is_kill(value)) return true;
+    bool const executable = value && value->is_exe();
+    if (bool result = false; executable && !may_be_member(key, value, result)) return result;
+    if (!ommap_) ommap_ = make<cAttrHash>(this);
+    objref const old = omember(key); // dies last: its destructor may take this object away
+    hashref const hash = ommap_;
+    bool const stored = hash->mapitem(key, value);
+    if (stored && executable) setflags(of_exe_member);
+    if (ommap_ && ommap_->empty()) ommap(hashref());
+    return stored;
+} // RE-ENTERS: old
 
 objref cObj::omember(objref const &key) const {
     return ommap_ ? ommap_->getitem(key) : cat::badfind();
@@ -121,12 +124,12 @@ objref cObj::gmember(objref const &key) const {
 objref cObj::gmember(std::string const &key) const { return gmember(make_key(key)); }
 
 objref &cObj::gmember_(objref const &key) {
-    for (;;) {
+    for (bool made = false;; made = true) {
         cAttrNode *node = ommap_ ? ommap_->find(key) : nullptr;
         if (!node) node = type_->tmmap().find(key);
         if (!node && core.global_hash) node = core.global_hash->find(key);
         if (node) return node->valref_();
-        if (!set_omember(key, cat::nil())) return scratch_member();
+        if (made || !set_omember(key, cat::nil())) return scratch_member();
     }
 }
 

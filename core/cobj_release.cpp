@@ -22,6 +22,11 @@ struct cDepthStep {
     cDepthStep &operator=(cDepthStep const &) = delete;
 };
 
+void kill(cObj *target) {
+    target->incref(); // a destructor may hand out its object, which must not die of that again
+    delete target;    // RE-ENTERS: may add to the list
+}
+
 void wait(cObj *target) {
     if (!waiting) waiting = new std::vector<cObj *>;
     waiting->push_back(target);
@@ -31,7 +36,7 @@ void drain() {
     while (waiting && !waiting->empty()) {
         cObj *const target = waiting->back();
         waiting->pop_back();
-        delete target; // RE-ENTERS: may add to the list
+        kill(target);
     }
     delete std::exchange(waiting, nullptr);
 }
@@ -45,6 +50,6 @@ bool cRefTraits<cObj>::release(cObj const *target) noexcept { return target->dec
 void cRefTraits<cObj>::destroy(cObj *target) {
     if (depth >= max_depth) return wait(target);
     cDepthStep const step;
-    delete target;
+    kill(target);
     if (depth == 1) drain();
 }

@@ -26,6 +26,11 @@ bool no_converter(char const *method, cObj const &obj, objref const &source) {
     return raise_eros();
 }
 
+// A method that is called by its name may be given anything.
+bool same_type(cObj const &obj, objref const &other) {
+    return other && &obj.type() == &other->type();
+}
+
 template <class T> objref newobj(objref) { return make<cObjD<T>>(); }
 
 // The new object refers to the source's value and doesn't keep the source alive.
@@ -34,6 +39,7 @@ template <class T> objref newref(objref source) {
 }
 
 template <class T> bool assign(cObj &obj, objref &source) {
+    if (!source) return false;
     if (&obj.type() == &source->type()) {
         value_of<T>(obj) = value_of<T>(source);
         return true;
@@ -48,6 +54,7 @@ template <> void add_value(int &sum, int const &value) { // wraps
 }
 
 template <class T> bool add(cObj &obj, objref &source) {
+    if (!source) return false;
     if (&obj.type() == &source->type()) {
         add_value<T>(value_of<T>(obj), T(value_of<T>(source)));
         return true;
@@ -64,23 +71,24 @@ template <class T> objref width(objref) { return cat::of(static_cast<int>(sizeof
 objref length(objref text) { return cat::of(static_cast<int>(value_of<std::string>(text).size())); }
 
 template <class T> bool equal(cObj &obj, objref &other) {
-    return value_of<T>(obj) == value_of<T>(other);
+    return same_type(obj, other) && value_of<T>(obj) == value_of<T>(other);
 }
 
 // DELIBERATE: a NaN equals everything and is less than everything, so that the order of keys never
 // fails. Pinned: a_nan_is_equal_to_and_less_than_everything
 template <class T> bool equal_number(cObj &obj, objref &other) {
+    if (!same_type(obj, other)) return false;
     T const a = value_of<T>(obj);
     T const b = value_of<T>(other);
     return !(a < b) && !(a > b);
 }
 
 template <class T> bool less(cObj &obj, objref &other) {
-    return value_of<T>(obj) < value_of<T>(other);
+    return same_type(obj, other) && value_of<T>(obj) < value_of<T>(other);
 }
 
 template <class T> bool less_number(cObj &obj, objref &other) {
-    return !(value_of<T>(obj) >= value_of<T>(other));
+    return same_type(obj, other) && !(value_of<T>(obj) >= value_of<T>(other));
 }
 
 template <class T> void common_methods(cTypeObj &type) {

@@ -48,7 +48,7 @@ cTypeObj::cTypeObj(setup_function setup) : cObj(false), tmmap_(this) {
 }
 
 cTypeObj::cTypeObj(cTypeObj *metatype, char const *name, setup_function setup)
-    : cObj(metatype), tmmap_(this) {
+    : cObj(metatype ? metatype : &cat::typetype()), tmmap_(this) {
     begin_construction(name);
     install_default_methods();
     if (metatype && metatype != core.niltype) metatype->pexec(mid_create, *this);

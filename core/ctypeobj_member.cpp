@@ -8,6 +8,8 @@
 #include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
+#include <utility>
+#include <vector>
 
 objref cTypeObj::tmember(objref const &key) const { return tmmap_.getitem(key); }
 
@@ -17,10 +19,14 @@ void cTypeObj::set_tmember(std::string const &key, objref value) {
     set_tmember(own_key(key), std::move(value));
 }
 
+// The old member dies last, when table and members agree: its destructor may change this type again
+// or take it away.
 void cTypeObj::set_tmember(objref const &key, objref value) {
+    objref const old = tmmap_.getitem(key);
     method_id id = mid_count;
-    bool const standard = is_stdmethod(cat::as_string(key), id); // 1
-    if (is_kill(value)) {                                        // 3
+    std::string const name = cat::as_string(key);
+    bool const standard = is_stdmethod(name, id); // 1
+    if (is_kill(value)) {                         // 3
         if (standard) methods_[id] = nullptr;
         tmmap_.delitem(key);
         return;
@@ -30,7 +36,7 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
         return;
     }
     if (!value->is_exe()) return; // 2
-    auto const *const exe = dynamic_cast<cExeMember const *>(value.get());
+    auto *const exe = dynamic_cast<cExeMember *>(value.get());
     if (!exe) { // 4
         std::string const text = cat::as_text(key);
         cErrStream &err = eros();
@@ -40,13 +46,17 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
         raise_eros();
         return;
     }
-    if (tmmap_.mapitem(key, value)) methods_[id] = exe->function(); // 5
-}
+    exe->set_name(name); // 5; what a subclass of cExeMember says of itself doesn't count
+    if (!validate_exe(id, *exe, type().name().c_str())) return;
+    if (tmmap_.mapitem(key, value)) methods_[id] = exe->function();
+} // RE-ENTERS: old
 
 void cTypeObj::inherit(cTypeObj const &base) {
     if (&base == this) return;
+    std::vector<std::pair<objref, objref>> members; // storing runs foreign code
     for (cAttrNode const *node = base.tmmap_.first(); node; node = base.tmmap_.next(node))
-        set_tmember(node->key(), node->valref());
+        members.emplace_back(node->key(), node->valref());
+    for (auto const &[key, value] : members) set_tmember(key, value);
 }
 
 bool cTypeObj::update_from(cTypeObj const &other) { return &type() == &other.type(); }

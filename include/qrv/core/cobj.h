@@ -52,7 +52,7 @@ class QRV_API cObj : public cObjBase {
     int typeflags_of(int bits) const noexcept;
 
     // States: relations to the type and to the sentinels. A null pointer is void, bad and kill,
-    // and none of nil, map, set, vector.
+    // and none of nil, map, set, vector. An object without a type is void.
     bool is_void() const noexcept { return is_void(this); }
     bool is_nil() const noexcept { return is_nil(this); }
     bool is_bad() const noexcept { return is_bad(this); }
@@ -157,7 +157,9 @@ class QRV_API cObj : public cObjBase {
     objref force_omember(std::string const &key, objref const &example);
     [[nodiscard]] objref gmember(objref const &key) const;
     [[nodiscard]] objref gmember(std::string const &key) const;
-    // The stored reference itself, made as nil among the own members if the key is nowhere.
+    // The stored reference itself, made as nil among the own members if the key is nowhere. For a
+    // key that can't be stored or is not found again: a scratch reference, emptied at each such
+    // call.
     objref &gmember_(objref const &key);
     objref &gmember_(std::string const &key);
     bool get_comment(std::string &text) const;
@@ -189,7 +191,8 @@ class QRV_API cObj : public cObjBase {
     // reads like appending.
     cObj &operator<<(cObj const &source);
 
-    bool drop_empty_ommap(bool result); // passes its argument on
+    void leave_ommap() noexcept; // as the father of a member map that others may go on sharing
+    bool may_be_member(objref const &key, objref const &value, bool &refused);
 
     cTypeObj *type_;
     std::uint32_t obid_;

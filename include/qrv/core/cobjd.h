@@ -17,6 +17,8 @@ QRV_API cTypeObj &cTypeOf(double *);
 QRV_API cTypeObj &cTypeOf(std::istream *); // "niltype": holders of streams for read and write
 QRV_API cTypeObj &cTypeOf(std::ostream *);
 
+template <class T> class cObjD;
+
 template <class T> class QRV_API cObjDR : public cObj {
   public:
     explicit cObjDR(cTypeObj *type) : cObj(type) {} // value null, no create: for subclasses
@@ -36,9 +38,16 @@ template <class T> class QRV_API cObjDR : public cObj {
     T *valptr() const noexcept { return value_; }
     T &val() const noexcept { return *value_; }
 
-    // Through the type, so that const and conversion rules apply; the bool is dropped.
+    // Through the type, so that const and conversion rules apply; the bool is dropped. The source
+    // is an object with a copy of the value, where there can be one: the method may keep it.
     cObjDR &operator=(T const &value) {
-        cObjDR const source(value);
+        objref source;
+        if constexpr (std::is_copy_constructible_v<T>)
+            source = objref::adopt(new cObjD<T>(value));
+        else
+            source = objref::adopt(new cObjDR(value));
+        source->setflags(of_const);
+        source->obid(0);
         assign(source);
         return *this;
     }

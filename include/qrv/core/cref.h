@@ -35,12 +35,17 @@ class QRV_API cShared {
 };
 
 // The policy for a T derived from cShared: destruction is `delete`, which is the virtual
-// destructor where T has one. Specialised where destroying needs more.
+// destructor where T has one. A dying target counts one owner, as one on the stack does: so its
+// destructor may hand it out for a while without destroying it twice. Specialised where destroying
+// needs more.
 template <class T> class cRefTraits {
   public:
     static void addref(T const *target) noexcept { target->incref(); }
     [[nodiscard]] static bool release(T const *target) noexcept { return target->decref(); }
-    static void destroy(T *target) { delete target; }
+    static void destroy(T *target) {
+        target->incref();
+        delete target;
+    }
 };
 
 // Objects: as above, but a chain of last owners of any length is destroyed in bounded stack.

@@ -27,7 +27,8 @@ class QRV_API cTypeObj : public cObj {
     // built-in ones. The type isn't registered: see cTypeInsert.
     explicit cTypeObj(char const *name, setup_function setup = nullptr);
     explicit cTypeObj(setup_function setup = nullptr);
-    // An instance of a metatype (borrowed), filled by the metatype's `create`; a null name is "".
+    // An instance of a metatype (borrowed), filled by the metatype's `create`; a null name is "", a
+    // null metatype cat::typetype().
     cTypeObj(cTypeObj *metatype, char const *name, setup_function setup);
     explicit cTypeObj(int) = delete; // 0 would be a name or a setup
     ~cTypeObj() override;
