@@ -1,6 +1,7 @@
 // Containers against their content: keys whose hooks act, keys that no search finds, and values
 // that let the container go, or empty it, while an operation is under way.
 
+#include "containers/ccompare.h"
 #include "qrv/containers/cattr.h"
 #include "tests/containers/hash_support.h"
 #include "tests/containers/trees.h"
@@ -170,6 +171,112 @@ TEST_F(Reentry, a_value_that_changes_its_container_when_it_goes) {
             change_in<cSetObj>(operation, fill);
         }
         for (cOperation const operation : for_vectors) change_in<cVectorObj>(operation, fill);
+    }
+}
+
+// A null, which valref_ allows, or a bad one stands among the values.
+template <class T> void with_stored(cOperation operation, objref const &stored, unsigned place) {
+    cRef<T> const holder = make<T>();
+    cAttrHash &hash = holder->datamap();
+    for (int i = 0; i < 4; ++i) hash.vect_append(of(i));
+    hash.findpos(place)->valref_() = stored;
+    cRef<T> const other = make<T>();
+    for (int i = 0; i < 4; ++i) other->datamap().vect_append(of(5 + i));
+    other->datamap().findpos(place)->valref_() = stored;
+    for (objref const &argument : {objref(other), objref(holder)}) {
+        (void)operation(*holder, argument);
+        EXPECT_EQ(hash.broken_rule(true), "");
+        EXPECT_TRUE(holder->equal(*holder));
+    }
+}
+
+TEST_F(Reentry, odd_values_in_any_place) {
+    cErrorLog const errors;
+    for (objref const &stored : {objref(), cat::bad(), cat::badfind(), cat::nil()})
+        for (unsigned place = 0; place < 4; ++place) {
+            for (cOperation const operation : for_all) {
+                with_stored<cMapObj>(operation, stored, place);
+                with_stored<cVectorObj>(operation, stored, place);
+                with_stored<cSetObj>(operation, stored, place);
+            }
+            for (cOperation const operation : for_vectors)
+                with_stored<cVectorObj>(operation, stored, place);
+        }
+}
+
+// Values whose "equal" and "assign" act.
+std::function<void()> in_method;
+
+void act_once() {
+    if (auto const once = std::exchange(in_method, nullptr)) once();
+}
+
+struct cActing {
+    typeref type = make<cTypeObj>("acting", set_up);
+    objref value() const { return objref::adopt(new cObjD<int>(1, type.get())); }
+
+  private:
+    static void set_up(cTypeObj &type) {
+        type.set_tmember("newobj", make<cExeMember>(+[](objref of_type) {
+                             auto *const own = dynamic_cast<cTypeObj *>(of_type.get());
+                             return objref::adopt(new cObjD<int>(0, own));
+                         }));
+        type.set_tmember("assign", make<cExeMember>(+[](cObj &, objref &) {
+                             act_once();
+                             return true;
+                         }));
+        type.set_tmember("equal", make<cExeMember>(+[](cObj &, objref &) {
+                             act_once();
+                             return false;
+                         }));
+    }
+};
+
+template <class T> void act_in(cOperation operation, bool let_go) {
+    cActing const acting;
+    cRef<T> owner = make<T>(), other = make<T>();
+    T &holder = *owner;
+    for (int i = 0; i < 4; ++i)
+        for (cRef<T> const &made : {owner, other}) made->datamap().vect_append(acting.value());
+    in_method = [&] {
+        if (!let_go) owner->clear();
+        other->clear();
+        if (let_go) owner = nullptr;
+    };
+    (void)operation(holder, other);
+    in_method = nullptr;
+    if (owner) {
+        EXPECT_EQ(owner->datamap().broken_rule(true), "");
+    }
+}
+
+// A value of the other container's kind.
+objref sample(objref const &other) { return cat::as_map(other)->datamap().first()->valref(); }
+
+constexpr cOperation comparing[] = {
+    [](cMapObj &m, objref const &other) { return m.append(sample(other)); },
+    [](cMapObj &m, objref const &other) { return m.setattr(of(1), sample(other)); },
+    [](cMapObj &m, objref const &other) { return m.findvalue(*objref(sample(other))) != nullptr; },
+    [](cMapObj &m, objref const &other) { return m.equal(*other); },
+    [](cMapObj &m, objref const &other) { return m.equal_unsorted(*other); },
+    [](cMapObj &m, objref const &other) { return m.attrcopy(*other, "-xx"); },
+    [](cMapObj &m, objref const &other) { return m.attrcopy(*other, "0aa"); },
+};
+
+TEST_F(Reentry, values_whose_methods_empty_or_let_go_what_holds_them) {
+    cErrorLog const errors;
+    for (bool const let_go : {false, true}) {
+        for (cOperation const operation : for_all) {
+            act_in<cMapObj>(operation, let_go);
+            act_in<cVectorObj>(operation, let_go);
+            act_in<cSetObj>(operation, let_go);
+        }
+        for (cOperation const operation : comparing) {
+            act_in<cMapObj>(operation, let_go);
+            act_in<cVectorObj>(operation, let_go);
+            act_in<cSetObj>(operation, let_go);
+        }
+        for (cOperation const operation : for_vectors) act_in<cVectorObj>(operation, let_go);
     }
 }
 
