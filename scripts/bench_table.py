@@ -25,7 +25,7 @@ def medians(results):
 
 
 def per_item(nanoseconds, size):
-    return f"{nanoseconds / 1e3:,.1f} ({nanoseconds / size:,.1f})"
+    return f"{nanoseconds / 1e3:,.2f} ({nanoseconds / size:,.1f})"
 
 
 def main():
@@ -33,7 +33,7 @@ def main():
         results = json.load(file)
     context = results["context"]
     print("# Benchmarks\n")
-    print("Written by `./dev bench` on a machine of its own choice; run it on yours before comparing.")
+    print("Written by `./dev bench`. Machines differ: run it on yours before comparing with anything else.")
     print(f"This run: {context['num_cpus']} processors at {context['mhz_per_cpu']} MHz, {context['date'][:10]},")
     print("release build, g++. Median of three runs, processor time in microseconds, in brackets")
     print("nanoseconds for each entry or slot. What each line does is told in `bench/*.cpp`.\n")
