@@ -5,6 +5,9 @@
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
 
+#include <functional>
+#include <random>
+
 using reader_test::Reading;
 
 namespace {
@@ -58,6 +61,61 @@ TEST_F(ReaderHostile, the_default_depth_is_reached) {
     Reading r(times("{a=", depth) + "1" + times("}", depth));
     EXPECT_EQ(r.log, "");
     r.value = nullptr;
+}
+
+TEST_F(ReaderHostile, a_thousand_containers_are_read_and_one_more_is_not) {
+    for (auto const &[open, close] : {std::pair("{a=", "}"), std::pair("[", "]")}) {
+        Reading good(times(open, 1000) + "1" + times(close, 1000));
+        EXPECT_EQ(good.log, "");
+        EXPECT_EQ(good.code, 0);
+        Reading deep(times(open, 1001) + "1" + times(close, 1001));
+        EXPECT_EQ(deep.log.substr(0, 52), "0x40000001 Line 1: Nesting is deeper than 1000, path");
+        EXPECT_EQ(deep.scan.gettok(), 0) << "all brackets are consumed";
+    }
+    messages();
+}
+
+// Merging and assigning in place must never make a value hold itself: the fixture's census would
+// show it.
+TEST_F(ReaderHostile, random_references_and_repeated_keys_leave_nothing_behind) {
+    std::mt19937 random(99);
+    auto const below = [&random](unsigned n) { return static_cast<unsigned>(random() % n); };
+    auto const key = [&below] { return std::string(1, "abc01"[below(5)]); };
+    auto const reference = [&] {
+        std::string path;
+        for (auto n = 1 + below(3); n; --n) path += "/" + key();
+        return "#cRef(" + path + ");";
+    };
+    std::function<std::string(int)> const entries = [&](int depth) {
+        std::string text;
+        for (auto n = below(6); n; --n) {
+            auto const kind = depth ? below(8) : below(3);
+            bool const alone = below(12) == 0; // without a key
+            if (!alone) text += key() + "=";
+            if (kind == 0 && !alone)
+                text += std::to_string(below(4)) + ";";
+            else if (kind <= 2)
+                text += reference();
+            else if (kind <= 5 || alone)
+                text += "{" + entries(depth ? depth - 1 : 0) + "};";
+            else
+                text += kind == 6 ? "[" + reference() + "1;" + reference() + "];"
+                                  : "< {" + entries(depth - 1) + "};" + reference() + "1>;";
+        }
+        return text;
+    };
+    cat::ReadReport report;
+    unsigned cycles = 0;
+    for (int round = 0; round < 2000; ++round) {
+        std::string const text = "{" + entries(4) + "}";
+        auto const living = cObjBase::ob_count();
+        { Reading const r(text); }
+        ASSERT_EQ(cObjBase::ob_count(), living) << text;
+        ASSERT_TRUE(text_state().idle()) << text;
+        for (cat::ReadError const &error : report.entries()) cycles += error.code == 0x40020000;
+        report.clear();
+    }
+    EXPECT_GT(cycles, 20u) << "the texts do try it";
 }
 
 TEST_F(ReaderHostile, a_raised_limit_ends_where_the_stack_does) {
