@@ -62,7 +62,7 @@ void cAttrScan::begin(ASR asr) {
         err_->clear();
     else
         err_ = std::make_unique<cErrStream>(0u);
-    about_line_ = 0;
+    forget_about();
     if (asr > 0) {
         err_->set_code(cErr::bad_code + static_cast<unsigned>(asr));
         errincr();
@@ -98,13 +98,23 @@ void cAttrScan::about(unsigned line, unsigned column) noexcept {
     about_column_ = column;
 }
 
+void cAttrScan::unclosed(cAttrLiteral const &bracket) noexcept {
+    about(bracket);
+    about_unclosed_ = true;
+}
+
+void cAttrScan::forget_about() noexcept {
+    about_line_ = 0;
+    about_unclosed_ = false;
+}
+
 void cAttrScan::fire() {
     if (!err_) return;
     fire_from(*err_, prefix_);
 }
 
 void cAttrScan::fire(cErr const &error) {
-    about_line_ = 0;
+    forget_about();
     fire_from(error, 0);
 }
 
@@ -117,6 +127,10 @@ void cAttrScan::fire_from(cErr const &error, size_t prefix) {
     entry.file = cSubText::file_of(*this);
     entry.line = about_line_ ? about_line_ : token().outer_line;
     entry.column = (about_line_ ? about_column_ : token().outer_column) + 1;
+    if (about_unclosed_) {
+        entry.end_line = token().outer_line;
+        entry.end_column = token().outer_column + 1;
+    }
     entry.path = text_state().shown_path(true);
     entry.code = copy.code();
     std::string const text = copy.as_string();

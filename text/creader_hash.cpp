@@ -270,7 +270,7 @@ void cHashReader::report_unclosed(bool counted) {
     cErrStream &err = counted ? scan_.errs(cAttrScan::asrSyntax) : scan_.errs();
     err.set_code(cErr::bad_code + cAttrScan::asrSyntax);
     err << text;
-    if (cat::Brackets(opened_.code).open) scan_.about(opened_);
+    if (cat::Brackets(opened_.code).open) scan_.unclosed(opened_);
     scan_.fire();
 }
 

@@ -335,8 +335,12 @@ int cValueReader::read_container() {
     objref const held = value_;
     if (held->read(scan_.is())) return 0; // RUNS FOREIGN CODE
     if (&held->type() != &cat::type_vector()) return 0;
-    report(scan_.errp(cAttrScan::asrSyntax), "Failed to read container, type ",
-           held->type().name());
+    scan_.errp(cAttrScan::asrSyntax) << "Failed to read container, type " << held->type().name();
+    if (scan_.token().code <= tkEof)
+        scan_.unclosed(first_);
+    else
+        scan_.about(first_);
+    scan_.fire();
     return cAttrScan::asrSyntax;
 }
 
@@ -349,7 +353,7 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
     if (end_ == 0) {
         scan_.errs(cAttrScan::asrSyntax)
             << "Closing symbol is missed in type " << name << ", path: " << shown_path();
-        scan_.about(bracket);
+        scan_.unclosed(bracket);
         scan_.fire();
     }
     std::istringstream is(std::move(text)); // outlives its scanners

@@ -88,6 +88,23 @@ TEST_F(ReadReports, tell_where_an_unclosed_bracket_was_opened) {
               "2:2 /a 0x40000001 Set is not closed by '>'\n");
 }
 
+TEST_F(ReadReports, tell_where_the_container_of_an_unclosed_bracket_ended) {
+    auto const ends = [](std::string const &text) {
+        cat::ReadReport report;
+        Reading r(text);
+        std::string all;
+        for (cat::ReadError const &error : report.entries())
+            all += std::to_string(error.end_line) + ":" + std::to_string(error.end_column) + " ";
+        return all;
+    };
+    EXPECT_EQ(ends("{ a = [1;\n2"), "2:2 2:2 ");
+    EXPECT_EQ(ends("{ a = <1; 2]; }"), "1:12 ");
+    EXPECT_EQ(ends("["), "1:2 ");
+    EXPECT_EQ(ends("{ a = int(5"), "1:12 1:12 ");
+    EXPECT_EQ(ends("{ a = 1 2 }"), "0:0 0:0 0:0 ");
+    EXPECT_EQ(ends("[ 99999999999 ]"), "0:0 0:0 0:0 ");
+}
+
 TEST_F(ReadReports, tell_a_bracket_alone_without_counting_it) {
     EXPECT_EQ(report("{"), "1:1  0x40000001 Map is not closed by '}'\n");
     EXPECT_EQ(errors_, 0u);

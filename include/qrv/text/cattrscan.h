@@ -106,6 +106,8 @@ class QRV_API cAttrScan : public cAttrScanner {
     // The token that the next report is about, for reports; otherwise the current one.
     void about(cAttrLiteral const &token) noexcept;
     void about(unsigned line, unsigned column) noexcept; // from 1 and from 0, in the outer text
+    // Like about(), for the opening bracket of a container that ended with the current token.
+    void unclosed(cAttrLiteral const &bracket) noexcept;
 
     // "name (line) ", or "Line 12: " without a file name; empty if oneline.
     std::string posstring() const;
@@ -129,6 +131,7 @@ class QRV_API cAttrScan : public cAttrScanner {
   private:
     void start();
     void begin(ASR asr);
+    void forget_about() noexcept;
     void fire_from(cErr const &error, size_t prefix);
 
     bool eof_seen_ = false;
@@ -138,6 +141,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     size_t prefix_ = 0;               // of the text under composition: place and path
     unsigned about_line_ = 0;         // 0: the current token
     unsigned about_column_ = 0;
+    bool about_unclosed_ = false;
 };
 
 namespace cat {

@@ -15,12 +15,14 @@ namespace cat {
 // The place is that of the first character of the token that the error is about, in the outer
 // file, also inside typed values; for an unclosed bracket, where it was opened.
 struct QRV_API ReadError {
-    std::string file;    // empty if the text has no file name
-    unsigned line = 0;   // from 1
-    unsigned column = 0; // from 1, in bytes
-    std::string path;    // of the value, such as "/a/0"; cut in the middle above 1,000 characters
-    unsigned code = 0;   // 0 for what is printed only
-    std::string text;    // without place and path in front
+    std::string file;      // empty if the text has no file name
+    unsigned line = 0;     // from 1
+    unsigned column = 0;   // from 1, in bytes
+    unsigned end_line = 0; // of an unclosed bracket: where its container ended, else 0
+    unsigned end_column = 0;
+    std::string path;  // of the value, such as "/a/0"; cut in the middle above 1,000 characters
+    unsigned code = 0; // 0 for what is printed only
+    std::string text;  // without place and path in front
 };
 
 class QRV_API ReadReport {
