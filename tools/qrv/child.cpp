@@ -56,16 +56,21 @@ std::string read_all(int descriptor) {
     }
 }
 
-[[noreturn]] void be_child(int descriptor, std::function<void(cReply &)> const &work) {
+cReply failed(std::string const &name, std::string const &text) {
+    cReply reply;
+    reply.messages = name + ": error: " + text + "\n";
+    return reply;
+}
+
+[[noreturn]] void be_child(std::string const &name, int descriptor,
+                           std::function<void(cReply &)> const &work) {
     cReply reply;
     try {
         work(reply);
     } catch (std::exception const &error) {
-        reply = cReply();
-        reply.messages = std::string("qrv: error: ") + error.what() + "\n";
+        reply = failed(name, std::string("the work was given up: ") + error.what());
     } catch (...) {
-        reply = cReply();
-        reply.messages = "qrv: error: an unknown exception ended the work\n";
+        reply = failed(name, "the work was given up: unknown exception");
     }
     bool const sent = cat::write_all(descriptor, packed(reply));
     ::_exit(sent ? 0 : exit_failed); // the parent's statics are not this process's to end
@@ -76,27 +81,21 @@ std::string cause_of_death(int status) {
     return "exit status " + std::to_string(WEXITSTATUS(status));
 }
 
-cReply failed(std::string const &text) {
-    cReply reply;
-    reply.messages = "qrv: error: " + text + "\n";
-    return reply;
-}
-
 } // namespace
 
-cReply in_child(std::function<void(cReply &)> const &work) {
+cReply in_child(std::string const &name, std::function<void(cReply &)> const &work) {
     int ends[2];
-    if (::pipe(ends) != 0) return failed(reason("cannot make a pipe", errno));
+    if (::pipe(ends) != 0) return failed(name, reason("cannot make a pipe", errno));
     pid_t const child = ::fork();
     if (child < 0) {
         int const error = errno;
         ::close(ends[0]);
         ::close(ends[1]);
-        return failed(reason("cannot start a process", error));
+        return failed(name, reason("cannot start a process", error));
     }
     if (child == 0) {
         ::close(ends[0]);
-        be_child(ends[1], work);
+        be_child(name, ends[1], work);
     }
     ::close(ends[1]);
     std::string const bytes = read_all(ends[0]);
@@ -106,5 +105,5 @@ cReply in_child(std::function<void(cReply &)> const &work) {
     }
     cReply reply;
     if (unpack(bytes, reply)) return reply;
-    return failed("the work on this file ended too early: " + cause_of_death(status));
+    return failed(name, "the work ended too early: " + cause_of_death(status));
 }

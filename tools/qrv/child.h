@@ -12,5 +12,6 @@ struct cReply {
     std::string extra;    // a second text, where the work has one
 };
 
-// Runs the work and gives its reply; a work that dies is told in `messages`, with status 2.
-cReply in_child(std::function<void(cReply &)> const &work);
+// Runs the work on the file of that name and gives its reply; a work that dies is told in
+// `messages`, with status 2.
+cReply in_child(std::string const &name, std::function<void(cReply &)> const &work);

@@ -1,7 +1,10 @@
 #include "diff.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <sstream>
 #include <unordered_map>
+#include <vector>
 
 namespace {
 
@@ -46,8 +49,7 @@ void match_greedy(cTexts const &a, cTexts const &b, size_t first, size_t end_a, 
     }
 }
 
-} // namespace
-
+// For each element of `a`: its partner's index in `b`, growing, or -1.
 std::vector<int> kept_in(cTexts const &a, cTexts const &b) {
     std::vector<int> partner(a.size(), -1);
     size_t first = 0, end_a = a.size(), end_b = b.size();
@@ -60,4 +62,32 @@ std::vector<int> kept_in(cTexts const &a, cTexts const &b) {
     else
         match_greedy(a, b, first, end_a, end_b, partner);
     return partner;
+}
+
+cTexts lines_of(std::string const &text) {
+    cTexts lines;
+    std::istringstream is(text);
+    for (std::string line; std::getline(is, line);) lines.push_back(line);
+    return lines;
+}
+
+} // namespace
+
+std::string changes(std::string const &name, std::string const &before, std::string const &after) {
+    cTexts const a = lines_of(before), b = lines_of(after);
+    std::vector<int> const kept = kept_in(a, b);
+    std::string told;
+    size_t i = 0, j = 0;
+    while (i < a.size() || j < b.size()) {
+        size_t const line = i;
+        std::string stretch;
+        while (i < a.size() && kept[i] < 0) stretch += "- " + a[i++] + "\n";
+        size_t const next = i < a.size() ? static_cast<size_t>(kept[i]) : b.size();
+        while (j < next) stretch += "+ " + b[j++] + "\n";
+        if (!stretch.empty())
+            told += name + ":" + std::to_string(line + 1) + ": would change\n" + stretch;
+        ++i, ++j;
+    }
+    if (told.empty()) told = name + ": would change: the line end of the last line\n";
+    return told;
 }

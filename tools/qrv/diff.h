@@ -1,9 +1,9 @@
 #pragma once
-// What is kept of a sequence in another one: the longest common subsequence where that can be had
-// at a bearable price, else a greedy one.
+// What differs between two texts, line by line: the longest common subsequence where that can be
+// had at a bearable price, else a greedy one.
 
 #include <string>
-#include <vector>
 
-// For each element of `a`: its partner's index in `b`, growing, or -1.
-std::vector<int> kept_in(std::vector<std::string> const &a, std::vector<std::string> const &b);
+// Each stretch that differs: "name:3: would change", then the lines that go and those that come,
+// behind "- " and "+ ".
+std::string changes(std::string const &name, std::string const &before, std::string const &after);

@@ -1,4 +1,4 @@
-// `get`: the values at paths.
+// `get`: the values at paths, each a line or more.
 
 #include "child.h"
 #include "commands.h"
@@ -6,11 +6,14 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/cexacttext.h"
 #include "qrv/text/creadreport.h"
+#include "raised.h"
 #include "reading.h"
 
 #include <optional>
 
 namespace {
+
+constexpr unsigned no_attributes = 0x48000000u; // raised where a path goes into a scalar
 
 // A string without quotes, a bool as a word, a float without its letter; all else as written.
 std::string raw(objref const &value) {
@@ -24,31 +27,42 @@ std::string raw(objref const &value) {
 
 // The value at the path, null when there is none; false when the path can't be read.
 bool find(objref const &top, std::string const &path, objref &value, cMessages &messages) {
+    size_t const before = messages.count();
+    cRaisedErrors const raised([&](cErr const &error) {
+        if (error.code() != no_attributes) messages.error(error.as_string(), error.code());
+    });
     cat::ReadReport report;
     value = top->getattrp(path);
-    bool readable = true;
     for (cat::ReadError const &error : report.entries()) {
-        if (error.code == 0x48000000u) continue; // a value without attributes: nothing is there
-        messages.error("path '" + shortened(path) + "': " + error.text);
-        readable = false;
+        size_t const at = error.text.find(path);
+        std::string text = error.text;
+        if (at != text.npos) text.replace(at, path.size(), shortened(path));
+        messages.error(text, error.code);
     }
     if (!cObj::is_good(value)) value = nullptr;
-    return readable;
+    return messages.count() == before;
 }
 
-void get_path(objref const &top, std::string const &path, cGetOptions const &options,
-              cMessages &messages, cReply &reply) {
+int get_path(objref const &top, std::string const &path, cGetOptions const &options,
+             cMessages &messages, std::vector<std::string> &texts) {
     objref value;
-    if (!find(top, path, value, messages)) {
-        reply.status = exit_failed;
-    } else if (value) {
-        reply.text += (options.text ? cat::as_text(value) : raw(value)) + "\n";
+    if (!find(top, path, value, messages)) return exit_failed;
+    if (value) {
+        texts.push_back(options.text ? cat::as_text(value) : raw(value));
     } else if (options.has_default) {
-        reply.text += options.default_value + "\n";
+        texts.push_back(options.default_value);
     } else {
         messages.error("nothing at path '" + shortened(path) + "'");
-        reply.status = std::max(reply.status, static_cast<int>(exit_found));
+        return exit_found;
     }
+    return exit_done;
+}
+
+std::string joined(std::vector<std::string> const &texts, bool canonical) {
+    std::string all;
+    for (std::string const &text : texts) all += text + "\n";
+    if (canonical && !all.empty()) all.pop_back(); // the writer ends with no line feed
+    return all;
 }
 
 void get_values(cGetOptions const &options, cReply &reply) {
@@ -56,12 +70,15 @@ void get_values(cGetOptions const &options, cReply &reply) {
     std::string bytes;
     if (read_bytes(options.file, bytes, messages)) {
         cReading const reading = read_value(bytes, messages);
-        if (reading.clean && reading.value) {
+        if (reading.clean) {
             std::optional<cat::ExactText> exact;
             if (!options.canonical) exact.emplace();
+            std::vector<std::string> texts;
             reply.status = exit_done;
             for (std::string const &path : options.paths)
-                get_path(reading.value, path, options, messages, reply);
+                reply.status =
+                    std::max(reply.status, get_path(reading.value, path, options, messages, texts));
+            reply.text = joined(texts, options.canonical);
         }
     }
     reply.messages = messages.text();
@@ -70,7 +87,7 @@ void get_values(cGetOptions const &options, cReply &reply) {
 } // namespace
 
 int run_get(cGetOptions const &options) {
-    cReply const reply = in_child([&](cReply &r) { get_values(options, r); });
+    cReply const reply = in_child(options.file, [&](cReply &r) { get_values(options, r); });
     put_lines(reply.messages);
     return put_result(reply.text) ? reply.status : exit_failed;
 }

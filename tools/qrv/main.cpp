@@ -36,8 +36,10 @@ void add_fmt(CLI::App &app, cFmtOptions &options) {
     command.add_option("FILE", options.files, "files to write anew")->required();
     CLI::Option *const check =
         command.add_flag("--check", options.check, "only tell what would change");
-    command.add_flag("-i,--in-place", options.in_place, "replace the file")->excludes(check);
-    command.add_flag("--force", options.force, "replace it even where something is lost");
+    CLI::Option *const in_place =
+        command.add_flag("-i,--in-place", options.in_place, "replace the file")->excludes(check);
+    command.add_flag("--force", options.force, "replace it even where something is lost")
+        ->needs(in_place);
     add_canonical(command, options);
     add_common(command, options);
     command.footer("Examples:\n"
@@ -113,6 +115,7 @@ int run(int argc, char **argv) {
 } // namespace
 
 int main(int argc, char **argv) {
+    fill_standard_descriptors();
     std::signal(SIGPIPE, SIG_IGN); // a reader that has gone is an exit code
     sig_idle();                    // the start-up text goes where nobody listens
     cConsoleDisplay const messages(STDERR_FILENO);

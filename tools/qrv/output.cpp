@@ -4,11 +4,18 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
+
+void fill_standard_descriptors() {
+    for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::fcntl(descriptor, F_GETFD) < 0)
+            ::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
 
 bool put_result(std::string_view bytes) {
     if (cat::write_all(STDOUT_FILENO, bytes)) return true;
-    if (errno != EPIPE) put_message("qrv: " + reason("cannot write the output", errno));
+    if (errno != EPIPE) put_message("qrv: error: " + reason("cannot write the output", errno));
     return false;
 }
 

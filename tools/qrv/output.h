@@ -5,6 +5,9 @@
 #include <string>
 #include <string_view>
 
+// Descriptors 0 to 2 that the caller closed are taken, so that no file gets one; using them fails.
+void fill_standard_descriptors();
+
 // False when the system refused, told by a message but for a reader that has gone.
 bool put_result(std::string_view bytes);
 void put_message(std::string const &line); // a line feed is added

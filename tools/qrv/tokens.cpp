@@ -6,7 +6,7 @@
 #include "reading.h"
 
 int run_tokens(cTokensOptions const &options) {
-    cReply const reply = in_child([&](cReply &r) {
+    cReply const reply = in_child(options.file, [&](cReply &r) {
         cMessages messages(options.file, options.max_errors);
         std::string bytes;
         if (read_bytes(options.file, bytes, messages)) {

@@ -1,0 +1,190 @@
+// What the system refuses, and children that die: told, with exit code 2, and nothing else happens.
+
+#include "tests/tool/tool_run.h"
+
+#include <csignal>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <thread>
+
+using tool_test::cProcess;
+using tool_test::cRun;
+using tool_test::times;
+
+namespace {
+
+class ToolBadFiles : public tool_test::Tool {
+  protected:
+    // All commands on the file "f" tell this, and give nothing.
+    void each_command_tells(std::string const &err, tool_test::cStart const &start = {}) const {
+        cRun const expected{2, "", err};
+        EXPECT_EQ(run({"fmt", "f"}, start), expected);
+        EXPECT_EQ(run({"fmt", "-i", "f"}, start), expected);
+        EXPECT_EQ(run({"fmt", "-i", "--force", "f"}, start), expected);
+        EXPECT_EQ(run({"fmt", "--check", "f"}, start), expected);
+        EXPECT_EQ(run({"get", "f", "a"}, start), expected);
+        EXPECT_EQ(run({"get", "f", "a", "--default", "1"}, start), expected);
+        EXPECT_EQ(run({"check", "f"}, start), expected);
+        EXPECT_EQ(run({"tokens", "f"}, start), expected);
+    }
+};
+
+// An open descriptor, closed at the end.
+class cOpen {
+  public:
+    explicit cOpen(int descriptor) : descriptor_(descriptor) { EXPECT_GE(descriptor, 0); }
+    cOpen(cOpen const &) = delete;
+    cOpen &operator=(cOpen const &) = delete;
+    ~cOpen() { ::close(descriptor_); }
+    int get() const { return descriptor_; }
+
+  private:
+    int descriptor_;
+};
+
+// A pipe; each end is closed by its own hand or at the end.
+struct cPipe {
+    cPipe() { EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0); }
+    cPipe(cPipe const &) = delete;
+    cPipe &operator=(cPipe const &) = delete;
+    ~cPipe() {
+        close(0);
+        close(1);
+    }
+    void close(int end) {
+        if (ends[end] >= 0) ::close(ends[end]);
+        ends[end] = -1;
+    }
+    int ends[2] = {-1, -1};
+};
+
+// --- input ---
+
+TEST_F(ToolBadFiles, a_file_that_is_not_there) {
+    each_command_tells("f: error: cannot read: No such file or directory\n");
+    EXPECT_FALSE(std::filesystem::exists(path("f")));
+}
+
+TEST_F(ToolBadFiles, a_link_to_nowhere) {
+    std::filesystem::create_symlink("nowhere", path("f"));
+    each_command_tells("f: error: cannot read: No such file or directory\n");
+}
+
+TEST_F(ToolBadFiles, a_folder) {
+    std::filesystem::create_directory(path("f"));
+    each_command_tells("f: error: cannot read: Is a directory\n");
+}
+
+TEST_F(ToolBadFiles, a_file_that_must_not_be_read) {
+    write("f", "{a=1}");
+    ::chmod(path("f").c_str(), 0);
+    // Root may read everything; not without these (the numbers of the capabilities).
+    auto const as_others = [] {
+        for (unsigned long capability : {1ul /* DAC_OVERRIDE */, 2ul /* DAC_READ_SEARCH */})
+            if (::geteuid() == 0 && ::prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0)
+                ::_exit(126);
+    };
+    each_command_tells("f: error: cannot read: Permission denied\n", {.prepare = as_others});
+    ::chmod(path("f").c_str(), 0600);
+    EXPECT_EQ(read("f"), "{a=1}");
+}
+
+TEST_F(ToolBadFiles, a_file_whose_reading_fails) {
+    std::filesystem::create_symlink("/proc/self/mem", path("f"));
+    each_command_tells("f: error: cannot read: Input/output error\n");
+}
+
+TEST_F(ToolBadFiles, a_standard_input_that_is_closed) {
+    cRun const run = this->run({"check", "-"}, {.prepare = [] { ::close(STDIN_FILENO); }});
+    EXPECT_EQ(run, (cRun{2, "", "-: error: cannot read: Bad file descriptor\n"}));
+}
+
+// --- output ---
+
+TEST_F(ToolBadFiles, a_full_device_as_output) {
+    write("f", "{a=1}");
+    cOpen const full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+    cRun const expected{2, "", "qrv: error: cannot write the output: No space left on device\n"};
+    for (std::vector<std::string> const &arguments :
+         std::vector<std::vector<std::string>>{{"fmt", "f"},
+                                               {"fmt", "--check", "f"},
+                                               {"get", "f", "a"},
+                                               {"tokens", "f"},
+                                               {"--version"},
+                                               {"--help"}})
+        EXPECT_EQ(run(arguments, {.out = full.get()}), expected) << arguments[0];
+    EXPECT_EQ(run({"check", "f"}, {.out = full.get()}), (cRun{0, "", ""})) << "has no output";
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.out = full.get()}), (cRun{0, "", ""}));
+}
+
+TEST_F(ToolBadFiles, an_output_that_is_closed) {
+    write("f", "{a=1}");
+    EXPECT_EQ(run({"fmt", "f"}, {.prepare = [] { ::close(STDOUT_FILENO); }}),
+              (cRun{2, "", "qrv: error: cannot write the output: Bad file descriptor\n"}));
+}
+
+TEST_F(ToolBadFiles, a_reader_of_the_output_that_has_gone) {
+    write("f", "[" + times("1,", 100000) + "]");
+    cPipe pipe;
+    pipe.close(0);
+    EXPECT_EQ(run({"fmt", "f"}, {.out = pipe.ends[1]}), (cRun{2, "", ""}));
+    EXPECT_EQ(run({"tokens", "f"}, {.out = pipe.ends[1]}), (cRun{2, "", ""}));
+    EXPECT_EQ(run({"get", "f", "0"}, {.out = pipe.ends[1]}), (cRun{2, "", ""}));
+    EXPECT_EQ(run({"fmt", "--check", "f"}, {.out = pipe.ends[1]}), (cRun{2, "", ""}));
+}
+
+TEST_F(ToolBadFiles, a_reader_of_the_output_that_goes_while_it_is_written) {
+    write("f", "[" + times("1,", 100000) + "]");
+    cPipe pipe;
+    cProcess tool(folder_, {"tokens", "f"}, {.out = pipe.ends[1]});
+    pipe.close(1);
+    char byte = 0;
+    EXPECT_EQ(::read(pipe.ends[0], &byte, 1), 1);
+    EXPECT_EQ(byte, 'T');
+    pipe.close(0);
+    EXPECT_EQ(tool.wait(), (cRun{2, "", ""}));
+}
+
+// --- children ---
+
+// A child of that process, as soon as there is one; 0 after ten seconds.
+pid_t child_of(pid_t parent) {
+    for (int i = 0; i < 1000; ++i) {
+        for (auto const &entry : std::filesystem::directory_iterator("/proc")) {
+            std::string const name = entry.path().filename().string();
+            std::ifstream is(entry.path() / "stat");
+            std::string id, command, state;
+            pid_t of = 0;
+            if (is >> id >> command >> state >> of && of == parent && id == name)
+                return static_cast<pid_t>(std::stol(id));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return 0;
+}
+
+TEST_F(ToolBadFiles, a_child_that_dies_is_told) {
+    for (std::vector<std::string> const &arguments : std::vector<std::vector<std::string>>{
+             {"fmt", "-"}, {"check", "-"}, {"get", "-", "a"}, {"tokens", "-"}}) {
+        cPipe input; // never ends, so that the child waits
+        cProcess tool(folder_, arguments, {.in = input.ends[0]});
+        pid_t const child = child_of(tool.pid());
+        ASSERT_GT(child, 0);
+        ::kill(child, SIGKILL);
+        EXPECT_EQ(tool.wait(),
+                  (cRun{2, "", "-: error: the work ended too early: signal Killed\n"}));
+    }
+}
+
+TEST_F(ToolBadFiles, the_work_goes_on_with_the_next_file_when_a_child_dies) {
+    write("f", "[1]");
+    cPipe input;
+    cProcess tool(folder_, {"fmt", "-", "f"}, {.in = input.ends[0]});
+    pid_t const child = child_of(tool.pid());
+    ASSERT_GT(child, 0);
+    ::kill(child, SIGKILL);
+    EXPECT_EQ(tool.wait(),
+              (cRun{2, "[1, ]\n", "-: error: the work ended too early: signal Killed\n"}));
+}
+
+} // namespace

@@ -1,0 +1,209 @@
+// `fmt -i`: the file is replaced, or left as it was.
+
+#include "tests/tool/tool_run.h"
+
+#include <dirent.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+using tool_test::cRun;
+
+namespace {
+
+// Root may read and write everything; not without these (the numbers of the capabilities).
+void give_up_rights_over_files() {
+    for (unsigned long capability : {1ul /* DAC_OVERRIDE */, 2ul /* DAC_READ_SEARCH */})
+        if (::geteuid() == 0 && ::prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0) ::_exit(126);
+}
+
+class ToolFmtInPlace : public tool_test::Tool {
+  protected:
+    cRun in_place(std::vector<std::string> more = {}) const {
+        more.insert(more.begin(), {"fmt", "-i", "f"});
+        return run(std::move(more));
+    }
+    struct stat status(std::string const &name) const {
+        struct stat info {};
+        EXPECT_EQ(::lstat(path(name).c_str(), &info), 0);
+        return info;
+    }
+    size_t files() const {
+        return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(folder_), {}));
+    }
+};
+
+cRun const silent{0, "", ""};
+std::string const refused =
+    "f: error: not written, for something would be lost; --force writes it\n";
+
+TEST_F(ToolFmtInPlace, replaces_the_file_and_leaves_nothing_beside) {
+    write("f", "// head\n{a=1}");
+    ino_t const before = status("f").st_ino;
+    EXPECT_EQ(in_place(), silent);
+    EXPECT_EQ(read("f"), "// head\n{a= 1; }\n");
+    EXPECT_NE(status("f").st_ino, before) << "written beside and renamed";
+    EXPECT_EQ(files(), 1u);
+}
+
+TEST_F(ToolFmtInPlace, takes_several_files_and_goes_on_behind_one_that_is_refused) {
+    write("a", "[1]");
+    write("f", "[1] // x");
+    write("c", "[2]");
+    EXPECT_EQ(run({"fmt", "--in-place", "a", "f", "nowhere", "c"}),
+              (cRun{2, "",
+                    "f:1:5: error: this comment would be lost: // x\n" + refused +
+                        "nowhere: error: cannot read: No such file or directory\n"}));
+    EXPECT_EQ(read("a"), "[1, ]\n");
+    EXPECT_EQ(read("f"), "[1] // x");
+    EXPECT_EQ(read("c"), "[2, ]\n");
+    EXPECT_EQ(files(), 3u);
+}
+
+TEST_F(ToolFmtInPlace, keeps_the_mode) {
+    for (mode_t const mode : {0600u, 0644u, 0755u, 0640u, 0444u}) {
+        write("g", "[1]");
+        ::chmod(path("g").c_str(), mode);
+        bool const writable = (mode & 0200) || ::geteuid() == 0;
+        EXPECT_EQ(run({"fmt", "-i", "g"}).status, writable ? 0 : 2);
+        EXPECT_EQ(status("g").st_mode & 07777, mode);
+        EXPECT_EQ(read("g"), writable ? "[1, ]\n" : "[1]");
+        std::filesystem::remove(path("g"));
+    }
+}
+
+TEST_F(ToolFmtInPlace, does_not_touch_a_file_that_is_in_layout) {
+    write("f", "[1, ]\n");
+    timespec const long_ago[2] = {{1000, 0}, {2000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path("f").c_str(), long_ago, 0), 0);
+    struct stat const before = status("f");
+    EXPECT_EQ(in_place(), silent);
+    struct stat const after = status("f");
+    EXPECT_EQ(after.st_ino, before.st_ino);
+    EXPECT_EQ(after.st_mtim.tv_sec, 2000);
+    EXPECT_EQ(after.st_ctim.tv_sec, before.st_ctim.tv_sec);
+    EXPECT_EQ(after.st_ctim.tv_nsec, before.st_ctim.tv_nsec);
+}
+
+TEST_F(ToolFmtInPlace, follows_a_symbolic_link_and_keeps_it) {
+    std::filesystem::create_directory(path("there"));
+    write("there/g", "[1]");
+    std::filesystem::create_symlink("there/g", path("f"));
+    EXPECT_EQ(in_place(), silent);
+    EXPECT_TRUE(S_ISLNK(status("f").st_mode));
+    EXPECT_TRUE(S_ISREG(status("there/g").st_mode));
+    EXPECT_EQ(read("there/g"), "[1, ]\n");
+}
+
+TEST_F(ToolFmtInPlace, keeps_hard_links_together) {
+    write("f", "{a=1; b=[2]}");
+    std::filesystem::create_hard_link(path("f"), path("g"));
+    EXPECT_EQ(in_place(), silent);
+    EXPECT_EQ(read("g"), "{a= 1; b= [2, ]; }\n");
+    EXPECT_EQ(status("f").st_ino, status("g").st_ino);
+    EXPECT_EQ(status("f").st_nlink, 2u);
+}
+
+TEST_F(ToolFmtInPlace, works_in_a_folder_that_takes_no_new_file) {
+    write("f", "[1]");
+    ino_t const before = status("f").st_ino;
+    ::chmod(folder_.c_str(), 0555);
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = give_up_rights_over_files}), silent);
+    EXPECT_EQ(read("f"), "[1, ]\n");
+    EXPECT_EQ(status("f").st_ino, before);
+}
+
+TEST_F(ToolFmtInPlace, refuses_a_file_that_must_not_be_written) {
+    write("f", "[1]");
+    ::chmod(path("f").c_str(), 0444);
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = give_up_rights_over_files}),
+              (cRun{2, "", "f: error: cannot write: Permission denied; the file is as it was\n"}));
+    EXPECT_EQ(read("f"), "[1]");
+    EXPECT_EQ(files(), 1u);
+}
+
+TEST_F(ToolFmtInPlace, refuses_when_a_comment_would_be_lost_unless_forced) {
+    write("f", "[1] // x");
+    std::string const told = "f:1:5: error: this comment would be lost: // x\n";
+    EXPECT_EQ(in_place(), (cRun{2, "", told + refused}));
+    EXPECT_EQ(read("f"), "[1] // x");
+    EXPECT_EQ(in_place({"--force"}), (cRun{0, "", told}));
+    EXPECT_EQ(read("f"), "[1, ]\n");
+    EXPECT_EQ(in_place(), silent);
+    EXPECT_EQ(files(), 1u);
+}
+
+TEST_F(ToolFmtInPlace, refuses_when_text_behind_the_value_would_be_lost_unless_forced) {
+    write("f", "[1] [2]");
+    std::string const told = "f:1:5: error: text behind the first value would be lost\n";
+    EXPECT_EQ(in_place(), (cRun{2, "", told + refused}));
+    EXPECT_EQ(read("f"), "[1] [2]");
+    EXPECT_EQ(in_place({"--force"}), (cRun{0, "", told}));
+    EXPECT_EQ(read("f"), "[1, ]\n");
+}
+
+TEST_F(ToolFmtInPlace, refuses_when_a_value_cannot_be_written_unless_forced) {
+    write("f", "{'#a'=1}");
+    std::string const told = "f: error: Value cannot be written, path : /\"#a\" [0x40000001]\n";
+    EXPECT_EQ(in_place(), (cRun{2, "", told + refused}));
+    EXPECT_EQ(read("f"), "{'#a'=1}");
+    EXPECT_EQ(in_place({"--force"}), (cRun{0, "", told}));
+    EXPECT_EQ(read("f"), "{}\n");
+}
+
+TEST_F(ToolFmtInPlace, refuses_lost_digits_of_plain_text_unless_forced) {
+    write("f", "[0.1234567]");
+    std::string const told = "f: error: the value would come back changed: digits, or strings that "
+                             "read as something else\n";
+    EXPECT_EQ(in_place({"--canonical"}), (cRun{2, "", told + refused}));
+    EXPECT_EQ(read("f"), "[0.1234567]");
+    EXPECT_EQ(in_place({"--canonical", "--force"}), (cRun{0, "", told}));
+    EXPECT_EQ(read("f"), "[0.123457, ]");
+}
+
+TEST_F(ToolFmtInPlace, never_writes_plain_text_that_does_not_come_back) {
+    write("f", "['x\\\ny']");
+    EXPECT_EQ(in_place({"--canonical", "--force"}),
+              (cRun{2, "",
+                    "f: error: the value would come back changed: digits, or strings that read as "
+                    "something else\n"
+                    "f: error: not written, for the new text doesn't read back the same\n"}));
+    EXPECT_EQ(read("f"), "['x\\\ny']");
+}
+
+TEST_F(ToolFmtInPlace, leaves_a_file_with_errors_even_if_forced) {
+    write("f", "{a=1 b=2}");
+    EXPECT_EQ(in_place({"--force"}),
+              (cRun{2, "", "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"}));
+    EXPECT_EQ(read("f"), "{a=1 b=2}");
+}
+
+TEST_F(ToolFmtInPlace, has_no_place_for_the_standard_input) {
+    EXPECT_EQ(run({"fmt", "-i", "-"}, {.input = "[1]"}),
+              (cRun{2, "", "-: error: not written, for it is the standard input\n"}));
+}
+
+TEST_F(ToolFmtInPlace, leaves_the_file_when_there_is_no_room_for_the_new_one) {
+    std::string const text = "[" + tool_test::times("1,", 100000) + "]";
+    write("f", text);
+    auto const small_files = [] {
+        rlimit const limit{1000, 1000};
+        if (::signal(SIGXFSZ, SIG_IGN) == SIG_ERR || ::setrlimit(RLIMIT_FSIZE, &limit) != 0)
+            ::_exit(126);
+    };
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = small_files}),
+              (cRun{2, "", "f: error: cannot write: File too large; the file is as it was\n"}));
+    EXPECT_EQ(read("f"), text);
+    EXPECT_EQ(files(), 1u);
+}
+
+TEST_F(ToolFmtInPlace, does_not_need_the_standard_output) {
+    write("f", "[1]");
+    auto const close_all = [] {
+        for (int descriptor : {0, 1, 2}) ::close(descriptor);
+    };
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = close_all}), silent);
+    EXPECT_EQ(read("f"), "[1, ]\n");
+}
+
+} // namespace

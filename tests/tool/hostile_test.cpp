@@ -1,0 +1,99 @@
+// Files made to break the tool: it answers, in time and with an exit code of its own.
+
+#include "tests/tool/tool_run.h"
+
+#include <algorithm>
+#include <random>
+
+using tool_test::cRun;
+using tool_test::times;
+
+namespace {
+
+class ToolHostile : public tool_test::Tool {
+  protected:
+    // What `check` tells, a line or two for each of a hundred errors; the first line.
+    std::string told(std::string const &text) const {
+        cRun const check = run_on(text, {"check"});
+        EXPECT_EQ(check.status, 1);
+        EXPECT_EQ(check.out, "");
+        EXPECT_LE(std::count(check.err.begin(), check.err.end(), '\n'), 201);
+        return check.err.substr(0, check.err.find('\n'));
+    }
+    // The other commands don't take it either.
+    void refused() const {
+        for (std::vector<std::string> const &arguments :
+             std::vector<std::vector<std::string>>{{"fmt", "f"}, {"get", "f", "a"}}) {
+            cRun const run = this->run(arguments);
+            EXPECT_EQ(run.status, 2);
+            EXPECT_EQ(run.out, "");
+            EXPECT_EQ(run.err.find("ended too early"), std::string::npos);
+        }
+    }
+};
+
+// A path of a thousand steps as it is shown.
+std::string shown(std::string const &step) {
+    std::string const path = times(step, 1000);
+    return path.substr(0, 57) + " ... " + path.substr(path.size() - 57);
+}
+
+TEST_F(ToolHostile, a_hundred_thousand_opening_brackets) {
+    std::string const deep = "f:1:1001: error: Nesting is deeper than 1000, path : ";
+    EXPECT_EQ(told(times("[", 100000)), deep + shown("/0") + " [0x40000001]");
+    refused();
+    EXPECT_EQ(told(times("[", 100000) + times("]", 100000)), deep + shown("/0") + " [0x40000001]");
+    refused();
+    EXPECT_EQ(told(times("{", 100000)), deep + " [0x40000001]");
+    EXPECT_EQ(told(times("<", 100000)), "f:1:1: error: Unexpected token '<< [0x40000002]");
+    EXPECT_EQ(run({"tokens", "f"}).status, 0);
+}
+
+TEST_F(ToolHostile, a_hundred_thousand_maps_in_maps) {
+    EXPECT_EQ(told(times("{a=", 100000)), "f:1:3001: error: Nesting is deeper than 1000, path : " +
+                                              shown("/a") + " [0x40000001]");
+    refused();
+}
+
+TEST_F(ToolHostile, a_hundred_thousand_typed_values_in_each_other) {
+    EXPECT_EQ(told(times("int(", 100000)),
+              "f:1:4: error: Closing symbol is missed in type int, path:  [0x40000001]");
+}
+
+TEST_F(ToolHostile, a_megabyte_of_quotes_and_backslashes) {
+    EXPECT_EQ(told(times("\\\"", 500000)), "f:1:1: error: Unexpected token '\\ [0x40000002]");
+}
+
+TEST_F(ToolHostile, a_hundred_thousand_comments_behind_constants) {
+    cRun const run = fmt("{\n" + times("a=#nil; // x\n", 100000) + "}");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "{\n  a= #nil;\n}\n");
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 101);
+    EXPECT_EQ(run.err.substr(run.err.rfind("f: ")), "f: error: 99900 more\n");
+}
+
+TEST_F(ToolHostile, junk) {
+    std::mt19937_64 random(7);
+    for (int i = 0; i < 20; ++i) {
+        std::string bytes(200 + static_cast<size_t>(random() % 2000), '\0');
+        for (char &byte : bytes) byte = static_cast<char>(random());
+        write("f", bytes);
+        for (std::string const command : {"fmt", "check", "tokens"}) {
+            cRun const run = this->run({command, "f"});
+            EXPECT_LE(run.status, 2);
+            EXPECT_EQ(run.err.find("ended too early"), std::string::npos) << "junk " << i;
+        }
+    }
+}
+
+TEST_F(ToolHostile, a_real_file_cut_anywhere) {
+    std::string const text = tool_test::bytes_of(test::source_file("examples/settings.attr"));
+    for (size_t size = 0; size < text.size(); size += 61) {
+        cRun const run = fmt(text.substr(0, size));
+        EXPECT_EQ(run.status, 2) << size;
+        EXPECT_EQ(run.out, "") << size;
+        EXPECT_NE(run.err, "") << size;
+    }
+}
+
+} // namespace

@@ -1,0 +1,182 @@
+// What `fmt` wrote stays as it is when it is formatted again, and nothing more is lost.
+
+#include "tests/tool/tool_run.h"
+
+#include <random>
+
+using tool_test::cRun;
+
+namespace {
+
+// Text as hands write it: any layout, comments and line ends anywhere, all kinds of values.
+class cRandomText {
+  public:
+    explicit cRandomText(unsigned long seed, bool sharing = true)
+        : random_(seed), sharing_(sharing) {}
+
+    std::string text() {
+        out_.clear();
+        keys_ = 0;
+        gap();
+        container(4);
+        gap();
+        return out_;
+    }
+
+  private:
+    size_t below(size_t limit) { return static_cast<size_t>(random_() % limit); }
+    template <size_t N> void one_of(char const *const (&texts)[N]) { out_ += texts[below(N)]; }
+
+    void gap() {
+        static char const *const gaps[] = {"",
+                                           "",
+                                           " ",
+                                           " ",
+                                           "\n",
+                                           "\t",
+                                           "\r\n",
+                                           " // x\n",
+                                           "\n\n// y z\n",
+                                           "/* x */",
+                                           " /* two\n lines */ ",
+                                           "//\n",
+                                           "/**/"};
+        one_of(gaps);
+    }
+
+    void scalar() {
+        static char const *const scalars[] = {"1",
+                                              "-7",
+                                              "0x1F",
+                                              "12u",
+                                              "1.5",
+                                              "-.25f",
+                                              "3.14159265358979",
+                                              "1.e-7",
+                                              "true",
+                                              "false",
+                                              "#true",
+                                              "#nil",
+                                              "word",
+                                              "'it\\'s'",
+                                              "\"\"",
+                                              "'true'",
+                                              "'a\\\nb'",
+                                              "\"C:\\\\x\"",
+                                              "int(5)",
+                                              "double( 2.5 /* in */ )",
+                                              "'\xC3\xA9'",
+                                              "16777217.0f",
+                                              "123456.",
+                                              "-123456.5",
+                                              "0.1"};
+        one_of(scalars);
+    }
+
+    void key() {
+        static char const *const forms[] = {"k", "'key ", "", "-", "1."};
+        size_t const form = below(5);
+        out_ += forms[form] + std::to_string(++keys_) + (form == 1 ? "'" : "");
+    }
+
+    void value(int depth) {
+        if (depth > 0 && below(3) == 0)
+            container(depth);
+        else if (sharing_ && !named_.empty() && below(12) == 0)
+            out_ += "#cRef(/" + named_[below(named_.size())] + ")";
+        else
+            scalar();
+    }
+
+    void container(int depth) {
+        static char const *const brackets[] = {"{}", "[]", "<>"};
+        bool const top = depth == 4;
+        if (top) named_.clear();
+        char const *const bracket = brackets[top ? 0 : below(3)];
+        if (bracket[0] == '<' && out_.ends_with('<')) out_ += ' '; // "<<" is one token
+        out_ += bracket[0];
+        for (size_t n = below(8); n > 0; --n) entry(bracket[0], depth, top);
+        gap();
+        out_ += bracket[1];
+    }
+
+    void entry(char bracket, int depth, bool top) {
+        gap();
+        if (bracket == '{') {
+            size_t const start = out_.size();
+            key();
+            std::string const name = out_.substr(start);
+            gap();
+            out_ += "=";
+            gap();
+            value(depth - 1);
+            if (top && name[0] == 'k') named_.push_back(name);
+        } else {
+            value(depth - 1);
+        }
+        gap();
+        out_ += below(2) ? ";" : ",";
+    }
+
+    std::mt19937_64 random_;
+    bool sharing_;
+    std::string out_;
+    std::vector<std::string> named_; // keys of the outermost map that have a value
+    int keys_ = 0;
+};
+
+class ToolIdempotent : public tool_test::Tool {
+  protected:
+    // Formats once, by force; what is there then is in layout.
+    void settles(std::vector<std::string> const &names) const {
+        std::vector<std::string> first{"fmt", "-i", "--force", "--max-errors", "1000"};
+        std::vector<std::string> second{"fmt", "--check"};
+        first.insert(first.end(), names.begin(), names.end());
+        second.insert(second.end(), names.begin(), names.end());
+        cRun const forced = run(first);
+        EXPECT_EQ(forced.status, 0);
+        EXPECT_EQ(forced.out, "");
+        EXPECT_EQ(run(second), (cRun{0, "", ""}));
+    }
+};
+
+TEST_F(ToolIdempotent, examples) {
+    for (std::string const name : {"device.attr", "testplan.attr", "settings.attr"})
+        write_example(name);
+    settles({"device.attr", "testplan.attr", "settings.attr"});
+}
+
+TEST_F(ToolIdempotent, random_files) {
+    std::vector<std::string> names;
+    for (unsigned long seed = 1; seed <= 100; ++seed) {
+        names.push_back("seed-" + std::to_string(seed));
+        write(names.back(), cRandomText(seed).text());
+    }
+    settles(names);
+}
+
+// Without shared values, whose comments are written at each place.
+TEST_F(ToolIdempotent, every_comment_of_a_random_file_is_written_or_told) {
+    for (unsigned long seed = 201; seed <= 240; ++seed) {
+        std::string const text = cRandomText(seed, false).text();
+        write("f", text);
+        cRun const run = this->run({"fmt", "--max-errors", "1000", "f"});
+        auto const count = [](std::string const &all, std::string const &part) {
+            size_t n = 0;
+            for (size_t at = 0; (at = all.find(part, at)) != std::string::npos; ++at) ++n;
+            return n;
+        };
+        auto const comments = [&](std::string const &bytes) {
+            write("g", bytes);
+            return count(this->run({"tokens", "--all", "g"}).out, "TOKEN:265:");
+        };
+        EXPECT_EQ(comments(text),
+                  comments(run.out) + count(run.err, ": error: this comment would be lost: "))
+            << "seed " << seed << "\n"
+            << text << "\n--- gives\n"
+            << run.out << run.err;
+        EXPECT_EQ(run.status, run.err.empty() ? 0 : 1) << run.err;
+    }
+}
+
+} // namespace

@@ -1,0 +1,167 @@
+#pragma once
+// Runs the built tool as a process and takes what it gave: exit status, standard output, standard
+// error, each whole. The fixture has a folder of its own that the tool runs in.
+//
+//   write("f", "[1, 2]");
+//   EXPECT_EQ(run({"fmt", "f"}), (cRun{0, "[1, 2, ]\n", ""}));
+
+#include "tests/support/paths.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <ostream>
+#include <string>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace tool_test {
+
+struct cRun {
+    int status = 0; // 128 and the number for a signal
+    std::string out;
+    std::string err;
+    bool operator==(cRun const &) const = default;
+};
+
+inline void PrintTo(cRun const &run, std::ostream *os) {
+    *os << "status " << run.status << "\n--- out\n" << run.out << "--- err\n" << run.err << "---";
+}
+
+// An open file without a name, written and read by descriptor.
+class cMemory {
+  public:
+    explicit cMemory(std::string const &bytes = {}) : descriptor_(::memfd_create("tool", 0)) {
+        for (size_t done = 0; done < bytes.size();) {
+            ssize_t const count = ::write(descriptor_, bytes.data() + done, bytes.size() - done);
+            if (count <= 0) throw std::runtime_error("memfd: write failed");
+            done += static_cast<size_t>(count);
+        }
+        ::lseek(descriptor_, 0, SEEK_SET);
+    }
+    cMemory(cMemory const &) = delete;
+    cMemory &operator=(cMemory const &) = delete;
+    ~cMemory() { ::close(descriptor_); }
+
+    int descriptor() const { return descriptor_; }
+    std::string bytes() const {
+        std::string all(static_cast<size_t>(::lseek(descriptor_, 0, SEEK_END)), '\0');
+        if (::pread(descriptor_, all.data(), all.size(), 0) != static_cast<ssize_t>(all.size()))
+            throw std::runtime_error("memfd: read failed");
+        return all;
+    }
+
+  private:
+    int descriptor_;
+};
+
+// How to start the tool other than with no input and all output taken.
+struct cStart {
+    std::string input = {};
+    int in = -1;                        // borrowed descriptors, instead
+    int out = -1;                       // of the usual ones
+    std::function<void()> prepare = {}; // run in the new process before the tool
+};
+
+// A running tool.
+class cProcess {
+  public:
+    cProcess(std::string const &folder, std::vector<std::string> arguments, cStart const &start)
+        : in_(start.input) {
+        arguments.insert(arguments.begin(), "qrv");
+        std::vector<char *> argv;
+        for (std::string &argument : arguments) argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        std::string const program = test::binary_file("bin/qrv");
+        pid_ = ::fork();
+        if (pid_ != 0) return;
+        bool const ready =
+            ::chdir(folder.c_str()) == 0 &&
+            ::dup2(start.in < 0 ? in_.descriptor() : start.in, STDIN_FILENO) >= 0 &&
+            ::dup2(start.out < 0 ? out_.descriptor() : start.out, STDOUT_FILENO) >= 0 &&
+            ::dup2(err_.descriptor(), STDERR_FILENO) >= 0;
+        if (start.prepare) start.prepare();
+        if (ready) ::execv(program.c_str(), argv.data());
+        ::_exit(127);
+    }
+    cProcess(cProcess const &) = delete;
+    cProcess &operator=(cProcess const &) = delete;
+    ~cProcess() {
+        if (pid_ > 0) wait();
+    }
+
+    pid_t pid() const { return pid_; }
+    cRun wait() {
+        int status = 0;
+        ::waitpid(std::exchange(pid_, -1), &status, 0);
+        return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), out_.bytes(),
+                err_.bytes()};
+    }
+
+  private:
+    cMemory in_, out_, err_;
+    pid_t pid_;
+};
+
+inline std::string bytes_of(std::string const &path) {
+    std::ifstream is(path, std::ios::binary);
+    EXPECT_TRUE(is.is_open()) << path;
+    return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
+}
+
+inline std::string times(std::string const &text, size_t count) {
+    std::string all;
+    for (size_t i = 0; i < count; ++i) all += text;
+    return all;
+}
+
+class Tool : public testing::Test {
+  protected:
+    Tool() {
+        std::string name = (std::filesystem::temp_directory_path() / "qrv-tool-XXXXXX").string();
+        folder_ = ::mkdtemp(name.data());
+    }
+    ~Tool() override {
+        std::filesystem::permissions(folder_, std::filesystem::perms::owner_all);
+        std::filesystem::remove_all(folder_);
+    }
+
+    std::string path(std::string const &name) const { return folder_ + "/" + name; }
+    void write(std::string const &name, std::string const &bytes) const {
+        std::ofstream(path(name), std::ios::binary) << bytes;
+    }
+    void write_example(std::string const &name) const {
+        write(name, bytes_of(test::source_file("examples/" + name)));
+    }
+    std::string read(std::string const &name) const { return bytes_of(path(name)); }
+
+    cRun run(std::vector<std::string> arguments, cStart const &start = {}) const {
+        return cProcess(folder_, std::move(arguments), start).wait();
+    }
+    // One command on the file "f" with this content.
+    cRun run_on(std::string const &bytes, std::vector<std::string> arguments) const {
+        write("f", bytes);
+        arguments.push_back("f");
+        return run(std::move(arguments));
+    }
+    cRun fmt(std::string const &bytes) const { return run_on(bytes, {"fmt"}); }
+    // What `check` tells. Its output is empty, and its status is that of the findings.
+    std::string check(std::string const &bytes) const {
+        cRun const run = run_on(bytes, {"check"});
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.status, run.err.empty() ? 0 : 1);
+        return run.err;
+    }
+
+    std::string folder_;
+};
+
+} // namespace tool_test

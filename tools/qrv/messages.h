@@ -1,0 +1,48 @@
+#pragma once
+// The messages about one file, each a line: "name:3:5: error: text [0x40000001]". They are
+// gathered, and put out when the work on the file is done. Beyond the limit they are only counted,
+// and a last line tells how many. A line holds no control characters and no more than a person
+// would read.
+
+#include <cstddef>
+#include <string>
+
+// A place in a file: both from 1, the column in bytes.
+struct cPlace {
+    unsigned line = 1;
+    unsigned column = 1;
+    auto operator<=>(cPlace const &) const = default;
+};
+
+// The place behind the first `count` characters of a text that begins at `place`.
+cPlace behind(cPlace place, std::string const &text, size_t count);
+
+constexpr size_t longest_path = 120; // of characters in a message
+
+// The text cut in the middle, between characters, where it is longer.
+std::string shortened(std::string const &text, size_t longest = longest_path);
+
+class cMessages {
+  public:
+    cMessages(std::string name, int limit) : name_(std::move(name)), limit_(limit) {}
+
+    void error(std::string const &text, unsigned code = 0);               // about the file
+    void error(cPlace place, std::string const &text, unsigned code = 0); // about a place, as said
+    void note(cPlace place, std::string const &text); // belongs to the error before
+    void more(size_t count) { beyond_ += count; }     // errors that were counted elsewhere
+    size_t count() const { return count_ + beyond_; } // errors
+    int limit() const { return limit_; }
+    std::string const &name() const { return name_; }
+    std::string text() const; // all lines, and how many more there were
+
+  private:
+    void add_error(std::string const &where, std::string const &text, unsigned code);
+    void add(std::string const &where, std::string const &text);
+    std::string at(cPlace place) const;
+
+    std::string name_;
+    int limit_;
+    size_t count_ = 0;  // told
+    size_t beyond_ = 0; // counted only
+    std::string lines_;
+};

@@ -1,0 +1,27 @@
+#pragma once
+// Errors raised on the common route, cat::sig_error(): while one of these lives, they are neither
+// printed nor thrown, but handed to a function.
+
+#include "qrv/diagnostics/cerr.h"
+
+#include <functional>
+
+class cRaisedErrors {
+  public:
+    explicit cRaisedErrors(std::function<void(cErr const &)> take)
+        : before_(cat::errhandler()), take_(std::move(take)),
+          slot_(this, &cRaisedErrors::hand_over) {
+        cat::errhandler() = cErrHandler(0, 0, 0xFFFFFFFFu);
+        cat::sig_error().connect(slot_);
+    }
+    cRaisedErrors(cRaisedErrors const &) = delete;
+    cRaisedErrors &operator=(cRaisedErrors const &) = delete;
+    ~cRaisedErrors() { cat::errhandler() = before_; }
+
+  private:
+    void hand_over(cErr &error) { take_(error); }
+
+    cErrHandler before_;
+    std::function<void(cErr const &)> take_;
+    cSlot1<cRaisedErrors, cErr &> slot_;
+};
