@@ -81,7 +81,8 @@ bool drop_ommap(cObj &obj) {
 // What the library itself puts into a type: functions and texts.
 bool is_plain_member(objref const &value) {
     if (!value || value->has_ommap()) return false;
-    return typeid(*value) == typeid(cExeMember) || typeid(*value) == typeid(cObjD<std::string>);
+    cObj const &obj = *value;
+    return typeid(obj) == typeid(cExeMember) || typeid(obj) == typeid(cObjD<std::string>);
 }
 
 template <class Test> bool remove_entries(cAttrHash &hash, Test goes) {

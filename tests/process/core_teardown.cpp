@@ -198,8 +198,8 @@ int main(int argc, char **argv) {
     cResult const stubborn = run_self("stubborn");
     CHECK(stubborn.status == 0);
     CHECK_TEXT(stubborn.output, "ssss");
-    cResult const late = run_self("late");
-    CHECK(late.status == 0);
-    CHECK_TEXT(late.output, "[late][again][ready]");
+    cResult const late_result = run_self("late");
+    CHECK(late_result.status == 0);
+    CHECK_TEXT(late_result.output, "[late][again][ready]");
     return failures != 0;
 }
