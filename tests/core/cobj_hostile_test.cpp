@@ -313,7 +313,10 @@ TEST_F(Hostile, types_that_make_nothing_or_something_else) {
             EXPECT_EQ((*map)["k"].force_type(*type), cat::bad());
             cTypeInsert const known(*type);
             objref const made = cat::call("new", cat::of("hostile"));
-            EXPECT_EQ(cat::as_string(made), cat::as_string(f(type)));
+            if (f == make_text)
+                EXPECT_EQ(cat::as_string(made), "text");
+            else
+                EXPECT_EQ(made.get(), f(type).get());
         } else {
             EXPECT_THROW(map->force_omember("k", *type), cErr);
             EXPECT_THROW((*map)["k"].force_type(*type), cErr);
