@@ -7,7 +7,7 @@ set -euo pipefail
 write=
 [[ ${1:-} != --write ]] || { write=yes; shift; }
 library=${1:?usage: exports.sh [--write] LIBRARY [FILE]}
-file=${2:-$(dirname "$(readlink -f "$0")")/../cmake/exports.txt}
+file=${2:-$(dirname "$(dirname "$(readlink -f "$0")")")/cmake/exports.txt}
 
 symbols() {
     nm -D --defined-only "$library" | awk '$2 ~ /^[TDBR]$/ && $3 !~ /^_(init|fini)$/ { print $3 }' |
