@@ -3,7 +3,6 @@
 #include "tests/tool/tool_run.h"
 
 #include <csignal>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -78,13 +77,8 @@ TEST_F(ToolBadFiles, a_folder) {
 TEST_F(ToolBadFiles, a_file_that_must_not_be_read) {
     write("f", "{a=1}");
     ::chmod(path("f").c_str(), 0);
-    // Root may read everything; not without these (the numbers of the capabilities).
-    auto const as_others = [] {
-        for (unsigned long capability : {1ul /* DAC_OVERRIDE */, 2ul /* DAC_READ_SEARCH */})
-            if (::geteuid() == 0 && ::prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0)
-                ::_exit(126);
-    };
-    each_command_tells("f: error: cannot read: Permission denied\n", {.prepare = as_others});
+    each_command_tells("f: error: cannot read: Permission denied\n",
+                       {.prepare = tool_test::give_up_rights_over_files});
     ::chmod(path("f").c_str(), 0600);
     EXPECT_EQ(read("f"), "{a=1}");
 }

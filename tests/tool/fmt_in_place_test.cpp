@@ -2,20 +2,14 @@
 
 #include "tests/tool/tool_run.h"
 
-#include <dirent.h>
-#include <sys/prctl.h>
+#include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 using tool_test::cRun;
+using tool_test::give_up_rights_over_files;
 
 namespace {
-
-// Root may read and write everything; not without these (the numbers of the capabilities).
-void give_up_rights_over_files() {
-    for (unsigned long capability : {1ul /* DAC_OVERRIDE */, 2ul /* DAC_READ_SEARCH */})
-        if (::geteuid() == 0 && ::prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0) ::_exit(126);
-}
 
 class ToolFmtInPlace : public tool_test::Tool {
   protected:

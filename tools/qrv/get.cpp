@@ -33,12 +33,8 @@ bool find(objref const &top, std::string const &path, objref &value, cMessages &
     });
     cat::ReadReport report;
     value = top->getattrp(path);
-    for (cat::ReadError const &error : report.entries()) {
-        size_t const at = error.text.find(path);
-        std::string text = error.text;
-        if (at != text.npos) text.replace(at, path.size(), shortened(path));
-        messages.error(text, error.code);
-    }
+    for (cat::ReadError const &error : report.entries())
+        messages.error(with_short_path(error.text, path), error.code);
     if (!cObj::is_good(value)) value = nullptr;
     return messages.count() == before;
 }

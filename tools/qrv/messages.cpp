@@ -48,6 +48,11 @@ std::string shortened(std::string const &text, size_t longest) {
     return text.substr(0, head) + " ... " + text.substr(tail);
 }
 
+std::string with_short_path(std::string text, std::string const &path) {
+    size_t const at = path.empty() ? text.npos : text.find(path);
+    return at == text.npos ? text : text.replace(at, path.size(), shortened(path));
+}
+
 std::string cMessages::at(cPlace place) const {
     return name_ + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
 }

@@ -58,19 +58,13 @@ class cFileScan : public cAttrScan {
     int delim_ = 0;
 };
 
-std::string told(cat::ReadError const &error) {
-    size_t const at =
-        error.path.size() > longest_path ? error.text.find(error.path) : error.text.npos;
-    if (at == error.text.npos) return error.text;
-    return std::string(error.text).replace(at, error.path.size(), shortened(error.path));
-}
-
 void tell(cat::ReadReport const &report, cPlace end, cMessages &messages) {
     for (cat::ReadError const &error : report.entries()) {
+        std::string const text = with_short_path(error.text, error.path);
         if (error.line == 0)
-            messages.error(told(error), error.code);
+            messages.error(text, error.code);
         else
-            messages.error({error.line, error.column}, told(error), error.code);
+            messages.error({error.line, error.column}, text, error.code);
         cPlace const closed{error.end_line, error.end_column};
         if (error.end_line != 0)
             messages.note(closed, closed < end ? "it ends here" : "the text ends here");

@@ -115,8 +115,12 @@ std::string numbered(std::string const &bytes, std::vector<cComment> const &comm
 
 std::set<size_t> numbers_in(std::string const &bytes) {
     std::set<size_t> numbers;
-    for (cComment const &comment : survey(bytes).comments)
-        numbers.insert(std::strtoul(comment.text.c_str() + 2, nullptr, 10));
+    for (cComment const &comment : survey(bytes).comments) {
+        char const *const start = comment.text.c_str() + 2;
+        char *end = nullptr;
+        size_t const number = std::strtoul(start, &end, 10);
+        if (end != start && *end == ':') numbers.insert(number);
+    }
     return numbers;
 }
 
