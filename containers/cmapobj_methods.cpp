@@ -33,7 +33,7 @@ bool report_required(cObj const &obj, objref const &key) {
     return report_spec("REQUIRED", obj, key, "  is missed");
 }
 
-// 6. Nothing is to be stored: what the specification has instead. False when it has nothing.
+// 6. Nothing is to be stored: what its rules give instead. False when they give nothing.
 bool store_instead(cAttspec const &spec, cMapObj &map, objref const &key, bool &result) {
     if (spec.is_implied())
         result = map.datamap().setitem(key, cat::nil());

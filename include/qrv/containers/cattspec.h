@@ -1,8 +1,8 @@
 #pragma once
 // Attribute specifications: for one key, whether the attribute is required or may be nil, has a
 // default, keeps its type or its object. The rules themselves stand in cTomMap::setattr and
-// getattr. A map keeps the specification of a key in its own member map under that key, and the OR
-// of all their flags in its five low flag bits, so that a map without any pays nothing.
+// getattr. A map keeps a key's attribute specification in its own member map under that key, and
+// the OR of all their flags in its five low flag bits, so that a map without any pays nothing.
 //
 // States of the flags word, restored by force_flags() after each change:
 //   with a default      4, perhaps 2; neither 8 nor 16
