@@ -1,8 +1,7 @@
 // `fmt`: the first value of a file in the writer's layout. Nothing is lost unseen:
 //   1  the file is read and written in a child process; every value that can't be written is told
-//   2  if the new text differs, another child writes the file with its comments numbered; each
-//   whose
-//      number doesn't come out is told; and so is text behind the value
+//   2  if the new text differs, another child writes the file with its comments numbered; each one
+//      whose number doesn't come out is told; and so is text behind the value
 //   3  the first child reads the new text and holds the value against the one it read from the file
 //   4  another child reads the new text alone and writes it again: the bytes must be the same
 // Only then the text is put out, or in the file's place. There a loss is refused unless forced, and
