@@ -8,7 +8,7 @@ everything. Beyond that:
     streams are set up;
   - headers of the operating system are included in platform/ only; elsewhere only the standard
     library's are;
-  - public headers include public headers, and what is included exists;
+  - public headers include public headers, qrv/qrv.h all of them, and what is included exists;
   - the tool includes public headers and its own.
 Usage: check_includes.py [ROOT]. Silent and 0 when all is well, else one line for each edge and 1.
 """
@@ -123,6 +123,16 @@ def check_library(root):
                 yield f"{file.relative_to(root)}:{line}: {wrong}"
 
 
+def check_all_header(root):
+    everything = root / "include/qrv/qrv.h"
+    if everything.is_file():
+        included = {header for _, _, header in includes(everything)}
+        for file in sorted((root / "include").rglob("*.h")):
+            name = str(file.relative_to(root / "include"))
+            if name not in included and file != everything:
+                yield f'include/qrv/qrv.h: "{name}" is missing'
+
+
 def check_tools(root):
     for file in sorted((root / "tools").rglob("*")):
         if file.suffix not in (".h", ".cpp"):
@@ -134,7 +144,7 @@ def check_tools(root):
 
 def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
-    wrong = list(check_library(root)) + list(check_tools(root))
+    wrong = [*check_library(root), *check_all_header(root), *check_tools(root)]
     for line in wrong:
         print(line)
     return 1 if wrong else 0

@@ -4,6 +4,7 @@
 // Loading the library leads std::cout and std::cerr into one buffer; nothing of what is printed is
 // seen before a program makes a cConsoleDisplay (qrv/diagnostics/cconsole.h) and fires sig_idle().
 
+#include "qrv/ccomp.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattrhash.h"
 #include "qrv/containers/cattspec.h"
@@ -15,6 +16,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobj.h"
+#include "qrv/core/cobjbase.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/cref.h"
 #include "qrv/core/ctypeobj.h"
@@ -27,6 +29,7 @@
 #include "qrv/modules/crepository.h"
 #include "qrv/platform/cplatform.h"
 #include "qrv/platform/cstack.h"
+#include "qrv/qrvdefs.h"
 #include "qrv/signals/csignal.h"
 #include "qrv/text/cattrscan.h"
 #include "qrv/text/cattrscanner.h"

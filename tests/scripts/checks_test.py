@@ -95,6 +95,12 @@ class Includes(Tree):
     def test_a_header_that_is_not_there(self):
         self.breaks("does not exist", "text/a.cpp", '// T.\n#include "qrv/text/none.h"\n')
 
+    def test_a_header_that_the_one_of_all_lacks(self):
+        headers = sorted(str(f.relative_to(self.root / "include")) for f in (self.root / "include").rglob("*.h"))
+        self.write("include/qrv/qrv.h", HEADER + "".join(f'#include "{name}"\n' for name in headers))
+        self.passes("check_includes.py", self.root)
+        self.breaks('"qrv/text/new.h" is missing', "include/qrv/text/new.h", HEADER)
+
     def test_a_tool_that_includes_internals(self):
         self.breaks("public headers only", "tools/qrv/a.cpp", '// T.\n#include "text/cwriter_state.h"\n')
 
