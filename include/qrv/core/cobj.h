@@ -177,8 +177,22 @@ class QRV_API cObj : public cObjBase {
     // Copies source onto this container by three letters: see cobj_attrcopy.cpp.
     bool attrcopy(cObj const &source, char const *commands);
 
+    // Who wants to know of changes: the signal is the own member "changed", made when asked for.
+    void changed() const;            // fires it, if it is there. RUNS FOREIGN CODE
+    cSignal *changed_signal() const; // borrowed from the member; null if there is none
+    cSignal &force_changed_signal(); // puts a signal in the place of any other member
+
     // Paths and reading: text/.
     [[nodiscard]] objref getattrp(std::string const &path);
+    // One write. The path may end in an operator: = (the default), &=, += or <<. force makes the
+    // missing levels. False, told by cat::errhandler(), if it failed.
+    bool setattrp(std::string const &path, objref const &value, bool force);
+    bool setattrp(std::string const &path, cObj *value, bool force) = delete;
+    // Any number of statements, "a/b = 1; list << 2". A failed one does not stop the others; a
+    // text that can't be cut into statements does.
+    bool setattrp(std::string const &text, bool force);
+    // Appends the pieces between the delimiters as strings; none behind a last delimiter.
+    void append_dissection(std::string const &text, char delimiter);
     static int readobj(std::istream &is, objref &result, int *delim = nullptr);
     static int readobj(char const *text, objref &result, int *delim = nullptr);
 
