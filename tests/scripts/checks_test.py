@@ -218,7 +218,7 @@ class Symbols(Tree):
         self.fails("is missing", "exports.sh", library, "none.txt")
 
 
-class Readme(Tree):
+class Page(Tree):
     def setUp(self):
         super().setUp()
         self.write("examples/a.attr", "{ }\n")
@@ -227,26 +227,63 @@ class Readme(Tree):
 
     def test_outputs_as_shown(self):
         self.write("README.md", "# R\n```console\n$ ./dev run a\na\n$ echo $?\n3\n$ ls examples\na.attr\n```\n```sh\nnot run\n```\n")
-        self.assertIn("3 commands of README.md, 0 print", self.passes("check_readme.py", "README.md", "tool"))
+        self.assertIn("3 commands of README.md, 0 print", self.passes("check_page.py", "README.md", "tool"))
 
     def test_another_output(self):
         self.write("README.md", "```console\n$ ./dev run a\nb\n```\n")
-        self.fails("-b\n+a\n", "check_readme.py", "README.md", "tool")
+        self.fails("-b\n+a\n", "check_page.py", "README.md", "tool")
 
     def test_a_program_beside_the_tool(self):
         self.write("README.md", "```console\n$ build/dev/bin/tool b\nb\n```\n")
-        self.passes("check_readme.py", "README.md", "tool")
+        self.passes("check_page.py", "README.md", "tool")
 
     def test_a_program_that_is_no_example(self):
         self.write("examples/a.cpp", "// A.\nint a;\nint b;\n")
         self.write("README.md", "```console\n$ ./dev run a\na\n```\n```cpp\nint a;\n```\n")
-        self.passes("check_readme.py", "README.md", "tool")
+        self.passes("check_page.py", "README.md", "tool")
         self.write("README.md", "```console\n$ ./dev run a\na\n```\n```cpp\nint c;\n```\n")
-        self.fails("in no program of examples/: int c;", "check_readme.py", "README.md", "tool")
+        self.fails("in no program of examples/: int c;", "check_page.py", "README.md", "tool")
+
+    def test_a_page_of_another_folder(self):
+        self.write("docs/p.md", "```console\n$ ls examples\na.attr\n```\n")
+        self.assertIn("1 commands of p.md, 0 print", self.passes("check_page.py", "docs/p.md", "tool"))
 
     def test_no_command_at_all(self):
         self.write("README.md", "# R\n")
-        self.fails("shows no command", "check_readme.py", "README.md", "tool")
+        self.fails("shows no command", "check_page.py", "README.md", "tool")
+
+
+class DoxygenComments(Tree):
+    """The comments of a header, as the reference sees them."""
+
+    def seen(self, text):
+        file = self.write("a.h", "#pragma once\n// Of the file. One thread at a time.\n\n" + text)
+        result = subprocess.run(
+            [sys.executable, SCRIPTS.parent / "docs/doxygen_comments.py", file], stdout=subprocess.PIPE, text=True,
+            check=True,
+        )
+        lines = result.stdout.split("\n")[:-1]
+        self.assertEqual(len(lines), len(file.read_text(encoding="utf-8").split("\n")))
+        self.assertEqual(lines[:2], ["#pragma once", "/** \\file */ /// Of the file. One thread at a time."])
+        return "\n".join(lines[3:])
+
+    def test_a_paragraph_of_several_is_a_group(self):
+        self.assertEqual(self.seen("// Both.\nint a();\nint b();\n\nint c();\n"),
+                         "/**@{*/ /// Both.\nint a();\nint b();\n/**@}*/\nint c();\n")
+
+    def test_a_class_ends_the_group_before_it_closes(self):
+        self.assertEqual(self.seen("// A.\nclass A {\n    // Both.\n    int a;\n    int b;\n};\n"),
+                         "/// A.\nclass A {\n    /**@{*/ /// Both.\n    int a;\n    int b;\n/**@}*/};\n")
+
+    def test_a_comment_behind_code_and_its_next_line(self):
+        self.assertEqual(self.seen("int a; // one\n       // more\nint b;\n"),
+                         "int a; ///< one\n       ///< more\nint b;\n")
+
+    def test_what_would_be_a_command_is_plain(self):
+        self.assertEqual(self.seen("// #a <b> \"#c\" `#d`\nint a;\n"), "/// \\#a \\<b\\> \"#c\" `#d`\nint a;\n")
+
+    def test_a_comment_of_its_own_stays_one(self):
+        self.assertEqual(self.seen("// Alone.\n\nint a;\n"), "// Alone.\n\nint a;\n")
 
 
 if __name__ == "__main__":

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Runs the commands that the README shows and compares what they print.
+"""Runs the commands that a page of the documentation shows and compares what they print.
 
 Every block marked `console` holds commands, each behind "$ ", and below it the whole of what it
 prints. All are run in one folder that has the examples in it; a block is one shell, so that later
 commands see what earlier ones set. `./dev run` stands for the built tool, and build/dev/bin for the
 folder that it lies in. Every block marked `cpp` is a piece of a program in examples/, letter by letter.
-Usage: check_readme.py README TOOL. 0 when all is as shown, 1 with a diff where it isn't.
+Usage, from the root: check_page.py PAGE TOOL. 0 when all is as shown, 1 with a diff where it isn't.
 """
 import difflib
 import pathlib
@@ -64,18 +64,19 @@ def run_block(block, tool, folder):
 
 
 def main():
-    readme, tool = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
-    text = readme.read_text(encoding="utf-8")
+    page, tool = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
+    examples = pathlib.Path("examples").resolve()
+    text = page.read_text(encoding="utf-8")
     blocks = BLOCK.findall(text)
     if not blocks:
-        print(f"{readme.name} shows no command")
+        print(f"{page.name} shows no command")
         return 1
-    unknown = list(unknown_programs(text, readme.parent / "examples"))
+    unknown = list(unknown_programs(text, examples))
     for line in unknown:
         print(f"in no program of examples/: {line}")
     wrong = count = 0
     with tempfile.TemporaryDirectory() as folder:
-        shutil.copytree(readme.parent / "examples", pathlib.Path(folder) / "examples")
+        shutil.copytree(examples, pathlib.Path(folder) / "examples")
         for block in blocks:
             for command, shown, printed in run_block(block, tool, folder):
                 count += 1
@@ -88,7 +89,7 @@ def main():
                     for line in difflib.unified_diff(
                         shown.splitlines(True), printed.splitlines(True), "as shown", "as printed")
                 )
-    print(f"{count} commands of {readme.name}, {wrong} print something else than shown")
+    print(f"{count} commands of {page.name}, {wrong} print something else than shown")
     return 1 if wrong or unknown else 0
 
 
