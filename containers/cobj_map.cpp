@@ -17,4 +17,5 @@ void cObj::ommap(cMapObj const &map) {
     hashref const hash = map.datamap_ref();
     if (hash != old) leave_ommap();
     ommap_ = hash;
-} // RE-ENTERS: old
+    changed(); // RE-ENTERS: fires what stands in the new map
+} //              RE-ENTERS: old

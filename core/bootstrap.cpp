@@ -23,6 +23,7 @@
 #include "qrv/signals/csignal.h"
 #include "qrv/text/cattrscan.h"
 #include "qrv/text/cwriter.h"
+#include "signals/csignalobj_types.h"
 #include "text/ctext_state.h"
 
 #include <cstdlib>
@@ -245,6 +246,7 @@ void cBootstrap::let_go() {
         any = clear_maps();
         any |= drop_types();
         any |= drop_members();
+        any |= cat::drop_signal_types(); // last: what went above may be signals and slots
     }
 }
 

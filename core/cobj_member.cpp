@@ -45,7 +45,8 @@ void cObj::ommap(hashref const &hash) {
     if (hash != old) leave_ommap();
     ommap_ = hash;
     if (ommap_) ommap_->father(this, false);
-} // RE-ENTERS: old
+    changed(); // RE-ENTERS: fires what stands in the new map
+} //              RE-ENTERS: old
 
 bool cObj::set_omember(std::string const &key, objref value) {
     return set_omember(own_key(key), std::move(value));
@@ -73,10 +74,12 @@ bool cObj::set_omember(objref const &key, objref value) {
     if (bool result = false; executable && !may_be_member(key, value, result)) return result;
     if (!ommap_) ommap_ = make<cAttrHash>(this);
     objref const old = omember(key); // dies last: its destructor may take this object away
-    hashref const hash = ommap_;
+    hashref hash = ommap_;
     bool const stored = hash->mapitem(key, value);
     if (stored && executable) setflags(of_exe_member);
     if (ommap_ && ommap_->empty()) ommap(hashref());
+    if (hash == ommap_) hash = nullptr; // a signal that fires below may be destroyed meanwhile
+    changed(); // RE-ENTERS: this object may be gone afterwards
     return stored;
 } // RE-ENTERS: old
 

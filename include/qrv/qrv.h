@@ -31,6 +31,7 @@
 #include "qrv/platform/cstack.h"
 #include "qrv/qrvdefs.h"
 #include "qrv/signals/csignal.h"
+#include "qrv/signals/csignalobj.h"
 #include "qrv/text/cattrscan.h"
 #include "qrv/text/cattrscanner.h"
 #include "qrv/text/cexacttext.h"
