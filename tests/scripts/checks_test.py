@@ -286,5 +286,44 @@ class DoxygenComments(Tree):
         self.assertEqual(self.seen("// Alone.\n\nint a;\n"), "// Alone.\n\nint a;\n")
 
 
+class Example(Tree):
+    def program(self, script):
+        self.write("a", "#!/bin/bash\n" + script).chmod(0o755)
+
+    def test_output_as_expected(self):
+        self.program('echo "$(ls | wc -l) $*"')
+        self.write("a.out", "0 x y\n")
+        self.assertEqual(self.passes("check_example.py", "a", "a.out", "x", "y"), "")
+
+    def test_another_output(self):
+        self.program("echo one; echo two")
+        self.write("a.out", "one\nthree\n")
+        self.fails(" one\n-three\n+two\n", "check_example.py", "a", "a.out")
+
+    def test_a_line_end_that_lacks(self):
+        self.program("printf one")
+        self.write("a.out", "one\n")
+        self.fails("no line end here", "check_example.py", "a", "a.out")
+
+    def test_another_line_end(self):
+        self.program("printf 'one\\r\\n'")
+        self.write("a.out", "one\n")
+        self.fails("+one\\r", "check_example.py", "a", "a.out")
+
+    def test_no_expected_output(self):
+        self.program("echo one")
+        self.fails("a.out is missing; a prints:\none\n", "check_example.py", "a", "a.out")
+
+    def test_a_status(self):
+        self.program("exit 3")
+        self.write("a.out", "")
+        self.fails("a ended with 3", "check_example.py", "a", "a.out")
+
+    def test_a_word_on_standard_error(self):
+        self.program("echo runtime error >&2")
+        self.write("a.out", "")
+        self.fails("wrote to standard error:\nruntime error\n", "check_example.py", "a", "a.out")
+
+
 if __name__ == "__main__":
     unittest.main()
