@@ -22,6 +22,11 @@ constinit cat::os_calls cat::os{
     ::fchown,
     ::rename,
     ::unlink,
+    ::dlopen,
+    ::dlsym,
+    ::dlinfo,
+    ::dlclose,
+    ::dlerror,
 };
 
 namespace {

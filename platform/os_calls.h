@@ -1,8 +1,9 @@
 #pragma once
-// The system calls behind the writing of files, as a table: a test puts its own function in to make
-// the n-th call fail. One thread at a time.
+// The system calls behind the writing of files and the loading of modules, as a table: a test puts
+// its own function in to make the n-th call fail. One thread at a time.
 
 #include <cstdio>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,6 +21,11 @@ struct os_calls {
     int (*fchown)(int descriptor, uid_t user, gid_t group);
     int (*rename)(char const *from, char const *to);
     int (*unlink)(char const *path);
+    void *(*dlopen)(char const *path, int flags);
+    void *(*dlsym)(void *library, char const *name);
+    int (*dlinfo)(void *library, int question, void *answer);
+    int (*dlclose)(void *library);
+    char *(*dlerror)();
 };
 
 extern os_calls os;

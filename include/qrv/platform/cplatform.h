@@ -1,8 +1,8 @@
 #pragma once
 // All that the library asks of the operating system, apart from files opened through the standard
-// library and shared objects. File names are bytes, as the system takes them. Nothing here reports:
-// a failure is the result false, zero or an empty text.
-// One thread at a time: no part of the library may be used by two threads at once.
+// library and the loading of modules. File names are bytes, as the system takes them. Nothing here
+// reports: a failure is the result false, zero or an empty text. One thread at a time: no part of
+// the library may be used by two threads at once.
 
 #include "qrv/ccomp.h"
 
@@ -14,6 +14,12 @@
 // environment variable QRV_DEBUGOUT names, `stderr` or a file to append to, and without that (or in
 // a program that runs with raised rights) nowhere. The function borrows the text for the call.
 QRV_API void qrv_set_debug_output(void (*function)(char const *text));
+
+// Which modules may be loaded: those for whose name, as given to the load, this function answers
+// true. It is asked first of all, also about modules that are there already; a refused one reads as
+// not found. With null (as at the start) a program may load everything, but nothing is loaded while
+// text is being read: a type's name in a file would do, "x:/path/evil" or just a name.
+QRV_API void qrv_set_module_filter(bool (*filter)(std::string const &name));
 
 namespace cat {
 

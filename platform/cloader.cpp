@@ -1,0 +1,104 @@
+#include "platform/cloader.h"
+
+#include "platform/os_calls.h"
+#include "qrv/platform/cplatform.h"
+
+#include <algorithm>
+#include <climits>
+#include <link.h>
+
+namespace {
+
+constinit cat::module_filter the_filter = nullptr;
+
+constexpr std::string_view separators = "\\/:";
+
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
+
+// A name that is nothing but the suffix has none.
+bool has_suffix(std::string_view name) {
+    std::string_view const suffix = cat::module_suffixes.front();
+    return name.size() > suffix.size() && std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(),
+                                                     [](char a, char b) { return a == lower(b); });
+}
+
+bool is_absolute(std::string_view name) {
+    if (name.size() > 2 && name[1] == ':') name.remove_prefix(2);
+    return name.starts_with('\\') || name.starts_with('/');
+}
+
+// Null, and the system's words.
+void *open_library(std::string const &path, std::string &words) {
+    if (path.find('\0') != std::string::npos) {
+        words = "a zero byte in the name";
+    } else if (path.size() >= PATH_MAX) { // the loader keeps copies of it on the stack
+        words = "File name too long";
+    } else {
+        if (void *const library = cat::os.dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL))
+            return library;
+        char const *const text = cat::os.dlerror();
+        words = text ? text : "cannot be loaded";
+    }
+    return nullptr;
+}
+
+void add_failure(std::string &failures, std::string const &path, std::string const &words) {
+    if (!failures.empty()) failures += '\n';
+    if (!words.starts_with(path + ": ")) failures += path + ": ";
+    failures += words;
+}
+
+link_map const *map_of(void *library) {
+    link_map *map = nullptr;
+    return cat::os.dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 ? map : nullptr;
+}
+
+// Is this address in the file, not in another one that it needs?
+bool lies_in(void const *address, void *library) {
+    Dl_info info{};
+    void *map = nullptr;
+    return ::dladdr1(address, &info, &map, RTLD_DL_LINKMAP) != 0 && map == map_of(library);
+}
+
+} // namespace
+
+void qrv_set_module_filter(bool (*filter)(std::string const &name)) { the_filter = filter; }
+
+cat::module_filter cat::the_module_filter() noexcept { return the_filter; }
+
+std::string cat::module_base_name(std::string const &name) {
+    std::string_view base(name);
+    if (has_suffix(base)) base.remove_suffix(module_suffixes.front().size());
+    return std::string(base.substr(base.find_last_of(separators) + 1)); // npos + 1 is 0
+}
+
+// DELIBERATE: the name is taken as it is, so one that has the suffix is looked for with it twice.
+// Pinned: a_name_with_the_suffix_is_looked_for_with_it_twice
+void *cat::open_module(std::string const &name, std::string &failures) {
+    std::size_t const directories = is_absolute(name) ? 1 : module_directories.size();
+    std::size_t const suffixes = has_suffix(name) ? 1 : module_suffixes.size();
+    std::string words;
+    for (std::size_t d = 0; d < directories; ++d)
+        for (std::size_t s = 0; s < suffixes; ++s) {
+            std::string path(module_directories[d]);
+            path.append(name).append(module_suffixes[s]);
+            if (void *const library = open_library(path, words)) return library;
+            add_failure(failures, path, words);
+        }
+    return nullptr;
+}
+
+cat::module_function cat::function_in(void *library, char const *name) {
+    void *const address = os.dlsym(library, name);
+    if (!address || !lies_in(address, library)) return nullptr;
+    return reinterpret_cast<module_function>(address);
+}
+
+bool cat::close_library(void *library) {
+    link_map const *const map = map_of(library);
+    std::string const path = map ? map->l_name : "";
+    os.dlclose(library); // RUNS FOREIGN CODE
+    void *const still = path.empty() ? nullptr : os.dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (still) os.dlclose(still);
+    return !still;
+}

@@ -1,0 +1,34 @@
+#pragma once
+// Shared objects: where they are looked for, loading, finding a function in one, unloading; and the
+// filter that a program may set on their names. One thread at a time.
+
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace cat {
+
+// What goes before and behind the name of a module to make a path, in the order in which it is
+// tried. A path without a slash is looked for where the system keeps shared objects.
+inline constexpr std::array<std::string_view, 3> module_directories{"", "./", "modules/"};
+inline constexpr std::array<std::string_view, 2> module_suffixes{".so", ""};
+
+// The part behind the last of "\/:", without ".so" in any case.
+std::string module_base_name(std::string const &name);
+
+// Loads the first path of a module's name that can be. Null if there is none: `failures` then has a
+// line for each, with the system's words. RUNS FOREIGN CODE: static code of the file.
+void *open_module(std::string const &name, std::string &failures);
+
+// The function of that name that the file itself exports; null if it has none.
+using module_function = void (*)();
+module_function function_in(void *library, char const *name);
+
+// Takes one load back. False if the file stays in memory, as another load or the system holds it.
+// RUNS FOREIGN CODE: static destructors of the file.
+bool close_library(void *library);
+
+using module_filter = bool (*)(std::string const &name);
+module_filter the_module_filter() noexcept; // null when none is set
+
+} // namespace cat
