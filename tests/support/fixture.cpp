@@ -2,7 +2,6 @@
 // looks again in its destructor, when those members are gone.
 #include "tests/support/fixture.h"
 
-#include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
@@ -11,67 +10,12 @@
 #include "text/ctext_state.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <sstream>
-
-namespace {
-
-// The first sig_idle ends the time in which messages are kept back. The core is made here too, so
-// that its objects count in no test.
-bool listening() {
-    static bool const done = [] {
-        core_bootstrap();
-        cAttspec::nilspec(); // made on first need
-        sig_idle();
-        return true;
-    }();
-    return done;
-}
-
-} // namespace
-
-std::vector<std::string> lines_of(std::string const &text) {
-    std::vector<std::string> lines;
-    std::istringstream is(text);
-    for (std::string line; std::getline(is, line);) lines.push_back(line);
-    return lines;
-}
-
-cMessageLog::cMessageLog() : slot_(this, &cMessageLog::keep) {
-    listening();
-    cOutSigStreambuf.pubsync();
-    cOutSigStreambuf.sig().connect(slot_);
-}
-
-std::string cMessageLog::take() {
-    cOutSigStreambuf.pubsync();
-    return std::exchange(text_, std::string());
-}
-
-cErrorLog::cErrorLog() : before_(cat::errhandler()), slot_(this, &cErrorLog::keep) {
-    cat::errhandler() = cErrHandler(0, 0, 0xFFFFFFFFU);
-    cat::sig_error().connect(slot_);
-}
-
-cErrorLog::~cErrorLog() { cat::errhandler() = before_; }
-
-std::string cErrorLog::text() const {
-    std::string all;
-    for (cEntry const &entry : entries_) {
-        char code[16];
-        std::snprintf(code, sizeof code, "0x%08X ", entry.code);
-        all += code + entry.text + '\n';
-    }
-    return all;
-}
-
-void cErrorLog::keep(cErr &error) { entries_.push_back({error.code(), error.as_string()}); }
 
 QrvTest::QrvTest()
-    : handler_(listening() ? cat::errhandler() : cErrHandler()), write_indent_(cat::write_indent),
-      write_indent0_(cat::write_indent0), max_read_depth_(cat::max_read_depth),
-      globals_(entries_of(cat::gmmap())), constants_(entries_of(cat::constmap())),
-      census_(cObjBase::ob_count()) {}
+    : handler_(test::listening() ? cat::errhandler() : cErrHandler()),
+      write_indent_(cat::write_indent), write_indent0_(cat::write_indent0),
+      max_read_depth_(cat::max_read_depth), globals_(entries_of(cat::gmmap())),
+      constants_(entries_of(cat::constmap())), census_(cObjBase::ob_count()) {}
 
 QrvTest::~QrvTest() {
     check_idle();
