@@ -9,11 +9,13 @@
 #include <iostream>
 
 #include "diagnostics/ccout_state.h"
+#include "modules/cmodule_state.h"
 #include "modules/crepository_state.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/ctrace.h"
+#include "qrv/modules/cmodule.h"
 #include "qrv/signals/csignal.h"
 
 namespace {
@@ -114,8 +116,9 @@ cTheOutStreambuf cOutSigStreambuf;
 static cMessageFileCloser message_file_closer;
 static cVersionText version_text; // says goodbye while the message route still stands
 
-// the list of modules
-// the main module "quorvanta"
+constinit cModuleList cat::loaded_modules; // the list of modules
+static cModule main_module("quorvanta", "quorvanta main module", false);
+cModule &cGetMainModule() { return main_module; }
 // the repository's text "unknown" is made on first use and never goes
 
 static cCoreStart core_start; // the type "intf" lies in the core

@@ -6,9 +6,12 @@
 
 #include "qrv/modules/crepository.h"
 
+#include "modules/centrygroup.h"
 #include "modules/crepository_state.h"
 #include "qrv/diagnostics/ccout.h"
+#include "qrv/modules/cmodule.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <ostream>
@@ -16,6 +19,8 @@
 namespace {
 
 using cSharedTable = std::map<void *, cRef<cShared>>;
+
+constexpr std::size_t longest_key = 255; // in findorload; what stands beyond is not copied
 
 constinit cSharedTable *shared_table = nullptr;
 constinit bool shared_table_ends = false; // its end is registered
@@ -136,6 +141,7 @@ cRepositoryEntry *cRepoImpl::create(cRepositoryList *list, std::string const &na
     entry.ptr_ = ptr;
     entry.type_ = &type;
     entry.derivedtype_ = &derivedtype;
+    if (cEntryGroup *const group = cEntryGroup::current()) group->add(entry);
     return &entry;
 }
 
@@ -152,15 +158,24 @@ cRepositoryEntry *cRepoImpl::find(cRepositoryList *list, std::string const &name
     if (!list) return nullptr;
     std::size_t const colon = name.find(':');
     std::string_view const key = std::string_view(name).substr(0, colon);
-    cRepositoryEntry *entry = list->look_up(key);
-    if (!entry && colon != std::string::npos && load_module(name.substr(colon + 1)))
-        entry = list->look_up(key);
-    return entry;
+    cRepositoryEntry *const entry = list->look_up(key);
+    if (entry || colon == std::string::npos) return entry;
+    return cModule::load(name.substr(colon + 1)) ? list->look_up(key) : nullptr;
 }
 
-// The one place where a lookup brings in a module: true if a module of that name is there or could
-// be loaded. There are no loadable modules yet, so none ever is, and a missing key stays missing.
-bool cRepoImpl::load_module(std::string const &) { return false; }
+cRepositoryEntry *cRepoImpl::findorload(cRepositoryList *list, std::string const &name,
+                                        std::string const &module) {
+    if (!list || name.empty()) return nullptr;
+    std::size_t const colon = name.find(':');
+    std::string const key = name.substr(0, std::min(colon, longest_key));
+    std::string const behind = colon == std::string::npos ? "" : name.substr(colon + 1);
+    if (cRepositoryEntry *const entry = list->look_up(key)) return entry;
+    for (std::string const *from : {&module, &behind, &key}) {
+        if (from->empty() || !cModule::load(*from)) continue;
+        if (cRepositoryEntry *const entry = list->look_up(key)) return entry;
+    }
+    return nullptr;
+}
 
 std::string const &cRepoImpl::name(cRepositoryEntry const *entry) {
     return entry ? entry->name_ : unknown();
@@ -183,6 +198,11 @@ std::type_info const &cRepoImpl::type(cRepositoryEntry const *entry) {
 
 std::type_info const &cRepoImpl::derivedtype(cRepositoryEntry const *entry) {
     return entry && entry->derivedtype_ ? *entry->derivedtype_ : typeid(void);
+}
+
+cModule *cRepoImpl::module(cRepositoryEntry const *entry) {
+    cModule *const module = entry && entry->group_ ? entry->group_->module() : nullptr;
+    return module ? module : &cGetMainModule();
 }
 
 cRepositoryEntry *cRepoImpl::begin(cRepositoryList *list) {

@@ -12,6 +12,7 @@
 //   R5  (deep) a search for an entry's name finds that entry, so names are unique
 // Limit: beyond the greatest known size nothing more can be entered, std::length_error.
 
+#include "modules/centrygroup.h"
 #include "qrv/containers/cattrhash.h" // hash_new_size
 #include "qrv/modules/crepository.h"
 
@@ -48,6 +49,7 @@ cRepositoryEntry::cRepositoryEntry(std::string_view name)
     : next_(this), prev_(this), name_(name), hash_(hash_of(name)) {}
 
 cRepositoryEntry::~cRepositoryEntry() {
+    if (group_) group_->remove(*this);
     if (owner_) owner_->remove(*this);
 }
 
@@ -57,6 +59,7 @@ void cRepositoryEntry::copy_data(cRepositoryEntry const &other) {
     ptr_ = other.ptr_;
     type_ = other.type_;
     derivedtype_ = other.derivedtype_;
+    if (other.group_) other.group_->add(*this); // it points to the same things
 }
 
 cRepositoryList::cRepositoryList() : size_(hash_new_size(51)), unused_(size_) {

@@ -26,6 +26,7 @@
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/diagnostics/ctrace.h"
+#include "qrv/modules/cmodule.h"
 #include "qrv/modules/crepository.h"
 #include "qrv/platform/cplatform.h"
 #include "qrv/platform/cstack.h"

@@ -6,11 +6,13 @@
 // A list is found by the text of type_info::name(), so that two modules that see the same class
 // meet in the same list. Lists are made when first asked for and stay when they are empty.
 //
-// Things and types are borrowed: a repository never touches what an entry points to. Both tables
-// are made on first use and go at the end of the process, after every static object that used them
-// in its constructor. One thread at a time, as everywhere in the library.
+// Things and types are borrowed: a repository never touches what an entry points to. An entry that
+// a module left behind points to nothing once the module's file is unloaded. Both tables are made
+// on first use and go at the end of the process, after every static object that used them in its
+// constructor. One thread at a time, as everywhere in the library.
 
 #include "qrv/core/cref.h"
+#include "qrv/modules/cmodule.h"
 
 #include <cstdint>
 #include <memory>
@@ -18,8 +20,8 @@
 #include <string_view>
 #include <typeinfo>
 
-class cRepositoryList;
-class cRepositories;
+class QRV_API cRepositoryList;
+class QRV_API cRepositories;
 
 // One named thing. Made by cRepoImpl::create only and owned by its list; its fields are told by
 // cRepoImpl, which takes null too.
@@ -29,6 +31,7 @@ class QRV_API cRepositoryEntry {
     cRepositoryEntry &operator=(cRepositoryEntry const &) = delete;
 
   private:
+    friend class cEntryGroup;
     friend class cRepoImpl;
     friend class cRepositories;
     friend class cRepositoryList;
@@ -36,7 +39,7 @@ class QRV_API cRepositoryEntry {
 
     cRepositoryEntry() noexcept : next_(this), prev_(this) {}
     explicit cRepositoryEntry(std::string_view name);
-    ~cRepositoryEntry(); // leaves its list
+    ~cRepositoryEntry(); // leaves its list and its group
 
     void copy_data(cRepositoryEntry const &other);
 
@@ -50,7 +53,10 @@ class QRV_API cRepositoryEntry {
     std::type_info const *type_ = nullptr;
     std::type_info const *derivedtype_ = nullptr;
     std::string comment_;
-    std::string type_name_; // a copy: the type_info may be unmapped with its module
+    std::string type_name_;        // a copy: the type_info may be unmapped with its module
+    cEntryGroup *group_ = nullptr; // the entries made during the same load; null: outside of any
+    cRepositoryEntry *group_next_ = nullptr;
+    cRepositoryEntry *group_prev_ = nullptr;
 };
 
 // All entries of one class of thing, by name. A copy is a list of its own with copies of all
@@ -136,9 +142,16 @@ class QRV_API cRepoImpl {
     // Destroys the entry, unless the list of its type holds no entry or another one under its name:
     // then "error:inconsistent repository" goes to the standard error stream.
     static void release(cRepositoryEntry *entry);
-    // The entry of that name; null if there is none. Of "key:module" only the key is looked up.
-    // Loads nothing yet: see load_module.   O(1)
+    // The entry of that name; null if there is none. Of "key:module" the key is looked up, and if
+    // it is not there, once more when cModule::load could load the module.   O(1) RUNS FOREIGN
+    // CODE: a module's, if there is a colon.
     static cRepositoryEntry *find(cRepositoryList *list, std::string const &name);
+    // The same, with more modules to try. The key is what stands before the first colon, at most
+    // 255 characters of it; it is looked up as things are, then after loading `module`, what stands
+    // behind the colon, and a module of the key's own name, as far as these are not empty and can
+    // be loaded. Null for an empty name. RUNS FOREIGN CODE: the modules'.
+    static cRepositoryEntry *findorload(cRepositoryList *list, std::string const &name,
+                                        std::string const &module);
 
     // The key, and the comment; "unknown" for a null entry.
     static std::string const &name(cRepositoryEntry const *entry);
@@ -148,6 +161,9 @@ class QRV_API cRepoImpl {
     // The list's type and the thing's most derived one; void's for a null entry.
     static std::type_info const &type(cRepositoryEntry const *entry);
     static std::type_info const &derivedtype(cRepositoryEntry const *entry);
+    // The module that was being loaded when the entry was made, once that was done; borrowed. The
+    // main module for a null entry, for one made otherwise, and when the module has gone.
+    static cModule *module(cRepositoryEntry const *entry);
 
     // The ring of a list, in order of insertion. The end mark is no entry, but may be stepped from
     // in both directions. Null for null. Walk: for (auto e = cRepoImpl::begin(l); e !=
@@ -156,9 +172,6 @@ class QRV_API cRepoImpl {
     static cRepositoryEntry *end(cRepositoryList *list);
     static cRepositoryEntry *next(cRepositoryEntry const *entry);
     static cRepositoryEntry *prev(cRepositoryEntry const *entry);
-
-  private:
-    static bool load_module(std::string const &name);
 };
 
 // The set of lists.

@@ -1,0 +1,44 @@
+#pragma once
+// The entries that were made during one load, as a ring in the order of their making.
+//
+//   load begins --> collecting, module() is null --> load ends --> belongs to the module
+//                                        \--> load fails --> dissolved: the entries stay alone
+//
+// An entry is in at most one group and leaves it when it is destroyed, so a group never holds one
+// that is gone; a copy of an entry joins the group of its original. While a module's file is being
+// unloaded its groups live on without a module: what is still in them afterwards was left behind.
+
+#include "qrv/modules/crepository.h"
+
+class cEntryGroup {
+  public:
+    cEntryGroup() = default;
+    cEntryGroup(cEntryGroup const &) = delete;
+    cEntryGroup &operator=(cEntryGroup const &) = delete;
+    ~cEntryGroup(); // the entries stay alone
+
+    // The group of the innermost load in progress; null outside of a load.
+    static cEntryGroup *current() noexcept;
+
+    cModule *module() const noexcept { return module_; }
+    void module(cModule *module) noexcept { module_ = module; }
+
+    void add(cRepositoryEntry &entry) noexcept;
+    void remove(cRepositoryEntry &entry) noexcept;
+    void take(cEntryGroup &other) noexcept; // all of the other's
+
+    // Walks in the order of making; null at the end.
+    cRepositoryEntry *first() const noexcept { return first_; }
+    static cRepositoryEntry *next(cRepositoryEntry const &entry) noexcept {
+        return entry.group_next_;
+    }
+
+    // The things of the entries have gone with their file: the entries point to nothing, and those
+    // of modules are destroyed, so that the modules can be loaded again.
+    void forget_things();
+
+  private:
+    cModule *module_ = nullptr; // borrowed: it owns this group
+    cRepositoryEntry *first_ = nullptr;
+    cRepositoryEntry *last_ = nullptr;
+};

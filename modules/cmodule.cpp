@@ -1,0 +1,86 @@
+// Modules as objects, and the end of one.
+//
+// Unloading destroys the module, and whatever else lies in its file, objects and code. So all that
+// is needed is taken from it first, and behind the loader's call nothing of it is looked at. What
+// its static destructors leave in the repository is in a group of entries that outlives the call.
+
+#include "qrv/modules/cmodule.h"
+
+#include "modules/cmodule_state.h"
+#include "platform/cloader.h"
+
+#include <algorithm>
+
+namespace {
+
+constinit bool list_ended = false;
+
+cRepositoryList *module_entries() { return cRepoImpl::get(typeid(cModule)); }
+
+bool holds(std::vector<cModule *> const &modules, cModule const *module) {
+    return std::find(modules.begin(), modules.end(), module) != modules.end();
+}
+
+} // namespace
+
+bool cModuleList::ended() noexcept { return list_ended; }
+
+cModuleList::~cModuleList() { list_ended = true; }
+
+std::vector<cModule *> cat::known_modules() {
+    std::vector<cModule *> known;
+    cRepositoryList *const list = module_entries();
+    for (auto *e = cRepoImpl::begin(list); e != cRepoImpl::end(list); e = cRepoImpl::next(e))
+        if (void *const module = cRepoImpl::ptr(e)) known.push_back(static_cast<cModule *>(module));
+    for (cModule *const module : loaded_modules.modules)
+        if (!holds(known, module)) known.push_back(module); // its name was taken
+    return known;
+}
+
+cModule::cModule(std::string const &name, std::string const &comment, bool nocount)
+    : name_(name), comment_(comment), usecnt_(nocount ? -1 : 0) {
+    if (cLoad const *const load = cLoad::current()) basename_ = load->base_name();
+    cRepoImpl::create(module_entries(), name, this, typeid(cModule), typeid(cModule), comment);
+}
+
+cModule::~cModule() { withdraw(); }
+
+// By the pointer: under its name another module may have been entered first.
+void cModule::withdraw() {
+    cRepositoryList *const list = module_entries();
+    for (auto *e = cRepoImpl::begin(list); e != cRepoImpl::end(list); e = cRepoImpl::next(e))
+        if (cRepoImpl::ptr(e) == this) return cRepoImpl::release(e);
+}
+
+// A module that is gone is known no more; the pointer to it is only compared.
+bool cModule::unload(cModule *module) {
+    if (!module || cModuleList::ended()) return false;
+    auto modules = cat::known_modules();
+    if (!holds(modules, module) || module->loadcnt_ <= 0) return false;
+    std::erase_if(modules, [module](cModule const *m) { return m->handle_ != module->handle_; });
+    for (cModule const *const same_file : modules)
+        if (same_file->usecnt_ != 0) return false;
+    if (--module->loadcnt_ > 0) return false;
+    free_file(module->handle_, modules);
+    return true;
+}
+
+// `modules` are all that stand for the file. RUNS FOREIGN CODE
+void cModule::free_file(void *library, std::vector<cModule *> const &modules) {
+    cEntryGroup left_behind;
+    for (cModule *const module : modules) module->detach(left_behind);
+    auto &loaded = cat::loaded_modules.modules;
+    auto const stays = [&modules](cModule const *m) { return !holds(modules, m); };
+    auto const from = std::stable_partition(loaded.begin(), loaded.end(), stays);
+    for (auto made = from; made != loaded.end(); ++made) (*made)->withdraw();
+    loaded.erase(from, loaded.end()); // these are gone, if nobody shares them
+    if (cat::close_library(library)) left_behind.forget_things();
+}
+
+// From here on it is as one that was built in: what is asked while its file goes finds nothing to
+// do, and if the file stays in memory the module does too.
+void cModule::detach(cEntryGroup &entries) noexcept {
+    handle_ = nullptr;
+    loadcnt_ = -1;
+    if (entries_) entries.take(*entries_);
+}

@@ -1,0 +1,159 @@
+// Loading: the name is judged, known modules are counted, a file is searched, set up, and what it
+// entered meanwhile becomes the module's.
+//
+//   name --refused, or in progress--> null
+//        --known--> counted           --file--> static code, set-up --> module
+//
+// A load that is found to be of a file that is there already, under another name, only counts, as
+// the system does too: static code doesn't run twice, and one module stands for the file.
+
+#include "modules/cmodule_state.h"
+#include "platform/cloader.h"
+#include "qrv/text/cattrscan.h"
+
+#include <algorithm>
+
+namespace {
+
+constinit cLoad *current_load = nullptr;
+
+constexpr char const *set_up_name = "quorvantaSetup";
+
+cModule *fail(std::string const &why) {
+    cat::loaded_modules.last_error = std::make_unique<std::string>(why);
+    return nullptr;
+}
+
+cModule *succeed(cModule *module) {
+    cat::loaded_modules.last_error.reset();
+    return module;
+}
+
+// Why a module of that name isn't to be looked for; empty if it may be.
+std::string refusal(std::string const &name) {
+    if (name.empty()) return "The name of a module is empty";
+    if (auto const filter = cat::the_module_filter()) { // RUNS FOREIGN CODE
+        if (!filter(name)) return "Module '" + name + "' is refused by the program";
+    } else if (cat::is_reading()) {
+        return "Module '" + name + "' is not loaded while text is being read";
+    }
+    if (cLoad::in_progress(cat::module_base_name(name)))
+        return "Module '" + name + "' is just being loaded";
+    return {};
+}
+
+template <class Test> cModule *find_module(Test const &test) {
+    auto const known = cat::known_modules();
+    auto const found = std::find_if(known.begin(), known.end(), test);
+    return found == known.end() ? nullptr : *found;
+}
+
+} // namespace
+
+cEntryGroup *cEntryGroup::current() noexcept {
+    return current_load ? current_load->entries() : nullptr;
+}
+
+cLoad *cLoad::current() noexcept { return current_load; }
+
+cLoad::cLoad(std::string const &base_name)
+    : outer_(current_load), base_name_(base_name), entries_(std::make_unique<cEntryGroup>()) {
+    current_load = this;
+}
+
+cLoad::~cLoad() { current_load = outer_; }
+
+bool cLoad::in_progress(std::string const &base_name) noexcept {
+    for (cLoad const *load = current_load; load; load = load->outer_)
+        if (load->base_name_ == base_name) return true;
+    return false;
+}
+
+std::string cModule::last_error() {
+    if (cModuleList::ended() || !cat::loaded_modules.last_error) return {};
+    return *cat::loaded_modules.last_error;
+}
+
+// DELIBERATE: a name that ends in a separator has the empty base name, which every module that was
+// built in has too. Pinned: a_name_without_a_base_is_the_first_built_in_module
+cModule *cModule::load(std::string const &name) {
+    if (cModuleList::ended()) return nullptr;
+    if (std::string const why = refusal(name); !why.empty()) return fail(why);
+    std::string const base = cat::module_base_name(name);
+    auto const named = [&base](cModule const *m) {
+        return m->basename_ == base || m->name_ == base;
+    };
+    if (cModule *const known = find_module(named)) return known->count_load();
+    return cLoad(base).run(name);
+}
+
+cModule *cModule::count_load() {
+    if (loadcnt_ > 0) ++loadcnt_;
+    return succeed(this);
+}
+
+cModule *cLoad::run(std::string const &name) {
+    std::string failures;
+    library_ = cat::open_module(name, failures); // RUNS FOREIGN CODE
+    if (!library_) return fail(failures);
+    for (cLoad const *load = outer_; load; load = load->outer_)
+        if (load->library_ == library_) {
+            cat::close_library(library_);
+            return fail("Module '" + name + "' is just being loaded");
+        }
+    auto const same_file = [this](cModule const *m) { return m->handle_ == library_; };
+    if (cModule *const known = find_module(same_file)) {
+        cat::close_library(library_);
+        return finish(*known->count_load());
+    }
+    set_up(name);
+    cModule *const made = made_module();
+    return finish(made ? *made : make_module());
+}
+
+// What the set-up throws may be defined in the file, which therefore isn't closed.
+void cLoad::set_up(std::string const &name) const {
+    auto const function = cat::function_in(library_, set_up_name);
+    if (!function) return;
+    try {
+        function(); // RUNS FOREIGN CODE
+    } catch (...) {
+        fail("Module '" + name + "' has thrown in its set-up");
+        throw;
+    }
+}
+
+// The first of the modules that the file made for itself; null if it made none.
+cModule *cLoad::made_module() const {
+    cModule *first = nullptr;
+    for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry)) {
+        if (cRepoImpl::type(entry) != typeid(cModule)) continue;
+        auto *const module = static_cast<cModule *>(cRepoImpl::ptr(entry));
+        if (!module) continue;
+        attach(*module);
+        if (!first) first = module;
+    }
+    return first;
+}
+
+cModule &cLoad::make_module() const {
+    auto module = make<cModule>(base_name_, "", false);
+    attach(*module);
+    cat::loaded_modules.modules.push_back(module);
+    return *module;
+}
+
+void cLoad::attach(cModule &module) const noexcept {
+    module.handle_ = library_;
+    module.loadcnt_ = 1;
+}
+
+cModule *cLoad::finish(cModule &module) {
+    if (module.entries_) {
+        module.entries_->take(*entries_);
+    } else {
+        entries_->module(&module);
+        module.entries_ = std::move(entries_);
+    }
+    return succeed(&module);
+}

@@ -1,0 +1,14 @@
+// A set-up and no more; its entry is released by a static object.
+#include "tests/modules/shared/module.h"
+
+#include <optional>
+
+namespace {
+Mortal const mortal("plain");
+std::optional<EnteredThing> thing;
+} // namespace
+
+QRV_SET_UP {
+    note("plain is set up");
+    thing.emplace("plain thing", 7);
+}
