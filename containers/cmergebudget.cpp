@@ -3,6 +3,7 @@
 #include "containers/cmergebudget.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 constinit cat::cMergeBudget *installed = nullptr;
@@ -28,6 +29,11 @@ bool cat::cMergeBudget::charge(std::uint64_t units) noexcept {
 void cat::cMergeBudget::left_out(cObj &, objref const &, objref const &) {}
 
 cat::cMergeBudget *cat::cMergeBudget::current() noexcept { return installed; }
+
+cat::cMergeBudgetUse::cMergeBudgetUse(cMergeBudget *budget) noexcept
+    : before_(std::exchange(installed, budget)) {}
+
+cat::cMergeBudgetUse::~cMergeBudgetUse() { installed = before_; }
 
 bool cat::merge_allows(cObj &holder, objref const &key, objref const &value) {
     cMergeBudget *const budget = installed;

@@ -46,6 +46,18 @@ class cMergeBudget {
     std::uint64_t spent_ = 0;
 };
 
+// While it lives this budget is the installed one; null: none is. Borrows it.
+class cMergeBudgetUse {
+  public:
+    explicit cMergeBudgetUse(cMergeBudget *budget) noexcept;
+    cMergeBudgetUse(cMergeBudgetUse const &) = delete;
+    cMergeBudgetUse &operator=(cMergeBudgetUse const &) = delete;
+    ~cMergeBudgetUse();
+
+  private:
+    cMergeBudget *before_;
+};
+
 // May value be stored in holder? True without a budget. Charges 1 and the walk of the cycle test;
 // false beyond the limit, silently, and for a value that is the holder or owns it, after
 // left_out().

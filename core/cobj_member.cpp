@@ -8,6 +8,7 @@
 #include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
+#include <sstream>
 
 namespace {
 
@@ -24,6 +25,13 @@ objref &scratch_member() {
 bool cObj::append(objref const &item) {
     if (!is_good(item)) return false;
     return is_good(call("append", item));
+}
+
+void cObj::append_dissection(std::string const &text, char delimiter) {
+    objref const self = objref::share(this);
+    std::istringstream pieces(text); // a copy: what is appended to may own the text
+    std::string piece;
+    while (std::getline(pieces, piece, delimiter)) append(cat::of(piece)); // RUNS FOREIGN CODE
 }
 
 bool cObj::copyitem(objref const &key, objref const &value, bool clone_new) {

@@ -80,10 +80,9 @@ void cReadSession::left_out(cObj &holder, objref const &key, objref const &) {
     scan_->fire();
 }
 
-cReading::cReading(cAttrScan &scan) {
-    if (!the_session) own_ = std::make_unique<cReadSession>(scan);
-    before_ = std::exchange(the_session->scan_, &scan);
-}
+cReading::cReading(cAttrScan &scan)
+    : own_(the_session ? nullptr : std::make_unique<cReadSession>(scan)), budget_(the_session),
+      before_(std::exchange(the_session->scan_, &scan)) {}
 
 cReading::~cReading() {
     if (the_session) the_session->scan_ = before_;

@@ -74,7 +74,8 @@ class cReading {
 
   private:
     std::unique_ptr<cReadSession> own_;
-    cAttrScan *before_ = nullptr;
+    cat::cMergeBudgetUse const budget_; // also where a program's act in between goes without
+    cAttrScan *before_;
 };
 
 // While it lives, what is reported is about the value that was read last.

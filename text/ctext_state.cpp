@@ -157,14 +157,16 @@ void reset_text_state() {
     delete old; // RE-ENTERS: a destructor that asks gets a new state
 }
 
-std::string cTextState::shown_path(bool shorten) const {
+std::string shown_path(std::string const &path, bool shorten) {
     constexpr size_t limit = 1000;
     constexpr std::string_view gap = "...";
-    if (!shorten || path_.size() <= limit) return path_;
+    if (!shorten || path.size() <= limit) return path;
     constexpr size_t head = (limit - gap.size()) / 2;
     constexpr size_t tail = limit - gap.size() - head;
-    return path_.substr(0, head).append(gap).append(path_, path_.size() - tail, tail);
+    return path.substr(0, head).append(gap).append(path, path.size() - tail, tail);
 }
+
+std::string cTextState::shown_path(bool shorten) const { return ::shown_path(path_, shorten); }
 
 void cTextState::push_step(objref const &key) {
     std::string const text = cat::as_text(key); // RUNS FOREIGN CODE

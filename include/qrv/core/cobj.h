@@ -134,6 +134,8 @@ class QRV_API cObj : public cObjBase {
 
     // Members: cobj_member.cpp.
     bool append(objref const &item);
+    // Appends the pieces between the delimiters as strings; none behind a last delimiter.
+    void append_dissection(std::string const &text, char delimiter);
     [[nodiscard]] objref getattr_force(objref const &key, bool force);
     // Assigns into a good present value, else stores value itself (not a clone, even with
     // clone_new: the clone is made and dropped).
@@ -184,15 +186,19 @@ class QRV_API cObj : public cObjBase {
 
     // Paths and reading: text/.
     [[nodiscard]] objref getattrp(std::string const &path);
-    // One write. The path may end in an operator: = (the default), &=, += or <<. force makes the
-    // missing levels. False, told by cat::errhandler(), if it failed.
+    // One write of a shared value. The path may end in an operator:
+    //   = or none  assigns to a good present value, else stores   +=  adds to what stands there
+    //   &=         stores; null removes                           <<  appends to what stands there
+    // With force, missing levels are made as maps (+= of anything but a map and << make none).
+    // False if a step failed or there is no key. Errors in the path, code 0x40000001, go to
+    // cat::errhandler() or the living cat::ReadReport; those of the operations as ever.
     bool setattrp(std::string const &path, objref const &value, bool force);
-    bool setattrp(std::string const &path, cObj *value, bool force) = delete;
-    // Any number of statements, "a/b = 1; list << 2". A failed one does not stop the others; a
-    // text that can't be cut into statements does.
+    // Any number of statements, "a/b = 1; list << 2", with values as in files. One that fails
+    // doesn't stop the others; text that can't be cut into statements does. False if any failed.
     bool setattrp(std::string const &text, bool force);
-    // Appends the pieces between the delimiters as strings; none behind a last delimiter.
-    void append_dissection(std::string const &text, char delimiter);
+    template <class T> // a value without force would be taken as force
+    requires(std::is_convertible_v<T, cObj const *>) bool setattrp(std::string const &path,
+                                                                   T const &value) = delete;
     static int readobj(std::istream &is, objref &result, int *delim = nullptr);
     static int readobj(char const *text, objref &result, int *delim = nullptr);
 

@@ -1,0 +1,177 @@
+// cObj::setattrp: writing by a path, one value or the statements of a text.
+//
+//   statement = { ";" | "," } path operator value        path = [ "/" ] key { "/" key }
+//   operator    walks to             does there                       makes missing levels
+//   = or none   the last but one     copyitem(last key, value)        with force
+//   &=          the last but one     setattr(last key, value)         with force
+//   +=          the last             add(value)                       with force, for a map
+//   <<          the last             append(value)                    never
+//
+// A statement is parsed, its value is read, it is applied; what can't be parsed ends the text, for
+// nobody knows where the next statement begins. Errors of parse and walk are the scanner's, those
+// of the operation are raised as ever.
+//
+// A text is one reading from its first to its last statement: one budget for the merges inside its
+// values, nothing is loaded, and a living report takes whatever goes wrong. Applying is a
+// program's act and free of that budget; only where the text stands inside of another reading,
+// whose back references it can name, is a value refused that holds what it would be stored in.
+
+#include "containers/cmergebudget.h"
+#include "qrv/core/ctypes.h"
+#include "text/cpath_scan.h"
+#include "text/creader_session.h"
+#include "text/ctext_state.h"
+
+#include <locale>
+#include <ostream>
+#include <vector>
+
+namespace {
+
+bool is_operator(int t) {
+    return t == '=' || t == tkAddAssign || t == tkShiftLeft || t == tkAndAssign;
+}
+
+class cPathStatement {
+  public:
+    explicit cPathStatement(std::string const &text)
+        : path_(text, cat::ReadReport::current() == nullptr) {}
+    cPathStatement(cPathStatement const &) = delete;
+    cPathStatement &operator=(cPathStatement const &) = delete;
+    ~cPathStatement() = default;
+
+    // The next statement up to its operator. False, reported, if it is none; at the end of the text
+    // it is empty.
+    bool parse(bool need_operator);
+    bool empty() const noexcept { return keys_.empty(); }
+    // Not to be called when empty. RUNS FOREIGN CODE. A value from a text is refused where a merge
+    // of the reading around would be.
+    bool apply(objref const &root, objref const &value, bool force, bool from_text);
+    cAttrScan &scan() noexcept { return path_.scan(); }
+
+  private:
+    struct cKey {
+        objref key;
+        unsigned line; // where it stands, for reports
+        unsigned column;
+    };
+
+    bool refuse(char const *text, std::string const &what, cAttrLiteral const &about);
+    bool refuse_walk(std::string const &text, size_t stopped_at);
+    bool walk(objref &at, objref const &value, bool force);
+
+    cPathScan path_;
+    std::vector<cKey> keys_;
+    cAttrLiteral operator_;
+};
+
+bool cPathStatement::refuse(char const *text, std::string const &what, cAttrLiteral const &about) {
+    scan().errs(cAttrScan::asrSyntax) << text << what;
+    if (about.code != tkEof) scan().about(about);
+    scan().fire();
+    return false;
+}
+
+bool cPathStatement::parse(bool need_operator) {
+    keys_.clear();
+    operator_ = {};
+    for (path_.begin_statement(); !path_.at_end() || !keys_.empty(); path_.next()) {
+        cAttrLiteral const &token = path_.token();
+        cAttrLiteral const &follower = path_.follower();
+        if (token.code == '/' && !keys_.empty())
+            return refuse("ERROR in setattrp:  Bad final or duplicate ", "/", token);
+        objref const key = path_.key();
+        if (!key) return refuse("ERROR in setattrp: Bad no-key entry: ", token.text, token);
+        keys_.push_back({key, token.outer_line, token.outer_column});
+        if (follower.code == tkEof)
+            return !need_operator ||
+                   refuse("ERROR in setattrp: Operator and value missed ", {}, token);
+        if (is_operator(follower.code)) {
+            operator_ = follower;
+            return true;
+        }
+        if (follower.code != '/')
+            return refuse("ERROR in setattrp: Separator / or operator expected, bad entry: ",
+                          follower.text, follower);
+    }
+    return true;
+}
+
+bool cPathStatement::refuse_walk(std::string const &text, size_t stopped_at) {
+    std::ostringstream os;
+    os.imbue(std::locale::classic());
+    for (size_t i = 0; i <= stopped_at; ++i) {
+        os << '/';
+        keys_[i].key->writeobj(os); // RUNS FOREIGN CODE
+    }
+    std::string const path = shown_path(os.str(), cat::ReadReport::current() != nullptr);
+    scan().errs(cAttrScan::asrSyntax) << text << path;
+    scan().about(keys_[stopped_at].line, keys_[stopped_at].column);
+    scan().fire();
+    return false;
+}
+
+// From the root to the object that is to change.
+bool cPathStatement::walk(objref &at, objref const &value, bool force) {
+    bool const adds = operator_.code == tkAddAssign;
+    bool const whole = adds || operator_.code == tkShiftLeft;
+    bool const may_create = !whole || (adds && cObj::is_map(value));
+    size_t const steps = whole ? keys_.size() : keys_.size() - 1;
+    for (size_t i = 0; i < steps; ++i) {
+        at = may_create ? at->getattr_force(keys_[i].key, force) : at->getattr(keys_[i].key);
+        if (cObj::is_good(at)) continue;
+        if (may_create) return refuse_walk("Call of setattrp with not existing path: ", i);
+        return refuse_walk("Call of setattrp with operator '" + operator_.text +
+                               "' is not allowed in case of not existing path: ",
+                           i);
+    }
+    return true;
+}
+
+bool cPathStatement::apply(objref const &root, objref const &value, bool force, bool from_text) {
+    objref at = root;
+    if (!walk(at, value, force)) return false;
+    objref const key = keys_.back().key;
+    if (from_text && !cat::merge_allows(*at, key, value))
+        return cat::merge_exhausted() && refuse_walk("Too much merged, path : ", keys_.size() - 1);
+    switch (operator_.code) {
+    case tkAndAssign:
+        return at->setattr(key, value);
+    case tkAddAssign:
+        return at->add(value);
+    case tkShiftLeft:
+        return at->append(value);
+    default:
+        return at->copyitem(key, value, false);
+    }
+}
+
+} // namespace
+
+bool cObj::setattrp(std::string const &path, objref const &value, bool force) {
+    objref const self = objref::share(this);
+    objref const held = value;
+    cPathStatement statement(path);
+    return statement.parse(false) && !statement.empty() &&
+           statement.apply(self, held, force, false);
+}
+
+bool cObj::setattrp(std::string const &text, bool force) {
+    objref const self = objref::share(this);
+    bool const outermost = !cat::is_reading();
+    cPathStatement statement(text);
+    cReading const reading(statement.scan());
+    cReadSession &session = *cReadSession::current();
+    bool result = true;
+    while (statement.parse(true)) {
+        if (statement.empty()) return result;
+        objref value = cat::bad();
+        session.refresh_limit();
+        int const scanned = statement.scan().scan_obj(value, nullptr);
+        if (scanned == -1) return result;
+        cAboutValue const about_value(session);
+        cat::cMergeBudgetUse const budget(outermost ? nullptr : cat::cMergeBudget::current());
+        result = scanned == 0 && statement.apply(self, value, force, true) && result;
+    }
+    return false;
+}

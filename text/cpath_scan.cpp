@@ -1,0 +1,36 @@
+#include "text/cpath_scan.h"
+
+#include "qrv/core/ctypeobj.h"
+#include "qrv/diagnostics/ctrace.h"
+
+#include <locale>
+
+cPathScan::cPathScan(std::string const &text, bool report) : in_(text), scan_(in_, report) {
+    in_.imbue(std::locale::classic());
+}
+
+void cPathScan::begin_path() {
+    scan_.gettok(token_);
+    if (token_.code == '/') scan_.gettok(token_);
+    scan_.gettok(follower_);
+}
+
+void cPathScan::begin_statement() {
+    do scan_.gettok(token_);
+    while (token_.code == ';' || token_.code == ',');
+    if (token_.code == '/') scan_.gettok(token_);
+    scan_.gettok(follower_);
+}
+
+void cPathScan::next() {
+    scan_.gettok(token_);
+    scan_.gettok(follower_);
+}
+
+objref cPathScan::key() const {
+    objref key;
+    if (!cat::read_stdtype(token_.code, token_.text.c_str(), key)) return {};
+    if (!key || !key->type().is_keytype()) return {};
+    cat::trace_lex << key << std::endl;
+    return key;
+}
