@@ -1,0 +1,96 @@
+// The functions on file names that tell something: names of a series for reading, and searches.
+//
+// The result of a search stands in one text of the process, made by the first search and never
+// freed, like the folder of the program's own file: a static object may search in its destructor.
+
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/platform/cplatform.h"
+#include "qrv/util/cfilename.h"
+#include "util/cfilename_number.h"
+
+#include <charconv>
+#include <initializer_list>
+
+namespace {
+
+constexpr std::size_t number_width = 4;
+
+constinit std::string *found = nullptr;
+constinit std::string *own_folder = nullptr;
+
+std::string text_of(char const *text) { return text ? text : ""; }
+
+// White space, then a number of at most four characters, its sign among them.
+bool read_number(std::string_view text, int &number) {
+    auto const begin = text.find_first_not_of(" \t\n\v\f\r");
+    if (begin == text.npos) return false;
+    text = text.substr(begin, number_width);
+    bool const negative = text.front() == '-';
+    if (negative || text.front() == '+') text.remove_prefix(1);
+    if (text.empty() || text.front() < '0' || text.front() > '9') return false;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    if (negative) number = -number;
+    return true;
+}
+
+// The folder of the program's own file, with its separator; asked for until it is known.
+std::string const *program_folder() {
+    if (!own_folder) {
+        std::string const folder = extractDirName(cat::program_file().c_str());
+        if (!folder.empty()) own_folder = new std::string(folder);
+    }
+    return own_folder;
+}
+
+bool find(std::string const &candidate, std::initializer_list<char const *> folders) {
+    if (!found) found = new std::string;
+    *found = candidate;
+    if (cat::file_exists(*found)) return true;
+    std::string const *const own = program_folder();
+    if (!own) return false;
+    for (char const *folder : folders) {
+        *found = *own + folder + candidate;
+        if (cat::file_exists(*found)) return true;
+    }
+    return false;
+}
+
+char const *search(std::string const &candidate, std::initializer_list<char const *> folders,
+                   bool complain) {
+    if (find(candidate, folders)) return found->c_str();
+    if (complain) cat::std_err() << "could not open: " << candidate << std::endl;
+    return nullptr;
+}
+
+} // namespace
+
+bool fNextReadName(char const *name, std::string prev, std::string &out, int &count,
+                   char const *tag) {
+    std::string const series = text_of(name), ending = text_of(tag); // both may lie in `out`
+    if (prev != series) count = 0;
+    out = series;
+    auto const place = out.find(ending);
+    if (place == out.npos) {
+        cat::std_err() << "other format required" << std::endl;
+        return false;
+    }
+    int number = 0;
+    if (place < number_width) return true;
+    if (!read_number(std::string_view(out).substr(place - number_width), number)) return true;
+    if (number < count)
+        cat::put_number(out, place - number_width, count, ending);
+    else
+        count = number;
+    cat::step_number(count);
+    return true;
+}
+
+char const *pGetRuntimeFileName(char const *name, char const *subdir, bool complain) {
+    std::string const folder = text_of(subdir);
+    std::string const candidate = (folder.empty() ? folder : folder + '/') + text_of(name);
+    return search(candidate, {"", "../", "runtime/", "../runtime/"}, complain);
+}
+
+char const *pGetCfgFileName(char const *name, bool complain) {
+    return search(text_of(name), {"", "../"}, complain);
+}
