@@ -13,6 +13,7 @@
 
 constinit cat::os_calls cat::os{
     [](char const *path, int flags, mode_t mode) { return ::open(path, flags, mode); },
+    ::read,
     ::write,
     ::close,
     ::fsync,
@@ -21,7 +22,17 @@ constinit cat::os_calls cat::os{
     ::fchmod,
     ::fchown,
     ::rename,
+    [](char const *from, char const *to) {
+        return ::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE);
+    },
+    ::link,
     ::unlink,
+    ::stat,
+    ::fstat,
+    ::access,
+    [](char const *path, int mode) { return ::faccessat(AT_FDCWD, path, mode, AT_EACCESS); },
+    ::chmod,
+    ::readlink,
     ::dlopen,
     ::dlsym,
     ::dlinfo,
@@ -95,24 +106,30 @@ std::string cat::program_name() { return program_invocation_name ? program_invoc
 
 std::string cat::program_file() {
     std::array<char, PATH_MAX> path;
-    ssize_t const length = ::readlink("/proc/self/exe", path.data(), path.size());
-    return length > 0 ? std::string(path.data(), static_cast<std::size_t>(length)) : std::string();
+    ssize_t const length = os.readlink("/proc/self/exe", path.data(), path.size());
+    auto const size = static_cast<std::size_t>(length < 0 ? 0 : length);
+    return size < path.size() ? std::string(path.data(), size) : std::string(); // else cut off
 }
 
-bool cat::file_exists(std::string const &path) { return ::access(path.c_str(), F_OK) == 0; }
+bool cat::file_exists(std::string const &path) { return os.access(path.c_str(), F_OK) == 0; }
 
 bool cat::is_directory(std::string const &path) {
     struct stat info {};
-    return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+    return os.stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+bool cat::is_regular(std::string const &path) {
+    struct stat info {};
+    return os.stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
 bool cat::is_read_only(std::string const &path) {
     struct stat info {};
-    return ::stat(path.c_str(), &info) == 0 && !(info.st_mode & S_IWUSR);
+    return os.stat(path.c_str(), &info) == 0 && !(info.st_mode & S_IWUSR);
 }
 
 bool cat::make_writable(std::string const &path) {
     struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) return false;
-    return ::chmod(path.c_str(), (info.st_mode & 07777) | S_IWUSR) == 0;
+    if (os.stat(path.c_str(), &info) != 0) return false;
+    return os.chmod(path.c_str(), (info.st_mode & 07777) | S_IWUSR) == 0;
 }

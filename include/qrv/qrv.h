@@ -37,5 +37,7 @@
 #include "qrv/text/cattrscanner.h"
 #include "qrv/text/cexacttext.h"
 #include "qrv/text/cfile.h"
+#include "qrv/text/cpersistentmap.h"
 #include "qrv/text/creadreport.h"
 #include "qrv/text/cwriter.h"
+#include "qrv/util/cfilename.h"

@@ -43,6 +43,7 @@ QRV_API std::string program_file();
 
 QRV_API bool file_exists(std::string const &path);
 QRV_API bool is_directory(std::string const &path);
+QRV_API bool is_regular(std::string const &path); // a plain file
 // Exists without the owner's permission to write; and taking that mark away, the others stay.
 QRV_API bool is_read_only(std::string const &path);
 QRV_API bool make_writable(std::string const &path);
@@ -54,7 +55,15 @@ QRV_API bool can_write_file(std::string const &path);
 // new file in the same folder, brought to the disk and renamed over the old one; mode and owner are
 // kept, a symbolic link stays and its target is replaced. Where that is not possible (no regular
 // file, several hard links, a folder or an owner that doesn't allow it) the file is written in
-// place, after room for it has been found.
+// place, after room for it has been found; what fails there is undone, but a kill isn't. errno
+// tells why the result is false.
 QRV_API bool replace_file(std::string const &path, std::string_view bytes);
+
+// Makes `copy` a new file with content and mode of the plain file `path`, whole or not at all; its
+// owner too, or else with no rights for others. Nothing is ever overwritten: false with the errno
+// EEXIST if there is something of that name.
+QRV_API bool copy_to_new_file(std::string const &path, std::string const &copy);
+// Two plain files, not one by two names, of the same bytes. False also if one can't be read.
+QRV_API bool same_content(std::string const &path, std::string const &other);
 
 } // namespace cat

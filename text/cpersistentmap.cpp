@@ -1,0 +1,114 @@
+// A map in a file.
+//
+//   made --busmap--> placed --read--> loaded, file whole or damaged --destructor--> kept, saved
+//
+// An exception from a handler leaves it placed. Only a loaded map is saved, so what was never read
+// to an end is never overwritten.
+
+#include "qrv/text/cpersistentmap.h"
+
+#include "qrv/core/ctypes.h"
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/platform/cplatform.h"
+#include "qrv/text/cattrscan.h"
+#include "qrv/text/cfile.h"
+#include "qrv/text/creadreport.h"
+#include "qrv/util/cfilename.h"
+
+#include <cerrno>
+#include <fstream>
+#include <locale>
+
+namespace {
+
+constexpr int most_kept = 99;
+
+void tell(char const *text, std::string const &name) {
+    cat::std_err() << text << name << std::endl;
+}
+
+// The end of the file. For a scanner NUL and bytes from 128 on are the end of input too.
+bool is_end(cAttrLiteral const &token) { return token.code == tkEof && token.text.empty(); }
+
+// Is the end reached, but for comments and one separator?
+bool at_end(cAttrScan &scan) {
+    cat::ReadReport const quiet; // nobody asked for the text behind
+    scan.return_com(false);
+    int const token = scan.gettok();
+    if (token == ';' || token == ',') scan.gettok();
+    return is_end(scan.token());
+}
+
+// Would writing `value`, or an empty map for null, lose what the scan has read?
+bool read_cleanly(cAttrScan &scan, int result, objref const &value) {
+    if (scan.errcount() != 0) return false;
+    if (result == 0 && (!cObj::is_map(value) || scan.token().code != '}')) return false;
+    if (result < 0 && !is_end(scan.token())) return false; // a bracket that closes nothing
+    return at_end(scan);
+}
+
+} // namespace
+
+cPersistentMap::cPersistentMap(char const *name, bool keep_comments)
+    : name_(name ? name : ""), keep_comments_(keep_comments) {
+    cat::nil(); // from now on the tear-down comes after this object's end
+}
+
+cPersistentMap::~cPersistentMap() {
+    try {
+        if (!name_.empty() && map_) save(); // RUNS FOREIGN CODE
+        map_ = nullptr;                     // RUNS FOREIGN CODE
+    } catch (...) {                         // whoever threw has told
+    }
+}
+
+cMapObj &cPersistentMap::busmap() {
+    if (map_) return *map_;
+    place();
+    objref const value = load();
+    auto *const map = cObj::is_map(value) ? dynamic_cast<cMapObj *>(value.get()) : nullptr;
+    map_ = map ? cRef<cMapObj>::share(map) : make<cMapObj>();
+    return *map_;
+}
+
+void cPersistentMap::place() {
+    if (!placed_) name_.insert(0, extractDirName(cat::program_name().c_str()));
+    placed_ = true;
+}
+
+objref cPersistentMap::load() {
+    std::ifstream in;
+    in.imbue(std::locale::classic());
+    cAttrScan scan(in, false); // which connects it to cat::errhandler()
+    scan.return_com(keep_comments_);
+    if (!scan.openfile(name_.c_str(), true)) {
+        damaged_ = cat::file_exists(name_); // what can't be opened can't be judged
+        return {};
+    }
+    objref value;
+    int const result = scan.scan_obj(value, nullptr);
+    damaged_ = !read_cleanly(scan, result, value);
+    return value;
+}
+
+void cPersistentMap::save() {
+    bool const folder = cat::is_directory(name_);
+    if (!folder && cat::is_read_only(name_)) cat::make_writable(name_);
+    bool const open = cat::can_write_file(name_);
+    if (open && damaged_ && !keep_damaged())
+        tell("Cannot keep damaged file: ", name_);
+    else if (!write2file(*map_, name_.c_str(), true) && open)
+        tell("Cannot write file: ", name_);
+}
+
+// A device or a pipe holds nothing to keep.
+bool cPersistentMap::keep_damaged() const {
+    if (!cat::is_regular(name_)) return true;
+    std::string const bad = name_ + ".bad";
+    for (int i = 1; i <= most_kept; ++i) {
+        std::string const copy = i == 1 ? bad : bad + std::to_string(i);
+        if (cat::same_content(name_, copy) || cat::copy_to_new_file(name_, copy)) return true;
+        if (errno != EEXIST) return false;
+    }
+    return false;
+}
