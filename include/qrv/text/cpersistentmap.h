@@ -1,7 +1,7 @@
 #pragma once
 // cPersistentMap, a map that is kept in a file: read on first use, written by the destructor.
 //
-//   { cPersistentMap runs("runs.attr", true); runs.busmap().setattrp("count", ...); }
+//   { cPersistentMap runs("runs.attr", true); runs.busmap()["last"] = cat::of("today"); }
 //
 // The file lies beside the program: the first busmap() puts the folder of the process's first
 // argument in front of the name. A map that nobody asked for is never written. One that was asked

@@ -1,0 +1,109 @@
+#pragma once
+// Breaks the calls to the operating system, one by one: a sweep runs a body again and again, and in
+// the n-th run the n-th call fails or ends the process, until a run has fewer calls.
+//
+//   cOsFaults const faults(n, ENOSPC);
+//   bool const done = cat::replace_file(file, "new");
+//
+// Only for test programs with the library's objects linked in: cat::os is private to it.
+
+#include "platform/os_calls.h"
+
+#include <cerrno>
+#include <string>
+#include <sys/wait.h>
+#include <type_traits>
+
+// While it lives all calls are counted; at its end they are as before.
+class cOsFaults {
+  public:
+    static constexpr int dies = -1; // instead of an error
+
+    // The calls before the one numbered `at` (from 0) pass, that one fails or ends the process at
+    // once, and those behind it pass again.
+    cOsFaults(int at, int error) : before_(cat::os) {
+        real_ = cat::os;
+        calls_ = 0;
+        at_ = at;
+        error_ = error;
+        hit_.clear();
+        wrap();
+    }
+    cOsFaults(cOsFaults const &) = delete;
+    cOsFaults &operator=(cOsFaults const &) = delete;
+    ~cOsFaults() { cat::os = before_; }
+
+    static int calls() { return calls_; }
+    static std::string const &hit() { return hit_; } // the name of the call that failed; else empty
+
+  private:
+    // True if this call is the one that fails.
+    static bool breaks(char const *name) {
+        if (calls_++ != at_) return false;
+        if (error_ == dies) ::_exit(9);
+        hit_ = name;
+        errno = error_;
+        return true;
+    }
+
+    template <auto Call> struct cTag {};
+    template <auto Call, auto Other> static constexpr bool same =
+        std::is_same_v<cTag<Call>, cTag<Other>>;
+
+    template <auto Call, class Function> struct cWrapper;
+    template <auto Call, class Result, class... Args> struct cWrapper<Call, Result (*)(Args...)> {
+        static constinit inline char const *name = "";
+        static Result call(Args... args) {
+            if (!breaks(name)) return (real_.*Call)(args...);
+            if constexpr (same<Call, &cat::os_calls::fallocate>) return error_; // not -1
+            // The descriptor is gone all the same.
+            if constexpr (same<Call, &cat::os_calls::close>) real_.close(args...);
+            return -1;
+        }
+    };
+    template <auto Call> static void wrap(char const *name) {
+        using cCall = cWrapper<Call, std::remove_reference_t<decltype(cat::os.*Call)>>;
+        cCall::name = name;
+        cat::os.*Call = cCall::call;
+    }
+    static void wrap() {
+        using T = cat::os_calls;
+        wrap<&T::open>("open");
+        wrap<&T::read>("read");
+        wrap<&T::write>("write");
+        wrap<&T::close>("close");
+        wrap<&T::fsync>("fsync");
+        wrap<&T::fallocate>("fallocate");
+        wrap<&T::ftruncate>("ftruncate");
+        wrap<&T::fchmod>("fchmod");
+        wrap<&T::fchown>("fchown");
+        wrap<&T::rename>("rename");
+        wrap<&T::rename_new>("rename_new");
+        wrap<&T::link>("link");
+        wrap<&T::unlink>("unlink");
+        wrap<&T::stat>("stat");
+        wrap<&T::fstat>("fstat");
+        wrap<&T::access>("access");
+        wrap<&T::faccess>("faccess");
+        wrap<&T::chmod>("chmod");
+        wrap<&T::readlink>("readlink");
+    }
+
+    static inline cat::os_calls real_;
+    static inline int calls_ = 0, at_ = 0, error_ = 0;
+    static inline std::string hit_;
+    cat::os_calls const before_;
+};
+
+// Runs a body in a process of its own: its exit code, 128 and the number for a signal, 0 at its
+// end.
+template <class Body> int in_child(Body const &body) {
+    pid_t const child = ::fork();
+    if (child == 0) {
+        body();
+        ::_exit(0);
+    }
+    int status = 0;
+    if (::waitpid(child, &status, 0) != child) return -1;
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}

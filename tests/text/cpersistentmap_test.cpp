@@ -1,0 +1,473 @@
+// A map in a file: loading on first use, saving at the end, and what becomes of a damaged file.
+
+#include "qrv/text/cpersistentmap.h"
+
+#include "qrv/containers/cattr.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/creadreport.h"
+#include "tests/text/save_support.h"
+
+#include <algorithm>
+#include <type_traits>
+
+using namespace save_test;
+
+namespace {
+
+std::string const signature = "// Platform Quorvanta(R), Attributes version 2.0\n"
+                              "// by the Quorvanta developers\n"
+                              "\n";
+
+std::string const empty = "{\n}"; // a map that a program made is written on many lines
+
+// The program seems to lie in the test's folder.
+class PersistentMap : public SaveTest {
+  protected:
+    PersistentMap() : program_(folder_.file("program")), before_(program_invocation_name) {
+        program_invocation_name = program_.data();
+    }
+    ~PersistentMap() override { program_invocation_name = before_; }
+
+    std::string const file_ = folder_.file("map");
+
+    void put(std::string const &text) const { save_test::put(file_, text); }
+    std::string bytes() const { return bytes_of(file_); }
+    // Loads and saves without a change.
+    void pass(bool keep_comments = false) const {
+        cPersistentMap map("map", keep_comments);
+        map.busmap();
+    }
+    void set_program(std::string const &name) {
+        program_ = name;
+        program_invocation_name = program_.data();
+    }
+
+  private:
+    std::string program_;
+    char *const before_;
+};
+
+class PersistentMapEdge : public PersistentMap {};
+class PersistentMapDamaged : public PersistentMap {};
+
+static_assert(!std::is_copy_constructible_v<cPersistentMap>);
+static_assert(!std::is_copy_assignable_v<cPersistentMap>);
+static_assert(!std::is_move_constructible_v<cPersistentMap>);
+static_assert(!std::is_move_assignable_v<cPersistentMap>);
+static_assert(std::has_virtual_destructor_v<cPersistentMap>);
+
+} // namespace
+
+// --- loading ---
+
+TEST_F(PersistentMap, the_constructor_touches_no_file_and_an_unused_map_is_not_written) {
+    put("{a=1}");
+    {
+        cOsFaults const counter(-1, 0);
+        cPersistentMap const map("map", true);
+        EXPECT_EQ(map.name(), "map");
+        EXPECT_EQ(map.map(), nullptr);
+        EXPECT_TRUE(map.keep_comments());
+        EXPECT_EQ(counter.calls(), 0);
+    }
+    EXPECT_EQ(bytes(), "{a=1}");
+    { cPersistentMap const map("new", false); }
+    EXPECT_EQ(folder_.names(), "map");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(PersistentMap, a_map_without_a_file_is_empty_and_makes_one) {
+    {
+        cPersistentMap map("map", false);
+        cMapObj &entries = map.busmap();
+        EXPECT_EQ(entries.size(), 0);
+        EXPECT_EQ(&entries, map.map().get());
+        EXPECT_EQ(map.name(), file_);
+        EXPECT_EQ(folder_.names(), "");
+    }
+    EXPECT_EQ(bytes(), signature + empty);
+    EXPECT_EQ(folder_.names(), "map");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(PersistentMap, what_is_put_in_comes_back) {
+    {
+        cPersistentMap map("map", false);
+        map.busmap()["a"] = cat::of(7);
+        map.busmap()["b"] = cat::of("text");
+    }
+    EXPECT_EQ(bytes(), signature + "{\n  a= 7;\n  b= text;\n}");
+    cPersistentMap map("map", false);
+    EXPECT_EQ(cat::as_text(map.busmap().getattrp("a")), "7");
+    EXPECT_EQ(cat::as_text(map.busmap().getattrp("b")), "text");
+}
+
+TEST_F(PersistentMap, the_file_is_read_once_and_the_folder_put_in_front_once) {
+    put("{a=1}");
+    cPersistentMap map("map", false);
+    cMapObj &first = map.busmap();
+    put("{a=2}");
+    EXPECT_EQ(&map.busmap(), &first);
+    EXPECT_EQ(map.name(), file_);
+    EXPECT_EQ(cat::as_text(first.getattrp("a")), "1");
+}
+
+TEST_F(PersistentMap, the_signature_does_not_pile_up) {
+    put("{a=1}");
+    for (int i = 0; i < 3; ++i) {
+        pass(true);
+        EXPECT_EQ(bytes(), signature + "{a= 1; }");
+    }
+    EXPECT_EQ(folder_.names(), "map");
+}
+
+TEST_F(PersistentMap, comments_are_kept_or_not) {
+    std::string const text = "{ // head\n  a= 1; // one\n  b= 2;\n}";
+    put(text);
+    pass(true);
+    EXPECT_EQ(bytes(), signature + "{ // head\n  a= 1; // one\n  b= 2;\n}");
+    pass(false);
+    EXPECT_EQ(bytes(), signature + "{\n  a= 1;\n  b= 2;\n}");
+    EXPECT_EQ(folder_.names(), "map") << "a comment that nobody keeps is no damage";
+}
+
+TEST_F(PersistentMap, a_program_without_a_folder_has_its_file_where_it_works) {
+    set_program("program");
+    std::filesystem::path const before = std::filesystem::current_path();
+    std::filesystem::current_path(folder_.path());
+    {
+        cPersistentMap map("map", false);
+        map.busmap();
+        EXPECT_EQ(map.name(), "map");
+    }
+    std::filesystem::current_path(before);
+    EXPECT_EQ(bytes(), signature + empty);
+}
+
+TEST_F(PersistentMap, the_map_outlives_its_file) {
+    cRef<cMapObj> kept;
+    {
+        cPersistentMap map("map", false);
+        map.busmap()["a"] = cat::of(1);
+        kept = map.map();
+    }
+    EXPECT_EQ(cat::as_text(kept->getattrp("a")), "1");
+}
+
+// --- edge cases ---
+
+TEST_F(PersistentMapEdge, an_empty_name_becomes_the_folder_and_loads_quietly) {
+    std::string told;
+    for (char const *name : {"", static_cast<char const *>(nullptr)}) {
+        cPersistentMap map(name, false);
+        EXPECT_EQ(map.busmap().size(), 0);
+        EXPECT_EQ(map.name(), folder_.file(""));
+        EXPECT_EQ(messages(), told);
+        told = "Cannot open file for write: " + folder_.file("") + "\n";
+    }
+    EXPECT_EQ(messages(), told);
+    EXPECT_EQ(folder_.names(), "");
+    set_program("program");
+    {
+        cPersistentMap map("", false);
+        map.busmap();
+        EXPECT_EQ(map.name(), "");
+    }
+    EXPECT_EQ(messages(), "") << "nothing has no file";
+}
+
+TEST_F(PersistentMapEdge, a_read_only_file_loses_the_mark) {
+    put("{a=1}");
+    ASSERT_EQ(::chmod(file_.c_str(), 0464), 0);
+    {
+        cPersistentMap map("map", false);
+        map.busmap();
+        EXPECT_EQ(mode_of(file_), 0464u);
+    }
+    EXPECT_EQ(mode_of(file_), 0664u);
+    EXPECT_EQ(bytes(), signature + "{a= 1; }");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(PersistentMap, a_read_only_mark_stays_on_a_file_that_is_not_asked_for) {
+    put("{a=1}");
+    ASSERT_EQ(::chmod(file_.c_str(), 0444), 0);
+    { cPersistentMap const map("map", false); }
+    EXPECT_EQ(mode_of(file_), 0444u);
+}
+
+TEST_F(PersistentMap, a_folder_keeps_its_mode) {
+    std::filesystem::create_directory(file_);
+    ASSERT_EQ(::chmod(file_.c_str(), 0555), 0);
+    pass();
+    EXPECT_EQ(mode_of(file_), 0555u);
+    EXPECT_EQ(messages(), "Cannot open file for write: " + file_ + "\n");
+    EXPECT_EQ(folder_.names(), "map");
+}
+
+// --- damaged files ---
+
+namespace {
+// A text, what the map writes then, and the messages, with %F for the file's name.
+struct cDamage {
+    char const *text;
+    char const *saved;
+    char const *told;
+};
+} // namespace
+
+TEST_F(PersistentMapDamaged, a_file_that_would_lose_something_is_kept_beside) {
+    for (auto const &[text, saved, told] : std::vector<cDamage>{
+             {"{a=1; b 2; c=3}", "{a= 1; 0= 2; c= 3; }",
+              "%F (1) Missing delimiter after: b\n%F (1) Pattern 'key =' is missed \n"},
+             {"{a=nosuch(1); b=2}", "{\n  b= 2;\n}",
+              "%F (1) ( /a ): Value with unknown type='nosuch\nCannot insert key =a\n"},
+             {"{a=1;", "{a= 1; }", "%F (1) Map is not closed by '}'\n"},
+             {"{", "{\n}", ""}, // silent: a bracket alone
+             {"<", "{\n}", ""}, // the same
+             {"{}}", "{}", ""}, // text behind isn't looked at by the reader
+             {"{a=1; } b=2; }", "{a= 1; }", ""},
+             {"{a=1}; {b=2}", "{a= 1; }", ""},
+             {"}", "{\n}", ""}, // a bracket that closes nothing
+             {"[1; 2]", "{\n}", ""},
+             {"5", "{\n}", ""},
+             {"\"text\"", "{\n}", ""}}) {
+        put(text);
+        pass();
+        std::string expected = told;
+        for (std::size_t at; (at = expected.find("%F")) != std::string::npos;)
+            expected.replace(at, 2, file_);
+        EXPECT_EQ(messages(), expected) << text;
+        EXPECT_EQ(bytes(), signature + saved) << text;
+        EXPECT_EQ(bytes_of(file_ + ".bad"), text);
+        EXPECT_EQ(folder_.names(), "map map.bad");
+        std::filesystem::remove(file_ + ".bad");
+    }
+}
+
+TEST_F(PersistentMapDamaged, bytes_that_end_the_input_are_damage) {
+    for (std::string const &text :
+         {std::string(100, '\0'), std::string("\xff{a=1}"), std::string("{a=1}\0\0", 7),
+          std::string("{\0", 2), std::string("{a=1;}\x80")}) {
+        put(text);
+        pass();
+        EXPECT_EQ(bytes_of(file_ + ".bad"), text);
+        std::filesystem::remove(file_ + ".bad");
+        messages();
+    }
+}
+
+TEST_F(PersistentMapDamaged, a_whole_file_leaves_no_copy) {
+    for (char const *text :
+         {"{}", "{a=1}", " { a = 1 } ", "{a=1};", "{a=1},\n// end\n", "{a=1} /* end */\n\n", "",
+          "\n", "// nothing\n", "/* nothing */", "{a=\"}\"}", "{a={}; b=<>; c=[]}\r\n"}) {
+        put(text);
+        pass();
+        pass(true);
+        EXPECT_EQ(folder_.names(), "map") << text;
+        EXPECT_EQ(messages(), "") << text;
+    }
+}
+
+TEST_F(PersistentMapDamaged, a_copy_beside_is_never_overwritten_and_no_damaged_file_is_lost) {
+    for (int i = 1; i <= 3; ++i) {
+        put("{ a= " + std::to_string(i));
+        pass();
+        messages();
+        EXPECT_EQ(bytes(), signature + "{a= " + std::to_string(i) + "; }");
+    }
+    EXPECT_EQ(folder_.names(), "map map.bad map.bad2 map.bad3");
+    EXPECT_EQ(bytes_of(file_ + ".bad"), "{ a= 1");
+    EXPECT_EQ(bytes_of(file_ + ".bad2"), "{ a= 2");
+    EXPECT_EQ(bytes_of(file_ + ".bad3"), "{ a= 3");
+}
+
+TEST_F(PersistentMapDamaged, the_same_damage_is_kept_once) {
+    for (int i = 0; i < 3; ++i) {
+        put("[1]");
+        pass();
+        EXPECT_EQ(folder_.names(), "map map.bad");
+    }
+    save_test::put(file_ + ".bad", "other");
+    put("[1]");
+    pass();
+    EXPECT_EQ(folder_.names(), "map map.bad map.bad2");
+    EXPECT_EQ(bytes_of(file_ + ".bad"), "other");
+}
+
+TEST_F(PersistentMapDamaged, whatever_has_the_name_of_a_copy_stays) {
+    std::filesystem::create_directory(file_ + ".bad");
+    std::filesystem::create_symlink("nowhere", file_ + ".bad2");
+    std::filesystem::create_symlink("map", file_ + ".bad3"); // leads to the file itself
+    put("[1]");
+    pass();
+    EXPECT_EQ(folder_.names(), "map map.bad map.bad2 map.bad3 map.bad4");
+    EXPECT_TRUE(std::filesystem::is_symlink(file_ + ".bad2"));
+    EXPECT_TRUE(std::filesystem::is_symlink(file_ + ".bad3"));
+    EXPECT_EQ(bytes_of(file_ + ".bad4"), "[1]");
+    EXPECT_EQ(bytes(), signature + empty);
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(PersistentMapDamaged, when_all_names_are_taken_the_file_stays) {
+    for (int i = 1; i <= 98; ++i)
+        save_test::put(file_ + ".bad" + (i == 1 ? "" : std::to_string(i)), "x");
+    put("[1]");
+    pass();
+    EXPECT_EQ(bytes_of(file_ + ".bad99"), "[1]");
+    EXPECT_EQ(bytes(), signature + empty);
+    EXPECT_EQ(messages(), "");
+    put("[2]");
+    pass();
+    EXPECT_EQ(bytes(), "[2]");
+    EXPECT_EQ(messages(), "Cannot keep damaged file: " + file_ + "\n");
+    EXPECT_EQ(bytes_of(file_ + ".bad99"), "[1]");
+}
+
+TEST_F(PersistentMapDamaged, a_copy_has_the_rights_of_its_file) {
+    for (mode_t const mode : {0600u, 0640u, 0755u}) {
+        put("[1]");
+        ASSERT_EQ(::chmod(file_.c_str(), mode), 0);
+        pass();
+        EXPECT_EQ(mode_of(file_ + ".bad"), mode);
+        std::filesystem::remove(file_ + ".bad");
+        std::filesystem::remove(file_);
+    }
+}
+
+TEST_F(PersistentMapDamaged, a_file_with_two_names_keeps_both_and_has_a_copy) {
+    put("[1]");
+    std::filesystem::create_hard_link(file_, folder_.file("other"));
+    pass();
+    EXPECT_EQ(bytes_of(file_ + ".bad"), "[1]");
+    EXPECT_EQ(bytes_of(folder_.file("other")), signature + empty);
+    EXPECT_EQ(std::filesystem::hard_link_count(file_), 2u);
+}
+
+TEST_F(PersistentMapDamaged, the_copy_of_a_linked_file_lies_beside_the_link) {
+    std::filesystem::create_directory(folder_.file("sub"));
+    save_test::put(folder_.file("sub/map"), "[1]");
+    std::filesystem::create_symlink("sub/map", file_);
+    pass();
+    EXPECT_TRUE(std::filesystem::is_symlink(file_));
+    EXPECT_EQ(bytes_of(folder_.file("sub/map")), signature + empty);
+    EXPECT_EQ(bytes_of(file_ + ".bad"), "[1]");
+    EXPECT_EQ(folder_.names(), "map map.bad sub");
+}
+
+TEST_F(PersistentMapDamaged, a_damaged_file_that_has_gone_needs_no_copy) {
+    put("[1]");
+    {
+        cPersistentMap map("map", false);
+        map.busmap();
+        std::filesystem::remove(file_);
+    }
+    EXPECT_EQ(folder_.names(), "map");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(PersistentMapDamaged, what_changed_meanwhile_is_what_is_kept) {
+    put("[1]");
+    {
+        cPersistentMap map("map", false);
+        map.busmap();
+        put("[2]");
+    }
+    EXPECT_EQ(bytes_of(file_ + ".bad"), "[2]");
+}
+
+TEST_F(PersistentMapDamaged, a_file_system_without_that_rename_gets_the_copy_by_a_link) {
+    for (int const error : {EINVAL, ENOSYS, ENOTSUP}) {
+        static int failure;
+        failure = error;
+        cat::os.rename_new = [](char const *, char const *) {
+            errno = failure;
+            return -1;
+        };
+        put("[1]");
+        pass();
+        EXPECT_EQ(bytes_of(file_ + ".bad"), "[1]");
+        put("[2]");
+        pass();
+        EXPECT_EQ(bytes_of(file_ + ".bad2"), "[2]");
+        EXPECT_EQ(folder_.names(), "map map.bad map.bad2");
+        EXPECT_EQ(messages(), "");
+        std::filesystem::remove(file_ + ".bad");
+        std::filesystem::remove(file_ + ".bad2");
+    }
+}
+
+// --- handlers that throw ---
+
+TEST_F(PersistentMap, an_exception_of_a_handler_loads_nothing_and_writes_nothing) {
+    std::string const text = "{a=nosuch(1); b=2}";
+    put(text);
+    cErrHandler const before = cat::errhandler();
+    cat::errhandler().throw_mask(0xFFFFFFFF);
+    {
+        cPersistentMap map("map", false);
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_THROW(map.busmap(), cErr);
+            EXPECT_EQ(map.name(), file_);
+            EXPECT_EQ(map.map(), nullptr);
+        }
+    }
+    EXPECT_EQ(bytes(), text);
+    EXPECT_EQ(folder_.names(), "map");
+    {
+        cPersistentMap map("map", false);
+        EXPECT_THROW(map.busmap(), cErr);
+        cat::errhandler() = before;
+        EXPECT_EQ(cat::as_text(map.busmap().getattrp("b")), "2");
+    }
+    EXPECT_EQ(bytes_of(file_ + ".bad"), text);
+}
+
+namespace {
+bool throwing_write(cObj &, objref &) { throw 5; }
+} // namespace
+
+TEST_F(PersistentMap, an_exception_while_saving_stays_inside_and_the_file_whole) {
+    put("{a=1}");
+    {
+        cPersistentMap map("map", false);
+        map.busmap().getattrp("a")->set_omember("write", ::make<cExeMember>(throwing_write));
+    }
+    EXPECT_EQ(bytes(), "{a=1}");
+    EXPECT_EQ(folder_.names(), "map");
+}
+
+TEST_F(PersistentMap, is_saved_while_an_exception_passes) {
+    try {
+        cPersistentMap map("map", false);
+        map.busmap()["a"] = cat::of(1);
+        throw 5;
+    } catch (int) {
+        EXPECT_EQ(bytes(), signature + "{\n  a= 1;\n}");
+    }
+}
+
+TEST_F(PersistentMap, errors_go_to_a_living_report) {
+    put("{a=nosuch(1)}");
+    cat::ReadReport const report;
+    pass();
+    EXPECT_EQ(report.count(), 2u);
+    EXPECT_EQ(messages(), "");
+    put("{a=1} {");
+    pass();
+    EXPECT_EQ(report.count(), 2u) << "text behind isn't reported";
+    EXPECT_EQ(folder_.names(), "map map.bad map.bad2");
+}
+
+TEST_F(PersistentMap, one_in_another_saves_both) {
+    {
+        cPersistentMap outer("map", true);
+        outer.busmap()["a"] = cat::of(1);
+        cPersistentMap inner("inner", true);
+        inner.busmap()["b"] = cat::of(2);
+    }
+    EXPECT_EQ(bytes(), signature + "{\n  a= 1;\n}");
+    EXPECT_EQ(bytes_of(folder_.file("inner")), signature + "{\n  b= 2;\n}");
+}
