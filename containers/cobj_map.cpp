@@ -4,6 +4,8 @@
 #include "qrv/core/cobj.h"
 #include "qrv/core/ctypes.h"
 
+#include <utility>
+
 objref cObj::getattr_force(objref const &key, bool force) {
     objref value = getattr(key);
     if (!force || !value || value != cat::badfind()) return value;
@@ -13,9 +15,11 @@ objref cObj::getattr_force(objref const &key, bool force) {
 }
 
 void cObj::ommap(cMapObj const &map) {
-    hashref const old = ommap_;
-    hashref const hash = map.datamap_ref();
-    if (hash != old) leave_ommap();
-    ommap_ = hash;
+    objref self = objref::share(this); // the old map may hold its last owner
+    if (map.datamap_ref() != ommap_) leave_ommap();
+    hashref old = std::exchange(ommap_, map.datamap_ref());
+    old = nullptr;                 // RE-ENTERS
+    if (self->refs() == 1) return; // and it goes now
+    self = nullptr;
     changed(); // RE-ENTERS: fires what stands in the new map
-} //              RE-ENTERS: old
+}

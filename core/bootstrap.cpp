@@ -218,7 +218,9 @@ bool cBootstrap::clear_maps() {
 }
 
 bool cBootstrap::drop_types() {
-    return remove_entries(*core.type_hash, [](objref const &type) { return !is_own(type); });
+    return remove_entries(*core.type_hash, [](objref const &type) {
+        return !is_own(type) && !cat::is_signal_type(type);
+    });
 }
 
 // The methods stay in the tables of the types, so that objects go on working.
@@ -246,8 +248,9 @@ void cBootstrap::let_go() {
         any = clear_maps();
         any |= drop_types();
         any |= drop_members();
-        any |= cat::drop_signal_types(); // last: what went above may be signals and slots
+        if (!any) any = cat::drop_signal_types(); // what went above may be signals and slots
     }
+    cat::drop_signal_types(); // if the rounds did not suffice
 }
 
 void cBootstrap::destroy_core() {

@@ -9,6 +9,7 @@
 
 #include <ostream>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -49,12 +50,15 @@ void cObj::leave_ommap() noexcept {
 }
 
 void cObj::ommap(hashref const &hash) {
-    hashref const old = ommap_;
-    if (hash != old) leave_ommap();
-    ommap_ = hash;
+    objref self = objref::share(this); // the old map may hold its last owner
+    if (hash != ommap_) leave_ommap();
+    hashref old = std::exchange(ommap_, hash);
     if (ommap_) ommap_->father(this, false);
+    old = nullptr;                 // RE-ENTERS
+    if (self->refs() == 1) return; // and it goes now
+    self = nullptr;
     changed(); // RE-ENTERS: fires what stands in the new map
-} //              RE-ENTERS: old
+}
 
 bool cObj::set_omember(std::string const &key, objref value) {
     return set_omember(own_key(key), std::move(value));
@@ -81,15 +85,15 @@ bool cObj::set_omember(objref const &key, objref value) {
     bool const executable = value && value->is_exe();
     if (bool result = false; executable && !may_be_member(key, value, result)) return result;
     if (!ommap_) ommap_ = make<cAttrHash>(this);
-    objref const old = omember(key); // dies last: its destructor may take this object away
-    hashref hash = ommap_;
-    bool const stored = hash->mapitem(key, value);
+    objref self = objref::share(this); // what stood there may have been its last owner
+    bool const stored = hashref(ommap_)->mapitem(key, value); // RE-ENTERS
     if (stored && executable) setflags(of_exe_member);
     if (ommap_ && ommap_->empty()) ommap(hashref());
-    if (hash == ommap_) hash = nullptr; // a signal that fires below may be destroyed meanwhile
+    if (self->refs() == 1) return stored; // and it goes now
+    self = nullptr;
     changed(); // RE-ENTERS: this object may be gone afterwards
     return stored;
-} // RE-ENTERS: old
+}
 
 objref cObj::omember(objref const &key) const {
     return ommap_ ? ommap_->getitem(key) : cat::badfind();

@@ -14,6 +14,8 @@
 #include "qrv/core/cmodifier.h"
 #include "signals/csignalobj_types.h"
 
+#include <memory>
+
 namespace {
 
 enum own_type { signal_type, signal1_type, siginfo_type, slot1_type, slot2_type, type_count };
@@ -99,12 +101,21 @@ cTypeObj &type_signal1() { return type_of(signal1_type, "cSignal1", setup_signal
 cTypeObj &type_slot1() { return type_of(slot1_type, "objslot1", nullptr); }
 cTypeObj &type_slot2() { return type_of(slot2_type, "objslot2", nullptr); }
 
+bool is_signal_type(cObj const *type) {
+    for (typeref const *held : held_types)
+        if (held && held->get() == type) return true;
+    return false;
+}
+
 bool drop_signal_types() {
     bool any = false;
-    for (typeref *&type : held_types) {
-        any |= type != nullptr;
-        delete std::exchange(type, nullptr); // RE-ENTERS: members that a program gave it
-    }
+    for (typeref *&held : held_types) {
+        if (!held) continue;
+        std::unique_ptr<typeref> const type(std::exchange(held, nullptr));
+        objref const registered = core.type_hash->getitem((*type)->name());
+        if (registered == *type) core.type_hash->delitem((*type)->name());
+        any = true;
+    } // RE-ENTERS
     return any;
 }
 

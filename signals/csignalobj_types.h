@@ -1,7 +1,12 @@
 #pragma once
 // For the tear-down of the core.
 
+#include "qrv/qrvdefs.h"
+
 namespace cat {
-// Gives up the types of signals and slots; the next use makes them anew. True if there were any.
+// Is it one of the types of signals and slots that the library holds?
+bool is_signal_type(cObj const *type);
+// Gives them up, in the registry too; the next use makes them anew. True if there were any. RUNS
+// FOREIGN CODE: members that a program gave them.
 bool drop_signal_types();
 } // namespace cat

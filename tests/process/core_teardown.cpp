@@ -14,6 +14,7 @@
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
+#include "qrv/signals/csignalobj.h"
 #include "qrv/text/cattrscan.h"
 
 #include <sstream>
@@ -21,6 +22,8 @@
 extern "C" int __cxa_atexit(void (*function)(void *), void *argument, void *library);
 
 namespace {
+
+bool set_true(cObj &flag) { return static_cast<cObjDR<bool> &>(flag).val() = true; }
 
 // Uses every accessor, makes, reads and writes objects, raises an error.
 void look_around(char const *who) {
@@ -42,6 +45,12 @@ void look_around(char const *who) {
     if (!copy->equal(*map)) say("[unequal]");
     cat::errhandler().throw_mask(0);
     objref const number = cat::of(1);
+    bool fired = false;
+    cObjDR<bool> flag(fired);
+    cObjSlot const slot(flag, set_true, number->force_changed_signal());
+    number->changed();
+    if (!fired || cat::find_type("cSignal") != cat::type_signal()) say("[no signal]");
+    number->set_omember("changed", nullptr);
     number->assign(*map);
     if (cObj::is_good(number->call("nowhere"))) say("[a method]");
     std::ostringstream os;
