@@ -113,7 +113,3 @@ void cMapObj::set_attspec(objref const &key, specref const &spec) {
 void cMapObj::set_attspec(std::string const &key, specref const &spec) {
     set_attspec(own_key(key), spec);
 }
-
-objref cTomAttspec::newobj(objref) {
-    return make<cAttspec>(static_cast<int>(asf_required), nullptr);
-}

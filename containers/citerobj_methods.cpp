@@ -93,7 +93,5 @@ void setup_iterator(cTypeObj &type) {
 }
 
 void setup_choice(cTypeObj &) {}
-void setup_attspec(cTypeObj &) {}
-void setup_attlist(cTypeObj &) {}
 
 } // namespace cat

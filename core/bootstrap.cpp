@@ -244,6 +244,7 @@ void cBootstrap::let_go() {
     for (int round = 0; any && round < max_rounds; ++round) {
         reset_text_state();
         cat::drop_nilspec();
+        cat::drop_attspec_words();
         cat::forget_nil_attr();
         any = clear_maps();
         any |= drop_types();

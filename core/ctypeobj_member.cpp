@@ -1,5 +1,5 @@
 // Members of types: how a write under a standard name reaches the method table, and how one type
-// takes over the members of another.
+// inherits the members of another.
 
 #include "core/cregistry.h"
 #include "qrv/core/cexe.h"
@@ -58,5 +58,3 @@ void cTypeObj::inherit(cTypeObj const &base) {
         members.emplace_back(node->key(), node->valref());
     for (auto const &[key, value] : members) set_tmember(key, value);
 }
-
-bool cTypeObj::update_from(cTypeObj const &other) { return &type() == &other.type(); }

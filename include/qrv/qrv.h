@@ -7,6 +7,7 @@
 #include "qrv/ccomp.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattrhash.h"
+#include "qrv/containers/cattrset.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"

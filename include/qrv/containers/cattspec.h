@@ -60,6 +60,17 @@ class QRV_API cAttspec : public cObj {
 
 using specref = cAttspec::specref;
 
+// The standard methods of the type "attspec". Its attributes are "type", "default" and "flag".
 namespace cTomAttspec {
 QRV_API objref newobj(objref type); // a required one without type
+QRV_API bool create(cObj &obj);     // fetches #REQUIRED, #IMPLIED and #FIXED, once
+// 0x40020000 "Setattr in object type 'attspec', key '...': " and one of
+//   " Error in setting attribute type: " and the value's type; " Error in setting BAD attribute";
+//   " Error in setting BAD type: " and the value
+QRV_API bool setattr(cObj &obj, objref &key, objref &value);
+QRV_API objref getattr(objref obj, objref key); // nil for what isn't set; bad for other keys
+// What does not come back: without cat::ExactText, an implied one reads back as required, one that
+// is an empty text not at all, and a number as default runs into what follows.
+QRV_API bool m_write(cObj &obj, objref &stream);
+QRV_API bool m_read(cObj &obj, objref &stream); // 0x40000000 "Wrong type-entry in attspec"
 } // namespace cTomAttspec

@@ -1,0 +1,191 @@
+// Attribute sets: the objects of types of the metatype "attlist", and these types themselves.
+//
+// An object shares the specifications of its type and keeps them in its own member map; its five
+// low flag bits are all set, so that they are looked up from the start.
+
+#include "qrv/containers/cattrset.h"
+
+#include "containers/cmergebudget.h"
+#include "containers/cringwalk.h"
+#include "qrv/containers/cattr.h"
+#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cerr.h"
+
+#include <ostream>
+#include <utility>
+#include <vector>
+
+namespace {
+
+cMapObj *as_map(cObj *obj) { return dynamic_cast<cMapObj *>(obj); }
+
+cTypeObj *as_attlist(cObj *obj) {
+    auto *const type = dynamic_cast<cTypeObj *>(obj);
+    return type && &type->type() == &cat::typetype_attlist() ? type : nullptr;
+}
+
+// The type's specifications; null if a program has put something else there.
+cRef<cMapObj> specs_of(cObj *type) {
+    auto *const attlist = as_attlist(type);
+    if (!attlist) return nullptr;
+    objref const member = attlist->tmember("attspec");
+    return cRef<cMapObj>::share(as_map(member));
+}
+
+specref as_spec(objref const &value) {
+    if (!value || &value->type() != &cat::type_attspec()) return nullptr;
+    return specref::share(dynamic_cast<cAttspec *>(value.get()));
+}
+
+// Keys and values as they stand: what follows may run foreign code.
+using pairs = std::vector<std::pair<objref, objref>>;
+
+pairs pairs_of(cAttrHash const &hash) {
+    pairs found;
+    found.reserve(static_cast<std::size_t>(hash.used()));
+    for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
+        found.emplace_back(node->key(), node->valref());
+    return found;
+}
+
+bool report(char const *text, std::string const &type = {}) {
+    cErrStream &err = eros();
+    err.clear();
+    err.set_code(0x41000000);
+    err << text << type;
+    return raise_eros();
+}
+
+// One key of a fresh object: its specification, and its default or nil.
+void declare(cMapObj &map, objref const &key, specref const &spec) {
+    map.set_attspec(key, spec);
+    if (!spec->is_default()) return; // it is nil
+    cAttrHash &hash = map.datamap();
+    hash.mapitem(key, spec->get_default());
+    cAttrNode *const node = hash.find(key);
+    // A clone of a container would share its parts, and reading one object would change the
+    // default.
+    if (node) cat::detach(node->valref(), spec->get_default()->is_container());
+}
+
+bool obeys(cAttspec const &spec, objref const &value) {
+    if (spec.is_required() && cObj::is_void(value)) return false;
+    bool const is_nil = value == cat::nil();
+    if (spec.is_fixtype() && !is_nil && (!value || &value->type() != spec.get_type())) return false;
+    return !spec.is_fixref() || value == spec.get_default();
+}
+
+} // namespace
+
+objref cTomAttrset::newobj(objref type) {
+    cTypeObj *const attlist = as_attlist(type);
+    return attlist ? objref(make<cMapObj>(attlist, true)) : cat::bad();
+}
+
+bool cTomAttrset::create(cObj &obj) {
+    cMapObj *const map = as_map(&obj);
+    if (!map) return false;
+    objref const keep = objref::share(&obj);
+    obj.setflags(asf_all);
+    if (cRef<cMapObj> const specs = specs_of(&obj.type()))
+        for (auto const &[key, value] : pairs_of(specs->datamap()))
+            if (specref const spec = as_spec(value)) declare(*map, key, spec);
+    obj.setflags(of_const_keys);
+    return true;
+}
+
+bool cTomAttrset::validate(cObj &obj) {
+    cMapObj *const map = as_map(&obj);
+    if (!map) return false;
+    objref const keep = objref::share(&obj);
+    for (auto const &[key, value] : pairs_of(map->datamap())) {
+        specref const spec = as_spec(obj.type().getattr(key)); // RUNS FOREIGN CODE
+        if (!spec || !obeys(*spec, value)) return false;
+    }
+    return true;
+}
+
+bool cTomAttrset::m_assign(cObj &obj, objref &arg) {
+    cMapObj *const map = as_map(&obj);
+    if (!map || !arg) return false;
+    objref const keep = objref::share(&obj);
+    if (&arg->type() != &obj.type() && // 1
+        !report("Method 'assign' called from other type: ", arg->type().name()))
+        return false;
+    objref const source = arg;
+    if (!validate(*source)) return report("VALIDATE ERROR in method 'assign'"); // 2
+    bool all = true;
+    for (auto const &[key, value] : pairs_of(static_cast<cMapObj &>(*source).datamap())) { // 3
+        if (cObj::is_void(value) || !cat::merge_allows(obj, key, value)) continue;
+        all &= map->datamap().copyitem(key, value, true);
+    }
+    return all || report("ERROR in method 'assign'"); // 4
+}
+
+objref cTomAttlist::newobj(objref) {
+    return make<cTypeObj>(&cat::typetype_attlist(), nullptr, nullptr);
+}
+
+// Run by the constructor of every type of this metatype. Done once: a second call changes nothing.
+bool cTomAttlist::create(cObj &obj) {
+    cTypeObj *const type = as_attlist(&obj);
+    if (!type || cObj::is_good(type->tmember("attspec"))) return true;
+    type->set_tmember("newobj", make<cExeMember>(cTomAttrset::newobj));
+    type->set_tmember("create", make<cExeMember>(cTomAttrset::create));
+    type->set_tmember("validate", make<cExeMember>(cTomAttrset::validate));
+    type->set_tmember("assign", make<cExeMember>(cTomAttrset::m_assign));
+    type->set_tmember("setattr", make<cExeMember>(cTomMap::setattr));
+    type->set_tmember("getattr", make<cExeMember>(cTomMap::getattr));
+    type->set_tmember("write", make<cExeMember>(cTomMap::m_write0));
+    type->set_tmember("read", make<cExeMember>(cTomAttrset::m_read));
+    type->set_tmember("iterobj", make<cExeMember>(cTomMap::iterobj));
+    type->set_tmember("wformat", cat::of("wc"));
+    type->set_tmember("attspec", make<cMapObj>());
+    return true;
+}
+
+bool cTomAttlist::m_assign(cObj &type, objref &arg) {
+    cRef<cMapObj> const specs = specs_of(&type);
+    if (!specs || !arg) return false;
+    objref const keep = objref::share(&type);
+    pairs found; // first: arg may be the type itself, or what it holds
+    for (cIterObj it = arg->begin(); it.valid(); ++it) found.emplace_back(it.key(), it.valref());
+    specs->clear(); // RE-ENTERS
+    for (auto const &[key, value] : found)
+        if (as_spec(value)) cAttr(specs, key) = value;
+    type.changed();
+    return true;
+}
+
+bool cTomAttlist::setattr(cObj &type, objref &key, objref &value) {
+    cRef<cMapObj> const specs = specs_of(&type);
+    objref const keep = objref::share(&type);
+    if (!specs || !specs->setattr(key, value)) return false;
+    type.changed();
+    return true;
+}
+
+objref cTomAttlist::getattr(objref type, objref key) {
+    cRef<cMapObj> const specs = specs_of(type);
+    return specs ? specs->getattr(key) : cat::bad();
+}
+
+objref cTomAttlist::iterobj(objref type) {
+    cRef<cMapObj> const specs = specs_of(type);
+    return specs ? specs->iterobj() : cat::bad();
+}
+
+void cat::setup_attlist(cTypeObj &type) {
+    type.set_tmember("newobj", make<cExeMember>(cTomAttlist::newobj));
+    type.set_tmember("create", make<cExeMember>(cTomAttlist::create));
+    type.set_tmember("assign", make<cExeMember>(cTomAttlist::m_assign));
+    type.set_tmember("setattr", make<cExeMember>(cTomAttlist::setattr));
+    type.set_tmember("getattr", make<cExeMember>(cTomAttlist::getattr));
+    type.set_tmember("write", make<cExeMember>(cTomAttlist::m_write));
+    type.set_tmember("read", make<cExeMember>(cTomAttlist::m_read));
+    type.set_tmember("iterobj", make<cExeMember>(cTomAttlist::iterobj));
+    type.set_tmember("wformat", cat::of("wc"));
+}

@@ -1,0 +1,31 @@
+// What a type takes over when a type of its name is declared again: a choice type the other's
+// choices, an attribute set's type the other's specifications. Both tell it by `changed`.
+
+#include "qrv/containers/cattrset.h"
+#include "qrv/core/ctypes.h"
+
+namespace {
+
+// The member that a metatype's types are declared by; null for other metatypes.
+char const *declaration_of(cTypeObj const &metatype) {
+    if (&metatype == &cat::typetype_choice()) return "choices";
+    if (&metatype == &cat::typetype_attlist()) return "attspec";
+    return nullptr;
+}
+
+} // namespace
+
+bool cTypeObj::update_from(cTypeObj const &other) {
+    if (&type() != &other.type()) return false;
+    char const *const member = declaration_of(type());
+    if (!member || this == &other) return true;
+    objref declared = other.tmember(member);
+    objref const present = tmember(member);
+    if (cObj::is_bad(declared) || (cObj::is_good(present) && present->equal(declared))) return true;
+    objref const keep = objref::share(this);
+    if (&type() == &cat::typetype_attlist())
+        cTomAttlist::m_assign(*this, declared);
+    else
+        setattr(own_key(std::string(member)), declared);
+    return true;
+}

@@ -1,0 +1,143 @@
+// The text of attribute specifications, of the types made of them, and how their objects are read.
+//
+// A specification stands between brackets of its own, so its text is scanned on its own. The
+// default is written one step below the specification's path, where the reader has it too; so what
+// stands in it can be referred to.
+
+#include "qrv/containers/cattrset.h"
+
+#include "containers/cattspec_words.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cerr.h"
+#include "qrv/text/cattrscan.h"
+#include "qrv/text/cwriter.h"
+#include "text/creader_session.h"
+#include "text/ctext_state.h"
+#include "text/cwriter_exact.h"
+#include "text/cwriter_line.h"
+
+#include <istream>
+#include <ostream>
+
+namespace {
+
+std::ostream *out_of(objref const &stream) {
+    auto const *const holder = dynamic_cast<cOutHolder const *>(stream.get());
+    return holder ? holder->valptr() : nullptr;
+}
+
+std::istream *in_of(objref const &stream) {
+    auto const *const holder = dynamic_cast<cInHolder const *>(stream.get());
+    return holder ? holder->valptr() : nullptr;
+}
+
+// An error of a value whose text was in order.
+bool report(std::istream &is, std::string const &text) {
+    cAttrScan scan(is, false);
+    scan.fire(cErr(0x40000000U, text));
+    return false;
+}
+
+// DELIBERATE: plain text has nothing between a default and what follows, and nothing for #IMPLIED.
+// Pinned: a_default_is_written_without_a_separator, an_implied_one_without_type_is_an_empty_text
+void write_default(std::ostream &os, objref const &value) {
+    cPathStep const step(own_key(std::string("default")));
+    os << "default=";
+    value->writeobj(os); // RUNS FOREIGN CODE
+    if (exact_text()) os << "; ";
+}
+
+bool read_type(cMapObj &entries, cAttspec &spec, std::istream &is) {
+    objref const value = entries.getattr(own_key(std::string("type")));
+    if (cObj::is_kill(value)) {
+        spec.set_type(nullptr);
+        return true;
+    }
+    objref const found = cat::type_of_key(value);
+    auto *const type = dynamic_cast<cTypeObj *>(found.get());
+    if (cObj::is_bad(found) || !type) return report(is, "Wrong type-entry in attspec");
+    spec.set_type(type);
+    return true;
+}
+
+void read_default(cMapObj &entries, cAttspec &spec) {
+    objref const value = entries.getattr(own_key(std::string("default")));
+    if (cObj::is_void(value))
+        spec.set_default(nullptr, true);
+    else
+        spec.set_default(value, false);
+}
+
+} // namespace
+
+bool cTomAttspec::m_write(cObj &obj, objref &stream) {
+    auto const *const spec = dynamic_cast<cAttspec const *>(&obj);
+    std::ostream *const os = out_of(stream);
+    if (!spec || !os) return false;
+    objref const keep = objref::share(&obj);
+    if (spec->is_fixtype()) {
+        *os << "type=";
+        cat::of(spec->get_type()->name())->writeobj(*os);
+        *os << "; ";
+    }
+    if (spec->is_default()) write_default(*os, spec->get_default());
+    if (spec->is_required()) *os << "flag=#REQUIRED;";
+    if (spec->is_fixref()) *os << "flag=#FIXED;";
+    if (spec->is_implied() && exact_text()) *os << "flag=#IMPLIED;";
+    os->flush();
+    return true;
+}
+
+bool cTomAttspec::m_read(cObj &obj, objref &stream) {
+    auto *const spec = dynamic_cast<cAttspec *>(&obj);
+    std::istream *const is = in_of(stream);
+    if (!spec || !is) return false;
+    objref const keep = objref::share(&obj);
+    objref value;
+    if (cat::scan_container(*is, value, true) != 0 || !cObj::is_map(value)) return false;
+    auto &entries = static_cast<cMapObj &>(*value);
+    if (!read_type(entries, *spec, *is)) return false;                                   // 1
+    read_default(entries, *spec);                                                        // 2
+    int const flags = cat::flags_of_word(entries.getattr(own_key(std::string("flag")))); // 3
+    if (flags) spec->set_flags(flags);
+    return true;
+}
+
+bool cTomAttlist::m_write(cObj &type, objref &stream) {
+    auto const *const attlist = dynamic_cast<cTypeObj const *>(&type);
+    std::ostream *const os = out_of(stream);
+    if (!attlist || !os) return false;
+    objref const keep = objref::share(&type);
+    objref const member = attlist->tmember("attspec");
+    auto const *const specs = dynamic_cast<cMapObj const *>(member.get());
+    if (specs) write_entries(*specs->datamap_ref(), *os, *cat::wformat(type), nullptr, &type);
+    os->flush();
+    return true;
+}
+
+bool cTomAttlist::m_read(cObj &type, objref &stream) {
+    auto const *const attlist = dynamic_cast<cTypeObj const *>(&type);
+    std::istream *const is = in_of(stream);
+    if (!attlist || !is) return false;
+    objref const keep = objref::share(&type);
+    objref const member = attlist->tmember("attspec");
+    auto *const specs = dynamic_cast<cMapObj *>(member.get());
+    if (!specs) return false;
+    specs->clear(); // RE-ENTERS
+    int const lines = specs->datamap_ref()->read_hash(*is, nullptr);
+    type.changed(); // RE-ENTERS
+    return lines != 0;
+}
+
+bool cTomAttrset::m_read(cObj &obj, objref &stream) {
+    std::istream *const is = in_of(stream);
+    if (!is) return false;
+    objref const keep = objref::share(&obj);
+    cRef<cMapObj> const read = make<cMapObj>(&obj.type(), true);        // 1
+    if (read->datamap_ref()->read_hash(*is, nullptr) < 1) return false; // 2
+    if (!validate(*read))                                               // 3
+        return report(*is, "Validate error in read of type: " + obj.type().name());
+    obj.assign(*read); // 4
+    return true;
+}
