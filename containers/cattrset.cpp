@@ -6,7 +6,7 @@
 #include "qrv/containers/cattrset.h"
 
 #include "containers/cmergebudget.h"
-#include "containers/cringwalk.h"
+#include "containers/csetup.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
@@ -59,16 +59,24 @@ bool report(char const *text, std::string const &type = {}) {
     return raise_eros();
 }
 
+// A text of a few bytes makes an object of any size. Beyond the budget its defaults are not copied;
+// reading the attribute gives the shared one then, and the reader refuses the object.
+bool may_copy(objref const &value, cObj &holder) {
+    cat::owns_charged(value, holder);
+    return !cat::merge_exhausted();
+}
+
 // One key of a fresh object: its specification, and its default or nil.
 void declare(cMapObj &map, objref const &key, specref const &spec) {
     map.set_attspec(key, spec);
-    if (!spec->is_default()) return; // it is nil
+    objref const value = spec->get_default();
+    if (!spec->is_default() || !may_copy(value, map)) return; // it is nil
     cAttrHash &hash = map.datamap();
-    hash.mapitem(key, spec->get_default());
+    hash.mapitem(key, value);
     cAttrNode *const node = hash.find(key);
     // A clone of a container would share its parts, and reading one object would change the
     // default.
-    if (node) cat::detach(node->valref(), spec->get_default()->is_container());
+    if (node) cat::detach(node->valref(), value->is_container());
 }
 
 bool obeys(cAttspec const &spec, objref const &value) {
@@ -90,9 +98,12 @@ bool cTomAttrset::create(cObj &obj) {
     if (!map) return false;
     objref const keep = objref::share(&obj);
     obj.setflags(asf_all);
-    if (cRef<cMapObj> const specs = specs_of(&obj.type()))
-        for (auto const &[key, value] : pairs_of(specs->datamap()))
+    if (cRef<cMapObj> const specs = specs_of(&obj.type())) {
+        pairs const declared = pairs_of(specs->datamap());
+        cat::merge_charge(declared.size());
+        for (auto const &[key, value] : declared)
             if (specref const spec = as_spec(value)) declare(*map, key, spec);
+    }
     obj.setflags(of_const_keys);
     return true;
 }
@@ -119,7 +130,8 @@ bool cTomAttrset::m_assign(cObj &obj, objref &arg) {
     if (!validate(*source)) return report("VALIDATE ERROR in method 'assign'"); // 2
     bool all = true;
     for (auto const &[key, value] : pairs_of(static_cast<cMapObj &>(*source).datamap())) { // 3
-        if (cObj::is_void(value) || !cat::merge_allows(obj, key, value)) continue;
+        if (cObj::is_void(value)) continue;
+        if (cat::may_hold_values(*value) && !cat::merge_allows(obj, key, value)) continue;
         all &= map->datamap().copyitem(key, value, true);
     }
     return all || report("ERROR in method 'assign'"); // 4

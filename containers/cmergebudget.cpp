@@ -45,6 +45,8 @@ bool cat::merge_allows(cObj &holder, objref const &key, objref const &value) {
     return !cycle;
 }
 
-bool cat::merge_charge() noexcept { return !installed || installed->charge(1); }
+bool cat::merge_charge(std::uint64_t units) noexcept {
+    return !installed || installed->charge(units);
+}
 
 bool cat::merge_exhausted() noexcept { return installed && installed->exhausted(); }

@@ -8,9 +8,11 @@
 // copying of attribute sets) charges it and asks allows() first. Without a budget nothing is
 // counted and nothing refused.
 //
-// Charged: each key pair of a source, each value appended, each value that the cycle test walks.
-// A merge whose own pairs can't be paid for is left out as a whole. Once the limit is passed on the
-// way, every later step is left out, so a merge ends where it stands.
+// Charged: each key pair of a source, each value appended, each value that the cycle test walks,
+// and what an attribute set gets from its declaration, which costs no text: each attribute, and
+// each part of a container that is a default. A merge whose own pairs can't be paid for is left out
+// as a whole. Once the limit is passed on the way, every later step is left out, so a merge ends
+// where it stands.
 //
 // The installed one is found through a plain pointer; the innermost counts. No QRV_API: this is
 // between the reader and the containers.
@@ -62,8 +64,8 @@ class cMergeBudgetUse {
 // false beyond the limit, silently, and for a value that is the holder or owns it, after
 // left_out().
 bool merge_allows(cObj &holder, objref const &key, objref const &value);
-// One step that stores nothing by itself. True without a budget, false beyond the limit.
-bool merge_charge() noexcept;
+// Steps that store nothing by themselves. True without a budget, false beyond the limit.
+bool merge_charge(std::uint64_t units = 1) noexcept;
 // True when a budget is installed and used up.
 bool merge_exhausted() noexcept;
 // Does value hold `other` anywhere below? As is_owner_of; null and void values don't. Charges.

@@ -113,16 +113,16 @@ void cAttrScan::fire() {
     fire_from(*err_, prefix_);
 }
 
-void cAttrScan::fire(cErr const &error) {
-    forget_about();
-    fire_from(error, 0);
-}
+void cAttrScan::fire(cErr const &error) { fire_from(error, 0); }
 
 // The copy leaves the stream free for errors that arise while slots run.
 void cAttrScan::fire_from(cErr const &error, size_t prefix) {
     cErr copy(error);
     cat::ReadReport *const report = cat::ReadReport::current();
-    if (!report) return sig()(copy); // RE-ENTERS, may throw
+    if (!report) {
+        forget_about();
+        return sig()(copy); // RE-ENTERS, may throw
+    }
     cat::ReadError entry;
     entry.file = cSubText::file_of(*this);
     entry.line = about_line_ ? about_line_ : token().outer_line;
@@ -131,6 +131,7 @@ void cAttrScan::fire_from(cErr const &error, size_t prefix) {
         entry.end_line = token().outer_line;
         entry.end_column = token().outer_column + 1;
     }
+    forget_about();
     entry.path = text_state().shown_path(true);
     entry.code = copy.code();
     std::string const text = copy.as_string();

@@ -11,6 +11,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/text/cattrscan.h"
+#include "qrv/text/creadreport.h"
 #include "qrv/text/cwriter.h"
 #include "text/creader_session.h"
 #include "text/ctext_state.h"
@@ -32,12 +33,38 @@ std::istream *in_of(objref const &stream) {
     return holder ? holder->valptr() : nullptr;
 }
 
-// An error of a value whose text was in order.
-bool report(std::istream &is, std::string const &text) {
-    cAttrScan scan(is, false);
-    scan.fire(cErr(0x40000000U, text));
-    return false;
-}
+// What a `read` method has to say of its value as a whole is said where the value begins.
+class cValueReport {
+  public:
+    explicit cValueReport(std::istream &is)
+        : scan_(is, false), reading_(scan_), place_(cReadSession::current()->value_place()) {
+        cReadSession::current()->refresh_limit();
+    }
+    cValueReport(cValueReport const &) = delete;
+    cValueReport &operator=(cValueReport const &) = delete;
+    ~cValueReport() = default;
+
+    bool fail(std::string const &text) {
+        scan_.about(place_.line, place_.column);
+        scan_.fire(cErr(cErr::bad_code, text));
+        return false;
+    }
+
+    // What was made may be larger than the text that is read could ask for.
+    bool too_much() {
+        if (!cat::merge_exhausted()) return false;
+        std::string const path = text_state().shown_path(cat::ReadReport::current() != nullptr);
+        scan_.errs(cAttrScan::asrSyntax) << "Too much merged, path : " << path;
+        scan_.about(place_.line, place_.column);
+        scan_.fire();
+        return true;
+    }
+
+  private:
+    cAttrScan scan_;
+    cReading reading_;
+    cReadSession::cPlace place_;
+};
 
 // DELIBERATE: plain text has nothing between a default and what follows, and nothing for #IMPLIED.
 // Pinned: a_default_is_written_without_a_separator, an_implied_one_without_type_is_an_empty_text
@@ -48,7 +75,7 @@ void write_default(std::ostream &os, objref const &value) {
     if (exact_text()) os << "; ";
 }
 
-bool read_type(cMapObj &entries, cAttspec &spec, std::istream &is) {
+bool read_type(cMapObj &entries, cAttspec &spec, cValueReport &report) {
     objref const value = entries.getattr(own_key(std::string("type")));
     if (cObj::is_kill(value)) {
         spec.set_type(nullptr);
@@ -56,7 +83,7 @@ bool read_type(cMapObj &entries, cAttspec &spec, std::istream &is) {
     }
     objref const found = cat::type_of_key(value);
     auto *const type = dynamic_cast<cTypeObj *>(found.get());
-    if (cObj::is_bad(found) || !type) return report(is, "Wrong type-entry in attspec");
+    if (cObj::is_bad(found) || !type) return report.fail("Wrong type-entry in attspec");
     spec.set_type(type);
     return true;
 }
@@ -94,10 +121,11 @@ bool cTomAttspec::m_read(cObj &obj, objref &stream) {
     std::istream *const is = in_of(stream);
     if (!spec || !is) return false;
     objref const keep = objref::share(&obj);
+    cValueReport report(*is);
     objref value;
     if (cat::scan_container(*is, value, true) != 0 || !cObj::is_map(value)) return false;
     auto &entries = static_cast<cMapObj &>(*value);
-    if (!read_type(entries, *spec, *is)) return false;                                   // 1
+    if (!read_type(entries, *spec, report)) return false;                                // 1
     read_default(entries, *spec);                                                        // 2
     int const flags = cat::flags_of_word(entries.getattr(own_key(std::string("flag")))); // 3
     if (flags) spec->set_flags(flags);
@@ -134,10 +162,11 @@ bool cTomAttrset::m_read(cObj &obj, objref &stream) {
     std::istream *const is = in_of(stream);
     if (!is) return false;
     objref const keep = objref::share(&obj);
+    cValueReport report(*is);
     cRef<cMapObj> const read = make<cMapObj>(&obj.type(), true);        // 1
     if (read->datamap_ref()->read_hash(*is, nullptr) < 1) return false; // 2
     if (!validate(*read))                                               // 3
-        return report(*is, "Validate error in read of type: " + obj.type().name());
+        return report.fail("Validate error in read of type: " + obj.type().name());
     obj.assign(*read); // 4
-    return true;
+    return !report.too_much();
 }

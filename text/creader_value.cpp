@@ -369,7 +369,8 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
         else
             inner.sig().connect(scan_.sig());
         cTypedNesting const nesting;
-        good = value_->read(is); // RUNS FOREIGN CODE
+        cReadSession::current()->value_place(first_); // what `read` has to say of the whole
+        good = value_->read(is);                      // RUNS FOREIGN CODE
     }
     if (good) return 0;
     if (text_state().reading_key())
