@@ -8,7 +8,7 @@
 
 namespace {
 
-class SpecificationEdge : public QrvTest {};
+class SpecificationMethodsEdge : public QrvTest {};
 
 class SpecificationMethods : public QrvTest {
   protected:
@@ -34,7 +34,7 @@ std::string const begin = "0x40020000 Setattr in object type 'attspec', key ";
 
 } // namespace
 
-TEST_F(SpecificationEdge, fixed_without_a_default_is_refused) {
+TEST_F(SpecificationMethodsEdge, fixed_without_a_default_is_refused) {
     cErrorLog errors;
     cAttspec spec(asf_required, nullptr);
     EXPECT_FALSE(spec.setattr(own_key(std::string("flag")), word("FIXED")));
@@ -42,7 +42,7 @@ TEST_F(SpecificationEdge, fixed_without_a_default_is_refused) {
     EXPECT_EQ(spec.flags_of(asf_all), 8);
 }
 
-TEST_F(SpecificationEdge, a_default_before_its_type_fixes_the_type) {
+TEST_F(SpecificationMethodsEdge, a_default_before_its_type_fixes_the_type) {
     cErrorLog errors;
     cAttspec spec(asf_required, nullptr);
     EXPECT_TRUE(spec.setattr(own_key(std::string("default")), cat::of(1)));
