@@ -1,0 +1,24 @@
+// A module. The static object in an inline function is what g++ would pin it in memory by.
+#include "qrv/diagnostics/ccout.h"
+#include "qrv/modules/cmodule.h"
+
+namespace {
+struct Guest {
+    Guest() { cprintf("module: hello\n"); }
+    Guest(Guest const &) = delete;
+    Guest &operator=(Guest const &) = delete;
+    ~Guest() { cprintf("module: bye\n"); }
+};
+} // namespace
+
+struct Host {
+    static int &visits() {
+        static int count = 0;
+        return count;
+    }
+};
+
+extern "C" QRV_API void quorvantaSetup() {
+    static Guest guest;
+    cprintf("module: visit %d\n", ++Host::visits());
+}
