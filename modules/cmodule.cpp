@@ -10,12 +10,26 @@
 #include "platform/cloader.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 constinit bool list_ended = false;
 
 cRepositoryList *module_entries() { return cRepoImpl::get(typeid(cModule)); }
+
+// The system is closing a file.
+class cClosing {
+  public:
+    cClosing() noexcept { ++depth; }
+    cClosing(cClosing const &) = delete;
+    cClosing &operator=(cClosing const &) = delete;
+    ~cClosing() { --depth; }
+    static bool in_progress() noexcept { return depth > 0; }
+
+  private:
+    static constinit inline int depth = 0;
+};
 
 bool holds(std::vector<cModule *> const &modules, cModule const *module) {
     return std::find(modules.begin(), modules.end(), module) != modules.end();
@@ -67,14 +81,25 @@ bool cModule::unload(cModule *module) {
 
 // `modules` are all that stand for the file. RUNS FOREIGN CODE
 void cModule::free_file(void *library, std::vector<cModule *> const &modules) {
-    cEntryGroup left_behind;
-    for (cModule *const module : modules) module->detach(left_behind);
-    auto &loaded = cat::loaded_modules.modules;
+    auto left_behind = std::make_unique<cEntryGroup>();
+    for (cModule *const module : modules) module->detach(*left_behind);
+    cModuleList &list = cat::loaded_modules;
+    list.freed.push_back({cat::library_path(library), std::move(left_behind)});
     auto const stays = [&modules](cModule const *m) { return !holds(modules, m); };
-    auto const from = std::stable_partition(loaded.begin(), loaded.end(), stays);
-    for (auto made = from; made != loaded.end(); ++made) (*made)->withdraw();
-    loaded.erase(from, loaded.end()); // these are gone, if nobody shares them
-    if (cat::close_library(library)) left_behind.forget_things();
+    auto const from = std::stable_partition(list.modules.begin(), list.modules.end(), stays);
+    for (auto made = from; made != list.modules.end(); ++made) (*made)->withdraw();
+    list.modules.erase(from, list.modules.end()); // these are gone, if nobody shares them
+    {
+        cClosing const closing;
+        cat::close_library(library); // a file that goes may free others
+    }
+    if (!cClosing::in_progress()) list.forget_freed();
+}
+
+// The files that are not in memory any more; those that are keep what they entered.
+void cModuleList::forget_freed() {
+    for (cFreed const &file : std::exchange(freed, {}))
+        if (!file.path.empty() && !cat::is_loaded(file.path)) file.left_behind->forget_things();
 }
 
 // From here on it is as one that was built in: what is asked while its file goes finds nothing to

@@ -20,7 +20,16 @@ class cModuleList {
 
     static bool ended() noexcept; // the process ends: nothing is loaded or unloaded any more
 
+    void forget_freed();
+
+    // What a file left in the repository, until it is known whether it has really gone.
+    struct cFreed {
+        std::string path;
+        std::unique_ptr<cEntryGroup> left_behind;
+    };
+
     std::vector<cRef<cModule>> modules;
+    std::vector<cFreed> freed;
     std::unique_ptr<std::string> last_error; // null: none
 };
 

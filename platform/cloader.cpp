@@ -75,6 +75,10 @@ std::string cat::module_base_name(std::string const &name) {
 // DELIBERATE: the name is taken as it is, so one that has the suffix is looked for with it twice.
 // Pinned: a_name_with_the_suffix_is_looked_for_with_it_twice
 void *cat::open_module(std::string const &name, std::string &failures) {
+    if (name.size() >= PATH_MAX) {
+        failures = "A name of " + std::to_string(name.size()) + " characters is too long";
+        return nullptr;
+    }
     std::size_t const directories = is_absolute(name) ? 1 : module_directories.size();
     std::size_t const suffixes = has_suffix(name) ? 1 : module_suffixes.size();
     std::string words;
@@ -94,11 +98,15 @@ cat::module_function cat::function_in(void *library, char const *name) {
     return reinterpret_cast<module_function>(address);
 }
 
-bool cat::close_library(void *library) {
+std::string cat::library_path(void *library) {
     link_map const *const map = map_of(library);
-    std::string const path = map ? map->l_name : "";
-    os.dlclose(library); // RUNS FOREIGN CODE
-    void *const still = path.empty() ? nullptr : os.dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-    if (still) os.dlclose(still);
-    return !still;
+    return map ? map->l_name : "";
+}
+
+void cat::close_library(void *library) { os.dlclose(library); } // RUNS FOREIGN CODE
+
+bool cat::is_loaded(std::string const &path) {
+    void *const library = os.dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (library) os.dlclose(library);
+    return library != nullptr;
 }

@@ -24,9 +24,13 @@ void *open_module(std::string const &name, std::string &failures);
 using module_function = void (*)();
 module_function function_in(void *library, char const *name);
 
-// Takes one load back. False if the file stays in memory, as another load or the system holds it.
-// RUNS FOREIGN CODE: static destructors of the file.
-bool close_library(void *library);
+// Takes one load back. RUNS FOREIGN CODE: static destructors of the file. If it is called by such
+// a destructor itself, its own come later, when the outer call ends.
+void close_library(void *library);
+
+// The file's path as the system knows it, empty if it can't tell; and is that file in memory?
+std::string library_path(void *library);
+bool is_loaded(std::string const &path);
 
 using module_filter = bool (*)(std::string const &name);
 module_filter the_module_filter() noexcept; // null when none is set

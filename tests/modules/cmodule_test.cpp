@@ -2,11 +2,19 @@
 
 #include "qrv/modules/cmodule.h"
 
+#include "qrv/core/cobjd.h"
 #include "tests/modules/loading.h"
+#include "tests/modules/shared/cross.h"
+
+#include <type_traits>
 
 namespace {
 
+namespace fs = std::filesystem;
+
 class Module : public Loading {};
+class ModuleEdge : public Loading {};
+class ModuleFailure : public Loading {};
 
 TEST_F(Module, a_file_is_loaded_set_up_and_unloaded) {
     put("plain");
@@ -19,6 +27,7 @@ TEST_F(Module, a_file_is_loaded_set_up_and_unloaded) {
     EXPECT_EQ(module->comment(), "");
     EXPECT_EQ(module->id(), 0u);
     EXPECT_NE(module->handle(), nullptr);
+    EXPECT_EQ(cModule::handle(module), module->handle());
     EXPECT_EQ(module->usage(), 0);
     EXPECT_TRUE(module->canunload());
     EXPECT_EQ(number("plain thing"), 7);
@@ -29,19 +38,768 @@ TEST_F(Module, a_file_is_loaded_set_up_and_unloaded) {
     EXPECT_FALSE(is_mapped("./plain.so"));
 }
 
-TEST_F(Module, a_file_with_a_module_object_of_its_own) {
+TEST_F(Module, is_loaded_again_after_it_was_unloaded) {
+    put("plain");
+    put("own_module");
+    for (int i = 0; i < 3; ++i)
+        for (char const *name : {"plain", "own_module"}) {
+            cModule *const module = cModule::load(name);
+            ASSERT_NE(module, nullptr) << cModule::last_error();
+            EXPECT_EQ(events(), std::string(name) + " is set up; ");
+            EXPECT_TRUE(module->unload());
+            EXPECT_EQ(events(), std::string(name) + " goes; ");
+            EXPECT_FALSE(is_mapped("./" + std::string(name) + ".so"));
+        }
+}
+
+TEST_F(Module, a_module_is_entered_under_its_name) {
+    put("plain");
+    cModule *const module = cModule::load("plain");
+    cRepositoryEntry *const entry = cRepoImpl::find(modules(), "plain");
+    EXPECT_EQ(cRepoImpl::ptr(entry), module);
+    EXPECT_EQ(cRepoImpl::module(entry), module);
+    EXPECT_TRUE(cRepoImpl::type(entry) == typeid(cModule));
+    EXPECT_TRUE(cRepoImpl::derivedtype(entry) == typeid(cModule));
+    EXPECT_TRUE(module->unload());
+    EXPECT_EQ(cRepoImpl::find(modules(), "plain"), nullptr);
+}
+
+TEST_F(Module, a_file_without_a_set_up_is_loaded_all_the_same) {
+    put("bare");
+    cModule *const module = cModule::load("bare");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(module_of("bare thing"), module);
+    EXPECT_TRUE(module->unload());
+    EXPECT_EQ(events(), "bare goes; ");
+}
+
+TEST_F(Module, the_set_up_of_a_file_that_is_only_needed_is_not_called) {
+    put("needs_plain");
+    cModule *const module = cModule::load("needs_plain");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(events(), "");
+    EXPECT_EQ(number("needing thing"), 5);
+    EXPECT_EQ(thing("plain thing"), nullptr);
+    EXPECT_TRUE(module->unload());
+    EXPECT_EQ(events(), "plain goes; ");
+}
+
+TEST_F(Module, the_first_of_two_module_objects_of_a_file_is_the_result) {
+    put("two_modules");
+    cModule *const first = cModule::load("two_modules");
+    ASSERT_NE(first, nullptr) << cModule::last_error();
+    EXPECT_EQ(first->name(), "the first");
+    auto *const second =
+        static_cast<cModule *>(cRepoImpl::ptr(cRepoImpl::find(modules(), "the second")));
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(second->basename(), "two_modules");
+    EXPECT_EQ(second->handle(), first->handle());
+    EXPECT_EQ(cRepoImpl::module(cRepoImpl::find(modules(), "the second")), first);
+    {
+        cModuleUse const use(second); // keeps the file, whichever is unloaded
+        EXPECT_FALSE(first->unload());
+        EXPECT_FALSE(second->unload());
+    }
+    EXPECT_TRUE(second->unload());
+    EXPECT_FALSE(is_mapped("./two_modules.so"));
+}
+
+TEST_F(Module, entries_that_went_during_the_load_are_forgotten) {
+    put("releases");
+    cModule *const module = cModule::load("releases");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(module->name(), "releases");
+    EXPECT_EQ(names(things()), "stays;");
+    EXPECT_EQ(module_of("stays"), module);
+    EXPECT_TRUE(module->unload());
+}
+
+TEST_F(Module, entries_left_behind_belong_to_nobody_and_point_to_nothing) {
+    put("leaves");
+    cModule *const module = cModule::load("leaves");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(module->name(), "left module");
+    EXPECT_EQ(number("left"), 10);
+    cRepositoryEntry *const left = thing("left");
+    cRepositoryEntry *const own = thing("own");
+    EXPECT_EQ(cRepoImpl::module(left), module);
+    EXPECT_TRUE(module->unload());
+    EXPECT_FALSE(is_mapped("./leaves.so"));
+    EXPECT_EQ(events(), "left module; leaves goes; ");
+
+    EXPECT_EQ(thing("left"), left);
+    EXPECT_EQ(cRepoImpl::module(left), &cGetMainModule());
+    EXPECT_EQ(cRepoImpl::ptr(left), nullptr);
+    EXPECT_EQ(cRepoImpl::comment(left), "a comment");
+    EXPECT_TRUE(cRepoImpl::derivedtype(left) == typeid(void));
+    EXPECT_TRUE(cRepoImpl::type(own) == typeid(void));
+    EXPECT_EQ(cRepoImpl::find(modules(), "left module"), nullptr); // so it can be loaded again
+    EXPECT_EQ(module->handle(), nullptr);
+    EXPECT_FALSE(module->canunload());
+    EXPECT_FALSE(module->unload());
+    cRepoImpl::release(left);
+    cRepoImpl::release(own);
+    delete module; // the file left it on the heap
+}
+
+TEST_F(Module, a_copy_of_an_entry_follows_its_module) {
+    put("plain");
+    cRepositoryList copy;
+    cModule *const module = cModule::load("plain");
+    copy = *things();
+    cRepositoryEntry *const entry = cRepoImpl::begin(&copy);
+    EXPECT_EQ(cRepoImpl::module(entry), module);
+    EXPECT_TRUE(module->unload());
+    EXPECT_EQ(copy.count(), 1u);
+    EXPECT_EQ(cRepoImpl::module(entry), &cGetMainModule());
+    EXPECT_EQ(cRepoImpl::ptr(entry), nullptr);
+}
+
+TEST_F(Module, a_file_that_stays_in_memory_keeps_its_entries) {
+    put("own_module");
+    void *const held = ::dlopen("./own_module.so", RTLD_NOW); // static code runs here
+    ASSERT_NE(held, nullptr) << ::dlerror();
+    EXPECT_EQ(module_of("own thing"), &cGetMainModule());
+    cModule *const own =
+        static_cast<cModule *>(cRepoImpl::ptr(cRepoImpl::find(modules(), "a name of its own")));
+    EXPECT_EQ(own->basename(), "");
+    cModule *const module = cModule::load("own_module"); // nothing was entered now: a new one
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_NE(module, own);
+    EXPECT_EQ(events(), "own_module is set up; wrong base name; ");
+    EXPECT_TRUE(module->unload());
+    EXPECT_TRUE(is_mapped("./own_module.so"));
+    EXPECT_EQ(number("own thing"), 8);
+    ::dlclose(held);
+    EXPECT_EQ(events(), "own_module goes; ");
+}
+
+TEST_F(Module, a_module_object_in_a_file_that_stays_becomes_built_in) {
+    put("own_module");
+    cModule *const module = cModule::load("own_module");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    void *const held = ::dlopen("./own_module.so", RTLD_NOW);
+    EXPECT_TRUE(module->unload());
+    EXPECT_EQ(events(), "own_module is set up; ");
+    EXPECT_EQ(number("own thing"), 8);
+    EXPECT_EQ(module_of("own thing"), &cGetMainModule());
+    EXPECT_EQ(module->handle(), nullptr);
+    EXPECT_FALSE(module->unload());
+    EXPECT_EQ(cModule::load("own_module"), module);
+    EXPECT_FALSE(module->unload());
+    ::dlclose(held);
+    EXPECT_FALSE(is_mapped("./own_module.so"));
+    EXPECT_EQ(events(), "own_module goes; ");
+}
+
+TEST_F(Module, two_names_of_one_file_are_one_module) {
+    put("plain");
+    fs::create_symlink("plain.so", "alias.so");
+    cModule *const module = cModule::load("plain");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(cModule::load("alias"), module);
+    EXPECT_EQ(events(), "plain is set up; ");
+    EXPECT_FALSE(module->unload());
+    EXPECT_TRUE(module->unload());
+    EXPECT_FALSE(is_mapped("./plain.so"));
+}
+
+TEST_F(Module, a_shared_module_outlives_its_file) {
+    put("plain");
+    auto const shared = cRef<cModule>::share(cModule::load("plain"));
+    EXPECT_TRUE(shared->unload());
+    EXPECT_FALSE(is_mapped("./plain.so"));
+    EXPECT_EQ(shared->name(), "plain");
+    EXPECT_EQ(shared->handle(), nullptr);
+    EXPECT_FALSE(shared->canunload());
+    EXPECT_FALSE(shared->unload());
+    cModule *const again = cModule::load("plain");
+    EXPECT_NE(again, shared.get());
+    EXPECT_TRUE(again->unload());
+}
+
+TEST_F(Module, unload_is_answered_for_a_module_that_is_gone) {
+    put("plain");
+    cModule *const module = cModule::load("plain");
+    EXPECT_TRUE(cModule::unload(module));
+    EXPECT_FALSE(cModule::unload(module));
+    EXPECT_FALSE(cModule::unload(nullptr));
+}
+
+TEST_F(Module, a_module_unloads_another_when_it_goes) {
+    put("unloads_other");
+    put("leaves");
+    cModule *const module = cModule::load("unloads_other");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    cModule *const other = module_of("left");
+    EXPECT_EQ(other->basename(), "leaves");
+    EXPECT_TRUE(module->unload());
+    // The system waits with the inner one till the outer one is done; what it left is found then.
+    EXPECT_EQ(events(), "left module; other unloaded; itself not unloaded; leaves goes; ");
+    EXPECT_FALSE(is_mapped("./leaves.so"));
+    EXPECT_FALSE(is_mapped("./unloads_other.so"));
+    for (char const *name : {"left", "own"}) {
+        EXPECT_EQ(cRepoImpl::ptr(thing(name)), nullptr);
+        EXPECT_EQ(module_of(name), &cGetMainModule());
+        cRepoImpl::release(thing(name));
+    }
+    delete other;
+}
+
+// --- loads in loads ---
+
+TEST_F(Module, a_load_in_static_code_keeps_entries_apart) {
+    put("nested_static");
+    put("plain");
+    cModule *const outer = cModule::load("nested_static");
+    ASSERT_NE(outer, nullptr) << cModule::last_error();
+    EXPECT_EQ(names(things()), "before;plain thing;after;");
+    EXPECT_EQ(module_of("before"), outer);
+    EXPECT_EQ(module_of("after"), outer);
+    cModule *const inner = module_of("plain thing");
+    EXPECT_EQ(inner->name(), "plain");
+    EXPECT_TRUE(outer->unload());
+    EXPECT_EQ(number("plain thing"), 7);
+    EXPECT_TRUE(inner->unload());
+}
+
+TEST_F(Module, one_that_loads_itself_gets_null) {
+    put("loads_itself");
+    cModule *const module = cModule::load("loads_itself");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(cModule::last_error(), "");
+    EXPECT_EQ(events(), "not in static code; Module 'loads_itself' is just being loaded; ");
+    EXPECT_TRUE(module->unload()); // counted once
+    EXPECT_FALSE(is_mapped("./loads_itself.so"));
+}
+
+TEST_F(Module, one_that_loads_itself_under_another_name_gets_null) {
+    put("loads_alias");
+    fs::create_symlink("loads_alias.so", "alias.so");
+    cModule *const module = cModule::load("loads_alias");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(events(), "Module 'alias' is just being loaded; ");
+    EXPECT_EQ(cModule::load("alias"), module);
+    EXPECT_FALSE(module->unload());
+    EXPECT_TRUE(module->unload());
+    EXPECT_FALSE(is_mapped("./loads_alias.so"));
+}
+
+TEST_F(Module, two_that_load_each_other_come_once) {
+    put("mutual_a");
+    put("mutual_b");
+    cModule *const a = cModule::load("mutual_a");
+    ASSERT_NE(a, nullptr) << cModule::last_error();
+    EXPECT_EQ(events(), "a begins; b begins; b has no a; a has b; ");
+    cModule *const b = module_of("thing b");
+    EXPECT_EQ(b->name(), "mutual_b");
+    EXPECT_EQ(module_of("thing a"), a);
+    EXPECT_TRUE(a->unload());
+    EXPECT_TRUE(b->unload());
+    EXPECT_FALSE(is_mapped("./mutual_a.so"));
+    EXPECT_FALSE(is_mapped("./mutual_b.so"));
+}
+
+// --- what a set-up throws ---
+
+TEST_F(Module, what_a_set_up_throws_comes_through_and_ends_the_load) {
+    put("throws");
+    for (int i = 0; i < 2; ++i) {
+        try {
+            cModule::load("throws");
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (std::exception const &error) { // its type and code lie in the file
+            EXPECT_STREQ(error.what(), "set-up of throws");
+        }
+        EXPECT_EQ(cModule::last_error(), "Module 'throws' has thrown in its set-up");
+    }
+    EXPECT_TRUE(is_mapped("./throws.so"));
+    cModule const outside("outside", "", false); // no load is running
+    EXPECT_EQ(outside.basename(), "");
+    EXPECT_EQ(cRepoImpl::module(cRepoImpl::find(modules(), "outside")), &cGetMainModule());
+}
+
+TEST_F(Module, a_file_whose_set_up_threw_is_tried_again_and_stays_in_memory) {
+    static int runs = 0;
+    std::string const name = "once" + std::to_string(++runs);
+    put("throws_once", name + ".so");
+    try {
+        cModule::load(name);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (cErr const &error) {
+        EXPECT_EQ(error.code(), 0x40000007u);
+        EXPECT_EQ(error.as_string(), "not the first time");
+    }
+    cModule *const module = cModule::load(name);
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(events(), "throws_once is set up; ");
+    EXPECT_TRUE(module->unload());
+    EXPECT_TRUE(is_mapped("./" + name + ".so"));
+}
+
+TEST_F(Module, an_inner_set_up_that_throws_leaves_the_outer_load_as_it_was) {
+    put("nested_throws");
+    put("throws");
+    cModule *const module = cModule::load("nested_throws");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(cModule::last_error(), "");
+    EXPECT_EQ(events(), "set-up of throws; ");
+    EXPECT_EQ(module->name(), "nested_throws");
+    EXPECT_EQ(module_of("after"), module);
+    EXPECT_TRUE(module->unload());
+}
+
+// --- across the border ---
+
+TEST_F(Module, signals_errors_and_objects_pass_between_module_and_program) {
+    put("cross");
+    cModule *const module = cModule::load("cross");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    cRepositoryList *const list = cRepoImpl::get(typeid(Cross));
+    auto *const cross = static_cast<Cross *>(cRepoImpl::ptr(cRepoImpl::find(list, "cross")));
+    ASSERT_NE(cross, nullptr);
+
+    static std::string heard;
+    heard.clear();
+    cFunctionSlot1<char const *, void (*)(char const *)> const slot(
+        [](char const *text) { heard += text; });
+    cross->signal.connect(slot);
+    cross->fire();
+    EXPECT_EQ(heard, "from the module");
+
+    cSignal1<int &> const own;
+    cross->listen(own);
+    int number = 9;
+    own(number);
+    EXPECT_EQ(number, 10);
+    try {
+        own(number);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (cErr const &error) {
+        EXPECT_EQ(error.code(), 0x40000008u);
+        EXPECT_EQ(error.as_string(), "too many");
+    }
+    try {
+        cross->fail();
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (cException const &error) {
+        EXPECT_NE(dynamic_cast<cErr const *>(&error), nullptr);
+    }
+    objref const value = cross->value();
+    EXPECT_EQ(cat::as_text(value), "2.50000");
+    EXPECT_NE(dynamic_cast<cObjD<double> const *>(value.get()), nullptr);
+
+    EXPECT_TRUE(module->unload()); // the module's slot and signal go with it
+    EXPECT_FALSE(own.isconnected());
+    EXPECT_FALSE(slot.isconnected());
+    own(number);
+    EXPECT_EQ(number, 11);
+}
+
+// --- objects ---
+
+TEST_F(Module, one_that_the_program_makes_is_built_in) {
+    cModule module("mine", "a comment", false);
+    EXPECT_EQ(module.name(), "mine");
+    EXPECT_EQ(module.comment(), "a comment");
+    EXPECT_EQ(module.basename(), "");
+    EXPECT_EQ(module.handle(), nullptr);
+    EXPECT_EQ(module.id(), 0u);
+    EXPECT_EQ(module.usage(), 0);
+    cRepositoryEntry *const entry = cRepoImpl::find(modules(), "mine");
+    EXPECT_EQ(cRepoImpl::ptr(entry), &module);
+    EXPECT_EQ(cRepoImpl::comment(entry), "a comment");
+    EXPECT_EQ(cModule::load("mine"), &module); // handed out uncounted
+    EXPECT_EQ(cModule::load("folder/mine.SO"), &module);
+    EXPECT_FALSE(module.unload());
+}
+
+TEST_F(Module, the_main_module) {
+    cModule &main = cGetMainModule();
+    EXPECT_EQ(main.name(), "quorvanta");
+    EXPECT_EQ(main.comment(), "quorvanta main module");
+    EXPECT_EQ(main.basename(), "");
+    EXPECT_EQ(main.usage(), 0);
+    EXPECT_EQ(main.handle(), nullptr);
+    EXPECT_EQ(cRepoImpl::ptr(cRepoImpl::find(modules(), "quorvanta")), &main);
+    EXPECT_EQ(cModule::load("quorvanta"), &main);
+}
+
+TEST_F(Module, a_name_that_is_taken_stays_with_the_first) {
+    cModule const first("mine", "first", false);
+    {
+        cModule const second("mine", "second", false);
+        EXPECT_EQ(messages(), "error: repository entry already defined:mine:type '" +
+                                  std::string(typeid(cModule).name()) +
+                                  "':comment 'second' old 'first'\n");
+    }
+    EXPECT_EQ(cRepoImpl::ptr(cRepoImpl::find(modules(), "mine")), &first);
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(Module, its_name_may_hold_a_colon) {
+    {
+        cModule const module("a:plain", "", false);
+        put("plain");
+    } // looks for nothing behind the colon
+    EXPECT_EQ(events(), "");
+    EXPECT_FALSE(is_mapped("./plain.so"));
+}
+
+TEST_F(Module, an_entry_without_a_module_is_passed_over) {
+    cRepositoryEntry *const hollow =
+        cRepoImpl::create(modules(), "plain", nullptr, typeid(cModule), typeid(cModule), "hollow");
+    put("plain");
+    cModule *const module = cModule::load("plain");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_NE(messages().find("already defined:plain:"), std::string::npos);
+    EXPECT_EQ(cModule::load("plain"), module); // known, though it could not be entered
+    EXPECT_FALSE(module->unload());
+    EXPECT_TRUE(module->unload());
+    EXPECT_FALSE(is_mapped("./plain.so"));
+    EXPECT_EQ(cRepoImpl::find(modules(), "plain"), hollow);
+    cRepoImpl::release(hollow);
+}
+
+TEST_F(Module, uses_are_counted_in_every_order) {
+    cModule module("mine", "", false);
+    {
+        cModuleUse first(module);
+        EXPECT_EQ(module.usage(), 1);
+        {
+            cModuleUse second(&module);
+            EXPECT_EQ(module.usage(), 2);
+            first.inc();
+            second.inc();
+            EXPECT_EQ(module.usage(), 4);
+            second.dec();
+        }
+        EXPECT_EQ(module.usage(), 2);
+        first.dec();
+        EXPECT_EQ(module.usage(), 1);
+    }
+    EXPECT_EQ(module.usage(), 0);
+    auto first = std::make_unique<cModuleUse>(module);
+    auto second = std::make_unique<cModuleUse>(module);
+    first.reset();
+    EXPECT_EQ(module.usage(), 1);
+    second.reset();
+    EXPECT_EQ(module.usage(), 0);
+}
+
+TEST_F(Module, a_use_of_null_is_none) {
+    cModuleUse use(nullptr);
+    use.inc();
+    use.dec();
+    cModule::inc_use_cnt(nullptr);
+    cModule::dec_use_cnt(nullptr);
+    EXPECT_FALSE(cModule::canunload(nullptr));
+    EXPECT_EQ(cModule::handle(nullptr), nullptr);
+}
+
+TEST_F(Module, a_use_too_few_keeps_a_module_for_good) {
+    cModule module("mine", "", false);
+    module.dec_use_cnt();
+    EXPECT_EQ(module.usage(), -1);
+    module.inc_use_cnt();
+    EXPECT_EQ(module.usage(), -1);
+}
+
+TEST_F(Module, which_copies_there_are) {
+    static_assert(!std::is_copy_constructible_v<cModule>);
+    static_assert(!std::is_copy_assignable_v<cModule>);
+    static_assert(!std::is_copy_constructible_v<cModuleUse>);
+    static_assert(!std::is_copy_assignable_v<cModuleUse>);
+    static_assert(!std::is_convertible_v<cModule *, cModuleUse>);
+}
+
+// --- edge cases ---
+
+TEST_F(ModuleEdge, loading_the_empty_name_gives_null_and_touches_nothing) {
+    auto const lists = cGetRepositories().count();
+    qrv_set_module_filter([](std::string const &) -> bool { throw 1; }); // not even asked
+    EXPECT_EQ(cModule::load(""), nullptr);
+    EXPECT_EQ(cModule::last_error(), "The name of a module is empty");
+    EXPECT_EQ(cGetRepositories().count(), lists);
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(ModuleEdge, the_second_of_two_unloads_frees_what_was_loaded_twice) {
+    put("plain");
+    cModule *const module = cModule::load("plain");
+    EXPECT_EQ(cModule::load("plain"), module);
+    EXPECT_EQ(events(), "plain is set up; ");
+    EXPECT_FALSE(module->unload());
+    EXPECT_TRUE(is_mapped("./plain.so"));
+    EXPECT_TRUE(module->unload());
+    EXPECT_FALSE(is_mapped("./plain.so"));
+    EXPECT_EQ(events(), "plain goes; ");
+}
+
+TEST_F(ModuleEdge, the_main_module_is_not_unloaded) {
+    EXPECT_FALSE(cGetMainModule().unload());
+    EXPECT_FALSE(cModule::unload(&cGetMainModule()));
+}
+
+TEST_F(ModuleEdge, a_module_in_use_is_not_unloaded_and_stays_counted) {
+    put("plain");
+    cModule *const module = cModule::load("plain");
+    EXPECT_EQ(cModule::load("plain"), module);
+    {
+        cModuleUse const use(module);
+        EXPECT_FALSE(module->canunload());
+        for (int i = 0; i < 3; ++i) EXPECT_FALSE(module->unload());
+    }
+    EXPECT_EQ(messages(), "");
+    EXPECT_TRUE(module->canunload());
+    EXPECT_FALSE(module->unload()); // both loads are still there
+    EXPECT_TRUE(module->unload());
+}
+
+TEST_F(ModuleEdge, canunload_is_false_for_a_module_that_was_not_loaded) {
+    cModule const module("mine", "", false);
+    EXPECT_EQ(module.usage(), 0);
+    EXPECT_FALSE(module.canunload());
+    EXPECT_FALSE(cModule::canunload(&module));
+    EXPECT_FALSE(cGetMainModule().canunload());
+}
+
+TEST_F(ModuleEdge, the_module_object_of_a_file_is_what_load_returns) {
     put("own_module");
     cModule *const module = cModule::load("own_module");
     ASSERT_NE(module, nullptr) << cModule::last_error();
     EXPECT_EQ(events(), "own_module is set up; ");
-    EXPECT_EQ(module->name(), "a name of its own");
+    EXPECT_EQ(cRepoImpl::ptr(cRepoImpl::find(modules(), "a name of its own")), module);
+    EXPECT_EQ(cRepoImpl::find(modules(), "own_module"), nullptr);
     EXPECT_EQ(module->comment(), "its own comment");
     EXPECT_EQ(module->basename(), "own_module");
     EXPECT_NE(module->handle(), nullptr);
     EXPECT_EQ(module_of("own thing"), module);
+    EXPECT_EQ(cModule::load("a name of its own"), module);
+    EXPECT_FALSE(module->unload());
     EXPECT_TRUE(module->unload());
     EXPECT_EQ(events(), "own_module goes; ");
     EXPECT_FALSE(is_mapped("./own_module.so"));
+}
+
+TEST_F(ModuleEdge, a_name_with_a_folder_finds_what_the_bare_name_has_loaded) {
+    put("plain");
+    cModule *const module = cModule::load("plain");
+    for (char const *name : {"sub/part", "sub/plain", "/plain", "x:plain", "\\a\\plain", "plain.so",
+                             "sub/plain.So", "a:b/plain.SO"}) {
+        cModule *const found = cModule::load(name);
+        EXPECT_EQ(found, std::string(name) == "sub/part" ? nullptr : module) << name;
+        if (found) {
+            EXPECT_FALSE(found->unload()) << name;
+        }
+    }
+    EXPECT_TRUE(module->unload());
+}
+
+TEST_F(ModuleEdge, a_module_that_loads_another_in_its_set_up_keeps_entries_apart) {
+    put("nested");
+    put("plain");
+    cModule *const outer = cModule::load("nested");
+    ASSERT_NE(outer, nullptr) << cModule::last_error();
+    EXPECT_EQ(events(), "plain is set up; nested has loaded plain; ");
+    EXPECT_EQ(outer->name(), "nested");
+    EXPECT_EQ(outer->basename(), "nested");
+    EXPECT_EQ(module_of("before"), outer);
+    EXPECT_EQ(module_of("after"), outer);
+    cModule *const inner = module_of("plain thing");
+    EXPECT_EQ(inner->name(), "plain");
+    EXPECT_EQ(inner->basename(), "plain");
+    EXPECT_NE(inner->handle(), outer->handle());
+    EXPECT_TRUE(inner->unload());
+    EXPECT_EQ(names(things()), "before;after;");
+    EXPECT_TRUE(outer->unload());
+    EXPECT_EQ(events(), "plain goes; nested goes; ");
+}
+
+TEST_F(ModuleEdge, uses_of_a_module_without_count_are_not_counted) {
+    cModule module("mine", "", true);
+    EXPECT_EQ(module.usage(), -1);
+    {
+        cModuleUse use(module);
+        use.inc();
+        EXPECT_EQ(module.usage(), -1);
+    }
+    EXPECT_EQ(module.usage(), -1);
+    EXPECT_FALSE(module.canunload());
+}
+
+TEST_F(ModuleEdge, the_usage_of_null_is_minus_one) { EXPECT_EQ(cModule::usage(nullptr), -1); }
+
+// --- files that are not there, or no modules ---
+
+TEST_F(ModuleFailure, a_missing_file_is_told_with_every_path) {
+    EXPECT_EQ(cModule::load("nowhere"), nullptr);
+    std::string const words = ": cannot open shared object file: No such file or directory";
+    std::string lines;
+    for (char const *path : {"nowhere.so", "nowhere", "./nowhere.so", "./nowhere",
+                             "modules/nowhere.so", "modules/nowhere"})
+        lines += path + words + '\n';
+    EXPECT_EQ(cModule::last_error() + '\n', lines);
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(ModuleFailure, an_absolute_name_is_tried_as_it_is) {
+    std::string const words = ": cannot open shared object file: No such file or directory";
+    for (std::string const name : {"/nowhere/at/all", "x:/nowhere"}) {
+        EXPECT_EQ(cModule::load(name), nullptr);
+        EXPECT_EQ(cModule::last_error(), name + ".so" + words + '\n' + name + words);
+    }
+}
+
+TEST_F(ModuleFailure, a_success_clears_the_last_error) {
+    put("plain");
+    EXPECT_EQ(cModule::load("nowhere"), nullptr);
+    EXPECT_NE(cModule::last_error(), "");
+    cModule *const module = cModule::load("plain");
+    EXPECT_EQ(cModule::last_error(), "");
+    EXPECT_EQ(cModule::load("nowhere"), nullptr);
+    EXPECT_EQ(cModule::load("plain"), module); // only counted
+    EXPECT_EQ(cModule::last_error(), "");
+    EXPECT_FALSE(module->unload());
+    EXPECT_TRUE(module->unload());
+}
+
+TEST_F(ModuleFailure, files_that_are_no_modules_are_passed_over) {
+    std::ofstream("bad.so") << "this is no shared object, but long enough to be looked at twice: "
+                            << std::string(100, 'x');
+    std::ofstream("./empty.so").flush();
+    fs::create_directory("folder.so");
+    fs::create_directory("folder");
+    put("missing_symbol");
+    EXPECT_EQ(cModule::load("bad"), nullptr);
+    EXPECT_NE(cModule::last_error().find("./bad.so: invalid ELF header\n"), std::string::npos)
+        << cModule::last_error();
+    EXPECT_EQ(cModule::load("empty"), nullptr);
+    EXPECT_NE(cModule::last_error().find("./empty.so: file too short\n"), std::string::npos)
+        << cModule::last_error();
+    EXPECT_EQ(cModule::load("folder"), nullptr);
+    EXPECT_NE(cModule::last_error().find("./folder.so: cannot read file data: Is a directory\n"),
+              std::string::npos)
+        << cModule::last_error();
+    EXPECT_EQ(cModule::load("missing_symbol"), nullptr);
+    EXPECT_NE(cModule::last_error().find(
+                  "./missing_symbol.so: undefined symbol: a_function_that_is_nowhere\n"),
+              std::string::npos)
+        << cModule::last_error();
+    EXPECT_EQ(names(things()), "");
+    put("plain", "modules/bad.so"); // the next path is tried
+    cModule *const module = cModule::load("bad");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(module->name(), "bad");
+    EXPECT_TRUE(module->unload());
+}
+
+TEST_F(ModuleFailure, names_that_can_be_no_path_give_null) {
+    put("plain");
+    std::string const with_zero("plain\0.so", 9);
+    EXPECT_EQ(cModule::load(with_zero), nullptr);
+    EXPECT_NE(cModule::last_error().find(": a zero byte in the name"), std::string::npos);
+    for (std::string const start : {"", "./", "/"}) {
+        EXPECT_EQ(cModule::load(start + std::string(300, 'n')), nullptr);
+        EXPECT_NE(cModule::last_error().find(".so: cannot open shared object file: File name too "
+                                             "long\n"),
+                  std::string::npos)
+            << cModule::last_error();
+    }
+    for (std::size_t const length : {10000u, 10000000u}) {
+        EXPECT_EQ(cModule::load(std::string(length, 'n')), nullptr);
+        EXPECT_EQ(cModule::last_error(),
+                  "A name of " + std::to_string(length) + " characters is too long");
+    }
+    for (char const *name : {"%s%n", "$ORIGIN", "a\nb", " ", ".", "..", ".so", "x.", "\xff\xfe"})
+        EXPECT_EQ(cModule::load(name), nullptr) << name;
+}
+
+// --- where files are looked for ---
+
+TEST_F(Module, folders_and_suffixes_are_tried_in_order) {
+    // All six places for the name sub/part, taken away one after the other. The first is the same
+    // file as the third.
+    char const *const paths[] = {"sub/part.so", "sub/part", "modules/sub/part.so",
+                                 "modules/sub/part"};
+    char const *const kinds[] = {"plain", "bare", "own_module", "releases"};
+    char const *const results[] = {"plain thing;", "bare thing;", "own thing;", "stays;"};
+    for (int i = 0; i < 4; ++i) put(kinds[i], paths[i]);
+    for (int i = 0; i < 4; ++i) {
+        cModule *const module = cModule::load("sub/part");
+        ASSERT_NE(module, nullptr) << cModule::last_error();
+        EXPECT_EQ(module->basename(), "part");
+        EXPECT_EQ(names(things()), results[i]);
+        EXPECT_TRUE(module->unload());
+        fs::remove(paths[i]);
+    }
+    EXPECT_EQ(cModule::load("sub/part"), nullptr);
+}
+
+TEST_F(Module, a_bare_name_is_looked_for_here_before_modules) {
+    put("plain", "part.so");
+    put("bare", "part");
+    put("releases", "modules/part.so");
+    for (char const *result : {"plain thing;", "bare thing;", "stays;"}) {
+        cModule *const module = cModule::load("part");
+        ASSERT_NE(module, nullptr) << cModule::last_error();
+        EXPECT_EQ(names(things()), result);
+        EXPECT_TRUE(module->unload());
+        if (!fs::remove("part.so")) fs::remove("part");
+    }
+}
+
+TEST_F(Module, an_absolute_name_is_loaded) {
+    put("plain");
+    std::string const path = fs::current_path() / "plain";
+    fs::create_directory("elsewhere");
+    fs::current_path("elsewhere");
+    cModule *const module = cModule::load(path);
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(module->name(), "plain");
+    EXPECT_TRUE(module->unload());
+    fs::current_path("..");
+}
+
+TEST_F(Module, a_name_with_the_suffix_is_looked_for_with_it_twice) {
+    put("plain");
+    EXPECT_EQ(cModule::load("plain.so"), nullptr);
+    EXPECT_EQ(cModule::load("plain.SO"), nullptr);
+    put("plain", "plain.SO.so");
+    cModule *const module = cModule::load("plain.SO");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(module->name(), "plain");
+    EXPECT_EQ(module->basename(), "plain");
+    EXPECT_TRUE(module->unload());
+}
+
+TEST_F(Module, backslashes_end_a_folder_in_the_base_name_only) {
+    put("plain", "sub\\part.so");
+    cModule *const module = cModule::load("sub\\part");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(module->name(), "part");
+    EXPECT_TRUE(module->unload());
+}
+
+TEST_F(Module, a_long_base_name_is_not_cut) {
+    std::string const name(252, 'n');
+    put("plain", name + ".so"); // the longest that a file can have
+    cModule *const module = cModule::load(name);
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(module->basename(), name);
+    EXPECT_TRUE(module->unload());
+    std::string const deep = std::string(200, 'd') + '/' + std::string(200, 'e') + '/' + name;
+    put("bare", deep + ".so");
+    cModule *const other = cModule::load(deep);
+    ASSERT_NE(other, nullptr) << cModule::last_error();
+    EXPECT_EQ(other->basename(), name);
+    EXPECT_TRUE(other->unload());
+}
+
+TEST_F(Module, a_name_without_a_base_is_the_first_built_in_module) {
+    for (char const *name : {"sub/", "x:", "\\", "sub/.so"})
+        EXPECT_EQ(cModule::load(name), &cGetMainModule()) << name;
+    EXPECT_FALSE(cGetMainModule().canunload());
 }
 
 } // namespace

@@ -1,0 +1,7 @@
+// No set-up.
+#include "tests/modules/shared/module.h"
+
+namespace {
+Mortal const mortal("bare");
+EnteredThing const thing("bare thing", 4);
+} // namespace

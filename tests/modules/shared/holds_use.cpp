@@ -1,0 +1,7 @@
+// Is in use as long as it is there.
+#include "tests/modules/shared/module.h"
+
+namespace {
+cModule own("holds_use", "", false);
+cModuleUse const use(own);
+} // namespace

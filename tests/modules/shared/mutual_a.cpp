@@ -1,0 +1,11 @@
+// Loads a module that loads this one.
+#include "tests/modules/shared/module.h"
+
+namespace {
+EnteredThing const thing("thing a");
+}
+
+QRV_SET_UP {
+    note("a begins");
+    note(cModule::load("mutual_b") ? "a has b" : "a has no b");
+}

@@ -1,0 +1,6 @@
+// No set-up of its own, but linked with a file that has one.
+#include "tests/modules/shared/module.h"
+
+namespace {
+EnteredThing const thing("needing thing", 5);
+}

@@ -1,0 +1,8 @@
+// Loads another module in its static code, by a reference to a thing of it.
+#include "tests/modules/shared/module.h"
+
+namespace {
+EnteredThing const before("before", 1);
+bool const found = cRepoImpl::find(things(), "plain thing:plain") != nullptr;
+EnteredThing const after(found ? "after" : "not found", 2);
+} // namespace

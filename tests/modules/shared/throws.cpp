@@ -1,0 +1,15 @@
+// Its set-up throws what only this file knows, with an entry on the stack.
+#include "tests/modules/shared/module.h"
+
+#include <stdexcept>
+
+namespace {
+struct OwnError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+} // namespace
+
+QRV_SET_UP {
+    EnteredThing const thing("short-lived");
+    throw OwnError("set-up of throws");
+}
