@@ -1,11 +1,16 @@
 // Cursors. The position is a link: null, the ring's anchor (the end), or a node whose memory is
 // held, so that a node deleted under a cursor can still be asked whether it is dead. Only what is
 // neither null nor the anchor is ever turned into a node.
+//
+// Following: the slot is a member of the iterator, but members can be shared, moved and kept by
+// anybody. So slot and iterator know each other by plain pointers, and whichever dies first tells
+// the other: a slot without its iterator is cut and calls nothing.
 
 #include "qrv/containers/citerobj.h"
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/signals/csignalobj.h"
 
 namespace {
 
@@ -13,6 +18,30 @@ constexpr int end_place = -1;
 constexpr int last_place = -2;
 
 } // namespace
+
+class cIterObj::cFollower final : public cObjSlot {
+  public:
+    explicit cFollower(cIterObj &it) : cObjSlot(it, &update), it_(&it) {}
+    cFollower(cFollower const &) = delete;
+    cFollower &operator=(cFollower const &) = delete;
+    ~cFollower() override {
+        if (it_) it_->follower_ = nullptr;
+    }
+    // The iterator goes, or follows by another slot.
+    void leave() {
+        it_ = nullptr;
+        function(nullptr);
+        disconnect();
+    }
+
+  private:
+    static bool update(cObj &target) {
+        static_cast<cIterObj &>(target).update(); // RE-ENTERS: *this may be gone afterwards
+        return true;
+    }
+
+    cIterObj *it_;
+};
 
 cIterObj::cIterObj(cTypeObj *type) : cObj(type) {}
 
@@ -29,15 +58,28 @@ cIterObj::cIterObj(hashref const &hash) : cIterObj(&cat::type_iterator()) {
     create();
 }
 
-cIterObj::cIterObj(cObj *source) : cIterObj(&cat::type_iterator()) {
-    if (source) {
-        cIterObj const start = source->begin();
-        take(start.link_, start.hash_);
-    }
+cIterObj::cIterObj(cObj *source, bool follow) : cIterObj(&cat::type_iterator()) {
+    objref const keep = objref::share(source);
+    if (source) take(source->begin());
     create();
+    if (source && follow) this->follow(*source, "updatefromobj");
 }
 
-cIterObj::~cIterObj() { move(nullptr); }
+cIterObj::~cIterObj() {
+    if (follower_) follower_->leave();
+    move(nullptr);
+}
+
+void cIterObj::follow(cObj &source, std::string const &member) {
+    if (follower_) std::exchange(follower_, nullptr)->leave();
+    objref const keep = objref::share(&source);
+    auto const slot = make<cFollower>(*this);
+    follower_ = slot.get();
+    set_omember(member, slot); // RE-ENTERS
+    source.force_omember("changed", cat::type_signal()); // RE-ENTERS
+    if (follower_ != slot) return; // replaced from within
+    if (cSignal const *const changed = source.changed_signal()) changed->connect(*slot);
+}
 
 cIterObj &cIterObj::operator=(cIterObj const &other) {
     take(other.link_, other.hash_);
@@ -143,9 +185,12 @@ bool cIterObj::setpos(int n) noexcept {
 }
 
 bool cIterObj::setkey(objref const &key) {
-    cAttrNode *const node = hash_ ? hash_->find(key) : nullptr;
-    if (node) move(node);
-    return node != nullptr;
+    hashref const hash = hash_;
+    objref const wanted = key; // perhaps a key of the hash itself
+    cAttrNode *const node = hash ? hash->find(wanted) : nullptr; // RUNS FOREIGN CODE
+    if (!node || hash_ != hash) return false;                    // that took another hash
+    move(node);
+    return true;
 }
 
 bool cIterObj::setkey(std::string const &key) { return setkey(make_key(key)); }

@@ -1,5 +1,4 @@
-// The standard methods of the type "iterator", and the types that will stand on it: "choice",
-// "attspec" and "attlist" have the default methods.
+// The standard methods of the type "iterator".
 
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
@@ -91,7 +90,5 @@ void setup_iterator(cTypeObj &type) {
     type.set_tmember("equal", make<cExeMember>(equal));
     type.set_tmember("size", make<cExeMember>(size));
 }
-
-void setup_choice(cTypeObj &) {}
 
 } // namespace cat

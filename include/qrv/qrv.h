@@ -9,6 +9,7 @@
 #include "qrv/containers/cattrhash.h"
 #include "qrv/containers/cattrset.h"
 #include "qrv/containers/cattspec.h"
+#include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cobjmodifier.h"

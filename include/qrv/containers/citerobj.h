@@ -4,7 +4,11 @@
 //
 // It keeps the hash alive, and the memory of its node, but not the node's place: when the node is
 // deleted the iterator is invalid at once (pos() -1, values cat::bad(), key null), and update()
-// makes it null. Null: no position. End: the ring's anchor. One thread at a time.
+// makes it null. Null: no position. End: the ring's anchor.
+//
+// An iterator made to follow runs update() whenever its source says that it has changed
+// (cObj::changed). The tie is a slot among its own members, "updatefromobj"; removing that member
+// ends it, and so does the end of either side. One thread at a time.
 
 #include "qrv/containers/cattrhash.h"
 #include "qrv/core/cobj.h"
@@ -16,7 +20,9 @@ class QRV_API cIterObj : public cObj {
     cIterObj();
     cIterObj(cIterObj const &other, bool rewind = false);
     explicit cIterObj(hashref const &hash); // shares; at the first node
-    explicit cIterObj(cObj *source);        // node and hash of source's begin()
+    // Node and hash of source's begin(); null has none. With follow the source gets a signal
+    // "changed" if it has none, and isn't kept alive. RUNS FOREIGN CODE
+    explicit cIterObj(cObj *source, bool follow = false);
     ~cIterObj() override;
 
     cIterObj &operator=(cIterObj const &other); // node and hash
@@ -54,7 +60,7 @@ class QRV_API cIterObj : public cObj {
     int pos() const noexcept; // linear; -1 if not valid
     // -1 the end position, -2 the last node, n the n-th; false, unmoved, if there is none.
     bool setpos(int n) noexcept;
-    bool setkey(objref const &key); // false, unmoved, if absent
+    bool setkey(objref const &key); // false, unmoved, if absent. RUNS FOREIGN CODE: key hooks
     bool setkey(std::string const &key);
     // False, and null from now on, if the node is no longer on the ring.
     virtual bool update();
@@ -62,13 +68,20 @@ class QRV_API cIterObj : public cObj {
   protected:
     explicit cIterObj(cTypeObj *type);
     void take(link *place, hashref const &hash);
+    void take(cIterObj const &other) { take(other.link_, other.hash_); }
     void move(link *place) noexcept;
+    // Runs update() at every `changed` of source, through a slot stored under `member`; one source
+    // at a time. RUNS FOREIGN CODE
+    void follow(cObj &source, std::string const &member);
 
   private:
+    class cFollower;
+
     bool at_node() const noexcept; // neither null nor end; perhaps dead
 
     link *link_ = nullptr; // holds the memory of a node, never that of the anchor
     hashref hash_;
+    cFollower *follower_ = nullptr; // borrowed from whoever holds the slot; it knows of us
 };
 
 namespace cTomIterator {

@@ -1,0 +1,96 @@
+// Values of choice types. What the value knows of its choices is their address and id: they belong
+// to the type, and a new container at an old address has another id. The hash that the value stands
+// in is kept alive by its base.
+//
+// Everything that asks the choices runs foreign code, which may change them again, and update this
+// very value from within. So each step afterwards looks first whether it is still wanted.
+
+#include "qrv/containers/cchoiceval.h"
+
+#include "qrv/core/cobjd.h"
+
+cChoiceVal::cChoiceVal(cTypeObj *type, bool follow)
+    : cIterObj(type ? type : &cat::type_nil()), held_(typeref::share(&this->type())) {
+    create();
+    update();
+    setpos(0);
+    if (follow) this->follow(*held_, "updatefromtype");
+}
+
+cChoiceVal::cChoiceVal(cChoiceVal const &other)
+    : cIterObj(&other.type()), held_(typeref::share(&other.type())) {
+    create();
+    update();
+    setkey(objref(other.key()));
+}
+
+cChoiceVal::cChoiceVal(std::string const &type_name, char const *key)
+    : cIterObj(&cat::find_type(type_name)), held_(typeref::share(&type())) {
+    create();
+    update();
+    if (key)
+        setkey(own_key(std::string(key)));
+    else
+        setpos(0);
+}
+
+cChoiceVal::~cChoiceVal() = default;
+
+cChoiceVal &cChoiceVal::operator=(cChoiceVal const &other) {
+    assign(other);
+    return *this;
+}
+
+cChoiceVal &cChoiceVal::operator=(cObj const &other) {
+    assign(other);
+    return *this;
+}
+
+cChoiceVal &cChoiceVal::operator=(std::string const &key) {
+    assign(cat::of(key));
+    return *this;
+}
+
+cChoiceVal &cChoiceVal::operator=(char const *key) {
+    if (key) assign(cat::of(key));
+    return *this;
+}
+
+cChoiceVal &cChoiceVal::operator=(int key) {
+    assign(cat::of(key));
+    return *this;
+}
+
+objref cChoiceVal::type_choices() const {
+    objref const choices = type().tmember(std::string("choices"));
+    return is_void(choices) ? objref() : choices;
+}
+
+bool cChoiceVal::saw(objref const &choices) const {
+    return choices.get() == seen_ && (!choices || choices->obid() == seen_id_);
+}
+
+objref cChoiceVal::choices() const {
+    objref const choices = type_choices();
+    return saw(choices) ? choices : objref();
+}
+
+void cChoiceVal::go_to(objref const &choices) {
+    objref const former = key();
+    seen_ = choices.get();
+    seen_id_ = choices ? choices->obid() : 0;
+    cIterObj const first = choices ? choices->begin() : cIterObj(); // RUNS FOREIGN CODE
+    if (!saw(choices)) return;                                      // others came from within
+    take(first);
+    if (is_good(former))
+        setkey(former); // else it stays at the first. RUNS FOREIGN CODE
+    else
+        setpos(-1);
+}
+
+bool cChoiceVal::update() {
+    objref const self = objref::share(this);
+    objref const choices = type_choices();
+    if (!saw(choices)) go_to(choices);
+    return cIterObj::update();
+} // RE-ENTERS: self
