@@ -75,9 +75,9 @@ void cIterObj::follow(cObj &source, std::string const &member) {
     objref const keep = objref::share(&source);
     auto const slot = make<cFollower>(*this);
     follower_ = slot.get();
-    set_omember(member, slot); // RE-ENTERS
+    set_omember(member, slot);                           // RE-ENTERS
     source.force_omember("changed", cat::type_signal()); // RE-ENTERS
-    if (follower_ != slot) return; // replaced from within
+    if (follower_ != slot) return;                       // replaced from within
     if (cSignal const *const changed = source.changed_signal()) changed->connect(*slot);
 }
 
@@ -186,7 +186,7 @@ bool cIterObj::setpos(int n) noexcept {
 
 bool cIterObj::setkey(objref const &key) {
     hashref const hash = hash_;
-    objref const wanted = key; // perhaps a key of the hash itself
+    objref const wanted = key;                                   // perhaps a key of the hash itself
     cAttrNode *const node = hash ? hash->find(wanted) : nullptr; // RUNS FOREIGN CODE
     if (!node || hash_ != hash) return false;                    // that took another hash
     move(node);

@@ -1,11 +1,16 @@
 // is_owner_of: does an object stand anywhere below another? The walk is iterative and visits each
 // container once, so it ends on cycles and is linear on shared parts. Values that can hold nothing
 // are passed without a call; the library's own containers are walked in their rings.
+//
+// Before text may store a value, the walk goes into all that a value keeps alive: the hash under an
+// iterator, the type of a choice value, the members of a type, the default of a specification, and
+// own members. A program gets the plain answer, what can be reached by begin().
 
 #include "containers/cmergebudget.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"
-#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cattspec.h"
+#include "qrv/containers/cchoiceval.h"
 #include "qrv/core/ctypeobj.h"
 
 #include <unordered_set>
@@ -30,10 +35,31 @@ class cOwnerWalk {
         return false;
     }
 
+    // Scalars are bare; of the rest few keep anything.
+    static bool keeps_values(cObj const &obj) {
+        if (obj.typeflags_of(tf_bare)) return false;
+        return obj.is_type() || dynamic_cast<cIterObj const *>(&obj) ||
+               dynamic_cast<cAttspec const *>(&obj);
+    }
+
   private:
     void visit(objref const &value) {
-        if (cat::may_hold_values(*value) && seen_.insert(value.get()).second)
-            held_.push_back(value);
+        bool const holds = cat::may_hold_values(*value) || (budget_ && keeps_values(*value));
+        if (holds && seen_.insert(value.get()).second) held_.push_back(value);
+    }
+
+    // What begin() doesn't show.
+    bool finds_kept(cObj &holder) {
+        if (holder.has_ommap() && finds_in_ring(holder.ommap())) return true;
+        if (auto const *const type = dynamic_cast<cTypeObj const *>(&holder))
+            return finds_in_ring(type->tmmap());
+        if (auto *const spec = dynamic_cast<cAttspec *>(&holder)) return is_it(spec->get_default());
+        auto const *const it = dynamic_cast<cIterObj const *>(&holder);
+        if (!it) return false;
+        if (dynamic_cast<cChoiceVal const *>(it) && is_it(objref::share(&it->type()))) return true;
+        auto const *const map = dynamic_cast<cMapObj const *>(&other_);
+        hashref const hash = it->hash_ref();
+        return hash && ((map && map->datamap_ref() == hash) || finds_in_ring(*hash));
     }
 
     // The value itself, or something to look into later.
@@ -47,6 +73,8 @@ class cOwnerWalk {
     bool may_go_on() { return !budget_ || budget_->charge(1); }
 
     bool finds_in(cObj &holder) {
+        if (budget_ && finds_kept(holder)) return true;
+        if (!cat::may_hold_values(holder)) return false;
         auto const iterobj = reinterpret_cast<cVoidFunction>(&cTomMap::iterobj);
         auto *const map = dynamic_cast<cMapObj *>(&holder);
         bool const plain =
@@ -87,6 +115,7 @@ bool cObj::is_owner_of(cObj const &other) {
 }
 
 bool cat::owns_charged(objref const &value, cObj const &other) {
-    if (cObj::is_void(value) || !may_hold_values(*value)) return false;
+    if (cObj::is_void(value)) return false;
+    if (!may_hold_values(*value) && !cOwnerWalk::keeps_values(*value)) return false;
     return cOwnerWalk(other, cMergeBudget::current()).finds_from(*value);
 }

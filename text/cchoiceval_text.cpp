@@ -62,6 +62,7 @@ bool cTomChoice::m_read(cObj &type, objref &stream) {
     cAttrScan scan(*is, false);
     cReading const reading(scan);
     objref choices;
-    if (cObj::readobj(*is, choices) != 0) return false; // RUNS FOREIGN CODE
-    return type.setattr(own_key(std::string("choices")), choices);
+    if (cObj::readobj(*is, choices) != 0) return false;     // RUNS FOREIGN CODE
+    type.setattr(own_key(std::string("choices")), choices); // RUNS FOREIGN CODE
+    return true;
 }

@@ -7,7 +7,10 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/signals/csignalobj.h"
 #include "tests/support/fixture.h"
+
+#include <gmock/gmock.h>
 
 namespace {
 
@@ -70,8 +73,10 @@ TEST_F(RegistryEdge, type_of_key_of_a_name_that_is_no_type) {
 }
 
 TEST_F(Registry, the_maps_hold_these_keys_in_this_order) {
-    EXPECT_EQ(keys_of(cat::typemap()), "string niltype type exe bool int float double map set "
-                                       "vector iterator choice attspec attlist ");
+    cat::type_signal(); // behind them what is made on first use, perhaps by another test
+    EXPECT_THAT(keys_of(cat::typemap()),
+                testing::StartsWith("string niltype type exe bool int float double map set "
+                                    "vector iterator choice attspec attlist cSignal "));
     EXPECT_EQ(keys_of(cat::constmap()), "nil bad badfind true false REQUIRED IMPLIED FIXED ");
     EXPECT_EQ(keys_of(cat::gmmap()),
               "type iterobj ommap getslice new wformat cpcommands flags flags_of entrytype "

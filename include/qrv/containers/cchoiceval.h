@@ -63,7 +63,7 @@ class QRV_API cChoiceVal : public cIterObj {
 // The methods that a choice type gives to its values. Objects that are no cChoiceVal answer false
 // or cat::bad().
 namespace cTomChoiceVal {
-QRV_API objref newobj(objref type);            // follows; bad if type is no type
+QRV_API objref newobj(objref type);             // follows; bad if type is no type
 QRV_API objref getattr(objref obj, objref key); // "key", "value", "pos", "choices"; else bad
 // "value" changes the entry of the choices, through the type; false for any other key, and for an
 // undefined value.
@@ -80,7 +80,7 @@ namespace cTomChoice {
 // was none. Then `changed`. False, and no signal, where the container refuses.
 // RUNS FOREIGN CODE
 QRV_API bool setattr(cObj &type, objref &key, objref &value);
-QRV_API objref getattr(objref type, objref key); // "choices", or an attribute of them
+QRV_API objref getattr(objref type, objref key);  // "choices", or an attribute of them
 QRV_API bool m_write(cObj &type, objref &stream); // the choices, "#nil" without
 QRV_API bool m_read(cObj &type, objref &stream);  // one value becomes the choices
 } // namespace cTomChoice

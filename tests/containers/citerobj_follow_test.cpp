@@ -1,0 +1,478 @@
+// Iterators that follow their source: the tie, and every order in which its parts can end.
+#include "qrv/containers/citerobj.h"
+
+#include "qrv/signals/csignalobj.h"
+#include "tests/containers/choice_support.h"
+#include "tests/containers/hash_support.h"
+#include "tests/support/fixture.h"
+
+#include <memory>
+#include <stdexcept>
+
+using namespace choice_test;
+
+namespace {
+
+using followref = cRef<cIterObj>;
+
+followref follow(mapref const &map, char const *key) {
+    auto it = make<cIterObj>(map.get(), true);
+    it->setkey(key);
+    return it;
+}
+
+objref slot_of(cIterObj const &it) { return it.omember("updatefromobj"); }
+
+// Tells its updates, and does something in them.
+class cTold : public cIterObj {
+  public:
+    cTold(objref const &source, std::string &story, char name)
+        : cIterObj(&cat::type_iterator()), story_(story), name_(name) {
+        take(source->begin());
+        follow(*source, "updatefromobj");
+    }
+    cTold(cTold const &) = delete;
+    cTold &operator=(cTold const &) = delete;
+    ~cTold() override = default;
+
+    bool update() override {
+        story_ += name_;
+        std::function<void()> const now = action; // may take *this away
+        std::string &story = story_;
+        objref const keep = objref::share(this);
+        if (now) now();
+        bool const result = cIterObj::update();
+        story += result ? "+ " : "- ";
+        return result;
+    }
+    void follow_too(cObj &source, char const *member) { follow(source, member); }
+
+    std::function<void()> action;
+
+  private:
+    std::string &story_;
+    char name_;
+};
+
+using toldref = cRef<cTold>;
+
+// Nothing of an emission may be left when a test is over.
+class Follow : public QrvTest {
+  protected:
+    ~Follow() override {
+        EXPECT_EQ(cConnection::lock_count(), 0);
+        EXPECT_EQ(cConnection::queue_length(), 0u);
+        EXPECT_EQ(cConnection::broken_queue_rule(), "");
+    }
+    toldref told(objref const &source, char name) { return make<cTold>(source, story, name); }
+
+    std::string story;
+};
+
+} // namespace
+
+// --- the tie
+
+TEST_F(Follow, a_follower_learns_of_a_deletion_when_the_source_tells) {
+    mapref const map = map_of({"a", "b"});
+    followref const it = follow(map, "b"), other = follow(map, "a");
+    map->datamap().delitem("b");
+    EXPECT_EQ(place(*it), "undefined") << "invalid at once, but not told yet";
+    map->changed();
+    EXPECT_EQ(place(*it), "lost");
+    EXPECT_EQ(place(*other), "a");
+    EXPECT_EQ(it->hash(), &map->datamap());
+}
+
+TEST_F(Follow, a_follower_at_the_end_is_lost_by_an_update) {
+    mapref const map = map_of({"a"});
+    followref const it = follow(map, "a");
+    it->setpos(-1);
+    map->changed();
+    EXPECT_EQ(place(*it), "lost");
+    map->changed();
+    EXPECT_EQ(place(*it), "lost");
+}
+
+TEST_F(Follow, an_iterator_that_does_not_follow_ties_nothing) {
+    mapref const map = map_of({"a"});
+    cIterObj const plain(map.get()), said(map.get(), false);
+    EXPECT_FALSE(plain.has_ommap());
+    EXPECT_FALSE(said.has_ommap());
+    EXPECT_FALSE(map->has_ommap());
+    EXPECT_EQ(place(said), "a");
+}
+
+TEST_F(Follow, the_source_gets_a_signal_and_all_followers_share_it) {
+    mapref const map = map_of({"a"});
+    EXPECT_EQ(map->changed_signal(), nullptr);
+    followref const one = follow(map, "a");
+    cSignal const *const signal = map->changed_signal();
+    ASSERT_TRUE(signal);
+    followref const two = follow(map, "a");
+    EXPECT_EQ(map->changed_signal(), signal);
+    EXPECT_EQ(&slot_of(*one)->type(), &cat::type_slot1());
+    EXPECT_TRUE(slot_of(*one) != slot_of(*two));
+}
+
+TEST_F(Follow, a_member_changed_of_another_type_gives_way) {
+    mapref const map = map_of({"a"});
+    map->set_omember("changed", cat::of("text"));
+    followref const it = follow(map, "a");
+    EXPECT_EQ(&map->omember("changed")->type(), &cat::type_signal());
+    map->datamap().delitem("a");
+    map->changed();
+    EXPECT_EQ(place(*it), "lost");
+}
+
+TEST_F(Follow, null_and_what_has_no_cursor_can_be_followed) {
+    cIterObj const none(nullptr, true);
+    EXPECT_FALSE(none.has_ommap());
+    EXPECT_EQ(none.hash(), nullptr);
+    objref const number = cat::of(1);
+    cIterObj const it(number.get(), true);
+    EXPECT_EQ(it.hash(), nullptr);
+    EXPECT_TRUE(slot_of(it) != cat::badfind());
+    number->changed();
+    EXPECT_EQ(place(it), "lost");
+}
+
+TEST_F(Follow, an_iterator_can_follow_another_and_itself) {
+    mapref const map = map_of({"a"});
+    auto const source = make<cIterObj>(map.get());
+    {
+        cIterObj const it(source.get(), true);
+        EXPECT_EQ(it.hash(), nullptr);
+        source->changed();
+    }
+    toldref const self = told(map, 'x');
+    self->follow_too(*self, "updatefromobj");
+    self->changed();
+    EXPECT_EQ(story, "x+ ");
+    map->changed();
+    EXPECT_EQ(story, "x+ ");
+}
+
+TEST_F(Follow, the_update_that_runs_is_that_of_the_subclass) {
+    mapref const map = map_of({"a"});
+    toldref const a = told(map, 'a'), b = told(map, 'b');
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ ");
+    map->datamap().clear();
+    EXPECT_EQ(story, "a+ b+ ");
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ a- b- ");
+}
+
+TEST_F(Follow, taking_the_slot_away_ends_it) {
+    mapref const map = map_of({"a"});
+    toldref const it = told(map, 'a');
+    it->set_omember("updatefromobj", cat::badfind());
+    map->changed();
+    EXPECT_EQ(story, "");
+    EXPECT_TRUE(map->changed_signal());
+}
+
+TEST_F(Follow, a_slot_that_somebody_kept_goes_on_until_the_follower_dies) {
+    mapref const map = map_of({"a"});
+    toldref it = told(map, 'a');
+    objref const kept = slot_of(*it);
+    it->set_omember("updatefromobj", nullptr);
+    map->changed();
+    EXPECT_EQ(story, "a+ ");
+    it = nullptr;
+    map->changed();
+    EXPECT_EQ(story, "a+ ");
+}
+
+TEST_F(Follow, a_second_source_takes_the_place_of_the_first) {
+    mapref const one = map_of({"a"}), two = map_of({"b"});
+    toldref it = told(one, 'x');
+    objref const kept = slot_of(*it);
+    it->follow_too(*two, "other");
+    one->changed();
+    EXPECT_EQ(story, "");
+    two->changed();
+    EXPECT_EQ(story, "x+ ");
+    it = nullptr;
+    one->changed();
+    two->changed();
+    EXPECT_EQ(story, "x+ ");
+}
+
+TEST_F(Follow, copies_do_not_follow) {
+    mapref const map = map_of({"a"});
+    followref const it = follow(map, "a");
+    cIterObj const copy(*it);
+    cIterObj assigned;
+    assigned = *it;
+    map->datamap().delitem("a");
+    map->changed();
+    EXPECT_EQ(place(*it), "lost");
+    EXPECT_EQ(place(copy), "undefined");
+    EXPECT_EQ(place(assigned), "undefined");
+    EXPECT_FALSE(copy.has_ommap());
+}
+
+TEST_F(Follow, a_follower_in_an_attribute_is_no_owner_of_its_source) {
+    mapref const map = map_of({"a", "b"}), holder = make<cMapObj>();
+    holder->setattr(text("at"), follow(map, "b"));
+    map->datamap().delitem("b");
+    map->changed();
+    EXPECT_EQ(holder->getattr(text("at"))->getattr(text("key")), nullptr);
+    holder->setattr(text("at"), cat::badfind());
+    map->changed();
+    EXPECT_FALSE(map->is_owner_of(*map));
+}
+
+// --- ends outside of emissions
+
+TEST_F(Follow, the_source_dies_first) {
+    mapref map = map_of({"a", "b"});
+    followref const it = follow(map, "b");
+    map = nullptr;
+    EXPECT_EQ(place(*it), "b");
+    EXPECT_EQ(it->size(), 2);
+    EXPECT_TRUE(it->update());
+    EXPECT_TRUE(slot_of(*it) != cat::badfind());
+}
+
+TEST_F(Follow, the_follower_dies_first) {
+    mapref const map = map_of({"a"});
+    for (int i = 0; i < 3; ++i) {
+        followref const it = follow(map, "a");
+        map->changed();
+    }
+    map->changed();
+    EXPECT_EQ(map->changed_signal()->begin(), map->changed_signal()->end());
+}
+
+TEST_F(Follow, the_signal_goes_and_comes_again) {
+    mapref const map = map_of({"a"});
+    toldref const it = told(map, 'a');
+    map->set_omember("changed", cat::badfind());
+    map->changed();
+    map->force_changed_signal();
+    map->changed();
+    EXPECT_EQ(story, "") << "a new signal knows no follower";
+}
+
+TEST_F(Follow, the_members_of_the_source_are_replaced) {
+    mapref map = map_of({"a"});
+    toldref const it = told(map, 'a');
+    hashref const old = map->ommap_ref();
+    map->ommap(make<cAttrHash>(nullptr));
+    map->changed();
+    EXPECT_EQ(story, "");
+    map->ommap(old); // replacing fires the new one
+    EXPECT_EQ(story, "a+ ");
+    map = nullptr;
+}
+
+TEST_F(Follow, members_that_outlive_the_follower_hold_a_dead_slot) {
+    mapref const map = map_of({"a"}), members = make<cMapObj>();
+    toldref it = told(map, 'a');
+    hashref const shared = it->ommap_ref();
+    it = nullptr;
+    objref const slot = shared->getitem("updatefromobj");
+    ASSERT_TRUE(slot != cat::badfind());
+    map->changed();
+    auto *const dead = dynamic_cast<cObjSlot *>(slot.get());
+    ASSERT_TRUE(dead);
+    map->changed_signal()->connect(*dead);
+    map->changed();
+    EXPECT_EQ(story, "");
+    EXPECT_EQ(dead->function(), nullptr);
+}
+
+TEST_F(Follow, members_taken_over_by_another_follower) {
+    mapref const map = map_of({"a"});
+    toldref a = told(map, 'a'), b = told(map, 'b');
+    b->ommap(a->ommap_ref()); // b's own slot dies, a's stands in both
+    map->changed();
+    EXPECT_EQ(story, "a+ ");
+    a = nullptr;
+    map->changed();
+    EXPECT_EQ(story, "a+ ");
+}
+
+// A member of the dying follower makes the source tell while the follower is half gone.
+TEST_F(Follow, a_change_told_while_the_follower_dies) {
+    mapref const map = map_of({"a"});
+    toldref it = told(map, 'a');
+    it->set_omember("will", make<cLastWill>([&] { map->changed(); }));
+    it = nullptr;
+    EXPECT_EQ(story, "");
+}
+
+TEST_F(Follow, a_change_told_while_the_source_dies) {
+    mapref map = map_of({"a"});
+    toldref const it = told(map, 'a');
+    cMapObj *const dying = map.get();
+    map->set_omember("will", make<cLastWill>([dying] { dying->changed(); }));
+    map = nullptr;
+    EXPECT_TRUE(story.empty() || story == "a+ ") << story;
+    EXPECT_EQ(place(*it), "a");
+}
+
+// --- ends inside of emissions
+
+TEST_F(Follow, a_follower_dies_in_its_own_update) {
+    mapref const map = map_of({"a"});
+    toldref a = told(map, 'a'), b = told(map, 'b'), c = told(map, 'c');
+    b->action = [&] { b = nullptr; };
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ c+ ");
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ c+ a+ c+ ");
+}
+
+TEST_F(Follow, a_follower_kills_those_before_and_behind_it) {
+    mapref const map = map_of({"a"});
+    toldref a = told(map, 'a'), b = told(map, 'b'), c = told(map, 'c'), d = told(map, 'd');
+    b->action = [&] { a = c = nullptr; };
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ d+ ");
+    b->action = nullptr;
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ d+ b+ d+ ");
+}
+
+TEST_F(Follow, all_followers_die_in_the_last_update) {
+    mapref const map = map_of({"a"});
+    toldref a = told(map, 'a'), b = told(map, 'b');
+    b->action = [&] { a = b = nullptr; };
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ ");
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ ");
+}
+
+TEST_F(Follow, the_source_dies_in_an_update) {
+    mapref map = map_of({"a"});
+    toldref const a = told(map, 'a'), b = told(map, 'b');
+    a->action = [&] { map = nullptr; };
+    map->changed();
+    EXPECT_EQ(story, "a+ ") << "a dead signal calls none of the later ones";
+    EXPECT_EQ(place(*b), "a");
+}
+
+TEST_F(Follow, source_and_followers_die_in_an_update) {
+    mapref map = map_of({"a"});
+    toldref a = told(map, 'a'), b = told(map, 'b');
+    a->action = [&] {
+        map = nullptr;
+        a = b = nullptr;
+    };
+    map->changed();
+    EXPECT_EQ(story, "a+ ");
+    story.clear();
+    map = map_of({"a"});
+    a = told(map, 'a'), b = told(map, 'b');
+    b->action = [&] {
+        a = b = nullptr;
+        map = nullptr;
+    };
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ ");
+}
+
+TEST_F(Follow, the_signal_is_replaced_in_an_update) {
+    mapref const map = map_of({"a"});
+    toldref const a = told(map, 'a'), b = told(map, 'b');
+    a->action = [&] {
+        a->action = nullptr;
+        map->set_omember("changed", make<cSignalObj>());
+    };
+    map->changed();
+    EXPECT_EQ(story, "a+ ");
+    map->changed();
+    EXPECT_EQ(story, "a+ ");
+}
+
+TEST_F(Follow, the_slot_is_taken_away_in_its_own_call) {
+    mapref const map = map_of({"a"});
+    toldref const a = told(map, 'a'), b = told(map, 'b');
+    a->action = [&] { a->set_omember("updatefromobj", nullptr); };
+    map->changed();
+    map->changed();
+    EXPECT_EQ(story, "a+ b+ b+ ");
+}
+
+TEST_F(Follow, a_follower_changes_the_source_in_its_update) {
+    mapref const map = map_of({"a", "b", "c"});
+    toldref const a = told(map, 'a'), b = told(map, 'b');
+    b->setkey("c");
+    a->action = [&] {
+        map->datamap().delitem("c");
+        for (int i = 0; i < 200; ++i) map->setattr(own_key(i), cat::of(i)); // grows the table
+    };
+    map->changed();
+    EXPECT_EQ(story, "a+ b- ");
+    EXPECT_EQ(place(*a), "a");
+    EXPECT_EQ(place(*b), "lost");
+    a->action = [&] { map->clear(); };
+    map->changed();
+    EXPECT_EQ(story, "a+ b- a- b- ");
+    EXPECT_EQ(a->size(), 0);
+}
+
+TEST_F(Follow, a_follower_tells_again_in_its_update) {
+    mapref const map = map_of({"a"});
+    toldref const a = told(map, 'a'), b = told(map, 'b');
+    int left = 2;
+    a->action = [&] {
+        if (left-- > 0) map->changed();
+    };
+    map->changed();
+    EXPECT_EQ(story, "aaa+ b+ + b+ + b+ ");
+}
+
+TEST_F(Follow, a_new_follower_joins_in_an_update) {
+    mapref const map = map_of({"a"});
+    toldref const a = told(map, 'a');
+    toldref joined;
+    a->action = [&] {
+        if (!joined) joined = told(map, 'n');
+    };
+    map->changed();
+    EXPECT_EQ(story, "a+ n+ ");
+    map->changed();
+    EXPECT_EQ(story, "a+ n+ a+ n+ ");
+}
+
+TEST_F(Follow, an_exception_in_an_update_goes_through) {
+    mapref const map = map_of({"a"});
+    toldref const a = told(map, 'a'), b = told(map, 'b');
+    a->action = [] { throw std::runtime_error("no"); };
+    EXPECT_THROW(map->changed(), std::runtime_error);
+    EXPECT_EQ(story, "a");
+    a->action = nullptr;
+    map->changed();
+    EXPECT_EQ(story, "aa+ b+ ");
+}
+
+TEST_F(Follow, an_exception_while_the_iterator_is_made_leaves_nothing) {
+    auto const map = make<cActingMap>(*map_of({"a"}));
+    map->action = [] { throw std::runtime_error("no"); };
+    EXPECT_THROW(cIterObj const it(map.get(), true), std::runtime_error);
+    EXPECT_EQ(map->changed_signal(), nullptr);
+    cIterObj const it(map.get(), true);
+    EXPECT_EQ(place(it), "a");
+}
+
+TEST_F(Follow, an_exception_of_the_follower_s_own_signal_leaves_no_tie) {
+    struct cThrowing : cIterObj {
+        explicit cThrowing(cObj &source) : cIterObj(&cat::type_iterator()) {
+            cAction const act([] { throw std::runtime_error("no"); }, &force_changed_signal());
+            follow(source, "updatefromobj"); // storing the slot fires the own signal
+        }
+        cThrowing(cThrowing const &) = delete;
+        cThrowing &operator=(cThrowing const &) = delete;
+        ~cThrowing() override = default;
+    };
+    mapref const map = map_of({"a"});
+    EXPECT_THROW(objref const it = make<cThrowing>(*map), std::runtime_error);
+    map->changed();
+    EXPECT_EQ(map->changed_signal(), nullptr);
+}
