@@ -7,6 +7,7 @@
 
 #include "qrv/containers/cchoiceval.h"
 
+#include "containers/cmergebudget.h"
 #include "qrv/core/cobjd.h"
 
 cChoiceVal::cChoiceVal(cTypeObj *type, bool follow)
@@ -77,6 +78,7 @@ objref cChoiceVal::choices() const {
 
 void cChoiceVal::go_to(objref const &choices) {
     objref const former = key();
+    cat::merge_charge(); // a text can declare a type again for each of its values
     seen_ = choices.get();
     seen_id_ = choices ? choices->obid() : 0;
     cIterObj const first = choices ? choices->begin() : cIterObj(); // RUNS FOREIGN CODE

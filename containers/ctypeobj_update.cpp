@@ -1,6 +1,10 @@
 // What a type takes over when a type of its name is declared again: a choice type the other's
 // choices, an attribute set's type the other's specifications. Both tell it by `changed`.
+//
+// While text is read, all this is paid for, the comparing as well, and a declaration that holds the
+// type it is for is left out.
 
+#include "containers/cmergebudget.h"
 #include "qrv/containers/cattrset.h"
 #include "qrv/core/ctypes.h"
 
@@ -21,8 +25,10 @@ bool cTypeObj::update_from(cTypeObj const &other) {
     if (!member || this == &other) return true;
     objref declared = other.tmember(member);
     objref const present = tmember(member);
-    if (cObj::is_bad(declared) || (cObj::is_good(present) && present->equal(declared))) return true;
+    if (cObj::is_bad(declared) || present == declared) return true;
     objref const keep = objref::share(this);
+    if (!cat::merge_allows(*this, own_key(std::string(member)), declared)) return true;
+    if (cObj::is_good(present) && present->equal(declared)) return true; // RUNS FOREIGN CODE
     if (&type() == &cat::typetype_attlist())
         cTomAttlist::m_assign(*this, declared);
     else

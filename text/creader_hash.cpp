@@ -156,12 +156,16 @@ void cHashReader::register_type(cEntry &entry) {
         entry.value->is_type() ? dynamic_cast<cTypeObj *>(entry.value.get()) : nullptr;
     if (!type) return;
     type->set_name(cat::as_string(entry.key));
+    cReadSession *const session = cReadSession::current();
+    session->refresh_limit();
+    bool const again = &cat::find_type(type->name()) != &cat::type_nil();
     bool done = false;
     try {
         done = cat::set_type(*type, false);
     } catch (cErr const &error) {
         if (error.code() != 1) throw; // 1: the name of a type that can't be redefined
     }
+    if (done && again && session->exhausted()) report_too_much();
     if (done) return;
     fail("Type name from input is registered with another type-type!", {}, cAttrScan::asrType);
     entry.result = cAttrScan::asrType;

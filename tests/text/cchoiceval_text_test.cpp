@@ -237,6 +237,11 @@ TEST_F(ChoiceDeclared, no_text_makes_a_type_or_a_value_hold_itself) {
         // two types, each among the choices of the other
         "{ m={a=1}; C=choice(#cRef(/m)); D=choice({q=#cRef(/C)}); v=D(q); m={r=#cRef(/D)}; }",
         "{ m={a=1}; C=choice(#cRef(/m)); D=choice({q=C(a)}); v=D(q); m={r=#cRef(/v)}; }",
+        // by a specification
+        "{ m={a=1}; C=choice(#cRef(/m)); s=attspec(default=#cRef(/C)); m={r=#cRef(/s)}; }",
+        "{ m={a=1}; s=attspec(default=#cRef(/m)); m={r=#cRef(/s)}; }",
+        "{ m={a=1}; C=attlist(x=attspec(default=#cRef(/m))); m={r=#cRef(/C)}; }",
+        "{ m={a=1}; C=attlist(x=attspec(default=#cRef(/m))); v=C(); m={r=#cRef(/v)}; }",
     };
     for (char const *source : texts) {
         cErrorLog errors;
@@ -251,4 +256,26 @@ TEST_F(ChoiceDeclared, no_text_makes_a_type_or_a_value_hold_itself) {
         errors.clear();
         EXPECT_EQ(cObjBase::ob_count(), census) << source;
     }
+}
+
+TEST_F(ChoiceDeclared, declaring_a_type_again_and_again_is_paid_for) {
+    cErrorLog errors;
+    std::string values = "{ m={a=1;b=2}; n={b=1;a=2}; C=choice({a=0}); ", declarations;
+    for (int i = 0; i < 3000; ++i) values += "v" + std::to_string(i) + "=C(a); ";
+    for (int i = 0; i < 1500; ++i) declarations += "C=choice(#cRef(/m)); C=choice(#cRef(/n)); ";
+    Reading const r(values + declarations + "}");
+    EXPECT_NE(r.log.find("Too much merged, path : /C"), std::string::npos);
+    EXPECT_EQ(place_at(r, "v0") + place_at(r, "v2999"), "aa");
+}
+
+TEST_F(ChoiceDeclared, comparing_large_choices_again_and_again_is_paid_for) {
+    cErrorLog errors;
+    std::string map = "{";
+    for (int i = 0; i < 20000; ++i) map += "k" + std::to_string(i) + "=1; ";
+    map += "}; ";
+    std::string source = "{ m=" + map + "n=" + map + "C=choice(#cRef(/m)); ";
+    for (int i = 0; i < 3000; ++i) source += "C=choice(#cRef(/n)); ";
+    Reading const r(source + "}");
+    EXPECT_NE(r.log.find("Too much merged, path : /C"), std::string::npos);
+    EXPECT_TRUE(cat::find_type("C").tmember("choices") == r.at("m"));
 }
