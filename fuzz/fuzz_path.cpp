@@ -1,0 +1,114 @@
+// Reading and writing by paths against made-up texts, on a small tree. What must hold for every
+// text:
+//   - no crash, no finding of the sanitizers; exceptions only where the handler throws;
+//   - afterwards reader and writer are idle, and no counted object is left;
+//   - getattrp of a path at which one value was stored gives that value;
+//   - the tree can be written, and where nothing had to be left out, it reads back without an error
+//     and is written the same again. (A set can come to hold equal values when one of them is
+//     assigned to, and loses them then; so a tree with sets is written once more.)
+// The first byte chooses the form, force, the value, and whether errors are thrown.
+#include "fuzz/fuzz_support.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cerr.h"
+
+#include <cstddef>
+
+namespace {
+
+enum cChoice : unsigned { one_value = 1, force = 2, throws = 4, container = 8, from_vector = 16 };
+
+char const *const map_text =
+    "{ a = {b = 1; c = {d = text; e = 2.5}}; v = [1; {x = 1}; [2; 3]]; s = <1; two; {y = 1}>; "
+    "0 = zero; -1 = minus; 'x y' = 4; n = #nil; t = true }";
+char const *const vector_text = "[ {a = 1; b = [1]}; [1; 2; 3]; <4; 5>; 6; seven ]";
+
+bool holds_set(objref const &value) {
+    auto const *const map = dynamic_cast<cMapObj const *>(value.get());
+    if (!map) return false;
+    if (cObj::is_set(value)) return true;
+    cAttrHash const &hash = map->datamap();
+    for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
+        if (holds_set(node->valref())) return true;
+    return false;
+}
+
+bool set_value(cObj &tree, std::string const &text, unsigned choice) {
+    objref const value =
+        (choice & container) ? fuzz::read_text("{p = 1; q = [2]}", false).value : cat::of(5);
+    bool const stored = tree.setattrp(text, value, (choice & force) != 0);
+    bool const is_path = text.find_first_of("=+<&;,") == std::string::npos;
+    if (stored && is_path && !(choice & throws) && !cObj::is_good(tree.getattrp(text)))
+        fuzz::stop("a value was stored and is not there", text, "");
+    return stored;
+}
+
+void change(cObj &tree, std::string const &text, unsigned choice) {
+    if (choice & one_value)
+        set_value(tree, text, choice);
+    else
+        tree.setattrp(text, (choice & force) != 0);
+    objref const value = tree.getattrp(text);
+    if (!value) fuzz::stop("reading by a path gives null", text, "");
+}
+
+// Errors are thrown, and silent, as long as it lives.
+class cThrowing {
+  public:
+    cThrowing() : before_(cat::errhandler()) {
+        cat::errhandler() = cErrHandler(0xFFFFFFFF, 0, 0xFFFFFFFF);
+    }
+    cThrowing(cThrowing const &) = delete;
+    cThrowing &operator=(cThrowing const &) = delete;
+    ~cThrowing() { cat::errhandler() = before_; }
+
+  private:
+    cErrHandler before_;
+};
+
+void change_guarded(cObj &tree, std::string const &text, unsigned choice) {
+    if (choice & throws) {
+        cThrowing const throwing;
+        try {
+            change(tree, text, choice);
+        } catch (cErr const &) { // as asked for
+        }
+        return;
+    }
+    // An error of an operation on one value is raised past the report; it isn't to be printed.
+    cErrHandler const before = cat::errhandler();
+    cat::errhandler().silent_mask(0xFFFFFFFF);
+    cat::errhandler().throw_mask(0);
+    {
+        cat::ReadReport report;
+        change(tree, text, choice);
+    }
+    cat::errhandler() = before;
+}
+
+void check_tree(objref const &tree) {
+    unsigned int failed = 0;
+    std::string const first = fuzz::write_text(tree, failed);
+    if (failed != 0) return;
+    fuzz::cReadText const again = fuzz::read_text(first, false);
+    if (!again.clean) fuzz::stop("what was written does not read back", "", first);
+    std::string const second = fuzz::write_text(again.value, failed);
+    if (first == second) return;
+    if (!holds_set(tree)) fuzz::stop("written differently the second time", first, second);
+    fuzz::cReadText const third = fuzz::read_text(second, false);
+    if (!third.clean) fuzz::stop("what was written again does not read back", first, second);
+    std::string const last = fuzz::write_text(third.value, failed);
+    if (second != last) fuzz::stop("written differently the third time", second, last);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size) {
+    if (size == 0) return 0;
+    fuzz::cInput const input;
+    unsigned const choice = *data;
+    objref const tree = fuzz::read_text(choice & from_vector ? vector_text : map_text, false).value;
+    change_guarded(*tree, std::string(reinterpret_cast<char const *>(data) + 1, size - 1), choice);
+    check_tree(tree);
+    return 0;
+}

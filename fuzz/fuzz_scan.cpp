@@ -1,0 +1,166 @@
+// The scanner against made-up texts. What must hold for every text:
+//   - with white space and comments as tokens, the tokens' texts put together are the text, but for
+//     a block comment that is open at its end;
+//   - each token's line, column and position are those of its first byte, counted here, and the
+//     running counters are those of the byte behind it;
+//   - without white space and comments the same tokens come without those, also when the stream
+//     gives its characters in pieces or each by itself;
+//   - a token pushed back comes again; after going back to a token of the first line the rest does;
+//   - a token's text is the same token by itself, if the text is short;
+//   - tokens from tkInt to tkIdent make an object of their kind, or none.
+// The first byte chooses the size of the pieces and the token to go back to.
+#include "fuzz/fuzz_support.h"
+#include "tests/text/scan_support.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace {
+
+using cTokens = std::vector<cAttrLiteral>;
+
+bool is_filler(cAttrLiteral const &token) {
+    return token.code == tkSpace || token.code == tkComment;
+}
+
+bool same(cAttrLiteral const &a, cAttrLiteral const &b) {
+    return a.code == b.code && a.text == b.text && a.line == b.line && a.column == b.column &&
+           a.position == b.position && a.outer_line == b.outer_line &&
+           a.outer_column == b.outer_column;
+}
+
+std::string shown(cTokens const &tokens) {
+    std::string all;
+    for (cAttrLiteral const &token : tokens)
+        all += test::place(token) + " " + test::shown(token) + "\n";
+    return all;
+}
+
+void expect_same(char const *what, cTokens const &a, cTokens const &b) {
+    bool equal = a.size() == b.size();
+    for (std::size_t i = 0; equal && i < a.size(); ++i) equal = same(a[i], b[i]);
+    if (!equal) fuzz::stop(what, shown(a), shown(b));
+}
+
+// A byte of 0 is a token with the code of the end, but has a text.
+bool next(test::Scan const &scan, cAttrLiteral &token) {
+    return scan.gettoken(token) != tkEof || !token.text.empty();
+}
+
+// The place of the next byte, counted by the rules for places.
+struct cCount {
+    void pass(std::string const &text) {
+        for (char const c : text) {
+            offset++;
+            if (c == '\n')
+                line++, column = 0;
+            else
+                column++, position++;
+        }
+    }
+    std::size_t offset = 0;
+    unsigned line = 1;
+    unsigned column = 0;
+    unsigned position = 0;
+};
+
+cTokens all_tokens(std::string const &text) {
+    std::istringstream in(text);
+    test::Scan scan(in);
+    scan.return_all(true);
+    cTokens tokens;
+    cCount count;
+    for (cAttrLiteral token; next(scan, token);) {
+        if (text.compare(count.offset, token.text.size(), token.text) != 0 || token.text.empty())
+            fuzz::stop("a token that is not in the text", text, shown({token}));
+        if (token.line != count.line || token.column != count.column ||
+            token.position != count.position || token.outer_line != count.line ||
+            token.outer_column != count.column)
+            fuzz::stop("a token at a wrong place", text, shown({token}));
+        count.pass(token.text);
+        if (scan.lineno() != count.line || scan.column() != count.column ||
+            scan.position() != count.position)
+            fuzz::stop("wrong counters behind a token", text, shown({token}));
+        tokens.push_back(token);
+    }
+    std::string const rest = text.substr(count.offset);
+    std::size_t const begin = rest.find_first_not_of(" \t\r\n");
+    bool const open_comment = begin != std::string::npos && rest.compare(begin, 2, "/*") == 0 &&
+                              rest.find("*/", begin + 2) == std::string::npos;
+    if (!rest.empty() && !open_comment) fuzz::stop("a text that came in no token", text, rest);
+    return tokens;
+}
+
+// Positions count from the start, also in a stream that can't tell its place.
+cTokens bare_tokens(std::istream &in, unsigned push_back_each) {
+    test::Scan scan(in);
+    unsigned const start = scan.position();
+    cTokens tokens;
+    for (cAttrLiteral token; next(scan, token); tokens.push_back(token)) {
+        if (push_back_each == 0 || tokens.size() % push_back_each != 0) continue;
+        cAttrLiteral again;
+        scan.ungettoken();
+        if (!next(scan, again) || !same(again, token))
+            fuzz::stop("another token after pushing back", shown({token}), shown({again}));
+    }
+    for (cAttrLiteral &token : tokens) token.position -= start;
+    return tokens;
+}
+
+// From a token before the first line end; behind one, going back is known to miss.
+void go_back(std::string const &text, cTokens const &bare, std::size_t to) {
+    if (to >= bare.size() || bare[to].line != 1) return;
+    std::istringstream in(text);
+    test::Scan scan(in);
+    cAttrLiteral token;
+    while (next(scan, token)) continue;
+    scan.resettoken(bare[to]);
+    cTokens rest;
+    while (next(scan, token)) rest.push_back(token);
+    expect_same("other tokens after going back",
+                cTokens(bare.begin() + static_cast<std::ptrdiff_t>(to), bare.end()), rest);
+}
+
+void check_alone(cAttrLiteral const &token) {
+    std::istringstream in(token.text);
+    test::Scan scan(in);
+    scan.return_all(true);
+    cAttrLiteral alone;
+    if (!next(scan, alone) || alone.code != token.code || alone.text != token.text)
+        fuzz::stop("another token by itself", shown({token}), shown({alone}));
+}
+
+void check_value(cAttrLiteral const &token) {
+    objref value;
+    bool const made = cat::read_stdtype(token.code, token.text.c_str(), value);
+    if (made && (!value || token.code < tkInt || token.code > tkIdent))
+        fuzz::stop("a value from what is none", shown({token}), "");
+    bool const is_text = token.code == tkString || token.code == tkIdent;
+    if (is_text && (!made || &value->type() != &cat::type_string()))
+        fuzz::stop("no string", shown({token}), "");
+}
+
+void scan_text(std::string const &text, unsigned choice) {
+    cTokens const all = all_tokens(text);
+    cTokens bare;
+    for (cAttrLiteral const &token : all)
+        if (!is_filler(token)) bare.push_back(token);
+    std::istringstream whole(text);
+    expect_same("other tokens without white space", bare, bare_tokens(whole, choice % 4));
+    test::PieceBuf pieces(text, choice % 8);
+    std::istream in(&pieces);
+    expect_same("other tokens from pieces", bare, bare_tokens(in, 0));
+    go_back(text, bare, choice / 8);
+    for (cAttrLiteral const &token : bare) check_value(token);
+    if (text.size() > 200) return;
+    for (cAttrLiteral const &token : all) check_alone(token);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size) {
+    if (size == 0) return 0;
+    fuzz::cInput const input;
+    scan_text(std::string(reinterpret_cast<char const *>(data) + 1, size - 1), *data);
+    return 0;
+}

@@ -1,0 +1,83 @@
+#pragma once
+// What the fuzz targets share: reading and writing with everything that is told kept off the
+// message route, and what must hold after every input: reader and writer are idle, no lexer lives,
+// and no counted object is left.
+
+#include "qrv/core/cobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/signals/csignal.h"
+#include "qrv/text/cattrscan.h"
+#include "qrv/text/cexacttext.h"
+#include "qrv/text/creadreport.h"
+#include "text/ctext_state.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <locale>
+#include <sstream>
+#include <string>
+
+namespace fuzz {
+
+[[noreturn]] inline void stop(char const *what, std::string const &first,
+                              std::string const &second) {
+    std::fprintf(stderr, "%s\n---- first\n%s\n---- second\n%s\n", what, first.c_str(),
+                 second.c_str());
+    std::abort();
+}
+
+// Around the work on one input. The core is made by the first.
+class cInput {
+  public:
+    cInput() : census_(census()) {}
+    cInput(cInput const &) = delete;
+    cInput &operator=(cInput const &) = delete;
+    ~cInput() {
+        if (!text_state().idle() || cat::is_reading())
+            stop("the reader's state is not idle", "", text_state().path());
+        if (cAttrLexer::living() != 0) stop("a lexer lives on", "", "");
+        reset_text_state();
+        if (cObjBase::ob_count() != census_) stop("counted objects are left", "", "");
+    }
+
+  private:
+    static std::uint32_t census() {
+        static bool const ready = [] {
+            core_bootstrap();
+            sig_idle();
+            return true;
+        }();
+        return ready ? cObjBase::ob_count() : 0;
+    }
+    std::uint32_t census_;
+};
+
+struct cReadText {
+    objref value;
+    bool clean = false; // without any error
+};
+
+inline cReadText read_text(std::string const &text, bool comments) {
+    cReadText reading;
+    cat::ReadReport report;
+    std::istringstream is(text);
+    is.imbue(std::locale::classic());
+    cAttrScan scan(is, false);
+    scan.return_com(comments, nullptr);
+    reading.clean = scan.scan_obj(reading.value, nullptr) == 0 && report.empty();
+    return reading;
+}
+
+// The exact text, and how many values had to be left out.
+inline std::string write_text(objref const &value, unsigned int &failed) {
+    cat::ReadReport report; // keeps what is told about them off the message route
+    cat::ExactText const exact;
+    std::ostringstream os;
+    os.imbue(std::locale::classic());
+    value->writeobj(os);
+    failed = exact.failed();
+    return os.str();
+}
+
+} // namespace fuzz
