@@ -9,12 +9,14 @@
 #include "qrv/text/cattrscan.h"
 #include "qrv/text/cexacttext.h"
 #include "qrv/text/creadreport.h"
+#include "tests/support/types.h"
 #include "text/ctext_state.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <locale>
+#include <optional>
 #include <sstream>
 #include <string>
 
@@ -30,7 +32,7 @@ namespace fuzz {
 // Around the work on one input. The core is made by the first.
 class cInput {
   public:
-    cInput() : census_(census()) {}
+    cInput() : census_(census()), types_(std::in_place) {}
     cInput(cInput const &) = delete;
     cInput &operator=(cInput const &) = delete;
     ~cInput() {
@@ -38,6 +40,7 @@ class cInput {
             stop("the reader's state is not idle", "", text_state().path());
         if (cAttrLexer::living() != 0) stop("a lexer lives on", "", "");
         reset_text_state();
+        types_.reset();
         if (cObjBase::ob_count() != census_) stop("counted objects are left", "", "");
     }
 
@@ -51,6 +54,7 @@ class cInput {
         return ready ? cObjBase::ob_count() : 0;
     }
     std::uint32_t census_;
+    std::optional<cTypesBack> types_;
 };
 
 struct cReadText {
