@@ -16,11 +16,30 @@ struct cCommon {
     bool canonical = false;
 };
 
-struct cFmtOptions : cCommon {
-    std::vector<std::string> files;
-    bool check = false;
+// Where a value that was written anew goes: to standard output unless told otherwise.
+struct cWriteOptions : cCommon {
+    bool check = false; // nowhere
     bool in_place = false;
-    bool force = false;
+    bool force = false; // a file is replaced even where something is lost
+    std::string output; // a file of that name
+};
+
+struct cFmtOptions : cWriteOptions {
+    std::vector<std::string> files;
+};
+
+struct cSetOptions : cWriteOptions {
+    std::string file;
+    std::string statements;
+    bool create = true;   // missing levels
+    bool convert = false; // values that a conversion changes are stored
+};
+
+struct cMergeOptions : cWriteOptions {
+    std::string target;
+    std::string source;
+    std::string commands = "-xx";
+    bool convert = false;
 };
 
 struct cGetOptions : cCommon {
@@ -41,6 +60,8 @@ struct cTokensOptions : cCommon {
 };
 
 int run_fmt(cFmtOptions const &options);
+int run_set(cSetOptions const &options);
+int run_merge(cMergeOptions const &options);
 int run_get(cGetOptions const &options);
 int run_check(cCheckOptions const &options);
 int run_tokens(cTokensOptions const &options);

@@ -50,6 +50,98 @@ void add_fmt(CLI::App &app, cFmtOptions &options) {
                    "their place; -i then refuses unless --force is given.");
 }
 
+// To standard output, in the file's place, or into another file.
+void add_destination(CLI::App &command, cWriteOptions &options) {
+    CLI::Option *const in_place =
+        command.add_flag("-i,--in-place", options.in_place, "replace the file");
+    command.add_option("-o,--output", options.output, "write to this file")->excludes(in_place);
+    command.add_flag("--force", options.force, "write the file even where something is lost");
+    command.callback([&options] {
+        if (options.force && !options.in_place && options.output.empty())
+            throw CLI::RequiresError("--force", "--in-place or --output");
+        if (options.output == "-") options.output.clear();
+    });
+}
+
+// Empty if these are letters for `merge`.
+std::string wrong_commands(std::string const &commands) {
+    static constexpr char const *known[] = {"-0?", "-asx0?", "-sx?"};
+    static constexpr char const *keys[] = {"only TARGET has", "both have", "only SOURCE has"};
+    if (commands.size() != 3) return "three letters are needed, one for each class of keys";
+    for (size_t i = 0; i < 3; ++i)
+        if (std::string_view(known[i]).find(commands[i]) == std::string_view::npos)
+            return "'" + commands.substr(i, 1) + "' is no letter for keys that " + keys[i] +
+                   ", which are " + known[i];
+    return "";
+}
+
+void add_set(CLI::App &app, cSetOptions &options) {
+    CLI::App &command = *app.add_subcommand("set", "Set values at paths");
+    command.add_option("FILE", options.file, "the file")->required();
+    command.add_option("STATEMENTS", options.statements, "paths, operators and values")->required();
+    command.add_flag("!--no-create", options.create, "make no missing levels");
+    command.add_flag("--convert", options.convert,
+                     "store numbers that must be changed to fit, as 1 for 1.9 in an int");
+    add_destination(command, options);
+    add_common(command, options);
+    command.footer(
+        "STATEMENTS are parted by ; or , and do, in order:\n"
+        "  path = value    give what stands there a new value, or store it\n"
+        "  path &= value   store it in the place of what stands there, whatever that is\n"
+        "  path += value   add to a number or a text; to a map the keys that it lacks\n"
+        "  path << value   append to a vector or a set\n"
+        "A path is keys with / between them, a value is written as in a file: a text that is not\n"
+        "a single word needs quotes, so it is best to have the whole in single quotes.\n"
+        "\n"
+        "Examples:\n"
+        "  qrv set device.attr 'bus/baud = 9600; bus/parity = even'\n"
+        "  qrv set -i device.attr 'location/room = \"0.15\"'      in the file's place\n"
+        "  qrv set -i device.attr 'installed &= #false'         #true and #nil take no =\n"
+        "  qrv set device.attr 'supply/phases << N; bus += {dialect= 2; retries= 5}'\n"
+        "  qrv set -o new.attr device.attr 'spare/fan/type = axial'\n"
+        "\n"
+        "What was stored is read back. A number that would change is refused, as 1.9 where an\n"
+        "int stands. Where one value stands at several paths, by #cRef, = changes it at all of\n"
+        "them and &= at one. &= keeps the comment. No comments can be given in STATEMENTS.\n"
+        "An error is told as statements:line:column. If there is one, nothing is written and the\n"
+        "exit code is 2. A comment of the file that would be lost is told; -i and -o then write\n"
+        "nothing unless --force is given.");
+}
+
+void add_merge(CLI::App &app, cMergeOptions &options) {
+    CLI::App &command = *app.add_subcommand("merge", "Merge the value of a file into another's");
+    command.add_option("TARGET", options.target, "the file that is merged into")->required();
+    command.add_option("SOURCE", options.source, "the file that is merged")->required();
+    command.add_option("--commands", options.commands, "what to do with keys, three letters")
+        ->check(CLI::Validator(wrong_commands, "LETTERS"))
+        ->capture_default_str();
+    command.add_flag("--convert", options.convert,
+                     "store numbers that must be changed to fit, as 1 for 1.9 in an int");
+    add_destination(command, options);
+    add_common(command, options);
+    command.footer(
+        "The letters are one each for keys that\n"
+        "  only TARGET has   - stay   0 go\n"
+        "  both have         a get SOURCE's value   s are replaced by SOURCE's value\n"
+        "                    x are merged: maps by -xx, vectors and sets by appending, all else as "
+        "a\n"
+        "                    - stay   0 go\n"
+        "  only SOURCE has   s come   x come; in vectors and sets they are appended   - don't\n"
+        "and ? is the letter that TARGET's type has.\n"
+        "\n"
+        "Examples:\n"
+        "  qrv merge device.attr site.attr                     all of SOURCE, nothing goes\n"
+        "  qrv merge --commands=-a- -i device.attr site.attr   new values for known keys\n"
+        "  qrv merge --commands=0ax -o new.attr device.attr site.attr\n"
+        "                                                      exactly SOURCE's keys\n"
+        "\n"
+        "TARGET's comments stay; SOURCE's come with the keys that only it has, and with values\n"
+        "that replace one without a comment. A number that would change is refused, as 1.9 where\n"
+        "an int stands. If anything fails, nothing is written and the exit code is 2. A comment\n"
+        "of TARGET that would be lost is told; -i and -o then write nothing unless --force is\n"
+        "given.");
+}
+
 void add_get(CLI::App &app, cGetOptions &options) {
     CLI::App &command = *app.add_subcommand("get", "Print the values at paths");
     command.add_option("FILE", options.file, "the file")->required();
@@ -90,10 +182,14 @@ int run(int argc, char **argv) {
     app.require_subcommand(1);
     app.footer(footer);
     cFmtOptions fmt;
+    cSetOptions set;
+    cMergeOptions merge;
     cGetOptions get;
     cCheckOptions check;
     cTokensOptions tokens;
     add_fmt(app, fmt);
+    add_set(app, set);
+    add_merge(app, merge);
     add_get(app, get);
     add_check(app, check);
     add_tokens(app, tokens);
@@ -107,6 +203,8 @@ int run(int argc, char **argv) {
         return status == 0 && written ? exit_done : exit_failed;
     }
     if (app.got_subcommand("fmt")) return run_fmt(fmt);
+    if (app.got_subcommand("set")) return run_set(set);
+    if (app.got_subcommand("merge")) return run_merge(merge);
     if (app.got_subcommand("get")) return run_get(get);
     if (app.got_subcommand("check")) return run_check(check);
     return run_tokens(tokens);

@@ -101,13 +101,14 @@ class cSurveyor {
 
 cSurvey survey(std::string const &bytes) { return cSurveyor(bytes).survey(); }
 
-std::string numbered(std::string const &bytes, std::vector<cComment> const &comments) {
+std::string numbered(std::string const &bytes, std::vector<cComment> const &comments,
+                     size_t first) {
     std::string text;
     size_t done = 0;
     for (size_t i = 0; i < comments.size(); ++i) {
         size_t const next = comments[i].offset + 2; // behind "//"
         text.append(bytes, done, next - done);
-        text += std::to_string(i) + ":";
+        text += std::to_string(first + i) + ":";
         done = next;
     }
     return text.append(bytes, done);

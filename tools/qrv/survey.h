@@ -36,7 +36,7 @@ struct cSurvey {
 cSurvey survey(std::string const &bytes);
 
 // The text with a number in each of its comments, and the numbers that are in a text.
-std::string numbered(std::string const &bytes, std::vector<cComment> const &comments);
+std::string numbered(std::string const &bytes, std::vector<cComment> const &comments, size_t first);
 std::set<size_t> numbers_in(std::string const &bytes);
 
 // The tokens, a line each, in the scanner's dump form; with comments and blanks if all.

@@ -1,0 +1,194 @@
+// `merge`: the value of one file onto that of another, by the library's copying under three
+// letters. What should have come of each key is read back.
+
+#include "attempt.h"
+#include "output.h"
+#include "places.h"
+#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/cexacttext.h"
+#include "readback.h"
+#include "reading.h"
+#include "rewrite.h"
+
+#include <sstream>
+#include <vector>
+
+namespace {
+
+class cMerge {
+  public:
+    cMerge(objref const &target, objref const &source, std::string const &bytes,
+           cMergeOptions const &options, cMessages &messages)
+        : target_(target), source_(source), bytes_(bytes), options_(options),
+          letters_(options.commands), messages_(messages) {}
+    cMerge(cMerge const &) = delete;
+    cMerge &operator=(cMerge const &) = delete;
+    ~cMerge() = default;
+
+    void run() {
+        if (!same_kind()) return;
+        list_keys();
+        complete_letters();
+        cAttempt const attempt([&] { return target_->attrcopy(*source_, letters_.c_str()); });
+        done_ = attempt.done && attempt.errors.empty();
+        if (cObj::is_map(target_))
+            test_map();
+        else if (cObj::is_vector(target_))
+            test_vector();
+        if (done_ || messages_.count() != 0) return;
+        for (cSaid const &said : attempt.errors) messages_.error(said.text, said.code);
+        if (attempt.errors.empty()) messages_.error("not all could be merged");
+    }
+
+  private:
+    struct cItem {
+        objref key;
+        objref before; // what the target held there, or null
+    };
+
+    bool same_kind() {
+        bool const known =
+            cObj::is_map(target_) || cObj::is_vector(target_) || cObj::is_set(target_);
+        if (known && &target_->type() == &source_->type()) return true;
+        messages_.error("its value is " + kind_of(source_) + ", that of " +
+                        shortened(options_.target) + " " + kind_of(target_) +
+                        "; a map, a vector or a set is merged onto one of its kind");
+        return false;
+    }
+
+    static cAttrHash const &hash_of(objref const &container) {
+        return static_cast<cMapObj const &>(*container).datamap();
+    }
+
+    void list_keys() {
+        cAttrHash const &hash = hash_of(target_);
+        for (cIterObj it = source_->begin(); it.valid(); ++it) {
+            cAttrNode const *const node = hash.find(it.key());
+            items_.push_back({it.key(), node ? node->valref() : objref()});
+        }
+        old_size_ = hash.used();
+    }
+
+    // A ? stands for the letter of the target's type.
+    void complete_letters() {
+        std::string const own = cat::as_string(target_->gmember("cpcommands"));
+        for (size_t i = 0; i < letters_.size() && i < own.size(); ++i)
+            if (letters_[i] == '?') letters_[i] = own[i];
+    }
+
+    void test_map() {
+        for (cItem const &item : items_) test_key(item, source_->getattr(item.key));
+        if (letters_[0] != '0') return;
+        for (cIterObj it = target_->begin(); it.valid(); ++it)
+            if (!hash_of(source_).find(it.key())) tell_left(it.key());
+    }
+
+    // Places that were stored by number may be those of values appended before.
+    void test_vector() {
+        size_t both = 0;
+        for (cItem const &item : items_) both += item.before ? 1 : 0;
+        size_t size = 0;
+        if (letters_[0] != '0') size += old_size_ - both;
+        if (letters_[1] != '0') size += both;
+        if (letters_[1] == 'x') size += both;
+        if (letters_[2] == 's' || letters_[2] == 'x') size += items_.size() - both;
+        if (hash_of(target_).used() != size)
+            messages_.error("not all values could be merged by " + letters_ + ": " +
+                            std::to_string(hash_of(target_).used()) + " instead of " +
+                            std::to_string(size));
+        if (letters_[1] != 'a' && letters_[1] != 's') return;
+        for (cItem const &item : items_)
+            if (item.before) test_key(item, source_->getattr(item.key));
+    }
+
+    void test_key(cItem const &item, objref const &given) {
+        objref const now = target_->getattr(item.key);
+        switch (letters_[item.before ? 1 : 2]) {
+        case 'a':
+            return test_value(item, now, given, cStored::assigned);
+        case 'x':
+            return test_value(item, now, given, item.before ? cStored::merged : cStored::assigned);
+        case 's':
+            if (item.before) keep_comment(item.before, now);
+            return test_value(item, now, given, cStored::assigned);
+        case '0':
+            if (cObj::is_good(now)) tell_left(item.key);
+            return;
+        default:
+            return;
+        }
+    }
+
+    void test_value(cItem const &item, objref const &now, objref const &given, cStored how) {
+        cat::ExactText const exact;
+        for (cMismatch const &found : mismatches(now, given, how)) {
+            bool const conversion =
+                found.kind == cMismatch::number || (found.kind == cMismatch::type && done_);
+            if (options_.convert && conversion) continue;
+            tell("/" + cat::as_text(item.key) + found.path,
+                 found.text + (conversion ? "; --convert allows it" : ""));
+        }
+    }
+
+    // The comment of what was replaced stays.
+    static void keep_comment(objref const &before, objref const &now) {
+        std::string comment;
+        std::ostringstream unheard;
+        if (before != now && before->get_comment(comment) && !now->write_constname(unheard))
+            now->set_comment(comment, true);
+    }
+
+    void tell_left(objref const &key) { tell("/" + cat::as_text(key), "it can't be removed"); }
+
+    void tell(std::string const &path, std::string const &text) {
+        if (places_.empty()) places_ = places_in(bytes_);
+        auto const place = places_.find(path);
+        std::string const told = "at " + shortened(path) + ": " + text;
+        if (place == places_.end()) return messages_.error(told);
+        messages_.error(place->second, told);
+    }
+
+    objref target_, source_;
+    std::string const &bytes_; // that the source was read from
+    cMergeOptions const &options_;
+    std::string letters_;
+    cMessages &messages_;
+    std::vector<cItem> items_; // of the source, in order
+    size_t old_size_ = 0;
+    bool done_ = false; // the library says that it did all
+    cPlaces places_;    // in the source, made for the first message
+};
+
+bool merge_all(objref const &target, std::string const &bytes, cMergeOptions const &options,
+               size_t first_number, std::string &told) {
+    cMessages messages(options.source, options.max_errors);
+    cReading const reading = read_value(
+        first_number == 0 ? bytes : numbered(bytes, survey(bytes).comments, first_number),
+        messages);
+    if (reading.clean && reading.behind)
+        messages.error(*reading.behind, "text behind the first value is not read");
+    if (messages.count() == 0) cMerge(target, reading.value, bytes, options, messages).run();
+    told = messages.text();
+    return messages.count() == 0;
+}
+
+} // namespace
+
+int run_merge(cMergeOptions const &options) {
+    cMessages messages(options.source, options.max_errors);
+    std::string bytes;
+    if (options.source == "-" && options.target == "-")
+        messages.error("the standard input can be only one of the two");
+    else
+        read_bytes(options.source, bytes, messages);
+    put_lines(messages.text());
+    if (messages.count() != 0) return exit_failed;
+    return rewrite(options.target, options,
+                   [&](objref const &target, size_t first_number, std::string &told) {
+                       return merge_all(target, bytes, options, first_number, told);
+                   });
+}

@@ -1,0 +1,138 @@
+#include "readback.h"
+
+#include "attempt.h"
+#include "messages.h"
+#include "qrv/containers/citerobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/cexacttext.h"
+
+#include <charconv>
+#include <cmath>
+#include <set>
+#include <utility>
+
+namespace {
+
+template <class T> std::optional<double> value_as(objref const &value, cTypeObj const &type) {
+    if (&value->type() != &type) return std::nullopt;
+    return static_cast<double>(static_cast<cObjDR<T> const &>(*value).val());
+}
+
+// A float has the digits of a double if its shortest text is the double's.
+double by_digits(float number) {
+    char text[64];
+    auto const written = std::to_chars(text, text + sizeof text, number);
+    double value = 0;
+    std::from_chars(text, written.ptr, value);
+    return value;
+}
+
+bool same_number(objref const &stored, objref const &given) {
+    double const a = *number_of(stored), b = *number_of(given);
+    if (a == b) return true;
+    return &stored->type() == &cat::type_float() && std::isfinite(a) &&
+           by_digits(static_cast<float>(a)) == b;
+}
+
+// Does the value come back when it is converted into the type that was given?
+bool comes_back(objref const &stored, objref const &given) {
+    objref const back = given->clone();
+    bool same = false;
+    cAttempt const unheard([&] {
+        same = cObj::is_good(back) && back->assign(stored) && back->equal(given);
+        return same;
+    });
+    return same;
+}
+
+class cComparison {
+  public:
+    std::vector<cMismatch> all(objref const &stored, objref const &given, cStored how) {
+        compare(stored, given, how);
+        return std::move(found_);
+    }
+
+  private:
+    void compare(objref const &stored, objref const &given, cStored how) {
+        if (stored == given || found_.size() >= most_mismatches) return;
+        if (!cObj::is_good(stored)) return add("nothing is stored there", cMismatch::value);
+        if (number_of(stored) && number_of(given)) return compare_numbers(stored, given);
+        bool const appended =
+            how == cStored::merged && (cObj::is_vector(stored) || cObj::is_set(stored));
+        if (appended) return;
+        if (&stored->type() != &given->type()) return compare_types(stored, given);
+        if (!compared_.emplace(stored.get(), given.get()).second) return;
+        if (cObj::is_map(stored) || cObj::is_vector(stored))
+            return compare_parts(stored, given, how);
+        if (!stored->equal(given))
+            add("it holds " + shown(stored) + " and not " + shown(given), cMismatch::value);
+    }
+
+    void add(std::string const &text, cMismatch::cKind kind) {
+        found_.push_back({path_, text, kind});
+    }
+
+    void compare_numbers(objref const &stored, objref const &given) {
+        if (!same_number(stored, given))
+            add(shown(given) + " would be stored as " + shown(stored), cMismatch::number);
+    }
+
+    void compare_types(objref const &stored, objref const &given) {
+        if (cObj::is_nil(stored))
+            return add("it holds #nil, which takes no value", cMismatch::value);
+        if (!stored->is_container() && comes_back(stored, given)) return;
+        add("it is " + kind_of(stored) + " and can't take " + kind_of(given) + " as it is",
+            cMismatch::type);
+    }
+
+    void compare_parts(objref const &stored, objref const &given, cStored how) {
+        size_t count = 0, stands = 0;
+        for (cIterObj it = given->begin(); it.valid(); ++it, ++count) {
+            objref const key = it.key();
+            size_t const size = path_.size();
+            path_ += "/" + cat::as_text(key);
+            compare(stored->getattr(key), it.valref(), how);
+            path_.resize(size);
+        }
+        if (how == cStored::merged) return;
+        for (cIterObj it = stored->begin(); it.valid() && stands <= count; ++it) ++stands;
+        if (stands > count) add("it holds more than was given", cMismatch::value);
+    }
+
+    static constexpr size_t most_mismatches = 1000;
+    std::string path_;
+    std::vector<cMismatch> found_;
+    std::set<std::pair<cObj const *, cObj const *>> compared_;
+};
+
+} // namespace
+
+std::vector<cMismatch> mismatches(objref const &stored, objref const &given, cStored how) {
+    return cComparison().all(stored, given, how);
+}
+
+std::optional<double> number_of(objref const &value) {
+    if (cObj::is_bad(value)) return std::nullopt;
+    if (auto const number = value_as<bool>(value, cat::type_bool())) return number;
+    if (auto const number = value_as<int>(value, cat::type_int())) return number;
+    if (auto const number = value_as<float>(value, cat::type_float())) return number;
+    return value_as<double>(value, cat::type_double());
+}
+
+bool takes(objref const &target, double number) {
+    objref const given = cat::of(number), trial = target->clone();
+    return cObj::is_good(trial) && trial->assign(given) && same_number(trial, given);
+}
+
+std::string shown(objref const &value) {
+    cat::ExactText const exact;
+    return shortened(cat::as_text(value));
+}
+
+std::string kind_of(objref const &value) {
+    std::string const name = value->type().name();
+    bool const vowel = !name.empty() && std::string("aeiou").find(name[0]) != std::string::npos;
+    return (vowel ? "an " : "a ") + shortened(name);
+}
