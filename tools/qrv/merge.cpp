@@ -14,6 +14,8 @@
 #include "reading.h"
 #include "rewrite.h"
 
+#include <map>
+#include <set>
 #include <sstream>
 #include <vector>
 
@@ -163,15 +165,81 @@ class cMerge {
     cPlaces places_;    // in the source, made for the first message
 };
 
-bool merge_all(objref const &target, std::string const &bytes, cMergeOptions const &options,
-               size_t first_number, std::string &told) {
+struct cDeclared {
+    std::string text;
+    std::string path;
+};
+
+// Types that are declared in a value, by their names.
+using cTypes = std::map<std::string, cDeclared>;
+
+// A type may be declared at several paths; the first counts.
+class cTypeWalk {
+  public:
+    static cTypes types_in(objref const &value) {
+        cTypeWalk walk;
+        cat::ExactText const exact;
+        walk.visit(value);
+        return std::move(walk.types_);
+    }
+
+  private:
+    void visit(objref const &value) {
+        if (!value) return;
+        if (value->is_type()) {
+            types_.try_emplace(static_cast<cTypeObj const &>(*value).name(),
+                               cDeclared{cat::as_text(value), path_});
+            return;
+        }
+        bool const holder = cObj::is_map(value) || cObj::is_vector(value) || cObj::is_set(value);
+        if (!holder || !visited_.insert(value.get()).second) return;
+        for (cIterObj it = value->begin(); it.valid(); ++it) {
+            if (!it.valref() || !(it.valref()->is_container() || it.valref()->is_type())) continue;
+            size_t const size = path_.size();
+            path_ += "/" + cat::as_text(it.key());
+            visit(it.valref());
+            path_.resize(size);
+        }
+    }
+
+    cTypes types_;
+    std::string path_;
+    std::set<cObj const *> visited_;
+};
+
+std::string told_place(std::string const &name, std::string const &bytes, std::string const &path) {
+    cPlaces const places = places_in(bytes);
+    auto const place = places.find(path);
+    if (place == places.end()) return name + ", " + shortened(path);
+    return name + ":" + std::to_string(place->second.line) + ":" +
+           std::to_string(place->second.column);
+}
+
+// Both files were read into one set of types, where the later declaration holds for all.
+void test_types(cTypes const &target, std::string const &target_bytes, objref const &source,
+                std::string const &source_bytes, cMergeOptions const &options,
+                cMessages &messages) {
+    for (auto const &[name, declared] : cTypeWalk::types_in(source)) {
+        auto const other = target.find(name);
+        if (other == target.end() || other->second.text == declared.text) continue;
+        messages.error("type '" + shortened(name) + "' is declared with different content at " +
+                       told_place(options.source, source_bytes, declared.path) + " and at " +
+                       told_place(options.target, target_bytes, other->second.path));
+    }
+}
+
+bool merge_all(cChanging const &file, std::string const &bytes, cMergeOptions const &options,
+               std::string &told) {
     cMessages messages(options.source, options.max_errors);
-    cReading const reading = read_value(
-        first_number == 0 ? bytes : numbered(bytes, survey(bytes).comments, first_number),
-        messages);
+    cTypes const types = cTypeWalk::types_in(file.value);
+    std::string const source =
+        file.first_number == 0 ? bytes : numbered(bytes, survey(bytes).comments, file.first_number);
+    cReading const reading = read_value(source, messages);
     if (reading.clean && reading.behind)
         messages.error(*reading.behind, "text behind the first value is not read");
-    if (messages.count() == 0) cMerge(target, reading.value, bytes, options, messages).run();
+    if (messages.count() == 0)
+        test_types(types, file.bytes, reading.value, source, options, messages);
+    if (messages.count() == 0) cMerge(file.value, reading.value, source, options, messages).run();
     told = messages.text();
     return messages.count() == 0;
 }
@@ -187,8 +255,7 @@ int run_merge(cMergeOptions const &options) {
         read_bytes(options.source, bytes, messages);
     put_lines(messages.text());
     if (messages.count() != 0) return exit_failed;
-    return rewrite(options.target, options,
-                   [&](objref const &target, size_t first_number, std::string &told) {
-                       return merge_all(target, bytes, options, first_number, told);
-                   });
+    return rewrite(options.target, options, [&](cChanging const &file, std::string &told) {
+        return merge_all(file, bytes, options, told);
+    });
 }

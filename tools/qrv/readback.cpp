@@ -66,7 +66,7 @@ class cComparison {
         if (!compared_.emplace(stored.get(), given.get()).second) return;
         if (cObj::is_map(stored) || cObj::is_vector(stored))
             return compare_parts(stored, given, how);
-        if (!stored->equal(given))
+        if (!same_value(stored, given))
             add("it holds " + shown(stored) + " and not " + shown(given), cMismatch::value);
     }
 
@@ -113,6 +113,11 @@ std::vector<cMismatch> mismatches(objref const &stored, objref const &given, cSt
     return cComparison().all(stored, given, how);
 }
 
+bool same_value(objref const &a, objref const &b) {
+    cat::ExactText const exact;
+    return a->equal(b) || (&a->type() == &b->type() && cat::as_text(a) == cat::as_text(b));
+}
+
 std::optional<double> number_of(objref const &value) {
     if (cObj::is_bad(value)) return std::nullopt;
     if (auto const number = value_as<bool>(value, cat::type_bool())) return number;
@@ -128,7 +133,13 @@ bool takes(objref const &target, double number) {
 
 std::string shown(objref const &value) {
     cat::ExactText const exact;
-    return shortened(cat::as_text(value));
+    std::string text;
+    for (char c : cat::as_text(value))
+        if (c != '\n')
+            text += c;
+        else if (text.empty() || text.back() != ' ')
+            text += ' ';
+    return shortened(text);
 }
 
 std::string kind_of(objref const &value) {

@@ -25,13 +25,16 @@ enum class cStored {
 // A conversion that keeps the value and all digits is none. O(size of what was given)
 std::vector<cMismatch> mismatches(objref const &stored, objref const &given, cStored how);
 
+// Equal, or, as types and what has no comparison, of one exact text.
+bool same_value(objref const &a, objref const &b);
+
 // The value of a bool, int, float or double; none for others.
 std::optional<double> number_of(objref const &value);
 
 // Would a number of this type take that one as it is?
 bool takes(objref const &target, double number);
 
-// The written form, short enough for a message.
+// The written form on one line, short enough for a message.
 std::string shown(objref const &value);
 
 // "a map", "an int"

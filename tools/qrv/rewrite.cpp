@@ -17,6 +17,7 @@
 #include "qrv/platform/cplatform.h"
 #include "qrv/text/cexacttext.h"
 #include "raised.h"
+#include "readback.h"
 #include "reading.h"
 
 #include <cerrno>
@@ -36,7 +37,7 @@ std::string written(cReading const &reading, bool canonical, cMessages &messages
     return canonical ? value : reading.survey.head + value + "\n";
 }
 
-bool unchanged(objref const &, size_t, std::string &) { return true; }
+bool unchanged(cChanging const &, std::string &) { return true; }
 
 // Reads a text, changes the value and writes it, in a process of its own. Status: is the reply's
 // text the new one?
@@ -46,7 +47,7 @@ cReply rewritten(std::string const &name, std::string const &text, bool canonica
         cMessages unheard(name, 1);
         cReading const reading = read_value(text, unheard);
         std::string told;
-        if (!reading.clean || !change(reading.value, first_number, told)) return;
+        if (!reading.clean || !change({reading.value, text, first_number}, told)) return;
         reply.text = written(reading, canonical, unheard);
         reply.status = exit_done;
     });
@@ -72,7 +73,7 @@ void tell_lost_comments(std::string const &bytes, std::vector<cComment> const &c
 void tell_changed_value(objref const &value, std::string const &text, cMessages &messages) {
     cMessages unheard(messages.name(), 1);
     cReading const again = read_value(text, unheard);
-    if (!again.value || !value->equal(again.value))
+    if (!again.value || !same_value(value, again.value))
         messages.error("the value would come back changed: digits, or strings that read as "
                        "something else");
 }
@@ -95,7 +96,7 @@ void work(std::string const &name, cWriteOptions const &options, cChange const &
     std::string told;
     if (read_bytes(name, reply.extra, messages)) {
         cReading const reading = read_value(reply.extra, messages);
-        if (reading.clean && change(reading.value, 0, told)) {
+        if (reading.clean && change({reading.value, reply.extra, 0}, told)) {
             reply.text = written(reading, options.canonical, messages);
             tell_losses(reading, reply, options.canonical, change, messages);
             reply.status = messages.count() == 0 ? exit_done : exit_found;

@@ -210,7 +210,7 @@ bool set_all(objref const &root, cSetOptions const &options, std::string &told) 
 } // namespace
 
 int run_set(cSetOptions const &options) {
-    return rewrite(options.file, options, [&](objref const &root, size_t, std::string &told) {
-        return set_all(root, options, told);
+    return rewrite(options.file, options, [&](cChanging const &file, std::string &told) {
+        return set_all(file.value, options, told);
     });
 }
