@@ -38,6 +38,8 @@ TEST_F(ToolUsage, help_lists_the_commands_and_the_exit_codes) {
                     "\n"
                     "Subcommands:\n"
                     "  fmt                         Write the value of a file in standard layout\n"
+                    "  set                         Set values at paths\n"
+                    "  merge                       Merge the value of a file into another's\n"
                     "  get                         Print the values at paths\n"
                     "  check                       Tell every error of a file\n"
                     "  tokens                      List the tokens of a file\n"
@@ -77,6 +79,130 @@ TEST_F(ToolUsage, help_of_fmt) {
                     "Comments that can't be kept, and text behind the first value, are told with\n"
                     "their place; -i then refuses unless --force is given.\n",
                     ""}));
+}
+
+TEST_F(ToolUsage, help_of_set) {
+    EXPECT_EQ(
+        run({"set", "--help"}),
+        (cRun{
+            0,
+            "Set values at paths\n"
+            "Usage: qrv set [OPTIONS] FILE STATEMENTS\n"
+            "\n"
+            "Positionals:\n"
+            "  FILE TEXT REQUIRED          the file\n"
+            "  STATEMENTS TEXT REQUIRED    paths, operators and values\n"
+            "\n"
+            "Options:\n"
+            "  -h,--help                   Print this help message and exit\n"
+            "  --no-create                 make no missing levels\n"
+            "  --convert                   store numbers that must be changed to fit, as 1 for 1.9 "
+            "in an int\n"
+            "  -i,--in-place Excludes: --output\n"
+            "                              replace the file\n"
+            "  -o,--output TEXT Excludes: --in-place\n"
+            "                              write to this file\n"
+            "  --force                     write the file even where something is lost\n"
+            "  --max-errors INT:INT in [1 - 1000000]=100\n"
+            "                              messages for one file at most\n"
+            "\n"
+            "STATEMENTS are parted by ; or , and do, in order:\n"
+            "  path = value    give what stands there a new value, or store it\n"
+            "  path &= value   store it in the place of what stands there, whatever that is\n"
+            "  path += value   add to a number or a text; to a map the keys that it lacks\n"
+            "  path << value   append to a vector or a set\n"
+            "A path is keys with / between them, a value is written as in a file: a text that is "
+            "not\n"
+            "a single word needs quotes, so it is best to have the whole in single quotes.\n"
+            "\n"
+            "Examples:\n"
+            "  qrv set device.attr 'bus/baud = 9600; bus/parity = even'\n"
+            "  qrv set -i device.attr 'location/room = \"0.15\"'      # in the file's place\n"
+            "  qrv set -i device.attr 'installed &= #false'         # #true and #nil take no =\n"
+            "  qrv set device.attr 'supply/phases << N; bus += {dialect= 2; retries= 5}'\n"
+            "  qrv set -o new.attr device.attr 'spare/fan/type = axial'\n"
+            "\n"
+            "What was stored is read back. A number that would change is refused, as 1.9 where an\n"
+            "int stands. Where one value stands at several paths, by #cRef, = changes it at all "
+            "of\n"
+            "them and &= at one. &= keeps the comment. No comments can be given in STATEMENTS.\n"
+            "An error is told as statements:line:column. If there is one, nothing is written and "
+            "the\n"
+            "exit code is 2. A comment of the file that would be lost is told; -i and -o then "
+            "write\n"
+            "nothing unless --force is given.\n",
+            ""}));
+}
+
+TEST_F(ToolUsage, help_of_merge) {
+    EXPECT_EQ(
+        run({"merge", "--help"}),
+        (cRun{
+            0,
+            "Merge the value of a file into another's\n"
+            "Usage: qrv merge [OPTIONS] TARGET SOURCE\n"
+            "\n"
+            "Positionals:\n"
+            "  TARGET TEXT REQUIRED        the file that is merged into\n"
+            "  SOURCE TEXT REQUIRED        the file that is merged\n"
+            "\n"
+            "Options:\n"
+            "  -h,--help                   Print this help message and exit\n"
+            "  --commands TEXT:LETTERS=-xx what to do with keys, three letters\n"
+            "  --convert                   store numbers that must be changed to fit, as 1 for 1.9 "
+            "in an int\n"
+            "  -i,--in-place Excludes: --output\n"
+            "                              replace the file\n"
+            "  -o,--output TEXT Excludes: --in-place\n"
+            "                              write to this file\n"
+            "  --force                     write the file even where something is lost\n"
+            "  --max-errors INT:INT in [1 - 1000000]=100\n"
+            "                              messages for one file at most\n"
+            "\n"
+            "The letters are one each for keys that\n"
+            "  only TARGET has   - stay   0 go\n"
+            "  both have         a get SOURCE's value   s are replaced by SOURCE's value\n"
+            "                    x are merged: maps by -xx, vectors and sets by appending, all "
+            "else as a\n"
+            "                    - stay   0 go\n"
+            "  only SOURCE has   s come   x come; in vectors and sets they are appended   - don't\n"
+            "and ? is the letter that TARGET's type has.\n"
+            "\n"
+            "Examples:\n"
+            "  qrv merge device.attr site.attr                    # all of SOURCE, nothing goes\n"
+            "  qrv merge --commands=-a- device.attr site.attr     # new values for known keys\n"
+            "  qrv merge --commands=0ax device.attr site.attr     # exactly SOURCE's keys\n"
+            "\n"
+            "TARGET's comments stay; SOURCE's come with the keys that only it has, and with "
+            "values\n"
+            "that replace one without a comment. A number that would change is refused, as 1.9 "
+            "where\n"
+            "an int stands. If anything fails, nothing is written and the exit code is 2. A "
+            "comment\n"
+            "of TARGET that would be lost is told; -i and -o then write nothing unless --force is\n"
+            "given.\n",
+            ""}));
+}
+
+// Each is run by a shell, in a folder with the files that it names.
+TEST_F(ToolUsage, examples_of_set_and_merge_work) {
+    write_example("device.attr");
+    write("site.attr", "{bus= {baud= 9600; }; site= Bonn; }");
+    std::string const tool = test::binary_file("bin/qrv");
+    int examples = 0;
+    for (std::string const command : {"set", "merge"}) {
+        std::istringstream help(run({command, "--help"}).out);
+        for (std::string line; std::getline(help, line);) {
+            if (line.rfind("  qrv " + command + " ", 0) != 0) continue;
+            ++examples;
+            std::string const shell =
+                "( cd '" + folder_ + "'; '" + tool + "'" + line.substr(5) + "\n) >/dev/null 2>&1";
+            int const status = std::system(shell.c_str());
+            bool const loses_comments = line.find("--commands") != std::string::npos;
+            EXPECT_EQ(WEXITSTATUS(status), loses_comments ? 1 : 0) << line;
+        }
+    }
+    EXPECT_EQ(examples, 8);
 }
 
 TEST_F(ToolUsage, help_of_get) {

@@ -79,7 +79,8 @@ void add_set(CLI::App &app, cSetOptions &options) {
     CLI::App &command = *app.add_subcommand("set", "Set values at paths");
     command.add_option("FILE", options.file, "the file")->required();
     command.add_option("STATEMENTS", options.statements, "paths, operators and values")->required();
-    command.add_flag("!--no-create", options.create, "make no missing levels");
+    command.add_flag_callback(
+        "--no-create", [&options] { options.create = false; }, "make no missing levels");
     command.add_flag("--convert", options.convert,
                      "store numbers that must be changed to fit, as 1 for 1.9 in an int");
     add_destination(command, options);
@@ -95,8 +96,8 @@ void add_set(CLI::App &app, cSetOptions &options) {
         "\n"
         "Examples:\n"
         "  qrv set device.attr 'bus/baud = 9600; bus/parity = even'\n"
-        "  qrv set -i device.attr 'location/room = \"0.15\"'      in the file's place\n"
-        "  qrv set -i device.attr 'installed &= #false'         #true and #nil take no =\n"
+        "  qrv set -i device.attr 'location/room = \"0.15\"'      # in the file's place\n"
+        "  qrv set -i device.attr 'installed &= #false'         # #true and #nil take no =\n"
         "  qrv set device.attr 'supply/phases << N; bus += {dialect= 2; retries= 5}'\n"
         "  qrv set -o new.attr device.attr 'spare/fan/type = axial'\n"
         "\n"
@@ -130,10 +131,9 @@ void add_merge(CLI::App &app, cMergeOptions &options) {
         "and ? is the letter that TARGET's type has.\n"
         "\n"
         "Examples:\n"
-        "  qrv merge device.attr site.attr                     all of SOURCE, nothing goes\n"
-        "  qrv merge --commands=-a- -i device.attr site.attr   new values for known keys\n"
-        "  qrv merge --commands=0ax -o new.attr device.attr site.attr\n"
-        "                                                      exactly SOURCE's keys\n"
+        "  qrv merge device.attr site.attr                    # all of SOURCE, nothing goes\n"
+        "  qrv merge --commands=-a- device.attr site.attr     # new values for known keys\n"
+        "  qrv merge --commands=0ax device.attr site.attr     # exactly SOURCE's keys\n"
         "\n"
         "TARGET's comments stay; SOURCE's come with the keys that only it has, and with values\n"
         "that replace one without a comment. A number that would change is refused, as 1.9 where\n"

@@ -11,6 +11,7 @@
 #include <charconv>
 #include <cmath>
 #include <set>
+#include <sstream>
 #include <utility>
 
 namespace {
@@ -75,16 +76,20 @@ class cComparison {
     }
 
     void compare_numbers(objref const &stored, objref const &given) {
-        if (!same_number(stored, given))
-            add(shown(given) + " would be stored as " + shown(stored), cMismatch::number);
+        if (same_number(stored, given)) return;
+        if (is_constant(*stored)) return add_constant(stored);
+        add(shown(given) + " would be stored as " + shown(stored), cMismatch::number);
     }
 
     void compare_types(objref const &stored, objref const &given) {
-        if (cObj::is_nil(stored))
-            return add("it holds #nil, which takes no value", cMismatch::value);
+        if (is_constant(*stored)) return add_constant(stored);
         if (!stored->is_container() && comes_back(stored, given)) return;
         add("it is " + kind_of(stored) + " and can't take " + kind_of(given) + " as it is",
-            cMismatch::type);
+            cObj::is_nil(given) ? cMismatch::value : cMismatch::type);
+    }
+
+    void add_constant(objref const &stored) {
+        add("it holds " + shown(stored) + ", which takes no value", cMismatch::value);
     }
 
     void compare_parts(objref const &stored, objref const &given, cStored how) {
@@ -118,6 +123,11 @@ bool same_value(objref const &a, objref const &b) {
     return a->equal(b) || (&a->type() == &b->type() && cat::as_text(a) == cat::as_text(b));
 }
 
+bool is_constant(cObj const &value) {
+    std::ostringstream unheard;
+    return value.write_constname(unheard);
+}
+
 std::optional<double> number_of(objref const &value) {
     if (cObj::is_bad(value)) return std::nullopt;
     if (auto const number = value_as<bool>(value, cat::type_bool())) return number;
@@ -143,6 +153,7 @@ std::string shown(objref const &value) {
 }
 
 std::string kind_of(objref const &value) {
+    if (cObj::is_nil(value)) return "#nil";
     std::string const name = value->type().name();
     bool const vowel = !name.empty() && std::string("aeiou").find(name[0]) != std::string::npos;
     return (vowel ? "an " : "a ") + shortened(name);

@@ -28,6 +28,9 @@ std::vector<cMismatch> mismatches(objref const &stored, objref const &given, cSt
 // Equal, or, as types and what has no comparison, of one exact text.
 bool same_value(objref const &a, objref const &b);
 
+// Is it one of the values with a #name, which are the same everywhere and take no value?
+bool is_constant(cObj const &value);
+
 // The value of a bool, int, float or double; none for others.
 std::optional<double> number_of(objref const &value);
 
@@ -37,5 +40,5 @@ bool takes(objref const &target, double number);
 // The written form on one line, short enough for a message.
 std::string shown(objref const &value);
 
-// "a map", "an int"
+// "a map", "an int", "#nil"
 std::string kind_of(objref const &value);

@@ -14,16 +14,10 @@
 #include "statements.h"
 
 #include <cmath>
-#include <sstream>
 
 namespace {
 
 constexpr char const *by_another_type = "&= replaces it, whatever it is";
-
-bool is_constant(cObj const &value) {
-    std::ostringstream unheard;
-    return value.write_constname(unheard);
-}
 
 size_t count_of(objref const &value) {
     auto const *const map = dynamic_cast<cMapObj const *>(value.get());

@@ -87,7 +87,7 @@ bool cStatements::read_path(cStatement &statement) {
     while (is_separator(token.code));
     if (token.code == tkEof) return false;
     statement.place = place_of(token);
-    if (token.code == '/') scan_.gettok(token);
+    if (token.code == '/' && scan_.gettok(token) == tkEof) return false;
     for (;;) {
         if (!read_key(token, statement)) return false;
         scan_.gettok(token);

@@ -1,0 +1,428 @@
+// `set`: values at paths.
+
+#include "tests/tool/tool_run.h"
+
+using tool_test::cRun;
+using tool_test::times;
+
+namespace {
+
+class ToolSet : public tool_test::Tool {
+  protected:
+    cRun set(std::string const &bytes, std::string const &statements,
+             std::vector<std::string> more = {}) const {
+        write("f", bytes);
+        more.insert(more.begin(), {"set", "f", statements});
+        return run(std::move(more));
+    }
+    // With these statements all is well, and this is what comes.
+    std::string changed(std::string const &bytes, std::string const &statements,
+                        std::vector<std::string> more = {}) const {
+        cRun const run = set(bytes, statements, std::move(more));
+        EXPECT_EQ(run.status, 0) << statements;
+        EXPECT_EQ(run.err, "") << statements;
+        return run.out;
+    }
+    // They are refused, with this told; and the file stays.
+    std::string refused(std::string const &bytes, std::string const &statements,
+                        std::vector<std::string> more = {}) const {
+        more.push_back("-i");
+        cRun const run = set(bytes, statements, std::move(more));
+        EXPECT_EQ(run.status, 2) << statements;
+        EXPECT_EQ(run.out, "") << statements;
+        EXPECT_EQ(read("f"), bytes) << statements;
+        return run.err;
+    }
+};
+
+std::string told(std::string const &place, std::string const &text, std::string const &advice) {
+    std::string const at = "statements:" + place;
+    return at + ": error: " + text + "\n" + (advice.empty() ? "" : at + ": note: " + advice + "\n");
+}
+
+std::string const by_conversion =
+    "&= replaces it with its type; --convert stores the changed value";
+std::string const replaces = "&= replaces it, whatever it is";
+
+// --- what the operators do ---
+
+TEST_F(ToolSet, assigns_to_what_stands_there) {
+    EXPECT_EQ(changed("{a= 1; b= {c= x; }; v= [1, 2]}", "a = 5; b/c = \"two words\"; v/1 = 7"),
+              "{a= 5; b= {c= \"two words\"; }; v= [1, 7, ]; }\n");
+}
+
+TEST_F(ToolSet, statements_are_parted_by_semicolons_and_commas_and_done_in_order) {
+    EXPECT_EQ(changed("{a= 1}", ";, a = 2, b = 3;; a = 4,"), "{a= 4; b= 3; }\n");
+    EXPECT_EQ(changed("{a= 1}", "a = 2\n;\nb\n=\n3"), "{a= 2; b= 3; }\n");
+}
+
+TEST_F(ToolSet, no_statement_writes_as_fmt) {
+    EXPECT_EQ(changed("{a=1}", ""), "{a= 1; }\n");
+    EXPECT_EQ(changed("{a=1}", " ;, "), "{a= 1; }\n");
+}
+
+TEST_F(ToolSet, makes_missing_levels) {
+    EXPECT_EQ(changed("{}", "a/b/c = 1; a/d &= []; m += {x=1}"),
+              "{\n  a= {\n      b= {\n          c= 1;\n      }; \n      d= [];\n  }; \n"
+              "  m= {\n      x= 1;\n  }; \n}\n");
+    EXPECT_EQ(changed("{a={}}", "a/b = 1; c = 2", {"--no-create"}), "{a= {b= 1; }; c= 2; }\n");
+    EXPECT_EQ(refused("{}", "a/b = 1", {"--no-create"}),
+              told("1:1", "a/b: Call of setattrp with not existing path: /a [0x40000001]",
+                   "without --no-create missing levels are made"));
+}
+
+TEST_F(ToolSet, replaces_by_another_type) {
+    EXPECT_EQ(changed("{a= 1; b= {c= 2; }; n= #nil}", "a &= [x]; b &= 2.5f; n &= 1; new &= {}"),
+              "{a= [x, ]; b= 2.50000f; n= 1; new= {}; }\n");
+}
+
+TEST_F(ToolSet, adds) {
+    EXPECT_EQ(changed("{i= 1; d= 1.5; f= 1.5f; s= ab; m= {x= 1; }; v= [1]; c= <1>}",
+                      "i += 2; i += true; d += 1; f += 0.1; s += c; m += {x= 2; y= 3}; "
+                      "v += [2, 3]; v += <4>; c += [1, 2]"),
+              "{i= 4; d= 2.50000; f= 1.60000f; s= abc; m= {x= 1; y= 3; }; v= [1, 2, 3, 4, ]; "
+              "c= <1, 2, >; }\n");
+}
+
+TEST_F(ToolSet, appends) {
+    EXPECT_EQ(changed("{v= [1]; c= <1>; m= {x= 1; }}", "v << 1; v << [2]; c << 2; m << 5"),
+              "{v= [1, 1, [2, ], ]; c= <1, 2, >; m= {x= 1; 0= 5; }; }\n");
+    EXPECT_EQ(changed("{m= {1= x; }}", "m << 5"), "{m= {1= x; 2= 5; }; }\n");
+}
+
+TEST_F(ToolSet, paths_are_those_of_get) {
+    EXPECT_EQ(changed("{v= [x, {'two words'= 7; 8= y; }]; -1= a; 1.5= b}",
+                      "/v/0 = z; v / 1 / 'two words' = 8; \"v\"/1/8 = q; -1 = c; 1.5 = d"),
+              "{v= [z, {\"two words\"= 8; 8= q; }, ]; -1= c; 1.50000= d; }\n");
+}
+
+// --- comments, layout, sharing ---
+
+TEST_F(ToolSet, what_is_not_touched_stays) {
+    for (std::string const name : {"device.attr", "testplan.attr"}) {
+        write_example(name);
+        std::string const before = read(name);
+        EXPECT_EQ(run({"set", name, "zz = 1"}).err, "");
+        std::string const line = "  zz= 1;\n";
+        std::string const after = run({"set", name, "zz = 1"}).out;
+        size_t const at = after.rfind(line);
+        ASSERT_NE(at, std::string::npos) << name;
+        EXPECT_EQ(after.substr(0, at) + after.substr(at + line.size()), before) << name;
+    }
+}
+
+TEST_F(ToolSet, comments_stay_with_values_that_are_replaced) {
+    std::string const text = "{ // top\n  a= 1; // one\n  b= [2, ]; // two\n}\n";
+    EXPECT_EQ(changed(text, "a = 3; b &= 4"), "{ // top\n  a= 3; // one\n  b= 4; // two\n}\n");
+    EXPECT_EQ(changed(text, "a &= 3.5; c = 1; b &= {}"),
+              "{ // top\n  a= 3.50000; // one\n  b= {}; // two\n  c= 1;\n}\n");
+}
+
+TEST_F(ToolSet, a_lost_comment_is_told_and_keeps_the_file) {
+    std::string const text = "{\n  a= {\n      b= 1; // one\n  }; \n  c= 2; // two\n}\n";
+    std::string const lost = "f:3:13: error: this comment would be lost: // one\n";
+    EXPECT_EQ(set(text, "a &= 5"), (cRun{1, "{\n  a= 5;\n  c= 2; // two\n}\n", lost}));
+    EXPECT_EQ(refused(text, "a &= 5"),
+              lost + "f: error: not written, for something would be lost; --force writes it\n");
+    EXPECT_EQ(set(text, "a &= 5", {"-i", "--force"}), (cRun{0, "", lost}));
+    EXPECT_EQ(read("f"), "{\n  a= 5;\n  c= 2; // two\n}\n");
+    EXPECT_EQ(set(text, "c &= #nil").status, 1) << "a constant has no comment";
+}
+
+TEST_F(ToolSet, what_is_shared_changes_everywhere_by_assigning_and_here_by_replacing) {
+    std::string const text = "{a= {x= 1; }; b= #cRef(/a); c= [#cRef(/a)]}";
+    EXPECT_EQ(changed(text, "b/x = 2"), "{a= {x= 2; }; b= #cRef(/a); c= [#cRef(/a), ]; }\n");
+    EXPECT_EQ(changed(text, "a &= 5"), "{a= 5; b= {x= 1; }; c= [#cRef(/b), ]; }\n");
+    EXPECT_EQ(changed(text, "c/0 = {x= 3}"), "{a= {x= 3; }; b= #cRef(/a); c= [#cRef(/a), ]; }\n");
+    EXPECT_EQ(refused("{m= {a= 1; b= #cRef(/m/a); }}", "m = {a= 1; b= 2}"),
+              told("1:5", "m: at /a: 1 would be stored as 2", by_conversion));
+}
+
+TEST_F(ToolSet, values_that_share_in_long_ladders) {
+    std::string text = "{x0= {v= 1; };";
+    for (int i = 1; i <= 64; ++i) {
+        std::string const below = "#cRef(/x" + std::to_string(i - 1) + ")";
+        text += " x" + std::to_string(i) + "= {a= " + below + "; b= " + below + "; };";
+    }
+    text += " }";
+    std::string const path = "x64" + times("/b", 64) + "/v";
+    cRun const fmt = this->fmt(text);
+    std::string expected = fmt.out;
+    expected.replace(expected.find("v= 1"), 4, "v= 2");
+    EXPECT_EQ(changed(text, path + " = 2"), expected);
+}
+
+TEST_F(ToolSet, types_of_the_file_are_known) {
+    std::string const text = "{P= attlist(x= attspec(type=int;);); p= P(x=1)}";
+    std::string const out = changed(text, "p/x = 2; q = P(x=3)");
+    EXPECT_EQ(run({"get", "-", "p/x", "q/x"}, {.input = out}), (cRun{0, "2\n3\n", ""}));
+    EXPECT_EQ(refused(text, "p/x = 1.5"),
+              told("1:7", "p/x: 1.50000 would be stored as 1", by_conversion));
+    EXPECT_EQ(refused(text, "q = Q(x=3)"),
+              told("1:5", "Value with unknown type='Q [0x40000005]", ""));
+}
+
+// --- what is stored is what was given ---
+
+TEST_F(ToolSet, numbers_that_fit_are_converted) {
+    EXPECT_EQ(changed("{i= 1; d= 1.5; f= 1.5f; b= true}", "i = 2.0; d = 3; f = 0.1; b = 0"),
+              "{i= 2; d= 3.00000; f= 0.100000f; b= false; }\n");
+    EXPECT_EQ(changed("{i= 1; f= 1.5f}", "i = 2147483647.0; f = 16777216"),
+              "{i= 2147483647; f= 16777216.0f; }\n");
+}
+
+TEST_F(ToolSet, numbers_that_would_be_changed) {
+    std::string const text = "{i= 1; d= 1.5; f= 1.5f; b= true}";
+    EXPECT_EQ(refused(text, "i = 1.9"),
+              told("1:5", "i: 1.90000 would be stored as 1", by_conversion));
+    EXPECT_EQ(refused(text, "b = 5"), told("1:5", "b: 5 would be stored as true", by_conversion));
+    EXPECT_EQ(refused(text, "i = 2147483648.0"),
+              told("1:5", "i: 2147483648.0 would be stored as -2147483648", by_conversion));
+    EXPECT_EQ(refused(text, "f = 0.123456789"),
+              told("1:5", "f: 0.123456789 would be stored as 0.12345679f", by_conversion));
+    EXPECT_EQ(refused(text, "f = 16777217"),
+              told("1:5", "f: 16777217 would be stored as 16777216.0f", by_conversion));
+    EXPECT_EQ(changed(text, "i = 1.9; b = 5; f = 0.123456789", {"--convert"}),
+              "{i= 1; d= 1.50000; f= 0.12345679f; b= true; }\n");
+}
+
+TEST_F(ToolSet, numbers_inside_containers_that_would_be_changed) {
+    std::string const text = "{m= {i= 1; v= [1, 2]; }}";
+    EXPECT_EQ(refused(text, "m = {i= 1.5; v= [1, 2.5]}"),
+              told("1:5", "m: at /i: 1.50000 would be stored as 1", by_conversion) +
+                  told("1:5", "m: at /v/1: 2.50000 would be stored as 2", by_conversion));
+    EXPECT_EQ(changed(text, "m = {i= 1.5; v= [1, 2.5]}", {"--convert"}),
+              "{m= {i= 1; v= [1, 2, ]; }; }\n");
+    EXPECT_EQ(changed(text, "m &= {i= 1.5}"), "{m= {i= 1.50000; }; }\n");
+}
+
+TEST_F(ToolSet, numbers_too_large_for_any_type) {
+    EXPECT_EQ(refused("{i= 1}", "i = 2147483648"),
+              told("1:5", "Failed to read value:  Input of standard type: 2147483648 [0x40000001]",
+                   "the number is too large; an int ends at 2147483647"));
+    EXPECT_EQ(refused("{i= 1}", "i = 1e3"),
+              told("1:5", "Bad input: 1e3  String is assumed. [0x40000002]",
+                   "text needs quotes, and a number with an exponent a point: 1.0e3"));
+}
+
+TEST_F(ToolSet, sums_that_are_not_the_sum) {
+    std::string const text = "{i= 2147483647; f= 3.0e38f; d= 1.7e308}";
+    EXPECT_EQ(refused(text, "i += 1"),
+              told("1:6", "i: the sum is too large for an int", "&= stores a double"));
+    EXPECT_EQ(refused(text, "f += 3.0e38f"),
+              told("1:6", "f: the sum is too large for a float", "&= stores a double"));
+    EXPECT_EQ(refused(text, "d += 1.7e308"),
+              told("1:6", "d: the sum is too large for a double", "&= stores a double"));
+    EXPECT_EQ(refused(text, "i += -0.5"),
+              told("1:6", "i: -0.500000 would be cut before it is added to an int",
+                   "--convert allows it"));
+    EXPECT_EQ(changed(text, "i += -1.5", {"--convert"}).substr(0, 14), "{i= 2147483646");
+}
+
+TEST_F(ToolSet, values_of_another_type) {
+    std::string const text = "{i= 1; s= x; m= {}; v= []; c= <>}";
+    EXPECT_EQ(refused(text, "i = x; s = 1; m = 5; v = 5"),
+              told("1:5", "i: it is an int and can't take a string as it is", replaces) +
+                  told("1:12", "s: it is a string and can't take an int as it is", replaces) +
+                  told("1:19", "m: it is a map and can't take an int as it is", replaces) +
+                  told("1:26", "v: it is a vector and can't take an int as it is", replaces));
+    EXPECT_EQ(refused(text, "m = [1]; v = {a= 1}; c = [1]"),
+              told("1:5", "m: it is a map and can't take a vector as it is", by_conversion) +
+                  told("1:14", "v: it is a vector and can't take a map as it is", by_conversion) +
+                  told("1:26", "c: it is a set and can't take a vector as it is", by_conversion));
+}
+
+TEST_F(ToolSet, constants_take_no_value) {
+    EXPECT_EQ(
+        refused("{n= #nil; t= #true}", "n = 5; t = #false"),
+        told("1:1", "n: it holds #nil, which takes no value", "&= replaces it: n &= 5") +
+            told("1:8", "t: it holds #true, which takes no value", "&= replaces it: t &= #false"));
+    EXPECT_EQ(changed("{n= #nil; t= #true}", "n &= 5; t &= #false; x = #true"),
+              "{n= 5; t= #false; x= #true; }\n");
+    EXPECT_EQ(refused("{i= 1}", "i = #nil", {"--convert"}),
+              told("1:5", "i: it is an int and can't take #nil as it is", replaces));
+    EXPECT_EQ(refused("{n= #nil}", "n/a = 5").find("statements:1:1: error: n/a: "), 0u);
+}
+
+TEST_F(ToolSet, adding_that_adds_nothing) {
+    std::string const text = "{m= {}; v= []; c= <1>; i= 1}";
+    std::string const one = "<< appends one value";
+    EXPECT_EQ(
+        refused(text, "m += 5; v += 5"),
+        told("1:6", "m: it is a map, to which += adds the values of another one", one) +
+            told("1:14", "v: it is a vector, to which += adds the values of another one", one));
+    EXPECT_EQ(refused(text, "v += {a= 1}"),
+              told("1:6", "v: it is a vector; the keys would be lost", "add a vector: [ ... ]"));
+    EXPECT_EQ(refused(text, "c << 1"), told("1:1", "c: the set holds 1 already", ""));
+    EXPECT_EQ(refused(text, "w << 1"),
+              told("1:1",
+                   "w: Call of setattrp with operator '<<' is not allowed in case of not existing "
+                   "path: /w [0x40000001]",
+                   "nothing is there for <<; make it first, by = or &="));
+}
+
+TEST_F(ToolSet, keys_that_cannot_be_written) {
+    std::string const cannot = "a key that begins with # can't be written: ";
+    EXPECT_EQ(refused("{}", "'#a' = 1"), told("1:1", cannot + "'#a'", "choose another key"));
+    EXPECT_EQ(refused("{}", "b/\"#a\"/c = 1"),
+              told("1:3", cannot + "\"#a\"", "choose another key"));
+    EXPECT_EQ(refused("{}", "b = {c= {'#a'= 1}}"),
+              told("1:5", "b: Value cannot be written, path : /c/\"#a\" [0x40000001]",
+                   "a key must not begin with #"));
+}
+
+// --- statements that are none ---
+
+TEST_F(ToolSet, paths_that_are_none) {
+    std::string const key = "a key is a word, a number or a text in quotes";
+    EXPECT_EQ(refused("{}", "= 1"), told("1:1", "'=' is no key", key));
+    EXPECT_EQ(refused("{}", "a/ = 1"), told("1:4", "'=' is no key", key));
+    EXPECT_EQ(refused("{}", "a/ /b = 1"), told("1:4", "'/' is no key", key));
+    EXPECT_EQ(refused("{}", "2nd = 1"), told("1:1", "'2nd' is no key", key));
+    EXPECT_EQ(refused("{}", "true = 1"), told("1:1", "'true' is no key", key));
+    EXPECT_EQ(refused("{}", "a/"),
+              told("1:3", "the path has no last key", "take away the last '/', or add a key"));
+    EXPECT_EQ(refused("{}", "a b = 1"),
+              told("1:3", "'b' can't follow a key",
+                   "one of / = &= += << is expected; a key of several words needs quotes"));
+    EXPECT_EQ(
+        refused("{}", "b = 1; a"),
+        told("1:9", "operator and value are missing behind the path", "write a = and a value"));
+}
+
+TEST_F(ToolSet, values_that_are_missing) {
+    std::string const empty = "an empty text is \"\", an empty map {}, a vector []";
+    EXPECT_EQ(refused("{}", "a ="), told("1:4", "the value is missing behind =", empty));
+    EXPECT_EQ(refused("{}", "a += ; b = 1"), told("1:6", "the value is missing behind +=", empty));
+    EXPECT_EQ(refused("{}", "a = }"),
+              told("1:5", "'}' is no value", "a text needs quotes where it is not a single word"));
+}
+
+TEST_F(ToolSet, what_follows_a_value) {
+    std::string const parts =
+        "a ; parts statements, and a text that is not a single word needs quotes";
+    EXPECT_EQ(refused("{}", "a = 1 } b = 2"), told("1:7", "'}' can't follow a value", parts));
+    EXPECT_EQ(refused("{}", "a = b = 2"), told("1:7", "'=' can't follow a value", parts));
+    EXPECT_EQ(refused("{}", "a = two words"),
+              told("1:5", "Missing delimiter after: two [0x40000002]", "") +
+                  told("1:14", "operator and value are missing behind the path",
+                       "write words = and a value"));
+}
+
+TEST_F(ToolSet, comments_in_statements) {
+    std::string const quotes = "leave it out; a text with // or /* in it needs quotes";
+    EXPECT_EQ(refused("{}", "a = http://host"),
+              told("1:10", "this comment would be lost: //host", quotes));
+    EXPECT_EQ(refused("{}", "a = {b= 1 /* one */}"),
+              told("1:11", "this comment would be lost: /* one */", quotes));
+    EXPECT_EQ(refused("{}", "a//b = 1"),
+              told("1:2", "this comment would be lost: //b = 1", quotes));
+    EXPECT_EQ(refused("{}", "a = 1 /* open"),
+              told("1:7", "this comment is not closed", "a text with /* in it needs quotes"));
+    EXPECT_EQ(changed("{}", "a = 'http://host /* x'"), "{a= \"http://host /* x\"; }\n");
+}
+
+TEST_F(ToolSet, bytes_outside_of_quotes) {
+    std::string const quotes = "put the text that it stands in into quotes";
+    EXPECT_EQ(refused("{}", "a = \xC3\xA4; b = 2"),
+              told("1:5", "byte 0xc3 outside of strings and comments", quotes));
+    EXPECT_EQ(changed("{}", "'\xC3\xA4' = '\xC3\xBC'"), "{\"\xC3\xA4\"= \"\xC3\xBC\"; }\n");
+}
+
+TEST_F(ToolSet, every_failure_is_told_up_to_what_cannot_be_cut) {
+    EXPECT_EQ(refused("{i= 1; n= #nil}", "i = 1.5;\n n = 2; c = foo(1);\n d d; i = 2.5"),
+              told("1:5", "i: 1.50000 would be stored as 1", by_conversion) +
+                  told("2:2", "n: it holds #nil, which takes no value", "&= replaces it: n &= 2") +
+                  told("2:13", "Value with unknown type='foo [0x40000005]", "") +
+                  told("3:4", "'d' can't follow a key",
+                       "one of / = &= += << is expected; a key of several words needs quotes"));
+}
+
+TEST_F(ToolSet, as_many_messages_as_allowed) {
+    EXPECT_EQ(refused("{i= 1}", "i = 1.5; i = 2.5; i = 3.5", {"--max-errors", "1"}),
+              told("1:5", "i: 1.50000 would be stored as 1", by_conversion) +
+                  "statements: error: 2 more\n");
+}
+
+// --- where it goes ---
+
+TEST_F(ToolSet, from_the_standard_input) {
+    EXPECT_EQ(run({"set", "-", "a = 2"}, {.input = "{a= 1}"}), (cRun{0, "{a= 2; }\n", ""}));
+    EXPECT_EQ(run({"set", "-i", "-", "a = 2"}, {.input = "{a= 1}"}),
+              (cRun{2, "", "-: error: not written, for it is the standard input\n"}));
+}
+
+TEST_F(ToolSet, in_the_files_place) {
+    std::filesystem::create_directory(path("there"));
+    write("there/g", "{a=1} \n");
+    std::filesystem::create_symlink("there/g", path("f"));
+    EXPECT_EQ(run({"set", "-i", "f", "a = 2"}), (cRun{0, "", ""}));
+    EXPECT_EQ(read("there/g"), "{a= 2; }\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(path("f")));
+}
+
+TEST_F(ToolSet, into_another_file) {
+    EXPECT_EQ(set("{a=1}", "a = 2", {"-o", "g"}), (cRun{0, "", ""}));
+    EXPECT_EQ(read("g"), "{a= 2; }\n");
+    EXPECT_EQ(read("f"), "{a=1}");
+    EXPECT_EQ(set("{a= 3; }\n", "", {"--output=g"}), (cRun{0, "", ""}));
+    EXPECT_EQ(read("g"), "{a= 3; }\n") << "nothing to change, and written";
+    EXPECT_EQ(set("{a=1}", "a = 2", {"-o", "-"}), (cRun{0, "{a= 2; }\n", ""}));
+    EXPECT_EQ(set("{a=1}", "a = 2.5", {"-o", "g"}).status, 2);
+    EXPECT_EQ(set("{a=1} // x", "a = 2", {"-o", "g"}).status, 2);
+    EXPECT_EQ(read("g"), "{a= 3; }\n");
+    EXPECT_EQ(set("{a=1}", "a = 2", {"-o", "nowhere/g"}),
+              (cRun{2, "",
+                    "nowhere/g: error: cannot write: No such file or directory; the file is as it "
+                    "was\n"}));
+}
+
+TEST_F(ToolSet, files_that_do_not_read_cleanly) {
+    EXPECT_EQ(set("{a=1 b=2}", "a = 3"),
+              (cRun{2, "", "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"}));
+    EXPECT_EQ(set("", "a = 3"), (cRun{2, "", "f: error: there is no value in it\n"}));
+    EXPECT_EQ(run({"set", "nowhere", "a = 3"}),
+              (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
+}
+
+TEST_F(ToolSet, broken_copies_of_a_real_file_are_never_written) {
+    std::string const whole = tool_test::bytes_of(test::source_file("examples/device.attr"));
+    size_t const value_end = whole.rfind('}');
+    for (size_t i = 1; i < 40; ++i) {
+        std::string const cut = whole.substr(0, value_end * i / 40);
+        write("f", cut);
+        cRun const run = this->run({"set", "-i", "f", "name = x"});
+        EXPECT_EQ(run.status, 2) << i;
+        EXPECT_EQ(read("f"), cut) << i;
+    }
+}
+
+TEST_F(ToolSet, deep_paths) {
+    std::string const path = "a" + times("/a", 300);
+    std::string const out = changed("{}", path + " = 5");
+    EXPECT_EQ(run({"get", "-", path}, {.input = out}), (cRun{0, "5\n", ""}));
+    EXPECT_EQ(set("{}", "a" + times("/a", 3000) + " = 5").status, 2) << "deeper than can be read";
+}
+
+TEST_F(ToolSet, many_statements) {
+    std::string text = "{\n", statements, expected = "{\n";
+    for (int i = 0; i < 5000; ++i) {
+        std::string const key = "k" + std::to_string(i);
+        text += "  " + key + "= 1;\n";
+        statements += key + " = " + std::to_string(i) + ";";
+        expected += "  " + key + "= " + std::to_string(i) + ";\n";
+    }
+    EXPECT_EQ(changed(text + "}\n", statements), expected + "}\n");
+}
+
+TEST_F(ToolSet, usage) {
+    std::string const hint = "\nRun with --help for more information.\n";
+    write("f", "{}");
+    EXPECT_EQ(run({"set", "f"}), (cRun{2, "", "STATEMENTS is required" + hint}));
+    EXPECT_EQ(run({"set", "f", "a = 1", "--force"}),
+              (cRun{2, "", "--force requires --in-place or --output" + hint}));
+    EXPECT_EQ(run({"set", "f", "a = 1", "-i", "-o", "g"}).status, 2);
+    EXPECT_EQ(run({"set", "f", "--", "-1 = 5"}), (cRun{0, "{-1= 5; }\n", ""}));
+}
+
+} // namespace
