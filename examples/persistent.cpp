@@ -1,0 +1,48 @@
+// Counts its runs in a map that lies in a file beside the program. A cPersistentMap reads its file
+// when it is first asked for the map, and writes it when it goes. Here one process plays three
+// runs and spoils the file before the last one; what it made it takes away.
+#include "qrv/containers/cattr.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cconsole.h"
+#include "qrv/text/cfile.h"
+#include "qrv/text/cpersistentmap.h"
+#include "qrv/text/creadreport.h"
+#include "qrv/util/cfilename.h"
+
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+
+namespace {
+void run(char const *who) {
+    cPersistentMap kept("persistent_example.attr", true); // true: with the comments of the file
+    cMapObj &map = kept.busmap();                         // empty when there is no file yet
+    int runs = 0;
+    cat::int_of(map["runs"], runs); // stays 0 when there is no such entry
+    map["runs"] = cat::of(++runs);
+    map["last"] = cat::of(who);
+    std::cout << "run " << runs << " by " << who << '\n';
+} // saved here: the old file or the new one is whole, whatever happens
+} // namespace
+
+int main(int, char **argv) {
+    sig_idle();
+    cConsoleDisplay display;
+    std::string const file = extractDirName(argv[0]) + "persistent_example.attr";
+    std::string const kept = file + ".bad";
+    for (std::string const &name : {file, kept}) std::remove(name.c_str());
+
+    run("Ada");
+    run("Ben");
+    std::cout << cat::file2string(file.c_str()) << "\n\n";
+
+    // What could not be read is kept beside before the file is written again.
+    std::ofstream(file) << "{ runs= 2; last= Cleo; // the bracket is missing\n";
+    cat::ReadReport report; // takes the errors, which else would be printed
+    run("Dan");
+    std::cout << "error   " << report.entries().front().text << '\n';
+    std::cout << "kept    " << cat::file2string(kept.c_str());
+    std::cout << "now     " << cat::file2string(file.c_str()) << '\n';
+    for (std::string const &name : {file, kept}) std::remove(name.c_str());
+    return 0;
+}
