@@ -17,7 +17,9 @@ constinit cat::os_calls cat::os{
     ::write,
     ::close,
     ::fsync,
-    ::posix_fallocate,
+    [](int descriptor, off_t offset, off_t length) {
+        return ::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, offset, length);
+    },
     ::ftruncate,
     ::fchmod,
     ::fchown,

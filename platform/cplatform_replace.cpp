@@ -22,6 +22,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <sys/resource.h>
 
 namespace {
 
@@ -164,11 +165,20 @@ cOutcome write_beside(std::string const &path, struct stat const *old, std::stri
     return beside.rename_to(path) ? cOutcome::done : failure();
 }
 
+// May a file be that long? Asked first, since the system ends a process that goes on.
+bool within_limit(std::size_t length) {
+    rlimit limit{};
+    bool const good = ::getrlimit(RLIMIT_FSIZE, &limit) != 0 || length <= limit.rlim_cur;
+    if (!good) errno = EFBIG;
+    return good;
+}
+
 // Room for `length` bytes, found before anything of the old content changes. A file system that
 // can't reserve is tried all the same.
 bool reserve(int descriptor, off_t old_length, off_t length) {
     if (length == 0) return true;
-    int const error = cat::os.fallocate(descriptor, 0, length);
+    if (cat::os.fallocate(descriptor, 0, length) == 0) return true;
+    int const error = errno;
     if (error != ENOSPC && error != EDQUOT && error != EFBIG && error != EIO) return true;
     // Whatever was reserved behind the old end goes again; if that fails too, nothing was lost.
     static_cast<void>(cat::os.ftruncate(descriptor, old_length) == 0);
@@ -248,6 +258,7 @@ bool cat::replace_file(std::string const &path, std::string_view bytes) {
     if (!exists && errno != ENOENT) return false;
     if (!can_write_file(path)) return false;
     if (exists && !S_ISREG(old.st_mode)) return write_through(path, bytes);
+    if (!within_limit(bytes.size())) return false;
     cOutcome outcome = cOutcome::not_possible;
     if (!exists || (old.st_nlink == 1 && !names_a_descriptor(path))) {
         std::optional<std::string> const target = follow_links(path);
@@ -262,8 +273,12 @@ bool cat::copy_to_new_file(std::string const &path, std::string const &copy) {
     struct stat old {};
     std::string bytes;
     if (os.stat(path.c_str(), &old) != 0) return false;
-    if (!S_ISREG(old.st_mode)) errno = EINVAL;
-    if (!S_ISREG(old.st_mode) || !read_file(path, bytes)) return false;
+    bool const taken = file_exists(copy); // the rename finds it out again, and for sure
+    if (taken || !S_ISREG(old.st_mode)) {
+        errno = taken ? EEXIST : EINVAL;
+        return false;
+    }
+    if (!read_file(path, bytes) || !within_limit(bytes.size())) return false;
     cBeside beside(copy);
     if (!beside.made()) return false;
     if (!beside.take_over(old)) beside.narrow(old);

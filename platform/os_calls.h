@@ -16,7 +16,7 @@ struct os_calls {
     ssize_t (*write)(int descriptor, void const *bytes, size_t count);
     int (*close)(int descriptor);
     int (*fsync)(int descriptor);
-    int (*fallocate)(int descriptor, off_t offset, off_t length); // gives the error, not -1
+    int (*fallocate)(int descriptor, off_t offset, off_t length); // the file stays as long as it is
     int (*ftruncate)(int descriptor, off_t length);
     int (*fchmod)(int descriptor, mode_t mode);
     int (*fchown)(int descriptor, uid_t user, gid_t group);

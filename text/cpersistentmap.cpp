@@ -82,7 +82,8 @@ objref cPersistentMap::load() {
     cAttrScan scan(in, false); // which connects it to cat::errhandler()
     scan.return_com(keep_comments_);
     if (!scan.openfile(name_.c_str(), true)) {
-        damaged_ = cat::file_exists(name_); // what can't be opened can't be judged
+        // What can't be opened can't be judged, only that it isn't there.
+        damaged_ = cat::file_exists(name_) || (errno != ENOENT && errno != ENOTDIR);
         return {};
     }
     objref value;
@@ -94,16 +95,18 @@ objref cPersistentMap::load() {
 void cPersistentMap::save() {
     bool const folder = cat::is_directory(name_);
     if (!folder && cat::is_read_only(name_)) cat::make_writable(name_);
-    bool const open = cat::can_write_file(name_);
-    if (open && damaged_ && !keep_damaged())
+    if (!cat::can_write_file(name_))
+        tell("Cannot open file for write: ", name_);
+    else if (damaged_ && !keep_damaged())
         tell("Cannot keep damaged file: ", name_);
-    else if (!write2file(*map_, name_.c_str(), true) && open)
+    else if (!write2file(*map_, name_.c_str(), true))
         tell("Cannot write file: ", name_);
 }
 
-// A device or a pipe holds nothing to keep.
+// A device or a pipe holds nothing to keep, and no file either.
 bool cPersistentMap::keep_damaged() const {
-    if (!cat::is_regular(name_)) return true;
+    errno = 0;
+    if (!cat::is_regular(name_)) return errno == 0 || errno == ENOENT;
     std::string const bad = name_ + ".bad";
     for (int i = 1; i <= most_kept; ++i) {
         std::string const copy = i == 1 ? bad : bad + std::to_string(i);

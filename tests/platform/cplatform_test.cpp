@@ -355,10 +355,10 @@ TEST_F(Platform, where_nothing_can_stand_beside_the_file_is_written_in_place) {
 TEST_F(Platform, without_room_the_file_in_place_stays_whole) {
     put(file, "old");
     fs::create_hard_link(file, folder + "/other");
-    cat::os.fallocate = [](int, off_t, off_t) { return ENOSPC; };
+    cat::os.fallocate = [](int, off_t, off_t) { return fail<ENOSPC>(0); };
     EXPECT_FALSE(cat::replace_file(file, "a longer text"));
     EXPECT_EQ(content(file), "old");
-    cat::os.fallocate = [](int, off_t, off_t) { return EOPNOTSUPP; };
+    cat::os.fallocate = [](int, off_t, off_t) { return fail<EOPNOTSUPP>(0); };
     EXPECT_TRUE(cat::replace_file(file, "a longer text"));
     EXPECT_EQ(content(file), "a longer text");
 }

@@ -7,19 +7,26 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <grp.h>
 #include <iterator>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 namespace save_test {
 
-// A folder of its own for each test.
+// A folder of its own for each test: in memory where there is such a place, for thousands of saves.
 class cFolder {
   public:
     cFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "qrv_save_XXXXXX").string();
+        bool const in_memory = ::access("/dev/shm", W_OK | X_OK) == 0;
+        std::string const place =
+            in_memory ? "/dev/shm" : std::filesystem::temp_directory_path().string();
+        std::string pattern = place + "/qrv_save_XXXXXX";
         path_ = ::mkdtemp(pattern.data());
     }
     cFolder(cFolder const &) = delete;
@@ -60,6 +67,33 @@ inline void put(std::string const &path, std::string const &text) {
 inline mode_t mode_of(std::string const &path) {
     struct stat info {};
     return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
+}
+
+// Runs a body in a process of its own: 0 at its end, 1 if one of its expectations failed, the code
+// that it left with, or 128 and the number of the signal that ended it.
+template <class Body> int in_child(Body const &body) {
+    std::fflush(nullptr);
+    pid_t const child = ::fork();
+    if (child == 0) {
+        body();
+        std::fflush(nullptr);
+        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    if (::waitpid(child, &status, 0) != child) return -1;
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+// For a child: rights don't bind root, so it goes on as nobody. The folder is nobody's then.
+inline void become_nobody(cFolder const &folder) {
+    if (::geteuid() != 0) return;
+    constexpr uid_t nobody = 65534;
+    for (auto const &entry : std::filesystem::directory_iterator(folder.path()))
+        EXPECT_EQ(::lchown(entry.path().c_str(), nobody, nobody), 0);
+    EXPECT_EQ(::chown(folder.path().c_str(), nobody, nobody), 0);
+    EXPECT_EQ(::setgroups(0, nullptr), 0);
+    EXPECT_EQ(::setresgid(nobody, nobody, nobody), 0);
+    EXPECT_EQ(::setresuid(nobody, nobody, nobody), 0);
 }
 
 class SaveTest : public QrvTest {

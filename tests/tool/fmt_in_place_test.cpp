@@ -5,6 +5,7 @@
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 
 using tool_test::cRun;
 using tool_test::give_up_rights_over_files;
@@ -189,6 +190,54 @@ TEST_F(ToolFmtInPlace, leaves_the_file_when_there_is_no_room_for_the_new_one) {
               (cRun{2, "", "f: error: cannot write: File too large; the file is as it was\n"}));
     EXPECT_EQ(read("f"), text);
     EXPECT_EQ(files(), 1u);
+}
+
+TEST_F(ToolFmtInPlace, a_limit_on_the_length_of_files_does_not_end_it) {
+    std::string const text = "[" + tool_test::times("1,", 1000) + "]";
+    write("f", text);
+    auto const small_files = [] {
+        rlimit const limit{1000, 1000};
+        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(126); // SIGXFSZ as it is
+    };
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = small_files}),
+              (cRun{2, "", "f: error: cannot write: File too large; the file is as it was\n"}));
+    EXPECT_EQ(read("f"), text);
+    EXPECT_EQ(files(), 1u);
+}
+
+TEST_F(ToolFmtInPlace, refuses_what_is_no_plain_file) {
+    ASSERT_EQ(::mkfifo(path("f").c_str(), 0600), 0);
+    std::thread writer([this] { write("f", "[1]"); });
+    EXPECT_EQ(in_place({"--force"}),
+              (cRun{2, "", "f: error: not written, for it is no plain file\n"}));
+    writer.join();
+    EXPECT_EQ(files(), 1u);
+}
+
+TEST_F(ToolFmtInPlace, refuses_a_hard_link_in_a_way_that_keeps_both_names_whole) {
+    std::string const text = "[" + tool_test::times("1,", 1000) + "]";
+    write("f", text);
+    std::filesystem::create_hard_link(path("f"), path("g"));
+    auto const no_room = [] {
+        rlimit const limit{1000, 1000};
+        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(126);
+    };
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = no_room}).status, 2);
+    EXPECT_EQ(read("f"), text);
+    EXPECT_EQ(read("g"), text);
+}
+
+TEST_F(ToolFmtInPlace, shows_a_name_with_a_line_feed_on_one_line) {
+    write("a\nb", "[1]");
+    EXPECT_EQ(run({"fmt", "-i", "a\nb"}), silent);
+    EXPECT_EQ(read("a\nb"), "[1, ]\n");
+    write("a\nb", "[1] // x");
+    EXPECT_EQ(run({"fmt", "-i", "a\nb"}),
+              (cRun{2, "",
+                    "a\\x0ab:1:5: error: this comment would be lost: // x\n"
+                    "a\\x0ab: error: not written, for something would be lost; --force writes "
+                    "it\n"}));
+    EXPECT_EQ(read("a\nb"), "[1] // x");
 }
 
 TEST_F(ToolFmtInPlace, does_not_need_the_standard_output) {

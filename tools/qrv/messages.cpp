@@ -11,6 +11,15 @@ bool goes_on(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 bool is_control(char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == 127; }
 
+std::string coded(unsigned code) {
+    if (code == 0) return "";
+    char text[16];
+    std::snprintf(text, sizeof text, " [0x%08x]", code);
+    return text;
+}
+
+} // namespace
+
 std::string without_controls(std::string const &text) {
     std::string shown;
     for (char c : text) {
@@ -20,15 +29,6 @@ std::string without_controls(std::string const &text) {
     }
     return shown;
 }
-
-std::string coded(unsigned code) {
-    if (code == 0) return "";
-    char text[16];
-    std::snprintf(text, sizeof text, " [0x%08x]", code);
-    return text;
-}
-
-} // namespace
 
 cPlace behind(cPlace place, std::string const &text, size_t count) {
     for (size_t i = 0; i < count; ++i) {
@@ -58,7 +58,7 @@ std::string cMessages::at(cPlace place) const {
 }
 
 void cMessages::add(std::string const &where, std::string const &text) {
-    lines_ += where + ": " + without_controls(text) + "\n";
+    lines_ += without_controls(where + ": " + text) + "\n";
 }
 
 void cMessages::add_error(std::string const &where, std::string const &text, unsigned code) {
@@ -79,5 +79,5 @@ void cMessages::note(cPlace place, std::string const &text) {
 
 std::string cMessages::text() const {
     if (beyond_ == 0) return lines_;
-    return lines_ + name_ + ": error: " + std::to_string(beyond_) + " more\n";
+    return lines_ + without_controls(name_) + ": error: " + std::to_string(beyond_) + " more\n";
 }

@@ -17,6 +17,9 @@ struct cPlace {
 // The place behind the first `count` characters of a text that begins at `place`.
 cPlace behind(cPlace place, std::string const &text, size_t count);
 
+// The text with its control characters but tabs spelt out: a name of a file may have any.
+std::string without_controls(std::string const &text);
+
 constexpr size_t longest_path = 120; // of characters in a message
 
 // The text cut in the middle, between characters, where it is longer.

@@ -1,5 +1,6 @@
 #include "output.h"
 
+#include "messages.h"
 #include "qrv/platform/cplatform.h"
 
 #include <cerrno>
@@ -19,7 +20,9 @@ bool put_result(std::string_view bytes) {
     return false;
 }
 
-void put_message(std::string const &line) { cat::write_all(STDERR_FILENO, line + "\n"); }
+void put_message(std::string const &line) {
+    cat::write_all(STDERR_FILENO, without_controls(line) + "\n");
+}
 
 std::string reason(char const *what, int error) {
     return std::string(what) + ": " + std::strerror(error);

@@ -119,6 +119,8 @@ int refuse(std::string const &name, std::string const &why) {
 int replace(std::string const &name, cReply const &reply, cWriteOptions const &options) {
     if (reply.status != exit_done && !options.force)
         return refuse(name, "something would be lost; --force writes it");
+    if (options.in_place && cat::file_exists(name) && !cat::is_regular(name))
+        return refuse(name, "it is no plain file");
     if (options.in_place && reply.text == reply.extra) return exit_done;
     if (cat::replace_file(name, reply.text)) return exit_done;
     put_message(name + ": error: " + reason("cannot write", errno) + "; the file is as it was");

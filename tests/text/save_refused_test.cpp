@@ -1,0 +1,352 @@
+// Saving where the system says no: limits on the length of files, full devices, rights, and names
+// that lead to something else than a plain file. The old file stays whole, or the new one stands
+// there; the message names the file.
+
+#include "qrv/containers/cattr.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/text/cfile.h"
+#include "qrv/text/cpersistentmap.h"
+#include "tests/text/save_support.h"
+
+#include <csignal>
+#include <sys/resource.h>
+#include <thread>
+
+using namespace save_test;
+
+namespace {
+
+std::string const text_of_1000 = std::string(1000, 'x'); // written as it is
+std::string const old_text = "{old=1}";
+
+class SaveRefused : public SaveTest {
+  protected:
+    SaveRefused() : program_(folder_.file("program")), before_(program_invocation_name) {
+        program_invocation_name = program_.data();
+    }
+    ~SaveRefused() override { program_invocation_name = before_; }
+
+    std::string const file_ = folder_.file("map");
+
+    bool save(std::string const &name) const {
+        return write2file(*cat::of(text_of_1000), name.c_str(), false);
+    }
+    bool save() const { return save(file_); }
+    static std::string refused(std::string const &name) {
+        return "Cannot open file for write: " + name + "\n";
+    }
+    // The map is loaded, gets a long entry, and is saved.
+    static void pass() {
+        cPersistentMap map("map", false);
+        map.busmap()["long"] = cat::of(text_of_1000);
+    }
+    // In a child that is nobody: the expectations of the body hold.
+    template <class Body> void as_nobody(Body const &body) {
+        EXPECT_EQ(in_child([&] {
+                      become_nobody(folder_);
+                      body();
+                  }),
+                  0);
+    }
+
+  private:
+    std::string program_;
+    char *const before_;
+};
+
+// Files may have 100 bytes at most.
+void limit_files(bool ignore_signal) {
+    rlimit const limit{100, 100};
+    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    EXPECT_NE(::signal(SIGXFSZ, ignore_signal ? SIG_IGN : SIG_DFL), SIG_ERR);
+}
+
+} // namespace
+
+// --- room ---
+
+TEST_F(SaveRefused, a_limit_on_the_length_of_files_leaves_the_old_one_and_the_process_alive) {
+    for (bool const ignore_signal : {true, false})
+        for (bool const linked : {false, true}) {
+            std::filesystem::remove(folder_.file("twin"));
+            put(file_, old_text);
+            if (linked) std::filesystem::create_hard_link(file_, folder_.file("twin"));
+            int const status = in_child([&] {
+                limit_files(ignore_signal);
+                bool const done = save();
+                int const why = errno;
+                if (done) ::_exit(2);
+                if (why != EFBIG) ::_exit(3);
+            });
+            EXPECT_EQ(status, 0);
+            EXPECT_EQ(bytes_of(file_), old_text);
+            EXPECT_EQ(folder_.names(), linked ? "map twin" : "map");
+        }
+}
+
+TEST_F(SaveRefused, a_text_of_just_the_limit_fits) {
+    put(file_, old_text);
+    EXPECT_EQ(in_child([&] {
+                  limit_files(false);
+                  if (!write2file(*cat::of(std::string(100, 'x')), file_.c_str(), false))
+                      ::_exit(2);
+                  if (write2file(*cat::of(std::string(101, 'y')), file_.c_str(), false)) ::_exit(3);
+              }),
+              0);
+    EXPECT_EQ(bytes_of(file_), std::string(100, 'x'));
+}
+
+TEST_F(SaveRefused, a_persistent_map_that_has_no_room_tells_and_leaves_the_old_file) {
+    for (std::string const &text : {old_text, std::string("[damaged]")}) {
+        put(file_, text);
+        EXPECT_EQ(in_child([&] {
+                      limit_files(false);
+                      pass();
+                      if (messages() != "Cannot write file: " + file_ + "\n") ::_exit(2);
+                  }),
+                  0);
+        EXPECT_EQ(bytes_of(file_), text);
+    }
+    EXPECT_EQ(folder_.names(), "map map.bad");
+    EXPECT_EQ(bytes_of(file_ + ".bad"), "[damaged]");
+}
+
+TEST_F(SaveRefused, a_damaged_file_that_has_no_room_for_a_copy_stays) {
+    std::string const text = "[" + std::string(200, ' ') + "]";
+    put(file_, text);
+    EXPECT_EQ(in_child([&] {
+                  limit_files(false);
+                  { cPersistentMap("map", false).busmap(); } // short enough itself
+                  if (messages() != "Cannot keep damaged file: " + file_ + "\n") ::_exit(2);
+              }),
+              0);
+    EXPECT_EQ(bytes_of(file_), text);
+    EXPECT_EQ(folder_.names(), "map");
+}
+
+TEST_F(SaveRefused, a_full_device_gives_false) {
+    EXPECT_FALSE(save("/dev/full"));
+    EXPECT_EQ(errno, ENOSPC);
+    std::filesystem::create_symlink("/dev/full", file_);
+    EXPECT_FALSE(save());
+    pass();
+    EXPECT_EQ(messages(), "Cannot write file: " + file_ + "\n");
+    EXPECT_EQ(folder_.names(), "map");
+    EXPECT_TRUE(std::filesystem::is_symlink(file_));
+}
+
+// --- rights ---
+
+TEST_F(SaveRefused, in_a_folder_without_the_right_to_write_an_old_file_is_written_in_place) {
+    put(file_, old_text);
+    as_nobody([&] {
+        EXPECT_EQ(::chmod(folder_.path().c_str(), 0555), 0);
+        struct stat before {
+        }, after{};
+        EXPECT_EQ(::stat(file_.c_str(), &before), 0);
+        EXPECT_TRUE(save());
+        EXPECT_EQ(::stat(file_.c_str(), &after), 0);
+        EXPECT_EQ(before.st_ino, after.st_ino);
+        EXPECT_FALSE(save(folder_.file("new")));
+        EXPECT_EQ(messages(), refused(folder_.file("new")));
+    });
+    EXPECT_EQ(bytes_of(file_), text_of_1000);
+    EXPECT_EQ(folder_.names(), "map");
+}
+
+TEST_F(SaveRefused, a_damaged_file_in_such_a_folder_stays) {
+    put(file_, "[damaged]");
+    as_nobody([&] {
+        EXPECT_EQ(::chmod(folder_.path().c_str(), 0555), 0);
+        pass();
+        EXPECT_EQ(messages(), "Cannot keep damaged file: " + file_ + "\n");
+    });
+    EXPECT_EQ(bytes_of(file_), "[damaged]");
+    EXPECT_EQ(folder_.names(), "map");
+}
+
+TEST_F(SaveRefused, a_folder_that_must_not_be_searched_is_told) {
+    put(file_, old_text);
+    as_nobody([&] {
+        EXPECT_EQ(::chmod(folder_.path().c_str(), 0), 0);
+        EXPECT_FALSE(save());
+        EXPECT_EQ(messages(), refused(file_));
+        pass();
+        EXPECT_EQ(messages(), refused(file_));
+        EXPECT_EQ(::chmod(folder_.path().c_str(), 0700), 0);
+    });
+    EXPECT_EQ(bytes_of(file_), old_text);
+}
+
+TEST_F(SaveRefused, the_right_to_the_folder_may_go_between_loading_and_saving) {
+    put(file_, old_text);
+    as_nobody([&] {
+        {
+            cPersistentMap map("map", false);
+            map.busmap()["new"] = cat::of(2);
+            EXPECT_EQ(::chmod(folder_.path().c_str(), 0), 0);
+        }
+        EXPECT_EQ(messages(), refused(file_));
+        EXPECT_EQ(::chmod(folder_.path().c_str(), 0700), 0);
+    });
+    EXPECT_EQ(bytes_of(file_), old_text);
+}
+
+TEST_F(SaveRefused, a_file_that_must_not_be_written_is_told_and_stays) {
+    put(file_, old_text);
+    as_nobody([&] {
+        EXPECT_EQ(::chmod(file_.c_str(), 0400), 0);
+        EXPECT_FALSE(save());
+        EXPECT_EQ(messages(), refused(file_));
+        EXPECT_EQ(mode_of(file_), 0400u);
+    });
+    EXPECT_EQ(bytes_of(file_), old_text);
+}
+
+TEST_F(SaveRefused, a_read_only_file_of_a_persistent_map_is_written) {
+    put(file_, old_text);
+    as_nobody([&] {
+        EXPECT_EQ(::chmod(file_.c_str(), 0444), 0);
+        { cPersistentMap("map", false).busmap(); }
+        EXPECT_EQ(messages(), "");
+        EXPECT_EQ(mode_of(file_), 0644u);
+    });
+    EXPECT_NE(bytes_of(file_), old_text);
+}
+
+TEST_F(SaveRefused, a_file_that_may_be_written_but_not_read_is_replaced) {
+    put(file_, old_text);
+    as_nobody([&] {
+        EXPECT_EQ(::chmod(file_.c_str(), 0200), 0);
+        EXPECT_TRUE(save());
+        EXPECT_EQ(messages(), "");
+        EXPECT_EQ(mode_of(file_), 0200u);
+    });
+    EXPECT_EQ(::chmod(file_.c_str(), 0600), 0);
+    EXPECT_EQ(bytes_of(file_), text_of_1000);
+}
+
+TEST_F(SaveRefused, a_persistent_map_never_overwrites_what_it_could_not_read) {
+    put(file_, old_text);
+    as_nobody([&] {
+        EXPECT_EQ(::chmod(file_.c_str(), 0200), 0);
+        pass();
+        EXPECT_EQ(messages(), "Cannot keep damaged file: " + file_ + "\n");
+    });
+    EXPECT_EQ(::chmod(file_.c_str(), 0600), 0);
+    EXPECT_EQ(bytes_of(file_), old_text);
+    EXPECT_EQ(folder_.names(), "map");
+}
+
+// Somebody else's file, which we may write by its mode: a new file can't be given away.
+TEST_F(SaveRefused, a_file_of_another_owner_is_written_in_place_and_its_copy_is_private) {
+    put(file_, "[damaged]");
+    EXPECT_EQ(::chmod(file_.c_str(), 0664), 0);
+    cat::os.fstat = [](int descriptor, struct stat *info) {
+        int const result = ::fstat(descriptor, info);
+        ++info->st_uid;
+        return result;
+    };
+    cat::os.fchown = [](int, uid_t, gid_t) {
+        errno = EPERM;
+        return -1;
+    };
+    struct stat before {
+    }, after{};
+    ASSERT_EQ(::stat(file_.c_str(), &before), 0);
+    pass();
+    EXPECT_EQ(messages(), "");
+    ASSERT_EQ(::stat(file_.c_str(), &after), 0);
+    EXPECT_EQ(before.st_ino, after.st_ino);
+    EXPECT_EQ(mode_of(file_), 0664u);
+    EXPECT_NE(bytes_of(file_), "[damaged]");
+    EXPECT_EQ(bytes_of(file_ + ".bad"), "[damaged]");
+    EXPECT_EQ(mode_of(file_ + ".bad"), 0600u);
+    EXPECT_EQ(folder_.names(), "map map.bad");
+}
+
+// --- names ---
+
+TEST_F(SaveRefused, a_link_to_nothing_gets_its_target) {
+    std::filesystem::create_symlink("target", file_);
+    EXPECT_TRUE(save());
+    EXPECT_TRUE(std::filesystem::is_symlink(file_));
+    EXPECT_EQ(bytes_of(folder_.file("target")), text_of_1000);
+    EXPECT_EQ(folder_.names(), "map target");
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(SaveRefused, a_link_into_a_missing_folder_or_to_itself_is_told) {
+    for (char const *target : {"none/target", "map"}) {
+        std::filesystem::remove(file_);
+        std::filesystem::create_symlink(target, file_);
+        EXPECT_FALSE(save());
+        EXPECT_EQ(messages(), refused(file_));
+        pass();
+        EXPECT_EQ(messages(), refused(file_));
+        EXPECT_EQ(folder_.names(), "map");
+    }
+}
+
+TEST_F(SaveRefused, a_folder_and_a_missing_one_are_told) {
+    std::filesystem::create_directory(file_);
+    for (std::string const &name : {file_, file_ + "/", folder_.file("none/map"), file_ + "/x/y"}) {
+        EXPECT_FALSE(save(name));
+        EXPECT_EQ(messages(), refused(name));
+    }
+    pass();
+    EXPECT_EQ(messages(), refused(file_));
+    EXPECT_EQ(folder_.names(), "map");
+    EXPECT_TRUE(std::filesystem::is_empty(file_));
+}
+
+TEST_F(SaveRefused, a_pipe_gets_the_text_and_stays_a_pipe) {
+    ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
+    std::string read;
+    std::thread reader([&] {
+        std::ifstream is(file_, std::ios::binary);
+        read.assign(std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>());
+    });
+    EXPECT_TRUE(save());
+    reader.join();
+    EXPECT_EQ(read, text_of_1000);
+    EXPECT_TRUE(std::filesystem::is_fifo(file_));
+    EXPECT_EQ(folder_.names(), "map");
+}
+
+TEST_F(SaveRefused, a_name_with_a_line_feed_or_of_any_bytes_is_a_name) {
+    for (std::string const &name :
+         {std::string("a\nb"), std::string("\xff\x01 %s%n"), std::string(251, 'n')}) {
+        std::string const file = folder_.file(name);
+        put(file, old_text);
+        EXPECT_TRUE(save(file));
+        EXPECT_EQ(bytes_of(file), text_of_1000);
+        EXPECT_EQ(folder_.names(), name);
+        std::string const below = file + "/x";
+        EXPECT_FALSE(save(below));
+        EXPECT_EQ(messages(), refused(below));
+        std::filesystem::remove(file);
+    }
+}
+
+TEST_F(SaveRefused, a_damaged_file_whose_copy_would_have_too_long_a_name_stays) {
+    for (std::size_t const length : {251u, 252u}) {
+        std::string const name(length, 'n'), file = folder_.file(name);
+        put(file, "[damaged]");
+        { cPersistentMap(name.c_str(), false).busmap(); }
+        bool const fits = length + 4 <= 255;
+        EXPECT_EQ(messages(), fits ? "" : "Cannot keep damaged file: " + file + "\n");
+        EXPECT_EQ(bytes_of(file) == "[damaged]", !fits);
+    }
+}
+
+TEST_F(SaveRefused, a_name_that_is_too_long_is_told) {
+    std::string const name = folder_.file(std::string(256, 'n')), path(5000, '/');
+    EXPECT_FALSE(save(name));
+    EXPECT_EQ(messages(), refused(name));
+    EXPECT_FALSE(save(path));
+    EXPECT_EQ(messages(), refused(path));
+    { cPersistentMap(std::string(5000, 'n').c_str(), false).busmap(); }
+    EXPECT_EQ(messages(), refused(folder_.file(std::string(5000, 'n'))));
+}

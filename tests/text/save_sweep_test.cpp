@@ -1,0 +1,372 @@
+// The care of saving: every call to the system fails once, with every error that it may give, or
+// the process dies there. Afterwards the file holds the old text or the new one, whole; the result
+// tells which; and nothing is left beside it.
+
+#include "qrv/core/cobjd.h"
+#include "qrv/platform/cplatform.h"
+#include "qrv/text/cfile.h"
+#include "qrv/text/cpersistentmap.h"
+#include "tests/text/save_support.h"
+
+#include <cstring>
+#include <functional>
+
+using namespace save_test;
+
+namespace {
+
+constexpr int most_calls = 200;
+int const errors[] = {EPERM, EINTR,  EIO,    EAGAIN, ENOMEM,       EACCES, EBUSY, EMFILE,
+                      EFBIG, ENOSPC, EDQUOT, EROFS,  ENAMETOOLONG, EXDEV,  ELOOP};
+
+// A file and what stands around it, made anew for each run.
+struct cScene {
+    char const *name;
+    std::function<void(cFolder const &)> make;
+    char const *names; // in the folder afterwards
+};
+
+std::string const old_text = "{old=1}";
+
+std::vector<cScene> const scenes{
+    {"a plain file", [](cFolder const &f) { put(f.file("map"), old_text); }, "map"},
+    {"a plain file with other rights",
+     [](cFolder const &f) {
+         put(f.file("map"), old_text);
+         EXPECT_EQ(::chmod(f.file("map").c_str(), 0640), 0);
+     },
+     "map"},
+    {"a symbolic link",
+     [](cFolder const &f) {
+         put(f.file("target"), old_text);
+         std::filesystem::create_symlink("target", f.file("map"));
+     },
+     "map target"},
+    {"two names",
+     [](cFolder const &f) {
+         put(f.file("map"), old_text);
+         std::filesystem::create_hard_link(f.file("map"), f.file("twin"));
+     },
+     "map twin"},
+};
+
+class SaveSweep : public SaveTest {
+  protected:
+    SaveSweep() : program_(folder_.file("program")), before_(program_invocation_name) {
+        program_invocation_name = program_.data();
+    }
+    ~SaveSweep() override { program_invocation_name = before_; }
+
+    std::string bytes() const { return bytes_of(folder_.file("map")); }
+    void make(cScene const &scene) {
+        for (auto const &entry : std::filesystem::directory_iterator(folder_.path()))
+            std::filesystem::remove_all(entry.path());
+        scene.make(folder_);
+        messages();
+    }
+    // For each scene, error and call: the body is run while that call fails, then the check.
+    void each_failing_call(std::vector<cScene> const &all, std::function<void()> const &body,
+                           std::function<void(cScene const &, int error)> const &check) {
+        for (cScene const &scene : all)
+            for (int const error : errors)
+                for (int n = 0; n < most_calls; ++n) {
+                    make(scene);
+                    std::string hit;
+                    {
+                        cOsFaults const faults(n, error);
+                        body();
+                        hit = faults.hit();
+                    }
+                    if (hit.empty()) {
+                        EXPECT_GT(n, 5) << scene.name;
+                        break;
+                    }
+                    SCOPED_TRACE(std::string(scene.name) + ", call " + std::to_string(n) + ", " +
+                                 hit + ": " + std::strerror(error));
+                    check(scene, error);
+                }
+    }
+    // For each scene and call: the body is run by a process that ends there, then the check.
+    void each_deadly_call(std::vector<cScene> const &all, std::function<void()> const &body,
+                          std::function<void(cScene const &)> const &check) {
+        for (cScene const &scene : all)
+            for (int n = 0; n < most_calls; ++n) {
+                make(scene);
+                int const status = in_child([&] {
+                    cOsFaults const faults(n, cOsFaults::dies);
+                    body();
+                });
+                SCOPED_TRACE(std::string(scene.name) + ", call " + std::to_string(n));
+                if (status == 0) {
+                    EXPECT_GT(n, 5) << scene.name;
+                    break;
+                }
+                EXPECT_EQ(status, 9);
+                check(scene);
+            }
+    }
+    // What lies in the folder but for the file that a dead process was about to write.
+    std::string names_but_unfinished() const {
+        std::string const names = folder_.names();
+        auto const end = names.find("~ ");
+        return names.starts_with(".qrv") && end != names.npos ? names.substr(end + 2) : names;
+    }
+
+  private:
+    std::string program_;
+    char *const before_;
+};
+
+std::string const new_text = "{ a text that is longer than the old one }";
+
+cScene const no_file{"no file", [](cFolder const &) {}, "map"};
+cScene const link_to_nothing{
+    "a link to nothing",
+    [](cFolder const &f) { std::filesystem::create_symlink("target", f.file("map")); },
+    "map target"};
+
+} // namespace
+
+// --- the platform's replacement ---
+
+TEST_F(SaveSweep, a_replacement_with_a_failing_call_gives_old_or_new_and_tells_why) {
+    bool done = false;
+    int why = 0;
+    each_failing_call(
+        scenes,
+        [&] {
+            errno = 0;
+            done = cat::replace_file(folder_.file("map"), new_text);
+            why = errno;
+        },
+        [&](cScene const &scene, int error) {
+            EXPECT_EQ(bytes(), done ? new_text : old_text);
+            if (!done) {
+                EXPECT_EQ(std::string(std::strerror(why)), std::strerror(error));
+            }
+            EXPECT_EQ(folder_.names(), scene.names);
+        });
+}
+
+TEST_F(SaveSweep, a_shorter_text_in_place_is_put_back_whole_too) {
+    bool done = false;
+    each_failing_call(
+        {scenes.back()}, [&] { done = cat::replace_file(folder_.file("map"), "{}"); },
+        [&](cScene const &scene, int) {
+            EXPECT_EQ(bytes(), done ? "{}" : old_text);
+            EXPECT_EQ(folder_.names(), scene.names);
+        });
+}
+
+TEST_F(SaveSweep, rights_and_links_stay_whatever_fails) {
+    bool done = false;
+    each_failing_call(
+        scenes, [&] { done = cat::replace_file(folder_.file("map"), new_text); },
+        [&](cScene const &scene, int) {
+            std::string const name = scene.name;
+            std::string const file = folder_.file("map");
+            if (name == "a plain file with other rights") {
+                EXPECT_EQ(mode_of(file), 0640u);
+            }
+            if (name == "a symbolic link") {
+                EXPECT_TRUE(std::filesystem::is_symlink(file));
+            }
+            if (name == "two names") {
+                EXPECT_EQ(bytes_of(folder_.file("twin")), bytes());
+            }
+        });
+}
+
+TEST_F(SaveSweep, a_replacement_that_dies_at_any_call_gives_old_or_new) {
+    int old_ones = 0, new_ones = 0;
+    each_deadly_call(
+        scenes, [&] { cat::replace_file(folder_.file("map"), new_text); },
+        [&](cScene const &scene) {
+            ++(bytes() == new_text ? new_ones : old_ones);
+            EXPECT_TRUE(bytes() == new_text || bytes() == old_text) << bytes();
+            EXPECT_EQ(names_but_unfinished(), scene.names);
+        });
+    EXPECT_GT(old_ones, 20);
+    EXPECT_GT(new_ones, 0);
+}
+
+TEST_F(SaveSweep, a_new_file_is_there_whole_or_not_at_all) {
+    bool done = false;
+    auto const check = [&](cScene const &scene, bool with_result) {
+        bool const there = std::filesystem::exists(folder_.file("map"));
+        if (there) {
+            EXPECT_EQ(bytes(), new_text);
+        }
+        if (with_result) {
+            EXPECT_EQ(there, done);
+        }
+        std::string const names = with_result ? folder_.names() : names_but_unfinished();
+        std::string const without = scene.name == no_file.name ? "" : "map"; // the link
+        if (!names.starts_with(".qrv")) { // of a dead process, and nothing else there
+            EXPECT_EQ(names, there ? scene.names : without);
+        }
+    };
+    auto const body = [&] { done = cat::replace_file(folder_.file("map"), new_text); };
+    each_failing_call({no_file, link_to_nothing}, body,
+                      [&](cScene const &scene, int) { check(scene, true); });
+    each_deadly_call({no_file, link_to_nothing}, body,
+                     [&](cScene const &scene) { check(scene, false); });
+}
+
+// --- copies ---
+
+TEST_F(SaveSweep, a_copy_is_whole_or_not_there) {
+    bool done = false;
+    auto const body = [&] {
+        done = cat::copy_to_new_file(folder_.file("map"), folder_.file("copy"));
+    };
+    auto const check = [&](bool with_result) {
+        bool const there = std::filesystem::exists(folder_.file("copy"));
+        if (there) {
+            EXPECT_EQ(bytes_of(folder_.file("copy")), old_text);
+        }
+        if (with_result) {
+            EXPECT_EQ(there, done);
+        }
+        EXPECT_EQ(bytes(), old_text);
+        std::string const names = with_result ? folder_.names() : names_but_unfinished();
+        EXPECT_EQ(names, there ? "copy map" : "map");
+    };
+    each_failing_call({scenes[0]}, body, [&](cScene const &, int) { check(true); });
+    each_deadly_call({scenes[0]}, body, [&](cScene const &) { check(false); });
+}
+
+// --- write2file ---
+
+TEST_F(SaveSweep, write2file_with_a_failing_call_gives_old_or_new_and_tells) {
+    objref const number = cat::of(1234567890);
+    bool done = false;
+    std::string const refused = "Cannot open file for write: " + folder_.file("map") + "\n";
+    int told_ones = 0;
+    each_failing_call(
+        scenes, [&] { done = write2file(*number, folder_.file("map").c_str(), false); },
+        [&](cScene const &scene, int) {
+            EXPECT_EQ(bytes(), done ? "1234567890" : old_text);
+            EXPECT_EQ(folder_.names(), scene.names);
+            std::string const told = messages();
+            EXPECT_TRUE(told == "" || told == refused) << told;
+            if (done) {
+                EXPECT_EQ(told, "");
+            }
+            told_ones += told == refused;
+        });
+    EXPECT_GT(told_ones, 20);
+}
+
+TEST_F(SaveSweep, write2file_that_dies_at_any_call_gives_old_or_new) {
+    objref const number = cat::of(1234567890);
+    each_deadly_call(
+        scenes, [&] { write2file(*number, folder_.file("map").c_str(), false); },
+        [&](cScene const &scene) {
+            std::string const now = bytes();
+            EXPECT_TRUE(now == old_text || now == "1234567890") << now;
+            EXPECT_EQ(names_but_unfinished(), scene.names);
+        });
+}
+
+// --- persistent maps ---
+
+namespace {
+
+std::string const saved = "// Platform Quorvanta(R), Attributes version 2.0\n"
+                          "// by the Quorvanta developers\n"
+                          "\n"
+                          "{old= 1; }";
+
+// The map is loaded and saved.
+void pass() {
+    cPersistentMap map("map", false);
+    map.busmap();
+}
+
+std::string const damaged_text = "{old=1} damaged";
+cScene const damaged{"a damaged file", [](cFolder const &f) { put(f.file("map"), damaged_text); },
+                     "map map.bad"};
+cScene const damaged_again{"a damaged file beside another",
+                           [](cFolder const &f) {
+                               put(f.file("map"), damaged_text);
+                               put(f.file("map.bad"), "earlier");
+                           },
+                           "map map.bad map.bad2"};
+cScene const read_only{"a read-only file",
+                       [](cFolder const &f) {
+                           put(f.file("map"), old_text);
+                           EXPECT_EQ(::chmod(f.file("map").c_str(), 0444), 0);
+                       },
+                       "map"};
+
+} // namespace
+
+TEST_F(SaveSweep, a_persistent_map_with_a_failing_call_is_saved_or_tells) {
+    std::vector<cScene> all = scenes;
+    all.push_back(read_only);
+    std::string const file = folder_.file("map");
+    int unsaved = 0;
+    each_failing_call(all, pass, [&](cScene const &scene, int) {
+        std::string const told = messages();
+        if (told.empty()) {
+            EXPECT_EQ(bytes(), saved);
+        } else {
+            EXPECT_EQ(bytes(), old_text);
+            // A call that works again a moment later can give both lines.
+            std::string const refused = "Cannot open file for write: " + file + "\n";
+            std::string const failed = "Cannot write file: " + file + "\n";
+            EXPECT_TRUE(told == refused || told == failed || told == refused + failed) << told;
+            ++unsaved;
+        }
+        EXPECT_EQ(folder_.names(), scene.names);
+    });
+    EXPECT_GT(unsaved, 100);
+}
+
+TEST_F(SaveSweep, a_damaged_file_is_never_lost_whatever_fails) {
+    std::string const file = folder_.file("map");
+    int unkept = 0;
+    each_failing_call({damaged, damaged_again}, pass, [&](cScene const &scene, int) {
+        bool const beside = std::string(scene.name) == damaged_again.name;
+        if (beside) {
+            EXPECT_EQ(bytes_of(file + ".bad"), "earlier");
+        }
+        std::string const copy = file + (beside ? ".bad2" : ".bad");
+        bool const kept = std::filesystem::exists(copy);
+        if (kept) {
+            EXPECT_EQ(bytes_of(copy), damaged_text);
+        }
+        std::string const told = messages();
+        if (told.empty()) {
+            EXPECT_TRUE(kept);
+            EXPECT_EQ(bytes(), saved);
+        } else {
+            EXPECT_EQ(bytes(), damaged_text);
+            EXPECT_TRUE(told.starts_with("Cannot ")) << told;
+        }
+        if (told == "Cannot keep damaged file: " + file + "\n") ++unkept;
+        EXPECT_EQ(folder_.names(), kept ? scene.names : beside ? "map map.bad" : "map");
+    });
+    EXPECT_GT(unkept, 100);
+}
+
+TEST_F(SaveSweep, a_persistent_map_that_dies_at_any_call_loses_nothing) {
+    std::vector<cScene> all = scenes;
+    all.insert(all.end(), {read_only, damaged, damaged_again});
+    each_deadly_call(all, pass, [&](cScene const &scene) {
+        std::string const file = folder_.file("map");
+        if (std::string(scene.name).find("damaged") == std::string::npos) {
+            EXPECT_TRUE(bytes() == saved || bytes() == old_text) << bytes();
+            return;
+        }
+        bool const beside = scene.name == damaged_again.name;
+        if (beside) {
+            EXPECT_EQ(bytes_of(file + ".bad"), "earlier");
+        }
+        std::string const copy = file + (beside ? ".bad2" : ".bad");
+        if (bytes() == damaged_text) return;
+        EXPECT_EQ(bytes(), saved);
+        EXPECT_EQ(bytes_of(copy), damaged_text);
+    });
+}
