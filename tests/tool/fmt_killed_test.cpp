@@ -30,7 +30,7 @@ struct cFault {
 class cWatched {
   public:
     cWatched(std::string const &folder, std::vector<std::string> arguments, cFault fault)
-        : fault_(fault),
+        : folder_(folder), fault_(fault),
           tool_(folder, std::move(arguments), {.prepare = [] { ::ptrace(PTRACE_TRACEME); }}) {
         int status = wait(); // before the tool's first instruction
         ::ptrace(PTRACE_SETOPTIONS, tool_.pid(), nullptr, PTRACE_O_TRACESYSGOOD);
@@ -65,24 +65,36 @@ class cWatched {
         ::ptrace(PTRACE_GETREGS, tool_.pid(), nullptr, &registers);
         bool const opens = registers.orig_rax == SYS_openat;
         counting_ = counting_ || (opens && (registers.rdx & O_ACCMODE) == O_WRONLY);
-        if (!counting_ || !counted(registers.orig_rax) || number_++ != fault_.at) return;
+        if (!counting_ || !counted(registers) || number_++ != fault_.at) return;
         hit_ = true;
         if (fault_.error)
             fail(registers);
         else
             ::kill(tool_.pid(), SIGKILL);
     }
-    // The end of the tool counts too, but can't fail.
-    bool counted(unsigned long long call) const {
-        return saves(call) || (call == SYS_exit_group && fault_.error == 0);
+    // Calls that saving makes, about files by name or about open files of the folder: not those of
+    // the memory manager, nor the pipes by which a sanitizer probes memory. The end of the tool
+    // counts too, but can't fail.
+    bool counted(user_regs_struct const &registers) const {
+        static unsigned long long const by_name[] = {SYS_openat,    SYS_rename,   SYS_unlink,
+                                                     SYS_stat,      SYS_readlink, SYS_newfstatat,
+                                                     SYS_faccessat2};
+        static unsigned long long const by_descriptor[] = {SYS_read,   SYS_write,     SYS_close,
+                                                           SYS_fsync,  SYS_fallocate, SYS_ftruncate,
+                                                           SYS_fchmod, SYS_fchown,    SYS_fstat};
+        auto const is_in = [&registers](auto const &calls) {
+            return std::find(std::begin(calls), std::end(calls), registers.orig_rax) !=
+                   std::end(calls);
+        };
+        if (registers.orig_rax == SYS_exit_group) return fault_.error == 0;
+        return is_in(by_name) || (is_in(by_descriptor) && in_folder(registers.rdi));
     }
-    // Only calls that saving makes: not those of the memory manager or of the program's end.
-    static bool saves(unsigned long long call) {
-        static unsigned long long const calls[] = {
-            SYS_openat,    SYS_open,   SYS_write,    SYS_close,      SYS_fsync,  SYS_fallocate,
-            SYS_ftruncate, SYS_fchmod, SYS_fchown,   SYS_rename,     SYS_unlink, SYS_newfstatat,
-            SYS_stat,      SYS_fstat,  SYS_readlink, SYS_faccessat2, SYS_read};
-        return std::find(std::begin(calls), std::end(calls), call) != std::end(calls);
+    bool in_folder(unsigned long long descriptor) const {
+        std::error_code error;
+        std::string const link = "/proc/" + std::to_string(tool_.pid()) + "/fd/";
+        std::filesystem::path const file =
+            std::filesystem::read_symlink(link + std::to_string(descriptor), error);
+        return !error && file.string().starts_with(folder_);
     }
     // The call isn't made; its result is the error. Then the tool goes on unwatched.
     void fail(user_regs_struct registers) {
@@ -97,6 +109,7 @@ class cWatched {
         ::ptrace(PTRACE_DETACH, tool_.pid(), nullptr, 0);
     }
 
+    std::string const folder_;
     cFault const fault_;
     tool_test::cProcess tool_;
     bool entering_ = false;
