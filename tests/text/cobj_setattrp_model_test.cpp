@@ -139,6 +139,10 @@ void erase(Node &holder, size_t place) {
     for (size_t i = 0; i < holder.items.size(); ++i) holder.items[i].first = static_cast<int>(i);
 }
 
+void remove(Node &map, Key const &key) {
+    std::erase_if(map.items, [&key](auto const &item) { return item.first == key; });
+}
+
 bool store(Node &node, Key const &key, Ref const &value) {
     if (!node.is_container()) return false;
     if (node.kind == Kind::set && holds_equal(node, value)) return true;
@@ -171,17 +175,18 @@ bool copy(Ref const &target, Ref const &source, Pairs &done) {
     if (!done.emplace(target.get(), source.get()).second) return true;
     auto const own = target->items;
     auto const given = source->items;
+    std::set<Key> before;
+    for (auto const &item : own) before.insert(item.first);
     bool result = true;
     for (auto const &[key, value] : own) {
         if (find(*source, key)) {
             result &= assign(*find(*target, key), *find(*source, key), done);
         } else if (target->kind == Kind::map) {
-            std::erase_if(target->items, [&key](auto const &item) { return item.first == key; });
+            remove(*target, key);
         }
     }
     for (auto const &[key, value] : given) {
-        bool const is_new = std::none_of(own.begin(), own.end(),
-                                         [&key](auto const &item) { return item.first == key; });
+        bool const is_new = !before.contains(key);
         if (is_new && target->kind == Kind::map)
             result &= store(*target, key, value);
         else if (is_new)
