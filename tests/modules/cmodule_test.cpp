@@ -218,6 +218,21 @@ TEST_F(Module, a_shared_module_outlives_its_file) {
     EXPECT_TRUE(again->unload());
 }
 
+TEST_F(Module, a_shared_module_is_not_found_again_though_its_file_stays) {
+    put("plain");
+    auto const shared = cRef<cModule>::share(cModule::load("plain"));
+    void *const held = ::dlopen("./plain.so", RTLD_NOW);
+    EXPECT_TRUE(shared->unload());
+    EXPECT_TRUE(is_mapped("./plain.so"));
+    EXPECT_EQ(cRepoImpl::find(modules(), "plain"), nullptr);
+    EXPECT_EQ(module_of("plain thing"), &cGetMainModule());
+    cModule *const again = cModule::load("plain");
+    EXPECT_NE(again, shared.get());
+    EXPECT_TRUE(again->unload());
+    ::dlclose(held);
+    EXPECT_FALSE(is_mapped("./plain.so"));
+}
+
 TEST_F(Module, unload_is_answered_for_a_module_that_is_gone) {
     put("plain");
     cModule *const module = cModule::load("plain");

@@ -9,7 +9,8 @@
 // further modules while it is loaded itself.
 //
 // How to build one: link it with the shared libqrv, as the program is, and give g++ the flag
-// -fno-gnu-unique (clang knows no such flag and needs none). Without it a module that holds a
+// -fno-gnu-unique (clang knows no such flag and needs none); the CMake target qrv::module does
+// both. Without the flag a module that holds a
 // static variable of an inline function or of a template is never unmapped: unload() says true,
 // but its static objects live on, and loading it again makes no new ones.
 //
