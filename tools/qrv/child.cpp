@@ -13,10 +13,11 @@
 
 namespace {
 
-// A reply on the pipe: the status, then each text behind its length.
+// A reply on the pipe: status and flag, the count, then each text behind its length.
 std::string packed(cReply const &reply) {
-    std::string bytes(1, static_cast<char>(reply.status));
-    for (std::string const *text : {&reply.text, &reply.messages, &reply.extra}) {
+    std::string bytes{static_cast<char>(reply.status), static_cast<char>(reply.comes_back)};
+    bytes.append(reinterpret_cast<char const *>(&reply.errors), sizeof reply.errors);
+    for (std::string const *text : {&reply.text, &reply.messages, &reply.extra, &reply.image}) {
         std::uint64_t const size = text->size();
         bytes.append(reinterpret_cast<char const *>(&size), sizeof size);
         bytes += *text;
@@ -36,11 +37,13 @@ bool unpack_text(std::string const &bytes, size_t &at, std::string &text) {
 }
 
 bool unpack(std::string const &bytes, cReply &reply) {
-    size_t at = 1;
-    if (bytes.empty() || !unpack_text(bytes, at, reply.text) ||
-        !unpack_text(bytes, at, reply.messages) || !unpack_text(bytes, at, reply.extra))
-        return false;
+    size_t at = 2 + sizeof reply.errors;
+    if (bytes.size() < at) return false;
     reply.status = static_cast<unsigned char>(bytes[0]);
+    reply.comes_back = bytes[1] != 0;
+    std::memcpy(&reply.errors, bytes.data() + 2, sizeof reply.errors);
+    for (std::string *text : {&reply.text, &reply.messages, &reply.extra, &reply.image})
+        if (!unpack_text(bytes, at, *text)) return false;
     return at == bytes.size();
 }
 

@@ -2,14 +2,18 @@
 // Work in a child process. A file may declare types, and types live as long as a process: so each
 // reading of a file has a process of its own. What the work finds comes back as a reply.
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
 struct cReply {
-    int status = 2;       // an exit_code
-    std::string text;     // what was asked for
-    std::string messages; // lines for descriptor 2
-    std::string extra;    // a second text, where the work has one
+    int status = 2;           // an exit_code
+    std::string text;         // what was asked for
+    std::string messages;     // lines for descriptor 2
+    std::string extra;        // a second text, where the work has one
+    std::string image;        // of a value, where the work has one
+    std::uint64_t errors = 0; // among the messages, and those that were only counted
+    bool comes_back = false;  // the text, when it is read and written again
 };
 
 // Runs the work on the file of that name and gives its reply; a work that dies is told in

@@ -1,5 +1,6 @@
 #include "messages.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -75,6 +76,13 @@ void cMessages::error(cPlace place, std::string const &text, unsigned code) {
 
 void cMessages::note(cPlace place, std::string const &text) {
     if (beyond_ == 0) add(at(place), "note: " + text);
+}
+
+void cMessages::take(std::string const &lines, size_t count) {
+    size_t const told = std::min(count, static_cast<size_t>(limit_) - count_);
+    if (told > 0 || count == 0) lines_ += lines;
+    count_ += told;
+    beyond_ += count - told;
 }
 
 std::string cMessages::text() const {

@@ -37,6 +37,10 @@ class cMessages {
     void note(cPlace place, std::string const &text); // belongs to the error before
     void more(size_t count) { beyond_ += count; }     // errors that were counted elsewhere
     size_t count() const { return count_ + beyond_; } // errors
+    // Of another one: its lines, and how many errors it had. Either this one has none yet, and the
+    // other has the same limit, or the other has one.
+    void take(std::string const &lines, size_t count);
+    std::string const &lines() const { return lines_; } // without how many more there were
     int limit() const { return limit_; }
     std::string const &name() const { return name_; }
     std::string text() const; // all lines, and how many more there were

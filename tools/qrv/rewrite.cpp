@@ -1,23 +1,24 @@
-// The first value of a file in the writer's layout. Nothing is lost unseen:
-//   1  the file is read, changed and written in a child process; every value that can't be written
-//      is told, and a change that fails ends the work
-//   2  if the new text differs, another child does the same with the file's comments numbered; each
-//      one whose number doesn't come out is told; and so is text behind the value
-//   3  the first child reads the new text and holds the value against the one that it wrote
-//   4  another child reads the new text alone and writes it again: the bytes must be the same
+// The first value of a file in the writer's layout. Each reading is a process of its own, since a
+// type that one declares would be known to the next. Nothing is lost unseen:
+//   1  the file is read, changed and written; every value that can't be written is told, and a
+//      change that fails ends the work
+//   2  if the new text differs, the same is done with the file's comments numbered; each one whose
+//      number doesn't come out is told; and so is text behind the value
+//   3  the new text is read alone: the image of its value must be that of the value that was
+//      written, and written again its bytes must be the same
 // Only then the text is put out, or in the file's place. There a loss is refused unless forced, and
-// what doesn't come back the same in step 4 in any case.
+// bytes that don't come back the same in any case.
 
 #include "rewrite.h"
 
 #include "child.h"
 #include "diff.h"
+#include "image.h"
 #include "output.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/platform/cplatform.h"
 #include "qrv/text/cexacttext.h"
 #include "raised.h"
-#include "readback.h"
 #include "reading.h"
 
 #include <cerrno>
@@ -39,27 +40,55 @@ std::string written(cReading const &reading, bool canonical, cMessages &messages
 
 bool unchanged(cChanging const &, std::string &) { return true; }
 
-// Reads a text, changes the value and writes it, in a process of its own. Status: is the reply's
-// text the new one?
-cReply rewritten(std::string const &name, std::string const &text, bool canonical,
-                 cChange const &change, size_t first_number) {
+struct cTask {
+    cWriteOptions const &options;
+    cChange const &change;
+};
+
+// Reads a text, changes the value and writes it. Status: is the reply's text the new one? `extra`:
+// the error about text behind the value.
+void rewrite_text(std::string const &text, cTask const &task, size_t first_number,
+                  cMessages &messages, cReply &reply) {
+    cReading const reading = read_value(text, messages);
+    if (!reading.clean || !task.change({reading.value, text, first_number}, reply.messages)) return;
+    reply.text = written(reading, task.options.canonical, messages);
+    bool const all_written = messages.count() == 0;
+    if (all_written) reply.image = image_of(reading.value);
+    if (reading.behind) {
+        cMessages behind(messages.name(), 1);
+        behind.error(*reading.behind, "text behind the first value would be lost");
+        reply.extra = behind.lines();
+    }
+    reply.status = exit_done;
+}
+
+cReply rewritten(std::string const &name, std::string const &text, cTask const &task,
+                 size_t first_number) {
     return in_child(name, [&](cReply &reply) {
         cMessages unheard(name, 1);
-        cReading const reading = read_value(text, unheard);
-        std::string told;
-        if (!reading.clean || !change({reading.value, text, first_number}, told)) return;
-        reply.text = written(reading, canonical, unheard);
-        reply.status = exit_done;
+        rewrite_text(text, task, first_number, unheard, reply);
     });
+}
+
+// Step 1. What it tells is told.
+cReply first_reading(std::string const &bytes, cTask const &task, cMessages &messages) {
+    cReply const reply = in_child(messages.name(), [&](cReply &r) {
+        cMessages told(messages.name(), messages.limit());
+        rewrite_text(bytes, task, 0, told, r);
+        r.messages += told.lines();
+        r.errors = told.count();
+    });
+    messages.take(reply.messages, reply.errors);
+    return reply;
 }
 
 // Step 2. Texts of comments are not enough: equal ones occur, and a shared value's is written at
 // each place of the value.
-void tell_lost_comments(std::string const &bytes, std::vector<cComment> const &comments,
-                        bool canonical, cChange const &change, cMessages &messages) {
+void tell_lost_comments(std::string const &bytes, cTask const &task, cMessages &messages) {
+    std::vector<cComment> const comments = survey(bytes).comments;
     if (comments.empty()) return;
-    cReply const reply = rewritten(messages.name(), numbered(bytes, comments, 0), canonical, change,
-                                   comments.size());
+    cReply const reply =
+        rewritten(messages.name(), numbered(bytes, comments, 0), task, comments.size());
     if (reply.status != exit_done) return messages.error("its comments could not be followed");
     std::set<size_t> const numbers = numbers_in(reply.text);
     for (size_t i = 0; i < comments.size(); ++i) {
@@ -69,46 +98,31 @@ void tell_lost_comments(std::string const &bytes, std::vector<cComment> const &c
     }
 }
 
-// Step 3.
-void tell_changed_value(objref const &value, std::string const &text, cMessages &messages) {
-    cMessages unheard(messages.name(), 1);
-    cReading const again = read_value(text, unheard);
-    if (!again.value || !same_value(value, again.value))
+// Step 3. Whether the bytes came back.
+bool read_back(std::string const &text, std::string const &image, cWriteOptions const &options,
+               cMessages &messages) {
+    cReply const reply = rewritten(messages.name(), text, {options, unchanged}, 0);
+    bool const read = reply.status == exit_done;
+    if (!image.empty() && (!read || reply.image != image))
         messages.error("the value would come back changed: digits, or strings that read as "
                        "something else");
+    return read && reply.text == text;
 }
 
-// Step 1 is done. All that is lost, as messages.
-void tell_losses(cReading const &reading, cReply const &reply, bool canonical,
-                 cChange const &change, cMessages &messages) {
-    bool const all_written = messages.count() == 0;
-    if (reply.text != reply.extra)
-        tell_lost_comments(reply.extra, reading.survey.comments, canonical, change, messages);
-    if (reading.behind)
-        messages.error(*reading.behind, "text behind the first value would be lost");
-    if (all_written) tell_changed_value(reading.value, reply.text, messages);
-}
-
-// Steps 1 to 3. The reply: text, losses as messages, and in `extra` the text as it is now.
-void work(std::string const &name, cWriteOptions const &options, cChange const &change,
-          cReply &reply) {
-    cMessages messages(name, options.max_errors);
-    std::string told;
+// Steps 1 to 3. The reply: text, losses as messages, in `extra` the text as it is now.
+void work(std::string const &name, cTask const &task, cReply &reply) {
+    cMessages messages(name, task.options.max_errors);
     if (read_bytes(name, reply.extra, messages)) {
-        cReading const reading = read_value(reply.extra, messages);
-        if (reading.clean && change({reading.value, reply.extra, 0}, told)) {
-            reply.text = written(reading, options.canonical, messages);
-            tell_losses(reading, reply, options.canonical, change, messages);
+        cReply const first = first_reading(reply.extra, task, messages);
+        if (first.status == exit_done) {
+            reply.text = first.text;
+            if (reply.text != reply.extra) tell_lost_comments(reply.extra, task, messages);
+            messages.take(first.extra, first.extra.empty() ? 0 : 1);
+            reply.comes_back = read_back(reply.text, first.image, task.options, messages);
             reply.status = messages.count() == 0 ? exit_done : exit_found;
         }
     }
-    reply.messages = told + messages.text();
-}
-
-// Step 4.
-bool comes_back(std::string const &name, std::string const &text, bool canonical) {
-    cReply const reply = rewritten(name, text, canonical, unchanged, 0);
-    return reply.status == exit_done && reply.text == text;
+    reply.messages = messages.text();
 }
 
 int refuse(std::string const &name, std::string const &why) {
@@ -136,13 +150,13 @@ int tell_changes(std::string const &name, cReply const &reply) {
 
 int rewrite(std::string const &name, cWriteOptions const &options, cChange const &change) {
     if (options.in_place && name == "-") return refuse(name, "it is the standard input");
-    cReply const reply =
-        in_child(name, [&](cReply &r) { work(name, options, change ? change : unchanged, r); });
+    cChange const made = change ? change : unchanged;
+    cReply const reply = in_child(name, [&](cReply &r) { work(name, {options, made}, r); });
     put_lines(reply.messages);
     if (reply.status == exit_failed) return exit_failed;
     // The plain writer's bytes may not be readable: a loss that was told, but nothing to keep.
     bool const plain_output = options.canonical && !options.in_place;
-    if (!plain_output && !comes_back(name, reply.text, options.canonical))
+    if (!plain_output && !reply.comes_back)
         return refuse(name, "the new text doesn't read back the same");
     if (options.check) return tell_changes(name, reply);
     if (options.in_place) return replace(name, reply, options);

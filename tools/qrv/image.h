@@ -1,0 +1,12 @@
+#pragma once
+// A value as bytes that tell all that a file says of it but comments and layout: types by name,
+// keys in order, values to the last digit, what stands at several places, what types declare. Two
+// values are the same if their images are. Values of different processes can be compared so, and
+// objects of declared types, whose `equal` goes by identity.
+
+#include "qrv/core/cobj.h"
+
+#include <string>
+
+// O(size); ends on cycles, and as deep as the value may be.
+std::string image_of(objref const &value);
