@@ -154,6 +154,7 @@ void cAttrScan::scan_report(bool always) {
         return;
     }
     errclear();
+    if (!always && cat::ReadReport::current()) return; // the errors are told by who has the report
     cat::std_out() << head + "with *** " + std::to_string(count) + " errors ***" << std::endl;
 }
 

@@ -1,0 +1,226 @@
+// `fmt` and `get` on files that declare types: attribute sets, choices, and objects of them.
+
+#include "tests/tool/tool_run.h"
+
+#include <algorithm>
+
+using tool_test::cRun;
+using tool_test::times;
+
+namespace {
+
+class ToolFmtDeclared : public tool_test::Tool {
+  protected:
+    // Any layout becomes this one, which is left alone.
+    void becomes(std::string const &bytes, std::string const &layout) const {
+        EXPECT_EQ(fmt(bytes), (cRun{0, layout, ""}));
+        EXPECT_EQ(run_on(layout, {"fmt", "--check"}), (cRun{0, "", ""}));
+    }
+};
+
+std::string const changed = "f: error: the value would come back changed: digits, or strings that "
+                            "read as something else\n";
+std::string const refused = "f: error: not written, for the new text doesn't read back the same\n";
+
+std::string const all_kinds =
+    "{ Mode= choice({a=1; b=2;}); m= Mode(a); n= Mode(); S= choice([x,y]); s= S(1); t= #cRef(/m);\n"
+    "R= attlist(m= attspec(type=Mode; flag=#REQUIRED); d= attspec(default= Mode(b)); v= "
+    "attspec(default= [1,2]); i= attspec(flag=#IMPLIED));\n"
+    "F= attlist(f= attspec(default= 5; flag= #FIXED));\n"
+    "q= [\nR(m=Mode(a); d=Mode(a);), R(m= #cRef(/m), i= {x=1})]; T= choice({u= {x=1}; w= R(m= "
+    "Mode(a))}); tt= T(w); z= #cRef(/T/w); L= choice(<p; q>); }";
+
+TEST_F(ToolFmtDeclared, all_kinds_in_one_file) {
+    becomes(all_kinds, "{\n"
+                       "  Mode= choice({a= 1; b= 2; });\n"
+                       "  m= Mode(a);\n"
+                       "  n= Mode();\n"
+                       "  S= choice([x, y, ]);\n"
+                       "  s= S(1);\n"
+                       "  t= #cRef(/m);\n"
+                       "  R= attlist(\n"
+                       "      m= attspec(type=Mode; flag=#REQUIRED;);\n"
+                       "      d= attspec(default=Mode(b); );\n"
+                       "      v= attspec(default=[1, 2, ]; );\n"
+                       "      i= attspec(flag=#IMPLIED;);\n"
+                       "  );\n"
+                       "  F= attlist(\n"
+                       "      f= attspec(default=5; flag=#FIXED;);\n"
+                       "  );\n"
+                       "  q= [\n"
+                       "      R(\n"
+                       "          m= Mode(a);\n"
+                       "          d= Mode(a);\n"
+                       "          v= [1, 2, ];\n"
+                       "          i= #nil;\n"
+                       "      ),\n"
+                       "      R(\n"
+                       "          m= Mode(a);\n"
+                       "          d= Mode(b);\n"
+                       "          v= [1, 2, ];\n"
+                       "          i= {\n"
+                       "              x= 1;\n"
+                       "          }; \n"
+                       "      ),\n"
+                       "  ]; \n"
+                       "  T= choice({\n"
+                       "      u= {x= 1; };\n"
+                       "      w= R(\n"
+                       "          m= Mode(a);\n"
+                       "          d= Mode(b);\n"
+                       "          v= [1, 2, ];\n"
+                       "          i= #nil;\n"
+                       "      );\n"
+                       "  });\n"
+                       "  tt= T(w);\n"
+                       "  z= #cRef(/T/w);\n"
+                       "  L= choice(<p, q, >);\n"
+                       "}\n");
+}
+
+TEST_F(ToolFmtDeclared, a_value_alone) {
+    becomes("attlist(x=attspec(type=int))",
+            "attlist(\n  x= attspec(type=int; flag=#REQUIRED;);\n)\n");
+    becomes("choice({a=1})", "choice({a= 1; })\n");
+    becomes("attspec(default=[1;2])", "attspec(default=[1, 2, ]; )\n");
+}
+
+TEST_F(ToolFmtDeclared, keeps_comments_and_tells_those_inside_the_brackets_of_typed_values) {
+    std::string const text = "// shapes\n"
+                             "{ // all of them\n"
+                             "  P= attlist(\n"
+                             "      x= attspec(type=int; flag=#REQUIRED;); // inside\n"
+                             "  ); // a point\n"
+                             "  p= P(\n"
+                             "      x= 3; // wide\n"
+                             "  ); // the first\n"
+                             "  M= choice({a= 1; /* in */ }); // a mode\n"
+                             "  m= M(/* which */ a); // now\n"
+                             "}\n";
+    EXPECT_EQ(fmt(text), (cRun{1,
+                               "// shapes\n"
+                               "{ // all of them\n"
+                               "  P= attlist(\n"
+                               "      x= attspec(type=int; flag=#REQUIRED;);\n"
+                               "  ); // a point\n"
+                               "  p= P(\n"
+                               "      x= 3;\n"
+                               "  ); // the first\n"
+                               "  M= choice({a= 1; }); // a mode\n"
+                               "  m= M(a); // now\n"
+                               "}\n",
+                               "f:4:46: error: this comment would be lost: // inside\n"
+                               "f:7:13: error: this comment would be lost: // wide\n"
+                               "f:9:20: error: this comment would be lost: /* in */\n"
+                               "f:10:8: error: this comment would be lost: /* which */\n"}));
+}
+
+// The object goes to the place of the value before, which is above the declaration.
+TEST_F(ToolFmtDeclared, an_object_above_the_declaration_of_its_type_is_refused) {
+    EXPECT_EQ(fmt("{ q= 0; P= attlist(x= attspec(type= int)); q= P(x= 1); }"),
+              (cRun{2, "", changed + refused}));
+    EXPECT_EQ(fmt("{ q= 0; M= choice({a= 1}); q= M(a); }"), (cRun{2, "", changed + refused}));
+}
+
+TEST_F(ToolFmtDeclared, an_object_of_an_older_declaration_is_refused) {
+    EXPECT_EQ(fmt("{ P= attlist(x= attspec(type= int)); p= P(x= 1); P= attlist(y= attspec(type= "
+                  "int)); }"),
+              (cRun{2, "", changed + refused}));
+}
+
+TEST_F(ToolFmtDeclared, a_declaration_that_is_made_again_is_written_once) {
+    becomes("{ P= attlist(x= attspec(type= int)); P= attlist(y= attspec(type= int)); p= P(y= 1); }",
+            "{\n  P= attlist(\n      y= attspec(type=int; flag=#REQUIRED;);\n  );\n  p= P(\n      "
+            "y= 1;\n  );\n}\n");
+}
+
+TEST_F(ToolFmtDeclared, in_place_writes_a_file_that_is_in_layout) {
+    EXPECT_EQ(run_on(all_kinds, {"fmt", "-i"}), (cRun{0, "", ""}));
+    std::string const once = read("f");
+    EXPECT_EQ(run({"fmt", "-i", "f"}), (cRun{0, "", ""}));
+    EXPECT_EQ(read("f"), once);
+    EXPECT_EQ(run({"check", "f"}), (cRun{0, "", ""}));
+}
+
+TEST_F(ToolFmtDeclared, plain_text_of_a_specification_is_told_to_change) {
+    EXPECT_EQ(run_on("{\nP= attlist(x= attspec(default= 5)); }", {"fmt", "--canonical"}),
+              (cRun{0, "{\n  P= attlist(\n      x= attspec(default=5);\n  );\n}", ""}));
+    EXPECT_EQ(
+        run_on("{\nP= attlist(x= attspec(type= int; flag= #IMPLIED)); }", {"fmt", "--canonical"}),
+        (cRun{1, "{\n  P= attlist(\n      x= attspec(type=int; );\n  );\n}", changed}));
+    EXPECT_EQ(run_on("{ P= attlist(x= attspec(default= 5; flag= #FIXED)); }",
+                     {"fmt", "-i", "--force", "--canonical"}),
+              (cRun{2, "", changed + refused}));
+}
+
+TEST_F(ToolFmtDeclared, two_thousand_types_with_an_object_each) {
+    std::string text = "{\n";
+    for (int i = 0; i < 2000; ++i) {
+        std::string const n = std::to_string(i);
+        text += "  T" + n + "= attlist(\n      x= attspec(default=" + n + "; );\n  );\n  o" + n +
+                "= T" + n + "(\n      x= 1;\n  );\n";
+    }
+    EXPECT_EQ(run_on(text + "}\n", {"fmt", "--check"}), (cRun{0, "", ""}));
+}
+
+// The text is flat, the value is a chain.
+TEST_F(ToolFmtDeclared, values_deeper_than_any_text_don_t_break_the_comparison) {
+    std::string text = "{ m0= {};";
+    for (int i = 1; i < 20000; ++i) text += " m" + std::to_string(i) + "= {};";
+    for (int i = 1; i < 20000; ++i)
+        text += " m" + std::to_string(i - 1) + "= {n= #cRef(/m" + std::to_string(i) + ");};";
+    cRun const run = fmt(text + "}");
+    EXPECT_EQ(run.err.find("ended too early"), std::string::npos) << run.err.substr(0, 300);
+    EXPECT_NE(run.status, 0);
+    EXPECT_EQ(run.out.substr(0, 2), run.status == 1 ? "{\n" : "");
+}
+
+// --- get ---
+
+class ToolGetDeclared : public tool_test::Tool {
+  protected:
+    std::string got(std::string const &path) const {
+        cRun const run = run_on_path(path);
+        EXPECT_EQ(run.status, 0) << path << ": " << run.err;
+        return run.out;
+    }
+    cRun run_on_path(std::string const &path) const {
+        write("f", all_kinds);
+        return run({"get", "f", path});
+    }
+};
+
+TEST_F(ToolGetDeclared, attributes_of_objects) {
+    EXPECT_EQ(got("q/0/m"), "Mode(a)\n");
+    EXPECT_EQ(got("q/1/v/1"), "2\n");
+    EXPECT_EQ(got("q/0/i"), "#nil\n");
+    EXPECT_EQ(run_on_path("q/0/other"), (cRun{1, "", "f: error: nothing at path 'q/0/other'\n"}));
+}
+
+TEST_F(ToolGetDeclared, what_a_type_declares) {
+    EXPECT_EQ(got("R/m"), "attspec(type=Mode; flag=#REQUIRED;)\n");
+    EXPECT_EQ(got("R/v/default"), "[1, 2, ]\n");
+    EXPECT_EQ(got("R/v/default/0"), "1\n");
+    EXPECT_EQ(got("R/m/flag"), "#REQUIRED\n");
+    EXPECT_EQ(got("R/m/type"), "choice({a= 1; b= 2; })\n");
+    EXPECT_EQ(got("R/m/default"), "#nil\n");
+    EXPECT_EQ(got("F/f/flag"), "#FIXED\n");
+    EXPECT_EQ(run_on_path("R/m/colour"), (cRun{1, "", "f: error: nothing at path 'R/m/colour'\n"}));
+    EXPECT_EQ(run_on_path("R/none/type"),
+              (cRun{1, "", "f: error: nothing at path 'R/none/type'\n"}));
+}
+
+TEST_F(ToolGetDeclared, choices_and_their_values) {
+    EXPECT_EQ(got("m"), "Mode(a)\n");
+    EXPECT_EQ(got("m/key"), "a\n");
+    EXPECT_EQ(got("m/value"), "1\n");
+    EXPECT_EQ(got("m/pos"), "0\n");
+    EXPECT_EQ(got("n"), "Mode()\n");
+    EXPECT_EQ(got("n/pos"), "-1\n");
+    EXPECT_EQ(got("Mode/b"), "2\n");
+    EXPECT_EQ(got("Mode/choices"), "{a= 1; b= 2; }\n");
+    EXPECT_EQ(got("tt/value/m/key"), "a\n");
+    EXPECT_EQ(run_on_path("n/key"), (cRun{1, "", "f: error: nothing at path 'n/key'\n"}));
+}
+
+} // namespace
