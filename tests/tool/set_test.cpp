@@ -158,6 +158,8 @@ TEST_F(ToolSet, types_of_the_file_are_known) {
     EXPECT_EQ(run({"get", "-", "p/x", "q/x"}, {.input = out}), (cRun{0, "2\n3\n", ""}));
     EXPECT_EQ(refused(text, "p/x = 1.5"),
               told("1:7", "p/x: 1.50000 would be stored as 1", by_conversion));
+    EXPECT_EQ(refused(text, "P = 5", {"--convert"}),
+              told("1:5", "P: it is an attlist and can't take an int as it is", replaces));
     EXPECT_EQ(refused(text, "q = Q(x=3)"),
               told("1:5", "Value with unknown type='Q [0x40000005]", ""));
 }

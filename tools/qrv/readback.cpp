@@ -85,7 +85,7 @@ class cComparison {
         if (is_constant(*stored)) return add_constant(stored);
         if (!stored->is_container() && comes_back(stored, given)) return;
         add("it is " + kind_of(stored) + " and can't take " + kind_of(given) + " as it is",
-            cObj::is_nil(given) ? cMismatch::value : cMismatch::type);
+            cObj::is_nil(given) || stored->is_type() ? cMismatch::value : cMismatch::type);
     }
 
     void add_constant(objref const &stored) {
