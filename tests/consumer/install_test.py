@@ -66,8 +66,8 @@ def mentioning(tree, text):
     return sorted(str(path.relative_to(tree)) for path in paths if os.fsencode(text) in path.read_bytes())
 
 
-def configure(tree, build, *options):
-    return run("cmake", "-G", "Ninja", "-S", HERE, "-B", build, f"-DCMAKE_PREFIX_PATH={tree}",
+def configure(tree, build, *options, source=HERE):
+    return run("cmake", "-G", "Ninja", "-S", source, "-B", build, f"-DCMAKE_PREFIX_PATH={tree}",
                f"-DCMAKE_CXX_COMPILER={COMPILER}", f"-DCMAKE_CXX_FLAGS={WARNINGS}", *options)
 
 
@@ -128,6 +128,14 @@ class Install(unittest.TestCase):
 
     def test_a_cmake_consumer_after_the_move(self):
         self.assert_consumer(self.printed_by_cmake_consumer(self.tree, self.scratch / "after"))
+
+    def test_the_example_module_builds_with_the_package_alone(self):
+        build = self.scratch / "colour"
+        result = configure(self.tree, build, source=SOURCE / "examples/modules/colour")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        done("cmake", "--build", build)
+        done("cmake", "--install", build, "--prefix", self.scratch / "modules")
+        self.assertEqual(files(self.scratch / "modules"), ["include/colour/colour.h", f"{LIBDIR}/qrv/modules/colour.so"])
 
     def test_other_versions_are_refused(self):
         for wanted in ("2", "1.1", "0.9"):
