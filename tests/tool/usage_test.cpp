@@ -35,6 +35,8 @@ TEST_F(ToolUsage, help_lists_the_commands_and_the_exit_codes) {
                     "Options:\n"
                     "  -h,--help                   Print this help message and exit\n"
                     "  --version                   Display program version information and exit\n"
+                    "  --module NAME ...           load this module first, for the types that it "
+                    "brings\n"
                     "\n"
                     "Subcommands:\n"
                     "  fmt                         Write the value of a file in standard layout\n"
@@ -46,7 +48,11 @@ TEST_F(ToolUsage, help_lists_the_commands_and_the_exit_codes) {
                     "\n"
                     "Exit codes: 0 done, found or clean; 1 absent, different or with findings; 2 "
                     "the work could\n"
-                    "not be done. A file name of - is the standard input.\n",
+                    "not be done. A file name of - is the standard input.\n"
+                    "\n"
+                    "--module may stand before or behind the command, and more than once. No file "
+                    "makes the tool\n"
+                    "load one: a type that nothing has brought is unknown, whatever its name.\n",
                     ""}));
     EXPECT_EQ(run({"-h"}), help);
 }

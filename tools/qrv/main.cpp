@@ -3,6 +3,7 @@
 // nothing.
 
 #include "commands.h"
+#include "modules.h"
 #include "output.h"
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/cconsole.h"
@@ -18,7 +19,10 @@ namespace {
 
 constexpr char const *footer =
     "Exit codes: 0 done, found or clean; 1 absent, different or with findings; 2 the work could\n"
-    "not be done. A file name of - is the standard input.";
+    "not be done. A file name of - is the standard input.\n"
+    "\n"
+    "--module may stand before or behind the command, and more than once. No file makes the tool\n"
+    "load one: a type that nothing has brought is unknown, whatever its name.";
 
 void add_common(CLI::App &command, cCommon &common) {
     command.add_option("--max-errors", common.max_errors, "messages for one file at most")
@@ -180,6 +184,11 @@ int run(int argc, char **argv) {
     CLI::App app("Reads, checks and rewrites files of object trees.", "qrv");
     app.set_version_flag("--version", std::string(QRV_VERSION_TEXT));
     app.require_subcommand(1);
+    app.fallthrough(); // the options of all commands stand before or behind the command
+    std::vector<std::string> modules;
+    app.add_option("--module", modules, "load this module first, for the types that it brings")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
     app.footer(footer);
     cFmtOptions fmt;
     cSetOptions set;
@@ -202,6 +211,7 @@ int run(int argc, char **argv) {
         put_lines(err.str());
         return status == 0 && written ? exit_done : exit_failed;
     }
+    if (!load_modules(modules)) return exit_failed;
     if (app.got_subcommand("fmt")) return run_fmt(fmt);
     if (app.got_subcommand("set")) return run_set(set);
     if (app.got_subcommand("merge")) return run_merge(merge);

@@ -1,0 +1,14 @@
+// Shows that it was loaded, to whoever looks into the working folder: a file "loaded" is there.
+#include "tests/modules/shared/module.h"
+
+#include <fstream>
+#include <stdexcept>
+
+namespace {
+bool leave() { return static_cast<bool>(std::ofstream("loaded") << "it ran\n"); }
+bool const left = leave();
+} // namespace
+
+QRV_SET_UP {
+    if (!left) throw std::runtime_error("no file could be left");
+}

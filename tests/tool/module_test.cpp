@@ -1,0 +1,134 @@
+// `--module`: code that is asked for comes in before anything is read, and no other code does.
+
+#include "tests/tool/tool_run.h"
+
+using tool_test::cRun;
+
+namespace {
+
+class ToolModule : public tool_test::Tool {
+  protected:
+    ToolModule() {
+        copy("leaves_a_file", "evil");
+        copy("type_factory", "types");
+        copy("throws", "throws");
+        write("f", "{a= 1; }\n");
+    }
+    void copy(std::string const &module, std::string const &name) const {
+        std::filesystem::copy_file(test::binary_file("tests/modules_to_load/" + module + ".so"),
+                                   path(name + ".so"));
+    }
+    bool was_loaded() const { return std::filesystem::remove(path("loaded")); }
+};
+
+cRun const one{0, "1\n", ""};
+
+TEST_F(ToolModule, is_loaded_where_it_is_asked_for) {
+    EXPECT_EQ(run({"get", "f", "a"}), one);
+    EXPECT_FALSE(was_loaded());
+    EXPECT_EQ(run({"--module", "./evil", "get", "f", "a"}), one);
+    EXPECT_TRUE(was_loaded());
+    EXPECT_EQ(run({"get", "f", "a", "--module", "./evil"}), one);
+    EXPECT_TRUE(was_loaded());
+    EXPECT_EQ(run({"get", "--module=./evil", "f", "a"}), one);
+    EXPECT_TRUE(was_loaded());
+}
+
+TEST_F(ToolModule, takes_one_name_each_time) {
+    EXPECT_EQ(run({"get", "--module", "./types", "--module", "./evil", "f", "a"}), one);
+    EXPECT_TRUE(was_loaded());
+    EXPECT_EQ(run({"--module", "./types", "get", "--module", "./evil", "f", "a"}), one);
+    EXPECT_TRUE(was_loaded());
+}
+
+TEST_F(ToolModule, belongs_to_every_command) {
+    for (std::vector<std::string> command :
+         std::vector<std::vector<std::string>>{{"fmt", "f"},
+                                               {"check", "f"},
+                                               {"tokens", "f"},
+                                               {"get", "f", "a"},
+                                               {"set", "f", "a= 2"},
+                                               {"merge", "f", "f"}}) {
+        command.insert(command.end(), {"--module", "./evil"});
+        EXPECT_EQ(run(command).status, 0) << command.front();
+        EXPECT_TRUE(was_loaded()) << command.front();
+    }
+}
+
+TEST_F(ToolModule, brings_types) {
+    EXPECT_EQ(run_on("{s= attspec(type= Temperature)}", {"check"}).status, 1);
+    EXPECT_EQ(run_on("{s= attspec(type= Temperature)}", {"--module", "./types", "fmt"}),
+              (cRun{0, "{s= attspec(type=Temperature; flag=#REQUIRED;); }\n", ""}));
+}
+
+TEST_F(ToolModule, that_can_t_be_loaded_ends_the_work) {
+    EXPECT_EQ(run({"get", "f", "a", "--module", "./none"}),
+              (cRun{2, "",
+                    "qrv: error: cannot load the module './none'\n"
+                    "qrv: note: ./none.so: cannot open shared object file: No such file or "
+                    "directory\n"
+                    "qrv: note: ./none: cannot open shared object file: No such file or directory\n"
+                    "qrv: note: ././none.so: cannot open shared object file: No such file or "
+                    "directory\n"
+                    "qrv: note: ././none: cannot open shared object file: No such file or "
+                    "directory\n"
+                    "qrv: note: modules/./none.so: cannot open shared object file: No such file or "
+                    "directory\n"
+                    "qrv: note: modules/./none: cannot open shared object file: No such file or "
+                    "directory\n"}));
+    EXPECT_EQ(run({"get", "f", "a", "--module", ""}),
+              (cRun{2, "",
+                    "qrv: error: cannot load the module ''\n"
+                    "qrv: note: The name of a module is empty\n"}));
+    EXPECT_EQ(run({"get", "f", "a", "--module", "./throws"}),
+              (cRun{2, "",
+                    "qrv: error: cannot load the module './throws'\n"
+                    "qrv: note: set-up of throws\n"}));
+    EXPECT_EQ(run({"--module", "./none", "--module", "./evil", "get", "f", "a"}).status, 2);
+    EXPECT_FALSE(was_loaded());
+}
+
+TEST_F(ToolModule, its_name_is_needed) {
+    EXPECT_EQ(run({"get", "f", "a", "--module"}),
+              (cRun{2, "",
+                    "--module: 1 required NAME missing\nRun with --help for more information.\n"}));
+}
+
+// Whatever a file names, and whatever else was loaded.
+TEST_F(ToolModule, no_file_loads_one) {
+    for (std::string const name : {"x:./evil", "./evil", "evil", "evil:./evil", "x:./evil.so"})
+        for (std::string const &text : std::vector<std::string>{
+                 "{s= attspec(type= \"" + name + "\")}",
+                 "{R= attlist(k= attspec(type= \"" + name + "\"; default= 1)); r= R(k= 1)}",
+                 "{v= \"" + name + "\"(1)}", "{v= " + name + "(1)}",
+                 "{\"" + name + "\"= attlist(k= attspec(type= int)); v= [\"" + name + "\"(k= 1)]}",
+                 "{C= choice({\"" + name + "\"= 1}); c= C(\"" + name + "\")}",
+                 "{\"" + name + "\"= choice({a= 1}); v= #cRef(\"" + name + "\")}"}) {
+            for (std::string const command : {"fmt", "check"}) {
+                EXPECT_LE(run_on(text, {command}).status, 2) << text;
+                run_on(text, {command, "--module", "./types"});
+                EXPECT_FALSE(was_loaded()) << command << ": " << text;
+            }
+        }
+}
+
+TEST_F(ToolModule, no_statement_and_no_path_loads_one) {
+    write("s", "{s= attspec(type= int); R= attlist(k= attspec(type= int)); C= choice({a= 1}); }\n");
+    for (std::string const name : {"x:./evil", "./evil", "evil"}) {
+        for (std::string const &statement : std::vector<std::string>{
+                 "s/type= \"" + name + "\"", "s= attspec(type= \"" + name + "\")",
+                 "R/k/type &= \"" + name + "\"", "R/new= attspec(type= \"" + name + "\")",
+                 "C/new= \"" + name + "\"", "v= \"" + name + "\"(1)"})
+            for (std::vector<std::string> command : std::vector<std::vector<std::string>>{
+                     {"set", "s", statement}, {"set", "--module", "./types", "s", statement}}) {
+                run(command);
+                EXPECT_FALSE(was_loaded()) << statement;
+            }
+        run({"get", "s", "\"" + name + "\"/s"});
+        write("m", "{s= attspec(type= \"" + name + "\")}");
+        run({"merge", "s", "m"});
+        EXPECT_FALSE(was_loaded()) << name;
+    }
+}
+
+} // namespace
