@@ -5,6 +5,7 @@
 #include "process.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattspec.h"
+#include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cobjmodifier.h"
@@ -87,6 +88,13 @@ cMapObj map;
 cVectorObj const vector;
 cSetObj const set;
 cIterObj const iterator(map.datamap_ref());
+cIterObj const follower(&map, true);
+cTypeObj &choice_type() {
+    static typeref const type = make<cTypeObj>(&cat::typetype_choice(), "Static", nullptr);
+    return *type;
+}
+cTypeInsert const inserted_choice(choice_type());
+cChoiceVal const choice(&choice_type(), true);
 cAttr attr = map["a"];
 cObjModifier *modifier = nullptr;
 cTypeModifier const type_modifier(cat::type_int(), "teardown", cat::of(1));
@@ -100,7 +108,9 @@ struct cLate {
     hashref hash;
     cIterObj iterator;
     cTypeInsert insert;
-    objref object; // looks around, so that the core is made once more
+    objref choice;   // the last owner of its type
+    objref follower; // of the map above, which goes first
+    objref object;   // looks around, so that the core is made once more
 };
 cLate *late = nullptr; // never deleted by the end of static objects
 
@@ -121,6 +131,9 @@ void statics() {
     map["a"] = cat::of(1);
     map["b"] = cat::btrue();
     map["self"] = objref::share(&cat::dbase());
+    choice_type()["choices"] = objref::share(&map);
+    if (choice.key_as_string() != "") say("[a key]"); // it was undefined
+    map.changed();
     modifier = new cObjModifier(attr, cat::of(2));
     delete modifier;
 }
@@ -167,6 +180,8 @@ int child(std::string const &what) {
         late_map->set_omember("m", cat::of(1));
         typeref const type = make<cTypeObj>("late_type", setup);
         hashref const types = cat::typemap().datamap_ref();
+        typeref const modes = make<cTypeObj>(&cat::typetype_choice(), "late_choice", nullptr);
+        modes->setattr(own_key(std::string("choices")), late_map->clone());
         late = new cLate{late_map,
                          objref::share(&cat::type_int()),
                          cat::btrue(),
@@ -174,6 +189,8 @@ int child(std::string const &what) {
                          types,
                          cIterObj(types),
                          cTypeInsert(*type),
+                         modes->newobj(),
+                         make<cIterObj>(late_map.get(), true),
                          curious("late")};
     }
     return 0;
