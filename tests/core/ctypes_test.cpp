@@ -68,6 +68,19 @@ TEST_F(RegistryEdge, required_is_void_but_not_nil) {
     EXPECT_EQ(cat::as_text(required), "#REQUIRED");
 }
 
+TEST_F(RegistryEdge, a_choice_type_over_one_of_its_name_replaces_the_choices) {
+    cTypeObj type(&cat::typetype_choice(), "registry_choice", nullptr);
+    type.set_tmember("choices", cat::of(1));
+    cTypeInsert const insert(type);
+    typeref const again = make<cTypeObj>(&cat::typetype_choice(), "registry_choice", nullptr);
+    objref const choices = cat::of(2);
+    again->set_tmember("choices", choices);
+    EXPECT_TRUE(cat::set_type(*again, true));
+    EXPECT_EQ(&cat::find_type("registry_choice"), &type);
+    EXPECT_TRUE(type.tmember("choices") == choices);
+    EXPECT_EQ(again->refs(), 1u) << "it was registered";
+}
+
 TEST_F(RegistryEdge, type_of_key_of_a_name_that_is_no_type) {
     EXPECT_TRUE(cat::type_of_key(cat::of("nosuch")) == cat::bad());
 }
