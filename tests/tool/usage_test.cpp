@@ -45,6 +45,8 @@ TEST_F(ToolUsage, help_lists_the_commands_and_the_exit_codes) {
                     "  get                         Print the values at paths\n"
                     "  check                       Tell every error of a file\n"
                     "  tokens                      List the tokens of a file\n"
+                    "  from-json                   Write a JSON text as a file\n"
+                    "  to-json                     Write the value of a file as JSON\n"
                     "\n"
                     "Exit codes: 0 done, found or clean; 1 absent, different or with findings; 2 "
                     "the work could\n"
@@ -277,6 +279,90 @@ TEST_F(ToolUsage, help_of_tokens) {
                     ""}));
 }
 
+TEST_F(ToolUsage, help_of_from_json) {
+    EXPECT_EQ(run({"from-json", "--help"}),
+              (cRun{0,
+                    "Write a JSON text as a file\n"
+                    "Usage: qrv from-json [OPTIONS] [FILE]\n"
+                    "\n"
+                    "Positionals:\n"
+                    "  FILE TEXT=-                 the JSON text\n"
+                    "\n"
+                    "Options:\n"
+                    "  -h,--help                   Print this help message and exit\n"
+                    "  -o,--output TEXT            write to this file\n"
+                    "  --max-errors INT:INT in [1 - 1000000]=100\n"
+                    "                              messages for one file at most\n"
+                    "\n"
+                    "Examples:\n"
+                    "  qrv from-json data.json -o data.attr\n"
+                    "  qrv from-json <data.json | qrv get - items/0/name\n"
+                    "Objects become maps, arrays vectors, whole numbers int if they fit and double "
+                    "otherwise,\n"
+                    "null #nil. What can't be kept is an error with place and path, and nothing is "
+                    "written: a\n"
+                    "whole number that no double holds exactly, a key that stands twice in an "
+                    "object or begins\n"
+                    "with #, a character 0, nesting that is too deep to be read.\n",
+                    ""}));
+}
+
+TEST_F(ToolUsage, help_of_to_json) {
+    EXPECT_EQ(
+        run({"to-json", "--help"}),
+        (cRun{
+            0,
+            "Write the value of a file as JSON\n"
+            "Usage: qrv to-json [OPTIONS] [FILE]\n"
+            "\n"
+            "Positionals:\n"
+            "  FILE TEXT=-                 the file\n"
+            "\n"
+            "Options:\n"
+            "  -h,--help                   Print this help message and exit\n"
+            "  -o,--output TEXT            write to this file\n"
+            "  --indent INT:INT in [0 - 16]=2 Excludes: --compact\n"
+            "                              columns for each level\n"
+            "  --compact Excludes: --indent\n"
+            "                              no blanks, all on one line\n"
+            "  --strict                    write nothing if something is lost\n"
+            "  --max-errors INT:INT in [1 - 1000000]=100\n"
+            "                              messages for one file at most\n"
+            "\n"
+            "Examples:\n"
+            "  qrv to-json device.attr -o device.json\n"
+            "  qrv to-json --compact device.attr 2>/dev/null | jq .bus.baud\n"
+            "Told as lost, on standard error:\n"
+            "  a set                              becomes an array\n"
+            "  a float                            a number, which is a double when it is read "
+            "again\n"
+            "  #true, #false                      true, false; #nil is null, and nothing is lost\n"
+            "  an object of a declared type       an object of its attributes\n"
+            "  other constants, objects, types    their text, as a string\n"
+            "  a key that is no string            its text\n"
+            "  a value that several places share  is written in full at each\n"
+            "  comments, text behind the value    are left out\n"
+            "The exit code is 0 all the same; with --strict it is 1. It is 2, and nothing is "
+            "written,\n"
+            "for a string that is no UTF-8, two keys with the same text, and sharing that would "
+            "make\n"
+            "the text many times longer than the file.\n",
+            ""}));
+}
+
+TEST_F(ToolUsage, examples_of_from_json_and_to_json_work) {
+    write("data.json", R"({"items": [{"name": "Ann"}]})");
+    EXPECT_EQ(run({"from-json", "data.json", "-o", "data.attr"}), (cRun{0, "", ""}));
+    EXPECT_EQ(run({"get", "data.attr", "items/0/name"}), (cRun{0, "Ann\n", ""}));
+    write_example("device.attr");
+    EXPECT_EQ(run({"to-json", "device.attr", "-o", "device.json"}).status, 0);
+    cRun const compact = run({"to-json", "--compact", "device.attr"});
+    EXPECT_EQ(compact.status, 0);
+    EXPECT_NE(compact.out.find("\"baud\":115200,"), std::string::npos);
+    EXPECT_EQ(run({"from-json", "device.json", "-o", "device.attr"}), (cRun{0, "", ""}));
+    EXPECT_EQ(run({"to-json", "--compact", "--strict", "device.attr"}), (cRun{0, compact.out, ""}));
+}
+
 TEST_F(ToolUsage, a_command_is_needed) {
     EXPECT_EQ(refused({}), with_hint("A subcommand is required"));
     EXPECT_EQ(refused({"frob"}), with_hint("A subcommand is required"));
@@ -299,11 +385,25 @@ TEST_F(ToolUsage, arguments_that_nobody_knows) {
               with_hint("The following argument was not expected: g"));
     EXPECT_EQ(refused({"check", "f", "-i"}),
               with_hint("The following argument was not expected: -i"));
+    EXPECT_EQ(refused({"to-json", "f", "g"}),
+              with_hint("The following argument was not expected: g"));
+    EXPECT_EQ(refused({"from-json", "f", "--canonical"}),
+              with_hint("The following argument was not expected: --canonical"));
 }
 
 TEST_F(ToolUsage, options_that_exclude_or_need_each_other) {
     EXPECT_EQ(refused({"fmt", "-i", "--check", "f"}), with_hint("--check excludes --in-place"));
     EXPECT_EQ(refused({"fmt", "--force", "f"}), with_hint("--force requires --in-place"));
+    EXPECT_EQ(refused({"to-json", "--indent", "2", "--compact", "f"}),
+              with_hint("--indent excludes --compact"));
+}
+
+TEST_F(ToolUsage, limits_of_the_indent) {
+    for (std::string const value : {"17", "-1", "wide"})
+        EXPECT_EQ(refused({"to-json", "--indent", value, "f"}),
+                  with_hint("--indent: Value " + value + " not in range 0 to 16"));
+    EXPECT_EQ(run_on("[\n1]", {"to-json", "--indent", "16"}),
+              (cRun{0, "[\n                1\n]\n", ""}));
 }
 
 TEST_F(ToolUsage, limits_of_the_number_of_messages) {

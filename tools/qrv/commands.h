@@ -59,9 +59,24 @@ struct cTokensOptions : cCommon {
     bool all = false;
 };
 
+struct cFromJsonOptions : cCommon {
+    std::string file = "-";
+    std::string output; // a file, instead of standard output
+};
+
+struct cToJsonOptions : cCommon {
+    std::string file = "-";
+    std::string output;
+    int indent = 2;
+    bool compact = false;
+    bool strict = false; // a loss is an error
+};
+
 int run_fmt(cFmtOptions const &options);
 int run_set(cSetOptions const &options);
 int run_merge(cMergeOptions const &options);
 int run_get(cGetOptions const &options);
 int run_check(cCheckOptions const &options);
 int run_tokens(cTokensOptions const &options);
+int run_from_json(cFromJsonOptions const &options);
+int run_to_json(cToJsonOptions const &options);

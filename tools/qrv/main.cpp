@@ -180,6 +180,51 @@ void add_tokens(CLI::App &app, cTokensOptions &options) {
                    "A line is TOKEN:code:position:line:column 'text'.");
 }
 
+void add_from_json(CLI::App &app, cFromJsonOptions &options) {
+    CLI::App &command = *app.add_subcommand("from-json", "Write a JSON text as a file");
+    command.add_option("FILE", options.file, "the JSON text")->capture_default_str();
+    command.add_option("-o,--output", options.output, "write to this file");
+    add_common(command, options);
+    command.footer(
+        "Examples:\n"
+        "  qrv from-json data.json -o data.attr\n"
+        "  qrv from-json <data.json | qrv get - items/0/name\n"
+        "Objects become maps, arrays vectors, whole numbers int if they fit and double otherwise,\n"
+        "null #nil. What can't be kept is an error with place and path, and nothing is written: a\n"
+        "whole number that no double holds exactly, a key that stands twice in an object or "
+        "begins\n"
+        "with #, a character 0, nesting that is too deep to be read.");
+}
+
+void add_to_json(CLI::App &app, cToJsonOptions &options) {
+    CLI::App &command = *app.add_subcommand("to-json", "Write the value of a file as JSON");
+    command.add_option("FILE", options.file, "the file")->capture_default_str();
+    command.add_option("-o,--output", options.output, "write to this file");
+    CLI::Option *const indent =
+        command.add_option("--indent", options.indent, "columns for each level")
+            ->check(CLI::Range(0, 16))
+            ->capture_default_str();
+    command.add_flag("--compact", options.compact, "no blanks, all on one line")->excludes(indent);
+    command.add_flag("--strict", options.strict, "write nothing if something is lost");
+    add_common(command, options);
+    command.footer(
+        "Examples:\n"
+        "  qrv to-json device.attr -o device.json\n"
+        "  qrv to-json --compact device.attr 2>/dev/null | jq .bus.baud\n"
+        "Told as lost, on standard error:\n"
+        "  a set                              becomes an array\n"
+        "  a float                            a number, which is a double when it is read again\n"
+        "  #true, #false                      true, false; #nil is null, and nothing is lost\n"
+        "  an object of a declared type       an object of its attributes\n"
+        "  other constants, objects, types    their text, as a string\n"
+        "  a key that is no string            its text\n"
+        "  a value that several places share  is written in full at each\n"
+        "  comments, text behind the value    are left out\n"
+        "The exit code is 0 all the same; with --strict it is 1. It is 2, and nothing is written,\n"
+        "for a string that is no UTF-8, two keys with the same text, and sharing that would make\n"
+        "the text many times longer than the file.");
+}
+
 int run(int argc, char **argv) {
     CLI::App app("Reads, checks and rewrites files of object trees.", "qrv");
     app.set_version_flag("--version", std::string(QRV_VERSION_TEXT));
@@ -196,12 +241,16 @@ int run(int argc, char **argv) {
     cGetOptions get;
     cCheckOptions check;
     cTokensOptions tokens;
+    cFromJsonOptions from_json;
+    cToJsonOptions to_json;
     add_fmt(app, fmt);
     add_set(app, set);
     add_merge(app, merge);
     add_get(app, get);
     add_check(app, check);
     add_tokens(app, tokens);
+    add_from_json(app, from_json);
+    add_to_json(app, to_json);
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const &error) {
@@ -217,6 +266,8 @@ int run(int argc, char **argv) {
     if (app.got_subcommand("merge")) return run_merge(merge);
     if (app.got_subcommand("get")) return run_get(get);
     if (app.got_subcommand("check")) return run_check(check);
+    if (app.got_subcommand("from-json")) return run_from_json(from_json);
+    if (app.got_subcommand("to-json")) return run_to_json(to_json);
     return run_tokens(tokens);
 }
 

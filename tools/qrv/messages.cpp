@@ -62,10 +62,22 @@ void cMessages::add(std::string const &where, std::string const &text) {
     lines_ += without_controls(where + ": " + text) + "\n";
 }
 
+bool cMessages::has_room(cTally const &tally) const {
+    return tally.beyond == 0 && tally.told < static_cast<size_t>(limit_);
+}
+
+bool cMessages::may_tell(cTally &tally) const {
+    bool const told = has_room(tally);
+    ++(told ? tally.told : tally.beyond);
+    return told;
+}
+
 void cMessages::add_error(std::string const &where, std::string const &text, unsigned code) {
-    if (beyond_ > 0 || count_ >= static_cast<size_t>(limit_)) return more(1);
-    ++count_;
-    add(where, "error: " + shortened(text, longest_text) + coded(code));
+    if (may_tell(errors_)) add(where, "error: " + shortened(text, longest_text) + coded(code));
+}
+
+void cMessages::add_warning(std::string const &where, std::string const &text) {
+    if (may_tell(warnings_)) add(where, warning_ + ": " + shortened(text, longest_text));
 }
 
 void cMessages::error(std::string const &text, unsigned code) { add_error(name_, text, code); }
@@ -74,18 +86,26 @@ void cMessages::error(cPlace place, std::string const &text, unsigned code) {
     add_error(at(place), text, code);
 }
 
+void cMessages::warning(std::string const &text) { add_warning(name_, text); }
+
+void cMessages::warning(cPlace place, std::string const &text) { add_warning(at(place), text); }
+
 void cMessages::note(cPlace place, std::string const &text) {
-    if (beyond_ == 0) add(at(place), "note: " + text);
+    if (errors_.beyond == 0) add(at(place), "note: " + text);
 }
 
 void cMessages::take(std::string const &lines, size_t count) {
-    size_t const told = std::min(count, static_cast<size_t>(limit_) - count_);
+    size_t const told = std::min(count, static_cast<size_t>(limit_) - errors_.told);
     if (told > 0 || count == 0) lines_ += lines;
-    count_ += told;
-    beyond_ += count - told;
+    errors_.told += told;
+    errors_.beyond += count - told;
 }
 
 std::string cMessages::text() const {
-    if (beyond_ == 0) return lines_;
-    return lines_ + without_controls(name_) + ": error: " + std::to_string(beyond_) + " more\n";
+    auto const more = [this](std::string const &kind, cTally const &tally) {
+        if (tally.beyond == 0) return std::string();
+        return without_controls(name_) + ": " + kind + ": " + std::to_string(tally.beyond) +
+               " more\n";
+    };
+    return lines_ + more(warning_, warnings_) + more("error", errors_);
 }

@@ -1,8 +1,8 @@
 #pragma once
 // The messages about one file, each a line: "name:3:5: error: text [0x40000001]". They are
 // gathered, and put out when the work on the file is done. Beyond the limit they are only counted,
-// and a last line tells how many. A line holds no control characters and no more than a person
-// would read.
+// errors and warnings each for itself, and a last line tells how many. A line holds no control
+// characters and no more than a person would read.
 
 #include <cstddef>
 #include <string>
@@ -34,9 +34,15 @@ class cMessages {
 
     void error(std::string const &text, unsigned code = 0);               // about the file
     void error(cPlace place, std::string const &text, unsigned code = 0); // about a place, as said
-    void note(cPlace place, std::string const &text); // belongs to the error before
-    void more(size_t count) { beyond_ += count; }     // errors that were counted elsewhere
-    size_t count() const { return count_ + beyond_; } // errors
+    void warning(std::string const &text);
+    void warning(cPlace place, std::string const &text);
+    void note(cPlace place, std::string const &text);    // belongs to the error before
+    void more(size_t count) { errors_.beyond += count; } // errors that were counted elsewhere
+    size_t count() const { return errors_.count(); }     // errors
+    size_t warnings() const { return warnings_.count(); }
+    void call_warnings(char const *word) { warning_ = word; } // counted as warnings all the same
+    bool tells_errors() const { return has_room(errors_); }   // would the next one be told?
+    bool tells_warnings() const { return has_room(warnings_); }
     // Of another one: its lines, and how many errors it had. Either this one has none yet, and the
     // other has the same limit, or the other has one.
     void take(std::string const &lines, size_t count);
@@ -46,13 +52,22 @@ class cMessages {
     std::string text() const; // all lines, and how many more there were
 
   private:
+    struct cTally {
+        size_t told = 0;
+        size_t beyond = 0; // counted only
+        size_t count() const { return told + beyond; }
+    };
+
     void add_error(std::string const &where, std::string const &text, unsigned code);
+    void add_warning(std::string const &where, std::string const &text);
+    bool has_room(cTally const &tally) const;
+    bool may_tell(cTally &tally) const; // counts one more
     void add(std::string const &where, std::string const &text);
     std::string at(cPlace place) const;
 
     std::string name_;
     int limit_;
-    size_t count_ = 0;  // told
-    size_t beyond_ = 0; // counted only
+    cTally errors_, warnings_;
+    std::string warning_ = "warning";
     std::string lines_;
 };

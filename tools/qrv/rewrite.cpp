@@ -15,28 +15,11 @@
 #include "diff.h"
 #include "image.h"
 #include "output.h"
-#include "qrv/diagnostics/ccout.h"
 #include "qrv/platform/cplatform.h"
-#include "qrv/text/cexacttext.h"
-#include "raised.h"
 #include "reading.h"
-
-#include <cerrno>
-#include <optional>
+#include "writing.h"
 
 namespace {
-
-std::string written(cReading const &reading, bool canonical, cMessages &messages) {
-    cRaisedErrors const unwritten(
-        [&](cErr const &error) { messages.error(error.as_string(), error.code()); });
-    std::optional<cat::ExactText> exact;
-    if (!canonical) exact.emplace();
-    std::string value;
-    cOstringstream os(value);
-    reading.value->writeobj(os);
-    os.flush();
-    return canonical ? value : reading.survey.head + value + "\n";
-}
 
 bool unchanged(cChanging const &, std::string &) { return true; }
 
@@ -51,7 +34,7 @@ void rewrite_text(std::string const &text, cTask const &task, size_t first_numbe
                   cMessages &messages, cReply &reply) {
     cReading const reading = read_value(text, messages);
     if (!reading.clean || !task.change({reading.value, text, first_number}, reply.messages)) return;
-    reply.text = written(reading, task.options.canonical, messages);
+    reply.text = written(reading.value, reading.survey.head, task.options.canonical, messages);
     bool const all_written = messages.count() == 0;
     if (all_written) reply.image = image_of(reading.value);
     if (reading.behind) {
@@ -130,15 +113,13 @@ int refuse(std::string const &name, std::string const &why) {
     return exit_failed;
 }
 
-int replace(std::string const &name, cReply const &reply, cWriteOptions const &options) {
+int put_into(std::string const &name, cReply const &reply, cWriteOptions const &options) {
     if (reply.status != exit_done && !options.force)
         return refuse(name, "something would be lost; --force writes it");
     if (options.in_place && cat::file_exists(name) && !cat::is_regular(name))
         return refuse(name, "it is no plain file");
     if (options.in_place && reply.text == reply.extra) return exit_done;
-    if (cat::replace_file(name, reply.text)) return exit_done;
-    put_message(name + ": error: " + reason("cannot write", errno) + "; the file is as it was");
-    return exit_failed;
+    return replace(name, reply.text);
 }
 
 int tell_changes(std::string const &name, cReply const &reply) {
@@ -159,7 +140,7 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     if (!plain_output && !reply.comes_back)
         return refuse(name, "the new text doesn't read back the same");
     if (options.check) return tell_changes(name, reply);
-    if (options.in_place) return replace(name, reply, options);
-    if (!options.output.empty()) return replace(options.output, reply, options);
+    if (options.in_place) return put_into(name, reply, options);
+    if (!options.output.empty()) return put_into(options.output, reply, options);
     return put_result(reply.text) ? reply.status : exit_failed;
 }

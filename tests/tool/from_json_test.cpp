@@ -1,0 +1,376 @@
+// `from-json`: what each JSON value becomes, and what is refused with place and path.
+
+#include "tests/tool/tool_run.h"
+
+#include <algorithm>
+
+using tool_test::cRun;
+using tool_test::times;
+
+namespace {
+
+class ToolFromJson : public tool_test::Tool {
+  protected:
+    cRun convert(std::string const &json) const { return run({"from-json"}, {.input = json}); }
+    // All is well: this is written, and stays as it is when it is formatted and checked.
+    std::string text(std::string const &json) const {
+        cRun const run = convert(json);
+        EXPECT_EQ(run.status, 0) << json;
+        EXPECT_EQ(run.err, "") << json;
+        EXPECT_EQ(fmt(run.out), (cRun{0, run.out, ""}));
+        EXPECT_EQ(check(run.out), "");
+        return run.out;
+    }
+    // What is told; nothing is put out.
+    std::string refused(std::string const &json) const {
+        cRun const run = convert(json);
+        EXPECT_EQ(run.status, 2) << json;
+        EXPECT_EQ(run.out, "") << json;
+        return run.err;
+    }
+    // The text of a syntax error.
+    std::string syntax(std::string const &json) const {
+        std::string const err = refused(json);
+        std::string const before = ": error: syntax error while parsing ";
+        size_t const at = err.find(before);
+        EXPECT_EQ(err.substr(0, 2), "-:") << err;
+        EXPECT_NE(at, std::string::npos) << err;
+        return err.substr(2, at - 2) + " " + err.substr(at + before.size());
+    }
+};
+
+TEST_F(ToolFromJson, a_document) {
+    EXPECT_EQ(text(R"({"name": "Ann", "age": 7, "height": 1.25, "tags": ["a", "b c"],
+                       "home": {"city": "Köln", "zip": null}, "ok": true})"),
+              "{\n"
+              "  name= Ann;\n"
+              "  age= 7;\n"
+              "  height= 1.25000;\n"
+              "  tags= [a, \"b c\", ];\n"
+              "  home= {\n"
+              "      city= \"K\xC3\xB6ln\";\n"
+              "      zip= #nil;\n"
+              "  }; \n"
+              "  ok= true;\n"
+              "}\n");
+}
+
+TEST_F(ToolFromJson, values_alone) {
+    EXPECT_EQ(text("null"), "#nil\n");
+    EXPECT_EQ(text("true"), "true\n");
+    EXPECT_EQ(text("false"), "false\n");
+    EXPECT_EQ(text("5"), "5\n");
+    EXPECT_EQ(text("-2.5"), "-2.50000\n");
+    EXPECT_EQ(text("\"word\""), "word\n");
+    EXPECT_EQ(text("\"\""), "\"\"\n");
+    EXPECT_EQ(text("[]"), "[]\n");
+    EXPECT_EQ(text("{}"), "{}\n");
+}
+
+TEST_F(ToolFromJson, whole_numbers_are_int_while_they_fit) {
+    EXPECT_EQ(text("2147483647"), "2147483647\n");
+    EXPECT_EQ(text("2147483648"), "2147483648.0\n");
+    EXPECT_EQ(text("-2147483648"), "-2147483648\n");
+    EXPECT_EQ(text("-2147483649"), "-2147483649.0\n");
+    EXPECT_EQ(text("-0"), "0\n");
+}
+
+TEST_F(ToolFromJson, whole_numbers_are_double_while_it_holds_them) {
+    EXPECT_EQ(text("9007199254740992"), "9007199254740992.0\n");
+    EXPECT_EQ(refused("9007199254740993"),
+              "-:1:1: error: the number 9007199254740993 fits neither int nor double\n");
+    EXPECT_EQ(text("9007199254740994"), "9007199254740994.0\n");
+    EXPECT_EQ(text("-9007199254740992"), "-9007199254740992.0\n");
+    EXPECT_EQ(refused("-9007199254740993"),
+              "-:1:1: error: the number -9007199254740993 fits neither int nor double\n");
+    EXPECT_EQ(text("9223372036854775808"), "9223372036854775808.0\n");
+    EXPECT_EQ(refused("18446744073709551615"),
+              "-:1:1: error: the number 18446744073709551615 fits neither int nor double\n");
+    EXPECT_EQ(text("18446744073709551616"), "18446744073709551616.0\n");
+    EXPECT_EQ(refused("18446744073709551617"),
+              "-:1:1: error: the number 18446744073709551617 fits neither int nor double\n");
+    EXPECT_EQ(text("-18446744073709551616"), "-18446744073709551616.0\n");
+}
+
+TEST_F(ToolFromJson, whole_numbers_of_any_length) {
+    EXPECT_EQ(text("1" + times("0", 22)), "1.00000e+22\n");
+    EXPECT_EQ(refused("1" + times("0", 23)),
+              "-:1:1: error: the number 1" + times("0", 23) + " fits neither int nor double\n");
+    EXPECT_EQ(refused(times("9", 300)), "-:1:1: error: the number " + times("9", 27) + " ... " +
+                                            times("9", 27) + " fits neither int nor double\n");
+    EXPECT_EQ(refused(times("9", 310)),
+              "-:1:1: error: number overflow parsing '" + times("9", 310) + "'\n");
+}
+
+TEST_F(ToolFromJson, doubles_keep_their_value) {
+    EXPECT_EQ(text("[1.0, 0.1, 1e5, 1E-7, 0.30000000000000004, 123456789.123456789]"),
+              "[1.00000, 0.100000, 100000., 1.00000e-07, 0.30000000000000004, "
+              "123456789.12345679, ]\n");
+    EXPECT_EQ(text("-0.0"), "-0.00000\n");
+    EXPECT_EQ(text("[1.7976931348623157e308, 5e-324, 2.2250738585072014e-308]"),
+              "[1.7976931348623157e+308, 4.94066e-324, 2.2250738585072014e-308, ]\n");
+    EXPECT_EQ(refused("{\"a\": [0, 1e309]}"),
+              "-:1:11: error: number overflow parsing '1e309', at path 'a/1'\n");
+}
+
+TEST_F(ToolFromJson, strings) {
+    EXPECT_EQ(text(R"(["true", "12", "#nil", "a b", "it's", "say \"x\"", "C:\\x", "\/"])"),
+              R"(["true", "12", "#nil", "a b", "it\'s", "say \"x\"", "C:\\x", "/", ])"
+              "\n");
+    EXPECT_EQ(text(R"(["//", "/* x", "*/", "a\tb", "\u0001\u007f"])"),
+              "[\"//\", \"/* x\", \"*/\", \"a\tb\", \"\x01\x7f\", ]\n");
+    EXPECT_EQ(text(R"("\r")"), "\"\r\"\n");
+    EXPECT_EQ(text(R"("a\r\nb\\\n")"), "\"a\r\\\nb\\\\\\\n\"\n");
+}
+
+TEST_F(ToolFromJson, escapes_become_utf8) {
+    EXPECT_EQ(text(R"(["\u00e9", "\u20AC", "\ud83d\uDE00", "\uFFFF"])"),
+              "[\"\xC3\xA9\", \"\xE2\x82\xAC\", \"\xF0\x9F\x98\x80\", \"\xEF\xBF\xBF\", ]\n");
+    EXPECT_EQ(text("\"\xC3\xA9\xF0\x9F\x98\x80\""), "\"\xC3\xA9\xF0\x9F\x98\x80\"\n");
+}
+
+TEST_F(ToolFromJson, strings_that_are_no_text) {
+    EXPECT_EQ(syntax(R"(["ab\ud800"])"), "1:11 value - invalid string: surrogate U+D800..U+DBFF "
+                                         "must be followed by U+DC00..U+DFFF\n");
+    EXPECT_EQ(syntax(R"(["\udc00"])"),
+              "1:8 value - invalid string: surrogate U+DC00..U+DFFF must follow U+D800..U+DBFF\n");
+    EXPECT_EQ(syntax("[\"a\xFF\"]"), "1:4 value - invalid string: ill-formed UTF-8 byte\n");
+    EXPECT_EQ(syntax("[\n \"a\xC3\"]"), "2:5 value - invalid string: ill-formed UTF-8 byte\n");
+    EXPECT_EQ(syntax("[\"a\nb\"]"), "1:4 value - invalid string: control character U+000A (LF) "
+                                    "must be escaped to \\u000A or \\n\n");
+    EXPECT_EQ(syntax("{\"a\\x\":1}"),
+              "1:5 object key - invalid string: forbidden character after backslash; expected "
+              "string literal\n");
+    EXPECT_EQ(syntax("[\"abc"), "1:6 value - invalid string: missing closing quote\n");
+}
+
+TEST_F(ToolFromJson, a_character_0_is_refused) {
+    EXPECT_EQ(refused(R"({"a": ["x", "y\u0000"], "b\u0000": 1})"),
+              "-:1:13: error: a string with a character 0 can't be written, at path 'a/1'\n"
+              "-:1:25: error: a key with a character 0 can't be written, at path '\"b\\x00\"'\n");
+}
+
+TEST_F(ToolFromJson, keys) {
+    EXPECT_EQ(text(R"({"": 1, "a": 2, "true": 3, "false": 4, "12": 5, "-1.5": 6, "a/b": 7})"),
+              "{\n  \"\"= 1;\n  a= 2;\n  \"true\"= 3;\n  \"false\"= 4;\n  \"12\"= 5;\n"
+              "  \"-1.5\"= 6;\n  \"a/b\"= 7;\n}\n");
+    EXPECT_EQ(text(R"({"a b": 1, "a\nb": 2, "//": 3, "'\"\\": 4, "é": 5, "\r": 6, "nil": 7})"),
+              "{\n  \"a b\"= 1;\n  \"a\\\nb\"= 2;\n  \"//\"= 3;\n  \"\\'\\\"\\\\\"= 4;\n"
+              "  \"\xC3\xA9\"= 5;\n  \"\r\"= 6;\n  nil= 7;\n}\n");
+}
+
+TEST_F(ToolFromJson, a_key_that_begins_with_a_number_sign_is_refused) {
+    EXPECT_EQ(refused("{\"a\": {\"#x\": 1, \"x#\": 2}, \"#\": [{\"#\": 0}]}"),
+              "-:1:8: error: a key that begins with '#' can't be written, at path 'a/\"#x\"'\n"
+              "-:1:27: error: a key that begins with '#' can't be written, at path '\"#\"'\n"
+              "-:1:34: error: a key that begins with '#' can't be written, at path "
+              "'\"#\"/0/\"#\"'\n");
+}
+
+TEST_F(ToolFromJson, a_key_that_stands_twice_is_refused) {
+    EXPECT_EQ(refused("{\"a\": 1,\n \"b\": {\"c\": 1, \"c\": {}},\n  \"a\": [2]}"),
+              "-:2:16: error: this key stands there twice, at path 'b/c'\n"
+              "-:3:3: error: this key stands there twice, at path 'a'\n");
+    EXPECT_EQ(text("[{\"a\": 1}, {\"a\": 1}]"),
+              "[\n  {\n      a= 1;\n  }, \n  {\n      a= 1;\n  }, \n]\n");
+}
+
+TEST_F(ToolFromJson, layout) {
+    EXPECT_EQ(text("{\"a\": [], \"b\": {}, \"c\": [1, 2], \"d\": [[1], []], \"e\": [{}]}"),
+              "{\n"
+              "  a= [];\n"
+              "  b= {};\n"
+              "  c= [1, 2, ];\n"
+              "  d= [\n"
+              "      [1, ],\n"
+              "      [],\n"
+              "  ]; \n"
+              "  e= [\n"
+              "      {},\n"
+              "  ]; \n"
+              "}\n");
+    EXPECT_EQ(text(R"({"a": ["x", "two\nlines"]})"),
+              "{\n  a= [\n      x,\n      \"two\\\nlines\",\n  ]; \n}\n");
+}
+
+TEST_F(ToolFromJson, errors_are_told_all_at_once_and_reading_goes_on) {
+    EXPECT_EQ(refused("{\"x\": [1, 2], \"x\": [9, {\"#\": 0}],\n"
+                      " \"y\": [3000000001, 9007199254740993, {\"#\": 0}, 9007199254740993]}"),
+              "-:1:15: error: this key stands there twice, at path 'x'\n"
+              "-:1:25: error: a key that begins with '#' can't be written, at path 'x/1/\"#\"'\n"
+              "-:2:20: error: the number 9007199254740993 fits neither int nor double, at path "
+              "'y/1'\n"
+              "-:2:39: error: a key that begins with '#' can't be written, at path 'y/2/\"#\"'\n"
+              "-:2:48: error: the number 9007199254740993 fits neither int nor double, at path "
+              "'y/3'\n");
+}
+
+TEST_F(ToolFromJson, messages_are_limited) {
+    write("f", "{\"a\": [" + times("9007199254740993, ", 10) + "0]}");
+    EXPECT_EQ(run({"from-json", "--max-errors", "2", "f"}),
+              (cRun{2, "",
+                    "f:1:8: error: the number 9007199254740993 fits neither int nor double, at "
+                    "path 'a/0'\n"
+                    "f:1:26: error: the number 9007199254740993 fits neither int nor double, at "
+                    "path 'a/1'\n"
+                    "f: error: 8 more\n"}));
+}
+
+TEST_F(ToolFromJson, places_count_bytes_and_lines_from_1) {
+    EXPECT_EQ(refused("{\r\n\t\"\xC3\xA9\\\"\": [\n\n 1,\"x\" , 9007199254740993 ] }"),
+              "-:4:10: error: the number 9007199254740993 fits neither int nor double, at path "
+              "'\"\xC3\xA9\\\"\"/2'\n");
+}
+
+TEST_F(ToolFromJson, empty_input) {
+    std::string const text = " value - unexpected end of input; expected '[', '{', or a literal\n";
+    EXPECT_EQ(syntax(""), "1:1" + text);
+    EXPECT_EQ(syntax("  \n "), "2:2" + text);
+    EXPECT_EQ(syntax("\xEF\xBB\xBF"), "1:4" + text);
+}
+
+TEST_F(ToolFromJson, several_values_and_trailing_garbage) {
+    EXPECT_EQ(syntax("1 2"), "1:3 value - unexpected number literal; expected end of input\n");
+    EXPECT_EQ(syntax("{}\n{}"), "2:1 value - unexpected '{'; expected end of input\n");
+    EXPECT_EQ(syntax("[1],"), "1:4 value - unexpected ','; expected end of input\n");
+    EXPECT_EQ(syntax("{\"a\":1} x"), "1:9 value - invalid literal; expected end of input\n");
+    EXPECT_EQ(syntax("0\n\n\n]"), "4:1 value - unexpected ']'; expected end of input\n");
+}
+
+TEST_F(ToolFromJson, a_character_0_between_values) {
+    EXPECT_EQ(refused(std::string("1\n\0", 3)),
+              "-:2:1: error: a character 0 stands behind the value\n");
+    EXPECT_EQ(refused(std::string("[1]\0[2]", 7)),
+              "-:1:4: error: a character 0 stands behind the value\n");
+    EXPECT_EQ(syntax(std::string("[1, \0]", 6)),
+              "1:5 value - unexpected end of input; expected '[', '{', or a literal\n");
+    EXPECT_EQ(syntax(std::string("[\"a\0\"]", 6)),
+              "1:4 value - invalid string: control character U+0000 (NUL) must be escaped to "
+              "\\u0000\n");
+}
+
+TEST_F(ToolFromJson, what_is_no_json) {
+    std::string const value = "; expected '[', '{', or a literal\n";
+    EXPECT_EQ(syntax("[1,]"), "1:4 value - unexpected ']'" + value);
+    EXPECT_EQ(syntax("[1,,2]"), "1:4 value - unexpected ','" + value);
+    EXPECT_EQ(syntax("[1"), "1:3 array - unexpected end of input; expected ']'\n");
+    EXPECT_EQ(syntax("[\"x\" \"yyy\"]"), "1:6 array - unexpected string literal; expected ']'\n");
+    EXPECT_EQ(syntax("[01]"), "1:3 array - unexpected number literal; expected ']'\n");
+    EXPECT_EQ(syntax("[-1.5e+3 7]"), "1:10 array - unexpected number literal; expected ']'\n");
+    EXPECT_EQ(syntax("[truefalse]"), "1:6 array - unexpected false literal; expected ']'\n");
+    EXPECT_EQ(syntax("[nulltrue]"), "1:6 array - unexpected true literal; expected ']'\n");
+    EXPECT_EQ(syntax("{\"a\":[1,2}"), "1:10 array - unexpected '}'; expected ']'\n");
+    EXPECT_EQ(syntax("{a:1}"), "1:2 object key - invalid literal; expected string literal\n");
+    EXPECT_EQ(syntax("{1:2}"), "1:2 object key - unexpected number literal; expected string "
+                               "literal\n");
+    EXPECT_EQ(syntax("{\"a\":1,}"), "1:8 object key - unexpected '}'; expected string literal\n");
+    EXPECT_EQ(syntax("{\"a\" 1}"), "1:6 object separator - unexpected number literal; expected "
+                                   "':'\n");
+    EXPECT_EQ(syntax("{\"a\":1 \"b\":2}"), "1:8 object - unexpected string literal; expected "
+                                           "'}'\n");
+    EXPECT_EQ(syntax("]"), "1:1 value - unexpected ']'" + value);
+    EXPECT_EQ(syntax("tru"), "1:1 value - invalid literal\n");
+    EXPECT_EQ(syntax("{\"a\":tr ue}"), "1:6 value - invalid literal\n");
+    EXPECT_EQ(syntax("[NaN]"), "1:2 value - invalid literal\n");
+    EXPECT_EQ(syntax("[nan]"), "1:2 value - invalid literal\n");
+    EXPECT_EQ(syntax("/* x */ 1"), "1:1 value - invalid literal\n");
+    EXPECT_EQ(syntax("1 // x"), "1:3 value - invalid literal; expected end of input\n");
+    EXPECT_EQ(syntax("[-]"), "1:3 value - invalid number; expected digit after '-'\n");
+    EXPECT_EQ(syntax("[1.]"), "1:4 value - invalid number; expected digit after '.'\n");
+}
+
+TEST_F(ToolFromJson, errors_before_a_syntax_error_are_told_too) {
+    EXPECT_EQ(refused("{\"#\": 1, \"a\": ]"),
+              "-:1:2: error: a key that begins with '#' can't be written, at path '\"#\"'\n"
+              "-:1:15: error: syntax error while parsing value - unexpected ']'; expected '[', "
+              "'{', or a literal\n");
+}
+
+TEST_F(ToolFromJson, a_mark_of_utf8_is_passed_over) {
+    EXPECT_EQ(text("\xEF\xBB\xBF[1]"), "[1, ]\n");
+    EXPECT_EQ(refused("\xEF\xBB\xBF{\"#\":1}"),
+              "-:1:5: error: a key that begins with '#' can't be written, at path '\"#\"'\n");
+    EXPECT_EQ(syntax("\xEF\xBB[1]"), "1:3 value - invalid BOM; must be 0xEF 0xBB 0xBF if given\n");
+    EXPECT_EQ(syntax("[\xEF\xBB\xBF]"), "1:2 value - invalid literal\n");
+}
+
+TEST_F(ToolFromJson, as_deep_as_it_can_be_read) {
+    for (std::string const core : {"", "5", "\"x\\ny\""}) {
+        std::string const deep = times("[", 1000) + core + times("]", 1000);
+        EXPECT_NE(text(deep), "");
+    }
+    EXPECT_NE(text(times("{\"a\":", 999) + "{}" + times("}", 999)), "");
+}
+
+TEST_F(ToolFromJson, deeper_than_can_be_read) {
+    std::string const path = times("0/", 28) + "0 ... " + times("0/", 28) + "0";
+    std::string const told = "nesting is deeper than 1000, at path '" + path + "'\n";
+    EXPECT_EQ(refused(times("[", 1001) + times("]", 1001)), "-:1:1001: error: " + told);
+    EXPECT_EQ(
+        refused(times("[", 1005) + "{\"#\":[9007199254740993,\"\\u0000\"]}" + times("]", 1005)),
+        "-:1:1001: error: " + told)
+        << "what is too deep is passed over";
+    EXPECT_EQ(refused(times("[", 1000) + "[[],{}],{\"#\":{}},0" + times("]", 1000)),
+              "-:1:1001: error: " + told +
+                  "-:1:1009: error: nesting is deeper than 1000, at path '" +
+                  path.substr(0, path.size() - 1) + "1'\n");
+}
+
+TEST_F(ToolFromJson, a_million_open_brackets) {
+    std::string const err = refused(times("[", 1000000));
+    EXPECT_NE(err.find("-:1:1001: error: nesting is deeper than 1000, at path '"),
+              std::string::npos);
+    EXPECT_NE(err.find("\n-:1:1000001: error: syntax error while parsing value - unexpected end of "
+                       "input; expected '[', '{', or a literal\n"),
+              std::string::npos);
+    EXPECT_NE(refused(times("{\"a\":", 1000000)), "");
+}
+
+TEST_F(ToolFromJson, to_a_file) {
+    write("f.json", "[1, 2]");
+    EXPECT_EQ(run({"from-json", "f.json", "-o", "f.attr"}), (cRun{0, "", ""}));
+    EXPECT_EQ(read("f.attr"), "[1, 2, ]\n");
+    EXPECT_EQ(run({"from-json", "--output", "f.json", "f.json"}), (cRun{0, "", ""}));
+    EXPECT_EQ(read("f.json"), "[1, 2, ]\n");
+}
+
+TEST_F(ToolFromJson, a_file_stays_as_it_was_after_an_error) {
+    write("f.json", "[1, 2");
+    write("f.attr", "old");
+    EXPECT_EQ(run({"from-json", "f.json", "-o", "f.attr"}).status, 2);
+    EXPECT_EQ(read("f.attr"), "old");
+    EXPECT_EQ(run({"from-json", "f.json", "-o", "new.attr"}).status, 2);
+    EXPECT_FALSE(std::filesystem::exists(path("new.attr")));
+}
+
+TEST_F(ToolFromJson, files_that_can_not_be_read_or_written) {
+    EXPECT_EQ(run({"from-json", "nowhere"}),
+              (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
+    EXPECT_EQ(run({"from-json", "-o", "no/where"}, {.input = "1"}),
+              (cRun{2, "",
+                    "no/where: error: cannot write: No such file or directory; the file is as it "
+                    "was\n"}));
+    int const full = ::open("/dev/full", O_WRONLY);
+    EXPECT_EQ(run({"from-json"}, {.input = "1", .out = full}),
+              (cRun{2, "", "qrv: error: cannot write the output: No space left on device\n"}));
+    ::close(full);
+}
+
+TEST_F(ToolFromJson, of_the_standard_input) {
+    EXPECT_EQ(run({"from-json"}, {.input = "1"}), (cRun{0, "1\n", ""}));
+    EXPECT_EQ(run({"from-json", "-"}, {.input = "1"}), (cRun{0, "1\n", ""}));
+}
+
+TEST_F(ToolFromJson, json_cut_anywhere) {
+    std::string const whole = R"({"a": [1.5e+3, true, null, "x\u00e9\n"], "b": {"c": -12}})";
+    for (size_t size = 0; size < whole.size(); ++size) {
+        cRun const run = convert(whole.substr(0, size));
+        EXPECT_EQ(run.status, 2) << size;
+        EXPECT_EQ(run.out, "") << size;
+        EXPECT_EQ(run.err.substr(0, 4), "-:1:") << size;
+        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+    }
+    EXPECT_EQ(convert(whole).status, 0);
+}
+
+} // namespace

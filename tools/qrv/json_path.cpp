@@ -1,0 +1,16 @@
+#include "json_path.h"
+
+#include "messages.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/text/cexacttext.h"
+
+std::string at_path(cJsonPath const &path) {
+    if (path.empty()) return "";
+    cat::ExactText const exact;
+    std::string text;
+    for (objref const &key : path) {
+        if (!text.empty()) text += '/';
+        text += cat::as_text(key);
+    }
+    return ", at path '" + shortened(text) + "'";
+}
