@@ -10,6 +10,7 @@
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/platform/cplatform.h"
 #include "qrv/text/cattrscan.h"
+#include "text/creader_session.h"
 
 #include <algorithm>
 #include <array>
@@ -32,13 +33,13 @@ std::string::size_type first_black(std::string const &text) {
     return static_cast<std::string::size_type>(at - text.begin());
 }
 
-bool scan_file(char const *name, objref &ref, bool &opened) {
+// Has `read` scan an open file. False also if it can't be opened.
+template <class Read> bool scan_file(char const *name, Read const &read) {
     std::ifstream in;
     in.imbue(std::locale::classic());
     cAttrScan scan(in, false);
-    opened = scan.openfile(name, false);
-    if (!opened) return false;
-    scan.scan_obj(ref, nullptr);
+    if (!scan.openfile(name, false)) return false;
+    read(scan);
     return scan.errcount() == 0;
 }
 
@@ -58,16 +59,22 @@ bool write2file(cObj const &obj, char const *name, bool signature) {
 }
 
 bool file2obj(char const *name, objref &ref) {
-    bool opened;
-    return scan_file(name, ref, opened);
+    return scan_file(name, [&ref](cAttrScan &scan) { scan.scan_obj(ref, nullptr); });
 }
 
+// The assignment belongs to the reading, whose text may lead a type's own `assign`: nothing is
+// loaded, and a living report takes its errors. But it is a program's act, free of the budget for
+// merges.
 bool file2map(char const *name, cMapObj &map) {
-    objref value;
-    bool opened;
-    bool const clean = scan_file(name, value, opened);
-    if (opened) map.assign(value);
-    return clean;
+    return scan_file(name, [&map](cAttrScan &scan) {
+        cat::cMergeBudget *const budget = cat::cMergeBudget::current();
+        cReading const reading(scan);
+        objref value;
+        scan.scan_obj(value, nullptr);
+        cAboutValue const about_value(*cReadSession::current());
+        cat::cMergeBudgetUse const as_before(budget);
+        map.assign(value); // RUNS FOREIGN CODE
+    });
 }
 
 std::string cat::file2string(char const *name) {

@@ -165,12 +165,16 @@ bool cat::scan_attrset(cObj &obj, objref &args) {
 bool cat::scan_attrcopy(cObj &obj, objref &args) {
     std::istream *const is = stream_of(args);
     if (!is) return false;
+    cMergeBudget *const budget = cMergeBudget::current();
+    cAttrScan scan(*is, false);
+    cReading const reading(scan); // so that nothing is loaded because of an entry
     std::string const type = obj.type().name();
     objref const entries = make<cMapObj>();
     if (static_cast<cMapObj &>(*entries).datamap().read_hash(*is, nullptr) == 0) {
         error_line("Error in reading data in type: " + type);
         return false;
     }
+    cMergeBudgetUse const as_before(budget); // copying is the program's act, if the reading is
     try {
         objref const fresh = obj.type().newobj();
         if (cObj::is_bad(fresh)) return false;

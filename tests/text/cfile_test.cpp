@@ -2,13 +2,15 @@
 
 #include "qrv/text/cfile.h"
 
+#include "containers/cmergebudget.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/modules/cmodule.h"
 #include "qrv/text/cattrscan.h"
-#include "qrv/text/cfile.h"
+#include "qrv/text/creadreport.h"
 #include "tests/support/fixture.h"
 
 #include <cstdlib>
@@ -245,6 +247,41 @@ TEST_F(File, assigns_the_value_to_a_map) {
     EXPECT_EQ(map.getattrp("b/c"), cat::badfind());
     EXPECT_EQ(written(*map.getattrp("b/d")), "3");
     map.clear();
+}
+
+namespace {
+std::string seen_in_assign;
+
+// Of a program that is led by what it is given.
+bool led_assign(cObj &map, objref &value) {
+    seen_in_assign = cat::is_reading() ? "reading " : "";
+    seen_in_assign += cat::cMergeBudget::current() ? "budget " : "";
+    seen_in_assign += written(cat::find_type(cat::as_string(value->getattrp("t"))));
+    return cTomMap::m_assign(map, value) && map.setattr(own_key(std::string("t")), value);
+}
+} // namespace
+
+TEST_F(File, what_is_assigned_to_a_map_loads_no_module) {
+    cMapObj map;
+    map.set_omember("assign", ::make<cExeMember>(led_assign));
+    std::string const name = make("{ t= \"none:nosuch\"; }");
+    EXPECT_TRUE(file2map(name.c_str(), map));
+    EXPECT_EQ(seen_in_assign, "reading " + written(cat::type_nil()));
+    EXPECT_EQ(cModule::last_error(), "Module 'nosuch' is not loaded while text is being read");
+    EXPECT_FALSE(cat::is_reading());
+    map.clear();
+}
+
+TEST_F(File, a_report_takes_what_the_assignment_to_a_map_tells) {
+    cMapObj map;
+    map.setflags(of_const);
+    cat::ReadReport report;
+    EXPECT_TRUE(file2map(make("\n { a= 1; }").c_str(), map));
+    ASSERT_EQ(report.entries().size(), 1U);
+    EXPECT_EQ(report.entries()[0].text, "Object is const. Method 'assign' called from type: map");
+    EXPECT_EQ(report.entries()[0].line, 2U);
+    EXPECT_EQ(report.entries()[0].column, 2U);
+    EXPECT_EQ(messages(), "");
 }
 
 TEST_F(File, assigns_to_a_map_whatever_the_scan_found) {

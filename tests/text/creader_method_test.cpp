@@ -1,9 +1,12 @@
 // The functions around the reader: containers or bare lists, `read` methods, skipping, errors,
 // positions, summaries, files.
 
+#include "containers/cmergebudget.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
+#include "qrv/core/cexe.h"
+#include "qrv/core/cmodifier.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
@@ -113,6 +116,39 @@ TEST_F(ReaderMethod, scan_attrcopy_tells_what_failed_as_a_line) {
     std::istringstream none("a=1");
     args = make<cInHolder>(none);
     EXPECT_FALSE(cat::scan_attrcopy(number, args));
+}
+
+namespace {
+std::string copied_while;
+bool looking_assign(cObj &, objref &) {
+    copied_while = cat::is_reading() ? "reading" : "nothing";
+    if (cat::cMergeBudget::current()) copied_while += " with a budget";
+    return true;
+}
+
+objref new_with_looker(objref) {
+    objref const map = make<cMapObj>();
+    objref const looker = cat::of(1);
+    looker->set_omember("assign", make<cExeMember>(looking_assign));
+    map->setattr(own_key(std::string("a")), looker);
+    return map;
+}
+} // namespace
+
+TEST_F(ReaderMethod, scan_attrcopy_is_a_reading_to_its_end) {
+    typeref const type = typeref::adopt(new cTypeObj("Copied"));
+    ASSERT_TRUE(cTypeInsert::insert(type, true));
+    type->set_tmember("newobj", make<cExeMember>(new_with_looker));
+    type->set_tmember("assign", make<cExeMember>(looking_assign));
+    type->set_tmember("read", make<cExeMember>(cat::scan_attrcopy));
+    struct cCopied : cObj {
+        explicit cCopied(cTypeObj *type) : cObj(type) {}
+    } obj(type.get());
+    std::istringstream is("a=2");
+    EXPECT_TRUE(obj.read(is));
+    EXPECT_EQ(copied_while, "reading");
+    EXPECT_FALSE(cat::is_reading());
+    cat::type_hash_ptr()->delitem("Copied");
 }
 
 TEST_F(ReaderMethod, read_voiddata_reads_nothing) {
