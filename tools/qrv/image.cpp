@@ -46,9 +46,9 @@ class cImage {
     void add(objref const &value) {
         if (!value) return word("null");
         if (cAttrNode const *const constant = cat::find_const(value.get()))
-            return word("#" + constant->key_as_string());
+            return word('#' + constant->key_as_string());
         auto const [seen, fresh] = numbers_.emplace(value.get(), numbers_.size());
-        if (!fresh) return word("@" + std::to_string(seen->second));
+        if (!fresh) return word('@' + std::to_string(seen->second));
         kept_.push_back(value); // its address is not used again
         if (value->is_type()) return add_type(static_cast<cTypeObj &>(*value));
         word(value->type().name());

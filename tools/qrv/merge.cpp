@@ -142,7 +142,7 @@ class cMerge {
             bool const conversion =
                 found.kind == cMismatch::number || (found.kind == cMismatch::type && done_);
             if (options_.convert && conversion) continue;
-            tell("/" + cat::as_text(item.key) + found.path,
+            tell('/' + cat::as_text(item.key) + found.path,
                  found.text + (conversion ? "; --convert allows it" : ""));
         }
     }
@@ -154,7 +154,7 @@ class cMerge {
             now->set_comment(comment, true);
     }
 
-    void tell_left(objref const &key) { tell("/" + cat::as_text(key), "it can't be removed"); }
+    void tell_left(objref const &key) { tell('/' + cat::as_text(key), "it can't be removed"); }
 
     void tell(std::string const &path, std::string const &text) {
         if (places_.empty()) places_ = places_in(bytes_);
@@ -206,7 +206,7 @@ class cTypeWalk {
         for (cIterObj it = value->begin(); it.valid(); ++it) {
             if (!it.valref() || !(it.valref()->is_container() || it.valref()->is_type())) continue;
             size_t const size = path_.size();
-            path_ += "/" + cat::as_text(it.key());
+            path_ += '/' + cat::as_text(it.key());
             visit(it.valref());
             path_.resize(size);
         }

@@ -46,7 +46,7 @@ class cPlacesScan : public cAttrScan {
             }
             std::optional<std::string> const key = keyed ? this->key() : std::to_string(index++);
             size_t const size = path_.size();
-            path_ += "/" + key.value_or("?");
+            path_ += '/' + key.value_or("?");
             value();
             path_.resize(size);
         }

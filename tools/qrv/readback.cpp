@@ -97,7 +97,7 @@ class cComparison {
         for (cIterObj it = given->begin(); it.valid(); ++it, ++count) {
             objref const key = it.key();
             size_t const size = path_.size();
-            path_ += "/" + cat::as_text(key);
+            path_ += '/' + cat::as_text(key);
             compare(stored->getattr(key), it.valref(), how);
             path_.resize(size);
         }

@@ -16,7 +16,7 @@ bool is_operator(int code) {
 
 cPlace place_of(cAttrLiteral const &token) { return {token.line, token.column + 1}; }
 
-std::string quoted(cAttrLiteral const &token) { return "'" + shortened(token.text) + "'"; }
+std::string quoted(cAttrLiteral const &token) { return '\'' + shortened(token.text) + '\''; }
 
 bool is_key(cAttrLiteral const &token) {
     objref key;
