@@ -231,12 +231,20 @@ bool names_a_descriptor(std::string const &path) {
     return path.starts_with("/dev/") || path.starts_with("/proc/");
 }
 
+// A working folder that was removed is still a folder, but has no name and takes nothing.
+bool takes_files(std::string const &folder) {
+    struct stat info {};
+    if (cat::os.stat(folder.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return false;
+    if (info.st_nlink == 0) errno = ENOENT;
+    return info.st_nlink != 0;
+}
+
 bool can_make_file(std::string const &path) {
     std::optional<std::string> const target = follow_links(path);
     if (!target) return false;
     std::string const name = name_of(*target), folder = folder_of(*target);
     if (name.size() > NAME_MAX) errno = ENAMETOOLONG;
-    return !name.empty() && name.size() <= NAME_MAX && cat::is_directory(folder) &&
+    return !name.empty() && name.size() <= NAME_MAX && takes_files(folder) &&
            cat::os.faccess(folder.c_str(), W_OK | X_OK) == 0;
 }
 

@@ -197,6 +197,19 @@ TEST_F(Platform, a_name_in_the_working_folder_can_be_written) {
     EXPECT_EQ(entries(), 1U);
 }
 
+TEST_F(Platform, nothing_can_be_written_in_a_working_folder_that_was_removed) {
+    fs::path const before = fs::current_path();
+    fs::create_directory(folder + "/gone");
+    fs::current_path(folder + "/gone");
+    fs::remove(folder + "/gone");
+    errno = 0;
+    EXPECT_FALSE(cat::can_write_file("new"));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_FALSE(cat::replace_file("new", "text"));
+    EXPECT_TRUE(cat::can_write_file(file));
+    fs::current_path(before);
+}
+
 TEST_F(Platform, a_circle_of_links_cannot_be_written) {
     fs::create_symlink("b", folder + "/a");
     fs::create_symlink("a", folder + "/b");
