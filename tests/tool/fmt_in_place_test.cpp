@@ -178,31 +178,31 @@ TEST_F(ToolFmtInPlace, has_no_place_for_the_standard_input) {
               (cRun{2, "", "-: error: not written, for it is the standard input\n"}));
 }
 
+// A limit on the length of files, and a text that is beyond it when it is written. There is room
+// for what an instrumented tool writes at its end on its own.
+std::string const too_long = "['" + std::string(2000000, 'x') + "']";
+void limit_files() {
+    rlimit const limit{1000000, 1000000};
+    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(126);
+}
+
 TEST_F(ToolFmtInPlace, leaves_the_file_when_there_is_no_room_for_the_new_one) {
-    std::string const text = "['" + std::string(2000000, 'x') + "']";
-    write("f", text);
-    // Room enough for what an instrumented tool writes on its own at its end.
-    auto const small_files = [] {
-        rlimit const limit{1000000, 1000000};
-        if (::signal(SIGXFSZ, SIG_IGN) == SIG_ERR || ::setrlimit(RLIMIT_FSIZE, &limit) != 0)
-            ::_exit(126);
+    write("f", too_long);
+    auto const no_signal = [] {
+        if (::signal(SIGXFSZ, SIG_IGN) == SIG_ERR) ::_exit(126);
+        limit_files();
     };
-    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = small_files}),
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = no_signal}),
               (cRun{2, "", "f: error: cannot write: File too large; the file is as it was\n"}));
-    EXPECT_EQ(read("f"), text);
+    EXPECT_EQ(read("f"), too_long);
     EXPECT_EQ(files(), 1u);
 }
 
 TEST_F(ToolFmtInPlace, a_limit_on_the_length_of_files_does_not_end_it) {
-    std::string const text = "[" + tool_test::times("1,", 1000) + "]";
-    write("f", text);
-    auto const small_files = [] {
-        rlimit const limit{1000, 1000};
-        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(126); // SIGXFSZ as it is
-    };
-    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = small_files}),
+    write("f", too_long);
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = limit_files}), // SIGXFSZ as it is
               (cRun{2, "", "f: error: cannot write: File too large; the file is as it was\n"}));
-    EXPECT_EQ(read("f"), text);
+    EXPECT_EQ(read("f"), too_long);
     EXPECT_EQ(files(), 1u);
 }
 
@@ -216,16 +216,11 @@ TEST_F(ToolFmtInPlace, refuses_what_is_no_plain_file) {
 }
 
 TEST_F(ToolFmtInPlace, refuses_a_hard_link_in_a_way_that_keeps_both_names_whole) {
-    std::string const text = "[" + tool_test::times("1,", 1000) + "]";
-    write("f", text);
+    write("f", too_long);
     std::filesystem::create_hard_link(path("f"), path("g"));
-    auto const no_room = [] {
-        rlimit const limit{1000, 1000};
-        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(126);
-    };
-    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = no_room}).status, 2);
-    EXPECT_EQ(read("f"), text);
-    EXPECT_EQ(read("g"), text);
+    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = limit_files}).status, 2);
+    EXPECT_EQ(read("f"), too_long);
+    EXPECT_EQ(read("g"), too_long);
 }
 
 TEST_F(ToolFmtInPlace, shows_a_name_with_a_line_feed_on_one_line) {
