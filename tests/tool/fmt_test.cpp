@@ -18,7 +18,7 @@ cRun good(std::string const &out) { return {0, out, ""}; }
 // --- whole files ---
 
 TEST_F(ToolFmt, is_silent_on_a_file_in_layout_and_gives_its_bytes) {
-    for (std::string const name : {"device.attr", "testplan.attr"}) {
+    for (std::string const name : {"device.attr", "testplan.attr", "waterworks.attr"}) {
         write_example(name);
         EXPECT_EQ(run({"fmt", name}), good(read(name)));
         EXPECT_EQ(run({"fmt", "--check", name}), good(""));

@@ -99,7 +99,7 @@ TEST_F(ToolSet, paths_are_those_of_get) {
 // --- comments, layout, sharing ---
 
 TEST_F(ToolSet, what_is_not_touched_stays) {
-    for (std::string const name : {"device.attr", "testplan.attr"}) {
+    for (std::string const name : {"device.attr", "testplan.attr", "waterworks.attr"}) {
         write_example(name);
         std::string const before = read(name);
         EXPECT_EQ(run({"set", name, "zz = 1"}).err, "");
