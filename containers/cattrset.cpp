@@ -13,6 +13,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
+#include "qrv/platform/cstack.h"
 
 #include <ostream>
 #include <utility>
@@ -66,11 +67,41 @@ bool may_copy(objref const &value, cObj &holder) {
     return !cat::merge_exhausted();
 }
 
+// The types whose objects are being made, the innermost first. A default may be an object of the
+// type itself, and copying it makes one more: that one gets no copies of the defaults. Neither does
+// one so far down that the stack ends: a chain of types can be as long as a text.
+class cMaking {
+  public:
+    explicit cMaking(cTypeObj const &type)
+        : type_(&type), outer_(innermost), copies_(!cat::stack_low() && !is_made(type)) {
+        innermost = this;
+    }
+    cMaking(cMaking const &) = delete;
+    cMaking &operator=(cMaking const &) = delete;
+    ~cMaking() { innermost = outer_; }
+
+    bool copies() const noexcept { return copies_; }
+
+  private:
+    static bool is_made(cTypeObj const &type) noexcept {
+        for (cMaking const *making = innermost; making; making = making->outer_)
+            if (making->type_ == &type) return true;
+        return false;
+    }
+
+    static constinit cMaking *innermost;
+    cTypeObj const *type_;
+    cMaking *outer_;
+    bool copies_;
+};
+
+constinit cMaking *cMaking::innermost = nullptr;
+
 // One key of a fresh object: its specification, and its default or nil.
-void declare(cMapObj &map, objref const &key, specref const &spec) {
+void declare(cMapObj &map, objref const &key, specref const &spec, bool copies) {
     map.set_attspec(key, spec);
     objref const value = spec->get_default();
-    if (!spec->is_default() || !may_copy(value, map)) return; // it is nil
+    if (!spec->is_default() || !copies || !may_copy(value, map)) return; // it is nil
     cAttrHash &hash = map.datamap();
     hash.mapitem(key, value);
     cAttrNode *const node = hash.find(key);
@@ -101,8 +132,9 @@ bool cTomAttrset::create(cObj &obj) {
     if (cRef<cMapObj> const specs = specs_of(&obj.type())) {
         pairs const declared = pairs_of(specs->datamap());
         cat::merge_charge(declared.size());
+        cMaking const making(obj.type());
         for (auto const &[key, value] : declared)
-            if (specref const spec = as_spec(value)) declare(*map, key, spec);
+            if (specref const spec = as_spec(value)) declare(*map, key, spec, making.copies());
     }
     obj.setflags(of_const_keys);
     return true;
@@ -163,6 +195,7 @@ bool cTomAttlist::m_assign(cObj &type, objref &arg) {
     cRef<cMapObj> const specs = specs_of(&type);
     if (!specs || !arg) return false;
     objref const keep = objref::share(&type);
+    if (!cat::merge_allows(type, own_key(std::string("attspec")), arg)) return true;
     pairs found; // first: arg may be the type itself, or what it holds
     for (cIterObj it = arg->begin(); it.valid(); ++it) found.emplace_back(it.key(), it.valref());
     specs->clear(); // RE-ENTERS

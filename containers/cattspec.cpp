@@ -6,6 +6,9 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+
+#include <utility>
 
 namespace {
 
@@ -40,6 +43,7 @@ cAttspec &cAttspec::operator=(cAttspec const &other) {
     assign(other); // reported as missing: the flags of a specification are its own
     default_ = other.default_;
     type_ = other.type_;
+    held_type_ = other.held_type_;
     return *this;
 }
 
@@ -81,8 +85,18 @@ void cAttspec::set_default(objref const &value, bool fix_type) {
 }
 
 void cAttspec::set_type(cTypeObj *type) {
+    typeref old;
+    if (type != type_) old = std::exchange(held_type_, nullptr);
     type_ = type;
     fix_type_flag();
+} // RE-ENTERS: old
+
+void cAttspec::share_type(typeref const &type) {
+    typeref const keep = type;
+    set_type(keep); // RE-ENTERS
+    cAttrHash const *const known = cat::type_hash_ptr();
+    cAttrNode const *const node = keep && known ? known->find(keep->name()) : nullptr;
+    if (!node || node->valref() != keep) held_type_ = keep;
 }
 
 specref const &cAttspec::nilspec() {

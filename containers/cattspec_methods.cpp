@@ -53,7 +53,7 @@ bool set_type(cAttspec &spec, objref const &key, objref const &value) {
     }
     if (spec.is_default() && &spec.get_default()->type() != type)
         return refuse_type(spec, key, value);
-    spec.set_type(type);
+    spec.share_type(typeref::share(type));
     return true;
 }
 

@@ -3,8 +3,8 @@
 // are passed without a call; the library's own containers are walked in their rings.
 //
 // Before text may store a value, the walk goes into all that a value keeps alive: the hash under an
-// iterator, the type of a choice value, the members of a type, the default of a specification, and
-// own members. A program gets the plain answer, what can be reached by begin().
+// iterator, the type of a choice value, the members of a type, default and type of a specification,
+// and own members. A program gets the plain answer, what can be reached by begin().
 
 #include "containers/cmergebudget.h"
 #include "containers/cringwalk.h"
@@ -53,7 +53,8 @@ class cOwnerWalk {
         if (holder.has_ommap() && finds_in_ring(holder.ommap())) return true;
         if (auto const *const type = dynamic_cast<cTypeObj const *>(&holder))
             return finds_in_ring(type->tmmap());
-        if (auto *const spec = dynamic_cast<cAttspec *>(&holder)) return is_it(spec->get_default());
+        if (auto *const spec = dynamic_cast<cAttspec *>(&holder))
+            return is_it(spec->get_default()) || is_it(spec->held_type());
         auto const *const it = dynamic_cast<cIterObj const *>(&holder);
         if (!it) return false;
         if (dynamic_cast<cChoiceVal const *>(it) && is_it(objref::share(&it->type()))) return true;

@@ -84,7 +84,7 @@ bool read_type(cMapObj &entries, cAttspec &spec, cValueReport &report) {
     objref const found = cat::type_of_key(value);
     auto *const type = dynamic_cast<cTypeObj *>(found.get());
     if (cObj::is_bad(found) || !type) return report.fail("Wrong type-entry in attspec");
-    spec.set_type(type);
+    spec.share_type(typeref::share(type));
     return true;
 }
 

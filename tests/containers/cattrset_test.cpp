@@ -362,3 +362,54 @@ TEST_F(AttrSet, while_reading_an_object_is_not_assigned_what_owns_it) {
     EXPECT_TRUE(target->assign(*source));
     EXPECT_EQ(cat::as_text(target->getattr(key("a"))), "1");
 }
+
+TEST_F(AttrSet, an_object_of_the_type_as_its_own_default_ends) {
+    typeref const type = declare({{"a", implied()}, {"b", implied()}});
+    cRef<cMapObj> const first = object(type);
+    first->setattr(key("a"), cat::of(1));
+    type->setattr(key("a"), with_default(first, 0));
+    type->setattr(key("b"), with_default(cat::of(2)));
+    cRef<cMapObj> const second = object(type);
+    EXPECT_EQ(raised(), "");
+    auto const copy =
+        cRef<cMapObj>::share(dynamic_cast<cMapObj *>(second->datamap().getitem("a").get()));
+    ASSERT_NE(copy, nullptr);
+    EXPECT_NE(copy, first);
+    EXPECT_EQ(cat::as_text(copy->datamap().getitem("a")), "1");
+    EXPECT_TRUE(copy->datamap().getitem("b") == cat::nil());
+    EXPECT_EQ(cat::as_text(second->datamap().getitem("b")), "2");
+    EXPECT_EQ(cat::as_text(copy->getattr(key("b"))), "2"); // the shared one shows through
+}
+
+TEST_F(AttrSet, types_that_are_each_others_default_end) {
+    typeref const a = declare({{"x", implied()}});
+    typeref const b = declare({{"x", implied()}});
+    objref const of_a = object(a);
+    objref const of_b = object(b);
+    a->setattr(key("x"), with_default(of_b));
+    b->setattr(key("x"), with_default(of_a));
+    cRef<cMapObj> const made = object(a);
+    EXPECT_TRUE(&made->datamap().getitem("x")->type() == b.get());
+    EXPECT_TRUE(made->datamap().getitem("x") != of_b);
+    EXPECT_EQ(raised(), "");
+}
+
+TEST_F(AttrSet, a_chain_of_types_by_their_defaults_may_have_any_length) {
+    typeref type = declare({{"a", with_default(cat::of(1))}});
+    for (int i = 0; i < 20000; ++i)
+        type = declare({{"a", with_default(make<cMapObj>(type.get(), false), 0)}});
+    cRef<cMapObj> const made = object(type);
+    EXPECT_TRUE(cObj::is_good(made->datamap().getitem("a")));
+    EXPECT_EQ(raised(), "");
+}
+
+TEST_F(AttrSet, while_reading_a_type_is_not_assigned_what_owns_it) {
+    typeref const type = declare({{"a", implied()}});
+    objref const specs = make<cMapObj>();
+    specs->setattr(key("a"), with_default(type));
+    {
+        cat::cMergeBudget const budget(1000);
+        EXPECT_TRUE(type->assign(*specs));
+    }
+    EXPECT_EQ(cat::as_text(type->getattr(key("a"))), "attspec()");
+}

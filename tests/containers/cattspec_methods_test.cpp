@@ -2,7 +2,9 @@
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cerr.h"
 #include "tests/support/fixture.h"
 
@@ -92,6 +94,36 @@ TEST_F(SpecificationMethods, type_takes_a_type_or_its_name) {
     EXPECT_FALSE(set("type", cat::nil()));
     EXPECT_EQ(raised(), begin + "'type':  Error in setting BAD type: #nil\n");
     EXPECT_TRUE(get("type") == &cat::type_map());
+}
+
+TEST_F(SpecificationMethods, a_type_that_nobody_else_keeps_lives_with_it) {
+    typeref type = typeref::adopt(new cTypeObj(&cat::typetype_attlist(), "Mine", nullptr));
+    EXPECT_TRUE(set("type", type));
+    EXPECT_EQ(spec_->held_type(), type);
+    EXPECT_TRUE(set("default", type->newobj())); // of the same type: it stays held
+    cTypeObj const *const address = type;
+    type = nullptr;
+    EXPECT_EQ(spec_->held_type().get(), address);
+    EXPECT_EQ(spec_->held_type()->refs(), 1u);
+    EXPECT_EQ(spec_->get_type()->name(), "Mine");
+    EXPECT_EQ(cat::as_text(spec_), "attspec(type=Mine; default=Mine(\n))");
+    spec_->set_default(nullptr, false);
+    spec_->set_type(nullptr);
+    EXPECT_EQ(spec_->held_type(), nullptr);
+    EXPECT_EQ(raised(), "");
+}
+
+TEST_F(SpecificationMethods, a_registered_type_is_kept_by_the_registry) {
+    auto const type = typeref::adopt(new cTypeObj(&cat::typetype_attlist(), "Mine", nullptr));
+    cTypeInsert const insert(*type);
+    EXPECT_TRUE(set("type", type));
+    EXPECT_EQ(spec_->held_type(), nullptr);
+    EXPECT_EQ(spec_->get_type(), type.get());
+    auto const other = typeref::adopt(new cTypeObj(&cat::typetype_attlist(), "Mine", nullptr));
+    EXPECT_TRUE(set("type", other)); // another one of that name
+    EXPECT_EQ(spec_->held_type(), other);
+    EXPECT_TRUE(set("type", type));
+    EXPECT_EQ(spec_->held_type(), nullptr);
 }
 
 TEST_F(SpecificationMethods, default_is_shared_and_held_against_the_type) {

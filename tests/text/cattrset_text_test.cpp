@@ -221,6 +221,30 @@ TEST_F(SpecificationText, a_text_makes_no_object_that_owns_itself) {
     EXPECT_FALSE(below.at("m")->is_owner_of(*below.at("m")));
 }
 
+// The first entry of a specification's text declares nothing: its value is only what it is.
+TEST_F(SpecificationText, a_type_without_a_name_lives_as_long_as_the_specification) {
+    Reading const choice("attspec(type=choice({a=1}); flag=#IMPLIED)");
+    EXPECT_EQ(choice.log, "");
+    EXPECT_EQ(choice.text(), "attspec(type=\"\"; )");
+    auto const *const spec = dynamic_cast<cAttspec const *>(choice.value.get());
+    ASSERT_NE(spec, nullptr);
+    EXPECT_EQ(cat::as_text(spec->get_type()->tmember("choices")), "{a= 1; }");
+    Reading const used("{R= attlist(n= attspec(type= attlist(x= attspec(type= int)))); }");
+    EXPECT_EQ(used.text_at("R/n"), "attspec(type=\"\"; flag=#REQUIRED;)");
+    EXPECT_EQ(errors_of("{R= attlist(n= attspec(type= choice(5))); r= R(n= 3); }"),
+              "1:46 /r 0x40000000 Validate error in read of type: R\n"
+              "1:46 /r 0x40000001 Failed to read value, type R\n"
+              "1:46 /r 0x00000000 Cannot insert key =r\n");
+}
+
+TEST_F(SpecificationText, a_type_declared_by_an_object_of_its_own_ends) {
+    Reading const file("{T= attlist(x= attspec(type= int; flag= #IMPLIED)); p= T(x= 1);"
+                       " T= attlist(x= attspec(default= #cRef(/p))); q= T(); }");
+    EXPECT_EQ(file.log, "");
+    EXPECT_EQ(file.text_at("q"), "T(\n  x= T(\n      x= 1;\n  );\n)");
+    EXPECT_EQ(file.text_at("p"), "T(\n  x= 1;\n)");
+}
+
 TEST_F(SpecificationText, doubling_objects_ends_at_the_budget) {
     std::string text = "{R= attlist(a= attspec(flag=#IMPLIED); b= attspec(flag=#IMPLIED)); r= R();";
     for (int i = 0; i < 40; ++i) text += "\nr= R(a= #cRef(/r); b= #cRef(/r));";

@@ -242,6 +242,9 @@ TEST_F(ChoiceDeclared, no_text_makes_a_type_or_a_value_hold_itself) {
         "{ m={a=1}; s=attspec(default=#cRef(/m)); m={r=#cRef(/s)}; }",
         "{ m={a=1}; C=attlist(x=attspec(default=#cRef(/m))); m={r=#cRef(/C)}; }",
         "{ m={a=1}; C=attlist(x=attspec(default=#cRef(/m))); v=C(); m={r=#cRef(/v)}; }",
+        "{ m={a=1}; s=attspec(type=choice(#cRef(/m))); m={r=#cRef(/s)}; }",
+        "{ C=attlist(); C=attlist(x=attspec(default=#cRef(/C))); }",
+        "{ C=attlist(x=attspec(default=1)); C=attlist(y=attspec(default={q=#cRef(/C)})); }",
     };
     for (char const *source : texts) {
         cErrorLog errors;

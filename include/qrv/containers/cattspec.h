@@ -42,7 +42,11 @@ class QRV_API cAttspec : public cObj {
     void set_flags(int flags);
     // A kill value clears the default, a void one changes nothing. Shares the value.
     void set_default(objref const &value, bool fix_type);
-    void set_type(cTypeObj *type); // the fixed type; other flags stay
+    void set_type(cTypeObj *type); // the fixed type, borrowed; other flags stay
+    // The same for a type that comes as a value, which may be all that keeps it: shares it unless
+    // the registry does under its name. So a type that names itself in its declaration is no cycle.
+    void share_type(typeref const &type);
+    typeref const &held_type() const noexcept { return held_type_; } // null: none, or borrowed
     // The one specification of keys that have none: never stands in a map.
     static specref const &nilspec();
 
@@ -56,6 +60,7 @@ class QRV_API cAttspec : public cObj {
 
     objref default_;
     cTypeObj *type_ = nullptr;
+    typeref held_type_;
 };
 
 using specref = cAttspec::specref;
