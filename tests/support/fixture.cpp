@@ -2,6 +2,8 @@
 // looks again in its destructor, when those members are gone.
 #include "tests/support/fixture.h"
 
+#include "containers/cregistry_check.h"
+
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
@@ -55,6 +57,7 @@ void QrvTest::check_idle() {
     EXPECT_TRUE(state.idle()) << "reader or writer at depth " << state.depth() << ", path '"
                               << state.path() << "'";
     reset_text_state();
+    EXPECT_EQ(cat::broken_registry_rule(), "");
 }
 
 void QrvTest::put_back() {
