@@ -275,6 +275,8 @@ TEST_F(ToolFromJson, what_is_no_json) {
     EXPECT_EQ(syntax("[nan]"), "1:2 value - invalid literal\n");
     EXPECT_EQ(syntax("/* x */ 1"), "1:1 value - invalid literal\n");
     EXPECT_EQ(syntax("1 // x"), "1:3 value - invalid literal; expected end of input\n");
+    EXPECT_EQ(syntax("{\"a\": 1} -; expected 7"),
+              "1:11 value - invalid number; expected digit after '-'; expected end of input\n");
     EXPECT_EQ(syntax("[-]"), "1:3 value - invalid number; expected digit after '-'\n");
     EXPECT_EQ(syntax("[1.]"), "1:4 value - invalid number; expected digit after '.'\n");
 }

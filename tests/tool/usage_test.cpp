@@ -280,31 +280,32 @@ TEST_F(ToolUsage, help_of_tokens) {
 }
 
 TEST_F(ToolUsage, help_of_from_json) {
-    EXPECT_EQ(run({"from-json", "--help"}),
-              (cRun{0,
-                    "Write a JSON text as a file\n"
-                    "Usage: qrv from-json [OPTIONS] [FILE]\n"
-                    "\n"
-                    "Positionals:\n"
-                    "  FILE TEXT=-                 the JSON text\n"
-                    "\n"
-                    "Options:\n"
-                    "  -h,--help                   Print this help message and exit\n"
-                    "  -o,--output TEXT            write to this file\n"
-                    "  --max-errors INT:INT in [1 - 1000000]=100\n"
-                    "                              messages for one file at most\n"
-                    "\n"
-                    "Examples:\n"
-                    "  qrv from-json data.json -o data.attr\n"
-                    "  qrv from-json <data.json | qrv get - items/0/name\n"
-                    "Objects become maps, arrays vectors, whole numbers int if they fit and double "
-                    "otherwise,\n"
-                    "null #nil. What can't be kept is an error with place and path, and nothing is "
-                    "written: a\n"
-                    "whole number that no double holds exactly, a key that stands twice in an "
-                    "object or begins\n"
-                    "with #, a character 0, nesting that is too deep to be read.\n",
-                    ""}));
+    EXPECT_EQ(
+        run({"from-json", "--help"}),
+        (cRun{
+            0,
+            "Write a JSON text as a file\n"
+            "Usage: qrv from-json [OPTIONS] [FILE]\n"
+            "\n"
+            "Positionals:\n"
+            "  FILE TEXT=-                 the JSON text\n"
+            "\n"
+            "Options:\n"
+            "  -h,--help                   Print this help message and exit\n"
+            "  -o,--output TEXT            write to this file\n"
+            "  --max-errors INT:INT in [1 - 1000000]=100\n"
+            "                              messages for one file at most\n"
+            "\n"
+            "Examples:\n"
+            "  qrv from-json data.json -o data.attr\n"
+            "  qrv from-json <data.json | qrv get - items/0/name\n"
+            "Objects become maps, arrays vectors, whole numbers int if they fit and double "
+            "otherwise,\n"
+            "null #nil. What can't be kept is an error with place and path, and nothing is "
+            "written:\n"
+            "a whole number that no double holds exactly, a key that stands twice in an object or\n"
+            "begins with #, a character 0, nesting that is too deep to be read.\n",
+            ""}));
 }
 
 TEST_F(ToolUsage, help_of_to_json) {

@@ -40,6 +40,16 @@ bool is_exact(double number, std::string const &text) {
 
 bool is_whole(std::string const &text) { return text.find_first_of(".eE") == std::string::npos; }
 
+// The parser's text without its own place, and without the token, which may be long.
+std::string reason_of(std::string text) {
+    text.erase(0, text.find("] ") + 2);
+    if (text.starts_with("parse error at")) text.erase(0, text.find(": ") + 2);
+    size_t const token = text.find("; last read: '");
+    if (token == text.npos) return text;
+    size_t const rest = text.rfind("; expected");
+    return text.substr(0, token) + (rest == text.npos || rest < token ? "" : text.substr(rest));
+}
+
 class cBuilder : public nlohmann::json_sax<cJson> {
   public:
     cBuilder(std::string const &bytes, cMessages &messages)
@@ -99,13 +109,8 @@ class cBuilder : public nlohmann::json_sax<cJson> {
     // The position is the number of characters that were read.
     bool parse_error(std::size_t position, std::string const &,
                      nlohmann::detail::exception const &error) override {
-        std::string text = error.what();
-        text.erase(0, text.find("] ") + 2);
-        if (text.starts_with("parse error at")) text.erase(0, text.find(": ") + 2);
+        std::string text = reason_of(error.what());
         bool const invalid = text.find(" - invalid ") != std::string::npos;
-        size_t const read = text.find("; last read: '");
-        if (read != std::string::npos)
-            text.erase(read, std::min(text.rfind("; expected"), text.size()) - read);
         bool const literal = text.find("invalid literal") != std::string::npos;
         size_t const last = std::min(position, literal ? size_ : size_ + 1) - 1;
         size_t const at = literal || !invalid ? places_.token_at(last) : last;

@@ -190,10 +190,9 @@ void add_from_json(CLI::App &app, cFromJsonOptions &options) {
         "  qrv from-json data.json -o data.attr\n"
         "  qrv from-json <data.json | qrv get - items/0/name\n"
         "Objects become maps, arrays vectors, whole numbers int if they fit and double otherwise,\n"
-        "null #nil. What can't be kept is an error with place and path, and nothing is written: a\n"
-        "whole number that no double holds exactly, a key that stands twice in an object or "
-        "begins\n"
-        "with #, a character 0, nesting that is too deep to be read.");
+        "null #nil. What can't be kept is an error with place and path, and nothing is written:\n"
+        "a whole number that no double holds exactly, a key that stands twice in an object or\n"
+        "begins with #, a character 0, nesting that is too deep to be read.");
 }
 
 void add_to_json(CLI::App &app, cToJsonOptions &options) {
