@@ -50,6 +50,12 @@ class cValueReport {
         return false;
     }
 
+    // For people who want to know which rule is broken.
+    static void invalid(cObj &object) {
+        cat::ReadReport const *const report = cat::ReadReport::current();
+        if (report && report->watch()) report->watch()->invalid(object);
+    }
+
     // What was made may be larger than the text that is read could ask for.
     bool too_much() {
         if (!cat::merge_exhausted()) return false;
@@ -165,8 +171,10 @@ bool cTomAttrset::m_read(cObj &obj, objref &stream) {
     cValueReport report(*is);
     cRef<cMapObj> const read = make<cMapObj>(&obj.type(), true);        // 1
     if (read->datamap_ref()->read_hash(*is, nullptr) < 1) return false; // 2
-    if (!validate(*read))                                               // 3
+    if (!validate(*read)) {                                             // 3
+        cValueReport::invalid(*read);
         return report.fail("Validate error in read of type: " + obj.type().name());
+    }
     obj.assign(*read); // 4
     return !report.too_much();
 }

@@ -27,6 +27,10 @@ void cat::ReadReport::clear() {
 }
 
 void cat::ReadReport::add(ReadError error) {
+    if (!watch_ || watch_->error(error)) keep(std::move(error));
+}
+
+void cat::ReadReport::keep(ReadError error) {
     if (entries_.size() < limit_)
         entries_.push_back(std::move(error));
     else
@@ -34,3 +38,9 @@ void cat::ReadReport::add(ReadError error) {
 }
 
 cat::ReadReport *cat::ReadReport::current() noexcept { return innermost; }
+
+cat::ReadWatch::~ReadWatch() = default;
+
+void cat::ReadWatch::invalid(cObj &) {}
+
+bool cat::ReadWatch::error(ReadError &) { return true; }

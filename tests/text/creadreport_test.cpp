@@ -3,6 +3,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "tests/support/fixture.h"
+#include "tests/support/types.h"
 #include "tests/text/read_support.h"
 
 #include <fstream>
@@ -250,6 +251,50 @@ TEST_F(ReadReports, of_hostile_texts_stay_small) {
     }
     EXPECT_EQ(report.entries().size(), 1000u);
     for (cat::ReadError const &e : report.entries()) EXPECT_LE(e.text.size(), 1200u);
+}
+
+// Keeps what it sees, and lets through what it is told to.
+class cWatch : public cat::ReadWatch {
+  public:
+    void invalid(cObj &object) override {
+        seen += "invalid " + object.type().name() + " " +
+                cat::as_text(object.getattr(own_key("n"))) + "; ";
+    }
+    bool error(cat::ReadError &error) override {
+        seen += error.text + "; ";
+        error.text += "!";
+        return error.text.find(hidden) == std::string::npos;
+    }
+    std::string seen;
+    std::string hidden = "nothing";
+};
+
+TEST_F(ReadReports, a_watch_sees_an_invalid_object_before_the_errors_about_it) {
+    cTypesBack const types;
+    cat::ReadReport report;
+    cWatch watch;
+    watch.hidden = "Cannot insert";
+    report.watch(&watch);
+    EXPECT_EQ(report.watch(), &watch);
+    Reading const r("{WatchedR= attlist(n= attspec(type= int)); r= WatchedR(n= x); }");
+    EXPECT_EQ(watch.seen, "invalid WatchedR x; Validate error in read of type: WatchedR; "
+                          "Failed to read value, type WatchedR; Cannot insert key =r; ");
+    ASSERT_EQ(report.count(), 2u);
+    EXPECT_EQ(report.entries()[0].text, "Validate error in read of type: WatchedR!");
+    EXPECT_EQ(report.entries()[1].text, "Failed to read value, type WatchedR!");
+    report.keep(cat::ReadError());
+    EXPECT_EQ(report.count(), 3u);
+    report.watch(nullptr);
+    Reading const again("#none");
+    EXPECT_EQ(report.entries().back().text, "Unknown #-value (no defined const): #none");
+}
+
+TEST_F(ReadReports, a_plain_watch_changes_nothing) {
+    cat::ReadReport report;
+    cat::ReadWatch watch;
+    report.watch(&watch);
+    Reading const r("#none");
+    EXPECT_EQ(shown(report), "1:1  0x40000004 Unknown #-value (no defined const): #none\n");
 }
 
 } // namespace

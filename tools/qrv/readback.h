@@ -42,3 +42,4 @@ std::string shown(objref const &value);
 
 // "a map", "an int", "#nil"
 std::string kind_of(objref const &value);
+std::string with_article(std::string const &name);

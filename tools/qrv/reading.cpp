@@ -4,6 +4,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/cattrscan.h"
 #include "qrv/text/creadreport.h"
+#include "rules.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -113,6 +114,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     cFileScan scan(is);
     scan.set_filename(messages.name().c_str());
     cat::ReadReport report(static_cast<size_t>(messages.limit()));
+    cRules const rules(bytes, report);
     bool const found = scan.read(reading.value) == 0;
     if (!found) reading.value = nullptr;
     tell(reading.survey, scan.end(), messages);

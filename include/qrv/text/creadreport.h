@@ -25,6 +25,22 @@ struct QRV_API ReadError {
     std::string text;  // without place and path in front
 };
 
+// Looks at errors on their way into a report: for programs that can say more than the library, or
+// the same in fewer words. What is called during a reading must not change what is read.
+class QRV_API ReadWatch {
+  public:
+    ReadWatch() = default;
+    ReadWatch(ReadWatch const &) = delete;
+    ReadWatch &operator=(ReadWatch const &) = delete;
+    virtual ~ReadWatch();
+
+    // The attribute set was read, but breaks a rule of its type; the error that says so comes next.
+    // It isn't the object that would have taken the values.
+    virtual void invalid(cObj &object);
+    // True: the error is kept, as it is then. False: it is neither kept nor counted.
+    virtual bool error(ReadError &error);
+};
+
 class QRV_API ReadReport {
   public:
     // Keeps that many entries and counts the rest.
@@ -41,8 +57,13 @@ class QRV_API ReadReport {
     bool empty() const noexcept { return count() == 0; }
     void clear();
 
-    // Keeps an error, or counts it.
+    // Asks the watch, then keeps the error or counts it; keep() asks nobody.
     void add(ReadError error);
+    void keep(ReadError error);
+
+    // Borrowed, must live as long as it is set; null, as at first, is none.
+    ReadWatch *watch() const noexcept { return watch_; }
+    void watch(ReadWatch *watch) noexcept { watch_ = watch; }
 
     // The innermost living one, or null.
     static ReadReport *current() noexcept;
@@ -52,5 +73,6 @@ class QRV_API ReadReport {
     std::size_t limit_;
     std::size_t dropped_ = 0;
     ReadReport *before_;
+    ReadWatch *watch_ = nullptr;
 };
 } // namespace cat

@@ -1,0 +1,236 @@
+// `check` on objects of declared types: which rule is broken, where, and where it was declared.
+
+#include "tests/tool/tool_run.h"
+
+#include <algorithm>
+
+using tool_test::cRun;
+using tool_test::times;
+
+namespace {
+
+class ToolRules : public tool_test::Tool {
+  protected:
+    // Of entries behind the declarations, from line 12 on.
+    std::string told(std::string const &entries) const {
+        return check(declarations + entries + "}");
+    }
+
+    static inline std::string const declarations =
+        "{\n"
+        "  Mode= choice({auto= 1; manual= 2;});\n"
+        "  Pixel= attlist(\n"
+        "      x= attspec(type=int; flag=#REQUIRED);\n"
+        "      y= attspec(type=int; flag=#REQUIRED);\n"
+        "      color= attspec(default= red);\n"
+        "      mode= attspec(type=Mode; flag=#IMPLIED);\n"
+        "      size= attspec(type=int; default= 5);\n"
+        "  );\n"
+        "  Fixed= attlist(f= attspec(default=5; flag=#FIXED); v= attspec(type=int));\n"
+        "  Outer= attlist(p= attspec(type= Pixel; flag= #REQUIRED));\n";
+};
+
+std::string const wrong_code = " [0x40000000]\n", failed_code = " [0x40000001]\n";
+
+TEST_F(ToolRules, objects_that_keep_them_are_not_told) {
+    EXPECT_EQ(told("a= Pixel(x= 1; y= 2); b= [Pixel(x= 1, y= 2, mode= Mode(auto))];"
+                   "c= Outer(p= #cRef(/a)); d= Mode();"),
+              "");
+}
+
+TEST_F(ToolRules, a_missing_key_is_told_at_the_object) {
+    EXPECT_EQ(
+        told("  a= Pixel(\n    x= 1);"),
+        "f:12:6: error: required key 'y' of type Pixel is missing, path /a/y, declared at 5:7" +
+            wrong_code);
+    EXPECT_EQ(
+        told("  a= Pixel();"),
+        "f:12:6: error: required key 'x' of type Pixel is missing, path /a/x, declared at 4:7" +
+            wrong_code +
+            "f:12:6: error: required key 'y' of type Pixel is missing, path /a/y, declared at "
+            "5:7" +
+            wrong_code);
+}
+
+TEST_F(ToolRules, each_broken_rule_is_one_message_at_its_entry) {
+    EXPECT_EQ(
+        told("  a= Pixel(\n"
+             "    x= 1.5;\n"
+             "    y= #nil;\n"
+             "    colr= green;\n"
+             "    size= big;\n"
+             "    \"mode\"= auto;\n"
+             "  );"),
+        "f:13:5: error: key 'x' of type Pixel must be an int, not a double, path /a/x, declared at "
+        "4:7" +
+            wrong_code +
+            "f:14:5: error: required key 'y' of type Pixel is nil, path /a/y, declared at 5:7" +
+            wrong_code +
+            "f:15:5: error: type Pixel has no key 'colr', path /a/colr, declared at 3:3; did you "
+            "mean 'color'?" +
+            wrong_code +
+            "f:16:5: error: key 'size' of type Pixel must be an int, not a string, path /a/size, "
+            "declared at 8:7" +
+            wrong_code +
+            "f:17:5: error: key 'mode' of type Pixel must be a Mode, not a string, path /a/mode, "
+            "declared at 7:7" +
+            wrong_code);
+}
+
+TEST_F(ToolRules, of_a_key_that_comes_twice_the_last_one_counts) {
+    EXPECT_EQ(told("a= Pixel(x= one, y= 1, x= two);"),
+              "f:12:24: error: key 'x' of type Pixel must be an int, not a string, path /a/x, "
+              "declared at 4:7" +
+                  wrong_code);
+    EXPECT_EQ(told("a= Pixel(x= one, y= 1, x= 2);"), "");
+}
+
+TEST_F(ToolRules, a_fixed_key_makes_its_type_unreadable) {
+    std::string const unreadable =
+        "no object of type Fixed can be read, for its key 'f' is #FIXED: only the default itself "
+        "will do, and a text gives a copy, path /a/f, declared at 10:18" +
+        wrong_code;
+    EXPECT_EQ(told("a= Fixed(v= 1);"), "f:12:4: error: " + unreadable);
+    EXPECT_EQ(told("a= Fixed(v= 1; f= 5);"), "f:12:4: error: " + unreadable);
+    EXPECT_EQ(told("a= Fixed(f= 6; v= 1);"),
+              "f:12:4: error: " + unreadable +
+                  "f:12:10: error: key 'f' of type Fixed is fixed to 5, not 6, path /a/f, declared "
+                  "at 10:18" +
+                  wrong_code);
+}
+
+TEST_F(ToolRules, what_follows_from_an_error_inside_is_not_told) {
+    std::string const y =
+        "f:12:28: error: key 'y' of type Pixel must be an int, not a string, path "
+        "/a/p/y, declared at 5:7" +
+        wrong_code;
+    EXPECT_EQ(told("a= Outer(p= Pixel(x= 1;    y= bad));"), y);
+    EXPECT_EQ(told("a= Pixel(x= foo(1); y= 1);"),
+              "f:12:13: error: Value with unknown type='foo [0x40000005]\n");
+    EXPECT_EQ(told("a= Outer(p= #cRef(/nowhere));"),
+              "f:12:13: error: Error in #cRef(/nowhere): Referenced value is not defined before. "
+              "[0x40000003]\n");
+    EXPECT_EQ(
+        told("a= [[Pixel(x= 1)], 2];"),
+        "f:12:6: error: required key 'y' of type Pixel is missing, path /a/0/0/y, declared at "
+        "5:7" +
+            wrong_code);
+}
+
+TEST_F(ToolRules, a_reference_to_nil_is_nil) {
+    EXPECT_EQ(told("n= #nil; a= Pixel(x= #cRef(/n), y= 1);"),
+              "f:12:19: error: required key 'x' of type Pixel is nil, path /a/x, declared at 4:7" +
+                  wrong_code);
+}
+
+TEST_F(ToolRules, the_declaration_that_counts_is_the_last_one_before_the_object) {
+    EXPECT_EQ(
+        check("{R= attlist(a= attspec(type=int));\nr= R();\n"
+              " R= attlist(b= attspec(type=int));\nr= R();}"),
+        "f:2:4: error: required key 'a' of type R is missing, path /r/a, declared at 1:13" +
+            wrong_code +
+            "f:4:4: error: required key 'b' of type R is missing, path /r/b, declared at 3:13" +
+            wrong_code);
+}
+
+TEST_F(ToolRules, unknown_names_come_with_a_close_one) {
+    EXPECT_EQ(told("a= Pixl(x= 1);"),
+              "f:12:4: error: Value with unknown type='Pixl; did you mean 'Pixel'? [0x40000005]\n"
+              "f:12:4: error: Cannot insert key =a\n");
+    EXPECT_EQ(told("a= pixel(x= 1);").substr(0, 72),
+              "f:12:4: error: Value with unknown type='pixel; did you mean 'Pixel'? [0x");
+    EXPECT_EQ(told("a= Elephant(x= 1);").substr(0, 60),
+              "f:12:4: error: Value with unknown type='Elephant [0x40000005");
+    EXPECT_EQ(told("a= Mode(manuel);"),
+              "f:12:4: error: 'manuel' is no choice of type Mode, declared at 2:3; did you mean "
+              "'manual'?" +
+                  failed_code);
+    EXPECT_EQ(told("a= Mode(off);"),
+              "f:12:4: error: 'off' is no choice of type Mode, declared at 2:3" + failed_code);
+    EXPECT_EQ(told("a= Mode({x= 1});"),
+              "f:12:4: error: this is no choice of type Mode, declared at 2:3" + failed_code);
+    EXPECT_EQ(told("T= attlist(n= attspec(type= itn));"),
+              "f:12:29: error: Wrong type-entry in attspec: no type 'itn'; did you mean 'int'?" +
+                  wrong_code);
+}
+
+TEST_F(ToolRules, a_declaration_with_an_error_is_none) {
+    EXPECT_EQ(
+        check("{T= attlist(n= attspec(type= itn), m= attspec(type= int));\nt= T(n= 1);}"),
+        "f:1:30: error: Wrong type-entry in attspec: no type 'itn'; did you mean 'int'?" +
+            wrong_code +
+            "f:2:4: error: Value with unknown type='T', whose declaration at 1:2 has an error "
+            "[0x40000005]\n"
+            "f:2:4: error: Cannot insert key =t\n");
+}
+
+TEST_F(ToolRules, declarations_that_declare_nothing) {
+    EXPECT_EQ(check("{a= attspec();}"), "f:1:5: error: an empty attspec can't be read: "
+                                        "attspec(flag= #IMPLIED) takes any value" +
+                                            failed_code);
+    EXPECT_EQ(check("{C= choice();}"),
+              "f:1:5: error: a choice type needs choices: choice({a= 1; b= 2;})" + failed_code);
+    EXPECT_EQ(check("{C= choice(a= 1);\nc= C(a);}"),
+              "f:2:4: error: type C has no choices, they are given as choice({a= 1; b= 2;}), "
+              "declared at 1:2" +
+                  failed_code);
+    EXPECT_EQ(check("{E= attlist();\ne= E();}"),
+              "f:2:4: error: type E has no keys: no object of it can be read" + failed_code);
+}
+
+TEST_F(ToolRules, a_file_with_broken_objects_is_not_rewritten) {
+    cRun const run = run_on(declarations + "  a= Pixel(x= 1); }", {"fmt"});
+    EXPECT_EQ(run, (cRun{2, "",
+                         "f:12:6: error: required key 'y' of type Pixel is missing, path /a/y, "
+                         "declared at 5:7" +
+                             wrong_code}));
+}
+
+// --- hostile files ---
+
+TEST_F(ToolRules, three_thousand_broken_objects) {
+    std::string const text =
+        "{R= attlist(n= attspec(type= int));\n" + times("r= R(n= x; nn= 5);\n", 3000) + "}";
+    std::string const all = check(text);
+    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 101);
+    EXPECT_EQ(all.substr(all.rfind("f: ")), "f: error: 5900 more\n");
+    EXPECT_EQ(run_on(text, {"check", "--max-errors", "1"}),
+              (cRun{1, "",
+                    "f:2:6: error: key 'n' of type R must be an int, not a string, path /r/n, "
+                    "declared at 1:13" +
+                        wrong_code + "f: error: 5999 more\n"}));
+}
+
+TEST_F(ToolRules, one_object_with_thirty_thousand_unknown_keys) {
+    std::string text = "{R= attlist(n= attspec(type= int)); r= R(n= 1;\n";
+    for (int i = 0; i < 30000; ++i) text += "k" + std::to_string(i) + "= 1;\n";
+    std::string const all = check(text + ")}");
+    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 101);
+    EXPECT_EQ(all.substr(all.rfind("f: ")), "f: error: 29900 more\n");
+}
+
+// Each unknown name is held against all known ones, but not without end.
+TEST_F(ToolRules, two_thousand_unknown_names_and_as_many_known_ones) {
+    std::string types = "{", uses, choices;
+    for (int i = 0; i < 2000; ++i) {
+        std::string const n = std::to_string(i);
+        types += "Type" + n + "= attlist(a= attspec(type= int));\n";
+        uses += "u" + n + "= Tipe" + n + "(a= 1);\nc" + n + "= C(q" + n + ");\n";
+        choices += "k" + n + "= 1;\n";
+    }
+    cRun const run = run_on(types + "C= choice({" + choices + "});" + uses + "}",
+                            {"check", "--max-errors", "1000000"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 6000);
+    EXPECT_NE(run.err.find("Tipe0; did you mean 'Type0'?"), std::string::npos);
+}
+
+TEST_F(ToolRules, objects_nested_as_deep_as_it_goes) {
+    std::string const all =
+        check("{R= attlist(a= attspec(type= R; flag= #REQUIRED));\nr= " + times("R(a= ", 5000) +
+              "1" + times(")", 5000) + ";}");
+    EXPECT_LE(std::count(all.begin(), all.end(), '\n'), 102);
+    EXPECT_EQ(all.find("ended too early"), std::string::npos);
+}
+
+} // namespace

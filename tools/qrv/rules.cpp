@@ -1,0 +1,131 @@
+#include "rules.h"
+
+#include "broken_rules.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "suggestion.h"
+
+namespace {
+
+// What stands behind that beginning; none if the text begins otherwise.
+std::optional<std::string> behind_words(std::string const &text, std::string_view words) {
+    if (!text.starts_with(words)) return std::nullopt;
+    return text.substr(words.size());
+}
+
+// "Failed to read" a value or a key of that type.
+std::optional<std::string> failed_type(std::string const &text) {
+    std::optional<std::string> type = behind_words(text, "Failed to read value, type ");
+    return type ? type : behind_words(text, "Failed to read key, type: ");
+}
+
+cTypeObj const *known_type(std::string const &name) {
+    cAttrNode const *const node = cat::typemap().datamap().find(name);
+    return node ? dynamic_cast<cTypeObj const *>(node->valref().get()) : nullptr;
+}
+
+cPlace place_of(cat::ReadError const &error) { return {error.line, error.column}; }
+
+} // namespace
+
+cRules::cRules(std::string const &bytes, cat::ReadReport &report)
+    : source_(bytes), report_(report) {
+    report_.watch(this);
+}
+
+cRules::~cRules() { report_.watch(nullptr); }
+
+void cRules::invalid(cObj &object) { invalid_ = objref::share(&object); }
+
+bool cRules::error(cat::ReadError &error) {
+    bool const kept = tell(error);
+    mistaken_.insert(place_of(error));
+    return kept;
+}
+
+bool cRules::tell(cat::ReadError &error) {
+    if (objref const object = std::exchange(invalid_, nullptr)) {
+        told_ = place_of(error);
+        cBrokenRules(*object, error, source_, mistaken_, report_).tell();
+        return false;
+    }
+    if (is_told(error)) return false;
+    if (error.text == "Failed to read container, type vector" && place_of(error) < told_) {
+        told_ = place_of(error); // for what was told of a value inside
+        return false;
+    }
+    if (auto const type = failed_type(error.text)) return tell_failed(error, *type);
+    for (char const *const words : {"Value with unknown type='", "Key with unknown type='"})
+        if (auto const type = behind_words(error.text, words)) tell_unknown_type(error, *type);
+    if (error.text == "Wrong type-entry in attspec") tell_unknown_type_of_key(error);
+    return true;
+}
+
+// Said once more, of a value whose fault was told.
+bool cRules::is_told(cat::ReadError const &error) const {
+    return place_of(error) == told_ &&
+           (failed_type(error.text) || error.text.starts_with("Cannot insert key ="));
+}
+
+bool cRules::has_error_inside(cPlace value) const {
+    return mistaken_.upper_bound(value) != mistaken_.end();
+}
+
+// A typed value that can't be read: declarations and what is declared are told by what is wrong
+// inside, or else in words of their own.
+bool cRules::tell_failed(cat::ReadError &error, std::string const &name) {
+    cTypeObj const *const type = known_type(name);
+    if (!type) return true;
+    cPlace const place = place_of(error);
+    bool const declares = type == &cat::typetype_attlist() || type == &cat::typetype_choice();
+    bool const is_set = &type->type() == &cat::typetype_attlist();
+    bool const is_choice = &type->type() == &cat::typetype_choice();
+    if (declares) source_.failed(place);
+    if (!declares && !is_set && !is_choice && type != &cat::type_attspec()) return true;
+    told_ = place;
+    if (has_error_inside(place)) return false;
+    if (!has_room(report_)) return true;
+    if (is_choice) error.text = unknown_choice(error, *type);
+    if (is_set)
+        error.text = "type " + shortened(name) + " has no keys: no object of it can be read";
+    if (type == &cat::typetype_choice())
+        error.text = "a choice type needs choices: choice({a= 1; b= 2;})";
+    if (type == &cat::type_attspec())
+        error.text = "an empty attspec can't be read: attspec(flag= #IMPLIED) takes any value";
+    return true;
+}
+
+std::string cRules::unknown_choice(cat::ReadError const &error, cTypeObj const &type) {
+    std::string const name = shortened(type.name());
+    std::optional<cPlace> const declared = source_.declared(type.name(), place_of(error));
+    objref const choices = type.tmember("choices");
+    if (!dynamic_cast<cMapObj const *>(choices.get()))
+        return "type " + name + " has no choices, they are given as choice({a= 1; b= 2;})" +
+               declared_at(declared);
+    std::optional<std::string> const key = source_.argument(place_of(error));
+    std::string const what = key ? "'" + shortened(*key) + "'" : "this";
+    return what + " is no choice of type " + name + declared_at(declared) +
+           (key ? known_keys(type, "choices", *key) : "");
+}
+
+void cRules::tell_unknown_type(cat::ReadError &error, std::string const &name) {
+    if (!has_room(report_)) return;
+    if (auto const failed = source_.failed_declaration(name, place_of(error)))
+        error.text += "', whose declaration at " + shown(*failed) + " has an error";
+    else
+        error.text += known_types(name);
+}
+
+// The place and the name that are wrong; the error that comes is about the whole specification.
+void cRules::tell_unknown_type_of_key(cat::ReadError &error) {
+    told_ = place_of(error);
+    if (!has_room(report_)) return;
+    for (cSource::cEntry const &entry : source_.entries(place_of(error))) {
+        if (cat::as_string(entry.key) != "type" || !entry.value) continue;
+        error.line = entry.value->line;
+        error.column = entry.value->column;
+        error.text += ": no type '" + shortened(entry.text) + "'" + known_types(entry.text);
+    }
+}

@@ -1,0 +1,43 @@
+#pragma once
+// Which rule of a declared type a value breaks, told where the offending entry stands. The reader
+// says only that a value of the type can't be read; and then the same again for the value's type
+// and its key. So:
+//   - each broken rule of an attribute set is a message of its own, with the place of the entry (of
+//     the object where one is missing), path, key and the place of the declaration
+//   - what the reader says of such a value as a whole is left out
+//   - so is what follows from an error inside: an attribute is not missing whose value is there and
+//     was told to be wrong, and a declaration with an error inside is just none
+//   - unknown names of types, keys and choices come with the closest one that is known
+// Beyond a report's limit errors are counted and nothing is made up for them.
+
+#include "qrv/text/creadreport.h"
+#include "source.h"
+
+#include <set>
+
+class cRules : public cat::ReadWatch {
+  public:
+    // Both are borrowed; the report is watched as long as this lives.
+    cRules(std::string const &bytes, cat::ReadReport &report);
+    cRules(cRules const &) = delete;
+    cRules &operator=(cRules const &) = delete;
+    ~cRules() override;
+
+    void invalid(cObj &object) override;
+    bool error(cat::ReadError &error) override;
+
+  private:
+    bool tell(cat::ReadError &error);
+    bool is_told(cat::ReadError const &error) const;
+    bool tell_failed(cat::ReadError &error, std::string const &type);
+    void tell_unknown_type(cat::ReadError &error, std::string const &name);
+    void tell_unknown_type_of_key(cat::ReadError &error);
+    std::string unknown_choice(cat::ReadError const &error, cTypeObj const &type);
+    bool has_error_inside(cPlace value) const;
+
+    cSource source_;
+    cat::ReadReport &report_;
+    objref invalid_;            // the next error says so
+    cPlace told_{0, 0};         // what is said of the value there as a whole is left out
+    std::set<cPlace> mistaken_; // where errors are
+};

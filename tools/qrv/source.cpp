@@ -1,0 +1,243 @@
+#include "source.h"
+
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/text/cattrscan.h"
+
+#include <algorithm>
+#include <istream>
+#include <streambuf>
+
+namespace {
+
+// The bytes from an offset on, where they are.
+class cPiece : public std::streambuf {
+  public:
+    cPiece(std::string const &bytes, size_t offset) {
+        char *const start = const_cast<char *>(bytes.data());
+        setg(start, start + std::min(offset, bytes.size()), start + bytes.size());
+    }
+};
+
+bool is_opening(int code) { return code == '(' || code == '{' || code == '[' || code == '<'; }
+bool is_closing(int code) { return code == ')' || code == '}' || code == ']' || code == '>'; }
+bool may_be_key(int code) { return (code >= tkInt && code <= tkIdent) || code == tkBadIdent; }
+
+class cScanner : public cAttrScanner {
+  public:
+    using cAttrScanner::cAttrScanner;
+    using cAttrScanner::gettoken;
+};
+
+// Tokens without blanks and comments, each with its place, and the token before.
+class cTokens {
+  public:
+    cTokens(std::string const &bytes, size_t offset, cPlace start)
+        : piece_(bytes, offset), is_(&piece_), scanner_(is_), start_(start) {}
+    cTokens(cTokens const &) = delete;
+    cTokens &operator=(cTokens const &) = delete;
+    ~cTokens() = default;
+
+    bool next() {
+        before_ = token_;
+        before_place_ = place_;
+        do scanner_.gettoken(token_);
+        while (token_.code == tkComment);
+        place_ = {start_.line + token_.line - 1,
+                  token_.column + (token_.line == 1 ? start_.column : 1)};
+        return token_.code > tkEof;
+    }
+    cAttrLiteral const &token() const { return token_; }
+    cAttrLiteral const &before() const { return before_; }
+    cPlace place() const { return place_; }
+    cPlace before_place() const { return before_place_; }
+
+  private:
+    cPiece piece_;
+    std::istream is_;
+    cScanner scanner_;
+    cPlace start_;
+    cAttrLiteral token_, before_;
+    cPlace place_, before_place_;
+};
+
+objref key_of(cAttrLiteral const &token) {
+    objref key;
+    if (!may_be_key(token.code)) return key;
+    if (token.code == tkBadIdent) return cat::of(token.text);
+    if (!cat::read_stdtype(token.code, token.text.c_str(), key)) key = nullptr;
+    return key;
+}
+
+// Walks over the entries of brackets: `key = value` at the depth where it began.
+class cEntries {
+  public:
+    explicit cEntries(cTokens &tokens) : tokens_(tokens) {}
+
+    // True at the token behind each `=`; false behind the closing bracket, and at the end.
+    bool next() {
+        while (!closed_ && tokens_.next()) {
+            int const code = tokens_.token().code;
+            bool const behind_equals = depth_ == 0 && tokens_.before().code == '=' && key_;
+            if (!behind_equals && code == '=' && depth_ == 0) take_key();
+            bool const ends = is_closing(code) && depth_ == 0;
+            if (is_opening(code)) ++depth_;
+            if (is_closing(code) && depth_-- == 0) closed_ = true;
+            if (!behind_equals) continue;
+            has_value_ = !ends && code != ';' && code != ',';
+            return true;
+        }
+        return false;
+    }
+    cSource::cEntry entry() {
+        cSource::cEntry entry{std::move(key_), key_place_, std::nullopt, ""};
+        key_ = nullptr;
+        if (has_value_) {
+            entry.value = tokens_.place();
+            entry.text = tokens_.token().text;
+        }
+        return entry;
+    }
+
+  private:
+    void take_key() {
+        key_ = key_of(tokens_.before());
+        key_place_ = tokens_.before_place();
+    }
+
+    cTokens &tokens_;
+    int depth_ = 0;
+    bool closed_ = false;
+    bool has_value_ = false;
+    objref key_;
+    cPlace key_place_;
+};
+
+} // namespace
+
+size_t cSource::offset(cPlace place) const {
+    if (lines_.empty()) {
+        lines_.push_back(0);
+        for (size_t i = 0; i < bytes_.size(); ++i)
+            if (bytes_[i] == '\n') lines_.push_back(i + 1);
+    }
+    if (place.line == 0 || place.line > lines_.size()) return bytes_.size();
+    return std::min(bytes_.size(), lines_[place.line - 1] + place.column - 1);
+}
+
+std::vector<cSource::cEntry> cSource::entries(cPlace typed) const {
+    std::vector<cEntry> found;
+    cTokens tokens(bytes_, offset(typed), typed);
+    if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return found;
+    cEntries entries(tokens);
+    while (entries.next()) found.push_back(entries.entry());
+    return found;
+}
+
+std::optional<std::string> cSource::argument(cPlace typed) const {
+    cTokens tokens(bytes_, offset(typed), typed);
+    if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return std::nullopt;
+    if (!tokens.next() || !may_be_key(tokens.token().code)) return std::nullopt;
+    objref const value = key_of(tokens.token());
+    tokens.next();
+    if (!value || !is_closing(tokens.token().code)) return std::nullopt;
+    return cat::as_string(value);
+}
+
+// --- declarations ---
+
+// One walk over all tokens: `key = attlist (` or `choice (`, and in the brackets of that `key =
+// attspec`.
+class cSource::cDeclarationWalk {
+  public:
+    cDeclarationWalk(std::string const &bytes, cDeclarations &found)
+        : tokens_(bytes, 0, {}), found_(found) {}
+
+    void walk() {
+        while (tokens_.next()) {
+            if (tokens_.token().code == '=')
+                take_key();
+            else if (tokens_.before().code == '=' && key_)
+                take_value();
+            else
+                take_other();
+        }
+    }
+
+  private:
+    struct cOpen { // a bracket; of no declaration if null
+        std::vector<cDeclaration> *declarations = nullptr;
+        size_t index = 0;
+    };
+
+    void take_key() {
+        key_ = key_of(tokens_.before());
+        place_ = tokens_.before_place();
+    }
+
+    void take_value() {
+        cAttrLiteral const &token = tokens_.token();
+        declares_ = token.text == "attlist" || token.text == "choice";
+        value_ = tokens_.place();
+        if (!open_.empty() && open_.back().declarations && token.text == "attspec")
+            (*open_.back().declarations)[open_.back().index].keys[cat::as_text(key_)] = place_;
+        if (!declares_) take_bracket(token.code);
+    }
+
+    void take_other() {
+        take_bracket(tokens_.token().code);
+        declares_ = false;
+    }
+
+    void take_bracket(int code) {
+        if (is_closing(code) && !open_.empty()) open_.pop_back();
+        if (!is_opening(code)) return;
+        open_.emplace_back();
+        if (!declares_) return;
+        std::vector<cDeclaration> &declarations = found_[cat::as_string(key_)];
+        open_.back() = {&declarations, declarations.size()};
+        declarations.push_back({place_, value_, {}});
+    }
+
+    cTokens tokens_;
+    cDeclarations &found_;
+    std::vector<cOpen> open_;
+    objref key_;
+    cPlace place_, value_; // of the key and the value
+    bool declares_ = false;
+};
+
+cSource::cDeclarations &cSource::declarations() {
+    if (!searched_) cDeclarationWalk(bytes_, declarations_).walk();
+    searched_ = true;
+    return declarations_;
+}
+
+// Of those that failed, or of those that didn't, the last one whose place is before that one.
+cSource::cDeclaration const *cSource::last(std::string const &type, cPlace before, bool failed) {
+    auto const found = declarations().find(type);
+    if (found == declarations().end()) return nullptr;
+    std::vector<cDeclaration> const &all = found->second;
+    auto at = std::lower_bound(all.begin(), all.end(), before,
+                               [](cDeclaration const &d, cPlace place) { return d.place < place; });
+    for (int steps = 0; at != all.begin() && steps < 100; ++steps)
+        if ((failed_.count((--at)->value) != 0) == failed) return &*at;
+    return nullptr;
+}
+
+std::optional<cPlace> cSource::declared(std::string const &type, cPlace before) {
+    cDeclaration const *const declaration = last(type, before, false);
+    return declaration ? std::optional(declaration->place) : std::nullopt;
+}
+
+std::optional<cPlace> cSource::declared(std::string const &type, objref const &key, cPlace before) {
+    cDeclaration const *const declaration = last(type, before, false);
+    if (!declaration) return std::nullopt;
+    auto const found = declaration->keys.find(cat::as_text(key));
+    return found == declaration->keys.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<cPlace> cSource::failed_declaration(std::string const &type, cPlace before) {
+    cDeclaration const *const declaration = last(type, before, true);
+    return declaration ? std::optional(declaration->place) : std::nullopt;
+}

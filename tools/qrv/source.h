@@ -1,0 +1,60 @@
+#pragma once
+// What stands where between the brackets of typed values, as the tokens of a file tell: for
+// messages about rules, which the reader finds broken when it has read the whole of a value.
+
+#include "messages.h"
+#include "qrv/core/cobj.h"
+
+#include <optional>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class cSource {
+  public:
+    // Borrows the bytes. What it needs beside them it makes when it is asked.
+    explicit cSource(std::string const &bytes) : bytes_(bytes) {}
+
+    struct cEntry {
+        objref key;
+        cPlace place;                // of the key
+        std::optional<cPlace> value; // none if there is no value
+        std::string text;            // the value's first token
+    };
+    // The entries with single tokens as keys of the typed value that begins there.   O(its text)
+    std::vector<cEntry> entries(cPlace typed) const;
+
+    // The only token between the brackets of the typed value that begins there; none if there are
+    // more, or none.
+    std::optional<std::string> argument(cPlace typed) const;
+
+    // Where a type was declared last before that place, by a declaration that didn't
+    // fail, or its key. None for what is declared elsewhere.
+    std::optional<cPlace> declared(std::string const &type, cPlace before);
+    std::optional<cPlace> declared(std::string const &type, objref const &key, cPlace before);
+    // Where the declaration stands that failed last before that place.
+    std::optional<cPlace> failed_declaration(std::string const &type, cPlace before);
+    // The declaration whose value begins there has failed.
+    void failed(cPlace value) { failed_.insert(value); }
+
+  private:
+    struct cDeclaration {
+        cPlace place; // of the key
+        cPlace value;
+        std::unordered_map<std::string, cPlace> keys; // as_text
+    };
+    // By name, each in the order of the file.
+    using cDeclarations = std::unordered_map<std::string, std::vector<cDeclaration>>;
+    class cDeclarationWalk;
+
+    size_t offset(cPlace place) const;
+    cDeclarations &declarations();
+    cDeclaration const *last(std::string const &type, cPlace before, bool failed);
+
+    std::string const &bytes_;
+    mutable std::vector<size_t> lines_; // offsets of their starts
+    std::set<cPlace> failed_;
+    bool searched_ = false;
+    cDeclarations declarations_;
+};
