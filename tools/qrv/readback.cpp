@@ -152,7 +152,9 @@ std::string shown(objref const &value) {
     return shortened(text);
 }
 
-std::string kind_of(objref const &value) { return with_article(value->type().name()); }
+std::string kind_of(objref const &value) {
+    return cObj::is_nil(value) ? "#nil" : with_article(value->type().name());
+}
 
 std::string with_article(std::string const &name) {
     bool const vowel = !name.empty() && std::string("aeiou").find(name[0]) != std::string::npos;
