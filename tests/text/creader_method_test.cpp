@@ -319,8 +319,10 @@ TEST_F(ReaderMethod, each_path_goes_to_the_trace_channel) {
 
 class ReaderFile : public QrvTest {
   protected:
-    ReaderFile() : folder_(std::filesystem::temp_directory_path() / "qrv_reader_test") {
-        std::filesystem::create_directories(folder_);
+    ReaderFile() {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "qrv_reader_XXXXXX").string();
+        folder_ = ::mkdtemp(pattern.data());
     }
     ~ReaderFile() override { std::filesystem::remove_all(folder_); }
     std::string file(char const *name, std::string const &text) {
