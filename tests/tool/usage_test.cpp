@@ -43,6 +43,7 @@ TEST_F(ToolUsage, help_lists_the_commands_and_the_exit_codes) {
                     "  set                         Set values at paths\n"
                     "  merge                       Merge the value of a file into another's\n"
                     "  get                         Print the values at paths\n"
+                    "  explain                     Tell what is known of one value\n"
                     "  check                       Tell every error of a file\n"
                     "  tokens                      List the tokens of a file\n"
                     "  from-json                   Write a JSON text as a file\n"

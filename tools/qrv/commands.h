@@ -50,6 +50,11 @@ struct cGetOptions : cCommon {
     std::string default_value;
 };
 
+struct cExplainOptions : cCommon {
+    std::string file;
+    std::string path;
+};
+
 struct cCheckOptions : cCommon {
     std::vector<std::string> files;
 };
@@ -76,6 +81,7 @@ int run_fmt(cFmtOptions const &options);
 int run_set(cSetOptions const &options);
 int run_merge(cMergeOptions const &options);
 int run_get(cGetOptions const &options);
+int run_explain(cExplainOptions const &options);
 int run_check(cCheckOptions const &options);
 int run_tokens(cTokensOptions const &options);
 int run_from_json(cFromJsonOptions const &options);

@@ -1,19 +1,16 @@
 // `get`: the values at paths, each a line or more.
 
+#include "at_path.h"
 #include "child.h"
 #include "commands.h"
 #include "output.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/cexacttext.h"
-#include "qrv/text/creadreport.h"
-#include "raised.h"
 #include "reading.h"
 
 #include <optional>
 
 namespace {
-
-constexpr unsigned no_attributes = 0x48000000u; // raised where a path goes into a scalar
 
 // A string without quotes, a bool as a word, a float without its letter; all else as written.
 std::string raw(objref const &value) {
@@ -25,30 +22,16 @@ std::string raw(objref const &value) {
     return text;
 }
 
-// The value at the path, null when there is none; false when the path can't be read.
-bool find(objref const &top, std::string const &path, objref &value, cMessages &messages) {
-    size_t const before = messages.count();
-    cRaisedErrors const raised([&](cErr const &error) {
-        if (error.code() != no_attributes) messages.error(error.as_string(), error.code());
-    });
-    cat::ReadReport report;
-    value = top->getattrp(path);
-    for (cat::ReadError const &error : report.entries())
-        messages.error(with_short_path(error.text, path), error.code);
-    if (!cObj::is_good(value)) value = nullptr;
-    return messages.count() == before;
-}
-
 int get_path(objref const &top, std::string const &path, cGetOptions const &options,
              cMessages &messages, std::vector<std::string> &texts) {
     objref value;
-    if (!find(top, path, value, messages)) return exit_failed;
+    if (!find_at(top, path, value, messages)) return exit_failed;
     if (value) {
         texts.push_back(options.text ? cat::as_text(value) : raw(value));
     } else if (options.has_default) {
         texts.push_back(options.default_value);
     } else {
-        messages.error("nothing at path '" + shortened(path) + "'");
+        tell_absent(path, messages);
         return exit_found;
     }
     return exit_done;

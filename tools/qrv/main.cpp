@@ -162,6 +162,30 @@ void add_get(CLI::App &app, cGetOptions &options) {
                    "  qrv get --default 8 device.attr slots   8 if there is no such key");
 }
 
+void add_explain(CLI::App &app, cExplainOptions &options) {
+    CLI::App &command = *app.add_subcommand("explain", "Tell what is known of one value");
+    command.add_option("FILE", options.file, "the file")->required();
+    command.add_option("PATH", options.path, "keys with / between them")->required();
+    add_common(command, options);
+    command.footer(
+        "Example:\n"
+        "  qrv explain device.attr sensors/0/calibration\n"
+        "Lines of a word and what it says, those that apply:\n"
+        "  path      the path, as a reference would have it\n"
+        "  type      its type, and where the file declares that\n"
+        "  name      the name of a type\n"
+        "  constant  the name, #nil or the like\n"
+        "  place     line:column in the file; unknown inside the brackets of typed values\n"
+        "  rule      what the type of the object that it belongs to asks of it\n"
+        "  default   what that type gives where there is none\n"
+        "  choice    what is chosen, and\n"
+        "  choices   from what\n"
+        "  entries   how many it has\n"
+        "  layout    whether these stand on one line or on many\n"
+        "  comment   its comment, a line each\n"
+        "  shared    another path to the same value, eight of them at most");
+}
+
 void add_check(CLI::App &app, cCheckOptions &options) {
     CLI::App &command = *app.add_subcommand("check", "Tell every error of a file");
     command.add_option("FILE", options.files, "files to check")->required();
@@ -238,6 +262,7 @@ int run(int argc, char **argv) {
     cSetOptions set;
     cMergeOptions merge;
     cGetOptions get;
+    cExplainOptions explain;
     cCheckOptions check;
     cTokensOptions tokens;
     cFromJsonOptions from_json;
@@ -246,6 +271,7 @@ int run(int argc, char **argv) {
     add_set(app, set);
     add_merge(app, merge);
     add_get(app, get);
+    add_explain(app, explain);
     add_check(app, check);
     add_tokens(app, tokens);
     add_from_json(app, from_json);
@@ -264,6 +290,7 @@ int run(int argc, char **argv) {
     if (app.got_subcommand("set")) return run_set(set);
     if (app.got_subcommand("merge")) return run_merge(merge);
     if (app.got_subcommand("get")) return run_get(get);
+    if (app.got_subcommand("explain")) return run_explain(explain);
     if (app.got_subcommand("check")) return run_check(check);
     if (app.got_subcommand("from-json")) return run_from_json(from_json);
     if (app.got_subcommand("to-json")) return run_to_json(to_json);

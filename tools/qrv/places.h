@@ -3,12 +3,15 @@
 
 #include "messages.h"
 
+#include <set>
 #include <string>
 #include <unordered_map>
 
 // By paths such as /a/0, with keys in their written form. What is inside typed values, and values
-// whose keys are typed, have no place.
+// whose keys are typed, have no place, nor has what stands in a set behind more than single tokens.
 using cPlaces = std::unordered_map<std::string, cPlace>;
 
-// Of a text that reads without errors. O(size)
+// Of a text that reads without errors; of a key that stands twice the last one's. All of them, or
+// only those of the given paths, which takes no more memory than these.
 cPlaces places_in(std::string const &bytes);
+cPlaces places_in(std::string const &bytes, std::set<std::string> const &paths);
