@@ -117,6 +117,7 @@ TEST_F(ToolExplain, values_that_a_set_has_already_are_not_counted) {
 TEST_F(ToolExplain, rules_of_attributes) {
     EXPECT_EQ(told(declared, "p/x"), "path      /p/x\n"
                                      "type      int\n"
+                                     "place     5:15\n"
                                      "rule      required, only int (declared at /Pixel/x)\n"
                                      "default   none\n"
                                      "shared    /q/x\n");
@@ -185,16 +186,32 @@ TEST_F(ToolExplain, types_and_what_they_declare) {
                                        "layout    many lines\n");
     EXPECT_EQ(told(declared, "Pixel/x"), "path      /Pixel/x\n"
                                          "type      attspec\n"
+                                         "place     3:21\n"
                                          "rule      required, only int\n"
                                          "default   none\n");
     EXPECT_EQ(told(declared, "F/f"), "path      /F/f\n"
                                      "type      attspec\n"
+                                     "place     9:17\n"
                                      "rule      fixed, any type\n"
                                      "default   5\n");
     EXPECT_EQ(told(declared, "Pixel/x/type"), "path      /Pixel/x/type\n"
                                               "type      type\n"
                                               "name      int\n");
     EXPECT_EQ(told(declared, "Mode/b"), "path      /Mode/b\ntype      int\n");
+}
+
+TEST_F(ToolExplain, places_in_the_brackets_of_typed_values) {
+    EXPECT_EQ(told(declared, "q/x"), "path      /q/x\n"
+                                     "type      int\n"
+                                     "place     5:15\n"
+                                     "rule      required, only int (declared at /Pixel/x)\n"
+                                     "default   none\n"
+                                     "shared    /p/x\n");
+    EXPECT_EQ(told("{s= <{1= a}, [1], b>}", "s/1"), "path      /s/1\n"
+                                                    "type      vector\n"
+                                                    "entries   1\n"
+                                                    "layout    one line\n")
+        << "a key elsewhere is none in typed brackets";
 }
 
 // --- sharing ---

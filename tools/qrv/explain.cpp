@@ -19,9 +19,11 @@
 #include "readback.h"
 #include "reading.h"
 #include "sharing.h"
+#include "source.h"
 
 #include <algorithm>
 #include <locale>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <utility>
@@ -105,15 +107,34 @@ class cExplanation {
     }
 
     // Below a reference there is no text of its own, but the same value's elsewhere.
-    void tell_place(std::vector<std::string> const &others) {
-        std::set<std::string> wanted(others.begin(), others.end());
-        wanted.insert(goal_.path);
+    void tell_place(std::vector<std::string> paths) {
+        paths.insert(paths.begin(), goal_.path);
+        std::vector<std::string> owners;
+        if (is_declared()) owners = sharing_.paths(goal_.owner.get(), most_shared);
+        std::set<std::string> wanted(paths.begin(), paths.end());
+        wanted.insert(owners.begin(), owners.end());
         cPlaces const places = places_in(bytes_, wanted);
-        if (places.empty()) return;
-        auto place = places.find(goal_.path);
-        for (size_t i = 0; place == places.end(); ++i) place = places.find(others[i]);
-        line("place",
-             std::to_string(place->second.line) + ":" + std::to_string(place->second.column));
+        std::optional<cPlace> found;
+        for (size_t i = 0; !found && i < paths.size(); ++i)
+            if (auto const place = places.find(paths[i]); place != places.end())
+                found = place->second;
+        for (size_t i = 0; !found && i < owners.size(); ++i)
+            if (auto const place = places.find(owners[i]); place != places.end())
+                found = place_in_brackets(place->second);
+        if (found) line("place", std::to_string(found->line) + ':' + std::to_string(found->column));
+    }
+
+    // Is the value an attribute of an object of a declared type, or of an attribute set's type?
+    bool is_declared() const {
+        if (goal_.owner->is_type()) return &goal_.owner->type() == &cat::typetype_attlist();
+        return &goal_.owner->type().type() == &cat::typetype_attlist();
+    }
+
+    std::optional<cPlace> place_in_brackets(cPlace owner) const {
+        std::optional<cPlace> found;
+        for (cSource::cEntry const &entry : cSource(bytes_).entries(owner))
+            if (entry.value && entry.key && entry.key->equal(goal_.key)) found = entry.value;
+        return found;
     }
 
     // An object keeps the rules as of its making: its type may have been declared anew since.

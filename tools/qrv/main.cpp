@@ -167,23 +167,22 @@ void add_explain(CLI::App &app, cExplainOptions &options) {
     command.add_option("FILE", options.file, "the file")->required();
     command.add_option("PATH", options.path, "keys with / between them")->required();
     add_common(command, options);
-    command.footer(
-        "Example:\n"
-        "  qrv explain device.attr sensors/0/calibration\n"
-        "Lines of a word and what it says, those that apply:\n"
-        "  path      the path, as a reference would have it\n"
-        "  type      its type, and where the file declares that\n"
-        "  name      the name of a type\n"
-        "  constant  the name, #nil or the like\n"
-        "  place     line:column in the file; unknown inside the brackets of typed values\n"
-        "  rule      what the type of the object that it belongs to asks of it\n"
-        "  default   what that type gives where there is none\n"
-        "  choice    what is chosen, and\n"
-        "  choices   from what\n"
-        "  entries   how many it has\n"
-        "  layout    whether these stand on one line or on many\n"
-        "  comment   its comment, a line each\n"
-        "  shared    another path to the same value, eight of them at most");
+    command.footer("Example:\n"
+                   "  qrv explain device.attr sensors/0/calibration\n"
+                   "Lines of a word and what it says, those that apply:\n"
+                   "  path      the path, as a reference would have it\n"
+                   "  type      its type, and where the file declares that\n"
+                   "  name      the name of a type\n"
+                   "  constant  the name, #nil or the like\n"
+                   "  place     line:column in the file, of what was written there\n"
+                   "  rule      what the type of the object that it belongs to asks of it\n"
+                   "  default   what that type gives where there is none\n"
+                   "  choice    what is chosen, and\n"
+                   "  choices   from what\n"
+                   "  entries   how many it has\n"
+                   "  layout    whether these stand on one line or on many\n"
+                   "  comment   its comment, a line each\n"
+                   "  shared    another path to the same value, eight of them at most");
 }
 
 void add_check(CLI::App &app, cCheckOptions &options) {
