@@ -27,8 +27,7 @@ int main(int argc, char **argv) {
     bus["parity"] = cat::of("even");
     bus["registers"][1]->assign(cat::of("target"));
 
-    // By paths: one value, or a text of statements. `=` changes in place, levels that lack are
-    // made.
+    // By paths: one value, or a text of statements. `=` changes in place and can make levels.
     device->setattrp("bus/timeout", cat::of(0.1), false);
     device->setattrp("bus/address = 18; bus/gateway/name = rack; bus/gateway/ports = [502, 503]",
                      true);
