@@ -118,6 +118,15 @@ TEST_F(ToolSet, comments_stay_with_values_that_are_replaced) {
               "{ // top\n  a= 3.50000; // one\n  b= {}; // two\n  c= 1;\n}\n");
 }
 
+TEST_F(ToolSet, the_comment_of_a_shared_value_is_not_lost_at_its_other_places) {
+    std::string const text = "{\n  a= [1, ]; // c\n  b= #cRef(/a); // c\n}\n";
+    EXPECT_EQ(changed(text, "z = 1"), "{\n  a= [1, ]; // c\n  b= #cRef(/a); // c\n  z= 1;\n}\n");
+    std::string const other = "{\n  a= [1, ]; // c\n  b= #cRef(/a); // d\n}\n";
+    EXPECT_EQ(set(other, "z = 1").err, "f:3:17: error: this comment would be lost: // d\n");
+    std::string const twice = "{ // c\n  a= [1, ]; // c\n  b= #cRef(/a); /* e */ // c\n}\n";
+    EXPECT_NE(set(twice, "z = 1").err, "");
+}
+
 TEST_F(ToolSet, a_lost_comment_is_told_and_keeps_the_file) {
     std::string const text = "{\n  a= {\n      b= 1; // one\n  }; \n  c= 2; // two\n}\n";
     std::string const lost = "f:3:13: error: this comment would be lost: // one\n";

@@ -65,17 +65,26 @@ cReply first_reading(std::string const &bytes, cTask const &task, cMessages &mes
     return reply;
 }
 
-// Step 2. Texts of comments are not enough: equal ones occur, and a shared value's is written at
-// each place of the value.
+// Step 2. Texts of comments are not enough, for equal ones occur; so they are followed by numbers.
+// The comment of a shared value is written at each place of the value: what such a place had in the
+// same words before is not lost.
 void tell_lost_comments(std::string const &bytes, cTask const &task, cMessages &messages) {
     std::vector<cComment> const comments = survey(bytes).comments;
     if (comments.empty()) return;
     cReply const reply =
         rewritten(messages.name(), numbered(bytes, comments, 0), task, comments.size());
     if (reply.status != exit_done) return messages.error("its comments could not be followed");
-    std::set<size_t> const numbers = numbers_in(reply.text);
+    std::map<size_t, size_t> const numbers = numbers_in(reply.text);
+    std::map<std::string, size_t> repeated; // text: how often it is written beyond its one place
+    for (auto const &[number, count] : numbers)
+        if (number < comments.size()) repeated[comments[number].text] += count - 1;
     for (size_t i = 0; i < comments.size(); ++i) {
         if (numbers.count(i)) continue;
+        size_t &more = repeated[comments[i].text];
+        if (comments[i].at_reference && more > 0) {
+            --more;
+            continue;
+        }
         std::string const line = comments[i].text.substr(0, comments[i].text.find('\n'));
         messages.error(comments[i].place, "this comment would be lost: " + shortened(line));
     }

@@ -54,6 +54,7 @@ class cSurveyor {
         if (token.code == tkSpace) return;
         if (!started_) end_head();
         started_ = true;
+        follow_reference(token);
         if (token.code <= tkEof)
             add_stray(token.text, place);
         else if (token.code == tkString && token.text.find('\0') != std::string::npos)
@@ -61,10 +62,22 @@ class cSurveyor {
                                      byte_text('\0') + " in a string"});
     }
 
+    // #cRef, then whatever stands up to the bracket, and perhaps one separator.
+    void follow_reference(cAttrLiteral const &token) {
+        bool const separator = token.code == ';' || token.code == ',';
+        if (token.code == tkConst && token.text == "#cRef")
+            reference_ = cReference::open;
+        else if (reference_ == cReference::open && token.code == ')')
+            reference_ = cReference::closed;
+        else if (reference_ == cReference::closed && !separator)
+            reference_ = cReference::none;
+    }
+
     void add_comment(std::string const &text, cPlace place) {
         size_t white = 0;
         while (white < text.size() && is_white(text[white])) ++white;
-        cComment comment{text.substr(white), behind(place, text, white), offset_ + white};
+        cComment comment{text.substr(white), behind(place, text, white), offset_ + white,
+                         reference_ == cReference::closed};
         cat::rmchar(comment.text, '\r');
         found_.comments.push_back(std::move(comment));
         if (!started_) head_end_ = offset_ + text.size();
@@ -95,6 +108,7 @@ class cSurveyor {
     size_t head_end_ = 0;
     size_t stray_end_ = std::string::npos;
     bool started_ = false; // a token of the value was there
+    enum class cReference { none, open, closed } reference_ = cReference::none;
 };
 
 } // namespace
@@ -114,13 +128,13 @@ std::string numbered(std::string const &bytes, std::vector<cComment> const &comm
     return text.append(bytes, done);
 }
 
-std::set<size_t> numbers_in(std::string const &bytes) {
-    std::set<size_t> numbers;
+std::map<size_t, size_t> numbers_in(std::string const &bytes) {
+    std::map<size_t, size_t> numbers;
     for (cComment const &comment : survey(bytes).comments) {
         char const *const start = comment.text.c_str() + 2;
         char *end = nullptr;
         size_t const number = std::strtoul(start, &end, 10);
-        if (end != start && *end == ':') numbers.insert(number);
+        if (end != start && *end == ':') ++numbers[number];
     }
     return numbers;
 }

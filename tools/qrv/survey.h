@@ -7,15 +7,16 @@
 
 #include "messages.h"
 
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 struct cComment {
-    std::string text; // without the white space before it and without carriage returns
-    cPlace place;     // of its first character
-    size_t offset;    // of that character
+    std::string text;  // without the white space before it and without carriage returns
+    cPlace place;      // of its first character
+    size_t offset;     // of that character
+    bool at_reference; // the value before it is a #cRef
 };
 
 // A byte from 128 on, or 0, outside of strings and comments ends what is read, and a 0 ends the
@@ -35,9 +36,10 @@ struct cSurvey {
 
 cSurvey survey(std::string const &bytes);
 
-// The text with a number in each of its comments, and the numbers that are in a text.
+// The text with a number in each of its comments, and the numbers that are in a text, each with how
+// often it is there.
 std::string numbered(std::string const &bytes, std::vector<cComment> const &comments, size_t first);
-std::set<size_t> numbers_in(std::string const &bytes);
+std::map<size_t, size_t> numbers_in(std::string const &bytes);
 
 // The tokens, a line each, in the scanner's dump form; with comments and blanks if all.
 std::string dump_of(std::string const &bytes, bool all);
