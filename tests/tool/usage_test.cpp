@@ -46,6 +46,7 @@ TEST_F(ToolUsage, help_lists_the_commands_and_the_exit_codes) {
                     "  explain                     Tell what is known of one value\n"
                     "  check                       Tell every error of a file\n"
                     "  tokens                      List the tokens of a file\n"
+                    "  types                       List the types that are known\n"
                     "  from-json                   Write a JSON text as a file\n"
                     "  to-json                     Write the value of a file as JSON\n"
                     "\n"
@@ -363,6 +364,29 @@ TEST_F(ToolUsage, examples_of_from_json_and_to_json_work) {
     EXPECT_NE(compact.out.find("\"baud\":115200,"), std::string::npos);
     EXPECT_EQ(run({"from-json", "device.json", "-o", "device.attr"}), (cRun{0, "", ""}));
     EXPECT_EQ(run({"to-json", "--compact", "--strict", "device.attr"}), (cRun{0, compact.out, ""}));
+}
+
+TEST_F(ToolUsage, help_of_types) {
+    EXPECT_EQ(run({"types", "--help"}),
+              (cRun{0,
+                    "List the types that are known\n"
+                    "Usage: qrv types [OPTIONS] [FILE]\n"
+                    "\n"
+                    "Positionals:\n"
+                    "  FILE TEXT                   with those that this file declares\n"
+                    "\n"
+                    "Options:\n"
+                    "  -h,--help                   Print this help message and exit\n"
+                    "  --format TEXT:{text,json}=text\n"
+                    "                              text or json\n"
+                    "  --max-errors INT:INT in [1 - 1000000]=100\n"
+                    "                              messages for one file at most\n"
+                    "\n"
+                    "Examples:\n"
+                    "  qrv types shapes.attr                    and what each key must be\n"
+                    "  qrv types --module ./colour              what a module brings\n"
+                    "  qrv types --format=json shapes.attr | jq '.[].name'\n",
+                    ""}));
 }
 
 TEST_F(ToolUsage, a_command_is_needed) {

@@ -64,6 +64,11 @@ struct cTokensOptions : cCommon {
     bool all = false;
 };
 
+struct cTypesOptions : cCommon {
+    std::string file; // none if empty
+    std::string format = "text";
+};
+
 struct cFromJsonOptions : cCommon {
     std::string file = "-";
     std::string output; // a file, instead of standard output
@@ -84,5 +89,6 @@ int run_get(cGetOptions const &options);
 int run_explain(cExplainOptions const &options);
 int run_check(cCheckOptions const &options);
 int run_tokens(cTokensOptions const &options);
+int run_types(cTypesOptions const &options);
 int run_from_json(cFromJsonOptions const &options);
 int run_to_json(cToJsonOptions const &options);

@@ -203,6 +203,19 @@ void add_tokens(CLI::App &app, cTokensOptions &options) {
                    "A line is TOKEN:code:position:line:column 'text'.");
 }
 
+void add_types(CLI::App &app, cTypesOptions &options) {
+    CLI::App &command = *app.add_subcommand("types", "List the types that are known");
+    command.add_option("FILE", options.file, "with those that this file declares");
+    command.add_option("--format", options.format, "text or json")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->capture_default_str();
+    add_common(command, options);
+    command.footer("Examples:\n"
+                   "  qrv types shapes.attr                    and what each key must be\n"
+                   "  qrv types --module ./colour              what a module brings\n"
+                   "  qrv types --format=json shapes.attr | jq '.[].name'");
+}
+
 void add_from_json(CLI::App &app, cFromJsonOptions &options) {
     CLI::App &command = *app.add_subcommand("from-json", "Write a JSON text as a file");
     command.add_option("FILE", options.file, "the JSON text")->capture_default_str();
@@ -264,6 +277,7 @@ int run(int argc, char **argv) {
     cExplainOptions explain;
     cCheckOptions check;
     cTokensOptions tokens;
+    cTypesOptions types;
     cFromJsonOptions from_json;
     cToJsonOptions to_json;
     add_fmt(app, fmt);
@@ -273,6 +287,7 @@ int run(int argc, char **argv) {
     add_explain(app, explain);
     add_check(app, check);
     add_tokens(app, tokens);
+    add_types(app, types);
     add_from_json(app, from_json);
     add_to_json(app, to_json);
     try {
@@ -291,6 +306,7 @@ int run(int argc, char **argv) {
     if (app.got_subcommand("get")) return run_get(get);
     if (app.got_subcommand("explain")) return run_explain(explain);
     if (app.got_subcommand("check")) return run_check(check);
+    if (app.got_subcommand("types")) return run_types(types);
     if (app.got_subcommand("from-json")) return run_from_json(from_json);
     if (app.got_subcommand("to-json")) return run_to_json(to_json);
     return run_tokens(tokens);
