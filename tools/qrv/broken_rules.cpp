@@ -12,7 +12,7 @@
 
 namespace {
 
-std::string quoted(objref const &key) { return "'" + shortened(cat::as_string(key)) + "'"; }
+std::string quoted(objref const &key) { return '\'' + shortened(cat::as_string(key)) + "'"; }
 
 std::string name_of_key(objref const &key) {
     return key->type().name() + " " + cat::as_string(key);

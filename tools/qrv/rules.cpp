@@ -105,7 +105,7 @@ std::string cRules::unknown_choice(cat::ReadError const &error, cTypeObj const &
         return "type " + name + " has no choices, they are given as choice({a= 1; b= 2;})" +
                declared_at(declared);
     std::optional<std::string> const key = source_.argument(place_of(error));
-    std::string const what = key ? "'" + shortened(*key) + "'" : "this";
+    std::string const what = key ? '\'' + shortened(*key) + "'" : "this";
     return what + " is no choice of type " + name + declared_at(declared) +
            (key ? known_keys(type, "choices", *key) : "");
 }
