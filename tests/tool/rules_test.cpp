@@ -173,7 +173,7 @@ TEST_F(ToolRules, declarations_that_declare_nothing) {
     EXPECT_EQ(check("{C= choice(a= 1);\nc= C(a);}"),
               "f:2:4: error: type C has no choices, they are given as choice({a= 1; b= 2;}), "
               "declared at 1:2" +
-                  failed_code);
+                  failed_code + "f:1:5: error: choices stand in a map: choice({a= 1; b= 2;})\n");
     EXPECT_EQ(check("{E= attlist();\ne= E();}"),
               "f:2:4: error: type E has no keys: no object of it can be read" + failed_code);
 }

@@ -6,6 +6,7 @@
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "suggestion.h"
+#include "unheard.h"
 
 namespace {
 
@@ -36,6 +37,8 @@ cRules::cRules(std::string const &bytes, cat::ReadReport &report)
 }
 
 cRules::~cRules() { report_.watch(nullptr); }
+
+void cRules::tell_unheard() { ::tell_unheard(source_, mistaken_, report_); }
 
 void cRules::invalid(cObj &object) { invalid_ = objref::share(&object); }
 

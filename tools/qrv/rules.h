@@ -23,6 +23,9 @@ class cRules : public cat::ReadWatch {
     cRules &operator=(cRules const &) = delete;
     ~cRules() override;
 
+    // At the end: what declarations say and nobody hears.
+    void tell_unheard();
+
     void invalid(cObj &object) override;
     bool error(cat::ReadError &error) override;
 

@@ -134,6 +134,13 @@ std::vector<cSource::cEntry> cSource::entries(cPlace typed) const {
     return found;
 }
 
+void cSource::typed_values(std::function<void(std::string const &, cPlace)> const &visit) const {
+    cTokens tokens(bytes_, 0, {});
+    while (tokens.next())
+        if (is_opening(tokens.token().code) && tokens.before().code == tkIdent)
+            visit(tokens.before().text, tokens.before_place());
+}
+
 std::optional<std::string> cSource::argument(cPlace typed) const {
     cTokens tokens(bytes_, offset(typed), typed);
     if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return std::nullopt;

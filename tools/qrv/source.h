@@ -5,6 +5,7 @@
 #include "messages.h"
 #include "qrv/core/cobj.h"
 
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -24,6 +25,9 @@ class cSource {
     };
     // The entries with single tokens as keys of the typed value that begins there.   O(its text)
     std::vector<cEntry> entries(cPlace typed) const;
+
+    // Calls `visit` with name and place of each typed value, in the order of the text.
+    void typed_values(std::function<void(std::string const &, cPlace)> const &visit) const;
 
     // The only token between the brackets of the typed value that begins there; none if there are
     // more, or none.

@@ -1,0 +1,57 @@
+// What declarations say and the reader passes over.
+
+#include "tests/tool/tool_run.h"
+
+namespace {
+
+class ToolUnheard : public tool_test::Tool {
+  protected:
+    std::string checked(std::string const &text) const {
+        write("f", text);
+        return run({"check", "f"}).err + run({"check", "f"}).out;
+    }
+};
+
+} // namespace
+
+TEST_F(ToolUnheard, entries_that_a_specification_does_not_know) {
+    EXPECT_EQ(checked("{ Y= attlist(a= attspec(typ= int; default= 5); b= attspec(colour= 1)); }"),
+              "f:1:25: error: attspec has no entry 'typ'; did you mean 'type'?\n"
+              "f:1:59: error: attspec has no entry 'colour'\n");
+}
+
+TEST_F(ToolUnheard, flags_that_are_none) {
+    EXPECT_EQ(checked("{ Y= attlist(a= attspec(flag= REQUIRED); b= attspec(flag= 7)); }"),
+              "f:1:31: error: a flag is #REQUIRED, #IMPLIED or #FIXED, not REQUIRED; did you mean "
+              "'#REQUIRED'?\n"
+              "f:1:59: error: a flag is #REQUIRED, #IMPLIED or #FIXED, not 7\n");
+    EXPECT_EQ(checked("{ Y= attlist(a= attspec(flag= #FIXED; type= int)); }"),
+              "f:1:31: error: #FIXED has no effect without a default\n");
+}
+
+TEST_F(ToolUnheard, keys_of_a_type_that_are_not_declared_by_a_specification) {
+    EXPECT_EQ(checked("{ Y= attlist(a= 5; b= attspec(type= int)); }"),
+              "f:1:17: error: this declares no key 'a': a declaration is attspec(...)\n");
+}
+
+TEST_F(ToolUnheard, choices_that_stand_in_no_map) {
+    EXPECT_EQ(checked("{ M= choice(off= 0; eco= 1); }"),
+              "f:1:6: error: choices stand in a map: choice({a= 1; b= 2;})\n");
+    EXPECT_EQ(checked("{ M= choice(eco); }"),
+              "f:1:6: error: choices stand in a map: choice({a= 1; b= 2;})\n");
+}
+
+TEST_F(ToolUnheard, a_file_with_such_is_not_written) {
+    write("f", "{ Y= attlist(a= attspec(typ= int)); }");
+    EXPECT_EQ(run({"fmt", "-i", "f"}).status, 2);
+    EXPECT_EQ(read("f"), "{ Y= attlist(a= attspec(typ= int)); }");
+}
+
+TEST_F(ToolUnheard, declarations_in_order_are_let_be) {
+    EXPECT_EQ(
+        checked("{ m= {a= 1;}; M= choice({a= 1;}); N= choice(#cRef(/m)); L= choice([a, b]);\n"
+                "  attspec= 5; choice= x; /* attspec(typ= 1) */ s= \"choice(a= 1)\";\n"
+                "  Y= attlist(a= attspec(type= M; flag= #IMPLIED); b= attspec(default= 5; flag= "
+                "#FIXED);\n    c= attspec(default= {typ= 1;}); d= #cRef(/Y/a)); }"),
+        "");
+}
