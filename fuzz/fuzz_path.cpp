@@ -4,8 +4,9 @@
 //   - afterwards reader and writer are idle, and no counted object is left;
 //   - getattrp of a path at which one value was stored gives that value;
 //   - the tree can be written, and where nothing had to be left out, it reads back without an error
-//     and is written the same again. (A set can come to hold equal values when one of them is
-//     assigned to, and loses them then; so a tree with sets is written once more.)
+//     and is written the same again; but for what the text has declared. (A set can come to hold
+//     equal values when one of them is assigned to, and loses them then; so a tree with sets is
+//     written once more.)
 // The first byte chooses the form, force, the value, and whether errors are thrown.
 #include "fuzz/fuzz_support.h"
 #include "qrv/containers/cmapobj.h"
@@ -30,6 +31,19 @@ bool holds_set(objref const &value) {
     cAttrHash const &hash = map->datamap();
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
         if (holds_set(node->valref())) return true;
+    return false;
+}
+
+// A declaration, or a value of a declared type. Statements put them in any order and declare a name
+// twice; a text can't tell which declaration an earlier value had.
+bool holds_declared(objref const &value) {
+    if (!value) return false;
+    if (value->is_type() || &value->type().type() != &cat::typetype()) return true;
+    if (&value->type() == &cat::type_attspec()) return true;
+    auto const *const map = dynamic_cast<cMapObj const *>(value.get());
+    cAttrNode const *node = map ? map->datamap().first() : nullptr;
+    for (; node; node = map->datamap().next(node))
+        if (holds_declared(node->key()) || holds_declared(node->valref())) return true;
     return false;
 }
 
@@ -91,6 +105,7 @@ void check_tree(objref const &tree) {
     std::string const first = fuzz::write_text(tree, failed);
     if (failed != 0) return;
     fuzz::cReadText const again = fuzz::read_text(first, false);
+    if (holds_declared(tree)) return;
     if (!again.clean) fuzz::stop("what was written does not read back", "", first);
     std::string const second = fuzz::write_text(again.value, failed);
     if (first == second) return;

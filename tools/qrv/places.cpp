@@ -51,7 +51,7 @@ class cPlacesScan : public cAttrScan {
     }
 
     void container(int open) {
-        int const close = open == '{' ? '}' : open == '[' ? ']' : '>';
+        char const close = open == '{' ? '}' : open == '[' ? ']' : '>';
         std::set<std::string> met; // in a set
         bool counted = true;       // is the index known?
         gettok(token_);
