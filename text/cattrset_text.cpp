@@ -1,7 +1,7 @@
 // The text of attribute specifications, of the types made of them, and how their objects are read.
 //
-// A specification stands between brackets of its own, so its text is scanned on its own. The
-// default is written one step below the specification's path, where the reader has it too; so what
+// An attspec(...) stands between brackets of its own, so its text is scanned on its own. The
+// default is written one step below the path of the attspec, where the reader has it too; so what
 // stands in it can be referred to.
 
 #include "qrv/containers/cattrset.h"
