@@ -14,6 +14,7 @@
 #include "qrv/text/creadreport.h"
 #include "qrv/text/cwriter.h"
 #include "text/creader_session.h"
+#include "text/cstream_of.h"
 #include "text/ctext_state.h"
 #include "text/cwriter_exact.h"
 #include "text/cwriter_line.h"
@@ -22,16 +23,6 @@
 #include <ostream>
 
 namespace {
-
-std::ostream *out_of(objref const &stream) {
-    auto const *const holder = dynamic_cast<cOutHolder const *>(stream.get());
-    return holder ? holder->valptr() : nullptr;
-}
-
-std::istream *in_of(objref const &stream) {
-    auto const *const holder = dynamic_cast<cInHolder const *>(stream.get());
-    return holder ? holder->valptr() : nullptr;
-}
 
 // What a `read` method has to say of its value as a whole is said where the value begins.
 class cValueReport {

@@ -5,20 +5,9 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/cattrscan.h"
 #include "text/creader_session.h"
+#include "text/cstream_of.h"
 
 #include <ostream>
-
-namespace {
-std::ostream *out_of(objref const &stream) {
-    auto const *const holder = dynamic_cast<cOutHolder const *>(stream.get());
-    return holder ? holder->valptr() : nullptr;
-}
-
-std::istream *in_of(objref const &stream) {
-    auto const *const holder = dynamic_cast<cInHolder const *>(stream.get());
-    return holder ? holder->valptr() : nullptr;
-}
-} // namespace
 
 bool cTomChoiceVal::m_write(cObj &obj, objref &stream) {
     std::ostream *const os = out_of(stream);

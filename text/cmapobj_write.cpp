@@ -6,6 +6,7 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/cwriter.h"
+#include "text/cstream_of.h"
 #include "text/cwriter_exact.h"
 #include "text/cwriter_line.h"
 
@@ -13,13 +14,8 @@
 #include <ostream>
 
 namespace {
-std::ostream *stream_of(objref const &stream) {
-    auto const *const holder = dynamic_cast<cOutHolder const *>(stream.get());
-    return holder ? holder->valptr() : nullptr;
-}
-
 bool write_container(cObj &obj, objref const &stream, char const *brackets, cTypeObj const &type) {
-    std::ostream *const os = stream_of(stream);
+    std::ostream *const os = out_of(stream);
     auto const *const map = dynamic_cast<cMapObj const *>(&obj);
     if (!os || !map) return false;
     objref const keep = objref::share(&obj); // a `write` below may drop it
@@ -33,7 +29,7 @@ bool write_container(cObj &obj, objref const &stream, char const *brackets, cTyp
 }
 
 bool write_bare(hashref const &hash, cObj &obj, objref const &stream) {
-    std::ostream *const os = stream_of(stream);
+    std::ostream *const os = out_of(stream);
     if (!os) return false;
     objref const keep = objref::share(&obj);
     if (hash) write_entries(*hash, *os, *cat::wformat(obj), nullptr, &obj);

@@ -12,18 +12,12 @@
 #include "qrv/text/cwriter.h"
 #include "text/creader_number.h"
 #include "text/creader_session.h"
+#include "text/cstream_of.h"
 #include "text/ctext_state.h"
 
 #include <cstring>
 #include <locale>
 #include <sstream>
-
-namespace {
-std::istream *stream_of(objref const &args) {
-    auto const *const holder = dynamic_cast<cInHolder const *>(args.get());
-    return holder ? holder->valptr() : nullptr;
-}
-} // namespace
 
 int cObj::readobj(std::istream &is, objref &result, int *delim) {
     return cAttrScan(is, false).scan_obj(result, delim);
@@ -109,7 +103,7 @@ void keep_layout(cObj &obj, std::istream &is, bool one_line) {
 }
 
 bool read_container(cObj &obj, objref const &args, cTypeObj &type) {
-    std::istream *const is = stream_of(args);
+    std::istream *const is = in_of(args);
     auto *const map = dynamic_cast<cMapObj *>(&obj);
     if (!is || !map) return false;
     hashref const hash = map->datamap_ref();
@@ -133,7 +127,7 @@ bool cTomSet::m_read(cObj &obj, objref &stream) {
 }
 
 bool cTomOmmap::m_read(cObj &obj, objref &stream) {
-    std::istream *const is = stream_of(stream);
+    std::istream *const is = in_of(stream);
     if (!is) return false;
     if (!obj.has_ommap()) obj.ommap(make<cAttrHash>(&obj));
     hashref const hash = obj.ommap_ref();
@@ -146,7 +140,7 @@ bool cTomOmmap::m_read(cObj &obj, objref &stream) {
 bool cat::read_voiddata(cObj &, objref &) { return true; }
 
 bool cat::scan_attrset(cObj &obj, objref &args) {
-    std::istream *const is = stream_of(args);
+    std::istream *const is = in_of(args);
     if (!is) return false;
     cAttrScan scan(*is, false);
     cReading const reading(scan);
@@ -163,7 +157,7 @@ bool cat::scan_attrset(cObj &obj, objref &args) {
 }
 
 bool cat::scan_attrcopy(cObj &obj, objref &args) {
-    std::istream *const is = stream_of(args);
+    std::istream *const is = in_of(args);
     if (!is) return false;
     cMergeBudget *const budget = cMergeBudget::current();
     cAttrScan scan(*is, false);

@@ -7,6 +7,7 @@
 
 #include "qrv/core/cobjd.h"
 #include "text/cscalar_text.h"
+#include "text/cstream_of.h"
 #include "text/ctext_state.h"
 #include "text/cwriter_exact.h"
 #include "text/cwriter_stream.h"
@@ -36,11 +37,6 @@ char const *wformat(cObj const &obj) {
 } // namespace cat
 
 namespace {
-std::ostream *stream_of(objref const &args) {
-    auto const *const holder = dynamic_cast<cOutHolder const *>(args.get());
-    return holder ? holder->valptr() : nullptr;
-}
-
 class cKeepFlags {
   public:
     explicit cKeepFlags(std::ostream &os) : os_(&os), flags_(os.flags()) {}
@@ -90,7 +86,7 @@ template <class T> bool put_exact(std::ostream &os, T value) {
 }
 
 template <class T> bool write_number(cObj const &obj, objref const &args) {
-    std::ostream *const os = stream_of(args);
+    std::ostream *const os = out_of(args);
     T const *const value = value_of<T>(obj);
     if (!os || !value) return false;
     if (exact_text()) return put_exact(*os, *value);
@@ -104,7 +100,7 @@ bool cat::write_float(cObj &obj, objref &args) { return write_number<float>(obj,
 bool cat::write_double(cObj &obj, objref &args) { return write_number<double>(obj, args); }
 
 bool cat::write_bool(cObj &obj, objref &args) {
-    std::ostream *const os = stream_of(args);
+    std::ostream *const os = out_of(args);
     bool const *const value = value_of<bool>(obj);
     if (!os || !value) return false;
     *os << bool_text(obj, *value);
@@ -112,7 +108,7 @@ bool cat::write_bool(cObj &obj, objref &args) {
 }
 
 bool cat::write_string(cObj &obj, objref &args) {
-    std::ostream *const os = stream_of(args);
+    std::ostream *const os = out_of(args);
     std::string const *const value = value_of<std::string>(obj);
     if (!os || !value) return false;
     std::string text;
@@ -122,7 +118,7 @@ bool cat::write_string(cObj &obj, objref &args) {
 }
 
 bool cat::write_voiddata(cObj &obj, objref &args) {
-    std::ostream *const os = stream_of(args);
+    std::ostream *const os = out_of(args);
     if (!os) return false;
     *os << "/* id=" << obj.obid() << ", refs=" << obj.refs() << " */" << std::flush;
     return true;

@@ -1,0 +1,16 @@
+#pragma once
+// The stream that a method `read` or `write` is given, out of its holder; null where there is none.
+
+#include "qrv/core/cobjd.h"
+
+#include <iosfwd>
+
+inline std::ostream *out_of(objref const &stream) {
+    auto const *const holder = dynamic_cast<cOutHolder const *>(stream.get());
+    return holder ? holder->valptr() : nullptr;
+}
+
+inline std::istream *in_of(objref const &stream) {
+    auto const *const holder = dynamic_cast<cInHolder const *>(stream.get());
+    return holder ? holder->valptr() : nullptr;
+}
