@@ -17,6 +17,8 @@
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/signals/csignal.h"
+#include "qrv/util/cwatchdog.h"
+#include "util/cwatchdog_state.h"
 
 namespace {
 
@@ -126,9 +128,11 @@ static cCoreStart core_start; // the type "intf" lies in the core
 // undoGlobalList
 // redoGlobalList
 // the stack base
-// the watch dog's queue
+
+constinit cWatchDogQueue cat::watchdog_queue; // the watch dog's queue
 // the slot on sig_init
-// cWatchDogSend
-// sig_progstep
-// sig_proginit
-// sig_progbegin
+static cFunctionSlot<void (*)()> startup_test(cat::watchdog_startup_test, sig_init);
+static cWatchDogSend watchdog_send; // cWatchDogSend
+cSignal &sig_progstep = watchdog_send.sig;
+constinit cSignal2<int, int> sig_proginit;
+constinit cSignal sig_progbegin;

@@ -1,10 +1,14 @@
 #pragma once
-// The system calls behind files and the loading of modules, as a table: a test puts its own
-// functions in to make the n-th call fail, or to end the process there. One thread at a time.
+// The system calls behind files, the loading of modules and the link to a watch dog, as a table: a
+// test puts its own functions in to make the n-th call fail, or to end the process there. One
+// thread at a time.
 
 #include <cstdio>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
+#include <semaphore.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -35,6 +39,13 @@ struct os_calls {
     int (*dlinfo)(void *library, int question, void *answer);
     int (*dlclose)(void *library);
     char *(*dlerror)();
+    int (*stack)(pthread_t thread, pthread_attr_t *attributes); // 0, or the error
+    int (*socket)(int family, int type, int protocol);
+    ssize_t (*sendto)(int descriptor, void const *bytes, size_t count, int flags,
+                      sockaddr const *address, socklen_t length);
+    sem_t *(*sem_open)(char const *name); // one that is there and can be trusted
+    int (*sem_post)(sem_t *semaphore);
+    int (*sem_close)(sem_t *semaphore);
 };
 
 extern os_calls os;

@@ -43,3 +43,4 @@
 #include "qrv/text/creadreport.h"
 #include "qrv/text/cwriter.h"
 #include "qrv/util/cfilename.h"
+#include "qrv/util/cwatchdog.h"

@@ -21,6 +21,12 @@ QRV_API void qrv_set_debug_output(void (*function)(char const *text));
 // text is being read: a type's name in a file would do, "x:/path/evil" or just a name.
 QRV_API void qrv_set_module_filter(bool (*filter)(std::string const &name));
 
+// Where messages to the thread `id` of a watch dog go (qrv/util/cwatchdog.h): to this function,
+// which may call anything of the library and throw. With null (as at the start) each is one
+// datagram to the abstract Unix socket "qrv-thread-" and the id in decimal, never waited for.
+QRV_API void qrv_set_post_message(void (*function)(std::uint32_t id, std::uint32_t message,
+                                                   std::uint32_t wParam, std::int32_t lParam));
+
 namespace cat {
 
 // Debug output of one text. Null is no text.
