@@ -1,0 +1,31 @@
+#pragma once
+// A file descriptor that is closed at the end of its owner's life. All that the watch dog opens is
+// closed when the program is started (CLOEXEC), so the program gets none of it.
+
+#include <unistd.h>
+#include <utility>
+
+namespace watchdog {
+
+class cDescriptor {
+  public:
+    explicit cDescriptor(int number = -1) : number_(number) {}
+    cDescriptor(cDescriptor const &) = delete;
+    cDescriptor &operator=(cDescriptor const &) = delete;
+    cDescriptor(cDescriptor &&other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    cDescriptor &operator=(cDescriptor &&other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    ~cDescriptor() {
+        if (number_ >= 0) ::close(number_);
+    }
+
+    int number() const { return number_; }
+    explicit operator bool() const { return number_ >= 0; }
+
+  private:
+    int number_;
+};
+
+} // namespace watchdog

@@ -1,0 +1,29 @@
+#include "signals.h"
+
+#include "tell.h"
+
+#include <cerrno>
+#include <csignal>
+#include <sys/signalfd.h>
+
+namespace watchdog {
+
+cSignals::cSignals() {
+    std::signal(SIGPIPE, SIG_IGN); // who does not read what is told
+    std::signal(SIGCHLD,
+                SIG_DFL); // ignored, as a caller may have it, it would hide how a program ended
+    sigset_t set{};
+    ::sigemptyset(&set);
+    for (int number : {SIGCHLD, SIGTERM, SIGINT, SIGHUP}) ::sigaddset(&set, number);
+    ::sigprocmask(SIG_BLOCK, &set, nullptr);
+    descriptor_ = cDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (!descriptor_) throw cFailure(reason("cannot listen to signals", errno));
+}
+
+cSignals::cTaken cSignals::take() const {
+    signalfd_siginfo info{};
+    if (::read(descriptor(), &info, sizeof info) != static_cast<ssize_t>(sizeof info)) return {};
+    return {static_cast<int>(info.ssi_signo), info.ssi_code == SI_KERNEL};
+}
+
+} // namespace watchdog

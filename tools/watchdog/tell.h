@@ -1,0 +1,23 @@
+#pragma once
+// What the watch dog says: lines on standard error, each with "qrv-watchdog: " before it.
+//
+// A reader that does not read must not stop a watch dog, which has a program to look after: a line
+// that finds no room within a moment is dropped, and so are those behind it until there is room.
+
+#include <stdexcept>
+#include <string>
+
+namespace watchdog {
+
+void tell(std::string const &line); // control characters are shown as ?; cut at 1,000 bytes
+
+// "cannot bind the socket: Permission denied", for errno.
+std::string reason(std::string const &what, int error);
+
+// The watch dog itself can't go on.
+class cFailure : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+} // namespace watchdog
