@@ -1,4 +1,4 @@
-# What `cmake --install` puts below a prefix: the library, the public headers, the tool (tools/), a CMake
+# What `cmake --install` puts below a prefix: the library, the public headers, the tools (tools/), a CMake
 # package, and a file for pkg-config. No path of this machine gets into any of them: whatever names a
 # folder goes from its own place, so that the tree may be moved, and DESTDIR be used.
 include(CMakePackageConfigHelpers)

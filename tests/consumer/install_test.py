@@ -54,7 +54,7 @@ def expected_files():
     major = VERSION.split(".", maxsplit=1)[0]
     package = ["qrvConfig", "qrvConfigVersion", "qrvTargets", "qrvTargets-release"]
     return sorted(
-        ["bin/qrv", f"{LIBDIR}/pkgconfig/qrv.pc", f"{LIBDIR}/libqrv.so -> libqrv.so.{major}",
+        ["bin/qrv", "bin/qrv-watchdog", f"{LIBDIR}/pkgconfig/qrv.pc", f"{LIBDIR}/libqrv.so -> libqrv.so.{major}",
          f"{LIBDIR}/libqrv.so.{major} -> libqrv.so.{VERSION}", f"{LIBDIR}/libqrv.so.{VERSION}"]
         + [f"include/{header}" for header in headers]
         + [f"{LIBDIR}/cmake/qrv/{name}.cmake" for name in package]

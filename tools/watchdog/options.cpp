@@ -78,8 +78,7 @@ void add_options(CLI::App &app, cOptions &options) {
 void parse_own(CLI::App &app, cOptions &options, std::vector<std::string> own, bool has_mark) {
     std::reverse(own.begin(), own.end()); // as CLI11 takes them
     app.parse(own);
-    if (!has_mark || options.command.empty())
-        throw CLI::RequiredError("-- PROGRAM");
+    if (!has_mark || options.command.empty()) throw CLI::RequiredError("-- PROGRAM");
     options.rules.timeout = *span_of(options.timeout);
     options.rules.grace = *span_of(options.grace);
 }
