@@ -12,11 +12,11 @@
 #include "modules/cmodule_state.h"
 #include "modules/crepository_state.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/cvers.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/signals/csignal.h"
+#include "qrv/util/cutil.h"
 #include "qrv/util/cwatchdog.h"
 #include "util/cwatchdog_state.h"
 
@@ -66,7 +66,7 @@ struct cMessageFileCloser {
 };
 
 struct cVersionText {
-    cVersionText() { std::cerr << QRV_VERSION_TEXT "\n"; }
+    cVersionText() { std::cerr << cversionstring() << "\n"; }
     cVersionText(cVersionText const &) = delete;
     cVersionText &operator=(cVersionText const &) = delete;
     ~cVersionText() { std::cerr << "Quorvanta unloaded\n"; }
@@ -127,7 +127,7 @@ static cCoreStart core_start; // the type "intf" lies in the core
 
 // undoGlobalList
 // redoGlobalList
-// the stack base
+[[maybe_unused]] static void const *const stack_base = cGetStackBase(); // the stack base
 
 constinit cWatchDogQueue cat::watchdog_queue; // the watch dog's queue
 // the slot on sig_init

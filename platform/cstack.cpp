@@ -5,30 +5,36 @@
 
 #include "qrv/platform/cstack.h"
 
-#include <pthread.h>
+#include "platform/os_calls.h"
 
 #include <algorithm>
 #include <cstdint>
+
+extern "C" void *__libc_stack_end; // near the main thread's high end, set by the system's loader
 
 namespace {
 
 struct cBounds {
     std::uintptr_t lowest; // 0: not asked yet
+    std::uintptr_t end;
     std::size_t reserve;
 };
 
-constinit thread_local cBounds bounds{0, 0};
+constinit thread_local cBounds bounds{0, 0, 0};
 
 // Where the bounds can't be told the answer is one that never stops a walk.
+cBounds unknown() noexcept { return {1, reinterpret_cast<std::uintptr_t>(__libc_stack_end), 0}; }
+
 cBounds ask() noexcept {
     pthread_attr_t attributes;
-    if (pthread_getattr_np(pthread_self(), &attributes) != 0) return {1, 0};
+    if (cat::os.stack(pthread_self(), &attributes) != 0) return unknown();
     void *address = nullptr;
     std::size_t size = 0;
     bool const known = pthread_attr_getstack(&attributes, &address, &size) == 0;
     pthread_attr_destroy(&attributes);
-    if (!known) return {1, 0};
-    return {reinterpret_cast<std::uintptr_t>(address), std::min(cat::stack_reserve, size / 2)};
+    if (!known) return unknown();
+    auto const lowest = reinterpret_cast<std::uintptr_t>(address);
+    return {lowest, lowest + size, std::min(cat::stack_reserve, size / 2)};
 }
 
 } // namespace
@@ -40,3 +46,8 @@ std::size_t cat::stack_left() noexcept {
 }
 
 bool cat::stack_low() noexcept { return stack_left() < bounds.reserve; }
+
+void const *cat::stack_end() noexcept {
+    if (bounds.lowest == 0) bounds = ask();
+    return reinterpret_cast<void const *>(bounds.end);
+}

@@ -43,4 +43,5 @@
 #include "qrv/text/creadreport.h"
 #include "qrv/text/cwriter.h"
 #include "qrv/util/cfilename.h"
+#include "qrv/util/cutil.h"
 #include "qrv/util/cwatchdog.h"

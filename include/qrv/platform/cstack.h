@@ -1,8 +1,8 @@
 #pragma once
-// How much of the running thread's stack is left. Walks that recurse with their data (comparing,
-// copying, reading, writing) ask here before each level and give up softly in time, so that no
-// value, however deep, can end the process. The bounds of a thread are asked once.
-// One thread at a time: no part of the library may be used by two threads at once.
+// The bounds of the running thread's stack, and how much of it is left. Walks that recurse with
+// their data (comparing, copying, reading, writing) ask here before each level and give up softly
+// in time, so that no value, however deep, can end the process. The bounds of a thread are asked
+// once. One thread at a time: no part of the library may be used by two threads at once.
 
 #include "qrv/ccomp.h"
 
@@ -18,5 +18,9 @@ constexpr std::size_t stack_reserve = 512 * 1024;
 QRV_API std::size_t stack_left() noexcept;
 
 QRV_API bool stack_low() noexcept;
+
+// The end at which the running thread's stack began: one past its highest byte. Where the system
+// doesn't tell, that of the main thread, nearly.
+QRV_API void const *stack_end() noexcept;
 
 } // namespace cat

@@ -1,0 +1,32 @@
+#include "qrv/util/cutil.h"
+
+#include "qrv/cvers.h"
+#include "qrv/platform/cstack.h"
+#include "util/cutil_state.h"
+
+namespace {
+
+// Static code of a program that is linked without the shared library may ask before the start-up
+// has.
+constinit void const *base = nullptr;
+
+// An array, for callers get a pointer to plain characters.
+constinit char version_text[] = QRV_VERSION_TEXT;
+
+std::uintptr_t number(void const *address) { return reinterpret_cast<std::uintptr_t>(address); }
+
+} // namespace
+
+void const *cGetStackBase() {
+    if (!base) base = cat::stack_end();
+    return base;
+}
+
+// A frame's address, not that of a local, which could be anywhere else or null.
+void const *cGetStackAddress() { return __builtin_frame_address(0); }
+
+bool cIsOnStack(void const *p) {
+    return cat::stack_holds(number(p), number(__builtin_frame_address(0)), number(cGetStackBase()));
+}
+
+char *cversionstring() { return version_text; }
