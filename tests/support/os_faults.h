@@ -57,7 +57,10 @@ class cOsFaults {
             if (!breaks(name)) return (real_.*Call)(args...);
             // The descriptor is gone all the same.
             if constexpr (same<Call, &cat::os_calls::close>) real_.close(args...);
-            return -1;
+            if constexpr (std::is_pointer_v<Result>)
+                return nullptr;
+            else
+                return -1;
         }
     };
     template <auto Call> static void wrap(char const *name) {
@@ -86,6 +89,12 @@ class cOsFaults {
         wrap<&T::faccess>("faccess");
         wrap<&T::chmod>("chmod");
         wrap<&T::readlink>("readlink");
+        wrap<&T::stack>("stack");
+        wrap<&T::socket>("socket");
+        wrap<&T::sendto>("sendto");
+        wrap<&T::sem_open>("sem_open");
+        wrap<&T::sem_post>("sem_post");
+        wrap<&T::sem_close>("sem_close");
     }
 
     static inline cat::os_calls real_;

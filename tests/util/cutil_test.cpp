@@ -1,0 +1,159 @@
+#include "qrv/util/cutil.h"
+
+#include "qrv/cvers.h"
+#include "util/cutil_state.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+namespace {
+
+int static_number = 0;
+constexpr int constant = 1;
+thread_local int of_thread = 0;
+
+std::uintptr_t number(void const *address) { return reinterpret_cast<std::uintptr_t>(address); }
+
+// ---- is it on the stack? ----
+
+TEST(StackQuestionEdge, a_local_is_on_the_stack_and_a_static_is_not) {
+    int local = 0;
+    static int of_function = 0;
+    EXPECT_TRUE(cIsOnStack(&local));
+    EXPECT_FALSE(cIsOnStack(&static_number));
+    EXPECT_FALSE(cIsOnStack(&of_function));
+}
+
+TEST(StackQuestion, what_was_allocated_is_not_on_the_stack) {
+    auto const small = std::make_unique<int>(1);
+    std::string const large(1'000'000, 'x'); // the system gives such a block pages of its own
+    EXPECT_FALSE(cIsOnStack(small.get()));
+    EXPECT_FALSE(cIsOnStack(large.data()));
+    EXPECT_TRUE(cIsOnStack(&small));
+    EXPECT_TRUE(cIsOnStack(&large));
+}
+
+TEST(StackQuestion, constants_code_null_and_locals_of_the_thread_are_not_on_the_stack) {
+    EXPECT_FALSE(cIsOnStack(&constant));
+    EXPECT_FALSE(cIsOnStack("text"));
+    EXPECT_FALSE(cIsOnStack(reinterpret_cast<void const *>(&cIsOnStack)));
+    EXPECT_FALSE(cIsOnStack(&of_thread));
+    EXPECT_FALSE(cIsOnStack(nullptr));
+}
+
+__attribute__((noinline)) int locals_seen(int depth, void const *outermost) {
+    std::array<char, 512> volatile frame{};
+    void const *const local = const_cast<std::array<char, 512> const *>(&frame);
+    int const seen = cIsOnStack(local) && cIsOnStack(outermost) ? 1 : 0;
+    return depth == 0 ? seen : seen + locals_seen(depth - 1, outermost);
+}
+
+TEST(StackQuestion, the_locals_of_a_thousand_frames_are_on_the_stack) {
+    int local = 0;
+    EXPECT_EQ(locals_seen(999, &local), 1000);
+}
+
+__attribute__((noinline)) void const *address_of_a_frame() {
+    void const *const address = cGetStackAddress();
+    return address;
+}
+
+TEST(StackQuestion, a_frame_that_was_left_is_not_on_the_stack) {
+    // Deep enough that the frame of the question lies above it.
+    struct cDeep {
+        __attribute__((noinline)) static void const *frame(int depth) {
+            char volatile block[1024];
+            block[0] = 1;
+            void const *const address = depth ? frame(depth - 1) : address_of_a_frame();
+            block[1] = block[0];
+            return address;
+        }
+    };
+    EXPECT_FALSE(cIsOnStack(cDeep::frame(20)));
+}
+
+TEST(StackQuestion, the_base_is_on_the_stack_and_what_lies_behind_it_is_not) {
+    auto const *const base = static_cast<char const *>(cGetStackBase());
+    EXPECT_TRUE(cIsOnStack(base));
+    EXPECT_TRUE(cIsOnStack(base - 1));
+    EXPECT_FALSE(cIsOnStack(reinterpret_cast<void const *>(number(base) + 1)));
+}
+
+TEST(StackQuestion, the_base_stays_and_lies_above_every_local) {
+    int local = 0;
+    void const *const base = cGetStackBase();
+    EXPECT_EQ(cGetStackBase(), base);
+    EXPECT_GT(number(base), number(&local));
+    EXPECT_EQ(number(base) % 4096, 0u) << "the whole stack counts";
+}
+
+TEST(StackQuestion, the_stack_address_lies_below_the_callers_locals) {
+    int local = 0;
+    void const *const here = cGetStackAddress();
+    ASSERT_NE(here, nullptr);
+    EXPECT_LT(number(here), number(&local));
+    EXPECT_LT(number(&local) - number(here), 64u * 1024u);
+}
+
+TEST(StackQuestion, deeper_frames_have_lower_stack_addresses) {
+    void const *const here = cGetStackAddress();
+    EXPECT_LT(number(address_of_a_frame()), number(here));
+}
+
+// ---- the rule itself, for both ways of growing ----
+
+TEST(StackRule, on_a_stack_that_grows_downwards_here_is_left_out_and_the_base_counts) {
+    EXPECT_FALSE(cat::stack_holds(99, 100, 200));
+    EXPECT_FALSE(cat::stack_holds(100, 100, 200));
+    EXPECT_TRUE(cat::stack_holds(101, 100, 200));
+    EXPECT_TRUE(cat::stack_holds(199, 100, 200));
+    EXPECT_TRUE(cat::stack_holds(200, 100, 200));
+    EXPECT_FALSE(cat::stack_holds(201, 100, 200));
+}
+
+TEST(StackRule, on_a_stack_that_grows_upwards_here_is_left_out_and_the_base_counts) {
+    EXPECT_FALSE(cat::stack_holds(99, 200, 100));
+    EXPECT_TRUE(cat::stack_holds(100, 200, 100));
+    EXPECT_TRUE(cat::stack_holds(101, 200, 100));
+    EXPECT_TRUE(cat::stack_holds(199, 200, 100));
+    EXPECT_FALSE(cat::stack_holds(200, 200, 100));
+    EXPECT_FALSE(cat::stack_holds(201, 200, 100));
+}
+
+TEST(StackRule, nothing_lies_between_here_and_the_same_base) {
+    for (std::uintptr_t p : {99u, 100u, 101u}) EXPECT_FALSE(cat::stack_holds(p, 100, 100));
+}
+
+TEST(StackRule, addresses_above_the_middle_are_no_negative_numbers) {
+    constexpr std::uintptr_t top = UINTPTR_MAX;
+    EXPECT_TRUE(cat::stack_holds(top, 1, top));
+    EXPECT_TRUE(cat::stack_holds(top / 2 + 1, 1, top));
+    EXPECT_FALSE(cat::stack_holds(0, 1, top));
+}
+
+// ---- the version ----
+
+TEST(VersionText, tells_product_version_and_makers) {
+    static_assert(std::is_same_v<decltype(cversionstring()), char *>);
+    EXPECT_STREQ(cversionstring(), "Quorvanta v" QRV_VERSION "\nby the Quorvanta developers");
+}
+
+TEST(VersionText, is_one_static_text) {
+    EXPECT_EQ(cversionstring(), cversionstring());
+    EXPECT_FALSE(cIsOnStack(cversionstring()));
+}
+
+TEST(VersionText, lies_where_writing_is_harmless) {
+    std::string const before = cversionstring();
+    cversionstring()[0] = 'q';
+    EXPECT_EQ(cversionstring(), "q" + before.substr(1));
+    cversionstring()[0] = before[0];
+    EXPECT_EQ(cversionstring(), before);
+}
+
+} // namespace
