@@ -29,8 +29,13 @@ char const *start_value(char const *name);
 void post_message(char const *socket_prefix, std::uint32_t id, std::uint32_t message,
                   std::uint32_t wParam, std::int32_t lParam);
 
+// May a process of the user `us` use what belongs to `owner`?
+constexpr bool trusts_owner(std::uint32_t owner, std::uint32_t us) {
+    return owner == us || owner == 0;
+}
+
 // An event that others can wait for, made by somebody else. Null if there is none, or if it belongs
-// to another user. close_event() for each that was opened.
+// to another user who isn't root. close_event() for each that was opened.
 void *open_event(char const *name) noexcept;
 void set_event(void *event) noexcept;
 void close_event(void *event) noexcept;

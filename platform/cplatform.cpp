@@ -2,6 +2,7 @@
 
 #include "qrv/platform/cplatform.h"
 
+#include "platform/clink.h"
 #include "platform/os_calls.h"
 
 #include <array>
@@ -21,8 +22,7 @@ sem_t *open_semaphore(char const *name) {
     struct stat info {};
     if (::lstat(path.c_str(), &info) != 0) return SEM_FAILED;
     bool const sound = S_ISREG(info.st_mode) && info.st_size >= off_t{sizeof(sem_t)};
-    bool const trusted = info.st_uid == ::geteuid() || info.st_uid == 0;
-    if (sound && trusted) return ::sem_open(name, 0);
+    if (sound && cat::trusts_owner(info.st_uid, ::geteuid())) return ::sem_open(name, 0);
     errno = EACCES;
     return SEM_FAILED;
 }

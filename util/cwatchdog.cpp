@@ -82,7 +82,7 @@ cWatchDogQueue::~cWatchDogQueue() {
 bool cWatchDogQueue::grow() noexcept {
     std::size_t const more = growth(count_);
     if (capacity_ > SIZE_MAX / sizeof(cMSG) - more) return false;
-    void *const grown = std::realloc(messages_, (capacity_ + more) * sizeof(cMSG));
+    void *const grown = resize(messages_, (capacity_ + more) * sizeof(cMSG));
     if (!grown) return false;
     messages_ = static_cast<cMSG *>(grown);
     std::fill_n(messages_ + capacity_, more, cMSG{0, 0, 0});

@@ -1,5 +1,7 @@
 #include "qrv/platform/cstack.h"
 
+#include "tests/support/os_faults.h"
+
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -66,5 +68,63 @@ __attribute__((noinline)) int descend(int depth) {
 }
 
 TEST(Stack, a_recursion_that_asks_ends_in_time) { EXPECT_GT(descend(0), 100); }
+
+// ---- the bounds ----
+
+void *end_of_thread(void *end) {
+    *static_cast<void const **>(end) = cat::stack_end();
+    char local = 0;
+    auto const here = reinterpret_cast<std::uintptr_t>(&local);
+    auto const top = reinterpret_cast<std::uintptr_t>(*static_cast<void const **>(end));
+    return top > here && top - here < 16 * 1024 * 1024 ? end : nullptr;
+}
+
+TEST(Stack, each_thread_has_an_end_of_its_own_above_its_frames) {
+    void const *own = nullptr;
+    EXPECT_NE(end_of_thread(&own), nullptr);
+    EXPECT_EQ(cat::stack_end(), own);
+    void const *other = nullptr;
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, nullptr, end_of_thread, &other), 0);
+    void *right = nullptr;
+    ASSERT_EQ(pthread_join(thread, &right), 0);
+    EXPECT_NE(right, nullptr);
+    EXPECT_NE(other, own);
+}
+
+struct cUntold {
+    void const *end = nullptr;
+    bool low = true;
+    std::size_t left = 0;
+};
+
+void *look_untold(void *argument) {
+    auto *const seen = static_cast<cUntold *>(argument);
+    seen->end = cat::stack_end();
+    seen->low = cat::stack_low();
+    seen->left = cat::stack_left();
+    return nullptr;
+}
+
+// The main thread's end, all but the arguments and the environment above it.
+TEST(Stack, where_the_system_does_not_tell_no_walk_is_stopped_and_the_end_is_the_main_threads) {
+    cUntold seen;
+    {
+        cOsFaults const faults(0, ENOMEM);
+        pthread_t thread;
+        ASSERT_EQ(pthread_create(&thread, nullptr, look_untold, &seen), 0);
+        ASSERT_EQ(pthread_join(thread, nullptr), 0);
+        EXPECT_EQ(cOsFaults::hit(), "stack");
+        EXPECT_EQ(cOsFaults::calls(), 1);
+    }
+    EXPECT_FALSE(seen.low);
+    EXPECT_GT(seen.left, cat::stack_reserve);
+    auto const end = reinterpret_cast<std::uintptr_t>(seen.end);
+    auto const real = reinterpret_cast<std::uintptr_t>(cat::stack_end());
+    int local = 0;
+    EXPECT_GT(end, reinterpret_cast<std::uintptr_t>(&local));
+    EXPECT_LT(end, real);
+    EXPECT_LT(real - end, 4u * 1024u * 1024u);
+}
 
 } // namespace

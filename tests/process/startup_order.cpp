@@ -82,13 +82,13 @@ void check_text_order() {
                              " core_start",
                              "undoGlobalList",
                              "redoGlobalList",
-                             "stack base",
-                             "watch dog's queue",
-                             "slot on sig_init",
-                             "cWatchDogSend",
-                             "sig_progstep",
-                             "sig_proginit",
-                             "sig_progbegin"}) {
+                             " stack_base",
+                             " cat::watchdog_queue;",
+                             " startup_test(",
+                             " watchdog_send;",
+                             " &sig_progstep",
+                             " sig_proginit;",
+                             " sig_progbegin;"}) {
         std::size_t const next = text.find(name, at);
         if (next == std::string::npos) std::fprintf(stderr, "out of order: %s\n", name);
         CHECK(next != std::string::npos);

@@ -183,6 +183,42 @@ TEST_F(WatchDogTest, a_hundred_thousand_messages_wait_for_the_id) {
         ASSERT_EQ(posts[i], (cPosted{0xFFFFFFFE, i, ~i, -static_cast<std::int32_t>(i)}));
 }
 
+TEST_F(WatchDogTest, messages_without_memory_are_lost_and_no_others) {
+    cWatchDogQueue queue;
+    for (std::uint32_t i = 0; i < 4; ++i) ASSERT_TRUE(queue.append({i, 0, 0}));
+    auto *const before = cWatchDogQueue::resize;
+    cWatchDogQueue::resize = [](void *, std::size_t) noexcept -> void * {
+        errno = ENOMEM;
+        return nullptr;
+    };
+    bool const kept = queue.append({4, 0, 0});
+    cWatchDogQueue::resize = before;
+    EXPECT_FALSE(kept);
+    EXPECT_EQ(queue.count(), 4u);
+    EXPECT_EQ(queue.capacity(), 4u);
+    EXPECT_TRUE(queue.append({5, 0, 0}));
+    for (std::uint32_t message : {0u, 1u, 2u, 3u, 5u}) EXPECT_EQ(queue.take().message, message);
+    EXPECT_EQ(queue.taken(), queue.count());
+}
+
+TEST_F(WatchDogTest, want_of_memory_is_not_told) {
+    do PostWatchDog(1, 0, 0);
+    while (qrv_watchdog_queue_capacity() > cat::watchdog_queue.count());
+    auto *const before = cWatchDogQueue::resize;
+    cWatchDogQueue::resize = [](void *, std::size_t) noexcept -> void * {
+        errno = ENOMEM;
+        return nullptr;
+    };
+    errno = EDOM;
+    PostWatchDog(2, 0, 0);
+    sig_progstep();
+    cWatchDogQueue::resize = before;
+    EXPECT_EQ(errno, EDOM);
+    SetWatchDogID(7);
+    EXPECT_FALSE(posts.empty());
+    for (cPosted const &post : posts) EXPECT_EQ(post, (cPosted{7, 1, 0, 0}));
+}
+
 // ---- numbers ----
 
 TEST_F(WatchDogTest, numbers_have_the_widths_that_go_over_the_line) {
