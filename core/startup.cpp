@@ -16,6 +16,7 @@
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/signals/csignal.h"
+#include "qrv/util/cundo.h"
 #include "qrv/util/cutil.h"
 #include "qrv/util/cwatchdog.h"
 #include "util/cwatchdog_state.h"
@@ -125,8 +126,9 @@ cModule &cGetMainModule() { return main_module; }
 
 static cCoreStart core_start; // the type "intf" lies in the core
 
-// undoGlobalList
-// redoGlobalList
+cUndoGlobalList undoGlobalList(true);
+cUndoGlobalList redoGlobalList(false);
+
 [[maybe_unused]] static void const *const stack_base = cGetStackBase(); // the stack base
 
 constinit cWatchDogQueue cat::watchdog_queue; // the watch dog's queue

@@ -43,5 +43,6 @@
 #include "qrv/text/creadreport.h"
 #include "qrv/text/cwriter.h"
 #include "qrv/util/cfilename.h"
+#include "qrv/util/cundo.h"
 #include "qrv/util/cutil.h"
 #include "qrv/util/cwatchdog.h"

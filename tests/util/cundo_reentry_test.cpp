@@ -1,0 +1,507 @@
+// What actions do to the lists that are calling them: each of their functions changes, walks or
+// destroys a list, or throws. Under the sanitizers a call of what is gone would be seen.
+
+#include "tests/util/undo_action.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int limit = 0x2000000;
+
+class UndoInUndo : public Undo {};
+class UndoInIsfor : public Undo {};
+class UndoInCost : public Undo {};
+class UndoInEnd : public Undo {};
+class UndoThrow : public Undo {};
+
+// ---- undo()
+
+TEST_F(UndoInUndo, an_action_that_removes_itself_lives_until_it_is_back) {
+    for (bool const refuses : {false, true}) {
+        add("a");
+        Action *const b = add("b");
+        b->refuses = refuses;
+        b->at_undo = [&] { list->remove(b); };
+        list->makeUndo(nullptr);
+        EXPECT_EQ(take_log(),
+                  refuses ? "undo b; b back; ~b; undo a; ~a; " : "undo b; b back; ~b; ");
+        EXPECT_EQ(names(), refuses ? "" : "a");
+        list->setActive(false);
+        list->setActive(true);
+    }
+}
+
+TEST_F(UndoInUndo, one_that_was_removed_meanwhile_is_not_called) {
+    add("a");
+    Action *const b = add("b"), *const c = add("c");
+    c->refuses = true;
+    c->at_undo = [&] { list->remove(b); };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo c; ~b; c back; undo a; ~a; ");
+    EXPECT_EQ(names(), "c");
+}
+
+TEST_F(UndoInUndo, one_that_was_removed_but_lives_in_a_copy_is_not_called) {
+    Action *const b = add("b"), *const c = add("c");
+    cUndoGlobalList copy(*list);
+    c->refuses = true;
+    c->at_undo = [&] { list->remove(b); };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo c; c back; ");
+    EXPECT_EQ(names(), "c");
+    EXPECT_EQ(names(copy), "cb");
+}
+
+TEST_F(UndoInUndo, one_that_was_added_meanwhile_stands_in_front_and_is_not_called) {
+    add("a");
+    Action *const b = add("b");
+    b->refuses = true;
+    b->at_undo = [&] { list->add(new Action(log, "c")); };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo b; cost b; cost a; b back; undo a; ~a; ");
+    EXPECT_EQ(names(), "cb");
+}
+
+TEST_F(UndoInUndo, an_action_that_adds_another_and_is_done_goes_alone) {
+    Action *const a = add("a");
+    a->at_undo = [&] { list->add(new Action(log, "b")); };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo a; cost a; a back; ~a; ");
+    EXPECT_EQ(names(), "b");
+}
+
+TEST_F(UndoInUndo, an_action_that_is_removed_and_added_again_stays_the_same) {
+    Action *const a = add("a"); // done, so it goes from where it stands now
+    a->at_undo = [&] {
+        list->remove(a);
+        list->add(a);
+    };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo a; a back; ~a; ");
+    EXPECT_EQ(names(), "");
+    Action *const b = add("b"); // refuses, so it stays
+    b->refuses = true;
+    b->at_undo = [&] {
+        list->remove(b);
+        list->add(b);
+    };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo b; b back; ");
+    EXPECT_EQ(names(), "b");
+}
+
+TEST_F(UndoInUndo, an_action_that_shuts_the_list_goes_when_it_is_back) {
+    for (bool const refuses : {false, true}) {
+        add("a");
+        Action *const b = add("b");
+        b->refuses = refuses;
+        b->at_undo = [&] { list->setActive(false); };
+        list->makeUndo(nullptr);
+        EXPECT_EQ(take_log(), "undo b; ~a; b back; ~b; ");
+        EXPECT_FALSE(list->fActive());
+        list->setActive(true);
+        EXPECT_EQ(names(), "");
+    }
+}
+
+TEST_F(UndoInUndo, the_list_may_be_assigned_to) {
+    cUndoGlobalList other(false);
+    add(other, "x");
+    add("a");
+    Action *const b = add("b");
+    b->refuses = true;
+    b->at_undo = [&] { *list = other; };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo b; ~a; b back; ~b; ");
+    EXPECT_EQ(names(), "x");
+}
+
+TEST_F(UndoInUndo, the_list_may_be_destroyed) {
+    for (bool const refuses : {false, true}) {
+        list = std::make_unique<cUndoGlobalList>(true);
+        add("a");
+        Action *const b = add("b");
+        b->refuses = refuses;
+        b->at_undo = [&] { list.reset(); };
+        list->makeUndo(nullptr);
+        EXPECT_EQ(take_log(), "undo b; ~a; b back; ~b; ");
+    }
+}
+
+TEST_F(UndoInUndo, the_list_may_be_destroyed_two_calls_deep) {
+    Action *const a = add("a"), *const b = add("b");
+    a->at_undo = [&] { list.reset(); };
+    bool inside = false;
+    b->at_undo = [&] {
+        if (std::exchange(inside, true)) return;
+        Named info("a");
+        list->makeUndo(&info);
+    };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo b; undo b; b back; undo a; a back; ~a; b back; ~b; ");
+}
+
+TEST_F(UndoInUndo, a_copy_goes_on_when_the_original_is_destroyed) {
+    add("a");
+    Action *const b = add("b");
+    b->at_undo = [&] { list.reset(); };
+    cUndoGlobalList copy(*list);
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo b; b back; ");
+    EXPECT_EQ(names(copy), "ba");
+}
+
+TEST_F(UndoInUndo, undoing_goes_on_inside) {
+    for (char const *name : {"a", "b"}) add(name);
+    Action *const c = add("c");
+    bool inside = false;
+    c->at_undo = [&] {
+        if (std::exchange(inside, true)) return;
+        c->refuses = true; // it stands in front of the inner walk too
+        list->makeUndo(nullptr);
+    };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo c; undo c; c back; undo b; ~b; c back; ~c; ");
+    EXPECT_EQ(names(), "a");
+}
+
+TEST_F(UndoInUndo, an_action_undone_inside_itself_goes_once) {
+    add("a");
+    Action *const b = add("b");
+    bool inside = false;
+    b->at_undo = [&] {
+        if (!std::exchange(inside, true)) list->makeUndo(nullptr);
+    };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo b; undo b; b back; b back; ~b; ");
+    EXPECT_EQ(names(), "a");
+}
+
+TEST_F(UndoInUndo, an_action_moves_to_the_other_list) {
+    cUndoGlobalList redo(false);
+    Action *const a = add("a");
+    a->at_undo = [&] { EXPECT_TRUE(redo.add(a)); };
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo a; a back; ");
+    EXPECT_EQ(names(redo), "a");
+    EXPECT_EQ(names(), "");
+}
+
+// ---- isfor()
+
+TEST_F(UndoInIsfor, an_action_that_removes_itself_answers_nothing) {
+    add("a");
+    Action *const b = add("b");
+    b->at_isfor = [&] { list->remove(b); };
+    EXPECT_EQ(list->find(nullptr), list->find(nullptr));
+    EXPECT_EQ(take_log(), "isfor b; ~b; isfor a; isfor a; ");
+    EXPECT_EQ(names(), "a");
+}
+
+TEST_F(UndoInIsfor, the_list_may_be_shut_or_destroyed) {
+    add("a");
+    add("b")->at_isfor = [&] { list->setActive(false); };
+    EXPECT_FALSE(list->fIsUndo(nullptr));
+    EXPECT_EQ(take_log(), "isfor b; ~a; ~b; ");
+    list->setActive(true);
+    add("a");
+    add("b")->at_isfor = [&] { list.reset(); };
+    EXPECT_EQ(list->find(nullptr), nullptr);
+    EXPECT_EQ(take_log(), "isfor b; ~a; ~b; ");
+}
+
+TEST_F(UndoInIsfor, others_may_be_added_and_removed) {
+    Action *const a = add("a"), *const b = add("b"), *const c = add("c");
+    Named info("a");
+    c->at_isfor = [&] {
+        list->remove(b);
+        list->add(new Action(log, "d"));
+    };
+    EXPECT_EQ(list->find(&info), a);
+    EXPECT_EQ(take_log(), "isfor c; ~b; cost c; cost a; isfor a; ");
+    c->at_isfor = nullptr;
+    EXPECT_EQ(names(), "dca");
+}
+
+// ---- cost()
+
+TEST_F(UndoInCost, an_action_that_removes_itself_is_counted_once_more) {
+    add("a");
+    Action *const b = add("b", limit);
+    b->at_cost = [&] { list->remove(b); };
+    list->add(new Action(log, "c"));
+    EXPECT_EQ(take_log(), "cost b; ~b; cost a; ~a; "); // its cost was in that sum
+    EXPECT_EQ(names(), "c");
+}
+
+TEST_F(UndoInCost, one_that_was_removed_meanwhile_is_not_asked) {
+    Action *const a = add("a"), *const b = add("b");
+    b->at_cost = [&] { list->remove(a); };
+    list->add(new Action(log, "c"));
+    EXPECT_EQ(take_log(), "cost b; ~a; ");
+    EXPECT_EQ(names(), "cb");
+}
+
+TEST_F(UndoInCost, a_list_that_is_shut_meanwhile_takes_nothing) {
+    add("a");
+    add("b")->at_cost = [&] { list->setActive(false); };
+    Action outside(log, "c");
+    EXPECT_FALSE(list->add(&outside));
+    EXPECT_EQ(take_log(), "cost b; ~a; ~b; ");
+    list->setActive(true);
+    EXPECT_EQ(names(), "");
+}
+
+TEST_F(UndoInCost, a_list_that_is_destroyed_meanwhile_takes_nothing) {
+    add("a");
+    add("b")->at_cost = [&] { list.reset(); };
+    Action outside(log, "c");
+    EXPECT_FALSE(list->add(&outside));
+    EXPECT_EQ(take_log(), "cost b; ~a; ~b; ");
+}
+
+TEST_F(UndoInCost, the_same_action_added_meanwhile_stands_once) {
+    Action *const a = add("a");
+    auto *const b = new Action(log, "b");
+    bool inside = false;
+    a->at_cost = [&] {
+        if (std::exchange(inside, true)) return;
+        EXPECT_TRUE(list->add(b));
+    };
+    EXPECT_TRUE(list->add(b));
+    EXPECT_EQ(names(), "ba");
+    list.reset();
+    EXPECT_EQ(take_log(), "cost a; cost a; ~b; ~a; ");
+}
+
+TEST_F(UndoInCost, actions_that_add_others_keep_the_list_busy_no_longer_than_their_number) {
+    for (int i = 0; i < 2; ++i) add("a");
+    Action *const b = add("b");
+    b->cost(limit);
+    bool inside = false;
+    b->at_cost = [&] { // each pass drops one, and here comes one in its place
+        if (std::exchange(inside, true)) return;
+        b->cost(0); // so that the inner call drops none
+        list->add(new Action(log, "x"));
+        b->cost(limit);
+        inside = false;
+    };
+    list->add(new Action(log, "c"));
+    EXPECT_EQ(std::count(log.begin(), log.end(), '~'), 3);
+    log.clear();
+    EXPECT_EQ(names(), "cxxx"); // b was the last to go
+}
+
+TEST_F(UndoInCost, an_action_dropped_here_lives_on_in_the_list_it_is_added_from) {
+    cUndoGlobalList other(false);
+    Action *const a = add(other, "a");
+    add("b")->at_cost = [&] { other.setActive(false); };
+    EXPECT_TRUE(list->add(a)); // the other list lets it go while room is made
+    EXPECT_EQ(take_log(), "cost b; ");
+    EXPECT_EQ(names(), "ab");
+}
+
+// ---- the destructor
+
+TEST_F(UndoInEnd, sees_a_list_without_it) {
+    for (char const *name : {"a", "b"}) {
+        add(name)->at_end = [&] { log += "[" + names() + "]"; };
+    }
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo b; ~b; [a]");
+    list->setActive(false);
+    EXPECT_EQ(take_log(), "~a; []");
+}
+
+TEST_F(UndoInEnd, sees_a_shut_list_empty_and_can_add_nothing) {
+    Action outside(log, "x");
+    for (char const *name : {"a", "b"}) {
+        add(name)->at_end = [&] {
+            log += "[" + names() + "]";
+            EXPECT_FALSE(list->add(&outside));
+        };
+    }
+    list->setActive(false);
+    EXPECT_EQ(take_log(), "~b; []~a; []");
+}
+
+TEST_F(UndoInEnd, may_open_the_list_again) {
+    add("a");
+    add("b")->at_end = [&] {
+        list->setActive(true);
+        list->add(new Action(log, "c"));
+    };
+    list->setActive(false);
+    EXPECT_EQ(take_log(), "~b; ~a; ");
+    EXPECT_EQ(names(), "c");
+}
+
+TEST_F(UndoInEnd, of_the_list_can_add_and_undo_nothing) {
+    Action outside(log, "x");
+    cUndoGlobalList *const dying = list.get();
+    Action *const a = add("a");
+    add("b")->at_end = [&] {
+        EXPECT_FALSE(dying->add(&outside));
+        dying->makeUndo(nullptr);
+        dying->remove(a);
+        EXPECT_EQ(dying->find(nullptr), nullptr);
+    };
+    list.reset();
+    EXPECT_EQ(take_log(), "~b; ~a; ");
+}
+
+TEST_F(UndoInEnd, cannot_add_the_dying_action) {
+    Action *const a = add("a");
+    cUndoGlobalList other(false);
+    a->at_end = [&] {
+        EXPECT_FALSE(list->add(a));
+        EXPECT_FALSE(other.add(a));
+    };
+    list->remove(a);
+    EXPECT_EQ(take_log(), "~a; ");
+    EXPECT_EQ(names(), "");
+    EXPECT_EQ(names(other), "");
+}
+
+TEST_F(UndoInEnd, may_remove_others_and_undo_others) {
+    Action *const a = add("a");
+    add("b");
+    Action *const c = add("c");
+    c->at_end = [&] {
+        list->remove(a);
+        list->makeUndo(nullptr);
+    };
+    list->remove(c);
+    EXPECT_EQ(take_log(), "~c; ~a; undo b; ~b; ");
+    EXPECT_EQ(names(), "");
+}
+
+TEST_F(UndoInEnd, of_the_oldest_may_shut_or_destroy_the_list_that_makes_room) {
+    for (bool const destroy : {false, true}) {
+        add("a", limit)->at_end = [&] {
+            if (destroy)
+                list.reset();
+            else
+                list->setActive(false);
+        };
+        Action outside(log, "b");
+        EXPECT_FALSE(list->add(&outside));
+        EXPECT_EQ(take_log(), "cost a; ~a; ");
+        if (!destroy) list->setActive(true);
+    }
+}
+
+TEST_F(UndoInEnd, of_the_oldest_may_add) {
+    add("a", limit)->at_end = [&] { list->add(new Action(log, "x")); };
+    list->add(new Action(log, "b"));
+    EXPECT_EQ(names(), "bx");
+    EXPECT_EQ(take_log(), "cost a; ~a; ");
+}
+
+TEST_F(UndoInEnd, after_an_assignment_sees_the_new_entries) {
+    cUndoGlobalList other(false);
+    add(other, "x");
+    add("a")->at_end = [&] { log += "[" + names() + "]"; };
+    *list = other;
+    EXPECT_EQ(take_log(), "~a; [x]");
+}
+
+TEST_F(UndoInEnd, may_destroy_the_list_in_each_operation) {
+    Action *a = nullptr;
+    auto const fresh = [&] {
+        list = std::make_unique<cUndoGlobalList>(true);
+        add("b");
+        a = add("a");
+        a->at_end = [&] { list.reset(); };
+    };
+    fresh();
+    list->remove(a);
+    EXPECT_EQ(take_log(), "~a; ~b; ");
+    fresh();
+    list->makeUndo(nullptr);
+    EXPECT_EQ(take_log(), "undo a; ~a; ~b; ");
+    fresh();
+    list->setActive(false); // b was moved out already
+    EXPECT_EQ(take_log(), "~a; ~b; ");
+    fresh();
+    cUndoGlobalList const other(false);
+    *list = other;
+    EXPECT_EQ(take_log(), "~a; ~b; ");
+}
+
+// ---- exceptions
+
+void fail() { throw std::runtime_error("no"); }
+
+TEST_F(UndoThrow, from_undo_leaves_the_action_and_calls_no_further_one) {
+    add("a");
+    add("b")->at_undo = fail;
+    for (int i = 0; i < 2; ++i) EXPECT_THROW(list->makeUndo(nullptr), std::runtime_error);
+    EXPECT_EQ(take_log(), "undo b; undo b; ");
+    EXPECT_EQ(names(), "ba");
+}
+
+TEST_F(UndoThrow, from_undo_after_it_removed_itself_deletes_it) {
+    add("a");
+    Action *const b = add("b");
+    b->at_undo = [&] {
+        list->remove(b);
+        fail();
+    };
+    EXPECT_THROW(list->makeUndo(nullptr), std::runtime_error);
+    EXPECT_EQ(take_log(), "undo b; ~b; ");
+    EXPECT_EQ(names(), "a");
+}
+
+TEST_F(UndoThrow, from_undo_after_it_destroyed_the_list) {
+    add("a");
+    add("b")->at_undo = [&] {
+        list.reset();
+        fail();
+    };
+    EXPECT_THROW(list->makeUndo(nullptr), std::runtime_error);
+    EXPECT_EQ(take_log(), "undo b; ~a; ~b; ");
+}
+
+TEST_F(UndoThrow, from_isfor_changes_nothing) {
+    add("a");
+    Action *const b = add("b");
+    b->at_isfor = fail;
+    EXPECT_THROW(list->find(nullptr), std::runtime_error);
+    EXPECT_THROW(list->fIsUndo(nullptr), std::runtime_error);
+    b->at_isfor = nullptr;
+    EXPECT_EQ(take_log(), "isfor b; isfor b; ");
+    EXPECT_EQ(names(), "ba");
+}
+
+TEST_F(UndoThrow, from_cost_leaves_the_new_action_with_the_caller) {
+    Action *const a = add("a");
+    a->at_cost = fail;
+    {
+        Action outside(log, "b");
+        EXPECT_THROW(list->add(&outside), std::runtime_error);
+        EXPECT_EQ(take_log(), "cost a; ");
+    }
+    a->at_cost = nullptr;
+    EXPECT_EQ(names(), "a");
+}
+
+TEST_F(UndoThrow, from_cost_after_one_was_dropped) {
+    add("a", limit);
+    Action *const b = add("b"); // a stood alone at its limit and went for b
+    EXPECT_EQ(names(), "b");
+    Action *const c = add("c");
+    c->cost(limit);
+    b->at_end = [&] { c->at_cost = fail; };
+    Action outside(log, "d");
+    EXPECT_THROW(list->add(&outside), std::runtime_error);
+    EXPECT_EQ(take_log(), "cost c; cost b; ~b; cost c; ");
+    EXPECT_EQ(names(), "c");
+    c->at_cost = nullptr;
+    c->cost(0);
+    list->add(new Action(log, "e"));
+    EXPECT_EQ(names(), "ec");
+}
+
+} // namespace
