@@ -43,6 +43,7 @@
 #include "qrv/text/creadreport.h"
 #include "qrv/text/cwriter.h"
 #include "qrv/util/cfilename.h"
+#include "qrv/util/cmatch.h"
 #include "qrv/util/cundo.h"
 #include "qrv/util/cutil.h"
 #include "qrv/util/cwatchdog.h"

@@ -1,0 +1,257 @@
+// Wildcards without recursion. Elements up to the first choice, a * or {, are taken one by one
+// along the text. From there on the pattern is done from its last element to the first, for all
+// places of the text at once: ends_[t] is where a match ends that begins at place t with the
+// elements done so far. Each element makes the new row from the old one in a single pass, so the
+// number of ways to match plays no part.
+//
+//   a simple element   ends_[t] = ends_[t + 1] where it takes the character. When the text has
+//   ended
+//                      behind it and the pattern goes on, there is no match: the end of the text is
+//                      looked up only by what begins a match anew, behind a * or a }
+//   *                  the furthest of ends_[t .. size - 1], or the first; behind t itself
+//   }  ,  {            each alternative begins, from the right, with a fresh row; done, its ends
+//                      are looked up in the row of what follows the }, and the best is kept
+
+#include "qrv/util/cmatch.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <cstring>
+#include <numeric>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace {
+
+struct cElement {
+    enum cKind { literal, any, set, star, open, comma, close, end };
+    cKind kind;
+    std::string_view text; // the character of a literal, what stands between the [ ] of a set
+
+    bool is_simple() const { return kind == literal || kind == any || kind == set; }
+    bool takes(char c) const;
+};
+
+bool is_between(char c, char a, char b) {
+    auto const value = static_cast<signed char>(c);
+    auto const [low, high] = std::minmax(static_cast<signed char>(a), static_cast<signed char>(b));
+    return low <= value && value <= high;
+}
+
+// The next character of a set, behind its escape if there is one.
+char next_of(std::string_view set, size_t &i) {
+    if (set[i] == '\\') ++i; // never the last: the set would not have ended there
+    return set[i++];
+}
+
+bool is_in(std::string_view set, char c) {
+    bool const negated = !set.empty() && set[0] == '!';
+    for (size_t i = negated ? 1 : 0; i < set.size();) {
+        char const low = next_of(set, i);
+        bool const range = i + 1 < set.size() && set[i] == '-';
+        char const high = range ? next_of(set, ++i) : low;
+        if (is_between(c, low, high)) return !negated;
+    }
+    return negated;
+}
+
+bool cElement::takes(char c) const {
+    if (kind == any) return true;
+    return kind == literal ? c == text[0] : is_in(text, c);
+}
+
+// Where the set ends whose content begins here: its ], or null.
+char const *end_of_set(char const *p) {
+    while (*p != ']') {
+        if (*p == '\\') ++p;
+        if (*p == 0) return nullptr;
+        ++p;
+    }
+    return p;
+}
+
+// Takes the element at p, which isn't at the end. None for a set that isn't closed.
+std::optional<cElement> take_element(char const *&p, size_t depth) {
+    char const *const begin = p++;
+    std::string_view const itself(begin, 1);
+    switch (*begin) {
+    case '?':
+        return cElement{cElement::any, itself};
+    case '*':
+        return cElement{cElement::star, itself};
+    case '{':
+        return cElement{cElement::open, itself};
+    case ',':
+        return cElement{depth > 0 ? cElement::comma : cElement::literal, itself};
+    case '}':
+        return cElement{depth > 0 ? cElement::close : cElement::literal, itself};
+    case '\\':
+        if (*p == 0) return cElement{cElement::end, itself};
+        return cElement{cElement::literal, {p++, 1}};
+    case '[':
+        break;
+    default:
+        return cElement{cElement::literal, itself};
+    }
+    char const *const content = p;
+    char const *const close = end_of_set(content);
+    if (!close) return std::nullopt;
+    p = close + 1;
+    return cElement{cElement::set, {content, static_cast<size_t>(close - content)}};
+}
+
+// Empty where a bracket isn't closed: then nothing matches, for a match uses all of the pattern up.
+std::vector<cElement> elements_of(char const *pattern) {
+    std::vector<cElement> elements;
+    size_t depth = 0;
+    for (char const *p = pattern; *p;) {
+        std::optional<cElement> const element = take_element(p, depth);
+        if (!element) return {};
+        if (element->kind == cElement::open) ++depth;
+        if (element->kind == cElement::close) --depth;
+        elements.push_back(*element);
+    }
+    return depth == 0 ? elements : std::vector<cElement>();
+}
+
+// As much of the text as the elements can reach. Without * each simple element takes one character
+// at most, and where the text goes on behind that, its end is never met.
+std::optional<std::string_view> reach_of(std::vector<cElement> const &elements, char const *text) {
+    size_t most = 0, length = 0;
+    bool far = false;
+    for (cElement const &element : elements) {
+        most += element.is_simple();
+        far = far || element.kind == cElement::star;
+    }
+    if (far) length = std::strlen(text);
+    while (!far && length <= most && text[length]) ++length;
+    if (length >= INT_MAX) return std::nullopt;
+    return std::string_view(text, length);
+}
+
+class cEnds {
+  public:
+    cEnds(std::string_view text, bool first) : text_(text), first_(first) { begin_pattern(); }
+    cEnds(cEnds const &) = delete;
+    cEnds &operator=(cEnds const &) = delete;
+    ~cEnds() = default;
+
+    // Where the match ends that begins with the text; none if there is none.
+    std::optional<int> of(std::vector<cElement> const &elements) {
+        for (auto e = elements.rbegin(); e != elements.rend(); ++e) put_in_front(*e);
+        return ends_[0] == none ? std::nullopt : std::optional(ends_[0]);
+    }
+
+  private:
+    using cRow = std::vector<int>;
+    static constexpr int none = -1;
+
+    struct cGroup {
+        cRow rest; // behind the }. Empty if nothing follows: what is looked up there is itself
+        cRow best; // of the alternatives that are done; empty if there are none yet
+    };
+
+    void put_in_front(cElement const &element) {
+        switch (element.kind) {
+        case cElement::star:
+            put_star();
+            break;
+        case cElement::end:
+            begin_pattern();
+            break;
+        case cElement::close:
+            groups_.push_back({last_ ? cRow() : std::move(ends_), {}});
+            return begin_pattern();
+        case cElement::comma:
+            end_alternative();
+            return begin_pattern();
+        case cElement::open:
+            end_alternative();
+            ends_ = std::move(groups_.back().best);
+            groups_.pop_back();
+            break;
+        default:
+            put_simple(element);
+        }
+        last_ = false;
+    }
+
+    // Behind the last element a match ends where it is.
+    void begin_pattern() {
+        ends_.resize(text_.size() + 1);
+        std::iota(ends_.begin(), ends_.end(), 0);
+        last_ = true;
+    }
+
+    void put_simple(cElement const &element) {
+        size_t const size = text_.size();
+        if (!last_) ends_[size] = none; // the text has ended, the pattern has not
+        for (size_t t = 0; t < size; ++t) ends_[t] = element.takes(text_[t]) ? ends_[t + 1] : none;
+        if (element.kind != cElement::any) ends_[size] = none;
+    }
+
+    void put_star() {
+        int good = none; // the end to take of those from behind t
+        ends_.back() = none;
+        for (size_t t = text_.size(); t-- > 0;) {
+            int const own = ends_[t];
+            bool const best = own > static_cast<int>(t) && (first_ || own > good);
+            ends_[t] = best ? own : good;
+            if (own != none) good = first_ ? own : std::max(good, own);
+        }
+    }
+
+    void end_alternative() {
+        auto &[rest, best] = groups_.back();
+        if (!rest.empty())
+            for (int &end : ends_)
+                if (end != none) end = rest[static_cast<size_t>(end)];
+        if (best.empty()) {
+            best = std::move(ends_);
+            return;
+        }
+        for (size_t t = 0; t < best.size(); ++t)
+            if (first_ ? ends_[t] != none : ends_[t] > best[t]) best[t] = ends_[t];
+    }
+
+    std::string_view text_;
+    bool first_;
+    cRow ends_;
+    bool last_ = true;           // is nothing behind the next element in its own pattern?
+    std::vector<cGroup> groups_; // that are open, the innermost last
+};
+
+int length(size_t taken) { return taken <= INT_MAX ? static_cast<int>(taken) : 0; }
+
+// A pattern that begins with a choice.
+std::optional<int> match_choices(char const *text, char const *pattern, bool first) {
+    std::vector<cElement> const elements = elements_of(pattern);
+    if (elements.empty()) return std::nullopt;
+    std::optional<std::string_view> const reach = reach_of(elements, text);
+    return reach ? cEnds(*reach, first).of(elements) : std::nullopt;
+}
+
+} // namespace
+
+int cMatch(char const *text, char const *pattern, bool first) {
+    if (!text || !pattern) return 0;
+    char const *t = text;
+    for (char const *p = pattern; *p;) {
+        char const *const begin = p;
+        std::optional<cElement> const element = take_element(p, 0);
+        if (!element) return 0;
+        auto const taken = static_cast<size_t>(t - text);
+        if (element->kind == cElement::end) break;
+        if (!element->is_simple()) {
+            std::optional<int> const more = match_choices(t, begin, first);
+            return more ? length(taken + static_cast<size_t>(*more)) : 0;
+        }
+        if (*t == 0) return 0; // so it has begun at the text's end, where ? takes nothing
+        if (!element->takes(*t++)) return 0;
+        if (*t == 0 && *p != 0) return 0;
+    }
+    return length(static_cast<size_t>(t - text));
+}
