@@ -43,6 +43,7 @@ TEST_F(ToolUsage, help_lists_the_commands_and_the_exit_codes) {
                     "  set                         Set values at paths\n"
                     "  merge                       Merge the value of a file into another's\n"
                     "  get                         Print the values at paths\n"
+                    "  find                        Print the values that a pattern finds\n"
                     "  explain                     Tell what is known of one value\n"
                     "  check                       Tell every error of a file\n"
                     "  tokens                      List the tokens of a file\n"
@@ -239,6 +240,51 @@ TEST_F(ToolUsage, help_of_get) {
                     "  qrv get device.attr limits sensors/0    containers as text\n"
                     "  qrv get --default 8 device.attr slots   8 if there is no such key\n",
                     ""}));
+}
+
+TEST_F(ToolUsage, help_of_find) {
+    EXPECT_EQ(
+        run({"find", "--help"}),
+        (cRun{
+            0,
+            "Print the values that a pattern finds\n"
+            "Usage: qrv find [OPTIONS] FILE PATTERN\n"
+            "\n"
+            "Positionals:\n"
+            "  FILE TEXT REQUIRED          the file\n"
+            "  PATTERN TEXT REQUIRED       what keys and texts are held against\n"
+            "\n"
+            "Options:\n"
+            "  -h,--help                   Print this help message and exit\n"
+            "  --first                     the first choice that works, not the longest\n"
+            "  --max-errors INT:INT in [1 - 1000000]=100\n"
+            "                              messages for one file at most\n"
+            "\n"
+            "Found is each entry whose key matches the whole pattern from end to end, or the text "
+            "of\n"
+            "its value: a string's characters, or what the file would hold. Indices of vectors "
+            "and\n"
+            "sets are no keys, and declarations of types are passed over.\n"
+            "\n"
+            "  ?         any character\n"
+            "  *         any number of characters; at the end of a pattern write *? for one or "
+            "more,\n"
+            "            for there * never takes the last one\n"
+            "  [a-z_]    one of these, [!a-z] one of no others\n"
+            "  {ab,c*d}  one of these patterns\n"
+            "  \\x        the character x itself\n"
+            "A * or { takes what leads to the longest match; with --first, the first that works.\n"
+            "\n"
+            "Examples:\n"
+            "  qrv find device.attr humidity           keys and values, as they stand\n"
+            "  qrv find device.attr '{*bus,*bus*?}'    whatever has bus in it\n"
+            "  qrv find device.attr '[!-0-9]*[0-9]'    ends with a digit and is no number\n"
+            "\n"
+            "A line is a statement that set takes, and so are all of them together, but for a "
+            "path\n"
+            "with a key that is no number and no string. A value that stands at several paths is\n"
+            "looked at under the first of them. If nothing is found, the exit code is 1.\n",
+            ""}));
 }
 
 TEST_F(ToolUsage, help_of_check) {

@@ -50,6 +50,12 @@ struct cGetOptions : cCommon {
     std::string default_value;
 };
 
+struct cFindOptions : cCommon {
+    std::string file;
+    std::string pattern;
+    bool first = false; // of the ways to match, not the longest
+};
+
 struct cExplainOptions : cCommon {
     std::string file;
     std::string path;
@@ -86,6 +92,7 @@ int run_fmt(cFmtOptions const &options);
 int run_set(cSetOptions const &options);
 int run_merge(cMergeOptions const &options);
 int run_get(cGetOptions const &options);
+int run_find(cFindOptions const &options);
 int run_explain(cExplainOptions const &options);
 int run_check(cCheckOptions const &options);
 int run_tokens(cTokensOptions const &options);

@@ -162,6 +162,36 @@ void add_get(CLI::App &app, cGetOptions &options) {
                    "  qrv get --default 8 device.attr slots   8 if there is no such key");
 }
 
+void add_find(CLI::App &app, cFindOptions &options) {
+    CLI::App &command = *app.add_subcommand("find", "Print the values that a pattern finds");
+    command.add_option("FILE", options.file, "the file")->required();
+    command.add_option("PATTERN", options.pattern, "what keys and texts are held against")
+        ->required();
+    command.add_flag("--first", options.first, "the first choice that works, not the longest");
+    add_common(command, options);
+    command.footer(
+        "Found is each entry whose key matches the whole pattern from end to end, or the text of\n"
+        "its value: a string's characters, or what the file would hold. Indices of vectors and\n"
+        "sets are no keys, and declarations of types are passed over.\n"
+        "\n"
+        "  ?         any character\n"
+        "  *         any number of characters; at the end of a pattern write *? for one or more,\n"
+        "            for there * never takes the last one\n"
+        "  [a-z_]    one of these, [!a-z] one of no others\n"
+        "  {ab,c*d}  one of these patterns\n"
+        "  \\x        the character x itself\n"
+        "A * or { takes what leads to the longest match; with --first, the first that works.\n"
+        "\n"
+        "Examples:\n"
+        "  qrv find device.attr humidity           keys and values, as they stand\n"
+        "  qrv find device.attr '{*bus,*bus*?}'    whatever has bus in it\n"
+        "  qrv find device.attr '[!-0-9]*[0-9]'    ends with a digit and is no number\n"
+        "\n"
+        "A line is a statement that set takes, and so are all of them together, but for a path\n"
+        "with a key that is no number and no string. A value that stands at several paths is\n"
+        "looked at under the first of them. If nothing is found, the exit code is 1.");
+}
+
 void add_explain(CLI::App &app, cExplainOptions &options) {
     CLI::App &command = *app.add_subcommand("explain", "Tell what is known of one value");
     command.add_option("FILE", options.file, "the file")->required();
@@ -274,6 +304,7 @@ int run(int argc, char **argv) {
     cSetOptions set;
     cMergeOptions merge;
     cGetOptions get;
+    cFindOptions find;
     cExplainOptions explain;
     cCheckOptions check;
     cTokensOptions tokens;
@@ -284,6 +315,7 @@ int run(int argc, char **argv) {
     add_set(app, set);
     add_merge(app, merge);
     add_get(app, get);
+    add_find(app, find);
     add_explain(app, explain);
     add_check(app, check);
     add_tokens(app, tokens);
@@ -304,6 +336,7 @@ int run(int argc, char **argv) {
     if (app.got_subcommand("set")) return run_set(set);
     if (app.got_subcommand("merge")) return run_merge(merge);
     if (app.got_subcommand("get")) return run_get(get);
+    if (app.got_subcommand("find")) return run_find(find);
     if (app.got_subcommand("explain")) return run_explain(explain);
     if (app.got_subcommand("check")) return run_check(check);
     if (app.got_subcommand("types")) return run_types(types);
