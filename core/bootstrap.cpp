@@ -25,6 +25,7 @@
 #include "qrv/text/cwriter.h"
 #include "signals/csignalobj_types.h"
 #include "text/ctext_state.h"
+#include "util/cintf_type.h"
 
 #include <cstdlib>
 #include <typeinfo>
@@ -219,7 +220,7 @@ bool cBootstrap::clear_maps() {
 
 bool cBootstrap::drop_types() {
     return remove_entries(*core.type_hash, [](objref const &type) {
-        return !is_own(type) && !cat::is_signal_type(type);
+        return !is_own(type) && !cat::is_signal_type(type) && !cat::is_intf_type(type);
     });
 }
 
@@ -249,9 +250,11 @@ void cBootstrap::let_go() {
         any = clear_maps();
         any |= drop_types();
         any |= drop_members();
-        if (!any) any = cat::drop_signal_types(); // what went above may be signals and slots
+        // What went above may be of these types.
+        if (!any) any = cat::drop_signal_types() || cat::drop_intf_type();
     }
     cat::drop_signal_types(); // if the rounds did not suffice
+    cat::drop_intf_type();
 }
 
 void cBootstrap::destroy_core() {

@@ -149,6 +149,7 @@ template <class T> bool has_plain_equal(cTypeObj const &type) noexcept {
 namespace cat {
 
 bool assign_string(cObj &obj, objref &source) { return assign<std::string>(obj, source); }
+bool assign_int(cObj &obj, objref &source) { return assign<int>(obj, source); }
 
 void setup_string(cTypeObj &type) {
     common_methods<std::string>(type);

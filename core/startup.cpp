@@ -11,7 +11,6 @@
 #include "diagnostics/ccout_state.h"
 #include "modules/cmodule_state.h"
 #include "modules/crepository_state.h"
-#include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/modules/cmodule.h"
@@ -19,6 +18,7 @@
 #include "qrv/util/cundo.h"
 #include "qrv/util/cutil.h"
 #include "qrv/util/cwatchdog.h"
+#include "util/cintf_type.h"
 #include "util/cwatchdog_state.h"
 
 namespace {
@@ -73,13 +73,6 @@ struct cVersionText {
     ~cVersionText() { std::cerr << "Quorvanta unloaded\n"; }
 };
 
-struct cCoreStart {
-    cCoreStart() { core_bootstrap(); }
-    cCoreStart(cCoreStart const &) = delete;
-    cCoreStart &operator=(cCoreStart const &) = delete;
-    ~cCoreStart() = default;
-};
-
 } // namespace
 
 std::istream &cat::std_in() {
@@ -124,7 +117,7 @@ static cModule main_module("quorvanta", "quorvanta main module", false);
 cModule &cGetMainModule() { return main_module; }
 // the repository's text "unknown" is made on first use and never goes
 
-static cCoreStart core_start; // the type "intf" lies in the core
+static cIntfTypeCtor intf; // starts the object core
 
 cUndoGlobalList undoGlobalList(true);
 cUndoGlobalList redoGlobalList(false);

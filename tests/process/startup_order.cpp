@@ -79,7 +79,7 @@ void check_text_order() {
                              " cat::loaded_modules",
                              " main_module(",
                              "unknown",
-                             " core_start",
+                             " intf;",
                              "undoGlobalList",
                              "redoGlobalList",
                              " stack_base",

@@ -1,0 +1,193 @@
+// The objects of the type "intf", and the type. Its methods find the format of an object through
+// the view that both classes are. An object that only says to be an intf has none: it can be
+// calculated with, and neither written nor read.
+//
+// What is written reads back as the same text. The format may come back as another one that writes
+// the same: 0x10 has no letter, so it reads as fmtHEX in a fresh object, and what was written by an
+// unknown format reads as fmtDec.
+
+#include "qrv/util/cintvalf.h"
+
+#include "core/cscalar.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
+#include "text/cwriter_exact.h"
+#include "util/cintf_type.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <istream>
+#include <memory>
+#include <ostream>
+#include <typeinfo>
+#include <utility>
+
+namespace {
+constinit typeref *held_type = nullptr; // made on first use, dropped by the tear-down
+
+cIntFormat *format_of(cObj &obj) { return dynamic_cast<cIntFormat *>(&obj); }
+
+int &number_of(cObj &obj) { return static_cast<cObjDR<int> &>(obj).val(); }
+
+// --- methods ---
+
+objref newobj(objref) { return make<cIntValF>(0); }
+
+bool assign(cObj &obj, objref &source) {
+    cIntFormat *const to = format_of(obj);
+    cIntFormat const *const from = source ? format_of(*source) : nullptr;
+    if (!to || !from || &obj.type() != &source->type()) return cat::assign_int(obj, source);
+    *to = *from;
+    return true;
+}
+
+bool fits(std::uint32_t bits, cIntFormat::Format format) {
+    if (format == cIntFormat::fmtBin8) return bits <= 0xFF;
+    return format != cIntFormat::fmtBin16 || bits <= 0xFFFF;
+}
+
+// A binary form that shows the whole number, without blanks: the reader takes one word.
+std::string exact_text_of(cIntFormat const &value) {
+    int number = value.value();
+    cIntFormat wider(number, value.format());
+    while (!fits(static_cast<std::uint32_t>(number), wider.format()))
+        wider.set_format(static_cast<cIntFormat::Format>(wider.format() + 1));
+    std::string text = wider.str();
+    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
+    return text;
+}
+
+bool write(cObj &obj, objref &stream) {
+    cIntFormat const *const value = format_of(obj);
+    auto const *const holder = dynamic_cast<cOutHolder const *>(stream.get());
+    if (!value || !holder || !holder->valptr()) return false;
+    std::ostream &os = holder->val();
+    os << (exact_text() ? exact_text_of(*value) : value->str()) << std::flush;
+    return !os.bad();
+}
+
+bool read(cObj &obj, objref &stream) {
+    cIntFormat *const value = format_of(obj);
+    auto const *const holder = dynamic_cast<cInHolder const *>(stream.get());
+    if (!value || !holder || !holder->valptr()) return false;
+    std::string word;
+    if (!(holder->val() >> word)) return false;
+    if (word.front() == '"') word = word.size() < 2 ? "" : word.substr(1, word.size() - 2);
+    return value->set_str(word.c_str());
+}
+
+// --- converters ---
+
+// All or nothing: cIntFormat::set_str may change the format and fail then.
+bool from_string(cObj &obj, objref &source) {
+    std::string const &text = static_cast<cObjDR<std::string> const &>(*source).val();
+    cIntFormat *const value = format_of(obj);
+    int number = number_of(obj);
+    cIntFormat trial(number, value ? value->format() : cIntFormat::fmtDec);
+    if (text.find('\0') != std::string::npos || !trial.set_str(text.c_str())) return false;
+    if (value)
+        *value = trial;
+    else
+        number_of(obj) = number;
+    return true;
+}
+
+bool from_int(cObj &obj, objref &source) {
+    number_of(obj) = number_of(*source);
+    return true;
+}
+
+// --- keys ---
+
+bool same_number(objref const &a, objref const &b) {
+    return &a->type() == &b->type() && number_of(*a) == number_of(*b);
+}
+
+void setup_intf(cTypeObj &type) {
+    type.inherit(cat::type_int());
+    type.inherit_converters(cat::type_int());
+    type.set_converter(cat::type_string(), from_string);
+    type.set_converter(cat::type_int(), from_int);
+    type.set_tmember("newobj", make<cExeMember>(newobj));
+    type.set_tmember("assign", make<cExeMember>(assign));
+    type.set_tmember("write", make<cExeMember>(write));
+    type.set_tmember("read", make<cExeMember>(read));
+    type.set_hash(cat::hash_int, same_number);
+}
+
+typeref const &the_type() {
+    core_bootstrap();
+    if (!held_type) held_type = new typeref(typeref::adopt(new cTypeObj("intf", setup_intf)));
+    return *held_type;
+}
+} // namespace
+
+// --- the type ---
+
+cTypeObj &cat::type_intf() {
+    if (held_type) return **held_type;
+    typeref const &type = the_type();
+    if (cObj::is_kill(typemap().datamap().getitem("intf"))) cTypeInsert::insert(type, false);
+    return *type;
+}
+
+bool cat::is_intf_type(cObj const *type) { return held_type && held_type->get() == type; }
+
+bool cat::drop_intf_type() {
+    if (!held_type) return false;
+    std::unique_ptr<typeref> const type(std::exchange(held_type, nullptr));
+    cAttrHash &types = typemap().datamap();
+    if (types.getitem("intf") == *type) types.delitem("intf");
+    return true; // RE-ENTERS
+}
+
+cIntfTypeCtor::cIntfTypeCtor() {
+    core_bootstrap();
+    entry_ =
+        cRepoImpl::create(cRepoImpl::get(typeid(cTypeCtor)), "intf", static_cast<cTypeCtor *>(this),
+                          typeid(cTypeCtor), typeid(cIntfTypeCtor), "an int that keeps its format");
+}
+
+cIntfTypeCtor::~cIntfTypeCtor() { cRepoImpl::release(entry_); }
+
+typeref cIntfTypeCtor::make() { return the_type(); }
+
+// --- the objects ---
+
+cIntValF::cIntValF(int number, Format format)
+    : cObjD<int>(number, &cat::type_intf()), cIntFormat(val(), format) {
+    create();
+}
+
+cIntValF::cIntValF(cIntValF const &other)
+    : cObjD<int>(other.val(), &other.type()), cIntFormat(val(), other.format()) {
+    if (other.flags_of(of_const)) setflags(of_const);
+    create();
+}
+
+cIntValF &cIntValF::operator=(cIntValF const &other) {
+    cObj::assign(other);
+    return *this;
+}
+
+cIntValF::~cIntValF() = default;
+
+cIntRefF::cIntRefF(int &number, Format format)
+    : cObjDR<int>(&cat::type_intf()), cIntFormat(number, format) {
+    cObjDR<int>::value_ = &number;
+    create();
+}
+
+cIntRefF::cIntRefF(cIntRefF const &other)
+    : cObjDR<int>(&other.type()), cIntFormat(other.val(), other.format()) {
+    cObjDR<int>::value_ = other.valptr();
+    if (other.flags_of(of_const)) setflags(of_const);
+    create();
+}
+
+cIntRefF &cIntRefF::operator=(cIntRefF const &other) {
+    cObj::assign(other);
+    return *this;
+}
+
+cIntRefF::~cIntRefF() = default;
