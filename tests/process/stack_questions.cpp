@@ -48,7 +48,7 @@ int main(int, char **argv) {
     CHECK(cGetStackBase() == early_base);
     CHECK(cIsOnStack(&local));
     CHECK(cIsOnStack(&argv));
-    CHECK(cIsOnStack(argv[0])); // what the system put there for main
+    CHECK(cIsOnStack(argv)); // what the system put there for main
     CHECK(!cIsOnStack(&static_number));
     CHECK(!cIsOnStack(&of_main));
     CHECK(!cIsOnStack(allocated.get()));

@@ -19,8 +19,8 @@ QRV_API std::size_t stack_left() noexcept;
 
 QRV_API bool stack_low() noexcept;
 
-// The end at which the running thread's stack began: one past its highest byte. Where the system
-// doesn't tell, that of the main thread, nearly.
+// The end at which the running thread's stack began, above all its frames. Where the system doesn't
+// tell, that of the main thread.
 QRV_API void const *stack_end() noexcept;
 
 } // namespace cat

@@ -10,8 +10,7 @@
 
 #include "qrv/ccomp.h"
 
-// The end at which the stack began: one past the highest byte. Asked once, when the library is
-// loaded.
+// The end at which the stack began: all frames lie below. Asked once, when the library is loaded.
 QRV_API void const *cGetStackBase();
 
 // An address in the call's own frame: near the stack's other end for as long as the caller runs.
