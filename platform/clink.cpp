@@ -16,7 +16,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
+#include <string_view>
 #include <sys/un.h>
 
 namespace {
@@ -61,15 +61,13 @@ struct cAddress {
 };
 
 // The abstract name is a NUL, the prefix and the number in decimal; it has no end mark.
-cAddress address_of(char const *prefix, std::uint32_t id) {
+cAddress address_of(std::string_view prefix, std::uint32_t id) {
     cAddress address;
     address.to.sun_family = AF_UNIX;
     char *const name = address.to.sun_path + 1;
     char *const end = address.to.sun_path + sizeof address.to.sun_path;
-    std::size_t const length = std::strlen(prefix);
-    if (length > static_cast<std::size_t>(end - name)) return address;
-    std::memcpy(name, prefix, length);
-    auto const number = std::to_chars(name + length, end, id);
+    if (prefix.size() > static_cast<std::size_t>(end - name)) return address;
+    auto const number = std::to_chars(name + prefix.copy(name, prefix.size()), end, id);
     if (number.ec != std::errc()) return address;
     address.length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) +
                                             static_cast<std::size_t>(number.ptr - name) + 1);

@@ -93,7 +93,7 @@ TEST_F(WatchDogEdge, with_the_title_messages_wait_for_the_id_and_come_in_order) 
     SetWatchDogID(77);
     EXPECT_EQ(posts, (Posts{{77, 1, 2, 3}, {77, 4, 5, -6}}));
     PostWatchDog(7, 8, 9);
-    EXPECT_EQ(posts.size(), 3u);
+    ASSERT_EQ(posts.size(), 3u);
     EXPECT_EQ(posts.back(), (cPosted{77, 7, 8, 9}));
 }
 
