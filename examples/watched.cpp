@@ -1,0 +1,24 @@
+// Work under a watch dog: one sign of life for each step. Without one it works just the same.
+// Usage: watched [hang]; with hang it stops working in the middle.
+#include "qrv/diagnostics/cconsole.h"
+#include "qrv/util/cwatchdog.h"
+
+#include <chrono>
+#include <iostream>
+#include <string_view>
+#include <thread>
+
+int main(int argc, char **argv) {
+    sig_idle();
+    cConsoleDisplay display;
+    bool const hangs = argc > 1 && std::string_view(argv[1]) == "hang";
+
+    sig_init(); // from here on the library knows whether a watch dog started us
+    std::cout << (qrv_take_watchdog_id() ? "watched" : "not watched") << std::endl;
+
+    for (int step = 1; step <= 3; ++step) {
+        std::cout << "step " << step << std::endl;
+        sig_progstep(); // a sign of life
+        while (hangs && step == 2) std::this_thread::sleep_for(std::chrono::hours(1));
+    }
+}
