@@ -20,7 +20,7 @@ sem_t *made(std::string const &name) {
 
 } // namespace
 
-cEvent::cEvent(std::string const &name) : name_("/" + name) {
+cEvent::cEvent(std::string const &name, uid_t user) : name_("/" + name), user_(user) {
     lock_ = bind_abstract("qrv-event-" + name);
     if (lock_)
         create();
@@ -50,7 +50,7 @@ void cEvent::create() {
 bool cEvent::is_foreign() const {
     struct stat info {};
     std::string const file = "/dev/shm/sem." + name_.substr(1);
-    return ::lstat(file.c_str(), &info) == 0 && info.st_uid != ::geteuid();
+    return ::lstat(file.c_str(), &info) == 0 && info.st_uid != user_;
 }
 
 cEvent::~cEvent() {

@@ -17,9 +17,9 @@ namespace watchdog {
 
 class cEvent {
   public:
-    // `name` as programs know it, without the slash. Never throws for a system that says no: then
-    // the event is not owned, and why_not() tells the reason.
-    explicit cEvent(std::string const &name);
+    // `name` as programs know it, without the slash, for that user. Never throws for a system that
+    // says no: then the event is not owned, and why_not() tells the reason.
+    explicit cEvent(std::string const &name, uid_t user = ::geteuid());
     cEvent(cEvent const &) = delete;
     cEvent &operator=(cEvent const &) = delete;
     ~cEvent();
@@ -34,6 +34,7 @@ class cEvent {
     bool is_foreign() const;
 
     std::string name_; // with the slash
+    uid_t user_;
     cDescriptor lock_;
     sem_t *semaphore_ = nullptr;
     std::string why_not_;

@@ -23,7 +23,8 @@ cSignals::cSignals() {
 cSignals::cTaken cSignals::take() const {
     signalfd_siginfo info{};
     if (::read(descriptor(), &info, sizeof info) != static_cast<ssize_t>(sizeof info)) return {};
-    return {static_cast<int>(info.ssi_signo), info.ssi_code == SI_KERNEL};
+    return {static_cast<int>(info.ssi_signo),
+            info.ssi_signo == SIGINT && info.ssi_code == SI_KERNEL};
 }
 
 } // namespace watchdog

@@ -15,8 +15,10 @@ class cSignals {
     cSignals &operator=(cSignals const &) = delete;
 
     struct cTaken {
-        int number = 0;           // 0 when none waits
-        bool by_terminal = false; // then the program, of the same group, has got it too
+        int number = 0; // 0 when none waits
+        // An interrupt by the terminal, which the program, of the same group, has got too. A
+        // terminal that hangs up tells the leader of its session alone.
+        bool by_terminal = false;
     };
     cTaken take() const;
     int descriptor() const { return descriptor_.number(); }

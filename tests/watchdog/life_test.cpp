@@ -1,0 +1,175 @@
+// What the watch dog decides, by a clock that the tests set.
+
+#include "tools/watchdog/life.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+
+using namespace watchdog;
+using namespace std::chrono_literals;
+using cStep = cLife::cStep;
+
+namespace {
+
+cTime at(cSpan span) { return cTime(std::chrono::hours(1)) + span; }
+
+cLife started(int restarts = 0) {
+    cLife life({10s, 3s, 4s, restarts});
+    life.started(at(0s));
+    return life;
+}
+
+constexpr cEnd exit_with(int status) { return {false, status}; }
+constexpr cEnd died_of(int signal) { return {true, signal}; }
+
+TEST(WatchdogLife, the_start_counts_as_the_first_sign) {
+    cLife life = started();
+    EXPECT_EQ(life.deadline(), at(10s));
+    EXPECT_EQ(life.look(at(10s - 1ns)), cStep::none);
+    EXPECT_EQ(life.look(at(10s)), cStep::terminate);
+}
+
+TEST(WatchdogLife, each_sign_begins_the_wait_anew) {
+    cLife life = started();
+    life.sign_of_life(at(4s));
+    life.sign_of_life(at(9s));
+    EXPECT_EQ(life.deadline(), at(19s));
+    EXPECT_EQ(life.look(at(19s - 1ns)), cStep::none);
+    EXPECT_EQ(life.look(at(19s)), cStep::terminate);
+}
+
+TEST(WatchdogLife, a_hang_ends_in_three_steps_and_each_is_told_once) {
+    cLife life = started();
+    EXPECT_EQ(life.look(at(10s)), cStep::terminate);
+    EXPECT_EQ(life.look(at(10s)), cStep::none);
+    EXPECT_EQ(life.look(at(13s - 1ns)), cStep::none);
+    EXPECT_EQ(life.look(at(13s)), cStep::kill);
+    EXPECT_EQ(life.look(at(17s - 1ns)), cStep::none);
+    EXPECT_EQ(life.look(at(17s)), cStep::give_up);
+    EXPECT_EQ(life.status(), status_failure);
+    EXPECT_EQ(life.look(at(100s)), cStep::none);
+}
+
+TEST(WatchdogLife, a_sign_of_life_is_too_late_when_the_end_has_begun) {
+    cLife life = started();
+    life.look(at(10s));
+    life.sign_of_life(at(11s));
+    EXPECT_EQ(life.deadline(), at(13s));
+    EXPECT_FALSE(life.ended(exit_with(0)));
+    EXPECT_EQ(life.status(), status_no_life);
+}
+
+TEST(WatchdogLife, a_deadline_missed_by_a_second_holds) {
+    cLife life = started();
+    EXPECT_EQ(life.look(at(11s)), cStep::terminate);
+}
+
+TEST(WatchdogLife, a_deadline_missed_by_more_begins_anew_for_the_watch_dog_slept) {
+    cLife life = started();
+    EXPECT_EQ(life.look(at(11s + 1ns)), cStep::none);
+    EXPECT_EQ(life.deadline(), at(21s + 1ns));
+    EXPECT_EQ(life.look(at(21s + 1ns)), cStep::terminate);
+    EXPECT_EQ(life.look(at(100s)), cStep::none);
+    EXPECT_EQ(life.look(at(103s)), cStep::kill);
+    EXPECT_EQ(life.look(at(200s)), cStep::none);
+    EXPECT_EQ(life.look(at(204s)), cStep::give_up);
+}
+
+TEST(WatchdogLife, exit_0_is_the_normal_end_whatever_restarts_are_left) {
+    cLife life = started(5);
+    EXPECT_FALSE(life.ended(exit_with(0)));
+    EXPECT_EQ(life.status(), 0);
+    EXPECT_EQ(life.restarts(), 0);
+}
+
+TEST(WatchdogLife, without_restarts_an_end_is_passed_on) {
+    cLife life = started();
+    EXPECT_FALSE(life.ended(exit_with(3)));
+    EXPECT_EQ(life.status(), 3);
+    life = started();
+    EXPECT_FALSE(life.ended(died_of(SIGSEGV)));
+    EXPECT_EQ(life.status(), 128 + SIGSEGV);
+}
+
+TEST(WatchdogLife, restarts_are_used_by_every_kind_of_end_and_the_last_one_stands) {
+    cLife life = started(3);
+    EXPECT_TRUE(life.ended(exit_with(1)));
+    life.started(at(1s));
+    EXPECT_TRUE(life.ended(died_of(SIGABRT)));
+    life.started(at(2s));
+    EXPECT_EQ(life.look(at(12s)), cStep::terminate);
+    EXPECT_TRUE(life.ended(died_of(SIGTERM)));
+    EXPECT_EQ(life.restarts(), 3);
+    life.started(at(13s));
+    EXPECT_EQ(life.deadline(), at(23s));
+    EXPECT_FALSE(life.ended(exit_with(7))) << "the hang of an earlier life is forgotten";
+    EXPECT_EQ(life.status(), 7);
+}
+
+TEST(WatchdogLife, a_hang_that_ends_with_0_is_started_again) {
+    cLife life = started(1);
+    life.look(at(10s));
+    EXPECT_TRUE(life.ended(exit_with(0)));
+}
+
+TEST(WatchdogLife, nothing_is_to_be_done_between_an_end_and_the_next_start) {
+    cLife life = started(1);
+    life.ended(exit_with(1));
+    EXPECT_EQ(life.look(at(10s)), cStep::none);
+    life.sign_of_life(at(10s));
+    EXPECT_EQ(life.look(at(20s)), cStep::none);
+}
+
+TEST(WatchdogLife, who_is_asked_to_stop_waits_for_the_grace_and_starts_nothing) {
+    cLife life = started(5);
+    life.stop(SIGINT, at(1s));
+    EXPECT_TRUE(life.is_stopping());
+    EXPECT_EQ(life.look(at(4s - 1ns)), cStep::none);
+    EXPECT_EQ(life.look(at(4s)), cStep::kill);
+    EXPECT_FALSE(life.ended(died_of(SIGKILL)));
+    EXPECT_EQ(life.status(), 128 + SIGINT);
+}
+
+TEST(WatchdogLife, the_first_signal_counts_and_a_second_gives_no_more_time) {
+    cLife life = started();
+    life.stop(SIGHUP, at(1s));
+    life.stop(SIGTERM, at(3s));
+    EXPECT_EQ(life.deadline(), at(4s));
+    EXPECT_FALSE(life.ended(exit_with(0)));
+    EXPECT_EQ(life.status(), 128 + SIGHUP);
+}
+
+TEST(WatchdogLife, a_stop_during_a_hang_leaves_the_grace_as_it_is) {
+    cLife life = started(5);
+    life.look(at(10s));
+    life.stop(SIGTERM, at(12s));
+    EXPECT_EQ(life.look(at(13s)), cStep::kill);
+    EXPECT_FALSE(life.ended(died_of(SIGKILL)));
+    EXPECT_EQ(life.status(), 128 + SIGTERM);
+}
+
+TEST(WatchdogLife, a_stop_before_the_start_ends_what_is_started) {
+    cLife life({10s, 3s, 4s, 0});
+    life.stop(SIGTERM, at(0s));
+    life.started(at(1s));
+    EXPECT_EQ(life.look(at(4s)), cStep::kill);
+    EXPECT_FALSE(life.ended(died_of(SIGTERM)));
+    EXPECT_EQ(life.status(), 128 + SIGTERM);
+}
+
+TEST(WatchdogLife, what_cannot_be_started_has_a_status_that_tells_why) {
+    struct cCase {
+        int error, status;
+    };
+    for (cCase const &c : {cCase{ENOENT, 127}, cCase{EACCES, 126}, cCase{ENOEXEC, 126},
+                           cCase{ENOTDIR, 126}, cCase{EAGAIN, 125}, cCase{ENOMEM, 125}}) {
+        cLife life({10s, 3s, 4s, 0});
+        life.not_started(c.error);
+        EXPECT_EQ(life.status(), c.status) << c.error;
+        EXPECT_EQ(life.look(at(100s)), cStep::none);
+    }
+}
+
+} // namespace

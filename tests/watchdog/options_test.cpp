@@ -1,0 +1,155 @@
+// The command line: what is taken, and the whole text of what is refused.
+
+#include "tools/watchdog/options.h"
+
+#include "tests/watchdog/dog_run.h"
+
+using namespace watchdog;
+using namespace std::chrono_literals;
+
+namespace {
+
+cParsed parsed(std::vector<char const *> arguments) {
+    arguments.insert(arguments.begin(), "qrv-watchdog");
+    return parse(static_cast<int>(arguments.size()), arguments.data());
+}
+
+std::string refused(std::vector<char const *> arguments) {
+    cParsed const result = parsed(std::move(arguments));
+    EXPECT_FALSE(result.options);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "");
+    std::string const hint = "\nRun with --help for more information.\n";
+    EXPECT_TRUE(result.error.ends_with(hint)) << result.error;
+    return result.error.substr(0, result.error.size() - hint.size());
+}
+
+TEST(WatchdogOptions, defaults) {
+    cParsed const result = parsed({"--", "p"});
+    ASSERT_TRUE(result.options);
+    EXPECT_EQ(result.options->rules.timeout, 30s);
+    EXPECT_EQ(result.options->rules.grace, 5s);
+    EXPECT_EQ(result.options->rules.restarts, 0);
+    EXPECT_EQ(result.options->event, "EreignisQuorvanta");
+    EXPECT_FALSE(result.options->verbose);
+    EXPECT_EQ(result.options->command, std::vector<std::string>{"p"});
+}
+
+TEST(WatchdogOptions, all_of_them) {
+    cParsed const result = parsed({"--timeout", "0.25", "--grace=2", "--restart", "7", "--event",
+                                   "A.b_c-1", "--verbose", "--", "p", "a"});
+    ASSERT_TRUE(result.options);
+    EXPECT_EQ(result.options->rules.timeout, 250ms);
+    EXPECT_EQ(result.options->timeout, "0.25");
+    EXPECT_EQ(result.options->rules.grace, 2s);
+    EXPECT_EQ(result.options->rules.restarts, 7);
+    EXPECT_EQ(result.options->event, "A.b_c-1");
+    EXPECT_TRUE(result.options->verbose);
+}
+
+TEST(WatchdogOptions, nothing_behind_the_first_mark_is_looked_at) {
+    cParsed const result = parsed({"--", "p", "--timeout", "x", "--", "", "--help"});
+    ASSERT_TRUE(result.options);
+    EXPECT_EQ(result.options->command,
+              (std::vector<std::string>{"p", "--timeout", "x", "--", "", "--help"}));
+}
+
+TEST(WatchdogOptions, spans_at_their_limits) {
+    EXPECT_EQ(span_of("1000000"), cSpan(1000000s));
+    EXPECT_EQ(span_of("1000000.1"), std::nullopt);
+    EXPECT_EQ(span_of("0.001"), cSpan(1ms));
+    EXPECT_EQ(span_of("1e-300"), cSpan(1ms));
+    EXPECT_EQ(span_of("0.0011"), cSpan(2ms));
+    EXPECT_EQ(span_of("5e-1"), cSpan(500ms));
+    for (char const *wrong : {"0", "0.0", "-1", "-0", "inf", "nan", "1e7", "1e400", "1e-400", "",
+                              " 1", "1 ", "1s", "0x1", "1,5", "+1", "."})
+        EXPECT_EQ(span_of(wrong), std::nullopt) << wrong;
+}
+
+TEST(WatchdogOptions, refused_spans_are_told) {
+    EXPECT_EQ(refused({"--timeout", "0", "--", "p"}),
+              "--timeout: '0' is no number of seconds above 0, 1000000 at most");
+    EXPECT_EQ(refused({"--grace", "nan", "--", "p"}),
+              "--grace: 'nan' is no number of seconds above 0, 1000000 at most");
+    EXPECT_EQ(refused({"--timeout", "--", "p"}), "--timeout: 1 required S missing");
+}
+
+TEST(WatchdogOptions, restarts_at_their_limits) {
+    EXPECT_EQ(parsed({"--restart", "1000000", "--", "p"}).options->rules.restarts, 1000000);
+    EXPECT_EQ(refused({"--restart", "1000001", "--", "p"}),
+              "--restart: Value 1000001 not in range 0 to 1000000");
+    EXPECT_EQ(refused({"--restart", "-1", "--", "p"}),
+              "--restart: Value -1 not in range 0 to 1000000");
+}
+
+TEST(WatchdogOptions, event_names_at_their_limits) {
+    std::string const longest(64, 'e');
+    EXPECT_EQ(parsed({"--event", longest.c_str(), "--", "p"}).options->event, longest);
+    std::string const wrong = "--event: a name is 1 to 64 letters, digits, _, - and .";
+    EXPECT_EQ(refused({"--event", (longest + "e").c_str(), "--", "p"}), wrong);
+    for (char const *name : {"", "a/b", "/a", "a b", "\xC3\xA4"})
+        EXPECT_EQ(refused({"--event", name, "--", "p"}), wrong) << name;
+}
+
+TEST(WatchdogOptions, a_program_is_required_behind_the_mark) {
+    EXPECT_EQ(refused({}), "-- PROGRAM is required");
+    EXPECT_EQ(refused({"--"}), "-- PROGRAM is required");
+    EXPECT_EQ(refused({"--verbose"}), "-- PROGRAM is required");
+    EXPECT_EQ(refused({"p"}), "The following argument was not expected: p");
+    EXPECT_EQ(refused({"p", "--", "q"}), "The following argument was not expected: p");
+    EXPECT_EQ(refused({"--colour", "--", "p"}),
+              "The following argument was not expected: --colour");
+}
+
+TEST(WatchdogOptions, an_empty_command_line_without_its_own_name) {
+    EXPECT_EQ(parse(0, nullptr).status, 2);
+}
+
+TEST(WatchdogOptions, help) {
+    EXPECT_EQ(
+        parsed({"--help"}).output,
+        "Starts a program, waits for its signs of life, and ends it when none come.\n"
+        "Usage: qrv-watchdog [OPTIONS] -- PROGRAM [ARGS...]\n"
+        "\n"
+        "Options:\n"
+        "  -h,--help                   Print this help message and exit\n"
+        "  --version                   Display program version information and exit\n"
+        "  --timeout S=30              seconds between two signs of life at most\n"
+        "  --grace S=5                 seconds that PROGRAM has to end on SIGTERM\n"
+        "  --restart N:INT in [0 - 1000000]=0\n"
+        "                              how many times it is started again\n"
+        "  --event NAME=EreignisQuorvanta\n"
+        "                              the event's name, where several watch dogs run\n"
+        "  --verbose                   tell of starts, messages and ignored datagrams\n"
+        "\n"
+        "PROGRAM is told about its watch dog by environment variables, and gives a sign of life "
+        "with\n"
+        "each sig_progstep that it fires. If none comes for --timeout seconds, also because it "
+        "was\n"
+        "stopped, it gets SIGTERM and, --grace seconds later, SIGKILL. It is started again as long "
+        "as\n"
+        "--restart allows, also when it died or exited with another status than 0. SIGTERM, SIGINT "
+        "and\n"
+        "SIGHUP are passed on to it, and end the watch dog as soon as it has ended.\n"
+        "\n"
+        "Exit codes: PROGRAM's own; 128 and the number of the signal that PROGRAM died of, or that "
+        "the\n"
+        "watch dog was sent; 124 no sign of life came, and no restart was left; 125 the watch dog\n"
+        "itself failed; 126 PROGRAM can't be executed; 127 there is no PROGRAM; 2 wrong usage.\n"
+        "\n"
+        "Example:\n"
+        "  qrv-watchdog --timeout 5 --restart 3 -- ./server --port 8080\n"
+        "\n");
+}
+
+TEST(WatchdogOptions, the_program_itself_says_them) {
+    using dog_test::cDog, dog_test::cRun;
+    EXPECT_EQ(cDog({"--version"}).finish(),
+              (cRun{0, "Quorvanta v1.0.0\nby the Quorvanta developers\n", ""}));
+    EXPECT_EQ(cDog({"--timeout", "x", "--", "true"}).finish(),
+              (cRun{2, "",
+                    "--timeout: 'x' is no number of seconds above 0, 1000000 at most\n"
+                    "Run with --help for more information.\n"}));
+}
+
+} // namespace

@@ -1,0 +1,59 @@
+// The watched program as a process: its environment, and how starts fail.
+
+#include "tools/watchdog/program.h"
+
+#include "tests/support/paths.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+using namespace watchdog;
+
+namespace {
+
+using cTexts = std::vector<std::string>;
+
+TEST(WatchdogProgram, title_and_id_are_added_to_the_environment) {
+    char const *const ours[] = {"A=1", "B=", nullptr};
+    EXPECT_EQ(environment_of(ours, 4294967294u),
+              (cTexts{"A=1", "B=", "QRV_STARTUP_TITLE=WatchDog", "QRV_WATCHDOG_ID=4294967294"}));
+}
+
+TEST(WatchdogProgram, what_a_watch_dog_above_us_said_is_replaced) {
+    char const *const ours[] = {"QRV_STARTUP_TITLE=other", "QRV_STARTUP_TITLES=x",
+                                "QRV_WATCHDOG_ID=5",       "QRV_WATCHDOG_ID=6",
+                                "XQRV_WATCHDOG_ID=7",      nullptr};
+    EXPECT_EQ(environment_of(ours, 1), (cTexts{"QRV_STARTUP_TITLES=x", "XQRV_WATCHDOG_ID=7",
+                                               "QRV_STARTUP_TITLE=WatchDog", "QRV_WATCHDOG_ID=1"}));
+}
+
+TEST(WatchdogProgram, an_empty_environment) {
+    EXPECT_EQ(environment_of(nullptr, 2),
+              (cTexts{"QRV_STARTUP_TITLE=WatchDog", "QRV_WATCHDOG_ID=2"}));
+}
+
+TEST(WatchdogProgram, the_error_of_a_failed_start) {
+    EXPECT_EQ(cProgram({"/no/such"}, 1).start(), ENOENT);
+    EXPECT_EQ(cProgram({"no-such-program-anywhere"}, 1).start(), ENOENT);
+    EXPECT_EQ(cProgram({""}, 1).start(), ENOENT);
+    EXPECT_EQ(cProgram({"/"}, 1).start(), EACCES);
+    EXPECT_EQ(cProgram({test::source_file("README.md")}, 1).start(), EACCES);
+}
+
+TEST(WatchdogProgram, what_was_not_started_has_not_ended_and_takes_no_signal) {
+    cProgram program({"/no/such"}, 1);
+    program.start();
+    EXPECT_FALSE(program.is_running());
+    EXPECT_FALSE(program.ended());
+    program.signal(9); // to process id 0 it would be our own group's
+    EXPECT_EQ(program.full_name(), "such");
+}
+
+TEST(WatchdogProgram, names_have_no_folders) {
+    EXPECT_EQ(cProgram({"a/b/c", "d/e"}, 1).name(), "c");
+    EXPECT_EQ(cProgram({"c"}, 1).name(), "c");
+    EXPECT_EQ(cProgram({"c/"}, 1).name(), "");
+}
+
+} // namespace

@@ -1,0 +1,94 @@
+// Signals to the watch dog: passed on, waited for, and everything cleaned up.
+
+#include "tests/watchdog/dog_run.h"
+
+#include <sys/ioctl.h>
+
+using dog_test::cDog, dog_test::cRun, dog_test::child, dog_test::shell;
+
+namespace {
+
+bool is_there(cDog const &dog) {
+    return ::access(("/dev/shm/sem." + dog.event()).c_str(), F_OK) == 0;
+}
+
+std::string trapping(char const *signals) {
+    return "trap 'echo got it; exit 0' " + std::string(signals) +
+           "; echo ready; while :; do sleep 0.05; done";
+}
+
+TEST(WatchdogSignals, are_passed_on_and_the_status_is_128_and_the_number) {
+    struct cCase {
+        char const *name;
+        int number;
+    };
+    for (cCase const &c : {cCase{"TERM", SIGTERM}, cCase{"INT", SIGINT}, cCase{"HUP", SIGHUP}}) {
+        cDog dog({"--restart", "5", "--grace", "60"}, shell(trapping(c.name)));
+        EXPECT_EQ(dog.line(), "ready");
+        EXPECT_TRUE(is_there(dog));
+        dog.signal(c.number);
+        EXPECT_EQ(dog.finish(), (cRun{128 + c.number, "got it\n", ""})) << c.name;
+        EXPECT_FALSE(is_there(dog));
+    }
+}
+
+TEST(WatchdogSignals, a_program_that_dies_of_it_is_nothing_to_tell) {
+    cDog dog({}, child({"init", "take", "wait"}));
+    EXPECT_EQ(dog.line(), "linked");
+    dog.signal(SIGTERM);
+    EXPECT_EQ(dog.finish(), (cRun{143, "", ""}));
+}
+
+TEST(WatchdogSignals, a_program_that_is_deaf_is_killed_after_the_grace) {
+    cDog dog({"--grace", "0.3"}, child({"deaf", "say", "ready", "wait"}));
+    EXPECT_EQ(dog.line(), "ready");
+    dog.signal(SIGTERM);
+    EXPECT_EQ(dog.finish(),
+              (cRun{143, "",
+                    "qrv-watchdog: watchdog_child (pid N) did not end within 0.3 s: it is "
+                    "killed\n"}));
+    EXPECT_FALSE(is_there(dog));
+}
+
+TEST(WatchdogSignals, a_stopped_program_gets_it_and_goes_on_to_its_end) {
+    cDog dog({"--grace", "60"}, child({"say", "ready", "stop", "say", "not reached", "wait"}));
+    EXPECT_EQ(dog.line(), "ready");
+    dog.signal(SIGTERM);
+    EXPECT_EQ(dog.status(), 143);
+}
+
+TEST(WatchdogSignals, a_second_one_is_passed_on_too_and_the_first_one_counts) {
+    cDog dog({"--grace", "60"}, shell("trap 'echo hup' HUP; trap 'echo term; exit 9' TERM; "
+                                      "echo ready; while :; do sleep 0.05; done"));
+    EXPECT_EQ(dog.line(), "ready");
+    dog.signal(SIGHUP);
+    EXPECT_EQ(dog.line(), "hup");
+    dog.signal(SIGTERM);
+    EXPECT_EQ(dog.finish(), (cRun{128 + SIGHUP, "term\n", ""}));
+}
+
+// A terminal sends its interrupt to all of the group, so it must not come twice.
+TEST(WatchdogSignals, an_interrupt_from_the_terminal_comes_once) {
+    int const terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(terminal, 0);
+    ASSERT_EQ(::grantpt(terminal), 0);
+    ASSERT_EQ(::unlockpt(terminal), 0);
+    std::string const name = ::ptsname(terminal);
+    // setsid lets the shell open the terminal as its own; the watch dog is in its group.
+    cDog dog({"--grace", "60"},
+             {"setsid", "-w", "/bin/sh", "-c",
+              "exec <" + name + "; trap '' INT; exec " + test::binary_file("bin/qrv-watchdog") +
+                  " --grace 60 --event " + dog_test::own_name() +
+                  " -- /bin/sh -c 'n=0; trap \"n=\\$((n+1)); echo int \\$n\" INT; "
+                  "trap \"echo at the end \\$n; exit 0\" TERM; echo ready; "
+                  "while :; do sleep 0.05; done'"});
+    EXPECT_EQ(dog.line(), "ready");
+    ASSERT_EQ(::write(terminal, "\x03", 1), 1);
+    EXPECT_EQ(dog.line(), "int 1");
+    ASSERT_EQ(::write(terminal, "\x03", 1), 1);
+    EXPECT_EQ(dog.line(), "int 2");
+    ::close(terminal); // it hangs up, and the program dies of that; the interrupt came first
+    EXPECT_EQ(dog.finish(), (cRun{130, "", "qrv-watchdog: setsid ended with status 130\n"}));
+}
+
+} // namespace
