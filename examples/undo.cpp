@@ -1,0 +1,179 @@
+// Edits a tree of objects, takes the edits back and makes them again. An edit changes one entry of
+// one map; whoever watches the map by its signal `changed` sees edits and undone ones alike.
+//
+// An edit remembers what stood there, what stands there, and before which entry, so that order
+// comes back too. Values in the tree are replaced and never assigned to: those that an edit
+// remembers stay as they were.
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/diagnostics/cconsole.h"
+#include "qrv/signals/csignalobj.h"
+#include "qrv/util/cundo.h"
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace {
+
+using mapref = cRef<cMapObj>;
+
+// Which edits are meant: those of one map. A null info means all.
+struct cEditsOf : cUndoInfoBase {
+    explicit cEditsOf(cObj const *obj) : map(obj) {}
+    cObj const *map;
+};
+
+// A list that isn't active leaves the action to its maker: here it goes.
+void keep(cUndoGlobalList &list, std::unique_ptr<cUndo> action) {
+    if (list.add(action.get())) static_cast<void>(action.release());
+}
+
+class cEdit : public cUndo {
+  public:
+    // The value cat::badfind() is for no entry, here as everywhere.
+    cEdit(mapref const &map, std::string const &key, objref const &before, objref const &after)
+        : map_(map), key_(key), before_(before), after_(after),
+          cost_(cat::as_text(before).size() + cat::as_text(after).size()) {
+        cAttrHash const &hash = map->datamap();
+        cAttrNode const *const node = hash.find(key);
+        if (node && hash.next(node)) follower_ = hash.next(node)->key();
+    }
+    cEdit(cEdit const &) = delete;
+    cEdit &operator=(cEdit const &) = delete;
+    ~cEdit() override = default;
+
+    // False if the map refuses.
+    bool carry_out() const {
+        bool const is_new = !map_->datamap().find(key_);
+        if (!map_->setattr(make_key(key_), after_)) return false;
+        if (is_new && follower_) // back to its old place
+            map_->datamap().insert(make_key(key_), after_, map_->datamap().find(follower_));
+        return true;
+    }
+
+    // The inverse goes to the other list; what undoes an undone edit is a redo.
+    bool undo(cUndoInfoBase *info) override {
+        if (!isfor(info)) return false;
+        auto inverse = std::make_unique<cEdit>(map_, key_, after_, before_);
+        if (!inverse->follower_) inverse->follower_ = follower_;
+        if (!inverse->carry_out()) return false;
+        inverse->redo_ = !redo_;
+        keep(redo_ ? undoGlobalList : redoGlobalList, std::move(inverse));
+        map_->changed();
+        return true;
+    }
+
+    bool isfor(cUndoInfoBase *info) override {
+        auto const *const edits = dynamic_cast<cEditsOf *>(info);
+        return !info || (edits && edits->map == map_.get());
+    }
+
+    int cost() override { return static_cast<int>(std::min<std::size_t>(cost_, 0x7FFFFFFF)); }
+
+    void spare1() override {}
+    void spare2() override {}
+
+  private:
+    mapref map_;
+    std::string key_;
+    objref before_, after_, follower_;
+    std::size_t cost_; // bytes of text
+    bool redo_ = false;
+};
+
+// Sets, adds or, with cat::badfind(), removes what stands at a path. What was undone before can't
+// be done again: shutting a list empties it.
+bool edit(objref const &root, std::string const &path, objref const &value) {
+    std::size_t const cut = path.rfind('/');
+    objref const owner = cut == path.npos ? root : root->getattrp(path.substr(0, cut));
+    auto const map = mapref::share(dynamic_cast<cMapObj *>(owner.get()));
+    if (!map) return false;
+    std::string const key = path.substr(cut + 1);
+    auto action = std::make_unique<cEdit>(map, key, map->getattr(make_key(key)), value);
+    if (!action->carry_out()) return false;
+    redoGlobalList.setActive(false);
+    redoGlobalList.setActive(true);
+    keep(undoGlobalList, std::move(action));
+    map->changed();
+    return true;
+}
+
+// Prints an object whenever it was changed.
+class cView {
+  public:
+    cView(char const *title, objref const &obj)
+        : title_(title), obj_(obj), slot_(this, &cView::show, obj->force_changed_signal()) {}
+    cView(cView const &) = delete;
+    cView &operator=(cView const &) = delete;
+    ~cView() = default;
+
+  private:
+    void show() {
+        std::string const text = cat::as_text(obj_);
+        std::cout << "  " << title_ << ' ';
+        if (text.size() < 80)
+            std::cout << text << '\n';
+        else
+            std::cout << text.size() << " bytes\n";
+    }
+
+    char const *title_;
+    objref obj_;
+    cSlot<cView> slot_;
+};
+
+void say_what_is_left() {
+    std::cout << "  undo: " << (undoGlobalList.fIsUndo(nullptr) ? "yes" : "no")
+              << ", redo: " << (redoGlobalList.fIsUndo(nullptr) ? "yes" : "no") << '\n';
+}
+
+} // namespace
+
+int main() {
+    sig_idle();              // the start-up text has no reader and goes
+    cConsoleDisplay display; // from here on std::cout is seen
+
+    objref device;
+    cObj::readobj("{bus= {parity= none; baud= 9600; }; limits= {high= 60; }; photo= {}; }", device);
+    objref const bus = device->getattrp("bus");
+    cView const bus_view("bus", bus), limits_view("limits", device->getattrp("limits"));
+
+    std::cout << "An entry is set, one removed, one added, and one elsewhere set.\n";
+    edit(device, "bus/baud", cat::of(19200));
+    edit(device, "bus/parity", cat::badfind());
+    edit(device, "bus/gateway", cat::of("rack"));
+    edit(device, "limits/high", cat::of(85));
+
+    std::cout << "Undo, for the bus alone: its newest edit, past the one of the limits.\n";
+    cEditsOf of_bus(bus);
+    undoGlobalList.makeUndo(&of_bus);
+    undoGlobalList.makeUndo(&of_bus);
+
+    std::cout << "Redo once, and undo whatever is newest, twice.\n";
+    redoGlobalList.makeUndo(nullptr);
+    undoGlobalList.makeUndo(nullptr);
+    undoGlobalList.makeUndo(nullptr);
+    say_what_is_left();
+
+    std::cout << "A new edit, and nothing can be done again.\n";
+    edit(device, "limits/low", cat::of(-20));
+    say_what_is_left();
+
+    std::cout << "Pictures of 12 MB: above 32 MiB in all the oldest edits are forgotten.\n";
+    cView const photo_view("photo", device->getattrp("photo"));
+    for (char const *name : {"photo/front", "photo/back", "photo/inside", "photo/label"})
+        edit(device, name, cat::of(std::string(12'000'000, 'x')));
+    std::cout << "  an edit of the bus to undo: "
+              << (undoGlobalList.fIsUndo(&of_bus) ? "yes" : "no") << '\n';
+    while (undoGlobalList.fIsUndo(nullptr)) undoGlobalList.makeUndo(nullptr);
+
+    std::cout << "Without a history.\n";
+    undoGlobalList.setActive(false);
+    redoGlobalList.setActive(false);
+    edit(device, "bus/baud", cat::of(300));
+    say_what_is_left();
+    return 0;
+}
