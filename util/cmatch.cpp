@@ -36,9 +36,8 @@ struct cElement {
 };
 
 bool is_between(char c, char a, char b) {
-    auto const value = static_cast<signed char>(c);
-    auto const [low, high] = std::minmax(static_cast<signed char>(a), static_cast<signed char>(b));
-    return low <= value && value <= high;
+    auto const code = [](char character) { return static_cast<signed char>(character); };
+    return std::min(code(a), code(b)) <= code(c) && code(c) <= std::max(code(a), code(b));
 }
 
 // The next character of a set, behind its escape if there is one.
