@@ -61,23 +61,23 @@ TEST_F(ToolCheck, tells_the_place_in_the_file_inside_typed_values) {
               "f:5:21: error: Missing delimiter after: one [0x40000002]\n");
     EXPECT_EQ(check("[int(int(\n int(?5)))]"), "f:2:6: error: Unexpected token '? [0x40000002]\n");
     EXPECT_EQ(check("{a= int(\xC3\xA9 5)}"),
-              "f:1:9: error: byte 0xc3 outside of strings and comments\n"
-              "f:1:8: error: Closing symbol is missed in type int, path: /a [0x40000001]\n"
+              "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
               "f:1:9: note: it ends here\n"
               "f:1:5: error: Failed to read value, type int [0x40000001]\n"
               "f:1:5: error: Cannot insert key =a\n"
-              "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
-              "f:1:9: note: it ends here\n");
+              "f:1:8: error: Closing symbol is missed in type int, path: /a [0x40000001]\n"
+              "f:1:9: note: it ends here\n"
+              "f:1:9: error: byte 0xc3 outside of strings and comments\n");
 }
 
 TEST_F(ToolCheck, tells_where_an_unclosed_container_was_opened_and_where_it_ends) {
     EXPECT_EQ(check("{\n a= 1;\n"), "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
                                     "f:3:1: note: the text ends here\n");
-    EXPECT_EQ(check("{a={b=[1"), "f:1:7: error: Vector is not closed by ']' [0x40000001]\n"
+    EXPECT_EQ(check("{a={b=[1"), "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
                                  "f:1:9: note: the text ends here\n"
                                  "f:1:4: error: Map is not closed by '}' [0x40000001]\n"
                                  "f:1:9: note: the text ends here\n"
-                                 "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
+                                 "f:1:7: error: Vector is not closed by ']' [0x40000001]\n"
                                  "f:1:9: note: the text ends here\n");
     EXPECT_EQ(check("int(5"), "f:1:4: error: Closing symbol is missed in type int, path:  "
                               "[0x40000001]\n"
@@ -96,15 +96,40 @@ TEST_F(ToolCheck, tells_a_bracket_alone) {
                            "f:1:3: note: the text ends here\n");
     EXPECT_EQ(check("["), "f:1:1: error: Failed to read container, type vector [0x40000001]\n"
                           "f:1:2: note: the text ends here\n");
-    EXPECT_EQ(check("int("), "f:1:4: error: Closing symbol is missed in type int, path:  "
+    EXPECT_EQ(check("int("), "f:1:1: error: Failed to read value, type int [0x40000001]\n"
+                             "f:1:4: error: Closing symbol is missed in type int, path:  "
                              "[0x40000001]\n"
-                             "f:1:5: note: the text ends here\n"
-                             "f:1:1: error: Failed to read value, type int [0x40000001]\n");
+                             "f:1:5: note: the text ends here\n");
     EXPECT_EQ(check("{a="),
-              "f:1:4: error: Pattern 'key =value' is missed in path: /a [0x40000001]\n"
-              "f:1:4: error: Cannot insert key =a\n"
               "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
-              "f:1:4: note: the text ends here\n");
+              "f:1:4: note: the text ends here\n"
+              "f:1:4: error: Pattern 'key =value' is missed in path: /a [0x40000001]\n"
+              "f:1:4: error: Cannot insert key =a\n");
+}
+
+TEST_F(ToolCheck, tells_all_in_the_order_of_the_file) {
+    EXPECT_EQ(check("{M= choice(a= 1); T= attlist(n= attspec(typ= int));\n"
+                    " t= M(a);\n"
+                    " u= T(n= ?);\n"
+                    " /* x"),
+              "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
+              "f:4:6: note: the text ends here\n"
+              "f:1:5: error: choices stand in a map: choice({a= 1; b= 2;})\n"
+              "f:1:41: error: attspec has no entry 'typ'; did you mean 'type'?\n"
+              "f:2:5: error: type M has no choices, they are given as choice({a= 1; b= 2;}), "
+              "declared at 1:2 [0x40000001]\n"
+              "f:3:10: error: Unexpected token '? [0x40000002]\n"
+              "f:3:11: error: Pattern 'key =value' is missed in path: /u/n [0x40000001]\n"
+              "f:4:2: error: this comment is not closed\n");
+}
+
+// The byte where reading ends, however many errors stand before it.
+TEST_F(ToolCheck, order_does_not_choose_what_is_told) {
+    cRun const told{1, "",
+                    "f:2:1: error: Unexpected token '? [0x40000002]\n"
+                    "f:6:1: error: byte 0xff outside of strings and comments\n"
+                    "f: error: 4 more\n"};
+    EXPECT_EQ(run_on("[\n" + times("? 1,\n", 4) + "\xFF]", {"check", "--max-errors", "2"}), told);
 }
 
 TEST_F(ToolCheck, tells_text_behind_the_value) {
@@ -126,21 +151,21 @@ TEST_F(ToolCheck, what_follows_from_another_error_is_not_told) {
 
 TEST_F(ToolCheck, tells_bytes_that_end_what_is_read) {
     EXPECT_EQ(check("{a=1;\xC3\xA9=2;}"),
-              "f:1:6: error: byte 0xc3 outside of strings and comments\n"
               "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
-              "f:1:6: note: it ends here\n");
+              "f:1:6: note: it ends here\n"
+              "f:1:6: error: byte 0xc3 outside of strings and comments\n");
     EXPECT_EQ(check("{a={b=1;\xFF};c=2}"),
-              "f:1:9: error: byte 0xff outside of strings and comments\n"
               "f:1:4: error: Map is not closed by '}' [0x40000001]\n"
-              "f:1:9: note: it ends here\n");
+              "f:1:9: note: it ends here\n"
+              "f:1:9: error: byte 0xff outside of strings and comments\n");
     EXPECT_EQ(check("{a='\xC3\xA9'; /* \xC3\xA9 */ }"), "");
 }
 
 TEST_F(ToolCheck, tells_bytes_of_zero) {
     EXPECT_EQ(check(std::string("{a=1;\0b=2}", 10)),
-              "f:1:6: error: byte 0x00 outside of strings and comments\n"
               "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
-              "f:1:6: note: it ends here\n");
+              "f:1:6: note: it ends here\n"
+              "f:1:6: error: byte 0x00 outside of strings and comments\n");
     EXPECT_EQ(check(std::string("{\na='x\0y'; b='\0'}", 17)),
               "f:2:5: error: byte 0x00 in a string\n"
               "f:2:13: error: byte 0x00 in a string\n");

@@ -66,7 +66,7 @@ TEST_F(ToolFmt, reads_the_standard_input) {
     EXPECT_EQ(run({"fmt", "-"}, {.input = "{a=1}"}), good("{a= 1; }\n"));
     EXPECT_EQ(run({"fmt", "--check", "-"}, {.input = "{a=1}"}),
               (cRun{1, "-:1: would change\n- {a=1}\n+ {a= 1; }\n", ""}));
-    EXPECT_EQ(run({"fmt", "-"}, {.input = "{a="}).err.substr(0, 21), "-:1:4: error: Pattern");
+    EXPECT_EQ(run({"fmt", "-"}, {.input = "{a="}).err.substr(0, 21), "-:1:1: error: Map is ");
     write("f", "[1]");
     EXPECT_EQ(run({"fmt", "f", "-"}, {.input = "2"}), good("[1, ]\n2\n"));
 }
@@ -249,9 +249,9 @@ TEST_F(ToolFmt, a_file_that_does_not_read_cleanly_is_not_written) {
     EXPECT_EQ(fmt("{a=1 // open\n b=2}"),
               (cRun{2, "", "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"}));
     EXPECT_EQ(fmt("{a=1; /* open }"), (cRun{2, "",
-                                            "f:1:7: error: this comment is not closed\n"
                                             "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
-                                            "f:1:16: note: the text ends here\n"}));
+                                            "f:1:16: note: the text ends here\n"
+                                            "f:1:7: error: this comment is not closed\n"}));
     EXPECT_EQ(fmt("{a=1} /* open"), (cRun{2, "", "f:1:7: error: this comment is not closed\n"}));
     EXPECT_EQ(run_on("{a=1 b=2}", {"fmt", "--check"}),
               (cRun{2, "", "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"}));

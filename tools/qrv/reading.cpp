@@ -10,7 +10,9 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sstream>
+#include <tuple>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -59,8 +61,32 @@ class cFileScan : public cAttrScan {
     int delim_ = 0;
 };
 
-void tell(cat::ReadReport const &report, cPlace end, cMessages &messages) {
-    for (cat::ReadError const &error : report.entries()) {
+// Bytes behind the end don't matter. A comment that isn't closed does, wherever it began.
+std::vector<cat::ReadError> unread(cSurvey const &survey, cPlace end) {
+    std::vector<cat::ReadError> found;
+    auto const add = [&](cPlace place, std::string const &text) {
+        found.emplace_back();
+        found.back().line = place.line;
+        found.back().column = place.column;
+        found.back().text = text;
+    };
+    for (cStray const &stray : survey.strays)
+        if (stray.place < end) add(stray.place, stray.text);
+    if (survey.open_comment) add(*survey.open_comment, "this comment is not closed");
+    return found;
+}
+
+// As a person goes through the file; what has no place comes last, and what has the same place
+// stays in the order in which it was found. Which ones are told doesn't depend on it.
+void sort(std::vector<cat::ReadError> &errors) {
+    std::stable_sort(errors.begin(), errors.end(), [](auto const &a, auto const &b) {
+        return std::tuple(a.line == 0, a.line, a.column) <
+               std::tuple(b.line == 0, b.line, b.column);
+    });
+}
+
+void tell(std::vector<cat::ReadError> const &errors, cPlace end, cMessages &messages) {
+    for (cat::ReadError const &error : errors) {
         std::string const text = with_short_path(error.text, error.path);
         if (error.line == 0)
             messages.error(text, error.code);
@@ -70,14 +96,6 @@ void tell(cat::ReadReport const &report, cPlace end, cMessages &messages) {
         if (error.end_line != 0)
             messages.note(closed, closed < end ? "it ends here" : "the text ends here");
     }
-    messages.more(report.dropped());
-}
-
-// Bytes behind the end don't matter. A comment that isn't closed does, wherever it began.
-void tell(cSurvey const &survey, cPlace end, cMessages &messages) {
-    for (cStray const &stray : survey.strays)
-        if (stray.place < end) messages.error(stray.place, stray.text);
-    if (survey.open_comment) messages.error(*survey.open_comment, "this comment is not closed");
 }
 
 bool all_closed(cat::ReadReport const &report) {
@@ -125,9 +143,15 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     bool const found = scan.read(reading.value) == 0;
     if (declares_types(bytes)) rules.tell_unheard();
     if (!found) reading.value = nullptr;
-    tell(reading.survey, scan.end(), messages);
-    bool const whole = messages.count() == before && all_closed(report);
-    tell(report, behind({}, bytes, bytes.size()), messages);
+    std::vector<cat::ReadError> errors = unread(reading.survey, scan.end());
+    bool const whole = errors.empty() && all_closed(report);
+    errors.insert(errors.end(), report.entries().begin(), report.entries().end());
+    size_t const told = std::min(errors.size(), report.limit());
+    size_t const beyond = errors.size() - told + report.dropped();
+    errors.resize(told);
+    sort(errors);
+    tell(errors, behind({}, bytes, bytes.size()), messages);
+    messages.more(beyond);
     reading.empty = !found && report.empty();
     if (reading.empty) messages.error("there is no value in it");
     reading.clean = found && messages.count() == before;
