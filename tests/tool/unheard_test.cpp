@@ -41,6 +41,49 @@ TEST_F(ToolUnheard, choices_that_stand_in_no_map) {
               "f:1:6: error: choices stand in a map: choice({a= 1; b= 2;})\n");
 }
 
+TEST_F(ToolUnheard, defaults_of_another_type) {
+    EXPECT_EQ(checked("{ M= choice({a= 1;}); Y= attlist(\n"
+                      "  i= attspec(type= int; default= fast);\n"
+                      "  d= attspec(default= 1; type= double);\n"
+                      "  m= attspec(type= map; default= [int(5)]);\n"
+                      "  c= attspec(type= M; default= a)); }"),
+              "f:2:34: error: this default must be an int, not a string\n"
+              "f:3:23: error: this default must be a double, not an int\n"
+              "f:4:34: error: this default must be a map, not a vector\n"
+              "f:5:32: error: this default must be a M, not a string\n");
+}
+
+TEST_F(ToolUnheard, defaults_of_another_type_are_not_told_again_at_objects) {
+    std::string const declared = "{ Y= attlist(n= attspec(type= int; default= fast));\n",
+                      told = "f:1:45: error: this default must be an int, not a string\n";
+    EXPECT_EQ(checked(declared + " x= Y(); y= Y(); }"), told);
+    EXPECT_EQ(checked(declared + " x= Y(n= slow); }"),
+              told + "f:2:7: error: key 'n' of type Y must be an int, not a string, path /x/n, "
+                     "declared at 1:14 [0x40000000]\n");
+}
+
+// The text doesn't tell what it refers to; the object does.
+TEST_F(ToolUnheard, a_default_by_reference_is_told_at_the_object) {
+    std::string const declared =
+        "{ k= fast; Y= attlist(n= attspec(type= int; default= #cRef(/k)));\n";
+    EXPECT_EQ(checked(declared + "}"), "");
+    EXPECT_EQ(checked(declared + " x= Y(); }"),
+              "f:2:5: error: key 'n' of type Y must be an int, not a string, path /x/n, declared "
+              "at 1:23 [0x40000000]\n");
+}
+
+TEST_F(ToolUnheard, defaults_that_are_as_asked) {
+    EXPECT_EQ(checked("{ M= choice({a= 1;}); Y= attlist(i= attspec(type= int; default= 0x10);\n"
+                      "  n= attspec(type= int; default= #nil); b= attspec(type= bool; default= "
+                      "#true);\n"
+                      "  s= attspec(type= string; default= \"int(5)\"); m= attspec(type= M; "
+                      "default= M(a));\n"
+                      "  v= attspec(type= vector; default= [a]); f= attspec(type= float; default= "
+                      "1.5f));\n"
+                      "  x= Y(n= 5); }"),
+              "");
+}
+
 TEST_F(ToolUnheard, a_file_with_such_is_not_written) {
     write("f", "{ Y= attlist(a= attspec(typ= int)); }");
     EXPECT_EQ(run({"fmt", "-i", "f"}).status, 2);

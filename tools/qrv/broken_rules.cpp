@@ -7,6 +7,7 @@
 #include "qrv/core/ctypes.h"
 #include "readback.h"
 #include "suggestion.h"
+#include "unheard.h"
 
 #include <algorithm>
 
@@ -81,6 +82,7 @@ void cBrokenRules::tell_void(objref const &key) {
 void cBrokenRules::tell_type(objref const &key, cTypeObj const &expected, objref const &value) {
     if (is_mistaken(key)) return;
     cSource::cEntry const *const entry = entry_of(key);
+    if (!entry && has_wrong_default(key)) return;
     add(entry ? entry->place : place_, key,
         "key " + quoted(key) + " of type " + name_of(type_) + " must be " +
             with_article(expected.name()) + ", not " +
@@ -110,6 +112,12 @@ cSource::cEntry const *cBrokenRules::entry_of(objref const &key) const {
 bool cBrokenRules::is_mistaken(objref const &key) const {
     cSource::cEntry const *const entry = entry_of(key);
     return entry && (!entry->value || mistaken_.count(*entry->value) != 0);
+}
+
+// Is the type of its default told at the declaration?
+bool cBrokenRules::has_wrong_default(objref const &key) const {
+    std::optional<cPlace> const spec = source_.specified(type_.name(), key, place_);
+    return spec && wrong_default(source_, *spec);
 }
 
 void cBrokenRules::add(cPlace place, objref const &key, std::string const &text,

@@ -27,6 +27,7 @@ class cBrokenRules {
     void tell_fixed(objref const &key, objref const &value, objref const &fixed);
     cSource::cEntry const *entry_of(objref const &key) const;
     bool is_mistaken(objref const &key) const;
+    bool has_wrong_default(objref const &key) const;
     void add(cPlace place, objref const &key, std::string const &text,
              std::string const &hint = "");
 

@@ -151,6 +151,24 @@ std::optional<std::string> cSource::argument(cPlace typed) const {
     return cat::as_string(value);
 }
 
+std::optional<std::string> cSource::type_at(cPlace value) const {
+    cTokens tokens(bytes_, offset(value), value);
+    if (!tokens.next()) return std::nullopt;
+    switch (tokens.token().code) {
+    case '{':
+        return "map";
+    case '[':
+        return "vector";
+    case '<':
+        return "set";
+    }
+    objref const alone = key_of(tokens.token());
+    tokens.next();
+    if (is_opening(tokens.token().code))
+        return tokens.before().code == tkIdent ? std::optional(tokens.before().text) : std::nullopt;
+    return alone ? std::optional(alone->type().name()) : std::nullopt;
+}
+
 // --- declarations ---
 
 // One walk over all tokens: `key = attlist (` or `choice (`, and in the brackets of that `key =
@@ -187,7 +205,8 @@ class cSource::cDeclarationWalk {
         declares_ = token.text == "attlist" || token.text == "choice";
         value_ = tokens_.place();
         if (!open_.empty() && open_.back().declarations && token.text == "attspec")
-            (*open_.back().declarations)[open_.back().index].keys[cat::as_text(key_)] = place_;
+            (*open_.back().declarations)[open_.back().index].keys[cat::as_text(key_)] = {place_,
+                                                                                         value_};
         if (!declares_) take_bracket(token.code);
     }
 
@@ -237,11 +256,22 @@ std::optional<cPlace> cSource::declared(std::string const &type, cPlace before) 
     return declaration ? std::optional(declaration->place) : std::nullopt;
 }
 
-std::optional<cPlace> cSource::declared(std::string const &type, objref const &key, cPlace before) {
+cSource::cKey const *cSource::last(std::string const &type, objref const &key, cPlace before) {
     cDeclaration const *const declaration = last(type, before, false);
-    if (!declaration) return std::nullopt;
+    if (!declaration) return nullptr;
     auto const found = declaration->keys.find(cat::as_text(key));
-    return found == declaration->keys.end() ? std::nullopt : std::optional(found->second);
+    return found == declaration->keys.end() ? nullptr : &found->second;
+}
+
+std::optional<cPlace> cSource::declared(std::string const &type, objref const &key, cPlace before) {
+    cKey const *const found = last(type, key, before);
+    return found ? std::optional(found->place) : std::nullopt;
+}
+
+std::optional<cPlace> cSource::specified(std::string const &type, objref const &key,
+                                         cPlace before) {
+    cKey const *const found = last(type, key, before);
+    return found ? std::optional(found->value) : std::nullopt;
 }
 
 std::optional<cPlace> cSource::failed_declaration(std::string const &type, cPlace before) {

@@ -33,20 +33,30 @@ class cSource {
     // more, or none.
     std::optional<std::string> argument(cPlace typed) const;
 
+    // Name of the type of the value that begins there, as its first tokens tell; none where they
+    // don't, as of references.
+    std::optional<std::string> type_at(cPlace value) const;
+
     // Where a type was declared last before that place, by a declaration that didn't
     // fail, or its key. None for what is declared elsewhere.
     std::optional<cPlace> declared(std::string const &type, cPlace before);
     std::optional<cPlace> declared(std::string const &type, objref const &key, cPlace before);
+    // Where the specification of the key stands in that declaration.
+    std::optional<cPlace> specified(std::string const &type, objref const &key, cPlace before);
     // Where the declaration stands that failed last before that place.
     std::optional<cPlace> failed_declaration(std::string const &type, cPlace before);
     // The declaration whose value begins there has failed.
     void failed(cPlace value) { failed_.insert(value); }
 
   private:
+    struct cKey {
+        cPlace place;
+        cPlace value;
+    };
     struct cDeclaration {
         cPlace place; // of the key
         cPlace value;
-        std::unordered_map<std::string, cPlace> keys; // as_text
+        std::unordered_map<std::string, cKey> keys; // as_text
     };
     // By name, each in the order of the file.
     using cDeclarations = std::unordered_map<std::string, std::vector<cDeclaration>>;
@@ -55,6 +65,7 @@ class cSource {
     size_t offset(cPlace place) const;
     cDeclarations &declarations();
     cDeclaration const *last(std::string const &type, cPlace before, bool failed);
+    cKey const *last(std::string const &type, objref const &key, cPlace before);
 
     std::string const &bytes_;
     mutable std::vector<size_t> lines_; // offsets of their starts

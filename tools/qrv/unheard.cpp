@@ -1,13 +1,30 @@
 #include "unheard.h"
 
 #include "broken_rules.h"
+#include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "readback.h"
 #include "suggestion.h"
 
 #include <algorithm>
 #include <initializer_list>
 
 namespace {
+
+bool is_type(std::string const &name) { return cat::typemap().datamap().find(name) != nullptr; }
+
+// The one entry of that key; null if there are none or several, or if it has no value.
+cSource::cEntry const *named(std::vector<cSource::cEntry> const &entries, char const *key) {
+    cSource::cEntry const *found = nullptr;
+    for (cSource::cEntry const &entry : entries) {
+        if (cat::as_string(entry.key) != key) continue;
+        if (found || !entry.value) return nullptr;
+        found = &entry;
+    }
+    return found;
+}
 
 class cUnheard {
   public:
@@ -27,6 +44,7 @@ class cUnheard {
                 add(entry.place, "attspec has no entry '" + shortened(key) + "'" +
                                      closest(key, {"type", "default", "flag"}));
         }
+        if (auto const wrong = wrong_default(source_, place)) add(wrong->place, wrong->text);
     }
 
     void attlist(cPlace place) {
@@ -74,6 +92,20 @@ class cUnheard {
 };
 
 } // namespace
+
+// A default of nil is none, and one by a reference is left to the objects.
+std::optional<cWrongDefault> wrong_default(cSource const &source, cPlace attspec) {
+    std::vector<cSource::cEntry> const entries = source.entries(attspec);
+    cSource::cEntry const *const type = named(entries, "type");
+    cSource::cEntry const *const given = named(entries, "default");
+    if (!type || !given || !is_type(type->text)) return std::nullopt;
+    std::optional<std::string> const name = source.type_at(*given->value);
+    if (!name || !is_type(*name) || *name == type->text || *name == cat::nil()->type().name())
+        return std::nullopt;
+    return cWrongDefault{*given->value, "this default must be " +
+                                            with_article(shortened(type->text)) + ", not " +
+                                            with_article(shortened(*name))};
+}
 
 void tell_unheard(cSource const &source, std::set<cPlace> const &mistaken,
                   cat::ReadReport &report) {
