@@ -154,14 +154,21 @@ TEST_F(ToolRules, unknown_names_come_with_a_close_one) {
                   wrong_code);
 }
 
-TEST_F(ToolRules, a_declaration_with_an_error_is_none) {
-    EXPECT_EQ(
-        check("{T= attlist(n= attspec(type= itn), m= attspec(type= int));\nt= T(n= 1);}"),
-        "f:1:30: error: Wrong type-entry in attspec: no type 'itn'; did you mean 'int'?" +
-            wrong_code +
-            "f:2:4: error: Value with unknown type='T', whose declaration at 1:2 has an error "
-            "[0x40000005]\n"
-            "f:2:4: error: Cannot insert key =t\n");
+TEST_F(ToolRules, a_declaration_with_an_error_is_told_once_and_not_at_its_objects) {
+    std::string const declared = "{T= attlist(n= attspec(type= itn), m= attspec(type= int));\n",
+                      wrong =
+                          "f:1:30: error: Wrong type-entry in attspec: no type 'itn'; did you mean "
+                          "'int'?" +
+                          wrong_code;
+    EXPECT_EQ(check(declared + "t= T(n= 1);}"), wrong);
+    EXPECT_EQ(check(declared + "t= T(n= ?); u= [T(m= 1), [T()]]; v= {T(m= 1)= 1;}; w= <T()>;}"),
+              wrong);
+    EXPECT_EQ(run_on(declared + "t= T(n= 1);}", {"fmt"}), (cRun{2, "", wrong}));
+    EXPECT_EQ(check("{u= T(m= 1);\n T= attlist(m= attspec(type= itn), n= attspec(type= int));}"),
+              "f:1:5: error: Value with unknown type='T [0x40000005]\n"
+              "f:1:5: error: Cannot insert key =u\n"
+              "f:2:30: error: Wrong type-entry in attspec: no type 'itn'; did you mean 'int'?" +
+                  wrong_code);
 }
 
 TEST_F(ToolRules, declarations_that_declare_nothing) {

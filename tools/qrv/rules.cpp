@@ -61,7 +61,8 @@ bool cRules::tell(cat::ReadError &error) {
     }
     if (auto const type = failed_type(error.text)) return tell_failed(error, *type);
     for (char const *const words : {"Value with unknown type='", "Key with unknown type='"})
-        if (auto const type = behind_words(error.text, words)) tell_unknown_type(error, *type);
+        if (auto const type = behind_words(error.text, words))
+            return tell_unknown_type(error, *type);
     if (error.text == "Wrong type-entry in attspec") tell_unknown_type_of_key(error);
     return true;
 }
@@ -113,12 +114,14 @@ std::string cRules::unknown_choice(cat::ReadError const &error, cTypeObj const &
            (key ? known_keys(type, "choices", *key) : "");
 }
 
-void cRules::tell_unknown_type(cat::ReadError &error, std::string const &name) {
-    if (!has_room(report_)) return;
-    if (auto const failed = source_.failed_declaration(name, place_of(error)))
-        error.text += "', whose declaration at " + shown(*failed) + " has an error";
-    else
-        error.text += known_types(name);
+// Of a type whose declaration has an error only that is told.
+bool cRules::tell_unknown_type(cat::ReadError &error, std::string const &name) {
+    if (source_.has_failed(name, place_of(error))) {
+        told_ = place_of(error);
+        return false;
+    }
+    if (has_room(report_)) error.text += known_types(name);
+    return true;
 }
 
 // The place and the name that are wrong; the error that comes is about the whole specification.

@@ -7,6 +7,7 @@
 //   - what the reader says of such a value as a whole is left out
 //   - so is what follows from an error inside: an attribute is not missing whose value is there and
 //     was told to be wrong, and a declaration with an error inside is just none
+//   - so is what follows at each object from an error in its type's declaration
 //   - unknown names of types, keys and choices come with the closest one that is known
 // Beyond a report's limit errors are counted and nothing is made up for them.
 
@@ -33,7 +34,7 @@ class cRules : public cat::ReadWatch {
     bool tell(cat::ReadError &error);
     bool is_told(cat::ReadError const &error) const;
     bool tell_failed(cat::ReadError &error, std::string const &type);
-    void tell_unknown_type(cat::ReadError &error, std::string const &name);
+    bool tell_unknown_type(cat::ReadError &error, std::string const &name);
     void tell_unknown_type_of_key(cat::ReadError &error);
     std::string unknown_choice(cat::ReadError const &error, cTypeObj const &type);
     bool has_error_inside(cPlace value) const;

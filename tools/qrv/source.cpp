@@ -274,7 +274,6 @@ std::optional<cPlace> cSource::specified(std::string const &type, objref const &
     return found ? std::optional(found->value) : std::nullopt;
 }
 
-std::optional<cPlace> cSource::failed_declaration(std::string const &type, cPlace before) {
-    cDeclaration const *const declaration = last(type, before, true);
-    return declaration ? std::optional(declaration->place) : std::nullopt;
+bool cSource::has_failed(std::string const &type, cPlace before) {
+    return last(type, before, true) != nullptr;
 }

@@ -43,8 +43,8 @@ class cSource {
     std::optional<cPlace> declared(std::string const &type, objref const &key, cPlace before);
     // Where the specification of the key stands in that declaration.
     std::optional<cPlace> specified(std::string const &type, objref const &key, cPlace before);
-    // Where the declaration stands that failed last before that place.
-    std::optional<cPlace> failed_declaration(std::string const &type, cPlace before);
+    // Has a declaration of it failed before that place?
+    bool has_failed(std::string const &type, cPlace before);
     // The declaration whose value begins there has failed.
     void failed(cPlace value) { failed_.insert(value); }
 
