@@ -92,10 +92,28 @@ TEST_F(ToolRules, a_fixed_key_makes_its_type_unreadable) {
         wrong_code;
     EXPECT_EQ(told("a= Fixed(v= 1);"), "f:12:4: error: " + unreadable);
     EXPECT_EQ(told("a= Fixed(v= 1; f= 5);"), "f:12:4: error: " + unreadable);
-    EXPECT_EQ(told("a= Fixed(f= 6; v= 1);"),
-              "f:12:4: error: " + unreadable +
-                  "f:12:10: error: key 'f' of type Fixed is fixed to 5, not 6, path /a/f, declared "
-                  "at 10:18" +
+    EXPECT_EQ(
+        told("a= Fixed(f= 6; v= 1);"),
+        "f:12:10: error: key 'f' of type Fixed is fixed to 5, not 6; and no object of the type "
+        "can be read: only the default itself will do, and a text gives a copy, path /a/f, "
+        "declared at 10:18" +
+            wrong_code);
+}
+
+TEST_F(ToolRules, of_several_fixed_keys_one_tells_that_the_type_is_unreadable) {
+    std::string const declared = "{F= attlist(f= attspec(default=5; flag=#FIXED); g= "
+                                 "attspec(default=6; flag=#FIXED));\n";
+    EXPECT_EQ(check(declared + "a= F(f= 1; g= 1);}"),
+              "f:2:6: error: key 'f' of type F is fixed to 5, not 1; and no object of the type can "
+              "be read: only the default itself will do, and a text gives a copy, path /a/f, "
+              "declared at 1:13" +
+                  wrong_code +
+                  "f:2:12: error: key 'g' of type F is fixed to 6, not 1, path /a/g, declared at "
+                  "1:49" +
+                  wrong_code);
+    EXPECT_EQ(check(declared + "a= F(g= 6);}"),
+              "f:2:4: error: no object of type F can be read, for its key 'f' is #FIXED: only the "
+              "default itself will do, and a text gives a copy, path /a/f, declared at 1:13" +
                   wrong_code);
 }
 

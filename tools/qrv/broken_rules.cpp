@@ -92,14 +92,17 @@ void cBrokenRules::tell_type(objref const &key, cTypeObj const &expected, objref
 void cBrokenRules::tell_fixed(objref const &key, objref const &value, objref const &fixed) {
     if (is_mistaken(key)) return;
     cSource::cEntry const *const entry = entry_of(key);
+    bool const told = std::exchange(unreadable_, true);
+    std::string const why = "only the default itself will do, and a text gives a copy";
     if (entry && image_of(value) != image_of(fixed))
         add(entry->place, key,
             "key " + quoted(key) + " of type " + name_of(type_) + " is fixed to " + shown(fixed) +
-                ", not " + shown(value));
-    if (std::exchange(unreadable_, true)) return;
-    add(place_, key,
-        "no object of type " + name_of(type_) + " can be read, for its key " + quoted(key) +
-            " is #FIXED: only the default itself will do, and a text gives a copy");
+                ", not " + shown(value) +
+                (told ? "" : "; and no object of the type can be read: " + why));
+    else if (!told)
+        add(place_, key,
+            "no object of type " + name_of(type_) + " can be read, for its key " + quoted(key) +
+                " is #FIXED: " + why);
 }
 
 // The last one of that key, which decides.
