@@ -72,6 +72,43 @@ TEST_F(ToolUnheard, a_default_by_reference_is_told_at_the_object) {
               "at 1:23 [0x40000000]\n");
 }
 
+TEST_F(ToolUnheard, what_stands_behind_the_one_value_of_a_choice_or_a_scalar) {
+    auto const behind = [](std::string const &place, std::string const &type) {
+        return "f:" + place +
+               ": error: this is not read: only the first value in the brackets of " + type +
+               " is taken\n";
+    };
+    std::string const choice = "{ M= choice({eco= 1; off= 0;});\n";
+    EXPECT_EQ(checked(choice + " m= M(eco, off); }"), behind("2:12", "M"));
+    EXPECT_EQ(checked(choice + " m= M(eco; off; eco); }"), behind("2:12", "M"));
+    EXPECT_EQ(checked(choice + " m= M(eco= 5); }"), behind("2:12", "M"));
+    EXPECT_EQ(checked(choice + " m= M(string(eco), {a= 1}); }"), behind("2:20", "M"));
+    EXPECT_EQ(checked("{ M= choice({a= 1;}, b); N= choice({a= 1;} {b= 2;}); }"),
+              behind("1:22", "choice") + behind("1:44", "choice"));
+    EXPECT_EQ(checked("[int(5, 6), string(a; b), bool(true, false), double(int(1, 2)), float(1)]"),
+              behind("1:9", "int") + behind("1:23", "string") + behind("1:38", "bool") +
+                  behind("1:60", "int"));
+}
+
+TEST_F(ToolUnheard, one_value_and_separators_behind_it) {
+    EXPECT_EQ(checked("{ M= choice({eco= 1;};); m= [M(eco,), M(eco;;), M( /* one */ eco ), M()];\n"
+                      "  n= string(\"a, b\"); i= string(string(\"5\");); }"),
+              "");
+}
+
+TEST_F(ToolUnheard, text_behind_the_value_is_not_looked_at) {
+    EXPECT_EQ(checked("{a= 1} attspec(typ= 1) int(5, 6)"),
+              "f:1:8: error: text behind the first value is not read\n");
+}
+
+TEST_F(ToolUnheard, five_thousand_specifications_in_each_other) {
+    std::string text = "[";
+    for (int i = 0; i < 5000; ++i) text += "attspec(typ= ";
+    std::string const all = checked(text);
+    EXPECT_EQ(all.find("ended too early"), std::string::npos);
+    EXPECT_NE(all.find("attspec has no entry 'typ'; did you mean 'type'?"), std::string::npos);
+}
+
 TEST_F(ToolUnheard, defaults_that_are_as_asked) {
     EXPECT_EQ(checked("{ M= choice({a= 1;}); Y= attlist(i= attspec(type= int; default= 0x10);\n"
                       "  n= attspec(type= int; default= #nil); b= attspec(type= bool; default= "

@@ -120,7 +120,7 @@ bool cBrokenRules::is_mistaken(objref const &key) const {
 // Is the type of its default told at the declaration?
 bool cBrokenRules::has_wrong_default(objref const &key) const {
     std::optional<cPlace> const spec = source_.specified(type_.name(), key, place_);
-    return spec && wrong_default(source_, *spec);
+    return spec && wrong_default(source_, source_.entries(*spec));
 }
 
 void cBrokenRules::add(cPlace place, objref const &key, std::string const &text,

@@ -104,10 +104,10 @@ bool all_closed(cat::ReadReport const &report) {
                        [](cat::ReadError const &error) { return error.end_line == 0; });
 }
 
-// By their words, so that other files pay nothing for it.
-bool declares_types(std::string const &bytes) {
-    for (char const *const word : {"attspec", "attlist", "choice"})
-        if (bytes.find(word) != std::string::npos) return true;
+// Roughly, so that other files pay nothing for it.
+bool has_typed_values(std::string const &bytes) {
+    for (char const *const part : {"(", "attspec", "attlist", "choice"})
+        if (bytes.find(part) != std::string::npos) return true;
     return false;
 }
 
@@ -141,9 +141,10 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     cat::ReadReport report(static_cast<size_t>(messages.limit()));
     cRules rules(bytes, report);
     bool const found = scan.read(reading.value) == 0;
-    if (declares_types(bytes)) rules.tell_unheard();
+    cPlace const end = scan.end();
+    if (has_typed_values(bytes)) rules.tell_unheard(end);
     if (!found) reading.value = nullptr;
-    std::vector<cat::ReadError> errors = unread(reading.survey, scan.end());
+    std::vector<cat::ReadError> errors = unread(reading.survey, end);
     bool const whole = errors.empty() && all_closed(report);
     errors.insert(errors.end(), report.entries().begin(), report.entries().end());
     size_t const told = std::min(errors.size(), report.limit());

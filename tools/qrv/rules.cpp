@@ -38,7 +38,7 @@ cRules::cRules(std::string const &bytes, cat::ReadReport &report)
 
 cRules::~cRules() { report_.watch(nullptr); }
 
-void cRules::tell_unheard() { ::tell_unheard(source_, mistaken_, report_); }
+void cRules::tell_unheard(cPlace end) { ::tell_unheard(source_, end, mistaken_, report_); }
 
 void cRules::invalid(cObj &object) { invalid_ = objref::share(&object); }
 

@@ -24,8 +24,8 @@ class cRules : public cat::ReadWatch {
     cRules &operator=(cRules const &) = delete;
     ~cRules() override;
 
-    // At the end: what declarations say and nobody hears.
-    void tell_unheard();
+    // When reading has ended there: what was passed over before without a word.
+    void tell_unheard(cPlace end);
 
     void invalid(cObj &object) override;
     bool error(cat::ReadError &error) override;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <istream>
 #include <streambuf>
+#include <utility>
 
 namespace {
 
@@ -113,6 +114,84 @@ class cEntries {
     cPlace key_place_;
 };
 
+constexpr size_t deepest = 2000; // of typed values in each other; no reading goes there
+
+// The walk over all typed values. Of brackets that aren't wanted only their kind is kept.
+class cTypedWalk {
+  public:
+    using cTyped = cSource::cTyped;
+
+    cTypedWalk(std::string const &bytes, std::function<bool(std::string const &)> const &wanted,
+               std::function<void(cTyped const &)> const &visit)
+        : tokens_(bytes, 0, {}), wanted_(wanted), visit_(visit) {}
+
+    void walk() {
+        while (tokens_.next()) {
+            int const code = tokens_.token().code;
+            if (in_wanted()) take(open_.back(), code);
+            if (is_closing(code)) close();
+            if (is_opening(code)) open();
+        }
+        while (!kinds_.empty()) close();
+    }
+
+  private:
+    struct cOpen {
+        cTyped typed;
+        objref key = nullptr; // whose value comes
+        cPlace key_place = {};
+        bool begun = false, ended = false; // the first value
+    };
+
+    bool in_wanted() const { return !kinds_.empty() && kinds_.back(); }
+
+    void open() {
+        bool const wanted = tokens_.before().code == tkIdent && open_.size() < deepest &&
+                            wanted_(tokens_.before().text);
+        kinds_.push_back(wanted);
+        if (wanted)
+            open_.push_back({{tokens_.before().text, tokens_.before_place(), {}, std::nullopt}});
+    }
+
+    void close() {
+        if (kinds_.empty()) return;
+        if (kinds_.back()) {
+            visit_(open_.back().typed);
+            open_.pop_back();
+        }
+        kinds_.pop_back();
+        if (in_wanted()) open_.back().ended = true;
+    }
+
+    void take(cOpen &open, int code) {
+        bool const parts = code == ';' || code == ',' || code == '=';
+        if (tokens_.before().code == '=' && open.key) {
+            take_entry(open, !parts && !is_closing(code));
+        } else if (code == '=') {
+            open.key = key_of(tokens_.before());
+            open.key_place = tokens_.before_place();
+        }
+        if (parts)
+            open.ended = open.begun;
+        else if (open.ended && !open.typed.behind && !is_closing(code))
+            open.typed.behind = tokens_.place();
+        open.begun = true;
+    }
+
+    void take_entry(cOpen &open, bool has_value) {
+        open.typed.entries.push_back({std::exchange(open.key, nullptr), open.key_place, {}, ""});
+        if (!has_value) return;
+        open.typed.entries.back().value = tokens_.place();
+        open.typed.entries.back().text = tokens_.token().text;
+    }
+
+    cTokens tokens_;
+    std::function<bool(std::string const &)> const &wanted_;
+    std::function<void(cTyped const &)> const &visit_;
+    std::vector<bool> kinds_; // of all open brackets: wanted?
+    std::vector<cOpen> open_; // the wanted ones
+};
+
 } // namespace
 
 size_t cSource::offset(cPlace place) const {
@@ -134,11 +213,9 @@ std::vector<cSource::cEntry> cSource::entries(cPlace typed) const {
     return found;
 }
 
-void cSource::typed_values(std::function<void(std::string const &, cPlace)> const &visit) const {
-    cTokens tokens(bytes_, 0, {});
-    while (tokens.next())
-        if (is_opening(tokens.token().code) && tokens.before().code == tkIdent)
-            visit(tokens.before().text, tokens.before_place());
+void cSource::typed_values(std::function<bool(std::string const &)> const &wanted,
+                           std::function<void(cTyped const &)> const &visit) const {
+    cTypedWalk(bytes_, wanted, visit).walk();
 }
 
 std::optional<std::string> cSource::argument(cPlace typed) const {

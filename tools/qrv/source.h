@@ -26,8 +26,16 @@ class cSource {
     // The entries with single tokens as keys of the typed value that begins there.   O(its text)
     std::vector<cEntry> entries(cPlace typed) const;
 
-    // Calls `visit` with name and place of each typed value, in the order of the text.
-    void typed_values(std::function<void(std::string const &, cPlace)> const &visit) const;
+    struct cTyped {
+        std::string type;
+        cPlace place;
+        std::vector<cEntry> entries;
+        std::optional<cPlace> behind; // what stands behind the first value in the brackets
+    };
+    // Calls `visit` for each typed value of a wanted type when it ends, in one walk over the text.
+    // What is deeper in each other than any reading goes is left out.
+    void typed_values(std::function<bool(std::string const &type)> const &wanted,
+                      std::function<void(cTyped const &)> const &visit) const;
 
     // The only token between the brackets of the typed value that begins there; none if there are
     // more, or none.

@@ -13,7 +13,21 @@
 
 namespace {
 
-bool is_type(std::string const &name) { return cat::typemap().datamap().find(name) != nullptr; }
+cTypeObj const *known_type(std::string const &name) {
+    cAttrNode const *const node = cat::typemap().datamap().find(name);
+    return node ? dynamic_cast<cTypeObj const *>(node->valref().get()) : nullptr;
+}
+
+// Choices, their declaration, and scalars: nothing is read behind the first value.
+bool takes_one_value(std::string const &name) {
+    cTypeObj const *const type = known_type(name);
+    if (!type) return false;
+    if (&type->type() == &cat::typetype_choice() || type == &cat::typetype_choice()) return true;
+    for (cTypeObj const *const scalar : {&cat::type_bool(), &cat::type_int(), &cat::type_float(),
+                                         &cat::type_double(), &cat::type_string()})
+        if (type == scalar) return true;
+    return false;
+}
 
 // The one entry of that key; null if there are none or several, or if it has no value.
 cSource::cEntry const *named(std::vector<cSource::cEntry> const &entries, char const *key) {
@@ -28,11 +42,11 @@ cSource::cEntry const *named(std::vector<cSource::cEntry> const &entries, char c
 
 class cUnheard {
   public:
-    cUnheard(cSource const &source, std::set<cPlace> const &mistaken, cat::ReadReport &report)
-        : source_(source), mistaken_(mistaken), report_(report) {}
+    cUnheard(cSource const &source, cPlace end, std::set<cPlace> const &mistaken,
+             cat::ReadReport &report)
+        : source_(source), end_(end), mistaken_(mistaken), report_(report) {}
 
-    void attspec(cPlace place) {
-        std::vector<cSource::cEntry> const entries = source_.entries(place);
+    void attspec(std::vector<cSource::cEntry> const &entries) {
         bool const has_default = std::any_of(entries.begin(), entries.end(), [](auto const &e) {
             return cat::as_string(e.key) == "default";
         });
@@ -44,19 +58,26 @@ class cUnheard {
                 add(entry.place, "attspec has no entry '" + shortened(key) + "'" +
                                      closest(key, {"type", "default", "flag"}));
         }
-        if (auto const wrong = wrong_default(source_, place)) add(wrong->place, wrong->text);
+        if (auto const wrong = wrong_default(source_, entries)) add(wrong->place, wrong->text);
     }
 
-    void attlist(cPlace place) {
-        for (cSource::cEntry const &entry : source_.entries(place))
+    void attlist(std::vector<cSource::cEntry> const &entries) {
+        for (cSource::cEntry const &entry : entries)
             if (entry.value && entry.text != "attspec" && entry.text[0] != '#')
                 add(*entry.value, "this declares no key '" + shortened(cat::as_string(entry.key)) +
                                       "': a declaration is attspec(...)");
     }
 
-    void choice(cPlace place) {
-        if (!source_.entries(place).empty() || source_.argument(place))
-            add(place, "choices stand in a map: choice({a= 1; b= 2;})");
+    // True if nothing more is to be said.
+    bool choice(cSource::cTyped const &typed) {
+        if (typed.entries.empty() && !source_.argument(typed.place)) return false;
+        add(typed.place, "choices stand in a map: choice({a= 1; b= 2;})");
+        return true;
+    }
+
+    void behind(cPlace place, std::string const &type) {
+        add(place, "this is not read: only the first value in the brackets of " + shortened(type) +
+                       " is taken");
     }
 
   private:
@@ -78,7 +99,7 @@ class cUnheard {
     }
 
     void add(cPlace place, std::string text) {
-        if (mistaken_.count(place) != 0) return;
+        if (place >= end_ || mistaken_.count(place) != 0) return;
         cat::ReadError error;
         error.line = place.line;
         error.column = place.column;
@@ -87,6 +108,7 @@ class cUnheard {
     }
 
     cSource const &source_;
+    cPlace const end_; // of what was read
     std::set<cPlace> const &mistaken_;
     cat::ReadReport &report_;
 };
@@ -94,25 +116,29 @@ class cUnheard {
 } // namespace
 
 // A default of nil is none, and one by a reference is left to the objects.
-std::optional<cWrongDefault> wrong_default(cSource const &source, cPlace attspec) {
-    std::vector<cSource::cEntry> const entries = source.entries(attspec);
+std::optional<cWrongDefault> wrong_default(cSource const &source,
+                                           std::vector<cSource::cEntry> const &entries) {
     cSource::cEntry const *const type = named(entries, "type");
     cSource::cEntry const *const given = named(entries, "default");
-    if (!type || !given || !is_type(type->text)) return std::nullopt;
+    if (!type || !given || !known_type(type->text)) return std::nullopt;
     std::optional<std::string> const name = source.type_at(*given->value);
-    if (!name || !is_type(*name) || *name == type->text || *name == cat::nil()->type().name())
+    if (!name || !known_type(*name) || *name == type->text || *name == cat::nil()->type().name())
         return std::nullopt;
     return cWrongDefault{*given->value, "this default must be " +
                                             with_article(shortened(type->text)) + ", not " +
                                             with_article(shortened(*name))};
 }
 
-void tell_unheard(cSource const &source, std::set<cPlace> const &mistaken,
+void tell_unheard(cSource const &source, cPlace end, std::set<cPlace> const &mistaken,
                   cat::ReadReport &report) {
-    cUnheard unheard(source, mistaken, report);
-    source.typed_values([&](std::string const &type, cPlace place) {
-        if (type == "attspec") unheard.attspec(place);
-        if (type == "attlist") unheard.attlist(place);
-        if (type == "choice") unheard.choice(place);
+    cUnheard unheard(source, end, mistaken, report);
+    auto const wanted = [](std::string const &type) {
+        return type == "attspec" || type == "attlist" || takes_one_value(type);
+    };
+    source.typed_values(wanted, [&](cSource::cTyped const &typed) {
+        if (typed.type == "attspec") return unheard.attspec(typed.entries);
+        if (typed.type == "attlist") return unheard.attlist(typed.entries);
+        if (typed.type == "choice" && unheard.choice(typed)) return;
+        if (typed.behind) unheard.behind(*typed.behind, typed.type);
     });
 }

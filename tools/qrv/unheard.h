@@ -1,7 +1,8 @@
 #pragma once
-// What stands in the declaration of a type and is passed over by the reader, which takes the
-// entries that it knows and no others: a text would lose it without a word. So is a default of
-// another type than the one that is asked for, with which no object is valid.
+// What the reader passes over: of the declaration of a type it takes the entries that it knows and
+// no others, and of what stands in the brackets of a choice or a number the first value. A text
+// would lose the rest without a word. Also a default of another type than the one that is asked
+// for, with which no object is valid.
 
 #include "qrv/text/creadreport.h"
 #include "source.h"
@@ -12,8 +13,10 @@ struct cWrongDefault {
     cPlace place;
     std::string text; // what is told there
 };
-// Of the attspec that begins there, as far as the text tells.   O(its text)
-std::optional<cWrongDefault> wrong_default(cSource const &source, cPlace attspec);
+// Of an attspec with these entries, as far as the text tells.
+std::optional<cWrongDefault> wrong_default(cSource const &source,
+                                           std::vector<cSource::cEntry> const &entries);
 
-// Tells it, entry by entry, but for those places where errors were told.   O(the text)
-void tell_unheard(cSource const &source, std::set<cPlace> const &mistaken, cat::ReadReport &report);
+// Tells all that stands before the end, but for those places where errors were told.   O(the text)
+void tell_unheard(cSource const &source, cPlace end, std::set<cPlace> const &mistaken,
+                  cat::ReadReport &report);
