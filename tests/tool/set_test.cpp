@@ -173,6 +173,34 @@ TEST_F(ToolSet, types_of_the_file_are_known) {
               told("1:5", "Value with unknown type='Q [0x40000005]", ""));
 }
 
+TEST_F(ToolSet, values_of_declared_types_are_told_as_check_does) {
+    std::string const text = "{M= choice({eco= 1;}); P= attlist(x= attspec(type= int); s= "
+                             "attspec(default= a)); p= P(x=1)}";
+    EXPECT_EQ(
+        refused(text, "p = P(x= fast); a = 1; b/c = [P(s= b, t= 1)]"),
+        told("1:7", "key 'x' of type P must be an int, not a string, path /p/x [0x40000000]", "") +
+            told("1:31", "required key 'x' of type P is missing, path /b/c/0/x [0x40000000]", "") +
+            told("1:39", "type P has no key 't', path /b/c/0/t [0x40000000]", ""));
+    EXPECT_EQ(refused(text, "m = M(ecco); q = PP(x= 1)"),
+              told("1:5", "'ecco' is no choice of type M; did you mean 'eco'? [0x40000001]", "") +
+                  told("1:18", "Value with unknown type='PP; did you mean 'P'? [0x40000005]", ""));
+}
+
+TEST_F(ToolSet, values_that_would_be_passed_over) {
+    std::string const text = "{M= choice({eco= 1;}); i= 1}";
+    EXPECT_EQ(
+        refused(text, "m = M(eco, off); i = int(5; 6)"),
+        told("1:12", "this is not read: only the first value in the brackets of M is taken", "") +
+            told("1:29", "this is not read: only the first value in the brackets of int is taken",
+                 ""));
+    EXPECT_EQ(refused(text, "P = attlist(x= attspec(typ= int; default= 5))"),
+              told("1:24", "attspec has no entry 'typ'; did you mean 'type'?", ""));
+}
+
+TEST_F(ToolSet, ten_thousand_statements_with_typed_values) {
+    EXPECT_EQ(changed("{i= 1}", times("i=int(5);", 10000) + "i = 7"), "{i= 7; }\n");
+}
+
 // --- what is stored is what was given ---
 
 TEST_F(ToolSet, numbers_that_fit_are_converted) {

@@ -31,8 +31,8 @@ cPlace place_of(cat::ReadError const &error) { return {error.line, error.column}
 
 } // namespace
 
-cRules::cRules(std::string const &bytes, cat::ReadReport &report)
-    : source_(bytes), report_(report) {
+cRules::cRules(std::string const &bytes, cat::ReadReport &report, std::string path)
+    : source_(bytes), report_(report), path_(std::move(path)) {
     report_.watch(this);
 }
 
@@ -51,6 +51,7 @@ bool cRules::error(cat::ReadError &error) {
 bool cRules::tell(cat::ReadError &error) {
     if (objref const object = std::exchange(invalid_, nullptr)) {
         told_ = place_of(error);
+        error.path = path_ + error.path;
         cBrokenRules(*object, error, source_, mistaken_, report_).tell();
         return false;
     }

@@ -18,8 +18,9 @@
 
 class cRules : public cat::ReadWatch {
   public:
-    // Both are borrowed; the report is watched as long as this lives.
-    cRules(std::string const &bytes, cat::ReadReport &report);
+    // Both are borrowed; the report is watched as long as this lives. The path is that of the
+    // outermost value, such as "/a".
+    cRules(std::string const &bytes, cat::ReadReport &report, std::string path = "");
     cRules(cRules const &) = delete;
     cRules &operator=(cRules const &) = delete;
     ~cRules() override;
@@ -41,6 +42,7 @@ class cRules : public cat::ReadWatch {
 
     cSource source_;
     cat::ReadReport &report_;
+    std::string const path_;
     objref invalid_;            // the next error says so
     cPlace told_{0, 0};         // what is said of the value there as a whole is left out
     std::set<cPlace> mistaken_; // where errors are

@@ -2,7 +2,9 @@
 
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
+#include "rules.h"
 #include "survey.h"
+#include "unheard.h"
 
 #include <locale>
 
@@ -28,16 +30,16 @@ bool is_key(cAttrLiteral const &token) {
 } // namespace
 
 cStatements::cStatements(std::string const &text, cMessages &messages)
-    : in_(text), scan_(in_), messages_(messages) {
+    : text_(text), in_(text), scan_(in_), messages_(messages) {
     in_.imbue(std::locale::classic());
     size_t const before = messages.count();
-    tell_unread(text);
+    tell_unread();
     readable_ = messages.count() == before;
 }
 
 // What the scanner would pass over, or stop at.
-void cStatements::tell_unread(std::string const &text) {
-    cSurvey const found = survey(text);
+void cStatements::tell_unread() {
+    cSurvey const found = survey(text_);
     for (cComment const &comment : found.comments) {
         messages_.error(comment.place, "this comment would be lost: " + shortened(comment.text));
         messages_.note(comment.place, "leave it out; a text with // or /* in it needs quotes");
@@ -50,6 +52,9 @@ void cStatements::tell_unread(std::string const &text) {
         messages_.error(stray.place, stray.text);
         messages_.note(stray.place, "put the text that it stands in into quotes");
     }
+    cat::ReadReport passed_over(static_cast<size_t>(messages_.limit()));
+    tell_unheard(cSource(text_), behind({}, text_, text_.size()), {}, passed_over);
+    tell(passed_over);
 }
 
 bool cStatements::refuse(cAttrLiteral const &token, std::string const &text,
@@ -115,6 +120,11 @@ void cStatements::tell(cat::ReadError const &error) {
         messages_.note(place, "text needs quotes, and a number with an exponent a point: 1.0e3");
 }
 
+void cStatements::tell(cat::ReadReport const &report) {
+    for (cat::ReadError const &error : report.entries()) tell(error);
+    messages_.more(report.dropped());
+}
+
 // False where nothing behind can be read. `good`: is there a value?
 bool cStatements::read_value(cStatement &statement, bool &good) {
     cAttrLiteral token;
@@ -125,10 +135,10 @@ bool cStatements::read_value(cStatement &statement, bool &good) {
                       "an empty text is \"\", an empty map {}, a vector []");
     scan_.ungettoken(token);
     cat::ReadReport report(static_cast<size_t>(messages_.limit()));
+    cRules const rules(text_, report, '/' + statement.path);
     int end = 0;
     int const result = scan_.scan_obj(statement.value, &end);
-    for (cat::ReadError const &error : report.entries()) tell(error);
-    messages_.more(report.dropped());
+    tell(report);
     good = result == 0 && report.empty();
     if (result < 0)
         return refuse(token, quoted(token) + " is no value",

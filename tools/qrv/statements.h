@@ -4,7 +4,7 @@
 //   operator  = "=" | "&=" | "+=" | "<<"
 // It is the language of the library's lists of assignments, read by the same scanner, but for what
 // would be passed over silently there and is an error here: a comment, a statement without value,
-// a bracket or a "=" behind a value, bytes that end the text.
+// a bracket or a "=" behind a value, bytes that end the text, and what `check` finds in a value.
 
 #include "messages.h"
 #include "qrv/core/cobj.h"
@@ -25,7 +25,7 @@ struct cStatement {
 
 class cStatements {
   public:
-    // Errors go to messages, with places in the text.
+    // Errors go to messages, with places in the text, which is borrowed.
     cStatements(std::string const &text, cMessages &messages);
     cStatements(cStatements const &) = delete;
     cStatements &operator=(cStatements const &) = delete;
@@ -41,13 +41,15 @@ class cStatements {
         explicit cScan(std::istream &is) : cAttrScan(is, false) {}
     };
 
-    void tell_unread(std::string const &text);
+    void tell_unread();
     void tell(cat::ReadError const &error);
+    void tell(cat::ReadReport const &report);
     bool read_path(cStatement &statement);
     bool read_key(cAttrLiteral const &token, cStatement &statement);
     bool read_value(cStatement &statement, bool &good);
     bool refuse(cAttrLiteral const &token, std::string const &text, std::string const &advice);
 
+    std::string const &text_;
     std::istringstream in_;
     cScan scan_;
     cMessages &messages_;
