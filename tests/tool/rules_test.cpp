@@ -189,6 +189,29 @@ TEST_F(ToolRules, a_declaration_with_an_error_is_told_once_and_not_at_its_object
                   wrong_code);
 }
 
+TEST_F(ToolRules, a_name_that_is_taken_by_a_type_of_another_kind) {
+    std::string const taken = " error: Type name from input is registered with another type-type! ";
+    EXPECT_EQ(told("Mode= attlist(a= attspec(type= int)); \"Pixel\"= choice({a= 1;});"),
+              "f:12:7:" + taken +
+                  "'Mode' is a choice already, declared at 2:3: choose another name "
+                  "[0x40000006]\n"
+                  "f:12:48:" +
+                  taken +
+                  "'Pixel' is an attlist already, declared at 3:3: choose another name "
+                  "[0x40000006]\n");
+    EXPECT_EQ(check("{choice= choice({a= 1;}); int= attlist(a= attspec(type= int));}"),
+              "f:1:10:" + taken +
+                  "'choice' is a type already: choose another name [0x40000006]\n"
+                  "f:1:32:" +
+                  taken + "'int' is a type already: choose another name [0x40000006]\n");
+    EXPECT_EQ(told("Mode= attlist(a= attspec(type= int)); m= Mode(off);"),
+              "f:12:7:" + taken +
+                  "'Mode' is a choice already, declared at 2:3: choose another name "
+                  "[0x40000006]\n"
+                  "f:12:42: error: 'off' is no choice of type Mode, declared at 2:3" +
+                  failed_code);
+}
+
 TEST_F(ToolRules, declarations_that_declare_nothing) {
     EXPECT_EQ(check("{a= attspec();}"), "f:1:5: error: an empty attspec can't be read: "
                                         "attspec(flag= #IMPLIED) takes any value" +

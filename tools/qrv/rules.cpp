@@ -5,6 +5,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
+#include "readback.h"
 #include "suggestion.h"
 #include "unheard.h"
 
@@ -64,6 +65,8 @@ bool cRules::tell(cat::ReadError &error) {
     for (char const *const words : {"Value with unknown type='", "Key with unknown type='"})
         if (auto const type = behind_words(error.text, words))
             return tell_unknown_type(error, *type);
+    if (error.text == "Type name from input is registered with another type-type!")
+        tell_other_metatype(error);
     if (error.text == "Wrong type-entry in attspec") tell_unknown_type_of_key(error);
     return true;
 }
@@ -123,6 +126,19 @@ bool cRules::tell_unknown_type(cat::ReadError &error, std::string const &name) {
     }
     if (has_room(report_)) error.text += known_types(name);
     return true;
+}
+
+// The type stays what it was.
+void cRules::tell_other_metatype(cat::ReadError &error) {
+    cPlace const place = place_of(error);
+    source_.failed(place);
+    std::optional<std::string> const name =
+        has_room(report_) ? source_.declared_name(place) : std::nullopt;
+    cTypeObj const *const type = name ? known_type(*name) : nullptr;
+    if (!type) return;
+    error.text += " '" + shortened(*name) + "' is " + with_article(type->type().name()) +
+                  " already" + declared_at(source_.declared(*name, place)) +
+                  ": choose another name";
 }
 
 // The place and the name that are wrong; the error that comes is about the whole specification.

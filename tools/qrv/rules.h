@@ -36,6 +36,7 @@ class cRules : public cat::ReadWatch {
     bool is_told(cat::ReadError const &error) const;
     bool tell_failed(cat::ReadError &error, std::string const &type);
     bool tell_unknown_type(cat::ReadError &error, std::string const &name);
+    void tell_other_metatype(cat::ReadError &error);
     void tell_unknown_type_of_key(cat::ReadError &error);
     std::string unknown_choice(cat::ReadError const &error, cTypeObj const &type);
     bool has_error_inside(cPlace value) const;

@@ -354,3 +354,10 @@ std::optional<cPlace> cSource::specified(std::string const &type, objref const &
 bool cSource::has_failed(std::string const &type, cPlace before) {
     return last(type, before, true) != nullptr;
 }
+
+std::optional<std::string> cSource::declared_name(cPlace value) {
+    for (auto const &[name, all] : declarations())
+        for (cDeclaration const &declaration : all)
+            if (declaration.value == value) return name;
+    return std::nullopt;
+}

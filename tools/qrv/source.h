@@ -53,6 +53,8 @@ class cSource {
     std::optional<cPlace> specified(std::string const &type, objref const &key, cPlace before);
     // Has a declaration of it failed before that place?
     bool has_failed(std::string const &type, cPlace before);
+    // The name of the type whose declaration's value begins there.   O(declarations)
+    std::optional<std::string> declared_name(cPlace value);
     // The declaration whose value begins there has failed.
     void failed(cPlace value) { failed_.insert(value); }
 
