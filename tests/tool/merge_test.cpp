@@ -97,6 +97,19 @@ TEST_F(ToolMerge, what_cannot_be_merged_is_told_with_its_place) {
               places.substr(0, places.find('\n') + 1) + "s: error: 4 more\n");
 }
 
+// All paths of this source, each as text, would be 6 GB.
+TEST_F(ToolMerge, a_conflict_in_a_source_with_long_paths) {
+    std::string open = "{";
+    for (int i = 0; i < 200; ++i) open += "k" + std::to_string(i) + "= 1; ";
+    open += times("n", 1000) + "= ";
+    std::string const source =
+                          "{ a= 5; c= " + times(open, 245) + "1" + times("}", 245) + "; b= 6 }",
+                      column = std::to_string(source.find("6 }") + 1);
+    EXPECT_EQ(refused("{a= text; b= text}", source),
+              "s:1:6: error: at /a: it is a string and can't take an int as it is\ns:1:" + column +
+                  ": error: at /b: it is a string and can't take an int as it is\n");
+}
+
 TEST_F(ToolMerge, numbers_that_would_be_changed) {
     EXPECT_EQ(refused("{m= {i= 1; }}", "{m= {i= 1.5; }}"),
               "s:1:9: error: at /m/i: 1.50000 would be stored as 1; --convert allows it\n");

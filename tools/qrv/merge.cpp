@@ -16,6 +16,7 @@
 
 #include <map>
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -42,6 +43,7 @@ class cMerge {
             test_map();
         else if (cObj::is_vector(target_))
             test_vector();
+        tell_found();
         if (messages_.count() == 0 && !done_) test_failure(attempt);
     }
 
@@ -157,11 +159,27 @@ class cMerge {
     void tell_left(objref const &key) { tell('/' + cat::as_text(key), "it can't be removed"); }
 
     void tell(std::string const &path, std::string const &text) {
-        if (places_.empty()) places_ = places_in(bytes_);
-        auto const place = places_.find(path);
-        std::string const told = "at " + shortened(path) + ": " + text;
-        if (place == places_.end()) return messages_.error(told);
-        messages_.error(place->second, told);
+        if (found_.size() < static_cast<size_t>(messages_.limit()))
+            found_.emplace_back(path, text);
+        else
+            ++found_beyond_;
+    }
+
+    // Their places all at once.
+    void tell_found() {
+        if (found_.empty()) return;
+        std::set<std::string> paths;
+        for (auto const &[path, text] : found_) paths.insert(path);
+        cPlaces const places = places_in(bytes_, paths);
+        for (auto const &[path, text] : found_) {
+            auto const place = places.find(path);
+            std::string const told = "at " + shortened(path) + ": " + text;
+            if (place == places.end())
+                messages_.error(told);
+            else
+                messages_.error(place->second, told);
+        }
+        messages_.more(found_beyond_);
     }
 
     objref target_, source_;
@@ -171,8 +189,9 @@ class cMerge {
     cMessages &messages_;
     std::vector<cItem> items_; // of the source, in order
     size_t old_size_ = 0;
-    bool done_ = false; // the library says that it did all
-    cPlaces places_;    // in the source, made for the first message
+    bool done_ = false;                                      // the library says that it did all
+    std::vector<std::pair<std::string, std::string>> found_; // path and text of what is to be told
+    size_t found_beyond_ = 0;                                // what is only counted
 };
 
 struct cDeclared {
@@ -218,7 +237,7 @@ class cTypeWalk {
 };
 
 std::string told_place(std::string const &name, std::string const &bytes, std::string const &path) {
-    cPlaces const places = places_in(bytes);
+    cPlaces const places = places_in(bytes, {path});
     auto const place = places.find(path);
     if (place == places.end()) return name + ", " + shortened(path);
     return name + ":" + std::to_string(place->second.line) + ":" +

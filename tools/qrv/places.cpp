@@ -14,8 +14,7 @@ bool is_separator(int code) { return code == ';' || code == ','; }
 
 class cPlacesScan : public cAttrScan {
   public:
-    // Null: all paths.
-    cPlacesScan(std::istream &is, std::set<std::string> const *paths)
+    cPlacesScan(std::istream &is, std::set<std::string> const &paths)
         : cAttrScan(is, false), wanted_(paths) {}
 
     cPlaces read() {
@@ -27,7 +26,7 @@ class cPlacesScan : public cAttrScan {
   private:
     // Each begins at a token and ends at the one behind what it is about. Was it a single token?
     bool value() {
-        if (!wanted_ || wanted_->count(path_))
+        if (wanted_.count(path_))
             places_.insert_or_assign(path_, cPlace{token_.line, token_.column + 1});
         int const first = token_.code;
         if (first == '{' || first == '[' || first == '<') {
@@ -100,23 +99,17 @@ class cPlacesScan : public cAttrScan {
         return std::nullopt;
     }
 
-    std::set<std::string> const *wanted_;
+    std::set<std::string> const &wanted_;
     cAttrLiteral token_;
     std::string path_;
     cPlaces places_;
 };
 
-cPlaces scanned(std::string const &bytes, std::set<std::string> const *paths) {
+} // namespace
+
+cPlaces places_in(std::string const &bytes, std::set<std::string> const &paths) {
     cat::ExactText const exact;
     std::istringstream is(bytes);
     is.imbue(std::locale::classic());
     return cPlacesScan(is, paths).read();
-}
-
-} // namespace
-
-cPlaces places_in(std::string const &bytes) { return scanned(bytes, nullptr); }
-
-cPlaces places_in(std::string const &bytes, std::set<std::string> const &paths) {
-    return scanned(bytes, &paths);
 }

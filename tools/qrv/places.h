@@ -11,7 +11,6 @@
 // whose keys are typed, have no place, nor has what stands in a set behind more than single tokens.
 using cPlaces = std::unordered_map<std::string, cPlace>;
 
-// Of a text that reads without errors; of a key that stands twice the last one's. All of them, or
-// only those of the given paths, which takes no more memory than these.
-cPlaces places_in(std::string const &bytes);
+// Of a text that reads without errors, those of the given paths; of a key that stands twice the
+// last one's. All paths of a text would take the square of its size where it is deep.
 cPlaces places_in(std::string const &bytes, std::set<std::string> const &paths);
