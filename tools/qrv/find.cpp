@@ -23,6 +23,8 @@
 #include "reading.h"
 
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace {
 
