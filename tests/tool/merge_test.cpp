@@ -176,6 +176,20 @@ TEST_F(ToolMerge, types_that_both_declare) {
               "s: error: type 'P' is declared with different content at s:2:5 and at t:1:5\n");
 }
 
+TEST_F(ToolMerge, a_choice_type_that_both_declare) {
+    std::string const type = "M= choice({off= 0; eco= 1; });",
+                      file = "{" + type + " m= M(eco); }\n";
+    EXPECT_EQ(merged(file, file), file);
+    EXPECT_EQ(merged(file, "{b= 1; " + type + " m= M(off); c= {d= 2; }; }"),
+              "{" + type + " m= M(off); b= 1; c= {d= 2; }; }\n");
+    EXPECT_EQ(merged("{n= {" + type + " }; a= 1; }", "{n= {" + type + " x= 1; }; a= 2; }"),
+              "{n= {" + type + " x= 1; }; a= 2; }\n");
+    EXPECT_EQ(refused(file, "{M= choice({off= 0; eco= 2; }); m= M(off); }"),
+              "s: error: type 'M' is declared with different content at s:1:5 and at t:1:5\n");
+    EXPECT_EQ(refused(file, "{n= {" + type + " }; M= 5; }").substr(0, 22),
+              "s:1:43: error: at /M: ");
+}
+
 TEST_F(ToolMerge, shared_values) {
     EXPECT_EQ(merged("{a= {x= 1; }; b= #cRef(/a)}", "{b= {y= 2; }}"),
               "{a= {x= 1; y= 2; }; b= #cRef(/a); }\n");
