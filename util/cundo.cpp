@@ -3,7 +3,8 @@
 //
 //   - a walk goes along weak handles of the entries that it found, and holds the one it calls;
 //   - actions are moved out of the list before they are deleted, and are deleted last;
-//   - an operation that goes on after foreign code has a cLife, which knows whether the list lives.
+//   - an operation that goes on after foreign code has a cLife, which knows whether the list still
+//   lives.
 //
 // All lists share one holder for an action, kept weakly in the action itself. That makes adding an
 // action to a second list, also from its own undo(), as safe as copying the list.
@@ -35,28 +36,20 @@ template <class T> bool same_holder(std::weak_ptr<T> const &a, std::shared_ptr<T
 }
 } // namespace
 
-// Lies on the stack of an operation. They end in the reverse order of their beginning, so the list
-// keeps them as a stack.
+// Whether a list still lives: it shares a word with its operations and clears that at its end.
 class cUndoGlobalList::cLife {
   public:
-    explicit cLife(cUndoGlobalList &list) noexcept : list_(&list), outer_(list.innermost_) {
-        list.innermost_ = this;
+    explicit cLife(cUndoGlobalList &list) : list_(list.life_) {
+        if (!list_) list_ = list.life_ = std::make_shared<cUndoGlobalList const *>(&list);
     }
     cLife(cLife const &) = delete;
     cLife &operator=(cLife const &) = delete;
-    ~cLife() {
-        if (list_) list_->innermost_ = outer_;
-    }
+    ~cLife() = default;
 
-    cUndoGlobalList const *list() const noexcept { return list_; } // null when it is gone
-
-    static void end_all(cLife *life) noexcept {
-        for (; life; life = life->outer_) life->list_ = nullptr;
-    }
+    cUndoGlobalList const *list() const noexcept { return *list_; } // null when it is gone
 
   private:
-    cUndoGlobalList *list_;
-    cLife *outer_;
+    std::shared_ptr<cUndoGlobalList const *> list_;
 };
 
 class cUndoGlobalList::cWalk {
@@ -90,8 +83,8 @@ class cUndoGlobalList::cWalk {
     std::size_t const removed_; // the list's count: as long as it is the same, all still stand
     std::vector<std::weak_ptr<cUndo>> const handles_;
     std::size_t at_ = 0;
-    cHolder current_; // dies when life_ has let the list go
-    cLife life_;
+    cHolder current_;
+    cLife const life_;
 };
 
 cUndoGlobalList::cUndoGlobalList(bool isundo) : isundo_(isundo) {}
@@ -111,7 +104,7 @@ cUndoGlobalList &cUndoGlobalList::operator=(cUndoGlobalList const &other) {
 }
 
 cUndoGlobalList::~cUndoGlobalList() {
-    cLife::end_all(std::exchange(innermost_, nullptr));
+    if (life_) *life_ = nullptr;
     active_ = false; // the destructors of actions find a list that takes no more
     delete_from_front(take_all());
 }

@@ -121,9 +121,9 @@ class QRV_API cUndoGlobalList {
 
     bool active_ = true;
     bool isundo_;
-    cEntries entries_;           // the newest in front
-    std::size_t removed_ = 0;    // how many were ever taken out: walks look again when it changes
-    cLife *innermost_ = nullptr; // the operations under way, to be told when the list goes
+    cEntries entries_;        // the newest in front
+    std::size_t removed_ = 0; // how many were ever taken out: walks look again when it changes
+    std::shared_ptr<cUndoGlobalList const *> life_; // made when needed; tells operations of its end
 };
 
 // Shared by the whole process. Their actions die while the core and the message route still live.
