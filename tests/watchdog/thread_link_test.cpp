@@ -72,7 +72,7 @@ TEST(WatchdogJudge, another_user_is_foreign_the_superuser_too) {
 
 TEST(WatchdogJudge, other_lengths_are_wrong) {
     cForged const forged(1000);
-    for (size_t length : {0, 1, 11, 13, 24})
+    for (size_t length : {0u, 1u, 11u, 13u, 24u})
         EXPECT_EQ(judge(forged.header, length, 1000).kind, cKind::wrong_length) << length;
 }
 
@@ -158,7 +158,7 @@ TEST(WatchdogLink, nothing_waits_at_first) {
 TEST(WatchdogLink, datagrams_are_taken_in_order_each_by_its_length) {
     cThreadLink link(own_id());
     cSender sender(link.id());
-    for (size_t size : {12, 11, 13, 0, 12}) ASSERT_TRUE(sender.send(size));
+    for (size_t size : {12u, 11u, 13u, 0u, 12u}) ASSERT_TRUE(sender.send(size));
     for (cKind kind : {cKind::message, cKind::wrong_length, cKind::wrong_length,
                        cKind::wrong_length, cKind::message, cKind::nothing})
         EXPECT_EQ(link.take().kind, kind);
