@@ -121,10 +121,10 @@ bool read_number(std::string_view text, int &number) noexcept {
 
 // --- number to text ---
 
-std::string digits_of(std::uint32_t bits, int base) {
+std::string digits_of(std::string text, std::uint32_t bits, int base) {
     char buffer[16];
     auto const result = std::to_chars(buffer, buffer + sizeof buffer, bits, base);
-    return std::string(buffer, result.ptr);
+    return text.append(buffer, result.ptr);
 }
 
 std::string upper(std::string text) {
@@ -162,11 +162,11 @@ std::string cIntFormat::str() const {
     auto const bits = static_cast<std::uint32_t>(*value_);
     switch (format_) {
     case fmtHex:
-        return "0x" + digits_of(bits, 16);
+        return digits_of("0x", bits, 16);
     case fmtHEX:
-        return "0x" + upper(digits_of(bits, 16));
+        return "0x" + upper(digits_of("", bits, 16));
     case fmtOct:
-        return "0" + digits_of(bits, 8);
+        return digits_of("0", bits, 8);
     case fmtBin8:
         return bits_of(bits, 8);
     case fmtBin16:

@@ -152,8 +152,10 @@ class cSearch {
 
     std::string path() const {
         std::string path;
-        for (cTree::cLevel const &level : tree_.way())
-            path += (path.empty() ? "" : "/") + cat::as_text(level.node->key());
+        for (cTree::cLevel const &level : tree_.way()) {
+            if (!path.empty()) path += '/';
+            path += cat::as_text(level.node->key());
+        }
         return path;
     }
 
