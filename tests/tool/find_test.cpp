@@ -113,6 +113,15 @@ TEST_F(ToolFind, containers_are_found_by_their_key_on_one_line) {
               "a = [{b= [{a= 1; }, ]; }, ];\na/0/b/0/a = 1;\n");
 }
 
+TEST_F(ToolFind, containers_that_can_not_stand_on_one_line_have_no_comments_either) {
+    std::string const text =
+        "{a= { // one\n  b= 'x\\\ny'; // two\n  c= 1; /* three */\n}; // four\n"
+        "d= {M= choice({u= 0; v= 1; }); w= 2; // five\n}}";
+    EXPECT_EQ(found(text, "a"), "a = {\n  b= \"x\\\ny\";\n  c= 1;\n};\n");
+    EXPECT_EQ(found(text, "d").find("five"), std::string::npos);
+    expect_all_taken(text);
+}
+
 TEST_F(ToolFind, indices_are_no_keys) {
     EXPECT_EQ(found("{a= [x, y]; s= <u, v>; 0= z}", "0"), "0 = z;\n");
     EXPECT_EQ(found("{a= [x, 1, 0]; s= <u, 0>}", "0"), "a/2 = 0;\ns/1 = 0;\n");

@@ -5,8 +5,8 @@
 // The walk keeps the way to where it is, on a stack of its own, and makes a path only of what is
 // found. Of a value that several paths lead to, contents and text are looked at under the first of
 // them; keys are found wherever they stand. Declarations of types are passed over: `set` takes
-// none, and `types` lists them. Containers are printed on one line, for which the layout of all of
-// them is changed once.
+// none, and `types` lists them. Containers are printed on one line, without comments, for
+// which all of them are changed once.
 
 #include "child.h"
 #include "commands.h"
@@ -159,14 +159,15 @@ class cSearch {
         return path;
     }
 
-    // Every container on one line from now on.
+    // From now on every container stands on one line, and where it can't, since a text in it has
+    // more, it stands there without the comments, which `set` would not take.
     void lay_out() {
         if (std::exchange(laid_out_, true)) return;
-        objref const one_line = cat::of("sc");
-        top_->set_omember("wformat", one_line);
+        top_->set_omember("wformat", cat::of("sc"));
         for (cTree tree(top_); tree.next();) {
             objref const value = tree.entry().node->valref();
-            if (as_map(value)) value->set_omember("wformat", one_line);
+            if (as_map(value)) value->set_omember("wformat", cat::of("sc"));
+            if (value->has_ommap()) value->set_omember("//", nullptr);
             tree.enter(value);
         }
     }
