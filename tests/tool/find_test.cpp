@@ -287,6 +287,14 @@ TEST_F(ToolFind, other_patterns_that_match_nothing_are_told) {
     EXPECT_EQ(found("{']}'= 1}", "]}"), "\"]}\" = 1;\n");
 }
 
+TEST_F(ToolFind, a_backslash_behind_a_choice_may_stand_at_the_end_of_the_text) {
+    EXPECT_EQ(found("{ab= 1; x= abc}", "{x,ab}\\"), "ab = 1;\nx = abc;\n");
+    EXPECT_EQ(found("{ab= 1}", "{{a}b}\\"), "ab = 1;\n");
+    EXPECT_EQ(find("{'}'= 1}", {"}\\"}).err.substr(0, 17), "pattern:1:2: erro") << "no choice";
+    EXPECT_EQ(find("{ab= 1}", {"{ab}b\\"}).err.substr(0, 17), "pattern:1:6: erro");
+    EXPECT_EQ(find("{ab= 1}", {"{{ab}\\"}).err.substr(0, 17), "pattern:1:6: erro");
+}
+
 TEST_F(ToolFind, a_file_that_does_not_read_cleanly_gives_nothing) {
     EXPECT_EQ(find("{a=1;b=foo(2)}", {"a"}),
               (cRun{2, "",

@@ -18,11 +18,13 @@ cObstacle obstacle_in(std::string const &pattern) {
     char last = 0; // the element at the top level that ends the pattern so far, if it is a special
     for (size_t i = 0; i < pattern.size(); ++i) {
         char const c = pattern[i];
-        last = open.empty() ? c : char(0);
+        bool const behind_choice = last == '}';
+        last = open.empty() && c != '}' ? c : char(0);
         if (c == '\\') {
-            if (i + 1 == pattern.size())
-                return {i, "this \\ ends the match before the end of the text", false};
-            ++i;
+            if (++i == pattern.size()) {
+                if (behind_choice) return {}; // it may stand at the end of the text
+                return {i - 1, "this \\ ends the match before the end of the text", false};
+            }
             last = 0;
         } else if (c == '[') {
             size_t const begin = i++;
@@ -32,6 +34,7 @@ cObstacle obstacle_in(std::string const &pattern) {
             open.push_back(i);
         } else if (c == '}' && !open.empty()) {
             open.pop_back();
+            if (open.empty()) last = c;
         }
     }
     if (!open.empty()) return {open.back(), "this { is not closed", false};
