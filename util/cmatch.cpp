@@ -4,8 +4,7 @@
 // elements done so far. Each element makes the new row from the old one in a single pass, so the
 // number of ways to match plays no part.
 //
-//   a simple element   ends_[t] = ends_[t + 1] where it takes the character. When the text has
-//   ended
+//   a simple element   ends_[t] = ends_[t + 1] where it takes the character. When the text ends
 //                      behind it and the pattern goes on, there is no match: the end of the text is
 //                      looked up only by what begins a match anew, behind a * or a }
 //   *                  the furthest of ends_[t .. size - 1], or the first; behind t itself

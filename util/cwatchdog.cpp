@@ -109,8 +109,7 @@ void PostWatchDog(std::uint32_t message, std::uint32_t wParam, std::int32_t lPar
     if (!queue_ended) cat::watchdog_queue.append(all);
 }
 
-// 0 would leave the id unknown, and what were posted to it now would go out again with the next
-// one.
+// 0 would leave the id unknown: no message may be posted to it.
 void SetWatchDogID(std::uint32_t id) {
     if (idWatchDog != watchdog_not_known || id == watchdog_not_known) return;
     idWatchDog = id;

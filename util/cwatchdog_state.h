@@ -37,8 +37,8 @@ class cWatchDogQueue {
     std::size_t capacity() const { return capacity_; }
     cMSG const *begin() const { return messages_; } // all, up to the capacity
 
-    static constinit inline auto *resize =
-        &std::realloc; // where memory comes from; tests refuse it
+    // Where memory comes from; tests refuse it.
+    static constinit inline auto *resize = &std::realloc;
 
   private:
     bool grow() noexcept;

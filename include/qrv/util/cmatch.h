@@ -5,12 +5,10 @@
 // A pattern is a row of elements. Texts and patterns are bytes; ranges compare them as signed.
 //
 //     ?         any character. Where a pattern begins at the text's end, nothing
-//     *         as many characters as the rest of the pattern leaves, also none, but the rest
-//     begins
-//               before the text's end and something is taken in all: so a * that ends a pattern
-//               never takes the last character. Many in a row are one
-//     [a-z_]    one of these; [!a-z] one of no others. A range may be reversed, a - in front of the
-//     ]
+//     *         as many characters as the rest of the pattern leaves, also none. But the rest
+//               begins before the text's end, and something is taken in all: so a * that ends a
+//               pattern never takes the last character. Many in a row are one
+//     [a-z_]    one of these; [!a-z] any but these. A range may be reversed, a - in front of the ]
 //               is itself, \ makes any character literal, the first other ] ends it
 //     {ab,c*}   one of these patterns, each matched on its own from here, then the rest of the
 //               pattern from where it ended; they may be empty, and hold others
