@@ -102,6 +102,8 @@ bool scan_decimal(std::string_view text, float &number) noexcept {
 
 bool scan_magnitude(std::string_view text, float &number) noexcept {
     if (starts_with_word(text, "inf")) {
+        // The longer word is begun, so it must be there.
+        if (starts_with_word(text, "infi") && !starts_with_word(text, "infinity")) return false;
         number = std::numeric_limits<float>::infinity();
         return true;
     }

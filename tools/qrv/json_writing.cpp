@@ -5,6 +5,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/cexacttext.h"
 #include "qrv/text/cwriter.h"
+#include "qrv/util/cintformat.h"
 #include "raised.h"
 
 #include <charconv>
@@ -104,6 +105,10 @@ class cJsonWriter {
         if (auto const *number = value_of<float>(obj, cat::type_float())) {
             lose("a float becomes a double");
             return put_text(number_text(*number));
+        }
+        if (auto const *format = dynamic_cast<cIntFormat const *>(value.get())) {
+            lose("an intf becomes an int");
+            return put_text(std::to_string(format->value()));
         }
         put_typed(value, one_line);
     }

@@ -7,9 +7,12 @@
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/cexacttext.h"
+#include "qrv/text/cfile.h"
+#include "qrv/util/cintformat.h"
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <set>
 #include <sstream>
 #include <utility>
@@ -37,6 +40,35 @@ bool same_number(objref const &stored, objref const &given) {
            by_digits(static_cast<float>(a)) == b;
 }
 
+bool is_formatted(objref const &value) {
+    return dynamic_cast<cIntFormat const *>(value.get()) != nullptr;
+}
+
+// Can they be compared as numbers? No other type takes an intf.
+bool are_numbers(objref const &stored, objref const &given) {
+    return number_of(stored) && number_of(given) && (is_formatted(stored) || !is_formatted(given));
+}
+
+// Is it the number that the text stands for? Its format may be told by more than the text.
+bool reads_as(objref const &stored, objref const &given) {
+    auto const *const format = dynamic_cast<cIntFormat const *>(stored.get());
+    if (!format || &given->type() != &cat::type_string()) return false;
+    std::string const text = cat::as_string(given);
+    int number = 0;
+    return cIntFormat(number, format->format()).set_str(text.c_str()) &&
+           number == format->value() && !misread(text);
+}
+
+// The whole of the text as a number; none if it is larger than that.
+std::optional<std::int64_t> whole(std::string const &text, int base) {
+    char const *const first = text.data() + (text[0] == '+' ? 1 : 0);
+    char const *const end = text.data() + text.size();
+    std::int64_t number = 0;
+    auto const result = std::from_chars(first, end, number, base);
+    if (result.ec != std::errc() || result.ptr != end) return std::nullopt;
+    return number;
+}
+
 // Does the value come back when it is converted into the type that was given?
 bool comes_back(objref const &stored, objref const &given) {
     objref const back = given->clone();
@@ -59,7 +91,7 @@ class cComparison {
     void compare(objref const &stored, objref const &given, cStored how) {
         if (stored == given || found_.size() >= most_mismatches) return;
         if (!cObj::is_good(stored)) return add("nothing is stored there", cMismatch::value);
-        if (number_of(stored) && number_of(given)) return compare_numbers(stored, given);
+        if (are_numbers(stored, given)) return compare_numbers(stored, given);
         bool const appended =
             how == cStored::merged && (cObj::is_vector(stored) || cObj::is_set(stored));
         if (appended) return;
@@ -83,7 +115,8 @@ class cComparison {
 
     void compare_types(objref const &stored, objref const &given) {
         if (is_constant(*stored)) return add_constant(stored);
-        if (!stored->is_container() && comes_back(stored, given)) return;
+        if (!stored->is_container() && (comes_back(stored, given) || reads_as(stored, given)))
+            return;
         add("it is " + kind_of(stored) + " and can't take " + kind_of(given) + " as it is",
             cObj::is_nil(given) || stored->is_type() ? cMismatch::value : cMismatch::type);
     }
@@ -133,7 +166,22 @@ std::optional<double> number_of(objref const &value) {
     if (auto const number = value_as<bool>(value, cat::type_bool())) return number;
     if (auto const number = value_as<int>(value, cat::type_int())) return number;
     if (auto const number = value_as<float>(value, cat::type_float())) return number;
+    if (auto const *const format = dynamic_cast<cIntFormat const *>(value.get()))
+        return format->value();
     return value_as<double>(value, cat::type_double());
+}
+
+std::optional<int> misread(std::string const &text) {
+    std::string trimmed = text;
+    cat::wsp_normalize(trimmed);
+    int number = 0;
+    cIntFormat read(number, cIntFormat::fmtDec);
+    if (!read.set_str(text.c_str())) return std::nullopt;
+    bool same = true;
+    if (read.format() == cIntFormat::fmtDec) same = whole(trimmed, 10) == number;
+    if (read.format() == cIntFormat::fmtOct)
+        same = whole(trimmed, 8) == static_cast<std::uint32_t>(number);
+    return same ? std::nullopt : std::optional(number);
 }
 
 bool takes(objref const &target, double number) {

@@ -31,8 +31,16 @@ bool same_value(objref const &a, objref const &b);
 // Is it one of the values with a #name, which are the same everywhere and take no value?
 bool is_constant(cObj const &value);
 
-// The value of a bool, int, float or double; none for others.
+// The value of a bool, int, float, double or intf; none for others.
 std::optional<double> number_of(objref const &value);
+
+// What an intf makes of the text of a number that is another one: it keeps 32 bits, and counts in
+// eights behind a sign and a 0. None where it keeps the number, and for what it doesn't take.
+std::optional<int> misread(std::string const &text);
+
+// What an intf takes, for messages.
+constexpr char const *formatted_numbers =
+    "intf takes 12, 0x1F, 017 or b0101, in one word of up to 32 bits";
 
 // Would a number of this type take that one as it is?
 bool takes(objref const &target, double number);

@@ -5,6 +5,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/util/cintvalf.h"
 #include "readback.h"
 #include "suggestion.h"
 #include "unheard.h"
@@ -91,10 +92,13 @@ bool cRules::tell_failed(cat::ReadError &error, std::string const &name) {
     bool const is_set = &type->type() == &cat::typetype_attlist();
     bool const is_choice = &type->type() == &cat::typetype_choice();
     if (declares) source_.failed(place);
-    if (!declares && !is_set && !is_choice && type != &cat::type_attspec()) return true;
+    bool const is_number = name == "intf" && type == &cat::type_intf();
+    if (!declares && !is_set && !is_choice && !is_number && type != &cat::type_attspec())
+        return true;
     told_ = place;
     if (has_error_inside(place)) return false;
     if (!has_room(report_)) return true;
+    if (is_number) error.text = no_formatted_number(place);
     if (is_choice) error.text = unknown_choice(error, *type);
     if (is_set)
         error.text = "type " + shortened(name) + " has no keys: no object of it can be read";
@@ -116,6 +120,14 @@ std::string cRules::unknown_choice(cat::ReadError const &error, cTypeObj const &
     std::string const what = key ? '\'' + shortened(*key) + "'" : "this";
     return what + " is no choice of type " + name + declared_at(declared) +
            (key ? known_keys(type, "choices", *key) : "");
+}
+
+std::string cRules::no_formatted_number(cPlace place) const {
+    std::string what;
+    for (cSource::cWord const &word : source_.words(place))
+        what += (what.empty() ? "" : " ") + word.text;
+    return formatted_numbers +
+           (what.empty() ? std::string(", and there is none") : ", not " + shortened(what));
 }
 
 // Of a type whose declaration has an error only that is told.

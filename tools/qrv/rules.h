@@ -38,6 +38,7 @@ class cRules : public cat::ReadWatch {
     bool tell_unknown_type(cat::ReadError &error, std::string const &name);
     void tell_other_metatype(cat::ReadError &error);
     void tell_unknown_type_of_key(cat::ReadError &error);
+    std::string no_formatted_number(cPlace place) const;
     std::string unknown_choice(cat::ReadError const &error, cTypeObj const &type);
     bool has_error_inside(cPlace value) const;
 

@@ -9,6 +9,7 @@
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/cexacttext.h"
+#include "qrv/util/cintformat.h"
 #include "readback.h"
 #include "rewrite.h"
 #include "statements.h"
@@ -158,9 +159,11 @@ class cAssignment {
 
     void test_number(double before, double given) {
         std::optional<double> const sum = number_of(now_);
-        if (&now_->type() == &cat::type_int() && std::trunc(given) == given) {
+        bool const is_int = &now_->type() == &cat::type_int() ||
+                            dynamic_cast<cIntFormat const *>(now_.get()) != nullptr;
+        if (is_int && std::trunc(given) == given) {
             if (sum != before + given)
-                refuse_value("the sum is too large for an int", "&= stores a double");
+                refuse_value("the sum is too large for " + kind_of(now_), "&= stores a double");
         } else if (!sum || !std::isfinite(*sum)) {
             refuse_value("the sum is too large for " + kind_of(now_), "&= stores a double");
         } else if (!options_.convert && !takes(now_, given)) {

@@ -246,6 +246,23 @@ std::optional<std::string> cSource::type_at(cPlace value) const {
     return alone ? std::optional(alone->type().name()) : std::nullopt;
 }
 
+std::vector<cSource::cWord> cSource::words(cPlace typed) const {
+    std::vector<cWord> found;
+    cTokens tokens(bytes_, offset(typed), typed);
+    if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return found;
+    cPlace end{0, 0};
+    for (int depth = 0; tokens.next();) {
+        cAttrLiteral const &token = tokens.token();
+        if (is_closing(token.code) && depth-- == 0) break;
+        if (is_opening(token.code)) ++depth;
+        if (!(tokens.place() == end)) found.push_back({tokens.place(), ""});
+        found.back().text += token.text;
+        end = tokens.place();
+        end.column += static_cast<unsigned>(token.text.size());
+    }
+    return found;
+}
+
 // --- declarations ---
 
 // One walk over all tokens: `key = attlist (` or `choice (`, and in the brackets of that `key =

@@ -58,6 +58,13 @@ class cSource {
     // The declaration whose value begins there has failed.
     void failed(cPlace value) { failed_.insert(value); }
 
+    struct cWord {
+        cPlace place;
+        std::string text;
+    };
+    // What blanks part between the brackets of the typed value that begins there.   O(its text)
+    std::vector<cWord> words(cPlace typed) const;
+
   private:
     struct cKey {
         cPlace place;

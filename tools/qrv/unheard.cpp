@@ -80,6 +80,18 @@ class cUnheard {
                        " is taken");
     }
 
+    // A number that keeps its form: one word, of which 32 bits are taken.
+    void formatted(cPlace place) {
+        if (mistaken_.count(place) != 0) return;
+        std::vector<cSource::cWord> const words = source_.words(place);
+        if (words.empty()) return;
+        if (words.size() > 1) behind(words[1].place, "intf");
+        std::string text = words[0].text;
+        std::erase(text, '"');
+        if (std::optional<int> const number = misread(text))
+            add(words[0].place, "intf reads " + shortened(text) + " as " + std::to_string(*number));
+    }
+
   private:
     void flag(cSource::cEntry const &entry, bool has_default) {
         if (!entry.value || entry.text == "#REQUIRED" || entry.text == "#IMPLIED") return;
@@ -133,11 +145,12 @@ void tell_unheard(cSource const &source, cPlace end, std::set<cPlace> const &mis
                   cat::ReadReport &report) {
     cUnheard unheard(source, end, mistaken, report);
     auto const wanted = [](std::string const &type) {
-        return type == "attspec" || type == "attlist" || takes_one_value(type);
+        return type == "attspec" || type == "attlist" || type == "intf" || takes_one_value(type);
     };
     source.typed_values(wanted, [&](cSource::cTyped const &typed) {
         if (typed.type == "attspec") return unheard.attspec(typed.entries);
         if (typed.type == "attlist") return unheard.attlist(typed.entries);
+        if (typed.type == "intf") return unheard.formatted(typed.place);
         if (typed.type == "choice" && unheard.choice(typed)) return;
         if (typed.behind) unheard.behind(*typed.behind, typed.type);
     });

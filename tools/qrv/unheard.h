@@ -1,8 +1,8 @@
 #pragma once
 // What the reader passes over: of the declaration of a type it takes the entries that it knows and
 // no others, and of what stands in the brackets of a choice or a number the first value. A text
-// would lose the rest without a word. Also a default of another type than the one that is asked
-// for, with which no object is valid.
+// would lose the rest without a word, and some digits of an intf that is too large. Also a default
+// of another type than the one that is asked for, with which no object is valid.
 
 #include "qrv/text/creadreport.h"
 #include "source.h"
