@@ -41,7 +41,7 @@ def real_command(command, tool):
 
 def unknown_programs(text, examples):
     """The first lines of the cpp blocks that stand in no example."""
-    sources = [file.read_text(encoding="utf-8") for file in sorted(examples.glob("*.cpp"))]
+    sources = [file.read_text(encoding="utf-8") for file in sorted(examples.rglob("*.cpp"))]
     for block in PROGRAM.findall(text):
         if not any("\n" + block in "\n" + source for source in sources):
             yield block.split("\n", 1)[0]
