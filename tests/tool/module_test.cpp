@@ -96,20 +96,30 @@ TEST_F(ToolModule, its_name_is_needed) {
 
 // Whatever a file names, and whatever else was loaded.
 TEST_F(ToolModule, no_file_loads_one) {
-    for (std::string const name : {"x:./evil", "./evil", "evil", "evil:./evil", "x:./evil.so"})
+    for (std::string const name : {"x:./evil", "./evil", "evil", "evil:./evil", "x:./evil.so"}) {
+        std::vector<std::string> files;
         for (std::string const &text : std::vector<std::string>{
-                 "{s= attspec(type= \"" + name + "\")}",
                  "{R= attlist(k= attspec(type= \"" + name + "\"; default= 1)); r= R(k= 1)}",
                  "{v= \"" + name + "\"(1)}", "{v= " + name + "(1)}",
                  "{\"" + name + "\"= attlist(k= attspec(type= int)); v= [\"" + name + "\"(k= 1)]}",
                  "{C= choice({\"" + name + "\"= 1}); c= C(\"" + name + "\")}",
-                 "{\"" + name + "\"= choice({a= 1}); v= #cRef(\"" + name + "\")}"}) {
-            for (std::string const command : {"fmt", "check"}) {
-                EXPECT_LE(run_on(text, {command}).status, 2) << text;
-                run_on(text, {command, "--module", "./types"});
-                EXPECT_FALSE(was_loaded()) << command << ": " << text;
-            }
+                 "{\"" + name + "\"= choice({a= 1}); v= #cRef(\"" + name + "\")}",
+                 "{s= attspec(type= \"" + name + "\")}"}) { // the last one is always refused
+            files.push_back("f" + std::to_string(files.size()));
+            write(files.back(), text);
         }
+        for (std::string const command : {"fmt", "check"})
+            for (bool const beside_another : {false, true}) {
+                std::vector<std::string> arguments{command};
+                if (beside_another) arguments.insert(arguments.end(), {"--module", "./types"});
+                arguments.insert(arguments.end(), files.begin(), files.end());
+                cRun const done = run(arguments);
+                EXPECT_LE(done.status, 2) << name;
+                EXPECT_NE(done.err.find(files.back() + ":"), std::string::npos)
+                    << "not all files were read: " << done.err;
+                EXPECT_FALSE(was_loaded()) << command << ": " << name;
+            }
+    }
 }
 
 TEST_F(ToolModule, no_statement_and_no_path_loads_one) {
