@@ -1,6 +1,6 @@
 #!/bin/bash
 # All checks that need no run of the program, one after the other; each says what it found.
-# Usage: lint.sh [JOBS], from the root, with build/clang-asan configured (clang-tidy takes the
+# Usage: lint.sh [JOBS], from the root, with build/lint configured (clang-tidy takes the
 # commands from there). Exits with 1 when one of them failed, after all of them ran.
 set -u
 jobs=${1:-$(nproc)}
@@ -20,7 +20,7 @@ layout() { listed '*.h' '*.cpp' | xargs -r clang-format --dry-run -Werror; }
 
 tidy() {
     listed '*.cpp' | grep -E '^(core|containers|text|signals|diagnostics|modules|util|platform|tools)/' |
-        xargs -r -P "$jobs" -n 1 clang-tidy --quiet -p build/clang-asan 2>/dev/null
+        xargs -r -P "$jobs" -n 1 clang-tidy --quiet -p build/lint 2>/dev/null
 }
 
 step "layout" layout
