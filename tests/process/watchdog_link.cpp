@@ -133,6 +133,27 @@ int room() {
     return 0;
 }
 
+// A static object of the program gives signs of life ahead of main and behind it.
+constexpr char const *statics_step = "QRV_TEST_STATICS";
+
+struct cStatic {
+    cStatic() { step(); }
+    cStatic(cStatic const &) = delete;
+    cStatic &operator=(cStatic const &) = delete;
+    ~cStatic() { step(); }
+    static void step() {
+        if (std::getenv(statics_step)) sig_progstep();
+    }
+} const of_program;
+
+int statics() {
+    qrv_set_post_message(show_post);
+    sig_init();
+    SetWatchDogID(77);
+    say("end");
+    return 0;
+}
+
 int steps() {
     for (int i = 0; i < 3; ++i) sig_progstep();
     return at_load.looks == 1 ? 0 : 1;
@@ -198,6 +219,7 @@ int child(std::string const &what) {
     if (what == "without title") return without_title();
     if (what == "with title") return with_title();
     if (what == "taken id") return taken_id();
+    if (what == "statics") return statics();
     if (what == "room") return room();
     if (what == "steps") return steps();
     if (what == "made too late") return made_too_late();
@@ -316,6 +338,7 @@ int main(int argc, char **argv) {
           "");
     check("with title", titled, "init[77: 1027 0 0][77: 1 2 3][77: 4 5 -6]id[77: 1027 0 0]");
     check("taken id", linked, "[" + number + ": 1027 0 0]");
+    check("statics", {titled[0], {statics_step, "1"}}, "[77: 1027 0 0]end[77: 1027 0 0]");
     check("room", titled, "16+4 40+5 16446+1024 ");
     check_event();
     check_socket();
