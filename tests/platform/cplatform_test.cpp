@@ -34,7 +34,9 @@ void put(std::string const &path, std::string const &text) {
 // A folder of its own; the system calls are put back afterwards.
 class Platform : public testing::Test {
   protected:
-    Platform() : folder(testing::TempDir() + "qrv_platform"), file(folder + "/file") {
+    Platform()
+        : folder(testing::TempDir() + "qrv_platform_" + std::to_string(::getpid())),
+          file(folder + "/file") {
         fs::remove_all(folder);
         fs::create_directory(folder);
     }
