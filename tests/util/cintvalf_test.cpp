@@ -151,6 +151,10 @@ TEST_F(IntF, objects_compare_by_number_and_views_by_format_too) {
     cRef<cIntValF> const b = make<cIntValF>(16, cIntFormat::fmtDec);
     EXPECT_TRUE(*a == *b);
     EXPECT_FALSE(*a != *b);
+    int number = 16;
+    cRef<cIntRefF> const ref = make<cIntRefF>(number, cIntFormat::fmtOct);
+    EXPECT_TRUE(*ref == *make<cIntRefF>(*ref) && *ref == *a && *a == *ref && !(*ref != *b));
+    EXPECT_TRUE(*a != *cat::of(16) && *cat::of(16) != *a && *ref != *cat::of(16));
     cIntFormat const &view = *a;
     EXPECT_TRUE(view != static_cast<cIntFormat const &>(*b));
     EXPECT_TRUE(a->equal(b));

@@ -9,11 +9,16 @@
 //           blanks, and as many bits as the number needs, so that they read back
 //   read    one word, in double quotes or bare, by cIntFormat::set_str
 //
+// Plain text, and so write2file and cPersistentMap without that guard, writes bits with blanks,
+// which `read` refuses.
+//
 // `equal`, `less` and the hash of keys look at the number alone. The type is made when it is first
 // named, in a file or by cat::type_intf(). One thread at a time.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/util/cintformat.h"
+
+#include <concepts>
 
 namespace cat {
 // The type "intf"; never null. Made, and registered if its name is free, at the first call.
@@ -30,8 +35,13 @@ class QRV_API cIntValF : public cObjD<int>, public cIntFormat {
     ~cIntValF() override;
 
     using cObjD<int>::operator=;
-    using cObj::operator==; // as objects; as cIntFormat the format counts too
-    using cObj::operator!=;
+    // As objects, of any type: the number counts. As cIntFormat the format counts too.
+    template <std::derived_from<cObj> T> bool operator==(T const &other) const {
+        return equal(other);
+    }
+    template <std::derived_from<cObj> T> bool operator!=(T const &other) const {
+        return !equal(other);
+    }
 };
 
 // Refers to a number that lives elsewhere and must outlive it. Its format is its own.
@@ -44,6 +54,10 @@ class QRV_API cIntRefF : public cObjDR<int>, public cIntFormat {
     ~cIntRefF() override;
 
     using cObjDR<int>::operator=;
-    using cObj::operator==;
-    using cObj::operator!=;
+    template <std::derived_from<cObj> T> bool operator==(T const &other) const {
+        return equal(other);
+    }
+    template <std::derived_from<cObj> T> bool operator!=(T const &other) const {
+        return !equal(other);
+    }
 };

@@ -1,0 +1,38 @@
+// Numbers with a format in static objects: the type is made by the first, they are used while
+// statics die, and one outlives the library's core, without a complaint of a sanitizer.
+
+#include "process.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/util/cintvalf.h"
+
+namespace {
+
+objref early = make<cIntValF>(31, cIntFormat::fmtHEX); // goes last: only held
+
+struct cUser {
+    cUser() { cat::nil(); } // the core goes later than this
+    cUser(cUser const &) = delete;
+    cUser &operator=(cUser const &) = delete;
+    ~cUser() {
+        CHECK(cat::as_text(value) == "intf(0x1F)");
+        CHECK(value->assign(cat::of("b101")));
+        objref more;
+        CHECK(cObj::readobj("[intf(017)]", more) == 0 && more);
+        CHECK(cat::as_text(value->clone()) == "intf(b 0000 0101)");
+        cat::type_hash_ptr()->delitem("intf");
+        CHECK(cat::as_text(make<cIntValF>(8, cIntFormat::fmtOct)) == "intf(010)");
+        value = nullptr;
+        if (failures != 0) _exit(1);
+    }
+    objref value;
+};
+
+} // namespace
+
+int main() {
+    CHECK(&early->type() == &cat::find_type("intf"));
+    static cUser user;
+    user.value = make<cIntValF>(*static_cast<cIntValF *>(early.get()));
+    return failures != 0;
+}
