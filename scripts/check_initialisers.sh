@@ -7,7 +7,8 @@ set -euo pipefail
 [[ $# -gt 0 ]] || { echo "usage: check_initialisers.sh OBJECT..." >&2; exit 2; }
 status=0 found=
 for object; do
-    if nm "$object" | grep -q '_GLOBAL__sub_I_'; then
+    # To its end: a grep that stops at the first hit would fail nm, and so the whole pipe.
+    if nm "$object" | grep '_GLOBAL__sub_I_' >/dev/null; then
         case $object in
         */core/startup.cpp.o) found=yes ;;
         *)
