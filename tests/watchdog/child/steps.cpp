@@ -2,14 +2,21 @@
 // the library's objects and an event of its own (own_event.cpp), and on the shared library as it
 // is.
 //
-//   init            fires sig_init             take        links up with the watch dog; prints if
-//   it did step N          N signs of life            post M W L  a message raw N           a
-//   datagram of N bytes to the watch dog, past the library busy            a sign of life every few
-//   milliseconds until its standard input ends id, open, mask  print the id; the open descriptors;
-//   blocked and not default signals say TEXT        prints a line              wait        until
-//   its standard input ends user N          becomes another user       stop        stops itself, as
-//   a debugger would deaf            ignores SIGTERM            hang        does nothing any more
-//   exit N          ends                       raise N     dies of a signal
+//   init           fires sig_init
+//   take           links up with the watch dog; prints if it did
+//   step N         N signs of life
+//   post M W L     a message
+//   raw N          a datagram of N bytes to the watch dog, past the library
+//   busy           a sign of life every few milliseconds until its standard input ends
+//   id, open, mask print the id; the open descriptors; blocked and not default signals
+//   say TEXT       prints a line
+//   wait           until its standard input ends
+//   user N         becomes another user
+//   stop           stops itself, as a debugger would
+//   deaf           ignores SIGTERM
+//   hang           does nothing any more
+//   exit N         ends
+//   raise N        dies of a signal
 //
 // It ends by itself after two minutes, whatever becomes of who started it.
 
