@@ -1,8 +1,9 @@
 #pragma once
 // What the watch dog says: lines on standard error, each with "qrv-watchdog: " before it.
 //
-// A reader that does not read must not stop a watch dog, which has a program to look after: a line
-// that finds no room within a moment is dropped, and so are those behind it until there is room.
+// A reader that does not read, or slowly, must not stop a watch dog, which has a program to look
+// after: a line that can't be written within a moment is dropped, and so are those behind it that
+// find no room.
 
 #include <stdexcept>
 #include <string>
