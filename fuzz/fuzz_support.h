@@ -29,7 +29,7 @@ namespace fuzz {
     std::abort();
 }
 
-// Around the work on one input. The core is made by the first.
+// Around the work on one input. The core is made by the first, with all types that it can make.
 class cInput {
   public:
     cInput() : census_(census()), types_(std::in_place) {}
@@ -47,7 +47,7 @@ class cInput {
   private:
     static std::uint32_t census() {
         static bool const ready = [] {
-            core_bootstrap();
+            cat::find_type("intf"); // made when it is first named
             sig_idle();
             return true;
         }();
