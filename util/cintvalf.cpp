@@ -66,6 +66,11 @@ bool write(cObj &obj, objref &stream) {
     return !os.bad();
 }
 
+// Up to a NUL byte is not the whole of a text.
+bool set_whole(cIntFormat &value, std::string const &text) {
+    return text.find('\0') == std::string::npos && value.set_str(text.c_str());
+}
+
 bool read(cObj &obj, objref &stream) {
     cIntFormat *const value = format_of(obj);
     auto const *const holder = dynamic_cast<cInHolder const *>(stream.get());
@@ -73,7 +78,7 @@ bool read(cObj &obj, objref &stream) {
     std::string word;
     if (!(holder->val() >> word)) return false;
     if (word.front() == '"') word = word.size() < 2 ? "" : word.substr(1, word.size() - 2);
-    return value->set_str(word.c_str());
+    return set_whole(*value, word);
 }
 
 // --- converters ---
@@ -84,7 +89,7 @@ bool from_string(cObj &obj, objref &source) {
     cIntFormat *const value = format_of(obj);
     int number = number_of(obj);
     cIntFormat trial(number, value ? value->format() : cIntFormat::fmtDec);
-    if (text.find('\0') != std::string::npos || !trial.set_str(text.c_str())) return false;
+    if (!set_whole(trial, text)) return false;
     if (value)
         *value = trial;
     else

@@ -18,6 +18,7 @@
 
 namespace {
 
+using namespace std::string_literals;
 using Format = cIntFormat::Format;
 
 size_t width_of(Format format) {
@@ -350,6 +351,15 @@ TEST_F(IntFText, read_takes_one_word) {
     EXPECT_FALSE(value->read(is)); // x
     EXPECT_FALSE(value->read(is)); // the end
     EXPECT_EQ(value->str(), "b 0000 0101");
+}
+
+TEST_F(IntFText, read_takes_no_word_with_a_nul_byte) {
+    cRef<cIntValF> const value = make<cIntValF>(31, cIntFormat::fmtHex);
+    for (std::string const &word : {"1\0002"s, "\"1\0002\""s, "\0"s}) {
+        std::istringstream is(word);
+        EXPECT_FALSE(value->read(is));
+        EXPECT_EQ(value->str(), "0x1f");
+    }
 }
 
 TEST_F(IntFText, files_carry_number_and_format) {
