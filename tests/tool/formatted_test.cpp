@@ -93,6 +93,19 @@ TEST_F(ToolFormatted, set_adds) {
               "statements:1:9: note: --convert allows it\n");
 }
 
+TEST_F(ToolFormatted, set_adds_a_text_as_the_number_that_it_says) {
+    EXPECT_EQ(refused("port += \"0x7fffffff\""),
+              "statements:1:9: error: port: the sum is too large for an intf\n"
+              "statements:1:9: note: &= stores a double\n");
+    EXPECT_EQ(refused("port += \"5000000000\""),
+              "statements:1:9: error: port: intf reads 5000000000 as 705032704\n"
+              "statements:1:9: note: --convert allows it\n");
+    EXPECT_EQ(refused("port += \"-010\""), "statements:1:9: error: port: intf reads -010 as -8\n"
+                                           "statements:1:9: note: --convert allows it\n");
+    EXPECT_EQ(run({"set", "--convert", "-i", "f", "port += \"-010\""}), (cRun{0, "", ""}));
+    EXPECT_EQ(read("f"), "{port= intf(0x17); mask= intf(b00001111); count= 5; }\n");
+}
+
 TEST_F(ToolFormatted, set_replaces_by_another_type) {
     EXPECT_EQ(after("port &= 5; count &= intf(0x5)"),
               "{port= 5; mask= intf(b00001111); count= intf(0x5); }\n");

@@ -145,9 +145,23 @@ class cAssignment {
         return told;
     }
 
+    // A text that is added to an intf is the number that it says.
+    void test_text_sum() {
+        std::string const text = cat::as_string(statement_.value);
+        std::optional<int> const other = misread(text);
+        int number = 0;
+        cIntFormat(number, cIntFormat::fmtDec).set_str(text.c_str());
+        if (other && !options_.convert)
+            refuse_value("intf reads " + shortened(text) + " as " + std::to_string(*other),
+                         "--convert allows it");
+        else
+            test_number(*number_, number);
+    }
+
     void test_sum() {
         std::optional<double> const given = number_of(statement_.value);
         if (number_ && given) return test_number(*number_, *given);
+        if (number_ && &statement_.value->type() == &cat::type_string()) return test_text_sum();
         if (!cObj::is_map(now_) && !cObj::is_vector(now_) && !cObj::is_set(now_)) return;
         if (!statement_.value->is_container())
             refuse_value("it is " + kind_of(now_) + ", to which += adds the values of another one",
