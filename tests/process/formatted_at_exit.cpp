@@ -1,7 +1,9 @@
 // Numbers with a format in static objects: the type is made by the first, they are used while
-// statics die, and one outlives the library's core, without a complaint of a sanitizer.
+// statics die, and some outlive the library's core or stand where only its tear-down finds them,
+// without a complaint of a sanitizer.
 
 #include "process.h"
+#include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/util/cintvalf.h"
@@ -9,6 +11,8 @@
 namespace {
 
 objref early = make<cIntValF>(31, cIntFormat::fmtHEX); // goes last: only held
+int number = 8;
+cIntRefF by_value(number, cIntFormat::fmtOct); // goes late too
 
 struct cUser {
     cUser() { cat::nil(); } // the core goes later than this
@@ -33,6 +37,11 @@ struct cUser {
 int main() {
     CHECK(&early->type() == &cat::find_type("intf"));
     static cUser user;
+    early->set_omember("note", make<cIntValF>(1));
+    cat::type_intf().set_omember("kept", make<cIntValF>(2));
+    cat::type_intf().set_tmember("own", make<cIntValF>(3));
+    cat::type_int().set_omember("kept", make<cIntValF>(4));
+    cat::typemap().set_omember("kept", early->clone());
     user.value = make<cIntValF>(*static_cast<cIntValF *>(early.get()));
     return failures != 0;
 }
