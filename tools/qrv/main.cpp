@@ -177,7 +177,7 @@ void add_find(CLI::App &app, cFindOptions &options) {
         "  ?         any character\n"
         "  *         any number of characters; at the end of a pattern write *? for one or more,\n"
         "            for there * never takes the last one\n"
-        "  [a-z_]    one of these, [!a-z] one of no others\n"
+        "  [a-z_]    one of these, [!a-z] any but these\n"
         "  {ab,c*d}  one of these patterns\n"
         "  \\x        the character x itself\n"
         "A * or { takes what leads to the longest match; with --first, the first that works.\n"
@@ -187,9 +187,10 @@ void add_find(CLI::App &app, cFindOptions &options) {
         "  qrv find device.attr '{*bus,*bus*?}'    whatever has bus in it\n"
         "  qrv find device.attr '[!-0-9]*[0-9]'    ends with a digit and is no number\n"
         "\n"
-        "A line is a statement that set takes, and so are all of them together, but for a path\n"
-        "with a key that is no number and no string. A value that stands at several paths is\n"
-        "looked at under the first of them. If nothing is found, the exit code is 1.");
+        "Each is printed as a statement that set takes, and so are all of them together, but\n"
+        "for a file of one value and a path with a key that is no number and no string. A value\n"
+        "that stands at several paths is looked at under the first of them. If nothing is\n"
+        "found, the exit code is 1.");
 }
 
 void add_explain(CLI::App &app, cExplainOptions &options) {
