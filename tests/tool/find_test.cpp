@@ -209,6 +209,16 @@ TEST_F(ToolFind, objects_of_declared_types_have_keys) {
     expect_each_taken(text);
 }
 
+TEST_F(ToolFind, a_key_that_no_path_can_have_is_told) {
+    std::string const text = "{n= intf(0x10); m= {intf(0x1F)= {a= hum}; 2= hum; 2.5f= hum}}";
+    cRun const run = find(text, {"hum"});
+    EXPECT_EQ(run.out, "m/intf(0x1F)/a = hum;\nm/2 = hum;\nm/2.50000f = hum;\n");
+    EXPECT_EQ(run.err, "f: warning: m/intf(0x1F)/a: set takes no path with a key of type intf\n");
+    EXPECT_EQ(run.status, 0);
+    expect_taken(text, run.out.substr(run.out.find('\n') + 1));
+    EXPECT_EQ(found(text, "n"), "n = intf(0x10);\n");
+}
+
 TEST_F(ToolFind, values_of_types_from_modules) {
     std::string const text = "{sky= color(0 0 255); flag= palette(sun= '#ffff00')}";
     write("f", text);

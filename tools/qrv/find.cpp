@@ -1,6 +1,6 @@
 // `find`: the entries of a file whose key, or the text of whose value, a pattern matches as a
 // whole. Each is printed as a statement for `set`, "path = value;", so that the output as a whole
-// can be given to it.
+// can be given to it. What stands under a key that no path can have is printed with a warning.
 //
 // The walk keeps the way to where it is, on a stack of its own, and makes a path only of what is
 // found. Of a value that several paths lead to, contents and text are looked at under the first of
@@ -18,6 +18,7 @@
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/cexacttext.h"
+#include "qrv/util/cintvalf.h"
 #include "raised.h"
 #include "readback.h"
 #include "reading.h"
@@ -133,6 +134,7 @@ class cSearch {
         adding_ = false;
         if (messages_.count() > before) return;
         std::string const path = this->path();
+        test_path(path);
         if (!path.empty()) found_ += path + (takes_value(value) ? " = " : " &= ");
         found_ += text + ";\n";
     }
@@ -157,6 +159,21 @@ class cSearch {
             path += cat::as_text(level.node->key());
         }
         return path;
+    }
+
+    // What a path can have: one token.
+    static bool is_token(objref const &key) {
+        if (&key->type() == &cat::type_string()) return true;
+        return number_of(key) && &key->type() != &cat::type_intf();
+    }
+
+    void test_path(std::string const &path) {
+        for (cTree::cLevel const &level : tree_.way()) {
+            objref const &key = level.node->key();
+            if (is_token(key)) continue;
+            return messages_.warning(shortened(path) + ": set takes no path with a key of type " +
+                                     key->type().name());
+        }
     }
 
     // From now on every container stands on one line, and where it can't, since a text in it has
