@@ -77,6 +77,21 @@ TEST(WatchdogLife, a_deadline_missed_by_more_begins_anew_for_the_watch_dog_slept
     EXPECT_EQ(life.look(at(204s)), cStep::give_up);
 }
 
+TEST(WatchdogLife, a_watch_dog_that_was_stopped_begins_each_wait_anew) {
+    cLife life = started();
+    life.slept(at(10s)); // it would be due
+    EXPECT_EQ(life.look(at(20s - 1ns)), cStep::none);
+    EXPECT_EQ(life.look(at(20s)), cStep::terminate);
+    life.slept(at(22s));
+    EXPECT_EQ(life.deadline(), at(25s));
+    EXPECT_EQ(life.look(at(25s)), cStep::kill);
+    life.slept(at(28s));
+    EXPECT_EQ(life.deadline(), at(32s));
+    life.ended(exit_with(0));
+    life.slept(at(40s));
+    EXPECT_EQ(life.look(at(50s)), cStep::none);
+}
+
 TEST(WatchdogLife, exit_0_is_the_normal_end_whatever_restarts_are_left) {
     cLife life = started(5);
     EXPECT_FALSE(life.ended(exit_with(0)));

@@ -67,6 +67,17 @@ TEST(WatchdogSignals, a_second_one_is_passed_on_too_and_the_first_one_counts) {
     EXPECT_EQ(dog.finish(), (cRun{128 + SIGHUP, "term\n", ""}));
 }
 
+TEST(WatchdogSignals, a_watch_dog_that_was_stopped_waits_anew) {
+    cDog dog({"--timeout", "3"}, child({"say", "ready", "hang"}));
+    EXPECT_EQ(dog.line(), "ready");
+    dog.signal(SIGSTOP);
+    ::sleep(2);
+    dog.signal(SIGCONT);
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_EQ(dog.status(), 124);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2900));
+}
+
 // A terminal sends its interrupt to all of the group, so it must not come twice.
 TEST(WatchdogSignals, an_interrupt_from_the_terminal_comes_once) {
     int const terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);

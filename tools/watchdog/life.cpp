@@ -31,10 +31,12 @@ void cLife::stop(int signal, cTime now) {
     if (state_ == cState::running) enter(cState::ending, rules_.grace, now);
 }
 
+void cLife::slept(cTime now) { deadline_ = now + span_; }
+
 cLife::cStep cLife::look(cTime now) {
     if (state_ == cState::over || now < deadline_) return cStep::none;
     if (now - deadline_ > oversleep) {
-        deadline_ = now + span_;
+        slept(now);
         return cStep::none;
     }
     switch (state_) {

@@ -7,9 +7,9 @@
 //   every state but given up --the program ended--> over, or running again
 //
 // Rules: the start counts as the first sign of life. A sign in another state than running changes
-// nothing. Who was asked to stop starts nothing again. A deadline that was missed by more than
-// `oversleep` was missed because the watch dog itself did not run (stopped, or a machine that stood
-// still): what it waits for had no chance either, so the wait begins anew.
+// nothing. Who was asked to stop starts nothing again. When the watch dog itself did not run, what
+// it waits for had no chance either, so the wait begins anew: it was stopped and goes on, or it
+// missed a deadline by more than `oversleep`, as on a machine that stood still.
 
 #include <chrono>
 
@@ -55,6 +55,7 @@ class cLife {
     void sign_of_life(cTime now);
     // Asked to end the program and itself, by that signal; the first one counts.
     void stop(int signal, cTime now);
+    void slept(cTime now); // the watch dog itself
     // What is to be done at this time; to be asked at deadline() and whenever it is liked.
     cStep look(cTime now);
     // The program has ended. True if it is to be started again; if not, status() stands.

@@ -14,7 +14,7 @@ cSignals::cSignals() {
                 SIG_DFL); // ignored, as a caller may have it, it would hide how a program ended
     sigset_t set{};
     ::sigemptyset(&set);
-    for (int number : {SIGCHLD, SIGTERM, SIGINT, SIGHUP}) ::sigaddset(&set, number);
+    for (int number : {SIGCHLD, SIGCONT, SIGTERM, SIGINT, SIGHUP}) ::sigaddset(&set, number);
     ::sigprocmask(SIG_BLOCK, &set, nullptr);
     descriptor_ = cDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
     if (!descriptor_) throw cFailure(reason("cannot listen to signals", errno));

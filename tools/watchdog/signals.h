@@ -8,8 +8,8 @@ namespace watchdog {
 
 class cSignals {
   public:
-    // SIGCHLD, and those that ask for an end: SIGTERM, SIGINT, SIGHUP. SIGPIPE is ignored from here
-    // on. Throws cFailure.
+    // SIGCHLD, SIGCONT, which tells that we were stopped, and those that ask for an end: SIGTERM,
+    // SIGINT, SIGHUP. SIGPIPE is ignored from here on. Throws cFailure.
     cSignals();
     cSignals(cSignals const &) = delete;
     cSignals &operator=(cSignals const &) = delete;

@@ -100,7 +100,8 @@ void cWatch::wait() const {
 
 void cWatch::take_signals() {
     for (cSignals::cTaken taken = signals_.take(); taken.number != 0; taken = signals_.take()) {
-        if (taken.number == SIGCHLD) continue;
+        if (taken.number == SIGCONT) life_.slept(now());
+        if (taken.number == SIGCHLD || taken.number == SIGCONT) continue;
         life_.stop(taken.number, now());
         if (!taken.by_terminal) end_by(taken.number);
     }
