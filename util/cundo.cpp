@@ -105,8 +105,10 @@ cUndoGlobalList &cUndoGlobalList::operator=(cUndoGlobalList const &other) {
 
 cUndoGlobalList::~cUndoGlobalList() {
     if (life_) *life_ = nullptr;
-    active_ = false; // the destructors of actions find a list that takes no more
-    delete_from_front(take_all());
+    do {
+        active_ = false; // the destructors of actions find a list that takes no more,
+        delete_from_front(take_all());
+    } while (!entries_.empty()); // unless they open it again
 }
 
 void cUndoGlobalList::setActive(bool active) {

@@ -351,6 +351,24 @@ TEST_F(UndoInEnd, of_the_list_can_add_and_undo_nothing) {
     EXPECT_EQ(take_log(), "~b; ~a; ");
 }
 
+// A list that never took an action itself, as a copy, takes some even then.
+TEST_F(UndoInEnd, of_the_list_may_open_it_and_what_is_added_goes_too) {
+    Action *const a = add("a");
+    auto copy = std::make_unique<cUndoGlobalList>(*list);
+    list.reset();
+    cUndoGlobalList *const dying = copy.get();
+    a->at_end = [&, dying] {
+        dying->setActive(true);
+        for (char const *name : {"b", "c"}) {
+            auto *const late = new Action(log, name);
+            late->at_end = [dying] { EXPECT_EQ(dying->find(nullptr), nullptr); };
+            EXPECT_TRUE(dying->add(late));
+        }
+    };
+    copy.reset();
+    EXPECT_EQ(take_log(), "~a; cost b; ~c; ~b; ");
+}
+
 TEST_F(UndoInEnd, cannot_add_the_dying_action) {
     Action *const a = add("a");
     cUndoGlobalList other(false);
