@@ -94,8 +94,10 @@ bool edit(objref const &root, std::string const &path, objref const &value) {
     std::string const key = path.substr(cut + 1);
     auto action = std::make_unique<cEdit>(map, key, map->getattr(make_key(key)), value);
     if (!action->carry_out()) return false;
-    redoGlobalList.setActive(false);
-    redoGlobalList.setActive(true);
+    if (redoGlobalList.fActive()) {
+        redoGlobalList.setActive(false);
+        redoGlobalList.setActive(true);
+    }
     keep(undoGlobalList, std::move(action));
     map->changed();
     return true;
