@@ -18,8 +18,9 @@ class ToolFmtDeclared : public tool_test::Tool {
     }
 };
 
-std::string const changed = "f: error: the value would come back changed: digits, or strings that "
-                            "read as something else\n";
+std::string const changed =
+    "f: error: the value would come back changed: digits, bits, or strings that "
+    "read as something else\n";
 std::string const refused = "f: error: not written, for the new text doesn't read back the same\n";
 
 std::string const all_kinds =

@@ -148,8 +148,9 @@ TEST_F(ToolFmtInPlace, refuses_when_a_value_cannot_be_written_unless_forced) {
 
 TEST_F(ToolFmtInPlace, refuses_lost_digits_of_plain_text_unless_forced) {
     write("f", "[0.1234567]");
-    std::string const told = "f: error: the value would come back changed: digits, or strings that "
-                             "read as something else\n";
+    std::string const told =
+        "f: error: the value would come back changed: digits, bits, or strings that "
+        "read as something else\n";
     EXPECT_EQ(in_place({"--canonical"}), (cRun{2, "", told + refused}));
     EXPECT_EQ(read("f"), "[0.1234567]");
     EXPECT_EQ(in_place({"--canonical", "--force"}), (cRun{0, "", told}));
@@ -158,11 +159,12 @@ TEST_F(ToolFmtInPlace, refuses_lost_digits_of_plain_text_unless_forced) {
 
 TEST_F(ToolFmtInPlace, never_writes_plain_text_that_does_not_come_back) {
     write("f", "['x\\\ny']");
-    EXPECT_EQ(in_place({"--canonical", "--force"}),
-              (cRun{2, "",
-                    "f: error: the value would come back changed: digits, or strings that read as "
-                    "something else\n"
-                    "f: error: not written, for the new text doesn't read back the same\n"}));
+    EXPECT_EQ(
+        in_place({"--canonical", "--force"}),
+        (cRun{2, "",
+              "f: error: the value would come back changed: digits, bits, or strings that read as "
+              "something else\n"
+              "f: error: not written, for the new text doesn't read back the same\n"}));
     EXPECT_EQ(read("f"), "['x\\\ny']");
 }
 

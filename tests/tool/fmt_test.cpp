@@ -212,8 +212,9 @@ TEST_F(ToolFmt, canonical_is_the_plain_writers_bytes_and_nothing_more) {
 }
 
 TEST_F(ToolFmt, canonical_counts_lost_digits_and_words_as_lost) {
-    std::string const changed = "f: error: the value would come back changed: digits, or strings "
-                                "that read as something else\n";
+    std::string const changed =
+        "f: error: the value would come back changed: digits, bits, or strings "
+        "that read as something else\n";
     EXPECT_EQ(run_on("[0.1234567]", {"fmt", "--canonical"}), (cRun{1, "[0.123457, ]", changed}));
     EXPECT_EQ(run_on("['true']", {"fmt", "--canonical"}), (cRun{1, "[true, ]", changed}));
     EXPECT_EQ(run_on("['x\\\ny']", {"fmt", "--canonical"}),
@@ -223,10 +224,11 @@ TEST_F(ToolFmt, canonical_counts_lost_digits_and_words_as_lost) {
 }
 
 TEST_F(ToolFmt, check_of_canonical_text) {
-    EXPECT_EQ(run_on("[0.1234567, ]\n", {"fmt", "--canonical", "--check"}),
-              (cRun{1, "f:1: would change\n- [0.1234567, ]\n+ [0.123457, ]\n",
-                    "f: error: the value would come back changed: digits, or strings that read as "
-                    "something else\n"}));
+    EXPECT_EQ(
+        run_on("[0.1234567, ]\n", {"fmt", "--canonical", "--check"}),
+        (cRun{1, "f:1: would change\n- [0.1234567, ]\n+ [0.123457, ]\n",
+              "f: error: the value would come back changed: digits, bits, or strings that read as "
+              "something else\n"}));
     EXPECT_EQ(run_on("[1, ]", {"fmt", "--canonical", "--check"}), good(""));
 }
 

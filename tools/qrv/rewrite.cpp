@@ -96,7 +96,7 @@ bool read_back(std::string const &text, std::string const &image, cWriteOptions 
     cReply const reply = rewritten(messages.name(), text, {options, unchanged}, 0);
     bool const read = reply.status == exit_done;
     if (!image.empty() && (!read || reply.image != image))
-        messages.error("the value would come back changed: digits, or strings that read as "
+        messages.error("the value would come back changed: digits, bits, or strings that read as "
                        "something else");
     return read && reply.text == text;
 }
