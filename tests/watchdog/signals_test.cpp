@@ -78,6 +78,18 @@ TEST(WatchdogSignals, a_watch_dog_that_was_stopped_waits_anew) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2900));
 }
 
+TEST(WatchdogSignals, one_that_the_caller_ignores_ends_nobody) {
+    // The watch dog outside passes it on to the one inside.
+    cDog dog({"--grace", "60"},
+             shell("trap '' HUP; exec " + test::binary_file("bin/qrv-watchdog") + " --event " +
+                   dog_test::own_name() + " -- " + child({})[0] + " say ready wait say done"));
+    EXPECT_EQ(dog.line(), "ready");
+    dog.signal(SIGHUP);
+    ::usleep(300000); // it is there by then
+    dog.end_input();
+    EXPECT_EQ(dog.finish(), (cRun{128 + SIGHUP, "done\n", ""}));
+}
+
 // A terminal sends its interrupt to all of the group, so it must not come twice.
 TEST(WatchdogSignals, an_interrupt_from_the_terminal_comes_once) {
     int const terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
@@ -88,7 +100,7 @@ TEST(WatchdogSignals, an_interrupt_from_the_terminal_comes_once) {
     // setsid lets the shell open the terminal as its own; the watch dog is in its group.
     cDog dog({"--grace", "60"},
              {"setsid", "-w", "/bin/sh", "-c",
-              "exec <" + name + "; trap '' INT; exec " + test::binary_file("bin/qrv-watchdog") +
+              "exec <" + name + "; exec " + test::binary_file("bin/qrv-watchdog") +
                   " --grace 60 --event " + dog_test::own_name() +
                   " -- /bin/sh -c 'n=0; trap \"n=\\$((n+1)); echo int \\$n\" INT; "
                   "trap \"echo at the end \\$n; exit 0\" TERM; echo ready; "

@@ -23,13 +23,15 @@ std::vector<char *> pointers(std::vector<std::string> &texts) {
     return list;
 }
 
-// Whatever signals we block, ignore or were told to ignore: the program begins as programs do.
+// Whatever signals we block, ignore or were told to ignore: the program begins as programs do. Of
+// those that a terminal sends it ignores what our caller ignores, as under nohup.
 class cAttributes {
   public:
     cAttributes() {
         sigset_t none{}, all{};
         ::sigemptyset(&none);
         ::sigfillset(&all);
+        for (int number : {SIGHUP, SIGINT, SIGQUIT}) ::sigdelset(&all, number);
         int const error = ::posix_spawnattr_init(&attributes_);
         if (error != 0) throw cFailure(reason("cannot prepare a start", error));
         ::posix_spawnattr_setsigmask(&attributes_, &none);

@@ -1,7 +1,8 @@
 #pragma once
 // The watched program as a process: it starts with the variables that tell it about the watch dog,
-// with default signal handling, and with the standard streams that the watch dog was given. Only
-// the program itself is ended, not what it has started.
+// with default signal handling but for a terminal's signals that our caller ignores, and with the
+// standard streams that the watch dog was given. Only the program itself is ended, not what it has
+// started.
 
 #include "life.h"
 

@@ -8,13 +8,24 @@
 
 namespace watchdog {
 
+namespace {
+
+bool is_ignored(int number) {
+    struct sigaction action {};
+    return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+} // namespace
+
 cSignals::cSignals() {
     std::signal(SIGPIPE, SIG_IGN); // who does not read what is told
     std::signal(SIGCHLD,
                 SIG_DFL); // ignored, as a caller may have it, it would hide how a program ended
     sigset_t set{};
     ::sigemptyset(&set);
-    for (int number : {SIGCHLD, SIGCONT, SIGTERM, SIGINT, SIGHUP}) ::sigaddset(&set, number);
+    for (int number : {SIGCHLD, SIGCONT, SIGTERM}) ::sigaddset(&set, number);
+    for (int number : {SIGINT, SIGHUP})
+        if (!is_ignored(number)) ::sigaddset(&set, number);
     ::sigprocmask(SIG_BLOCK, &set, nullptr);
     descriptor_ = cDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
     if (!descriptor_) throw cFailure(reason("cannot listen to signals", errno));

@@ -9,7 +9,8 @@ namespace watchdog {
 class cSignals {
   public:
     // SIGCHLD, SIGCONT, which tells that we were stopped, and those that ask for an end: SIGTERM,
-    // SIGINT, SIGHUP. SIGPIPE is ignored from here on. Throws cFailure.
+    // and SIGINT and SIGHUP unless our caller ignores them, as nohup does. SIGPIPE is ignored from
+    // here on. Throws cFailure.
     cSignals();
     cSignals(cSignals const &) = delete;
     cSignals &operator=(cSignals const &) = delete;
