@@ -100,10 +100,11 @@ TEST_F(ToolFormatted, set_adds_a_text_as_the_number_that_it_says) {
               "statements:1:9: error: port: the sum is too large for an intf\n"
               "statements:1:9: note: &= stores a double\n");
     EXPECT_EQ(refused("port += \"5000000000\""),
-              "statements:1:9: error: port: intf reads 5000000000 as 705032704\n"
+              "statements:1:9: error: port: intf reads \"5000000000\" as 705032704\n"
               "statements:1:9: note: --convert allows it\n");
-    EXPECT_EQ(refused("port += \"-010\""), "statements:1:9: error: port: intf reads -010 as -8\n"
-                                           "statements:1:9: note: --convert allows it\n");
+    EXPECT_EQ(refused("port += \"-010\""),
+              "statements:1:9: error: port: intf reads \"-010\" as -8\n"
+              "statements:1:9: note: --convert allows it\n");
     EXPECT_EQ(run({"set", "--convert", "-i", "f", "port += \"-010\""}), (cRun{0, "", ""}));
     EXPECT_EQ(read("f"), "{port= intf(0x17); mask= intf(b00001111); count= 5; }\n");
 }
@@ -118,10 +119,11 @@ TEST_F(ToolFormatted, set_refuses_what_would_be_stored_as_another_number) {
         "statements:1:8: note: &= replaces it with its type; --convert stores the changed value\n";
     EXPECT_EQ(refused("port = 3.5"),
               "statements:1:8: error: port: 3.50000 would be stored as intf(0x3)\n" + converts);
-    for (char const *text : {"\"5000000000\"", "\"-010\"", "\"040000000000\""})
+    for (auto const &[text, number] :
+         {std::pair{"\"5000000000\"", "705032704"}, {"\"-010\"", "-8"}, {"\"040000000000\"", "0"}})
         EXPECT_EQ(refused("port = " + std::string(text)),
-                  "statements:1:8: error: port: it is an intf and can't take a string as it is\n" +
-                      converts);
+                  "statements:1:8: error: port: intf reads " + std::string(text) + " as " + number +
+                      "\n" + converts);
     EXPECT_EQ(run({"set", "--convert", "-i", "f", "port = 3.5"}), (cRun{0, "", ""}));
     EXPECT_EQ(read("f"), "{port= intf(0x3); mask= intf(b00001111); count= 5; }\n");
 }
@@ -148,6 +150,11 @@ TEST_F(ToolFormatted, merge_takes_numbers_texts_and_forms) {
     write("over", "{port= 32; mask= \"0x3\"; new= intf(07); }\n");
     EXPECT_EQ(run({"merge", "f", "over"}),
               (cRun{0, "{port= intf(0x20); mask= intf(0x3); count= 5; new= intf(07); }\n", ""}));
+    write("over", "{port= \"-010\"; }\n");
+    EXPECT_EQ(
+        run({"merge", "f", "over"}),
+        (cRun{2, "",
+              "over:1:8: error: at /port: intf reads \"-010\" as -8; --convert allows it\n"}));
     write("over", "{port= intf(b1); count= intf(0x7); }\n");
     cRun const result = run({"merge", "f", "over"});
     EXPECT_EQ(result.status, 2);

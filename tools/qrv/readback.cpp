@@ -117,6 +117,10 @@ class cComparison {
         if (is_constant(*stored)) return add_constant(stored);
         if (!stored->is_container() && (comes_back(stored, given) || reads_as(stored, given)))
             return;
+        if (is_formatted(stored) && &given->type() == &cat::type_string())
+            if (std::optional<int> const number = misread(cat::as_string(given)))
+                return add("intf reads " + shown(given) + " as " + std::to_string(*number),
+                           cMismatch::type);
         add("it is " + kind_of(stored) + " and can't take " + kind_of(given) + " as it is",
             cObj::is_nil(given) || stored->is_type() ? cMismatch::value : cMismatch::type);
     }

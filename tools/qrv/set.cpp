@@ -152,7 +152,7 @@ class cAssignment {
         int number = 0;
         cIntFormat(number, cIntFormat::fmtDec).set_str(text.c_str());
         if (other && !options_.convert)
-            refuse_value("intf reads " + shortened(text) + " as " + std::to_string(*other),
+            refuse_value("intf reads " + shown(statement_.value) + " as " + std::to_string(*other),
                          "--convert allows it");
         else
             test_number(*number_, number);
