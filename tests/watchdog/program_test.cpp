@@ -7,6 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace watchdog;
 
@@ -48,6 +52,26 @@ TEST(WatchdogProgram, what_was_not_started_has_not_ended_and_takes_no_signal) {
     EXPECT_FALSE(program.ended());
     program.signal(9); // to process id 0 it would be our own group's
     EXPECT_EQ(program.full_name(), "such");
+}
+
+TEST(WatchdogProgram, an_orphan_that_comes_to_us_leaves_no_zombie) {
+    auto const ended_child = [] {
+        siginfo_t info{};
+        ::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT);
+        return info.si_pid;
+    };
+    ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+    cProgram program({"/bin/sh", "-c", "(true &); exec sleep 100"}, 1);
+    ASSERT_EQ(program.start(), 0);
+    while (ended_child() == 0) ::usleep(1000);
+    EXPECT_FALSE(program.ended());
+    EXPECT_EQ(ended_child(), 0);
+    program.signal(SIGKILL);
+    std::optional<cEnd> end;
+    while (!end) end = program.ended();
+    EXPECT_TRUE(end->by_signal);
+    EXPECT_EQ(end->number, SIGKILL);
+    ::prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
 TEST(WatchdogProgram, names_have_no_folders) {

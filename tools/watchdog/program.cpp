@@ -78,7 +78,9 @@ int cProgram::start() {
 std::optional<cEnd> cProgram::ended() {
     if (pid_ <= 0) return std::nullopt;
     int status = 0;
-    pid_t const found = ::waitpid(pid_, &status, WNOHANG);
+    pid_t found = 0;
+    do found = ::waitpid(-1, &status, WNOHANG);
+    while (found > 0 && found != pid_); // an orphan that came to us
     if (found == 0 || (found < 0 && errno == EINTR)) return std::nullopt;
     if (found < 0) throw cFailure(reason("cannot wait for " + full_name(), errno));
     pid_ = 0;

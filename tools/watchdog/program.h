@@ -26,7 +26,8 @@ class cProgram {
 
     // 0, or the error number of what the system said.
     int start();
-    // How it ended, once; nothing as long as it lives. Throws cFailure.
+    // How it ended, once; nothing as long as it lives. Takes the ends of orphans too, which come to
+    // the first process of a container. Throws cFailure.
     std::optional<cEnd> ended();
     void signal(int number) const; // nothing if none runs
     bool is_running() const { return pid_ > 0; }
