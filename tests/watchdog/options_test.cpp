@@ -95,10 +95,11 @@ TEST(WatchdogOptions, a_program_is_required_behind_the_mark) {
     EXPECT_EQ(refused({}), "-- PROGRAM is required");
     EXPECT_EQ(refused({"--"}), "-- PROGRAM is required");
     EXPECT_EQ(refused({"--verbose"}), "-- PROGRAM is required");
-    EXPECT_EQ(refused({"p"}), "The following argument was not expected: p");
-    EXPECT_EQ(refused({"p", "--", "q"}), "The following argument was not expected: p");
+    std::string const hint = "\nPROGRAM and its arguments stand behind --";
+    EXPECT_EQ(refused({"p"}), "The following argument was not expected: p" + hint);
+    EXPECT_EQ(refused({"p", "--", "q"}), "The following argument was not expected: p" + hint);
     EXPECT_EQ(refused({"--colour", "--", "p"}),
-              "The following argument was not expected: --colour");
+              "The following argument was not expected: --colour" + hint);
 }
 
 TEST(WatchdogOptions, an_empty_command_line_without_its_own_name) {

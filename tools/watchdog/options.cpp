@@ -74,6 +74,14 @@ void add_options(CLI::App &app, cOptions &options) {
     app.add_flag("--verbose", options.verbose, "tell of starts, messages and ignored datagrams");
 }
 
+// CLI11's own, but for what stands ahead of the mark and belongs behind it.
+std::string failure(CLI::App const *app, CLI::Error const &error) {
+    std::string text = CLI::FailureMessage::simple(app, error);
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError))
+        text.insert(text.find('\n') + 1, "PROGRAM and its arguments stand behind --\n");
+    return text;
+}
+
 // Of the options alone; throws what CLI11 throws.
 void parse_own(CLI::App &app, cOptions &options, std::vector<std::string> own, bool has_mark) {
     std::reverse(own.begin(), own.end()); // as CLI11 takes them
@@ -107,6 +115,7 @@ cParsed parse(int argc, char const *const *argv) {
     app.formatter(std::make_shared<cFormatter>());
     app.set_version_flag("--version", std::string(QRV_VERSION_TEXT));
     app.footer(footer);
+    app.failure_message(failure);
     add_options(app, options);
     try {
         parse_own(app, options, {all.begin(), mark}, has_mark);
