@@ -1,6 +1,7 @@
 // The watch dog and real programs: how they live, hang, die, and are started again.
 
 #include "tests/watchdog/dog_run.h"
+#include "tests/watchdog/plain_path.h"
 
 using dog_test::cDog, dog_test::cRun, dog_test::child, dog_test::run, dog_test::shell;
 using dog_test::shared_child;
@@ -132,6 +133,7 @@ TEST(WatchdogLives, two_hundred_restarts_leave_no_zombie_and_no_descriptor) {
 }
 
 TEST(WatchdogLives, what_cannot_be_started_is_told_with_the_reason) {
+    dog_test::cPlainPath const path;
     EXPECT_EQ(run({"--restart", "3"}, {"/no/such/program"}),
               (cRun{127, "",
                     "qrv-watchdog: cannot start /no/such/program: No such file or "
@@ -147,6 +149,7 @@ TEST(WatchdogLives, what_cannot_be_started_is_told_with_the_reason) {
 }
 
 TEST(WatchdogLives, control_characters_of_a_name_are_not_told) {
+    dog_test::cPlainPath const path;
     EXPECT_EQ(run({}, {"a\n\x1B[2Jb\x7F"}).err,
               "qrv-watchdog: cannot start a??[2Jb?: No such file or directory\n");
 }

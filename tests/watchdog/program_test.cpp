@@ -3,6 +3,7 @@
 #include "tools/watchdog/program.h"
 
 #include "tests/support/paths.h"
+#include "tests/watchdog/plain_path.h"
 
 #include <gtest/gtest.h>
 
@@ -38,6 +39,7 @@ TEST(WatchdogProgram, an_empty_environment) {
 }
 
 TEST(WatchdogProgram, the_error_of_a_failed_start) {
+    dog_test::cPlainPath const path;
     EXPECT_EQ(cProgram({"/no/such"}, 1).start(), ENOENT);
     EXPECT_EQ(cProgram({"no-such-program-anywhere"}, 1).start(), ENOENT);
     EXPECT_EQ(cProgram({""}, 1).start(), ENOENT);
