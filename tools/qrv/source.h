@@ -49,7 +49,7 @@ class cSource {
     // fail, or its key. None for what is declared elsewhere.
     std::optional<cPlace> declared(std::string const &type, cPlace before);
     std::optional<cPlace> declared(std::string const &type, objref const &key, cPlace before);
-    // Where the specification of the key stands in that declaration.
+    // Where the attspec of the key stands in that declaration.
     std::optional<cPlace> specified(std::string const &type, objref const &key, cPlace before);
     // Has a declaration of it failed before that place?
     bool has_failed(std::string const &type, cPlace before);
