@@ -123,6 +123,9 @@ class Install(unittest.TestCase):
         linked = done("ldd", self.tree / "bin/qrv")
         self.assertIn(str(self.tree), os.path.realpath(re.search(r"libqrv\.so\.\d+ => (\S+)", linked)[1]))
 
+    def test_libraries_come_from_no_folder_of_others(self):
+        done(sys.executable, SOURCE / "scripts/check_run_paths.py", self.tree)
+
     def test_a_cmake_consumer_where_it_was_installed(self):
         self.assert_consumer(self.printed_before)
 
@@ -135,6 +138,7 @@ class Install(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stdout)
         done("cmake", "--build", build)
         done("cmake", "--install", build, "--prefix", self.scratch / "modules")
+        done(sys.executable, SOURCE / "scripts/check_run_paths.py", build, self.scratch / "modules")
         self.assertEqual(files(self.scratch / "modules"), ["include/colour/colour.h", f"{LIBDIR}/qrv/modules/colour.so"])
 
     def test_other_versions_are_refused(self):

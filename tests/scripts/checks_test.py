@@ -218,6 +218,53 @@ class Symbols(Tree):
         self.fails("is missing", "exports.sh", library, "none.txt")
 
 
+class RunPaths(Tree):
+    def link(self, *paths):
+        source = self.write("a.c", "int main(void) { return 0; }\n")
+        options = [f"-Wl,-rpath,{path}" for path in paths]
+        subprocess.run(["cc", str(source), "-o", str(self.root / "built/a"), *options], check=True)
+
+    def setUp(self):
+        super().setUp()
+        self.own = self.root / "own"
+        for folder in (self.own, self.root / "built"):
+            folder.mkdir()
+            folder.chmod(0o755)
+
+    def test_paths_that_only_the_owner_can_write_to(self):
+        self.link("$ORIGIN", "$ORIGIN/../lib", self.own)
+        self.passes("check_run_paths.py", "built")
+
+    def test_no_path(self):
+        self.link()
+        self.passes("check_run_paths.py", "built")
+
+    def test_an_empty_element(self):
+        self.link(f"{self.own}:")
+        self.fails("element '' is empty\n", "check_run_paths.py", "built")
+
+    def test_a_relative_element(self):
+        self.link("lib")
+        self.fails("element 'lib' is relative\n", "check_run_paths.py", "built")
+
+    def test_an_element_that_others_can_write_to(self):
+        self.own.chmod(0o777)
+        for path in (self.own, f"{self.own}/not/there", "$ORIGIN/../own"):
+            with self.subTest(path):
+                self.link(path)
+                self.fails(f"element '{path}' is writable by others\n", "check_run_paths.py", "built")
+
+    def test_the_options_of_a_build_file(self):
+        line = '  LINK_LIBRARIES = -Wl,-rpath,"\\$$ORIGIN/..{}"  libqrv.so\n'
+        self.write("built/build.ninja", line.format(""))
+        self.passes("check_run_paths.py", "built")
+        self.write("built/build.ninja", line.format(":"))
+        self.fails("element '' is empty\n", "check_run_paths.py", "built")
+
+    def test_nothing_to_check(self):
+        self.fails("nothing to check below built\n", "check_run_paths.py", "built")
+
+
 class Page(Tree):
     def setUp(self):
         super().setUp()
@@ -233,9 +280,23 @@ class Page(Tree):
         self.write("README.md", "```console\n$ ./dev run a\nb\n```\n")
         self.fails("-b\n+a\n", "check_page.py", "README.md", "tool")
 
-    def test_a_program_beside_the_tool(self):
-        self.write("README.md", "```console\n$ build/dev/bin/tool b\nb\n```\n")
+    def test_programs_beside_the_tool(self):
+        for name in ("other", "qrv-watchdog"):
+            shutil.copy(self.tool, self.root / name)
+        self.write("README.md", "```console\n$ ./dev example other a\na\n$ build/dev/bin/other b\nb\n"
+                                "$ ./dev watchdog c\nc\n```\n")
         self.passes("check_page.py", "README.md", "tool")
+
+    def test_a_program_that_no_command_has_built(self):
+        shutil.copy(self.tool, self.root / "other")
+        self.write("README.md", "```console\n$ build/dev/bin/other b\nb\n$ ./dev example other a\na\n```\n")
+        self.fails("no command before has built it: other\n", "check_page.py", "README.md", "tool")
+
+    def test_a_file_left_behind(self):
+        self.write("README.md", "```console\n$ echo a > build/a.attr; ./dev run b\nb\n```\n")
+        self.passes("check_page.py", "README.md", "tool")
+        self.write("README.md", "```console\n$ echo a > a.attr; ./dev run b\nb\n```\n")
+        self.fails("left behind: a.attr\n", "check_page.py", "README.md", "tool")
 
     def test_a_program_that_is_no_example(self):
         self.write("examples/a.cpp", "// A.\nint a;\nint b;\n")
