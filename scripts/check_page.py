@@ -3,8 +3,10 @@
 
 Every block marked `console` holds commands, each behind "$ ", and below it the whole of what it
 prints. All are run in one folder that has the examples in it; a block is one shell, so that later
-commands see what earlier ones set. `./dev run` stands for the built tool, and build/dev/bin for the
-folder that it lies in. Every block marked `cpp` is a piece of a program in examples/, letter by letter.
+commands see what earlier ones set. `./dev run` stands for the built tool, `./dev watchdog` and `./dev example NAME`
+for the programs beside it, and build/dev/bin for the folder of these. A program may be called by its path
+only after the command that builds it, and no command may leave a file outside of build/. Every block
+marked `cpp` is a piece of a program in examples/, letter by letter.
 Usage, from the root: check_page.py PAGE TOOL. 0 when all is as shown, 1 with a diff where it isn't.
 """
 import difflib
@@ -35,8 +37,29 @@ def commands(block):
 
 
 def real_command(command, tool):
-    stands_for = {"./dev run": f"'{tool}'", "build/dev/bin/": f"{tool.parent}/"}
-    return re.sub(r"(?<![\w/])(?:\./dev run\b|build/dev/bin/)", lambda match: stands_for[match[0]], command)
+    command = re.sub(r"(?<![\w/])\./dev run\b", f"'{tool}'", command)
+    command = re.sub(r"(?<![\w/])\./dev watchdog\b", f"'{tool.parent}/qrv-watchdog'", command)
+    command = re.sub(r"(?<![\w/])\./dev example (\w+)", rf"'{tool.parent}/\1'", command)
+    return re.sub(r"(?<![\w/])build/dev/bin/", f"{tool.parent}/", command)
+
+
+def built_by(command):
+    """What a command builds, as paths below build/dev/bin."""
+    if re.search(r"\./dev run\b", command):
+        yield from ("qrv", "modules/colour")
+    yield from re.findall(r"\./dev example (\w+)", command)
+
+
+def unbuilt_programs(commands_shown):
+    """The paths below build/dev/bin that are used before a command builds them."""
+    built = set()
+    for command in commands_shown:
+        built.update(built_by(command))
+        yield from (name for name in re.findall(r"build/dev/bin/([\w/-]+)", command) if name not in built)
+
+
+def files(folder):
+    return {path.relative_to(folder).as_posix() for path in folder.rglob("*") if path.is_file()}
 
 
 def unknown_programs(text, examples):
@@ -71,12 +94,15 @@ def main():
     if not blocks:
         print(f"{page.name} shows no command")
         return 1
-    unknown = list(unknown_programs(text, examples))
-    for line in unknown:
-        print(f"in no program of examples/: {line}")
+    faults = [f"in no program of examples/: {line}" for line in unknown_programs(text, examples)]
+    shown_commands = [command for block in blocks for command, _ in commands(block)]
+    faults += [f"no command before has built it: {name}" for name in unbuilt_programs(shown_commands)]
     wrong = count = 0
-    with tempfile.TemporaryDirectory() as folder:
-        shutil.copytree(examples, pathlib.Path(folder) / "examples")
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        shutil.copytree(examples, folder / "examples")
+        (folder / "build").mkdir()
+        before = files(folder)
         for block in blocks:
             for command, shown, printed in run_block(block, tool, folder):
                 count += 1
@@ -89,8 +115,11 @@ def main():
                     for line in difflib.unified_diff(
                         shown.splitlines(True), printed.splitlines(True), "as shown", "as printed")
                 )
+        left = (file for file in sorted(files(folder) - before) if not file.startswith("build/"))
+        faults += [f"left behind: {file}" for file in left]
+    print("".join(f"{fault}\n" for fault in faults), end="")
     print(f"{count} commands of {page.name}, {wrong} print something else than shown")
-    return 1 if wrong or unknown else 0
+    return 1 if wrong or faults else 0
 
 
 if __name__ == "__main__":
