@@ -57,7 +57,8 @@ class cHashReader {
     cNext read_key(cEntry &entry);
     bool read_value(cEntry &entry);
     void register_type(cEntry &entry);
-    objref store(cEntry const &entry); // what stands in the tree then
+    objref store(cEntry const &entry); // the value in the tree then, bad if there is none
+    objref stored(objref const &key) const;
     bool insert(objref const &key, objref const &value, objref &held);
     cAttrNode const *find_in_set(cObj const &value);
     bool update(cObj &target, cObj const &value, bool merge);
@@ -252,11 +253,16 @@ objref cHashReader::store(cEntry const &entry) {
         return present;
     }
     objref held = entry.value;
-    if (!insert(entry.key, entry.value, held)) {
-        ok_ = false;
-        cat::error_line("Cannot insert key =" + cat::as_text(entry.key));
-    }
-    return held;
+    if (insert(entry.key, entry.value, held)) return held;
+    ok_ = false;
+    cat::error_line("Cannot insert key =" + cat::as_text(entry.key));
+    return listed_ ? cat::bad() : stored(entry.key);
+}
+
+// A refused repeat leaves the first value.
+objref cHashReader::stored(objref const &key) const {
+    cAttrNode const *const node = hash_.find(key);
+    return node && node->valref() ? node->valref() : cat::bad();
 }
 
 // --- the container ---

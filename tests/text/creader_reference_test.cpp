@@ -1,6 +1,7 @@
 // Back references, and what merging and assigning in place may do with them.
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
 
@@ -90,6 +91,91 @@ TEST_F(ReaderReference, follows_the_object_that_stays_in_the_tree) {
     Reading r("{ a = 1; a = 2; b = #cRef(/a); m = {x=1}; m = {y=2}; n = #cRef(/m) }");
     EXPECT_EQ(r.at("a"), r.at("b"));
     EXPECT_EQ(r.at("m"), r.at("n"));
+}
+
+// --- a repeated key whose value is refused ---
+
+TEST_F(ReaderReference, a_refused_repeat_leaves_the_first_value_reachable) {
+    Reading r("{ a = 1; a = #bad; b = #cRef(a); m = {x = 1}; m = #bad; n = #cRef(/m/x) }");
+    EXPECT_EQ(r.log, "");
+    EXPECT_EQ(messages(), "Cannot insert key =a\nCannot insert key =m\n");
+    EXPECT_EQ(r.at("b"), r.at("a"));
+    EXPECT_EQ(r.text_at("b"), "1");
+    EXPECT_EQ(r.text_at("n"), "1");
+}
+
+TEST_F(ReaderReference, a_refused_first_value_is_bad_and_a_later_one_is_reachable) {
+    Reading r("{ a = #bad; b = #cRef(a); a = 1; c = #cRef(a) }");
+    EXPECT_EQ(r.log, "0x40000003 Line 1: ( /b ): Bad path of #cRef(a)\n");
+    EXPECT_EQ(r.text_at("c"), "1");
+}
+
+TEST_F(ReaderReference, a_repeat_with_an_error_is_bad) {
+    Reading r("{ a = 1; a = nosuch(1); b = #cRef(a) }");
+    EXPECT_EQ(r.log, "0x40000005 Line 1: ( /a ): Value with unknown type='nosuch\n"
+                     "0x40000003 Line 1: ( /b ): Bad path of #cRef(a)\n");
+    EXPECT_EQ(r.text_at("a"), "1");
+}
+
+TEST_F(ReaderReference, a_removed_key_is_bad) {
+    Reading r("{ a = 1; a = #badfind; b = #cRef(a) }");
+    EXPECT_EQ(r.log, "0x40000003 Line 1: ( /b ): Bad path of #cRef(a)\n");
+    EXPECT_EQ(dynamic_cast<cMapObj &>(*r.value).size(), 0);
+}
+
+TEST_F(ReaderReference, a_refused_assignment_in_place_leaves_the_first_value_reachable) {
+    cErrorLog errors;
+    Reading r("{ a = #true; a = #false; b = #cRef(a) }");
+    EXPECT_EQ(errors.text(),
+              "0x41400000 Object is const. Method 'assign' called from type: bool\n");
+    EXPECT_EQ(r.at("b"), cat::btrue());
+    cat::errhandler().throw_mask(0x40000000);
+    Reading replaced("{ a = #true; a = #false; b = #cRef(a) }");
+    EXPECT_EQ(replaced.at("a"), cat::bfalse()) << "a refusal by an exception replaces the value";
+    EXPECT_EQ(replaced.at("b"), cat::bfalse());
+}
+
+TEST_F(ReaderReference, an_executable_that_the_map_refuses_leaves_the_first_value_reachable) {
+    cErrorLog errors;
+    objref const exe = make<cExeMember>(cat::read_voiddata);
+    cat::constmap().datamap().mapitem("rr_exe", exe);
+    Reading r("{ newobj = 1; newobj = #rr_exe; b = #cRef(newobj); free = #rr_exe; c = #cRef(free); "
+              "create = #rr_exe; d = #cRef(create) }");
+    EXPECT_EQ(r.log, "0x40000003 Line 1: ( /d ): Bad path of #cRef(create)\n");
+    EXPECT_EQ(errors.text(),
+              "0x50000000 Standard method 'newobj'  has bad prototype in object type: map\n"
+              "0x50000000 Standard method 'create'  has bad prototype in object type: map\n");
+    EXPECT_EQ(r.at("b"), r.at("newobj"));
+    EXPECT_EQ(r.text_at("b"), "1");
+    EXPECT_EQ(r.at("c"), exe);
+}
+
+TEST_F(ReaderReference, a_refused_merge_leaves_the_first_value_reachable) {
+    cErrorLog errors;
+    cRef<cMapObj> const fixed = make<cMapObj>();
+    fixed->datamap().mapitem("x", cat::of(1));
+    fixed->setflags(of_const_keys);
+    cat::constmap().datamap().mapitem("rr_fixed", fixed);
+    Reading r("{ m = #rr_fixed; m = {z = 2}; n = #cRef(m) }");
+    EXPECT_EQ(r.log, "");
+    EXPECT_EQ(
+        errors.text(),
+        "0x40020000 Setattr in object type 'map', key 'z':   Flag of const key set offended\n");
+    EXPECT_EQ(r.at("n"), fixed);
+    EXPECT_EQ(fixed->size(), 1);
+    Reading cycle("{ m = {}; m = {x = #cRef(m)}; n = #cRef(m) }");
+    EXPECT_EQ(cycle.log, "0x40020000 Line 1: Setattr in object type 'map', key 'x':  Trial to "
+                         "establish cRef in cycle\n");
+    EXPECT_EQ(cycle.at("n"), cycle.at("m"));
+}
+
+TEST_F(ReaderReference, what_a_set_or_a_vector_refuses_is_bad) {
+    Reading r("{ s = <1; #bad; 2; #cRef(/s/1); #cRef(/s/2)> }");
+    EXPECT_EQ(r.log, "0x40000003 Line 1: ( /s/3 ): Bad path of #cRef(/s/1)\n");
+    EXPECT_EQ(r.text_at("s"), "<1, 2, >");
+    Reading v("{ v = [1; #bad; #cRef(/v/1)] }");
+    EXPECT_EQ(v.log, "0x40000003 Line 1: ( /v/2 ): Bad path of #cRef(/v/1)\n"
+                     "0x40000001 Line 1: ( /v ): Failed to read container, type vector\n");
 }
 
 TEST_F(ReaderReference, an_open_container_is_not_found) {
