@@ -123,7 +123,12 @@ attrFlexLexer::attrFlexLexer(std::istream *in, std::ostream *out)
 
 attrFlexLexer::~attrFlexLexer() { delete buffer_; }
 
-void attrFlexLexer::yy_switch_to_buffer(yy_buffer_state *buffer) { buffer_ = buffer; }
+void attrFlexLexer::yy_switch_to_buffer(yy_buffer_state *buffer) {
+    if (buffer == buffer_) return;
+    if (made_) delete buffer_;
+    buffer_ = buffer;
+    made_ = false;
+}
 
 yy_buffer_state *attrFlexLexer::yy_create_buffer(std::istream *in, int size) {
     auto buffer = std::make_unique<yy_buffer_state>(in);
@@ -137,7 +142,10 @@ void attrFlexLexer::yy_delete_buffer(yy_buffer_state *buffer) {
 }
 
 void attrFlexLexer::yyrestart(std::istream *in) {
-    if (!buffer_) buffer_ = yy_create_buffer(in, 0);
+    if (!buffer_) {
+        buffer_ = yy_create_buffer(in, 0);
+        made_ = true;
+    }
     buffer_->drop();
     buffer_->in = in;
 }
@@ -151,6 +159,7 @@ void attrFlexLexer::switch_streams(std::istream *in, std::ostream *out) {
     if (in) {
         yy_buffer_state *fresh = yy_create_buffer(in, 0);
         delete std::exchange(buffer_, fresh);
+        made_ = true;
     }
     if (out) out_ = out;
 }

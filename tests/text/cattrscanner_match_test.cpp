@@ -363,6 +363,33 @@ TEST(ScannerEngine, takes_over_a_buffer_and_gives_back_the_one_before) {
     EXPECT_EQ(owner.next(), "11:a2");
 }
 
+TEST(ScannerEngine, switches_between_buffers_and_deletes_its_own) {
+    std::istringstream a("a1 a2"), b("b1 b2"), c("c1 c2"), d("d1");
+    Engine engine(&a);
+    EXPECT_EQ(engine.next(), "11:a1");
+    yy_buffer_state *const second = engine.yy_create_buffer(&b, 0);
+    yy_buffer_state *const third = engine.yy_create_buffer(&c, 0);
+    engine.yy_switch_to_buffer(second); // deletes the one that the engine made for a
+    EXPECT_EQ(engine.next(), "11:b1");
+    engine.yy_switch_to_buffer(third); // second is the caller's again
+    EXPECT_EQ(engine.next(), "11:c1");
+    engine.yy_switch_to_buffer(second);
+    engine.yy_switch_to_buffer(second);
+    EXPECT_EQ(engine.next(), "19: ");
+    EXPECT_EQ(engine.next(), "11:b2");
+    engine.yy_switch_to_buffer(third);
+    engine.yy_delete_buffer(second);
+    EXPECT_EQ(engine.next(), "19: ");
+    EXPECT_EQ(engine.next(), "11:c2");
+    engine.switch_streams(&d, nullptr); // deletes third, and makes one
+    EXPECT_EQ(engine.next(), "11:d1");
+    engine.yy_switch_to_buffer(nullptr);
+    EXPECT_EQ(engine.next(), "21:");
+    engine.yyrestart(&a);
+    engine.yy_switch_to_buffer(engine.yy_create_buffer(&b, 0)); // deleted with the engine
+    EXPECT_EQ(engine.next(), "21:");
+}
+
 TEST(ScannerEngine, reads_one_character_at_a_time_and_tells_end_and_failure) {
     std::istringstream in("ab");
     Engine engine(&in);

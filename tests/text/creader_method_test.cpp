@@ -62,6 +62,46 @@ TEST_F(ReaderMethod, scan_container_with_errors_gives_a_value_only_with_keep) {
     EXPECT_EQ(container("a=1; b=nosuch(2)", false), "1: null");
 }
 
+TEST_F(ReaderMethod, an_error_before_the_first_key_of_a_list_counts_like_one_after_it) {
+    EXPECT_EQ(container("a=1; ? b=2", true), "1: {\n  a= 1;\n  b= 2;\n}");
+    EXPECT_EQ(messages(), "Line 1: Unexpected token '?\n"
+                          "Line 1: Attributes scanner with *** 1 errors ***\n");
+    EXPECT_EQ(container("? a=1; b=2", true), "1: {\n  a= 1;\n  b= 2;\n}");
+    EXPECT_EQ(messages(), "Line 1: Unexpected token '?\n"
+                          "Line 1: Attributes scanner with *** 1 errors ***\n");
+    EXPECT_EQ(container("12ab=1", true), "1: {\n  \"12ab\"= 1;\n}");
+    EXPECT_EQ(container("? a=1; b=2", false), "1: null");
+    messages();
+    Reading spec("attspec(? type=int)");
+    EXPECT_EQ(spec.log, "0x40000002 Line 1: Unexpected token '?\n"
+                        "0x40000001 Line 1: : Failed to read value, type attspec\n");
+}
+
+// A type whose text is a bare list, and whose objects are keys.
+TEST_F(ReaderMethod, the_first_value_of_a_list_inside_a_key_is_no_key) {
+    typeref const type = typeref::adopt(new cTypeObj("ListKey"));
+    ASSERT_TRUE(cTypeInsert::insert(type, true));
+    type->inherit(cat::type_int());
+    type->set_hash(cat::hash_int, cat::heq_int);
+    type->set_tmember("read", make<cExeMember>(cProcedure2([](cObj &, objref &args) {
+                          objref entries;
+                          std::istream &is = static_cast<cInHolder &>(*args).val();
+                          cat::scan_container(is, entries, true);
+                          return true;
+                      })));
+    Reading first("{ ListKey(a = 99999999999; b = 1) = 1 }");
+    EXPECT_EQ(first.log, "0x40000001 Line 1: Failed to read value: /a Input of standard type: "
+                         "99999999999\n");
+    Reading second("{ ListKey(b = 1; a = 99999999999) = 1 }");
+    EXPECT_EQ(second.log, "0x40000001 Line 1: Failed to read value: /a Input of standard type: "
+                          "99999999999\n");
+    Reading key("{ ListKey(99999999999 = 1) = 1 }");
+    EXPECT_EQ(key.log,
+              "0x40000001 Line 1: Failed to read key. Input of standard type: 99999999999\n");
+    EXPECT_TRUE(text_state().idle());
+    cat::type_hash_ptr()->delitem("ListKey");
+}
+
 TEST_F(ReaderMethod, scan_container_refuses_what_is_neither) {
     EXPECT_EQ(container("5", false), "1: null");
     EXPECT_EQ(messages(), "Line 1: Missing start pattern 'key =' at pattern: 5\n"

@@ -109,16 +109,19 @@ class QRV_API FlexLexer {
     FlexLexer(FlexLexer const &) = delete;
     FlexLexer &operator=(FlexLexer const &) = delete;
     virtual ~FlexLexer();
-    // Works on `buffer` from now on. The buffer worked on before belongs to the caller again.
+    // Works on `buffer` from now on and adopts it; null leaves no input. A buffer of the caller that
+    // was worked on before belongs to the caller again; one that the engine made is deleted.
     virtual void yy_switch_to_buffer(yy_buffer_state *buffer) = 0;
-    // A new buffer on a borrowed stream; `size` is the room made at once. The caller owns it.
+    // A new buffer on a borrowed stream; `size` is the room made at once. The caller owns it until
+    // an engine works on it.
     virtual yy_buffer_state *yy_create_buffer(std::istream *in, int size) = 0;
     // Deletes a buffer. After the one worked on was deleted there is no input.
     virtual void yy_delete_buffer(yy_buffer_state *buffer) = 0;
     // Drops the look-ahead and goes on with `in`.
     virtual void yyrestart(std::istream *in) = 0;
     virtual int yylex() = 0;
-    // Goes on with a new buffer on `in`, and writes to `out`. Null leaves the one as it is.
+    // Deletes the buffer worked on and continues with a new one on `in`, and writes to `out`. Null
+    // leaves the one as it is.
     virtual void switch_streams(std::istream *in, std::ostream *out) = 0;
 };
 
@@ -192,6 +195,7 @@ class QRV_API attrFlexLexer : public FlexLexer {
     rule match_space();
 
     yy_buffer_state *buffer_; // owned
+    bool made_ = true;        // by the engine; false after a switch to one of the caller
     std::ostream *out_;       // borrowed, null means the standard output stream
     std::size_t size_ = 0;    // length of the match
 };
