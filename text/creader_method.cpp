@@ -191,14 +191,14 @@ int not_valid(cAttrScan &scan, cReadSession::cPlace place, char const *text,
     return 1;
 }
 
-// `key =` was read: the value and the rest of the entries.
-int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep) {
+// `key =` was read: the value and the rest of the entries. `errors` were counted before the key.
+int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, unsigned errors) {
     cWriteLevel const level;
-    unsigned const errors = scan.errcount();
     objref value;
     int code = 0;
     {
         cPathStep const step(key);
+        cReadingKey const value_now(false); // the list may be the text of a key
         code = scan.scan_obj(value, nullptr);
     }
     bool const good = code == 0 && scan.errcount() == errors;
@@ -228,7 +228,8 @@ int cat::scan_container(std::istream &is, objref &result, bool keep) {
         return failed ? 1 : 0;
     }
     if (failed && !keep) return 1;
-    if (first->type().is_keytype() && delim == '=') return read_entries(scan, first, result, keep);
+    if (first->type().is_keytype() && delim == '=')
+        return read_entries(scan, first, result, keep, errors);
     cReadSession::cPlace const place = cReadSession::current()->value_place();
     std::string const text = as_text(first); // RUNS FOREIGN CODE
     return not_valid(scan, place, "Missing start pattern 'key =' at pattern: ", text);

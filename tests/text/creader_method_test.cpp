@@ -83,6 +83,9 @@ TEST_F(ReaderMethod, the_first_value_of_a_list_inside_a_key_is_no_key) {
     ASSERT_TRUE(cTypeInsert::insert(type, true));
     type->inherit(cat::type_int());
     type->set_hash(cat::hash_int, cat::heq_int);
+    type->set_tmember("newobj", make<cExeMember>(cFunction1([](objref of) {
+                          return objref(make<cObjD<int>>(0, dynamic_cast<cTypeObj *>(of.get())));
+                      })));
     type->set_tmember("read", make<cExeMember>(cProcedure2([](cObj &, objref &args) {
                           objref entries;
                           std::istream &is = static_cast<cInHolder &>(*args).val();
