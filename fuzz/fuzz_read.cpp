@@ -1,6 +1,7 @@
 // The reader against made-up texts. What must hold for every text:
 //   - no crash, no finding of the sanitizers, no exception while a report collects the errors;
 //   - afterwards reader and writer are idle, and no counted object is left;
+//   - each error is reported at a place in the text;
 //   - what was read can be written, and where nothing had to be left out, it reads back without an
 //     error and is written the same again.
 // The first byte chooses whether comments are kept.

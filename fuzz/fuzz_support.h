@@ -10,6 +10,7 @@
 #include "qrv/text/cexacttext.h"
 #include "qrv/text/creadreport.h"
 #include "tests/support/types.h"
+#include "tests/text/read_support.h"
 #include "text/ctext_state.h"
 
 #include <cstdint>
@@ -70,6 +71,8 @@ inline cReadText read_text(std::string const &text, bool comments) {
     cAttrScan scan(is, false);
     scan.return_com(comments, nullptr);
     reading.clean = scan.scan_obj(reading.value, nullptr) == 0 && report.empty();
+    std::string const misplaced = reader_test::misplaced(report, text);
+    if (!misplaced.empty()) stop("an error at a place that isn't in the text", text, misplaced);
     return reading;
 }
 

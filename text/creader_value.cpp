@@ -41,8 +41,8 @@ std::string written(objref const &value) {
     return os.str();
 }
 
-// Where the tokens of a gathered text come from. A record is needed where the place doesn't follow
-// from the one before: behind a line end and behind what was left out.
+// Where the tokens of a gathered text come from, the one that ends it included. A record is needed
+// where the place doesn't follow from the one before: after a line end and after what was left out.
 class cPlaces {
   public:
     void note(cAttrLiteral const &token, size_t offset) {
@@ -67,10 +67,10 @@ int gather(cAttrScan &scan, cat::Brackets const &brackets, std::string *text, cP
     cAttrLiteral token;
     for (int depth = 1;;) {
         int const t = scan.gettok(token);
+        if (places) places->note(token, text->size());
         if (t == tkEof) return 0;
         if (t == brackets.open) ++depth;
         if (t == brackets.close && --depth == 0) return t;
-        if (places) places->note(token, text->size());
         if (text) *text += token.text;
     }
 }

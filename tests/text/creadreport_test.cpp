@@ -15,6 +15,20 @@ namespace {
 
 class ReadReports : public QrvTest {
   protected:
+    // "line:column" for each entry, and ">line:column" where an unclosed bracket has its end.
+    static std::string places(std::string const &text) {
+        cTypesBack const types;
+        cat::ReadReport report;
+        Reading r(text);
+        std::string all;
+        for (cat::ReadError const &e : report.entries()) {
+            all += std::to_string(e.line) + ":" + std::to_string(e.column);
+            if (e.end_line)
+                all += ">" + std::to_string(e.end_line) + ":" + std::to_string(e.end_column);
+            all += " ";
+        }
+        return all;
+    }
     // The entries that a text gives; nothing else may be heard of them.
     std::string report(std::string const &text) {
         cat::ReadReport report;
@@ -125,6 +139,23 @@ TEST_F(ReadReports, give_places_in_the_outer_text_inside_typed_values) {
     EXPECT_EQ(report("{ a = int( // c\n int(/* */ int( /* y */ ?5))) }"),
               "2:25 /a 0x40000002 Unexpected token '?\n");
     EXPECT_EQ(report("{ a = int(['x\\\ny'; ?5]) }").substr(0, 9), "2:5 /a/1 ");
+}
+
+TEST_F(ReadReports, give_the_place_of_the_closing_bracket_of_a_typed_value) {
+    std::string const type = "{T= attlist(x= attspec(type= int; flag= #IMPLIED));\n ";
+    EXPECT_EQ(places(type + "y= T(x=\n\n   );\n}"), "4:4 ");
+    EXPECT_EQ(places(type + "y= T(x= /* a\n b */ );\n}"), "3:7 ");
+    EXPECT_EQ(places(type + "y= T(x= 1;;;\n{a= [1;\n2  );\n}"),
+              "2:13 3:5>4:4 3:1>4:4 2:5 2:5 2:5 ");
+    EXPECT_EQ(places("{ c= attspec(type=\n) }"), "1:6 1:6 ");
+    EXPECT_EQ(places("{ c= attspec(flag= \n[1\n ) }"), "2:1>3:2 1:6 1:6 ");
+}
+
+TEST_F(ReadReports, give_the_place_of_the_end_of_input_in_a_typed_value) {
+    EXPECT_EQ(places("choice({\n"), "1:7>2:1 1:8>2:1 ");
+    EXPECT_EQ(places("choice({\n\n "), "1:7>3:2 1:8>3:2 ");
+    EXPECT_EQ(places("choice({a= {\nb= 1 \xE4)"), "1:7>2:6 1:12>2:6 1:8>2:6 ");
+    EXPECT_EQ(places("choice(choice({\n"), "1:7>2:1 1:14>2:1 1:15>2:1 ");
 }
 
 TEST_F(ReadReports, keep_what_is_raised_meanwhile_and_change_no_result) {

@@ -8,10 +8,12 @@
 #include "qrv/text/creadreport.h"
 #include "text/ctext_state.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <locale>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 namespace reader_test {
 
@@ -73,6 +75,33 @@ inline std::string shown(cat::ReadReport const &report) {
         all += std::to_string(e.line) + ":" + std::to_string(e.column) + " " + e.path + " " +
                hex(e.code) + " " + e.text + "\n";
     return all;
+}
+
+// Is the place in the text? The last line may be empty, and a column one past the end of its line.
+inline bool is_in_text(unsigned line, unsigned column, std::string const &text) {
+    size_t begin = 0;
+    for (unsigned n = 1; n < line; ++n) {
+        size_t const end = text.find('\n', begin);
+        if (end == std::string::npos) return false;
+        begin = end + 1;
+    }
+    size_t const length = std::min(text.find('\n', begin), text.size()) - begin;
+    return line >= 1 && column >= 1 && column <= length + 1;
+}
+
+// The first entry whose place isn't in the text, or whose container ends before it begins; empty if
+// there is none.
+inline std::string misplaced(cat::ReadReport const &report, std::string const &text) {
+    for (cat::ReadError const &e : report.entries()) {
+        bool good = is_in_text(e.line, e.column, text);
+        if (e.end_line || e.end_column)
+            good = good && is_in_text(e.end_line, e.end_column, text) &&
+                   std::tie(e.line, e.column) < std::tie(e.end_line, e.end_column);
+        if (!good)
+            return std::to_string(e.line) + ":" + std::to_string(e.column) + " to " +
+                   std::to_string(e.end_line) + ":" + std::to_string(e.end_column) + " " + e.text;
+    }
+    return {};
 }
 
 } // namespace reader_test
