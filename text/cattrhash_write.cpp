@@ -161,6 +161,8 @@ class cEntryWriter {
 
     void run();
     void run_collected(cLineCollector &collector);
+    // False if a value was left out without which the holder can't be read.
+    bool is_whole() const { return whole_; }
 
   private:
     using cMade = std::optional<std::string>; // text made before; without: written straight away
@@ -177,7 +179,7 @@ class cEntryWriter {
     bool make_reference(cObj const &value, std::string const &path, cMade &made);
     bool catch_text(cObj const &obj, cMade &made);
     void put_parts(cAttrNode const &node, cMade const &key, cMade const &value);
-    void refuse(objref const &place);
+    void refuse(cAttrNode const &node, objref const &place);
     objref place_of(objref const &key) const;
     cLineCollector::cComment comment_of(cObj const &obj) const;
 
@@ -192,6 +194,7 @@ class cEntryWriter {
     cLineCollector *collector_ = nullptr; // and then the layout isn't known yet
     size_t container_ = 0;                // there
     int count_ = 0;                       // entries written
+    bool whole_ = true;
 };
 
 void cEntryWriter::run() {
@@ -291,7 +294,8 @@ cLineCollector::cComment cEntryWriter::comment_of(cObj const &obj) const {
     return comment;
 }
 
-void cEntryWriter::refuse(objref const &place) {
+void cEntryWriter::refuse(cAttrNode const &node, objref const &place) {
+    if (holder_ && exact_needs(*holder_, node.key())) whole_ = false;
     std::string path = state_.shown_path(true);
     try {
         cTextForm const plain(false);
@@ -315,7 +319,7 @@ void cEntryWriter::exact_entry(cAttrNode const &node) {
             tell_error(error);
         }
     }
-    if (!done) refuse(place);
+    if (!done) refuse(node, place);
 }
 
 // Whatever may fail is made before anything is written. An entry that vanished meanwhile is no
@@ -420,7 +424,7 @@ void tell_unwritable(std::string const &path) {
     }
 }
 
-void write_entries(cAttrHash const &hash, std::ostream &os, char format, cTypeObj const *type,
+bool write_entries(cAttrHash const &hash, std::ostream &os, char format, cTypeObj const *type,
                    cObj const *holder) {
     bool const lines = format != 's';
     std::optional<cExactRun> run;
@@ -430,10 +434,14 @@ void write_entries(cAttrHash const &hash, std::ostream &os, char format, cTypeOb
         if (holder) open.emplace(*cExactRun::tables(), *holder);
     }
     cEntryWriter writer(hash, os, lines, type, holder);
-    if (!run || lines || !type) return writer.run();
+    if (!run || lines || !type) {
+        writer.run();
+        return writer.is_whole();
+    }
     cCollecting collecting(*cExactRun::tables(), os);
     writer.run_collected(collecting.collector());
     collecting.deliver();
+    return true; // an attribute set has no brackets to collect
 }
 
 bool cAttrHash::write_hash(std::ostream &os, char const *format, cTypeObj *type) const {

@@ -13,16 +13,65 @@
 #include "qrv/text/cattrscan.h"
 #include "qrv/text/creadreport.h"
 #include "qrv/text/cwriter.h"
+#include "text/cobj_write.h"
 #include "text/creader_session.h"
 #include "text/cstream_of.h"
 #include "text/ctext_state.h"
 #include "text/cwriter_exact.h"
 #include "text/cwriter_line.h"
+#include "text/cwriter_stream.h"
 
+#include <algorithm>
+#include <array>
 #include <istream>
 #include <ostream>
+#include <utility>
+#include <vector>
 
 namespace {
+
+using cPairs = std::vector<std::pair<objref, objref>>;
+
+// The entries as they are now: what follows may run user code.
+cPairs pairs_of(cAttrHash const &hash) {
+    cPairs pairs;
+    for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
+        pairs.emplace_back(node->key(), node->valref());
+    return pairs;
+}
+
+// The keys that a type declares, with their specifications.
+cPairs declared_by(cTypeObj const &type) {
+    objref const member = type.tmember("attspec");
+    auto const *const specs = dynamic_cast<cMapObj const *>(member.get());
+    cPairs pairs = specs ? pairs_of(specs->datamap()) : cPairs();
+    std::erase_if(
+        pairs, [](auto const &pair) { return !dynamic_cast<cAttspec const *>(pair.second.get()); });
+    return pairs;
+}
+
+bool is_same_key(objref const &a, objref const &b) {
+    return &a->type() == &b->type() && a->type().hasheq(a, b);
+}
+
+bool is_scalar(objref const &value) {
+    std::array const types = {&cat::type_string(), &cat::type_int(), &cat::type_bool(),
+                              &cat::type_float(), &cat::type_double()};
+    return std::find(types.begin(), types.end(), &value->type()) != types.end();
+}
+
+// Reading assigns the value to a copy of the default, which can leave some of a default that isn't
+// a scalar. `own` is the specification that the value's object was made with.
+bool comes_back(cAttspec const &spec, cObj const *own, objref const &value) {
+    if (spec.is_fixref()) return false; // no value that is read is the very default
+    objref const now = spec.get_default();
+    if (!now) return true;
+    if (cObj::is_void(value) || &value->type() != &now->type()) return false;
+    if (is_scalar(value)) return true;
+    auto const *const made_with = dynamic_cast<cAttspec const *>(own);
+    objref const former = made_with ? made_with->get_default() : objref();
+    return former && former->equal(now); // RUNS USER CODE
+}
 
 // What a `read` method has to say of its value as a whole is said where the value begins.
 class cValueReport {
@@ -38,6 +87,14 @@ class cValueReport {
     bool fail(std::string const &text) {
         scan_.about(place_.line, place_.column);
         scan_.fire(cErr(cErr::bad_code, text));
+        return false;
+    }
+
+    // Is there nothing to read?
+    bool at_end() {
+        cAttrLiteral token;
+        if (scan_.gettok(token) == tkEof) return true;
+        scan_.ungettoken(token);
         return false;
     }
 
@@ -63,13 +120,32 @@ class cValueReport {
     cReadSession::cPlace place_;
 };
 
+// False if the default can't be written so that it reads back. Nothing of it is written then.
+bool write_exact_default(std::ostream &os, cObj const &value) {
+    cExactRun const run;
+    cExactTables &tables = *cExactRun::tables();
+    size_t const before = tables.entered.size();
+    std::string text;
+    cTextStream part(text);
+    part.copyfmt(os);
+    if (exact_writable(value) && write_form(value, part) && !part.fail()) { // RUNS USER CODE
+        os << "default=" << text << "; ";
+        return true;
+    }
+    tables.forget_behind(before);
+    if (part.fail()) os.setstate(std::ios_base::failbit);
+    report_unwritable();
+    return false;
+}
+
 // DELIBERATE: plain text has nothing between a default and what follows, and nothing for #IMPLIED.
 // Pinned: a_default_is_written_without_a_separator, an_implied_one_without_type_is_an_empty_text
-void write_default(std::ostream &os, objref const &value) {
+bool write_default(std::ostream &os, objref const &value) {
     cPathStep const step(own_key(std::string("default")));
+    if (exact_text()) return write_exact_default(os, *value);
     os << "default=";
-    value->writeobj(os); // RUNS FOREIGN CODE
-    if (exact_text()) os << "; ";
+    value->writeobj(os); // RUNS USER CODE
+    return true;
 }
 
 bool read_type(cMapObj &entries, cAttspec &spec, cValueReport &report) {
@@ -105,10 +181,11 @@ bool cTomAttspec::m_write(cObj &obj, objref &stream) {
         cat::of(spec->get_type()->name())->writeobj(*os);
         *os << "; ";
     }
-    if (spec->is_default()) write_default(*os, spec->get_default());
+    bool const has_default = spec->is_default() && write_default(*os, spec->get_default());
     if (spec->is_required()) *os << "flag=#REQUIRED;";
-    if (spec->is_fixref()) *os << "flag=#FIXED;";
-    if (spec->is_implied() && exact_text()) *os << "flag=#IMPLIED;";
+    if (spec->is_fixref() && has_default) *os << "flag=#FIXED;";
+    // Also where the default was left out: objects without the attribute can be read then.
+    if (!spec->is_required() && !has_default && exact_text()) *os << "flag=#IMPLIED;";
     os->flush();
     return true;
 }
@@ -160,12 +237,51 @@ bool cTomAttrset::m_read(cObj &obj, objref &stream) {
     if (!is) return false;
     objref const keep = objref::share(&obj);
     cValueReport report(*is);
-    cRef<cMapObj> const read = make<cMapObj>(&obj.type(), true);        // 1
-    if (read->datamap_ref()->read_hash(*is, nullptr) < 1) return false; // 2
-    if (!validate(*read)) {                                             // 3
+    cRef<cMapObj> const read = make<cMapObj>(&obj.type(), true); // 1
+    bool const nothing = read->size() == 0 && report.at_end();   // no attributes, and no text
+    if (!nothing && read->datamap_ref()->read_hash(*is, nullptr) < 1) return false; // 2
+    if (!validate(*read)) {                                                         // 3
         cValueReport::invalid(*read);
         return report.fail("Validate error in read of type: " + obj.type().name());
     }
     obj.assign(*read); // 4
     return !report.too_much();
+}
+
+// --- exact text ---
+
+namespace {
+bool is_read_by_library(cTypeObj const &type) {
+    auto const read = reinterpret_cast<cVoidFunction>(cTomAttrset::m_read);
+    return &type.type() == &cat::typetype_attlist() && type.method(mid_read) == read;
+}
+
+// Does the type declare these keys now, in this order, and take these values?
+bool takes(cTypeObj const &type, cMapObj &set) {
+    cPairs const entries = pairs_of(set.datamap()), declared = declared_by(type);
+    auto const reads = [&set](auto const &entry, auto const &declaration) {
+        objref const own = set.omember(entry.first);
+        return is_same_key(entry.first, declaration.first) &&
+               comes_back(static_cast<cAttspec const &>(*declaration.second), own, entry.second);
+    };
+    return std::equal(entries.begin(), entries.end(), declared.begin(), declared.end(), reads) &&
+           cTomAttrset::validate(set); // RUNS USER CODE
+}
+} // namespace
+
+bool exact_declared(cObj const &obj) {
+    if (&obj.type() == &cat::type_attspec()) {
+        auto const *const spec = dynamic_cast<cAttspec const *>(&obj);
+        return spec && (!spec->is_fixtype() || !spec->get_type()->name().empty());
+    }
+    if (!is_read_by_library(obj.type())) return true;
+    objref const keep = objref::share(const_cast<cObj *>(&obj));
+    auto *const set = dynamic_cast<cMapObj *>(keep.get());
+    return set && takes(obj.type(), *set);
+}
+
+bool exact_needs(cObj const &holder, objref const &key) {
+    for (auto const &[declared, spec] : declared_by(holder.type()))
+        if (is_same_key(declared, key)) return static_cast<cAttspec const &>(*spec).is_required();
+    return false;
 }

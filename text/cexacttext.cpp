@@ -108,7 +108,7 @@ bool exact_writable(cObj const &obj) {
         return constant_writable(*constant);
     if (!obj.is_writable()) return false;
     if (!obj.typeflags_of(tf_bare) && !reads_as_ident(obj.type().name())) return false;
-    return has_token(obj);
+    return has_token(obj) && exact_declared(obj);
 }
 
 bool exact_key(objref const &key) {

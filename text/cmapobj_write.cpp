@@ -32,9 +32,9 @@ bool write_bare(hashref const &hash, cObj &obj, objref const &stream) {
     std::ostream *const os = out_of(stream);
     if (!os) return false;
     objref const keep = objref::share(&obj);
-    if (hash) write_entries(*hash, *os, *cat::wformat(obj), nullptr, &obj);
+    bool const whole = !hash || write_entries(*hash, *os, *cat::wformat(obj), nullptr, &obj);
     os->flush();
-    return true;
+    return whole;
 }
 } // namespace
 

@@ -35,6 +35,11 @@ bool exact_text() noexcept;
 bool exact_writable(cObj const &obj);
 // The same for a key. In a path only those of the second kind are found again.
 bool exact_key(objref const &key);
+// The same for what declarations add: the type of a specification has a name, and an attribute set
+// is one that its type, as it is declared now, reads as the same object. RUNS USER CODE
+bool exact_declared(cObj const &obj);
+// Can an attribute set without this attribute not be read?
+bool exact_needs(cObj const &holder, objref const &key);
 bool exact_path_key(objref const &key);
 // Nothing but white space and whole comments.
 bool exact_comment(std::string const &text);

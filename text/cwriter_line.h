@@ -18,6 +18,7 @@ void tell_unwritable(std::string const &path);
 void put_comment(std::ostream &os, cObj const &obj);
 
 // The entries without brackets. format: the first character of a layout. holder: the container, if
-// its brackets stand around; may be null.
-void write_entries(cAttrHash const &hash, std::ostream &os, char format, cTypeObj const *type,
+// its brackets stand around; may be null. False, in exact text alone, if a value was left out
+// without which the holder can't be read.
+bool write_entries(cAttrHash const &hash, std::ostream &os, char format, cTypeObj const *type,
                    cObj const *holder);

@@ -2,6 +2,7 @@
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattrset.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/cvectorobj.h"
 #include "qrv/text/cexacttext.h"
 #include "qrv/text/cfile.h"
 #include "tests/support/fixture.h"
@@ -34,6 +35,52 @@ std::string errors_of(std::string const &text) {
     Reading const reading(text);
     return shown(report);
 }
+
+// An attribute that was left out is nil when its object is read.
+std::string without_nil(std::string text) {
+    std::string const nil = "= #nil;\n";
+    for (size_t at = text.find(nil); at != std::string::npos; at = text.find(nil)) {
+        size_t const begin = text.rfind('\n', at) + 1;
+        text.erase(begin, at + nil.size() - begin);
+    }
+    return text;
+}
+
+// Reads the entries of a map without an error, and writes them exactly. The paths of what was left
+// out, and the text, which reads back without an error and is written the same again.
+struct cExactly {
+    std::string left_out;
+    std::string text;
+};
+cExactly exactly(std::string const &entries) {
+    cTypesBack const types;
+    Reading const file("{" + entries + "}");
+    EXPECT_EQ(file.log, "") << entries;
+    cErrorLog errors;
+    cat::ExactText const guard;
+    cExactly written_once{"", written(file.value)};
+    std::string const told = "Value cannot be written, path : ";
+    for (auto const &error : errors.entries()) {
+        EXPECT_EQ(error.text.substr(0, told.size()), told);
+        written_once.left_out += error.text.substr(told.size()) + " ";
+    }
+    EXPECT_EQ(guard.failed(), errors.count());
+    cTypesBack const again;
+    Reading const back(written_once.text);
+    EXPECT_EQ(back.log, "") << written_once.text;
+    EXPECT_EQ(without_nil(written(back.value)), without_nil(written_once.text));
+    EXPECT_EQ(guard.failed(), errors.count());
+    return written_once;
+}
+std::string left_out(std::string const &entries) { return exactly(entries).left_out; }
+
+// "T= attlist(x= attspec(type= int; flag= #IMPLIED));"
+std::string declare(std::string const &key, std::string const &spec,
+                    std::string const &type = "T") {
+    return type + "= attlist(" + key + "= attspec(" + spec + "));";
+}
+std::string const int_x = declare("x", "type= int; flag= #IMPLIED");
+std::string const int_y = declare("y", "type= int; flag= #IMPLIED");
 
 std::string const record =
     "R= attlist(n= attspec(type=int; flag=#REQUIRED); d= attspec(default=5); i= "
@@ -173,6 +220,183 @@ TEST_F(SpecificationText, a_second_declaration_counts_from_there_on) {
     EXPECT_EQ(file.text_at("b"), "R(\n  k= 2;\n)");
     EXPECT_EQ(file.text_at("a/n"), "1"); // what is there stays as it is
     EXPECT_EQ(errors_of("{ x= R(n=1) }").substr(0, 7), "1:6 /x ");
+}
+
+// --- types without attributes ---
+
+TEST_F(SpecificationText, an_object_without_attributes_comes_back) {
+    std::string const text = "{\n  E= attlist(\n  );\n  a= E(\n  );\n  v= [E(\n      ), ];\n}";
+    Reading const file("{E= attlist(); a= E(); v= [E( /* nothing */ )]; s= <E()>; m= {e= E()} }");
+    EXPECT_EQ(file.log, "");
+    EXPECT_EQ(file.code, 0);
+    EXPECT_EQ(file.text_at("a"), "E(\n)");
+    std::string const once = exact(file.value);
+    Reading const again(once);
+    EXPECT_EQ(again.log, "");
+    EXPECT_EQ(again.text_at("m/e"), "E(\n)");
+    EXPECT_EQ(exact(again.value), once);
+    EXPECT_EQ(exact(make<cMapObj>(dynamic_cast<cTypeObj *>(file.at("E").get()), true)), "E(\n)");
+}
+
+TEST_F(SpecificationText, an_entry_that_is_no_specification_declares_no_attribute) {
+    Reading const file("{E= attlist(x= 5); a= E(); }");
+    EXPECT_EQ(file.log, "");
+    EXPECT_EQ(file.text_at("a"), "E(\n)");
+}
+
+TEST_F(SpecificationText, a_list_that_is_not_empty_fails_without_attributes) {
+    std::string const failed = "1:19 /a 0x40000001 Failed to read value, type E\n"
+                               "1:19 /a 0x00000000 Cannot insert key =a\n";
+    EXPECT_EQ(errors_of("{E= attlist(); a= E(x= 1) }"),
+              "1:19 /a 0x40000000 Validate error in read of type: E\n" + failed);
+    EXPECT_EQ(errors_of("{E= attlist(); a= E(x= #bad) }"),
+              "1:24 /a/x 0x00000000 Cannot insert key =x\n" + failed);
+    EXPECT_EQ(errors_of("{E= attlist(); a= E(?) }"),
+              "1:21 /a 0x40000002 Unexpected token '?\n" + failed);
+}
+
+// --- types that were declared again ---
+
+TEST_F(SpecificationText, an_object_of_an_older_declaration_is_left_out) {
+    cExactly const both = exactly(int_x + "a= T(x= 1);" + int_y + "b= T(y= 2);");
+    EXPECT_EQ(both.left_out, "/a ");
+    EXPECT_EQ(both.text, "{\n  T= attlist(\n      y= attspec(type=int; flag=#IMPLIED;);\n  );\n"
+                         "  b= T(\n      y= 2;\n  );\n}");
+    for (std::string const other :
+         {"x= attspec(type= int; flag= #IMPLIED); y= attspec(flag= #IMPLIED)", "",
+          "x= attspec(type= string; flag= #IMPLIED)", "x= attspec(default= 2.5)",
+          "x= attspec(default= 5; flag= #FIXED)"})
+        EXPECT_EQ(left_out(int_x + "a= T(x= 1); T= attlist(" + other + ");"), "/a ") << other;
+    EXPECT_EQ(
+        left_out(declare("x", "flag= #IMPLIED") + "a= T();" + declare("x", "flag= #REQUIRED")),
+        "/a ");
+    EXPECT_EQ(left_out(declare("x", "flag= #IMPLIED") + "a= T();" + declare("x", "default= 1")),
+              "/a ");
+}
+
+TEST_F(SpecificationText, an_object_that_the_newer_declaration_reads_the_same_is_written) {
+    for (std::string const same : {"type= int; flag= #IMPLIED", "flag= #IMPLIED",
+                                   "type= int; flag= #REQUIRED", "default= 7"})
+        EXPECT_EQ(left_out(int_x + "a= T(x= 1);" + declare("x", same)), "") << same;
+    EXPECT_EQ(left_out(int_x + "a= T();" + int_x), "");
+    std::string const two = "T= attlist(x= attspec(flag= #IMPLIED); y= attspec(flag= #IMPLIED));";
+    std::string const turned =
+        "T= attlist(y= attspec(flag= #IMPLIED); x= attspec(flag= #IMPLIED));";
+    EXPECT_EQ(left_out(two + "a= T(x= 1);" + two), "");
+    EXPECT_EQ(left_out(two + "a= T(x= 1);" + turned), "/a ");
+}
+
+TEST_F(SpecificationText, a_default_that_changed_leaves_out_what_it_would_be_merged_with) {
+    std::string const choice_m = "M= choice({a= 1; b= 2});";
+    std::string const map = declare("m", "default= {a= 1}"), set = declare("m", "default= <1>");
+    EXPECT_EQ(left_out(map + "a= T(); b= T(m= {b= 2});" + map), "");
+    EXPECT_EQ(left_out(map + "a= T();" + declare("m", "default= {b= 1}")), "/a ");
+    EXPECT_EQ(left_out(set + "a= T(m= <2>);" + set), "");
+    EXPECT_EQ(left_out(set + "a= T();" + declare("m", "default= <2>")), "/a ");
+    EXPECT_EQ(left_out(declare("m", "flag= #IMPLIED") + "a= T(m= {b= 2});" + map), "/a ");
+    EXPECT_EQ(left_out(declare("m", "default= [1; 2]") + "a= T(); b= T(m= [3]);" +
+                       declare("m", "default= [{c= 1}; 4]")),
+              "/a /b ");
+    EXPECT_EQ(left_out(choice_m + declare("m", "flag= #IMPLIED") + "a= T(m= M());" +
+                       declare("m", "default= M(b)")),
+              "/a ");
+    EXPECT_EQ(left_out(choice_m + declare("m", "default= M(b)") + "a= T(m= M(a));" +
+                       declare("m", "default= M(b)")),
+              "");
+    EXPECT_EQ(left_out(int_x + declare("p", "default= T(x= 1)", "U") + "a= U(); b= U(p= T(x= 2));" +
+                       declare("p", "default= T(x= 3)", "U")),
+              "/a /b ");
+}
+
+TEST_F(SpecificationText, each_reference_to_an_older_object_is_left_out_but_none_to_what_it_holds) {
+    cExactly const shared =
+        exactly(declare("x", "flag= #IMPLIED") +
+                "a= T(x= [1]); b= #cRef(/a); c= #cRef(/a/x); d= #cRef(/a/x);" + int_y);
+    EXPECT_EQ(shared.left_out, "/a /b ");
+    EXPECT_EQ(shared.text, "{\n  T= attlist(\n      y= attspec(type=int; flag=#IMPLIED;);\n  );\n"
+                           "  c= [1, ];\n  d= #cRef(/c);\n}");
+}
+
+TEST_F(SpecificationText,
+       an_older_object_in_a_container_is_left_out_and_the_places_after_it_count) {
+    cExactly const nested = exactly(int_x +
+                                    "v= [T(x= 1); 7; #cRef(/v/0); {k= 8}]; m= {a= T(x= 1); b= 2};"
+                                    "s= <T(x= 1); 9>; r= #cRef(/v/1); q= #cRef(/v/3/k);" +
+                                    int_y);
+    EXPECT_EQ(nested.left_out, "/v/0 /v/1 /m/a /s/0 ");
+    EXPECT_EQ(nested.text, "{\n  T= attlist(\n      y= attspec(type=int; flag=#IMPLIED;);\n  );\n"
+                           "  v= [7, {k= 8; }, ];\n  m= {b= 2; };\n  s= <9, >;\n"
+                           "  r= #cRef(/v/0);\n  q= #cRef(/v/1/k);\n}");
+}
+
+TEST_F(SpecificationText, an_older_object_in_an_object) {
+    std::string const inner = int_x + "L= attlist(a= attspec(type= T; flag= ";
+    EXPECT_EQ(left_out(inner + "#IMPLIED)); l= L(a= T(x= 1));" + int_y), "/l/a ");
+    EXPECT_EQ(left_out(inner + "#REQUIRED)); l= L(a= T(x= 1)); v= [#cRef(/l); 1];" + int_y),
+              "/l/a /l /v/0/a /v/0 ")
+        << "an object that can't be read without the attribute is left out whole";
+    EXPECT_EQ(left_out(inner + "#REQUIRED)); l= L(a= T(x= 1)); t= #cRef(/l/a);" + int_y +
+                       "k= L(a= T(y= 2)); u= #cRef(/k/a/y)"),
+              "/l/a /l /t ");
+}
+
+TEST_F(SpecificationText, an_older_object_as_a_default_is_left_out) {
+    cExactly const direct =
+        exactly(int_x + declare("d", "default= T(x= 1)", "U") + "u= U();" + int_y);
+    EXPECT_EQ(direct.left_out, "/U/d/default /u/d ");
+    EXPECT_EQ(direct.text, "{\n  T= attlist(\n      y= attspec(type=int; flag=#IMPLIED;);\n  );\n"
+                           "  U= attlist(\n      d= attspec(flag=#IMPLIED;);\n  );\n"
+                           "  u= U(\n  );\n}");
+}
+
+TEST_F(SpecificationText, an_object_that_its_type_would_not_read_is_left_out) {
+    Reading const file("{" + record +
+                       "F= attlist(f= attspec(default= 5; flag= #FIXED));"
+                       "W= attlist(w= attspec(type= int; default= 2.5));"
+                       "w= W(w= 3); }");
+    EXPECT_EQ(file.text_at("w/w"), "3.00000") << "assigned to the default";
+    auto const fresh = [&file](char const *type) {
+        return make<cMapObj>(dynamic_cast<cTypeObj *>(file.at(type).get()), true);
+    };
+    cRef<cMapObj> const empty = fresh("R"), full = fresh("R"), no_default = fresh("R");
+    full->datamap().mapitem("n", cat::of(1));
+    no_default->datamap().mapitem("n", cat::of(1));
+    no_default->datamap().mapitem("d", cat::nil());
+    objref const objects = make<cVectorObj>();
+    for (objref const &object :
+         {objref(empty), objref(full), objref(no_default), objref(fresh("F")), file.at("w")})
+        objects->append(object);
+    cErrorLog errors;
+    cat::ExactText const guard;
+    EXPECT_EQ(written(objects), "[\n  R(\n      n= 1;\n      d= 5;\n      i= #nil;\n  ),\n]");
+    EXPECT_EQ(errors.text(), "0x40000001 Value cannot be written, path : /0\n"
+                             "0x40000001 Value cannot be written, path : /1\n"
+                             "0x40000001 Value cannot be written, path : /1\n"
+                             "0x40000001 Value cannot be written, path : /1\n");
+}
+
+TEST_F(SpecificationText, a_type_without_a_name_leaves_out_its_specification) {
+    EXPECT_EQ(left_out("R= attlist(n= attspec(type= choice({a= 1}); flag= #IMPLIED); k= "
+                       "attspec(default= 1)); "),
+              "/R/n ");
+}
+
+TEST_F(SpecificationText, an_older_object_alone_has_no_exact_text) {
+    Reading const file("{" + int_x + "a= T(x= 1);" + int_y + "}");
+    cErrorLog errors;
+    cat::ExactText const guard;
+    std::ostringstream os;
+    EXPECT_FALSE(file.at("a")->writeobj(os));
+    EXPECT_EQ(os.str(), "");
+    EXPECT_EQ(cat::as_text(file.at("a")), "");
+    EXPECT_EQ(guard.failed(), 2u);
+    EXPECT_EQ(errors.text(), "0x40000001 Value cannot be written, path : \n"
+                             "0x40000001 Value cannot be written, path : \n");
+}
+
+TEST_F(SpecificationText, plain_text_has_objects_of_every_declaration) {
+    Reading const file("{" + int_x + "a= T(x= 1);" + int_y + "}");
+    EXPECT_EQ(file.text_at("a"), "T(\n  x= 1;\n)");
 }
 
 TEST_F(SpecificationText, a_declaration_of_another_metatype_is_refused) {

@@ -123,10 +123,22 @@ TEST_F(ToolFmtDeclared, an_object_above_the_declaration_of_its_type_is_refused) 
     EXPECT_EQ(fmt("{ q= 0; M= choice({a= 1}); q= M(a); }"), (cRun{2, "", changed + refused}));
 }
 
-TEST_F(ToolFmtDeclared, an_object_of_an_older_declaration_is_refused) {
-    EXPECT_EQ(fmt("{ P= attlist(x= attspec(type= int)); p= P(x= 1); P= attlist(y= attspec(type= "
-                  "int)); }"),
-              (cRun{2, "", changed + refused}));
+TEST_F(ToolFmtDeclared, an_object_of_an_older_declaration_is_reported_and_its_file_stays) {
+    std::string const older =
+        "{ P= attlist(x= attspec(type= int)); p= P(x= 1); P= attlist(y= attspec(type= int)); }";
+    std::string const error = "f: error: Value cannot be written, path : /p [0x40000001]\n";
+    EXPECT_EQ(fmt(older),
+              (cRun{1, "{\n  P= attlist(\n      y= attspec(type=int; flag=#REQUIRED;);\n  );\n}\n",
+                    error}));
+    EXPECT_EQ(
+        run_on(older, {"fmt", "-i"}),
+        (cRun{2, "",
+              error + "f: error: not written, for something would be lost; --force writes it\n"}));
+    EXPECT_EQ(read("f"), older);
+}
+
+TEST_F(ToolFmtDeclared, an_object_without_attributes_is_formatted) {
+    becomes("{ E= attlist(); e= E(); }", "{\n  E= attlist(\n  );\n  e= E(\n  );\n}\n");
 }
 
 TEST_F(ToolFmtDeclared, a_declaration_that_is_made_again_is_written_once) {
