@@ -402,6 +402,10 @@ TEST_F(SpecificationText, plain_text_has_objects_of_every_declaration) {
 TEST_F(SpecificationText, a_declaration_of_another_metatype_is_refused) {
     EXPECT_EQ(errors_of("{" + record + " R= attspec(type=int); int= attlist(); }"),
               "1:130 /int 0x40000006 Type name from input is registered with another type-type!\n");
+    EXPECT_EQ(errors_of("{niltype= attlist(x= attspec(type= int)); exe= choice({a= 1}); b= 1; }"),
+              "1:11 /niltype 0x40000006 Type name from input is registered with another "
+              "type-type!\n"
+              "1:48 /exe 0x40000006 Type name from input is registered with another type-type!\n");
 }
 
 TEST_F(SpecificationText, what_stands_in_a_default_can_be_referred_to) {

@@ -63,6 +63,14 @@ TEST_F(ReaderReference, a_path_to_a_failed_value_is_bad) {
                      "0x40000003 Line 1: ( /d ): Bad path of #cRef(/c)\n");
 }
 
+TEST_F(ReaderReference, a_failed_reference_is_reported_as_it_was_typed) {
+    EXPECT_EQ(Reading("{ b = #cRef(x/y) }").log, "0x40000003 Line 1: ( /b ): Error in #cRef(x/y): "
+                                                 "Referenced value is not defined before.\n");
+    EXPECT_EQ(Reading("{ b = #cRef( / x / y ) }").log,
+              "0x40000003 Line 1: ( /b ): Error in #cRef(/x/y): "
+              "Referenced value is not defined before.\n");
+}
+
 TEST_F(ReaderReference, needs_its_bracket) {
     Reading r("{ a = #cRef x; b = [#cRef]; c = 3 }");
     EXPECT_EQ(r.log, "0x40000002 Line 1: ( /a ): After #cRef delimiter '(' is missed\n"

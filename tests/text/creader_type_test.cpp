@@ -155,11 +155,12 @@ TEST_F(ReaderType, a_name_of_another_kind_of_type_is_refused) {
     method(meta, "newobj", new_type);
     method(meta, "read", cat::read_voiddata);
     for (std::string const name : {"int", "niltype"}) {
-        Reading r("{ " + name + " = RTMeta(); b = #cRef(/" + name + ") }");
+        Reading r("{ " + name + " = RTMeta(); b = #cRef(/" + name + "); c = 3 }");
         EXPECT_EQ(r.log, "0x40000006 Line 1: Type name from input is registered with another "
                          "type-type!\n"
                          "0x40000003 Line 1: ( /b ): Bad path of #cRef(/" +
                              name + ")\n");
+        EXPECT_EQ(r.text_at("c"), "3") << "reading continues";
     }
     EXPECT_EQ(reader_test::read_back("int(5)"), "5");
 }
