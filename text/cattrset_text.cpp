@@ -60,15 +60,17 @@ bool is_scalar(objref const &value) {
     return std::find(types.begin(), types.end(), &value->type()) != types.end();
 }
 
-// Reading assigns the value to a copy of the default, which can leave some of a default that isn't
-// a scalar. `own` is the specification that the value's object was made with.
-bool comes_back(cAttspec const &spec, cObj const *own, objref const &value) {
+// Would the set's value be read as it is? Reading assigns it to a copy of the default, which can
+// leave some of a default that isn't a scalar. What the default was when the set was made, the
+// value has been assigned to already.
+bool comes_back(cAttspec const &spec, cMapObj const &set, objref const &key, objref const &value) {
     if (spec.is_fixref()) return false; // no value that is read is the very default
     objref const now = spec.get_default();
     if (!now) return true;
     if (cObj::is_void(value) || &value->type() != &now->type()) return false;
     if (is_scalar(value)) return true;
-    auto const *const made_with = dynamic_cast<cAttspec const *>(own);
+    objref const own = set.omember(key);
+    auto const *const made_with = dynamic_cast<cAttspec const *>(own.get());
     objref const former = made_with ? made_with->get_default() : objref();
     return former && former->equal(now); // RUNS USER CODE
 }
@@ -260,9 +262,9 @@ bool is_read_by_library(cTypeObj const &type) {
 bool takes(cTypeObj const &type, cMapObj &set) {
     cPairs const entries = pairs_of(set.datamap()), declared = declared_by(type);
     auto const reads = [&set](auto const &entry, auto const &declaration) {
-        objref const own = set.omember(entry.first);
+        auto const &spec = static_cast<cAttspec const &>(*declaration.second);
         return is_same_key(entry.first, declaration.first) &&
-               comes_back(static_cast<cAttspec const &>(*declaration.second), own, entry.second);
+               comes_back(spec, set, entry.first, entry.second);
     };
     return std::equal(entries.begin(), entries.end(), declared.begin(), declared.end(), reads) &&
            cTomAttrset::validate(set); // RUNS USER CODE

@@ -274,6 +274,11 @@ TEST_F(SpecificationText, an_object_of_an_older_declaration_is_left_out) {
               "/a ");
 }
 
+TEST_F(SpecificationText, a_declaration_in_another_map_is_a_newer_one_too) {
+    EXPECT_EQ(left_out("m= {" + int_x + "a= T(x= 1)}; n= {" + int_y + "b= T(y= 2)};"), "/m/a ");
+    EXPECT_EQ(left_out("m= {" + int_x + "a= T(x= 1)}; n= {" + int_x + "b= T(x= 2)};"), "");
+}
+
 TEST_F(SpecificationText, an_object_that_the_newer_declaration_reads_the_same_is_written) {
     for (std::string const same : {"type= int; flag= #IMPLIED", "flag= #IMPLIED",
                                    "type= int; flag= #REQUIRED", "default= 7"})
@@ -302,6 +307,8 @@ TEST_F(SpecificationText, a_default_that_changed_leaves_out_what_it_would_be_mer
               "/a ");
     EXPECT_EQ(left_out(choice_m + declare("m", "default= M(b)") + "a= T(m= M(a));" +
                        declare("m", "default= M(b)")),
+              "");
+    EXPECT_EQ(left_out(int_x + declare("p", "default= T(x= 1)", "U") + "a= U(); b= U(p= T(x= 2));"),
               "");
     EXPECT_EQ(left_out(int_x + declare("p", "default= T(x= 1)", "U") + "a= U(); b= U(p= T(x= 2));" +
                        declare("p", "default= T(x= 3)", "U")),
