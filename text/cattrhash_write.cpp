@@ -179,7 +179,7 @@ class cEntryWriter {
     bool make_reference(cObj const &value, std::string const &path, cMade &made);
     bool catch_text(cObj const &obj, cMade &made);
     void put_parts(cAttrNode const &node, cMade const &key, cMade const &value);
-    void refuse(cAttrNode const &node, objref const &place);
+    void refuse(objref const &place);
     objref place_of(objref const &key) const;
     cLineCollector::cComment comment_of(cObj const &obj) const;
 
@@ -294,8 +294,8 @@ cLineCollector::cComment cEntryWriter::comment_of(cObj const &obj) const {
     return comment;
 }
 
-void cEntryWriter::refuse(cAttrNode const &node, objref const &place) {
-    if (holder_ && exact_needs(*holder_, node.key())) whole_ = false;
+void cEntryWriter::refuse(objref const &place) {
+    if (holder_ && exact_needs(*holder_, place)) whole_ = false;
     std::string path = state_.shown_path(true);
     try {
         cTextForm const plain(false);
@@ -319,7 +319,7 @@ void cEntryWriter::exact_entry(cAttrNode const &node) {
             tell_error(error);
         }
     }
-    if (!done) refuse(node, place);
+    if (!done) refuse(place);
 }
 
 // Whatever may fail is made before anything is written. An entry that vanished meanwhile is no

@@ -109,8 +109,8 @@ class QRV_API FlexLexer {
     FlexLexer(FlexLexer const &) = delete;
     FlexLexer &operator=(FlexLexer const &) = delete;
     virtual ~FlexLexer();
-    // Works on `buffer` from now on and adopts it; null leaves no input. A buffer of the caller that
-    // was worked on before belongs to the caller again; one that the engine made is deleted.
+    // Works on `buffer` from now on and adopts it; null leaves no input. A buffer of the caller
+    // that was worked on before belongs to the caller again; one that the engine made is deleted.
     virtual void yy_switch_to_buffer(yy_buffer_state *buffer) = 0;
     // A new buffer on a borrowed stream; `size` is the room made at once. The caller owns it until
     // an engine works on it.

@@ -19,10 +19,10 @@
 // (beginning with '#', without text, of a type without key hooks); a constant or type whose name
 // isn't read as one; a back reference through a key that is no number, string, bool or constant, or
 // into a container that isn't closed yet; a comment that is more than white space and comments (the
-// value stays); an object of an attribute type that the type, as it is declared now, would refuse or
-// read as another object, for example one of an older declaration; an object of an attribute type
-// whose required attribute is left out; a specification whose type has no name. A specification
-// whose default is left out is written as #IMPLIED.
+// value stays); an object of an attribute type that the type, as it is declared now, would refuse
+// or read as another object, for example one of an older declaration; an object of an attribute
+// type whose required attribute is left out; a specification whose type has no name. A
+// specification whose default is left out is written as #IMPLIED.
 //
 // Guards nest. It acts on every written form, cat::as_text and cat::as_string included.
 // One thread at a time.
