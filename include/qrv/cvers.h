@@ -1,5 +1,7 @@
 #pragma once
 // The version, in this one place. One thread at a time, as everywhere in the library.
 
+#include "qrv/ccomp.h"
+
 #define QRV_VERSION "1.0.0"
 #define QRV_VERSION_TEXT "Quorvanta v" QRV_VERSION "\nby the Quorvanta developers"
