@@ -33,6 +33,7 @@
 #include "qrv/platform/cplatform.h"
 #include "qrv/platform/cstack.h"
 #include "qrv/qrvdefs.h"
+#include "qrv/signals/cconnection.h"
 #include "qrv/signals/csignal.h"
 #include "qrv/signals/csignalobj.h"
 #include "qrv/text/cattrscan.h"

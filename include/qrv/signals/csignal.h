@@ -1,286 +1,23 @@
 #pragma once
-// Signals and slots: who is connected to whom, and calls along the connections.
+// Signals and slots: typed calls along connections.
 //
-// A signal and a slot are the same kind of thing, a cSSBase. A link joins two of them with a
-// direction and is two heap nodes (cConnection), one in the ring of each partner, so that either
-// partner finds and cuts it without searching the other.
-//
-//   node:  connected --cut()--> cut --queue()--> queued --purge()--> gone
-//
-// A node's memory is never freed while any emission runs anywhere in the process: a queued node
-// stays linked, so that a walk standing on it can go on. That makes it safe to disconnect anything,
-// and to destroy any signal or slot, from inside a call that a signal is making.
+// A signal calls what is connected to it, in the order of connection, and a slot calls a function
+// or a member function. Both may be connected, cut and destroyed from inside a call
+// (qrv/signals/cconnection.h has the rules).
 //
 // Limits: one thread at a time, for everything here. A slot does not own its object: destroy the
 // slot first or together with it. An exception of a slot goes through to whoever fired the signal;
 // the targets behind it are not called then.
 
-#include "qrv/ccomp.h"
-#include "qrv/core/cref.h"
-#include "qrv/qrvdefs.h"
+#include "qrv/signals/cconnection.h"
 
+#include <array>
+#include <bit>
 #include <cstdarg>
-#include <cstddef>
 #include <cstdint>
-#include <string>
+#include <memory>
 #include <type_traits>
-
-// One end of a link. Borrowed by everybody but the two rings: a pointer to it is good until the
-// link is cut, or, while a LockDelete lives, until that ends.
-class QRV_API cConnection {
-  public:
-    class LockDelete;
-
-    cConnection *next() const { return next_; }
-    cConnection *prev() const { return prev_; }
-
-    bool isconnected() const { return partner_ != nullptr; }
-    bool islinked() const { return next_ != this; }
-    bool isdeleted() const { return delete_next_ != 0; }
-    // The receiving end: its own base's emission does not walk into it.
-    bool istarget() const { return (flags_ & target_bit) != 0; }
-    // True on the head of a ring, where walks end, and on a node that stands in no ring.
-    bool isend() const;
-    // Blocked at either end, or cut.
-    bool isblocked() const { return blocks_ > 0 || !partner_ || partner_->blocks_ > 0; }
-    explicit operator bool() const { return !isdeleted() && islinked(); }
-    // The base in whose ring the node stands; null once it is unlinked or the base is gone.
-    cSSBase *my_base() const { return base_; }
-    // The base at the other end; null when the link is cut.
-    cSSBase *other_base() const { return partner_ ? partner_->base_ : nullptr; }
-
-    // The same for a pointer that may be null: false and null then.
-    static bool valid(cConnection const *node) { return node && bool(*node); }
-    static cSSBase *my_base(cConnection const *node) { return node ? node->my_base() : nullptr; }
-    static cSSBase *other_base(cConnection const *node) {
-        return node ? node->other_base() : nullptr;
-    }
-
-    // One more reason for this end to be blocked. The counters have 16 bits and wrap.
-    void block() const { ++blocks_; }
-    // One reason less; with `all` none is left. May fall below 0, which takes as many block() to
-    // mend.
-    void unblock(bool all = false) const {
-        --blocks_;
-        if (blocks_ > 0 && all) blocks_ = 0;
-    }
-    int blocks() const { return blocks_; }
-    // How many times the link was connected.
-    int uses() const { return uses_; }
-
-    // For tests: the running LockDelete, and the nodes that wait for the last of them to end.
-    static int lock_count();
-    static std::size_t queue_length();
-    // The first broken rule of the deletion queue, or an empty text (the rules: csignal.cpp).
-    static std::string broken_queue_rule();
-
-    static void operator delete(void *) = delete; // nodes die only in purge()
-
-  protected:
-    cConnection() noexcept : prev_(this), next_(this) {}
-    // Stands just ahead of `before` at once, if that is not null.
-    explicit cConnection(cConnection *before) noexcept : cConnection() { link(before); }
-    cConnection(cConnection const &) noexcept : cConnection() {}
-    cConnection &operator=(cConnection const &) noexcept { return *this; }
-    ~cConnection() = default; // trivial on purpose: a queued node is still read
-
-    // Moves the node to just ahead of `before` and into its ring; null and itself change nothing.
-    void link(cConnection *before) noexcept;
-    static void link(cConnection *node, cConnection *before) noexcept {
-        if (node) node->link(before);
-    }
-    void unlink() noexcept;
-    // Makes this the sending end of a link to `other`, and with `exclusive` the only one not
-    // blocked among those that stand in the ring now.
-    void connect(cConnection *other, bool exclusive) noexcept;
-    // Cuts the link at both ends; nothing is queued.
-    void disconnect() noexcept { cut(); }
-
-    static void lock_delete() noexcept;
-    static void unlock_delete() noexcept;
-    // Frees the queued nodes, unless a LockDelete lives.
-    static void do_delete() noexcept;
-
-  private:
-    friend class cSSBase;
-    friend struct cRingProbe; // the tests of the rule checker
-
-    static constexpr std::uint16_t target_bit = 1;
-    static constexpr std::uint16_t exclusive_bit = 2;
-
-    void cut() noexcept;
-    void queue() noexcept;
-    void remove() noexcept;
-    void make_exclusive() noexcept;
-    void end_exclusive() noexcept;
-    bool carries() const {
-        return !isdeleted() && islinked() && blocks_ <= 0 && partner_ && partner_->blocks_ <= 0 &&
-               !istarget();
-    }
-    static void purge() noexcept;
-    static std::string broken_link(cConnection const &node, char const *where);
-
-    cSSBase *base_ = nullptr;
-    cConnection *partner_ = nullptr;
-    cConnection *prev_;
-    cConnection *next_;
-    std::uintptr_t delete_next_ = 0; // 0: alive; else the next queued node, or the end mark 1
-    mutable std::int16_t blocks_ = 0;
-    std::int16_t uses_ = 0;
-    std::uint16_t flags_ = 0;
-};
-
-static_assert(!std::is_polymorphic_v<cConnection>);
-
-// While one of these lives, no node is freed. Whoever walks a ring with begin(), next() and isend()
-// and calls foreign code meanwhile holds one.
-class QRV_API cConnection::LockDelete {
-  public:
-    LockDelete() noexcept { lock_delete(); }
-    LockDelete(LockDelete const &) = delete;
-    LockDelete &operator=(LockDelete const &) = delete;
-    ~LockDelete() { unlock_delete(); }
-};
-
-// The common base of signals and slots: one pointer, null until the first connection or block.
-// A copy is a fresh base without connections; assignment changes nothing.
-class QRV_API cSSBase {
-  public:
-    class BlockOnCall;
-
-    virtual ~cSSBase();
-
-    // The ring, in the order in which targets are reached; both null while there is none. Walk:
-    // for (auto c = b.begin(); c != b.end(); c = c->next())
-    cConnection *begin() const;
-    cConnection *end() const;
-    // The first node that links to `other`, in either direction, or null.   O(connections)
-    cConnection *find(cSSBase const &other) const;
-    bool isconnected() const;
-    bool isconnected(cSSBase const &other) const { return find(other) != nullptr; }
-    // Cuts every link, of both directions, however often it was connected.
-    void disconnect() const;
-
-    // Blocks the base as a whole, its calls and the calls into it, for as long as anybody holds the
-    // result or a copy of it.
-    cRef<cShared> block() const;
-    bool isblocked() const;
-    // With the flag set, the base is blocked for the length of each of its calls, so that a call of
-    // it from inside does nothing.
-    bool blockoncall() const;
-    void blockoncall(bool on);
-
-    // The first broken rule of this ring, or an empty text (the rules: csignal.cpp). `deep` also
-    // looks at the rings of the partners and at the deletion queue.
-    std::string broken_rule(bool deep) const;
-
-  protected:
-    class StartConnection;
-
-    constexpr cSSBase() noexcept {}
-    cSSBase(cSSBase const &) noexcept {}
-    cSSBase &operator=(cSSBase const &) noexcept { return *this; }
-
-    void createstart() const;
-    // Links this (sending) to `other` (receiving) and returns this base's end. A pair that is
-    // linked already, in whatever direction, is only counted once more. The new ends stand ahead of
-    // `mine` and `theirs`; a null node, or one of another ring, means the end of the ring. Needs
-    // memory: an allocation failure goes through and changes nothing.   O(connections)
-    cConnection *connect(cSSBase const &other, bool exclusive, cConnection *mine,
-                         cConnection *theirs) const;
-    // Counts the first link to `other` down and cuts it at 0; with `force` at once.
-    void disconnect(cSSBase const &other, bool force) const;
-    // The first connection becomes the last.
-    void rotateconnections() const;
-
-    // Calls `call` with each target. The numbers are those of the protocol that the rules on
-    // deletion during a call rest on.
-    template <class Call> void fire(Call const &call) const;
-    // The same for the first connection only, which then becomes the last.
-    template <class Call> void fire_first(Call const &call) const;
-
-  private:
-    friend class cConnection;
-    friend struct cRingProbe;
-
-    static cSSBase const *target_of(cConnection const *node) {
-        return node->carries() ? node->partner_->base_ : nullptr;
-    }
-    static void rotate(cConnection *head) noexcept;
-    cConnection *own(cConnection *node) const;
-    std::string broken_ring() const;
-    void check() const;
-
-    mutable StartConnection *start_ = nullptr;
-};
-
-// The head of a ring: a node that never carries a link.
-class QRV_API cSSBase::StartConnection : public cConnection {
-  public:
-    explicit StartConnection(cSSBase *base);
-    StartConnection(StartConnection const &other) noexcept
-        : cConnection(other), block_token_(other.block_token_), blockoncall_(other.blockoncall_) {}
-    StartConnection &operator=(StartConnection const &other) noexcept;
-    ~StartConnection() = default;
-
-  private:
-    friend class cSSBase;
-    friend struct cRingProbe;
-
-    // Its first count is this one's; every further one blocks the base. Reset before the node is
-    // queued, since no destructor runs at the purge.
-    cRef<cShared> block_token_;
-    bool blockoncall_ = false;
-};
-
-// Blocks a base with `blockoncall` set for as long as it lives; holds nothing for other bases or
-// null.
-class QRV_API cSSBase::BlockOnCall {
-  public:
-    explicit BlockOnCall(cSSBase const *base) {
-        if (base && base->blockoncall()) token_ = base->block();
-    }
-    BlockOnCall(BlockOnCall const &) = default;
-    BlockOnCall &operator=(BlockOnCall const &) = default;
-    ~BlockOnCall() = default;
-
-  private:
-    cRef<cShared> token_;
-};
-
-inline bool cConnection::isend() const { return !base_ || base_->start_ == this; }
-
-inline cConnection *cSSBase::begin() const { return start_ ? start_->next() : nullptr; }
-
-inline cConnection *cSSBase::end() const { return start_; }
-
-inline bool cSSBase::isblocked() const { return start_ && start_->block_token_->refs() > 1; }
-
-inline bool cSSBase::blockoncall() const { return start_ && start_->blockoncall_; }
-
-template <class Call> void cSSBase::fire(Call const &call) const {
-    if (isblocked()) return;                // 1
-    cConnection::LockDelete no_purge;       // 2  outlives 3
-    BlockOnCall self_block(this);           // 3
-    cConnection const *const head = start_; // 4  last look at *this: a target may destroy us
-    if (!head) return;
-    cConnection const *node = head->next_;
-    do {
-        if (cSSBase const *target = target_of(node)) // 5
-            call(*target);                           // 6  RE-ENTERS
-        node = node->next_;                          // 7  after the call, not before it
-    } while (node != head);
-} // 8
-
-template <class Call> void cSSBase::fire_first(Call const &call) const {
-    if (isblocked()) return;
-    cConnection::LockDelete no_purge;
-    BlockOnCall self_block(this);
-    cConnection *const head = start_; // last look at *this
-    if (!head) return;
-    if (cSSBase const *target = target_of(head->next_)) call(*target); // RE-ENTERS
-    if (!head->isdeleted()) rotate(head);
-}
+#include <utility>
 
 // The bases by argument count, the targets of signals. Whoever derives from one calls disconnect()
 // first thing in its destructor, so that no emission reaches a half destroyed object.
@@ -332,7 +69,7 @@ class QRV_API cSignal : public cSSBase0 {
                          cConnection *mine = nullptr, cConnection *theirs = nullptr) const {
         return cSSBase::connect(target, exclusive, mine, theirs);
     }
-    void disconnect(cSSBase0 const &target, bool force) const {
+    void disconnect(cSSBase0 const &target, bool force = false) const {
         cSSBase::disconnect(target, force);
     }
     void disconnect() const { cSSBase::disconnect(); }
@@ -359,10 +96,10 @@ template <class T> class QRV_API cSignal1 : public cSSBase1<T> {
                          cConnection *mine = nullptr, cConnection *theirs = nullptr) const {
         return cSSBase::connect(target, exclusive, mine, theirs);
     }
-    void disconnect(cSSBase1<T> const &target, bool force) const {
+    void disconnect(cSSBase1<T> const &target, bool force = false) const {
         cSSBase::disconnect(target, force);
     }
-    void disconnect(cSSBase0 const &target, bool force) const {
+    void disconnect(cSSBase0 const &target, bool force = false) const {
         cSSBase::disconnect(target, force);
     }
     void disconnect() const { cSSBase::disconnect(); }
@@ -397,13 +134,13 @@ template <class T, class U> class QRV_API cSignal2 : public cSSBase2<T, U> {
                          cConnection *mine = nullptr, cConnection *theirs = nullptr) const {
         return cSSBase::connect(target, exclusive, mine, theirs);
     }
-    void disconnect(cSSBase2<T, U> const &target, bool force) const {
+    void disconnect(cSSBase2<T, U> const &target, bool force = false) const {
         cSSBase::disconnect(target, force);
     }
-    void disconnect(cSSBase1<T> const &target, bool force) const {
+    void disconnect(cSSBase1<T> const &target, bool force = false) const {
         cSSBase::disconnect(target, force);
     }
-    void disconnect(cSSBase0 const &target, bool force) const {
+    void disconnect(cSSBase0 const &target, bool force = false) const {
         cSSBase::disconnect(target, force);
     }
     void disconnect() const { cSSBase::disconnect(); }
@@ -487,16 +224,55 @@ concept cSignalFor = requires(Signal const &signal, Target const &target) {
     signal.connect(target, false, nullptr, nullptr);
 };
 
-// Calls a member function of an object, which it does not own. A null object or function is not
-// called.
+// A pointer to a member function that can be called on a C: constant or not, inherited or not, with
+// any result.
+template <class Member, class C, class... Args>
+concept cMemberOf =
+    std::is_member_function_pointer_v<Member> && std::is_invocable_v<Member, C *, Args...>;
+
+// One such pointer, and a function that knows its real type.
+template <class C, class... Args> class cMemberCall {
+  public:
+    template <class Member> explicit cMemberCall(Member member) noexcept
+        : call_(member ? &call<Member> : nullptr), member_(std::bit_cast<cBits>(member)) {}
+
+    explicit operator bool() const noexcept { return call_ != nullptr; }
+    void operator()(C *object, Args... args) const {
+        call_(member_, object, std::forward<Args>(args)...);
+    }
+
+  private:
+    using cBits = std::array<std::uintptr_t, 2>;
+
+    template <class Member> static void call(cBits bits, C *object, Args... args) {
+        static_cast<void>((object->*std::bit_cast<Member>(bits))(std::forward<Args>(args)...));
+    }
+
+    void (*call_)(cBits, C *, Args...);
+    cBits member_;
+};
+
+// The plain form of a member function, which overloaded names and null are taken for.
+template <class C, class... Args> using cPlainMember =
+    std::conditional_t<std::is_const_v<C>, void (std::remove_const_t<C>::*)(Args...) const,
+                       void (std::remove_const_t<C>::*)(Args...)>;
+
+// Calls a member function of an object, which it does not own; its result is dropped. A null object
+// or function is not called. For a constant object C is constant, and so is the function.
 template <class C> class QRV_API cSlot : public cSSBase0 {
   public:
-    using function_type = void (C::*)();
+    using function_type = cPlainMember<C>;
 
     cSlot(C *object, function_type function) noexcept : object_(object), function_(function) {}
+    template <cMemberOf<C> Member> cSlot(C *object, Member function) noexcept
+        : object_(object), function_(function) {}
     // Also connected to `signal`, which is the sending side.
     template <cSignalFor<cSSBase0> Signal>
     cSlot(C *object, function_type function, Signal const &signal) : cSlot(object, function) {
+        signal.connect(*this, false, nullptr, nullptr);
+    }
+    template <cMemberOf<C> Member, cSignalFor<cSSBase0> Signal>
+    cSlot(C *object, Member function, Signal const &signal) : cSlot(object, function) {
         signal.connect(*this, false, nullptr, nullptr);
     }
     cSlot(cSlot const &) noexcept = default;
@@ -506,22 +282,28 @@ template <class C> class QRV_API cSlot : public cSSBase0 {
     void operator()() const override {
         if (isblocked() || !object_ || !function_) return;
         BlockOnCall const self_block(this);
-        (object_->*function_)(); // RE-ENTERS: *this may be gone afterwards
+        function_(object_); // RE-ENTERS: *this may be gone afterwards
     }
 
   private:
     C *object_;
-    function_type function_;
+    cMemberCall<C> function_;
 };
 
 // The same with one argument.
 template <class C, class T> class QRV_API cSlot1 : public cSSBase1<T> {
   public:
-    using function_type = void (C::*)(T);
+    using function_type = cPlainMember<C, T>;
 
     cSlot1(C *object, function_type function) noexcept : object_(object), function_(function) {}
+    template <cMemberOf<C, T> Member> cSlot1(C *object, Member function) noexcept
+        : object_(object), function_(function) {}
     template <cSignalFor<cSSBase1<T>> Signal>
     cSlot1(C *object, function_type function, Signal const &signal) : cSlot1(object, function) {
+        signal.connect(*this, false, nullptr, nullptr);
+    }
+    template <cMemberOf<C, T> Member, cSignalFor<cSSBase1<T>> Signal>
+    cSlot1(C *object, Member function, Signal const &signal) : cSlot1(object, function) {
         signal.connect(*this, false, nullptr, nullptr);
     }
     cSlot1(cSlot1 const &) noexcept = default;
@@ -531,20 +313,100 @@ template <class C, class T> class QRV_API cSlot1 : public cSSBase1<T> {
     void operator()(T argument) const override {
         if (this->isblocked() || !object_ || !function_) return;
         cSSBase::BlockOnCall const self_block(this);
-        (object_->*function_)(argument); // RE-ENTERS: *this may be gone afterwards
+        function_(object_, std::forward<T>(argument)); // RE-ENTERS: *this may be gone afterwards
     }
 
   private:
     C *object_;
-    function_type function_;
+    cMemberCall<C, T> function_;
 };
 
-// Calls a function without arguments; its result is dropped. A null function is not called.
+template <class C, class R, class B, class T, class... Signal>
+cSlot1(C *, R (B::*)(T), Signal const &...) -> cSlot1<C, T>;
+template <class C, class R, class B, class T, class... Signal>
+cSlot1(C *, R (B::*)(T) const, Signal const &...) -> cSlot1<C, T>;
+
+// The same with two arguments.
+template <class C, class T, class U> class QRV_API cSlot2 : public cSSBase2<T, U> {
+  public:
+    using function_type = cPlainMember<C, T, U>;
+
+    cSlot2(C *object, function_type function) noexcept : object_(object), function_(function) {}
+    template <cMemberOf<C, T, U> Member> cSlot2(C *object, Member function) noexcept
+        : object_(object), function_(function) {}
+    template <cSignalFor<cSSBase2<T, U>> Signal>
+    cSlot2(C *object, function_type function, Signal const &signal) : cSlot2(object, function) {
+        signal.connect(*this, false, nullptr, nullptr);
+    }
+    template <cMemberOf<C, T, U> Member, cSignalFor<cSSBase2<T, U>> Signal>
+    cSlot2(C *object, Member function, Signal const &signal) : cSlot2(object, function) {
+        signal.connect(*this, false, nullptr, nullptr);
+    }
+    cSlot2(cSlot2 const &) noexcept = default;
+    cSlot2 &operator=(cSlot2 const &) noexcept { return *this; }
+    ~cSlot2() override { cSSBase::disconnect(); }
+
+    void operator()(T first, U second) const override {
+        if (this->isblocked() || !object_ || !function_) return;
+        cSSBase::BlockOnCall const self_block(this);
+        function_(object_, std::forward<T>(first), std::forward<U>(second)); // RE-ENTERS, as above
+    }
+
+  private:
+    C *object_;
+    cMemberCall<C, T, U> function_;
+};
+
+template <class C, class R, class B, class T, class U, class... Signal>
+cSlot2(C *, R (B::*)(T, U), Signal const &...) -> cSlot2<C, T, U>;
+template <class C, class R, class B, class T, class U, class... Signal>
+cSlot2(C *, R (B::*)(T, U) const, Signal const &...) -> cSlot2<C, T, U>;
+
+// What a function slot calls: a plain function, or a function object, a lambda for example. Copies
+// share the object, so a call that holds a copy outlives the slot.
+template <class F> class cHeldFunction {
+  public:
+    explicit cHeldFunction(F &&function) : held_(hold(std::forward<F>(function))) {}
+
+    explicit operator bool() const { return !is_null(function()); }
+    template <class... Args> void operator()(Args &&...args) const {
+        static_cast<void>(function()(std::forward<Args>(args)...));
+    }
+
+  private:
+    static constexpr bool shared = std::is_class_v<F>;
+    using cHeld = std::conditional_t<shared, std::shared_ptr<F>, F>;
+
+    static cHeld hold(F &&function) {
+        if constexpr (shared)
+            return std::make_shared<F>(std::move(function));
+        else
+            return function;
+    }
+    auto &function() const {
+        if constexpr (shared)
+            return *held_;
+        else
+            return held_;
+    }
+    template <class G> static bool is_null(G const &function) {
+        if constexpr (!std::is_empty_v<G> && requires { function == nullptr; })
+            return function == nullptr;
+        else
+            return false;
+    }
+
+    cHeld held_;
+};
+
+// Calls a function or a function object without arguments; its result is dropped. A null function
+// is not called. Copies share the function object.
 template <class F> class QRV_API cFunctionSlot : public cSSBase0 {
   public:
-    explicit cFunctionSlot(F function) noexcept : function_(function) {}
+    explicit cFunctionSlot(F function) noexcept(!std::is_class_v<F>)
+        : function_(std::forward<F>(function)) {}
     template <cSignalFor<cSSBase0> Signal> cFunctionSlot(F function, Signal const &signal)
-        : cFunctionSlot(function) {
+        : cFunctionSlot(std::forward<F>(function)) {
         signal.connect(*this, false, nullptr, nullptr);
     }
     cFunctionSlot(cFunctionSlot const &) noexcept = default;
@@ -554,19 +416,21 @@ template <class F> class QRV_API cFunctionSlot : public cSSBase0 {
     void operator()() const override {
         if (isblocked() || !function_) return;
         BlockOnCall const self_block(this);
-        function_(); // RE-ENTERS: *this may be gone afterwards
+        auto const function = function_;
+        function(); // RE-ENTERS: *this may be gone afterwards
     }
 
   private:
-    F function_;
+    cHeldFunction<F> function_;
 };
 
 // The same with one argument.
 template <class T, class F> class QRV_API cFunctionSlot1 : public cSSBase1<T> {
   public:
-    explicit cFunctionSlot1(F function) noexcept : function_(function) {}
+    explicit cFunctionSlot1(F function) noexcept(!std::is_class_v<F>)
+        : function_(std::forward<F>(function)) {}
     template <cSignalFor<cSSBase1<T>> Signal> cFunctionSlot1(F function, Signal const &signal)
-        : cFunctionSlot1(function) {
+        : cFunctionSlot1(std::forward<F>(function)) {
         signal.connect(*this, false, nullptr, nullptr);
     }
     cFunctionSlot1(cFunctionSlot1 const &) noexcept = default;
@@ -576,12 +440,42 @@ template <class T, class F> class QRV_API cFunctionSlot1 : public cSSBase1<T> {
     void operator()(T argument) const override {
         if (this->isblocked() || !function_) return;
         cSSBase::BlockOnCall const self_block(this);
-        function_(argument); // RE-ENTERS: *this may be gone afterwards
+        auto const function = function_;
+        function(argument); // RE-ENTERS: *this may be gone afterwards
     }
 
   private:
-    F function_;
+    cHeldFunction<F> function_;
 };
+
+template <class F, class T> cFunctionSlot1(F, cSignal1<T> const &) -> cFunctionSlot1<T, F>;
+
+// The same with two arguments.
+template <class T, class U, class F> class QRV_API cFunctionSlot2 : public cSSBase2<T, U> {
+  public:
+    explicit cFunctionSlot2(F function) noexcept(!std::is_class_v<F>)
+        : function_(std::forward<F>(function)) {}
+    template <cSignalFor<cSSBase2<T, U>> Signal> cFunctionSlot2(F function, Signal const &signal)
+        : cFunctionSlot2(std::forward<F>(function)) {
+        signal.connect(*this, false, nullptr, nullptr);
+    }
+    cFunctionSlot2(cFunctionSlot2 const &) noexcept = default;
+    cFunctionSlot2 &operator=(cFunctionSlot2 const &) noexcept { return *this; }
+    ~cFunctionSlot2() override { cSSBase::disconnect(); }
+
+    void operator()(T first, U second) const override {
+        if (this->isblocked() || !function_) return;
+        cSSBase::BlockOnCall const self_block(this);
+        auto const function = function_;
+        function(first, second); // RE-ENTERS: *this may be gone afterwards
+    }
+
+  private:
+    cHeldFunction<F> function_;
+};
+
+template <class F, class T, class U> cFunctionSlot2(F, cSignal2<T, U> const &)
+    -> cFunctionSlot2<T, U, F>;
 
 extern template class cFunctionSlot<void (*)()>;
 extern template class cFunctionSlot1<char const *, void (*)(char const *)>;
