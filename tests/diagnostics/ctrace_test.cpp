@@ -6,9 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include <concepts>
 #include <filesystem>
 #include <iomanip>
+#include <memory>
 #include <optional>
+#include <sstream>
+#include <string_view>
 #include <thread>
 
 namespace {
@@ -262,6 +266,8 @@ std::ostream &operator<<(std::ostream &os, cCounted const &value) {
     return os;
 }
 
+int counted = 0;
+
 TEST_F(Trace, a_disabled_channel_formats_nothing) {
     cTracer one("one");
     int count = 0;
@@ -316,6 +322,80 @@ TEST_F(Trace, rules_may_change_while_a_channel_writes) {
     one << std::string(2000, 'x') << "not written";
     EXPECT_FALSE(one);
     EXPECT_EQ(messages_text(), std::string(2000, 'x'));
+}
+
+TEST_F(Trace, a_listener_may_destroy_the_channel_that_writes) {
+    auto one = std::make_unique<cTracer>("one");
+    auto *const gone = &one;
+    cOnText const slot(cOutSigStreambuf.sig(), [gone](char const *) { gone->reset(); });
+    cSetTracing("one:cerr,cout," + folder + "x.log");
+    *one << std::string(2000, 'x');
+    EXPECT_EQ(one, nullptr);
+    EXPECT_EQ(messages_text(), std::string(2000, 'x')); // the later streams are not reached
+    EXPECT_EQ(file_text(folder + "x.log"), "");
+}
+
+TEST_F(Trace, a_listener_may_destroy_the_channel_while_it_writes_twice) {
+    auto one = std::make_unique<cTracer>("one");
+    auto *const gone = &one;
+    int depth = 0;
+    cOnText const slot(cOutSigStreambuf.sig(), [gone, &depth](char const *) {
+        if (++depth == 1) **gone << std::string(1500, 'y');
+        gone->reset();
+    });
+    cSetTracing("one:cerr,cout");
+    *one << std::string(1500, 'x');
+    EXPECT_EQ(one, nullptr);
+}
+
+// A channel converts to bool, so arithmetic with it would compile.
+template <class A, class B>
+concept cArithmetic = requires(A a, B b) {
+    a - b;
+}
+|| requires(A a, B b) { a + b; };
+template <class A, class B>
+concept cOrdered = requires(A a, B b) {
+    a < b;
+}
+|| requires(A a, B b) { a > b; }
+|| requires(A a, B b) { a <= b; }
+|| requires(A a, B b) { a >= b; };
+template <class A, class B>
+concept cShifted = requires(A a, B b) {
+    a << b;
+};
+
+TEST_F(Trace, a_channel_is_not_a_number) {
+    static_assert(!cArithmetic<cTracer &, cTracer &> && !cOrdered<cTracer &, cTracer &>);
+    static_assert(!cArithmetic<cTracer const &, int> && !cOrdered<cTracer const &, int>);
+    static_assert(!cArithmetic<int, cTracer> && !cOrdered<bool, cTracer>);
+    static_assert(!cArithmetic<char const *, cTracer &> && !cArithmetic<cTracer &, char *>);
+    static_assert(!cShifted<std::ostream &, cTracer const &>);
+    static_assert(!cShifted<std::ostringstream, cTracer> && !cShifted<cOstream &, cTracer &>);
+    static_assert(std::convertible_to<cTracer const &, bool>);
+    cTracer const one("one");
+    EXPECT_TRUE(!one && (one == false) && !(one || false));
+}
+
+enum class cColour { red };
+std::ostream &operator<<(std::ostream &os, cColour) { return os << "red"; }
+
+TEST_F(Trace, everything_that_a_stream_writes_can_be_traced) {
+    cTracer one("one");
+    cSetTracing("one");
+    std::string_view const view = "view";
+    char const *const text = "text";
+    unsigned char const byte = 'b';
+    std::string const string = "string";
+    void const *const none = nullptr;
+    cTracer("one") << "t" << text << string << view << 'c' << byte << true << short{1} << 2U << 3L
+                   << 4ULL << 5.5F << 6.5 << std::hex << 16 << std::setw(3) << 7
+                   << std::setfill('.') << cColour::red << cCounted{&counted} << none << std::endl;
+    one << std::boolalpha << (1 < 2) << std::flush << objref() << std::ends;
+    static_assert(cShifted<cTracer &, char const *> && cShifted<cTracer &, std::string>);
+    static_assert(cShifted<cTracer &, int> && cShifted<cTracer &, objref>);
+    EXPECT_EQ(messages_text(), "ttextstringviewcb112345.56.510  7red0\n" + std::string("true"));
 }
 
 TEST_F(Trace, an_indent_lasts_as_long_as_its_scope) {

@@ -25,6 +25,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 // A target of channels, shared by its name. Copies share the stream written to.
@@ -86,7 +87,8 @@ class QRV_API cTracer {
     // Enabled exactly when there is a stream to write to.
     void initenabled() { enabled_ = !strlist_.empty(); }
 
-    // Writes to every stream of strlist(), in order; nothing when not enabled.
+    // Writes to every stream of strlist(), in order; nothing when not enabled. A listener of the
+    // message route may destroy the channel in the last `<<` of a chain.
     template <class T> cTracer &operator<<(T const &value) {
         return each([&value](std::ostream &os) { os << value; });
     }
@@ -111,6 +113,23 @@ class QRV_API cTracer {
         return each([manipulator](std::ostream &os) { os << manipulator; });
     }
 
+    // A channel converts to bool; these would take it for a number.
+    friend void operator-(cTracer const &, auto const &) = delete;
+    friend void operator-(auto const &, cTracer const &) = delete;
+    friend void operator+(cTracer const &, auto const &) = delete;
+    friend void operator+(auto const &, cTracer const &) = delete;
+    friend void operator<(cTracer const &, auto const &) = delete;
+    friend void operator<(auto const &, cTracer const &) = delete;
+    friend void operator>(cTracer const &, auto const &) = delete;
+    friend void operator>(auto const &, cTracer const &) = delete;
+    friend void operator<=(cTracer const &, auto const &) = delete;
+    friend void operator<=(auto const &, cTracer const &) = delete;
+    friend void operator>=(cTracer const &, auto const &) = delete;
+    friend void operator>=(auto const &, cTracer const &) = delete;
+    template <class Stream>
+    requires std::derived_from<std::remove_cvref_t<Stream>, std::ios_base>
+    friend void operator<<(Stream &&, cTracer const &) = delete;
+
   private:
     friend void cSetTracing(std::string const &spec);
 
@@ -118,13 +137,14 @@ class QRV_API cTracer {
     void apply_rules();
     cTracer &write_object(cObj const *object); // in the text layer
 
-    // Writing may run foreign code that sets other rules: each stream is held while it is written
-    // to.
+    // Writing may run user code that sets other rules or destroys the channel: each stream is held
+    // while it is written to.
     template <class Write> cTracer &each(Write const &write) {
         if (!enabled_) return *this;
-        for (streams::size_type i = 0; i < strlist_.size(); ++i) {
+        std::weak_ptr<char const> const life = life_;
+        for (streams::size_type i = 0; !life.expired() && i < strlist_.size(); ++i) {
             cRef<cTraceStream> const stream = strlist_[i];
-            if (stream) write(stream->os());
+            if (stream) write(stream->os()); // RE-ENTERS
         }
         return *this;
     }
@@ -134,6 +154,7 @@ class QRV_API cTracer {
     bool enabled_ = false;
     int indent_ = 0;
     int flags_;
+    std::shared_ptr<char const> life_ = std::make_shared<char>(); // ends with the channel
     cTracer *prev_ = nullptr; // the list of all living channels, in order of construction
     cTracer *next_ = nullptr;
 };
