@@ -111,6 +111,16 @@ void cMsgDispOut(char const *text) {
     if (global_buffer) global_buffer->out(text);
 }
 
+void cat::put_message(std::string_view text) {
+    auto const size = static_cast<std::streamsize>(text.size());
+    if (!global_buffer) {
+        cat::std_err().write(text.data(), size).flush();
+        return;
+    }
+    global_buffer->sputn(text.data(), size);
+    global_buffer->pubsync();
+}
+
 void cat::write_percent_text(std::FILE *file, char const *text) {
     while (char const *percent = std::strstr(text, "%%")) {
         std::fwrite(text, 1, static_cast<std::size_t>(percent + 1 - text), file);

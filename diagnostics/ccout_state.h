@@ -1,8 +1,11 @@
 #pragma once
 // What the files of message output share. One thread at a time.
 
+#include "qrv/cvers.h"
+
 #include <array>
 #include <cstdarg>
+#include <string_view>
 
 namespace cat {
 
@@ -14,6 +17,13 @@ using cMessageText = std::array<char, 2048>;
 // Formats up to 2047 characters. The length, or -1 when the text was cut or the format is faulty.
 int format_message(cMessageText &text, char const *format, va_list args)
     __attribute__((format(printf, 2, 0)));
+
+// Writes to the message route and flushes, after what waits in the global buffer and whatever state
+// std::cerr is in; to std::cerr while there is no global buffer. RE-ENTERS
+void put_message(std::string_view text);
+
+// Removes the display of use_console(), if there is one. RE-ENTERS: the last text is delivered.
+void end_console();
 
 // What debugout calls for each text.
 void pass_to_debug_output(char const *text);

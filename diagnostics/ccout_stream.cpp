@@ -56,26 +56,30 @@ int cOstream::cprintf(char const *format, ...) {
 int cOstream::cvprintf(char const *format, va_list args) {
     cat::cMessageText text;
     int const result = cat::format_message(text, format, args);
-    flush_own();
-    outbuf_.sig()(text.data());
+    if (flush_own()) outbuf_.sig()(text.data());
     return result;
 }
 
+// A stream that is destroyed meanwhile has closed its file.
 void cOstream::do_out(char const *text) {
+    std::weak_ptr<char const> const life = life_;
     if (dispout_)
-        cMsgDispOut(text); // RE-ENTERS: the file may be closed now
+        cMsgDispOut(text); // RE-ENTERS
     else if (file_)
-        cat::debug_output(text);
-    if (file_) cat::write_percent_text(file_, text);
+        cat::debug_output(text); // RE-ENTERS
+    if (!life.expired() && file_) cat::write_percent_text(file_, text);
 }
 
 void cOstream::do_sigout(char const *text) {
-    flush_own();
-    outbuf_.sig()(text);
+    if (flush_own()) outbuf_.sig()(text);
 }
 
-void cOstream::flush_own() {
-    if (rdbuf() && rdbuf()->pubsync() == -1) setstate(std::ios::badbit);
+bool cOstream::flush_own() {
+    std::weak_ptr<char const> const life = life_;
+    bool const failed = rdbuf() && rdbuf()->pubsync() == -1; // RE-ENTERS
+    if (life.expired()) return false;
+    if (failed) setstate(std::ios::badbit);
+    return true;
 }
 
 cOstringstream::cOstringstream()

@@ -5,14 +5,20 @@
 
 #include "qrv/diagnostics/cerr.h"
 
+#include "diagnostics/ccout_state.h"
+
+#include <locale>
+
 cException::cException(std::string const &text) : text_(text) {}
-cException::cException(cException const &other) : text_(other.as_string()) {}
+cException::cException(cException const &other) : std::exception(other), text_(other.as_string()) {}
 cException::~cException() = default;
 
 cException &cException::operator=(cException const &other) {
     if (this != &other) set_string(other.as_string());
     return *this;
 }
+
+char const *cException::what() const noexcept { return text_.c_str(); }
 
 std::string cException::as_string() const { return text_; }
 
@@ -52,6 +58,14 @@ void cErrStream::set(unsigned int code, std::string const &text) {
     cErr::set(code, text);
 }
 
+char const *cErrStream::what() const noexcept {
+    try {
+        flush_text();
+    } catch (...) { // the caller asked this stream for exceptions; the text up to here is there
+    }
+    return cErr::what();
+}
+
 std::string cErrStream::as_string() const {
     flush_text();
     return cErr::as_string();
@@ -66,6 +80,11 @@ void cErrStream::clear() {
     flush_text();
     cErr::clear();
     std::ios::clear();
+    flags(std::ios::skipws | std::ios::dec);
+    precision(6);
+    width(0);
+    fill(' ');
+    if (getloc() != std::locale::classic()) imbue(std::locale::classic());
 }
 
 cErrHandler::cErrHandler(unsigned int throw_mask, unsigned int clear_mask, unsigned int silent_mask)
@@ -86,12 +105,11 @@ cErrHandler::~cErrHandler() {
     disconnect(); // before the handler's own part goes
 }
 
-// The order is fixed: what is thrown has been printed, and what is thrown is not forgiven.
+// The order is fixed: what is thrown has been printed, and what is thrown is not forgiven. The
+// masks are copied first, as a listener may destroy the handler.
 void cErrHandler::dohandler(cErr &error) {
-    if (!(silent_mask_ & error.code())) {
-        std::string const line = error.as_string() + '\n';
-        cat::std_err().write(line.data(), static_cast<std::streamsize>(line.size())).flush();
-    }
-    if (throw_mask_ & error.code()) throw cErr(error);
-    if (clear_mask_ & error.code()) error.set_code(error.code() & (cErr::bad_code - 1));
+    unsigned int const throw_mask = throw_mask_, clear_mask = clear_mask_;
+    if (!(silent_mask_ & error.code())) cat::put_message(error.as_string() + '\n'); // RE-ENTERS
+    if (throw_mask & error.code()) throw cErr(error);
+    if (clear_mask & error.code()) error.set_code(error.code() & (cErr::bad_code - 1));
 }

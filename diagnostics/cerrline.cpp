@@ -2,9 +2,8 @@
 
 // A plain function pointer: the taker belongs to a layer above.
 
-#include "qrv/diagnostics/ccout.h"
+#include "diagnostics/ccout_state.h"
 
-#include <ostream>
 #include <utility>
 
 namespace {
@@ -13,7 +12,7 @@ constinit cat::error_line_taker the_taker = nullptr;
 
 void cat::error_line(std::string const &text) {
     if (the_taker && the_taker(text)) return;
-    cat::std_err() << text << std::endl;
+    put_message(text + '\n');
 }
 
 cat::error_line_taker cat::take_error_lines(error_line_taker taker) noexcept {

@@ -5,6 +5,7 @@
 #include "messages.h"
 
 #include <locale>
+#include <memory>
 
 namespace {
 
@@ -120,6 +121,73 @@ TEST_F(Output, the_printf_of_a_stream_flushes_it_first) {
     EXPECT_EQ(os.cprintf("then %s", "this"), 9);
     EXPECT_EQ(os.cprintf("%s", std::string(2048, 'x').c_str()), -1);
     EXPECT_EQ(messages.pieces(), (Pieces{"first, ", "then this", std::string(2047, 'x')}));
+}
+
+// ---- a listener destroys the stream that prints ----
+
+class cDestroyed {
+  public:
+    explicit cDestroyed(char const *path = nullptr)
+        : os(std::make_unique<cOstream>(true, path)),
+          slot_(cOutSigStreambuf.sig(), [this](char const *) { os.reset(); }) {}
+    cDestroyed(cDestroyed const &) = delete;
+    cDestroyed &operator=(cDestroyed const &) = delete;
+    ~cDestroyed() = default;
+
+    std::unique_ptr<cOstream> os;
+
+  private:
+    cOnText slot_;
+};
+
+TEST_F(Output, a_stream_destroyed_while_it_displays_writes_no_file) {
+    cTempFile const file("destroyed");
+    auto os = std::make_unique<cOstream>(true, file.name());
+    cOnText const slot(cOutSigStreambuf.sig(), [&os](char const *) { os.reset(); });
+    EXPECT_EQ(os->cprintf("text"), 4);
+    EXPECT_EQ(os, nullptr);
+    EXPECT_EQ(messages.pieces().back(), "text");
+    EXPECT_EQ(without_start_line(file.text()), "[start]");
+}
+
+TEST_F(Output, a_stream_destroyed_by_debug_output_writes_no_file) {
+    cTempFile const file("destroyed");
+    static std::unique_ptr<cOstream> os;
+    os = std::make_unique<cOstream>(false, file.name());
+    qrv_set_debug_output([](char const *) { os.reset(); });
+    EXPECT_EQ(os->cprintf("text"), 4);
+    qrv_set_debug_output(nullptr);
+    EXPECT_EQ(os, nullptr);
+    EXPECT_EQ(without_start_line(file.text()), "[start]");
+}
+
+TEST_F(Output, a_stream_destroyed_while_it_flushes_for_its_printf_prints_no_more) {
+    cDestroyed destroyed;
+    *destroyed.os << "first, ";
+    EXPECT_EQ(destroyed.os->cprintf("second"), 6);
+    EXPECT_EQ(destroyed.os, nullptr);
+    EXPECT_EQ(messages.pieces(), Pieces{"first, "});
+}
+
+TEST_F(Output, a_stream_destroyed_while_another_feeds_it_prints_no_more) {
+    cDestroyed destroyed;
+    cOstream feeder(false, nullptr);
+    feeder.connect(*destroyed.os);
+    *destroyed.os << "first, ";
+    EXPECT_EQ(feeder.cprintf("second"), 6);
+    EXPECT_EQ(destroyed.os, nullptr);
+    EXPECT_EQ(messages.pieces(), Pieces{"first, "});
+}
+
+TEST_F(Output, a_stream_whose_flush_fails_is_bad_and_prints_on) {
+    struct : std::streambuf {
+        int sync() override { return -1; }
+    } broken;
+    cOstream os(true, nullptr);
+    os.rdbuf(&broken);
+    EXPECT_EQ(os.cprintf("text"), 4);
+    EXPECT_TRUE(os.bad());
+    EXPECT_EQ(messages.pieces(), Pieces{"text"});
 }
 
 TEST_F(Output, the_buffer_of_a_stream_tells_its_pieces) {

@@ -2,11 +2,17 @@
 
 #include "qrv/diagnostics/cerr.h"
 
+#include "diagnostics/cerrline.h"
 #include "messages.h"
 
 #include <gtest/gtest.h>
 
+#include <concepts>
+#include <exception>
 #include <functional>
+#include <iomanip>
+#include <locale>
+#include <memory>
 #include <stdexcept>
 
 namespace {
@@ -38,6 +44,11 @@ class Errors : public testing::Test {
 using ErrorEdge = Errors;
 class ErrorValue : public testing::Test {};
 using ErrorValueEdge = ErrorValue;
+
+struct cGrouping : std::numpunct<char> {
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
 
 // A slot on sig_error that runs a function.
 class cWatch {
@@ -140,6 +151,31 @@ TEST_F(ErrorValue, an_exception_keeps_a_replaceable_text) {
     EXPECT_EQ(cException().as_string(), "");
 }
 
+TEST_F(ErrorValue, an_exception_is_one_of_the_standard_library) {
+    static_assert(std::derived_from<cException, std::exception>);
+    EXPECT_STREQ(cException("a").what(), "a");
+    EXPECT_STREQ(cException().what(), "");
+    cErr error(6, "text");
+    error.set(7, "another");
+    std::exception const &base = error;
+    EXPECT_STREQ(base.what(), "another");
+    try {
+        throw cErr(1, "thrown");
+    } catch (std::exception const &caught) {
+        EXPECT_STREQ(caught.what(), "thrown");
+    }
+}
+
+TEST_F(ErrorValue, what_of_a_stream_holds_what_is_pending) {
+    cErrStream stream(1, "first");
+    stream << ", pending " << 12;
+    std::exception const &base = stream;
+    EXPECT_STREQ(base.what(), "first, pending 12");
+    stream << "!";
+    cException const copy = stream;
+    EXPECT_STREQ(copy.what(), "first, pending 12!");
+}
+
 // ---- the stream ----
 
 TEST_F(ErrorValue, a_stream_takes_texts_longer_than_its_buffer) {
@@ -168,6 +204,16 @@ TEST_F(ErrorValue, a_null_text_streamed_in_does_not_mute_the_next_error) {
     stream << "intact";
     EXPECT_TRUE(stream.good());
     EXPECT_EQ(stream.as_string(), "intact");
+}
+
+TEST_F(ErrorValue, clear_restores_the_number_format) {
+    cErrStream stream(1);
+    stream << std::hex << std::showbase << std::setprecision(2) << std::setfill('*') << std::setw(9)
+           << std::boolalpha << std::uppercase;
+    stream.imbue(std::locale(std::locale::classic(), new cGrouping));
+    stream.clear();
+    stream << 1234567 << ' ' << 1.23456 << ' ' << std::setw(3) << 7 << ' ' << true;
+    EXPECT_EQ(stream.as_string(), "1234567 1.23456   7 1");
 }
 
 class cNoSync : public std::streambuf {
@@ -366,6 +412,46 @@ TEST_F(Errors, the_error_line_arrives_whole_whatever_the_format_of_cerr) {
     EXPECT_FALSE(raise(0x40000000, "100%n %s"));
     cat::std_err().width(0);
     EXPECT_EQ(messages.text(), "100%n %s\n");
+}
+
+TEST_F(Errors, an_error_is_printed_though_cerr_is_in_a_bad_state) {
+    for (auto const state : {std::ios::badbit, std::ios::failbit, std::ios::eofbit}) {
+        cat::std_err().setstate(state);
+        EXPECT_FALSE(raise(0x40000000, "heard"));
+        cat::error_line("a line");
+        EXPECT_EQ(cat::std_err().rdstate(), state);
+        cat::std_err().clear();
+    }
+    EXPECT_EQ(messages.text(), "heard\na line\nheard\na line\nheard\na line\n");
+}
+
+TEST_F(Errors, an_error_comes_after_what_waits_on_cout_and_is_not_held_back) {
+    cat::std_out() << "first, ";
+    EXPECT_FALSE(raise(0x40000000, std::string(3000, 'e').c_str()));
+    EXPECT_EQ(messages.text(), "first, " + std::string(3000, 'e') + "\n");
+}
+
+TEST_F(Errors, a_listener_may_destroy_the_handler_that_prints) {
+    for (unsigned int const clear_mask : {0x40000000U, 0U}) {
+        auto handler = std::make_unique<cErrHandler>(0x80000000U, clear_mask, 0U);
+        cSignal1<cErr &> const signal;
+        signal.connect(*handler);
+        cOnText const slot(cOutSigStreambuf.sig(), [&handler](char const *) { handler.reset(); });
+        cErr error(0x40000007, "forgiven or not");
+        signal(error);
+        EXPECT_EQ(handler, nullptr);
+        EXPECT_EQ(error.code(), clear_mask ? 0x00000007U : 0x40000007U);
+    }
+}
+
+TEST_F(Errors, a_handler_that_a_listener_destroyed_still_throws) {
+    auto handler = std::make_unique<cErrHandler>();
+    cSignal1<cErr &> const signal;
+    signal.connect(*handler);
+    cOnText const slot(cOutSigStreambuf.sig(), [&handler](char const *) { handler.reset(); });
+    cErr error(0x80000000, "thrown");
+    EXPECT_THROW(signal(error), cErr);
+    EXPECT_EQ(handler, nullptr);
 }
 
 TEST_F(Errors, a_throwing_message_slot_does_not_disturb_the_handler) {

@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <istream>
+#include <memory>
 #include <ostream>
 #include <streambuf>
 #include <string>
@@ -93,7 +94,9 @@ QRV_API void cMsgDispOut(char const *text);
 QRV_API char *cConvertNl(char const *text, bool *hadbell = nullptr);
 
 // A message stream: to the display route if `dispout`, to a file of its own, and to the streams
-// connected behind it. Connecting streams in a circle is an endless call.
+// connected behind it. Connecting streams in a circle is an endless call. A listener may destroy
+// the stream during cprintf() and cvprintf(), but not during `<<` and flush(): those are the
+// standard library's, which looks at the stream afterwards.
 class QRV_API cOstream : public std::ostream {
   public:
     explicit cOstream(bool dispout = true, char const *path = nullptr);
@@ -118,13 +121,14 @@ class QRV_API cOstream : public std::ostream {
   private:
     void do_out(char const *text);
     void do_sigout(char const *text);
-    void flush_own();
+    bool flush_own(); // false when a listener has destroyed the stream
 
     // In this order: the buffer goes first, then outslot_, then sigout_.
     cSlot1<cOstream, char const *> sigout_;
     cSlot1<cOstream, char const *> outslot_;
     std::FILE *file_ = nullptr;
     bool dispout_;
+    std::shared_ptr<char const> life_ = std::make_shared<char>(); // ends with the stream
     mutable cOutStreambuf outbuf_;
 };
 

@@ -12,18 +12,20 @@
 #include "qrv/qrvdefs.h"
 #include "qrv/signals/csignal.h"
 
+#include <exception>
 #include <string>
 
-// The base of everything the library throws.
-class QRV_API cException {
+// The base of everything the library throws. what() is the text, good until the text changes.
+class QRV_API cException : public std::exception {
   public:
     explicit cException(std::string const &text = {});
     // Copies take the text by as_string() and hand it on by set_string(), so that a copy of a
     // stream carries the text that still stands in its buffer.
     cException(cException const &other);
     cException &operator=(cException const &other);
-    virtual ~cException();
+    ~cException() override;
 
+    char const *what() const noexcept override;
     virtual std::string as_string() const;
     virtual void set_string(std::string const &text);
 
@@ -72,9 +74,11 @@ class QRV_API cErrStream : public cErr, public cOstringstream {
     ~cErrStream() override;
 
     // Each flushes first (a flush that fails sets the stream's bad state) and then does what the
-    // operation of cErr does. clear() also takes the stream's error state away: one bad insertion
-    // doesn't silence the errors to come.
+    // operation of cErr does. clear() also restores the stream's error state, number format and
+    // locale: one bad insertion does not silence the errors to come, and one std::hex does not
+    // change their numbers.
     void set(unsigned int code, std::string const &text);
+    char const *what() const noexcept override;
     std::string as_string() const override;
     void set_string(std::string const &text) override;
     void clear() override;
