@@ -70,7 +70,14 @@ struct cVersionText {
     cVersionText() { std::cerr << cversionstring() << "\n"; }
     cVersionText(cVersionText const &) = delete;
     cVersionText &operator=(cVersionText const &) = delete;
-    ~cVersionText() { std::cerr << "Quorvanta unloaded\n"; }
+    ~cVersionText() { std::cerr << cat::end_text; }
+};
+
+struct cConsoleCloser {
+    cConsoleCloser() = default;
+    cConsoleCloser(cConsoleCloser const &) = delete;
+    cConsoleCloser &operator=(cConsoleCloser const &) = delete;
+    ~cConsoleCloser() { cat::end_console(); }
 };
 
 } // namespace
@@ -110,7 +117,8 @@ cTracer cat::trace_lex("catlex", 3);
 cFunctionSlot1<char const *, void (*)(char const *)> debugout(cat::pass_to_debug_output);
 cTheOutStreambuf cOutSigStreambuf;
 static cMessageFileCloser message_file_closer;
-static cVersionText version_text; // says goodbye while the message route still stands
+static cVersionText version_text;     // says goodbye while the message route still stands
+static cConsoleCloser console_closer; // a console shows no goodbye
 
 constinit cModuleList cat::loaded_modules; // the list of modules
 static cModule main_module("quorvanta", "quorvanta main module", false);

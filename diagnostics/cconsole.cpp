@@ -2,7 +2,27 @@
 
 #include "qrv/diagnostics/cconsole.h"
 
+#include "diagnostics/ccout_state.h"
 #include "qrv/platform/cplatform.h"
+
+#include <utility>
+
+namespace {
+
+constinit cConsoleDisplay *the_console = nullptr; // of use_console()
+
+// The idle moment that use_console() makes: a slot on it may call use_console() again.
+class cIdleMoment {
+  public:
+    cIdleMoment() noexcept { lasts = true; }
+    cIdleMoment(cIdleMoment const &) = delete;
+    cIdleMoment &operator=(cIdleMoment const &) = delete;
+    ~cIdleMoment() { lasts = false; }
+
+    static constinit inline bool lasts = false;
+};
+
+} // namespace
 
 cConsoleDisplay::cConsoleDisplay(int descriptor)
     : descriptor_(descriptor), slot_(this, &cConsoleDisplay::show) {
@@ -16,3 +36,15 @@ cConsoleDisplay::~cConsoleDisplay() {
 void cConsoleDisplay::show(char const *text) {
     if (!cat::write_all(descriptor_, text)) failed_ = true;
 }
+
+void cat::use_console() {
+    if (the_console || cIdleMoment::lasts || !message_buffer()) return;
+    {
+        cIdleMoment const now;
+        sig_idle(); // RE-ENTERS
+    }
+    the_console = new cConsoleDisplay;
+    message_buffer()->flush_at_line_ends(is_terminal(1)); // RE-ENTERS
+}
+
+void cat::end_console() { delete std::exchange(the_console, nullptr); }

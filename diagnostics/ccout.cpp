@@ -4,6 +4,7 @@
 // The road of a text:  put area --full or flushed--> out() --> sig
 // and for the global buffer:                         out() --> pending (until the first sig_idle)
 //                                                          --> sig, and debugout behind it
+// A program without an idle moment:       pending, put area --at its end--> descriptor 2
 //
 // The put area is copied and emptied before out() runs, for out() ends in foreign code that may
 // print again. That code must not throw out of overflow() or sync(): std::cerr flushes in the
@@ -16,7 +17,9 @@
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/platform/cplatform.h"
 
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 
 namespace {
 
@@ -43,7 +46,7 @@ void lead_standard_streams_to(std::streambuf *buffer) {
 cTheOutStreambuf *cat::message_buffer() { return global_buffer; }
 
 cOutStreambuf::cOutStreambuf() {
-    setp(buffer_.data(), buffer_.data() + usable);
+    empty();
     if (global_buffer) lead_standard_streams_to(global_buffer);
 }
 
@@ -51,13 +54,31 @@ cOutStreambuf::~cOutStreambuf() = default;
 
 void cOutStreambuf::out(char const *text) { sig_(text); }
 
+void cOutStreambuf::flush_at_line_ends(bool on) {
+    pubsync(); // RE-ENTERS
+    by_line_ = on;
+    empty();
+}
+
+void cOutStreambuf::empty() { setp(buffer_.data(), buffer_.data() + (by_line_ ? 0 : usable)); }
+
+// By line the put area ends at its last character, so each character comes here.
+bool cOutStreambuf::keep(int c, std::size_t length) {
+    if (!by_line_ || c == 0 || c == eof || c == '\n' || length == usable) return false;
+    buffer_[length] = static_cast<char>(c);
+    setp(buffer_.data(), buffer_.data() + length + 1);
+    pbump(static_cast<int>(length + 1));
+    return true;
+}
+
 int cOutStreambuf::overflow(int c) {
-    std::array<char, size> text;
     auto length = static_cast<std::size_t>(pptr() - pbase());
+    if (keep(c, length)) return c;
+    std::array<char, size> text;
     std::memcpy(text.data(), pbase(), length);
     if (c != 0 && c != eof) text[length++] = static_cast<char>(c);
     text[length] = '\0';
-    setp(buffer_.data(), buffer_.data() + usable);
+    empty();
     try {
         out(text.data()); // RE-ENTERS
     } catch (...) {
@@ -73,12 +94,28 @@ int cOutStreambuf::sync() {
     return has_text() ? overflow(eof) : 0;
 }
 
+namespace {
+
+constinit std::terminate_handler former_handler = nullptr;
+
+[[noreturn]] void end_with_last_words() {
+    if (global_buffer) global_buffer->write_last_words();
+    if (former_handler) former_handler();
+    std::abort();
+}
+
+} // namespace
+
 cTheOutStreambuf::cTheOutStreambuf() : initslot_(this, &cTheOutStreambuf::_initsync, sig_idle) {
     global_buffer = this;
     lead_standard_streams_to(this);
+    if (std::get_terminate() != end_with_last_words)
+        former_handler = std::set_terminate(end_with_last_words);
 }
 
 cTheOutStreambuf::~cTheOutStreambuf() {
+    write_last_words();
+    if (std::get_terminate() == end_with_last_words) std::set_terminate(former_handler);
     global_buffer = nullptr;
     cTraceStream::detach(this);
     lead_standard_streams_to(nullptr);
@@ -89,6 +126,17 @@ void cTheOutStreambuf::out(char const *text) {
         cOutStreambuf::out(text);
     else
         pending_ += text;
+}
+
+void cTheOutStreambuf::write_last_words() noexcept {
+    if (synced_) return;
+    std::string_view text = pending_;
+    if (text.starts_with(cat::start_text)) text.remove_prefix(cat::start_text.size());
+    if (text.ends_with(cat::end_text)) text.remove_suffix(cat::end_text.size());
+    cat::write_all(2, text);
+    cat::write_all(2, {pbase(), static_cast<std::size_t>(pptr() - pbase())});
+    pending_.clear();
+    empty();
 }
 
 // The first idle moment. The kept text is sent before debugout is connected, so that the debugger

@@ -12,6 +12,10 @@ namespace cat {
 // The head line of a message file.
 constexpr char const *start_time_format = "%Y:%m:%d %H:%M";
 
+// What the library says about itself when it is loaded and when it goes.
+constexpr std::string_view start_text = QRV_VERSION_TEXT "\n";
+constexpr std::string_view end_text = "Quorvanta unloaded\n";
+
 using cMessageText = std::array<char, 2048>;
 
 // Formats up to 2047 characters. The length, or -1 when the text was cut or the format is faulty.

@@ -112,6 +112,8 @@ bool cat::write_all(int descriptor, std::string_view bytes) {
     return true;
 }
 
+bool cat::is_terminal(int descriptor) { return ::isatty(descriptor) == 1; }
+
 std::int64_t cat::counter() {
     timespec now{};
     ::clock_gettime(CLOCK_MONOTONIC, &now);

@@ -1,9 +1,12 @@
 #pragma once
-// A display for programs without one: writes the message route to a file descriptor. Nothing of
-// what a program prints by std::cout, std::cerr or the library is seen before something like this
-// is connected:
+// Displays for programs without one. What a program prints by std::cout, std::cerr or the library
+// is seen at once only when something like this is connected. For most programs one call does it:
 //
-//     cConsoleDisplay display;   // descriptor 1
+//     cat::use_console();        // descriptor 1, until the process ends
+//
+// The class is for another descriptor or a shorter time:
+//
+//     cConsoleDisplay display;   // writes the message route to descriptor 1
 //     sig_idle();                // delivers what was printed so far, from then on all is direct
 //
 // Fire sig_idle() before making the display to drop the start-up text.
@@ -31,3 +34,13 @@ class QRV_API cConsoleDisplay {
     bool failed_ = false;
     cSlot1<cConsoleDisplay, char const *> slot_;
 };
+
+namespace cat {
+
+// Fires sig_idle, so that the start-up text has no reader, and makes one cConsoleDisplay on
+// descriptor 1, which is there until the program's last static object has gone. On a terminal each
+// line is shown when it ends, elsewhere when it is flushed. Call it before anything is printed. A
+// second call does nothing. Throws what a slot on sig_idle throws, and makes no display then.
+QRV_API void use_console();
+
+} // namespace cat

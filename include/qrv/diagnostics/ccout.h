@@ -2,8 +2,10 @@
 // Message output. Loading the library redirects std::cout and std::cerr into one buffer,
 // cOutSigStreambuf; cprintf(), every cOstream and every error end there too. Its signal sig() is
 // where a display, a log or a test listens. Text written before anyone can listen is kept: the
-// first firing of sig_idle delivers it in one piece, and a program that connects nothing and never
-// fires sig_idle prints nothing (qrv/diagnostics/cconsole.h has a display for a file descriptor).
+// first firing of sig_idle delivers it in one piece. A program that never fires sig_idle gets its
+// text on descriptor 2 when it ends, also by std::terminate; one that wants to see it at once calls
+// cat::use_console() (qrv/diagnostics/cconsole.h). An earlier terminate handler of the program is
+// called afterwards; one that is set later replaces the library's.
 // A slot on a message signal may print; what it throws while a stream is being flushed is dropped,
 // since it would end the process. A slot that prints at every call has no end.
 // One thread at a time: no part of the library may be used by two threads at once.
@@ -33,6 +35,8 @@ class QRV_API cOutStreambuf : public std::streambuf {
     cSignal1<char const *> &sig() { return sig_; }
     cSignal1<char const *> const &sig() const { return sig_; }
     bool has_text() const { return pptr() != pbase(); } // something waits for a flush
+    // With `on` each line end is a flush too. Flushes. RUNS USER CODE: the slots of sig()
+    void flush_at_line_ends(bool on);
 
     // Takes a finished piece; here: fires sig(). Borrows the text for the call.
     virtual void out(char const *text);
@@ -41,13 +45,17 @@ class QRV_API cOutStreambuf : public std::streambuf {
     int overflow(int c) override;
     int underflow() override;
     int sync() override;
+    void empty(); // the put area
 
   private:
     // The character given to overflow() and a NUL behind it always fit.
     static constexpr std::size_t size = 1024;
     static constexpr std::size_t usable = size - 2;
 
+    bool keep(int c, std::size_t length);
+
     std::array<char, size> buffer_;
+    bool by_line_ = false;
     cSignal1<char const *> sig_;
 };
 
@@ -61,6 +69,10 @@ class QRV_API cTheOutStreambuf : public cOutStreambuf {
 
     // Keeps the text until the first sig_idle, fires sig() from then on.
     void out(char const *text) override;
+
+    // For the end of the process: if sig_idle has not been fired, writes the program's text that is
+    // kept or waits for a flush to descriptor 2, and forgets it.
+    void write_last_words() noexcept;
 
   private:
     void _initsync();

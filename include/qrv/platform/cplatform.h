@@ -36,6 +36,8 @@ QRV_API void debug_output(char const *text);
 // the system refuses.
 QRV_API bool write_all(int descriptor, std::string_view bytes);
 
+QRV_API bool is_terminal(int descriptor);
+
 // A steadily growing counter, and its steps in a second.
 QRV_API std::int64_t counter();
 QRV_API std::int64_t counter_frequency();
