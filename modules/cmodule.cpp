@@ -3,6 +3,7 @@
 // Unloading destroys the module, and whatever else lies in its file, objects and code. So all that
 // is needed is taken from it first, and behind the loader's call nothing of it is looked at. What
 // its static destructors leave in the repository is in a group of entries that outlives the call.
+// A file may stay in memory all the same: somebody else has opened it or needs it.
 
 #include "qrv/modules/cmodule.h"
 
@@ -74,7 +75,12 @@ bool cModule::unload(cModule *module) {
     std::erase_if(modules, [module](cModule const *m) { return m->handle_ != module->handle_; });
     for (cModule const *const same_file : modules)
         if (same_file->usecnt_ != 0) return false;
-    if (--module->loadcnt_ > 0) return false;
+    if (module->loadcnt_ > 1) {
+        --module->loadcnt_;
+        return false;
+    }
+    for (cModule const *const same_file : modules) // each has one from the load of the file
+        if (same_file->loadcnt_ > 1) return false;
     free_file(module->handle_, modules);
     return true;
 }
@@ -84,7 +90,8 @@ void cModule::free_file(void *library, std::vector<cModule *> const &modules) {
     auto left_behind = std::make_unique<cEntryGroup>();
     for (cModule *const module : modules) module->detach(*left_behind);
     cModuleList &list = cat::loaded_modules;
-    list.freed.push_back({cat::library_path(library), std::move(left_behind)});
+    list.resting.push_back({cat::library_path(library), library, modules.front()->basename_, true,
+                            std::move(left_behind)});
     auto const stays = [&modules](cModule const *m) { return !holds(modules, m); };
     auto const from = std::stable_partition(list.modules.begin(), list.modules.end(), stays);
     for (auto made = from; made != list.modules.end(); ++made) (*made)->withdraw();
@@ -93,19 +100,48 @@ void cModule::free_file(void *library, std::vector<cModule *> const &modules) {
         cClosing const closing;
         cat::close_library(library); // a file that goes may free others
     }
-    if (!cClosing::in_progress()) list.forget_freed();
+    if (!cClosing::in_progress()) list.end_closing();
+}
+
+bool cModuleList::is_closing(std::string const &base_name) const {
+    return std::any_of(resting.begin(), resting.end(), [&base_name](cRestingFile const &file) {
+        return file.closing && file.base_name == base_name;
+    });
+}
+
+bool cModuleList::is_closing_path(std::string const &path) const {
+    return std::any_of(resting.begin(), resting.end(), [&path](cRestingFile const &file) {
+        return file.closing && cat::is_same_file(file.path, path);
+    });
+}
+
+void cModuleList::end_closing() {
+    for (cRestingFile &file : resting) file.closing = false;
+    forget_unmapped();
 }
 
 // The files that are not in memory any more; those that are keep what they entered.
-void cModuleList::forget_freed() {
-    for (cFreed const &file : std::exchange(freed, {}))
-        if (!file.path.empty() && !cat::is_loaded(file.path)) file.left_behind->forget_things();
+void cModuleList::forget_unmapped() {
+    std::erase_if(resting, [](cRestingFile const &file) {
+        bool const gone = !file.closing && !file.path.empty() && !cat::is_loaded(file.path);
+        if (gone) file.left_behind->forget_things();
+        return gone;
+    });
 }
 
-// From here on it is as one that was built in: what is asked while its file goes finds nothing to
-// do, and if the file stays in memory the module does too.
+void cModuleList::wake(void *library, cEntryGroup &entries) {
+    std::erase_if(resting, [library, &entries](cRestingFile const &file) {
+        bool const found = !file.closing && file.library == library;
+        if (found) entries.take(*file.left_behind);
+        return found;
+    });
+}
+
+// What is asked while its file goes finds nothing to do. If the file stays in memory, so does a
+// module object in it, and rests.
 void cModule::detach(cEntryGroup &entries) noexcept {
     handle_ = nullptr;
     loadcnt_ = -1;
+    resting_ = true;
     if (entries_) entries.take(*entries_);
 }

@@ -1,7 +1,7 @@
 // Loading: the name is judged, known modules are counted, a file is searched, set up, and what it
 // entered meanwhile becomes the module's.
 //
-//   name --refused, or in progress--> null
+//   name --refused, in progress, or closing--> null
 //        --known--> counted           --file--> static code, set-up --> module
 //
 // A load that is found to be of a file that is there already, under another name, only counts, as
@@ -12,6 +12,7 @@
 #include "qrv/text/cattrscan.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -37,9 +38,20 @@ std::string refusal(std::string const &name) {
     } else if (cat::is_reading()) {
         return "Module '" + name + "' is not loaded while text is being read";
     }
-    if (cLoad::in_progress(cat::module_base_name(name)))
-        return "Module '" + name + "' is just being loaded";
+    std::string const base = cat::module_base_name(name);
+    if (cLoad::in_progress(base)) return "Module '" + name + "' is just being loaded";
+    if (cat::loaded_modules.is_closing(base)) return "Module '" + name + "' is just being unloaded";
     return {};
+}
+
+std::string refusal_of_path(std::string const &path) {
+    return cat::loaded_modules.is_closing_path(path) ? "just being unloaded" : "";
+}
+
+// Null for an entry of something else.
+cModule *module_of(cRepositoryEntry &entry) {
+    if (cRepoImpl::type(&entry) != typeid(cModule)) return nullptr;
+    return static_cast<cModule *>(cRepoImpl::ptr(&entry));
 }
 
 template <class Test> cModule *find_module(Test const &test) {
@@ -81,7 +93,7 @@ cModule *cModule::load(std::string const &name) {
     if (std::string const why = refusal(name); !why.empty()) return fail(why);
     std::string const base = cat::module_base_name(name);
     auto const named = [&base](cModule const *m) {
-        return m->basename_ == base || m->name_ == base;
+        return !m->resting_ && (m->basename_ == base || m->name_ == base);
     };
     if (cModule *const known = find_module(named)) return known->count_load();
     return cLoad(base).run(name);
@@ -94,7 +106,8 @@ cModule *cModule::count_load() {
 
 cModule *cLoad::run(std::string const &name) {
     std::string failures;
-    library_ = cat::open_module(name, failures); // RUNS FOREIGN CODE
+    cat::loaded_modules.forget_unmapped();
+    library_ = cat::open_module(name, failures, refusal_of_path); // RUNS FOREIGN CODE
     if (!library_) return fail(failures);
     for (cLoad const *load = outer_; load; load = load->outer_)
         if (load->library_ == library_) {
@@ -106,29 +119,39 @@ cModule *cLoad::run(std::string const &name) {
         cat::close_library(library_);
         return finish(*known->count_load());
     }
+    cat::loaded_modules.wake(library_, *entries_);
     set_up(name);
     cModule *const made = made_module();
     return finish(made ? *made : make_module());
 }
 
 // What the set-up throws may be defined in the file, which therefore isn't closed.
-void cLoad::set_up(std::string const &name) const {
+void cLoad::set_up(std::string const &name) {
     auto const function = cat::function_in(library_, set_up_name);
     if (!function) return;
     try {
         function(); // RUNS FOREIGN CODE
     } catch (...) {
+        rest();
         fail("Module '" + name + "' has thrown in its set-up");
         throw;
     }
+}
+
+// The modules of the file, that no load takes them for loaded ones.
+void cLoad::rest() {
+    for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry))
+        if (cModule *const module = module_of(*entry)) module->resting_ = true;
+    cat::loaded_modules.resting.push_back(
+        {cat::library_path(library_), library_, base_name_, false,
+         std::exchange(entries_, std::make_unique<cEntryGroup>())});
 }
 
 // The first of the modules that the file made for itself; null if it made none.
 cModule *cLoad::made_module() const {
     cModule *first = nullptr;
     for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry)) {
-        if (cRepoImpl::type(entry) != typeid(cModule)) continue;
-        auto *const module = static_cast<cModule *>(cRepoImpl::ptr(entry));
+        cModule *const module = module_of(*entry);
         if (!module) continue;
         attach(*module);
         if (!first) first = module;
@@ -146,6 +169,7 @@ cModule &cLoad::make_module() const {
 void cLoad::attach(cModule &module) const noexcept {
     module.handle_ = library_;
     module.loadcnt_ = 1;
+    module.resting_ = false;
 }
 
 cModule *cLoad::finish(cModule &module) {

@@ -8,6 +8,20 @@
 #include <string>
 #include <vector>
 
+// A file that was given back to the system, or whose set-up has thrown, with what it entered into
+// the repository. While it stays in memory its module objects rest: they are known, but a load
+// opens the file again and wakes them.
+//
+//   loaded --unload--> closing --> out of memory: forgotten
+//   being loaded --set-up throws--> resting          \--> still there: resting --load--> loaded
+struct cRestingFile {
+    std::string path;
+    void *library; // is compared only
+    std::string base_name;
+    bool closing;
+    std::unique_ptr<cEntryGroup> left_behind;
+};
+
 // The modules that were made for a file, in the order of their loading: the only lasting references
 // to them. Constant-initialised; it stands in core/startup.cpp, which tells when it goes. At the
 // end of the process it drops them, and the files stay loaded.
@@ -20,16 +34,16 @@ class cModuleList {
 
     static bool ended() noexcept; // the process ends: nothing is loaded or unloaded any more
 
-    void forget_freed();
-
-    // What a file left in the repository, until it is known whether it has really gone.
-    struct cFreed {
-        std::string path;
-        std::unique_ptr<cEntryGroup> left_behind;
-    };
+    // Is a file of that base name, or the file of that path, being given back to the system?
+    bool is_closing(std::string const &base_name) const;
+    bool is_closing_path(std::string const &path) const;
+    void end_closing();
+    void forget_unmapped();
+    // Moves what the file of that handle has entered before to `entries`.
+    void wake(void *library, cEntryGroup &entries);
 
     std::vector<cRef<cModule>> modules;
-    std::vector<cFreed> freed;
+    std::vector<cRestingFile> resting;
     std::unique_ptr<std::string> last_error; // null: none
 };
 
@@ -57,11 +71,11 @@ class cLoad {
     cModule *run(std::string const &name); // null on failure
 
   private:
-    cModule *give_back(); // what was opened once too often
-    void set_up(std::string const &name) const;
+    void set_up(std::string const &name);
     cModule *made_module() const;
     cModule &make_module() const;
     void attach(cModule &module) const noexcept;
+    void rest(); // the file stays, without a module
     cModule *finish(cModule &module);
 
     cLoad *const outer_;

@@ -27,18 +27,24 @@ bool is_absolute(std::string_view name) {
     return name.starts_with('\\') || name.starts_with('/');
 }
 
+// What must not be handed to the system, which would wait for the other end of a pipe. What is not
+// there, and a folder, it answers itself; a path without a slash it looks for in its own folders.
+std::string why_not(std::string const &path, cat::path_refusal refusal) {
+    if (path.find('\0') != std::string::npos) return "a zero byte in the name";
+    if (path.size() >= PATH_MAX) return "File name too long"; // the loader copies it to the stack
+    struct stat info {};
+    if (path.find('/') == std::string::npos || cat::os.stat(path.c_str(), &info) != 0) return {};
+    if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) return "not a regular file";
+    return refusal ? refusal(path) : std::string();
+}
+
 // Null, and the system's words.
-void *open_library(std::string const &path, std::string &words) {
-    if (path.find('\0') != std::string::npos) {
-        words = "a zero byte in the name";
-    } else if (path.size() >= PATH_MAX) { // the loader keeps copies of it on the stack
-        words = "File name too long";
-    } else {
-        if (void *const library = cat::os.dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL))
-            return library;
-        char const *const text = cat::os.dlerror();
-        words = text ? text : "cannot be loaded";
-    }
+void *open_library(std::string const &path, std::string &words, cat::path_refusal refusal) {
+    words = why_not(path, refusal);
+    if (!words.empty()) return nullptr;
+    if (void *const library = cat::os.dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) return library;
+    char const *const text = cat::os.dlerror();
+    words = text ? text : "cannot be loaded";
     return nullptr;
 }
 
@@ -74,7 +80,7 @@ std::string cat::module_base_name(std::string const &name) {
 
 // DELIBERATE: the name is taken as it is, so one that has the suffix is looked for with it twice.
 // Pinned: a_name_with_the_suffix_is_looked_for_with_it_twice
-void *cat::open_module(std::string const &name, std::string &failures) {
+void *cat::open_module(std::string const &name, std::string &failures, path_refusal refusal) {
     if (name.size() >= PATH_MAX) {
         failures = "A name of " + std::to_string(name.size()) + " characters is too long";
         return nullptr;
@@ -86,7 +92,7 @@ void *cat::open_module(std::string const &name, std::string &failures) {
         for (std::size_t s = 0; s < suffixes; ++s) {
             std::string path(module_directories[d]);
             path.append(name).append(module_suffixes[s]);
-            if (void *const library = open_library(path, words)) return library;
+            if (void *const library = open_library(path, words, refusal)) return library;
             add_failure(failures, path, words);
         }
     return nullptr;
@@ -109,4 +115,11 @@ bool cat::is_loaded(std::string const &path) {
     void *const library = os.dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
     if (library) os.dlclose(library);
     return library != nullptr;
+}
+
+bool cat::is_same_file(std::string const &path, std::string const &other) {
+    struct stat a {
+    }, b{};
+    if (os.stat(path.c_str(), &a) != 0 || os.stat(other.c_str(), &b) != 0) return false;
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -77,6 +79,37 @@ TEST_F(ModuleFailure, files_that_are_no_modules_are_passed_over) {
     ASSERT_NE(module, nullptr) << cModule::last_error();
     EXPECT_EQ(module->name(), "bad");
     EXPECT_TRUE(module->unload());
+}
+
+TEST_F(ModuleFailure, what_is_no_regular_file_fails_at_once) {
+    ::alarm(20); // a pipe without a writer would be waited for
+    ASSERT_EQ(::mkfifo("pipe.so", 0600), 0);
+    ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+    fs::create_directory("modules");
+    ASSERT_EQ(::mkfifo("modules/pipe.so", 0600), 0);
+    fs::create_symlink("/dev/tty", "device.so");
+    fs::create_symlink("pipe", "link.so");
+    fs::create_directory("folder");
+    EXPECT_EQ(cModule::load("pipe"), nullptr);
+    std::string const missing = ": cannot open shared object file: No such file or directory\n";
+    EXPECT_EQ(cModule::last_error() + '\n',
+              "pipe.so" + missing + "pipe" + missing + "./pipe.so: not a regular file\n" +
+                  "./pipe: not a regular file\nmodules/pipe.so: not a regular file\n" +
+                  "modules/pipe" + missing);
+    for (char const *name : {"./device", "./link", "/dev/zero", "/dev/null"}) {
+        EXPECT_EQ(cModule::load(name), nullptr);
+        EXPECT_NE(cModule::last_error().find(": not a regular file"), std::string::npos)
+            << cModule::last_error();
+    }
+    std::string const here = fs::current_path();
+    EXPECT_EQ(cModule::load(here + "/folder"), nullptr);
+    EXPECT_EQ(cModule::last_error(), here + "/folder.so" + missing + here +
+                                         "/folder: cannot read file data: Is a directory");
+    put("plain", "modules/link.so"); // the next path is tried
+    cModule *const module = cModule::load("link");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_TRUE(module->unload());
+    ::alarm(0);
 }
 
 TEST_F(ModuleFailure, names_that_can_be_no_path_give_null) {

@@ -107,6 +107,30 @@ TEST_F(ModuleSetUp, a_file_whose_set_up_threw_is_tried_again_and_stays_in_memory
     EXPECT_TRUE(is_mapped("./" + name + ".so"));
 }
 
+TEST_F(ModuleSetUp, a_module_object_whose_set_up_threw_is_no_success) {
+    put("throws_with_own");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_THROW(cModule::load("throws_with_own"), cErr);
+        EXPECT_EQ(cModule::last_error(), "Module 'throws_with_own' has thrown in its set-up");
+        EXPECT_EQ(cModule::load("own of the thrower"), nullptr); // no file has this name
+        EXPECT_EQ(number("thing of the thrower"), 11);
+        EXPECT_EQ(module_of("thing of the thrower"), &cGetMainModule());
+    }
+    cModule *const module = cModule::load("throws_with_own");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    EXPECT_EQ(events(), "throws_with_own is set up; ");
+    EXPECT_EQ(module->name(), "own of the thrower");
+    EXPECT_NE(module->handle(), nullptr);
+    EXPECT_EQ(module_of("thing of the thrower"), module);
+    EXPECT_TRUE(module->unload());
+    EXPECT_FALSE(module->unload());
+    // What was thrown may be defined in the file, so it is still there. Its end is taken by hand.
+    void *const held = ::dlopen("./throws_with_own.so", RTLD_NOW | RTLD_NOLOAD);
+    ASSERT_NE(held, nullptr);
+    for (int i = 0; i < 3; ++i) ::dlclose(held);
+    EXPECT_FALSE(is_mapped("./throws_with_own.so"));
+}
+
 TEST_F(ModuleSetUp, an_inner_set_up_that_throws_leaves_the_outer_load_as_it_was) {
     put("nested_throws");
     put("throws");

@@ -101,6 +101,33 @@ TEST_F(Module, the_first_of_two_module_objects_of_a_file_is_the_result) {
     EXPECT_FALSE(is_mapped("./two_modules.so"));
 }
 
+TEST_F(Module, a_file_is_not_freed_while_another_module_of_it_is_counted) {
+    put("two_modules");
+    cModule *const first = cModule::load("two_modules");
+    ASSERT_NE(first, nullptr) << cModule::last_error();
+    cModule *const second = cModule::load("the second");
+    ASSERT_NE(second, nullptr);
+    EXPECT_NE(second, first);
+    for (int i = 0; i < 3; ++i) EXPECT_FALSE(first->unload()); // refused, nothing is changed
+    EXPECT_TRUE(is_mapped("./two_modules.so"));
+    EXPECT_NE(first->handle(), nullptr);
+    EXPECT_FALSE(second->unload()); // counted down
+    EXPECT_TRUE(first->unload());
+    EXPECT_FALSE(is_mapped("./two_modules.so"));
+}
+
+TEST_F(Module, two_modules_of_a_file_that_are_both_counted_are_both_unloaded) {
+    put("two_modules");
+    cModule *const first = cModule::load("two_modules");
+    ASSERT_NE(first, nullptr) << cModule::last_error();
+    cModule *const second = cModule::load("the second");
+    EXPECT_EQ(cModule::load("the first"), first);
+    EXPECT_FALSE(first->unload()); // counted down, though the second is counted
+    EXPECT_FALSE(second->unload());
+    EXPECT_TRUE(first->unload());
+    EXPECT_FALSE(is_mapped("./two_modules.so"));
+}
+
 TEST_F(Module, entries_that_went_during_the_load_are_forgotten) {
     put("releases");
     cModule *const module = cModule::load("releases");
@@ -171,22 +198,72 @@ TEST_F(Module, a_file_that_stays_in_memory_keeps_its_entries) {
     EXPECT_EQ(events(), "own_module goes; ");
 }
 
-TEST_F(Module, a_module_object_in_a_file_that_stays_becomes_built_in) {
+TEST_F(Module, a_module_object_in_a_file_that_stays_is_loaded_again_with_its_handle) {
     put("own_module");
     cModule *const module = cModule::load("own_module");
     ASSERT_NE(module, nullptr) << cModule::last_error();
+    void *const handle = module->handle();
     void *const held = ::dlopen("./own_module.so", RTLD_NOW);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(module->unload());
+        EXPECT_EQ(events(), "own_module is set up; ");
+        EXPECT_EQ(number("own thing"), 8);
+        EXPECT_EQ(module_of("own thing"), &cGetMainModule());
+        EXPECT_EQ(module->handle(), nullptr);
+        EXPECT_FALSE(module->canunload());
+        EXPECT_FALSE(module->unload());
+        EXPECT_EQ(cModule::load("a name of its own"), nullptr); // no file has this name
+        EXPECT_EQ(cModule::load("own_module"), module);
+        EXPECT_EQ(module->handle(), handle);
+        EXPECT_EQ(module_of("own thing"), module);
+        EXPECT_TRUE(module->canunload());
+        EXPECT_EQ(cModule::load("a name of its own"), module); // counted
+        EXPECT_FALSE(module->unload());
+    }
     EXPECT_TRUE(module->unload());
-    EXPECT_EQ(events(), "own_module is set up; ");
-    EXPECT_EQ(number("own thing"), 8);
-    EXPECT_EQ(module_of("own thing"), &cGetMainModule());
-    EXPECT_EQ(module->handle(), nullptr);
-    EXPECT_FALSE(module->unload());
-    EXPECT_EQ(cModule::load("own_module"), module);
-    EXPECT_FALSE(module->unload());
     ::dlclose(held);
     EXPECT_FALSE(is_mapped("./own_module.so"));
-    EXPECT_EQ(events(), "own_module goes; ");
+    EXPECT_EQ(events(), "own_module is set up; own_module goes; ");
+    cModule *const fresh = cModule::load("own_module"); // static code runs again
+    ASSERT_NE(fresh, nullptr) << cModule::last_error();
+    EXPECT_EQ(number("own thing"), 8);
+    EXPECT_TRUE(fresh->unload());
+    EXPECT_FALSE(is_mapped("./own_module.so"));
+}
+
+TEST_F(Module, a_file_that_stays_and_goes_later_leaves_entries_that_point_to_nothing) {
+    put("leaves");
+    cModule *const module = cModule::load("leaves");
+    ASSERT_NE(module, nullptr) << cModule::last_error();
+    void *const held = ::dlopen("./leaves.so", RTLD_NOW);
+    EXPECT_TRUE(module->unload());
+    EXPECT_EQ(number("left"), 10);
+    ::dlclose(held);
+    EXPECT_FALSE(is_mapped("./leaves.so"));
+    EXPECT_EQ(cModule::load("nowhere"), nullptr); // each load looks
+    EXPECT_EQ(cRepoImpl::ptr(thing("left")), nullptr);
+    EXPECT_EQ(cRepoImpl::find(modules(), "left module"), nullptr);
+    for (char const *name : {"left", "own"}) cRepoImpl::release(thing(name));
+    delete module;
+}
+
+TEST_F(Module, a_file_that_another_one_needs_stays_and_is_loaded_again) {
+    put("needs_plain");
+    std::string const path = test::binary_file("tests/modules_to_load/plain"); // the one it needs
+    cModule *const plain = cModule::load(path);
+    ASSERT_NE(plain, nullptr) << cModule::last_error();
+    cModule *const needs = cModule::load("needs_plain");
+    ASSERT_NE(needs, nullptr) << cModule::last_error();
+    EXPECT_TRUE(plain->unload());
+    EXPECT_EQ(number("plain thing"), 7);
+    cModule *const again = cModule::load(path);
+    ASSERT_NE(again, nullptr) << cModule::last_error();
+    EXPECT_NE(again->handle(), nullptr);
+    EXPECT_EQ(module_of("plain thing"), again);
+    EXPECT_TRUE(again->unload());
+    EXPECT_TRUE(needs->unload());
+    EXPECT_FALSE(is_mapped(path + ".so"));
+    EXPECT_EQ(events(), "plain is set up; plain is set up; plain goes; ");
 }
 
 TEST_F(Module, two_names_of_one_file_are_one_module) {
@@ -256,6 +333,41 @@ TEST_F(Module, a_module_unloads_another_when_it_goes) {
         cRepoImpl::release(thing(name));
     }
     delete other;
+}
+
+TEST_F(Module, one_that_loads_itself_while_it_goes_gets_an_error) {
+    put("loads_itself_last");
+    put("plain");
+    fs::create_symlink("loads_itself_last.so", "alias.so");
+    fs::create_directory("sub");
+    fs::create_symlink("../loads_itself_last.so", "sub/loads_itself_last.so");
+    for (int i = 0; i < 2; ++i) {
+        cModule *const module = cModule::load("loads_itself_last");
+        ASSERT_NE(module, nullptr) << cModule::last_error();
+        EXPECT_EQ(module->name(), "own of the last");
+        EXPECT_TRUE(module->unload());
+        std::string const told = events();
+        EXPECT_TRUE(told.starts_with(
+            "Module 'loads_itself_last' is just being unloaded; Module 'sub/loads_itself_last' is "
+            "just being unloaded; ./alias.so: just being unloaded\n"))
+            << told;
+        EXPECT_TRUE(told.ends_with("; plain is set up; plain is loaded; its own name is not; "))
+            << told;
+        EXPECT_FALSE(is_mapped("./loads_itself_last.so"));
+        EXPECT_TRUE(module_of("plain thing")->unload());
+        EXPECT_EQ(events(), "plain goes; ");
+    }
+}
+
+TEST_F(Module, one_without_a_module_object_that_loads_itself_while_it_goes_gets_an_error) {
+    put("loads_itself_bare");
+    for (int i = 0; i < 2; ++i) {
+        cModule *const module = cModule::load("loads_itself_bare");
+        ASSERT_NE(module, nullptr) << cModule::last_error();
+        EXPECT_TRUE(module->unload());
+        EXPECT_EQ(events(), "Module 'loads_itself_bare' is just being unloaded; ");
+        EXPECT_FALSE(is_mapped("./loads_itself_bare.so"));
+    }
 }
 
 // --- objects ---

@@ -52,8 +52,9 @@ class QRV_API cModule : public cShared {
     // "modules/"; of an absolute name only itself, of one that ends with ".so" only with a second
     // ".so". Two names that end in the same base name, "sub/part" and "part", mean one module.
     // Borrowed; null on failure, for the empty name, for a name that the filter refuses, and for a
-    // module that is just being loaded. What the set-up throws comes through; the file then stays
-    // in memory, as what was thrown may be defined there.
+    // module that is just being loaded or unloaded. A path that leads to a pipe, a device or a
+    // socket fails at once. What the set-up throws comes through; the file then stays in memory, as
+    // what was thrown may be defined there, and the next load runs the set-up again.
     // RUNS FOREIGN CODE: the module's static code and its set-up.   O(modules)
     static cModule *load(std::string const &name);
     // Why the last load failed, each path that was tried on a line of its own with the system's
@@ -61,10 +62,13 @@ class QRV_API cModule : public cShared {
     static std::string last_error();
 
     // Takes one load back. True when it was the last one and the file was given back to the system,
-    // and then the module is gone as a rule. False, and nothing is changed, while the module, or
-    // another one from the same file, is in use or not counted, and for one that was built in; the
-    // static form also for null and for a module that is gone already. Entries of the module that
-    // are still in the repository stay there, but point to nothing then.
+    // and then the module is gone as a rule. If the file stays in memory, because somebody else has
+    // opened it, a module object in it stays too; load() wakes it and runs the set-up again. False,
+    // and nothing is changed, while the module, or another one from the same file, is in use or not
+    // counted, or while another one from the same file is counted by a load of its own; and for one
+    // that was built in. The static form is false also for null and for a module that is gone
+    // already. Entries of the module that are still in the repository stay there, but point to
+    // nothing once the file is out of memory.
     // RUNS FOREIGN CODE: the module's static destructors.   O(modules)
     bool unload() { return unload(this); }
     static bool unload(cModule *module);
@@ -118,6 +122,7 @@ class QRV_API cModule : public cShared {
     void *handle_ = nullptr;
     std::int32_t usecnt_;
     std::int32_t loadcnt_ = -1; // loads not yet taken back; -1: built in, never unloaded
+    bool resting_ = false;      // its file is in memory, but was given back or never set up
     std::uint32_t id_ = 0;
     std::unique_ptr<cEntryGroup> entries_; // what was entered while it was loaded
 };
