@@ -3,6 +3,7 @@
 
 #include "qrv/signals/csignal.h"
 
+#include "qrv/util/cwatchdog.h"
 #include "tests/signals/call_log.h"
 
 #include <gtest/gtest.h>
@@ -294,6 +295,15 @@ TEST(Signal, slots_of_two_arguments) {
     none(1, 2);
     nobody(1, 2);
     static_assert(std::is_base_of_v<cSSBase2<int, int>, decltype(changes)>);
+}
+
+TEST(Signal, the_start_of_a_program_reaches_slots_of_two_arguments) {
+    Counter counter;
+    cSlot2<Counter, int, int> const changes(&counter, &Counter::change_both, sig_proginit);
+    cFunctionSlot2 const notes([](int a, int b) { note_int(a - b); }, sig_proginit);
+    sig_proginit(7, 2);
+    EXPECT_EQ(counter.count, 14);
+    EXPECT_EQ(taken(), "int(5);");
 }
 
 TEST(Signal, slots_of_two_arguments_are_blocked_and_copied_like_the_others) {
