@@ -14,8 +14,7 @@ void seen(cErr &error) { std::cout << "a slot saw: " << error.as_string() << '\n
 } // namespace
 
 int main(int argc, char **argv) {
-    sig_idle();              // the start-up text has no reader and goes
-    cConsoleDisplay display; // from here on std::cout and std::cerr are seen
+    cat::use_console(); // from here on std::cout and std::cerr are seen
 
     objref device;
     if (argc != 2 || !file2obj(argv[1], device) || !cObj::is_map(device)) return 2;
