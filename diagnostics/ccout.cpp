@@ -62,7 +62,7 @@ void cOutStreambuf::flush_at_line_ends(bool on) {
 
 void cOutStreambuf::empty() { setp(buffer_.data(), buffer_.data() + (by_line_ ? 0 : usable)); }
 
-// By line the put area ends at its last character, so each character comes here.
+// With line ends flushed the put area ends at its last character, so that overflow() gets each one.
 bool cOutStreambuf::keep(int c, std::size_t length) {
     if (!by_line_ || c == 0 || c == eof || c == '\n' || length == usable) return false;
     buffer_[length] = static_cast<char>(c);

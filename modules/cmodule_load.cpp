@@ -138,7 +138,7 @@ void cLoad::set_up(std::string const &name) {
     }
 }
 
-// The modules of the file, that no load takes them for loaded ones.
+// Marks the modules of the file, so that no later load returns them as loaded.
 void cLoad::rest() {
     for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry))
         if (cModule *const module = module_of(*entry)) module->resting_ = true;

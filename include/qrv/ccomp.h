@@ -2,7 +2,7 @@
 // What the compilers differ in. Standard C++20 on x86-64 Linux with g++ or clang; nothing else is
 // supported. One thread at a time: no part of the library may be used by two threads at once.
 
-// The macro names a file that does not exist: the compiler stops there, and the error is not buried.
+// The macro names a file that does not exist: the compiler stops there, with the error in sight.
 #if __cplusplus < 202002L
 #error "qrv needs C++20: compile with -std=c++20 or a later one"
 #define QRV_STOP "qrv/needs_cxx20"
