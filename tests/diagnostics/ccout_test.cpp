@@ -142,6 +142,24 @@ TEST_F(Output, overflow_tells_its_character_and_0_for_the_end) {
     EXPECT_EQ(pieces.pieces(), (Pieces{"abc", "", "", "\xE4"}));
 }
 
+TEST_F(Output, line_ends_may_flush) {
+    cOutStreambuf buffer;
+    cPieces const pieces(buffer.sig());
+    std::ostream os(&buffer);
+    os << "before, ";
+    buffer.flush_at_line_ends(true); // flushes
+    os << "one\ntwo\nthr";
+    EXPECT_TRUE(buffer.has_text());
+    os << "ee" << std::flush << std::string(1500, 'x');
+    os.put('\xFF').put('\n');
+    EXPECT_FALSE(buffer.has_text());
+    EXPECT_EQ(pieces.pieces(), (Pieces{"before, ", "one\n", "two\n", "three",
+                                       std::string(1023, 'x'), std::string(477, 'x') + "\xFF\n"}));
+    buffer.flush_at_line_ends(false);
+    os << "four\nfive" << std::flush;
+    EXPECT_EQ(pieces.pieces().back(), "four\nfive");
+}
+
 TEST_F(Output, underflow_has_nothing) {
     cOpenBuffer buffer;
     EXPECT_EQ(buffer.underflow(), -1);

@@ -111,6 +111,53 @@ TEST_F(Loader, what_can_be_no_path_does_not_reach_the_system) {
     EXPECT_EQ(failures, "A name of 4096 characters is too long");
 }
 
+TEST_F(Loader, a_path_to_a_pipe_a_device_or_a_socket_does_not_reach_the_system) {
+    for (mode_t const mode : {S_IFIFO, S_IFCHR, S_IFBLK, S_IFSOCK}) {
+        static mode_t kind;
+        kind = mode;
+        cat::os.stat = [](char const *path, struct stat *info) {
+            if (std::string(path) != "/part.so") return -1;
+            info->st_mode = kind | 0600;
+            return 0;
+        };
+        std::string failures;
+        tried.clear();
+        EXPECT_EQ(cat::open_module("/part", failures), nullptr);
+        EXPECT_EQ(failures, "/part.so: not a regular file\n/part: no");
+        EXPECT_EQ(tried, Paths{"/part"});
+    }
+    for (mode_t const mode : {S_IFREG, S_IFDIR}) {
+        static mode_t kind;
+        kind = mode;
+        cat::os.stat = [](char const *, struct stat *info) {
+            info->st_mode = kind | 0600;
+            return 0;
+        };
+        EXPECT_EQ(paths("/part"), (Paths{"/part.so", "/part"}));
+    }
+}
+
+TEST_F(Loader, a_refused_path_does_not_reach_the_system) {
+    cat::os.stat = [](char const *, struct stat *info) {
+        info->st_mode = S_IFREG | 0600;
+        return 0;
+    };
+    std::string failures;
+    tried.clear();
+    auto const refusal = [](std::string const &path) -> std::string {
+        return path.ends_with(".so") ? "refused" : "";
+    };
+    EXPECT_EQ(cat::open_module("./part", failures, refusal), nullptr);
+    EXPECT_EQ(tried, (Paths{"./part", "././part", "modules/./part"}));
+    EXPECT_TRUE(failures.starts_with("./part.so: refused\n./part: no\n")) << failures;
+}
+
+TEST_F(Loader, two_paths_of_one_file_are_the_same) {
+    EXPECT_TRUE(cat::is_same_file("/proc/self/exe", cat::program_file()));
+    EXPECT_FALSE(cat::is_same_file("/proc/self/exe", "/dev/null"));
+    EXPECT_FALSE(cat::is_same_file("/nowhere/at/all", "/nowhere/at/all"));
+}
+
 TEST_F(Loader, the_base_name_is_what_lies_between_folder_and_suffix) {
     struct {
         char const *name, *base;

@@ -75,6 +75,18 @@ TEST_F(Platform, the_hook_takes_debug_output) {
 
 // ---- descriptors ----
 
+TEST_F(Platform, a_terminal_is_told_from_other_descriptors) {
+    int const control = ::posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(control, 0);
+    EXPECT_TRUE(cat::is_terminal(control));
+    ::close(control);
+    EXPECT_FALSE(cat::is_terminal(control));
+    EXPECT_FALSE(cat::is_terminal(-1));
+    int const nothing = ::open("/dev/null", O_RDONLY);
+    EXPECT_FALSE(cat::is_terminal(nothing));
+    ::close(nothing);
+}
+
 TEST_F(Platform, writing_goes_on_after_short_and_interrupted_writes) {
     static int turn;
     turn = 0;
