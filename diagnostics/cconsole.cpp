@@ -11,17 +11,6 @@ namespace {
 
 constinit cConsoleDisplay *the_console = nullptr; // of use_console()
 
-// The idle moment that use_console() makes: a slot on it may call use_console() again.
-class cIdleMoment {
-  public:
-    cIdleMoment() noexcept { lasts = true; }
-    cIdleMoment(cIdleMoment const &) = delete;
-    cIdleMoment &operator=(cIdleMoment const &) = delete;
-    ~cIdleMoment() { lasts = false; }
-
-    static constinit inline bool lasts = false;
-};
-
 } // namespace
 
 cConsoleDisplay::cConsoleDisplay(int descriptor)
@@ -38,13 +27,11 @@ void cConsoleDisplay::show(char const *text) {
 }
 
 void cat::use_console() {
-    if (the_console || cIdleMoment::lasts || !message_buffer()) return;
-    {
-        cIdleMoment const now;
-        sig_idle(); // RE-ENTERS
-    }
+    if (the_console || !message_buffer()) return;
+    message_buffer()->drop_start_text();
     the_console = new cConsoleDisplay;
     message_buffer()->flush_at_line_ends(is_terminal(1)); // RE-ENTERS
+    sig_idle();                                           // RE-ENTERS
 }
 
 void cat::end_console() { delete std::exchange(the_console, nullptr); }

@@ -128,10 +128,15 @@ void cTheOutStreambuf::out(char const *text) {
         pending_ += text;
 }
 
+void cTheOutStreambuf::drop_start_text() {
+    if (!synced_ && pending_.starts_with(cat::start_text))
+        pending_.erase(0, cat::start_text.size());
+}
+
 void cTheOutStreambuf::write_last_words() noexcept {
     if (synced_) return;
+    drop_start_text();
     std::string_view text = pending_;
-    if (text.starts_with(cat::start_text)) text.remove_prefix(cat::start_text.size());
     if (text.ends_with(cat::end_text)) text.remove_suffix(cat::end_text.size());
     cat::write_all(2, text);
     cat::write_all(2, {pbase(), static_cast<std::size_t>(pptr() - pbase())});

@@ -37,10 +37,10 @@ class QRV_API cConsoleDisplay {
 
 namespace cat {
 
-// Fires sig_idle, so that the start-up text has no reader, and makes one cConsoleDisplay on
-// descriptor 1, which is there until the program's last static object has gone. On a terminal each
-// line is shown when it ends, elsewhere when it is flushed. Call it before anything is printed. A
-// second call does nothing. Throws what a slot on sig_idle throws, and makes no display then.
+// Drops the start-up text, creates one cConsoleDisplay on descriptor 1, and fires sig_idle, so that
+// it shows what the program has printed before. The display lives until the program's last static
+// object is destroyed. On a terminal each line is shown when it ends, elsewhere when it is flushed.
+// A second call does nothing. Throws what a slot on sig_idle throws; the display stays.
 QRV_API void use_console();
 
 } // namespace cat

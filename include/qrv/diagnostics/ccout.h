@@ -70,6 +70,8 @@ class QRV_API cTheOutStreambuf : public cOutStreambuf {
     // Keeps the text until the first sig_idle, fires sig() from then on.
     void out(char const *text) override;
 
+    // Forgets the library's version text, if it is still kept.
+    void drop_start_text();
     // For the end of the process: if sig_idle has not been fired, writes the program's text that is
     // kept or waits for a flush to descriptor 2, and forgets it.
     void write_last_words() noexcept;
