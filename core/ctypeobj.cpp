@@ -29,8 +29,17 @@ bool equal_default(cObj &a, objref &b) { return b == &a; }
 
 objref iterobj_default(objref) { return cat::bad(); }
 
-// The three methods that make string objects usable before there are members.
+// The three methods that make string objects usable before there are members. They stay with the
+// types of executables and of types, whose objects have no value to assign.
 objref raw_newobj(objref) { return make<cObjD<std::string>>(); }
+
+bool is_string_object(cObj *obj) { return dynamic_cast<cObjDR<std::string> *>(obj) != nullptr; }
+
+bool raw_assign(cObj &obj, objref &source) {
+    if (source == &obj) return true;
+    if (!is_string_object(&obj) || !is_string_object(source)) return false;
+    return cat::assign_string(obj, source);
+}
 
 } // namespace
 
@@ -83,8 +92,7 @@ void cTypeObj::install_raw_string_methods() {
     methods_[mid_newobj] = reinterpret_cast<cVoidFunction>(static_cast<cFunction1>(raw_newobj));
     methods_[mid_create] =
         reinterpret_cast<cVoidFunction>(static_cast<cProcedure1>(create_default));
-    methods_[mid_assign] =
-        reinterpret_cast<cVoidFunction>(static_cast<cProcedure2>(cat::assign_string));
+    methods_[mid_assign] = reinterpret_cast<cVoidFunction>(static_cast<cProcedure2>(raw_assign));
 }
 
 namespace {
