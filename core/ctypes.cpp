@@ -7,6 +7,8 @@
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
 
+#include <vector>
+
 namespace {
 
 [[noreturn]] void throw_duplicate(std::string const &name) {
@@ -38,6 +40,7 @@ bool cTypeInsert::insert(typeref const &type, bool fatal) {
 cTypeInsert::cTypeInsert(cTypeObj &type) {
     cat::nil(); // so that the core is torn down after this object, if it is a static one
     typeref const held = typeref::share(&type);
+    key_ = own_key(type.name());
     insert(held, true);
     type_ = held;
 }
@@ -46,10 +49,15 @@ cTypeInsert::cTypeInsert(cTypeInsert const &other) noexcept = default;
 
 cTypeInsert &cTypeInsert::operator=(cTypeInsert const &other) = default;
 
+// The type may have been renamed since, and registered again under its new name.
 cTypeInsert::~cTypeInsert() {
     if (!type_ || !core.type_hash) return;
+    hashref const types = hashref::share(core.type_hash);
+    std::vector<objref> keys{key_};
+    for (cAttrNode const *node = types->first(); node; node = types->next(node))
+        if (node->valref() == type_) keys.push_back(node->key());
     try {
-        core.type_hash->delitem(type_->name());
+        for (objref const &key : keys) types->delitem(key); // RE-ENTERS
     } catch (...) { // a handler's error must not leave a destructor
     }
 }

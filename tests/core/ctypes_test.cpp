@@ -155,6 +155,33 @@ TEST_F(Registry, a_scoped_type_and_its_copies) {
     EXPECT_EQ(type.refs(), 1u);
 }
 
+TEST_F(Registry, a_type_renamed_after_its_insertion_leaves_no_entry_behind) {
+    {
+        cTypeObj type("registry_before", nullptr);
+        cTypeInsert const insert(type);
+        type.set_name("registry_after");
+        EXPECT_EQ(&cat::find_type("registry_before"), &type);
+    }
+    EXPECT_EQ(&cat::find_type("registry_before"), &cat::type_nil());
+    EXPECT_EQ(&cat::find_type("registry_after"), &cat::type_nil());
+}
+
+TEST_F(Registry, a_type_registered_under_several_names_is_removed_from_all) {
+    cTypeObj other("registry_third", nullptr);
+    cTypeInsert const keep(other);
+    {
+        cTypeObj type("registry_first", nullptr);
+        cTypeInsert const insert(type);
+        type.set_name("registry_second");
+        EXPECT_TRUE(cTypeInsert::insert(typeref::share(&type), false));
+        type.set_name("registry_third"); // the name of another, whose entry stays
+        EXPECT_EQ(type.refs(), 4u);      // own, insert, two entries
+    }
+    EXPECT_EQ(&cat::find_type("registry_first"), &cat::type_nil());
+    EXPECT_EQ(&cat::find_type("registry_second"), &cat::type_nil());
+    EXPECT_EQ(&cat::find_type("registry_third"), &other);
+}
+
 TEST_F(Registry, a_throwing_insert_leaves_nothing) {
     cTypeObj type("int");
     EXPECT_THROW(cTypeInsert const insert(type), cErr);

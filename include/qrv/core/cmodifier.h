@@ -4,7 +4,8 @@
 
 #include "qrv/core/ctypes.h"
 
-// Registers a type for its own lifetime; each copy removes the name again at its end.
+// Registers a type for its own lifetime. Each copy removes at its end the name that the type had at
+// the beginning, and every other entry of the type.
 class QRV_API cTypeInsert {
   public:
     // Shares the type. Throws cErr(1) "Fatal: duplicate name of cTypeObj: ..." if the name is
@@ -21,6 +22,7 @@ class QRV_API cTypeInsert {
     explicit cTypeInsert(typeref const &) {} // only keeps a handle from converting
     explicit cTypeInsert(objref const &) {}
     typeref type_;
+    objref key_; // of the entry
 };
 
 // Replaces a member of a type for its own lifetime. A copy restores too.
