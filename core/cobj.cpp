@@ -21,6 +21,8 @@ bool refuse_const(char const *method, cObj const &source) {
     return raise_eros();
 }
 
+objref share(cObj const &obj) { return objref::share(const_cast<cObj *>(&obj)); }
+
 // While an own method runs it and its object live: it may remove itself, or its object's last
 // owner.
 struct cDuring {
@@ -140,15 +142,18 @@ void cObj::create(cObj *obj) {
     if (!is_void(obj)) obj->type_->pexec(mid_create, *obj);
 }
 
-objref cObj::newref() { return type_->oexec(mid_newref, objref::share(this)); }
-
-bool cObj::assign(cObj const &source) { return assign(objref::share(const_cast<cObj *>(&source))); }
+objref cObj::newref() { return type().oexec(mid_newref, objref::share(this)); }
 
 bool cObj::assign(objref const &source) {
     if (is_void()) return false;
-    if (is_void(source)) return true;
-    if (flags_of(of_const) && !refuse_const("assign", *source)) return false;
-    objref ref = source; // held for the length of the call
+    return is_void(source) || assign(*source);
+}
+
+bool cObj::assign(cObj const &source) {
+    if (is_void()) return false;
+    if (is_void(&source)) return true;
+    objref ref = share(source); // held for the length of the call
+    if (flags_of(of_const) && !refuse_const("assign", source)) return false;
     if (cExeObj *exe = nullptr; own_method(mid_assign, exe)) {
         cDuring const held(*this, exe);
         return exe && exe->pexecute(*this, ref);
@@ -156,13 +161,16 @@ bool cObj::assign(objref const &source) {
     return type_->pexec(mid_assign, *this, ref);
 }
 
-bool cObj::add(cObj const &source) { return add(objref::share(const_cast<cObj *>(&source))); }
-
 bool cObj::add(objref const &source) {
     if (is_void()) return false;
-    if (is_void(source)) return true;
-    if (flags_of(of_const) && !refuse_const("add", *source)) return false;
-    objref ref = source;
+    return is_void(source) || add(*source);
+}
+
+bool cObj::add(cObj const &source) {
+    if (is_void()) return false;
+    if (is_void(&source)) return true;
+    objref ref = share(source);
+    if (flags_of(of_const) && !refuse_const("add", source)) return false;
     if (cExeObj *exe = nullptr; own_method(mid_add, exe)) {
         cDuring const held(*this, exe);
         return exe && exe->pexecute(*this, ref);
@@ -200,34 +208,32 @@ bool cObj::write(std::ostream &os) const {
         cDuring const held(*this, exe);
         return exe && exe->pexecute(self, holder);
     }
-    return type_->pexec(mid_write, self, holder);
+    return type().pexec(mid_write, self, holder);
 }
 
 bool cObj::read(std::istream &is) { // no own method here: only the type knows its text
     cLentStream<std::istream> const lent(is);
     objref holder = lent.holder;
-    return type_->pexec(mid_read, *this, holder);
+    return type().pexec(mid_read, *this, holder);
 }
+
+bool cObj::equal(objref const &other) const { return other && equal(*other); }
 
 bool cObj::equal(cObj const &other) const {
-    return equal(objref::share(const_cast<cObj *>(&other)));
-}
-
-bool cObj::equal(objref const &other) const {
-    if (!other || type_ != other->type_) return false;
-    objref ref = other;
-    return type_->pexec(mid_equal, const_cast<cObj &>(*this), ref);
+    if (&type() != &other.type()) return false;
+    objref ref = share(other);
+    return type().pexec(mid_equal, const_cast<cObj &>(*this), ref);
 }
 
 bool cObj::less(cObj const &other) const {
-    if (type_ != other.type_) return type_->name() < other.type_->name();
-    if (!type_->method(mid_less)) {
+    if (&type() != &other.type()) return type().name() < other.type().name();
+    if (!type().method(mid_less)) {
         eros(0x8000000, *this) << "Missing method 'less' in this type";
         raise_eros();
         return true;
     }
-    objref ref = objref::share(const_cast<cObj *>(&other));
-    return type_->pexec(mid_less, const_cast<cObj &>(*this), ref);
+    objref ref = share(other);
+    return type().pexec(mid_less, const_cast<cObj &>(*this), ref);
 }
 
 objref cObj::iterobj() {
@@ -235,19 +241,19 @@ objref cObj::iterobj() {
         cDuring const held(*this, exe);
         return exe ? exe->oexecute(objref::share(this)) : cat::bad();
     }
-    return type_->oexec(mid_iterobj, objref::share(this));
+    return type().oexec(mid_iterobj, objref::share(this));
 }
 
 bool cObj::convert(objref const &source) {
     if (!source || !source->type_) return false;
-    cTypeObj::converter_function const function = type_->converter(*source->type_);
+    cTypeObj::converter_function const function = type().converter(*source->type_);
     objref ref = source;
     return function && function(*this, ref);
 }
 
 objref cObj::clone(bool rethrow) const {
     try {
-        objref copy = type_->newobj();
+        objref copy = type().newobj();
         return is_good(copy) && copy->assign(*this) ? copy : cat::bad();
     } catch (...) {
         if (rethrow) throw;

@@ -132,7 +132,7 @@ objref cObj::force_omember(std::string const &key, objref const &example) {
 
 objref cObj::gmember(objref const &key) const {
     if (objref value = omember(key); is_good(value)) return value;
-    if (objref value = type_->tmember(key); is_good(value)) return value;
+    if (objref value = type().tmember(key); is_good(value)) return value;
     return cat::gmember(key);
 }
 
@@ -141,7 +141,7 @@ objref cObj::gmember(std::string const &key) const { return gmember(make_key(key
 objref &cObj::gmember_(objref const &key) {
     for (bool made = false;; made = true) {
         cAttrNode *node = ommap_ ? ommap_->find(key) : nullptr;
-        if (!node) node = type_->tmmap().find(key);
+        if (!node) node = type().tmmap().find(key);
         if (!node && core.global_hash) node = core.global_hash->find(key);
         if (node) return node->valref_();
         if (made || !set_omember(key, cat::nil())) return scratch_member();

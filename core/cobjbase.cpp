@@ -6,6 +6,7 @@
 #include "qrv/containers/cattrhash.h"
 
 #include <ostream>
+#include <string>
 
 constinit std::uint32_t cObjBase::ob_lstid_ = 0;
 constinit std::uint32_t cObjBase::ob_count_ = 0;
@@ -22,8 +23,10 @@ void cObjBase::put_count(std::ostream &os) {
         cObj const *const value = node->valref();
         ++(value && value->is_type() ? types : others);
     }
+    auto const text = [](std::uint32_t n) { return std::to_string(n); }; // decimal on any stream
     os << "------------------------------------------------------------------\n"
        << "static daten: \n"
-       << "ob_lstid  " << ob_lstid_ << "    ob_count  " << ob_count_ << "   in typemap:" << types
-       << "  (No type entries: " << others << " )" << std::endl;
+       << "ob_lstid  " << text(ob_lstid_) << "    ob_count  " << text(ob_count_)
+       << "   in typemap:" << text(types) << "  (No type entries: " << text(others) << " )"
+       << std::endl;
 }

@@ -23,13 +23,12 @@ bool cObj::write_constname(std::ostream &os) const {
 }
 
 bool cObj::is_writable() const {
-    cVoidFunction const method = type_ ? type_->method(mid_write) : nullptr;
+    cVoidFunction const method = type().method(mid_write);
     if (method && method != reinterpret_cast<cVoidFunction>(cat::write_voiddata)) return true;
     return cat::find_const(this) != nullptr;
 }
 
 bool cObj::writeobj(std::ostream &os) const {
-    if (!type_) return false;
     if (exact_text() && !exact_writable(*this)) {
         report_unwritable();
         return false;

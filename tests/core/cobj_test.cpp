@@ -9,7 +9,9 @@
 #include "qrv/core/cobjd.h"
 #include "tests/support/fixture.h"
 
+#include <iomanip>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -346,4 +348,55 @@ TEST_F(Object, a_throwing_assign_leaves_the_source_alone) {
     unsigned int const refs = number->refs();
     EXPECT_THROW(number->assign(*cat::of(6)), int);
     EXPECT_EQ(number->refs(), refs);
+}
+
+TEST_F(Object, the_census_report_is_decimal_whatever_the_stream_is_set_to) {
+    auto const report = [](std::ios_base &(*base)(std::ios_base &)) {
+        std::ostringstream os;
+        os << base << std::showbase << std::showpos << std::setw(40) << std::setfill('*');
+        cObjBase::put_count(os);
+        return os.str();
+    };
+    std::ostringstream plain;
+    cObjBase::put_count(plain);
+    EXPECT_EQ(report(std::hex), plain.str());
+    EXPECT_EQ(report(std::oct), plain.str());
+    EXPECT_EQ(report(std::dec), plain.str());
+}
+
+TEST_F(Object, the_census_report_leaves_the_number_base_of_the_stream) {
+    std::ostringstream os;
+    os << std::hex;
+    cObjBase::put_count(os);
+    EXPECT_EQ(os.flags() & std::ios_base::basefield, std::ios_base::hex);
+}
+
+namespace {
+
+unsigned int counts_seen = 0;
+bool see_counts(cObj &, objref &other) {
+    counts_seen = other->refs();
+    return true;
+}
+
+} // namespace
+
+TEST_F(Object, an_argument_is_held_by_one_count_during_the_call) {
+    cTypeObj type("counts_seen", nullptr);
+    for (char const *name : {"assign", "add", "equal", "less"})
+        type.set_tmember(name, make<cExeMember>(see_counts));
+    objref const target = make<cObj>(true);
+    target->set_type(&type);
+    cObj source(true); // counts one owner
+    source.set_type(&type);
+    objref const shared = objref::share(&source);
+    auto const seen = [](bool done) { return done ? std::exchange(counts_seen, 0) : 0; };
+    EXPECT_EQ(seen(target->assign(source)), 3u);
+    EXPECT_EQ(seen(target->assign(shared)), 3u);
+    EXPECT_EQ(seen(target->add(source)), 3u);
+    EXPECT_EQ(seen(target->add(shared)), 3u);
+    EXPECT_EQ(seen(target->equal(source)), 3u);
+    EXPECT_EQ(seen(target->equal(shared)), 3u);
+    EXPECT_EQ(seen(target->less(source)), 3u);
+    EXPECT_EQ(shared->refs(), 2u);
 }

@@ -15,6 +15,10 @@
 
 #include <string>
 
+namespace cat {
+QRV_API cTypeObj &type_nil();
+} // namespace cat
+
 // Index into the method table of a type; see ctypeobj.h for prototypes.
 enum method_id : int {
     mid_newobj,
@@ -35,6 +39,7 @@ enum method_id : int {
 class QRV_API cObj : public cObjBase {
   public:
     // With true the type is "niltype", with false null until set_type: needed before types exist.
+    // All operations on an object without a type answer as for one of "niltype".
     explicit cObj(bool typed = true);
     template <class T>
     requires(!std::is_same_v<T, bool> && !std::is_class_v<T>) explicit cObj(T) = delete;
@@ -47,7 +52,8 @@ class QRV_API cObj : public cObjBase {
     unsigned int obid() const noexcept { return obid_; }
     void obid(unsigned int id) noexcept; // 0 takes the object off the census, once
     static void obid(cObj *obj, unsigned int id) noexcept;
-    cTypeObj &type() const noexcept { return *type_; }
+    // cat::type_nil() for an object without a type.
+    cTypeObj &type() const noexcept { return type_ ? *type_ : cat::type_nil(); }
     void set_type(cTypeObj *type) noexcept { type_ = type; } // borrows; no check, no signal
     int typeflags_of(int bits) const noexcept;
 
