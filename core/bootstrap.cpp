@@ -6,10 +6,13 @@
 // it again. After the tear-down a late accessor may, and registers its own tear-down.
 //
 // The tear-down has two phases. First, with everything alive, all that programs have put into the
-// library's maps, types and constants is let go: foreign destructors run here, and may use the
-// whole library. What they put in goes in the next round. Then the core's own objects go, from
-// where on nothing reads a type link. Each gives up the count that the core has on it: what a
-// program still holds stays in memory, and may be dropped later, but not used.
+// library's maps, types and constants is released: user destructors run here, and may use the
+// whole library. What they put in is released in the next round. Then the core's own objects are
+// released, and from there on nothing reads a type link. Each gives up the count that the core has
+// on it: what a program still holds stays in memory, and may be dropped later, but not used.
+//
+// Destructors that put new objects in forever are stopped by the number of rounds and of objects.
+// Then the second phase is left out, and the core stays, with what is in it.
 
 #include "containers/cattspec_nil.h"
 #include "containers/cglobals.h"
@@ -46,10 +49,11 @@ struct cBootstrap {
     static void set_text_methods();
     static void make_maps();
     static bool is_own(cObj const *value);
-    static bool clear_maps();
-    static bool drop_types();
-    static bool drop_members();
-    static void let_go();
+    static std::size_t remove_present(cAttrHash &hash);
+    static std::size_t clear_maps();
+    static std::size_t drop_types();
+    static std::size_t drop_members();
+    static bool let_go();
     static void destroy_core();
 };
 
@@ -70,14 +74,16 @@ template <class T> void drop(T *&pointer) {
     cRef<T> const last = cRef<T>::adopt(std::exchange(pointer, nullptr));
 }
 
-// Rounds of letting go, for destructors that put new things in. Each of a program's sane objects
-// needs one; what comes in forever stays for the second phase.
+// Rounds of releasing, for destructors that put new objects in, and how many such objects. Each of
+// a program's sane objects needs one round; the first one isn't limited.
 constexpr int max_rounds = 100;
+constexpr std::size_t max_latecomers = 10000;
 
-bool drop_ommap(cObj &obj) {
-    if (!obj.has_ommap()) return false;
+std::size_t drop_ommap(cObj &obj) {
+    if (!obj.has_ommap()) return 0;
+    std::size_t const members = obj.ommap().used();
     obj.ommap(hashref()); // RE-ENTERS
-    return true;
+    return members + 1;
 }
 
 // What the library itself puts into a type: functions and texts.
@@ -87,12 +93,12 @@ bool is_plain_member(objref const &value) {
     return typeid(obj) == typeid(cExeMember) || typeid(obj) == typeid(cObjD<std::string>);
 }
 
-template <class Test> bool remove_entries(cAttrHash &hash, Test goes) {
+template <class Test> std::size_t remove_entries(cAttrHash &hash, Test goes) {
     std::vector<objref> keys;
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
         if (goes(node->valref())) keys.push_back(node->key());
     for (objref const &key : keys) hash.delitem(key); // RE-ENTERS
-    return !keys.empty();
+    return keys.size();
 }
 
 } // namespace
@@ -209,52 +215,60 @@ bool cBootstrap::is_own(cObj const *value) {
     return false;
 }
 
-bool cBootstrap::clear_maps() {
-    bool any = false;
-    for (cMapObj *map : {core.dbase, core.constmap, core.gmmap}) {
-        any |= !map->datamap().empty();
-        map->datamap().clear(); // RE-ENTERS
-    }
-    return any;
+// What destructors put in stays for the next round.
+std::size_t cBootstrap::remove_present(cAttrHash &hash) {
+    hashref const keep = hashref::share(&hash);
+    std::size_t const present = hash.used();
+    for (std::size_t i = 0; i < present; ++i)
+        if (cAttrNode *const node = hash.first()) hash.remove(node); // RE-ENTERS
+    return present;
 }
 
-bool cBootstrap::drop_types() {
+std::size_t cBootstrap::clear_maps() {
+    std::size_t removed = 0;
+    for (cMapObj *map : {core.dbase, core.constmap, core.gmmap})
+        removed += remove_present(map->datamap());
+    return removed;
+}
+
+std::size_t cBootstrap::drop_types() {
     return remove_entries(*core.type_hash, [](objref const &type) {
         return !is_own(type) && !cat::is_signal_type(type) && !cat::is_intf_type(type);
     });
 }
 
 // The methods stay in the tables of the types, so that objects go on working.
-bool cBootstrap::drop_members() {
-    bool any = false;
+std::size_t cBootstrap::drop_members() {
+    std::size_t removed = 0;
     for (cMapObj *map : {core.typemap, core.dbase, core.constmap, core.gmmap})
-        any |= drop_ommap(*map);
+        removed += drop_ommap(*map);
     for (objref const *constant : {core.nil, core.bad, core.badfind, core.btrue, core.bfalse})
-        any |= drop_ommap(**constant);
+        removed += drop_ommap(**constant);
 #define QRV_DROP(name, accessor, text)                                                             \
-    any |= drop_ommap(*core.name);                                                                 \
-    any |= remove_entries(core.name->tmmap(),                                                      \
-                          [](objref const &value) { return !is_plain_member(value); });
+    removed += drop_ommap(*core.name);                                                             \
+    removed += remove_entries(core.name->tmmap(),                                                  \
+                              [](objref const &value) { return !is_plain_member(value); });
     QRV_CORE_TYPES(QRV_DROP)
 #undef QRV_DROP
-    return any;
+    return removed;
 }
 
-void cBootstrap::let_go() {
-    bool any = true;
-    for (int round = 0; any && round < max_rounds; ++round) {
+// False if objects still come in.
+bool cBootstrap::let_go() {
+    std::size_t latecomers = 0;
+    for (int round = 0; round < max_rounds && latecomers < max_latecomers; ++round) {
         reset_text_state();
         cat::drop_nilspec();
         cat::drop_attspec_words();
         cat::forget_nil_attr();
-        any = clear_maps();
-        any |= drop_types();
-        any |= drop_members();
-        // What went above may be of these types.
-        if (!any) any = cat::drop_signal_types() || cat::drop_intf_type();
+        std::size_t removed = clear_maps();
+        removed += drop_types();
+        removed += drop_members();
+        // What was removed above may be of these types.
+        if (removed == 0 && !cat::drop_signal_types() && !cat::drop_intf_type()) return true;
+        if (round > 0) latecomers += removed;
     }
-    cat::drop_signal_types(); // if the rounds did not suffice
-    cat::drop_intf_type();
+    return false;
 }
 
 void cBootstrap::destroy_core() {
@@ -278,7 +292,10 @@ void cBootstrap::destroy_core() {
 
 void cBootstrap::tear_down() {
     core.state = cat::cCoreState::tearing;
-    let_go();
+    if (!let_go()) {
+        core.state = cat::cCoreState::ready; // for good
+        return;
+    }
     core.core_ready = false;
     destroy_core();
     core.state = cat::cCoreState::none;

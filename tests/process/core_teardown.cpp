@@ -115,7 +115,11 @@ struct cLate {
 cLate *late = nullptr; // never deleted by the end of static objects
 
 // Called when the core has gone: registered before the library starts.
+void tell_endless();
+bool endless();
+
 void after_the_core(void *) {
+    if (endless()) tell_endless();
     if (!late) return;
     if (cat::core_state() != cat::cCoreState::none) say("[not gone]");
     delete late;
@@ -170,10 +174,50 @@ class cStubborn : public cObjD<int> {
     int left_;
 };
 
+// Puts as many new ones as it says wherever the library keeps what programs gave it.
+class cEndless : public cObjD<int> {
+  public:
+    explicit cEndless(int copies) : cObjD<int>(copies) {}
+    cEndless(cEndless const &) = delete;
+    cEndless &operator=(cEndless const &) = delete;
+    ~cEndless() override {
+        ++destroyed;
+        static int keys = 0;
+        for (int i = 0; i < val(); ++i) {
+            cat::dbase()[++keys] = make<cEndless>(val());
+            cat::gmmap()["again"] = make<cEndless>(0);
+            cat::constmap()["again"] = make<cEndless>(0);
+            cat::type_int().set_tmember("again", make<cEndless>(0));
+            cat::type_string().set_omember("again", make<cEndless>(0));
+        }
+    }
+    static inline int destroyed = 0;
+};
+
+bool endless() { return cEndless::destroyed > 0; }
+
+// After the tear-down: what did not end is left, and can still be looked at.
+void tell_endless() {
+    say(cEndless::destroyed >= 100 ? "[many]" : "[few]");
+    say(cat::dbase().size() > 0 ? "[left]" : "[nothing left]");
+    say(cat::core_state() == cat::cCoreState::ready ? "[ready]" : "[not ready]");
+}
+
 int child(std::string const &what) {
     if (what == "statics") statics();
     if (what == "everywhere") everywhere();
     if (what == "stubborn") cat::gmmap()["x"] = make<cStubborn>(3);
+    if (what == "endless") cat::dbase()["x"] = make<cEndless>(1);
+    if (what == "growing") cat::dbase()["x"] = make<cEndless>(3);
+    if (what == "endless type") {
+        struct cEndlessType : cTypeObj {
+            cEndlessType() : cTypeObj("endless", nullptr) {}
+            cEndlessType(cEndlessType const &) = delete;
+            cEndlessType &operator=(cEndlessType const &) = delete;
+            ~cEndlessType() override { cat::set_type(*make<cEndlessType>(), true); }
+        };
+        cat::set_type(*make<cEndlessType>(), true);
+    }
     if (what == "late") {
         objref const late_map = make<cMapObj>();
         late_map->setattr(cat::of(1), make<cVectorObj>());
@@ -224,6 +268,14 @@ int main(int argc, char **argv) {
     cResult const stubborn = run_self("stubborn");
     CHECK(stubborn.status == 0);
     CHECK_TEXT(stubborn.output, "ssss");
+    for (char const *what : {"endless", "growing"}) {
+        cResult const result = run_self(what);
+        CHECK(result.status == 0);
+        CHECK_TEXT(result.output, "[many][left][ready]");
+    }
+    cResult const endless_type = run_self("endless type");
+    CHECK(endless_type.status == 0);
+    CHECK_TEXT(endless_type.output, "");
     cResult const late_result = run_self("late");
     CHECK(late_result.status == 0);
     CHECK_TEXT(late_result.output, "[late][again][ready]");

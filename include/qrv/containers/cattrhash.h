@@ -284,6 +284,7 @@ class QRV_API cAttrHash : public cShared {
   private:
     friend class cAttrNode;
     friend class cValueIndex;
+    friend struct cBootstrap;     // removes what there is, and not what comes in meanwhile
     friend struct cAttrHashProbe; // tests of the rules
 
     struct cSearch; // what is looked for
