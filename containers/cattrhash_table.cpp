@@ -15,6 +15,7 @@
 
 #include "containers/cattrhash_detail.h"
 #include "containers/seeded_hash.h"
+#include "core/cscalar.h"
 #include "qrv/core/cobjd.h"
 
 #include <cstring>
@@ -43,8 +44,13 @@ bool is_prime(std::uint64_t number) noexcept {
     return number % 2 != 0;
 }
 
+// Of a key whose kind says that it holds a T.
 template <class T> T &value_of(objref const &key) noexcept {
     return static_cast<cObjDR<T> const &>(*key).val();
+}
+
+template <class T> bool holds(objref const &key) noexcept {
+    return cat::value_in<T>(key) != nullptr;
 }
 
 std::uint32_t text_hash(std::string const &text, bool seeded) {
@@ -95,10 +101,14 @@ cKeyKind cAttrHash::kind_of(objref const &key) {
     cTypeObj const &type = key->type();
     auto const hook = type.heq_hook();
     // The hooks first: they are never set before the type exists that is asked for then.
-    if (hook == &cat::heq_string && &type == &cat::type_string()) return cKeyKind::string_key;
-    if (hook == &cat::heq_int && &type == &cat::type_int()) return cKeyKind::int_key;
-    if (hook == &cat::heq_float && &type == &cat::type_float()) return cKeyKind::float_key;
-    if (hook == &cat::heq_double && &type == &cat::type_double()) return cKeyKind::double_key;
+    if (hook == &cat::heq_string && &type == &cat::type_string() && holds<std::string>(key))
+        return cKeyKind::string_key;
+    if (hook == &cat::heq_int && &type == &cat::type_int() && holds<int>(key))
+        return cKeyKind::int_key;
+    if (hook == &cat::heq_float && &type == &cat::type_float() && holds<float>(key))
+        return cKeyKind::float_key;
+    if (hook == &cat::heq_double && &type == &cat::type_double() && holds<double>(key))
+        return cKeyKind::double_key;
     return cKeyKind::other;
 }
 

@@ -8,6 +8,7 @@
 #include "qrv/core/cobjd.h"
 
 namespace {
+// Of a plain value.
 template <class T> T const &value_of(cObj const &obj) noexcept {
     return static_cast<cObjDR<T> const &>(obj).val();
 }
@@ -18,7 +19,11 @@ std::size_t cValueIndex::cTextHash::operator()(std::string const &text) const {
 }
 
 bool cValueIndex::is_plain(cObj const &value) noexcept {
-    return cat::compares_plainly(value.type());
+    cTypeObj const &type = value.type();
+    if (!cat::compares_plainly(type)) return false;
+    if (&type == &cat::type_int()) return cat::value_in<int>(&value);
+    if (&type == &cat::type_string()) return cat::value_in<std::string>(&value);
+    return cat::value_in<bool>(&value);
 }
 
 void cValueIndex::forget() noexcept {

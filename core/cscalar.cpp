@@ -1,21 +1,20 @@
 // The scalar types: string, bool, int, float, double. Every method works on `value`, so it serves
-// objects that own their value and objects that refer to one alike. What writes and reads their
+// objects that own their value and objects that refer to one alike. Methods are called by name on
+// anything, and any object can claim the type: without a value they answer false or cat::bad().
+// What writes and reads their
 // text stands with the writer and the reader; the bootstrap puts it in.
 
 #include "core/cscalar.h"
 
 #include "core/cregistry.h"
 #include "qrv/core/cexe.h"
-#include "qrv/core/cobjd.h"
 
 #include <limits>
 #include <ostream>
 
 namespace {
 
-template <class T> T &value_of(cObj &obj) { return static_cast<cObjDR<T> &>(obj).val(); }
-
-template <class T> T &value_of(objref const &ref) { return value_of<T>(*ref); }
+using cat::value_in;
 
 bool no_converter(char const *method, cObj const &obj, objref const &source) {
     cErrStream &err = eros();
@@ -26,25 +25,36 @@ bool no_converter(char const *method, cObj const &obj, objref const &source) {
     return raise_eros();
 }
 
-// A method that is called by its name may be given anything.
 bool same_type(cObj const &obj, objref const &other) {
     return other && &obj.type() == &other->type();
 }
+
+// The values of two objects of one type; false if there are none to compare.
+template <class T> struct cValues {
+    cValues(cObj const &obj, objref const &other) {
+        if (!same_type(obj, other)) return;
+        a = value_in<T>(&obj);
+        b = value_in<T>(other);
+    }
+    explicit operator bool() const { return a && b; }
+    T *a = nullptr;
+    T const *b = nullptr;
+};
 
 template <class T> objref newobj(objref) { return make<cObjD<T>>(); }
 
 // The new object refers to the source's value and doesn't keep the source alive.
 template <class T> objref newref(objref source) {
-    return objref::adopt(new cObjDR<T>(value_of<T>(source)));
+    T *const value = value_in<T>(source);
+    return value ? objref::adopt(new cObjDR<T>(*value)) : cat::bad();
 }
 
 template <class T> bool assign(cObj &obj, objref &source) {
     if (!source) return false;
-    if (&obj.type() == &source->type()) {
-        value_of<T>(obj) = value_of<T>(source);
-        return true;
-    }
-    return obj.convert(source) || no_converter("assign", obj, source);
+    if (!same_type(obj, source)) return obj.convert(source) || no_converter("assign", obj, source);
+    cValues<T> const values(obj, source);
+    if (values) *values.a = *values.b;
+    return bool(values);
 }
 
 template <class T> void add_value(T &sum, T const &value) { sum += value; }
@@ -54,41 +64,47 @@ template <> void add_value(int &sum, int const &value) { // wraps
 }
 
 template <class T> bool add(cObj &obj, objref &source) {
-    if (!source) return false;
-    if (&obj.type() == &source->type()) {
-        add_value<T>(value_of<T>(obj), T(value_of<T>(source)));
-        return true;
+    T *const sum = value_in<T>(&obj);
+    if (!source || !sum) return false;
+    if (same_type(obj, source)) {
+        T const *const value = value_in<T>(source);
+        if (value) add_value<T>(*sum, T(*value));
+        return value != nullptr;
     }
     cObjD<T> converted;
     converted.set_type(&obj.type());
     if (!converted.convert(source)) return no_converter("add", obj, source);
-    add_value<T>(value_of<T>(obj), converted.val());
+    add_value<T>(*sum, converted.val());
     return true;
 }
 
 template <class T> objref width(objref) { return cat::of(static_cast<int>(sizeof(T))); }
 
-objref length(objref text) { return cat::of(static_cast<int>(value_of<std::string>(text).size())); }
+objref length(objref text) {
+    auto const *const value = value_in<std::string>(text);
+    return value ? cat::of(static_cast<int>(value->size())) : cat::bad();
+}
 
 template <class T> bool equal(cObj &obj, objref &other) {
-    return same_type(obj, other) && value_of<T>(obj) == value_of<T>(other);
+    cValues<T> const values(obj, other);
+    return values && *values.a == *values.b;
 }
 
 // DELIBERATE: a NaN equals everything and is less than everything, so that the order of keys never
 // fails. Pinned: a_nan_is_equal_to_and_less_than_everything
 template <class T> bool equal_number(cObj &obj, objref &other) {
-    if (!same_type(obj, other)) return false;
-    T const a = value_of<T>(obj);
-    T const b = value_of<T>(other);
-    return !(a < b) && !(a > b);
+    cValues<T> const values(obj, other);
+    return values && !(*values.a < *values.b) && !(*values.a > *values.b);
 }
 
 template <class T> bool less(cObj &obj, objref &other) {
-    return same_type(obj, other) && value_of<T>(obj) < value_of<T>(other);
+    cValues<T> const values(obj, other);
+    return values && *values.a < *values.b;
 }
 
 template <class T> bool less_number(cObj &obj, objref &other) {
-    return same_type(obj, other) && !(value_of<T>(obj) >= value_of<T>(other));
+    cValues<T> const values(obj, other);
+    return values && !(*values.a >= *values.b);
 }
 
 template <class T> void common_methods(cTypeObj &type) {
@@ -125,8 +141,10 @@ template <> float converted(double const &value) {
 }
 
 template <class D, class S> bool convert(cObj &destination, objref &source) {
-    value_of<D>(destination) = converted<D, S>(value_of<S>(source));
-    return true;
+    D *const to = value_in<D>(&destination);
+    S const *const from = value_in<S>(source);
+    if (to && from) *to = converted<D, S>(*from);
+    return to && from;
 }
 
 template <class D, class S> void set_converter() {

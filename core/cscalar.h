@@ -1,14 +1,27 @@
 #pragma once
-// What the bootstrap adds to the scalar types after all of them exist.
+// How the library reads the value of a scalar object, and what the bootstrap adds to the scalar
+// types after all of them exist.
 
-#include "qrv/core/ctypeobj.h"
+#include "qrv/core/cobjd.h"
+
+#include <typeinfo>
 
 namespace cat {
+// The T that an object holds, null if it holds none: any object can claim any type. Borrowed. The
+// usual classes are recognised without a dynamic_cast.
+template <class T> T *value_in(cObj const *obj) noexcept {
+    if (!obj) return nullptr;
+    std::type_info const &exact = typeid(*obj);
+    if (exact == typeid(cObjD<T>) || exact == typeid(cObjDR<T>))
+        return static_cast<cObjDR<T> const *>(obj)->valptr();
+    auto const *const holder = dynamic_cast<cObjDR<T> const *>(obj);
+    return holder ? holder->valptr() : nullptr;
+}
 void set_scalar_additions(); // "add", and the "size" of a string
 void set_scalar_converters();
 // The method "assign" of int, for types that stand on it: the same type, else by converter.
 bool assign_int(cObj &obj, objref &source);
-// Exactly the library's string, int or bool, and no program has given it an "equal" of its own: two
-// objects are equal when their values are, and comparing them runs no foreign code.
+// Is this type exactly the library's string, int or bool, without an "equal" that a program gave
+// it? Then two objects are equal when their values are, and comparing them runs no user code.
 bool compares_plainly(cTypeObj const &type) noexcept;
 } // namespace cat

@@ -3,6 +3,7 @@
 #include "qrv/core/ctypeobj.h"
 
 #include "core/cregistry.h"
+#include "core/cscalar.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
@@ -216,49 +217,57 @@ unsigned int hash_bytes(char const *bytes, size_t count) noexcept {
 
 namespace {
 
-template <class T> T const &value_of(objref const &ref) {
-    return static_cast<cObjDR<T> const *>(ref.get())->val();
-}
-
 template <class T> unsigned int hash_value_bytes(objref const &ref) {
+    T const *const value = value_in<T>(ref);
+    if (!value) return 0;
     char bytes[sizeof(T)];
-    std::memcpy(bytes, &value_of<T>(ref), sizeof(T));
+    std::memcpy(bytes, value, sizeof(T));
     return hash_bytes(bytes, sizeof(T));
 }
+
+template <class T> bool equal_value(T const &a, T const &b) { return a == b; }
 
 // DELIBERATE: a NaN is neither less nor greater, so it equals every key it is held against.
 //   Pinned: a_nan_key_equals_what_it_meets
 template <class T> bool same_number(T const &a, T const &b) { return !(a < b) && !(a > b); }
 
+// A key without a value, which only claims its type, equals itself alone.
+template <class T, bool (*same)(T const &, T const &)>
+bool heq(objref const &a, objref const &b, cTypeObj const *type) {
+    if (&b->type() != type) return false;
+    T const *const left = value_in<T>(a);
+    T const *const right = value_in<T>(b);
+    return left && right ? same(*left, *right) : a == b;
+}
+
 } // namespace
 
 unsigned int hash_string(objref const &value) {
-    std::string const &text = value_of<std::string>(value);
-    return hash_bytes(text.c_str(), std::strlen(text.c_str())); // a NUL ends it
+    auto const *const text = value_in<std::string>(value);
+    return text ? hash_bytes(text->c_str(), std::strlen(text->c_str())) : 0; // a NUL ends it
 }
 
 bool heq_string(objref const &a, objref const &b) {
-    return &b->type() == core.string && value_of<std::string>(a) == value_of<std::string>(b);
+    return heq<std::string, equal_value>(a, b, core.string);
 }
 
 unsigned int hash_int(objref const &value) {
-    return static_cast<unsigned int>(value_of<int>(value));
+    int const *const number = value_in<int>(value);
+    return number ? static_cast<unsigned int>(*number) : 0;
 }
 
-bool heq_int(objref const &a, objref const &b) {
-    return &b->type() == core.integer && value_of<int>(a) == value_of<int>(b);
-}
+bool heq_int(objref const &a, objref const &b) { return heq<int, equal_value>(a, b, core.integer); }
 
 unsigned int hash_float(objref const &value) { return hash_value_bytes<float>(value); }
 
 bool heq_float(objref const &a, objref const &b) {
-    return &b->type() == core.single && same_number(value_of<float>(a), value_of<float>(b));
+    return heq<float, same_number>(a, b, core.single);
 }
 
 unsigned int hash_double(objref const &value) { return hash_value_bytes<double>(value); }
 
 bool heq_double(objref const &a, objref const &b) {
-    return &b->type() == core.dbl && same_number(value_of<double>(a), value_of<double>(b));
+    return heq<double, same_number>(a, b, core.dbl);
 }
 
 } // namespace cat
