@@ -6,8 +6,12 @@
 #include "qrv/core/cobjd.h"
 #include "tests/support/fixture.h"
 
+#include <functional>
+#include <map>
+#include <set>
 #include <sstream>
 #include <type_traits>
+#include <unordered_set>
 
 namespace {
 
@@ -65,6 +69,88 @@ static_assert(!std::is_copy_constructible_v<cTypeObj> && !std::is_copy_assignabl
 static_assert(!std::is_copy_constructible_v<cExeMember> && !std::is_copy_assignable_v<cExeMember>);
 
 } // namespace
+
+namespace {
+
+// Comparing by identity: handles to one class, to a class and its base, to unrelated ones.
+template <class A, class B> constexpr bool comparable = requires(A const &a, B const &b) {
+    a == b;
+    a != b;
+};
+template <class A, class B> constexpr bool ordered = requires(A const &a, B const &b) {
+    a < b;
+    a <= b;
+    a > b;
+    a >= b;
+    a <=> b;
+};
+using mapref = cRef<cMapObj>;
+static_assert(comparable<objref, objref> && ordered<objref, objref>);
+static_assert(comparable<objref, mapref> && ordered<objref, mapref>);
+static_assert(comparable<mapref, objref> && ordered<mapref, objref>);
+static_assert(comparable<objref, cObj *> && ordered<objref, cObj *>);
+static_assert(comparable<cObj *, objref> && ordered<cObj *, objref>);
+static_assert(comparable<objref, cObj const *> && ordered<objref, cObj const *>);
+static_assert(comparable<objref, cMapObj *> && ordered<cMapObj *, objref>);
+static_assert(comparable<objref, std::nullptr_t> && comparable<std::nullptr_t, objref>);
+static_assert(!ordered<objref, std::nullptr_t>);
+static_assert(!ordered<objref, countedref> && !ordered<objref, int>);
+static_assert(std::is_same_v<std::strong_ordering,
+                             decltype(std::declval<objref>() <=> std::declval<mapref>())>);
+static_assert(std::is_nothrow_invocable_v<std::hash<objref>, objref>);
+
+} // namespace
+
+TEST_F(Ref, handles_and_pointers_compare_by_identity) {
+    mapref const derived = make<cMapObj>();
+    objref const base = derived;
+    objref const other = make<cMapObj>(); // equal, but another object
+    cObj *const p = derived.get();
+    EXPECT_TRUE(base == p);
+    EXPECT_TRUE(p == base);
+    EXPECT_TRUE(derived == base);
+    EXPECT_TRUE(base == derived);
+    EXPECT_TRUE(derived == p);
+    EXPECT_FALSE(base == nullptr);
+    EXPECT_FALSE(nullptr == base);
+    EXPECT_TRUE(objref() == nullptr);
+    EXPECT_TRUE(base != other);
+    EXPECT_TRUE(other != p);
+}
+
+TEST_F(Ref, handles_and_pointers_are_ordered_by_identity) {
+    objref const a = make<cMapObj>();
+    mapref const b = make<cMapObj>();
+    cObj *const p = a.get();
+    bool const first = std::less<cObj const *>{}(a, b);
+    EXPECT_EQ(a < b, first);
+    EXPECT_EQ(b > a, first);
+    EXPECT_EQ(a <= b, first);
+    EXPECT_EQ(p < b, first);
+    EXPECT_EQ(b > p, first);
+    EXPECT_TRUE(a <= p);
+    EXPECT_TRUE(p >= a);
+    EXPECT_FALSE(a < a.get());
+    EXPECT_TRUE((a <=> p) == 0);
+    EXPECT_TRUE(objref() < a);
+    EXPECT_TRUE((objref() <=> objref()) == std::strong_ordering::equal);
+}
+
+TEST_F(Ref, handles_are_keys_of_the_standard_containers) {
+    objref const a = cat::of(1);
+    objref const b = cat::of(1);
+    EXPECT_EQ((std::set<objref>{a, b, a, objref()}.size()), 3u);
+    std::map<objref, int> order{{a, 1}, {b, 2}};
+    order[a] = 3;
+    EXPECT_EQ(order.size(), 2u);
+    EXPECT_EQ(order.at(a), 3);
+    std::unordered_set<objref> const held{a, b, a, objref(), objref()};
+    EXPECT_EQ(held.size(), 3u);
+    EXPECT_TRUE(held.contains(objref::share(b.get())));
+    EXPECT_FALSE(held.contains(cat::of(1)));
+    EXPECT_EQ(std::hash<objref>{}(a), std::hash<cObj *>{}(a.get()));
+    EXPECT_EQ((std::set<cRef<cMapObj>>{nullptr, nullptr}.size()), 1u);
+}
 
 TEST_F(RefEdge, a_copy_of_a_shared_object_counts_one_whatever_the_source_counts) {
     cCounted source;
@@ -233,4 +319,29 @@ TEST_F(Destruction, values_below_the_limit_die_in_ring_order) {
     for (int i : {1, 2, 3}) hash.mapitem(own_key(i), objref::adopt(new cTeller(i, story)));
     map = nullptr;
     EXPECT_EQ(story, "1;2;3;");
+}
+
+namespace {
+
+// A link of a chain whose handles name the derived class.
+class cLink : public cObj {
+  public:
+    explicit cLink(cRef<cLink> next) : next_(std::move(next)) {}
+    cLink(cLink const &) = delete;
+    cLink &operator=(cLink const &) = delete;
+    ~cLink() override { ++destroyed; }
+    static inline int destroyed = 0;
+
+  private:
+    cRef<cLink> next_;
+};
+
+} // namespace
+
+TEST_F(Destruction, a_chain_of_two_million_handles_of_a_derived_class_is_destroyed) {
+    cLink::destroyed = 0;
+    cRef<cLink> top;
+    for (int i = 0; i < 2000000; ++i) top = make<cLink>(std::move(top));
+    top = nullptr;
+    EXPECT_EQ(cLink::destroyed, 2000000);
 }

@@ -12,8 +12,10 @@
 
 #include "qrv/qrvdefs.h"
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -42,10 +44,7 @@ template <class T> class cRefTraits {
   public:
     static void addref(T const *target) noexcept { target->incref(); }
     [[nodiscard]] static bool release(T const *target) noexcept { return target->decref(); }
-    static void destroy(T *target) {
-        target->incref();
-        delete target;
-    }
+    static void destroy(T *target);
 };
 
 // Objects: as above, but a chain of last owners of any length is destroyed in bounded stack.
@@ -55,6 +54,16 @@ template <> class QRV_API cRefTraits<cObj> {
     [[nodiscard]] static bool release(cObj const *target) noexcept;
     static void destroy(cObj *target);
 };
+
+// Handles that name a class derived from cObj destroy as objref does.
+template <class T> void cRefTraits<T>::destroy(T *target) {
+    if constexpr (std::is_base_of_v<cObj, T>) {
+        cRefTraits<cObj>::destroy(target);
+    } else {
+        target->incref();
+        delete target;
+    }
+}
 
 // A handle, one pointer wide; null is a legal value that every operation tolerates but `*` and
 // `->`. There is no constructor from a plain pointer: say adopt or share.
@@ -141,6 +150,25 @@ template <class T, class A, class U> bool operator==(cRef<T, A> const &a, U *b) 
 template <class T, class A> bool operator==(cRef<T, A> const &a, std::nullptr_t) noexcept {
     return a.get() == nullptr;
 }
+
+// A total order by identity: by address, so not the same in every run. Null comes first.
+template <class T, class A, class U, class B>
+requires std::three_way_comparable_with<T *, U *> std::strong_ordering
+operator<=>(cRef<T, A> const &a, cRef<U, B> const &b) noexcept {
+    return std::compare_three_way{}(a.get(), b.get());
+}
+template <class T, class A, class U>
+requires std::three_way_comparable_with<T *, U *> std::strong_ordering
+operator<=>(cRef<T, A> const &a, U *b) noexcept {
+    return std::compare_three_way{}(a.get(), b);
+}
+
+// By identity too.
+template <class T, class A> struct std::hash<cRef<T, A>> {
+    std::size_t operator()(cRef<T, A> const &ref) const noexcept {
+        return std::hash<T *>{}(ref.get());
+    }
+};
 
 // Would print an address: write the object with cObj::writeobj, or its text with cat::as_text.
 template <class Stream, class T, class A>
