@@ -3,6 +3,7 @@
 #include "qrv/core/cobjd.h"
 
 #include "core/cregistry.h"
+#include "core/cscalar.h"
 
 #include <istream>
 #include <ostream>
@@ -42,18 +43,24 @@ template <class T> bool value_or_converted(objref const &ref, T &value) {
 } // namespace
 
 int as_index(objref const &ref) {
-    if (!ref || &ref->type() != core.integer) return no_index;
-    return static_cast<cObjDR<int> const *>(ref.get())->val();
+    int const *const number = ref && &ref->type() == core.integer ? value_in<int>(ref) : nullptr;
+    return number ? *number : no_index;
 }
 
 bool is_equal(objref const &ref, std::string const &text) {
-    return &ref->type() == core.string &&
-           static_cast<cObjDR<std::string> const *>(ref.get())->val() == text;
+    auto const *const value = &ref->type() == core.string ? value_in<std::string>(ref) : nullptr;
+    return value && *value == text;
 }
 
 bool is_equal(objref const &ref, int number) {
-    return &ref->type() == core.integer &&
-           static_cast<cObjDR<int> const *>(ref.get())->val() == number;
+    int const *const value = &ref->type() == core.integer ? value_in<int>(ref) : nullptr;
+    return value && *value == number;
+}
+
+std::optional<std::string> text_of(objref const &ref) {
+    auto const *const text =
+        ref && &ref->type() == core.string ? value_in<std::string>(ref) : nullptr;
+    return text ? std::optional(*text) : std::nullopt;
 }
 
 int to_int(double value) noexcept {

@@ -36,6 +36,9 @@ class QRV_API cAttr {
     cAttr operator[](std::string const &key) const;
     cAttr operator[](char const *key) const;
     cAttr operator[](int key) const;
+    // std::out_of_range for what an int can't hold.
+    template <cOtherIndex T> cAttr operator[](T key) const { return (*this)[cat::as_int(key)]; }
+    template <cCharacter T> cAttr operator[](T) const = delete;
     cAttr operator[](double) const = delete;
     cAttr operator[](bool) const = delete;
 
@@ -78,3 +81,5 @@ class QRV_API cAttr {
     objref key_;
     mutable objref cache_;
 };
+
+template <cOtherIndex T> cAttr cObj::operator[](T key) { return (*this)[cat::as_int(key)]; }

@@ -33,6 +33,20 @@ class QRV_API cIterObj : public cObj {
     using cObj::operator!=;
 
     operator bool() const noexcept { return valid(); }
+    // These would be those of the bool. The distance of two cursors of a hash is that of their
+    // pos().
+    template <class T> void operator+(T const &) const = delete;
+    template <class T> void operator-(T const &) const = delete;
+    template <class T> void operator<(T const &) const = delete;
+    template <class T> void operator>(T const &) const = delete;
+    template <class T> void operator<=(T const &) const = delete;
+    template <class T> void operator>=(T const &) const = delete;
+    template <cNumber T> friend void operator+(T, cIterObj const &) = delete;
+    template <cNumber T> friend void operator-(T, cIterObj const &) = delete;
+    template <cNumber T> friend void operator<(T, cIterObj const &) = delete;
+    template <cNumber T> friend void operator>(T, cIterObj const &) = delete;
+    template <cNumber T> friend void operator<=(T, cIterObj const &) = delete;
+    template <cNumber T> friend void operator>=(T, cIterObj const &) = delete;
     bool valid() const noexcept;
     static bool valid(cIterObj const *it) noexcept { return it && it->valid(); }
 
@@ -84,6 +98,13 @@ class QRV_API cIterObj : public cObj {
     cFollower *follower_ = nullptr; // borrowed from whoever holds the slot; it knows of us
 };
 
+// Would print a bool.
+template <class Stream>
+requires requires(Stream &os) { os.rdbuf(); }
+void operator<<(Stream &os, cIterObj const &it) = delete;
+
+// The standard methods of the type "iterator". Objects that are no cIterObj answer false or
+// cat::bad().
 namespace cTomIterator {
 QRV_API objref getattr(objref obj, objref key); // "key", "value", "pos"; else bad
 QRV_API bool setattr(cObj &obj, objref &key, objref &value);

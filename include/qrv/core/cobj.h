@@ -11,6 +11,7 @@
 // handler of that signal makes of an error. A null object reaches the state tests and call() by
 // their static forms, to which a cRef converts. One thread at a time.
 
+#include "qrv/core/cindex.h"
 #include "qrv/core/cobjbase.h"
 
 #include <string>
@@ -97,6 +98,9 @@ class QRV_API cObj : public cObjBase {
     cAttr operator[](std::string const &key);
     cAttr operator[](char const *key); // a null text makes a handle that reads bad
     cAttr operator[](int key);
+    // std::out_of_range for what an int can't hold.
+    template <cOtherIndex T> cAttr operator[](T key);
+    template <cCharacter T> cAttr operator[](T) = delete;
     cAttr operator[](double) = delete;
     cAttr operator[](bool) = delete;
 

@@ -7,7 +7,12 @@
 
 #include "qrv/core/ctypes.h"
 
+#include <cmath>
+#include <concepts>
 #include <iosfwd>
+#include <limits>
+#include <optional>
+#include <string_view>
 
 QRV_API cTypeObj &cTypeOf(std::string *);
 QRV_API cTypeObj &cTypeOf(bool *);
@@ -119,13 +124,50 @@ QRV_API int to_int(double value) noexcept;
 QRV_API bool int_of(objref const &ref, int &number);
 QRV_API bool bool_of(objref const &ref, bool &value);
 
-// The object for a plain value, adopted.
+// The plain value of an object, without any conversion: the number of an int, a float, a double or
+// an "intf", the text of a string. Empty for anything else and for null; text is never parsed.
+[[nodiscard]] QRV_API std::optional<double> number_of(objref const &ref);
+[[nodiscard]] QRV_API std::optional<std::string> text_of(objref const &ref);
+
+// The object for a plain value, adopted. Integers and single characters become an int,
+// long double a double; std::out_of_range where the value does not fit.
 [[nodiscard]] QRV_API objref of(std::string const &text);
 [[nodiscard]] QRV_API objref of(char const *text); // null is ""
 [[nodiscard]] QRV_API objref of(int number);
 [[nodiscard]] QRV_API objref of(bool value);
 [[nodiscard]] QRV_API objref of(float number);
 [[nodiscard]] QRV_API objref of(double number);
+template <std::same_as<std::string_view> T> [[nodiscard]] objref of(T text) {
+    return of(std::string(text));
+}
+template <cOtherIndex T> [[nodiscard]] objref of(T number) { return of(as_int(number)); }
+template <cCharacter T> [[nodiscard]] objref of(T character) { return of(as_int(+character)); }
+template <std::same_as<long double> T> [[nodiscard]] objref of(T number) {
+    if (std::isfinite(number) && std::fabs(number) > std::numeric_limits<double>::max())
+        throw std::out_of_range("a number does not fit in a double");
+    return of(static_cast<double>(number));
+}
+
+// What would silently become a bool: objects and other classes that can be tested (but for those
+// that stand for a bool elsewhere and can be assigned one), lambdas, and pointers.
+template <class T>
+concept cTestable = std::is_class_v<T> && std::is_convertible_v<T const &, bool> &&
+                    !std::is_assignable_v<T &, bool> &&
+                    requires(T const &t) {
+    bool{t};
+};
+template <class T>
+concept cPointing =
+    std::is_class_v<T> && !std::is_convertible_v<T const &, char const *> && requires(T const &t) {
+    *+t;
+};
+template <class T>
+requires(std::derived_from<T, cObj> || cTestable<T> || cPointing<T>) objref of(T const &)
+= delete;
+template <class T>
+requires(!std::same_as<std::remove_const_t<T>, char>) objref of(T *)
+= delete;
+template <class T, class C> objref of(T C::*) = delete;
 } // namespace cat
 
 extern template class QRV_API cObjDR<std::string>;

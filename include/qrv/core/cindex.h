@@ -1,0 +1,29 @@
+#pragma once
+// Numbers as indices: which types of numbers may stand for an int, and the checked conversion.
+// One thread at a time.
+
+#include <concepts>
+#include <stdexcept>
+#include <type_traits>
+#include <utility>
+
+// The types of single characters. signed char and unsigned char are numbers here.
+template <class T>
+concept cCharacter = std::same_as<T, char> || std::same_as<T, wchar_t> ||
+    std::same_as<T, char8_t> || std::same_as<T, char16_t> || std::same_as<T, char32_t>;
+
+// The integral types that an index may have.
+template <class T>
+concept cIndex = std::integral<T> && !std::same_as<T, bool> && !cCharacter<T>;
+
+// Those that have to be converted.
+template <class T>
+concept cOtherIndex = cIndex<T> && !std::same_as<T, int>;
+
+namespace cat {
+// The same number as an int; throws std::out_of_range where an int can't hold it.
+template <cIndex T> constexpr int as_int(T number) {
+    if (!std::in_range<int>(number)) throw std::out_of_range("a number does not fit in an int");
+    return static_cast<int>(number);
+}
+} // namespace cat

@@ -1,0 +1,23 @@
+// The number of an object of any of the library's types of numbers.
+
+#include "core/cscalar.h"
+#include "qrv/core/cobjd.h"
+#include "util/cintf_type.h"
+
+namespace {
+
+template <class T> std::optional<double> as_double(cObj const *obj) {
+    T const *const value = cat::value_in<T>(obj);
+    return value ? std::optional<double>(*value) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<double> cat::number_of(objref const &ref) {
+    if (!ref) return std::nullopt;
+    cTypeObj const *const type = &ref->type();
+    if (type == &type_int() || is_intf_type(type)) return as_double<int>(ref);
+    if (type == &type_float()) return as_double<float>(ref);
+    if (type == &type_double()) return as_double<double>(ref);
+    return std::nullopt;
+}
