@@ -2,6 +2,7 @@
 
 #include "qrv/containers/cattr.h"
 
+#include "containers/ccompare.h"
 #include "qrv/containers/cattrhash.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -145,13 +146,14 @@ cAttr cAttr::operator<<(objref const &value) {
     cache_ = nullptr;
     if (!owner_) return *this;
     std::string const &type = owner_->type().name();
-    if (!cObj::is_vector(owner_) && !cObj::is_set(owner_))
-        return insert_error("is not defines in type: " + type);
-    cAttrHash &hash = static_cast<cMapObj &>(*owner_).datamap();
+    bool const is_sequence = cObj::is_vector(owner_) || cObj::is_set(owner_);
+    cMapObj const *const map = is_sequence ? cat::as_map(owner_) : nullptr;
+    if (!map) return insert_error("is not defines in type: " + type);
+    hashref const hash = map->datamap_ref();
     int const place = cat::as_index(key_);
-    if (place < 0 || static_cast<unsigned int>(place) > hash.used())
+    if (place < 0 || static_cast<unsigned int>(place) > hash->used())
         return insert_error("in '" + type + "' Out of Range");
-    if (!hash.vect_insert(place, value)) return insert_error("in '" + type + "' failed");
+    if (!hash->vect_insert(place, value)) return insert_error("in '" + type + "' failed");
     int const next = static_cast<int>(static_cast<unsigned int>(place) + 1);
     return cAttr(owner_, next);
 }

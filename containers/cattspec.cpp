@@ -113,7 +113,8 @@ specref cMapObj::attspec(objref const &key) {
     if (!flags_of(asf_all)) return cAttspec::nilspec();
     objref const member = omember(key);
     if (!member || &member->type() != &cat::type_attspec()) return cAttspec::nilspec();
-    return specref::share(static_cast<cAttspec *>(member.get()));
+    specref const spec = specref::share(dynamic_cast<cAttspec *>(member.get()));
+    return spec ? spec : cAttspec::nilspec();
 }
 
 specref cMapObj::attspec(std::string const &key) { return attspec(own_key(key)); }

@@ -101,12 +101,13 @@ void cIterObj::move(link *place) noexcept {
     if (old) old->unhold();
 }
 
+// The new node is held before the old one is released: they may be the same.
 void cIterObj::take(link *place, hashref const &hash) {
-    hashref const new_hash = hash;
-    move(nullptr);
-    hash_ = new_hash;
-    move(place);
-}
+    hashref const old_hash = std::exchange(hash_, hashref(hash));
+    link *const old = std::exchange(link_, place);
+    if (at_node()) hash_->node_at(link_)->hold();
+    if (old && old_hash && old != old_hash->anchor()) old_hash->node_at(old)->unhold();
+} // RE-ENTERS: the old hash
 
 bool cIterObj::valid() const noexcept { return at_node() && !hash_->node_at(link_)->is_dead(); }
 

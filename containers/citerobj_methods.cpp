@@ -11,24 +11,28 @@
 
 namespace {
 
-cIterObj &iterator_of(cObj &obj) { return static_cast<cIterObj &>(obj); }
+// Methods are called by name on anything, and any object can claim the type.
+cIterObj *iterator_of(cObj *obj) { return dynamic_cast<cIterObj *>(obj); }
 
 objref newobj(objref) { return make<cIterObj>(); }
 
-// A method that is called by its name may be given anything.
 bool equal(cObj &obj, objref &other) {
-    auto const *const it = dynamic_cast<cIterObj const *>(other.get());
-    return it && iterator_of(obj) == *it;
+    cIterObj const *const it = iterator_of(&obj);
+    cIterObj const *const arg = iterator_of(other);
+    return it && arg && *it == *arg;
 }
 
-objref size(objref obj) { return cat::of(iterator_of(*obj).size()); }
+objref size(objref obj) {
+    cIterObj const *const it = iterator_of(obj);
+    return it ? cat::of(it->size()) : cat::bad();
+}
 
 bool is_text(objref const &key) { return key && &key->type() == &cat::type_string(); }
 
 void put_header(std::ostream &os, cObj const &obj) {
-    if (cObj::is_map(&obj) || cObj::is_vector(&obj)) {
-        os << (cObj::is_map(&obj) ? "cMapObj" : "cVectorObj")
-           << ",  size =" << static_cast<cMapObj const &>(obj).size();
+    auto const *const map = dynamic_cast<cMapObj const *>(&obj);
+    if (map && (map->is_map() || map->is_vector())) {
+        os << (map->is_map() ? "cMapObj" : "cVectorObj") << ",  size =" << map->size();
         return;
     }
     os << "cObj of type = " << obj.type().name();
@@ -41,26 +45,28 @@ void put_header(std::ostream &os, cObj const &obj) {
 } // namespace
 
 objref cTomIterator::getattr(objref obj, objref key) {
-    if (!is_text(key)) return cat::bad();
-    cIterObj const &it = iterator_of(*obj);
-    if (cat::is_equal(key, "key")) return it.key();
-    if (cat::is_equal(key, "value")) return it.valref();
-    if (cat::is_equal(key, "pos")) return cat::of(it.pos());
+    cIterObj const *const it = iterator_of(obj);
+    if (!it || !is_text(key)) return cat::bad();
+    if (cat::is_equal(key, "key")) return it->key();
+    if (cat::is_equal(key, "value")) return it->valref();
+    if (cat::is_equal(key, "pos")) return cat::of(it->pos());
     return cat::bad();
 }
 
 bool cTomIterator::setattr(cObj &obj, objref &key, objref &value) {
-    cIterObj const &it = iterator_of(obj);
-    if (!is_text(key) || !cat::is_equal(key, "value") || !it.valid()) return false;
-    *it.node() = value; // RE-ENTERS: the old value dies
+    cIterObj const *const it = iterator_of(&obj);
+    if (!it || !is_text(key) || !cat::is_equal(key, "value") || !it->valid()) return false;
+    *it->node() = value; // RE-ENTERS: the old value is destroyed
     return true;
 }
 
 bool cTomIterator::m_assign(cObj &obj, objref &arg) {
-    if (!arg) return false;
+    cIterObj *const it = iterator_of(&obj);
+    if (!it || !arg) return false;
     if (&arg->type() == &cat::type_iterator()) {
-        iterator_of(obj) = iterator_of(*arg);
-        return true;
+        cIterObj const *const from = iterator_of(arg);
+        if (from) *it = *from;
+        return from != nullptr;
     }
     cErrStream &err = eros();
     err.clear();

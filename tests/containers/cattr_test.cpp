@@ -317,3 +317,17 @@ TEST_F(Handle, an_own_setattr_takes_the_write) {
     EXPECT_EQ(static_cast<cMapObj &>(*map).size(), 0);
     EXPECT_TRUE(cat::is_equal(map->omember("taken"), 1));
 }
+
+TEST_F(Handle, inserting_into_what_only_claims_to_be_a_sequence_is_not_defined) {
+    for (cTypeObj *type : {&cat::type_vector(), &cat::type_set()}) {
+        objref const claim = cat::of(1);
+        claim->set_type(type);
+        cErrorLog errors;
+        cAttr const same = (*claim)[0] << cat::of(2);
+        EXPECT_EQ(errors.text(),
+                  "0x40020000 Setattr in object type '" + type->name() +
+                      "', key '0': Inserting cAttr::operator<< is not defines in type: " +
+                      type->name() + "\n");
+        EXPECT_TRUE(same == (*claim)[0]);
+    }
+}

@@ -145,3 +145,14 @@ TEST_F(Specification, a_new_one_is_required) {
     EXPECT_EQ(made->flags_of(asf_all), 8);
     EXPECT_EQ(&made->type(), &cat::type_attspec());
 }
+
+TEST_F(Specification, a_member_that_only_claims_to_be_a_specification_is_none) {
+    auto const map = make<cMapObj>();
+    objref const claim = cat::of(1);
+    claim->set_type(&cat::type_attspec());
+    map->setflags(asf_all);
+    map->set_omember("a", claim);
+    EXPECT_EQ(map->attspec("a"), cAttspec::nilspec());
+    EXPECT_TRUE(map->setattr(own_key(std::string("a")), cat::of(2)));
+    EXPECT_TRUE(cat::is_equal(map->getattr(own_key(std::string("a"))), 2));
+}
