@@ -185,6 +185,7 @@ bool cTomAttlist::create(cObj &obj) {
     type->set_tmember("getattr", make<cExeMember>(cTomMap::getattr));
     type->set_tmember("write", make<cExeMember>(cTomMap::m_write0));
     type->set_tmember("read", make<cExeMember>(cTomAttrset::m_read));
+    type->set_tmember("equal", make<cExeMember>(cTomMap::equal_sorted));
     type->set_tmember("iterobj", make<cExeMember>(cTomMap::iterobj));
     type->set_tmember("wformat", cat::of("wc"));
     type->set_tmember("attspec", make<cMapObj>());

@@ -24,7 +24,8 @@ bool compared(cCompareKind kind, cMapObj const &a, cMapObj const &b, compare_fun
 
 // The object as a map, null if it is none.
 cMapObj *as_map(cObj *obj) noexcept;
-// The argument of an `equal`: null if it is no container or of another size.
+// The argument of an `equal`: null if it is not a map object or of another size. Objects of
+// declared and inherited types are map objects, although their types lack tf_container.
 cMapObj *comparable(cMapObj const &a, objref const &b) noexcept;
 
 // The same object, or equal. Null equals only null.

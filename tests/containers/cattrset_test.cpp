@@ -413,3 +413,50 @@ TEST_F(AttrSet, while_reading_a_type_is_not_assigned_what_owns_it) {
     }
     EXPECT_EQ(cat::as_text(type->getattr(key("a"))), "attspec()");
 }
+
+TEST_F(AttrSet, an_object_equals_its_clone_until_one_of_them_changes) {
+    typeref const type = declare({{"n", with_default(cat::of(5))}, {"t", implied()}});
+    cRef<cMapObj> const obj = object(type);
+    EXPECT_TRUE(obj->setattr(key("t"), cat::of("text")));
+    objref const copy = obj->clone();
+    ASSERT_TRUE(cObj::is_good(copy));
+    EXPECT_TRUE(obj->equal(*copy));
+    EXPECT_TRUE(copy->equal(*obj));
+    EXPECT_TRUE(obj->equal(*obj));
+    EXPECT_TRUE(copy->setattr(key("n"), cat::of(6)));
+    EXPECT_FALSE(obj->equal(*copy));
+    EXPECT_TRUE(copy->setattr(key("n"), cat::of(5)));
+    EXPECT_TRUE(obj->equal(*copy));
+    EXPECT_EQ(raised(), "");
+}
+
+TEST_F(AttrSet, objects_of_two_declarations_are_unequal_and_no_map_equals_one) {
+    cRef<cMapObj> const a = object(declare({{"n", with_default(cat::of(5))}}));
+    cRef<cMapObj> const b = object(declare({{"n", with_default(cat::of(5))}}));
+    auto const map = make<cMapObj>();
+    map->setattr(key("n"), cat::of(5));
+    EXPECT_FALSE(a->equal(*b));
+    EXPECT_FALSE(a->equal(*map));
+    EXPECT_FALSE(map->equal(*a));
+    EXPECT_TRUE(map->equal_unsorted(*a)); // which asks for the values alone
+    EXPECT_TRUE(a->equal_unsorted(*map));
+}
+
+TEST_F(AttrSet, objects_that_hold_each_other_are_compared) {
+    typeref const type = declare({{"next", implied()}});
+    cRef<cMapObj> const a = object(type);
+    cRef<cMapObj> const b = object(type);
+    a->datamap().mapitem("next", b);
+    b->datamap().mapitem("next", a);
+    EXPECT_TRUE(a->equal(*b));
+    a->clear();
+}
+
+TEST_F(AttrSet, what_only_claims_to_be_an_object_of_a_declared_type_equals_none) {
+    typeref const type = declare({{"t", implied()}});
+    objref const claim = cat::of(1);
+    claim->set_type(type);
+    EXPECT_FALSE(object(type)->equal(*claim));
+    EXPECT_FALSE(claim->equal(*object(type)));
+    EXPECT_FALSE(claim->equal(*claim));
+}

@@ -306,3 +306,40 @@ TEST_F(MapObj, methods_refuse_objects_that_are_no_maps) {
 }
 
 } // namespace
+
+TEST_F(MapObj, a_palette_equals_an_equal_palette) {
+    cOwnType const own; // inherits from map, and is no container
+    auto const palette = [&](int red) {
+        auto const made = make<cMapObj>(const_cast<cTypeObj *>(&own.type), true);
+        made->datamap().mapitem("red", cat::of(red));
+        return made;
+    };
+    auto const a = palette(1);
+    EXPECT_FALSE(a->is_container());
+    EXPECT_TRUE(a->equal(*palette(1)));
+    EXPECT_TRUE(a->equal(*a));
+    EXPECT_FALSE(a->equal(*palette(2)));
+    EXPECT_TRUE(a->equal_unsorted(*palette(1)));
+    EXPECT_FALSE(a->equal_unsorted(*palette(2)));
+    objref arg = palette(1);
+    EXPECT_TRUE(cTomMap::equal_sorted(*a, arg));
+    EXPECT_TRUE(cTomMap::equal_unsorted(*a, arg));
+    arg = palette(2);
+    EXPECT_FALSE(cTomMap::equal_sorted(*a, arg));
+}
+
+TEST_F(MapObj, sequences_of_inherited_types_are_compared) {
+    cTypeObj list("own_vector", nullptr);
+    list.inherit(cat::type_vector());
+    cTypeObj bag("own_set", nullptr);
+    bag.inherit(cat::type_set());
+    for (cTypeObj *type : {&list, &bag}) {
+        auto const made = [&](int value) {
+            auto const obj = make<cMapObj>(type, true);
+            obj->datamap().vect_append(cat::of(value));
+            return obj;
+        };
+        EXPECT_TRUE(made(1)->equal(*made(1))) << type->name();
+        EXPECT_FALSE(made(1)->equal(*made(2))) << type->name();
+    }
+}
