@@ -40,7 +40,7 @@ bool cTypeInsert::insert(typeref const &type, bool fatal) {
 cTypeInsert::cTypeInsert(cTypeObj &type) {
     cat::nil(); // so that the core is torn down after this object, if it is a static one
     typeref const held = typeref::share(&type);
-    key_ = own_key(type.name());
+    name_ = type.name();
     insert(held, true);
     type_ = held;
 }
@@ -53,7 +53,7 @@ cTypeInsert &cTypeInsert::operator=(cTypeInsert const &other) = default;
 cTypeInsert::~cTypeInsert() {
     if (!type_ || !core.type_hash) return;
     hashref const types = hashref::share(core.type_hash);
-    std::vector<objref> keys{key_};
+    std::vector<objref> keys{own_key(name_)};
     for (cAttrNode const *node = types->first(); node; node = types->next(node))
         if (node->valref() == type_) keys.push_back(node->key());
     try {

@@ -16,6 +16,7 @@
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
+#include "qrv/core/cindex.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobj.h"
 #include "qrv/core/cobjbase.h"

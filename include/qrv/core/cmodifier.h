@@ -22,7 +22,7 @@ class QRV_API cTypeInsert {
     explicit cTypeInsert(typeref const &) {} // only keeps a handle from converting
     explicit cTypeInsert(objref const &) {}
     typeref type_;
-    objref key_; // of the entry
+    std::string name_; // of the entry; no object, since the core may be made anew meanwhile
 };
 
 // Replaces a member of a type for its own lifetime. A copy restores too.

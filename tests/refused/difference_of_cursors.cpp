@@ -1,0 +1,6 @@
+// error: .*deleted
+// Both cursors would turn into a bool, and the difference of the bools would be -1.
+#include "qrv/containers/citerobj.h"
+#include "qrv/core/cobj.h"
+
+int f(cObj &obj) { return obj.end() - obj.begin(); }
