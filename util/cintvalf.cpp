@@ -27,7 +27,8 @@ constinit typeref *held_type = nullptr; // made on first use, dropped by the tea
 
 cIntFormat *format_of(cObj &obj) { return dynamic_cast<cIntFormat *>(&obj); }
 
-int &number_of(cObj &obj) { return static_cast<cObjDR<int> &>(obj).val(); }
+// Null where an object only claims to hold a number.
+int *number_of(cObj const *obj) { return cat::value_in<int>(obj); }
 
 // --- methods ---
 
@@ -85,27 +86,34 @@ bool read(cObj &obj, objref &stream) {
 
 // All or nothing: cIntFormat::set_str may change the format and fail then.
 bool from_string(cObj &obj, objref &source) {
-    std::string const &text = static_cast<cObjDR<std::string> const &>(*source).val();
+    auto const *const text = cat::value_in<std::string>(source);
+    int *const target = number_of(&obj);
+    if (!text || !target) return false;
     cIntFormat *const value = format_of(obj);
-    int number = number_of(obj);
+    int number = *target;
     cIntFormat trial(number, value ? value->format() : cIntFormat::fmtDec);
-    if (!set_whole(trial, text)) return false;
+    if (!set_whole(trial, *text)) return false;
     if (value)
         *value = trial;
     else
-        number_of(obj) = number;
+        *target = number;
     return true;
 }
 
 bool from_int(cObj &obj, objref &source) {
-    number_of(obj) = number_of(*source);
-    return true;
+    int *const to = number_of(&obj);
+    int const *const from = number_of(source);
+    if (to && from) *to = *from;
+    return to && from;
 }
 
 // --- keys ---
 
 bool same_number(objref const &a, objref const &b) {
-    return &a->type() == &b->type() && number_of(*a) == number_of(*b);
+    if (&a->type() != &b->type()) return false;
+    int const *const left = number_of(a);
+    int const *const right = number_of(b);
+    return left && right ? *left == *right : a == b;
 }
 
 void setup_intf(cTypeObj &type) {

@@ -527,3 +527,26 @@ TEST_F(IntFText, no_locale_matters) {
 }
 
 } // namespace
+
+TEST_F(IntF, what_only_claims_to_be_one_is_refused_as_value_and_equals_itself_alone_as_key) {
+    objref const claim = make<cMapObj>();
+    claim->set_type(&cat::type_intf());
+    objref const other = cat::of("text");
+    other->set_type(&cat::type_intf());
+    objref const number = made(7, cIntFormat::fmtHex);
+    for (objref const &source : {number, cat::of(1), cat::of("5"), cat::of(1.5), other, claim}) {
+        cErrorLog errors;
+        EXPECT_FALSE(claim->assign(source));
+    }
+    EXPECT_FALSE(number->assign(claim));
+    EXPECT_FALSE(number->equal(*claim));
+    EXPECT_EQ(cat::number_of(claim), std::nullopt);
+    EXPECT_EQ(cat::number_of(number), 7.0);
+    auto const map = make<cMapObj>();
+    EXPECT_TRUE(map->setattr(number, cat::of(1)));
+    EXPECT_TRUE(map->setattr(claim, cat::of(2)));
+    EXPECT_TRUE(map->setattr(other, cat::of(3)));
+    EXPECT_TRUE(cat::is_equal(map->getattr(number), 1));
+    EXPECT_TRUE(cat::is_equal(map->getattr(claim), 2));
+    EXPECT_TRUE(cat::is_equal(map->getattr(other), 3));
+}
