@@ -293,7 +293,7 @@ void cBootstrap::destroy_core() {
 void cBootstrap::tear_down() {
     core.state = cat::cCoreState::tearing;
     if (!let_go()) {
-        core.state = cat::cCoreState::ready; // for good
+        core.state = cat::cCoreState::ready; // and stays so
         return;
     }
     core.core_ready = false;

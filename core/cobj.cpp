@@ -244,6 +244,8 @@ objref cObj::iterobj() {
     return type().oexec(mid_iterobj, objref::share(this));
 }
 
+// DELIBERATE: a source without a type is refused, even where there is a converter from "niltype".
+//   Pinned: no_converter_is_looked_up_for_a_source_without_a_type
 bool cObj::convert(objref const &source) {
     if (!source || !source->type_) return false;
     cTypeObj::converter_function const function = type().converter(*source->type_);

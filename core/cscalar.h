@@ -7,8 +7,8 @@
 #include <typeinfo>
 
 namespace cat {
-// The T that an object holds, null if it holds none: any object can claim any type. Borrowed. The
-// usual classes are recognised without a dynamic_cast.
+// The T that an object holds, borrowed; null for a null object and for one that does not hold a T,
+// since set_type lets any object claim any type. The usual classes need no dynamic_cast.
 template <class T> T *value_in(cObj const *obj) noexcept {
     if (!obj) return nullptr;
     std::type_info const &exact = typeid(*obj);

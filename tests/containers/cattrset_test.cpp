@@ -452,7 +452,7 @@ TEST_F(AttrSet, objects_that_hold_each_other_are_compared) {
     a->clear();
 }
 
-TEST_F(AttrSet, what_only_claims_to_be_an_object_of_a_declared_type_equals_none) {
+TEST_F(AttrSet, what_only_claims_to_be_an_object_of_a_declared_type_equals_nothing) {
     typeref const type = declare({{"t", implied()}});
     objref const claim = cat::of(1);
     claim->set_type(type);

@@ -146,7 +146,7 @@ TEST_F(Specification, a_new_one_is_required) {
     EXPECT_EQ(&made->type(), &cat::type_attspec());
 }
 
-TEST_F(Specification, a_member_that_only_claims_to_be_a_specification_is_none) {
+TEST_F(Specification, a_member_that_only_claims_to_be_a_specification_is_ignored) {
     auto const map = make<cMapObj>();
     objref const claim = cat::of(1);
     claim->set_type(&cat::type_attspec());

@@ -33,7 +33,7 @@ struct cAtB {
     }
 };
 
-// An object of the type "iterator" that is none.
+// An object of the type "iterator" that is not a cursor.
 objref claimed() {
     objref const claim = make<cMapObj>();
     claim->set_type(&cat::type_iterator());

@@ -540,7 +540,6 @@ TEST_F(Untyped, a_type_without_a_metatype_still_serves_its_objects) {
     EXPECT_EQ(cat::type_of_key(objref::share(&type)), cat::bad());
 }
 
-// DELIBERATE: convert asks for a type, even where there is a converter from "niltype".
 TEST_F(Untyped, no_converter_is_looked_up_for_a_source_without_a_type) {
     cTypeObj type("untyped_target", nullptr);
     type.set_converter(cat::type_nil(), [](cObj &, objref &) { return true; });

@@ -33,8 +33,7 @@ class QRV_API cIterObj : public cObj {
     using cObj::operator!=;
 
     operator bool() const noexcept { return valid(); }
-    // These would be those of the bool. The distance of two cursors of a hash is that of their
-    // pos().
+    // These would calculate with the bool. The distance of two cursors is that of their pos().
     template <class T> void operator+(T const &) const = delete;
     template <class T> void operator-(T const &) const = delete;
     template <class T> void operator<(T const &) const = delete;
@@ -103,8 +102,8 @@ template <class Stream>
 requires requires(Stream &os) { os.rdbuf(); }
 void operator<<(Stream &os, cIterObj const &it) = delete;
 
-// The standard methods of the type "iterator". Objects that are no cIterObj answer false or
-// cat::bad().
+// The standard methods of the type "iterator". They answer false or cat::bad() for an
+// object that is not a cIterObj.
 namespace cTomIterator {
 QRV_API objref getattr(objref obj, objref key); // "key", "value", "pos"; else bad
 QRV_API bool setattr(cObj &obj, objref &key, objref &value);
