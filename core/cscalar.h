@@ -12,9 +12,10 @@ namespace cat {
 template <class T> T *value_in(cObj const *obj) noexcept {
     if (!obj) return nullptr;
     std::type_info const &exact = typeid(*obj);
-    if (exact == typeid(cObjD<T>) || exact == typeid(cObjDR<T>))
-        return static_cast<cObjDR<T> const *>(obj)->valptr();
-    auto const *const holder = dynamic_cast<cObjDR<T> const *>(obj);
+    bool const owns = exact == typeid(cObjD<T>);
+    bool const is_usual = owns || exact == typeid(cObjDR<T>);
+    auto const *const holder =
+        is_usual ? static_cast<cObjDR<T> const *>(obj) : dynamic_cast<cObjDR<T> const *>(obj);
     return holder ? holder->valptr() : nullptr;
 }
 void set_scalar_additions(); // "add", and the "size" of a string
