@@ -34,6 +34,12 @@ TEST_F(ToolUnheard, keys_of_a_type_that_are_not_declared_by_a_specification) {
               "f:1:17: error: this declares no key 'a': a declaration is attspec(...)\n");
 }
 
+TEST_F(ToolUnheard, a_key_with_the_word_attspec_declares_none) {
+    EXPECT_EQ(checked("{ Y= attlist(a= attspec; b= attspec(type= int); c= \"attspec\"); }"),
+              "f:1:17: error: this declares no key 'a': a declaration is attspec(...)\n"
+              "f:1:52: error: this declares no key 'c': a declaration is attspec(...)\n");
+}
+
 TEST_F(ToolUnheard, choices_that_stand_in_no_map) {
     EXPECT_EQ(checked("{ M= choice(off= 0; eco= 1); }"),
               "f:1:6: error: choices stand in a map: choice({a= 1; b= 2;})\n");

@@ -65,7 +65,6 @@ void cBrokenRules::test(objref const &key, objref const &value) {
 }
 
 void cBrokenRules::tell_undeclared(objref const &key) {
-    if (source_.declared(type_.name(), key, place_)) return; // by what has an error
     cSource::cEntry const *const entry = entry_of(key);
     add(entry ? entry->place : place_, key, "type " + name_of(type_) + " has no key " + quoted(key),
         has_room(report_) ? known_keys(type_, "attspec", cat::as_string(key)) : "");

@@ -143,6 +143,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     bool const found = scan.read(reading.value) == 0;
     cPlace const end = scan.end();
     if (has_typed_values(bytes)) rules.tell_unheard(end);
+    rules.tell_unexplained();
     if (!found) reading.value = nullptr;
     std::vector<cat::ReadError> errors = unread(reading.survey, end);
     bool const whole = errors.empty() && all_closed(report);

@@ -42,10 +42,33 @@ cRules::~cRules() { report_.watch(nullptr); }
 
 void cRules::tell_unheard(cPlace end) { ::tell_unheard(source_, end, mistaken_, report_); }
 
+// What is read of a value comes before what is said of it as a whole: all errors behind its place
+// are inside it.
+void cRules::leave_out(cat::ReadError error) {
+    if (mistaken_.lower_bound(place_of(error)) != mistaken_.end()) return;
+    std::string const type = source_.type_at(place_of(error)).value_or("");
+    if (left_out_[type]++ < report_.limit()) unexplained_.push_back({type, std::move(error)});
+}
+
+// Each error is either told here or follows from one before it: in a declaration, too.
+void cRules::tell_unexplained() {
+    if (unexplained_.empty()) return;
+    std::set<cPlace> explained;
+    for (cat::ReadError const &error : report_.entries()) explained.insert(place_of(error));
+    for (auto &[type, error] : std::exchange(unexplained_, {})) {
+        bool const follows = source_.has_in_declaration(type, explained);
+        explained.insert(place_of(error));
+        if (!follows && has_room(report_)) report_.keep(std::move(error));
+    }
+}
+
 void cRules::invalid(cObj &object) { invalid_ = objref::share(&object); }
 
 bool cRules::error(cat::ReadError &error) {
+    cat::ReadError const as_read = error;
+    size_t const count = report_.count();
     bool const kept = tell(error);
+    if (!kept && report_.count() == count) leave_out(as_read);
     mistaken_.insert(place_of(error));
     return kept;
 }

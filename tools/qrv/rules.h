@@ -9,11 +9,15 @@
 //     was told to be wrong, and a declaration with an error inside is just none
 //   - so is what follows at each object from an error in its type's declaration
 //   - unknown names of types, keys and choices come with the closest one that is known
+//   - no value is lost without an error: what was left out though nothing explains it, neither an
+//     error about the value or inside it nor one in its type's declaration, is told as the reader
+//     said it
 // Beyond a report's limit errors are counted and nothing is made up for them.
 
 #include "qrv/text/creadreport.h"
 #include "source.h"
 
+#include <map>
 #include <set>
 
 class cRules : public cat::ReadWatch {
@@ -27,6 +31,8 @@ class cRules : public cat::ReadWatch {
 
     // When reading has ended there: what was passed over before without a word.
     void tell_unheard(cPlace end);
+    // When all else is told: what was left out and isn't explained.
+    void tell_unexplained();
 
     void invalid(cObj &object) override;
     bool error(cat::ReadError &error) override;
@@ -41,6 +47,7 @@ class cRules : public cat::ReadWatch {
     std::string no_formatted_number(cPlace place) const;
     std::string unknown_choice(cat::ReadError const &error, cTypeObj const &type);
     bool has_error_inside(cPlace value) const;
+    void leave_out(cat::ReadError error);
 
     cSource source_;
     cat::ReadReport &report_;
@@ -48,4 +55,10 @@ class cRules : public cat::ReadWatch {
     objref invalid_;            // the next error says so
     cPlace told_{0, 0};         // what is said of the value there as a whole is left out
     std::set<cPlace> mistaken_; // where errors are
+    struct cUnexplained {
+        std::string type;
+        cat::ReadError error;
+    };
+    std::vector<cUnexplained> unexplained_;  // left out with no error about the value or inside it
+    std::map<std::string, size_t> left_out_; // how many of a type
 };

@@ -22,6 +22,7 @@ class cPiece : public std::streambuf {
 
 bool is_opening(int code) { return code == '(' || code == '{' || code == '[' || code == '<'; }
 bool is_closing(int code) { return code == ')' || code == '}' || code == ']' || code == '>'; }
+bool is_separator(int code) { return code == ';' || code == ','; }
 bool may_be_key(int code) { return (code >= tkInt && code <= tkIdent) || code == tkBadIdent; }
 
 class cScanner : public cAttrScanner {
@@ -75,17 +76,18 @@ class cEntries {
   public:
     explicit cEntries(cTokens &tokens) : tokens_(tokens) {}
 
-    // True at the token behind each `=`; false behind the closing bracket, and at the end.
+    // True at the token behind each `=` and the separators that the reader passes over there; false
+    // behind the closing bracket, and at the end.
     bool next() {
         while (!closed_ && tokens_.next()) {
             int const code = tokens_.token().code;
-            bool const behind_equals = depth_ == 0 && tokens_.before().code == '=' && key_;
+            bool const behind_equals = depth_ == 0 && key_ && !is_separator(code);
             if (!behind_equals && code == '=' && depth_ == 0) take_key();
             bool const ends = is_closing(code) && depth_ == 0;
             if (is_opening(code)) ++depth_;
             if (is_closing(code) && depth_-- == 0) closed_ = true;
             if (!behind_equals) continue;
-            has_value_ = !ends && code != ';' && code != ',';
+            has_value_ = !ends;
             return true;
         }
         return false;
@@ -110,7 +112,7 @@ class cEntries {
     int depth_ = 0;
     bool closed_ = false;
     bool has_value_ = false;
-    objref key_;
+    objref key_; // whose value comes
     cPlace key_place_;
 };
 
@@ -164,8 +166,8 @@ class cTypedWalk {
     }
 
     void take(cOpen &open, int code) {
-        bool const parts = code == ';' || code == ',' || code == '=';
-        if (tokens_.before().code == '=' && open.key) {
+        bool const parts = is_separator(code) || code == '=';
+        if (open.key && !is_separator(code)) {
             take_entry(open, !parts && !is_closing(code));
         } else if (code == '=') {
             open.key = key_of(tokens_.before());
@@ -267,6 +269,8 @@ std::vector<cSource::cWord> cSource::words(cPlace typed) const {
 
 // One walk over all tokens: `key = attlist (` or `choice (`, and in the brackets of that `key =
 // attspec`.
+constexpr cPlace no_end{~0U, ~0U};
+
 class cSource::cDeclarationWalk {
   public:
     cDeclarationWalk(std::string const &bytes, cDeclarations &found)
@@ -274,9 +278,10 @@ class cSource::cDeclarationWalk {
 
     void walk() {
         while (tokens_.next()) {
-            if (tokens_.token().code == '=')
+            int const code = tokens_.token().code;
+            if (code == '=')
                 take_key();
-            else if (tokens_.before().code == '=' && key_)
+            else if (awaits_value_ && !is_separator(code))
                 take_value();
             else
                 take_other();
@@ -292,31 +297,41 @@ class cSource::cDeclarationWalk {
     void take_key() {
         key_ = key_of(tokens_.before());
         place_ = tokens_.before_place();
+        awaits_value_ = key_ != nullptr;
     }
 
     void take_value() {
+        awaits_value_ = false;
         cAttrLiteral const &token = tokens_.token();
         declares_ = token.text == "attlist" || token.text == "choice";
+        specifies_ = token.text == "attspec";
         value_ = tokens_.place();
-        if (!open_.empty() && open_.back().declarations && token.text == "attspec")
-            (*open_.back().declarations)[open_.back().index].keys[cat::as_text(key_)] = {place_,
-                                                                                         value_};
         if (!declares_) take_bracket(token.code);
     }
 
     void take_other() {
-        take_bracket(tokens_.token().code);
-        declares_ = false;
+        int const code = tokens_.token().code;
+        if (specifies_ && is_opening(code) && declaration())
+            declaration()->keys[cat::as_text(key_)] = {place_, value_};
+        take_bracket(code);
+        declares_ = specifies_ = false;
+    }
+
+    // Whose brackets these are; null if they are others.
+    cDeclaration *declaration() const {
+        if (open_.empty() || !open_.back().declarations) return nullptr;
+        return &(*open_.back().declarations)[open_.back().index];
     }
 
     void take_bracket(int code) {
+        if (is_closing(code) && declaration()) declaration()->end = tokens_.place();
         if (is_closing(code) && !open_.empty()) open_.pop_back();
         if (!is_opening(code)) return;
         open_.emplace_back();
         if (!declares_) return;
         std::vector<cDeclaration> &declarations = found_[cat::as_string(key_)];
         open_.back() = {&declarations, declarations.size()};
-        declarations.push_back({place_, value_, {}});
+        declarations.push_back({place_, value_, no_end, {}});
     }
 
     cTokens tokens_;
@@ -324,7 +339,8 @@ class cSource::cDeclarationWalk {
     std::vector<cOpen> open_;
     objref key_;
     cPlace place_, value_; // of the key and the value
-    bool declares_ = false;
+    bool awaits_value_ = false;
+    bool declares_ = false, specifies_ = false; // of the value, if brackets come
 };
 
 cSource::cDeclarations &cSource::declarations() {
@@ -366,6 +382,15 @@ std::optional<cPlace> cSource::specified(std::string const &type, objref const &
                                          cPlace before) {
     cKey const *const found = last(type, key, before);
     return found ? std::optional(found->value) : std::nullopt;
+}
+
+bool cSource::has_in_declaration(std::string const &type, std::set<cPlace> const &places) {
+    auto const found = declarations().find(type);
+    if (found == declarations().end()) return false;
+    return std::any_of(found->second.begin(), found->second.end(), [&](cDeclaration const &d) {
+        auto const place = places.lower_bound(d.place);
+        return place != places.end() && *place <= d.end;
+    });
 }
 
 bool cSource::has_failed(std::string const &type, cPlace before) {

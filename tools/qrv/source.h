@@ -51,6 +51,8 @@ class cSource {
     std::optional<cPlace> declared(std::string const &type, objref const &key, cPlace before);
     // Where the attspec of the key stands in that declaration.
     std::optional<cPlace> specified(std::string const &type, objref const &key, cPlace before);
+    // Is one of the places in a declaration of it?
+    bool has_in_declaration(std::string const &type, std::set<cPlace> const &places);
     // Has a declaration of it failed before that place?
     bool has_failed(std::string const &type, cPlace before);
     // The name of the type whose declaration's value begins there.   O(declarations)
@@ -73,6 +75,7 @@ class cSource {
     struct cDeclaration {
         cPlace place; // of the key
         cPlace value;
+        cPlace end;                                 // of the closing bracket
         std::unordered_map<std::string, cKey> keys; // as_text
     };
     // By name, each in the order of the file.

@@ -135,9 +135,10 @@ bool cStatements::read_value(cStatement &statement, bool &good) {
                       "an empty text is \"\", an empty map {}, a vector []");
     scan_.ungettoken(token);
     cat::ReadReport report(static_cast<size_t>(messages_.limit()));
-    cRules const rules(text_, report, '/' + statement.path);
+    cRules rules(text_, report, '/' + statement.path);
     int end = 0;
     int const result = scan_.scan_obj(statement.value, &end);
+    rules.tell_unexplained();
     tell(report);
     good = result == 0 && report.empty();
     if (result < 0)

@@ -63,7 +63,7 @@ class cUnheard {
 
     void attlist(std::vector<cSource::cEntry> const &entries) {
         for (cSource::cEntry const &entry : entries)
-            if (entry.value && entry.text != "attspec" && entry.text[0] != '#')
+            if (entry.value && entry.text[0] != '#' && source_.type_at(*entry.value) != "attspec")
                 add(*entry.value, "this declares no key '" + shortened(cat::as_string(entry.key)) +
                                       "': a declaration is attspec(...)");
     }
