@@ -1,0 +1,127 @@
+// Whatever the library reports about a file, `check` prints an error and fails: tried with examples
+// and made-up files of which one token at a time is deleted or changed. A report that the tool left
+// out because it believed to have said the same in better words would lose the value in every
+// command.
+
+#include "tests/mutation/generated.h"
+#include "tests/mutation/spoilt.h"
+#include "tests/support/fixture.h"
+#include "tests/support/paths.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+using namespace mutation_test;
+
+class Mutation : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(test::listening()); }
+    ~Mutation() override { EXPECT_GT(cases_, 0); }
+
+    void expect_no_silence(std::string const &what, std::string const &text) {
+        ++cases_;
+        std::string const why = silence(text);
+        if (why.empty()) return;
+        if (++silent_ <= 10) ADD_FAILURE() << why << ": " << what << "\n" << text;
+    }
+
+    // Another token for that one: of the same text, or one that means something.
+    std::string other(std::vector<cToken> const &tokens, cToken const &token) {
+        static std::vector<std::string> const words{
+            "(", ")",   "{",       "}",       "[",      "]",        "<",      ">",    "=",
+            ";", ",",   "attspec", "attlist", "choice", "int",      "string", "intf", "map",
+            "0", "1.5", "true",    "\"a\"",   "#nil",   "#IMPLIED", "#FIXED", "type", "x"};
+        std::string by = token.text;
+        while (by == token.text)
+            by = chance_() % 2 == 0 ? words[chance_() % words.size()]
+                                    : tokens[chance_() % tokens.size()].text;
+        return by;
+    }
+
+    void deleted(std::string const &name, std::string const &text) {
+        std::vector<cToken> const tokens = tokens_of(text);
+        for (size_t i = 0; i < tokens.size(); ++i)
+            expect_no_silence(name + ": '" + tokens[i].text + "' deleted, token " +
+                                  std::to_string(i),
+                              replaced(text, tokens[i], ""));
+    }
+    void changed(std::string const &name, std::string const &text) {
+        std::vector<cToken> const tokens = tokens_of(text);
+        for (size_t i = 0; i < tokens.size(); ++i) {
+            std::string const by = other(tokens, tokens[i]);
+            expect_no_silence(name + ": '" + tokens[i].text + "' changed to '" + by + "', token " +
+                                  std::to_string(i),
+                              replaced(text, tokens[i], by));
+        }
+    }
+    void emptied(std::string const &name, std::string const &text) {
+        std::vector<cToken> const tokens = tokens_of(text);
+        for (size_t i = 0; i < tokens.size(); ++i)
+            if (std::string const less = without_brackets(text, tokens, i); less != text)
+                expect_no_silence(name + ": brackets deleted, token " + std::to_string(i), less);
+    }
+
+    // Of the folders examples and examples/broken, in the order of their names.
+    static std::vector<std::string> examples(bool large) {
+        std::vector<std::string> found;
+        for (char const *const folder : {"examples", "examples/broken"})
+            for (auto const &file : std::filesystem::directory_iterator(test::source_file(folder)))
+                if (file.path().extension() == ".attr" &&
+                    (file.path().stem() == "waterworks") == large)
+                    found.push_back(file.path().string());
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+    static std::string bytes_of(std::string const &path) {
+        std::ifstream is(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
+    }
+
+    std::mt19937 chance_{20};
+    int cases_ = 0, silent_ = 0;
+};
+
+// The large example takes most of the time: it has tests of its own, which run in different parts.
+TEST_F(Mutation, each_token_of_the_large_example_deleted) {
+    for (std::string const &name : examples(true)) deleted(name, bytes_of(name));
+}
+
+TEST_F(Mutation, each_token_of_the_large_example_changed) {
+    for (std::string const &name : examples(true)) changed(name, bytes_of(name));
+}
+
+TEST_F(Mutation, each_token_of_the_other_examples_deleted_and_changed) {
+    ASSERT_GT(examples(false).size(), 10U);
+    for (std::string const &name : examples(false)) {
+        deleted(name, bytes_of(name));
+        changed(name, bytes_of(name));
+        emptied(name, bytes_of(name));
+    }
+}
+
+TEST_F(Mutation, one_token_of_made_up_files_deleted_and_changed) {
+    for (int i = 0; i < 2000; ++i) {
+        std::string const text = generated_file(chance_), name = "file " + std::to_string(i);
+        ASSERT_FALSE(is_reported(text)) << name << "\n" << text;
+        std::vector<cToken> const tokens = tokens_of(text);
+        size_t const index = chance_() % tokens.size();
+        cToken const &token = tokens[index];
+        expect_no_silence(name + ": deleted " + token.text, replaced(text, token, ""));
+        std::string const by = other(tokens, token);
+        expect_no_silence(name + ": " + token.text + " changed to " + by,
+                          replaced(text, token, by));
+        std::vector<size_t> brackets;
+        for (size_t k = 1; k < tokens.size(); ++k) // the first one holds everything
+            if (without_brackets(text, tokens, k) != text) brackets.push_back(k);
+        if (brackets.empty()) continue;
+        size_t const bracket = brackets[chance_() % brackets.size()];
+        expect_no_silence(name + ": brackets deleted, token " + std::to_string(bracket),
+                          without_brackets(text, tokens, bracket));
+    }
+}
+
+} // namespace

@@ -1,0 +1,99 @@
+// The last resort of the rules: an error that was left out is told after all where nothing explains
+// it.
+
+#include "tests/support/fixture.h"
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "tools/qrv/rules.h"
+
+namespace {
+
+class LeftOut : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(test::listening()); }
+
+    void add(unsigned line, unsigned column, std::string const &text) {
+        cat::ReadError error;
+        error.line = line;
+        error.column = column;
+        error.text = text;
+        report_.add(error);
+    }
+    // As the reader does, but of an object that breaks no rule.
+    void refuse(unsigned line, unsigned column) {
+        rules_.invalid(*make<cMapObj>());
+        add(line, column, "Validate error in read of type: T");
+        add(line, column, "Cannot insert key =t");
+    }
+    std::string told() {
+        rules_.tell_unexplained();
+        std::string all;
+        for (cat::ReadError const &error : report_.entries())
+            all += shown({error.line, error.column}) + " " + error.text + "\n";
+        return all;
+    }
+    static std::string shown(cPlace place) {
+        return std::to_string(place.line) + ":" + std::to_string(place.column);
+    }
+
+    std::string const bytes_ = "{T= attlist(x= attspec(type= int));\n"
+                               "U= attlist(t= attspec(type= T));\n"
+                               "t= T(x= 1); u= U(t= T(x= 2));}";
+    cat::ReadReport report_{3};
+    cRules rules_{bytes_, report_};
+};
+
+std::string const at_t = "3:4 Validate error in read of type: T\n",
+                  at_u = "3:16 Validate error in read of type: T\n",
+                  in_u = "3:21 Validate error in read of type: T\n";
+
+TEST_F(LeftOut, is_told_once_for_each_value) {
+    refuse(3, 4);
+    refuse(3, 16);
+    EXPECT_TRUE(report_.empty());
+    EXPECT_EQ(told(), at_t + at_u);
+    EXPECT_EQ(told(), at_t + at_u);
+}
+
+TEST_F(LeftOut, is_explained_by_an_error_inside) {
+    add(3, 9, "inside");
+    refuse(3, 4);
+    EXPECT_EQ(told(), "3:9 inside\n");
+}
+
+TEST_F(LeftOut, is_not_explained_by_an_error_before) {
+    add(3, 9, "inside");
+    refuse(3, 16);
+    EXPECT_EQ(told(), "3:9 inside\n" + at_u);
+}
+
+TEST_F(LeftOut, is_explained_by_another_one_inside) {
+    refuse(3, 21);
+    refuse(3, 16);
+    EXPECT_EQ(told(), in_u);
+}
+
+TEST_F(LeftOut, is_explained_by_an_error_in_the_declaration_of_its_type) {
+    add(1, 34, "the last place in it");
+    refuse(3, 4);
+    EXPECT_EQ(told(), "1:34 the last place in it\n");
+}
+
+TEST_F(LeftOut, is_not_explained_by_an_error_in_another_declaration) {
+    add(2, 1, "the first place in it");
+    refuse(3, 4);
+    refuse(3, 16);
+    EXPECT_EQ(told(), "2:1 the first place in it\n" + at_t);
+}
+
+TEST_F(LeftOut, is_told_up_to_the_limit) {
+    add(2, 2, "one");
+    add(2, 3, "two");
+    refuse(3, 4);
+    refuse(3, 21);
+    EXPECT_EQ(told(), "2:2 one\n2:3 two\n" + at_t);
+    EXPECT_EQ(report_.dropped(), 0U); // what is beyond is not counted: it may follow from an error
+}
+
+} // namespace

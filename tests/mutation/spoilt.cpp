@@ -1,0 +1,135 @@
+#include "tests/mutation/spoilt.h"
+
+#include "qrv/text/cattrscan.h"
+#include "qrv/text/creadreport.h"
+#include "tools/qrv/commands.h"
+
+#include <fcntl.h>
+#include <functional>
+#include <sstream>
+#include <stdexcept>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace mutation_test {
+
+namespace {
+
+class cScanner : public cAttrScanner {
+  public:
+    explicit cScanner(std::istream &is) : cAttrScanner(is) { return_all(true); }
+    bool next(cAttrLiteral &token) const {
+        gettoken(token);
+        return token.code != tkEof || !token.text.empty();
+    }
+};
+
+class cCommentScan : public cAttrScan { // reads as the tool does
+  public:
+    explicit cCommentScan(std::istream &is) : cAttrScan(is, false) { return_com(true); }
+};
+
+// An open file without a name.
+class cMemory {
+  public:
+    explicit cMemory(std::string const &bytes) : descriptor_(::memfd_create("case", 0)) {
+        if (::pwrite(descriptor_, bytes.data(), bytes.size(), 0) !=
+            static_cast<ssize_t>(bytes.size()))
+            throw std::runtime_error("memfd: write failed");
+    }
+    cMemory(cMemory const &) = delete;
+    cMemory &operator=(cMemory const &) = delete;
+    ~cMemory() { ::close(descriptor_); }
+
+    int descriptor() const { return descriptor_; }
+    std::string name() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+    std::string bytes() const {
+        std::string all(static_cast<size_t>(::lseek(descriptor_, 0, SEEK_END)), '\0');
+        if (::pread(descriptor_, all.data(), all.size(), 0) != static_cast<ssize_t>(all.size()))
+            throw std::runtime_error("memfd: read failed");
+        return all;
+    }
+
+  private:
+    int descriptor_;
+};
+
+// What the work returns, from 0 to 127, in a copy of this process; -1 if the copy died.
+int in_copy(std::function<int()> const &work) {
+    pid_t const copy = ::fork();
+    if (copy < 0) throw std::runtime_error("fork failed");
+    if (copy == 0) ::_exit(work());
+    int status = 0;
+    ::waitpid(copy, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+bool is_any(std::string const &text, std::string_view characters) {
+    return text.size() == 1 && characters.find(text[0]) != characters.npos;
+}
+
+} // namespace
+
+std::vector<cToken> tokens_of(std::string const &text) {
+    std::istringstream is(text);
+    cScanner const scanner(is);
+    std::vector<cToken> tokens;
+    cAttrLiteral token;
+    for (size_t offset = 0; scanner.next(token); offset += token.text.size())
+        if (token.code != tkComment && token.code != tkSpace)
+            tokens.push_back({offset, token.text});
+    return tokens;
+}
+
+std::string replaced(std::string const &text, cToken const &token, std::string const &by) {
+    return std::string(text).replace(token.offset, token.text.size(), by);
+}
+
+std::string without_brackets(std::string const &text, std::vector<cToken> const &tokens,
+                             size_t index) {
+    int depth = 0;
+    for (size_t i = index; i < tokens.size(); ++i) {
+        if (is_any(tokens[i].text, "({[<")) ++depth;
+        if (is_any(tokens[i].text, ")}]>")) --depth;
+        if (depth > 0) continue;
+        size_t const start = tokens[index].offset;
+        if (i == index) return text;
+        return std::string(text).erase(start, tokens[i].offset + 1 - start);
+    }
+    return text;
+}
+
+bool is_reported(std::string const &text) {
+    int const result = in_copy([&] {
+        std::istringstream is(text);
+        cat::ReadReport const report;
+        cCommentScan scan(is);
+        objref value;
+        int delimiter = 0;
+        scan.scan_obj(value, &delimiter);
+        return report.empty() ? 0 : 1;
+    });
+    if (result < 0) throw std::runtime_error("the library died on: " + text);
+    return result == 1;
+}
+
+cChecked checked(std::string const &text) {
+    cMemory const file(text), lines("");
+    int const status = in_copy([&] {
+        if (::dup2(lines.descriptor(), STDERR_FILENO) < 0) return exit_failed + 1;
+        cCheckOptions options;
+        options.files = {file.name()};
+        return run_check(options);
+    });
+    return {status, lines.bytes().find(": error: ") != std::string::npos};
+}
+
+std::string silence(std::string const &text) {
+    cChecked const tool = checked(text);
+    if (tool.status == exit_done) return is_reported(text) ? "check says nothing" : "";
+    if (tool.status != exit_found && tool.status != exit_failed) return "check died";
+    return tool.has_error ? "" : "check fails without a word";
+}
+
+} // namespace mutation_test
