@@ -21,6 +21,8 @@ class ToolFmtDeclared : public tool_test::Tool {
 std::string const changed =
     "f: error: the value would come back changed: digits, bits, or strings that "
     "read as something else\n";
+std::string const unreadable =
+    "f: error: the value would come back changed: the new text can't be read\n";
 std::string const refused = "f: error: not written, for the new text doesn't read back the same\n";
 
 std::string const all_kinds =
@@ -119,8 +121,8 @@ TEST_F(ToolFmtDeclared, keeps_comments_and_tells_those_inside_the_brackets_of_ty
 // The object goes to the place of the value before, which is above the declaration.
 TEST_F(ToolFmtDeclared, an_object_above_the_declaration_of_its_type_is_refused) {
     EXPECT_EQ(fmt("{ q= 0; P= attlist(x= attspec(type= int)); q= P(x= 1); }"),
-              (cRun{2, "", changed + refused}));
-    EXPECT_EQ(fmt("{ q= 0; M= choice({a= 1}); q= M(a); }"), (cRun{2, "", changed + refused}));
+              (cRun{2, "", unreadable + refused}));
+    EXPECT_EQ(fmt("{ q= 0; M= choice({a= 1}); q= M(a); }"), (cRun{2, "", unreadable + refused}));
 }
 
 TEST_F(ToolFmtDeclared, an_object_of_an_older_declaration_is_reported_and_its_file_stays) {
@@ -139,6 +141,28 @@ TEST_F(ToolFmtDeclared, an_object_of_an_older_declaration_is_reported_and_its_fi
 
 TEST_F(ToolFmtDeclared, an_object_without_attributes_is_formatted) {
     becomes("{ E= attlist(); e= E(); }", "{\n  E= attlist(\n  );\n  e= E(\n  );\n}\n");
+}
+
+// A default is written as a copy of what it refers to, but for the values in it.
+TEST_F(ToolFmtDeclared, sharing_that_is_lost_is_called_so) {
+    std::string const told =
+        "f: error: the value would come back changed: shared values would become copies\n";
+    std::string const text = "{v= [1]; d= attspec(default= #cRef(/v)); }";
+    EXPECT_EQ(fmt(text), (cRun{1, "{v= [1, ]; d= attspec(default=[#cRef(/v/0), ]; ); }\n", told}));
+    EXPECT_EQ(run_on(text, {"fmt", "--canonical"}),
+              (cRun{1, "{v= [1, ]; d= attspec(default=[#cRef(/v/0), ]); }", told}));
+    EXPECT_EQ(
+        run_on(text, {"fmt", "-i"}),
+        (cRun{2, "",
+              told + "f: error: not written, for something would be lost; --force writes it\n"}));
+}
+
+TEST_F(ToolFmtDeclared, a_type_that_would_get_a_name_is_not_called_lost_digits) {
+    write("f", "{a= 1; }\n");
+    EXPECT_EQ(
+        run({"set", "f", "x = attlist(k= attspec(type= int))"}).err,
+        "f: error: the value would come back changed: types, objects of them, or equal values "
+        "in a set\n");
 }
 
 TEST_F(ToolFmtDeclared, a_declaration_that_is_made_again_is_written_once) {

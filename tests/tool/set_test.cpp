@@ -271,6 +271,23 @@ TEST_F(ToolSet, values_of_another_type) {
                   told("1:26", "c: it is a set and can't take a vector as it is", by_conversion));
 }
 
+TEST_F(ToolSet, a_value_that_was_to_be_replaced_is_not_advised_to_be_replaced) {
+    EXPECT_EQ(refused("{c= <1, 2>}", "c/0 &= 2"),
+              told("1:8", "c/0: 2 would be stored as 1", "--convert stores the changed value"));
+    EXPECT_EQ(refused("{i= 1}", "i = 2.5"),
+              told("1:5", "i: 2.50000 would be stored as 2", by_conversion));
+    EXPECT_EQ(refused("{T= attlist(k= attspec(type= int)); }", "T/k/type &= double"),
+              told("1:13", "T/k/type: it is a type and can't take a string as it is", ""));
+}
+
+TEST_F(ToolSet, a_set_with_a_value_twice_is_not_called_lost_digits) {
+    EXPECT_EQ(
+        refused("{c= <1, 2>}", "c/0 = 2"),
+        "f: error: the value would come back changed: types, objects of them, or equal values "
+        "in a set\n"
+        "f: error: not written, for the new text doesn't read back the same\n");
+}
+
 TEST_F(ToolSet, constants_take_no_value) {
     EXPECT_EQ(
         refused("{n= #nil; t= #true}", "n = 5; t = #false"),

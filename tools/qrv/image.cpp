@@ -1,6 +1,7 @@
 // An image is made of words, each with its length in front: `5:Pixel`. An object's is the word of
-// its kind, then what it holds; one that was met before is its number. What is still to do stands
-// on a stack of its own, for references make values deeper than any text could be nested.
+// its kind, then what it holds; one that was met before is its number. The last word says how many
+// there are. What is still to do stands on a stack of its own, for references make values deeper
+// than any text could be nested.
 
 #include "image.h"
 
@@ -34,6 +35,7 @@ class cImage {
             todo_.pop_back();
             add(next);
         }
+        word(std::to_string(numbers_.size()));
         return std::move(image_);
     }
 
@@ -115,3 +117,7 @@ class cImage {
 } // namespace
 
 std::string image_of(objref const &value) { return cImage().of(value); }
+
+size_t objects_in(std::string const &image) {
+    return std::stoul(image.substr(image.rfind(':') + 1));
+}

@@ -10,3 +10,6 @@
 
 // O(size); ends on cycles, and as deep as the value may be.
 std::string image_of(objref const &value);
+
+// How many objects that value is made of, each counted once.
+size_t objects_in(std::string const &image);

@@ -90,14 +90,22 @@ void tell_lost_comments(std::string const &bytes, cTask const &task, cMessages &
     }
 }
 
+std::string what_changed(std::string const &image, cReply const &back, bool canonical) {
+    bool const read = back.status == exit_done && !back.image.empty();
+    if (read && objects_in(back.image) > objects_in(image))
+        return "shared values would become copies";
+    if (canonical) return "digits, bits, or strings that read as something else";
+    return read ? "types, objects of them, or equal values in a set" : "the new text can't be read";
+}
+
 // Step 3. Whether the bytes came back.
 bool read_back(std::string const &text, std::string const &image, cWriteOptions const &options,
                cMessages &messages) {
     cReply const reply = rewritten(messages.name(), text, {options, unchanged}, 0);
     bool const read = reply.status == exit_done;
     if (!image.empty() && (!read || reply.image != image))
-        messages.error("the value would come back changed: digits, bits, or strings that read as "
-                       "something else");
+        messages.error("the value would come back changed: " +
+                       what_changed(image, reply, options.canonical));
     return read && reply.text == text;
 }
 

@@ -18,8 +18,6 @@
 
 namespace {
 
-constexpr char const *by_another_type = "&= replaces it, whatever it is";
-
 size_t count_of(objref const &value) {
     auto const *const map = dynamic_cast<cMapObj const *>(value.get());
     return map ? map->datamap().used() : 0;
@@ -136,13 +134,17 @@ class cAssignment {
                 found.kind == cMismatch::number || (found.kind == cMismatch::type && done);
             if (conversion && options_.convert) continue;
             std::string const at = found.path.empty() ? "" : "at " + shortened(found.path) + ": ";
-            refuse_value(at + found.text,
-                         conversion
-                             ? "&= replaces it with its type; --convert stores the changed value"
-                             : by_another_type);
+            refuse_value(at + found.text, advice(conversion));
             told = true;
         }
         return told;
+    }
+
+    std::string advice(bool conversion) const {
+        std::string const convert = conversion ? "--convert stores the changed value" : "";
+        if (statement_.operation == tkAndAssign) return convert;
+        return conversion ? "&= replaces it with its type; " + convert
+                          : "&= replaces it, whatever it is";
     }
 
     // A text that is added to an intf is the number that it says.
