@@ -3,6 +3,7 @@
 #include "tests/tool/tool_run.h"
 
 using tool_test::cRun;
+using tool_test::cStart;
 
 namespace {
 
@@ -86,6 +87,90 @@ TEST_F(ToolModule, that_can_t_be_loaded_ends_the_work) {
                     "qrv: note: set-up of throws\n"}));
     EXPECT_EQ(run({"--module", "./none", "--module", "./evil", "get", "f", "a"}).status, 2);
     EXPECT_FALSE(was_loaded());
+}
+
+TEST_F(ToolModule, that_throws_an_error_of_the_library_ends_the_work) {
+    copy("throws_error", "throws_error");
+    EXPECT_EQ(run({"get", "f", "a", "--module", "./throws_error"}),
+              (cRun{2, "",
+                    "qrv: error: cannot load the module './throws_error'\n"
+                    "qrv: note: set-up of throws_error\n"}));
+}
+
+TEST_F(ToolModule, that_throws_an_error_of_the_library_later_ends_the_work) {
+    copy("throws_later", "throws_later");
+    EXPECT_EQ(run({"get", "f", "a", "--module", "./throws_later"}), one);
+    EXPECT_EQ(run({"get", "f", "a/b", "--module", "./throws_later"}),
+              (cRun{2, "", "f: error: the work was given up: thrown at an error\n"}));
+}
+
+// --- where a module is looked for ---
+
+class ToolModuleSearch : public ToolModule {
+  protected:
+    ToolModuleSearch() {
+        std::filesystem::create_directories(path("bin/modules"));
+        std::filesystem::copy_file(test::binary_file("bin/qrv"), path("bin/qrv"));
+    }
+    // A copy of the tool, beside which anything may lie.
+    cRun run_copy(std::vector<std::string> arguments) const {
+        cStart start;
+        start.program = path("bin/qrv");
+        start.prepare = [] { ::setenv("LD_LIBRARY_PATH", test::binary_file("").c_str(), 1); };
+        return run(std::move(arguments), start);
+    }
+    void copy_beside(std::string const &module, std::string const &name) const {
+        copy(module, "bin/modules/" + name);
+    }
+};
+
+TEST_F(ToolModuleSearch, by_name_is_in_the_folder_beside_the_program_first) {
+    EXPECT_EQ(run_copy({"--module", "evil", "get", "f", "a"}), one);
+    EXPECT_TRUE(was_loaded());
+    copy_beside("type_factory", "evil");
+    EXPECT_EQ(run_copy({"--module", "evil", "get", "f", "a"}), one);
+    EXPECT_FALSE(was_loaded());
+    EXPECT_NE(run_copy({"--module", "evil", "types"}).out.find("module evil"), std::string::npos);
+}
+
+TEST_F(ToolModuleSearch, by_name_is_where_the_library_looks_otherwise) {
+    std::filesystem::create_directory(path("modules"));
+    std::filesystem::rename(path("evil.so"), path("modules/evil.so"));
+    EXPECT_EQ(run({"--module", "evil", "get", "f", "a"}), one);
+    EXPECT_TRUE(was_loaded());
+    EXPECT_EQ(run({"--module", "none", "--module", "evil", "get", "f", "a"}).status, 2);
+    EXPECT_FALSE(was_loaded());
+}
+
+TEST_F(ToolModuleSearch, by_name_twice_is_one_module) {
+    copy_beside("leaves_a_file", "evil");
+    EXPECT_EQ(run_copy({"--module", "evil", "--module", "evil", "get", "f", "a"}), one);
+    EXPECT_TRUE(was_loaded());
+}
+
+TEST_F(ToolModuleSearch, with_a_slash_is_not_beside_the_program) {
+    copy_beside("type_factory", "evil");
+    EXPECT_EQ(run_copy({"--module", "./evil", "get", "f", "a"}), one);
+    EXPECT_TRUE(was_loaded());
+}
+
+TEST_F(ToolModuleSearch, that_is_broken_beside_the_program_is_not_replaced_by_another) {
+    copy_beside("throws", "evil");
+    cRun const failed = run_copy({"--module", "evil", "get", "f", "a"});
+    EXPECT_EQ(failed, (cRun{2, "",
+                            "qrv: error: cannot load the module 'evil'\n"
+                            "qrv: note: set-up of throws\n"}));
+    std::filesystem::remove(path("bin/modules/evil.so"));
+    write("bin/modules/evil.so", "no module");
+    EXPECT_EQ(run_copy({"--module", "evil", "get", "f", "a"}).status, 2);
+    EXPECT_FALSE(was_loaded());
+}
+
+TEST_F(ToolModuleSearch, that_is_nowhere_is_told_with_all_places) {
+    std::string const told = run_copy({"--module", "nowhere", "get", "f", "a"}).err;
+    for (std::string const place : {"/bin/modules/nowhere.so: ", "note: nowhere.so: ",
+                                    "note: ./nowhere.so: ", "note: modules/nowhere.so: "})
+        EXPECT_NE(told.find(place), std::string::npos) << place << "\n" << told;
 }
 
 TEST_F(ToolModule, its_name_is_needed) {

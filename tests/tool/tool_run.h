@@ -71,6 +71,7 @@ struct cStart {
     int in = -1;                        // borrowed descriptors, instead
     int out = -1;                       // of the usual ones
     std::function<void()> prepare = {}; // run in the new process before the tool
+    std::string program = test::binary_file("bin/qrv");
 };
 
 // A running tool.
@@ -82,7 +83,6 @@ class cProcess {
         std::vector<char *> argv;
         for (std::string &argument : arguments) argv.push_back(argument.data());
         argv.push_back(nullptr);
-        std::string const program = test::binary_file("bin/qrv");
         pid_ = ::fork();
         if (pid_ != 0) return;
         bool const ready =
@@ -91,7 +91,7 @@ class cProcess {
             ::dup2(start.out < 0 ? out_.descriptor() : start.out, STDOUT_FILENO) >= 0 &&
             ::dup2(err_.descriptor(), STDERR_FILENO) >= 0;
         if (start.prepare) start.prepare();
-        if (ready) ::execv(program.c_str(), argv.data());
+        if (ready) ::execv(start.program.c_str(), argv.data());
         ::_exit(127);
     }
     cProcess(cProcess const &) = delete;

@@ -55,9 +55,13 @@ TEST_F(ToolUsage, help_lists_the_commands_and_the_exit_codes) {
                     "the work could\n"
                     "not be done. A file name of - is the standard input.\n"
                     "\n"
-                    "--module may stand before or behind the command, and more than once. No file "
-                    "makes the tool\n"
-                    "load one: a type that nothing has brought is unknown, whatever its name.\n",
+                    "--module may stand before or behind the command, and more than once. A NAME "
+                    "without a slash\n"
+                    "is searched in the folder 'modules' beside the program, then where the system "
+                    "has its shared\n"
+                    "objects, in the current folder and in its folder 'modules'. No file makes the "
+                    "tool load one:\n"
+                    "a type that nothing has brought is unknown, whatever its name.\n",
                     ""}));
     EXPECT_EQ(run({"-h"}), help);
 }

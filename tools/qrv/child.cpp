@@ -3,11 +3,11 @@
 #include "commands.h"
 #include "output.h"
 #include "qrv/platform/cplatform.h"
+#include "thrown.h"
 
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <exception>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -74,10 +74,8 @@ cReply failed(std::string const &name, std::string const &text) {
     cReply reply;
     try {
         work(reply);
-    } catch (std::exception const &error) {
-        reply = failed(name, std::string("the work was given up: ") + error.what());
     } catch (...) {
-        reply = failed(name, "the work was given up: unknown exception");
+        reply = failed(name, "the work was given up: " + thrown());
     }
     bool const sent = cat::write_all(descriptor, packed(reply));
 #ifdef QRV_COVERAGE

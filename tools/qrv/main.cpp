@@ -8,6 +8,7 @@
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/signals/csignal.h"
+#include "thrown.h"
 
 #include <CLI/CLI.hpp>
 
@@ -21,8 +22,10 @@ constexpr char const *footer =
     "Exit codes: 0 done, found or clean; 1 absent, different or with findings; 2 the work could\n"
     "not be done. A file name of - is the standard input.\n"
     "\n"
-    "--module may stand before or behind the command, and more than once. No file makes the tool\n"
-    "load one: a type that nothing has brought is unknown, whatever its name.";
+    "--module may stand before or behind the command, and more than once. A NAME without a slash\n"
+    "is searched in the folder 'modules' beside the program, then where the system has its shared\n"
+    "objects, in the current folder and in its folder 'modules'. No file makes the tool load one:\n"
+    "a type that nothing has brought is unknown, whatever its name.";
 
 void add_common(CLI::App &command, cCommon &common) {
     command.add_option("--max-errors", common.max_errors, "messages for one file at most")
@@ -355,8 +358,8 @@ int main(int argc, char **argv) {
     cConsoleDisplay const messages(STDERR_FILENO);
     try {
         return run(argc, argv);
-    } catch (std::exception const &error) {
-        put_message(std::string("qrv: error: ") + error.what());
+    } catch (...) {
+        put_message("qrv: error: " + thrown());
         return exit_failed;
     }
 }

@@ -8,8 +8,10 @@
 #include "qrv/modules/cmodule.h"
 #include "qrv/modules/crepository.h"
 #include "qrv/platform/cplatform.h"
+#include "thrown.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <sstream>
 
@@ -48,14 +50,26 @@ bool tell_failure(std::string const &name, std::string const &reasons) {
     return false;
 }
 
+// The module's file without ".so" in the folder beside the program; empty for a path.
+std::string beside_program(std::string const &name) {
+    std::error_code error;
+    std::filesystem::path const program = std::filesystem::read_symlink("/proc/self/exe", error);
+    bool const is_path = name.empty() || name.find('/') != name.npos;
+    return error || is_path ? "" : (program.parent_path() / "modules" / name).string();
+}
+
+// One that is there and can't be loaded is not replaced by another.
 bool load(std::string const &name) {
     try {
-        if (cModule::load(name)) return true;
-        return tell_failure(name, cModule::last_error());
-    } catch (std::exception const &error) {
-        return tell_failure(name, error.what());
+        std::string const beside = beside_program(name);
+        if (!beside.empty() && cModule::load(beside)) return true;
+        std::string const reasons = beside.empty() ? "" : cModule::last_error() + "\n";
+        bool const is_there =
+            !beside.empty() && (cat::is_regular(beside + ".so") || cat::is_regular(beside));
+        if (!is_there && cModule::load(name)) return true;
+        return tell_failure(name, is_there ? reasons : reasons + cModule::last_error());
     } catch (...) {
-        return tell_failure(name, "its set-up threw something unknown");
+        return tell_failure(name, thrown());
     }
 }
 

@@ -6,7 +6,8 @@
 
 class cTypeObj;
 
-// Loads modules by cModule::load, in order. From then on no others may be loaded, by a name in a
+// Loads modules by cModule::load, in order; one whose name has no slash from the folder "modules"
+// beside the program, if it is there. From then on no others may be loaded, by a name in a
 // file neither. False if one fails, told by messages.
 bool load_modules(std::vector<std::string> const &names);
 

@@ -1,0 +1,6 @@
+// Its set-up throws an error of the library, which is an exception of a class of its own.
+#include "tests/modules/shared/module.h"
+
+#include "qrv/diagnostics/cerr.h"
+
+QRV_SET_UP { throw cErr(0x40001234U, "set-up of throws_error"); }

@@ -1,0 +1,18 @@
+// Throws an exception of the library where an error is raised after its set-up.
+#include "tests/modules/shared/module.h"
+
+#include "qrv/diagnostics/cerr.h"
+
+namespace {
+class Thrower {
+  public:
+    Thrower() { cat::sig_error().connect(slot_); }
+
+  private:
+    void refuse(cErr &) { throw cException("thrown at an error"); }
+
+    cSlot1<Thrower, cErr &> slot_{this, &Thrower::refuse};
+};
+} // namespace
+
+QRV_SET_UP { static Thrower const thrower; }
