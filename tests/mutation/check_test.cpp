@@ -1,7 +1,7 @@
-// Whatever the library reports about a file, `check` prints an error and fails: tried with examples
-// and made-up files of which one token at a time is deleted or changed. A report that the tool left
-// out because it believed to have said the same in better words would lose the value in every
-// command.
+// If the library reports anything about a file, `check` prints an error and fails. This is tried
+// with the examples and with generated files, in which one token at a time is deleted or changed.
+// The tool replaces many of the library's reports by better ones. A report that it drops without
+// replacement loses the value in every command that writes.
 
 #include "tests/mutation/generated.h"
 #include "tests/mutation/spoilt.h"
@@ -29,7 +29,7 @@ class Mutation : public testing::Test {
         if (++silent_ <= 10) ADD_FAILURE() << why << ": " << what << "\n" << text;
     }
 
-    // Another token for that one: of the same text, or one that means something.
+    // A different token: one of the same text, or one that means something.
     std::string other(std::vector<cToken> const &tokens, cToken const &token) {
         static std::vector<std::string> const words{
             "(", ")",   "{",       "}",       "[",      "]",        "<",      ">",    "=",
@@ -65,7 +65,7 @@ class Mutation : public testing::Test {
                 expect_no_silence(name + ": brackets deleted, token " + std::to_string(i), less);
     }
 
-    // Of the folders examples and examples/broken, in the order of their names.
+    // The paths of the large example, or of all others, sorted.
     static std::vector<std::string> examples(bool large) {
         std::vector<std::string> found;
         for (char const *const folder : {"examples", "examples/broken"})
@@ -85,7 +85,7 @@ class Mutation : public testing::Test {
     int cases_ = 0, silent_ = 0;
 };
 
-// The large example takes most of the time: it has tests of its own, which run in different parts.
+// The large example takes most of the time. Its two tests run in different shards.
 TEST_F(Mutation, each_token_of_the_large_example_deleted) {
     for (std::string const &name : examples(true)) deleted(name, bytes_of(name));
 }
@@ -103,7 +103,7 @@ TEST_F(Mutation, each_token_of_the_other_examples_deleted_and_changed) {
     }
 }
 
-TEST_F(Mutation, one_token_of_made_up_files_deleted_and_changed) {
+TEST_F(Mutation, one_token_of_generated_files_deleted_and_changed) {
     for (int i = 0; i < 2000; ++i) {
         std::string const text = generated_file(chance_), name = "file " + std::to_string(i);
         ASSERT_FALSE(is_reported(text)) << name << "\n" << text;
@@ -115,7 +115,7 @@ TEST_F(Mutation, one_token_of_made_up_files_deleted_and_changed) {
         expect_no_silence(name + ": " + token.text + " changed to " + by,
                           replaced(text, token, by));
         std::vector<size_t> brackets;
-        for (size_t k = 1; k < tokens.size(); ++k) // the first one holds everything
+        for (size_t k = 1; k < tokens.size(); ++k) // brackets 0 hold everything
             if (without_brackets(text, tokens, k) != text) brackets.push_back(k);
         if (brackets.empty()) continue;
         size_t const bracket = brackets[chance_() % brackets.size()];

@@ -27,7 +27,7 @@ class cGenerator {
 
   private:
     struct cKey {
-        std::string name, type; // of any type if that is empty
+        std::string name, type; // an empty type accepts any value
         bool required;
     };
     struct cType {
@@ -57,7 +57,7 @@ class cGenerator {
             types_.push_back(type);
         }
     }
-    // With other keys; objects that come later are of that one.
+    // Declares the last type with other keys. Later objects have the new keys.
     void declare_again() {
         cType type{types_.back().name, {}, {}};
         types_.pop_back();
@@ -75,7 +75,7 @@ class cGenerator {
         return "choice({" + entries + "})";
     }
 
-    // A fixed key would let no object be read, and an object without keys has no text.
+    // No key is #FIXED, since no object of such a type can be read.
     std::string attlist(cType &type) {
         std::string specifications;
         for (unsigned count = chance(4) + 1; count > 0; --count) {
@@ -86,8 +86,8 @@ class cGenerator {
         return "attlist(" + specifications + ")";
     }
 
-    // A default binds the values of the key to its type, too, and what a container holds to theirs:
-    // so only types that hold nothing have one.
+    // A default also fixes the type of the key's values, and the types of what a container holds.
+    // So only types that are not containers get one.
     std::string attspec(cKey &key) {
         std::string entries;
         if (!key.type.empty()) entries += "type= " + key.type + "; ";

@@ -1,5 +1,5 @@
 #pragma once
-// Files with declarations and objects of what they declare, made up by chance and without a fault.
+// Random valid files with declarations and objects of the declared types.
 
 #include <random>
 #include <string>

@@ -1,5 +1,5 @@
-// The last resort of the rules: an error that was left out is told after all where nothing explains
-// it.
+// The rules drop errors that follow from others. An error that follows from none is reported at the
+// end.
 
 #include "tests/support/fixture.h"
 
@@ -20,7 +20,7 @@ class LeftOut : public testing::Test {
         error.text = text;
         report_.add(error);
     }
-    // As the reader does, but of an object that breaks no rule.
+    // Reports an invalid object as the reader does, but the object breaks no rule.
     void refuse(unsigned line, unsigned column) {
         rules_.invalid(*make<cMapObj>());
         add(line, column, "Validate error in read of type: T");
@@ -48,7 +48,7 @@ std::string const at_t = "3:4 Validate error in read of type: T\n",
                   at_u = "3:16 Validate error in read of type: T\n",
                   in_u = "3:21 Validate error in read of type: T\n";
 
-TEST_F(LeftOut, is_told_once_for_each_value) {
+TEST_F(LeftOut, is_reported_once_for_each_value) {
     refuse(3, 4);
     refuse(3, 16);
     EXPECT_TRUE(report_.empty());
@@ -87,13 +87,13 @@ TEST_F(LeftOut, is_not_explained_by_an_error_in_another_declaration) {
     EXPECT_EQ(told(), "2:1 the first place in it\n" + at_t);
 }
 
-TEST_F(LeftOut, is_told_up_to_the_limit) {
+TEST_F(LeftOut, is_reported_up_to_the_limit) {
     add(2, 2, "one");
     add(2, 3, "two");
     refuse(3, 4);
     refuse(3, 21);
     EXPECT_EQ(told(), "2:2 one\n2:3 two\n" + at_t);
-    EXPECT_EQ(report_.dropped(), 0U); // what is beyond is not counted: it may follow from an error
+    EXPECT_EQ(report_.dropped(), 0U); // beyond the limit it may follow from a dropped error
 }
 
 } // namespace

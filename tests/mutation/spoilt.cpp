@@ -55,7 +55,7 @@ class cMemory {
     int descriptor_;
 };
 
-// What the work returns, from 0 to 127, in a copy of this process; -1 if the copy died.
+// Runs the work in a copy of this process. Returns its result (0 to 127), or -1 if the copy died.
 int in_copy(std::function<int()> const &work) {
     pid_t const copy = ::fork();
     if (copy < 0) throw std::runtime_error("fork failed");

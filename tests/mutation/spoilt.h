@@ -1,7 +1,8 @@
 #pragma once
-// Texts with one token spoilt, and what library and tool say of them. Each reading happens in a
-// forked copy of the test process, since a type that a text declares lives as long as its process.
+// Changes single tokens of a text and compares what the library and the tool report. Each reading
+// runs in a forked copy of the test process, since a declared type lives as long as its process.
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -15,25 +16,25 @@ struct cToken {
 // The tokens of a text, without blanks and comments.
 std::vector<cToken> tokens_of(std::string const &text);
 
-// The text with the token replaced; by nothing, it is deleted.
+// The text with the token replaced. An empty `by` deletes the token.
 std::string replaced(std::string const &text, cToken const &token, std::string const &by);
 
-// The text without a bracket that opens, without all up to the one that closes it, and without
-// that; the text as it is where that token opens no bracket or none closes it.
+// The text without the brackets that this token opens and without what is between them. The
+// unchanged text if the token is not an opening bracket or is never closed.
 std::string without_brackets(std::string const &text, std::vector<cToken> const &tokens,
                              size_t index);
 
 // Does the library report anything while it reads the first value of the text?
 bool is_reported(std::string const &text);
 
-// What the tool's `check` does with the text as a file.
+// The result of the tool's `check` on a file with this text.
 struct cChecked {
     int status = -1;        // -1: the process died
-    bool has_error = false; // a printed line says "error: "
+    bool has_error = false; // it printed "error: "
 };
 cChecked checked(std::string const &text);
 
-// Empty, or why a text that the library reports something about isn't refused by `check`.
+// Describes how `check` fails to report what the library reports; empty if all is well.
 std::string silence(std::string const &text);
 
 } // namespace mutation_test

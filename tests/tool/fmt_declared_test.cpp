@@ -143,8 +143,8 @@ TEST_F(ToolFmtDeclared, an_object_without_attributes_is_formatted) {
     becomes("{ E= attlist(); e= E(); }", "{\n  E= attlist(\n  );\n  e= E(\n  );\n}\n");
 }
 
-// A default is written as a copy of what it refers to, but for the values in it.
-TEST_F(ToolFmtDeclared, sharing_that_is_lost_is_called_so) {
+// The writer copies a default that is shared, and refers to the values in it.
+TEST_F(ToolFmtDeclared, lost_sharing_is_reported_as_such) {
     std::string const told =
         "f: error: the value would come back changed: shared values would become copies\n";
     std::string const text = "{v= [1]; d= attspec(default= #cRef(/v)); }";
@@ -157,7 +157,7 @@ TEST_F(ToolFmtDeclared, sharing_that_is_lost_is_called_so) {
               told + "f: error: not written, for something would be lost; --force writes it\n"}));
 }
 
-TEST_F(ToolFmtDeclared, a_type_that_would_get_a_name_is_not_called_lost_digits) {
+TEST_F(ToolFmtDeclared, a_type_that_gets_a_name_is_not_reported_as_lost_digits) {
     write("f", "{a= 1; }\n");
     EXPECT_EQ(
         run({"set", "f", "x = attlist(k= attspec(type= int))"}).err,

@@ -89,7 +89,7 @@ TEST_F(ToolModule, that_can_t_be_loaded_ends_the_work) {
     EXPECT_FALSE(was_loaded());
 }
 
-TEST_F(ToolModule, that_throws_an_error_of_the_library_ends_the_work) {
+TEST_F(ToolModule, that_throws_an_error_of_the_library_is_reported_with_its_text) {
     copy("throws_error", "throws_error");
     EXPECT_EQ(run({"get", "f", "a", "--module", "./throws_error"}),
               (cRun{2, "",
@@ -97,14 +97,14 @@ TEST_F(ToolModule, that_throws_an_error_of_the_library_ends_the_work) {
                     "qrv: note: set-up of throws_error\n"}));
 }
 
-TEST_F(ToolModule, that_throws_an_error_of_the_library_later_ends_the_work) {
+TEST_F(ToolModule, that_throws_while_a_file_is_read_is_reported_with_its_text) {
     copy("throws_later", "throws_later");
     EXPECT_EQ(run({"get", "f", "a", "--module", "./throws_later"}), one);
     EXPECT_EQ(run({"get", "f", "a/b", "--module", "./throws_later"}),
               (cRun{2, "", "f: error: the work was given up: thrown at an error\n"}));
 }
 
-// --- where a module is looked for ---
+// --- where a module is searched ---
 
 class ToolModuleSearch : public ToolModule {
   protected:
@@ -112,7 +112,7 @@ class ToolModuleSearch : public ToolModule {
         std::filesystem::create_directories(path("bin/modules"));
         std::filesystem::copy_file(test::binary_file("bin/qrv"), path("bin/qrv"));
     }
-    // A copy of the tool, beside which anything may lie.
+    // Runs a copy of the tool that has its own folder "modules".
     cRun run_copy(std::vector<std::string> arguments) const {
         cStart start;
         start.program = path("bin/qrv");
@@ -124,7 +124,7 @@ class ToolModuleSearch : public ToolModule {
     }
 };
 
-TEST_F(ToolModuleSearch, by_name_is_in_the_folder_beside_the_program_first) {
+TEST_F(ToolModuleSearch, prefers_the_folder_beside_the_program) {
     EXPECT_EQ(run_copy({"--module", "evil", "get", "f", "a"}), one);
     EXPECT_TRUE(was_loaded());
     copy_beside("type_factory", "evil");
@@ -133,7 +133,7 @@ TEST_F(ToolModuleSearch, by_name_is_in_the_folder_beside_the_program_first) {
     EXPECT_NE(run_copy({"--module", "evil", "types"}).out.find("module evil"), std::string::npos);
 }
 
-TEST_F(ToolModuleSearch, by_name_is_where_the_library_looks_otherwise) {
+TEST_F(ToolModuleSearch, continues_where_the_library_searches) {
     std::filesystem::create_directory(path("modules"));
     std::filesystem::rename(path("evil.so"), path("modules/evil.so"));
     EXPECT_EQ(run({"--module", "evil", "get", "f", "a"}), one);
@@ -142,19 +142,19 @@ TEST_F(ToolModuleSearch, by_name_is_where_the_library_looks_otherwise) {
     EXPECT_FALSE(was_loaded());
 }
 
-TEST_F(ToolModuleSearch, by_name_twice_is_one_module) {
+TEST_F(ToolModuleSearch, loads_a_name_once) {
     copy_beside("leaves_a_file", "evil");
     EXPECT_EQ(run_copy({"--module", "evil", "--module", "evil", "get", "f", "a"}), one);
     EXPECT_TRUE(was_loaded());
 }
 
-TEST_F(ToolModuleSearch, with_a_slash_is_not_beside_the_program) {
+TEST_F(ToolModuleSearch, takes_a_name_with_a_slash_as_a_path) {
     copy_beside("type_factory", "evil");
     EXPECT_EQ(run_copy({"--module", "./evil", "get", "f", "a"}), one);
     EXPECT_TRUE(was_loaded());
 }
 
-TEST_F(ToolModuleSearch, that_is_broken_beside_the_program_is_not_replaced_by_another) {
+TEST_F(ToolModuleSearch, stops_at_a_broken_file_beside_the_program) {
     copy_beside("throws", "evil");
     cRun const failed = run_copy({"--module", "evil", "get", "f", "a"});
     EXPECT_EQ(failed, (cRun{2, "",
@@ -166,7 +166,7 @@ TEST_F(ToolModuleSearch, that_is_broken_beside_the_program_is_not_replaced_by_an
     EXPECT_FALSE(was_loaded());
 }
 
-TEST_F(ToolModuleSearch, that_is_nowhere_is_told_with_all_places) {
+TEST_F(ToolModuleSearch, that_fails_lists_all_places) {
     std::string const told = run_copy({"--module", "nowhere", "get", "f", "a"}).err;
     for (std::string const place : {"/bin/modules/nowhere.so: ", "note: nowhere.so: ",
                                     "note: ./nowhere.so: ", "note: modules/nowhere.so: "})

@@ -77,7 +77,7 @@ TEST_F(ToolRules, each_broken_rule_is_one_message_at_its_entry) {
             wrong_code);
 }
 
-TEST_F(ToolRules, a_value_may_stand_behind_a_separator) {
+TEST_F(ToolRules, a_separator_before_a_value_is_skipped) {
     EXPECT_EQ(
         told("a= Pixel(x= 1; y= 2; size= , word; ,);"),
         "f:12:22: error: key 'size' of type Pixel must be an int, not a string, path /a/size, "
@@ -91,7 +91,7 @@ TEST_F(ToolRules, a_value_may_stand_behind_a_separator) {
             wrong_code);
 }
 
-TEST_F(ToolRules, a_missing_value_that_the_reader_tells_is_not_told_again) {
+TEST_F(ToolRules, a_missing_value_is_reported_once) {
     std::string const all = told("a= Pixel(x= 1; y= );");
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1) << all;
     EXPECT_NE(all.find("error: Pattern 'key =value' is missed in path: /a/y"), std::string::npos)
@@ -210,7 +210,7 @@ TEST_F(ToolRules, a_declaration_with_an_error_is_told_once_and_not_at_its_object
                   wrong_code);
 }
 
-TEST_F(ToolRules, what_follows_from_a_declaration_that_follows_from_another_is_not_told) {
+TEST_F(ToolRules, errors_that_follow_from_a_declaration_through_another_are_dropped) {
     EXPECT_EQ(check("{M= choice();\n T= attlist(m= attspec(type= M; default= M(a)));\n"
                     " U= attlist(t= attspec(type= T));\n u= [U(t= T(m= M(a)))];}"),
               "f:1:5: error: a choice type needs choices: choice({a= 1; b= 2;})" + failed_code);
@@ -261,8 +261,7 @@ TEST_F(ToolRules, a_file_with_broken_objects_is_not_rewritten) {
                              wrong_code}));
 }
 
-// --- objects of a type one of whose keys isn't declared: a value that no error is about is lost
-// ---
+// --- an object of a type with a faulty declaration, which the reader drops ---
 
 class ToolLostObject : public ToolRules {
   protected:
@@ -283,7 +282,7 @@ class ToolLostObject : public ToolRules {
         "{T= attlist(y= attspec(type=int;); z= attspec;); keep= 1; b= T(y=1; z=7);}";
 };
 
-TEST_F(ToolLostObject, is_told_by_every_command_that_reads_the_file) {
+TEST_F(ToolLostObject, is_reported_by_every_command_that_reads_the_file) {
     refuses({"check", "f"}, 1);
     refuses({"fmt", "f"}, 2);
     refuses({"fmt", "--check", "f"}, 2);
@@ -298,7 +297,7 @@ TEST_F(ToolLostObject, is_told_by_every_command_that_reads_the_file) {
     refuses({"merge", "other", "f"}, 2);
 }
 
-TEST_F(ToolLostObject, stays_in_its_file) {
+TEST_F(ToolLostObject, remains_in_its_file) {
     refuses({"fmt", "-i", "f"}, 2);
     refuses({"fmt", "-i", "--force", "f"}, 2);
     refuses({"set", "-i", "f", "keep = 2"}, 2);
@@ -309,7 +308,7 @@ TEST_F(ToolLostObject, stays_in_its_file) {
     EXPECT_FALSE(std::filesystem::exists(path("new")));
 }
 
-TEST_F(ToolLostObject, is_told_inside_containers_and_objects) {
+TEST_F(ToolLostObject, is_reported_inside_containers_and_objects) {
     std::string const
         declared =
             "{T= attlist(y= attspec(type=int;); z= attspec;); U= attlist(t= attspec(type= T));\n",
@@ -325,7 +324,7 @@ TEST_F(ToolLostObject, is_told_inside_containers_and_objects) {
     EXPECT_EQ(check(declared + "u= U(t= T(y=1; z=7));}"), first + lost("2:16", "/u/t"));
 }
 
-TEST_F(ToolLostObject, is_told_in_statements) {
+TEST_F(ToolLostObject, is_reported_in_statements) {
     write("f", "{keep= 1; }\n");
     EXPECT_EQ(run({"set", "f", "T &= attlist(z= attspec); b &= T(z=7)"}),
               (cRun{2, "",

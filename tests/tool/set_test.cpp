@@ -271,7 +271,7 @@ TEST_F(ToolSet, values_of_another_type) {
                   told("1:26", "c: it is a set and can't take a vector as it is", by_conversion));
 }
 
-TEST_F(ToolSet, a_value_that_was_to_be_replaced_is_not_advised_to_be_replaced) {
+TEST_F(ToolSet, a_failed_replacement_is_not_advised_to_replace) {
     EXPECT_EQ(refused("{c= <1, 2>}", "c/0 &= 2"),
               told("1:8", "c/0: 2 would be stored as 1", "--convert stores the changed value"));
     EXPECT_EQ(refused("{i= 1}", "i = 2.5"),
@@ -280,7 +280,7 @@ TEST_F(ToolSet, a_value_that_was_to_be_replaced_is_not_advised_to_be_replaced) {
               told("1:13", "T/k/type: it is a type and can't take a string as it is", ""));
 }
 
-TEST_F(ToolSet, a_set_with_a_value_twice_is_not_called_lost_digits) {
+TEST_F(ToolSet, a_set_with_equal_values_is_not_reported_as_lost_digits) {
     EXPECT_EQ(
         refused("{c= <1, 2>}", "c/0 = 2"),
         "f: error: the value would come back changed: types, objects of them, or equal values "

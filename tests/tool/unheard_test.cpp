@@ -34,7 +34,7 @@ TEST_F(ToolUnheard, keys_of_a_type_that_are_not_declared_by_a_specification) {
               "f:1:17: error: this declares no key 'a': a declaration is attspec(...)\n");
 }
 
-TEST_F(ToolUnheard, a_key_with_the_word_attspec_declares_none) {
+TEST_F(ToolUnheard, the_word_attspec_without_brackets_declares_no_key) {
     EXPECT_EQ(checked("{ Y= attlist(a= attspec; b= attspec(type= int); c= \"attspec\"); }"),
               "f:1:17: error: this declares no key 'a': a declaration is attspec(...)\n"
               "f:1:52: error: this declares no key 'c': a declaration is attspec(...)\n");

@@ -1,7 +1,7 @@
 // An image is made of words, each with its length in front: `5:Pixel`. An object's is the word of
-// its kind, then what it holds; one that was met before is its number. The last word says how many
-// there are. What is still to do stands on a stack of its own, for references make values deeper
-// than any text could be nested.
+// its kind, then what it holds; one that was met before is its number. The last word is the
+// number of objects. What is still to do stands on a stack of its own, for references make values
+// deeper than any text could be nested.
 
 #include "image.h"
 

@@ -11,5 +11,5 @@
 // O(size); ends on cycles, and as deep as the value may be.
 std::string image_of(objref const &value);
 
-// How many objects that value is made of, each counted once.
+// The number of different objects in the value.
 size_t objects_in(std::string const &image);

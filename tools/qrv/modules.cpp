@@ -50,7 +50,7 @@ bool tell_failure(std::string const &name, std::string const &reasons) {
     return false;
 }
 
-// The module's file without ".so" in the folder beside the program; empty for a path.
+// The path without ".so" of a module in the folder beside the program. Empty if the name is a path.
 std::string beside_program(std::string const &name) {
     std::error_code error;
     std::filesystem::path const program = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -58,7 +58,7 @@ std::string beside_program(std::string const &name) {
     return error || is_path ? "" : (program.parent_path() / "modules" / name).string();
 }
 
-// One that is there and can't be loaded is not replaced by another.
+// A broken file beside the program ends the search: no other file of that name is loaded.
 bool load(std::string const &name) {
     try {
         std::string const beside = beside_program(name);

@@ -42,15 +42,15 @@ cRules::~cRules() { report_.watch(nullptr); }
 
 void cRules::tell_unheard(cPlace end) { ::tell_unheard(source_, end, mistaken_, report_); }
 
-// What is read of a value comes before what is said of it as a whole: all errors behind its place
-// are inside it.
+// The reader reports errors inside a value before the error about the value. So all known errors
+// after the value's place are inside it.
 void cRules::leave_out(cat::ReadError error) {
     if (mistaken_.lower_bound(place_of(error)) != mistaken_.end()) return;
     std::string const type = source_.type_at(place_of(error)).value_or("");
     if (left_out_[type]++ < report_.limit()) unexplained_.push_back({type, std::move(error)});
 }
 
-// Each error is either told here or follows from one before it: in a declaration, too.
+// Declarations come before their objects, so one pass in the order of the file is enough.
 void cRules::tell_unexplained() {
     if (unexplained_.empty()) return;
     std::set<cPlace> explained;

@@ -9,9 +9,8 @@
 //     was told to be wrong, and a declaration with an error inside is just none
 //   - so is what follows at each object from an error in its type's declaration
 //   - unknown names of types, keys and choices come with the closest one that is known
-//   - no value is lost without an error: what was left out though nothing explains it, neither an
-//     error about the value or inside it nor one in its type's declaration, is told as the reader
-//     said it
+//   - no value is lost without an error: an error about a value is dropped only if another error is
+//     at the value, inside it, or in its type's declaration; else the reader's text is reported
 // Beyond a report's limit errors are counted and nothing is made up for them.
 
 #include "qrv/text/creadreport.h"
@@ -31,7 +30,7 @@ class cRules : public cat::ReadWatch {
 
     // When reading has ended there: what was passed over before without a word.
     void tell_unheard(cPlace end);
-    // When all else is told: what was left out and isn't explained.
+    // After all other errors: reports the dropped errors that follow from none of them.
     void tell_unexplained();
 
     void invalid(cObj &object) override;
@@ -59,6 +58,6 @@ class cRules : public cat::ReadWatch {
         std::string type;
         cat::ReadError error;
     };
-    std::vector<cUnexplained> unexplained_;  // left out with no error about the value or inside it
-    std::map<std::string, size_t> left_out_; // how many of a type
+    std::vector<cUnexplained> unexplained_;  // no error is at the value or inside it
+    std::map<std::string, size_t> left_out_; // number of these by type
 };

@@ -76,8 +76,8 @@ class cEntries {
   public:
     explicit cEntries(cTokens &tokens) : tokens_(tokens) {}
 
-    // True at the token behind each `=` and the separators that the reader passes over there; false
-    // behind the closing bracket, and at the end.
+    // True at the first token of each value. The reader skips separators before a value. False
+    // after the closing bracket, and at the end of the text.
     bool next() {
         while (!closed_ && tokens_.next()) {
             int const code = tokens_.token().code;
@@ -112,7 +112,7 @@ class cEntries {
     int depth_ = 0;
     bool closed_ = false;
     bool has_value_ = false;
-    objref key_; // whose value comes
+    objref key_; // set while its value is expected
     cPlace key_place_;
 };
 
@@ -317,7 +317,7 @@ class cSource::cDeclarationWalk {
         declares_ = specifies_ = false;
     }
 
-    // Whose brackets these are; null if they are others.
+    // The declaration in whose brackets the walk is; null outside of declarations.
     cDeclaration *declaration() const {
         if (open_.empty() || !open_.back().declarations) return nullptr;
         return &(*open_.back().declarations)[open_.back().index];
@@ -340,7 +340,7 @@ class cSource::cDeclarationWalk {
     objref key_;
     cPlace place_, value_; // of the key and the value
     bool awaits_value_ = false;
-    bool declares_ = false, specifies_ = false; // of the value, if brackets come
+    bool declares_ = false, specifies_ = false; // by the value's first token; brackets must follow
 };
 
 cSource::cDeclarations &cSource::declarations() {

@@ -51,7 +51,7 @@ class cSource {
     std::optional<cPlace> declared(std::string const &type, objref const &key, cPlace before);
     // Where the attspec of the key stands in that declaration.
     std::optional<cPlace> specified(std::string const &type, objref const &key, cPlace before);
-    // Is one of the places in a declaration of it?
+    // Is one of the places inside a declaration of the type?
     bool has_in_declaration(std::string const &type, std::set<cPlace> const &places);
     // Has a declaration of it failed before that place?
     bool has_failed(std::string const &type, cPlace before);

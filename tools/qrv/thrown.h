@@ -1,7 +1,7 @@
 #pragma once
-// What stopped the work, for messages.
+// Exceptions in messages.
 
 #include <string>
 
-// In a handler: the words of the exception that is handled.
+// The text of the exception that is being handled. Call it inside a catch block only.
 std::string thrown();

@@ -1,4 +1,4 @@
-// Its set-up throws an error of the library, which is an exception of a class of its own.
+// The set-up throws an error of the library.
 #include "tests/modules/shared/module.h"
 
 #include "qrv/diagnostics/cerr.h"

@@ -1,4 +1,4 @@
-// Throws an exception of the library where an error is raised after its set-up.
+// After the set-up, every raised error throws an exception of the library.
 #include "tests/modules/shared/module.h"
 
 #include "qrv/diagnostics/cerr.h"
