@@ -116,7 +116,7 @@ class ToolModuleSearch : public ToolModule {
     cRun run_copy(std::vector<std::string> arguments) const {
         cStart start;
         start.program = path("bin/qrv");
-        start.prepare = [] { ::setenv("LD_LIBRARY_PATH", test::binary_file("").c_str(), 1); };
+        start.prepare = [] { ::setenv("LD_LIBRARY_PATH", test::binary_file("lib").c_str(), 1); };
         return run(std::move(arguments), start);
     }
     void copy_beside(std::string const &module, std::string const &name) const {
