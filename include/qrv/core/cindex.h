@@ -2,6 +2,8 @@
 // Numbers as indices: which types of numbers may stand for an int, and the checked conversion.
 // One thread at a time.
 
+#include "qrv/ccomp.h"
+
 #include <concepts>
 #include <stdexcept>
 #include <type_traits>
