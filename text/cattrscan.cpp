@@ -45,6 +45,7 @@ int cAttrScan::gettok(cAttrLiteral &token) {
             text_state().collect_comment(token.text);
         }
     }
+    token = this->token(); // the place of the end, also when it was read before
     token.code = tkEof;
     token.text.clear();
     return tkEof;

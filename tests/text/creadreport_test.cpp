@@ -151,6 +151,11 @@ TEST_F(ReadReports, give_the_place_of_the_closing_bracket_of_a_typed_value) {
     EXPECT_EQ(places("{ c= attspec(flag= \n[1\n ) }"), "2:1>3:2 1:6 1:6 ");
 }
 
+TEST_F(ReadReports, give_the_place_of_the_end_again_where_it_was_read_before) {
+    EXPECT_EQ(places("[\n attlist(int(5)\n  )]"), "3:3 3:3 3:3 ");
+    EXPECT_EQ(places("{\n attspec(type= int) \n"), "2:2 3:1 3:1 3:1 1:1>3:1 ");
+}
+
 TEST_F(ReadReports, give_the_place_of_the_end_of_input_in_a_typed_value) {
     EXPECT_EQ(places("choice({\n"), "1:7>2:1 1:8>2:1 ");
     EXPECT_EQ(places("choice({\n\n "), "1:7>3:2 1:8>3:2 ");
