@@ -239,6 +239,27 @@ TEST_F(ToolRules, a_name_that_is_taken_by_a_type_of_another_kind) {
                   failed_code);
 }
 
+TEST_F(ToolRules, a_type_is_given_by_its_name_alone) {
+    EXPECT_EQ(check("{T= attlist(x= attspec(type= int(5)));}"),
+              "f:1:30: error: Wrong type-entry in attspec: a type stands there by its name alone, "
+              "not with brackets" +
+                  wrong_code);
+}
+
+TEST_F(ToolRules, a_type_without_a_name_is_told_as_one) {
+    EXPECT_EQ(check("{T= attlist(x= attspec(type= choice({a= 1})));\na= T(x= 1);}"),
+              "f:2:6: error: key 'x' of type T must be an object of a type without a name, not an "
+              "int, path /a/x, declared at 1:13" +
+                  wrong_code);
+}
+
+TEST_F(ToolRules, names_that_begin_with_a_capital_vowel) {
+    EXPECT_EQ(check("{Axis= attlist();\nT= attlist(x= attspec(type= Axis));\na= T(x= 1);}"),
+              "f:3:6: error: key 'x' of type T must be an Axis, not an int, path /a/x, declared at "
+              "2:12" +
+                  wrong_code);
+}
+
 TEST_F(ToolRules, declarations_that_declare_nothing) {
     EXPECT_EQ(check("{a= attspec();}"), "f:1:5: error: an empty attspec can't be read: "
                                         "attspec(flag= #IMPLIED) takes any value" +
@@ -251,6 +272,8 @@ TEST_F(ToolRules, declarations_that_declare_nothing) {
               "declared at 1:2" +
                   failed_code);
     EXPECT_EQ(check("{E= attlist();\ne= E();}"), "");
+    EXPECT_EQ(check("{E= attlist();\ne= E(;);}"),
+              "f:2:4: error: type E has no keys: its objects are empty, as E()" + failed_code);
 }
 
 TEST_F(ToolRules, a_file_with_broken_objects_is_not_rewritten) {

@@ -209,6 +209,7 @@ std::string kind_of(objref const &value) {
 }
 
 std::string with_article(std::string const &name) {
-    bool const vowel = !name.empty() && std::string("aeiou").find(name[0]) != std::string::npos;
+    if (name.empty()) return "an object of a type without a name";
+    bool const vowel = std::string("aeiouAEIOU").find(name[0]) != std::string::npos;
     return (vowel ? "an " : "a ") + shortened(name);
 }

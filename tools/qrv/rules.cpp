@@ -124,7 +124,7 @@ bool cRules::tell_failed(cat::ReadError &error, std::string const &name) {
     if (is_number) error.text = no_formatted_number(place);
     if (is_choice) error.text = unknown_choice(error, *type);
     if (is_set)
-        error.text = "type " + shortened(name) + " has no keys: no object of it can be read";
+        error.text = "type " + shortened(name) + " has no keys: its objects are empty, as " + shortened(name) + "()";
     if (type == &cat::typetype_choice())
         error.text = "a choice type needs choices: choice({a= 1; b= 2;})";
     if (type == &cat::type_attspec())
@@ -184,6 +184,8 @@ void cRules::tell_unknown_type_of_key(cat::ReadError &error) {
         if (cat::as_string(entry.key) != "type" || !entry.value) continue;
         error.line = entry.value->line;
         error.column = entry.value->column;
-        error.text += ": no type '" + shortened(entry.text) + "'" + known_types(entry.text);
+        error.text += known_type(entry.text)
+                          ? ": a type stands there by its name alone, not with brackets"
+                          : ": no type '" + shortened(entry.text) + "'" + known_types(entry.text);
     }
 }
