@@ -173,6 +173,14 @@ TEST_F(ToolModuleSearch, that_fails_lists_all_places) {
         EXPECT_NE(told.find(place), std::string::npos) << place << "\n" << told;
 }
 
+TEST_F(ToolModule, whose_name_ends_in_a_slash_is_none) {
+    for (std::string const name : {"/", "./", "modules/"})
+        EXPECT_EQ(run({"get", "f", "a", "--module", name}),
+                  (cRun{2, "",
+                        "qrv: error: cannot load the module '" + name +
+                            "'\nqrv: note: it is a file that is named, not its folder\n"}));
+}
+
 TEST_F(ToolModule, its_name_is_needed) {
     EXPECT_EQ(run({"get", "f", "a", "--module"}),
               (cRun{2, "",
