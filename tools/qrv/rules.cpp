@@ -124,7 +124,8 @@ bool cRules::tell_failed(cat::ReadError &error, std::string const &name) {
     if (is_number) error.text = no_formatted_number(place);
     if (is_choice) error.text = unknown_choice(error, *type);
     if (is_set)
-        error.text = "type " + shortened(name) + " has no keys: its objects are empty, as " + shortened(name) + "()";
+        error.text = "type " + shortened(name) + " has no keys: its objects are empty, as " +
+                     shortened(name) + "()";
     if (type == &cat::typetype_choice())
         error.text = "a choice type needs choices: choice({a= 1; b= 2;})";
     if (type == &cat::type_attspec())
