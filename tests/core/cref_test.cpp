@@ -345,3 +345,14 @@ TEST_F(Destruction, a_chain_of_two_million_handles_of_a_derived_class_is_destroy
     top = nullptr;
     EXPECT_EQ(cLink::destroyed, 2000000);
 }
+
+TEST_F(Destruction, handles_to_constant_objects_destroy_them) {
+    cLink::destroyed = 0;
+    cRef<cLink const> link = cRef<cLink const>(make<cLink>(nullptr));
+    cRef<cObj const> same = link;
+    EXPECT_EQ(link, same);
+    link = nullptr;
+    EXPECT_EQ(cLink::destroyed, 0);
+    same = nullptr;
+    EXPECT_EQ(cLink::destroyed, 1);
+}

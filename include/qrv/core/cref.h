@@ -58,7 +58,7 @@ template <> class QRV_API cRefTraits<cObj> {
 // Handles that name a class derived from cObj destroy as objref does.
 template <class T> void cRefTraits<T>::destroy(T *target) {
     if constexpr (std::is_base_of_v<cObj, T>) {
-        cRefTraits<cObj>::destroy(target);
+        cRefTraits<cObj>::destroy(const_cast<std::remove_const_t<T> *>(target));
     } else {
         target->incref();
         delete target;
