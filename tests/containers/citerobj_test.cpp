@@ -6,6 +6,8 @@
 #include "qrv/core/cobjd.h"
 #include "tests/support/fixture.h"
 
+#include <concepts>
+
 namespace {
 
 class CursorEdge : public QrvTest {};
@@ -269,4 +271,17 @@ TEST_F(Cursor, listings_of_containers_and_others) {
     number->set_omember("m", cat::of(1));
     cTomIterator::dump(*number);
     EXPECT_EQ(messages(), "cObj of type = int  ommap-size =1\n");
+}
+
+template <class A, class B>
+concept cThreeWay = requires(A a, B b) {
+    a <=> b;
+};
+
+TEST_F(Cursor, has_no_three_way_comparison) {
+    static_assert(!cThreeWay<cIterObj &, cIterObj const &>);
+    static_assert(!cThreeWay<cIterObj &, bool> && !cThreeWay<bool, cIterObj &>);
+    static_assert(std::equality_comparable<cIterObj>);
+    auto map = abc();
+    EXPECT_TRUE(map->begin() == map->begin() && map->begin() != map->end());
 }

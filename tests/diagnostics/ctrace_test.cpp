@@ -360,7 +360,8 @@ concept cOrdered = requires(A a, B b) {
 }
 || requires(A a, B b) { a > b; }
 || requires(A a, B b) { a <= b; }
-|| requires(A a, B b) { a >= b; };
+|| requires(A a, B b) { a >= b; }
+|| requires(A a, B b) { a <=> b; };
 template <class A, class B>
 concept cShifted = requires(A a, B b) {
     a << b;

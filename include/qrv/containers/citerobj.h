@@ -40,6 +40,7 @@ class QRV_API cIterObj : public cObj {
     template <class T> void operator>(T const &) const = delete;
     template <class T> void operator<=(T const &) const = delete;
     template <class T> void operator>=(T const &) const = delete;
+    template <class T> void operator<=>(T const &) const = delete;
     template <cNumber T> friend void operator+(T, cIterObj const &) = delete;
     template <cNumber T> friend void operator-(T, cIterObj const &) = delete;
     template <cNumber T> friend void operator<(T, cIterObj const &) = delete;

@@ -126,6 +126,8 @@ class QRV_API cTracer {
     friend void operator<=(auto const &, cTracer const &) = delete;
     friend void operator>=(cTracer const &, auto const &) = delete;
     friend void operator>=(auto const &, cTracer const &) = delete;
+    friend void operator<=>(cTracer const &, auto const &) = delete;
+    friend void operator<=>(auto const &, cTracer const &) = delete;
     template <class Stream>
     requires std::derived_from<std::remove_cvref_t<Stream>, std::ios_base>
     friend void operator<<(Stream &&, cTracer const &) = delete;
