@@ -112,9 +112,9 @@ TEST_F(Loader, what_can_be_no_path_does_not_reach_the_system) {
 }
 
 TEST_F(Loader, a_path_to_a_pipe_a_device_or_a_socket_does_not_reach_the_system) {
-    for (mode_t const mode : {S_IFIFO, S_IFCHR, S_IFBLK, S_IFSOCK}) {
+    for (int const mode : {S_IFIFO, S_IFCHR, S_IFBLK, S_IFSOCK}) {
         static mode_t kind;
-        kind = mode;
+        kind = static_cast<mode_t>(mode);
         cat::os.stat = [](char const *path, struct stat *info) {
             if (std::string(path) != "/part.so") return -1;
             info->st_mode = kind | 0600;
@@ -126,9 +126,9 @@ TEST_F(Loader, a_path_to_a_pipe_a_device_or_a_socket_does_not_reach_the_system) 
         EXPECT_EQ(failures, "/part.so: not a regular file\n/part: no");
         EXPECT_EQ(tried, Paths{"/part"});
     }
-    for (mode_t const mode : {S_IFREG, S_IFDIR}) {
+    for (int const mode : {S_IFREG, S_IFDIR}) {
         static mode_t kind;
-        kind = mode;
+        kind = static_cast<mode_t>(mode);
         cat::os.stat = [](char const *, struct stat *info) {
             info->st_mode = kind | 0600;
             return 0;
