@@ -34,4 +34,6 @@ void cat::use_console() {
     sig_idle();                                           // RE-ENTERS
 }
 
+bool cat::has_console() noexcept { return the_console != nullptr; }
+
 void cat::end_console() { delete std::exchange(the_console, nullptr); }

@@ -134,12 +134,13 @@ void cTheOutStreambuf::drop_start_text() {
 }
 
 void cTheOutStreambuf::write_last_words() noexcept {
-    if (synced_) return;
+    if (synced_ && !cat::has_console()) return;
+    int const descriptor = synced_ ? 1 : 2;
     drop_start_text();
-    std::string_view text = pending_;
+    std::string_view text = synced_ ? "" : std::string_view(pending_);
     if (text.ends_with(cat::end_text)) text.remove_suffix(cat::end_text.size());
-    cat::write_all(2, text);
-    cat::write_all(2, {pbase(), static_cast<std::size_t>(pptr() - pbase())});
+    cat::write_all(descriptor, text);
+    cat::write_all(descriptor, {pbase(), static_cast<std::size_t>(pptr() - pbase())});
     pending_.clear();
     empty();
 }

@@ -26,6 +26,9 @@ int format_message(cMessageText &text, char const *format, va_list args)
 // std::cerr is in; to std::cerr while there is no global buffer. RE-ENTERS
 void put_message(std::string_view text);
 
+// Does the display of use_console() live?
+bool has_console() noexcept;
+
 // Removes the display of use_console(), if there is one. RE-ENTERS: the last text is delivered.
 void end_console();
 

@@ -6,6 +6,7 @@
 #include "qrv/diagnostics/cerr.h"
 
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
 #include <iostream>
 
@@ -58,6 +59,10 @@ int child(std::string const &what) {
         std::cout << "first line\nsecond ";
         say("[nothing is flushed]");
         std::cout << "line" << std::endl;
+    } else if (what == "terminates") {
+        cat::use_console();
+        std::cout << "flushed\n" << std::flush << "waiting\n";
+        std::terminate();
     } else if (what == "idle before") {
         sig_idle();
         cat::use_console();
@@ -120,6 +125,7 @@ int main(int argc, char **argv) {
     CHECK_TEXT(run_self("static object").output, "static object\n");
     CHECK_TEXT(run_self("pipe").output, "[nothing is flushed]first line\nsecond line\n");
     CHECK_TEXT(run_self("idle before").output, "seen\n");
+    CHECK_TEXT(run_self("terminates").output, "flushed\nwaiting\n");
     CHECK_TEXT(on_a_terminal(), "first line\n|second line\n|" + std::string(2046, 'x') + '|' +
                                     std::string(954, 'x') + "y\n|with a zero\nprompt: |error|rest");
     return failures != 0;

@@ -73,7 +73,8 @@ class QRV_API cTheOutStreambuf : public cOutStreambuf {
     // Forgets the library's version text, if it is still kept.
     void drop_start_text();
     // For the end of the process: if sig_idle has not been fired, writes the program's text that is
-    // kept or waits for a flush to descriptor 2, and forgets it.
+    // kept or waits for a flush to descriptor 2, and forgets it. After cat::use_console() the text
+    // that waits for a flush goes to descriptor 1.
     void write_last_words() noexcept;
 
   private:
