@@ -164,11 +164,13 @@ operator<=>(cRef<T, A> const &a, U *b) noexcept {
 }
 
 // By identity too.
-template <class T, class A> struct std::hash<cRef<T, A>> {
+namespace std {
+template <class T, class A> struct hash<cRef<T, A>> {
     std::size_t operator()(cRef<T, A> const &ref) const noexcept {
         return std::hash<T *>{}(ref.get());
     }
 };
+} // namespace std
 
 // Would print an address: write the object with cObj::writeobj, or its text with cat::as_text.
 template <class Stream, class T, class A>
