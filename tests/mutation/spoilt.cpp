@@ -2,13 +2,13 @@
 
 #include "qrv/text/cattrscan.h"
 #include "qrv/text/creadreport.h"
+#include "tests/support/memory_file.h"
 #include "tools/qrv/commands.h"
 
 #include <fcntl.h>
 #include <functional>
 #include <sstream>
 #include <stdexcept>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -28,31 +28,6 @@ class cScanner : public cAttrScanner {
 class cCommentScan : public cAttrScan { // reads as the tool does
   public:
     explicit cCommentScan(std::istream &is) : cAttrScan(is, false) { return_com(true); }
-};
-
-// An open file without a name.
-class cMemory {
-  public:
-    explicit cMemory(std::string const &bytes) : descriptor_(::memfd_create("case", 0)) {
-        if (::pwrite(descriptor_, bytes.data(), bytes.size(), 0) !=
-            static_cast<ssize_t>(bytes.size()))
-            throw std::runtime_error("memfd: write failed");
-    }
-    cMemory(cMemory const &) = delete;
-    cMemory &operator=(cMemory const &) = delete;
-    ~cMemory() { ::close(descriptor_); }
-
-    int descriptor() const { return descriptor_; }
-    std::string name() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
-    std::string bytes() const {
-        std::string all(static_cast<size_t>(::lseek(descriptor_, 0, SEEK_END)), '\0');
-        if (::pread(descriptor_, all.data(), all.size(), 0) != static_cast<ssize_t>(all.size()))
-            throw std::runtime_error("memfd: read failed");
-        return all;
-    }
-
-  private:
-    int descriptor_;
 };
 
 // Runs the work in a copy of this process. Returns its result (0 to 127), or -1 if the copy died.
@@ -115,7 +90,7 @@ bool is_reported(std::string const &text) {
 }
 
 cChecked checked(std::string const &text) {
-    cMemory const file(text), lines("");
+    test::cMemory const file(text), lines("");
     int const status = in_copy([&] {
         if (::dup2(lines.descriptor(), STDERR_FILENO) < 0) return exit_failed + 1;
         cCheckOptions options;

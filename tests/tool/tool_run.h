@@ -5,6 +5,7 @@
 //   write("f", "[1, 2]");
 //   EXPECT_EQ(run({"fmt", "f"}), (cRun{0, "[1, 2, ]\n", ""}));
 
+#include "tests/support/memory_file.h"
 #include "tests/support/paths.h"
 
 #include <gtest/gtest.h>
@@ -38,32 +39,7 @@ inline void PrintTo(cRun const &run, std::ostream *os) {
     *os << "status " << run.status << "\n--- out\n" << run.out << "--- err\n" << run.err << "---";
 }
 
-// An open file without a name, written and read by descriptor.
-class cMemory {
-  public:
-    explicit cMemory(std::string const &bytes = {}) : descriptor_(::memfd_create("tool", 0)) {
-        for (size_t done = 0; done < bytes.size();) {
-            ssize_t const count = ::write(descriptor_, bytes.data() + done, bytes.size() - done);
-            if (count <= 0) throw std::runtime_error("memfd: write failed");
-            done += static_cast<size_t>(count);
-        }
-        ::lseek(descriptor_, 0, SEEK_SET);
-    }
-    cMemory(cMemory const &) = delete;
-    cMemory &operator=(cMemory const &) = delete;
-    ~cMemory() { ::close(descriptor_); }
-
-    int descriptor() const { return descriptor_; }
-    std::string bytes() const {
-        std::string all(static_cast<size_t>(::lseek(descriptor_, 0, SEEK_END)), '\0');
-        if (::pread(descriptor_, all.data(), all.size(), 0) != static_cast<ssize_t>(all.size()))
-            throw std::runtime_error("memfd: read failed");
-        return all;
-    }
-
-  private:
-    int descriptor_;
-};
+using test::cMemory;
 
 // How to start the tool other than with no input and all output taken.
 struct cStart {
