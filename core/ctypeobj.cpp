@@ -34,12 +34,10 @@ objref iterobj_default(objref) { return cat::bad(); }
 // types of executables and of types, whose objects have no value to assign.
 objref raw_newobj(objref) { return make<cObjD<std::string>>(); }
 
-bool is_string_object(cObj *obj) { return dynamic_cast<cObjDR<std::string> *>(obj) != nullptr; }
-
 bool raw_assign(cObj &obj, objref &source) {
     if (source == &obj) return true;
-    if (!is_string_object(&obj) || !is_string_object(source)) return false;
-    return cat::assign_string(obj, source);
+    bool const are_strings = cat::value_in<std::string>(&obj) && cat::value_in<std::string>(source);
+    return are_strings && cat::assign_string(obj, source);
 }
 
 } // namespace

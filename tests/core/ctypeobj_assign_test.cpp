@@ -40,8 +40,10 @@ TEST_F(AssignType, an_executable_does_not_take_the_value_of_another) {
 TEST_F(AssignType, an_executable_does_not_take_the_value_of_a_string_nor_of_a_number) {
     objref const exe = make<cExeMember>(accept);
     std::uintptr_t const before = function_of(exe);
+    cErrorLog errors;
     EXPECT_FALSE(exe->assign(cat::of("text")));
     EXPECT_FALSE(exe->assign(cat::of(1)));
+    EXPECT_EQ(errors.text(), "");
     EXPECT_EQ(function_of(exe), before);
 }
 
