@@ -77,6 +77,16 @@ TEST_F(ReaderMethod, an_error_before_the_first_key_of_a_list_counts_like_one_aft
                         "0x40000001 Line 1: : Failed to read value, type attspec\n");
 }
 
+TEST_F(ReaderMethod, an_error_inside_the_first_value_of_a_list_ends_it) {
+    EXPECT_EQ(container("a=[1; ?]; b=2", false), "1: null");
+    EXPECT_EQ(messages(), "Line 1: Unexpected token '?\n"
+                          "Line 1: Input is no valid container\n"
+                          "Line 1: Attributes scanner with *** 2 errors ***\n");
+    EXPECT_EQ(container("a=[1; ?]; b=2", true), "1: {\n  a= [1, ];\n  b= 2;\n}");
+    EXPECT_EQ(messages(), "Line 1: Unexpected token '?\n"
+                          "Line 1: Attributes scanner with *** 1 errors ***\n");
+}
+
 // A type whose text is a bare list, and whose objects are keys.
 TEST_F(ReaderMethod, the_first_value_of_a_list_inside_a_key_is_no_key) {
     typeref const type = typeref::adopt(new cTypeObj("ListKey"));
