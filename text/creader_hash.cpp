@@ -57,7 +57,7 @@ class cHashReader {
     cNext read_key(cEntry &entry);
     bool read_value(cEntry &entry);
     void register_type(cEntry &entry);
-    objref store(cEntry const &entry); // the value in the tree then, bad if there is none
+    objref store(cEntry const &entry); // the value that the key has afterwards, bad if none
     objref stored(objref const &key) const;
     bool insert(objref const &key, objref const &value, objref &held);
     cAttrNode const *find_in_set(cObj const &value);

@@ -30,11 +30,11 @@ class Untyped : public QrvTest {
 
 objref key(char const *text) { return own_key(std::string(text)); }
 
-// How a result is told. `x` is the object that the operation was done to.
-std::string told(bool result, objref const &) { return result ? "true" : "false"; }
-std::string told(int result, objref const &) { return std::to_string(result); }
-std::string told(std::string const &result, objref const &) { return "'" + result + "'"; }
-std::string told(objref const &result, objref const &x) {
+// How a result is shown. `x` is the object that the operation was done to.
+std::string shown(bool result, objref const &) { return result ? "true" : "false"; }
+std::string shown(int result, objref const &) { return std::to_string(result); }
+std::string shown(std::string const &result, objref const &) { return "'" + result + "'"; }
+std::string shown(objref const &result, objref const &x) {
     if (!result) return "null";
     if (result == x) return "itself";
     if (result == cat::nil()) return "nil";
@@ -50,7 +50,7 @@ struct cOperation {
 
 #define OPERATION(expression)                                                                      \
     cOperation {                                                                                   \
-#expression, [](objref const &x) { return told((expression), x); }                         \
+#expression, [](objref const &x) { return shown((expression), x); }                        \
     }
 #define DONE(expression)                                                                           \
     cOperation {                                                                                   \
@@ -244,7 +244,7 @@ struct cPairOperation {
 };
 #define PAIR(expression)                                                                           \
     cPairOperation {                                                                               \
-#expression, [](objref const &x, objref const &y) { return told((expression), x); }        \
+#expression, [](objref const &x, objref const &y) { return shown((expression), x); }       \
     }
 #define PAIR_DONE(expression)                                                                      \
     cPairOperation {                                                                               \
@@ -358,44 +358,44 @@ template <class Container> std::string filled(objref const &x) {
     auto const c = make<Container>();
     std::string results;
     c->append(cat::of(1));
-    results += told(c->append(x), x) + told(c->append(x), x);
-    results += told(c->setattr(cat::of(1), x), x) + told(c->setattr(x, cat::of(1)), x);
-    results += told(c->getattr(cat::of(1)), x) + told(c->getattr(x), x);
+    results += shown(c->append(x), x) + shown(c->append(x), x);
+    results += shown(c->setattr(cat::of(1), x), x) + shown(c->setattr(x, cat::of(1)), x);
+    results += shown(c->getattr(cat::of(1)), x) + shown(c->getattr(x), x);
     cAttrHash &hash = c->datamap();
-    results += told(hash.mapitem(x, x), x) + told(hash.mapitem("v", x), x);
-    results += told(hash.setitem("v", x), x) + told(hash.setitem(x, x), x);
-    results += told(hash.copyitem(key("v"), x, true), x) + told(hash.copyitem(x, x, false), x);
-    results += told(hash.find(x) == nullptr, x) + told(hash.posofkey(x), x);
-    results += told(hash.findvalue(*x) == nullptr, x) + told(hash.findvalref(x) == nullptr, x);
-    results += told(hash.insert(x, x, nullptr) == nullptr, x);
-    results += told(hash.insert(key("i"), x, nullptr) == nullptr, x);
-    results += told(hash.erase(x) == nullptr, x) + told(hash.delitem(x), x);
-    results += told(hash.vect_insert(0, x), x) + told(hash.vect_append(x), x);
-    results += told(hash.detach(), x) + told(hash.detach(x), x);
+    results += shown(hash.mapitem(x, x), x) + shown(hash.mapitem("v", x), x);
+    results += shown(hash.setitem("v", x), x) + shown(hash.setitem(x, x), x);
+    results += shown(hash.copyitem(key("v"), x, true), x) + shown(hash.copyitem(x, x, false), x);
+    results += shown(hash.find(x) == nullptr, x) + shown(hash.posofkey(x), x);
+    results += shown(hash.findvalue(*x) == nullptr, x) + shown(hash.findvalref(x) == nullptr, x);
+    results += shown(hash.insert(x, x, nullptr) == nullptr, x);
+    results += shown(hash.insert(key("i"), x, nullptr) == nullptr, x);
+    results += shown(hash.erase(x) == nullptr, x) + shown(hash.delitem(x), x);
+    results += shown(hash.vect_insert(0, x), x) + shown(hash.vect_append(x), x);
+    results += shown(hash.detach(), x) + shown(hash.detach(x), x);
     hash.rename(key("v"), x);
     hash.rename(x, key("v"));
-    results += told(c->findvalue(*x), x) + told(c->findvalref(x), x);
-    results += told(c->valref_(x), x) + told(c->submap_ptr(x) == nullptr, x);
-    results += told(c->attspec(x) == cAttspec::nilspec(), x);
-    results += told(c->equal(*c), x) + told(c->equal_unsorted(*x), x);
+    results += shown(c->findvalue(*x), x) + shown(c->findvalref(x), x);
+    results += shown(c->valref_(x), x) + shown(c->submap_ptr(x) == nullptr, x);
+    results += shown(c->attspec(x) == cAttspec::nilspec(), x);
+    results += shown(c->equal(*c), x) + shown(c->equal_unsorted(*x), x);
     cIterObj it = c->begin();
-    results += told(it.setkey(x), x) + told(it.setpos(-2), x) + told(it.value().equal(*x), x);
-    results += told(cat::as_text(c), x);
+    results += shown(it.setkey(x), x) + shown(it.setpos(-2), x) + shown(it.value().equal(*x), x);
+    results += shown(cat::as_text(c), x);
     objref const copy = c->clone();
-    results += told(copy, x) + told(copy->equal(*c), x) + told(cat::as_text(copy), x);
-    results += told(c->detach(true), x) + told(c->add(*copy), x) + told(cat::as_text(c), x);
+    results += shown(copy, x) + shown(copy->equal(*c), x) + shown(cat::as_text(copy), x);
+    results += shown(c->detach(true), x) + shown(c->add(*copy), x) + shown(cat::as_text(c), x);
     c->remove_emptychilds(true);
     c->append_keys("q", ',');
     hash.set_vector();
-    results += told(hash.after_last_index(), x) + told(hash.broken_rule(true), x);
-    results += told(c->getslice(0, 9, &x->type()), x);
+    results += shown(hash.after_last_index(), x) + shown(hash.broken_rule(true), x);
+    results += shown(c->getslice(0, 9, &x->type()), x);
     c->set_entrytype(&x->type());
-    results += told(c->append(x), x) + told(c->setattr(cat::of(0), x), x);
+    results += shown(c->append(x), x) + shown(c->setattr(cat::of(0), x), x);
     c->clear();
     c->set_attspec(key("s"), specref::adopt(new cAttspec(x, asf_fixtype)));
-    results += told(c->setattr(key("s"), x), x) + told(c->getattr(key("s")), x);
+    results += shown(c->setattr(key("s"), x), x) + shown(c->getattr(key("s")), x);
     c->set_attspec(x, specref::adopt(new cAttspec(x, 0)));
-    return results + told(cat::as_text(c), x);
+    return results + shown(cat::as_text(c), x);
 }
 
 std::string ordered(objref const &x) {
@@ -412,40 +412,40 @@ std::string ordered(objref const &x) {
 
 std::string written(objref const &x) {
     std::ostringstream os;
-    std::string results = told(x->writeobj(os), x) + told(x->write(os), x);
-    results += told(x->write_constname(os), x);
+    std::string results = shown(x->writeobj(os), x) + shown(x->write(os), x);
+    results += shown(x->write_constname(os), x);
     std::istringstream is("1");
-    return results + told(x->read(is), x) + os.str();
+    return results + shown(x->read(is), x) + os.str();
 }
 
 std::string declared(objref const &x) {
     cAttspec spec(static_cast<int>(asf_required), nullptr);
-    std::string results = told(spec.setattr(key("default"), x), x);
-    results += told(spec.setattr(key("type"), x), x) + told(spec.setattr(key("flag"), x), x);
-    results += told(spec.setattr(x, x), x) + told(spec.getattr(x), x);
+    std::string results = shown(spec.setattr(key("default"), x), x);
+    results += shown(spec.setattr(key("type"), x), x) + shown(spec.setattr(key("flag"), x), x);
+    results += shown(spec.setattr(x, x), x) + shown(spec.getattr(x), x);
     spec.set_default(x, true);
     spec.set_type(&x->type());
-    results += told(spec.getattr(key("type")), x) + told(spec.getattr(key("default")), x);
+    results += shown(spec.getattr(key("type")), x) + shown(spec.getattr(key("default")), x);
     cTypeObj type("untyped_member", nullptr);
     type.set_tmember("m", x);
     type.set_tmember("assign", x);
     type.set_tmember(x, x);
-    results += told(type.tmember("m"), x) + told(type.tmember(x), x);
+    results += shown(type.tmember("m"), x) + shown(type.tmember(x), x);
     cTypeModifier const modifier(type, "m", x);
     cObj of_type(true);
     of_type.set_type(&type);
-    return results + told(of_type.convert(x), x) + told(of_type.assign(x), x);
+    return results + shown(of_type.convert(x), x) + shown(of_type.assign(x), x);
 }
 
 std::string chosen(objref const &x) {
     typeref const choice = make<cTypeObj>(&cat::typetype_choice(), "untyped_choices", nullptr);
     auto const choices = make<cMapObj>();
     choices->setattr(key("a"), x);
-    std::string results = told(choice->setattr(key("choices"), choices), x);
-    results += told(choice->setattr(key("choices"), x), x) + told(choice->setattr(x, x), x);
+    std::string results = shown(choice->setattr(key("choices"), choices), x);
+    results += shown(choice->setattr(key("choices"), x), x) + shown(choice->setattr(x, x), x);
     objref const value = choice->newobj();
-    results += told(value->assign(x), x) + told(value->getattr(key("value")), x);
-    return results + told(value->setattr(key("value"), x), x) + told(cat::as_text(value), x);
+    results += shown(value->assign(x), x) + shown(value->getattr(key("value")), x);
+    return results + shown(value->setattr(key("value"), x), x) + shown(cat::as_text(value), x);
 }
 
 // The results, then the errors, without the ids in texts.

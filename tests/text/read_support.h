@@ -89,8 +89,8 @@ inline bool is_in_text(unsigned line, unsigned column, std::string const &text) 
     return line >= 1 && column >= 1 && column <= length + 1;
 }
 
-// The first entry whose place isn't in the text, or whose container ends before it begins; empty if
-// there is none.
+// The first entry whose place isn't in the text, or whose container ends before it begins. Empty if
+// all places are right.
 inline std::string misplaced(cat::ReadReport const &report, std::string const &text) {
     for (cat::ReadError const &e : report.entries()) {
         bool good = is_in_text(e.line, e.column, text);

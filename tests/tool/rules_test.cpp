@@ -241,7 +241,7 @@ TEST_F(ToolRules, a_name_that_is_taken_by_a_type_of_another_kind) {
 
 TEST_F(ToolRules, a_type_is_given_by_its_name_alone) {
     EXPECT_EQ(check("{T= attlist(x= attspec(type= int(5)));}"),
-              "f:1:30: error: Wrong type-entry in attspec: a type stands there by its name alone, "
+              "f:1:30: error: Wrong type-entry in attspec: a type is given by its name alone, "
               "not with brackets" +
                   wrong_code);
 }

@@ -186,7 +186,7 @@ void cRules::tell_unknown_type_of_key(cat::ReadError &error) {
         error.line = entry.value->line;
         error.column = entry.value->column;
         error.text += known_type(entry.text)
-                          ? ": a type stands there by its name alone, not with brackets"
+                          ? ": a type is given by its name alone, not with brackets"
                           : ": no type '" + shortened(entry.text) + "'" + known_types(entry.text);
     }
 }

@@ -13,8 +13,8 @@
 // and to destroy any signal or slot, from inside a call that a signal is making.
 //
 // Limits: one thread at a time, for everything here. A slot does not own its object: destroy the
-// slot first or together with it. An exception of a slot goes through to whoever fired the signal;
-// the targets behind it are not called then.
+// slot first or together with it. An exception of a slot reaches the caller of the signal, and the
+// remaining targets are not called.
 
 #include "qrv/ccomp.h"
 #include "qrv/core/cref.h"
@@ -39,7 +39,7 @@ class QRV_API cConnection {
     bool isdeleted() const { return delete_next_ != 0; }
     // The receiving end: its own base's emission does not walk into it.
     bool istarget() const { return (flags_ & target_bit) != 0; }
-    // True on the head of a ring, where walks end, and on a node that stands in no ring.
+    // True for the head of a ring, where walks end, and for a node that is in no ring.
     bool isend() const;
     // Blocked at either end, or cut.
     bool isblocked() const { return blocks_ > 0 || !partner_ || partner_->blocks_ > 0; }
@@ -150,7 +150,8 @@ class QRV_API cSSBase {
 
     virtual ~cSSBase();
 
-    // The ring, in the order in which targets are reached; both null while there is none. Walk:
+    // The ring, in the order in which targets are reached; both null before the first connection or
+    // block. Walk:
     // for (auto c = b.begin(); c != b.end(); c = c->next())
     cConnection *begin() const;
     cConnection *end() const;
