@@ -3,10 +3,10 @@
 // The functions that tell something lie in diagnostics/cfilename_told.cpp: there is no stream for
 // messages down here.
 
-#include "qrv/util/cfilename.h"
+#include "qrv/base/cfilename.h"
 
-#include "qrv/platform/cplatform.h"
-#include "util/cfilename_number.h"
+#include "base/cfilename_number.h"
+#include "qrv/base/platform/cplatform.h"
 
 #include <climits>
 #include <cstdio>

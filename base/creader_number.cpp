@@ -1,4 +1,4 @@
-#include "text/creader_number.h"
+#include "base/creader_number.h"
 
 // std::from_chars does the conversion. It knows no leading plus, takes "inf" and "nan", which are
 // no numbers here, and answers alike for too large and too small numbers; both are told apart by

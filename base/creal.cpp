@@ -2,9 +2,9 @@
 // answers alike for too large and too small numbers; the place of the first digit that isn't zero,
 // relative to the point and the exponent, tells them apart.
 
-#include "util/creal.h"
+#include "base/creal.h"
 
-#include "text/cwriter_chars.h"
+#include "base/cchars.h"
 
 #include <algorithm>
 #include <charconv>

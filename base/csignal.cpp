@@ -16,7 +16,7 @@
 //
 // Known limit: `blocks` and `uses` have 16 bits and wrap; nothing depends on their being exact.
 
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 
 #include <cstdio>
 #include <cstdlib>

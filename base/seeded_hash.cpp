@@ -1,6 +1,6 @@
 // SipHash-1-3 over the bytes, folded to 32 bits. The key is drawn once, at the first call.
 
-#include "containers/seeded_hash.h"
+#include "base/seeded_hash.h"
 
 #include <bit>
 #include <chrono>

@@ -1,6 +1,6 @@
 // Signals: firing one with n slots, and connecting and disconnecting n slots, beside libsigc++.
 // Ours looks for an earlier connection of the same pair at each connect and so is quadratic in n.
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 
 #include <benchmark/benchmark.h>
 #include <sigc++/sigc++.h>

@@ -3,8 +3,8 @@
 #include "qrv/containers/cattr.h"
 
 #include "containers/ccompare.h"
-#include "qrv/containers/cattrhash.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
 

@@ -7,13 +7,13 @@
 
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
+#include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/platform/cstack.h"
 
 #include <ostream>
 #include <utility>

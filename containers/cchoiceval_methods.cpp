@@ -2,11 +2,11 @@
 
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
+#include "qrv/base/csignal.h"
 #include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/signals/csignal.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 
 #include "containers/ccompare.h"
 
+#include "qrv/base/platform/cstack.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/platform/cstack.h"
 
 #include <ostream>
 #include <unordered_map>

@@ -2,8 +2,8 @@
 
 #include "containers/cglobals.h"
 
-#include "qrv/containers/cattrhash.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 

@@ -9,8 +9,8 @@
 #include "qrv/containers/citerobj.h"
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csignalobj.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/signals/csignalobj.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
+#include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/platform/cstack.h"
 
 #include <algorithm>
 #include <unordered_map>

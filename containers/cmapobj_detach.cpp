@@ -7,11 +7,11 @@
 
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
+#include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/platform/cstack.h"
 
 #include <unordered_map>
 #include <vector>

@@ -18,12 +18,12 @@
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
 #include "containers/cringwalk.h"
+#include "qrv/base/platform/cstack.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/platform/cstack.h"
 
 #include <array>
 #include <cstdint>

@@ -3,8 +3,8 @@
 #include "containers/cregistry_check.h"
 
 #include "core/cregistry.h"
-#include "qrv/containers/cattrhash.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 

@@ -4,7 +4,7 @@
 // be kept alive by whoever walks.
 // One thread at a time.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
 class cRingWalk {
   public:

@@ -6,13 +6,13 @@
 //
 // Only an object of class cSignalRef is taken for a signal: the type alone is a claim.
 
-#include "qrv/signals/csignalobj.h"
+#include "qrv/containers/csignalobj.h"
 
+#include "containers/csignalobj_types.h"
 #include "core/cregistry.h"
 #include "qrv/containers/cattr.h"
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cmodifier.h"
-#include "signals/csignalobj_types.h"
 
 #include <memory>
 

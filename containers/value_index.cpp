@@ -3,7 +3,7 @@
 
 #include "containers/value_index.h"
 
-#include "containers/seeded_hash.h"
+#include "base/seeded_hash.h"
 #include "core/cscalar.h"
 #include "qrv/core/cobjd.h"
 

@@ -8,7 +8,7 @@
 // a value in the hash may have been replaced or changed (foreign code ran) call forget().
 // One thread at a time.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
 #include <unordered_map>
 

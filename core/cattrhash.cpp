@@ -2,7 +2,7 @@
 // cKeep, nodes by cHold, keys and values by references of its own, since an argument may be part of
 // the node that goes. After the last foreign call only kept things are looked at.
 
-#include "containers/cattrhash_detail.h"
+#include "core/cattrhash_detail.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"

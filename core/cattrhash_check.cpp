@@ -12,7 +12,7 @@
 // In checking builds the cheap rules are held after each of the first changes of a small table and
 // after some later ones, and after every change number that is a power of two of any table.
 
-#include "containers/cattrhash_detail.h"
+#include "core/cattrhash_detail.h"
 #include "qrv/core/cobjd.h"
 
 #ifdef QRV_CHECKS

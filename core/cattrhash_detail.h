@@ -2,7 +2,7 @@
 // What the sources of cAttrHash share: the words of the table, guards, and the size table.
 // One thread at a time.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
 #include <span>
 

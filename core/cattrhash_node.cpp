@@ -1,6 +1,6 @@
 // cAttrNode, the node that stands for none, and the orders of nodes.
 
-#include "containers/cattrhash_detail.h"
+#include "core/cattrhash_detail.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
 

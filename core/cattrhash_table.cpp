@@ -13,8 +13,8 @@
 //                                    hash a file could be made to collide, get a seeded hash
 // Growing never asks a key for its hash.
 
-#include "containers/cattrhash_detail.h"
-#include "containers/seeded_hash.h"
+#include "base/seeded_hash.h"
+#include "core/cattrhash_detail.h"
 #include "core/cscalar.h"
 #include "qrv/core/cobjd.h"
 

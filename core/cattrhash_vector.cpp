@@ -5,7 +5,7 @@
 // While every key is exactly an int, the greatest index and whether the keys are 0 to n-1 are
 // known from counting; else the ring is walked, since converters of key types are foreign code.
 
-#include "containers/cattrhash_detail.h"
+#include "core/cattrhash_detail.h"
 #include "qrv/core/cobjd.h"
 
 namespace {

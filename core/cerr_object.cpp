@@ -1,9 +1,9 @@
 // Errors that tell of an object, and the one way of sending what was composed.
 
 #include "core/cregistry.h"
+#include "qrv/base/csignal.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/signals/csignal.h"
 
 #include <ostream>
 

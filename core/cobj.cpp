@@ -4,7 +4,7 @@
 #include "qrv/core/cobj.h"
 
 #include "core/cregistry.h"
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"

@@ -2,7 +2,7 @@
 // are reserved: "changed" (a signal) and "//" (the comment).
 
 #include "core/cregistry.h"
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"

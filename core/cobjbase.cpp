@@ -3,7 +3,7 @@
 #include "qrv/core/cobjbase.h"
 
 #include "core/cregistry.h"
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
 #include <ostream>
 #include <string>

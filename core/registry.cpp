@@ -2,8 +2,8 @@
 // does while the core is being made, where each step's result is stored at once for the next.
 
 #include "core/cregistry.h"
-#include "qrv/containers/cattrhash.h"
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
+#include "qrv/core/cattrhash.h"
 
 constinit cCore core{};
 

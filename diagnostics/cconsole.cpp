@@ -3,7 +3,7 @@
 #include "qrv/diagnostics/cconsole.h"
 
 #include "diagnostics/ccout_state.h"
-#include "qrv/platform/cplatform.h"
+#include "qrv/base/platform/cplatform.h"
 
 #include <utility>
 

@@ -14,8 +14,8 @@
 #include "qrv/diagnostics/ccout.h"
 
 #include "diagnostics/ccout_state.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ctrace.h"
-#include "qrv/platform/cplatform.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -9,8 +9,8 @@
 // look.
 
 #include "diagnostics/ccout_state.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/platform/cplatform.h"
 
 #include <locale>
 

@@ -3,10 +3,10 @@
 // The result of a search stands in one text of the process, made by the first search and never
 // freed, like the folder of the program's own file: a static object may search in its destructor.
 
+#include "base/cfilename_number.h"
+#include "qrv/base/cfilename.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/platform/cplatform.h"
-#include "qrv/util/cfilename.h"
-#include "util/cfilename_number.h"
 
 #include <charconv>
 #include <initializer_list>

@@ -6,8 +6,8 @@
 
 #include "qrv/diagnostics/ctrace.h"
 
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/platform/cplatform.h"
 
 #include <algorithm>
 #include <fstream>

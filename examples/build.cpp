@@ -4,7 +4,7 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/text/cfile.h"
+#include "qrv/text/file/cfile.h"
 
 #include <iostream>
 

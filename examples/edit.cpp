@@ -3,9 +3,9 @@
 #include "qrv/containers/cattr.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cexacttext.h"
-#include "qrv/text/cfile.h"
+#include "qrv/text/file/cfile.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cexacttext.h"
 
 #include <fstream>
 #include <iostream>

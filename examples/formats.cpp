@@ -1,10 +1,10 @@
 // Numbers with the form in which they are written and read, as views on numbers of the program and
 // as objects in a tree; and the small helpers: wildcards, questions about the stack, the version.
+#include "qrv/base/csignal.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/core/cobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/signals/csignal.h"
 #include "qrv/util/cfloatformat.h"
 #include "qrv/util/cintformat.h"
 #include "qrv/util/cintvalf.h"

@@ -3,9 +3,9 @@
 // know.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
+#include "qrv/containers/csignalobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/signals/csignalobj.h"
 
 #include <iostream>
 

@@ -1,13 +1,13 @@
 // Counts its runs in a map that lies in a file beside the program. A cPersistentMap reads its file
 // when it is first asked for the map, and writes it when it goes. Here one process plays three
 // runs and spoils the file before the last one; what it made it takes away.
+#include "qrv/base/cfilename.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/text/cfile.h"
-#include "qrv/text/cpersistentmap.h"
-#include "qrv/text/creadreport.h"
-#include "qrv/util/cfilename.h"
+#include "qrv/text/file/cfile.h"
+#include "qrv/text/file/cpersistentmap.h"
+#include "qrv/text/read/creadreport.h"
 
 #include <cstdio>
 #include <fstream>

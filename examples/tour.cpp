@@ -5,7 +5,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/text/cfile.h"
+#include "qrv/text/file/cfile.h"
 
 #include <iostream>
 

@@ -3,7 +3,7 @@
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/ctrace.h"
-#include "qrv/text/cfile.h"
+#include "qrv/text/file/cfile.h"
 
 #include <iostream>
 

@@ -3,15 +3,15 @@
 // message route, and what must hold after every input: reader and writer are idle, no lexer lives,
 // and no counted object is left.
 
+#include "qrv/base/csignal.h"
 #include "qrv/core/cobj.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/signals/csignal.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cexacttext.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
+#include "qrv/text/write/cexacttext.h"
 #include "tests/support/types.h"
 #include "tests/text/read_support.h"
-#include "text/ctext_state.h"
+#include "text/state/ctext_state.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // Types by name: from the registry, or made by a factory that a repository entry of that name
 // offers. So a file may name a type that nobody has made yet.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/modules/crepository.h"

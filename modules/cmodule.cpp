@@ -7,8 +7,8 @@
 
 #include "qrv/modules/cmodule.h"
 
+#include "base/platform/cloader.h"
 #include "modules/cmodule_state.h"
-#include "platform/cloader.h"
 
 #include <algorithm>
 #include <utility>

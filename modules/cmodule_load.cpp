@@ -7,9 +7,9 @@
 // A load that is found to be of a file that is there already, under another name, only counts, as
 // the system does too: static code doesn't run twice, and one module stands for the file.
 
+#include "base/platform/cloader.h"
 #include "modules/cmodule_state.h"
-#include "platform/cloader.h"
-#include "qrv/text/cattrscan.h"
+#include "qrv/text/read/cattrscan.h"
 
 #include <algorithm>
 #include <utility>

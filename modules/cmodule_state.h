@@ -23,7 +23,7 @@ struct cRestingFile {
 };
 
 // The modules that were made for a file, in the order of their loading: the only lasting references
-// to them. Constant-initialised; it stands in core/startup.cpp, which tells when it goes. At the
+// to them. Constant-initialised; it stands in start/startup.cpp, which tells when it goes. At the
 // end of the process it drops them, and the files stay loaded.
 class cModuleList {
   public:

@@ -13,7 +13,7 @@
 // Limit: beyond the greatest known size nothing more can be entered, std::length_error.
 
 #include "modules/centrygroup.h"
-#include "qrv/containers/cattrhash.h" // hash_new_size
+#include "qrv/core/cattrhash.h" // hash_new_size
 #include "qrv/modules/crepository.h"
 
 #include <cstdio>

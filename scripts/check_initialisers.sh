@@ -1,5 +1,5 @@
 #!/bin/bash
-# Dynamic initialisation at namespace scope lies in one object file, core/startup.cpp, so that the
+# Dynamic initialisation at namespace scope lies in one object file, start/startup.cpp, so that the
 # order of start-up and tear-down can be read there from top to bottom. Release builds only: the
 # sanitizers add initialisers of their own.
 # Usage: check_initialisers.sh OBJECT...
@@ -10,14 +10,14 @@ for object; do
     # To its end: a grep that stops at the first hit would fail nm, and so the whole pipe.
     if nm "$object" | grep '_GLOBAL__sub_I_' >/dev/null; then
         case $object in
-        */core/startup.cpp.o) found=yes ;;
+        */start/startup.cpp.o) found=yes ;;
         *)
-            echo "$object has a dynamic initialiser; make it constinit, or move it to core/startup.cpp" >&2
+            echo "$object has a dynamic initialiser; make it constinit, or move it to start/startup.cpp" >&2
             nm -C "$object" | grep '_GLOBAL__sub_I_' >&2
             status=1
             ;;
         esac
     fi
 done
-[[ -n $found ]] || { echo "core/startup.cpp has no dynamic initialiser: is this check still looking?" >&2; status=1; }
+[[ -n $found ]] || { echo "start/startup.cpp has no dynamic initialiser: is this check still looking?" >&2; status=1; }
 exit $status

@@ -16,18 +16,18 @@
 
 #include "containers/cattspec_nil.h"
 #include "containers/cglobals.h"
+#include "containers/csignalobj_types.h"
 #include "core/cregistry.h"
 #include "core/cscalar.h"
+#include "qrv/base/csignal.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/signals/csignal.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cwriter.h"
-#include "signals/csignalobj_types.h"
-#include "text/ctext_state.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/state/ctext_state.h"
 #include "util/cintf_type.h"
 
 #include <cstdlib>

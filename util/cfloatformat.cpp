@@ -2,7 +2,7 @@
 
 #include "qrv/util/cfloatformat.h"
 
-#include "util/creal.h"
+#include "base/creal.h"
 
 #include <ios>
 #include <locale>

@@ -7,8 +7,8 @@
 
 #include "qrv/util/cintformat.h"
 
-#include "qrv/text/cfile.h"
-#include "text/cwriter_chars.h"
+#include "base/cchars.h"
+#include "qrv/text/file/cfile.h"
 
 #include <charconv>
 #include <cstdint>

@@ -11,7 +11,7 @@
 #include "core/cscalar.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
-#include "text/cwriter_exact.h"
+#include "text/write/cwriter_exact.h"
 #include "util/cintf_type.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "qrv/util/cutil.h"
 
+#include "qrv/base/platform/cstack.h"
 #include "qrv/cvers.h"
-#include "qrv/platform/cstack.h"
 #include "util/cutil_state.h"
 
 namespace {

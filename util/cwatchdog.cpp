@@ -3,7 +3,7 @@
 
 #include "qrv/util/cwatchdog.h"
 
-#include "platform/clink.h"
+#include "base/platform/clink.h"
 #include "util/cwatchdog_state.h"
 
 #include <charconv>

@@ -6,10 +6,10 @@
 // and the number may mean something else then: so it is looked at before each use, and where it
 // isn't our socket any more it is left alone and another one is made.
 
-#include "platform/clink.h"
+#include "base/platform/clink.h"
 
-#include "platform/os_calls.h"
-#include "qrv/platform/cplatform.h"
+#include "base/platform/os_calls.h"
+#include "qrv/base/platform/cplatform.h"
 
 #include <array>
 #include <cerrno>

@@ -1,7 +1,7 @@
-#include "platform/cloader.h"
+#include "base/platform/cloader.h"
 
-#include "platform/os_calls.h"
-#include "qrv/platform/cplatform.h"
+#include "base/platform/os_calls.h"
+#include "qrv/base/platform/cplatform.h"
 
 #include <algorithm>
 #include <climits>

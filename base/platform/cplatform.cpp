@@ -1,9 +1,9 @@
 // The operating system: debug output, descriptors, time, and questions about files.
 
-#include "qrv/platform/cplatform.h"
+#include "qrv/base/platform/cplatform.h"
 
-#include "platform/clink.h"
-#include "platform/os_calls.h"
+#include "base/platform/clink.h"
+#include "base/platform/os_calls.h"
 
 #include <array>
 #include <cerrno>

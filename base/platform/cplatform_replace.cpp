@@ -13,8 +13,8 @@
 //
 // errno tells why a result is false.
 
-#include "platform/os_calls.h"
-#include "qrv/platform/cplatform.h"
+#include "base/platform/os_calls.h"
+#include "qrv/base/platform/cplatform.h"
 
 #include <array>
 #include <cerrno>

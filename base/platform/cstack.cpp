@@ -3,9 +3,9 @@
 // A thread's lowest address is fixed for its life. For the main thread it comes from the limit at
 // the time of asking, which the system honours by growing the stack on demand.
 
-#include "qrv/platform/cstack.h"
+#include "qrv/base/platform/cstack.h"
 
-#include "platform/os_calls.h"
+#include "base/platform/os_calls.h"
 
 #include <algorithm>
 #include <cstdint>

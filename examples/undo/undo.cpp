@@ -5,10 +5,10 @@
 // comes back too. Values in the tree are replaced and never assigned to: those that an edit
 // remembers stay as they were.
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csignalobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/signals/csignalobj.h"
 #include "qrv/util/cundo.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 // What was called, in order, as one text: "a;b(3);" and so on.
 
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 
 #include <functional>
 #include <string>

@@ -1,9 +1,9 @@
 // File names: pieces, numbers, searches.
 
-#include "qrv/util/cfilename.h"
+#include "qrv/base/cfilename.h"
 
-#include "platform/os_calls.h"
-#include "qrv/platform/cplatform.h"
+#include "base/platform/os_calls.h"
+#include "qrv/base/platform/cplatform.h"
 #include "tests/support/fixture.h"
 
 #include <cerrno>

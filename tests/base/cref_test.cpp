@@ -1,5 +1,5 @@
 // Counting: cShared, cRef, the object base and the census.
-#include "qrv/core/cref.h"
+#include "qrv/base/cref.h"
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"

@@ -1,8 +1,8 @@
 // Links between bases: who is connected to whom, in which order, counted how often, blocked or not.
 
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 
-#include "tests/signals/call_log.h"
+#include "tests/base/call_log.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

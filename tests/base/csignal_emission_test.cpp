@@ -1,8 +1,8 @@
 // Emissions: what may be connected, cut and destroyed from inside a call, and when memory goes.
 
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 
-#include "tests/signals/call_log.h"
+#include "tests/base/call_log.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Memory of links: what is allocated when, that all of it is freed, and what a failing allocation
 // leaves behind. This file replaces the global allocation functions of the test program.
 
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 
-#include "tests/signals/call_log.h"
+#include "tests/base/call_log.h"
 
 #include <gtest/gtest.h>
 

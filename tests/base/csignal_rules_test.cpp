@@ -1,8 +1,8 @@
 // The rule checker: each rule is broken once, and mended before anything else looks at the ring.
 
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 
-#include "tests/signals/call_log.h"
+#include "tests/base/call_log.h"
 
 #include <gtest/gtest.h>
 

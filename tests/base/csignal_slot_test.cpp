@@ -1,6 +1,6 @@
 // What slots take: member functions of every form, one or two arguments, and function objects.
 
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 #include "qrv/util/cwatchdog.h"
 
 #include <gtest/gtest.h>

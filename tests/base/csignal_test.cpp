@@ -1,9 +1,9 @@
 // Typed signals and slots: which call a target gets, formatted text, the signal that fires as it
 // dies.
 
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 
-#include "tests/signals/call_log.h"
+#include "tests/base/call_log.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The seeded hash: equal within a process, and spread over lengths and single bits.
 
-#include "containers/seeded_hash.h"
+#include "base/seeded_hash.h"
 
 #include <gtest/gtest.h>
 

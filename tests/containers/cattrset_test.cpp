@@ -3,6 +3,7 @@
 #include "qrv/containers/cattrset.h"
 
 #include "containers/cmergebudget.h"
+#include "qrv/base/csignal.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
@@ -10,7 +11,6 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/signals/csignal.h"
 #include "tests/support/fixture.h"
 #include "tests/support/types.h"
 

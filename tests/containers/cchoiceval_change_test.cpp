@@ -1,10 +1,10 @@
 // Values of choice types through every change of the choices, with and without the signal.
 #include "qrv/containers/cchoiceval.h"
 
+#include "qrv/containers/csignalobj.h"
 #include "qrv/containers/cvectorobj.h"
-#include "qrv/signals/csignalobj.h"
 #include "tests/containers/choice_support.h"
-#include "tests/containers/hash_support.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 #include <memory>

@@ -1,10 +1,10 @@
 // Values of choice types, and the types as objects: constructors, assignments, methods.
 #include "qrv/containers/cchoiceval.h"
 
+#include "qrv/containers/csignalobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
-#include "qrv/signals/csignalobj.h"
 #include "tests/containers/choice_support.h"
 #include "tests/support/fixture.h"
 

@@ -1,6 +1,7 @@
 #pragma once
 // Choice types by program, and where their values stand.
 
+#include "qrv/base/csignal.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/cmapobj.h"
@@ -8,7 +9,6 @@
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/signals/csignal.h"
 
 #include <functional>
 #include <initializer_list>

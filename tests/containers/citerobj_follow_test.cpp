@@ -1,9 +1,9 @@
 // Iterators that follow their source: the tie, and every order in which its parts can end.
 #include "qrv/containers/citerobj.h"
 
-#include "qrv/signals/csignalobj.h"
+#include "qrv/containers/csignalobj.h"
 #include "tests/containers/choice_support.h"
-#include "tests/containers/hash_support.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 #include <memory>

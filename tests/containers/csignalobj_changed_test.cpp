@@ -1,5 +1,5 @@
 // The signal `changed` of an object: when it exists, what fires it, in which state it is fired.
-#include "tests/signals/signal_objects.h"
+#include "tests/containers/signal_objects.h"
 
 #include "qrv/containers/cvectorobj.h"
 

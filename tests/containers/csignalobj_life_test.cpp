@@ -1,6 +1,6 @@
 // Who dies when: slots, signals, targets and objects before, during and after an emission, in each
 // order, and what a slot does to the very signal that calls it.
-#include "tests/signals/signal_objects.h"
+#include "tests/containers/signal_objects.h"
 
 #include <memory>
 #include <stdexcept>

@@ -1,5 +1,5 @@
 // Signals as values: types, methods, calls by name, attributes forced to signals, slot objects.
-#include "tests/signals/signal_objects.h"
+#include "tests/containers/signal_objects.h"
 
 #include "qrv/containers/cvectorobj.h"
 

@@ -3,8 +3,8 @@
 
 #include "containers/ccompare.h"
 #include "qrv/containers/cattr.h"
-#include "tests/containers/hash_support.h"
 #include "tests/containers/trees.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 using namespace trees;

@@ -3,11 +3,11 @@
 // `note` writes the name down and then does what the test has planned for that name.
 
 #include "qrv/containers/cattr.h"
-#include "qrv/containers/cattrhash.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csignalobj.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/signals/csignalobj.h"
 #include "tests/support/fixture.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 // Lookup by value through an index: always what cAttrHash::findvalue gives.
 #include "containers/value_index.h"
 
-#include "tests/containers/hash_support.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 #include <limits>

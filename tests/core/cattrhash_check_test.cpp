@@ -1,7 +1,7 @@
 // The rule checker of the attribute hash: each rule is broken once and must be told.
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
-#include "tests/containers/hash_support.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // The attribute hash against its callers: aliased arguments, values and hooks that change the very
 // table they are in, keys chosen to collide, and long lives at low use.
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
-#include "tests/containers/hash_support.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 #include <limits>

@@ -1,7 +1,7 @@
 // The attribute hash against a model that is too simple to be wrong: a list of pairs.
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
-#include "tests/containers/hash_support.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 // The attribute hash: access by key, nodes, orders.
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
-#include "containers/cattrhash_detail.h"
+#include "core/cattrhash_detail.h"
 #include "qrv/containers/cmapobj.h"
-#include "tests/containers/hash_support.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 #include <climits>

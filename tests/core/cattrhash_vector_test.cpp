@@ -1,7 +1,7 @@
 // The vector mode of the attribute hash.
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
-#include "tests/containers/hash_support.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 #include <climits>

@@ -1,18 +1,18 @@
 // Objects without a type: whatever is done to them or with them has the result, the text and the
 // errors that a void object has.
+#include "containers/csignalobj_types.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cobjmodifier.h"
 #include "qrv/containers/csetobj.h"
+#include "qrv/containers/csignalobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/signals/csignalobj.h"
-#include "qrv/text/cwriter.h"
-#include "signals/csignalobj_types.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 
 #include <functional>

@@ -4,10 +4,10 @@
 #include "core/cregistry.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cobjmodifier.h"
+#include "qrv/containers/csignalobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/signals/csignalobj.h"
 #include "tests/support/fixture.h"
 
 #include <gmock/gmock.h>

@@ -2,7 +2,7 @@
 // What the tests of the attribute hash share: a window into the table, short texts of a whole ring,
 // hostile keys, and values that act when they are destroyed.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 // Test helpers of the message route. One thread at a time.
 
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/platform/cplatform.h"
 
 #include <gtest/gtest.h>
 

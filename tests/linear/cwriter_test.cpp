@@ -4,8 +4,8 @@
 
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cexacttext.h"
-#include "qrv/text/cwriter.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <ctime>
 #include <sstream>

@@ -4,8 +4,8 @@
 #include "tests/support/fixture.h"
 
 #include "qrv/containers/cmapobj.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cwriter.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <malloc.h>
 

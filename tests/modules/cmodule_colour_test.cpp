@@ -6,8 +6,8 @@
 #include "qrv/core/ctypeobj.h"
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/modules/cmodule.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cexacttext.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cexacttext.h"
 #include "tests/modules/loading.h"
 
 namespace {

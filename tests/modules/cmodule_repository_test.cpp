@@ -6,8 +6,8 @@
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cfile.h"
+#include "qrv/text/file/cfile.h"
+#include "qrv/text/read/cattrscan.h"
 #include "tests/modules/loading.h"
 
 #include <sstream>

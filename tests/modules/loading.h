@@ -2,7 +2,7 @@
 // The fixture of tests that load modules: an empty working folder of their own, into which they put
 // modules under names as they like, the modules' events, and the repository as it was before.
 
-#include "qrv/platform/cplatform.h"
+#include "qrv/base/platform/cplatform.h"
 #include "tests/modules/shared/module.h"
 #include "tests/support/fixture.h"
 #include "tests/support/paths.h"

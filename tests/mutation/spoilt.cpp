@@ -1,7 +1,7 @@
 #include "tests/mutation/spoilt.h"
 
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
 #include "tests/support/memory_file.h"
 #include "tools/qrv/commands.h"
 

@@ -10,13 +10,13 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cobjmodifier.h"
 #include "qrv/containers/csetobj.h"
+#include "qrv/containers/csignalobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/signals/csignalobj.h"
-#include "qrv/text/cattrscan.h"
+#include "qrv/text/read/cattrscan.h"
 
 #include <sstream>
 

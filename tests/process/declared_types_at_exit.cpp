@@ -6,8 +6,8 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cwriter.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <sstream>
 

@@ -2,9 +2,9 @@
 // ends, without what the library says about itself.
 
 #include "process.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/platform/cplatform.h"
 
 #include <exception>
 #include <iostream>

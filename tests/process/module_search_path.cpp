@@ -2,9 +2,9 @@
 // LD_LIBRARY_PATH here, which the system reads when a process starts.
 
 #include "process.h"
+#include "qrv/base/csignal.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/modules/crepository.h"
-#include "qrv/signals/csignal.h"
 #include "tests/modules/shared/module.h"
 #include "tests/support/paths.h"
 

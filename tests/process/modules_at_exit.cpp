@@ -2,10 +2,10 @@
 // that use modules; types of a module that lives as long as the process.
 
 #include "process.h"
+#include "qrv/base/csignal.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/modules/crepository.h"
-#include "qrv/signals/csignal.h"
 #include "tests/modules/shared/module.h"
 #include "tests/support/paths.h"
 

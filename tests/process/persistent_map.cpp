@@ -4,7 +4,7 @@
 #include "process.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cpersistentmap.h"
+#include "qrv/text/file/cpersistentmap.h"
 
 #include <cstring>
 #include <filesystem>

@@ -3,8 +3,8 @@
 // well.
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csignalobj.h"
 #include "qrv/core/cmodifier.h"
-#include "qrv/signals/csignalobj.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 // come and go cleanly whatever the order. Returns the number of the check that failed, 0 when all
 // is well.
 
+#include "qrv/base/csignal.h"
 #include "qrv/modules/crepository.h"
-#include "qrv/signals/csignal.h"
 
 #include <cstdlib>
 #include <stdexcept>

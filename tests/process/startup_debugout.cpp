@@ -2,8 +2,8 @@
 // error descriptor; without it, and where the file can't be opened, it goes nowhere.
 
 #include "process.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/platform/cplatform.h"
 
 #include <fstream>
 #include <iostream>

@@ -2,10 +2,10 @@
 // the message route still stands, and what comes after that is lost without harm.
 
 #include "process.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/diagnostics/ctrace.h"
-#include "qrv/platform/cplatform.h"
 
 #include <iostream>
 

@@ -56,7 +56,7 @@ void check_first() {
 // Each object, or the place kept for it, stands in the file behind the one before it, once the
 // order has begun.
 void check_text_order() {
-    std::ifstream file(test::source_file("core/startup.cpp"));
+    std::ifstream file(test::source_file("start/startup.cpp"));
     std::ostringstream all;
     all << file.rdbuf();
     std::string const text = all.str();

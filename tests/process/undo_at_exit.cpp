@@ -7,7 +7,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/text/cattrscan.h"
+#include "qrv/text/read/cattrscan.h"
 #include "qrv/util/cundo.h"
 
 #include <iostream>

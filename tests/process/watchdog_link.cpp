@@ -6,8 +6,8 @@
 // closed: they give it a name of this test's own, and look around at these moments.
 
 #include "process.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/platform/cplatform.h"
 #include "qrv/util/cutil.h"
 #include "qrv/util/cwatchdog.h"
 

@@ -49,19 +49,19 @@ class Includes(Tree):
     def setUp(self):
         super().setUp()
         self.write("include/qrv/ccomp.h", HEADER)
-        self.write("include/qrv/core/cref.h", HEADER + '#include "qrv/ccomp.h"\n#include <vector>\n')
-        self.write("include/qrv/core/cobj.h", HEADER + '#include "qrv/core/cref.h"\n#include "qrv/containers/cattrhash.h"\n')
-        self.write("include/qrv/containers/cattrhash.h", HEADER + '#include "qrv/core/cref.h"\n')
-        self.write("include/qrv/signals/csignal.h", HEADER)
-        self.write("include/qrv/text/cwriter.h", HEADER + '#include "qrv/core/cobj.h"\n')
-        self.write("include/qrv/diagnostics/cerr.h", HEADER + '#include "qrv/signals/csignal.h"\n')
-        self.write("include/qrv/util/cfilename.h", HEADER)
-        self.write("include/qrv/util/cundo.h", HEADER + '#include "qrv/text/cwriter.h"\n')
-        self.write("text/cwriter_state.h", HEADER)
-        self.write("text/cwriter.cpp", '// W.\n#include "qrv/text/cwriter.h"\n#include "text/cwriter_state.h"\n')
-        self.write("platform/cplatform.cpp", '// P.\n#include <unistd.h>\n#include "qrv/util/cfilename.h"\n')
-        self.write("core/startup.cpp", '// S.\n#include <iostream>\n#include "qrv/util/cundo.h"\n')
-        self.write("tools/qrv/main.cpp", '// M.\n#include "qrv/text/cwriter.h"\n#include <CLI/CLI.hpp>\n')
+        self.write("include/qrv/base/cref.h", HEADER + '#include "qrv/ccomp.h"\n#include <vector>\n')
+        self.write("include/qrv/core/cobj.h", HEADER + '#include "qrv/base/cref.h"\n#include "qrv/core/cattrhash.h"\n')
+        self.write("include/qrv/core/cattrhash.h", HEADER + '#include "qrv/base/cref.h"\n')
+        self.write("include/qrv/base/csignal.h", HEADER)
+        self.write("include/qrv/text/write/cwriter.h", HEADER + '#include "qrv/core/cobj.h"\n')
+        self.write("include/qrv/diagnostics/cerr.h", HEADER + '#include "qrv/base/csignal.h"\n')
+        self.write("include/qrv/base/cfilename.h", HEADER)
+        self.write("include/qrv/util/cundo.h", HEADER + '#include "qrv/text/write/cwriter.h"\n')
+        self.write("text/state/cwriter_state.h", HEADER)
+        self.write("text/write/cwriter.cpp", '// W.\n#include "qrv/text/write/cwriter.h"\n#include "text/state/cwriter_state.h"\n')
+        self.write("base/platform/cplatform.cpp", '// P.\n#include <unistd.h>\n')
+        self.write("start/startup.cpp", '// S.\n#include <iostream>\n#include "qrv/util/cundo.h"\n')
+        self.write("tools/qrv/main.cpp", '// M.\n#include "qrv/text/write/cwriter.h"\n#include <CLI/CLI.hpp>\n')
         self.passes("check_includes.py", self.root)
 
     def breaks(self, text, name, content):
@@ -69,40 +69,40 @@ class Includes(Tree):
         self.fails(text, "check_includes.py", self.root)
 
     def test_a_core_source_that_includes_text(self):
-        self.breaks("core/cobj.cpp:2: \"qrv/text/cwriter.h\" lies higher", "core/cobj.cpp", '// C.\n#include "qrv/text/cwriter.h"\n')
+        self.breaks("core/cobj.cpp:2: \"qrv/text/write/cwriter.h\" lies higher", "core/cobj.cpp", '// C.\n#include "qrv/text/write/cwriter.h"\n')
 
     def test_a_signal_that_includes_diagnostics(self):
-        self.breaks("lies higher", "signals/csignal.cpp", '// S.\n#include "qrv/diagnostics/cerr.h"\n')
+        self.breaks("lies higher", "base/csignal.cpp", '// S.\n#include "qrv/diagnostics/cerr.h"\n')
 
     def test_a_handle_that_includes_an_object(self):
-        self.breaks("lies higher", "core/cref.cpp", '// R.\n#include "qrv/core/cobj.h"\n')
+        self.breaks("lies higher", "base/cref.cpp", '// R.\n#include "qrv/core/cobj.h"\n')
 
     def test_a_text_source_that_includes_a_utility(self):
-        self.breaks("lies higher", "text/a.cpp", '// T.\n#include "qrv/util/cundo.h"\n')
+        self.breaks("lies higher", "text/read/a.cpp", '// T.\n#include "qrv/util/cundo.h"\n')
 
     def test_a_public_header_that_includes_a_higher_one(self):
         self.breaks("include/qrv/diagnostics/ccout.h:3", "include/qrv/diagnostics/ccout.h", HEADER + '#include "qrv/core/cobj.h"\n')
 
     def test_a_public_header_that_includes_a_private_one(self):
-        self.breaks("includes the private", "include/qrv/text/b.h", HEADER + '#include "text/cwriter_state.h"\n')
+        self.breaks("includes the private", "include/qrv/text/read/b.h", HEADER + '#include "text/state/cwriter_state.h"\n')
 
     def test_iostream_elsewhere(self):
-        self.breaks("only core/startup.cpp", "text/a.cpp", "// T.\n#include <iostream>\n")
+        self.breaks("only start/startup.cpp", "text/read/a.cpp", "// T.\n#include <iostream>\n")
 
     def test_the_operating_system_elsewhere(self):
-        self.breaks("platform/ only", "text/a.cpp", "// T.\n#include <sys/stat.h>\n")
+        self.breaks("platform/ only", "text/read/a.cpp", "// T.\n#include <sys/stat.h>\n")
 
     def test_a_header_that_is_not_there(self):
-        self.breaks("does not exist", "text/a.cpp", '// T.\n#include "qrv/text/none.h"\n')
+        self.breaks("does not exist", "text/read/a.cpp", '// T.\n#include "qrv/text/none.h"\n')
 
     def test_a_header_that_the_one_of_all_lacks(self):
         headers = sorted(str(f.relative_to(self.root / "include")) for f in (self.root / "include").rglob("*.h"))
         self.write("include/qrv/qrv.h", HEADER + "".join(f'#include "{name}"\n' for name in headers))
         self.passes("check_includes.py", self.root)
-        self.breaks('"qrv/text/new.h" is missing', "include/qrv/text/new.h", HEADER)
+        self.breaks('"qrv/text/read/new.h" is missing', "include/qrv/text/read/new.h", HEADER)
 
     def test_a_tool_that_includes_internals(self):
-        self.breaks("public headers only", "tools/qrv/a.cpp", '// T.\n#include "text/cwriter_state.h"\n')
+        self.breaks("public headers only", "tools/qrv/a.cpp", '// T.\n#include "text/state/cwriter_state.h"\n')
 
 
 class Edges(Tree):
@@ -199,7 +199,7 @@ class Symbols(Tree):
 
     def test_an_initialiser_outside_of_startup(self):
         dynamic = "int f(); int x = f();"
-        startup = self.compile("core/startup.cpp.o", dynamic, "-c")
+        startup = self.compile("start/startup.cpp.o", dynamic, "-c")
         plain = self.compile("core/plain.cpp.o", "constinit int x = 1;", "-c")
         other = self.compile("core/other.cpp.o", dynamic, "-c")
         self.passes("check_initialisers.sh", startup, plain)

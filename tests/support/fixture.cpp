@@ -7,9 +7,9 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cwriter.h"
-#include "text/ctext_state.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/state/ctext_state.h"
 
 #include <algorithm>
 

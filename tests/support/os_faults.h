@@ -7,7 +7,7 @@
 //
 // Only for test programs with the library's objects linked in: cat::os is private to it.
 
-#include "platform/os_calls.h"
+#include "base/platform/os_calls.h"
 
 #include <cerrno>
 #include <string>

@@ -10,9 +10,9 @@
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cexacttext.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
+#include "qrv/text/write/cexacttext.h"
 
 #include <algorithm>
 #include <cctype>

@@ -4,9 +4,9 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/creadreport.h"
-#include "text/ctext_state.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
+#include "text/state/ctext_state.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -2,7 +2,7 @@
 // What the tests of the scanner and of files share: a scanner whose tokens a test can take, tokens
 // as one text, and stream buffers that count.
 
-#include "qrv/text/cattrscanner.h"
+#include "qrv/text/scan/cattrscanner.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -9,9 +9,9 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cwriter.h"
-#include "text/cscalar_text.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/write/cscalar_text.h"
 
 #include <locale>
 #include <sstream>

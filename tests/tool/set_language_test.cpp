@@ -3,8 +3,8 @@
 
 #include "qrv/core/cobj.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cexacttext.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
+#include "qrv/text/write/cexacttext.h"
 #include "tests/support/fixture.h"
 #include "tests/support/sanitized.h"
 #include "tests/tool/tool_run.h"

@@ -6,11 +6,11 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
-#include "qrv/text/cexacttext.h"
-#include "qrv/text/cpersistentmap.h"
+#include "qrv/text/file/cpersistentmap.h"
+#include "qrv/text/write/cexacttext.h"
 #include "tests/support/fixture.h"
+#include "tests/text/file/save_support.h"
 #include "tests/text/hostile_locale.h"
-#include "tests/text/save_support.h"
 
 #include <random>
 #include <sstream>

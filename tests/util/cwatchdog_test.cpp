@@ -1,6 +1,6 @@
 #include "qrv/util/cwatchdog.h"
 
-#include "qrv/platform/cplatform.h"
+#include "qrv/base/platform/cplatform.h"
 #include "tests/support/fixture.h"
 #include "tests/support/os_faults.h"
 #include "util/cwatchdog_state.h"

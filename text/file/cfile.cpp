@@ -3,14 +3,14 @@
 // Saving composes the whole text before the file is touched: a value that throws while it writes
 // itself, a full disk or a kill leaves the old file as it was.
 
-#include "qrv/text/cfile.h"
+#include "qrv/text/file/cfile.h"
 
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/platform/cplatform.h"
-#include "qrv/text/cattrscan.h"
-#include "text/creader_session.h"
+#include "qrv/text/read/cattrscan.h"
+#include "text/read/creader_session.h"
 
 #include <algorithm>
 #include <array>

@@ -5,15 +5,15 @@
 // An exception from a handler leaves it placed. Only a loaded map is saved, so what was never read
 // to an end is never overwritten.
 
-#include "qrv/text/cpersistentmap.h"
+#include "qrv/text/file/cpersistentmap.h"
 
+#include "qrv/base/cfilename.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/platform/cplatform.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cfile.h"
-#include "qrv/text/creadreport.h"
-#include "qrv/util/cfilename.h"
+#include "qrv/text/file/cfile.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
 
 #include <cerrno>
 #include <fstream>

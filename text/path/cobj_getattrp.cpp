@@ -6,7 +6,7 @@
 #include "diagnostics/cerrline.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
-#include "text/cpath_scan.h"
+#include "text/path/cpath_scan.h"
 
 namespace {
 objref refused(std::string const &path, std::string const &reason) {

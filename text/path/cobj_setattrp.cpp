@@ -18,9 +18,9 @@
 
 #include "containers/cmergebudget.h"
 #include "qrv/core/ctypes.h"
-#include "text/cpath_scan.h"
-#include "text/creader_session.h"
-#include "text/ctext_state.h"
+#include "text/path/cpath_scan.h"
+#include "text/read/creader_session.h"
+#include "text/state/ctext_state.h"
 
 #include <locale>
 #include <ostream>

@@ -1,4 +1,4 @@
-#include "text/cpath_scan.h"
+#include "text/path/cpath_scan.h"
 
 #include "qrv/core/ctypeobj.h"
 #include "qrv/diagnostics/ctrace.h"

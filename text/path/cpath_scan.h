@@ -7,7 +7,7 @@
 // is a followed by a comment. Tokens are taken in pairs, the one that should be a key and the one
 // behind it; each has code 0 and no text at the end, also where a byte from 128 on ended the text.
 
-#include "qrv/text/cattrscan.h"
+#include "qrv/text/read/cattrscan.h"
 
 #include <sstream>
 #include <string>

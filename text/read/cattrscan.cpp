@@ -1,4 +1,4 @@
-#include "qrv/text/cattrscan.h"
+#include "qrv/text/read/cattrscan.h"
 
 // The scanner of the reader without the reading of values: tokens and the end-of-input latch,
 // composing and sending errors, the summary, files, comments. An error is composed in three steps:
@@ -6,8 +6,8 @@
 // a scan for each container and most see none.
 
 #include "qrv/core/ctypes.h"
-#include "text/creader_session.h"
-#include "text/ctext_state.h"
+#include "text/read/creader_session.h"
+#include "text/state/ctext_state.h"
 
 #include <fstream>
 #include <ostream>

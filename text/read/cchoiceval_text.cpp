@@ -3,9 +3,9 @@
 #include "qrv/containers/cchoiceval.h"
 
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cattrscan.h"
-#include "text/creader_session.h"
-#include "text/cstream_of.h"
+#include "qrv/text/read/cattrscan.h"
+#include "text/read/creader_session.h"
+#include "text/state/cstream_of.h"
 
 #include <ostream>
 

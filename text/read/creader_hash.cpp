@@ -9,13 +9,13 @@
 
 #include "containers/value_index.h"
 #include "diagnostics/cerrline.h"
-#include "qrv/containers/cattrhash.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
-#include "qrv/text/cattrscan.h"
-#include "text/creader_session.h"
-#include "text/ctext_state.h"
+#include "qrv/text/read/cattrscan.h"
+#include "text/read/creader_session.h"
+#include "text/state/ctext_state.h"
 
 #include <locale>
 #include <sstream>

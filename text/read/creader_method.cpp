@@ -2,18 +2,18 @@
 // of the container types and of types that are read as one value or as entries, bare lists of
 // entries, and the conversion of literal tokens.
 
+#include "base/creader_number.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cwriter.h"
-#include "text/creader_number.h"
-#include "text/creader_session.h"
-#include "text/cstream_of.h"
-#include "text/ctext_state.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/read/creader_session.h"
+#include "text/state/cstream_of.h"
+#include "text/state/ctext_state.h"
 
 #include <cstring>
 #include <locale>

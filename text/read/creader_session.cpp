@@ -1,10 +1,10 @@
-#include "text/creader_session.h"
+#include "text/read/creader_session.h"
 
 // The session at hand is found through a plain pointer. Everything is put back by destructors, so
 // an exception that passes leaves nothing behind.
 
 #include "qrv/core/ctypes.h"
-#include "text/ctext_state.h"
+#include "text/state/ctext_state.h"
 
 namespace {
 constinit cReadSession *the_session = nullptr;

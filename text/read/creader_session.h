@@ -14,8 +14,8 @@
 
 #include "containers/cmergebudget.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
 
 #include <memory>
 #include <optional>

@@ -7,15 +7,15 @@
 // Limits: values in values and typed values in typed values go so deep and no deeper; what stands
 // below is skipped with one error.
 
+#include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/platform/cstack.h"
-#include "qrv/text/cattrscan.h"
-#include "text/creader_session.h"
-#include "text/ctext_state.h"
+#include "qrv/text/read/cattrscan.h"
+#include "text/read/creader_session.h"
+#include "text/state/ctext_state.h"
 
 #include <locale>
 #include <sstream>

@@ -1,9 +1,9 @@
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
 
 // Living reports form a list through their owners; the innermost is the head.
 
 #include "diagnostics/cerrline.h"
-#include "text/creader_session.h"
+#include "text/read/creader_session.h"
 
 namespace {
 constinit cat::ReadReport *innermost = nullptr;

@@ -7,7 +7,7 @@
 // scanner uses it. The list is searched by the stream's address: a stream that dies before its
 // scanners leaves a lexer that a new stream at that address would find.
 
-#include "qrv/text/cattrscanner.h"
+#include "qrv/text/scan/cattrscanner.h"
 
 #include <algorithm>
 #include <array>

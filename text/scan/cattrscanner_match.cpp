@@ -18,8 +18,8 @@
 #include <utility>
 
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/text/cattrscanner.h"
-#include "text/cattrscanner_buffer.h"
+#include "qrv/text/scan/cattrscanner.h"
+#include "text/scan/cattrscanner_buffer.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "text/ctext_state.h"
+#include "text/state/ctext_state.h"
 
 // The state object is made by its first user and is never destroyed by itself: the core's
 // tear-down calls reset_text_state(). The pieces of the trie are hashed with a number that differs
 // from process to process, so that no text can be made whose paths all collide.
 
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/platform/cplatform.h"
-#include "qrv/text/cwriter.h"
+#include "qrv/text/state/cwriteindent.h"
 
 #include <cstring>
 
@@ -265,6 +265,20 @@ void cTextState::clear_references() {
     for (cStep &step : steps_) step.node = step.other_node = cPathTrie::none;
     trie_.clear(); // RE-ENTERS
 }
+
+// --- the settings of the indent ---
+
+namespace cat {
+constinit int write_indent = 4;
+constinit int write_indent0 = 2;
+
+DoWriteIndent::DoWriteIndent(int columns) : columns_(columns) { text_state().add_indent(columns_); }
+DoWriteIndent &DoWriteIndent::operator=(DoWriteIndent const &other) noexcept {
+    columns_ = other.columns_;
+    return *this;
+}
+DoWriteIndent::~DoWriteIndent() { text_state().take_indent(columns_); }
+} // namespace cat
 
 // --- the guards ---
 

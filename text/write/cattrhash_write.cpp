@@ -18,7 +18,7 @@
 // Foreign code may remove the very entry it is called from. The walk holds its node and the next
 // one; it ends early only when both are removed at once.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
@@ -27,13 +27,13 @@
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/diagnostics/ctrace.h"
-#include "qrv/text/cwriter.h"
-#include "text/cline_collector.h"
-#include "text/cobj_write.h"
-#include "text/cscalar_text.h"
-#include "text/ctext_state.h"
-#include "text/cwriter_exact.h"
-#include "text/cwriter_line.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/state/ctext_state.h"
+#include "text/write/cline_collector.h"
+#include "text/write/cobj_write.h"
+#include "text/write/cscalar_text.h"
+#include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_line.h"
 
 #include <algorithm>
 #include <array>

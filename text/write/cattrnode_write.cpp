@@ -1,6 +1,6 @@
 // One entry on its own.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 
 #include <ostream>
 

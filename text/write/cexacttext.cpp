@@ -3,16 +3,16 @@
 // A guard only counts: how many live, and how many values were left out in the whole process, of
 // which each guard shows the difference. So guards nest without knowing of each other.
 
-#include "qrv/text/cexacttext.h"
+#include "qrv/text/write/cexacttext.h"
 
-#include "qrv/containers/cattrhash.h"
+#include "base/cchars.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/text/cwriter.h"
-#include "text/cscalar_text.h"
-#include "text/ctext_state.h"
-#include "text/cwriter_chars.h"
-#include "text/cwriter_exact.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/state/ctext_state.h"
+#include "text/write/cscalar_text.h"
+#include "text/write/cwriter_exact.h"
 
 #include <cmath>
 #include <string_view>

@@ -2,10 +2,10 @@
 // layout is read from its own entry, which its close has settled by then; one that an exception
 // left open stays on its line.
 
-#include "text/cline_collector.h"
+#include "text/write/cline_collector.h"
 
-#include "text/cwriter_exact.h"
-#include "text/cwriter_line.h"
+#include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_line.h"
 
 #include <ostream>
 #include <string_view>

@@ -10,7 +10,7 @@
 // is linear, however deep they nest.
 
 #include "qrv/core/cobj.h"
-#include "text/cwriter_stream.h"
+#include "text/write/cwriter_stream.h"
 
 #include <string>
 #include <vector>

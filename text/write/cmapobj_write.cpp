@@ -5,10 +5,10 @@
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cwriter.h"
-#include "text/cstream_of.h"
-#include "text/cwriter_exact.h"
-#include "text/cwriter_line.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/state/cstream_of.h"
+#include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_line.h"
 
 #include <optional>
 #include <ostream>

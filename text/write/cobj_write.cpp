@@ -6,12 +6,12 @@
 
 #include "qrv/core/cobj.h"
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/base/platform/cstack.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/platform/cstack.h"
-#include "qrv/text/cwriter.h"
-#include "text/cobj_write.h"
-#include "text/cwriter_exact.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/write/cobj_write.h"
+#include "text/write/cwriter_exact.h"
 
 #include <ostream>
 

@@ -6,11 +6,11 @@
 // value. Otherwise it is the shortest text that is: std::to_chars, a point where none stands, and
 // "f" behind a float.
 
-#include "text/cscalar_text.h"
+#include "text/write/cscalar_text.h"
 
-#include "qrv/text/cwriter.h"
-#include "text/cwriter_chars.h"
-#include "text/cwriter_exact.h"
+#include "base/cchars.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/write/cwriter_exact.h"
 
 #include <bit>
 #include <charconv>

@@ -1,16 +1,16 @@
-// The writer's settings, the look at a layout, and the standard methods `write` of scalars.
+// The look at a layout, and the standard methods `write` of scalars.
 //
 // Numbers are left to the stream they go to where it has flags or a locale of its own. Exact text
 // looks at what the stream makes of a number, and corrects it where that wouldn't read back.
 
-#include "qrv/text/cwriter.h"
+#include "qrv/text/write/cwriter.h"
 
 #include "qrv/core/cobjd.h"
-#include "text/cscalar_text.h"
-#include "text/cstream_of.h"
-#include "text/ctext_state.h"
-#include "text/cwriter_exact.h"
-#include "text/cwriter_stream.h"
+#include "text/state/cstream_of.h"
+#include "text/state/ctext_state.h"
+#include "text/write/cscalar_text.h"
+#include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_stream.h"
 
 #include <concepts>
 #include <ios>
@@ -18,16 +18,6 @@
 #include <type_traits>
 
 namespace cat {
-constinit int write_indent = 4;
-constinit int write_indent0 = 2;
-
-DoWriteIndent::DoWriteIndent(int columns) : columns_(columns) { text_state().add_indent(columns_); }
-DoWriteIndent &DoWriteIndent::operator=(DoWriteIndent const &other) noexcept {
-    columns_ = other.columns_;
-    return *this;
-}
-DoWriteIndent::~DoWriteIndent() { text_state().take_indent(columns_); }
-
 char const *wformat(cObj const &obj) {
     objref const member = obj.gmember("wformat");
     if (cObj::is_void(member)) return "";

@@ -1,7 +1,7 @@
 // Names and quoting. One pass each: erasing and inserting in place would be quadratic.
 
-#include "qrv/text/cwriter.h"
-#include "text/cwriter_chars.h"
+#include "base/cchars.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,12 +2,12 @@
 
 #include "qrv/core/cobjd.h"
 
-#include "qrv/containers/cattrhash.h"
-#include "text/cobj_write.h"
-#include "text/cscalar_text.h"
-#include "text/ctext_state.h"
-#include "text/cwriter_exact.h"
-#include "text/cwriter_stream.h"
+#include "qrv/core/cattrhash.h"
+#include "text/state/ctext_state.h"
+#include "text/write/cobj_write.h"
+#include "text/write/cscalar_text.h"
+#include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_stream.h"
 
 namespace {
 // Like writeobj, but for the scalars' short way.

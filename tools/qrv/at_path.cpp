@@ -1,6 +1,6 @@
 #include "at_path.h"
 
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
 #include "raised.h"
 
 namespace {

@@ -2,7 +2,7 @@
 // One change of a value by the library, with what it says.
 
 #include "qrv/core/cobj.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
 #include "raised.h"
 
 #include <functional>

@@ -2,7 +2,7 @@
 // The rules of its type that one attribute set breaks.
 
 #include "qrv/core/ctypeobj.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
 #include "source.h"
 
 #include <set>

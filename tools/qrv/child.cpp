@@ -2,7 +2,7 @@
 
 #include "commands.h"
 #include "output.h"
-#include "qrv/platform/cplatform.h"
+#include "qrv/base/platform/cplatform.h"
 #include "thrown.h"
 
 #include <cerrno>

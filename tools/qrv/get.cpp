@@ -5,7 +5,7 @@
 #include "commands.h"
 #include "output.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cexacttext.h"
+#include "qrv/text/write/cexacttext.h"
 #include "reading.h"
 
 #include <optional>

@@ -11,7 +11,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/cexacttext.h"
+#include "qrv/text/write/cexacttext.h"
 
 #include <cstring>
 #include <unordered_map>

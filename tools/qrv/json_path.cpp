@@ -2,7 +2,7 @@
 
 #include "messages.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cexacttext.h"
+#include "qrv/text/write/cexacttext.h"
 
 std::string at_path(cJsonPath const &path) {
     if (path.empty()) return "";

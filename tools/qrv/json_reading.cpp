@@ -8,7 +8,7 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cattrscan.h"
+#include "qrv/text/read/cattrscan.h"
 
 #include <charconv>
 #include <nlohmann/json.hpp>

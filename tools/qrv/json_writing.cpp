@@ -3,8 +3,8 @@
 #include "json_path.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cexacttext.h"
-#include "qrv/text/cwriter.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintformat.h"
 #include "raised.h"
 

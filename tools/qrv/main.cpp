@@ -5,9 +5,9 @@
 #include "commands.h"
 #include "modules.h"
 #include "output.h"
+#include "qrv/base/csignal.h"
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/signals/csignal.h"
 #include "thrown.h"
 
 #include <CLI/CLI.hpp>

@@ -9,7 +9,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/cexacttext.h"
+#include "qrv/text/write/cexacttext.h"
 #include "readback.h"
 #include "reading.h"
 #include "rewrite.h"

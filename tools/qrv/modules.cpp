@@ -1,13 +1,13 @@
 #include "modules.h"
 
 #include "output.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/modules/crepository.h"
-#include "qrv/platform/cplatform.h"
 #include "thrown.h"
 
 #include <algorithm>

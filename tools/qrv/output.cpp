@@ -1,7 +1,7 @@
 #include "output.h"
 
 #include "messages.h"
-#include "qrv/platform/cplatform.h"
+#include "qrv/base/platform/cplatform.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,8 +1,8 @@
 #include "places.h"
 
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/cexacttext.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cexacttext.h"
 
 #include <locale>
 #include <optional>

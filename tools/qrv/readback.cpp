@@ -6,8 +6,8 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/cexacttext.h"
-#include "qrv/text/cfile.h"
+#include "qrv/text/file/cfile.h"
+#include "qrv/text/write/cexacttext.h"
 #include "qrv/util/cintformat.h"
 
 #include <charconv>

@@ -2,8 +2,8 @@
 
 #include "output.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
 #include "rules.h"
 
 #include <algorithm>

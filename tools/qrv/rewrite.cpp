@@ -15,7 +15,7 @@
 #include "diff.h"
 #include "image.h"
 #include "output.h"
-#include "qrv/platform/cplatform.h"
+#include "qrv/base/platform/cplatform.h"
 #include "reading.h"
 #include "writing.h"
 

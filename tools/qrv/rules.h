@@ -13,7 +13,7 @@
 //     at the value, inside it, or in its type's declaration; else the reader's text is reported
 // Beyond a report's limit errors are counted and nothing is made up for them.
 
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
 #include "source.h"
 
 #include <map>

@@ -4,7 +4,7 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/cexacttext.h"
+#include "qrv/text/write/cexacttext.h"
 
 #include <utility>
 

@@ -2,7 +2,7 @@
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
-#include "qrv/text/cattrscan.h"
+#include "qrv/text/read/cattrscan.h"
 
 #include <algorithm>
 #include <istream>

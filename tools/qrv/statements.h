@@ -8,8 +8,8 @@
 
 #include "messages.h"
 #include "qrv/core/cobj.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
 
 #include <sstream>
 #include <string>

@@ -1,7 +1,7 @@
 #include "survey.h"
 
-#include "qrv/text/cattrscanner.h"
-#include "qrv/text/cfile.h"
+#include "qrv/text/file/cfile.h"
+#include "qrv/text/scan/cattrscanner.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -4,7 +4,7 @@
 // would lose the rest without a word, and some digits of an intf that is too large. Also a default
 // of another type than the one that is asked for, with which no object is valid.
 
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
 #include "source.h"
 
 #include <set>

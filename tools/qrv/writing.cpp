@@ -2,9 +2,9 @@
 
 #include "commands.h"
 #include "output.h"
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/platform/cplatform.h"
-#include "qrv/text/cexacttext.h"
+#include "qrv/text/write/cexacttext.h"
 #include "raised.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 #pragma once
 // Connections: who is connected to whom, and the walk along the connections that every signal makes
-// (qrv/signals/csignal.h).
+// (qrv/base/csignal.h).
 //
 // A signal and a slot are the same kind of thing, a cSSBase. A link joins two of them with a
 // direction and is two heap nodes (cConnection), one in the ring of each partner, so that either
@@ -16,8 +16,8 @@
 // slot first or together with it. An exception of a slot reaches the caller of the signal, and the
 // remaining targets are not called.
 
+#include "qrv/base/cref.h"
 #include "qrv/ccomp.h"
-#include "qrv/core/cref.h"
 #include "qrv/qrvdefs.h"
 
 #include <cstddef>

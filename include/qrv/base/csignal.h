@@ -3,13 +3,13 @@
 //
 // A signal calls what is connected to it, in the order of connection, and a slot calls a function
 // or a member function. Both may be connected, cut and destroyed from inside a call
-// (qrv/signals/cconnection.h has the rules).
+// (qrv/base/cconnection.h has the rules).
 //
 // Limits: one thread at a time, for everything here. A slot does not own its object: destroy the
 // slot first or together with it. An exception of a slot goes through to whoever fired the signal;
 // the targets behind it are not called then.
 
-#include "qrv/signals/cconnection.h"
+#include "qrv/base/cconnection.h"
 
 #include <array>
 #include <bit>

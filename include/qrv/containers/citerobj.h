@@ -10,7 +10,7 @@
 // (cObj::changed). The tie is a slot among its own members, "updatefromobj"; removing that member
 // ends it, and so does the end of either side. One thread at a time.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cobj.h"
 
 class QRV_API cIterObj : public cObj {

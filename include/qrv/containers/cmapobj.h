@@ -13,7 +13,7 @@
 //   0x40000001 "Nesting is too deep in object type: " and the type's name
 // One thread at a time.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cobj.h"
 
 class QRV_API cMapObj : public cObj {

@@ -18,9 +18,9 @@
 // Limits: references to signals and slots' targets are plain pointers that hold no count; they must
 // not outlive what they point to. One thread at a time.
 
+#include "qrv/base/csignal.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/signals/csignal.h"
 
 // The types. Each is made and registered when it is first asked for. If a program has taken its
 // name before, the three lines of a duplicate type are printed and the type works unregistered.

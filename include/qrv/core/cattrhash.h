@@ -275,7 +275,7 @@ class QRV_API cAttrHash : public cShared {
     static bool setitem(cAttrHash *hash, objref const &key, objref const &value);
     static void set_vector(cAttrHash *hash);
 
-    // Empty, or the first rule that doesn't hold (the rules: containers/cattrhash_check.cpp). Only
+    // Empty, or the first rule that doesn't hold (the rules: core/cattrhash_check.cpp). Only
     // with deep the hooks of key types are called.   O(n)
     std::string broken_rule(bool deep) const;
     // Slots looked at since the process began, by all tables.

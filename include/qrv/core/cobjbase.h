@@ -2,7 +2,7 @@
 // The common base of objects and of hash nodes: a count, a virtual destructor and a word of flags,
 // and the census of living objects. One thread at a time.
 
-#include "qrv/core/cref.h"
+#include "qrv/base/cref.h"
 
 #include <iosfwd>
 

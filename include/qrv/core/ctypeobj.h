@@ -8,7 +8,7 @@
 // it always goes to exactly the function's own type. There is no search through base types:
 // inherit() has copied what a type takes over. One thread at a time.
 
-#include "qrv/containers/cattrhash.h"
+#include "qrv/core/cattrhash.h"
 #include "qrv/core/cobj.h"
 
 #include <map>

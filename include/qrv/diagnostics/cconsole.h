@@ -12,9 +12,9 @@
 // Fire sig_idle() before making the display to drop the start-up text.
 // One thread at a time: no part of the library may be used by two threads at once.
 
+#include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/signals/csignal.h"
 
 class QRV_API cConsoleDisplay {
   public:

@@ -10,8 +10,8 @@
 // since it would end the process. A slot that prints at every call has no end.
 // One thread at a time: no part of the library may be used by two threads at once.
 
+#include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
-#include "qrv/signals/csignal.h"
 
 #include <array>
 #include <cstdarg>

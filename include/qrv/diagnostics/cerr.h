@@ -7,10 +7,10 @@
 // written form) is made before clear(), since that code may itself compose an error.
 // One thread at a time: no part of the library may be used by two threads at once.
 
+#include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/qrvdefs.h"
-#include "qrv/signals/csignal.h"
 
 #include <exception>
 #include <string>

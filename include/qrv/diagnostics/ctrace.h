@@ -15,8 +15,8 @@
 // nobody has yet waits for its channel; a file that cannot be opened is replaced by "cerr", which
 // says so. One thread at a time: no part of the library may be used by two threads at once.
 
+#include "qrv/base/cref.h"
 #include "qrv/ccomp.h"
-#include "qrv/core/cref.h"
 #include "qrv/qrvdefs.h"
 
 #include <concepts>

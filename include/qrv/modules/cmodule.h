@@ -16,15 +16,15 @@
 //
 // Who loads code: cModule::load and what leads to it, that is cRepoImpl::find for "key:module",
 // cRepoImpl::findorload and cat::find_type. While text is being read nothing is loaded, so no data
-// file brings code into a program; qrv_set_module_filter (qrv/platform/cplatform.h) sets another
-// rule. A module runs with all rights of the program.
+// file brings code into a program; qrv_set_module_filter (qrv/base/platform/cplatform.h) sets
+// another rule. A module runs with all rights of the program.
 //
 // What must not happen: a static initialiser of a module that throws ends the process, as in any
 // shared object; what may fail belongs into the set-up. A module whose types stand in the registry,
 // or whose objects are still in use, must not go: give its cModule `nocount`, or hold a cModuleUse
 // for as long as they live.
 
-#include "qrv/core/cref.h"
+#include "qrv/base/cref.h"
 
 #include <cstdint>
 #include <memory>

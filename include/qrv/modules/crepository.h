@@ -11,7 +11,7 @@
 // on first use and go at the end of the process, after every static object that used them in its
 // constructor. One thread at a time, as everywhere in the library.
 
-#include "qrv/core/cref.h"
+#include "qrv/base/cref.h"
 #include "qrv/modules/cmodule.h"
 
 #include <cstdint>

@@ -12,15 +12,15 @@
 //   a message        one datagram to the abstract Unix socket "qrv-thread-" and the id: message,
 //                    wParam and lParam, each as 32 bits, lowest byte first. Nothing ever waits for
 //                    the receiver: what it has no room for is lost. qrv_set_post_message() puts a
-//                    function in its place (qrv/platform/cplatform.h)
+//                    function in its place (qrv/base/platform/cplatform.h)
 //   the event        the named semaphore "/EreignisQuorvanta", raised if it was there when the
 //                    library was loaded and belongs to the process's user or to root
 // The receiver should look whose datagram it is (SO_PASSCRED): everybody may send to such a socket.
 //
 // One thread at a time: messages, the queue and the signals belong to one thread of the process.
 
+#include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
-#include "qrv/signals/csignal.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "platform/clink.h"
+#include "base/platform/clink.h"
 
-#include "platform/os_calls.h"
-#include "qrv/platform/cplatform.h"
+#include "base/platform/os_calls.h"
+#include "qrv/base/platform/cplatform.h"
 #include "tests/support/os_faults.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // Where modules are looked for, with a loader that only takes notes; real files are loaded by the
 // tests of modules.
 
-#include "platform/cloader.h"
+#include "base/platform/cloader.h"
 
-#include "platform/os_calls.h"
-#include "qrv/platform/cplatform.h"
+#include "base/platform/os_calls.h"
+#include "qrv/base/platform/cplatform.h"
 
 #include <gtest/gtest.h>
 

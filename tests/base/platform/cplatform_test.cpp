@@ -1,8 +1,8 @@
 // The operating system's side: debug output, descriptors, time, files and their replacement.
 
-#include "qrv/platform/cplatform.h"
+#include "qrv/base/platform/cplatform.h"
 
-#include "platform/os_calls.h"
+#include "base/platform/os_calls.h"
 
 #include <gtest/gtest.h>
 

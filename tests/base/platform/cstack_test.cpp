@@ -1,4 +1,4 @@
-#include "qrv/platform/cstack.h"
+#include "qrv/base/platform/cstack.h"
 
 #include "tests/support/os_faults.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 // What a test and the module `cross` do together.
 
+#include "qrv/base/csignal.h"
 #include "qrv/core/cobj.h"
-#include "qrv/signals/csignal.h"
 
 struct QRV_API Cross {
     Cross() = default;

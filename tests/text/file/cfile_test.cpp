@@ -1,6 +1,6 @@
 // Object trees in files, files as strings, and the helpers for white space.
 
-#include "qrv/text/cfile.h"
+#include "qrv/text/file/cfile.h"
 
 #include "containers/cmergebudget.h"
 #include "qrv/containers/cmapobj.h"
@@ -9,8 +9,8 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/modules/cmodule.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
 #include "tests/support/fixture.h"
 
 #include <cstdlib>

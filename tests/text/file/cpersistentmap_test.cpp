@@ -1,13 +1,13 @@
 // A map in a file: loading on first use, saving at the end, and what becomes of a damaged file.
 
-#include "qrv/text/cpersistentmap.h"
+#include "qrv/text/file/cpersistentmap.h"
 
 #include "qrv/containers/cattr.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/creadreport.h"
-#include "tests/text/save_support.h"
+#include "qrv/text/read/creadreport.h"
+#include "tests/text/file/save_support.h"
 
 #include <algorithm>
 #include <type_traits>

@@ -5,9 +5,9 @@
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/cfile.h"
-#include "qrv/text/cpersistentmap.h"
-#include "tests/text/save_support.h"
+#include "qrv/text/file/cfile.h"
+#include "qrv/text/file/cpersistentmap.h"
+#include "tests/text/file/save_support.h"
 
 #include <csignal>
 #include <sys/resource.h>

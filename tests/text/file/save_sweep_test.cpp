@@ -2,11 +2,11 @@
 // the process dies there. Afterwards the file holds the old text or the new one, whole; the result
 // tells which; and nothing is left beside it.
 
+#include "qrv/base/platform/cplatform.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/platform/cplatform.h"
-#include "qrv/text/cfile.h"
-#include "qrv/text/cpersistentmap.h"
-#include "tests/text/save_support.h"
+#include "qrv/text/file/cfile.h"
+#include "qrv/text/file/cpersistentmap.h"
+#include "tests/text/file/save_support.h"
 
 #include <cstring>
 #include <functional>

@@ -6,8 +6,8 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
-#include "qrv/text/cattrscan.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
 #include "tests/support/fixture.h"
 
 #include <string>

@@ -4,7 +4,7 @@
 #include "containers/cmergebudget.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
 #include "tests/support/fixture.h"
 #include "tests/text/path_support.h"
 #include "tests/text/read_support.h"

@@ -6,10 +6,10 @@
 // One run takes about a second. For a long one set QRV_MODEL_SECONDS, for another sequence
 // QRV_MODEL_SEED:   QRV_MODEL_SECONDS=600 test_text --gtest_filter='SetPathModel.*'
 
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
 #include "tests/support/fixture.h"
 #include "tests/text/path_support.h"
-#include "text/ctext_state.h"
+#include "text/state/ctext_state.h"
 
 #include <chrono>
 #include <cstdlib>

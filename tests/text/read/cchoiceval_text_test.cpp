@@ -1,10 +1,10 @@
 // The text of choices: values and types written and read back, and types declared in texts.
 #include "qrv/containers/cchoiceval.h"
 
+#include "qrv/containers/csignalobj.h"
 #include "qrv/containers/cvectorobj.h"
-#include "qrv/signals/csignalobj.h"
-#include "qrv/text/cexacttext.h"
-#include "qrv/text/cwriter.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/containers/choice_support.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"

@@ -1,6 +1,6 @@
 // Literals: the conversion of numbers, strings, bools and constants from the text of a token.
 
-#include "qrv/text/cattrscan.h"
+#include "qrv/text/read/cattrscan.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
 

@@ -1,7 +1,7 @@
 // What texts read as: values, containers, keys, typed values, declared types.
 
 #include "qrv/containers/cvectorobj.h"
-#include "qrv/text/cattrscan.h"
+#include "qrv/text/read/cattrscan.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
 

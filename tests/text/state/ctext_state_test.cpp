@@ -1,8 +1,8 @@
 // The state that reader and writer share: levels, paths, the table of paths, comments.
 
-#include "qrv/text/cwriter.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
-#include "text/ctext_state.h"
+#include "text/state/ctext_state.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include "tests/text/random_tree.h"
 #include "tests/text/write_support.h"
 
-#include "qrv/text/cexacttext.h"
-#include "text/cscalar_text.h"
-#include "text/ctext_state.h"
-#include "text/cwriter_exact.h"
+#include "qrv/text/write/cexacttext.h"
+#include "text/state/ctext_state.h"
+#include "text/write/cscalar_text.h"
+#include "text/write/cwriter_exact.h"
 
 #include <bit>
 #include <cmath>

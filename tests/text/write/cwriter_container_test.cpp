@@ -1,7 +1,7 @@
 // The writer: layouts, keys, what is skipped, back references, comments, wrappers.
 #include "tests/text/write_support.h"
 
-#include "text/ctext_state.h"
+#include "text/state/ctext_state.h"
 
 #include <limits>
 #include <sstream>

@@ -2,8 +2,8 @@
 #include "tests/text/hostile_locale.h"
 #include "tests/text/write_support.h"
 
-#include "qrv/text/cexacttext.h"
-#include "text/ctext_state.h"
+#include "qrv/text/write/cexacttext.h"
+#include "text/state/ctext_state.h"
 
 #include <ios>
 #include <optional>

@@ -3,7 +3,7 @@
 #include "tests/text/random_tree.h"
 #include "tests/text/write_support.h"
 
-#include "qrv/text/creadreport.h"
+#include "qrv/text/read/creadreport.h"
 
 #include <limits>
 

@@ -2,9 +2,9 @@
 // failures in the middle.
 #include "tests/text/write_support.h"
 
-#include "qrv/platform/cstack.h"
-#include "text/cscalar_text.h"
-#include "text/ctext_state.h"
+#include "qrv/base/platform/cstack.h"
+#include "text/state/ctext_state.h"
+#include "text/write/cscalar_text.h"
 
 #include <clocale>
 #include <cmath>

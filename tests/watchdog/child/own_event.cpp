@@ -2,7 +2,7 @@
 // objects linked in. The library opens the event while it is initialised, so this runs before all
 // initialisers, and touches nothing that needs one.
 
-#include "platform/os_calls.h"
+#include "base/platform/os_calls.h"
 
 #include <cstdlib>
 

@@ -20,7 +20,7 @@
 //
 // It ends by itself after two minutes, whatever becomes of who started it.
 
-#include "qrv/signals/csignal.h"
+#include "qrv/base/csignal.h"
 #include "qrv/util/cwatchdog.h"
 
 #include <cerrno>

@@ -6,7 +6,7 @@
 // The file lies beside the program: the first busmap() puts the folder of the process's first
 // argument in front of the name. A map that nobody asked for is never written. One that was asked
 // for is written always, changed or not, with the two comment lines ahead. The old file or the new
-// one is whole at every moment (qrv/text/cfile.h).
+// one is whole at every moment (qrv/text/file/cfile.h).
 //
 // Nothing of a file is lost that could not be read. A file is damaged if an error was counted while
 // it was read, if its value isn't a closed map, if it holds more than that value and comments, or

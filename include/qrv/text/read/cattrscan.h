@@ -14,7 +14,7 @@
 
 #include "qrv/core/cobj.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/text/cattrscanner.h"
+#include "qrv/text/scan/cattrscanner.h"
 
 #include <memory>
 

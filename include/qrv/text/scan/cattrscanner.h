@@ -11,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
+#include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
 #include "qrv/qrvdefs.h"
-#include "qrv/signals/csignal.h"
 
 // Every token code with its number, once. Codes 1 to 255 are single characters; a byte from 128 on
 // comes as a negative code. 256, 268 and 269 stand for nothing; callers rely on the numbers.

@@ -1,8 +1,8 @@
 #pragma once
 // Exact text: while a guard lives, the writer writes so that what it writes reads back as the same
 // tree. Without a guard numbers keep six digits, the string `true` comes back as a bool, and so on
-// (qrv/text/cwriter.h). What survives anyway is written the same with and without a guard, but for
-// constants. What changes:
+// (qrv/text/write/cwriter.h). What survives anyway is written the same with and without a guard,
+// but for constants. What changes:
 //   - numbers whose plain text isn't one token of that type and value: the shortest text that is,
 //     with ".0" put in where no point stands, and "f" behind a float
 //   - strings `true` and `false` in quotes; a line feed as a backslash and the line feed

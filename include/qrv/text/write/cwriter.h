@@ -11,7 +11,7 @@
 //
 // What does not come back: strings `true` and `false` (they are read as bools), line feeds in
 // strings, digits of float and double beyond the sixth, infinities, and whatever has no text.
-// cat::ExactText (qrv/text/cexacttext.h) mends what can be mended.
+// cat::ExactText (qrv/text/write/cexacttext.h) mends what can be mended.
 //
 // Numbers written to a caller's stream take that stream's flags and locale; the library's own
 // streams have the classic ones. A value that is nested deeper than the stack allows is left out
@@ -21,27 +21,11 @@
 // Depth, indent and path are process-wide: one thread at a time.
 
 #include "qrv/core/cobj.h"
+#include "qrv/text/state/cwriteindent.h"
 
 #include <string>
 
 namespace cat {
-
-// Columns for each level below the outermost, and columns of the outermost one.
-extern QRV_API int write_indent;  // 4
-extern QRV_API int write_indent0; // 2
-
-// More columns for the current level as long as it lives.
-class QRV_API DoWriteIndent {
-  public:
-    explicit DoWriteIndent(int columns = 4);
-    DoWriteIndent(DoWriteIndent const &) = delete; // would take the columns back twice
-    // Takes over the number only: the destructor then takes back that many.
-    DoWriteIndent &operator=(DoWriteIndent const &other) noexcept;
-    ~DoWriteIndent();
-
-  private:
-    int columns_;
-};
 
 // The layout of a container, the member "wformat" if that is a string, else "". 's' at the start:
 // one line; anything else: many lines; with 'w' the container's comment behind the opening bracket.
