@@ -11,7 +11,7 @@
 
 namespace {
 
-class HostileTest : public QrvTest {
+class HostileKeyTest : public QrvTest {
   protected:
     cAttrHash hash{nullptr};
 
@@ -21,8 +21,8 @@ class HostileTest : public QrvTest {
     }
     void sound() { EXPECT_EQ(hash.broken_rule(true), ""); }
 };
-class HostileEdge : public HostileTest {};
-class Hostile : public HostileTest {};
+class HostileEdge : public HostileKeyTest {};
+class HashHostile : public HostileKeyTest {};
 
 using cBlocks = std::pair<std::string, std::string>;
 
@@ -59,7 +59,7 @@ std::string colliding_text(unsigned int number) {
 
 // --- aliased arguments
 
-TEST_F(Hostile, a_key_may_be_the_one_of_the_node_that_goes) {
+TEST_F(HashHostile, a_key_may_be_the_one_of_the_node_that_goes) {
     fill({"a", "b", "c", "d"});
     EXPECT_TRUE(hash.delitem(hash.first()->key()));
     EXPECT_TRUE(hash.mapitem(hash.first()->key(), objref()));
@@ -80,7 +80,7 @@ TEST_F(Hostile, a_key_may_be_the_one_of_the_node_that_goes) {
 
 // --- values that act
 
-TEST_F(Hostile, a_value_that_removes_other_keys_when_it_goes) {
+TEST_F(HashHostile, a_value_that_removes_other_keys_when_it_goes) {
     fill({"a", "b", "c", "d"});
     hash.mapitem("b", last_will([this] {
                      hash.delitem("a");
@@ -92,14 +92,14 @@ TEST_F(Hostile, a_value_that_removes_other_keys_when_it_goes) {
     sound();
 }
 
-TEST_F(Hostile, erase_tells_null_when_the_follower_went_too) {
+TEST_F(HashHostile, erase_tells_null_when_the_follower_went_too) {
     fill({"a", "b", "c"});
     hash.mapitem("a", last_will([this] { hash.delitem("b"); }));
     EXPECT_EQ(hash.erase(cat::of("a")), nullptr);
     EXPECT_EQ(ring(hash), "c=3 ");
 }
 
-TEST_F(Hostile, a_value_that_removes_its_own_key_while_it_is_replaced) {
+TEST_F(HashHostile, a_value_that_removes_its_own_key_while_it_is_replaced) {
     fill({"a", "b"});
     auto const will = [this] { return last_will([this] { hash.delitem("a"); }); };
     hash.mapitem("a", will());
@@ -117,7 +117,7 @@ TEST_F(Hostile, a_value_that_removes_its_own_key_while_it_is_replaced) {
     sound();
 }
 
-TEST_F(Hostile, clear_goes_on_until_nothing_is_left) {
+TEST_F(HashHostile, clear_goes_on_until_nothing_is_left) {
     int rounds = 3;
     std::function<void()> again = [&] {
         if (rounds-- > 0) hash.mapitem(cat::of(rounds), last_will(again));
@@ -134,7 +134,7 @@ TEST_F(Hostile, clear_goes_on_until_nothing_is_left) {
     sound();
 }
 
-TEST_F(Hostile, a_hash_whose_last_owner_is_one_of_its_values_operations_end_well) {
+TEST_F(HashHostile, a_hash_whose_last_owner_is_one_of_its_values_operations_end_well) {
     for (int operation = 0; operation < 6; ++operation) {
         hashref owner = make<cAttrHash>(nullptr);
         cAttrHash &mine = *owner;
@@ -164,7 +164,7 @@ TEST_F(Hostile, a_hash_whose_last_owner_is_one_of_its_values_operations_end_well
     }
 }
 
-TEST_F(Hostile, a_hash_that_is_shared_again_while_it_dies_dies_once) {
+TEST_F(HashHostile, a_hash_that_is_shared_again_while_it_dies_dies_once) {
     hashref owner = make<cAttrHash>(nullptr);
     cAttrHash *const mine = owner.get();
     int calls = 0;
@@ -179,7 +179,7 @@ TEST_F(Hostile, a_hash_that_is_shared_again_while_it_dies_dies_once) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(Hostile, the_source_of_an_assignment_may_shrink_on_the_way) {
+TEST_F(HashHostile, the_source_of_an_assignment_may_shrink_on_the_way) {
     cAttrHash source(nullptr);
     cHostileType const hostile;
     source.mapitem(hostile.key(1), cat::of(1));
@@ -193,7 +193,7 @@ TEST_F(Hostile, the_source_of_an_assignment_may_shrink_on_the_way) {
 
 // --- hooks that act
 
-TEST_F(Hostile, hooks_are_asked_once_for_each_node_on_the_way) {
+TEST_F(HashHostile, hooks_are_asked_once_for_each_node_on_the_way) {
     cHostileType const hostile;
     for (int i = 0; i < 50; ++i) hash.mapitem(hostile.key(i), cat::nil());
     EXPECT_EQ(cHostileType::hash_calls, 50);
@@ -206,7 +206,7 @@ TEST_F(Hostile, hooks_are_asked_once_for_each_node_on_the_way) {
     EXPECT_EQ(cHostileType::heq_calls, 100);
 }
 
-TEST_F(Hostile, growth_asks_no_key_for_its_hash) {
+TEST_F(HashHostile, growth_asks_no_key_for_its_hash) {
     cHostileType const hostile;
     for (int i = 0; i < 77; ++i) hash.mapitem(hostile.key(i), cat::nil());
     cHostileType::reset();
@@ -216,7 +216,7 @@ TEST_F(Hostile, growth_asks_no_key_for_its_hash) {
     sound();
 }
 
-TEST_F(Hostile, texts_and_ints_are_compared_without_a_call_and_never_with_foreign_keys_wrongly) {
+TEST_F(HashHostile, texts_and_ints_are_compared_without_a_call_and_never_with_foreign_keys_wrongly) {
     cHostileType const hostile;
     fill({"a", "b"});
     hash.mapitem(cat::of(7), cat::of(3)); // the hash of all hostile keys
@@ -229,7 +229,7 @@ TEST_F(Hostile, texts_and_ints_are_compared_without_a_call_and_never_with_foreig
     sound();
 }
 
-TEST_F(Hostile, a_hook_that_grows_the_table_during_the_search) {
+TEST_F(HashHostile, a_hook_that_grows_the_table_during_the_search) {
     cHostileType const hostile;
     for (int i = 0; i < 3; ++i) hash.mapitem(hostile.key(i), cat::of(i));
     auto const grow = [this] {
@@ -249,7 +249,7 @@ TEST_F(Hostile, a_hook_that_grows_the_table_during_the_search) {
     sound();
 }
 
-TEST_F(Hostile, a_hook_that_clears_the_table_during_the_search) {
+TEST_F(HashHostile, a_hook_that_clears_the_table_during_the_search) {
     cHostileType const hostile;
     auto const arm = [&] {
         cHostileType::reset();
@@ -275,7 +275,7 @@ TEST_F(Hostile, a_hook_that_clears_the_table_during_the_search) {
     sound();
 }
 
-TEST_F(Hostile, a_clone_that_inserts_the_same_key_first) {
+TEST_F(HashHostile, a_clone_that_inserts_the_same_key_first) {
     cHostileType const hostile;
     cHostileType::in_clone = [&] { hash.mapitem(hostile.key(5), cat::of(1)); };
     EXPECT_TRUE(hash.mapitem(hostile.key(5), cat::of(2)));
@@ -289,7 +289,7 @@ TEST_F(Hostile, a_clone_that_inserts_the_same_key_first) {
     sound();
 }
 
-TEST_F(Hostile, a_rename_whose_clone_takes_the_old_key_away) {
+TEST_F(HashHostile, a_rename_whose_clone_takes_the_old_key_away) {
     cHostileType const hostile;
     fill({"a", "b"});
     cHostileType::in_clone = [this] { hash.delitem("a"); };
@@ -298,7 +298,7 @@ TEST_F(Hostile, a_rename_whose_clone_takes_the_old_key_away) {
     sound();
 }
 
-TEST_F(Hostile, a_hook_that_throws_leaves_the_table_in_order) {
+TEST_F(HashHostile, a_hook_that_throws_leaves_the_table_in_order) {
     cHostileType const hostile;
     hash.mapitem(hostile.key(1), cat::of(1));
     auto const fail = [] { throw cErr(5, "thrown by a hook"); };
@@ -313,7 +313,7 @@ TEST_F(Hostile, a_hook_that_throws_leaves_the_table_in_order) {
     sound();
 }
 
-TEST_F(Hostile, a_value_whose_equal_removes_it_from_the_hash) {
+TEST_F(HashHostile, a_value_whose_equal_removes_it_from_the_hash) {
     static cAttrHash *table;
     table = &hash;
     typeref const type = make<cTypeObj>(
@@ -330,7 +330,7 @@ TEST_F(Hostile, a_value_whose_equal_removes_it_from_the_hash) {
     EXPECT_TRUE(hash.empty());
 }
 
-TEST_F(Hostile, nan_keys_end_every_search) {
+TEST_F(HashHostile, nan_keys_end_every_search) {
     double const nan = std::numeric_limits<double>::quiet_NaN();
     for (int i = 0; i < 300; ++i) hash.mapitem(cat::of(i * 0.5), cat::nil());
     hash.mapitem(cat::of(nan), cat::of(1));
@@ -359,7 +359,7 @@ TEST_F(HostileEdge, deleted_marks_never_use_up_the_empty_slots) {
     sound();
 }
 
-TEST_F(Hostile, an_absent_key_is_found_missing_soon_after_a_large_table_was_cleared) {
+TEST_F(HashHostile, an_absent_key_is_found_missing_soon_after_a_large_table_was_cleared) {
     auto const text = [](int i) { return "key" + std::to_string(i); };
     for (int i = 0; i < 100000; ++i) hash.mapitem(text(i), cat::nil());
     hash.clear();
@@ -369,7 +369,7 @@ TEST_F(Hostile, an_absent_key_is_found_missing_soon_after_a_large_table_was_clea
     sound();
 }
 
-TEST_F(Hostile, the_colliding_texts_of_these_tests_collide) {
+TEST_F(HashHostile, the_colliding_texts_of_these_tests_collide) {
     objref const first = cat::of(colliding_text(0));
     for (unsigned int i = 1; i < 1000; ++i) {
         objref const other = cat::of(colliding_text(i * 131));
@@ -378,7 +378,7 @@ TEST_F(Hostile, the_colliding_texts_of_these_tests_collide) {
     }
 }
 
-TEST_F(Hostile, texts_chosen_to_collide_cost_little_more_than_others) {
+TEST_F(HashHostile, texts_chosen_to_collide_cost_little_more_than_others) {
     unsigned int const count = 100000;
     auto const cost = [=](auto text) {
         cAttrHash table(nullptr);
@@ -395,7 +395,7 @@ TEST_F(Hostile, texts_chosen_to_collide_cost_little_more_than_others) {
     EXPECT_LT(chosen, 10 * ordinary);
 }
 
-TEST_F(Hostile, a_seeded_table_still_finds_all_kinds_of_keys) {
+TEST_F(HashHostile, a_seeded_table_still_finds_all_kinds_of_keys) {
     cHostileType const hostile;
     hash.mapitem(cat::of(5), cat::of(1));
     hash.mapitem(hostile.key(5), cat::of(2));
@@ -413,7 +413,7 @@ TEST_F(Hostile, a_seeded_table_still_finds_all_kinds_of_keys) {
     sound();
 }
 
-TEST_F(Hostile, ordinary_tables_are_not_seeded) {
+TEST_F(HashHostile, ordinary_tables_are_not_seeded) {
     for (int i = 0; i < 50000; ++i) {
         hash.mapitem("key" + std::to_string(i), cat::nil());
         hash.mapitem(cat::of(i * 0.25), cat::nil());

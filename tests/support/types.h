@@ -1,6 +1,8 @@
 #pragma once
-// Takes away the types that a test has registered, at the end of its life.
+// Removes the types that a test has registered, at the end of its life. The library's own types that
+// are made on first use stay: the library would not register them again.
 
+#include "containers/csignalobj_types.h"
 #include "qrv/core/ctypes.h"
 
 #include <vector>
@@ -11,9 +13,10 @@ class cTypesBack {
     cTypesBack(cTypesBack const &) = delete;
     cTypesBack &operator=(cTypesBack const &) = delete;
     ~cTypesBack() {
-        std::vector<objref> const now = keys(); // new ones stand behind
+        cAttrHash &types = *cat::type_hash_ptr();
+        std::vector<objref> const now = keys(); // new ones are at the end
         for (std::size_t i = before_.size(); i < now.size(); ++i)
-            cat::type_hash_ptr()->delitem(now[i]);
+            if (!cat::is_signal_type(types.find(now[i])->valref().get())) types.delitem(now[i]);
     }
 
   private:
