@@ -2,7 +2,7 @@
 
 #include "qrv/util/cfloatformat.h"
 
-#include "base/creal.h"
+#include "base/cnumber.h"
 
 #include <ios>
 #include <locale>
@@ -45,7 +45,7 @@ template <class T>
 bool set_number(cFormatFloating const &format, char const *text, T &number, bool &changed) {
     changed = false;
     float read = 0;
-    if (!text || !is_known(format.format()) || !scan_real(text, read)) return false;
+    if (!text || !is_known(format.format()) || !cat::scan_real(text, read)) return false;
     T const value = read;
     changed = value != number;
     number = value;

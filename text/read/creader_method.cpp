@@ -2,7 +2,7 @@
 // of the container types and of types that are read as one value or as entries, bare lists of
 // entries, and the conversion of literal tokens.
 
-#include "base/creader_number.h"
+#include "base/cnumber.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
