@@ -206,6 +206,36 @@ class Symbols(Tree):
         self.fails("other.cpp.o has a dynamic initialiser", "check_initialisers.sh", startup, plain, other)
         self.fails("is this check still looking", "check_initialisers.sh", plain)
 
+    def objects(self, core):
+        low = self.compile("qrv_objects.dir/core/low.cpp.o", core, "-c")
+        high = self.compile("qrv_objects.dir/util/high.cpp.o", "int high() { return 1; } int value; "
+                            "inline int weak() { return 2; } int (*used)() = weak;", "-c")
+        return low, high
+
+    def test_a_reference_that_goes_up(self):
+        listed = self.write("upward.txt", "# none\n")
+        check = ["check_symbols.py", "--list", listed]
+        self.passes(*check, *self.objects("inline int weak() { return 2; } int (*used_here)() = weak;"))
+        self.fails("core/low.cpp: uses 'value' of util/high.cpp", *check, *self.objects("extern int value; int f() { return value; }"))
+        objects = self.objects("int high(); int f() { return high(); }")
+        self.fails("core/low.cpp: uses 'high()' of util/high.cpp", *check, *objects)
+        self.write("upward.txt", "core/low.cpp\thigh()\ta reason\n")
+        self.passes(*check, *objects)
+        self.fails("upward.txt:1: core/low.cpp no longer uses 'high()'", *check, *self.objects("int f();"))
+
+    def test_a_list_of_upward_references_that_is_long_or_spoilt(self):
+        names = [f"up{i}()" for i in range(13)]
+        low = self.compile("qrv_objects.dir/core/low.cpp.o", "".join(f"int {n}; int f{n} {{ return {n}; }} " for n in names), "-c")
+        high = self.compile("qrv_objects.dir/util/high.cpp.o", "".join(f"int {n} {{ return 1; }} " for n in names), "-c")
+        listed = self.write("upward.txt", "".join(f"core/low.cpp\t{n}\ta reason\n" for n in names))
+        self.fails("13 pairs, more than 12", "check_symbols.py", "--list", listed, low, high)
+        self.write("upward.txt", "core/low.cpp\tup0()\n")
+        self.fails("upward.txt:1: not of the form", "check_symbols.py", "--list", listed, low, high)
+
+    def test_an_object_in_a_folder_that_is_no_layer(self):
+        other = self.compile("qrv_objects.dir/other/a.cpp.o", "int f();", "-c")
+        self.fails("other/a.cpp: its folder is not a layer", "check_symbols.py", other)
+
     def test_a_symbol_that_comes_or_goes(self):
         library = self.compile("lib.so", "int a() { return 1; } inline int b() { return 2; } int (*c)() = b;", "-shared")
         self.passes("exports.sh", "--write", library, "list.txt")
