@@ -1,6 +1,6 @@
 #pragma once
 // A hash that nobody outside the process can predict: SipHash-1-3 under a random key that is drawn
-// once, on first use. For tables whose keys were chosen to collide. One thread at a time.
+// once, on first use. For tables whose keys were chosen to collide.
 
 #include <cstddef>
 #include <cstdint>

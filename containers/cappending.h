@@ -2,7 +2,6 @@
 // Appends many values to one object by cObj::append. A plain set is asked through an index whether
 // it holds an equal value, so that filling it costs by its size and not by its square; the results
 // are those of single calls.
-// One thread at a time.
 
 #include "containers/value_index.h"
 #include "qrv/containers/cmapobj.h"

@@ -1,5 +1,5 @@
 #pragma once
-// The three words of an attribute specification. One thread at a time.
+// The three words of an attribute specification.
 
 #include "qrv/core/cobj.h"
 

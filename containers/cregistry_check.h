@@ -1,6 +1,6 @@
 #pragma once
 // The rules that the registry of types keeps whatever programs, modules and files register,
-// redefine, inherit and take away. One thread at a time.
+// redefine, inherit and take away.
 //
 // G1 the hash keeps its own rules, and cat::typemap() shares it
 // G2 each value is a type

@@ -2,7 +2,6 @@
 // A walk over the ring of a hash during which foreign code may run. It keeps the memory of the
 // node it stands on: where that code removed the node, the walk ends there. The hash itself must
 // be kept alive by whoever walks.
-// One thread at a time.
 
 #include "qrv/core/cattrhash.h"
 

@@ -1,6 +1,5 @@
 #pragma once
 // What map, vector and set share: the list of their methods, and tests of their values.
-// One thread at a time.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"

@@ -6,7 +6,6 @@
 // An object can change without its holders being told, so the index is for the length of a loop in
 // which only such plain values are handled. Appending, removing and moving nodes is noticed; where
 // a value in the hash may have been replaced or changed (foreign code ran) call forget().
-// One thread at a time.
 
 #include "qrv/core/cattrhash.h"
 

@@ -1,6 +1,5 @@
 #pragma once
 // What the sources of cAttrHash share: the words of the table, guards, and the size table.
-// One thread at a time.
 
 #include "qrv/core/cattrhash.h"
 

@@ -1,5 +1,5 @@
 #pragma once
-// What the files of message output share. One thread at a time.
+// What the files of message output share.
 
 #include "qrv/cvers.h"
 

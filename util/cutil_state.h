@@ -1,6 +1,5 @@
 #pragma once
 // The rule of cIsOnStack, apart from the addresses of a running program.
-// One thread at a time, as everywhere in the library.
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #pragma once
 // The watch dog's queue, and the object that sends the signs of life. Both stand in
-// start/startup.cpp, which tells when they are made and go. One thread at a time.
+// start/startup.cpp, which tells when they are made and go.
 
 #include "qrv/util/cwatchdog.h"
 

@@ -1,7 +1,6 @@
 #pragma once
 // What the link to a watch dog needs of the system: who started the process, a message to a thread
 // of another process, and a named event. Nothing here waits, reports or changes errno.
-// One thread at a time.
 
 #include <cstdint>
 

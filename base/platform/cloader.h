@@ -1,6 +1,6 @@
 #pragma once
 // Shared objects: where they are looked for, loading, finding a function in one, unloading; and the
-// filter that a program may set on their names. One thread at a time.
+// filter that a program may set on their names.
 
 #include <array>
 #include <string>

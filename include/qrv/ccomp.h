@@ -1,6 +1,6 @@
 #pragma once
 // What the compilers differ in. Standard C++20 on x86-64 Linux with g++ or clang; nothing else is
-// supported. One thread at a time: no part of the library may be used by two threads at once.
+// supported.
 
 // The macro names a file that does not exist: the compiler stops there, with the error in sight.
 #if __cplusplus < 202002L

@@ -1,5 +1,5 @@
 #pragma once
-// The version, in this one place. One thread at a time, as everywhere in the library.
+// The version, in this one place.
 
 #include "qrv/ccomp.h"
 

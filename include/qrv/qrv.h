@@ -1,5 +1,5 @@
 #pragma once
-// The whole library. One thread at a time: no part of it may be used by two threads at once.
+// The whole library.
 //
 // Loading the library leads std::cout and std::cerr into one buffer. A program that wants to see
 // what it prints calls cat::use_console() first (qrv/diagnostics/cconsole.h).

@@ -2,7 +2,9 @@
 // Forward declarations of the classes that many headers name, and the handles to them.
 // They carry the export mark: a template of theirs that is made in a file which sees no more than
 // this declaration is exported only then.
-// One thread at a time: no part of the library may be used by two threads at once.
+//
+// One thread at a time: no part of the library may be used by two threads at once. Counts of owners
+// are plain integers, and reading a value changes them too.
 
 #include "qrv/ccomp.h"
 

@@ -1,5 +1,5 @@
 #pragma once
-// Test helpers of the message route. One thread at a time.
+// Test helpers of the message route.
 
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"

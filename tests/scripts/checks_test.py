@@ -145,7 +145,9 @@ class Edges(Tree):
 class Rules(Tree):
     def setUp(self):
         super().setUp()
-        self.write("include/qrv/a.h", HEADER)
+        self.write("include/qrv/qrvdefs.h", HEADER)
+        self.write("docs/index.md", "# D\n**One thread at a time** may use it.\n")
+        self.write("include/qrv/a.h", "#pragma once\n// A.\n")
         self.write("core/a.cpp", "// What it is.\nint a;\n")
         self.passes("check_rules.py", self.root)
 
@@ -165,8 +167,15 @@ class Rules(Tree):
     def test_a_header_without_pragma_once(self):
         self.breaks("begins with #pragma once", "core/b.h", "// B.\n")
 
-    def test_a_public_header_that_is_silent_on_threads(self):
-        self.breaks("one thread at a time", "include/qrv/b.h", "#pragma once\n// B.\n")
+    def test_the_header_that_is_silent_on_threads(self):
+        self.breaks("qrvdefs.h: does not say: one thread", "include/qrv/qrvdefs.h", "#pragma once\n// B.\n")
+
+    def test_the_page_that_is_silent_on_threads(self):
+        self.breaks("index.md: does not say: one thread", "docs/index.md", "# D\n")
+
+    def test_a_missing_page(self):
+        (self.root / "docs/index.md").unlink()
+        self.fails("index.md: does not say: one thread", "check_rules.py", self.root)
 
     def test_a_long_source(self):
         self.breaks("651 lines", "core/b.cpp", "// B.\n" * 651)

@@ -1,5 +1,5 @@
 #pragma once
-// A file that has no folder: it goes with its object. One thread at a time.
+// A file that has no folder: it goes with its object.
 
 #include <stdexcept>
 #include <string>

@@ -1,6 +1,5 @@
 #pragma once
 // What the matching engine keeps about one input. Private to the engine.
-// One thread at a time.
 //
 // Characters move only like this: stream --more(), skip_to()--> look[..size) --consume()--> gone.
 // `next` is the current place; what lies before it in `look` is used and removed in bulk, so that

@@ -12,9 +12,8 @@
 // stays linked, so that a walk standing on it can go on. That makes it safe to disconnect anything,
 // and to destroy any signal or slot, from inside a call that a signal is making.
 //
-// Limits: one thread at a time, for everything here. A slot does not own its object: destroy the
-// slot first or together with it. An exception of a slot reaches the caller of the signal, and the
-// remaining targets are not called.
+// Limits: a slot does not own its object: destroy the slot first or together with it. An exception
+// of a slot reaches the caller of the signal, and the remaining targets are not called.
 
 #include "qrv/base/cref.h"
 #include "qrv/ccomp.h"

@@ -1,7 +1,7 @@
 #pragma once
 // File names: taking them apart, numbering files, and finding files near the program's own.
 // Names are bytes of any length; null is an empty name. Nothing here throws but for want of memory.
-// One thread at a time: the searches share one result.
+// The searches share one result.
 //
 // A path has three pieces, each possibly empty:   dir  up to and with the last `/` or `\`
 //                                                 name  the rest up to its last dot

@@ -7,8 +7,7 @@
 //   borrow  plain pointer, dies with its owner
 //   clone   private copy
 //
-// Counts are plain integers: one thread at a time, here as everywhere in the library. There are
-// no weak references, and a cycle of cRefs is never freed.
+// There are no weak references, and a cycle of cRefs is never freed.
 
 #include "qrv/qrvdefs.h"
 

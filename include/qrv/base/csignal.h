@@ -5,9 +5,8 @@
 // or a member function. Both may be connected, cut and destroyed from inside a call
 // (qrv/base/cconnection.h has the rules).
 //
-// Limits: one thread at a time, for everything here. A slot does not own its object: destroy the
-// slot first or together with it. An exception of a slot goes through to whoever fired the signal;
-// the targets behind it are not called then.
+// Limits: a slot does not own its object: destroy the slot first or together with it. An exception
+// of a slot reaches the caller of the signal, and the remaining targets are not called.
 
 #include "qrv/base/cconnection.h"
 

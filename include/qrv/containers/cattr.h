@@ -5,7 +5,6 @@
 //
 // Every read asks the owner again and keeps what it found in `cache`, which is what makes `*` and
 // `->` safe to use. An unusable handle (owner null or void) reads cat::bad() and ignores writes.
-// One thread at a time.
 
 #include "qrv/core/cobj.h"
 

@@ -12,7 +12,7 @@
 //
 // Two consequences of validate() going by identity for #FIXED: an object fresh from its type, whose
 // defaults are private copies, doesn't pass it when its type has a #FIXED attribute, and so no
-// object of such a type can be read. One thread at a time.
+// object of such a type can be read.
 
 #include "qrv/containers/cattspec.h"
 

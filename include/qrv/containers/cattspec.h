@@ -8,7 +8,6 @@
 //   with a default      4, perhaps 2; neither 8 nor 16
 //   without a default   exactly one of 8 and 16; neither 4 nor 2
 //   always              1 exactly when there is a type
-// One thread at a time.
 
 #include "qrv/core/cobj.h"
 

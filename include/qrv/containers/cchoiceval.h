@@ -14,7 +14,7 @@
 // itself calls type.changed(), or else each value finds out at its own next update().
 //
 // A value keeps its type alive, beyond its registration. A type among whose choices stands one of
-// its own values is a cycle and never freed; reading text makes none. One thread at a time.
+// its own values is a cycle and never freed; reading text makes none.
 
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/ctypeobj.h"

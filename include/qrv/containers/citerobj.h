@@ -8,7 +8,7 @@
 //
 // An iterator made to follow runs update() whenever its source says that it has changed
 // (cObj::changed). The tie is a slot among its own members, "updatefromobj"; removing that member
-// ends it, and so does the end of either side. One thread at a time.
+// ends it, and so does the end of either side.
 
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobj.h"

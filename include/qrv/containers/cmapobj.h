@@ -11,7 +11,6 @@
 // walking such maps ends all the same, and costs no more than their size on shared parts. Where
 // the stack doesn't allow another level, an operation fails softly:
 //   0x40000001 "Nesting is too deep in object type: " and the type's name
-// One thread at a time.
 
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobj.h"

@@ -1,6 +1,6 @@
 #pragma once
 // cObjModifier replaces an attribute for its own lifetime. Its destructor runs foreign code and
-// lets nothing escape. One thread at a time.
+// lets nothing escape.
 
 #include "qrv/containers/cattr.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 // cSetObj, a vector that refuses to take a value equal to one it holds, as far as values enter by
-// append or setattr. Equal sets hold each other's values in any order. One thread at a time.
+// append or setattr. Equal sets hold each other's values in any order.
 
 #include "qrv/containers/cmapobj.h"
 

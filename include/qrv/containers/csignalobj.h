@@ -16,7 +16,7 @@
 // signal, its object and the slots as well. Nobody holds the fired signal: destroyed by one of its
 // own targets it calls none of the later ones. What a target throws goes through to whoever fired.
 // Limits: references to signals and slots' targets are plain pointers that hold no count; they must
-// not outlive what they point to. One thread at a time.
+// not outlive what they point to.
 
 #include "qrv/base/csignal.h"
 #include "qrv/core/cexe.h"

@@ -1,7 +1,7 @@
 #pragma once
 // cVectorObj, a map whose keys are the ints 0 to n-1 and stay so: values move down when a place is
 // removed, and the last key goes. The discipline lies in the methods of cTomVector.
-// append ignores entrytype and of_const_keys; setattr doesn't. One thread at a time.
+// append ignores entrytype and of_const_keys; setattr doesn't.
 
 #include "qrv/containers/cmapobj.h"
 

@@ -12,7 +12,7 @@
 //
 // RUNS FOREIGN CODE marks what can call hooks of key types, methods of types or destructors of
 // values. Such code may change the very table: every operation survives that, and none touches a
-// node or the table afterwards that it may have removed. One thread at a time.
+// node or the table afterwards that it may have removed.
 
 #include "qrv/core/cobj.h"
 

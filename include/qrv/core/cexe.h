@@ -4,7 +4,6 @@
 // generic form with the tag of its prototype and is called only through exactly its own type.
 // A call through another entry reports itself:
 //   0x44000000 "Executable, key '...', called with bad prototype"
-// One thread at a time.
 
 #include "qrv/core/ctypeobj.h"
 

@@ -1,6 +1,5 @@
 #pragma once
 // Numbers as indices: which types of numbers may stand for an int, and the checked conversion.
-// One thread at a time.
 
 #include "qrv/ccomp.h"
 

@@ -9,7 +9,7 @@
 // Failures are composed on eros(), sent through cat::sig_error() and told by the result: a good
 // result of kind objref is none of null, cat::bad(), cat::badfind(). Exceptions are only what a
 // handler of that signal makes of an error. A null object reaches the state tests and call() by
-// their static forms, to which a cRef converts. One thread at a time.
+// their static forms, to which a cRef converts.
 
 #include "qrv/core/cindex.h"
 #include "qrv/core/cobjbase.h"

@@ -1,6 +1,6 @@
 #pragma once
 // The common base of objects and of hash nodes: a count, a virtual destructor and a word of flags,
-// and the census of living objects. One thread at a time.
+// and the census of living objects.
 
 #include "qrv/base/cref.h"
 

@@ -3,7 +3,7 @@
 // outlive it. Every method works through `value`, so it needn't know which of the two it has.
 // The object's type is cTypeOf((T *)nullptr), found by overload; a program that wants objects of
 // its own T declares that overload beside T. Also here: the conversions between objects and plain
-// values. One thread at a time.
+// values.
 
 #include "qrv/core/ctypes.h"
 

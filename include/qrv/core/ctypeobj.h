@@ -6,7 +6,7 @@
 // Dispatch reads nothing but the table: one load and one indirect call. A slot is filled only
 // after the executable's prototype was held against its method (validate_exe), so a call through
 // it always goes to exactly the function's own type. There is no search through base types:
-// inherit() has copied what a type takes over. One thread at a time.
+// inherit() has copied what a type takes over.
 
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobj.h"

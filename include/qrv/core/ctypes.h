@@ -1,7 +1,7 @@
 #pragma once
 // The process-wide state of the object system: types by name, named constants, global members, a
 // free data base. All of it is made in one ordered step, core_bootstrap, the first time anyone
-// asks for any of it, and torn down at process exit. One thread at a time.
+// asks for any of it, and torn down at process exit.
 
 #include "qrv/core/ctypeobj.h"
 

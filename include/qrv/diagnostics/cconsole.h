@@ -10,7 +10,6 @@
 //     sig_idle();                // delivers what was printed so far, from then on all is direct
 //
 // Fire sig_idle() before making the display to drop the start-up text.
-// One thread at a time: no part of the library may be used by two threads at once.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"

@@ -8,7 +8,6 @@
 // called afterwards; one that is set later replaces the library's.
 // A slot on a message signal may print; what it throws while a stream is being flushed is dropped,
 // since it would end the process. A slot that prints at every call has no end.
-// One thread at a time: no part of the library may be used by two threads at once.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"

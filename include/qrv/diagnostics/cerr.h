@@ -5,7 +5,6 @@
 // one is cat::errhandler(). The detecting code looks at the code afterwards.
 // Composing is not reentrant: whatever text a message needs from foreign code (a key's or a value's
 // written form) is made before clear(), since that code may itself compose an error.
-// One thread at a time: no part of the library may be used by two threads at once.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"

@@ -13,7 +13,7 @@
 //
 // A channel that writes nowhere costs one test at each `<<`. There are no errors: a name that
 // nobody has yet waits for its channel; a file that cannot be opened is replaced by "cerr", which
-// says so. One thread at a time: no part of the library may be used by two threads at once.
+// says so.
 
 #include "qrv/base/cref.h"
 #include "qrv/ccomp.h"

@@ -5,8 +5,7 @@
 //
 //     extern "C" QRV_API void quorvantaSetup() { ... }
 //
-// A module may do without. One thread at a time, as everywhere in the library; a module may load
-// further modules while it is loaded itself.
+// A module may do without. It may load further modules while it is loaded itself.
 //
 // How to build one: link it with the shared libqrv, as the program is, and give g++ the flag
 // -fno-gnu-unique (clang knows no such flag and needs none); the CMake target qrv::module does

@@ -9,7 +9,7 @@
 // Things and types are borrowed: a repository never touches what an entry points to. An entry that
 // a module left behind points to nothing once the module's file is unloaded. Both tables are made
 // on first use and go at the end of the process, after every static object that used them in its
-// constructor. One thread at a time, as everywhere in the library.
+// constructor.
 
 #include "qrv/base/cref.h"
 #include "qrv/modules/cmodule.h"

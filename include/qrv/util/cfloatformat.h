@@ -1,7 +1,7 @@
 #pragma once
 // cFloatFormat and cDoubleFormat: a floating number together with the notation and the precision
 // in which it is written. Both are views: the number lies elsewhere and must outlive them. Text
-// depends on no locale. Nothing here throws but for want of memory. One thread at a time.
+// depends on no locale. Nothing here throws but for want of memory.
 
 #include "qrv/ccomp.h"
 

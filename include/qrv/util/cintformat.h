@@ -1,7 +1,7 @@
 #pragma once
 // cIntFormat: an int together with the form in which it is written. It is a view: the number lies
 // elsewhere and must outlive it. Text depends on no locale. Nothing here throws but for want of
-// memory. One thread at a time.
+// memory.
 
 #include "qrv/ccomp.h"
 

@@ -13,7 +13,7 @@
 // which `read` refuses.
 //
 // `equal`, `less` and the hash of keys look at the number alone. The type is made when it is first
-// named, in a file or by cat::type_intf(). One thread at a time.
+// named, in a file or by cat::type_intf().
 
 #include "qrv/core/cobjd.h"
 #include "qrv/util/cintformat.h"

@@ -1,6 +1,6 @@
 #pragma once
-// Patterns with wildcards, matched against the start of a text. One thread at a time, as for all of
-// the library; the function keeps nothing between calls.
+// Patterns with wildcards, matched against the start of a text. The function keeps nothing between
+// calls.
 //
 // A pattern is a row of elements. Texts and patterns are bytes; ranges compare them as signed.
 //

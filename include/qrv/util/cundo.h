@@ -17,7 +17,6 @@
 // Limits: an action is made by new, and deleted by nobody but the lists once one has taken it. When
 // the process ends redoGlobalList goes first, then undoGlobalList, both before the core and the
 // message route; an action of undoGlobalList must not look at redoGlobalList in its destructor.
-// One thread at a time.
 
 #include "qrv/ccomp.h"
 

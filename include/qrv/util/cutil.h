@@ -1,7 +1,7 @@
 #pragma once
 // Small helpers: the version text, and questions about the stack.
-// One thread at a time; what is asked about the stack means that of the thread that loaded the
-// library, and on any other the answers are worth nothing.
+// What is asked about the stack means that of the thread that loaded the library; on any other the
+// answers are worth nothing.
 //
 //   low addresses                                                          high addresses
 //   ...  | frame of cIsOnStack | its caller | ... | main | what came before main |

@@ -16,8 +16,6 @@
 //   the event        the named semaphore "/EreignisQuorvanta", raised if it was there when the
 //                    library was loaded and belongs to the process's user or to root
 // The receiver should look whose datagram it is (SO_PASSCRED): everybody may send to such a socket.
-//
-// One thread at a time: messages, the queue and the signals belong to one thread of the process.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"

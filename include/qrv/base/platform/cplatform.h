@@ -1,8 +1,7 @@
 #pragma once
 // All that the library asks of the operating system, apart from files opened through the standard
 // library and the loading of modules. File names are bytes, as the system takes them. Nothing here
-// reports: a failure is the result false, zero or an empty text. One thread at a time: no part of
-// the library may be used by two threads at once.
+// reports: a failure is the result false, zero or an empty text.
 
 #include "qrv/ccomp.h"
 

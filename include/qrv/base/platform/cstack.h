@@ -2,7 +2,7 @@
 // The bounds of the running thread's stack, and how much of it is left. Walks that recurse with
 // their data (comparing, copying, reading, writing) ask here before each level and give up softly
 // in time, so that no value, however deep, can end the process. The bounds of a thread are asked
-// once. One thread at a time: no part of the library may be used by two threads at once.
+// once.
 
 #include "qrv/ccomp.h"
 

@@ -3,8 +3,7 @@
 // What goes wrong in a text is reported as every scan reports it (cattrscan.h); what goes wrong
 // with a file is a line on the standard error stream, or with file2obj and file2map an error with
 // code 1 on the scanner's signal. File names are bytes, as the system takes them; a null name is an
-// empty one unless told otherwise. Reading and writing use process-wide state: one thread at a
-// time.
+// empty one unless told otherwise.
 
 #include "qrv/ccomp.h"
 #include "qrv/qrvdefs.h"

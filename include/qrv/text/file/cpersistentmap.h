@@ -17,8 +17,6 @@
 // already isn't made again. When no copy can be made the file stays and the map isn't saved:
 // "Cannot keep damaged file: " and the name on the standard error stream. A save that fails is told
 // there too: "Cannot open file for write: " or "Cannot write file: " and the name.
-//
-// Reading and writing use process-wide state: one thread at a time.
 
 #include "qrv/containers/cmapobj.h"
 

@@ -10,7 +10,7 @@
 // The lexer, and with it the counters and the error count, belongs to the stream: all scanners on
 // one stream share them. Streams must outlive their scanners. Reading runs foreign code (`newobj`,
 // `read`, hooks of key types) and may load types. Path, back references and gathered comments are
-// process-wide: one thread at a time.
+// process-wide.
 
 #include "qrv/core/cobj.h"
 #include "qrv/diagnostics/cerr.h"

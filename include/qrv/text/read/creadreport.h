@@ -2,7 +2,7 @@
 // cat::ReadReport collects what goes wrong while text is read: for programs that show errors to
 // people. While one lives, the innermost takes every error of a scan, once, and none is printed or
 // thrown: those of the scanners, those raised on cat::sig_error() meanwhile, and the lines that
-// would be printed. Results and error counts stay as they are. One thread at a time.
+// would be printed. Results and error counts stay as they are.
 
 #include "qrv/ccomp.h"
 #include "qrv/qrvdefs.h"

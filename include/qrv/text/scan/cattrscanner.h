@@ -3,7 +3,7 @@
 // stream's characters, cAttrLexer turns matches into tokens and keeps the counters, cAttrScanner is
 // the handle that readers work with. All scanners on one stream share one cAttrLexer, so that a
 // nested reader opens its own scanner on the stream and no token of look-ahead is lost.
-// One thread at a time: the list of lexers is process-wide and has no lock.
+// The list of lexers is process-wide.
 
 #include <cstddef>
 #include <iosfwd>

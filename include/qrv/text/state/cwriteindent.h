@@ -1,5 +1,5 @@
 #pragma once
-// How far the writer indents. The settings are process-wide: one thread at a time.
+// How far the writer indents. The settings are process-wide.
 
 #include "qrv/qrvdefs.h"
 

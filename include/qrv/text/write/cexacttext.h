@@ -25,7 +25,6 @@
 // specification whose default is left out is written as #IMPLIED.
 //
 // Guards nest. It acts on every written form, cat::as_text and cat::as_string included.
-// One thread at a time.
 
 #include "qrv/ccomp.h"
 

@@ -18,7 +18,7 @@
 // and the stream is set to its fail state:
 //   0x40000001 "Value cannot be written, path : " and the path
 //
-// Depth, indent and path are process-wide: one thread at a time.
+// Depth, indent and path are process-wide.
 
 #include "qrv/core/cobj.h"
 #include "qrv/text/state/cwriteindent.h"
