@@ -1,7 +1,6 @@
 #pragma once
 // The system calls behind files, the loading of modules and the link to a watch dog, as a table: a
-// test puts its own functions in to make the n-th call fail, or to end the process there. One
-// thread at a time.
+// test puts its own functions in to make the n-th call fail, or to end the process there.
 
 #include <cstdio>
 #include <dlfcn.h>
