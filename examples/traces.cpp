@@ -1,11 +1,11 @@
-// Two trace channels that stand in the code for good. One string says which of them write, and
-// where.
+// Two trace channels that stay in the code. One string selects which of them write, and where.
+// Usage: traces [FILE], by default traces.log in the current folder.
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/text/file/cfile.h"
 
 #include <iostream>
+#include <string>
 
 namespace {
 cTracer net("net.telegram");
@@ -16,23 +16,22 @@ void measure(int value) {
     store << "stored " << value << std::endl;
 }
 
-void trace(char const *spec) {
+void trace(std::string const &spec) {
     std::cout << "-- \"" << spec << "\"\n";
     cSetTracing(spec);
     measure(21);
 }
 } // namespace
 
-int main() {
-    sig_idle();
-    cConsoleDisplay display;
+int main(int argc, char **argv) {
+    cat::use_console();
+    std::string const file = argc > 1 ? argv[1] : "traces.log";
 
-    trace("");
-    trace("net");             // the channels that begin so, to cerr
-    trace("+store:cout,log"); // another one too, to two places
-    trace("-net");            // no longer
-    trace("");                // none at all
+    trace("");                    // as at the start: no channel writes
+    trace("net");                 // the channels whose names begin so, to cerr
+    trace("+store:cout," + file); // another channel too, to two streams
+    trace("-net");                // no longer that one
+    trace("");                    // none
 
-    std::cout << "-- the file\n" << cat::file2string("log");
-    return 0;
+    std::cout << "-- the file\n" << cat::file2string(file.c_str());
 }
