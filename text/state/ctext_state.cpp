@@ -5,7 +5,6 @@
 // from process to process, so that no text can be made whose paths all collide.
 
 #include "qrv/base/platform/cplatform.h"
-#include "qrv/core/ctypes.h"
 #include "qrv/text/state/cwriteindent.h"
 
 #include <cstring>
@@ -131,20 +130,6 @@ void cPathTrie::clear() {
 
 namespace {
 constinit cTextState *the_state = nullptr;
-
-bool has_line_end_or_is_bool(std::string const &text) {
-    return text == "true" || text == "false" || text.find('\n') != std::string::npos;
-}
-
-// Can the plain and the exact text of this key differ? Cheap for the usual types.
-bool may_have_two_texts(objref const &key) {
-    if (!key) return false;
-    cTypeObj const *const type = &key->type();
-    if (type == &cat::type_int() || type == &cat::type_bool()) return false;
-    if (type != &cat::type_string()) return true;
-    auto const *const text = dynamic_cast<cObjDR<std::string> const *>(key.get());
-    return !text || has_line_end_or_is_bool(text->val());
-}
 } // namespace
 
 cTextState &text_state() {
@@ -167,28 +152,6 @@ std::string shown_path(std::string const &path, bool shorten) {
 }
 
 std::string cTextState::shown_path(bool shorten) const { return ::shown_path(path_, shorten); }
-
-void cTextState::push_step(objref const &key) {
-    std::string const text = cat::as_text(key); // RUNS FOREIGN CODE
-    cStep step{path_.size()};
-    bool shown_exact = true;
-    if (may_have_two_texts(key)) {
-        std::string exact = path_text(key, true);
-        std::string plain = path_text(key, false);
-        shown_exact = text == exact;
-        step.has_other = plain != exact;
-        step.other = std::move(shown_exact ? plain : exact);
-    }
-    bool const nested = !steps_.empty();
-    bool const was_forked = nested && steps_.back().forked;
-    bool const was_shown_exact = !nested || steps_.back().shown_exact;
-    bool const was_other_exact = !nested || steps_.back().other_exact;
-    step.forked = was_forked || step.has_other;
-    step.shown_exact = was_shown_exact && shown_exact;
-    step.other_exact = was_other_exact && (!step.has_other || !shown_exact);
-    steps_.push_back(std::move(step));
-    path_.append(1, '/').append(text);
-}
 
 void cTextState::pop_step() noexcept {
     path_.resize(steps_.back().length_before);
@@ -300,7 +263,5 @@ cWriteLevel::~cWriteLevel() {
         state.indent_ = state.depth_ == 0 ? cat::write_indent0 : 0;
     if (state.depth_ < 0) state.clear_references(); // RE-ENTERS
 }
-
-cPathStep::cPathStep(objref const &key) { text_state().push_step(key); }
 
 cPathStep::~cPathStep() { text_state().pop_step(); }

@@ -210,7 +210,3 @@ class cTypedNesting {
 
 // The path for a message: with `shorten` cut in the middle when above 1,000 characters.
 std::string shown_path(std::string const &path, bool shorten);
-
-// The text of a key in a path, in the plain or in the exact form, whatever cat::ExactText guard
-// lives. Defined with the writer's texts.
-std::string path_text(objref const &key, bool exact);

@@ -30,10 +30,9 @@
 #include "qrv/text/write/cwriter.h"
 #include "text/state/ctext_state.h"
 #include "text/write/cline_collector.h"
-#include "text/write/cobj_write.h"
 #include "text/write/cscalar_text.h"
 #include "text/write/cwriter_exact.h"
-#include "text/write/cwriter_line.h"
+#include "text/write/cwriter_parts.h"
 
 #include <algorithm>
 #include <array>

@@ -5,7 +5,7 @@
 #include "text/write/cline_collector.h"
 
 #include "text/write/cwriter_exact.h"
-#include "text/write/cwriter_line.h"
+#include "text/write/cwriter_parts.h"
 
 #include <ostream>
 #include <string_view>

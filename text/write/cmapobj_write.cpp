@@ -8,7 +8,7 @@
 #include "qrv/text/write/cwriter.h"
 #include "text/state/cstream_of.h"
 #include "text/write/cwriter_exact.h"
-#include "text/write/cwriter_line.h"
+#include "text/write/cwriter_parts.h"
 
 #include <optional>
 #include <ostream>

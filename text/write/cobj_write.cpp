@@ -9,9 +9,10 @@
 #include "qrv/base/platform/cstack.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/diagnostics/ctrace.h"
 #include "qrv/text/write/cwriter.h"
-#include "text/write/cobj_write.h"
 #include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_parts.h"
 
 #include <ostream>
 
@@ -52,4 +53,10 @@ bool write_form(cObj const &obj, std::ostream &os) {
     bool const result = obj.write(os); // RUNS FOREIGN CODE
     if (wrapped) os << ')' << std::flush;
     return result;
+}
+
+cTracer &cTracer::write_object(cObj const *object) {
+    return each([object](std::ostream &os) {
+        if (object) object->writeobj(os); // RE-ENTERS
+    });
 }

@@ -1,10 +1,11 @@
-// The look at a layout, and the standard methods `write` of scalars.
+// The look at a layout, names and quoting, and the standard methods `write` of scalars.
 //
 // Numbers are left to the stream they go to where it has flags or a locale of its own. Exact text
 // looks at what the stream makes of a number, and corrects it where that wouldn't read back.
 
 #include "qrv/text/write/cwriter.h"
 
+#include "base/cchars.h"
 #include "qrv/core/cobjd.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
@@ -12,7 +13,9 @@
 #include "text/write/cwriter_exact.h"
 #include "text/write/cwriter_stream.h"
 
+#include <algorithm>
 #include <concepts>
+#include <cstddef>
 #include <ios>
 #include <locale>
 #include <type_traits>
@@ -25,6 +28,51 @@ char const *wformat(cObj const &obj) {
     return text ? text->c_str() : "";
 }
 } // namespace cat
+
+// --- names and quoting: one pass each, since erasing and inserting in place would be quadratic ---
+
+namespace {
+// Length of the name at the start of the text.
+size_t ident_length(std::string const &text) {
+    if (text.empty() || !is_letter(text.front())) return 0;
+    auto const end = std::find_if(text.begin(), text.end(),
+                                  [](char c) { return !is_letter(c) && !is_digit(c); });
+    return static_cast<size_t>(end - text.begin());
+}
+} // namespace
+
+bool cat::is_ident(std::string const &text) {
+    return !text.empty() && ident_length(text) == text.size();
+}
+
+bool cat::escape(std::string &text) {
+    if (is_ident(text)) return true;
+    if (text.find_first_of("\"\\'") == std::string::npos) return false;
+    std::string result;
+    result.reserve(text.size() + text.size() / 8 + 1);
+    for (char const c : text) {
+        if (c == '"' || c == '\\' || c == '\'') result += '\\';
+        result += c;
+    }
+    text = std::move(result);
+    return false;
+}
+
+int cat::unescape(std::string &text) {
+    int removed = 0;
+    size_t to = 0;
+    for (size_t from = 0; from < text.size(); ++from) {
+        if (text[from] == '\\') {
+            ++removed;
+            if (++from == text.size()) break;
+        }
+        text[to++] = text[from];
+    }
+    text.resize(to);
+    return removed;
+}
+
+// --- the methods `write` ---
 
 namespace {
 class cKeepFlags {

@@ -28,6 +28,9 @@ class cTextForm {
     signed char before_;
 };
 
+// The text of a key in a path, in the plain or in the exact form, whatever guards live.
+std::string path_text(objref const &key, bool exact);
+
 // Is exact text to be written now?
 bool exact_text() noexcept;
 

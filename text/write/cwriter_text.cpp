@@ -1,12 +1,14 @@
-// Objects as text. Keys and paths are made of this all the time, so scalars take no stream.
+// Objects as text, alone and as steps of the path. Keys and paths are made of this all the time, so
+// scalars take no stream.
 
-#include "qrv/core/cobjd.h"
+#include "qrv/text/write/cwriter.h"
 
 #include "qrv/core/cattrhash.h"
+#include "qrv/core/cobjd.h"
 #include "text/state/ctext_state.h"
-#include "text/write/cobj_write.h"
 #include "text/write/cscalar_text.h"
 #include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_parts.h"
 #include "text/write/cwriter_stream.h"
 
 namespace {
@@ -44,3 +46,45 @@ std::string path_text(objref const &key, bool exact) {
     cTextForm const form(exact);
     return cat::as_text(key);
 }
+
+// --- a key as a step of the path ---
+
+namespace {
+bool has_line_end_or_is_bool(std::string const &text) {
+    return text == "true" || text == "false" || text.find('\n') != std::string::npos;
+}
+
+// Can the plain and the exact text of this key differ? Cheap for the usual types.
+bool may_have_two_texts(objref const &key) {
+    if (!key) return false;
+    cTypeObj const *const type = &key->type();
+    if (type == &cat::type_int() || type == &cat::type_bool()) return false;
+    if (type != &cat::type_string()) return true;
+    auto const *const text = dynamic_cast<cObjDR<std::string> const *>(key.get());
+    return !text || has_line_end_or_is_bool(text->val());
+}
+} // namespace
+
+void cTextState::push_step(objref const &key) {
+    std::string const text = cat::as_text(key); // RUNS FOREIGN CODE
+    cStep step{path_.size()};
+    bool shown_exact = true;
+    if (may_have_two_texts(key)) {
+        std::string exact = path_text(key, true);
+        std::string plain = path_text(key, false);
+        shown_exact = text == exact;
+        step.has_other = plain != exact;
+        step.other = std::move(shown_exact ? plain : exact);
+    }
+    bool const nested = !steps_.empty();
+    bool const was_forked = nested && steps_.back().forked;
+    bool const was_shown_exact = !nested || steps_.back().shown_exact;
+    bool const was_other_exact = !nested || steps_.back().other_exact;
+    step.forked = was_forked || step.has_other;
+    step.shown_exact = was_shown_exact && shown_exact;
+    step.other_exact = was_other_exact && (!step.has_other || !shown_exact);
+    steps_.push_back(std::move(step));
+    path_.append(1, '/').append(text);
+}
+
+cPathStep::cPathStep(objref const &key) { text_state().push_step(key); }

@@ -1,4 +1,4 @@
-// The text of choices: that of a value is its key, that of a type its choices.
+// Reading choices: a value from its key, a type from its choices.
 
 #include "qrv/containers/cchoiceval.h"
 
@@ -7,16 +7,7 @@
 #include "text/read/creader_session.h"
 #include "text/state/cstream_of.h"
 
-#include <ostream>
-
-bool cTomChoiceVal::m_write(cObj &obj, objref &stream) {
-    std::ostream *const os = out_of(stream);
-    auto const *const value = dynamic_cast<cChoiceVal const *>(&obj);
-    if (!os || !value) return false;
-    objref const key = value->key();
-    if (key) key->writeobj(*os); // RUNS FOREIGN CODE
-    return true;
-}
+#include <istream>
 
 bool cTomChoiceVal::m_read(cObj &obj, objref &stream) {
     std::istream *const is = in_of(stream);
@@ -30,16 +21,6 @@ bool cTomChoiceVal::m_read(cObj &obj, objref &stream) {
         return true;
     }
     return result == 0 && key->type().hash_hook() && value->setkey(key);
-}
-
-bool cTomChoice::m_write(cObj &type, objref &stream) {
-    std::ostream *const os = out_of(stream);
-    auto const *const choice = dynamic_cast<cTypeObj const *>(&type);
-    if (!os || !choice) return false;
-    objref const choices = choice->tmember(std::string("choices"));
-    (cObj::is_void(choices) ? cat::nil() : choices)->writeobj(*os); // RUNS FOREIGN CODE
-    os->flush();
-    return true;
 }
 
 // The session lives until the choices stand in the type, so that a text can't make a type hold

@@ -1,11 +1,18 @@
 #pragma once
-// The entries of a container, in a layout: what cAttrHash::write_hash and the containers' own
-// `write` share.
+// The parts of a text that the files of the writer share: one object inside a larger text, and the
+// entries of a container in a layout.
 
 #include "qrv/core/cobj.h"
 
 #include <iosfwd>
 #include <string>
+
+// cObj::writeobj without the tests that the caller has made already: the constant's name, or the
+// wrapper around `write`.
+bool write_form(cObj const &obj, std::ostream &os);
+
+// True, and the stream failed and the error told once, when the stack doesn't allow another level.
+bool stack_ends(std::ostream &os);
 
 void put_blanks(std::ostream &os, int count);
 

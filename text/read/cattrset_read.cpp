@@ -1,0 +1,136 @@
+// Reading attribute specifications, the types made of them, and the objects of these types.
+//
+// An attspec(...) stands between brackets of its own, so its text is scanned on its own.
+
+#include "qrv/containers/cattrset.h"
+
+#include "containers/cattspec_words.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/cerr.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
+#include "text/read/creader_session.h"
+#include "text/state/cstream_of.h"
+#include "text/state/ctext_state.h"
+
+#include <istream>
+#include <ostream>
+
+namespace {
+
+// What a `read` method has to say of its value as a whole is said where the value begins.
+class cValueReport {
+  public:
+    explicit cValueReport(std::istream &is)
+        : scan_(is, false), reading_(scan_), place_(cReadSession::current()->value_place()) {
+        cReadSession::current()->refresh_limit();
+    }
+    cValueReport(cValueReport const &) = delete;
+    cValueReport &operator=(cValueReport const &) = delete;
+    ~cValueReport() = default;
+
+    bool fail(std::string const &text) {
+        scan_.about(place_.line, place_.column);
+        scan_.fire(cErr(cErr::bad_code, text));
+        return false;
+    }
+
+    // Is there nothing to read?
+    bool at_end() {
+        cAttrLiteral token;
+        if (scan_.gettok(token) == tkEof) return true;
+        scan_.ungettoken(token);
+        return false;
+    }
+
+    // For people who want to know which rule is broken.
+    static void invalid(cObj &object) {
+        cat::ReadReport const *const report = cat::ReadReport::current();
+        if (report && report->watch()) report->watch()->invalid(object);
+    }
+
+    // What was made may be larger than the text that is read could ask for.
+    bool too_much() {
+        if (!cat::merge_exhausted()) return false;
+        std::string const path = text_state().shown_path(cat::ReadReport::current() != nullptr);
+        scan_.errs(cAttrScan::asrSyntax) << "Too much merged, path : " << path;
+        scan_.about(place_.line, place_.column);
+        scan_.fire();
+        return true;
+    }
+
+  private:
+    cAttrScan scan_;
+    cReading reading_;
+    cReadSession::cPlace place_;
+};
+
+bool read_type(cMapObj &entries, cAttspec &spec, cValueReport &report) {
+    objref const value = entries.getattr(own_key(std::string("type")));
+    if (cObj::is_kill(value)) {
+        spec.set_type(nullptr);
+        return true;
+    }
+    objref const found = cat::type_of_key(value);
+    auto *const type = dynamic_cast<cTypeObj *>(found.get());
+    if (cObj::is_bad(found) || !type) return report.fail("Wrong type-entry in attspec");
+    spec.share_type(typeref::share(type));
+    return true;
+}
+
+void read_default(cMapObj &entries, cAttspec &spec) {
+    objref const value = entries.getattr(own_key(std::string("default")));
+    if (cObj::is_void(value))
+        spec.set_default(nullptr, true);
+    else
+        spec.set_default(value, false);
+}
+
+} // namespace
+
+bool cTomAttspec::m_read(cObj &obj, objref &stream) {
+    auto *const spec = dynamic_cast<cAttspec *>(&obj);
+    std::istream *const is = in_of(stream);
+    if (!spec || !is) return false;
+    objref const keep = objref::share(&obj);
+    cValueReport report(*is);
+    objref value;
+    if (cat::scan_container(*is, value, true) != 0 || !cObj::is_map(value)) return false;
+    auto &entries = static_cast<cMapObj &>(*value);
+    if (!read_type(entries, *spec, report)) return false;                                // 1
+    read_default(entries, *spec);                                                        // 2
+    int const flags = cat::flags_of_word(entries.getattr(own_key(std::string("flag")))); // 3
+    if (flags) spec->set_flags(flags);
+    return true;
+}
+
+bool cTomAttlist::m_read(cObj &type, objref &stream) {
+    auto const *const attlist = dynamic_cast<cTypeObj const *>(&type);
+    std::istream *const is = in_of(stream);
+    if (!attlist || !is) return false;
+    objref const keep = objref::share(&type);
+    objref const member = attlist->tmember("attspec");
+    auto *const specs = dynamic_cast<cMapObj *>(member.get());
+    if (!specs) return false;
+    specs->clear(); // RE-ENTERS
+    int const lines = specs->datamap_ref()->read_hash(*is, nullptr);
+    type.changed(); // RE-ENTERS
+    return lines != 0;
+}
+
+bool cTomAttrset::m_read(cObj &obj, objref &stream) {
+    std::istream *const is = in_of(stream);
+    if (!is) return false;
+    objref const keep = objref::share(&obj);
+    cValueReport report(*is);
+    cRef<cMapObj> const read = make<cMapObj>(&obj.type(), true); // 1
+    bool const nothing = read->size() == 0 && report.at_end();   // no attributes, and no text
+    if (!nothing && read->datamap_ref()->read_hash(*is, nullptr) < 1) return false; // 2
+    if (!validate(*read)) {                                                         // 3
+        cValueReport::invalid(*read);
+        return report.fail("Validate error in read of type: " + obj.type().name());
+    }
+    obj.assign(*read); // 4
+    return !report.too_much();
+}

@@ -1,0 +1,170 @@
+// Writing attribute specifications and the types made of them, and what exact text asks of the
+// objects of these types.
+//
+// A default is written one step below the path of its attspec, where the reader has it too; so what
+// is in it can be referred to.
+
+#include "qrv/containers/cattrset.h"
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/state/cstream_of.h"
+#include "text/state/ctext_state.h"
+#include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_parts.h"
+#include "text/write/cwriter_stream.h"
+
+#include <algorithm>
+#include <array>
+#include <ostream>
+#include <utility>
+#include <vector>
+
+namespace {
+
+// False if the default can't be written so that it reads back. Nothing of it is written then.
+bool write_exact_default(std::ostream &os, cObj const &value) {
+    cExactRun const run;
+    cExactTables &tables = *cExactRun::tables();
+    size_t const before = tables.entered.size();
+    std::string text;
+    cTextStream part(text);
+    part.copyfmt(os);
+    if (exact_writable(value) && write_form(value, part) && !part.fail()) { // RUNS USER CODE
+        os << "default=" << text << "; ";
+        return true;
+    }
+    tables.forget_behind(before);
+    if (part.fail()) os.setstate(std::ios_base::failbit);
+    report_unwritable();
+    return false;
+}
+
+// DELIBERATE: plain text has nothing between a default and what follows, and nothing for #IMPLIED.
+// Pinned: a_default_is_written_without_a_separator, an_implied_one_without_type_is_an_empty_text
+bool write_default(std::ostream &os, objref const &value) {
+    cPathStep const step(own_key(std::string("default")));
+    if (exact_text()) return write_exact_default(os, *value);
+    os << "default=";
+    value->writeobj(os); // RUNS USER CODE
+    return true;
+}
+
+} // namespace
+
+bool cTomAttspec::m_write(cObj &obj, objref &stream) {
+    auto const *const spec = dynamic_cast<cAttspec const *>(&obj);
+    std::ostream *const os = out_of(stream);
+    if (!spec || !os) return false;
+    objref const keep = objref::share(&obj);
+    if (spec->is_fixtype()) {
+        *os << "type=";
+        cat::of(spec->get_type()->name())->writeobj(*os);
+        *os << "; ";
+    }
+    bool const has_default = spec->is_default() && write_default(*os, spec->get_default());
+    if (spec->is_required()) *os << "flag=#REQUIRED;";
+    if (spec->is_fixref() && has_default) *os << "flag=#FIXED;";
+    // Also where the default was left out: objects without the attribute can be read then.
+    if (!spec->is_required() && !has_default && exact_text()) *os << "flag=#IMPLIED;";
+    os->flush();
+    return true;
+}
+
+bool cTomAttlist::m_write(cObj &type, objref &stream) {
+    auto const *const attlist = dynamic_cast<cTypeObj const *>(&type);
+    std::ostream *const os = out_of(stream);
+    if (!attlist || !os) return false;
+    objref const keep = objref::share(&type);
+    objref const member = attlist->tmember("attspec");
+    auto const *const specs = dynamic_cast<cMapObj const *>(member.get());
+    if (specs) write_entries(*specs->datamap_ref(), *os, *cat::wformat(type), nullptr, &type);
+    os->flush();
+    return true;
+}
+
+// --- exact text ---
+
+namespace {
+
+using cPairs = std::vector<std::pair<objref, objref>>;
+
+// The entries as they are now: what follows may run user code.
+cPairs pairs_of(cAttrHash const &hash) {
+    cPairs pairs;
+    for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
+        pairs.emplace_back(node->key(), node->valref());
+    return pairs;
+}
+
+// The keys that a type declares, with their specifications.
+cPairs declared_by(cTypeObj const &type) {
+    objref const member = type.tmember("attspec");
+    auto const *const specs = dynamic_cast<cMapObj const *>(member.get());
+    cPairs pairs = specs ? pairs_of(specs->datamap()) : cPairs();
+    std::erase_if(
+        pairs, [](auto const &pair) { return !dynamic_cast<cAttspec const *>(pair.second.get()); });
+    return pairs;
+}
+
+bool is_same_key(objref const &a, objref const &b) {
+    return &a->type() == &b->type() && a->type().hasheq(a, b);
+}
+
+bool is_scalar(objref const &value) {
+    std::array const types = {&cat::type_string(), &cat::type_int(), &cat::type_bool(),
+                              &cat::type_float(), &cat::type_double()};
+    return std::find(types.begin(), types.end(), &value->type()) != types.end();
+}
+
+// Would the set's value be read as it is? Reading assigns it to a copy of the default, which can
+// leave some of a default that isn't a scalar. What the default was when the set was made, the
+// value has been assigned to already.
+bool comes_back(cAttspec const &spec, cMapObj const &set, objref const &key, objref const &value) {
+    if (spec.is_fixref()) return false; // no value that is read is the very default
+    objref const now = spec.get_default();
+    if (!now) return true;
+    if (cObj::is_void(value) || &value->type() != &now->type()) return false;
+    if (is_scalar(value)) return true;
+    objref const own = set.omember(key);
+    auto const *const made_with = dynamic_cast<cAttspec const *>(own.get());
+    objref const former = made_with ? made_with->get_default() : objref();
+    return former && former->equal(now); // RUNS USER CODE
+}
+
+bool is_read_by_library(cTypeObj const &type) {
+    auto const read = reinterpret_cast<cVoidFunction>(cTomAttrset::m_read);
+    return &type.type() == &cat::typetype_attlist() && type.method(mid_read) == read;
+}
+
+// Does the type declare these keys now, in this order, and take these values?
+bool takes(cTypeObj const &type, cMapObj &set) {
+    cPairs const entries = pairs_of(set.datamap()), declared = declared_by(type);
+    auto const reads = [&set](auto const &entry, auto const &declaration) {
+        auto const &spec = static_cast<cAttspec const &>(*declaration.second);
+        return is_same_key(entry.first, declaration.first) &&
+               comes_back(spec, set, entry.first, entry.second);
+    };
+    return std::equal(entries.begin(), entries.end(), declared.begin(), declared.end(), reads) &&
+           cTomAttrset::validate(set); // RUNS USER CODE
+}
+
+} // namespace
+
+bool exact_declared(cObj const &obj) {
+    if (&obj.type() == &cat::type_attspec()) {
+        auto const *const spec = dynamic_cast<cAttspec const *>(&obj);
+        return spec && (!spec->is_fixtype() || !spec->get_type()->name().empty());
+    }
+    if (!is_read_by_library(obj.type())) return true;
+    objref const keep = objref::share(const_cast<cObj *>(&obj));
+    auto *const set = dynamic_cast<cMapObj *>(keep.get());
+    return set && takes(obj.type(), *set);
+}
+
+bool exact_needs(cObj const &holder, objref const &key) {
+    for (auto const &[declared, spec] : declared_by(holder.type()))
+        if (is_same_key(declared, key)) return static_cast<cAttspec const &>(*spec).is_required();
+    return false;
+}
