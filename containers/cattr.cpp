@@ -32,8 +32,6 @@ cAttr::cAttr(objref const &owner, int key) : cAttr(owner, own_key(key)) {}
 cAttr::cAttr(cAttr const &other) noexcept : owner_(other.owner_), key_(other.key_) {}
 cAttr::~cAttr() = default;
 
-std::string cAttr::key_as_string() const { return cat::as_string(key_); }
-
 objref cAttr::getattr() const {
     // A null key can't be looked up: containers ask its type for the hash.
     cache_ = usable() && key_ ? owner_->getattr(key_) : cat::bad();
@@ -127,13 +125,6 @@ cAttr &cAttr::unsave(cMapObj const &map) {
     objref const content = saved->valref();
     if (objref const present = getattr()) present->assign(content);
     return *this;
-}
-
-bool cAttr::write_attr(std::ostream &os) const {
-    os << key_as_string() << "=";
-    (**this).writeobj(os);
-    os << "; ";
-    return os.good();
 }
 
 cAttr cAttr::insert_error(std::string const &text) const {

@@ -7,6 +7,7 @@
 
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
+#include "core/ctext_hooks.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
@@ -183,8 +184,8 @@ bool cTomAttlist::create(cObj &obj) {
     type->set_tmember("assign", make<cExeMember>(cTomAttrset::m_assign));
     type->set_tmember("setattr", make<cExeMember>(cTomMap::setattr));
     type->set_tmember("getattr", make<cExeMember>(cTomMap::getattr));
-    type->set_tmember("write", make<cExeMember>(cTomMap::m_write0));
-    type->set_tmember("read", make<cExeMember>(cTomAttrset::m_read));
+    type->set_tmember("write", make<cExeMember>(text_hooks.attrset.write));
+    type->set_tmember("read", make<cExeMember>(text_hooks.attrset.read));
     type->set_tmember("equal", make<cExeMember>(cTomMap::equal_sorted));
     type->set_tmember("iterobj", make<cExeMember>(cTomMap::iterobj));
     type->set_tmember("wformat", cat::of("wc"));
@@ -230,8 +231,8 @@ void cat::setup_attlist(cTypeObj &type) {
     type.set_tmember("assign", make<cExeMember>(cTomAttlist::m_assign));
     type.set_tmember("setattr", make<cExeMember>(cTomAttlist::setattr));
     type.set_tmember("getattr", make<cExeMember>(cTomAttlist::getattr));
-    type.set_tmember("write", make<cExeMember>(cTomAttlist::m_write));
-    type.set_tmember("read", make<cExeMember>(cTomAttlist::m_read));
+    type.set_tmember("write", make<cExeMember>(text_hooks.attlist.write));
+    type.set_tmember("read", make<cExeMember>(text_hooks.attlist.read));
     type.set_tmember("iterobj", make<cExeMember>(cTomAttlist::iterobj));
     type.set_tmember("wformat", cat::of("wc"));
 }

@@ -5,6 +5,7 @@
 
 #include "containers/cattspec_nil.h"
 #include "containers/cattspec_words.h"
+#include "core/ctext_hooks.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
@@ -47,7 +48,7 @@ bool set_type(cAttspec &spec, objref const &key, objref const &value) {
     objref const found = cat::type_of_key(value); // may load a type
     auto *const type = dynamic_cast<cTypeObj *>(found.get());
     if (cObj::is_bad(found) || !type) {
-        std::string const text = cat::as_text(value); // RUNS FOREIGN CODE
+        std::string const text = text_hooks.as_text(value); // RUNS FOREIGN CODE
         eros_setattr(spec, key) << " Error in setting BAD type: " << text;
         return raise_eros();
     }
@@ -127,6 +128,6 @@ void cat::setup_attspec(cTypeObj &type) {
     type.set_tmember("create", make<cExeMember>(cTomAttspec::create));
     type.set_tmember("setattr", make<cExeMember>(cTomAttspec::setattr));
     type.set_tmember("getattr", make<cExeMember>(cTomAttspec::getattr));
-    type.set_tmember("write", make<cExeMember>(cTomAttspec::m_write));
-    type.set_tmember("read", make<cExeMember>(cTomAttspec::m_read));
+    type.set_tmember("write", make<cExeMember>(text_hooks.attspec.write));
+    type.set_tmember("read", make<cExeMember>(text_hooks.attspec.read));
 }

@@ -2,6 +2,7 @@
 
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
+#include "core/ctext_hooks.h"
 #include "qrv/base/csignal.h"
 #include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/cmapobj.h"
@@ -116,8 +117,8 @@ bool fill_type(cObj &obj) {
     type->set_tmember("assign", make<cExeMember>(cTomChoiceVal::m_assign));
     type->set_tmember("getattr", make<cExeMember>(cTomChoiceVal::getattr));
     type->set_tmember("setattr", make<cExeMember>(cTomChoiceVal::setattr));
-    type->set_tmember("write", make<cExeMember>(cTomChoiceVal::m_write));
-    type->set_tmember("read", make<cExeMember>(cTomChoiceVal::m_read));
+    type->set_tmember("write", make<cExeMember>(text_hooks.choiceval.write));
+    type->set_tmember("read", make<cExeMember>(text_hooks.choiceval.read));
     type->set_tmember("equal", make<cExeMember>(equal));
     type->force_changed_signal();
     return true;
@@ -134,8 +135,8 @@ void cat::setup_choice(cTypeObj &type) {
     type.set_tmember("create", make<cExeMember>(fill_type));
     type.set_tmember("setattr", make<cExeMember>(cTomChoice::setattr));
     type.set_tmember("getattr", make<cExeMember>(cTomChoice::getattr));
-    type.set_tmember("write", make<cExeMember>(cTomChoice::m_write));
-    type.set_tmember("read", make<cExeMember>(cTomChoice::m_read));
+    type.set_tmember("write", make<cExeMember>(text_hooks.choice.write));
+    type.set_tmember("read", make<cExeMember>(text_hooks.choice.read));
     type.set_tmember("iterobj", make<cExeMember>(iterobj_of_choices));
     type.set_tmember("append", make<cExeMember>(append_choice));
 }

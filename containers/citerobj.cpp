@@ -132,8 +132,6 @@ cObj &cIterObj::value() const noexcept {
 
 bool cIterObj::valid_value() const noexcept { return valid() && !is_void(valref()); }
 
-std::string cIterObj::key_as_string() const { return cat::as_string(key()); }
-
 int cIterObj::key_as_index() const noexcept { return cat::as_index(key()); }
 
 cIterObj &cIterObj::operator++() noexcept {

@@ -1,10 +1,8 @@
 // The standard methods of the type "iterator".
 
 #include "qrv/containers/citerobj.h"
-#include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
@@ -28,19 +26,6 @@ objref size(objref obj) {
 }
 
 bool is_text(objref const &key) { return key && &key->type() == &cat::type_string(); }
-
-void put_header(std::ostream &os, cObj const &obj) {
-    auto const *const map = dynamic_cast<cMapObj const *>(&obj);
-    if (map && (map->is_map() || map->is_vector())) {
-        os << (map->is_map() ? "cMapObj" : "cVectorObj") << ",  size =" << map->size();
-        return;
-    }
-    os << "cObj of type = " << obj.type().name();
-    if (obj.has_ommap())
-        os << "  ommap-size =" << obj.ommap().used();
-    else
-        os << "  has void iterator";
-}
 
 } // namespace
 
@@ -73,17 +58,6 @@ bool cTomIterator::m_assign(cObj &obj, objref &arg) {
     err.set_code(0x41000000);
     err << "Method 'assign' called from other type: " << arg->type().name();
     return raise_eros();
-}
-
-void cTomIterator::dump(cObj const &obj) {
-    std::ostream &os = cat::std_out();
-    put_header(os, obj);
-    os << '\n';
-    for (cIterObj it = obj.begin(); it.valid(); ++it) {
-        os << it.key_as_string() << "  ptr=" << static_cast<void const *>(&it.value()) << "  ";
-        it.value().writeobj(os);
-        os << '\n';
-    }
 }
 
 namespace cat {

@@ -20,7 +20,7 @@ namespace {
 
 // An error of a specification: what, the key, the type's name, and what follows.
 bool report_spec(char const *what, cObj const &obj, objref const &key, char const *end) {
-    std::string const text = cat::as_text(key);
+    std::string const text = text_hooks.as_text(key);
     cErrStream &err = eros();
     err.clear();
     err.set_code(0x40040000);
@@ -170,9 +170,9 @@ template <bool with_keys> bool equal_in_order(cMapObj const &a, cMapObj const &b
 bool cat::report_sizes(cMapObj const &a, cMapObj const &b) {
     std::ostream &os = std_out();
     os << "cAttrHash::size klappt nicht:" << a.size() << " !=  " << b.size() << std::endl;
-    a.writeobj(os);
+    text_hooks.writeobj(a, os);
     os << std::endl;
-    b.writeobj(os);
+    text_hooks.writeobj(b, os);
     os << std::endl;
     return false;
 }
@@ -223,8 +223,8 @@ void cat::setup_container(cTypeObj &type, cContainerMethods const &own, char con
     type.set_tmember("add", make<cExeMember>(own.add));
     type.set_tmember("setattr", make<cExeMember>(own.setattr));
     type.set_tmember("getattr", make<cExeMember>(own.getattr));
-    type.set_tmember("write", make<cExeMember>(own.write));
-    type.set_tmember("read", make<cExeMember>(own.read));
+    type.set_tmember("write", make<cExeMember>(own.text.write));
+    type.set_tmember("read", make<cExeMember>(own.text.read));
     type.set_tmember("equal", make<cExeMember>(own.equal));
     type.set_tmember("iterobj", make<cExeMember>(&cTomMap::iterobj));
     type.set_tmember("append", make<cExeMember>(own.append));
@@ -237,6 +237,6 @@ void cat::setup_container(cTypeObj &type, cContainerMethods const &own, char con
 void cat::setup_map(cTypeObj &type) {
     setup_container(type,
                     {new_map, cTomMap::m_assign, cTomMap::m_add, cTomMap::setattr, cTomMap::getattr,
-                     cTomMap::m_write, cTomMap::m_read, cTomMap::equal_sorted, cTomMap::m_append},
+                     text_hooks.map, cTomMap::equal_sorted, cTomMap::m_append},
                     "wc");
 }

@@ -18,6 +18,7 @@
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
 #include "containers/cringwalk.h"
+#include "core/ctext_hooks.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cvectorobj.h"
@@ -60,7 +61,7 @@ cLetters complete(cObj const &target, char const *commands) {
     if (given.find('?') != std::string::npos) {
         objref const own = target.gmember("cpcommands");
         bool const is_text = own && &own->type() == &cat::type_string();
-        std::string const text = is_text ? cat::as_string(own) : std::string();
+        std::string const text = is_text ? text_hooks.as_string(own) : std::string();
         for (size_t i = 0; i < letters.size() && i < text.size(); ++i) letters[i] = text[i];
     }
     for (size_t i = 0; i < letters.size() && i < given.size(); ++i)

@@ -3,6 +3,7 @@
 #include "containers/cregistry_check.h"
 
 #include "core/cregistry.h"
+#include "core/ctext_hooks.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
@@ -58,7 +59,8 @@ std::string broken_type_rule(cTypeObj const &type) {
 std::string broken_entry_rule(objref const &key, objref const &value) {
     auto const *const type = dynamic_cast<cTypeObj const *>(value.get());
     if (!type || !type->is_type()) return "G2";
-    if (cat::as_string(key) != type->name() && !stands_under(type->name(), *type)) return "G3";
+    if (text_hooks.as_string(key) != type->name() && !stands_under(type->name(), *type))
+        return "G3";
     return broken_type_rule(*type);
 }
 
@@ -77,7 +79,7 @@ std::string cat::broken_registry_rule() {
     cAttrHash const &types = *core.type_hash;
     for (cAttrNode const *node = types.first(); node; node = types.next(node)) {
         std::string const broken = broken_entry_rule(node->key(), node->valref());
-        if (!broken.empty()) return broken + " key=" + as_string(node->key());
+        if (!broken.empty()) return broken + " key=" + text_hooks.as_string(node->key());
     }
     return {};
 }

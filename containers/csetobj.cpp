@@ -107,6 +107,6 @@ objref new_set(objref) { return make<cSetObj>(); }
 void cat::setup_set(cTypeObj &type) {
     setup_container(type,
                     {new_set, cTomSet::m_assign, cTomSet::m_add, cTomSet::setattr, cTomSet::getattr,
-                     cTomSet::m_write, cTomSet::m_read, cTomSet::m_equal, cTomSet::m_append},
+                     text_hooks.set, cTomSet::m_equal, cTomSet::m_append},
                     "sc");
 }

@@ -1,8 +1,8 @@
 #pragma once
 // What map, vector and set share: the list of their methods, and tests of their values.
 
+#include "core/ctext_hooks.h"
 #include "qrv/containers/cmapobj.h"
-#include "qrv/core/cexe.h"
 
 namespace cat {
 
@@ -13,8 +13,7 @@ struct cContainerMethods {
     cProcedure2 add;
     cProcedure3 setattr;
     cFunction2 getattr;
-    cProcedure2 write;
-    cProcedure2 read;
+    cTextMethods text;
     cProcedure2 equal;
     cProcedure2 append;
 };

@@ -142,7 +142,7 @@ objref new_vector(objref) { return make<cVectorObj>(); }
 void cat::setup_vector(cTypeObj &type) {
     setup_container(type,
                     {new_vector, cTomVector::m_assign, cTomVector::m_add, cTomVector::setattr,
-                     cTomVector::getattr, cTomVector::m_write, cTomVector::m_read,
-                     cTomVector::m_equal, cTomMap::m_append},
+                     cTomVector::getattr, text_hooks.vector, cTomVector::m_equal,
+                     cTomMap::m_append},
                     "sc");
 }

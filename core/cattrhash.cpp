@@ -3,6 +3,7 @@
 // the node that goes. After the last foreign call only kept things are looked at.
 
 #include "core/cattrhash_detail.h"
+#include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
@@ -178,7 +179,7 @@ bool cAttrHash::mapitem(cAttrHash *hash, objref const &key, objref const &value)
 bool cAttrHash::accept_exe(objref const &key, objref const &value) {
     auto *const exe = dynamic_cast<cExeObj *>(value.get());
     if (!exe) return false;
-    exe->set_name(cat::as_string(key));
+    exe->set_name(text_hooks.as_string(key));
     return exe->validate_exe(father_);
 }
 

@@ -13,6 +13,7 @@
 // after some later ones, and after every change number that is a power of two of any table.
 
 #include "core/cattrhash_detail.h"
+#include "core/ctext_hooks.h"
 #include "qrv/core/cobjd.h"
 
 #ifdef QRV_CHECKS
@@ -24,7 +25,7 @@ namespace {
 
 std::string broken(char const *rule, cAttrNode const *node = nullptr) {
     std::string text = rule;
-    if (node) text += " key=" + cat::as_text(node->key());
+    if (node) text += " key=" + text_hooks.as_text(node->key());
     return text;
 }
 

@@ -1,6 +1,7 @@
 // cAttrNode, the node that stands for none, and the orders of nodes.
 
 #include "core/cattrhash_detail.h"
+#include "core/ctext_hooks.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
 
@@ -54,7 +55,6 @@ void cAttrNode::unhold() const noexcept {
     if (decref()) delete this;
 }
 
-std::string cAttrNode::key_as_string() const { return cat::as_string(key_); }
 int cAttrNode::key_as_index() const { return cat::as_index(key_); }
 cObj &cAttrNode::value() const { return value_ ? *value_ : *cat::bad(); }
 bool cAttrNode::detach() const {
@@ -67,7 +67,6 @@ objref const &cAttrNode::key(cAttrNode const *node) noexcept {
     if (!null_key) null_key = new objref;
     return *null_key;
 }
-std::string cAttrNode::key_as_string(cAttrNode const *node) { return cat::as_string(key(node)); }
 int cAttrNode::key_as_index(cAttrNode const *node) { return cat::as_index(key(node)); }
 objref const &cAttrNode::valref(cAttrNode const *node) { return node ? node->value_ : cat::bad(); }
 cObj &cAttrNode::value(cAttrNode const *node) { return node ? node->value() : *cat::bad(); }
@@ -103,7 +102,7 @@ bool cAttrNode::refuses(objref const &value) {
     if (!flags_of(type_locked) || cObj::is_void(value_) || value_ == value) return false;
     if (&value->type() == &value_->type()) return false;
     std::string const type = value_->type().name();
-    std::string const text = cat::as_text(key_); // RUNS FOREIGN CODE: before eros() is touched
+    std::string const text = text_hooks.as_text(key_); // RUNS FOREIGN CODE, so before eros()
     cErrStream &error = eros();
     error.clear();
     error.set_code(code_type_locked);
@@ -111,14 +110,6 @@ bool cAttrNode::refuses(objref const &value) {
           << "  Flags do not allow operator=";
     raise_eros(); // the value stays even if a handler forgives
     return true;
-}
-
-bool cAttrNode::write(cAttrNode const *node, std::ostream &os) {
-    if (node) return node->write(os); // text/
-    os << "=";
-    cat::bad()->writeobj(os);
-    os << "; ";
-    return os.good();
 }
 
 cAttrNode &nil_attr() {

@@ -1,6 +1,7 @@
 // Errors that tell of an object, and the one way of sending what was composed.
 
 #include "core/cregistry.h"
+#include "core/ctext_hooks.h"
 #include "qrv/base/csignal.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
@@ -16,7 +17,8 @@ cErrStream &eros(unsigned int code, cObj const &object) {
 }
 
 cErrStream &eros_setattr(cObj const &object, objref const &key) {
-    std::string const text = cat::as_text(key); // writing a key may compose an error of its own
+    std::string const text =
+        text_hooks.as_text(key); // writing a key may compose an error of its own
     cErrStream &err = eros();
     err.clear();
     err.set_code(0x40020000);

@@ -2,6 +2,7 @@
 // are reserved: "changed" (a signal) and "//" (the comment).
 
 #include "core/cregistry.h"
+#include "core/ctext_hooks.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
@@ -69,12 +70,12 @@ bool cObj::set_omember(std::string const &key, objref value) {
 bool cObj::may_be_member(objref const &key, objref const &value, bool &result) {
     auto *const exe = dynamic_cast<cExeObj *>(value.get());
     if (exe) {
-        exe->set_name(cat::as_string(key));
+        exe->set_name(text_hooks.as_string(key));
         result = false;
         if (!exe->validate_exe(this)) return false;
         if (value->typeflags_of(tf_free_exe) || dynamic_cast<cExeMember *>(exe)) return true;
     }
-    std::string const text = cat::as_text(key);
+    std::string const text = text_hooks.as_text(key);
     eros(0x4000000, *this) << "Inserted executable, key '" << text << "', must be cExeMember";
     result = raise_eros();
     return false;
@@ -154,7 +155,7 @@ bool cObj::get_comment(std::string &text) const {
     objref const member = omember("//");
     if (is_void(member)) return false;
     if (&member->type() == &cat::type_string()) {
-        text = cat::as_string(member);
+        text = text_hooks.as_string(member);
         return true;
     }
     objref const holder = objref::adopt(new cObjDR<std::string>(text));

@@ -54,9 +54,7 @@ struct cCore {
 
 extern constinit cCore core;
 
-// Methods that the core puts into its types, defined with the subjects they belong to.
+// The method `assign` of strings, which the first types need before there are members.
 namespace cat {
 bool assign_string(cObj &obj, objref &source);
-QRV_API bool write_voiddata(cObj &obj, objref &args);
-QRV_API bool read_voiddata(cObj &obj, objref &args);
 } // namespace cat

@@ -4,6 +4,7 @@
 
 #include "core/cregistry.h"
 #include "core/cscalar.h"
+#include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
@@ -81,8 +82,8 @@ void cTypeObj::ctor_internal(cTypeObj *metatype, setup_function setup) {
 
 void cTypeObj::install_default_methods() {
     set_tmember("create", make<cExeMember>(create_default));
-    set_tmember("write", make<cExeMember>(cat::write_voiddata));
-    set_tmember("read", make<cExeMember>(cat::read_voiddata));
+    set_tmember("write", make<cExeMember>(text_hooks.voiddata.write));
+    set_tmember("read", make<cExeMember>(text_hooks.voiddata.read));
     set_tmember("equal", make<cExeMember>(equal_default));
     set_tmember("iterobj", make<cExeMember>(iterobj_default));
 }

@@ -2,6 +2,7 @@
 // inherits the members of another.
 
 #include "core/cregistry.h"
+#include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
@@ -24,7 +25,7 @@ void cTypeObj::set_tmember(std::string const &key, objref value) {
 void cTypeObj::set_tmember(objref const &key, objref value) {
     objref const old = tmmap_.getitem(key);
     method_id id = mid_count;
-    std::string const name = cat::as_string(key);
+    std::string const name = text_hooks.as_string(key);
     bool const standard = is_stdmethod(name, id); // 1
     if (is_kill(value)) {                         // 3
         if (standard) methods_[id] = nullptr;
@@ -38,7 +39,7 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
     if (!value->is_exe()) return; // 2
     auto *const exe = dynamic_cast<cExeMember *>(value.get());
     if (!exe) { // 4
-        std::string const text = cat::as_text(key);
+        std::string const text = text_hooks.as_text(key);
         cErrStream &err = eros();
         err.clear();
         err.set_code(0x50000000);

@@ -3,6 +3,7 @@
 #include "qrv/core/ctypes.h"
 
 #include "core/cregistry.h"
+#include "core/ctext_hooks.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
@@ -79,7 +80,7 @@ objref type_of_key(objref const &value) {
     if (cObj::is_void(value)) return bad();
     if (value->is_type()) return value;
     if (&value->type() != core.string) return bad();
-    cTypeObj &found = find_type(as_string(value));
+    cTypeObj &found = find_type(text_hooks.as_string(value));
     return &found == &type_nil() ? bad() : objref(objref::share(&found));
 }
 

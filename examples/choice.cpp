@@ -8,6 +8,7 @@
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cconsole.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <iostream>
 

@@ -6,6 +6,7 @@
 #include "qrv/text/file/cfile.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <fstream>
 #include <iostream>

@@ -5,6 +5,7 @@
 #include "qrv/core/cobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cconsole.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cfloatformat.h"
 #include "qrv/util/cintformat.h"
 #include "qrv/util/cintvalf.h"

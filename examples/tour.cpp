@@ -6,6 +6,7 @@
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/text/file/cfile.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <iostream>
 

@@ -19,19 +19,20 @@
 #include "containers/csignalobj_types.h"
 #include "core/cregistry.h"
 #include "core/cscalar.h"
+#include "core/ctext_hooks.h"
 #include "qrv/base/csignal.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/text/read/cattrscan.h"
-#include "qrv/text/write/cwriter.h"
+#include "text/read/ctext_methods.h"
 #include "text/state/ctext_state.h"
 #include "util/cintf_type.h"
 
 #include <cstdlib>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 struct cBootstrap {
@@ -164,13 +165,14 @@ void cBootstrap::insert_types() {
 }
 
 void cBootstrap::set_text_methods() {
-    core.integer->set_tmember("write", make<cExeMember>(cat::write_int));
-    core.single->set_tmember("write", make<cExeMember>(cat::write_float));
-    core.dbl->set_tmember("write", make<cExeMember>(cat::write_double));
-    core.string->set_tmember("write", make<cExeMember>(cat::write_string));
-    core.boolean->set_tmember("write", make<cExeMember>(cat::write_bool));
-    for (cTypeObj *type : {core.integer, core.single, core.dbl, core.string, core.boolean})
-        type->set_tmember("read", make<cExeMember>(cat::scan_attrset));
+    std::pair<cTypeObj *, cTextMethods> const scalars[] = {{core.integer, text_hooks.integer},
+                                                           {core.single, text_hooks.single},
+                                                           {core.dbl, text_hooks.dbl},
+                                                           {core.string, text_hooks.string},
+                                                           {core.boolean, text_hooks.boolean}};
+    for (auto const &[type, text] : scalars)
+        type->set_tmember("write", make<cExeMember>(text.write));
+    for (auto const &[type, text] : scalars) type->set_tmember("read", make<cExeMember>(text.read));
 }
 
 void cBootstrap::make_maps() {
@@ -191,6 +193,7 @@ void cBootstrap::make_maps() {
 void cBootstrap::run() {
     core.state = cat::cCoreState::running;
     std::atexit(tear_down);
+    cat::install_text();
     make_error_channel();
     make_sentinels();
     make_first_types();

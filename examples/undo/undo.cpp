@@ -9,6 +9,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cconsole.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cundo.h"
 
 #include <algorithm>

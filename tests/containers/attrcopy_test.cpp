@@ -5,6 +5,7 @@
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cexe.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/containers/trees.h"
 #include "tests/support/fixture.h"
 

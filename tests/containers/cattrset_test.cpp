@@ -11,6 +11,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/support/types.h"
 

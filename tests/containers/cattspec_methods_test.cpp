@@ -6,6 +6,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cerr.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 
 namespace {

@@ -3,6 +3,7 @@
 
 #include "qrv/containers/csignalobj.h"
 #include "qrv/containers/cvectorobj.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/containers/choice_support.h"
 #include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"

@@ -5,6 +5,7 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/containers/choice_support.h"
 #include "tests/support/fixture.h"
 

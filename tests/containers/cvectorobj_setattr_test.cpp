@@ -1,6 +1,7 @@
 // setattr of vectors and sets: every kind of key with every kind of value, with and without entry
 // type and const keys, against the rules in their order.
 
+#include "qrv/text/write/cwriter.h"
 #include "tests/containers/trees.h"
 #include "tests/support/fixture.h"
 

@@ -8,6 +8,7 @@
 #include "qrv/containers/csignalobj.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 
 #include <functional>

@@ -7,6 +7,7 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 
 #include <iomanip>

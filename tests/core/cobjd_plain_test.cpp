@@ -7,6 +7,7 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/ctrace.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintvalf.h"
 #include "tests/support/fixture.h"
 #include "util/cintf_type.h"

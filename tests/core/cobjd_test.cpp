@@ -3,6 +3,7 @@
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 
 #include <limits>

@@ -8,6 +8,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 
 #include <gmock/gmock.h>

@@ -8,6 +8,7 @@
 #include "qrv/modules/cmodule.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/modules/loading.h"
 
 namespace {

@@ -4,6 +4,7 @@
 #include "qrv/modules/cmodule.h"
 
 #include "qrv/core/cobjd.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/modules/loading.h"
 #include "tests/modules/shared/cross.h"
 

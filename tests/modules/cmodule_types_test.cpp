@@ -4,6 +4,7 @@
 #include "containers/cregistry_check.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/modules/loading.h"
 
 namespace {

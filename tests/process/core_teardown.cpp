@@ -17,6 +17,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <sstream>
 

@@ -6,6 +6,7 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintvalf.h"
 
 namespace {

@@ -8,6 +8,7 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cundo.h"
 
 #include <iostream>

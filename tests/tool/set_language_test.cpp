@@ -5,6 +5,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/read/creadreport.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/support/sanitized.h"
 #include "tests/tool/tool_run.h"

@@ -8,6 +8,7 @@
 #include "qrv/core/cmodifier.h"
 #include "qrv/text/file/cpersistentmap.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/text/file/save_support.h"
 #include "tests/text/hostile_locale.h"

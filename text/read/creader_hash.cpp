@@ -14,6 +14,7 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
 #include "text/read/creader_session.h"
 #include "text/state/ctext_state.h"
 

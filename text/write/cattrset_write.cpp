@@ -6,6 +6,7 @@
 
 #include "qrv/containers/cattrset.h"
 
+#include "core/ctext_hooks.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
@@ -134,7 +135,7 @@ bool comes_back(cAttspec const &spec, cMapObj const &set, objref const &key, obj
 }
 
 bool is_read_by_library(cTypeObj const &type) {
-    auto const read = reinterpret_cast<cVoidFunction>(cTomAttrset::m_read);
+    auto const read = reinterpret_cast<cVoidFunction>(text_hooks.attrset.read);
     return &type.type() == &cat::typetype_attlist() && type.method(mid_read) == read;
 }
 

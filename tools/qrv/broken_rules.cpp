@@ -5,6 +5,7 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/text/write/cwriter.h"
 #include "readback.h"
 #include "suggestion.h"
 #include "unheard.h"

@@ -18,6 +18,7 @@
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintvalf.h"
 #include "raised.h"
 #include "readback.h"

@@ -6,6 +6,7 @@
 #include "output.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "reading.h"
 
 #include <optional>

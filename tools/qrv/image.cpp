@@ -12,6 +12,7 @@
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <cstring>
 #include <unordered_map>

@@ -3,6 +3,7 @@
 #include "messages.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 
 std::string at_path(cJsonPath const &path) {
     if (path.empty()) return "";

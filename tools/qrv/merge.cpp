@@ -10,6 +10,7 @@
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "readback.h"
 #include "reading.h"
 #include "rewrite.h"

@@ -8,6 +8,7 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/text/file/cfile.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintformat.h"
 
 #include <charconv>

@@ -5,6 +5,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintvalf.h"
 #include "readback.h"
 #include "suggestion.h"

@@ -9,6 +9,7 @@
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintformat.h"
 #include "readback.h"
 #include "rewrite.h"

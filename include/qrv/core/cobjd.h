@@ -107,10 +107,6 @@ using cOutHolder = cObjDR<std::ostream>;
 using cInHolder = cObjDR<std::istream>;
 
 namespace cat {
-// The value as text: a string object's plain text, anything else as written. "" for null.
-QRV_API std::string as_string(objref const &ref);
-// The same in written form: strings quoted where they need it.
-QRV_API std::string as_text(objref const &ref);
 // The value of an object of exactly type int; no_index for anything else.
 QRV_API int as_index(objref const &ref);
 constexpr int no_index = -2147483647 - 1;

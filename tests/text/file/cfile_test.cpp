@@ -11,6 +11,7 @@
 #include "qrv/modules/cmodule.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 
 #include <cstdlib>

@@ -7,6 +7,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/read/creadreport.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/text/file/save_support.h"
 
 #include <algorithm>

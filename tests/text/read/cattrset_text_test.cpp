@@ -5,6 +5,7 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/text/file/cfile.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/support/types.h"
 #include "tests/text/read_support.h"

@@ -1,6 +1,7 @@
 // Literals: the conversion of numbers, strings, bools and constants from the text of a token.
 
 #include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
 

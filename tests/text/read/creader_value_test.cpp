@@ -2,6 +2,7 @@
 
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
 

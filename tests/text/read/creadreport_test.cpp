@@ -2,6 +2,7 @@
 
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/support/types.h"
 #include "tests/text/read_support.h"

@@ -1,7 +1,7 @@
 #pragma once
 // The writer of object text: what cObj::writeobj and cAttrHash::write_hash produce, cAttrScan reads
-// back. This header holds the parts that other code uses: the layout settings, the form of strings,
-// and the standard methods `write` of the scalar types.
+// back. This header holds the parts that other code uses: one object as text, the layout settings,
+// the form of strings, and the standard methods `write` of the scalar types.
 //
 //     {                        a container over many lines ("wc"): entries indented, one a line
 //       name= "Line 1";        keys, "= ", the value and ";" in a map, only value and "," elsewhere
@@ -26,6 +26,11 @@
 #include <string>
 
 namespace cat {
+
+// The value as text: a string object's plain text, anything else as written. "" for null.
+QRV_API std::string as_string(objref const &ref);
+// The same in written form: strings quoted where they need it.
+QRV_API std::string as_text(objref const &ref);
 
 // The layout of a container, the member "wformat" if that is a string, else "". 's' at the start:
 // one line; anything else: many lines; with 'w' the container's comment behind the opening bracket.

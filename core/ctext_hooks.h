@@ -1,0 +1,31 @@
+#pragma once
+// What the layers below text/ need of it: the text of an object, and the methods `write` and `read`
+// of each kind of type. cat::install_text() (text/read/ctext_methods.h) fills the table as the
+// bootstrap's first step, and it stays filled for the life of the process. From text/ upwards the
+// functions are called directly.
+
+#include "qrv/core/cexe.h"
+
+#include <iosfwd>
+#include <string>
+
+struct cTextMethods {
+    cProcedure2 write;
+    cProcedure2 read;
+};
+
+struct cTextHooks {
+    // Until the table is filled these three start the object core, which fills it.
+    std::string (*as_text)(objref const &);         // cat::as_text
+    std::string (*as_string)(objref const &);       // cat::as_string
+    bool (*writeobj)(cObj const &, std::ostream &); // cObj::writeobj
+
+    cTextMethods voiddata{}; // of types that bring no text
+    cTextMethods integer{}, single{}, dbl{}, string{}, boolean{};
+    cTextMethods map{}, vector{}, set{};
+    cTextMethods attspec{};
+    cTextMethods attlist{}, attrset{};  // attribute types, and their objects
+    cTextMethods choice{}, choiceval{}; // choice types, and their values
+};
+
+extern constinit cTextHooks text_hooks;
