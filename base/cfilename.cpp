@@ -1,7 +1,6 @@
 // File names: the split that all stand on, and names with numbers.
 //
-// The functions that tell something lie in diagnostics/cfilename_told.cpp: there is no stream for
-// messages down here.
+// The functions that print are in diagnostics/cfilesearch.cpp: this layer has no stream for messages.
 
 #include "qrv/base/cfilename.h"
 

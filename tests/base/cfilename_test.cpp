@@ -4,6 +4,7 @@
 
 #include "base/platform/os_calls.h"
 #include "qrv/base/platform/cplatform.h"
+#include "qrv/diagnostics/cfilesearch.h"
 #include "tests/support/fixture.h"
 
 #include <cerrno>

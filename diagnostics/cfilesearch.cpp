@@ -1,7 +1,9 @@
-// The functions on file names that tell something: names of a series for reading, and searches.
+// Names of files for reading.
 //
 // The result of a search stands in one text of the process, made by the first search and never
 // freed, like the folder of the program's own file: a static object may search in its destructor.
+
+#include "qrv/diagnostics/cfilesearch.h"
 
 #include "base/cfilename_number.h"
 #include "qrv/base/cfilename.h"
