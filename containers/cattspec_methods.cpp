@@ -5,6 +5,7 @@
 
 #include "containers/cattspec_nil.h"
 #include "containers/cattspec_words.h"
+#include "containers/csetup.h"
 #include "core/ctext_hooks.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"

@@ -1,5 +1,6 @@
 // The standard methods of the type "iterator".
 
+#include "containers/csetup.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"

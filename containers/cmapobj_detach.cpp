@@ -7,6 +7,7 @@
 
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
+#include "core/cregistry.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/csetobj.h"
@@ -17,14 +18,6 @@
 #include <vector>
 
 namespace {
-
-// The holders of the library's constants are shared by the whole process.
-bool is_constant_holder(objref const &ref) {
-    for (objref const *own :
-         {&cat::nil(), &cat::bad(), &cat::badfind(), &cat::btrue(), &cat::bfalse()})
-        if (own == &ref) return true;
-    return false;
-}
 
 objref new_container(objref const &value) {
     if (cObj::is_map(value)) return make<cMapObj>();
@@ -124,12 +117,7 @@ bool cDeepDetach::copy(objref const &value, objref &new_copy) {
 } // namespace
 
 bool cat::detach(objref const &ref, bool deep) {
-    if (cObj::is_void(ref) || is_constant_holder(ref)) return false;
-    if (ref->refs() > 1) {
-        objref copy = ref->clone(false);
-        if (!cObj::is_good(copy)) return false;
-        const_cast<objref &>(ref) = std::move(copy);
-    }
+    if (!detach_value(ref)) return false;
     if (!deep || !ref->is_container()) return true;
     objref const held = ref;
     cMapObj *const map = as_map(held);

@@ -317,3 +317,8 @@ bool cObj::attrcopy(cObj const &source, char const *commands) {
     if (bool result = false; pair.met(result)) return result;
     return pair.done(cAttrCopy(*this, held, letters, copied).run(*hash));
 }
+
+cObj &cObj::operator<<(cObj const &source) {
+    attrcopy(source, "-xx");
+    return *this;
+}

@@ -33,4 +33,13 @@ bool equal_values_in_order(cMapObj const &a, cMapObj const &b);
 // Two rings of one size ended apart. False.
 bool report_sizes(cMapObj const &a, cMapObj const &b);
 
+// The set-up functions of the container types, which the bootstrap passes.
+void setup_map(cTypeObj &type);
+void setup_set(cTypeObj &type);
+void setup_vector(cTypeObj &type);
+void setup_iterator(cTypeObj &type);
+void setup_choice(cTypeObj &type);
+void setup_attspec(cTypeObj &type);
+void setup_attlist(cTypeObj &type);
+
 } // namespace cat

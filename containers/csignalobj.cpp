@@ -34,6 +34,11 @@ void register_type(typeref const &type) {
     if (cAttrNode const *const node = core.type_hash->find(type->name())) node->key()->obid(0);
 }
 
+void fire_changed(cObj const &obj) {
+    if (cSignal const *const signal = obj.changed_signal())
+        (*signal)(); // RE-ENTERS: the object may be gone afterwards
+}
+
 // Stored at once: what the registration runs finds it.
 cTypeObj &type_of(own_type id, char const *name, cTypeObj::setup_function setup) {
     if (held_types[id]) return **held_types[id];
@@ -43,6 +48,7 @@ cTypeObj &type_of(own_type id, char const *name, cTypeObj::setup_function setup)
     type->obid(0);
     take_off_census(type->tmmap());
     held_types[id] = new typeref(type);
+    core.fire_changed = fire_changed;
     register_type(type); // RE-ENTERS: prints a duplicate
     return *type;
 }
@@ -205,11 +211,6 @@ cSignal *cObj::changed_signal() const {
     if (&node->valref()->type() != held_types[signal_type]->get()) return nullptr;
     auto const *const ref = dynamic_cast<cSignalRef const *>(node->valref().get());
     return ref ? ref->signal_ptr() : nullptr;
-}
-
-void cObj::changed() const {
-    if (cSignal const *const signal = changed_signal())
-        (*signal)(); // RE-ENTERS: *this may be gone afterwards
 }
 
 cSignal &cObj::force_changed_signal() {

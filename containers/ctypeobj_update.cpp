@@ -4,9 +4,12 @@
 // While text is read, all this is paid for, the comparing as well, and a declaration that holds the
 // type it is for is left out.
 
+#include "qrv/containers/ctypeobj_update.h"
+
 #include "containers/cmergebudget.h"
+#include "core/cregistry.h"
 #include "qrv/containers/cattrset.h"
-#include "qrv/core/ctypes.h"
+#include "qrv/core/cmodifier.h"
 
 namespace {
 
@@ -34,4 +37,15 @@ bool cTypeObj::update_from(cTypeObj const &other) {
     else
         setattr(own_key(std::string(member)), declared);
     return true;
+}
+
+bool cat::set_type(cTypeObj const &type, bool fatal) {
+    cTypeObj &found = find_type(type.name());
+    if (&found == &type_nil()) {
+        cTypeInsert::insert(typeref::share(const_cast<cTypeObj *>(&type)), true);
+        return true;
+    }
+    if (&found.type() == &type.type()) return found.update_from(type);
+    if (fatal) throw_duplicate(type.name());
+    return false;
 }

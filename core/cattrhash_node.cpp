@@ -1,6 +1,7 @@
 // cAttrNode, the node that stands for none, and the orders of nodes.
 
 #include "core/cattrhash_detail.h"
+#include "core/cregistry.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cerr.h"
@@ -59,7 +60,7 @@ int cAttrNode::key_as_index() const { return cat::as_index(key_); }
 cObj &cAttrNode::value() const { return value_ ? *value_ : *cat::bad(); }
 bool cAttrNode::detach() const {
     cAttrHash::cHold const hold(this);
-    return cat::detach(value_, false); // RUNS FOREIGN CODE
+    return cat::detach_value(value_); // RUNS FOREIGN CODE
 }
 
 objref const &cAttrNode::key(cAttrNode const *node) noexcept {

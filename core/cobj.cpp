@@ -113,11 +113,6 @@ cObj &cObj::operator<<(objref const &item) {
     return *this;
 }
 
-cObj &cObj::operator<<(cObj const &source) {
-    attrcopy(source, "-xx");
-    return *this;
-}
-
 objref cObj::operator/(objref const &key) { return getattr(key); }
 
 objref cObj::operator/(std::string const &key) { return getattr(own_key(key)); }
@@ -261,6 +256,28 @@ objref cObj::clone(bool rethrow) const {
         if (rethrow) throw;
         return cat::bad();
     }
+}
+
+namespace {
+
+// The holders of the library's constants are shared by the whole process.
+bool is_constant_holder(objref const &ref) {
+#define QRV_SAME(name)                                                                             \
+    if (&ref == core.name) return true;
+    QRV_CORE_CONSTANTS(QRV_SAME)
+#undef QRV_SAME
+    return false;
+}
+
+} // namespace
+
+bool cat::detach_value(objref const &ref) {
+    if (cObj::is_void(ref) || is_constant_holder(ref)) return false;
+    if (ref->refs() <= 1) return true;
+    objref copy = ref->clone(false);
+    if (!cObj::is_good(copy)) return false;
+    const_cast<objref &>(ref) = std::move(copy);
+    return true;
 }
 
 namespace {

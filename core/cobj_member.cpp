@@ -163,6 +163,11 @@ bool cObj::get_comment(std::string &text) const {
     return holder->convert(member);
 }
 
+// Only an object with members can have the signal.
+void cObj::changed() const {
+    if (ommap_ && core.fire_changed) core.fire_changed(*this); // RE-ENTERS: *this may be gone
+}
+
 bool cObj::set_comment(std::string const &text, bool replace) {
     if (!replace && !is_void(omember("//"))) return false;
     return set_omember("//", cat::of(text));

@@ -50,9 +50,23 @@ struct cCore {
     cErrStream *eros;
     bool core_ready; // the four first types are linked
     cat::cCoreState state;
+
+    // What higher layers install, null until then.
+    typeref (*make_type)(std::string const &name); // by a factory, or null; before the first types
+    void (*fire_changed)(cObj const &obj);         // with the first type of a signal or slot
 };
 
 extern constinit cCore core;
+
+namespace cat {
+void create_core(); // start/bootstrap.cpp; for core_bootstrap() alone
+
+// cat::detach without what is below the value.
+bool detach_value(objref const &ref);
+
+// Throws cErr(1): the name of a type is taken.
+[[noreturn]] void throw_duplicate(std::string const &name);
+} // namespace cat
 
 // The method `assign` of strings, which the first types need before there are members.
 namespace cat {

@@ -1,6 +1,6 @@
 #pragma once
-// How the library reads the value of a scalar object, and what the bootstrap adds to the scalar
-// types after all of them exist.
+// How the library reads the value of a scalar object, and what the bootstrap calls to make the
+// scalar types: their set-up functions, and what is added after all of them exist.
 
 #include "qrv/core/cobjd.h"
 
@@ -18,6 +18,12 @@ template <class T> T *value_in(cObj const *obj) noexcept {
         is_usual ? static_cast<cObjDR<T> const *>(obj) : dynamic_cast<cObjDR<T> const *>(obj);
     return holder ? holder->valptr() : nullptr;
 }
+// The set-up functions of the types.
+void setup_string(cTypeObj &type);
+void setup_bool(cTypeObj &type);
+void setup_int(cTypeObj &type);
+void setup_float(cTypeObj &type);
+void setup_double(cTypeObj &type);
 void set_scalar_additions(); // "add", and the "size" of a string
 void set_scalar_converters();
 // The method "assign" of int, for types that stand on it: the same type, else by converter.

@@ -21,6 +21,11 @@ cMapObj &ready_map(cMapObj *&held) {
 
 } // namespace
 
+// What the core consists of is defined in layers above this one, so the steps are too.
+void core_bootstrap() {
+    if (core.state == cat::cCoreState::none) cat::create_core();
+}
+
 cErrStream &eros() { return ready(core.eros); }
 
 namespace cat {

@@ -16,10 +16,12 @@
 
 #include "containers/cattspec_nil.h"
 #include "containers/cglobals.h"
+#include "containers/csetup.h"
 #include "containers/csignalobj_types.h"
 #include "core/cregistry.h"
 #include "core/cscalar.h"
 #include "core/ctext_hooks.h"
+#include "modules/ctype_factory.h"
 #include "qrv/base/csignal.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
@@ -194,6 +196,7 @@ void cBootstrap::run() {
     core.state = cat::cCoreState::running;
     std::atexit(tear_down);
     cat::install_text();
+    core.make_type = cat::make_type;
     make_error_channel();
     make_sentinels();
     make_first_types();
@@ -304,6 +307,4 @@ void cBootstrap::tear_down() {
     core.state = cat::cCoreState::none;
 }
 
-void core_bootstrap() {
-    if (core.state == cat::cCoreState::none) cBootstrap::run();
-}
+void cat::create_core() { cBootstrap::run(); }

@@ -7,6 +7,7 @@
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/ctypeobj_update.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"

@@ -2,6 +2,7 @@
 #include "qrv/containers/cchoiceval.h"
 
 #include "qrv/containers/csignalobj.h"
+#include "qrv/containers/ctypeobj_update.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"

@@ -5,6 +5,7 @@
 #include "core/cregistry.h"
 #include "qrv/containers/cattrset.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"

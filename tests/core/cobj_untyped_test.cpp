@@ -1,6 +1,7 @@
 // Objects without a type: whatever is done to them or with them has the result, the text and the
 // errors that a void object has.
 #include "containers/csignalobj_types.h"
+#include "core/cscalar.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cchoiceval.h"

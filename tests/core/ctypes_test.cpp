@@ -5,6 +5,7 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cobjmodifier.h"
 #include "qrv/containers/csignalobj.h"
+#include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
@@ -267,6 +268,26 @@ TEST_F(Registry, a_refused_member_throws_nothing_out_of_a_destructor) {
         cat::errhandler().throw_mask(0x50000000u);
     }
     EXPECT_EQ(type.method(mid_assign), nullptr);
+}
+
+TEST_F(Registry, without_factories_an_unknown_name_is_niltype) {
+    auto *const make_type = std::exchange(core.make_type, nullptr);
+    EXPECT_EQ(&cat::find_type("intf_of_nobody"), &cat::type_nil());
+    EXPECT_EQ(&cat::find_type("int"), &cat::type_int());
+    core.make_type = make_type;
+}
+
+TEST_F(Registry, without_signals_a_change_is_silent) {
+    objref const obj = cat::of(1);
+    int calls = 0;
+    cFunctionSlot const slot([&calls] { ++calls; }, obj->force_changed_signal());
+    auto *const fire_changed = std::exchange(core.fire_changed, nullptr);
+    ASSERT_NE(fire_changed, nullptr);
+    obj->changed();
+    EXPECT_EQ(calls, 0);
+    core.fire_changed = fire_changed;
+    obj->changed();
+    EXPECT_EQ(calls, 1);
 }
 
 TEST_F(Registry, the_core_stands) {

@@ -11,6 +11,7 @@
 #include "qrv/containers/cobjmodifier.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/csignalobj.h"
+#include "qrv/containers/ctypeobj_update.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"

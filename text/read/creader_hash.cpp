@@ -10,12 +10,13 @@
 #include "containers/value_index.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/diagnostics/ctrace.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/read/creader_session.h"
+#include "text/state/cchannels.h"
 #include "text/state/ctext_state.h"
 
 #include <locale>
@@ -184,7 +185,7 @@ bool cHashReader::read_entry() {
         store(entry);
     } else {
         cPathStep const step(entry.key);
-        if (cat::trace_io) cat::trace_io << text_state().path() << std::endl;
+        if (cat::is_on(cat::io_channel)) *cat::io_channel << text_state().path() << std::endl;
         if (!read_value(entry)) return false;
         cAboutValue const about_value(*cReadSession::current());
         bool const keyed = entry.key_result == 0;

@@ -81,6 +81,13 @@ class QRV_API cMapObj : public cObj {
     cTypeObj *entrytype_ = nullptr;
 };
 
+namespace cat {
+// Copy on write: afterwards `ref` is the only owner of its value, deep: the values below it are
+// private too. False for a null or void value, for one that can't be cloned, and for the library's
+// own constants. RUNS FOREIGN CODE
+QRV_API bool detach(objref const &ref, bool deep);
+} // namespace cat
+
 // The standard methods of type "map". Objects that are no cMapObj answer false or cat::bad().
 namespace cTomMap {
 //   0x40020000 "Setattr in object type '...', key '...': " and the reason

@@ -235,9 +235,3 @@ class QRV_API cObj : public cObjBase {
 [[nodiscard]] QRV_API objref make_key(int const &number);
 [[nodiscard]] QRV_API objref own_key(std::string const &text);
 [[nodiscard]] QRV_API objref own_key(int number);
-
-namespace cat {
-// Copy on write: afterwards ref is the only owner of its value. False for a null or void target,
-// for one that can't be cloned, and for the library's own constants.
-QRV_API bool detach(objref const &ref, bool deep);
-} // namespace cat

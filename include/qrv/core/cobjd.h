@@ -120,9 +120,8 @@ QRV_API int to_int(double value) noexcept;
 QRV_API bool int_of(objref const &ref, int &number);
 QRV_API bool bool_of(objref const &ref, bool &value);
 
-// The plain value of an object, without any conversion: the number of an int, a float, a double or
-// an "intf", the text of a string. Empty for anything else and for null; text is never parsed.
-[[nodiscard]] QRV_API std::optional<double> number_of(objref const &ref);
+// The text of a string object, without any conversion. Empty for anything else and for null. For
+// numbers: cat::number_of (qrv/util/cintvalf.h).
 [[nodiscard]] QRV_API std::optional<std::string> text_of(objref const &ref);
 
 // The object for a plain value, adopted. Integers and single characters become an int,

@@ -50,23 +50,6 @@ QRV_API cAttrNode const *find_const(cObj const *obj) noexcept;
 
 // The type of that name, made by a registered factory if need be; cat::type_nil() if none.
 QRV_API cTypeObj &find_type(std::string const &name);
-// Registers a type or redefines the one of its name (borrowed, shared by the registry).
-// With fatal, a name taken by a type of another metatype throws cErr(1).
-QRV_API bool set_type(cTypeObj const &type, bool fatal);
 // A type from a type or from a string that names one; else bad.
 QRV_API objref type_of_key(objref const &value);
-
-// The set-up functions of the built-in types, each in the file of its subject.
-void setup_string(cTypeObj &type);
-void setup_bool(cTypeObj &type);
-void setup_int(cTypeObj &type);
-void setup_float(cTypeObj &type);
-void setup_double(cTypeObj &type);
-void setup_map(cTypeObj &type);
-void setup_set(cTypeObj &type);
-void setup_vector(cTypeObj &type);
-void setup_iterator(cTypeObj &type);
-void setup_choice(cTypeObj &type);
-void setup_attspec(cTypeObj &type);
-void setup_attlist(cTypeObj &type);
 } // namespace cat

@@ -19,10 +19,15 @@
 #include "qrv/util/cintformat.h"
 
 #include <concepts>
+#include <optional>
 
 namespace cat {
 // The type "intf"; never null. Made, and registered if its name is free, at the first call.
 QRV_API cTypeObj &type_intf();
+
+// The number of an int, a float, a double or an "intf", without any conversion. Empty for anything
+// else and for null; text is never parsed.
+[[nodiscard]] QRV_API std::optional<double> number_of(objref const &ref);
 } // namespace cat
 
 // Owns its number.

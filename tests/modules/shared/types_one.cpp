@@ -1,5 +1,6 @@
 // What a module that goes again may do to the registry: all of it is taken back by its statics, in
 // their order. What it redefines is made of the library's objects alone, and stays.
+#include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"

@@ -1,4 +1,5 @@
 // Builds upon the types of the module types_one, which it keeps in use.
+#include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
 #include "tests/modules/shared/module.h"

@@ -1,7 +1,8 @@
 // The number of an object of any of the library's types of numbers.
 
+#include "qrv/util/cintvalf.h"
+
 #include "core/cscalar.h"
-#include "qrv/core/cobjd.h"
 #include "util/cintf_type.h"
 
 namespace {

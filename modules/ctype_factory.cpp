@@ -1,0 +1,14 @@
+// Types that a factory creates: a repository entry of the type's name. So a file may name a type
+// that nobody has created yet.
+
+#include "modules/ctype_factory.h"
+
+#include "qrv/core/cmodifier.h"
+#include "qrv/modules/crepository.h"
+
+typeref cat::make_type(std::string const &name) {
+    cRepositoryList *const factories = cRepoImpl::get(typeid(cTypeCtor));
+    cRepositoryEntry *const entry = cRepoImpl::find(factories, name);
+    auto *const factory = static_cast<cTypeCtor *>(cRepoImpl::ptr(entry));
+    return factory ? factory->make() : nullptr; // RUNS FOREIGN CODE
+}
