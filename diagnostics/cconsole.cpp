@@ -31,7 +31,7 @@ void cat::use_console() {
     message_buffer()->drop_start_text();
     the_console = new cConsoleDisplay;
     message_buffer()->flush_at_line_ends(is_terminal(1)); // RE-ENTERS
-    sig_idle();                                           // RE-ENTERS
+    idle_signal()();                                      // RE-ENTERS
 }
 
 bool cat::has_console() noexcept { return the_console != nullptr; }

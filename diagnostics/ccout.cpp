@@ -43,6 +43,12 @@ void lead_standard_streams_to(std::streambuf *buffer) {
 
 } // namespace
 
+std::istream &cat::std_in() { return standard_streams().in; }
+std::ostream &cat::std_out() { return standard_streams().out; }
+std::ostream &cat::std_err() { return standard_streams().err; }
+
+cSignal &cat::idle_signal() { return sig_idle; }
+
 cTheOutStreambuf *cat::message_buffer() { return global_buffer; }
 
 cOutStreambuf::cOutStreambuf() {
@@ -106,7 +112,8 @@ constinit std::terminate_handler former_handler = nullptr;
 
 } // namespace
 
-cTheOutStreambuf::cTheOutStreambuf() : initslot_(this, &cTheOutStreambuf::_initsync, sig_idle) {
+cTheOutStreambuf::cTheOutStreambuf()
+    : initslot_(this, &cTheOutStreambuf::_initsync, cat::idle_signal()) {
     global_buffer = this;
     lead_standard_streams_to(this);
     if (std::get_terminate() != end_with_last_words)

@@ -1,10 +1,12 @@
 #pragma once
 // What the files of message output share.
 
+#include "qrv/base/csignal.h"
 #include "qrv/cvers.h"
 
 #include <array>
 #include <cstdarg>
+#include <iosfwd>
 #include <string_view>
 
 namespace cat {
@@ -15,6 +17,19 @@ constexpr char const *start_time_format = "%Y:%m:%d %H:%M";
 // What the library says about itself when it is loaded and when it goes.
 constexpr std::string_view start_text = QRV_VERSION_TEXT "\n";
 constexpr std::string_view end_text = "Quorvanta unloaded\n";
+
+struct cStandardStreams {
+    std::istream &in;
+    std::ostream &out;
+    std::ostream &err;
+};
+
+// std::cin, std::cout and std::cerr, usable at any time; in start/startup.cpp, which alone includes
+// <iostream>.
+cStandardStreams standard_streams();
+
+// sig_idle, for this folder.
+cSignal &idle_signal();
 
 using cMessageText = std::array<char, 2048>;
 

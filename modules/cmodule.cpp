@@ -38,6 +38,8 @@ bool holds(std::vector<cModule *> const &modules, cModule const *module) {
 
 } // namespace
 
+cModuleList &cModuleList::of_process() noexcept { return cat::loaded_modules; }
+
 bool cModuleList::ended() noexcept { return list_ended; }
 
 cModuleList::~cModuleList() { list_ended = true; }
@@ -47,7 +49,7 @@ std::vector<cModule *> cat::known_modules() {
     cRepositoryList *const list = module_entries();
     for (auto *e = cRepoImpl::begin(list); e != cRepoImpl::end(list); e = cRepoImpl::next(e))
         if (void *const module = cRepoImpl::ptr(e)) known.push_back(static_cast<cModule *>(module));
-    for (cModule *const module : loaded_modules.modules)
+    for (cModule *const module : cModuleList::of_process().modules)
         if (!holds(known, module)) known.push_back(module); // its name was taken
     return known;
 }
@@ -89,7 +91,7 @@ bool cModule::unload(cModule *module) {
 void cModule::free_file(void *library, std::vector<cModule *> const &modules) {
     auto left_behind = std::make_unique<cEntryGroup>();
     for (cModule *const module : modules) module->detach(*left_behind);
-    cModuleList &list = cat::loaded_modules;
+    cModuleList &list = cModuleList::of_process();
     list.resting.push_back({cat::library_path(library), library, modules.front()->basename_, true,
                             std::move(left_behind)});
     auto const stays = [&modules](cModule const *m) { return !holds(modules, m); };

@@ -21,12 +21,12 @@ constinit cLoad *current_load = nullptr;
 constexpr char const *set_up_name = "quorvantaSetup";
 
 cModule *fail(std::string const &why) {
-    cat::loaded_modules.last_error = std::make_unique<std::string>(why);
+    cModuleList::of_process().last_error = std::make_unique<std::string>(why);
     return nullptr;
 }
 
 cModule *succeed(cModule *module) {
-    cat::loaded_modules.last_error.reset();
+    cModuleList::of_process().last_error.reset();
     return module;
 }
 
@@ -40,12 +40,13 @@ std::string refusal(std::string const &name) {
     }
     std::string const base = cat::module_base_name(name);
     if (cLoad::in_progress(base)) return "Module '" + name + "' is just being loaded";
-    if (cat::loaded_modules.is_closing(base)) return "Module '" + name + "' is just being unloaded";
+    if (cModuleList::of_process().is_closing(base))
+        return "Module '" + name + "' is just being unloaded";
     return {};
 }
 
 std::string refusal_of_path(std::string const &path) {
-    return cat::loaded_modules.is_closing_path(path) ? "just being unloaded" : "";
+    return cModuleList::of_process().is_closing_path(path) ? "just being unloaded" : "";
 }
 
 // Null for an entry of something else.
@@ -82,8 +83,8 @@ bool cLoad::in_progress(std::string const &base_name) noexcept {
 }
 
 std::string cModule::last_error() {
-    if (cModuleList::ended() || !cat::loaded_modules.last_error) return {};
-    return *cat::loaded_modules.last_error;
+    if (cModuleList::ended() || !cModuleList::of_process().last_error) return {};
+    return *cModuleList::of_process().last_error;
 }
 
 // DELIBERATE: a name that ends in a separator has the empty base name, which every module that was
@@ -106,7 +107,7 @@ cModule *cModule::count_load() {
 
 cModule *cLoad::run(std::string const &name) {
     std::string failures;
-    cat::loaded_modules.forget_unmapped();
+    cModuleList::of_process().forget_unmapped();
     library_ = cat::open_module(name, failures, refusal_of_path); // RUNS FOREIGN CODE
     if (!library_) return fail(failures);
     for (cLoad const *load = outer_; load; load = load->outer_)
@@ -119,7 +120,7 @@ cModule *cLoad::run(std::string const &name) {
         cat::close_library(library_);
         return finish(*known->count_load());
     }
-    cat::loaded_modules.wake(library_, *entries_);
+    cModuleList::of_process().wake(library_, *entries_);
     set_up(name);
     cModule *const made = made_module();
     return finish(made ? *made : make_module());
@@ -142,7 +143,7 @@ void cLoad::set_up(std::string const &name) {
 void cLoad::rest() {
     for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry))
         if (cModule *const module = module_of(*entry)) module->resting_ = true;
-    cat::loaded_modules.resting.push_back(
+    cModuleList::of_process().resting.push_back(
         {cat::library_path(library_), library_, base_name_, false,
          std::exchange(entries_, std::make_unique<cEntryGroup>())});
 }
@@ -162,7 +163,7 @@ cModule *cLoad::made_module() const {
 cModule &cLoad::make_module() const {
     auto module = make<cModule>(base_name_, "", false);
     attach(*module);
-    cat::loaded_modules.modules.push_back(module);
+    cModuleList::of_process().modules.push_back(module);
     return *module;
 }
 

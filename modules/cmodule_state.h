@@ -32,6 +32,7 @@ class cModuleList {
     cModuleList &operator=(cModuleList const &) = delete;
     ~cModuleList();
 
+    static cModuleList &of_process() noexcept;
     static bool ended() noexcept; // the process ends: nothing is loaded or unloaded any more
 
     // Is a file of that base name, or the file of that path, being given back to the system?
@@ -48,7 +49,7 @@ class cModuleList {
 };
 
 namespace cat {
-extern cModuleList loaded_modules;
+extern cModuleList loaded_modules; // what cModuleList::of_process() returns
 // All modules, in the order in which they were entered into the repository.
 std::vector<cModule *> known_modules();
 } // namespace cat

@@ -18,6 +18,7 @@
 #include "qrv/util/cundo.h"
 #include "qrv/util/cutil.h"
 #include "qrv/util/cwatchdog.h"
+#include "text/state/cchannels.h"
 #include "util/cintf_type.h"
 #include "util/cwatchdog_state.h"
 
@@ -52,6 +53,18 @@ struct cRepositoriesStart {
     ~cRepositoriesStart() = default;
 };
 
+// Lets the layers of text write to a channel while it lives.
+class cChannelUse {
+  public:
+    cChannelUse(cTracer *&user, cTracer &channel) : user_(user) { user = &channel; }
+    cChannelUse(cChannelUse const &) = delete;
+    cChannelUse &operator=(cChannelUse const &) = delete;
+    ~cChannelUse() { user_ = nullptr; }
+
+  private:
+    cTracer *&user_;
+};
+
 struct cTraceRulesCloser {
     cTraceRulesCloser() = default;
     cTraceRulesCloser(cTraceRulesCloser const &) = delete;
@@ -82,19 +95,9 @@ struct cConsoleCloser {
 
 } // namespace
 
-std::istream &cat::std_in() {
+cat::cStandardStreams cat::standard_streams() {
     start_standard_streams();
-    return std::cin;
-}
-
-std::ostream &cat::std_out() {
-    start_standard_streams();
-    return std::cout;
-}
-
-std::ostream &cat::std_err() {
-    start_standard_streams();
-    return std::cerr;
+    return {std::cin, std::cout, std::cerr};
 }
 
 // ---- the order starts here; <iostream> has made the standard streams ----
@@ -112,7 +115,9 @@ constinit cSignal1<bool &> sig_closetemplates;
 
 static cTraceRulesCloser trace_rules_closer; // outlives the library's channels
 cTracer cat::trace_io("cat_io.capio", 3);
+static cChannelUse io_use(cat::io_channel, cat::trace_io);
 cTracer cat::trace_lex("catlex", 3);
+static cChannelUse lex_use(cat::lex_channel, cat::trace_lex);
 
 cFunctionSlot1<char const *, void (*)(char const *)> debugout(cat::pass_to_debug_output);
 cTheOutStreambuf cOutSigStreambuf;

@@ -5,8 +5,8 @@
 
 #include "diagnostics/cerrline.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/diagnostics/ctrace.h"
 #include "text/path/cpath_scan.h"
+#include "text/state/cchannels.h"
 
 namespace {
 objref refused(std::string const &path, std::string const &reason) {
@@ -16,7 +16,7 @@ objref refused(std::string const &path, std::string const &reason) {
 } // namespace
 
 objref cObj::getattrp(std::string const &path) {
-    cat::trace_lex << path << std::endl;
+    if (cat::is_on(cat::lex_channel)) *cat::lex_channel << path << std::endl;
     cPathScan scan(path, false);
     scan.begin_path();
     objref value;

@@ -1,7 +1,7 @@
 #include "text/path/cpath_scan.h"
 
 #include "qrv/core/ctypeobj.h"
-#include "qrv/diagnostics/ctrace.h"
+#include "text/state/cchannels.h"
 
 #include <locale>
 
@@ -31,6 +31,6 @@ objref cPathScan::key() const {
     objref key;
     if (!cat::read_stdtype(token_.code, token_.text.c_str(), key)) return {};
     if (!key || !key->type().is_keytype()) return {};
-    cat::trace_lex << key << std::endl;
+    if (cat::is_on(cat::lex_channel)) *cat::lex_channel << key << std::endl;
     return key;
 }

@@ -6,6 +6,7 @@
 
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/text/state/cwriteindent.h"
+#include "text/state/cchannels.h"
 
 #include <cstring>
 
@@ -242,6 +243,9 @@ DoWriteIndent &DoWriteIndent::operator=(DoWriteIndent const &other) noexcept {
 }
 DoWriteIndent::~DoWriteIndent() { text_state().take_indent(columns_); }
 } // namespace cat
+
+constinit cTracer *cat::io_channel = nullptr;
+constinit cTracer *cat::lex_channel = nullptr;
 
 // --- the guards ---
 

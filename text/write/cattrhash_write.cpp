@@ -26,8 +26,8 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/diagnostics/ctrace.h"
 #include "qrv/text/write/cwriter.h"
+#include "text/state/cchannels.h"
 #include "text/state/ctext_state.h"
 #include "text/write/cline_collector.h"
 #include "text/write/cscalar_text.h"
@@ -241,7 +241,7 @@ void cEntryWriter::plain_entry(cAttrNode const &node) {
 
 void cEntryWriter::plain_value(cAttrNode const &node) {
     cPathStep const step(node.key());
-    if (cat::trace_io) cat::trace_io << state_.path() << std::endl;
+    if (cat::is_on(cat::io_channel)) *cat::io_channel << state_.path() << std::endl;
     try {
         cObj const &value = node.value();
         std::string path;
