@@ -29,7 +29,7 @@ def upward_pairs(objects):
     """Where each upward pair's symbol is defined, by (source, symbol)."""
     defined, used = {}, []
     for file in objects:
-        source = file.removesuffix(".o").rpartition("qrv_objects.dir/")[2]
+        source = str(pathlib.PurePath(file.removesuffix(".o").rpartition("qrv_objects.dir/")[2]))
         if layer(source) is None:
             raise SystemExit(f"{source}: its folder is not a layer; scripts/check_includes.py lists them")
         for symbol, kind in symbols(file):
