@@ -3,6 +3,7 @@
 #include "qrv/containers/csignalobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cconsole.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <iostream>
 #include <memory>
