@@ -3,10 +3,10 @@
 #include "qrv/containers/cattr.h"
 
 #include "containers/ccompare.h"
+#include "core/cerr_object.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 
@@ -128,7 +128,7 @@ cAttr &cAttr::unsave(cMapObj const &map) {
 }
 
 cAttr cAttr::insert_error(std::string const &text) const {
-    eros_setattr(*owner_, key_) << "Inserting cAttr::operator<< " << text;
+    begin_error(err_insertion, *owner_, key_) << text;
     raise_eros(); // whatever a handler makes of it, nothing is inserted
     return *this;
 }

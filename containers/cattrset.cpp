@@ -7,6 +7,7 @@
 
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
+#include "core/cerr_object.h"
 #include "core/ctext_hooks.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cattr.h"
@@ -14,7 +15,6 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 #include <utility>
@@ -53,11 +53,8 @@ pairs pairs_of(cAttrHash const &hash) {
     return found;
 }
 
-bool report(char const *text, std::string const &type = {}) {
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x41000000);
-    err << text << type;
+bool report(cErrText const &error, std::string const &type = {}) {
+    begin_error(error) << type;
     return raise_eros();
 }
 
@@ -157,17 +154,17 @@ bool cTomAttrset::m_assign(cObj &obj, objref &arg) {
     if (!map || !arg) return false;
     objref const keep = objref::share(&obj);
     if (&arg->type() != &obj.type() && // 1
-        !report("Method 'assign' called from other type: ", arg->type().name()))
+        !report(err_assign_other_type, arg->type().name()))
         return false;
     objref const source = arg;
-    if (!validate(*source)) return report("VALIDATE ERROR in method 'assign'"); // 2
+    if (!validate(*source)) return report(err_assign_not_valid); // 2
     bool all = true;
     for (auto const &[key, value] : pairs_of(static_cast<cMapObj &>(*source).datamap())) { // 3
         if (cObj::is_void(value)) continue;
         if (cat::may_hold_values(*value) && !cat::merge_allows(obj, key, value)) continue;
         all &= map->datamap().copyitem(key, value, true);
     }
-    return all || report("ERROR in method 'assign'"); // 4
+    return all || report(err_assign_failed); // 4
 }
 
 objref cTomAttlist::newobj(objref) {

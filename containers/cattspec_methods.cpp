@@ -6,12 +6,12 @@
 #include "containers/cattspec_nil.h"
 #include "containers/cattspec_words.h"
 #include "containers/csetup.h"
+#include "core/cerr_object.h"
 #include "core/ctext_hooks.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 #include <utility>
@@ -28,12 +28,12 @@ bool is_word(objref const &value, objref const &word) { return value && value ==
 
 bool refuse_type(cObj const &obj, objref const &key, objref const &value) {
     std::string const type = value ? value->type().name() : std::string();
-    eros_setattr(obj, key) << " Error in setting attribute type: " << type;
+    begin_error(err_attspec_type, obj, key) << type;
     return raise_eros();
 }
 
 bool refuse_bad(cObj const &obj, objref const &key) {
-    eros_setattr(obj, key) << " Error in setting BAD attribute";
+    begin_error(err_attspec_attribute, obj, key);
     return raise_eros();
 }
 
@@ -50,7 +50,7 @@ bool set_type(cAttspec &spec, objref const &key, objref const &value) {
     auto *const type = dynamic_cast<cTypeObj *>(found.get());
     if (cObj::is_bad(found) || !type) {
         std::string const text = text_hooks.as_text(value); // RUNS FOREIGN CODE
-        eros_setattr(spec, key) << " Error in setting BAD type: " << text;
+        begin_error(err_attspec_unknown, spec, key) << text;
         return raise_eros();
     }
     if (spec.is_default() && &spec.get_default()->type() != type)

@@ -4,9 +4,9 @@
 
 #include "containers/ccompare.h"
 
+#include "core/cerr_object.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/core/ctypeobj.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 #include <unordered_map>
@@ -141,10 +141,7 @@ bool cat::same_value(objref const &a, objref const &b) {
 }
 
 bool cat::too_deep(cObj const &obj) {
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x40000001);
-    err << "Nesting is too deep in object type: " << obj.type().name();
+    begin_error(err_compared_too_deep) << obj.type().name();
     raise_eros();
     return false;
 }

@@ -1,10 +1,10 @@
 // The standard methods of the type "iterator".
 
 #include "containers/csetup.h"
+#include "core/cerr_object.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 
@@ -54,10 +54,7 @@ bool cTomIterator::m_assign(cObj &obj, objref &arg) {
         if (from) *it = *from;
         return from != nullptr;
     }
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x41000000);
-    err << "Method 'assign' called from other type: " << arg->type().name();
+    begin_error(err_assign_other_type) << arg->type().name();
     return raise_eros();
 }
 

@@ -5,6 +5,7 @@
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"
+#include "core/cerr_object.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/citerobj.h"
@@ -12,25 +13,20 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/ccout.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 
 namespace {
 
-// An error of a specification: what, the key, the type's name, and what follows.
-bool report_spec(char const *what, cObj const &obj, objref const &key, char const *end) {
+// An error of a specification: the key, the type's name, and what follows.
+bool report_spec(cErrText const &error, cObj const &obj, objref const &key, char const *end) {
     std::string const text = text_hooks.as_text(key);
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x40040000);
-    err << what << " attribute, key '" << text << "' in object type '" << obj.type().name() << "'"
-        << end;
+    begin_error(error) << text << "' in object type '" << obj.type().name() << "'" << end;
     return raise_eros();
 }
 
 bool report_required(cObj const &obj, objref const &key) {
-    return report_spec("REQUIRED", obj, key, "  is missed");
+    return report_spec(err_required, obj, key, "  is missed");
 }
 
 // 6. Nothing is to be stored: what its rules give instead. False when they give nothing.
@@ -50,12 +46,12 @@ bool set_specified(cAttspec const &spec, cMapObj &map, objref const &key, objref
     hashref const hash = map.datamap_ref();
     objref const present = hash->getitem(key);
     if (spec.is_fixref() && !cObj::is_void(present)) { // 5
-        return present == value || report_spec("FIXED REF", map, key, "");
+        return present == value || report_spec(err_fixed_ref, map, key, "");
     }
     bool const nothing = cObj::is_kill(value) || cObj::is_nil(value);
     if (bool result = false; nothing && store_instead(spec, map, key, result)) return result; // 6
     if (value && spec.is_fixtype() && &value->type() != spec.get_type())                      // 7
-        return report_spec("FIXED TYPE", map, key, "");
+        return report_spec(err_fixed_type, map, key, "");
     return hash->mapitem(key, value);
 }
 
@@ -78,12 +74,12 @@ bool cTomMap::setattr(cObj &obj, objref &key, objref &value) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map || cat::refuses_type(*map, value)) return false; // 1
     if (value && value->is_owner_of(obj)) {                   // 2
-        eros_setattr(obj, key) << " Trial to establish cRef in cycle";
+        begin_error(err_cycle, obj, key);
         return raise_eros();
     }
     hashref const hash = map->datamap_ref();
     if (obj.flags_of(of_const_keys) && !hash->find(key)) { // 3
-        eros_setattr(obj, key) << "  Flag of const key set offended";
+        begin_error(err_const_keys, obj, key);
         return raise_eros();
     }
     specref const spec = map->attspec(key);

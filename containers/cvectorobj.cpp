@@ -7,10 +7,10 @@
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"
+#include "core/cerr_object.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -59,13 +59,13 @@ cRange range_of(int start, int count, int size) {
     return {std::max(start, 0), std::min<std::int64_t>(std::int64_t{start} + count, size)};
 }
 
-bool report_key(cObj const &obj, objref const &key, char const *reason) {
-    eros_setattr(obj, key) << reason;
+bool report_key(cErrText const &error, cObj const &obj, objref const &key) {
+    begin_error(error, obj, key);
     return raise_eros();
 }
 
 bool report_const_keys(cObj const &obj, objref const &key) {
-    return report_key(obj, key, "  Flag of const key set offended");
+    return report_key(err_const_keys, obj, key);
 }
 
 } // namespace
@@ -99,12 +99,12 @@ bool cTomVector::setattr(cObj &obj, objref &key, objref &value) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map || cat::refuses_type(*map, value)) return false;
     int const i = cat::as_index(key);
-    if (i == cat::no_index) return report_key(obj, key, "  Key of vector or set must be 'int'");
+    if (i == cat::no_index) return report_key(err_key_not_int, obj, key);
     hashref const hash = map->datamap_ref();
     bool const const_keys = obj.flags_of(of_const_keys) != 0;
     if (cObj::is_kill(value)) return const_keys ? report_const_keys(obj, key) : hash->vect_erase(i);
     int const n = map->size();
-    if (i < 0 || i > n) return report_key(obj, key, "  Key is OUT OF RANGE");
+    if (i < 0 || i > n) return report_key(err_key_out_of_range, obj, key);
     if (i < n) return hash->setitem(key, value);
     return const_keys ? report_const_keys(obj, key) : hash->vect_append(value);
 }

@@ -1,10 +1,10 @@
 // cAttrNode, the node that stands for none, and the orders of nodes.
 
 #include "core/cattrhash_detail.h"
+#include "core/cerr_object.h"
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 
@@ -14,7 +14,6 @@ constinit cAttrNode *nil_attr_node = nullptr;
 constinit objref const *null_key = nullptr;
 
 constexpr int type_locked = 2;
-constexpr unsigned int code_type_locked = 0x40400000u;
 
 cObj const &key_object(cAttrNode const *node) {
     objref const &key = cAttrNode::key(node);
@@ -103,12 +102,10 @@ bool cAttrNode::refuses(objref const &value) {
     if (!flags_of(type_locked) || cObj::is_void(value_) || value_ == value) return false;
     if (&value->type() == &value_->type()) return false;
     std::string const type = value_->type().name();
-    std::string const text = text_hooks.as_text(key_); // RUNS FOREIGN CODE, so before eros()
-    cErrStream &error = eros();
-    error.clear();
-    error.set_code(code_type_locked);
-    error << "cAttrNode, key: " << text << "  value type: " << type
-          << "  Flags do not allow operator=";
+    std::string const text =
+        text_hooks.as_text(key_); // RUNS FOREIGN CODE: before eros() is touched
+    begin_error(err_node_type) << text << "  value type: " << type
+                               << "  Flags do not allow operator=";
     raise_eros(); // the value stays even if a handler forgives
     return true;
 }

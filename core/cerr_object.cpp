@@ -1,17 +1,38 @@
 // Errors that tell of an object, and the one way of sending what was composed.
 
+#include "core/cerr_object.h"
+
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
 #include "qrv/base/csignal.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
+
+cErrStream &begin_error(cErrText const &error) {
+    cErrStream &err = eros();
+    err.clear();
+    err.set_code(error.code);
+    err << error.text;
+    return err;
+}
+
+cErrStream &begin_error(cErrText const &error, cObj const &object) {
+    cErrStream &err = eros(error.code, object);
+    err << error.text;
+    return err;
+}
+
+cErrStream &begin_error(cErrText const &error, cObj const &object, objref const &key) {
+    cErrStream &err = eros_setattr(object, key);
+    err << error.text;
+    return err;
+}
 
 cErrStream &eros(unsigned int code, cObj const &object) {
     cErrStream &err = eros();
     err.clear();
-    err.set_code(code | 0x40000000);
+    err.set_code(code | cErr::bad_code);
     err << "Attr value, type '" << object.type().name() << "': ";
     return err;
 }
@@ -21,7 +42,7 @@ cErrStream &eros_setattr(cObj const &object, objref const &key) {
         text_hooks.as_text(key); // writing a key may compose an error of its own
     cErrStream &err = eros();
     err.clear();
-    err.set_code(0x40020000);
+    err.set_code(err_setattr.code);
     err << "Setattr in object type '" << object.type().name() << "', key '" << text << "': ";
     return err;
 }
@@ -29,5 +50,5 @@ cErrStream &eros_setattr(cObj const &object, objref const &key) {
 bool raise_eros() {
     cErr travelling(eros()); // the stream stays free for errors that arise in the slots
     cat::sig_error()(travelling);
-    return (travelling.code() & 0xC0000000u) == 0;
+    return !travelling.isbad();
 }

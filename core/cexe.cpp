@@ -3,8 +3,8 @@
 
 #include "qrv/core/cexe.h"
 
+#include "core/cerr_object.h"
 #include "core/cregistry.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 
@@ -17,10 +17,7 @@ cExeGlobal::~cExeGlobal() = default;
 cExeMember::~cExeMember() = default;
 
 bool cExeObj::bbad() const {
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x44000000);
-    err << "Executable, key '" << name_ << "', called with bad prototype";
+    begin_error(err_bad_prototype) << name_ << "', called with bad prototype";
     return raise_eros();
 }
 

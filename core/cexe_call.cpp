@@ -2,10 +2,10 @@
 // the entry chosen by its flags s and p. The executable is held during the call: it may remove
 // itself from the map that owns it.
 
+#include "core/cerr_object.h"
 #include "core/cregistry.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <initializer_list>
 #include <ostream>
@@ -77,50 +77,42 @@ objref call_by_name(cObj *obj, std::string const &name, arguments args) {
     if (!obj) return cat::bad();
     objref const found = obj->gmember(name);
     if (!cObj::is_good(found)) {
-        eros(0x4000000, *obj) << "Bad call of '" << name << "'. Method does not exist!";
+        begin_error(err_bad_call, *obj) << name << "'. Method does not exist!";
         raise_eros();
         return cat::bad();
     }
     auto const *const exe = dynamic_cast<cExeObj const *>(found.get());
     if (!exe || !found->is_exe()) {
-        eros(0x4000000, *obj) << "Bad call of '" << name
-                              << "'.  This entry is of type: " << found->type().name();
+        begin_error(err_bad_call, *obj)
+            << name << "'.  This entry is of type: " << found->type().name();
         raise_eros();
         return cat::bad();
     }
     if (!fits(*exe, args)) {
-        eros(0x4000000, *obj) << "Call of '" << name << "' with bad arg count: " << args.size();
+        begin_error(err_arg_count, *obj) << name << "' with bad arg count: " << args.size();
         return counted(raise_eros());
     }
     return exe->s() ? call_member(*exe, obj, args) : call_plain(*exe, args);
 }
 
-cErrStream &global_error(char const *start, std::string const &name) {
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x44000000);
-    err << start << name;
-    return err;
-}
-
 objref call_global(std::string const &name, arguments args) {
     objref const found = cat::gmember(name);
     if (!cObj::is_good(found)) {
-        global_error("Bad call of global method '", name) << "'  Executable does not exist";
+        begin_error(err_bad_global_call) << name << "'  Executable does not exist";
         raise_eros();
         return cat::bad();
     }
     auto const *const exe = dynamic_cast<cExeObj const *>(found.get());
     if (!exe || !found->is_exe()) {
-        global_error("Bad call of global method '", name)
-            << "'  This entry is not executable, it's of type: " << found->type().name();
+        begin_error(err_bad_global_call)
+            << name << "'  This entry is not executable, it's of type: " << found->type().name();
         raise_eros();
         return cat::bad();
     }
     // DELIBERATE: an executable with `s` must be given one argument less than it is called with
     // here, and then reports its prototype. Pinned: a_global_member_function_reports_itself
     if (!fits(*exe, args)) {
-        global_error("Call of global method '", name) << "'  with bad arg count: " << args.size();
+        begin_error(err_global_arg_count) << name << "'  with bad arg count: " << args.size();
         return counted(raise_eros());
     }
     return call_plain(*exe, args);

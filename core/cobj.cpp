@@ -3,21 +3,18 @@
 
 #include "qrv/core/cobj.h"
 
+#include "core/cerr_object.h"
 #include "core/cregistry.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 
 namespace {
 
 bool refuse_const(char const *method, cObj const &source) {
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x41400000);
-    err << "Object is const. Method '" << method << "' called from type: " << source.type().name();
+    begin_error(err_object_const) << method << "' called from type: " << source.type().name();
     return raise_eros();
 }
 
@@ -223,7 +220,7 @@ bool cObj::equal(cObj const &other) const {
 bool cObj::less(cObj const &other) const {
     if (&type() != &other.type()) return type().name() < other.type().name();
     if (!type().method(mid_less)) {
-        eros(0x8000000, *this) << "Missing method 'less' in this type";
+        begin_error(err_missing_less, *this);
         raise_eros();
         return true;
     }

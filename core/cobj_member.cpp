@@ -1,12 +1,12 @@
 // Members of objects: what lives in ommap, the lookup object, type, global, and comments. Two keys
 // are reserved: "changed" (a signal) and "//" (the comment).
 
+#include "core/cerr_object.h"
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 #include <sstream>
@@ -76,7 +76,7 @@ bool cObj::may_be_member(objref const &key, objref const &value, bool &result) {
         if (value->typeflags_of(tf_free_exe) || dynamic_cast<cExeMember *>(exe)) return true;
     }
     std::string const text = text_hooks.as_text(key);
-    eros(0x4000000, *this) << "Inserted executable, key '" << text << "', must be cExeMember";
+    begin_error(err_not_own_member, *this) << text << "', must be cExeMember";
     result = raise_eros();
     return false;
 }

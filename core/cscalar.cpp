@@ -6,6 +6,7 @@
 
 #include "core/cscalar.h"
 
+#include "core/cerr_object.h"
 #include "core/cregistry.h"
 #include "qrv/core/cexe.h"
 
@@ -17,11 +18,8 @@ namespace {
 using cat::value_in;
 
 bool no_converter(char const *method, cObj const &obj, objref const &source) {
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x41800000);
-    err << "Method '" << method << "', type '" << obj.type().name()
-        << "', without converter from type: " << source->type().name();
+    begin_error(err_no_converter) << method << "', type '" << obj.type().name()
+                                  << "', without converter from type: " << source->type().name();
     return raise_eros();
 }
 

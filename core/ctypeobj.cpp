@@ -2,12 +2,12 @@
 
 #include "qrv/core/ctypeobj.h"
 
+#include "core/cerr_object.h"
 #include "core/cregistry.h"
 #include "core/cscalar.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <cstring>
 #include <ostream>
@@ -134,11 +134,8 @@ bool cTypeObj::is_stdmethod(std::string const &name, method_id &id) {
 bool cTypeObj::validate_exe(int id, cExeFunction const &exe, char const *type_name) {
     bool const known = id >= 0 && id < mid_count;
     if (known && exe.s() && exe.c() == methods[id].c && exe.p() == methods[id].p) return true;
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x50000000);
-    err << "Standard method '" << name_of(id)
-        << "'  has bad prototype in object type: " << (type_name ? type_name : "");
+    begin_error(err_method_prototype)
+        << name_of(id) << "'  has bad prototype in object type: " << (type_name ? type_name : "");
     raise_eros();
     return false;
 }
@@ -148,10 +145,7 @@ objref cTypeObj::newobj() const {
 }
 
 bool cTypeObj::missing_method(method_id id) const {
-    cErrStream &err = eros();
-    err.clear();
-    err.set_code(0x48000000);
-    err << "Call of missed standard method '" << name_of(id) << "' in type: " << name_;
+    begin_error(err_missing_method) << name_of(id) << "' in type: " << name_;
     return raise_eros();
 }
 

@@ -1,12 +1,12 @@
 // Members of types: how a write under a standard name reaches the method table, and how one type
 // inherits the members of another.
 
+#include "core/cerr_object.h"
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <ostream>
 #include <utility>
@@ -40,10 +40,7 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
     auto *const exe = dynamic_cast<cExeMember *>(value.get());
     if (!exe) { // 4
         std::string const text = text_hooks.as_text(key);
-        cErrStream &err = eros();
-        err.clear();
-        err.set_code(0x50000000);
-        err << "Executable, key '" << text << "', must be cExeMember";
+        begin_error(err_not_type_member) << text << "', must be cExeMember";
         raise_eros();
         return;
     }

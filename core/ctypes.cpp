@@ -4,6 +4,7 @@
 
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
+#include "diagnostics/cerr_codes.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
@@ -11,7 +12,7 @@
 #include <vector>
 
 void cat::throw_duplicate(std::string const &name) {
-    throw cErr(1, "Fatal: duplicate name of cTypeObj: " + name);
+    throw cErr(err_type_name_taken.code, err_type_name_taken.text + name);
 }
 
 namespace {

@@ -187,6 +187,61 @@ class Rules(Tree):
                 self.breaks("is not used here", "tests/b_test.cpp", f"// B.\n// {sin}\n" if "#" not in sin else f"// B.\n{sin}\n")
 
 
+class Errors(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("diagnostics/cerr_codes.h", HEADER + "#define QRV_ERRORS(X) \\\n"
+                   '    X(err_taken, 0x00000001, none, "Name taken: ") \\\n'
+                   '    X(err_const, 0x41400000, object, "Object is const") \\\n'
+                   '    X(err_cycle, 0x40020000, \\\n        attribute, " In a \\"cycle\\"")\n')
+        self.page = ("# Errors\n\n| Code | Text |\n|---|---|\n| 0x00000001 | ``Name taken: `` |\n"
+                     "| 0x41400000 | ``Attr value, type '...': Object is const`` |\n"
+                     "| 0x40020000 | ``Setattr in object type '...', key '...':  In a \"cycle\"`` |\n")
+        self.write("docs/errors.md", self.page)
+        self.write("include/qrv/core/cobj.h", HEADER + "// Throws cErr(1). The code 0x41400000, or\n"
+                   "//   0x40020000 \"Setattr in object type '...'\" ...\n"
+                   "int const id = 0x48000000; // not in a comment\n")
+        self.write("core/cobj.cpp", "// O. 0x40000009 in a comment.\nint f() { return err_const.code; }\n"
+                   'char const *text = "0x40000009";\nint const masks[] = {0x90000000, 0x3FFFFFFF};\n')
+        self.write("tools/qrv/main.cpp", "// T.\nint const is_const = 0x41400000u;\n")
+        self.passes("check_errors.py", self.root)
+
+    def breaks(self, text, name, content):
+        self.write(name, content)
+        self.fails(text, "check_errors.py", self.root)
+
+    def test_an_error_that_the_page_lacks(self):
+        self.breaks("docs/errors.md: lacks 0x00000001 `Name taken: `", "docs/errors.md",
+                    self.page.replace("| 0x00000001 | ``Name taken: `` |\n", ""))
+
+    def test_an_error_that_only_the_page_has(self):
+        self.breaks("0x00000002 `Name taken: ` is not in", "docs/errors.md", self.page + "| 0x00000002 | ``Name taken: `` |\n")
+
+    def test_an_error_that_begins_otherwise_on_the_page(self):
+        self.breaks("lacks 0x41400000", "docs/errors.md", self.page.replace("Object is", "Object was"))
+
+    def test_a_row_that_is_there_twice(self):
+        self.breaks("is there 2 times", "docs/errors.md", self.page + "| 0x00000001 | ``Name taken: `` |\n")
+
+    def test_a_comment_with_a_code_that_does_not_exist(self):
+        self.breaks("cref.h:3: 0x41800000 is not in", "include/qrv/base/cref.h", HEADER + "// Code 0x41800000.\n")
+        self.breaks("cref.h:3: cErr(2) is not in", "include/qrv/base/cref.h", HEADER + "// Throws cErr(2).\n")
+
+    def test_a_comment_with_another_text(self):
+        self.breaks('begins with "Object is const"', "include/qrv/base/cref.h", HEADER + '// 0x41400000 "Object is const"\n')
+
+    def test_a_number_in_the_library(self):
+        for line in ("err.set_code(0x41400000);", "eros(0x1400000, obj);", "throw cErr(1, text);",
+                     "constexpr auto code = 0x40000001u;"):
+            self.breaks("cset.cpp:2: ", "containers/cset.cpp", f"// S.\n{line}\n")
+
+    def test_a_number_in_a_tool_that_is_in_no_list(self):
+        self.breaks("main.cpp:2: 0x41800000 is not in", "tools/qrv/main.cpp", "// T.\nint const code = 0x41800000;\n")
+
+    def test_an_empty_list(self):
+        self.breaks("no error was found", "diagnostics/cerr_codes.h", HEADER)
+
+
 class Headers(Tree):
     def test_a_header_that_needs_another(self):
         self.write("include/qrv/a.h", HEADER + "#include <string>\ninline std::string a() { return {}; }\n")

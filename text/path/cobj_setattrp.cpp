@@ -19,6 +19,7 @@
 #include "containers/cmergebudget.h"
 #include "qrv/core/ctypes.h"
 #include "text/path/cpath_scan.h"
+#include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
 #include "text/state/ctext_state.h"
 
@@ -56,8 +57,8 @@ class cPathStatement {
         unsigned column;
     };
 
-    bool refuse(char const *text, std::string const &what, cAttrLiteral const &about);
-    bool refuse_walk(std::string const &text, size_t stopped_at);
+    bool refuse(cErrText const &error, std::string const &what, cAttrLiteral const &about);
+    bool refuse_walk(cErrText const &error, size_t stopped_at, std::string const &what = {});
     bool walk(objref &at, objref const &value, bool force);
 
     cPathScan path_;
@@ -65,8 +66,9 @@ class cPathStatement {
     cAttrLiteral operator_;
 };
 
-bool cPathStatement::refuse(char const *text, std::string const &what, cAttrLiteral const &about) {
-    scan().errs(cAttrScan::asrSyntax) << text << what;
+bool cPathStatement::refuse(cErrText const &error, std::string const &what,
+                            cAttrLiteral const &about) {
+    begin_error(scan(), error) << what;
     if (about.code != tkEof) scan().about(about);
     scan().fire();
     return false;
@@ -78,26 +80,23 @@ bool cPathStatement::parse(bool need_operator) {
     for (path_.begin_statement(); !path_.at_end() || !keys_.empty(); path_.next()) {
         cAttrLiteral const &token = path_.token();
         cAttrLiteral const &follower = path_.follower();
-        if (token.code == '/' && !keys_.empty())
-            return refuse("ERROR in setattrp:  Bad final or duplicate ", "/", token);
+        if (token.code == '/' && !keys_.empty()) return refuse(err_path_slash, "/", token);
         objref const key = path_.key();
-        if (!key) return refuse("ERROR in setattrp: Bad no-key entry: ", token.text, token);
+        if (!key) return refuse(err_path_no_key, token.text, token);
         keys_.push_back({key, token.outer_line, token.outer_column});
         if (follower.code == tkEof)
-            return !need_operator ||
-                   refuse("ERROR in setattrp: Operator and value missed ", {}, token);
+            return !need_operator || refuse(err_path_no_operator, {}, token);
         if (is_operator(follower.code)) {
             operator_ = follower;
             return true;
         }
-        if (follower.code != '/')
-            return refuse("ERROR in setattrp: Separator / or operator expected, bad entry: ",
-                          follower.text, follower);
+        if (follower.code != '/') return refuse(err_path_no_separator, follower.text, follower);
     }
     return true;
 }
 
-bool cPathStatement::refuse_walk(std::string const &text, size_t stopped_at) {
+bool cPathStatement::refuse_walk(cErrText const &error, size_t stopped_at,
+                                 std::string const &what) {
     std::ostringstream os;
     os.imbue(std::locale::classic());
     for (size_t i = 0; i <= stopped_at; ++i) {
@@ -105,7 +104,7 @@ bool cPathStatement::refuse_walk(std::string const &text, size_t stopped_at) {
         keys_[i].key->writeobj(os); // RUNS FOREIGN CODE
     }
     std::string const path = shown_path(os.str(), cat::ReadReport::current() != nullptr);
-    scan().errs(cAttrScan::asrSyntax) << text << path;
+    begin_error(scan(), error) << what << path;
     scan().about(keys_[stopped_at].line, keys_[stopped_at].column);
     scan().fire();
     return false;
@@ -120,10 +119,9 @@ bool cPathStatement::walk(objref &at, objref const &value, bool force) {
     for (size_t i = 0; i < steps; ++i) {
         at = may_create ? at->getattr_force(keys_[i].key, force) : at->getattr(keys_[i].key);
         if (cObj::is_good(at)) continue;
-        if (may_create) return refuse_walk("Call of setattrp with not existing path: ", i);
-        return refuse_walk("Call of setattrp with operator '" + operator_.text +
-                               "' is not allowed in case of not existing path: ",
-                           i);
+        if (may_create) return refuse_walk(err_path_absent, i);
+        return refuse_walk(err_path_operator, i,
+                           operator_.text + "' is not allowed in case of not existing path: ");
     }
     return true;
 }
@@ -133,7 +131,7 @@ bool cPathStatement::apply(objref const &root, objref const &value, bool force, 
     if (!walk(at, value, force)) return false;
     objref const key = keys_.back().key;
     if (from_text && !cat::merge_allows(*at, key, value))
-        return cat::merge_exhausted() && refuse_walk("Too much merged, path : ", keys_.size() - 1);
+        return cat::merge_exhausted() && refuse_walk(err_read_too_much, keys_.size() - 1);
     switch (operator_.code) {
     case tkAndAssign:
         return at->setattr(key, value);

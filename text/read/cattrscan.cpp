@@ -5,6 +5,7 @@
 // errs() or errp(), the text, fire(). The stream for it is made by the first error, since there is
 // a scan for each container and most see none.
 
+#include "diagnostics/cerr_codes.h"
 #include "qrv/core/ctypes.h"
 #include "text/read/creader_session.h"
 #include "text/state/ctext_state.h"
@@ -178,7 +179,7 @@ bool cAttrScan::openfile(char const *name, bool quiet) {
         file->close();
         file->clear(std::ios::failbit); // what reads on meets the end of input
     }
-    if (!quiet) fire(cErr(1, std::string("Cannot open file: ") + name));
+    if (!quiet) fire(cErr(err_file_not_opened.code, err_file_not_opened.text + std::string(name)));
     return false;
 }
 

@@ -7,9 +7,9 @@
 #include "containers/cattspec_words.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
+#include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
@@ -30,9 +30,9 @@ class cValueReport {
     cValueReport &operator=(cValueReport const &) = delete;
     ~cValueReport() = default;
 
-    bool fail(std::string const &text) {
+    bool fail(cErrText const &error, std::string const &what = {}) {
         scan_.about(place_.line, place_.column);
-        scan_.fire(cErr(cErr::bad_code, text));
+        scan_.fire(cErr(error.code, error.text + what));
         return false;
     }
 
@@ -54,7 +54,7 @@ class cValueReport {
     bool too_much() {
         if (!cat::merge_exhausted()) return false;
         std::string const path = text_state().shown_path(cat::ReadReport::current() != nullptr);
-        scan_.errs(cAttrScan::asrSyntax) << "Too much merged, path : " << path;
+        begin_error(scan_, err_read_too_much) << path;
         scan_.about(place_.line, place_.column);
         scan_.fire();
         return true;
@@ -74,7 +74,7 @@ bool read_type(cMapObj &entries, cAttspec &spec, cValueReport &report) {
     }
     objref const found = cat::type_of_key(value);
     auto *const type = dynamic_cast<cTypeObj *>(found.get());
-    if (cObj::is_bad(found) || !type) return report.fail("Wrong type-entry in attspec");
+    if (cObj::is_bad(found) || !type) return report.fail(err_attspec_entry);
     spec.share_type(typeref::share(type));
     return true;
 }
@@ -129,7 +129,7 @@ bool cTomAttrset::m_read(cObj &obj, objref &stream) {
     if (!nothing && read->datamap_ref()->read_hash(*is, nullptr) < 1) return false; // 2
     if (!validate(*read)) {                                                         // 3
         cValueReport::invalid(*read);
-        return report.fail("Validate error in read of type: " + obj.type().name());
+        return report.fail(err_read_not_valid, obj.type().name());
     }
     obj.assign(*read); // 4
     return !report.too_much();

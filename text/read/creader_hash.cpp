@@ -15,6 +15,7 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
+#include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
 #include "text/state/cchannels.h"
 #include "text/state/ctext_state.h"
@@ -65,10 +66,9 @@ class cHashReader {
     cAttrNode const *find_in_set(cObj const &value);
     bool update(cObj &target, cObj const &value, bool merge);
     void report_too_much();
-    char const *unclosed() const;
+    cErrText const *unclosed() const;
     void report_unclosed(bool counted);
-    void fail(char const *text, std::string const &what = {},
-              cAttrScan::ASR asr = cAttrScan::asrSyntax);
+    void fail(cErrText const &error, std::string const &what = {});
 
     cWriteLevel const level_; // first: the depth goes down when all else is done
     cAttrHash &hash_;
@@ -89,9 +89,9 @@ cHashReader::cHashReader(cAttrHash &hash, std::istream &is, cTypeObj *type)
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
 
-void cHashReader::fail(char const *text, std::string const &what, cAttrScan::ASR asr) {
+void cHashReader::fail(cErrText const &error, std::string const &what) {
     cReadSession::cPlace const place = cReadSession::current()->place_now();
-    scan_.errs(asr) << text << what;
+    begin_error(scan_, error) << what;
     scan_.about(place.line, place.column);
     scan_.fire();
 }
@@ -121,11 +121,11 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
         }
         cAboutValue const about_key(*cReadSession::current());
         std::string const text = key->is_container() ? "" : "Key value: " + written(*key);
-        fail("Key type '", key->type().name() + "' is not defined" + text);
+        fail(err_read_key_type, key->type().name() + "' is not defined" + text);
         result = cAttrScan::asrSyntax;
     }
     if (delim_ != '=') {
-        fail("Pattern 'key =' is missed ");
+        fail(err_read_no_key);
         result = cAttrScan::asrSyntax;
     }
     entry.key_result = result;
@@ -142,11 +142,11 @@ bool cHashReader::read_value(cEntry &entry) {
     }
     if (result == -1) {
         if (listed_) return false;
-        fail("Pattern 'key =value' is missed in path: ", shown_path());
+        fail(err_read_no_value, shown_path());
         result = cAttrScan::asrSyntax;
     }
     if (delim_ == '=') {
-        fail("Wrong placed '=', path : ", shown_path());
+        fail(err_read_equals, shown_path());
         result = cAttrScan::asrSyntax;
     }
     entry.result = result;
@@ -166,11 +166,11 @@ void cHashReader::register_type(cEntry &entry) {
     try {
         done = cat::set_type(*type, false);
     } catch (cErr const &error) {
-        if (error.code() != 1) throw; // 1: the name of a type that can't be redefined
+        if (error.code() != err_type_name_taken.code) throw;
     }
     if (done && again && session->exhausted()) report_too_much();
     if (done) return;
-    fail("Type name from input is registered with another type-type!", {}, cAttrScan::asrType);
+    fail(err_read_type_name);
     entry.result = cAttrScan::asrType;
 }
 
@@ -199,7 +199,7 @@ bool cHashReader::read_entry() {
 
 // --- storing ---
 
-void cHashReader::report_too_much() { fail("Too much merged, path : ", shown_path()); }
+void cHashReader::report_too_much() { fail(err_read_too_much, shown_path()); }
 
 // Changes a value that stands in the tree. False if it refused by an exception.
 bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
@@ -269,19 +269,19 @@ objref cHashReader::stored(objref const &key) const {
 
 // --- the container ---
 
-char const *cHashReader::unclosed() const {
-    if (type_ == &cat::type_map() && delim_ != '}') return "Map is not closed by '}'";
-    if (type_ == &cat::type_vector() && delim_ != ']') return "Vector is not closed by ']'";
-    if (type_ == &cat::type_set() && delim_ != '>') return "Set is not closed by '>'";
+cErrText const *cHashReader::unclosed() const {
+    if (type_ == &cat::type_map() && delim_ != '}') return &err_read_unclosed_map;
+    if (type_ == &cat::type_vector() && delim_ != ']') return &err_read_unclosed_vector;
+    if (type_ == &cat::type_set() && delim_ != '>') return &err_read_unclosed_set;
     return nullptr;
 }
 
 void cHashReader::report_unclosed(bool counted) {
-    char const *const text = unclosed();
-    if (!text) return;
-    cErrStream &err = counted ? scan_.errs(cAttrScan::asrSyntax) : scan_.errs();
-    err.set_code(cErr::bad_code + cAttrScan::asrSyntax);
-    err << text;
+    cErrText const *const error = unclosed();
+    if (!error) return;
+    cErrStream &err = counted ? scan_.errs(asr_of(*error)) : scan_.errs();
+    err.set_code(error->code);
+    err << error->text;
     if (cat::Brackets(opened_.code).open) scan_.unclosed(opened_);
     scan_.fire();
 }

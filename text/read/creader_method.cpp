@@ -11,6 +11,7 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
+#include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
@@ -149,8 +150,7 @@ bool cat::scan_attrset(cObj &obj, objref &args) {
     cReadSession::cPlace const place = cReadSession::current()->value_place();
     bool const same = &value->type() == &obj.type();
     if (same ? obj.assign(*value) : obj.convert(value)) return true; // RUNS FOREIGN CODE
-    scan.errp(cAttrScan::asrSyntax)
-        << (same ? "Assign" : "Convert") << " failed in read of type: " << obj.type().name();
+    begin_error(scan, same ? err_read_assign : err_read_convert) << obj.type().name();
     scan.about(place.line, place.column);
     scan.fire();
     return false;
@@ -183,9 +183,9 @@ bool cat::scan_attrcopy(cObj &obj, objref &args) {
 // --- a container or a bare list of entries ---
 
 namespace {
-int not_valid(cAttrScan &scan, cReadSession::cPlace place, char const *text,
+int not_valid(cAttrScan &scan, cReadSession::cPlace place, cErrText const &error,
               std::string const &what = {}) {
-    scan.errs(cAttrScan::asrSyntax) << text << what;
+    begin_error(scan, error) << what;
     scan.about(place.line, place.column);
     scan.fire();
     return 1;
@@ -203,8 +203,7 @@ int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, 
     }
     bool const good = code == 0 && scan.errcount() == errors;
     if (!good && !keep)
-        return not_valid(scan, cReadSession::current()->value_place(),
-                         "Input is no valid container");
+        return not_valid(scan, cReadSession::current()->value_place(), err_read_no_container);
     cRef<cMapObj> const map = make<cMapObj>();
     if (value) map->datamap().mapitem(key, value);
     bool const rest = map->datamap().read_hash(scan.is(), nullptr) != 0;
@@ -232,5 +231,5 @@ int cat::scan_container(std::istream &is, objref &result, bool keep) {
         return read_entries(scan, first, result, keep, errors);
     cReadSession::cPlace const place = cReadSession::current()->value_place();
     std::string const text = as_text(first); // RUNS FOREIGN CODE
-    return not_valid(scan, place, "Missing start pattern 'key =' at pattern: ", text);
+    return not_valid(scan, place, err_read_no_start, text);
 }

@@ -3,6 +3,7 @@
 // The session at hand is found through a plain pointer. Everything is put back by destructors, so
 // an exception that passes leaves nothing behind.
 
+#include "diagnostics/cerr_codes.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/state/ctext_state.h"
@@ -68,15 +69,13 @@ void cReadSession::refresh_limit() {
 }
 
 void cReadSession::left_out(cObj &holder, objref const &key, objref const &) {
-    constexpr unsigned code = 0x40020000;
     std::string const type = holder.type().name();
     std::string const text = cat::as_text(key); // RUNS FOREIGN CODE
     cErrStream &err = scan_->errs();
-    err.set_code(code);
+    err.set_code(err_cycle.code);
     err.set_handled(false);
     scan_->errincr();
-    err << "Setattr in object type '" << type << "', key '" << text
-        << "':  Trial to establish cRef in cycle";
+    err << "Setattr in object type '" << type << "', key '" << text << "': " << err_cycle.text;
     scan_->about(place_now_.line, place_now_.column);
     scan_->fire();
 }

@@ -14,6 +14,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/read/cattrscan.h"
+#include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
 #include "text/state/ctext_state.h"
 
@@ -102,12 +103,12 @@ class cValueReader {
     int read_text(cAttrLiteral const &bracket, std::string const &name);
     int skip_typed(cat::Brackets const &brackets, int result);
     bool instantiate(cTypeObj const &type);
-    bool unmade(char const *text, cTypeObj const &type);
+    bool unmade(cErrText const &error, cTypeObj const &type);
     bool report_depth(int limit);
     bool too_deep();
     bool too_deep_typed();
-    void report(cErrStream &err, char const *text, std::string const &what);
-    void expect_end(bool with_path, char const *text);
+    void report(cErrText const &error, std::string const &what);
+    void expect_end(cErrText const &missing);
 
     cAttrScan &scan_;
     objref &value_;
@@ -129,8 +130,8 @@ int cAttrScan::scan_obj(objref &result, int *delim) {
         if (delim) *delim = end;
         if (cReadSession *const session = cReadSession::current())
             session->value_place(reader.first());
-        errs(asrSyntax) << "Fatal exception in attr scanner!";
-        err_->set_code(0x80000000u);
+        errs(asrSyntax) << err_read_exception.text;
+        err_->set_code(err_read_exception.code);
         about(reader.first());
         fire();
         return asrSyntax;
@@ -140,8 +141,8 @@ int cAttrScan::scan_obj(objref &result, int *delim) {
     return code;
 }
 
-void cValueReader::report(cErrStream &err, char const *text, std::string const &what) {
-    err << text << what;
+void cValueReader::report(cErrText const &error, std::string const &what) {
+    begin_error(scan_, error) << what;
     scan_.about(first_);
     scan_.fire();
 }
@@ -151,8 +152,7 @@ int cValueReader::next_token() {
     for (int separators = 0;;) {
         int const t = scan_.gettok(first_);
         if (is_separator(t)) {
-            if (++separators > 1)
-                report(scan_.errs(cAttrScan::asrSeparator), "Unnecessary separator: ", first_.text);
+            if (++separators > 1) report(err_read_separator, first_.text);
             continue;
         }
         if (is_closing(t) || (t >= tkInt && t <= tkIdent) || t == tkBadIdent || t == '<' ||
@@ -160,9 +160,9 @@ int cValueReader::next_token() {
             return t;
         separators = 0;
         if (t == '=')
-            report(scan_.errs(cAttrScan::asrSyntax), "Wrong placed '=', path : ", shown_path());
+            report(err_read_equals, shown_path());
         else
-            report(scan_.errs(cAttrScan::asrToken), "Unexpected token '", first_.text);
+            report(err_read_token, first_.text);
     }
 }
 
@@ -176,9 +176,7 @@ int cValueReader::read() {
     if (t == tkConst) return first_.text == "#cRef" ? read_reference() : read_constant();
     if (t == tkIdent) return read_word();
     if (t == tkBadIdent) {
-        scan_.errs(cAttrScan::asrToken) << "Bad input: " << first_.text << "  String is assumed.";
-        scan_.about(first_);
-        scan_.fire();
+        report(err_read_bad_ident, first_.text + "  String is assumed.");
         return read_word();
     }
     if (t >= tkInt && t <= tkString) return read_literal();
@@ -204,7 +202,7 @@ int cValueReader::read_constant() {
         value_ = node->valref();
         return 0;
     }
-    report(scan_.errp(cAttrScan::asrConst), "Unknown #-value (no defined const): ", first_.text);
+    report(err_read_constant, first_.text);
     return cAttrScan::asrConst;
 }
 
@@ -213,7 +211,7 @@ int cValueReader::read_reference() {
     if (scan_.gettok(token) != '(') {
         if (token.code != tkEof) scan_.ungettoken(token);
         scan_.note_object(nullptr);
-        report(scan_.errp(cAttrScan::asrToken), "After #cRef delimiter '(' is missed", {});
+        report(err_read_ref_bracket, {});
         end_ = scan_.read_to_delimiter("}])>");
         return cAttrScan::asrToken;
     }
@@ -223,36 +221,31 @@ int cValueReader::read_reference() {
     bool const rooted = !path.empty() && path.front() == '/';
     value_ = text_state().value_at(rooted ? path : '/' + path);
     if (!value_)
-        report(scan_.errp(cAttrScan::asrRef), "Error in #cRef(",
-               path + "): Referenced value is not defined before.");
+        report(err_read_ref, path + "): Referenced value is not defined before.");
     else if (value_->is_bad())
-        report(scan_.errp(cAttrScan::asrRef), "Bad path of #cRef(", path + ")");
+        report(err_read_ref_path, path + ")");
     if (cObj::is_bad(value_)) value_ = nullptr;
     scan_.note_object(value_);
     return value_ ? 0 : cAttrScan::asrRef;
 }
 
 // Reads the token behind a value: without a delimiter between them it belongs to the next value.
-void cValueReader::expect_end(bool with_path, char const *text) {
+void cValueReader::expect_end(cErrText const &missing) {
     cAttrLiteral token;
     end_ = scan_.gettok(token);
     if (ends_value(end_)) return;
-    std::string const shown = written(value_);
-    report(with_path ? scan_.errp(cAttrScan::asrToken) : scan_.errs(cAttrScan::asrToken), text,
-           shown);
+    report(missing, written(value_));
     scan_.ungettoken(token);
 }
 
 int cValueReader::read_literal() {
     bool const good = cat::read_stdtype(first_.code, first_.text.c_str(), value_);
     if (!good && text_state().reading_key())
-        report(scan_.errs(cAttrScan::asrSyntax),
-               "Failed to read key. Input of standard type: ", first_.text);
+        report(err_read_key_scalar, first_.text);
     else if (!good)
-        report(scan_.errs(cAttrScan::asrSyntax),
-               "Failed to read value: ", shown_path() + " Input of standard type: " + first_.text);
+        report(err_read_scalar, shown_path() + " Input of standard type: " + first_.text);
     scan_.note_object(value_);
-    expect_end(true, "Missing delimiter after value: ");
+    expect_end(err_read_no_delimiter);
     return good ? 0 : cAttrScan::asrSyntax;
 }
 
@@ -263,15 +256,14 @@ int cValueReader::read_word() {
     if (t != tkEof) scan_.ungettoken(token);
     value_ = cat::of(first_.text);
     scan_.note_object(value_);
-    expect_end(false, "Missing delimiter after: ");
+    expect_end(err_read_word_end);
     return 0;
 }
 
 // --- limits ---
 
 bool cValueReader::report_depth(int limit) {
-    report(scan_.errs(cAttrScan::asrSyntax), "Nesting is deeper than ",
-           std::to_string(limit) + ", path : " + shown_path());
+    report(err_read_too_deep, std::to_string(limit) + ", path : " + shown_path());
     return true;
 }
 
@@ -301,9 +293,9 @@ int cValueReader::read_typed(cAttrLiteral const &bracket) {
     cTypeObj const &type = cat::find_type(name); // RUNS FOREIGN CODE
     if (&type == &cat::type_nil() && name != type.name()) {
         if (text_state().reading_key())
-            report(scan_.errs(cAttrScan::asrUnknownType), "Key with unknown type='", name);
+            report(err_read_key_unknown, name);
         else
-            report(scan_.errp(cAttrScan::asrUnknownType), "Value with unknown type='", name);
+            report(err_read_value_unknown, name);
         return skip_typed(brackets, cAttrScan::asrUnknownType);
     }
     if (too_deep_typed()) return skip_typed(brackets, cAttrScan::asrSyntax);
@@ -313,8 +305,8 @@ int cValueReader::read_typed(cAttrLiteral const &bracket) {
     return value_->is_container() ? read_container() : read_text(bracket, type.name());
 }
 
-bool cValueReader::unmade(char const *text, cTypeObj const &type) {
-    report(scan_.errp(cAttrScan::asrType), text, type.name());
+bool cValueReader::unmade(cErrText const &error, cTypeObj const &type) {
+    report(error, type.name());
     return false;
 }
 
@@ -322,12 +314,12 @@ bool cValueReader::instantiate(cTypeObj const &type) {
     auto const has = [&type](char const *method) {
         return dynamic_cast<cExeObj *>(type.tmember(std::string(method)).get()) != nullptr;
     };
-    if (!has("newobj")) return unmade("Missing object ctor 'newobj' in type: ", type);
-    if (!has("read")) return unmade("Missing method 'read' in type: ", type);
+    if (!has("newobj")) return unmade(err_read_no_newobj, type);
+    if (!has("read")) return unmade(err_read_no_read, type);
     value_ = type.newobj(); // RUNS FOREIGN CODE
     if (!cObj::is_bad(value_)) return true;
     value_ = nullptr;
-    return unmade("Bad call of  object ctor 'newobj' in type: ", type);
+    return unmade(err_read_bad_newobj, type);
 }
 
 // The type's `read` consumes the closing bracket. A map or a set has reported its own errors.
@@ -335,7 +327,7 @@ int cValueReader::read_container() {
     objref const held = value_;
     if (held->read(scan_.is())) return 0; // RUNS FOREIGN CODE
     if (&held->type() != &cat::type_vector()) return 0;
-    scan_.errp(cAttrScan::asrSyntax) << "Failed to read container, type " << held->type().name();
+    begin_error(scan_, err_read_container) << held->type().name();
     if (scan_.token().code <= tkEof)
         scan_.unclosed(first_);
     else
@@ -351,8 +343,7 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
     end_ =
         gather(scan_, cat::Brackets(bracket.code), &text, reported ? &places : nullptr) ? ')' : 0;
     if (end_ == 0) {
-        scan_.errs(cAttrScan::asrSyntax)
-            << "Closing symbol is missed in type " << name << ", path: " << shown_path();
+        begin_error(scan_, err_read_unclosed_type) << name << ", path: " << shown_path();
         scan_.unclosed(bracket);
         scan_.fire();
     }
@@ -374,9 +365,9 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
     }
     if (good) return 0;
     if (text_state().reading_key())
-        report(scan_.errs(cAttrScan::asrSyntax), "Failed to read key, type: ", name);
+        report(err_read_key, name);
     else
-        report(scan_.errp(cAttrScan::asrSyntax), "Failed to read value, type ", name);
+        report(err_read_value, name);
     return cAttrScan::asrSyntax;
 }
 

@@ -6,9 +6,9 @@
 #include "qrv/text/write/cexacttext.h"
 
 #include "base/cchars.h"
+#include "core/cerr_object.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/state/ctext_state.h"
 #include "text/write/cscalar_text.h"
@@ -18,7 +18,6 @@
 #include <string_view>
 
 namespace {
-constexpr unsigned int unwritable_code = 0x40000001U;
 constexpr signed char by_guards = -1;
 
 constinit unsigned int guards = 0;
@@ -64,9 +63,7 @@ void cExactTables::forget_behind(size_t count) {
 
 namespace {
 void raise_unwritable(std::string const &path) {
-    eros().clear();
-    eros().set_code(unwritable_code);
-    eros() << "Value cannot be written, path : " << path;
+    begin_error(err_not_writable) << path;
     raise_eros();
 }
 

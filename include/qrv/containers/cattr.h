@@ -52,7 +52,7 @@ class QRV_API cAttr {
 
     // Inserts into a vector or set at this place, past flags, entry type and a set's test for
     // equal values; gives the handle of the next place, or a copy of this one after an error.
-    //   0x40020000 "Setattr in object type '...': Inserting cAttr::operator<< ..."
+    //   0x40020000 "Setattr in object type '...', key '...': Inserting cAttr::operator<< ..."
     cAttr operator<<(objref const &value);
 
     objref swap_to(objref const &value);               // writes, gives what stood there

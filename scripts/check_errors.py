@@ -1,0 +1,126 @@
+#!/usr/bin/env python3
+"""Compares everything that names an error code with the one list in diagnostics/cerr_codes.h.
+
+  - the tables of docs/errors.md have a row for each error of the list, and no other row;
+  - a code in a comment of a public header is in the list, and a text in quotes right after it is
+    how one of the errors with this code begins;
+  - sources of the library have no code as a number: they take it from the list;
+  - a code as a number in the tools, which see public headers only, is in the list.
+Usage: check_errors.py [ROOT]. Silent and 0 when all is well, else one line for each mistake and 1.
+"""
+import pathlib
+import re
+import sys
+
+LIST = "diagnostics/cerr_codes.h"
+PAGE = "docs/errors.md"
+LIBRARY = ["base", "diagnostics", "core", "containers", "text", "modules", "util", "start"]
+PROGRAMS = ["tools"]
+# What a message has ahead of the text. The place and the path in a file are no part of it.
+HEADS = {
+    "none": "",
+    "object": "Attr value, type '...': ",
+    "attribute": "Setattr in object type '...', key '...': ",
+    "place": "",
+    "path": "",
+}
+ROW = re.compile(r'\bX\(\s*(\w+),\s*(0x[0-9A-F]{8}),\s*(\w+),\s*"((?:[^"\\]|\\.)*)"\s*\)')
+PAGE_ROW = re.compile(r"^\| (0x[0-9A-F]{8}) \| ``(.*)`` \|$", re.M)
+CODE = re.compile(r"\b0x[4-8][0-9A-Fa-f]{7}(?=[uU]?\b)")
+# A code of few digits, where nothing else is meant: 0x4000000 for 0x44000000, 1.
+ARGUMENT = re.compile(r"\b(?:cErr|eros|set_code)\s*\(\s*(0x[0-9A-Fa-f]+|[1-9]\d*)")
+COMMENT = re.compile(r"//(.*)")
+COMMENT_CODE = re.compile(r'\b(0x[4-8][0-9A-Fa-f]{7}|cErr\(\d+\)|the error \d\b)(?:\s+"([^"]*)")?')
+
+
+def code_of(text):
+    digits = re.search(r"0x[0-9A-Fa-f]+|\d+", text)[0]
+    return int(digits, 0)
+
+
+def sources(root, folders):
+    for folder in folders:
+        for file in sorted((root / folder).rglob("*")):
+            if file.suffix in (".h", ".cpp") and file.is_file():
+                yield file.relative_to(root).as_posix(), file.read_text(encoding="utf-8")
+
+
+def errors_of(root):
+    """(code, message) of each error: as it begins, with ... for what differs from one to the next."""
+    text = (root / LIST).read_text(encoding="utf-8").replace("\\\n", "\n")
+    return [(int(code, 16), HEADS[head] + beginning.replace('\\"', '"'))
+            for _, code, head, beginning in ROW.findall(text)]
+
+
+def check_page(root, errors):
+    rows = [(int(code, 16), text) for code, text in PAGE_ROW.findall((root / PAGE).read_text(encoding="utf-8"))]
+    for code, text in errors:
+        if (code, text) not in rows:
+            yield f"{PAGE}: lacks 0x{code:08X} `{text}`"
+    for code, text in rows:
+        if (code, text) not in errors:
+            yield f"{PAGE}: 0x{code:08X} `{text}` is not in {LIST}"
+    for row in sorted(set(rows)):
+        if rows.count(row) > errors.count(row) > 0:
+            yield f"{PAGE}: 0x{row[0]:08X} `{row[1]}` is there {rows.count(row)} times"
+
+
+def begins_alike(quoted, message):
+    """Does the text in a comment, with ... for what it leaves out, agree with the beginning of a message?"""
+    quoted = re.sub(r"\.\.\.|<\w+>", "\0", quoted).split("\0")
+    message = message.split("...")
+    # What is fixed on both sides, up to where the shorter one ends.
+    for ours, theirs in zip(quoted, message):
+        shorter = min(len(ours), len(theirs))
+        if ours[:shorter] != theirs[:shorter]:
+            return False
+        if len(ours) != len(theirs):
+            return True
+    return True
+
+
+def check_comments(root, errors):
+    for name, text in sources(root, ["include"]):
+        for number, line in enumerate(text.splitlines(), 1):
+            comment = COMMENT.search(line)
+            for match in COMMENT_CODE.finditer(comment[1] if comment else ""):
+                messages = [message for code, message in errors if code == code_of(match[1])]
+                if not messages:
+                    yield f"{name}:{number}: {match[1]} is not in {LIST}"
+                elif match[2] and not any(begins_alike(match[2], message) for message in messages):
+                    yield f'{name}:{number}: no error {match[1]} in {LIST} begins with "{match[2]}"'
+
+
+def without_comments(line):
+    return re.sub(r'"(?:[^"\\]|\\.)*"|//.*', lambda m: "" if m[0].startswith("//") else '""', line)
+
+
+def check_numbers(root, errors):
+    known = {code for code, _ in errors}
+    for name, text in sources(root, LIBRARY + PROGRAMS):
+        if name == LIST:
+            continue
+        in_library = name.split("/")[0] in LIBRARY
+        for number, line in enumerate(text.splitlines(), 1):
+            line = without_comments(line)
+            found = {match[0] for match in CODE.finditer(line)} | {match[1] for match in ARGUMENT.finditer(line)}
+            for code in sorted(found):
+                if in_library:
+                    yield f"{name}:{number}: {code} as a number: take it from {LIST}"
+                elif int(code, 0) not in known:
+                    yield f"{name}:{number}: {code} is not in {LIST}"
+
+
+def main():
+    root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
+    errors = errors_of(root)
+    wrong = [] if errors else [f"{LIST}: no error was found in it"]
+    for check in (check_page, check_comments, check_numbers):
+        wrong += check(root, errors)
+    for line in wrong:
+        print(line)
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

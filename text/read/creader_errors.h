@@ -1,0 +1,26 @@
+#pragma once
+// Beginning an error of the list on a scanner: the place, for some the path, and the beginning of
+// the text. The scanner counts it. The caller writes the rest and calls fire().
+
+#include "diagnostics/cerr_codes.h"
+#include "qrv/text/read/cattrscan.h"
+
+// The result of a scan that meets this error.
+constexpr cAttrScan::ASR asr_of(cErrText const &error) {
+    return static_cast<cAttrScan::ASR>(error.code - cErr::bad_code);
+}
+
+static_assert(asr_of(err_read_equals) == cAttrScan::asrSyntax);
+static_assert(asr_of(err_read_token) == cAttrScan::asrToken);
+static_assert(asr_of(err_read_ref) == cAttrScan::asrRef);
+static_assert(asr_of(err_read_constant) == cAttrScan::asrConst);
+static_assert(asr_of(err_read_value_unknown) == cAttrScan::asrUnknownType);
+static_assert(asr_of(err_read_no_newobj) == cAttrScan::asrType);
+static_assert(asr_of(err_read_separator) == cAttrScan::asrSeparator);
+
+inline cErrStream &begin_error(cAttrScan &scan, cErrText const &error) {
+    bool const with_path = error.head == cErrHead::path;
+    cErrStream &err = with_path ? scan.errp(asr_of(error)) : scan.errs(asr_of(error));
+    err << error.text;
+    return err;
+}
