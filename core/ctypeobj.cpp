@@ -10,14 +10,17 @@
 #include "qrv/core/cobjd.h"
 
 #include <cstring>
+#include <iterator>
 #include <ostream>
+#include <string_view>
+#include <type_traits>
 
 namespace {
 
 // Types of these names are made by the bootstrap itself, or by a caller that must wait for it.
-constexpr char const *builtin_names[] = {
-    "string", "niltype", "type", "exe",    "bool",     "int",    "unsigned", "float",
-    "double", "map",     "set",  "vector", "iterator", "choice", "attspec",  "attlist"};
+#define QRV_NAME(name, accessor, text) text,
+constexpr char const *builtin_names[] = {QRV_CORE_TYPES(QRV_NAME) "unsigned"};
+#undef QRV_NAME
 
 bool is_builtin_name(std::string const &name) {
     for (char const *builtin : builtin_names)
@@ -103,11 +106,27 @@ struct cMethod {
     bool p;
 };
 
-//                                   name       c  p
-constexpr cMethod methods[mid_count] = {
-    {"newobj", 1, false}, {"newref", 1, false}, {"create", 1, true},   {"assign", 2, true},
-    {"add", 2, true},     {"setattr", 3, true}, {"getattr", 2, false}, {"write", 2, true},
-    {"read", 2, true},    {"equal", 2, true},   {"less", 2, true},     {"iterobj", 1, false}};
+template <class Result, class... Arguments>
+constexpr cMethod method_of(char const *name, Result (*)(Arguments...)) {
+    return {name, sizeof...(Arguments), std::is_same_v<Result, bool>};
+}
+
+#define QRV_METHOD(method, prototype) method_of(#method, static_cast<prototype>(nullptr)),
+constexpr cMethod methods[] = {QRV_METHODS(QRV_METHOD)};
+#undef QRV_METHOD
+
+static_assert(std::size(methods) == mid_count);
+#define QRV_METHOD(method, prototype)                                                              \
+    static_assert(std::string_view(methods[mid_##method].name) == #method);
+QRV_METHODS(QRV_METHOD)
+#undef QRV_METHOD
+
+// An executable has the arguments and the kind of result that its function type has.
+#define QRV_PROTO(type, arguments, procedure)                                                      \
+    static_assert(method_of("", static_cast<type>(nullptr)).c == (arguments) &&                    \
+                  method_of("", static_cast<type>(nullptr)).p == (procedure));
+QRV_PROTOTYPES(QRV_PROTO)
+#undef QRV_PROTO
 
 } // namespace
 

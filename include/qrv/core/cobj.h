@@ -20,22 +20,25 @@ namespace cat {
 QRV_API cTypeObj &type_nil();
 } // namespace cat
 
-// Index into the method table of a type; see ctypeobj.h for prototypes.
-enum method_id : int {
-    mid_newobj,
-    mid_newref,
-    mid_create,
-    mid_assign,
-    mid_add,
-    mid_setattr,
-    mid_getattr,
-    mid_write,
-    mid_read,
-    mid_equal,
-    mid_less,
-    mid_iterobj,
-    mid_count
-};
+// The standard methods of a type, in the order of its table: name and prototype (see cexe.h).
+#define QRV_METHODS(X)                                                                             \
+    X(newobj, cFunction1)                                                                          \
+    X(newref, cFunction1)                                                                          \
+    X(create, cProcedure1)                                                                         \
+    X(assign, cProcedure2)                                                                         \
+    X(add, cProcedure2)                                                                            \
+    X(setattr, cProcedure3)                                                                        \
+    X(getattr, cFunction2)                                                                         \
+    X(write, cProcedure2)                                                                          \
+    X(read, cProcedure2)                                                                           \
+    X(equal, cProcedure2)                                                                          \
+    X(less, cProcedure2)                                                                           \
+    X(iterobj, cFunction1)
+
+// Index into the method table: mid_newobj and so on, one for each method.
+#define QRV_METHOD_ID(name, prototype) mid_##name,
+enum method_id : int { QRV_METHODS(QRV_METHOD_ID) mid_count };
+#undef QRV_METHOD_ID
 
 class QRV_API cObj : public cObjBase {
   public:

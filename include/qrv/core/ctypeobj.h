@@ -83,10 +83,8 @@ class QRV_API cTypeObj : public cObj {
     bool pexec(method_id id, cObj &a) const;
     bool pexec(method_id id, cObj &a, objref &b) const;
     bool pexec(method_id id, cObj &a, objref &b, objref &c) const;
-    objref oexec(method_id id) const;
     objref oexec(method_id id, objref a) const;
     objref oexec(method_id id, objref a, objref b) const;
-    objref oexec(method_id id, objref a, objref b, objref c) const;
     bool missing_method(method_id id) const;
 
     void begin_construction(char const *name);
