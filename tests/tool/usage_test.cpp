@@ -1,6 +1,9 @@
 // The command line itself: help, version, and what can't be understood.
 
 #include "tests/tool/tool_run.h"
+#include "tools/qrv/commands.h"
+
+#include <regex>
 
 using tool_test::cRun;
 
@@ -290,6 +293,26 @@ TEST_F(ToolUsage, help_of_find) {
             "that stands at several paths is looked at under the first of them. If nothing is\n"
             "found, the exit code is 1.\n",
             ""}));
+}
+
+TEST_F(ToolUsage, the_exit_codes_of_every_help_are_those_of_the_list) {
+    std::string const done = std::to_string(exit_done), found = std::to_string(exit_found),
+                      failed = std::to_string(exit_failed);
+    EXPECT_NE(run({"--help"})
+                  .out.find("Exit codes: " + done + " done, found or clean; " + found +
+                            " absent, different or with findings; " + failed +
+                            " the work could\nnot be done."),
+              std::string::npos);
+    std::string named;
+    for (char const *command : {"fmt", "set", "merge", "get", "find", "explain", "check", "tokens",
+                                "types", "from-json", "to-json"}) {
+        std::string const help = run({command, "--help"}).out;
+        std::regex const code(R"((?:exit\s+code is|it is|It is) (\d+))");
+        for (std::sregex_iterator at(help.begin(), help.end(), code), end; at != end; ++at)
+            named += std::string(command) + " " + (*at)[1].str() + "; ";
+    }
+    EXPECT_EQ(named, "set " + failed + "; merge " + failed + "; find " + found + "; to-json " +
+                         done + "; to-json " + found + "; to-json " + failed + "; ");
 }
 
 TEST_F(ToolUsage, help_of_check) {

@@ -2,12 +2,14 @@
 // Work in a child process. A file may declare types, and types live as long as a process: so each
 // reading of a file has a process of its own. What the work finds comes back as a reply.
 
+#include "commands.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
 
 struct cReply {
-    int status = 2;           // an exit_code
+    int status = exit_failed; // an exit_code
     std::string text;         // what was asked for
     std::string messages;     // lines for descriptor 2
     std::string extra;        // a second text, where the work has one
@@ -17,5 +19,5 @@ struct cReply {
 };
 
 // Runs the work on the file of that name and gives its reply; a work that dies is told in
-// `messages`, with status 2.
+// `messages`, with status exit_failed.
 cReply in_child(std::string const &name, std::function<void(cReply &)> const &work);
