@@ -3,6 +3,7 @@
 // the node that goes. After the last foreign call only kept things are looked at.
 
 #include "core/cattrhash_detail.h"
+#include "core/ctable_growth.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
@@ -13,7 +14,7 @@ namespace {
 objref key_of(char const *text) { return text ? own_key(std::string(text)) : objref(); }
 } // namespace
 
-cAttrHash::cAttrHash(cObj *father) : size_(hash_new_size(50 + 1)), unused_(size_), father_(father) {
+cAttrHash::cAttrHash(cObj *father) : size_(first_size), unused_(size_), father_(father) {
     slots_ = std::make_unique<cSlotWord[]>(size_);
 }
 

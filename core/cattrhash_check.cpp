@@ -4,7 +4,7 @@
 //   H3 no two keys are hasheq (deep only: it calls hooks; not asked of float and double, where
 //      NaN equals everything)
 //   H4 no nil key
-//   H5 used * 100 <= size * 80, and at least size / 8 slots were never used
+//   H5 the table is not too full, and enough slots were never used (core/ctable_growth.h)
 //   H6 the number of never-used slots is right
 //   H7 what is known about the keys is right: counts of kinds, greatest index, vector or not
 //   H8 each key is found again under its cached hash (deep only)
@@ -13,6 +13,7 @@
 // after some later ones, and after every change number that is a power of two of any table.
 
 #include "core/cattrhash_detail.h"
+#include "core/ctable_growth.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cobjd.h"
 
@@ -71,8 +72,7 @@ std::string cAttrHash::broken_rule(bool deep) const {
         unused += slots_[i] == slot_unused;
     }
     if (seen.nodes != used_ || words != used_) return broken("H1");
-    if (used_ * std::uint64_t{100} > size_ * std::uint64_t{80} || unused < size_ / 8)
-        return broken("H5");
+    if (is_too_full(used_, size_) || unused < size_ / unused_part) return broken("H5");
     if (unused != unused_) return broken("H6");
     if (seen.others != others_ || seen.no_ints != no_ints_ || (is_vector_ && !seen.is_vector) ||
         (greatest_known_ && greatest_ != seen.greatest))

@@ -7,8 +7,8 @@
 // that never leave the table in peace are not asked any more after a number of such searches.
 //
 // Rebuilding (nobody can tell, as order is the ring's):
-//   more than 80 % live nodes        the next size
-//   less than 1/8 never-used slots   the same size: deleted marks go, so absent keys end early
+//   too many live nodes              the next size
+//   too few slots never used         the same size: deleted marks go, so absent keys end early
 //   a very long probe                the same size, once: keys of text and floating types, whose
 //                                    hash a file could be made to collide, get a seeded hash
 // Growing never asks a key for its hash.
@@ -16,17 +16,16 @@
 #include "base/seeded_hash.h"
 #include "core/cattrhash_detail.h"
 #include "core/cscalar.h"
+#include "core/ctable_growth.h"
 #include "qrv/core/cobjd.h"
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
 namespace {
 
-// Share of live nodes, in percent, at which the table grows: the 78th node takes 97 slots to 197.
-// Deleted marks are left out of the count on purpose.
-constexpr std::uint64_t grow_percent = 80;
-// With at least 1/8 of the slots never used, a probe of honest keys gets here once in 10^7 tries.
+// With one in `unused_part` slots never used, a probe of honest keys gets here once in 10^7 tries.
 constexpr std::uint32_t long_probe = 128;
 // A sane hook changes a table once or twice (it fills or drops something). Beyond, only keys that
 // are compared without a hook are found.
@@ -35,6 +34,7 @@ constexpr int most_searches = 64;
 constexpr std::uint32_t primes[] = {11,     23,     47,     97,      197,     397,     797,
                                     1597,   3203,   6421,   12853,   25717,   51437,   102811,
                                     205619, 411233, 822433, 1644817, 3289613, 6579211, 13158023};
+static_assert(std::ranges::binary_search(primes, first_size));
 
 constinit std::uint64_t probes = 0;
 
@@ -223,9 +223,9 @@ void cAttrHash::link_node(cAttrNode &node, cFound const &place, cSearch const &s
     ++changes_;
     bool const seedable = node.kind_ != cKeyKind::int_key && node.kind_ != cKeyKind::other;
     bool const seed = place.steps > long_probe && seedable && !seeded_;
-    if (used_ * std::uint64_t{100} > size_ * grow_percent)
+    if (is_too_full(used_, size_))
         rebuild(hash_grown_size(size_, primes), seed);
-    else if (seed || unused_ < size_ / 8)
+    else if (seed || unused_ < size_ / unused_part)
         rebuild(size_, seed);
     check();
 }

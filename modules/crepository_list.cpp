@@ -7,13 +7,15 @@
 // Rules, checked by broken_rule():
 //   R1  each entry e on the ring: e.next.prev is e, and the ring comes back to its head
 //   R2  e.owner is this list, e.hash that of its name, and *e.slot is e
-//   R3  as many entries on the ring as count says; count*100 <= size*80; unused >= size/8
+//   R3  as many entries on the ring as count says; not too full, enough cells unused
 //   R4  (deep) the table holds count entries and unused zeros
 //   R5  (deep) a search for an entry's name finds that entry, so names are unique
 // Limit: beyond the greatest known size nothing more can be entered, std::length_error.
 
+#include "core/ctable_growth.h"
 #include "modules/centrygroup.h"
 #include "qrv/core/cattrhash.h" // hash_new_size
+#include "qrv/core/ctypeobj.h"  // hash_bytes
 #include "qrv/modules/crepository.h"
 
 #include <cstdio>
@@ -25,19 +27,7 @@ namespace {
 constexpr std::uintptr_t cell_unused = 0;
 constexpr std::uintptr_t cell_erased = 1;
 
-// Share of live entries, in percent, above which the table grows: the 78th entry takes 97 cells to
-// 197. Erased cells are left out of the count on purpose.
-constexpr unsigned grow_percent = 80;
-
-// The least part of the cells that never held an entry. Below it the erased ones are cleared away,
-// or searches for absent names would pass them all.
-constexpr unsigned least_unused_part = 8;
-
-std::uint32_t hash_of(std::string_view name) {
-    std::uint32_t hash = 0;
-    for (char const c : name) hash = (hash * 31) ^ static_cast<unsigned char>(c);
-    return hash;
-}
+std::uint32_t hash_of(std::string_view name) { return cat::hash_bytes(name.data(), name.size()); }
 
 cRepositoryEntry *entry_of(std::uintptr_t word) {
     return word > cell_erased ? reinterpret_cast<cRepositoryEntry *>(word) : nullptr;
@@ -62,7 +52,7 @@ void cRepositoryEntry::copy_data(cRepositoryEntry const &other) {
     if (other.group_) other.group_->add(*this); // it points to the same things
 }
 
-cRepositoryList::cRepositoryList() : size_(hash_new_size(51)), unused_(size_) {
+cRepositoryList::cRepositoryList() : size_(first_size), unused_(size_) {
     table_ = std::make_unique<std::uintptr_t[]>(size_);
 }
 
@@ -141,11 +131,11 @@ void cRepositoryList::remove(cRepositoryEntry &entry) noexcept {
 }
 
 void cRepositoryList::make_room() {
-    if ((count_ + std::uint64_t{1}) * 100 > std::uint64_t{size_} * grow_percent) {
+    if (is_too_full(count_ + 1, size_)) {
         std::uint32_t const larger = hash_new_size(size_ + 1);
         if (larger == 0) throw std::length_error("cRepositoryList");
         rebuild(larger);
-    } else if (unused_ <= size_ / least_unused_part) {
+    } else if (unused_ <= size_ / unused_part) {
         rebuild(size_);
     }
 }
@@ -170,8 +160,8 @@ std::string cRepositoryList::broken_rule(bool deep) const {
         ++entries;
     }
     if (entries != count_) return "R3 count";
-    if (count_ * std::uint64_t{100} > std::uint64_t{size_} * grow_percent) return "R3 too full";
-    if (unused_ < size_ / least_unused_part) return "R3 too few unused";
+    if (is_too_full(count_, size_)) return "R3 too full";
+    if (unused_ < size_ / unused_part) return "R3 too few unused";
     return deep ? broken_table() : std::string();
 }
 

@@ -11,6 +11,8 @@
 #include <cstring>
 
 namespace {
+// A power of two, as its doubles are: a slot is found by a mask. Half of them are filled before the
+// table grows, which holds the paths of a small file.
 constexpr size_t first_slots = 64;
 
 std::uint64_t mix(std::uint64_t h) noexcept {

@@ -30,12 +30,6 @@
 
 namespace {
 
-// Containers that are found are printed with all that is in them, also when they stand in each
-// other or are shared: the text may become so much longer than the file, by this and by so many
-// times its size.
-constexpr size_t longest_text = 16000000;
-constexpr size_t times_of_file = 16;
-
 cMapObj const *as_map(objref const &value) { return dynamic_cast<cMapObj const *>(value.get()); }
 
 bool is_declaration(objref const &value) {
@@ -222,7 +216,7 @@ void find(cFindOptions const &options, cReply &reply) {
         cReading const reading = read_value(bytes, messages);
         if (reading.clean) {
             cPattern const pattern(options.pattern, options.first);
-            size_t const longest = longest_text + times_of_file * bytes.size();
+            size_t const longest = longest_text_from(bytes.size());
             reply.text = cSearch(reading.value, pattern, longest, messages).text();
             reply.status = reply.text.empty() ? exit_found : exit_done;
             if (messages.count() > 0) reply.status = exit_failed;

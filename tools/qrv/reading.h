@@ -21,5 +21,9 @@ struct cReading {
                                   // there belongs to the value. None if the value wasn't closed.
 };
 
+// How long a text may become that is made from the values of a file of that size, where shared
+// values are written in full at each place. `find` and `to-json` stop there.
+constexpr size_t longest_text_from(size_t file_size) { return 16000000 + 16 * file_size; }
+
 // Reads the first value of the text, with its comments. Errors go to messages.
 cReading read_value(std::string const &bytes, cMessages &messages);

@@ -10,10 +10,6 @@
 
 namespace {
 
-// Sharing may make the text so much longer than the file: by this, and by so many times its size.
-constexpr size_t longest_copies = 16000000;
-constexpr size_t times_of_file = 16;
-
 void tell_lost_text(cReading const &reading, cMessages &messages) {
     for (cComment const &comment : reading.survey.comments)
         messages.warning(comment.place,
@@ -34,7 +30,7 @@ void convert(cToJsonOptions const &options, cReply &reply) {
     if (read_bytes(options.file, bytes, messages)) {
         cReading const reading = read_value(bytes, messages);
         if (reading.clean) {
-            size_t const longest = longest_copies + times_of_file * bytes.size();
+            size_t const longest = longest_text_from(bytes.size());
             reply.text =
                 json_text(reading.value, {options.indent, options.compact, longest}, messages) +
                 "\n";
