@@ -4,7 +4,8 @@
   - the tables of docs/errors.md have a row for each error of the list, and no other row;
   - a code in a comment of a public header is in the list, and a text in quotes right after it is
     how one of the errors with this code begins;
-  - sources of the library have no code as a number: they take it from the list;
+  - sources of the library have no code as a number, and none of the texts (but for very short
+    ones): they take both from the list;
   - a code as a number in the tools, which see public headers only, is in the list.
 Usage: check_errors.py [ROOT]. Silent and 0 when all is well, else one line for each mistake and 1.
 """
@@ -29,6 +30,8 @@ PAGE_ROW = re.compile(r"^\| (0x[0-9A-F]{8}) \| ``(.*)`` \|$", re.M)
 CODE = re.compile(r"\b0x[4-8][0-9A-Fa-f]{7}(?=[uU]?\b)")
 # A code of few digits, where nothing else is meant: 0x4000000 for 0x44000000, 1.
 ARGUMENT = re.compile(r"\b(?:cErr|eros|set_code)\s*\(\s*(0x[0-9A-Fa-f]+|[1-9]\d*)")
+LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
+SHORTEST_TEXT = 12  # shorter ones may be the beginning of something else
 COMMENT = re.compile(r"//(.*)")
 COMMENT_CODE = re.compile(r'\b(0x[4-8][0-9A-Fa-f]{7}|cErr\(\d+\)|the error \d\b)(?:\s+"([^"]*)")?')
 
@@ -45,11 +48,13 @@ def sources(root, folders):
                 yield file.relative_to(root).as_posix(), file.read_text(encoding="utf-8")
 
 
+def rows_of(root):
+    return ROW.findall((root / LIST).read_text(encoding="utf-8").replace("\\\n", "\n"))
+
+
 def errors_of(root):
     """(code, message) of each error: as it begins, with ... for what differs from one to the next."""
-    text = (root / LIST).read_text(encoding="utf-8").replace("\\\n", "\n")
-    return [(int(code, 16), HEADS[head] + beginning.replace('\\"', '"'))
-            for _, code, head, beginning in ROW.findall(text)]
+    return [(int(code, 16), HEADS[head] + beginning.replace('\\"', '"')) for _, code, head, beginning in rows_of(root)]
 
 
 def check_page(root, errors):
@@ -111,12 +116,25 @@ def check_numbers(root, errors):
                     yield f"{name}:{number}: {code} is not in {LIST}"
 
 
+def check_texts(root):
+    """Texts of the list that a source has once more."""
+    texts = [text for *_, text in rows_of(root) if len(text) >= SHORTEST_TEXT]
+    for name, source in sources(root, LIBRARY):
+        if name == LIST:
+            continue
+        for number, line in enumerate(source.splitlines(), 1):
+            for literal in LITERAL.findall(line.split("//")[0]):
+                if any(literal.startswith(text) for text in texts):
+                    yield f'{name}:{number}: "{literal}" is a text of {LIST}: take it from there'
+
+
 def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
     errors = errors_of(root)
     wrong = [] if errors else [f"{LIST}: no error was found in it"]
     for check in (check_page, check_comments, check_numbers):
         wrong += check(root, errors)
+    wrong += check_texts(root)
     for line in wrong:
         print(line)
     return 1 if wrong else 0

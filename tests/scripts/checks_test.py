@@ -235,6 +235,9 @@ class Errors(Tree):
                      "constexpr auto code = 0x40000001u;"):
             self.breaks("cset.cpp:2: ", "containers/cset.cpp", f"// S.\n{line}\n")
 
+    def test_a_text_of_the_list_in_the_library(self):
+        self.breaks('"Name taken: x" is a text of', "containers/cset.cpp", '// S.\nfail("Name taken: x");\n')
+
     def test_a_number_in_a_tool_that_is_in_no_list(self):
         self.breaks("main.cpp:2: 0x41800000 is not in", "tools/qrv/main.cpp", "// T.\nint const code = 0x41800000;\n")
 

@@ -5,6 +5,7 @@
 
 #include "qrv/text/file/cfile.h"
 
+#include "diagnostics/cerr_codes.h"
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
@@ -86,7 +87,7 @@ std::string cat::file2string(char const *name) {
     in.imbue(std::locale::classic());
     in.open(name, std::ios::in | std::ios::binary);
     if (!in.is_open() || cat::is_directory(name)) {
-        tell("Cannot open file: ", name);
+        tell(err_file_not_opened.text, name);
         return {};
     }
     std::string text;
