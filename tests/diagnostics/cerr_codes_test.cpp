@@ -13,6 +13,7 @@
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/support/types.h"
 
