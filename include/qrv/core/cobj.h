@@ -40,37 +40,73 @@ QRV_API cTypeObj &type_nil();
 enum method_id : int { QRV_METHODS(QRV_METHOD_ID) mid_count };
 #undef QRV_METHOD_ID
 
+// Where the members are defined, and when to suspect which file:
+//   core/cobj.cpp                identity, states, operators, generic operations, own_method; keys
+//   core/cexe_call.cpp           call
+//   core/cobj_member.cpp         append, copyitem, own, type and global members, comments, changed
+//   containers/cattr.cpp         operator[]
+//   containers/cobj_map.cpp      getattr_force, ommap of a map
+//   containers/cobj_walk.cpp     begin, end
+//   containers/cobj_slice.cpp    getslice
+//   containers/cobj_owner.cpp    is_owner_of
+//   containers/cobj_attrcopy.cpp attrcopy, and the merging operator<<
+//   containers/csignalobj.cpp    changed_signal, force_changed_signal
+//   text/write/cobj_write.cpp    writeobj, is_writable, write_constname
+//   text/read/creader_method.cpp readobj
+//   text/path/                   getattrp, setattrp, each in a file of its name
+//
+// Errors that the operations raise:
+//
+//   0x41400000 "Object is const. Method '...' called from type: ..."
+//       assign, add; if a handler forgives it, the operation continues
+//   0x44000000 "Attr value, type '...': Bad call of '...", and "... Call of '...' with bad arg ..."
+//       call
+//   0x44000000 "Attr value, type '...': Inserted executable, key '...', must be cExeMember"
+//       set_omember
+//   0x48000000 "Call of missed standard method '...' in type: ..."
+//       every generic operation; forgiven: true or cat::nil()
+//   0x48000000 "Attr value, type '...': Missing method 'less' in this type"
+//       less
 class QRV_API cObj : public cObjBase {
   public:
-    // With true the type is "niltype", with false null until set_type: needed before types exist.
-    // All operations on an object without a type answer as for one of "niltype".
+    // With true the type is "niltype", and the object core is started; with false it is null until
+    // set_type: needed before types exist. All operations on an object without a type answer as for
+    // one of "niltype".
     explicit cObj(bool typed = true);
     template <class T>
     requires(!std::is_same_v<T, bool> && !std::is_class_v<T>) explicit cObj(T) = delete;
-    ~cObj() override;
+    ~cObj() override; // RUNS FOREIGN CODE: releases the own members
 
     // True only for cObjDR<T>, which refers to a value that lives elsewhere.
     virtual bool is_ObjDR() const;
 
-    // Identity and type. obid 0 means: not in the census.
+    // --- identity and type
+
+    // The number in the census, unique in the process until 32 bits wrap. 0 means: not counted.
     unsigned int obid() const noexcept { return obid_; }
-    void obid(unsigned int id) noexcept; // 0 takes the object off the census, once
-    static void obid(cObj *obj, unsigned int id) noexcept;
-    // cat::type_nil() for an object without a type.
+    // 0 takes the object off the census, once. Another number after that would count the object
+    // down a second time when it is destroyed.
+    void obid(unsigned int id) noexcept;
+    static void obid(cObj *obj, unsigned int id) noexcept; // null: nothing
+    // Borrowed; cat::type_nil() for an object without a type.
     cTypeObj &type() const noexcept { return type_ ? *type_ : cat::type_nil(); }
     void set_type(cTypeObj *type) noexcept { type_ = type; } // borrows; no check, no signal
-    int typeflags_of(int bits) const noexcept;
+    int typeflags_of(int bits) const noexcept;               // 0 for an object without a type
 
-    // States: relations to the type and to the sentinels. A null pointer is void, bad and kill,
-    // and none of nil, map, set, vector. An object without a type is void.
-    bool is_void() const noexcept { return is_void(this); }
-    bool is_nil() const noexcept { return is_nil(this); }
-    bool is_bad() const noexcept { return is_bad(this); }
-    bool is_kill() const noexcept { return is_kill(this); }
-    bool is_map() const noexcept { return is_map(this); }
+    // --- states: relations to the type and to the sentinels
+
+    // A null pointer is void, bad and kill, and none of nil, map, set, vector. The members are for
+    // live objects, the static forms accept null.
+    bool is_void() const noexcept { return is_void(this); } // without a type, or of "niltype"
+    bool is_nil() const noexcept { return is_nil(this); }   // this very object: cat::nil()
+    bool is_bad() const noexcept { return is_bad(this); }   // cat::bad() or cat::badfind()
+    bool is_kill() const noexcept { return is_kill(this); } // cat::badfind(): removes, as a value
+    bool is_map() const noexcept { return is_map(this); }   // of exactly the type "map"
     bool is_set() const noexcept { return is_set(this); }
     bool is_vector() const noexcept { return is_vector(this); }
-    bool is_good() const noexcept { return is_good(this); }
+    bool is_good() const noexcept {
+        return is_good(this);
+    } // not bad; nil and void objects are good
     static bool is_void(cObj const *obj) noexcept;
     static bool is_nil(cObj const *obj) noexcept;
     static bool is_bad(cObj const *obj) noexcept;
@@ -79,27 +115,33 @@ class QRV_API cObj : public cObjBase {
     static bool is_set(cObj const *obj) noexcept;
     static bool is_vector(cObj const *obj) noexcept;
     static bool is_good(cObj const *obj) noexcept { return !is_bad(obj); }
+    // Flags, which are claims: a type may set them for objects of any class.
     bool is_exe() const noexcept { return typeflags_of(tf_exe) != 0; }
     bool is_container() const noexcept { return typeflags_of(tf_container) != 0; }
     bool is_type() const noexcept { return flags_of(of_type) != 0; }
 
-    // The operators: one named operation each. A subclass that declares none of its own inherits
-    // assignment as assign() followed by memberwise copying; declare it to be sure.
-    cObj &operator=(cObj const &source);
-    cObj &operator+=(cObj const &source);
-    cObj &operator<<(objref const &item);
+    // --- operators: one named operation each, whose result is dropped. RUN FOREIGN CODE
+
+    // A subclass that declares none of its own inherits assignment as assign() followed by
+    // memberwise copying; declare it to be sure.
+    cObj &operator=(cObj const &source);  // assign
+    cObj &operator+=(cObj const &source); // add
+    cObj &operator<<(objref const &item); // append
     bool operator==(cObj const &other) const { return equal(other); }
     bool operator!=(cObj const &other) const { return !equal(other); }
     bool operator<(cObj const &other) const { return less(other); }
+    // getattr. A null text is cat::bad().
     objref operator/(objref const &key);
     objref operator/(std::string const &key);
     objref operator/(char const *key);
     objref operator/(int key);
     objref operator/(double) = delete;
     objref operator/(bool) = delete;
-    cAttr operator[](objref const &key); // handles: containers/cattr.h
+    // Handles (qrv/containers/cattr.h), which share this object and hold the key; nothing is read
+    // yet. A null text makes a handle that reads bad.
+    cAttr operator[](objref const &key);
     cAttr operator[](std::string const &key);
-    cAttr operator[](char const *key); // a null text makes a handle that reads bad
+    cAttr operator[](char const *key);
     cAttr operator[](int key);
     // std::out_of_range for what an int can't hold.
     template <cOtherIndex T> cAttr operator[](T key);
@@ -107,37 +149,60 @@ class QRV_API cObj : public cObjBase {
     cAttr operator[](double) = delete;
     cAttr operator[](bool) = delete;
 
-    // Generic operations; all RUN FOREIGN CODE.
-    void create();
+    // --- generic operations: the method of the type; all RUN FOREIGN CODE
+
+    // assign, add, setattr, getattr, write and iterobj look for an own method first. Arguments are
+    // held for the length of the call. The rest is up to the type's method.
+    void create(); // what the type does with a fresh object; nothing for a void one
     static void create(cObj *obj);
+    // A new object that refers to the value of this one; bad where the type has no such method.
     [[nodiscard]] objref newref();
-    bool assign(cObj const &source); // false if this is void; true, unchanged, if source is void
+    // False if this is void, or const (of_const) and not forgiven. True, with nothing changed, if
+    // source is null or void. Else what the method returns.
+    bool assign(cObj const &source);
     bool assign(objref const &source);
-    bool add(cObj const &source);
+    bool add(cObj const &source); // the same for "add"
     bool add(objref const &source);
-    bool setattr(objref const &key, objref const &value);
+    bool setattr(objref const &key, objref const &value); // false for a void object
+    // badfind for a void object and for what isn't there; a type's method may return null.
     [[nodiscard]] objref getattr(objref const &key);
     [[nodiscard]] objref getattr(objref const &key) const;
+    // The value without the type's name. The stream is lent for the call: what a method keeps of
+    // its holder has no stream afterwards.
     bool write(std::ostream &os) const;
     bool read(std::istream &is);
-    bool equal(cObj const &other) const; // objects of different types are unequal
-    bool equal(objref const &other) const;
-    bool less(cObj const &other) const; // objects of different types go by their types' names
-    [[nodiscard]] objref iterobj();
+    bool equal(cObj const &other) const;   // objects of different types are unequal
+    bool equal(objref const &other) const; // false for null
+    // Objects of different types are ordered by their types' names. True, after the error, where
+    // the type has no `less`.
+    bool less(cObj const &other) const;
+    [[nodiscard]] objref iterobj(); // an iterator, adopted; bad where the type has none
 
-    // The object inside a larger text: "#name" of a constant, or name(...) around write().
+    // --- the object inside a larger text. RUN FOREIGN CODE
+
+    // "#name" of a constant, or name(...) around write(), without name for types with tf_bare.
+    // False if write() failed; if cat::ExactText refused; and, with the stream's failbit set, where
+    // nesting has used up the stack.
     bool writeobj(std::ostream &os) const;
-    bool is_writable() const;
-    // Writes "#" and the key when this very object is a value of cat::constmap().
+    bool is_writable() const; // has the type a `write` of its own, or is this a named constant?
+    // Writes "#" and the key when this very object is a value of cat::constmap(), else nothing and
+    // false. Linear in the constants.
     bool write_constname(std::ostream &os) const;
 
-    // Takes the value of source by the type's converter; false if there is none. No error text.
+    // --- conversion and copying. RUN FOREIGN CODE
+
+    // Takes the value of source by the type's converter. False, without an error, if source is null
+    // or without a type, if there is no converter, or if it failed.
     bool convert(objref const &source);
     // A new object of the same type, as deep as the type's assign; bad on failure. Exceptions
-    // become bad, or go on with rethrow.
+    // become bad, or continue with rethrow. Own members are not copied.
     [[nodiscard]] objref clone(bool rethrow = false) const;
 
-    // Calls by name: own members, type members, global members.   code 0x44000000
+    // --- calls by name: own members, type members, global members. RUN FOREIGN CODE
+
+    // What a function returns; for a procedure nil if it succeeded, else bad. Bad for a null `obj`
+    // and, after the error, where there is no such executable. A wrong number of arguments that a
+    // handler forgives is nil.
     objref call(std::string const &name);
     objref call(std::string const &name, objref const &a);
     objref call(std::string const &name, objref const &a, objref const &b);
@@ -145,59 +210,100 @@ class QRV_API cObj : public cObjBase {
     static objref call(cObj *obj, std::string const &name, objref const &a);
     static objref call(cObj *obj, std::string const &name, objref const &a, objref const &b);
 
-    // Members: cobj_member.cpp.
-    bool append(objref const &item);
-    // Appends the pieces between the delimiters as strings; none behind a last delimiter.
+    // --- items. RUN FOREIGN CODE
+
+    bool append(objref const &item); // calls "append"; false for a null or bad item
+    // Appends the pieces between the delimiters as strings, empty ones too; none after a last
+    // delimiter. Failures are ignored.
     void append_dissection(std::string const &text, char delimiter);
+    // getattr; with force a badfind becomes a new map, stored under the key. Bad if the map can't
+    // be stored.
     [[nodiscard]] objref getattr_force(objref const &key, bool force);
-    // Assigns into a good present value, else stores value itself (not a clone, even with
-    // clone_new: the clone is made and dropped).
+    // Assigns into a good present value; a stored nil is one, which refuses: false. Else stores
+    // value itself (not a clone, even with clone_new: the clone is made and dropped), or returns
+    // false for a null or bad value and a void object.
     bool copyitem(objref const &key, objref const &value, bool clone_new);
-    // True when other stands anywhere below this object, by identity. Ends on cycles.
+    // True when other stands anywhere below this object, by identity. Ends on cycles. Linear in the
+    // values below; each container is visited once.
     bool is_owner_of(cObj const &other);
+
+    // --- own members: a private map that exists only when there is something in it
+
     cAttrHash &ommap() { return *ommap_; } // has_ommap() must hold
     cAttrHash const &ommap() const { return *ommap_; }
     bool has_ommap() const noexcept { return ommap_.get() != nullptr; }
-    cAttrHash *ommap_ptr() const noexcept { return ommap_.get(); }
-    hashref const &ommap_ref() const noexcept { return ommap_; }
-    void ommap(hashref const &hash); // shares; becomes its father if it has none
+    cAttrHash *ommap_ptr() const noexcept { return ommap_.get(); } // borrowed; null without members
+    hashref const &ommap_ref() const noexcept { return ommap_; }   // the same, to be shared
+    // Replace the whole map, and fire the `changed` of the new one. RUN FOREIGN CODE: what the old
+    // map held is released. Executables in the new map are own methods only if set_omember has
+    // stored one before (of_exe_member).
+    void ommap(hashref const &hash); // shares, null removes; becomes its father if it has none
     void ommap(cMapObj const &map);  // shares the map's hash; the hash keeps its father
-    bool set_omember(objref const &key, objref value); // null or badfind removes
+    // Clones the key, shares the value; a kill value removes. False for a void key and for
+    // cat::bad(). An executable gets the key as its name and must be a cExeMember, or of a type
+    // with tf_free_exe, and fit a standard method of that name: else it isn't stored (0x44000000,
+    // 0x50000000). Fires `changed`, also when nothing changed. RUNS FOREIGN CODE
+    bool set_omember(objref const &key, objref value);
     bool set_omember(std::string const &key, objref value);
-    [[nodiscard]] objref omember(objref const &key) const;
+    [[nodiscard]] objref omember(objref const &key) const; // badfind if absent
     [[nodiscard]] objref omember(std::string const &key) const;
+    // The member, if it is of exactly that type; else a new object of the type, or the example
+    // itself (shared), stored over it. Bad for "niltype", for a bad example, and where storing
+    // failed. RUN FOREIGN CODE
     objref force_omember(objref const &key, cTypeObj const &type);
     objref force_omember(std::string const &key, cTypeObj const &type);
     objref force_omember(objref const &key, objref const &example);
     objref force_omember(std::string const &key, objref const &example);
-    [[nodiscard]] objref gmember(objref const &key) const;
+
+    // --- members of any kind: own, then the type's, then global ones
+
+    [[nodiscard]] objref gmember(objref const &key) const; // the first good one; else badfind
     [[nodiscard]] objref gmember(std::string const &key) const;
-    // The stored reference itself, made as nil among the own members if the key is nowhere. For a
-    // key that can't be stored or is not found again: a scratch reference, emptied at each such
-    // call.
+    // The stored reference itself, made as nil among the own members if the key is nowhere; valid
+    // while its node lives. What is written to one of the type or of the global members changes for
+    // everybody, without a check and without `changed`. For a key that can't be stored or is not
+    // found again: a scratch reference, emptied at each such call.
     objref &gmember_(objref const &key);
     objref &gmember_(std::string const &key);
-    bool get_comment(std::string &text) const;
-    bool set_comment(std::string const &text, bool replace);
 
-    // The entry of an own method; exe is null when the entry is no executable.
+    // The own member "//". RUN FOREIGN CODE
+    // False, with the text as it was, if the member is void or doesn't convert to a string.
+    bool get_comment(std::string &text) const;
+    bool set_comment(std::string const &text, bool replace); // false if there is one already
+
+    // True if dispatch looks into the own members (of_exe_member) and the method's name is there;
+    // `exe`, borrowed, is then the entry, or null when the entry isn't an executable.
     bool own_method(method_id id, cExeObj *&exe) const;
 
-    // Cursors, slices, copying: containers/.
-    cIterObj begin();
-    cIterObj end();
+    // --- cursors, slices, copying. RUN FOREIGN CODE
+
+    cIterObj begin(); // over iterobj(); an invalid cursor where there is none
+    cIterObj end();   // the position after the last; asks for the iterator anew
     cIterObj begin() const;
     cIterObj end() const;
+    // A new vector that shares the values at the positions from start up to start + count; what is
+    // before 0 is left out. With a type only values of exactly that type, the others count as
+    // positions. Never null, empty if there is nothing to iterate.
     [[nodiscard]] objref getslice(int start, int count, cTypeObj *type);
-    // Copies source onto this container by three letters: see cobj_attrcopy.cpp.
+    // Copies source onto this container by three letters, one for each class of key: only here, in
+    // both, only in source. The first lines of cobj_attrcopy.cpp list the letters; null is "".
+    // Parts that hold themselves are copied once. False if source can't be iterated, if a step
+    // failed, or where nesting has used up the stack (0x40000001).
     bool attrcopy(cObj const &source, char const *commands);
 
-    // Who wants to know of changes: the signal is the own member "changed", made when asked for.
-    void changed() const;            // fires it, if it is there. RUNS FOREIGN CODE
-    cSignal *changed_signal() const; // borrowed from the member; null if there is none
-    cSignal &force_changed_signal(); // puts a signal in the place of any other member
+    // --- who wants to know of changes: the signal is the own member "changed"
 
-    // Paths and reading: text/.
+    void
+    changed() const; // fires it, if it is there; the object may be gone then. RUNS FOREIGN CODE
+    cSignal *changed_signal() const; // borrowed from the member; null if there is none
+    // Puts a signal in the place of any other member. Where it can't be stored: a scratch signal,
+    // disconnected at each such call. RUNS FOREIGN CODE
+    cSignal &force_changed_signal();
+
+    // --- paths and reading. RUN FOREIGN CODE
+
+    // The value at keys between slashes, a/b/0. badfind where a key isn't found, null where the
+    // last step returns it. A path that is wrong as text is bad, and a line reports it.
     [[nodiscard]] objref getattrp(std::string const &path);
     // One write of a shared value. The path may end in an operator:
     //   = or none  assigns to a good present value, else stores   +=  adds to what stands there
@@ -212,11 +318,14 @@ class QRV_API cObj : public cObjBase {
     template <class T> // a value without force would be taken as force
     requires(std::is_convertible_v<T, cObj const *>) bool setattrp(std::string const &path,
                                                                    T const &value) = delete;
+    // Reads one value as cAttrScan::scan_obj does: 0, and `result` is the value; -1 at a closing
+    // bracket or the end; else a positive error code, reported, with `result` as it was. A null
+    // `delim` isn't set; a null text is empty.
     static int readobj(std::istream &is, objref &result, int *delim = nullptr);
     static int readobj(char const *text, objref &result, int *delim = nullptr);
 
   protected:
-    explicit cObj(cTypeObj *type) noexcept; // borrows the type
+    explicit cObj(cTypeObj *type) noexcept; // borrows the type; null as for cObj(false)
 
   private:
     cObj(cObj const &) = delete;
