@@ -1,6 +1,7 @@
 // File names: the split that all stand on, and names with numbers.
 //
-// The functions that print are in diagnostics/cfilesearch.cpp: this layer has no stream for messages.
+// The functions that print are in diagnostics/cfilesearch.cpp: this layer has no stream for
+// messages.
 
 #include "qrv/base/cfilename.h"
 

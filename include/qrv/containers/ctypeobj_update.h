@@ -1,5 +1,5 @@
 #pragma once
-// Types that are declared again.
+// Types that are declared again. One thread at a time.
 
 #include "qrv/core/ctypeobj.h"
 
