@@ -1,6 +1,7 @@
 // Trees: reading, writing, finding, appending, cloning and destroying, at three sizes, beside the
 // same work done by nlohmann::json on the same data. The data is a flat map of n entries with keys
 // "key0" and so on and numbers as values; appending is to a vector.
+#include "bench/measured.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
@@ -60,33 +61,31 @@ void count_items(benchmark::State &state) {
 
 void read_qrv(benchmark::State &state) {
     std::string const text = attr_text(size_of(state));
-    for (auto _ : state) {
+    for (auto _ : cMeasured(state)) {
         std::istringstream is(text);
         objref map;
         if (cObj::readobj(is, map) != 0) stop("the text does not read");
-        state.PauseTiming(); // destroying has a line of its own
+        cUnmeasured const rest(state); // destroying has a line of its own
         map = nullptr;
-        state.ResumeTiming();
     }
     count_items(state);
 }
 
 void read_json(benchmark::State &state) {
     std::string const text = json_map(size_of(state)).dump(2);
-    for (auto _ : state) {
+    for (auto _ : cMeasured(state)) {
         std::istringstream is(text);
         json map = json::parse(is);
         benchmark::DoNotOptimize(map);
-        state.PauseTiming();
+        cUnmeasured const rest(state);
         map = nullptr;
-        state.ResumeTiming();
     }
     count_items(state);
 }
 
 void write_qrv(benchmark::State &state) {
     objref const map = attr_map(size_of(state));
-    for (auto _ : state) {
+    for (auto _ : cMeasured(state)) {
         std::ostringstream os;
         map->writeobj(os);
         benchmark::DoNotOptimize(os.tellp());
@@ -96,7 +95,7 @@ void write_qrv(benchmark::State &state) {
 
 void write_json(benchmark::State &state) {
     json const map = json_map(size_of(state));
-    for (auto _ : state) {
+    for (auto _ : cMeasured(state)) {
         std::ostringstream os;
         os << map.dump(2);
         benchmark::DoNotOptimize(os.tellp());
@@ -108,7 +107,7 @@ void find_qrv(benchmark::State &state) {
     objref const map = attr_map(size_of(state));
     cAttrHash &hash = static_cast<cMapObj &>(*map).datamap();
     auto const keys = keys_to_find(size_of(state));
-    for (auto _ : state)
+    for (auto _ : cMeasured(state))
         for (auto const &key : keys) benchmark::DoNotOptimize(hash.find(key));
     count_items(state);
 }
@@ -116,30 +115,28 @@ void find_qrv(benchmark::State &state) {
 void find_json(benchmark::State &state) {
     json const map = json_map(size_of(state));
     auto const keys = keys_to_find(size_of(state));
-    for (auto _ : state)
+    for (auto _ : cMeasured(state))
         for (auto const &key : keys) benchmark::DoNotOptimize(map.find(key));
     count_items(state);
 }
 
 void append_qrv(benchmark::State &state) {
-    for (auto _ : state) {
+    for (auto _ : cMeasured(state)) {
         objref vector = make<cVectorObj>();
         for (int i = 0; i < size_of(state); ++i) vector->append(cat::of(i));
-        state.PauseTiming();
+        cUnmeasured const rest(state);
         vector = nullptr;
-        state.ResumeTiming();
     }
     count_items(state);
 }
 
 void append_json(benchmark::State &state) {
-    for (auto _ : state) {
+    for (auto _ : cMeasured(state)) {
         json vector = json::array();
         for (int i = 0; i < size_of(state); ++i) vector.push_back(i);
         benchmark::DoNotOptimize(vector);
-        state.PauseTiming();
+        cUnmeasured const rest(state);
         vector = nullptr;
-        state.ResumeTiming();
     }
     count_items(state);
 }
@@ -147,42 +144,44 @@ void append_json(benchmark::State &state) {
 // Values are shared by a clone of ours and copied by the other.
 void clone_qrv(benchmark::State &state) {
     objref const map = attr_map(size_of(state));
-    for (auto _ : state) {
+    for (auto _ : cMeasured(state)) {
         objref copy = map->clone();
-        state.PauseTiming();
+        cUnmeasured const rest(state);
         copy = nullptr;
-        state.ResumeTiming();
     }
     count_items(state);
 }
 
 void clone_json(benchmark::State &state) {
     json const map = json_map(size_of(state));
-    for (auto _ : state) {
+    for (auto _ : cMeasured(state)) {
         json copy = map;
         benchmark::DoNotOptimize(copy);
-        state.PauseTiming();
+        cUnmeasured const rest(state);
         copy = nullptr;
-        state.ResumeTiming();
     }
     count_items(state);
 }
 
 void destroy_qrv(benchmark::State &state) {
-    for (auto _ : state) {
-        state.PauseTiming();
-        objref map = attr_map(size_of(state));
-        state.ResumeTiming();
+    for (auto _ : cMeasured(state)) {
+        objref map;
+        {
+            cUnmeasured const rest(state);
+            map = attr_map(size_of(state));
+        }
         map = nullptr;
     }
     count_items(state);
 }
 
 void destroy_json(benchmark::State &state) {
-    for (auto _ : state) {
-        state.PauseTiming();
-        json map = json_map(size_of(state));
-        state.ResumeTiming();
+    for (auto _ : cMeasured(state)) {
+        json map;
+        {
+            cUnmeasured const rest(state);
+            map = json_map(size_of(state));
+        }
         map = nullptr;
     }
     count_items(state);
@@ -190,6 +189,7 @@ void destroy_json(benchmark::State &state) {
 
 void sizes(benchmark::internal::Benchmark *each) {
     each->Arg(small)->Arg(middle)->Arg(large)->Unit(benchmark::kMicrosecond);
+    few_rounds_when_counted(each, 1);
 }
 
 BENCHMARK(read_qrv)->Apply(sizes);
