@@ -245,6 +245,36 @@ class Errors(Tree):
         self.breaks("no error was found", "diagnostics/cerr_codes.h", HEADER)
 
 
+class Deliberate(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("tests/core/a_test.cpp", "TEST(A, one) {}\nTEST_F(B, two) {}\n")
+        self.write("tests/process/exit.cpp", "int main() {}\n")
+        self.write("core/a.cpp", "// DELIBERATE: odd.   Pinned: one\nint a;\n")
+        self.passes("check_deliberate.py", self.root)
+
+    def breaks(self, text, content, name="core/b.cpp"):
+        self.write(name, content)
+        self.fails(text, "check_deliberate.py", self.root)
+
+    def test_names_on_the_next_lines(self):
+        self.write("tools/qrv/b.h", "int b; // odd. DELIBERATE: it is. Pinned:\n       // one, two, process/exit\nint c;\n")
+        self.passes("check_deliberate.py", self.root)
+
+    def test_a_mark_that_names_no_test(self):
+        self.breaks("core/b.cpp:2: error: no test is named", "// B.\n// DELIBERATE: odd.\n\n// Pinned: one\n")
+
+    def test_a_mark_whose_successor_names_one(self):
+        self.breaks("core/b.cpp:1: error: no test is named", "// DELIBERATE: odd.\n// DELIBERATE: even. Pinned: one\n")
+
+    def test_a_test_that_does_not_exist(self):
+        self.breaks("core/b.cpp:1: error: no test 'three' in tests/", "// DELIBERATE: odd. Pinned: one,\n// three\n")
+
+    def test_a_public_header_and_a_tool(self):
+        for name in ("include/qrv/core/b.h", "tools/watchdog/b.cpp"):
+            self.breaks(f"{name}:1: error: no test 'three'", "// DELIBERATE: odd. Pinned: three\n", name)
+
+
 class Headers(Tree):
     def test_a_header_that_needs_another(self):
         self.write("include/qrv/a.h", HEADER + "#include <string>\ninline std::string a() { return {}; }\n")

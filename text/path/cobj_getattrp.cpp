@@ -2,6 +2,7 @@
 //
 // DELIBERATE: any token stands as a separator between two keys.   Pinned: any_token_separates_keys
 // DELIBERATE: what is wrong with a path is a line, not an error with a code.
+//   Pinned: a_wrong_path_is_a_line_and_no_error_with_a_code
 
 #include "diagnostics/cerrline.h"
 #include "qrv/core/ctypes.h"

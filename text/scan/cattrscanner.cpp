@@ -142,6 +142,7 @@ void cAttrLexer::set_outer_place() {
 // Takes the match into the token's text, if that is wanted, and moves the counters over it. Returns
 // its first character.
 // DELIBERATE: the position counts every character but the newline.
+//   Pinned: scanner_position_skips_newlines
 char cAttrLexer::append(bool keep_text) {
     std::string_view const text = matched();
     if (text.empty()) return 0;

@@ -143,6 +143,15 @@ TEST_F(GetPath, gives_a_living_report_its_messages) {
     EXPECT_EQ(messages(), "");
 }
 
+TEST_F(GetPath, a_wrong_path_is_a_line_and_no_error_with_a_code) {
+    cErrorLog errors;
+    EXPECT_EQ(at("a/ /"), "bad");
+    EXPECT_EQ(at("a/{"), "bad");
+    EXPECT_EQ(errors.count(), 0u);
+    EXPECT_EQ(messages(),
+              "ERROR in call of getattrp, path 'a/ /'  Wrong final / \n" + bad_entry("a/{", "{"));
+}
+
 TEST_F(GetPath, writes_path_and_keys_to_its_trace_channel) {
     cSetTracing("catlex");
     EXPECT_EQ(at("a/b"), "5");
