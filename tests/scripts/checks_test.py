@@ -275,6 +275,51 @@ class Deliberate(Tree):
             self.breaks(f"{name}:1: error: no test 'three'", "// DELIBERATE: odd. Pinned: three\n", name)
 
 
+class Paths(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("core/cobj.cpp", "int a;\n")
+        self.write("core/data/x.txt", "x\n")
+        self.write("include/qrv/core/cobj.h", "int a;\n")
+        self.write("README.md", "`cobj.cpp` core/cobj.cpp, qrv/core/cobj.h, core/{cobj,c*}.cpp. (core/data/) core/<name>.cpp\n")
+        self.passes("check_paths.py", self.root)
+
+    def breaks(self, word, name, content, line=1):
+        self.write(name, content)
+        self.fails(f"{name}:{line}: error: '{word}' does not exist in the sources\n", "check_paths.py", self.root)
+
+    def test_each_form_of_a_name_in_a_page(self):
+        for word in ("core/cref.cpp", "qrv/core/cref.h", "core/d*.cpp", "core/{cobj,cref}.cpp", "core/none/"):
+            with self.subTest(word):
+                self.breaks(word, "docs/a.md", f"# A\n\nSee {word} there.\n", 3)
+
+    def test_a_file_in_backquotes(self):
+        self.breaks("cref.h", "core/README.md", "Suspect `cref.h` first.\n")
+        self.breaks("data/none.txt", "core/README.md", "Suspect `data/none.txt` first.\n")
+
+    def test_a_name_beside_the_file_that_has_it(self):
+        self.write("data/y.txt", "y\n")
+        self.write("core/b.cpp", "int b; // as data/x.txt has it\n")
+        self.passes("check_paths.py", self.root)
+        self.breaks("data/x.txt", "util/b.cpp", "int b; // as data/x.txt has it\n")
+
+    def test_comments_of_each_kind_of_file(self):
+        for name, mark in (("core/b.h", "//"), ("scripts/b.py", "#"), ("scripts/b.sh", "#"), ("core/CMakeLists.txt", "#")):
+            with self.subTest(name):
+                self.breaks("core/none.cpp", name, f"x = 1\n{mark} see core/none.cpp\n", 2)
+                (self.root / name).unlink()
+        self.breaks("core/none.cpp", "scripts/b.py", '"""B.\nSee core/none.cpp.\n"""\n', 2)
+
+    def test_a_script_without_a_suffix(self):
+        self.breaks("core/none.cpp", "dev", "#!/bin/bash\n# see core/none.cpp\n", 2)
+
+    def test_what_is_not_a_name_of_ours(self):
+        self.write("docs/a.md", "and/or build/x https://a.org/core/none.cpp /usr/core/none $HOME/core/none\n"
+                                "```sh\ncat core/none.cpp\n```\n")
+        self.write("core/b.cpp", 'char const *b = "core/none.cpp";\n')
+        self.passes("check_paths.py", self.root)
+
+
 class Headers(Tree):
     def test_a_header_that_needs_another(self):
         self.write("include/qrv/a.h", HEADER + "#include <string>\ninline std::string a() { return {}; }\n")
