@@ -111,9 +111,10 @@ TEST(WatchdogOptions, an_empty_command_line_without_its_own_name) {
     EXPECT_EQ(parse(0, nullptr).status, 2);
 }
 
-// The numbers in the paragraph that begins so, each with the words after it up to the next one.
+// The numbers in the paragraph after this beginning, each with the words up to the next one.
 std::map<int, std::string> numbers_of(std::string const &text, std::string const &beginning) {
     size_t const begin = text.find(beginning);
+    if (begin == std::string::npos) return {};
     std::string const paragraph = text.substr(begin, text.find("\n\n", begin) - begin);
     std::regex const number(R"((\d+)([^\d]*))");
     std::map<int, std::string> found;
@@ -122,18 +123,18 @@ std::map<int, std::string> numbers_of(std::string const &text, std::string const
     return found;
 }
 
-TEST(WatchdogOptions, help_and_readme_have_the_exit_codes_of_the_list) {
-    std::ifstream is(test::source_file("tools/watchdog/README.md"));
-    std::string const readme{std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
+TEST(WatchdogOptions, help_and_page_have_the_exit_codes_of_the_list) {
+    std::ifstream is(test::source_file("docs/watchdog.md"));
+    std::string const text{std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
     std::map<int, std::pair<std::string, std::string>> const meanings = {
         {status_signal, {"signal", "signal"}},
         {status_no_life, {"no sign of life", "no sign of life"}},
         {status_failure, {"itself failed", "watch dog failed"}},
         {status_not_executed, {"can't be executed", "can't be executed"}},
-        {status_not_found, {"there is no PROGRAM", "when there is none"}},
+        {status_not_found, {"there is no PROGRAM", "does not exist"}},
         {status_wrong_usage, {"wrong usage", "wrong usage"}}};
     auto const help = numbers_of(parsed({"--help"}).output, "Exit codes:");
-    auto const page = numbers_of(readme, "Exit statuses:");
+    auto const page = numbers_of(text, "| Exit status | Meaning |");
     EXPECT_EQ(help.size(), meanings.size());
     EXPECT_EQ(page.size(), meanings.size());
     for (auto const &[status, words] : meanings) {
