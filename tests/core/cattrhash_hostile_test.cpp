@@ -216,7 +216,8 @@ TEST_F(HashHostile, growth_asks_no_key_for_its_hash) {
     sound();
 }
 
-TEST_F(HashHostile, texts_and_ints_are_compared_without_a_call_and_never_with_foreign_keys_wrongly) {
+TEST_F(HashHostile,
+       texts_and_ints_are_compared_without_a_call_and_never_with_foreign_keys_wrongly) {
     cHostileType const hostile;
     fill({"a", "b"});
     hash.mapitem(cat::of(7), cat::of(3)); // the hash of all hostile keys

@@ -1,6 +1,6 @@
 #pragma once
-// Removes the types that a test has registered, at the end of its life. The library's own types that
-// are made on first use stay: the library would not register them again.
+// Removes the types that a test has registered, at the end of its life. The library's own types
+// that are made on first use stay: the library would not register them again.
 
 #include "containers/csignalobj_types.h"
 #include "qrv/core/ctypes.h"
