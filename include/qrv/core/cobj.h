@@ -6,9 +6,9 @@
 // object's own members (only if the object has of_exe_member), and else makes one indexed call
 // through the method table of the type. So marked operations RUN FOREIGN CODE.
 //
-// Failures are composed on eros(), sent through cat::sig_error() and told by the result: a good
-// result of kind objref is none of null, cat::bad(), cat::badfind(). Exceptions are only what a
-// handler of that signal makes of an error. A null object reaches the state tests and call() by
+// Failures are composed on eros(), sent through cat::sig_error() and returned: a good objref is
+// neither null nor cat::bad() nor cat::badfind(). Exceptions come only from the handlers of that
+// signal. A null object reaches the state tests and call() by
 // their static forms, to which a cRef converts.
 
 #include "qrv/core/cindex.h"
@@ -104,9 +104,7 @@ class QRV_API cObj : public cObjBase {
     bool is_map() const noexcept { return is_map(this); }   // of exactly the type "map"
     bool is_set() const noexcept { return is_set(this); }
     bool is_vector() const noexcept { return is_vector(this); }
-    bool is_good() const noexcept {
-        return is_good(this);
-    } // not bad; nil and void objects are good
+    bool is_good() const noexcept { return is_good(this); } // not bad: nil and void are good
     static bool is_void(cObj const *obj) noexcept;
     static bool is_nil(cObj const *obj) noexcept;
     static bool is_bad(cObj const *obj) noexcept;
@@ -223,7 +221,7 @@ class QRV_API cObj : public cObjBase {
     // value itself (not a clone, even with clone_new: the clone is made and dropped), or returns
     // false for a null or bad value and a void object.
     bool copyitem(objref const &key, objref const &value, bool clone_new);
-    // True when other stands anywhere below this object, by identity. Ends on cycles. Linear in the
+    // Is `other`, the very object, anywhere below this one? Ends on cycles. Linear in the
     // values below; each container is visited once.
     bool is_owner_of(cObj const &other);
 
@@ -293,8 +291,8 @@ class QRV_API cObj : public cObjBase {
 
     // --- who wants to know of changes: the signal is the own member "changed"
 
-    void
-    changed() const; // fires it, if it is there; the object may be gone then. RUNS FOREIGN CODE
+    // Fires it, if it is there; the object may be destroyed by then. RUNS FOREIGN CODE
+    void changed() const;
     cSignal *changed_signal() const; // borrowed from the member; null if there is none
     // Puts a signal in the place of any other member. Where it can't be stored: a scratch signal,
     // disconnected at each such call. RUNS FOREIGN CODE
@@ -306,8 +304,8 @@ class QRV_API cObj : public cObjBase {
     // last step returns it. A path that is wrong as text is bad, and a line reports it.
     [[nodiscard]] objref getattrp(std::string const &path);
     // One write of a shared value. The path may end in an operator:
-    //   = or none  assigns to a good present value, else stores   +=  adds to what stands there
-    //   &=         stores; null removes                           <<  appends to what stands there
+    //   = or none  assigns to a good present value, else stores   +=  adds to the present value
+    //   &=         stores; null removes                           <<  appends to the present value
     // With force, missing levels are made as maps (+= of anything but a map and << make none).
     // False if a step failed or there is no key. Errors in the path, code 0x40000001, go to
     // cat::errhandler() or the living cat::ReadReport; those of the operations as ever.
