@@ -3,7 +3,7 @@
 // the message begins with. The caller writes the rest and calls raise_eros().
 
 #include "diagnostics/cerr_codes.h"
-#include "qrv/diagnostics/cerr.h"
+#include "qrv/core/ceros.h"
 
 cErrStream &begin_error(cErrText const &error);
 // About an object: "Attr value, type '...': " first.

@@ -3,8 +3,8 @@
 // library reads them here where null is possible or the test for start-up would cost; everyone
 // else uses the accessors of qrv/core/ctypes.h.
 
+#include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/diagnostics/cerr.h"
 
 // name in the registry, name of the accessor, written name
 #define QRV_CORE_TYPES(X)                                                                          \

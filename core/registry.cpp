@@ -4,6 +4,7 @@
 #include "core/cregistry.h"
 #include "qrv/base/csignal.h"
 #include "qrv/core/cattrhash.h"
+#include "qrv/core/ceros.h"
 
 constinit cCore core{};
 

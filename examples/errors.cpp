@@ -2,9 +2,9 @@
 // error composes it and sends it over a signal; the handler there decides, by masks on the code.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <iostream>
 

@@ -2,9 +2,9 @@
 // Usage: tour FILE
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/text/file/cfile.h"
 #include "qrv/text/write/cwriter.h"
 

@@ -10,8 +10,8 @@
 // The first byte chooses the form, force, the value, and whether errors are thrown.
 #include "fuzz/fuzz_support.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 
 #include <cstddef>
 

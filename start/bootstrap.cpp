@@ -25,6 +25,7 @@
 #include "qrv/base/csignal.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"

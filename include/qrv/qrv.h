@@ -23,6 +23,7 @@
 #include "qrv/containers/ctypeobj_update.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cattrhash.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cindex.h"
 #include "qrv/core/cmodifier.h"

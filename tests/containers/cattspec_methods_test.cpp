@@ -2,10 +2,10 @@
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 

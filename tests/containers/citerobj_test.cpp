@@ -3,6 +3,7 @@
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cvectorobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"

@@ -1,6 +1,7 @@
 // Maps: what setattr, getattr, add and append take, give and refuse.
 
 #include "qrv/containers/cattr.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "tests/containers/map_support.h"

@@ -1,6 +1,7 @@
 #include "qrv/containers/cvectorobj.h"
 
 #include "qrv/containers/cattr.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "tests/containers/trees.h"
 #include "tests/support/fixture.h"

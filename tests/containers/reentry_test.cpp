@@ -3,6 +3,7 @@
 
 #include "containers/ccompare.h"
 #include "qrv/containers/cattr.h"
+#include "qrv/core/ceros.h"
 #include "tests/containers/trees.h"
 #include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"

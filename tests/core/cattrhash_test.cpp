@@ -3,6 +3,7 @@
 
 #include "core/cattrhash_detail.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 

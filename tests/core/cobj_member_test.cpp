@@ -2,6 +2,7 @@
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/cvectorobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"

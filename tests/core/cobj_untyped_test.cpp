@@ -10,6 +10,7 @@
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/csignalobj.h"
 #include "qrv/containers/cvectorobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"

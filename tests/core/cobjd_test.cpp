@@ -2,6 +2,7 @@
 #include "qrv/core/cobjd.h"
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"

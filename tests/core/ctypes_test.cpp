@@ -6,6 +6,7 @@
 #include "qrv/containers/cobjmodifier.h"
 #include "qrv/containers/csignalobj.h"
 #include "qrv/containers/ctypeobj_update.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"

@@ -1,9 +1,9 @@
 // Errors about objects, and objects on trace channels.
 
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "tests/support/fixture.h"
 

@@ -1,6 +1,6 @@
 // Errors: the value, the stream that composes it, the handler, the road between them.
 
-#include "qrv/diagnostics/cerr.h"
+#include "qrv/core/ceros.h"
 
 #include "diagnostics/cerrline.h"
 #include "messages.h"

@@ -2,9 +2,9 @@
 // that waits until nothing of the module is left.
 #include "examples/modules/colour/colour.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cexacttext.h"

@@ -13,10 +13,10 @@
 #include "qrv/containers/csignalobj.h"
 #include "qrv/containers/ctypeobj_update.h"
 #include "qrv/containers/cvectorobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 

@@ -2,9 +2,9 @@
 // file that is the start-up.
 
 #include "process.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/cvers.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "tests/support/paths.h"
 

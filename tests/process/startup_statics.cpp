@@ -2,10 +2,10 @@
 // whole process and go after main without a complaint of a sanitizer.
 
 #include "process.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/diagnostics/ctrace.h"
 
 #include <exception>

@@ -4,9 +4,9 @@
 
 #include "core/ctext_hooks.h"
 #include "process.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/text/write/cwriter.h"
 
 #include <sstream>

@@ -4,9 +4,9 @@
 
 #include "process.h"
 #include "qrv/containers/cattr.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 #include "qrv/util/cundo.h"

@@ -5,6 +5,7 @@
 #include "containers/cregistry_check.h"
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/text/read/cattrscan.h"

@@ -1,6 +1,7 @@
 // The logs of messages and errors. They stand on the public headers only, so programs on the shared
 // library can use them too.
 #include "qrv/containers/cattspec.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
 #include "tests/support/fixture.h"
 

@@ -6,6 +6,7 @@
 // a scan for each container and most see none.
 
 #include "diagnostics/cerr_codes.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
 #include "text/read/creader_session.h"
 #include "text/state/ctext_state.h"

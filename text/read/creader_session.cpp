@@ -4,6 +4,7 @@
 // an exception that passes leaves nothing behind.
 
 #include "diagnostics/cerr_codes.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/state/ctext_state.h"

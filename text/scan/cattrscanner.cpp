@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "qrv/diagnostics/ccout.h"
+#include "qrv/diagnostics/cerr.h"
 
 char const *cat::token_name(int code) {
 #define QRV_TOKEN_NAME(name, number)                                                               \

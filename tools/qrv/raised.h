@@ -2,7 +2,7 @@
 // Errors raised on the common route, cat::sig_error(): while one of these lives, they are neither
 // printed nor thrown, but handed to a function.
 
-#include "qrv/diagnostics/cerr.h"
+#include "qrv/core/ceros.h"
 
 #include <functional>
 

@@ -1,8 +1,8 @@
 #pragma once
 // Errors. A failure is a value first: a code and a text, composed on the process-wide stream eros()
-// and sent as a copy over the signal cat::sig_error(). What comes of it - a line on the message
-// route, an exception, forgiveness - is decided by the handlers that are connected there; the first
-// one is cat::errhandler(). The detecting code looks at the code afterwards.
+// and sent as a copy over the signal cat::sig_error() (qrv/core/ceros.h). The handlers connected to
+// that signal decide what comes of it: a line on the message route, an exception, or forgiveness.
+// The first one is cat::errhandler(). The detecting code looks at the code afterwards.
 // Composing is not reentrant: whatever text a message needs from foreign code (a key's or a value's
 // written form) is made before clear(), since that code may itself compose an error.
 
@@ -111,29 +111,3 @@ class QRV_API cErrHandler : public cSlot1<cErrHandler, cErr &> {
     unsigned int clear_mask_;
     unsigned int silent_mask_;
 };
-
-// The process-wide error stream, as it stands.
-QRV_API cErrStream &eros();
-
-// Begins an error about `object`: clears the stream, sets `code` | 0x40000000 and writes
-// "Attr value, type '", the type's name and "': ". The caller goes on writing.
-QRV_API cErrStream &eros(unsigned int code, cObj const &object);
-
-// Begins the error 0x40020000 of a refused attribute: "Setattr in object type '", the type's name,
-// "', key '", the key in object notation and "': ". May run foreign code (the key's written form)
-// before the stream is touched.
-QRV_API cErrStream &eros_setattr(cObj const &object, objref const &key);
-
-// Sends a copy of what stands on eros() over cat::sig_error(). True when the code was lowered below
-// 0x40000000 on the way, that is, when the operation may go on. Throws what the handlers throw.
-QRV_API bool raise_eros();
-
-namespace cat {
-
-// Slots are reached in order of connection, the handler first; each may change the code.
-QRV_API cSignal1<cErr &> &sig_error();
-
-// The library's own handler; its masks at the start are 0x90000000, 0, 0.
-QRV_API cErrHandler &errhandler();
-
-} // namespace cat

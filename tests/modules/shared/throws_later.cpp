@@ -1,7 +1,7 @@
 // After the set-up, every raised error throws an exception of the library.
 #include "tests/modules/shared/module.h"
 
-#include "qrv/diagnostics/cerr.h"
+#include "qrv/core/ceros.h"
 
 namespace {
 class Thrower {

@@ -3,6 +3,7 @@
 #include "qrv/text/file/cpersistentmap.h"
 
 #include "qrv/containers/cattr.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"

@@ -3,6 +3,7 @@
 
 #include "containers/cmergebudget.h"
 #include "qrv/containers/cvectorobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/text/read/creadreport.h"
 #include "tests/support/fixture.h"

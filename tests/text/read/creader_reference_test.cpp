@@ -1,6 +1,7 @@
 // Back references, and what merging and assigning in place may do with them.
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"

@@ -2,6 +2,7 @@
 // nothing is held and the next text reads as always.
 
 #include "containers/cmergebudget.h"
+#include "qrv/core/ceros.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
 

@@ -1,5 +1,6 @@
 // Types of the program in a text: what can't be made or read, exceptions, declarations.
 
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "tests/support/fixture.h"

@@ -1,5 +1,6 @@
 // Reports: every error once, with its place in the outer text, nothing printed or thrown.
 
+#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/text/write/cwriter.h"

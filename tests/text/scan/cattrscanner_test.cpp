@@ -5,7 +5,7 @@
 #include "tests/support/fixture.h"
 #include "tests/text/scan_support.h"
 
-#include "qrv/diagnostics/cerr.h"
+#include "qrv/core/ceros.h"
 #include "qrv/diagnostics/ctrace.h"
 
 #include <gtest/gtest.h>

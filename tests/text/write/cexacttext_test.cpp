@@ -3,6 +3,7 @@
 #include "tests/text/random_tree.h"
 #include "tests/text/write_support.h"
 
+#include "qrv/core/ceros.h"
 #include "qrv/text/write/cexacttext.h"
 #include "text/state/ctext_state.h"
 #include "text/write/cscalar_text.h"

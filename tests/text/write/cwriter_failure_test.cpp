@@ -2,6 +2,7 @@
 #include "tests/text/hostile_locale.h"
 #include "tests/text/write_support.h"
 
+#include "qrv/core/ceros.h"
 #include "qrv/text/write/cexacttext.h"
 #include "text/state/ctext_state.h"
 

@@ -12,8 +12,8 @@
 // `read`, hooks of key types) and may load types. Path, back references and gathered comments are
 // process-wide.
 
+#include "qrv/core/ceros.h"
 #include "qrv/core/cobj.h"
-#include "qrv/diagnostics/cerr.h"
 #include "qrv/text/scan/cattrscanner.h"
 
 #include <memory>

@@ -13,6 +13,7 @@
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
+#include "qrv/diagnostics/cerr.h"
 #include "qrv/qrvdefs.h"
 
 // Every token code with its number, once. Codes 1 to 255 are single characters; a byte from 128 on
