@@ -210,6 +210,7 @@ TEST_F(Life, a_chain_of_objects_hands_the_change_on) {
 // --- outside of an emission
 
 TEST(SignalObjOrder, slot_and_signal_go_in_either_order) {
+    calls.clear();
     objref const target = cat::of("t");
     for (bool slot_first : {false, true}) {
         auto signal = make<cSignalObj>();
