@@ -67,6 +67,8 @@ def main():
         rows = rows_of(program, arguments.benchmark_filter)
         if not rows:
             raise RuntimeError(f"no row of the library matches {arguments.benchmark_filter}")
+        if arguments.against and not set(rows) & set(before):
+            raise RuntimeError(f"{arguments.against} has none of these rows")
         counts, worse = {}, []
         print(f"{'row':24}{'instructions':>16}{'per entry':>14}{'change':>12}" if before else
               f"{'row':24}{'instructions':>16}{'per entry':>14}")

@@ -3,6 +3,8 @@
 
 A word is looked up when it is
   - a path that begins with a folder at the top of the sources or with qrv/: core/cobj.cpp, text/scan/;
+  - any other path that ends like a source or a page, so that one in a removed folder is found;
+  - on pages a folder in backquotes: `scan/`. It may lie anywhere;
   - the name of a file in backquotes: `cobj.cpp`, `read/cattrscan.h`. It may lie anywhere.
 A path may begin at the top or beside the file that names it. *, {a,b} and <name> stand for several;
 core/cobj stands for core/cobj.cpp too. Text in fences and strings of code is left out.
@@ -16,6 +18,8 @@ import sys
 
 COMMENT = {".h": "//", ".cpp": "//", ".py": "#", ".sh": "#", ".txt": "#", ".cmake": "#", "": "#"}
 PATH = re.compile(r"(?<![\w/.:$~\\<>@=-])((?:\.\./)*[\w.*-]+/[\w.*<>{},/-]*)")
+SOURCE = re.compile(r"\.(?:h|cpp|py|sh|md|cmake|edges)$")
+FOLDER = re.compile(r"`([\w.-]+(?:/[\w.-]+)*)/`")
 QUOTED = re.compile(r"`([\w.*<>{},/-]+\.(?:h|cpp|py|sh|md|txt|cmake|json|edges))`")
 
 
@@ -85,14 +89,19 @@ class Names:
                 return False
         return True
 
-    def wrong_in(self, line, folder):
+    def wrong_in(self, line, folder, is_page):
+        for word in FOLDER.findall(line) if is_page else []:
+            if not self.exist(word, True):
+                yield word + "/"
         for word in QUOTED.findall(line):
             word = word.lstrip("./") if word.startswith("../") else word
             if not self.exist(word, True):
                 yield word
         for word in PATH.findall(QUOTED.sub(" ", line)):
             word = re.sub(r"^(\.\./)+", "", word).rstrip(".,-")
-            if word.split("/")[0] in self.tops and not self.exist(word, False) and not self.exist(folder + word, False):
+            if not (word.split("/")[0] in self.tops or SOURCE.search(word)):
+                continue
+            if not self.exist(word, False) and not self.exist(folder + word, False):
                 yield word
 
 
@@ -116,7 +125,7 @@ def main():
         folder = name[: name.rfind("/") + 1]
         for number, line in found:
             wrong += [f"{name}:{number}: error: '{word}' does not exist in the sources"
-                      for word in names.wrong_in(line, folder)]
+                      for word in names.wrong_in(line, folder, suffix == ".md")]
     for line in wrong:
         print(line)
     return 1 if wrong else 0

@@ -68,6 +68,13 @@ class Includes(Tree):
         self.write(name, content)
         self.fails(text, "check_includes.py", self.root)
 
+    def test_an_include_that_cannot_be_judged(self):
+        for line in ('# include /**/ "qrv/core/cobj.h"', '/* */ #include "qrv/core/cobj.h"', "#include HEADER"):
+            self.breaks("base/csignal.cpp:2: write #include", "base/csignal.cpp", f"// S.\n{line}\n")
+
+    def test_a_file_that_is_neither_header_nor_source(self):
+        self.breaks("base/csignal.inc: is neither .h nor .cpp", "base/csignal.inc", '#include "qrv/core/cobj.h"\n')
+
     def test_a_core_source_that_includes_text(self):
         self.breaks("core/cobj.cpp:2: \"qrv/text/write/cwriter.h\" lies higher", "core/cobj.cpp", '// C.\n#include "qrv/text/write/cwriter.h"\n')
 
@@ -296,6 +303,10 @@ class Paths(Tree):
     def test_a_file_in_backquotes(self):
         self.breaks("cref.h", "core/README.md", "Suspect `cref.h` first.\n")
         self.breaks("data/none.txt", "core/README.md", "Suspect `data/none.txt` first.\n")
+
+    def test_a_folder_that_was_removed(self):
+        self.breaks("former/cobj.cpp", "util/b.cpp", "int b; // see former/cobj.cpp\n")
+        self.breaks("former/", "docs/a.md", "| `former/` | objects |\n")
 
     def test_a_name_beside_the_file_that_has_it(self):
         self.write("data/y.txt", "y\n")
