@@ -1,5 +1,5 @@
 #pragma once
-// Types that are declared again. One thread at a time.
+// Types that are declared again.
 
 #include "qrv/core/ctypeobj.h"
 

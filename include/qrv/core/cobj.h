@@ -67,6 +67,10 @@ enum method_id : int { QRV_METHODS(QRV_METHOD_ID) mid_count };
 //       every generic operation; forgiven: true or cat::nil()
 //   0x48000000 "Attr value, type '...': Missing method 'less' in this type"
 //       less
+//   0x50000000 "Standard method '...'  has bad prototype in object type: ..."
+//       set_omember
+//   0x40000001 "Nesting is too deep in object type: ..."
+//       equal, attrcopy; writeobj and readobj have texts of their own (docs/errors.md)
 class QRV_API cObj : public cObjBase {
   public:
     // With true the type is "niltype", and the object core is started; with false it is null until
@@ -192,8 +196,8 @@ class QRV_API cObj : public cObjBase {
     // Takes the value of source by the type's converter. False, without an error, if source is null
     // or without a type, if there is no converter, or if it failed.
     bool convert(objref const &source);
-    // A new object of the same type, as deep as the type's assign; bad on failure. Exceptions
-    // become bad, or continue with rethrow. Own members are not copied.
+    // A new object of the same type (of "string" for cat::nil()), as deep as the type's assign; bad
+    // on failure. Exceptions become bad, or continue with rethrow. Own members are not copied.
     [[nodiscard]] objref clone(bool rethrow = false) const;
 
     // --- calls by name: own members, type members, global members. RUN FOREIGN CODE
@@ -221,8 +225,8 @@ class QRV_API cObj : public cObjBase {
     // value itself (not a clone, even with clone_new: the clone is made and dropped), or returns
     // false for a null or bad value and a void object.
     bool copyitem(objref const &key, objref const &value, bool clone_new);
-    // Is `other`, the very object, anywhere below this one? Ends on cycles. Linear in the
-    // values below; each container is visited once.
+    // Is `other`, the very object, anywhere below this one? Own members don't count. Ends on
+    // cycles. Linear in the values below; each container is visited once.
     bool is_owner_of(cObj const &other);
 
     // --- own members: a private map that exists only when there is something in it
@@ -240,14 +244,15 @@ class QRV_API cObj : public cObjBase {
     // Clones the key, shares the value; a kill value removes. False for a void key and for
     // cat::bad(). An executable gets the key as its name and must be a cExeMember, or of a type
     // with tf_free_exe, and fit a standard method of that name: else it isn't stored (0x44000000,
-    // 0x50000000). Fires `changed`, also when nothing changed. RUNS FOREIGN CODE
+    // 0x50000000), and the result is true if a handler forgives that. Fires `changed`, also when
+    // nothing changed. RUNS FOREIGN CODE
     bool set_omember(objref const &key, objref value);
     bool set_omember(std::string const &key, objref value);
     [[nodiscard]] objref omember(objref const &key) const; // badfind if absent
     [[nodiscard]] objref omember(std::string const &key) const;
     // The member, if it is of exactly that type; else a new object of the type, or the example
-    // itself (shared), stored over it. Bad for "niltype", for a bad example, and where storing
-    // failed. RUN FOREIGN CODE
+    // itself (shared), stored over it. Bad or badfind for "niltype", for a bad example, and where
+    // storing failed. RUN FOREIGN CODE
     objref force_omember(objref const &key, cTypeObj const &type);
     objref force_omember(std::string const &key, cTypeObj const &type);
     objref force_omember(objref const &key, objref const &example);
@@ -286,7 +291,7 @@ class QRV_API cObj : public cObjBase {
     // Copies source onto this container by three letters, one for each class of key: only here, in
     // both, only in source. The first lines of cobj_attrcopy.cpp list the letters; null is "".
     // Parts that hold themselves are copied once. False if source can't be iterated, if a step
-    // failed, or where nesting has used up the stack (0x40000001).
+    // other than an append failed, or where nesting has used up the stack (0x40000001).
     bool attrcopy(cObj const &source, char const *commands);
 
     // --- who wants to know of changes: the signal is the own member "changed"
@@ -316,7 +321,8 @@ class QRV_API cObj : public cObjBase {
     template <class T> // a value without force would be taken as force
     requires(std::is_convertible_v<T, cObj const *>) bool setattrp(std::string const &path,
                                                                    T const &value) = delete;
-    // Reads one value as cAttrScan::scan_obj does: 0, and `result` is the value; -1 at a closing
+    // Reads one value as cAttrScan::scan_obj does: 0, and `result` is the value, without the parts
+    // of a container that were reported as errors; -1 at a closing
     // bracket or the end; else a positive error code, reported, with `result` as it was. A null
     // `delim` isn't set; a null text is empty.
     static int readobj(std::istream &is, objref &result, int *delim = nullptr);

@@ -1,7 +1,7 @@
 #pragma once
 // Names of files for reading: the next of a numbered series, and files near the program's own. What
 // fails is a line on the standard error stream. Null is an empty name. Nothing here throws but for
-// want of memory. One thread at a time: the searches share one result.
+// want of memory. The searches share one result.
 
 #include "qrv/ccomp.h"
 
