@@ -6,8 +6,8 @@ A pair is an object file and a symbol that it uses and that an object file of a 
 object that uses them. The layers are those of check_includes.py.
 scripts/upward_symbols.txt lists the pairs that are wanted, each with its reason; a pair that is
 listed and no longer there is a mistake too, and so are more than 12.
-Usage: check_symbols.py [--list FILE] OBJECT..., the library's object files, whose paths hold the folder
-behind "qrv_objects.dir/". Silent and 0 when all is well, else one line for each mistake and 1.
+Usage: check_symbols.py [--list FILE] OBJECT..., the library's object files, whose paths name the source
+after "qrv_objects.dir/". Silent and 0 when all is well, else one line for each mistake and 1.
 """
 import argparse
 import pathlib
