@@ -107,7 +107,9 @@ class Messages(Repository):
 
     def test_lines_that_git_adds_below_are_not_a_body(self):
         self.stage(31)
-        self.refused("1: error: 31 lines", "A\n\nSigned-off-by: A <a@example.org>\n")
+        for trailer in ("Signed-off-by: A <a@example.org>", "Co-Authored-By: A", "Fixes: 12"):
+            with self.subTest(trailer):
+                self.refused("1: error: 31 lines", f"A\n\n{trailer}\n")
 
     def test_comments_and_what_lies_below_the_scissors_are_ignored(self):
         self.stage(31)
