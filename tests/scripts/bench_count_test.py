@@ -64,6 +64,11 @@ class BenchCount(Tree):
         self.write("saved", '{"find_qrv/10": 1000}')
         self.assertRegex(self.compared(0), r"read_qrv/100 .* new\n")
 
+    def test_a_saved_file_without_these_rows(self):
+        for text in ("{}", '{"other_qrv/1": 5}', "[]"):
+            self.write("saved", text)
+            self.assertIn("saved has none of these rows", self.compared(2))
+
     def test_a_saved_file_that_does_not_exist(self):
         self.assertIn("saved", self.compared(2))
 
