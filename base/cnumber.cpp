@@ -1,8 +1,9 @@
 #include "base/cnumber.h"
 
-// std::from_chars does the conversion. It knows no leading plus, accepts "inf" and "nan", which are
-// no numbers to the token rules, and answers alike for too large and too small numbers; the place
-// of the first digit that isn't zero, relative to the point and the exponent, tells those apart.
+// std::from_chars does the conversion. It refuses a leading plus, accepts "inf" and "nan", which
+// the token rules refuse, and returns the same error for too large and too small numbers. The
+// position of the first digit other than zero, relative to the point and the exponent,
+// distinguishes the two.
 
 #include "base/cchars.h"
 

@@ -66,9 +66,7 @@ bool detach_value(objref const &ref);
 
 // Throws cErr(1): the name of a type is taken.
 [[noreturn]] void throw_duplicate(std::string const &name);
-} // namespace cat
 
 // The method `assign` of strings, which the first types need before there are members.
-namespace cat {
 bool assign_string(cObj &obj, objref &source);
 } // namespace cat

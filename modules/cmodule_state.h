@@ -22,9 +22,10 @@ struct cRestingFile {
     std::unique_ptr<cEntryGroup> left_behind;
 };
 
-// The modules that were made for a file, in the order of their loading: the only lasting references
-// to them. Constant-initialised; it stands in start/startup.cpp, which tells when it goes. At the
-// end of the process it drops them, and the files stay loaded.
+// The modules that were created for a file, in the order of their loading: the only lasting
+// references to them. It is constant-initialised and defined in start/startup.cpp, whose text is
+// the order of destruction. At the end of the process it drops the modules, and the files stay
+// loaded.
 class cModuleList {
   public:
     constexpr cModuleList() noexcept = default;

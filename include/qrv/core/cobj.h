@@ -280,7 +280,7 @@ class QRV_API cObj : public cObjBase {
 
     // --- cursors, slices, copying. RUN FOREIGN CODE
 
-    cIterObj begin(); // over iterobj(); an invalid cursor where there is none
+    cIterObj begin(); // over iterobj(); an invalid cursor if the type has no iterator
     cIterObj end();   // the position after the last; asks for the iterator anew
     cIterObj begin() const;
     cIterObj end() const;
