@@ -20,11 +20,15 @@ cAttrScan::cAttrScan(std::istream *is, bool report) : cAttrScanner(is), report_(
 
 void cAttrScan::start() {
     if (alone()) text_state().forget_comments(); // they belong to what was read before
+    connect_handler();
+}
+
+void cAttrScan::connect_handler() const {
     cReadSession const *const session = cReadSession::current();
     if (session && session->capture())
-        sig().connect(session->capture()->slot());
+        sig_error().connect(session->capture()->slot());
     else
-        sig().connect(cat::errhandler());
+        sig_error().connect(cat::errhandler());
 }
 
 cAttrScan::~cAttrScan() {
@@ -38,18 +42,24 @@ cAttrScan::~cAttrScan() {
 // --- tokens ---
 
 int cAttrScan::gettok(cAttrLiteral &token) {
+    int const code = next();
+    token = this->token(); // at the end its place, also when it was read before
+    if (code != tkEof) return code;
+    token.code = tkEof;
+    token.text.clear();
+    return tkEof;
+}
+
+int cAttrScan::next() {
     while (!eof_seen_) {
-        int const code = gettoken(token);
+        int const code = gettoken();
         if (code != tkComment) {
             if (code > 0) return code;
             eof_seen_ = true;
         } else if (return_com()) {
-            text_state().collect_comment(token.text);
+            text_state().collect_comment(token().text);
         }
     }
-    token = this->token(); // the place of the end, also when it was read before
-    token.code = tkEof;
-    token.text.clear();
     return tkEof;
 }
 
@@ -61,6 +71,7 @@ int cAttrScan::gettok() {
 // --- errors ---
 
 void cAttrScan::begin(ASR asr) {
+    text_state().settle(); // handlers are user code
     if (err_)
         err_->clear();
     else
@@ -102,7 +113,11 @@ void cAttrScan::about(unsigned line, unsigned column) noexcept {
 }
 
 void cAttrScan::unclosed(cAttrLiteral const &bracket) noexcept {
-    about(bracket);
+    unclosed(bracket.outer_line, bracket.outer_column);
+}
+
+void cAttrScan::unclosed(unsigned line, unsigned column) noexcept {
+    about(line, column);
     about_unclosed_ = true;
 }
 
@@ -120,6 +135,7 @@ void cAttrScan::fire(cErr const &error) { fire_from(error, 0); }
 
 // The copy leaves the stream free for errors that arise while slots run.
 void cAttrScan::fire_from(cErr const &error, size_t prefix) {
+    text_state().settle();
     cErr copy(error);
     cat::ReadReport *const report = cat::ReadReport::current();
     if (!report) {
@@ -206,16 +222,25 @@ std::string without_returns(std::string const &text) {
 } // namespace
 
 void cAttrScan::note_object(objref const &value) {
-    if (!return_com()) return;
-    cTextState &state = text_state();
-    if (!state.com_collected().empty() && state.last_noted()) {
-        std::string text = std::exchange(state.com_collected(), {});
-        if (text.back() == '\n') text.pop_back();
-        objref const noted = state.last_noted();
-        noted->set_comment(without_returns(text), false); // RUNS FOREIGN CODE
-    }
     // A constant is the same object in every file and takes none.
     bool const takes = value && !cObj::is_void(value) && !cat::find_const(value);
-    state.last_noted() = takes ? value : objref();
+    note_new(takes ? value : objref());
+}
+
+void cAttrScan::note_new(objref const &value) {
+    if (!return_com()) return;
+    cTextState &state = text_state();
+    if (!state.com_collected().empty()) hand_comment();
+    state.last_noted() = value;
+}
+
+void cAttrScan::hand_comment() {
+    cTextState &state = text_state();
+    if (objref const noted = state.last_noted()) {
+        std::string text = std::exchange(state.com_collected(), {});
+        if (text.back() == '\n') text.pop_back();
+        if (noted->has_ommap()) state.settle();           // a slot may wait for changes
+        noted->set_comment(without_returns(text), false); // RUNS FOREIGN CODE
+    }
     state.com_collected().clear();
 }

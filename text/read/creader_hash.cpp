@@ -1,27 +1,19 @@
-// cAttrHash::read_hash: the entries of one container, from behind its opening bracket to its
-// closing one or the end of input. An entry is scanned in steps: key, value, name of a type,
-// storing, entering in the table of paths. A failed one is reported and reading goes on with the
-// next.
-//
-// Values that stand in the tree already are merged into or assigned to in place. A text can make
-// that cost much more than its length, and can try to store a value inside itself: the session's
-// budget bounds the one and refuses the other.
+#include "text/read/creader_hash.h"
 
-#include "containers/value_index.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/read/creader_errors.h"
-#include "text/read/creader_session.h"
+#include "text/read/creader_value.h"
 #include "text/state/cchannels.h"
-#include "text/state/ctext_state.h"
 
+#include <fstream>
 #include <locale>
 #include <sstream>
+#include <typeinfo>
 
 namespace {
 bool is_closing(int t) { return t == '}' || t == ']' || t == '>' || t == tkEof; }
@@ -37,63 +29,104 @@ std::string written(cObj const &value) {
 
 bool is_mergeable(objref const &value) { return cObj::is_map(value) || cObj::is_set(value); }
 
-class cHashReader {
-  public:
-    cHashReader(cAttrHash &hash, std::istream &is, cTypeObj *type);
-    cHashReader(cHashReader const &) = delete;
-    cHashReader &operator=(cHashReader const &) = delete;
-    ~cHashReader() = default;
+// Does no user code run when a character is read?
+bool is_plain_source(std::istream &is) {
+    std::streambuf const *const buffer = is.rdbuf();
+    if (!buffer || is.tie()) return false;
+    std::type_info const &type = typeid(*buffer);
+    return type == typeid(std::stringbuf) || type == typeid(std::filebuf);
+}
 
-    int read();
+// Can the entries be late? Of a foreign type's container they are entered one by one.
+bool may_be_late(cAttrHash const &hash, cTypeObj const *type, std::istream &is, bool inner) {
+    if (inner && text_state().is_late()) return true;
+    text_state().settle();
+    if (!is_plain_source(is)) return false;
+    bool const of_library = !type || type == &cat::type_map() || type == &cat::type_vector() ||
+                            type == &cat::type_set();
+    return of_library && cLateEntries::are_possible(hash);
+}
+} // namespace
 
-  private:
-    struct cEntry {
-        objref index; // the key that an entry without one gets
-        objref key;
-        objref value;
-        int key_result = 0;
-        int result = 0;
-    };
-    enum class cNext { value, store, stop };
-
-    bool read_entry(); // false at the end of the entries
-    cNext read_key(cEntry &entry);
-    bool read_value(cEntry &entry);
-    void register_type(cEntry &entry);
-    objref store(cEntry const &entry); // the value that the key has afterwards, bad if none
-    objref stored(objref const &key) const;
-    bool insert(objref const &key, objref const &value, objref &held);
-    cAttrNode const *find_in_set(cObj const &value);
-    bool update(cObj &target, cObj const &value, bool merge);
-    void report_too_much();
-    cErrText const *unclosed() const;
-    void report_unclosed(bool counted);
-    void fail(cErrText const &error, std::string const &what = {});
-
-    cWriteLevel const level_; // first: the depth goes down when all else is done
-    cAttrHash &hash_;
-    cTypeObj const *const type_;
-    cAttrScan scan_;
-    cReading const reading_;
-    cAttrLiteral const opened_;               // the opening bracket, or whatever came last
-    std::unique_ptr<cValueIndex> const seen_; // of a set
-    bool const listed_;
-    bool ok_ = true;
-    int index_ = 0;
-    int delim_ = 1;
-    unsigned const first_line_;
-};
-
-cHashReader::cHashReader(cAttrHash &hash, std::istream &is, cTypeObj *type)
-    : hash_(hash), type_(type), scan_(is, false), reading_(scan_), opened_(scan_.token()),
+cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, bool inner)
+    : hash_(hash), type_(type), scan_(scan), session_(*cReadSession::current()),
+      state_(text_state()),
+      late_(hash, may_be_late(hash, type, scan.is(), inner)), opened_{scan.token().outer_line,
+                                                                      scan.token().outer_column},
+      has_bracket_(cat::Brackets(scan.token().code).open != 0),
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
 
 void cHashReader::fail(cErrText const &error, std::string const &what) {
-    cReadSession::cPlace const place = cReadSession::current()->place_now();
+    cReadSession::cPlace const place = session_.place_now();
     begin_error(scan_, error) << what;
     scan_.about(place.line, place.column);
     scan_.fire();
+}
+
+// --- the short way ---
+
+// A literal or a word that is one value. Where that can't be known, or fails, nothing was read.
+cHashReader::cShort cHashReader::read_short(objref &value) {
+    int const code = scan_.next();
+    cReadSession::cPlace const place = {scan_.token().outer_line, scan_.token().outer_column};
+    if (code == tkIdent) {
+        value = cat::of(scan_.token().text);
+        cAttrLiteral const word = scan_.token();
+        int const end = scan_.next();
+        if (!cValueReader::ends_value(end)) {
+            value = nullptr;
+            if (end != tkEof) scan_.ungettoken();
+            scan_.ungettoken(word);
+            return cShort::none;
+        }
+        scan_.note_new(value);
+        delim_ = end;
+    } else if (code >= tkInt && code <= tkString &&
+               cat::read_stdtype(code, scan_.token().text.c_str(), value)) {
+        scan_.note_new(value);
+        delim_ = scan_.next();
+    } else if (closes(code, place)) {
+        return cShort::closed;
+    } else {
+        if (code != tkEof) scan_.ungettoken();
+        return cShort::none;
+    }
+    session_.value_place(place);
+    return cValueReader::ends_value(delim_) ? cShort::done : cShort::unended;
+}
+
+// The closing bracket of the container, in the place of a key or of an item.
+bool cHashReader::closes(int code, cReadSession::cPlace place) {
+    bool const may_close = is_closing(code) && code != tkEof;
+    if (!may_close || !(listed_ || state_.reading_key())) return false;
+    if (!state_.com_collected().empty()) return false;
+    scan_.note_object(nullptr);
+    session_.value_place(place);
+    delim_ = code;
+    return true;
+}
+
+// The rest of a value.
+int cHashReader::read_long(objref &value, cShort done) {
+    if (done == cShort::done) return 0;
+    if (done == cShort::none) return scan_.scan_obj(value, &delim_);
+    int const code = cValueReader::finish_literal(scan_, value, delim_, session_.value_place());
+    if (code != 0) value = cat::bad();
+    return code;
+}
+
+// Puts a value that the library alone has made under a key that is new. False if that isn't so.
+bool cHashReader::put_new(cEntry &entry) {
+    if (seen_ || hash_.has_foreign_keys()) return false;
+    if (listed_) {
+        if (hash_.after_last_index() != index_) return false;
+        entry.key = cat::of(index_);
+    } else if (hash_.find(entry.key)) {
+        return false;
+    }
+    hash_.mapitem(entry.key, entry.value);
+    return true;
 }
 
 // --- one entry ---
@@ -104,7 +137,10 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
     int result = 0;
     {
         cReadingKey const key_now(true);
-        result = scan_.scan_obj(key, &delim_);
+        cShort const done = read_short(key);
+        if (done == cShort::closed) return cNext::stop;
+        if (done != cShort::done) state_.settle();
+        result = read_long(key, done);
     }
     if (result == -1) return cNext::stop;
     if (delim_ == ')') {
@@ -119,7 +155,7 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
             entry.value = key;
             return cNext::store;
         }
-        cAboutValue const about_key(*cReadSession::current());
+        cAboutValue const about_key(session_);
         std::string const text = key->is_container() ? "" : "Key value: " + written(*key);
         fail(err_read_key_type, key->type().name() + "' is not defined" + text);
         result = cAttrScan::asrSyntax;
@@ -134,11 +170,12 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
 }
 
 // False when a list has ended.
-bool cHashReader::read_value(cEntry &entry) {
+bool cHashReader::read_value(cEntry &entry, cShort done) {
     int result = 0;
     {
         cReadingKey const value_now(false);
-        result = scan_.scan_obj(entry.value, &delim_);
+        result = read_long(entry.value, done);
+        entry.fresh = done == cShort::done || scan_.made_container(entry.value);
     }
     if (result == -1) {
         if (listed_) return false;
@@ -159,8 +196,7 @@ void cHashReader::register_type(cEntry &entry) {
         entry.value->is_type() ? dynamic_cast<cTypeObj *>(entry.value.get()) : nullptr;
     if (!type) return;
     type->set_name(cat::as_string(entry.key));
-    cReadSession *const session = cReadSession::current();
-    session->refresh_limit();
+    session_.refresh_limit();
     bool const again = &cat::find_type(type->name()) != &cat::type_nil();
     bool done = false;
     try {
@@ -168,7 +204,7 @@ void cHashReader::register_type(cEntry &entry) {
     } catch (cErr const &error) {
         if (error.code() != err_type_name_taken.code) throw;
     }
-    if (done && again && session->exhausted()) report_too_much();
+    if (done && again && session_.exhausted()) report_too_much();
     if (done) return;
     fail(err_read_type_name);
     entry.result = cAttrScan::asrType;
@@ -176,25 +212,71 @@ void cHashReader::register_type(cEntry &entry) {
 
 bool cHashReader::read_entry() {
     cEntry entry;
-    entry.index = entry.key = cat::of(index_);
-    entry.value = cat::bad();
-    cNext const next = listed_ ? cNext::value : read_key(entry);
-    if (next == cNext::stop) return false;
-    if (next == cNext::store) { // without a key of its own it is in no path
-        cAboutValue const about_key(*cReadSession::current());
-        store(entry);
-    } else {
-        cPathStep const step(entry.key);
-        if (cat::is_on(cat::io_channel)) *cat::io_channel << text_state().path() << std::endl;
-        if (!read_value(entry)) return false;
-        cAboutValue const about_value(*cReadSession::current());
-        bool const keyed = entry.key_result == 0;
-        if (keyed && entry.result == 0) register_type(entry);
-        objref const held = store(entry);
-        if (keyed) text_state().enter_value(entry.result == 0 ? held : cat::bad());
+    if (!listed_) {
+        cNext const next = read_key(entry);
+        if (next == cNext::stop) return false;
+        if (next == cNext::store) { // without a key of its own it is in no path
+            state_.settle();
+            cAboutValue const about_key(session_);
+            bool const by_index = !entry.key;
+            if (by_index) entry.key = cat::of(index_);
+            if (!entry.value) entry.value = cat::bad();
+            store(entry);
+            if (by_index) next_index();
+            return true;
+        }
+        if (state_.is_late() && !cLateEntries::is_key(entry.key)) state_.settle();
     }
-    if (entry.key == entry.index) index_ = static_cast<int>(static_cast<unsigned>(index_) + 1);
+    return read_keyed(entry);
+}
+
+// The value of an entry, and what becomes of it.
+bool cHashReader::read_keyed(cEntry &entry) {
+    bool const by_index = !entry.key;
+    cShort done = cShort::none;
+    if (state_.is_late() && !cat::is_on(cat::io_channel)) {
+        cReadingKey const value_now(false);
+        done = read_short(entry.value);
+        if (done == cShort::closed) return false;
+        if (done == cShort::done && delim_ != '=' && put_new(entry)) {
+            if (by_index) next_index();
+            return true;
+        }
+        if (done == cShort::none && entry.key && hash_.find(entry.key)) state_.settle();
+    }
+    if (by_index && !entry.key) entry.key = cat::of(index_);
+    cPathStep const step(entry.key, cPathStep::on_demand);
+    if (cat::is_on(cat::io_channel)) {
+        state_.settle();
+        *cat::io_channel << state_.path() << std::endl;
+    }
+    if (!entry.value) entry.value = cat::bad();
+    if (!read_value(entry, done)) return false;
+    cAboutValue const about_value(session_);
+    bool const keyed = entry.key_result == 0;
+    if (!is_plain_entry(entry)) state_.settle();
+    if (keyed && entry.result == 0) register_type(entry);
+    objref const held = store(entry);
+    if (state_.is_late())
+        state_.late_stored();
+    else if (keyed)
+        state_.enter_value(entry.result == 0 ? held : cat::bad());
+    if (by_index) next_index();
     return true;
+}
+
+// Can the entry be late: will storing it append a node, and can that node alone tell what is at its
+// path and below?
+bool cHashReader::is_plain_entry(cEntry const &entry) {
+    if (!state_.is_late()) return true;
+    cObj const &value = *entry.value;
+    if (entry.result != 0 || entry.key_result != 0 || value.is_bad() || value.is_exe() ||
+        value.is_type())
+        return false;
+    if (!entry.fresh && (value.is_map() || value.is_vector() || value.is_set())) return false;
+    if (listed_ && hash_.after_last_index() != index_) return false;
+    if (seen_) return cValueIndex::is_plain(value) && !find_in_set(value);
+    return !hash_.find(entry.key);
 }
 
 // --- storing ---
@@ -203,10 +285,9 @@ void cHashReader::report_too_much() { fail(err_read_too_much, shown_path()); }
 
 // Changes a value that stands in the tree. False if it refused by an exception.
 bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
-    cReadSession *const session = cReadSession::current();
     bool const costly = dynamic_cast<cMapObj *>(&target) || target.is_container();
-    session->refresh_limit();
-    if (costly && session->exhausted()) {
+    session_.refresh_limit();
+    if (costly && session_.exhausted()) {
         report_too_much();
         return true;
     }
@@ -220,7 +301,7 @@ bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
             done = false;
         }
     }
-    if (costly && session->exhausted()) report_too_much();
+    if (costly && session_.exhausted()) report_too_much();
     return done;
 }
 
@@ -282,7 +363,7 @@ void cHashReader::report_unclosed(bool counted) {
     cErrStream &err = counted ? scan_.errs(asr_of(*error)) : scan_.errs();
     err.set_code(error->code);
     err << error->text;
-    if (cat::Brackets(opened_.code).open) scan_.unclosed(opened_);
+    if (has_bracket_) scan_.unclosed(opened_.line, opened_.column);
     scan_.fire();
 }
 
@@ -297,8 +378,10 @@ int cHashReader::read() {
     report_unclosed(true);
     return ok_ ? static_cast<int>(scan_.lineno() - first_line_) : 0;
 }
-} // namespace
 
 int cAttrHash::read_hash(std::istream &is, cTypeObj *type) {
-    return cHashReader(*this, is, type).read();
+    cWriteLevel const level; // the depth goes down when all else is done
+    cAttrScan scan(is, false);
+    cReading const reading(scan);
+    return cHashReader(*this, scan, type, false).read();
 }

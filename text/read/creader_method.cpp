@@ -7,11 +7,13 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
+#include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/read/creader_errors.h"
+#include "text/read/creader_hash.h"
 #include "text/read/creader_session.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
@@ -94,10 +96,10 @@ bool cat::read_stdtype(int token, char const *text, objref &result) {
 // --- the containers ---
 
 namespace {
+bool is_one_line(cObj const &obj) { return *cat::wformat(obj) == 's'; }
+
 // Remembers how the text looked, if the object's layout says something else.
-void keep_layout(cObj &obj, std::istream &is, bool one_line) {
-    bool const was_one_line = *cat::wformat(obj) == 's';
-    cAttrScan scan(is, false);
+void keep_layout(cObj &obj, cAttrScan &scan, bool was_one_line, bool one_line) {
     scan.note_object(one_line ? objref::share(&obj) : objref());
     if (one_line != was_one_line)
         obj.set_omember(std::string("wformat"), cat::of(one_line ? "sc" : "wc"));
@@ -110,10 +112,37 @@ bool read_container(cObj &obj, objref const &args, cTypeObj &type) {
     hashref const hash = map->datamap_ref();
     int const lines = hash->read_hash(*is, &type);
     if (lines < 1) return false;
-    keep_layout(obj, *is, lines == 1);
+    bool const was_one_line = is_one_line(obj);
+    cAttrScan scan(*is, false);
+    keep_layout(obj, scan, was_one_line, lines == 1);
     return true;
 }
 } // namespace
+
+// As the library's `read` of this type does, without a stream and a scan for each container.
+bool cAttrScan::read_inner(cMapObj &map, cTypeObj &type) {
+    hashref const hash = map.datamap_ref();
+    int lines = 0;
+    {
+        cWriteLevel const level;
+        cInner const inner(*this);
+        lines = cHashReader(*hash, *this, &type, true).read();
+    }
+    if (lines < 1) return false;
+    bool const was_one_line = is_one_line(map);
+    connect_handler();
+    keep_layout(map, *this, was_one_line, lines == 1);
+    return true;
+}
+
+bool cAttrScan::reads_entries(cTypeObj const &type) {
+    auto const is_read_by = [&type](cProcedure2 method) {
+        return type.method(mid_read) == reinterpret_cast<cVoidFunction>(method);
+    };
+    return is_read_by(&type == &cat::type_map()      ? cTomMap::m_read
+                      : &type == &cat::type_vector() ? cTomVector::m_read
+                                                     : cTomSet::m_read);
+}
 
 bool cTomMap::m_read(cObj &obj, objref &stream) {
     return read_container(obj, stream, cat::type_map());

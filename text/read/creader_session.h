@@ -44,6 +44,7 @@ class cReadSession final : public cat::cMergeBudget {
     void value_place(cAttrLiteral const &token) noexcept {
         value_place_ = {token.outer_line, token.outer_column};
     }
+    void value_place(cPlace place) noexcept { value_place_ = place; }
     // The place of what is reported now, if it isn't the current token's.
     cPlace place_now() const noexcept { return place_now_; }
     void place_now(cPlace place) noexcept { place_now_ = place; }

@@ -7,6 +7,7 @@
 // Limits: values in values and typed values in typed values go so deep and no deeper; what stands
 // below is skipped with one error.
 
+#include "text/read/creader_value.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
@@ -15,6 +16,7 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/text/read/cattrscan.h"
 #include "text/read/creader_errors.h"
+#include "text/read/creader_hash.h"
 #include "text/read/creader_session.h"
 #include "text/state/ctext_state.h"
 
@@ -29,7 +31,6 @@ namespace {
 bool is_separator(int t) { return t == ';' || t == ','; }
 bool is_opening(int t) { return t == '(' || t == '<' || t == '[' || t == '{'; }
 bool is_closing(int t) { return t == '}' || t == ']' || t == '>' || t == tkEof; }
-bool ends_value(int t) { return is_separator(t) || t == '=' || is_closing(t); }
 
 std::string shown_path() { return text_state().shown_path(cat::ReadReport::current() != nullptr); }
 
@@ -79,66 +80,46 @@ int gather(cAttrScan &scan, cat::Brackets const &brackets, std::string *text, cP
 
 // --- one value ---
 
-// The steps of one scan_obj. value and end are the caller's: what they hold when an exception
-// leaves is what is known.
-class cValueReader {
-  public:
-    cValueReader(cAttrScan &scan, objref &value, int &end)
-        : scan_(scan), value_(value), end_(end) {}
-    cValueReader(cValueReader const &) = delete;
-    cValueReader &operator=(cValueReader const &) = delete;
-    ~cValueReader() = default;
-
-    int read();
-    cAttrLiteral const &first() const noexcept { return first_; }
-
-  private:
-    int next_token();
-    int read_constant();
-    int read_reference();
-    int read_literal();
-    int read_word();
-    int read_typed(cAttrLiteral const &bracket);
-    int read_container();
-    int read_text(cAttrLiteral const &bracket, std::string const &name);
-    int skip_typed(cat::Brackets const &brackets, int result);
-    bool instantiate(cTypeObj const &type);
-    bool unmade(cErrText const &error, cTypeObj const &type);
-    bool report_depth(int limit);
-    bool too_deep();
-    bool too_deep_typed();
-    void report(cErrText const &error, std::string const &what);
-    void expect_end(cErrText const &missing);
-
-    cAttrScan &scan_;
-    objref &value_;
-    int &end_;
-    cAttrLiteral first_; // the first token, which errors are about
-};
+int cValueReader::run(int (cValueReader::*steps)()) {
+    scan_.made_ = nullptr;
+    try {
+        cReading const reading(scan_);
+        cNesting const nesting;
+        int const code = (this->*steps)();
+        cReadSession::current()->value_place(first_);
+        return code;
+    } catch (...) {
+        if (cReadSession *const session = cReadSession::current()) session->value_place(first_);
+        scan_.errs(cAttrScan::asrSyntax) << err_read_exception.text;
+        scan_.err_->set_code(err_read_exception.code);
+        scan_.about(first_);
+        scan_.fire();
+        return cAttrScan::asrSyntax;
+    }
+}
 
 int cAttrScan::scan_obj(objref &result, int *delim) {
     objref value;
     int end = delim ? *delim : 0;
-    int code = 0;
     cValueReader reader(*this, value, end);
+    int code;
     try {
-        cReading const reading(*this);
-        cNesting const nesting;
-        code = reader.read();
-        cReadSession::current()->value_place(reader.first());
-    } catch (...) {
+        code = reader.run(&cValueReader::read);
+    } catch (...) { // the handler of a report
         if (delim) *delim = end;
-        if (cReadSession *const session = cReadSession::current())
-            session->value_place(reader.first());
-        errs(asrSyntax) << err_read_exception.text;
-        err_->set_code(err_read_exception.code);
-        about(reader.first());
-        fire();
-        return asrSyntax;
+        throw;
     }
     if (delim) *delim = end;
     if (code == 0) result = std::move(value); // RE-ENTERS
     return code;
+}
+
+int cValueReader::finish_literal(cAttrScan &scan, objref &value, int &end,
+                                 cReadSession::cPlace place) {
+    cValueReader reader(scan, value, end);
+    reader.first_.outer_line = place.line;
+    reader.first_.outer_column = place.column;
+    return reader.run(&cValueReader::read_unended);
 }
 
 void cValueReader::report(cErrText const &error, std::string const &what) {
@@ -191,7 +172,11 @@ int cValueReader::read() {
         scan_.read_to_endcontainer(t);
         return cAttrScan::asrSyntax;
     }
-    return read_container();
+    int const code = t == '{'   ? read_own_container(cat::type_map())
+                     : t == '[' ? read_own_container(cat::type_vector())
+                                : read_own_container(cat::type_set());
+    if (code == 0) scan_.made_ = value_.get();
+    return code;
 }
 
 int cValueReader::read_constant() {
@@ -234,8 +219,17 @@ void cValueReader::expect_end(cErrText const &missing) {
     cAttrLiteral token;
     end_ = scan_.gettok(token);
     if (ends_value(end_)) return;
+    text_state().settle();
     report(missing, written(value_));
     scan_.ungettoken(token);
+}
+
+int cValueReader::read_unended() {
+    cAttrLiteral const token = scan_.token();
+    text_state().settle();
+    report(err_read_no_delimiter, written(value_));
+    scan_.ungettoken(token);
+    return 0;
 }
 
 int cValueReader::read_literal() {
@@ -290,6 +284,7 @@ int cValueReader::read_typed(cAttrLiteral const &bracket) {
     cat::Brackets const brackets(bracket.code);
     std::string const name = first_.text;
     end_ = bracket.code;
+    text_state().settle();
     cTypeObj const &type = cat::find_type(name); // RUNS FOREIGN CODE
     if (&type == &cat::type_nil() && name != type.name()) {
         if (text_state().reading_key())
@@ -325,7 +320,20 @@ bool cValueReader::instantiate(cTypeObj const &type) {
 // The type's `read` consumes the closing bracket. A map or a set has reported its own errors.
 int cValueReader::read_container() {
     objref const held = value_;
-    if (held->read(scan_.is())) return 0; // RUNS FOREIGN CODE
+    text_state().settle();
+    return held->read(scan_.is()) ? 0 : unread_container(); // RUNS FOREIGN CODE
+}
+
+// The same for one that was made by its bracket. While the type's `read` is the library's, the scan
+// reads what is inside by itself.
+int cValueReader::read_own_container(cTypeObj &type) {
+    if (!cAttrScan::reads_entries(type)) return read_container();
+    objref const held = value_;
+    return scan_.read_inner(static_cast<cMapObj &>(*held), type) ? 0 : unread_container();
+}
+
+int cValueReader::unread_container() {
+    objref const held = value_;
     if (&held->type() != &cat::type_vector()) return 0;
     begin_error(scan_, err_read_container) << held->type().name();
     if (scan_.token().code <= tkEof)

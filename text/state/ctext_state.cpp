@@ -152,47 +152,9 @@ std::string shown_path(std::string const &path, bool shorten) {
     return path.substr(0, head).append(gap).append(path, path.size() - tail, tail);
 }
 
-std::string cTextState::shown_path(bool shorten) const { return ::shown_path(path(), shorten); }
-
 void cTextState::cut_step() noexcept {
     path_.resize(steps_.back().length_before);
     steps_.pop_back();
-}
-
-std::string_view cTextState::step_text(size_t i) const noexcept {
-    size_t const begin = steps_[i].length_before + 1;
-    size_t const end = i + 1 < steps_.size() ? steps_[i + 1].length_before : path_.size();
-    return std::string_view(path_).substr(begin, end - begin);
-}
-
-bool cTextState::resolve_steps() {
-    make_steps();
-    size_t i = steps_.size();
-    while (i > 0 && steps_[i - 1].node == cPathTrie::none) --i;
-    for (; i < steps_.size(); ++i) {
-        cStep &step = steps_[i];
-        std::string_view const text = step_text(i);
-        step.node = trie_.descend(i ? steps_[i - 1].node : cPathTrie::root, text);
-        step.other_node = step.node;
-        if (step.forked)
-            step.other_node = trie_.descend(i ? steps_[i - 1].other_node : cPathTrie::root,
-                                            step.has_other ? std::string_view(step.other) : text);
-    }
-    return !steps_.empty();
-}
-
-void cTextState::enter_value(objref const &value) {
-    if (!resolve_steps()) return;
-    cStep const &last = steps_.back();
-    cPathTrie::node_id const node = last.node, other = last.other_node;
-    bool const forked = last.forked, shown_own = last.shown_exact, other_own = last.other_exact;
-    trie_.enter(node, value, shown_own || !forked); // RE-ENTERS: `last` may be gone
-    if (forked) trie_.enter(other, value, other_own);
-}
-
-objref cTextState::value_at(std::string_view path) const {
-    cPathTrie::node_id const node = trie_.find(path);
-    return node == cPathTrie::none ? objref() : trie_.value(node);
 }
 
 bool cTextState::written_path(cObj const *obj, std::string &path) const {
@@ -200,10 +162,6 @@ bool cTextState::written_path(cObj const *obj, std::string &path) const {
     if (found == written_.end() || found->second.obid != obj->obid()) return false;
     path = trie_.path(found->second.node);
     return true;
-}
-
-void cTextState::enter_written(cObj const *obj) {
-    if (resolve_steps()) written_[obj] = {obj->obid(), steps_.back().node};
 }
 
 void cTextState::collect_comment(std::string const &token) {

@@ -10,6 +10,7 @@
 //   - The path of a value is one growing string, cut back by its step. In the tables a path is a
 //     node of a trie of its pieces between slashes, so entering a value costs its key, not its
 //     depth. Two path strings are equal exactly when their nodes are.
+//   - Most entries are never referred to, so the reader enters them late, if at all: cLateEntries.
 //   - A key can have two texts: the plain one and the exact one. A step knows both; a value is
 //     entered under both, and found under either.
 //   - The text of a step on demand is made when somebody asks for the path, and at the latest by
@@ -69,6 +70,8 @@ class cPathTrie {
     std::vector<node_id> slots_; // power of two; none where free
 };
 
+class cLateEntries;
+
 class cTextState {
   public:
     cTextState() = default;
@@ -98,7 +101,13 @@ class cTextState {
     size_t path_keys() const noexcept { return open_.size(); }
 
     // Before user code runs: nothing is left to be made from what that code could change.
-    void settle() { make_steps(); }
+    void settle() {
+        if (late_ || steps_.size() != open_.size()) settle_all();
+    }
+    // Are there entries that were read, but not entered?
+    bool is_late() const noexcept { return late_ != nullptr; }
+    // The late container that was read last is among the entries of the one around it.
+    void late_stored() noexcept { late_read_ = nullptr; }
 
     // Reader: what stands at a path. enter_value() is for the current one.
     void enter_value(objref const &value);
@@ -124,6 +133,7 @@ class cTextState {
     friend class cReadingKey;
     friend class cNesting;
     friend class cTypedNesting;
+    friend class cLateEntries;
 
     // Nodes are looked up when first needed. The other chain takes the other text of each key
     // that has one; it is the same as the first as long as none has.
@@ -159,6 +169,9 @@ class cTextState {
         if (steps_.size() != open_.size()) make_waiting_steps();
     }
     void make_waiting_steps() const;
+    void settle_all();
+    void enter_late();
+    objref find_late(std::string_view path) const;
     void clear_references(); // RUNS FOREIGN CODE
     bool resolve_steps();    // fills the nodes of all steps; false if there are none
     std::string_view step_text(size_t i) const noexcept;
@@ -171,6 +184,9 @@ class cTextState {
     mutable std::vector<cOpenStep> open_;
     mutable std::string path_; // of the made steps, which are the outermost ones
     mutable std::vector<cStep> steps_;
+    cLateEntries *late_ = nullptr; // the innermost; null: all is in the table
+    hashref late_read_;            // one that was read and isn't stored yet, at
+    size_t late_read_steps_ = 0;   // so many steps
     cPathTrie trie_;
     std::unordered_map<cObj const *, cWritten> written_;
     std::string com_collected_;
@@ -209,6 +225,32 @@ class cPathStep {
     ~cPathStep() { text_state().pop_step(); }
     cPathStep(cPathStep const &) = delete;
     cPathStep &operator=(cPathStep const &) = delete;
+};
+
+// A container that is being read, and whose entries are not in the table: as long as they are what
+// was read, in that order and under keys that each have one text, a path is found by a walk. A
+// reader opens one inside the other; settle() enters what all of them have, and from then on each
+// entry is entered when it is read. It is called before anything that isn't a plain entry: before
+// user code runs, before a repeated key, a container by reference, a typed value, an error.
+class cLateEntries {
+  public:
+    // Borrows the hash. If not `wanted` all there is has been entered, and will be.
+    cLateEntries(cAttrHash &hash, bool wanted);
+    ~cLateEntries();
+    cLateEntries(cLateEntries const &) = delete;
+    cLateEntries &operator=(cLateEntries const &) = delete;
+
+    // May the entries of an outermost container be late?
+    static bool are_possible(cAttrHash const &hash);
+    // Is this the key of such an entry?
+    static bool is_key(objref const &key);
+
+  private:
+    friend class cTextState;
+
+    cAttrHash &hash_;
+    cLateEntries *const outer_;
+    size_t const steps_; // of its own path
 };
 
 // True while a key is scanned, false while a value is.

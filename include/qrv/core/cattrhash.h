@@ -176,6 +176,8 @@ class QRV_API cAttrHash : public cShared {
     bool detach() const;                            // of every value; true if all succeeded
     std::uint32_t used() const noexcept { return used_; }
     std::uint32_t slots() const noexcept { return size_; }
+    // Does a search ask the hooks of key types, which are user code?
+    bool has_foreign_keys() const noexcept { return others_ > 0; }
 
     // The ring. Null at the end, and after a node of another hash or a dead one.   O(1)
     cAttrNode *first() const noexcept { return node_at(anchor_.next()); }

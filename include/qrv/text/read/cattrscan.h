@@ -108,6 +108,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     void about(unsigned line, unsigned column) noexcept; // from 1 and from 0, in the outer text
     // Like about(), for the opening bracket of a container that ended with the current token.
     void unclosed(cAttrLiteral const &bracket) noexcept;
+    void unclosed(unsigned line, unsigned column) noexcept;
 
     // "name (line) ", or "Line 12: " without a file name; empty if oneline.
     std::string posstring() const;
@@ -129,11 +130,45 @@ class QRV_API cAttrScan : public cAttrScanner {
     void note_object(objref const &value);
 
   private:
+    friend class cHashReader;
+    friend class cValueReader;
+
+    // While the inside of a container is read by the scan that read its bracket: its own latch, and
+    // places in messages.
+    class cInner {
+      public:
+        explicit cInner(cAttrScan &scan) noexcept
+            : scan_(scan), eof_seen_(scan.eof_seen_), oneline_(scan.oneline_) {
+            scan.connect_handler();
+            scan.eof_seen_ = scan.oneline_ = false;
+        }
+        cInner(cInner const &) = delete;
+        cInner &operator=(cInner const &) = delete;
+        ~cInner() {
+            scan_.eof_seen_ = eof_seen_;
+            scan_.oneline_ = oneline_;
+        }
+
+      private:
+        cAttrScan &scan_;
+        bool const eof_seen_, oneline_;
+    };
+
     void start();
+    void connect_handler() const;
+    int next(); // as gettok; the token is the current one
+    bool read_inner(cMapObj &map, cTypeObj &type);
+    static bool reads_entries(cTypeObj const &type);
+    void note_new(objref const &value); // null, or no constant
+    void hand_comment();
+    bool made_container(objref const &value) const noexcept {
+        return made_ && made_ == value.get();
+    }
     void begin(ASR asr);
     void forget_about() noexcept;
     void fire_from(cErr const &error, size_t prefix);
 
+    cObj const *made_ = nullptr; // the container that the last value is, if brackets alone made it
     bool eof_seen_ = false;
     bool report_;
     bool oneline_ = false;

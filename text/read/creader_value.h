@@ -1,0 +1,56 @@
+#pragma once
+// The reader of one value: cAttrScan::scan_obj, and the parts of it that the reader of entries
+// calls by itself.
+
+#include "qrv/text/read/cattrscan.h"
+#include "text/read/creader_errors.h"
+#include "text/read/creader_session.h"
+
+// The steps of one scan_obj. value and end are the caller's: what they hold when an exception
+// leaves is what is known.
+class cValueReader {
+  public:
+    cValueReader(cAttrScan &scan, objref &value, int &end)
+        : scan_(scan), value_(value), end_(end) {}
+    cValueReader(cValueReader const &) = delete;
+    cValueReader &operator=(cValueReader const &) = delete;
+    ~cValueReader() = default;
+
+    // Does this token come after a value?
+    static bool ends_value(int token) {
+        return token == ';' || token == ',' || token == '=' || token == '}' || token == ']' ||
+               token == '>' || token == tkEof;
+    }
+
+    // Takes these steps with all that belongs to a value: nesting, session, exceptions.
+    int run(int (cValueReader::*steps)());
+    int read();
+    // A literal was read that began there, and the current token, which doesn't end it.
+    static int finish_literal(cAttrScan &scan, objref &value, int &end, cReadSession::cPlace place);
+
+  private:
+    int next_token();
+    int read_constant();
+    int read_reference();
+    int read_literal();
+    int read_unended();
+    int read_word();
+    int read_typed(cAttrLiteral const &bracket);
+    int read_container();
+    int read_own_container(cTypeObj &type);
+    int read_text(cAttrLiteral const &bracket, std::string const &name);
+    int skip_typed(cat::Brackets const &brackets, int result);
+    bool instantiate(cTypeObj const &type);
+    bool unmade(cErrText const &error, cTypeObj const &type);
+    bool report_depth(int limit);
+    bool too_deep();
+    bool too_deep_typed();
+    void report(cErrText const &error, std::string const &what);
+    int unread_container();
+    void expect_end(cErrText const &missing);
+
+    cAttrScan &scan_;
+    objref &value_;
+    int &end_;
+    cAttrLiteral first_; // the first token, which errors are about
+};
