@@ -5,6 +5,7 @@
 
 #include "qrv/containers/cattrset.h"
 
+#include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
 #include "core/cerr_object.h"
@@ -22,8 +23,6 @@
 
 namespace {
 
-cMapObj *as_map(cObj *obj) { return dynamic_cast<cMapObj *>(obj); }
-
 cTypeObj *as_attlist(cObj *obj) {
     auto *const type = dynamic_cast<cTypeObj *>(obj);
     return type && &type->type() == &cat::typetype_attlist() ? type : nullptr;
@@ -34,7 +33,7 @@ cRef<cMapObj> specs_of(cObj *type) {
     auto *const attlist = as_attlist(type);
     if (!attlist) return nullptr;
     objref const member = attlist->tmember("attspec");
-    return cRef<cMapObj>::share(as_map(member));
+    return cRef<cMapObj>::share(cat::as_map(member));
 }
 
 specref as_spec(objref const &value) {
@@ -123,7 +122,7 @@ objref cTomAttrset::newobj(objref type) {
 }
 
 bool cTomAttrset::create(cObj &obj) {
-    cMapObj *const map = as_map(&obj);
+    cMapObj *const map = cat::as_map(&obj);
     if (!map) return false;
     objref const keep = objref::share(&obj);
     obj.setflags(asf_all);
@@ -139,7 +138,7 @@ bool cTomAttrset::create(cObj &obj) {
 }
 
 bool cTomAttrset::validate(cObj &obj) {
-    cMapObj *const map = as_map(&obj);
+    cMapObj *const map = cat::as_map(&obj);
     if (!map) return false;
     objref const keep = objref::share(&obj);
     for (auto const &[key, value] : pairs_of(map->datamap())) {
@@ -150,7 +149,7 @@ bool cTomAttrset::validate(cObj &obj) {
 }
 
 bool cTomAttrset::m_assign(cObj &obj, objref &arg) {
-    cMapObj *const map = as_map(&obj);
+    cMapObj *const map = cat::as_map(&obj);
     if (!map || !arg) return false;
     objref const keep = objref::share(&obj);
     if (&arg->type() != &obj.type() && // 1

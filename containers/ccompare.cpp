@@ -125,8 +125,6 @@ bool cat::compared(cCompareKind kind, cMapObj const &a, cMapObj const &b,
     return frame.answer(compare(a, b));
 }
 
-cMapObj *cat::as_map(cObj *obj) noexcept { return dynamic_cast<cMapObj *>(obj); }
-
 cMapObj *cat::comparable(cMapObj const &a, objref const &b) noexcept {
     cMapObj *const map = as_map(b);
     return map && map->datamap().used() == a.datamap().used() ? map : nullptr;

@@ -13,6 +13,7 @@
 
 #include "qrv/containers/cmapobj.h"
 
+#include <cassert>
 #include <cstdint>
 
 namespace cat {
@@ -22,8 +23,13 @@ using compare_function = bool (*)(cMapObj const &a, cMapObj const &b);
 // compare(a, b), remembered. a and b are of one size already.
 bool compared(cCompareKind kind, cMapObj const &a, cMapObj const &b, compare_function compare);
 
-// The object as a map, null if it is none.
-cMapObj *as_map(cObj *obj) noexcept;
+// The object as a map, null if it is none. A map whose entries are being released is none any more.
+inline cMapObj *as_map(cObj *obj) noexcept {
+    if (!obj || obj->object_class() != cObjClass::map) return nullptr;
+    assert(dynamic_cast<cMapObj *>(obj));
+    return static_cast<cMapObj *>(obj);
+}
+inline cMapObj const *as_map(cObj const *obj) noexcept { return as_map(const_cast<cObj *>(obj)); }
 // The argument of an `equal`: null if it is not a map object or of another size. Objects of
 // declared and inherited types are map objects, although their types lack tf_container.
 cMapObj *comparable(cMapObj const &a, objref const &b) noexcept;

@@ -1,6 +1,7 @@
 // The global members: methods that any object answers, because a call by name looks here last.
 
 #include "containers/cglobals.h"
+#include "containers/ccompare.h"
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cattrhash.h"
@@ -41,9 +42,7 @@ objref flags_masked(objref obj, objref mask) {
     return cat::of(obj->flags_of(bits));
 }
 
-cMapObj *container(cObj &obj) {
-    return obj.is_container() ? dynamic_cast<cMapObj *>(&obj) : nullptr;
-}
+cMapObj *container(cObj &obj) { return obj.is_container() ? cat::as_map(&obj) : nullptr; }
 
 objref entrytype_of(objref obj) {
     cMapObj const *const map = container(*obj);

@@ -16,7 +16,8 @@
 cMapObj::cMapObj() : cMapObj(hashref()) {}
 
 cMapObj::cMapObj(hashref hash)
-    : cObj(&cat::type_map()), hash_(hash ? std::move(hash) : make<cAttrHash>(this)) {
+    : cObj(&cat::type_map(), cObjClass::map),
+      hash_(hash ? std::move(hash) : make<cAttrHash>(this)) {
     hash_->father(this, false);
 }
 
@@ -30,12 +31,14 @@ cMapObj::cMapObj(cObj const &other) : cMapObj() {
     flags(other.flags());
 }
 
-cMapObj::cMapObj(cTypeObj *type, bool create) : cObj(type), hash_(make<cAttrHash>(this)) {
+cMapObj::cMapObj(cTypeObj *type, bool create)
+    : cObj(type, cObjClass::map), hash_(make<cAttrHash>(this)) {
     if (create) cObj::create();
 }
 
 cMapObj::~cMapObj() {
     if (hash_->father() == this) hash_->father(nullptr, true); // others may go on sharing it
+    end_class();
 }
 
 cMapObj &cMapObj::operator=(cMapObj const &other) {

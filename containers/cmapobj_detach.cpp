@@ -38,7 +38,7 @@ bool fill_plainly(cObj const &source, cMapObj &fresh) {
     bool const plain = cObj::is_map(&source) && has_library_methods(source.type()) &&
                        !source.flags_of(int{asf_all} | int{of_exe_member}) && fresh.flags() == 0 &&
                        !fresh.entrytype() && fresh.datamap().empty();
-    cMapObj const *const map = plain ? dynamic_cast<cMapObj const *>(&source) : nullptr;
+    cMapObj const *const map = plain ? cat::as_map(&source) : nullptr;
     if (!map) return false;
     hashref const to = fresh.datamap_ref();
     hashref const from = map->datamap_ref();

@@ -6,6 +6,7 @@
 // iterator, the type of a choice value, the members of a type, default and type of a specification,
 // and own members. A program gets the plain answer, what can be reached by begin().
 
+#include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"
@@ -58,7 +59,7 @@ class cOwnerWalk {
         auto const *const it = dynamic_cast<cIterObj const *>(&holder);
         if (!it) return false;
         if (dynamic_cast<cChoiceVal const *>(it) && is_it(objref::share(&it->type()))) return true;
-        auto const *const map = dynamic_cast<cMapObj const *>(&other_);
+        auto const *const map = cat::as_map(&other_);
         hashref const hash = it->hash_ref();
         return hash && ((map && map->datamap_ref() == hash) || finds_in_ring(*hash));
     }
@@ -77,7 +78,7 @@ class cOwnerWalk {
         if (budget_ && finds_kept(holder)) return true;
         if (!cat::may_hold_values(holder)) return false;
         auto const iterobj = reinterpret_cast<cVoidFunction>(&cTomMap::iterobj);
-        auto *const map = dynamic_cast<cMapObj *>(&holder);
+        auto *const map = cat::as_map(&holder);
         bool const plain =
             map && !holder.flags_of(of_exe_member) && holder.type().method(mid_iterobj) == iterobj;
         return plain ? finds_in_ring(map->datamap()) : finds_by_iterator(holder);

@@ -1,6 +1,7 @@
 // The checker of the registry: see the header for its rules. It changes nothing and raises nothing.
 
 #include "containers/cregistry_check.h"
+#include "containers/ccompare.h"
 
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
@@ -52,7 +53,7 @@ std::string broken_type_rule(cTypeObj const &type) {
     if (char const *const name = disagreeing_method(type)) return std::string("G6 method=") + name;
     if (!type.hash_hook() != !type.heq_hook()) return "G7";
     objref const specs = type.tmember(std::string("attspec"));
-    if (&type.type() == core.attlist && !dynamic_cast<cMapObj const *>(specs.get())) return "G8";
+    if (&type.type() == core.attlist && !cat::as_map(specs)) return "G8";
     return {};
 }
 

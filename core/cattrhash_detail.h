@@ -4,6 +4,7 @@
 #include "qrv/core/cattrhash.h"
 
 #include <span>
+#include <string_view>
 
 // A slot word moves only like this:  0 --insertion--> node --removal--> 1 --insertion--> node
 // Only a rebuild, which starts a new array, makes zeros again. So a search stops at 0 and passes 1.
@@ -13,6 +14,13 @@ constexpr cSlotWord slot_deleted = 1;
 inline cAttrNode *node_of(cSlotWord word) noexcept {
     return word > slot_deleted ? reinterpret_cast<cAttrNode *>(word) : nullptr;
 }
+
+struct cAttrHash::cSearch {
+    std::uint32_t hash;
+    cKeyKind kind;
+    objref const *key;     // null when only text or hash is given: nothing foreign is met then
+    std::string_view text; // of a string key
+};
 
 // Keeps a hash in memory while an operation runs foreign code that may drop its last owner. A hash
 // that nobody shares (a member, a local) has a count of its own that never reaches 0 here.

@@ -1,6 +1,7 @@
 // cAttrNode, the node that stands for none, and the orders of nodes.
 
 #include "core/cattrhash_detail.h"
+#include "core/cbuiltin.h"
 #include "core/cerr_object.h"
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
@@ -27,6 +28,9 @@ cAttrNode::cAttrNode(objref const &key) : cAttrNode(key, cat::nil()) {}
 cAttrNode::cAttrNode(objref const &key, objref const &value)
     : cHashNode(clone_key(key)), value_(value), anid_(an_lstid++) {}
 
+cAttrNode::cAttrNode(cAdopt, objref key, objref value) noexcept
+    : cHashNode(std::move(key)), value_(std::move(value)), anid_(an_lstid++) {}
+
 cAttrNode::cAttrNode(cAttrNode const &other)
     : cHashNode(clone_key(other.key_)), cObjBase(other), value_(other.value_), anid_(an_lstid++) {}
 
@@ -40,10 +44,9 @@ objref cAttrNode::clone_key(objref const &key) {
     if (cObj::is_void(key)) return key;
     switch (cAttrHash::kind_of(key)) {
     case cKeyKind::string_key:
-        return objref::adopt(
-            new cObjD<std::string>(static_cast<cObjDR<std::string> const &>(*key).val()));
+        return cat::make_value(static_cast<cObjDR<std::string> const &>(*key).val());
     case cKeyKind::int_key:
-        return objref::adopt(new cObjD<int>(static_cast<cObjDR<int> const &>(*key).val()));
+        return cat::make_value(static_cast<cObjDR<int> const &>(*key).val());
     default:
         break;
     }

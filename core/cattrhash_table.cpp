@@ -53,9 +53,10 @@ template <class T> bool holds(objref const &key) noexcept {
     return cat::value_in<T>(key) != nullptr;
 }
 
-std::uint32_t text_hash(std::string const &text, bool seeded) {
+// As cat::hash_string: a NUL ends it.
+std::uint32_t text_hash(std::string_view text, bool seeded) {
     return seeded ? seeded_hash_bytes(text.data(), text.size())
-                  : cat::hash_bytes(text.c_str(), std::strlen(text.c_str()));
+                  : cat::hash_bytes(text.data(), std::min(text.find('\0'), text.size()));
 }
 
 // Where a probe of this hash goes on after `slot`.
@@ -87,13 +88,6 @@ std::uint32_t hash_grown_size(std::uint32_t size, std::span<std::uint32_t const>
     if (next > 0xFFFFFFFFu) throw std::length_error("cAttrHash: too many slots");
     return static_cast<std::uint32_t>(next);
 }
-
-struct cAttrHash::cSearch {
-    std::uint32_t hash;
-    cKeyKind kind;
-    objref const *key;       // null when only text or hash is given: nothing foreign is met then
-    std::string const *text; // of a string key
-};
 
 std::uint64_t cAttrHash::probe_count() noexcept { return probes; }
 
@@ -129,7 +123,16 @@ cAttrHash::cSearch cAttrHash::search_for(objref const &key) const {
     cKeyKind const kind = kind_of(key);
     std::uint32_t const hash = seeded_ ? seeded_hash(kind, key) : key->type().hashfun(key);
     bool const is_text = kind == cKeyKind::string_key;
-    return {hash, kind, &key, is_text ? &value_of<std::string>(key) : nullptr};
+    return {hash, kind, &key,
+            is_text ? std::string_view(value_of<std::string>(key)) : std::string_view()};
+}
+
+cAttrHash::cSearch cAttrHash::search_for(std::string_view key) const {
+    return {text_hash(key, seeded_), cKeyKind::string_key, nullptr, key};
+}
+
+cAttrHash::cSearch cAttrHash::search_for(int key) const {
+    return {static_cast<std::uint32_t>(key), cKeyKind::int_key, nullptr, {}};
 }
 
 bool cAttrHash::matches(cAttrNode const &node, cSearch const &search) {
@@ -138,7 +141,7 @@ bool cAttrHash::matches(cAttrNode const &node, cSearch const &search) {
         return search.kind == cKeyKind::int_key && node.hash_ == search.hash;
     case cKeyKind::string_key:
         return search.kind == cKeyKind::string_key && node.hash_ == search.hash &&
-               value_of<std::string>(node.key_) == *search.text;
+               value_of<std::string>(node.key_) == search.text;
     default:
         if (!search.key) return false;
         objref const stored = node.key_;                   // the hook may remove the node
@@ -179,12 +182,12 @@ cAttrNode *cAttrHash::find(objref const &key) const { return key ? locate(key) :
 
 cAttrNode *cAttrHash::find(std::string const &key) const {
     if (others_) return locate(make_key(key)); // their hooks want to see an object
-    return probe({text_hash(key, seeded_), cKeyKind::string_key, nullptr, &key}).node;
+    return probe(search_for(key)).node;
 }
 
 cAttrNode *cAttrHash::find(int key) const {
     if (others_) return locate(make_key(key));
-    return probe({static_cast<std::uint32_t>(key), cKeyKind::int_key, nullptr, nullptr}).node;
+    return probe(search_for(key)).node;
 }
 
 // The node of a key that isn't nil, made with the value nil if it is absent.

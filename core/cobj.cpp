@@ -55,7 +55,10 @@ template <class Stream> struct cLentStream {
 
 cObj::cObj(bool typed) : cObj(typed ? &cat::type_nil() : nullptr) {}
 
-cObj::cObj(cTypeObj *type) noexcept : type_(type), obid_(++ob_lstid_) { ++ob_count_; }
+cObj::cObj(cTypeObj *type, cObjClass object_class) noexcept
+    : type_(type), obid_(++ob_lstid_), class_(object_class) {
+    ++ob_count_;
+}
 
 cObj::~cObj() {
     if (obid_ != 0) --ob_count_;

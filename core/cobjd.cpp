@@ -2,6 +2,7 @@
 
 #include "qrv/core/cobjd.h"
 
+#include "core/cbuiltin.h"
 #include "core/cregistry.h"
 #include "core/cscalar.h"
 
@@ -71,11 +72,11 @@ bool int_of(objref const &ref, int &number) { return value_or_converted(ref, num
 
 bool bool_of(objref const &ref, bool &value) { return value_or_converted(ref, value); }
 
-objref of(std::string const &text) { return make<cObjD<std::string>>(text); }
-objref of(char const *text) { return of(std::string(text ? text : "")); }
-objref of(int number) { return make<cObjD<int>>(number); }
-objref of(bool value) { return make<cObjD<bool>>(value); }
-objref of(float number) { return make<cObjD<float>>(number); }
-objref of(double number) { return make<cObjD<double>>(number); }
+objref of(std::string const &text) { return make_value(text); }
+objref of(char const *text) { return make_value(std::string(text ? text : "")); }
+objref of(int number) { return make_value(number); }
+objref of(bool value) { return make_value(value); }
+objref of(float number) { return make_value(number); }
+objref of(double number) { return make_value(number); }
 
 } // namespace cat

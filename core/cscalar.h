@@ -4,19 +4,16 @@
 
 #include "qrv/core/cobjd.h"
 
-#include <typeinfo>
+#include <cassert>
 
 namespace cat {
 // The T that an object holds, borrowed; null for a null object and for one that does not hold a T,
-// since set_type lets any object claim any type. The usual classes need no dynamic_cast.
+// since set_type lets any object claim any type. T is one of the five built-in kinds of values.
 template <class T> T *value_in(cObj const *obj) noexcept {
-    if (!obj) return nullptr;
-    std::type_info const &exact = typeid(*obj);
-    bool const owns = exact == typeid(cObjD<T>);
-    bool const is_usual = owns || exact == typeid(cObjDR<T>);
-    auto const *const holder =
-        is_usual ? static_cast<cObjDR<T> const *>(obj) : dynamic_cast<cObjDR<T> const *>(obj);
-    return holder ? holder->valptr() : nullptr;
+    static_assert(class_of_value<T> != cObjClass::other);
+    bool const holds = obj && obj->object_class() == class_of_value<T>;
+    assert(holds == (dynamic_cast<cObjDR<T> const *>(obj) != nullptr));
+    return holds ? static_cast<cObjDR<T> const *>(obj)->valptr() : nullptr;
 }
 // The set-up functions of the types.
 void setup_string(cTypeObj &type);

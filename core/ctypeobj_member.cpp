@@ -1,6 +1,7 @@
 // Members of types: how a write under a standard name reaches the method table, and how one type
 // inherits the members of another.
 
+#include "core/cbuiltin.h"
 #include "core/cerr_object.h"
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
@@ -20,6 +21,17 @@ void cTypeObj::set_tmember(std::string const &key, objref value) {
     set_tmember(own_key(key), std::move(value));
 }
 
+void cTypeObj::set_method(method_id id, cVoidFunction function) noexcept {
+    methods_[id] = function;
+    library_methods_ &= ~cat::method_bit(id);
+}
+
+void cTypeObj::set_library_methods(cObjClass value_class) noexcept {
+    for (int id = 0; id < mid_count; ++id)
+        if (methods_[id]) library_methods_ |= cat::method_bit(static_cast<method_id>(id));
+    value_class_ = value_class;
+}
+
 // The old member dies last, when table and members agree: its destructor may change this type again
 // or take it away.
 void cTypeObj::set_tmember(objref const &key, objref value) {
@@ -28,7 +40,7 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
     std::string const name = text_hooks.as_string(key);
     bool const standard = is_stdmethod(name, id); // 1
     if (is_kill(value)) {                         // 3
-        if (standard) methods_[id] = nullptr;
+        if (standard) set_method(id, nullptr);
         tmmap_.delitem(key);
         return;
     }
@@ -46,7 +58,7 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
     }
     exe->set_name(name); // 5; what a subclass of cExeMember says of itself doesn't count
     if (!validate_exe(id, *exe, type().name().c_str())) return;
-    if (tmmap_.mapitem(key, value)) methods_[id] = exe->function();
+    if (tmmap_.mapitem(key, value)) set_method(id, exe->function());
 } // RE-ENTERS: old
 
 void cTypeObj::inherit(cTypeObj const &base) {

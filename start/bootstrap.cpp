@@ -51,6 +51,7 @@ struct cBootstrap {
     static void make_types();
     static void insert_types();
     static void set_text_methods();
+    static void note_library_methods();
     static void make_maps();
     static bool is_own(cObj const *value);
     static std::size_t remove_present(cAttrHash &hash);
@@ -178,6 +179,16 @@ void cBootstrap::set_text_methods() {
     for (auto const &[type, text] : scalars) type->set_tmember("read", make<cExeMember>(text.read));
 }
 
+void cBootstrap::note_library_methods() {
+    core.string->set_library_methods(cObjClass::string);
+    core.integer->set_library_methods(cObjClass::integer);
+    core.single->set_library_methods(cObjClass::single);
+    core.dbl->set_library_methods(cObjClass::dbl);
+    core.boolean->set_library_methods(cObjClass::boolean);
+    for (cTypeObj *type : {core.map, core.set, core.vector})
+        type->set_library_methods(cObjClass::map);
+}
+
 void cBootstrap::make_maps() {
     core.typemap = new cMapObj(hashref::share(core.type_hash));
     core.constmap = new cMapObj;
@@ -210,6 +221,7 @@ void cBootstrap::run() {
     core.single->set_hash(cat::hash_float, cat::heq_float);
     core.dbl->set_hash(cat::hash_double, cat::heq_double);
     cat::set_scalar_converters();
+    note_library_methods();
     make_maps();
     core.state = cat::cCoreState::ready;
 }

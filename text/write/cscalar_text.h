@@ -3,15 +3,12 @@
 // that a fresh stream would give. Strings are formed here for streams too; numbers that go to a
 // stream are formed by it.
 
-#include "qrv/core/cobjd.h"
+#include "core/cscalar.h"
 
 #include <string>
 
 // The value of an object that holds a T; null for any other, whatever its type says.
-template <class T> T const *value_of(cObj const &obj) {
-    auto const *const holder = dynamic_cast<cObjDR<T> const *>(&obj);
-    return holder ? holder->valptr() : nullptr;
-}
+template <class T> T const *value_of(cObj const &obj) { return cat::value_in<T>(&obj); }
 
 // Is this the standard method of the object's type?
 inline bool writes_by(cObj const &obj, bool (*method)(cObj &, objref &)) {

@@ -21,6 +21,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // A link of a ring. Detached, it points at itself in both directions.
@@ -69,7 +70,7 @@ template <class Key, class Node> class cHashNode : public cNode<Node> {
     cHashNode &operator=(cHashNode const &) = delete;
 
   protected:
-    explicit cHashNode(Key const &key) : key_(key) {}
+    explicit cHashNode(Key key) : key_(std::move(key)) {}
     ~cHashNode() = default;
 
     friend class cAttrHash;
@@ -139,8 +140,11 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
 
   private:
     friend class cAttrHash;
+    friend struct cAttrInsert;
     friend struct cAttrHashProbe;
 
+    struct cAdopt {};
+    cAttrNode(cAdopt, objref key, objref value) noexcept; // takes the key itself
     cAttrNode(cAttrNode const &other); // key, value and flags; a new anid, in no table
 
     static objref clone_key(objref const &key);
@@ -284,6 +288,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
   private:
     friend class cAttrNode;
     friend class cValueIndex;
+    friend struct cAttrInsert;    // insertion without user code
     friend struct cBootstrap;     // removes what there is, and not what comes in meanwhile
     friend struct cAttrHashProbe; // tests of the rules
 
@@ -306,6 +311,8 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     static std::uint32_t seeded_hash(cKeyKind kind, objref const &key);
     static bool matches(cAttrNode const &node, cSearch const &search);
     cSearch search_for(objref const &key) const;
+    cSearch search_for(std::string_view key) const;
+    cSearch search_for(int key) const;
     cFound probe(cSearch const &search) const;
     cAttrNode *locate(objref const &key) const;
 

@@ -40,6 +40,10 @@ QRV_API cTypeObj &type_nil();
 enum method_id : int { QRV_METHODS(QRV_METHOD_ID) mid_count };
 #undef QRV_METHOD_ID
 
+// The C++ class of an object, as far as the library has to know it: cObjDR<T> or cMapObj, or
+// derived from it. A test of this byte takes the place of a dynamic_cast.
+enum class cObjClass : unsigned char { other, string, integer, single, dbl, boolean, map };
+
 // Where the members are defined, and when to suspect which file:
 //   core/cobj.cpp                identity, states, operators, generic operations, own_method; keys
 //   core/cexe_call.cpp           call
@@ -96,6 +100,7 @@ class QRV_API cObj : public cObjBase {
     cTypeObj &type() const noexcept { return type_ ? *type_ : cat::type_nil(); }
     void set_type(cTypeObj *type) noexcept { type_ = type; } // borrows; no check, no signal
     int typeflags_of(int bits) const noexcept;               // 0 for an object without a type
+    cObjClass object_class() const noexcept { return class_; }
 
     // --- states: relations to the type and to the sentinels
 
@@ -329,7 +334,10 @@ class QRV_API cObj : public cObjBase {
     static int readobj(char const *text, objref &result, int *delim = nullptr);
 
   protected:
-    explicit cObj(cTypeObj *type) noexcept; // borrows the type; null as for cObj(false)
+    // Borrows the type; null as for cObj(false).
+    explicit cObj(cTypeObj *type, cObjClass object_class = cObjClass::other) noexcept;
+    // For the destructor of that class: members released after it may still look at the object.
+    void end_class() noexcept { class_ = cObjClass::other; }
 
   private:
     cObj(cObj const &) = delete;
@@ -342,6 +350,7 @@ class QRV_API cObj : public cObjBase {
 
     cTypeObj *type_;
     std::uint32_t obid_;
+    cObjClass class_;
     hashref ommap_;
 };
 

@@ -22,22 +22,34 @@ QRV_API cTypeObj &cTypeOf(double *);
 QRV_API cTypeObj &cTypeOf(std::istream *); // "niltype": holders of streams for read and write
 QRV_API cTypeObj &cTypeOf(std::ostream *);
 
+namespace cat {
+// The class of cObjDR<T>.
+template <class T> inline constexpr cObjClass class_of_value = cObjClass::other;
+template <> inline constexpr cObjClass class_of_value<std::string> = cObjClass::string;
+template <> inline constexpr cObjClass class_of_value<int> = cObjClass::integer;
+template <> inline constexpr cObjClass class_of_value<float> = cObjClass::single;
+template <> inline constexpr cObjClass class_of_value<double> = cObjClass::dbl;
+template <> inline constexpr cObjClass class_of_value<bool> = cObjClass::boolean;
+} // namespace cat
+
 template <class T> class cObjD;
 
 template <class T> class QRV_API cObjDR : public cObj {
   public:
-    explicit cObjDR(cTypeObj *type) : cObj(type) {} // value null, no create: for subclasses
-    explicit cObjDR(T &value) : cObj(&cTypeOf(static_cast<T *>(nullptr))), value_(&value) {
+    // Value null, no create: for subclasses.
+    explicit cObjDR(cTypeObj *type) : cObj(type, cat::class_of_value<T>) {}
+    explicit cObjDR(T &value) : cObjDR(&cTypeOf(static_cast<T *>(nullptr))) {
+        value_ = &value;
         create();
     }
-    explicit cObjDR(T const &value)
-        : cObj(&cTypeOf(static_cast<T *>(nullptr))), value_(const_cast<T *>(&value)) {
+    explicit cObjDR(T const &value) : cObjDR(&cTypeOf(static_cast<T *>(nullptr))) {
+        value_ = const_cast<T *>(&value);
         setflags(of_const); // keeps the value from being assigned to
         create();
     }
     explicit cObjDR(T &&) = delete; // would dangle
     cObjDR(cObjDR const &) = delete;
-    ~cObjDR() override = default;
+    ~cObjDR() override { end_class(); }
 
     bool is_ObjDR() const override { return true; }
     T *valptr() const noexcept { return value_; }
@@ -79,7 +91,11 @@ template <class T> class QRV_API cObjD : public cObjDR<T> {
         if (other.flags_of(of_const)) this->setflags(of_const);
         ready();
     }
+    // Without create.
     cObjD(T const &value, cTypeObj *type) : cObjDR<T>(type), data_(value) { this->value_ = &data_; }
+    cObjD(T &&value, cTypeObj *type) : cObjDR<T>(type), data_(std::move(value)) {
+        this->value_ = &data_;
+    }
     ~cObjD() override = default;
 
     bool is_ObjDR() const override { return false; }

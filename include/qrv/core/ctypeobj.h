@@ -60,6 +60,11 @@ class QRV_API cTypeObj : public cObj {
     // whatever a handler did.
     static bool validate_exe(int id, cExeFunction const &exe, char const *type_name);
     cVoidFunction method(method_id id) const noexcept { return methods_[id]; }
+    // Of a built-in type whose objects hold a value or entries: the methods that are still those of
+    // the library, as bits 1 << method_id, and the class of such an object. 0 and `other` for the
+    // rest. core/cbuiltin.h has the tests.
+    unsigned library_methods() const noexcept { return library_methods_; }
+    cObjClass value_class() const noexcept { return value_class_; }
     [[nodiscard]] objref newobj() const; // RUNS FOREIGN CODE
 
     // Converters to this type; a null function removes.
@@ -91,10 +96,14 @@ class QRV_API cTypeObj : public cObj {
     void ctor_internal(cTypeObj *metatype, setup_function setup);
     void install_default_methods();
     void install_raw_string_methods();
+    void set_method(method_id id, cVoidFunction function) noexcept;
+    void set_library_methods(cObjClass value_class) noexcept; // those that it has now
 
     std::string name_;
     std::map<cTypeObj *, converter_function> converters_;
     cVoidFunction methods_[mid_count]{};
+    unsigned library_methods_ = 0;
+    cObjClass value_class_ = cObjClass::other;
     cAttrHash tmmap_;
     hash_function hash_ = nullptr;
     heq_function heq_ = nullptr;

@@ -1,0 +1,82 @@
+// Which objects are wholly the library's.
+#include "core/cbuiltin.h"
+
+#include "containers/ccompare.h"
+#include "core/cscalar.h"
+#include "qrv/containers/csetobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "tests/core/hash_support.h"
+#include "tests/support/fixture.h"
+
+namespace {
+
+using cat::is_builtin;
+using cat::method_bits;
+
+class Builtin : public QrvTest {};
+
+bool is_written_by_the_library(cObj const &obj) { return is_builtin(obj, method_bits(mid_write)); }
+
+class cOwnText : public cObjD<std::string> {
+  public:
+    using cObjD::cObjD;
+};
+
+} // namespace
+
+TEST_F(Builtin, values_and_containers_are_builtin) {
+    for (objref const &value :
+         {cat::of("a"), cat::of(1), cat::of(1.5), cat::of(1.5f), cat::of(true),
+          objref(make<cMapObj>()), objref(make<cVectorObj>()), objref(make<cSetObj>())})
+        EXPECT_TRUE(is_written_by_the_library(*value)) << value->type().name();
+}
+
+TEST_F(Builtin, other_objects_are_not) {
+    typeref const type = make<cTypeObj>("own");
+    EXPECT_FALSE(is_written_by_the_library(*cat::nil()));
+    EXPECT_FALSE(is_written_by_the_library(*type));
+    EXPECT_FALSE(is_written_by_the_library(*objref::adopt(new cObjD<int>(1, type.get()))));
+    EXPECT_FALSE(is_builtin(*type, method_bits(mid_create)));
+}
+
+TEST_F(Builtin, an_object_that_claims_another_type_is_not) {
+    objref const liar = cat::of("a");
+    liar->set_type(&cat::type_int());
+    EXPECT_FALSE(is_written_by_the_library(*liar));
+    liar->set_type(&cat::type_string());
+    EXPECT_TRUE(is_written_by_the_library(*liar));
+}
+
+TEST_F(Builtin, a_method_that_the_type_lacks_is_not_the_librarys) {
+    EXPECT_FALSE(is_builtin(cat::type_bool(), method_bits(mid_less)));
+    EXPECT_TRUE(is_builtin(cat::type_int(), method_bits(mid_less, mid_equal)));
+}
+
+TEST_F(Builtin, an_executable_among_the_own_members_is_not_the_librarys) {
+    objref const number = cat::of(1);
+    number->set_omember("unit", cat::of("m"));
+    EXPECT_TRUE(is_written_by_the_library(*number));
+    number->set_omember("write", number->type().tmember("write"));
+    EXPECT_FALSE(is_written_by_the_library(*number));
+}
+
+TEST_F(Builtin, a_class_is_inherited_and_ends_with_its_destructor) {
+    EXPECT_EQ(make<cOwnText>("a")->object_class(), cObjClass::string);
+    EXPECT_EQ(cat::of(1.5)->object_class(), cObjClass::dbl);
+    EXPECT_EQ(make<cVectorObj>()->object_class(), cObjClass::map);
+    objref map = make<cMapObj>();
+    cObj *const dying = map.get();
+    bool is_map = true;
+    map->setattr(cat::of("a"), last_will([&] { is_map = cat::as_map(dying) != nullptr; }));
+    map = nullptr;
+    EXPECT_FALSE(is_map);
+}
+
+TEST_F(Builtin, own_members_of_a_dying_value_no_longer_find_it) {
+    objref text = cat::of("a");
+    cObj *const dying = text.get();
+    bool has_value = true;
+    text->set_omember("w", last_will([&] { has_value = cat::value_in<std::string>(dying); }));
+    text = nullptr;
+    EXPECT_FALSE(has_value);
+}
