@@ -1,11 +1,14 @@
 // Tokens: the current one, those pushed back, the counters, and who shares them.
 //
-// Each match begins a token at the running counters, except inside a block comment, whose pieces
-// extend the token begun by its opening. Then the counters go over the matched text. A token pushed
-// back and read again doesn't move them.
-// A lexer is in the list of lexers from its constructor to its destructor, and lives as long as a
-// scanner uses it. The list is searched by the stream's address: a stream that dies before its
-// scanners leaves a lexer that a new stream at that address would find.
+// Each match begins a token at the running counters, except inside a block comment that is read in
+// pieces, which extend the token begun by its opening. Then the counters go over the matched text.
+// A token pushed back and read again doesn't move them. The text of a token is a view: of a text in
+// memory, of one of the lexer's two copies, or of a table of single characters. The string that
+// token() returns is filled when it is first asked for; since the caller may keep the reference,
+// from then on with each token. A lexer is in the list of lexers from its constructor to its
+// destructor, and lives as long as a scanner uses it. The list is searched by the stream's address:
+// a stream that dies before its scanners leaves a lexer that a new stream at that address would
+// find.
 
 #include "qrv/text/scan/cattrscanner.h"
 
@@ -19,6 +22,8 @@
 
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
+#include "text/scan/cattrscanner_rules.h"
+#include "text/scan/cattrscanner_window.h"
 
 char const *cat::token_name(int code) {
 #define QRV_TOKEN_NAME(name, number)                                                               \
@@ -30,6 +35,9 @@ char const *cat::token_name(int code) {
 }
 
 cAttrLiteral::cAttrLiteral() = default;
+cAttrLiteral::cAttrLiteral(cToken const &token)
+    : code(token.code), text(token.text), line(token.line), column(token.column),
+      position(token.position), outer_line(token.outer_line), outer_column(token.outer_column) {}
 cAttrLiteral::cAttrLiteral(cAttrLiteral const &) = default;
 cAttrLiteral::cAttrLiteral(cAttrLiteral &&) noexcept = default;
 cAttrLiteral &cAttrLiteral::operator=(cAttrLiteral const &) = default;
@@ -45,10 +53,30 @@ unsigned stream_offset(std::istream &in) {
         static_cast<std::streamoff>(in.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in)));
 }
 
-// Codes of the rules that always return a token with a fixed code, by rule number.
-constexpr std::array<int, 15> codes = {tkEof,      tkBool,  tkBool,      tkInt,       tkUnsigned,
-                                       tkBadIdent, tkInt,   tkFloat,     tkDouble,    tkString,
-                                       tkConst,    tkIdent, tkAddAssign, tkShiftLeft, tkAndAssign};
+void copy(cToken const &token, cAttrLiteral &literal) {
+    literal.code = token.code;
+    literal.text.assign(token.text);
+    literal.line = token.line;
+    literal.column = token.column;
+    literal.position = token.position;
+    literal.outer_line = token.outer_line;
+    literal.outer_column = token.outer_column;
+}
+
+// Codes of the tokens by rule number; a single character has its own.
+constexpr std::array<int, 22> codes = {
+    0,         tkBool,   tkBool,  tkInt,   tkUnsigned,  tkBadIdent,  tkInt,       tkFloat,
+    tkDouble,  tkString, tkConst, tkIdent, tkAddAssign, tkShiftLeft, tkAndAssign, tkComment,
+    tkComment, 0,        0,       tkSpace, 0,           tkEof};
+
+constexpr std::array<char, 256> make_singles() {
+    std::array<char, 256> singles{};
+    for (unsigned i = 0; i < singles.size(); ++i)
+        singles[i] = static_cast<char>(static_cast<unsigned char>(i));
+    return singles;
+}
+// Each character by itself, for the texts of tokens of one.
+constexpr std::array<char, 256> singles = make_singles();
 
 } // namespace
 
@@ -82,88 +110,164 @@ unsigned cAttrLexer::living() {
 }
 
 int cAttrLexer::gettoken() {
-    if (pushed_.empty()) return yylex();
-    token_ = std::move(pushed_.back());
+    if (again_ || !pushed_.empty()) return pushed_token();
+    return plain_ ? scan() : yylex();
+}
+
+int cAttrLexer::pushed_token() {
+    if (std::exchange(again_, false)) return token_.code;
+    literal_ = std::move(pushed_.back());
     pushed_.pop_back();
+    literal_filled_ = true;
+    token_ = {
+        next_text() = literal_.text, literal_.code,       literal_.line,        literal_.column,
+        literal_.position,           literal_.outer_line, literal_.outer_column};
     return token_.code;
 }
 
-int cAttrLexer::yylex() {
+void cAttrLexer::unget() {
+    if (again_) pushed_.emplace_back(token_);
+    again_ = true;
+}
+
+void cAttrLexer::unget(cAttrLiteral const &token) {
+    if (std::exchange(again_, false)) pushed_.emplace_back(token_);
+    pushed_.push_back(token);
+}
+
+// --- matches become tokens ---
+
+int cAttrLexer::yylex() { return scan(); }
+
+bool cAttrLexer::is_wanted(rule r) const {
+    if (r == r_space) return return_ws_;
+    return return_com_ || (r != r_line_comment && r != r_block_comment);
+}
+
+int cAttrLexer::scan() {
     for (;;) {
-        rule const r = match();
-        begin_token();
-        switch (r) {
-        case r_end:
-            return finish(tkEof);
-        case r_char:
-            return finish(static_cast<signed char>(append(true)));
-        case r_space:
-            append(return_ws_);
-            if (return_ws_) return finish(tkSpace);
-            break;
-        case r_line_comment:
-            append(return_com_);
-            if (return_com_) return finish(tkComment);
-            break;
-        case r_block_comment:
-            if (read_block_comment()) return finish(tkComment);
-            break;
-        default:
-            append(true);
-            return finish(codes[static_cast<std::size_t>(r)]);
+        scan::cWindow window(buffer(), plain_);
+        scan::cWhite white;
+        if (!return_ws_) white = window.pass_white();
+        scan::cRules<scan::cWindow> rules(window);
+        rule const r = rules.match();
+        // A comment without an end begins with what the stream has and asks for more.
+        if (r == r_block_comment && (!rules.match_comment(rules.size()) || window.met_end()))
+            window.give_up();
+        if (window.ran_out()) {
+            if (scan_stream()) return token_.code;
+            continue;
         }
+        if (white.size > 0) pass(white.size, white.lines, white.column);
+        window.take();
+        if (char c; window.met_end()) attrFlexLexer::LexerInput(&c, 1); // the stream notes it
+        begin_token();
+        std::string_view text = window.text(rules.size());
+        if (rules.lines())
+            pass(text);
+        else
+            pass(text.size(), 0, 0);
+        bool const wanted = is_wanted(r);
+        int code = codes[static_cast<std::size_t>(r)];
+        if (r == r_char) {
+            code = static_cast<signed char>(text.front());
+            text = {&singles[static_cast<unsigned char>(code)], 1};
+        } else if (wanted && !window.lasting()) {
+            text = next_text().assign(text);
+        }
+        window.consume(rules.size());
+        if (!wanted) continue;
+        finish(code, text);
+        return code;
     }
 }
 
-// True if the comment is complete and wanted. One that the input ends in is dropped.
-bool cAttrLexer::read_block_comment() {
-    append(return_com_);
-    bool const closed = match_comment();
-    append(return_com_);
-    return closed && return_com_;
+// One match for which more of the stream is needed than lies in memory. True if a token came of it.
+bool cAttrLexer::scan_stream() {
+    rule const r = match();
+    begin_token();
+    std::string &text = next_text();
+    text.clear();
+    append(text);
+    if (r == r_block_comment) {
+        bool const closed = match_comment();
+        append(text);
+        if (!closed) return false; // dropped: the input ends in it
+    }
+    if (!is_wanted(r)) return false;
+    finish(r == r_char ? static_cast<signed char>(text.front())
+                       : codes[static_cast<std::size_t>(r)],
+           text);
+    return true;
+}
+
+void cAttrLexer::append(std::string &text) {
+    pass(matched());
+    text.append(matched());
+    consume();
 }
 
 void cAttrLexer::begin_token() {
-    token_.text.clear();
     token_.line = token_.outer_line = line_;
     token_.column = token_.outer_column = column_;
     token_.position = position_;
+}
+
+// Moves the counters over `size` characters with so many newlines, and `column` characters after
+// the last newline if there is one.
+// DELIBERATE: the position counts every character but the newline.
+//   Pinned: scanner_position_skips_newlines
+void cAttrLexer::pass(std::size_t size, std::size_t lines, std::size_t column) {
+    line_ += static_cast<unsigned>(lines);
+    column_ = static_cast<unsigned>(lines ? column : column_ + size);
+    position_ += static_cast<unsigned>(size - lines);
+    offset_ += size;
+}
+
+void cAttrLexer::pass(std::string_view text) {
+    auto const lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    pass(text.size(), lines, text.size() - 1 - text.rfind('\n'));
+}
+
+// A string for the text of the next token, other than that of the one before.
+std::string &cAttrLexer::next_text() { return texts_[last_text_ ^= 1]; }
+
+void cAttrLexer::finish(int code, std::string_view text) {
+    token_.code = code;
+    token_.text = text;
+    literal_filled_ = false;
+    if (watched_) finish_watched();
+}
+
+void cAttrLexer::finish_watched() {
     if (!places_.empty()) set_outer_place();
+    if (literal_known_) fill_literal();
+    if (dump_) dump();
 }
 
 void cAttrLexer::set_outer_place() {
-    auto const behind = [](std::size_t offset, cAttrPlace const &p) { return offset < p.offset; };
-    auto next = std::upper_bound(places_.begin(), places_.end(), offset_, behind);
+    std::size_t const offset = offset_ - token_.text.size();
+    auto const behind = [](std::size_t at, cAttrPlace const &p) { return at < p.offset; };
+    auto next = std::upper_bound(places_.begin(), places_.end(), offset, behind);
     if (next == places_.begin()) return;
     cAttrPlace const &place = *--next;
     token_.outer_line = place.line;
-    token_.outer_column = place.column + static_cast<unsigned>(offset_ - place.offset);
+    token_.outer_column = place.column + static_cast<unsigned>(offset - place.offset);
 }
 
-// Takes the match into the token's text, if that is wanted, and moves the counters over it. Returns
-// its first character.
-// DELIBERATE: the position counts every character but the newline.
-//   Pinned: scanner_position_skips_newlines
-char cAttrLexer::append(bool keep_text) {
-    std::string_view const text = matched();
-    if (text.empty()) return 0;
-    char const first = text.front();
-    if (keep_text) token_.text.append(text);
-    auto const size = static_cast<unsigned>(text.size());
-    auto const newlines = static_cast<unsigned>(std::count(text.begin(), text.end(), '\n'));
-    line_ += newlines;
-    column_ = newlines ? static_cast<unsigned>(text.size() - 1 - text.rfind('\n')) : column_ + size;
-    position_ += size - newlines;
-    offset_ += text.size();
-    consume();
-    return first;
+cAttrLiteral const &cAttrLexer::literal() {
+    literal_known_ = true;
+    watch();
+    if (!literal_filled_) fill_literal();
+    return literal_;
 }
 
-int cAttrLexer::finish(int code) {
-    token_.code = code;
-    if (dump_) dump();
-    return code;
+void cAttrLexer::fill_literal() {
+    literal_filled_ = true;
+    copy(token_, literal_);
 }
+
+void cAttrLexer::watch() { watched_ = literal_known_ || dump_ || !places_.empty(); }
 
 void cAttrLexer::dump() const {
     cat::std_err() << "TOKEN:" << token_.code << ':' << token_.position << ':' << token_.line << ':'
@@ -174,11 +278,13 @@ void cAttrLexer::dump() const {
 // of -1, from an input that can't tell its offset, must not become one of four thousand million.
 void cAttrLexer::reset(unsigned position, unsigned line, unsigned column) {
     pushed_.clear();
+    again_ = false;
     position_ = position;
     offset_ = position;
     line_ = line;
     column_ = column;
     token_.code = tkEof;
+    literal_.code = tkEof;
     drop_lookahead();
     std::istream &in = *input();
     in.clear();
@@ -187,7 +293,10 @@ void cAttrLexer::reset(unsigned position, unsigned line, unsigned column) {
 }
 
 cAttrScanner::cAttrScanner(std::istream &in) : lexer_(cAttrLexer::find(in)) {
-    if (!lexer_) lexer_ = new cAttrLexer(in);
+    if (!lexer_) {
+        lexer_ = new cAttrLexer(in);
+        lexer_->plain_ = true;
+    }
     ++lexer_->users_;
 }
 
@@ -202,15 +311,24 @@ int cAttrScanner::gettoken() const { return lexer_->gettoken(); }
 
 int cAttrScanner::gettoken(cAttrLiteral &token) const {
     lexer_->gettoken();
-    token = lexer_->token_;
+    copy(lexer_->token_, token);
     return token.code;
 }
 
-void cAttrScanner::ungettoken() const { lexer_->pushed_.push_back(lexer_->token_); }
-void cAttrScanner::ungettoken(cAttrLiteral const &token) const { lexer_->pushed_.push_back(token); }
-cAttrLiteral const &cAttrScanner::token() const { return lexer_->token_; }
+cToken const &cAttrScanner::next_token() const {
+    lexer_->gettoken();
+    return lexer_->token_;
+}
 
-void cAttrScanner::resettoken() const { resettoken(lexer_->token_); }
+void cAttrScanner::ungettoken() const { lexer_->unget(); }
+void cAttrScanner::ungettoken(cAttrLiteral const &token) const { lexer_->unget(token); }
+cAttrLiteral const &cAttrScanner::token() const { return lexer_->literal(); }
+cToken const &cAttrScanner::current() const { return lexer_->token_; }
+
+void cAttrScanner::resettoken() const {
+    cToken const &token = lexer_->token_;
+    lexer_->reset(token.position, token.line, token.column);
+}
 void cAttrScanner::resettoken(cAttrLiteral const &token) const {
     lexer_->reset(token.position, token.line, token.column);
 }
@@ -232,7 +350,11 @@ void cAttrScanner::return_com(bool on, cSetTmp<bool> *keep) const {
     lexer_->return_com_ = on;
 }
 void cAttrScanner::return_all(bool on) const { lexer_->return_ws_ = lexer_->return_com_ = on; }
-bool cAttrScanner::setdump(bool on) const { return std::exchange(lexer_->dump_, on); }
+bool cAttrScanner::setdump(bool on) const {
+    bool const before = std::exchange(lexer_->dump_, on);
+    lexer_->watch();
+    return before;
+}
 
 unsigned cAttrScanner::position() const { return lexer_->position_; }
 unsigned cAttrScanner::lineno() const { return lexer_->line_; }
@@ -249,5 +371,6 @@ std::istream &cAttrScanner::is() const { return *lexer_->input(); }
 
 void cAttrScanner::outer_places(std::vector<cAttrPlace> places) const {
     lexer_->places_ = std::move(places);
+    lexer_->watch();
 }
 bool cAttrScanner::alone() const { return lexer_->users_ == 1 && cAttrLexer::living() == 1; }
