@@ -16,6 +16,7 @@
 #include <array>
 #include <cassert>
 #include <cstdint>
+#include <cstring>
 #include <istream>
 #include <ostream>
 #include <utility>
@@ -82,9 +83,9 @@ constexpr std::array<char, 256> singles = make_singles();
 
 constinit cAttrLexer *cAttrLexer::first_ = nullptr;
 
-cAttrLexer::cAttrLexer(std::istream &in)
-    : attrFlexLexer(&in), position_(stream_offset(in)), offset_(position_) {
-    token_.position = position_;
+cAttrLexer::cAttrLexer(std::istream &in) : attrFlexLexer(&in) {
+    place(stream_offset(in), 1, 0);
+    token_.position = position();
     cAttrLexer **end = &first_;
     while (*end) end = &(*end)->next_;
     *end = this;
@@ -109,80 +110,111 @@ unsigned cAttrLexer::living() {
     return n;
 }
 
+// --- tokens pushed back ---
+
+cToken const &cAttrLexer::next() { return held_ ? held_token() : scan(); }
+
 int cAttrLexer::gettoken() {
-    if (again_ || !pushed_.empty()) return pushed_token();
-    return plain_ ? scan() : yylex();
+    bool const derived = held_ && !again_ && pushed_.empty();
+    return derived ? yylex() : next().code;
 }
 
-int cAttrLexer::pushed_token() {
-    if (std::exchange(again_, false)) return token_.code;
+cToken const &cAttrLexer::held_token() {
+    if (again_) {
+        again_ = false;
+        hold();
+        return token_;
+    }
+    if (pushed_.empty()) {
+        yylex();
+        return token_;
+    }
     literal_ = std::move(pushed_.back());
     pushed_.pop_back();
+    hold();
     literal_filled_ = true;
     token_ = {
         next_text() = literal_.text, literal_.code,       literal_.line,        literal_.column,
         literal_.position,           literal_.outer_line, literal_.outer_column};
-    return token_.code;
+    return token_;
 }
 
 void cAttrLexer::unget() {
     if (again_) pushed_.emplace_back(token_);
-    again_ = true;
+    again_ = held_ = true;
 }
 
 void cAttrLexer::unget(cAttrLiteral const &token) {
     if (std::exchange(again_, false)) pushed_.emplace_back(token_);
     pushed_.push_back(token);
+    held_ = true;
 }
+
+void cAttrLexer::hold() { held_ = again_ || !pushed_.empty() || !plain_; }
 
 // --- matches become tokens ---
 
-int cAttrLexer::yylex() { return scan(); }
+int cAttrLexer::yylex() { return scan().code; }
 
 bool cAttrLexer::is_wanted(rule r) const {
     if (r == r_space) return return_ws_;
     return return_com_ || (r != r_line_comment && r != r_block_comment);
 }
 
-int cAttrLexer::scan() {
+// One function without calls but at its ends, so that the compiler keeps the window in registers.
+cToken const &cAttrLexer::scan() {
     for (;;) {
-        scan::cWindow window(buffer(), plain_);
+        scan::cWindow window(buffer(), offset_);
         scan::cWhite white;
         if (!return_ws_) white = window.pass_white();
         scan::cRules<scan::cWindow> rules(window);
         rule const r = rules.match();
-        // A comment without an end begins with what the stream has and asks for more.
-        if (r == r_block_comment && (!rules.match_comment(rules.size()) || window.met_end()))
-            window.give_up();
-        if (window.ran_out()) {
-            if (scan_stream()) return token_.code;
-            continue;
+        if (r == r_block_comment) rules.match_comment(rules.size());
+        std::size_t const size = rules.size();
+        if (window.fails(size)) return scan_slowly();
+
+        if (white.lines > 0) {
+            line_ += white.lines;
+            line_start_ = static_cast<unsigned>(offset_ + white.size - white.column);
+            uncounted_ += white.lines;
         }
-        if (white.size > 0) pass(white.size, white.lines, white.column);
-        window.take();
-        if (char c; window.met_end()) attrFlexLexer::LexerInput(&c, 1); // the stream notes it
+        offset_ += white.size;
         begin_token();
-        std::string_view text = window.text(rules.size());
-        if (rules.lines())
-            pass(text);
-        else
-            pass(text.size(), 0, 0);
-        bool const wanted = is_wanted(r);
-        int code = codes[static_cast<std::size_t>(r)];
+        char const *const text = window.begin();
+        offset_ += size;
+        if (rules.lines()) pass_lines({text, size});
+        window.consume(size);
+        token_.code = codes[static_cast<std::size_t>(r)];
+        token_.text = {text, size};
         if (r == r_char) {
-            code = static_cast<signed char>(text.front());
-            text = {&singles[static_cast<unsigned char>(code)], 1};
-        } else if (wanted && !window.lasting()) {
-            text = next_text().assign(text);
+            token_.code = static_cast<signed char>(*text);
+            token_.text = {&singles[static_cast<unsigned char>(*text)], 1};
+        } else if (!is_wanted(r)) {
+            continue;
+        } else if (!buffer()->in_memory) {
+            if (size > short_text || window.end() - text < static_cast<std::ptrdiff_t>(short_text))
+                return keep_text();
+            last_text_ ^= 1;
+            std::memcpy(short_texts_[last_text_], text, short_text);
+            token_.text = {short_texts_[last_text_], size};
         }
-        window.consume(rules.size());
-        if (!wanted) continue;
-        finish(code, text);
-        return code;
+        return finish();
     }
 }
 
-// One match for which more of the stream is needed than lies in memory. True if a token came of it.
+// Copies the text of the token, which is a view of the input.
+cToken const &cAttrLexer::keep_text() {
+    token_.text = next_text().assign(token_.text);
+    return finish();
+}
+
+// The same where more of the stream is needed than lies in memory.
+cToken const &cAttrLexer::scan_slowly() {
+    while (!scan_stream()) continue;
+    return finish();
+}
+
+// One match. True if it is a token that is wanted.
 bool cAttrLexer::scan_stream() {
     rule const r = match();
     begin_token();
@@ -194,59 +226,54 @@ bool cAttrLexer::scan_stream() {
         append(text);
         if (!closed) return false; // dropped: the input ends in it
     }
-    if (!is_wanted(r)) return false;
-    finish(r == r_char ? static_cast<signed char>(text.front())
-                       : codes[static_cast<std::size_t>(r)],
-           text);
-    return true;
+    token_.code =
+        r == r_char ? static_cast<signed char>(text.front()) : codes[static_cast<std::size_t>(r)];
+    token_.text = text;
+    return is_wanted(r);
 }
 
 void cAttrLexer::append(std::string &text) {
-    pass(matched());
-    text.append(matched());
+    std::string_view const match = matched();
+    text.append(match);
     consume();
+    pass_lines(std::string_view(text).substr(text.size() - match.size()));
 }
 
 void cAttrLexer::begin_token() {
     token_.line = token_.outer_line = line_;
-    token_.column = token_.outer_column = column_;
-    token_.position = position_;
+    token_.column = token_.outer_column = column();
+    token_.position = position();
 }
 
-// Moves the counters over `size` characters with so many newlines, and `column` characters after
-// the last newline if there is one.
+// Counts the newlines in the text that ends at the offset.
 // DELIBERATE: the position counts every character but the newline.
 //   Pinned: scanner_position_skips_newlines
-void cAttrLexer::pass(std::size_t size, std::size_t lines, std::size_t column) {
-    line_ += static_cast<unsigned>(lines);
-    column_ = static_cast<unsigned>(lines ? column : column_ + size);
-    position_ += static_cast<unsigned>(size - lines);
-    offset_ += size;
-}
-
-void cAttrLexer::pass(std::string_view text) {
-    auto const lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-    pass(text.size(), lines, text.size() - 1 - text.rfind('\n'));
+void cAttrLexer::pass_lines(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\n') continue;
+        ++line_;
+        ++uncounted_;
+        line_start_ = static_cast<unsigned>(offset_ - text.size() + i + 1);
+    }
 }
 
 // A string for the text of the next token, other than that of the one before.
 std::string &cAttrLexer::next_text() { return texts_[last_text_ ^= 1]; }
 
-void cAttrLexer::finish(int code, std::string_view text) {
-    token_.code = code;
-    token_.text = text;
+cToken const &cAttrLexer::finish() {
     literal_filled_ = false;
-    if (watched_) finish_watched();
+    return watched_ ? finish_watched() : token_;
 }
 
-void cAttrLexer::finish_watched() {
+cToken const &cAttrLexer::finish_watched() {
     if (!places_.empty()) set_outer_place();
     if (literal_known_) fill_literal();
     if (dump_) dump();
+    return token_;
 }
 
 void cAttrLexer::set_outer_place() {
-    std::size_t const offset = offset_ - token_.text.size();
+    std::size_t const offset = offset_ - token_.text.size() - before_places_;
     auto const behind = [](std::size_t at, cAttrPlace const &p) { return at < p.offset; };
     auto next = std::upper_bound(places_.begin(), places_.end(), offset, behind);
     if (next == places_.begin()) return;
@@ -274,15 +301,22 @@ void cAttrLexer::dump() const {
                    << token_.column << " '" << token_.text << "'" << std::endl;
 }
 
+// --- going back ---
+
+void cAttrLexer::place(unsigned position, unsigned line, unsigned column) {
+    line_ = line;
+    line_start_ = static_cast<unsigned>(offset_) - column;
+    uncounted_ = static_cast<unsigned>(offset_) - position;
+    before_places_ = offset_ - position;
+}
+
 // The seek goes to the stream's buffer: a failure then leaves the stream's state good. A position
 // of -1, from an input that can't tell its offset, must not become one of four thousand million.
 void cAttrLexer::reset(unsigned position, unsigned line, unsigned column) {
     pushed_.clear();
     again_ = false;
-    position_ = position;
-    offset_ = position;
-    line_ = line;
-    column_ = column;
+    hold();
+    place(position, line, column);
     token_.code = tkEof;
     literal_.code = tkEof;
     drop_lookahead();
@@ -296,6 +330,7 @@ cAttrScanner::cAttrScanner(std::istream &in) : lexer_(cAttrLexer::find(in)) {
     if (!lexer_) {
         lexer_ = new cAttrLexer(in);
         lexer_->plain_ = true;
+        lexer_->held_ = false;
     }
     ++lexer_->users_;
 }
@@ -315,9 +350,11 @@ int cAttrScanner::gettoken(cAttrLiteral &token) const {
     return token.code;
 }
 
-cToken const &cAttrScanner::next_token() const {
-    lexer_->gettoken();
-    return lexer_->token_;
+cToken const &cAttrScanner::next_token() const { return lexer_->next(); }
+
+char const *cAttrScanner::memory_place() const {
+    std::istream *const in = lexer_->input();
+    return in ? scan::memory_place(*lexer_->buffer()) : nullptr;
 }
 
 void cAttrScanner::ungettoken() const { lexer_->unget(); }
@@ -336,7 +373,7 @@ void cAttrScanner::reset(unsigned position, unsigned line, unsigned column) cons
     lexer_->reset(position, line, column);
 }
 void cAttrScanner::flush() const {
-    lexer_->reset(lexer_->position_, lexer_->line_, lexer_->column_);
+    lexer_->reset(lexer_->position(), lexer_->line_, lexer_->column());
 }
 
 bool cAttrScanner::return_ws() const { return lexer_->return_ws_; }
@@ -356,9 +393,9 @@ bool cAttrScanner::setdump(bool on) const {
     return before;
 }
 
-unsigned cAttrScanner::position() const { return lexer_->position_; }
+unsigned cAttrScanner::position() const { return lexer_->position(); }
 unsigned cAttrScanner::lineno() const { return lexer_->line_; }
-unsigned cAttrScanner::column() const { return lexer_->column_; }
+unsigned cAttrScanner::column() const { return lexer_->column(); }
 
 std::string const &cAttrScanner::filename() const { return lexer_->filename_; }
 void cAttrScanner::set_filename(char const *name) const { lexer_->filename_ = name ? name : ""; }

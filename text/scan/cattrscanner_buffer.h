@@ -2,67 +2,50 @@
 // What the matching engine keeps about one input. Private to the engine.
 //
 // Characters move only like this: stream --take()--> ahead --consume()--> used. Every character is
-// taken from the stream once. What is ahead of the current place is a view: into the text itself
-// if that is in memory (cMemoryBuf), else into `few_` or `look_`, so that the stream may change
-// under it. Used characters are removed from `look_` in bulk, so that each is moved a bounded
-// number of times on average.
+// taken from the stream once. The look-ahead is a copy, so that the stream may change under it;
+// used characters are removed from `look_` in bulk, so that each is moved a bounded number of times
+// on average.
 
-#include <algorithm>
+#include "text/scan/cmemory_stream.h"
+
 #include <array>
 #include <cstddef>
 #include <istream>
 #include <string>
 #include <string_view>
 
-class cMemoryBuf;
-
 struct yy_buffer_state {
     explicit yy_buffer_state(std::istream *stream) : in(stream) {}
     yy_buffer_state(yy_buffer_state const &) = delete;
     yy_buffer_state &operator=(yy_buffer_state const &) = delete;
 
-    // More look-ahead than this is not looked for in front of a stream's get pointer.
+    // As much look-ahead as is expected to lie in front of the stream's get pointer too.
     static constexpr std::size_t few = 8;
 
-    // Copies characters behind those ahead.
-    void take(char const *first, std::size_t n);
-    // Changes what is ahead, to a part of the text in memory or to a copy.
-    void view(std::string_view rest) {
-        if (in_look_) release();
-        ahead = rest;
-    }
-    void copy(std::string_view rest) {
-        if (in_look_) release();
-        if (rest.size() > few) return take_all(rest);
-        std::copy(rest.begin(), rest.end(), few_.begin());
-        ahead = {few_.data(), rest.size()};
+    void take(char const *first, std::size_t n); // copies characters behind those ahead
+    // Up to `few` characters are ahead, and nothing else.
+    void look_ahead(char const *first, std::size_t n) {
+        for (std::size_t i = 0; i < n; ++i) few_[i] = first[i];
+        ahead = {few_.data(), n};
     }
     void consume(std::size_t n);
-    void drop() { consume(ahead.size()); }
+    void drop();
     void reserve(std::size_t n) { look_.reserve(n); }
-    // The buffer if its characters are in memory, else null.
-    cMemoryBuf const *text_of(std::streambuf *b) {
-        if (b != known_) recognise(b);
-        return text_;
-    }
+    void recognise();
 
-    std::istream *in; // borrowed
-    std::string_view ahead;
-    std::size_t offset = 0; // of the current place, never goes back
-    // No string opened before this offset is closed, for double and single quotes. Whether a quote
-    // or a newline is escaped depends only on the backslashes directly before it, so a search that
-    // failed speaks for every later quote of its kind up to the place where it stopped. That place
-    // was taken from the stream, so it never lies behind a look-ahead that was dropped.
+    std::istream *in;       // borrowed
+    std::string_view ahead; // at most `few` characters in few_, or more in look_
+    // No string opened before this offset of the engine is closed, for double and single quotes.
+    // Whether a quote or a newline is escaped depends only on the backslashes directly before it,
+    // so a search that failed speaks for every later quote of its kind up to the place where it
+    // stopped.
     std::size_t no_close[2] = {0, 0};
+    std::streambuf *known = nullptr; // the stream's buffer when it was looked at
+    bool in_memory = false;          // its characters stay where they are
 
   private:
-    void recognise(std::streambuf *b);
-    void take_all(std::string_view rest);
     void release();
 
     std::string look_;
     std::array<char, few> few_{};
-    bool in_look_ = false; // `ahead` is a view of the end of look_
-    std::streambuf *known_ = nullptr;
-    cMemoryBuf const *text_ = nullptr; // known_ as what it is
 };

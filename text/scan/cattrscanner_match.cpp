@@ -29,10 +29,7 @@ constexpr std::size_t room_kept = 1 << 16;
 constexpr std::size_t used_kept = 1 << 12;
 
 void yy_buffer_state::take(char const *first, std::size_t n) {
-    if (!in_look_) {
-        look_.assign(ahead);
-        in_look_ = true;
-    }
+    if (look_.empty()) look_.assign(ahead);
     std::size_t used = look_.size() - ahead.size();
     if (used > used_kept && used > look_.size() / 2) {
         look_.erase(0, used);
@@ -42,26 +39,25 @@ void yy_buffer_state::take(char const *first, std::size_t n) {
     ahead = std::string_view(look_).substr(used);
 }
 
-void yy_buffer_state::take_all(std::string_view rest) {
-    ahead = {};
-    take(rest.data(), rest.size());
-}
-
-void yy_buffer_state::release() {
-    in_look_ = false;
+void yy_buffer_state::consume(std::size_t n) {
+    ahead.remove_prefix(n);
+    if (ahead.size() > few) return;
+    look_ahead(ahead.data(), ahead.size());
     if (look_.capacity() > room_kept) std::string().swap(look_);
     look_.clear();
 }
 
-void yy_buffer_state::consume(std::size_t n) {
-    ahead.remove_prefix(n);
-    offset += n;
-    if (in_look_ && ahead.empty()) release();
+// Other characters come next, so that what is known about strings no longer holds.
+void yy_buffer_state::drop() {
+    consume(ahead.size());
+    no_close[0] = no_close[1] = 0;
 }
 
-void yy_buffer_state::recognise(std::streambuf *b) {
-    known_ = b;
-    text_ = dynamic_cast<cMemoryBuf const *>(b);
+void yy_buffer_state::recognise() {
+    std::streambuf *const b = in ? in->rdbuf() : nullptr;
+    if (b == known) return;
+    known = b;
+    in_memory = dynamic_cast<cMemoryBuf const *>(known) != nullptr;
 }
 
 // The characters that the engine sees when it takes each by itself.
@@ -76,10 +72,10 @@ class cStreamChars {
     std::size_t skip_to(std::size_t i, unsigned set);
     std::string_view text(std::size_t size) const { return buffer_.ahead.substr(0, size); }
     bool never_closed(char quote) const {
-        return buffer_.offset < buffer_.no_close[quote == '"' ? 0 : 1];
+        return engine_.offset_ < buffer_.no_close[quote == '"' ? 0 : 1];
     }
     void set_no_close(char quote, std::size_t i) {
-        buffer_.no_close[quote == '"' ? 0 : 1] = buffer_.offset + i;
+        buffer_.no_close[quote == '"' ? 0 : 1] = engine_.offset_ + i;
     }
 
   private:
@@ -216,6 +212,7 @@ std::string_view attrFlexLexer::matched() const {
 
 void attrFlexLexer::consume() {
     if (buffer_) buffer_->consume(size_);
+    offset_ += size_;
     size_ = 0;
 }
 
@@ -227,6 +224,7 @@ void attrFlexLexer::drop_lookahead() {
 attrFlexLexer::rule attrFlexLexer::match() {
     size_ = 0;
     if (!buffer_) return r_end;
+    buffer_->recognise();
     cStreamChars chars(*this);
     scan::cRules<cStreamChars> rules(chars);
     rule const r = rules.match();

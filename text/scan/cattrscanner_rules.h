@@ -32,11 +32,9 @@ enum char_stop : unsigned {
 enum char_kind : unsigned {
     ck_single,
     ck_letter,
-    ck_digit,
-    ck_space, // or a comment; a slash too
+    ck_number, // or += or a sign or a point by itself
+    ck_space,  // or a comment; a slash too
     ck_string,
-    ck_sign,
-    ck_point,
     ck_hash,
     ck_less,
     ck_and
@@ -45,17 +43,12 @@ constexpr unsigned kind_shift = 8;
 
 constexpr unsigned kind_of(char c) {
     if (is_letter(c)) return ck_letter;
-    if (is_digit(c)) return ck_digit;
+    if (is_digit(c) || c == '+' || c == '-' || c == '.') return ck_number;
     if (is_white(c) || c == '/') return ck_space;
     switch (c) {
     case '"':
     case '\'':
         return ck_string;
-    case '+':
-    case '-':
-        return ck_sign;
-    case '.':
-        return ck_point;
     case '#':
         return ck_hash;
     case '<':
@@ -134,8 +127,7 @@ template <class Chars> class cRules {
     }
     rule match_word();
     rule match_const();
-    rule match_sign(int sign);
-    rule match_number(std::size_t from);
+    rule match_number(int sign);
     rule match_suffix(std::size_t from, std::size_t letter);
     rule match_fraction(std::size_t point);
     rule match_string(char quote);
@@ -146,22 +138,18 @@ template <class Chars> class cRules {
     bool lines_ = false;
 };
 
-template <class Chars> attrFlexLexer::rule cRules<Chars>::match() {
+template <class Chars> [[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match() {
     int const c = at(0);
     if (c < 0) return found(attrFlexLexer::r_end, 0);
     switch (classes[static_cast<std::size_t>(c)] >> kind_shift) {
     case ck_letter:
         return match_word();
-    case ck_digit:
-        return match_number(0);
+    case ck_number:
+        return match_number(c);
     case ck_space:
         return match_space();
     case ck_string:
         return match_string(static_cast<char>(c));
-    case ck_sign:
-        return match_sign(c);
-    case ck_point:
-        return digit_at(1) ? match_fraction(0) : found(attrFlexLexer::r_char, 1);
     case ck_hash:
         return match_const();
     case ck_less:
@@ -175,7 +163,8 @@ template <class Chars> attrFlexLexer::rule cRules<Chars>::match() {
     }
 }
 
-template <class Chars> attrFlexLexer::rule cRules<Chars>::match_word() {
+template <class Chars>
+[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_word() {
     size_ = chars_.skip_to(1, cs_no_word);
     if (size_ != 4 && size_ != 5) return attrFlexLexer::r_ident;
     std::string_view const word = chars_.text(size_);
@@ -183,35 +172,36 @@ template <class Chars> attrFlexLexer::rule cRules<Chars>::match_word() {
     return word == "false" ? attrFlexLexer::r_false : attrFlexLexer::r_ident;
 }
 
-template <class Chars> attrFlexLexer::rule cRules<Chars>::match_const() {
+template <class Chars>
+[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_const() {
     int const c = at(1);
     if (c < 0 || stops(c, cs_no_word) || is_digit_at(c)) return found(attrFlexLexer::r_char, 1);
     return found(attrFlexLexer::r_const, chars_.skip_to(2, cs_no_word));
 }
 
-template <class Chars> attrFlexLexer::rule cRules<Chars>::match_sign(int sign) {
-    int const c = at(1);
-    if (is_digit_at(c)) return match_number(1);
-    if (c == '.' && digit_at(2)) return match_fraction(1);
-    return sign == '+' && c == '=' ? found(attrFlexLexer::r_add_assign, 2)
-                                   : found(attrFlexLexer::r_char, 1);
-}
-
-// Digits stand at `from`, behind a sign if that isn't 0. A signed number needs a digit behind its
-// point, one without sign does not.
-template <class Chars> attrFlexLexer::rule cRules<Chars>::match_number(std::size_t from) {
-    std::size_t const end = chars_.skip_to(from + 1, cs_no_digit);
-    int const c = at(end);
-    if (c < 0) return found(attrFlexLexer::r_int, end);
-    if (!stops(c, cs_no_word)) return match_suffix(from, end);
-    if (c == '.' && (from == 0 || digit_at(end + 1))) return match_fraction(end);
-    return found(attrFlexLexer::r_int, end);
+// A number, or what begins like one. Without digits before its point, or with a sign, it needs a
+// digit behind the point.
+template <class Chars>
+[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_number(int const first) {
+    std::size_t const from = first == '+' || first == '-' ? 1 : 0;
+    std::size_t end = from;
+    int c = from ? at(1) : first;
+    bool const digits = is_digit_at(c);
+    if (digits) {
+        end = chars_.skip_to(from + 1, cs_no_digit);
+        c = at(end);
+        if (c >= 0 && !stops(c, cs_no_word)) return match_suffix(from, end);
+    }
+    if (c == '.' && ((digits && from == 0) || digit_at(end + 1))) return match_fraction(end);
+    if (digits) return found(attrFlexLexer::r_int, end);
+    return first == '+' && c == '=' ? found(attrFlexLexer::r_add_assign, 2)
+                                    : found(attrFlexLexer::r_char, 1);
 }
 
 // Letters run on behind the digits: a hexadecimal or an unsigned number if all of it fits, else
 // bad.
-template <class Chars>
-attrFlexLexer::rule cRules<Chars>::match_suffix(std::size_t from, std::size_t letter) {
+template <class Chars> [[gnu::always_inline]] inline attrFlexLexer::rule
+cRules<Chars>::match_suffix(std::size_t from, std::size_t letter) {
     size_ = chars_.skip_to(letter, cs_no_word);
     std::string_view const text = chars_.text(size_);
     char const first = text[letter];
@@ -226,7 +216,8 @@ attrFlexLexer::rule cRules<Chars>::match_suffix(std::size_t from, std::size_t le
     return hex ? attrFlexLexer::r_hex : attrFlexLexer::r_bad_ident;
 }
 
-template <class Chars> attrFlexLexer::rule cRules<Chars>::match_fraction(std::size_t point) {
+template <class Chars>
+[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_fraction(std::size_t point) {
     std::size_t end = chars_.skip_to(point + 1, cs_no_digit);
     int c = at(end);
     if (c == 'e' || c == 'E') {
@@ -239,7 +230,8 @@ template <class Chars> attrFlexLexer::rule cRules<Chars>::match_fraction(std::si
                                 : found(attrFlexLexer::r_double, end);
 }
 
-template <class Chars> attrFlexLexer::rule cRules<Chars>::match_string(char quote) {
+template <class Chars>
+[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_string(char quote) {
     if (chars_.never_closed(quote)) return found(attrFlexLexer::r_char, 1);
     for (std::size_t i = 1;; i += 2) {
         i = chars_.skip_to(i, quote == '"' ? cs_quote : cs_tick);
@@ -256,7 +248,8 @@ template <class Chars> attrFlexLexer::rule cRules<Chars>::match_string(char quot
     }
 }
 
-template <class Chars> attrFlexLexer::rule cRules<Chars>::match_space() {
+template <class Chars>
+[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_space() {
     std::size_t const end = chars_.skip_to(0, cs_no_space);
     if (at(end) == '/') {
         int const c = at(end + 1);
@@ -269,7 +262,8 @@ template <class Chars> attrFlexLexer::rule cRules<Chars>::match_space() {
     return end ? found(attrFlexLexer::r_space, end) : found(attrFlexLexer::r_char, 1);
 }
 
-template <class Chars> bool cRules<Chars>::match_comment(std::size_t from) {
+template <class Chars>
+[[gnu::always_inline]] inline bool cRules<Chars>::match_comment(std::size_t from) {
     for (std::size_t i = from;; ++i) {
         i = chars_.skip_to(i, cs_star);
         if (at(i) < 0) return size_ = i, false;

@@ -2,19 +2,17 @@
 // The characters that the scanner can see without asking the stream for more: the look-ahead and
 // what lies ready behind it in the stream's get area, as one stretch of memory.
 //
-// Most tokens lie in it whole. A match that comes to its end is thrown away and made again from the
-// stream (cStreamChars), character by character, so that the stream is asked for more exactly when
-// the rules need more. In a text that is in memory the end of the window is the end of input.
-//
-// The look-ahead was copied when it was taken, so the stream may have been changed since. It is
-// used in place only if the very same characters still lie in front of the get pointer.
+// Most tokens lie in it whole. A match that comes to its end is void, and is made again from the
+// stream, character by character, so that the stream is asked for more exactly when the rules need
+// more.
+// The look-ahead was copied when it was taken, since the stream may change at any time. It is used
+// in place only if the very same characters lie in front of the get pointer: then the window holds
+// what the scanner would see, whatever was done to the stream.
 
 #include "text/scan/cattrscanner_buffer.h"
 #include "text/scan/cattrscanner_rules.h"
-#include "text/scan/cmemory_stream.h"
 
 #include <climits>
-#include <cstring>
 
 namespace scan {
 
@@ -31,6 +29,15 @@ struct cGetArea : std::streambuf {
         char const *const first = begin(b);
         return end(b) - first > INT_MAX ? first + INT_MAX : end(b);
     }
+    // Where `ahead` lies in front of the get pointer; null if it doesn't.
+    static char const *before(std::streambuf const &b, std::string_view ahead) {
+        std::ptrdiff_t n = static_cast<std::ptrdiff_t>(ahead.size());
+        if (n > begin(b) - start(b)) return nullptr;
+        char const *const first = begin(b) - n;
+        while (n-- > 0)
+            if (first[n] != ahead[static_cast<std::size_t>(n)]) return nullptr;
+        return first;
+    }
 };
 
 // White space that was passed over.
@@ -40,69 +47,72 @@ struct cWhite {
     std::size_t column = 0; // characters behind the last newline
 };
 
+// Everything is inline and nothing keeps its address: a window lives in registers.
 class cWindow {
   public:
-    // `plain`: the end of input is asked of nobody but the stream.
-    cWindow(yy_buffer_state *buffer, bool plain);
+    // `offset` of the engine, at the current place.
+    cWindow(yy_buffer_state *buffer, std::size_t offset);
 
     // Moves the window's beginning behind white space, unless a comment may begin there.
     cWhite pass_white();
 
     // For the rules.
-    int at(std::size_t i);
-    std::size_t skip_to(std::size_t i, unsigned set);
+    int at(std::size_t i) {
+        if (i >= static_cast<std::size_t>(end_ - base_)) return void_ = true, -1;
+        see(base_ + i);
+        return look_at(base_ + i);
+    }
+    std::size_t skip_to(std::size_t i, unsigned set) {
+        char const *p = base_ + i;
+        while (p != end_ && !stops(look_at(p), set)) ++p;
+        if (p == end_)
+            void_ = true;
+        else
+            see(p);
+        return static_cast<std::size_t>(p - base_);
+    }
     std::string_view text(std::size_t size) const { return {base_, size}; }
     bool never_closed(char quote) const {
-        return buffer_->offset + passed_ < buffer_->no_close[quote == '"' ? 0 : 1];
+        return offset_ < buffer_->no_close[quote == '"' ? 0 : 1];
     }
     void set_no_close(char quote, std::size_t i) {
-        if (!ran_out_) buffer_->no_close[quote == '"' ? 0 : 1] = buffer_->offset + passed_ + i;
+        if (!void_) buffer_->no_close[quote == '"' ? 0 : 1] = offset_ + i;
     }
 
-    bool ran_out() const { return ran_out_; } // the match is void
-    void give_up() { ran_out_ = true; }
-    bool met_end() const { return met_end_; } // the end of input was looked at
-    bool lasting() const { return lasting_; } // views of the text stay valid
-
-    // Takes what was looked at from the stream; ahead is then what is behind the white space.
-    void take();
-    // Goes behind the match.
-    void consume(std::size_t size);
+    // Is more needed, to find the match or to note what is ahead behind it?
+    bool fails(std::size_t size) const {
+        return void_ || seen_ - (base_ + size) > static_cast<std::ptrdiff_t>(yy_buffer_state::few);
+    }
+    // Goes behind the match: takes from the stream what was looked at.
+    void consume(std::size_t size) {
+        cGetArea::skip(*buffer_->known, static_cast<std::size_t>(seen_ - get_));
+        buffer_->look_ahead(base_ + size, static_cast<std::size_t>(seen_ - base_) - size);
+    }
+    char const *begin() const { return base_; }
+    char const *end() const { return end_; }
 
   private:
+    void see(char const *p) { seen_ = p >= seen_ ? p + 1 : seen_; }
+
     yy_buffer_state *buffer_;
-    std::streambuf *stream_ = nullptr;
+    std::size_t offset_;
     char const *base_ = nullptr;
     char const *end_ = nullptr;
     char const *get_ = nullptr;  // the get pointer
     char const *seen_ = nullptr; // behind what was looked at
-    std::size_t passed_ = 0;
-    bool whole_ = false;
-    bool lasting_ = false;
-    bool ran_out_ = false;
-    bool met_end_ = false;
+    bool void_ = false;
 };
 
-inline cWindow::cWindow(yy_buffer_state *buffer, bool plain) : buffer_(buffer) {
+inline cWindow::cWindow(yy_buffer_state *buffer, std::size_t offset)
+    : buffer_(buffer), offset_(offset) {
     if (!buffer || !buffer->in || !buffer->in->good()) return;
-    std::streambuf &b = *buffer->in->rdbuf();
-    cMemoryBuf const *const text = buffer->text_of(&b);
-    char const *const get = cGetArea::begin(b);
-    std::string_view const ahead = buffer->ahead;
-    if (!ahead.empty()) {
-        bool const in_place =
-            text ? ahead.data() + ahead.size() == get
-                 : ahead.size() <= yy_buffer_state::few &&
-                       get - cGetArea::start(b) >= static_cast<std::ptrdiff_t>(ahead.size()) &&
-                       std::memcmp(get - ahead.size(), ahead.data(), ahead.size()) == 0;
-        if (!in_place) return;
-    }
-    stream_ = &b;
-    base_ = get - ahead.size();
-    get_ = seen_ = get;
-    end_ = cGetArea::reach(b);
-    lasting_ = text != nullptr;
-    whole_ = plain && text && !text->broken() && end_ == cGetArea::end(b);
+    std::streambuf const *const b = buffer->in->rdbuf();
+    if (b != buffer->known) return;
+    char const *const base = cGetArea::before(*b, buffer->ahead);
+    if (!base) return;
+    base_ = base;
+    get_ = seen_ = cGetArea::begin(*b);
+    end_ = cGetArea::reach(*b);
 }
 
 inline cWhite cWindow::pass_white() {
@@ -117,46 +127,22 @@ inline cWhite cWindow::pass_white() {
             ++white.lines;
             line = p + 1;
         } else if (stops(c, cs_no_space)) {
+            if (c == '/') return {};
             break;
         }
     }
-    if (*p == '/') return {};
-    white.size = passed_ = static_cast<std::size_t>(p - base_);
+    white.size = static_cast<std::size_t>(p - base_);
     white.column = static_cast<std::size_t>(p - line);
     base_ = p;
+    offset_ += white.size;
     return white;
 }
 
-inline int cWindow::at(std::size_t i) {
-    if (i >= static_cast<std::size_t>(end_ - base_)) {
-        (whole_ ? met_end_ : ran_out_) = true;
-        return -1;
-    }
-    seen_ = std::max(seen_, base_ + i + 1);
-    return look_at(base_ + i);
-}
-
-inline std::size_t cWindow::skip_to(std::size_t i, unsigned set) {
-    char const *p = base_ + i;
-    while (p != end_ && !stops(look_at(p), set)) ++p;
-    if (p == end_)
-        (whole_ ? met_end_ : ran_out_) = true;
-    else
-        seen_ = std::max(seen_, p + 1);
-    return static_cast<std::size_t>(p - base_);
-}
-
-inline void cWindow::take() {
-    if (met_end_) seen_ = end_;
-    cGetArea::skip(*stream_, static_cast<std::size_t>(seen_ - get_));
-    buffer_->offset += passed_;
-    if (lasting_) buffer_->view({base_, static_cast<std::size_t>(seen_ - base_)});
-}
-
-inline void cWindow::consume(std::size_t size) {
-    buffer_->offset += size;
-    std::string_view const rest(base_ + size, static_cast<std::size_t>(seen_ - base_) - size);
-    lasting_ ? buffer_->view(rest) : buffer_->copy(rest);
+// Where the engine is in a text in memory; else null.
+inline char const *memory_place(yy_buffer_state &buffer) {
+    std::streambuf const *const b = buffer.in->rdbuf();
+    if (!b || b != buffer.known || !buffer.in_memory) return nullptr;
+    return cGetArea::before(*b, buffer.ahead);
 }
 
 } // namespace scan

@@ -113,6 +113,8 @@ template <class T> class cSetTmp {
     T old_{};
 };
 
+struct cEnclosedText; // see text/scan/cenclosed_text.h
+
 // One input with the characters that were taken from it and not used yet.
 struct yy_buffer_state;
 
@@ -194,6 +196,7 @@ class QRV_API attrFlexLexer : public FlexLexer {
     void drop_lookahead();
 
     yy_buffer_state *buffer() const { return buffer_; }
+    std::size_t offset_ = 0; // characters used
 
   private:
     friend class cStreamChars;
@@ -220,47 +223,58 @@ class QRV_API cAttrLexer : public attrFlexLexer {
   private:
     friend class cAttrScanner;
     int gettoken();
-    int pushed_token();
-    int scan();
+    cToken const &next();
+    cToken const &held_token();
+    cToken const &scan();
+    cToken const &scan_slowly();
     bool scan_stream();
     bool is_wanted(rule r) const;
     void unget();
     void unget(cAttrLiteral const &token);
+    void hold();
     void reset(unsigned position, unsigned line, unsigned column);
+    unsigned column() const { return static_cast<unsigned>(offset_) - line_start_; }
+    unsigned position() const { return static_cast<unsigned>(offset_) - uncounted_; }
+    void place(unsigned position, unsigned line, unsigned column);
     void begin_token();
-    void pass(std::size_t size, std::size_t lines, std::size_t column);
-    void pass(std::string_view text);
+    void pass_lines(std::string_view text);
     std::string &next_text();
     void append(std::string &text);
-    void finish(int code, std::string_view text);
-    void finish_watched();
+    cToken const &keep_text();
+    cToken const &finish();
+    cToken const &finish_watched();
     void set_outer_place();
     cAttrLiteral const &literal();
     void fill_literal();
     void watch();
     void dump() const;
 
-    cToken token_;         // the current one
-    cAttrLiteral literal_; // the same with a string, once that was asked for
-    bool literal_filled_ = false;
-    bool literal_known_ = false; // to someone who may keep it and look at it again
-    bool dump_ = false;
-    bool watched_ = false; // tokens need more than their fields set: one of these two, or places_
-    bool plain_ = false;   // made by a scanner, and so of no derived class
-    bool again_ = false;   // the current token comes again
+    cToken token_; // the current one
+    // The running counters: what the offset is less than them.
+    unsigned line_ = 1;
+    unsigned line_start_ = 0;       // of the column
+    unsigned uncounted_ = 0;        // of the position
+    std::size_t before_places_ = 0; // of the offset in outer places
     bool return_ws_ = false;
     bool return_com_ = false;
+    bool held_ = true; // what comes next is not simply scanned: pushed back, or by another class
+    bool watched_ = false; // tokens need more than their fields: one of the next two, or places_
+    bool literal_known_ = false; // someone may keep literal_ and look at it again
+    bool dump_ = false;
+    bool literal_filled_ = false;
+    bool plain_ = false;               // made by a scanner, and so of no derived class
+    bool again_ = false;               // the current token comes again
+    cAttrLiteral literal_;             // the current token with a string, once that was asked for
     std::vector<cAttrLiteral> pushed_; // a stack, below the token that comes again
-    std::string texts_[2]; // of the last two tokens, where views of the input don't last
+    // The texts of the last two tokens, where views of the input don't last: short ones and others.
+    static constexpr std::size_t short_text = 16;
+    char short_texts_[2][short_text];
+    std::string texts_[2];
     unsigned last_text_ = 0;
     int users_ = 0;
-    unsigned line_ = 1;
-    unsigned column_ = 0;
-    unsigned position_;
     unsigned errors_ = 0;
     cSignal1<cErr &> sig_error_;
     std::string filename_;
-    std::size_t offset_ = 0; // bytes passed, newlines counted
     std::vector<cAttrPlace> places_;
     cAttrLexer *next_ = nullptr; // in the list of all lexers
     static cAttrLexer *first_;
@@ -330,7 +344,12 @@ class QRV_API cAttrScanner {
     int gettoken() const;
     int gettoken(cAttrLiteral &token) const; // and a copy of it
     cToken const &next_token() const;        // and the current token itself
+    // Reads up to the bracket that closes, behind one that was read; its code. 0 if the input ends
+    // first, or a token of a code below 0 comes.
+    int read_enclosed(int open, int close, cEnclosedText &to) const;
 
   private:
+    // Where the next token is looked for, if the input is a text in memory; else null.
+    char const *memory_place() const;
     cAttrLexer *lexer_;
 };
