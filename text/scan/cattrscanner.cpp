@@ -1,11 +1,14 @@
 // Tokens: the current one, those pushed back, the counters, and who shares them.
 //
-// Each match begins a token at the running counters, except inside a block comment, whose pieces
-// extend the token begun by its opening. Then the counters go over the matched text. A token pushed
-// back and read again doesn't move them.
-// A lexer is in the list of lexers from its constructor to its destructor, and lives as long as a
-// scanner uses it. The list is searched by the stream's address: a stream that dies before its
-// scanners leaves a lexer that a new stream at that address would find.
+// Each match begins a token at the running counters, except inside a block comment that is read in
+// pieces, which extend the token begun by its opening. Then the counters go over the matched text.
+// A token pushed back and read again doesn't move them. The text of a token is a view: of a text in
+// memory, of one of the lexer's two copies, or of a table of single characters. The string that
+// token() returns is filled when it is first asked for; since the caller may keep the reference,
+// from then on with each token. A lexer is in the list of lexers from its constructor to its
+// destructor, and lives as long as a scanner uses it. The list is searched by the stream's address:
+// a stream that dies before its scanners leaves a lexer that a new stream at that address would
+// find.
 
 #include "qrv/text/scan/cattrscanner.h"
 
@@ -13,12 +16,15 @@
 #include <array>
 #include <cassert>
 #include <cstdint>
+#include <cstring>
 #include <istream>
 #include <ostream>
 #include <utility>
 
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
+#include "text/scan/cattrscanner_rules.h"
+#include "text/scan/cattrscanner_window.h"
 
 char const *cat::token_name(int code) {
 #define QRV_TOKEN_NAME(name, number)                                                               \
@@ -30,6 +36,9 @@ char const *cat::token_name(int code) {
 }
 
 cAttrLiteral::cAttrLiteral() = default;
+cAttrLiteral::cAttrLiteral(cToken const &token)
+    : code(token.code), text(token.text), line(token.line), column(token.column),
+      position(token.position), outer_line(token.outer_line), outer_column(token.outer_column) {}
 cAttrLiteral::cAttrLiteral(cAttrLiteral const &) = default;
 cAttrLiteral::cAttrLiteral(cAttrLiteral &&) noexcept = default;
 cAttrLiteral &cAttrLiteral::operator=(cAttrLiteral const &) = default;
@@ -45,18 +54,38 @@ unsigned stream_offset(std::istream &in) {
         static_cast<std::streamoff>(in.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in)));
 }
 
-// Codes of the rules that always return a token with a fixed code, by rule number.
-constexpr std::array<int, 15> codes = {tkEof,      tkBool,  tkBool,      tkInt,       tkUnsigned,
-                                       tkBadIdent, tkInt,   tkFloat,     tkDouble,    tkString,
-                                       tkConst,    tkIdent, tkAddAssign, tkShiftLeft, tkAndAssign};
+void copy(cToken const &token, cAttrLiteral &literal) {
+    literal.code = token.code;
+    literal.text.assign(token.text);
+    literal.line = token.line;
+    literal.column = token.column;
+    literal.position = token.position;
+    literal.outer_line = token.outer_line;
+    literal.outer_column = token.outer_column;
+}
+
+// Codes of the tokens by rule number; a single character has its own.
+constexpr std::array<int, 22> codes = {
+    0,         tkBool,   tkBool,  tkInt,   tkUnsigned,  tkBadIdent,  tkInt,       tkFloat,
+    tkDouble,  tkString, tkConst, tkIdent, tkAddAssign, tkShiftLeft, tkAndAssign, tkComment,
+    tkComment, 0,        0,       tkSpace, 0,           tkEof};
+
+constexpr std::array<char, 256> make_singles() {
+    std::array<char, 256> singles{};
+    for (unsigned i = 0; i < singles.size(); ++i)
+        singles[i] = static_cast<char>(static_cast<unsigned char>(i));
+    return singles;
+}
+// Each character by itself, for the texts of tokens of one.
+constexpr std::array<char, 256> singles = make_singles();
 
 } // namespace
 
 constinit cAttrLexer *cAttrLexer::first_ = nullptr;
 
-cAttrLexer::cAttrLexer(std::istream &in)
-    : attrFlexLexer(&in), position_(stream_offset(in)), offset_(position_) {
-    token_.position = position_;
+cAttrLexer::cAttrLexer(std::istream &in) : attrFlexLexer(&in) {
+    place(stream_offset(in), 1, 0);
+    token_.position = position();
     cAttrLexer **end = &first_;
     while (*end) end = &(*end)->next_;
     *end = this;
@@ -81,104 +110,215 @@ unsigned cAttrLexer::living() {
     return n;
 }
 
+// --- tokens pushed back ---
+
+cToken const &cAttrLexer::next() { return held_ ? held_token() : scan(); }
+
 int cAttrLexer::gettoken() {
-    if (pushed_.empty()) return yylex();
-    token_ = std::move(pushed_.back());
-    pushed_.pop_back();
-    return token_.code;
+    bool const derived = held_ && !again_ && pushed_.empty();
+    return derived ? yylex() : next().code;
 }
 
-int cAttrLexer::yylex() {
+cToken const &cAttrLexer::held_token() {
+    if (again_) {
+        again_ = false;
+        hold();
+        return token_;
+    }
+    if (pushed_.empty()) {
+        yylex();
+        return token_;
+    }
+    literal_ = std::move(pushed_.back());
+    pushed_.pop_back();
+    hold();
+    literal_filled_ = true;
+    token_ = {
+        next_text() = literal_.text, literal_.code,       literal_.line,        literal_.column,
+        literal_.position,           literal_.outer_line, literal_.outer_column};
+    return token_;
+}
+
+void cAttrLexer::unget() {
+    if (again_) pushed_.emplace_back(token_);
+    again_ = held_ = true;
+}
+
+void cAttrLexer::unget(cAttrLiteral const &token) {
+    if (std::exchange(again_, false)) pushed_.emplace_back(token_);
+    pushed_.push_back(token);
+    held_ = true;
+}
+
+void cAttrLexer::hold() { held_ = again_ || !pushed_.empty() || !plain_; }
+
+// --- matches become tokens ---
+
+int cAttrLexer::yylex() { return scan().code; }
+
+bool cAttrLexer::is_wanted(rule r) const {
+    if (r == r_space) return return_ws_;
+    return return_com_ || (r != r_line_comment && r != r_block_comment);
+}
+
+// One function without calls but at its ends, so that the compiler keeps the window in registers.
+cToken const &cAttrLexer::scan() {
     for (;;) {
-        rule const r = match();
-        begin_token();
-        switch (r) {
-        case r_end:
-            return finish(tkEof);
-        case r_char:
-            return finish(static_cast<signed char>(append(true)));
-        case r_space:
-            append(return_ws_);
-            if (return_ws_) return finish(tkSpace);
-            break;
-        case r_line_comment:
-            append(return_com_);
-            if (return_com_) return finish(tkComment);
-            break;
-        case r_block_comment:
-            if (read_block_comment()) return finish(tkComment);
-            break;
-        default:
-            append(true);
-            return finish(codes[static_cast<std::size_t>(r)]);
+        scan::cWindow window(buffer(), offset_);
+        scan::cWhite white;
+        if (!return_ws_) white = window.pass_white();
+        scan::cRules<scan::cWindow> rules(window);
+        rule const r = rules.match();
+        if (r == r_block_comment) rules.match_comment(rules.size());
+        std::size_t const size = rules.size();
+        if (window.fails(size)) return scan_slowly();
+
+        if (white.lines > 0) {
+            line_ += white.lines;
+            line_start_ = static_cast<unsigned>(offset_ + white.size - white.column);
+            uncounted_ += white.lines;
         }
+        offset_ += white.size;
+        begin_token();
+        char const *const text = window.begin();
+        offset_ += size;
+        if (rules.lines()) pass_lines({text, size});
+        window.consume(size);
+        token_.code = codes[static_cast<std::size_t>(r)];
+        token_.text = {text, size};
+        if (r == r_char) {
+            token_.code = static_cast<signed char>(*text);
+            token_.text = {&singles[static_cast<unsigned char>(*text)], 1};
+        } else if (!is_wanted(r)) {
+            continue;
+        } else if (!buffer()->in_memory) {
+            if (size > short_text || window.end() - text < static_cast<std::ptrdiff_t>(short_text))
+                return keep_text();
+            last_text_ ^= 1;
+            std::memcpy(short_texts_[last_text_], text, short_text);
+            token_.text = {short_texts_[last_text_], size};
+        }
+        return finish();
     }
 }
 
-// True if the comment is complete and wanted. One that the input ends in is dropped.
-bool cAttrLexer::read_block_comment() {
-    append(return_com_);
-    bool const closed = match_comment();
-    append(return_com_);
-    return closed && return_com_;
+// Copies the text of the token, which is a view of the input.
+cToken const &cAttrLexer::keep_text() {
+    token_.text = next_text().assign(token_.text);
+    return finish();
+}
+
+// The same where more of the stream is needed than lies in memory.
+cToken const &cAttrLexer::scan_slowly() {
+    while (!scan_stream()) continue;
+    return finish();
+}
+
+// One match. True if it is a token that is wanted.
+bool cAttrLexer::scan_stream() {
+    rule const r = match();
+    begin_token();
+    std::string &text = next_text();
+    text.clear();
+    append(text);
+    if (r == r_block_comment) {
+        bool const closed = match_comment();
+        append(text);
+        if (!closed) return false; // dropped: the input ends in it
+    }
+    token_.code =
+        r == r_char ? static_cast<signed char>(text.front()) : codes[static_cast<std::size_t>(r)];
+    token_.text = text;
+    return is_wanted(r);
+}
+
+void cAttrLexer::append(std::string &text) {
+    std::string_view const match = matched();
+    text.append(match);
+    consume();
+    pass_lines(std::string_view(text).substr(text.size() - match.size()));
 }
 
 void cAttrLexer::begin_token() {
-    token_.text.clear();
     token_.line = token_.outer_line = line_;
-    token_.column = token_.outer_column = column_;
-    token_.position = position_;
+    token_.column = token_.outer_column = column();
+    token_.position = position();
+}
+
+// Counts the newlines in the text that ends at the offset.
+// DELIBERATE: the position counts every character but the newline.
+//   Pinned: scanner_position_skips_newlines
+void cAttrLexer::pass_lines(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\n') continue;
+        ++line_;
+        ++uncounted_;
+        line_start_ = static_cast<unsigned>(offset_ - text.size() + i + 1);
+    }
+}
+
+// A string for the text of the next token, other than that of the one before.
+std::string &cAttrLexer::next_text() { return texts_[last_text_ ^= 1]; }
+
+cToken const &cAttrLexer::finish() {
+    literal_filled_ = false;
+    return watched_ ? finish_watched() : token_;
+}
+
+cToken const &cAttrLexer::finish_watched() {
     if (!places_.empty()) set_outer_place();
+    if (literal_known_) fill_literal();
+    if (dump_) dump();
+    return token_;
 }
 
 void cAttrLexer::set_outer_place() {
-    auto const behind = [](std::size_t offset, cAttrPlace const &p) { return offset < p.offset; };
-    auto next = std::upper_bound(places_.begin(), places_.end(), offset_, behind);
+    std::size_t const offset = offset_ - token_.text.size() - before_places_;
+    auto const behind = [](std::size_t at, cAttrPlace const &p) { return at < p.offset; };
+    auto next = std::upper_bound(places_.begin(), places_.end(), offset, behind);
     if (next == places_.begin()) return;
     cAttrPlace const &place = *--next;
     token_.outer_line = place.line;
-    token_.outer_column = place.column + static_cast<unsigned>(offset_ - place.offset);
+    token_.outer_column = place.column + static_cast<unsigned>(offset - place.offset);
 }
 
-// Takes the match into the token's text, if that is wanted, and moves the counters over it. Returns
-// its first character.
-// DELIBERATE: the position counts every character but the newline.
-//   Pinned: scanner_position_skips_newlines
-char cAttrLexer::append(bool keep_text) {
-    std::string_view const text = matched();
-    if (text.empty()) return 0;
-    char const first = text.front();
-    if (keep_text) token_.text.append(text);
-    auto const size = static_cast<unsigned>(text.size());
-    auto const newlines = static_cast<unsigned>(std::count(text.begin(), text.end(), '\n'));
-    line_ += newlines;
-    column_ = newlines ? static_cast<unsigned>(text.size() - 1 - text.rfind('\n')) : column_ + size;
-    position_ += size - newlines;
-    offset_ += text.size();
-    consume();
-    return first;
+cAttrLiteral const &cAttrLexer::literal() {
+    literal_known_ = true;
+    watch();
+    if (!literal_filled_) fill_literal();
+    return literal_;
 }
 
-int cAttrLexer::finish(int code) {
-    token_.code = code;
-    if (dump_) dump();
-    return code;
+void cAttrLexer::fill_literal() {
+    literal_filled_ = true;
+    copy(token_, literal_);
 }
+
+void cAttrLexer::watch() { watched_ = literal_known_ || dump_ || !places_.empty(); }
 
 void cAttrLexer::dump() const {
     cat::std_err() << "TOKEN:" << token_.code << ':' << token_.position << ':' << token_.line << ':'
                    << token_.column << " '" << token_.text << "'" << std::endl;
 }
 
+// --- going back ---
+
+void cAttrLexer::place(unsigned position, unsigned line, unsigned column) {
+    line_ = line;
+    line_start_ = static_cast<unsigned>(offset_) - column;
+    uncounted_ = static_cast<unsigned>(offset_) - position;
+    before_places_ = offset_ - position;
+}
+
 // The seek goes to the stream's buffer: a failure then leaves the stream's state good. A position
 // of -1, from an input that can't tell its offset, must not become one of four thousand million.
 void cAttrLexer::reset(unsigned position, unsigned line, unsigned column) {
     pushed_.clear();
-    position_ = position;
-    offset_ = position;
-    line_ = line;
-    column_ = column;
+    again_ = false;
+    hold();
+    place(position, line, column);
     token_.code = tkEof;
+    literal_.code = tkEof;
     drop_lookahead();
     std::istream &in = *input();
     in.clear();
@@ -187,7 +327,11 @@ void cAttrLexer::reset(unsigned position, unsigned line, unsigned column) {
 }
 
 cAttrScanner::cAttrScanner(std::istream &in) : lexer_(cAttrLexer::find(in)) {
-    if (!lexer_) lexer_ = new cAttrLexer(in);
+    if (!lexer_) {
+        lexer_ = new cAttrLexer(in);
+        lexer_->plain_ = true;
+        lexer_->held_ = false;
+    }
     ++lexer_->users_;
 }
 
@@ -202,15 +346,26 @@ int cAttrScanner::gettoken() const { return lexer_->gettoken(); }
 
 int cAttrScanner::gettoken(cAttrLiteral &token) const {
     lexer_->gettoken();
-    token = lexer_->token_;
+    copy(lexer_->token_, token);
     return token.code;
 }
 
-void cAttrScanner::ungettoken() const { lexer_->pushed_.push_back(lexer_->token_); }
-void cAttrScanner::ungettoken(cAttrLiteral const &token) const { lexer_->pushed_.push_back(token); }
-cAttrLiteral const &cAttrScanner::token() const { return lexer_->token_; }
+cToken const &cAttrScanner::next_token() const { return lexer_->next(); }
 
-void cAttrScanner::resettoken() const { resettoken(lexer_->token_); }
+char const *cAttrScanner::memory_place() const {
+    std::istream *const in = lexer_->input();
+    return in ? scan::memory_place(*lexer_->buffer()) : nullptr;
+}
+
+void cAttrScanner::ungettoken() const { lexer_->unget(); }
+void cAttrScanner::ungettoken(cAttrLiteral const &token) const { lexer_->unget(token); }
+cAttrLiteral const &cAttrScanner::token() const { return lexer_->literal(); }
+cToken const &cAttrScanner::current() const { return lexer_->token_; }
+
+void cAttrScanner::resettoken() const {
+    cToken const &token = lexer_->token_;
+    lexer_->reset(token.position, token.line, token.column);
+}
 void cAttrScanner::resettoken(cAttrLiteral const &token) const {
     lexer_->reset(token.position, token.line, token.column);
 }
@@ -218,7 +373,7 @@ void cAttrScanner::reset(unsigned position, unsigned line, unsigned column) cons
     lexer_->reset(position, line, column);
 }
 void cAttrScanner::flush() const {
-    lexer_->reset(lexer_->position_, lexer_->line_, lexer_->column_);
+    lexer_->reset(lexer_->position(), lexer_->line_, lexer_->column());
 }
 
 bool cAttrScanner::return_ws() const { return lexer_->return_ws_; }
@@ -232,11 +387,15 @@ void cAttrScanner::return_com(bool on, cSetTmp<bool> *keep) const {
     lexer_->return_com_ = on;
 }
 void cAttrScanner::return_all(bool on) const { lexer_->return_ws_ = lexer_->return_com_ = on; }
-bool cAttrScanner::setdump(bool on) const { return std::exchange(lexer_->dump_, on); }
+bool cAttrScanner::setdump(bool on) const {
+    bool const before = std::exchange(lexer_->dump_, on);
+    lexer_->watch();
+    return before;
+}
 
-unsigned cAttrScanner::position() const { return lexer_->position_; }
+unsigned cAttrScanner::position() const { return lexer_->position(); }
 unsigned cAttrScanner::lineno() const { return lexer_->line_; }
-unsigned cAttrScanner::column() const { return lexer_->column_; }
+unsigned cAttrScanner::column() const { return lexer_->column(); }
 
 std::string const &cAttrScanner::filename() const { return lexer_->filename_; }
 void cAttrScanner::set_filename(char const *name) const { lexer_->filename_ = name ? name : ""; }
@@ -249,5 +408,6 @@ std::istream &cAttrScanner::is() const { return *lexer_->input(); }
 
 void cAttrScanner::outer_places(std::vector<cAttrPlace> places) const {
     lexer_->places_ = std::move(places);
+    lexer_->watch();
 }
 bool cAttrScanner::alone() const { return lexer_->users_ == 1 && cAttrLexer::living() == 1; }

@@ -1,16 +1,11 @@
-// The matching engine: finds the longest match of rules 1 to 16, 19 and 20 by hand.
+// The matching engine: inputs, and matching character by character.
 //
-// The first character decides the group of rules; within a group one walk finds the longest match.
-// Characters are looked at through at(i), which takes one from the stream only when it is needed,
-// so after a token that is complete by itself, such as `{` or a string, nothing more was taken.
-// Where a longer match is tried in vain (`1.5e+x`, a quote that is never closed) the surplus stays
-// in the look-ahead. Runs are copied straight out of the stream buffer's get area; only an empty
-// get area is filled by the stream's own `get`, which also flushes a tied stream and sets the
-// stream's state. So an ordinary character costs no virtual call.
+// Characters are taken from the stream only when they are needed. Runs are copied straight out of
+// the stream buffer's get area; only an empty get area is filled by the stream's own `get`, which
+// also flushes a tied stream and sets the stream's state. So an ordinary character costs no virtual
+// call.
 
 #include <algorithm>
-#include <array>
-#include <climits>
 #include <cstdlib>
 #include <istream>
 #include <memory>
@@ -20,79 +15,12 @@
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/text/scan/cattrscanner.h"
 #include "text/scan/cattrscanner_buffer.h"
+#include "text/scan/cattrscanner_rules.h"
+#include "text/scan/cattrscanner_window.h"
 
-namespace {
-
-// Sets of characters. The scans look for the first member of a set, so some are complements.
-enum char_set : unsigned char {
-    cs_letter = 1,
-    cs_no_word = 2, // neither letter nor digit
-    cs_no_digit = 4,
-    cs_no_space = 8,
-    cs_newline = 16,
-    cs_star = 32,
-    cs_quote = 64, // ends a run inside a double-quoted string: quote, backslash, newline
-    cs_tick = 128  // the same for single quotes
-};
-
-constexpr bool is_digit(int c) { return c >= '0' && c <= '9'; }
-constexpr bool is_letter(int c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
-}
-constexpr bool is_space(int c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-constexpr bool is_hex(int c) {
-    return is_digit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
-}
-
-constexpr std::array<unsigned char, 256> make_sets() {
-    std::array<unsigned char, 256> sets{};
-    for (int c = 0; c < 256; ++c) {
-        unsigned set = 0;
-        if (is_letter(c)) set |= cs_letter;
-        if (!is_letter(c) && !is_digit(c)) set |= cs_no_word;
-        if (!is_digit(c)) set |= cs_no_digit;
-        if (!is_space(c)) set |= cs_no_space;
-        if (c == '\n') set |= cs_newline;
-        if (c == '*') set |= cs_star;
-        if (c == '"' || c == '\\' || c == '\n') set |= cs_quote;
-        if (c == '\'' || c == '\\' || c == '\n') set |= cs_tick;
-        sets[static_cast<std::size_t>(c)] = static_cast<unsigned char>(set);
-    }
-    return sets;
-}
-constexpr std::array<unsigned char, 256> sets = make_sets();
-
-bool in_set(char c, unsigned set) { return (sets[static_cast<unsigned char>(c)] & set) != 0; }
-
-// The get area of a stream buffer: what may be read without asking the buffer to fill it.
-struct cGetArea : std::streambuf {
-    static char const *begin(std::streambuf const &b) { return (b.*&cGetArea::gptr)(); }
-    static char const *end(std::streambuf const &b) { return (b.*&cGetArea::egptr)(); }
-    static void skip(std::streambuf &b, std::size_t n) {
-        (b.*&cGetArea::gbump)(static_cast<int>(n));
-    }
-};
-
-// The stream's buffer if characters lie ready in it, else null.
-std::streambuf *ready(std::istream &in) {
-    std::streambuf *b = in.rdbuf();
-    return in.good() && cGetArea::begin(*b) != cGetArea::end(*b) ? b : nullptr;
-}
-
-// Moves ready characters into `look`, up to the first that is in `set`. False if there was none.
-bool take_run(std::istream &in, std::string &look, unsigned set) {
-    std::streambuf *b = ready(in);
-    if (!b) return false;
-    char const *first = cGetArea::begin(*b);
-    std::ptrdiff_t room = std::min<std::ptrdiff_t>(cGetArea::end(*b) - first, INT_MAX);
-    char const *stop = std::find_if(first, first + room, [=](char c) { return in_set(c, set); });
-    if (stop == first) return false;
-    look.append(first, stop);
-    cGetArea::skip(*b, static_cast<std::size_t>(stop - first));
-    return true;
-}
-
-} // namespace
+#ifdef QRV_CHECKS
+unsigned long long scan::compared = 0;
+#endif
 
 // A used-up buffer with more room than this gives it back, so that one huge token is not paid for
 // until the end of the input.
@@ -100,21 +28,114 @@ constexpr std::size_t room_kept = 1 << 16;
 // Used characters are removed when there are this many and they are the greater part.
 constexpr std::size_t used_kept = 1 << 12;
 
-void yy_buffer_state::consume(std::size_t n) {
-    next += n;
-    if (next == look.size()) {
-        if (look.capacity() > room_kept) std::string().swap(look);
-        look.clear();
-    } else if (next > used_kept && next > look.size() / 2) {
-        look.erase(0, next);
-    } else {
-        return;
+void yy_buffer_state::take(char const *first, std::size_t n) {
+    if (look_.empty()) look_.assign(ahead);
+    std::size_t used = look_.size() - ahead.size();
+    if (used > used_kept && used > look_.size() / 2) {
+        look_.erase(0, used);
+        used = 0;
     }
-    removed += next;
-    next = 0;
+    look_.append(first, n);
+    ahead = std::string_view(look_).substr(used);
 }
 
-void yy_buffer_state::drop() { consume(ahead()); }
+void yy_buffer_state::consume(std::size_t n) {
+    ahead.remove_prefix(n);
+    if (ahead.size() > few) return;
+    look_ahead(ahead.data(), ahead.size());
+    if (look_.capacity() > room_kept) std::string().swap(look_);
+    look_.clear();
+}
+
+// Other characters come next, so that what is known about strings no longer holds.
+void yy_buffer_state::drop() {
+    consume(ahead.size());
+    no_close[0] = no_close[1] = 0;
+}
+
+void yy_buffer_state::recognise() {
+    std::streambuf *const b = in ? in->rdbuf() : nullptr;
+    if (b == known) return;
+    known = b;
+    in_memory = dynamic_cast<cMemoryBuf const *>(known) != nullptr;
+}
+
+// The characters that the engine sees when it takes each by itself.
+class cStreamChars {
+  public:
+    explicit cStreamChars(attrFlexLexer &engine) : engine_(engine), buffer_(*engine.buffer_) {}
+
+    int at(std::size_t i) {
+        if (i >= buffer_.ahead.size() && !more()) return -1;
+        return scan::look_at(buffer_.ahead.data() + i);
+    }
+    std::size_t skip_to(std::size_t i, unsigned set);
+    std::string_view text(std::size_t size) const { return buffer_.ahead.substr(0, size); }
+    bool never_closed(char quote) const {
+        return engine_.offset_ < buffer_.no_close[quote == '"' ? 0 : 1];
+    }
+    void set_no_close(char quote, std::size_t i) {
+        buffer_.no_close[quote == '"' ? 0 : 1] = engine_.offset_ + i;
+    }
+
+  private:
+    std::streambuf *ready() const;
+    bool more();
+    bool take_run(unsigned set);
+
+    attrFlexLexer &engine_;
+    yy_buffer_state &buffer_;
+};
+
+// The stream's buffer if characters lie ready in it, else null.
+std::streambuf *cStreamChars::ready() const {
+    std::streambuf *const b = buffer_.in->rdbuf();
+    bool const some = buffer_.in->good() && scan::cGetArea::begin(*b) != scan::cGetArea::end(*b);
+    return some ? b : nullptr;
+}
+
+// One more character of look-ahead; false at the end of input.
+bool cStreamChars::more() {
+    if (!buffer_.in) return false;
+    char c;
+    if (std::streambuf *const b = ready()) {
+        c = std::char_traits<char>::to_char_type(b->sbumpc());
+    } else {
+        int const n = engine_.LexerInput(&c, 1);
+        if (n < 0) engine_.LexerError("input in flex scanner failed");
+        if (n <= 0) return false;
+    }
+    buffer_.take(&c, 1);
+    return true;
+}
+
+// Takes ready characters up to the first that is in `set`. False if there was none.
+bool cStreamChars::take_run(unsigned set) {
+    std::streambuf *const b = ready();
+    if (!b) return false;
+    char const *const first = scan::cGetArea::begin(*b);
+    char const *const stop = std::find_if(first, scan::cGetArea::reach(*b), [=](char const &c) {
+        return scan::stops(scan::look_at(&c), set);
+    });
+    if (stop == first) return false;
+    auto const n = static_cast<std::size_t>(stop - first);
+    buffer_.take(first, n);
+    scan::cGetArea::skip(*b, n);
+    return true;
+}
+
+std::size_t cStreamChars::skip_to(std::size_t i, unsigned set) {
+    for (;;) {
+        char const *const first = buffer_.ahead.data();
+        for (; i < buffer_.ahead.size(); ++i)
+            if (scan::stops(scan::look_at(first + i), set)) return i;
+        if (take_run(set)) {
+            i = buffer_.ahead.size();
+        } else if (!more()) {
+            return i;
+        }
+    }
+}
 
 FlexLexer::~FlexLexer() = default;
 
@@ -132,7 +153,7 @@ void attrFlexLexer::yy_switch_to_buffer(yy_buffer_state *buffer) {
 
 yy_buffer_state *attrFlexLexer::yy_create_buffer(std::istream *in, int size) {
     auto buffer = std::make_unique<yy_buffer_state>(in);
-    if (size > 0) buffer->look.reserve(static_cast<std::size_t>(size));
+    if (size > 0) buffer->reserve(static_cast<std::size_t>(size));
     return buffer.release();
 }
 
@@ -186,12 +207,12 @@ void attrFlexLexer::LexerError(char const *text) {
 std::istream *attrFlexLexer::input() const { return buffer_ ? buffer_->in : nullptr; }
 
 std::string_view attrFlexLexer::matched() const {
-    if (!buffer_) return {};
-    return {buffer_->look.data() + buffer_->next, size_};
+    return buffer_ ? buffer_->ahead.substr(0, size_) : std::string_view();
 }
 
 void attrFlexLexer::consume() {
     if (buffer_) buffer_->consume(size_);
+    offset_ += size_;
     size_ = 0;
 }
 
@@ -200,162 +221,22 @@ void attrFlexLexer::drop_lookahead() {
     size_ = 0;
 }
 
-// One more character of look-ahead; false at the end of input.
-bool attrFlexLexer::more() {
-    std::istream *in = input();
-    if (!in) return false;
-    char c;
-    if (std::streambuf *b = ready(*in)) {
-        c = std::char_traits<char>::to_char_type(b->sbumpc());
-    } else {
-        int const n = LexerInput(&c, 1);
-        if (n < 0) LexerError("input in flex scanner failed");
-        if (n <= 0) return false;
-    }
-    buffer_->look.push_back(c);
-    return true;
-}
-
-// The character i places on, from 0 to 255, or -1 behind the end of input. Those before were seen.
-int attrFlexLexer::at(std::size_t i) {
-    if (!buffer_ || (i >= buffer_->ahead() && !more())) return -1;
-    return static_cast<unsigned char>(buffer_->look[buffer_->next + i]);
-}
-
-// The first place from i on that holds a member of the set, or the end of input.
-std::size_t attrFlexLexer::skip_to(std::size_t i, unsigned set) {
-    for (;;) {
-        std::string const &look = buffer_->look;
-        char const *const first = look.data() + buffer_->next;
-        while (i < buffer_->ahead()) {
-            if (in_set(first[i], set)) return i;
-            ++i;
-        }
-        if (take_run(*buffer_->in, buffer_->look, set)) {
-            i = buffer_->ahead();
-        } else if (!more()) {
-            return i;
-        }
-    }
-}
-
-attrFlexLexer::rule attrFlexLexer::found(rule r, std::size_t size) {
-    size_ = size;
+attrFlexLexer::rule attrFlexLexer::match() {
+    size_ = 0;
+    if (!buffer_) return r_end;
+    buffer_->recognise();
+    cStreamChars chars(*this);
+    scan::cRules<cStreamChars> rules(chars);
+    rule const r = rules.match();
+    size_ = rules.size();
     return r;
 }
 
-bool attrFlexLexer::digit_at(std::size_t i) { return is_digit(at(i)); }
-
-attrFlexLexer::rule attrFlexLexer::match() {
-    int const c = at(0);
-    if (c < 0) return found(r_end, 0);
-    if (is_letter(c)) return match_word();
-    if (is_digit(c)) return match_number(0);
-    switch (c) {
-    case ' ':
-    case '\t':
-    case '\r':
-    case '\n':
-    case '/':
-        return match_space();
-    case '"':
-    case '\'':
-        return match_string(static_cast<char>(c));
-    case '+':
-    case '-':
-        return match_sign(c);
-    case '.':
-        return digit_at(1) ? match_fraction(0) : found(r_char, 1);
-    case '#':
-        return match_const();
-    case '<':
-        return at(1) == '<' ? found(r_shift_left, 2) : found(r_char, 1);
-    case '&':
-        return at(1) == '=' ? found(r_and_assign, 2) : found(r_char, 1);
-    default:
-        return found(r_char, 1);
-    }
-}
-
-attrFlexLexer::rule attrFlexLexer::match_word() {
-    size_ = skip_to(1, cs_no_word);
-    if (matched() == "true") return r_true;
-    return matched() == "false" ? r_false : r_ident;
-}
-
-attrFlexLexer::rule attrFlexLexer::match_const() {
-    return is_letter(at(1)) ? found(r_const, skip_to(2, cs_no_word)) : found(r_char, 1);
-}
-
-attrFlexLexer::rule attrFlexLexer::match_sign(int sign) {
-    int const c = at(1);
-    if (is_digit(c)) return match_number(1);
-    if (c == '.' && digit_at(2)) return match_fraction(1);
-    return sign == '+' && c == '=' ? found(r_add_assign, 2) : found(r_char, 1);
-}
-
-// Digits stand at `from`, behind a sign if that isn't 0. A signed number needs a digit behind its
-// point, one without sign does not.
-attrFlexLexer::rule attrFlexLexer::match_number(std::size_t from) {
-    std::size_t const end = skip_to(from, cs_no_digit);
-    int const c = at(end);
-    if (is_letter(c)) return match_suffix(from, end);
-    if (c == '.' && (from == 0 || digit_at(end + 1))) return match_fraction(end);
-    return found(r_int, end);
-}
-
-// Letters run on behind the digits: a hexadecimal or an unsigned number if all of it fits, else
-// bad.
-attrFlexLexer::rule attrFlexLexer::match_suffix(std::size_t from, std::size_t letter) {
-    size_ = skip_to(letter, cs_no_word);
-    std::string_view const text = matched();
-    char const first = text[letter];
-    if (text.size() == letter + 1 && (first == 'u' || first == 'U')) return r_unsigned;
-    bool const prefix =
-        from == 0 && letter == 1 && text[0] == '0' && (first == 'x' || first == 'X');
-    bool const hex = prefix && text.size() > 2 && std::all_of(text.begin() + 2, text.end(), is_hex);
-    return hex ? r_hex : r_bad_ident;
-}
-
-attrFlexLexer::rule attrFlexLexer::match_fraction(std::size_t point) {
-    std::size_t end = skip_to(point + 1, cs_no_digit);
-    int c = at(end);
-    if (c == 'e' || c == 'E') {
-        int const sign = at(end + 1);
-        std::size_t const digits = end + (sign == '+' || sign == '-' ? 2 : 1);
-        if (digit_at(digits)) end = skip_to(digits, cs_no_digit);
-        c = at(end);
-    }
-    return c == 'f' || c == 'F' ? found(r_float, end + 1) : found(r_double, end);
-}
-
-attrFlexLexer::rule attrFlexLexer::match_string(char quote) {
-    std::size_t &no_close = buffer_->no_close[quote == '"' ? 0 : 1];
-    if (buffer_->offset() < no_close) return found(r_char, 1);
-    for (std::size_t i = 1;; i += 2) {
-        i = skip_to(i, quote == '"' ? cs_quote : cs_tick);
-        int const c = at(i);
-        if (c == quote) return found(r_string, i + 1);
-        if (c == '\\' && at(i + 1) >= 0) continue;
-        no_close = buffer_->offset() + i;
-        return found(r_char, 1);
-    }
-}
-
-attrFlexLexer::rule attrFlexLexer::match_space() {
-    std::size_t const end = skip_to(0, cs_no_space);
-    if (at(end) == '/') {
-        int const c = at(end + 1);
-        if (c == '/') return found(r_line_comment, skip_to(end + 2, cs_newline));
-        if (c == '*') return found(r_block_comment, end + 2);
-    }
-    return end ? found(r_space, end) : found(r_char, 1);
-}
-
 bool attrFlexLexer::match_comment() {
-    for (std::size_t i = 0;; ++i) {
-        i = skip_to(i, cs_star);
-        if (at(i) < 0) return size_ = i, false;
-        if (at(i + 1) == '/') return size_ = i + 2, true;
-    }
+    if (!buffer_) return false;
+    cStreamChars chars(*this);
+    scan::cRules<cStreamChars> rules(chars);
+    bool const closed = rules.match_comment(0);
+    size_ = rules.size();
+    return closed;
 }

@@ -44,9 +44,22 @@ namespace cat {
 QRV_API char const *token_name(int code);
 } // namespace cat
 
+// One token as the scanner sees it. Its text is a view, which stays valid until the second next
+// token is read from any scanner on the stream.
+struct cToken {
+    std::string_view text;     // exactly as it stands in the input, quotes and sign included
+    int code = 0;              // an attr_token or a single character
+    unsigned line = 1;         // of the first character, from 1
+    unsigned column = 0;       // of the first character, from 0
+    unsigned position = 0;     // the position counter at the first character
+    unsigned outer_line = 1;   // see cAttrLiteral
+    unsigned outer_column = 0; // see cAttrLiteral
+};
+
 // One token. A plain record with value semantics.
 struct QRV_API cAttrLiteral {
     cAttrLiteral();
+    explicit cAttrLiteral(cToken const &token);
     cAttrLiteral(cAttrLiteral const &);
     cAttrLiteral(cAttrLiteral &&) noexcept;
     cAttrLiteral &operator=(cAttrLiteral const &);
@@ -99,6 +112,8 @@ template <class T> class cSetTmp {
     T *target_ = nullptr;
     T old_{};
 };
+
+struct cEnclosedText; // see text/scan/cenclosed_text.h
 
 // One input with the characters that were taken from it and not used yet.
 struct yy_buffer_state;
@@ -180,21 +195,11 @@ class QRV_API attrFlexLexer : public FlexLexer {
     bool match_comment();
     void drop_lookahead();
 
-  private:
-    int at(std::size_t i);
-    bool more();
-    bool digit_at(std::size_t i);
-    std::size_t skip_to(std::size_t i, unsigned set);
-    rule found(rule r, std::size_t size);
-    rule match_word();
-    rule match_const();
-    rule match_sign(int sign);
-    rule match_number(std::size_t from);
-    rule match_suffix(std::size_t from, std::size_t letter);
-    rule match_fraction(std::size_t point);
-    rule match_string(char quote);
-    rule match_space();
+    yy_buffer_state *buffer() const { return buffer_; }
+    std::size_t offset_ = 0; // characters used
 
+  private:
+    friend class cStreamChars;
     yy_buffer_state *buffer_; // owned
     bool made_ = true;        // by the engine; false after a switch to one of the caller
     std::ostream *out_;       // borrowed, null means the standard output stream
@@ -218,27 +223,58 @@ class QRV_API cAttrLexer : public attrFlexLexer {
   private:
     friend class cAttrScanner;
     int gettoken();
+    cToken const &next();
+    cToken const &held_token();
+    cToken const &scan();
+    cToken const &scan_slowly();
+    bool scan_stream();
+    bool is_wanted(rule r) const;
+    void unget();
+    void unget(cAttrLiteral const &token);
+    void hold();
     void reset(unsigned position, unsigned line, unsigned column);
+    unsigned column() const { return static_cast<unsigned>(offset_) - line_start_; }
+    unsigned position() const { return static_cast<unsigned>(offset_) - uncounted_; }
+    void place(unsigned position, unsigned line, unsigned column);
     void begin_token();
-    char append(bool keep_text);
-    int finish(int code);
-    bool read_block_comment();
+    void pass_lines(std::string_view text);
+    std::string &next_text();
+    void append(std::string &text);
+    cToken const &keep_text();
+    cToken const &finish();
+    cToken const &finish_watched();
     void set_outer_place();
+    cAttrLiteral const &literal();
+    void fill_literal();
+    void watch();
     void dump() const;
 
-    cAttrLiteral token_;
-    std::vector<cAttrLiteral> pushed_; // a stack
+    cToken token_; // the current one
+    // The running counters: what the offset is less than them.
+    unsigned line_ = 1;
+    unsigned line_start_ = 0;       // of the column
+    unsigned uncounted_ = 0;        // of the position
+    std::size_t before_places_ = 0; // of the offset in outer places
     bool return_ws_ = false;
     bool return_com_ = false;
+    bool held_ = true; // what comes next is not simply scanned: pushed back, or by another class
+    bool watched_ = false; // tokens need more than their fields: one of the next two, or places_
+    bool literal_known_ = false; // someone may keep literal_ and look at it again
+    bool dump_ = false;
+    bool literal_filled_ = false;
+    bool plain_ = false;               // made by a scanner, and so of no derived class
+    bool again_ = false;               // the current token comes again
+    cAttrLiteral literal_;             // the current token with a string, once that was asked for
+    std::vector<cAttrLiteral> pushed_; // a stack, below the token that comes again
+    // The texts of the last two tokens, where views of the input don't last: short ones and others.
+    static constexpr std::size_t short_text = 16;
+    char short_texts_[2][short_text];
+    std::string texts_[2];
+    unsigned last_text_ = 0;
     int users_ = 0;
-    unsigned line_ = 1;
-    unsigned column_ = 0;
-    unsigned position_;
     unsigned errors_ = 0;
     cSignal1<cErr &> sig_error_;
     std::string filename_;
-    bool dump_ = false;
-    std::size_t offset_ = 0; // bytes passed, newlines counted
     std::vector<cAttrPlace> places_;
     cAttrLexer *next_ = nullptr; // in the list of all lexers
     static cAttrLexer *first_;
@@ -260,6 +296,8 @@ class QRV_API cAttrScanner {
     void ungettoken(cAttrLiteral const &token) const;
     // The current token; changes with the next one read from any scanner on the stream.
     cAttrLiteral const &token() const;
+    // The same as a view. Costs nothing, where token() copies the text, of later tokens too.
+    cToken const &current() const;
 
     // Going back: forgets tokens pushed back and look-ahead, clears the stream's state and seeks. A
     // stream that can't seek stays where it is, in a good state. Since the position counts no
@@ -305,7 +343,13 @@ class QRV_API cAttrScanner {
     // The next token's code; 0 at the end of input, again and again. The token stays in the lexer.
     int gettoken() const;
     int gettoken(cAttrLiteral &token) const; // and a copy of it
+    cToken const &next_token() const;        // and the current token itself
+    // Reads up to the bracket that closes, behind one that was read; its code. 0 if the input ends
+    // first, or a token of a code below 0 comes.
+    int read_enclosed(int open, int close, cEnclosedText &to) const;
 
   private:
+    // Where the next token is looked for, if the input is a text in memory; else null.
+    char const *memory_place() const;
     cAttrLexer *lexer_;
 };

@@ -1,0 +1,78 @@
+// One pass over the tokens finds the closing bracket. As long as each begins in memory where the
+// one before ended, nothing is copied.
+
+#include "text/scan/cenclosed_text.h"
+
+namespace {
+
+// A record is needed where the place doesn't follow from the one before: after a line end and after
+// what was left out.
+class cPlaces {
+  public:
+    explicit cPlaces(cEnclosedText &to) : to_(to) {}
+
+    void note(cToken const &token) {
+        if (to_.places.empty() || token.outer_line != line_ || token.outer_column != column_)
+            to_.places.push_back({offset_, token.outer_line, token.outer_column});
+        bool const ends_line = token.text.find('\n') != std::string_view::npos;
+        line_ = ends_line ? 0 : token.outer_line;
+        column_ = token.outer_column + static_cast<unsigned>(token.text.size());
+        offset_ += token.text.size();
+    }
+
+  private:
+    cEnclosedText &to_;
+    std::size_t offset_ = 0; // in the text
+    unsigned line_ = 0;      // expected for the next token; 0 after a line end
+    unsigned column_ = 0;
+};
+
+// The text so far: a stretch of the input, or a copy.
+class cGathered {
+  public:
+    cGathered(cEnclosedText &to, char const *begin) : to_(to), begin_(begin), end_(begin) {}
+    cGathered(cGathered const &) = delete;
+    cGathered &operator=(cGathered const &) = delete;
+    ~cGathered() {
+        if (end_)
+            to_.text = {begin_, static_cast<std::size_t>(end_ - begin_)};
+        else
+            to_.text = to_.copy;
+    }
+
+    // `place`: where the scanner is in memory after the token.
+    void append(std::string_view token, char const *place) {
+        if (end_ && place != end_ + token.size()) {
+            to_.copy.assign(begin_, end_);
+            end_ = nullptr;
+        }
+        if (end_)
+            end_ = place;
+        else
+            to_.copy += token;
+    }
+
+  private:
+    cEnclosedText &to_;
+    char const *begin_;
+    char const *end_; // null once there is a copy
+};
+
+} // namespace
+
+int cAttrScanner::read_enclosed(int open, int close, cEnclosedText &to) const {
+    cSetTmp<bool> keep_ws, keep_com;
+    return_ws(true, &keep_ws);
+    return_com(false, &keep_com);
+    cPlaces places(to);
+    cGathered gathered(to, memory_place());
+    for (int depth = 1;;) {
+        cToken const &token = next_token();
+        if (token.code == tkComment) continue; // pushed back by someone
+        if (to.with_places) places.note(token);
+        if (token.code <= tkEof) return tkEof;
+        if (token.code == open) ++depth;
+        if (token.code == close && --depth == 0) return close;
+        gathered.append(token.text, memory_place());
+    }
+}
