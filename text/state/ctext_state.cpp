@@ -131,17 +131,15 @@ void cPathTrie::clear() {
 
 // --- the state ---
 
-namespace {
-constinit cTextState *the_state = nullptr;
-} // namespace
+constinit cTextState *the_text_state = nullptr;
 
-cTextState &text_state() {
-    if (!the_state) the_state = new cTextState;
-    return *the_state;
+cTextState &make_text_state() {
+    the_text_state = new cTextState;
+    return *the_text_state;
 }
 
 void reset_text_state() {
-    cTextState const *const old = std::exchange(the_state, nullptr);
+    cTextState const *const old = std::exchange(the_text_state, nullptr);
     delete old; // RE-ENTERS: a destructor that asks gets a new state
 }
 
@@ -154,9 +152,9 @@ std::string shown_path(std::string const &path, bool shorten) {
     return path.substr(0, head).append(gap).append(path, path.size() - tail, tail);
 }
 
-std::string cTextState::shown_path(bool shorten) const { return ::shown_path(path_, shorten); }
+std::string cTextState::shown_path(bool shorten) const { return ::shown_path(path(), shorten); }
 
-void cTextState::pop_step() noexcept {
+void cTextState::cut_step() noexcept {
     path_.resize(steps_.back().length_before);
     steps_.pop_back();
 }
@@ -168,6 +166,7 @@ std::string_view cTextState::step_text(size_t i) const noexcept {
 }
 
 bool cTextState::resolve_steps() {
+    make_steps();
     size_t i = steps_.size();
     while (i > 0 && steps_[i - 1].node == cPathTrie::none) --i;
     for (; i < steps_.size(); ++i) {
@@ -223,7 +222,7 @@ void cTextState::forget_comments() {
 
 bool cTextState::idle() const noexcept {
     return depth_ == -1 && nesting_ == 0 && typed_nesting_ == 0 && !reading_key_ && path_.empty() &&
-           steps_.empty() && trie_.empty() && written_.empty();
+           open_.empty() && trie_.empty() && written_.empty();
 }
 
 void cTextState::clear_references() {
@@ -269,5 +268,3 @@ cWriteLevel::~cWriteLevel() {
         state.indent_ = state.depth_ == 0 ? cat::write_indent0 : 0;
     if (state.depth_ < 0) state.clear_references(); // RE-ENTERS
 }
-
-cPathStep::~cPathStep() { text_state().pop_step(); }

@@ -12,6 +12,10 @@
 //     depth. Two path strings are equal exactly when their nodes are.
 //   - A key can have two texts: the plain one and the exact one. A step knows both; a value is
 //     entered under both, and found under either.
+//   - The text of a step on demand is made when somebody asks for the path, and at the latest by
+//     settle(), which is called before user code runs: that could change the key, or which form is
+//     written. So a reader or writer that opens such steps calls settle() before methods of types
+//     that aren't the library's, before errors, signals and foreign streams.
 //   - The state is made on first use and lives in plain pointers, so that nothing of it is
 //     destroyed before the objects of a program are.
 
@@ -85,10 +89,16 @@ class cTextState {
     int typed_nesting() const noexcept { return typed_nesting_; }
 
     // "/a/b"; empty outside of every container.
-    std::string const &path() const noexcept { return path_; }
+    std::string const &path() const {
+        make_steps();
+        return path_;
+    }
     // The same for a message: with `shorten` cut in the middle when above 1,000 characters.
     std::string shown_path(bool shorten) const;
-    size_t path_keys() const noexcept { return steps_.size(); }
+    size_t path_keys() const noexcept { return open_.size(); }
+
+    // Before user code runs: nothing is left to be made from what that code could change.
+    void settle() { make_steps(); }
 
     // Reader: what stands at a path. enter_value() is for the current one.
     void enter_value(objref const &value);
@@ -131,8 +141,24 @@ class cTextState {
         unsigned int obid;
         cPathTrie::node_id node;
     };
+    // An open step: its key and the form of its text, as long as that isn't made.
+    struct cOpenStep {
+        objref key;
+        bool exact;
+    };
     void push_step(objref const &key);
-    void pop_step() noexcept;
+    void push_later(objref const &key);
+    void pop_step() noexcept {
+        if (steps_.size() == open_.size()) cut_step();
+        open_.pop_back();
+    }
+    void cut_step() noexcept;
+    cStep make_step(objref const &key, std::string &text) const; // RUNS FOREIGN CODE
+    void append_step(cStep &&step, std::string const &text) const;
+    void make_steps() const {
+        if (steps_.size() != open_.size()) make_waiting_steps();
+    }
+    void make_waiting_steps() const;
     void clear_references(); // RUNS FOREIGN CODE
     bool resolve_steps();    // fills the nodes of all steps; false if there are none
     std::string_view step_text(size_t i) const noexcept;
@@ -142,8 +168,9 @@ class cTextState {
     int nesting_ = 0;
     int typed_nesting_ = 0;
     bool reading_key_ = false;
-    std::string path_;
-    std::vector<cStep> steps_;
+    mutable std::vector<cOpenStep> open_;
+    mutable std::string path_; // of the made steps, which are the outermost ones
+    mutable std::vector<cStep> steps_;
     cPathTrie trie_;
     std::unordered_map<cObj const *, cWritten> written_;
     std::string com_collected_;
@@ -151,8 +178,10 @@ class cTextState {
     objref last_noted_;
 };
 
+extern constinit cTextState *the_text_state;
+cTextState &make_text_state();
 // Made by the first call.
-cTextState &text_state();
+inline cTextState &text_state() { return the_text_state ? *the_text_state : make_text_state(); }
 // Releases everything held; the next call of text_state() starts anew. For the tear-down of the
 // core and for tests, while nothing is being read or written.
 void reset_text_state();
@@ -167,11 +196,17 @@ class cWriteLevel {
     cWriteLevel &operator=(cWriteLevel const &) = delete;
 };
 
-// One key more in the path: "/" and cat::as_text(key). RUNS FOREIGN CODE: the key's `write`.
+// One key more in the path: "/" and cat::as_text(key).
 class cPathStep {
   public:
+    // The text is made at once. RUNS FOREIGN CODE: the key's `write`.
     explicit cPathStep(objref const &key);
-    ~cPathStep();
+    // The text of an int or string that the library writes is made on demand; see settle(). Other
+    // keys have it at once.
+    static constexpr struct cOnDemand {
+    } on_demand{};
+    cPathStep(objref const &key, cOnDemand);
+    ~cPathStep() { text_state().pop_step(); }
     cPathStep(cPathStep const &) = delete;
     cPathStep &operator=(cPathStep const &) = delete;
 };

@@ -11,6 +11,8 @@
 #include "text/write/cwriter_parts.h"
 #include "text/write/cwriter_stream.h"
 
+#include <typeinfo>
+
 namespace {
 // Like writeobj, but for the scalars' short way.
 void append_object(std::string &out, cObj const &obj) {
@@ -63,28 +65,69 @@ bool may_have_two_texts(objref const &key) {
     auto const *const text = dynamic_cast<cObjDR<std::string> const *>(key.get());
     return !text || has_line_end_or_is_bool(text->val());
 }
+
+// Is the text of this key made by the library alone, and without an error?
+bool is_plain_key(objref const &key) {
+    if (!key || key->flags_of(of_exe_member) || !key->typeflags_of(tf_bare)) return false;
+    cTypeObj const *const type = &key->type();
+    std::type_info const &exact = typeid(*key);
+    bool const plain =
+        type == &cat::type_string()
+            ? exact == typeid(cObjD<std::string>) && writes_by(*key, cat::write_string)
+            : type == &cat::type_int() && exact == typeid(cObjD<int>) &&
+                  writes_by(*key, cat::write_int);
+    return plain && (!exact_text() || !cat::find_const(key.get()));
+}
 } // namespace
 
-void cTextState::push_step(objref const &key) {
-    std::string const text = cat::as_text(key); // RUNS FOREIGN CODE
+// The texts of one key, and the step as far as it follows from them.
+cTextState::cStep cTextState::make_step(objref const &key, std::string &text) const {
+    text = cat::as_text(key); // RUNS FOREIGN CODE
     cStep step{path_.size()};
-    bool shown_exact = true;
     if (may_have_two_texts(key)) {
         std::string exact = path_text(key, true);
         std::string plain = path_text(key, false);
-        shown_exact = text == exact;
+        step.shown_exact = text == exact;
         step.has_other = plain != exact;
-        step.other = std::move(shown_exact ? plain : exact);
+        step.other = std::move(step.shown_exact ? plain : exact);
     }
+    return step;
+}
+
+void cTextState::append_step(cStep &&step, std::string const &text) const {
     bool const nested = !steps_.empty();
-    bool const was_forked = nested && steps_.back().forked;
-    bool const was_shown_exact = !nested || steps_.back().shown_exact;
-    bool const was_other_exact = !nested || steps_.back().other_exact;
-    step.forked = was_forked || step.has_other;
-    step.shown_exact = was_shown_exact && shown_exact;
-    step.other_exact = was_other_exact && (!step.has_other || !shown_exact);
+    bool const shown_exact = step.shown_exact;
+    step.length_before = path_.size();
+    step.forked = (nested && steps_.back().forked) || step.has_other;
+    step.shown_exact = (!nested || steps_.back().shown_exact) && shown_exact;
+    step.other_exact = (!nested || steps_.back().other_exact) && (!step.has_other || !shown_exact);
     steps_.push_back(std::move(step));
     path_.append(1, '/').append(text);
 }
 
+void cTextState::push_step(objref const &key) {
+    make_steps();
+    std::string text;
+    cStep step = make_step(key, text);
+    open_.push_back({});
+    append_step(std::move(step), text);
+}
+
+void cTextState::push_later(objref const &key) {
+    if (is_plain_key(key))
+        open_.push_back({key, exact_text()});
+    else
+        push_step(key);
+}
+
+void cTextState::make_waiting_steps() const {
+    for (size_t i = steps_.size(); i < open_.size(); ++i) {
+        cTextForm const form(open_[i].exact);
+        std::string text;
+        append_step(make_step(open_[i].key, text), text);
+        open_[i].key = nullptr;
+    }
+}
+
 cPathStep::cPathStep(objref const &key) { text_state().push_step(key); }
+cPathStep::cPathStep(objref const &key, cOnDemand) { text_state().push_later(key); }

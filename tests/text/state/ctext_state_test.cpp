@@ -1,5 +1,7 @@
 // The state that reader and writer share: levels, paths, the table of paths, comments.
 
+#include "qrv/core/cexe.h"
+#include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "text/state/ctext_state.h"
@@ -42,6 +44,52 @@ TEST_F(TextState, steps_grow_and_cut_the_path) {
         EXPECT_EQ(text_state().path_keys(), 2u);
     }
     EXPECT_EQ(text_state().path(), "/\"a b\"");
+}
+
+TEST_F(TextState, a_step_on_demand_has_its_text_when_it_is_asked_for) {
+    objref const key = cat::of("a b");
+    cPathStep const a(key, cPathStep::on_demand);
+    EXPECT_EQ(key->refs(), 2u) << "held as long as there is no text";
+    EXPECT_EQ(text_state().path_keys(), 1u);
+    {
+        cPathStep const b(cat::of(7), cPathStep::on_demand);
+        EXPECT_EQ(text_state().path(), "/\"a b\"/7");
+        EXPECT_EQ(key->refs(), 1u);
+    }
+    EXPECT_EQ(text_state().path(), "/\"a b\"");
+}
+
+TEST_F(TextState, settling_makes_the_text_of_all_steps) {
+    objref const key = cat::of("a");
+    cPathStep const a(key, cPathStep::on_demand);
+    text_state().settle();
+    *key = *cat::of("changed");
+    EXPECT_EQ(text_state().path(), "/a");
+}
+
+TEST_F(TextState, a_step_on_demand_keeps_the_form_of_its_beginning) {
+    cPathStep const a(cat::of("true"), cPathStep::on_demand);
+    cat::ExactText const exact;
+    cPathStep const b(cat::of("false"), cPathStep::on_demand);
+    EXPECT_EQ(text_state().path(), "/true/\"false\"");
+}
+
+// A key whose text is made by user code, which asks for the path.
+bool write_the_path(cObj &, objref &) {
+    text_state().path();
+    return false;
+}
+
+TEST_F(TextState, a_key_that_is_written_by_user_code_has_its_text_at_once) {
+    cTypeObj type("path_key");
+    type.inherit(cat::type_int());
+    type.set_tmember("write", make<cExeMember>(write_the_path));
+    objref const key = objref::adopt(new cObjD<int>(1, &type));
+    objref const first = cat::of("a");
+    cPathStep const a(first, cPathStep::on_demand);
+    cPathStep const b(key, cPathStep::on_demand);
+    EXPECT_EQ(first->refs(), 1u);
+    EXPECT_EQ(key->refs(), 1u);
 }
 
 TEST_F(TextState, values_are_found_by_path_until_the_outermost_level_ends) {
