@@ -206,6 +206,18 @@ void cTextState::enter_written(cObj const *obj) {
     if (resolve_steps()) written_[obj] = {obj->obid(), steps_.back().node};
 }
 
+bool cTextState::enter_written(cObj const *obj, cPathTrie::node_id path) {
+    cWritten const fresh{obj->obid(), path};
+    cWritten &entry = written_.try_emplace(obj, fresh).first->second;
+    if (entry.obid != fresh.obid) entry = fresh;
+    return entry.node == path;
+}
+
+cPathTrie::node_id cTextState::path_node(size_t keys) {
+    resolve_steps();
+    return keys ? steps_[keys - 1].node : cPathTrie::root;
+}
+
 void cTextState::collect_comment(std::string const &token) {
     size_t const begin = token.find_first_not_of(" \t\r\n");
     bool const line = begin != std::string::npos && token.compare(begin, 2, "//") == 0;
