@@ -116,6 +116,13 @@ class cTextState {
     // Writer: the path under which an object was written first; false if it wasn't yet.
     bool written_path(cObj const *obj, std::string &path) const;
     void enter_written(cObj const *obj); // under the current path
+    // The same under any path, by its node; false, and nothing happens, if it was entered under
+    // another one.
+    bool enter_written(cObj const *obj, cPathTrie::node_id path);
+    cPathTrie::node_id path_node(size_t keys); // of the current path's first keys
+    cPathTrie::node_id node_below(cPathTrie::node_id path, std::string_view key) {
+        return trie_.descend(path, key);
+    }
 
     // Comments: the text gathered since the last value, and the value it will belong to.
     std::string &com_collected() noexcept { return com_collected_; }

@@ -20,24 +20,19 @@
 
 #include "qrv/core/cattrhash.h"
 
-#include "qrv/containers/cmapobj.h"
-#include "qrv/containers/csetobj.h"
-#include "qrv/containers/cvectorobj.h"
-#include "qrv/core/cobjd.h"
+#include "core/cregistry.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
-#include "qrv/text/write/cwriter.h"
 #include "text/state/cchannels.h"
 #include "text/state/ctext_state.h"
 #include "text/write/cline_collector.h"
-#include "text/write/cscalar_text.h"
+#include "text/write/cmet_once.h"
 #include "text/write/cwriter_exact.h"
 #include "text/write/cwriter_parts.h"
 
-#include <algorithm>
-#include <array>
 #include <optional>
 #include <ostream>
+#include <utility>
 
 namespace {
 
@@ -58,16 +53,20 @@ class cHoldNode { // keeps the memory of a node, which may be null
     cAttrNode *node_;
 };
 
-// The object's comment. In exact text an error on the way is told and ends nothing.
-bool find_comment(cObj const &obj, std::string &text) {
-    if (!obj.has_ommap()) return false;
-    if (!exact_text()) return obj.get_comment(text); // RUNS FOREIGN CODE, a converter
+// The object's comment; null without one. Borrowed from the object, or put into `made`.
+std::string const *find_comment(cObj const &obj, cComposer &out, std::string &made) {
+    if (!obj.has_ommap()) return nullptr;
+    objref const member = obj.omember("//");
+    if (cObj::is_void(member)) return nullptr;
+    if (std::string const *const text = string_of(*member)) return text;
+    cUserCode const user(out);
     try {
-        return obj.get_comment(text);
+        return obj.get_comment(made) ? &made : nullptr; // RUNS USER CODE, a converter
     } catch (cErr const &error) {
-        tell_error(error);
+        if (!exact_text()) throw;
+        tell_error(error); // and ends nothing
     }
-    return false;
+    return nullptr;
 }
 
 // A container over many lines.
@@ -82,14 +81,7 @@ bool is_bare_set(cObj const &value) {
 }
 
 // Does the library itself write this value, in a way that can't fail half-way?
-bool is_own_form(cObj const &value) {
-    constexpr std::array methods = {cat::write_int,      cat::write_float,  cat::write_double,
-                                    cat::write_bool,     cat::write_string, cTomMap::m_write,
-                                    cTomVector::m_write, cTomSet::m_write};
-    return !value.flags_of(of_exe_member) &&
-           std::any_of(methods.begin(), methods.end(),
-                       [&value](auto method) { return writes_by(value, method); });
-}
+bool is_own_form(cObj const &value) { return form_of(value) != cForm::user; }
 
 // --- exact text: what must be put back ---
 
@@ -124,44 +116,39 @@ class cOpen { // a value being written
     cObj const *obj_;
 };
 
-class cCollecting { // the collector of this stream: the one that stands, or a new one
+class cCollecting { // by this collector from here on
   public:
-    cCollecting(cExactTables &tables, std::ostream &os)
-        : tables_(&tables), outer_(tables.collector) {
-        if (outer_ && &outer_->stream() == &os) return;
-        tables_->collector = &own_.emplace(os);
-    }
+    cCollecting(cExactTables &tables, cLineCollector &collector)
+        : tables_(&tables), outer_(std::exchange(tables.collector, &collector)) {}
     cCollecting(cCollecting const &) = delete;
     cCollecting &operator=(cCollecting const &) = delete;
     ~cCollecting() { tables_->collector = outer_; }
 
-    cLineCollector &collector() const { return *tables_->collector; }
-    void deliver() {
-        if (own_) own_->deliver();
-    }
-
   private:
     cExactTables *tables_;
     cLineCollector *outer_;
-    std::optional<cLineCollector> own_;
 };
 
 // --- the walk ---
 
 class cEntryWriter {
   public:
-    cEntryWriter(cAttrHash const &hash, std::ostream &os, bool lines, cTypeObj const *type,
-                 cObj const *holder)
-        : hash_(hash), os_(&os), holder_(holder), lines_(lines),
-          listed_(type && type != &cat::type_map()), set_(type == &cat::type_set()) {}
+    cEntryWriter(cAttrHash const &hash, cComposer &out, bool lines, cTypeObj const *type,
+                 cObj const *holder, bool lone)
+        : hash_(hash), out_(&out), holder_(holder), lines_(lines),
+          listed_(type && type != core.map), set_(type == core.set),
+          open_(hash, {holder, tables_, listed_, lone, out.composing()}) {}
     cEntryWriter(cEntryWriter const &) = delete;
     cEntryWriter &operator=(cEntryWriter const &) = delete;
     ~cEntryWriter() = default;
 
     void run();
-    void run_collected(cLineCollector &collector);
+    void run_collected(cLineCollector &collector, cComposer &into);
     // False if a value was left out without which the holder can't be read.
     bool is_whole() const { return whole_; }
+    // In exact text: will the entries be written as tokens, without a line end and anything that
+    // has to be remembered?
+    bool is_flat() const;
 
   private:
     using cMade = std::optional<std::string>; // text made before; without: written straight away
@@ -169,27 +156,37 @@ class cEntryWriter {
     void entries();
     void plain_entry(cAttrNode const &node);
     void plain_value(cAttrNode const &node);
+    void put_plain_value(cObj const &value);
     void begin_entry(bool apart = false);
     void end_entry(cAttrNode const &node);
     void exact_entry(cAttrNode const &node);
     bool try_entry(cAttrNode const &node, objref const &place);
     bool make_key(cObj const &key, cMade &made);
-    bool make_value(cObj const &value, cMade &made);
+    bool make_value(objref const &value, cMade &made);
+    bool enter_value(cObj const &value, cMade &made);
     bool make_reference(cObj const &value, std::string const &path, cMade &made);
     bool catch_text(cObj const &obj, cMade &made);
     void put_parts(cAttrNode const &node, cMade const &key, cMade const &value);
     void refuse(objref const &place);
     objref place_of(objref const &key) const;
+    cPathStep step_to(objref const &key);
     cLineCollector::cComment comment_of(cObj const &obj) const;
+    bool can_write(objref const &ref);
+    bool can_write_key(objref const &key);
+    bool is_flat_token(objref const &ref) const;
+    // Does only the node own it? Then it isn't a constant.
+    bool is_lone(objref const &ref) const { return ref->refs() == 1 && owns_; }
 
     cAttrHash const &hash_;
-    std::ostream *os_;
+    cComposer *out_;
     cObj const *holder_;
     bool lines_;
     bool listed_;
     bool set_;
+    bool owns_ = &hash_ != core.const_hash; // the node is an owner beside the map of constants
     cTextState &state_ = text_state();
     cExactTables *tables_ = exact_text() ? cExactRun::tables() : nullptr;
+    cOpenContainer open_;
     cLineCollector *collector_ = nullptr; // and then the layout isn't known yet
     size_t container_ = 0;                // there
     int count_ = 0;                       // entries written
@@ -197,14 +194,14 @@ class cEntryWriter {
 };
 
 void cEntryWriter::run() {
-    if (lines_) *os_ << std::endl;
+    if (lines_) out_->end_line();
     entries();
-    if (lines_) put_blanks(*os_, state_.indent());
+    if (lines_) out_->put_blanks(state_.indent());
 }
 
-void cEntryWriter::run_collected(cLineCollector &collector) {
+void cEntryWriter::run_collected(cLineCollector &collector, cComposer &into) {
     collector_ = &collector;
-    os_ = &collector.stream();
+    out_ = &into; // of the collector's stream
     container_ = collector.open(holder_ ? comment_of(*holder_) : cLineCollector::cComment());
     entries();
     if (collector.close(container_, state_.indent()) && holder_) tables_->relaid.insert(holder_);
@@ -222,37 +219,50 @@ void cEntryWriter::entries() {
     }
 }
 
-// Such keys never appear in a text.
-bool is_hidden(objref const &key) {
-    std::string const *const text = string_of(*key);
-    return text && !text->empty() && text->front() == '#';
-}
-
 void cEntryWriter::plain_entry(cAttrNode const &node) {
-    if (is_hidden(node.key()) || !node.value().is_writable()) return;
+    if (!appears_in_plain(node)) return;
+    open_.begin_entry(node);
     begin_entry();
     if (!listed_) {
-        node.key()->writeobj(*os_); // RUNS FOREIGN CODE
-        *os_ << "= ";
+        write_object(*node.key(), *out_, is_lone(node.key()));
+        out_->put("= ");
     }
     plain_value(node);
     end_entry(node);
 }
 
+cPathStep cEntryWriter::step_to(objref const &key) {
+    if (out_->composing() && is_own_form(*key)) return cPathStep(key, cPathStep::on_demand);
+    cUserCode const user(*out_);
+    return cPathStep(key);
+}
+
 void cEntryWriter::plain_value(cAttrNode const &node) {
-    cPathStep const step(node.key());
-    if (cat::is_on(cat::io_channel)) *cat::io_channel << state_.path() << std::endl;
+    cPathStep const step = step_to(node.key());
+    if (cat::is_on(cat::io_channel)) {
+        cUserCode const user(*out_);
+        *cat::io_channel << state_.path() << std::endl;
+    }
     try {
-        cObj const &value = node.value();
-        std::string path;
-        if (state_.written_path(&value, path)) {
-            *os_ << "#cRef(" << path << ')';
-        } else {
-            state_.enter_written(&value);
-            value.writeobj(*os_); // RUNS FOREIGN CODE
-        }
+        put_plain_value(node.value());
     } catch (cErr const &error) {
+        cUserCode const user(*out_);
         tell_error(error);
+    }
+    open_.end_value();
+}
+
+void cEntryWriter::put_plain_value(cObj const &value) {
+    std::string path;
+    if (!open_.is_entered_by_caller(value)) {
+        write_object(value, *out_, owns_);
+    } else if (state_.written_path(&value, path)) {
+        out_->put("#cRef(");
+        out_->put(path);
+        out_->put(')');
+    } else {
+        state_.enter_written(&value);
+        write_object(value, *out_);
     }
 }
 
@@ -260,23 +270,23 @@ void cEntryWriter::begin_entry(bool apart) {
     if (collector_)
         collector_->entry(container_, state_.indent(), apart);
     else if (lines_)
-        put_blanks(*os_, state_.indent());
+        out_->put_blanks(state_.indent());
     ++count_;
 }
 
 void cEntryWriter::end_entry(cAttrNode const &node) {
-    *os_ << (listed_ ? ',' : ';');
+    out_->put(listed_ ? ',' : ';');
     cObj const &value = node.value(); // another one, if it was replaced meanwhile
     if (collector_) return collector_->after(container_, many_lines(value), comment_of(value));
     if (!lines_) {
-        *os_ << ' ';
+        out_->put(' ');
         return;
     }
     if (many_lines(value))
-        *os_ << ' ';
+        out_->put(' ');
     else
-        put_comment(*os_, value);
-    *os_ << std::endl;
+        put_comment(*out_, value);
+    out_->end_line();
 }
 
 // --- exact text ---
@@ -288,12 +298,14 @@ objref cEntryWriter::place_of(objref const &key) const {
 
 cLineCollector::cComment cEntryWriter::comment_of(cObj const &obj) const {
     cLineCollector::cComment comment;
-    if (!find_comment(obj, comment.text)) comment.text.clear();
+    std::string made;
+    if (std::string const *const text = find_comment(obj, *out_, made)) comment.text = *text;
     if (!exact_comment(comment.text)) comment.path = state_.shown_path(true);
     return comment;
 }
 
 void cEntryWriter::refuse(objref const &place) {
+    cUserCode const user(*out_);
     if (holder_ && exact_needs(*holder_, place)) whole_ = false;
     std::string path = state_.shown_path(true);
     try {
@@ -306,15 +318,31 @@ void cEntryWriter::refuse(objref const &place) {
     tell_unwritable(path);
 }
 
+// Does it run user code to look whether the object can be written?
+bool is_asked(cObj const &obj) { return !is_own_form(obj) || &obj.type().type() == core.attlist; }
+
+bool cEntryWriter::can_write(objref const &ref) {
+    bool const lone = is_lone(ref);
+    if (!is_asked(*ref) || (!lone && cat::find_const(ref))) return exact_writable(*ref, lone);
+    cUserCode const user(*out_);
+    return exact_writable(*ref);
+}
+
+bool cEntryWriter::can_write_key(objref const &key) {
+    return key && key->type().is_keytype() && can_write(key) && !is_hidden(*key);
+}
+
 void cEntryWriter::exact_entry(cAttrNode const &node) {
+    open_.begin_entry(node);
     objref const place = place_of(node.key());
     cObj const &value = node.value();
     bool done = false;
     // No container takes bad or badfind when it is read.
-    if ((listed_ || exact_key(node.key())) && !value.is_bad() && exact_writable(value)) {
+    if ((listed_ || can_write_key(node.key())) && !value.is_bad() && can_write(node.valref())) {
         try {
             done = try_entry(node, place);
         } catch (cErr const &error) {
+            cUserCode const user(*out_);
             tell_error(error);
         }
     }
@@ -324,31 +352,42 @@ void cEntryWriter::exact_entry(cAttrNode const &node) {
 // Whatever may fail is made before anything is written. An entry that vanished meanwhile is no
 // failure.
 bool cEntryWriter::try_entry(cAttrNode const &node, objref const &place) {
-    cPathStep const step(place); // RUNS FOREIGN CODE, as the two below
+    cPathStep const step = step_to(place); // RUNS USER CODE, as the two below
     cBlindKey const blind(*tables_, !listed_ && !exact_path_key(node.key()));
     cMade key, value;
     bool const made =
-        make_key(*node.key(), key) && (node.is_dead() || make_value(node.value(), value));
+        make_key(*node.key(), key) && (node.is_dead() || make_value(node.valref(), value));
     if (made && !node.is_dead()) put_parts(node, key, value);
     return made || node.is_dead();
 }
 
 bool cEntryWriter::make_key(cObj const &key, cMade &made) {
-    return listed_ || is_own_form(key) || catch_text(key, made);
+    if (listed_ || is_own_form(key)) return true;
+    cUserCode const user(*out_);
+    return catch_text(key, made);
 }
 
-bool cEntryWriter::make_value(cObj const &value, cMade &made) {
-    if (cat::find_const(&value)) return true;    // by name, as often as it comes
-    if (tables_->open.has(&value)) return false; // what isn't closed yet can't be referred to
-    std::string path;
-    bool const written = state_.written_path(&value, path) && !tables_->forgotten.has(&value);
-    if (written) return make_reference(value, path, made);
+bool cEntryWriter::make_value(objref const &value, cMade &made) {
+    if (!is_lone(value) && cat::find_const(value)) return true; // by name, as often as it comes
+    if (is_own_form(*value))
+        return !open_.is_entered_by_caller(*value) || enter_value(*value, made);
+    cUserCode const user(*out_);
     size_t const before = tables_->entered.size();
-    state_.enter_written(&value);
-    tables_->enter(&value);
-    if (is_own_form(value) || catch_text(value, made)) return true;
+    if (!enter_value(*value, made)) return false;
+    if (made || catch_text(*value, made)) return true;
     tables_->forget_behind(before);
     return false;
+}
+
+// Or makes a reference, if it was written before.
+bool cEntryWriter::enter_value(cObj const &value, cMade &made) {
+    if (tables_->open.has(&value)) return false; // what isn't closed yet can't be referred to
+    std::string path;
+    if (state_.written_path(&value, path) && !tables_->forgotten.has(&value))
+        return make_reference(value, path, made);
+    state_.enter_written(&value);
+    tables_->enter(&value);
+    return true;
 }
 
 bool cEntryWriter::make_reference(cObj const &value, std::string const &path, cMade &made) {
@@ -359,17 +398,19 @@ bool cEntryWriter::make_reference(cObj const &value, std::string const &path, cM
 
 // The written form as a text; false, and the error told, when it can't be made.
 bool cEntryWriter::catch_text(cObj const &obj, cMade &made) {
-    cTextStream os(made.emplace());
-    os.copyfmt(*os_);
+    std::ostream &os = out_->stream();
+    cTextStream caught(made.emplace());
+    caught.copyfmt(os);
     bool done = false;
     try {
         cOpen const open(*tables_, obj);
-        done = write_form(obj, os); // RUNS FOREIGN CODE
+        cComposer out(caught);
+        done = write_form(obj, out); // RUNS FOREIGN CODE
     } catch (cErr const &error) {
         tell_error(error);
     }
-    if (os.fail()) os_->setstate(std::ios_base::failbit);
-    return done && !os.fail();
+    if (caught.fail()) os.setstate(std::ios_base::failbit);
+    return done && !caught.fail();
 }
 
 void cEntryWriter::put_parts(cAttrNode const &node, cMade const &key, cMade const &value) {
@@ -378,36 +419,47 @@ void cEntryWriter::put_parts(cAttrNode const &node, cMade const &key, cMade cons
     begin_entry(set_ && angle && count_ == 0);
     if (!listed_) {
         if (key)
-            *os_ << *key;
+            out_->put(*key);
         else
-            write_form(*node.key(), *os_);
-        *os_ << "= ";
+            write_form(*node.key(), *out_, is_lone(node.key()));
+        out_->put("= ");
     }
-    if (value) {
-        *os_ << *value;
-    } else {
-        cOpen const open(*tables_, obj);
-        write_form(obj, *os_); // RUNS FOREIGN CODE, in containers below
-    }
+    if (value)
+        out_->put(*value);
+    else
+        write_form(obj, *out_, is_lone(node.valref())); // RUNS FOREIGN CODE, in containers below
+    open_.end_value();
     end_entry(node);
+}
+
+// --- one-line containers in exact text ---
+
+bool cEntryWriter::is_flat_token(objref const &ref) const {
+    if (!ref || !is_lone(ref) || ref->has_ommap() || !ref->typeflags_of(tf_bare)) return false;
+    if (!is_scalar(form_of(*ref)) || !has_token(*ref)) return false;
+    std::string const *const text = value_of<std::string>(*ref);
+    return !text || text->find('\n') == std::string::npos;
+}
+
+bool cEntryWriter::is_flat() const {
+    if (!out_->composing() || open_.enters_all()) return false;
+    if (holder_ && holder_->has_ommap() && !cObj::is_void(holder_->omember("//"))) return false;
+    for (cAttrNode const *node = hash_.first(); node; node = hash_.next(node)) {
+        if (!is_flat_token(node->valref())) return false;
+        if (!listed_ && (!is_flat_token(node->key()) || !exact_key(node->key()))) return false;
+    }
+    return true;
 }
 
 } // namespace
 
-void put_blanks(std::ostream &os, int count) {
-    static constexpr char blanks[] =
-        "                                                                ";
-    constexpr int most = sizeof blanks - 1;
-    for (; count > 0; count -= most) os.write(blanks, std::min(count, most));
-}
-
-void put_comment(std::ostream &os, cObj const &obj) {
-    std::string text;
-    if (!find_comment(obj, text)) return;
-    if (exact_text() && !exact_comment(text))
-        tell_unwritable(text_state().shown_path(true));
-    else
-        os << text;
+void put_comment(cComposer &out, cObj const &obj) {
+    std::string made;
+    std::string const *const text = find_comment(obj, out, made);
+    if (!text) return;
+    if (!exact_text() || exact_comment(*text)) return out.put(*text);
+    cUserCode const user(out);
+    tell_unwritable(text_state().shown_path(true));
 }
 
 void tell_error(cErr const &error) {
@@ -423,27 +475,35 @@ void tell_unwritable(std::string const &path) {
     }
 }
 
-bool write_entries(cAttrHash const &hash, std::ostream &os, char format, cTypeObj const *type,
-                   cObj const *holder) {
+bool write_entries(cAttrHash const &hash, cComposer &out, char format, cTypeObj const *type,
+                   cObj const *holder, bool lone) {
     bool const lines = format != 's';
     std::optional<cExactRun> run;
-    std::optional<cOpen> open;
-    if (exact_text()) {
-        run.emplace();
-        if (holder) open.emplace(*cExactRun::tables(), *holder);
-    }
-    cEntryWriter writer(hash, os, lines, type, holder);
-    if (!run || lines || !type) {
+    if (exact_text()) run.emplace();
+    cEntryWriter writer(hash, out, lines, type, holder, lone);
+    if (!run || lines || !type || writer.is_flat()) {
         writer.run();
         return writer.is_whole();
     }
-    cCollecting collecting(*cExactRun::tables(), os);
-    writer.run_collected(collecting.collector());
-    collecting.deliver();
+    cExactTables &tables = *cExactRun::tables();
+    if (tables.collector && &tables.collector->stream() == &out.stream()) {
+        writer.run_collected(*tables.collector, out);
+    } else {
+        out.hand_over();
+        cLineCollector collector(out.stream());
+        cCollecting const collecting(tables, collector);
+        cComposer into(collector.stream());
+        into.begin();
+        writer.run_collected(collector, into);
+        if (out.composing()) out.look_again();
+        collector.deliver(out);
+    }
     return true; // an attribute set has no brackets to collect
 }
 
 bool cAttrHash::write_hash(std::ostream &os, char const *format, cTypeObj *type) const {
-    write_entries(*this, os, format ? *format : '\0', type, nullptr);
+    cComposer out(os);
+    out.begin();
+    write_entries(*this, out, format ? *format : '\0', type, nullptr);
     return true;
 }

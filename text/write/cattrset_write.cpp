@@ -32,7 +32,8 @@ bool write_exact_default(std::ostream &os, cObj const &value) {
     std::string text;
     cTextStream part(text);
     part.copyfmt(os);
-    if (exact_writable(value) && write_form(value, part) && !part.fail()) { // RUNS USER CODE
+    cComposer out(part);
+    if (exact_writable(value) && write_form(value, out) && !part.fail()) { // RUNS USER CODE
         os << "default=" << text << "; ";
         return true;
     }
@@ -80,8 +81,10 @@ bool cTomAttlist::m_write(cObj &type, objref &stream) {
     objref const keep = objref::share(&type);
     objref const member = attlist->tmember("attspec");
     auto const *const specs = dynamic_cast<cMapObj const *>(member.get());
-    if (specs) write_entries(*specs->datamap_ref(), *os, *cat::wformat(type), nullptr, &type);
-    os->flush();
+    cComposer out(*os);
+    out.begin();
+    if (specs) write_entries(*specs->datamap_ref(), out, *cat::wformat(type), nullptr, &type);
+    out.flush();
     return true;
 }
 

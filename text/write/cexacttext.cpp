@@ -13,6 +13,7 @@
 #include "text/state/ctext_state.h"
 #include "text/write/cscalar_text.h"
 #include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_form.h"
 
 #include <cmath>
 #include <string_view>
@@ -100,9 +101,9 @@ void report_too_deep() {
         raise_unwritable(text_state().shown_path(true));
 }
 
-bool exact_writable(cObj const &obj) {
-    if (cAttrNode const *const constant = cat::find_const(&obj))
-        return constant_writable(*constant);
+bool exact_writable(cObj const &obj, bool lone) {
+    cAttrNode const *const constant = lone ? nullptr : cat::find_const(&obj);
+    if (constant) return constant_writable(*constant);
     if (!obj.is_writable()) return false;
     if (!obj.typeflags_of(tf_bare) && !reads_as_ident(obj.type().name())) return false;
     return has_token(obj) && exact_declared(obj);
@@ -110,8 +111,7 @@ bool exact_writable(cObj const &obj) {
 
 bool exact_key(objref const &key) {
     if (!key || !key->type().is_keytype() || !exact_writable(*key)) return false;
-    std::string const *const text = string_of(*key);
-    return !text || text->empty() || text->front() != '#';
+    return !is_hidden(*key);
 }
 
 bool exact_path_key(objref const &key) {

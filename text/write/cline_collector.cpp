@@ -10,7 +10,7 @@
 #include <ostream>
 #include <string_view>
 
-cLineCollector::cLineCollector(std::ostream &target) : target_(&target), stream_(text_) {
+cLineCollector::cLineCollector(std::ostream &target) : stream_(text_) {
     stream_.copyfmt(target);
     target.width(0);
 }
@@ -51,50 +51,55 @@ bool cLineCollector::close(size_t container, int indent) {
     return one.lines;
 }
 
-void cLineCollector::put_comment(std::uint32_t index) {
+void cLineCollector::put_comment(std::uint32_t index, cComposer &target) {
     if (index == no_comment) return;
     cComment const &comment = comments_[index];
-    if (exact_comment(comment.text))
-        *target_ << comment.text;
-    else
+    if (exact_comment(comment.text)) {
+        target.put(comment.text);
+    } else {
+        cUserCode const user(target);
         tell_unwritable(comment.path);
+    }
 }
 
-void cLineCollector::fill_one_line(cMark const &mark) {
+void cLineCollector::fill_one_line(cMark const &mark, cComposer &target) {
     bool const blank = mark.kind == cKind::after || mark.kind == cKind::after_child ||
                        mark.kind == cKind::entry_apart;
-    if (blank) *target_ << ' ';
+    if (blank) target.put(' ');
 }
 
-void cLineCollector::fill_many_lines(cMark const &mark) {
+void cLineCollector::fill_many_lines(cMark const &mark, cComposer &target) {
     cContainer const &container = containers_[mark.container];
     switch (mark.kind) {
     case cKind::entry:
     case cKind::entry_apart:
-        return put_blanks(*target_, container.indent);
+        return target.put_blanks(container.indent);
     case cKind::close:
-        return put_blanks(*target_, container.close_indent);
+        return target.put_blanks(container.close_indent);
     case cKind::after_child:
-        *target_ << ' ';
+        target.put(' ');
         break;
     case cKind::open:
     case cKind::after:
-        put_comment(mark.comment);
+        put_comment(mark.comment, target);
         break;
     }
-    *target_ << std::endl;
+    target.end_line();
 }
 
-void cLineCollector::deliver() {
+void cLineCollector::deliver(cComposer &target) {
+    std::string_view const text = text_;
     size_t written = 0;
     for (cMark const &mark : marks_) {
-        target_->write(text_.data() + written, static_cast<std::streamsize>(mark.offset - written));
+        target.put_unformatted(text.substr(written, mark.offset - written));
         written = mark.offset;
         if (containers_[mark.container].lines)
-            fill_many_lines(mark);
+            fill_many_lines(mark, target);
         else
-            fill_one_line(mark);
+            fill_one_line(mark, target);
     }
-    target_->write(text_.data() + written, static_cast<std::streamsize>(text_.size() - written));
-    if (stream_.fail()) target_->setstate(std::ios_base::failbit);
+    target.put_unformatted(text.substr(written));
+    if (!stream_.fail()) return;
+    cUserCode const user(target); // so that it looks at the stream again
+    target.stream().setstate(std::ios_base::failbit);
 }

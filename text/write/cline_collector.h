@@ -10,6 +10,7 @@
 // is linear, however deep they nest.
 
 #include "qrv/core/cobj.h"
+#include "text/write/ccomposer.h"
 #include "text/write/cwriter_stream.h"
 
 #include <string>
@@ -17,7 +18,7 @@
 
 class cLineCollector {
   public:
-    // Borrows the target; stream() takes its flags and locale.
+    // stream() takes the flags and locale of the target.
     explicit cLineCollector(std::ostream &target);
     cLineCollector(cLineCollector const &) = delete;
     cLineCollector &operator=(cLineCollector const &) = delete;
@@ -38,7 +39,7 @@ class cLineCollector {
     void after(size_t container, bool many_lines_child, cComment const &comment);
     bool close(size_t container, int indent); // true: it goes over many lines
 
-    void deliver(); // to the target; once, at the end
+    void deliver(cComposer &target); // once, at the end
 
   private:
     enum class cKind : unsigned char { open, entry, entry_apart, after, after_child, close };
@@ -58,11 +59,10 @@ class cLineCollector {
     };
 
     void mark(size_t container, cKind kind, cComment const *comment = nullptr);
-    void fill_one_line(cMark const &mark);
-    void fill_many_lines(cMark const &mark);
-    void put_comment(std::uint32_t index);
+    static void fill_one_line(cMark const &mark, cComposer &target);
+    void fill_many_lines(cMark const &mark, cComposer &target);
+    void put_comment(std::uint32_t index, cComposer &target);
 
-    std::ostream *target_;
     std::string text_;
     cTextStream stream_;
     std::vector<cMark> marks_;

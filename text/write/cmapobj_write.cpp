@@ -2,6 +2,7 @@
 
 #include "qrv/containers/cmapobj.h"
 
+#include "containers/ccompare.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
@@ -10,44 +11,58 @@
 #include "text/write/cwriter_exact.h"
 #include "text/write/cwriter_parts.h"
 
-#include <optional>
 #include <ostream>
 
-namespace {
-bool write_container(cObj &obj, objref const &stream, char const *brackets, cTypeObj const &type) {
-    std::ostream *const os = out_of(stream);
-    auto const *const map = dynamic_cast<cMapObj const *>(&obj);
-    if (!os || !map) return false;
-    objref const keep = objref::share(&obj); // a `write` below may drop it
+bool write_container(cObj const &obj, cForm form, cComposer &out) {
+    cMapObj const *const map = cat::as_map(&obj);
+    if (!map) return false;
+    bool const lone = obj.refs() == 1 && map->datamap().refs() == 1;
+    // A `write` below may drop it.
+    objref const keep = objref::share(const_cast<cObj *>(&obj));
     hashref const entries = map->datamap_ref();
+    out.begin();
     char const format = *cat::wformat(obj);
-    *os << brackets[0];
-    if (format == 'w') put_comment(*os, obj);
-    write_entries(*entries, *os, format, &type, &obj);
-    *os << brackets[1] << std::flush;
+    out.put(form == cForm::map ? '{' : form == cForm::vector ? '[' : '<');
+    if (format == 'w') put_comment(out, obj);
+    cTypeObj const *const type = form == cForm::map      ? core.map
+                                 : form == cForm::vector ? core.vector
+                                                         : core.set;
+    write_entries(*entries, out, format, type, &obj, lone);
+    out.put(form == cForm::map ? '}' : form == cForm::vector ? ']' : '>');
+    out.flush();
     return true;
+}
+
+namespace {
+bool write_with_brackets(cObj const &obj, objref const &stream, cForm form) {
+    std::ostream *const os = out_of(stream);
+    if (!os) return false;
+    cComposer out(*os);
+    return write_container(obj, form, out);
 }
 
 bool write_bare(hashref const &hash, cObj &obj, objref const &stream) {
     std::ostream *const os = out_of(stream);
     if (!os) return false;
     objref const keep = objref::share(&obj);
-    bool const whole = !hash || write_entries(*hash, *os, *cat::wformat(obj), nullptr, &obj);
-    os->flush();
+    cComposer out(*os);
+    out.begin();
+    bool const whole = !hash || write_entries(*hash, out, *cat::wformat(obj), nullptr, &obj);
+    out.flush();
     return whole;
 }
 } // namespace
 
 bool cTomMap::m_write(cObj &obj, objref &stream) {
-    return write_container(obj, stream, "{}", cat::type_map());
+    return write_with_brackets(obj, stream, cForm::map);
 }
 
 bool cTomVector::m_write(cObj &obj, objref &stream) {
-    return write_container(obj, stream, "[]", cat::type_vector());
+    return write_with_brackets(obj, stream, cForm::vector);
 }
 
 bool cTomSet::m_write(cObj &obj, objref &stream) {
-    return write_container(obj, stream, "<>", cat::type_set());
+    return write_with_brackets(obj, stream, cForm::set);
 }
 
 bool cTomMap::m_write0(cObj &obj, objref &stream) {

@@ -17,9 +17,20 @@
 #include <ostream>
 
 bool cObj::write_constname(std::ostream &os) const {
-    cAttrNode const *const constant = cat::find_const(this);
+    cComposer out(os);
+    return write_constant(*this, out);
+}
+
+bool write_constant(cObj const &obj, cComposer &out) {
+    cAttrNode const *const constant = cat::find_const(&obj);
     if (!constant) return false;
-    os << '#' << constant->key_as_string();
+    out.put('#');
+    if (std::string const *const name = string_of(*constant->key())) {
+        out.put(*name);
+    } else {
+        cUserCode const user(out);
+        out.stream() << constant->key_as_string();
+    }
     return true;
 }
 
@@ -30,29 +41,50 @@ bool cObj::is_writable() const {
 }
 
 bool cObj::writeobj(std::ostream &os) const {
-    if (exact_text() && !exact_writable(*this)) {
+    cComposer out(os);
+    return write_object(*this, out);
+}
+
+bool write_object(cObj const &obj, cComposer &out, bool lone) {
+    if (exact_text() && !exact_writable(obj)) {
+        cUserCode const user(out);
         report_unwritable();
         return false;
     }
-    return write_form(*this, os);
+    return write_form(obj, out, lone);
 }
 
-bool stack_ends(std::ostream &os) {
+bool stack_ends(cComposer &out) {
     if (!cat::stack_low()) return false;
-    bool const first = !os.fail();
-    os.setstate(std::ios_base::failbit);
+    cUserCode const user(out);
+    bool const first = !out.stream().fail();
+    out.stream().setstate(std::ios_base::failbit);
     if (first) report_too_deep();
     return true;
 }
 
-bool write_form(cObj const &obj, std::ostream &os) {
-    if (stack_ends(os)) return false;
-    if (obj.write_constname(os)) return true;
+bool write_form(cObj const &obj, cComposer &out, bool lone) {
+    if (stack_ends(out)) return false;
+    if (!lone && write_constant(obj, out)) return true;
     bool const wrapped = !obj.typeflags_of(tf_bare);
-    if (wrapped) os << obj.type().name() << '(';
-    bool const result = obj.write(os); // RUNS FOREIGN CODE
-    if (wrapped) os << ')' << std::flush;
+    if (wrapped) {
+        out.put(obj.type().name());
+        out.put('(');
+    }
+    bool const result = write_value(obj, out);
+    if (wrapped) {
+        out.put(')');
+        out.flush();
+    }
     return result;
+}
+
+bool write_value(cObj const &obj, cComposer &out) {
+    cForm const form = form_of(obj);
+    if (is_scalar(form)) return write_scalar(obj, form, out);
+    if (is_container(form)) return write_container(obj, form, out);
+    cUserCode const user(out);
+    return obj.write(out.stream()); // RUNS USER CODE
 }
 
 cTracer &cTracer::write_object(cObj const *object) {

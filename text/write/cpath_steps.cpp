@@ -144,6 +144,18 @@ void cTextState::enter_written(cObj const *obj) {
     if (resolve_steps()) written_[obj] = {obj->obid(), steps_.back().node};
 }
 
+bool cTextState::enter_written(cObj const *obj, cPathTrie::node_id path) {
+    cWritten const fresh{obj->obid(), path};
+    cWritten &entry = written_.try_emplace(obj, fresh).first->second;
+    if (entry.obid != fresh.obid) entry = fresh;
+    return entry.node == path;
+}
+
+cPathTrie::node_id cTextState::path_node(size_t keys) {
+    resolve_steps();
+    return keys ? steps_[keys - 1].node : cPathTrie::root;
+}
+
 objref cTextState::value_at(std::string_view path) const {
     if (late_) return find_late(path);
     cPathTrie::node_id const node = trie_.find(path);

@@ -1,6 +1,6 @@
 // Plain numbers are what a fresh stream gives: ints in decimal, floating numbers with showpoint and
 // six digits. "%#.6g" by hand: the exponent X of the number rounded to six digits decides; from -4
-// to 5 it is fixed notation with 5 - X digits behind the point, else scientific with five.
+// to 5 it is fixed notation with 5 - X digits after the point, else scientific with five.
 //
 // An exact number keeps its plain text if that is one token of the same kind with the same bits as
 // value. Otherwise it is the shortest text that is: std::to_chars, a point where none stands, and
@@ -11,7 +11,10 @@
 #include "base/cchars.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_form.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -81,13 +84,57 @@ bool reads_as(std::string_view text, int value) {
 
 // --- forms ---
 
-// The exponent in scientific text, which ends in "e", a sign and digits.
-int exponent_of(std::string_view scientific) {
-    size_t const e = scientific.rfind('e');
-    int exponent = 0;
-    char const *const first = scientific.data() + e + 2;
-    std::from_chars(first, scientific.data() + scientific.size(), exponent);
-    return scientific[e + 1] == '-' ? -exponent : exponent;
+constexpr int digit_count = 6;
+
+// A finite number, rounded to six digits.
+struct cRounded {
+    bool negative;
+    char digits[digit_count];
+    int exponent; // of the first digit
+};
+
+cRounded rounded(double value) {
+    cBuffer buffer; // "d.ddddde+xx"
+    auto const end = std::to_chars(buffer, buffer + sizeof buffer, std::fabs(value),
+                                   std::chars_format::scientific, digit_count - 1)
+                         .ptr;
+    cRounded result{std::signbit(value), {buffer[0]}, 0};
+    std::copy_n(buffer + 2, digit_count - 1, result.digits + 1);
+    std::from_chars(buffer + digit_count + 3, end, result.exponent);
+    if (buffer[digit_count + 2] == '-') result.exponent = -result.exponent;
+    return result;
+}
+
+// The exponent with a sign and at least two digits.
+char *put_exponent(char *to, int exponent) {
+    *to++ = 'e';
+    *to++ = exponent < 0 ? '-' : '+';
+    unsigned const size = static_cast<unsigned>(exponent < 0 ? -exponent : exponent);
+    if (size < 10) *to++ = '0';
+    return std::to_chars(to, to + 3, size).ptr;
+}
+
+// In the form "%#.6g".
+void append_rounded(std::string &out, cRounded const &number) {
+    cBuffer buffer;
+    char *to = buffer;
+    if (number.negative) *to++ = '-';
+    char const *from = number.digits, *const end = from + digit_count;
+    int const exponent = number.exponent;
+    bool const fixed = exponent >= -4 && exponent < digit_count;
+    if (fixed && exponent < 0) {
+        *to++ = '0';
+        *to++ = '.';
+        to = std::fill_n(to, -exponent - 1, '0');
+    } else {
+        int const before = fixed ? exponent + 1 : 1;
+        to = std::copy_n(from, before, to);
+        from += before;
+        *to++ = '.';
+    }
+    to = std::copy(from, end, to);
+    if (!fixed) to = put_exponent(to, exponent);
+    out.append(buffer, to);
 }
 
 template <class T> void append_shortest(std::string &out, T value) {
@@ -111,14 +158,67 @@ template <class T> void append_exact_floating(std::string &out, std::string cons
     if (std::is_same_v<T, float>) out += 'f';
 }
 
+// Powers of ten that a T holds exactly.
+constexpr double powers_of_ten[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                    1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                    1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+template <class T> constexpr int exact_powers = std::is_same_v<T, float> ? 10 : 22;
+
+// Is the plain form one token, and is the value what it reads as? Digits and power are exact
+// numbers, so one rounded operation gives the number that is read.
+template <class T> bool survives(cRounded const &number, T value) {
+    int const power = number.exponent - (digit_count - 1);
+    if (power == 0 && number.negative) return false; // "-123456."
+    if (power < -exact_powers<T> || power > exact_powers<T>) {
+        std::string plain;
+        append_rounded(plain, number);
+        if (std::is_same_v<T, float>) plain += 'f';
+        return reads_as(plain, value);
+    }
+    int digits = 0;
+    for (char const c : number.digits) digits = digits * 10 + (c - '0');
+    T const whole = static_cast<T>(digits);
+    T const read = power < 0 ? whole / static_cast<T>(powers_of_ten[-power])
+                             : whole * static_cast<T>(powers_of_ten[power]);
+    return read == std::fabs(value);
+}
+
+template <class T> bool append_exact_floating(std::string &out, T value) {
+    if (!std::isfinite(value)) return false;
+    cRounded const number = rounded(static_cast<double>(value));
+    if (survives(number, value))
+        append_rounded(out, number);
+    else
+        append_shortest(out, value);
+    if (std::is_same_v<T, float>) out += 'f';
+    return true;
+}
+
 template <class T> bool is_finite(T const *value) { return value && std::isfinite(*value); }
 
 template <class T> void append_form(std::string &out, T value) {
-    if (!exact_text()) return append_number(out, value);
-    std::string plain;
-    append_number(plain, value);
-    append_exact(out, plain, value);
+    if (exact_text())
+        append_exact(out, value);
+    else
+        append_number(out, value);
 }
+
+// --- strings ---
+
+constexpr unsigned char name_start = 1, name_part = 2, escaped = 4;
+
+constexpr auto char_classes = [] {
+    std::array<unsigned char, 256> classes{};
+    for (size_t i = 0; i < classes.size(); ++i) {
+        char const c = static_cast<char>(i);
+        if (is_letter(c)) classes[i] = name_start | name_part;
+        if (is_digit(c)) classes[i] = name_part;
+        if (c == '"' || c == '\\' || c == '\'') classes[i] = escaped;
+    }
+    return classes;
+}();
+
+unsigned char class_of(char c) { return char_classes[static_cast<unsigned char>(c)]; }
 } // namespace
 
 std::string const *string_of(cObj const &obj) {
@@ -132,20 +232,9 @@ void append_number(std::string &out, int value) {
 }
 
 void append_number(std::string &out, double value) {
-    constexpr int digits = 6;
+    if (std::isfinite(value)) return append_rounded(out, rounded(value));
     cBuffer buffer;
-    auto result = std::to_chars(buffer, buffer + sizeof buffer, value,
-                                std::chars_format::scientific, digits - 1);
-    if (std::isfinite(value)) {
-        int const exponent =
-            exponent_of(std::string_view(buffer, static_cast<size_t>(result.ptr - buffer)));
-        if (exponent >= -4 && exponent < digits) {
-            result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed,
-                                   digits - 1 - exponent);
-            if (exponent == digits - 1) *result.ptr++ = '.';
-        }
-    }
-    out.append(buffer, result.ptr);
+    out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
 }
 
 void append_number(std::string &out, float value) {
@@ -168,17 +257,35 @@ void append_exact(std::string &out, std::string const &plain, float value) {
     append_exact_floating(out, plain, value);
 }
 
+bool append_exact(std::string &out, int value) {
+    append_number(out, value);
+    return true;
+}
+
+bool append_exact(std::string &out, double value) { return append_exact_floating(out, value); }
+
+bool append_exact(std::string &out, float value) { return append_exact_floating(out, value); }
+
+// As cat::escape does it, without a copy.
 void append_string(std::string &out, std::string const &text, bool exact) {
-    std::string form = text;
-    bool const bare = cat::escape(form) && !(exact && (text == "true" || text == "false"));
-    if (bare) {
-        out += form;
+    unsigned char any = 0, all = name_part;
+    for (char const c : text) {
+        any |= class_of(c);
+        all &= class_of(c);
+    }
+    bool const name = !text.empty() && (class_of(text.front()) & name_start) && all;
+    if (name && !(exact && (text == "true" || text == "false"))) {
+        out += text;
         return;
     }
     out += '"';
-    for (char const c : form) {
-        if (exact && c == '\n') out += '\\';
-        out += c;
+    if (!(any & escaped) && !exact) {
+        out += text;
+    } else {
+        for (char const c : text) {
+            if ((class_of(c) & escaped) || (exact && c == '\n')) out += '\\';
+            out += c;
+        }
     }
     out += '"';
 }
@@ -190,40 +297,43 @@ char const *bool_text(cObj const &obj, bool value) {
 }
 
 bool has_token(cObj const &obj) {
-    if (writes_by(obj, cat::write_int)) return value_of<int>(obj);
-    if (writes_by(obj, cat::write_string)) return value_of<std::string>(obj);
-    if (writes_by(obj, cat::write_bool)) return value_of<bool>(obj);
-    if (writes_by(obj, cat::write_double)) return is_finite(value_of<double>(obj));
-    if (writes_by(obj, cat::write_float)) return is_finite(value_of<float>(obj));
-    return true;
+    switch (form_of(obj.type())) {
+    case cForm::string:
+        return value_of<std::string>(obj);
+    case cForm::integer:
+        return value_of<int>(obj);
+    case cForm::boolean:
+        return value_of<bool>(obj);
+    case cForm::dbl:
+        return is_finite(value_of<double>(obj));
+    case cForm::single:
+        return is_finite(value_of<float>(obj));
+    default:
+        return true;
+    }
 }
 
 bool append_scalar(std::string &out, cObj const &obj) {
-    if (obj.flags_of(of_exe_member)) return false; // its own `write` may stand there
-    if (writes_by(obj, cat::write_string)) {
-        std::string const *const value = value_of<std::string>(obj);
-        if (value) append_string(out, *value, exact_text());
-        return value;
-    }
-    if (writes_by(obj, cat::write_int)) {
-        int const *const value = value_of<int>(obj);
+    auto const append = [&out](auto const *value) {
         if (value) append_form(out, *value);
-        return value;
+        return value != nullptr;
+    };
+    switch (form_of(obj)) {
+    case cForm::string:
+        if (auto const *const value = value_of<std::string>(obj))
+            return append_string(out, *value, exact_text()), true;
+        return false;
+    case cForm::integer:
+        return append(value_of<int>(obj));
+    case cForm::dbl:
+        return append(value_of<double>(obj));
+    case cForm::single:
+        return append(value_of<float>(obj));
+    case cForm::boolean:
+        if (auto const *const value = value_of<bool>(obj))
+            return out += bool_text(obj, *value), true;
+        return false;
+    default:
+        return false;
     }
-    if (writes_by(obj, cat::write_double)) {
-        double const *const value = value_of<double>(obj);
-        if (value) append_form(out, *value);
-        return value;
-    }
-    if (writes_by(obj, cat::write_float)) {
-        float const *const value = value_of<float>(obj);
-        if (value) append_form(out, *value);
-        return value;
-    }
-    if (writes_by(obj, cat::write_bool)) {
-        bool const *const value = value_of<bool>(obj);
-        if (value) out += bool_text(obj, *value);
-        return value;
-    }
-    return false;
 }

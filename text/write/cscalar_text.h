@@ -30,7 +30,11 @@ bool has_token(cObj const &obj);
 void append_number(std::string &out, int value);
 void append_number(std::string &out, double value); // as "%#.6g"
 void append_number(std::string &out, float value);  // the same and "f"
-// The exact form, given the plain one; empty for infinity and NaN.
+// The exact form; false, and nothing, for infinity and NaN.
+bool append_exact(std::string &out, int value);
+bool append_exact(std::string &out, double value);
+bool append_exact(std::string &out, float value);
+// The same given the plain form that a stream with settings of its own makes; empty for those.
 void append_exact(std::string &out, std::string const &plain, int value);
 void append_exact(std::string &out, std::string const &plain, double value);
 void append_exact(std::string &out, std::string const &plain, float value);

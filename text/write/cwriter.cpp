@@ -11,6 +11,7 @@
 #include "text/state/ctext_state.h"
 #include "text/write/cscalar_text.h"
 #include "text/write/cwriter_exact.h"
+#include "text/write/cwriter_parts.h"
 #include "text/write/cwriter_stream.h"
 
 #include <algorithm>
@@ -20,14 +21,23 @@
 #include <locale>
 #include <type_traits>
 
-namespace cat {
-char const *wformat(cObj const &obj) {
-    objref const member = obj.gmember("wformat");
-    if (cObj::is_void(member)) return "";
-    std::string const *const text = string_of(*member);
+namespace {
+// The member of a table, if it is a good value.
+cObj const *good_member(cAttrHash const *table, std::string const &name) {
+    cAttrNode const *const node = table ? table->find(name) : nullptr;
+    return node && cObj::is_good(node->valref()) ? node->valref().get() : nullptr;
+}
+} // namespace
+
+// What gmember("wformat") finds, without making a key.
+char const *cat::wformat(cObj const &obj) {
+    std::string const name("wformat");
+    cObj const *member = good_member(obj.ommap_ptr(), name);
+    if (!member) member = good_member(&obj.type().tmmap(), name);
+    if (!member) member = good_member(core.global_hash, name);
+    std::string const *const text = member ? string_of(*member) : nullptr;
     return text ? text->c_str() : "";
 }
-} // namespace cat
 
 // --- names and quoting: one pass each, since erasing and inserting in place would be quadratic ---
 
@@ -110,50 +120,92 @@ template <std::floating_point T> void put(std::ostream &os, T value) {
     if (std::is_same_v<T, float>) os << 'f';
 }
 
-template <class T> bool put_exact(std::ostream &os, T value) {
-    std::string plain;
+template <class T> std::string exact_form(std::ostream &os, T value) {
+    std::string plain, text;
     cTextStream as_given(plain);
     as_given.copyfmt(os);
     put(as_given, value);
     os.width(0);
-    std::string text;
     append_exact(text, plain, value);
-    os << text;
-    if (text.empty()) report_unwritable();
-    return !text.empty();
+    return text;
 }
 
-template <class T> bool write_number(cObj const &obj, objref const &args) {
-    std::ostream *const os = out_of(args);
+template <class T> bool put_exact(cComposer &out, T value) {
+    bool done = false;
+    if (out.composing()) {
+        done = append_exact(out.text(), value);
+    } else {
+        std::string const text = exact_form(out.stream(), value);
+        out.put(text);
+        done = !text.empty();
+    }
+    if (done) return true;
+    cUserCode const user(out);
+    report_unwritable();
+    return false;
+}
+
+template <class T> bool write_number(cObj const &obj, cComposer &out) {
     T const *const value = value_of<T>(obj);
-    if (!os || !value) return false;
-    if (exact_text()) return put_exact(*os, *value);
-    put(*os, *value);
+    if (!value) return false;
+    if (exact_text()) return put_exact(out, *value);
+    if (out.composing())
+        append_number(out.text(), *value);
+    else
+        put(out.stream(), *value);
     return true;
+}
+
+bool write_text(cObj const &obj, cComposer &out) {
+    std::string const *const value = value_of<std::string>(obj);
+    if (!value) return false;
+    if (out.composing()) {
+        append_string(out.text(), *value, exact_text());
+    } else {
+        std::string text;
+        append_string(text, *value, exact_text());
+        out.put(text);
+    }
+    return true;
+}
+
+bool write_truth(cObj const &obj, cComposer &out) {
+    bool const *const value = value_of<bool>(obj);
+    if (!value) return false;
+    out.put(bool_text(obj, *value));
+    return !out.stream().bad();
+}
+
+bool write_to(objref const &args, cObj const &obj, cForm form) {
+    std::ostream *const os = out_of(args);
+    if (!os) return false;
+    cComposer out(*os);
+    return write_scalar(obj, form, out);
 }
 } // namespace
 
-bool cat::write_int(cObj &obj, objref &args) { return write_number<int>(obj, args); }
-bool cat::write_float(cObj &obj, objref &args) { return write_number<float>(obj, args); }
-bool cat::write_double(cObj &obj, objref &args) { return write_number<double>(obj, args); }
-
-bool cat::write_bool(cObj &obj, objref &args) {
-    std::ostream *const os = out_of(args);
-    bool const *const value = value_of<bool>(obj);
-    if (!os || !value) return false;
-    *os << bool_text(obj, *value);
-    return !os->bad();
+bool write_scalar(cObj const &obj, cForm form, cComposer &out) {
+    switch (form) {
+    case cForm::string:
+        return write_text(obj, out);
+    case cForm::integer:
+        return write_number<int>(obj, out);
+    case cForm::dbl:
+        return write_number<double>(obj, out);
+    case cForm::single:
+        return write_number<float>(obj, out);
+    case cForm::boolean:
+        return write_truth(obj, out);
+    default:
+        return false;
+    }
 }
 
-bool cat::write_string(cObj &obj, objref &args) {
-    std::ostream *const os = out_of(args);
-    std::string const *const value = value_of<std::string>(obj);
-    if (!os || !value) return false;
-    std::string text;
-    append_string(text, *value, exact_text());
-    *os << text;
-    return true;
-}
+bool cat::write_int(cObj &obj, objref &args) { return write_to(args, obj, cForm::integer); }
+bool cat::write_float(cObj &obj, objref &args) { return write_to(args, obj, cForm::single); }
+bool cat::write_double(cObj &obj, objref &args) { return write_to(args, obj, cForm::dbl); }
+bool cat::write_bool(cObj &obj, objref &args) { return write_to(args, obj, cForm::boolean); }
+bool cat::write_string(cObj &obj, objref &args) { return write_to(args, obj, cForm::string); }
 
 bool cat::write_voiddata(cObj &obj, objref &args) {
     std::ostream *const os = out_of(args);

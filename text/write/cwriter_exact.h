@@ -34,8 +34,9 @@ std::string path_text(objref const &key, bool exact);
 // Is exact text to be written now?
 bool exact_text() noexcept;
 
-// Can this object be written so that it reads back? Looks at the object alone, not below it.
-bool exact_writable(cObj const &obj);
+// Can this object be written so that it reads back? Looks at the object alone, not below it. lone:
+// only a node owns it, so it isn't a constant.
+bool exact_writable(cObj const &obj, bool lone = false);
 // The same for a key. In a path only those of the second kind are found again.
 bool exact_key(objref const &key);
 // The same for what declarations add: the type of a specification has a name, and an attribute set

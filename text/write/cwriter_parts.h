@@ -2,19 +2,27 @@
 // The parts of a text that the files of the writer share: one object inside a larger text, and the
 // entries of a container in a layout.
 
-#include "qrv/core/cobj.h"
+#include "text/write/ccomposer.h"
+#include "text/write/cwriter_form.h"
 
-#include <iosfwd>
 #include <string>
 
-// cObj::writeobj without the tests that the caller has made already: the constant's name, or the
-// wrapper around `write`.
-bool write_form(cObj const &obj, std::ostream &os);
+// cObj::writeobj. lone: only a node owns the object, so it isn't a constant.
+bool write_object(cObj const &obj, cComposer &out, bool lone = false);
+// The same without the tests that the caller has made already: the constant's name, or the wrapper
+// around `write`.
+bool write_form(cObj const &obj, cComposer &out, bool lone = false);
+// cObj::write.
+bool write_value(cObj const &obj, cComposer &out);
+// The standard methods of the library.
+bool write_scalar(cObj const &obj, cForm form, cComposer &out);
+bool write_container(cObj const &obj, cForm form, cComposer &out);
+
+// "#name" of a constant; false if the object isn't one.
+bool write_constant(cObj const &obj, cComposer &out);
 
 // True, and the stream failed and the error told once, when the stack doesn't allow another level.
-bool stack_ends(std::ostream &os);
-
-void put_blanks(std::ostream &os, int count);
+bool stack_ends(cComposer &out);
 
 // Says on the error stream that a value under the current path couldn't be written, and goes on.
 void tell_error(cErr const &error);
@@ -22,10 +30,11 @@ void tell_error(cErr const &error);
 void tell_unwritable(std::string const &path);
 
 // The object's comment, if it has one that can be written.
-void put_comment(std::ostream &os, cObj const &obj);
+void put_comment(cComposer &out, cObj const &obj);
 
 // The entries without brackets. format: the first character of a layout. holder: the container, if
 // its brackets stand around; may be null. False, in exact text alone, if a value was left out
 // without which the holder can't be read.
-bool write_entries(cAttrHash const &hash, std::ostream &os, char format, cTypeObj const *type,
-                   cObj const *holder);
+// lone: the holder and the hash have one owner each.
+bool write_entries(cAttrHash const &hash, cComposer &out, char format, cTypeObj const *type,
+                   cObj const *holder, bool lone = false);

@@ -23,7 +23,8 @@ void append_object(std::string &out, cObj const &obj) {
     if (wrapped) out.append(obj.type().name()).append(1, '(');
     if (!append_scalar(out, obj)) {
         cTextStream os(out);
-        if (!stack_ends(os)) obj.write(os); // RUNS FOREIGN CODE
+        cComposer composer(os);
+        if (!stack_ends(composer)) write_value(obj, composer); // RUNS USER CODE
     }
     if (wrapped) out += ')';
 }

@@ -1,0 +1,46 @@
+#pragma once
+// Who writes an object: the library itself, in one of its forms, or a method of its own or of its
+// type, which is user code to the writer.
+
+#include "core/cregistry.h"
+#include "qrv/containers/csetobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/text/write/cwriter.h"
+#include "text/write/cscalar_text.h"
+
+enum class cForm : unsigned char { user, string, integer, dbl, single, boolean, map, vector, set };
+
+// What the method of the type writes.
+inline cForm form_of(cTypeObj const &type) {
+    cVoidFunction const method = type.method(mid_write);
+    auto const is = [method](bool (*own)(cObj &, objref &)) {
+        return method == reinterpret_cast<cVoidFunction>(own);
+    };
+    if (is(cat::write_string)) return cForm::string;
+    if (is(cat::write_int)) return cForm::integer;
+    if (is(cat::write_double)) return cForm::dbl;
+    if (is(cTomMap::m_write)) return cForm::map;
+    if (is(cat::write_bool)) return cForm::boolean;
+    if (is(cat::write_float)) return cForm::single;
+    if (is(cTomVector::m_write)) return cForm::vector;
+    if (is(cTomSet::m_write)) return cForm::set;
+    return cForm::user;
+}
+
+inline cForm form_of(cObj const &obj) {
+    if (obj.flags_of(of_exe_member)) return cForm::user; // its own `write` may be there
+    return form_of(obj.type());
+}
+
+inline bool is_container(cForm form) { return form >= cForm::map; }
+inline bool is_scalar(cForm form) { return form != cForm::user && !is_container(form); }
+
+// Such keys never appear in a plain text.
+inline bool is_hidden(cObj const &key) {
+    std::string const *const text = string_of(key);
+    return text && !text->empty() && text->front() == '#';
+}
+
+inline bool appears_in_plain(cAttrNode const &node) {
+    return !is_hidden(*node.key()) && node.value().is_writable();
+}
