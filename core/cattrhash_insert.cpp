@@ -34,7 +34,7 @@ cAttrInsert::cPlace cAttrInsert::number(cAttrHash &hash, int key, objref value) 
         hash, hash.search_for(key), [&] { return cat::make_value(key); }, value);
 }
 
-cAttrInsert::cPlace cAttrInsert::adopt(cAttrHash &hash, objref key, objref value) {
+cAttrInsert::cPlace cAttrInsert::adopt(cAttrHash &hash, objref &&key, objref &&value) {
     assert(key->refs() == 1 && cAttrHash::kind_of(key) != cKeyKind::other);
     return insert(
         hash, hash.search_for(key), [&] { return std::move(key); }, value);
