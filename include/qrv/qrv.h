@@ -9,6 +9,7 @@
 #include "qrv/base/cref.h"
 #include "qrv/base/csignal.h"
 #include "qrv/base/platform/cplatform.h"
+#include "qrv/base/platform/cpooled.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/ccomp.h"
 #include "qrv/containers/cattr.h"

@@ -170,7 +170,7 @@ concept cNoIndex = std::is_arithmetic_v<T> && !std::same_as<T, int>;
 template <class T>
 concept cNumber = std::is_arithmetic_v<T>;
 
-class QRV_API cAttrHash : public cShared {
+class QRV_API cAttrHash : public cShared, public cPooled {
   public:
     using cLink = cAttrNode::cLink;
 

@@ -3,6 +3,7 @@
 // and the census of living objects.
 
 #include "qrv/base/cref.h"
+#include "qrv/base/platform/cpooled.h"
 
 #include <iosfwd>
 
@@ -18,7 +19,7 @@ enum cObjFlag : int {
     of_exe_member = 0x00010000  // object: dispatch looks into its members first
 };
 
-class QRV_API cObjBase : public cShared {
+class QRV_API cObjBase : public cShared, public cPooled {
   public:
     cObjBase(cObjBase const &other) noexcept : cShared(other), flags_(other.flags_) {}
     cObjBase &operator=(cObjBase const &other) noexcept { // flags only; the count stays

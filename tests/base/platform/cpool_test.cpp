@@ -1,0 +1,202 @@
+// The pool of small cells: sizes around the steps, alignment, and that blocks go back to the
+// system.
+
+#include "base/platform/cpool.h"
+
+#include "tests/support/sanitized.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <random>
+#include <sys/resource.h>
+#include <vector>
+
+namespace {
+
+using namespace cat::pool;
+
+constexpr std::size_t cells_of_a_block = 64 * 1024 / largest_cell; // at most, of the largest size
+
+std::uintptr_t block_of(void const *cell) {
+    return reinterpret_cast<std::uintptr_t>(cell) / (64 * 1024);
+}
+
+std::vector<void *> take_all(std::size_t count, std::size_t size) {
+    std::vector<void *> cells(count);
+    for (void *&cell : cells) cell = std::memset(take(size), 0xA5, size);
+    return cells;
+}
+
+void give_all(std::vector<void *> const &cells, std::size_t size) {
+    for (void *const cell : cells) give(cell, size);
+}
+
+// Blocks of the largest size that stay: at most the one that cells are taken from.
+class Pool : public testing::Test {
+  protected:
+    void SetUp() override {
+        give(take(largest_cell), largest_cell);
+        before_ = blocks();
+    }
+    void TearDown() override { EXPECT_EQ(blocks(), before_); }
+
+    std::size_t before_ = 0;
+};
+
+TEST_F(Pool, a_size_has_a_cell_up_to_the_next_multiple_of_8) {
+    for (std::size_t const size : {1u, 7u, 8u, 9u, 15u, 16u, 17u, 248u, 249u, 255u, 256u}) {
+        void *const cell = take(size);
+        std::size_t const whole = (size + 7) / 8 * 8;
+        EXPECT_EQ(size_of(cell), whole) << size;
+        std::memset(cell, 0xFF, whole);
+        give(cell, size);
+        before_ = blocks(); // a size that was never used has a block from now on
+    }
+}
+
+TEST_F(Pool, cells_of_whole_sixteens_are_aligned_to_16_and_others_to_8) {
+    for (std::size_t size = 8; size <= largest_cell; size += 8) {
+        std::vector<void *> const cells = take_all(3, size);
+        for (void *const cell : cells)
+            EXPECT_EQ(reinterpret_cast<std::uintptr_t>(cell) % (size % 16 == 0 ? 16 : 8), 0u);
+        give_all(cells, size);
+    }
+    before_ = blocks();
+}
+
+TEST_F(Pool, the_cell_that_came_back_last_is_taken_first) {
+    void *const a = take(largest_cell), *const b = take(largest_cell);
+    give(a, largest_cell);
+    give(b, largest_cell);
+    EXPECT_EQ(take(largest_cell), b);
+    EXPECT_EQ(take(largest_cell), a);
+    give(a, largest_cell);
+    give(b, largest_cell);
+}
+
+TEST_F(Pool, cells_do_not_overlap) {
+    std::vector<void *> const cells = take_all(3 * cells_of_a_block, largest_cell);
+    std::vector<void *> sorted = cells;
+    std::ranges::sort(sorted);
+    for (std::size_t i = 1; i < sorted.size(); ++i)
+        EXPECT_GE(reinterpret_cast<std::uintptr_t>(sorted[i]),
+                  reinterpret_cast<std::uintptr_t>(sorted[i - 1]) + largest_cell);
+    for (void *const cell : cells) EXPECT_EQ(*static_cast<unsigned char *>(cell), 0xA5);
+    give_all(cells, largest_cell);
+}
+
+TEST_F(Pool, a_full_block_is_followed_by_another) {
+    std::vector<void *> cells = {take(largest_cell)};
+    while (block_of(cells.back()) == block_of(cells.front())) cells.push_back(take(largest_cell));
+    EXPECT_EQ(cells.size(),
+              cells_of_a_block); // its header has the room of one, the last is outside
+    EXPECT_EQ(blocks(), before_ + 1);
+    give_all(cells, largest_cell);
+}
+
+TEST_F(Pool, the_room_of_a_full_block_is_used_again_before_a_block_is_mapped) {
+    std::vector<void *> cells = take_all(4 * cells_of_a_block, largest_cell);
+    std::size_t const most = blocks();
+    for (std::size_t i = 0; i < cells.size(); i += 2) give(cells[i], largest_cell);
+    for (std::size_t i = 0; i < cells.size(); i += 2) cells[i] = take(largest_cell);
+    EXPECT_EQ(blocks(), most);
+    give_all(cells, largest_cell);
+}
+
+TEST_F(Pool, blocks_go_back_in_order) {
+    give_all(take_all(10 * cells_of_a_block, largest_cell), largest_cell);
+}
+
+TEST_F(Pool, blocks_go_back_in_reverse) {
+    std::vector<void *> cells = take_all(10 * cells_of_a_block, largest_cell);
+    EXPECT_GT(blocks(), before_ + 8);
+    std::ranges::reverse(cells);
+    give_all(cells, largest_cell);
+}
+
+TEST_F(Pool, blocks_go_back_in_any_order_and_with_new_cells_in_between) {
+    std::mt19937 random(1);
+    for (int round = 0; round < 20; ++round) {
+        std::vector<void *> cells = take_all(10 * cells_of_a_block, largest_cell);
+        std::ranges::shuffle(cells, random);
+        for (std::size_t i = cells.size() / 2; i < cells.size(); ++i) give(cells[i], largest_cell);
+        cells.resize(cells.size() / 2);
+        std::vector<void *> const more = take_all(3 * cells_of_a_block, largest_cell);
+        cells.insert(cells.end(), more.begin(), more.end());
+        std::ranges::shuffle(cells, random);
+        give_all(cells, largest_cell);
+        ASSERT_EQ(blocks(), before_) << round;
+    }
+}
+
+// The process may map nothing more while this lives.
+class cNoMoreMemory {
+  public:
+    cNoMoreMemory() {
+        getrlimit(RLIMIT_AS, &before_);
+        rlimit const nothing{1, before_.rlim_max};
+        setrlimit(RLIMIT_AS, &nothing);
+    }
+    ~cNoMoreMemory() { setrlimit(RLIMIT_AS, &before_); }
+    cNoMoreMemory(cNoMoreMemory const &) = delete;
+    cNoMoreMemory &operator=(cNoMoreMemory const &) = delete;
+
+  private:
+    rlimit before_{};
+};
+
+std::vector<void *> *cells_to_free = nullptr;
+
+void free_cells() {
+    std::set_new_handler(nullptr);
+    give_all(*cells_to_free, largest_cell);
+    cells_to_free->clear();
+}
+
+TEST_F(Pool, without_more_memory_taking_throws_and_the_pool_stays_in_order) {
+    if (test::sanitized) return; // the sanitizer maps memory for itself
+    std::vector<void *> cells;
+    cells.reserve(2 * cells_of_a_block);
+    bool thrown = false;
+    {
+        cNoMoreMemory const limited;
+        try {
+            while (cells.size() < 2 * cells_of_a_block) cells.push_back(take(largest_cell));
+        } catch (std::bad_alloc const &) {
+            thrown = true;
+        }
+    }
+    EXPECT_TRUE(thrown);
+    cells.push_back(take(largest_cell));
+    give_all(cells, largest_cell);
+}
+
+TEST_F(Pool, without_more_memory_the_new_handler_may_free_cells) {
+    if (test::sanitized) return; // the sanitizer maps memory for itself
+    std::vector<void *> cells = take_all(cells_of_a_block, largest_cell);
+    std::size_t const most = blocks();
+    cells.reserve(4 * cells_of_a_block);
+    cells_to_free = &cells;
+    std::set_new_handler(free_cells);
+    void *last = nullptr;
+    {
+        cNoMoreMemory const limited;
+        while (std::get_new_handler() && cells.size() < 4 * cells_of_a_block)
+            cells.push_back(last = take(largest_cell));
+    }
+    EXPECT_EQ(cells, std::vector<void *>{last}); // taken after the handler had freed all others
+    EXPECT_LE(blocks(), most);
+    give_all(cells, largest_cell);
+}
+
+TEST_F(Pool, other_memory_has_no_size) {
+    int local = 0;
+    EXPECT_EQ(size_of(&local), 0u);
+    EXPECT_EQ(size_of(&before_), 0u);
+}
+
+} // namespace

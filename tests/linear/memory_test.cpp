@@ -1,0 +1,93 @@
+// A million objects, in the release build, where they are in the pool: when they are freed, in
+// whatever order, the process holds what it held before, give or take 10 %.
+#include "tests/support/fixture.h"
+
+#include "base/platform/cpool.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int million = 1'000'000;
+
+// Without what malloc keeps for later, which is no part of the pool: hash tables were there.
+long resident_kilobytes() {
+    malloc_trim(0);
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;) {
+        long kilobytes = 0;
+        if (word == "VmRSS:" && status >> kilobytes) return kilobytes;
+    }
+    return 0;
+}
+
+class Memory : public QrvTest {
+  protected:
+    // Every second object is of another size.
+    static void make_million(std::vector<objref> &objects) {
+        for (objref &object : objects) {
+            bool const is_number = (&object - objects.data()) % 2 == 0;
+            object = is_number ? cat::of(1) : cat::of("text");
+        }
+    }
+
+    void SetUp() override {
+        QrvTest::SetUp();
+        make_million(objects_); // so that all else that this takes is there
+        objects_.assign(million, nullptr);
+        before_ = resident_kilobytes();
+        make_million(objects_);
+        ASSERT_GT(resident_kilobytes(), before_ + 50'000);
+        ASSERT_NE(cat::pool::size_of(objects_[0].get()), 0u);
+    }
+    void TearDown() override {
+        EXPECT_LT(resident_kilobytes(), before_ + before_ / 10);
+        objects_ = {};
+        QrvTest::TearDown();
+    }
+
+    std::vector<objref> objects_ = std::vector<objref>(million);
+    long before_ = 0;
+};
+
+TEST_F(Memory, a_million_objects_freed_in_order) {
+    for (objref &object : objects_) object = nullptr;
+}
+
+TEST_F(Memory, a_million_objects_freed_in_reverse) {
+    for (auto object = objects_.rbegin(); object != objects_.rend(); ++object) *object = nullptr;
+}
+
+TEST_F(Memory, a_million_objects_freed_in_any_order) {
+    std::ranges::shuffle(objects_, std::mt19937(1));
+    for (objref &object : objects_) object = nullptr;
+}
+
+TEST_F(Memory, a_map_of_a_million_entries) {
+    std::ranges::fill(objects_, nullptr);
+    auto map = make<cMapObj>();
+    for (int i = 0; i < million; ++i) map->setattr(own_key(i), cat::of(i));
+    EXPECT_GT(resident_kilobytes(), before_ + 200'000);
+}
+
+TEST_F(Memory, rounds_of_new_objects_need_no_more_each_time) {
+    std::mt19937 random(1);
+    long const most = resident_kilobytes();
+    for (int round = 0; round < 10; ++round) {
+        std::ranges::shuffle(objects_, random);
+        std::fill(objects_.begin() + million / 2, objects_.end(), nullptr);
+        make_million(objects_);
+        EXPECT_LT(resident_kilobytes(), most + most / 10) << round;
+    }
+    std::ranges::fill(objects_, nullptr);
+}
+
+} // namespace
