@@ -2,6 +2,7 @@
 
 #include "core/cattrhash_insert.h"
 #include "core/cbuiltin.h"
+#include "core/cscalar.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/ctypeobj_update.h"
@@ -53,8 +54,8 @@ bool may_be_late(cAttrHash const &hash, cTypeObj const *type, std::istream &is, 
 cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, bool inner)
     : hash_(hash), type_(type), scan_(scan), session_(*cReadSession::current()),
       state_(text_state()),
-      late_(hash, may_be_late(hash, type, scan.is(), inner)), opened_{scan.token().outer_line,
-                                                                      scan.token().outer_column},
+      late_(hash, may_be_late(hash, type, scan.is(), inner)), opened_{scan.current().outer_line,
+                                                                      scan.current().outer_column},
       has_bracket_(cat::Brackets(scan.current().code).open != 0),
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
@@ -75,15 +76,16 @@ cHashReader::cShort cHashReader::read_short(objref &value) {
         scan_.separator_passed_ = true;
         code = scan_.next();
     }
-    cToken const first = scan_.current();
+    cToken first = scan_.current();
     short_code_ = code;
     if (code == tkIdent) {
         value = cat::make_value(std::string(first.text));
         int const end = scan_.next();
         if (!cValueReader::ends_value(end)) {
-            value = nullptr;
             scan_.ungettoken();
+            first.text = *cat::value_in<std::string>(value.get()); // comments may follow the word
             scan_.ungettoken(cAttrLiteral(first));
+            value = nullptr;
             return cShort::none;
         }
         scan_.note_new(value);

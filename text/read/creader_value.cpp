@@ -336,7 +336,7 @@ int cValueReader::unread_container() {
     objref const held = value_;
     if (&held->type() != &cat::type_vector()) return 0;
     begin_error(scan_, err_read_container) << held->type().name();
-    if (scan_.token().code <= tkEof)
+    if (scan_.current().code <= tkEof)
         scan_.unclosed(first_);
     else
         scan_.about(first_);
