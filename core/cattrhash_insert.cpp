@@ -3,6 +3,7 @@
 #include "core/cattrhash_detail.h"
 #include "core/cbuiltin.h"
 #include "core/cregistry.h"
+#include "core/cscalar.h"
 
 #include <cassert>
 
@@ -36,8 +37,11 @@ cAttrInsert::cPlace cAttrInsert::number(cAttrHash &hash, int key, objref value) 
 
 cAttrInsert::cPlace cAttrInsert::adopt(cAttrHash &hash, objref &&key, objref &&value) {
     assert(key->refs() == 1 && cAttrHash::kind_of(key) != cKeyKind::other);
+    std::string const *const text = cat::value_in<std::string>(key.get());
+    cAttrHash::cSearch const search =
+        text ? hash.search_for(*text) : hash.search_for(*cat::value_in<int>(key.get()));
     return insert(
-        hash, hash.search_for(key), [&] { return std::move(key); }, value);
+        hash, search, [&] { return std::move(key); }, value);
 }
 
 bool cAttrInsert::append(cAttrHash &hash, objref value) {

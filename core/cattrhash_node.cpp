@@ -29,7 +29,9 @@ cAttrNode::cAttrNode(objref const &key, objref const &value)
     : cHashNode(clone_key(key)), value_(value), anid_(an_lstid++) {}
 
 cAttrNode::cAttrNode(cAdopt, objref key, objref value) noexcept
-    : cHashNode(std::move(key)), value_(std::move(value)), anid_(an_lstid++) {}
+    : cHashNode(std::move(key)), value_(std::move(value)), anid_(an_lstid++) {
+    key_->obid(++ob_lstid_); // as old as the node, like the clone that it stands for
+}
 
 cAttrNode::cAttrNode(cAttrNode const &other)
     : cHashNode(clone_key(other.key_)), cObjBase(other), value_(other.value_), anid_(an_lstid++) {}
