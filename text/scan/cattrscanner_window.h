@@ -74,7 +74,8 @@ class cWindow {
     std::string_view text(std::size_t size) const { return {base_, size}; }
     bool never_closed(int quote) const { return offset_ < buffer_->no_close[quote == '"' ? 0 : 1]; }
     void set_no_close(int quote, std::size_t i) {
-        if (!void_) buffer_->no_close[quote == '"' ? 0 : 1] = offset_ + i;
+        unclosed_ = quote;
+        no_close_ = offset_ + i;
     }
 
     // Is more needed, to find the match or to note what is ahead behind it?
@@ -83,6 +84,7 @@ class cWindow {
     }
     // Goes behind the match: takes from the stream what was looked at.
     void consume(std::size_t size) {
+        if (unclosed_ != 0) buffer_->no_close[unclosed_ == '"' ? 0 : 1] = no_close_;
         cGetArea::go_to(*buffer_->known, seen_);
         buffer_->look_ahead(base_ + size, static_cast<std::size_t>(seen_ - base_) - size);
     }
@@ -98,13 +100,15 @@ class cWindow {
     char const *end_ = nullptr;
     char const *seen_ = nullptr; // behind what was looked at
     bool void_ = false;
+    int unclosed_ = 0; // a quote of this kind has no end before no_close_
+    std::size_t no_close_ = 0;
 };
 
 inline cWindow::cWindow(yy_buffer_state *buffer, std::size_t offset)
     : buffer_(buffer), offset_(offset) {
     if (!buffer || !buffer->stream || !buffer->stream->good()) return;
     std::streambuf const *const b = buffer->stream->rdbuf();
-    if (b != buffer->known) return;
+    if (b != buffer->known || buffer->ahead.size() > yy_buffer_state::few) return;
     char const *const base = cGetArea::before(*b, buffer->ahead);
     if (!base) return;
     base_ = base;
