@@ -3,6 +3,7 @@
 #include "core/cattrhash_detail.h"
 #include "core/cbuiltin.h"
 #include "core/cregistry.h"
+#include "core/cscalar.h"
 
 #include <cassert>
 
@@ -20,7 +21,7 @@ template <class MakeKey> cAttrInsert::cPlace cAttrInsert::insert(cAttrHash &hash
     if (found.node) return {found.node, false};
     auto *const node = new cAttrNode(cAttrNode::cAdopt(), make_key(), std::move(value));
     hash.link_node(*node, found, search);
-    node->map_ = &hash;
+    node->mapped_ = true;
     return {node, true};
 }
 
@@ -34,10 +35,13 @@ cAttrInsert::cPlace cAttrInsert::number(cAttrHash &hash, int key, objref value) 
         hash, hash.search_for(key), [&] { return cat::make_value(key); }, value);
 }
 
-cAttrInsert::cPlace cAttrInsert::adopt(cAttrHash &hash, objref key, objref value) {
+cAttrInsert::cPlace cAttrInsert::adopt(cAttrHash &hash, objref &&key, objref &&value) {
     assert(key->refs() == 1 && cAttrHash::kind_of(key) != cKeyKind::other);
+    std::string const *const text = cat::value_in<std::string>(key.get());
+    cAttrHash::cSearch const search =
+        text ? hash.search_for(*text) : hash.search_for(*cat::value_in<int>(key.get()));
     return insert(
-        hash, hash.search_for(key), [&] { return std::move(key); }, value);
+        hash, search, [&] { return std::move(key); }, value);
 }
 
 bool cAttrInsert::append(cAttrHash &hash, objref value) {

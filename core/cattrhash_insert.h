@@ -18,8 +18,9 @@ struct cAttrInsert {
     // Values must be good and not executable.
     static cPlace text(cAttrHash &hash, std::string_view key, objref value);
     static cPlace number(cAttrHash &hash, int key, objref value);
-    // The key is exactly a string or an int, and nobody else holds it.
-    static cPlace adopt(cAttrHash &hash, objref key, objref value);
+    // The key is exactly a string or an int, and nobody else holds it. Both stay the caller's if
+    // the key was there before.
+    static cPlace adopt(cAttrHash &hash, objref &&key, objref &&value);
     // vect_append, directly where all keys are ints.
     static bool append(cAttrHash &hash, objref value);
 

@@ -29,7 +29,9 @@ cAttrNode::cAttrNode(objref const &key, objref const &value)
     : cHashNode(clone_key(key)), value_(value), anid_(an_lstid++) {}
 
 cAttrNode::cAttrNode(cAdopt, objref key, objref value) noexcept
-    : cHashNode(std::move(key)), value_(std::move(value)), anid_(an_lstid++) {}
+    : cHashNode(std::move(key)), value_(std::move(value)), anid_(an_lstid++) {
+    key_->obid(++ob_lstid_); // as old as the node, like the clone that it stands for
+}
 
 cAttrNode::cAttrNode(cAttrNode const &other)
     : cHashNode(clone_key(other.key_)), cObjBase(other), value_(other.value_), anid_(an_lstid++) {}
@@ -77,8 +79,8 @@ cObj &cAttrNode::value(cAttrNode const *node) { return node ? node->value() : *c
 cAttrNode &cAttrNode::operator=(objref const &value) {
     if (dead_ || this == nil_attr_node) return nil_attr();
     if (cObj::is_kill(value)) {
-        if (!map_ || cObj::is_void(key_)) return *this;
-        map_->remove(this); // RE-ENTERS
+        if (!map() || cObj::is_void(key_)) return *this;
+        map()->remove(this); // RE-ENTERS
         return nil_attr();
     }
     cAttrHash::cHold const hold(this);

@@ -43,7 +43,7 @@ cAttrScan::~cAttrScan() {
 
 int cAttrScan::gettok(cAttrLiteral &token) {
     int const code = next();
-    token = this->token(); // at the end its place, also when it was read before
+    token = cAttrLiteral(current()); // at the end its place, also when it was read before
     if (code != tkEof) return code;
     token.code = tkEof;
     token.text.clear();
@@ -52,12 +52,12 @@ int cAttrScan::gettok(cAttrLiteral &token) {
 
 int cAttrScan::next() {
     while (!eof_seen_) {
-        int const code = gettoken();
-        if (code != tkComment) {
-            if (code > 0) return code;
+        cToken const &token = next_token();
+        if (token.code != tkComment) {
+            if (token.code > 0) return token.code;
             eof_seen_ = true;
         } else if (return_com()) {
-            text_state().collect_comment(token().text);
+            text_state().collect_comment(std::string(token.text));
         }
     }
     return tkEof;
@@ -144,11 +144,11 @@ void cAttrScan::fire_from(cErr const &error, size_t prefix) {
     }
     cat::ReadError entry;
     entry.file = cSubText::file_of(*this);
-    entry.line = about_line_ ? about_line_ : token().outer_line;
-    entry.column = (about_line_ ? about_column_ : token().outer_column) + 1;
+    entry.line = about_line_ ? about_line_ : current().outer_line;
+    entry.column = (about_line_ ? about_column_ : current().outer_column) + 1;
     if (about_unclosed_) {
-        entry.end_line = token().outer_line;
-        entry.end_column = token().outer_column + 1;
+        entry.end_line = current().outer_line;
+        entry.end_column = current().outer_column + 1;
     }
     forget_about();
     entry.path = text_state().shown_path(true);

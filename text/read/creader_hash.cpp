@@ -1,5 +1,8 @@
 #include "text/read/creader_hash.h"
 
+#include "core/cattrhash_insert.h"
+#include "core/cbuiltin.h"
+#include "core/cscalar.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/ctypeobj_update.h"
@@ -51,9 +54,9 @@ bool may_be_late(cAttrHash const &hash, cTypeObj const *type, std::istream &is, 
 cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, bool inner)
     : hash_(hash), type_(type), scan_(scan), session_(*cReadSession::current()),
       state_(text_state()),
-      late_(hash, may_be_late(hash, type, scan.is(), inner)), opened_{scan.token().outer_line,
-                                                                      scan.token().outer_column},
-      has_bracket_(cat::Brackets(scan.token().code).open != 0),
+      late_(hash, may_be_late(hash, type, scan.is(), inner)), opened_{scan.current().outer_line,
+                                                                      scan.current().outer_column},
+      has_bracket_(cat::Brackets(scan.current().code).open != 0),
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
 
@@ -68,41 +71,47 @@ void cHashReader::fail(cErrText const &error, std::string const &what) {
 
 // A literal or a word that is one value. Where that can't be known, or fails, nothing was read.
 cHashReader::cShort cHashReader::read_short(objref &value) {
-    int const code = scan_.next();
-    cReadSession::cPlace const place = {scan_.token().outer_line, scan_.token().outer_column};
+    int code = scan_.next();
+    if (code == ';' || code == ',') { // that of a container before, for instance
+        scan_.separator_passed_ = true;
+        code = scan_.next();
+    }
+    cToken first = scan_.current();
+    short_code_ = code;
     if (code == tkIdent) {
-        value = cat::of(scan_.token().text);
-        cAttrLiteral const word = scan_.token();
+        value = cat::make_value(std::string(first.text));
         int const end = scan_.next();
         if (!cValueReader::ends_value(end)) {
+            scan_.ungettoken();
+            first.text = *cat::value_in<std::string>(value.get()); // comments may follow the word
+            scan_.ungettoken(cAttrLiteral(first));
             value = nullptr;
-            if (end != tkEof) scan_.ungettoken();
-            scan_.ungettoken(word);
             return cShort::none;
         }
         scan_.note_new(value);
         delim_ = end;
-    } else if (code >= tkInt && code <= tkString &&
-               cat::read_stdtype(code, scan_.token().text.c_str(), value)) {
+    } else if (code >= tkInt && code <= tkString && literal_value(code, first.text, value)) {
         scan_.note_new(value);
         delim_ = scan_.next();
-    } else if (closes(code, place)) {
+    } else if (closes(code)) {
         return cShort::closed;
     } else {
         if (code != tkEof) scan_.ungettoken();
         return cShort::none;
     }
-    session_.value_place(place);
+    scan_.separator_passed_ = false;
+    session_.value_place({first.outer_line, first.outer_column});
     return cValueReader::ends_value(delim_) ? cShort::done : cShort::unended;
 }
 
 // The closing bracket of the container, in the place of a key or of an item.
-bool cHashReader::closes(int code, cReadSession::cPlace place) {
+bool cHashReader::closes(int code) {
     bool const may_close = is_closing(code) && code != tkEof;
     if (!may_close || !(listed_ || state_.reading_key())) return false;
     if (!state_.com_collected().empty()) return false;
+    scan_.separator_passed_ = false;
     scan_.note_object(nullptr);
-    session_.value_place(place);
+    session_.value_place({scan_.current().outer_line, scan_.current().outer_column});
     delim_ = code;
     return true;
 }
@@ -116,17 +125,19 @@ int cHashReader::read_long(objref &value, cShort done) {
     return code;
 }
 
-// Puts a value that the library alone has made under a key that is new. False if that isn't so.
+// Puts a value that the library alone has made under a key that is new; only while the entries are
+// late. False if there is more to it.
 bool cHashReader::put_new(cEntry &entry) {
-    if (seen_ || hash_.has_foreign_keys()) return false;
-    if (listed_) {
-        if (hash_.after_last_index() != index_) return false;
-        entry.key = cat::of(index_);
-    } else if (hash_.find(entry.key)) {
-        return false;
-    }
-    hash_.mapitem(entry.key, entry.value);
-    return true;
+    if (seen_) return false;
+    if (listed_) return cAttrInsert::append(hash_, std::move(entry.value));
+    if (entry.key->has_ommap()) return false; // a comment, which a key in a map doesn't have
+    return cAttrInsert::adopt(hash_, std::move(entry.key), std::move(entry.value)).is_new;
+}
+
+// Is the key of an entry one under which it can be late? What scanned it has its token.
+bool cHashReader::is_late_key(objref const &key) const {
+    return short_code_ == tkIdent || short_code_ == tkInt ||
+           (short_code_ == tkString && cLateEntries::is_key(key));
 }
 
 // --- one entry ---
@@ -225,7 +236,7 @@ bool cHashReader::read_entry() {
             if (by_index) next_index();
             return true;
         }
-        if (state_.is_late() && !cLateEntries::is_key(entry.key)) state_.settle();
+        if (state_.is_late() && !is_late_key(entry.key)) state_.settle();
     }
     return read_keyed(entry);
 }
@@ -274,7 +285,6 @@ bool cHashReader::is_plain_entry(cEntry const &entry) {
         value.is_type())
         return false;
     if (!entry.fresh && (value.is_map() || value.is_vector() || value.is_set())) return false;
-    if (listed_ && hash_.after_last_index() != index_) return false;
     if (seen_) return cValueIndex::is_plain(value) && !find_in_set(value);
     return !hash_.find(entry.key);
 }
@@ -285,7 +295,7 @@ void cHashReader::report_too_much() { fail(err_read_too_much, shown_path()); }
 
 // Changes a value that stands in the tree. False if it refused by an exception.
 bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
-    bool const costly = dynamic_cast<cMapObj *>(&target) || target.is_container();
+    bool const costly = target.object_class() == cObjClass::map || target.is_container();
     session_.refresh_limit();
     if (costly && session_.exhausted()) {
         report_too_much();

@@ -46,7 +46,8 @@ class cHashReader {
 
     bool read_entry(); // false at the end of the entries
     cShort read_short(objref &value);
-    bool closes(int code, cReadSession::cPlace place);
+    bool closes(int code);
+    bool is_late_key(objref const &key) const;
     int read_long(objref &value, cShort done);
     cNext read_key(cEntry &entry);
     bool read_value(cEntry &entry, cShort done);
@@ -78,5 +79,6 @@ class cHashReader {
     bool ok_ = true;
     int index_ = 0;
     int delim_ = 1;
+    int short_code_ = 0; // the first token of what the short way read last
     unsigned const first_line_;
 };

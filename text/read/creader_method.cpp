@@ -3,6 +3,7 @@
 // entries, and the conversion of literal tokens.
 
 #include "base/cnumber.h"
+#include "core/cbuiltin.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
@@ -15,6 +16,7 @@
 #include "text/read/creader_errors.h"
 #include "text/read/creader_hash.h"
 #include "text/read/creader_session.h"
+#include "text/read/creader_value.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
 
@@ -38,46 +40,46 @@ int cObj::readobj(char const *text, objref &result, int *delim) {
 
 namespace {
 template <class T>
-bool convert(bool (*parse)(std::string_view, T &), char const *text, objref &result) {
+bool convert(bool (*parse)(std::string_view, T &) noexcept, std::string_view text, objref &result) {
     T number{};
     if (!parse(text, number)) return false;
-    result = cat::of(number);
+    result = cat::make_value(number);
     return true;
 }
 
 bool read_bool(std::string_view text, objref &result) {
     if (text != "true" && text != "false") return false;
-    result = cat::of(text == "true");
+    result = cat::make_value(text == "true");
     return true;
 }
 
-objref unquoted(std::string text) {
-    if (text.size() >= 2) text = text.substr(1, text.size() - 2);
-    cat::unescape(text);
-    return cat::of(text);
+objref unquoted(std::string_view quoted) {
+    if (quoted.size() >= 2) quoted = quoted.substr(1, quoted.size() - 2);
+    std::string text(quoted);
+    if (quoted.find('\\') != std::string_view::npos) cat::unescape(text);
+    return cat::make_value(std::move(text));
 }
 
-bool read_const(char const *text, objref &result) {
+bool read_const(std::string_view text, objref &result) {
     cMapObj *const constants = cat::constmap_ptr();
-    if (!constants || *text != '#') return false;
-    cAttrNode const *const node = constants->datamap().find(text + 1);
+    if (!constants || text.empty() || text.front() != '#') return false;
+    cAttrNode const *const node = constants->datamap().find(std::string(text.substr(1)));
     if (!node || !node->valref()) return false;
     result = node->valref();
     return true;
 }
 } // namespace
 
-bool cat::read_stdtype(int token, char const *text, objref &result) {
-    if (!text) return false;
+bool literal_value(int token, std::string_view text, objref &result) {
     switch (token) {
     case tkInt:
-        return convert<int>(parse_int, text, result);
+        return convert<int>(cat::parse_int, text, result);
     case tkUnsigned:
-        return convert<int>(parse_unsigned, text, result);
+        return convert<int>(cat::parse_unsigned, text, result);
     case tkFloat:
-        return convert<float>(parse_float, text, result);
+        return convert<float>(cat::parse_float, text, result);
     case tkDouble:
-        return convert<double>(parse_double, text, result);
+        return convert<double>(cat::parse_double, text, result);
     case tkBool:
         return read_bool(text, result);
     case tkString:
@@ -86,11 +88,15 @@ bool cat::read_stdtype(int token, char const *text, objref &result) {
     case tkConst:
         return read_const(text, result);
     case tkIdent:
-        result = cat::of(text);
+        result = cat::make_value(std::string(text));
         return true;
     default:
         return false;
     }
+}
+
+bool cat::read_stdtype(int token, char const *text, objref &result) {
+    return text && literal_value(token, text, result);
 }
 
 // --- the containers ---

@@ -24,7 +24,7 @@ cat::ReadError entry_here(unsigned code, std::string text) {
     entry.text = std::move(text);
     cReadSession const *const session = cReadSession::current();
     if (!session) return entry;
-    cAttrLiteral const &token = session->scan()->token();
+    cToken const &token = session->scan()->current();
     entry.file = cSubText::file_of(*session->scan());
     cReadSession::cPlace const place = session->place_now();
     entry.line = place.line ? place.line : token.outer_line;

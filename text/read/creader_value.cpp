@@ -130,7 +130,7 @@ void cValueReader::report(cErrText const &error, std::string const &what) {
 
 // The first token of the value. One separator in front is legal.
 int cValueReader::next_token() {
-    for (int separators = 0;;) {
+    for (int separators = std::exchange(scan_.separator_passed_, false);;) {
         int const t = scan_.gettok(first_);
         if (is_separator(t)) {
             if (++separators > 1) report(err_read_separator, first_.text);
@@ -225,7 +225,7 @@ void cValueReader::expect_end(cErrText const &missing) {
 }
 
 int cValueReader::read_unended() {
-    cAttrLiteral const token = scan_.token();
+    cAttrLiteral const token(scan_.current());
     text_state().settle();
     report(err_read_no_delimiter, written(value_));
     scan_.ungettoken(token);
@@ -233,7 +233,7 @@ int cValueReader::read_unended() {
 }
 
 int cValueReader::read_literal() {
-    bool const good = cat::read_stdtype(first_.code, first_.text.c_str(), value_);
+    bool const good = literal_value(first_.code, first_.text, value_);
     if (!good && text_state().reading_key())
         report(err_read_key_scalar, first_.text);
     else if (!good)
@@ -336,7 +336,7 @@ int cValueReader::unread_container() {
     objref const held = value_;
     if (&held->type() != &cat::type_vector()) return 0;
     begin_error(scan_, err_read_container) << held->type().name();
-    if (scan_.token().code <= tkEof)
+    if (scan_.current().code <= tkEof)
         scan_.unclosed(first_);
     else
         scan_.about(first_);

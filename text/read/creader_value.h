@@ -6,6 +6,9 @@
 #include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
 
+// The object for the text of a token from tkInt to tkIdent; false if it doesn't fit its type.
+bool literal_value(int token, std::string_view text, objref &result);
+
 // The steps of one scan_obj. value and end are the caller's: what they hold when an exception
 // leaves is what is known.
 class cValueReader {

@@ -23,6 +23,7 @@
 
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
+#include "text/scan/cattrlexer_inline.h"
 #include "text/scan/cattrscanner_rules.h"
 #include "text/scan/cattrscanner_window.h"
 
@@ -70,14 +71,10 @@ constexpr std::array<int, 22> codes = {
     tkDouble,  tkString, tkConst, tkIdent, tkAddAssign, tkShiftLeft, tkAndAssign, tkComment,
     tkComment, 0,        0,       tkSpace, 0,           tkEof};
 
-constexpr std::array<char, 256> make_singles() {
-    std::array<char, 256> singles{};
-    for (unsigned i = 0; i < singles.size(); ++i)
-        singles[i] = static_cast<char>(static_cast<unsigned char>(i));
-    return singles;
+int code_of(attrFlexLexer::rule r, std::string_view text) {
+    return r == attrFlexLexer::r_char ? static_cast<signed char>(text.front())
+                                      : codes[static_cast<std::size_t>(r)];
 }
-// Each character by itself, for the texts of tokens of one.
-constexpr std::array<char, 256> singles = make_singles();
 
 } // namespace
 
@@ -112,26 +109,20 @@ unsigned cAttrLexer::living() {
 
 // --- tokens pushed back ---
 
-cToken const &cAttrLexer::next() { return held_ ? held_token() : scan(); }
-
 int cAttrLexer::gettoken() {
-    bool const derived = held_ && !again_ && pushed_.empty();
-    return derived ? yylex() : next().code;
+    bool const scanned = !again_ && pushed_.empty();
+    return scanned && !plain_ ? yylex() : next().code;
 }
 
 cToken const &cAttrLexer::held_token() {
     if (again_) {
         again_ = false;
-        hold();
-        return token_;
-    }
-    if (pushed_.empty()) {
-        yylex();
+        settle();
         return token_;
     }
     literal_ = std::move(pushed_.back());
     pushed_.pop_back();
-    hold();
+    settle();
     literal_filled_ = true;
     token_ = {
         next_text() = literal_.text, literal_.code,       literal_.line,        literal_.column,
@@ -141,16 +132,19 @@ cToken const &cAttrLexer::held_token() {
 
 void cAttrLexer::unget() {
     if (again_) pushed_.emplace_back(token_);
-    again_ = held_ = true;
+    again_ = special_ = true;
 }
 
 void cAttrLexer::unget(cAttrLiteral const &token) {
     if (std::exchange(again_, false)) pushed_.emplace_back(token_);
     pushed_.push_back(token);
-    held_ = true;
+    special_ = true;
 }
 
-void cAttrLexer::hold() { held_ = again_ || !pushed_.empty() || !plain_; }
+void cAttrLexer::settle() {
+    watched_ = literal_known_ || dump_ || !places_.empty();
+    special_ = watched_ || again_ || !pushed_.empty() || !plain_;
+}
 
 // --- matches become tokens ---
 
@@ -161,7 +155,24 @@ bool cAttrLexer::is_wanted(rule r) const {
     return return_com_ || (r != r_line_comment && r != r_block_comment);
 }
 
-// One function without calls but at its ends, so that the compiler keeps the window in registers.
+// Those of a text that ends at the offset.
+void cAttrLexer::pass_lines(std::string_view text) {
+    auto const lines = std::count(text.begin(), text.end(), '\n');
+    pass_lines(static_cast<std::size_t>(lines), text.size() - 1 - text.rfind('\n'));
+}
+
+cToken const &cAttrLexer::finish() {
+    literal_filled_ = false;
+    return watched_ ? finish_watched() : token_;
+}
+
+cToken const &cAttrLexer::next_of_any_kind() {
+    if (again_ || !pushed_.empty()) return held_token();
+    if (plain_) return scan();
+    yylex();
+    return token_;
+}
+
 cToken const &cAttrLexer::scan() {
     for (;;) {
         scan::cWindow window(buffer(), offset_);
@@ -173,39 +184,18 @@ cToken const &cAttrLexer::scan() {
         std::size_t const size = rules.size();
         if (window.fails(size)) return scan_slowly();
 
-        if (white.lines > 0) {
-            line_ += white.lines;
-            line_start_ = static_cast<unsigned>(offset_ + white.size - white.column);
-            uncounted_ += white.lines;
-        }
         offset_ += white.size;
+        pass_lines(white.lines, white.column);
         begin_token();
-        char const *const text = window.begin();
         offset_ += size;
-        if (rules.lines()) pass_lines({text, size});
+        token_.text = window.text(size);
+        if (rules.lines()) pass_lines(token_.text);
         window.consume(size);
-        token_.code = codes[static_cast<std::size_t>(r)];
-        token_.text = {text, size};
-        if (r == r_char) {
-            token_.code = static_cast<signed char>(*text);
-            token_.text = {&singles[static_cast<unsigned char>(*text)], 1};
-        } else if (!is_wanted(r)) {
-            continue;
-        } else if (!buffer()->in_memory) {
-            if (size > short_text || window.end() - text < static_cast<std::ptrdiff_t>(short_text))
-                return keep_text();
-            last_text_ ^= 1;
-            std::memcpy(short_texts_[last_text_], text, short_text);
-            token_.text = {short_texts_[last_text_], size};
-        }
+        if (!is_wanted(r)) continue;
+        token_.code = code_of(r, token_.text);
+        if (!buffer()->in_memory) token_.text = next_text().assign(token_.text);
         return finish();
     }
-}
-
-// Copies the text of the token, which is a view of the input.
-cToken const &cAttrLexer::keep_text() {
-    token_.text = next_text().assign(token_.text);
-    return finish();
 }
 
 // The same where more of the stream is needed than lies in memory.
@@ -226,8 +216,7 @@ bool cAttrLexer::scan_stream() {
         append(text);
         if (!closed) return false; // dropped: the input ends in it
     }
-    token_.code =
-        r == r_char ? static_cast<signed char>(text.front()) : codes[static_cast<std::size_t>(r)];
+    token_.code = code_of(r, text);
     token_.text = text;
     return is_wanted(r);
 }
@@ -239,31 +228,8 @@ void cAttrLexer::append(std::string &text) {
     pass_lines(std::string_view(text).substr(text.size() - match.size()));
 }
 
-void cAttrLexer::begin_token() {
-    token_.line = token_.outer_line = line_;
-    token_.column = token_.outer_column = column();
-    token_.position = position();
-}
-
-// Counts the newlines in the text that ends at the offset.
-// DELIBERATE: the position counts every character but the newline.
-//   Pinned: scanner_position_skips_newlines
-void cAttrLexer::pass_lines(std::string_view text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\n') continue;
-        ++line_;
-        ++uncounted_;
-        line_start_ = static_cast<unsigned>(offset_ - text.size() + i + 1);
-    }
-}
-
 // A string for the text of the next token, other than that of the one before.
 std::string &cAttrLexer::next_text() { return texts_[last_text_ ^= 1]; }
-
-cToken const &cAttrLexer::finish() {
-    literal_filled_ = false;
-    return watched_ ? finish_watched() : token_;
-}
 
 cToken const &cAttrLexer::finish_watched() {
     if (!places_.empty()) set_outer_place();
@@ -284,7 +250,7 @@ void cAttrLexer::set_outer_place() {
 
 cAttrLiteral const &cAttrLexer::literal() {
     literal_known_ = true;
-    watch();
+    settle();
     if (!literal_filled_) fill_literal();
     return literal_;
 }
@@ -293,8 +259,6 @@ void cAttrLexer::fill_literal() {
     literal_filled_ = true;
     copy(token_, literal_);
 }
-
-void cAttrLexer::watch() { watched_ = literal_known_ || dump_ || !places_.empty(); }
 
 void cAttrLexer::dump() const {
     cat::std_err() << "TOKEN:" << token_.code << ':' << token_.position << ':' << token_.line << ':'
@@ -315,7 +279,7 @@ void cAttrLexer::place(unsigned position, unsigned line, unsigned column) {
 void cAttrLexer::reset(unsigned position, unsigned line, unsigned column) {
     pushed_.clear();
     again_ = false;
-    hold();
+    settle();
     place(position, line, column);
     token_.code = tkEof;
     literal_.code = tkEof;
@@ -330,7 +294,7 @@ cAttrScanner::cAttrScanner(std::istream &in) : lexer_(cAttrLexer::find(in)) {
     if (!lexer_) {
         lexer_ = new cAttrLexer(in);
         lexer_->plain_ = true;
-        lexer_->held_ = false;
+        lexer_->settle();
     }
     ++lexer_->users_;
 }
@@ -389,7 +353,7 @@ void cAttrScanner::return_com(bool on, cSetTmp<bool> *keep) const {
 void cAttrScanner::return_all(bool on) const { lexer_->return_ws_ = lexer_->return_com_ = on; }
 bool cAttrScanner::setdump(bool on) const {
     bool const before = std::exchange(lexer_->dump_, on);
-    lexer_->watch();
+    lexer_->settle();
     return before;
 }
 
@@ -408,6 +372,6 @@ std::istream &cAttrScanner::is() const { return *lexer_->input(); }
 
 void cAttrScanner::outer_places(std::vector<cAttrPlace> places) const {
     lexer_->places_ = std::move(places);
-    lexer_->watch();
+    lexer_->settle();
 }
 bool cAttrScanner::alone() const { return lexer_->users_ == 1 && cAttrLexer::living() == 1; }

@@ -15,7 +15,7 @@
 #include <string_view>
 
 struct yy_buffer_state {
-    explicit yy_buffer_state(std::istream *stream) : in(stream) {}
+    explicit yy_buffer_state(std::istream *from) { change_stream(from); }
     yy_buffer_state(yy_buffer_state const &) = delete;
     yy_buffer_state &operator=(yy_buffer_state const &) = delete;
 
@@ -33,8 +33,14 @@ struct yy_buffer_state {
     void reserve(std::size_t n) { look_.reserve(n); }
     void recognise();
 
-    std::istream *in;       // borrowed
-    std::string_view ahead; // at most `few` characters in few_, or more in look_
+    void change_stream(std::istream *to) {
+        in = to;
+        stream = to;
+    }
+
+    std::istream *in;             // borrowed
+    std::basic_ios<char> *stream; // the same, as what has the state and the buffer
+    std::string_view ahead;       // at most `few` characters in few_, or more in look_
     // No string opened before this offset of the engine is closed, for double and single quotes.
     // Whether a quote or a newline is escaped depends only on the backslashes directly before it,
     // so a search that failed speaks for every later quote of its kind up to the place where it

@@ -69,12 +69,12 @@ class cStreamChars {
         if (i >= buffer_.ahead.size() && !more()) return -1;
         return scan::look_at(buffer_.ahead.data() + i);
     }
-    std::size_t skip_to(std::size_t i, unsigned set);
+    int run(std::size_t &i, unsigned set);
     std::string_view text(std::size_t size) const { return buffer_.ahead.substr(0, size); }
-    bool never_closed(char quote) const {
+    bool never_closed(int quote) const {
         return engine_.offset_ < buffer_.no_close[quote == '"' ? 0 : 1];
     }
-    void set_no_close(char quote, std::size_t i) {
+    void set_no_close(int quote, std::size_t i) {
         buffer_.no_close[quote == '"' ? 0 : 1] = engine_.offset_ + i;
     }
 
@@ -89,8 +89,9 @@ class cStreamChars {
 
 // The stream's buffer if characters lie ready in it, else null.
 std::streambuf *cStreamChars::ready() const {
-    std::streambuf *const b = buffer_.in->rdbuf();
-    bool const some = buffer_.in->good() && scan::cGetArea::begin(*b) != scan::cGetArea::end(*b);
+    std::streambuf *const b = buffer_.stream->rdbuf();
+    bool const some =
+        buffer_.stream->good() && scan::cGetArea::begin(*b) != scan::cGetArea::end(*b);
     return some ? b : nullptr;
 }
 
@@ -114,26 +115,24 @@ bool cStreamChars::take_run(unsigned set) {
     std::streambuf *const b = ready();
     if (!b) return false;
     char const *const first = scan::cGetArea::begin(*b);
-    char const *const stop = std::find_if(first, scan::cGetArea::reach(*b), [=](char const &c) {
-        return scan::stops(scan::look_at(&c), set);
-    });
+    char const *stop = first;
+    while (stop != scan::cGetArea::end(*b) && !scan::stops(scan::look_at(stop), set)) ++stop;
     if (stop == first) return false;
-    auto const n = static_cast<std::size_t>(stop - first);
-    buffer_.take(first, n);
-    scan::cGetArea::skip(*b, n);
+    buffer_.take(first, static_cast<std::size_t>(stop - first));
+    scan::cGetArea::go_to(*b, stop);
     return true;
 }
 
-std::size_t cStreamChars::skip_to(std::size_t i, unsigned set) {
+int cStreamChars::run(std::size_t &i, unsigned set) {
     for (;;) {
-        char const *const first = buffer_.ahead.data();
-        for (; i < buffer_.ahead.size(); ++i)
-            if (scan::stops(scan::look_at(first + i), set)) return i;
-        if (take_run(set)) {
-            i = buffer_.ahead.size();
-        } else if (!more()) {
-            return i;
+        for (; i < buffer_.ahead.size(); ++i) {
+            int const c = scan::look_at(buffer_.ahead.data() + i);
+            if (scan::stops(c, set)) return c;
         }
+        if (take_run(set))
+            i = buffer_.ahead.size();
+        else if (!more())
+            return -1;
     }
 }
 
@@ -168,7 +167,7 @@ void attrFlexLexer::yyrestart(std::istream *in) {
         made_ = true;
     }
     buffer_->drop();
-    buffer_->in = in;
+    buffer_->change_stream(in);
 }
 
 int attrFlexLexer::yylex() {

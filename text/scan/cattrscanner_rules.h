@@ -10,7 +10,6 @@
 #include "base/cchars.h"
 #include "qrv/text/scan/cattrscanner.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -32,18 +31,18 @@ enum char_stop : unsigned {
 enum char_kind : unsigned {
     ck_single,
     ck_letter,
-    ck_number, // or += or a sign or a point by itself
-    ck_space,  // or a comment; a slash too
+    ck_digit,
+    ck_sign,  // a point too
+    ck_space, // or a comment; a slash too
     ck_string,
     ck_hash,
     ck_less,
     ck_and
 };
-constexpr unsigned kind_shift = 8;
-
-constexpr unsigned kind_of(char c) {
+constexpr char_kind kind_of(char c) {
     if (is_letter(c)) return ck_letter;
-    if (is_digit(c) || c == '+' || c == '-' || c == '.') return ck_number;
+    if (is_digit(c)) return ck_digit;
+    if (c == '+' || c == '-' || c == '.') return ck_sign;
     if (is_white(c) || c == '/') return ck_space;
     switch (c) {
     case '"':
@@ -72,15 +71,20 @@ constexpr unsigned stops_at(char c) {
     return stops;
 }
 
-constexpr std::array<unsigned short, 256> make_classes() {
-    std::array<unsigned short, 256> classes{};
+struct cClass {
+    unsigned char stops;
+    unsigned char kind;
+};
+constexpr std::array<cClass, 256> make_classes() {
+    std::array<cClass, 256> classes{};
     for (unsigned i = 0; i < classes.size(); ++i) {
         char const c = static_cast<char>(static_cast<unsigned char>(i));
-        classes[i] = static_cast<unsigned short>(stops_at(c) | kind_of(c) << kind_shift);
+        classes[i] = {static_cast<unsigned char>(stops_at(c)),
+                      static_cast<unsigned char>(kind_of(c))};
     }
     return classes;
 }
-inline constexpr std::array<unsigned short, 256> classes = make_classes();
+inline constexpr std::array<cClass, 256> classes = make_classes();
 
 #ifdef QRV_CHECKS
 // How many characters were compared, for the tests that count work.
@@ -94,181 +98,170 @@ inline int look_at(char const *c) {
 #endif
     return static_cast<unsigned char>(*c);
 }
-inline bool stops(int c, unsigned set) { return (classes[static_cast<std::size_t>(c)] & set) != 0; }
+inline bool stops(int c, unsigned set) {
+    return (classes[static_cast<std::size_t>(c)].stops & set) != 0;
+}
 inline bool is_digit_at(int c) { return c >= 0 && !stops(c, cs_no_digit); }
 
 // `Chars` has
 //   int at(size_t i)                       the character i places on, or -1 behind the end
-//   size_t skip_to(size_t i, unsigned set) the first place from i on that holds a member of the
-//                                          set, or the end
+//   int run(size_t &i, unsigned set)       moves i to the first place from there on that holds a
+//                                          member of the set, or to the end; its character or -1
 //   std::string_view text(size_t size)     so many characters, all looked at before
-//   bool never_closed(char quote)          is a string known to have no end that begins here?
-//   void set_no_close(char quote, size_t i) none that begins before i characters on has one
+//   bool never_closed(int quote)          is a string known to have no end that begins here?
+//   void set_no_close(int quote, size_t i) none that begins before i characters on has one
+// Inlined, so that the compiler can keep the characters' own state in registers.
 template <class Chars> class cRules {
   public:
     using rule = attrFlexLexer::rule;
     explicit cRules(Chars &chars) : chars_(chars) {}
 
-    rule match();
+    [[gnu::always_inline]] rule match() {
+        int const c = at(0);
+        if (c < 0) return found(attrFlexLexer::r_end, 0);
+        switch (classes[static_cast<std::size_t>(c)].kind) {
+        case ck_letter:
+            return match_word();
+        case ck_digit:
+        case ck_sign:
+            return match_number(c);
+        case ck_space:
+            return match_space(c);
+        case ck_string:
+            return match_string(c);
+        case ck_hash:
+            return match_const();
+        case ck_less:
+            return at(1) == '<' ? found(attrFlexLexer::r_shift_left, 2)
+                                : found(attrFlexLexer::r_char, 1);
+        case ck_and:
+            return at(1) == '=' ? found(attrFlexLexer::r_and_assign, 2)
+                                : found(attrFlexLexer::r_char, 1);
+        default:
+            return found(attrFlexLexer::r_char, 1);
+        }
+    }
+
     // Inside a block comment, from `from` on: matches up to and with its end, or to the end of
     // input, and then returns false.
-    bool match_comment(std::size_t from);
+    [[gnu::always_inline]] bool match_comment(std::size_t from) {
+        lines_ = true;
+        for (std::size_t i = from;; ++i) {
+            if (run(i, cs_star) < 0) return size_ = i, false;
+            if (at(i + 1) == '/') return size_ = i + 2, true;
+        }
+    }
 
     std::size_t size() const { return size_; }
-    // Does the match hold newlines? Of white space and comments it isn't known.
-    bool lines() const { return lines_; }
+    bool lines() const { return lines_; } // may the match hold newlines?
 
   private:
     int at(std::size_t i) { return chars_.at(i); }
+    int run(std::size_t &i, unsigned set) { return chars_.run(i, set); }
     bool digit_at(std::size_t i) { return is_digit_at(at(i)); }
     rule found(rule r, std::size_t size) {
         size_ = size;
         return r;
     }
-    rule match_word();
-    rule match_const();
-    rule match_number(int sign);
-    rule match_suffix(std::size_t from, std::size_t letter);
-    rule match_fraction(std::size_t point);
-    rule match_string(char quote);
-    rule match_space();
 
-    Chars &chars_;
-    std::size_t size_ = 0;
-    bool lines_ = false;
-};
-
-template <class Chars> [[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match() {
-    int const c = at(0);
-    if (c < 0) return found(attrFlexLexer::r_end, 0);
-    switch (classes[static_cast<std::size_t>(c)] >> kind_shift) {
-    case ck_letter:
-        return match_word();
-    case ck_number:
-        return match_number(c);
-    case ck_space:
-        return match_space();
-    case ck_string:
-        return match_string(static_cast<char>(c));
-    case ck_hash:
-        return match_const();
-    case ck_less:
-        return at(1) == '<' ? found(attrFlexLexer::r_shift_left, 2)
-                            : found(attrFlexLexer::r_char, 1);
-    case ck_and:
-        return at(1) == '=' ? found(attrFlexLexer::r_and_assign, 2)
-                            : found(attrFlexLexer::r_char, 1);
-    default:
-        return found(attrFlexLexer::r_char, 1);
+    [[gnu::always_inline]] rule match_word() {
+        std::size_t end = 1;
+        run(end, cs_no_word);
+        std::string_view const word = chars_.text(end);
+        if (end == 4 && word == "true") return found(attrFlexLexer::r_true, end);
+        if (end == 5 && word == "false") return found(attrFlexLexer::r_false, end);
+        return found(attrFlexLexer::r_ident, end);
     }
-}
 
-template <class Chars>
-[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_word() {
-    size_ = chars_.skip_to(1, cs_no_word);
-    if (size_ != 4 && size_ != 5) return attrFlexLexer::r_ident;
-    std::string_view const word = chars_.text(size_);
-    if (word == "true") return attrFlexLexer::r_true;
-    return word == "false" ? attrFlexLexer::r_false : attrFlexLexer::r_ident;
-}
-
-template <class Chars>
-[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_const() {
-    int const c = at(1);
-    if (c < 0 || stops(c, cs_no_word) || is_digit_at(c)) return found(attrFlexLexer::r_char, 1);
-    return found(attrFlexLexer::r_const, chars_.skip_to(2, cs_no_word));
-}
-
-// A number, or what begins like one. Without digits before its point, or with a sign, it needs a
-// digit behind the point.
-template <class Chars>
-[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_number(int const first) {
-    std::size_t const from = first == '+' || first == '-' ? 1 : 0;
-    std::size_t end = from;
-    int c = from ? at(1) : first;
-    bool const digits = is_digit_at(c);
-    if (digits) {
-        end = chars_.skip_to(from + 1, cs_no_digit);
-        c = at(end);
-        if (c >= 0 && !stops(c, cs_no_word)) return match_suffix(from, end);
+    [[gnu::always_inline]] rule match_const() {
+        int const c = at(1);
+        if (c < 0 || stops(c, cs_no_word) || is_digit_at(c)) return found(attrFlexLexer::r_char, 1);
+        std::size_t end = 2;
+        run(end, cs_no_word);
+        return found(attrFlexLexer::r_const, end);
     }
-    if (c == '.' && ((digits && from == 0) || digit_at(end + 1))) return match_fraction(end);
-    if (digits) return found(attrFlexLexer::r_int, end);
-    return first == '+' && c == '=' ? found(attrFlexLexer::r_add_assign, 2)
-                                    : found(attrFlexLexer::r_char, 1);
-}
 
-// Letters run on behind the digits: a hexadecimal or an unsigned number if all of it fits, else
-// bad.
-template <class Chars> [[gnu::always_inline]] inline attrFlexLexer::rule
-cRules<Chars>::match_suffix(std::size_t from, std::size_t letter) {
-    size_ = chars_.skip_to(letter, cs_no_word);
-    std::string_view const text = chars_.text(size_);
-    char const first = text[letter];
-    if (text.size() == letter + 1 && (first == 'u' || first == 'U'))
-        return attrFlexLexer::r_unsigned;
-    bool const prefix =
-        from == 0 && letter == 1 && text[0] == '0' && (first == 'x' || first == 'X');
-    auto const is_hex = [](char c) {
-        return is_digit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
-    };
-    bool const hex = prefix && text.size() > 2 && std::all_of(text.begin() + 2, text.end(), is_hex);
-    return hex ? attrFlexLexer::r_hex : attrFlexLexer::r_bad_ident;
-}
-
-template <class Chars>
-[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_fraction(std::size_t point) {
-    std::size_t end = chars_.skip_to(point + 1, cs_no_digit);
-    int c = at(end);
-    if (c == 'e' || c == 'E') {
-        int const sign = at(end + 1);
-        std::size_t const digits = end + (sign == '+' || sign == '-' ? 2 : 1);
-        if (digit_at(digits)) end = chars_.skip_to(digits, cs_no_digit);
-        c = at(end);
+    // A number, or what begins like one. Without digits before its point, or with a sign, it needs
+    // a digit behind the point.
+    [[gnu::always_inline]] rule match_number(int const first) {
+        std::size_t const from = first == '+' || first == '-' ? 1 : 0;
+        std::size_t end = from;
+        int c = from ? at(1) : first;
+        bool const digits = is_digit_at(c);
+        if (digits) {
+            ++end;
+            c = run(end, cs_no_digit);
+            if (c >= 0 && !stops(c, cs_no_word)) return match_suffix(from, end);
+        }
+        if (c == '.' && ((digits && from == 0) || digit_at(end + 1))) return match_fraction(end);
+        if (digits) return found(attrFlexLexer::r_int, end);
+        return first == '+' && c == '=' ? found(attrFlexLexer::r_add_assign, 2)
+                                        : found(attrFlexLexer::r_char, 1);
     }
-    return c == 'f' || c == 'F' ? found(attrFlexLexer::r_float, end + 1)
-                                : found(attrFlexLexer::r_double, end);
-}
 
-template <class Chars>
-[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_string(char quote) {
-    if (chars_.never_closed(quote)) return found(attrFlexLexer::r_char, 1);
-    for (std::size_t i = 1;; i += 2) {
-        i = chars_.skip_to(i, quote == '"' ? cs_quote : cs_tick);
-        int const c = at(i);
-        if (c == quote) return found(attrFlexLexer::r_string, i + 1);
-        if (c == '\\') {
-            int const escaped = at(i + 1);
+    // Letters run on behind the digits: a hexadecimal or an unsigned number if all of it fits, else
+    // bad.
+    [[gnu::always_inline]] rule match_suffix(std::size_t from, std::size_t letter) {
+        std::size_t end = letter + 1;
+        run(end, cs_no_word);
+        std::string_view const text = chars_.text(end);
+        char const first = text[letter];
+        if (end == letter + 1 && (first == 'u' || first == 'U'))
+            return found(attrFlexLexer::r_unsigned, end);
+        bool hex =
+            from == 0 && letter == 1 && text[0] == '0' && (first == 'x' || first == 'X') && end > 2;
+        for (char const c : text.substr(letter + 1))
+            hex = hex && (is_digit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'));
+        return found(hex ? attrFlexLexer::r_hex : attrFlexLexer::r_bad_ident, end);
+    }
+
+    [[gnu::always_inline]] rule match_fraction(std::size_t point) {
+        std::size_t end = point + 1;
+        int c = run(end, cs_no_digit);
+        if (c == 'e' || c == 'E') {
+            int const sign = at(end + 1);
+            std::size_t digits = end + (sign == '+' || sign == '-' ? 2 : 1);
+            if (digit_at(digits)) {
+                c = run(digits, cs_no_digit);
+                end = digits;
+            }
+        }
+        return c == 'f' || c == 'F' ? found(attrFlexLexer::r_float, end + 1)
+                                    : found(attrFlexLexer::r_double, end);
+    }
+
+    [[gnu::always_inline]] rule match_string(int quote) {
+        if (chars_.never_closed(quote)) return found(attrFlexLexer::r_char, 1);
+        std::size_t i = 1;
+        for (;; i += 2) {
+            int const c = run(i, quote == '"' ? cs_quote : cs_tick);
+            if (c == quote) return found(attrFlexLexer::r_string, i + 1);
+            int const escaped = c == '\\' ? at(i + 1) : -1;
+            if (escaped < 0) break;
             lines_ = lines_ || escaped == '\n';
-            if (escaped >= 0) continue;
         }
         lines_ = false;
         chars_.set_no_close(quote, i);
         return found(attrFlexLexer::r_char, 1);
     }
-}
 
-template <class Chars>
-[[gnu::always_inline]] inline attrFlexLexer::rule cRules<Chars>::match_space() {
-    std::size_t const end = chars_.skip_to(0, cs_no_space);
-    if (at(end) == '/') {
-        int const c = at(end + 1);
-        lines_ = true;
-        if (c == '/')
-            return found(attrFlexLexer::r_line_comment, chars_.skip_to(end + 2, cs_newline));
-        if (c == '*') return found(attrFlexLexer::r_block_comment, end + 2);
+    [[gnu::always_inline]] rule match_space(int first) {
+        std::size_t end = first == '/' ? 0 : 1;
+        int const c = end > 0 ? run(end, cs_no_space) : first;
+        int const next = c == '/' ? at(end + 1) : -1;
+        lines_ = end > 0;
+        if (next == '/') {
+            end += 2;
+            run(end, cs_newline);
+            return found(attrFlexLexer::r_line_comment, end);
+        }
+        if (next == '*') return found(attrFlexLexer::r_block_comment, end + 2);
+        return end > 0 ? found(attrFlexLexer::r_space, end) : found(attrFlexLexer::r_char, 1);
     }
-    lines_ = end > 0;
-    return end ? found(attrFlexLexer::r_space, end) : found(attrFlexLexer::r_char, 1);
-}
 
-template <class Chars>
-[[gnu::always_inline]] inline bool cRules<Chars>::match_comment(std::size_t from) {
-    for (std::size_t i = from;; ++i) {
-        i = chars_.skip_to(i, cs_star);
-        if (at(i) < 0) return size_ = i, false;
-        if (at(i + 1) == '/') return size_ = i + 2, true;
-    }
-}
+    Chars &chars_;
+    std::size_t size_ = 0;
+    bool lines_ = false;
+};
 
 } // namespace scan

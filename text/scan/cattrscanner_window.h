@@ -12,7 +12,8 @@
 #include "text/scan/cattrscanner_buffer.h"
 #include "text/scan/cattrscanner_rules.h"
 
-#include <climits>
+#include <cstdint>
+#include <cstring>
 
 namespace scan {
 
@@ -21,22 +22,18 @@ struct cGetArea : std::streambuf {
     static char const *start(std::streambuf const &b) { return (b.*&cGetArea::eback)(); }
     static char const *begin(std::streambuf const &b) { return (b.*&cGetArea::gptr)(); }
     static char const *end(std::streambuf const &b) { return (b.*&cGetArea::egptr)(); }
-    static void skip(std::streambuf &b, std::size_t n) {
-        (b.*&cGetArea::gbump)(static_cast<int>(n));
-    }
-    // So much of it can be skipped at once.
-    static char const *reach(std::streambuf const &b) {
-        char const *const first = begin(b);
-        return end(b) - first > INT_MAX ? first + INT_MAX : end(b);
+    static void go_to(std::streambuf &b, char const *place) {
+        (b.*&cGetArea::setg)((b.*&cGetArea::eback)(), const_cast<char *>(place),
+                             (b.*&cGetArea::egptr)());
     }
     // Where `ahead` lies in front of the get pointer; null if it doesn't.
     static char const *before(std::streambuf const &b, std::string_view ahead) {
-        std::ptrdiff_t n = static_cast<std::ptrdiff_t>(ahead.size());
-        if (n > begin(b) - start(b)) return nullptr;
-        char const *const first = begin(b) - n;
-        while (n-- > 0)
-            if (first[n] != ahead[static_cast<std::size_t>(n)]) return nullptr;
-        return first;
+        char const *place = begin(b);
+        if (ahead.empty()) return place;
+        if (static_cast<std::ptrdiff_t>(ahead.size()) > place - start(b)) return nullptr;
+        for (std::size_t i = ahead.size(); i > 0; --i)
+            if (*--place != ahead[i - 1]) return nullptr;
+        return place;
     }
 };
 
@@ -62,21 +59,23 @@ class cWindow {
         see(base_ + i);
         return look_at(base_ + i);
     }
-    std::size_t skip_to(std::size_t i, unsigned set) {
+    int run(std::size_t &i, unsigned set) {
         char const *p = base_ + i;
-        while (p != end_ && !stops(look_at(p), set)) ++p;
-        if (p == end_)
-            void_ = true;
-        else
-            see(p);
-        return static_cast<std::size_t>(p - base_);
+        int c = -1;
+        for (; p != end_; ++p) {
+            c = look_at(p);
+            if (stops(c, set)) break;
+        }
+        i = static_cast<std::size_t>(p - base_);
+        if (p == end_) return void_ = true, -1;
+        see(p);
+        return c;
     }
     std::string_view text(std::size_t size) const { return {base_, size}; }
-    bool never_closed(char quote) const {
-        return offset_ < buffer_->no_close[quote == '"' ? 0 : 1];
-    }
-    void set_no_close(char quote, std::size_t i) {
-        if (!void_) buffer_->no_close[quote == '"' ? 0 : 1] = offset_ + i;
+    bool never_closed(int quote) const { return offset_ < buffer_->no_close[quote == '"' ? 0 : 1]; }
+    void set_no_close(int quote, std::size_t i) {
+        unclosed_ = quote;
+        no_close_ = offset_ + i;
     }
 
     // Is more needed, to find the match or to note what is ahead behind it?
@@ -85,7 +84,8 @@ class cWindow {
     }
     // Goes behind the match: takes from the stream what was looked at.
     void consume(std::size_t size) {
-        cGetArea::skip(*buffer_->known, static_cast<std::size_t>(seen_ - get_));
+        if (unclosed_ != 0) buffer_->no_close[unclosed_ == '"' ? 0 : 1] = no_close_;
+        cGetArea::go_to(*buffer_->known, seen_);
         buffer_->look_ahead(base_ + size, static_cast<std::size_t>(seen_ - base_) - size);
     }
     char const *begin() const { return base_; }
@@ -98,38 +98,51 @@ class cWindow {
     std::size_t offset_;
     char const *base_ = nullptr;
     char const *end_ = nullptr;
-    char const *get_ = nullptr;  // the get pointer
     char const *seen_ = nullptr; // behind what was looked at
     bool void_ = false;
+    int unclosed_ = 0; // a quote of this kind has no end before no_close_
+    std::size_t no_close_ = 0;
 };
 
 inline cWindow::cWindow(yy_buffer_state *buffer, std::size_t offset)
     : buffer_(buffer), offset_(offset) {
-    if (!buffer || !buffer->in || !buffer->in->good()) return;
-    std::streambuf const *const b = buffer->in->rdbuf();
-    if (b != buffer->known) return;
+    if (!buffer || !buffer->stream || !buffer->stream->good()) return;
+    std::streambuf const *const b = buffer->stream->rdbuf();
+    if (b != buffer->known || buffer->ahead.size() > yy_buffer_state::few) return;
     char const *const base = cGetArea::before(*b, buffer->ahead);
     if (!base) return;
     base_ = base;
-    get_ = seen_ = cGetArea::begin(*b);
-    end_ = cGetArea::reach(*b);
+    seen_ = cGetArea::begin(*b);
+    end_ = cGetArea::end(*b);
+}
+
+// Behind the indent of a line, eight blanks at a time: 5 % of all that is done for a token.
+inline char const *pass_indent(char const *p, char const *end) {
+    constexpr std::uint64_t blanks = 0x2020202020202020;
+    for (std::uint64_t word = 0; end - p >= 8; p += 8) {
+        std::memcpy(&word, p, sizeof word);
+        if (word != blanks) break;
+        for (int i = 0; i < 8; ++i) look_at(p + i);
+    }
+    return p;
 }
 
 inline cWhite cWindow::pass_white() {
     cWhite white;
     char const *p = base_;
     char const *line = base_;
-    for (;; ++p) {
+    for (;;) {
         if (p == end_) return {};
         int const c = look_at(p);
-        if (c == ' ') continue;
-        if (c == '\n') {
-            ++white.lines;
-            line = p + 1;
-        } else if (stops(c, cs_no_space)) {
+        if (stops(c, cs_no_space)) {
             if (c == '/') return {};
             break;
         }
+        ++p;
+        if (c != '\n') continue;
+        ++white.lines;
+        line = p;
+        p = pass_indent(p, end_);
     }
     white.size = static_cast<std::size_t>(p - base_);
     white.column = static_cast<std::size_t>(p - line);

@@ -7,6 +7,7 @@
 // but appending: each key was read once, each value is in it since it was read, and a container
 // among its values was read at that place. The texts of its keys are told apart by themselves.
 
+#include "core/cbuiltin.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
@@ -208,7 +209,11 @@ bool cLateEntries::are_possible(cAttrHash const &hash) {
                         cat::type_map().tmmap().has_foreign_keys() ||
                         cat::type_vector().tmmap().has_foreign_keys() ||
                         cat::type_set().tmmap().has_foreign_keys();
-    return outermost && !dropping && !asking && hash.empty() &&
+    bool creating = false;
+    for (cTypeObj const *type : {&cat::type_int(), &cat::type_string(), &cat::type_bool(),
+                                 &cat::type_float(), &cat::type_double()})
+        if (!cat::is_builtin(*type, cat::method_bit(mid_create))) creating = true;
+    return outermost && !dropping && !asking && !creating && hash.empty() &&
            is_plain_type(cat::type_int(), cat::write_int) &&
            is_plain_type(cat::type_string(), cat::write_string);
 }

@@ -169,6 +169,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     void fire_from(cErr const &error, size_t prefix);
 
     cObj const *made_ = nullptr; // the container that the last value is, if brackets alone made it
+    bool separator_passed_ = false; // in front of the next value
     bool eof_seen_ = false;
     bool report_;
     bool oneline_ = false;

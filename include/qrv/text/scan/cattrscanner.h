@@ -224,6 +224,8 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     friend class cAttrScanner;
     int gettoken();
     cToken const &next();
+    cToken const &next_common();
+    cToken const &next_of_any_kind();
     cToken const &held_token();
     cToken const &scan();
     cToken const &scan_slowly();
@@ -231,22 +233,21 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     bool is_wanted(rule r) const;
     void unget();
     void unget(cAttrLiteral const &token);
-    void hold();
     void reset(unsigned position, unsigned line, unsigned column);
     unsigned column() const { return static_cast<unsigned>(offset_) - line_start_; }
     unsigned position() const { return static_cast<unsigned>(offset_) - uncounted_; }
     void place(unsigned position, unsigned line, unsigned column);
     void begin_token();
+    void pass_lines(std::size_t lines, std::size_t column);
     void pass_lines(std::string_view text);
     std::string &next_text();
     void append(std::string &text);
-    cToken const &keep_text();
     cToken const &finish();
     cToken const &finish_watched();
     void set_outer_place();
     cAttrLiteral const &literal();
     void fill_literal();
-    void watch();
+    void settle();
     void dump() const;
 
     cToken token_; // the current one
@@ -257,7 +258,7 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     std::size_t before_places_ = 0; // of the offset in outer places
     bool return_ws_ = false;
     bool return_com_ = false;
-    bool held_ = true; // what comes next is not simply scanned: pushed back, or by another class
+    bool special_ = true;  // the next token is not simply scanned, or is one of those watched
     bool watched_ = false; // tokens need more than their fields: one of the next two, or places_
     bool literal_known_ = false; // someone may keep literal_ and look at it again
     bool dump_ = false;

@@ -1,0 +1,19 @@
+#pragma once
+// Members of cAttrLexer that both ways of scanning inline.
+
+#include "qrv/text/scan/cattrscanner.h"
+
+inline void cAttrLexer::begin_token() {
+    token_.line = token_.outer_line = line_;
+    token_.column = token_.outer_column = column();
+    token_.position = position();
+}
+
+// The last of so many newlines is `column` characters before the offset.
+// DELIBERATE: the position counts every character but the newline.
+//   Pinned: scanner_position_skips_newlines
+inline void cAttrLexer::pass_lines(std::size_t lines, std::size_t column) {
+    line_ += static_cast<unsigned>(lines);
+    uncounted_ += static_cast<unsigned>(lines);
+    if (lines > 0) line_start_ = static_cast<unsigned>(offset_ - column);
+}
