@@ -4,6 +4,7 @@
 
 #include "core/cattrhash_detail.h"
 #include "core/cattrhash_dying.h"
+#include "core/cattrhash_insert.h"
 #include "core/ctable_growth.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
@@ -167,7 +168,13 @@ bool cAttrHash::mapitem(objref const &key, objref const &value) {
     return true;
 }
 bool cAttrHash::mapitem(std::string const &key, objref value) {
-    return mapitem(make_key(key), value);
+    if (cObj::is_bad(value) || value->is_exe() || !cAttrInsert::is_ready(*this))
+        return mapitem(make_key(key), value);
+    cAttrInsert::cPlace const place = cAttrInsert::text(*this, key, value);
+    if (place.is_new) return true;
+    place.node->mapped_ = true;
+    place.node->value_ = value; // RE-ENTERS
+    return true;
 }
 bool cAttrHash::mapitem(char const *key, objref value) { return mapitem(key_of(key), value); }
 bool cAttrHash::mapitem(cAttrHash *hash, objref const &key, objref const &value) {

@@ -18,11 +18,15 @@ void cAttrHash::cDying::free(cAttrNode &node) {
     cObj *const value = node.value_.release();
     if (hash_.form_ == cHashForm::table) hash_.words_[node.slot_] = slot_deleted;
     node.unlink();
-    node.table_ = nullptr;
-    node.mapped_ = false;
-    node.dead_ = true;
-    node.unhold();
     --hash_.used_;
+    if (node.refs() == 1) { // its destructor would find nothing to do
+        cAttrNode::operator delete(&node, sizeof node);
+    } else {
+        node.table_ = nullptr;
+        node.mapped_ = false;
+        node.dead_ = true;
+        node.unhold();
+    }
     release(value);
     release(key);
 }

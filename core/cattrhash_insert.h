@@ -16,15 +16,16 @@ struct cAttrInsert {
     static bool is_ready(cAttrHash const &hash) noexcept;
 
     // Values must be good and not executable.
-    static cPlace text(cAttrHash &hash, std::string_view key, objref value);
-    static cPlace number(cAttrHash &hash, int key, objref value);
-    // The key is exactly a string or an int, and nobody else holds it. Both stay the caller's if
-    // the key was there before.
-    static cPlace adopt(cAttrHash &hash, objref &&key, objref &&value);
-    // vect_append, directly where all keys are ints.
-    static bool append(cAttrHash &hash, objref value);
+    static cPlace text(cAttrHash &hash, std::string_view key, objref const &value);
+    static cPlace number(cAttrHash &hash, int key, objref const &value);
+    // The key is exactly a string or an int, and nobody else holds it. It stays the caller's if it
+    // was there before.
+    static cPlace adopt(cAttrHash &hash, objref &&key, objref const &value);
+    // As vect_append; false where the hash isn't ready, its keys aren't all ints, or the greatest
+    // int is among them.
+    static bool append(cAttrHash &hash, objref const &value);
 
   private:
     template <class MakeKey> static cPlace insert(cAttrHash &hash, cAttrHash::cSearch const &search,
-                                                  MakeKey make_key, objref &value);
+                                                  MakeKey make_key, objref const &value);
 };

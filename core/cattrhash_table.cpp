@@ -15,6 +15,7 @@
 
 #include "base/seeded_hash.h"
 #include "core/cattrhash_detail.h"
+#include "core/cregistry.h"
 #include "core/cscalar.h"
 #include "core/ctable_growth.h"
 #include "qrv/core/cobjd.h"
@@ -83,19 +84,22 @@ std::uint32_t text_hash(std::string_view text, bool seeded) {
                   : cat::hash_bytes(text.data(), std::min(text.find('\0'), text.size()));
 }
 
+// The hooks of these types are set before any program could set others, and the first ones stay.
 cKeyKind cAttrHash::kind_of(objref const &key) {
-    cTypeObj const &type = key->type();
-    auto const hook = type.heq_hook();
-    // The hooks first: they are never set before the type exists that is asked for then.
-    if (hook == &cat::heq_string && &type == &cat::type_string() && holds<std::string>(key))
-        return cKeyKind::string_key;
-    if (hook == &cat::heq_int && &type == &cat::type_int() && holds<int>(key))
-        return cKeyKind::int_key;
-    if (hook == &cat::heq_float && &type == &cat::type_float() && holds<float>(key))
-        return cKeyKind::float_key;
-    if (hook == &cat::heq_double && &type == &cat::type_double() && holds<double>(key))
-        return cKeyKind::double_key;
-    return cKeyKind::other;
+    cTypeObj const *const type = &key->type();
+    switch (key->object_class()) {
+    case cObjClass::string:
+        return type == core.string && holds<std::string>(key) ? cKeyKind::string_key
+                                                              : cKeyKind::other;
+    case cObjClass::integer:
+        return type == core.integer && holds<int>(key) ? cKeyKind::int_key : cKeyKind::other;
+    case cObjClass::single:
+        return type == core.single && holds<float>(key) ? cKeyKind::float_key : cKeyKind::other;
+    case cObjClass::dbl:
+        return type == core.dbl && holds<double>(key) ? cKeyKind::double_key : cKeyKind::other;
+    default:
+        return cKeyKind::other;
+    }
 }
 
 std::uint32_t cAttrHash::seeded_hash(cKeyKind kind, objref const &key) {
@@ -113,9 +117,14 @@ std::uint32_t cAttrHash::seeded_hash(cKeyKind kind, objref const &key) {
 
 cAttrHash::cSearch cAttrHash::search_for(objref const &key) const {
     cKeyKind const kind = kind_of(key);
-    std::uint32_t const hash = seeded_ ? seeded_hash(kind, key) : key->type().hashfun(key);
-    bool const is_text = kind == cKeyKind::string_key;
-    return {hash, kind, &key, is_text ? text_of(key) : std::string_view()};
+    switch (kind) {
+    case cKeyKind::string_key:
+        return {text_hash(text_of(key), seeded_), kind, &key, text_of(key)};
+    case cKeyKind::int_key:
+        return {static_cast<std::uint32_t>(value_of<int>(key)), kind, &key, {}};
+    default:
+        return {seeded_ ? seeded_hash(kind, key) : key->type().hashfun(key), kind, &key, {}};
+    }
 }
 
 cAttrHash::cSearch cAttrHash::search_for(std::string_view key) const {
@@ -213,7 +222,9 @@ void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) 
     node.kind_ = kind_of(node.key_) == search.kind ? search.kind : cKeyKind::other;
     if (form_ != cHashForm::table && !fits_index(node.kind_)) {
         make_table(first_size);
-        place = probe({search.hash, search.kind, nullptr, search.text});
+        if (node.kind_ != cKeyKind::other) // the index was seeded, or the table is
+            node.hash_ = search_for(node.key_).hash;
+        place = probe({node.hash_, search.kind, nullptr, search.text});
     }
     count_in(node);
     node.link_before(anchor_);

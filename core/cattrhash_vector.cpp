@@ -6,6 +6,7 @@
 // known from counting; else the ring is walked, since converters of key types are foreign code.
 
 #include "core/cattrhash_detail.h"
+#include "core/cattrhash_insert.h"
 #include "qrv/core/cobjd.h"
 
 namespace {
@@ -62,6 +63,8 @@ void cAttrHash::set_vector(cAttrHash *hash) {
 }
 
 bool cAttrHash::vect_append(objref const &value) {
+    bool const plain = cObj::is_good(value) && !value->is_exe();
+    if (plain && cAttrInsert::append(*this, value)) return true;
     cKeep const keep(this);
     objref const held = value;
     return mapitem(own_key(after_last_index()), held);

@@ -67,11 +67,6 @@ cObj::~cObj() {
 
 bool cObj::is_ObjDR() const { return false; }
 
-void cObj::obid(unsigned int id) noexcept {
-    if (id == 0 && obid_ != 0) --ob_count_;
-    obid_ = id;
-}
-
 void cObj::obid(cObj *obj, unsigned int id) noexcept {
     if (obj) obj->obid(id);
 }

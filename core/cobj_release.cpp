@@ -82,9 +82,34 @@ bool cat::is_library_class(cObj const &obj) noexcept {
     return false;
 }
 
-bool cat::destroy_scalar(cObj *target) {
-    if (target->object_class() == cObjClass::map || target->has_ommap()) return false;
-    if (depth >= max_depth || !is_library_class(*target)) return false;
-    delete target;
+namespace {
+
+// What the destructors come down to for exactly this class, without members: 60 instead of 120
+// instructions for the key and the value of an entry.
+template <class T> bool destroy_exactly(cObj *target) noexcept {
+    if (!is_exactly<cObjD<T>>(*target)) return false;
+    target->obid(0);
+    static_cast<cObjD<T> *>(target)->val().~T();
+    cObjD<T>::operator delete(target, sizeof(cObjD<T>));
     return true;
+}
+
+} // namespace
+
+bool cat::destroy_scalar(cObj *target) {
+    if (target->has_ommap() || depth >= max_depth) return false;
+    switch (target->object_class()) {
+    case cObjClass::string:
+        return destroy_exactly<std::string>(target);
+    case cObjClass::integer:
+        return destroy_exactly<int>(target);
+    case cObjClass::single:
+        return destroy_exactly<float>(target);
+    case cObjClass::dbl:
+        return destroy_exactly<double>(target);
+    case cObjClass::boolean:
+        return destroy_exactly<bool>(target);
+    default:
+        return false;
+    }
 }

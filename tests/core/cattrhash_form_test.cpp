@@ -106,6 +106,7 @@ TEST_F(HashForm, a_key_of_another_type_makes_the_table_at_once) {
     EXPECT_EQ(cHostileType::heq_calls, 0);
     EXPECT_NE(hash.find("key2"), nullptr);
     EXPECT_NE(hash.find(hostile.key(1)), nullptr);
+    hash.clear(); // before the type goes
 }
 
 TEST_F(HashForm, a_floating_key_makes_the_table) {
@@ -138,10 +139,10 @@ TEST_F(HashForm, a_removal_makes_the_table) {
 }
 
 TEST_F(HashForm, few_colliding_texts_are_told_apart) {
-    std::string const texts[] = {std::string("Aa") + "Aa", std::string("a\0x", 3),
+    std::string const texts[] = {colliding_text(1), colliding_text(2), std::string("a\0x", 3),
                                  std::string("a\0y", 3), "a"};
     for (std::string const &text : texts) hash.mapitem(text, cat::of(text));
-    EXPECT_EQ(hash.used(), 4u);
+    EXPECT_EQ(hash.used(), 5u);
     for (std::string const &text : texts) EXPECT_EQ(val<std::string>(hash.getitem(text)), text);
 }
 
@@ -160,13 +161,23 @@ TEST_F(HashForm, ints_chosen_to_collide_in_an_index_cost_little_more_than_others
 TEST_F(HashForm, texts_chosen_to_collide_find_their_table_again) {
     cTwins twins;
     for (unsigned int i = 0; i < 300; ++i) {
-        std::string text;
-        for (unsigned int bit = 0; bit < 10; ++bit) text += i >> bit & 1 ? "BB" : "B#";
+        std::string const text = colliding_text(i);
         twins.both([&](cAttrHash &map) { map.mapitem(text, cat::nil()); });
         EXPECT_NE(twins.other().find(text), nullptr);
     }
     EXPECT_EQ(twins.other().used(), 300u);
     EXPECT_EQ(twins.other().broken_rule(true), "");
+}
+
+TEST_F(HashForm, floating_keys_are_found_after_an_index_was_seeded) {
+    for (unsigned int i = 0; i < 1000; ++i) hash.mapitem(colliding_text(i), cat::nil());
+    EXPECT_EQ(form(), cHashForm::index);
+    EXPECT_TRUE(cAttrHashProbe::seeded(hash));
+    hash.mapitem(cat::of(0.5), cat::of(1));
+    hash.mapitem(cat::of(1.5f), cat::of(2));
+    EXPECT_NE(hash.find(cat::of(0.5)), nullptr);
+    EXPECT_NE(hash.find(cat::of(1.5f)), nullptr);
+    EXPECT_EQ(hash.find(cat::of(2.5)), nullptr);
 }
 
 TEST_F(HashForm, a_table_made_late_is_the_one_that_was_there_from_the_start) {

@@ -21,7 +21,8 @@ TEST_F(HashInsert, makes_the_entries_that_mapitem_makes) {
     EXPECT_TRUE(cAttrInsert::text(hash, "a", cat::of(1)).is_new);
     EXPECT_TRUE(cAttrInsert::number(hash, 7, cat::of(2)).is_new);
     EXPECT_TRUE(cAttrInsert::adopt(hash, cat::of("b"), cat::of(3)).is_new);
-    EXPECT_TRUE(cAttrInsert::append(hash, cat::of(4)));
+    EXPECT_FALSE(cAttrInsert::append(hash, cat::of(4)));
+    EXPECT_TRUE(hash.vect_append(cat::of(4)));
     EXPECT_EQ(ring(hash), "a=1 7=2 b=3 8=4 ");
     for (cAttrNode *node = hash.first(); node; node = hash.next(node)) {
         EXPECT_EQ(node->map(), &hash);
@@ -67,12 +68,14 @@ TEST_F(HashInsert, is_not_ready_with_keys_of_other_types) {
 TEST_F(HashInsert, append_after_the_greatest_int_overwrites_the_lowest) {
     hash.mapitem(cat::of(INT_MIN), cat::of(1));
     hash.mapitem(cat::of(INT_MAX), cat::of(2));
-    EXPECT_TRUE(cAttrInsert::append(hash, cat::of(3)));
+    EXPECT_FALSE(cAttrInsert::append(hash, cat::of(3)));
+    EXPECT_TRUE(hash.vect_append(cat::of(3)));
     EXPECT_EQ(ring(hash), "-2147483648=3 2147483647=2 ");
 }
 
-TEST_F(HashInsert, append_after_texts_starts_at_0) {
-    hash.mapitem("a", cat::of(1));
-    EXPECT_TRUE(cAttrInsert::append(hash, cat::of(2)));
-    EXPECT_EQ(ring(hash), "a=1 0=2 ");
+TEST_F(HashInsert, append_takes_the_int_after_the_greatest) {
+    EXPECT_TRUE(cAttrInsert::append(hash, cat::of(1)));
+    hash.mapitem(cat::of(7), cat::of(2));
+    EXPECT_TRUE(cAttrInsert::append(hash, cat::of(3)));
+    EXPECT_EQ(ring(hash), "0=1 7=2 8=3 ");
 }

@@ -8,7 +8,11 @@
 #include "qrv/core/cobjd.h"
 
 #include <functional>
+#include <map>
+#include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 // Reaches what a hash keeps to itself.
 struct cAttrHashProbe {
@@ -146,3 +150,34 @@ class cHostileType {
 
     typeref type_;
 };
+
+using cBlocks = std::pair<std::string, std::string>;
+
+// Two blocks of two characters that take the text hash from `state` to the same state.
+inline cBlocks colliding_blocks(std::uint32_t &state) {
+    std::map<std::uint32_t, std::string> seen;
+    for (unsigned char a = '0'; a <= 'z'; ++a)
+        for (unsigned char b = '0'; b <= 'z'; ++b) {
+            std::uint32_t const next = ((state * 31 ^ a) * 31) ^ b;
+            std::string const block{static_cast<char>(a), static_cast<char>(b)};
+            auto const [at, fresh] = seen.emplace(next, block);
+            if (fresh) continue;
+            state = next;
+            return {at->second, block};
+        }
+    throw std::logic_error("no colliding blocks");
+}
+
+// The number-th of 2^17 texts that all have one hash: each bit chooses one of two blocks.
+inline std::string colliding_text(unsigned int number) {
+    static std::vector<cBlocks> const blocks = [] {
+        std::vector<cBlocks> made;
+        std::uint32_t state = 0;
+        while (made.size() < 17) made.push_back(colliding_blocks(state));
+        return made;
+    }();
+    std::string text;
+    for (size_t bit = 0; bit < blocks.size(); ++bit)
+        text += number >> bit & 1 ? blocks[bit].second : blocks[bit].first;
+    return text;
+}

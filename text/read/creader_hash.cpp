@@ -129,9 +129,9 @@ int cHashReader::read_long(objref &value, cShort done) {
 // late. False if there is more to it.
 bool cHashReader::put_new(cEntry &entry) {
     if (seen_) return false;
-    if (listed_) return cAttrInsert::append(hash_, std::move(entry.value));
+    if (listed_) return cAttrInsert::append(hash_, entry.value);
     if (entry.key->has_ommap()) return false; // a comment, which a key in a map doesn't have
-    return cAttrInsert::adopt(hash_, std::move(entry.key), std::move(entry.value)).is_new;
+    return cAttrInsert::adopt(hash_, std::move(entry.key), entry.value).is_new;
 }
 
 // Is the key of an entry one under which it can be late? What scanned it has its token.

@@ -94,7 +94,10 @@ class QRV_API cObj : public cObjBase {
     unsigned int obid() const noexcept { return obid_; }
     // 0 takes the object off the census, once. Another number after that would count the object
     // down a second time when it is destroyed.
-    void obid(unsigned int id) noexcept;
+    void obid(unsigned int id) noexcept {
+        if (id == 0 && obid_ != 0) --ob_count_;
+        obid_ = id;
+    }
     static void obid(cObj *obj, unsigned int id) noexcept; // null: nothing
     // Borrowed; cat::type_nil() for an object without a type.
     cTypeObj &type() const noexcept { return type_ ? *type_ : cat::type_nil(); }
