@@ -3,6 +3,7 @@
 // the node that goes. After the last foreign call only kept things are looked at.
 
 #include "core/cattrhash_detail.h"
+#include "core/cattrhash_dying.h"
 #include "core/ctable_growth.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
@@ -14,15 +15,13 @@ namespace {
 objref key_of(char const *text) { return text ? own_key(std::string(text)) : objref(); }
 } // namespace
 
-cAttrHash::cAttrHash(cObj *father) : size_(first_size), unused_(size_), father_(father) {
-    slots_ = std::make_unique<cSlotWord[]>(size_);
-}
+cAttrHash::cAttrHash(cObj *father) : size_(first_size), father_(father) {}
 
 cAttrHash::cAttrHash(cAttrHash const &) : cAttrHash(static_cast<cObj *>(nullptr)) {}
 
 cAttrHash::~cAttrHash() {
     incref(); // whoever shares and drops the dying hash from a destructor doesn't destroy it again
-    remove_all();
+    if (used_) cDying(*this).run();
 }
 
 cAttrHash &cAttrHash::operator=(cAttrHash const &other) {
@@ -163,7 +162,7 @@ bool cAttrHash::mapitem(objref const &key, objref const &value) {
     objref const held_key = key, held_value = value;
     if (held_value->is_exe() && !accept_exe(held_key, held_value)) return false;
     cAttrNode *const node = force_node(held_key);
-    node->map_ = this;
+    node->mapped_ = true;
     node->value_ = held_value; // RE-ENTERS
     return true;
 }
@@ -223,7 +222,7 @@ cAttrNode *cAttrHash::insert(objref const &key, objref const &value, cAttrNode *
     objref const held_key = key, held_value = value;
     cAttrNode *const node = force_node(held_key);
     cHold const hold(node);
-    node->map_ = this;
+    node->mapped_ = true;
     if (before && before->table_ == this) move_before(*node, *before);
     node->value_ = held_value; // RE-ENTERS
     return node->dead_ ? nullptr : node;
@@ -238,7 +237,7 @@ void cAttrHash::rename(objref const &old_key, objref const &new_key) {
     cHold const hold(source);
     cAttrNode *const target = force_node(to);
     if (target == source) return;
-    target->map_ = this;
+    target->mapped_ = true;
     if (source->dead_) return; // the new key's clone took it away
     objref lost = std::move(target->value_);
     target->value_ = source->value_;

@@ -1,6 +1,6 @@
 // The rules that hold for every cAttrHash between operations:
 //   H1 used == nodes on the ring == node words in the table, and the ring is linked both ways
-//   H2 each ring node n: *n.slot is n, n.table is this, n is alive
+//   H2 each ring node n: its word in the table or the index is n, n.table is this, n is alive
 //   H3 no two keys are hasheq (deep only: it calls hooks; not asked of float and double, where
 //      NaN equals everything)
 //   H4 no nil key
@@ -60,24 +60,36 @@ std::string cAttrHash::broken_rule(bool deep) const {
             return broken("H1");
         auto const *const node = static_cast<cAttrNode *>(link);
         if (cObj::is_void(node->key_)) return broken("H4");
-        if (node->table_ != this || node->dead_ || !node->slot_ || node_of(*node->slot_) != node)
-            return broken("H2", node);
+        if (node->table_ != this || node->dead_ || !has_word(*node)) return broken("H2", node);
         if (!moved_ && node->anid_ < seen.anid) return broken("H9", node);
         seen.anid = node->anid_;
         seen.take(node->kind_, node->hash_);
     }
-    std::uint32_t words = 0, unused = 0;
-    for (std::uint32_t i = 0; i < size_; ++i) {
-        words += slots_[i] > slot_deleted;
-        unused += slots_[i] == slot_unused;
-    }
-    if (seen.nodes != used_ || words != used_) return broken("H1");
-    if (is_too_full(used_, size_) || unused < size_ / unused_part) return broken("H5");
-    if (unused != unused_) return broken("H6");
+    if (seen.nodes != used_) return broken("H1");
+    std::string const table = broken_table();
+    if (!table.empty()) return table;
     if (seen.others != others_ || seen.no_ints != no_ints_ || (is_vector_ && !seen.is_vector) ||
         (greatest_known_ && greatest_ != seen.greatest))
         return broken("H7");
     return deep ? broken_deep() : std::string();
+}
+
+bool cAttrHash::has_word(cAttrNode const &node) const {
+    if (form_ != cHashForm::table) return fits_index(node.kind_) && index_holds(node);
+    return node.slot_ < size_ && node_of(words_[node.slot_]) == &node;
+}
+
+std::string cAttrHash::broken_table() const {
+    if (is_too_full(used_, size_)) return broken("H5");
+    if (form_ != cHashForm::table) return {};
+    std::uint32_t words = 0, unused = 0;
+    for (std::uint32_t i = 0; i < size_; ++i) {
+        words += words_[i] > slot_deleted;
+        unused += words_[i] == slot_unused;
+    }
+    if (words != used_) return broken("H1");
+    if (unused < size_ / unused_part) return broken("H5");
+    return unused == unused_ ? std::string() : broken("H6");
 }
 
 std::string cAttrHash::broken_deep() const {

@@ -2,6 +2,7 @@
 // What the sources of cAttrHash share: the words of the table, guards, and the size table.
 
 #include "qrv/core/cattrhash.h"
+#include "qrv/core/cobjd.h"
 
 #include <span>
 #include <string_view>
@@ -13,6 +14,23 @@ constexpr cSlotWord slot_deleted = 1;
 
 inline cAttrNode *node_of(cSlotWord word) noexcept {
     return word > slot_deleted ? reinterpret_cast<cAttrNode *>(word) : nullptr;
+}
+
+// With one in `unused_part` slots never used, a probe of honest keys gets here once in 10^7 tries.
+constexpr std::uint32_t long_probe = 128;
+
+// Of a key whose kind says that it holds a T.
+template <class T> T &value_of(objref const &key) noexcept {
+    return static_cast<cObjDR<T> const &>(*key).val();
+}
+inline std::string_view text_of(objref const &key) noexcept { return value_of<std::string>(key); }
+
+std::uint32_t text_hash(std::string_view text, bool seeded);
+
+extern constinit std::uint64_t hash_probes; // probe_count()
+
+constexpr bool fits_index(cKeyKind kind) noexcept {
+    return kind == cKeyKind::int_key || kind == cKeyKind::string_key;
 }
 
 struct cAttrHash::cSearch {

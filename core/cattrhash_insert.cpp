@@ -20,7 +20,7 @@ template <class MakeKey> cAttrInsert::cPlace cAttrInsert::insert(cAttrHash &hash
     if (found.node) return {found.node, false};
     auto *const node = new cAttrNode(cAttrNode::cAdopt(), make_key(), std::move(value));
     hash.link_node(*node, found, search);
-    node->map_ = &hash;
+    node->mapped_ = true;
     return {node, true};
 }
 

@@ -77,8 +77,8 @@ cObj &cAttrNode::value(cAttrNode const *node) { return node ? node->value() : *c
 cAttrNode &cAttrNode::operator=(objref const &value) {
     if (dead_ || this == nil_attr_node) return nil_attr();
     if (cObj::is_kill(value)) {
-        if (!map_ || cObj::is_void(key_)) return *this;
-        map_->remove(this); // RE-ENTERS
+        if (!map() || cObj::is_void(key_)) return *this;
+        map()->remove(this); // RE-ENTERS
         return nil_attr();
     }
     cAttrHash::cHold const hold(this);

@@ -25,8 +25,6 @@
 
 namespace {
 
-// With one in `unused_part` slots never used, a probe of honest keys gets here once in 10^7 tries.
-constexpr std::uint32_t long_probe = 128;
 // A sane hook changes a table once or twice (it fills or drops something). Beyond, only keys that
 // are compared without a hook are found.
 constexpr int most_searches = 64;
@@ -36,27 +34,14 @@ constexpr std::uint32_t primes[] = {11,     23,     47,     97,      197,     39
                                     205619, 411233, 822433, 1644817, 3289613, 6579211, 13158023};
 static_assert(std::ranges::binary_search(primes, first_size));
 
-constinit std::uint64_t probes = 0;
-
 bool is_prime(std::uint64_t number) noexcept {
     for (std::uint64_t d = 3; d * d <= number; d += 2)
         if (number % d == 0) return false;
     return number % 2 != 0;
 }
 
-// Of a key whose kind says that it holds a T.
-template <class T> T &value_of(objref const &key) noexcept {
-    return static_cast<cObjDR<T> const &>(*key).val();
-}
-
 template <class T> bool holds(objref const &key) noexcept {
     return cat::value_in<T>(key) != nullptr;
-}
-
-// As cat::hash_string: a NUL ends it.
-std::uint32_t text_hash(std::string_view text, bool seeded) {
-    return seeded ? seeded_hash_bytes(text.data(), text.size())
-                  : cat::hash_bytes(text.data(), std::min(text.find('\0'), text.size()));
 }
 
 // Where a probe of this hash goes on after `slot`.
@@ -89,7 +74,14 @@ std::uint32_t hash_grown_size(std::uint32_t size, std::span<std::uint32_t const>
     return static_cast<std::uint32_t>(next);
 }
 
-std::uint64_t cAttrHash::probe_count() noexcept { return probes; }
+constinit std::uint64_t hash_probes = 0;
+std::uint64_t cAttrHash::probe_count() noexcept { return hash_probes; }
+
+// As cat::hash_string: a NUL ends it.
+std::uint32_t text_hash(std::string_view text, bool seeded) {
+    return seeded ? seeded_hash_bytes(text.data(), text.size())
+                  : cat::hash_bytes(text.data(), std::min(text.find('\0'), text.size()));
+}
 
 cKeyKind cAttrHash::kind_of(objref const &key) {
     cTypeObj const &type = key->type();
@@ -109,7 +101,7 @@ cKeyKind cAttrHash::kind_of(objref const &key) {
 std::uint32_t cAttrHash::seeded_hash(cKeyKind kind, objref const &key) {
     switch (kind) {
     case cKeyKind::string_key:
-        return text_hash(value_of<std::string>(key), true);
+        return text_hash(text_of(key), true);
     case cKeyKind::float_key:
         return seeded_hash_bytes(&value_of<float>(key), sizeof(float));
     case cKeyKind::double_key:
@@ -123,8 +115,7 @@ cAttrHash::cSearch cAttrHash::search_for(objref const &key) const {
     cKeyKind const kind = kind_of(key);
     std::uint32_t const hash = seeded_ ? seeded_hash(kind, key) : key->type().hashfun(key);
     bool const is_text = kind == cKeyKind::string_key;
-    return {hash, kind, &key,
-            is_text ? std::string_view(value_of<std::string>(key)) : std::string_view()};
+    return {hash, kind, &key, is_text ? text_of(key) : std::string_view()};
 }
 
 cAttrHash::cSearch cAttrHash::search_for(std::string_view key) const {
@@ -141,7 +132,7 @@ bool cAttrHash::matches(cAttrNode const &node, cSearch const &search) {
         return search.kind == cKeyKind::int_key && node.hash_ == search.hash;
     case cKeyKind::string_key:
         return search.kind == cKeyKind::string_key && node.hash_ == search.hash &&
-               value_of<std::string>(node.key_) == search.text;
+               text_of(node.key_) == search.text;
     default:
         if (!search.key) return false;
         objref const stored = node.key_;                   // the hook may remove the node
@@ -150,18 +141,21 @@ bool cAttrHash::matches(cAttrNode const &node, cSearch const &search) {
 }
 
 cAttrHash::cFound cAttrHash::probe(cSearch const &search) const {
-    cSlotWord *free = nullptr;
+    if (form_ != cHashForm::table) return probe_index(search);
+    constexpr std::uint32_t none = 0xFFFFFFFFu;
+    std::uint32_t free = none;
     cSteps at(search.hash, size_);
     for (std::uint32_t steps = 1; steps <= size_; ++steps, at.next()) {
-        ++probes;
-        cSlotWord *const slot = &slots_[at.slot];
-        if (*slot == slot_unused) return {nullptr, free ? free : slot, steps, false};
-        if (cAttrNode *const node = node_of(*slot)) {
+        ++hash_probes;
+        auto const slot = static_cast<std::uint32_t>(at.slot);
+        cSlotWord const word = words_[slot];
+        if (word == slot_unused) return {nullptr, free == none ? slot : free, steps, false};
+        if (cAttrNode *const node = node_of(word)) {
             std::uint32_t const before = changes_;
             bool const found = matches(*node, search);
-            if (changes_ != before) return {nullptr, nullptr, steps, true};
-            if (found) return {node, nullptr, steps, false};
-        } else if (!free) {
+            if (changes_ != before) return {nullptr, 0, steps, true};
+            if (found) return {node, 0, steps, false};
+        } else if (free == none) {
             free = slot;
         }
     }
@@ -212,34 +206,47 @@ cAttrNode *cAttrHash::force_node(objref const &key) {
 }
 
 // From here to the end nothing runs foreign code.
-void cAttrHash::link_node(cAttrNode &node, cFound const &place, cSearch const &search) {
-    if (*place.free == slot_unused) --unused_;
-    *place.free = reinterpret_cast<cSlotWord>(&node);
+void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) {
     node.hash_ = search.hash;
-    node.slot_ = place.free;
     node.table_ = this;
     // A clone may be of another type than its source; then its kind tells nothing about the hash.
     node.kind_ = kind_of(node.key_) == search.kind ? search.kind : cKeyKind::other;
+    if (form_ != cHashForm::table && !fits_index(node.kind_)) {
+        make_table(first_size);
+        place = probe({search.hash, search.kind, nullptr, search.text});
+    }
     count_in(node);
     node.link_before(anchor_);
     ++used_;
     ++changes_;
-    bool const seedable = node.kind_ != cKeyKind::int_key && node.kind_ != cKeyKind::other;
-    bool const seed = place.steps > long_probe && seedable && !seeded_;
-    if (is_too_full(used_, size_))
-        rebuild(hash_grown_size(size_, primes), seed);
-    else if (seed || unused_ < size_ / unused_part)
-        rebuild(size_, seed);
+    if (form_ == cHashForm::table) {
+        if (words_[place.free] == slot_unused) --unused_;
+        words_[place.free] = reinterpret_cast<cSlotWord>(&node);
+        node.slot_ = place.free;
+        grow_table(node, used_, place.steps);
+    } else {
+        add_to_index(node, place);
+    }
     check();
 }
 
+// After the last node was put into the table, at a search of that many steps.
+void cAttrHash::grow_table(cAttrNode const &last, std::uint32_t live, std::uint32_t steps) {
+    bool const seedable = last.kind_ != cKeyKind::int_key && last.kind_ != cKeyKind::other;
+    bool const seed = steps > long_probe && seedable && !seeded_;
+    if (is_too_full(live, size_))
+        rebuild(hash_grown_size(size_, primes), seed);
+    else if (seed || unused_ < size_ / unused_part)
+        rebuild(size_, seed);
+}
+
 void cAttrHash::unlink_node(cAttrNode &node) noexcept {
+    if (form_ != cHashForm::table) make_table(first_size);
     count_out(node);
     node.unlink();
-    *node.slot_ = slot_deleted;
-    node.slot_ = nullptr;
+    words_[node.slot_] = slot_deleted;
     node.table_ = nullptr;
-    node.map_ = nullptr;
+    node.mapped_ = false;
     --used_;
     ++changes_;
     ++disturbed_;
@@ -303,19 +310,43 @@ void cAttrHash::count_out(cAttrNode const &node) noexcept {
 }
 
 void cAttrHash::rebuild(std::uint32_t size, bool seed) {
-    auto slots = std::make_unique<cSlotWord[]>(size); // zeroed
+    auto words = std::make_unique<cSlotWord[]>(size); // zeroed
     if (seed) seed_keys();
-    slots.swap(slots_);
+    words.swap(words_);
+    capacity_ = unused_ = size;
     std::uint32_t const old_size = std::exchange(size_, size);
-    for (std::uint32_t i = 0; i < old_size; ++i) {
-        cAttrNode *const node = node_of(slots[i]);
-        if (!node) continue;
-        cSteps at(node->hash_, size_);
-        while (slots_[at.slot] != slot_unused) at.next();
-        node->slot_ = &slots_[at.slot];
-        *node->slot_ = reinterpret_cast<cSlotWord>(node);
-    }
-    unused_ = size_ - used_;
+    for (std::uint32_t i = 0; i < old_size; ++i)
+        if (cAttrNode *const node = node_of(words[i])) put(*node);
+    ++changes_;
+}
+
+// Puts a node into the first free word of its sequence. The number of words looked at.
+std::uint32_t cAttrHash::put(cAttrNode &node) noexcept {
+    std::uint32_t steps = 1;
+    cSteps at(node.hash_, size_);
+    for (; words_[at.slot] != slot_unused; at.next()) ++steps;
+    node.slot_ = static_cast<std::uint32_t>(at.slot);
+    words_[at.slot] = reinterpret_cast<cSlotWord>(&node);
+    --unused_;
+    return steps;
+}
+
+// From an index to the table that the same insertions, one by one, would have led to. Which slots
+// are taken shows in the calls of key hooks; so a hash from which something was removed has a table
+// from then on, since its tombstones are part of that.
+void cAttrHash::make_table(std::uint32_t size) {
+    std::vector<cAttrNode *> nodes = cat::nodes_of(*this);
+    if (moved_) std::sort(nodes.begin(), nodes.end(), anidord);
+    if (seeded_)
+        for (cAttrNode *node : nodes)
+            if (node->kind_ == cKeyKind::string_key)
+                node->hash_ = text_hash(text_of(node->key_), false);
+    seeded_ = false;
+    form_ = cHashForm::table;
+    size_ = capacity_ = unused_ = size;
+    words_ = std::make_unique<cSlotWord[]>(size_);
+    std::uint32_t live = 0;
+    for (cAttrNode *node : nodes) grow_table(*node, ++live, put(*node));
     ++changes_;
 }
 

@@ -3,8 +3,10 @@
 // destructors nest, in the natural order; whatever is released below that waits in a list that
 // the outermost release drains.
 
-#include "qrv/core/cobj.h"
+#include "core/cregistry.h"
+#include "qrv/core/cobjd.h"
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -52,4 +54,37 @@ void cRefTraits<cObj>::destroy(cObj *target) {
     cDepthStep const step;
     kill(target);
     if (depth == 1) drain();
+}
+
+namespace {
+
+template <class T> bool is_exactly(cObj const &obj) noexcept { return &typeid(obj) == &typeid(T); }
+
+} // namespace
+
+bool cat::is_library_class(cObj const &obj) noexcept {
+    switch (obj.object_class()) {
+    case cObjClass::string:
+        return is_exactly<cObjD<std::string>>(obj);
+    case cObjClass::integer:
+        return is_exactly<cObjD<int>>(obj);
+    case cObjClass::single:
+        return is_exactly<cObjD<float>>(obj);
+    case cObjClass::dbl:
+        return is_exactly<cObjD<double>>(obj);
+    case cObjClass::boolean:
+        return is_exactly<cObjD<bool>>(obj);
+    case cObjClass::map:
+        return std::ranges::find(core.map_classes, &typeid(obj)) != std::end(core.map_classes);
+    case cObjClass::other:
+        break;
+    }
+    return false;
+}
+
+bool cat::destroy_scalar(cObj *target) {
+    if (target->object_class() == cObjClass::map || target->has_ommap()) return false;
+    if (depth >= max_depth || !is_library_class(*target)) return false;
+    delete target;
+    return true;
 }

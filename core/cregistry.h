@@ -6,6 +6,8 @@
 #include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
 
+#include <typeinfo>
+
 // name in the registry, name of the accessor, written name
 #define QRV_CORE_TYPES(X)                                                                          \
     X(string, type_string, "string")                                                               \
@@ -54,12 +56,19 @@ struct cCore {
     // What higher layers install, null until then.
     typeref (*make_type)(std::string const &name); // by a factory, or null; before the first types
     void (*fire_changed)(cObj const &obj);         // with the first type of a signal or slot
+    std::type_info const *map_classes[3];          // cMapObj and its own subclasses
 };
 
 extern constinit cCore core;
 
 namespace cat {
 void create_core(); // start/bootstrap.cpp; for core_bootstrap() alone
+
+// Is destroying an object of exactly this class the library's own affair, but for what it holds?
+bool is_library_class(cObj const &obj) noexcept;
+// Destroys an object that only the caller holds, if that is a scalar of the library's own class,
+// without members: no user code runs. Else false.
+bool destroy_scalar(cObj *target);
 
 // cat::detach without what is below the value.
 bool detach_value(objref const &ref);

@@ -25,6 +25,8 @@
 #include "qrv/base/csignal.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csetobj.h"
+#include "qrv/containers/cvectorobj.h"
 #include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
@@ -187,6 +189,9 @@ void cBootstrap::note_library_methods() {
     core.boolean->set_library_methods(cObjClass::boolean);
     for (cTypeObj *type : {core.map, core.set, core.vector})
         type->set_library_methods(cObjClass::map);
+    core.map_classes[0] = &typeid(cMapObj);
+    core.map_classes[1] = &typeid(cVectorObj);
+    core.map_classes[2] = &typeid(cSetObj);
 }
 
 void cBootstrap::make_maps() {

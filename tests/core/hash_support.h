@@ -2,6 +2,7 @@
 // What the tests of the attribute hash share: a window into the table, short texts of a whole ring,
 // hostile keys, and values that act when they are destroyed.
 
+#include "core/ctable_growth.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
@@ -11,16 +12,30 @@
 
 // Reaches what a hash keeps to itself.
 struct cAttrHashProbe {
-    static cSlotWord &word(cAttrHash &hash, std::uint32_t i) { return hash.slots_[i]; }
-    static cSlotWord *slot(cAttrNode const *node) { return node->slot_; }
-    static cSlotWord *&slot_(cAttrNode *node) { return node->slot_; }
+    // The table, which is made where nobody needed it so far.
+    static cAttrHash &tabled(cAttrHash &hash) {
+        if (hash.form_ != cHashForm::table) hash.make_table(first_size);
+        return hash;
+    }
+    static cHashForm form(cAttrHash const &hash) { return hash.form_; }
+    static cSlotWord &word(cAttrHash &hash, std::uint32_t i) { return tabled(hash).words_[i]; }
+    static cSlotWord *slot(cAttrNode const *node) {
+        return &word(*node->table_, slot_(const_cast<cAttrNode *>(node)));
+    }
+    static std::uint32_t &slot_(cAttrNode *node) {
+        tabled(*node->table_);
+        return node->slot_;
+    }
     static cAttrHash *&table(cAttrNode *node) { return node->table_; }
     static std::uint32_t hash_of(cAttrNode const *node) { return node->hash_; }
-    static std::uint32_t &hash_(cAttrNode *node) { return node->hash_; }
+    static std::uint32_t &hash_(cAttrNode *node) {
+        tabled(*node->table_);
+        return node->hash_;
+    }
     static objref &key(cAttrNode *node) { return node->key_; }
     static bool &dead(cAttrNode *node) { return node->dead_; }
     static std::uint32_t &used(cAttrHash &hash) { return hash.used_; }
-    static std::uint32_t &unused(cAttrHash &hash) { return hash.unused_; }
+    static std::uint32_t &unused(cAttrHash &hash) { return tabled(hash).unused_; }
     static std::uint32_t &others(cAttrHash &hash) { return hash.others_; }
     static std::uint32_t &no_ints(cAttrHash &hash) { return hash.no_ints_; }
     static int &greatest(cAttrHash &hash) { return hash.greatest_; }

@@ -93,6 +93,9 @@ template <class T, class Traits> class cRef {
         return adopt(target);
     }
 
+    // Null from now on; the count is the caller's, who may hand it to adopt.
+    [[nodiscard]] T *release() noexcept { return std::exchange(p_, nullptr); }
+
     // The old target is released last: its destructor, which may be foreign code, may look at
     // this very cRef, and finds the new value in it.
     cRef &operator=(cRef const &other) {

@@ -4,7 +4,8 @@
 //
 // It is two structures over the same nodes: an open-addressing table with double hashing, for
 // finding a key, and a doubly linked ring, for order. Order is insertion order and survives growth.
-// Keys are hashed and compared by the hooks of their own types.
+// Keys are hashed and compared by the hooks of their own types. While all keys are strings and ints
+// of the library a smaller index takes the place of the table (core/cattrhash_index.cpp).
 //
 // The hash owns its nodes and deletes them directly, whatever their count says. A cAttrNode * is
 // borrowed and dies with the node, unless its holder calls cAttrNode::hold(): then a deleted node
@@ -63,6 +64,13 @@ enum class cKeyKind : unsigned char { other, int_key, string_key, float_key, dou
 // A slot word: 0 never used, 1 deleted mark, anything else a cAttrNode *.
 using cSlotWord = std::uintptr_t;
 
+// How the nodes of a hash are found. All but `table` hold keys of exactly string and int only.
+//   few     up to 8 nodes, without memory of its own: the ring is walked
+//   row     the words are the nodes with the keys 0, 1, 2...
+//   index   a small open-addressed table of a power of two words
+//   table   slots() words; once reached it stays
+enum class cHashForm : unsigned char { few, row, index, table };
+
 // The entry of a table: a link with a key, its hash and its place in the table.
 template <class Key, class Node> class cHashNode : public cNode<Node> {
   public:
@@ -77,11 +85,9 @@ template <class Key, class Node> class cHashNode : public cNode<Node> {
     friend struct cAttrHashProbe;
 
     Key key_;
-    std::uint32_t hash_ = 0xFFFFFFFFu; // until the node stands in a table
-    cSlotWord *slot_ = nullptr;        // null outside a table
-    cAttrHash *table_ = nullptr;       // null outside a table
-    cKeyKind kind_ = cKeyKind::other;  // set with hash_
-    bool dead_ = false;
+    std::uint32_t hash_ = 0xFFFFFFFFu; // until the node is in a hash
+    std::uint32_t slot_ = 0;           // the number of its word, if the hash has a table
+    cAttrHash *table_ = nullptr;       // the hash; null outside
 };
 
 // An attribute: a private key and a shared value. Bits of flags(): 1 reserved, 2 type locked.
@@ -104,8 +110,9 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     cObj &operator*() const { return value(); }
     cObj *operator->() const { return &value(); }
     std::uint32_t anid() const noexcept { return anid_; } // unique, growing, never changes
-    cAttrHash *map() const noexcept { return map_; }      // the hash that owns it, or null
-    bool detach() const;                                  // cat::detach(value, false)
+    // The hash that owns it, or null.
+    cAttrHash *map() const noexcept { return mapped_ ? table_ : nullptr; }
+    bool detach() const; // cat::detach(value, false)
 
     // Replaces the value: shares it, no copy. Null or badfind removes the node; then the result is
     // nil_attr() and the node is gone, so go on with the result. Under a type lock a value of
@@ -126,7 +133,7 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     static objref const &valref(cAttrNode const *node);
     static cObj &value(cAttrNode const *node);
     static std::uint32_t anid(cAttrNode const *node) noexcept { return node ? node->anid_ : 0; }
-    static cAttrHash *map(cAttrNode const *node) noexcept { return node ? node->map_ : nullptr; }
+    static cAttrHash *map(cAttrNode const *node) noexcept { return node ? node->map() : nullptr; }
     static bool detach(cAttrNode const *node) { return node && node->detach(); }
     static cAttrNode &assign(cAttrNode *node, objref const &value);
     static cAttrNode &assign(cAttrNode *node, cAttrNode const *other); // null is cat::bad()
@@ -151,8 +158,10 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     bool refuses(objref const &value);
 
     objref value_;
-    cAttrHash *map_ = nullptr;
     std::uint32_t anid_;
+    cKeyKind kind_ = cKeyKind::other; // set with hash_
+    bool dead_ = false;
+    bool mapped_ = false; // map() is known
 };
 
 // Numbers that must not become an index silently.
@@ -295,12 +304,13 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     struct cSearch; // what is looked for
     struct cFound { // the node, or else the word that an insertion must take
         cAttrNode *node;
-        cSlotWord *free;
+        std::uint32_t free;
         std::uint32_t steps;
         bool stale; // a key's hook has changed the table: look again
     };
     class cKeep;
     class cHold;
+    class cDying;
 
     // The end of the ring; a link that is not a node.
     struct cAnchor final : cLink {};
@@ -317,7 +327,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     cAttrNode *locate(objref const &key) const;
 
     cAttrNode *force_node(objref const &key);
-    void link_node(cAttrNode &node, cFound const &place, cSearch const &search);
+    void link_node(cAttrNode &node, cFound place, cSearch const &search);
     void unlink_node(cAttrNode &node) noexcept;
     void move_before(cAttrNode &node, cAttrNode &place) noexcept;
     void remove(cAttrNode *node);
@@ -325,16 +335,28 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     bool accept_exe(objref const &key, objref const &value);
     void count_in(cAttrNode const &node) noexcept;
     void count_out(cAttrNode const &node) noexcept;
+    void grow_table(cAttrNode const &last, std::uint32_t live, std::uint32_t steps);
     void rebuild(std::uint32_t size, bool seed);
+    std::uint32_t put(cAttrNode &node) noexcept;
     void seed_keys() noexcept;
     bool detach_node(cAttrNode const *node) const;
+    bool has_word(cAttrNode const &node) const;
+    std::string broken_table() const;
     std::string broken_deep() const;
     void check() const; // the cheap rules, in checking builds
 
-    std::unique_ptr<cSlotWord[]> slots_;
-    std::uint32_t size_;          // number of slots, a prime
+    // Without a table: core/cattrhash_index.cpp.
+    cFound probe_index(cSearch const &search) const;
+    void add_to_index(cAttrNode &node, cFound const &place);
+    void rebuild_row();
+    void rebuild_index(std::uint32_t capacity);
+    void make_table(std::uint32_t size); // and larger where the insertions need it
+    bool index_holds(cAttrNode const &node) const;
+
+    std::uint32_t size_;          // slots() of the table, made or not; a prime
     std::uint32_t used_ = 0;      // live nodes
-    std::uint32_t unused_;        // slots that are 0
+    std::uint32_t unused_ = 0;    // slots of the table that are 0
+    std::uint32_t capacity_ = 0;  // words
     std::uint32_t disturbed_ = 0; // nodes unlinked or moved; wraps
     std::uint32_t changes_ = 0;   // nodes linked or unlinked, and rebuilds; wraps
     std::uint32_t others_ = 0;    // nodes whose key is of no built-in type
@@ -344,6 +366,8 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     mutable bool is_vector_ = true; // false: not known
     bool moved_ = false;            // a node was moved in the ring since it was empty
     bool seeded_ = false;           // text and floating keys are hashed with the process's seed
+    cHashForm form_ = cHashForm::few;
+    std::unique_ptr<cSlotWord[]> words_;
     mutable cAnchor anchor_;
     cObj *father_; // borrowed
 };

@@ -1,0 +1,54 @@
+#include "core/cattrhash_dying.h"
+
+#include "core/cregistry.h"
+
+constinit cAttrHash::cDying *cAttrHash::cDying::innermost = nullptr;
+
+void cAttrHash::cDying::run() {
+    while (cAttrNode *const node = hash_.first()) {
+        if (in_order_)
+            hash_.remove(node); // RE-ENTERS
+        else
+            free(*node);
+    }
+}
+
+void cAttrHash::cDying::free(cAttrNode &node) {
+    cObj *const key = node.key_.release();
+    cObj *const value = node.value_.release();
+    if (hash_.form_ == cHashForm::table) hash_.words_[node.slot_] = slot_deleted;
+    node.unlink();
+    node.table_ = nullptr;
+    node.mapped_ = false;
+    node.dead_ = true;
+    node.unhold();
+    --hash_.used_;
+    release(value);
+    release(key);
+}
+
+void cAttrHash::cDying::release(cObj *target) {
+    if (!target || (target->refs() == 1 && cat::destroy_scalar(target))) return;
+    if (!target->decref()) return;
+    if (!cat::is_library_class(*target))
+        for (cDying *dying = innermost; dying && !dying->in_order_; dying = dying->outer_)
+            dying->put_in_order();
+    cRefTraits<cObj>::destroy(target); // RE-ENTERS
+}
+
+// As if the removed entries had been taken out one by one.
+void cAttrHash::cDying::put_in_order() {
+    in_order_ = true;
+    ++hash_.changes_;
+    ++hash_.disturbed_;
+    hash_.others_ = hash_.no_ints_ = 0;
+    for (cAttrNode *node = hash_.first(); node; node = hash_.next(node)) {
+        hash_.others_ += node->kind_ == cKeyKind::other;
+        hash_.no_ints_ += node->kind_ != cKeyKind::int_key;
+    }
+    bool const empty = hash_.used_ == 0;
+    hash_.greatest_ = -1;
+    hash_.greatest_known_ = hash_.is_vector_ = empty;
+    if (empty) hash_.moved_ = false;
+    if (hash_.form_ != cHashForm::table) hash_.make_table(hash_.size_);
+}

@@ -1,0 +1,124 @@
+// The hash without its table: while every key is exactly a string or an int, and nothing was ever
+// removed, no user code can see how nodes are found. Most hashes stay so for life, and most are
+// small; the table of 97 slots would be the largest part of them.
+//
+//   few ----9th node----> row     all keys are 0, 1, 2...
+//    |  \--------------> index    others; a row whose next key isn't the next int
+//    `--- any of them --> table   a key of another type, or a removal (make_table)
+//
+// The first word of a search in an index is taken from the upper bits of the hash times a constant,
+// the step from others; so an index is filled up to 3/4. Against keys that were chosen to collide
+// it does what the table does: after a very long probe texts get a seeded hash, and ints another
+// constant.
+
+#include "base/seeded_hash.h"
+#include "core/cattrhash_detail.h"
+#include "core/ctable_growth.h"
+
+#include <bit>
+
+namespace {
+
+constexpr std::uint32_t most_few = 8;
+constexpr std::uint32_t first_row = 16;
+constexpr std::uint32_t first_index = 16;
+
+constexpr std::uint64_t usual_factor = 0x9E3779B97F4A7C15u;
+
+std::uint64_t seeded_factor() {
+    static std::uint64_t const factor =
+        std::uint64_t{seeded_hash_bytes("upper", 5)} << 32 | seeded_hash_bytes("lower", 5) | 1;
+    return factor;
+}
+
+struct cIndexSteps {
+    cIndexSteps(std::uint32_t hash, std::uint32_t capacity, bool seeded) : mask(capacity - 1) {
+        std::uint64_t const mixed = hash * (seeded ? seeded_factor() : usual_factor);
+        at = static_cast<std::uint32_t>(mixed >> 32) >> std::countl_zero(mask);
+        step = static_cast<std::uint32_t>(mixed >> 16) | 1;
+    }
+    void next() noexcept { at = (at + step) & mask; }
+
+    std::uint32_t mask, at, step;
+};
+
+} // namespace
+
+cAttrHash::cFound cAttrHash::probe_index(cSearch const &search) const {
+    if (!fits_index(search.kind)) return {nullptr, 0, 0, false};
+    auto const is_it = [&](cAttrNode const &node) {
+        return node.hash_ == search.hash && node.kind_ == search.kind &&
+               (search.kind == cKeyKind::int_key || text_of(node.key_) == search.text);
+    };
+    if (form_ == cHashForm::few) {
+        hash_probes += used_;
+        for (cLink *link = anchor_.next(); link != &anchor_; link = link->next())
+            if (auto *const node = static_cast<cAttrNode *>(link); is_it(*node))
+                return {node, 0, 0, false};
+        return {nullptr, 0, 0, false};
+    }
+    if (form_ == cHashForm::row) {
+        ++hash_probes;
+        bool const found = search.kind == cKeyKind::int_key && search.hash < used_;
+        return {found ? node_of(words_[search.hash]) : nullptr, 0, 0, false};
+    }
+    cIndexSteps at(search.hash, capacity_, seeded_);
+    for (std::uint32_t steps = 1;; ++steps, at.next()) {
+        ++hash_probes;
+        cAttrNode *const node = node_of(words_[at.at]);
+        if (!node) return {nullptr, at.at, steps, false};
+        if (is_it(*node)) return {node, 0, steps, false};
+    }
+}
+
+// The node is the last of the ring.
+void cAttrHash::add_to_index(cAttrNode &node, cFound const &place) {
+    if (is_too_full(used_, size_)) size_ = hash_grown_size(size_, hash_primes());
+    if (form_ == cHashForm::few) {
+        if (used_ <= most_few) return;
+        if (is_vector_) return rebuild_row();
+        return rebuild_index(first_index);
+    }
+    if (form_ == cHashForm::row) {
+        if (!is_vector_) return rebuild_index(std::bit_ceil(used_ + used_ / 2));
+        if (used_ > capacity_) return rebuild_row();
+        words_[used_ - 1] = reinterpret_cast<cSlotWord>(&node);
+        return;
+    }
+    if (place.steps > long_probe && !seeded_) {
+        seed_keys();
+        return rebuild_index(capacity_);
+    }
+    if (std::uint64_t{4} * used_ > std::uint64_t{3} * capacity_)
+        return rebuild_index(2 * capacity_);
+    words_[place.free] = reinterpret_cast<cSlotWord>(&node);
+}
+
+void cAttrHash::rebuild_row() {
+    form_ = cHashForm::row;
+    capacity_ = std::max(first_row, capacity_ + capacity_ / 2);
+    words_ = std::make_unique_for_overwrite<cSlotWord[]>(capacity_);
+    cSlotWord *word = words_.get();
+    for (cAttrNode *node = first(); node; node = next(node))
+        *word++ = reinterpret_cast<cSlotWord>(node);
+}
+
+void cAttrHash::rebuild_index(std::uint32_t capacity) {
+    form_ = cHashForm::index;
+    capacity_ = capacity;
+    words_.reset(); // first, since the new one may fit in its place
+    words_ = std::make_unique<cSlotWord[]>(capacity);
+    for (cAttrNode *node = first(); node; node = next(node)) {
+        cIndexSteps at(node->hash_, capacity_, seeded_);
+        while (words_[at.at] != slot_unused) at.next();
+        words_[at.at] = reinterpret_cast<cSlotWord>(node);
+    }
+}
+
+bool cAttrHash::index_holds(cAttrNode const &node) const {
+    if (form_ == cHashForm::few) return used_ <= most_few;
+    if (form_ == cHashForm::row) return node.hash_ < used_ && node_of(words_[node.hash_]) == &node;
+    for (cIndexSteps at(node.hash_, capacity_, seeded_); words_[at.at] != slot_unused; at.next())
+        if (node_of(words_[at.at]) == &node) return true;
+    return false;
+}
