@@ -6,7 +6,9 @@
 // known to the whole call.
 
 #include "containers/ccompare.h"
+#include "containers/cplain_copy.h"
 #include "containers/cringwalk.h"
+#include "core/cattrhash_insert.h"
 #include "core/cregistry.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cattspec.h"
@@ -15,6 +17,7 @@
 #include "qrv/core/ctypes.h"
 
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -46,27 +49,104 @@ bool fill_plainly(cObj const &source, cMapObj &fresh) {
     return true;
 }
 
-// One deep detach with all that it recurses into.
-class cDeepDetach {
+// One call of detach with all that it recurses into.
+class cDetach {
   public:
-    explicit cDeepDetach(cMapObj &outermost) {
-        objref const self = objref::share(&outermost);
-        copies_[&outermost] = {self, self};
-    }
-    cDeepDetach(cDeepDetach const &) = delete;
-    cDeepDetach &operator=(cDeepDetach const &) = delete;
-    ~cDeepDetach() = default;
+    explicit cDetach(bool deep) noexcept : deep_(deep) {}
+    cDetach(cDetach const &) = delete;
+    cDetach &operator=(cDetach const &) = delete;
+    ~cDetach() = default;
 
-    // The copy of a container, into new_copy unless one was made before.
-    bool copy(objref const &value, objref &new_copy);
+    bool outermost(cMapObj &map) {
+        if (deep_) remember(objref::share(&map), objref::share(&map));
+        return all(map);
+    }
 
   private:
     struct cCopy {
         objref old; // held, so that its address stays its own
         objref copy;
     };
+
+    // What is still to be done in one map.
+    class cRest {
+      public:
+        cRest(cDetach &call, cAttrHash const &hash)
+            : call_(call), hash_(hash), outer_(call.rests_) {
+            call.rests_ = this;
+            node = hash.first();
+            if (!call.quiet_) list_keys();
+        }
+        cRest(cRest const &) = delete;
+        cRest &operator=(cRest const &) = delete;
+        ~cRest() { call_.rests_ = outer_; }
+
+        cRest *outer() const noexcept { return outer_; }
+        void list_keys() {
+            for (; node; node = hash_.next(node)) keys.push_back(node->key());
+        }
+
+        cAttrNode *node = nullptr; // the next one, while the call is quiet
+        std::vector<objref> keys;  // afterwards
+      private:
+        cDetach &call_;
+        cAttrHash const &hash_;
+        cRest *outer_;
+    };
+
+    bool all(cMapObj &map);
+    bool item_quietly(cAttrHash &hash, cRest &rest, bool &done);
+    void expect_user_code();
+    bool is_quiet(cObj const &container) const;
+    bool item(cAttrHash &hash, objref const &key);
+    bool container(cAttrHash &hash, objref key, objref value);
+    bool copy(objref const &value, objref &new_copy);
+    bool remember(objref const &value, objref const &copy) {
+        return copies_.try_emplace(value.get(), cCopy{value, copy}).second;
+    }
+
+    bool const deep_;
+    bool quiet_ = true; // no user code has run
+    cRest *rests_ = nullptr;
     std::unordered_map<cObj const *, cCopy> copies_;
 };
+
+// From now on values are replaced by their types' methods. These may change any of the maps, but
+// the keys that count are those that the maps have now.
+void cDetach::expect_user_code() {
+    if (!std::exchange(quiet_, false)) return;
+    for (cRest *rest = rests_; rest; rest = rest->outer()) rest->list_keys();
+}
+
+bool cDetach::is_quiet(cObj const &container) const {
+    return deep_ && (copies_.contains(&container) || cat::copies_plainly(container) ||
+                     cat::is_plain_set(container));
+}
+
+// The next value, if no user code would run. An old value that nobody else holds would be
+// destroyed.
+bool cDetach::item_quietly(cAttrHash &hash, cRest &rest, bool &done) {
+    cAttrNode &node = *rest.node;
+    objref const &value = node.valref();
+    if (!cAttrInsert::has_plain_key(node)) return false;
+    bool const is_void = cObj::is_void(value);
+    bool const is_container = !is_void && value->is_container();
+    objref clone;
+    if (is_container) {
+        if (value->refs() == 1 || !is_quiet(*value)) return false;
+    } else if (!is_void) {
+        if (value->refs() > 1) clone = cat::clone_plainly(*value);
+        if (!clone) return false;
+    }
+    rest.node = hash.next(&node);
+    if (is_container)
+        done &= container(hash, node.key(), value);
+    else if (clone)
+        node.valref_() = std::move(clone);
+    else
+        done = false;
+    return true;
+}
 
 // Not a container: a clone. The reference handed in is a second owner, so a value is never taken
 // for private.
@@ -76,42 +156,54 @@ bool clone_item(cAttrHash &hash, objref const &key, objref value) {
     return done;
 }
 
-bool detach_item(cAttrHash &hash, objref const &key, cDeepDetach *deep) {
+bool cDetach::item(cAttrHash &hash, objref const &key) {
     objref const value = hash.getitem(key);
     if (cObj::is_void(value) || !value->is_container()) return clone_item(hash, key, value);
-    objref copy = new_container(value);
-    if (!copy) return true;
+    return container(hash, key, value);
+}
+
+bool cDetach::container(cAttrHash &hash, objref key, objref value) {
+    objref new_value = new_container(value);
+    if (!new_value) return true;
     bool done = true;
-    if (deep)
-        done = deep->copy(value, copy);
+    if (deep_)
+        done = copy(value, new_value);
     else
-        copy->assign(value);
-    hash.setitem(key, copy);
+        new_value->assign(value);
+    hash.setitem(key, new_value);
     return done;
 }
 
-bool detach_all(cMapObj &map, cDeepDetach *deep) {
-    if (deep && cat::stack_low()) return cat::too_deep(map);
+bool cDetach::all(cMapObj &map) {
     hashref const hash = map.datamap_ref();
-    std::vector<objref> keys; // fixed: replacing values runs foreign code
-    for (cAttrNode const *node = hash->first(); node; node = hash->next(node))
-        keys.push_back(node->key());
+    cRest rest(*this, *hash);
+    if (!cAttrInsert::is_ready(*hash)) expect_user_code();
+    if (deep_ && cat::stack_low()) {
+        expect_user_code();
+        return cat::too_deep(map);
+    }
     bool done = true;
-    for (objref const &key : keys)
-        if (hash->find(key)) done &= detach_item(*hash, key, deep);
+    while (rest.node && item_quietly(*hash, rest, done)) {
+    }
+    if (rest.node) expect_user_code();
+    for (objref const &key : rest.keys)
+        if (hash->find(key)) done &= item(*hash, key);
     return done;
 }
 
-bool cDeepDetach::copy(objref const &value, objref &new_copy) {
-    auto const [place, is_new] = copies_.try_emplace(value.get(), cCopy{value, new_copy});
-    if (!is_new) {
-        new_copy = place->second.copy;
+// The copy of a container, into new_copy unless one was made before.
+bool cDetach::copy(objref const &value, objref &new_copy) {
+    if (!remember(value, new_copy)) {
+        new_copy = copies_.find(value.get())->second.copy;
         return true;
     }
     cMapObj *const map = cat::as_map(new_copy);
     if (!map) return false;
-    if (!fill_plainly(*value, *map)) map->assign(value);
-    return detach_all(*map, this);
+    if (quiet_ && !cObj::is_set(value))
+        cAttrInsert::copy(map->datamap(), cat::as_map(value)->datamap());
+    else if (!fill_plainly(*value, *map))
+        map->assign(value);
+    return all(*map);
 }
 
 } // namespace
@@ -124,8 +216,4 @@ bool cat::detach(objref const &ref, bool deep) {
     return !map || map->detach(true);
 }
 
-bool cMapObj::detach(bool deep) {
-    if (!deep) return detach_all(*this, nullptr);
-    cDeepDetach copies(*this);
-    return detach_all(*this, &copies);
-}
+bool cMapObj::detach(bool deep) { return cDetach(deep).outermost(*this); }

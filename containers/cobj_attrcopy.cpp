@@ -17,6 +17,7 @@
 #include "containers/cappending.h"
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
+#include "containers/cplain_copy.h"
 #include "containers/cringwalk.h"
 #include "core/ctext_hooks.h"
 #include "qrv/base/platform/cstack.h"
@@ -113,6 +114,8 @@ class cAttrCopy {
         // What can't be paid for is left out as a whole, before any walk.
         cat::cMergeBudget *const budget = cat::cMergeBudget::current();
         if (budget && !budget->affords(source.used())) return false;
+        if (letters_[source_only] == (seq_ ? 'x' : 's') && cat::copy_plainly(target_, *source_))
+            return true;
         classify(hash_of(target_.iterobj()).get(), source);
         bool result = true;
         for (cItem const &item : items_) {

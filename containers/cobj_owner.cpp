@@ -23,7 +23,9 @@ constinit cVoidFunction default_iterobj = nullptr;
 
 class cOwnerWalk {
   public:
-    cOwnerWalk(cObj const &other, cat::cMergeBudget *budget) : other_(other), budget_(budget) {}
+    enum cReach { anything, plain_only };
+    cOwnerWalk(cObj const &other, cat::cMergeBudget *budget, cReach reach = anything)
+        : other_(other), budget_(budget), reach_(reach) {}
     cOwnerWalk(cOwnerWalk const &) = delete;
     cOwnerWalk &operator=(cOwnerWalk const &) = delete;
     ~cOwnerWalk() = default;
@@ -31,10 +33,9 @@ class cOwnerWalk {
     // Breadth first; held_ keeps every visited address its object's own.
     bool finds_from(cObj &root) {
         visit(objref::share(&root));
-        for (size_t i = 0; i < held_.size(); ++i)
-            if (finds_in(*objref(held_[i]))) return true;
-        return false;
+        return finds_in_visited();
     }
+    bool finds_from(cAttrHash const &root) { return finds_in_ring(root) || finds_in_visited(); }
 
     // Scalars are bare; of the rest few keep anything.
     static bool keeps_values(cObj const &obj) {
@@ -44,6 +45,12 @@ class cOwnerWalk {
     }
 
   private:
+    bool finds_in_visited() {
+        for (size_t i = 0; i < held_.size(); ++i)
+            if (finds_in(*objref(held_[i]))) return true;
+        return false;
+    }
+
     void visit(objref const &value) {
         bool const holds = cat::may_hold_values(*value) || (budget_ && keeps_values(*value));
         if (holds && seen_.insert(value.get()).second) held_.push_back(value);
@@ -81,6 +88,7 @@ class cOwnerWalk {
         auto *const map = cat::as_map(&holder);
         bool const plain =
             map && !holder.flags_of(of_exe_member) && holder.type().method(mid_iterobj) == iterobj;
+        if (!plain && reach_ == plain_only) return true; // it may be there
         return plain ? finds_in_ring(map->datamap()) : finds_by_iterator(holder);
     }
 
@@ -98,6 +106,7 @@ class cOwnerWalk {
 
     cObj const &other_;
     cat::cMergeBudget *budget_;
+    cReach reach_;
     std::unordered_set<cObj const *> seen_;
     std::vector<objref> held_;
 };
@@ -114,6 +123,10 @@ bool cat::may_hold_values(cObj const &obj) noexcept {
 
 bool cObj::is_owner_of(cObj const &other) {
     return cat::may_hold_values(*this) && cOwnerWalk(other, nullptr).finds_from(*this);
+}
+
+bool cat::is_plainly_apart(cAttrHash const &values, cObj const &other) {
+    return !cOwnerWalk(other, nullptr, cOwnerWalk::plain_only).finds_from(values);
 }
 
 bool cat::owns_charged(objref const &value, cObj const &other) {

@@ -25,6 +25,9 @@ void note_default_iterobj(cTypeObj const &type) noexcept;
 // Could anything stand below this value?
 bool may_hold_values(cObj const &obj) noexcept;
 
+// True when only containers of the library are below these values, and `other` isn't there.
+bool is_plainly_apart(cAttrHash const &values, cObj const &other);
+
 // An entry type is set, and the value, unless it removes, is of another one.
 bool refuses_type(cMapObj const &map, objref const &value) noexcept;
 

@@ -94,9 +94,17 @@ void cAttrHash::add_to_index(cAttrNode &node, cFound const &place) {
     words_[place.free] = reinterpret_cast<cSlotWord>(&node);
 }
 
+// All nodes were linked without it.
+void cAttrHash::make_index() {
+    while (is_too_full(used_, size_)) size_ = hash_grown_size(size_, hash_primes());
+    if (used_ <= most_few) return;
+    if (is_vector_) return rebuild_row();
+    rebuild_index(std::max(first_index, std::bit_ceil(used_ + used_ / 2)));
+}
+
 void cAttrHash::rebuild_row() {
     form_ = cHashForm::row;
-    capacity_ = std::max(first_row, capacity_ + capacity_ / 2);
+    capacity_ = std::max({first_row, capacity_ + capacity_ / 2, used_});
     words_ = std::make_unique_for_overwrite<cSlotWord[]>(capacity_);
     cSlotWord *word = words_.get();
     for (cAttrNode *node = first(); node; node = next(node))

@@ -25,6 +25,14 @@ struct cAttrInsert {
     // int is among them.
     static bool append(cAttrHash &hash, objref const &value);
 
+    // core/cattrhash_copy.cpp: is the key exactly a string or an int; and does copy() have the
+    // effect of mapitem for each node, that is, are all keys plain and all values good and not
+    // executable?
+    static bool has_plain_key(cAttrNode const &node) noexcept;
+    static bool is_copyable(cAttrHash const &hash) noexcept; // O(n)
+    // All nodes of a hash that is copyable into an empty one. Clones keys, shares values.
+    static void copy(cAttrHash &to, cAttrHash const &from);
+
   private:
     template <class MakeKey> static cPlace insert(cAttrHash &hash, cAttrHash::cSearch const &search,
                                                   MakeKey make_key, objref const &value);

@@ -330,6 +330,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
 
     cAttrNode *force_node(objref const &key);
     void link_node(cAttrNode &node, cFound place, cSearch const &search);
+    void link_copy(cAttrNode &node, cAttrNode const &source) noexcept; // core/cattrhash_copy.cpp
     void unlink_node(cAttrNode &node) noexcept;
     void move_before(cAttrNode &node, cAttrNode &place) noexcept;
     void remove(cAttrNode *node);
@@ -350,6 +351,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     // Without a table: core/cattrhash_index.cpp.
     cFound probe_index(cSearch const &search) const;
     void add_to_index(cAttrNode &node, cFound const &place);
+    void make_index();
     void rebuild_row();
     void rebuild_index(std::uint32_t capacity);
     void make_table(std::uint32_t size); // and larger where the insertions need it
