@@ -3,16 +3,18 @@
 
 #include "base/platform/cpool.h"
 
+#include "base/platform/cregion.h"
 #include "qrv/base/platform/cpooled.h"
 
 #include <array>
 #include <cstdint>
-#include <sys/mman.h>
 #include <utility>
 
 namespace {
 
-constexpr std::size_t block_size = 64 * 1024;
+using cat::pool::block_room;
+using cat::pool::block_size;
+
 constexpr std::size_t step = 8;
 
 struct cCell {
@@ -27,7 +29,7 @@ struct alignas(16) cBlock {
     std::uint32_t cell_size;
 
     bool has_fresh() const noexcept {
-        auto const end = reinterpret_cast<std::byte const *>(this) + block_size;
+        auto const end = reinterpret_cast<std::byte const *>(this) + block_room;
         return static_cast<std::size_t>(end - fresh) >= cell_size;
     }
     bool has_room() const noexcept { return free || has_fresh(); }
@@ -51,30 +53,9 @@ cBlock *block_of(void const *cell) noexcept {
     return reinterpret_cast<cBlock *>(reinterpret_cast<std::uintptr_t>(cell) & ~(block_size - 1));
 }
 
-// All pages at once: a fault for each costs 12 % of the time of a deep copy.
-std::byte *map(std::size_t size) noexcept {
-    constexpr int kind = MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE;
-    void *const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, kind, -1, 0);
-    return memory == MAP_FAILED ? nullptr : static_cast<std::byte *>(memory);
-}
-
-// The system puts a mapping next to the one before, so most are aligned by themselves.
-std::byte *map_block() noexcept {
-    std::byte *const memory = map(block_size);
-    std::size_t const over = reinterpret_cast<std::uintptr_t>(memory) % block_size;
-    if (over == 0) return memory;
-    ::munmap(memory, block_size);
-    std::byte *const twice = map(2 * block_size);
-    if (!twice) return nullptr;
-    std::size_t const before = -reinterpret_cast<std::uintptr_t>(twice) % block_size;
-    if (before != 0) ::munmap(twice, before);
-    ::munmap(twice + before + block_size, block_size - before);
-    return twice + before;
-}
-
 // A new block, the first of its ring. False when the system has no more memory.
 bool add_block(cBlock *&ring, std::size_t size) noexcept {
-    std::byte *const memory = map_block();
+    auto *const memory = static_cast<std::byte *>(cat::pool::take_block());
     if (!memory) return false;
     auto const cell_size = static_cast<std::uint32_t>((size + step - 1) / step * step);
     auto *const block =
@@ -101,16 +82,17 @@ bool add_block(cBlock *&ring, std::size_t size) noexcept {
 }
 
 // The block has its first free cell, or all of them.
-[[gnu::noinline]] void rearrange(cBlock *block, cBlock *first) noexcept {
-    if (block == first) return;
-    cBlock *next = block->next;
-    block->unlink();
+[[gnu::noinline]] void rearrange(cBlock *block, cBlock *&ring) noexcept {
     if (block->living == 0) {
-        if (::munmap(block, block_size) == 0) return; // else it has too many mappings already
-    } else if (!block->has_fresh()) {
-        next = first->next;
+        bool const is_last = block->next == block;
+        if (block == ring) ring = is_last ? nullptr : block->next;
+        block->unlink();
+        return cat::pool::give_block(block);
     }
-    block->link_before(next);
+    if (block == ring) return;
+    cBlock *const next = block->next;
+    block->unlink();
+    block->link_before(block->has_fresh() ? next : ring->next);
 }
 
 template <class Visit> void visit_blocks(Visit visit) {

@@ -1,19 +1,19 @@
 #pragma once
-// The pool: small cells of memory, cut from blocks that the system gives and gets back whole.
+// The pool: small cells of memory, cut from blocks of one size of cell each.
 //
-// Each size in steps of 8 bytes has its own blocks, 64 KiB each and aligned to that, so the block
-// of a cell is found from the cell's address. A cell has no header. A size's blocks form a ring,
-// which begins at the block that cells are taken from:
+// Each size in steps of 8 bytes has its own blocks (base/platform/cregion.h), so the block of a
+// cell is found from the cell's address. A cell has no header. A size's blocks form a ring, which
+// begins at the block that cells are taken from:
 //
-//   first block (with room or full)   blocks with room   full blocks   and around to the first
+//   first block (with room or full), blocks with room, full blocks, and around to the first
 //
-//   a cell is taken from the first block; if that is full, the ring begins at the next one with
-//   room a cell comes back to a full block: the block moves to the place after the first a block's
-//   last cell comes back: the system gets the block, unless it is the first
+//   A cell is taken from the first block; if that is full, the ring begins at the next one with
+//   room. A cell comes back to a full block: the block moves to the place after the first. A
+//   block's last cell comes back: the block goes back as well.
 //
-// So at most one empty block of each size stays, and what a program frees goes back to the system
-// in whatever order. A cell is aligned to 16 bytes if its size is a multiple of 16, else to 8: all
-// that a type of that size can need, up to the default alignment.
+// What a program frees goes back to the system in whatever order. A cell is aligned to 16 bytes if
+// its size is a multiple of 16, else to 8: all that a type of that size can need, up to the default
+// alignment.
 
 #include <cstddef>
 

@@ -20,6 +20,7 @@ namespace {
 using namespace cat::pool;
 
 constexpr std::size_t cells_of_a_block = 64 * 1024 / largest_cell; // at most, of the largest size
+constexpr std::size_t cells_of_a_region = 32 * cells_of_a_block;
 
 std::uintptr_t block_of(void const *cell) {
     return reinterpret_cast<std::uintptr_t>(cell) / (64 * 1024);
@@ -35,16 +36,16 @@ void give_all(std::vector<void *> const &cells, std::size_t size) {
     for (void *const cell : cells) give(cell, size);
 }
 
-// Blocks of the largest size that stay: at most the one that cells are taken from.
+// One cell of the largest size is taken all the time: so a block of that size stays.
 class Pool : public testing::Test {
   protected:
-    void SetUp() override {
-        give(take(largest_cell), largest_cell);
-        before_ = blocks();
+    void TearDown() override {
+        EXPECT_EQ(blocks(), before_);
+        give(held_, largest_cell);
     }
-    void TearDown() override { EXPECT_EQ(blocks(), before_); }
 
-    std::size_t before_ = 0;
+    void *const held_ = take(largest_cell);
+    std::size_t const before_ = blocks();
 };
 
 TEST_F(Pool, a_size_has_a_cell_up_to_the_next_multiple_of_8) {
@@ -54,7 +55,6 @@ TEST_F(Pool, a_size_has_a_cell_up_to_the_next_multiple_of_8) {
         EXPECT_EQ(size_of(cell), whole) << size;
         std::memset(cell, 0xFF, whole);
         give(cell, size);
-        before_ = blocks(); // a size that was never used has a block from now on
     }
 }
 
@@ -65,7 +65,6 @@ TEST_F(Pool, cells_of_whole_sixteens_are_aligned_to_16_and_others_to_8) {
             EXPECT_EQ(reinterpret_cast<std::uintptr_t>(cell) % (size % 16 == 0 ? 16 : 8), 0u);
         give_all(cells, size);
     }
-    before_ = blocks();
 }
 
 TEST_F(Pool, the_cell_that_came_back_last_is_taken_first) {
@@ -91,9 +90,9 @@ TEST_F(Pool, cells_do_not_overlap) {
 
 TEST_F(Pool, a_full_block_is_followed_by_another) {
     std::vector<void *> cells = {take(largest_cell)};
-    while (block_of(cells.back()) == block_of(cells.front())) cells.push_back(take(largest_cell));
-    EXPECT_EQ(cells.size(),
-              cells_of_a_block); // its header has the room of one, the last is outside
+    while (block_of(cells.back()) == block_of(held_)) cells.push_back(take(largest_cell));
+    // The header has the room of one, one is held, and the last is outside.
+    EXPECT_EQ(cells.size(), cells_of_a_block - 1);
     EXPECT_EQ(blocks(), before_ + 1);
     give_all(cells, largest_cell);
 }
@@ -160,12 +159,12 @@ void free_cells() {
 TEST_F(Pool, without_more_memory_taking_throws_and_the_pool_stays_in_order) {
     if (test::sanitized) return; // the sanitizer maps memory for itself
     std::vector<void *> cells;
-    cells.reserve(2 * cells_of_a_block);
+    cells.reserve(2 * cells_of_a_region);
     bool thrown = false;
     {
         cNoMoreMemory const limited;
         try {
-            while (cells.size() < 2 * cells_of_a_block) cells.push_back(take(largest_cell));
+            while (cells.size() < 2 * cells_of_a_region) cells.push_back(take(largest_cell));
         } catch (std::bad_alloc const &) {
             thrown = true;
         }
@@ -177,15 +176,15 @@ TEST_F(Pool, without_more_memory_taking_throws_and_the_pool_stays_in_order) {
 
 TEST_F(Pool, without_more_memory_the_new_handler_may_free_cells) {
     if (test::sanitized) return; // the sanitizer maps memory for itself
-    std::vector<void *> cells = take_all(cells_of_a_block, largest_cell);
-    std::size_t const most = blocks();
-    cells.reserve(4 * cells_of_a_block);
+    std::vector<void *> cells = take_all(cells_of_a_region, largest_cell);
+    std::size_t const most = blocks() + 32; // what is left of a region can be taken without memory
+    cells.reserve(4 * cells_of_a_region);
     cells_to_free = &cells;
     std::set_new_handler(free_cells);
     void *last = nullptr;
     {
         cNoMoreMemory const limited;
-        while (std::get_new_handler() && cells.size() < 4 * cells_of_a_block)
+        while (std::get_new_handler() && cells.size() < 4 * cells_of_a_region)
             cells.push_back(last = take(largest_cell));
     }
     EXPECT_EQ(cells, std::vector<void *>{last}); // taken after the handler had freed all others
