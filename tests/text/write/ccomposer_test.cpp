@@ -343,7 +343,8 @@ TEST_F(ComposedAndNot, streams_with_settings_of_their_own_are_the_same) {
 
 TEST_F(ComposedAndNot, long_strings_and_deep_indents_are_the_same) {
     objref const root = new_map();
-    for (size_t size : {1000, 1023, 1024, 2045, 2046, 2047, 4093, 4094, 4095, 4096, 4097, 9000}) {
+    for (size_t const size : std::initializer_list<size_t>{1000, 1023, 1024, 2045, 2046, 2047, 4093,
+                                                           4094, 4095, 4096, 4097, 9000}) {
         put(root, "k" + std::to_string(size), cat::of(std::string(size, '\'')));
         put(root, std::string(size, 'n'), cat::of(std::string(size, 'x')));
     }
