@@ -71,7 +71,7 @@ std::string const *find_comment(cObj const &obj, cComposer &out, std::string &ma
 
 // A container over many lines.
 bool many_lines(cObj const &value) {
-    if (!value.typeflags_of(tf_container)) return false;
+    if (!value.type().flags_of(tf_container)) return false;
     cExactTables const *const tables = cExactRun::tables();
     return *cat::wformat(value) != 's' || (tables && tables->relaid.has(&value));
 }
@@ -154,9 +154,12 @@ class cEntryWriter {
     using cMade = std::optional<std::string>; // text made before; without: written straight away
 
     void entries();
+    bool is_composed(cAttrNode const &node);
+    void composed_entry(cAttrNode const &node);
     void plain_entry(cAttrNode const &node);
     void plain_value(cAttrNode const &node);
     void put_plain_value(cObj const &value);
+    cLineCollector &collected();
     void begin_entry(bool apart = false);
     void end_entry(cAttrNode const &node);
     void exact_entry(cAttrNode const &node);
@@ -202,21 +205,53 @@ void cEntryWriter::run() {
 void cEntryWriter::run_collected(cLineCollector &collector, cComposer &into) {
     collector_ = &collector;
     out_ = &into; // of the collector's stream
-    container_ = collector.open(holder_ ? comment_of(*holder_) : cLineCollector::cComment());
+    container_ = collected().open(holder_ ? comment_of(*holder_) : cLineCollector::cComment());
     entries();
-    if (collector.close(container_, state_.indent()) && holder_) tables_->relaid.insert(holder_);
+    if (collected().close(container_, state_.indent()) && holder_) tables_->relaid.insert(holder_);
+}
+
+// All text before is in it.
+cLineCollector &cEntryWriter::collected() {
+    out_->hand_over();
+    return *collector_;
 }
 
 void cEntryWriter::entries() {
     cWriteLevel const level;
     for (cAttrNode *node = hash_.first(); node;) {
         cHoldNode const hold(node), hold_ahead(hash_.next(node));
-        if (tables_)
+        if (is_composed(*node))
+            composed_entry(*node);
+        else if (tables_)
             exact_entry(*node);
         else
             plain_entry(*node);
         node = node->is_dead() ? hold_ahead.living() : hash_.next(node);
     }
+}
+
+// Can the entry be composed right away? Neither key nor value is a constant, or refused, or entered
+// as written, and no user code can ask for the path.
+bool cEntryWriter::is_composed(cAttrNode const &node) {
+    if (!out_->composing() || !owns_ || !is_token(node.value())) return false;
+    bool const keyed = !listed_;
+    objref const &key = node.key();
+    if (keyed && !(is_token(*key) && is_lone(key))) return false;
+    if (tables_ ? keyed && !exact_key(key, true) : is_hidden(*key)) return false;
+    if (tables_ && !has_token(node.value())) return false;
+    open_.begin_entry(node);
+    return !open_.is_entered_by_caller(node.value());
+}
+
+void cEntryWriter::composed_entry(cAttrNode const &node) {
+    begin_entry();
+    if (!listed_) {
+        write_token(*node.key(), *out_);
+        out_->put("= ");
+    }
+    write_token(node.value(), *out_);
+    open_.end_value();
+    end_entry(node);
 }
 
 void cEntryWriter::plain_entry(cAttrNode const &node) {
@@ -268,7 +303,7 @@ void cEntryWriter::put_plain_value(cObj const &value) {
 
 void cEntryWriter::begin_entry(bool apart) {
     if (collector_)
-        collector_->entry(container_, state_.indent(), apart);
+        collected().entry(container_, state_.indent(), apart);
     else if (lines_)
         out_->put_blanks(state_.indent());
     ++count_;
@@ -277,14 +312,14 @@ void cEntryWriter::begin_entry(bool apart) {
 void cEntryWriter::end_entry(cAttrNode const &node) {
     out_->put(listed_ ? ',' : ';');
     cObj const &value = node.value(); // another one, if it was replaced meanwhile
-    if (collector_) return collector_->after(container_, many_lines(value), comment_of(value));
+    if (collector_) return collected().after(container_, many_lines(value), comment_of(value));
     if (!lines_) {
         out_->put(' ');
         return;
     }
     if (many_lines(value))
         out_->put(' ');
-    else
+    else if (value.has_ommap())
         put_comment(*out_, value);
     out_->end_line();
 }
@@ -435,8 +470,8 @@ void cEntryWriter::put_parts(cAttrNode const &node, cMade const &key, cMade cons
 // --- one-line containers in exact text ---
 
 bool cEntryWriter::is_flat_token(objref const &ref) const {
-    if (!ref || !is_lone(ref) || ref->has_ommap() || !ref->typeflags_of(tf_bare)) return false;
-    if (!is_scalar(form_of(*ref)) || !has_token(*ref)) return false;
+    if (!ref || !is_lone(ref) || ref->has_ommap() || !is_token(*ref) || !has_token(*ref))
+        return false;
     std::string const *const text = value_of<std::string>(*ref);
     return !text || text->find('\n') == std::string::npos;
 }
@@ -446,7 +481,8 @@ bool cEntryWriter::is_flat() const {
     if (holder_ && holder_->has_ommap() && !cObj::is_void(holder_->omember("//"))) return false;
     for (cAttrNode const *node = hash_.first(); node; node = hash_.next(node)) {
         if (!is_flat_token(node->valref())) return false;
-        if (!listed_ && (!is_flat_token(node->key()) || !exact_key(node->key()))) return false;
+        if (!listed_ && (!is_flat_token(node->key()) || !exact_key(node->key(), true)))
+            return false;
     }
     return true;
 }

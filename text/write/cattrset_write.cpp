@@ -32,8 +32,11 @@ bool write_exact_default(std::ostream &os, cObj const &value) {
     std::string text;
     cTextStream part(text);
     part.copyfmt(os);
-    cComposer out(part);
-    if (exact_writable(value) && write_form(value, out) && !part.fail()) { // RUNS USER CODE
+    auto const write = [&part, &value] {
+        cComposer out(part);
+        return write_form(value, out); // RUNS USER CODE
+    };
+    if (exact_writable(value) && write() && !part.fail()) {
         os << "default=" << text << "; ";
         return true;
     }

@@ -11,8 +11,7 @@
 #include <typeinfo>
 
 namespace {
-// The stream gets its text in pieces of about this size.
-constexpr size_t large = size_t{1} << 16;
+constexpr size_t buffer_size = 2 * cComposer::most_space;
 
 // A tied stream is flushed, and an exception thrown, at a moment that could be seen.
 bool formats_as_fresh(std::ostream const &os) {
@@ -24,29 +23,46 @@ bool formats_as_fresh(std::ostream const &os) {
 
 void cComposer::look_again() {
     begun_ = true;
-    text_ = nullptr;
-    std::streambuf *const buffer = os_->rdbuf();
+    hand_over();
+    at_ = end_ = nullptr;
+    std::streambuf const *const buffer = os_->rdbuf();
     if (!buffer || !formats_as_fresh(*os_) || cat::is_on(cat::io_channel)) return;
-    if (typeid(*buffer) == typeid(cTextBuffer))
-        text_ = &static_cast<cTextBuffer *>(buffer)->text();
-    else if (typeid(*buffer) == typeid(std::stringbuf))
-        text_ = &own_;
+    if (typeid(*buffer) != typeid(cTextBuffer) && typeid(*buffer) != typeid(std::stringbuf)) return;
+    if (!buffer_) buffer_.reset(new char[buffer_size]);
+    at_ = buffer_.get();
+    end_ = at_ + buffer_size;
 }
 
 void cComposer::hand_over() {
-    if (own_.empty()) return;
-    os_->write(own_.data(), static_cast<std::streamsize>(own_.size()));
-    own_.clear();
+    if (!composing() || at_ == buffer_.get()) return;
+    os_->write(buffer_.get(), at_ - buffer_.get());
+    at_ = buffer_.get();
+    // A buffer that takes nothing: of several pieces, those after the first set this bit.
+    if (os_->bad()) os_->setstate(std::ios_base::failbit);
 }
 
-void cComposer::end_composed_line() {
-    text_->push_back('\n');
-    if (own_.size() >= large) hand_over();
+void cComposer::put_slowly(char c) {
+    if (composing())
+        put(std::string_view(&c, 1));
+    else
+        *os_ << c;
+}
+
+void cComposer::put_slowly(std::string_view text) {
+    if (!composing()) {
+        *os_ << text;
+        return;
+    }
+    hand_over();
+    if (text.size() < buffer_size)
+        at_ = std::copy(text.begin(), text.end(), at_);
+    else
+        os_->write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
 void cComposer::put_unformatted(std::string_view text) {
-    if (text_)
-        text_->append(text);
+    if (composing())
+        put(text);
     else
         os_->write(text.data(), static_cast<std::streamsize>(text.size()));
 }
@@ -55,17 +71,15 @@ void cComposer::put_blanks(int count) {
     static constexpr char blanks[] =
         "                                                                ";
     constexpr int most = sizeof blanks - 1;
-    if (text_ && count > 0)
-        text_->append(static_cast<size_t>(count), ' ');
-    else
-        for (; count > 0; count -= most) os_->write(blanks, std::min(count, most));
+    for (; count > 0; count -= most)
+        put_unformatted(std::string_view(blanks, static_cast<size_t>(std::min(count, most))));
 }
 
 cUserCode::cUserCode(cComposer &out) : out_(&out), composing_(out.composing()) {
     text_state().settle();
     enter_written_so_far();
     out.hand_over();
-    out.text_ = nullptr;
+    out.at_ = out.end_ = nullptr;
 }
 
 cUserCode::~cUserCode() {

@@ -1,16 +1,18 @@
 #pragma once
 // The text of one call of the writer, on its way to a stream.
 //
-// Where nobody can see the difference, the text is composed in a string, and the stream gets it in
-// a few large pieces, without flushes: in the library's own buffers, whose string is appended to
-// directly, and in a std::stringbuf, if the stream is good and formats as a fresh classic one does.
-// Every other stream gets each piece and each flush by itself, since its buffer may count them.
+// Where nobody can see the difference, the text is composed in a buffer, and the stream gets it in
+// large pieces, without flushes: for the library's own streams into strings, and for a
+// std::stringbuf, if the stream is good and formats as a fresh classic one does. Every other stream
+// gets each piece and each flush by itself, since its buffer may count them.
 //
 // User code runs inside a cUserCode: it finds all text before it in the stream, and every value
 // that was written entered as written.
 
+#include <algorithm>
+#include <cstddef>
+#include <memory>
 #include <ostream>
-#include <string>
 #include <string_view>
 
 class cComposer {
@@ -24,31 +26,37 @@ class cComposer {
     void begin() {
         if (!begun_) look_again();
     }
-    bool composing() const noexcept { return text_ != nullptr; }
-    std::string &text() noexcept { return *text_; } // while composing: to be appended to
+    bool composing() const noexcept { return at_ != nullptr; }
+    // While composing: space for so many characters, at most `most_space`, and how far it was used.
+    static constexpr size_t most_space = size_t{1} << 11;
+    char *space(size_t count) {
+        if (static_cast<size_t>(end_ - at_) < count) hand_over();
+        return at_;
+    }
+    void use_to(char *end) noexcept { at_ = end; }
 
     void put(char c) {
-        if (text_)
-            text_->push_back(c);
+        if (at_ != end_)
+            *at_++ = c;
         else
-            *os_ << c;
+            put_slowly(c);
     }
     void put(std::string_view text) {
-        if (text_)
-            text_->append(text);
+        if (text.size() < static_cast<size_t>(end_ - at_))
+            at_ = std::copy(text.begin(), text.end(), at_);
         else
-            *os_ << text;
+            put_slowly(text);
     }
     void put_unformatted(std::string_view text); // ignores the stream's width
     void put_blanks(int count);
     void end_line() {
-        if (text_)
-            end_composed_line();
+        if (composing())
+            put('\n');
         else
             *os_ << std::endl;
     }
     void flush() {
-        if (!text_) os_->flush();
+        if (!composing()) os_->flush();
     }
 
     // The stream itself. What is written to it comes after text that was handed over.
@@ -59,12 +67,14 @@ class cComposer {
   private:
     friend class cUserCode;
 
-    void end_composed_line();
+    void put_slowly(char c);
+    void put_slowly(std::string_view text);
 
     std::ostream *os_;
-    std::string *text_ = nullptr; // own_, or that of the library's buffer; null: not composing
+    std::unique_ptr<char[]> buffer_;
+    char *at_ = nullptr; // the free part of the buffer; null: not composing
+    char *end_ = nullptr;
     bool begun_ = false;
-    std::string own_;
 };
 
 // Around everything that can run user code: methods of other types, converters, slots of errors.

@@ -19,25 +19,22 @@
 #include <string_view>
 
 namespace {
-constexpr signed char by_guards = -1;
-
-constinit unsigned int guards = 0;
 constinit unsigned int all_failed = 0;
-constinit signed char forced = by_guards; // or 0, 1: the form that a cTextForm asks for
 constinit cExactTables *the_tables = nullptr;
 } // namespace
 
+constinit unsigned int cTextForm::guards_ = 0;
+constinit signed char cTextForm::forced_ = by_guards;
+
 namespace cat {
-ExactText::ExactText() noexcept : failed_before_(all_failed) { ++guards; }
-ExactText::~ExactText() { --guards; }
+ExactText::ExactText() noexcept : failed_before_(all_failed) { ++cTextForm::guards_; }
+ExactText::~ExactText() { --cTextForm::guards_; }
 unsigned int ExactText::failed() const noexcept { return all_failed - failed_before_; }
-bool ExactText::active() noexcept { return guards > 0; }
+bool ExactText::active() noexcept { return cTextForm::guards_ > 0; }
 } // namespace cat
 
-cTextForm::cTextForm(bool exact) noexcept : before_(forced) { forced = exact ? 1 : 0; }
-cTextForm::~cTextForm() { forced = before_; }
-
-bool exact_text() noexcept { return forced == by_guards ? guards > 0 : forced == 1; }
+cTextForm::cTextForm(bool exact) noexcept : before_(forced_) { forced_ = exact ? 1 : 0; }
+cTextForm::~cTextForm() { forced_ = before_; }
 
 cExactRun::cExactRun() : outermost_(!the_tables) {
     if (outermost_) the_tables = new cExactTables;
@@ -87,7 +84,7 @@ bool is_one_of(cTypeObj const *type, std::initializer_list<cTypeObj const *> typ
 } // namespace
 
 void report_unwritable(std::string const &path) {
-    if (forced != by_guards) return;
+    if (cTextForm::forced_ != cTextForm::by_guards) return;
     ++all_failed;
     raise_unwritable(path);
 }
@@ -102,6 +99,7 @@ void report_too_deep() {
 }
 
 bool exact_writable(cObj const &obj, bool lone) {
+    if (lone && is_token(obj)) return has_token(obj);
     cAttrNode const *const constant = lone ? nullptr : cat::find_const(&obj);
     if (constant) return constant_writable(*constant);
     if (!obj.is_writable()) return false;
@@ -109,8 +107,8 @@ bool exact_writable(cObj const &obj, bool lone) {
     return has_token(obj) && exact_declared(obj);
 }
 
-bool exact_key(objref const &key) {
-    if (!key || !key->type().is_keytype() || !exact_writable(*key)) return false;
+bool exact_key(objref const &key, bool lone) {
+    if (!key || !key->type().is_keytype() || !exact_writable(*key, lone)) return false;
     return !is_hidden(*key);
 }
 

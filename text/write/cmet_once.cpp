@@ -26,7 +26,8 @@ cOpenContainer::cOpenContainer(cAttrHash const &hash, cAbout const &about)
     else if (!about.composed)
         enter_written_so_far();
     innermost = this;
-    if (enters_all()) mark_open();
+    // It can be met again if it is shared, or in a hash that is.
+    if (enters_all() || (outer_ && outer_->enters_all())) mark_open();
 }
 
 cOpenContainer::~cOpenContainer() {

@@ -24,9 +24,7 @@
 #include <type_traits>
 
 namespace {
-// Enough for every form used here: sign, 17 digits, point, exponent; fixed notation is used only
-// for small exponents.
-using cBuffer = char[64];
+using cBuffer = char[most_number_text];
 
 // --- tokens ---
 
@@ -115,9 +113,7 @@ char *put_exponent(char *to, int exponent) {
 }
 
 // In the form "%#.6g".
-void append_rounded(std::string &out, cRounded const &number) {
-    cBuffer buffer;
-    char *to = buffer;
+char *put_rounded(char *to, cRounded const &number) {
     if (number.negative) *to++ = '-';
     char const *from = number.digits, *const end = from + digit_count;
     int const exponent = number.exponent;
@@ -133,19 +129,18 @@ void append_rounded(std::string &out, cRounded const &number) {
         *to++ = '.';
     }
     to = std::copy(from, end, to);
-    if (!fixed) to = put_exponent(to, exponent);
-    out.append(buffer, to);
+    return fixed ? to : put_exponent(to, exponent);
 }
 
-template <class T> void append_shortest(std::string &out, T value) {
-    cBuffer buffer;
-    auto const result = std::to_chars(buffer, buffer + sizeof buffer, value);
-    std::string_view const text(buffer, static_cast<size_t>(result.ptr - buffer));
-    size_t const exponent = text.find('e');
-    std::string_view const number = text.substr(0, exponent);
-    out.append(number);
-    if (number.find('.') == std::string_view::npos) out.append(".0");
-    if (exponent != std::string_view::npos) out.append(text.substr(exponent));
+// The shortest text with a point in it that reads back.
+template <class T> char *put_shortest(char *to, T value) {
+    char *const end = std::to_chars(to, to + most_number_text, value).ptr;
+    char *const exponent = std::find(to, end, 'e');
+    if (std::find(to, exponent, '.') != exponent) return end;
+    std::copy_backward(exponent, end, end + 2);
+    exponent[0] = '.';
+    exponent[1] = '0';
+    return end + 2;
 }
 
 template <class T> void append_exact_floating(std::string &out, std::string const &plain, T value) {
@@ -154,7 +149,8 @@ template <class T> void append_exact_floating(std::string &out, std::string cons
         out += plain;
         return;
     }
-    append_shortest(out, value);
+    cBuffer buffer;
+    out.append(buffer, put_shortest(buffer, value));
     if (std::is_same_v<T, float>) out += 'f';
 }
 
@@ -170,10 +166,10 @@ template <class T> bool survives(cRounded const &number, T value) {
     int const power = number.exponent - (digit_count - 1);
     if (power == 0 && number.negative) return false; // "-123456."
     if (power < -exact_powers<T> || power > exact_powers<T>) {
-        std::string plain;
-        append_rounded(plain, number);
-        if (std::is_same_v<T, float>) plain += 'f';
-        return reads_as(plain, value);
+        cBuffer plain;
+        char *end = put_rounded(plain, number);
+        if (std::is_same_v<T, float>) *end++ = 'f';
+        return reads_as(std::string_view(plain, static_cast<size_t>(end - plain)), value);
     }
     int digits = 0;
     for (char const c : number.digits) digits = digits * 10 + (c - '0');
@@ -183,24 +179,19 @@ template <class T> bool survives(cRounded const &number, T value) {
     return read == std::fabs(value);
 }
 
-template <class T> bool append_exact_floating(std::string &out, T value) {
-    if (!std::isfinite(value)) return false;
+template <class T> char *put_exact_floating(char *to, T value) {
+    if (!std::isfinite(value)) return to;
     cRounded const number = rounded(static_cast<double>(value));
-    if (survives(number, value))
-        append_rounded(out, number);
-    else
-        append_shortest(out, value);
-    if (std::is_same_v<T, float>) out += 'f';
-    return true;
+    to = survives(number, value) ? put_rounded(to, number) : put_shortest(to, value);
+    if (std::is_same_v<T, float>) *to++ = 'f';
+    return to;
 }
 
 template <class T> bool is_finite(T const *value) { return value && std::isfinite(*value); }
 
 template <class T> void append_form(std::string &out, T value) {
-    if (exact_text())
-        append_exact(out, value);
-    else
-        append_number(out, value);
+    cBuffer buffer;
+    out.append(buffer, exact_text() ? put_exact_number(buffer, value) : put_number(buffer, value));
 }
 
 // --- strings ---
@@ -225,22 +216,24 @@ std::string const *string_of(cObj const &obj) {
     return &obj.type() == &cat::type_string() ? value_of<std::string>(obj) : nullptr;
 }
 
-void append_number(std::string &out, int value) {
-    cBuffer buffer;
-    auto const result = std::to_chars(buffer, buffer + sizeof buffer, value);
-    out.append(buffer, result.ptr);
+char *put_number(char *to, int value) {
+    return std::to_chars(to, to + most_number_text, value).ptr;
 }
 
-void append_number(std::string &out, double value) {
-    if (std::isfinite(value)) return append_rounded(out, rounded(value));
-    cBuffer buffer;
-    out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
+char *put_number(char *to, double value) {
+    if (std::isfinite(value)) return put_rounded(to, rounded(value));
+    return std::to_chars(to, to + most_number_text, value).ptr;
 }
 
-void append_number(std::string &out, float value) {
-    append_number(out, static_cast<double>(value));
-    out += 'f';
+char *put_number(char *to, float value) {
+    to = put_number(to, static_cast<double>(value));
+    *to++ = 'f';
+    return to;
 }
+
+char *put_exact_number(char *to, int value) { return put_number(to, value); }
+char *put_exact_number(char *to, double value) { return put_exact_floating(to, value); }
+char *put_exact_number(char *to, float value) { return put_exact_floating(to, value); }
 
 void append_exact(std::string &out, std::string const &plain, int value) {
     if (reads_as(plain, value))
@@ -257,37 +250,29 @@ void append_exact(std::string &out, std::string const &plain, float value) {
     append_exact_floating(out, plain, value);
 }
 
-bool append_exact(std::string &out, int value) {
-    append_number(out, value);
-    return true;
+// As cat::escape does it, without a copy.
+char *put_string(char *to, std::string const &text, bool exact) {
+    char const *from = text.data(), *const end = from + text.size();
+    char const *at = from;
+    if (at != end && (class_of(*at) & name_start))
+        while (at != end && (class_of(*at) & name_part)) ++at;
+    bool const name = at == end && !text.empty();
+    if (name && !(exact && (text == "true" || text == "false"))) return std::copy(from, end, to);
+    *to++ = '"';
+    to = std::copy(from, at, to);
+    for (; at != end; ++at) {
+        if ((class_of(*at) & escaped) || (exact && *at == '\n')) *to++ = '\\';
+        *to++ = *at;
+    }
+    *to++ = '"';
+    return to;
 }
 
-bool append_exact(std::string &out, double value) { return append_exact_floating(out, value); }
-
-bool append_exact(std::string &out, float value) { return append_exact_floating(out, value); }
-
-// As cat::escape does it, without a copy.
 void append_string(std::string &out, std::string const &text, bool exact) {
-    unsigned char any = 0, all = name_part;
-    for (char const c : text) {
-        any |= class_of(c);
-        all &= class_of(c);
-    }
-    bool const name = !text.empty() && (class_of(text.front()) & name_start) && all;
-    if (name && !(exact && (text == "true" || text == "false"))) {
-        out += text;
-        return;
-    }
-    out += '"';
-    if (!(any & escaped) && !exact) {
-        out += text;
-    } else {
-        for (char const c : text) {
-            if ((class_of(c) & escaped) || (exact && c == '\n')) out += '\\';
-            out += c;
-        }
-    }
-    out += '"';
+    size_t const before = out.size();
+    out.resize(before + most_string_text(text));
+    char *const end = put_string(out.data() + before, text, exact);
+    out.resize(static_cast<size_t>(end - out.data()));
 }
 
 char const *bool_text(cObj const &obj, bool value) {

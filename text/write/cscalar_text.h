@@ -27,18 +27,30 @@ bool append_scalar(std::string &out, cObj const &obj);
 // hold what the library's own method of its type writes.
 bool has_token(cObj const &obj);
 
-void append_number(std::string &out, int value);
-void append_number(std::string &out, double value); // as "%#.6g"
-void append_number(std::string &out, float value);  // the same and "f"
-// The exact form; false, and nothing, for infinity and NaN.
-bool append_exact(std::string &out, int value);
-bool append_exact(std::string &out, double value);
-bool append_exact(std::string &out, float value);
-// The same given the plain form that a stream with settings of its own makes; empty for those.
+// Texts are put into characters of the caller's; the result is their end. Enough for a number:
+// sign, 17 digits, point, exponent; fixed notation is used only for small exponents.
+constexpr size_t most_number_text = 40;
+constexpr size_t most_string_text(std::string const &text) { return 2 * text.size() + 2; }
+
+char *put_number(char *to, int value);
+char *put_number(char *to, double value); // as "%#.6g"
+char *put_number(char *to, float value);  // the same and "f"
+// The exact form; nothing for infinity and NaN.
+char *put_exact_number(char *to, int value);
+char *put_exact_number(char *to, double value);
+char *put_exact_number(char *to, float value);
+// Bare or in double quotes.
+char *put_string(char *to, std::string const &text, bool exact);
+
+// The same, appended to a string.
+template <class T> void append_number(std::string &out, T value) {
+    char text[most_number_text];
+    out.append(text, put_number(text, value));
+}
+void append_string(std::string &out, std::string const &text, bool exact);
+// The exact form, given the plain one that a stream with settings of its own made.
 void append_exact(std::string &out, std::string const &plain, int value);
 void append_exact(std::string &out, std::string const &plain, double value);
 void append_exact(std::string &out, std::string const &plain, float value);
-// Bare or in double quotes.
-void append_string(std::string &out, std::string const &text, bool exact);
 // "true", "#true" for cat::btrue() itself, and so on.
 char const *bool_text(cObj const &obj, bool value);

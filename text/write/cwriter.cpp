@@ -133,7 +133,9 @@ template <class T> std::string exact_form(std::ostream &os, T value) {
 template <class T> bool put_exact(cComposer &out, T value) {
     bool done = false;
     if (out.composing()) {
-        done = append_exact(out.text(), value);
+        char *const to = out.space(most_number_text), *const end = put_exact_number(to, value);
+        out.use_to(end);
+        done = end != to;
     } else {
         std::string const text = exact_form(out.stream(), value);
         out.put(text);
@@ -150,7 +152,7 @@ template <class T> bool write_number(cObj const &obj, cComposer &out) {
     if (!value) return false;
     if (exact_text()) return put_exact(out, *value);
     if (out.composing())
-        append_number(out.text(), *value);
+        out.use_to(put_number(out.space(most_number_text), *value));
     else
         put(out.stream(), *value);
     return true;
@@ -159,8 +161,9 @@ template <class T> bool write_number(cObj const &obj, cComposer &out) {
 bool write_text(cObj const &obj, cComposer &out) {
     std::string const *const value = value_of<std::string>(obj);
     if (!value) return false;
-    if (out.composing()) {
-        append_string(out.text(), *value, exact_text());
+    size_t const most = most_string_text(*value);
+    if (out.composing() && most <= cComposer::most_space) {
+        out.use_to(put_string(out.space(most), *value, exact_text()));
     } else {
         std::string text;
         append_string(text, *value, exact_text());

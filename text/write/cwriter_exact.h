@@ -10,6 +10,7 @@
 // forgotten, so that no back reference leads to it.
 
 #include "qrv/core/cobj.h"
+#include "qrv/text/write/cexacttext.h"
 
 #include <string>
 #include <unordered_map>
@@ -25,6 +26,14 @@ class cTextForm {
     ~cTextForm();
 
   private:
+    friend bool exact_text() noexcept;
+    friend class cat::ExactText;
+    friend void report_unwritable(std::string const &path);
+
+    static constexpr signed char by_guards = -1;
+    static constinit unsigned int guards_;
+    static constinit signed char forced_; // or 0, 1: the form that a cTextForm asks for
+
     signed char before_;
 };
 
@@ -32,13 +41,15 @@ class cTextForm {
 std::string path_text(objref const &key, bool exact);
 
 // Is exact text to be written now?
-bool exact_text() noexcept;
+inline bool exact_text() noexcept {
+    return cTextForm::forced_ < 0 ? cTextForm::guards_ > 0 : cTextForm::forced_ > 0;
+}
 
 // Can this object be written so that it reads back? Looks at the object alone, not below it. lone:
 // only a node owns it, so it isn't a constant.
 bool exact_writable(cObj const &obj, bool lone = false);
 // The same for a key. In a path only those of the second kind are found again.
-bool exact_key(objref const &key);
+bool exact_key(objref const &key, bool lone = false);
 // The same for what declarations add: the type of a specification has a name, and an attribute set
 // is one that its type, as it is declared now, reads as the same object. RUNS USER CODE
 bool exact_declared(cObj const &obj);

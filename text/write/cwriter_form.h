@@ -2,13 +2,15 @@
 // Who writes an object: the library itself, in one of its forms, or a method of its own or of its
 // type, which is user code to the writer.
 
+#include "core/cbuiltin.h"
 #include "core/cregistry.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/write/cscalar_text.h"
 
-enum class cForm : unsigned char { user, string, integer, dbl, single, boolean, map, vector, set };
+// The first ones in the order of cObjClass.
+enum class cForm : unsigned char { user, string, integer, single, dbl, boolean, map, vector, set };
 
 // What the method of the type writes.
 inline cForm form_of(cTypeObj const &type) {
@@ -35,12 +37,24 @@ inline cForm form_of(cObj const &obj) {
 inline bool is_container(cForm form) { return form >= cForm::map; }
 inline bool is_scalar(cForm form) { return form != cForm::user && !is_container(form); }
 
+// An object of the library's own string, number or bool: no name around its text, no user code.
+inline bool is_token(cObj const &obj) {
+    return cat::is_builtin(obj, cat::method_bit(mid_write)) && obj.type().flags_of(tf_bare) &&
+           obj.object_class() != cObjClass::map;
+}
+
+inline cForm form_of_token(cObj const &obj) {
+    static_assert(static_cast<int>(cForm::boolean) == static_cast<int>(cObjClass::boolean));
+    return static_cast<cForm>(obj.object_class());
+}
+
 // Such keys never appear in a plain text.
 inline bool is_hidden(cObj const &key) {
-    std::string const *const text = string_of(key);
+    if (&key.type() != core.string) return false;
+    std::string const *const text = value_of<std::string>(key);
     return text && !text->empty() && text->front() == '#';
 }
 
 inline bool appears_in_plain(cAttrNode const &node) {
-    return !is_hidden(*node.key()) && node.value().is_writable();
+    return !is_hidden(*node.key()) && (is_token(node.value()) || node.value().is_writable());
 }

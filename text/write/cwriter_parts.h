@@ -16,6 +16,9 @@ bool write_form(cObj const &obj, cComposer &out, bool lone = false);
 bool write_value(cObj const &obj, cComposer &out);
 // The standard methods of the library.
 bool write_scalar(cObj const &obj, cForm form, cComposer &out);
+inline bool write_token(cObj const &obj, cComposer &out) { // one that is_token()
+    return write_scalar(obj, form_of_token(obj), out);
+}
 bool write_container(cObj const &obj, cForm form, cComposer &out);
 
 // "#name" of a constant; false if the object isn't one.

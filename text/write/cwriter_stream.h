@@ -13,8 +13,6 @@ class cTextBuffer : public std::streambuf {
     cTextBuffer &operator=(cTextBuffer const &) = delete;
     ~cTextBuffer() override = default;
 
-    std::string &text() const noexcept { return *text_; }
-
   protected:
     int overflow(int c) override {
         if (c != traits_type::eof()) text_->push_back(traits_type::to_char_type(c));
