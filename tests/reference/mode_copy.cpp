@@ -1,0 +1,4 @@
+#include "tests/reference/world.h"
+namespace reference {
+void copy_mode() {}
+} // namespace reference

@@ -1,0 +1,4 @@
+#include "tests/reference/world.h"
+namespace reference {
+void hash_mode() {}
+} // namespace reference

@@ -1,0 +1,4 @@
+#include "tests/reference/world.h"
+namespace reference {
+void scan_mode() {}
+} // namespace reference
