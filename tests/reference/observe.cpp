@@ -5,7 +5,7 @@
 //   reference_observe --show MODE FIRST LAST  the whole transcripts
 //
 // MODE is read, write, copy, hash or scan. The same seed gives the same work everywhere. A seed
-// that takes longer than 20 seconds ends the process.
+// that takes longer than 5 seconds ends the process.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csignalobj.h"
@@ -26,9 +26,14 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <random>
 #include <sstream>
 #include <string>
 #include <unistd.h>
+
+// Hashes of texts that are seeded at random after an attack, and with them the keys that collide,
+// are the same in every process. The program's own definition comes before that of the runtime.
+unsigned std::random_device::_M_getval() { return 12345; }
 
 namespace reference {
 
@@ -190,7 +195,7 @@ int run(bool show, std::string const &mode, std::uint64_t first, std::uint64_t l
     }
     warm_up();
     for (std::uint64_t seed = first; seed <= last; ++seed) {
-        alarm(20);
+        alarm(5);
         run_seed(mode, seed);
         if (show)
             std::printf("==== %s %" PRIu64 "\n%s", mode.c_str(), seed, transcript().c_str());
