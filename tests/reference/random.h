@@ -21,9 +21,7 @@ class cRandom {
         return n ? static_cast<unsigned>((next() >> 32) * n >> 32) : 0;
     }
     bool one_in(unsigned n) { return below(n) == 0; }
-    template <class List> decltype(auto) pick(List const &list) {
-        return list[below(std::size(list))];
-    }
+    template <class List> decltype(auto) pick(List &list) { return list[below(std::size(list))]; }
 
   private:
     std::uint64_t state_;

@@ -79,6 +79,19 @@ void write_another() {
     say("  writes " + shown(text.substr(0, max_written)));
 }
 
+// While a container is written, only what `write` of a value is called for may go.
+void remove_while_writing() {
+    auto const &bags = world().bags;
+    if (bags.empty() || world().writing_keys) return;
+    objref const bag = objref::share(world().user.pick(bags));
+    auto &hash = static_cast<cMapObj &>(*bag).datamap();
+    cAttrNode const *const node = hash.findpos(world().user.below(hash.used() + 1));
+    if (!node) return;
+    objref const key = node->key();
+    say("  removes " + label(key) + " of " + label(bag));
+    hash.delitem(key);
+}
+
 void change_a_bag() {
     auto const &bags = world().bags;
     if (bags.empty()) return;
@@ -396,6 +409,8 @@ std::string text_so_far(std::ostream &os) {
 }
 
 bool user_write(cObj &obj, objref &args) {
+    cSetTmp<int> const key(world().writing_keys,
+                           world().writing_keys + (obj.type().is_keytype() ? 1 : 0));
     std::ostream *const os = output_of(args);
     cWriting const writing;
     say("write " + label(&obj) + (os ? " after " + text_so_far(*os) : " nowhere") +
@@ -429,6 +444,10 @@ bool user_write(cObj &obj, objref &args) {
         *os << cat::as_text(cat::of(0.1)) << ' ' << exact.failed();
         break;
     }
+    case 7:
+        remove_while_writing();
+        *os << "removed";
+        break;
     case 6:
         if (!world().bags.empty())
             world().user.pick(world().bags)->datamap().write_hash(*os, "sc", nullptr);
@@ -605,6 +624,7 @@ template <size_t n> bool call_before(cObj &obj, objref &arg) {
     cMethod const &method = replaced<n>();
     say(method.type().name() + "." + cTypeObj::name_of(method.id) + " " + label(&obj) + " with " +
         label(arg));
+    cSetTmp<int> const key(world().writing_keys, world().writing_keys + 1);
     act();
     return reinterpret_cast<cProcedure2>(method.before)(obj, arg);
 }

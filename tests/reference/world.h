@@ -23,6 +23,7 @@ struct cWorld {
     unsigned serial = 0;
     unsigned acts = 0;            // of user code, which does nothing more beyond a limit
     bool calm = false;            // user code only logs
+    int writing_keys = 0;         // no container may be changed at all
     int writing = 0;              // values are being written: containers must stay as they are
     std::vector<cBag *> bags;     // living containers of user classes
     std::vector<objref> written;  // values that user code may write once more
