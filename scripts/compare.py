@@ -143,6 +143,8 @@ def show_difference(states, mode, seeds, first, done):
     seed, start, both = shortest(states, mode, seeds, first)
     before = "" if start == seed else f", only in a process that begins with seed {start}"
     print(f"{mode}: {len(seeds)} of {done} seeds differ; seed {seed}{before}:")
+    if len(seeds) > 1:
+        print(f"  all: {' '.join(map(str, seeds[:20]))}")
     for line in both[0][:1]:
         print(f"  {line}")
     if both[0] == both[1]:

@@ -141,6 +141,14 @@ void work(cMode mode) {
 }
 } // namespace
 
+namespace {
+// Where a value that holds itself is copied until the stack ends, what happens depends on the sizes
+// of frames.
+bool stack_has_ended() {
+    return transcript().find("Nesting is too deep in object type") != std::string::npos;
+}
+} // namespace
+
 void run_seed(std::string const &mode, std::uint64_t seed) {
     transcript().clear();
     the_world = std::make_unique<cWorld>(seed);
@@ -164,6 +172,7 @@ void run_seed(std::string const &mode, std::uint64_t seed) {
         cat::errhandler().silent_mask(0);
         eros().clear();
     }
+    if (stack_has_ended()) transcript() = "the stack has ended\n";
     say("left " + std::to_string(static_cast<int>(cObjBase::ob_count() - census)) + " objects" +
         (cat::is_reading() ? ", still reading" : ""));
 }
