@@ -16,6 +16,7 @@ import argparse
 import concurrent.futures
 import difflib
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -159,13 +160,20 @@ def show_difference(states, mode, seeds, first, done):
     sys.stdout.flush()
 
 
-def compare(states, mode, first, last):
+def differs(states, mode, first, seed, ignored):
+    both = [[ignored.sub("", line) for line in state.transcript(mode, first, seed)] for state in states]
+    return both[0] != both[1]
+
+
+def compare(states, mode, first, last, ignored):
     """False at the first chunk with a difference, which is shown."""
     for begin in range(first, last + 1, CHUNK):
         end = min(begin + CHUNK - 1, last)
         with concurrent.futures.ThreadPoolExecutor(2) as pool:
             prints = list(pool.map(lambda state: state.fingerprints(mode, begin, end), states))
         seeds = [seed for seed in range(begin, end + 1) if prints[0].get(seed) != prints[1].get(seed)]
+        if ignored:
+            seeds = [seed for seed in seeds if differs(states, mode, begin, seed, ignored)]
         if seeds:
             show_difference(states, mode, seeds, begin, end - first + 1)
             return False
@@ -185,6 +193,7 @@ def main():
     parser.add_argument("--preset", default="release")
     parser.add_argument("--now", type=Path, default=ROOT, metavar="FOLDER",
                         help="other sources than these, which are built already")
+    parser.add_argument("--ignore", metavar="REGEX", help="pieces of lines that may differ")
     options = parser.parse_args()
     first, _, last = options.seeds.partition("-")
     modes = options.modes.split(",")
@@ -199,7 +208,8 @@ def main():
     compiler = os.environ.get("CXX", "g++")
     for state in states:
         state.build_program(compiler)
-    same = [compare(states, mode, int(first), int(last or first)) for mode in modes]
+    ignored = re.compile(options.ignore) if options.ignore else None
+    same = [compare(states, mode, int(first), int(last or first), ignored) for mode in modes]
     return 0 if all(same) else 1
 
 
