@@ -1,0 +1,53 @@
+#pragma once
+// What all pieces of work of one seed share, and the state of the process that is put back after
+// it.
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobj.h"
+#include "qrv/core/ctypeobj.h"
+#include "tests/reference/random.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace reference {
+
+class cBag;
+
+struct cWorld {
+    explicit cWorld(std::uint64_t seed) : input(seed), user(~seed) {}
+
+    cRandom input; // decides about the work, before it is done
+    cRandom user;  // decides what user code does when it is called
+    unsigned serial = 0;
+    unsigned acts = 0;            // of user code, which does nothing more beyond a limit
+    bool calm = false;            // user code only logs
+    int writing_keys = 0;         // no container may be changed at all
+    int writing = 0;              // values are being written: containers must stay as they are
+    std::vector<cBag *> bags;     // living containers of user classes
+    std::vector<objref> written;  // values that user code may write once more
+    cAttrHash *watched = nullptr; // what destructors look at
+};
+
+cWorld &world();
+
+// Around everything that writes.
+class cWriting {
+  public:
+    cWriting() { ++world().writing; }
+    cWriting(cWriting const &) = delete;
+    cWriting &operator=(cWriting const &) = delete;
+    ~cWriting() { --world().writing; }
+};
+
+// Runs one seed and leaves the process as it was.
+void run_seed(std::string const &mode, std::uint64_t seed);
+
+void read_mode();
+void write_mode();
+void copy_mode();
+void hash_mode();
+void scan_mode();
+
+} // namespace reference
