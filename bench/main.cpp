@@ -1,40 +1,131 @@
-// Runs all benchmarks. Loading the library redirects std::cout, and nobody fires sig_idle here, so
-// the report is written through a stream of its own on the C library's output.
-#include <benchmark/benchmark.h>
+// qrv_bench --works                what is measured, as JSON: [{work, sizes, timed, libraries}]
+// qrv_bench --write FOLDER         the data of the rows that are timed, as NAME.attr and NAME.json
+// qrv_bench WORK/SIZE LIBRARY      one round whose result is compared with the data, and for each
+// line
+//                                  of the input another one. A line of output for each: {entries,
+//                                  bytes} for the first, then the seconds that a round takes
+// qrv_bench WORK/SIZE              one round of ours alone, for callgrind: {entries}
+//
+// Each library is in a process of its own, whose heap no other has used; the caller takes them in
+// turn. The memory of the first round is all that the work takes: nothing is there from an earlier
+// one.
+#include "bench/data.h"
+#include "bench/row.h"
 
-#include <cstdio>
-#include <ostream>
-#include <streambuf>
+#include <malloc.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <fstream>
+
+double cRound::processor_seconds() {
+    timespec time;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+// What the C library's allocator has given out, with its headers, and whatever else is mapped for
+// writing: a library that maps pages past that allocator, or that keeps freed ones for itself, has
+// them counted too.
+long long cRound::memory_in_use() {
+    long long pages[6] = {}; // the last: data and stack
+    std::ifstream statm("/proc/self/statm");
+    for (long long &number : pages) statm >> number;
+    if (!statm) stop("/proc/self/statm cannot be read");
+    struct mallinfo2 const heap = mallinfo2();
+    auto const signed_size = [](std::size_t size) { return static_cast<long long>(size); };
+    return pages[5] * sysconf(_SC_PAGESIZE) - signed_size(heap.arena) + signed_size(heap.uordblks);
+}
 
 namespace {
 
-class cStdioBuffer : public std::streambuf {
-  public:
-    explicit cStdioBuffer(std::FILE *file) : file_(file) {}
+using nlohmann::json;
 
-  protected:
-    int overflow(int c) override { return c == EOF ? 0 : std::fputc(c, file_); }
-    std::streamsize xsputn(char const *text, std::streamsize size) override {
-        return static_cast<std::streamsize>(
-            std::fwrite(text, 1, static_cast<std::size_t>(size), file_));
+// std::cout belongs to the library.
+void print(json const &value) {
+    std::printf("%s\n", value.dump().c_str());
+    std::fflush(stdout);
+}
+
+std::vector<cWork> all_works() {
+    std::vector<cWork> works = text_works();
+    for (auto const &more : {object_works(), signal_works()})
+        works.insert(works.end(), more.begin(), more.end());
+    return works;
+}
+
+json names_of_works() {
+    json names = json::array();
+    for (cWork const &work : all_works()) {
+        names.push_back({{"work", work.name}, {"sizes", work.sizes}, {"timed", work.timed}});
+        for (cSide const &side : work.sides) names.back()["libraries"].push_back(side.library);
     }
-    int sync() override { return std::fflush(file_); }
+    return names;
+}
 
-  private:
-    std::FILE *file_;
-};
+void write_data(std::string const &folder) {
+    for (cWork const &work : text_works())
+        for (std::string const &name : work.timed) {
+            cData const data = data_of(name);
+            std::ofstream(folder + '/' + name + ".attr") << data.attr;
+            std::ofstream(folder + '/' + name + ".json") << data.json;
+        }
+}
+
+// The library's side of a row; ours without a library.
+cPrepared prepare(std::string const &row, std::string const &library = "qrv") {
+    auto const slash = std::min(row.find('/'), row.size() - 1);
+    for (cWork const &work : all_works())
+        for (cSide const &side : work.sides)
+            if (work.name == row.substr(0, slash) && side.library == library)
+                return side.prepare(row.substr(slash + 1));
+    stop("there is no row " + row + " of " + library);
+}
+
+// The median of as many rounds as fit in a tenth of a second, at least three: the first one pays for
+// what another process has left in the processor's caches.
+double turn(cPrepared const &side) {
+    std::vector<double> seconds;
+    auto const start = std::clock();
+    do {
+        cRound round;
+        side.rounds(round);
+        seconds.push_back(round.seconds());
+    } while (seconds.size() < 3 || std::clock() - start < CLOCKS_PER_SEC / 10);
+    auto const middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
+    std::nth_element(seconds.begin(), middle, seconds.end());
+    return *middle;
+}
+
+void run_in_turn(cPrepared const &side) {
+    {
+        cRound first;
+        side.rounds(first);
+        if (first.answer() != side.answer) stop("the result is not that of the data");
+        print({{"entries", side.entries}, {"bytes", first.bytes()}});
+    }
+    while (std::getchar() != EOF) print(turn(side));
+}
 
 } // namespace
 
 int main(int argc, char **argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-    cStdioBuffer out_buffer(stdout), error_buffer(stderr);
-    std::ostream out(&out_buffer), errors(&error_buffer);
-    benchmark::ConsoleReporter reporter(benchmark::ConsoleReporter::OO_Tabular);
-    reporter.SetOutputStream(&out);
-    reporter.SetErrorStream(&errors);
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    std::vector<std::string> const arguments(argv + 1, argv + argc);
+    if (arguments == std::vector<std::string>{"--works"}) {
+        print(names_of_works());
+    } else if (arguments.size() == 2 && arguments[0] == "--write") {
+        write_data(arguments[1]);
+    } else if (arguments.size() == 2) {
+        run_in_turn(prepare(arguments[0], arguments[1]));
+    } else if (arguments.size() == 1) {
+        cPrepared const side = prepare(arguments[0]);
+        cRound round;
+        side.rounds(round);
+        print({{"entries", side.entries}});
+    } else {
+        stop("the first lines of bench/main.cpp say how to call it");
+    }
     return 0;
 }

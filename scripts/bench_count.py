@@ -1,10 +1,14 @@
 #!/usr/bin/env python3
 """Counts the instructions of the library's benchmark rows with callgrind, one process for each row.
 
-Prints for each row: instructions of a round, instructions for each entry or slot. With --against FILE also
-the change to the counts that --save FILE has stored. The other libraries' rows are left out.
-Usage: bench_count.py PROGRAM [--benchmark_filter=REGEX] [--save FILE] [--against FILE]
-Exits with 1 when a row needs over 1 % more than the stored count, with 2 when it could not count.
+Prints for each row: instructions of a round, and for each entry or slot. Each work has rows at three sizes, a
+factor of ten apart: the instructions for each entry must not grow with them (bench_judge.py says how much). With
+--against FILE also the change to the counts that --save FILE has stored. With --large only a flat map of up to
+10,000,000 keys is read, in some minutes and 4 GB of memory. With --profile ROW only the functions that need the instructions
+of that row, in the form that bench/unmet.txt has.
+Usage: bench_count.py PROGRAM [--rows REGEX | --large] [--save FILE] [--against FILE]
+       bench_count.py PROGRAM --profile ROW
+Exits with 1 when a row needs over 1 % more than the stored count or grows, with 2 when it could not count.
 """
 import argparse
 import concurrent.futures
@@ -15,8 +19,13 @@ import re
 import shutil
 import subprocess
 import sys
+import tempfile
+
+import bench_judge
 
 MOST_PERCENT = 1.0
+LARGE = {"work": "read", "sizes": ["100000", "1000000", "10000000"]}
+PROFILED_PERCENT = 75  # of the instructions; the functions below that need little each
 
 
 def output_of(command, **options):
@@ -26,25 +35,30 @@ def output_of(command, **options):
     return done.stdout
 
 
-def rows_of(program, pattern):
-    names = output_of([program, "--benchmark_list_tests=true", f"--benchmark_filter={pattern}"]).split()
-    return [name for name in names if "_qrv/" in name]
+def ladders(program):
+    """The rows of each work, from the smallest size to the largest."""
+    return [[f"{work['work']}/{size}" for size in work["sizes"]] for work in json.loads(output_of([program, "--works"]))]
 
 
-def count(program, row):
-    """Instructions of one round of the row."""
-    said = output_of(
-        [shutil.which("valgrind") or "valgrind", "--tool=callgrind", "--collect-atstart=no", "--callgrind-out-file=/dev/null",
-         f"./{program.name}", f"--benchmark_filter=^{row}(/|$)"],
+def run(program, row, stored="/dev/null"):
+    """What callgrind and the program say about one round of the row."""
+    return output_of(
+        [shutil.which("valgrind") or "valgrind", "--tool=callgrind", "--instr-atstart=no", f"--callgrind-out-file={stored}",
+         f"./{program.name}", row],
         # The lengths of the path and of the environment move the stack, and some copies depend on its alignment.
         # A symbol that is bound at its first call would count in that round.
         cwd=program.parent, env={"LD_BIND_NOW": "1"},
     )
+
+
+def count(program, row):
+    """(instructions of one round of the row, its entries)."""
+    said = run(program, row)
     collected = re.search(r"Collected : (\d+)", said)
-    rounds = re.search(rf"^{row}/iterations:(\d+) ", said, re.M)
-    if not collected or int(collected[1]) == 0 or not rounds:
+    entries = re.search(r'^\{"entries":(\d+)\}$', said, re.M)
+    if not collected or int(collected[1]) == 0 or not entries:
         raise RuntimeError(f"callgrind has not counted {row}:\n{said}")
-    return int(collected[1]) / int(rounds[1])
+    return int(collected[1]), int(entries[1])
 
 
 def change(instructions, before):
@@ -54,39 +68,65 @@ def change(instructions, before):
     return f"{100 * (instructions / before - 1):+.2f} %", instructions > before * (1 + MOST_PERCENT / 100)
 
 
+def growth(ladder, each):
+    """(name, why the work grows too much or None). `each` has the instructions for each entry of its rows."""
+    times = each[ladder[-1]] / each[ladder[0]]
+    too_much = f"{times:.2f} times the instructions of {ladder[0]} for each entry, more than {bench_judge.MUST_GROWTH}"
+    return f"growth {ladder[-1]}", too_much if times > bench_judge.MUST_GROWTH else None
+
+
+def profile(program, row):
+    with tempfile.TemporaryDirectory() as folder:
+        run(program, row, f"{folder}/out")
+        text = output_of(["callgrind_annotate", f"--threshold={PROFILED_PERCENT}", f"{folder}/out"])
+    print(row)
+    for percent, function in re.findall(r"^\s*[\d,]+ \(\s*([\d.]+)%\)\s+\S*?:(.*?)(?: \[.*\])?$", text, re.M):
+        print(f"   {float(percent):5.1f} %  {function}")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("program", type=pathlib.Path)
-    parser.add_argument("--benchmark_filter", default=".", metavar="REGEX")
+    parser.add_argument("--rows", default=".", metavar="REGEX")
+    parser.add_argument("--large", action="store_true")
     parser.add_argument("--save", type=pathlib.Path, metavar="FILE")
     parser.add_argument("--against", type=pathlib.Path, metavar="FILE")
+    parser.add_argument("--profile", metavar="ROW")
     arguments = parser.parse_args()
     program = arguments.program.resolve()
     try:
+        if arguments.profile:
+            profile(program, arguments.profile)
+            return 0
         before = json.loads(arguments.against.read_text(encoding="utf-8")) if arguments.against else {}
-        rows = rows_of(program, arguments.benchmark_filter)
+        unmet = {row: percents for row, percents in bench_judge.read_unmet().items() if row.startswith("growth ")}
+        all_ladders = [[f"{LARGE['work']}/{size}" for size in LARGE["sizes"]]] if arguments.large else ladders(program)
+        rows = [row for ladder in all_ladders for row in ladder if re.search(arguments.rows, row)]
         if not rows:
-            raise RuntimeError(f"no row of the library matches {arguments.benchmark_filter}")
+            raise RuntimeError(f"no row of the library matches {arguments.rows}")
         if arguments.against and not set(rows) & set(before):
             raise RuntimeError(f"{arguments.against} has none of these rows")
-        counts, worse = {}, []
+        counts, each, worse = {}, {}, []
         print(f"{'row':24}{'instructions':>16}{'per entry':>14}{'change':>12}" if before else
               f"{'row':24}{'instructions':>16}{'per entry':>14}")
         with concurrent.futures.ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
-            for row, instructions in zip(rows, pool.map(lambda row: count(program, row), rows)):
-                counts[row] = instructions
-                entries = int(row.split("/")[1])
+            for row, (instructions, entries) in zip(rows, pool.map(lambda row: count(program, row), rows)):
+                counts[row], each[row] = instructions, instructions / entries
                 text, too_much = change(instructions, before.get(row)) if before else ("", False)
                 worse += [row] if too_much else []
-                print(f"{row:24}{instructions:16,.0f}{instructions / entries:14,.1f}{text:>12}".rstrip(), flush=True)
+                print(f"{row:24}{instructions:16,}{each[row]:14,.1f}{text:>12}".rstrip(), flush=True)
         if arguments.save:
             arguments.save.write_text(json.dumps(counts, indent=1) + "\n", encoding="utf-8")
     except (OSError, RuntimeError, ValueError) as error:
         print(f"bench_count: {error}", file=sys.stderr)
         return 2
-    for row in worse:
-        print(f"{row} needs over {MOST_PERCENT:.0f} % more instructions than in {arguments.against}")
-    return 1 if worse else 0
+    judged = dict(growth(ladder, each) for ladder in all_ladders if set(ladder) <= set(each))
+    known = {f"growth {ladder[-1]}" for ladder in all_ladders}
+    wrong = [f"{row} needs over {MOST_PERCENT:.0f} % more instructions than in {arguments.against}" for row in worse]
+    wrong += bench_judge.complaints(judged, {row: unmet[row] for row in unmet if row in judged or row not in known})
+    for line in wrong:
+        print(line)
+    return 1 if wrong else 0
 
 
 if __name__ == "__main__":

@@ -1,19 +1,23 @@
 #!/usr/bin/env python3
 """Runs bench_count.py on a made-up benchmark program below a made-up callgrind."""
 import os
+import shutil
 import subprocess
 import sys
 
 from checks_test import SCRIPTS, Tree
 
 PROGRAM = """#!/bin/sh
-[ "$1" = --benchmark_list_tests=true ] && { printf 'find_qrv/10\\nfind_json/10\\nread_qrv/100\\n'; exit; }
-case $2$1 in *find*) echo 'find_qrv/10/iterations:2 1 us' ;; *) echo 'read_qrv/100/iterations:1 1 us' ;; esac
+case $1 in
+--works) echo '[{"work": "find", "sizes": ["1", "10", "100"]}, {"work": "read", "sizes": ["1k", "10k", "100k"]}]' ;;
+find/*) echo '{"entries":'"${1#find/}"'}' ;;
+*) echo '{"entries":100}' ;;
+esac
 """
 CALLGRIND = """#!/bin/sh
-case $* in *find*) echo "==1== Collected : $(cat find)" ;; *) echo "==1== Collected : $(cat read)" ;; esac
-while [ "${1#--}" != "$1" ]; do shift; done
-"$@"
+for row; do :; done
+echo "==1== Collected : $(cat "counts/$row")"
+./qrv_bench "$row"
 """
 
 
@@ -22,15 +26,17 @@ class BenchCount(Tree):
         super().setUp()
         self.write("qrv_bench", PROGRAM).chmod(0o755)
         self.write("bin/valgrind", CALLGRIND).chmod(0o755)
-        self.counted(find=2000, read=5000)
+        self.write("bench/unmet.txt", "")
+        self.scripts = [shutil.copy(SCRIPTS / name, self.root / "bench") for name in ("bench_count.py", "bench_judge.py")]
+        self.counted({"find/1": 20, "find/10": 200, "find/100": 2000, "read/1k": 5000, "read/10k": 5000, "read/100k": 5000})
 
-    def counted(self, **counts):
+    def counted(self, counts):
         for row, count in counts.items():
-            self.write(row, f"{count}\n")
+            self.write(f"counts/{row}", f"{count}\n")
 
     def run_count(self, *arguments):
         return subprocess.run(
-            [sys.executable, str(SCRIPTS / "bench_count.py"), "qrv_bench", *arguments], cwd=self.root, text=True,
+            [sys.executable, self.scripts[0], "qrv_bench", *arguments], cwd=self.root, text=True,
             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False,
             env={**os.environ, "PATH": f"{self.root}/bin:{os.environ['PATH']}"},
         )
@@ -44,25 +50,47 @@ class BenchCount(Tree):
         self.assertEqual(self.run_count("--save", "saved").returncode, 0)
 
     def test_each_row_of_the_library_by_round_and_by_entry(self):
-        lines = self.run_count().stdout.splitlines()
-        self.assertEqual([line.split() for line in lines[1:]],
-                         [["find_qrv/10", "1,000", "100.0"], ["read_qrv/100", "5,000", "50.0"]])
+        result = self.run_count("--rows", "10+$")
+        self.assertEqual([line.split() for line in result.stdout.splitlines()[1:]],
+                         [["find/10", "200", "20.0"], ["find/100", "2,000", "20.0"]])
+        self.assertEqual(result.returncode, 0)
 
     def test_one_percent_more_is_allowed(self):
         self.save()
-        self.counted(read=5050, find=1000)
+        self.counted({"read/100k": 5050, "find/1": 10, "find/10": 100, "find/100": 1000})
         said = self.compared(0)
         self.assertIn("+1.00 %", said)
         self.assertIn("-50.00 %", said)
 
     def test_over_one_percent_more_fails(self):
         self.save()
-        self.counted(read=5051)
-        self.assertIn("read_qrv/100 needs over 1 % more instructions than in saved", self.compared(1))
+        self.counted({"read/100k": 5051})
+        self.assertIn("read/100k needs over 1 % more instructions than in saved", self.compared(1))
 
     def test_a_row_that_was_not_saved_is_new(self):
-        self.write("saved", '{"find_qrv/10": 1000}')
-        self.assertRegex(self.compared(0), r"read_qrv/100 .* new\n")
+        self.write("saved", '{"find/10": 1000}')
+        self.assertRegex(self.compared(0), r"read/100k .* new\n")
+
+    def test_instructions_for_each_entry_may_grow_by_two_fifths(self):
+        self.counted({"read/100k": 7000})
+        self.assertEqual(self.run_count().returncode, 0)
+        self.counted({"read/100k": 7001})
+        result = self.run_count()
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("growth read/100k: 1.40 times the instructions of read/1k for each entry", result.stdout)
+
+    def test_growth_that_is_listed_with_its_profile(self):
+        self.counted({"read/100k": 9000})
+        self.write("bench/unmet.txt", "growth read/100k\n    60.0 %  f()\n")
+        self.assertEqual(self.run_count().returncode, 0)
+        self.write("bench/unmet.txt", "growth read/100k\n    why\n")
+        self.assertIn("growth read/100k needs the profile", self.run_count().stdout)
+
+    def test_a_list_that_is_out_of_date(self):
+        self.write("bench/unmet.txt", "growth read/100k\n    60.0 %  f()\n")
+        self.assertIn("growth read/100k is met: remove it", self.run_count().stdout)
+        self.write("bench/unmet.txt", "growth other/1\n    60.0 %  f()\n")
+        self.assertIn("has the name growth other/1", self.run_count().stdout)
 
     def test_a_saved_file_without_these_rows(self):
         for text in ("{}", '{"other_qrv/1": 5}', "[]"):
@@ -73,10 +101,10 @@ class BenchCount(Tree):
         self.assertIn("saved", self.compared(2))
 
     def test_a_row_without_a_count(self):
-        self.counted(read=0)
+        self.counted({"read/100k": 0})
         result = self.run_count()
         self.assertEqual(result.returncode, 2)
-        self.assertIn("has not counted read_qrv/100", result.stdout)
+        self.assertIn("has not counted read/100k", result.stdout)
 
 
 if __name__ == "__main__":

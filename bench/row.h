@@ -1,0 +1,71 @@
+#pragma once
+// What is measured. A work, such as reading, has rows at several sizes: "read/1M". In each row the
+// library and its peers do the same work on the same data.
+
+#include <valgrind/callgrind.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <vector>
+
+// One round of one library: what is measured of it, and what came out.
+class cRound {
+  public:
+    // Calls `work`, with the clock running and callgrind counting. Once in a round.
+    template <class Work> void measure(Work const &work) {
+        long long const memory = memory_in_use();
+        double const start = processor_seconds();
+        CALLGRIND_START_INSTRUMENTATION;
+        work();
+        CALLGRIND_STOP_INSTRUMENTATION;
+        seconds_ = processor_seconds() - start;
+        bytes_ = memory_in_use() - memory;
+    }
+    double seconds() const { return seconds_; }
+    long long bytes() const { return bytes_; } // in use more after the work than before it
+
+    // The value that the work has led to, as JSON with sorted keys. Asked for in unmeasured rounds
+    // only.
+    std::function<std::string()> answer;
+
+  private:
+    static double processor_seconds();
+    static long long memory_in_use();
+
+    double seconds_ = 0;
+    long long bytes_ = 0;
+};
+
+using cRounds = std::function<void(cRound &)>;
+
+struct cPrepared {
+    std::size_t entries; // or slots: what times and counts are divided by
+    std::string answer;  // that each library must give
+    cRounds rounds;
+};
+
+struct cSide {
+    char const *library;
+    std::function<cPrepared(std::string const &size)> prepare;
+};
+
+struct cWork {
+    std::string name;
+    std::vector<std::string> sizes; // three, a factor of ten apart, for counting
+    std::vector<std::string> timed; // of these
+    std::vector<cSide> sides;       // ours first
+};
+
+std::vector<cWork> text_works();   // text_rows.cpp
+std::vector<cWork> object_works(); // object_rows.cpp
+std::vector<cWork> signal_works(); // signal_rows.cpp
+
+// A library failed at what it must do: there is nothing to compare.
+[[noreturn]] inline void stop(std::string const &what) {
+    std::fprintf(stderr, "qrv_bench: %s\n", what.c_str());
+    std::exit(1);
+}

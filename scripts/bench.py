@@ -1,0 +1,155 @@
+#!/usr/bin/env python3
+"""Measures the library and its peers, and judges what the library must reach (bench_judge.py).
+
+Each library has a process of its own for each row; all run on one processor, each in turn, so that they
+meet the machine in the same state. Medians of the processor time. Writes bench/RESULTS.md, the chart and the
+README's numbers; with --rows it only prints.
+Usage: bench.py PROGRAM [--rows REGEX] [--rounds N]
+Exits with 1 when a row misses what it must reach and bench/unmet.txt doesn't list it, or when that list is wrong.
+"""
+import argparse
+import datetime
+import json
+import os
+import pathlib
+import re
+import statistics
+import subprocess
+import sys
+
+import bench_chart
+import bench_judge
+import bench_results
+from bench_results import Row
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+WRITTEN = ["bench/RESULTS.md", "bench/chart.svg", "README.md"]  # by this program: their changes don't count
+LEAST_ROUNDS = 5
+
+
+def output_of(*command):
+    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, text=True, check=True, cwd=ROOT).stdout
+
+
+def timed_rows(program):
+    """(name, libraries) of each row."""
+    for work in json.loads(output_of(program, "--works")):
+        for size in work["timed"]:
+            yield f"{work['work']}/{size}", work["libraries"]
+
+
+class Side:
+    """A library at work on a row, in a process of its own. What the first round has said is in `first`."""
+    def __init__(self, *command):
+        self.process = subprocess.Popen([str(part) for part in command], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                        text=True)
+        self.first = json.loads(self.answer())
+        self.seconds = []
+
+    def answer(self):
+        line = self.process.stdout.readline()
+        if not line:
+            raise ValueError(f"{self.process.args} ended with {self.process.wait()}")
+        return line
+
+    def round(self):
+        self.process.stdin.write("\n")
+        self.process.stdin.flush()
+        self.seconds.append(float(self.answer()))
+
+    def end(self):
+        self.process.communicate()
+
+
+def sides_of(program, name, libraries, folder):
+    sides = {library: Side(program, name, library) for library in libraries}
+    work, size = name.split("/")
+    if work in ("read", "write"):
+        sides["CPython"] = Side(sys.executable, ROOT / "bench/cpython_json.py", work, folder / f"{size}.json")
+    return sides
+
+
+def measure(program, name, libraries, folder, rounds):
+    """The row, and for read/1M that of the memory of the tree."""
+    sides = sides_of(program, name, libraries, folder)
+    for _ in range(rounds):
+        for side in sides.values():
+            side.round()
+    for side in sides.values():
+        side.end()
+    ours, which = libraries[:2]
+    entries = sides[ours].first["entries"]
+    times = {library: statistics.median(side.seconds) * 1e9 / entries for library, side in sides.items()}
+    yield row_of(name, entries, which, times)
+    if name == "read/1M":
+        sizes = {library: side.first["bytes"] / entries for library, side in sides.items() if "bytes" in side.first}
+        yield row_of("memory/1M", entries, which, sizes)
+
+
+def row_of(name, entries, which, figures):
+    further = {library: figures[library] for library in bench_results.FURTHER if library in figures}
+    return Row(name, entries, figures["qrv"], figures[which], which, further)
+
+
+def commit():
+    try:
+        name = output_of("git", "rev-parse", "--short", "HEAD").strip()
+        changed = output_of("git", "status", "--porcelain", "--untracked-files=no", "--", ".",
+                            *(f":!{file}" for file in WRITTEN))
+        return name + "+" if changed else name
+    except (OSError, subprocess.CalledProcessError):
+        return "unknown"
+
+
+def processor():
+    clock = re.search(r"^cpu MHz\s*: (\d+)", pathlib.Path("/proc/cpuinfo").read_text(encoding="utf-8"), re.M)
+    return f"a processor at {clock[1]} MHz" if clock else "one processor"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("program", type=pathlib.Path)
+    parser.add_argument("--rows", default=".", metavar="REGEX")
+    parser.add_argument("--rounds", type=int, default=7, metavar="N")
+    arguments = parser.parse_args()
+    if arguments.rounds < LEAST_ROUNDS:
+        parser.error(f"a median needs at least {LEAST_ROUNDS} rounds")
+    program = arguments.program.resolve()
+    folder = program.parent / "data"
+    os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})
+    try:
+        unmet = {row: profile for row, profile in bench_judge.read_unmet().items() if not row.startswith("growth ")}
+        chosen = [row for row in timed_rows(program) if re.search(arguments.rows, row[0])]
+        if not chosen:
+            raise ValueError(f"no row matches {arguments.rows}")
+        folder.mkdir(exist_ok=True)
+        output_of(program, "--write", folder)
+        before = {row.name: row.ratio for row in bench_results.newest()}
+        rows = []
+        print(f"{'row':18}{'qrv':>10}{'peer':>10}  {'which':10}{'qrv / peer':>10}{'must':>11}{'change':>8}")
+        for name, libraries in chosen:
+            for row in measure(program, name, libraries, folder, arguments.rounds):
+                row.before = before.get(row.name)
+                rows.append(row)
+                name, _, ours, peer, which, ratio, must, change, *further = row.cells()
+                further = "".join(f"   {library} {text}" for library, text in zip(bench_results.FURTHER, further) if text)
+                print(f"{name:18}{ours:>10}{peer:>10}  {which:10}{ratio:>10}{must:>11}{change:>8}{further}", flush=True)
+    except (OSError, ValueError, subprocess.CalledProcessError) as error:
+        print(f"bench: {error}", file=sys.stderr)
+        return 2
+    judged = {row.name: row.missed() for row in rows if row.name in {**bench_judge.MUST, **bench_judge.MUST_BYTES}}
+    if arguments.rows == ".":
+        about = f"This run: {processor()}, release build, medians of {arguments.rounds} rounds."
+        bench_results.write(rows, about, datetime.date.today().isoformat(), commit())
+        bench_chart.write()
+        print("bench: wrote " + ", ".join(WRITTEN), file=sys.stderr)
+    else:
+        unmet = {row: profile for row, profile in unmet.items() if row in judged}
+    wrong = [*bench_judge.complaints(judged, unmet)]
+    for line in wrong:
+        print(line)
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

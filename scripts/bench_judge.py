@@ -1,0 +1,68 @@
+"""What the benchmarks must reach, for bench.py and bench_count.py, and bench/unmet.txt, which lists the
+rows that don't, each with the profile of what remains:
+
+    read/1M
+    why the rest is needed, in any number of lines
+       12.3 %  cAttrHash::mapitem
+        9.8 %  ...
+
+A row begins in the first column, what belongs to it is indented. The lines with a percentage are those of
+`./dev bench --profile ROW`; together they account for at least half of the row's instructions. Lines that
+begin with # are comments. "growth read/10M" lists the growth of the work whose largest size is 10M.
+"""
+import pathlib
+import re
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+UNMET = ROOT / "bench/unmet.txt"
+
+# Times of a peer's that ours may take at most.
+MUST = {
+    "read/1M": 1.0,
+    "read/10M": 1.0,
+    "read/160000": 1.0,
+    "read/1Mv": 1.0,
+    "write/1M": 2.0,
+    "write_exact/1M": 2.5,
+    "copy/1M": 3.0,
+    "destroy/1M": 1.0,
+}
+MUST_BYTES = {"memory/1M": 230}  # for each entry, of the tree that read/1M leaves in memory
+# Instructions for each entry at the largest of three sizes, in those at the smallest.
+MUST_GROWTH = 1.4
+
+LEAST_PERCENT = 50
+PROFILE = re.compile(r"\s+(\d+\.\d+) %  \S")
+
+
+def read_unmet(path=UNMET):
+    """{row: the percentages of its profile}; ValueError for lines of another form."""
+    rows = {}
+    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+        if not line.strip() or line.startswith("#"):
+            continue
+        if not line[0].isspace():
+            row = line.strip()
+            if row in rows:
+                raise ValueError(f"{path.name}:{number}: {row} is listed twice")
+            rows[row] = []
+        elif not rows:
+            raise ValueError(f"{path.name}:{number}: a row comes first, in the first column")
+        elif match := PROFILE.match(line):
+            rows[row].append(float(match[1]))
+    return rows
+
+
+def complaints(judged, unmet):
+    """What is wrong, a line each. `judged` is {row: why it misses its must, or None if it is met}, `unmet` what
+    read_unmet() has given for these rows."""
+    for row, why in judged.items():
+        if why and row not in unmet:
+            yield f"{row}: {why}, and bench/unmet.txt does not list it"
+        if not why and row in unmet:
+            yield f"{row} is met: remove it from bench/unmet.txt"
+    for row, percentages in unmet.items():
+        if row not in judged:
+            yield f"bench/unmet.txt: no row that must reach something has the name {row}"
+        if sum(percentages) < LEAST_PERCENT:
+            yield f"bench/unmet.txt: {row} needs the profile that ./dev bench --profile prints"

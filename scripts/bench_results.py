@@ -1,0 +1,111 @@
+"""bench/RESULTS.md: the table of the newest run and a line for each run, written and read back."""
+import dataclasses
+import pathlib
+
+from bench_judge import MUST, MUST_BYTES
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+RESULTS = ROOT / "bench/RESULTS.md"
+FURTHER = ["rapidjson", "CPython"]
+COLUMNS = ["Row", "Entries", "qrv", "peer", "which", "qrv / peer", "must", "change", *FURTHER]
+
+PAGE = """# Benchmarks
+
+Written by `./dev bench`. Machines differ: run it on yours before comparing with anything else.
+{about}
+
+Processor time in nanoseconds for each entry or slot; `memory` in bytes. `must` is what qrv may take at most, in
+times of the peer's or in bytes; `change` is that of `qrv / peer` since the run before. `bench/README.md` says what
+each row does.
+
+{newest}
+
+## All runs
+
+`qrv / peer`; `memory` in bytes for each entry. A commit with a `+` had changes that were not committed.
+
+{runs}
+"""
+
+
+@dataclasses.dataclass
+class Row:
+    name: str
+    entries: int
+    ours: float
+    peer: float
+    which: str
+    further: dict  # {library: its time}
+    before: float | None = None  # the ratio of the last run
+
+    @property
+    def ratio(self):
+        return self.ours / self.peer
+
+    def missed(self):
+        """Why the row misses what it must reach, or None."""
+        if self.name in MUST_BYTES and self.ours > MUST_BYTES[self.name]:
+            return f"{self.ours:.0f} bytes for each entry, more than {MUST_BYTES[self.name]}"
+        if self.name in MUST and self.ratio > MUST[self.name]:
+            return f"{self.ratio:.2f} times what {self.which} takes, more than {MUST[self.name]:.1f}"
+        return None
+
+    def cells(self):
+        must = f"{MUST_BYTES[self.name]} bytes" if self.name in MUST_BYTES else f"{MUST.get(self.name, '')}"
+        change = f"{100 * (self.ratio / self.before - 1):+.0f} %" if self.before else "new"
+        further = [f"{self.further[library]:,.1f}" if library in self.further else "" for library in FURTHER]
+        return [self.name, f"{self.entries:,}", f"{self.ours:,.1f}", f"{self.peer:,.1f}", self.which,
+                f"{self.ratio:.2f}", must, change, *further]
+
+    def short(self):
+        return f"{self.ours:.0f}" if self.name in MUST_BYTES else f"{self.ratio:.2f}"
+
+
+def number(text):
+    return float(text.replace(",", ""))
+
+
+def row_of(cells):
+    further = {library: number(cells[library]) for library in FURTHER if cells[library]}
+    return Row(cells["Row"], int(number(cells["Entries"])), number(cells["qrv"]), number(cells["peer"]),
+               cells["which"], further)
+
+
+def table(columns, lines):
+    align = ["---" if column in ("Row", "which", "Date", "Commit") else "---:" for column in columns]
+    return "\n".join("| " + " | ".join(cells) + " |" for cells in [columns, align, *lines])
+
+
+def tables(path):
+    """The tables of a page, each a list of {column: cell}."""
+    found, columns = [], None
+    for line in path.read_text(encoding="utf-8").splitlines() if path.is_file() else []:
+        cells = [cell.strip() for cell in line.strip("|").split("|")] if line.startswith("|") else None
+        if cells and columns is None:
+            columns = cells
+            found.append([])
+        elif cells and not set("".join(cells)) <= set("-: "):
+            found[-1].append(dict(zip(columns, cells)))
+        columns = columns if cells else None
+    return found
+
+
+def newest(path=RESULTS):
+    """The rows of the newest run, as rounded in its table; none where the page doesn't exist."""
+    return [row_of(cells) for cells in next((t for t in tables(path) if t and set(COLUMNS) <= set(t[0])), [])]
+
+
+def all_runs(path=RESULTS):
+    return next((t for t in tables(path) if t and {"Date", "Commit"} <= set(t[0])), [])
+
+
+def write(rows, about, date, commit, path=RESULTS):
+    """A new run. One of the same commit takes the place of the last line."""
+    runs = all_runs(path)
+    if runs and runs[-1]["Commit"] == commit:
+        runs.pop()
+    runs.append({"Date": date, "Commit": commit, **{row.name: row.short() for row in rows}})
+    columns = ["Date", "Commit", *(row.name for row in rows)]
+    path.write_text(PAGE.format(about=about, newest=table(COLUMNS, [row.cells() for row in rows]),
+                                runs=table(columns, [[run.get(column, "") for column in columns] for run in runs])),
+                    encoding="utf-8")

@@ -1,0 +1,33 @@
+#pragma once
+// What the tests of this folder share. It makes a program of its own, because it replaces the
+// global allocation functions by counting ones (allocations.cpp), and because counters of the
+// process must see no other test's work.
+
+#include "bench/data.h"
+#include "qrv/core/cobj.h"
+
+#include <string>
+
+namespace counted {
+
+// Calls of the global allocation functions, so far in this process.
+extern unsigned long long allocations;
+
+// How many of them `work` makes.
+template <class Work> unsigned long long allocations_of(Work const &work) {
+    auto const before = allocations;
+    work();
+    return allocations - before;
+}
+
+// The tree that the tests work on, and that tree read.
+inline cData const &data() {
+    static cData const made = data_of("100k");
+    return made;
+}
+inline double for_each_entry(unsigned long long count) {
+    return static_cast<double>(count) / static_cast<double>(data().entries);
+}
+objref read(std::string const &text);
+
+} // namespace counted
