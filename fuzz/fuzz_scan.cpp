@@ -7,9 +7,12 @@
 //     gives its characters in pieces or each by itself;
 //   - a token pushed back comes again; after going back to a token of the first line the rest does;
 //   - a token's text is the same token by itself, if the text is short;
+//   - the former scanner returns the same tokens and leaves the same stream, whatever is done to it
+//     between tokens, also in memory and in pieces;
 //   - tokens from tkInt to tkIdent make an object of their kind, or none.
 // The first byte chooses the size of the pieces and the token to go back to.
 #include "fuzz/fuzz_support.h"
+#include "tests/text/scan_compare.h"
 #include "tests/text/scan_support.h"
 
 #include <cstddef>
@@ -140,7 +143,24 @@ void check_value(cAttrLiteral const &token) {
         fuzz::stop("no string", shown({token}), "");
 }
 
+void beside_former(std::string const &text, unsigned choice) {
+    auto const pieces = [choice](std::string const &t) {
+        return test::piece_input(t, choice % 40);
+    };
+    std::vector<std::pair<test::cMakeInput, test::cMakeInput>> const pairs = {
+        {test::string_input, test::string_input},
+        {test::memory_input, test::string_input},
+        {pieces, pieces}};
+    for (auto const &[present, before] : pairs) {
+        std::minstd_rand random(choice + 1);
+        std::string const difference =
+            test::compare_with_former(present(text), before(text), random, choice % 2 == 0);
+        if (!difference.empty()) fuzz::stop("not as the former scanner", text, difference);
+    }
+}
+
 void scan_text(std::string const &text, unsigned choice) {
+    beside_former(text, choice);
     cTokens const all = all_tokens(text);
     cTokens bare;
     for (cAttrLiteral const &token : all)

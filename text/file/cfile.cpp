@@ -11,10 +11,10 @@
 #include "qrv/core/cobj.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/text/read/cattrscan.h"
+#include "text/file/cfile_scan.h"
 #include "text/read/creader_session.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 #include <locale>
 #include <sstream>
@@ -36,12 +36,10 @@ std::string::size_type first_black(std::string const &text) {
 
 // Has `read` scan an open file. False also if it can't be opened.
 template <class Read> bool scan_file(char const *name, Read const &read) {
-    std::ifstream in;
-    in.imbue(std::locale::classic());
-    cAttrScan scan(in, false);
-    if (!scan.openfile(name, false)) return false;
-    read(scan);
-    return scan.errcount() == 0;
+    cFileScan file(name, false);
+    if (!file.opened()) return false;
+    read(file.scan());
+    return file.scan().errcount() == 0;
 }
 
 } // namespace
@@ -91,12 +89,7 @@ std::string cat::file2string(char const *name) {
         return {};
     }
     std::string text;
-    std::array<char, 1 << 14> piece;
-    while (in) {
-        in.read(piece.data(), piece.size());
-        text.append(piece.data(), static_cast<std::size_t>(in.gcount()));
-    }
-    if (!in.eof()) tell("Read error in file: ", name);
+    if (!read_rest(in, text)) tell("Read error in file: ", name);
     return text;
 }
 

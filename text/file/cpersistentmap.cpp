@@ -14,10 +14,9 @@
 #include "qrv/text/file/cfile.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
+#include "text/file/cfile_scan.h"
 
 #include <cerrno>
-#include <fstream>
-#include <locale>
 
 namespace {
 
@@ -77,11 +76,10 @@ void cPersistentMap::place() {
 }
 
 objref cPersistentMap::load() {
-    std::ifstream in;
-    in.imbue(std::locale::classic());
-    cAttrScan scan(in, false); // which connects it to cat::errhandler()
+    cFileScan file(name_.c_str(), true);
+    cAttrScan &scan = file.scan(); // connected to cat::errhandler()
     scan.return_com(keep_comments_);
-    if (!scan.openfile(name_.c_str(), true)) {
+    if (!file.opened()) {
         // What can't be opened can't be judged, only that it isn't there.
         damaged_ = cat::file_exists(name_) || (errno != ENOENT && errno != ENOTDIR);
         return {};

@@ -87,7 +87,7 @@ constexpr std::array<cClass, 256> make_classes() {
 inline constexpr std::array<cClass, 256> classes = make_classes();
 
 #ifdef QRV_CHECKS
-// How many characters were compared, for the tests that count work.
+// How many characters were compared, for tests that count work.
 extern unsigned long long compared;
 #endif
 

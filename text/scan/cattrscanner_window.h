@@ -153,9 +153,8 @@ inline cWhite cWindow::pass_white() {
 
 // Where the engine is in a text in memory; else null.
 inline char const *memory_place(yy_buffer_state &buffer) {
-    std::streambuf const *const b = buffer.in->rdbuf();
-    if (!b || b != buffer.known || !buffer.in_memory) return nullptr;
-    return cGetArea::before(*b, buffer.ahead);
+    buffer.recognise();
+    return buffer.in_memory ? cGetArea::before(*buffer.known, buffer.ahead) : nullptr;
 }
 
 } // namespace scan

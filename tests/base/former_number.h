@@ -1,0 +1,186 @@
+#pragma once
+// Numbers as the library read them when the token rules were new: the reference that the present
+// functions are compared with. Not changed.
+
+#include "base/cchars.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <string_view>
+
+namespace former {
+constexpr std::int64_t far_away = 1'000'000'000'000; // an exponent beyond all floats and all texts
+
+inline bool is_hex_digit(char c) noexcept {
+    return is_digit(c) || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
+}
+
+inline char lower(char c) noexcept {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+}
+
+inline bool starts_with_word(std::string_view text, std::string_view word) noexcept {
+    return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(),
+                                                    [](char w, char c) { return w == lower(c); });
+}
+
+inline void skip_blanks(std::string_view &text) noexcept {
+    while (!text.empty() &&
+           (is_white(text.front()) || text.front() == '\v' || text.front() == '\f'))
+        text.remove_prefix(1);
+}
+
+inline bool take_sign(std::string_view &text) noexcept {
+    bool const negative = !text.empty() && text.front() == '-';
+    if (negative || (!text.empty() && text.front() == '+')) text.remove_prefix(1);
+    return negative;
+}
+
+// --- integers ---
+
+template <class T> bool parse_digits(std::string_view text, T &number, int base) noexcept {
+    auto const end = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    return end.ec == std::errc();
+}
+
+// At least one digit in front; the sign is passed separately.
+inline bool parse_magnitude(std::string_view text, bool negative, std::int64_t limit,
+                            std::int64_t &number) noexcept {
+    if (text.empty() || !is_digit(text.front())) return false;
+    if (!parse_digits(text, number, 10) || number > limit) return false;
+    if (negative) number = -number;
+    return true;
+}
+
+inline bool parse_hex(std::string_view digits, int &number) noexcept {
+    std::uint32_t bits = 0;
+    if (digits.empty() || digits.front() == '-' || !parse_digits(digits, bits, 16)) return false;
+    number = static_cast<int>(bits);
+    return true;
+}
+
+// --- floating numbers ---
+
+struct cBase {
+    std::chars_format form;
+    bool (*is_one)(char) noexcept; // a digit of this base
+    char mark;                     // before the exponent
+    int bits;                      // of the exponent's unit in one digit
+};
+constexpr cBase decimal{std::chars_format::general, is_digit, 'e', 1};
+constexpr cBase hexadecimal{std::chars_format::hex, is_hex_digit, 'p', 4};
+
+inline std::int64_t read_exponent(std::string_view text) noexcept {
+    bool const negative = take_sign(text);
+    std::int64_t exponent = 0;
+    for (char const c : text) {
+        if (!is_digit(c)) break;
+        exponent = std::min(exponent * 10 + (c - '0'), far_away);
+    }
+    return negative ? -exponent : exponent;
+}
+
+// The exponent that the number has with its point before the first digit that isn't zero: above 0
+// for a number that is out of range because it is large, below for a small one.
+inline std::int64_t order_of(std::string_view text, cBase const &base) noexcept {
+    size_t end = 0;
+    for (bool point = false; end < text.size(); ++end) {
+        if (text[end] == '.' && !point)
+            point = true;
+        else if (!base.is_one(text[end]))
+            break;
+    }
+    std::string_view const digits = text.substr(0, end);
+    size_t const first = digits.find_first_not_of("0.");
+    if (first == std::string_view::npos) return -far_away; // zero, whatever the exponent
+    auto const point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
+    std::int64_t const place = base.bits * (point - static_cast<std::int64_t>(first));
+    if (end == text.size() || lower(text[end]) != base.mark) return place;
+    return place + read_exponent(text.substr(end + 1));
+}
+
+// No sign in front. Infinite if too large, 0 if too small.
+template <class T>
+inline bool scan_magnitude(std::string_view text, T &number, cBase const &base = decimal) noexcept {
+    if (text.empty() || !(base.is_one(text.front()) || text.front() == '.')) return false;
+    T magnitude{};
+    auto const end = std::from_chars(text.data(), text.data() + text.size(), magnitude, base.form);
+    if (end.ec == std::errc::invalid_argument) return false;
+    if (end.ec == std::errc::result_out_of_range)
+        magnitude = order_of(text, base) > 0 ? std::numeric_limits<T>::infinity() : T{};
+    number = magnitude;
+    return true;
+}
+
+inline bool scan_any_magnitude(std::string_view text, float &number) noexcept {
+    if (starts_with_word(text, "inf")) {
+        // The longer word is begun, so it must be there.
+        if (starts_with_word(text, "infi") && !starts_with_word(text, "infinity")) return false;
+        number = std::numeric_limits<float>::infinity();
+        return true;
+    }
+    if (starts_with_word(text, "nan")) {
+        number = std::numeric_limits<float>::quiet_NaN();
+        return true;
+    }
+    if (starts_with_word(text, "0x")) return scan_magnitude(text.substr(2), number, hexadecimal);
+    return scan_magnitude(text, number);
+}
+
+template <class T> bool parse_real(std::string_view text, T &number) noexcept {
+    skip_blanks(text);
+    bool const negative = take_sign(text);
+    T magnitude{};
+    if (!scan_magnitude(text, magnitude) || std::isinf(magnitude)) return false;
+    number = negative ? -magnitude : magnitude;
+    return true;
+}
+
+inline bool parse_int(std::string_view text, int &number) noexcept {
+    skip_blanks(text);
+    if (!text.empty() && text.front() == '0') {
+        text.remove_prefix(1);
+        if (!text.empty() && (text.front() == 'x' || text.front() == 'X'))
+            return parse_hex(text.substr(1), number);
+        if (text.empty() || !is_digit(text.front())) {
+            number = 0;
+            return true;
+        }
+    }
+    bool const negative = take_sign(text);
+    std::int64_t wide = 0;
+    if (!parse_magnitude(text, negative, negative ? 2147483648 : 2147483647, wide)) return false;
+    number = static_cast<int>(wide);
+    return true;
+}
+
+inline bool parse_unsigned(std::string_view text, int &number) noexcept {
+    skip_blanks(text);
+    bool const negative = take_sign(text);
+    std::int64_t wide = 0;
+    if (!parse_magnitude(text, negative, 4294967295, wide)) return false;
+    number = static_cast<int>(static_cast<std::uint32_t>(wide));
+    return true;
+}
+
+inline bool parse_float(std::string_view text, float &number) noexcept {
+    return parse_real(text, number);
+}
+
+inline bool parse_double(std::string_view text, double &number) noexcept {
+    return parse_real(text, number);
+}
+
+inline bool scan_real(std::string_view text, float &number) noexcept {
+    skip_blanks(text);
+    bool const negative = take_sign(text);
+    float magnitude = 0;
+    if (!scan_any_magnitude(text, magnitude)) return false;
+    number = negative ? -magnitude : magnitude;
+    return true;
+}
+
+} // namespace former

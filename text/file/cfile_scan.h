@@ -1,0 +1,37 @@
+#pragma once
+// A file that is scanned: one on a disk is read into memory first, as a whole. A pipe or a device
+// is read as the scanner goes on, since nobody knows when it ends.
+
+#include "qrv/text/read/cattrscan.h"
+#include "text/scan/cmemory_stream.h"
+
+#include <fstream>
+#include <istream>
+#include <optional>
+#include <string>
+
+namespace cat {
+// What is left of a stream. False after a read error, with what came before it.
+bool read_rest(std::istream &in, std::string &text);
+} // namespace cat
+
+class cFileScan {
+  public:
+    // Unless quiet, a file that can't be opened is reported as cAttrScan::openfile() does.
+    cFileScan(char const *name, bool quiet);
+    cFileScan(cFileScan const &) = delete;
+    cFileScan &operator=(cFileScan const &) = delete;
+    ~cFileScan() = default;
+
+    bool opened() const { return opened_; }
+    cAttrScan &scan() { return *scan_; }
+
+  private:
+    bool read_whole(char const *name);
+
+    std::ifstream file_;
+    std::string text_;
+    std::optional<cMemoryStream> memory_;
+    std::optional<cAttrScan> scan_;
+    bool opened_ = false;
+};
