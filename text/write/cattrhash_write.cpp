@@ -238,7 +238,8 @@ bool cEntryWriter::is_composed(cAttrNode const &node) {
     objref const &key = node.key();
     if (keyed && !(is_token(*key) && is_lone(key))) return false;
     if (tables_ ? keyed && !exact_key(key, true) : is_hidden(*key)) return false;
-    if (tables_ && !has_token(node.value())) return false;
+    // A comment that exact text can't write is reported with the entry's path.
+    if (tables_ && (node.value().has_ommap() || !has_token(node.value()))) return false;
     open_.begin_entry(node);
     return !open_.is_entered_by_caller(node.value());
 }

@@ -341,6 +341,18 @@ TEST_F(ComposedAndNot, streams_with_settings_of_their_own_are_the_same) {
         }
 }
 
+TEST_F(ComposedAndNot, a_comment_that_is_left_out_is_reported_with_the_path_of_its_value) {
+    objref const root = new_map(), inner = new_vector("wc"), number = cat::of(1);
+    number->set_comment("no comment", true);
+    append(inner, cat::of(0));
+    append(inner, number);
+    put(root, "x", inner);
+    std::string log;
+    cOutcome const composed = outcome_of(root, true, true, log);
+    EXPECT_EQ(composed, outcome_of(root, false, true, log));
+    EXPECT_EQ(composed.log, "0x40000001 Value cannot be written, path : /x/1\n");
+}
+
 TEST_F(ComposedAndNot, long_strings_and_deep_indents_are_the_same) {
     objref const root = new_map();
     for (size_t const size : std::initializer_list<size_t>{1000, 1023, 1024, 2045, 2046, 2047, 4093,
