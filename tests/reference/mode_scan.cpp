@@ -61,7 +61,7 @@ class cScanning {
         if (world().input.one_in(5)) scanner_.outer_places(some_places());
         bool const steady = world().input.one_in(2);
         for (unsigned i = 0, ends = 0; i < 300 && ends < 3; ++i) {
-            if (!steady && world().input.one_in(5)) disturb();
+            while (!steady && world().input.one_in(4)) disturb();
             cAttrLiteral token;
             int const code = world().input.one_in(3) && second_ ? second_->gettoken(token)
                                                                 : scanner_.gettoken(token);

@@ -2,20 +2,16 @@
 // A generator of random numbers that gives the same sequence for the same seed everywhere: the
 // distributions of the standard library don't.
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 class cRandom {
   public:
-    explicit cRandom(std::uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15u + 0x1234567u) {}
+    // The seed is mixed first: else each seed's sequence is that of the one before, less a number.
+    explicit cRandom(std::uint64_t seed) : state_(mixed(seed * 0xD1342543DE82EF95u + 1)) {}
 
-    std::uint64_t next() {
-        std::uint64_t z = (state_ += 0x9E3779B97F4A7C15u);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-        return z ^ (z >> 31);
-    }
+    std::uint64_t next() { return mixed(state_ += 0x9E3779B97F4A7C15u); }
     // 0 to n-1; 0 for n 0.
     unsigned below(std::size_t n) {
         return n ? static_cast<unsigned>((next() >> 32) * n >> 32) : 0;
@@ -24,5 +20,11 @@ class cRandom {
     template <class List> decltype(auto) pick(List &list) { return list[below(std::size(list))]; }
 
   private:
+    static constexpr std::uint64_t mixed(std::uint64_t z) {
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
+        return z ^ (z >> 31);
+    }
+
     std::uint64_t state_;
 };

@@ -327,8 +327,58 @@ std::string cTexts::mutated(std::string text) {
     return text;
 }
 
+// Entries with few keys, of nothing but maps, lists and references: so most references find
+// something, and much of it was stored twice, merged or assigned to in between.
+std::string cTexts::dense_value(int depth) {
+    static constexpr std::array keys{"a", "b", "c", "0", "1"};
+    unsigned const kind = random_.below(depth > 0 ? 12 : 5);
+    if (kind < 2) return random_.one_in(6) ? "#nil" : std::to_string(random_.below(3));
+    if (kind < 5) {
+        std::string path;
+        for (unsigned n = 1 + random_.below(3); n; --n)
+            path += std::string("/") + random_.pick(keys);
+        if (!paths_.empty() && !random_.one_in(3)) {
+            path = random_.pick(paths_);
+            if (random_.one_in(3)) path += std::string("/") + random_.pick(keys);
+        }
+        return "#cRef(" + path + ")";
+    }
+    if (kind < 9) return "{" + dense(depth - 1) + "}";
+    if (kind < 10) return "Loud(" + dense(depth - 1) + ")";
+    std::string text;
+    for (unsigned i = 0, n = random_.below(4); i < n; ++i) {
+        path_.push_back("/" + std::to_string(i));
+        text += dense_value(depth - 1) + ";";
+        path_.pop_back();
+    }
+    return kind == 10 ? "[" + text + "]" : "< " + text + ">";
+}
+
+std::string cTexts::dense(int depth) {
+    static constexpr std::array keys{"a", "b", "c", "0", "1"};
+    std::string text;
+    for (unsigned n = random_.below(6); n && left_ > 0; --n, --left_) {
+        std::string const name = random_.pick(keys);
+        if (random_.one_in(12)) {
+            text += "{" + dense(depth - 1) + "};";
+            continue;
+        }
+        path_.push_back("/" + name);
+        std::string all;
+        for (std::string const &step : path_) all += step;
+        text += name + "=" + dense_value(depth) + ";";
+        path_.pop_back();
+        paths_.push_back(all);
+    }
+    return text;
+}
+
 std::string cTexts::text() {
     std::string text;
+    if (random_.one_in(3)) {
+        left_ += 20;
+        return "{" + dense(4) + dense(3) + "}";
+    }
     unsigned const kind = random_.below(12);
     if (kind == 0) {
         text = entries(3);

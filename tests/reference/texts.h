@@ -24,6 +24,8 @@ class cTexts {
     std::string mutated(std::string text);
 
   private:
+    std::string dense(int depth);
+    std::string dense_value(int depth);
     std::string space(); // mostly nothing
     std::string comment();
     std::string separator(char const *usual);
