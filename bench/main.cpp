@@ -84,8 +84,8 @@ cPrepared prepare(std::string const &row, std::string const &library = "qrv") {
     stop("there is no row " + row + " of " + library);
 }
 
-// The median of as many rounds as fit in a tenth of a second, at least three: the first one pays for
-// what another process has left in the processor's caches.
+// The median of as many rounds as fit in a tenth of a second, at least three: the first one pays
+// for what another process has left in the processor's caches.
 double turn(cPrepared const &side) {
     std::vector<double> seconds;
     auto const start = std::clock();

@@ -54,5 +54,5 @@ void cAttrHash::cDying::put_in_order() {
     hash_.greatest_ = -1;
     hash_.greatest_known_ = hash_.is_vector_ = empty;
     if (empty) hash_.moved_ = false;
-    if (hash_.form_ != cHashForm::table) hash_.make_table(hash_.size_);
+    if (hash_.form_ != cHashForm::table) hash_.try_table(hash_.size_);
 }

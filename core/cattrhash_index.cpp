@@ -23,6 +23,8 @@ constexpr std::uint32_t most_few = 8;
 constexpr std::uint32_t first_row = 16;
 constexpr std::uint32_t first_index = 16;
 
+constexpr std::uint32_t index_size(std::uint32_t nodes) { return std::bit_ceil(nodes + nodes / 2); }
+
 constexpr std::uint64_t usual_factor = 0x9E3779B97F4A7C15u;
 
 std::uint64_t seeded_factor() {
@@ -71,27 +73,34 @@ cAttrHash::cFound cAttrHash::probe_index(cSearch const &search) const {
     }
 }
 
-// The node is the last of the ring.
-void cAttrHash::add_to_index(cAttrNode &node, cFound const &place) {
-    if (is_too_full(used_, size_)) size_ = hash_grown_size(size_, hash_primes());
+// Before a node is linked, so that the hash is whole if there is no memory. False if what a search
+// has found isn't true any more.
+bool cAttrHash::make_room(cAttrNode const &node, std::uint32_t steps) {
+    if (!fits_index(node.kind_)) return make_table(first_size), false;
+    bool const is_next = is_vector_ && node.kind_ == cKeyKind::int_key && node.hash_ == used_;
+    std::uint32_t const wanted = used_ + 1;
     if (form_ == cHashForm::few) {
-        if (used_ <= most_few) return;
-        if (is_vector_) return rebuild_row();
-        return rebuild_index(first_index);
+        if (wanted <= most_few) return true;
+        return is_next ? rebuild_row() : rebuild_index(std::max(first_index, index_size(wanted))),
+               false;
     }
     if (form_ == cHashForm::row) {
-        if (!is_vector_) return rebuild_index(std::bit_ceil(used_ + used_ / 2));
-        if (used_ > capacity_) return rebuild_row();
-        words_[used_ - 1] = reinterpret_cast<cSlotWord>(&node);
-        return;
+        if (!is_next) return rebuild_index(index_size(wanted)), false;
+        return wanted <= capacity_ || (rebuild_row(), false);
     }
-    if (place.steps > long_probe && !seeded_) {
+    if (steps > long_probe && !seeded_) {
         seed_keys();
-        return rebuild_index(capacity_);
+        return rebuild_index(capacity_), false;
     }
-    if (std::uint64_t{4} * used_ > std::uint64_t{3} * capacity_)
-        return rebuild_index(2 * capacity_);
-    words_[place.free] = reinterpret_cast<cSlotWord>(&node);
+    return std::uint64_t{4} * wanted <= std::uint64_t{3} * capacity_ ||
+           (rebuild_index(2 * capacity_), false);
+}
+
+// The node is the last of the ring, and there is room for it.
+void cAttrHash::add_to_index(cAttrNode &node, cFound const &place) {
+    if (is_too_full(used_, size_)) size_ = hash_grown_size(size_, hash_primes());
+    if (form_ == cHashForm::few) return;
+    words_[form_ == cHashForm::row ? used_ - 1 : place.free] = reinterpret_cast<cSlotWord>(&node);
 }
 
 // All nodes were linked without it.
@@ -99,23 +108,23 @@ void cAttrHash::make_index() {
     while (is_too_full(used_, size_)) size_ = hash_grown_size(size_, hash_primes());
     if (used_ <= most_few) return;
     if (is_vector_) return rebuild_row();
-    rebuild_index(std::max(first_index, std::bit_ceil(used_ + used_ / 2)));
+    rebuild_index(std::max(first_index, index_size(used_)));
 }
 
 void cAttrHash::rebuild_row() {
+    std::uint32_t const capacity = std::max({first_row, capacity_ + capacity_ / 2, used_});
+    words_ = std::make_unique_for_overwrite<cSlotWord[]>(capacity);
     form_ = cHashForm::row;
-    capacity_ = std::max({first_row, capacity_ + capacity_ / 2, used_});
-    words_ = std::make_unique_for_overwrite<cSlotWord[]>(capacity_);
+    capacity_ = capacity;
     cSlotWord *word = words_.get();
     for (cAttrNode *node = first(); node; node = next(node))
         *word++ = reinterpret_cast<cSlotWord>(node);
 }
 
 void cAttrHash::rebuild_index(std::uint32_t capacity) {
+    words_ = std::make_unique<cSlotWord[]>(capacity);
     form_ = cHashForm::index;
     capacity_ = capacity;
-    words_.reset(); // first, since the new one may fit in its place
-    words_ = std::make_unique<cSlotWord[]>(capacity);
     for (cAttrNode *node = first(); node; node = next(node)) {
         cIndexSteps at(node->hash_, capacity_, seeded_);
         while (words_[at.at] != slot_unused) at.next();
@@ -124,7 +133,7 @@ void cAttrHash::rebuild_index(std::uint32_t capacity) {
 }
 
 bool cAttrHash::index_holds(cAttrNode const &node) const {
-    if (form_ == cHashForm::few) return used_ <= most_few;
+    if (form_ == cHashForm::few) return true;
     if (form_ == cHashForm::row) return node.hash_ < used_ && node_of(words_[node.hash_]) == &node;
     for (cIndexSteps at(node.hash_, capacity_, seeded_); words_[at.at] != slot_unused; at.next())
         if (node_of(words_[at.at]) == &node) return true;

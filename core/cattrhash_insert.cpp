@@ -19,10 +19,10 @@ cAttrInsert::cPlace cAttrInsert::insert(cAttrHash &hash, cAttrHash::cSearch cons
     assert(is_ready(hash) && cObj::is_good(value) && !value->is_exe());
     cAttrHash::cFound const found = hash.probe(search);
     if (found.node) return {found.node, false};
-    auto *const node = new cAttrNode(cAttrNode::cAdopt(), make_key(), value);
+    std::unique_ptr<cAttrNode> node(new cAttrNode(cAttrNode::cAdopt(), make_key(), value));
     hash.link_node(*node, found, search);
     node->mapped_ = true;
-    return {node, true};
+    return {node.release(), true};
 }
 
 cAttrInsert::cPlace cAttrInsert::text(cAttrHash &hash, std::string_view key, objref const &value) {

@@ -217,15 +217,14 @@ cAttrNode *cAttrHash::force_node(objref const &key) {
 // From here to the end nothing runs foreign code.
 void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) {
     node.hash_ = search.hash;
-    node.table_ = this;
     // A clone may be of another type than its source; then its kind tells nothing about the hash.
     node.kind_ = kind_of(node.key_) == search.kind ? search.kind : cKeyKind::other;
-    if (form_ != cHashForm::table && !fits_index(node.kind_)) {
-        make_table(first_size);
-        if (node.kind_ != cKeyKind::other) // the index was seeded, or the table is
+    if (form_ != cHashForm::table && !make_room(node, place.steps)) {
+        if (node.kind_ != cKeyKind::other) // texts were seeded, or are
             node.hash_ = search_for(node.key_).hash;
         place = probe({node.hash_, search.kind, nullptr, search.text});
     }
+    node.table_ = this;
     count_in(node);
     node.link_before(anchor_);
     ++used_;
@@ -252,10 +251,10 @@ void cAttrHash::grow_table(cAttrNode const &last, std::uint32_t live, std::uint3
 }
 
 void cAttrHash::unlink_node(cAttrNode &node) noexcept {
-    if (form_ != cHashForm::table) make_table(first_size);
+    if (form_ != cHashForm::table) try_table(first_size);
     count_out(node);
     node.unlink();
-    words_[node.slot_] = slot_deleted;
+    if (form_ == cHashForm::table) words_[node.slot_] = slot_deleted;
     node.table_ = nullptr;
     node.mapped_ = false;
     --used_;
@@ -271,6 +270,7 @@ void cAttrHash::unlink_node(cAttrNode &node) noexcept {
 
 // Deletes a node of this hash; its memory stays while it is held. May destroy the hash.
 void cAttrHash::remove(cAttrNode *node) {
+    if (form_ != cHashForm::table) try_table(first_size); // while the node has its key
     objref const key = std::move(node->key_);
     objref value = std::move(node->value_);
     unlink_node(*node);
@@ -345,7 +345,7 @@ std::uint32_t cAttrHash::put(cAttrNode &node) noexcept {
 // From an index to the table that the same insertions, one by one, would have led to. Which slots
 // are taken shows in the calls of key hooks; so a hash from which something was removed has a table
 // from then on, since its tombstones are part of that.
-void cAttrHash::make_table(std::uint32_t size) {
+void cAttrHash::make_table(std::uint32_t size) try {
     std::vector<cAttrNode *> nodes = cat::nodes_of(*this);
     if (moved_) std::sort(nodes.begin(), nodes.end(), anidord);
     if (seeded_)
@@ -359,6 +359,19 @@ void cAttrHash::make_table(std::uint32_t size) {
     std::uint32_t live = 0;
     for (cAttrNode *node : nodes) grow_table(*node, ++live, put(*node));
     ++changes_;
+} catch (...) {
+    form_ = cHashForm::few; // which needs no memory, and holds any number
+    words_.reset();
+    throw;
+}
+
+// Removing does not fail: without memory for the table the nodes are found by a walk.
+void cAttrHash::try_table(std::uint32_t size) noexcept {
+    try {
+        make_table(size);
+    } catch (std::bad_alloc const &) {
+        size_ = std::max(size, size_);
+    }
 }
 
 void cAttrHash::seed_keys() noexcept {

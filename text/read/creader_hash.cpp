@@ -11,6 +11,7 @@
 #include "qrv/text/write/cwriter.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_value.h"
+#include "text/scan/cmemory_stream.h"
 #include "text/state/cchannels.h"
 
 #include <fstream>
@@ -37,14 +38,17 @@ bool is_plain_source(std::istream &is) {
     std::streambuf const *const buffer = is.rdbuf();
     if (!buffer || is.tie()) return false;
     std::type_info const &type = typeid(*buffer);
-    return type == typeid(std::stringbuf) || type == typeid(std::filebuf);
+    if (type == typeid(std::stringbuf) || type == typeid(cMemoryBuf)) return true;
+    using cConversion = std::codecvt<char, char, std::mbstate_t>;
+    auto const &conversion = std::use_facet<cConversion>(buffer->getloc());
+    return type == typeid(std::filebuf) && typeid(conversion) == typeid(cConversion);
 }
 
 // Can the entries be late? Of a foreign type's container they are entered one by one.
-bool may_be_late(cAttrHash const &hash, cTypeObj const *type, std::istream &is, bool inner) {
+bool may_be_late(cAttrHash const &hash, cTypeObj const *type, cAttrScan const &scan, bool inner) {
     if (inner && text_state().is_late()) return true;
     text_state().settle();
-    if (!is_plain_source(is)) return false;
+    if (!is_plain_source(scan.is()) || scan.is_dumping()) return false;
     bool const of_library = !type || type == &cat::type_map() || type == &cat::type_vector() ||
                             type == &cat::type_set();
     return of_library && cLateEntries::are_possible(hash);
@@ -54,8 +58,8 @@ bool may_be_late(cAttrHash const &hash, cTypeObj const *type, std::istream &is, 
 cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, bool inner)
     : hash_(hash), type_(type), scan_(scan), session_(*cReadSession::current()),
       state_(text_state()),
-      late_(hash, may_be_late(hash, type, scan.is(), inner)), opened_{scan.current().outer_line,
-                                                                      scan.current().outer_column},
+      late_(hash, may_be_late(hash, type, scan, inner)), opened_{scan.current().outer_line,
+                                                                 scan.current().outer_column},
       has_bracket_(cat::Brackets(scan.current().code).open != 0),
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}

@@ -351,6 +351,8 @@ void cAttrScanner::return_com(bool on, cSetTmp<bool> *keep) const {
     lexer_->return_com_ = on;
 }
 void cAttrScanner::return_all(bool on) const { lexer_->return_ws_ = lexer_->return_com_ = on; }
+bool cAttrScanner::is_dumping() const { return lexer_->dump_; }
+
 bool cAttrScanner::setdump(bool on) const {
     bool const before = std::exchange(lexer_->dump_, on);
     lexer_->settle();

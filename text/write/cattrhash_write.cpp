@@ -56,7 +56,10 @@ class cHoldNode { // keeps the memory of a node, which may be null
 // The object's comment; null without one. Borrowed from the object, or put into `made`.
 std::string const *find_comment(cObj const &obj, cComposer &out, std::string &made) {
     if (!obj.has_ommap()) return nullptr;
+    std::optional<cUserCode> searching;
+    if (asks_user_code(obj.ommap_ptr())) searching.emplace(out);
     objref const member = obj.omember("//");
+    searching.reset();
     if (cObj::is_void(member)) return nullptr;
     if (std::string const *const text = string_of(*member)) return text;
     cUserCode const user(out);
@@ -70,10 +73,10 @@ std::string const *find_comment(cObj const &obj, cComposer &out, std::string &ma
 }
 
 // A container over many lines.
-bool many_lines(cObj const &value) {
+bool many_lines(cObj const &value, cComposer &out) {
     if (!value.type().flags_of(tf_container)) return false;
     cExactTables const *const tables = cExactRun::tables();
-    return *cat::wformat(value) != 's' || (tables && tables->relaid.has(&value));
+    return layout_of(value, out) != 's' || (tables && tables->relaid.has(&value));
 }
 
 bool is_bare_set(cObj const &value) {
@@ -313,12 +316,13 @@ void cEntryWriter::begin_entry(bool apart) {
 void cEntryWriter::end_entry(cAttrNode const &node) {
     out_->put(listed_ ? ',' : ';');
     cObj const &value = node.value(); // another one, if it was replaced meanwhile
-    if (collector_) return collected().after(container_, many_lines(value), comment_of(value));
+    if (collector_)
+        return collected().after(container_, many_lines(value, *out_), comment_of(value));
     if (!lines_) {
         out_->put(' ');
         return;
     }
-    if (many_lines(value))
+    if (many_lines(value, *out_))
         out_->put(' ');
     else if (value.has_ommap())
         put_comment(*out_, value);

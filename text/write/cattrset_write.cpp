@@ -86,7 +86,7 @@ bool cTomAttlist::m_write(cObj &type, objref &stream) {
     auto const *const specs = dynamic_cast<cMapObj const *>(member.get());
     cComposer out(*os);
     out.begin();
-    if (specs) write_entries(*specs->datamap_ref(), out, *cat::wformat(type), nullptr, &type);
+    if (specs) write_entries(*specs->datamap_ref(), out, layout_of(type, out), nullptr, &type);
     out.flush();
     return true;
 }

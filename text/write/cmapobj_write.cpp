@@ -21,7 +21,7 @@ bool write_container(cObj const &obj, cForm form, cComposer &out) {
     objref const keep = objref::share(const_cast<cObj *>(&obj));
     hashref const entries = map->datamap_ref();
     out.begin();
-    char const format = *cat::wformat(obj);
+    char const format = layout_of(obj, out);
     out.put(form == cForm::map ? '{' : form == cForm::vector ? '[' : '<');
     if (format == 'w') put_comment(out, obj);
     cTypeObj const *const type = form == cForm::map      ? core.map
@@ -47,7 +47,7 @@ bool write_bare(hashref const &hash, cObj &obj, objref const &stream) {
     objref const keep = objref::share(&obj);
     cComposer out(*os);
     out.begin();
-    bool const whole = !hash || write_entries(*hash, out, *cat::wformat(obj), nullptr, &obj);
+    bool const whole = !hash || write_entries(*hash, out, layout_of(obj, out), nullptr, &obj);
     out.flush();
     return whole;
 }

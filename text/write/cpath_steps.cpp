@@ -46,7 +46,8 @@ bool is_plain_type(cTypeObj const &type, bool (*method)(cObj &, objref &)) {
 bool is_plain_key(objref const &key) {
     if (!key || key->flags_of(of_exe_member)) return false;
     cTypeObj const *const type = &key->type();
-    std::type_info const &exact = typeid(*key);
+    cObj const &object = *key;
+    std::type_info const &exact = typeid(object);
     bool const plain =
         type == &cat::type_string()
             ? exact == typeid(cObjD<std::string>) && is_plain_type(*type, cat::write_string)

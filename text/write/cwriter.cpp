@@ -39,6 +39,14 @@ char const *cat::wformat(cObj const &obj) {
     return text ? text->c_str() : "";
 }
 
+char layout_of(cObj const &obj, cComposer &out) {
+    if (!asks_user_code(obj.ommap_ptr()) && !asks_user_code(&obj.type().tmmap()) &&
+        !asks_user_code(core.global_hash))
+        return *cat::wformat(obj);
+    cUserCode const user(out);
+    return *cat::wformat(obj);
+}
+
 // --- names and quoting: one pass each, since erasing and inserting in place would be quadratic ---
 
 namespace {

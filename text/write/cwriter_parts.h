@@ -32,6 +32,13 @@ void tell_error(cErr const &error);
 // report_unwritable, whose exception is told like that.
 void tell_unwritable(std::string const &path);
 
+// Does a search in a table of members call the hooks of a program's keys?
+inline bool asks_user_code(cAttrHash const *members) noexcept {
+    return members && members->has_foreign_keys();
+}
+// The first character of cat::wformat.
+char layout_of(cObj const &obj, cComposer &out);
+
 // The object's comment, if it has one that can be written.
 void put_comment(cComposer &out, cObj const &obj);
 

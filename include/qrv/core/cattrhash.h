@@ -350,11 +350,13 @@ class QRV_API cAttrHash : public cShared, public cPooled {
 
     // Without a table: core/cattrhash_index.cpp.
     cFound probe_index(cSearch const &search) const;
+    bool make_room(cAttrNode const &node, std::uint32_t steps);
     void add_to_index(cAttrNode &node, cFound const &place);
     void make_index();
     void rebuild_row();
     void rebuild_index(std::uint32_t capacity);
-    void make_table(std::uint32_t size); // and larger where the insertions need it
+    void make_table(std::uint32_t size);
+    void try_table(std::uint32_t size) noexcept;
     bool index_holds(cAttrNode const &node) const;
 
     std::uint32_t size_;          // slots() of the table, made or not; a prime

@@ -317,6 +317,7 @@ class QRV_API cAttrScanner {
     void return_all(bool on) const;
     // Writes every token read from now on as a line to the standard error stream. The old value.
     bool setdump(bool on) const;
+    bool is_dumping() const;
 
     // The running counters: the place behind the last token read.
     unsigned position() const;
