@@ -55,7 +55,7 @@ class cCommonTokens {
 [[gnu::always_inline]] inline cToken const &cCommonTokens::single(cAttrLexer &lexer, int c) {
     lexer.begin_token();
     ++lexer.offset_;
-    lexer.token_.code = static_cast<signed char>(c);
+    lexer.token_.code = c < 128 ? c : c - 256;
     lexer.token_.text = {&singles[static_cast<std::size_t>(c)], 1};
     lexer.literal_filled_ = false;
     return lexer.token_;

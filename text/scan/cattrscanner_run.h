@@ -11,8 +11,8 @@
 namespace scan {
 
 #ifdef __SSE2__
-typedef unsigned char cSixteen __attribute__((vector_size(16)));
-typedef char cSixteenBits __attribute__((vector_size(16)));
+using cSixteen [[gnu::vector_size(16)]] = unsigned char;
+using cSixteenBits [[gnu::vector_size(16)]] = char;
 
 // Which of sixteen characters are in the set, a bit for each: as stops_at() has it.
 template <unsigned set> inline unsigned stops_of_sixteen(char const *p) {
