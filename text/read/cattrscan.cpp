@@ -50,16 +50,14 @@ int cAttrScan::gettok(cAttrLiteral &token) {
     return tkEof;
 }
 
-int cAttrScan::next() {
-    while (!eof_seen_) {
-        cToken const &token = next_token();
-        if (token.code != tkComment) {
-            if (token.code > 0) return token.code;
-            eof_seen_ = true;
-        } else if (return_com()) {
-            text_state().collect_comment(std::string(token.text));
-        }
+// Behind a token that ends the input or is a comment.
+int cAttrScan::next_after(int code) {
+    while (code == tkComment) {
+        if (return_com()) text_state().collect_comment(std::string(current().text));
+        code = next_token().code;
     }
+    if (code > 0) return code;
+    eof_seen_ = true;
     return tkEof;
 }
 

@@ -314,8 +314,6 @@ int cAttrScanner::gettoken(cAttrLiteral &token) const {
     return token.code;
 }
 
-cToken const &cAttrScanner::next_token() const { return lexer_->next(); }
-
 char const *cAttrScanner::memory_place() const {
     std::istream *const in = lexer_->input();
     return in ? scan::memory_place(*lexer_->buffer()) : nullptr;
@@ -324,7 +322,6 @@ char const *cAttrScanner::memory_place() const {
 void cAttrScanner::ungettoken() const { lexer_->unget(); }
 void cAttrScanner::ungettoken(cAttrLiteral const &token) const { lexer_->unget(token); }
 cAttrLiteral const &cAttrScanner::token() const { return lexer_->literal(); }
-cToken const &cAttrScanner::current() const { return lexer_->token_; }
 
 void cAttrScanner::resettoken() const {
     cToken const &token = lexer_->token_;
@@ -341,7 +338,6 @@ void cAttrScanner::flush() const {
 }
 
 bool cAttrScanner::return_ws() const { return lexer_->return_ws_; }
-bool cAttrScanner::return_com() const { return lexer_->return_com_; }
 void cAttrScanner::return_ws(bool on, cSetTmp<bool> *keep) const {
     if (keep) keep->take(lexer_->return_ws_);
     lexer_->return_ws_ = on;

@@ -157,6 +157,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     void start();
     void connect_handler() const;
     int next(); // as gettok; the token is the current one
+    int next_after(int code);
     bool read_inner(cMapObj &map, cTypeObj &type);
     static bool reads_entries(cTypeObj const &type);
     void note_new(objref const &value); // null, or no constant
@@ -179,6 +180,12 @@ class QRV_API cAttrScan : public cAttrScanner {
     unsigned about_column_ = 0;
     bool about_unclosed_ = false;
 };
+
+inline int cAttrScan::next() {
+    if (eof_seen_) return tkEof;
+    int const code = next_token().code;
+    return code > 0 && code != tkComment ? code : next_after(code);
+}
 
 namespace cat {
 // A container, or a bare list of entries up to the end of input, which becomes a map. 0 success;

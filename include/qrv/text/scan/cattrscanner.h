@@ -222,9 +222,9 @@ class QRV_API cAttrLexer : public attrFlexLexer {
 
   private:
     friend class cAttrScanner;
+    friend class cCommonTokens;
     int gettoken();
     cToken const &next();
-    cToken const &next_common();
     cToken const &next_of_any_kind();
     cToken const &held_token();
     cToken const &scan();
@@ -268,7 +268,7 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     cAttrLiteral literal_;             // the current token with a string, once that was asked for
     std::vector<cAttrLiteral> pushed_; // a stack, below the token that comes again
     // The texts of the last two tokens, where views of the input don't last: short ones and others.
-    static constexpr std::size_t short_text = 16;
+    static constexpr std::size_t short_text = 32;
     char short_texts_[2][short_text];
     std::string texts_[2];
     unsigned last_text_ = 0;
@@ -298,7 +298,7 @@ class QRV_API cAttrScanner {
     // The current token; changes with the next one read from any scanner on the stream.
     cAttrLiteral const &token() const;
     // The same as a view. Costs nothing, where token() copies the text, of later tokens too.
-    cToken const &current() const;
+    cToken const &current() const { return lexer_->token_; }
 
     // Going back: forgets tokens pushed back and look-ahead, clears the stream's state and seeks. A
     // stream that can't seek stays where it is, in a good state. Since the position counts no
@@ -311,7 +311,7 @@ class QRV_API cAttrScanner {
     // Whether white space and comments come as tokens. `keep` puts the former value back when it
     // dies; it must die before this scanner.
     bool return_ws() const;
-    bool return_com() const;
+    bool return_com() const { return lexer_->return_com_; }
     void return_ws(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_com(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_all(bool on) const;
@@ -344,8 +344,8 @@ class QRV_API cAttrScanner {
   protected:
     // The next token's code; 0 at the end of input, again and again. The token stays in the lexer.
     int gettoken() const;
-    int gettoken(cAttrLiteral &token) const; // and a copy of it
-    cToken const &next_token() const;        // and the current token itself
+    int gettoken(cAttrLiteral &token) const;                    // and a copy of it
+    cToken const &next_token() const { return lexer_->next(); } // and the current token itself
     // Reads up to the bracket that closes, behind one that was read; its code. 0 if the input ends
     // first, or a token of a code below 0 comes.
     int read_enclosed(int open, int close, cEnclosedText &to) const;
