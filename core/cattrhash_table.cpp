@@ -219,7 +219,8 @@ void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) 
     node.hash_ = search.hash;
     node.table_ = this;
     // A clone may be of another type than its source; then its kind tells nothing about the hash.
-    node.kind_ = kind_of(node.key_) == search.kind ? search.kind : cKeyKind::other;
+    bool const same = search.own_key || kind_of(node.key_) == search.kind;
+    node.kind_ = same ? search.kind : cKeyKind::other;
     if (form_ != cHashForm::table && !fits_index(node.kind_)) {
         make_table(first_size);
         if (node.kind_ != cKeyKind::other) // the index was seeded, or the table is
