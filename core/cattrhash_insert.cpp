@@ -54,7 +54,19 @@ cAttrInsert::cPlace cAttrInsert::adopt(cAttrHash &hash, cKeyPlace const &place, 
     return {&add(hash, place.found_, place.search_, std::move(key), std::move(value)), true};
 }
 
+cAttrNode *cAttrInsert::find(cAttrHash const &hash, cKnownText const &key) {
+    if (hash.others_ || hash.seeded_) return hash.find(std::string(key.text));
+    return hash.probe({key.hash, cKeyKind::string_key, nullptr, key.text}).node;
+}
+
 bool cAttrInsert::append(cAttrHash &hash, objref const &value) {
     if (hash.no_ints_ != 0 || !is_ready(hash)) return false;
-    return number(hash, hash.after_last_index(), value).is_new;
+    int const key = hash.after_last_index();
+    bool const is_new = key >= 0; // greater than all others
+    if (!is_new || hash.form_ == cHashForm::index || hash.form_ == cHashForm::table)
+        return number(hash, key, value).is_new;
+    cAttrHash::cSearch search = hash.search_for(key);
+    search.own_key = true;
+    add(hash, {nullptr, 0, 0, false}, search, cat::make_value(key), value);
+    return true;
 }

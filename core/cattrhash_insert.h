@@ -38,6 +38,14 @@ struct cAttrInsert {
     static cPlace adopt(cAttrHash &hash, objref &&key, objref const &value) {
         return adopt(hash, std::move(key), objref(value));
     }
+    // A text that is looked up often, with its hash.
+    struct cKnownText {
+        explicit cKnownText(std::string_view key) : text(key), hash(text_hash(key, false)) {}
+        std::string_view text;
+        std::uint32_t hash;
+    };
+    static cAttrNode *find(cAttrHash const &hash, cKnownText const &key);
+
     // As vect_append; false where the hash isn't ready, its keys aren't all ints, or the greatest
     // int is among them.
     static bool append(cAttrHash &hash, objref const &value);

@@ -114,12 +114,18 @@ cHashReader::cShort cHashReader::unread_word(objref &value, cToken word) {
 
 // A new key or value, for a comment that may follow.
 inline void cHashReader::note(objref const &value, bool as_key) {
-    if (!state_.com_collected().empty()) {
-        note_now();
-        cReadingKey const now(as_key);
-        scan_.note_new(nullptr); // RUNS FOREIGN CODE
+    bool const handing = !state_.com_collected().empty();
+    if (state_.is_late() && !handing) {
+        noted_ = value.get();
+        return;
     }
-    noted_ = value.get();
+    note_now();
+    cReadingKey const now(as_key);
+    if (handing) scan_.note_new(nullptr); // RUNS FOREIGN CODE
+    if (state_.is_late())
+        noted_ = value.get();
+    else
+        scan_.note_new(value);
 }
 
 // Before anything but the short way goes on. No comment was there when the value was read.
@@ -183,11 +189,14 @@ bool cHashReader::is_late_key(objref const &key) const {
 cHashReader::cNext cHashReader::read_key(cEntry &entry) {
     cShort const done = read_short(entry.key, true);
     if (done == cShort::closed) return cNext::stop;
-    if (!state_.is_late()) note_now();
     if (done == cShort::done && delim_ == '=' &&
         (short_code_ == tkIdent || short_code_ == tkInt || short_code_ == tkString))
         return cNext::value;
     note_now();
+    return read_long_key(entry, done);
+}
+
+[[gnu::noinline]] cHashReader::cNext cHashReader::read_long_key(cEntry &entry, cShort done) {
     objref key = std::move(entry.key);
     int result = 0;
     {
@@ -263,21 +272,24 @@ void cHashReader::register_type(cEntry &entry) {
     entry.result = cAttrScan::asrType;
 }
 
+// A key without a value, or a value without a key: it is in no path.
+[[gnu::noinline]] bool cHashReader::store_alone(cEntry &entry) {
+    state_.settle();
+    cAboutValue const about_key(session_);
+    bool const by_index = !entry.key;
+    if (by_index) entry.key = cat::of(index_);
+    if (!entry.value) entry.value = cat::bad();
+    store(entry);
+    if (by_index) next_index();
+    return true;
+}
+
 bool cHashReader::read_entry() {
     cEntry entry;
     if (!listed_) {
         cNext const next = read_key(entry);
         if (next == cNext::stop) return false;
-        if (next == cNext::store) { // without a key of its own it is in no path
-            state_.settle();
-            cAboutValue const about_key(session_);
-            bool const by_index = !entry.key;
-            if (by_index) entry.key = cat::of(index_);
-            if (!entry.value) entry.value = cat::bad();
-            store(entry);
-            if (by_index) next_index();
-            return true;
-        }
+        if (next == cNext::store) return store_alone(entry);
         if (state_.is_late() && !is_late_key(entry.key)) state_.settle();
     }
     return read_keyed(entry);
@@ -287,7 +299,6 @@ bool cHashReader::read_entry() {
 bool cHashReader::read_keyed(cEntry &entry) {
     bool const by_index = !entry.key;
     cShort done = cShort::none;
-    std::optional<cAttrInsert::cKeyPlace> place;
     if (state_.is_late() && !cat::is_on(cat::io_channel)) {
         done = read_short(entry.value, false);
         if (done == cShort::closed) return false;
@@ -295,13 +306,22 @@ bool cHashReader::read_keyed(cEntry &entry) {
             if (by_index) next_index();
             return true;
         }
-        if ((done == cShort::none || done == cShort::opened) && entry.key) {
-            place.emplace(hash_, entry.key);
-            if (!place->is_new()) state_.settle();
-        }
     }
     note_now();
-    if (by_index && !entry.key) entry.key = cat::of(index_);
+    if (!read_rest(entry, done)) return false;
+    if (by_index) next_index();
+    return true;
+}
+
+// The same for what is more than the short way. Kept out of it, which many entries don't leave.
+[[gnu::noinline]] bool cHashReader::read_rest(cEntry &entry, cShort done) {
+    bool const by_index = !entry.key;
+    std::optional<cAttrInsert::cKeyPlace> place;
+    if (state_.is_late() && (done == cShort::none || done == cShort::opened) && entry.key) {
+        place.emplace(hash_, entry.key);
+        if (!place->is_new()) state_.settle();
+    }
+    if (by_index) entry.key = cat::of(index_);
     std::optional<cPathStep> step(std::in_place, entry.key, cPathStep::on_demand);
     if (cat::is_on(cat::io_channel)) {
         state_.settle();
@@ -313,7 +333,6 @@ bool cHashReader::read_keyed(cEntry &entry) {
         step.reset();
         if (put_container(entry, place)) {
             state_.late_stored();
-            if (by_index) next_index();
             return true;
         }
         step.emplace(entry.key, cPathStep::on_demand);
@@ -327,7 +346,6 @@ bool cHashReader::read_keyed(cEntry &entry) {
         state_.late_stored();
     else if (keyed)
         state_.enter_value(entry.result == 0 ? held : cat::bad());
-    if (by_index) next_index();
     return true;
 }
 

@@ -55,8 +55,11 @@ class cHashReader {
     bool is_late_key(objref const &key) const;
     int read_long(objref &value, cShort done);
     cNext read_key(cEntry &entry);
+    cNext read_long_key(cEntry &entry, cShort done);
+    bool store_alone(cEntry &entry);
     bool read_value(cEntry &entry, cShort done);
     bool read_keyed(cEntry &entry);
+    bool read_rest(cEntry &entry, cShort done);
     bool is_plain_entry(cEntry const &entry);
     bool put_new(cEntry &entry);
     bool put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPlace> const &place);
