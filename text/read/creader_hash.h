@@ -9,7 +9,8 @@
 //
 // Most entries are a number, a word or a string under a key that is new. They take the short way:
 // while the entries are late (cLateEntries), no step of the path, and no object but the key and the
-// value, is made for them. What it can't finish is handed to the general way.
+// value, is made for them. What it can't finish is handed to the general way; a container made by
+// its bracket comes back from there to be put as they are.
 
 #include "containers/value_index.h"
 #include "core/cattrhash_insert.h"
