@@ -38,6 +38,7 @@ struct cAttrHash::cSearch {
     cKeyKind kind;
     objref const *key;     // null when only text or hash is given: nothing foreign is met then
     std::string_view text; // of a string key
+    bool own_key = false;  // a new node's key is of that kind, not a clone made by other code
 };
 
 // Keeps a hash in memory while an operation runs foreign code that may drop its last owner. A hash

@@ -3,7 +3,7 @@
 // once, the node takes the key object itself, and no user code runs. The effect on the hash is that
 // of mapitem with the same key and value.
 
-#include "qrv/core/cattrhash.h"
+#include "core/cattrhash_detail.h"
 
 struct cAttrInsert {
     struct cPlace {
@@ -18,9 +18,34 @@ struct cAttrInsert {
     // Values must be good and not executable.
     static cPlace text(cAttrHash &hash, std::string_view key, objref const &value);
     static cPlace number(cAttrHash &hash, int key, objref const &value);
-    // The key is exactly a string or an int, and nobody else holds it. It stays the caller's if it
-    // was there before.
-    static cPlace adopt(cAttrHash &hash, objref &&key, objref const &value);
+    // Where a key belongs that is exactly a string or an int; valid as long as nothing happens to
+    // the hash and to the key.
+    class cKeyPlace {
+      public:
+        cKeyPlace(cAttrHash const &hash, objref const &key);
+        bool is_new() const noexcept { return !found_.node; }
+
+      private:
+        friend struct cAttrInsert;
+        cAttrHash::cSearch search_;
+        cAttrHash::cFound found_;
+    };
+    // Nobody else holds the key. Key and value stay the caller's if the key was there before.
+    static cPlace adopt(cAttrHash &hash, cKeyPlace const &place, objref &&key, objref &&value);
+    static cPlace adopt(cAttrHash &hash, objref &&key, objref &&value) {
+        return adopt(hash, cKeyPlace(hash, key), std::move(key), std::move(value));
+    }
+    static cPlace adopt(cAttrHash &hash, objref &&key, objref const &value) {
+        return adopt(hash, std::move(key), objref(value));
+    }
+    // A text that is looked up often, with its hash.
+    struct cKnownText {
+        explicit cKnownText(std::string_view key) : text(key), hash(text_hash(key, false)) {}
+        std::string_view text;
+        std::uint32_t hash;
+    };
+    static cAttrNode *find(cAttrHash const &hash, cKnownText const &key);
+
     // As vect_append; false where the hash isn't ready, its keys aren't all ints, or the greatest
     // int is among them.
     static bool append(cAttrHash &hash, objref const &value);
@@ -36,4 +61,6 @@ struct cAttrInsert {
   private:
     template <class MakeKey> static cPlace insert(cAttrHash &hash, cAttrHash::cSearch const &search,
                                                   MakeKey make_key, objref const &value);
+    static cAttrNode &add(cAttrHash &hash, cAttrHash::cFound const &found,
+                          cAttrHash::cSearch const &search, objref key, objref value);
 };

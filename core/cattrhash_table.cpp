@@ -218,7 +218,8 @@ cAttrNode *cAttrHash::force_node(objref const &key) {
 void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) {
     node.hash_ = search.hash;
     // A clone may be of another type than its source; then its kind tells nothing about the hash.
-    node.kind_ = kind_of(node.key_) == search.kind ? search.kind : cKeyKind::other;
+    bool const same = search.own_key || kind_of(node.key_) == search.kind;
+    node.kind_ = same ? search.kind : cKeyKind::other;
     if (form_ != cHashForm::table && !make_room(node, place.steps)) {
         if (node.kind_ != cKeyKind::other) // texts were seeded, or are
             node.hash_ = search_for(node.key_).hash;

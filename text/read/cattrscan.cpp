@@ -23,7 +23,9 @@ void cAttrScan::start() {
     connect_handler();
 }
 
+// While entries are late no user code runs that could have disconnected it.
 void cAttrScan::connect_handler() const {
+    if (text_state().is_late()) return;
     cReadSession const *const session = cReadSession::current();
     if (session && session->capture())
         sig_error().connect(session->capture()->slot());

@@ -1,6 +1,5 @@
 #include "text/read/creader_hash.h"
 
-#include "core/cattrhash_insert.h"
 #include "core/cbuiltin.h"
 #include "core/cscalar.h"
 #include "diagnostics/cerrline.h"
@@ -73,48 +72,80 @@ void cHashReader::fail(cErrText const &error, std::string const &what) {
 
 // --- the short way ---
 
-// A literal or a word that is one value. Where that can't be known, or fails, nothing was read.
-cHashReader::cShort cHashReader::read_short(objref &value) {
+// A literal or a word that is one value, or the bracket before one. Where that can't be known, or
+// fails, nothing was read.
+cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
     int code = scan_.next();
     if (code == ';' || code == ',') { // that of a container before, for instance
         scan_.separator_passed_ = true;
         code = scan_.next();
     }
-    cToken first = scan_.current();
+    cToken const &first = scan_.current();
+    cReadSession::cPlace const place{first.outer_line, first.outer_column};
     short_code_ = code;
     if (code == tkIdent) {
         value = cat::make_value(std::string(first.text));
+        cToken const word = first;
         int const end = scan_.next();
-        if (!cValueReader::ends_value(end)) {
-            scan_.ungettoken();
-            first.text = *cat::value_in<std::string>(value.get()); // comments may follow the word
-            scan_.ungettoken(cAttrLiteral(first));
-            value = nullptr;
-            return cShort::none;
-        }
-        scan_.note_new(value);
+        if (!cValueReader::ends_value(end)) return unread_word(value, word);
+        note(value, as_key);
         delim_ = end;
     } else if (code >= tkInt && code <= tkString && literal_value(code, first.text, value)) {
-        scan_.note_new(value);
+        note(value, as_key);
         delim_ = scan_.next();
-    } else if (closes(code)) {
+    } else if (code == '{' || code == '[' || code == '<') {
+        scan_.separator_passed_ = false;
+        return cShort::opened;
+    } else if (closes(code, as_key)) {
         return cShort::closed;
     } else {
         if (code != tkEof) scan_.ungettoken();
         return cShort::none;
     }
     scan_.separator_passed_ = false;
-    session_.value_place({first.outer_line, first.outer_column});
+    session_.value_place(place);
     return cValueReader::ends_value(delim_) ? cShort::done : cShort::unended;
 }
 
+// The word may be the name of a type.
+cHashReader::cShort cHashReader::unread_word(objref &value, cToken word) {
+    scan_.ungettoken();
+    word.text = *cat::value_in<std::string>(value.get()); // comments may follow the word
+    scan_.ungettoken(cAttrLiteral(word));
+    value = nullptr;
+    return cShort::none;
+}
+
+// A new key or value, for a comment that may follow.
+inline void cHashReader::note(objref const &value, bool as_key) {
+    bool const handing = !state_.com_collected().empty();
+    if (state_.is_late() && !handing) {
+        noted_ = value.get();
+        return;
+    }
+    note_now();
+    cReadingKey const now(as_key);
+    if (handing) scan_.note_new(nullptr); // RUNS FOREIGN CODE
+    if (state_.is_late())
+        noted_ = value.get();
+    else
+        scan_.note_new(value);
+}
+
+// Before anything but the short way goes on. No comment was there when the value was read.
+void cHashReader::note_now() {
+    cObj *const noted = std::exchange(noted_, nullptr);
+    if (noted && scan_.return_com()) state_.last_noted() = objref::share(noted);
+}
+
 // The closing bracket of the container, in the place of a key or of an item.
-bool cHashReader::closes(int code) {
+bool cHashReader::closes(int code, bool as_key) {
     bool const may_close = is_closing(code) && code != tkEof;
-    if (!may_close || !(listed_ || state_.reading_key())) return false;
+    if (!may_close || !(listed_ || as_key)) return false;
     if (!state_.com_collected().empty()) return false;
     scan_.separator_passed_ = false;
-    scan_.note_object(nullptr);
+    noted_ = nullptr;
+    scan_.note_new(nullptr);
     session_.value_place({scan_.current().outer_line, scan_.current().outer_column});
     delim_ = code;
     return true;
@@ -124,7 +155,9 @@ bool cHashReader::closes(int code) {
 int cHashReader::read_long(objref &value, cShort done) {
     if (done == cShort::done) return 0;
     if (done == cShort::none) return scan_.scan_obj(value, &delim_);
-    int const code = cValueReader::finish_literal(scan_, value, delim_, session_.value_place());
+    int const code = done == cShort::opened ? cValueReader::finish_container(scan_, value, delim_)
+                                            : cValueReader::finish_literal(scan_, value, delim_,
+                                                                           session_.value_place());
     if (code != 0) value = cat::bad();
     return code;
 }
@@ -135,7 +168,17 @@ bool cHashReader::put_new(cEntry &entry) {
     if (seen_) return false;
     if (listed_) return cAttrInsert::append(hash_, entry.value);
     if (entry.key->has_ommap()) return false; // a comment, which a key in a map doesn't have
-    return cAttrInsert::adopt(hash_, std::move(entry.key), entry.value).is_new;
+    return cAttrInsert::adopt(hash_, std::move(entry.key), std::move(entry.value)).is_new;
+}
+
+// A container that was made by its bracket, where its key is new.
+bool cHashReader::put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPlace> const &place) {
+    bool const plain = entry.fresh && entry.result == 0 && !entry.value->is_exe();
+    if (!plain || seen_ || !state_.is_late()) return false;
+    if (listed_) return cAttrInsert::append(hash_, entry.value);
+    if (!place || entry.key->has_ommap()) return false;
+    cAttrInsert::adopt(hash_, *place, std::move(entry.key), std::move(entry.value));
+    return true;
 }
 
 // Is the key of an entry one under which it can be late? What scanned it has its token.
@@ -148,12 +191,20 @@ bool cHashReader::is_late_key(objref const &key) const {
 
 // The key of an entry of a map. A map alone is a value without a key.
 cHashReader::cNext cHashReader::read_key(cEntry &entry) {
-    objref key;
+    cShort const done = read_short(entry.key, true);
+    if (done == cShort::closed) return cNext::stop;
+    if (done == cShort::done && delim_ == '=' &&
+        (short_code_ == tkIdent || short_code_ == tkInt || short_code_ == tkString))
+        return cNext::value;
+    note_now();
+    return read_long_key(entry, done);
+}
+
+[[gnu::noinline]] cHashReader::cNext cHashReader::read_long_key(cEntry &entry, cShort done) {
+    objref key = std::move(entry.key);
     int result = 0;
     {
         cReadingKey const key_now(true);
-        cShort const done = read_short(key);
-        if (done == cShort::closed) return cNext::stop;
         if (done != cShort::done) state_.settle();
         result = read_long(key, done);
     }
@@ -225,21 +276,24 @@ void cHashReader::register_type(cEntry &entry) {
     entry.result = cAttrScan::asrType;
 }
 
+// A key without a value, or a value without a key: it is in no path.
+[[gnu::noinline]] bool cHashReader::store_alone(cEntry &entry) {
+    state_.settle();
+    cAboutValue const about_key(session_);
+    bool const by_index = !entry.key;
+    if (by_index) entry.key = cat::of(index_);
+    if (!entry.value) entry.value = cat::bad();
+    store(entry);
+    if (by_index) next_index();
+    return true;
+}
+
 bool cHashReader::read_entry() {
     cEntry entry;
     if (!listed_) {
         cNext const next = read_key(entry);
         if (next == cNext::stop) return false;
-        if (next == cNext::store) { // without a key of its own it is in no path
-            state_.settle();
-            cAboutValue const about_key(session_);
-            bool const by_index = !entry.key;
-            if (by_index) entry.key = cat::of(index_);
-            if (!entry.value) entry.value = cat::bad();
-            store(entry);
-            if (by_index) next_index();
-            return true;
-        }
+        if (next == cNext::store) return store_alone(entry);
         if (state_.is_late() && !is_late_key(entry.key)) state_.settle();
     }
     return read_keyed(entry);
@@ -250,23 +304,43 @@ bool cHashReader::read_keyed(cEntry &entry) {
     bool const by_index = !entry.key;
     cShort done = cShort::none;
     if (state_.is_late() && !cat::is_on(cat::io_channel)) {
-        cReadingKey const value_now(false);
-        done = read_short(entry.value);
+        done = read_short(entry.value, false);
         if (done == cShort::closed) return false;
         if (done == cShort::done && delim_ != '=' && put_new(entry)) {
             if (by_index) next_index();
             return true;
         }
-        if (done == cShort::none && entry.key && hash_.find(entry.key)) state_.settle();
     }
-    if (by_index && !entry.key) entry.key = cat::of(index_);
-    cPathStep const step(entry.key, cPathStep::on_demand);
+    note_now();
+    if (!read_rest(entry, done)) return false;
+    if (by_index) next_index();
+    return true;
+}
+
+// The same for what is more than the short way. Kept out of it, which many entries don't leave.
+[[gnu::noinline]] bool cHashReader::read_rest(cEntry &entry, cShort done) {
+    bool const by_index = !entry.key;
+    std::optional<cAttrInsert::cKeyPlace> place;
+    if (state_.is_late() && (done == cShort::none || done == cShort::opened) && entry.key) {
+        place.emplace(hash_, entry.key);
+        if (!place->is_new()) state_.settle();
+    }
+    if (by_index) entry.key = cat::of(index_);
+    std::optional<cPathStep> step(std::in_place, entry.key, cPathStep::on_demand);
     if (cat::is_on(cat::io_channel)) {
         state_.settle();
         *cat::io_channel << state_.path() << std::endl;
     }
     if (!entry.value) entry.value = cat::bad();
     if (!read_value(entry, done)) return false;
+    if (done == cShort::opened && state_.is_late()) {
+        step.reset();
+        if (put_container(entry, place)) {
+            state_.late_stored();
+            return true;
+        }
+        step.emplace(entry.key, cPathStep::on_demand);
+    }
     cAboutValue const about_value(session_);
     bool const keyed = entry.key_result == 0;
     if (!is_plain_entry(entry)) state_.settle();
@@ -276,7 +350,6 @@ bool cHashReader::read_keyed(cEntry &entry) {
         state_.late_stored();
     else if (keyed)
         state_.enter_value(entry.result == 0 ? held : cat::bad());
-    if (by_index) next_index();
     return true;
 }
 
@@ -383,6 +456,7 @@ void cHashReader::report_unclosed(bool counted) {
 
 int cHashReader::read() {
     while (!is_closing(delim_) && read_entry()) continue;
+    note_now();
     if (delim_ == tkEof && hash_.empty()) {
         // A bracket alone is no error here: a vector's is told by the reader of values, a map's
         // and a set's only to people.

@@ -9,9 +9,11 @@
 //
 // Most entries are a number, a word or a string under a key that is new. They take the short way:
 // while the entries are late (cLateEntries), no step of the path, and no object but the key and the
-// value, is made for them. What it can't finish is handed to the general way.
+// value, is made for them. What it can't finish is handed to the general way; a container made by
+// its bracket comes back from there to be put as they are.
 
 #include "containers/value_index.h"
+#include "core/cattrhash_insert.h"
 #include "qrv/text/read/cattrscan.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
@@ -40,20 +42,28 @@ class cHashReader {
         bool fresh = false; // the value was made for this entry, by the library alone
     };
     enum class cNext { value, store, stop };
-    // How far the short way came: nowhere, to the token after a literal, which doesn't end it, to
-    // the end of the value, or there is none but the container's closing bracket.
-    enum class cShort { none, unended, done, closed };
+    // How far the short way came: nowhere, past an opening bracket, to the token after a literal,
+    // which doesn't end it, to the end of the value, or there is none but the container's closing
+    // bracket.
+    enum class cShort { none, opened, unended, done, closed };
 
     bool read_entry(); // false at the end of the entries
-    cShort read_short(objref &value);
-    bool closes(int code);
+    cShort read_short(objref &value, bool as_key);
+    cShort unread_word(objref &value, cToken word);
+    bool closes(int code, bool as_key);
+    void note(objref const &value, bool as_key);
+    void note_now();
     bool is_late_key(objref const &key) const;
     int read_long(objref &value, cShort done);
     cNext read_key(cEntry &entry);
+    cNext read_long_key(cEntry &entry, cShort done);
+    bool store_alone(cEntry &entry);
     bool read_value(cEntry &entry, cShort done);
     bool read_keyed(cEntry &entry);
+    bool read_rest(cEntry &entry, cShort done);
     bool is_plain_entry(cEntry const &entry);
     bool put_new(cEntry &entry);
+    bool put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPlace> const &place);
     void register_type(cEntry &entry);
     objref store(cEntry const &entry); // the value that the key has afterwards, bad if none
     objref stored(objref const &key) const;
@@ -80,5 +90,7 @@ class cHashReader {
     int index_ = 0;
     int delim_ = 1;
     int short_code_ = 0; // the first token of what the short way read last
+    // The key or value read last, which is not noted yet: a comment after it is rare.
+    cObj *noted_ = nullptr;
     unsigned const first_line_;
 };

@@ -122,6 +122,13 @@ int cValueReader::finish_literal(cAttrScan &scan, objref &value, int &end,
     return reader.run(&cValueReader::read_unended);
 }
 
+int cValueReader::finish_container(cAttrScan &scan, objref &value, int &end) {
+    cValueReader reader(scan, value, end);
+    reader.first_.outer_line = scan.current().outer_line;
+    reader.first_.outer_column = scan.current().outer_column;
+    return reader.run(&cValueReader::read_opened);
+}
+
 void cValueReader::report(cErrText const &error, std::string const &what) {
     begin_error(scan_, error) << what;
     scan_.about(first_);
@@ -161,13 +168,19 @@ int cValueReader::read() {
         return read_word();
     }
     if (t >= tkInt && t <= tkString) return read_literal();
+    return read_opened();
+}
+
+// A container whose opening bracket is the current token.
+int cValueReader::read_opened() {
+    int const t = end_ = scan_.current().code;
     if (t == '<')
         value_ = make<cSetObj>();
     else if (t == '[')
         value_ = make<cVectorObj>();
     else
         value_ = make<cMapObj>();
-    scan_.note_object(value_);
+    scan_.note_new(value_);
     if (too_deep()) {
         scan_.read_to_endcontainer(t);
         return cAttrScan::asrSyntax;

@@ -30,6 +30,8 @@ class cValueReader {
     int read();
     // A literal was read that began there, and the current token, which doesn't end it.
     static int finish_literal(cAttrScan &scan, objref &value, int &end, cReadSession::cPlace place);
+    // The current token opens a container.
+    static int finish_container(cAttrScan &scan, objref &value, int &end);
 
   private:
     int next_token();
@@ -39,6 +41,7 @@ class cValueReader {
     int read_unended();
     int read_word();
     int read_typed(cAttrLiteral const &bracket);
+    int read_opened();
     int read_container();
     int read_own_container(cTypeObj &type);
     int read_text(cAttrLiteral const &bracket, std::string const &name);

@@ -6,6 +6,7 @@
 #include "qrv/text/write/cwriter.h"
 
 #include "base/cchars.h"
+#include "core/cattrhash_insert.h"
 #include "qrv/core/cobjd.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
@@ -23,15 +24,15 @@
 
 namespace {
 // The member of a table, if it is a good value.
-cObj const *good_member(cAttrHash const *table, std::string const &name) {
-    cAttrNode const *const node = table ? table->find(name) : nullptr;
+cObj const *good_member(cAttrHash const *table, cAttrInsert::cKnownText const &name) {
+    cAttrNode const *const node = table ? cAttrInsert::find(*table, name) : nullptr;
     return node && cObj::is_good(node->valref()) ? node->valref().get() : nullptr;
 }
 } // namespace
 
 // What gmember("wformat") finds, without making a key.
 char const *cat::wformat(cObj const &obj) {
-    std::string const name("wformat");
+    static cAttrInsert::cKnownText const name("wformat");
     cObj const *member = good_member(obj.ommap_ptr(), name);
     if (!member) member = good_member(&obj.type().tmmap(), name);
     if (!member) member = good_member(core.global_hash, name);
