@@ -96,6 +96,7 @@ class cDetach {
 
     bool all(cMapObj &map);
     bool item_quietly(cAttrHash &hash, cRest &rest, bool &done);
+    bool container_quietly(cAttrHash &hash, cAttrNode &node);
     void expect_user_code();
     bool is_quiet(cObj const &container) const;
     bool item(cAttrHash &hash, objref const &key);
@@ -129,23 +130,35 @@ bool cDetach::item_quietly(cAttrHash &hash, cRest &rest, bool &done) {
     cAttrNode &node = *rest.node;
     objref const &value = node.valref();
     if (!cAttrInsert::has_plain_key(node)) return false;
-    bool const is_void = cObj::is_void(value);
-    bool const is_container = !is_void && value->is_container();
-    objref clone;
-    if (is_container) {
-        if (value->refs() == 1 || !is_quiet(*value)) return false;
-    } else if (!is_void) {
-        if (value->refs() > 1) clone = cat::clone_plainly(*value);
-        if (!clone) return false;
-    }
-    rest.node = hash.next(&node);
-    if (is_container)
-        done &= container(hash, node.key(), value);
-    else if (clone)
-        node.valref_() = std::move(clone);
-    else
+    if (cObj::is_void(value)) {
         done = false;
+    } else if (value->refs() == 1) {
+        return false;
+    } else if (value->type().flags_of(tf_container)) {
+        if (!is_quiet(*value)) return false;
+        rest.node = hash.node_at(node.next());
+        done &= container_quietly(hash, node);
+        return true;
+    } else {
+        objref clone = cat::clone_plainly(*value);
+        if (!clone) return false;
+        node.valref_() = std::move(clone);
+    }
+    rest.node = hash.node_at(node.next());
     return true;
+}
+
+// What is below may run user code, which may remove the node.
+bool cDetach::container_quietly(cAttrHash &hash, cAttrNode &node) {
+    objref const key = node.key(), value = node.valref();
+    objref new_value = new_container(value);
+    if (!new_value) return true;
+    bool const done = copy(value, new_value);
+    if (quiet_)
+        node.valref_() = std::move(new_value);
+    else
+        hash.setitem(key, new_value);
+    return done;
 }
 
 // Not a container: a clone. The reference handed in is a second owner, so a value is never taken

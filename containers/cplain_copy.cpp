@@ -9,6 +9,7 @@
 #include "containers/value_index.h"
 #include "core/cattrhash_insert.h"
 #include "core/cbuiltin.h"
+#include "core/cfresh.h"
 #include "core/cscalar.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/csetobj.h"
@@ -42,9 +43,10 @@ bool is_plain_target(cMapObj const &target) {
     return !target.flags_of(int{asf_all} | int{of_const_keys}) && !target.entrytype();
 }
 
+// Of a value whose type's `create` does nothing.
 template <class T> objref clone_of(cObj const &value) {
     T const *const known = cat::value_in<T>(&value);
-    return known ? cat::make_value(*known) : objref();
+    return known ? objref(make<cObjD<T>>(*known, &value.type())) : objref();
 }
 
 } // namespace
@@ -69,7 +71,9 @@ bool cat::copy_plainly(cObj &target, cObj const &source) {
     cMapObj *const map = &target.type() == &source.type() ? as_map(&target) : nullptr;
     if (!map || !is_plain_target(*map) || !copies_plainly(source)) return false;
     cAttrHash const &from = as_map(&source)->datamap();
-    if (cObj::is_map(&target) && !is_plainly_apart(from, target)) return false;
+    constexpr unsigned attrcopy = 1;
+    bool const may_be_below = cObj::is_map(&target) && !cFresh::is_held_by(target, attrcopy);
+    if (may_be_below && !is_plainly_apart(from, target)) return false;
     hashref const to = map->datamap_ref();
     cAttrInsert::copy(*to, from);
     return true;
@@ -82,9 +86,9 @@ objref cat::clone_plainly(cObj const &value) {
         return clone_of<std::string>(value);
     case cObjClass::integer:
         return clone_of<int>(value);
-    case cObjClass::single:
+    case cObjClass::float_number:
         return clone_of<float>(value);
-    case cObjClass::dbl:
+    case cObjClass::double_number:
         return clone_of<double>(value);
     case cObjClass::boolean:
         return clone_of<bool>(value);

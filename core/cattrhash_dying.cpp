@@ -46,13 +46,19 @@ void cAttrHash::cDying::put_in_order() {
     ++hash_.changes_;
     ++hash_.disturbed_;
     hash_.others_ = hash_.no_ints_ = 0;
+    bool has_greatest = hash_.greatest_ < 0;
     for (cAttrNode *node = hash_.first(); node; node = hash_.next(node)) {
         hash_.others_ += node->kind_ == cKeyKind::other;
         hash_.no_ints_ += node->kind_ != cKeyKind::int_key;
+        has_greatest |=
+            node->kind_ == cKeyKind::int_key && static_cast<int>(node->hash_) == hash_.greatest_;
     }
     bool const empty = hash_.used_ == 0;
-    hash_.greatest_ = -1;
-    hash_.greatest_known_ = hash_.is_vector_ = empty;
-    if (empty) hash_.moved_ = false;
+    if (empty) {
+        hash_.greatest_ = -1;
+        hash_.moved_ = false;
+    }
+    hash_.greatest_known_ = empty || (hash_.greatest_known_ && has_greatest);
+    hash_.is_vector_ = empty;
     if (hash_.form_ != cHashForm::table) hash_.try_table(hash_.size_);
 }

@@ -65,12 +65,11 @@ cAttrHash::cFound cAttrHash::probe_index(cSearch const &search) const {
         return {found ? node_of(words_[search.hash]) : nullptr, 0, 0, false};
     }
     cIndexSteps at(search.hash, capacity_, seeded_);
-    for (std::uint32_t steps = 1;; ++steps, at.next()) {
-        ++hash_probes;
-        cAttrNode *const node = node_of(words_[at.at]);
-        if (!node) return {nullptr, at.at, steps, false};
-        if (is_it(*node)) return {node, 0, steps, false};
-    }
+    std::uint32_t steps = 1;
+    cAttrNode *node = node_of(words_[at.at]);
+    for (; node && !is_it(*node); ++steps, node = node_of(words_[at.at])) at.next();
+    hash_probes += steps;
+    return {node, at.at, steps, false};
 }
 
 // Before a node is linked, so that the hash is whole if there is no memory. False if what a search

@@ -53,12 +53,15 @@ struct cAttrInsert {
     // core/cattrhash_copy.cpp: is the key exactly a string or an int; and does copy() have the
     // effect of mapitem for each node, that is, are all keys plain and all values good and not
     // executable?
-    static bool has_plain_key(cAttrNode const &node) noexcept;
+    static bool has_plain_key(cAttrNode const &node) noexcept {
+        return node.kind_ == cKeyKind::string_key || node.kind_ == cKeyKind::int_key;
+    }
     static bool is_copyable(cAttrHash const &hash) noexcept; // O(n)
     // All nodes of a hash that is copyable into an empty one. Clones keys, shares values.
     static void copy(cAttrHash &to, cAttrHash const &from);
 
   private:
+    static objref copy_of_key(cAttrNode const &node);
     template <class MakeKey> static cPlace insert(cAttrHash &hash, cAttrHash::cSearch const &search,
                                                   MakeKey make_key, objref const &value);
     static cAttrNode &add(cAttrHash &hash, cAttrHash::cFound const &found,

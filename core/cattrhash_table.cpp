@@ -93,10 +93,12 @@ cKeyKind cAttrHash::kind_of(objref const &key) {
                                                               : cKeyKind::other;
     case cObjClass::integer:
         return type == core.integer && holds<int>(key) ? cKeyKind::int_key : cKeyKind::other;
-    case cObjClass::single:
-        return type == core.single && holds<float>(key) ? cKeyKind::float_key : cKeyKind::other;
-    case cObjClass::dbl:
-        return type == core.dbl && holds<double>(key) ? cKeyKind::double_key : cKeyKind::other;
+    case cObjClass::float_number:
+        return type == core.float_number && holds<float>(key) ? cKeyKind::float_key
+                                                              : cKeyKind::other;
+    case cObjClass::double_number:
+        return type == core.double_number && holds<double>(key) ? cKeyKind::double_key
+                                                                : cKeyKind::other;
     default:
         return cKeyKind::other;
     }

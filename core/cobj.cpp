@@ -4,6 +4,7 @@
 #include "qrv/core/cobj.h"
 
 #include "core/cerr_object.h"
+#include "core/cfresh.h"
 #include "core/cregistry.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
@@ -243,9 +244,12 @@ bool cObj::convert(objref const &source) {
     return function && function(*this, ref);
 }
 
+constinit cObj const *cat::cFresh::innermost = nullptr;
+
 objref cObj::clone(bool rethrow) const {
     try {
         objref copy = type().newobj();
+        cat::cFresh const fresh(copy);
         return is_good(copy) && copy->assign(*this) ? copy : cat::bad();
     } catch (...) {
         if (rethrow) throw;

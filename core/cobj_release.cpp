@@ -45,10 +45,6 @@ void drain() {
 
 } // namespace
 
-void cRefTraits<cObj>::addref(cObj const *target) noexcept { target->incref(); }
-
-bool cRefTraits<cObj>::release(cObj const *target) noexcept { return target->decref(); }
-
 void cRefTraits<cObj>::destroy(cObj *target) {
     if (depth >= max_depth) return wait(target);
     cDepthStep const step;
@@ -68,9 +64,9 @@ bool cat::is_library_class(cObj const &obj) noexcept {
         return is_exactly<cObjD<std::string>>(obj);
     case cObjClass::integer:
         return is_exactly<cObjD<int>>(obj);
-    case cObjClass::single:
+    case cObjClass::float_number:
         return is_exactly<cObjD<float>>(obj);
-    case cObjClass::dbl:
+    case cObjClass::double_number:
         return is_exactly<cObjD<double>>(obj);
     case cObjClass::boolean:
         return is_exactly<cObjD<bool>>(obj);
@@ -103,9 +99,9 @@ bool cat::destroy_scalar(cObj *target) {
         return destroy_exactly<std::string>(target);
     case cObjClass::integer:
         return destroy_exactly<int>(target);
-    case cObjClass::single:
+    case cObjClass::float_number:
         return destroy_exactly<float>(target);
-    case cObjClass::dbl:
+    case cObjClass::double_number:
         return destroy_exactly<double>(target);
     case cObjClass::boolean:
         return destroy_exactly<bool>(target);

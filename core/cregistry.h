@@ -16,8 +16,8 @@
     X(exe, type_exe, "exe")                                                                        \
     X(boolean, type_bool, "bool")                                                                  \
     X(integer, type_int, "int")                                                                    \
-    X(single, type_float, "float")                                                                 \
-    X(dbl, type_double, "double")                                                                  \
+    X(float_number, type_float, "float")                                                           \
+    X(double_number, type_double, "double")                                                        \
     X(map, type_map, "map")                                                                        \
     X(set, type_set, "set")                                                                        \
     X(vector, type_vector, "vector")                                                               \

@@ -21,7 +21,7 @@ struct cTextHooks {
     bool (*writeobj)(cObj const &, std::ostream &); // cObj::writeobj
 
     cTextMethods voiddata{}; // of types that bring no text
-    cTextMethods integer{}, single{}, dbl{}, string{}, boolean{};
+    cTextMethods integer{}, float_number{}, double_number{}, string{}, boolean{};
     cTextMethods map{}, vector{}, set{};
     cTextMethods attspec{};
     cTextMethods attlist{}, attrset{};  // attribute types, and their objects

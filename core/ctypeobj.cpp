@@ -273,13 +273,13 @@ bool heq_int(objref const &a, objref const &b) { return heq<int, equal_value>(a,
 unsigned int hash_float(objref const &value) { return hash_value_bytes<float>(value); }
 
 bool heq_float(objref const &a, objref const &b) {
-    return heq<float, same_number>(a, b, core.single);
+    return heq<float, same_number>(a, b, core.float_number);
 }
 
 unsigned int hash_double(objref const &value) { return hash_value_bytes<double>(value); }
 
 bool heq_double(objref const &a, objref const &b) {
-    return heq<double, same_number>(a, b, core.dbl);
+    return heq<double, same_number>(a, b, core.double_number);
 }
 
 } // namespace cat

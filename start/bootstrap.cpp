@@ -150,8 +150,8 @@ void cBootstrap::make_bools() {
 
 void cBootstrap::make_types() {
     core.integer = new cTypeObj("int", cat::setup_int);
-    core.single = new cTypeObj("float", cat::setup_float);
-    core.dbl = new cTypeObj("double", cat::setup_double);
+    core.float_number = new cTypeObj("float", cat::setup_float);
+    core.double_number = new cTypeObj("double", cat::setup_double);
     core.map = new cTypeObj("map", cat::setup_map);
     core.set = new cTypeObj("set", cat::setup_set);
     core.vector = new cTypeObj("vector", cat::setup_vector);
@@ -165,17 +165,18 @@ void cBootstrap::insert_types() {
 #define QRV_INSERT(name, accessor, text) cTypeInsert::insert(typeref::share(core.name), true);
     QRV_CORE_TYPES(QRV_INSERT)
 #undef QRV_INSERT
-    for (cTypeObj *bare : {core.integer, core.single, core.dbl, core.string, core.boolean, core.map,
-                           core.set, core.vector})
+    for (cTypeObj *bare : {core.integer, core.float_number, core.double_number, core.string,
+                           core.boolean, core.map, core.set, core.vector})
         bare->setflags(tf_bare);
 }
 
 void cBootstrap::set_text_methods() {
-    std::pair<cTypeObj *, cTextMethods> const scalars[] = {{core.integer, text_hooks.integer},
-                                                           {core.single, text_hooks.single},
-                                                           {core.dbl, text_hooks.dbl},
-                                                           {core.string, text_hooks.string},
-                                                           {core.boolean, text_hooks.boolean}};
+    std::pair<cTypeObj *, cTextMethods> const scalars[] = {
+        {core.integer, text_hooks.integer},
+        {core.float_number, text_hooks.float_number},
+        {core.double_number, text_hooks.double_number},
+        {core.string, text_hooks.string},
+        {core.boolean, text_hooks.boolean}};
     for (auto const &[type, text] : scalars)
         type->set_tmember("write", make<cExeMember>(text.write));
     for (auto const &[type, text] : scalars) type->set_tmember("read", make<cExeMember>(text.read));
@@ -184,8 +185,8 @@ void cBootstrap::set_text_methods() {
 void cBootstrap::note_library_methods() {
     core.string->set_library_methods(cObjClass::string);
     core.integer->set_library_methods(cObjClass::integer);
-    core.single->set_library_methods(cObjClass::single);
-    core.dbl->set_library_methods(cObjClass::dbl);
+    core.float_number->set_library_methods(cObjClass::float_number);
+    core.double_number->set_library_methods(cObjClass::double_number);
     core.boolean->set_library_methods(cObjClass::boolean);
     for (cTypeObj *type : {core.map, core.set, core.vector})
         type->set_library_methods(cObjClass::map);
@@ -223,8 +224,8 @@ void cBootstrap::run() {
     insert_types();
     set_text_methods();
     cat::set_scalar_additions();
-    core.single->set_hash(cat::hash_float, cat::heq_float);
-    core.dbl->set_hash(cat::hash_double, cat::heq_double);
+    core.float_number->set_hash(cat::hash_float, cat::heq_float);
+    core.double_number->set_hash(cat::hash_double, cat::heq_double);
     cat::set_scalar_converters();
     note_library_methods();
     make_maps();
@@ -303,9 +304,10 @@ void cBootstrap::destroy_core() {
     drop(core.gmmap);
     core.type_hash->clear();
     drop(core.type_hash);
-    for (cTypeObj **type : {&core.attlist, &core.attspec, &core.choice, &core.iterator,
-                            &core.vector, &core.map, &core.set, &core.exe, &core.type, &core.single,
-                            &core.dbl, &core.boolean, &core.integer, &core.niltype, &core.string})
+    for (cTypeObj **type :
+         {&core.attlist, &core.attspec, &core.choice, &core.iterator, &core.vector, &core.map,
+          &core.set, &core.exe, &core.type, &core.float_number, &core.double_number, &core.boolean,
+          &core.integer, &core.niltype, &core.string})
         drop(*type);
     for (objref **constant : {&core.nil, &core.bad, &core.badfind, &core.btrue, &core.bfalse})
         destroy(*constant);

@@ -26,7 +26,7 @@ constexpr unsigned soon = 16;
 struct cRegion {
     cRegion *next, *prev;  // in the ring of those with free blocks
     std::uint32_t free;    // a bit for each free block
-    std::uint32_t touched; // of those, which have pages
+    std::uint32_t touched; // of the first region's blocks, which have pages
 
     std::byte *begin() noexcept {
         return reinterpret_cast<std::byte *>(reinterpret_cast<std::uintptr_t>(this) &
@@ -71,11 +71,13 @@ cRegion *region_of(void const *block) noexcept {
     return reinterpret_cast<cRegion *>(begin + region_size - (block_size - block_room));
 }
 
-// With a large page, if the system has one; all advice is a wish only.
+// With a large page, if the system has one, and else with all its pages at once: a fault for each,
+// and even for each block, is dearer. All advice is a wish only.
 cRegion *add_region() noexcept {
     std::byte *const memory = map_region();
     if (!memory) return nullptr;
     ::madvise(memory, region_size, first_region ? MADV_HUGEPAGE : MADV_NOHUGEPAGE);
+    if (first_region) ::madvise(memory, region_size, MADV_POPULATE_WRITE);
     auto *const region = new (region_of(memory)) cRegion{nullptr, nullptr, all_blocks, 0};
     if (!first_region) {
         region->next = region->prev = region;
@@ -118,14 +120,10 @@ void *cat::pool::take_block() noexcept {
     std::uint32_t const ready = region->free & region->touched;
     int const index = std::countr_zero(ready ? ready : region->free);
     std::uint32_t const bit = 1U << index;
-    std::byte *const block = region->begin() + static_cast<std::size_t>(index) * block_size;
-    // All pages at once: a fault for each is dearer.
-    if (!(region->touched & bit) && region != first_region)
-        ::madvise(block, block_size, MADV_POPULATE_WRITE);
     region->touched |= bit;
     region->free &= ~bit;
     if (region->free == 0 && region != first_region) region->unlink();
-    return block;
+    return region->begin() + static_cast<std::size_t>(index) * block_size;
 }
 
 void cat::pool::give_block(void *block) noexcept {

@@ -2,6 +2,7 @@
 #include "qrv/core/cattrhash.h"
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/cexe.h"
 #include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
@@ -273,6 +274,22 @@ TEST_F(HashForm, a_value_that_acts_deep_inside_finds_the_outer_hash_in_order) {
     hash_of_outer.mapitem("last", cat::of(2));
     outer = nullptr;
     EXPECT_EQ(seen, "last=2 1");
+}
+
+TEST_F(HashForm, a_dying_hash_knows_its_greatest_key_while_it_has_it) {
+    static int assigned;
+    assigned = 0;
+    cProcedure2 const count = [](cObj &, objref &) { return ++assigned > 0; };
+    objref const before = cat::type_int().tmember("assign");
+    int next = 0;
+    auto *const map = new cAttrHash(nullptr);
+    map->mapitem(own_key(7), last_will([&] { next = map->after_last_index(); }));
+    for (int key : {9, 3}) map->mapitem(own_key(key), cat::of(key));
+    cat::type_int().set_tmember("assign", make<cExeMember>(count));
+    delete map;
+    cat::type_int().set_tmember("assign", before);
+    EXPECT_EQ(next, 10);
+    EXPECT_EQ(assigned, 0); // each key is asked only when the greatest went
 }
 
 TEST_F(HashForm, entries_put_into_a_dying_hash_are_released_with_it) {

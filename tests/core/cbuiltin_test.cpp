@@ -62,7 +62,7 @@ TEST_F(Builtin, an_executable_among_the_own_members_is_not_the_librarys) {
 
 TEST_F(Builtin, a_class_is_inherited_and_ends_with_its_destructor) {
     EXPECT_EQ(make<cOwnText>("a")->object_class(), cObjClass::string);
-    EXPECT_EQ(cat::of(1.5)->object_class(), cObjClass::dbl);
+    EXPECT_EQ(cat::of(1.5)->object_class(), cObjClass::double_number);
     EXPECT_EQ(make<cVectorObj>()->object_class(), cObjClass::map);
     objref map = make<cMapObj>();
     cObj *const dying = map.get();

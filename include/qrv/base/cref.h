@@ -49,8 +49,8 @@ template <class T> class cRefTraits {
 // Objects: as above, but a chain of last owners of any length is destroyed in bounded stack.
 template <> class QRV_API cRefTraits<cObj> {
   public:
-    static void addref(cObj const *target) noexcept;
-    [[nodiscard]] static bool release(cObj const *target) noexcept;
+    static inline void addref(cObj const *target) noexcept; // both in qrv/core/cobj.h
+    [[nodiscard]] static inline bool release(cObj const *target) noexcept;
     static void destroy(cObj *target);
 };
 
@@ -79,6 +79,9 @@ template <class T, class Traits> class cRef {
     template <class U, class V>
     requires(std::is_convertible_v<U *, T *> && !std::is_same_v<U, T>) cRef(cRef<U, V> const &other)
     noexcept : p_(other.get()) { add(p_); }
+    template <class U, class V>
+    requires(std::is_convertible_v<U *, T *> && !std::is_same_v<U, T>) cRef(cRef<U, V> &&other)
+    noexcept : p_(other.release()) {}
     ~cRef() { drop(); }
 
     // Takes over the count of a fresh object, or of any count that the caller owns.

@@ -42,7 +42,15 @@ enum method_id : int { QRV_METHODS(QRV_METHOD_ID) mid_count };
 
 // The C++ class of an object, as far as the library has to know it: cObjDR<T> or cMapObj, or
 // derived from it. A test of this byte takes the place of a dynamic_cast.
-enum class cObjClass : unsigned char { other, string, integer, single, dbl, boolean, map };
+enum class cObjClass : unsigned char {
+    other,
+    string,
+    integer,
+    float_number,
+    double_number,
+    boolean,
+    map
+};
 
 // Where the members are defined, and when to suspect which file:
 //   core/cobj.cpp                identity, states, operators, generic operations, own_method; keys
@@ -356,6 +364,9 @@ class QRV_API cObj : public cObjBase {
     cObjClass class_;
     hashref ommap_;
 };
+
+void cRefTraits<cObj>::addref(cObj const *target) noexcept { target->incref(); }
+bool cRefTraits<cObj>::release(cObj const *target) noexcept { return target->decref(); }
 
 // Temporary keys. make_key refers to the caller's text or number and must not outlive it; own_key
 // holds a copy. Both are const and off the census.

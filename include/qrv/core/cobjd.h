@@ -27,8 +27,8 @@ namespace cat {
 template <class T> inline constexpr cObjClass class_of_value = cObjClass::other;
 template <> inline constexpr cObjClass class_of_value<std::string> = cObjClass::string;
 template <> inline constexpr cObjClass class_of_value<int> = cObjClass::integer;
-template <> inline constexpr cObjClass class_of_value<float> = cObjClass::single;
-template <> inline constexpr cObjClass class_of_value<double> = cObjClass::dbl;
+template <> inline constexpr cObjClass class_of_value<float> = cObjClass::float_number;
+template <> inline constexpr cObjClass class_of_value<double> = cObjClass::double_number;
 template <> inline constexpr cObjClass class_of_value<bool> = cObjClass::boolean;
 } // namespace cat
 
