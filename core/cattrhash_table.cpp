@@ -222,8 +222,9 @@ void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) 
     // A clone may be of another type than its source; then its kind tells nothing about the hash.
     bool const same = search.own_key || kind_of(node.key_) == search.kind;
     node.kind_ = same ? search.kind : cKeyKind::other;
+    bool const was_seeded = seeded_;
     if (form_ != cHashForm::table && !make_room(node, place.steps)) {
-        if (node.kind_ != cKeyKind::other) // texts were seeded, or are
+        if (seeded_ != was_seeded && node.kind_ != cKeyKind::other)
             node.hash_ = search_for(node.key_).hash;
         place = probe({node.hash_, search.kind, nullptr, search.text});
     }

@@ -45,6 +45,10 @@ void drain() {
 
 } // namespace
 
+void cRefTraits<cObj>::addref(cObj const *target) noexcept { target->incref(); }
+
+bool cRefTraits<cObj>::release(cObj const *target) noexcept { return target->decref(); }
+
 void cRefTraits<cObj>::destroy(cObj *target) {
     if (depth >= max_depth) return wait(target);
     cDepthStep const step;

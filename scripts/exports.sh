@@ -1,17 +1,25 @@
 #!/bin/bash
 # Holds the strong exported symbols of the library (demangled, sorted) against cmake/exports.txt, so
 # that none appears or goes unseen. Weak ones, that is inline functions and templates, are left out:
-# they come and go with the optimiser.
-# Usage: exports.sh [--write] LIBRARY [FILE]
+# they come and go with the optimiser. A library that is optimised as a whole has only strong ones:
+# then the objects that it was linked from tell which they are.
+# Usage: exports.sh [--write] [--objects ARCHIVE] LIBRARY [FILE]
 set -euo pipefail
-write=
+write='' objects=''
 [[ ${1:-} != --write ]] || { write=yes; shift; }
-library=${1:?usage: exports.sh [--write] LIBRARY [FILE]}
+[[ ${1:-} != --objects ]] || { objects=${2:?exports: --objects needs an archive}; shift 2; }
+library=${1:?usage: exports.sh [--write] [--objects ARCHIVE] LIBRARY [FILE]}
 file=${2:-$(dirname "$(dirname "$(readlink -f "$0")")")/cmake/exports.txt}
 
+strong() {
+    nm --defined-only "$@" | awk '$2 ~ /^[TDBR]$/ && $3 !~ /^_(init|fini)$/ { print $3 }' | LC_ALL=C sort -u
+}
 symbols() {
-    nm -D --defined-only "$library" | awk '$2 ~ /^[TDBR]$/ && $3 !~ /^_(init|fini)$/ { print $3 }' |
-        c++filt | LC_ALL=C sort -u
+    if [[ -n $objects ]]; then
+        LC_ALL=C comm -12 <(strong -D "$library") <(strong "$objects")
+    else
+        strong -D "$library"
+    fi | c++filt | LC_ALL=C sort -u
 }
 
 current=$(symbols)

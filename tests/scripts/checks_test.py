@@ -399,6 +399,9 @@ class Symbols(Tree):
         self.write("list.txt", "c\n")
         self.fails("> a()", "exports.sh", library, "list.txt")
         self.fails("is missing", "exports.sh", library, "none.txt")
+        objects = self.root / "weak.a" # where c is no strong name
+        subprocess.run(["ar", "rc", str(objects)], check=True)
+        self.fails("exports nothing", "exports.sh", "--objects", objects, library, "list.txt")
 
 
 class RunPaths(Tree):

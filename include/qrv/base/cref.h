@@ -49,8 +49,8 @@ template <class T> class cRefTraits {
 // Objects: as above, but a chain of last owners of any length is destroyed in bounded stack.
 template <> class QRV_API cRefTraits<cObj> {
   public:
-    static inline void addref(cObj const *target) noexcept; // both in qrv/core/cobj.h
-    [[nodiscard]] static inline bool release(cObj const *target) noexcept;
+    static void addref(cObj const *target) noexcept;
+    [[nodiscard]] static bool release(cObj const *target) noexcept;
     static void destroy(cObj *target);
 };
 

@@ -365,9 +365,6 @@ class QRV_API cObj : public cObjBase {
     hashref ommap_;
 };
 
-void cRefTraits<cObj>::addref(cObj const *target) noexcept { target->incref(); }
-bool cRefTraits<cObj>::release(cObj const *target) noexcept { return target->decref(); }
-
 // Temporary keys. make_key refers to the caller's text or number and must not outlive it; own_key
 // holds a copy. Both are const and off the census.
 [[nodiscard]] QRV_API objref make_key(std::string const &text);
