@@ -349,7 +349,27 @@ std::uint32_t cAttrHash::put(cAttrNode &node) noexcept {
 // From an index to the table that the same insertions, one by one, would have led to. Which slots
 // are taken shows in the calls of key hooks; so a hash from which something was removed has a table
 // from then on, since its tombstones are part of that.
-void cAttrHash::make_table(std::uint32_t size) try {
+void cAttrHash::make_table(std::uint32_t size) {
+    std::uint32_t const old_size = size_;
+    try {
+        replay_insertions(size);
+    } catch (...) {
+        form_ = cHashForm::few; // which needs no memory, and holds any number
+        words_.reset();
+        size_ = old_size;
+        throw;
+    }
+}
+
+// Removing does not fail: without memory for the table the nodes are found by a walk.
+void cAttrHash::try_table(std::uint32_t size) noexcept {
+    try {
+        make_table(size);
+    } catch (std::bad_alloc const &) {
+    }
+}
+
+void cAttrHash::replay_insertions(std::uint32_t size) {
     std::vector<cAttrNode *> nodes = cat::nodes_of(*this);
     if (moved_) std::sort(nodes.begin(), nodes.end(), anidord);
     if (seeded_)
@@ -363,19 +383,6 @@ void cAttrHash::make_table(std::uint32_t size) try {
     std::uint32_t live = 0;
     for (cAttrNode *node : nodes) grow_table(*node, ++live, put(*node));
     ++changes_;
-} catch (...) {
-    form_ = cHashForm::few; // which needs no memory, and holds any number
-    words_.reset();
-    throw;
-}
-
-// Removing does not fail: without memory for the table the nodes are found by a walk.
-void cAttrHash::try_table(std::uint32_t size) noexcept {
-    try {
-        make_table(size);
-    } catch (std::bad_alloc const &) {
-        size_ = std::max(size, size_);
-    }
 }
 
 void cAttrHash::seed_keys() noexcept {

@@ -147,6 +147,21 @@ TEST_F(HashForm, few_colliding_texts_are_told_apart) {
     for (std::string const &text : texts) EXPECT_EQ(val<std::string>(hash.getitem(text)), text);
 }
 
+TEST_F(HashForm, a_key_is_removed_where_texts_have_a_seeded_hash) {
+    for (unsigned i = 0; i < 300; ++i) hash.mapitem(colliding_text(i), cat::of(1));
+    EXPECT_TRUE(hash.delitem(colliding_text(7)));
+    EXPECT_EQ(hash.find(colliding_text(7)), nullptr);
+    for (unsigned i = 8; i < 300; ++i) ASSERT_NE(hash.find(colliding_text(i)), nullptr) << i;
+}
+
+TEST_F(HashForm, a_text_is_removed_from_among_many_ints) {
+    append(20'000); // some probe of its table is long
+    hash.mapitem("x", cat::of(1));
+    EXPECT_TRUE(hash.delitem("x"));
+    EXPECT_TRUE(hash.is_vector());
+    EXPECT_EQ(hash.find(19'999), hash.last());
+}
+
 TEST_F(HashForm, ints_chosen_to_collide_in_an_index_cost_little_more_than_others) {
     // The upper bits that choose the first word are the same.
     std::vector<int> chosen;

@@ -10,9 +10,10 @@
 #include <sstream>
 
 unsigned long long counted::allocations = 0;
+unsigned long long counted::last_allocation = ~0ULL;
 
 void *operator new(std::size_t size) {
-    ++counted::allocations;
+    if (++counted::allocations > counted::last_allocation) throw std::bad_alloc();
     if (void *const memory = std::malloc(size ? size : 1)) return memory;
     throw std::bad_alloc();
 }

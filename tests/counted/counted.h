@@ -1,6 +1,6 @@
 #pragma once
 // What the tests of this folder share. It makes a program of its own, because it replaces the
-// global allocation functions by counting ones (allocations.cpp), and because counters of the
+// global allocation functions by counting ones (counted.cpp), and because counters of the
 // process must see no other test's work.
 
 #include "base/platform/cpool.h"
@@ -13,6 +13,8 @@ namespace counted {
 
 // Calls of the global allocation functions, so far in this process.
 extern unsigned long long allocations;
+// After so many there is no more memory.
+extern unsigned long long last_allocation;
 
 // How many of them `work` makes.
 template <class Work> unsigned long long allocations_of(Work const &work) {

@@ -357,6 +357,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     void rebuild_index(std::uint32_t capacity);
     void make_table(std::uint32_t size);
     void try_table(std::uint32_t size) noexcept;
+    void replay_insertions(std::uint32_t size);
     bool index_holds(cAttrNode const &node) const;
 
     std::uint32_t size_;          // slots() of the table, made or not; a prime

@@ -4,6 +4,10 @@
 // than the default alignment, comes from the global operators; so do arrays. In debug builds
 // everything does, so that the tools that watch the heap see each object. Rules:
 // base/platform/cpool.h.
+//
+// For programs: an object made by `::new` is not the pool's and must not be left to the library's
+// handles, whose `delete` gives it to the pool. A class that also inherits operators of another
+// base says with a using-declaration which ones it takes.
 
 #include "qrv/ccomp.h"
 
