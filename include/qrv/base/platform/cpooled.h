@@ -32,7 +32,7 @@ class QRV_API cPooled {
                               std::nothrow_t const &nothrow) noexcept {
         return ::operator new(size, alignment, nothrow);
     }
-    static void operator delete(void *memory, std::size_t, std::align_val_t alignment) noexcept {
+    static void operator delete(void *memory, std::align_val_t alignment) noexcept {
         ::operator delete(memory, alignment);
     }
     static void operator delete(void *memory, std::align_val_t alignment,
