@@ -7,13 +7,14 @@ set -euo pipefail
 [[ $# -gt 0 ]] || { echo "usage: check_initialisers.sh OBJECT..." >&2; exit 2; }
 status=0 found=
 for object; do
-    # To its end: a grep that stops at the first hit would fail nm, and so the whole pipe.
-    if nm "$object" | grep '_GLOBAL__sub_I_' >/dev/null; then
+    # Not nm, which shows the other half of an object that can also be optimised with others. To its
+    # end: a grep that stops at the first hit would fail readelf, and so the whole pipe.
+    if readelf --wide --syms "$object" | grep '_GLOBAL__sub_I_' >/dev/null; then
         case $object in
         */start/startup.cpp.o) found=yes ;;
         *)
             echo "$object has a dynamic initialiser; make it constinit, or move it to start/startup.cpp" >&2
-            nm -C "$object" | grep '_GLOBAL__sub_I_' >&2
+            readelf --wide --syms "$object" | grep '_GLOBAL__sub_I_' >&2
             status=1
             ;;
         esac
