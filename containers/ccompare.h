@@ -23,7 +23,7 @@ using compare_function = bool (*)(cMapObj const &a, cMapObj const &b);
 // compare(a, b), remembered. a and b are of one size already.
 bool compared(cCompareKind kind, cMapObj const &a, cMapObj const &b, compare_function compare);
 
-// The object as a map, null if it is none. A map whose entries are being released is none any more.
+// The object as a map; null if it is not one, or while its entries are being released.
 inline cMapObj *as_map(cObj *obj) noexcept {
     if (!obj || obj->object_class() != cObjClass::map) return nullptr;
     assert(dynamic_cast<cMapObj *>(obj));

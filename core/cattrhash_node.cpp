@@ -30,7 +30,7 @@ cAttrNode::cAttrNode(objref const &key, objref const &value)
 
 cAttrNode::cAttrNode(cAdopt, objref key, objref value) noexcept
     : cHashNode(std::move(key)), value_(std::move(value)), anid_(an_lstid++) {
-    key_->obid(++ob_lstid_); // as old as the node, like the clone that it stands for
+    key_->obid(++ob_lstid_); // as old as the node, like the clone that it replaces
 }
 
 cAttrNode::cAttrNode(cAttrNode const &other)

@@ -103,7 +103,7 @@ std::string cTexts::key() {
     return random_.pick(names);
 }
 
-// As it stands in front of '='.
+// As it is written before '='.
 std::string cTexts::key_as_text(std::string const &plain) {
     bool const name = plain.find_first_of("/ ") == std::string::npos;
     if (name && !random_.one_in(8)) return plain;

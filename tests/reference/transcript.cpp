@@ -34,7 +34,7 @@ std::string hex(unsigned bits) {
     return text;
 }
 
-// "id=12, refs=3" as "id=, refs=": what stands there is free.
+// "id=12, refs=3" as "id=, refs=": these numbers may differ.
 void leave_out_numbers(std::string &text) {
     for (char const *const name : {"/* id=", ", refs="})
         for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at)) {

@@ -1,6 +1,6 @@
 #pragma once
 // A file that is scanned: one on a disk is read into memory first, as a whole. A pipe or a device
-// is read as the scanner goes on, since nobody knows when it ends.
+// is read piece by piece as the scanner needs it, since its size is unknown.
 
 #include "qrv/text/read/cattrscan.h"
 #include "text/scan/cmemory_stream.h"

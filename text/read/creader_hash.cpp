@@ -132,7 +132,8 @@ inline void cHashReader::note(objref const &value, bool as_key) {
         scan_.note_new(value);
 }
 
-// Before anything but the short way goes on. No comment was there when the value was read.
+// Notes a value that the short way has read, before any other code reads a comment for it. No
+// comment was pending when the value was read.
 void cHashReader::note_now() {
     cObj *const noted = std::exchange(noted_, nullptr);
     if (noted && scan_.return_com()) state_.last_noted() = objref::share(noted);

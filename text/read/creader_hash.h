@@ -1,7 +1,7 @@
 #pragma once
 // The reader of the entries of one container, from after its opening bracket to its closing one or
 // the end of input. An entry is scanned in steps: key, value, name of a type, storing, entering in
-// the table of paths. A failed one is reported and reading goes on with the next.
+// the table of paths. A failed one is reported and reading continues with the next.
 //
 // Values that stand in the tree already are merged into or assigned to in place. A text can make
 // that cost much more than its length, and can try to store a value inside itself: the session's
@@ -43,8 +43,8 @@ class cHashReader {
     };
     enum class cNext { value, store, stop };
     // How far the short way came: nowhere, past an opening bracket, to the token after a literal,
-    // which doesn't end it, to the end of the value, or there is none but the container's closing
-    // bracket.
+    // which doesn't end it, to the end of the value, or to the container's closing bracket, where
+    // no value is.
     enum class cShort { none, opened, unended, done, closed };
 
     bool read_entry(); // false at the end of the entries

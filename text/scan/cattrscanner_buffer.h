@@ -22,7 +22,7 @@ struct yy_buffer_state {
     // As much look-ahead as is expected to lie in front of the stream's get pointer too.
     static constexpr std::size_t few = 8;
 
-    void take(char const *first, std::size_t n); // copies characters behind those ahead
+    void take(char const *first, std::size_t n); // copies characters after those ahead
     // Up to `few` characters are ahead, and nothing else.
     void look_ahead(char const *first, std::size_t n) {
         for (std::size_t i = 0; i < n; ++i) few_[i] = first[i];

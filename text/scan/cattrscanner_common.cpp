@@ -61,7 +61,7 @@ class cCommonTokens {
     return lexer.token_;
 }
 
-// `ahead`: characters looked at behind the token, at most one.
+// `ahead`: characters looked at after the token, at most one.
 [[gnu::always_inline]] inline cToken const &cCommonTokens::finish(cAttrLexer &lexer, char const *p,
                                                                   char const *end, char const *stop,
                                                                   unsigned ahead, int code) {

@@ -104,7 +104,7 @@ inline bool stops(int c, unsigned set) {
 inline bool is_digit_at(int c) { return c >= 0 && !stops(c, cs_no_digit); }
 
 // `Chars` has
-//   int at(size_t i)                       the character i places on, or -1 behind the end
+//   int at(size_t i)                       the character i places on, or -1 after the end
 //   int run(size_t &i, unsigned set)       moves i to the first place from there on that holds a
 //                                          member of the set, or to the end; its character or -1
 //   std::string_view text(size_t size)     so many characters, all looked at before
@@ -182,7 +182,7 @@ template <class Chars> class cRules {
     }
 
     // A number, or what begins like one. Without digits before its point, or with a sign, it needs
-    // a digit behind the point.
+    // a digit after the point.
     [[gnu::always_inline]] rule match_number(int const first) {
         std::size_t const from = first == '+' || first == '-' ? 1 : 0;
         std::size_t end = from;
@@ -199,7 +199,7 @@ template <class Chars> class cRules {
                                         : found(attrFlexLexer::r_char, 1);
     }
 
-    // Letters run on behind the digits: a hexadecimal or an unsigned number if all of it fits, else
+    // Letters run on after the digits: a hexadecimal or an unsigned number if all of it fits, else
     // bad.
     [[gnu::always_inline]] rule match_suffix(std::size_t from, std::size_t letter) {
         std::size_t end = letter + 1;

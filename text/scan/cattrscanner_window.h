@@ -1,6 +1,6 @@
 #pragma once
 // The characters that the scanner can see without asking the stream for more: the look-ahead and
-// what lies ready behind it in the stream's get area, as one stretch of memory.
+// what lies ready after it in the stream's get area, as one stretch of memory.
 //
 // Most tokens lie in it whole. A match that comes to its end is void, and is made again from the
 // stream, character by character, so that the stream is asked for more exactly when the rules need
@@ -42,7 +42,7 @@ struct cGetArea : std::streambuf {
 struct cWhite {
     std::size_t size = 0;
     unsigned lines = 0;
-    std::size_t column = 0; // characters behind the last newline
+    std::size_t column = 0; // characters after the last newline
 };
 
 // Everything is inline and nothing keeps its address: a window lives in registers.
@@ -51,7 +51,7 @@ class cWindow {
     // `offset` of the engine, at the current place.
     cWindow(yy_buffer_state *buffer, std::size_t offset);
 
-    // Moves the window's beginning behind white space, unless a comment may begin there.
+    // Moves the window's beginning after white space, unless a comment may begin there.
     cWhite pass_white();
 
     // For the rules.
@@ -79,11 +79,11 @@ class cWindow {
         no_close_ = offset_ + i;
     }
 
-    // Is more needed, to find the match or to note what is ahead behind it?
+    // Is more needed, to find the match or to note what is ahead after it?
     bool fails(std::size_t size) const {
         return void_ || seen_ - (base_ + size) > static_cast<std::ptrdiff_t>(yy_buffer_state::few);
     }
-    // Goes behind the match: takes from the stream what was looked at.
+    // Goes after the match: takes from the stream what was looked at.
     void consume(std::size_t size) {
         if (unclosed_ != 0) buffer_->no_close[unclosed_ == '"' ? 0 : 1] = no_close_;
         cGetArea::go_to(*buffer_->known, seen_);
@@ -99,7 +99,7 @@ class cWindow {
     std::size_t offset_;
     char const *base_ = nullptr;
     char const *end_ = nullptr;
-    char const *seen_ = nullptr; // behind what was looked at
+    char const *seen_ = nullptr; // after what was looked at
     bool void_ = false;
     int unclosed_ = 0; // a quote of this kind has no end before no_close_
     std::size_t no_close_ = 0;

@@ -50,7 +50,7 @@ class cOpenContainer {
     void mark_open();
 
     static constinit cOpenContainer *innermost;
-    static constinit bool enter_all; // whoever owns it
+    static constinit bool enter_all; // also values that have one owner
 
     cAttrHash const *hash_;
     cAbout about_;

@@ -5,7 +5,7 @@
 // container: each piece is the text of a key of the container at hand, or of the step that is open
 // in it. That gives what the table would have, since a late container has been changed by nothing
 // but appending: each key was read once, each value is in it since it was read, and a container
-// among its values was read at that place. The texts of its keys are told apart by themselves.
+// among its values was read at that place. No two of its keys have the same text.
 
 #include "core/cbuiltin.h"
 #include "qrv/containers/cmapobj.h"

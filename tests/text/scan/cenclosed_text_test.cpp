@@ -15,7 +15,7 @@ struct cScan : cAttrScanner {
     using cAttrScanner::read_enclosed;
 };
 
-// A text after its opening bracket, with the scanner behind that.
+// A text after its opening bracket, with the scanner after that.
 struct cMemory {
     explicit cMemory(std::string_view after) : in(after), scan(in) {}
     int read() { return scan.read_enclosed('(', ')', enclosed); }

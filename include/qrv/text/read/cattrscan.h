@@ -79,7 +79,7 @@ class QRV_API cAttrScan : public cAttrScanner {
 
     // Reads one value. 0: `result` has it. Positive: an ASR, reported; `result` as it was. -1: a
     // closing bracket or the end of input came instead. `delim`, if not null, takes the token that
-    // ended the value, as far as it was read: ')' behind every typed value and reference.
+    // ended the value, as far as it was read: ')' after every typed value and reference.
     // Throws what the handlers of its reports throw.
     int scan_obj(objref &result, int *delim);
 
@@ -90,7 +90,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     // Skips up to `;`, `,`, the end of input or a single character of `set`, which is the result.
     int read_to_delimiter(std::string const &set);
     // Skips a bracketed stretch whose opening bracket was read; with any other argument the one
-    // behind the next opening bracket.
+    // after the next opening bracket.
     void read_to_endcontainer(int open);
 
     // Begin an error: the text so far is the place, with errp also the path. The caller writes on
@@ -116,7 +116,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     // unless always.
     void scan_report(bool always);
 
-    // Opens the std::ifstream behind this scanner, in binary, at its start. False, unless quiet
+    // Opens the std::ifstream that this scanner reads, in binary, at its start. False, unless quiet
     // with the error 1 "Cannot open file: ", for what can't be read, a directory too.
     bool openfile(char const *name, bool quiet);
     // Leaves positions out of messages.

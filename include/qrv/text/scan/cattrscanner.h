@@ -47,7 +47,7 @@ QRV_API char const *token_name(int code);
 // One token as the scanner sees it. Its text is a view, which stays valid until the second next
 // token is read from any scanner on the stream.
 struct cToken {
-    std::string_view text;     // exactly as it stands in the input, quotes and sign included
+    std::string_view text;     // exactly as in the input, quotes and sign included
     int code = 0;              // an attr_token or a single character
     unsigned line = 1;         // of the first character, from 1
     unsigned column = 0;       // of the first character, from 0
@@ -190,7 +190,7 @@ class QRV_API attrFlexLexer : public FlexLexer {
     // Finds the longest match from the current place. Its text is matched(), until consume().
     rule match();
     std::string_view matched() const;
-    void consume(); // goes behind the match
+    void consume(); // goes after the match
     // Inside a block comment: matches up to and with its end. False if the input ends before that.
     bool match_comment();
     void drop_lookahead();
@@ -319,7 +319,7 @@ class QRV_API cAttrScanner {
     bool setdump(bool on) const;
     bool is_dumping() const;
 
-    // The running counters: the place behind the last token read.
+    // The running counters: the place after the last token read.
     unsigned position() const;
     unsigned lineno() const;
     unsigned column() const;
@@ -346,7 +346,7 @@ class QRV_API cAttrScanner {
     int gettoken() const;
     int gettoken(cAttrLiteral &token) const;                    // and a copy of it
     cToken const &next_token() const { return lexer_->next(); } // and the current token itself
-    // Reads up to the bracket that closes, behind one that was read; its code. 0 if the input ends
+    // Reads up to the bracket that closes, after one that was read; its code. 0 if the input ends
     // first, or a token of a code below 0 comes.
     int read_enclosed(int open, int close, cEnclosedText &to) const;
 
