@@ -5,6 +5,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/diagnostics/ccout.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
 #include "text/state/cstream_of.h"
@@ -166,6 +167,35 @@ TEST_F(ReaderLate, a_foreign_buffer_finds_all_in_the_table) {
     EXPECT_EQ(cObj::readobj(is, value), 0);
     EXPECT_FALSE(seen_late);
     EXPECT_EQ(reader_test::written(value->getattrp("b")), "5");
+}
+
+// The standard error stream, written to by the dump of tokens, is user code.
+struct cDumpBuffer : std::streambuf {
+    std::streamsize xsputn(char const *, std::streamsize count) override {
+        seen_late = seen_late || text_state().is_late();
+        ++pieces;
+        return count;
+    }
+    int overflow(int c) override {
+        char const one = traits_type::to_char_type(c);
+        return xsputn(&one, 1) == 1 ? traits_type::not_eof(c) : c;
+    }
+    int pieces = 0;
+};
+
+TEST_F(ReaderLate, a_dump_of_tokens_finds_all_in_the_table) {
+    std::istringstream is("{a={x=5}; b=#cRef(/a/x)}");
+    cAttrScanner const scanner(is);
+    scanner.setdump(true);
+    cDumpBuffer buffer;
+    seen_late = false;
+    std::streambuf *const before = cat::std_err().rdbuf(&buffer);
+    objref value;
+    int const code = cObj::readobj(is, value);
+    cat::std_err().rdbuf(before);
+    EXPECT_EQ(code, 0);
+    EXPECT_GT(buffer.pieces, 0);
+    EXPECT_FALSE(seen_late);
 }
 
 } // namespace
