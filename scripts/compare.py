@@ -73,8 +73,9 @@ class State:
              f"-Wl,-rpath,{self.library}"])
 
     def start(self, arguments, folder):
-        return subprocess.Popen([self.program, *map(str, arguments)], cwd=folder, stdout=subprocess.PIPE,
-                                stderr=subprocess.DEVNULL)
+        # A process that a signal ends leaves its files there.
+        return subprocess.Popen([self.program, *map(str, arguments)], cwd=folder, env={**os.environ, "TMPDIR": folder},
+                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
 
     def fingerprints(self, mode, first, last):
         """{seed: fingerprint, or how the process ended in it}"""

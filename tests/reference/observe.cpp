@@ -5,7 +5,8 @@
 //   reference_observe --show MODE FIRST LAST  the whole transcripts
 //
 // MODE is read, write, copy, hash or scan. The same seed gives the same work everywhere. A seed
-// that takes longer than 5 seconds ends the process.
+// that takes longer than 5 seconds ends the process. Files are in a folder of their own below
+// TMPDIR; only a process that ends by a signal leaves it.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csignalobj.h"
@@ -16,6 +17,7 @@
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
+#include "tests/reference/folder.h"
 #include "tests/reference/transcript.h"
 #include "tests/reference/user_types.h"
 #include "tests/reference/world.h"
@@ -202,6 +204,7 @@ int run(bool show, std::string const &mode, std::uint64_t first, std::uint64_t l
         std::fprintf(stderr, "no such mode: %s\n", mode.c_str());
         return 2;
     }
+    cFolder const folder;
     warm_up();
     for (std::uint64_t seed = first; seed <= last; ++seed) {
         alarm(5);

@@ -5,8 +5,9 @@
 
 Each mode must end without a failure, print the same twice, work differently for most seeds, and show
 what it is for: a line for each thing that the list below names. Each seed alone must do what it does
-after others.
+after others. No file may be left.
 """
+import os
 import subprocess
 import sys
 import tempfile
@@ -24,10 +25,13 @@ MUST_SHOW = {
 
 def run(program, *arguments):
     with tempfile.TemporaryDirectory() as folder:
-        done = subprocess.run([program, *map(str, arguments)], cwd=folder, capture_output=True, text=True,
-                              errors="replace")
+        done = subprocess.run([program, *map(str, arguments)], cwd=folder, env={**os.environ, "TMPDIR": folder},
+                              capture_output=True, text=True, errors="replace")
+        left = os.listdir(folder)
     if done.returncode != 0:
         sys.exit(f"{' '.join(map(str, arguments))}: ended with {done.returncode}\n{done.stderr}")
+    if left:
+        sys.exit(f"{' '.join(map(str, arguments))}: left {', '.join(left)}")
     return done.stdout
 
 
