@@ -4,6 +4,7 @@
 #include "base/platform/cpool.h"
 
 #include "base/platform/cregion.h"
+#include "base/platform/cring.h"
 #include "qrv/base/platform/cpooled.h"
 
 #include <array>
@@ -21,8 +22,7 @@ struct cCell {
     cCell *next;
 };
 
-struct alignas(16) cBlock {
-    cBlock *next, *prev;
+struct alignas(16) cBlock : cat::pool::cRingLinks<cBlock> {
     cCell *free;          // cells that came back
     std::byte *fresh;     // from here to the end no cell was taken yet
     std::uint32_t living; // cells taken
@@ -33,15 +33,6 @@ struct alignas(16) cBlock {
         return static_cast<std::size_t>(end - fresh) >= cell_size;
     }
     bool has_room() const noexcept { return free || has_fresh(); }
-    void link_before(cBlock *place) noexcept {
-        next = place;
-        prev = place->prev;
-        prev->next = place->prev = this;
-    }
-    void unlink() noexcept {
-        prev->next = next;
-        next->prev = prev;
-    }
 };
 
 // The first block of each size, or null.
@@ -58,12 +49,11 @@ bool add_block(cBlock *&ring, std::size_t size) noexcept {
     auto *const memory = static_cast<std::byte *>(cat::pool::take_block());
     if (!memory) return false;
     auto const cell_size = static_cast<std::uint32_t>((size + step - 1) / step * step);
-    auto *const block =
-        new (memory) cBlock{nullptr, nullptr, nullptr, memory + sizeof(cBlock), 0, cell_size};
+    auto *const block = new (memory) cBlock{{}, nullptr, memory + sizeof(cBlock), 0, cell_size};
     if (ring)
         block->link_before(ring);
     else
-        block->next = block->prev = block;
+        block->link_alone();
     ring = block;
     return true;
 }

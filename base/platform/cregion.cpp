@@ -2,6 +2,8 @@
 
 #include "base/platform/cregion.h"
 
+#include "base/platform/cring.h"
+
 #include <bit>
 #include <cstdint>
 #include <new>
@@ -23,8 +25,8 @@ constexpr std::size_t page_size = 4096;
 // A region is wanted soon if not more blocks than this were taken or given since one went back.
 constexpr unsigned soon = 16;
 
-struct cRegion {
-    cRegion *next, *prev;  // in the ring of those with free blocks
+// In the ring of those with free blocks.
+struct cRegion : cat::pool::cRingLinks<cRegion> {
     std::uint32_t free;    // a bit for each free block
     std::uint32_t touched; // of the first region's blocks, which have pages
 
@@ -33,15 +35,6 @@ struct cRegion {
                                              ~(region_size - 1));
     }
     bool is_empty() const noexcept { return free == all_blocks; }
-    void link_after(cRegion *place) noexcept {
-        prev = place;
-        next = place->next;
-        next->prev = place->next = this;
-    }
-    void unlink() noexcept {
-        prev->next = next;
-        next->prev = prev;
-    }
 };
 static_assert(sizeof(cRegion) <= block_size - block_room);
 
@@ -78,9 +71,9 @@ cRegion *add_region() noexcept {
     if (!memory) return nullptr;
     ::madvise(memory, region_size, first_region ? MADV_HUGEPAGE : MADV_NOHUGEPAGE);
     if (first_region) ::madvise(memory, region_size, MADV_POPULATE_WRITE);
-    auto *const region = new (region_of(memory)) cRegion{nullptr, nullptr, all_blocks, 0};
+    auto *const region = new (region_of(memory)) cRegion{{}, all_blocks, 0};
     if (!first_region) {
-        region->next = region->prev = region;
+        region->link_alone();
         return first_region = region;
     }
     region->link_after(first_region);

@@ -1,0 +1,22 @@
+#pragma once
+// The links of objects in a ring, the base of their class: struct cBlock : cRingLinks<cBlock>.
+
+namespace cat::pool {
+
+template <class T> struct cRingLinks {
+    T *next, *prev;
+
+    void link_alone() noexcept { next = prev = static_cast<T *>(this); }
+    void link_after(T *place) noexcept {
+        prev = place;
+        next = place->next;
+        next->prev = place->next = static_cast<T *>(this);
+    }
+    void link_before(T *place) noexcept { link_after(place->prev); }
+    void unlink() noexcept {
+        prev->next = next;
+        next->prev = prev;
+    }
+};
+
+} // namespace cat::pool
