@@ -1,13 +1,14 @@
 #include "bench/data.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <deque>
 #include <random>
-#include <regex>
 #include <stdexcept>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -172,12 +173,15 @@ cData flat_map(int keys) {
 } // namespace
 
 cData data_of(std::string const &name) {
-    std::smatch part;
-    if (!std::regex_match(name, part, std::regex("([1-9][0-9]{0,7})([kM]?)(v?)")) ||
-        (part.length(3) && !part.length(2)))
+    int number = 0;
+    char const *const end = name.data() + name.size();
+    std::string_view unit(std::from_chars(name.data(), end, number).ptr, end);
+    bool const counts = number > 0 && number < 100'000'000 && name.front() != '0';
+    if (counts && unit.empty()) return flat_map(number);
+    bool const repeats_keys = unit.ends_with('v');
+    if (repeats_keys) unit.remove_suffix(1);
+    if (!counts || (unit != "k" && unit != "M"))
         throw std::invalid_argument("no data has the name " + name);
-    int const number = std::stoi(part[1]);
-    if (!part.length(2)) return flat_map(number);
-    std::size_t const unit = part[2] == "k" ? 1'000 : 1'000'000;
-    return cTreeMaker(static_cast<std::size_t>(number) * unit, part.length(3) ? 400 : 0).take();
+    std::size_t const factor = unit == "k" ? 1'000 : 1'000'000;
+    return cTreeMaker(static_cast<std::size_t>(number) * factor, repeats_keys ? 400 : 0).take();
 }

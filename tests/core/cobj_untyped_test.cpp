@@ -16,9 +16,9 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/numbers.h"
 
 #include <functional>
-#include <regex>
 #include <sstream>
 
 namespace {
@@ -454,8 +454,7 @@ std::string chosen(objref const &x) {
 template <class Function> std::string outcome(Function const &run) {
     cErrorLog errors;
     std::string const results = run();
-    static std::regex const id("id=[0-9]+");
-    return std::regex_replace(results + "\n" + errors.text(), id, "id=");
+    return test::hide_numbers(results + "\n" + errors.text(), "id=", "");
 }
 
 objref untyped() { return make<cObj>(false); }
