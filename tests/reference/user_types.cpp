@@ -640,11 +640,21 @@ template <size_t n> objref new_before(objref type) {
     act();
     return reinterpret_cast<cFunction1>(method.before)(type);
 }
+template <size_t n> bool create_before(cObj &obj) {
+    cMethod const &method = replaced<n>();
+    say(method.type().name() + ".create");
+    act();
+    return reinterpret_cast<cProcedure1>(method.before)(obj);
+}
+template <size_t n> cExeMember *procedure1() {
+    return new cExeMember(cProcedure1(create_before<n>));
+}
 template <size_t n> cExeMember *procedure2() { return new cExeMember(cProcedure2(call_before<n>)); }
 template <size_t n> cExeMember *procedure3() { return new cExeMember(cProcedure3(set_before<n>)); }
 template <size_t n> cExeMember *function1() { return new cExeMember(cFunction1(new_before<n>)); }
 
-std::array<cMethod, 20> methods{{{cat::type_int, mid_assign, procedure2<0>, nullptr},
+// `create` of scalars isn't among them: a value that is read calls it less often than it once did.
+std::array<cMethod, 22> methods{{{cat::type_int, mid_assign, procedure2<0>, nullptr},
                                  {cat::type_int, mid_write, procedure2<1>, nullptr},
                                  {cat::type_int, mid_newobj, function1<2>, nullptr},
                                  {cat::type_int, mid_equal, procedure2<3>, nullptr},
@@ -663,7 +673,9 @@ std::array<cMethod, 20> methods{{{cat::type_int, mid_assign, procedure2<0>, null
                                  {cat::type_double, mid_write, procedure2<16>, nullptr},
                                  {cat::type_set, mid_newobj, function1<17>, nullptr},
                                  {cat::type_bool, mid_write, procedure2<18>, nullptr},
-                                 {cat::type_int, mid_less, procedure2<19>, nullptr}}};
+                                 {cat::type_int, mid_less, procedure2<19>, nullptr},
+                                 {cat::type_map, mid_create, procedure1<20>, nullptr},
+                                 {cat::type_vector, mid_create, procedure1<21>, nullptr}}};
 
 template <size_t n> cMethod &replaced() { return methods[n]; }
 
