@@ -34,11 +34,11 @@ STYLE = """
 text { font: 12px system-ui, sans-serif; fill: #1f2328 }
 .title { font-size: 15px; font-weight: 600 }
 .small { font-size: 10px; fill: #59636e }
-.qrv { fill: #0969da } .nlohmann { fill: #8c959f } .rapidjson { fill: #b6bfc8 } .CPython { fill: #d5dbe1 }
+.qrv { fill: #0969da } .nlohmann { fill: #6e7781 } .rapidjson { fill: #98a2ad } .CPython { fill: #bec6ce }
 .axis { stroke: #8c959f }
 @media (prefers-color-scheme: dark) {
   text { fill: #f0f6fc } .small { fill: #9198a1 }
-  .qrv { fill: #4493f8 } .nlohmann { fill: #838b96 } .rapidjson { fill: #656c76 } .CPython { fill: #454c56 }
+  .qrv { fill: #4493f8 } .nlohmann { fill: #a8b0b9 } .rapidjson { fill: #7d8590 } .CPython { fill: #565e69 }
   .axis { stroke: #656c76 }
 }
 """
