@@ -51,8 +51,7 @@ TEST_F(AttrcopyEdge, question_marks_take_the_members_letters) {
 // What setattr is called with, in order.
 constinit std::string *calls = nullptr;
 bool noting_setattr(cObj &obj, objref &key, objref &value) {
-    std::string const shown = value ? shape(value.get()) : "";
-    *calls += cat::as_string(key) + (value ? "=" : " gone") + shown + "; ";
+    *calls += cat::as_string(key) + (value ? "=" + shape(value.get()) : " gone") + "; ";
     return cTomVector::setattr(obj, key, value);
 }
 

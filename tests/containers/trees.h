@@ -71,20 +71,15 @@ inline std::string inside(cMapObj const &map, bool with_keys) {
     return text;
 }
 
-// A const text: in g++ 12 the `+` of a temporary one warns of an overlap that isn't there.
-inline std::string in_brackets(char open, std::string const &text, char close) {
-    return open + text + close;
-}
-
 std::string inline shape(cObj const *obj) {
     if (!obj) return "null";
     if (cObj::is_nil(obj)) return "nil";
     if (cObj::is_kill(obj)) return "badfind";
     if (cObj::is_bad(obj)) return "bad";
     auto const *const map = dynamic_cast<cMapObj const *>(obj);
-    if (cObj::is_vector(obj)) return in_brackets('[', inside(*map, false), ']');
-    if (cObj::is_set(obj)) return in_brackets('<', inside(*map, false), '>');
-    if (map) return in_brackets('{', inside(*map, true), '}');
+    if (cObj::is_vector(obj)) return "[" + inside(*map, false) + "]";
+    if (cObj::is_set(obj)) return "<" + inside(*map, false) + ">";
+    if (map) return "{" + inside(*map, true) + "}";
     if (auto const *const number = dynamic_cast<cObjDR<int> const *>(obj))
         return std::to_string(number->val());
     if (auto const *const text = dynamic_cast<cObjDR<std::string> const *>(obj)) return text->val();
