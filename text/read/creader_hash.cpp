@@ -60,8 +60,8 @@ bool are_late_possible(cAttrScan const &scan) {
 cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, cOpened opened)
     : hash_(hash), type_(type), scan_(scan), session_(*cReadSession::current()),
       state_(text_state()),
-      late_(&hash, &scan, may_be_late(type, opened), opened == cOpened::after_first ? 1 : 0), opened_{scan.current().outer_line,
-                                                              scan.current().outer_column},
+      late_(&hash, &scan, may_be_late(type, opened), opened == cOpened::after_first ? 1 : 0),
+      opened_{scan.current().outer_line, scan.current().outer_column},
       has_bracket_(cat::Brackets(scan.current().code).open != 0),
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {
@@ -71,7 +71,8 @@ cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type,
 void cHashReader::begin_late(cOpened opened) {
     if (!late_.can_be()) return state_.settle();
     if (opened == cOpened::after_first) {
-        bool const known = hash_.first() && hash_.first() == hash_.last() && cLateEntries::is_key(hash_.first()->key());
+        bool const known = hash_.first() && hash_.first() == hash_.last() &&
+                           cLateEntries::is_key(hash_.first()->key());
         if (known && (state_.is_late() || are_late_possible(scan_)))
             late_.begin(hash_.first());
         else
@@ -90,7 +91,7 @@ bool cHashReader::stays_late() const {
     return late_.can_be() && (late_.is_late() || (!seen_ && cAttrInsert::is_ready(hash_)));
 }
 
-void cHashReader::resume_late() {
+[[gnu::noinline]] void cHashReader::resume_late() {
     if (stays_late() && are_late_possible(scan_)) late_.resume();
 }
 
@@ -198,15 +199,16 @@ int cHashReader::read_long(objref &value, cShort done) {
 // late. False if there is more to it.
 bool cHashReader::put_new(cEntry &entry) {
     if (seen_) return false;
-    if (!listed_ && entry.key->has_ommap()) return false; // a comment: no key in a map has one
-    if (!(listed_ ? late_.has_room(index_) : late_.has_room(entry.key))) return false;
     if (!late_.is_late()) return put_entered(entry);
     if (listed_) return cAttrInsert::append(hash_, entry.value);
+    if (entry.key->has_ommap()) return false; // a comment, which a key in a map doesn't have
     return cAttrInsert::adopt(hash_, std::move(entry.key), std::move(entry.value)).is_new;
 }
 
-// The same in a container whose entries are in the table, where there is room for this one.
+// The same in a container whose entries are in the table.
 [[gnu::noinline]] bool cHashReader::put_entered(cEntry &entry) {
+    if (!listed_ && entry.key->has_ommap()) return false;
+    if (!(listed_ ? late_.has_room(index_) : late_.has_room(entry.key))) return false;
     objref const value = entry.value;
     bool const done =
         listed_ ? cAttrInsert::append(hash_, value)
@@ -221,13 +223,10 @@ bool cHashReader::put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPl
     if (!plain || seen_ || !state_.is_late()) return false;
     if (!listed_ && (!place || entry.key->has_ommap())) return false;
     if (!late_.has_room(entry.key)) return false;
-    objref const value = entry.value;
-    if (listed_) {
-        if (!cAttrInsert::append(hash_, value)) return false;
-    } else {
-        cAttrInsert::adopt(hash_, *place, std::move(entry.key), std::move(entry.value));
-    }
-    late_.stored(value);
+    objref const entered = late_.is_late() ? objref() : entry.value;
+    if (listed_ && !cAttrInsert::append(hash_, entry.value)) return false;
+    if (!listed_) cAttrInsert::adopt(hash_, *place, std::move(entry.key), std::move(entry.value));
+    late_.stored(entered);
     return true;
 }
 
@@ -386,7 +385,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
     if (!entry.value) entry.value = cat::bad();
     if (!read_value(entry, done)) return false;
     if (state_.late_round() != round) place.reset(); // user code has run
-    if (state_.is_late() && !stays_late()) state_.settle();
+    if (!late_.is_late() && state_.is_late() && !stays_late()) state_.settle();
     if (done == cShort::opened && state_.is_late()) {
         step.reset();
         if (put_container(entry, place)) return true;

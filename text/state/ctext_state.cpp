@@ -192,7 +192,7 @@ void cTextState::clear_references() {
     written_.clear();
     for (cStep &step : steps_) step.node = step.other_node = cPathTrie::none;
     late_ = false;
-    late_read_ = {};
+    late_read_.hash = nullptr;
     if (!late_below_.empty()) late_below_.clear();
     trie_.clear(); // RE-ENTERS
 }

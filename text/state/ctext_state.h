@@ -300,7 +300,7 @@ class cLateEntries {
         if (!late_)
             enter_stored(value);
         else if (text_state().late_read_.hash)
-            text_state().late_read_ = {};
+            text_state().late_read_.hash = nullptr;
     }
     // The value of the innermost step isn't, but what is below it.
     static void pass();
