@@ -129,7 +129,7 @@ bool cAttrScan::read_inner(cMapObj &map, cTypeObj &type) {
     {
         cWriteLevel const level;
         cInner const inner(*this);
-        lines = cHashReader(*hash, *this, &type, true).read();
+        lines = cHashReader(*hash, *this, &type, cHashReader::cOpened::by_scan).read();
     }
     if (lines < 1) return false;
     bool const was_one_line = is_one_line(map);
@@ -227,18 +227,13 @@ int not_valid(cAttrScan &scan, cReadSession::cPlace place, cErrText const &error
 int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, unsigned errors) {
     cWriteLevel const level;
     objref value;
-    int code = 0;
-    {
-        cPathStep const step(key);
-        cReadingKey const value_now(false); // the list may be the text of a key
-        code = scan.scan_obj(value, nullptr);
-    }
+    int const code = cHashReader::read_first(scan, key, value);
     bool const good = code == 0 && scan.errcount() == errors;
     if (!good && !keep)
         return not_valid(scan, cReadSession::current()->value_place(), err_read_no_container);
     cRef<cMapObj> const map = make<cMapObj>();
     if (value) map->datamap().mapitem(key, value);
-    bool const rest = map->datamap().read_hash(scan.is(), nullptr) != 0;
+    bool const rest = cHashReader::read_others(scan, map->datamap()) != 0;
     if (rest || keep) result = map;
     scan.note_object(nullptr);
     return good && rest && scan.errcount() == errors ? 0 : 1;
