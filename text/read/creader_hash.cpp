@@ -47,6 +47,7 @@ bool is_plain_source(std::istream &is) {
 bool may_be_late(cAttrHash const &hash, cTypeObj const *type, cAttrScan const &scan, bool inner) {
     if (inner && text_state().is_late()) return true;
     text_state().settle();
+    if (cReadSession::current()->runs().is_open()) return false;
     if (!is_plain_source(scan.is()) || scan.is_dumping()) return false;
     bool const of_library = !type || type == &cat::type_map() || type == &cat::type_vector() ||
                             type == &cat::type_set();
@@ -63,9 +64,9 @@ cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type,
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
 
-void cHashReader::fail(cErrText const &error, std::string const &what) {
+template <class... Parts> void cHashReader::fail(cErrText const &error, Parts const &...parts) {
     cReadSession::cPlace const place = session_.place_now();
-    begin_error(scan_, error) << what;
+    (static_cast<std::ostream &>(begin_error(scan_, error)) << ... << parts);
     scan_.about(place.line, place.column);
     scan_.fire();
 }
@@ -78,6 +79,7 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
     int code = scan_.next();
     if (code == ';' || code == ',') { // that of a container before, for instance
         scan_.separator_passed_ = true;
+        session_.runs().delimited(true);
         code = scan_.next();
     }
     cToken const &first = scan_.current();
@@ -204,10 +206,15 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
 [[gnu::noinline]] cHashReader::cNext cHashReader::read_long_key(cEntry &entry, cShort done) {
     objref key = std::move(entry.key);
     int result = 0;
+    if (done == cShort::none)
+        session_.runs().expect_entry(true);
+    else
+        session_.runs().begin_entry();
     {
         cReadingKey const key_now(true);
         if (done != cShort::done) state_.settle();
         result = read_long(key, done);
+        session_.runs().delimited(false);
     }
     if (result == -1) return cNext::stop;
     if (delim_ == ')') {
@@ -224,7 +231,7 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
         }
         cAboutValue const about_key(session_);
         std::string const text = key->is_container() ? "" : "Key value: " + written(*key);
-        fail(err_read_key_type, key->type().name() + "' is not defined" + text);
+        fail(err_read_key_type, cNamed::found(key->type().name()), "' is not defined", text);
         result = cAttrScan::asrSyntax;
     }
     if (delim_ != '=') {
@@ -273,7 +280,9 @@ void cHashReader::register_type(cEntry &entry) {
     }
     if (done && again && session_.exhausted()) report_too_much();
     if (done) return;
-    fail(err_read_type_name);
+    cTypeObj const &present = cat::find_type(type->name());
+    fail(err_read_type_name, cNamed::name(type->name()).unsaid(),
+         cNamed::type(present.type().name()).unsaid(), cNamed::found(type->type().name()).unsaid());
     entry.result = cAttrScan::asrType;
 }
 
@@ -284,8 +293,9 @@ void cHashReader::register_type(cEntry &entry) {
     bool const by_index = !entry.key;
     if (by_index) entry.key = cat::of(index_);
     if (!entry.value) entry.value = cat::bad();
-    store(entry);
+    store(entry, session_.runs().errors());
     if (by_index) next_index();
+    session_.runs().delimited(cValueReader::is_separator(delim_));
     return true;
 }
 
@@ -295,7 +305,10 @@ bool cHashReader::read_entry() {
         cNext const next = read_key(entry);
         if (next == cNext::stop) return false;
         if (next == cNext::store) return store_alone(entry);
-        if (state_.is_late() && !is_late_key(entry.key)) state_.settle();
+        if (!state_.is_late())
+            session_.runs().begin_entry();
+        else if (!is_late_key(entry.key))
+            state_.settle();
     }
     return read_keyed(entry);
 }
@@ -321,6 +334,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
 // The same for what is more than the short way. Kept out of it, which many entries don't leave.
 [[gnu::noinline]] bool cHashReader::read_rest(cEntry &entry, cShort done) {
     bool const by_index = !entry.key;
+    unsigned const errors = session_.runs().errors();
     std::optional<cAttrInsert::cKeyPlace> place;
     if (state_.is_late() && (done == cShort::none || done == cShort::opened) && entry.key) {
         place.emplace(hash_, entry.key);
@@ -333,6 +347,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
         *cat::io_channel << state_.path() << std::endl;
     }
     if (!entry.value) entry.value = cat::bad();
+    session_.runs().expect_entry(listed_ && done == cShort::none);
     if (!read_value(entry, done)) return false;
     if (done == cShort::opened && state_.is_late()) {
         step.reset();
@@ -346,7 +361,8 @@ bool cHashReader::read_keyed(cEntry &entry) {
     bool const keyed = entry.key_result == 0;
     if (!is_plain_entry(entry)) state_.settle();
     if (keyed && entry.result == 0) register_type(entry);
-    objref const held = store(entry);
+    objref const held = store(entry, errors);
+    session_.runs().delimited(cValueReader::is_separator(delim_));
     if (state_.is_late())
         state_.late_stored();
     else if (keyed)
@@ -416,7 +432,7 @@ bool cHashReader::insert(objref const &key, objref const &value, objref &held) {
     return hash_.mapitem(key, value);
 }
 
-objref cHashReader::store(cEntry const &entry) {
+objref cHashReader::store(cEntry const &entry, unsigned before) {
     cAttrNode const *const node = hash_.find(entry.key);
     objref const present = node ? node->valref() : objref();
     if (is_mergeable(present) && is_mergeable(entry.value)) {
@@ -426,7 +442,9 @@ objref cHashReader::store(cEntry const &entry) {
     objref held = entry.value;
     if (insert(entry.key, entry.value, held)) return held;
     ok_ = false;
-    cat::error_line("Cannot insert key =" + cat::as_text(entry.key));
+    std::string const text = cat::as_text(entry.key); // RUNS FOREIGN CODE
+    cErrorRuns::cSameRun const same(session_.runs(), before);
+    cat::error_line(whole_error(err_cannot_insert, cNamed::key(text)));
     return listed_ ? cat::bad() : stored(entry.key);
 }
 
@@ -450,6 +468,7 @@ void cHashReader::report_unclosed(bool counted) {
     if (!error) return;
     cErrStream &err = counted ? scan_.errs(asr_of(*error)) : scan_.errs();
     err.set_code(error->code);
+    err.set_kind(error->kind);
     err << error->text;
     if (has_bracket_) scan_.unclosed(opened_.line, opened_.column);
     scan_.fire();
