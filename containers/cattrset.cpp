@@ -52,8 +52,8 @@ pairs pairs_of(cAttrHash const &hash) {
     return found;
 }
 
-bool report(cErrText const &error, std::string const &type = {}) {
-    begin_error(error) << type;
+bool report(cErrText const &error, cObj const &obj, std::string const &found = {}) {
+    begin_error(error) << cNamed::found(found) << cNamed::type(obj.type().name()).unsaid();
     return raise_eros();
 }
 
@@ -153,17 +153,17 @@ bool cTomAttrset::m_assign(cObj &obj, objref &arg) {
     if (!map || !arg) return false;
     objref const keep = objref::share(&obj);
     if (&arg->type() != &obj.type() && // 1
-        !report(err_assign_other_type, arg->type().name()))
+        !report(err_assign_other_type, obj, arg->type().name()))
         return false;
     objref const source = arg;
-    if (!validate(*source)) return report(err_assign_not_valid); // 2
+    if (!validate(*source)) return report(err_assign_not_valid, obj); // 2
     bool all = true;
     for (auto const &[key, value] : pairs_of(static_cast<cMapObj &>(*source).datamap())) { // 3
         if (cObj::is_void(value)) continue;
         if (cat::may_hold_values(*value) && !cat::merge_allows(obj, key, value)) continue;
         all &= map->datamap().copyitem(key, value, true);
     }
-    return all || report(err_assign_failed); // 4
+    return all || report(err_assign_failed, obj); // 4
 }
 
 objref cTomAttlist::newobj(objref) {

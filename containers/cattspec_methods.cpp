@@ -28,7 +28,7 @@ bool is_word(objref const &value, objref const &word) { return value && value ==
 
 bool refuse_type(cObj const &obj, objref const &key, objref const &value) {
     std::string const type = value ? value->type().name() : std::string();
-    begin_error(err_attspec_type, obj, key) << type;
+    begin_error(err_attspec_type, obj, key) << cNamed::found(type);
     return raise_eros();
 }
 
@@ -50,7 +50,7 @@ bool set_type(cAttspec &spec, objref const &key, objref const &value) {
     auto *const type = dynamic_cast<cTypeObj *>(found.get());
     if (cObj::is_bad(found) || !type) {
         std::string const text = text_hooks.as_text(value); // RUNS FOREIGN CODE
-        begin_error(err_attspec_unknown, spec, key) << text;
+        begin_error(err_attspec_unknown, spec, key) << cNamed::name(text);
         return raise_eros();
     }
     if (spec.is_default() && &spec.get_default()->type() != type)

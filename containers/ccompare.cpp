@@ -139,7 +139,7 @@ bool cat::same_value(objref const &a, objref const &b) {
 }
 
 bool cat::too_deep(cObj const &obj) {
-    begin_error(err_compared_too_deep) << obj.type().name();
+    begin_error(err_compared_too_deep) << cNamed::type(obj.type().name());
     raise_eros();
     return false;
 }

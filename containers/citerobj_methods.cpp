@@ -54,7 +54,8 @@ bool cTomIterator::m_assign(cObj &obj, objref &arg) {
         if (from) *it = *from;
         return from != nullptr;
     }
-    begin_error(err_assign_other_type) << arg->type().name();
+    begin_error(err_assign_other_type)
+        << cNamed::found(arg->type().name()) << cNamed::type(obj.type().name()).unsaid();
     return raise_eros();
 }
 

@@ -19,9 +19,12 @@
 namespace {
 
 // An error of a specification: the key, the type's name, and what follows.
-bool report_spec(cErrText const &error, cObj const &obj, objref const &key, char const *end) {
+bool report_spec(cErrText const &error, cObj const &obj, objref const &key, char const *end,
+                 std::string const &found = {}) {
     std::string const text = text_hooks.as_text(key);
-    begin_error(error) << text << "' in object type '" << obj.type().name() << "'" << end;
+    begin_error(error) << cNamed::key(text) << "' in object type '"
+                       << cNamed::type(obj.type().name()) << "'" << end
+                       << cNamed::found(found).unsaid();
     return raise_eros();
 }
 
@@ -51,7 +54,7 @@ bool set_specified(cAttspec const &spec, cMapObj &map, objref const &key, objref
     bool const nothing = cObj::is_kill(value) || cObj::is_nil(value);
     if (bool result = false; nothing && store_instead(spec, map, key, result)) return result; // 6
     if (value && spec.is_fixtype() && &value->type() != spec.get_type())                      // 7
-        return report_spec(err_fixed_type, map, key, "");
+        return report_spec(err_fixed_type, map, key, "", value->type().name());
     return hash->mapitem(key, value);
 }
 

@@ -109,7 +109,7 @@ bool cAttrNode::refuses(objref const &value) {
     std::string const type = value_->type().name();
     std::string const text =
         text_hooks.as_text(key_); // RUNS FOREIGN CODE: before eros() is touched
-    begin_error(err_node_type) << text << "  value type: " << type
+    begin_error(err_node_type) << cNamed::key(text) << "  value type: " << cNamed::type(type)
                                << "  Flags do not allow operator=";
     raise_eros(); // the value stays even if a handler forgives
     return true;

@@ -13,18 +13,21 @@ cErrStream &begin_error(cErrText const &error) {
     cErrStream &err = eros();
     err.clear();
     err.set_code(error.code);
+    err.set_kind(error.kind);
     err << error.text;
     return err;
 }
 
 cErrStream &begin_error(cErrText const &error, cObj const &object) {
     cErrStream &err = eros(error.code, object);
+    err.set_kind(error.kind);
     err << error.text;
     return err;
 }
 
 cErrStream &begin_error(cErrText const &error, cObj const &object, objref const &key) {
     cErrStream &err = eros_setattr(object, key);
+    err.set_kind(error.kind);
     err << error.text;
     return err;
 }
@@ -33,7 +36,7 @@ cErrStream &eros(unsigned int code, cObj const &object) {
     cErrStream &err = eros();
     err.clear();
     err.set_code(code | cErr::bad_code);
-    err << "Attr value, type '" << object.type().name() << "': ";
+    err << "Attr value, type '" << cNamed::type(object.type().name()) << "': ";
     return err;
 }
 
@@ -43,7 +46,9 @@ cErrStream &eros_setattr(cObj const &object, objref const &key) {
     cErrStream &err = eros();
     err.clear();
     err.set_code(err_setattr.code);
-    err << "Setattr in object type '" << object.type().name() << "', key '" << text << "': ";
+    err.set_kind(err_setattr.kind);
+    err << "Setattr in object type '" << cNamed::type(object.type().name()) << "', key '"
+        << cNamed::key(text) << "': ";
     return err;
 }
 

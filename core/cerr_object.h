@@ -2,7 +2,7 @@
 // Beginning an error of the list on eros(): each clears the stream, sets the code and writes what
 // the message begins with. The caller writes the rest and calls raise_eros().
 
-#include "diagnostics/cerr_codes.h"
+#include "diagnostics/cerr_names.h"
 #include "qrv/core/ceros.h"
 
 cErrStream &begin_error(cErrText const &error);

@@ -17,7 +17,7 @@ cExeGlobal::~cExeGlobal() = default;
 cExeMember::~cExeMember() = default;
 
 bool cExeObj::bbad() const {
-    begin_error(err_bad_prototype) << name_ << "', called with bad prototype";
+    begin_error(err_bad_prototype) << cNamed::name(name_) << "', called with bad prototype";
     return raise_eros();
 }
 

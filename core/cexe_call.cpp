@@ -77,19 +77,21 @@ objref call_by_name(cObj *obj, std::string const &name, arguments args) {
     if (!obj) return cat::bad();
     objref const found = obj->gmember(name);
     if (!cObj::is_good(found)) {
-        begin_error(err_bad_call, *obj) << name << "'. Method does not exist!";
+        begin_error(err_bad_call, *obj) << cNamed::name(name) << "'. Method does not exist!";
         raise_eros();
         return cat::bad();
     }
     auto const *const exe = dynamic_cast<cExeObj const *>(found.get());
     if (!exe || !found->is_exe()) {
         begin_error(err_bad_call, *obj)
-            << name << "'.  This entry is of type: " << found->type().name();
+            << cNamed::name(name)
+            << "'.  This entry is of type: " << cNamed::found(found->type().name());
         raise_eros();
         return cat::bad();
     }
     if (!fits(*exe, args)) {
-        begin_error(err_arg_count, *obj) << name << "' with bad arg count: " << args.size();
+        begin_error(err_arg_count, *obj)
+            << cNamed::name(name) << "' with bad arg count: " << args.size();
         return counted(raise_eros());
     }
     return exe->s() ? call_member(*exe, obj, args) : call_plain(*exe, args);
@@ -98,21 +100,23 @@ objref call_by_name(cObj *obj, std::string const &name, arguments args) {
 objref call_global(std::string const &name, arguments args) {
     objref const found = cat::gmember(name);
     if (!cObj::is_good(found)) {
-        begin_error(err_bad_global_call) << name << "'  Executable does not exist";
+        begin_error(err_bad_global_call) << cNamed::name(name) << "'  Executable does not exist";
         raise_eros();
         return cat::bad();
     }
     auto const *const exe = dynamic_cast<cExeObj const *>(found.get());
     if (!exe || !found->is_exe()) {
         begin_error(err_bad_global_call)
-            << name << "'  This entry is not executable, it's of type: " << found->type().name();
+            << cNamed::name(name) << "'  This entry is not executable, it's of type: "
+            << cNamed::found(found->type().name());
         raise_eros();
         return cat::bad();
     }
     // DELIBERATE: an executable with `s` must be given one argument less than it is called with
     // here, and then reports its prototype. Pinned: a_global_member_function_reports_itself
     if (!fits(*exe, args)) {
-        begin_error(err_global_arg_count) << name << "'  with bad arg count: " << args.size();
+        begin_error(err_global_arg_count)
+            << cNamed::name(name) << "'  with bad arg count: " << args.size();
         return counted(raise_eros());
     }
     return call_plain(*exe, args);

@@ -15,7 +15,8 @@
 namespace {
 
 bool refuse_const(char const *method, cObj const &source) {
-    begin_error(err_object_const) << method << "' called from type: " << source.type().name();
+    begin_error(err_object_const) << cNamed::name(method)
+                                  << "' called from type: " << cNamed::found(source.type().name());
     return raise_eros();
 }
 

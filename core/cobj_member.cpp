@@ -76,7 +76,7 @@ bool cObj::may_be_member(objref const &key, objref const &value, bool &result) {
         if (value->typeflags_of(tf_free_exe) || dynamic_cast<cExeMember *>(exe)) return true;
     }
     std::string const text = text_hooks.as_text(key);
-    begin_error(err_not_own_member, *this) << text << "', must be cExeMember";
+    begin_error(err_not_own_member, *this) << cNamed::key(text) << "', must be cExeMember";
     result = raise_eros();
     return false;
 }

@@ -18,8 +18,10 @@ namespace {
 using cat::value_in;
 
 bool no_converter(char const *method, cObj const &obj, objref const &source) {
-    begin_error(err_no_converter) << method << "', type '" << obj.type().name()
-                                  << "', without converter from type: " << source->type().name();
+    begin_error(err_no_converter) << cNamed::name(method) << "', type '"
+                                  << cNamed::type(obj.type().name())
+                                  << "', without converter from type: "
+                                  << cNamed::found(source->type().name());
     return raise_eros();
 }
 

@@ -154,7 +154,8 @@ bool cTypeObj::validate_exe(int id, cExeFunction const &exe, char const *type_na
     bool const known = id >= 0 && id < mid_count;
     if (known && exe.s() && exe.c() == methods[id].c && exe.p() == methods[id].p) return true;
     begin_error(err_method_prototype)
-        << name_of(id) << "'  has bad prototype in object type: " << (type_name ? type_name : "");
+        << cNamed::name(name_of(id))
+        << "'  has bad prototype in object type: " << cNamed::type(type_name ? type_name : "");
     raise_eros();
     return false;
 }
@@ -164,7 +165,8 @@ objref cTypeObj::newobj() const {
 }
 
 bool cTypeObj::missing_method(method_id id) const {
-    begin_error(err_missing_method) << name_of(id) << "' in type: " << name_;
+    begin_error(err_missing_method)
+        << cNamed::name(name_of(id)) << "' in type: " << cNamed::type(name_);
     return raise_eros();
 }
 

@@ -52,7 +52,7 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
     auto *const exe = dynamic_cast<cExeMember *>(value.get());
     if (!exe) { // 4
         std::string const text = text_hooks.as_text(key);
-        begin_error(err_not_type_member) << text << "', must be cExeMember";
+        begin_error(err_not_type_member) << cNamed::key(text) << "', must be cExeMember";
         raise_eros();
         return;
     }

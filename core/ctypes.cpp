@@ -4,7 +4,7 @@
 
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
-#include "diagnostics/cerr_codes.h"
+#include "diagnostics/cerr_names.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
@@ -12,16 +12,16 @@
 #include <vector>
 
 void cat::throw_duplicate(std::string const &name) {
-    throw cErr(err_type_name_taken.code, err_type_name_taken.text + name);
+    throw whole_error(err_type_name_taken, cNamed::type(name));
 }
 
 namespace {
 
 bool report_duplicate(std::string const &name) {
-    cat::error_line("***Error: Bad creation of duplicate type '" + name +
-                    "'\n"
-                    "          Each type object is identified by its name\n"
-                    "          and must be created exactly once!!");
+    cat::error_line(whole_error(err_duplicate_type, cNamed::type(name),
+                                "'\n"
+                                "          Each type object is identified by its name\n"
+                                "          and must be created exactly once!!"));
     return false;
 }
 

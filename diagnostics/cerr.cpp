@@ -8,6 +8,7 @@
 #include "diagnostics/ccout_state.h"
 
 #include <locale>
+#include <utility>
 
 cException::cException(std::string const &text) : text_(text) {}
 cException::cException(cException const &other) : std::exception(other), text_(other.as_string()) {}
@@ -34,17 +35,39 @@ cErr &cErr::operator=(cErr const &other) {
     cException::operator=(other);
     code_ = other.code_;
     handled_ = other.handled_;
+    kind_ = other.kind_;
+    names_ = other.names_;
     return *this;
+}
+
+cat::ErrorNames const &cErr::names() const noexcept {
+    // Never destroyed: errors may be looked at to the end of the process.
+    static auto const *const none = new cat::ErrorNames;
+    return names_ ? *names_ : *none;
+}
+
+// Copies keep what they have.
+void cErr::set_name(std::string cat::ErrorNames::*role, std::string text) {
+    names_ =
+        names_ ? std::make_shared<cat::ErrorNames>(*names_) : std::make_shared<cat::ErrorNames>();
+    (*names_).*role = std::move(text);
+}
+
+void cErr::forget_kind() noexcept {
+    kind_ = cat::ErrorKind::other;
+    names_ = nullptr;
 }
 
 void cErr::set(unsigned int code, std::string const &text) {
     code_ = code;
+    forget_kind();
     set_string(text);
 }
 
 void cErr::clear() {
     code_ = 0;
     handled_ = false;
+    forget_kind();
     text_.clear();
 }
 

@@ -1,14 +1,16 @@
 #pragma once
-// Failures that are told as lines on the standard error stream, without an error value. One place
-// for all of them, so that whoever collects what goes wrong during a reading can take them.
+// Failures that are told as lines on the standard error stream: their error has the code 0. One
+// place for all of them, so that whoever collects what goes wrong during a reading can take them.
 
-#include <string>
+#include "qrv/diagnostics/cerr.h"
 
 namespace cat {
 // Writes the text and a line end to the standard error stream, unless the taker takes it.
-void error_line(std::string const &text);
+void error_line(cErr const &error);
+void error_line(std::string const &text); // of other kind
 
-// The taker answers whether it took the text; null: nobody takes. The former one.
-using error_line_taker = bool (*)(std::string const &text);
+// The taker answers whether it took the error; null: nobody takes. The former one.
+using error_line_taker = bool (*)(cErr const &error);
 error_line_taker take_error_lines(error_line_taker taker) noexcept;
+bool error_lines_are_taken() noexcept;
 } // namespace cat

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Compares everything that names an error code with the one list in diagnostics/cerr_codes.h.
+"""Compares everything that names an error with the one list in diagnostics/cerr_codes.h.
 
-  - the tables of docs/errors.md have a row for each error of the list, and no other row;
+  - cat::ErrorKind has a kind for each error of the list, in its order, and none but `other` besides;
+  - the tables of docs/errors.md have a row for each error of the list, with its kind, and no other row;
   - a code in a comment of a public header is in the list, and a text in quotes right after it is
     how one of the errors with this code begins;
   - sources of the library have no code as a number, and none of the texts (but for very short
@@ -15,6 +16,7 @@ import sys
 
 LIST = "diagnostics/cerr_codes.h"
 PAGE = "docs/errors.md"
+KINDS = "include/qrv/diagnostics/cerrkind.h"
 LIBRARY = ["base", "diagnostics", "core", "containers", "text", "modules", "util", "start"]
 PROGRAMS = ["tools"]
 # What a message has ahead of the text. The place and the path in a file are no part of it.
@@ -26,7 +28,8 @@ HEADS = {
     "path": "",
 }
 ROW = re.compile(r'\bX\(\s*(\w+),\s*(0x[0-9A-F]{8}),\s*(\w+),\s*"((?:[^"\\]|\\.)*)"\s*\)')
-PAGE_ROW = re.compile(r"^\| (0x[0-9A-F]{8}) \| ``(.*)`` \|$", re.M)
+PAGE_ROW = re.compile(r"^\| (0x[0-9A-F]{8}) \| ``(.*)`` \| `(\w+)` \|$", re.M)
+ENUM = re.compile(r"enum class ErrorKind\b[^{]*\{(.*?)\}", re.S)
 CODE = re.compile(r"\b0x[4-8][0-9A-Fa-f]{7}(?=[uU]?\b)")
 # A code of few digits, where nothing else is meant: 0x4000000 for 0x44000000, 1.
 ARGUMENT = re.compile(r"\b(?:cErr|eros|set_code)\s*\(\s*(0x[0-9A-Fa-f]+|[1-9]\d*)")
@@ -53,21 +56,34 @@ def rows_of(root):
 
 
 def errors_of(root):
-    """(code, message) of each error: as it begins, with ... for what differs from one to the next."""
-    return [(int(code, 16), HEADS[head] + beginning.replace('\\"', '"')) for _, code, head, beginning in rows_of(root)]
+    """(code, message, kind) of each error: as it begins, with ... for what differs from one to the next."""
+    return [(int(code, 16), HEADS[head] + beginning.replace('\\"', '"'), kind)
+            for kind, code, head, beginning in rows_of(root)]
+
+
+def check_kinds(root, errors):
+    enum = ENUM.search((root / KINDS).read_text(encoding="utf-8"))
+    kinds = re.findall(r"\w+", COMMENT.sub("", enum[1])) if enum else []
+    listed = ["other"] + [kind for *_, kind in errors]
+    for kind in sorted(set(listed) - set(kinds)):
+        yield f"{KINDS}: lacks {kind}"
+    for kind in sorted(set(kinds) - set(listed)):
+        yield f"{KINDS}: {kind} is not in {LIST}"
+    if sorted(kinds) == sorted(listed) and kinds != listed:
+        yield f"{KINDS}: the order is not that of {LIST}"
 
 
 def check_page(root, errors):
-    rows = [(int(code, 16), text) for code, text in PAGE_ROW.findall((root / PAGE).read_text(encoding="utf-8"))]
-    for code, text in errors:
-        if (code, text) not in rows:
-            yield f"{PAGE}: lacks 0x{code:08X} `{text}`"
-    for code, text in rows:
-        if (code, text) not in errors:
-            yield f"{PAGE}: 0x{code:08X} `{text}` is not in {LIST}"
+    rows = [(int(code, 16), text, kind) for code, text, kind in PAGE_ROW.findall((root / PAGE).read_text(encoding="utf-8"))]
+    for error in errors:
+        if error not in rows:
+            yield "{}: lacks 0x{:08X} `{}` of kind {}".format(PAGE, *error)
+    for row in rows:
+        if row not in errors:
+            yield "{}: 0x{:08X} `{}` of kind {} is not in {}".format(PAGE, *row, LIST)
     for row in sorted(set(rows)):
         if rows.count(row) > errors.count(row) > 0:
-            yield f"{PAGE}: 0x{row[0]:08X} `{row[1]}` is there {rows.count(row)} times"
+            yield "{}: 0x{:08X} `{}` is there {} times".format(PAGE, *row[:2], rows.count(row))
 
 
 def begins_alike(quoted, message):
@@ -89,7 +105,7 @@ def check_comments(root, errors):
         for number, line in enumerate(text.splitlines(), 1):
             comment = COMMENT.search(line)
             for match in COMMENT_CODE.finditer(comment[1] if comment else ""):
-                messages = [message for code, message in errors if code == code_of(match[1])]
+                messages = [message for code, message, _ in errors if code == code_of(match[1])]
                 if not messages:
                     yield f"{name}:{number}: {match[1]} is not in {LIST}"
                 elif match[2] and not any(begins_alike(match[2], message) for message in messages):
@@ -101,7 +117,7 @@ def without_comments(line):
 
 
 def check_numbers(root, errors):
-    known = {code for code, _ in errors}
+    known = {code for code, *_ in errors}
     for name, text in sources(root, LIBRARY + PROGRAMS):
         if name == LIST:
             continue
@@ -132,7 +148,7 @@ def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
     errors = errors_of(root)
     wrong = [] if errors else [f"{LIST}: no error was found in it"]
-    for check in (check_page, check_comments, check_numbers):
+    for check in (check_kinds, check_page, check_comments, check_numbers):
         wrong += check(root, errors)
     wrong += check_texts(root)
     for line in wrong:

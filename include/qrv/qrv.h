@@ -37,6 +37,7 @@
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
+#include "qrv/diagnostics/cerrkind.h"
 #include "qrv/diagnostics/cfilesearch.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/modules/cmodule.h"

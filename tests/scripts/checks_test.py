@@ -198,13 +198,15 @@ class Errors(Tree):
     def setUp(self):
         super().setUp()
         self.write("diagnostics/cerr_codes.h", HEADER + "#define QRV_ERRORS(X) \\\n"
-                   '    X(err_taken, 0x00000001, none, "Name taken: ") \\\n'
-                   '    X(err_const, 0x41400000, object, "Object is const") \\\n'
-                   '    X(err_cycle, 0x40020000, \\\n        attribute, " In a \\"cycle\\"")\n')
-        self.page = ("# Errors\n\n| Code | Text |\n|---|---|\n| 0x00000001 | ``Name taken: `` |\n"
-                     "| 0x41400000 | ``Attr value, type '...': Object is const`` |\n"
-                     "| 0x40020000 | ``Setattr in object type '...', key '...':  In a \"cycle\"`` |\n")
+                   '    X(taken, 0x00000001, none, "Name taken: ") \\\n'
+                   '    X(const, 0x41400000, object, "Object is const") \\\n'
+                   '    X(cycle, 0x40020000, \\\n        attribute, " In a \\"cycle\\"")\n')
+        self.page = ("# Errors\n\n| Code | Text | Kind |\n|---|---|---|\n| 0x00000001 | ``Name taken: `` | `taken` |\n"
+                     "| 0x41400000 | ``Attr value, type '...': Object is const`` | `const` |\n"
+                     "| 0x40020000 | ``Setattr in object type '...', key '...':  In a \"cycle\"`` | `cycle` |\n")
         self.write("docs/errors.md", self.page)
+        self.kinds = "enum class ErrorKind : int {\n    other, // a program's\n    // The registry\n    taken,\n    const,\n    cycle\n};\n"
+        self.write("include/qrv/diagnostics/cerrkind.h", HEADER + self.kinds)
         self.write("include/qrv/core/cobj.h", HEADER + "// Throws cErr(1). The code 0x41400000, or\n"
                    "//   0x40020000 \"Setattr in object type '...'\" ...\n"
                    "int const id = 0x48000000; // not in a comment\n")
@@ -219,16 +221,26 @@ class Errors(Tree):
 
     def test_an_error_that_the_page_lacks(self):
         self.breaks("docs/errors.md: lacks 0x00000001 `Name taken: `", "docs/errors.md",
-                    self.page.replace("| 0x00000001 | ``Name taken: `` |\n", ""))
+                    self.page.replace("| 0x00000001 | ``Name taken: `` | `taken` |\n", ""))
 
     def test_an_error_that_only_the_page_has(self):
-        self.breaks("0x00000002 `Name taken: ` is not in", "docs/errors.md", self.page + "| 0x00000002 | ``Name taken: `` |\n")
+        self.breaks("0x00000002 `Name taken: ` of kind taken is not in", "docs/errors.md", self.page + "| 0x00000002 | ``Name taken: `` | `taken` |\n")
 
     def test_an_error_that_begins_otherwise_on_the_page(self):
         self.breaks("lacks 0x41400000", "docs/errors.md", self.page.replace("Object is", "Object was"))
 
     def test_a_row_that_is_there_twice(self):
-        self.breaks("is there 2 times", "docs/errors.md", self.page + "| 0x00000001 | ``Name taken: `` |\n")
+        self.breaks("is there 2 times", "docs/errors.md", self.page + "| 0x00000001 | ``Name taken: `` | `taken` |\n")
+
+    def test_an_error_of_another_kind_on_the_page(self):
+        self.breaks("lacks 0x00000001 `Name taken: ` of kind taken", "docs/errors.md", self.page.replace("`taken`", "`cycle`"))
+
+    def test_kinds_that_are_not_those_of_the_list(self):
+        name = "include/qrv/diagnostics/cerrkind.h"
+        self.breaks("cerrkind.h: lacks taken", name, HEADER + self.kinds.replace("    taken,\n", ""))
+        self.breaks("cerrkind.h: new is not in", name, HEADER + self.kinds.replace("cycle", "cycle, new"))
+        self.breaks("cerrkind.h: the order is not", name, HEADER + self.kinds.replace("taken,\n    const", "const,\n    taken"))
+        self.breaks("cerrkind.h: lacks other", name, HEADER)
 
     def test_a_comment_with_a_code_that_does_not_exist(self):
         self.breaks("cref.h:3: 0x41800000 is not in", "include/qrv/base/cref.h", HEADER + "// Code 0x41800000.\n")

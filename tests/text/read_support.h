@@ -104,4 +104,15 @@ inline std::string misplaced(cat::ReadReport const &report, std::string const &t
     return {};
 }
 
+// Does every entry that follows one follow an earlier one that is the first of its run?
+inline bool are_runs(cat::ReadReport const &report) {
+    auto const &entries = report.entries();
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        std::size_t const first = entries[i].follows;
+        if (first == cat::ReadError::none) continue;
+        if (first >= i || entries[first].follows != cat::ReadError::none) return false;
+    }
+    return true;
+}
+
 } // namespace reader_test

@@ -4,6 +4,7 @@
 // DELIBERATE: what is wrong with a path is a line, not an error with a code.
 //   Pinned: a_wrong_path_is_a_line_and_no_error_with_a_code
 
+#include "diagnostics/cerr_names.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/core/ctypes.h"
 #include "text/path/cpath_scan.h"
@@ -11,7 +12,7 @@
 
 namespace {
 objref refused(std::string const &path, std::string const &reason) {
-    cat::error_line("ERROR in call of getattrp, path '" + path + "'" + reason);
+    cat::error_line(whole_error(err_getattrp_path, cNamed::key(path), "'", reason));
     return cat::bad();
 }
 } // namespace

@@ -68,7 +68,7 @@ class cPathStatement {
 
 bool cPathStatement::refuse(cErrText const &error, std::string const &what,
                             cAttrLiteral const &about) {
-    begin_error(scan(), error) << what;
+    begin_error(scan(), error) << cNamed::name(what);
     if (about.code != tkEof) scan().about(about);
     scan().fire();
     return false;
@@ -104,7 +104,8 @@ bool cPathStatement::refuse_walk(cErrText const &error, size_t stopped_at,
         keys_[i].key->writeobj(os); // RUNS FOREIGN CODE
     }
     std::string const path = shown_path(os.str(), cat::ReadReport::current() != nullptr);
-    begin_error(scan(), error) << what << path;
+    std::string const &named = what.empty() ? what : operator_.text;
+    begin_error(scan(), error) << what << cNamed::key(path) << cNamed::name(named).unsaid();
     scan().about(keys_[stopped_at].line, keys_[stopped_at].column);
     scan().fire();
     return false;

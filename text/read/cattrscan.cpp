@@ -5,9 +5,9 @@
 // errs() or errp(), the text, fire(). The stream for it is made by the first error, since there is
 // a scan for each container and most see none.
 
-#include "diagnostics/cerr_codes.h"
 #include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
+#include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
 #include "text/state/ctext_state.h"
 
@@ -155,9 +155,11 @@ void cAttrScan::fire_from(cErr const &error, size_t prefix) {
     forget_about();
     entry.path = text_state().shown_path(true);
     entry.code = copy.code();
+    entry.kind = copy.kind();
+    entry.names = copy.names();
     std::string const text = copy.as_string();
     entry.text = text.substr(prefix < text.size() ? prefix : text.size());
-    report->add(std::move(entry));
+    cErrorRuns::add(*report, std::move(entry));
 }
 
 std::string cAttrScan::posstring() const {
@@ -198,7 +200,7 @@ bool cAttrScan::openfile(char const *name, bool quiet) {
         file->close();
         file->clear(std::ios::failbit); // what reads on meets the end of input
     }
-    if (!quiet) fire(cErr(err_file_not_opened.code, err_file_not_opened.text + std::string(name)));
+    if (!quiet) fire(whole_error(err_file_not_opened, cNamed::name(name)));
     return false;
 }
 

@@ -5,6 +5,7 @@
 #include "qrv/containers/cattrset.h"
 
 #include "containers/cattspec_words.h"
+#include "core/cscalar.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/read/cattrscan.h"
@@ -30,9 +31,9 @@ class cValueReport {
     cValueReport &operator=(cValueReport const &) = delete;
     ~cValueReport() = default;
 
-    bool fail(cErrText const &error, std::string const &what = {}) {
+    bool fail(cErr const &error) {
         scan_.about(place_.line, place_.column);
-        scan_.fire(cErr(error.code, error.text + what));
+        scan_.fire(error);
         return false;
     }
 
@@ -74,7 +75,11 @@ bool read_type(cMapObj &entries, cAttspec &spec, cValueReport &report) {
     }
     objref const found = cat::type_of_key(value);
     auto *const type = dynamic_cast<cTypeObj *>(found.get());
-    if (cObj::is_bad(found) || !type) return report.fail(err_attspec_entry);
+    if (cObj::is_bad(found) || !type) {
+        auto const *const word = cat::value_in<std::string>(value.get());
+        return report.fail(
+            whole_error(err_attspec_entry, cNamed::name(word ? *word : "").unsaid()));
+    }
     spec.share_type(typeref::share(type));
     return true;
 }
@@ -129,7 +134,7 @@ bool cTomAttrset::m_read(cObj &obj, objref &stream) {
     if (!nothing && read->datamap_ref()->read_hash(*is, nullptr) < 1) return false; // 2
     if (!validate(*read)) {                                                         // 3
         cValueReport::invalid(*read);
-        return report.fail(err_read_not_valid, obj.type().name());
+        return report.fail(whole_error(err_read_not_valid, cNamed::type(obj.type().name())));
     }
     obj.assign(*read); // 4
     return !report.too_much();

@@ -2,7 +2,7 @@
 // Beginning an error of the list on a scanner: the place, for some the path, and the beginning of
 // the text. The scanner counts it. The caller writes the rest and calls fire().
 
-#include "diagnostics/cerr_codes.h"
+#include "diagnostics/cerr_names.h"
 #include "qrv/text/read/cattrscan.h"
 
 // The result of a scan that meets this error.
@@ -21,6 +21,7 @@ static_assert(asr_of(err_read_separator) == cAttrScan::asrSeparator);
 inline cErrStream &begin_error(cAttrScan &scan, cErrText const &error) {
     bool const with_path = error.head == cErrHead::path;
     cErrStream &err = with_path ? scan.errp(asr_of(error)) : scan.errs(asr_of(error));
+    err.set_kind(error.kind);
     err << error.text;
     return err;
 }

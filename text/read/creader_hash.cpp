@@ -53,7 +53,7 @@ bool may_be_late(cTypeObj const *type, cHashReader::cOpened opened) {
 
 bool are_late_possible(cAttrScan const &scan) {
     return !cat::is_on(cat::io_channel) && is_plain_source(scan.is()) && !scan.is_dumping() &&
-           cLateEntries::are_possible();
+           !cReadSession::current()->runs().is_open() && cLateEntries::are_possible();
 }
 } // namespace
 
@@ -95,9 +95,9 @@ bool cHashReader::stays_late() const {
     if (stays_late() && are_late_possible(scan_)) late_.resume();
 }
 
-void cHashReader::fail(cErrText const &error, std::string const &what) {
+template <class... Parts> void cHashReader::fail(cErrText const &error, Parts const &...parts) {
     cReadSession::cPlace const place = session_.place_now();
-    begin_error(scan_, error) << what;
+    (static_cast<std::ostream &>(begin_error(scan_, error)) << ... << parts);
     scan_.about(place.line, place.column);
     scan_.fire();
 }
@@ -110,6 +110,7 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
     int code = scan_.next();
     if (code == ';' || code == ',') { // that of a container before, for instance
         scan_.separator_passed_ = true;
+        session_.runs().delimited(true);
         code = scan_.next();
     }
     cToken const &first = scan_.current();
@@ -252,10 +253,15 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
 [[gnu::noinline]] cHashReader::cNext cHashReader::read_long_key(cEntry &entry, cShort done) {
     objref key = std::move(entry.key);
     int result = 0;
+    if (done == cShort::none)
+        session_.runs().expect_entry(true);
+    else
+        session_.runs().begin_entry();
     {
         cReadingKey const key_now(true);
         if (done != cShort::done && short_code_ != tkEof) state_.settle();
         result = read_long(key, done);
+        session_.runs().delimited(false);
     }
     if (result == -1) return cNext::stop;
     if (delim_ == ')') {
@@ -272,7 +278,7 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
         }
         cAboutValue const about_key(session_);
         std::string const text = key->is_container() ? "" : "Key value: " + written(*key);
-        fail(err_read_key_type, key->type().name() + "' is not defined" + text);
+        fail(err_read_key_type, cNamed::found(key->type().name()), "' is not defined", text);
         result = cAttrScan::asrSyntax;
     }
     if (delim_ != '=') {
@@ -321,7 +327,9 @@ void cHashReader::register_type(cEntry &entry) {
     }
     if (done && again && session_.exhausted()) report_too_much();
     if (done) return;
-    fail(err_read_type_name);
+    cTypeObj const &present = cat::find_type(type->name());
+    fail(err_read_type_name, cNamed::name(type->name()).unsaid(),
+         cNamed::type(present.type().name()).unsaid(), cNamed::found(type->type().name()).unsaid());
     entry.result = cAttrScan::asrType;
 }
 
@@ -332,8 +340,9 @@ void cHashReader::register_type(cEntry &entry) {
     bool const by_index = !entry.key;
     if (by_index) entry.key = cat::of(index_);
     if (!entry.value) entry.value = cat::bad();
-    store(entry);
+    store(entry, session_.runs().errors());
     if (by_index) next_index();
+    session_.runs().delimited(cValueReader::is_separator(delim_));
     return true;
 }
 
@@ -344,7 +353,10 @@ bool cHashReader::read_entry() {
         cNext const next = read_key(entry);
         if (next == cNext::stop) return false;
         if (next == cNext::store) return store_alone(entry);
-        if (state_.is_late() && !is_late_key(entry.key)) state_.settle();
+        if (!state_.is_late())
+            session_.runs().begin_entry();
+        else if (!is_late_key(entry.key))
+            state_.settle();
     }
     return read_keyed(entry);
 }
@@ -370,6 +382,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
 // The same for what is more than the short way. Kept out of it, which many entries don't leave.
 [[gnu::noinline]] bool cHashReader::read_rest(cEntry &entry, cShort done) {
     bool const by_index = !entry.key;
+    unsigned const errors = session_.runs().errors();
     std::optional<cAttrInsert::cKeyPlace> place;
     unsigned const round = state_.late_round();
     if (state_.is_late() && (done == cShort::none || done == cShort::opened) && entry.key) {
@@ -383,6 +396,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
         *cat::io_channel << state_.path() << std::endl;
     }
     if (!entry.value) entry.value = cat::bad();
+    session_.runs().expect_entry(listed_ && done == cShort::none);
     if (!read_value(entry, done)) return false;
     if (state_.late_round() != round) place.reset(); // user code has run
     if (!late_.is_late() && state_.is_late() && !stays_late()) state_.settle();
@@ -395,7 +409,8 @@ bool cHashReader::read_keyed(cEntry &entry) {
     bool const keyed = entry.key_result == 0;
     if (!is_plain_entry(entry)) state_.settle();
     if (keyed && entry.result == 0) register_type(entry);
-    objref const held = store(entry);
+    objref const held = store(entry, errors);
+    session_.runs().delimited(cValueReader::is_separator(delim_));
     if (state_.is_late())
         late_.stored(held);
     else if (keyed)
@@ -468,7 +483,7 @@ bool cHashReader::insert(objref const &key, objref const &value, objref &held) {
     return hash_.mapitem(key, value);
 }
 
-objref cHashReader::store(cEntry const &entry) {
+objref cHashReader::store(cEntry const &entry, unsigned before) {
     cAttrNode const *const node = hash_.find(entry.key);
     objref const present = node ? node->valref() : objref();
     if (is_mergeable(present) && is_mergeable(entry.value)) {
@@ -478,7 +493,9 @@ objref cHashReader::store(cEntry const &entry) {
     objref held = entry.value;
     if (insert(entry.key, entry.value, held)) return held;
     ok_ = false;
-    cat::error_line("Cannot insert key =" + cat::as_text(entry.key));
+    std::string const text = cat::as_text(entry.key); // RUNS FOREIGN CODE
+    cErrorRuns::cSameRun const same(session_.runs(), before);
+    cat::error_line(whole_error(err_cannot_insert, cNamed::key(text)));
     return listed_ ? cat::bad() : stored(entry.key);
 }
 
@@ -502,6 +519,7 @@ void cHashReader::report_unclosed(bool counted) {
     if (!error) return;
     cErrStream &err = counted ? scan_.errs(asr_of(*error)) : scan_.errs();
     err.set_code(error->code);
+    err.set_kind(error->kind);
     err << error->text;
     if (has_bracket_) scan_.unclosed(opened_.line, opened_.column);
     scan_.fire();
@@ -533,7 +551,9 @@ int cHashReader::read_first(cAttrScan &scan, objref const &key, objref &value) {
     if (late.can_be() && are_late_possible(scan)) late.resume();
     cPathStep const step(key);          // RUNS FOREIGN CODE, unless the key is plain
     cReadingKey const value_now(false); // the list may be the text of a key
-    int const code = scan.scan_obj(value, nullptr);
+    int delim = 0;
+    int const code = scan.scan_obj(value, &delim);
+    cReadSession::current()->runs().delimited(cValueReader::is_separator(delim));
     cLateEntries::pass();
     return code;
 }

@@ -75,7 +75,9 @@ class cHashReader {
     bool put_entered(cEntry &entry);
     bool put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPlace> const &place);
     void register_type(cEntry &entry);
-    objref store(cEntry const &entry); // the value that the key has afterwards, bad if none
+    // `before`: so many errors had the reading before the value. The value that the key has
+    // afterwards, bad if none.
+    objref store(cEntry const &entry, unsigned before);
     objref stored(objref const &key) const;
     bool insert(objref const &key, objref const &value, objref &held);
     cAttrNode const *find_in_set(cObj const &value);
@@ -84,7 +86,7 @@ class cHashReader {
     void report_too_much();
     cErrText const *unclosed() const;
     void report_unclosed(bool counted);
-    void fail(cErrText const &error, std::string const &what = {});
+    template <class... Parts> void fail(cErrText const &error, Parts const &...parts);
 
     cAttrHash &hash_;
     cTypeObj const *const type_;

@@ -182,7 +182,8 @@ bool cat::scan_attrset(cObj &obj, objref &args) {
     cReadSession::cPlace const place = cReadSession::current()->value_place();
     bool const same = &value->type() == &obj.type();
     if (same ? obj.assign(*value) : obj.convert(value)) return true; // RUNS FOREIGN CODE
-    begin_error(scan, same ? err_read_assign : err_read_convert) << obj.type().name();
+    begin_error(scan, same ? err_read_assign : err_read_convert)
+        << cNamed::type(obj.type().name()) << cNamed::found(value->type().name()).unsaid();
     scan.about(place.line, place.column);
     scan.fire();
     return false;
@@ -197,7 +198,7 @@ bool cat::scan_attrcopy(cObj &obj, objref &args) {
     std::string const type = obj.type().name();
     objref const entries = make<cMapObj>();
     if (static_cast<cMapObj &>(*entries).datamap().read_hash(*is, nullptr) == 0) {
-        error_line("Error in reading data in type: " + type);
+        error_line(whole_error(err_entries_unread, cNamed::type(type)));
         return false;
     }
     cMergeBudgetUse const as_before(budget); // copying is the program's act, if the reading is
@@ -207,7 +208,7 @@ bool cat::scan_attrcopy(cObj &obj, objref &args) {
         bool const filled = fresh->attrcopy(*entries, "-a-");
         return obj.assign(*fresh) && filled;
     } catch (cErr const &error) {
-        error_line("Value assign error in read of type: '" + type + "': " + error.as_string());
+        error_line(whole_error(err_entries_refused, cNamed::type(type), "': ", error.as_string()));
         return false;
     }
 }
@@ -217,7 +218,7 @@ bool cat::scan_attrcopy(cObj &obj, objref &args) {
 namespace {
 int not_valid(cAttrScan &scan, cReadSession::cPlace place, cErrText const &error,
               std::string const &what = {}) {
-    begin_error(scan, error) << what;
+    begin_error(scan, error) << cNamed::name(what);
     scan.about(place.line, place.column);
     scan.fire();
     return 1;

@@ -3,10 +3,10 @@
 // The session at hand is found through a plain pointer. Everything is put back by destructors, so
 // an exception that passes leaves nothing behind.
 
-#include "diagnostics/cerr_codes.h"
 #include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cwriter.h"
+#include "text/read/creader_errors.h"
 #include "text/state/ctext_state.h"
 
 namespace {
@@ -17,11 +17,13 @@ constinit cSubText *the_sub_text = nullptr;
 constexpr std::uint64_t free_merges = 1'000'000;
 
 // An entry about the current token of the working scan, as far as there is one.
-cat::ReadError entry_here(unsigned code, std::string text) {
+cat::ReadError entry_here(cErr const &error) {
     cat::ReadError entry;
     entry.path = text_state().shown_path(true);
-    entry.code = code;
-    entry.text = std::move(text);
+    entry.code = error.code();
+    entry.text = error.as_string();
+    entry.kind = error.kind();
+    entry.names = error.names();
     cReadSession const *const session = cReadSession::current();
     if (!session) return entry;
     cToken const &token = session->scan()->current();
@@ -33,9 +35,9 @@ cat::ReadError entry_here(unsigned code, std::string text) {
 }
 } // namespace
 
-bool cat::keep_error_line(std::string const &text) {
+bool cat::keep_error_line(cErr const &error) {
     ReadReport *const report = ReadReport::current();
-    if (report) report->add(entry_here(0, text));
+    if (report) cErrorRuns::add(*report, entry_here(error));
     return report != nullptr;
 }
 
@@ -74,9 +76,11 @@ void cReadSession::left_out(cObj &holder, objref const &key, objref const &) {
     std::string const text = cat::as_text(key); // RUNS FOREIGN CODE
     cErrStream &err = scan_->errs();
     err.set_code(err_cycle.code);
+    err.set_kind(err_cycle.kind);
     err.set_handled(false);
     scan_->errincr();
-    err << "Setattr in object type '" << type << "', key '" << text << "': " << err_cycle.text;
+    err << "Setattr in object type '" << cNamed::type(type) << "', key '" << cNamed::key(text)
+        << "': " << err_cycle.text;
     scan_->about(place_now_.line, place_now_.column);
     scan_->fire();
 }
@@ -98,7 +102,7 @@ cErrorCapture::cErrorCapture()
 
 void cErrorCapture::take(cErr &error) {
     if (cat::ReadReport *const report = cat::ReadReport::current())
-        report->add(entry_here(error.code(), error.as_string()));
+        cErrorRuns::add(*report, entry_here(error));
     if (error.code() & cat::errhandler().clear_mask()) error.set_code(error.code() & 0x3FFFFFFFu);
 }
 

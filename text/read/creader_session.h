@@ -16,6 +16,7 @@
 #include "qrv/diagnostics/cerr.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
+#include "text/read/cerror_runs.h"
 
 #include <memory>
 #include <optional>
@@ -48,6 +49,7 @@ class cReadSession final : public cat::cMergeBudget {
     // The place of what is reported now, if it isn't the current token's.
     cPlace place_now() const noexcept { return place_now_; }
     void place_now(cPlace place) noexcept { place_now_ = place; }
+    cErrorRuns &runs() noexcept { return runs_; }
     // The budget as it stands with the text read so far.
     void refresh_limit();
     void left_out(cObj &holder, objref const &key, objref const &value) override;
@@ -62,6 +64,7 @@ class cReadSession final : public cat::cMergeBudget {
     std::uint64_t start_;
     cPlace value_place_;
     cPlace place_now_;
+    cErrorRuns runs_;
     std::unique_ptr<cErrorCapture> capture_;
 };
 
@@ -130,5 +133,5 @@ class cSubText {
 
 namespace cat {
 // The taker of lines that would be printed, while a report lives.
-bool keep_error_line(std::string const &text);
+bool keep_error_line(cErr const &error);
 } // namespace cat

@@ -31,7 +31,6 @@ int cat::max_read_depth = 1000;
 bool cat::is_reading() noexcept { return cReadSession::current() != nullptr; }
 
 namespace {
-bool is_separator(int t) { return t == ';' || t == ','; }
 bool is_opening(int t) { return t == '(' || t == '<' || t == '[' || t == '{'; }
 bool is_closing(int t) { return t == '}' || t == ']' || t == '>' || t == tkEof; }
 
@@ -56,13 +55,17 @@ int cValueReader::run(int (cValueReader::*steps)()) {
         cNesting const nesting;
         int const code = (this->*steps)();
         cReadSession::current()->value_place(first_);
+        cReadSession::current()->runs().end_value(scan_.current());
         return code;
     } catch (...) {
-        if (cReadSession *const session = cReadSession::current()) session->value_place(first_);
+        cReadSession *const session = cReadSession::current();
+        if (session) session->value_place(first_);
         scan_.errs(cAttrScan::asrSyntax) << err_read_exception.text;
         scan_.err_->set_code(err_read_exception.code);
+        scan_.err_->set_kind(err_read_exception.kind);
         scan_.about(first_);
         scan_.fire();
+        if (session) session->runs().end_value(scan_.current());
         return cAttrScan::asrSyntax;
     }
 }
@@ -98,28 +101,33 @@ int cValueReader::finish_container(cAttrScan &scan, objref &value, int &end) {
     return reader.run(&cValueReader::read_opened);
 }
 
-void cValueReader::report(cErrText const &error, std::string const &what) {
-    begin_error(scan_, error) << what;
+template <class... Parts> void cValueReader::report(cErrText const &error, Parts const &...parts) {
+    (static_cast<std::ostream &>(begin_error(scan_, error)) << ... << parts);
     scan_.about(first_);
     scan_.fire();
 }
 
 // The first token of the value. One separator in front is legal.
 int cValueReader::next_token() {
+    cErrorRuns &runs = cReadSession::current()->runs();
     for (int separators = std::exchange(scan_.separator_passed_, false);;) {
         int const t = scan_.gettok(first_);
         if (is_separator(t)) {
-            if (++separators > 1) report(err_read_separator, first_.text);
+            if (++separators > 1) report(err_read_separator, cNamed::name(first_.text));
+            runs.delimited(true);
             continue;
         }
-        if (is_closing(t) || (t >= tkInt && t <= tkIdent) || t == tkBadIdent || t == '<' ||
-            t == '[' || t == '{')
+        if (is_closing(t)) return t;
+        if ((t >= tkInt && t <= tkIdent) || t == tkBadIdent || t == '<' || t == '[' || t == '{') {
+            runs.begin_value();
             return t;
+        }
         separators = 0;
+        runs.delimited(false);
         if (t == '=')
             report(err_read_equals, shown_path());
         else
-            report(err_read_token, first_.text);
+            report(err_read_token, cNamed::name(first_.text));
     }
 }
 
@@ -133,7 +141,7 @@ int cValueReader::read() {
     if (t == tkConst) return first_.text == "#cRef" ? read_reference() : read_constant();
     if (t == tkIdent) return read_word();
     if (t == tkBadIdent) {
-        report(err_read_bad_ident, first_.text + "  String is assumed.");
+        report(err_read_bad_ident, cNamed::name(first_.text), "  String is assumed.");
         return read_word();
     }
     if (t >= tkInt && t <= tkString) return read_literal();
@@ -154,6 +162,7 @@ int cValueReader::read_opened() {
         scan_.read_to_endcontainer(t);
         return cAttrScan::asrSyntax;
     }
+    cReadSession::current()->runs().delimited(true);
     int const code = t == '{'   ? read_own_container(cat::type_map())
                      : t == '[' ? read_own_container(cat::type_vector())
                                 : read_own_container(cat::type_set());
@@ -169,7 +178,7 @@ int cValueReader::read_constant() {
         value_ = node->valref();
         return 0;
     }
-    report(err_read_constant, first_.text);
+    report(err_read_constant, cNamed::name(first_.text));
     return cAttrScan::asrConst;
 }
 
@@ -178,7 +187,7 @@ int cValueReader::read_reference() {
     if (scan_.gettok(token) != '(') {
         if (token.code != tkEof) scan_.ungettoken(token);
         scan_.note_object(nullptr);
-        report(err_read_ref_bracket, {});
+        report(err_read_ref_bracket);
         end_ = scan_.read_to_delimiter("}])>");
         return cAttrScan::asrToken;
     }
@@ -188,9 +197,9 @@ int cValueReader::read_reference() {
     bool const rooted = !path.empty() && path.front() == '/';
     value_ = text_state().value_at(rooted ? path : '/' + path);
     if (!value_)
-        report(err_read_ref, path + "): Referenced value is not defined before.");
+        report(err_read_ref, cNamed::name(path), "): Referenced value is not defined before.");
     else if (value_->is_bad())
-        report(err_read_ref_path, path + ")");
+        report(err_read_ref_path, cNamed::name(path), ")");
     if (cObj::is_bad(value_)) value_ = nullptr;
     scan_.note_object(value_);
     return value_ ? 0 : cAttrScan::asrRef;
@@ -202,14 +211,14 @@ void cValueReader::expect_end(cErrText const &missing) {
     end_ = scan_.gettok(token);
     if (ends_value(end_)) return;
     text_state().settle();
-    report(missing, written(value_));
+    report(missing, cNamed::name(written(value_)));
     scan_.ungettoken(token);
 }
 
 int cValueReader::read_unended() {
     cAttrLiteral const token(scan_.current());
     text_state().settle();
-    report(err_read_no_delimiter, written(value_));
+    report(err_read_no_delimiter, cNamed::name(written(value_)));
     scan_.ungettoken(token);
     return 0;
 }
@@ -217,9 +226,10 @@ int cValueReader::read_unended() {
 int cValueReader::read_literal() {
     bool const good = literal_value(first_.code, first_.text, value_);
     if (!good && text_state().reading_key())
-        report(err_read_key_scalar, first_.text);
+        report(err_read_key_scalar, cNamed::name(first_.text));
     else if (!good)
-        report(err_read_scalar, shown_path() + " Input of standard type: " + first_.text);
+        report(err_read_scalar, shown_path(),
+               " Input of standard type: ", cNamed::name(first_.text));
     scan_.note_object(value_);
     expect_end(err_read_no_delimiter);
     return good ? 0 : cAttrScan::asrSyntax;
@@ -239,7 +249,7 @@ int cValueReader::read_word() {
 // --- limits ---
 
 bool cValueReader::report_depth(int limit) {
-    report(err_read_too_deep, std::to_string(limit) + ", path : " + shown_path());
+    report(err_read_too_deep, cNamed::name(std::to_string(limit)), ", path : ", shown_path());
     return true;
 }
 
@@ -270,20 +280,21 @@ int cValueReader::read_typed(cAttrLiteral const &bracket) {
     cTypeObj const &type = cat::find_type(name); // RUNS FOREIGN CODE
     if (&type == &cat::type_nil() && name != type.name()) {
         if (text_state().reading_key())
-            report(err_read_key_unknown, name);
+            report(err_read_key_unknown, cNamed::type(name));
         else
-            report(err_read_value_unknown, name);
+            report(err_read_value_unknown, cNamed::type(name));
         return skip_typed(brackets, cAttrScan::asrUnknownType);
     }
     if (too_deep_typed()) return skip_typed(brackets, cAttrScan::asrSyntax);
     bool const made = instantiate(type);
     scan_.note_object(value_);
     if (!made) return skip_typed(brackets, cAttrScan::asrType);
+    cReadSession::current()->runs().delimited(true);
     return value_->is_container() ? read_container() : read_text(bracket, type.name());
 }
 
 bool cValueReader::unmade(cErrText const &error, cTypeObj const &type) {
-    report(error, type.name());
+    report(error, cNamed::type(type.name()));
     return false;
 }
 
@@ -317,7 +328,7 @@ int cValueReader::read_own_container(cTypeObj &type) {
 int cValueReader::unread_container() {
     objref const held = value_;
     if (&held->type() != &cat::type_vector()) return 0;
-    begin_error(scan_, err_read_container) << held->type().name();
+    begin_error(scan_, err_read_container) << cNamed::type(held->type().name());
     if (scan_.current().code <= tkEof)
         scan_.unclosed(first_);
     else
@@ -331,7 +342,8 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
     enclosed.with_places = cat::ReadReport::current() != nullptr;
     end_ = scan_.enclose(cat::Brackets(bracket.code), enclosed) ? ')' : 0;
     if (end_ == 0) {
-        begin_error(scan_, err_read_unclosed_type) << name << ", path: " << shown_path();
+        begin_error(scan_, err_read_unclosed_type)
+            << cNamed::type(name) << ", path: " << shown_path();
         scan_.unclosed(bracket);
         scan_.fire();
     }
@@ -346,9 +358,9 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
     }
     if (good) return 0;
     if (text_state().reading_key())
-        report(err_read_key, name);
+        report(err_read_key, cNamed::type(name));
     else
-        report(err_read_value, name);
+        report(err_read_value, cNamed::type(name));
     return cAttrScan::asrSyntax;
 }
 
@@ -406,7 +418,7 @@ int cAttrScan::read_to_delimiter(std::string const &set) {
     cAttrLiteral token;
     for (;;) {
         int const t = gettok(token);
-        if (is_separator(t) || t == tkEof) return t;
+        if (cValueReader::is_separator(t) || t == tkEof) return t;
         if (t < 256 && set.find(static_cast<char>(t)) != std::string::npos) return t;
     }
 }

@@ -19,9 +19,10 @@ class cValueReader {
     cValueReader &operator=(cValueReader const &) = delete;
     ~cValueReader() = default;
 
+    static bool is_separator(int token) { return token == ';' || token == ','; }
     // Does this token come after a value?
     static bool ends_value(int token) {
-        return token == ';' || token == ',' || token == '=' || token == '}' || token == ']' ||
+        return is_separator(token) || token == '=' || token == '}' || token == ']' ||
                token == '>' || token == tkEof;
     }
 
@@ -52,7 +53,7 @@ class cValueReader {
     bool report_depth(int limit);
     bool too_deep();
     bool too_deep_typed();
-    void report(cErrText const &error, std::string const &what);
+    template <class... Parts> void report(cErrText const &error, Parts const &...parts);
     int unread_container();
     void expect_end(cErrText const &missing);
 

@@ -24,13 +24,28 @@ cat::ReadReport::~ReadReport() {
 void cat::ReadReport::clear() {
     entries_.clear();
     dropped_ = 0;
+    run_ = 0;
 }
 
 void cat::ReadReport::add(ReadError error) {
     if (!watch_ || watch_->error(error)) keep(std::move(error));
 }
 
+void cat::ReadReport::add(ReadError error, std::uint64_t run) {
+    error.follows = run == run_ ? run_first_ : ReadError::none;
+    if (watch_ && !watch_->error(error)) return; // may keep others, or clear
+    if (run != run_) {
+        error.follows = ReadError::none;
+        if (entries_.size() < limit_) {
+            run_ = run;
+            run_first_ = entries_.size();
+        }
+    }
+    keep(std::move(error));
+}
+
 void cat::ReadReport::keep(ReadError error) {
+    if (error.follows >= entries_.size()) error.follows = ReadError::none;
     if (entries_.size() < limit_)
         entries_.push_back(std::move(error));
     else

@@ -61,7 +61,7 @@ void cExactTables::forget_behind(size_t count) {
 
 namespace {
 void raise_unwritable(std::string const &path) {
-    begin_error(err_not_writable) << path;
+    begin_error(err_not_writable) << cNamed::key(path);
     raise_eros();
 }
 

@@ -3,14 +3,11 @@
 #include "qrv/text/read/creadreport.h"
 #include "raised.h"
 
-namespace {
-constexpr unsigned no_attributes = 0x48000000u; // raised where a path goes into a scalar
-}
-
 bool find_at(objref const &top, std::string const &path, objref &value, cMessages &messages) {
     size_t const before = messages.count();
     cRaisedErrors const raised([&](cErr const &error) {
-        if (error.code() != no_attributes) messages.error(error.as_string(), error.code());
+        bool const is_in_a_scalar = error.kind() == cat::ErrorKind::missing_method;
+        if (!is_in_a_scalar) messages.error(error.as_string(), error.code());
     });
     cat::ReadReport report;
     value = top->getattrp(path);

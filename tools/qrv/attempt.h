@@ -12,6 +12,8 @@
 struct cSaid {
     std::string text;
     unsigned code;
+    cat::ErrorKind kind;
+    cat::ErrorNames names;
 };
 
 // Both results of a change: what it answers, and the errors on the way, which are not printed.
@@ -21,11 +23,11 @@ struct cAttempt {
 
     explicit cAttempt(std::function<bool()> const &change) {
         cRaisedErrors const raised([this](cErr const &error) {
-            errors.push_back({error.as_string(), error.code()});
+            errors.push_back({error.as_string(), error.code(), error.kind(), error.names()});
         });
         cat::ReadReport report;
         done = change();
         for (cat::ReadError const &error : report.entries())
-            errors.push_back({error.text, error.code});
+            errors.push_back({error.text, error.code, error.kind, error.names});
     }
 };

@@ -13,16 +13,11 @@
 
 namespace {
 
-// What stands behind that beginning; none if the text begins otherwise.
-std::optional<std::string> behind_words(std::string const &text, std::string_view words) {
-    if (!text.starts_with(words)) return std::nullopt;
-    return text.substr(words.size());
-}
+using cat::ErrorKind;
 
-// "Failed to read" a value or a key of that type.
-std::optional<std::string> failed_type(std::string const &text) {
-    std::optional<std::string> type = behind_words(text, "Failed to read value, type ");
-    return type ? type : behind_words(text, "Failed to read key, type: ");
+// A value or a key of a type that could not be read.
+bool is_unread(cat::ReadError const &error) {
+    return error.kind == ErrorKind::read_value || error.kind == ErrorKind::read_key;
 }
 
 cTypeObj const *known_type(std::string const &name) {
@@ -82,24 +77,21 @@ bool cRules::tell(cat::ReadError &error) {
         return false;
     }
     if (is_told(error)) return false;
-    if (error.text == "Failed to read container, type vector" && place_of(error) < told_) {
+    if (error.kind == ErrorKind::read_container && place_of(error) < told_) {
         told_ = place_of(error); // for what was told of a value inside
         return false;
     }
-    if (auto const type = failed_type(error.text)) return tell_failed(error, *type);
-    for (char const *const words : {"Value with unknown type='", "Key with unknown type='"})
-        if (auto const type = behind_words(error.text, words))
-            return tell_unknown_type(error, *type);
-    if (error.text == "Type name from input is registered with another type-type!")
-        tell_other_metatype(error);
-    if (error.text == "Wrong type-entry in attspec") tell_unknown_type_of_key(error);
+    if (is_unread(error)) return tell_failed(error, error.names.type);
+    if (error.kind == ErrorKind::read_value_unknown || error.kind == ErrorKind::read_key_unknown)
+        return tell_unknown_type(error, error.names.type);
+    if (error.kind == ErrorKind::read_type_name) tell_other_metatype(error);
+    if (error.kind == ErrorKind::attspec_entry) tell_unknown_type_of_key(error);
     return true;
 }
 
 // Said once more, of a value whose fault was told.
 bool cRules::is_told(cat::ReadError const &error) const {
-    return place_of(error) == told_ &&
-           (failed_type(error.text) || error.text.starts_with("Cannot insert key ="));
+    return place_of(error) == told_ && (is_unread(error) || error.kind == ErrorKind::cannot_insert);
 }
 
 bool cRules::has_error_inside(cPlace value) const {

@@ -114,9 +114,9 @@ bool cStatements::read_path(cStatement &statement) {
 void cStatements::tell(cat::ReadError const &error) {
     cPlace const place{error.line, error.column};
     messages_.error(place, with_short_path(error.text, error.path), error.code);
-    if (error.text.find("Input of standard type: ") != std::string::npos)
+    if (error.kind == cat::ErrorKind::read_scalar || error.kind == cat::ErrorKind::read_key_scalar)
         messages_.note(place, "the number is too large; an int ends at 2147483647");
-    else if (error.text.compare(0, 10, "Bad input:") == 0)
+    else if (error.kind == cat::ErrorKind::read_bad_ident)
         messages_.note(place, "text needs quotes, and a number with an exponent a point: 1.0e3");
 }
 

@@ -9,9 +9,11 @@
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
 #include "qrv/diagnostics/ccout.h"
+#include "qrv/diagnostics/cerrkind.h"
 #include "qrv/qrvdefs.h"
 
 #include <exception>
+#include <memory>
 #include <string>
 
 // The base of everything the library throws. what() is the text, good until the text changes.
@@ -51,15 +53,25 @@ class QRV_API cErr : public cException {
     bool handled() const { return handled_; }
     void set_handled(bool handled) { handled_ = handled; }
     bool isbad() const { return code_ >= bad_code; }
-    // Sets code and text; `handled` is left alone.
+    // Which error of the library it is. What changes the code on the way leaves the kind.
+    cat::ErrorKind kind() const noexcept { return kind_; }
+    void set_kind(cat::ErrorKind kind) noexcept { kind_ = kind; }
+    // What the text names. The library fills it in only while a cat::ReadReport lives.
+    cat::ErrorNames const &names() const noexcept;
+    void set_name(std::string cat::ErrorNames::*role, std::string text);
+    // Sets code and text of an error of other kind; `handled` is left alone.
     void set(unsigned int code, std::string const &text);
 
-    // Code 0, not handled, no text.
+    // Code 0, of other kind, not handled, no text, no names.
     virtual void clear();
 
   private:
+    void forget_kind() noexcept;
+
     unsigned int code_ = 0;
     bool handled_ = false;
+    cat::ErrorKind kind_ = cat::ErrorKind::other;
+    std::shared_ptr<cat::ErrorNames> names_; // null: none
 };
 
 // An error that is also an output stream: what is streamed in lands in its text.

@@ -7,6 +7,7 @@
 #include <array>
 #include <random>
 
+using reader_test::are_runs;
 using reader_test::misplaced;
 using reader_test::Reading;
 
@@ -69,7 +70,7 @@ TEST_F(ReadReportPlaces, the_check_knows_the_bounds_of_a_text) {
 
 TEST_F(ReadReportPlaces, are_in_the_text) {
     std::mt19937 random(10);
-    size_t errors = 0, sub_texts = 0;
+    size_t errors = 0, followers = 0, sub_texts = 0;
     for (int i = 0; i < 6000; ++i) {
         std::string const text = broken_text(random);
         cTypesBack const types;
@@ -80,10 +81,15 @@ TEST_F(ReadReportPlaces, are_in_the_text) {
             while (r.next() != -1) continue;
         }
         ASSERT_EQ(misplaced(report, text), "") << text;
+        ASSERT_TRUE(are_runs(report)) << text;
+        for (cat::ReadError const &error : report.entries())
+            followers += error.follows != cat::ReadError::none;
         errors += report.entries().size();
         sub_texts += text.find("T(") != std::string::npos;
     }
     EXPECT_GT(errors, 30000u);
+    EXPECT_GT(followers, errors / 4);
+    EXPECT_LT(followers, errors * 3 / 4);
     EXPECT_GT(sub_texts, 1000u);
     text_state().forget_comments();
     messages();

@@ -5,11 +5,15 @@
 // would be printed. Results and error counts stay as they are.
 
 #include "qrv/ccomp.h"
+#include "qrv/diagnostics/cerrkind.h"
 #include "qrv/qrvdefs.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
+
+class cErrorRuns;
 
 namespace cat {
 // The place is that of the first character of the token that the error is about, in the outer
@@ -23,6 +27,18 @@ struct QRV_API ReadError {
     std::string path;  // of the value, such as "/a/0"; cut in the middle above 1,000 characters
     unsigned code = 0; // 0 for what is printed only
     std::string text;  // without place and path in front
+
+    ErrorKind kind = ErrorKind::other;
+    ErrorNames names;
+    // One mistake in a text often gives several errors: a run. It ends when the reader begins an
+    // entry directly after a delimiter or an opening bracket, or after the closing bracket of the
+    // container in which it began; what is reported of that container as a whole belongs to it.
+    // "Cannot insert key" belongs to the run of the last error of its value. Each reading has runs
+    // of its own. Here: the index in entries() of the first error of the run that the report has
+    // kept, none for that one itself. So where the watch or the limit has dropped the first one,
+    // the next that is kept takes its part.
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+    std::size_t follows = none;
 };
 
 // Looks at errors on their way into a report: for programs that can say more than the library, or
@@ -55,9 +71,10 @@ class QRV_API ReadReport {
     std::size_t dropped() const noexcept { return dropped_; }  // beyond the limit
     std::size_t count() const noexcept { return entries_.size() + dropped_; }
     bool empty() const noexcept { return count() == 0; }
-    void clear();
+    void clear(); // a run that goes on has a new first entry
 
     // Asks the watch, then keeps the error or counts it; keep() asks nobody.
+    // An index in `follows` that isn't an earlier entry's becomes none.
     void add(ReadError error);
     void keep(ReadError error);
 
@@ -69,10 +86,15 @@ class QRV_API ReadReport {
     static ReadReport *current() noexcept;
 
   private:
+    friend class ::cErrorRuns;
+    void add(ReadError error, std::uint64_t run);
+
     std::vector<ReadError> entries_;
     std::size_t limit_;
     std::size_t dropped_ = 0;
     ReadReport *before_;
     ReadWatch *watch_ = nullptr;
+    std::uint64_t run_ = 0;     // of the last entry of a reading; 0: none
+    std::size_t run_first_ = 0; // the index of its first entry
 };
 } // namespace cat
