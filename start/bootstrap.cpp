@@ -18,6 +18,7 @@
 #include "containers/cglobals.h"
 #include "containers/csetup.h"
 #include "containers/csignalobj_types.h"
+#include "containers/ctype_cycles.h"
 #include "core/cregistry.h"
 #include "core/cscalar.h"
 #include "core/ctext_hooks.h"
@@ -215,6 +216,7 @@ void cBootstrap::run() {
     std::atexit(tear_down);
     cat::install_text();
     core.make_type = cat::make_type;
+    core.free_types = cat::free_types;
     make_error_channel();
     make_sentinels();
     make_first_types();
@@ -289,6 +291,7 @@ bool cBootstrap::let_go() {
         std::size_t removed = clear_maps();
         removed += drop_types();
         removed += drop_members();
+        cat::forget_type_cycles();
         // What was removed above may be of these types.
         if (removed == 0 && !cat::drop_signal_types() && !cat::drop_intf_type()) return true;
         if (round > 0) latecomers += removed;
