@@ -171,9 +171,8 @@ void cat::free_types(cTypes &left) {
     if (suspects && suspects->empty()) delete std::exchange(suspects, nullptr);
 }
 
-void cat::forget_type_cycles() {
-    std::vector<typeref> none;
+void cat::cut_type_cycles() {
+    if (suspects) destroy(cTypes(*suspects)); // RE-ENTERS
+    delete std::exchange(suspects, nullptr);
     enough = few;
-    free_types(none);                        // RE-ENTERS
-    delete std::exchange(suspects, nullptr); // RE-ENTERS
 }

@@ -14,7 +14,8 @@ namespace cat {
 // Remembers those of the types that can be reached from themselves, releases them all, empties
 // `left`, and destroys the remembered types that nothing else needs. RUNS FOREIGN CODE
 void free_types(std::vector<typeref> &left);
-// Tear-down: what is remembered lives from now on as long as it has owners. RUNS FOREIGN CODE
-void forget_type_cycles();
+// Tear-down: the remembered types lose their members, so that no cycle is left. What a program
+// still holds of them can be dropped, but not used. RUNS FOREIGN CODE
+void cut_type_cycles();
 
 } // namespace cat

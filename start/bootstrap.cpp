@@ -291,7 +291,6 @@ bool cBootstrap::let_go() {
         std::size_t removed = clear_maps();
         removed += drop_types();
         removed += drop_members();
-        cat::forget_type_cycles();
         // What was removed above may be of these types.
         if (removed == 0 && !cat::drop_signal_types() && !cat::drop_intf_type()) return true;
         if (round > 0) latecomers += removed;
@@ -325,6 +324,7 @@ void cBootstrap::tear_down() {
         core.state = cat::cCoreState::ready; // and stays so
         return;
     }
+    cat::cut_type_cycles();
     core.core_ready = false;
     destroy_core();
     core.state = cat::cCoreState::none;

@@ -150,7 +150,9 @@ TEST_F(TypeScopes, ten_thousand_files_leave_nothing) {
     read_files(all - some, text);
     EXPECT_EQ(census(), before);
     EXPECT_EQ(cat::typemap().datamap().used(), types);
-    if (!sanitized) EXPECT_LT(resident() - memory, 512);
+    if (!sanitized) {
+        EXPECT_LT(resident() - memory, 512);
+    }
 }
 
 TEST_F(TypeScopes, files_whose_types_refer_to_each_other_leave_nothing) {
