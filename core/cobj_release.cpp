@@ -74,6 +74,7 @@ template <class T> bool is_exactly(cObj const &obj) noexcept { return &typeid(ob
 } // namespace
 
 bool cat::is_library_class(cObj const &obj) noexcept {
+    if (obj.holds_type()) return false; // it may be the last one, and the type of any class
     switch (obj.object_class()) {
     case cObjClass::string:
         return is_exactly<cObjD<std::string>>(obj);

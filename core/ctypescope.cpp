@@ -45,9 +45,9 @@ cat::TypeScope *cat::TypeScope::current() noexcept { return innermost; }
 
 cat::TypeScope::TypeScope() : outer_(nullptr) {
     core_bootstrap();
-    outer_ = std::exchange(innermost, this);
     std::vector<typeref> none;
-    core.free_types(none); // RE-ENTERS
+    if (core.free_types) core.free_types(none); // RE-ENTERS
+    outer_ = std::exchange(innermost, this);
 }
 
 cat::TypeScope::~TypeScope() {
