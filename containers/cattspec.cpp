@@ -27,7 +27,7 @@ cAttspec::cAttspec(objref const &default_value, int flags)
     : cObj(&cat::type_attspec()), default_(default_value) {
     this->flags(flags & (asf_fixtype | asf_fixref));
     if (default_) setflags(asf_default);
-    if (default_ && (flags & asf_fixtype)) type_ = &default_->type();
+    if (default_ && (flags & asf_fixtype)) set_type(&default_->type());
     force_flags();
     create();
 }
@@ -87,6 +87,7 @@ void cAttspec::set_default(objref const &value, bool fix_type) {
 void cAttspec::set_type(cTypeObj *type) {
     typeref old;
     if (type != type_) old = std::exchange(held_type_, nullptr);
+    if (type && type->counts_objects()) held_type_ = typeref::share(type); // it may leave
     type_ = type;
     fix_type_flag();
 } // RE-ENTERS: old
@@ -94,9 +95,13 @@ void cAttspec::set_type(cTypeObj *type) {
 void cAttspec::share_type(typeref const &type) {
     typeref const keep = type;
     set_type(keep); // RE-ENTERS
+    if (!keep || !is_registered(*keep)) held_type_ = keep;
+}
+
+bool cAttspec::is_registered(cTypeObj const &type) {
     cAttrHash const *const known = cat::type_hash_ptr();
-    cAttrNode const *const node = keep && known ? known->find(keep->name()) : nullptr;
-    if (!node || node->valref() != keep) held_type_ = keep;
+    cAttrNode const *const node = known ? known->find(type.name()) : nullptr;
+    return node && node->valref() == &type;
 }
 
 specref const &cAttspec::nilspec() {

@@ -16,7 +16,7 @@
 cMapObj::cMapObj() : cMapObj(hashref()) {}
 
 cMapObj::cMapObj(hashref hash)
-    : cObj(&cat::type_map(), cObjClass::map),
+    : cObj(cat::cBuiltinType{&cat::type_map()}, cObjClass::map),
       hash_(hash ? std::move(hash) : make<cAttrHash>(this)) {
     hash_->father(this, false);
 }
@@ -39,7 +39,17 @@ cMapObj::cMapObj(cTypeObj *type, bool create)
 cMapObj::~cMapObj() {
     if (hash_->father() == this) hash_->father(nullptr, true); // others may go on sharing it
     end_class();
+    if (entrytype_ & holds_entrytype) set_entrytype(nullptr); // RE-ENTERS
 }
+
+void cMapObj::set_entrytype(cTypeObj *type) noexcept {
+    typeref const old =
+        entrytype_ & holds_entrytype ? typeref::adopt(entrytype()) : typeref(); // goes last
+    entrytype_ = reinterpret_cast<std::uintptr_t>(type);
+    if (!type || !type->counts_objects()) return;
+    type->incref();
+    entrytype_ |= holds_entrytype;
+} // RE-ENTERS: old
 
 cMapObj &cMapObj::operator=(cMapObj const &other) {
     assign(other);

@@ -62,13 +62,19 @@ class cOwnerWalk {
         if (auto const *const type = dynamic_cast<cTypeObj const *>(&holder))
             return finds_in_ring(type->tmmap());
         if (auto *const spec = dynamic_cast<cAttspec *>(&holder))
-            return is_it(spec->get_default()) || is_it(spec->held_type());
+            return is_it(spec->get_default()) || finds_type_of(*spec);
         auto const *const it = dynamic_cast<cIterObj const *>(&holder);
         if (!it) return false;
         if (dynamic_cast<cChoiceVal const *>(it) && is_it(objref::share(&it->type()))) return true;
         auto const *const map = cat::as_map(&other_);
         hashref const hash = it->hash_ref();
         return hash && ((map && map->datamap_ref() == hash) || finds_in_ring(*hash));
+    }
+
+    // A type may name itself in its declaration.
+    bool finds_type_of(cAttspec const &spec) {
+        typeref const &type = spec.held_type();
+        return type && !cAttspec::is_registered(*type) && is_it(type);
     }
 
     // The value itself, or something to look into later.

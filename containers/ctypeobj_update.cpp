@@ -10,6 +10,7 @@
 #include "core/cregistry.h"
 #include "qrv/containers/cattrset.h"
 #include "qrv/core/cmodifier.h"
+#include "qrv/core/ctypescope.h"
 
 namespace {
 
@@ -48,4 +49,9 @@ bool cat::set_type(cTypeObj const &type, bool fatal) {
     if (&found.type() == &type.type()) return found.update_from(type);
     if (fatal) throw_duplicate(type.name());
     return false;
+}
+
+bool cat::declare_type(cTypeObj &type, std::string const &former) {
+    TypeScope *const scope = TypeScope::current();
+    return (scope && scope->declare(type, former)) || set_type(type, false);
 }

@@ -36,7 +36,7 @@ inline bool is_builtin(cObj const &obj, unsigned methods) noexcept {
 template <class T> [[nodiscard]] objref make_value(T value) {
     cTypeObj &type = cTypeOf(static_cast<T *>(nullptr));
     if (!is_builtin(type, method_bit(mid_create))) return make<cObjD<T>>(value);
-    return make<cObjD<T>>(std::move(value), &type);
+    return make<cObjD<T>>(std::move(value), cBuiltinType{&type});
 }
 
 } // namespace cat

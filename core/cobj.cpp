@@ -58,13 +58,33 @@ template <class Stream> struct cLentStream {
 cObj::cObj(bool typed) : cObj(typed ? &cat::type_nil() : nullptr) {}
 
 cObj::cObj(cTypeObj *type, cObjClass object_class) noexcept
-    : type_(type), obid_(++ob_lstid_), class_(object_class) {
-    ++ob_count_;
+    : cObj(cat::cBuiltinType{type}, object_class) {
+    if (core.counting_types != 0 && type && type->counts_) [[unlikely]] {
+        ++type->objects_;
+        class_ |= holds_type_bit;
+    }
 }
 
 cObj::~cObj() {
     if (obid_ != 0) --ob_count_;
     leave_ommap();
+    if (holds_type()) [[unlikely]]
+        release_type(); // RE-ENTERS
+}
+
+void cObj::set_type(cTypeObj *type) noexcept {
+    if (type && type->counts_) ++type->objects_;
+    cTypeObj *const old = holds_type() ? type_ : nullptr;
+    type_ = type;
+    class_ &= static_cast<std::uint16_t>(~holds_type_bit);
+    if (type && type->counts_) class_ |= holds_type_bit;
+    if (old) old->leave_object(); // RE-ENTERS
+}
+
+// The members go first: what their destructors call may still ask this object for its type.
+void cObj::release_type() noexcept {
+    ommap_ = nullptr;  // RE-ENTERS
+    set_type(nullptr); // RE-ENTERS
 }
 
 bool cObj::is_ObjDR() const { return false; }

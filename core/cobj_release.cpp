@@ -49,7 +49,18 @@ void cRefTraits<cObj>::addref(cObj const *target) noexcept { target->incref(); }
 
 bool cRefTraits<cObj>::release(cObj const *target) noexcept { return target->decref(); }
 
+namespace {
+
+// A type that counts its objects ends with the last of them, which destroys it.
+bool has_objects(cObj const &target) noexcept {
+    auto const *const type = dynamic_cast<cTypeObj const *>(&target);
+    return type && type->objects() != 0;
+}
+
+} // namespace
+
 void cRefTraits<cObj>::destroy(cObj *target) {
+    if (target->is_type() && has_objects(*target)) return;
     if (depth >= max_depth) return wait(target);
     cDepthStep const step;
     kill(target);
@@ -63,6 +74,7 @@ template <class T> bool is_exactly(cObj const &obj) noexcept { return &typeid(ob
 } // namespace
 
 bool cat::is_library_class(cObj const &obj) noexcept {
+    if (obj.holds_type()) return false; // it may be the last one, and the type of any class
     switch (obj.object_class()) {
     case cObjClass::string:
         return is_exactly<cObjD<std::string>>(obj);
@@ -98,16 +110,16 @@ template <class T> bool destroy_exactly(cObj *target) noexcept {
 
 bool cat::destroy_scalar(cObj *target) {
     if (target->has_ommap() || depth >= max_depth) return false;
-    switch (target->object_class()) {
-    case cObjClass::string:
+    switch (target->class_) { // of none of these if it holds its type
+    case int(cObjClass::string):
         return destroy_exactly<std::string>(target);
-    case cObjClass::integer:
+    case int(cObjClass::integer):
         return destroy_exactly<int>(target);
-    case cObjClass::float_number:
+    case int(cObjClass::float_number):
         return destroy_exactly<float>(target);
-    case cObjClass::double_number:
+    case int(cObjClass::double_number):
         return destroy_exactly<double>(target);
-    case cObjClass::boolean:
+    case int(cObjClass::boolean):
         return destroy_exactly<bool>(target);
     default:
         return false;

@@ -7,6 +7,7 @@
 #include "qrv/core/ctypes.h"
 
 #include <typeinfo>
+#include <vector>
 
 // name in the registry, name of the accessor, written name
 #define QRV_CORE_TYPES(X)                                                                          \
@@ -52,11 +53,14 @@ struct cCore {
     cErrStream *eros;
     bool core_ready; // the four first types are linked
     cat::cCoreState state;
+    std::uint32_t counting_types; // living types that count their objects
 
     // What higher layers install, null until then.
     typeref (*make_type)(std::string const &name); // by a factory, or null; before the first types
     void (*fire_changed)(cObj const &obj);         // with the first type of a signal or slot
-    std::type_info const *map_classes[3];          // cMapObj and its own subclasses
+    // Releases the types that have left a scope, and destroys those that only each other keeps.
+    void (*free_types)(std::vector<typeref> &left);
+    std::type_info const *map_classes[3]; // cMapObj and its own subclasses
 };
 
 extern constinit cCore core;

@@ -67,7 +67,19 @@ cTypeObj::cTypeObj(cTypeObj *metatype, char const *name, setup_function setup)
     if (setup) setup(*this);
 }
 
-cTypeObj::~cTypeObj() { tmmap_.clear(); }
+cTypeObj::~cTypeObj() {
+    if (counts_) --core.counting_types;
+    tmmap_.clear();
+}
+
+void cTypeObj::count_objects() noexcept {
+    if (!std::exchange(counts_, true)) ++core.counting_types;
+}
+
+// Without another owner the type has waited for its last object.
+void cTypeObj::leave_object() {
+    if (--objects_ == 0 && refs() == 0) cRefTraits<cObj>::destroy(this);
+}
 
 void cTypeObj::begin_construction(char const *name) {
     if (name) name_ = name;
@@ -201,18 +213,20 @@ objref cTypeObj::oexec(method_id id, objref a, objref b) const {
 
 void cTypeObj::set_converter(cTypeObj &source, converter_function function) {
     if (function)
-        converters_[&source] = function;
+        converters_[&source] = {function, source.counts_objects() ? source.obid() : 0};
     else
         converters_.erase(&source);
 }
 
 cTypeObj::converter_function cTypeObj::converter(cTypeObj &source) const {
     auto const found = converters_.find(&source);
-    return found == converters_.end() ? nullptr : found->second;
+    if (found == converters_.end()) return nullptr;
+    auto const &[function, source_id] = found->second;
+    return source_id == 0 || source_id == source.obid() ? function : nullptr;
 }
 
 void cTypeObj::inherit_converters(cTypeObj const &base) {
-    for (auto const &[source, function] : base.converters_) converters_[source] = function;
+    for (auto const &[source, converter] : base.converters_) converters_[source] = converter;
 }
 
 void cTypeObj::set_hash(hash_function hash, heq_function heq) noexcept {

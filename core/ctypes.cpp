@@ -8,6 +8,7 @@
 #include "diagnostics/cerrline.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/core/ctypescope.h"
 
 #include <vector>
 
@@ -55,7 +56,9 @@ cTypeInsert &cTypeInsert::operator=(cTypeInsert const &other) = default;
 cTypeInsert::~cTypeInsert() {
     if (!type_ || !core.type_hash) return;
     hashref const types = hashref::share(core.type_hash);
-    std::vector<objref> keys{own_key(name_)};
+    std::vector<objref> keys;
+    typeref hidden;
+    if (!cat::TypeScope::forget_hidden(type_, name_, hidden)) keys.push_back(own_key(name_));
     for (cAttrNode const *node = types->first(); node; node = types->next(node))
         if (node->valref() == type_) keys.push_back(node->key());
     try {

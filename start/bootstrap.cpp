@@ -18,6 +18,7 @@
 #include "containers/cglobals.h"
 #include "containers/csetup.h"
 #include "containers/csignalobj_types.h"
+#include "containers/ctype_cycles.h"
 #include "core/cregistry.h"
 #include "core/cscalar.h"
 #include "core/ctext_hooks.h"
@@ -215,6 +216,7 @@ void cBootstrap::run() {
     std::atexit(tear_down);
     cat::install_text();
     core.make_type = cat::make_type;
+    core.free_types = cat::free_types;
     make_error_channel();
     make_sentinels();
     make_first_types();
@@ -322,6 +324,7 @@ void cBootstrap::tear_down() {
         core.state = cat::cCoreState::ready; // and stays so
         return;
     }
+    cat::cut_type_cycles();
     core.core_ready = false;
     destroy_core();
     core.state = cat::cCoreState::none;

@@ -33,6 +33,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/core/ctypescope.h"
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/diagnostics/ccout.h"

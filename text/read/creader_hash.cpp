@@ -316,12 +316,13 @@ void cHashReader::register_type(cEntry &entry) {
     auto *const type =
         entry.value->is_type() ? dynamic_cast<cTypeObj *>(entry.value.get()) : nullptr;
     if (!type) return;
+    std::string const former = type->name();
     type->set_name(cat::as_string(entry.key));
     session_.refresh_limit();
     bool const again = &cat::find_type(type->name()) != &cat::type_nil();
     bool done = false;
     try {
-        done = cat::set_type(*type, false);
+        done = cat::declare_type(*type, former);
     } catch (cErr const &error) {
         if (error.code() != err_type_name_taken.code) throw;
     }

@@ -14,6 +14,7 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/core/ctypescope.h"
 #include "qrv/text/read/cattrscan.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_hash.h"
@@ -277,7 +278,8 @@ int cValueReader::read_typed(cAttrLiteral const &bracket) {
     std::string const name = first_.text;
     end_ = bracket.code;
     text_state().settle();
-    cTypeObj const &type = cat::find_type(name); // RUNS FOREIGN CODE
+    typeref const held = typeref::share(&cat::find_type(name)); // RUNS FOREIGN CODE
+    cTypeObj const &type = *held;
     if (&type == &cat::type_nil() && name != type.name()) {
         if (text_state().reading_key())
             report(err_read_key_unknown, cNamed::type(name));
@@ -305,6 +307,8 @@ bool cValueReader::instantiate(cTypeObj const &type) {
     if (!has("newobj")) return unmade(err_read_no_newobj, type);
     if (!has("read")) return unmade(err_read_no_read, type);
     value_ = type.newobj(); // RUNS FOREIGN CODE
+    auto *const made = cat::TypeScope::current() ? dynamic_cast<cTypeObj *>(value_.get()) : nullptr;
+    if (made) made->count_objects();
     if (!cObj::is_bad(value_)) return true;
     value_ = nullptr;
     return unmade(err_read_bad_newobj, type);

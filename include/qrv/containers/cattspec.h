@@ -41,11 +41,13 @@ class QRV_API cAttspec : public cObj {
     void set_flags(int flags);
     // A kill value clears the default, a void one changes nothing. Shares the value.
     void set_default(objref const &value, bool fix_type);
-    void set_type(cTypeObj *type); // the fixed type, borrowed; other flags stay
+    // The fixed type, borrowed unless it counts its objects; other flags stay.
+    void set_type(cTypeObj *type);
     // The same for a type that comes as a value, which may be all that keeps it: shares it unless
     // the registry does under its name. So a type that names itself in its declaration is no cycle.
     void share_type(typeref const &type);
     typeref const &held_type() const noexcept { return held_type_; } // null: none, or borrowed
+    static bool is_registered(cTypeObj const &type);                 // under its name
     // The one specification of keys that have none: never stands in a map.
     static specref const &nilspec();
 

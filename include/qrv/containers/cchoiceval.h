@@ -43,6 +43,8 @@ class QRV_API cChoiceVal : public cIterObj {
     cChoiceVal &operator=(char const *key); // null changes nothing
     cChoiceVal &operator=(int key);
 
+    typeref const &held_type() const noexcept { return held_; } // the type at construction
+
     void set_undefined() { setpos(-1); }
     bool is_undefined() const { return !valid(); }
 

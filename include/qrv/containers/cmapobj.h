@@ -27,9 +27,12 @@ class QRV_API cMapObj : public cObj {
     cMapObj &operator=(cMapObj const &other); // assign
     cMapObj &operator=(cObj const &other);
 
-    // When not null, the only type that setattr accepts for values. Not copied by assign.
-    cTypeObj *entrytype() const noexcept { return entrytype_; }
-    void set_entrytype(cTypeObj *type) noexcept { entrytype_ = type; } // borrows; no check
+    // When not null, the only type that setattr accepts for values. Not copied by assign. Borrows
+    // the type unless that counts its objects; no check.
+    cTypeObj *entrytype() const noexcept {
+        return reinterpret_cast<cTypeObj *>(entrytype_ & ~holds_entrytype);
+    }
+    void set_entrytype(cTypeObj *type) noexcept;
 
     int size() const noexcept;
     void clear(); // RUNS FOREIGN CODE; empties a shared hash for all who share it
@@ -77,8 +80,10 @@ class QRV_API cMapObj : public cObj {
     void set_attspec(std::string const &key, cRef<cAttspec, cRefTraits<cAttspec>> const &spec);
 
   private:
+    static constexpr std::uintptr_t holds_entrytype = 1;
+
     hashref hash_;
-    cTypeObj *entrytype_ = nullptr;
+    std::uintptr_t entrytype_ = 0; // the address, and whether the map is one of its owners
 };
 
 namespace cat {

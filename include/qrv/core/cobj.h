@@ -18,6 +18,7 @@
 
 namespace cat {
 QRV_API cTypeObj &type_nil();
+bool destroy_scalar(cObj *target); // core/cregistry.h
 } // namespace cat
 
 // The standard methods of a type, in the order of its table: name and prototype (see cexe.h).
@@ -42,7 +43,7 @@ enum method_id : int { QRV_METHODS(QRV_METHOD_ID) mid_count };
 
 // The C++ class of an object, as far as the library has to know it: cObjDR<T> or cMapObj, or
 // derived from it. A test of this byte takes the place of a dynamic_cast.
-enum class cObjClass : unsigned char {
+enum class cObjClass : std::uint16_t {
     other,
     string,
     integer,
@@ -51,6 +52,14 @@ enum class cObjClass : unsigned char {
     boolean,
     map
 };
+
+namespace cat {
+// One of the built-in types, as an argument of a constructor: such a type does not count its
+// objects, so the constructor need not ask.
+struct cBuiltinType {
+    cTypeObj *type;
+};
+} // namespace cat
 
 // Where the members are defined, and when to suspect which file:
 //   core/cobj.cpp                identity, states, operators, generic operations, own_method; keys
@@ -109,9 +118,15 @@ class QRV_API cObj : public cObjBase {
     static void obid(cObj *obj, unsigned int id) noexcept; // null: nothing
     // Borrowed; cat::type_nil() for an object without a type.
     cTypeObj &type() const noexcept { return type_ ? *type_ : cat::type_nil(); }
-    void set_type(cTypeObj *type) noexcept { type_ = type; } // borrows; no check, no signal
-    int typeflags_of(int bits) const noexcept;               // 0 for an object without a type
-    cObjClass object_class() const noexcept { return class_; }
+    // Borrows the type, unless it counts its objects (cTypeObj::count_objects); no check, no
+    // signal. The object leaves the count of its old type. RUNS USER CODE if it was the last thing
+    // that kept that type.
+    void set_type(cTypeObj *type) noexcept;
+    bool holds_type() const noexcept { return (class_ & holds_type_bit) != 0; } // is it counted?
+    int typeflags_of(int bits) const noexcept; // 0 for an object without a type
+    cObjClass object_class() const noexcept {
+        return static_cast<cObjClass>(class_ & (holds_type_bit - 1));
+    }
 
     // --- states: relations to the type and to the sentinels
 
@@ -347,8 +362,9 @@ class QRV_API cObj : public cObjBase {
   protected:
     // Borrows the type; null as for cObj(false).
     explicit cObj(cTypeObj *type, cObjClass object_class = cObjClass::other) noexcept;
+    inline cObj(cat::cBuiltinType type, cObjClass object_class) noexcept; // defined in cobjd.h
     // For the destructor of that class: members released after it may still look at the object.
-    void end_class() noexcept { class_ = cObjClass::other; }
+    void end_class() noexcept { class_ &= holds_type_bit; }
 
   private:
     cObj(cObj const &) = delete;
@@ -356,12 +372,16 @@ class QRV_API cObj : public cObjBase {
     // reads like appending.
     cObj &operator<<(cObj const &source);
 
+    friend bool cat::destroy_scalar(cObj *target);
+    static constexpr std::uint16_t holds_type_bit = 0x100;
+
+    void release_type() noexcept;
     void leave_ommap() noexcept; // as the father of a member map that others may go on sharing
     bool may_be_member(objref const &key, objref const &value, bool &refused);
 
     cTypeObj *type_;
     std::uint32_t obid_;
-    cObjClass class_;
+    std::uint16_t class_; // the cObjClass, and above it holds_type_bit: one test asks for both
     hashref ommap_;
 };
 

@@ -30,7 +30,21 @@ template <> inline constexpr cObjClass class_of_value<int> = cObjClass::integer;
 template <> inline constexpr cObjClass class_of_value<float> = cObjClass::float_number;
 template <> inline constexpr cObjClass class_of_value<double> = cObjClass::double_number;
 template <> inline constexpr cObjClass class_of_value<bool> = cObjClass::boolean;
+
+// The type of a cObjDR<T>.
+template <class T> auto type_of_value() {
+    cTypeObj *const type = &cTypeOf(static_cast<T *>(nullptr));
+    if constexpr (class_of_value<T> == cObjClass::other)
+        return type;
+    else
+        return cBuiltinType{type};
+}
 } // namespace cat
+
+inline cObj::cObj(cat::cBuiltinType type, cObjClass object_class) noexcept
+    : type_(type.type), obid_(++ob_lstid_), class_(static_cast<std::uint16_t>(object_class)) {
+    ++ob_count_;
+}
 
 template <class T> class cObjD;
 
@@ -38,11 +52,12 @@ template <class T> class QRV_API cObjDR : public cObj {
   public:
     // Value null, no create: for subclasses.
     explicit cObjDR(cTypeObj *type) : cObj(type, cat::class_of_value<T>) {}
-    explicit cObjDR(T &value) : cObjDR(&cTypeOf(static_cast<T *>(nullptr))) {
+    explicit cObjDR(cat::cBuiltinType type) : cObj(type, cat::class_of_value<T>) {}
+    explicit cObjDR(T &value) : cObjDR(cat::type_of_value<T>()) {
         value_ = &value;
         create();
     }
-    explicit cObjDR(T const &value) : cObjDR(&cTypeOf(static_cast<T *>(nullptr))) {
+    explicit cObjDR(T const &value) : cObjDR(cat::type_of_value<T>()) {
         value_ = const_cast<T *>(&value);
         setflags(of_const); // keeps the value from being assigned to
         create();
@@ -80,10 +95,8 @@ template <class T> class QRV_API cObjDR : public cObj {
 
 template <class T> class QRV_API cObjD : public cObjDR<T> {
   public:
-    cObjD() : cObjDR<T>(&cTypeOf(static_cast<T *>(nullptr))), data_() { ready(); }
-    explicit cObjD(T const &value) : cObjDR<T>(&cTypeOf(static_cast<T *>(nullptr))), data_(value) {
-        ready();
-    }
+    cObjD() : cObjDR<T>(cat::type_of_value<T>()), data_() { ready(); }
+    explicit cObjD(T const &value) : cObjDR<T>(cat::type_of_value<T>()), data_(value) { ready(); }
     template <class U>
     requires(std::is_pointer_v<U> &&std::is_arithmetic_v<T>) explicit cObjD(U) =
         delete; // a pointer would become true
@@ -94,6 +107,9 @@ template <class T> class QRV_API cObjD : public cObjDR<T> {
     // Without create.
     cObjD(T const &value, cTypeObj *type) : cObjDR<T>(type), data_(value) { this->value_ = &data_; }
     cObjD(T &&value, cTypeObj *type) : cObjDR<T>(type), data_(std::move(value)) {
+        this->value_ = &data_;
+    }
+    cObjD(T &&value, cat::cBuiltinType type) : cObjDR<T>(type), data_(std::move(value)) {
         this->value_ = &data_;
     }
     ~cObjD() override = default;

@@ -67,6 +67,14 @@ class QRV_API cTypeObj : public cObj {
     cObjClass value_class() const noexcept { return value_class_; }
     [[nodiscard]] objref newobj() const; // RUNS FOREIGN CODE
 
+    // From now on this type counts its objects: one that is created of the type, or gets it by
+    // set_type, keeps the type alive as a count of owners would. Objects that have the type already
+    // go on borrowing it. The reader calls it for the types that text declares inside a
+    // cat::TypeScope.
+    void count_objects() noexcept;
+    bool counts_objects() const noexcept { return counts_; }
+    std::uint32_t objects() const noexcept { return objects_; } // those that are counted
+
     // Converters to this type; a null function removes.
     void set_converter(cTypeObj &source, converter_function function);
     converter_function converter(cTypeObj &source) const;
@@ -92,6 +100,8 @@ class QRV_API cTypeObj : public cObj {
     objref oexec(method_id id, objref a, objref b) const;
     bool missing_method(method_id id) const;
 
+    void leave_object();
+
     void begin_construction(char const *name);
     void ctor_internal(cTypeObj *metatype, setup_function setup);
     void install_default_methods();
@@ -100,13 +110,20 @@ class QRV_API cTypeObj : public cObj {
     void set_library_methods(cObjClass value_class) noexcept; // those that it has now
 
     std::string name_;
-    std::map<cTypeObj *, converter_function> converters_;
+    struct cConverter {
+        converter_function function;
+        unsigned int source_id; // of a source that counts its objects, so that it may end; else 0
+    };
+
+    std::map<cTypeObj *, cConverter> converters_;
     cVoidFunction methods_[mid_count]{};
     unsigned library_methods_ = 0;
     cObjClass value_class_ = cObjClass::other;
     cAttrHash tmmap_;
     hash_function hash_ = nullptr;
     heq_function heq_ = nullptr;
+    bool counts_ = false;
+    std::uint32_t objects_ = 0;
 };
 
 // The key hooks of the built-in types, for types that hold the same kind of value.

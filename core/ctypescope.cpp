@@ -1,0 +1,127 @@
+// The scopes are a list, the innermost first; an entry says what a scope has put into the registry.
+// For each name, the registered type and those hidden below it form a chain:
+//
+//   registry: the entry of the innermost scope -> its `hidden`, the entry of a scope further out
+//   -> ... -> the type from outside all scopes, or null
+//
+// Ending a scope removes its links from the chains, wherever they are.
+
+#include "qrv/core/ctypescope.h"
+
+#include "core/cregistry.h"
+#include "qrv/core/cobjd.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+struct cat::TypeScope::cEntry {
+    std::string name;
+    typeref type;
+    typeref hidden;
+    std::string former; // the type's name before, if it had one
+};
+
+namespace {
+
+constinit cat::TypeScope *innermost = nullptr;
+
+bool is_built_in(cTypeObj const &type) noexcept {
+#define QRV_SAME(name, accessor, text)                                                             \
+    if (&type == core.name) return true;
+    QRV_CORE_TYPES(QRV_SAME)
+#undef QRV_SAME
+    return false;
+}
+
+bool is_registered(std::string const &name, cTypeObj const &type) {
+    cAttrNode const *const node = core.type_hash->find(name);
+    return node && node->valref() == &type;
+}
+
+} // namespace
+
+cat::TypeScope *cat::TypeScope::current() noexcept { return innermost; }
+
+cat::TypeScope::TypeScope() : outer_(nullptr) {
+    core_bootstrap();
+    std::vector<typeref> none;
+    if (core.free_types) core.free_types(none); // RE-ENTERS
+    outer_ = std::exchange(innermost, this);
+}
+
+cat::TypeScope::~TypeScope() {
+    unlink();
+    if (core.state == cCoreState::ready) {
+        std::for_each(entries_.rbegin(), entries_.rend(), take_away);
+        for (cEntry &entry : entries_) // text can give a program's type another name
+            if (!entry.former.empty() && is_registered(entry.former, *entry.type))
+                entry.type->set_name(entry.former);
+    }
+    std::vector<typeref> types;
+    for (cEntry &entry : entries_) types.push_back(std::move(entry.type));
+    entries_.clear();                            // RE-ENTERS
+    if (core.free_types) core.free_types(types); // RE-ENTERS
+}
+
+void cat::TypeScope::unlink() noexcept {
+    TypeScope **link = &innermost;
+    while (*link && *link != this) link = &(*link)->outer_;
+    if (*link) *link = outer_;
+}
+
+bool cat::TypeScope::declared(cTypeObj const &type) const noexcept {
+    return std::ranges::any_of(entries_, [&](cEntry const &e) { return e.type == &type; });
+}
+
+bool cat::TypeScope::may_hide(objref const &registered, cTypeObj const &type) const noexcept {
+    auto const *const outer = dynamic_cast<cTypeObj const *>(registered.get());
+    return outer && outer != &type && !is_built_in(*outer) && !declared(*outer);
+}
+
+bool cat::TypeScope::declare(cTypeObj &type, std::string const &former) {
+    if (!core.type_hash) return false; // the core is being torn down
+    cAttrNode *const node = core.type_hash->find(type.name());
+    if (node && !may_hide(node->valref(), type)) return false;
+    typeref const held = typeref::share(&type);
+    typeref const hidden =
+        node ? typeref::share(static_cast<cTypeObj *>(node->valref().get())) : typeref();
+    entries_.push_back({type.name(), held, hidden, former});
+    if (node)
+        node->valref_() = held;
+    else
+        core.type_hash->mapitem(type.name(), held);
+    return true;
+}
+
+// The entry and `hidden` hold the types meanwhile, so no user code runs.
+void cat::TypeScope::take_away(cEntry &entry) {
+    cAttrNode *const node = core.type_hash->find(entry.name);
+    if (node && node->valref() == entry.type) {
+        if (entry.hidden)
+            node->valref_() = entry.hidden;
+        else
+            core.type_hash->delitem(own_key(entry.name));
+        return;
+    }
+    for (TypeScope *scope = innermost; scope; scope = scope->outer_)
+        for (cEntry &above : scope->entries_)
+            if (above.name == entry.name && above.hidden == entry.type) {
+                above.hidden = entry.hidden;
+                return;
+            }
+    if (!node && entry.hidden) core.type_hash->mapitem(entry.name, entry.hidden);
+}
+
+// A type that is no longer to be registered may be hidden at the moment. True if it was, under that
+// name; `held` takes it over.
+bool cat::TypeScope::forget_hidden(typeref const &type, std::string const &name,
+                                   typeref &held) noexcept {
+    for (TypeScope *scope = innermost; scope; scope = scope->outer_)
+        for (cEntry &entry : scope->entries_)
+            if (entry.name == name && entry.hidden == type) {
+                held.swap(entry.hidden);
+                return true;
+            }
+    return false;
+}

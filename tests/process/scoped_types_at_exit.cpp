@@ -1,0 +1,56 @@
+// Objects of types that have left their scope, in static objects: they are used while statics are
+// destroyed, and the last one goes with its type after the core.
+
+#include "process.h"
+#include "qrv/containers/cchoiceval.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypescope.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
+
+#include <optional>
+
+namespace {
+
+char const *const text = "{ C= choice({a= 1; b= 2; }); N= attlist(x= attspec(default= 1)); "
+                         "N= attlist(n= attspec(type= N; flag= #IMPLIED); x= attspec(default= 1)); "
+                         "v= C(b); p= N(n= N(x= 2)); }";
+
+objref early, early_choice; // go last: only held
+
+// Uses its value in its destructor, where another scope begins and ends.
+struct cUser {
+    cUser() { cat::nil(); } // the core goes later than this
+    cUser(cUser const &) = delete;
+    cUser &operator=(cUser const &) = delete;
+    ~cUser() {
+        cat::TypeScope const inner;
+        objref more;
+        CHECK(cObj::readobj("{ C= choice({c= 3; }); v= C(c); }", more) == 0);
+        CHECK(cat::as_text(more->getattrp("v")) == "C(c)");
+        CHECK(cat::as_text(value->getattrp("v")) == "C(b)");
+        CHECK(cat::as_text(value->getattrp("p/n/x")) == "2");
+        value = nullptr;
+        if (failures != 0) _exit(1);
+    }
+    objref value;
+};
+
+} // namespace
+
+int main() {
+    static cUser user;
+    static std::optional<cat::TypeScope> open; // ends before the core
+    {
+        cat::TypeScope const scope;
+        CHECK(cObj::readobj(text, user.value) == 0);
+        early = user.value->getattrp("p");
+        early_choice = user.value->getattrp("v");
+    }
+    open.emplace();
+    objref last;
+    CHECK(cObj::readobj("{ Open= choice({a= 1; }); v= Open(a); }", last) == 0);
+    CHECK(&cat::find_type("C") == &cat::type_nil());
+    return failures;
+}
