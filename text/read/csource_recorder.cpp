@@ -238,7 +238,7 @@ void cSourceRecorder::begin_list(cAttrScan const &scan) {
     if (has_bracket) bracket(begin_of(token), token.code);
 }
 
-void cSourceRecorder::end_list(cAttrScan const &scan, std::size_t depth) {
+void cSourceRecorder::end_list(cAttrScan const &scan, std::size_t depth, cObj const *holder) {
     if (frames_.size() != depth + 1 || frames_.back().record != 0) return;
     cToken const &token = scan.current();
     records_[0].closed = frames_.back().close != 0 && token.code == frames_.back().close;
@@ -247,6 +247,7 @@ void cSourceRecorder::end_list(cAttrScan const &scan, std::size_t depth) {
     else
         unwind(depth);
     if (records_[0].value_begin == absent) records_[0].value_begin = records_[0].value_end;
+    if (holder) root(*holder);
 }
 
 void cSourceRecorder::begin_list_at_key() {
@@ -286,6 +287,7 @@ void cSourceRecorder::moved(cObj const &from, cObj const &to) {
 void cSourceRecorder::moved_inside(cObj const &from, cObj const &to) {
     if (!records_.empty())
         move(frames_.empty() ? 0 : frames_.back().record, records_.size(), from, to);
+    if (frames_.empty()) root(to);
 }
 
 // A vector is copied over another or appended to it: its last item is the last one of both.

@@ -95,7 +95,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     // The outermost value is a list of entries: without brackets, or with one that the program has
     // read.
     void begin_list(cAttrScan const &scan);
-    void end_list(cAttrScan const &scan, std::size_t depth);
+    void end_list(cAttrScan const &scan, std::size_t depth, cObj const *holder);
     // The value that ended last is the key of the first of them. The caller closes the frame.
     void begin_list_at_key();
     void root(cObj const &value);
@@ -214,18 +214,20 @@ class cSourceFrames {
 // A list of entries, which is the outermost value if no other is open.
 class cSourceList {
   public:
-    explicit cSourceList(cAttrScan const &scan)
-        : scan_(scan), recorder_(cSourceRecorder::at(scan)), frames_(recorder_) {
+    // `holder` of the entries, or null.
+    cSourceList(cAttrScan const &scan, cObj const *holder)
+        : scan_(scan), holder_(holder), recorder_(cSourceRecorder::at(scan)), frames_(recorder_) {
         if (recorder_) recorder_->begin_list(scan);
     }
     cSourceList(cSourceList const &) = delete;
     cSourceList &operator=(cSourceList const &) = delete;
     ~cSourceList() {
-        if (recorder_) recorder_->end_list(scan_, frames_.depth());
+        if (recorder_) recorder_->end_list(scan_, frames_.depth(), holder_);
     }
 
   private:
     cAttrScan const &scan_;
+    cObj const *holder_;
     cSourceRecorder *recorder_;
     cSourceFrames const frames_;
 };
