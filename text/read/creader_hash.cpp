@@ -57,8 +57,8 @@ bool may_be_late(cAttrHash const &hash, cTypeObj const *type, cAttrScan const &s
 cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, bool inner)
     : hash_(hash), type_(type), scan_(scan), session_(*cReadSession::current()),
       state_(text_state()), source_(cat::cSourceRecorder::at(scan)),
-      late_(hash, may_be_late(hash, type, scan, inner) && !source_),
-      opened_{scan.current().outer_line, scan.current().outer_column},
+      late_(hash, may_be_late(hash, type, scan, inner)), opened_{scan.current().outer_line,
+                                                                 scan.current().outer_column},
       has_bracket_(cat::Brackets(scan.current().code).open != 0),
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
@@ -78,6 +78,7 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
     int code = scan_.next();
     if (code == ';' || code == ',') { // that of a container before, for instance
         scan_.separator_passed_ = true;
+        if (source_) source_->after(scan_.current());
         code = scan_.next();
     }
     cToken const &first = scan_.current();
@@ -88,9 +89,11 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
         cToken const word = first;
         int const end = scan_.next();
         if (!cValueReader::ends_value(end)) return unread_word(value, word);
+        if (source_) source_->literal(word);
         note(value, as_key);
         delim_ = end;
     } else if (code >= tkInt && code <= tkString && literal_value(code, first.text, value)) {
+        if (source_) source_->literal(first);
         note(value, as_key);
         delim_ = scan_.next();
     } else if (code == '{' || code == '[' || code == '<') {
@@ -102,6 +105,7 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
         if (code != tkEof) scan_.ungettoken();
         return cShort::none;
     }
+    if (source_) source_->after(scan_.current());
     scan_.separator_passed_ = false;
     session_.value_place(place);
     return cValueReader::ends_value(delim_) ? cShort::done : cShort::unended;
@@ -192,12 +196,13 @@ bool cHashReader::is_late_key(objref const &key) const {
 
 // The key of an entry of a map. A map alone is a value without a key.
 cHashReader::cNext cHashReader::read_key(cEntry &entry) {
-    if (source_) return read_long_key(entry, cShort::none);
     cShort const done = read_short(entry.key, true);
     if (done == cShort::closed) return cNext::stop;
     if (done == cShort::done && delim_ == '=' &&
-        (short_code_ == tkIdent || short_code_ == tkInt || short_code_ == tkString))
+        (short_code_ == tkIdent || short_code_ == tkInt || short_code_ == tkString)) {
+        if (source_) source_->key(source_->begin_of(scan_.current()));
         return cNext::value;
+    }
     note_now();
     return read_long_key(entry, done);
 }
@@ -311,6 +316,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
         done = read_short(entry.value, false);
         if (done == cShort::closed) return false;
         if (done == cShort::done && delim_ != '=' && put_new(entry)) {
+            if (source_) source_->stored(hash_.last());
             if (by_index) next_index();
             return true;
         }
@@ -340,6 +346,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
     if (done == cShort::opened && state_.is_late()) {
         step.reset();
         if (put_container(entry, place)) {
+            if (source_) source_->stored(hash_.last());
             state_.late_stored();
             return true;
         }

@@ -130,9 +130,12 @@ int cValueReader::finish_literal(cAttrScan &scan, objref &value, int &end,
 
 int cValueReader::finish_container(cAttrScan &scan, objref &value, int &end) {
     cValueReader reader(scan, value, end);
-    reader.first_.outer_line = scan.current().outer_line;
-    reader.first_.outer_column = scan.current().outer_column;
-    return reader.run(&cValueReader::read_opened);
+    cToken const &bracket = scan.current();
+    reader.first_.line = bracket.line;
+    reader.first_.position = bracket.position;
+    reader.first_.outer_line = bracket.outer_line;
+    reader.first_.outer_column = bracket.outer_column;
+    return reader.run(&cValueReader::read_bracket);
 }
 
 void cValueReader::report(cErrText const &error, std::string const &what) {
@@ -176,6 +179,11 @@ int cValueReader::read() {
         return read_word();
     }
     if (t >= tkInt && t <= tkString) return read_literal();
+    return read_opened();
+}
+
+int cValueReader::read_bracket() {
+    if (source_) source_->begin(first_);
     return read_opened();
 }
 

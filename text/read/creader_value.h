@@ -42,6 +42,7 @@ class cValueReader {
     int read_unended();
     int read_word();
     int read_typed(cAttrLiteral const &bracket);
+    int read_bracket();
     int read_opened();
     int read_container();
     int read_own_container(cTypeObj &type);

@@ -69,6 +69,7 @@ void cSourceRecorder::finish() {
         comments_ = {};
         return;
     }
+    records_.shrink_to_fit();
     obids_.reserve(records_.size());
     for (cRecord &record : records_) {
         if (record.node && record.node->is_dead()) set_node(record, nullptr); // it was replaced
@@ -137,8 +138,13 @@ std::uint32_t cSourceRecorder::add(std::uint32_t begin) {
     return number;
 }
 
-void cSourceRecorder::begin(cAttrLiteral const &first) {
-    std::uint32_t const begin = begin_of(first);
+void cSourceRecorder::literal(cToken const &token) {
+    std::size_t const depth = frames_.size();
+    begin(begin_of(token));
+    if (frames_.size() > depth) close(end_of(token));
+}
+
+void cSourceRecorder::begin(std::uint32_t begin) {
     if (pending_ != none) {
         cRecord &record = records_[pending_];
         record.value_begin = record.value_end = begin;
@@ -176,8 +182,7 @@ void cSourceRecorder::end(cAttrScan const &scan, std::size_t depth, cAttrLiteral
         close(record.reference && token.code == ')' ? begin_of(token) + 1 : end_of(first));
     }
     if (frame.record == 0 && value) root(*value);
-    if ((delimiter == ';' || delimiter == ',') && token.code == delimiter)
-        this->delimiter(begin_of(token));
+    if (token.code == delimiter) after(token);
 }
 
 void cSourceRecorder::close(std::uint32_t end) {

@@ -79,7 +79,12 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void finish();
 
     std::size_t depth() const noexcept { return frames_.size(); }
-    void begin(cAttrLiteral const &first);
+    void begin(cAttrLiteral const &first) { begin(begin_of(first)); }
+    void begin(std::uint32_t offset);
+    void literal(cToken const &token); // a value of one token begins and ends
+    void after(cToken const &token) {  // what comes after a value
+        if (token.code == ';' || token.code == ',') delimiter(begin_of(token));
+    }
     void bracket(std::uint32_t offset, int code, std::uint32_t name_end = absent);
     void reference();
     void end(cAttrScan const &scan, std::size_t depth, cAttrLiteral const &first, int delimiter,
