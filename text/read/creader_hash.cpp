@@ -105,7 +105,6 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
         if (code != tkEof) scan_.ungettoken();
         return cShort::none;
     }
-    if (source_) source_->after(scan_.current());
     scan_.separator_passed_ = false;
     session_.value_place(place);
     return cValueReader::ends_value(delim_) ? cShort::done : cShort::unended;
@@ -224,6 +223,7 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
             scan_.ungettoken(token);
     }
     if (source_ && delim_ == '=') source_->key(source_->begin_of(scan_.current()));
+    if (source_ && done == cShort::done) source_->after(scan_.current());
     if (result == 0 && !key->type().is_keytype()) {
         if (key->is_map()) {
             entry.value = key;
@@ -316,7 +316,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
         done = read_short(entry.value, false);
         if (done == cShort::closed) return false;
         if (done == cShort::done && delim_ != '=' && put_new(entry)) {
-            if (source_) source_->stored(hash_.last());
+            if (source_) source_->stored(hash_.last(), scan_.current());
             if (by_index) next_index();
             return true;
         }
@@ -330,6 +330,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
 // The same for what is more than the short way. Kept out of it, which many entries don't leave.
 [[gnu::noinline]] bool cHashReader::read_rest(cEntry &entry, cShort done) {
     bool const by_index = !entry.key;
+    if (source_ && done == cShort::done) source_->after(scan_.current());
     std::optional<cAttrInsert::cKeyPlace> place;
     if (state_.is_late() && (done == cShort::none || done == cShort::opened) && entry.key) {
         place.emplace(hash_, entry.key);

@@ -94,6 +94,10 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void key(std::uint32_t separator);
     void no_value(); // of the entry whose key was read
     void stored(cAttrNode const *node);
+    void stored(cAttrNode const *node, cToken const &next) {
+        after(next);
+        stored(node);
+    }
     void moved(cObj const &from, cObj const &to);        // of the entry that ended last
     void moved_inside(cObj const &from, cObj const &to); // of the innermost open value
 
