@@ -1,6 +1,6 @@
 #include "text/read/csource_recorder.h"
 
-// Nodes are looked for only where no code of a program runs: not through keys of its types.
+// Looking for nodes runs no user code: nodes with keys of a program's types are found by identity.
 
 #include "containers/value_index.h"
 #include "qrv/core/cattrhash.h"
@@ -35,6 +35,7 @@ bool can_tell(std::istream const &is) {
 namespace cat {
 
 constinit cSourceRecorder *cSourceRecorder::living_ = nullptr;
+constinit cSourceRecorder *cSourceRecorder::reading_ = nullptr;
 constinit std::size_t cSourceRecorder::longest = cSourceRecorder::absent - 1;
 
 cSourceRecorder::~cSourceRecorder() { release(); }
@@ -48,8 +49,8 @@ void cSourceRecorder::release() noexcept {
 // --- the reading ---
 
 bool cSourceRecorder::start(cAttrScan const &outer) {
-    if (started_) return false;
-    started_ = recording_ = true;
+    if (!texts_.empty()) return false;
+    reading_ = this;
     outer_ = &outer;
     texts_.push_back({&outer.is(), {}});
     uncounted_ = can_tell(outer.is()) ? 0 : 1;
@@ -62,7 +63,7 @@ void cSourceRecorder::finish() {
     unwind(0);
     complete_ = outer_->passed() <= longest;
     outer_ = nullptr;
-    recording_ = false;
+    reading_ = nullptr;
     texts_.resize(1);
     if (!complete_) {
         release();

@@ -1,5 +1,5 @@
 #pragma once
-// What a cat::SourceMap records, and the steps in which the reader tells it.
+// What a cat::SourceMap records, and the steps that the reader reports to it.
 //
 //   begin()  the first token of a value; bracket(), reference() say more about it
 //   end()    the value was read, and perhaps the delimiter after it
@@ -7,9 +7,10 @@
 //   stored() the entry that ended last is now in this node
 //   moved()  what was read into one container was copied into another
 //
-// Values begin and end as brackets do; the open ones are the frames. A position is computed from
-// those of the token: `position` counts all characters but newlines, which `line` counts. Where a
-// typed value's text was gathered, bytes left out are remembered as shifts.
+// Values begin and end as brackets do; the open ones are the frames. The offset of a token is
+// computed from its `position`, which counts all characters but newlines, and its `line`, which
+// counts these. The text of a typed value is gathered without comments; shifts lead from its
+// offsets to those of the outer text.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/text/read/cattrscan.h"
@@ -62,16 +63,16 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     cSourceRecorder &operator=(cSourceRecorder const &) = delete;
     ~cSourceRecorder();
 
-    // The innermost living map's; null without one.
+    // That of the innermost living map; null without one.
     static cSourceRecorder *current() noexcept { return living_; }
     static void current(cSourceRecorder *recorder) noexcept { living_ = recorder; }
-    // The same if it records what this scan reads.
+    // The one that records what this scan reads; null if nobody does.
     static cSourceRecorder *at(cAttrScan const &scan) noexcept {
-        return living_ ? living_->of(scan, true) : nullptr;
+        return reading_ ? reading_->of(scan) : nullptr;
     }
-    // The same also after the reading.
+    // The same, also after the reading: for comments after the outermost value.
     static cSourceRecorder *watching(cAttrScan const &scan) noexcept {
-        return living_ ? living_->of(scan, false) : nullptr;
+        return reading_ ? reading_->of(scan) : living_ ? living_->of(scan) : nullptr;
     }
 
     // An outermost reading begins and ends. True if it is the one that is recorded.
@@ -138,7 +139,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
         return size == 0 ? begin_of(token) : offset(token.position + size - 1, token.line) + 1;
     }
 
-    // Longer texts are not recorded. Tests make it less.
+    // The most bytes that are recorded. Tests lower it.
     static std::size_t longest;
 
     bool complete() const noexcept { return complete_; }
@@ -164,9 +165,8 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
         std::istream const *is;
         cGathering gathering;
     };
-    cSourceRecorder *of(cAttrScan const &scan, bool reading) noexcept {
-        bool const now = reading ? recording_ : started_;
-        return now && texts_.back().is == &scan.is() ? this : nullptr;
+    cSourceRecorder *of(cAttrScan const &scan) noexcept {
+        return !texts_.empty() && texts_.back().is == &scan.is() ? this : nullptr;
     }
     std::uint32_t add(std::uint32_t begin);
     void close(std::uint32_t end);
@@ -178,6 +178,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void release() noexcept;
 
     static cSourceRecorder *living_;
+    static cSourceRecorder *reading_; // what records the reading under way
 
     std::vector<cRecord> records_;
     std::vector<std::uint32_t> obids_; // of the values of the records
@@ -192,8 +193,6 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     std::uint32_t uncounted_ = 0;      // by the position of a stream that can't tell its own
     unsigned comment_line_ = 0;        // on which the last comment ended
     cAttrScan const *outer_ = nullptr; // while it is read
-    bool started_ = false;
-    bool recording_ = false;
     bool complete_ = true;
     unsigned root_obid_ = 0;
     std::string root_type_;
