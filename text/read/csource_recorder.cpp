@@ -195,6 +195,7 @@ void cSourceRecorder::close(std::uint32_t end) {
 
 void cSourceRecorder::unwind(std::size_t depth) {
     while (frames_.size() > depth) {
+        no_value();
         cRecord const &record = records_[frames_.back().record];
         std::uint32_t end = record.open != absent ? record.open + 1 : record.value_begin;
         if (last_ != none) end = records_[last_].end();
