@@ -12,6 +12,7 @@
 #include "qrv/text/read/creadreport.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
+#include "text/read/csource_recorder.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
 
@@ -36,6 +37,8 @@ class cValueReport {
         scan_.fire(error);
         return false;
     }
+
+    cat::cSourceRecorder *source() const { return cat::cSourceRecorder::at(scan_); }
 
     // Is there nothing to read?
     bool at_end() {
@@ -137,5 +140,6 @@ bool cTomAttrset::m_read(cObj &obj, objref &stream) {
         return report.fail(whole_error(err_read_not_valid, cNamed::type(obj.type().name())));
     }
     obj.assign(*read); // 4
+    if (auto *const source = report.source()) source->moved_inside(*read, obj);
     return !report.too_much();
 }

@@ -59,7 +59,7 @@ bool are_late_possible(cAttrScan const &scan) {
 
 cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, cOpened opened)
     : hash_(hash), type_(type), scan_(scan), session_(*cReadSession::current()),
-      state_(text_state()),
+      state_(text_state()), source_(cat::cSourceRecorder::at(scan)),
       late_(&hash, &scan, may_be_late(type, opened), opened == cOpened::after_first ? 1 : 0),
       opened_{scan.current().outer_line, scan.current().outer_column},
       has_bracket_(cat::Brackets(scan.current().code).open != 0),
@@ -111,6 +111,7 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
     if (code == ';' || code == ',') { // that of a container before, for instance
         scan_.separator_passed_ = true;
         session_.runs().delimited(true);
+        if (source_) source_->after(scan_.current());
         code = scan_.next();
     }
     cToken const &first = scan_.current();
@@ -121,9 +122,11 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
         cToken const word = first;
         int const end = scan_.next();
         if (!cValueReader::ends_value(end)) return unread_word(value, word);
+        if (source_) source_->literal(word);
         note(value, as_key);
         delim_ = end;
     } else if (code >= tkInt && code <= tkString && literal_value(code, first.text, value)) {
+        if (source_) source_->literal(first);
         note(value, as_key);
         delim_ = scan_.next();
     } else if (code == '{' || code == '[' || code == '<') {
@@ -244,8 +247,10 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
     cShort const done = read_short(entry.key, true);
     if (done == cShort::closed) return cNext::stop;
     if (done == cShort::done && delim_ == '=' &&
-        (short_code_ == tkIdent || short_code_ == tkInt || short_code_ == tkString))
+        (short_code_ == tkIdent || short_code_ == tkInt || short_code_ == tkString)) {
+        if (source_) source_->key(source_->begin_of(scan_.current()));
         return cNext::value;
+    }
     note_now();
     return read_long_key(entry, done);
 }
@@ -271,6 +276,8 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
         else if (token.code != tkEof)
             scan_.ungettoken(token);
     }
+    if (source_ && delim_ == '=') source_->key(source_->begin_of(scan_.current()));
+    if (source_ && done == cShort::done) source_->after(scan_.current());
     if (result == 0 && !key->type().is_keytype()) {
         if (key->is_map()) {
             entry.value = key;
@@ -296,6 +303,7 @@ bool cHashReader::read_value(cEntry &entry, cShort done) {
     {
         cReadingKey const value_now(false);
         result = read_long(entry.value, done);
+        if (source_) source_->no_value();
         entry.fresh = done == cShort::done || scan_.made_container(entry.value);
     }
     if (result == -1) {
@@ -370,6 +378,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
         done = read_short(entry.value, false);
         if (done == cShort::closed) return false;
         if (done == cShort::done && delim_ != '=' && put_new(entry)) {
+            if (source_) source_->stored(hash_.last(), scan_.current());
             if (by_index) next_index();
             return true;
         }
@@ -384,6 +393,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
 [[gnu::noinline]] bool cHashReader::read_rest(cEntry &entry, cShort done) {
     bool const by_index = !entry.key;
     unsigned const errors = session_.runs().errors();
+    if (source_ && done == cShort::done) source_->after(scan_.current());
     std::optional<cAttrInsert::cKeyPlace> place;
     unsigned const round = state_.late_round();
     if (state_.is_late() && (done == cShort::none || done == cShort::opened) && entry.key) {
@@ -403,7 +413,10 @@ bool cHashReader::read_keyed(cEntry &entry) {
     if (!late_.is_late() && state_.is_late() && !stays_late()) state_.settle();
     if (done == cShort::opened && state_.is_late()) {
         step.reset();
-        if (put_container(entry, place)) return true;
+        if (put_container(entry, place)) {
+            if (source_) source_->stored(hash_.last());
+            return true;
+        }
         step.emplace(entry.key, cPathStep::on_demand);
     }
     cAboutValue const about_value(session_);
@@ -489,15 +502,36 @@ objref cHashReader::store(cEntry const &entry, unsigned before) {
     objref const present = node ? node->valref() : objref();
     if (is_mergeable(present) && is_mergeable(entry.value)) {
         update(*present, *entry.value, true);
+        if (source_) record(entry, present, node);
         return present;
     }
     objref held = entry.value;
-    if (insert(entry.key, entry.value, held)) return held;
+    if (insert(entry.key, entry.value, held)) {
+        if (source_) record(entry, held, node);
+        return held;
+    }
     ok_ = false;
     std::string const text = cat::as_text(entry.key); // RUNS FOREIGN CODE
     cErrorRuns::cSameRun const same(session_.runs(), before);
     cat::error_line(whole_error(err_cannot_insert, cNamed::key(text)));
     return listed_ ? cat::bad() : stored(entry.key);
+}
+
+// Where the entry is now, without asking keys of a program's types.
+[[gnu::noinline]] void cHashReader::record(cEntry const &entry, objref const &held,
+                                           cAttrNode const *before) {
+    cAttrNode const *node = hash_.last();
+    if (!listed_ && !hash_.has_foreign_keys()) {
+        node = hash_.find(entry.key);
+    } else if (!listed_ && before) {
+        while (node && node != before) node = hash_.prev(node);
+    } else if (seen_ && cValueIndex::is_plain(*held)) {
+        node = seen_->find(*held);
+    } else if (node && node->valref() != held) {
+        node = hash_.findvalref(held);
+    }
+    source_->stored(node);
+    if (held != entry.value) source_->moved(*entry.value, *held);
 }
 
 // A refused repeat leaves the first value.
@@ -543,6 +577,7 @@ int cAttrHash::read_hash(std::istream &is, cTypeObj *type) {
     cWriteLevel const level; // the depth goes down when all else is done
     cAttrScan scan(is, false);
     cReading const reading(scan);
+    cat::cSourceList const list(scan, father());
     return cHashReader(*this, scan, type, cHashReader::cOpened::by_caller).read();
 }
 
@@ -563,5 +598,6 @@ int cHashReader::read_others(cAttrScan &scan, cAttrHash &hash) {
     cWriteLevel const level; // the depth goes down when all else is done
     cAttrScan others(scan.is(), false);
     cReading const reading(others);
+    cat::cSourceList const list(others, hash.father());
     return cHashReader(hash, others, nullptr, cOpened::after_first).read();
 }

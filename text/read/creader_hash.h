@@ -17,6 +17,7 @@
 #include "qrv/text/read/cattrscan.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
+#include "text/read/csource_recorder.h"
 #include "text/state/ctext_state.h"
 
 #include <memory>
@@ -79,6 +80,7 @@ class cHashReader {
     // afterwards, bad if none.
     objref store(cEntry const &entry, unsigned before);
     objref stored(objref const &key) const;
+    void record(cEntry const &entry, objref const &held, cAttrNode const *before);
     bool insert(objref const &key, objref const &value, objref &held);
     cAttrNode const *find_in_set(cObj const &value);
     bool update(cObj &target, cObj const &value, bool merge);
@@ -93,6 +95,7 @@ class cHashReader {
     cAttrScan &scan_;
     cReadSession &session_;
     cTextState &state_;
+    cat::cSourceRecorder *const source_; // null: nothing is recorded
     cLateEntries late_;
     cReadSession::cPlace const opened_; // the opening bracket, if there is one
     bool const has_bracket_;

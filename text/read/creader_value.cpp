@@ -53,8 +53,11 @@ int cValueReader::run(int (cValueReader::*steps)()) {
     scan_.made_ = nullptr;
     try {
         cReading const reading(scan_);
+        source_ = cat::cSourceRecorder::at(scan_);
+        cat::cSourceFrames const frames(source_);
         cNesting const nesting;
         int const code = (this->*steps)();
+        if (source_) source_->end(scan_, frames.depth(), first_, end_, value_);
         cReadSession::current()->value_place(first_);
         cReadSession::current()->runs().end_value(scan_.current());
         return code;
@@ -97,9 +100,12 @@ int cValueReader::finish_literal(cAttrScan &scan, objref &value, int &end,
 
 int cValueReader::finish_container(cAttrScan &scan, objref &value, int &end) {
     cValueReader reader(scan, value, end);
-    reader.first_.outer_line = scan.current().outer_line;
-    reader.first_.outer_column = scan.current().outer_column;
-    return reader.run(&cValueReader::read_opened);
+    cToken const &bracket = scan.current();
+    reader.first_.line = bracket.line;
+    reader.first_.position = bracket.position;
+    reader.first_.outer_line = bracket.outer_line;
+    reader.first_.outer_column = bracket.outer_column;
+    return reader.run(&cValueReader::read_bracket);
 }
 
 template <class... Parts> void cValueReader::report(cErrText const &error, Parts const &...parts) {
@@ -114,6 +120,7 @@ int cValueReader::next_token() {
     for (int separators = std::exchange(scan_.separator_passed_, false);;) {
         int const t = scan_.gettok(first_);
         if (is_separator(t)) {
+            if (source_) source_->delimiter(source_->begin_of(first_));
             if (++separators > 1) report(err_read_separator, cNamed::name(first_.text));
             runs.delimited(true);
             continue;
@@ -139,6 +146,7 @@ int cValueReader::read() {
         scan_.note_object(nullptr);
         return -1;
     }
+    if (source_) source_->begin(first_);
     if (t == tkConst) return first_.text == "#cRef" ? read_reference() : read_constant();
     if (t == tkIdent) return read_word();
     if (t == tkBadIdent) {
@@ -149,9 +157,15 @@ int cValueReader::read() {
     return read_opened();
 }
 
+int cValueReader::read_bracket() {
+    if (source_) source_->begin(first_);
+    return read_opened();
+}
+
 // A container whose opening bracket is the current token.
 int cValueReader::read_opened() {
     int const t = end_ = scan_.current().code;
+    if (source_) source_->bracket(source_->begin_of(first_), t);
     if (t == '<')
         value_ = make<cSetObj>();
     else if (t == '[')
@@ -192,6 +206,7 @@ int cValueReader::read_reference() {
         end_ = scan_.read_to_delimiter("}])>");
         return cAttrScan::asrToken;
     }
+    if (source_) source_->reference();
     std::string path;
     while (scan_.gettok(token) != ')' && token.code != tkEof) path += token.text;
     end_ = token.code;
@@ -277,6 +292,8 @@ int cValueReader::read_typed(cAttrLiteral const &bracket) {
     cat::Brackets const brackets(bracket.code);
     std::string const name = first_.text;
     end_ = bracket.code;
+    if (source_)
+        source_->bracket(source_->begin_of(bracket), bracket.code, source_->end_of(first_));
     text_state().settle();
     typeref const held = typeref::share(&cat::find_type(name)); // RUNS FOREIGN CODE
     cTypeObj const &type = *held;
@@ -344,6 +361,7 @@ int cValueReader::unread_container() {
 int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name) {
     cEnclosedText enclosed;
     enclosed.with_places = cat::ReadReport::current() != nullptr;
+    enclosed.with_positions = source_ != nullptr;
     end_ = scan_.enclose(cat::Brackets(bracket.code), enclosed) ? ')' : 0;
     if (end_ == 0) {
         begin_error(scan_, err_read_unclosed_type)
@@ -379,6 +397,7 @@ bool cValueReader::read_enclosed(std::istream &is, cEnclosedText &enclosed) {
     else
         inner.sig().connect(scan_.sig());
     cTypedNesting const nesting;
+    cat::cSourceText const recorded(source_, is, enclosed.positions);
     cReadSession::current()->value_place(first_); // what `read` has to say of the whole
     return value_->read(is);                      // RUNS FOREIGN CODE
 }

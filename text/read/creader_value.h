@@ -5,6 +5,7 @@
 #include "qrv/text/read/cattrscan.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
+#include "text/read/csource_recorder.h"
 
 // The object for the text of a token from tkInt to tkIdent; false if it doesn't fit its type.
 bool literal_value(int token, std::string_view text, objref &result);
@@ -42,6 +43,7 @@ class cValueReader {
     int read_unended();
     int read_word();
     int read_typed(cAttrLiteral const &bracket);
+    int read_bracket();
     int read_opened();
     int read_container();
     int read_own_container(cTypeObj &type);
@@ -60,5 +62,6 @@ class cValueReader {
     cAttrScan &scan_;
     objref &value_;
     int &end_;
-    cAttrLiteral first_; // the first token, which errors are about
+    cat::cSourceRecorder *source_ = nullptr; // none: nothing is recorded
+    cAttrLiteral first_;                     // the first token, which errors are about
 };

@@ -20,4 +20,12 @@ struct cEnclosedText {
     // Where the tokens of the text come from, the one that ends it included; only if wanted.
     bool with_places = false;
     std::vector<cAttrPlace> places;
+    // The same by the scanner's own counts, where these don't follow from the token before.
+    bool with_positions = false;
+    struct cPosition {
+        std::size_t offset; // in the text
+        unsigned position;
+        unsigned line;
+    };
+    std::vector<cPosition> positions;
 };
