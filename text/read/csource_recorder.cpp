@@ -6,6 +6,7 @@
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
 #include "qrv/text/write/cwriter.h"
 
 #include <algorithm>
@@ -25,6 +26,15 @@ cAttrHash *hash_of(cObj const &value) {
 }
 
 bool is_in_form(cObj const &container, char form) { return *cat::wformat(container) == form; }
+
+// Does a value that is in the tree take what is merged into it from another one? Numbers are
+// converted into each other.
+bool takes(cObj const &value, cObj const &other) {
+    if (hash_of(value) || hash_of(other)) return hash_of(value) && hash_of(other);
+    if (cObj::is_void(&value) || cObj::is_void(&other)) return false;
+    return &value.type() == &other.type() ||
+           (&value.type() != &cat::type_string() && &other.type() != &cat::type_string());
+}
 
 bool can_tell(std::istream const &is) {
     return is.rdbuf() && is.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in) != -1;
@@ -320,6 +330,10 @@ void cSourceRecorder::move(std::size_t number, std::size_t end, cObj const &from
             move(i, next_sibling(i), *before, *after);
             if (cAttrHash const *const list = cObj::is_map(after) ? nullptr : hash_of(*after))
                 item = list->findvalref(before);
+            if (!item && !takes(*after, *before)) {
+                set_node(record, nullptr);
+                continue;
+            }
         }
         set_node(record, item ? item : node);
     }
