@@ -5,6 +5,7 @@
 #include "qrv/core/cobjd.h"
 
 #include <span>
+#include <string>
 #include <string_view>
 
 // A slot word moves only like this:  0 --insertion--> node --removal--> 1 --insertion--> node
@@ -24,6 +25,12 @@ template <class T> T &value_of(objref const &key) noexcept {
     return static_cast<cObjDR<T> const &>(*key).val();
 }
 inline std::string_view text_of(objref const &key) noexcept { return value_of<std::string>(key); }
+// Without the order of the two, for which `==` of views makes a call of its own.
+inline bool is_text(objref const &key, std::string_view text) noexcept {
+    std::string_view const own = text_of(key);
+    return own.size() == text.size() &&
+           std::char_traits<char>::compare(own.data(), text.data(), text.size()) == 0;
+}
 
 std::uint32_t text_hash(std::string_view text, bool seeded);
 

@@ -50,7 +50,7 @@ cAttrHash::cFound cAttrHash::probe_index(cSearch const &search) const {
     if (!fits_index(search.kind)) return {nullptr, 0, 0, false};
     auto const is_it = [&](cAttrNode const &node) {
         return node.hash_ == search.hash && node.kind_ == search.kind &&
-               (search.kind == cKeyKind::int_key || text_of(node.key_) == search.text);
+               (search.kind == cKeyKind::int_key || is_text(node.key_, search.text));
     };
     if (form_ == cHashForm::few) {
         hash_probes += used_;

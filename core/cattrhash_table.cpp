@@ -143,7 +143,7 @@ bool cAttrHash::matches(cAttrNode const &node, cSearch const &search) {
         return search.kind == cKeyKind::int_key && node.hash_ == search.hash;
     case cKeyKind::string_key:
         return search.kind == cKeyKind::string_key && node.hash_ == search.hash &&
-               text_of(node.key_) == search.text;
+               is_text(node.key_, search.text);
     default:
         if (!search.key) return false;
         objref const stored = node.key_;                   // the hook may remove the node

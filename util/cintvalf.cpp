@@ -11,6 +11,7 @@
 #include "core/cscalar.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
+#include "text/read/ctext_methods.h"
 #include "text/write/cwriter_exact.h"
 #include "util/cintf_type.h"
 
@@ -125,6 +126,7 @@ void setup_intf(cTypeObj &type) {
     type.set_tmember("assign", make<cExeMember>(assign));
     type.set_tmember("write", make<cExeMember>(write));
     type.set_tmember("read", make<cExeMember>(read));
+    cat::read_intf = read;
     type.set_hash(cat::hash_int, same_number);
 }
 

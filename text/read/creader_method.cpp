@@ -18,22 +18,19 @@
 #include "text/read/creader_session.h"
 #include "text/read/creader_value.h"
 #include "text/read/csource_recorder.h"
+#include "text/scan/cmemory_stream.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
-
-#include <cstring>
-#include <locale>
-#include <sstream>
 
 int cObj::readobj(std::istream &is, objref &result, int *delim) {
     return cAttrScan(is, false).scan_obj(result, delim);
 }
 
 int cObj::readobj(char const *text, objref &result, int *delim) {
-    std::istringstream is(text ? text : "");
-    is.imbue(std::locale::classic());
+    std::string const copy(text ? text : ""); // user code may change the caller's text
+    cMemoryStream is(copy);
     cAttrScan scan(is, false);
-    if (!text || !std::strchr(text, '\n')) scan.set_oneline();
+    if (copy.find('\n') == std::string::npos) scan.set_oneline();
     return scan.scan_obj(result, delim);
 }
 

@@ -18,6 +18,9 @@
 #include "text/read/creader_errors.h"
 #include "text/read/creader_hash.h"
 #include "text/read/creader_session.h"
+#include "text/read/ctext_methods.h"
+#include "text/scan/cenclosed_text.h"
+#include "text/scan/cmemory_stream.h"
 #include "text/state/ctext_state.h"
 
 #include <locale>
@@ -41,43 +44,6 @@ std::string written(objref const &value) {
     os.imbue(std::locale::classic());
     value->writeobj(os);
     return os.str();
-}
-
-// Where the tokens of a gathered text come from, the one that ends it included. A record is needed
-// where the place doesn't follow from the one before: after a line end and after what was left out.
-class cPlaces {
-  public:
-    void note(cAttrLiteral const &token, size_t offset) {
-        if (places_.empty() || token.outer_line != line_ || token.outer_column != column_)
-            places_.push_back({offset, token.outer_line, token.outer_column});
-        line_ = token.text.find('\n') == std::string::npos ? token.outer_line : 0;
-        column_ = token.outer_column + static_cast<unsigned>(token.text.size());
-    }
-    std::vector<cAttrPlace> take() { return std::move(places_); }
-
-  private:
-    std::vector<cAttrPlace> places_;
-    unsigned line_ = 0; // expected for the next token; 0 after a line end
-    unsigned column_ = 0;
-};
-
-// Reads up to the closing bracket.
-int gather(cAttrScan &scan, cat::Brackets const &brackets, std::string *text, cPlaces *places,
-           cat::cSourceRecorder *source = nullptr,
-           cat::cSourceRecorder::cGathering *gathering = nullptr) {
-    cSetTmp<bool> keep_ws, keep_com;
-    scan.return_ws(text != nullptr, &keep_ws);
-    scan.return_com(false, &keep_com);
-    cAttrLiteral token;
-    for (int depth = 1;;) {
-        int const t = scan.gettok(token);
-        if (places) places->note(token, text->size());
-        if (source) gathering->note(*source, token, text->size());
-        if (t == tkEof) return 0;
-        if (t == brackets.open) ++depth;
-        if (t == brackets.close && --depth == 0) return t;
-        if (text) *text += token.text;
-    }
 }
 } // namespace
 
@@ -378,35 +344,26 @@ int cValueReader::unread_container() {
 }
 
 int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name) {
-    bool const reported = cat::ReadReport::current() != nullptr;
-    std::string text;
-    cPlaces places;
-    cat::cSourceRecorder::cGathering gathering;
-    end_ = gather(scan_, cat::Brackets(bracket.code), &text, reported ? &places : nullptr, source_,
-                  &gathering)
-               ? ')'
-               : 0;
+    cEnclosedText enclosed;
+    enclosed.with_places = cat::ReadReport::current() != nullptr;
+    cat::cSourceRecorder::cGathering gathering(source_);
+    if (source_) enclosed.watch = &gathering;
+    end_ = scan_.enclose(cat::Brackets(bracket.code), enclosed) ? ')' : 0;
     if (end_ == 0) {
         begin_error(scan_, err_read_unclosed_type) << name << ", path: " << shown_path();
         scan_.unclosed(bracket);
         scan_.fire();
     }
-    std::istringstream is(std::move(text)); // outlives its scanners
-    is.imbue(std::locale::classic());
-    std::optional<cSubText> origin;
-    if (reported) origin.emplace(is, scan_);
     bool good = false;
-    {
-        cAttrScan inner(is, false);
-        inner.return_com(false);
-        if (reported)
-            inner.outer_places(places.take());
-        else
-            inner.sig().connect(scan_.sig());
-        cTypedNesting const nesting;
-        cat::cSourceText const recorded(source_, is, std::move(gathering));
-        cReadSession::current()->value_place(first_); // what `read` has to say of the whole
-        good = value_->read(is);                      // RUNS FOREIGN CODE
+    if (cat::is_read_by_library(value_->type())) {
+        cMemoryStream is(enclosed.text);
+        cat::cSourceText const recorded(source_, is, gathering);
+        good = read_enclosed(is, enclosed);
+    } else {
+        std::istringstream is{std::string(enclosed.text)};
+        is.imbue(std::locale::classic());
+        cat::cSourceText const recorded(source_, is, gathering);
+        good = read_enclosed(is, enclosed);
     }
     if (good) return 0;
     if (text_state().reading_key())
@@ -416,14 +373,54 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
     return cAttrScan::asrSyntax;
 }
 
+// By the type's `read`, from a stream of the text, which outlives its scanners.
+bool cValueReader::read_enclosed(std::istream &is, cEnclosedText &enclosed) {
+    std::optional<cSubText> origin;
+    if (enclosed.with_places) origin.emplace(is, scan_);
+    cAttrScan inner(is, false);
+    inner.return_com(false);
+    if (enclosed.with_places)
+        inner.outer_places(std::move(enclosed.places));
+    else
+        inner.sig().connect(scan_.sig());
+    cTypedNesting const nesting;
+    cReadSession::current()->value_place(first_); // what `read` has to say of the whole
+    return value_->read(is);                      // RUNS FOREIGN CODE
+}
+
 // --- skipping ---
 
+int cAttrScan::enclose(cat::Brackets const &brackets, cEnclosedText &to) {
+    if (eof_seen_) return tkEof;
+    int const close = read_enclosed(brackets.open, brackets.close, to);
+    eof_seen_ = close == tkEof;
+    return close;
+}
+
 int cAttrScan::read_subentry(cat::Brackets const &brackets, std::string &text) {
-    return gather(*this, brackets, &text, nullptr);
+    return read_subentry(brackets, &text);
 }
 
 int cAttrScan::read_subentry(cat::Brackets const &brackets, std::string *text) {
-    return gather(*this, brackets, text, nullptr);
+    if (!text) {
+        cSetTmp<bool> keep_ws, keep_com;
+        return_ws(false, &keep_ws);
+        return_com(false, &keep_com);
+        return skip_to_close(brackets);
+    }
+    cEnclosedText enclosed;
+    int const close = enclose(brackets, enclosed);
+    *text += enclosed.text;
+    return close;
+}
+
+int cAttrScan::skip_to_close(cat::Brackets const &brackets) {
+    for (int depth = 1;;) {
+        int const t = next();
+        if (t == tkEof) return tkEof;
+        if (t == brackets.open) ++depth;
+        if (t == brackets.close && --depth == 0) return t;
+    }
 }
 
 int cAttrScan::read_to_delimiter(std::string const &set) {
@@ -441,11 +438,5 @@ void cAttrScan::read_to_endcontainer(int open) {
         open = gettok(token);
         if (open == tkEof) return;
     }
-    cat::Brackets const brackets(open);
-    for (int depth = 1; depth > 0;) {
-        int const t = gettok(token);
-        if (t == tkEof) return;
-        if (t == brackets.open) ++depth;
-        if (t == brackets.close) --depth;
-    }
+    skip_to_close(cat::Brackets(open));
 }

@@ -47,6 +47,7 @@ class cValueReader {
     int read_container();
     int read_own_container(cTypeObj &type);
     int read_text(cAttrLiteral const &bracket, std::string const &name);
+    bool read_enclosed(std::istream &is, cEnclosedText &enclosed);
     int skip_typed(cat::Brackets const &brackets, int result);
     bool instantiate(cTypeObj const &type);
     bool unmade(cErrText const &error, cTypeObj const &type);

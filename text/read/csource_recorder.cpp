@@ -115,21 +115,22 @@ bool cSourceRecorder::shows_comment(std::size_t number) const {
 std::uint32_t cSourceRecorder::offset(unsigned position, unsigned line) const {
     std::uint32_t const inner = position + line - 1;
     if (texts_.size() == 1) return inner + uncounted_;
-    auto const &shifts = texts_.back().gathering.shifts_;
+    auto const &shifts = texts_.back().shifts;
     auto const after = [](std::uint32_t at, cGathering::cShift const &s) { return at < s.offset; };
     auto const next = std::upper_bound(shifts.begin(), shifts.end(), inner, after);
     return next == shifts.begin() ? inner : inner + std::prev(next)->by;
 }
 
-void cSourceRecorder::cGathering::note(cSourceRecorder const &recorder, cAttrLiteral const &token,
-                                       std::size_t size) {
+void cSourceRecorder::cGathering::token(cToken const &token, std::size_t size) {
+    if (token.code == tkComment) return recorder_->comment(token, false);
+    recorder_->after_comments(token);
     auto const inner = static_cast<std::uint32_t>(size);
-    std::uint32_t const by = recorder.begin_of(token) - inner;
+    std::uint32_t const by = recorder_->begin_of(token) - inner;
     if (shifts_.empty() || shifts_.back().by != by) shifts_.push_back({inner, by});
 }
 
-void cSourceRecorder::enter(std::istream const &is, cGathering gathering) {
-    texts_.push_back({&is, std::move(gathering)});
+void cSourceRecorder::enter(std::istream const &is, cGathering &gathering) {
+    texts_.push_back({&is, std::move(gathering.shifts_)});
 }
 
 void cSourceRecorder::leave() { texts_.pop_back(); }

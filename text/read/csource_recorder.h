@@ -15,6 +15,7 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/csourcemap.h"
+#include "text/scan/cenclosed_text.h"
 
 #include <cstdint>
 #include <memory>
@@ -115,9 +116,10 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void handed(cObj const *holder); // null: the comments gathered so far are lost
 
     // The text of a typed value, gathered token by token and read from its own stream.
-    class cGathering {
+    class cGathering final : public cTokenWatch {
       public:
-        void note(cSourceRecorder const &recorder, cAttrLiteral const &token, std::size_t size);
+        explicit cGathering(cSourceRecorder *recorder) : recorder_(recorder) {}
+        void token(cToken const &token, std::size_t size) override;
 
       private:
         friend class cSourceRecorder;
@@ -125,9 +127,10 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
             std::uint32_t offset; // from here on in the gathered text
             std::uint32_t by;     // so much more in the outer text, modulo 2^32
         };
+        cSourceRecorder *recorder_;
         std::vector<cShift> shifts_;
     };
-    void enter(std::istream const &is, cGathering gathering);
+    void enter(std::istream const &is, cGathering &gathering);
     void leave();
 
     std::uint32_t offset(unsigned position, unsigned line) const;
@@ -163,7 +166,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     };
     struct cText {
         std::istream const *is;
-        cGathering gathering;
+        std::vector<cGathering::cShift> shifts;
     };
     cSourceRecorder *of(cAttrScan const &scan) noexcept {
         return !texts_.empty() && texts_.back().is == &scan.is() ? this : nullptr;
@@ -244,9 +247,9 @@ class cSourceList {
 class cSourceText {
   public:
     cSourceText(cSourceRecorder *recorder, std::istream const &is,
-                cSourceRecorder::cGathering gathering)
+                cSourceRecorder::cGathering &gathering)
         : recorder_(recorder) {
-        if (recorder_) recorder_->enter(is, std::move(gathering));
+        if (recorder_) recorder_->enter(is, gathering);
     }
     cSourceText(cSourceText const &) = delete;
     cSourceText &operator=(cSourceText const &) = delete;

@@ -38,3 +38,15 @@ constexpr cTextHooks all_hooks{
 } // namespace
 
 void cat::install_text() noexcept { text_hooks = all_hooks; }
+
+constinit cProcedure2 cat::read_intf = nullptr;
+
+bool cat::is_read_by_library(cTypeObj const &type) noexcept {
+    cVoidFunction const read = type.method(mid_read);
+    auto const is_it = [read](cProcedure2 function) {
+        return read == reinterpret_cast<cVoidFunction>(function);
+    };
+    return is_it(scan_attrset) || is_it(cTomAttspec::m_read) || is_it(cTomAttlist::m_read) ||
+           is_it(cTomChoice::m_read) || is_it(cTomChoiceVal::m_read) || is_it(read_voiddata) ||
+           (read_intf && is_it(read_intf));
+}

@@ -1,7 +1,7 @@
 #pragma once
 // The end of a run of characters in memory, sixteen at a time where the processor can. A loop over
-// single characters ends where the processor can't predict it: sixteen at a time make reading 2 %
-// cheaper in instructions and 3 % in time.
+// single characters ends where the processor can't predict it: sixteen at a time save 2.6 % of the
+// instructions of reading, and 3.6 to 5.5 % of its time.
 
 #include "text/scan/cattrscanner_rules.h"
 

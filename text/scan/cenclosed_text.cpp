@@ -66,13 +66,16 @@ int cAttrScanner::read_enclosed(int open, int close, cEnclosedText &to) const {
     return_com(false, &keep_com);
     cPlaces places(to);
     cGathered gathered(to, memory_place());
+    std::size_t size = 0;
     for (int depth = 1;;) {
         cToken const &token = next_token();
-        if (token.code == tkComment) continue; // pushed back by someone
+        if (to.watch) to.watch->token(token, size);
+        if (token.code == tkComment) continue; // pushed back by someone, or watched
         if (to.with_places) places.note(token);
         if (token.code <= tkEof) return tkEof;
         if (token.code == open) ++depth;
         if (token.code == close && --depth == 0) return close;
+        size += token.text.size();
         gathered.append(token.text, memory_place());
     }
 }

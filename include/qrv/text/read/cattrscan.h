@@ -158,6 +158,8 @@ class QRV_API cAttrScan : public cAttrScanner {
     void connect_handler() const;
     int next(); // as gettok; the token is the current one
     int next_after(int code);
+    int enclose(cat::Brackets const &brackets, cEnclosedText &to); // as read_enclosed()
+    int skip_to_close(cat::Brackets const &brackets);
     bool read_inner(cMapObj &map, cTypeObj &type);
     static bool reads_entries(cTypeObj const &type);
     void note_new(objref const &value); // null, or no constant
