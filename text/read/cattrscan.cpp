@@ -25,8 +25,10 @@ void cAttrScan::start() {
 }
 
 // While entries are late no user code runs that could have disconnected it.
-void cAttrScan::connect_handler() const {
-    if (text_state().is_late()) return;
+void cAttrScan::connect_handler() {
+    cTextState const &state = text_state();
+    if (state.is_late() && connected_round_ == state.late_round()) return;
+    connected_round_ = state.late_round();
     cReadSession const *const session = cReadSession::current();
     if (session && session->capture())
         sig_error().connect(session->capture()->slot());

@@ -43,25 +43,57 @@ bool is_plain_source(std::istream &is) {
     return type == typeid(std::filebuf) && typeid(conversion) == typeid(cConversion);
 }
 
-// Can the entries be late? Of a foreign type's container they are entered one by one.
-bool may_be_late(cAttrHash const &hash, cTypeObj const *type, cAttrScan const &scan, bool inner) {
-    if (inner && text_state().is_late()) return true;
-    text_state().settle();
-    if (!is_plain_source(scan.is()) || scan.is_dumping()) return false;
+// Can the entries be late, of a container that can have such? Of a foreign type's container they
+// are entered one by one.
+bool may_be_late(cTypeObj const *type, cHashReader::cOpened opened) {
     bool const of_library = !type || type == &cat::type_map() || type == &cat::type_vector() ||
                             type == &cat::type_set();
-    return of_library && cLateEntries::are_possible(hash);
+    return of_library && (opened != cHashReader::cOpened::by_caller || text_state().depth() == 0);
+}
+
+bool are_late_possible(cAttrScan const &scan) {
+    return !cat::is_on(cat::io_channel) && is_plain_source(scan.is()) && !scan.is_dumping() &&
+           cLateEntries::are_possible();
 }
 } // namespace
 
-cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, bool inner)
+cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, cOpened opened)
     : hash_(hash), type_(type), scan_(scan), session_(*cReadSession::current()),
       state_(text_state()), source_(cat::cSourceRecorder::at(scan)),
-      late_(hash, may_be_late(hash, type, scan, inner)), opened_{scan.current().outer_line,
-                                                                 scan.current().outer_column},
+      late_(&hash, &scan, may_be_late(type, opened), opened == cOpened::after_first ? 1 : 0),
+      opened_{scan.current().outer_line, scan.current().outer_column},
       has_bracket_(cat::Brackets(scan.current().code).open != 0),
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
-      listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
+      listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {
+    begin_late(opened);
+}
+
+void cHashReader::begin_late(cOpened opened) {
+    if (!late_.can_be()) return state_.settle();
+    if (opened == cOpened::after_first) {
+        bool const known = hash_.first() && hash_.first() == hash_.last() &&
+                           cLateEntries::is_key(hash_.first()->key());
+        if (known && (state_.is_late() || are_late_possible(scan_)))
+            late_.begin(hash_.first());
+        else
+            state_.settle();
+    } else if (state_.is_late()) {
+        late_.open();
+        if (!stays_late()) state_.settle();
+    } else {
+        state_.settle();
+        if (late_.is_outermost() && hash_.empty() && are_late_possible(scan_)) late_.begin(nullptr);
+    }
+}
+
+// While late: can the next entries be put into this hash without user code?
+bool cHashReader::stays_late() const {
+    return late_.can_be() && (late_.is_late() || (!seen_ && cAttrInsert::is_ready(hash_)));
+}
+
+[[gnu::noinline]] void cHashReader::resume_late() {
+    if (stays_late() && are_late_possible(scan_)) late_.resume();
+}
 
 void cHashReader::fail(cErrText const &error, std::string const &what) {
     cReadSession::cPlace const place = session_.place_now();
@@ -170,18 +202,34 @@ int cHashReader::read_long(objref &value, cShort done) {
 // late. False if there is more to it.
 bool cHashReader::put_new(cEntry &entry) {
     if (seen_) return false;
+    if (!late_.is_late()) return put_entered(entry);
     if (listed_) return cAttrInsert::append(hash_, entry.value);
     if (entry.key->has_ommap()) return false; // a comment, which a key in a map doesn't have
     return cAttrInsert::adopt(hash_, std::move(entry.key), std::move(entry.value)).is_new;
+}
+
+// The same in a container whose entries are in the table.
+[[gnu::noinline]] bool cHashReader::put_entered(cEntry &entry) {
+    if (!listed_ && entry.key->has_ommap()) return false;
+    if (!(listed_ ? late_.has_room(index_) : late_.has_room(entry.key))) return false;
+    objref const value = entry.value;
+    bool const done =
+        listed_ ? cAttrInsert::append(hash_, value)
+                : cAttrInsert::adopt(hash_, std::move(entry.key), std::move(entry.value)).is_new;
+    if (done) late_.stored(value);
+    return done;
 }
 
 // A container that was made by its bracket, where its key is new.
 bool cHashReader::put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPlace> const &place) {
     bool const plain = entry.fresh && entry.result == 0 && !entry.value->is_exe();
     if (!plain || seen_ || !state_.is_late()) return false;
-    if (listed_) return cAttrInsert::append(hash_, entry.value);
-    if (!place || entry.key->has_ommap()) return false;
-    cAttrInsert::adopt(hash_, *place, std::move(entry.key), std::move(entry.value));
+    if (!listed_ && (!place || entry.key->has_ommap())) return false;
+    if (!late_.has_room(entry.key)) return false;
+    objref const entered = late_.is_late() ? objref() : entry.value;
+    if (listed_ && !cAttrInsert::append(hash_, entry.value)) return false;
+    if (!listed_) cAttrInsert::adopt(hash_, *place, std::move(entry.key), std::move(entry.value));
+    late_.stored(entered);
     return true;
 }
 
@@ -211,7 +259,7 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
     int result = 0;
     {
         cReadingKey const key_now(true);
-        if (done != cShort::done) state_.settle();
+        if (done != cShort::done && short_code_ != tkEof) state_.settle();
         result = read_long(key, done);
     }
     if (result == -1) return cNext::stop;
@@ -298,6 +346,7 @@ void cHashReader::register_type(cEntry &entry) {
 }
 
 bool cHashReader::read_entry() {
+    if (!state_.is_late()) resume_late();
     cEntry entry;
     if (!listed_) {
         cNext const next = read_key(entry);
@@ -332,6 +381,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
     bool const by_index = !entry.key;
     if (source_ && done == cShort::done) source_->after(scan_.current());
     std::optional<cAttrInsert::cKeyPlace> place;
+    unsigned const round = state_.late_round();
     if (state_.is_late() && (done == cShort::none || done == cShort::opened) && entry.key) {
         place.emplace(hash_, entry.key);
         if (!place->is_new()) state_.settle();
@@ -344,11 +394,12 @@ bool cHashReader::read_keyed(cEntry &entry) {
     }
     if (!entry.value) entry.value = cat::bad();
     if (!read_value(entry, done)) return false;
+    if (state_.late_round() != round) place.reset(); // user code has run
+    if (!late_.is_late() && state_.is_late() && !stays_late()) state_.settle();
     if (done == cShort::opened && state_.is_late()) {
         step.reset();
         if (put_container(entry, place)) {
             if (source_) source_->stored(hash_.last());
-            state_.late_stored();
             return true;
         }
         step.emplace(entry.key, cPathStep::on_demand);
@@ -359,7 +410,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
     if (keyed && entry.result == 0) register_type(entry);
     objref const held = store(entry);
     if (state_.is_late())
-        state_.late_stored();
+        late_.stored(held);
     else if (keyed)
         state_.enter_value(entry.result == 0 ? held : cat::bad());
     return true;
@@ -369,13 +420,16 @@ bool cHashReader::read_keyed(cEntry &entry) {
 // path and below?
 bool cHashReader::is_plain_entry(cEntry const &entry) {
     if (!state_.is_late()) return true;
+    if (!late_.is_late() && !cLateEntries::is_key(entry.key)) return false;
     cObj const &value = *entry.value;
     if (entry.result != 0 || entry.key_result != 0 || value.is_bad() || value.is_exe() ||
         value.is_type())
         return false;
-    if (!entry.fresh && (value.is_map() || value.is_vector() || value.is_set())) return false;
-    if (seen_) return cValueIndex::is_plain(value) && !find_in_set(value);
-    return !hash_.find(entry.key);
+    bool const met = !entry.fresh && (value.is_map() || value.is_vector() || value.is_set());
+    if (seen_) return !met && cValueIndex::is_plain(value) && !find_in_set(value);
+    if (hash_.find(entry.key)) return false;
+    if (met) cLateEntries::enter_open(); // a walk must not follow it
+    return late_.has_room(entry.key);
 }
 
 // --- storing ---
@@ -505,5 +559,23 @@ int cAttrHash::read_hash(std::istream &is, cTypeObj *type) {
     cAttrScan scan(is, false);
     cReading const reading(scan);
     cat::cSourceList const list(scan, father());
-    return cHashReader(*this, scan, type, false).read();
+    return cHashReader(*this, scan, type, cHashReader::cOpened::by_caller).read();
+}
+
+int cHashReader::read_first(cAttrScan &scan, objref const &key, objref &value) {
+    bool const can_be = cLateEntries::is_key(key);
+    cLateEntries late(nullptr, &scan, can_be, 0);
+    if (late.can_be() && are_late_possible(scan)) late.resume();
+    cPathStep const step(key);          // RUNS FOREIGN CODE, unless the key is plain
+    cReadingKey const value_now(false); // the list may be the text of a key
+    int const code = scan.scan_obj(value, nullptr);
+    cLateEntries::pass();
+    return code;
+}
+
+int cHashReader::read_others(cAttrScan &scan, cAttrHash &hash) {
+    cWriteLevel const level; // the depth goes down when all else is done
+    cAttrScan others(scan.is(), false);
+    cReading const reading(others);
+    return cHashReader(hash, others, nullptr, cOpened::after_first).read();
 }

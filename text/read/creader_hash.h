@@ -25,14 +25,20 @@
 
 class cHashReader {
   public:
-    // Works with the scan, for which a cReading is there. `inner`: the reader of the container
-    // around has opened it.
-    cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, bool inner);
+    // Who opened the container: the scan, at its bracket; a caller, who needn't know what it is
+    // part of; or read_bare_list(), which has read the first of its entries.
+    enum class cOpened { by_scan, by_caller, after_first };
+    // Works with the scan, for which a cReading is there.
+    cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, cOpened opened);
     cHashReader(cHashReader const &) = delete;
     cHashReader &operator=(cHashReader const &) = delete;
     ~cHashReader() = default;
 
     int read(); // as cAttrHash::read_hash
+    // A list of entries without brackets around it, of which the first key was read: the value of
+    // that, and the other entries into the hash that has the first. In a level of their own.
+    static int read_first(cAttrScan &scan, objref const &key, objref &value);
+    static int read_others(cAttrScan &scan, cAttrHash &hash);
 
   private:
     struct cEntry {
@@ -48,6 +54,9 @@ class cHashReader {
     // no value is.
     enum class cShort { none, opened, unended, done, closed };
 
+    void begin_late(cOpened opened);
+    bool stays_late() const;
+    void resume_late();
     bool read_entry(); // false at the end of the entries
     cShort read_short(objref &value, bool as_key);
     cShort unread_word(objref &value, cToken word);
@@ -64,6 +73,7 @@ class cHashReader {
     bool read_rest(cEntry &entry, cShort done);
     bool is_plain_entry(cEntry const &entry);
     bool put_new(cEntry &entry);
+    bool put_entered(cEntry &entry);
     bool put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPlace> const &place);
     void register_type(cEntry &entry);
     objref store(cEntry const &entry); // the value that the key has afterwards, bad if none
@@ -84,7 +94,7 @@ class cHashReader {
     cReadSession &session_;
     cTextState &state_;
     cat::cSourceRecorder *const source_; // null: nothing is recorded
-    cLateEntries const late_;
+    cLateEntries late_;
     cReadSession::cPlace const opened_; // the opening bracket, if there is one
     bool const has_bracket_;
     std::unique_ptr<cValueIndex> const seen_; // of a set

@@ -130,7 +130,7 @@ bool cAttrScan::read_inner(cMapObj &map, cTypeObj &type) {
     {
         cWriteLevel const level;
         cInner const inner(*this);
-        lines = cHashReader(*hash, *this, &type, true).read();
+        lines = cHashReader(*hash, *this, &type, cHashReader::cOpened::by_scan).read();
     }
     if (lines < 1) return false;
     bool const was_one_line = is_one_line(map);
@@ -238,12 +238,7 @@ int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, 
     if (source) source->begin_list_at_key();
     if (source) source->key(source->begin_of(scan.current()));
     objref value;
-    int code = 0;
-    {
-        cPathStep const step(key);
-        cReadingKey const value_now(false); // the list may be the text of a key
-        code = scan.scan_obj(value, nullptr);
-    }
+    int const code = cHashReader::read_first(scan, key, value);
     bool const good = code == 0 && scan.errcount() == errors;
     if (!good && !keep)
         return not_valid(scan, cReadSession::current()->value_place(), err_read_no_container);
@@ -251,7 +246,7 @@ int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, 
     if (source) source->no_value();
     if (value && map->datamap().mapitem(key, value) && source)
         source->stored(map->datamap().last());
-    bool const rest = map->datamap().read_hash(scan.is(), nullptr) != 0;
+    bool const rest = cHashReader::read_others(scan, map->datamap()) != 0;
     if (rest || keep) result = map;
     if (source && frames.depth() == 0) source->root(*map);
     scan.note_object(nullptr);

@@ -79,6 +79,12 @@ cPathTrie::node_id cPathTrie::child(node_id parent, std::string_view piece) {
     return id;
 }
 
+cPathTrie::node_id cPathTrie::find_child(node_id parent, std::string_view piece) const {
+    if (slots_.empty()) return none;
+    size_t slot = 0;
+    return probe(parent, piece, hash_of(parent, piece), slot);
+}
+
 cPathTrie::node_id cPathTrie::descend(node_id from, std::string_view key) {
     for (;;) {
         size_t const end = key.find('/');
@@ -90,14 +96,13 @@ cPathTrie::node_id cPathTrie::descend(node_id from, std::string_view key) {
 
 cPathTrie::node_id cPathTrie::find(std::string_view path) const {
     if (path.empty()) return root;
-    if (path.front() != '/' || slots_.empty()) return none;
+    if (path.front() != '/') return none;
     node_id at = root;
     while (at != none && !path.empty()) {
         path.remove_prefix(1);
         size_t const end = path.find('/');
         std::string_view const piece = path.substr(0, end);
-        size_t slot = 0;
-        at = probe(at, piece, hash_of(at, piece), slot);
+        at = find_child(at, piece);
         path = end == std::string_view::npos ? std::string_view() : path.substr(end);
     }
     return at;
@@ -180,12 +185,15 @@ void cTextState::forget_comments() {
 
 bool cTextState::idle() const noexcept {
     return depth_ == -1 && nesting_ == 0 && typed_nesting_ == 0 && !reading_key_ && path_.empty() &&
-           open_.empty() && trie_.empty() && written_.empty();
+           open_.empty() && trie_.empty() && written_.empty() && readers_.empty() && !late_;
 }
 
 void cTextState::clear_references() {
     written_.clear();
     for (cStep &step : steps_) step.node = step.other_node = cPathTrie::none;
+    late_ = false;
+    late_read_.hash = nullptr;
+    if (!late_below_.empty()) late_below_.clear();
     trie_.clear(); // RE-ENTERS
 }
 

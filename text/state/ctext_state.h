@@ -47,6 +47,10 @@ class cPathTrie {
 
     bool empty() const noexcept { return nodes_.size() == 1; }
 
+    // The node of from + "/" + piece, which has no slash; made if need be, or none.
+    node_id child(node_id parent, std::string_view piece);
+    node_id find_child(node_id parent, std::string_view piece) const;
+
     // The object entered at a node; null when there was none.
     objref const &value(node_id node) const { return nodes_[node].value; }
     // With `own` the node is the value's exact path: such an entry yields only to another one.
@@ -62,7 +66,6 @@ class cPathTrie {
         objref value;
     };
     node_id probe(node_id parent, std::string_view piece, std::uint32_t hash, size_t &slot) const;
-    node_id child(node_id parent, std::string_view piece);
     std::uint32_t hash_of(node_id parent, std::string_view piece) const noexcept;
     void grow();
 
@@ -70,6 +73,7 @@ class cPathTrie {
     std::vector<node_id> slots_; // power of two; none where free
 };
 
+class cAttrScan;
 class cLateEntries;
 
 class cTextState {
@@ -104,10 +108,10 @@ class cTextState {
     void settle() {
         if (late_ || steps_.size() != open_.size()) settle_all();
     }
-    // Are there entries that were read, but not entered?
-    bool is_late() const noexcept { return late_ != nullptr; }
-    // The late container that was read last is among the entries of the one around it.
-    void late_stored() noexcept { late_read_ = nullptr; }
+    // Can there be entries that were read, but not entered? No user code has run since this began,
+    // for the late_round()th time.
+    bool is_late() const noexcept { return late_; }
+    unsigned late_round() const noexcept { return late_round_; }
 
     // Reader: what stands at a path. enter_value() is for the current one.
     void enter_value(objref const &value);
@@ -173,12 +177,17 @@ class cTextState {
     cStep make_step(objref const &key, std::string &text) const; // RUNS FOREIGN CODE
     void append_step(cStep &&step, std::string const &text) const;
     void make_steps() const {
-        if (steps_.size() != open_.size()) make_waiting_steps();
+        if (steps_.size() != open_.size()) make_steps(open_.size());
     }
-    void make_waiting_steps() const;
+    void make_steps(size_t count) const; // at least the outermost ones, so many
     void settle_all();
+    void enter_open();
+    void enter_entries(cAttrHash const &hash, cAttrNode const *after, cPathTrie::node_id path);
     void enter_late();
     objref find_late(std::string_view path) const;
+    cPathTrie::node_id node_of(size_t steps) const noexcept { // resolved
+        return steps ? steps_[steps - 1].node : cPathTrie::root;
+    }
     void clear_references(); // RUNS FOREIGN CODE
     bool resolve_steps();    // fills the nodes of all steps; false if there are none
     std::string_view step_text(size_t i) const noexcept;
@@ -191,9 +200,21 @@ class cTextState {
     mutable std::vector<cOpenStep> open_;
     mutable std::string path_; // of the made steps, which are the outermost ones
     mutable std::vector<cStep> steps_;
-    cLateEntries *late_ = nullptr; // the innermost; null: all is in the table
-    hashref late_read_;            // one that was read and isn't stored yet, at
-    size_t late_read_steps_ = 0;   // so many steps
+    // What is late: all entries of the containers from first_late_ on; those of late_read_, which
+    // was read and isn't stored yet; and all below certain nodes of the table.
+    static constexpr size_t no_reader = SIZE_MAX;
+    struct cLateRead {
+        hashref hash;
+        size_t steps;           // of its path
+        cAttrNode const *after; // its entries begin after this one, or null
+    };
+    bool late_ = false;
+    unsigned late_round_ = 0;
+    std::vector<cLateEntries *> readers_; // containers being read, outermost first
+    size_t first_late_ = no_reader;
+    cLateRead late_read_{};
+    std::unordered_map<cPathTrie::node_id, hashref> late_below_;
+    std::string late_text_; // of a key, for a moment
     cPathTrie trie_;
     std::unordered_map<cObj const *, cWritten> written_;
     std::string com_collected_;
@@ -234,30 +255,73 @@ class cPathStep {
     cPathStep &operator=(cPathStep const &) = delete;
 };
 
-// A container that is being read, and whose entries are not in the table: as long as they are what
-// was read, in that order and under keys that each have one text, a path is found by a walk. A
-// reader opens one inside the other; settle() enters what all of them have, and from then on each
-// entry is entered when it is read. It is called before anything that isn't a plain entry: before
-// user code runs, before a repeated key, a container by reference, a typed value, an error.
+// A container that is being read. A reader opens one inside the other.
+//
+// Its entries are late as long as they are what was read, in that order and under keys that each
+// have one text: then a path is found by a walk from a node of the table down the containers, and
+// the table has no node below. A container begins late if the table has no node at its path. What a
+// walk would get wrong is entered, and the container's other entries with it:
+//   - enter_open() enters the entries of the containers that are open, but not what is below those:
+//     for a container that was stored before, which has its paths there.
+//   - settle() enters all there is. It is called before anything that isn't a plain entry: before
+//     user code runs, before a repeated key, a typed value, an error. After that each entry is
+//     entered when it is read, until begin() or resume() finds that the next ones can be late.
+// While late, an entry of a container whose entries are in the table is entered at once, and a new
+// container in it begins late.
 class cLateEntries {
   public:
-    // Borrows the hash. If not `wanted` all there is has been entered, and will be.
-    cLateEntries(cAttrHash &hash, bool wanted);
+    // Borrows the hash, which can be null as long as no entries are stored, and the scan, which is
+    // the reader's. can_be: of a type and in a place where its entries can be late, if those of the
+    // container around can.
+    cLateEntries(cAttrHash *hash, cAttrScan const *scan, bool can_be, int depth);
     ~cLateEntries();
     cLateEntries(cLateEntries const &) = delete;
     cLateEntries &operator=(cLateEntries const &) = delete;
 
-    // May the entries of an outermost container be late?
-    static bool are_possible(cAttrHash const &hash);
+    // Is the state one in which entries can be late?
+    static bool are_possible();
     // Is this the key of such an entry?
     static bool is_key(objref const &key);
+
+    bool can_be() const noexcept { return can_be_; }
+    bool is_outermost() const noexcept { return steps_ == 0; }
+    bool is_late() const noexcept { return late_; }
+    // The first container of all: those of its entries that come after this one are late.
+    void begin(cAttrNode const *after);
+    void resume(); // the next entries can be late; what there is has been entered
+    void open();   // inside another one, while late
+
+    // May the entry be late, or be entered without releasing another value?
+    bool has_room(objref const &key) { return late_ || find_room(key); }
+    bool has_room(int index) { return late_ || find_room(index); }
+    // The value for which there was room is among the entries, and so is the container that was
+    // read last, if the value is one.
+    void stored(objref const &value) {
+        if (!late_)
+            enter_stored(value);
+        else if (text_state().late_read_.hash)
+            text_state().late_read_.hash = nullptr;
+    }
+    // The value of the innermost step isn't, but what is below it.
+    static void pass();
+    // The next entry isn't late: the container has been stored before.
+    static void enter_open();
 
   private:
     friend class cTextState;
 
-    cAttrHash &hash_;
-    cLateEntries *const outer_;
+    bool find_room(objref const &key);
+    bool find_room(int index);
+    bool find_room(std::string const &text);
+    void enter_stored(objref const &value);
+
+    cAttrHash *const hash_;
+    cAttrScan const *const scan_;
     size_t const steps_; // of its own path
+    bool can_be_;
+    bool late_ = false;
+    cAttrNode const *after_ = nullptr;
+    cPathTrie::node_id room_ = cPathTrie::none; // for the entry that is stored next
 };
 
 // True while a key is scanned, false while a value is.

@@ -1,22 +1,13 @@
 // The path: keys as steps of it, and what is at a path. In this folder because steps are texts of
 // keys.
-//
-// Entries of which no path is known yet (cLateEntries) are found by a walk from the outermost
-// container: each piece is the text of a key of the container at hand, or of the step that is open
-// in it. That gives what the table would have, since a late container has been changed by nothing
-// but appending: each key was read once, each value is in it since it was read, and a container
-// among its values was read at that place. No two of its keys have the same text.
 
 #include "core/cbuiltin.h"
 #include "qrv/containers/cmapobj.h"
-#include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/state/ctext_state.h"
-#include "text/write/cscalar_text.h"
 #include "text/write/cwriter_exact.h"
 
-#include <charconv>
 #include <typeinfo>
 
 std::string cTextState::shown_path(bool shorten) const { return ::shown_path(path(), shorten); }
@@ -97,8 +88,8 @@ void cTextState::push_later(objref const &key) {
         push_step(key);
 }
 
-void cTextState::make_waiting_steps() const {
-    for (size_t i = steps_.size(); i < open_.size(); ++i) {
+void cTextState::make_steps(size_t count) const {
+    for (size_t i = steps_.size(); i < count; ++i) {
         cTextForm const form(open_[i].exact);
         std::string text;
         append_step(make_step(open_[i].key, text), text);
@@ -164,35 +155,12 @@ objref cTextState::value_at(std::string_view path) const {
     return node == cPathTrie::none ? objref() : trie_.value(node);
 }
 
-// --- late entries ---
-
-namespace {
-// The container whose entries have paths below its own.
-cAttrHash const *entries_of(objref const &value) {
-    if (!cObj::is_map(value) && !cObj::is_vector(value) && !cObj::is_set(value)) return nullptr;
-    auto *const map = dynamic_cast<cMapObj *>(value.get());
-    return map ? &map->datamap() : nullptr;
+void cTextState::settle_all() {
+    make_steps();
+    if (late_) enter_late();
 }
 
-// The key of a late container whose text this is. Only an int has a text of digits, and the text
-// of a string is bare or in quotes.
-cAttrNode const *find_text(cAttrHash const &hash, std::string_view text) {
-    if (text.empty()) return nullptr;
-    std::string form;
-    char const *const end = text.data() + text.size();
-    if (int number = 0; std::from_chars(text.data(), end, number).ptr == end) {
-        append_number(form, number);
-        return form == text ? hash.find(number) : nullptr;
-    }
-    std::string key(text);
-    if (text.size() > 1 && text.front() == '"') {
-        key = text.substr(1, text.size() - 2);
-        cat::unescape(key);
-    }
-    append_string(form, key, false);
-    return form == text ? hash.find(key) : nullptr;
-}
-} // namespace
+// --- what late entries need ---
 
 bool cLateEntries::is_key(objref const &key) {
     if (!is_plain_key(key)) return false;
@@ -201,9 +169,8 @@ bool cLateEntries::is_key(objref const &key) {
     return !is_bool_text(text) && text.find_first_of("/\n") == std::string::npos;
 }
 
-bool cLateEntries::are_possible(cAttrHash const &hash) {
+bool cLateEntries::are_possible() {
     cTextState const &state = text_state();
-    bool const outermost = state.depth() == 0 && state.path_keys() == 0;
     bool const dropping = state.last_noted_ && state.last_noted_->refs() == 1;
     bool const asking = cat::constmap_ptr()->datamap().has_foreign_keys() ||
                         cat::gmmap_ptr()->datamap().has_foreign_keys() ||
@@ -214,81 +181,6 @@ bool cLateEntries::are_possible(cAttrHash const &hash) {
     for (cTypeObj const *type : {&cat::type_int(), &cat::type_string(), &cat::type_bool(),
                                  &cat::type_float(), &cat::type_double()})
         if (!cat::is_builtin(*type, cat::method_bit(mid_create))) creating = true;
-    return outermost && !dropping && !asking && !creating && hash.empty() &&
-           is_plain_type(cat::type_int(), cat::write_int) &&
+    return !dropping && !asking && !creating && is_plain_type(cat::type_int(), cat::write_int) &&
            is_plain_type(cat::type_string(), cat::write_string);
-}
-
-objref cTextState::find_late(std::string_view path) const {
-    make_steps();
-    std::vector<cLateEntries const *> open;
-    for (cLateEntries const *at = late_; at; at = at->outer_) open.push_back(at);
-    cAttrHash const *hash = &open.back()->hash_;
-    for (bool last = path.empty(); !last;) {
-        if (!hash || path.front() != '/') return {};
-        path.remove_prefix(1);
-        size_t const end = path.find('/');
-        std::string_view const piece = path.substr(0, end);
-        last = end == std::string_view::npos;
-        if (!last) path.remove_prefix(end);
-        if (cAttrNode const *const node = find_text(*hash, piece)) {
-            if (last) return node->valref();
-            hash = entries_of(node->valref());
-            open.clear();
-            continue;
-        }
-        if (last || open.size() < 2 || step_text(open.back()->steps_) != piece) return {};
-        open.pop_back();
-        hash = &open.back()->hash_;
-    }
-    return {};
-}
-
-// From the outermost container on, each with what is below its values. Nothing is entered twice,
-// so nothing dies, and no user code runs.
-void cTextState::enter_late() {
-    std::vector<cLateEntries const *> open;
-    for (cLateEntries const *at = std::exchange(late_, nullptr); at; at = at->outer_)
-        open.push_back(at);
-    resolve_steps();
-    struct cPlace {
-        cAttrHash const *hash;
-        cPathTrie::node_id node;
-    };
-    std::vector<cPlace> waiting;
-    auto const node_of = [this](size_t steps) {
-        return steps ? steps_[steps - 1].node : cPathTrie::root;
-    };
-    for (cLateEntries const *at : open) waiting.push_back({&at->hash_, node_of(at->steps_)});
-    hashref const read = std::exchange(late_read_, nullptr);
-    if (read && late_read_steps_ <= steps_.size())
-        waiting.push_back({read.get(), node_of(late_read_steps_)});
-    while (!waiting.empty()) {
-        cPlace const place = waiting.back();
-        waiting.pop_back();
-        for (cAttrNode const *node = place.hash->first(); node; node = place.hash->next(node)) {
-            cPathTrie::node_id const id = trie_.descend(place.node, path_text(node->key(), false));
-            trie_.enter(id, node->valref(), true);
-            if (cAttrHash const *const below = entries_of(node->valref()))
-                waiting.push_back({below, id});
-        }
-    }
-}
-
-void cTextState::settle_all() {
-    make_steps();
-    if (late_) enter_late();
-}
-
-cLateEntries::cLateEntries(cAttrHash &hash, bool wanted)
-    : hash_(hash), outer_(text_state().late_), steps_(text_state().path_keys()) {
-    if (wanted) text_state().late_ = this;
-}
-
-cLateEntries::~cLateEntries() {
-    cTextState &state = text_state();
-    if (state.late_ != this) return;
-    state.late_ = outer_;
-    state.late_read_ = outer_ ? hashref::share(&hash_) : nullptr;
-    state.late_read_steps_ = steps_;
 }

@@ -6,6 +6,8 @@
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ccout.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
 #include "text/state/cstream_of.h"
@@ -148,6 +150,60 @@ TEST_F(ReaderLate, user_code_sees_the_references_of_the_table) {
     EXPECT_EQ(seen_refs, 3u) << "in the map, in the table, and here";
     EXPECT_EQ(r.text_at("d"), "6");
     cat::typemap().datamap().delitem("late_looker");
+}
+
+TEST_F(ReaderLate, what_is_read_after_an_error_or_a_repeated_key_is_found) {
+    for (char const *first : {"e=nosuch(1);", "e=1; e=2;", "e=vector[7];", "{q=1};", "0.5=1;",
+                              "e=<1;1>;", "e=[1;#badfind;3];", "e={x=1}; f=#cRef(/e);"}) {
+        EXPECT_EQ(
+            Reading(std::string("{") + first + " a={x=[{y=5}]}; b=#cRef(/a/x/0/y)}").text_at("b"),
+            "5")
+            << first;
+        std::string const inside = std::string("{a={") + first + " x=[{y=5; z=#cRef(/a/x/0/y)}]}}";
+        EXPECT_EQ(Reading(inside).text_at("a/x/0/z"), "5") << first;
+    }
+}
+
+TEST_F(ReaderLate, a_list_after_a_removed_item_is_found_by_its_places) {
+    EXPECT_EQ(found("v=[1;#badfind;{x=3};[4]];", "/v/2/x"), "3");
+    EXPECT_EQ(found("v=[1;#badfind;{x=3};[4]];", "/v/3/0"), "4");
+    EXPECT_EQ(found("v=[1;#badfind;{x=3}];", "/v/1/x"), "undefined");
+    EXPECT_EQ(found("s=<1;1;{x=3}>;", "/s/2/x"), "3");
+}
+
+TEST_F(ReaderLate, a_key_of_several_pieces_leads_to_what_is_open_below_it) {
+    EXPECT_EQ(Reading("{c={'a/'=[1; [2; #cRef(/c/\"a/\"/1/0)]]}}").log, "");
+    EXPECT_EQ(found("c={'a/'=[1; [2]]};", "/c/\"a/\"/1/0"), "2");
+}
+
+TEST_F(ReaderLate, an_entry_replaces_what_is_at_its_path_from_before) {
+    std::string const before = "a={x=1; e={y=1}}; a=#badfind; a=";
+    EXPECT_EQ(found(before + "{x=2; e={z=3}};", "/a/x"), "2");
+    EXPECT_EQ(found(before + "{x=2; e={z=3}};", "/a/e/z"), "3");
+    EXPECT_EQ(found(before + "{x=2; e={z=3}};", "/a/e/y"), "1");
+    EXPECT_EQ(found(before + "7;", "/a"), "7");
+}
+
+// A list of entries without brackets.
+std::string found_bare(std::string const &entries, std::string const &path) {
+    std::istringstream is(entries + " FOUND = #cRef(" + path + ");");
+    cat::ReadReport report;
+    objref list;
+    cat::scan_container(is, list, true);
+    objref const value = list ? list->getattrp("FOUND") : objref();
+    return report.count() == 0 ? reader_test::written(value) : "undefined";
+}
+
+TEST_F(ReaderLate, the_first_entry_of_a_bare_list_has_only_paths_below_it) {
+    EXPECT_EQ(found_bare("a=1; b=2;", "/a"), "undefined");
+    EXPECT_EQ(found_bare("a=1; b=2;", "/b"), "2");
+    EXPECT_EQ(found_bare("a={x=[5]}; b=2;", "/a/x/0"), "5");
+    EXPECT_EQ(found_bare("a={x=[5]}; b=2;", "/a"), "undefined");
+    EXPECT_EQ(found_bare("a={x=[5]}; b=vector[7]; c={y=6};", "/a/x/0"), "5");
+    EXPECT_EQ(found_bare("a={x=[5]}; b=vector[7]; c={y=6};", "/c/y"), "6");
+    EXPECT_EQ(found_bare("a={x=vector[5]; z={u=3}}; c={y=6};", "/a/z/u"), "3");
+    EXPECT_EQ(found_bare("a={x={y=1}}; b=#cRef(/a/x);", "/b/y"), "undefined");
+    EXPECT_TRUE(text_state().idle());
 }
 
 // A stream whose buffer is user code.

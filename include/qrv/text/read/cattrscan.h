@@ -155,7 +155,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     };
 
     void start();
-    void connect_handler() const;
+    void connect_handler();
     int next(); // as gettok; the token is the current one
     int next_after(int code);
     int enclose(cat::Brackets const &brackets, cEnclosedText &to); // as read_enclosed()
@@ -172,6 +172,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     void fire_from(cErr const &error, size_t prefix);
 
     cObj const *made_ = nullptr; // the container that the last value is, if brackets alone made it
+    unsigned connected_round_ = 0;  // the handler is connected for this round of late entries
     bool separator_passed_ = false; // in front of the next value
     bool eof_seen_ = false;
     bool report_;
