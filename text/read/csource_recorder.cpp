@@ -314,7 +314,10 @@ void cSourceRecorder::move(std::size_t number, std::size_t end, cObj const &from
     if (!old || !now || old == now || old->has_foreign_keys() || now->has_foreign_keys()) return;
     int const shift = static_cast<int>(now->used()) - static_cast<int>(old->used());
     auto const found = [&](cAttrNode const &node) -> cAttrNode const * {
-        if (cObj::is_vector(&to)) return now->find(cat::of(node.key_as_index() + shift));
+        if (cObj::is_vector(&to)) {
+            int const index = node.key_as_index(); // below 0 if it isn't one
+            return index < 0 ? nullptr : now->find(cat::of(index + shift));
+        }
         if (!cObj::is_set(&to)) return now->find(node.key());
         cAttrNode const *const same = now->findvalref(node.valref().get());
         return same || !cValueIndex::is_plain(node.value()) ? same : now->findvalue(node.value());
