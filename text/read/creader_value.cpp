@@ -361,7 +361,8 @@ int cValueReader::unread_container() {
 int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name) {
     cEnclosedText enclosed;
     enclosed.with_places = cat::ReadReport::current() != nullptr;
-    enclosed.with_positions = source_ != nullptr;
+    cat::cSourceRecorder::cGathering gathering(source_);
+    if (source_) enclosed.watch = &gathering;
     end_ = scan_.enclose(cat::Brackets(bracket.code), enclosed) ? ')' : 0;
     if (end_ == 0) {
         begin_error(scan_, err_read_unclosed_type)
@@ -372,10 +373,12 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
     bool good = false;
     if (cat::is_read_by_library(value_->type())) {
         cMemoryStream is(enclosed.text);
+        cat::cSourceText const recorded(source_, is, gathering);
         good = read_enclosed(is, enclosed);
     } else {
         std::istringstream is{std::string(enclosed.text)};
         is.imbue(std::locale::classic());
+        cat::cSourceText const recorded(source_, is, gathering);
         good = read_enclosed(is, enclosed);
     }
     if (good) return 0;
@@ -397,7 +400,6 @@ bool cValueReader::read_enclosed(std::istream &is, cEnclosedText &enclosed) {
     else
         inner.sig().connect(scan_.sig());
     cTypedNesting const nesting;
-    cat::cSourceText const recorded(source_, is, enclosed.positions);
     cReadSession::current()->value_place(first_); // what `read` has to say of the whole
     return value_->read(is);                      // RUNS FOREIGN CODE
 }

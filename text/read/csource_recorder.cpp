@@ -6,6 +6,7 @@
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
 #include "qrv/text/write/cwriter.h"
 
 #include <algorithm>
@@ -25,6 +26,15 @@ cAttrHash *hash_of(cObj const &value) {
 }
 
 bool is_in_form(cObj const &container, char form) { return *cat::wformat(container) == form; }
+
+// Does a value that is in the tree take what is merged into it from another one? Numbers are
+// converted into each other.
+bool takes(cObj const &value, cObj const &other) {
+    if (hash_of(value) || hash_of(other)) return hash_of(value) && hash_of(other);
+    if (cObj::is_void(&value) || cObj::is_void(&other)) return false;
+    return &value.type() == &other.type() ||
+           (&value.type() != &cat::type_string() && &other.type() != &cat::type_string());
+}
 
 bool can_tell(std::istream const &is) {
     return is.rdbuf() && is.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in) != -1;
@@ -105,22 +115,22 @@ bool cSourceRecorder::shows_comment(std::size_t number) const {
 std::uint32_t cSourceRecorder::offset(unsigned position, unsigned line) const {
     std::uint32_t const inner = position + line - 1;
     if (texts_.size() == 1) return inner + uncounted_;
-    auto const &shifts = texts_.back().gathering.shifts_;
+    auto const &shifts = texts_.back().shifts;
     auto const after = [](std::uint32_t at, cGathering::cShift const &s) { return at < s.offset; };
     auto const next = std::upper_bound(shifts.begin(), shifts.end(), inner, after);
     return next == shifts.begin() ? inner : inner + std::prev(next)->by;
 }
 
-cSourceRecorder::cGathering::cGathering(cSourceRecorder const &recorder,
-                                        std::vector<cEnclosedText::cPosition> const &positions) {
-    for (cEnclosedText::cPosition const &at : positions) {
-        auto const inner = static_cast<std::uint32_t>(at.offset);
-        shifts_.push_back({inner, recorder.offset(at.position, at.line) - inner});
-    }
+void cSourceRecorder::cGathering::token(cToken const &token, std::size_t size) {
+    if (token.code == tkComment) return recorder_->comment(token, false);
+    recorder_->after_comments(token);
+    auto const inner = static_cast<std::uint32_t>(size);
+    std::uint32_t const by = recorder_->begin_of(token) - inner;
+    if (shifts_.empty() || shifts_.back().by != by) shifts_.push_back({inner, by});
 }
 
-void cSourceRecorder::enter(std::istream const &is, cGathering gathering) {
-    texts_.push_back({&is, std::move(gathering)});
+void cSourceRecorder::enter(std::istream const &is, cGathering &gathering) {
+    texts_.push_back({&is, std::move(gathering.shifts_)});
 }
 
 void cSourceRecorder::leave() { texts_.pop_back(); }
@@ -304,7 +314,10 @@ void cSourceRecorder::move(std::size_t number, std::size_t end, cObj const &from
     if (!old || !now || old == now || old->has_foreign_keys() || now->has_foreign_keys()) return;
     int const shift = static_cast<int>(now->used()) - static_cast<int>(old->used());
     auto const found = [&](cAttrNode const &node) -> cAttrNode const * {
-        if (cObj::is_vector(&to)) return now->find(cat::of(node.key_as_index() + shift));
+        if (cObj::is_vector(&to)) {
+            int const index = node.key_as_index(); // below 0 if it isn't one
+            return index < 0 ? nullptr : now->find(cat::of(index + shift));
+        }
         if (!cObj::is_set(&to)) return now->find(node.key());
         cAttrNode const *const same = now->findvalref(node.valref().get());
         return same || !cValueIndex::is_plain(node.value()) ? same : now->findvalue(node.value());
@@ -321,6 +334,10 @@ void cSourceRecorder::move(std::size_t number, std::size_t end, cObj const &from
             move(i, next_sibling(i), *before, *after);
             if (cAttrHash const *const list = cObj::is_map(after) ? nullptr : hash_of(*after))
                 item = list->findvalref(before);
+            if (!item && !takes(*after, *before)) {
+                set_node(record, nullptr);
+                continue;
+            }
         }
         set_node(record, item ? item : node);
     }

@@ -115,12 +115,11 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void after_comments(cToken const &token);
     void handed(cObj const *holder); // null: the comments gathered so far are lost
 
-    // The text of a typed value, without comments, which is read from its own stream.
-    class cGathering {
+    // The text of a typed value, gathered token by token and read from its own stream.
+    class cGathering final : public cTokenWatch {
       public:
-        cGathering() = default;
-        cGathering(cSourceRecorder const &recorder,
-                   std::vector<cEnclosedText::cPosition> const &positions);
+        explicit cGathering(cSourceRecorder *recorder) : recorder_(recorder) {}
+        void token(cToken const &token, std::size_t size) override;
 
       private:
         friend class cSourceRecorder;
@@ -128,9 +127,10 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
             std::uint32_t offset; // from here on in the gathered text
             std::uint32_t by;     // so much more in the outer text, modulo 2^32
         };
+        cSourceRecorder *recorder_;
         std::vector<cShift> shifts_;
     };
-    void enter(std::istream const &is, cGathering gathering);
+    void enter(std::istream const &is, cGathering &gathering);
     void leave();
 
     std::uint32_t offset(unsigned position, unsigned line) const;
@@ -166,7 +166,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     };
     struct cText {
         std::istream const *is;
-        cGathering gathering;
+        std::vector<cGathering::cShift> shifts;
     };
     cSourceRecorder *of(cAttrScan const &scan) noexcept {
         return !texts_.empty() && texts_.back().is == &scan.is() ? this : nullptr;
@@ -247,9 +247,9 @@ class cSourceList {
 class cSourceText {
   public:
     cSourceText(cSourceRecorder *recorder, std::istream const &is,
-                std::vector<cEnclosedText::cPosition> const &positions)
+                cSourceRecorder::cGathering &gathering)
         : recorder_(recorder) {
-        if (recorder_) recorder_->enter(is, {*recorder_, positions});
+        if (recorder_) recorder_->enter(is, gathering);
     }
     cSourceText(cSourceText const &) = delete;
     cSourceText &operator=(cSourceText const &) = delete;

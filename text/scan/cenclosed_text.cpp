@@ -12,33 +12,19 @@ class cPlaces {
     explicit cPlaces(cEnclosedText &to) : to_(to) {}
 
     void note(cToken const &token) {
-        if (to_.with_places) note_place(token);
-        if (to_.with_positions) note_position(token);
-        offset_ += token.text.size();
-    }
-
-  private:
-    void note_place(cToken const &token) {
         if (to_.places.empty() || token.outer_line != line_ || token.outer_column != column_)
             to_.places.push_back({offset_, token.outer_line, token.outer_column});
         bool const ends_line = token.text.find('\n') != std::string_view::npos;
         line_ = ends_line ? 0 : token.outer_line;
         column_ = token.outer_column + static_cast<unsigned>(token.text.size());
+        offset_ += token.text.size();
     }
 
-    // Position and line together count all characters.
-    void note_position(cToken const &token) {
-        std::size_t const left_out = token.position + std::size_t{token.line} - offset_;
-        if (to_.positions.empty() || left_out != left_out_)
-            to_.positions.push_back({offset_, token.position, token.line});
-        left_out_ = left_out;
-    }
-
+  private:
     cEnclosedText &to_;
     std::size_t offset_ = 0; // in the text
     unsigned line_ = 0;      // expected for the next token; 0 after a line end
     unsigned column_ = 0;
-    std::size_t left_out_ = 0;
 };
 
 // The text so far: a stretch of the input, or a copy.
@@ -80,13 +66,16 @@ int cAttrScanner::read_enclosed(int open, int close, cEnclosedText &to) const {
     return_com(false, &keep_com);
     cPlaces places(to);
     cGathered gathered(to, memory_place());
+    std::size_t size = 0;
     for (int depth = 1;;) {
         cToken const &token = next_token();
-        if (token.code == tkComment) continue; // pushed back by someone
-        places.note(token);
+        if (to.watch) to.watch->token(token, size);
+        if (token.code == tkComment) continue; // pushed back by someone, or watched
+        if (to.with_places) places.note(token);
         if (token.code <= tkEof) return tkEof;
         if (token.code == open) ++depth;
         if (token.code == close && --depth == 0) return close;
+        size += token.text.size();
         gathered.append(token.text, memory_place());
     }
 }

@@ -8,6 +8,15 @@
 #include <string_view>
 #include <vector>
 
+// Is shown the tokens as they are read, comments too, and the size of the text before each.
+class cTokenWatch {
+  public:
+    virtual void token(cToken const &token, std::size_t size) = 0;
+
+  protected:
+    ~cTokenWatch() = default;
+};
+
 struct cEnclosedText {
     cEnclosedText() = default;
     cEnclosedText(cEnclosedText const &) = delete;
@@ -20,12 +29,5 @@ struct cEnclosedText {
     // Where the tokens of the text come from, the one that ends it included; only if wanted.
     bool with_places = false;
     std::vector<cAttrPlace> places;
-    // The same by the scanner's own counts, where these don't follow from the token before.
-    bool with_positions = false;
-    struct cPosition {
-        std::size_t offset; // in the text
-        unsigned position;
-        unsigned line;
-    };
-    std::vector<cPosition> positions;
+    cTokenWatch *watch = nullptr; // borrowed
 };

@@ -5,7 +5,9 @@
 #include "qrv/core/ceros.h"
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
+#include "tests/text/throwing_support.h"
 
+using reader_test::cThrowing;
 using reader_test::Reading;
 
 namespace {
@@ -43,26 +45,6 @@ TEST_F(ReaderSweep, cut_after_every_character) {
     expect_reads_as_always();
     messages();
 }
-
-// Throws at the n-th error, whatever it is.
-class cThrowing {
-  public:
-    explicit cThrowing(int n) : left_(n), slot_(this, &cThrowing::count) {
-        cat::sig_error().connect(slot_);
-    }
-    cThrowing(cThrowing const &) = delete;
-    cThrowing &operator=(cThrowing const &) = delete;
-    ~cThrowing() = default;
-    void watch(cAttrScan &scan) { scan.sig().connect(slot_); }
-    bool thrown() const { return left_ <= 0; }
-
-  private:
-    void count(cErr &error) {
-        if (--left_ == 0) throw cErr(error);
-    }
-    int left_;
-    cSlot1<cThrowing, cErr &> slot_;
-};
 
 TEST_F(ReaderSweep, the_nth_error_throws) {
     int n = 1;

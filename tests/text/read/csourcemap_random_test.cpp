@@ -3,11 +3,11 @@
 
 #include "qrv/text/read/csourcemap.h"
 
-#include "qrv/core/ceros.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/support/types.h"
 #include "tests/text/source_support.h"
+#include "tests/text/throwing_support.h"
 
 #include <concepts>
 #include <optional>
@@ -401,26 +401,6 @@ TEST_F(RandomSourceMaps, fit_a_text_that_is_cut_anywhere) {
     }
 }
 
-// Throws at the n-th error.
-class cThrowing {
-  public:
-    cThrowing(cAttrScan &scan, int n) : left_(n), slot_(this, &cThrowing::count) {
-        cat::sig_error().connect(slot_);
-        scan.sig().connect(slot_);
-    }
-    cThrowing(cThrowing const &) = delete;
-    cThrowing &operator=(cThrowing const &) = delete;
-    ~cThrowing() = default;
-    bool thrown() const { return left_ <= 0; }
-
-  private:
-    void count(cErr &error) {
-        if (--left_ == 0) throw cErr(error);
-    }
-    int left_;
-    cSlot1<cThrowing, cErr &> slot_;
-};
-
 TEST_F(RandomSourceMaps, fit_a_text_whose_errors_throw) {
     std::string const text = "{a = {b = nosuch(1); c = [1, #none, 2]}; d = int(x); e = {f = = 1}; "
                              "T = attlist(n = attspec(type = int)); t = T(n = q); u = [T(m = 1)]; "
@@ -430,7 +410,8 @@ TEST_F(RandomSourceMaps, fit_a_text_whose_errors_throw) {
         cTypesBack const types;
         std::istringstream is(text);
         cAttrScan scan(is, false);
-        cThrowing const throwing(scan, n);
+        reader_test::cThrowing throwing(n);
+        throwing.watch(scan);
         cat::SourceMap const map;
         objref root;
         try {

@@ -295,6 +295,20 @@ TEST_F(SourceMaps, drop_refused_entries) {
         EXPECT_FALSE(mapped.map.entry(i).removed) << i;
 }
 
+TEST_F(SourceMaps, drop_entries_that_a_merge_refuses) {
+    cat::ReadReport const report;
+    Mapped const mapped("{a = {i = 5, s = s, m = {y = 1}, v = [1], d = 5, n = #nil};\n"
+                        "a = {i = t, s = 6, m = 7, v = 8, d = 1.5, n = 9}}");
+    EXPECT_EQ(mapped.at("a/i"), "2:5");
+    EXPECT_EQ(mapped.at("a/s"), "3:s");
+    EXPECT_EQ(mapped.at("a/m"), "4:{y = 1}");
+    EXPECT_EQ(mapped.at("a/v"), "6:[1]");
+    EXPECT_EQ(mapped.at("a/v/1"), "14:8");
+    EXPECT_EQ(mapped.at("a/d"), "8:5 15:1.5");
+    EXPECT_EQ(mapped.at("a/n"), "9:#nil");
+    messages();
+}
+
 TEST_F(SourceMaps, record_the_first_outermost_reading) {
     cat::SourceMap const map;
     objref first, second;

@@ -92,7 +92,8 @@ class QRV_API SourceMap {
     SourceEntry entry(std::size_t number) const;
 
     // All that belong to a node, in file order. The last one gave the node its value, except in
-    // sets, where values that are equal to an earlier one change nothing.
+    // sets, where values that are equal to an earlier one change nothing, and where the value is
+    // shared and was changed under another key: then the last one of written() did.
     //   O(log n), once O(n log n)
     std::vector<SourceEntry> spans(std::uint32_t anid) const;
     // The same for a path as cObj::getattrp takes it, in a tree that was read; for an empty path
@@ -116,7 +117,7 @@ class QRV_API SourceMap {
     std::string type_at(std::uint32_t offset) const;
 
     // All comments in file order, with those that the scanner reads after the outermost value while
-    // the map lives; and the comments above and after one entry.
+    // the map lives; and the comments above and after one entry.   O(comments)
     std::vector<SourceComment> const &comments() const;
     std::vector<SourceComment> comments(std::size_t number) const;
 
