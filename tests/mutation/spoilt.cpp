@@ -3,7 +3,7 @@
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
 #include "tests/support/memory_file.h"
-#include "tools/qrv/commands.h"
+#include "tools/qrv/commands/commands.h"
 
 #include <fcntl.h>
 #include <functional>

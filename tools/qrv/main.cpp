@@ -2,13 +2,13 @@
 // for goes to standard output, what it has to say to standard error, and of a good file it says
 // nothing.
 
-#include "commands.h"
-#include "modules.h"
-#include "output.h"
 #include "qrv/base/csignal.h"
 #include "qrv/cvers.h"
 #include "qrv/diagnostics/cconsole.h"
-#include "thrown.h"
+#include "tools/qrv/commands/commands.h"
+#include "tools/qrv/output/output.h"
+#include "tools/qrv/output/thrown.h"
+#include "tools/qrv/process/modules.h"
 
 #include <CLI/CLI.hpp>
 
