@@ -175,7 +175,7 @@ TEST_F(ToolFmtKilled, leaves_old_or_new_and_tells_whatever_fails) {
                 EXPECT_EQ(run.out, "");
                 EXPECT_EQ(run.err, done ? ""
                                         : std::string("f: error: cannot write: ") +
-                                              std::strerror(error) + "; the file is as it was\n");
+                                              std::strerror(error) + "; the file is unchanged\n");
                 EXPECT_EQ(names(), linked ? "f g " : "f ");
                 refused += !done;
             }

@@ -25,7 +25,7 @@ std::string written(objref const &value, std::string const &head, bool canonical
 
 int replace(std::string const &name, std::string const &text) {
     if (cat::replace_file(name, text)) return exit_done;
-    put_message(name + ": error: " + reason("cannot write", errno) + "; the file is as it was");
+    put_message(name + ": error: " + reason("cannot write", errno) + "; the file is unchanged");
     return exit_failed;
 }
 
