@@ -10,9 +10,8 @@
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
-#include "tools/qrv/commands/commands.h"
-#include "tools/qrv/output/output.h"
-#include "tools/qrv/process/worker.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/rules/source.h"
 #include "tools/qrv/search/at_path.h"
@@ -29,6 +28,30 @@
 #include <utility>
 
 namespace {
+
+struct cOptions {
+    std::string file;
+    std::string path;
+    int max_errors = default_max_errors;
+};
+
+constexpr char const *help =
+    "Example:\n"
+    "  qrv explain device.attr sensors/0/calibration\n"
+    "Lines of a word and what it says, those that apply:\n"
+    "  path      the path, as a reference would have it\n"
+    "  type      its type, and where the file declares that\n"
+    "  name      the name of a type\n"
+    "  constant  the name, #nil or the like\n"
+    "  place     line:column in the file, of what was written there\n"
+    "  rule      what the type of the object that it belongs to asks of it\n"
+    "  default   what that type gives where there is none\n"
+    "  choice    what is chosen, and\n"
+    "  choices   from what\n"
+    "  entries   how many it has\n"
+    "  layout    whether these stand on one line or on many\n"
+    "  comment   its comment, a line each\n"
+    "  shared    another path to the same value, eight of them at most";
 
 constexpr size_t most_shared = 8;
 constexpr size_t longest_line = 400; // of paths and lists
@@ -213,32 +236,31 @@ class cExplanation {
     std::string text_;
 };
 
-void explain(cExplainOptions const &options, cReply &reply) {
-    cMessages messages(options.file, options.max_errors);
-    std::string bytes;
-    if (read_bytes(options.file, bytes, messages)) {
-        cReading const reading = read_value(bytes, messages);
-        objref value;
-        if (reading.clean && find_at(reading.value, options.path, value, messages)) {
-            reply.status = value ? exit_done : exit_found;
-            if (!value) tell_absent(options.path, messages);
-            cAttempt const unheard([&] { // values that can't be written raise errors
-                cat::ExactText const exact;
-                if (value)
-                    reply.text = cExplanation(reading.value,
-                                              goal_of(reading.value, options.path, value), bytes)
-                                     .text();
-                return true;
-            });
-        }
-    }
-    reply.messages = messages.text();
+void explain(std::string const &path, cRead const &file, cReply &reply) {
+    objref value;
+    if (!find_at(file.value, path, value, file.messages)) return;
+    reply.status = value ? exit_done : exit_found;
+    if (!value) return tell_absent(path, file.messages);
+    cAttempt const unheard([&] { // values that can't be written raise errors
+        cat::ExactText const exact;
+        reply.text = cExplanation(file.value, goal_of(file.value, path, value), file.bytes).text();
+        return true;
+    });
 }
+
+int run(cOptions const &options) {
+    return print(
+        with_value(options.file, options.max_errors,
+                   [&](cRead const &file, cReply &reply) { explain(options.path, file, reply); }));
+}
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.required("FILE", options.file, "the file");
+    arguments.required("PATH", options.path, "keys with / between them");
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(60, "explain", "Tell what is known of one value", help,
+                       define<cOptions, add_arguments, run>);
 
 } // namespace
-
-int run_explain(cExplainOptions const &options) {
-    cReply const reply = in_child(options.file, [&](cReply &r) { explain(options, r); });
-    put_lines(reply.messages);
-    return put_result(reply.text) ? reply.status : exit_failed;
-}

@@ -16,10 +16,9 @@
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintvalf.h"
-#include "tools/qrv/commands/commands.h"
-#include "tools/qrv/output/output.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
 #include "tools/qrv/output/raised.h"
-#include "tools/qrv/process/worker.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/search/pattern.h"
 #include "tools/qrv/verify/mismatch.h"
@@ -29,6 +28,36 @@
 #include <vector>
 
 namespace {
+
+struct cOptions {
+    std::string file;
+    std::string pattern;
+    bool first = false; // of the ways to match, not the longest
+    int max_errors = default_max_errors;
+};
+
+constexpr char const *help =
+    "Found is each entry whose key matches the whole pattern from end to end, or the text of\n"
+    "its value: a string's characters, or what the file would hold. Indices of vectors and\n"
+    "sets are no keys, and declarations of types are passed over.\n"
+    "\n"
+    "  ?         any character\n"
+    "  *         any number of characters; at the end of a pattern write *? for one or more,\n"
+    "            for there * never takes the last one\n"
+    "  [a-z_]    one of these, [!a-z] any but these\n"
+    "  {ab,c*d}  one of these patterns\n"
+    "  \\x        the character x itself\n"
+    "A * or { takes what leads to the longest match; with --first, the first that works.\n"
+    "\n"
+    "Examples:\n"
+    "  qrv find device.attr humidity           keys and values, as they stand\n"
+    "  qrv find device.attr '{*bus,*bus*?}'    whatever has bus in it\n"
+    "  qrv find device.attr '[!-0-9]*[0-9]'    ends with a digit and is no number\n"
+    "\n"
+    "Each is printed as a statement that set takes, and so are all of them together, but\n"
+    "for a file of one value and a path with a key that is no number and no string. A value\n"
+    "that stands at several paths is looked at under the first of them. If nothing is\n"
+    "found, the exit code is 1.";
 
 cMapObj const *as_map(objref const &value) { return dynamic_cast<cMapObj const *>(value.get()); }
 
@@ -208,28 +237,30 @@ class cSearch {
     std::string found_;
 };
 
-void find(cFindOptions const &options, cReply &reply) {
-    cMessages messages(options.file, options.max_errors);
+void find(cOptions const &options, cRead const &file, cReply &reply) {
+    cPattern const pattern(options.pattern, options.first);
+    size_t const longest = longest_text_from(file.bytes.size());
+    reply.text = cSearch(file.value, pattern, longest, file.messages).text();
+    reply.status = reply.text.empty() ? exit_found : exit_done;
+    if (file.messages.count() > 0) reply.status = exit_failed;
     cMessages about_pattern("pattern", options.max_errors);
-    std::string bytes;
-    if (read_bytes(options.file, bytes, messages)) {
-        cReading const reading = read_value(bytes, messages);
-        if (reading.clean) {
-            cPattern const pattern(options.pattern, options.first);
-            size_t const longest = longest_text_from(bytes.size());
-            reply.text = cSearch(reading.value, pattern, longest, messages).text();
-            reply.status = reply.text.empty() ? exit_found : exit_done;
-            if (messages.count() > 0) reply.status = exit_failed;
-            pattern.tell_hopeless(about_pattern);
-        }
-    }
-    reply.messages = messages.text() + about_pattern.text();
+    pattern.tell_hopeless(about_pattern);
+    reply.messages = about_pattern.text(); // after those about the file
 }
+
+int run(cOptions const &options) {
+    return print(with_value(options.file, options.max_errors,
+                            [&](cRead const &file, cReply &reply) { find(options, file, reply); }));
+}
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.required("FILE", options.file, "the file");
+    arguments.required("PATTERN", options.pattern, "what keys and texts are held against");
+    arguments.flag("--first", options.first, "the first choice that works, not the longest");
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(50, "find", "Print the values that a pattern finds", help,
+                       define<cOptions, add_arguments, run>);
 
 } // namespace
-
-int run_find(cFindOptions const &options) {
-    cReply const reply = in_child(options.file, [&](cReply &r) { find(options, r); });
-    put_lines(reply.messages);
-    return put_result(reply.text) ? reply.status : exit_failed;
-}

@@ -2,17 +2,31 @@
 // back: it must write the same bytes, and be the same value by its image. The first tree is gone
 // when the second is read.
 
-#include "tools/qrv/commands/commands.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
 #include "tools/qrv/json/reading.h"
-#include "tools/qrv/output/output.h"
 #include "tools/qrv/output/writing.h"
-#include "tools/qrv/process/worker.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/verify/fingerprint.h"
 
 #include <optional>
 
 namespace {
+
+struct cOptions {
+    std::string file = "-";
+    std::string output; // a file, instead of standard output
+    int max_errors = default_max_errors;
+};
+
+constexpr char const *help =
+    "Examples:\n"
+    "  qrv from-json data.json -o data.attr\n"
+    "  qrv from-json <data.json | qrv get - items/0/name\n"
+    "Objects become maps, arrays vectors, whole numbers int if they fit and double otherwise,\n"
+    "null #nil. What can't be kept is an error with place and path, and nothing is written:\n"
+    "a whole number that no double holds exactly, a key that stands twice in an object or\n"
+    "begins with #, a character 0, nesting that is too deep to be read.";
 
 struct cResult {
     cResult(objref const &value, cMessages &messages)
@@ -28,28 +42,31 @@ bool reads_back(cResult const &result, cMessages const &messages) {
     return again.clean && cResult(again.value, unheard) == result;
 }
 
-std::optional<cResult> result_of(std::string const &name, cMessages &messages) {
-    std::string bytes;
-    if (!read_bytes(name, bytes, messages)) return std::nullopt;
+std::optional<cResult> result_of(std::string const &bytes, cMessages &messages) {
     objref const value = read_json(bytes, messages);
     if (!value) return std::nullopt;
     return cResult(value, messages);
 }
 
-void convert(cFromJsonOptions const &options, cReply &reply) {
-    cMessages messages(options.file, options.max_errors);
-    std::optional<cResult> result = result_of(options.file, messages);
+void convert(std::string const &bytes, cMessages &messages, cReply &reply) {
+    std::optional<cResult> result = result_of(bytes, messages);
     if (messages.count() == 0 && !reads_back(*result, messages))
         messages.error("not written, for the new text doesn't read back the same");
     reply.status = messages.count() == 0 ? exit_done : exit_failed;
-    reply.messages = messages.text();
     if (result) reply.text = std::move(result->text);
 }
 
-} // namespace
-
-int run_from_json(cFromJsonOptions const &options) {
-    cReply const reply = in_child(options.file, [&](cReply &r) { convert(options, r); });
-    put_lines(reply.messages);
-    return reply.status == exit_done ? put_out(options.output, reply.text) : reply.status;
+int run(cOptions const &options) {
+    return print_to(options.output, with_bytes(options.file, options.max_errors, convert));
 }
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.option("FILE", options.file, "the JSON text");
+    arguments.option("-o,--output", options.output, "write to this file");
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(100, "from-json", "Write a JSON text as a file", help,
+                       define<cOptions, add_arguments, run>);
+
+} // namespace

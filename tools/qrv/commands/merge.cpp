@@ -8,6 +8,8 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
 #include "tools/qrv/editing/rewrite.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/reading/reading.h"
@@ -22,6 +24,34 @@
 
 namespace {
 
+struct cOptions : cWriteOptions {
+    std::string target;
+    std::string source;
+    std::string commands = "-xx";
+    bool convert = false;
+};
+
+constexpr char const *help =
+    "The letters are one each for keys that\n"
+    "  only TARGET has   - stay   0 go\n"
+    "  both have         a get SOURCE's value   s are replaced by SOURCE's value\n"
+    "                    x are merged: maps by -xx, vectors and sets by appending, all else as "
+    "a\n"
+    "                    - stay   0 go\n"
+    "  only SOURCE has   s come   x come; in vectors and sets they are appended   - don't\n"
+    "and ? is the letter that TARGET's type has.\n"
+    "\n"
+    "Examples:\n"
+    "  qrv merge device.attr site.attr                    # all of SOURCE, nothing goes\n"
+    "  qrv merge --commands=-a- device.attr site.attr     # new values for known keys\n"
+    "  qrv merge --commands=0ax device.attr site.attr     # exactly SOURCE's keys\n"
+    "\n"
+    "TARGET's comments stay; SOURCE's come with the keys that only it has, and with values\n"
+    "that replace one without a comment. A number that would change is refused, as 1.9 where\n"
+    "an int stands. If anything fails, nothing is written and the exit code is 2. A comment\n"
+    "of TARGET that would be lost is told; -i and -o then write nothing unless --force is\n"
+    "given.";
+
 constexpr unsigned constant_assigned = 0x41400000u;
 constexpr char const *choice_type_assigned =
     "Call of missed standard method 'assign' in type: choice";
@@ -29,7 +59,7 @@ constexpr char const *choice_type_assigned =
 class cMerge {
   public:
     cMerge(objref const &target, objref const &source, std::string const &bytes,
-           cMergeOptions const &options, cMessages &messages)
+           cOptions const &options, cMessages &messages)
         : target_(target), source_(source), bytes_(bytes), options_(options),
           letters_(options.commands), messages_(messages) {}
     cMerge(cMerge const &) = delete;
@@ -187,7 +217,7 @@ class cMerge {
 
     objref target_, source_;
     std::string const &bytes_; // that the source was read from
-    cMergeOptions const &options_;
+    cOptions const &options_;
     std::string letters_;
     cMessages &messages_;
     std::vector<cItem> items_; // of the source, in order
@@ -249,8 +279,7 @@ std::string told_place(std::string const &name, std::string const &bytes, std::s
 
 // Both files were read into one set of types, where the later declaration holds for all.
 void test_types(cTypes const &target, std::string const &target_bytes, objref const &source,
-                std::string const &source_bytes, cMergeOptions const &options,
-                cMessages &messages) {
+                std::string const &source_bytes, cOptions const &options, cMessages &messages) {
     for (auto const &[name, declared] : cTypeWalk::types_in(source)) {
         auto const other = target.find(name);
         if (other == target.end() || other->second.text == declared.text) continue;
@@ -260,7 +289,7 @@ void test_types(cTypes const &target, std::string const &target_bytes, objref co
     }
 }
 
-bool merge_all(cChanging const &file, std::string const &bytes, cMergeOptions const &options,
+bool merge_all(cChanging const &file, std::string const &bytes, cOptions const &options,
                std::string &told) {
     cMessages messages(options.source, options.max_errors);
     cTypes const types = cTypeWalk::types_in(file.value);
@@ -276,9 +305,7 @@ bool merge_all(cChanging const &file, std::string const &bytes, cMergeOptions co
     return messages.count() == 0;
 }
 
-} // namespace
-
-int run_merge(cMergeOptions const &options) {
+int run(cOptions const &options) {
     cMessages messages(options.source, options.max_errors);
     std::string bytes;
     if (options.source == "-" && options.target == "-")
@@ -291,3 +318,30 @@ int run_merge(cMergeOptions const &options) {
         return merge_all(file, bytes, options, told);
     });
 }
+
+// Empty if these are letters for `merge`.
+std::string wrong_commands(std::string const &commands) {
+    static constexpr char const *known[] = {"-0?", "-asx0?", "-sx?"};
+    static constexpr char const *keys[] = {"only TARGET has", "both have", "only SOURCE has"};
+    if (commands.size() != 3) return "three letters are needed, one for each class of keys";
+    for (size_t i = 0; i < 3; ++i)
+        if (std::string_view(known[i]).find(commands[i]) == std::string_view::npos)
+            return "'" + commands.substr(i, 1) + "' is no letter for keys that " + keys[i] +
+                   ", which are " + known[i];
+    return "";
+}
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.required("TARGET", options.target, "the file that is merged into");
+    arguments.required("SOURCE", options.source, "the file that is merged");
+    arguments.option("--commands", options.commands, {"LETTERS", wrong_commands},
+                     "what to do with keys, three letters");
+    add_convert(arguments, options.convert);
+    add_destination(arguments, options);
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(30, "merge", "Merge the value of a file into another's", help,
+                       define<cOptions, add_arguments, run>);
+
+} // namespace

@@ -10,6 +10,8 @@
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintformat.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
 #include "tools/qrv/editing/rewrite.h"
 #include "tools/qrv/editing/statements.h"
 #include "tools/qrv/verify/attempt.h"
@@ -19,6 +21,36 @@
 
 namespace {
 
+struct cOptions : cWriteOptions {
+    std::string file;
+    std::string statements;
+    bool no_create = false; // missing levels are an error
+    bool convert = false;   // values that a conversion changes are stored
+};
+
+constexpr char const *help =
+    "STATEMENTS are parted by ; or , and do, in order:\n"
+    "  path = value    give what stands there a new value, or store it\n"
+    "  path &= value   store it in the place of what stands there, whatever that is\n"
+    "  path += value   add to a number or a text; to a map the keys that it lacks\n"
+    "  path << value   append to a vector or a set\n"
+    "A path is keys with / between them, a value is written as in a file: a text that is not\n"
+    "a single word needs quotes, so it is best to have the whole in single quotes.\n"
+    "\n"
+    "Examples:\n"
+    "  qrv set device.attr 'bus/baud = 9600; bus/parity = even'\n"
+    "  qrv set -i device.attr 'location/room = \"0.15\"'      # in the file's place\n"
+    "  qrv set -i device.attr 'installed &= #false'         # #true and #nil take no =\n"
+    "  qrv set device.attr 'supply/phases << N; bus += {dialect= 2; retries= 5}'\n"
+    "  qrv set -o new.attr device.attr 'spare/fan/type = axial'\n"
+    "\n"
+    "What was stored is read back. A number that would change is refused, as 1.9 where an\n"
+    "int stands. Where one value stands at several paths, by #cRef, = changes it at all of\n"
+    "them and &= at one. &= keeps the comment. No comments can be given in STATEMENTS.\n"
+    "An error is told as statements:line:column. If there is one, nothing is written and the\n"
+    "exit code is 2. A comment of the file that would be lost is told; -i and -o then write\n"
+    "nothing unless --force is given.";
+
 size_t count_of(objref const &value) {
     auto const *const map = dynamic_cast<cMapObj const *>(value.get());
     return map ? map->datamap().used() : 0;
@@ -27,7 +59,7 @@ size_t count_of(objref const &value) {
 // One statement, from the test of its value to the comparison of what was stored.
 class cAssignment {
   public:
-    cAssignment(objref const &root, cStatement const &statement, cSetOptions const &options,
+    cAssignment(objref const &root, cStatement const &statement, cOptions const &options,
                 cMessages &messages)
         : root_(root), statement_(statement), options_(options), messages_(messages) {}
     cAssignment(cAssignment const &) = delete;
@@ -93,7 +125,7 @@ class cAssignment {
     bool apply() {
         cAttempt const attempt([&] {
             return root_->setattrp(statement_.path + " " + statement_.operator_text,
-                                   statement_.value, options_.create);
+                                   statement_.value, !options_.no_create);
         });
         if (attempt.done && attempt.errors.empty()) return true;
         if (before_ && statement_.operation == '=' && tell_mismatches(before_, false)) return false;
@@ -110,7 +142,7 @@ class cAssignment {
             text = "the set holds " + shown(statement_.value) + " already";
         else if (!before_ && statement_.operation != '=' && statement_.operation != tkAndAssign)
             advice = "nothing is there for " + op + "; make it first, by = or &=";
-        else if (!before_ && !options_.create)
+        else if (!before_ && options_.no_create)
             advice = "without --no-create missing levels are made";
         else if (before_)
             advice = "it holds " + kind_of(before_);
@@ -205,14 +237,14 @@ class cAssignment {
 
     objref root_;
     cStatement const &statement_;
-    cSetOptions const &options_;
+    cOptions const &options_;
     cMessages &messages_;
     objref before_, now_;          // what stands at the path, null if nothing does
     size_t count_ = 0;             // of the values that it held
     std::optional<double> number_; // that it was
 };
 
-bool set_all(objref const &root, cSetOptions const &options, std::string &told) {
+bool set_all(objref const &root, cOptions const &options, std::string &told) {
     cMessages messages("statements", options.max_errors);
     cStatements statements(options.statements, messages);
     cStatement statement;
@@ -221,10 +253,22 @@ bool set_all(objref const &root, cSetOptions const &options, std::string &told) 
     return messages.count() == 0;
 }
 
-} // namespace
-
-int run_set(cSetOptions const &options) {
+int run(cOptions const &options) {
     return rewrite(options.file, options, [&](cChanging const &file, std::string &told) {
         return set_all(file.value, options, told);
     });
 }
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.required("FILE", options.file, "the file");
+    arguments.required("STATEMENTS", options.statements, "paths, operators and values");
+    arguments.flag("--no-create", options.no_create, "make no missing levels");
+    add_convert(arguments, options.convert);
+    add_destination(arguments, options);
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(20, "set", "Set values at paths", help,
+                       define<cOptions, add_arguments, run>);
+
+} // namespace

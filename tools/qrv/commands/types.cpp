@@ -5,10 +5,9 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
-#include "tools/qrv/commands/commands.h"
-#include "tools/qrv/output/output.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
 #include "tools/qrv/process/modules.h"
-#include "tools/qrv/process/worker.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/rules/broken_rules.h"
 #include "tools/qrv/verify/mismatch.h"
@@ -17,6 +16,18 @@
 #include <nlohmann/json.hpp>
 
 namespace {
+
+struct cOptions {
+    std::string file; // none if empty
+    std::string format = "text";
+    int max_errors = default_max_errors;
+};
+
+constexpr char const *help =
+    "Examples:\n"
+    "  qrv types shapes.attr                    and what each key must be\n"
+    "  qrv types --module ./colour              what a module brings\n"
+    "  qrv types --format=json shapes.attr | jq '.[].name'";
 
 using cJson = nlohmann::ordered_json;
 
@@ -170,32 +181,29 @@ std::string json_of(std::vector<cType> const &all, std::string const &file) {
     return list.dump(2, ' ', false, cJson::error_handler_t::replace) + "\n";
 }
 
-void list_types(cTypesOptions const &options, cReply &reply) {
-    cMessages messages(options.file, options.max_errors);
-    std::string bytes;
-    bool good = true;
-    objref keep; // the file's value
-    if (!options.file.empty()) {
-        good = read_bytes(options.file, bytes, messages);
-        cReading const reading = good ? read_value(bytes, messages) : cReading();
-        keep = reading.value;
-        good = reading.clean;
-    }
-    if (good) {
-        cSource source(bytes);
-        std::vector<cType> const all = known(source);
-        reply.text =
-            options.format == "json" ? json_of(all, options.file) : text_of(all, options.file);
-        reply.status = exit_done;
-    }
-    reply.messages = messages.text();
+void list_types(cOptions const &options, std::string const &bytes, cReply &reply) {
+    cSource source(bytes);
+    std::vector<cType> const all = known(source);
+    reply.text = options.format == "json" ? json_of(all, options.file) : text_of(all, options.file);
+    reply.status = exit_done;
 }
+
+int run(cOptions const &options) {
+    if (options.file.empty())
+        return print(in_child("qrv", [&](cReply &reply) { list_types(options, "", reply); }));
+    return print(
+        with_value(options.file, options.max_errors, [&](cRead const &file, cReply &reply) {
+            list_types(options, file.bytes, reply);
+        }));
+}
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.option("FILE", options.file, "with those that this file declares");
+    arguments.option("--format", options.format, {"text", "json"}, "text or json");
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(90, "types", "List the types that are known", help,
+                       define<cOptions, add_arguments, run>);
 
 } // namespace
-
-int run_types(cTypesOptions const &options) {
-    cReply const reply = in_child(options.file.empty() ? "qrv" : options.file,
-                                  [&](cReply &r) { list_types(options, r); });
-    put_lines(reply.messages);
-    return put_result(reply.text) ? reply.status : exit_failed;
-}

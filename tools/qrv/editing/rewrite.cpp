@@ -158,6 +158,7 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
         return refuse(name, "the new text doesn't read back the same");
     if (options.check) return tell_changes(name, reply);
     if (options.in_place) return put_into(name, reply, options);
-    if (!options.output.empty()) return put_into(options.output, reply, options);
+    if (!options.output.empty() && options.output != "-")
+        return put_into(options.output, reply, options);
     return put_result(reply.text) ? reply.status : exit_failed;
 }

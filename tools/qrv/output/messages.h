@@ -28,6 +28,8 @@ std::string shortened(std::string const &text, size_t longest = longest_path);
 // The text with that path in it shortened.
 std::string with_short_path(std::string text, std::string const &path);
 
+constexpr int default_max_errors = 100; // messages about one file
+
 class cMessages {
   public:
     cMessages(std::string name, int limit) : name_(std::move(name)), limit_(limit) {}

@@ -3,7 +3,7 @@
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/text/write/cexacttext.h"
-#include "tools/qrv/commands/commands.h"
+#include "tools/qrv/output/exit_code.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/raised.h"
 

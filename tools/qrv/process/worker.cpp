@@ -1,7 +1,7 @@
 #include "tools/qrv/process/worker.h"
 
 #include "qrv/base/platform/cplatform.h"
-#include "tools/qrv/commands/commands.h"
+#include "tools/qrv/output/exit_code.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/thrown.h"
 

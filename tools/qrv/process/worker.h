@@ -2,7 +2,7 @@
 // Work in a child process. A file may declare types, and types live as long as a process: so each
 // reading of a file has a process of its own. What the work finds comes back as a reply.
 
-#include "tools/qrv/commands/commands.h"
+#include "tools/qrv/output/exit_code.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,0 +1,55 @@
+#include "tools/qrv/commands/arguments.h"
+
+#include <CLI/CLI.hpp>
+
+void cArguments::required(char const *name, std::string &value, char const *help) {
+    command_.add_option(name, value, help)->required();
+}
+
+void cArguments::required(char const *name, std::vector<std::string> &values, char const *help) {
+    command_.add_option(name, values, help)->required();
+}
+
+void cArguments::flag(char const *name, bool &value, char const *help) {
+    command_.add_flag(name, value, help);
+}
+
+void cArguments::option(char const *name, std::string &value, char const *help) {
+    command_.add_option(name, value, help)->capture_default_str();
+}
+
+void cArguments::option(char const *name, std::optional<std::string> &value, char const *help) {
+    command_.add_option_function<std::string>(
+        name, [&value](std::string const &given) { value = given; }, help);
+}
+
+void cArguments::option(char const *name, int &value, cRange range, char const *help) {
+    command_.add_option(name, value, help)
+        ->check(CLI::Range(range.lowest, range.highest))
+        ->capture_default_str();
+}
+
+void cArguments::option(char const *name, std::string &value,
+                        std::vector<std::string> const &choices, char const *help) {
+    command_.add_option(name, value, help)->check(CLI::IsMember(choices))->capture_default_str();
+}
+
+void cArguments::option(char const *name, std::string &value, cTest test, char const *help) {
+    command_.add_option(name, value, help)
+        ->check(CLI::Validator(test.wrong, test.kind))
+        ->capture_default_str();
+}
+
+void cArguments::exclude(char const *option, char const *other) {
+    command_.get_option(option)->excludes(command_.get_option(other));
+}
+
+void cArguments::need(char const *option, char const *other) {
+    command_.get_option(option)->needs(command_.get_option(other));
+}
+
+void cArguments::need(char const *option, char const *what, std::function<bool()> is_missing) {
+    command_.callback([option, what, is_missing] {
+        if (is_missing()) throw CLI::RequiresError(option, what);
+    });
+}
