@@ -40,6 +40,12 @@ void cArguments::option(char const *name, std::string &value, cTest test, char c
         ->capture_default_str();
 }
 
+void cArguments::flag(char const *name, std::string &value, char const *usual, cTest test,
+                      char const *help) {
+    command_.add_flag(std::string(name) + '{' + usual + '}', value, help)
+        ->check(CLI::Validator(test.wrong, test.kind));
+}
+
 void cArguments::exclude(char const *option, char const *other) {
     command_.get_option(option)->excludes(command_.get_option(other));
 }
@@ -49,7 +55,13 @@ void cArguments::need(char const *option, char const *other) {
 }
 
 void cArguments::need(char const *option, char const *what, std::function<bool()> is_missing) {
-    command_.callback([option, what, is_missing] {
+    if (!checks_) {
+        checks_ = std::make_shared<cChecks>();
+        command_.callback([checks = checks_] {
+            for (auto const &check : *checks) check();
+        });
+    }
+    checks_->push_back([option, what, is_missing = std::move(is_missing)] {
         if (is_missing()) throw CLI::RequiresError(option, what);
     });
 }

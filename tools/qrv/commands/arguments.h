@@ -3,6 +3,7 @@
 // parser, which takes seconds to compile.
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,6 +36,9 @@ class cArguments {
         std::string (*wrong)(std::string const &value); // empty, or what is wrong
     };
     void option(char const *name, std::string &value, cTest test, char const *help);
+    // "--name" for `usual`, or "--name=value": a flag, so the next argument is never its value.
+    void flag(char const *name, std::string &value, char const *usual, cTest test,
+              char const *help);
 
     // Both are names of options that were added.
     void exclude(char const *option, char const *other);
@@ -43,5 +47,8 @@ class cArguments {
     void need(char const *option, char const *what, std::function<bool()> is_missing);
 
   private:
+    using cChecks = std::vector<std::function<void()>>;
+
     CLI::App &command_;
+    std::shared_ptr<cChecks> checks_; // after parsing; shared with the parser, null without checks
 };

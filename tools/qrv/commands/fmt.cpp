@@ -34,6 +34,7 @@ void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.exclude("--in-place", "--check");
     arguments.flag("--force", options.force, "replace the file even if data is lost");
     arguments.need("--force", "--in-place");
+    add_target(arguments, options.target, "--in-place", [&options] { return options.in_place; });
     add_canonical(arguments, options.canonical);
     add_max_errors(arguments, options.max_errors);
 }

@@ -16,6 +16,7 @@ namespace {
 struct cOptions {
     std::string file = "-";
     std::string output; // a file, instead of standard output
+    cTargetOptions target;
     int max_errors = default_max_errors;
 };
 
@@ -58,12 +59,15 @@ void convert(std::string const &bytes, cMessages &messages, cReply &reply) {
 }
 
 int run(cOptions const &options) {
-    return print_to(options.output, with_bytes(options.file, options.max_errors, convert));
+    return print_to(options.output, options.target,
+                    with_bytes(options.file, options.max_errors, convert));
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.option("FILE", options.file, "the file with JSON");
     arguments.option("-o,--output", options.output, "write to this file");
+    add_target(arguments, options.target, "--output",
+               [&options] { return !options.output.empty(); });
     add_max_errors(arguments, options.max_errors);
 }
 

@@ -12,6 +12,9 @@
 void add_max_errors(cArguments &arguments, int &max_errors);
 void add_canonical(cArguments &arguments, bool &canonical);
 void add_convert(cArguments &arguments, bool &convert);
+// How a file is written, for commands that write one if an option of `what` is given.
+void add_target(cArguments &arguments, cTargetOptions &options, char const *what,
+                std::function<bool()> const &writes_file);
 // Standard output, the file itself, or another file.
 void add_destination(cArguments &arguments, cWriteOptions &options);
 
@@ -33,4 +36,4 @@ cReply with_value(std::string const &file, int max_errors, cValueWork const &wor
 // Prints the text of the reply. The exit code.
 int print(cReply const &reply);
 // Writes the text to that file, or prints it if the name is empty, unless the work failed.
-int print_to(std::string const &output, cReply const &reply);
+int print_to(std::string const &output, cTargetOptions const &options, cReply const &reply);

@@ -11,6 +11,7 @@ namespace {
 struct cOptions {
     std::string file = "-";
     std::string output;
+    cTargetOptions target;
     int indent = 2;
     bool compact = false;
     bool strict = false; // a loss is an error
@@ -56,15 +57,17 @@ void convert(cOptions const &options, cRead const &file, cReply &reply) {
 }
 
 int run(cOptions const &options) {
-    return print_to(options.output, with_value(options.file, options.max_errors,
-                                               [&](cRead const &file, cReply &reply) {
-                                                   convert(options, file, reply);
-                                               }));
+    return print_to(
+        options.output, options.target,
+        with_value(options.file, options.max_errors,
+                   [&](cRead const &file, cReply &reply) { convert(options, file, reply); }));
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.option("FILE", options.file, "the file");
     arguments.option("-o,--output", options.output, "write to this file");
+    add_target(arguments, options.target, "--output",
+               [&options] { return !options.output.empty(); });
     arguments.option("--indent", options.indent, {0, 16}, "the columns of each level");
     arguments.flag("--compact", options.compact, "write no blanks and only one line");
     arguments.exclude("--compact", "--indent");

@@ -19,6 +19,9 @@
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/verify/fingerprint.h"
 
+#include <filesystem>
+#include <optional>
+
 namespace {
 
 bool unchanged(cChanging const &, std::string &) { return true; }
@@ -131,13 +134,27 @@ int refuse(std::string const &name, std::string const &why) {
     return exit_failed;
 }
 
-int put_into(std::string const &name, cReply const &reply, cWriteOptions const &options) {
+int put_into(cTarget &target, cReply const &reply, cWriteOptions const &options,
+             std::optional<std::string_view> expected) {
+    std::string const &name = target.name();
     if (reply.status != exit_done && !options.force)
         return refuse(name, "data would be lost; --force writes the file anyway");
     if (options.in_place && cat::file_exists(name) && !cat::is_regular(name))
         return refuse(name, "it is not a regular file");
     if (options.in_place && reply.text == reply.extra) return exit_done;
-    return replace(name, reply.text);
+    return target.replace(reply.text, expected);
+}
+
+// The file that is written; empty: none.
+std::string target_of(std::string const &name, cWriteOptions const &options) {
+    if (options.in_place) return name;
+    return options.output == "-" ? "" : options.output;
+}
+
+// By one name or by two.
+bool is_same_file(std::string const &name, std::string const &other) {
+    std::error_code error;
+    return name == other || std::filesystem::equivalent(name, other, error);
 }
 
 int tell_changes(std::string const &name, cReply const &reply) {
@@ -150,6 +167,11 @@ int tell_changes(std::string const &name, cReply const &reply) {
 int rewrite(std::string const &name, cWriteOptions const &options, cChange const &change) {
     if (options.in_place && name == "-") return refuse(name, "it is the standard input");
     cChange const made = change ? change : unchanged;
+    cTarget target(target_of(name, options), options.target);
+    // Otherwise the folder is locked only to write: what is read may be a pipe from a process that
+    // needs the lock.
+    bool const reads_target = !target.name().empty() && is_same_file(name, target.name());
+    if (reads_target && !target.lock()) return exit_failed;
     cReply const reply = in_child(name, [&](cReply &r) { work(name, {options, made}, r); });
     put_lines(reply.messages);
     if (reply.status == exit_failed) return exit_failed;
@@ -158,8 +180,7 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     if (!plain_output && !reply.comes_back)
         return refuse(name, "the new text would change when it is read and written again");
     if (options.check) return tell_changes(name, reply);
-    if (options.in_place) return put_into(name, reply, options);
-    if (!options.output.empty() && options.output != "-")
-        return put_into(options.output, reply, options);
-    return put_result(reply.text) ? reply.status : exit_failed;
+    if (target.name().empty()) return put_result(reply.text) ? reply.status : exit_failed;
+    return put_into(target, reply, options,
+                    reads_target ? std::optional<std::string_view>(reply.extra) : std::nullopt);
 }

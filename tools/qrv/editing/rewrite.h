@@ -3,6 +3,7 @@
 
 #include "qrv/core/cobj.h"
 #include "tools/qrv/output/messages.h"
+#include "tools/qrv/output/target.h"
 
 #include <functional>
 #include <string>
@@ -13,6 +14,7 @@ struct cWriteOptions {
     bool in_place = false;
     bool force = false; // a file is replaced even where something is lost
     std::string output; // a file of that name; - is standard output
+    cTargetOptions target;
     bool canonical = false;
     int max_errors = default_max_errors;
 };
