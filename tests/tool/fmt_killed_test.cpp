@@ -237,9 +237,10 @@ TEST_F(ToolFmtKilled, leaves_old_or_new_and_tells_whatever_fails) {
                 EXPECT_EQ(read("f"), done ? new_text : old_text);
                 EXPECT_EQ(run.out, "");
                 bool const told =
-                    run.err == "f: error: cannot write: " + why + "; the file is as it was\n" ||
+                    run.err == "f: error: cannot write: " + why + "; the file is unchanged\n" ||
                     run.err == "f: error: not written: cannot write its backup: " + why + "\n" ||
-                    run.err.starts_with("f: error: not written, for it is no"); // it can't be seen
+                    run.err.starts_with(
+                        "f: error: not written: it is not a regular file"); // it can't be seen
                 EXPECT_TRUE(done ? run.err.empty() : told) << run.err;
                 std::string const now = names();
                 EXPECT_TRUE(now == scene.names || (!done && now == "f ")) << now;

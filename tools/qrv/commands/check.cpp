@@ -16,7 +16,7 @@ constexpr char const *help = "Example:\n"
 
 void check_file(std::string const &bytes, cMessages &messages, cReply &reply) {
     cReading const reading = read_value(bytes, messages);
-    if (reading.behind) messages.error(*reading.behind, "text behind the first value is not read");
+    if (reading.behind) messages.error(*reading.behind, "text after the first value is not read");
     if (!reading.empty) reply.status = messages.count() == 0 ? exit_done : exit_found;
 }
 
@@ -28,11 +28,11 @@ int run(cOptions const &options) {
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {
-    arguments.required("FILE", options.files, "files to check");
+    arguments.required("FILE", options.files, "the files");
     add_max_errors(arguments, options.max_errors);
 }
 
-cCommand const command(70, "check", "Tell every error of a file", help,
+cCommand const command(70, "check", "Report every error of a file", help,
                        define<cOptions, add_arguments, run>);
 
 } // namespace

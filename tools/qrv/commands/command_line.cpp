@@ -14,13 +14,14 @@
 namespace {
 
 constexpr char const *footer =
-    "Exit codes: 0 done, found or clean; 1 absent, different or with findings; 2 the work could\n"
-    "not be done. A file name of - is the standard input.\n"
+    "Exit codes: 0 done, found or clean; 1 absent, different or with findings; 2 the work\n"
+    "could not be done. The file name - is the standard input.\n"
     "\n"
-    "--module may stand before or behind the command, and more than once. A NAME without a slash\n"
-    "is searched in the folder 'modules' beside the program, then where the system has its shared\n"
-    "objects, in the current folder and in its folder 'modules'. No file makes the tool load one:\n"
-    "a type that nothing has brought is unknown, whatever its name.";
+    "--module is accepted before and after the command, and more than once. A NAME without a\n"
+    "slash is searched for in the folder 'modules' beside the program, then where the system\n"
+    "has its shared objects, in the current folder and in its folder 'modules'. A file never\n"
+    "makes the tool load a module. A type is unknown unless the tool, a loaded module or the\n"
+    "file defines it.";
 
 } // namespace
 
@@ -30,7 +31,7 @@ int run_command_line(int argc, char const *const *argv) {
     app.require_subcommand(1);
     app.fallthrough(); // the options of all commands stand before or behind the command
     std::vector<std::string> modules;
-    app.add_option("--module", modules, "load this module first, for the types that it brings")
+    app.add_option("--module", modules, "load this module first, for the types that it defines")
         ->type_name("NAME")
         ->allow_extra_args(false);
     app.footer(footer);

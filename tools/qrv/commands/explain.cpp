@@ -35,23 +35,22 @@ struct cOptions {
     int max_errors = default_max_errors;
 };
 
-constexpr char const *help =
-    "Example:\n"
-    "  qrv explain device.attr sensors/0/calibration\n"
-    "Lines of a word and what it says, those that apply:\n"
-    "  path      the path, as a reference would have it\n"
-    "  type      its type, and where the file declares that\n"
-    "  name      the name of a type\n"
-    "  constant  the name, #nil or the like\n"
-    "  place     line:column in the file, of what was written there\n"
-    "  rule      what the type of the object that it belongs to asks of it\n"
-    "  default   what that type gives where there is none\n"
-    "  choice    what is chosen, and\n"
-    "  choices   from what\n"
-    "  entries   how many it has\n"
-    "  layout    whether these stand on one line or on many\n"
-    "  comment   its comment, a line each\n"
-    "  shared    another path to the same value, eight of them at most";
+constexpr char const *help = "Example:\n"
+                             "  qrv explain device.attr sensors/0/calibration\n"
+                             "explain prints a line for each of these that applies:\n"
+                             "  path      the path, as in a reference\n"
+                             "  type      its type, and where the file declares that type\n"
+                             "  name      the name of a type\n"
+                             "  constant  the name of a constant, such as #nil\n"
+                             "  place     line:column of what the file contains for the value\n"
+                             "  rule      what the type of the containing object requires\n"
+                             "  default   the default of that rule\n"
+                             "  choice    the choice of a choice value\n"
+                             "  choices   the choices of its type\n"
+                             "  entries   the number of entries\n"
+                             "  layout    whether the entries are written on one line or on many\n"
+                             "  comment   a line of its comment\n"
+                             "  shared    another path to the same value, at most eight of them";
 
 constexpr size_t most_shared = 8;
 constexpr size_t longest_line = 400; // of paths and lists
@@ -256,11 +255,11 @@ int run(cOptions const &options) {
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.required("FILE", options.file, "the file");
-    arguments.required("PATH", options.path, "keys with / between them");
+    arguments.required("PATH", options.path, "keys separated by /");
     add_max_errors(arguments, options.max_errors);
 }
 
-cCommand const command(60, "explain", "Tell what is known of one value", help,
+cCommand const command(60, "explain", "Print what is known about one value", help,
                        define<cOptions, add_arguments, run>);
 
 } // namespace

@@ -37,26 +37,26 @@ struct cOptions {
 };
 
 constexpr char const *help =
-    "Found is each entry whose key matches the whole pattern from end to end, or the text of\n"
-    "its value: a string's characters, or what the file would hold. Indices of vectors and\n"
-    "sets are no keys, and declarations of types are passed over.\n"
+    "find prints each entry whose key matches the whole pattern, or whose value does. The\n"
+    "text of a value is the characters of a string, and what a file would contain for any\n"
+    "other value. Indices of vectors and sets are not keys. find skips declarations of types.\n"
     "\n"
     "  ?         any character\n"
     "  *         any number of characters; at the end of a pattern write *? for one or more,\n"
-    "            for there * never takes the last one\n"
-    "  [a-z_]    one of these, [!a-z] any but these\n"
+    "            because a * there never matches the last character\n"
+    "  [a-z_]    one of these characters, [!a-z] any but these\n"
     "  {ab,c*d}  one of these patterns\n"
     "  \\x        the character x itself\n"
-    "A * or { takes what leads to the longest match; with --first, the first that works.\n"
+    "A * or { chooses what leads to the longest match, or with --first to the first match.\n"
     "\n"
     "Examples:\n"
-    "  qrv find device.attr humidity           keys and values, as they stand\n"
-    "  qrv find device.attr '{*bus,*bus*?}'    whatever has bus in it\n"
-    "  qrv find device.attr '[!-0-9]*[0-9]'    ends with a digit and is no number\n"
+    "  qrv find device.attr humidity           is humidity\n"
+    "  qrv find device.attr '{*bus,*bus*?}'    contains bus\n"
+    "  qrv find device.attr '[!-0-9]*[0-9]'    ends with a digit and is not a number\n"
     "\n"
-    "Each is printed as a statement that set takes, and so are all of them together, but\n"
-    "for a file of one value and a path with a key that is no number and no string. A value\n"
-    "that stands at several paths is looked at under the first of them. If nothing is\n"
+    "find prints each entry as a statement for set. set accepts all of them together, except\n"
+    "for a file of one value and a path with a key that is neither a number nor a string. If\n"
+    "several paths lead to a value, find examines it at the first of them. If nothing is\n"
     "found, the exit code is 1.";
 
 cMapObj const *as_map(objref const &value) { return dynamic_cast<cMapObj const *>(value.get()); }
@@ -195,7 +195,7 @@ class cSearch {
         for (cTree::cLevel const &level : tree_.way()) {
             objref const &key = level.node->key();
             if (is_token(key)) continue;
-            return messages_.warning(shortened(path) + ": set takes no path with a key of type " +
+            return messages_.warning(shortened(path) + ": set accepts no path with a key of type " +
                                      key->type().name());
         }
     }
@@ -220,7 +220,7 @@ class cSearch {
 
     bool too_long() {
         if (found_.size() <= longest_) return false;
-        messages_.error("what is found is many times longer than the file; the rest is left out");
+        messages_.error("the output is many times longer than the file; the rest is left out");
         return true;
     }
 
@@ -255,12 +255,12 @@ int run(cOptions const &options) {
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.required("FILE", options.file, "the file");
-    arguments.required("PATTERN", options.pattern, "what keys and texts are held against");
-    arguments.flag("--first", options.first, "the first choice that works, not the longest");
+    arguments.required("PATTERN", options.pattern, "compared with keys and values");
+    arguments.flag("--first", options.first, "use the first match, not the longest");
     add_max_errors(arguments, options.max_errors);
 }
 
-cCommand const command(50, "find", "Print the values that a pattern finds", help,
+cCommand const command(50, "find", "Print the entries that match a pattern", help,
                        define<cOptions, add_arguments, run>);
 
 } // namespace

@@ -14,11 +14,11 @@ struct cOptions : cWriteOptions {
 
 constexpr char const *help =
     "Examples:\n"
-    "  qrv fmt device.attr            writes it to standard output\n"
-    "  qrv fmt --check *.attr         is everything in layout?\n"
-    "  qrv fmt -i device.attr         rewrites the file, comments kept\n"
-    "Comments that can't be kept, and text behind the first value, are told with\n"
-    "their place; -i then refuses unless --force is given.";
+    "  qrv fmt device.attr            prints the value in standard layout\n"
+    "  qrv fmt --check *.attr         reports what is not in standard layout\n"
+    "  qrv fmt -i device.attr         replaces the file and preserves its comments\n"
+    "fmt reports each comment that would be lost, and text after the first value, with its\n"
+    "position. Then -i does not replace the file unless --force is given.";
 
 int run(cOptions const &options) {
     int status = exit_done;
@@ -28,11 +28,11 @@ int run(cOptions const &options) {
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {
-    arguments.required("FILE", options.files, "files to write anew");
-    arguments.flag("--check", options.check, "only tell what would change");
+    arguments.required("FILE", options.files, "the files");
+    arguments.flag("--check", options.check, "only report what would change");
     arguments.flag("-i,--in-place", options.in_place, "replace the file");
     arguments.exclude("--in-place", "--check");
-    arguments.flag("--force", options.force, "replace it even where something is lost");
+    arguments.flag("--force", options.force, "replace the file even if data is lost");
     arguments.need("--force", "--in-place");
     add_target(arguments, options.target, "--in-place", [&options] { return options.in_place; });
     add_canonical(arguments, options.canonical);

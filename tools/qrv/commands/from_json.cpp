@@ -24,10 +24,11 @@ constexpr char const *help =
     "Examples:\n"
     "  qrv from-json data.json -o data.attr\n"
     "  qrv from-json <data.json | qrv get - items/0/name\n"
-    "Objects become maps, arrays vectors, whole numbers int if they fit and double otherwise,\n"
-    "null #nil. What can't be kept is an error with place and path, and nothing is written:\n"
-    "a whole number that no double holds exactly, a key that stands twice in an object or\n"
-    "begins with #, a character 0, nesting that is too deep to be read.";
+    "Objects become maps, and arrays become vectors. A whole number becomes an int if it fits\n"
+    "and a double otherwise. null becomes #nil. What a file cannot contain is an error with\n"
+    "position and path, and nothing is written: a whole number that no double represents\n"
+    "exactly, a key that occurs twice in an object or begins with #, a character 0, nesting\n"
+    "that is too deep to be read.";
 
 struct cResult {
     cResult(objref const &value, cMessages &messages)
@@ -52,7 +53,7 @@ std::optional<cResult> result_of(std::string const &bytes, cMessages &messages) 
 void convert(std::string const &bytes, cMessages &messages, cReply &reply) {
     std::optional<cResult> result = result_of(bytes, messages);
     if (messages.count() == 0 && !reads_back(*result, messages))
-        messages.error("not written, for the new text doesn't read back the same");
+        messages.error("not written: the new text would change when it is read and written again");
     reply.status = messages.count() == 0 ? exit_done : exit_failed;
     if (result) reply.text = std::move(result->text);
 }
@@ -63,14 +64,14 @@ int run(cOptions const &options) {
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {
-    arguments.option("FILE", options.file, "the JSON text");
+    arguments.option("FILE", options.file, "the file with JSON");
     arguments.option("-o,--output", options.output, "write to this file");
     add_target(arguments, options.target, "--output",
                [&options] { return !options.output.empty(); });
     add_max_errors(arguments, options.max_errors);
 }
 
-cCommand const command(100, "from-json", "Write a JSON text as a file", help,
+cCommand const command(100, "from-json", "Convert JSON to the file format", help,
                        define<cOptions, add_arguments, run>);
 
 } // namespace

@@ -21,10 +21,11 @@ struct cOptions {
     int max_errors = default_max_errors;
 };
 
-constexpr char const *help = "Examples:\n"
-                             "  qrv get device.attr bus/baud            a number, as it stands\n"
-                             "  qrv get device.attr limits sensors/0    containers as text\n"
-                             "  qrv get --default 8 device.attr slots   8 if there is no such key";
+constexpr char const *help =
+    "Examples:\n"
+    "  qrv get device.attr bus/baud            prints a number\n"
+    "  qrv get device.attr limits sensors/0    prints containers as in a file\n"
+    "  qrv get --default 8 device.attr slots   prints 8 if there is no such key";
 
 // A string without quotes, a bool as a word, a float without its letter; all else as written.
 std::string raw(objref const &value) {
@@ -77,9 +78,9 @@ int run(cOptions const &options) {
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.required("FILE", options.file, "the file");
-    arguments.required("PATH", options.paths, "keys with / between them");
-    arguments.flag("--text", options.text, "print the written form, strings in quotes");
-    arguments.option("--default", options.default_value, "printed for what is absent");
+    arguments.required("PATH", options.paths, "keys separated by /");
+    arguments.flag("--text", options.text, "print values as in a file, with quotes around strings");
+    arguments.option("--default", options.default_value, "print this for a path without a value");
     add_canonical(arguments, options.canonical);
     add_max_errors(arguments, options.max_errors);
 }

@@ -32,25 +32,29 @@ struct cOptions : cWriteOptions {
 };
 
 constexpr char const *help =
-    "The letters are one each for keys that\n"
-    "  only TARGET has   - stay   0 go\n"
-    "  both have         a get SOURCE's value   s are replaced by SOURCE's value\n"
-    "                    x are merged: maps by -xx, vectors and sets by appending, all else as "
-    "a\n"
-    "                    - stay   0 go\n"
-    "  only SOURCE has   s come   x come; in vectors and sets they are appended   - don't\n"
-    "and ? is the letter that TARGET's type has.\n"
+    "There is one letter for each class of keys:\n"
+    "  only in TARGET   -  keep the value\n"
+    "                   0  remove it\n"
+    "  in both          a  assign SOURCE's value\n"
+    "                   s  replace it by SOURCE's value\n"
+    "                   x  merge: maps by -xx, vectors and sets by appending, all else like a\n"
+    "                   -  keep the value\n"
+    "                   0  remove it\n"
+    "  only in SOURCE   s  store the value\n"
+    "                   x  store it; append it to vectors and sets\n"
+    "                   -  do not store it\n"
+    "The letter ? stands for the letter that TARGET's type defines.\n"
     "\n"
     "Examples:\n"
-    "  qrv merge device.attr site.attr                    # all of SOURCE, nothing goes\n"
-    "  qrv merge --commands=-a- device.attr site.attr     # new values for known keys\n"
+    "  qrv merge device.attr site.attr                    # all of SOURCE; removes nothing\n"
+    "  qrv merge --commands=-a- device.attr site.attr     # new values for existing keys\n"
     "  qrv merge --commands=0ax device.attr site.attr     # exactly SOURCE's keys\n"
     "\n"
-    "TARGET's comments stay; SOURCE's come with the keys that only it has, and with values\n"
-    "that replace one without a comment. A number that would change is refused, as 1.9 where\n"
-    "an int stands. If anything fails, nothing is written and the exit code is 2. A comment\n"
-    "of TARGET that would be lost is told; -i and -o then write nothing unless --force is\n"
-    "given.";
+    "merge preserves TARGET's comments. It copies SOURCE's comments with the keys that only\n"
+    "SOURCE has, and with values that replace a value without a comment. It refuses a number\n"
+    "that would change, such as 1.9 in an int. If anything fails, nothing is written and the\n"
+    "exit code is 2. merge reports each comment of TARGET that would be lost. Then -i and -o\n"
+    "write nothing unless --force is given.";
 
 constexpr unsigned constant_assigned = 0x41400000u;
 constexpr char const *choice_type_assigned =
@@ -92,7 +96,7 @@ class cMerge {
         if (known && &target_->type() == &source_->type()) return true;
         messages_.error("its value is " + kind_of(source_) + ", that of " +
                         shortened(options_.target) + " " + kind_of(target_) +
-                        "; a map, a vector or a set is merged onto one of its kind");
+                        "; only two maps, two vectors or two sets can be merged");
         return false;
     }
 
@@ -109,7 +113,7 @@ class cMerge {
             messages_.error(said.text, said.code);
             silent = false;
         }
-        if (!silent && messages_.count() == 0) messages_.error("not all could be merged");
+        if (!silent && messages_.count() == 0) messages_.error("not all values could be merged");
     }
 
     void list_keys() {
@@ -189,7 +193,7 @@ class cMerge {
             now->set_comment(comment, true);
     }
 
-    void tell_left(objref const &key) { tell('/' + cat::as_text(key), "it can't be removed"); }
+    void tell_left(objref const &key) { tell('/' + cat::as_text(key), "it cannot be removed"); }
 
     void tell(std::string const &path, std::string const &text) {
         if (found_.size() < static_cast<size_t>(messages_.limit()))
@@ -297,7 +301,7 @@ bool merge_all(cChanging const &file, std::string const &bytes, cOptions const &
         file.first_number == 0 ? bytes : numbered(bytes, survey(bytes).comments, file.first_number);
     cReading const reading = read_value(source, messages);
     if (reading.clean && reading.behind)
-        messages.error(*reading.behind, "text behind the first value is not read");
+        messages.error(*reading.behind, "text after the first value is not read");
     if (messages.count() == 0)
         test_types(types, file.bytes, reading.value, source, options, messages);
     if (messages.count() == 0) cMerge(file.value, reading.value, source, options, messages).run();
@@ -309,7 +313,7 @@ int run(cOptions const &options) {
     cMessages messages(options.source, options.max_errors);
     std::string bytes;
     if (options.source == "-" && options.target == "-")
-        messages.error("the standard input can be only one of the two");
+        messages.error("only one of the two files can be the standard input");
     else
         read_bytes(options.source, bytes, messages);
     put_lines(messages.text());
@@ -322,20 +326,20 @@ int run(cOptions const &options) {
 // Empty if these are letters for `merge`.
 std::string wrong_commands(std::string const &commands) {
     static constexpr char const *known[] = {"-0?", "-asx0?", "-sx?"};
-    static constexpr char const *keys[] = {"only TARGET has", "both have", "only SOURCE has"};
+    static constexpr char const *keys[] = {"only in TARGET", "in both", "only in SOURCE"};
     if (commands.size() != 3) return "three letters are needed, one for each class of keys";
     for (size_t i = 0; i < 3; ++i)
         if (std::string_view(known[i]).find(commands[i]) == std::string_view::npos)
-            return "'" + commands.substr(i, 1) + "' is no letter for keys that " + keys[i] +
-                   ", which are " + known[i];
+            return "'" + commands.substr(i, 1) + "' is not a letter for keys " + keys[i] +
+                   "; the letters are " + known[i];
     return "";
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {
-    arguments.required("TARGET", options.target, "the file that is merged into");
-    arguments.required("SOURCE", options.source, "the file that is merged");
+    arguments.required("TARGET", options.target, "the file to merge into");
+    arguments.required("SOURCE", options.source, "the file to merge");
     arguments.option("--commands", options.commands, {"LETTERS", wrong_commands},
-                     "what to do with keys, three letters");
+                     "what happens to keys: three letters");
     add_convert(arguments, options.convert);
     add_destination(arguments, options);
     add_max_errors(arguments, options.max_errors);

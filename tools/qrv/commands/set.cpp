@@ -29,27 +29,27 @@ struct cOptions : cWriteOptions {
 };
 
 constexpr char const *help =
-    "STATEMENTS are parted by ; or , and do, in order:\n"
-    "  path = value    give what stands there a new value, or store it\n"
-    "  path &= value   store it in the place of what stands there, whatever that is\n"
-    "  path += value   add to a number or a text; to a map the keys that it lacks\n"
+    "STATEMENTS are separated by ; or , and run in order:\n"
+    "  path = value    assign the value to what is there, or create an entry\n"
+    "  path &= value   replace what is there, of whatever type, or create an entry\n"
+    "  path += value   add to a number or a string; add to a map the keys that it lacks\n"
     "  path << value   append to a vector or a set\n"
-    "A path is keys with / between them, a value is written as in a file: a text that is not\n"
-    "a single word needs quotes, so it is best to have the whole in single quotes.\n"
+    "A path is keys separated by /. A value is written as in a file. A string that is not a\n"
+    "single word needs quotes, so it is best to put all STATEMENTS in single quotes.\n"
     "\n"
     "Examples:\n"
     "  qrv set device.attr 'bus/baud = 9600; bus/parity = even'\n"
-    "  qrv set -i device.attr 'location/room = \"0.15\"'      # in the file's place\n"
-    "  qrv set -i device.attr 'installed &= #false'         # #true and #nil take no =\n"
+    "  qrv set -i device.attr 'location/room = \"0.15\"'      # replaces the file\n"
+    "  qrv set -i device.attr 'installed &= #false'         # #true and #nil need &=\n"
     "  qrv set device.attr 'supply/phases << N; bus += {dialect= 2; retries= 5}'\n"
     "  qrv set -o new.attr device.attr 'spare/fan/type = axial'\n"
     "\n"
-    "What was stored is read back. A number that would change is refused, as 1.9 where an\n"
-    "int stands. Where one value stands at several paths, by #cRef, = changes it at all of\n"
-    "them and &= at one. &= keeps the comment. No comments can be given in STATEMENTS.\n"
-    "An error is told as statements:line:column. If there is one, nothing is written and the\n"
-    "exit code is 2. A comment of the file that would be lost is told; -i and -o then write\n"
-    "nothing unless --force is given.";
+    "set compares what it stored with what was given, and refuses a number that would change,\n"
+    "such as 1.9 in an int. If several paths lead to one value, by #cRef, then = changes it\n"
+    "at all of them and &= at one. &= preserves the comment. STATEMENTS cannot contain\n"
+    "comments. Errors are reported as statements:line:column. After an error nothing is\n"
+    "written and the exit code is 2. set reports each comment of the file that would be lost.\n"
+    "Then -i and -o write nothing unless --force is given.";
 
 size_t count_of(objref const &value) {
     auto const *const map = dynamic_cast<cMapObj const *>(value.get());
@@ -117,7 +117,7 @@ class cAssignment {
     bool can_be_assigned() {
         if (statement_.operation != '=' || !before_ || !is_constant(*before_)) return true;
         std::string const name = shown(before_);
-        return refuse(statement_.place, "it holds " + name + ", which takes no value",
+        return refuse(statement_.place, "it holds " + name + ", which cannot be assigned",
                       "&= replaces it: " + shortened(statement_.path) +
                           " &= " + shown(statement_.value));
     }
@@ -137,13 +137,13 @@ class cAssignment {
     bool explain(bool silent) {
         std::string const &op = statement_.operator_text;
         std::string advice;
-        std::string text = kind_of(statement_.value) + " can't be stored there by " + op;
+        std::string text = kind_of(statement_.value) + " cannot be stored there by " + op;
         if (statement_.operation == tkShiftLeft && cObj::is_set(before_))
             text = "the set holds " + shown(statement_.value) + " already";
         else if (!before_ && statement_.operation != '=' && statement_.operation != tkAndAssign)
-            advice = "nothing is there for " + op + "; make it first, by = or &=";
+            advice = "there is no value for " + op + "; create one first, with = or &=";
         else if (!before_ && options_.no_create)
-            advice = "without --no-create missing levels are made";
+            advice = "without --no-create missing levels are created";
         else if (before_)
             advice = "it holds " + kind_of(before_);
         if (silent) return refuse(statement_.place, text, advice);
@@ -176,7 +176,7 @@ class cAssignment {
     std::string advice(bool conversion) const {
         std::string const convert = conversion ? "--convert stores the changed value" : "";
         if (statement_.operation == tkAndAssign) return convert;
-        return conversion ? "&= replaces it with its type; " + convert
+        return conversion ? "&= replaces it and its type; " + convert
                           : "&= replaces it, whatever it is";
     }
 
@@ -199,7 +199,7 @@ class cAssignment {
         if (number_ && &statement_.value->type() == &cat::type_string()) return test_text_sum();
         if (!cObj::is_map(now_) && !cObj::is_vector(now_) && !cObj::is_set(now_)) return;
         if (!statement_.value->is_container())
-            refuse_value("it is " + kind_of(now_) + ", to which += adds the values of another one",
+            refuse_value("it is " + kind_of(now_) + ", and += adds the values of another container",
                          "<< appends one value");
         else if (!cObj::is_map(now_) && cObj::is_map(statement_.value))
             refuse_value("it is " + kind_of(now_) + "; the keys would be lost",
@@ -262,7 +262,7 @@ int run(cOptions const &options) {
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.required("FILE", options.file, "the file");
     arguments.required("STATEMENTS", options.statements, "paths, operators and values");
-    arguments.flag("--no-create", options.no_create, "make no missing levels");
+    arguments.flag("--no-create", options.no_create, "do not create missing levels");
     add_convert(arguments, options.convert);
     add_destination(arguments, options);
     add_max_errors(arguments, options.max_errors);

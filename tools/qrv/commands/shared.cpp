@@ -3,17 +3,18 @@
 #include "tools/qrv/output/output.h"
 
 void add_max_errors(cArguments &arguments, int &max_errors) {
-    arguments.option("--max-errors", max_errors, {1, 1000000}, "messages for one file at most");
+    arguments.option("--max-errors", max_errors, {1, 1000000},
+                     "report at most this many errors, and as many warnings, for a file");
 }
 
 void add_canonical(cArguments &arguments, bool &canonical) {
     arguments.flag("--canonical", canonical,
-                   "the plain writer's bytes: six digits, no last line feed");
+                   "the library's own format: six digits, no final line feed");
 }
 
 void add_convert(cArguments &arguments, bool &convert) {
     arguments.flag("--convert", convert,
-                   "store numbers that must be changed to fit, as 1 for 1.9 in an int");
+                   "store numbers even if they change, such as 1.9 as 1 in an int");
 }
 
 namespace {
@@ -40,7 +41,7 @@ void add_destination(cArguments &arguments, cWriteOptions &options) {
     arguments.flag("-i,--in-place", options.in_place, "replace the file");
     arguments.option("-o,--output", options.output, "write to this file");
     arguments.exclude("--output", "--in-place");
-    arguments.flag("--force", options.force, "write the file even where something is lost");
+    arguments.flag("--force", options.force, "write the file even if data is lost");
     auto const writes_file = [&options] { return options.in_place || !options.output.empty(); };
     arguments.need("--force", "--in-place or --output",
                    [&options, writes_file] { return options.force && !writes_file(); });

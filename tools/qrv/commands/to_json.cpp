@@ -22,25 +22,25 @@ constexpr char const *help =
     "Examples:\n"
     "  qrv to-json device.attr -o device.json\n"
     "  qrv to-json --compact device.attr 2>/dev/null | jq .bus.baud\n"
-    "Told as lost, on standard error:\n"
+    "Reported as lost, on standard error:\n"
     "  a set                              becomes an array\n"
-    "  a float                            a number, which is a double when it is read again\n"
-    "  #true, #false                      true, false; #nil is null, and nothing is lost\n"
-    "  an object of a declared type       an object of its attributes\n"
-    "  other constants, objects, types    their text, as a string\n"
-    "  a key that is no string            its text\n"
-    "  a value that several places share  is written in full at each\n"
-    "  comments, text behind the value    are left out\n"
+    "  a float                            becomes a number, which is read as a double\n"
+    "  #true, #false                      become true, false; #nil becomes null, without a loss\n"
+    "  an object of a declared type       becomes an object of its attributes\n"
+    "  other constants, objects, types    become strings with their text\n"
+    "  a non-string key                   becomes its text\n"
+    "  a value that several paths share   is written in full at each of them\n"
+    "  comments, text after the value     are left out\n"
     "The exit code is 0 all the same; with --strict it is 1. It is 2, and nothing is written,\n"
-    "for a string that is no UTF-8, two keys with the same text, and sharing that would make\n"
-    "the text many times longer than the file.";
+    "for a string that is not UTF-8, for two keys with the same text, and for sharing that\n"
+    "would make the text many times longer than the file.";
 
 void tell_lost_text(cReading const &reading, cMessages &messages) {
     for (cComment const &comment : reading.survey.comments)
         messages.warning(comment.place,
                          "this comment is lost: " +
                              shortened(comment.text.substr(0, comment.text.find('\n'))));
-    if (reading.behind) messages.warning(*reading.behind, "text behind the first value is lost");
+    if (reading.behind) messages.warning(*reading.behind, "text after the first value is lost");
 }
 
 int status_of(cMessages const &messages, bool strict) {
@@ -68,14 +68,14 @@ void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.option("-o,--output", options.output, "write to this file");
     add_target(arguments, options.target, "--output",
                [&options] { return !options.output.empty(); });
-    arguments.option("--indent", options.indent, {0, 16}, "columns for each level");
-    arguments.flag("--compact", options.compact, "no blanks, all on one line");
+    arguments.option("--indent", options.indent, {0, 16}, "the columns of each level");
+    arguments.flag("--compact", options.compact, "write no blanks and only one line");
     arguments.exclude("--compact", "--indent");
-    arguments.flag("--strict", options.strict, "write nothing if something is lost");
+    arguments.flag("--strict", options.strict, "write nothing if data is lost");
     add_max_errors(arguments, options.max_errors);
 }
 
-cCommand const command(110, "to-json", "Write the value of a file as JSON", help,
+cCommand const command(110, "to-json", "Convert the value of a file to JSON", help,
                        define<cOptions, add_arguments, run>);
 
 } // namespace

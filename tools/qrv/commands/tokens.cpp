@@ -14,7 +14,7 @@ struct cOptions {
 
 constexpr char const *help = "Example:\n"
                              "  qrv tokens --all device.attr\n"
-                             "A line is TOKEN:code:position:line:column 'text'.";
+                             "Each line is TOKEN:code:position:line:column 'text'.";
 
 int run(cOptions const &options) {
     return print(with_bytes(options.file, options.max_errors,
@@ -26,7 +26,7 @@ int run(cOptions const &options) {
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.required("FILE", options.file, "the file");
-    arguments.flag("--all", options.all, "comments and blanks too");
+    arguments.flag("--all", options.all, "list comments and blanks, too");
     add_max_errors(arguments, options.max_errors);
 }
 

@@ -25,8 +25,8 @@ struct cOptions {
 
 constexpr char const *help =
     "Examples:\n"
-    "  qrv types shapes.attr                    and what each key must be\n"
-    "  qrv types --module ./colour              what a module brings\n"
+    "  qrv types shapes.attr                    also lists the types of the file, with their keys\n"
+    "  qrv types --module ./colour              also lists the types of a module\n"
     "  qrv types --format=json shapes.attr | jq '.[].name'";
 
 using cJson = nlohmann::ordered_json;
@@ -198,12 +198,12 @@ int run(cOptions const &options) {
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {
-    arguments.option("FILE", options.file, "with those that this file declares");
+    arguments.option("FILE", options.file, "also list the types that this file declares");
     arguments.option("--format", options.format, {"text", "json"}, "text or json");
     add_max_errors(arguments, options.max_errors);
 }
 
-cCommand const command(90, "types", "List the types that are known", help,
+cCommand const command(90, "types", "List the known types", help,
                        define<cOptions, add_arguments, run>);
 
 } // namespace

@@ -42,7 +42,7 @@ void rewrite_text(std::string const &text, cTask const &task, size_t first_numbe
     if (all_written) reply.image = image_of(reading.value);
     if (reading.behind) {
         cMessages behind(messages.name(), 1);
-        behind.error(*reading.behind, "text behind the first value would be lost");
+        behind.error(*reading.behind, "text after the first value would be lost");
         reply.extra = behind.lines();
     }
     reply.status = exit_done;
@@ -76,7 +76,7 @@ void tell_lost_comments(std::string const &bytes, cTask const &task, cMessages &
     if (comments.empty()) return;
     cReply const reply =
         rewritten(messages.name(), numbered(bytes, comments, 0), task, comments.size());
-    if (reply.status != exit_done) return messages.error("its comments could not be followed");
+    if (reply.status != exit_done) return messages.error("cannot track its comments");
     std::map<size_t, size_t> const numbers = numbers_in(reply.text);
     std::map<std::string, size_t> repeated; // text: how often it is written beyond its one place
     for (auto const &[number, count] : numbers)
@@ -97,8 +97,9 @@ std::string what_changed(std::string const &image, cReply const &back, bool cano
     bool const read = back.status == exit_done && !back.image.empty();
     if (read && objects_in(back.image) > objects_in(image))
         return "shared values would become copies";
-    if (canonical) return "digits, bits, or strings that read as something else";
-    return read ? "types, objects of them, or equal values in a set" : "the new text can't be read";
+    if (canonical) return "digits, bits or strings would differ";
+    return read ? "types, objects of them or equal values in a set would differ"
+                : "it cannot be read";
 }
 
 // Step 3. Whether the bytes came back.
@@ -107,7 +108,7 @@ bool read_back(std::string const &text, std::string const &image, cWriteOptions 
     cReply const reply = rewritten(messages.name(), text, {options, unchanged}, 0);
     bool const read = reply.status == exit_done;
     if (!image.empty() && (!read || reply.image != image))
-        messages.error("the value would come back changed: " +
+        messages.error("the new text would not read as the same value: " +
                        what_changed(image, reply, options.canonical));
     return read && reply.text == text;
 }
@@ -129,7 +130,7 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
 }
 
 int refuse(std::string const &name, std::string const &why) {
-    put_message(name + ": error: not written, for " + why);
+    put_message(name + ": error: not written: " + why);
     return exit_failed;
 }
 
@@ -137,9 +138,9 @@ int put_into(cTarget &target, cReply const &reply, cWriteOptions const &options,
              std::optional<std::string_view> expected) {
     std::string const &name = target.name();
     if (reply.status != exit_done && !options.force)
-        return refuse(name, "something would be lost; --force writes it");
+        return refuse(name, "data would be lost; --force writes the file anyway");
     if (options.in_place && cat::file_exists(name) && !cat::is_regular(name))
-        return refuse(name, "it is no plain file");
+        return refuse(name, "it is not a regular file");
     if (options.in_place && reply.text == reply.extra) return exit_done;
     return target.replace(reply.text, expected);
 }
@@ -177,7 +178,7 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     // The plain writer's bytes may not be readable: a loss that was told, but nothing to keep.
     bool const plain_output = options.canonical && !options.in_place;
     if (!plain_output && !reply.comes_back)
-        return refuse(name, "the new text doesn't read back the same");
+        return refuse(name, "the new text would change when it is read and written again");
     if (options.check) return tell_changes(name, reply);
     if (target.name().empty()) return put_result(reply.text) ? reply.status : exit_failed;
     return put_into(target, reply, options,

@@ -42,15 +42,15 @@ void cStatements::tell_unread() {
     cSurvey const found = survey(text_);
     for (cComment const &comment : found.comments) {
         messages_.error(comment.place, "this comment would be lost: " + shortened(comment.text));
-        messages_.note(comment.place, "leave it out; a text with // or /* in it needs quotes");
+        messages_.note(comment.place, "leave it out; a string that contains // or /* needs quotes");
     }
     if (found.open_comment) {
         messages_.error(*found.open_comment, "this comment is not closed");
-        messages_.note(*found.open_comment, "a text with /* in it needs quotes");
+        messages_.note(*found.open_comment, "a string that contains /* needs quotes");
     }
     for (cStray const &stray : found.strays) {
         messages_.error(stray.place, stray.text);
-        messages_.note(stray.place, "put the text that it stands in into quotes");
+        messages_.note(stray.place, "put the string that contains it in quotes");
     }
     cat::ReadReport passed_over(static_cast<size_t>(messages_.limit()));
     tell_unheard(cSource(text_), behind({}, text_, text_.size()), {}, passed_over);
@@ -74,12 +74,12 @@ bool cStatements::next(cStatement &statement) {
 
 bool cStatements::read_key(cAttrLiteral const &token, cStatement &statement) {
     if (token.code == tkEof)
-        return refuse(token, "the path has no last key", "take away the last '/', or add a key");
+        return refuse(token, "the path has no last key", "remove the last '/', or add a key");
     if (!is_key(token))
-        return refuse(token, quoted(token) + " is no key",
-                      "a key is a word, a number or a text in quotes");
+        return refuse(token, quoted(token) + " is not a key",
+                      "a key is a word, a number or a string in quotes");
     if (token.code == tkString && token.text.compare(1, 1, "#") == 0)
-        return refuse(token, "a key that begins with # can't be written: " + shortened(token.text),
+        return refuse(token, "a key that begins with # cannot be written: " + shortened(token.text),
                       "choose another key");
     statement.path += token.text;
     return true;
@@ -98,10 +98,10 @@ bool cStatements::read_path(cStatement &statement) {
         scan_.gettok(token);
         if (is_operator(token.code)) break;
         if (token.code == tkEof)
-            return refuse(token, "operator and value are missing behind the path",
+            return refuse(token, "operator and value are missing after the path",
                           "write " + shortened(statement.path) + " = and a value");
         if (token.code != '/')
-            return refuse(token, quoted(token) + " can't follow a key",
+            return refuse(token, quoted(token) + " cannot follow a key",
                           "one of / = &= += << is expected; a key of several words needs quotes");
         statement.path += '/';
         scan_.gettok(token);
@@ -115,9 +115,10 @@ void cStatements::tell(cat::ReadError const &error) {
     cPlace const place{error.line, error.column};
     messages_.error(place, with_short_path(error.text, error.path), error.code);
     if (error.text.find("Input of standard type: ") != std::string::npos)
-        messages_.note(place, "the number is too large; an int ends at 2147483647");
+        messages_.note(place, "the number is too large; the largest int is 2147483647");
     else if (error.text.compare(0, 10, "Bad input:") == 0)
-        messages_.note(place, "text needs quotes, and a number with an exponent a point: 1.0e3");
+        messages_.note(place,
+                       "a string needs quotes, and a number with an exponent needs a point: 1.0e3");
 }
 
 void cStatements::tell(cat::ReadReport const &report) {
@@ -131,8 +132,8 @@ bool cStatements::read_value(cStatement &statement, bool &good) {
     scan_.gettok(token);
     statement.value_place = place_of(token);
     if (token.code == tkEof || is_separator(token.code))
-        return refuse(token, "the value is missing behind " + statement.operator_text,
-                      "an empty text is \"\", an empty map {}, a vector []");
+        return refuse(token, "the value is missing after " + statement.operator_text,
+                      "an empty string is \"\", an empty map {}, a vector []");
     scan_.ungettoken(token);
     cat::ReadReport report(static_cast<size_t>(messages_.limit()));
     cRules rules(text_, report, '/' + statement.path);
@@ -142,11 +143,11 @@ bool cStatements::read_value(cStatement &statement, bool &good) {
     tell(report);
     good = result == 0 && report.empty();
     if (result < 0)
-        return refuse(token, quoted(token) + " is no value",
-                      "a text needs quotes where it is not "
-                      "a single word");
+        return refuse(token, quoted(token) + " is not a value",
+                      "a string that is not a single word needs quotes");
     if (good && (end == '=' || end == '}' || end == ']' || end == '>'))
-        return refuse(scan_.token(), quoted(scan_.token()) + " can't follow a value",
-                      "a ; parts statements, and a text that is not a single word needs quotes");
+        return refuse(
+            scan_.token(), quoted(scan_.token()) + " cannot follow a value",
+            "a ; separates statements, and a string that is not a single word needs quotes");
     return true;
 }

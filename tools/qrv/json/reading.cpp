@@ -83,7 +83,7 @@ class cBuilder : public nlohmann::json_sax<cJson> {
     bool string(string_t &value) override {
         places_.next();
         if (value.find('\0') != std::string::npos)
-            return refuse("a string with a character 0 can't be written");
+            return refuse("a string with a character 0 cannot be written");
         bool const has_lines = value.find('\n') != std::string::npos;
         return add(cat::of(value), has_lines);
     }
@@ -202,10 +202,11 @@ class cBuilder : public nlohmann::json_sax<cJson> {
     }
 
     static std::string fault_of_key(cLevel const &level) {
-        if (level.key.starts_with('#')) return "a key that begins with '#' can't be written";
+        if (level.key.starts_with('#')) return "a key that begins with '#' cannot be written";
         if (level.key.find('\0') != std::string::npos)
-            return "a key with a character 0 can't be written";
-        if (level.container->datamap().find(level.key)) return "this key stands there twice";
+            return "a key with a character 0 cannot be written";
+        if (level.container->datamap().find(level.key))
+            return "this key occurs twice in the object";
         return "";
     }
 
@@ -232,6 +233,6 @@ objref read_json(std::string const &bytes, cMessages &messages) {
     cBuilder builder(bytes, messages);
     size_t const zero = bytes.find('\0'); // to the parser the end of the text
     if (cJson::sax_parse(bytes.begin(), bytes.end(), &builder) && zero != bytes.npos)
-        messages.error(cJsonPlaces(bytes).place(zero), "a character 0 stands behind the value");
+        messages.error(cJsonPlaces(bytes).place(zero), "a character 0 follows the value");
     return messages.count() == before ? builder.value() : nullptr;
 }

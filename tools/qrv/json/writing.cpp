@@ -80,7 +80,7 @@ class cJsonWriter {
         if (cat::find_const(value)) return put_constant(value);
         bool const shared = value->refs() > 1;
         if (!shared || written_.insert(value.get()).second) return put_own(value, one_line);
-        lose("what is shared is written once more");
+        lose("a shared value is written once more");
         cCopy const copy(*this);
         put_own(value, one_line);
         if (copied_ + in_copy() > form_.longest) give_up();
@@ -184,7 +184,7 @@ class cJsonWriter {
     void give_up() {
         if (given_up_) return;
         given_up_ = true;
-        messages_.error("what is shared would make the text too long");
+        messages_.error("shared values would make the text too long");
     }
 
     // What is written once more was told the first time.

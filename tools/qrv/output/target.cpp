@@ -17,7 +17,8 @@ bool can_be_lost(std::string const &name) {
 }
 
 std::string no_backup(int error) {
-    if (error == EEXIST) return "the name of its backup belongs to something that is not a file";
+    if (error == EEXIST)
+        return "the name of its backup is taken by something that is not a regular file";
     return reason("cannot write its backup", error);
 }
 
@@ -48,7 +49,7 @@ int cTarget::replace(std::string const &text, std::optional<std::string_view> ex
         return refuse(no_backup(errno));
     default:
         put_message(name_ + ": error: " + reason("cannot write", errno) +
-                    "; the file is as it was");
+                    "; the file is unchanged");
         return exit_failed;
     }
 }

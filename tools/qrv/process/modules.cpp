@@ -61,8 +61,7 @@ std::string beside_program(std::string const &name) {
 // A broken file beside the program ends the search: no other file of that name is loaded. A name
 // that ends in a slash would be the program's own module, which brings nothing.
 bool load(std::string const &name) {
-    if (name.ends_with('/'))
-        return tell_failure(name, "it is a file that is named, not its folder");
+    if (name.ends_with('/')) return tell_failure(name, "give the name of a file, not of a folder");
     try {
         std::string const beside = beside_program(name);
         if (!beside.empty() && cModule::load(beside)) return true;

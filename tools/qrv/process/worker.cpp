@@ -75,7 +75,7 @@ cReply failed(std::string const &name, std::string const &text) {
     try {
         work(reply);
     } catch (...) {
-        reply = failed(name, "the work was given up: " + thrown());
+        reply = failed(name, "the work failed: " + thrown());
     }
     bool const sent = cat::write_all(descriptor, packed(reply));
 #ifdef QRV_COVERAGE
@@ -93,7 +93,7 @@ std::string cause_of_death(int status) {
 
 cReply in_child(std::string const &name, std::function<void(cReply &)> const &work) {
     int ends[2];
-    if (::pipe(ends) != 0) return failed(name, reason("cannot make a pipe", errno));
+    if (::pipe(ends) != 0) return failed(name, reason("cannot create a pipe", errno));
     pid_t const child = ::fork();
     if (child < 0) {
         int const error = errno;

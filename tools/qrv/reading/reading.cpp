@@ -155,7 +155,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     tell(errors, behind({}, bytes, bytes.size()), messages);
     messages.more(beyond);
     reading.empty = !found && report.empty();
-    if (reading.empty) messages.error("there is no value in it");
+    if (reading.empty) messages.error("the file contains no value");
     reading.clean = found && messages.count() == before;
     if (reading.clean || (found && whole && reading.value->is_container()))
         reading.behind = scan.behind();

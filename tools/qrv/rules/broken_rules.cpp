@@ -93,7 +93,7 @@ void cBrokenRules::tell_fixed(objref const &key, objref const &value, objref con
     if (is_mistaken(key)) return;
     cSource::cEntry const *const entry = entry_of(key);
     bool const told = std::exchange(unreadable_, true);
-    std::string const why = "only the default itself will do, and a text gives a copy";
+    std::string const why = "only the default itself is valid, and reading creates a copy";
     if (entry && image_of(value) != image_of(fixed))
         add(entry->place, key,
             "key " + quoted(key) + " of type " + name_of(type_) + " is fixed to " + shown(fixed) +
@@ -101,7 +101,7 @@ void cBrokenRules::tell_fixed(objref const &key, objref const &value, objref con
                 (told ? "" : "; and no object of the type can be read: " + why));
     else if (!told)
         add(place_, key,
-            "no object of type " + name_of(type_) + " can be read, for its key " + quoted(key) +
+            "no object of type " + name_of(type_) + " can be read, because its key " + quoted(key) +
                 " is #FIXED: " + why);
 }
 

@@ -72,13 +72,13 @@ class cUnheard {
     // True if nothing more is to be said.
     bool choice(cSource::cTyped const &typed) {
         if (typed.entries.empty() && !source_.argument(typed.place)) return false;
-        add(typed.place, "choices stand in a map: choice({a= 1; b= 2;})");
+        add(typed.place, "write the choices as a map: choice({a= 1; b= 2;})");
         return true;
     }
 
     void behind(cPlace place, std::string const &type) {
-        add(place, "this is not read: only the first value in the brackets of " + shortened(type) +
-                       " is taken");
+        add(place, "this is ignored: only the first value in the brackets of " + shortened(type) +
+                       " is read");
     }
 
     // A number that keeps its form: one word, of which 32 bits are taken.

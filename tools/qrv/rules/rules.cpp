@@ -125,12 +125,12 @@ bool cRules::tell_failed(cat::ReadError &error, std::string const &name) {
     if (is_number) error.text = no_formatted_number(place);
     if (is_choice) error.text = unknown_choice(error, *type);
     if (is_set)
-        error.text = "type " + shortened(name) + " has no keys: its objects are empty, as " +
+        error.text = "type " + shortened(name) + " has no keys: its objects are empty, such as " +
                      shortened(name) + "()";
     if (type == &cat::typetype_choice())
         error.text = "a choice type needs choices: choice({a= 1; b= 2;})";
     if (type == &cat::type_attspec())
-        error.text = "an empty attspec can't be read: attspec(flag= #IMPLIED) takes any value";
+        error.text = "an empty attspec cannot be read: attspec(flag= #IMPLIED) accepts any value";
     return true;
 }
 
@@ -139,11 +139,11 @@ std::string cRules::unknown_choice(cat::ReadError const &error, cTypeObj const &
     std::optional<cPlace> const declared = source_.declared(type.name(), place_of(error));
     objref const choices = type.tmember("choices");
     if (!dynamic_cast<cMapObj const *>(choices.get()))
-        return "type " + name + " has no choices, they are given as choice({a= 1; b= 2;})" +
+        return "type " + name + " has no choices: declare them as choice({a= 1; b= 2;})" +
                declared_at(declared);
     std::optional<std::string> const key = source_.argument(place_of(error));
     std::string const what = key ? '\'' + shortened(*key) + "'" : "this";
-    return what + " is no choice of type " + name + declared_at(declared) +
+    return what + " is not a choice of type " + name + declared_at(declared) +
            (key ? known_keys(type, "choices", *key) : "");
 }
 
@@ -151,8 +151,8 @@ std::string cRules::no_formatted_number(cPlace place) const {
     std::string what;
     for (cSource::cWord const &word : source_.words(place))
         what += (what.empty() ? "" : " ") + word.text;
-    return formatted_numbers +
-           (what.empty() ? std::string(", and there is none") : ", not " + shortened(what));
+    return formatted_numbers + (what.empty() ? std::string(", and the brackets are empty")
+                                             : ", not " + shortened(what));
 }
 
 // Of a type whose declaration has an error only that is told.
@@ -186,8 +186,8 @@ void cRules::tell_unknown_type_of_key(cat::ReadError &error) {
         if (cat::as_string(entry.key) != "type" || !entry.value) continue;
         error.line = entry.value->line;
         error.column = entry.value->column;
-        error.text += known_type(entry.text)
-                          ? ": a type is given by its name alone, not with brackets"
-                          : ": no type '" + shortened(entry.text) + "'" + known_types(entry.text);
+        error.text += known_type(entry.text) ? ": write the name of the type without brackets"
+                                             : ": unknown type '" + shortened(entry.text) + "'" +
+                                                   known_types(entry.text);
     }
 }

@@ -23,7 +23,7 @@ cObstacle obstacle_in(std::string const &pattern) {
         if (c == '\\') {
             if (++i == pattern.size()) {
                 if (behind_choice) return {}; // it may stand at the end of the text
-                return {i - 1, "this \\ ends the match before the end of the text", false};
+                return {i - 1, "this \\ ends the match before the end of the string", false};
             }
             last = 0;
         } else if (c == '[') {
@@ -39,7 +39,7 @@ cObstacle obstacle_in(std::string const &pattern) {
     }
     if (!open.empty()) return {open.back(), "this { is not closed", false};
     if (last != '*') return {};
-    return {pattern.size() - 1, "this * never takes the last character of a text", true};
+    return {pattern.size() - 1, "this * never matches the last character of a string", true};
 }
 
 } // namespace
@@ -54,7 +54,7 @@ void cPattern::tell_hopeless(cMessages &messages) const {
     cObstacle const found = obstacle_in(text_);
     if (found.text.empty()) return;
     cPlace const place = behind({}, text_, found.at);
-    messages.error(place, found.text + ", so nothing matches as a whole");
+    messages.error(place, found.text + ", so the pattern matches no whole string");
     if (found.star)
         messages.note(place, "write '" + shortened(text_) + "?'" +
                                  (first_ ? ", and leave out --first" : ""));

@@ -122,12 +122,12 @@ class cComparison {
             if (std::optional<int> const number = misread(cat::as_string(given)))
                 return add("intf reads " + shown(given) + " as " + std::to_string(*number),
                            cMismatch::type);
-        add("it is " + kind_of(stored) + " and can't take " + kind_of(given) + " as it is",
+        add("it is " + kind_of(stored) + " and cannot store " + kind_of(given) + " as it is",
             cObj::is_nil(given) || stored->is_type() ? cMismatch::value : cMismatch::type);
     }
 
     void add_constant(objref const &stored) {
-        add("it holds " + shown(stored) + ", which takes no value", cMismatch::value);
+        add("it holds " + shown(stored) + ", which cannot be assigned", cMismatch::value);
     }
 
     void compare_parts(objref const &stored, objref const &given, cStored how) {

@@ -40,7 +40,7 @@ std::optional<int> misread(std::string const &text);
 
 // What an intf takes, for messages.
 constexpr char const *formatted_numbers =
-    "intf takes 12, 0x1F, 017 or b0101, in one word of up to 32 bits";
+    "intf accepts 12, 0x1F, 017 or b0101, in one word of up to 32 bits";
 
 // Would a number of this type take that one as it is?
 bool takes(objref const &target, double number);
