@@ -229,8 +229,8 @@ TEST_F(ToolInPlaceLock, without_the_backup_nothing_is_written) {
     std::filesystem::create_symlink("g", path("f~"));
     EXPECT_EQ(run({"fmt", "-i", "--backup", "f"}),
               (cRun{2, "",
-                    "f: error: not written: the name of its backup belongs to something that is "
-                    "not a file\n"}));
+                    "f: error: not written: the name of its backup is taken by something that "
+                    "is not a regular file\n"}));
     EXPECT_EQ(read("f"), "[1]");
     EXPECT_EQ(read("g"), "g");
 }

@@ -17,7 +17,8 @@ bool can_be_lost(std::string const &name) {
 }
 
 std::string no_backup(int error) {
-    if (error == EEXIST) return "the name of its backup belongs to something that is not a file";
+    if (error == EEXIST)
+        return "the name of its backup is taken by something that is not a regular file";
     return reason("cannot write its backup", error);
 }
 
