@@ -114,9 +114,9 @@ TEST_F(ToolCheck, tells_all_in_the_order_of_the_file) {
                     " /* x"),
               "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
               "f:4:6: note: the text ends here\n"
-              "f:1:5: error: choices stand in a map: choice({a= 1; b= 2;})\n"
+              "f:1:5: error: write the choices as a map: choice({a= 1; b= 2;})\n"
               "f:1:41: error: attspec has no entry 'typ'; did you mean 'type'?\n"
-              "f:2:5: error: type M has no choices, they are given as choice({a= 1; b= 2;}), "
+              "f:2:5: error: type M has no choices: declare them as choice({a= 1; b= 2;}), "
               "declared at 1:2 [0x40000001]\n"
               "f:3:10: error: Unexpected token '? [0x40000002]\n"
               "f:3:11: error: Pattern 'key =value' is missed in path: /u/n [0x40000001]\n"
@@ -133,7 +133,7 @@ TEST_F(ToolCheck, order_does_not_choose_what_is_told) {
 }
 
 TEST_F(ToolCheck, tells_text_behind_the_value) {
-    std::string const text = "text behind the first value is not read\n";
+    std::string const text = "text after the first value is not read\n";
     EXPECT_EQ(check("{} {}"), "f:1:4: error: " + text);
     EXPECT_EQ(check("a=1; b=2;"), "f:1:2: error: " + text);
     EXPECT_EQ(check("[1]]"), "f:1:4: error: " + text);
@@ -178,14 +178,14 @@ TEST_F(ToolCheck, tells_a_comment_that_is_not_closed) {
 }
 
 TEST_F(ToolCheck, of_a_file_without_a_value_is_2) {
-    cRun const none{2, "", "f: error: there is no value in it\n"};
+    cRun const none{2, "", "f: error: the file contains no value\n"};
     EXPECT_EQ(run_on("", {"check"}), none);
     EXPECT_EQ(run_on("// x\n", {"check"}), none);
     EXPECT_EQ(run_on("}", {"check"}), none);
     EXPECT_EQ(run_on("\xEF\xBB\xBF[1]", {"check"}),
               (cRun{2, "",
                     "f:1:1: error: byte 0xef outside of strings and comments\n"
-                    "f: error: there is no value in it\n"}));
+                    "f: error: the file contains no value\n"}));
 }
 
 TEST_F(ToolCheck, of_several_files_the_worst_counts) {

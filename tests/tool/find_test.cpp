@@ -213,7 +213,7 @@ TEST_F(ToolFind, a_key_that_no_path_can_have_is_told) {
     std::string const text = "{n= intf(0x10); m= {intf(0x1F)= {a= hum}; 2= hum; 2.5f= hum}}";
     cRun const run = find(text, {"hum"});
     EXPECT_EQ(run.out, "m/intf(0x1F)/a = hum;\nm/2 = hum;\nm/2.50000f = hum;\n");
-    EXPECT_EQ(run.err, "f: warning: m/intf(0x1F)/a: set takes no path with a key of type intf\n");
+    EXPECT_EQ(run.err, "f: warning: m/intf(0x1F)/a: set accepts no path with a key of type intf\n");
     EXPECT_EQ(run.status, 0);
     expect_taken(text, run.out.substr(run.out.find('\n') + 1));
     EXPECT_EQ(found(text, "n"), "n = intf(0x10);\n");
@@ -266,8 +266,8 @@ TEST_F(ToolFind, a_star_at_the_end_is_told) {
     auto const told = [](std::string const &column, std::string const &advice) {
         return cRun{1, "",
                     "pattern:1:" + column +
-                        ": error: this * never takes the last character of a text, so nothing "
-                        "matches as a whole\npattern:1:" +
+                        ": error: this * never matches the last character of a string, so the "
+                        "pattern matches no whole string\npattern:1:" +
                         column + ": note: write " + advice + "\n"};
     };
     EXPECT_EQ(find(text, {"hum*"}), told("4", "'hum*?'"));
@@ -283,7 +283,7 @@ TEST_F(ToolFind, other_patterns_that_match_nothing_are_told) {
     auto const told = [](std::string const &column, std::string const &what, std::string const &c) {
         return cRun{1, "",
                     "pattern:1:" + column + ": error: this " + what +
-                        ", so nothing matches as a whole\npattern:1:" + column +
+                        ", so the pattern matches no whole string\npattern:1:" + column +
                         ": note: write \\" + c + " for the character " + c + " itself\n"};
     };
     EXPECT_EQ(find("{a=1}", {"a["}), told("2", "[ is not closed", "["));
@@ -292,7 +292,7 @@ TEST_F(ToolFind, other_patterns_that_match_nothing_are_told) {
     EXPECT_EQ(find("{a=1}", {"{a,b\\}"}), told("1", "{ is not closed", "{"));
     EXPECT_EQ(find("{a=1}", {"{[}]"}), told("1", "{ is not closed", "{"));
     EXPECT_EQ(find("{a=1}", {"a\\"}),
-              told("2", "\\ ends the match before the end of the text", "\\"));
+              told("2", "\\ ends the match before the end of the string", "\\"));
     EXPECT_EQ(find("{a=1}", {"a\n["}).err.substr(0, 13), "pattern:2:1: ");
     EXPECT_EQ(found("{']}'= 1}", "]}"), "\"]}\" = 1;\n");
 }
@@ -310,7 +310,7 @@ TEST_F(ToolFind, a_file_that_does_not_read_cleanly_gives_nothing) {
               (cRun{2, "",
                     "f:1:8: error: Value with unknown type='foo [0x40000005]\n"
                     "f:1:8: error: Cannot insert key =b\n"}));
-    EXPECT_EQ(find("", {"a"}), (cRun{2, "", "f: error: there is no value in it\n"}));
+    EXPECT_EQ(find("", {"a"}), (cRun{2, "", "f: error: the file contains no value\n"}));
     EXPECT_EQ(find("{a=1;b=foo(2)}", {"a*"}), find("{a=1;b=foo(2)}", {"a"}))
         << "before the pattern";
     EXPECT_EQ(run({"find", "nowhere", "a"}),

@@ -18,12 +18,12 @@ class ToolFmtDeclared : public tool_test::Tool {
     }
 };
 
-std::string const changed =
-    "f: error: the value would come back changed: digits, bits, or strings that "
-    "read as something else\n";
+std::string const changed = "f: error: the new text would not read as the same value: digits, bits "
+                            "or strings would differ\n";
 std::string const unreadable =
-    "f: error: the value would come back changed: the new text can't be read\n";
-std::string const refused = "f: error: not written, for the new text doesn't read back the same\n";
+    "f: error: the new text would not read as the same value: it cannot be read\n";
+std::string const refused =
+    "f: error: not written: the new text would change when it is read and written again\n";
 
 std::string const all_kinds =
     "{ Mode= choice({a=1; b=2;}); m= Mode(a); n= Mode(); S= choice([x,y]); s= S(1); t= #cRef(/m);\n"
@@ -135,7 +135,8 @@ TEST_F(ToolFmtDeclared, an_object_of_an_older_declaration_is_reported_and_its_fi
     EXPECT_EQ(
         run_on(older, {"fmt", "-i"}),
         (cRun{2, "",
-              error + "f: error: not written, for something would be lost; --force writes it\n"}));
+              error +
+                  "f: error: not written: data would be lost; --force writes the file anyway\n"}));
     EXPECT_EQ(read("f"), older);
 }
 
@@ -145,8 +146,8 @@ TEST_F(ToolFmtDeclared, an_object_without_attributes_is_formatted) {
 
 // The writer copies a default that is shared, and refers to the values in it.
 TEST_F(ToolFmtDeclared, lost_sharing_is_reported_as_such) {
-    std::string const told =
-        "f: error: the value would come back changed: shared values would become copies\n";
+    std::string const told = "f: error: the new text would not read as the same value: shared "
+                             "values would become copies\n";
     std::string const text = "{v= [1]; d= attspec(default= #cRef(/v)); }";
     EXPECT_EQ(fmt(text), (cRun{1, "{v= [1, ]; d= attspec(default=[#cRef(/v/0), ]; ); }\n", told}));
     EXPECT_EQ(run_on(text, {"fmt", "--canonical"}),
@@ -154,15 +155,15 @@ TEST_F(ToolFmtDeclared, lost_sharing_is_reported_as_such) {
     EXPECT_EQ(
         run_on(text, {"fmt", "-i"}),
         (cRun{2, "",
-              told + "f: error: not written, for something would be lost; --force writes it\n"}));
+              told +
+                  "f: error: not written: data would be lost; --force writes the file anyway\n"}));
 }
 
 TEST_F(ToolFmtDeclared, a_type_that_gets_a_name_is_not_reported_as_lost_digits) {
     write("f", "{a= 1; }\n");
-    EXPECT_EQ(
-        run({"set", "f", "x = attlist(k= attspec(type= int))"}).err,
-        "f: error: the value would come back changed: types, objects of them, or equal values "
-        "in a set\n");
+    EXPECT_EQ(run({"set", "f", "x = attlist(k= attspec(type= int))"}).err,
+              "f: error: the new text would not read as the same value: types, objects of them or "
+              "equal values in a set would differ\n");
 }
 
 TEST_F(ToolFmtDeclared, a_declaration_that_is_made_again_is_written_once) {

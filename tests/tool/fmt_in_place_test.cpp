@@ -30,7 +30,7 @@ class ToolFmtInPlace : public tool_test::Tool {
 
 cRun const silent{0, "", ""};
 std::string const refused =
-    "f: error: not written, for something would be lost; --force writes it\n";
+    "f: error: not written: data would be lost; --force writes the file anyway\n";
 
 TEST_F(ToolFmtInPlace, replaces_the_file_and_leaves_nothing_beside) {
     write("f", "// head\n{a=1}");
@@ -112,7 +112,7 @@ TEST_F(ToolFmtInPlace, refuses_a_file_that_must_not_be_written) {
     write("f", "[1]");
     ::chmod(path("f").c_str(), 0444);
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = give_up_rights_over_files}),
-              (cRun{2, "", "f: error: cannot write: Permission denied; the file is as it was\n"}));
+              (cRun{2, "", "f: error: cannot write: Permission denied; the file is unchanged\n"}));
     EXPECT_EQ(read("f"), "[1]");
     EXPECT_EQ(files(), 1u);
 }
@@ -130,7 +130,7 @@ TEST_F(ToolFmtInPlace, refuses_when_a_comment_would_be_lost_unless_forced) {
 
 TEST_F(ToolFmtInPlace, refuses_when_text_behind_the_value_would_be_lost_unless_forced) {
     write("f", "[1] [2]");
-    std::string const told = "f:1:5: error: text behind the first value would be lost\n";
+    std::string const told = "f:1:5: error: text after the first value would be lost\n";
     EXPECT_EQ(in_place(), (cRun{2, "", told + refused}));
     EXPECT_EQ(read("f"), "[1] [2]");
     EXPECT_EQ(in_place({"--force"}), (cRun{0, "", told}));
@@ -148,9 +148,8 @@ TEST_F(ToolFmtInPlace, refuses_when_a_value_cannot_be_written_unless_forced) {
 
 TEST_F(ToolFmtInPlace, refuses_lost_digits_of_plain_text_unless_forced) {
     write("f", "[0.1234567]");
-    std::string const told =
-        "f: error: the value would come back changed: digits, bits, or strings that "
-        "read as something else\n";
+    std::string const told = "f: error: the new text would not read as the same value: digits, "
+                             "bits or strings would differ\n";
     EXPECT_EQ(in_place({"--canonical"}), (cRun{2, "", told + refused}));
     EXPECT_EQ(read("f"), "[0.1234567]");
     EXPECT_EQ(in_place({"--canonical", "--force"}), (cRun{0, "", told}));
@@ -159,12 +158,12 @@ TEST_F(ToolFmtInPlace, refuses_lost_digits_of_plain_text_unless_forced) {
 
 TEST_F(ToolFmtInPlace, never_writes_plain_text_that_does_not_come_back) {
     write("f", "['x\\\ny']");
-    EXPECT_EQ(
-        in_place({"--canonical", "--force"}),
-        (cRun{2, "",
-              "f: error: the value would come back changed: digits, bits, or strings that read as "
-              "something else\n"
-              "f: error: not written, for the new text doesn't read back the same\n"}));
+    EXPECT_EQ(in_place({"--canonical", "--force"}),
+              (cRun{2, "",
+                    "f: error: the new text would not read as the same value: digits, bits or "
+                    "strings would differ\n"
+                    "f: error: not written: the new text would change when it is read and written "
+                    "again\n"}));
     EXPECT_EQ(read("f"), "['x\\\ny']");
 }
 
@@ -177,7 +176,7 @@ TEST_F(ToolFmtInPlace, leaves_a_file_with_errors_even_if_forced) {
 
 TEST_F(ToolFmtInPlace, has_no_place_for_the_standard_input) {
     EXPECT_EQ(run({"fmt", "-i", "-"}, {.input = "[1]"}),
-              (cRun{2, "", "-: error: not written, for it is the standard input\n"}));
+              (cRun{2, "", "-: error: not written: it is the standard input\n"}));
 }
 
 // A limit on the length of files, and a text that is beyond it when it is written. There is room
@@ -195,7 +194,7 @@ TEST_F(ToolFmtInPlace, leaves_the_file_when_there_is_no_room_for_the_new_one) {
         limit_files();
     };
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = no_signal}),
-              (cRun{2, "", "f: error: cannot write: File too large; the file is as it was\n"}));
+              (cRun{2, "", "f: error: cannot write: File too large; the file is unchanged\n"}));
     EXPECT_EQ(read("f"), too_long);
     EXPECT_EQ(files(), 1u);
 }
@@ -203,7 +202,7 @@ TEST_F(ToolFmtInPlace, leaves_the_file_when_there_is_no_room_for_the_new_one) {
 TEST_F(ToolFmtInPlace, a_limit_on_the_length_of_files_does_not_end_it) {
     write("f", too_long);
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = limit_files}), // SIGXFSZ as it is
-              (cRun{2, "", "f: error: cannot write: File too large; the file is as it was\n"}));
+              (cRun{2, "", "f: error: cannot write: File too large; the file is unchanged\n"}));
     EXPECT_EQ(read("f"), too_long);
     EXPECT_EQ(files(), 1u);
 }
@@ -212,7 +211,7 @@ TEST_F(ToolFmtInPlace, refuses_what_is_no_plain_file) {
     ASSERT_EQ(::mkfifo(path("f").c_str(), 0600), 0);
     std::thread writer([this] { write("f", "[1]"); });
     EXPECT_EQ(in_place({"--force"}),
-              (cRun{2, "", "f: error: not written, for it is no plain file\n"}));
+              (cRun{2, "", "f: error: not written: it is not a regular file\n"}));
     writer.join();
     EXPECT_EQ(files(), 1u);
 }
@@ -230,11 +229,12 @@ TEST_F(ToolFmtInPlace, shows_a_name_with_a_line_feed_on_one_line) {
     EXPECT_EQ(run({"fmt", "-i", "a\nb"}), silent);
     EXPECT_EQ(read("a\nb"), "[1, ]\n");
     write("a\nb", "[1] // x");
-    EXPECT_EQ(run({"fmt", "-i", "a\nb"}),
-              (cRun{2, "",
-                    "a\\x0ab:1:5: error: this comment would be lost: // x\n"
-                    "a\\x0ab: error: not written, for something would be lost; --force writes "
-                    "it\n"}));
+    EXPECT_EQ(
+        run({"fmt", "-i", "a\nb"}),
+        (cRun{
+            2, "",
+            "a\\x0ab:1:5: error: this comment would be lost: // x\n"
+            "a\\x0ab: error: not written: data would be lost; --force writes the file anyway\n"}));
     EXPECT_EQ(read("a\nb"), "[1] // x");
 }
 

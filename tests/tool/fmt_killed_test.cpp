@@ -1,9 +1,12 @@
-// `fmt -i` killed at each call to the system while it saves, and with each such call failing: the
-// file holds the old text or the new one, whole, and exit code and message say which.
+// Commands that write a file in place, killed at each call to the system from the lock on, with
+// each such call failing, and with another program that writes the file at each such call: the file
+// holds the old text or the new one, whole, exit code and message say which, and the next run
+// removes what a killed one left.
 //
-// The tool is watched by ptrace, which stops it before and behind each call. Counting begins with
-// the first file that it opens for writing.
+// The tool is watched by ptrace, which stops it before and after each call. Counting begins with
+// the first folder that it opens, which is the lock.
 
+#include "tests/support/refused_calls.h"
 #include "tests/tool/tool_run.h"
 
 #include <algorithm>
@@ -16,22 +19,58 @@
 
 namespace {
 
-constexpr int most_calls = 60;
+constexpr int most_calls = 150;
 
 std::string const old_text = "{old=1}";
-std::string const new_text = "{old= 1; }\n";
+std::string const their_text = "{their=2}";
 
-// What becomes of the n-th call.
+// What happens at the n-th call.
 struct cFault {
-    int at;    // from 0
-    int error; // 0: the tool is killed instead
+    enum cKind { killed, fails, written_by_another };
+    int at; // from 0
+    cKind kind;
+    int error = 0;
+};
+
+struct cScene {
+    char const *name;
+    std::vector<std::string> arguments;
+    char const *names; // in the folder afterwards
+    std::function<void()> prepare = {};
+    bool linked = false;
+};
+
+// All for fmt; for the others one that ends the work, and one that ends only this way.
+std::vector<int> errors_of(cScene const &scene) {
+    if (scene.arguments.front() != "fmt" || scene.prepare) return {ENOSPC, EACCES};
+    return {EIO, ENOSPC, EACCES, EROFS, ENOMEM, EMFILE, EDQUOT};
+}
+
+void refuse_unnamed_files() {
+    constexpr unsigned flags_of_openat = 2, tmpfile = O_TMPFILE & ~O_DIRECTORY;
+    test::refuse_call(SYS_openat, EOPNOTSUPP, flags_of_openat, tmpfile);
+}
+
+std::vector<cScene> const scenes{
+    {"fmt", {"fmt", "-i", "f"}, "f "},
+    {"fmt of a file with two names", {"fmt", "-i", "f"}, "f g ", {}, true},
+    {"fmt where every file has a name", {"fmt", "-i", "f"}, "f ", refuse_unnamed_files},
+    {"set with a backup", {"set", "-i", "--backup", "f", "new = 1"}, "f f~ "},
+    {"set with a backup where every file has a name",
+     {"set", "-i", "--backup", "f", "new = 1"},
+     "f f~ ",
+     refuse_unnamed_files},
+    {"merge into itself", {"merge", "-i", "f", "f"}, "f "},
+    {"set by output", {"set", "-o", "f", "f", "new = 1"}, "f "},
 };
 
 class cWatched {
   public:
-    cWatched(std::string const &folder, std::vector<std::string> arguments, cFault fault)
-        : folder_(folder), fault_(fault),
-          tool_(folder, std::move(arguments), {.prepare = [] { ::ptrace(PTRACE_TRACEME); }}) {
+    cWatched(std::string const &folder, cScene const &scene, cFault fault)
+        : folder_(folder), fault_(fault), tool_(folder, scene.arguments, {.prepare = [&scene] {
+                                                    if (scene.prepare) scene.prepare();
+                                                    ::ptrace(PTRACE_TRACEME);
+                                                }}) {
         int status = wait(); // before the tool's first instruction
         ::ptrace(PTRACE_SETOPTIONS, tool_.pid(), nullptr, PTRACE_O_TRACESYSGOOD);
         for (int signal = 0; WIFSTOPPED(status) && !hit_; status = wait()) {
@@ -64,29 +103,30 @@ class cWatched {
         user_regs_struct registers{};
         ::ptrace(PTRACE_GETREGS, tool_.pid(), nullptr, &registers);
         bool const opens = registers.orig_rax == SYS_openat;
-        counting_ = counting_ || (opens && (registers.rdx & O_ACCMODE) == O_WRONLY);
+        counting_ = counting_ || (opens && (registers.rdx & O_DIRECTORY));
         if (!counting_ || !counted(registers) || number_++ != fault_.at) return;
         hit_ = true;
-        if (fault_.error)
-            fail(registers);
-        else
-            ::kill(tool_.pid(), SIGKILL);
+        if (fault_.kind == cFault::killed) ::kill(tool_.pid(), SIGKILL);
+        if (fault_.kind == cFault::fails) fail(registers);
+        if (fault_.kind != cFault::written_by_another) return;
+        std::ofstream(folder_ + "/f") << their_text;
+        ::ptrace(PTRACE_DETACH, tool_.pid(), nullptr, 0);
     }
     // Calls that saving makes, about files by name or about open files of the folder: not those of
     // the memory manager, nor the pipes by which a sanitizer probes memory. The end of the tool
     // counts too, but can't fail.
     bool counted(user_regs_struct const &registers) const {
-        static unsigned long long const by_name[] = {SYS_openat,    SYS_rename,   SYS_unlink,
-                                                     SYS_stat,      SYS_readlink, SYS_newfstatat,
-                                                     SYS_faccessat2};
-        static unsigned long long const by_descriptor[] = {SYS_read,   SYS_write,     SYS_close,
-                                                           SYS_fsync,  SYS_fallocate, SYS_ftruncate,
-                                                           SYS_fchmod, SYS_fchown,    SYS_fstat};
+        static unsigned long long const by_name[] = {
+            SYS_openat,     SYS_rename,     SYS_unlink, SYS_stat,      SYS_lstat,   SYS_readlink,
+            SYS_newfstatat, SYS_faccessat2, SYS_linkat, SYS_listxattr, SYS_getxattr};
+        static unsigned long long const by_descriptor[] = {
+            SYS_read,   SYS_write, SYS_close, SYS_fsync, SYS_fallocate,  SYS_ftruncate, SYS_fchmod,
+            SYS_fchown, SYS_fstat, SYS_flock, SYS_fcntl, SYS_getdents64, SYS_flistxattr};
         auto const is_in = [&registers](auto const &calls) {
             return std::find(std::begin(calls), std::end(calls), registers.orig_rax) !=
                    std::end(calls);
         };
-        if (registers.orig_rax == SYS_exit_group) return fault_.error == 0;
+        if (registers.orig_rax == SYS_exit_group) return fault_.kind == cFault::killed;
         return is_in(by_name) || (is_in(by_descriptor) && in_folder(registers.rdi));
     }
     bool in_folder(unsigned long long descriptor) const {
@@ -120,11 +160,11 @@ class cWatched {
 
 class ToolFmtKilled : public tool_test::Tool {
   protected:
-    void make(bool linked) const {
+    void make(cScene const &scene) const {
         for (auto const &entry : std::filesystem::directory_iterator(folder_))
             std::filesystem::remove(entry.path());
         write("f", old_text);
-        if (linked) std::filesystem::create_hard_link(path("f"), path("g"));
+        if (scene.linked) std::filesystem::create_hard_link(path("f"), path("g"));
     }
     std::string names() const {
         std::vector<std::string> all;
@@ -135,50 +175,104 @@ class ToolFmtKilled : public tool_test::Tool {
         for (std::string const &name : all) text += name + " ";
         return text;
     }
+    // What the command makes of a file.
+    std::string result_of(cScene const &scene, std::string const &text) const {
+        make(scene);
+        write("f", text);
+        EXPECT_EQ(run(scene.arguments), (tool_test::cRun{0, "", ""}));
+        return read("f");
+    }
+    // Runs the scene with a fault at each call; the check gets how the tool ended.
+    template <class Check>
+    void each_call(cScene const &scene, cFault fault, Check const &check) const {
+        for (fault.at = 0;; ++fault.at) {
+            ASSERT_LT(fault.at, most_calls);
+            make(scene);
+            cWatched tool(folder_, scene, fault);
+            tool_test::cRun const run = tool.end();
+            if (!tool.hit()) break;
+            SCOPED_TRACE(std::string(scene.name) + ", call " + std::to_string(fault.at) + ": " +
+                         std::strerror(fault.error));
+            check(run);
+        }
+        EXPECT_GT(fault.at, 20);
+    }
 };
 
 } // namespace
 
 TEST_F(ToolFmtKilled, leaves_old_or_new_wherever_it_is_killed) {
-    for (bool const linked : {false, true}) {
-        int old_ones = 0, new_ones = 0;
-        for (int n = 0; n < most_calls; ++n) {
-            make(linked);
-            cWatched tool(folder_, {"fmt", "-i", "f"}, {n, 0});
-            tool_test::cRun const run = tool.end();
-            if (!tool.hit()) break;
+    for (cScene const &scene : scenes) {
+        std::string const new_text = result_of(scene, old_text);
+        int old_ones = 0, new_ones = 0, unfinished = 0;
+        each_call(scene, {0, cFault::killed}, [&](tool_test::cRun const &run) {
             EXPECT_EQ(run.status, 128 + SIGKILL);
             std::string const now = read("f");
-            EXPECT_TRUE(now == old_text || now == new_text) << n << ": " << now;
+            EXPECT_TRUE(now == old_text || now == new_text) << now;
             ++(now == new_text ? new_ones : old_ones);
-            if (linked) {
+            if (scene.linked) {
                 EXPECT_EQ(read("g"), now);
             }
-        }
+            if (std::filesystem::exists(path("f~"))) {
+                EXPECT_EQ(read("f~"), old_text);
+            }
+            unfinished += names().starts_with(".qrv");
+            EXPECT_EQ(this->run(scene.arguments), (tool_test::cRun{0, "", ""}));
+            EXPECT_EQ(names(), scene.names);
+        });
         EXPECT_GT(old_ones, 5);
         EXPECT_GT(new_ones, 0);
+        EXPECT_EQ(unfinished > 0, !scene.linked || scene.prepare) << scene.name;
     }
 }
 
 TEST_F(ToolFmtKilled, leaves_old_or_new_and_tells_whatever_fails) {
-    for (bool const linked : {false, true})
-        for (int const error : {EIO, ENOSPC, EACCES, EROFS, ENOMEM, EMFILE, EDQUOT}) {
+    for (cScene const &scene : scenes) {
+        std::string const new_text = result_of(scene, old_text);
+        for (int const error : errors_of(scene)) {
             int refused = 0;
-            for (int n = 0; n < most_calls; ++n) {
-                make(linked);
-                cWatched tool(folder_, {"fmt", "-i", "f"}, {n, error});
-                tool_test::cRun const run = tool.end();
-                if (!tool.hit()) break;
-                SCOPED_TRACE("call " + std::to_string(n) + ": " + std::strerror(error));
+            std::string const why = std::strerror(error);
+            each_call(scene, {0, cFault::fails, error}, [&](tool_test::cRun const &run) {
                 bool const done = run.status == 0;
                 EXPECT_EQ(read("f"), done ? new_text : old_text);
                 EXPECT_EQ(run.out, "");
-                EXPECT_EQ(run.err, done ? ""
-                                        : std::string("f: error: cannot write: ") +
-                                              std::strerror(error) + "; the file is as it was\n");
-                EXPECT_EQ(names(), linked ? "f g " : "f ");
+                bool const told =
+                    run.err == "f: error: cannot write: " + why + "; the file is unchanged\n" ||
+                    run.err == "f: error: not written: cannot write its backup: " + why + "\n" ||
+                    run.err.starts_with(
+                        "f: error: not written: it is not a regular file"); // it can't be seen
+                EXPECT_TRUE(done ? run.err.empty() : told) << run.err;
+                std::string const now = names();
+                EXPECT_TRUE(now == scene.names || (!done && now == "f ")) << now;
                 refused += !done;
-            }
+            });
             EXPECT_GT(refused, 3);
         }
+    }
+}
+
+// What the other program writes is overwritten only when it comes after the comparison, at the very
+// end: it has not asked for the lock.
+TEST_F(ToolFmtKilled, leaves_what_another_program_writes_meanwhile) {
+    cScene const &scene = scenes.front();
+    std::string const new_text = result_of(scene, old_text);
+    std::string const theirs_changed = result_of(scene, their_text);
+    int lost = 0, refused = 0;
+    each_call(scene, {0, cFault::written_by_another}, [&](tool_test::cRun const &run) {
+        std::string const now = read("f");
+        EXPECT_EQ(names(), "f ");
+        if (run.status == 0) {
+            EXPECT_EQ(run.err, "");
+            EXPECT_TRUE(now == theirs_changed || now == new_text || now == their_text) << now;
+            lost += now == new_text;
+            return;
+        }
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.err, "f: error: not written: another program has changed it since it was "
+                           "read; run the command again\n");
+        EXPECT_EQ(now, their_text);
+        ++refused;
+    });
+    EXPECT_GT(refused, 10);
+    EXPECT_LE(lost, 5);
 }

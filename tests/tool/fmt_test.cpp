@@ -170,7 +170,7 @@ TEST_F(ToolFmt, one_separator_behind_the_value_belongs_to_it) {
 
 TEST_F(ToolFmt, tells_text_behind_the_value_once) {
     auto const told = [](std::string const &out, std::string const &place) {
-        return cRun{1, out, "f:" + place + ": error: text behind the first value would be lost\n"};
+        return cRun{1, out, "f:" + place + ": error: text after the first value would be lost\n"};
     };
     EXPECT_EQ(fmt("{}\n{a=1}\n{b=2}\n"), told("{}\n", "2:1"));
     EXPECT_EQ(fmt("5;;"), told("5\n", "1:3"));
@@ -194,7 +194,7 @@ TEST_F(ToolFmt, tells_comments_in_the_text_behind_the_value_too) {
               (cRun{1, "{}\n",
                     "f:1:4: error: this comment would be lost: // one\n"
                     "f:2:3: error: this comment would be lost: // two\n"
-                    "f:2:1: error: text behind the first value would be lost\n"}));
+                    "f:2:1: error: text after the first value would be lost\n"}));
 }
 
 TEST_F(ToolFmt, an_entry_that_cannot_be_written_is_told) {
@@ -212,9 +212,8 @@ TEST_F(ToolFmt, canonical_is_the_plain_writers_bytes_and_nothing_more) {
 }
 
 TEST_F(ToolFmt, canonical_counts_lost_digits_and_words_as_lost) {
-    std::string const changed =
-        "f: error: the value would come back changed: digits, bits, or strings "
-        "that read as something else\n";
+    std::string const changed = "f: error: the new text would not read as the same value: digits, "
+                                "bits or strings would differ\n";
     EXPECT_EQ(run_on("[0.1234567]", {"fmt", "--canonical"}), (cRun{1, "[0.123457, ]", changed}));
     EXPECT_EQ(run_on("['true']", {"fmt", "--canonical"}), (cRun{1, "[true, ]", changed}));
     EXPECT_EQ(run_on("['x\\\ny']", {"fmt", "--canonical"}),
@@ -224,18 +223,17 @@ TEST_F(ToolFmt, canonical_counts_lost_digits_and_words_as_lost) {
 }
 
 TEST_F(ToolFmt, check_of_canonical_text) {
-    EXPECT_EQ(
-        run_on("[0.1234567, ]\n", {"fmt", "--canonical", "--check"}),
-        (cRun{1, "f:1: would change\n- [0.1234567, ]\n+ [0.123457, ]\n",
-              "f: error: the value would come back changed: digits, bits, or strings that read as "
-              "something else\n"}));
+    EXPECT_EQ(run_on("[0.1234567, ]\n", {"fmt", "--canonical", "--check"}),
+              (cRun{1, "f:1: would change\n- [0.1234567, ]\n+ [0.123457, ]\n",
+                    "f: error: the new text would not read as the same value: digits, bits or "
+                    "strings would differ\n"}));
     EXPECT_EQ(run_on("[1, ]", {"fmt", "--canonical", "--check"}), good(""));
 }
 
 // --- nothing to write ---
 
 TEST_F(ToolFmt, a_file_without_a_value) {
-    cRun const none{2, "", "f: error: there is no value in it\n"};
+    cRun const none{2, "", "f: error: the file contains no value\n"};
     EXPECT_EQ(fmt(""), none);
     EXPECT_EQ(fmt(" \n\t\r\n"), none);
     EXPECT_EQ(fmt("// only\n/* comments */\n"), none);
@@ -243,7 +241,7 @@ TEST_F(ToolFmt, a_file_without_a_value) {
     EXPECT_EQ(fmt(";"), none);
     EXPECT_EQ(fmt("\xEF\xBB\xBF"), (cRun{2, "",
                                          "f:1:1: error: byte 0xef outside of strings and comments\n"
-                                         "f: error: there is no value in it\n"}));
+                                         "f: error: the file contains no value\n"}));
     EXPECT_EQ(fmt("\xEF\xBB\xBF{a=1;}"), fmt("\xEF\xBB\xBF"));
 }
 

@@ -6,7 +6,7 @@ using tool_test::cRun;
 
 namespace {
 
-std::string const takes = "intf takes 12, 0x1F, 017 or b0101, in one word of up to 32 bits";
+std::string const takes = "intf accepts 12, 0x1F, 017 or b0101, in one word of up to 32 bits";
 
 class ToolFormatted : public tool_test::Tool {
   protected:
@@ -52,9 +52,8 @@ TEST_F(ToolFormatted, canonical_bits_are_told_and_not_put_in_the_files_place) {
     cRun const shown = run({"fmt", "--canonical", "f"});
     EXPECT_EQ(shown.status, 1);
     EXPECT_EQ(shown.out, "{port= intf(0x1F); mask= intf(b 0000 1111); count= 5; }");
-    EXPECT_EQ(shown.err,
-              "f: error: the value would come back changed: digits, bits, or strings that "
-              "read as something else\n");
+    EXPECT_EQ(shown.err, "f: error: the new text would not read as the same value: digits, bits or "
+                         "strings would differ\n");
     EXPECT_EQ(run({"fmt", "--canonical", "-i", "f"}).status, 2);
     EXPECT_EQ(read("f"), file_);
 }
@@ -116,7 +115,7 @@ TEST_F(ToolFormatted, set_replaces_by_another_type) {
 
 TEST_F(ToolFormatted, set_refuses_what_would_be_stored_as_another_number) {
     std::string const converts =
-        "statements:1:8: note: &= replaces it with its type; --convert stores the changed value\n";
+        "statements:1:8: note: &= replaces it and its type; --convert stores the changed value\n";
     EXPECT_EQ(refused("port = 3.5"),
               "statements:1:8: error: port: 3.50000 would be stored as intf(0x3)\n" + converts);
     for (auto const &[text, number] :
@@ -131,18 +130,17 @@ TEST_F(ToolFormatted, set_refuses_what_would_be_stored_as_another_number) {
 TEST_F(ToolFormatted, set_refuses_what_is_no_number) {
     for (char const *text : {"zz", "\"0x\"", "\"\"", "{a= 1}"}) {
         std::string const told = refused("port = " + std::string(text));
-        EXPECT_EQ(told.find("statements:1:8: error: port: it is an intf and can't take a "), 0U)
+        EXPECT_EQ(told.find("statements:1:8: error: port: it is an intf and cannot store a "), 0U)
             << told;
     }
     EXPECT_EQ(refused("port = intf(0xZZ)"),
               "statements:1:8: error: " + takes + ", not 0xZZ [0x40000001]\n");
-    EXPECT_EQ(refused("port = intf(5 6)"),
-              "statements:1:15: error: this is not read: only the first "
-              "value in the brackets of intf is taken\n");
+    EXPECT_EQ(refused("port = intf(5 6)"), "statements:1:15: error: this is ignored: only the "
+                                           "first value in the brackets of intf is read\n");
     EXPECT_EQ(refused("port = intf(5000000000)"),
               "statements:1:13: error: intf reads 5000000000 as 705032704\n");
     EXPECT_EQ(refused("count = intf(0x7)"),
-              "statements:1:9: error: count: it is an int and can't take an intf as it is\n"
+              "statements:1:9: error: count: it is an int and cannot store an intf as it is\n"
               "statements:1:9: note: &= replaces it, whatever it is\n");
 }
 
@@ -159,7 +157,7 @@ TEST_F(ToolFormatted, merge_takes_numbers_texts_and_forms) {
     cRun const result = run({"merge", "f", "over"});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err,
-              "over:1:25: error: at /count: it is an int and can't take an intf as it is\n");
+              "over:1:25: error: at /count: it is an int and cannot store an intf as it is\n");
 }
 
 TEST_F(ToolFormatted, to_json_writes_the_number) {
@@ -200,7 +198,7 @@ TEST_F(ToolFormatted, check_tells_what_it_takes_where_it_can_t_be_read) {
                   "-:2:5: error: " + takes + what + " [0x40000001]\n");
     };
     one("0xZZ", ", not 0xZZ");
-    one("", ", and there is none");
+    one("", ", and the brackets are empty");
     one("b 0000 0101", ", not b 0000 0101");
     one("09", ", not 09");
     one("0X10", ", not 0X10");
@@ -210,13 +208,13 @@ TEST_F(ToolFormatted, check_tells_what_it_takes_where_it_can_t_be_read) {
     EXPECT_EQ(checked("{intf(0xZZ)= 1;}"), "-:1:2: error: " + takes + ", not 0xZZ [0x40000001]\n");
     EXPECT_EQ(checked("[intf(x), intf()]"), "-:1:2: error: " + takes +
                                                 ", not x [0x40000001]\n-:1:11: error: " + takes +
-                                                ", and there is none [0x40000001]\n");
+                                                ", and the brackets are empty [0x40000001]\n");
 }
 
 TEST_F(ToolFormatted, check_tells_what_would_be_lost) {
     EXPECT_EQ(
         checked("{x= intf(5 6 7)}"),
-        "-:1:12: error: this is not read: only the first value in the brackets of intf is taken\n");
+        "-:1:12: error: this is ignored: only the first value in the brackets of intf is read\n");
     EXPECT_EQ(checked("{x= intf(5000000000); y= intf(040000000000);\n z= intf(-09)}"),
               "-:1:10: error: intf reads 5000000000 as 705032704\n"
               "-:1:31: error: intf reads 040000000000 as 0\n"

@@ -146,8 +146,8 @@ TEST_F(ToolFromJson, strings_that_are_no_text) {
 
 TEST_F(ToolFromJson, a_character_0_is_refused) {
     EXPECT_EQ(refused(R"({"a": ["x", "y\u0000"], "b\u0000": 1})"),
-              "-:1:13: error: a string with a character 0 can't be written, at path 'a/1'\n"
-              "-:1:25: error: a key with a character 0 can't be written, at path '\"b\\x00\"'\n");
+              "-:1:13: error: a string with a character 0 cannot be written, at path 'a/1'\n"
+              "-:1:25: error: a key with a character 0 cannot be written, at path '\"b\\x00\"'\n");
 }
 
 TEST_F(ToolFromJson, keys) {
@@ -160,17 +160,17 @@ TEST_F(ToolFromJson, keys) {
 }
 
 TEST_F(ToolFromJson, a_key_that_begins_with_a_number_sign_is_refused) {
-    EXPECT_EQ(refused("{\"a\": {\"#x\": 1, \"x#\": 2}, \"#\": [{\"#\": 0}]}"),
-              "-:1:8: error: a key that begins with '#' can't be written, at path 'a/\"#x\"'\n"
-              "-:1:27: error: a key that begins with '#' can't be written, at path '\"#\"'\n"
-              "-:1:34: error: a key that begins with '#' can't be written, at path "
-              "'\"#\"/0/\"#\"'\n");
+    EXPECT_EQ(
+        refused("{\"a\": {\"#x\": 1, \"x#\": 2}, \"#\": [{\"#\": 0}]}"),
+        "-:1:8: error: a key that begins with '#' cannot be written, at path 'a/\"#x\"'\n"
+        "-:1:27: error: a key that begins with '#' cannot be written, at path '\"#\"'\n"
+        "-:1:34: error: a key that begins with '#' cannot be written, at path '\"#\"/0/\"#\"'\n");
 }
 
 TEST_F(ToolFromJson, a_key_that_stands_twice_is_refused) {
     EXPECT_EQ(refused("{\"a\": 1,\n \"b\": {\"c\": 1, \"c\": {}},\n  \"a\": [2]}"),
-              "-:2:16: error: this key stands there twice, at path 'b/c'\n"
-              "-:3:3: error: this key stands there twice, at path 'a'\n");
+              "-:2:16: error: this key occurs twice in the object, at path 'b/c'\n"
+              "-:3:3: error: this key occurs twice in the object, at path 'a'\n");
     EXPECT_EQ(text("[{\"a\": 1}, {\"a\": 1}]"),
               "[\n  {\n      a= 1;\n  }, \n  {\n      a= 1;\n  }, \n]\n");
 }
@@ -194,15 +194,14 @@ TEST_F(ToolFromJson, layout) {
 }
 
 TEST_F(ToolFromJson, errors_are_told_all_at_once_and_reading_goes_on) {
-    EXPECT_EQ(refused("{\"x\": [1, 2], \"x\": [9, {\"#\": 0}],\n"
-                      " \"y\": [3000000001, 9007199254740993, {\"#\": 0}, 9007199254740993]}"),
-              "-:1:15: error: this key stands there twice, at path 'x'\n"
-              "-:1:25: error: a key that begins with '#' can't be written, at path 'x/1/\"#\"'\n"
-              "-:2:20: error: the number 9007199254740993 fits neither int nor double, at path "
-              "'y/1'\n"
-              "-:2:39: error: a key that begins with '#' can't be written, at path 'y/2/\"#\"'\n"
-              "-:2:48: error: the number 9007199254740993 fits neither int nor double, at path "
-              "'y/3'\n");
+    EXPECT_EQ(
+        refused("{\"x\": [1, 2], \"x\": [9, {\"#\": 0}],\n"
+                " \"y\": [3000000001, 9007199254740993, {\"#\": 0}, 9007199254740993]}"),
+        "-:1:15: error: this key occurs twice in the object, at path 'x'\n"
+        "-:1:25: error: a key that begins with '#' cannot be written, at path 'x/1/\"#\"'\n"
+        "-:2:20: error: the number 9007199254740993 fits neither int nor double, at path 'y/1'\n"
+        "-:2:39: error: a key that begins with '#' cannot be written, at path 'y/2/\"#\"'\n"
+        "-:2:48: error: the number 9007199254740993 fits neither int nor double, at path 'y/3'\n");
 }
 
 TEST_F(ToolFromJson, messages_are_limited) {
@@ -238,10 +237,9 @@ TEST_F(ToolFromJson, several_values_and_trailing_garbage) {
 }
 
 TEST_F(ToolFromJson, a_character_0_between_values) {
-    EXPECT_EQ(refused(std::string("1\n\0", 3)),
-              "-:2:1: error: a character 0 stands behind the value\n");
+    EXPECT_EQ(refused(std::string("1\n\0", 3)), "-:2:1: error: a character 0 follows the value\n");
     EXPECT_EQ(refused(std::string("[1]\0[2]", 7)),
-              "-:1:4: error: a character 0 stands behind the value\n");
+              "-:1:4: error: a character 0 follows the value\n");
     EXPECT_EQ(syntax(std::string("[1, \0]", 6)),
               "1:5 value - unexpected end of input; expected '[', '{', or a literal\n");
     EXPECT_EQ(syntax(std::string("[\"a\0\"]", 6)),
@@ -283,7 +281,7 @@ TEST_F(ToolFromJson, what_is_no_json) {
 
 TEST_F(ToolFromJson, errors_before_a_syntax_error_are_told_too) {
     EXPECT_EQ(refused("{\"#\": 1, \"a\": ]"),
-              "-:1:2: error: a key that begins with '#' can't be written, at path '\"#\"'\n"
+              "-:1:2: error: a key that begins with '#' cannot be written, at path '\"#\"'\n"
               "-:1:15: error: syntax error while parsing value - unexpected ']'; expected '[', "
               "'{', or a literal\n");
 }
@@ -291,7 +289,7 @@ TEST_F(ToolFromJson, errors_before_a_syntax_error_are_told_too) {
 TEST_F(ToolFromJson, a_mark_of_utf8_is_passed_over) {
     EXPECT_EQ(text("\xEF\xBB\xBF[1]"), "[1, ]\n");
     EXPECT_EQ(refused("\xEF\xBB\xBF{\"#\":1}"),
-              "-:1:5: error: a key that begins with '#' can't be written, at path '\"#\"'\n");
+              "-:1:5: error: a key that begins with '#' cannot be written, at path '\"#\"'\n");
     EXPECT_EQ(syntax("\xEF\xBB[1]"), "1:3 value - invalid BOM; must be 0xEF 0xBB 0xBF if given\n");
     EXPECT_EQ(syntax("[\xEF\xBB\xBF]"), "1:2 value - invalid literal\n");
 }
@@ -348,10 +346,11 @@ TEST_F(ToolFromJson, a_file_stays_as_it_was_after_an_error) {
 TEST_F(ToolFromJson, files_that_can_not_be_read_or_written) {
     EXPECT_EQ(run({"from-json", "nowhere"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
-    EXPECT_EQ(run({"from-json", "-o", "no/where"}, {.input = "1"}),
-              (cRun{2, "",
-                    "no/where: error: cannot write: No such file or directory; the file is as it "
-                    "was\n"}));
+    EXPECT_EQ(
+        run({"from-json", "-o", "no/where"}, {.input = "1"}),
+        (cRun{
+            2, "",
+            "no/where: error: cannot write: No such file or directory; the file is unchanged\n"}));
     int const full = ::open("/dev/full", O_WRONLY);
     EXPECT_EQ(run({"from-json"}, {.input = "1", .out = full}),
               (cRun{2, "", "qrv: error: cannot write the output: No space left on device\n"}));

@@ -70,7 +70,7 @@ TEST_F(ToolMerge, values_that_a_vector_would_lose) {
 TEST_F(ToolMerge, kinds_that_do_not_go_together) {
     auto const told = [](std::string const &source, std::string const &target) {
         return "s: error: its value is " + source + ", that of t " + target +
-               "; a map, a vector or a set is merged onto one of its kind\n";
+               "; only two maps, two vectors or two sets can be merged\n";
     };
     EXPECT_EQ(refused("[1]", "{a= 1}"), told("a map", "a vector"));
     EXPECT_EQ(refused("{a= 1}", "[1]"), told("a vector", "a map"));
@@ -84,11 +84,10 @@ TEST_F(ToolMerge, what_cannot_be_merged_is_told_with_its_place) {
     std::string const source =
         "{ a= x; // not a number\n  m= {n= 1;\n s= 7}; v= [1]; \"b c\"= 2; new= 1 }";
     std::string const places =
-        "s:1:6: error: at /a: it is an int and can't take a string as it is\n"
-        "s:2:10: error: at /m/n: it holds #nil, which takes no value\n"
-        "s:3:5: error: at /m/s: it is a string and can't take an int as it "
-        "is\n"
-        "s:3:12: error: at /v: it is an int and can't take a vector as it is\n";
+        "s:1:6: error: at /a: it is an int and cannot store a string as it is\n"
+        "s:2:10: error: at /m/n: it holds #nil, which cannot be assigned\n"
+        "s:3:5: error: at /m/s: it is a string and cannot store an int as it is\n"
+        "s:3:12: error: at /v: it is an int and cannot store a vector as it is\n";
     EXPECT_EQ(refused(target, source),
               places + "s:3:24: error: at /\"b c\": 2 would be stored as true; --convert allows "
                        "it\n");
@@ -106,8 +105,8 @@ TEST_F(ToolMerge, a_conflict_in_a_source_with_long_paths) {
                           "{ a= 5; c= " + times(open, 245) + "1" + times("}", 245) + "; b= 6 }",
                       column = std::to_string(source.find("6 }") + 1);
     EXPECT_EQ(refused("{a= text; b= text}", source),
-              "s:1:6: error: at /a: it is a string and can't take an int as it is\ns:1:" + column +
-                  ": error: at /b: it is a string and can't take an int as it is\n");
+              "s:1:6: error: at /a: it is a string and cannot store an int as it is\ns:1:" +
+                  column + ": error: at /b: it is a string and cannot store an int as it is\n");
 }
 
 TEST_F(ToolMerge, numbers_that_would_be_changed) {
@@ -127,11 +126,11 @@ TEST_F(ToolMerge, constants) {
     EXPECT_EQ(merged(text, text), text + "\n");
     EXPECT_EQ(merged(text, "{t= true; }"), text + "\n");
     EXPECT_EQ(refused(text, "{n= 1; t= false; m= {f= #nil; }; }"),
-              "s:1:5: error: at /n: it holds #nil, which takes no value\n"
-              "s:1:11: error: at /t: it holds #true, which takes no value\n"
-              "s:1:25: error: at /m/f: it holds #false, which takes no value\n");
+              "s:1:5: error: at /n: it holds #nil, which cannot be assigned\n"
+              "s:1:11: error: at /t: it holds #true, which cannot be assigned\n"
+              "s:1:25: error: at /m/f: it holds #false, which cannot be assigned\n");
     EXPECT_EQ(refused("{a= 1; }", "{a= #nil; }", {"--convert"}),
-              "s:1:5: error: at /a: it is an int and can't take #nil as it is\n");
+              "s:1:5: error: at /a: it is an int and cannot store #nil as it is\n");
     EXPECT_EQ(merged(text, "{n= 1; t= false; }", "-s-"), "{n= 1; t= false; m= {f= #false; }; }\n");
 }
 
@@ -155,7 +154,7 @@ TEST_F(ToolMerge, a_lost_comment_of_the_target_is_told_and_keeps_it) {
     std::string const lost = "t:2:9: error: this comment would be lost: // one\n";
     EXPECT_EQ(merge(target, source, {"--commands=0xx"}), (cRun{1, "{\n  b= 3;\n}\n", lost}));
     EXPECT_EQ(refused(target, source, {"--commands=0xx"}),
-              lost + "t: error: not written, for something would be lost; --force writes it\n");
+              lost + "t: error: not written: data would be lost; --force writes the file anyway\n");
     EXPECT_EQ(merge(target, source, {"--commands=0xx", "-i", "--force"}), (cRun{0, "", lost}));
     EXPECT_EQ(read("t"), "{\n  b= 3;\n}\n");
 }
@@ -217,7 +216,7 @@ TEST_F(ToolMerge, standard_input_for_one_of_the_two) {
     EXPECT_EQ(run({"merge", "-", "f"}, {.input = "{b= 2}"}), (cRun{0, "{b= 2; a= 1; }\n", ""}));
     EXPECT_EQ(run({"merge", "f", "-"}, {.input = "{b= 2} "}), (cRun{0, "{a= 1; b= 2; }\n", ""}));
     EXPECT_EQ(run({"merge", "-", "-"}, {.input = "{b= 2}"}),
-              (cRun{2, "", "-: error: the standard input can be only one of the two\n"}));
+              (cRun{2, "", "-: error: only one of the two files can be the standard input\n"}));
     EXPECT_EQ(run({"merge", "-i", "f", "-"}, {.input = "{\n b= 2; // c\n}"}), (cRun{0, "", ""}));
     EXPECT_EQ(read("f"), "{a= 1; b= 2; }\n");
 }
@@ -226,8 +225,8 @@ TEST_F(ToolMerge, files_that_do_not_read_cleanly) {
     EXPECT_EQ(refused("{a= 1}", "{a= foo(1)}").substr(0, 13), "s:1:5: error:");
     EXPECT_EQ(refused("{a= foo(1)}", "{a= 1}").substr(0, 13), "t:1:5: error:");
     EXPECT_EQ(refused("{a= 1}", "{b= 1} rest"),
-              "s:1:8: error: text behind the first value is not read\n");
-    EXPECT_EQ(refused("{a= 1}", ""), "s: error: there is no value in it\n");
+              "s:1:8: error: text after the first value is not read\n");
+    EXPECT_EQ(refused("{a= 1}", ""), "s: error: the file contains no value\n");
     EXPECT_EQ(run({"merge", "t", "nowhere"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }
@@ -253,11 +252,11 @@ TEST_F(ToolMerge, letters_that_are_none) {
     for (char const *commands : {"-x", "-xxx", "x"})
         EXPECT_EQ(merge("{}", "{}", {std::string("--commands=") + commands}), told(three));
     EXPECT_EQ(merge("{}", "{}", {"--commands=axx"}),
-              told("'a' is no letter for keys that only TARGET has, which are -0?"));
+              told("'a' is not a letter for keys only in TARGET; the letters are -0?"));
     EXPECT_EQ(merge("{}", "{}", {"--commands=-bx"}),
-              told("'b' is no letter for keys that both have, which are -asx0?"));
+              told("'b' is not a letter for keys in both; the letters are -asx0?"));
     EXPECT_EQ(merge("{}", "{}", {"--commands=-x0"}),
-              told("'0' is no letter for keys that only SOURCE has, which are -sx?"));
+              told("'0' is not a letter for keys only in SOURCE; the letters are -sx?"));
 }
 
 } // namespace

@@ -101,7 +101,7 @@ TEST_F(ToolModule, that_throws_while_a_file_is_read_is_reported_with_its_text) {
     copy("throws_later", "throws_later");
     EXPECT_EQ(run({"get", "f", "a", "--module", "./throws_later"}), one);
     EXPECT_EQ(run({"get", "f", "a/b", "--module", "./throws_later"}),
-              (cRun{2, "", "f: error: the work was given up: thrown at an error\n"}));
+              (cRun{2, "", "f: error: the work failed: thrown at an error\n"}));
 }
 
 // --- where a module is searched ---
@@ -178,7 +178,7 @@ TEST_F(ToolModule, whose_name_ends_in_a_slash_is_none) {
         EXPECT_EQ(run({"get", "f", "a", "--module", name}),
                   (cRun{2, "",
                         "qrv: error: cannot load the module '" + name +
-                            "'\nqrv: note: it is a file that is named, not its folder\n"}));
+                            "'\nqrv: note: give the name of a file, not of a folder\n"}));
 }
 
 TEST_F(ToolModule, its_name_is_needed) {

@@ -108,17 +108,16 @@ TEST_F(ToolRules, of_a_key_that_comes_twice_the_last_one_counts) {
 
 TEST_F(ToolRules, a_fixed_key_makes_its_type_unreadable) {
     std::string const unreadable =
-        "no object of type Fixed can be read, for its key 'f' is #FIXED: only the default itself "
-        "will do, and a text gives a copy, path /a/f, declared at 10:18" +
+        "no object of type Fixed can be read, because its key 'f' is #FIXED: only the default "
+        "itself is valid, and reading creates a copy, path /a/f, declared at 10:18" +
         wrong_code;
     EXPECT_EQ(told("a= Fixed(v= 1);"), "f:12:4: error: " + unreadable);
     EXPECT_EQ(told("a= Fixed(v= 1; f= 5);"), "f:12:4: error: " + unreadable);
-    EXPECT_EQ(
-        told("a= Fixed(f= 6; v= 1);"),
-        "f:12:10: error: key 'f' of type Fixed is fixed to 5, not 6; and no object of the type "
-        "can be read: only the default itself will do, and a text gives a copy, path /a/f, "
-        "declared at 10:18" +
-            wrong_code);
+    EXPECT_EQ(told("a= Fixed(f= 6; v= 1);"),
+              "f:12:10: error: key 'f' of type Fixed is fixed to 5, not 6; and no object of the "
+              "type can be read: only the default itself is valid, and reading creates a copy, "
+              "path /a/f, declared at 10:18" +
+                  wrong_code);
 }
 
 TEST_F(ToolRules, of_several_fixed_keys_one_tells_that_the_type_is_unreadable) {
@@ -126,16 +125,17 @@ TEST_F(ToolRules, of_several_fixed_keys_one_tells_that_the_type_is_unreadable) {
                                  "attspec(default=6; flag=#FIXED));\n";
     EXPECT_EQ(check(declared + "a= F(f= 1; g= 1);}"),
               "f:2:6: error: key 'f' of type F is fixed to 5, not 1; and no object of the type can "
-              "be read: only the default itself will do, and a text gives a copy, path /a/f, "
+              "be read: only the default itself is valid, and reading creates a copy, path /a/f, "
               "declared at 1:13" +
                   wrong_code +
                   "f:2:12: error: key 'g' of type F is fixed to 6, not 1, path /a/g, declared at "
                   "1:49" +
                   wrong_code);
-    EXPECT_EQ(check(declared + "a= F(g= 6);}"),
-              "f:2:4: error: no object of type F can be read, for its key 'f' is #FIXED: only the "
-              "default itself will do, and a text gives a copy, path /a/f, declared at 1:13" +
-                  wrong_code);
+    EXPECT_EQ(
+        check(declared + "a= F(g= 6);}"),
+        "f:2:4: error: no object of type F can be read, because its key 'f' is #FIXED: only the "
+        "default itself is valid, and reading creates a copy, path /a/f, declared at 1:13" +
+            wrong_code);
 }
 
 TEST_F(ToolRules, what_follows_from_an_error_inside_is_not_told) {
@@ -180,34 +180,35 @@ TEST_F(ToolRules, unknown_names_come_with_a_close_one) {
               "f:12:4: error: Value with unknown type='pixel; did you mean 'Pixel'? [0x");
     EXPECT_EQ(told("a= Elephant(x= 1);").substr(0, 60),
               "f:12:4: error: Value with unknown type='Elephant [0x40000005");
-    EXPECT_EQ(told("a= Mode(manuel);"),
-              "f:12:4: error: 'manuel' is no choice of type Mode, declared at 2:3; did you mean "
-              "'manual'?" +
-                  failed_code);
+    EXPECT_EQ(told("a= Mode(manuel);"), "f:12:4: error: 'manuel' is not a choice of type Mode, "
+                                        "declared at 2:3; did you mean 'manual'?" +
+                                            failed_code);
     EXPECT_EQ(told("a= Mode(off);"),
-              "f:12:4: error: 'off' is no choice of type Mode, declared at 2:3" + failed_code);
+              "f:12:4: error: 'off' is not a choice of type Mode, declared at 2:3" + failed_code);
     EXPECT_EQ(told("a= Mode({x= 1});"),
-              "f:12:4: error: this is no choice of type Mode, declared at 2:3" + failed_code);
-    EXPECT_EQ(told("T= attlist(n= attspec(type= itn));"),
-              "f:12:29: error: Wrong type-entry in attspec: no type 'itn'; did you mean 'int'?" +
-                  wrong_code);
+              "f:12:4: error: this is not a choice of type Mode, declared at 2:3" + failed_code);
+    EXPECT_EQ(
+        told("T= attlist(n= attspec(type= itn));"),
+        "f:12:29: error: Wrong type-entry in attspec: unknown type 'itn'; did you mean 'int'?" +
+            wrong_code);
 }
 
 TEST_F(ToolRules, a_declaration_with_an_error_is_told_once_and_not_at_its_objects) {
-    std::string const declared = "{T= attlist(n= attspec(type= itn), m= attspec(type= int));\n",
-                      wrong =
-                          "f:1:30: error: Wrong type-entry in attspec: no type 'itn'; did you mean "
-                          "'int'?" +
-                          wrong_code;
+    std::string const
+        declared = "{T= attlist(n= attspec(type= itn), m= attspec(type= int));\n",
+        wrong =
+            "f:1:30: error: Wrong type-entry in attspec: unknown type 'itn'; did you mean 'int'?" +
+            wrong_code;
     EXPECT_EQ(check(declared + "t= T(n= 1);}"), wrong);
     EXPECT_EQ(check(declared + "t= T(n= ?); u= [T(m= 1), [T()]]; v= {T(m= 1)= 1;}; w= <T()>;}"),
               wrong);
     EXPECT_EQ(run_on(declared + "t= T(n= 1);}", {"fmt"}), (cRun{2, "", wrong}));
-    EXPECT_EQ(check("{u= T(m= 1);\n T= attlist(m= attspec(type= itn), n= attspec(type= int));}"),
-              "f:1:5: error: Value with unknown type='T [0x40000005]\n"
-              "f:1:5: error: Cannot insert key =u\n"
-              "f:2:30: error: Wrong type-entry in attspec: no type 'itn'; did you mean 'int'?" +
-                  wrong_code);
+    EXPECT_EQ(
+        check("{u= T(m= 1);\n T= attlist(m= attspec(type= itn), n= attspec(type= int));}"),
+        "f:1:5: error: Value with unknown type='T [0x40000005]\n"
+        "f:1:5: error: Cannot insert key =u\n"
+        "f:2:30: error: Wrong type-entry in attspec: unknown type 'itn'; did you mean 'int'?" +
+            wrong_code);
 }
 
 TEST_F(ToolRules, errors_that_follow_from_a_declaration_through_another_are_dropped) {
@@ -233,17 +234,16 @@ TEST_F(ToolRules, a_name_that_is_taken_by_a_type_of_another_kind) {
                   taken + "'int' is a type already: choose another name [0x40000006]\n");
     EXPECT_EQ(told("Mode= attlist(a= attspec(type= int)); m= Mode(off);"),
               "f:12:7:" + taken +
-                  "'Mode' is a choice already, declared at 2:3: choose another name "
-                  "[0x40000006]\n"
-                  "f:12:42: error: 'off' is no choice of type Mode, declared at 2:3" +
+                  "'Mode' is a choice already, declared at 2:3: choose another name [0x40000006]\n"
+                  "f:12:42: error: 'off' is not a choice of type Mode, declared at 2:3" +
                   failed_code);
 }
 
 TEST_F(ToolRules, a_type_is_given_by_its_name_alone) {
-    EXPECT_EQ(check("{T= attlist(x= attspec(type= int(5)));}"),
-              "f:1:30: error: Wrong type-entry in attspec: a type is given by its name alone, "
-              "not with brackets" +
-                  wrong_code);
+    EXPECT_EQ(
+        check("{T= attlist(x= attspec(type= int(5)));}"),
+        "f:1:30: error: Wrong type-entry in attspec: write the name of the type without brackets" +
+            wrong_code);
 }
 
 TEST_F(ToolRules, a_type_without_a_name_is_told_as_one) {
@@ -261,19 +261,20 @@ TEST_F(ToolRules, names_that_begin_with_a_capital_vowel) {
 }
 
 TEST_F(ToolRules, declarations_that_declare_nothing) {
-    EXPECT_EQ(check("{a= attspec();}"), "f:1:5: error: an empty attspec can't be read: "
-                                        "attspec(flag= #IMPLIED) takes any value" +
-                                            failed_code);
+    EXPECT_EQ(
+        check("{a= attspec();}"),
+        "f:1:5: error: an empty attspec cannot be read: attspec(flag= #IMPLIED) accepts any value" +
+            failed_code);
     EXPECT_EQ(check("{C= choice();}"),
               "f:1:5: error: a choice type needs choices: choice({a= 1; b= 2;})" + failed_code);
     EXPECT_EQ(check("{C= choice(a= 1);\nc= C(a);}"),
-              "f:1:5: error: choices stand in a map: choice({a= 1; b= 2;})\n"
-              "f:2:4: error: type C has no choices, they are given as choice({a= 1; b= 2;}), "
+              "f:1:5: error: write the choices as a map: choice({a= 1; b= 2;})\n"
+              "f:2:4: error: type C has no choices: declare them as choice({a= 1; b= 2;}), "
               "declared at 1:2" +
                   failed_code);
     EXPECT_EQ(check("{E= attlist();\ne= E();}"), "");
     EXPECT_EQ(check("{E= attlist();\ne= E(;);}"),
-              "f:2:4: error: type E has no keys: its objects are empty, as E()" + failed_code);
+              "f:2:4: error: type E has no keys: its objects are empty, such as E()" + failed_code);
 }
 
 TEST_F(ToolRules, a_file_with_broken_objects_is_not_rewritten) {

@@ -45,10 +45,10 @@ class ToolSetLanguage : public tool_test::Tool {
         if (library.empty()) return false;
         bool own_reason = false;
         for (char const *reason :
-             {"this comment", "is missing behind", "is no value", "can't follow a value",
-              "outside of strings", "would be stored", "would be cut", "which takes no value",
-              "as it is", "to which += adds", "keys would be lost", "can't be written", "too large",
-              "it holds"})
+             {"this comment", "is missing after", "is not a value", "cannot follow a value",
+              "outside of strings", "would be stored", "would be cut", "which cannot be assigned",
+              "as it is", "+= adds the values", "keys would be lost", "cannot be written",
+              "too large", "it holds"})
             own_reason = own_reason || tool.err.find(reason) != std::string::npos;
         EXPECT_TRUE(own_reason) << statements << "\n" << tool.err << library;
         return false;

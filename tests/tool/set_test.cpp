@@ -40,8 +40,7 @@ std::string told(std::string const &place, std::string const &text, std::string 
     return at + ": error: " + text + "\n" + (advice.empty() ? "" : at + ": note: " + advice + "\n");
 }
 
-std::string const by_conversion =
-    "&= replaces it with its type; --convert stores the changed value";
+std::string const by_conversion = "&= replaces it and its type; --convert stores the changed value";
 std::string const replaces = "&= replaces it, whatever it is";
 
 // --- what the operators do ---
@@ -68,7 +67,7 @@ TEST_F(ToolSet, makes_missing_levels) {
     EXPECT_EQ(changed("{a={}}", "a/b = 1; c = 2", {"--no-create"}), "{a= {b= 1; }; c= 2; }\n");
     EXPECT_EQ(refused("{}", "a/b = 1", {"--no-create"}),
               told("1:1", "a/b: Call of setattrp with not existing path: /a [0x40000001]",
-                   "without --no-create missing levels are made"));
+                   "without --no-create missing levels are created"));
 }
 
 TEST_F(ToolSet, replaces_by_another_type) {
@@ -132,7 +131,7 @@ TEST_F(ToolSet, a_lost_comment_is_told_and_keeps_the_file) {
     std::string const lost = "f:3:13: error: this comment would be lost: // one\n";
     EXPECT_EQ(set(text, "a &= 5"), (cRun{1, "{\n  a= 5;\n  c= 2; // two\n}\n", lost}));
     EXPECT_EQ(refused(text, "a &= 5"),
-              lost + "f: error: not written, for something would be lost; --force writes it\n");
+              lost + "f: error: not written: data would be lost; --force writes the file anyway\n");
     EXPECT_EQ(set(text, "a &= 5", {"-i", "--force"}), (cRun{0, "", lost}));
     EXPECT_EQ(read("f"), "{\n  a= 5;\n  c= 2; // two\n}\n");
     EXPECT_EQ(set(text, "c &= #nil").status, 1) << "a constant has no comment";
@@ -168,7 +167,7 @@ TEST_F(ToolSet, types_of_the_file_are_known) {
     EXPECT_EQ(refused(text, "p/x = 1.5"),
               told("1:7", "p/x: 1.50000 would be stored as 1", by_conversion));
     EXPECT_EQ(refused(text, "P = 5", {"--convert"}),
-              told("1:5", "P: it is an attlist and can't take an int as it is", replaces));
+              told("1:5", "P: it is an attlist and cannot store an int as it is", replaces));
     EXPECT_EQ(refused(text, "q = Q(x=3)"),
               told("1:5", "Value with unknown type='Q [0x40000005]", ""));
 }
@@ -181,17 +180,18 @@ TEST_F(ToolSet, values_of_declared_types_are_told_as_check_does) {
         told("1:7", "key 'x' of type P must be an int, not a string, path /p/x [0x40000000]", "") +
             told("1:31", "required key 'x' of type P is missing, path /b/c/0/x [0x40000000]", "") +
             told("1:39", "type P has no key 't', path /b/c/0/t [0x40000000]", ""));
-    EXPECT_EQ(refused(text, "m = M(ecco); q = PP(x= 1)"),
-              told("1:5", "'ecco' is no choice of type M; did you mean 'eco'? [0x40000001]", "") +
-                  told("1:18", "Value with unknown type='PP; did you mean 'P'? [0x40000005]", ""));
+    EXPECT_EQ(
+        refused(text, "m = M(ecco); q = PP(x= 1)"),
+        told("1:5", "'ecco' is not a choice of type M; did you mean 'eco'? [0x40000001]", "") +
+            told("1:18", "Value with unknown type='PP; did you mean 'P'? [0x40000005]", ""));
 }
 
 TEST_F(ToolSet, values_that_would_be_passed_over) {
     std::string const text = "{M= choice({eco= 1;}); i= 1}";
     EXPECT_EQ(
         refused(text, "m = M(eco, off); i = int(5; 6)"),
-        told("1:12", "this is not read: only the first value in the brackets of M is taken", "") +
-            told("1:29", "this is not read: only the first value in the brackets of int is taken",
+        told("1:12", "this is ignored: only the first value in the brackets of M is read", "") +
+            told("1:29", "this is ignored: only the first value in the brackets of int is read",
                  ""));
     EXPECT_EQ(refused(text, "P = attlist(x= attspec(typ= int; default= 5))"),
               told("1:24", "attspec has no entry 'typ'; did you mean 'type'?", ""));
@@ -238,10 +238,10 @@ TEST_F(ToolSet, numbers_inside_containers_that_would_be_changed) {
 TEST_F(ToolSet, numbers_too_large_for_any_type) {
     EXPECT_EQ(refused("{i= 1}", "i = 2147483648"),
               told("1:5", "Failed to read value:  Input of standard type: 2147483648 [0x40000001]",
-                   "the number is too large; an int ends at 2147483647"));
+                   "the number is too large; the largest int is 2147483647"));
     EXPECT_EQ(refused("{i= 1}", "i = 1e3"),
               told("1:5", "Bad input: 1e3  String is assumed. [0x40000002]",
-                   "text needs quotes, and a number with an exponent a point: 1.0e3"));
+                   "a string needs quotes, and a number with an exponent needs a point: 1.0e3"));
 }
 
 TEST_F(ToolSet, sums_that_are_not_the_sum) {
@@ -261,14 +261,14 @@ TEST_F(ToolSet, sums_that_are_not_the_sum) {
 TEST_F(ToolSet, values_of_another_type) {
     std::string const text = "{i= 1; s= x; m= {}; v= []; c= <>}";
     EXPECT_EQ(refused(text, "i = x; s = 1; m = 5; v = 5"),
-              told("1:5", "i: it is an int and can't take a string as it is", replaces) +
-                  told("1:12", "s: it is a string and can't take an int as it is", replaces) +
-                  told("1:19", "m: it is a map and can't take an int as it is", replaces) +
-                  told("1:26", "v: it is a vector and can't take an int as it is", replaces));
+              told("1:5", "i: it is an int and cannot store a string as it is", replaces) +
+                  told("1:12", "s: it is a string and cannot store an int as it is", replaces) +
+                  told("1:19", "m: it is a map and cannot store an int as it is", replaces) +
+                  told("1:26", "v: it is a vector and cannot store an int as it is", replaces));
     EXPECT_EQ(refused(text, "m = [1]; v = {a= 1}; c = [1]"),
-              told("1:5", "m: it is a map and can't take a vector as it is", by_conversion) +
-                  told("1:14", "v: it is a vector and can't take a map as it is", by_conversion) +
-                  told("1:26", "c: it is a set and can't take a vector as it is", by_conversion));
+              told("1:5", "m: it is a map and cannot store a vector as it is", by_conversion) +
+                  told("1:14", "v: it is a vector and cannot store a map as it is", by_conversion) +
+                  told("1:26", "c: it is a set and cannot store a vector as it is", by_conversion));
 }
 
 TEST_F(ToolSet, a_failed_replacement_is_not_advised_to_replace) {
@@ -277,26 +277,26 @@ TEST_F(ToolSet, a_failed_replacement_is_not_advised_to_replace) {
     EXPECT_EQ(refused("{i= 1}", "i = 2.5"),
               told("1:5", "i: 2.50000 would be stored as 2", by_conversion));
     EXPECT_EQ(refused("{T= attlist(k= attspec(type= int)); }", "T/k/type &= double"),
-              told("1:13", "T/k/type: it is a type and can't take a string as it is", ""));
+              told("1:13", "T/k/type: it is a type and cannot store a string as it is", ""));
 }
 
 TEST_F(ToolSet, a_set_with_equal_values_is_not_reported_as_lost_digits) {
     EXPECT_EQ(
         refused("{c= <1, 2>}", "c/0 = 2"),
-        "f: error: the value would come back changed: types, objects of them, or equal values "
-        "in a set\n"
-        "f: error: not written, for the new text doesn't read back the same\n");
+        "f: error: the new text would not read as the same value: types, objects of them or equal "
+        "values in a set would differ\n"
+        "f: error: not written: the new text would change when it is read and written again\n");
 }
 
 TEST_F(ToolSet, constants_take_no_value) {
-    EXPECT_EQ(
-        refused("{n= #nil; t= #true}", "n = 5; t = #false"),
-        told("1:1", "n: it holds #nil, which takes no value", "&= replaces it: n &= 5") +
-            told("1:8", "t: it holds #true, which takes no value", "&= replaces it: t &= #false"));
+    EXPECT_EQ(refused("{n= #nil; t= #true}", "n = 5; t = #false"),
+              told("1:1", "n: it holds #nil, which cannot be assigned", "&= replaces it: n &= 5") +
+                  told("1:8", "t: it holds #true, which cannot be assigned",
+                       "&= replaces it: t &= #false"));
     EXPECT_EQ(changed("{n= #nil; t= #true}", "n &= 5; t &= #false; x = #true"),
               "{n= 5; t= #false; x= #true; }\n");
     EXPECT_EQ(refused("{i= 1}", "i = #nil", {"--convert"}),
-              told("1:5", "i: it is an int and can't take #nil as it is", replaces));
+              told("1:5", "i: it is an int and cannot store #nil as it is", replaces));
     EXPECT_EQ(refused("{n= #nil}", "n/a = 5").find("statements:1:1: error: n/a: "), 0u);
 }
 
@@ -305,8 +305,8 @@ TEST_F(ToolSet, adding_that_adds_nothing) {
     std::string const one = "<< appends one value";
     EXPECT_EQ(
         refused(text, "m += 5; v += 5"),
-        told("1:6", "m: it is a map, to which += adds the values of another one", one) +
-            told("1:14", "v: it is a vector, to which += adds the values of another one", one));
+        told("1:6", "m: it is a map, and += adds the values of another container", one) +
+            told("1:14", "v: it is a vector, and += adds the values of another container", one));
     EXPECT_EQ(refused(text, "v += {a= 1}"),
               told("1:6", "v: it is a vector; the keys would be lost", "add a vector: [ ... ]"));
     EXPECT_EQ(refused(text, "c << 1"), told("1:1", "c: the set holds 1 already", ""));
@@ -314,11 +314,11 @@ TEST_F(ToolSet, adding_that_adds_nothing) {
               told("1:1",
                    "w: Call of setattrp with operator '<<' is not allowed in case of not existing "
                    "path: /w [0x40000001]",
-                   "nothing is there for <<; make it first, by = or &="));
+                   "there is no value for <<; create one first, with = or &="));
 }
 
 TEST_F(ToolSet, keys_that_cannot_be_written) {
-    std::string const cannot = "a key that begins with # can't be written: ";
+    std::string const cannot = "a key that begins with # cannot be written: ";
     EXPECT_EQ(refused("{}", "'#a' = 1"), told("1:1", cannot + "'#a'", "choose another key"));
     EXPECT_EQ(refused("{}", "b/\"#a\"/c = 1"),
               told("1:3", cannot + "\"#a\"", "choose another key"));
@@ -330,43 +330,43 @@ TEST_F(ToolSet, keys_that_cannot_be_written) {
 // --- statements that are none ---
 
 TEST_F(ToolSet, paths_that_are_none) {
-    std::string const key = "a key is a word, a number or a text in quotes";
-    EXPECT_EQ(refused("{}", "= 1"), told("1:1", "'=' is no key", key));
-    EXPECT_EQ(refused("{}", "a/ = 1"), told("1:4", "'=' is no key", key));
-    EXPECT_EQ(refused("{}", "a/ /b = 1"), told("1:4", "'/' is no key", key));
-    EXPECT_EQ(refused("{}", "2nd = 1"), told("1:1", "'2nd' is no key", key));
-    EXPECT_EQ(refused("{}", "true = 1"), told("1:1", "'true' is no key", key));
+    std::string const key = "a key is a word, a number or a string in quotes";
+    EXPECT_EQ(refused("{}", "= 1"), told("1:1", "'=' is not a key", key));
+    EXPECT_EQ(refused("{}", "a/ = 1"), told("1:4", "'=' is not a key", key));
+    EXPECT_EQ(refused("{}", "a/ /b = 1"), told("1:4", "'/' is not a key", key));
+    EXPECT_EQ(refused("{}", "2nd = 1"), told("1:1", "'2nd' is not a key", key));
+    EXPECT_EQ(refused("{}", "true = 1"), told("1:1", "'true' is not a key", key));
     EXPECT_EQ(refused("{}", "a/"),
-              told("1:3", "the path has no last key", "take away the last '/', or add a key"));
+              told("1:3", "the path has no last key", "remove the last '/', or add a key"));
     EXPECT_EQ(refused("{}", "a b = 1"),
-              told("1:3", "'b' can't follow a key",
+              told("1:3", "'b' cannot follow a key",
                    "one of / = &= += << is expected; a key of several words needs quotes"));
     EXPECT_EQ(
         refused("{}", "b = 1; a"),
-        told("1:9", "operator and value are missing behind the path", "write a = and a value"));
+        told("1:9", "operator and value are missing after the path", "write a = and a value"));
 }
 
 TEST_F(ToolSet, values_that_are_missing) {
-    std::string const empty = "an empty text is \"\", an empty map {}, a vector []";
-    EXPECT_EQ(refused("{}", "a ="), told("1:4", "the value is missing behind =", empty));
-    EXPECT_EQ(refused("{}", "a += ; b = 1"), told("1:6", "the value is missing behind +=", empty));
+    std::string const empty = "an empty string is \"\", an empty map {}, a vector []";
+    EXPECT_EQ(refused("{}", "a ="), told("1:4", "the value is missing after =", empty));
+    EXPECT_EQ(refused("{}", "a += ; b = 1"), told("1:6", "the value is missing after +=", empty));
     EXPECT_EQ(refused("{}", "a = }"),
-              told("1:5", "'}' is no value", "a text needs quotes where it is not a single word"));
+              told("1:5", "'}' is not a value", "a string that is not a single word needs quotes"));
 }
 
 TEST_F(ToolSet, what_follows_a_value) {
     std::string const parts =
-        "a ; parts statements, and a text that is not a single word needs quotes";
-    EXPECT_EQ(refused("{}", "a = 1 } b = 2"), told("1:7", "'}' can't follow a value", parts));
-    EXPECT_EQ(refused("{}", "a = b = 2"), told("1:7", "'=' can't follow a value", parts));
+        "a ; separates statements, and a string that is not a single word needs quotes";
+    EXPECT_EQ(refused("{}", "a = 1 } b = 2"), told("1:7", "'}' cannot follow a value", parts));
+    EXPECT_EQ(refused("{}", "a = b = 2"), told("1:7", "'=' cannot follow a value", parts));
     EXPECT_EQ(refused("{}", "a = two words"),
               told("1:5", "Missing delimiter after: two [0x40000002]", "") +
-                  told("1:14", "operator and value are missing behind the path",
+                  told("1:14", "operator and value are missing after the path",
                        "write words = and a value"));
 }
 
 TEST_F(ToolSet, comments_in_statements) {
-    std::string const quotes = "leave it out; a text with // or /* in it needs quotes";
+    std::string const quotes = "leave it out; a string that contains // or /* needs quotes";
     EXPECT_EQ(refused("{}", "a = http://host"),
               told("1:10", "this comment would be lost: //host", quotes));
     EXPECT_EQ(refused("{}", "a = {b= 1 /* one */}"),
@@ -374,24 +374,25 @@ TEST_F(ToolSet, comments_in_statements) {
     EXPECT_EQ(refused("{}", "a//b = 1"),
               told("1:2", "this comment would be lost: //b = 1", quotes));
     EXPECT_EQ(refused("{}", "a = 1 /* open"),
-              told("1:7", "this comment is not closed", "a text with /* in it needs quotes"));
+              told("1:7", "this comment is not closed", "a string that contains /* needs quotes"));
     EXPECT_EQ(changed("{}", "a = 'http://host /* x'"), "{a= \"http://host /* x\"; }\n");
 }
 
 TEST_F(ToolSet, bytes_outside_of_quotes) {
-    std::string const quotes = "put the text that it stands in into quotes";
+    std::string const quotes = "put the string that contains it in quotes";
     EXPECT_EQ(refused("{}", "a = \xC3\xA4; b = 2"),
               told("1:5", "byte 0xc3 outside of strings and comments", quotes));
     EXPECT_EQ(changed("{}", "'\xC3\xA4' = '\xC3\xBC'"), "{\"\xC3\xA4\"= \"\xC3\xBC\"; }\n");
 }
 
 TEST_F(ToolSet, every_failure_is_told_up_to_what_cannot_be_cut) {
-    EXPECT_EQ(refused("{i= 1; n= #nil}", "i = 1.5;\n n = 2; c = foo(1);\n d d; i = 2.5"),
-              told("1:5", "i: 1.50000 would be stored as 1", by_conversion) +
-                  told("2:2", "n: it holds #nil, which takes no value", "&= replaces it: n &= 2") +
-                  told("2:13", "Value with unknown type='foo [0x40000005]", "") +
-                  told("3:4", "'d' can't follow a key",
-                       "one of / = &= += << is expected; a key of several words needs quotes"));
+    EXPECT_EQ(
+        refused("{i= 1; n= #nil}", "i = 1.5;\n n = 2; c = foo(1);\n d d; i = 2.5"),
+        told("1:5", "i: 1.50000 would be stored as 1", by_conversion) +
+            told("2:2", "n: it holds #nil, which cannot be assigned", "&= replaces it: n &= 2") +
+            told("2:13", "Value with unknown type='foo [0x40000005]", "") +
+            told("3:4", "'d' cannot follow a key",
+                 "one of / = &= += << is expected; a key of several words needs quotes"));
 }
 
 TEST_F(ToolSet, as_many_messages_as_allowed) {
@@ -405,7 +406,7 @@ TEST_F(ToolSet, as_many_messages_as_allowed) {
 TEST_F(ToolSet, from_the_standard_input) {
     EXPECT_EQ(run({"set", "-", "a = 2"}, {.input = "{a= 1}"}), (cRun{0, "{a= 2; }\n", ""}));
     EXPECT_EQ(run({"set", "-i", "-", "a = 2"}, {.input = "{a= 1}"}),
-              (cRun{2, "", "-: error: not written, for it is the standard input\n"}));
+              (cRun{2, "", "-: error: not written: it is the standard input\n"}));
 }
 
 TEST_F(ToolSet, in_the_files_place) {
@@ -427,16 +428,17 @@ TEST_F(ToolSet, into_another_file) {
     EXPECT_EQ(set("{a=1}", "a = 2.5", {"-o", "g"}).status, 2);
     EXPECT_EQ(set("{a=1} // x", "a = 2", {"-o", "g"}).status, 2);
     EXPECT_EQ(read("g"), "{a= 3; }\n");
-    EXPECT_EQ(set("{a=1}", "a = 2", {"-o", "nowhere/g"}),
-              (cRun{2, "",
-                    "nowhere/g: error: cannot write: No such file or directory; the file is as it "
-                    "was\n"}));
+    EXPECT_EQ(
+        set("{a=1}", "a = 2", {"-o", "nowhere/g"}),
+        (cRun{
+            2, "",
+            "nowhere/g: error: cannot write: No such file or directory; the file is unchanged\n"}));
 }
 
 TEST_F(ToolSet, files_that_do_not_read_cleanly) {
     EXPECT_EQ(set("{a=1 b=2}", "a = 3"),
               (cRun{2, "", "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"}));
-    EXPECT_EQ(set("", "a = 3"), (cRun{2, "", "f: error: there is no value in it\n"}));
+    EXPECT_EQ(set("", "a = 3"), (cRun{2, "", "f: error: the file contains no value\n"}));
     EXPECT_EQ(run({"set", "nowhere", "a = 3"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }

@@ -160,10 +160,10 @@ TEST_F(ToolToJson, what_is_shared_is_written_at_each_place) {
     EXPECT_EQ(
         lossy("{a=[1, <2>]; b=#cRef(/a); c={d=#cRef(/a/1); e=#cRef(/c/d)}; s=x; t=#cRef(/s)}",
               "-: warning: a set becomes an array, at path 'a/1'\n"
-              "-: warning: what is shared is written once more, at path 'b'\n"
-              "-: warning: what is shared is written once more, at path 'c/d'\n"
-              "-: warning: what is shared is written once more, at path 'c/e'\n"
-              "-: warning: what is shared is written once more, at path 't'\n"),
+              "-: warning: a shared value is written once more, at path 'b'\n"
+              "-: warning: a shared value is written once more, at path 'c/d'\n"
+              "-: warning: a shared value is written once more, at path 'c/e'\n"
+              "-: warning: a shared value is written once more, at path 't'\n"),
         "{\"a\":[1,[2]],\"b\":[1,[2]],\"c\":{\"d\":[2],\"e\":[2]},\"s\":\"x\",\"t\":\"x\"}\n");
 }
 
@@ -177,8 +177,8 @@ TEST_F(ToolToJson, sharing_that_multiplies_is_given_up) {
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err.substr(0, run.err.find(" more\n") - 2),
-              "-: warning: what is shared is written once more, at path 'a1/0'\n"
-              "-: error: what is shared would make the text too long\n"
+              "-: warning: a shared value is written once more, at path 'a1/0'\n"
+              "-: error: shared values would make the text too long\n"
               "-: warning: ");
 }
 
@@ -186,7 +186,7 @@ TEST_F(ToolToJson, objects_of_declared_types_become_objects) {
     EXPECT_EQ(lossy("{P=attlist(x=attspec(type=int;);); p=P(x=2;); q=[#cRef(/p)]}",
                     "-: warning: an object of type 'attlist' becomes a string, at path 'P'\n"
                     "-: warning: an object of type 'P' becomes a map, at path 'p'\n"
-                    "-: warning: what is shared is written once more, at path 'q/0'\n"),
+                    "-: warning: a shared value is written once more, at path 'q/0'\n"),
               "{\"P\":\"attlist(\\n  x= attspec(type=int; flag=#REQUIRED;);\\n)\",\"p\":{\"x\":2},"
               "\"q\":[{\"x\":2}]}\n");
 }
@@ -212,7 +212,7 @@ TEST_F(ToolToJson, comments_are_lost) {
 
 TEST_F(ToolToJson, text_behind_the_value_is_lost) {
     EXPECT_EQ(convert("[1]; [2]"),
-              (cRun{0, "[1]\n", "-:1:6: warning: text behind the first value is lost\n"}));
+              (cRun{0, "[1]\n", "-:1:6: warning: text after the first value is lost\n"}));
 }
 
 TEST_F(ToolToJson, warnings_are_limited) {
@@ -258,7 +258,7 @@ TEST_F(ToolToJson, a_file_that_does_not_read_cleanly_gives_nothing) {
                                                "-:1:8: error: Value with unknown type='foo "
                                                "[0x40000005]\n"
                                                "-:1:8: error: Cannot insert key =b\n"}));
-    EXPECT_EQ(convert(""), (cRun{2, "", "-: error: there is no value in it\n"}));
+    EXPECT_EQ(convert(""), (cRun{2, "", "-: error: the file contains no value\n"}));
     EXPECT_EQ(run({"to-json", "nowhere"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }

@@ -42,9 +42,9 @@ TEST_F(ToolUnheard, the_word_attspec_without_brackets_declares_no_key) {
 
 TEST_F(ToolUnheard, choices_that_stand_in_no_map) {
     EXPECT_EQ(checked("{ M= choice(off= 0; eco= 1); }"),
-              "f:1:6: error: choices stand in a map: choice({a= 1; b= 2;})\n");
+              "f:1:6: error: write the choices as a map: choice({a= 1; b= 2;})\n");
     EXPECT_EQ(checked("{ M= choice(eco); }"),
-              "f:1:6: error: choices stand in a map: choice({a= 1; b= 2;})\n");
+              "f:1:6: error: write the choices as a map: choice({a= 1; b= 2;})\n");
 }
 
 TEST_F(ToolUnheard, defaults_of_another_type) {
@@ -80,9 +80,8 @@ TEST_F(ToolUnheard, a_default_by_reference_is_told_at_the_object) {
 
 TEST_F(ToolUnheard, what_stands_behind_the_one_value_of_a_choice_or_a_scalar) {
     auto const behind = [](std::string const &place, std::string const &type) {
-        return "f:" + place +
-               ": error: this is not read: only the first value in the brackets of " + type +
-               " is taken\n";
+        return "f:" + place + ": error: this is ignored: only the first value in the brackets of " +
+               type + " is read\n";
     };
     std::string const choice = "{ M= choice({eco= 1; off= 0;});\n";
     EXPECT_EQ(checked(choice + " m= M(eco, off); }"), behind("2:12", "M"));
@@ -104,7 +103,7 @@ TEST_F(ToolUnheard, one_value_and_separators_behind_it) {
 
 TEST_F(ToolUnheard, text_behind_the_value_is_not_looked_at) {
     EXPECT_EQ(checked("{a= 1} attspec(typ= 1) int(5, 6)"),
-              "f:1:8: error: text behind the first value is not read\n");
+              "f:1:8: error: text after the first value is not read\n");
 }
 
 TEST_F(ToolUnheard, five_thousand_specifications_in_each_other) {
