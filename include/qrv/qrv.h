@@ -46,6 +46,7 @@
 #include "qrv/text/file/cpersistentmap.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
+#include "qrv/text/read/csourcemap.h"
 #include "qrv/text/scan/cattrscanner.h"
 #include "qrv/text/state/cwriteindent.h"
 #include "qrv/text/write/cexacttext.h"
