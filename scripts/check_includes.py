@@ -8,7 +8,8 @@ to core. Files of one folder may include each other. Beyond that:
   - headers of the operating system are included in base/platform/ only; elsewhere only the standard
     library's are;
   - public headers include public headers, qrv/qrv.h all of them, and what is included exists;
-  - the tool includes public headers and its own.
+  - the tool includes public headers and its own; in tools/qrv its rooms are layers, too, and main.cpp
+    is above them.
 Usage: check_includes.py [ROOT]. Silent and 0 when all is well, else one line for each edge and 1.
 """
 import pathlib
@@ -35,6 +36,8 @@ LAYERS = [
     "value",
     "start",
 ]
+# The rooms of tools/qrv, low to high.
+ROOMS = ["output", "process", "verify", "rules", "reading", "search", "json", "editing", "commands"]
 FOLDERS = sorted({layer.split("/")[0] for layer in LAYERS if layer})
 STANDARD = set("""
 algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono
@@ -131,13 +134,34 @@ def check_all_header(root):
                 yield f'include/qrv/qrv.h: "{name}" is missing'
 
 
+def room(path):
+    """The number of the room of a file of tools/qrv; None for a file elsewhere."""
+    folders = path.split("/")
+    if folders[:2] != ["tools", "qrv"]:
+        return None
+    return ROOMS.index(folders[2]) if folders[2] in ROOMS else len(ROOMS)
+
+
+def judge_room(name, header):
+    """What is wrong with "header" in the file `name` of a tool, or nothing."""
+    own, other = room(name), room(header)
+    if own is None or other is None or other <= own:
+        return None
+    return f'"{header}" is in a higher room: {[*ROOMS, "main.cpp"][other]} above {ROOMS[own]}'
+
+
 def check_tools(root):
     for file in sorted((root / "tools").rglob("*")):
         if file.suffix not in (".h", ".cpp"):
             continue
+        name = str(file.relative_to(root))
+        if room(name) == len(ROOMS) and name != "tools/qrv/main.cpp":
+            yield f"{name}: its folder is not a room; scripts/check_includes.py lists them"
         for line, kind, header in includes(file):
             if kind == '"' and not header.startswith(("qrv/", "tools/")) and not (file.parent / header).is_file():
-                yield f'{file.relative_to(root)}:{line}: tools use public headers only, not "{header}"'
+                yield f'{name}:{line}: tools use public headers only, not "{header}"'
+            elif kind == '"' and (wrong := judge_room(name, header)):
+                yield f"{name}:{line}: {wrong}"
 
 
 def main():

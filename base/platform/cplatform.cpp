@@ -27,6 +27,12 @@ sem_t *open_semaphore(char const *name) {
     return SEM_FAILED;
 }
 
+// By /proc, since a descriptor alone needs a right that few processes have.
+int link_open(int descriptor, char const *to) {
+    std::string const from = "/proc/self/fd/" + std::to_string(descriptor);
+    return ::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to, AT_SYMLINK_FOLLOW);
+}
+
 } // namespace
 
 constinit cat::os_calls cat::os{
@@ -34,6 +40,8 @@ constinit cat::os_calls cat::os{
     ::read,
     ::write,
     ::close,
+    [](int descriptor) { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0); },
+    ::flock,
     ::fsync,
     [](int descriptor, off_t offset, off_t length) {
         return ::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, offset, length);
@@ -46,9 +54,17 @@ constinit cat::os_calls cat::os{
         return ::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE);
     },
     ::link,
+    link_open,
     ::unlink,
     ::stat,
+    ::lstat,
     ::fstat,
+    ::listxattr,
+    ::getxattr,
+    ::flistxattr,
+    ::fgetxattr,
+    ::fsetxattr,
+    ::fremovexattr,
     ::access,
     [](char const *path, int mode) { return ::faccessat(AT_FDCWD, path, mode, AT_EACCESS); },
     ::chmod,

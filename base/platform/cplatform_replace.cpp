@@ -1,169 +1,35 @@
 // Giving a file new content without losing the old one.
 //
-//   beside:    make a file in the target's folder --> owner and mode --> write --> fsync --> rename
-//   in place:  open without truncating --> note the old bytes --> reserve room --> write
-//              --> cut to length --> fsync      any failure from there on --> write the old bytes
+//   beside:    create a file in the target's folder --> owner, attributes and mode --> write
+//              --> fsync --> last look --> rename
+//   in place:  last look --> open without truncating --> note the old bytes --> reserve room
+//              --> write --> cut to length --> fsync
+//              any failure from there on --> write the old bytes
 //   copy:      read --> beside, renamed to a name that must be free
+//   last look: the backup is written beside --> the file is compared with what is expected
+//              --> the backup is renamed
 //
 // Beside is the way for a plain file: whatever fails, and wherever the process is killed, the name
 // leads to the old or to the new content, whole. In place is for what a rename would change into
 // something else. There a full disk is met before the first byte changes, and what fails later is
 // undone; but a kill in the middle leaves a mixture, and so does a failing device if it refuses the
-// old bytes too, or if they must not be read. A killed process can leave its file beside, `.qrv*~`.
+// old bytes too, or if they must not be read.
 //
 // errno tells why a result is false.
 
+#include "base/platform/cbeside.h"
+#include "base/platform/clinks.h"
 #include "base/platform/os_calls.h"
 #include "qrv/base/platform/cplatform.h"
 
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
-#include <memory>
-#include <optional>
 #include <sys/resource.h>
 
 namespace {
 
-enum class cOutcome { done, failed, not_possible };
-
-constexpr int most_links = 40; // as many symbolic links as the system itself would follow
-constexpr int most_names = 100;
-
-// A descriptor; closed at the latest here.
-class cDescriptor {
-  public:
-    cDescriptor(std::string const &path, int flags)
-        : descriptor_(cat::os.open(path.c_str(), flags | O_CLOEXEC, 0666)) {}
-    cDescriptor(cDescriptor const &) = delete;
-    cDescriptor &operator=(cDescriptor const &) = delete;
-    ~cDescriptor() { close(); }
-
-    bool good() const { return descriptor_ >= 0; }
-    int get() const { return descriptor_; }
-    bool close() {
-        int const descriptor = descriptor_;
-        descriptor_ = -1;
-        return descriptor >= 0 && cat::os.close(descriptor) == 0;
-    }
-
-  private:
-    int descriptor_;
-};
-
-std::string folder_of(std::string const &path) {
-    auto const slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
-std::string name_of(std::string const &path) { return path.substr(path.rfind('/') + 1); }
-
-// The path behind a symbolic link; empty if this is none, nothing if that can't be told.
-std::optional<std::string> link_target(std::string const &path) {
-    std::string target(PATH_MAX, '\0');
-    ssize_t const length = cat::os.readlink(path.c_str(), target.data(), target.size());
-    if (length < 0 && errno != EINVAL && errno != ENOENT) return {};
-    if (length <= 0) return std::string();
-    target.resize(static_cast<std::size_t>(length));
-    return target.front() == '/' ? target : folder_of(path) + "/" + target;
-}
-
-// Where the content stands, or will stand when links lead to nothing yet. Nothing if a link can't
-// be read: the file must not take the link's place.
-std::optional<std::string> follow_links(std::string path) {
-    for (int i = 0; i < most_links; ++i) {
-        std::optional<std::string> next = link_target(path);
-        if (!next) return {};
-        if (next->empty()) return path;
-        path = std::move(*next);
-    }
-    errno = ELOOP;
-    return {};
-}
-
-// Did a step fail because this way is closed, rather than because something broke?
-bool way_is_closed() {
-    return errno == EACCES || errno == EPERM || errno == EROFS || errno == ENAMETOOLONG ||
-           errno == EBUSY || errno == EXDEV;
-}
-
-cOutcome failure() { return way_is_closed() ? cOutcome::not_possible : cOutcome::failed; }
-
-bool brought_to_disk(int descriptor) {
-    return cat::os.fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
-}
-
-// A name for a new file in the folder of `path`; short, so that it fits where the path's does.
-std::string new_name(std::string const &path, int attempt) {
-    static constinit unsigned int count = 0;
-    return folder_of(path) + "/.qrv" + std::to_string(::getpid()) + "-" +
-           std::to_string(++count + static_cast<unsigned int>(attempt)) + "~";
-}
-
-// A new file that goes away unless it is renamed.
-class cBeside {
-  public:
-    explicit cBeside(std::string const &path) {
-        for (int i = 0; i < most_names; ++i) {
-            name_ = new_name(path, i);
-            file_ = std::make_unique<cDescriptor>(name_, O_WRONLY | O_CREAT | O_EXCL);
-            if (file_->good() || errno != EEXIST) break;
-        }
-        made_ = file_->good();
-    }
-    cBeside(cBeside const &) = delete;
-    cBeside &operator=(cBeside const &) = delete;
-    ~cBeside() {
-        int const error = errno; // why it isn't wanted
-        if (made_) cat::os.unlink(name_.c_str());
-        errno = error;
-    }
-
-    bool made() const { return made_; }
-    bool take_over(struct stat const &old) {
-        struct stat info {};
-        if (cat::os.fstat(file_->get(), &info) != 0) return false;
-        bool const owned = info.st_uid == old.st_uid && info.st_gid == old.st_gid;
-        if (!owned && cat::os.fchown(file_->get(), old.st_uid, old.st_gid) != 0) return false;
-        return cat::os.fchmod(file_->get(), old.st_mode & 07777) == 0;
-    }
-    // Where the owner must be another: at least nobody else may do more than before.
-    void narrow(struct stat const &old) {
-        static_cast<void>(cat::os.fchmod(file_->get(), old.st_mode & 0700) == 0);
-    }
-    bool write(std::string_view bytes) {
-        return cat::write_all(file_->get(), bytes) && brought_to_disk(file_->get()) &&
-               file_->close();
-    }
-    bool rename_to(std::string const &path) {
-        if (cat::os.rename(name_.c_str(), path.c_str()) != 0) return false;
-        made_ = false;
-        return true;
-    }
-    bool rename_to_new(std::string const &path) {
-        if (cat::os.rename_new(name_.c_str(), path.c_str()) == 0) {
-            made_ = false;
-            return true;
-        }
-        bool const unknown = errno == EINVAL || errno == ENOSYS || errno == ENOTSUP;
-        return unknown && cat::os.link(name_.c_str(), path.c_str()) == 0;
-    }
-
-  private:
-    std::string name_;
-    std::unique_ptr<cDescriptor> file_;
-    bool made_ = false;
-};
-
-// `old` is null when there is no such file yet.
-cOutcome write_beside(std::string const &path, struct stat const *old, std::string_view bytes) {
-    cBeside beside(path);
-    if (!beside.made()) return failure();
-    if (old && !beside.take_over(*old)) return cOutcome::not_possible;
-    if (!beside.write(bytes)) return cOutcome::failed;
-    return beside.rename_to(path) ? cOutcome::done : failure();
-}
+using cat::cBeside, cat::cDescriptor, cat::cOutcome, cat::Replaced;
 
 // May a file be that long? Asked first, since the system ends a process that goes on.
 bool within_limit(std::size_t length) {
@@ -203,7 +69,7 @@ bool read_file(std::string const &path, std::string &bytes) {
 bool overwrite(cDescriptor &file, std::string_view bytes) {
     return cat::write_all(file.get(), bytes) &&
            cat::os.ftruncate(file.get(), static_cast<off_t>(bytes.size())) == 0 &&
-           brought_to_disk(file.get()) && file.close();
+           cat::bring_to_disk(file.get()) && file.close();
 }
 
 bool write_in_place(std::string const &path, struct stat const &old, std::string_view bytes) {
@@ -226,9 +92,11 @@ bool write_through(std::string const &path, std::string_view bytes) {
     return file.good() && cat::write_all(file.get(), bytes) && file.close();
 }
 
-// A descriptor that somebody holds open, reached by name: a rename would leave it behind.
+// A descriptor that somebody holds open, reached by name: a rename would leave it behind. In
+// /dev/shm/ are plain files.
 bool names_a_descriptor(std::string const &path) {
-    return path.starts_with("/dev/") || path.starts_with("/proc/");
+    return (path.starts_with("/dev/") && !path.starts_with("/dev/shm/")) ||
+           path.starts_with("/proc/");
 }
 
 // A working folder that was removed is still a folder, but has no name and takes nothing.
@@ -240,13 +108,92 @@ bool takes_files(std::string const &folder) {
 }
 
 bool can_make_file(std::string const &path) {
-    std::optional<std::string> const target = follow_links(path);
+    std::optional<std::string> const target = cat::follow_links(path);
     if (!target) return false;
-    std::string const name = name_of(*target), folder = folder_of(*target);
+    std::string const name = cat::name_of(*target), folder = cat::folder_of(*target);
     if (name.size() > NAME_MAX) errno = ENAMETOOLONG;
     return !name.empty() && name.size() <= NAME_MAX && takes_files(folder) &&
            cat::os.faccess(folder.c_str(), W_OK | X_OK) == 0;
 }
+
+// An existing backup is replaced, but nothing that is not a plain file.
+bool may_be_backup(std::string const &name, std::string const &suffix) {
+    struct stat info {};
+    if (suffix.find('/') != suffix.npos) {
+        errno = EINVAL;
+        return false;
+    }
+    if (cat::os.lstat(name.c_str(), &info) != 0) return errno == ENOENT;
+    if (!S_ISREG(info.st_mode)) errno = S_ISDIR(info.st_mode) ? EISDIR : EEXIST;
+    return S_ISREG(info.st_mode);
+}
+
+// The replacement of a plain file, or the creation of one.
+class cReplacement {
+  public:
+    // `old` is null when there is no such file yet.
+    cReplacement(std::string const &path, struct stat const *old, std::string_view bytes,
+                 cat::ReplaceOptions const &options)
+        : path_(path), old_(old), bytes_(bytes), options_(options) {}
+
+    Replaced run() {
+        std::optional<std::string> const target = cat::follow_links(path_);
+        if (!target) return Replaced::failed;
+        target_ = *target;
+        cOutcome outcome = cOutcome::not_possible;
+        if (!old_ || (old_->st_nlink == 1 && !names_a_descriptor(path_))) outcome = write_beside();
+        if (outcome == cOutcome::not_possible && old_) outcome = write_in_place();
+        return outcome == cOutcome::done ? Replaced::done : result_;
+    }
+
+  private:
+    cOutcome write_beside() {
+        cBeside beside(target_, {path_, old_, bytes_});
+        cOutcome const outcome = beside.write();
+        if (outcome != cOutcome::done) return outcome;
+        return last_look() ? beside.rename() : cOutcome::failed;
+    }
+
+    cOutcome write_in_place() {
+        bool const written = last_look() && ::write_in_place(path_, *old_, bytes_);
+        return written ? cOutcome::done : cOutcome::failed;
+    }
+
+    // May the file change now?
+    bool last_look() {
+        if (options_.backup.empty() || !old_) return is_expected();
+        std::string const name = target_ + options_.backup;
+        std::string bytes;
+        if (!options_.expected && !read_file(path_, bytes)) return refuse(Replaced::no_backup);
+        cBeside backup(name, {path_, old_, options_.expected.value_or(bytes)});
+        backup.may_be_narrow();
+        if (!may_be_backup(name, options_.backup) || backup.write() != cOutcome::done)
+            return refuse(Replaced::no_backup);
+        return is_expected() && (backup.rename() == cOutcome::done || refuse(Replaced::no_backup));
+    }
+
+    bool is_expected() {
+        if (!options_.expected) return true;
+        std::string now;
+        bool const read = read_file(path_, now);
+        if (!read && errno != ENOENT) return false;
+        if (read && now == *options_.expected) return true;
+        errno = ESTALE;
+        return refuse(Replaced::changed);
+    }
+
+    bool refuse(Replaced result) {
+        result_ = result;
+        return false;
+    }
+
+    std::string const &path_;
+    struct stat const *const old_;
+    std::string_view const bytes_;
+    cat::ReplaceOptions const &options_;
+    std::string target_;
+    Replaced result_ = Replaced::failed; // unless it is done
+};
 
 } // namespace
 
@@ -261,20 +208,19 @@ bool cat::can_write_file(std::string const &path) {
 }
 
 bool cat::replace_file(std::string const &path, std::string_view bytes) {
+    return replace_file(path, bytes, {}) == Replaced::done;
+}
+
+cat::Replaced cat::replace_file(std::string const &path, std::string_view bytes,
+                                ReplaceOptions const &options) {
     struct stat old {};
     bool const exists = os.stat(path.c_str(), &old) == 0;
-    if (!exists && errno != ENOENT) return false;
-    if (!can_write_file(path)) return false;
-    if (exists && !S_ISREG(old.st_mode)) return write_through(path, bytes);
-    if (!within_limit(bytes.size())) return false;
-    cOutcome outcome = cOutcome::not_possible;
-    if (!exists || (old.st_nlink == 1 && !names_a_descriptor(path))) {
-        std::optional<std::string> const target = follow_links(path);
-        if (!target) return false;
-        outcome = write_beside(*target, exists ? &old : nullptr, bytes);
-    }
-    if (outcome == cOutcome::not_possible && exists) return write_in_place(path, old, bytes);
-    return outcome == cOutcome::done;
+    if (!exists && errno != ENOENT) return Replaced::failed;
+    if (!can_write_file(path)) return Replaced::failed;
+    if (exists && !S_ISREG(old.st_mode))
+        return write_through(path, bytes) ? Replaced::done : Replaced::failed;
+    if (!within_limit(bytes.size())) return Replaced::failed;
+    return cReplacement(path, exists ? &old : nullptr, bytes, options).run();
 }
 
 bool cat::copy_to_new_file(std::string const &path, std::string const &copy) {
@@ -287,10 +233,9 @@ bool cat::copy_to_new_file(std::string const &path, std::string const &copy) {
         return false;
     }
     if (!read_file(path, bytes) || !within_limit(bytes.size())) return false;
-    cBeside beside(copy);
-    if (!beside.made()) return false;
-    if (!beside.take_over(old)) beside.narrow(old);
-    return beside.write(bytes) && beside.rename_to_new(copy);
+    cBeside beside(copy, {path, &old, bytes});
+    beside.may_be_narrow();
+    return beside.write() == cOutcome::done && beside.rename_to_new();
 }
 
 bool cat::same_content(std::string const &path, std::string const &other) {

@@ -7,8 +7,10 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <semaphore.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace cat {
@@ -18,6 +20,8 @@ struct os_calls {
     ssize_t (*read)(int descriptor, void *bytes, size_t count);
     ssize_t (*write)(int descriptor, void const *bytes, size_t count);
     int (*close)(int descriptor);
+    int (*dup)(int descriptor);
+    int (*flock)(int descriptor, int operation);
     int (*fsync)(int descriptor);
     int (*fallocate)(int descriptor, off_t offset, off_t length); // the file stays as long as it is
     int (*ftruncate)(int descriptor, off_t length);
@@ -26,9 +30,17 @@ struct os_calls {
     int (*rename)(char const *from, char const *to);
     int (*rename_new)(char const *from, char const *to); // never over what is there
     int (*link)(char const *from, char const *to);
+    int (*link_open)(int descriptor, char const *to); // a name for an open file that has none
     int (*unlink)(char const *path);
     int (*stat)(char const *path, struct stat *info);
+    int (*lstat)(char const *path, struct stat *info);
     int (*fstat)(int descriptor, struct stat *info);
+    ssize_t (*listxattr)(char const *path, char *names, size_t size);
+    ssize_t (*getxattr)(char const *path, char const *name, void *value, size_t size);
+    ssize_t (*flistxattr)(int descriptor, char *names, size_t size);
+    ssize_t (*fgetxattr)(int descriptor, char const *name, void *value, size_t size);
+    int (*fsetxattr)(int descriptor, char const *name, void const *value, size_t size, int flags);
+    int (*fremovexattr)(int descriptor, char const *name);
     int (*access)(char const *path, int mode);  // with the real rights, as asked
     int (*faccess)(char const *path, int mode); // with the effective ones
     int (*chmod)(char const *path, mode_t mode);

@@ -8,6 +8,7 @@
 #include "qrv/base/cfilename.h"
 #include "qrv/base/cref.h"
 #include "qrv/base/csignal.h"
+#include "qrv/base/platform/cfolderlock.h"
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/base/platform/cpooled.h"
 #include "qrv/base/platform/cstack.h"

@@ -5,7 +5,7 @@
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
-#include "tools/qrv/rules.h"
+#include "tools/qrv/rules/rules.h"
 
 namespace {
 

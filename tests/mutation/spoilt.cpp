@@ -3,7 +3,8 @@
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
 #include "tests/support/memory_file.h"
-#include "tools/qrv/commands.h"
+#include "tools/qrv/commands/command_line.h"
+#include "tools/qrv/output/exit_code.h"
 
 #include <fcntl.h>
 #include <functional>
@@ -93,9 +94,9 @@ cChecked checked(std::string const &text) {
     test::cMemory const file(text), lines("");
     int const status = in_copy([&] {
         if (::dup2(lines.descriptor(), STDERR_FILENO) < 0) return exit_failed + 1;
-        cCheckOptions options;
-        options.files = {file.name()};
-        return run_check(options);
+        std::string const name = file.name();
+        char const *const arguments[] = {"qrv", "check", name.c_str()};
+        return run_command_line(3, arguments);
     });
     return {status, lines.bytes().find(": error: ") != std::string::npos};
 }

@@ -61,7 +61,8 @@ class Includes(Tree):
         self.write("text/write/cwriter.cpp", '// W.\n#include "qrv/text/write/cwriter.h"\n#include "text/state/cwriter_state.h"\n')
         self.write("base/platform/cplatform.cpp", '// P.\n#include <unistd.h>\n')
         self.write("start/startup.cpp", '// S.\n#include <iostream>\n#include "qrv/util/cundo.h"\n')
-        self.write("tools/qrv/main.cpp", '// M.\n#include "qrv/text/write/cwriter.h"\n#include <CLI/CLI.hpp>\n')
+        self.write("tools/qrv/main.cpp", '// M.\n#include "tools/qrv/json/a.h"\n#include <CLI/CLI.hpp>\n')
+        self.write("tools/qrv/json/a.h", HEADER + '#include "qrv/text/write/cwriter.h"\n#include "tools/qrv/output/b.h"\n')
         self.passes("check_includes.py", self.root)
 
     def breaks(self, text, name, content):
@@ -109,7 +110,18 @@ class Includes(Tree):
         self.breaks('"qrv/text/read/new.h" is missing', "include/qrv/text/read/new.h", HEADER)
 
     def test_a_tool_that_includes_internals(self):
-        self.breaks("public headers only", "tools/qrv/a.cpp", '// T.\n#include "text/state/cwriter_state.h"\n')
+        self.breaks("public headers only", "tools/qrv/json/a.cpp", '// T.\n#include "text/state/cwriter_state.h"\n')
+
+    def test_a_room_that_includes_a_higher_one(self):
+        self.breaks(
+            'output/a.cpp:2: "tools/qrv/json/a.h" is in a higher room: json above output',
+            "tools/qrv/output/a.cpp",
+            '// T.\n#include "tools/qrv/json/a.h"\n',
+        )
+
+    def test_a_source_of_the_tool_outside_of_its_rooms(self):
+        self.breaks("tools/qrv/more/a.h: its folder is not a room", "tools/qrv/more/a.h", HEADER)
+        self.breaks("tools/qrv/a.cpp: its folder is not a room", "tools/qrv/a.cpp", "// T.\n")
 
 
 class Edges(Tree):

@@ -74,6 +74,8 @@ class cOsFaults {
         wrap<&T::read>("read");
         wrap<&T::write>("write");
         wrap<&T::close>("close");
+        wrap<&T::dup>("dup");
+        wrap<&T::flock>("flock");
         wrap<&T::fsync>("fsync");
         wrap<&T::fallocate>("fallocate");
         wrap<&T::ftruncate>("ftruncate");
@@ -82,9 +84,17 @@ class cOsFaults {
         wrap<&T::rename>("rename");
         wrap<&T::rename_new>("rename_new");
         wrap<&T::link>("link");
+        wrap<&T::link_open>("link_open");
         wrap<&T::unlink>("unlink");
         wrap<&T::stat>("stat");
+        wrap<&T::lstat>("lstat");
         wrap<&T::fstat>("fstat");
+        wrap<&T::listxattr>("listxattr");
+        wrap<&T::getxattr>("getxattr");
+        wrap<&T::flistxattr>("flistxattr");
+        wrap<&T::fgetxattr>("fgetxattr");
+        wrap<&T::fsetxattr>("fsetxattr");
+        wrap<&T::fremovexattr>("fremovexattr");
         wrap<&T::access>("access");
         wrap<&T::faccess>("faccess");
         wrap<&T::chmod>("chmod");

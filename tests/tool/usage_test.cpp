@@ -1,7 +1,7 @@
 // The command line itself: help, version, and what can't be understood.
 
 #include "tests/tool/tool_run.h"
-#include "tools/qrv/commands.h"
+#include "tools/qrv/output/exit_code.h"
 
 #include <regex>
 

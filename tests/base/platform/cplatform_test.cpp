@@ -320,6 +320,8 @@ template <int Error> int fail(int) {
     return -1;
 }
 
+bool is_new(int flags) { return (flags & O_CREAT) || (flags & O_TMPFILE) == O_TMPFILE; }
+
 TEST_F(Platform, a_full_disk_leaves_the_old_file_whole) {
     expect_old_content(file, [] {
         cat::os.write = [](int, void const *, size_t) -> ssize_t { return fail<ENOSPC>(0); };
@@ -333,7 +335,7 @@ TEST_F(Platform, a_full_disk_leaves_the_old_file_whole) {
     });
     expect_old_content(file, [] {
         cat::os.open = [](char const *path, int flags, mode_t mode) {
-            return flags & O_CREAT ? fail<ENOSPC>(0) : ::open(path, flags, mode);
+            return is_new(flags) ? fail<ENOSPC>(0) : ::open(path, flags, mode);
         };
     });
     EXPECT_EQ(entries(), 1U);
@@ -372,7 +374,7 @@ TEST_F(Platform, where_nothing_can_stand_beside_the_file_is_written_in_place) {
         file,
         [] {
             cat::os.open = [](char const *path, int flags, mode_t mode) {
-                return flags & O_CREAT ? fail<EACCES>(0) : ::open(path, flags, mode);
+                return is_new(flags) ? fail<EACCES>(0) : ::open(path, flags, mode);
             };
         },
         "a longer text");
@@ -395,6 +397,7 @@ TEST_F(Platform, names_in_use_are_stepped_over) {
     static int refused;
     refused = 0;
     cat::os.open = [](char const *path, int flags, mode_t mode) {
+        if ((flags & O_TMPFILE) == O_TMPFILE) return fail<EOPNOTSUPP>(0);
         return flags & O_CREAT && refused++ < 3 ? fail<EEXIST>(0) : ::open(path, flags, mode);
     };
     EXPECT_TRUE(cat::replace_file(file, "new"));

@@ -96,6 +96,15 @@ inline void become_nobody(cFolder const &folder) {
     EXPECT_EQ(::setresuid(nobody, nobody, nobody), 0);
 }
 
+// As on a file system where every file has a name.
+inline void refuse_unnamed_files() {
+    cat::os.open = [](char const *path, int flags, mode_t mode) {
+        if ((flags & O_TMPFILE) != O_TMPFILE) return ::open(path, flags, mode);
+        errno = EOPNOTSUPP;
+        return -1;
+    };
+}
+
 class SaveTest : public QrvTest {
   protected:
     SaveTest() = default;

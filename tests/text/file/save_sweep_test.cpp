@@ -24,6 +24,7 @@ struct cScene {
     char const *name;
     std::function<void(cFolder const &)> make;
     char const *names; // in the folder afterwards
+    bool unnamed_files = true;
 };
 
 std::string const old_text = "{old=1}";
@@ -48,6 +49,23 @@ std::vector<cScene> const scenes{
          std::filesystem::create_hard_link(f.file("map"), f.file("twin"));
      },
      "map twin"},
+    {"a plain file where every file has a name",
+     [](cFolder const &f) { put(f.file("map"), old_text); }, "map", false},
+};
+cScene const &two_names = scenes[3];
+
+// The scene's file system, while it lives.
+class cFileSystem {
+  public:
+    explicit cFileSystem(cScene const &scene) {
+        if (!scene.unnamed_files) refuse_unnamed_files();
+    }
+    cFileSystem(cFileSystem const &) = delete;
+    cFileSystem &operator=(cFileSystem const &) = delete;
+    ~cFileSystem() { cat::os = before_; }
+
+  private:
+    cat::os_calls const before_ = cat::os;
 };
 
 class SaveSweep : public SaveTest {
@@ -73,6 +91,7 @@ class SaveSweep : public SaveTest {
                     make(scene);
                     std::string hit;
                     {
+                        cFileSystem const system(scene);
                         cOsFaults const faults(n, error);
                         body();
                         hit = faults.hit();
@@ -93,6 +112,7 @@ class SaveSweep : public SaveTest {
             for (int n = 0; n < most_calls; ++n) {
                 make(scene);
                 int const status = in_child([&] {
+                    cFileSystem const system(scene);
                     cOsFaults const faults(n, cOsFaults::dies);
                     body();
                 });
@@ -105,11 +125,13 @@ class SaveSweep : public SaveTest {
                 check(scene);
             }
     }
-    // What lies in the folder but for the file that a dead process was about to write.
+    // What lies in the folder but for the files that a dead process was about to write.
     std::string names_but_unfinished() const {
-        std::string const names = folder_.names();
-        auto const end = names.find("~ ");
-        return names.starts_with(".qrv") && end != names.npos ? names.substr(end + 2) : names;
+        std::string names = folder_.names();
+        for (auto end = names.find("~ "); names.starts_with(".qrv") && end != names.npos;
+             end = names.find("~ "))
+            names.erase(0, end + 2);
+        return names;
     }
 
   private:
@@ -151,7 +173,7 @@ TEST_F(SaveSweep, a_replacement_with_a_failing_call_gives_old_or_new_and_tells_w
 TEST_F(SaveSweep, a_shorter_text_in_place_is_put_back_whole_too) {
     bool done = false;
     each_failing_call(
-        {scenes.back()}, [&] { done = cat::replace_file(folder_.file("map"), "{}"); },
+        {two_names}, [&] { done = cat::replace_file(folder_.file("map"), "{}"); },
         [&](cScene const &scene, int) {
             EXPECT_EQ(bytes(), done ? "{}" : old_text);
             EXPECT_EQ(folder_.names(), scene.names);
@@ -178,16 +200,20 @@ TEST_F(SaveSweep, rights_and_links_stay_whatever_fails) {
 }
 
 TEST_F(SaveSweep, a_replacement_that_dies_at_any_call_gives_old_or_new) {
-    int old_ones = 0, new_ones = 0;
+    int old_ones = 0, new_ones = 0, unfinished = 0;
     each_deadly_call(
         scenes, [&] { cat::replace_file(folder_.file("map"), new_text); },
         [&](cScene const &scene) {
             ++(bytes() == new_text ? new_ones : old_ones);
             EXPECT_TRUE(bytes() == new_text || bytes() == old_text) << bytes();
             EXPECT_EQ(names_but_unfinished(), scene.names);
+            unfinished += folder_.names() != scene.names;
+            cat::remove_unfinished(folder_.file("map"));
+            EXPECT_EQ(folder_.names(), scene.names);
         });
     EXPECT_GT(old_ones, 20);
     EXPECT_GT(new_ones, 0);
+    EXPECT_GT(unfinished, 5);
 }
 
 TEST_F(SaveSweep, a_new_file_is_there_whole_or_not_at_all) {
@@ -213,6 +239,59 @@ TEST_F(SaveSweep, a_new_file_is_there_whole_or_not_at_all) {
                      [&](cScene const &scene) { check(scene, false); });
 }
 
+namespace {
+
+std::string const older_text = "{ an older backup }";
+std::vector<cScene> const backup_scenes{
+    {"no backup yet", [](cFolder const &f) { put(f.file("map"), old_text); }, "map map~"},
+    {"an older backup",
+     [](cFolder const &f) {
+         put(f.file("map"), old_text);
+         put(f.file("map~"), older_text);
+     },
+     "map map~"},
+    {"two names, and an older backup",
+     [](cFolder const &f) {
+         put(f.file("map"), old_text);
+         put(f.file("map~"), older_text);
+         std::filesystem::create_hard_link(f.file("map"), f.file("twin"));
+     },
+     "map map~ twin"},
+    {"an older backup where every file has a name",
+     [](cFolder const &f) {
+         put(f.file("map"), old_text);
+         put(f.file("map~"), older_text);
+     },
+     "map map~", false},
+};
+
+} // namespace
+
+TEST_F(SaveSweep, a_backup_is_whole_whatever_fails_and_wherever_it_dies) {
+    cat::Replaced result{};
+    auto const body = [&] {
+        result =
+            cat::replace_file(folder_.file("map"), new_text, {.expected = old_text, .backup = "~"});
+    };
+    auto const check = [&](cScene const &scene, bool with_result) {
+        EXPECT_TRUE(bytes() == new_text || bytes() == old_text) << bytes();
+        bool const there = std::filesystem::exists(folder_.file("map~"));
+        std::string const backup = there ? bytes_of(folder_.file("map~")) : older_text;
+        EXPECT_TRUE(backup == old_text || backup == older_text) << backup;
+        if (bytes() == new_text) {
+            EXPECT_EQ(backup, old_text);
+        }
+        std::string const names = with_result ? folder_.names() : names_but_unfinished();
+        EXPECT_EQ(names, there ? scene.names : "map");
+    };
+    each_failing_call(backup_scenes, body, [&](cScene const &scene, int) {
+        check(scene, true);
+        EXPECT_EQ(bytes() == new_text, result == cat::Replaced::done);
+        EXPECT_NE(result, cat::Replaced::changed);
+    });
+    each_deadly_call(backup_scenes, body, [&](cScene const &scene) { check(scene, false); });
+}
+
 // --- copies ---
 
 TEST_F(SaveSweep, a_copy_is_whole_or_not_there) {
@@ -232,8 +311,9 @@ TEST_F(SaveSweep, a_copy_is_whole_or_not_there) {
         std::string const names = with_result ? folder_.names() : names_but_unfinished();
         EXPECT_EQ(names, there ? "copy map" : "map");
     };
-    each_failing_call({scenes[0]}, body, [&](cScene const &, int) { check(true); });
-    each_deadly_call({scenes[0]}, body, [&](cScene const &) { check(false); });
+    std::vector<cScene> const all{scenes.front(), scenes.back()};
+    each_failing_call(all, body, [&](cScene const &, int) { check(true); });
+    each_deadly_call(all, body, [&](cScene const &) { check(false); });
 }
 
 // --- write2file ---

@@ -6,6 +6,7 @@
 #include "qrv/ccomp.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -59,12 +60,43 @@ QRV_API bool make_writable(std::string const &path);
 QRV_API bool can_write_file(std::string const &path);
 
 // Gives the file this content, or leaves it as it was and answers false. The bytes are written to a
-// new file in the same folder, brought to the disk and renamed over the old one; mode and owner are
-// kept, a symbolic link stays and its target is replaced. Where that is not possible (no regular
-// file, several hard links, a folder or an owner that doesn't allow it) the file is written in
-// place, after room for it has been found; what fails there is undone, but a kill isn't. errno
-// tells why the result is false.
+// new file in the same folder, brought to the disk and renamed over the old one; mode, owner,
+// extended attributes and access lists are kept, a symbolic link stays and its target is replaced.
+// Where that is not possible (no regular file, several hard links, a folder, an owner or an
+// attribute that doesn't allow it) the file is written in place, after room for it has been found;
+// what fails there is undone, but a kill isn't. errno tells why the result is false.
+//
+// The new file has no name until all of it is on the disk, but for file systems where every file
+// has one. From then on until the rename this process holds an exclusive flock() on it.
 QRV_API bool replace_file(std::string const &path, std::string_view bytes);
+
+struct ReplaceOptions {
+    // The bytes that the file must hold right before it changes: else another program has written
+    // it since it was read, and it stays as that one left it. Borrowed.   Reads the file
+    std::optional<std::string_view> expected = {};
+    // Not empty: the old content, with mode, owner and attributes, is kept beside the file (for a
+    // symbolic link, beside its target) under its name and this, without a slash. An older backup
+    // is replaced; anything of that name that is not a plain file is an error. A backup that can't
+    // have the owner or an attribute has no rights for others.
+    std::string backup = {};
+};
+
+// What became of the file. Unless it is done, the file is as it was, and errno tells more.
+enum class Replaced {
+    done,
+    failed,    // it can't be written
+    changed,   // it does not hold the expected bytes; ESTALE
+    no_backup, // the backup can't be written
+};
+
+QRV_API Replaced replace_file(std::string const &path, std::string_view bytes,
+                              ReplaceOptions const &options);
+
+// Removes from the folder of the file `path` (links are followed) what replace_file() left there
+// when its process was killed. These files have names of the form `.qrv1234-5~`; removed are plain
+// files of this process's user on which it gets the exclusive flock() without waiting, so never one
+// that another process still writes. What can't be removed stays.   O(entries of the folder)
+QRV_API void remove_unfinished(std::string const &path);
 
 // Makes `copy` a new file with content and mode of the plain file `path`, whole or not at all; its
 // owner too, or else with no rights for others. Nothing is ever overwritten: false with the errno

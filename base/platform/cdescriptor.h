@@ -1,0 +1,40 @@
+#pragma once
+// An open file, closed at the latest when its owner is destroyed.
+
+#include "base/platform/os_calls.h"
+
+#include <cerrno>
+#include <string>
+
+namespace cat {
+
+class cDescriptor {
+  public:
+    cDescriptor() = default;
+    cDescriptor(std::string const &path, int flags, mode_t mode = 0666) { open(path, flags, mode); }
+    cDescriptor(cDescriptor const &) = delete;
+    cDescriptor &operator=(cDescriptor const &) = delete;
+    ~cDescriptor() {
+        int const error = errno; // the caller's reason for giving up
+        close();
+        errno = error;
+    }
+
+    bool open(std::string const &path, int flags, mode_t mode = 0666) {
+        close();
+        descriptor_ = os.open(path.c_str(), flags | O_CLOEXEC, mode);
+        return good();
+    }
+    bool good() const { return descriptor_ >= 0; }
+    int get() const { return descriptor_; }
+    bool close() {
+        int const descriptor = descriptor_;
+        descriptor_ = -1;
+        return descriptor >= 0 && os.close(descriptor) == 0;
+    }
+
+  private:
+    int descriptor_ = -1;
+};
+
+} // namespace cat

@@ -1,0 +1,54 @@
+#pragma once
+// The arguments of one command. Only the source of this class and the command line itself use the
+// parser, which takes seconds to compile.
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+// All variables are borrowed until the command line is parsed. What they hold is the default. A
+// name is "FILE" for an argument by position, "--text" or "-o,--output" for an option.
+class cArguments {
+  public:
+    explicit cArguments(CLI::App &command) : command_(command) {}
+
+    void required(char const *name, std::string &value, char const *help);
+    void required(char const *name, std::vector<std::string> &values, char const *help);
+
+    void flag(char const *name, bool &value, char const *help);
+    void option(char const *name, std::string &value, char const *help);
+    void option(char const *name, std::optional<std::string> &value, char const *help);
+    struct cRange {
+        int lowest;
+        int highest;
+    };
+    void option(char const *name, int &value, cRange range, char const *help);
+    void option(char const *name, std::string &value, std::vector<std::string> const &choices,
+                char const *help);
+    struct cTest {
+        char const *kind;                               // of the value, for the help
+        std::string (*wrong)(std::string const &value); // empty, or what is wrong
+    };
+    void option(char const *name, std::string &value, cTest test, char const *help);
+    // "--name" for `usual`, or "--name=value": a flag, so the next argument is never its value.
+    void flag(char const *name, std::string &value, char const *usual, cTest test,
+              char const *help);
+
+    // Both are names of options that were added.
+    void exclude(char const *option, char const *other);
+    void need(char const *option, char const *other);
+    // After parsing: "OPTION requires WHAT" if `is_missing` returns true.
+    void need(char const *option, char const *what, std::function<bool()> is_missing);
+
+  private:
+    using cChecks = std::vector<std::function<void()>>;
+
+    CLI::App &command_;
+    std::shared_ptr<cChecks> checks_; // after parsing; shared with the parser, null without checks
+};

@@ -1,0 +1,266 @@
+// `explain`: what is known of one value in a file, a line for each thing, only those that apply.
+// The path is gone along a second time, key by key: its keys make the path as references have it,
+// and the object before the last key may have a rule for the value.
+
+#include "qrv/containers/cattspec.h"
+#include "qrv/containers/cchoiceval.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
+#include "tools/qrv/reading/reading.h"
+#include "tools/qrv/rules/source.h"
+#include "tools/qrv/search/at_path.h"
+#include "tools/qrv/search/places.h"
+#include "tools/qrv/search/sharing.h"
+#include "tools/qrv/verify/attempt.h"
+#include "tools/qrv/verify/mismatch.h"
+
+#include <algorithm>
+#include <locale>
+#include <optional>
+#include <set>
+#include <sstream>
+#include <utility>
+
+namespace {
+
+struct cOptions {
+    std::string file;
+    std::string path;
+    int max_errors = default_max_errors;
+};
+
+constexpr char const *help =
+    "Example:\n"
+    "  qrv explain device.attr sensors/0/calibration\n"
+    "Lines of a word and what it says, those that apply:\n"
+    "  path      the path, as a reference would have it\n"
+    "  type      its type, and where the file declares that\n"
+    "  name      the name of a type\n"
+    "  constant  the name, #nil or the like\n"
+    "  place     line:column in the file, of what was written there\n"
+    "  rule      what the type of the object that it belongs to asks of it\n"
+    "  default   what that type gives where there is none\n"
+    "  choice    what is chosen, and\n"
+    "  choices   from what\n"
+    "  entries   how many it has\n"
+    "  layout    whether these stand on one line or on many\n"
+    "  comment   its comment, a line each\n"
+    "  shared    another path to the same value, eight of them at most";
+
+constexpr size_t most_shared = 8;
+constexpr size_t longest_line = 400; // of paths and lists
+
+// Where a path led.
+struct cGoal {
+    objref value;
+    objref owner; // of the attribute
+    objref key;
+    std::string path; // "/a/0"
+};
+
+// The path was read before, by the library: so tokens are keys and separators in turn.
+cGoal goal_of(objref const &top, std::string const &path, objref const &value) {
+    std::istringstream is(path);
+    is.imbue(std::locale::classic());
+    cAttrScan scan(is, false);
+    cAttrLiteral token;
+    scan.gettok(token);
+    if (token.code == '/') scan.gettok(token);
+    cGoal goal{value, top, nullptr, ""};
+    objref at = top;
+    while (at && cat::read_stdtype(token.code, token.text.c_str(), goal.key) && goal.key) {
+        goal.path += '/' + cat::as_text(goal.key);
+        goal.owner = std::exchange(at, at->getattr(goal.key));
+        if (scan.gettok(token) == tkEof) break;
+        scan.gettok(token);
+    }
+    return goal;
+}
+
+class cExplanation {
+  public:
+    cExplanation(objref const &top, cGoal goal, std::string const &bytes)
+        : goal_(std::move(goal)), bytes_(bytes),
+          sharing_(top, {goal_.value.get(), &goal_.value->type(), &goal_.owner->type()}) {}
+    cExplanation(cExplanation const &) = delete;
+    cExplanation &operator=(cExplanation const &) = delete;
+    ~cExplanation() = default;
+
+    std::string text() {
+        bool const constant = is_constant(*goal_.value);
+        std::vector<std::string> others;
+        if (!constant) others = sharing_.paths(goal_.value.get(), most_shared + 2);
+        others.erase(std::remove(others.begin(), others.end(), goal_.path), others.end());
+        line("path", shortened(goal_.path, longest_line));
+        tell_type();
+        if (constant) line("constant", shown(goal_.value));
+        tell_place(others);
+        tell_rule();
+        tell_choice();
+        tell_container();
+        if (!constant) tell_comment();
+        tell_shared(others);
+        return std::move(text_);
+    }
+
+  private:
+    void line(std::string key, std::string const &told) {
+        key.resize(10, ' ');
+        text_ += key + without_controls(told) + "\n";
+    }
+
+    // " (declared at /T)", or nothing if the tree doesn't declare it.
+    std::string declared(cObj const &type, std::string const &behind = {}) const {
+        std::vector<std::string> const paths = sharing_.paths(&type, 1);
+        if (paths.empty()) return "";
+        return " (declared at " + shortened(paths[0] + behind, longest_line) + ")";
+    }
+
+    void tell_type() {
+        cTypeObj const &type = goal_.value->type();
+        line("type", shortened(type.name(), longest_line) + declared(type));
+        if (goal_.value->is_type())
+            line("name", shortened(static_cast<cTypeObj &>(*goal_.value).name(), longest_line));
+    }
+
+    // Below a reference there is no text of its own, but the same value's elsewhere.
+    void tell_place(std::vector<std::string> paths) {
+        paths.insert(paths.begin(), goal_.path);
+        std::vector<std::string> owners;
+        if (is_declared()) owners = sharing_.paths(goal_.owner.get(), most_shared);
+        std::set<std::string> wanted(paths.begin(), paths.end());
+        wanted.insert(owners.begin(), owners.end());
+        cPlaces const places = places_in(bytes_, wanted);
+        std::optional<cPlace> found;
+        for (size_t i = 0; !found && i < paths.size(); ++i)
+            if (auto const place = places.find(paths[i]); place != places.end())
+                found = place->second;
+        for (size_t i = 0; !found && i < owners.size(); ++i)
+            if (auto const place = places.find(owners[i]); place != places.end())
+                found = place_in_brackets(place->second);
+        if (found) line("place", std::to_string(found->line) + ':' + std::to_string(found->column));
+    }
+
+    // Is the value an attribute of an object of a declared type, or of an attribute set's type?
+    bool is_declared() const {
+        if (goal_.owner->is_type()) return &goal_.owner->type() == &cat::typetype_attlist();
+        return &goal_.owner->type().type() == &cat::typetype_attlist();
+    }
+
+    std::optional<cPlace> place_in_brackets(cPlace owner) const {
+        std::optional<cPlace> found;
+        for (cSource::cEntry const &entry : cSource(bytes_).entries(owner))
+            if (entry.value && entry.key && entry.key->equal(goal_.key)) found = entry.value;
+        return found;
+    }
+
+    // An object keeps the rules as of its making: its type may have been declared anew since.
+    void tell_rule() {
+        if (auto const *const spec = dynamic_cast<cAttspec const *>(goal_.value.get()))
+            return tell_specification(*spec, "");
+        auto *const owner = dynamic_cast<cMapObj *>(goal_.owner.get());
+        if (!owner || !goal_.key) return;
+        specref const spec = owner->attspec(goal_.key);
+        if (spec == cAttspec::nilspec()) return;
+        objref now;
+        if (auto const *const all =
+                dynamic_cast<cMapObj const *>(objref(owner->type().tmember("attspec")).get()))
+            now = all->datamap().getitem(goal_.key);
+        bool const same = now.get() == spec.get();
+        tell_specification(*spec,
+                           same ? declared(owner->type(), '/' + cat::as_text(goal_.key)) : "");
+    }
+
+    void tell_specification(cAttspec const &spec, std::string const &where) {
+        std::string rule;
+        if (spec.is_required()) rule += "required, ";
+        if (spec.is_implied()) rule += "implied, ";
+        if (spec.is_fixref()) rule += "fixed, ";
+        rule += spec.get_type() ? "only " + shortened(spec.get_type()->name()) : "any type";
+        line("rule", rule + where);
+        line("default", spec.is_default() ? shown(spec.get_default()) : "none");
+    }
+
+    void tell_choice() {
+        auto const *const value = dynamic_cast<cChoiceVal const *>(goal_.value.get());
+        if (!value) return;
+        line("choice", value->is_undefined() ? "none" : cat::as_text(value->key()));
+        objref const choices = value->type().tmember("choices");
+        if (!cObj::is_good(choices)) return;
+        std::string keys;
+        for (cIterObj it = choices->begin(); it.valid() && keys.size() <= longest_line; ++it)
+            keys.append(keys.empty() ? "" : ", ").append(cat::as_text(it.key()));
+        line("choices", keys.empty() ? "none" : shortened(keys, longest_line));
+    }
+
+    // The entries of a container, or of what a type declares. Choices have a layout of their own.
+    void tell_container() {
+        objref entries = goal_.value, layout = goal_.value;
+        if (entries->is_type()) {
+            auto const &type = static_cast<cTypeObj const &>(*entries);
+            bool const attributes = &type.type() == &cat::typetype_attlist();
+            entries = type.tmember(attributes ? "attspec" : "choices");
+            if (!attributes) layout = entries;
+        }
+        auto const *const map = dynamic_cast<cMapObj const *>(entries.get());
+        if (!map) return;
+        line("entries", std::to_string(map->size()));
+        line("layout", cat::wformat(*layout)[0] == 's' ? "one line" : "many lines");
+    }
+
+    void tell_comment() {
+        std::string comment;
+        if (!goal_.value->get_comment(comment)) return;
+        std::istringstream is(comment);
+        for (std::string part; std::getline(is, part);) {
+            size_t const first = part.find_first_not_of(" \t\r");
+            if (first != part.npos) line("comment", part.substr(first));
+        }
+    }
+
+    void tell_shared(std::vector<std::string> const &others) {
+        for (size_t i = 0; i < std::min(others.size(), most_shared); ++i)
+            line("shared", shortened(others[i], longest_line));
+        if (others.size() > most_shared) line("shared", "and more");
+    }
+
+    cGoal goal_;
+    std::string const &bytes_;
+    cSharing sharing_;
+    std::string text_;
+};
+
+void explain(std::string const &path, cRead const &file, cReply &reply) {
+    objref value;
+    if (!find_at(file.value, path, value, file.messages)) return;
+    reply.status = value ? exit_done : exit_found;
+    if (!value) return tell_absent(path, file.messages);
+    cAttempt const unheard([&] { // values that can't be written raise errors
+        cat::ExactText const exact;
+        reply.text = cExplanation(file.value, goal_of(file.value, path, value), file.bytes).text();
+        return true;
+    });
+}
+
+int run(cOptions const &options) {
+    return print(
+        with_value(options.file, options.max_errors,
+                   [&](cRead const &file, cReply &reply) { explain(options.path, file, reply); }));
+}
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.required("FILE", options.file, "the file");
+    arguments.required("PATH", options.path, "keys with / between them");
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(60, "explain", "Tell what is known of one value", help,
+                       define<cOptions, add_arguments, run>);
+
+} // namespace

@@ -1,0 +1,266 @@
+// `find`: the entries of a file whose key, or the text of whose value, a pattern matches as a
+// whole. Each is printed as a statement for `set`, "path = value;", so that the output as a whole
+// can be given to it. What stands under a key that no path can have is printed with a warning.
+//
+// The walk keeps the way to where it is, on a stack of its own, and makes a path only of what is
+// found. Of a value that several paths lead to, contents and text are looked at under the first of
+// them; keys are found wherever they stand. Declarations of types are passed over: `set` takes
+// none, and `types` lists them. Containers are printed on one line, without comments, for
+// which all of them are changed once.
+
+#include "qrv/containers/cattspec.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
+#include "qrv/util/cintvalf.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
+#include "tools/qrv/output/raised.h"
+#include "tools/qrv/reading/reading.h"
+#include "tools/qrv/search/pattern.h"
+#include "tools/qrv/verify/mismatch.h"
+
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace {
+
+struct cOptions {
+    std::string file;
+    std::string pattern;
+    bool first = false; // of the ways to match, not the longest
+    int max_errors = default_max_errors;
+};
+
+constexpr char const *help =
+    "Found is each entry whose key matches the whole pattern from end to end, or the text of\n"
+    "its value: a string's characters, or what the file would hold. Indices of vectors and\n"
+    "sets are no keys, and declarations of types are passed over.\n"
+    "\n"
+    "  ?         any character\n"
+    "  *         any number of characters; at the end of a pattern write *? for one or more,\n"
+    "            for there * never takes the last one\n"
+    "  [a-z_]    one of these, [!a-z] any but these\n"
+    "  {ab,c*d}  one of these patterns\n"
+    "  \\x        the character x itself\n"
+    "A * or { takes what leads to the longest match; with --first, the first that works.\n"
+    "\n"
+    "Examples:\n"
+    "  qrv find device.attr humidity           keys and values, as they stand\n"
+    "  qrv find device.attr '{*bus,*bus*?}'    whatever has bus in it\n"
+    "  qrv find device.attr '[!-0-9]*[0-9]'    ends with a digit and is no number\n"
+    "\n"
+    "Each is printed as a statement that set takes, and so are all of them together, but\n"
+    "for a file of one value and a path with a key that is no number and no string. A value\n"
+    "that stands at several paths is looked at under the first of them. If nothing is\n"
+    "found, the exit code is 1.";
+
+cMapObj const *as_map(objref const &value) { return dynamic_cast<cMapObj const *>(value.get()); }
+
+bool is_declaration(objref const &value) {
+    return value->is_type() || dynamic_cast<cAttspec const *>(value.get());
+}
+
+bool is_plain(objref const &value) {
+    return cObj::is_map(value) || cObj::is_vector(value) || cObj::is_set(value);
+}
+
+bool has_named_keys(objref const &map) { return !cObj::is_vector(map) && !cObj::is_set(map); }
+
+// All containers in a tree, each once, with the way to what is looked at.
+class cTree {
+  public:
+    struct cLevel {
+        cAttrHash const &entries;
+        bool named;
+        cAttrNode const *node = nullptr; // the entry that is looked at
+    };
+
+    explicit cTree(objref const &top) { enter(top); }
+    cTree(cTree const &) = delete;
+    cTree &operator=(cTree const &) = delete;
+    ~cTree() = default;
+
+    // The next entry; false when all are done.
+    bool next() {
+        for (; !way_.empty(); way_.pop_back()) {
+            cLevel &level = way_.back();
+            level.node = level.node ? level.entries.next(level.node) : level.entries.first();
+            if (level.node) return true;
+        }
+        return false;
+    }
+    cLevel const &entry() const { return way_.back(); }
+    std::vector<cLevel> const &way() const { return way_; }
+
+    // Goes on with the entries of this value, if it is a container that wasn't entered before.
+    void enter(objref const &value) {
+        cMapObj const *const map = as_map(value);
+        if (map && entered_.insert(map).second)
+            way_.push_back({map->datamap(), has_named_keys(value)});
+    }
+
+  private:
+    std::vector<cLevel> way_;
+    std::unordered_set<cMapObj const *> entered_;
+};
+
+class cSearch {
+  public:
+    cSearch(objref const &top, cPattern const &pattern, size_t longest, cMessages &messages)
+        : top_(top), pattern_(pattern), longest_(longest), messages_(messages), tree_(top),
+          raised_([this](cErr const &error) { tell(error); }) {}
+    cSearch(cSearch const &) = delete;
+    cSearch &operator=(cSearch const &) = delete;
+    ~cSearch() = default;
+
+    std::string text() {
+        if (!as_map(top_) && !is_declaration(top_) && pattern_.matches(text_of(top_))) add(top_);
+        while (tree_.next() && !too_long()) {
+            objref const &value = tree_.entry().node->valref();
+            if (!value || is_declaration(value)) continue;
+            if (is_hit(value)) add(value);
+            tree_.enter(value);
+        }
+        return std::move(found_);
+    }
+
+  private:
+    bool is_hit(objref const &value) {
+        bool const fresh = is_fresh(value);
+        cTree::cLevel const &entry = tree_.entry();
+        if (entry.named && pattern_.matches(cat::as_string(entry.node->key()))) return true;
+        return fresh && !as_map(value) && pattern_.matches(text_of(value));
+    }
+
+    // Constants are the same everywhere, without being shared by anybody.
+    bool is_fresh(objref const &value) {
+        if (value->refs() < 2 || is_constant(*value)) return true;
+        return seen_.insert(value.get()).second;
+    }
+
+    // A string's characters, or the text that a file would hold.
+    std::string text_of(objref const &value) const {
+        if (&value->type() == &cat::type_string())
+            return static_cast<cObjDR<std::string> const &>(*value).val();
+        return cat::as_text(value);
+    }
+
+    void add(objref const &value) {
+        if (as_map(value)) lay_out();
+        size_t const before = messages_.count();
+        adding_ = true;
+        std::string const text = cat::as_text(value);
+        adding_ = false;
+        if (messages_.count() > before) return;
+        std::string const path = this->path();
+        test_path(path);
+        if (!path.empty()) found_ += path + (takes_value(value) ? " = " : " &= ");
+        found_ += text + ";\n";
+    }
+
+    // Constants and declarations take no value, so nothing can be assigned to a container with one
+    // in it either. An object of a declared type takes new values for its attributes.
+    static bool takes_value(objref const &value) {
+        bool takes = !is_constant(*value);
+        if (!is_plain(value)) return takes;
+        for (cTree tree(value); takes && tree.next();) {
+            objref const &part = tree.entry().node->valref();
+            takes = !is_constant(*part) && !is_declaration(part);
+            if (is_plain(part)) tree.enter(part);
+        }
+        return takes;
+    }
+
+    std::string path() const {
+        std::string path;
+        for (cTree::cLevel const &level : tree_.way()) {
+            if (!path.empty()) path += '/';
+            path += cat::as_text(level.node->key());
+        }
+        return path;
+    }
+
+    // What a path can have: one token.
+    static bool is_token(objref const &key) {
+        if (&key->type() == &cat::type_string()) return true;
+        return number_of(key) && &key->type() != &cat::type_intf();
+    }
+
+    void test_path(std::string const &path) {
+        for (cTree::cLevel const &level : tree_.way()) {
+            objref const &key = level.node->key();
+            if (is_token(key)) continue;
+            return messages_.warning(shortened(path) + ": set takes no path with a key of type " +
+                                     key->type().name());
+        }
+    }
+
+    // From now on every container stands on one line, and where it can't, since a text in it has
+    // more, it stands there without the comments, which `set` would not take.
+    void lay_out() {
+        if (std::exchange(laid_out_, true)) return;
+        top_->set_omember("wformat", cat::of("sc"));
+        for (cTree tree(top_); tree.next();) {
+            objref const value = tree.entry().node->valref();
+            if (as_map(value)) value->set_omember("wformat", cat::of("sc"));
+            if (value->has_ommap()) value->set_omember("//", nullptr);
+            tree.enter(value);
+        }
+    }
+
+    // What can't be written matters only where it is to be printed.
+    void tell(cErr const &error) {
+        if (adding_) messages_.error(shortened(path()) + ": " + error.as_string(), error.code());
+    }
+
+    bool too_long() {
+        if (found_.size() <= longest_) return false;
+        messages_.error("what is found is many times longer than the file; the rest is left out");
+        return true;
+    }
+
+    objref top_;
+    cPattern const &pattern_;
+    size_t longest_;
+    cMessages &messages_;
+    cTree tree_;
+    cat::ExactText const exact_;
+    cRaisedErrors const raised_;
+    bool adding_ = false;
+    bool laid_out_ = false;
+    std::unordered_set<cObj const *> seen_; // of the values that are shared
+    std::string found_;
+};
+
+void find(cOptions const &options, cRead const &file, cReply &reply) {
+    cPattern const pattern(options.pattern, options.first);
+    size_t const longest = longest_text_from(file.bytes.size());
+    reply.text = cSearch(file.value, pattern, longest, file.messages).text();
+    reply.status = reply.text.empty() ? exit_found : exit_done;
+    if (file.messages.count() > 0) reply.status = exit_failed;
+    cMessages about_pattern("pattern", options.max_errors);
+    pattern.tell_hopeless(about_pattern);
+    reply.messages = about_pattern.text(); // after those about the file
+}
+
+int run(cOptions const &options) {
+    return print(with_value(options.file, options.max_errors,
+                            [&](cRead const &file, cReply &reply) { find(options, file, reply); }));
+}
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.required("FILE", options.file, "the file");
+    arguments.required("PATTERN", options.pattern, "what keys and texts are held against");
+    arguments.flag("--first", options.first, "the first choice that works, not the longest");
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(50, "find", "Print the values that a pattern finds", help,
+                       define<cOptions, add_arguments, run>);
+
+} // namespace

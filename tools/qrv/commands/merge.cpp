@@ -1,0 +1,347 @@
+// `merge`: the value of one file onto that of another, by the library's copying under three
+// letters. What should have come of each key is read back.
+
+#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
+#include "tools/qrv/editing/rewrite.h"
+#include "tools/qrv/output/output.h"
+#include "tools/qrv/reading/reading.h"
+#include "tools/qrv/search/places.h"
+#include "tools/qrv/verify/attempt.h"
+#include "tools/qrv/verify/mismatch.h"
+
+#include <map>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace {
+
+struct cOptions : cWriteOptions {
+    std::string target;
+    std::string source;
+    std::string commands = "-xx";
+    bool convert = false;
+};
+
+constexpr char const *help =
+    "The letters are one each for keys that\n"
+    "  only TARGET has   - stay   0 go\n"
+    "  both have         a get SOURCE's value   s are replaced by SOURCE's value\n"
+    "                    x are merged: maps by -xx, vectors and sets by appending, all else as "
+    "a\n"
+    "                    - stay   0 go\n"
+    "  only SOURCE has   s come   x come; in vectors and sets they are appended   - don't\n"
+    "and ? is the letter that TARGET's type has.\n"
+    "\n"
+    "Examples:\n"
+    "  qrv merge device.attr site.attr                    # all of SOURCE, nothing goes\n"
+    "  qrv merge --commands=-a- device.attr site.attr     # new values for known keys\n"
+    "  qrv merge --commands=0ax device.attr site.attr     # exactly SOURCE's keys\n"
+    "\n"
+    "TARGET's comments stay; SOURCE's come with the keys that only it has, and with values\n"
+    "that replace one without a comment. A number that would change is refused, as 1.9 where\n"
+    "an int stands. If anything fails, nothing is written and the exit code is 2. A comment\n"
+    "of TARGET that would be lost is told; -i and -o then write nothing unless --force is\n"
+    "given.";
+
+constexpr unsigned constant_assigned = 0x41400000u;
+constexpr char const *choice_type_assigned =
+    "Call of missed standard method 'assign' in type: choice";
+
+class cMerge {
+  public:
+    cMerge(objref const &target, objref const &source, std::string const &bytes,
+           cOptions const &options, cMessages &messages)
+        : target_(target), source_(source), bytes_(bytes), options_(options),
+          letters_(options.commands), messages_(messages) {}
+    cMerge(cMerge const &) = delete;
+    cMerge &operator=(cMerge const &) = delete;
+    ~cMerge() = default;
+
+    void run() {
+        if (!same_kind()) return;
+        list_keys();
+        complete_letters();
+        cAttempt const attempt([&] { return target_->attrcopy(*source_, letters_.c_str()); });
+        done_ = attempt.done && attempt.errors.empty();
+        if (cObj::is_map(target_))
+            test_map();
+        else if (cObj::is_vector(target_))
+            test_vector();
+        tell_found();
+        if (messages_.count() == 0 && !done_) test_failure(attempt);
+    }
+
+  private:
+    struct cItem {
+        objref key;
+        objref before; // what the target held there, or null
+    };
+
+    bool same_kind() {
+        bool const known =
+            cObj::is_map(target_) || cObj::is_vector(target_) || cObj::is_set(target_);
+        if (known && &target_->type() == &source_->type()) return true;
+        messages_.error("its value is " + kind_of(source_) + ", that of " +
+                        shortened(options_.target) + " " + kind_of(target_) +
+                        "; a map, a vector or a set is merged onto one of its kind");
+        return false;
+    }
+
+    static cAttrHash const &hash_of(objref const &container) {
+        return static_cast<cMapObj const &>(*container).datamap();
+    }
+
+    // All stands as it should. A constant or a choice type that was given itself again says no, and
+    // that is all well: declarations that differ were told before.
+    void test_failure(cAttempt const &attempt) {
+        bool silent = !cObj::is_set(target_);
+        for (cSaid const &said : attempt.errors) {
+            if (said.code == constant_assigned || said.text == choice_type_assigned) continue;
+            messages_.error(said.text, said.code);
+            silent = false;
+        }
+        if (!silent && messages_.count() == 0) messages_.error("not all could be merged");
+    }
+
+    void list_keys() {
+        cAttrHash const &hash = hash_of(target_);
+        for (cIterObj it = source_->begin(); it.valid(); ++it) {
+            cAttrNode const *const node = hash.find(it.key());
+            items_.push_back({it.key(), node ? node->valref() : objref()});
+        }
+        old_size_ = hash.used();
+    }
+
+    // A ? stands for the letter of the target's type.
+    void complete_letters() {
+        std::string const own = cat::as_string(target_->gmember("cpcommands"));
+        for (size_t i = 0; i < letters_.size() && i < own.size(); ++i)
+            if (letters_[i] == '?') letters_[i] = own[i];
+    }
+
+    void test_map() {
+        for (cItem const &item : items_) test_key(item, source_->getattr(item.key));
+        if (letters_[0] != '0') return;
+        for (cIterObj it = target_->begin(); it.valid(); ++it)
+            if (!hash_of(source_).find(it.key())) tell_left(it.key());
+    }
+
+    // Places that were stored by number may be those of values appended before.
+    void test_vector() {
+        size_t both = 0;
+        for (cItem const &item : items_) both += item.before ? 1 : 0;
+        size_t size = 0;
+        if (letters_[0] != '0') size += old_size_ - both;
+        if (letters_[1] != '0') size += both;
+        if (letters_[1] == 'x') size += both;
+        if (letters_[2] == 's' || letters_[2] == 'x') size += items_.size() - both;
+        if (hash_of(target_).used() != size)
+            messages_.error("not all values could be merged by " + letters_ + ": " +
+                            std::to_string(hash_of(target_).used()) + " instead of " +
+                            std::to_string(size));
+        if (letters_[1] != 'a' && letters_[1] != 's') return;
+        for (cItem const &item : items_)
+            if (item.before) test_key(item, source_->getattr(item.key));
+    }
+
+    void test_key(cItem const &item, objref const &given) {
+        objref const now = target_->getattr(item.key);
+        switch (letters_[item.before ? 1 : 2]) {
+        case 'a':
+            return test_value(item, now, given, cStored::assigned);
+        case 'x':
+            return test_value(item, now, given, item.before ? cStored::merged : cStored::assigned);
+        case 's':
+            if (item.before) keep_comment(item.before, now);
+            return test_value(item, now, given, cStored::assigned);
+        case '0':
+            if (cObj::is_good(now)) tell_left(item.key);
+            return;
+        default:
+            return;
+        }
+    }
+
+    void test_value(cItem const &item, objref const &now, objref const &given, cStored how) {
+        cat::ExactText const exact;
+        for (cMismatch const &found : mismatches(now, given, how)) {
+            bool const conversion =
+                found.kind == cMismatch::number || (found.kind == cMismatch::type && done_);
+            if (options_.convert && conversion) continue;
+            tell('/' + cat::as_text(item.key) + found.path,
+                 found.text + (conversion ? "; --convert allows it" : ""));
+        }
+    }
+
+    // The comment of what was replaced stays.
+    static void keep_comment(objref const &before, objref const &now) {
+        std::string comment;
+        if (before != now && before->get_comment(comment) && !is_constant(*now))
+            now->set_comment(comment, true);
+    }
+
+    void tell_left(objref const &key) { tell('/' + cat::as_text(key), "it can't be removed"); }
+
+    void tell(std::string const &path, std::string const &text) {
+        if (found_.size() < static_cast<size_t>(messages_.limit()))
+            found_.emplace_back(path, text);
+        else
+            ++found_beyond_;
+    }
+
+    // Their places all at once.
+    void tell_found() {
+        if (found_.empty()) return;
+        std::set<std::string> paths;
+        for (auto const &[path, text] : found_) paths.insert(path);
+        cPlaces const places = places_in(bytes_, paths);
+        for (auto const &[path, text] : found_) {
+            auto const place = places.find(path);
+            std::string const told = "at " + shortened(path) + ": " + text;
+            if (place == places.end())
+                messages_.error(told);
+            else
+                messages_.error(place->second, told);
+        }
+        messages_.more(found_beyond_);
+    }
+
+    objref target_, source_;
+    std::string const &bytes_; // that the source was read from
+    cOptions const &options_;
+    std::string letters_;
+    cMessages &messages_;
+    std::vector<cItem> items_; // of the source, in order
+    size_t old_size_ = 0;
+    bool done_ = false;                                      // the library says that it did all
+    std::vector<std::pair<std::string, std::string>> found_; // path and text of what is to be told
+    size_t found_beyond_ = 0;                                // what is only counted
+};
+
+struct cDeclared {
+    std::string text;
+    std::string path;
+};
+
+// Types that are declared in a value, by their names.
+using cTypes = std::map<std::string, cDeclared>;
+
+// A type may be declared at several paths; the first counts.
+class cTypeWalk {
+  public:
+    static cTypes types_in(objref const &value) {
+        cTypeWalk walk;
+        cat::ExactText const exact;
+        walk.visit(value);
+        return std::move(walk.types_);
+    }
+
+  private:
+    void visit(objref const &value) {
+        if (!value) return;
+        if (value->is_type()) {
+            types_.try_emplace(static_cast<cTypeObj const &>(*value).name(),
+                               cDeclared{cat::as_text(value), path_});
+            return;
+        }
+        bool const holder = cObj::is_map(value) || cObj::is_vector(value) || cObj::is_set(value);
+        if (!holder || !visited_.insert(value.get()).second) return;
+        for (cIterObj it = value->begin(); it.valid(); ++it) {
+            if (!it.valref() || !(it.valref()->is_container() || it.valref()->is_type())) continue;
+            size_t const size = path_.size();
+            path_ += '/' + cat::as_text(it.key());
+            visit(it.valref());
+            path_.resize(size);
+        }
+    }
+
+    cTypes types_;
+    std::string path_;
+    std::set<cObj const *> visited_;
+};
+
+std::string told_place(std::string const &name, std::string const &bytes, std::string const &path) {
+    cPlaces const places = places_in(bytes, {path});
+    auto const place = places.find(path);
+    if (place == places.end()) return name + ", " + shortened(path);
+    return name + ":" + std::to_string(place->second.line) + ":" +
+           std::to_string(place->second.column);
+}
+
+// Both files were read into one set of types, where the later declaration holds for all.
+void test_types(cTypes const &target, std::string const &target_bytes, objref const &source,
+                std::string const &source_bytes, cOptions const &options, cMessages &messages) {
+    for (auto const &[name, declared] : cTypeWalk::types_in(source)) {
+        auto const other = target.find(name);
+        if (other == target.end() || other->second.text == declared.text) continue;
+        messages.error("type '" + shortened(name) + "' is declared with different content at " +
+                       told_place(options.source, source_bytes, declared.path) + " and at " +
+                       told_place(options.target, target_bytes, other->second.path));
+    }
+}
+
+bool merge_all(cChanging const &file, std::string const &bytes, cOptions const &options,
+               std::string &told) {
+    cMessages messages(options.source, options.max_errors);
+    cTypes const types = cTypeWalk::types_in(file.value);
+    std::string const source =
+        file.first_number == 0 ? bytes : numbered(bytes, survey(bytes).comments, file.first_number);
+    cReading const reading = read_value(source, messages);
+    if (reading.clean && reading.behind)
+        messages.error(*reading.behind, "text behind the first value is not read");
+    if (messages.count() == 0)
+        test_types(types, file.bytes, reading.value, source, options, messages);
+    if (messages.count() == 0) cMerge(file.value, reading.value, source, options, messages).run();
+    told = messages.text();
+    return messages.count() == 0;
+}
+
+int run(cOptions const &options) {
+    cMessages messages(options.source, options.max_errors);
+    std::string bytes;
+    if (options.source == "-" && options.target == "-")
+        messages.error("the standard input can be only one of the two");
+    else
+        read_bytes(options.source, bytes, messages);
+    put_lines(messages.text());
+    if (messages.count() != 0) return exit_failed;
+    return rewrite(options.target, options, [&](cChanging const &file, std::string &told) {
+        return merge_all(file, bytes, options, told);
+    });
+}
+
+// Empty if these are letters for `merge`.
+std::string wrong_commands(std::string const &commands) {
+    static constexpr char const *known[] = {"-0?", "-asx0?", "-sx?"};
+    static constexpr char const *keys[] = {"only TARGET has", "both have", "only SOURCE has"};
+    if (commands.size() != 3) return "three letters are needed, one for each class of keys";
+    for (size_t i = 0; i < 3; ++i)
+        if (std::string_view(known[i]).find(commands[i]) == std::string_view::npos)
+            return "'" + commands.substr(i, 1) + "' is no letter for keys that " + keys[i] +
+                   ", which are " + known[i];
+    return "";
+}
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.required("TARGET", options.target, "the file that is merged into");
+    arguments.required("SOURCE", options.source, "the file that is merged");
+    arguments.option("--commands", options.commands, {"LETTERS", wrong_commands},
+                     "what to do with keys, three letters");
+    add_convert(arguments, options.convert);
+    add_destination(arguments, options);
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(30, "merge", "Merge the value of a file into another's", help,
+                       define<cOptions, add_arguments, run>);
+
+} // namespace

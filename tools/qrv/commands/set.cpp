@@ -1,0 +1,274 @@
+// `set`: statements such as "a/b = 1; list << 2" on the value of a file. Each is cut out, tested,
+// done by the library on its own, and what then stands at its path is read back and held against
+// what was given. One that fails is told, the others are tried all the same, and nothing is
+// written.
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
+#include "qrv/util/cintformat.h"
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
+#include "tools/qrv/editing/rewrite.h"
+#include "tools/qrv/editing/statements.h"
+#include "tools/qrv/verify/attempt.h"
+#include "tools/qrv/verify/mismatch.h"
+
+#include <cmath>
+
+namespace {
+
+struct cOptions : cWriteOptions {
+    std::string file;
+    std::string statements;
+    bool no_create = false; // missing levels are an error
+    bool convert = false;   // values that a conversion changes are stored
+};
+
+constexpr char const *help =
+    "STATEMENTS are parted by ; or , and do, in order:\n"
+    "  path = value    give what stands there a new value, or store it\n"
+    "  path &= value   store it in the place of what stands there, whatever that is\n"
+    "  path += value   add to a number or a text; to a map the keys that it lacks\n"
+    "  path << value   append to a vector or a set\n"
+    "A path is keys with / between them, a value is written as in a file: a text that is not\n"
+    "a single word needs quotes, so it is best to have the whole in single quotes.\n"
+    "\n"
+    "Examples:\n"
+    "  qrv set device.attr 'bus/baud = 9600; bus/parity = even'\n"
+    "  qrv set -i device.attr 'location/room = \"0.15\"'      # in the file's place\n"
+    "  qrv set -i device.attr 'installed &= #false'         # #true and #nil take no =\n"
+    "  qrv set device.attr 'supply/phases << N; bus += {dialect= 2; retries= 5}'\n"
+    "  qrv set -o new.attr device.attr 'spare/fan/type = axial'\n"
+    "\n"
+    "What was stored is read back. A number that would change is refused, as 1.9 where an\n"
+    "int stands. Where one value stands at several paths, by #cRef, = changes it at all of\n"
+    "them and &= at one. &= keeps the comment. No comments can be given in STATEMENTS.\n"
+    "An error is told as statements:line:column. If there is one, nothing is written and the\n"
+    "exit code is 2. A comment of the file that would be lost is told; -i and -o then write\n"
+    "nothing unless --force is given.";
+
+size_t count_of(objref const &value) {
+    auto const *const map = dynamic_cast<cMapObj const *>(value.get());
+    return map ? map->datamap().used() : 0;
+}
+
+// One statement, from the test of its value to the comparison of what was stored.
+class cAssignment {
+  public:
+    cAssignment(objref const &root, cStatement const &statement, cOptions const &options,
+                cMessages &messages)
+        : root_(root), statement_(statement), options_(options), messages_(messages) {}
+    cAssignment(cAssignment const &) = delete;
+    cAssignment &operator=(cAssignment const &) = delete;
+    ~cAssignment() = default;
+
+    void run() {
+        before_ = at_path();
+        count_ = count_of(before_);
+        number_ = number_of(before_);
+        if (!can_be_written() || !can_be_assigned() || !apply()) return;
+        now_ = at_path();
+        if (statement_.operation == tkAddAssign)
+            test_sum();
+        else if (statement_.operation == tkShiftLeft)
+            test_appended();
+        else
+            test_stored();
+        if (statement_.operation == tkAndAssign) carry_comment();
+    }
+
+  private:
+    objref at_path() const {
+        objref value;
+        cAttempt const unheard([&] {
+            value = root_->getattrp(statement_.path);
+            return true;
+        });
+        return cObj::is_good(value) ? value : objref();
+    }
+
+    bool refuse(cPlace place, std::string const &text, std::string const &advice,
+                unsigned code = 0) {
+        messages_.error(place, shortened(statement_.path) + ": " + text, code);
+        if (!advice.empty()) messages_.note(place, advice);
+        return false;
+    }
+    bool refuse_value(std::string const &text, std::string const &advice) {
+        return refuse(statement_.value_place, text, advice);
+    }
+
+    bool can_be_written() {
+        cat::ExactText const exact;
+        std::string text;
+        cAttempt const writing([&] {
+            text = cat::as_text(statement_.value);
+            return true;
+        });
+        for (cSaid const &said : writing.errors)
+            refuse(statement_.value_place, said.text, "a key must not begin with #", said.code);
+        return writing.errors.empty();
+    }
+
+    // What stands there and takes no other value.
+    bool can_be_assigned() {
+        if (statement_.operation != '=' || !before_ || !is_constant(*before_)) return true;
+        std::string const name = shown(before_);
+        return refuse(statement_.place, "it holds " + name + ", which takes no value",
+                      "&= replaces it: " + shortened(statement_.path) +
+                          " &= " + shown(statement_.value));
+    }
+
+    bool apply() {
+        cAttempt const attempt([&] {
+            return root_->setattrp(statement_.path + " " + statement_.operator_text,
+                                   statement_.value, !options_.no_create);
+        });
+        if (attempt.done && attempt.errors.empty()) return true;
+        if (before_ && statement_.operation == '=' && tell_mismatches(before_, false)) return false;
+        for (cSaid const &said : attempt.errors) refuse(statement_.place, said.text, "", said.code);
+        return explain(attempt.errors.empty());
+    }
+
+    // Behind the library's errors, or instead of them: why, and what to do.
+    bool explain(bool silent) {
+        std::string const &op = statement_.operator_text;
+        std::string advice;
+        std::string text = kind_of(statement_.value) + " can't be stored there by " + op;
+        if (statement_.operation == tkShiftLeft && cObj::is_set(before_))
+            text = "the set holds " + shown(statement_.value) + " already";
+        else if (!before_ && statement_.operation != '=' && statement_.operation != tkAndAssign)
+            advice = "nothing is there for " + op + "; make it first, by = or &=";
+        else if (!before_ && options_.no_create)
+            advice = "without --no-create missing levels are made";
+        else if (before_)
+            advice = "it holds " + kind_of(before_);
+        if (silent) return refuse(statement_.place, text, advice);
+        if (!advice.empty()) messages_.note(statement_.place, advice);
+        return false;
+    }
+
+    void test_stored() {
+        if (now_)
+            tell_mismatches(now_, true);
+        else
+            refuse_value("nothing is stored there", "");
+    }
+
+    // What of the value didn't come to stand there. `done`: the library says that it all did. Was
+    // there anything?
+    bool tell_mismatches(objref const &stands, bool done) {
+        bool told = false;
+        for (cMismatch const &found : mismatches(stands, statement_.value, cStored::assigned)) {
+            bool const conversion =
+                found.kind == cMismatch::number || (found.kind == cMismatch::type && done);
+            if (conversion && options_.convert) continue;
+            std::string const at = found.path.empty() ? "" : "at " + shortened(found.path) + ": ";
+            refuse_value(at + found.text, advice(conversion));
+            told = true;
+        }
+        return told;
+    }
+
+    std::string advice(bool conversion) const {
+        std::string const convert = conversion ? "--convert stores the changed value" : "";
+        if (statement_.operation == tkAndAssign) return convert;
+        return conversion ? "&= replaces it with its type; " + convert
+                          : "&= replaces it, whatever it is";
+    }
+
+    // A text that is added to an intf is the number that it says.
+    void test_text_sum() {
+        std::string const text = cat::as_string(statement_.value);
+        std::optional<int> const other = misread(text);
+        int number = 0;
+        cIntFormat(number, cIntFormat::fmtDec).set_str(text.c_str());
+        if (other && !options_.convert)
+            refuse_value("intf reads " + shown(statement_.value) + " as " + std::to_string(*other),
+                         "--convert allows it");
+        else
+            test_number(*number_, number);
+    }
+
+    void test_sum() {
+        std::optional<double> const given = number_of(statement_.value);
+        if (number_ && given) return test_number(*number_, *given);
+        if (number_ && &statement_.value->type() == &cat::type_string()) return test_text_sum();
+        if (!cObj::is_map(now_) && !cObj::is_vector(now_) && !cObj::is_set(now_)) return;
+        if (!statement_.value->is_container())
+            refuse_value("it is " + kind_of(now_) + ", to which += adds the values of another one",
+                         "<< appends one value");
+        else if (!cObj::is_map(now_) && cObj::is_map(statement_.value))
+            refuse_value("it is " + kind_of(now_) + "; the keys would be lost",
+                         "add a vector: [ ... ]");
+    }
+
+    void test_number(double before, double given) {
+        std::optional<double> const sum = number_of(now_);
+        bool const is_int = &now_->type() == &cat::type_int() ||
+                            dynamic_cast<cIntFormat const *>(now_.get()) != nullptr;
+        if (is_int && std::trunc(given) == given) {
+            if (sum != before + given)
+                refuse_value("the sum is too large for " + kind_of(now_), "&= stores a double");
+        } else if (!sum || !std::isfinite(*sum)) {
+            refuse_value("the sum is too large for " + kind_of(now_), "&= stores a double");
+        } else if (!options_.convert && !takes(now_, given)) {
+            refuse_value(shown(statement_.value) + " would be cut before it is added to " +
+                             kind_of(now_),
+                         "--convert allows it");
+        }
+    }
+
+    void test_appended() {
+        if (count_of(now_) != count_ + 1)
+            refuse_value("nothing was appended to " + kind_of(now_), "");
+    }
+
+    // The comment of what was replaced stays. A constant is one object everywhere and has none.
+    void carry_comment() {
+        std::string comment;
+        if (before_ && now_ && before_ != now_ && before_->get_comment(comment) &&
+            !is_constant(*now_))
+            now_->set_comment(comment, false);
+    }
+
+    objref root_;
+    cStatement const &statement_;
+    cOptions const &options_;
+    cMessages &messages_;
+    objref before_, now_;          // what stands at the path, null if nothing does
+    size_t count_ = 0;             // of the values that it held
+    std::optional<double> number_; // that it was
+};
+
+bool set_all(objref const &root, cOptions const &options, std::string &told) {
+    cMessages messages("statements", options.max_errors);
+    cStatements statements(options.statements, messages);
+    cStatement statement;
+    while (statements.next(statement)) cAssignment(root, statement, options, messages).run();
+    told = messages.text();
+    return messages.count() == 0;
+}
+
+int run(cOptions const &options) {
+    return rewrite(options.file, options, [&](cChanging const &file, std::string &told) {
+        return set_all(file.value, options, told);
+    });
+}
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.required("FILE", options.file, "the file");
+    arguments.required("STATEMENTS", options.statements, "paths, operators and values");
+    arguments.flag("--no-create", options.no_create, "make no missing levels");
+    add_convert(arguments, options.convert);
+    add_destination(arguments, options);
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(20, "set", "Set values at paths", help,
+                       define<cOptions, add_arguments, run>);
+
+} // namespace

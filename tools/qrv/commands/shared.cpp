@@ -1,0 +1,75 @@
+#include "tools/qrv/commands/shared.h"
+
+#include "tools/qrv/output/output.h"
+
+void add_max_errors(cArguments &arguments, int &max_errors) {
+    arguments.option("--max-errors", max_errors, {1, 1000000}, "messages for one file at most");
+}
+
+void add_canonical(cArguments &arguments, bool &canonical) {
+    arguments.flag("--canonical", canonical,
+                   "the plain writer's bytes: six digits, no last line feed");
+}
+
+void add_convert(cArguments &arguments, bool &convert) {
+    arguments.flag("--convert", convert,
+                   "store numbers that must be changed to fit, as 1 for 1.9 in an int");
+}
+
+namespace {
+
+std::string wrong_suffix(std::string const &suffix) {
+    return suffix.find('/') == suffix.npos ? "" : "a suffix has no slash: " + suffix;
+}
+
+} // namespace
+
+void add_target(cArguments &arguments, cTargetOptions &options, char const *what,
+                std::function<bool()> const &writes_file) {
+    arguments.flag("--backup", options.backup, "~", {"", wrong_suffix},
+                   "keep the old file, as FILE~ or with the suffix in --backup=SUFFIX");
+    arguments.flag("--no-wait", options.no_wait,
+                   "fail at once, not after 30 seconds, while another process writes there");
+    arguments.need("--backup", what,
+                   [&options, writes_file] { return !options.backup.empty() && !writes_file(); });
+    arguments.need("--no-wait", what,
+                   [&options, writes_file] { return options.no_wait && !writes_file(); });
+}
+
+void add_destination(cArguments &arguments, cWriteOptions &options) {
+    arguments.flag("-i,--in-place", options.in_place, "replace the file");
+    arguments.option("-o,--output", options.output, "write to this file");
+    arguments.exclude("--output", "--in-place");
+    arguments.flag("--force", options.force, "write the file even where something is lost");
+    auto const writes_file = [&options] { return options.in_place || !options.output.empty(); };
+    arguments.need("--force", "--in-place or --output",
+                   [&options, writes_file] { return options.force && !writes_file(); });
+    add_target(arguments, options.target, "--in-place or --output", writes_file);
+}
+
+cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
+    cReply const reply = in_child(file, [&](cReply &r) {
+        cMessages messages(file, max_errors);
+        std::string bytes;
+        if (read_bytes(file, bytes, messages)) work(bytes, messages, r);
+        r.messages.insert(0, messages.text());
+    });
+    put_lines(reply.messages);
+    return reply;
+}
+
+cReply with_value(std::string const &file, int max_errors, cValueWork const &work) {
+    return with_bytes(file, max_errors,
+                      [&](std::string const &bytes, cMessages &messages, cReply &reply) {
+                          cReading const reading = read_value(bytes, messages);
+                          if (reading.clean) work({reading.value, reading, bytes, messages}, reply);
+                      });
+}
+
+int print(cReply const &reply) { return put_result(reply.text) ? reply.status : exit_failed; }
+
+int print_to(std::string const &output, cTargetOptions const &options, cReply const &reply) {
+    if (reply.status != exit_done) return reply.status;
+    if (output.empty()) return print(reply);
+    return cTarget(output, options).replace(reply.text);
+}

@@ -1,0 +1,39 @@
+#pragma once
+// What several commands share: arguments, and the steps from a file to the output.
+
+#include "tools/qrv/commands/arguments.h"
+#include "tools/qrv/editing/rewrite.h"
+#include "tools/qrv/process/worker.h"
+#include "tools/qrv/reading/reading.h"
+
+#include <functional>
+#include <string>
+
+void add_max_errors(cArguments &arguments, int &max_errors);
+void add_canonical(cArguments &arguments, bool &canonical);
+void add_convert(cArguments &arguments, bool &convert);
+// How a file is written, for commands that write one if an option of `what` is given.
+void add_target(cArguments &arguments, cTargetOptions &options, char const *what,
+                std::function<bool()> const &writes_file);
+// Standard output, the file itself, or another file.
+void add_destination(cArguments &arguments, cWriteOptions &options);
+
+// Runs `work` on the bytes of a file, in a worker process, and prints its messages. Without the
+// bytes the reply is that of a failure.
+using cBytesWork = std::function<void(std::string const &bytes, cMessages &messages, cReply &)>;
+cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work);
+
+// The same with the value, for a file that has no errors.
+struct cRead {
+    objref const &value;
+    cReading const &reading;
+    std::string const &bytes;
+    cMessages &messages;
+};
+using cValueWork = std::function<void(cRead const &file, cReply &reply)>;
+cReply with_value(std::string const &file, int max_errors, cValueWork const &work);
+
+// Prints the text of the reply. The exit code.
+int print(cReply const &reply);
+// Writes the text to that file, or prints it if the name is empty, unless the work failed.
+int print_to(std::string const &output, cTargetOptions const &options, cReply const &reply);

@@ -1,0 +1,81 @@
+// `to-json`: the first value of a file as JSON. Whatever JSON can't say is told: values by their
+// paths, comments and text behind the value by their places.
+
+#include "tools/qrv/commands/command.h"
+#include "tools/qrv/commands/shared.h"
+#include "tools/qrv/json/writing.h"
+#include "tools/qrv/reading/reading.h"
+
+namespace {
+
+struct cOptions {
+    std::string file = "-";
+    std::string output;
+    cTargetOptions target;
+    int indent = 2;
+    bool compact = false;
+    bool strict = false; // a loss is an error
+    int max_errors = default_max_errors;
+};
+
+constexpr char const *help =
+    "Examples:\n"
+    "  qrv to-json device.attr -o device.json\n"
+    "  qrv to-json --compact device.attr 2>/dev/null | jq .bus.baud\n"
+    "Told as lost, on standard error:\n"
+    "  a set                              becomes an array\n"
+    "  a float                            a number, which is a double when it is read again\n"
+    "  #true, #false                      true, false; #nil is null, and nothing is lost\n"
+    "  an object of a declared type       an object of its attributes\n"
+    "  other constants, objects, types    their text, as a string\n"
+    "  a key that is no string            its text\n"
+    "  a value that several places share  is written in full at each\n"
+    "  comments, text behind the value    are left out\n"
+    "The exit code is 0 all the same; with --strict it is 1. It is 2, and nothing is written,\n"
+    "for a string that is no UTF-8, two keys with the same text, and sharing that would make\n"
+    "the text many times longer than the file.";
+
+void tell_lost_text(cReading const &reading, cMessages &messages) {
+    for (cComment const &comment : reading.survey.comments)
+        messages.warning(comment.place,
+                         "this comment is lost: " +
+                             shortened(comment.text.substr(0, comment.text.find('\n'))));
+    if (reading.behind) messages.warning(*reading.behind, "text behind the first value is lost");
+}
+
+int status_of(cMessages const &messages, bool strict) {
+    if (messages.count() > 0) return exit_failed;
+    return strict && messages.warnings() > 0 ? exit_found : exit_done;
+}
+
+void convert(cOptions const &options, cRead const &file, cReply &reply) {
+    if (options.strict) file.messages.call_warnings("error");
+    cJsonForm const form{options.indent, options.compact, longest_text_from(file.bytes.size())};
+    reply.text = json_text(file.value, form, file.messages) + "\n";
+    tell_lost_text(file.reading, file.messages);
+    reply.status = status_of(file.messages, options.strict);
+}
+
+int run(cOptions const &options) {
+    return print_to(
+        options.output, options.target,
+        with_value(options.file, options.max_errors,
+                   [&](cRead const &file, cReply &reply) { convert(options, file, reply); }));
+}
+
+void add_arguments(cArguments &arguments, cOptions &options) {
+    arguments.option("FILE", options.file, "the file");
+    arguments.option("-o,--output", options.output, "write to this file");
+    add_target(arguments, options.target, "--output",
+               [&options] { return !options.output.empty(); });
+    arguments.option("--indent", options.indent, {0, 16}, "columns for each level");
+    arguments.flag("--compact", options.compact, "no blanks, all on one line");
+    arguments.exclude("--compact", "--indent");
+    arguments.flag("--strict", options.strict, "write nothing if something is lost");
+    add_max_errors(arguments, options.max_errors);
+}
+
+cCommand const command(110, "to-json", "Write the value of a file as JSON", help,
+                       define<cOptions, add_arguments, run>);
+
+} // namespace

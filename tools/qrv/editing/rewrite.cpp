@@ -1,0 +1,185 @@
+// The first value of a file in the writer's layout. Each reading is a process of its own, since a
+// type that one declares would be known to the next. Nothing is lost unseen:
+//   1  the file is read, changed and written; every value that can't be written is told, and a
+//      change that fails ends the work
+//   2  if the new text differs, the same is done with the file's comments numbered; each one whose
+//      number doesn't come out is told; and so is text behind the value
+//   3  the new text is read alone: the image of its value must be that of the value that was
+//      written, and written again its bytes must be the same
+// Only then the text is put out, or in the file's place. There a loss is refused unless forced, and
+// bytes that don't come back the same in any case.
+
+#include "tools/qrv/editing/rewrite.h"
+
+#include "qrv/base/platform/cplatform.h"
+#include "tools/qrv/output/diff.h"
+#include "tools/qrv/output/output.h"
+#include "tools/qrv/output/writing.h"
+#include "tools/qrv/process/worker.h"
+#include "tools/qrv/reading/reading.h"
+#include "tools/qrv/verify/fingerprint.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace {
+
+bool unchanged(cChanging const &, std::string &) { return true; }
+
+struct cTask {
+    cWriteOptions const &options;
+    cChange const &change;
+};
+
+// Reads a text, changes the value and writes it. Status: is the reply's text the new one? `extra`:
+// the error about text behind the value.
+void rewrite_text(std::string const &text, cTask const &task, size_t first_number,
+                  cMessages &messages, cReply &reply) {
+    cReading const reading = read_value(text, messages);
+    if (!reading.clean || !task.change({reading.value, text, first_number}, reply.messages)) return;
+    reply.text = written(reading.value, reading.survey.head, task.options.canonical, messages);
+    bool const all_written = messages.count() == 0;
+    if (all_written) reply.image = image_of(reading.value);
+    if (reading.behind) {
+        cMessages behind(messages.name(), 1);
+        behind.error(*reading.behind, "text behind the first value would be lost");
+        reply.extra = behind.lines();
+    }
+    reply.status = exit_done;
+}
+
+cReply rewritten(std::string const &name, std::string const &text, cTask const &task,
+                 size_t first_number) {
+    return in_child(name, [&](cReply &reply) {
+        cMessages unheard(name, 1);
+        rewrite_text(text, task, first_number, unheard, reply);
+    });
+}
+
+// Step 1. What it tells is told.
+cReply first_reading(std::string const &bytes, cTask const &task, cMessages &messages) {
+    cReply const reply = in_child(messages.name(), [&](cReply &r) {
+        cMessages told(messages.name(), messages.limit());
+        rewrite_text(bytes, task, 0, told, r);
+        r.messages += told.lines();
+        r.errors = told.count();
+    });
+    messages.take(reply.messages, reply.errors);
+    return reply;
+}
+
+// Step 2. Texts of comments are not enough, for equal ones occur; so they are followed by numbers.
+// The comment of a shared value is written at each place of the value: what such a place had in the
+// same words before is not lost.
+void tell_lost_comments(std::string const &bytes, cTask const &task, cMessages &messages) {
+    std::vector<cComment> const comments = survey(bytes).comments;
+    if (comments.empty()) return;
+    cReply const reply =
+        rewritten(messages.name(), numbered(bytes, comments, 0), task, comments.size());
+    if (reply.status != exit_done) return messages.error("its comments could not be followed");
+    std::map<size_t, size_t> const numbers = numbers_in(reply.text);
+    std::map<std::string, size_t> repeated; // text: how often it is written beyond its one place
+    for (auto const &[number, count] : numbers)
+        if (number < comments.size()) repeated[comments[number].text] += count - 1;
+    for (size_t i = 0; i < comments.size(); ++i) {
+        if (numbers.count(i)) continue;
+        size_t &more = repeated[comments[i].text];
+        if (comments[i].at_reference && more > 0) {
+            --more;
+            continue;
+        }
+        std::string const line = comments[i].text.substr(0, comments[i].text.find('\n'));
+        messages.error(comments[i].place, "this comment would be lost: " + shortened(line));
+    }
+}
+
+std::string what_changed(std::string const &image, cReply const &back, bool canonical) {
+    bool const read = back.status == exit_done && !back.image.empty();
+    if (read && objects_in(back.image) > objects_in(image))
+        return "shared values would become copies";
+    if (canonical) return "digits, bits, or strings that read as something else";
+    return read ? "types, objects of them, or equal values in a set" : "the new text can't be read";
+}
+
+// Step 3. Whether the bytes came back.
+bool read_back(std::string const &text, std::string const &image, cWriteOptions const &options,
+               cMessages &messages) {
+    cReply const reply = rewritten(messages.name(), text, {options, unchanged}, 0);
+    bool const read = reply.status == exit_done;
+    if (!image.empty() && (!read || reply.image != image))
+        messages.error("the value would come back changed: " +
+                       what_changed(image, reply, options.canonical));
+    return read && reply.text == text;
+}
+
+// Steps 1 to 3. The reply: text, losses as messages, in `extra` the text as it is now.
+void work(std::string const &name, cTask const &task, cReply &reply) {
+    cMessages messages(name, task.options.max_errors);
+    if (read_bytes(name, reply.extra, messages)) {
+        cReply const first = first_reading(reply.extra, task, messages);
+        if (first.status == exit_done) {
+            reply.text = first.text;
+            if (reply.text != reply.extra) tell_lost_comments(reply.extra, task, messages);
+            messages.take(first.extra, first.extra.empty() ? 0 : 1);
+            reply.comes_back = read_back(reply.text, first.image, task.options, messages);
+            reply.status = messages.count() == 0 ? exit_done : exit_found;
+        }
+    }
+    reply.messages = messages.text();
+}
+
+int refuse(std::string const &name, std::string const &why) {
+    put_message(name + ": error: not written, for " + why);
+    return exit_failed;
+}
+
+int put_into(cTarget &target, cReply const &reply, cWriteOptions const &options,
+             std::optional<std::string_view> expected) {
+    std::string const &name = target.name();
+    if (reply.status != exit_done && !options.force)
+        return refuse(name, "something would be lost; --force writes it");
+    if (options.in_place && cat::file_exists(name) && !cat::is_regular(name))
+        return refuse(name, "it is no plain file");
+    if (options.in_place && reply.text == reply.extra) return exit_done;
+    return target.replace(reply.text, expected);
+}
+
+// The file that is written; empty: none.
+std::string target_of(std::string const &name, cWriteOptions const &options) {
+    if (options.in_place) return name;
+    return options.output == "-" ? "" : options.output;
+}
+
+// By one name or by two.
+bool is_same_file(std::string const &name, std::string const &other) {
+    std::error_code error;
+    return name == other || std::filesystem::equivalent(name, other, error);
+}
+
+int tell_changes(std::string const &name, cReply const &reply) {
+    if (reply.text == reply.extra) return reply.status;
+    return put_result(changes(name, reply.extra, reply.text)) ? exit_found : exit_failed;
+}
+
+} // namespace
+
+int rewrite(std::string const &name, cWriteOptions const &options, cChange const &change) {
+    if (options.in_place && name == "-") return refuse(name, "it is the standard input");
+    cChange const made = change ? change : unchanged;
+    cTarget target(target_of(name, options), options.target);
+    // Otherwise the folder is locked only to write: what is read may be a pipe from a process that
+    // needs the lock.
+    bool const reads_target = !target.name().empty() && is_same_file(name, target.name());
+    if (reads_target && !target.lock()) return exit_failed;
+    cReply const reply = in_child(name, [&](cReply &r) { work(name, {options, made}, r); });
+    put_lines(reply.messages);
+    if (reply.status == exit_failed) return exit_failed;
+    // The plain writer's bytes may not be readable: a loss that was told, but nothing to keep.
+    bool const plain_output = options.canonical && !options.in_place;
+    if (!plain_output && !reply.comes_back)
+        return refuse(name, "the new text doesn't read back the same");
+    if (options.check) return tell_changes(name, reply);
+    if (target.name().empty()) return put_result(reply.text) ? reply.status : exit_failed;
+    return put_into(target, reply, options,
+                    reads_target ? std::optional<std::string_view>(reply.extra) : std::nullopt);
+}

@@ -1,0 +1,35 @@
+#pragma once
+// The first value of a file, changed or as it is, written anew: what fmt, set and merge do.
+
+#include "qrv/core/cobj.h"
+#include "tools/qrv/output/messages.h"
+#include "tools/qrv/output/target.h"
+
+#include <functional>
+#include <string>
+
+// Where the result goes: to standard output, unless an option names something else.
+struct cWriteOptions {
+    bool check = false; // nowhere
+    bool in_place = false;
+    bool force = false; // a file is replaced even where something is lost
+    std::string output; // a file of that name; - is standard output
+    cTargetOptions target;
+    bool canonical = false;
+    int max_errors = default_max_errors;
+};
+
+// What is to be changed. The change is made once or twice, in processes of their own. The second
+// time the file's comments have numbers below `first_number`, and comments from elsewhere are to be
+// numbered from there on; the first time that is 0.
+struct cChanging {
+    objref value;
+    std::string const &bytes; // that it was read from
+    size_t first_number;
+};
+
+// False, with lines in `told`: nothing is written.
+using cChange = std::function<bool(cChanging const &file, std::string &told)>;
+
+// Reads, changes and writes by the options. The exit code.
+int rewrite(std::string const &name, cWriteOptions const &options, cChange const &change);

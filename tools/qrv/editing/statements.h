@@ -1,0 +1,57 @@
+#pragma once
+// The text that `set` is given, cut into statements:
+//   statement = { ";" | "," } path operator value      path = [ "/" ] key { "/" key }
+//   operator  = "=" | "&=" | "+=" | "<<"
+// It is the language of the library's lists of assignments, read by the same scanner, but for what
+// would be passed over silently there and is an error here: a comment, a statement without value,
+// a bracket or a "=" behind a value, bytes that end the text, and what `check` finds in a value.
+
+#include "qrv/core/cobj.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
+#include "tools/qrv/output/messages.h"
+
+#include <sstream>
+#include <string>
+
+struct cStatement {
+    cPlace place;              // of the path
+    cPlace value_place;        // of the value
+    std::string path;          // without leading slash and blanks
+    std::string operator_text; // "="
+    int operation = 0;         // its token
+    objref value;
+};
+
+class cStatements {
+  public:
+    // Errors go to messages, with places in the text, which is borrowed.
+    cStatements(std::string const &text, cMessages &messages);
+    cStatements(cStatements const &) = delete;
+    cStatements &operator=(cStatements const &) = delete;
+    ~cStatements() = default;
+
+    // The next statement; false at the end, or where it isn't known where the next one begins. A
+    // statement that can't be read is told and passed over.
+    bool next(cStatement &statement);
+
+  private:
+    class cScan : public cAttrScan {
+      public:
+        explicit cScan(std::istream &is) : cAttrScan(is, false) {}
+    };
+
+    void tell_unread();
+    void tell(cat::ReadError const &error);
+    void tell(cat::ReadReport const &report);
+    bool read_path(cStatement &statement);
+    bool read_key(cAttrLiteral const &token, cStatement &statement);
+    bool read_value(cStatement &statement, bool &good);
+    bool refuse(cAttrLiteral const &token, std::string const &text, std::string const &advice);
+
+    std::string const &text_;
+    std::istringstream in_;
+    cScan scan_;
+    cMessages &messages_;
+    bool readable_;
+};

@@ -1,0 +1,74 @@
+#include "tools/qrv/json/places.h"
+
+#include "tools/qrv/json/reading.h"
+
+#include <algorithm>
+
+cJsonPlaces::cJsonPlaces(std::string const &bytes) : bytes_(bytes) {
+    if (bytes_.starts_with(json_mark)) end_ = json_mark.size();
+}
+
+void cJsonPlaces::next() {
+    start_ = start_behind(end_, " \t\r\n,:");
+    end_ = end_of(start_);
+}
+
+size_t cJsonPlaces::token_at(size_t offset) const {
+    size_t start = start_behind(end_, " \t\r\n");
+    for (size_t end = end_of(start); end <= offset && end > start; end = end_of(start))
+        start = start_behind(end, " \t\r\n");
+    return start;
+}
+
+size_t cJsonPlaces::start_behind(size_t at, char const *passed) const {
+    return std::min(bytes_.find_first_not_of(passed, at), bytes_.size());
+}
+
+// As the parser cuts tokens: of "01" the 0 is one, of "nullx" the first four letters.
+size_t cJsonPlaces::end_of(size_t start) const {
+    size_t end = start + 1;
+    if (has(start, "\""))
+        end = behind_string(end);
+    else if (has(start, "-0123456789"))
+        end = behind_number(start);
+    else if (has(start, "tn"))
+        end = start + std::string_view("true").size();
+    else if (has(start, "f"))
+        end = start + std::string_view("false").size();
+    return std::min(end, bytes_.size());
+}
+
+size_t cJsonPlaces::behind_string(size_t at) const {
+    while (at < bytes_.size() && bytes_[at] != '"') at += bytes_[at] == '\\' ? 2 : 1;
+    return at + 1;
+}
+
+size_t cJsonPlaces::behind_number(size_t at) const {
+    at += has(at, "-");
+    at = has(at, "0") ? at + 1 : behind_digits(at);
+    if (has(at, ".")) at = behind_digits(at + 1);
+    if (has(at, "eE")) at = behind_digits(at + 1 + has(at + 1, "+-"));
+    return at;
+}
+
+size_t cJsonPlaces::behind_digits(size_t at) const {
+    return std::min(bytes_.find_first_not_of("0123456789", at), bytes_.size());
+}
+
+bool cJsonPlaces::has(size_t at, std::string_view characters) const {
+    return at < bytes_.size() && characters.find(bytes_[at]) != std::string_view::npos;
+}
+
+cPlace cJsonPlaces::place(size_t offset) {
+    if (offset < told_) {
+        told_ = 0;
+        told_place_ = {};
+    }
+    for (; told_ < std::min(offset, bytes_.size()); ++told_) {
+        if (bytes_[told_] == '\n')
+            ++told_place_.line, told_place_.column = 1;
+        else
+            ++told_place_.column;
+    }
+    return told_place_;
+}

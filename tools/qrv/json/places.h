@@ -1,0 +1,36 @@
+#pragma once
+// Where the tokens of a JSON text stand. The parser tells what it meets, one token after the other,
+// but not where: so this walks over the same bytes beside it. Between two tokens that are told
+// stand only blanks, commas and colons.
+
+#include "tools/qrv/output/messages.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+class cJsonPlaces {
+  public:
+    explicit cJsonPlaces(std::string const &bytes);
+
+    void next();                            // to the next token that is told
+    size_t start() const { return start_; } // of that token
+    // The start of the token, told or not, that has this offset and stands behind the last one that
+    // was told. At the end of the text the end.
+    size_t token_at(size_t offset) const;
+    cPlace place(size_t offset); // O(distance) while offsets grow
+
+  private:
+    size_t start_behind(size_t at, char const *passed) const;
+    size_t end_of(size_t start) const; // of the token that begins there
+    size_t behind_string(size_t at) const;
+    size_t behind_number(size_t at) const;
+    size_t behind_digits(size_t at) const;
+    bool has(size_t at, std::string_view characters) const;
+
+    std::string const &bytes_;
+    size_t start_ = 0;
+    size_t end_ = 0;         // behind the token
+    size_t told_ = 0;        // the last offset that was asked for
+    cPlace told_place_ = {}; // and its place
+};

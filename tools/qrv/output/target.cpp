@@ -1,0 +1,59 @@
+#include "tools/qrv/output/target.h"
+
+#include "qrv/base/platform/cplatform.h"
+#include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/output.h"
+
+#include <cerrno>
+
+namespace {
+
+constexpr std::chrono::seconds longest_wait(30);
+
+// A device or a pipe keeps nothing that could be lost. And the process at a pipe's other end may
+// need the lock before it reads or writes.
+bool can_be_lost(std::string const &name) {
+    return !cat::file_exists(name) || cat::is_regular(name);
+}
+
+std::string no_backup(int error) {
+    if (error == EEXIST) return "the name of its backup belongs to something that is not a file";
+    return reason("cannot write its backup", error);
+}
+
+} // namespace
+
+bool cTarget::lock() {
+    if (lock_ || !can_be_lost(name_)) return true;
+    lock_.emplace(name_, options_.no_wait ? std::chrono::seconds(0) : longest_wait);
+    if (!lock_->busy()) {
+        cat::remove_unfinished(name_);
+        return true;
+    }
+    std::string const waited =
+        "has held the lock of its folder for " + std::to_string(longest_wait.count()) + " seconds";
+    refuse("another process " + (options_.no_wait ? "holds the lock of its folder" : waited));
+    lock_.reset();
+    return false;
+}
+
+int cTarget::replace(std::string const &text, std::optional<std::string_view> expected) {
+    if (!lock()) return exit_failed;
+    switch (cat::replace_file(name_, text, {.expected = expected, .backup = options_.backup})) {
+    case cat::Replaced::done:
+        return exit_done;
+    case cat::Replaced::changed:
+        return refuse("another program has changed it since it was read; run the command again");
+    case cat::Replaced::no_backup:
+        return refuse(no_backup(errno));
+    default:
+        put_message(name_ + ": error: " + reason("cannot write", errno) +
+                    "; the file is as it was");
+        return exit_failed;
+    }
+}
+
+int cTarget::refuse(std::string const &why) const {
+    put_message(name_ + ": error: not written: " + why);
+    return exit_failed;
+}

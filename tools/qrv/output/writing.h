@@ -1,0 +1,12 @@
+#pragma once
+// A value as the text of a file.
+
+#include "qrv/core/cobj.h"
+#include "tools/qrv/output/messages.h"
+
+#include <string>
+
+// The text: `head`, the value, and a line feed; the plain writer's bytes alone if canonical. What
+// can't be written is told.
+std::string written(objref const &value, std::string const &head, bool canonical,
+                    cMessages &messages);

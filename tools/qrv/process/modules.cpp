@@ -1,0 +1,104 @@
+#include "tools/qrv/process/modules.h"
+
+#include "qrv/base/platform/cplatform.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cmodifier.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/modules/cmodule.h"
+#include "qrv/modules/crepository.h"
+#include "tools/qrv/output/output.h"
+#include "tools/qrv/output/thrown.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <sstream>
+
+namespace {
+
+// What came of --module.
+struct cLoaded {
+    std::vector<std::string> names;
+    std::map<std::string, std::string> types; // and the module that brought each
+};
+
+cLoaded &loaded() {
+    static cLoaded all;
+    return all;
+}
+
+// The very names that were given: asking for one finds what is there already.
+bool is_allowed(std::string const &name) {
+    std::vector<std::string> const &names = loaded().names;
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// What was registered, and what can be made when it is asked for, since the last call.
+void note_types(std::string const &module) {
+    auto const note = [&](std::string const &type) { loaded().types.emplace(type, module); };
+    cAttrHash const &types = cat::typemap().datamap();
+    for (cAttrNode const *node = types.first(); node; node = types.next(node))
+        note(node->key_as_string());
+    for (std::string const &type : factories()) note(type);
+}
+
+bool tell_failure(std::string const &name, std::string const &reasons) {
+    put_message("qrv: error: cannot load the module '" + name + "'");
+    std::istringstream lines(reasons);
+    for (std::string line; std::getline(lines, line);) put_message("qrv: note: " + line);
+    return false;
+}
+
+// The path without ".so" of a module in the folder beside the program. Empty if the name is a path.
+std::string beside_program(std::string const &name) {
+    std::error_code error;
+    std::filesystem::path const program = std::filesystem::read_symlink("/proc/self/exe", error);
+    bool const is_path = name.empty() || name.find('/') != name.npos;
+    return error || is_path ? "" : (program.parent_path() / "modules" / name).string();
+}
+
+// A broken file beside the program ends the search: no other file of that name is loaded. A name
+// that ends in a slash would be the program's own module, which brings nothing.
+bool load(std::string const &name) {
+    if (name.ends_with('/'))
+        return tell_failure(name, "it is a file that is named, not its folder");
+    try {
+        std::string const beside = beside_program(name);
+        if (!beside.empty() && cModule::load(beside)) return true;
+        std::string const reasons = beside.empty() ? "" : cModule::last_error() + "\n";
+        bool const is_there =
+            !beside.empty() && (cat::is_regular(beside + ".so") || cat::is_regular(beside));
+        if (!is_there && cModule::load(name)) return true;
+        return tell_failure(name, is_there ? reasons : reasons + cModule::last_error());
+    } catch (...) {
+        return tell_failure(name, thrown());
+    }
+}
+
+} // namespace
+
+bool load_modules(std::vector<std::string> const &names) {
+    note_types(""); // the library's
+    for (std::string const &name : names) {
+        if (!load(name)) return false;
+        note_types(name);
+    }
+    loaded().names = names;
+    qrv_set_module_filter(is_allowed);
+    return true;
+}
+
+std::string module_of(cTypeObj const &type) {
+    auto const found = loaded().types.find(type.name());
+    return found == loaded().types.end() ? "" : found->second;
+}
+
+std::vector<std::string> factories() {
+    std::vector<std::string> names;
+    cRepositoryList *const list = cRepoImpl::get(typeid(cTypeCtor));
+    for (auto const *entry = cRepoImpl::begin(list); entry != cRepoImpl::end(list);
+         entry = cRepoImpl::next(entry))
+        names.push_back(cRepoImpl::name(entry));
+    return names;
+}

@@ -1,0 +1,29 @@
+#pragma once
+// Reading a file as the commands need it: all bytes, the first value with its comments, every error
+// with its place, and what stands around the value.
+
+#include "qrv/core/cobj.h"
+#include "tools/qrv/output/messages.h"
+#include "tools/qrv/reading/scan.h"
+
+#include <optional>
+#include <string>
+
+// All bytes of a file; "-" is the standard input. False with the reason as an error.
+bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages);
+
+struct cReading {
+    objref value;       // null when there is none
+    bool clean = false; // read without an error, and not null
+    bool empty = false; // nothing is there that could be a value
+    cSurvey survey;
+    std::optional<cPlace> behind; // where text begins that stands behind the value. One separator
+                                  // there belongs to the value. None if the value wasn't closed.
+};
+
+// How long a text may become that is made from the values of a file of that size, where shared
+// values are written in full at each place. `find` and `to-json` stop there.
+constexpr size_t longest_text_from(size_t file_size) { return 16000000 + 16 * file_size; }
+
+// Reads the first value of the text, with its comments. Errors go to messages.
+cReading read_value(std::string const &bytes, cMessages &messages);

@@ -1,0 +1,45 @@
+#pragma once
+// A text as the scanner sees it, token by token, without a reading of its values: its comments, and
+// the bytes that no value can hold.
+//
+// A comment is followed through reader and writer by a number put into it, "//12:", for equal
+// comments could not be told apart by their texts.
+
+#include "tools/qrv/output/messages.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct cComment {
+    std::string text;  // without the white space before it and without carriage returns
+    cPlace place;      // of its first character
+    size_t offset;     // of that character
+    bool at_reference; // the value before it is a #cRef
+};
+
+// A byte from 128 on, or 0, outside of strings and comments ends what is read, and a 0 ends the
+// string that it stands in. Of bytes in a row only the first.
+struct cStray {
+    cPlace place;
+    std::string text; // what to tell
+};
+
+struct cSurvey {
+    std::vector<cComment> comments;     // all that are closed, in order
+    std::vector<cStray> strays;         // in order
+    std::optional<cPlace> open_comment; // one that isn't closed; the scanner passes over it
+    std::string head; // the comments before the first other token, with what parts them from it:
+                      // a blank, a line end or an empty line
+};
+
+cSurvey survey(std::string const &bytes);
+
+// The text with a number in each of its comments, and the numbers that are in a text, each with how
+// often it is there.
+std::string numbered(std::string const &bytes, std::vector<cComment> const &comments, size_t first);
+std::map<size_t, size_t> numbers_in(std::string const &bytes);
+
+// The tokens, a line each, in the scanner's dump form; with comments and blanks if all.
+std::string dump_of(std::string const &bytes, bool all);

@@ -1,0 +1,53 @@
+#pragma once
+// The rules of its type that one attribute set breaks.
+
+#include "qrv/core/ctypeobj.h"
+#include "qrv/text/read/creadreport.h"
+#include "tools/qrv/rules/source.h"
+
+#include <set>
+
+class cBrokenRules {
+  public:
+    // All are borrowed: the object as it was read, the error about the whole of it, the places
+    // where errors are, and where to tell.
+    cBrokenRules(cObj &object, cat::ReadError const &error, cSource &source,
+                 std::set<cPlace> const &mistaken, cat::ReadReport &report);
+    cBrokenRules(cBrokenRules const &) = delete;
+    cBrokenRules &operator=(cBrokenRules const &) = delete;
+    ~cBrokenRules() = default;
+
+    void tell(); // all of them, in the order of the file   O(the object's text)
+
+  private:
+    void test(objref const &key, objref const &value);
+    void tell_undeclared(objref const &key);
+    void tell_void(objref const &key);
+    void tell_type(objref const &key, cTypeObj const &expected, objref const &value);
+    void tell_fixed(objref const &key, objref const &value, objref const &fixed);
+    cSource::cEntry const *entry_of(objref const &key) const;
+    bool is_mistaken(objref const &key) const;
+    bool has_wrong_default(objref const &key) const;
+    void add(cPlace place, objref const &key, std::string const &text,
+             std::string const &hint = "");
+
+    cObj &object_;
+    cTypeObj &type_;
+    cat::ReadError const &error_;
+    cPlace const place_; // of the object
+    cSource &source_;
+    std::set<cPlace> const &mistaken_;
+    cat::ReadReport &report_;
+    std::vector<cSource::cEntry> entries_;
+    std::unordered_map<std::string, size_t> by_key_;
+    std::vector<cat::ReadError> found_;
+    bool unreadable_ = false; // told that no object of the type can be read
+};
+
+bool has_room(cat::ReadReport const &report); // for an error more
+
+// Pieces of messages: ", declared at 3:5" or nothing, "3:5", "; did you mean 'x'?" or nothing.
+std::string declared_at(std::optional<cPlace> place);
+std::string shown(cPlace place);
+std::string known_types(std::string const &unknown);
+std::string known_keys(cTypeObj const &type, char const *member, std::string const &unknown);

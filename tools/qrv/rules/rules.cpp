@@ -1,0 +1,193 @@
+#include "tools/qrv/rules/rules.h"
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/write/cwriter.h"
+#include "qrv/util/cintvalf.h"
+#include "tools/qrv/rules/broken_rules.h"
+#include "tools/qrv/rules/ignored.h"
+#include "tools/qrv/rules/suggestion.h"
+#include "tools/qrv/verify/mismatch.h"
+
+namespace {
+
+// What stands behind that beginning; none if the text begins otherwise.
+std::optional<std::string> behind_words(std::string const &text, std::string_view words) {
+    if (!text.starts_with(words)) return std::nullopt;
+    return text.substr(words.size());
+}
+
+// "Failed to read" a value or a key of that type.
+std::optional<std::string> failed_type(std::string const &text) {
+    std::optional<std::string> type = behind_words(text, "Failed to read value, type ");
+    return type ? type : behind_words(text, "Failed to read key, type: ");
+}
+
+cTypeObj const *known_type(std::string const &name) {
+    cAttrNode const *const node = cat::typemap().datamap().find(name);
+    return node ? dynamic_cast<cTypeObj const *>(node->valref().get()) : nullptr;
+}
+
+cPlace place_of(cat::ReadError const &error) { return {error.line, error.column}; }
+
+} // namespace
+
+cRules::cRules(std::string const &bytes, cat::ReadReport &report, std::string path)
+    : source_(bytes), report_(report), path_(std::move(path)) {
+    report_.watch(this);
+}
+
+cRules::~cRules() { report_.watch(nullptr); }
+
+void cRules::tell_unheard(cPlace end) { ::tell_unheard(source_, end, mistaken_, report_); }
+
+// The reader reports errors inside a value before the error about the value. So all known errors
+// after the value's place are inside it.
+void cRules::leave_out(cat::ReadError error) {
+    if (mistaken_.lower_bound(place_of(error)) != mistaken_.end()) return;
+    std::string const type = source_.type_at(place_of(error)).value_or("");
+    if (left_out_[type]++ < report_.limit()) unexplained_.push_back({type, std::move(error)});
+}
+
+// Declarations come before their objects, so one pass in the order of the file is enough.
+void cRules::tell_unexplained() {
+    if (unexplained_.empty()) return;
+    std::set<cPlace> explained;
+    for (cat::ReadError const &error : report_.entries()) explained.insert(place_of(error));
+    for (auto &[type, error] : std::exchange(unexplained_, {})) {
+        bool const follows = source_.has_in_declaration(type, explained);
+        explained.insert(place_of(error));
+        if (!follows && has_room(report_)) report_.keep(std::move(error));
+    }
+}
+
+void cRules::invalid(cObj &object) { invalid_ = objref::share(&object); }
+
+bool cRules::error(cat::ReadError &error) {
+    cat::ReadError const as_read = error;
+    size_t const count = report_.count();
+    bool const kept = tell(error);
+    if (!kept && report_.count() == count) leave_out(as_read);
+    mistaken_.insert(place_of(error));
+    return kept;
+}
+
+bool cRules::tell(cat::ReadError &error) {
+    if (objref const object = std::exchange(invalid_, nullptr)) {
+        told_ = place_of(error);
+        error.path = path_ + error.path;
+        cBrokenRules(*object, error, source_, mistaken_, report_).tell();
+        return false;
+    }
+    if (is_told(error)) return false;
+    if (error.text == "Failed to read container, type vector" && place_of(error) < told_) {
+        told_ = place_of(error); // for what was told of a value inside
+        return false;
+    }
+    if (auto const type = failed_type(error.text)) return tell_failed(error, *type);
+    for (char const *const words : {"Value with unknown type='", "Key with unknown type='"})
+        if (auto const type = behind_words(error.text, words))
+            return tell_unknown_type(error, *type);
+    if (error.text == "Type name from input is registered with another type-type!")
+        tell_other_metatype(error);
+    if (error.text == "Wrong type-entry in attspec") tell_unknown_type_of_key(error);
+    return true;
+}
+
+// Said once more, of a value whose fault was told.
+bool cRules::is_told(cat::ReadError const &error) const {
+    return place_of(error) == told_ &&
+           (failed_type(error.text) || error.text.starts_with("Cannot insert key ="));
+}
+
+bool cRules::has_error_inside(cPlace value) const {
+    return mistaken_.upper_bound(value) != mistaken_.end();
+}
+
+// A typed value that can't be read: declarations and what is declared are told by what is wrong
+// inside, or else in words of their own.
+bool cRules::tell_failed(cat::ReadError &error, std::string const &name) {
+    cTypeObj const *const type = known_type(name);
+    if (!type) return true;
+    cPlace const place = place_of(error);
+    bool const declares = type == &cat::typetype_attlist() || type == &cat::typetype_choice();
+    bool const is_set = &type->type() == &cat::typetype_attlist();
+    bool const is_choice = &type->type() == &cat::typetype_choice();
+    if (declares) source_.failed(place);
+    bool const is_number = name == "intf" && type == &cat::type_intf();
+    if (!declares && !is_set && !is_choice && !is_number && type != &cat::type_attspec())
+        return true;
+    told_ = place;
+    if (has_error_inside(place)) return false;
+    if (!has_room(report_)) return true;
+    if (is_number) error.text = no_formatted_number(place);
+    if (is_choice) error.text = unknown_choice(error, *type);
+    if (is_set)
+        error.text = "type " + shortened(name) + " has no keys: its objects are empty, as " +
+                     shortened(name) + "()";
+    if (type == &cat::typetype_choice())
+        error.text = "a choice type needs choices: choice({a= 1; b= 2;})";
+    if (type == &cat::type_attspec())
+        error.text = "an empty attspec can't be read: attspec(flag= #IMPLIED) takes any value";
+    return true;
+}
+
+std::string cRules::unknown_choice(cat::ReadError const &error, cTypeObj const &type) {
+    std::string const name = shortened(type.name());
+    std::optional<cPlace> const declared = source_.declared(type.name(), place_of(error));
+    objref const choices = type.tmember("choices");
+    if (!dynamic_cast<cMapObj const *>(choices.get()))
+        return "type " + name + " has no choices, they are given as choice({a= 1; b= 2;})" +
+               declared_at(declared);
+    std::optional<std::string> const key = source_.argument(place_of(error));
+    std::string const what = key ? '\'' + shortened(*key) + "'" : "this";
+    return what + " is no choice of type " + name + declared_at(declared) +
+           (key ? known_keys(type, "choices", *key) : "");
+}
+
+std::string cRules::no_formatted_number(cPlace place) const {
+    std::string what;
+    for (cSource::cWord const &word : source_.words(place))
+        what += (what.empty() ? "" : " ") + word.text;
+    return formatted_numbers +
+           (what.empty() ? std::string(", and there is none") : ", not " + shortened(what));
+}
+
+// Of a type whose declaration has an error only that is told.
+bool cRules::tell_unknown_type(cat::ReadError &error, std::string const &name) {
+    if (source_.has_failed(name, place_of(error))) {
+        told_ = place_of(error);
+        return false;
+    }
+    if (has_room(report_)) error.text += known_types(name);
+    return true;
+}
+
+// The type stays what it was.
+void cRules::tell_other_metatype(cat::ReadError &error) {
+    cPlace const place = place_of(error);
+    source_.failed(place);
+    std::optional<std::string> const name =
+        has_room(report_) ? source_.declared_name(place) : std::nullopt;
+    cTypeObj const *const type = name ? known_type(*name) : nullptr;
+    if (!type) return;
+    error.text += " '" + shortened(*name) + "' is " + with_article(type->type().name()) +
+                  " already" + declared_at(source_.declared(*name, place)) +
+                  ": choose another name";
+}
+
+// The place and the name that are wrong; the error that comes is about the whole specification.
+void cRules::tell_unknown_type_of_key(cat::ReadError &error) {
+    told_ = place_of(error);
+    if (!has_room(report_)) return;
+    for (cSource::cEntry const &entry : source_.entries(place_of(error))) {
+        if (cat::as_string(entry.key) != "type" || !entry.value) continue;
+        error.line = entry.value->line;
+        error.column = entry.value->column;
+        error.text += known_type(entry.text)
+                          ? ": a type is given by its name alone, not with brackets"
+                          : ": no type '" + shortened(entry.text) + "'" + known_types(entry.text);
+    }
+}

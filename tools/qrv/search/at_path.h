@@ -1,0 +1,12 @@
+#pragma once
+// The value at a path that somebody gave, as `get` and `explain` look for it.
+
+#include "qrv/core/cobj.h"
+#include "tools/qrv/output/messages.h"
+
+#include <string>
+
+// The value at the path, null when there is none; false, told, when the path can't be read.
+bool find_at(objref const &top, std::string const &path, objref &value, cMessages &messages);
+
+void tell_absent(std::string const &path, cMessages &messages);
