@@ -9,6 +9,7 @@
 #include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
 #include "text/read/creader_session.h"
+#include "text/read/csource_recorder.h"
 #include "text/state/ctext_state.h"
 
 #include <fstream>
@@ -54,10 +55,13 @@ int cAttrScan::gettok(cAttrLiteral &token) {
 
 // Behind a token that ends the input or is a comment.
 int cAttrScan::next_after(int code) {
+    cat::cSourceRecorder *const source = cat::cSourceRecorder::watching(*this);
     while (code == tkComment) {
+        if (source) source->comment(current(), return_com());
         if (return_com()) text_state().collect_comment(std::string(current().text));
         code = next_token().code;
     }
+    if (source) source->after_comments(current());
     if (code > 0) return code;
     eof_seen_ = true;
     return tkEof;
@@ -232,15 +236,20 @@ void cAttrScan::note_new(objref const &value) {
     cTextState &state = text_state();
     if (!state.com_collected().empty()) hand_comment();
     state.last_noted() = value;
+    if (auto *const source = cat::cSourceRecorder::at(*this)) source->noted(value.get());
 }
 
 void cAttrScan::hand_comment() {
     cTextState &state = text_state();
+    auto *const source = cat::cSourceRecorder::at(*this);
     if (objref const noted = state.last_noted()) {
         std::string text = std::exchange(state.com_collected(), {});
         if (text.back() == '\n') text.pop_back();
-        if (noted->has_ommap()) state.settle();           // a slot may wait for changes
-        noted->set_comment(without_returns(text), false); // RUNS FOREIGN CODE
+        if (noted->has_ommap()) state.settle(); // a slot may wait for changes
+        bool const taken = noted->set_comment(without_returns(text), false); // RUNS FOREIGN CODE
+        if (source) source->handed(taken ? noted.get() : nullptr);
+    } else if (source) {
+        source->handed(nullptr);
     }
     state.com_collected().clear();
 }

@@ -11,6 +11,7 @@
 #include "qrv/text/read/creadreport.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
+#include "text/read/csource_recorder.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
 
@@ -35,6 +36,8 @@ class cValueReport {
         scan_.fire(cErr(error.code, error.text + what));
         return false;
     }
+
+    cat::cSourceRecorder *source() const { return cat::cSourceRecorder::at(scan_); }
 
     // Is there nothing to read?
     bool at_end() {
@@ -132,5 +135,6 @@ bool cTomAttrset::m_read(cObj &obj, objref &stream) {
         return report.fail(err_read_not_valid, obj.type().name());
     }
     obj.assign(*read); // 4
+    if (auto *const source = report.source()) source->moved_inside(*read, obj);
     return !report.too_much();
 }

@@ -56,9 +56,9 @@ bool may_be_late(cAttrHash const &hash, cTypeObj const *type, cAttrScan const &s
 
 cHashReader::cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, bool inner)
     : hash_(hash), type_(type), scan_(scan), session_(*cReadSession::current()),
-      state_(text_state()),
-      late_(hash, may_be_late(hash, type, scan, inner)), opened_{scan.current().outer_line,
-                                                                 scan.current().outer_column},
+      state_(text_state()), source_(cat::cSourceRecorder::at(scan)),
+      late_(hash, may_be_late(hash, type, scan, inner) && !source_),
+      opened_{scan.current().outer_line, scan.current().outer_column},
       has_bracket_(cat::Brackets(scan.current().code).open != 0),
       seen_(type == &cat::type_set() ? std::make_unique<cValueIndex>(hash) : nullptr),
       listed_(type && type != &cat::type_map()), first_line_(scan_.lineno() - 1) {}
@@ -192,6 +192,7 @@ bool cHashReader::is_late_key(objref const &key) const {
 
 // The key of an entry of a map. A map alone is a value without a key.
 cHashReader::cNext cHashReader::read_key(cEntry &entry) {
+    if (source_) return read_long_key(entry, cShort::none);
     cShort const done = read_short(entry.key, true);
     if (done == cShort::closed) return cNext::stop;
     if (done == cShort::done && delim_ == '=' &&
@@ -217,6 +218,7 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
         else if (token.code != tkEof)
             scan_.ungettoken(token);
     }
+    if (source_ && delim_ == '=') source_->key(source_->begin_of(scan_.current()));
     if (result == 0 && !key->type().is_keytype()) {
         if (key->is_map()) {
             entry.value = key;
@@ -242,6 +244,7 @@ bool cHashReader::read_value(cEntry &entry, cShort done) {
     {
         cReadingKey const value_now(false);
         result = read_long(entry.value, done);
+        if (source_) source_->no_value();
         entry.fresh = done == cShort::done || scan_.made_container(entry.value);
     }
     if (result == -1) {
@@ -421,13 +424,34 @@ objref cHashReader::store(cEntry const &entry) {
     objref const present = node ? node->valref() : objref();
     if (is_mergeable(present) && is_mergeable(entry.value)) {
         update(*present, *entry.value, true);
+        if (source_) record(entry, present, node);
         return present;
     }
     objref held = entry.value;
-    if (insert(entry.key, entry.value, held)) return held;
+    if (insert(entry.key, entry.value, held)) {
+        if (source_) record(entry, held, node);
+        return held;
+    }
     ok_ = false;
     cat::error_line("Cannot insert key =" + cat::as_text(entry.key));
     return listed_ ? cat::bad() : stored(entry.key);
+}
+
+// Where the entry is now, without asking keys of a program's types.
+[[gnu::noinline]] void cHashReader::record(cEntry const &entry, objref const &held,
+                                           cAttrNode const *before) {
+    cAttrNode const *node = hash_.last();
+    if (!listed_ && !hash_.has_foreign_keys()) {
+        node = hash_.find(entry.key);
+    } else if (!listed_ && before) {
+        while (node && node != before) node = hash_.prev(node);
+    } else if (seen_ && cValueIndex::is_plain(*held)) {
+        node = seen_->find(*held);
+    } else if (node && node->valref() != held) {
+        node = hash_.findvalref(held);
+    }
+    source_->stored(node);
+    if (held != entry.value) source_->moved(*entry.value, *held);
 }
 
 // A refused repeat leaves the first value.
@@ -472,5 +496,6 @@ int cAttrHash::read_hash(std::istream &is, cTypeObj *type) {
     cWriteLevel const level; // the depth goes down when all else is done
     cAttrScan scan(is, false);
     cReading const reading(scan);
+    cat::cSourceList const list(scan);
     return cHashReader(*this, scan, type, false).read();
 }

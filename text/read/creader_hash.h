@@ -17,6 +17,7 @@
 #include "qrv/text/read/cattrscan.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
+#include "text/read/csource_recorder.h"
 #include "text/state/ctext_state.h"
 
 #include <memory>
@@ -67,6 +68,7 @@ class cHashReader {
     void register_type(cEntry &entry);
     objref store(cEntry const &entry); // the value that the key has afterwards, bad if none
     objref stored(objref const &key) const;
+    void record(cEntry const &entry, objref const &held, cAttrNode const *before);
     bool insert(objref const &key, objref const &value, objref &held);
     cAttrNode const *find_in_set(cObj const &value);
     bool update(cObj &target, cObj const &value, bool merge);
@@ -81,6 +83,7 @@ class cHashReader {
     cAttrScan &scan_;
     cReadSession &session_;
     cTextState &state_;
+    cat::cSourceRecorder *const source_; // null: nothing is recorded
     cLateEntries const late_;
     cReadSession::cPlace const opened_; // the opening bracket, if there is one
     bool const has_bracket_;

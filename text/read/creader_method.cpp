@@ -17,6 +17,7 @@
 #include "text/read/creader_hash.h"
 #include "text/read/creader_session.h"
 #include "text/read/creader_value.h"
+#include "text/read/csource_recorder.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
 
@@ -184,7 +185,10 @@ bool cat::scan_attrset(cObj &obj, objref &args) {
     if (scan.scan_obj(value, nullptr) != 0) return false;
     cReadSession::cPlace const place = cReadSession::current()->value_place();
     bool const same = &value->type() == &obj.type();
-    if (same ? obj.assign(*value) : obj.convert(value)) return true; // RUNS FOREIGN CODE
+    if (same ? obj.assign(*value) : obj.convert(value)) { // RUNS FOREIGN CODE
+        if (auto *const source = cat::cSourceRecorder::at(scan)) source->moved(*value, obj);
+        return true;
+    }
     begin_error(scan, same ? err_read_assign : err_read_convert) << obj.type().name();
     scan.about(place.line, place.column);
     scan.fire();
@@ -208,7 +212,10 @@ bool cat::scan_attrcopy(cObj &obj, objref &args) {
         objref const fresh = obj.type().newobj();
         if (cObj::is_bad(fresh)) return false;
         bool const filled = fresh->attrcopy(*entries, "-a-");
-        return obj.assign(*fresh) && filled;
+        bool const assigned = obj.assign(*fresh);
+        auto *const source = cat::cSourceRecorder::at(scan);
+        if (source && assigned) source->moved_inside(*entries, obj);
+        return assigned && filled;
     } catch (cErr const &error) {
         error_line("Value assign error in read of type: '" + type + "': " + error.as_string());
         return false;
@@ -229,6 +236,10 @@ int not_valid(cAttrScan &scan, cReadSession::cPlace place, cErrText const &error
 // `key =` was read: the value and the rest of the entries. `errors` were counted before the key.
 int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, unsigned errors) {
     cWriteLevel const level;
+    auto *const source = cat::cSourceRecorder::at(scan);
+    cat::cSourceFrames const frames(source);
+    if (source) source->begin_list_at_key();
+    if (source) source->key(source->begin_of(scan.current()));
     objref value;
     int code = 0;
     {
@@ -240,9 +251,12 @@ int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, 
     if (!good && !keep)
         return not_valid(scan, cReadSession::current()->value_place(), err_read_no_container);
     cRef<cMapObj> const map = make<cMapObj>();
-    if (value) map->datamap().mapitem(key, value);
+    if (source) source->no_value();
+    if (value && map->datamap().mapitem(key, value) && source)
+        source->stored(map->datamap().last());
     bool const rest = map->datamap().read_hash(scan.is(), nullptr) != 0;
     if (rest || keep) result = map;
+    if (source && frames.depth() == 0) source->root(*map);
     scan.note_object(nullptr);
     return good && rest && scan.errcount() == errors ? 0 : 1;
 }

@@ -7,6 +7,7 @@
 #include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cwriter.h"
+#include "text/read/csource_recorder.h"
 #include "text/state/ctext_state.h"
 
 namespace {
@@ -46,9 +47,14 @@ cReadSession::cReadSession(cAttrScan &outer)
       start_(characters()) {
     the_session = this;
     if (cat::ReadReport::current()) capture_ = std::make_unique<cErrorCapture>();
+    auto *const source = cat::cSourceRecorder::current();
+    if (source && !before_ && source->start(outer)) source_ = source->shared_from_this();
 }
 
-cReadSession::~cReadSession() { the_session = before_; }
+cReadSession::~cReadSession() {
+    if (source_) source_->finish();
+    the_session = before_;
+}
 
 cReadSession *cReadSession::current() noexcept { return the_session; }
 

@@ -21,6 +21,9 @@
 #include <optional>
 
 class cErrorCapture;
+namespace cat {
+class cSourceRecorder;
+}
 
 class cReadSession final : public cat::cMergeBudget {
   public:
@@ -63,6 +66,7 @@ class cReadSession final : public cat::cMergeBudget {
     cPlace value_place_;
     cPlace place_now_;
     std::unique_ptr<cErrorCapture> capture_;
+    std::shared_ptr<cat::cSourceRecorder> source_; // which records this reading
 };
 
 // In each function that scans: begins a session if there is none, and is the working scan.

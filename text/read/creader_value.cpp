@@ -62,7 +62,9 @@ class cPlaces {
 };
 
 // Reads up to the closing bracket.
-int gather(cAttrScan &scan, cat::Brackets const &brackets, std::string *text, cPlaces *places) {
+int gather(cAttrScan &scan, cat::Brackets const &brackets, std::string *text, cPlaces *places,
+           cat::cSourceRecorder *source = nullptr,
+           cat::cSourceRecorder::cGathering *gathering = nullptr) {
     cSetTmp<bool> keep_ws, keep_com;
     scan.return_ws(text != nullptr, &keep_ws);
     scan.return_com(false, &keep_com);
@@ -70,6 +72,7 @@ int gather(cAttrScan &scan, cat::Brackets const &brackets, std::string *text, cP
     for (int depth = 1;;) {
         int const t = scan.gettok(token);
         if (places) places->note(token, text->size());
+        if (source) gathering->note(*source, token, text->size());
         if (t == tkEof) return 0;
         if (t == brackets.open) ++depth;
         if (t == brackets.close && --depth == 0) return t;
@@ -84,8 +87,11 @@ int cValueReader::run(int (cValueReader::*steps)()) {
     scan_.made_ = nullptr;
     try {
         cReading const reading(scan_);
+        source_ = cat::cSourceRecorder::at(scan_);
+        cat::cSourceFrames const frames(source_);
         cNesting const nesting;
         int const code = (this->*steps)();
+        if (source_) source_->end(scan_, frames.depth(), first_, end_, value_);
         cReadSession::current()->value_place(first_);
         return code;
     } catch (...) {
@@ -140,6 +146,7 @@ int cValueReader::next_token() {
     for (int separators = std::exchange(scan_.separator_passed_, false);;) {
         int const t = scan_.gettok(first_);
         if (is_separator(t)) {
+            if (source_) source_->delimiter(source_->begin_of(first_));
             if (++separators > 1) report(err_read_separator, first_.text);
             continue;
         }
@@ -161,6 +168,7 @@ int cValueReader::read() {
         scan_.note_object(nullptr);
         return -1;
     }
+    if (source_) source_->begin(first_);
     if (t == tkConst) return first_.text == "#cRef" ? read_reference() : read_constant();
     if (t == tkIdent) return read_word();
     if (t == tkBadIdent) {
@@ -174,6 +182,7 @@ int cValueReader::read() {
 // A container whose opening bracket is the current token.
 int cValueReader::read_opened() {
     int const t = end_ = scan_.current().code;
+    if (source_) source_->bracket(source_->begin_of(first_), t);
     if (t == '<')
         value_ = make<cSetObj>();
     else if (t == '[')
@@ -213,6 +222,7 @@ int cValueReader::read_reference() {
         end_ = scan_.read_to_delimiter("}])>");
         return cAttrScan::asrToken;
     }
+    if (source_) source_->reference();
     std::string path;
     while (scan_.gettok(token) != ')' && token.code != tkEof) path += token.text;
     end_ = token.code;
@@ -297,6 +307,8 @@ int cValueReader::read_typed(cAttrLiteral const &bracket) {
     cat::Brackets const brackets(bracket.code);
     std::string const name = first_.text;
     end_ = bracket.code;
+    if (source_)
+        source_->bracket(source_->begin_of(bracket), bracket.code, source_->end_of(first_));
     text_state().settle();
     cTypeObj const &type = cat::find_type(name); // RUNS FOREIGN CODE
     if (&type == &cat::type_nil() && name != type.name()) {
@@ -361,8 +373,11 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
     bool const reported = cat::ReadReport::current() != nullptr;
     std::string text;
     cPlaces places;
-    end_ =
-        gather(scan_, cat::Brackets(bracket.code), &text, reported ? &places : nullptr) ? ')' : 0;
+    cat::cSourceRecorder::cGathering gathering;
+    end_ = gather(scan_, cat::Brackets(bracket.code), &text, reported ? &places : nullptr, source_,
+                  &gathering)
+               ? ')'
+               : 0;
     if (end_ == 0) {
         begin_error(scan_, err_read_unclosed_type) << name << ", path: " << shown_path();
         scan_.unclosed(bracket);
@@ -381,6 +396,7 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
         else
             inner.sig().connect(scan_.sig());
         cTypedNesting const nesting;
+        cat::cSourceText const recorded(source_, is, std::move(gathering));
         cReadSession::current()->value_place(first_); // what `read` has to say of the whole
         good = value_->read(is);                      // RUNS FOREIGN CODE
     }

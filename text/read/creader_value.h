@@ -5,6 +5,7 @@
 #include "qrv/text/read/cattrscan.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_session.h"
+#include "text/read/csource_recorder.h"
 
 // The object for the text of a token from tkInt to tkIdent; false if it doesn't fit its type.
 bool literal_value(int token, std::string_view text, objref &result);
@@ -58,5 +59,6 @@ class cValueReader {
     cAttrScan &scan_;
     objref &value_;
     int &end_;
-    cAttrLiteral first_; // the first token, which errors are about
+    cat::cSourceRecorder *source_ = nullptr; // none: nothing is recorded
+    cAttrLiteral first_;                 // the first token, which errors are about
 };

@@ -152,7 +152,7 @@ int cAttrLexer::yylex() { return scan().code; }
 
 bool cAttrLexer::is_wanted(rule r) const {
     if (r == r_space) return return_ws_;
-    return return_com_ || (r != r_line_comment && r != r_block_comment);
+    return return_com_ || watch_com_ || (r != r_line_comment && r != r_block_comment);
 }
 
 // Those of a text that ends at the offset.
@@ -347,6 +347,7 @@ void cAttrScanner::return_com(bool on, cSetTmp<bool> *keep) const {
     lexer_->return_com_ = on;
 }
 void cAttrScanner::return_all(bool on) const { lexer_->return_ws_ = lexer_->return_com_ = on; }
+void cAttrScanner::watch_comments() const { lexer_->watch_com_ = true; }
 bool cAttrScanner::is_dumping() const { return lexer_->dump_; }
 
 bool cAttrScanner::setdump(bool on) const {
@@ -356,6 +357,7 @@ bool cAttrScanner::setdump(bool on) const {
 }
 
 unsigned cAttrScanner::position() const { return lexer_->position(); }
+std::size_t cAttrScanner::passed() const { return lexer_->offset_; }
 unsigned cAttrScanner::lineno() const { return lexer_->line_; }
 unsigned cAttrScanner::column() const { return lexer_->column(); }
 

@@ -7,7 +7,8 @@
 // An entry is found by the anid() of its node. Most nodes have one entry in the text; a node whose
 // key is repeated has several. The map keeps the memory of the nodes (cAttrNode::hold), so that
 // neither the memory nor the anid is used again, but not their values. An entry whose node has been
-// removed, or that was refused by an error, has no anid any more; its bytes are still known.
+// removed has no anid any more, and one that was refused by an error never has one; their bytes are
+// known all the same.
 //
 // The map also follows the library's own types between the brackets of typed values. What a
 // program's type reads by itself are plain bytes of the value.
@@ -42,7 +43,7 @@ struct SourceEntry {
     std::size_t number = none; // in file order: a container comes before its entries
     std::size_t parent = none; // the number of the entry around it; none for the outermost value
     std::uint32_t anid = 0;    // 0 if no living node belongs to it
-    bool removed = false;      // its node was removed; false and no anid: it was refused
+    bool removed = false;      // its node was removed after the reading
     bool reference = false;    // the value is #cRef(...) and is written elsewhere
     Span key;                  // empty in vectors and sets
     Span separator;            // =
@@ -121,6 +122,7 @@ class QRV_API SourceMap {
 
   private:
     friend class cSourceRecorder;
-    std::unique_ptr<cSourceRecorder> recorder_;
+    std::shared_ptr<cSourceRecorder> recorder_; // the reading it records shares it
+    cSourceRecorder *before_;
 };
 } // namespace cat

@@ -258,8 +258,9 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     std::size_t before_places_ = 0; // of the offset in outer places
     bool return_ws_ = false;
     bool return_com_ = false;
-    bool special_ = true;  // the next token is not simply scanned, or is one of those watched
-    bool watched_ = false; // tokens need more than their fields: one of the next two, or places_
+    bool watch_com_ = false; // comments come as tokens all the same
+    bool special_ = true;    // the next token is not simply scanned, or is one of those watched
+    bool watched_ = false;   // tokens need more than their fields: one of the next two, or places_
     bool literal_known_ = false; // someone may keep literal_ and look at it again
     bool dump_ = false;
     bool literal_filled_ = false;
@@ -315,6 +316,9 @@ class QRV_API cAttrScanner {
     void return_ws(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_com(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_all(bool on) const;
+    // From now on comments come as tokens also while return_com is off, to those who pass over
+    // them.
+    void watch_comments() const;
     // Writes every token read from now on as a line to the standard error stream. The old value.
     bool setdump(bool on) const;
     bool is_dumping() const;
@@ -323,6 +327,7 @@ class QRV_API cAttrScanner {
     unsigned position() const;
     unsigned lineno() const;
     unsigned column() const;
+    std::size_t passed() const; // characters since the first scanner of the stream was created
 
     // The file name for messages; empty if never set. Null empties it.
     std::string const &filename() const;

@@ -1,0 +1,251 @@
+#pragma once
+// What a cat::SourceMap records, and the steps in which the reader tells it.
+//
+//   begin()  the first token of a value; bracket(), reference() say more about it
+//   end()    the value was read, and perhaps the delimiter after it
+//   key()    the value that ended last is a key; the next value belongs to its entry
+//   stored() the entry that ended last is now in this node
+//   moved()  what was read into one container was copied into another
+//
+// Values begin and end as brackets do; the open ones are the frames. A position is computed from
+// those of the token: `position` counts all characters but newlines, which `line` counts. Where a
+// typed value's text was gathered, bytes left out are remembered as shifts.
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/csourcemap.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace cat {
+
+class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
+  public:
+    static constexpr std::uint32_t absent = 0xFFFFFFFFu;
+    static constexpr std::size_t none = SourceEntry::none;
+
+    // 48 bytes for each entry. The flags are those of the value.
+    struct cRecord {
+        cAttrNode const *node = nullptr; // held
+        std::uint32_t key_begin = absent;
+        std::uint32_t key_end = absent;
+        std::uint32_t separator = absent;
+        std::uint32_t value_begin = absent;
+        std::uint32_t value_end = absent;
+        std::uint32_t delimiter = absent;
+        std::uint32_t parent = absent;
+        std::uint32_t open = absent;
+        std::uint32_t name_end = absent;
+        bool closed = false;
+        bool reference = false;
+
+        std::uint32_t begin() const { return key_begin != absent ? key_begin : value_begin; }
+        std::uint32_t end() const { return delimiter != absent ? delimiter + 1 : value_end; }
+    };
+    struct cComment {
+        Span span;
+        std::uint32_t before = 0; // where the token or comment before it ended
+        std::uint32_t next = 0;   // where the one after it begins
+        unsigned lines_before = 0;
+        unsigned lines_after = 0;
+        unsigned column = 0;
+        bool pending = false; // not given to a value yet
+        bool kept = false;
+        cObj const *holder = nullptr; // which took it, while the text is being read
+        unsigned obid = 0;            // of the holder
+        std::size_t record = none;    // of the holder
+    };
+
+    cSourceRecorder() = default;
+    cSourceRecorder(cSourceRecorder const &) = delete;
+    cSourceRecorder &operator=(cSourceRecorder const &) = delete;
+    ~cSourceRecorder();
+
+    // The innermost living map's; null without one.
+    static cSourceRecorder *current() noexcept { return living_; }
+    static void current(cSourceRecorder *recorder) noexcept { living_ = recorder; }
+    // The same if it records what this scan reads.
+    static cSourceRecorder *at(cAttrScan const &scan) noexcept {
+        return living_ ? living_->of(scan, true) : nullptr;
+    }
+    // The same also after the reading.
+    static cSourceRecorder *watching(cAttrScan const &scan) noexcept {
+        return living_ ? living_->of(scan, false) : nullptr;
+    }
+
+    // An outermost reading begins and ends. True if it is the one that is recorded.
+    bool start(cAttrScan const &outer);
+    void finish();
+
+    std::size_t depth() const noexcept { return frames_.size(); }
+    void begin(cAttrLiteral const &first);
+    void bracket(std::uint32_t offset, int code, std::uint32_t name_end = absent);
+    void reference();
+    void end(cAttrScan const &scan, std::size_t depth, cAttrLiteral const &first, int delimiter,
+             objref const &value);
+    void unwind(std::size_t depth); // an exception has left open values
+    void delimiter(std::uint32_t offset);
+    void key(std::uint32_t separator);
+    void no_value(); // of the entry whose key was read
+    void stored(cAttrNode const *node);
+    void moved(cObj const &from, cObj const &to);        // of the entry that ended last
+    void moved_inside(cObj const &from, cObj const &to); // of the innermost open value
+
+    // The outermost value is a list of entries: without brackets, or with one that the program has
+    // read.
+    void begin_list(cAttrScan const &scan);
+    void end_list(cAttrScan const &scan, std::size_t depth);
+    // The value that ended last is the key of the first of them. The caller closes the frame.
+    void begin_list_at_key();
+    void root(cObj const &value);
+
+    void comment(cToken const &token, bool collected);
+    void after_comments(cToken const &token);
+    void noted(cObj const *value);
+    void handed(cObj const *holder); // null: the comments gathered so far are lost
+
+    // The text of a typed value, gathered token by token and read from its own stream.
+    class cGathering {
+      public:
+        void note(cSourceRecorder const &recorder, cAttrLiteral const &token, std::size_t size);
+
+      private:
+        friend class cSourceRecorder;
+        struct cShift {
+            std::uint32_t offset; // from here on in the gathered text
+            std::uint32_t by;     // so much more in the outer text, modulo 2^32
+        };
+        std::vector<cShift> shifts_;
+    };
+    void enter(std::istream const &is, cGathering gathering);
+    void leave();
+
+    std::uint32_t offset(unsigned position, unsigned line) const;
+    template <class Token> std::uint32_t begin_of(Token const &token) const {
+        return offset(token.position, token.line);
+    }
+    template <class Token> std::uint32_t end_of(Token const &token) const {
+        auto const size = static_cast<unsigned>(token.text.size());
+        return size == 0 ? begin_of(token) : offset(token.position + size - 1, token.line) + 1;
+    }
+
+    // Longer texts are not recorded. Tests make it less.
+    static std::size_t longest;
+
+    bool complete() const noexcept { return complete_; }
+    std::vector<cRecord> const &records() const noexcept { return records_; }
+    std::vector<cComment> const &comments() const noexcept { return comments_; }
+    std::vector<std::uint32_t> const &by_anid() const; // numbers of the records with nodes
+    std::vector<SourceComment> const &attached() const;
+    std::size_t at(std::uint32_t offset) const;
+    std::size_t next_sibling(std::size_t number) const; // or of the record around it
+    bool is_root(cObj const &value) const;
+    std::string const &root_type() const noexcept { return root_type_; }
+    std::uint32_t root_end() const noexcept;
+    std::uint32_t text_begin() const noexcept { return text_begin_; }
+
+  private:
+    struct cFrame {
+        std::size_t record;
+        int close = 0; // the bracket that ends it
+    };
+    struct cText {
+        std::istream const *is;
+        cGathering gathering;
+    };
+    cSourceRecorder *of(cAttrScan const &scan, bool reading) noexcept {
+        bool const now = reading ? recording_ : started_;
+        return now && texts_.back().is == &scan.is() ? this : nullptr;
+    }
+    std::uint32_t add(std::uint32_t begin);
+    void close(std::uint32_t end);
+    void truncate(std::size_t size);
+    void set_node(cRecord &record, cAttrNode const *node);
+    void move(std::size_t number, std::size_t end, cObj const &from, cObj const &to);
+    bool keeps(cComment const &comment) const;
+    void release() noexcept;
+
+    static cSourceRecorder *living_;
+
+    std::vector<cRecord> records_;
+    std::vector<cComment> comments_;
+    std::vector<cFrame> frames_;
+    std::vector<cText> texts_;
+    std::size_t last_ = none;       // the record that ended last, in the innermost frame
+    std::size_t pending_ = none;    // that of the entry whose value comes next
+    std::size_t noted_ = none;      // that of the value to which comments are given
+    std::size_t first_pending_ = 0; // comment
+    bool comment_open_ = false;     // what comes after the last comment is unknown
+    std::uint32_t text_begin_ = 0;
+    std::uint32_t uncounted_ = 0;      // by the position of a stream that can't tell its own
+    unsigned comment_line_ = 0;        // on which the last comment ended
+    cAttrScan const *outer_ = nullptr; // while it is read
+    bool started_ = false;
+    bool recording_ = false;
+    bool complete_ = true;
+    cObj const *root_ = nullptr; // compared only
+    unsigned root_obid_ = 0;
+    std::string root_type_;
+    mutable std::vector<std::uint32_t> by_anid_;
+    mutable std::vector<SourceComment> attached_;
+    mutable bool is_attached_ = false;
+};
+
+// Closes what a function has opened, on all its ways out.
+class cSourceFrames {
+  public:
+    explicit cSourceFrames(cSourceRecorder *recorder)
+        : recorder_(recorder), depth_(recorder ? recorder->depth() : 0) {}
+    cSourceFrames(cSourceFrames const &) = delete;
+    cSourceFrames &operator=(cSourceFrames const &) = delete;
+    ~cSourceFrames() {
+        if (recorder_) recorder_->unwind(depth_);
+    }
+    std::size_t depth() const noexcept { return depth_; }
+
+  private:
+    cSourceRecorder *recorder_;
+    std::size_t depth_;
+};
+
+// A list of entries, which is the outermost value if no other is open.
+class cSourceList {
+  public:
+    explicit cSourceList(cAttrScan const &scan)
+        : scan_(scan), recorder_(cSourceRecorder::at(scan)), frames_(recorder_) {
+        if (recorder_) recorder_->begin_list(scan);
+    }
+    cSourceList(cSourceList const &) = delete;
+    cSourceList &operator=(cSourceList const &) = delete;
+    ~cSourceList() {
+        if (recorder_) recorder_->end_list(scan_, frames_.depth());
+    }
+
+  private:
+    cAttrScan const &scan_;
+    cSourceRecorder *recorder_;
+    cSourceFrames const frames_;
+};
+
+// While it lives, what is read from the stream is recorded as text of the innermost open value.
+class cSourceText {
+  public:
+    cSourceText(cSourceRecorder *recorder, std::istream const &is,
+                cSourceRecorder::cGathering gathering)
+        : recorder_(recorder) {
+        if (recorder_) recorder_->enter(is, std::move(gathering));
+    }
+    cSourceText(cSourceText const &) = delete;
+    cSourceText &operator=(cSourceText const &) = delete;
+    ~cSourceText() {
+        if (recorder_) recorder_->leave();
+    }
+
+  private:
+    cSourceRecorder *recorder_;
+};
+
+} // namespace cat
