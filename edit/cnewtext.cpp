@@ -133,7 +133,6 @@ std::string NewText::key(Item const &item, Layout const &layout) {
 std::string NewText::comments_of(Item const &item, Where where, std::string const &indent) {
     std::string text;
     if (item.old == none) return text;
-    cat::SourceEntry const entry = entries_.entry(item.old);
     for (cat::SourceComment const &comment : entries_.comments(item.old)) {
         if (comment.where != where) continue;
         std::string const own =

@@ -9,8 +9,25 @@
 
 namespace {
 
-// The fingerprint of the first value in the text; empty if it has errors. The types that the text
-// declares are known to this process already, so another one reads it.
+// Both readings are processes of their own: the types that a text declares live as long as its
+// process.
+cReply changed_text(std::string const &bytes, cChange const &change, cMessages const &about) {
+    return in_child(about.name(), [&](cReply &reply) {
+        cMessages messages(about.name(), about.limit());
+        cat::SourceMap const map;
+        cReading const reading = read_value(bytes, messages);
+        std::string told;
+        if (reading.clean)
+            reply.text = qrv::edit::apply(bytes, map, reading.value, [&] {
+                if (change({reading.value, bytes, 0}, told)) reply.status = exit_done;
+            });
+        reply.messages = messages.lines() + told;
+        reply.errors = messages.count();
+        if (reply.status == exit_done) reply.image = image_of(reading.value);
+    });
+}
+
+// Of the first value in the text; empty if that has errors.
 std::string fingerprint_of(std::string const &text, std::string const &name) {
     cReply const reply = in_child(name, [&](cReply &r) {
         cMessages unheard(name, 1);
@@ -23,18 +40,11 @@ std::string fingerprint_of(std::string const &text, std::string const &name) {
 } // namespace
 
 void splice(std::string const &bytes, cChange const &change, cMessages &messages, cReply &reply) {
-    cat::SourceMap const map;
-    cReading const reading = read_value(bytes, messages);
-    if (!reading.clean) return;
-    bool changed = false;
-    std::string told;
-    reply.text = qrv::edit::apply(bytes, map, reading.value, [&] {
-        changed = change({reading.value, bytes, 0}, told);
-    });
-    reply.messages += told;
-    if (!changed) return;
-    std::string const wanted = image_of(reading.value);
-    if (wanted != fingerprint_of(reply.text, messages.name()))
+    cReply const changed = changed_text(bytes, change, messages);
+    messages.take(changed.messages, changed.errors);
+    if (changed.status != exit_done) return;
+    reply.text = changed.text;
+    if (changed.image != fingerprint_of(changed.text, messages.name()))
         return messages.error("this change can't be made in the text as it is; --reformat writes "
                               "the whole file anew");
     reply.status = exit_done;
