@@ -29,18 +29,18 @@ inline std::string shown(std::vector<Mark> marks, std::string const &text) {
     return all;
 }
 
-// A text in which <<k:name>> stands for the bytes `name`, found as a key.
+// A text in which «k:name» are the bytes `name`, found as a key.
 class Marked {
   public:
     explicit Marked(std::string const &with_marks) {
         std::vector<std::size_t> open;
         for (std::size_t i = 0; i < with_marks.size();) {
             auto const here = static_cast<std::uint32_t>(text.size());
-            if (with_marks.compare(i, 2, "<<") == 0 && with_marks[i + 3] == ':') {
+            if (with_marks.compare(i, 2, "«") == 0) {
                 open.push_back(marks.size());
                 marks.push_back({with_marks[i + 2], here, here});
                 i += 4;
-            } else if (with_marks.compare(i, 2, ">>") == 0 && !open.empty()) {
+            } else if (with_marks.compare(i, 2, "»") == 0) {
                 marks[open.back()].end = here;
                 open.pop_back();
                 i += 2;

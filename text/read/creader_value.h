@@ -60,5 +60,5 @@ class cValueReader {
     objref &value_;
     int &end_;
     cat::cSourceRecorder *source_ = nullptr; // none: nothing is recorded
-    cAttrLiteral first_;                 // the first token, which errors are about
+    cAttrLiteral first_;                     // the first token, which errors are about
 };

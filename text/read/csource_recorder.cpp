@@ -6,6 +6,7 @@
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <algorithm>
 #include <istream>
@@ -21,6 +22,8 @@ cAttrHash *hash_of(cObj const &value) {
     auto *const map = dynamic_cast<cMapObj *>(const_cast<cObj *>(&value));
     return map ? &map->datamap() : nullptr;
 }
+
+bool is_on_lines(cObj const &container) { return *cat::wformat(container) != 's'; }
 
 bool can_tell(std::istream const &is) {
     return is.rdbuf() && is.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in) != -1;
@@ -65,16 +68,23 @@ void cSourceRecorder::finish() {
         comments_ = {};
         return;
     }
-    for (cRecord &record : records_) // such as those of a value that was replaced
-        if (record.node && record.node->is_dead()) set_node(record, nullptr);
-    for (cComment &comment : comments_) comment.kept = keeps(comment);
+    obids_.reserve(records_.size());
+    for (cRecord &record : records_) {
+        if (record.node && record.node->is_dead()) set_node(record, nullptr); // it was replaced
+        obids_.push_back(record.node && record.node->valref() ? record.node->valref()->obid() : 0);
+    }
+    if (!obids_.empty()) obids_[0] = root_obid_;
+    for (cComment &comment : comments_)
+        comment.kept = comment.obid != 0 && obid(comment.record) == comment.obid &&
+                       is_on_lines(comment.record);
 }
 
-bool cSourceRecorder::keeps(cComment const &comment) const {
-    if (!comment.holder || comment.record >= records_.size()) return false;
-    cAttrNode const *const node = records_[comment.record].node;
-    if (!node) return comment.record == 0 && is_root(*comment.holder);
-    return node->valref().get() == comment.holder && comment.holder->obid() == comment.obid;
+// The writer leaves out comments inside of containers on one line.
+bool cSourceRecorder::is_on_lines(std::size_t number) const {
+    if (number == 0) return root_on_lines_;
+    for (std::uint32_t i = records_[number].parent; i != 0 && i != absent; i = records_[i].parent)
+        if (records_[i].node && !::is_on_lines(records_[i].node->value())) return false;
+    return root_on_lines_;
 }
 
 std::uint32_t cSourceRecorder::offset(unsigned position, unsigned line) const {
@@ -243,13 +253,9 @@ void cSourceRecorder::begin_list_at_key() {
 }
 
 void cSourceRecorder::root(cObj const &value) {
-    root_ = &value;
     root_obid_ = value.obid();
     root_type_ = value.type().name();
-}
-
-bool cSourceRecorder::is_root(cObj const &value) const {
-    return root_ == &value && root_obid_ == value.obid();
+    root_on_lines_ = ::is_on_lines(value);
 }
 
 // --- nodes ---
@@ -339,7 +345,6 @@ void cSourceRecorder::handed(cObj const *holder) {
     for (; first_pending_ < comments_.size(); ++first_pending_) {
         cComment &comment = comments_[first_pending_];
         if (!std::exchange(comment.pending, false) || !holder || noted_ == none) continue;
-        comment.holder = holder;
         comment.obid = holder->obid();
         comment.record = noted_;
     }

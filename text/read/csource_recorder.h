@@ -54,9 +54,8 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
         unsigned column = 0;
         bool pending = false; // not given to a value yet
         bool kept = false;
-        cObj const *holder = nullptr; // which took it, while the text is being read
-        unsigned obid = 0;            // of the holder
-        std::size_t record = none;    // of the holder
+        unsigned obid = 0;         // of the value that took it
+        std::size_t record = none; // of that value
     };
 
     cSourceRecorder() = default;
@@ -142,7 +141,9 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     std::vector<SourceComment> const &attached() const;
     std::size_t at(std::uint32_t offset) const;
     std::size_t next_sibling(std::size_t number) const; // or of the record around it
-    bool is_root(cObj const &value) const;
+    std::uint32_t obid(std::size_t number) const { // of its value; 0 while the text is being read
+        return number < obids_.size() ? obids_[number] : 0;
+    }
     std::string const &root_type() const noexcept { return root_type_; }
     std::uint32_t root_end() const noexcept;
     std::uint32_t text_begin() const noexcept { return text_begin_; }
@@ -165,12 +166,13 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void truncate(std::size_t size);
     void set_node(cRecord &record, cAttrNode const *node);
     void move(std::size_t number, std::size_t end, cObj const &from, cObj const &to);
-    bool keeps(cComment const &comment) const;
+    bool is_on_lines(std::size_t number) const;
     void release() noexcept;
 
     static cSourceRecorder *living_;
 
     std::vector<cRecord> records_;
+    std::vector<std::uint32_t> obids_; // of the values of the records
     std::vector<cComment> comments_;
     std::vector<cFrame> frames_;
     std::vector<cText> texts_;
@@ -186,9 +188,9 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     bool started_ = false;
     bool recording_ = false;
     bool complete_ = true;
-    cObj const *root_ = nullptr; // compared only
     unsigned root_obid_ = 0;
     std::string root_type_;
+    bool root_on_lines_ = false;
     mutable std::vector<std::uint32_t> by_anid_;
     mutable std::vector<SourceComment> attached_;
     mutable bool is_attached_ = false;

@@ -75,6 +75,7 @@ SourceEntry cat::SourceMap::entry(std::size_t number) const {
     entry.number = number;
     if (record.parent != absent) entry.parent = record.parent;
     if (has_node(record)) entry.anid = record.node->anid();
+    entry.obid = recorder_->obid(number);
     entry.removed = record.node && record.node->is_dead();
     entry.reference = record.reference;
     entry.key = span_of(record.key_begin, record.key_end);
@@ -103,11 +104,9 @@ std::vector<SourceEntry> cat::SourceMap::spans(std::uint32_t anid) const {
 std::vector<SourceEntry> cat::SourceMap::written(cObj const &value) const {
     std::vector<SourceEntry> found;
     auto const &records = recorder_->records();
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        bool const is_value = has_node(records[i]) ? records[i].node->valref().get() == &value
-                                                   : i == 0 && recorder_->is_root(value);
-        if (is_value && !records[i].reference) found.push_back(entry(i));
-    }
+    for (std::size_t i = 0; i < records.size(); ++i)
+        if (value.obid() != 0 && recorder_->obid(i) == value.obid() && !records[i].reference)
+            found.push_back(entry(i));
     return found;
 }
 

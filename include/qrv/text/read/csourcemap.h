@@ -4,8 +4,9 @@
 // outermost reading that begins. Later readings, for instance of values that a program is given,
 // leave it unchanged. Results, errors and the moments at which user code runs stay the same.
 //
-// An entry is found by the anid() of its node. Most nodes have one entry in the text; a node whose
-// key is repeated has several. The map keeps the memory of the nodes (cAttrNode::hold), so that
+// An entry is found by the anid() of its node, or by its value: in a vector, removing and inserting
+// moves values from node to node. Most nodes have one entry in the text; a node whose key is
+// repeated has several. The map keeps the memory of the nodes (cAttrNode::hold), so that
 // neither the memory nor the anid is used again, but not their values. An entry whose node has been
 // removed has no anid any more, and one that was refused by an error never has one; their bytes are
 // known all the same.
@@ -43,6 +44,7 @@ struct SourceEntry {
     std::size_t number = none; // in file order: a container comes before its entries
     std::size_t parent = none; // the number of the entry around it; none for the outermost value
     std::uint32_t anid = 0;    // 0 if no living node belongs to it
+    std::uint32_t obid = 0;    // of the value that the node had at the end of the reading, or 0
     bool removed = false;      // its node was removed after the reading
     bool reference = false;    // the value is #cRef(...) and is written elsewhere
     Span key;                  // empty in vectors and sets
@@ -97,8 +99,9 @@ class QRV_API SourceMap {
     // the outermost value. A path through a reference leads to the entry inside the value that is
     // referred to; a path to a reference leads to the reference. Empty for a wrong path.
     std::vector<SourceEntry> spans(cObj const &root, std::string const &path) const;
-    // All entries that write this value or add to it, without references to it. The outermost
-    // value is found if it is a container.   O(n)
+    // All entries of the nodes that had this value at the end of the reading, without references:
+    // of a container all that give it entries. Empty for constants and for values that are new.
+    //   O(n)
     std::vector<SourceEntry> written(cObj const &value) const;
     // The entries directly inside an entry, in file order. A whole value between the brackets of a
     // typed one, such as choice({...}), is one without key and anid.   O(entries, log n each)
