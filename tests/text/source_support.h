@@ -87,6 +87,9 @@ class Mapped {
     ~Mapped() = default;
 
     std::string text_of(cat::Span span) const { return text.substr(span.begin, span.size()); }
+    void read_rest() { // up to the next token
+        if (scan.gettok() != tkEof) scan.ungettoken();
+    }
     // The values of all entries at a path, each with its number.
     std::string at(std::string const &path) const {
         std::string all;

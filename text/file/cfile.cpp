@@ -13,6 +13,7 @@
 #include "qrv/text/read/cattrscan.h"
 #include "text/file/cfile_scan.h"
 #include "text/read/creader_session.h"
+#include "text/read/csource_recorder.h"
 
 #include <algorithm>
 #include <fstream>
@@ -73,6 +74,8 @@ bool file2map(char const *name, cMapObj &map) {
         cAboutValue const about_value(*cReadSession::current());
         cat::cMergeBudgetUse const as_before(budget);
         map.assign(value); // RUNS FOREIGN CODE
+        auto *const source = cat::cSourceRecorder::at(scan);
+        if (source && value) source->moved_inside(*value, map);
     });
 }
 

@@ -236,7 +236,6 @@ void cAttrScan::note_new(objref const &value) {
     cTextState &state = text_state();
     if (!state.com_collected().empty()) hand_comment();
     state.last_noted() = value;
-    if (auto *const source = cat::cSourceRecorder::at(*this)) source->noted(value.get());
 }
 
 void cAttrScan::hand_comment() {

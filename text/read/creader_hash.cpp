@@ -496,6 +496,6 @@ int cAttrHash::read_hash(std::istream &is, cTypeObj *type) {
     cWriteLevel const level; // the depth goes down when all else is done
     cAttrScan scan(is, false);
     cReading const reading(scan);
-    cat::cSourceList const list(scan);
+    cat::cSourceList const list(scan, father());
     return cHashReader(*this, scan, type, false).read();
 }

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <istream>
+#include <unordered_map>
 #include <utility>
 
 namespace {
@@ -23,7 +24,7 @@ cAttrHash *hash_of(cObj const &value) {
     return map ? &map->datamap() : nullptr;
 }
 
-bool is_on_lines(cObj const &container) { return *cat::wformat(container) != 's'; }
+bool is_in_form(cObj const &container, char form) { return *cat::wformat(container) == form; }
 
 bool can_tell(std::istream const &is) {
     return is.rdbuf() && is.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in) != -1;
@@ -74,17 +75,29 @@ void cSourceRecorder::finish() {
         obids_.push_back(record.node && record.node->valref() ? record.node->valref()->obid() : 0);
     }
     if (!obids_.empty()) obids_[0] = root_obid_;
-    for (cComment &comment : comments_)
-        comment.kept = comment.obid != 0 && obid(comment.record) == comment.obid &&
-                       is_on_lines(comment.record);
+    find_kept();
 }
 
-// The writer leaves out comments inside of containers on one line.
-bool cSourceRecorder::is_on_lines(std::size_t number) const {
+// A comment is written at each entry of the value that has it.
+void cSourceRecorder::find_kept() {
+    std::unordered_map<std::uint32_t, bool> written; // by the value
+    for (cComment const &comment : comments_)
+        if (comment.obid != 0) written[comment.obid] = false;
+    for (std::size_t i = 0; i < obids_.size() && !written.empty(); ++i)
+        if (auto const value = written.find(obids_[i]); value != written.end() && !value->second)
+            value->second = shows_comment(i);
+    for (cComment &comment : comments_) comment.kept = comment.obid != 0 && written[comment.obid];
+}
+
+// Would the writer write a comment of the value? It does after an entry on a line of its own, and
+// after the opening bracket of a container on many lines.
+bool cSourceRecorder::shows_comment(std::size_t number) const {
     if (number == 0) return root_on_lines_;
-    for (std::uint32_t i = records_[number].parent; i != 0 && i != absent; i = records_[i].parent)
-        if (records_[i].node && !::is_on_lines(records_[i].node->value())) return false;
-    return root_on_lines_;
+    cAttrNode const *const node = records_[number].node;
+    cAttrHash const *const hash = node->map();
+    if (hash_of(node->value()) && !is_in_form(node->value(), 's'))
+        return is_in_form(node->value(), 'w');
+    return !hash || !hash->father() || !is_in_form(*hash->father(), 's');
 }
 
 std::uint32_t cSourceRecorder::offset(unsigned position, unsigned line) const {
@@ -212,9 +225,6 @@ void cSourceRecorder::truncate(std::size_t size) {
     for (std::size_t i = size; i < records_.size(); ++i)
         if (records_[i].node) records_[i].node->unhold();
     records_.resize(size);
-    for (cComment &comment : comments_)
-        if (comment.record >= size) comment.record = none;
-    if (noted_ >= size) noted_ = none;
     by_anid_.clear();
 }
 
@@ -228,7 +238,7 @@ void cSourceRecorder::begin_list(cAttrScan const &scan) {
     if (has_bracket) bracket(begin_of(token), token.code);
 }
 
-void cSourceRecorder::end_list(cAttrScan const &scan, std::size_t depth) {
+void cSourceRecorder::end_list(cAttrScan const &scan, std::size_t depth, cObj const *holder) {
     if (frames_.size() != depth + 1 || frames_.back().record != 0) return;
     cToken const &token = scan.current();
     records_[0].closed = frames_.back().close != 0 && token.code == frames_.back().close;
@@ -237,6 +247,7 @@ void cSourceRecorder::end_list(cAttrScan const &scan, std::size_t depth) {
     else
         unwind(depth);
     if (records_[0].value_begin == absent) records_[0].value_begin = records_[0].value_end;
+    if (holder) root(*holder);
 }
 
 void cSourceRecorder::begin_list_at_key() {
@@ -246,8 +257,6 @@ void cSourceRecorder::begin_list_at_key() {
     list.value_begin = list.value_end = records_[0].value_begin;
     records_.insert(records_.begin(), list);
     records_[1].parent = 0;
-    for (cComment &comment : comments_) comment.record = none; // a key takes none
-    noted_ = none;
     frames_.push_back({0});
     last_ = 1;
 }
@@ -255,7 +264,7 @@ void cSourceRecorder::begin_list_at_key() {
 void cSourceRecorder::root(cObj const &value) {
     root_obid_ = value.obid();
     root_type_ = value.type().name();
-    root_on_lines_ = ::is_on_lines(value);
+    root_on_lines_ = hash_of(value) && is_in_form(value, 'w');
 }
 
 // --- nodes ---
@@ -278,6 +287,7 @@ void cSourceRecorder::moved(cObj const &from, cObj const &to) {
 void cSourceRecorder::moved_inside(cObj const &from, cObj const &to) {
     if (!records_.empty())
         move(frames_.empty() ? 0 : frames_.back().record, records_.size(), from, to);
+    if (frames_.empty()) root(to);
 }
 
 // A vector is copied over another or appended to it: its last item is the last one of both.
@@ -298,8 +308,13 @@ void cSourceRecorder::move(std::size_t number, std::size_t end, cObj const &from
         cAttrNode const *const node = found(*record.node);
         if (!node || node == record.node) continue;
         objref const before = record.node->valref(), after = node->valref();
-        if (before != after && before && after) move(i, next_sibling(i), *before, *after);
-        set_node(record, node);
+        cAttrNode const *item = nullptr; // of a list to which the value was appended
+        if (before != after && before && after) {
+            move(i, next_sibling(i), *before, *after);
+            if (cAttrHash const *const list = cObj::is_map(after) ? nullptr : hash_of(*after))
+                item = list->findvalref(before);
+        }
+        set_node(record, item ? item : node);
     }
 }
 
@@ -337,16 +352,10 @@ void cSourceRecorder::after_comments(cToken const &token) {
     comment.lines_after = token.line + (space ? lines_in(token.text) : 0) - comment_line_;
 }
 
-void cSourceRecorder::noted(cObj const *value) {
-    noted_ = value && !frames_.empty() ? frames_.back().record : none;
-}
-
 void cSourceRecorder::handed(cObj const *holder) {
     for (; first_pending_ < comments_.size(); ++first_pending_) {
         cComment &comment = comments_[first_pending_];
-        if (!std::exchange(comment.pending, false) || !holder || noted_ == none) continue;
-        comment.obid = holder->obid();
-        comment.record = noted_;
+        if (std::exchange(comment.pending, false) && holder) comment.obid = holder->obid();
     }
 }
 

@@ -54,8 +54,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
         unsigned column = 0;
         bool pending = false; // not given to a value yet
         bool kept = false;
-        unsigned obid = 0;         // of the value that took it
-        std::size_t record = none; // of that value
+        std::uint32_t obid = 0; // of the value that took it
     };
 
     cSourceRecorder() = default;
@@ -96,14 +95,13 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     // The outermost value is a list of entries: without brackets, or with one that the program has
     // read.
     void begin_list(cAttrScan const &scan);
-    void end_list(cAttrScan const &scan, std::size_t depth);
+    void end_list(cAttrScan const &scan, std::size_t depth, cObj const *holder);
     // The value that ended last is the key of the first of them. The caller closes the frame.
     void begin_list_at_key();
     void root(cObj const &value);
 
     void comment(cToken const &token, bool collected);
     void after_comments(cToken const &token);
-    void noted(cObj const *value);
     void handed(cObj const *holder); // null: the comments gathered so far are lost
 
     // The text of a typed value, gathered token by token and read from its own stream.
@@ -166,7 +164,8 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void truncate(std::size_t size);
     void set_node(cRecord &record, cAttrNode const *node);
     void move(std::size_t number, std::size_t end, cObj const &from, cObj const &to);
-    bool is_on_lines(std::size_t number) const;
+    void find_kept();
+    bool shows_comment(std::size_t number) const;
     void release() noexcept;
 
     static cSourceRecorder *living_;
@@ -178,7 +177,6 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     std::vector<cText> texts_;
     std::size_t last_ = none;       // the record that ended last, in the innermost frame
     std::size_t pending_ = none;    // that of the entry whose value comes next
-    std::size_t noted_ = none;      // that of the value to which comments are given
     std::size_t first_pending_ = 0; // comment
     bool comment_open_ = false;     // what comes after the last comment is unknown
     std::uint32_t text_begin_ = 0;
@@ -216,18 +214,20 @@ class cSourceFrames {
 // A list of entries, which is the outermost value if no other is open.
 class cSourceList {
   public:
-    explicit cSourceList(cAttrScan const &scan)
-        : scan_(scan), recorder_(cSourceRecorder::at(scan)), frames_(recorder_) {
+    // `holder` of the entries, or null.
+    cSourceList(cAttrScan const &scan, cObj const *holder)
+        : scan_(scan), holder_(holder), recorder_(cSourceRecorder::at(scan)), frames_(recorder_) {
         if (recorder_) recorder_->begin_list(scan);
     }
     cSourceList(cSourceList const &) = delete;
     cSourceList &operator=(cSourceList const &) = delete;
     ~cSourceList() {
-        if (recorder_) recorder_->end_list(scan_, frames_.depth());
+        if (recorder_) recorder_->end_list(scan_, frames_.depth(), holder_);
     }
 
   private:
     cAttrScan const &scan_;
+    cObj const *holder_;
     cSourceRecorder *recorder_;
     cSourceFrames const frames_;
 };

@@ -4,11 +4,15 @@
 #include "qrv/text/read/csourcemap.h"
 
 #include "qrv/containers/cvectorobj.h"
+#include "qrv/text/file/cfile.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/support/types.h"
 #include "tests/text/source_support.h"
 #include "text/read/csource_recorder.h"
+
+#include <fstream>
+#include <memory>
 
 using source_test::Mapped;
 using source_test::Marked;
@@ -316,6 +320,96 @@ TEST_F(SourceMaps, have_no_entries_of_a_text_that_is_too_long) {
     EXPECT_EQ(exceeds.map.size(), 0u);
     EXPECT_TRUE(exceeds.map.comments().empty());
     EXPECT_EQ(exceeds.map.path_at(2), "");
+}
+
+TEST_F(SourceMaps, have_entries_that_are_read_into_an_object) {
+    cTypesBack const types;
+    objref declared;
+    ASSERT_EQ(cObj::readobj("{A = attlist(n = attspec(default = 1); m = attspec(default = 2))}",
+                            declared),
+              0);
+    Mapped const mapped("[1, 2]");
+    std::string const text = "m = 5; n = 6";
+    std::istringstream is(text);
+    objref const object = cat::find_type("A").newobj();
+    cat::SourceMap const map;
+    ASSERT_TRUE(object->read(is));
+    ASSERT_EQ(map.spans(*object, "n").size(), 1u);
+    EXPECT_EQ(map.spans(*object, "n")[0].value.begin, text.find('6'));
+    EXPECT_EQ(map.written(*object).size(), 1u);
+    EXPECT_EQ(map.path_at(map.entry(1).value.begin), "/m");
+    EXPECT_EQ(map.type_at(0), "int");
+}
+
+TEST_F(SourceMaps, have_entries_of_a_map_that_takes_what_was_read) {
+    std::string const name = testing::TempDir() + "qrv_source_map.attr";
+    std::ofstream(name, std::ios::binary) << "\n{a = 1; b = [2, 3]}";
+    cRef<cMapObj> const map = make<cMapObj>();
+    cat::SourceMap const source;
+    ASSERT_TRUE(file2map(name.c_str(), *map));
+    std::remove(name.c_str());
+    EXPECT_EQ(source.spans(*map, "a").size(), 1u);
+    ASSERT_EQ(source.spans(*map, "b/1").size(), 1u);
+    EXPECT_EQ(source.spans(*map, "b/1")[0].value, (cat::Span{17, 18}));
+    EXPECT_EQ(source.written(*map).size(), 1u);
+}
+
+// Reads from a text and can't tell where it is.
+class cUnseekable : public std::streambuf {
+  public:
+    explicit cUnseekable(std::string text) : text_(std::move(text)) {
+        setg(text_.data(), text_.data(), text_.data() + text_.size());
+    }
+
+  private:
+    std::string text_;
+};
+
+TEST_F(SourceMaps, count_from_0_where_a_stream_knows_no_position) {
+    Marked const marked("\n«v:«o:{»\n«k:a» «s:=» «v:1»«d:;» «B:// x»\n«k:t» «s:=» "
+                        "«v:«t:int»«o:(»«A:/* y */» «v:5»«c:)»»«c:}»»");
+    cUnseekable buffer(marked.text);
+    std::istream is(&buffer);
+    cat::SourceMap const map;
+    objref root;
+    ASSERT_EQ(cAttrScan(is, false).scan_obj(root, nullptr), 0);
+    EXPECT_EQ(source_test::shown(source_test::marks_of(map), marked.text), marked.shown());
+}
+
+TEST_F(SourceMaps, outlive_what_was_read) {
+    cat::SourceMap map;
+    {
+        objref root;
+        ASSERT_EQ(cObj::readobj("{a = {b = 1}}", root), 0);
+        EXPECT_EQ(map.path_at(7), "/a/b");
+    }
+    ASSERT_EQ(map.size(), 3u);
+    EXPECT_TRUE(map.entry(1).removed);
+    EXPECT_EQ(map.path_at(7), "/");
+    EXPECT_EQ(map.type_at(7), "map");
+}
+
+TEST_F(SourceMaps, may_end_before_the_reading_does) {
+    auto map = std::make_unique<cat::SourceMap>();
+    auto const end = [&map](cErr &) { map.reset(); };
+    cat::ReadReport report;
+    class cEnd : public cat::ReadWatch {
+      public:
+        explicit cEnd(decltype(end) const &act) : act_(act) {}
+        bool error(cat::ReadError &) override {
+            cErr none;
+            act_(none);
+            return true;
+        }
+
+      private:
+        decltype(end) const &act_;
+    } watch(end);
+    report.watch(&watch);
+    objref root;
+    cObj::readobj("{a = 1; b = nosuch(2); c = [3]}", root);
+    EXPECT_EQ(map, nullptr);
+    EXPECT_EQ(cat::as_text(root), "{\n  a= 1;\n  c= [3, ];\n}");
 }
 
 // --- comments ---
