@@ -45,7 +45,7 @@ void Matching::walk(objref const &root) {
 void Matching::match(Was const &was, cMapObj const &now) {
     Nodes const nodes = nodes_of(now);
     if (is_list(now))
-        match_by_value(was, nodes);
+        match_by_value(was, nodes, now.is_set());
     else
         match_by_node(was, nodes);
 }
@@ -74,8 +74,8 @@ void Matching::match_by_node(Was const &was, Nodes const &nodes) {
 }
 
 // What is the same at both ends first; then each value, from the front, where it was first. What is
-// left and has a node in common was replaced.
-void Matching::match_by_value(Was const &was, Nodes const &nodes) {
+// left and has a node in common was replaced, but in sets, where a value may be written twice.
+void Matching::match_by_value(Was const &was, Nodes const &nodes, bool is_set) {
     size_t const most = std::min(was.size(), nodes.size());
     auto const same = [](WasEntry const &entry, cAttrNode const *node) {
         return entry.value == node->valref();
@@ -100,7 +100,7 @@ void Matching::match_by_value(Was const &was, Nodes const &nodes) {
         bind(*found->second.back(), *nodes[i]);
         found->second.pop_back();
     }
-    for (size_t i = first; i < was.size() - last; ++i)
+    for (size_t i = first; i < was.size() - last && !is_set; ++i)
         if (auto const found = left.find(was[i].anid); found != left.end() && !is_bound(was[i]))
             bind(was[i], *found->second);
 }
@@ -119,7 +119,7 @@ void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
     cMapObj const *const container = container_in(now);
     if (!entries || !container || now == was.value || &now->type() != &was.value->type()) return;
     if (before_.entries(now.get()) || places_.count(was.value.get())) return;
-    if (!instead_.emplace(now.get(), was.value.get()).second) return;
+    if (!instead_.emplace(now.get(), was.value).second) return;
     Nodes const nodes = nodes_of(*container);
     if (is_list(*now))
         match_by_place(*entries, nodes);
@@ -161,8 +161,13 @@ WasEntry const *Matching::was(cAttrNode const &node) const {
 
 bool Matching::continues(objref const &now, objref const &was) const {
     if (now == was) return true;
+    objref const *const replaced = replaced_by(now);
+    return replaced && *replaced == was;
+}
+
+objref const *Matching::replaced_by(objref const &now) const {
     auto const found = instead_.find(now.get());
-    return found != instead_.end() && found->second == was.get();
+    return found == instead_.end() ? nullptr : &found->second;
 }
 
 unsigned Matching::places(objref const &value) const {

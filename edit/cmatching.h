@@ -22,6 +22,8 @@ class Matching {
     WasEntry const *was(cAttrNode const &node) const;
     // Did the first object come to its place instead of the second, as the same or a new one?
     bool continues(objref const &now, objref const &was) const;
+    // What a new container came instead of; null for others.
+    objref const *replaced_by(objref const &now) const;
     // In how many places of the tree the object is.
     unsigned places(objref const &value) const;
     // An entry that is gone and held this very value, or null. Each is given once.
@@ -34,7 +36,7 @@ class Matching {
     void walk(objref const &root);
     void match(Was const &was, cMapObj const &now);
     void match_by_node(Was const &was, Nodes const &nodes);
-    void match_by_value(Was const &was, Nodes const &nodes);
+    void match_by_value(Was const &was, Nodes const &nodes, bool is_set);
     void match_by_key(Was const &was, Nodes const &nodes);
     void match_by_place(Was const &was, Nodes const &nodes);
     void match_replaced(WasEntry const &was, cAttrNode const &node);
@@ -48,7 +50,7 @@ class Matching {
     std::unordered_map<cObj const *, unsigned> places_;
     std::unordered_map<std::uint32_t, cAttrNode const *> nodes_; // by the anid before
     std::unordered_map<cAttrNode const *, WasEntry const *> was_;
-    std::unordered_map<cObj const *, cObj const *> instead_; // what a new container replaced
+    std::unordered_map<cObj const *, objref> instead_; // what a new container replaced
     std::vector<std::pair<WasEntry const *, cAttrNode const *>> bound_; // in order
     std::unordered_map<cObj const *, std::vector<WasEntry const *>> gone_;
 };

@@ -18,9 +18,13 @@ Entries::Entries(cat::SourceMap const &map) : map_(map) {
     anids_.reserve(map.size());
     for (size_t i = 0; i < map.size(); ++i) {
         anids_.push_back(map.entry(i).anid);
-        if (anids_.back()) numbers_.emplace(anids_.back(), i);
+        if (!anids_.back()) continue;
+        any_comes_again_ |= numbers_.count(anids_.back()) > 0;
+        numbers_.emplace(anids_.back(), i);
     }
 }
+
+bool Entries::comes_again(size_t number) const { return numbers_.count(anids_[number]) > 1; }
 
 std::vector<size_t> Entries::of(std::uint32_t anid) const {
     std::vector<size_t> found;
@@ -91,7 +95,10 @@ Item &Plan::add(Item *parent, Slot const &slot, objref const &value) {
     item.position = slot.position;
     item.old = slot.old;
     item.moved = slot.moved;
-    if (parent) parent->children.push_back(&item);
+    if (!parent) return item;
+    // In a set, what is written twice counts twice.
+    if (parent->value->is_set()) item.position = parent->children.size();
+    parent->children.push_back(&item);
     return item;
 }
 
@@ -101,6 +108,11 @@ void Plan::settle(Item &item) {
                                         : before_.value(entries_.anid(item.old));
     bool const in_place = item.old != none && !entries_.entry(item.old).reference &&
                           matching_.continues(item.value, was);
+    if (item.old != none && !item.moved && is_merged(item, in_place)) {
+        item.source = item.old;
+        item.how = Item::as_it_was;
+        return;
+    }
     bool const shared = matching_.places(item.value) > 1 && !is_constant(item.value);
     if ((shared || container_in(item.value)) && settle_shared(item, in_place)) return;
     if (in_place)
@@ -110,11 +122,32 @@ void Plan::settle(Item &item) {
     if (item.node) passed_.insert(item.node);
 }
 
+// Do the brackets there hold entries of that container? A key that came again may have had a value
+// of another kind before.
+bool Plan::is_block_of(size_t number, objref const &container) const {
+    cat::SourceEntry const frame = entries_.frame(number);
+    if (frame.open.empty()) return false;
+    char const bracket = text_[frame.open.begin];
+    return container->is_map()      ? bracket == '{' || bracket == '('
+           : container->is_vector() ? bracket == '[' || bracket == '('
+           : container->is_set()    ? bracket == '<' || bracket == '('
+                                    : true;
+}
+
+// Does its key come again, and did it get another value there, or more entries from a reference?
+bool Plan::is_merged(Item const &item, bool in_place) const {
+    if (!item.node || item.parent->value->is_set() || !entries_.comes_again(item.old)) return false;
+    if (!container_in(item.value)) return entries_.of(entries_.anid(item.old)).back() != item.old;
+    if (in_place) return !is_block_of(item.old, item.value);
+    return entries_.entry(item.old).reference &&
+           matching_.continues(item.value, before_.value(entries_.anid(item.old)));
+}
+
 // True if the value has been written before.
 bool Plan::settle_shared(Item &item, bool in_place) {
     auto const [known, fresh] = written_.emplace(item.value.get(), &item);
     if (fresh) return false;
-    if (in_place && known->second->node == item.node) return false; // its key is repeated
+    if (in_place && !item.moved && entries_.comes_again(item.old)) return false; // one more block
     bool const refers = item.old != none && entries_.entry(item.old).reference;
     item.how = Item::reference;
     item.target = known->second;
@@ -131,19 +164,29 @@ void Plan::settle_here(Item &item, objref const &was) {
     item.how = Item::as_it_was;
     if (container_in(item.value)) {
         item.how = Item::block;
-        std::vector<size_t> blocks{item.old};
-        if (item.node && !item.moved) {
-            blocks = entries_.of(entries_.anid(item.old));
-            std::erase_if(blocks, [&](size_t n) { return entries_.entry(n).reference; });
-        }
-        return add_children(item, blocks);
+        return add_children(item, item.moved || !entries_.any_comes_again()
+                                      ? std::vector<size_t>{item.old}
+                                      : definitions(item.value));
     }
-    bool const last = item.old == 0 || entries_.of(entries_.anid(item.old)).back() == item.old;
+    bool const last = item.old == 0 || item.parent->value->is_set() ||
+                      entries_.of(entries_.anid(item.old)).back() == item.old;
     if (last && before_.text(was) != exact_text(item.value)) item.how = Item::literal;
 }
 
 void Plan::settle_from_elsewhere(Item &item, objref const &was) {
-    item.source = definition(item.value);
+    if (is_constant(item.value) && item.value == was && path_holds(item.old, item.value)) {
+        item.source = item.old;
+        item.how = Item::as_it_was;
+        return;
+    }
+    std::vector<size_t> const &found = definitions(item.value);
+    if (found.empty() && was == item.value && was &&
+        !is_constant(was)) { // written where its key came again
+        item.source = item.old;
+        item.how = Item::as_it_was;
+        return;
+    }
+    item.source = found.empty() ? none : found.back();
     if (container_in(item.value)) {
         item.how = item.source == none ? Item::fresh : Item::block;
         if (item.how == Item::block) return add_children(item, {item.source});
@@ -162,24 +205,68 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
     item.how = same ? Item::as_it_was : Item::literal;
 }
 
-// The entry in which a value was written that is written elsewhere now.
-size_t Plan::definition(objref const &value) {
-    if (is_constant(value)) return none;
-    if (!std::exchange(searched_, true)) {
-        for (auto const &[container, was] : before_.containers())
-            for (WasEntry const &entry : was)
-                for (size_t const number : entries_.of(entry.anid))
-                    if (!entries_.entry(number).reference && !is_constant(entry.value))
-                        definitions_.emplace(entry.value.get(), number);
-    }
+// The entries in which a value was written before the change, in file order.
+std::vector<size_t> const &Plan::definitions(objref const &value) {
+    static std::vector<size_t> const nowhere;
+    if (!std::exchange(searched_, true)) search_definitions();
     auto const found = definitions_.find(value.get());
-    return found == definitions_.end() ? none : found->second;
+    if (is_constant(value) || found == definitions_.end()) {
+        auto const *const was = matching_.replaced_by(value);
+        return was ? definitions(*was) : nowhere;
+    }
+    return found->second;
+}
+
+// Is this where a value has its text? Of a key that comes again the last entry has it, in a set the
+// first one, and a container has several.
+bool Plan::writes(size_t number, objref const &value) const {
+    if (!entries_.comes_again(number)) return true;
+    size_t const parent = entries_.entry(number).parent;
+    objref const &holder = parent == 0 ? root_ : before_.value(entries_.anid(parent));
+    std::vector<size_t> const all = entries_.of(entries_.anid(number));
+    if (holder && holder->is_set()) return all.front() == number;
+    return container_in(value) ? is_block_of(number, value) : all.back() == number;
+}
+
+void Plan::search_definitions() {
+    definitions_[root_.get()] = {0};
+    for (size_t number = 1; number < entries_.size(); ++number) {
+        objref const &value = before_.value(entries_.anid(number));
+        if (!value || entries_.entry(number).reference) continue;
+        if (writes(number, value)) definitions_[value.get()].push_back(number);
+    }
 }
 
 void Plan::add_children(Item &item, std::vector<size_t> const &blocks) {
     if (!arranged_.count(item.source)) arrange(*container_in(item.value), blocks);
     Slots const slots = std::move(arranged_[item.source]);
-    for (Slot const &slot : slots) settle(add(&item, slot, slot.node->valref()));
+    for (Slot const &slot : slots)
+        if (!add_repeated(item, slot)) settle(add(&item, slot, slot.node->valref()));
+}
+
+// A value that is written again in a set has no effect there. It stays where the first one did not
+// change, or else it would have an effect.
+bool Plan::add_repeated(Item &item, Slot const &slot) {
+    if (!item.value->is_set() || slot.moved || !entries_.comes_again(slot.old)) return false;
+    auto const first = std::find_if(item.children.begin(), item.children.end(),
+                                    [&](Item const *child) { return child->node == slot.node; });
+    if (first == item.children.end()) return false;
+    if (!is_unchanged(**first)) return true;
+    Item &again = add(&item, slot, slot.node->valref());
+    again.source = slot.old;
+    again.how = Item::as_it_was;
+    return true;
+}
+
+bool Plan::is_unchanged(Item const &item) const {
+    if (item.is_new() || item.source != item.old) return false;
+    if (item.how != Item::block) return item.how == Item::as_it_was;
+    std::vector<cat::SourceEntry> const parts = entries_.inside(item.old);
+    return std::all_of(item.children.begin(), item.children.end(),
+                       [&](Item const *child) { return is_unchanged(*child); }) &&
+           std::count_if(parts.begin(), parts.end(), [&](cat::SourceEntry const &part) {
+               return entries_.anid(part.number) != 0;
+           }) == static_cast<std::ptrdiff_t>(item.children.size());
 }
 
 void Plan::add_fresh_children(Item &item) {
@@ -287,16 +374,20 @@ std::vector<std::string> keys_of(std::string_view path) {
     return keys;
 }
 
-cAttrNode const *node_of(cMapObj const &container, std::string const &key) {
+} // namespace
+
+// The node with that key in a container that is being written.
+cAttrNode const *Plan::node_at(Item const &item, std::string const &key) const {
     objref value;
     if (cObj::readobj(key.c_str(), value) != 0 || !value) return nullptr;
-    cAttrHash const &hash = container.datamap();
-    if (!is_list(container)) return hash.find(value);
+    cAttrHash const &hash = container_in(item.value)->datamap();
+    if (!is_list(*item.value)) return hash.find(value);
     int const index = cat::as_index(value);
-    return index < 0 ? nullptr : hash.findpos(static_cast<unsigned>(index));
+    if (index < 0) return nullptr;
+    if (item.value->is_vector()) return hash.findpos(static_cast<unsigned>(index));
+    size_t const place = static_cast<size_t>(index);
+    return place < item.children.size() ? item.children[place]->node : nullptr;
 }
-
-} // namespace
 
 // Does the path of that reference, as it is written, still lead to the value?
 bool Plan::path_holds(size_t reference, objref const &value) const {
@@ -308,15 +399,13 @@ bool Plan::path_holds(size_t reference, objref const &value) const {
     cAttrNode const *node = nullptr;
     for (std::string const &key : keys_of(text.substr(open + 1, close - open - 1))) {
         if (!container) return false;
-        if (node) {
-            auto const written = written_.find(container);
-            if (written == written_.end() || written->second->node != node) return false;
-        }
-        node = node_of(*container, key);
-        if (!node || !passed_.count(node)) return false;
+        auto const written = written_.find(container);
+        if (written == written_.end() || written->second->node != node) return false;
+        node = node_at(*written->second, key);
+        if (!node) return false;
         container = container_in(node->valref());
     }
-    return node && node->valref() == value;
+    return node && node->valref() == value && passed_.count(node) > 0;
 }
 
 } // namespace qrv::edit

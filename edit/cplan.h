@@ -22,6 +22,10 @@ class Entries {
 
     cat::SourceEntry entry(size_t number) const { return map_.entry(number); }
     std::uint32_t anid(size_t number) const { return anids_[number]; }
+    size_t size() const { return anids_.size(); }
+    // Is its key repeated, or the value of a set? Is that of any entry?
+    bool comes_again(size_t number) const;
+    bool any_comes_again() const { return any_comes_again_; }
     // All that are written for a node, in file order.
     std::vector<size_t> of(std::uint32_t anid) const;
     // The brackets that hold the entries of the value written there: its own, or those of the one
@@ -34,6 +38,7 @@ class Entries {
     cat::SourceMap const &map_;
     std::vector<std::uint32_t> anids_;
     std::unordered_multimap<std::uint32_t, size_t> numbers_;
+    bool any_comes_again_ = false;
 };
 
 struct Item {
@@ -82,13 +87,20 @@ class Plan {
     void settle(Item &item);
     void settle_here(Item &item, objref const &was);
     void settle_from_elsewhere(Item &item, objref const &was);
+    bool is_block_of(size_t number, objref const &container) const;
+    bool is_merged(Item const &item, bool in_place) const;
     bool settle_shared(Item &item, bool in_place);
     void add_children(Item &item, std::vector<size_t> const &blocks);
+    bool add_repeated(Item &item, Slot const &slot);
+    bool is_unchanged(Item const &item) const;
     void add_fresh_children(Item &item);
     void arrange(cMapObj const &container, std::vector<size_t> const &blocks);
     Slots slots_of(cMapObj const &container);
     bool is_unwritten(WasEntry const &was, cAttrNode const &node) const;
-    size_t definition(objref const &value);
+    std::vector<size_t> const &definitions(objref const &value);
+    void search_definitions();
+    bool writes(size_t number, objref const &value) const;
+    cAttrNode const *node_at(Item const &item, std::string const &key) const;
     bool path_holds(size_t reference, objref const &value) const;
 
     std::string_view text_;
@@ -100,7 +112,7 @@ class Plan {
     std::unordered_map<cObj const *, Item *> written_; // containers and shared values
     std::unordered_set<cAttrNode const *> passed_;     // nodes of the items so far
     std::unordered_map<size_t, Slots> arranged_;       // by block
-    std::unordered_map<cObj const *, size_t> definitions_;
+    std::unordered_map<cObj const *, std::vector<size_t>> definitions_;
     bool searched_ = false; // definitions_ is filled
 };
 
