@@ -252,6 +252,10 @@ bool Plan::add_repeated(Item &item, Slot const &slot) {
                                     [&](Item const *child) { return child->node == slot.node; });
     if (first == item.children.end()) return false;
     if (!is_unchanged(**first)) return true;
+    if (entries_.entry(slot.old).reference) {
+        cAttrNode const *const node = path_end(slot.old);
+        if (!node || !node->valref()->equal(slot.node->valref())) return true; // RUNS USER CODE
+    }
     Item &again = add(&item, slot, slot.node->valref());
     again.source = slot.old;
     again.how = Item::as_it_was;
@@ -391,21 +395,27 @@ cAttrNode const *Plan::node_at(Item const &item, std::string const &key) const {
 
 // Does the path of that reference, as it is written, still lead to the value?
 bool Plan::path_holds(size_t reference, objref const &value) const {
+    cAttrNode const *const node = path_end(reference);
+    return node && node->valref() == value && passed_.count(node) > 0;
+}
+
+// The node to which the path of that reference leads now; null if it leads nowhere.
+cAttrNode const *Plan::path_end(size_t reference) const {
     cat::Span const span = entries_.entry(reference).value;
     std::string_view const text = text_.substr(span.begin, span.size());
     size_t const open = text.find('('), close = text.rfind(')');
-    if (open == std::string_view::npos || close == std::string_view::npos) return false;
+    if (open == std::string_view::npos || close == std::string_view::npos) return nullptr;
     cMapObj const *container = container_in(root_);
     cAttrNode const *node = nullptr;
     for (std::string const &key : keys_of(text.substr(open + 1, close - open - 1))) {
-        if (!container) return false;
+        if (!container) return nullptr;
         auto const written = written_.find(container);
-        if (written == written_.end() || written->second->node != node) return false;
+        if (written == written_.end() || written->second->node != node) return nullptr;
         node = node_at(*written->second, key);
-        if (!node) return false;
+        if (!node) return nullptr;
         container = container_in(node->valref());
     }
-    return node && node->valref() == value && passed_.count(node) > 0;
+    return node;
 }
 
 } // namespace qrv::edit

@@ -101,6 +101,7 @@ class Plan {
     void search_definitions();
     bool writes(size_t number, objref const &value) const;
     cAttrNode const *node_at(Item const &item, std::string const &key) const;
+    cAttrNode const *path_end(size_t reference) const;
     bool path_holds(size_t reference, objref const &value) const;
 
     std::string_view text_;
