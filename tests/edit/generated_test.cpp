@@ -335,6 +335,7 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_changed_tree) {
             });
             wanted = written(root);
         }
+        if (written(read(wanted)) != wanted) continue; // equal values in a set: no text gives that
         ++changed;
         objref const back = read(result);
         // Where a key comes again, a value may be referred to that no node holds any more: a change
