@@ -10,6 +10,17 @@ void cArguments::required(char const *name, std::vector<std::string> &values, ch
     command_.add_option(name, values, help)->required();
 }
 
+void cArguments::required(char const *name, std::string &value, cTest test, char const *help) {
+    command_.add_option(name, value, help)
+        ->required()
+        ->check(CLI::Validator(test.wrong, test.kind));
+}
+
+void cArguments::required(char const *name, std::vector<std::string> &values, cRange count,
+                          char const *help) {
+    command_.add_option(name, values, help)->required()->expected(count.lowest, count.highest);
+}
+
 void cArguments::flag(char const *name, bool &value, char const *help) {
     command_.add_flag(name, value, help);
 }

@@ -16,25 +16,30 @@ class App;
 // name is "FILE" for an argument by position, "--text" or "-o,--output" for an option.
 class cArguments {
   public:
-    explicit cArguments(CLI::App &command) : command_(command) {}
-
-    void required(char const *name, std::string &value, char const *help);
-    void required(char const *name, std::vector<std::string> &values, char const *help);
-
-    void flag(char const *name, bool &value, char const *help);
-    void option(char const *name, std::string &value, char const *help);
-    void option(char const *name, std::optional<std::string> &value, char const *help);
     struct cRange {
         int lowest;
         int highest;
     };
-    void option(char const *name, int &value, cRange range, char const *help);
-    void option(char const *name, std::string &value, std::vector<std::string> const &choices,
-                char const *help);
     struct cTest {
         char const *kind;                               // of the value, for the help
         std::string (*wrong)(std::string const &value); // empty, or what is wrong
     };
+
+    explicit cArguments(CLI::App &command) : command_(command) {}
+
+    void required(char const *name, std::string &value, char const *help);
+    void required(char const *name, std::vector<std::string> &values, char const *help);
+    void required(char const *name, std::string &value, cTest test, char const *help);
+    // So many values, at least and at most.
+    void required(char const *name, std::vector<std::string> &values, cRange count,
+                  char const *help);
+
+    void flag(char const *name, bool &value, char const *help);
+    void option(char const *name, std::string &value, char const *help);
+    void option(char const *name, std::optional<std::string> &value, char const *help);
+    void option(char const *name, int &value, cRange range, char const *help);
+    void option(char const *name, std::string &value, std::vector<std::string> const &choices,
+                char const *help);
     void option(char const *name, std::string &value, cTest test, char const *help);
     // "--name" for `usual`, or "--name=value": a flag, so the next argument is never its value.
     void flag(char const *name, std::string &value, char const *usual, cTest test,

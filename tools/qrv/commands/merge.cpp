@@ -25,6 +25,8 @@
 namespace {
 
 struct cOptions : cWriteOptions {
+    cOptions() { reformat = true; }
+
     std::string target;
     std::string source;
     std::string commands = "-xx";

@@ -12,6 +12,7 @@
 #include "tools/qrv/editing/rewrite.h"
 
 #include "qrv/base/platform/cplatform.h"
+#include "tools/qrv/editing/splice.h"
 #include "tools/qrv/output/diff.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/writing.h"
@@ -29,6 +30,7 @@ bool unchanged(cChanging const &, std::string &) { return true; }
 struct cTask {
     cWriteOptions const &options;
     cChange const &change;
+    bool spliced = false; // or else written anew
 };
 
 // Reads a text, changes the value and writes it. Status: is the reply's text the new one? `extra`:
@@ -113,10 +115,17 @@ bool read_back(std::string const &text, std::string const &image, cWriteOptions 
     return read && reply.text == text;
 }
 
-// Steps 1 to 3. The reply: text, losses as messages, in `extra` the text as it is now.
+// The whole work. The reply: text, losses as messages, in `extra` the text as it is now.
 void work(std::string const &name, cTask const &task, cReply &reply) {
     cMessages messages(name, task.options.max_errors);
-    if (read_bytes(name, reply.extra, messages)) {
+    if (!read_bytes(name, reply.extra, messages)) {
+        reply.messages = messages.text();
+        return;
+    }
+    if (task.spliced) {
+        splice(reply.extra, task.change, messages, reply);
+        reply.comes_back = reply.status == exit_done;
+    } else {
         cReply const first = first_reading(reply.extra, task, messages);
         if (first.status == exit_done) {
             reply.text = first.text;
@@ -126,7 +135,7 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
             reply.status = messages.count() == 0 ? exit_done : exit_found;
         }
     }
-    reply.messages = messages.text();
+    reply.messages += messages.text();
 }
 
 int refuse(std::string const &name, std::string const &why) {
@@ -167,12 +176,15 @@ int tell_changes(std::string const &name, cReply const &reply) {
 int rewrite(std::string const &name, cWriteOptions const &options, cChange const &change) {
     if (options.in_place && name == "-") return refuse(name, "it is the standard input");
     cChange const made = change ? change : unchanged;
+    bool const spliced = change && !options.reformat && !options.canonical;
     cTarget target(target_of(name, options), options.target);
     // Otherwise the folder is locked only to write: what is read may be a pipe from a process that
     // needs the lock.
     bool const reads_target = !target.name().empty() && is_same_file(name, target.name());
     if (reads_target && !target.lock()) return exit_failed;
-    cReply const reply = in_child(name, [&](cReply &r) { work(name, {options, made}, r); });
+    cReply const reply = in_child(name, [&](cReply &r) {
+        work(name, {options, made, spliced}, r);
+    });
     put_lines(reply.messages);
     if (reply.status == exit_failed) return exit_failed;
     // The plain writer's bytes may not be readable: a loss that was told, but nothing to keep.

@@ -1,5 +1,5 @@
 #pragma once
-// The first value of a file, changed or as it is, written anew: what fmt, set and merge do.
+// The first value of a file, changed or as it is, written anew or with the changed bytes replaced.
 
 #include "qrv/core/cobj.h"
 #include "tools/qrv/output/messages.h"
@@ -16,6 +16,7 @@ struct cWriteOptions {
     std::string output; // a file of that name; - is standard output
     cTargetOptions target;
     bool canonical = false;
+    bool reformat = false; // the whole file anew, instead of the changed bytes
     int max_errors = default_max_errors;
 };
 

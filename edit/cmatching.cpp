@@ -1,0 +1,186 @@
+#include "edit/cmatching.h"
+
+#include "qrv/core/ctypes.h"
+
+#include <algorithm>
+
+namespace qrv::edit {
+namespace {
+
+std::vector<cAttrNode const *> nodes_of(cMapObj const &container) {
+    cAttrHash const &hash = container.datamap();
+    std::vector<cAttrNode const *> nodes;
+    nodes.reserve(hash.used());
+    for (cAttrNode const *node = hash.first(); node; node = hash.next(node)) nodes.push_back(node);
+    return nodes;
+}
+
+bool is_list(cObj const &container) { return container.is_vector() || container.is_set(); }
+
+} // namespace
+
+Matching::Matching(Snapshot const &before, objref const &root) : before_(before) {
+    walk(root);
+    for (objref const &container : alive_)
+        if (Was const *const was = before.entries(container.get()))
+            match(*was, *container_in(container));
+    for (size_t i = 0; i < bound_.size(); ++i) match_replaced(*bound_[i].first, *bound_[i].second);
+    for (auto const &[container, entries] : before.containers())
+        for (WasEntry const &entry : entries)
+            if (!is_bound(entry)) gone_[entry.value.get()].push_back(&entry);
+}
+
+void Matching::walk(objref const &root) {
+    if (container_in(root)) alive_.push_back(root);
+    ++places_[root.get()];
+    for (size_t i = 0; i < alive_.size(); ++i) {
+        objref const container = alive_[i];
+        for (cAttrNode const *const node : nodes_of(*container_in(container))) {
+            objref const &value = node->valref();
+            if (++places_[value.get()] == 1 && container_in(value)) alive_.push_back(value);
+        }
+    }
+}
+
+void Matching::match(Was const &was, cMapObj const &now) {
+    Nodes const nodes = nodes_of(now);
+    if (is_list(now))
+        match_by_value(was, nodes, now.is_set());
+    else
+        match_by_node(was, nodes);
+}
+
+void Matching::bind(WasEntry const &was, cAttrNode const &node) {
+    nodes_.emplace(was.anid, &node);
+    was_.emplace(&node, &was);
+    bound_.emplace_back(&was, &node);
+}
+
+// A key that was renamed has a new node with the value.
+void Matching::match_by_node(Was const &was, Nodes const &nodes) {
+    std::unordered_map<std::uint32_t, WasEntry const *> by_anid;
+    std::unordered_map<cObj const *, WasEntry const *> by_value;
+    for (WasEntry const &entry : was) by_anid.emplace(entry.anid, &entry);
+    for (cAttrNode const *const node : nodes)
+        if (auto const found = by_anid.find(node->anid()); found != by_anid.end())
+            bind(*found->second, *node);
+    for (WasEntry const &entry : was)
+        if (!is_bound(entry) && !is_constant(entry.value))
+            by_value.emplace(entry.value.get(), &entry);
+    for (cAttrNode const *const node : nodes)
+        if (auto const found = by_value.find(node->valref().get());
+            !is_bound(*node) && found != by_value.end() && !is_bound(*found->second))
+            bind(*found->second, *node);
+}
+
+// What is the same at both ends first; then each value, from the front, where it was first. What is
+// left and has a node in common was replaced, but in sets, where a value may be written twice.
+void Matching::match_by_value(Was const &was, Nodes const &nodes, bool is_set) {
+    size_t const most = std::min(was.size(), nodes.size());
+    auto const same = [](WasEntry const &entry, cAttrNode const *node) {
+        return entry.value == node->valref();
+    };
+    size_t first = 0, last = 0;
+    while (first < most && same(was[first], nodes[first])) ++first;
+    while (last < most - first && same(was[was.size() - 1 - last], nodes[nodes.size() - 1 - last]))
+        ++last;
+    for (size_t i = 0; i < first; ++i) bind(was[i], *nodes[i]);
+    for (size_t i = last; i > 0; --i) bind(was[was.size() - i], *nodes[nodes.size() - i]);
+    std::unordered_map<cObj const *, std::vector<WasEntry const *>>
+        by_value; // the first at the end
+    for (size_t i = was.size() - last; i > first; --i)
+        by_value[was[i - 1].value.get()].push_back(&was[i - 1]);
+    std::unordered_map<std::uint32_t, cAttrNode const *> left;
+    for (size_t i = first; i < nodes.size() - last; ++i) {
+        auto const found = by_value.find(nodes[i]->valref().get());
+        if (found == by_value.end() || found->second.empty()) {
+            left.emplace(nodes[i]->anid(), nodes[i]);
+            continue;
+        }
+        bind(*found->second.back(), *nodes[i]);
+        found->second.pop_back();
+    }
+    for (size_t i = first; i < was.size() - last && !is_set; ++i)
+        if (auto const found = left.find(was[i].anid); found != left.end() && !is_bound(was[i]))
+            bind(was[i], *found->second);
+}
+
+// --- containers that took the place of others ---
+
+bool Matching::alike(objref const &was, objref const &now) const {
+    if (!was || !now || &was->type() != &now->type()) return false;
+    if (container_in(was)) return container_in(now) != nullptr;
+    return !container_in(now) && before_.text(was) == exact_text(now);
+}
+
+void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
+    objref const &now = node.valref();
+    Was const *const entries = before_.entries(was.value.get());
+    cMapObj const *const container = container_in(now);
+    if (!entries || !container || now == was.value || &now->type() != &was.value->type()) return;
+    if (before_.entries(now.get()) || places_.count(was.value.get())) return;
+    if (!instead_.emplace(now.get(), was.value).second) return;
+    Nodes const nodes = nodes_of(*container);
+    if (is_list(*now))
+        match_by_place(*entries, nodes);
+    else
+        match_by_key(*entries, nodes);
+}
+
+void Matching::match_by_key(Was const &was, Nodes const &nodes) {
+    std::unordered_map<std::string, WasEntry const *> by_key;
+    for (WasEntry const &entry : was) by_key.emplace(exact_text(entry.key), &entry);
+    for (cAttrNode const *const node : nodes)
+        if (auto const found = by_key.find(exact_text(node->key()));
+            found != by_key.end() && !is_bound(*found->second))
+            bind(*found->second, *node);
+}
+
+// What is equal at both ends; between them by position.
+void Matching::match_by_place(Was const &was, Nodes const &nodes) {
+    size_t const most = std::min(was.size(), nodes.size());
+    size_t last = 0;
+    while (last < most &&
+           alike(was[was.size() - 1 - last].value, nodes[nodes.size() - 1 - last]->valref()))
+        ++last;
+    for (size_t i = 0; i < most - last; ++i) bind(was[i], *nodes[i]);
+    for (size_t i = last; i > 0; --i) bind(was[was.size() - i], *nodes[nodes.size() - i]);
+}
+
+// --- questions ---
+
+cAttrNode const *Matching::now(std::uint32_t anid) const {
+    auto const found = nodes_.find(anid);
+    return found == nodes_.end() ? nullptr : found->second;
+}
+
+WasEntry const *Matching::was(cAttrNode const &node) const {
+    auto const found = was_.find(&node);
+    return found == was_.end() ? nullptr : found->second;
+}
+
+bool Matching::continues(objref const &now, objref const &was) const {
+    if (now == was) return true;
+    objref const *const replaced = replaced_by(now);
+    return replaced && *replaced == was;
+}
+
+objref const *Matching::replaced_by(objref const &now) const {
+    auto const found = instead_.find(now.get());
+    return found == instead_.end() ? nullptr : &found->second;
+}
+
+unsigned Matching::places(objref const &value) const {
+    auto const found = places_.find(value.get());
+    return found == places_.end() ? 0 : found->second;
+}
+
+WasEntry const *Matching::take_gone(objref const &value) {
+    auto const found = gone_.find(value.get());
+    if (found == gone_.end() || found->second.empty() || is_constant(value)) return nullptr;
+    WasEntry const *const entry = found->second.back();
+    found->second.pop_back();
+    return entry;
+}
+
+} // namespace qrv::edit

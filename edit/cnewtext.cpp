@@ -1,0 +1,406 @@
+#include "edit/cnewtext.h"
+
+#include "edit/cspelling.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/write/cwriter.h"
+
+#include <algorithm>
+
+namespace qrv::edit {
+namespace {
+
+using Where = cat::SourceComment::Where;
+
+bool is_list(objref const &value) { return value->is_vector() || value->is_set(); }
+
+bool on_one_line(objref const &value) { return cat::wformat(*value)[0] == 's'; }
+
+std::string_view brackets_of(objref const &value) {
+    return value->is_vector() ? "[]" : value->is_set() ? "<>" : "{}";
+}
+
+bool is_blank(std::string_view text) {
+    return text.find_first_not_of(" \t") == std::string_view::npos;
+}
+
+bool has_line_comment(std::string_view comments) {
+    return comments.find("//") != std::string_view::npos;
+}
+
+std::string blanks(size_t count) { return std::string(count, ' '); }
+
+} // namespace
+
+std::string NewText::all() {
+    Item const &root = plan_.root();
+    cat::SourceEntry const entry = entries_.entry(0);
+    if (root.how == Item::block && entries_.frame(0).open.empty()) { // entries without brackets
+        cat::SourceEntry whole;
+        whole.open = {0, 0};
+        whole.close.begin = static_cast<std::uint32_t>(page_.text().size());
+        return inner(root, whole);
+    }
+    return std::string(page_.text(0, entry.value.begin)) + value_here(root) +
+           std::string(page_.text(entry.value.end, page_.text().size()));
+}
+
+// --- values ---
+
+// Of an item that stays where it is.
+std::string NewText::value_here(Item const &item) {
+    if (item.how == Item::block && item.source == item.old) return block(item);
+    if (item.how == Item::as_it_was && item.source == item.old)
+        return std::string(page_.text(entries_.entry(item.old).value));
+    Layout layout = item.parent ? layout_of(*item.parent) : Layout();
+    layout.indent = page_.indent(entries_.entry(item.old).all().begin);
+    return value(item, layout);
+}
+
+// Of one that comes from elsewhere, or is new. The layout is that of the entries around it.
+std::string NewText::value(Item const &item, Layout const &layout) {
+    switch (item.how) {
+    case Item::literal:
+        return literal(item, layout);
+    case Item::fresh:
+        return fresh(item, layout);
+    case Item::reference: {
+        std::string const path = Plan::path(*item.target);
+        return "#cRef(" + (path.empty() ? "/" : path) + ")";
+    }
+    case Item::as_it_was:
+    case Item::block:
+        break;
+    }
+    cat::SourceEntry const entry = entries_.entry(item.source);
+    std::string const text =
+        item.how == Item::block ? block(item) : std::string(page_.text(entry.value));
+    return indented(text, page_.indent(entry.all().begin), layout.indent);
+}
+
+// The literal that the new one takes its style from: its own, or that of the entry next to it.
+std::string NewText::like(Item const &item) const {
+    if (item.old != none && entries_.entry(item.old).open.empty())
+        return std::string(page_.text(entries_.entry(item.old).value));
+    Item const *best = nullptr;
+    for (Item const *const other : item.parent ? item.parent->children : std::vector<Item *>()) {
+        if (other == &item && best) break;
+        if (other->old != none && other->how == Item::as_it_was &&
+            &other->value->type() == &item.value->type())
+            best = other;
+    }
+    return best ? std::string(page_.text(entries_.entry(best->old).value)) : "";
+}
+
+std::string NewText::literal(Item const &item, Layout const &layout) {
+    std::string const text = spelt(item.value, like(item));
+    return with_line_ends(indented(text, "", layout.indent), page_.eol());
+}
+
+std::string NewText::fresh(Item const &item, Layout const &layout) {
+    std::string_view const brackets = brackets_of(item.value);
+    std::string text(1, brackets[0]);
+    bool const first_in_set = item.value->is_set() && item.parent && item.parent->value->is_set();
+    if (first_in_set) text.insert(0, 1, ' ');
+    Layout inside = layout;
+    inside.lines = !on_one_line(item.value);
+    inside.indent += layout.unit;
+    inside.delimiter = is_list(item.value) ? ',' : ';';
+    inside.width = 0;
+    for (Item const *const child : item.children) {
+        bool const last = child == item.children.back();
+        if (inside.lines)
+            text += page_.eol() + inside.indent + new_entry(*child, inside, true);
+        else
+            text += new_entry(*child, inside, !last) + (last ? "" : " ");
+    }
+    if (inside.lines && !item.children.empty()) text += page_.eol() + layout.indent;
+    return text += brackets[1];
+}
+
+// --- entries ---
+
+std::string NewText::key(Item const &item, Layout const &layout) {
+    if (!item.parent || is_list(item.parent->value)) return "";
+    std::string const text = spelt(item.node->key(), "");
+    std::string separator = layout.separator;
+    if (layout.width > 0) {
+        size_t const width = std::max(text.size() + 1, layout.width);
+        separator = blanks(width - text.size()) + separator.substr(separator.find('='));
+    }
+    return text + separator;
+}
+
+std::string NewText::comments_of(Item const &item, Where where, std::string const &indent) {
+    std::string text;
+    if (item.old == none) return text;
+    for (cat::SourceComment const &comment : entries_.comments(item.old)) {
+        if (comment.where != where) continue;
+        std::string const own =
+            indented(page_.text(comment.span), page_.indent(comment.span.begin), indent);
+        if (where == Where::after)
+            text += page_.text(page_.before_blanks(comment.span.begin), comment.span.begin);
+        text += own;
+        if (where == Where::above) text += comment.own_line ? page_.eol() + indent : " ";
+    }
+    return text;
+}
+
+// Key, value, delimiter and comments; without the blanks before the first line.
+std::string NewText::new_entry(Item const &item, Layout const &layout, bool delimiter) {
+    std::string text = comments_of(item, Where::above, layout.indent);
+    bool const keeps_key = item.old != none && !entries_.entry(item.old).key.empty() &&
+                           item.parent && !is_list(item.parent->value) && layout.width == 0;
+    if (keeps_key) {
+        cat::SourceEntry const entry = entries_.entry(item.old);
+        text += spelt(item.node->key(), page_.text(entry.key));
+        text += page_.text(entry.key.end, entry.value.begin);
+    } else {
+        text += key(item, layout);
+    }
+    text += value(item, layout);
+    if (delimiter) text += layout.delimiter;
+    return text += comments_of(item, Where::after, layout.indent);
+}
+
+// --- blocks ---
+
+std::string NewText::block(Item const &item) {
+    cat::SourceEntry const entry = entries_.entry(item.source), frame = entries_.frame(item.source);
+    return std::string(page_.text(entry.value.begin, frame.open.end)) + inner(item, frame) +
+           std::string(page_.text(frame.close.begin, entry.value.end));
+}
+
+std::string NewText::inner(Item const &item, cat::SourceEntry const &frame) {
+    std::vector<Item *> const &children = item.children;
+    size_t written = 0; // entries that have a node
+    for (cat::SourceEntry const &part : entries_.inside(item.source))
+        if (entries_.anid(part.number)) ++written;
+    bool const same = written == children.size() &&
+                      std::none_of(children.begin(), children.end(),
+                                   [](Item const *child) { return child->is_new(); });
+    if (!same) return changed_inner(item, frame);
+    std::string text;
+    size_t copied = frame.open.end;
+    for (Item const *const child : children) {
+        cat::SourceEntry const entry = entries_.entry(child->old);
+        bool const renamed = child->node->anid() != entries_.anid(child->old) && !entry.key.empty();
+        if (renamed) {
+            text += page_.text(copied, entry.key.begin);
+            text += spelt(child->node->key(), page_.text(entry.key));
+            copied = entry.key.end;
+        }
+        if (child->how == Item::as_it_was && child->source == child->old) continue;
+        text += page_.text(copied, entry.value.begin);
+        text += value_here(*child);
+        copied = entry.value.end;
+    }
+    return text += page_.text(copied, frame.close.begin);
+}
+
+NewText::Parts NewText::parts_of(Item const &item) const {
+    Parts parts;
+    if (item.source == none || item.how != Item::block) return parts;
+    for (cat::SourceEntry const &entry : entries_.inside(item.source))
+        if (entries_.anid(entry.number))
+            parts.push_back({entry, extent_of(page_, entry, entries_.comments(entry.number))});
+    return parts;
+}
+
+// Writes a block of which entries were removed, or to which some came.
+class NewText::BlockWriter {
+  public:
+    BlockWriter(NewText &text, Item const &item, cat::SourceEntry const &frame)
+        : text_(text), page_(text.page_), item_(item), frame_(frame), parts_(text.parts_of(item)),
+          layout_(text.layout_of(item, parts_)), copied_(frame.open.end) {}
+
+    std::string run() {
+        std::vector<Item *> const &children = item_.children;
+        for (size_t i = 0; i < children.size(); ++i) {
+            Item const *const next = i + 1 < children.size() ? children[i + 1] : nullptr;
+            if (children[i]->is_new())
+                insert(*children[i], next);
+            else
+                keep(*children[i], next);
+        }
+        remove_up_to(parts_.size());
+        copy_to(frame_.close.begin);
+        return std::move(out_);
+    }
+
+  private:
+    void copy_to(size_t offset) {
+        if (offset <= copied_) return;
+        out_ += page_.text(copied_, offset);
+        copied_ = offset;
+    }
+
+    // Takes away the parts before that one, from the first that is neither kept nor gone.
+    void remove_up_to(size_t end) {
+        for (; next_ < end; ++next_) {
+            Extent const &extent = parts_[next_].extent;
+            bool const last_on_line = page_.ends_line(extent.tail);
+            bool const last = next_ + 1 == parts_.size();
+            if (extent.whole_lines || !(last_on_line || last)) {
+                copy_to(extent.begin);
+                copied_ = std::max(copied_, extent.whole_lines ? extent.end
+                                                               : page_.after_blanks(extent.tail));
+            } else {
+                copy_to(page_.before_blanks(extent.begin));
+                copied_ = std::max(copied_, extent.tail);
+            }
+        }
+    }
+
+    size_t part_of(Item const &item) const {
+        size_t part = next_;
+        while (part < parts_.size() && parts_[part].entry.number != item.old) ++part;
+        return part;
+    }
+
+    void keep(Item const &item, Item const *next) {
+        size_t const part = part_of(item);
+        remove_up_to(part);
+        cat::SourceEntry const &entry = parts_[part].entry;
+        if (!entry.key.empty() && item.node->anid() != text_.entries_.anid(item.old)) {
+            copy_to(entry.key.begin);
+            out_ += spelt(item.node->key(), page_.text(entry.key));
+            copied_ = entry.key.end;
+        }
+        copy_to(entry.value.begin);
+        out_ += text_.value_here(item);
+        copied_ = entry.value.end;
+        bool const was_last = part + 1 == parts_.size();
+        if (next && next->is_new() && entry.delimiter.empty()) {
+            out_ += layout_.delimiter;
+        } else if (!next && !was_last && parts_.back().entry.delimiter.empty() &&
+                   !entry.delimiter.empty()) {
+            copy_to(entry.delimiter.begin);
+            copied_ = entry.delimiter.end;
+        }
+        last_kept_ = &parts_[part];
+        next_ = part + 1;
+    }
+
+    void insert(Item const &item, Item const *next) {
+        bool const delimiter = next || layout_.ended;
+        std::string const text = text_.new_entry(item, layout_, delimiter);
+        if (last_kept_)
+            insert_after(last_kept_->extent, text);
+        else if (Item const *const kept = first_kept())
+            insert_before(part_of(*kept), text);
+        else
+            insert_alone(text);
+    }
+
+    Item const *first_kept() const {
+        for (Item const *const child : item_.children)
+            if (!child->is_new()) return child;
+        return nullptr;
+    }
+
+    void insert_after(Extent const &extent, std::string const &text) {
+        if (page_.ends_line(extent.tail)) {
+            copy_to(page_.line_end(extent.tail));
+            if (!out_.empty() && out_.back() != '\n') out_ += page_.eol();
+            out_ += layout_.indent + text + page_.eol();
+        } else {
+            copy_to(extent.tail);
+            inline_text(text, true);
+        }
+    }
+
+    void insert_before(size_t part, std::string const &text) {
+        remove_up_to(part);
+        Extent const &extent = parts_[part].extent;
+        copy_to(extent.begin);
+        if (extent.whole_lines)
+            out_ += layout_.indent + text + page_.eol();
+        else
+            out_ += text + " ";
+    }
+
+    // Into a block that has no other entry.
+    void insert_alone(std::string const &text) {
+        remove_up_to(parts_.size());
+        size_t const close = frame_.close.begin;
+        if (page_.begins_line(close) && page_.line_begin(close) > frame_.open.end) {
+            copy_to(page_.line_begin(close));
+            out_ += layout_.indent + text + page_.eol();
+        } else {
+            if (copied_ == frame_.open.end && is_blank(page_.text(copied_, close))) copied_ = close;
+            copy_to(page_.before_blanks(close));
+            inline_text(text, alone_);
+        }
+        alone_ = true;
+    }
+
+    // A line comment needs the end of a line after it.
+    void inline_text(std::string const &text, bool blank) {
+        if (has_line_comment(text.substr(std::min(text.size(), text.rfind('\n') + 1))))
+            out_ += page_.eol() + layout_.indent + text + page_.eol() + layout_.indent;
+        else
+            out_ += (blank ? " " : "") + text;
+    }
+
+    NewText &text_;
+    Page const &page_;
+    Item const &item_;
+    cat::SourceEntry const &frame_;
+    Parts const parts_;
+    Layout const layout_;
+    size_t copied_;   // of the old text
+    size_t next_ = 0; // the first part that was not looked at
+    Part const *last_kept_ = nullptr;
+    bool alone_ = false; // has an entry been put where there was none?
+    std::string out_;
+};
+
+std::string NewText::changed_inner(Item const &item, cat::SourceEntry const &frame) {
+    return BlockWriter(*this, item, frame).run();
+}
+
+// --- layout ---
+
+Layout NewText::layout_of(Item const &item) const { return layout_of(item, parts_of(item)); }
+
+Layout NewText::layout_of(Item const &item, Parts const &parts) const {
+    Layout layout = item.parent ? layout_of(*item.parent) : Layout();
+    layout.delimiter = is_list(item.value) ? ',' : ';';
+    layout.width = 0;
+    if (item.how != Item::block) return layout;
+    cat::SourceEntry const frame = entries_.frame(item.source);
+    std::string const outer(page_.indent(frame.open.empty() ? 0 : frame.open.begin));
+    if (parts.empty()) {
+        size_t const close = frame.close.begin;
+        layout.lines = page_.begins_line(close) && page_.line_begin(close) > frame.open.end;
+        layout.indent = outer + layout.unit;
+        layout.ended = layout.lines;
+        return layout;
+    }
+    Part const *sample = nullptr; // the last one that begins a line, or else the last
+    for (Part const &part : parts)
+        if (page_.begins_line(part.extent.core)) sample = &part;
+    layout.lines = sample != nullptr;
+    if (!sample) sample = &parts.back();
+    layout.indent = page_.indent(sample->extent.core);
+    if (layout.lines && layout.indent.size() > outer.size() && layout.indent.starts_with(outer))
+        layout.unit = layout.indent.substr(outer.size());
+    for (Part const &part : parts)
+        if (!part.entry.delimiter.empty()) layout.delimiter = page_.text(part.entry.delimiter)[0];
+    layout.ended = !parts.back().entry.delimiter.empty();
+    if (sample->entry.key.empty() || sample->entry.separator.empty()) return layout;
+    cat::SourceEntry const &entry = sample->entry;
+    std::string_view const before = page_.text(entry.key.end, entry.separator.begin);
+    std::string_view const after = page_.text(entry.separator.end, entry.value.begin);
+    layout.separator =
+        std::string(before.empty() ? "" : " ") + '=' + std::string(is_blank(after) ? after : " ");
+    for (Part const &part : parts) // where keys of several lengths have their "=" below each other
+        if (page_.begins_line(part.extent.core) && !part.entry.key.empty() &&
+            part.entry.key.size() != entry.key.size() &&
+            part.entry.separator.begin - part.entry.key.begin ==
+                entry.separator.begin - entry.key.begin)
+            layout.width = entry.separator.begin - entry.key.begin;
+    return layout;
+}
+
+} // namespace qrv::edit

@@ -1,0 +1,421 @@
+#include "edit/cplan.h"
+
+// Items are settled in the order of the new text, so that a value is written where it is met first.
+// A path in the text may only lead over values that are written on it, since that is how the
+// reader follows it: an item's own parents are such.
+
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/write/cwriter.h"
+
+#include <algorithm>
+
+namespace qrv::edit {
+
+// --- the entries of the text ---
+
+Entries::Entries(cat::SourceMap const &map) : map_(map) {
+    anids_.reserve(map.size());
+    for (size_t i = 0; i < map.size(); ++i) {
+        anids_.push_back(map.entry(i).anid);
+        if (!anids_.back()) continue;
+        any_comes_again_ |= numbers_.count(anids_.back()) > 0;
+        numbers_.emplace(anids_.back(), i);
+    }
+}
+
+bool Entries::comes_again(size_t number) const { return numbers_.count(anids_[number]) > 1; }
+
+std::vector<size_t> Entries::of(std::uint32_t anid) const {
+    std::vector<size_t> found;
+    auto const [first, last] = numbers_.equal_range(anid);
+    for (auto it = first; it != last; ++it) found.push_back(it->second);
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+cat::SourceEntry Entries::frame(size_t number) const {
+    std::vector<cat::SourceEntry> const parts = map_.inside(number);
+    bool const whole = parts.size() == 1 && anids_[parts[0].number] == 0 && parts[0].key.empty() &&
+                       !parts[0].open.empty();
+    return whole ? frame(parts[0].number) : entry(number);
+}
+
+std::vector<cat::SourceEntry> Entries::inside(size_t number) const {
+    return map_.inside(frame(number).number);
+}
+
+// --- items ---
+
+namespace {
+
+bool is_list(cObj const &container) { return container.is_vector() || container.is_set(); }
+
+// Can it be written anew with brackets of its own kind?
+bool has_plain_brackets(cObj const &container) { return container.is_map() || is_list(container); }
+
+// The places in a list of numbers that form a longest rising row.
+std::vector<bool> rising(std::vector<size_t> const &numbers) {
+    std::vector<size_t> last; // of rows of each length, their places
+    std::vector<size_t> before(numbers.size(), none);
+    for (size_t i = 0; i < numbers.size(); ++i) {
+        auto const at = std::lower_bound(last.begin(), last.end(), numbers[i],
+                                         [&](size_t a, size_t b) { return numbers[a] < b; });
+        if (at != last.begin()) before[i] = *(at - 1);
+        if (at == last.end())
+            last.push_back(i);
+        else
+            *at = i;
+    }
+    std::vector<bool> in_row(numbers.size());
+    for (size_t i = last.empty() ? none : last.back(); i != none; i = before[i]) in_row[i] = true;
+    return in_row;
+}
+
+} // namespace
+
+Plan::Plan(std::string_view text, Entries const &entries, Snapshot const &before,
+           objref const &root)
+    : text_(text), entries_(entries), before_(before), root_(root), matching_(before, root) {
+    settle(add(nullptr, {0, nullptr, 0, false}, root));
+}
+
+std::string Plan::path(Item const &item) {
+    if (!item.parent) return "";
+    bool const list = is_list(*item.parent->value);
+    return path(*item.parent) + '/' +
+           (list ? std::to_string(item.position) : exact_text(item.node->key()));
+}
+
+Item &Plan::add(Item *parent, Slot const &slot, objref const &value) {
+    Item &item = items_.emplace_back();
+    item.parent = parent;
+    item.node = slot.node;
+    item.value = value;
+    item.position = slot.position;
+    item.old = slot.old;
+    item.moved = slot.moved;
+    if (!parent) return item;
+    // In a set, what is written twice counts twice.
+    if (parent->value->is_set()) item.position = parent->children.size();
+    parent->children.push_back(&item);
+    return item;
+}
+
+void Plan::settle(Item &item) {
+    objref const was = item.old == none ? objref()
+                       : item.old == 0  ? root_
+                                        : before_.value(entries_.anid(item.old));
+    bool const in_place = item.old != none && !entries_.entry(item.old).reference &&
+                          matching_.continues(item.value, was);
+    if (item.old != none && !item.moved && is_merged(item, in_place)) {
+        item.source = item.old;
+        item.how = Item::as_it_was;
+        return;
+    }
+    bool const shared = matching_.places(item.value) > 1 && !is_constant(item.value);
+    if ((shared || container_in(item.value)) && settle_shared(item, in_place)) return;
+    if (in_place)
+        settle_here(item, was);
+    else
+        settle_from_elsewhere(item, was);
+    if (item.node) passed_.insert(item.node);
+}
+
+// Do the brackets there hold entries of that container? A key that came again may have had a value
+// of another kind before.
+bool Plan::is_block_of(size_t number, objref const &container) const {
+    cat::SourceEntry const frame = entries_.frame(number);
+    if (frame.open.empty()) return false;
+    char const bracket = text_[frame.open.begin];
+    return container->is_map()      ? bracket == '{' || bracket == '('
+           : container->is_vector() ? bracket == '[' || bracket == '('
+           : container->is_set()    ? bracket == '<' || bracket == '('
+                                    : true;
+}
+
+// Does its key come again, and did it get another value there, or more entries from a reference?
+bool Plan::is_merged(Item const &item, bool in_place) const {
+    if (!item.node || item.parent->value->is_set() || !entries_.comes_again(item.old)) return false;
+    if (!container_in(item.value)) return entries_.of(entries_.anid(item.old)).back() != item.old;
+    if (in_place) return !is_block_of(item.old, item.value);
+    return entries_.entry(item.old).reference &&
+           matching_.continues(item.value, before_.value(entries_.anid(item.old)));
+}
+
+// True if the value has been written before.
+bool Plan::settle_shared(Item &item, bool in_place) {
+    auto const [known, fresh] = written_.emplace(item.value.get(), &item);
+    if (fresh) return false;
+    if (in_place && !item.moved && entries_.comes_again(item.old)) return false; // one more block
+    bool const refers = item.old != none && entries_.entry(item.old).reference;
+    item.how = Item::reference;
+    item.target = known->second;
+    if (refers && path_holds(item.old, item.value)) {
+        item.how = Item::as_it_was;
+        item.source = item.old;
+    }
+    if (item.node) passed_.insert(item.node);
+    return true;
+}
+
+void Plan::settle_here(Item &item, objref const &was) {
+    item.source = item.old;
+    item.how = Item::as_it_was;
+    if (container_in(item.value)) {
+        item.how = Item::block;
+        return add_children(item, item.moved || !entries_.any_comes_again()
+                                      ? std::vector<size_t>{item.old}
+                                      : definitions(item.value));
+    }
+    bool const last = item.old == 0 || item.parent->value->is_set() ||
+                      entries_.of(entries_.anid(item.old)).back() == item.old;
+    if (last && before_.text(was) != exact_text(item.value)) item.how = Item::literal;
+}
+
+void Plan::settle_from_elsewhere(Item &item, objref const &was) {
+    if (is_constant(item.value) && item.value == was && path_holds(item.old, item.value)) {
+        item.source = item.old;
+        item.how = Item::as_it_was;
+        return;
+    }
+    std::vector<size_t> const &found = definitions(item.value);
+    if (found.empty() && was == item.value && was &&
+        !is_constant(was)) { // written where its key came again
+        item.source = item.old;
+        item.how = Item::as_it_was;
+        return;
+    }
+    item.source = found.empty() ? none : found.back();
+    if (container_in(item.value)) {
+        item.how = item.source == none ? Item::fresh : Item::block;
+        if (item.how == Item::block) return add_children(item, {item.source});
+        if (has_plain_brackets(*item.value)) return add_fresh_children(item);
+        item.how = Item::literal;
+        return;
+    }
+    if (item.source == none && was && &was->type() == &item.value->type() &&
+        !entries_.entry(item.old).reference)
+        item.source = item.old; // replaced by an equal one, perhaps
+    bool const same =
+        item.source != none &&
+        (is_constant(item.value) || is_constant(was)
+             ? item.value == was
+             : before_.text(item.source == item.old ? was : item.value) == exact_text(item.value));
+    item.how = same ? Item::as_it_was : Item::literal;
+}
+
+// The entries in which a value was written before the change, in file order.
+std::vector<size_t> const &Plan::definitions(objref const &value) {
+    static std::vector<size_t> const nowhere;
+    if (!std::exchange(searched_, true)) search_definitions();
+    auto const found = definitions_.find(value.get());
+    if (is_constant(value) || found == definitions_.end()) {
+        auto const *const was = matching_.replaced_by(value);
+        return was ? definitions(*was) : nowhere;
+    }
+    return found->second;
+}
+
+// Is this where a value has its text? Of a key that comes again the last entry has it, in a set the
+// first one, and a container has several.
+bool Plan::writes(size_t number, objref const &value) const {
+    if (!entries_.comes_again(number)) return true;
+    size_t const parent = entries_.entry(number).parent;
+    objref const &holder = parent == 0 ? root_ : before_.value(entries_.anid(parent));
+    std::vector<size_t> const all = entries_.of(entries_.anid(number));
+    if (holder && holder->is_set()) return all.front() == number;
+    return container_in(value) ? is_block_of(number, value) : all.back() == number;
+}
+
+void Plan::search_definitions() {
+    definitions_[root_.get()] = {0};
+    for (size_t number = 1; number < entries_.size(); ++number) {
+        objref const &value = before_.value(entries_.anid(number));
+        if (!value || entries_.entry(number).reference) continue;
+        if (writes(number, value)) definitions_[value.get()].push_back(number);
+    }
+}
+
+void Plan::add_children(Item &item, std::vector<size_t> const &blocks) {
+    if (!arranged_.count(item.source)) arrange(*container_in(item.value), blocks);
+    Slots const slots = std::move(arranged_[item.source]);
+    for (Slot const &slot : slots)
+        if (!add_repeated(item, slot)) settle(add(&item, slot, slot.node->valref()));
+}
+
+// A value that is written again in a set has no effect there. It stays where the first one did not
+// change, or else it would have an effect.
+bool Plan::add_repeated(Item &item, Slot const &slot) {
+    if (!item.value->is_set() || slot.moved || !entries_.comes_again(slot.old)) return false;
+    auto const first = std::find_if(item.children.begin(), item.children.end(),
+                                    [&](Item const *child) { return child->node == slot.node; });
+    if (first == item.children.end()) return false;
+    if (!is_unchanged(**first)) return true;
+    if (entries_.entry(slot.old).reference) {
+        cAttrNode const *const node = path_end(slot.old);
+        if (!node || !node->valref()->equal(slot.node->valref())) return true; // RUNS USER CODE
+    }
+    Item &again = add(&item, slot, slot.node->valref());
+    again.source = slot.old;
+    again.how = Item::as_it_was;
+    return true;
+}
+
+bool Plan::is_unchanged(Item const &item) const {
+    if (item.is_new() || item.source != item.old) return false;
+    if (item.how != Item::block) return item.how == Item::as_it_was;
+    std::vector<cat::SourceEntry> const parts = entries_.inside(item.old);
+    return std::all_of(item.children.begin(), item.children.end(),
+                       [&](Item const *child) { return is_unchanged(*child); }) &&
+           std::count_if(parts.begin(), parts.end(), [&](cat::SourceEntry const &part) {
+               return entries_.anid(part.number) != 0;
+           }) == static_cast<std::ptrdiff_t>(item.children.size());
+}
+
+void Plan::add_fresh_children(Item &item) {
+    for (Slot &slot : slots_of(*container_in(item.value)))
+        settle(add(&item, slot, slot.node->valref()));
+}
+
+// A default that no text gave, and that is as it was.
+bool Plan::is_unwritten(WasEntry const &was, cAttrNode const &node) const {
+    return was.value == node.valref() && (container_in(was.value) || is_constant(was.value) ||
+                                          before_.text(was.value) == exact_text(was.value));
+}
+
+// The entries of a container as they are to be in the text; `old` is the first of those in it.
+Plan::Slots Plan::slots_of(cMapObj const &container) {
+    Slots slots;
+    cAttrHash const &hash = container.datamap();
+    size_t position = 0;
+    for (cAttrNode const *node = hash.first(); node; node = hash.next(node), ++position) {
+        WasEntry const *was = matching_.was(*node);
+        std::vector<size_t> numbers = was ? entries_.of(was->anid) : std::vector<size_t>();
+        if (was && numbers.empty() && is_unwritten(*was, *node)) continue;
+        bool const gone = !was && (was = matching_.take_gone(node->valref()));
+        if (gone) numbers = entries_.of(was->anid);
+        slots.push_back({numbers.empty() ? none
+                         : gone          ? numbers.back()
+                                         : numbers.front(),
+                         node, position, true});
+    }
+    return slots;
+}
+
+// Entries that keep their order stay where they are; all others, and new ones, come after the one
+// before them, at the front before the first that stays, or at the end of the last block.
+void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) {
+    Slots wanted = slots_of(container);
+    std::unordered_map<std::uint32_t, std::vector<std::pair<size_t, size_t>>>
+        places; // block, number
+    for (size_t const block : blocks)
+        for (cat::SourceEntry const &entry : entries_.inside(block))
+            places[entries_.anid(entry.number)].emplace_back(block, entry.number);
+    auto const places_of = [&](Slot const &slot) {
+        auto const found = slot.old == none ? places.end() : places.find(entries_.anid(slot.old));
+        return found == places.end() ? nullptr : &found->second;
+    };
+    std::vector<size_t> numbers, candidates;
+    for (size_t i = 0; i < wanted.size(); ++i)
+        if (auto const *const found = places_of(wanted[i])) {
+            numbers.push_back(found->front().second);
+            candidates.push_back(i);
+        }
+    std::vector<bool> const stays = rising(numbers);
+    for (size_t i = 0; i < candidates.size(); ++i) wanted[candidates[i]].moved = !stays[i];
+
+    std::unordered_map<size_t, Slots> after; // what comes after an entry that stays
+    Slots front, *run = &front;
+    std::unordered_map<std::uint32_t, Slot const *> staying;
+    for (Slot const &slot : wanted)
+        if (slot.moved) {
+            run->push_back(slot);
+            if (auto const *const found = places_of(slot)) run->back().old = found->back().second;
+        } else {
+            staying.emplace(entries_.anid(slot.old), &slot);
+            run = &after[slot.old];
+        }
+    Slots at_end;
+    if (run != &front) at_end.swap(*run);
+    for (size_t const block : blocks) {
+        Slots &slots = arranged_[block];
+        for (cat::SourceEntry const &entry : entries_.inside(block)) {
+            auto const stay = staying.find(entries_.anid(entry.number));
+            if (stay == staying.end()) continue;
+            slots.insert(slots.end(), front.begin(), front.end());
+            front.clear();
+            slots.push_back(*stay->second);
+            slots.back().old = entry.number;
+            Slots const &more = after[entry.number];
+            slots.insert(slots.end(), more.begin(), more.end());
+        }
+    }
+    Slots &last = arranged_[blocks.back()];
+    last.insert(last.end(), front.begin(), front.end());
+    last.insert(last.end(), at_end.begin(), at_end.end());
+}
+
+// --- references ---
+
+namespace {
+
+// The keys of a path in a text; empty if it is more than keys and slashes.
+std::vector<std::string> keys_of(std::string_view path) {
+    std::vector<std::string> keys;
+    size_t const first = path.find_first_not_of(" /");
+    if (first == std::string_view::npos) return keys;
+    path.remove_prefix(first);
+    for (size_t at = 0; at < path.size(); ++at) {
+        size_t const begin = at;
+        char const quote = path[at] == '"' || path[at] == '\'' ? path[at++] : '\0';
+        for (; at < path.size() && path[at] != (quote ? quote : '/'); ++at)
+            if (quote && path[at] == '\\') ++at;
+        if (quote) ++at;
+        if (at < path.size() && path[at] != '/') return {};
+        keys.emplace_back(path.substr(begin, at - begin));
+    }
+    return keys;
+}
+
+} // namespace
+
+// The node with that key in a container that is being written.
+cAttrNode const *Plan::node_at(Item const &item, std::string const &key) const {
+    objref value;
+    if (cObj::readobj(key.c_str(), value) != 0 || !value) return nullptr;
+    cAttrHash const &hash = container_in(item.value)->datamap();
+    if (!is_list(*item.value)) return hash.find(value);
+    int const index = cat::as_index(value);
+    if (index < 0) return nullptr;
+    if (item.value->is_vector()) return hash.findpos(static_cast<unsigned>(index));
+    size_t const place = static_cast<size_t>(index);
+    return place < item.children.size() ? item.children[place]->node : nullptr;
+}
+
+// Does the path of that reference, as it is written, still lead to the value?
+bool Plan::path_holds(size_t reference, objref const &value) const {
+    cAttrNode const *const node = path_end(reference);
+    return node && node->valref() == value && passed_.count(node) > 0;
+}
+
+// The node to which the path of that reference leads now; null if it leads nowhere.
+cAttrNode const *Plan::path_end(size_t reference) const {
+    cat::Span const span = entries_.entry(reference).value;
+    std::string_view const text = text_.substr(span.begin, span.size());
+    size_t const open = text.find('('), close = text.rfind(')');
+    if (open == std::string_view::npos || close == std::string_view::npos) return nullptr;
+    cMapObj const *container = container_in(root_);
+    cAttrNode const *node = nullptr;
+    for (std::string const &key : keys_of(text.substr(open + 1, close - open - 1))) {
+        if (!container) return nullptr;
+        auto const written = written_.find(container);
+        if (written == written_.end() || written->second->node != node) return nullptr;
+        node = node_at(*written->second, key);
+        if (!node) return nullptr;
+        container = container_in(node->valref());
+    }
+    return node;
+}
+
+} // namespace qrv::edit

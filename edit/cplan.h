@@ -1,0 +1,120 @@
+#pragma once
+// What the new text consists of, entry by entry in its order, and where the bytes of each come
+// from. A value that several places share is written at the first of them; the others refer to it.
+//
+// A container is written in one block of the text, or in several where its key is repeated.
+
+#include "edit/cmatching.h"
+#include "qrv/text/read/csourcemap.h"
+
+#include <cstddef>
+#include <deque>
+#include <string_view>
+
+namespace qrv::edit {
+
+constexpr size_t none = cat::SourceEntry::none;
+
+// The entries of the text by number, with the anid that they had before the change.
+class Entries {
+  public:
+    explicit Entries(cat::SourceMap const &map);
+
+    cat::SourceEntry entry(size_t number) const { return map_.entry(number); }
+    std::uint32_t anid(size_t number) const { return anids_[number]; }
+    size_t size() const { return anids_.size(); }
+    // Is its key repeated, or the value of a set? Is that of any entry?
+    bool comes_again(size_t number) const;
+    bool any_comes_again() const { return any_comes_again_; }
+    // All that are written for a node, in file order.
+    std::vector<size_t> of(std::uint32_t anid) const;
+    // The brackets that hold the entries of the value written there: its own, or those of the one
+    // whole value between them.
+    cat::SourceEntry frame(size_t number) const;
+    std::vector<cat::SourceEntry> inside(size_t number) const;
+    std::vector<cat::SourceComment> comments(size_t number) const { return map_.comments(number); }
+
+  private:
+    cat::SourceMap const &map_;
+    std::vector<std::uint32_t> anids_;
+    std::unordered_multimap<std::uint32_t, size_t> numbers_;
+    bool any_comes_again_ = false;
+};
+
+struct Item {
+    enum How : unsigned char {
+        as_it_was, // the value's text at `source`
+        literal,   // new text without parts
+        block,     // a container: the brackets at `source`, with the children
+        fresh,     // a container with new brackets
+        reference  // #cRef(the path of `target`)
+    };
+
+    Item *parent = nullptr;
+    cAttrNode const *node = nullptr; // null for the outermost value
+    objref value;
+    size_t position = 0; // in its container
+    size_t old = none;   // the entry that it was
+    bool moved = false;  // `old` is at another place of the text
+    size_t source = none;
+    How how = literal;
+    Item const *target = nullptr;
+    std::vector<Item *> children; // of this block
+
+    bool is_new() const { return old == none || moved; }
+};
+
+class Plan {
+  public:
+    // Borrows all of them; `root` is the changed tree.
+    Plan(std::string_view text, Entries const &entries, Snapshot const &before, objref const &root);
+
+    Item const &root() const { return items_.front(); }
+    Snapshot const &before() const { return before_; }
+    // Of an item in the text, with a slash before each key.
+    static std::string path(Item const &item);
+
+  private:
+    struct Slot {
+        size_t old = none;
+        cAttrNode const *node = nullptr;
+        size_t position = 0;
+        bool moved = false;
+    };
+    using Slots = std::vector<Slot>;
+
+    Item &add(Item *parent, Slot const &slot, objref const &value);
+    void settle(Item &item);
+    void settle_here(Item &item, objref const &was);
+    void settle_from_elsewhere(Item &item, objref const &was);
+    bool is_block_of(size_t number, objref const &container) const;
+    bool is_merged(Item const &item, bool in_place) const;
+    bool settle_shared(Item &item, bool in_place);
+    void add_children(Item &item, std::vector<size_t> const &blocks);
+    bool add_repeated(Item &item, Slot const &slot);
+    bool is_unchanged(Item const &item) const;
+    void add_fresh_children(Item &item);
+    void arrange(cMapObj const &container, std::vector<size_t> const &blocks);
+    Slots slots_of(cMapObj const &container);
+    bool is_unwritten(WasEntry const &was, cAttrNode const &node) const;
+    std::vector<size_t> const &definitions(objref const &value);
+    void search_definitions();
+    bool writes(size_t number, objref const &value) const;
+    cAttrNode const *node_at(Item const &item, std::string const &key) const;
+    cAttrNode const *path_end(size_t reference) const;
+    bool path_holds(size_t reference, objref const &value) const;
+
+    std::string_view text_;
+    Entries const &entries_;
+    Snapshot const &before_;
+    objref root_;
+    Matching matching_;
+    std::deque<Item> items_;
+    std::unordered_map<cObj const *, Item *> written_; // containers and shared values
+    std::unordered_set<cAttrNode const *> passed_;     // nodes of the items so far
+    std::unordered_map<size_t, Slots> arranged_;       // by block
+    std::unordered_map<cObj const *, std::vector<size_t>> definitions_;
+    bool searched_ = false; // definitions_ is filled
+};
+
+} // namespace qrv::edit

@@ -1,0 +1,21 @@
+#pragma once
+// How a scalar is spelt in a file that a person wrote: like the literal whose place it takes, as
+// far as the value allows. A number keeps its sign, base, width, suffix and digits after the point;
+// a string keeps its quotes, or their absence. What comes out always reads back as the value.
+
+#include "qrv/core/cobj.h"
+
+#include <string>
+#include <string_view>
+
+namespace qrv::edit {
+
+// The literal for a value; `like` is the literal that was there, or that of a neighbour; empty for
+// none. Values that are no literal have their exact written form, which is empty where there is
+// none: infinity, for one.
+std::string spelt(objref const &value, std::string_view like);
+
+// Is this text a word that reads as a string without quotes?
+bool is_word(std::string_view text);
+
+} // namespace qrv::edit

@@ -1,0 +1,36 @@
+#pragma once
+// Edits of a text that a person wrote. A program reads the text while a cat::SourceMap lives,
+// changes the tree by any function of the library, and gets the text back with only those bytes
+// replaced that the change asks for. Comments, blank lines, alignment and the spelling of all other
+// values stay as they are, byte for byte.
+//
+//   cat::SourceMap map;
+//   objref root;
+//   ... read `text` into root ...
+//   text = qrv::edit::apply(text, map, root, [&] { root->setattrp("bus/baud = 9600", true); });
+
+#include "qrv/core/cobj.h"
+#include "qrv/text/read/csourcemap.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace qrv::edit {
+
+// Calls `change`, which may do anything to the tree below `root` but replace the root object, and
+// returns the text that reads as the changed tree. `text` is the one that root was read from while
+// `map` lived; all three are borrowed. What `change` throws is passed on.
+//
+//   changed literals   are spelt like the literal that was there, where the value allows it
+//   new entries        take layout, separator and delimiter of their neighbours
+//   removed entries    take the comments with them that belong to them
+//   moved entries      bring their comments
+//   shared values      are written where the text comes to them first; `#cRef` paths are mended
+//
+// What has no text, such as infinity, is left out: read the result again and compare before you
+// store it. RUNS USER CODE.   O(size of text and tree)
+QRV_API std::string apply(std::string_view text, cat::SourceMap const &map, objref const &root,
+                          std::function<void()> const &change);
+
+} // namespace qrv::edit

@@ -1,0 +1,223 @@
+// A change of the tree, and the text that follows from it.
+
+#include "qrv/edit/cedit.h"
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
+#include "tests/support/fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+// A text with its tree and map, as an editor has them.
+class Text {
+  public:
+    explicit Text(std::string text) : text_(std::move(text)), in_(text_) {
+        if (cObj::readobj(in_, root_) != 0) root_ = objref();
+    }
+
+    cObj &root() { return *root_; }
+    std::string apply(std::function<void(cObj &)> const &change) {
+        return qrv::edit::apply(text_, map_, root_, [&] { change(*root_); });
+    }
+    std::string written() const {
+        cat::ExactText const exact;
+        return cat::as_text(root_);
+    }
+
+  private:
+    std::string text_;
+    std::istringstream in_;
+    cat::SourceMap map_;
+    objref root_;
+};
+
+std::string tree_of(std::string const &text) {
+    objref value;
+    if (cObj::readobj(text.c_str(), value) != 0) return "unreadable";
+    cat::ExactText const exact;
+    return cat::as_text(value);
+}
+
+class Edit : public QrvTest {
+  protected:
+    static void SetUpTestSuite() { cat::find_type("intf"); } // made when it is first named
+
+    // The text after a change, which must read as the changed tree.
+    static std::string after(std::string const &text, std::function<void(cObj &)> const &change) {
+        Text edited(text);
+        std::string const result = edited.apply(change);
+        EXPECT_EQ(tree_of(result), edited.written()) << result;
+        return result;
+    }
+    static std::string set(std::string const &text, std::string const &statements) {
+        return after(
+            text, [&](cObj &root) { EXPECT_TRUE(root.setattrp(statements, true)) << statements; });
+    }
+    static std::string remove(std::string const &text, std::string const &path) {
+        return after(text, [&](cObj &root) {
+            EXPECT_TRUE(root.setattrp(path + " &=", objref(), false)) << path;
+        });
+    }
+};
+
+std::string const bus = R"(// The bus.
+
+{
+    // How it is wired
+    kind   = rs485;        // two wires
+    baud   = 9600;         // was 4800
+
+    /* timing */
+    retry  = { count = 3; wait = 0.250 };   // seconds
+    list   = [ 1, 2,   // two
+               0x03 ];
+}
+// the end
+)";
+
+std::string with(std::string text, std::string const &from, std::string const &to) {
+    size_t const at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return text.replace(at, from.size(), to);
+}
+
+TEST_F(Edit, a_change_that_changes_nothing_leaves_every_byte) {
+    EXPECT_EQ(set(bus, "baud = 9600"), bus);
+    EXPECT_EQ(set(bus, "baud &= 9600"), bus);
+    EXPECT_EQ(set(bus, "retry &= {count=3; wait=.25}"), bus);
+}
+
+TEST_F(Edit, a_scalar_changes_its_own_bytes) {
+    EXPECT_EQ(set(bus, "baud = 19200"), with(bus, "9600;", "19200;"));
+    EXPECT_EQ(set(bus, "baud &= 19200"), with(bus, "9600;", "19200;"));
+    EXPECT_EQ(set(bus, "kind = can"), with(bus, "rs485", "can"));
+    EXPECT_EQ(set(bus, "kind = 'two words'"), with(bus, "rs485", "\"two words\""));
+    EXPECT_EQ(set(bus, "retry/wait = .5"), with(bus, "0.250", "0.500"));
+    EXPECT_EQ(set(bus, "list/2 = 255"), with(bus, "0x03", "0xff"));
+    EXPECT_EQ(set(bus, "kind &= #nil"), with(bus, "rs485", "#nil"));
+    EXPECT_EQ(after("5 // five\n", [](cObj &root) { root.assign(cat::of(6)); }), "6 // five\n");
+}
+
+TEST_F(Edit, a_scalar_becomes_a_container_and_back) {
+    EXPECT_EQ(set(bus, "kind &= {a=1; b=[2]}"), with(bus, "rs485", "{a = 1; b = [2]}"));
+    EXPECT_EQ(set(bus, "list &= 7"), with(bus, "[ 1, 2,   // two\n               0x03 ]", "7"));
+}
+
+TEST_F(Edit, a_new_key_is_laid_out_like_the_one_before_it) {
+    EXPECT_EQ(set(bus, "parity = even"), with(bus, "0x03 ];\n", "0x03 ];\n    parity = even;\n"));
+    EXPECT_EQ(set(bus, "x = 1"), with(bus, "0x03 ];\n", "0x03 ];\n    x      = 1;\n"));
+    EXPECT_EQ(set(bus, "retry/max = 9"), with(bus, "0.250 }", "0.250; max = 9 }"));
+    EXPECT_EQ(set(bus, "list << 4"), with(bus, "0x03 ]", "0x03, 0x04 ]"));
+    EXPECT_EQ(set("{}", "a = 1"), "{a = 1}");
+    EXPECT_EQ(set("{ }", "a = 1; b = 2"), "{a = 1; b = 2}");
+    EXPECT_EQ(set("{\n  // nothing\n}\n", "a = 1; b = 2"),
+              "{\n  // nothing\n    a = 1;\n    b = 2;\n}\n");
+    EXPECT_EQ(set("{a= {x= 1;};}", "a/y = 2"), "{a= {x= 1; y= 2;};}");
+    EXPECT_EQ(set("{\n\ta=1;\n}", "b = 2"), "{\n\ta=1;\n\tb=2;\n}");
+    EXPECT_EQ(set("{\r\n  a = 1; // one\r\n}\r\n", "b = 2"),
+              "{\r\n  a = 1; // one\r\n  b = 2;\r\n}\r\n");
+}
+
+TEST_F(Edit, new_maps_of_several_levels_have_a_line_for_each_entry) {
+    EXPECT_EQ(set("{\n  a = 1;\n}\n", "b/c/d = 2"),
+              "{\n  a = 1;\n  b = {\n    c = {\n      d = 2;\n    };\n  };\n}\n");
+}
+
+TEST_F(Edit, a_removed_key_takes_its_own_comments_along) {
+    EXPECT_EQ(remove(bus, "baud"), with(bus, "    baud   = 9600;         // was 4800\n", ""));
+    EXPECT_EQ(remove(bus, "kind"),
+              with(bus, "    // How it is wired\n    kind   = rs485;        // two wires\n", ""));
+    EXPECT_EQ(remove(bus, "retry/count"), with(bus, "count = 3; ", ""));
+    EXPECT_EQ(remove(bus, "retry/wait"), with(bus, "; wait = 0.250", ""));
+    EXPECT_EQ(remove("{ a = 1 }", "a"), "{ }");
+    EXPECT_EQ(remove("{a=1}", "a"), "{}");
+    EXPECT_EQ(remove("{\n  a = 1;\n}\n", "a"), "{\n}\n");
+}
+
+TEST_F(Edit, values_of_a_vector_move_up) {
+    EXPECT_EQ(remove("[ 1, 2, 3 ]", "0"), "[ 2, 3 ]");
+    EXPECT_EQ(remove("[ 1, 2, 3 ]", "1"), "[ 1, 3 ]");
+    EXPECT_EQ(remove("[ 1, 2, 3 ]", "2"), "[ 1, 2 ]");
+    EXPECT_EQ(remove("[ 1, 2, 3, ]", "2"), "[ 1, 2, ]");
+    EXPECT_EQ(remove("[\n  // one\n  1,\n  // two\n  2, // 2\n]", "0"),
+              "[\n  // two\n  2, // 2\n]");
+}
+
+TEST_F(Edit, an_inserted_value_comes_where_it_is_in_the_tree) {
+    auto const insert = [](std::string const &text, int place) {
+        return after(text, [&](cObj &root) {
+            static_cast<cMapObj &>(root).datamap().vect_insert(place, cat::of(9));
+        });
+    };
+    EXPECT_EQ(insert("[ 1, 2 ]", 0), "[ 9, 1, 2 ]");
+    EXPECT_EQ(insert("[ 1, 2 ]", 1), "[ 1, 9, 2 ]");
+    EXPECT_EQ(insert("[ 1, 2 ]", 2), "[ 1, 2, 9 ]");
+    EXPECT_EQ(insert("[\n  1, // one\n  2\n]", 1), "[\n  1, // one\n  9,\n  2\n]");
+    EXPECT_EQ(insert("[\n  1, // one\n  2\n]", 2), "[\n  1, // one\n  2,\n  9\n]");
+}
+
+// --- sharing ---
+
+TEST_F(Edit, a_path_follows_its_value) {
+    EXPECT_EQ(remove("{ l = [ 1, {a=2} ]; b = #cRef(/l/1); }", "l/0"),
+              "{ l = [ {a=2} ]; b = #cRef(/l/0); }");
+    EXPECT_EQ(set("{ a = {x=1}; b = #cRef( /a ); c = 1; }", "c = 2"),
+              "{ a = {x=1}; b = #cRef( /a ); c = 2; }");
+}
+
+TEST_F(Edit, the_text_of_a_removed_value_moves_to_the_first_reference) {
+    EXPECT_EQ(
+        remove("{\n  a = { x = 1; /* one */ };\n  b = #cRef(/a);\n  c = #cRef(/a/x);\n}\n", "a"),
+        "{\n  b = { x = 1; /* one */ };\n  c = #cRef(/b/x);\n}\n");
+    EXPECT_EQ(remove("{ a = 5; b = #cRef(/a); c = #cRef(/a); }", "a"), "{ b = 5; c = #cRef(/b); }");
+}
+
+TEST_F(Edit, the_text_of_a_replaced_value_moves_to_the_first_reference) {
+    EXPECT_EQ(set("{\n  a = { x = 1 };\n  b = #cRef(/a);\n}\n", "a &= 7"),
+              "{\n  a = 7;\n  b = { x = 1 };\n}\n");
+}
+
+TEST_F(Edit, a_value_at_a_reference_changes_where_it_is_written) {
+    EXPECT_EQ(set("{ a = {x=1}; b = #cRef(/a); }", "b/x = 2"), "{ a = {x=2}; b = #cRef(/a); }");
+    EXPECT_EQ(set("{ a = {x=1}; b = #cRef(/a); }", "b/y = 2"),
+              "{ a = {x=1; y=2}; b = #cRef(/a); }");
+    EXPECT_EQ(set("{ a = {x=1}; b = #cRef(/a); }", "b &= 2"), "{ a = {x=1}; b = 2; }");
+}
+
+TEST_F(Edit, moved_lines_are_indented_anew) {
+    EXPECT_EQ(remove("{\n  a = {\n    // first\n    x = 'a\\\n    b';\n  };\n  c = {\n    d = "
+                     "#cRef(/a);\n  };\n}\n",
+                     "a"),
+              "{\n  c = {\n    d = {\n      // first\n      x = 'a\\\n    b';\n    };\n  };\n}\n");
+}
+
+// --- keys that come again ---
+
+TEST_F(Edit, a_repeated_key_is_edited_where_it_got_its_value) {
+    EXPECT_EQ(set("{ a = 1; a = 2; }", "a = 3"), "{ a = 1; a = 3; }");
+    EXPECT_EQ(remove("{ a = 1; b = 0; a = 2; }", "a"), "{ b = 0; }");
+    EXPECT_EQ(set("{ a = {x=1}; b = 0; a = {y=2}; }", "a/x = 3"),
+              "{ a = {x=3}; b = 0; a = {y=2}; }");
+    EXPECT_EQ(set("{ a = {x=1}; b = 0; a = {y=2}; }", "a/z = 3"),
+              "{ a = {x=1}; b = 0; a = {y=2; z=3}; }");
+}
+
+// --- other containers ---
+
+TEST_F(Edit, sets_take_and_lose_values) {
+    EXPECT_EQ(set("{ s = <a, b>; }", "s << c"), "{ s = <a, b, c>; }");
+    EXPECT_EQ(remove("{ s = <a, b, a>; }", "s/0"), "{ s = <b>; }");
+}
+
+TEST_F(Edit, formatted_numbers_keep_their_form) {
+    EXPECT_EQ(set("{ port = intf(0x1f); }", "port = 32"), "{ port = intf(0x20); }");
+}
+
+} // namespace

@@ -1,0 +1,381 @@
+// Generated texts and changes: what apply() returns reads as the changed tree, and a change of one
+// scalar changes nothing but its literal.
+
+#include "qrv/edit/cedit.h"
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csetobj.h"
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/read/creadreport.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
+#include "tests/support/fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <sstream>
+#include <unordered_set>
+
+namespace {
+
+class Random {
+  public:
+    explicit Random(unsigned seed) : engine_(seed) {}
+    size_t below(size_t count) { return engine_() % count; }
+    bool one_in(size_t count) { return below(count) == 0; }
+    template <size_t N> char const *of(char const *const (&words)[N]) { return words[below(N)]; }
+
+  private:
+    std::mt19937 engine_;
+};
+
+constexpr char const *const words[] = {"a", "b", "c",  "dd",       "eee",
+                                       "x", "y", "zz", "long_key", "k1"};
+
+// Writes texts as people do: comments and blanks anywhere, all kinds of literals, one line or many,
+// references to what was written before, keys that come again.
+class Writer {
+  public:
+    // With `again` keys come again.
+    Writer(Random &random, bool again) : random_(random), again_(again) {}
+
+    std::string document() {
+        if (random_.one_in(3)) text_ += "// a file\n\n";
+        if (random_.one_in(3)) text_ += "/* of\n   several lines */\n";
+        map(0, "");
+        if (random_.one_in(3)) text_ += random_.one_in(2) ? " // end\n" : "\n// end\n";
+        return std::move(text_);
+    }
+
+  private:
+    void blank() {
+        static constexpr char const *const blanks[] = {"", " ", "", " ", "  ", " /* b */ "};
+        text_ += random_.of(blanks);
+    }
+    void line(size_t depth) {
+        text_ += "\n" + std::string(2 * depth, ' ');
+        if (random_.one_in(9)) text_ += "// above\n" + std::string(2 * depth, ' ');
+        if (random_.one_in(25)) text_ += "\n" + std::string(2 * depth, ' ');
+        if (random_.one_in(25)) text_ += "// section\n\n" + std::string(2 * depth, ' ');
+    }
+    void after() {
+        if (random_.one_in(9)) text_ += " // after";
+    }
+
+    void literal() {
+        static constexpr char const *const literals[] = {
+            "1",          "-12",      "0x1F",       "007",   "+4",         "5u",
+            "1.5",        "2.50",     ".5",         "1.e3",  "2.5e-7",     "0.25f",
+            "true",       "false",    "#nil",       "#true", "word",       "\"\"",
+            "\"a b\"",    "'single'", "\"q\\\"q\"", "12",    "intf(0x1f)", "other",
+            "\"a\\\nb\"", "3",        "intf(b101)", "yes",   "4.0",        "'it\\'s'"};
+        text_ += random_.of(literals);
+    }
+
+    void value(size_t depth, std::string const &path) {
+        size_t const kind = random_.below(depth > 3 ? 6 : 10);
+        if (kind == 5 && !paths_.empty()) {
+            text_ += "#cRef(" + paths_[random_.below(paths_.size())] + ")";
+            return;
+        }
+        if (kind < 6) return literal();
+        if (kind < 8) return map(depth, path);
+        if (kind < 9) return list(depth, path, '[', ']');
+        list(depth, path, '<', '>');
+    }
+
+    void map(size_t depth, std::string const &path) {
+        bool const lines = random_.one_in(2);
+        std::vector<std::string> keys;
+        text_ += '{';
+        size_t const count = random_.below(5);
+        bool const aligned = random_.one_in(3), ended = random_.one_in(2);
+        for (size_t i = 0; i < count; ++i) {
+            bool const again = again_ && !keys.empty() && random_.one_in(12);
+            std::string const key = again
+                                        ? keys[random_.below(keys.size())]
+                                        : random_.of(words) + std::string("k") + std::to_string(i);
+            keys.push_back(key);
+            if (lines)
+                line(depth + 1);
+            else
+                blank();
+            text_ += key;
+            if (aligned && key.size() < 10)
+                text_ += std::string(10 - key.size(), ' ') + "= ";
+            else
+                text_ += random_.one_in(2) ? " = " : "=";
+            value(depth + 1, path + "/" + key);
+            if (!again && random_.one_in(2)) paths_.push_back(path + "/" + key);
+            if (i + 1 < count || ended) text_ += random_.one_in(9) ? ',' : ';';
+            if (lines) after();
+        }
+        if (lines)
+            line(depth);
+        else
+            blank();
+        text_ += '}';
+    }
+
+    void list(size_t depth, std::string const &path, char open, char close) {
+        bool const lines = random_.one_in(3);
+        text_ += open;
+        size_t const count = random_.below(5);
+        bool const ended = random_.one_in(2);
+        for (size_t i = 0; i < count; ++i) {
+            if (lines)
+                line(depth + 1);
+            else
+                text_ += ' ';
+            value(depth + 1, path + "/" + std::to_string(i));
+            if (open == '[' && random_.one_in(3)) paths_.push_back(path + "/" + std::to_string(i));
+            if (i + 1 < count || ended) text_ += ',';
+            if (lines) after();
+        }
+        if (lines)
+            line(depth);
+        else
+            text_ += ' ';
+        text_ += close;
+    }
+
+    Random &random_;
+    bool const again_;
+    std::string text_;
+    std::vector<std::string> paths_; // of values that are written
+};
+
+// The written form without the blanks of its layout.
+std::string written(objref const &value) {
+    cat::ExactText const exact;
+    std::string text;
+    bool quoted = false, escaped = false;
+    for (char const c : cat::as_text(value)) {
+        if (c == '"' && !escaped) quoted = !quoted;
+        escaped = c == '\\' && !escaped;
+        if (quoted || (c != ' ' && c != '\n')) text += c;
+    }
+    return text;
+}
+
+// The value, or null if the text has an error.
+objref read(std::string const &text) {
+    cat::ReadReport report;
+    std::istringstream in(text);
+    objref value;
+    if (cObj::readobj(in, value) != 0 || !report.empty()) return {};
+    return value;
+}
+
+bool is_list(objref const &value) { return cObj::is_vector(value) || cObj::is_set(value); }
+
+// Changes a tree at random, by what programs call.
+class Changer {
+  public:
+    Changer(Random &random, objref const &root) : random_(random), root_(root) {}
+
+    std::string change() {
+        std::vector<objref> const all = containers();
+        objref const target = all[random_.below(all.size())];
+        cMapObj &map = static_cast<cMapObj &>(*target);
+        cAttrHash &hash = map.datamap();
+        cAttrNode *const node =
+            hash.used() == 0 ? nullptr
+                             : hash.findpos(static_cast<unsigned>(random_.below(hash.used())));
+        std::string const name = node ? " " + written(node->key()) : "";
+        switch (random_.below(8)) {
+        case 0:
+            if (!node) break;
+            if (is_list(target))
+                hash.vect_erase(hash.posofkey(node->key()));
+            else
+                map.setattr(objref(node->key()), objref());
+            return "remove" + name + " of " + written(target);
+        case 1:
+            if (!node || cObj::is_set(target)) break;
+            map.setattr(objref(node->key()), fresh());
+            return "replace" + name;
+        case 2:
+            if (!node || cObj::is_set(target) || node->valref()->is_container() ||
+                !cObj::is_good(node->valref()))
+                break;
+            if (cat::find_const(node->valref().get())) break;
+            node->valref()->assign(fresh());
+            return "assign" + name;
+        case 3:
+            if (is_list(target)) {
+                objref const value = fresh();
+                if (cObj::is_set(target) && hash.findvalue(value)) break;
+                hash.vect_insert(static_cast<int>(random_.below(hash.used() + 1)), value);
+                return "insert into " + written(target);
+            }
+            map.setattr(cat::of(std::string("new") + random_.of(words)), fresh());
+            return "add to " + written(target);
+        case 4: {
+            if (!node || is_list(target)) break;
+            objref const key = cat::of(std::string("re_") + random_.of(words));
+            hash.rename(objref(node->key()), key);
+            return "rename" + name;
+        }
+        case 5: { // to the end of another container
+            if (!node || cObj::is_set(target)) break;
+            objref const value = node->valref();
+            objref const other = all[random_.below(all.size())];
+            if (is_list(other) || is_list(target) || is_below(other, value)) break;
+            map.setattr(objref(node->key()), objref());
+            static_cast<cMapObj &>(*other).setattr(cat::of(std::string("moved")), value);
+            return "move" + name;
+        }
+        case 6: { // a second place for a value
+            if (!node || cObj::is_set(target)) break;
+            objref const value = node->valref();
+            objref const other = all[random_.below(all.size())];
+            if (is_list(other) || is_below(other, value)) break;
+            static_cast<cMapObj &>(*other).setattr(cat::of(std::string("shared")), value);
+            return "share" + name;
+        }
+        case 7: { // an equal copy, with a change in it
+            if (!node || cObj::is_set(target) || !node->valref()->is_container()) break;
+            objref const copy = node->valref()->clone();
+            if (!cObj::is_good(copy)) break;
+            cat::detach(copy, true);
+            if (cObj::is_map(copy))
+                static_cast<cMapObj &>(*copy).setattr(cat::of(std::string("extra")), fresh());
+            map.setattr(objref(node->key()), copy);
+            return "copy" + name;
+        }
+        }
+        return "";
+    }
+
+  private:
+    objref fresh() {
+        static constexpr char const *const values[] = {"7",
+                                                       "-1.5",
+                                                       "text",
+                                                       "\"two words\"",
+                                                       "true",
+                                                       "{n=1; m=[1,2]}",
+                                                       "{}",
+                                                       "[]",
+                                                       "<p, q>",
+                                                       "{\n}",
+                                                       "{\n n=1;\n o={};\n}",
+                                                       "[\n 1,\n]",
+                                                       "255",
+                                                       "0.75f",
+                                                       "#nil",
+                                                       "intf(0x20)"};
+        return read(random_.of(values));
+    }
+
+    std::vector<objref> containers() const {
+        std::vector<objref> found{root_};
+        std::unordered_set<cObj const *> seen{root_.get()};
+        for (size_t i = 0; i < found.size(); ++i) {
+            cAttrHash const &hash = static_cast<cMapObj const &>(*found[i]).datamap();
+            for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
+                if (dynamic_cast<cMapObj const *>(node->valref().get()) &&
+                    seen.insert(node->valref().get()).second)
+                    found.push_back(node->valref());
+        }
+        return found;
+    }
+
+    // Would storing the value in the container make a cycle?
+    bool is_below(objref const &container, objref const &value) const {
+        std::vector<objref> todo{value};
+        std::unordered_set<cObj const *> seen;
+        while (!todo.empty()) {
+            objref const next = todo.back();
+            todo.pop_back();
+            if (next == container) return true;
+            auto const *const map = dynamic_cast<cMapObj const *>(next.get());
+            if (!map || !seen.insert(next.get()).second) continue;
+            for (cAttrNode const *node = map->datamap().first(); node;
+                 node = map->datamap().next(node))
+                todo.push_back(node->valref());
+        }
+        return false;
+    }
+
+    Random &random_;
+    objref root_;
+};
+
+class GeneratedEdits : public QrvTest {
+  protected:
+    static void SetUpTestSuite() { cat::find_type("intf"); } // made when it is first named
+};
+
+unsigned documents() {
+    char const *const given = std::getenv("QRV_EDITS");
+    return given ? static_cast<unsigned>(std::atoi(given)) : 2000;
+}
+
+TEST_F(GeneratedEdits, the_new_text_reads_as_the_changed_tree) {
+    unsigned changed = 0, refused = 0;
+    for (unsigned seed = 1; seed <= documents(); ++seed) {
+        Random random(seed);
+        std::string const text = Writer(random, seed % 4 == 0).document();
+        std::istringstream in(text);
+        std::string changes, result, wanted;
+        {
+            cat::ReadReport report;
+            cat::SourceMap const map;
+            objref root;
+            if (cObj::readobj(in, root) != 0 || !report.empty()) continue;
+            result = qrv::edit::apply(text, map, root, [&] {
+                for (size_t count = 1 + random.below(3); count > 0; --count)
+                    changes += Changer(random, root).change() + "\n";
+            });
+            wanted = written(root);
+        }
+        if (written(read(wanted)) != wanted) continue; // equal values in a set: no text gives that
+        ++changed;
+        objref const back = read(result);
+        // Where a key comes again, a value may be referred to that no node holds any more: a change
+        // of it can't be written. Whoever applies changes compares, and writes the file anew.
+        if (seed % 4 == 0 && (!back || written(back) != wanted)) {
+            ++refused;
+            continue;
+        }
+        ASSERT_TRUE(back) << "seed " << seed << "\n"
+                          << text << "\n--\n"
+                          << changes << "--\n"
+                          << result;
+        ASSERT_EQ(written(back), wanted) << "seed " << seed << "\n"
+                                         << text << "\n--\n"
+                                         << changes << "--\n"
+                                         << result;
+    }
+    EXPECT_GT(changed, documents() / 2);
+    EXPECT_LE(refused, changed / 100);
+}
+
+TEST_F(GeneratedEdits, no_change_leaves_every_byte) {
+    unsigned texts = 0, rewritten = 0;
+    for (unsigned seed = 1; seed <= documents(); ++seed) {
+        Random random(seed);
+        std::string const text = Writer(random, seed % 4 == 0).document();
+        std::istringstream in(text);
+        cat::ReadReport report;
+        cat::SourceMap const map;
+        objref root;
+        if (cObj::readobj(in, root) != 0 || !report.empty()) continue;
+        ++texts;
+        std::string const result = qrv::edit::apply(text, map, root, [] {});
+        if (seed % 4 == 0 && result != text) // a reference to a value that no node holds any more
+            ++rewritten;
+        else
+            ASSERT_EQ(result, text) << "seed " << seed;
+    }
+    EXPECT_GT(texts, documents() / 2);
+    EXPECT_LE(rewritten, texts / 200);
+}
+
+} // namespace

@@ -1,0 +1,216 @@
+#include "tools/qrv/editing/entries.h"
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
+#include "tools/qrv/search/at_path.h"
+#include "tools/qrv/verify/attempt.h"
+#include "tools/qrv/verify/mismatch.h"
+
+#include <locale>
+#include <sstream>
+#include <unordered_set>
+
+namespace {
+
+cMapObj *map_in(objref const &value) {
+    return value && !value->is_type() ? dynamic_cast<cMapObj *>(value.get()) : nullptr;
+}
+
+bool is_list(objref const &value) { return cObj::is_vector(value) || cObj::is_set(value); }
+
+// By key, or by position in vectors and sets.
+cAttrNode *node_in(objref const &container, objref const &key) {
+    cMapObj *const map = map_in(container);
+    if (!map || !key) return nullptr;
+    if (!is_list(container)) return map->datamap().find(key);
+    if (&key->type() != &cat::type_int()) return nullptr;
+    int const position = cat::as_index(key);
+    return position < 0 ? nullptr : map->datamap().findpos(static_cast<unsigned>(position));
+}
+
+int position_of(objref const &list, cAttrNode const *node) {
+    return map_in(list)->datamap().posofkey(node->key());
+}
+
+bool refuse(std::string const &path, std::string const &why, cMessages &messages) {
+    messages.error(shortened(path) + ": " + why);
+    return false;
+}
+
+// Makes a change, and tells the library's errors, or a reason if it has none.
+bool attempt(std::string const &path, char const *reason, cMessages &messages,
+             std::function<bool()> const &change) {
+    cAttempt const made(change);
+    for (cSaid const &said : made.errors)
+        messages.error(shortened(path) + ": " + said.text, said.code);
+    if (made.done && made.errors.empty()) return true;
+    return made.errors.empty() ? refuse(path, reason, messages) : false;
+}
+
+bool erase(objref const &container, cAttrNode *node, std::string const &path, cMessages &messages) {
+    return attempt(path, "it can't be removed", messages, [&] {
+        cMapObj &map = *map_in(container);
+        if (is_list(container)) return map.datamap().vect_erase(position_of(container, node));
+        objref const key = node->key();
+        return map.setattr(key, objref()) && !map.datamap().find(key);
+    });
+}
+
+// Has any object in the tree this type, or does a type name it?
+bool is_used(objref const &root, cObj const *type) {
+    std::unordered_set<cObj const *> seen{root.get()};
+    std::vector<objref> todo{root};
+    while (!todo.empty()) {
+        objref const value = std::move(todo.back());
+        todo.pop_back();
+        if (&value->type() == type) return true;
+        cMapObj const *map = map_in(value);
+        objref declared;
+        if (value->is_type() && value.get() != type) {
+            auto const &other = static_cast<cTypeObj const &>(*value);
+            declared = other.tmember("attspec");
+            map = dynamic_cast<cMapObj const *>(declared.get());
+            std::string const text = cat::as_text(value);
+            std::string const name = static_cast<cTypeObj const *>(type)->name();
+            if (text.find("type=" + name + ";") != text.npos) return true;
+        }
+        if (!map) continue;
+        for (cAttrNode const *node = map->datamap().first(); node; node = map->datamap().next(node))
+            if (node->valref() && seen.insert(node->valref().get()).second)
+                todo.push_back(node->valref());
+    }
+    return false;
+}
+
+} // namespace
+
+std::vector<objref> keys_of(std::string const &path, cMessages &messages) {
+    std::istringstream is(path);
+    is.imbue(std::locale::classic());
+    cAttrScan scan(is, false);
+    scan.return_com(true);
+    std::vector<objref> keys;
+    cAttrLiteral token;
+    cat::ReadReport unheard;
+    scan.gettok(token);
+    if (token.code == '/') scan.gettok(token);
+    for (;;) {
+        objref key;
+        if (token.code == tkEof || !cat::read_stdtype(token.code, token.text.c_str(), key) ||
+            !key || !key->type().is_keytype()) {
+            refuse(path, "it is no path: keys with one / between them", messages);
+            return {};
+        }
+        keys.push_back(key);
+        if (scan.gettok(token) == tkEof && token.text.empty()) return keys;
+        if (token.code == '/') {
+            scan.gettok(token);
+            continue;
+        }
+        refuse(path, "it is no path: keys with one / between them", messages);
+        return {};
+    }
+}
+
+cFoundEntry entry_at(objref const &root, std::vector<objref> const &keys, std::string const &path,
+                     cMessages &messages) {
+    cFoundEntry found{root, nullptr};
+    for (size_t i = 0; i < keys.size(); ++i) {
+        if (i > 0) found.container = found.node->valref();
+        found.node = node_in(found.container, keys[i]);
+        if (!found.node) {
+            tell_absent(path, messages);
+            break;
+        }
+    }
+    return found;
+}
+
+bool remove_entry(objref const &root, std::string const &path, cMessages &messages) {
+    std::vector<objref> const keys = keys_of(path, messages);
+    if (keys.empty()) return false;
+    auto const [container, node] = entry_at(root, keys, path, messages);
+    if (!node) return false;
+    objref const value = node->valref();
+    if (!erase(container, node, path, messages)) return false;
+    if (!value->is_type() || !is_used(root, value.get())) return true;
+    return refuse(path, "this type is still used", messages);
+}
+
+bool move_entry(objref const &root, std::string const &from, std::string const &to,
+                cMessages &messages) {
+    std::vector<objref> const source = keys_of(from, messages);
+    std::vector<objref> target = keys_of(to, messages);
+    if (source.empty() || target.empty()) return false;
+    auto const [container, node] = entry_at(root, source, from, messages);
+    if (!node) return false;
+    objref const value = node->valref();
+    objref const last = target.back();
+    target.pop_back();
+    objref into = root;
+    for (objref const &key : target) {
+        cAttrNode const *const level = node_in(into, key);
+        if (!level) {
+            tell_absent(to, messages);
+            return false;
+        }
+        into = level->valref();
+        if (into == value) return refuse(to, "it is inside of what is moved", messages);
+    }
+    if (!map_in(into)) return refuse(to, "there is no container to move it into", messages);
+    if (is_list(into)) {
+        if (&last->type() != &cat::type_int())
+            return refuse(to, "the last key must be a position", messages);
+        int const size = map_in(into)->size() - (into == container ? 1 : 0);
+        int const position = cat::as_index(last);
+        if (position < 0 || position > size)
+            return refuse(to, "the position is not in the list, nor directly after it", messages);
+        if (!erase(container, node, from, messages)) return false;
+        return attempt(to, "it can't be stored there", messages,
+                       [&] { return map_in(into)->datamap().vect_insert(position, value); });
+    }
+    if (cAttrNode const *const present = node_in(into, last))
+        return present == node || refuse(to, "there is a value already; delete it first", messages);
+    if (into == container && cObj::is_map(into)) {
+        return attempt(to, "it can't be stored there", messages, [&] {
+            map_in(into)->datamap().rename(node->key(), last);
+            return map_in(into)->datamap().find(last) != nullptr;
+        });
+    }
+    if (!erase(container, node, from, messages)) return false;
+    return attempt(to, "it can't be stored there", messages,
+                   [&] { return into->setattr(last, value) && node_in(into, last); });
+}
+
+bool insert_entry(objref const &root, std::string const &path, cNewEntry const &entry,
+                  cMessages &messages) {
+    std::vector<objref> const keys = keys_of(path, messages);
+    if (keys.empty()) return false;
+    auto const [container, node] = entry_at(root, keys, path, messages);
+    if (!node) return false;
+    cAttrHash &hash = map_in(container)->datamap();
+    if (is_list(container)) {
+        if (entry.key)
+            return refuse(path, "values in " + kind_of(container) + " have no keys: leave KEY out",
+                          messages);
+        int const position = position_of(container, node) + (entry.after ? 1 : 0);
+        if (cObj::is_set(container) && hash.findvalue(entry.value))
+            return refuse(path, "the set holds " + shown(entry.value) + " already", messages);
+        return attempt(path, "it can't be stored there", messages,
+                       [&] { return hash.vect_insert(position, entry.value); });
+    }
+    if (!entry.key) return refuse(path, "the key of the new entry is missing", messages);
+    if (!cObj::is_map(container))
+        return refuse(path, "the type " + container->type().name() + " sets the order of its keys",
+                      messages);
+    if (hash.find(entry.key))
+        return refuse(path, "there is a key " + shown(entry.key) + " already", messages);
+    cAttrNode *const before = entry.after ? hash.next(node) : node;
+    return attempt(path, "it can't be stored there", messages, [&] {
+        return container->setattr(entry.key, entry.value) &&
+               hash.insert(entry.key, entry.value, before);
+    });
+}

@@ -1,0 +1,33 @@
+#pragma once
+// Entries that commands remove, move and insert, by paths. What can't be done is an error in the
+// messages and leaves the value as it was.
+
+#include "qrv/core/cobj.h"
+#include "tools/qrv/output/messages.h"
+
+#include <string>
+#include <vector>
+
+// A path, key by key; empty, with an error, if it is none.
+std::vector<objref> keys_of(std::string const &path, cMessages &messages);
+
+// The container of a path and the node of its last key; the node is null, with an error, if nothing
+// is there.
+struct cFoundEntry {
+    objref container;
+    cAttrNode *node = nullptr;
+};
+cFoundEntry entry_at(objref const &root, std::vector<objref> const &keys, std::string const &path,
+                     cMessages &messages);
+
+bool remove_entry(objref const &root, std::string const &path, cMessages &messages);
+bool move_entry(objref const &root, std::string const &from, std::string const &to,
+                cMessages &messages);
+
+struct cNewEntry {
+    bool after; // the entry at the path, or before it
+    objref key; // null in vectors and sets
+    objref value;
+};
+bool insert_entry(objref const &root, std::string const &path, cNewEntry const &entry,
+                  cMessages &messages);
