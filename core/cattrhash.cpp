@@ -37,7 +37,8 @@ cAttrHash &cAttrHash::operator=(cAttrHash const &other) {
     return *this;
 }
 
-void cAttrHash::clear() {
+// Not inlined where the hash is a member: g++ would warn of the delete in cKeep, which never comes.
+[[gnu::noinline]] void cAttrHash::clear() {
     cKeep const keep(this);
     remove_all();
 }
