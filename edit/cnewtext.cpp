@@ -51,9 +51,24 @@ std::string NewText::value_here(Item const &item) {
     if (item.how == Item::block && item.source == item.old) return block(item);
     if (item.how == Item::as_it_was && item.source == item.old)
         return std::string(page_.text(entries_.entry(item.old).value));
+    if (item.how == Item::literal)
+        if (auto const inner = literal_inside(item)) return *inner;
     Layout layout = item.parent ? layout_of(*item.parent) : Layout();
     layout.indent = page_.indent(entries_.entry(item.old).all().begin);
     return value(item, layout);
+}
+
+// A scalar in the brackets of its type, such as double(1.5): only the literal in them changes.
+std::optional<std::string> NewText::literal_inside(Item const &item) const {
+    cat::SourceEntry const entry = entries_.entry(item.old);
+    if (entry.type.empty() || page_.text(entry.type) != item.value->type().name())
+        return std::nullopt;
+    std::vector<cat::SourceEntry> const parts = entries_.inside(item.old);
+    if (parts.size() != 1 || !parts[0].open.empty()) return std::nullopt;
+    cat::Span const inner = parts[0].value;
+    return std::string(page_.text(entry.value.begin, inner.begin)) +
+           spelt(item.value, page_.text(inner)) +
+           std::string(page_.text(inner.end, entry.value.end));
 }
 
 // Of one that comes from elsewhere, or is new. The layout is that of the entries around it.

@@ -5,6 +5,7 @@
 #include "edit/cpage.h"
 #include "edit/cplan.h"
 
+#include <optional>
 #include <string>
 
 namespace qrv::edit {
@@ -37,6 +38,7 @@ class NewText {
 
     std::string value(Item const &item, Layout const &layout);
     std::string value_here(Item const &item);
+    std::optional<std::string> literal_inside(Item const &item) const;
     std::string literal(Item const &item, Layout const &layout);
     std::string fresh(Item const &item, Layout const &layout);
     std::string block(Item const &item);

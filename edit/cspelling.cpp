@@ -83,6 +83,7 @@ std::string decimal(int value, std::string_view like) {
 // How somebody wrote one: "+12.50e-03f".
 struct cFloatingStyle {
     explicit cFloatingStyle(std::string_view like) {
+        if (like.find_first_not_of("0123456789.+-eEfF") != std::string_view::npos) return;
         plus = like.starts_with('+');
         if (has(like.substr(0, 1), "+-")) like.remove_prefix(1);
         size_t const point = like.find('.');

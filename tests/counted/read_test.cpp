@@ -21,8 +21,9 @@ TEST_F(CountedRead, an_entry_takes_as_few_after_one_that_is_not_plain) {
     std::string const entries = text.substr(text.find('{') + 1);
     for (char const *first : {"zz=vector[1];", "zz={x=1}; zy=#cRef(/zz);", "zz=1; zz=2;",
                               "zz=[1;#badfind;3];", "0.5=1;", "{zz=1};"}) {
-        objref tree = read("{" + (first + entries));
-        auto const count = allocations_of([&] { tree = read("{" + (first + entries)); });
+        std::string const whole = std::string("{") + first + entries;
+        objref tree = read(whole);
+        auto const count = allocations_of([&] { tree = read(whole); });
         EXPECT_LE(for_each_entry(count), most_allocations()) << first;
     }
 }

@@ -216,6 +216,13 @@ TEST_F(Edit, sets_take_and_lose_values) {
     EXPECT_EQ(remove("{ s = <a, b, a>; }", "s/0"), "{ s = <b>; }");
 }
 
+TEST_F(Edit, a_literal_in_the_brackets_of_its_type_changes_alone) {
+    EXPECT_EQ(set("{ r = double( 1.50 /* r */ ); }", "r = 2.25"),
+              "{ r = double( 2.25 /* r */ ); }");
+    EXPECT_EQ(set("{ r = int(3); }", "r &= 'text'"), "{ r = text; }");
+    EXPECT_EQ(set("{ r = double(1.5); }", "r &= 0.125"), "{ r = double(0.125); }");
+}
+
 TEST_F(Edit, formatted_numbers_keep_their_form) {
     EXPECT_EQ(set("{ port = intf(0x1f); }", "port = 32"), "{ port = intf(0x20); }");
 }

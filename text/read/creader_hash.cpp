@@ -97,7 +97,8 @@ bool cHashReader::stays_late() const {
 
 template <class... Parts> void cHashReader::fail(cErrText const &error, Parts const &...parts) {
     cReadSession::cPlace const place = session_.place_now();
-    (static_cast<std::ostream &>(begin_error(scan_, error)) << ... << parts);
+    [[maybe_unused]] std::ostream &text = begin_error(scan_, error);
+    ((text << parts), ...);
     scan_.about(place.line, place.column);
     scan_.fire();
 }

@@ -109,7 +109,8 @@ int cValueReader::finish_container(cAttrScan &scan, objref &value, int &end) {
 }
 
 template <class... Parts> void cValueReader::report(cErrText const &error, Parts const &...parts) {
-    (static_cast<std::ostream &>(begin_error(scan_, error)) << ... << parts);
+    [[maybe_unused]] std::ostream &text = begin_error(scan_, error);
+    ((text << parts), ...);
     scan_.about(first_);
     scan_.fire();
 }

@@ -173,7 +173,7 @@ void cSourceRecorder::bracket(std::uint32_t offset, int code, std::uint32_t name
     cRecord &record = records_[frames_.back().record];
     record.open = offset;
     record.name_end = name_end;
-    frames_.back().close = Brackets(code).close;
+    frames_.back().close = static_cast<unsigned char>(Brackets(code).close);
 }
 
 void cSourceRecorder::reference() {

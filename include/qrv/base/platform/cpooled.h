@@ -5,9 +5,9 @@
 // everything does, so that the tools that watch the heap see each object. Rules:
 // base/platform/cpool.h.
 //
-// For programs: an object made by the global `new` is not the pool's and must not be left to the library's
-// handles, whose `delete` gives it to the pool. A class that also inherits operators of another
-// base says with a using-declaration which ones it takes.
+// For programs: an object made by the global `new` is not the pool's and must not be left to the
+// library's handles, whose `delete` gives it to the pool. A class that also inherits operators of
+// another base says with a using-declaration which ones it takes.
 
 #include "qrv/ccomp.h"
 
