@@ -18,6 +18,7 @@
 #include "tools/qrv/output/writing.h"
 #include "tools/qrv/process/apart.h"
 #include "tools/qrv/reading/reading.h"
+#include "tools/qrv/reading/scan.h"
 #include "tools/qrv/verify/fingerprint.h"
 
 #include <filesystem>
@@ -39,7 +40,7 @@ void rewrite_text(std::string const &text, cTask const &task, size_t first_numbe
                   cMessages &messages, cReply &reply) {
     cReading const reading = read_value(text, messages);
     if (!reading.clean || !task.change({reading.value, text, first_number}, reply.messages)) return;
-    reply.text = written(reading.value, reading.survey.head, task.options.canonical, messages);
+    reply.text = written(reading.value, head_of(text), task.options.canonical, messages);
     bool const all_written = messages.count() == 0;
     if (all_written) reply.image = image_of(reading.value);
     if (reading.behind) {
