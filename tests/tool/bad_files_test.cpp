@@ -1,9 +1,12 @@
 // What the system refuses, and children that die: told, with exit code 2, and nothing else happens.
 
+#include "tests/support/refused_calls.h"
 #include "tests/tool/tool_run.h"
 
+#include <cerrno>
 #include <csignal>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
 
 using tool_test::cProcess;
@@ -25,6 +28,10 @@ class ToolBadFiles : public tool_test::Tool {
         EXPECT_EQ(run({"get", "f", "a", "--default", "1"}, start), expected);
         EXPECT_EQ(run({"check", "f"}, start), expected);
         EXPECT_EQ(run({"tokens", "f"}, start), expected);
+    }
+    void copy_module(std::string const &name) const {
+        std::filesystem::copy_file(test::binary_file("tests/modules_to_load/" + name + ".so"),
+                                   path(name + ".so"));
     }
 };
 
@@ -157,9 +164,23 @@ pid_t child_of(pid_t parent) {
     return 0;
 }
 
+// Code of modules may crash, so it runs in one. It needs no child without modules.
+TEST_F(ToolBadFiles, children_are_for_modules) {
+    copy_module("type_factory");
+    write("f", "{a=1}");
+    tool_test::cStart const start{.prepare = [] { test::refuse_call(SYS_clone, EAGAIN); }};
+    EXPECT_EQ(run({"check", "f"}, start), (cRun{0, "", ""}));
+    EXPECT_EQ(run({"set", "f", "a= 2"}, start), (cRun{0, "{a=2}", ""}));
+    EXPECT_EQ(
+        run({"check", "f", "--module", "./type_factory"}, start),
+        (cRun{2, "", "f: error: cannot start a process: Resource temporarily unavailable\n"}));
+}
+
 TEST_F(ToolBadFiles, a_child_that_dies_is_told) {
-    for (std::vector<std::string> const &arguments : std::vector<std::vector<std::string>>{
+    copy_module("type_factory");
+    for (std::vector<std::string> arguments : std::vector<std::vector<std::string>>{
              {"fmt", "-"}, {"check", "-"}, {"get", "-", "a"}, {"tokens", "-"}}) {
+        arguments.insert(arguments.end(), {"--module", "./type_factory"});
         cPipe input; // never ends, so that the child waits
         cProcess tool(folder_, arguments, {.in = input.ends[0]});
         pid_t const child = child_of(tool.pid());
@@ -171,9 +192,10 @@ TEST_F(ToolBadFiles, a_child_that_dies_is_told) {
 }
 
 TEST_F(ToolBadFiles, the_work_goes_on_with_the_next_file_when_a_child_dies) {
+    copy_module("type_factory");
     write("f", "[1]");
     cPipe input;
-    cProcess tool(folder_, {"fmt", "-", "f"}, {.in = input.ends[0]});
+    cProcess tool(folder_, {"fmt", "--module", "./type_factory", "-", "f"}, {.in = input.ends[0]});
     pid_t const child = child_of(tool.pid());
     ASSERT_GT(child, 0);
     ::kill(child, SIGKILL);

@@ -13,6 +13,7 @@
 #include "tools/qrv/editing/rewrite.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/reading/reading.h"
+#include "tools/qrv/reading/scan.h"
 #include "tools/qrv/search/places.h"
 #include "tools/qrv/verify/attempt.h"
 #include "tools/qrv/verify/mismatch.h"

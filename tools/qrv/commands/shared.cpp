@@ -49,7 +49,7 @@ void add_destination(cArguments &arguments, cWriteOptions &options) {
 }
 
 cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
-    cReply const reply = in_child(file, [&](cReply &r) {
+    cReply const reply = apart(file, [&](cReply &r) {
         cMessages messages(file, max_errors);
         std::string bytes;
         if (read_bytes(file, bytes, messages)) work(bytes, messages, r);

@@ -3,7 +3,7 @@
 
 #include "tools/qrv/commands/arguments.h"
 #include "tools/qrv/editing/rewrite.h"
-#include "tools/qrv/process/worker.h"
+#include "tools/qrv/process/apart.h"
 #include "tools/qrv/reading/reading.h"
 
 #include <functional>
@@ -18,7 +18,7 @@ void add_target(cArguments &arguments, cTargetOptions &options, char const *what
 // Standard output, the file itself, or another file.
 void add_destination(cArguments &arguments, cWriteOptions &options);
 
-// Runs `work` on the bytes of a file, in a worker process, and prints its messages. Without the
+// Runs `work` on the bytes of a file, apart from other files, and prints its messages. Without the
 // bytes the reply is that of a failure.
 using cBytesWork = std::function<void(std::string const &bytes, cMessages &messages, cReply &)>;
 cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work);

@@ -5,6 +5,7 @@
 #include "tools/qrv/commands/shared.h"
 #include "tools/qrv/json/writing.h"
 #include "tools/qrv/reading/reading.h"
+#include "tools/qrv/reading/scan.h"
 
 namespace {
 
@@ -35,8 +36,8 @@ constexpr char const *help =
     "for a string that is not UTF-8, for two keys with the same text, and for sharing that\n"
     "would make the text many times longer than the file.";
 
-void tell_lost_text(cReading const &reading, cMessages &messages) {
-    for (cComment const &comment : reading.survey.comments)
+void tell_lost_text(cReading const &reading, std::string const &bytes, cMessages &messages) {
+    for (cComment const &comment : survey(bytes).comments)
         messages.warning(comment.place,
                          "this comment is lost: " +
                              shortened(comment.text.substr(0, comment.text.find('\n'))));
@@ -52,7 +53,7 @@ void convert(cOptions const &options, cRead const &file, cReply &reply) {
     if (options.strict) file.messages.call_warnings("error");
     cJsonForm const form{options.indent, options.compact, longest_text_from(file.bytes.size())};
     reply.text = json_text(file.value, form, file.messages) + "\n";
-    tell_lost_text(file.reading, file.messages);
+    tell_lost_text(file.reading, file.bytes, file.messages);
     reply.status = status_of(file.messages, options.strict);
 }
 

@@ -2,7 +2,7 @@
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
-#include "tools/qrv/reading/reading.h"
+#include "tools/qrv/reading/scan.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
-// The first value of a file in the writer's layout. Each reading is a process of its own, since a
-// type that one declares would be known to the next. Nothing is lost unseen:
+// The first value of a file in the writer's layout. Each reading is apart from the others, since
+// a type that one declares would be known to the next. Nothing is lost unseen:
 //   1  the file is read, changed and written; every value that can't be written is told, and a
 //      change that fails ends the work
 //   2  if the new text differs, the same is done with the file's comments numbered; each one whose
@@ -16,8 +16,9 @@
 #include "tools/qrv/output/diff.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/writing.h"
-#include "tools/qrv/process/worker.h"
+#include "tools/qrv/process/apart.h"
 #include "tools/qrv/reading/reading.h"
+#include "tools/qrv/reading/scan.h"
 #include "tools/qrv/verify/fingerprint.h"
 
 #include <filesystem>
@@ -39,7 +40,7 @@ void rewrite_text(std::string const &text, cTask const &task, size_t first_numbe
                   cMessages &messages, cReply &reply) {
     cReading const reading = read_value(text, messages);
     if (!reading.clean || !task.change({reading.value, text, first_number}, reply.messages)) return;
-    reply.text = written(reading.value, reading.survey.head, task.options.canonical, messages);
+    reply.text = written(reading.value, head_of(text), task.options.canonical, messages);
     bool const all_written = messages.count() == 0;
     if (all_written) reply.image = image_of(reading.value);
     if (reading.behind) {
@@ -52,7 +53,7 @@ void rewrite_text(std::string const &text, cTask const &task, size_t first_numbe
 
 cReply rewritten(std::string const &name, std::string const &text, cTask const &task,
                  size_t first_number) {
-    return in_child(name, [&](cReply &reply) {
+    return apart(name, [&](cReply &reply) {
         cMessages unheard(name, 1);
         rewrite_text(text, task, first_number, unheard, reply);
     });
@@ -60,7 +61,7 @@ cReply rewritten(std::string const &name, std::string const &text, cTask const &
 
 // Step 1. What it tells is told.
 cReply first_reading(std::string const &bytes, cTask const &task, cMessages &messages) {
-    cReply const reply = in_child(messages.name(), [&](cReply &r) {
+    cReply const reply = apart(messages.name(), [&](cReply &r) {
         cMessages told(messages.name(), messages.limit());
         rewrite_text(bytes, task, 0, told, r);
         r.messages += told.lines();
@@ -182,9 +183,7 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     // needs the lock.
     bool const reads_target = !target.name().empty() && is_same_file(name, target.name());
     if (reads_target && !target.lock()) return exit_failed;
-    cReply const reply = in_child(name, [&](cReply &r) {
-        work(name, {options, made, spliced}, r);
-    });
+    cReply const reply = apart(name, [&](cReply &r) { work(name, {options, made, spliced}, r); });
     put_lines(reply.messages);
     if (reply.status == exit_failed) return exit_failed;
     // The plain writer's bytes may not be readable: a loss that was told, but nothing to keep.

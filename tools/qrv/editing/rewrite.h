@@ -20,7 +20,7 @@ struct cWriteOptions {
     int max_errors = default_max_errors;
 };
 
-// What is to be changed. The change is made once or twice, in processes of their own. The second
+// What is to be changed. The change is made once or twice, each time in a new reading. The second
 // time the file's comments have numbers below `first_number`, and comments from elsewhere are to be
 // numbered from there on; the first time that is 0.
 struct cChanging {

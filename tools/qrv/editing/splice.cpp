@@ -9,10 +9,9 @@
 
 namespace {
 
-// Both readings are processes of their own: the types that a text declares live as long as its
-// process.
+// The two readings are apart: the types that the old text declares are unknown to the new one.
 cReply changed_text(std::string const &bytes, cChange const &change, cMessages const &about) {
-    return in_child(about.name(), [&](cReply &reply) {
+    return apart(about.name(), [&](cReply &reply) {
         cMessages messages(about.name(), about.limit());
         cat::SourceMap const map;
         cReading const reading = read_value(bytes, messages);
@@ -29,7 +28,7 @@ cReply changed_text(std::string const &bytes, cChange const &change, cMessages c
 
 // Of the first value in the text; empty if that has errors.
 std::string fingerprint_of(std::string const &text, std::string const &name) {
-    cReply const reply = in_child(name, [&](cReply &r) {
+    cReply const reply = apart(name, [&](cReply &r) {
         cMessages unheard(name, 1);
         cReading const reading = read_value(text, unheard);
         if (reading.clean) r.image = image_of(reading.value);

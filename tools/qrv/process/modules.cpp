@@ -88,6 +88,8 @@ bool load_modules(std::vector<std::string> const &names) {
     return true;
 }
 
+bool modules_are_loaded() { return !loaded().names.empty(); }
+
 std::string module_of(cTypeObj const &type) {
     auto const found = loaded().types.find(type.name());
     return found == loaded().types.end() ? "" : found->second;

@@ -11,6 +11,8 @@ class cTypeObj;
 // file neither. False if one fails, told by messages.
 bool load_modules(std::vector<std::string> const &names);
 
+bool modules_are_loaded();
+
 // The module that brought this type: as it was given to --module; empty if none did.
 std::string module_of(cTypeObj const &type);
 

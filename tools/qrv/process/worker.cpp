@@ -63,12 +63,6 @@ std::string read_all(int descriptor) {
     }
 }
 
-cReply failed(std::string const &name, std::string const &text) {
-    cReply reply;
-    reply.messages = name + ": error: " + text + "\n";
-    return reply;
-}
-
 [[noreturn]] void be_child(std::string const &name, int descriptor,
                            std::function<void(cReply &)> const &work) {
     cReply reply;
@@ -90,6 +84,12 @@ std::string cause_of_death(int status) {
 }
 
 } // namespace
+
+cReply failed(std::string const &name, std::string const &text) {
+    cReply reply;
+    reply.messages = name + ": error: " + text + "\n";
+    return reply;
+}
 
 cReply in_child(std::string const &name, std::function<void(cReply &)> const &work) {
     int ends[2];

@@ -1,6 +1,5 @@
 #pragma once
-// Work in a child process. A file may declare types, and types live as long as a process: so each
-// reading of a file has a process of its own. What the work finds comes back as a reply.
+// Work in a child process, which may crash. What the work finds comes back as a reply.
 
 #include "tools/qrv/output/exit_code.h"
 
@@ -21,3 +20,6 @@ struct cReply {
 // Runs the work on the file of that name and gives its reply; a work that dies is told in
 // `messages`, with status exit_failed.
 cReply in_child(std::string const &name, std::function<void(cReply &)> const &work);
+
+// The reply of a work on that file which could not be done.
+cReply failed(std::string const &name, std::string const &text);

@@ -4,6 +4,7 @@
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
 #include "tools/qrv/output/output.h"
+#include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/rules.h"
 
 #include <algorithm>
@@ -111,6 +112,18 @@ bool has_typed_values(std::string const &bytes) {
     return false;
 }
 
+// May something be there that was read without an error, and yet isn't in the value? A byte 0 in a
+// string, an open comment behind the value, or a byte from 128 on between the brackets of a typed
+// value, which are read on their own.
+bool may_hide_errors(std::string const &bytes, bool typed_values) {
+    if (bytes.find('\0') != std::string::npos) return true;
+    size_t const comment = bytes.rfind("/*");
+    if (comment != std::string::npos && bytes.find("*/", comment + 2) == std::string::npos)
+        return true;
+    return typed_values &&
+           std::any_of(bytes.begin(), bytes.end(), [](char byte) { return (byte & 0x80) != 0; });
+}
+
 } // namespace
 
 bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages) {
@@ -133,7 +146,6 @@ bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages
 
 cReading read_value(std::string const &bytes, cMessages &messages) {
     cReading reading;
-    reading.survey = survey(bytes);
     size_t const before = messages.count();
     std::istringstream is(bytes);
     cFileScan scan(is);
@@ -142,10 +154,13 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     cRules rules(bytes, report);
     bool const found = scan.read(reading.value) == 0;
     cPlace const end = scan.end();
-    if (has_typed_values(bytes)) rules.tell_unheard(end);
+    bool const typed_values = has_typed_values(bytes);
+    if (typed_values) rules.tell_unheard(end);
     rules.tell_unexplained();
     if (!found) reading.value = nullptr;
-    std::vector<cat::ReadError> errors = unread(reading.survey, end);
+    std::vector<cat::ReadError> errors;
+    if (!found || !report.empty() || may_hide_errors(bytes, typed_values))
+        errors = unread(survey(bytes), end);
     bool const whole = errors.empty() && all_closed(report);
     errors.insert(errors.end(), report.entries().begin(), report.entries().end());
     size_t const told = std::min(errors.size(), report.limit());

@@ -4,7 +4,6 @@
 
 #include "qrv/core/cobj.h"
 #include "tools/qrv/output/messages.h"
-#include "tools/qrv/reading/scan.h"
 
 #include <optional>
 #include <string>
@@ -13,10 +12,9 @@
 bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages);
 
 struct cReading {
-    objref value;       // null when there is none
-    bool clean = false; // read without an error, and not null
-    bool empty = false; // nothing is there that could be a value
-    cSurvey survey;
+    objref value;                 // null when there is none
+    bool clean = false;           // read without an error, and not null
+    bool empty = false;           // nothing is there that could be a value
     std::optional<cPlace> behind; // where text begins that stands behind the value. One separator
                                   // there belongs to the value. None if the value wasn't closed.
 };

@@ -32,22 +32,30 @@ class cSurveyor {
   public:
     explicit cSurveyor(std::string const &bytes) : bytes_(bytes) {}
     cSurvey survey() {
-        std::istringstream is(bytes_);
-        cTokens tokens(is);
-        tokens.return_all(true);
-        cAttrLiteral token;
-        while (tokens.next(token)) {
-            take(token);
-            offset_ += token.text.size();
-            end_ = behind({token.line, token.column + 1}, token.text, token.text.size());
-        }
+        scan([] { return false; });
         size_t const comment = bytes_.find("/*", offset_); // one that is open gives no token
         if (comment != std::string::npos)
             found_.open_comment = behind(end_, bytes_.substr(offset_), comment - offset_);
         return std::move(found_);
     }
+    std::string head() {
+        scan([this] { return started_; });
+        return std::move(head_);
+    }
 
   private:
+    template <class Done> void scan(Done const &done) {
+        std::istringstream is(bytes_);
+        cTokens tokens(is);
+        tokens.return_all(true);
+        cAttrLiteral token;
+        while (!done() && tokens.next(token)) {
+            take(token);
+            offset_ += token.text.size();
+            end_ = behind({token.line, token.column + 1}, token.text, token.text.size());
+        }
+    }
+
     void take(cAttrLiteral const &token) {
         cPlace const place{token.line, token.column + 1};
         if (token.code == tkComment) return add_comment(token.text, place);
@@ -95,16 +103,17 @@ class cSurveyor {
         if (found_.comments.empty()) return;
         size_t const start = found_.comments.front().offset;
         for (size_t i = start; i < head_end_; ++i)
-            if (bytes_[i] != '\r' || bytes_[i + 1] != '\n') found_.head += bytes_[i];
+            if (bytes_[i] != '\r' || bytes_[i + 1] != '\n') head_ += bytes_[i];
         size_t line_ends = 0;
         for (size_t i = head_end_; i < offset_; ++i) line_ends += bytes_[i] == '\n';
-        found_.head += line_ends == 0 ? " " : line_ends == 1 ? "\n" : "\n\n";
+        head_ += line_ends == 0 ? " " : line_ends == 1 ? "\n" : "\n\n";
     }
 
     std::string const &bytes_;
     cSurvey found_;
     size_t offset_ = 0; // behind the last token
     cPlace end_;        // the same as a place
+    std::string head_;
     size_t head_end_ = 0;
     size_t stray_end_ = std::string::npos;
     bool started_ = false; // a token of the value was there
@@ -114,6 +123,8 @@ class cSurveyor {
 } // namespace
 
 cSurvey survey(std::string const &bytes) { return cSurveyor(bytes).survey(); }
+
+std::string head_of(std::string const &bytes) { return cSurveyor(bytes).head(); }
 
 std::string numbered(std::string const &bytes, std::vector<cComment> const &comments,
                      size_t first) {

@@ -30,11 +30,13 @@ struct cSurvey {
     std::vector<cComment> comments;     // all that are closed, in order
     std::vector<cStray> strays;         // in order
     std::optional<cPlace> open_comment; // one that isn't closed; the scanner passes over it
-    std::string head; // the comments before the first other token, with what parts them from it:
-                      // a blank, a line end or an empty line
 };
 
 cSurvey survey(std::string const &bytes);
+
+// The comments before the first other token, with what parts them from it: a blank, a line end or
+// an empty line.   O(its text)
+std::string head_of(std::string const &bytes);
 
 // The text with a number in each of its comments, and the numbers that are in a text, each with how
 // often it is there.
