@@ -9,6 +9,8 @@
 
 namespace {
 
+struct cRefused {}; // the change could not be made, so no text is needed
+
 // Both readings are processes of their own: the types that a text declares live as long as its
 // process.
 cReply changed_text(std::string const &bytes, cChange const &change, cMessages const &about) {
@@ -17,10 +19,13 @@ cReply changed_text(std::string const &bytes, cChange const &change, cMessages c
         cat::SourceMap const map;
         cReading const reading = read_value(bytes, messages);
         std::string told;
-        if (reading.clean)
-            reply.text = qrv::edit::apply(bytes, map, reading.value, [&] {
-                if (change({reading.value, bytes, 0}, told)) reply.status = exit_done;
-            });
+        if (reading.clean) try {
+                reply.text = qrv::edit::apply(bytes, map, reading.value, [&] {
+                    if (!change({reading.value, bytes, 0}, told)) throw cRefused();
+                });
+                reply.status = exit_done;
+            } catch (cRefused const &) { // the reasons are in `told`
+            }
         reply.messages = messages.lines() + told;
         reply.errors = messages.count();
         if (reply.status == exit_done) reply.image = image_of(reading.value);
