@@ -33,7 +33,7 @@ class ToolFind : public tool_test::Tool {
     // Gives these statements to `set`: the value stays what it is. Comments may go.
     void expect_taken(std::string const &bytes, std::string const &statements) const {
         write("f", bytes);
-        cRun const set = run({"set", "f", statements});
+        cRun const set = run({"set", "--reformat", "f", statements});
         EXPECT_NE(set.status, 2) << statements << set.err;
         std::istringstream told(set.err);
         for (std::string line; std::getline(told, line);)
@@ -251,7 +251,7 @@ TEST_F(ToolFind, a_line_of_an_example_is_taken_by_set_alone) {
 TEST_F(ToolFind, a_line_that_was_changed_sets_the_value) {
     std::string const line = found("{a= {b= [1, 2]}}", "2");
     EXPECT_EQ(line, "a/b/1 = 2;\n");
-    EXPECT_EQ(run({"set", "f", "a/b/1 = 3;\n"}), (cRun{0, "{a= {b= [1, 3, ]; }; }\n", ""}));
+    EXPECT_EQ(run({"set", "f", "a/b/1 = 3;\n"}), (cRun{0, "{a= {b= [1, 3]}}", ""}));
 }
 
 // --- nothing found, and errors ---

@@ -161,7 +161,7 @@ TEST_F(ToolFmtDeclared, lost_sharing_is_reported_as_such) {
 
 TEST_F(ToolFmtDeclared, a_type_that_gets_a_name_is_not_reported_as_lost_digits) {
     write("f", "{a= 1; }\n");
-    EXPECT_EQ(run({"set", "f", "x = attlist(k= attspec(type= int))"}).err,
+    EXPECT_EQ(run({"set", "--reformat", "f", "x = attlist(k= attspec(type= int))"}).err,
               "f: error: the new text would not read as the same value: types, objects of them or "
               "equal values in a set would differ\n");
 }

@@ -32,7 +32,7 @@ class ToolSetLanguage : public tool_test::Tool {
 
     // Both the same, or the tool tells one of its own reasons.
     bool agree(std::string const &statements) const {
-        cRun const tool = run({"set", "f", "--", statements});
+        cRun const tool = run({"set", "--reformat", "f", "--", statements});
         std::string const library = by_library(read("f"), statements);
         if (tool.status == 0) {
             EXPECT_EQ(tool.out, library) << statements;

@@ -15,13 +15,22 @@ class ToolSet : public tool_test::Tool {
         more.insert(more.begin(), {"set", "f", statements});
         return run(std::move(more));
     }
-    // With these statements all is well, and this is what comes.
-    std::string changed(std::string const &bytes, std::string const &statements,
+    // With these statements all is well, and this is the new text.
+    std::string spliced(std::string const &bytes, std::string const &statements,
                         std::vector<std::string> more = {}) const {
         cRun const run = set(bytes, statements, std::move(more));
         EXPECT_EQ(run.status, 0) << statements;
         EXPECT_EQ(run.err, "") << statements;
         return run.out;
+    }
+    // The same in standard layout, whether the file is written anew or only where it changes.
+    std::string changed(std::string const &bytes, std::string const &statements,
+                        std::vector<std::string> more = {}) const {
+        std::string const text = spliced(bytes, statements, more);
+        more.push_back("--reformat");
+        std::string const anew = spliced(bytes, statements, std::move(more));
+        EXPECT_EQ(spliced(text, "", {"--reformat"}), anew) << statements;
+        return anew;
     }
     // They are refused, with this told; and the file stays.
     std::string refused(std::string const &bytes, std::string const &statements,
@@ -55,9 +64,11 @@ TEST_F(ToolSet, statements_are_parted_by_semicolons_and_commas_and_done_in_order
     EXPECT_EQ(changed("{a= 1}", "a = 2\n;\nb\n=\n3"), "{a= 2; b= 3; }\n");
 }
 
-TEST_F(ToolSet, no_statement_writes_as_fmt) {
-    EXPECT_EQ(changed("{a=1}", ""), "{a= 1; }\n");
-    EXPECT_EQ(changed("{a=1}", " ;, "), "{a= 1; }\n");
+TEST_F(ToolSet, no_statement_changes_no_byte) {
+    for (std::string const statements : {"", " ;, "}) {
+        EXPECT_EQ(spliced("{a=1} // x", statements), "{a=1} // x");
+        EXPECT_EQ(spliced("{a=1}", statements, {"--reformat"}), "{a= 1; }\n");
+    }
 }
 
 TEST_F(ToolSet, makes_missing_levels) {
@@ -120,21 +131,33 @@ TEST_F(ToolSet, comments_stay_with_values_that_are_replaced) {
 TEST_F(ToolSet, the_comment_of_a_shared_value_is_not_lost_at_its_other_places) {
     std::string const text = "{\n  a= [1, ]; // c\n  b= #cRef(/a); // c\n}\n";
     EXPECT_EQ(changed(text, "z = 1"), "{\n  a= [1, ]; // c\n  b= #cRef(/a); // c\n  z= 1;\n}\n");
-    std::string const other = "{\n  a= [1, ]; // c\n  b= #cRef(/a); // d\n}\n";
-    EXPECT_EQ(set(other, "z = 1").err, "f:3:17: error: this comment would be lost: // d\n");
-    std::string const twice = "{ // c\n  a= [1, ]; // c\n  b= #cRef(/a); /* e */ // c\n}\n";
-    EXPECT_NE(set(twice, "z = 1").err, "");
+    for (std::string const other :
+         {"{\n  a= [1, ]; // c\n  b= #cRef(/a); // d\n}\n",
+          "{ // c\n  a= [1, ]; // c\n  b= #cRef(/a); /* e */ // c\n}\n"}) {
+        std::string const cut = other.substr(0, other.size() - 2);
+        EXPECT_EQ(spliced(other, "z = 1"), cut + "  z= 1;\n}\n");
+    }
 }
 
-TEST_F(ToolSet, a_lost_comment_is_told_and_keeps_the_file) {
+TEST_F(ToolSet, only_the_comments_of_what_is_replaced_go) {
+    std::string const text = "{ // top\n  a= {\n      b= 1; // one\n  }; \n  c= 2; // two\n}\n";
+    EXPECT_EQ(spliced(text, "a &= 5"), "{ // top\n  a= 5; \n  c= 2; // two\n}\n");
+    EXPECT_EQ(spliced(text, "c &= #nil"),
+              "{ // top\n  a= {\n      b= 1; // one\n  }; \n  c= #nil; // two\n}\n");
+    EXPECT_EQ(spliced(text, "a &= 5", {"-i"}), "");
+    EXPECT_EQ(read("f"), "{ // top\n  a= 5; \n  c= 2; // two\n}\n");
+}
+
+TEST_F(ToolSet, a_comment_that_reformatting_would_lose_keeps_the_file) {
     std::string const text = "{\n  a= {\n      b= 1; // one\n  }; \n  c= 2; // two\n}\n";
     std::string const lost = "f:3:13: error: this comment would be lost: // one\n";
-    EXPECT_EQ(set(text, "a &= 5"), (cRun{1, "{\n  a= 5;\n  c= 2; // two\n}\n", lost}));
-    EXPECT_EQ(refused(text, "a &= 5"),
+    EXPECT_EQ(set(text, "a &= 5", {"--reformat"}),
+              (cRun{1, "{\n  a= 5;\n  c= 2; // two\n}\n", lost}));
+    EXPECT_EQ(refused(text, "a &= 5", {"--reformat"}),
               lost + "f: error: not written: data would be lost; --force writes the file anyway\n");
-    EXPECT_EQ(set(text, "a &= 5", {"-i", "--force"}), (cRun{0, "", lost}));
+    EXPECT_EQ(set(text, "a &= 5", {"--reformat", "-i", "--force"}), (cRun{0, "", lost}));
     EXPECT_EQ(read("f"), "{\n  a= 5;\n  c= 2; // two\n}\n");
-    EXPECT_EQ(set(text, "c &= #nil").status, 1) << "a constant has no comment";
+    EXPECT_EQ(set(text, "c &= #nil", {"--reformat"}).status, 1) << "a constant has no comment";
 }
 
 TEST_F(ToolSet, what_is_shared_changes_everywhere_by_assigning_and_here_by_replacing) {
@@ -282,7 +305,7 @@ TEST_F(ToolSet, a_failed_replacement_is_not_advised_to_replace) {
 
 TEST_F(ToolSet, a_set_with_equal_values_is_not_reported_as_lost_digits) {
     EXPECT_EQ(
-        refused("{c= <1, 2>}", "c/0 = 2"),
+        refused("{c= <1, 2>}", "c/0 = 2", {"--reformat"}),
         "f: error: the new text would not read as the same value: types, objects of them or equal "
         "values in a set would differ\n"
         "f: error: not written: the new text would change when it is read and written again\n");
@@ -375,7 +398,7 @@ TEST_F(ToolSet, comments_in_statements) {
               told("1:2", "this comment would be lost: //b = 1", quotes));
     EXPECT_EQ(refused("{}", "a = 1 /* open"),
               told("1:7", "this comment is not closed", "a string that contains /* needs quotes"));
-    EXPECT_EQ(changed("{}", "a = 'http://host /* x'"), "{a= \"http://host /* x\"; }\n");
+    EXPECT_EQ(spliced("{a= x}", "a = 'http://host /* x'"), "{a= \"http://host /* x\"}");
 }
 
 TEST_F(ToolSet, bytes_outside_of_quotes) {
@@ -404,7 +427,7 @@ TEST_F(ToolSet, as_many_messages_as_allowed) {
 // --- where it goes ---
 
 TEST_F(ToolSet, from_the_standard_input) {
-    EXPECT_EQ(run({"set", "-", "a = 2"}, {.input = "{a= 1}"}), (cRun{0, "{a= 2; }\n", ""}));
+    EXPECT_EQ(run({"set", "-", "a = 2"}, {.input = "{a= 1}"}), (cRun{0, "{a= 2}", ""}));
     EXPECT_EQ(run({"set", "-i", "-", "a = 2"}, {.input = "{a= 1}"}),
               (cRun{2, "", "-: error: not written: it is the standard input\n"}));
 }
@@ -414,19 +437,19 @@ TEST_F(ToolSet, in_the_files_place) {
     write("there/g", "{a=1} \n");
     std::filesystem::create_symlink("there/g", path("f"));
     EXPECT_EQ(run({"set", "-i", "f", "a = 2"}), (cRun{0, "", ""}));
-    EXPECT_EQ(read("there/g"), "{a= 2; }\n");
+    EXPECT_EQ(read("there/g"), "{a=2} \n");
     EXPECT_TRUE(std::filesystem::is_symlink(path("f")));
 }
 
 TEST_F(ToolSet, into_another_file) {
     EXPECT_EQ(set("{a=1}", "a = 2", {"-o", "g"}), (cRun{0, "", ""}));
-    EXPECT_EQ(read("g"), "{a= 2; }\n");
+    EXPECT_EQ(read("g"), "{a=2}");
     EXPECT_EQ(read("f"), "{a=1}");
     EXPECT_EQ(set("{a= 3; }\n", "", {"--output=g"}), (cRun{0, "", ""}));
     EXPECT_EQ(read("g"), "{a= 3; }\n") << "nothing to change, and written";
-    EXPECT_EQ(set("{a=1}", "a = 2", {"-o", "-"}), (cRun{0, "{a= 2; }\n", ""}));
+    EXPECT_EQ(set("{a=1}", "a = 2", {"-o", "-"}), (cRun{0, "{a=2}", ""}));
     EXPECT_EQ(set("{a=1}", "a = 2.5", {"-o", "g"}).status, 2);
-    EXPECT_EQ(set("{a=1} // x", "a = 2", {"-o", "g"}).status, 2);
+    EXPECT_EQ(set("{a=1} x", "a = 2", {"--reformat", "-o", "g"}).status, 2);
     EXPECT_EQ(read("g"), "{a= 3; }\n");
     EXPECT_EQ(
         set("{a=1}", "a = 2", {"-o", "nowhere/g"}),
@@ -480,7 +503,7 @@ TEST_F(ToolSet, usage) {
     EXPECT_EQ(run({"set", "f", "a = 1", "--force"}),
               (cRun{2, "", "--force requires --in-place or --output" + hint}));
     EXPECT_EQ(run({"set", "f", "a = 1", "-i", "-o", "g"}).status, 2);
-    EXPECT_EQ(run({"set", "f", "--", "-1 = 5"}), (cRun{0, "{-1= 5; }\n", ""}));
+    EXPECT_EQ(run({"set", "--reformat", "f", "--", "-1 = 5"}), (cRun{0, "{-1= 5; }\n", ""}));
 }
 
 } // namespace

@@ -42,6 +42,7 @@ void add_destination(cArguments &arguments, cWriteOptions &options) {
     arguments.option("-o,--output", options.output, "write to this file");
     arguments.exclude("--output", "--in-place");
     arguments.flag("--force", options.force, "write the file even if data is lost");
+    arguments.flag("--reformat", options.reformat, "write the whole file anew in standard layout");
     auto const writes_file = [&options] { return options.in_place || !options.output.empty(); };
     arguments.need("--force", "--in-place or --output",
                    [&options, writes_file] { return options.force && !writes_file(); });
