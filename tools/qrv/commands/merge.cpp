@@ -335,7 +335,7 @@ std::string wrong_commands(std::string const &commands) {
     if (commands.size() != 3) return "three letters are needed, one for each class of keys";
     for (size_t i = 0; i < 3; ++i)
         if (std::string_view(known[i]).find(commands[i]) == std::string_view::npos)
-            return "'" + commands.substr(i, 1) + "' is not a letter for keys " + keys[i] +
+            return std::string("'") + commands[i] + "' is not a letter for keys " + keys[i] +
                    "; the letters are " + known[i];
     return "";
 }
