@@ -23,10 +23,6 @@ bool is_blank(std::string_view text) {
     return text.find_first_not_of(" \t") == std::string_view::npos;
 }
 
-bool has_line_comment(std::string_view comments) {
-    return comments.find("//") != std::string_view::npos;
-}
-
 std::string blanks(size_t count) { return std::string(count, ' '); }
 
 } // namespace
@@ -93,17 +89,31 @@ std::string NewText::value(Item const &item, Layout const &layout) {
 }
 
 // The literal that the new one takes its style from: its own, or that of the entry next to it.
-std::string NewText::like(Item const &item) const {
+std::string NewText::like(Item const &item) {
     if (item.old != none && entries_.entry(item.old).open.empty())
         return std::string(page_.text(entries_.entry(item.old).value));
-    Item const *best = nullptr;
-    for (Item const *const other : item.parent ? item.parent->children : std::vector<Item *>()) {
-        if (other == &item && best) break;
-        if (other->old != none && other->how == Item::as_it_was &&
-            &other->value->type() == &item.value->type())
-            best = other;
-    }
-    return best ? std::string(page_.text(entries_.entry(best->old).value)) : "";
+    if (!item.parent) return "";
+    auto const [samples, fresh] = samples_.try_emplace(item.parent);
+    if (fresh) samples->second = samples_in(*item.parent);
+    Item const *const sample = samples->second[&item];
+    return sample ? std::string(page_.text(entries_.entry(sample->old).value)) : "";
+}
+
+// For each child the nearest one before it of its type that stays as it was, or else the last one.
+NewText::Samples NewText::samples_in(Item const &parent) {
+    Samples samples;
+    std::unordered_map<cObj const *, Item const *> by_type;
+    auto const set_samples = [&](bool only_missing) {
+        for (Item const *const child : parent.children) {
+            Item const *&last = by_type[&child->value->type()];
+            Item const *&sample = samples[child];
+            if (!sample || !only_missing) sample = last;
+            if (child->old != none && child->how == Item::as_it_was) last = child;
+        }
+    };
+    set_samples(false);
+    set_samples(true);
+    return samples;
 }
 
 std::string NewText::literal(Item const &item, Layout const &layout) {
@@ -123,10 +133,13 @@ std::string NewText::fresh(Item const &item, Layout const &layout) {
     inside.width = 0;
     for (Item const *const child : item.children) {
         bool const last = child == item.children.back();
+        std::string const entry = new_entry(*child, inside, inside.lines || !last);
         if (inside.lines)
-            text += page_.eol() + inside.indent + new_entry(*child, inside, true);
+            text += page_.eol() + inside.indent + entry;
+        else if (ends_in_line_comment(entry))
+            text += entry + page_.eol() + (last ? layout : inside).indent;
         else
-            text += new_entry(*child, inside, !last) + (last ? "" : " ");
+            text += entry + (last ? "" : " ");
     }
     if (inside.lines && !item.children.empty()) text += page_.eol() + layout.indent;
     return text += brackets[1];
@@ -160,6 +173,14 @@ std::string NewText::comments_of(Item const &item, Where where, std::string cons
     return text;
 }
 
+// Comments between the value and its delimiter, with the blanks around them.
+std::string NewText::before_delimiter(Item const &item) const {
+    if (item.old == none || entries_.entry(item.old).delimiter.empty()) return "";
+    cat::SourceEntry const entry = entries_.entry(item.old);
+    std::string_view const text = page_.text(entry.value.end, entry.delimiter.begin);
+    return text.find('/') == std::string_view::npos ? "" : std::string(text);
+}
+
 // Key, value, delimiter and comments; without the blanks before the first line.
 std::string NewText::new_entry(Item const &item, Layout const &layout, bool delimiter) {
     std::string text = comments_of(item, Where::above, layout.indent);
@@ -173,7 +194,7 @@ std::string NewText::new_entry(Item const &item, Layout const &layout, bool deli
         text += key(item, layout);
     }
     text += value(item, layout);
-    if (delimiter) text += layout.delimiter;
+    if (delimiter) text += before_delimiter(item) + layout.delimiter;
     return text += comments_of(item, Where::after, layout.indent);
 }
 
@@ -226,7 +247,11 @@ class NewText::BlockWriter {
   public:
     BlockWriter(NewText &text, Item const &item, cat::SourceEntry const &frame)
         : text_(text), page_(text.page_), item_(item), frame_(frame), parts_(text.parts_of(item)),
-          layout_(text.layout_of(item, parts_)), copied_(frame.open.end) {}
+          layout_(text.layout_of(item)), copied_(frame.open.end) {
+        auto const stays = [](Item const *child) { return !child->is_new(); };
+        auto const first = std::find_if(item.children.begin(), item.children.end(), stays);
+        if (first != item.children.end()) first_kept_ = *first;
+    }
 
     std::string run() {
         std::vector<Item *> const &children = item_.children;
@@ -301,16 +326,10 @@ class NewText::BlockWriter {
         std::string const text = text_.new_entry(item, layout_, delimiter);
         if (last_kept_)
             insert_after(last_kept_->extent, text);
-        else if (Item const *const kept = first_kept())
-            insert_before(part_of(*kept), text);
+        else if (first_kept_)
+            insert_before(part_of(*first_kept_), text);
         else
             insert_alone(text);
-    }
-
-    Item const *first_kept() const {
-        for (Item const *const child : item_.children)
-            if (!child->is_new()) return child;
-        return nullptr;
     }
 
     void insert_after(Extent const &extent, std::string const &text) {
@@ -331,7 +350,7 @@ class NewText::BlockWriter {
         if (extent.whole_lines)
             out_ += layout_.indent + text + page_.eol();
         else
-            out_ += text + " ";
+            out_ += text + (ends_in_line_comment(text) ? page_.eol() + layout_.indent : " ");
     }
 
     // Into a block that has no other entry.
@@ -351,10 +370,12 @@ class NewText::BlockWriter {
 
     // A line comment needs the end of a line after it.
     void inline_text(std::string const &text, bool blank) {
-        if (has_line_comment(text.substr(std::min(text.size(), text.rfind('\n') + 1))))
-            out_ += page_.eol() + layout_.indent + text + page_.eol() + layout_.indent;
-        else
+        if (!ends_in_line_comment(text)) {
             out_ += (blank ? " " : "") + text;
+            return;
+        }
+        out_ += page_.eol() + layout_.indent + text + page_.eol() + layout_.indent;
+        copied_ = page_.after_blanks(copied_);
     }
 
     NewText &text_;
@@ -365,6 +386,7 @@ class NewText::BlockWriter {
     Layout const layout_;
     size_t copied_;   // of the old text
     size_t next_ = 0; // the first part that was not looked at
+    Item const *first_kept_ = nullptr;
     Part const *last_kept_ = nullptr;
     bool alone_ = false; // has an entry been put where there was none?
     std::string out_;
@@ -376,9 +398,14 @@ std::string NewText::changed_inner(Item const &item, cat::SourceEntry const &fra
 
 // --- layout ---
 
-Layout NewText::layout_of(Item const &item) const { return layout_of(item, parts_of(item)); }
+Layout const &NewText::layout_of(Item const &item) {
+    auto const known = layouts_.find(&item);
+    return known != layouts_.end() ? known->second
+                                   : layouts_.emplace(&item, new_layout_of(item)).first->second;
+}
 
-Layout NewText::layout_of(Item const &item, Parts const &parts) const {
+Layout NewText::new_layout_of(Item const &item) {
+    Parts const parts = parts_of(item);
     Layout layout = item.parent ? layout_of(*item.parent) : Layout();
     layout.delimiter = is_list(item.value) ? ',' : ';';
     layout.width = 0;

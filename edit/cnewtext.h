@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 namespace qrv::edit {
 
@@ -34,6 +35,8 @@ class NewText {
         Extent extent;
     };
     using Parts = std::vector<Part>;
+    // The entry whose literal gives another one its style; null for none.
+    using Samples = std::unordered_map<Item const *, Item const *>;
     class BlockWriter;
 
     std::string value(Item const &item, Layout const &layout);
@@ -46,17 +49,21 @@ class NewText {
     std::string changed_inner(Item const &item, cat::SourceEntry const &frame);
     std::string key(Item const &item, Layout const &layout);
     std::string new_entry(Item const &item, Layout const &layout, bool delimiter);
+    std::string before_delimiter(Item const &item) const;
     std::string comments_of(Item const &item, cat::SourceComment::Where where,
                             std::string const &indent);
 
     Parts parts_of(Item const &item) const;
-    Layout layout_of(Item const &item) const;
-    Layout layout_of(Item const &item, Parts const &parts) const;
-    std::string like(Item const &item) const;
+    Layout const &layout_of(Item const &item);
+    Layout new_layout_of(Item const &item);
+    std::string like(Item const &item);
+    static Samples samples_in(Item const &parent);
 
     Page const &page_;
     Entries const &entries_;
     Plan const &plan_;
+    std::unordered_map<Item const *, Layout> layouts_;
+    std::unordered_map<Item const *, Samples> samples_; // by the parent
 };
 
 } // namespace qrv::edit

@@ -9,8 +9,9 @@ constexpr std::string_view blanks = " \t\r\f\v";
 
 bool is_blank(char c) { return blanks.find(c) != std::string_view::npos; }
 
-// Calls `line_end` with the offset of each line feed that is outside of strings.
-template <class Function> void for_line_ends(std::string_view text, Function const &line_end) {
+// Calls `line_end` with the offset of each line feed that is outside of strings. Returns whether
+// the text ends inside a line comment.
+template <class Function> bool for_line_ends(std::string_view text, Function const &line_end) {
     char quote = '\0';
     bool line_comment = false, block_comment = false;
     for (size_t i = 0; i < text.size(); ++i) {
@@ -36,13 +37,19 @@ template <class Function> void for_line_ends(std::string_view text, Function con
             ++i;
         }
     }
+    return line_comment;
 }
 
 } // namespace
 
+Page::Page(std::string_view text)
+    : text_(text), eol_(text.find("\r\n") < text.find('\n') ? "\r\n" : "\n"), begins_{0} {
+    for (size_t at = 0; (at = text.find('\n', at)) != std::string_view::npos;)
+        begins_.push_back(++at);
+}
+
 size_t Page::line_begin(size_t offset) const {
-    size_t const feed = offset == 0 ? std::string_view::npos : text_.rfind('\n', offset - 1);
-    return feed == std::string_view::npos ? 0 : feed + 1;
+    return *(std::upper_bound(begins_.begin(), begins_.end(), offset) - 1);
 }
 
 size_t Page::line_end(size_t offset) const {
@@ -57,7 +64,10 @@ std::string_view Page::indent(size_t offset) const {
     return text(begin, end);
 }
 
-bool Page::begins_line(size_t offset) const { return before_blanks(offset) == line_begin(offset); }
+bool Page::begins_line(size_t offset) const {
+    size_t const at = before_blanks(offset);
+    return at == 0 || text_[at - 1] == '\n';
+}
 
 bool Page::ends_line(size_t offset) const {
     size_t const at = after_blanks(offset);
@@ -106,6 +116,10 @@ std::string indented(std::string_view text, std::string_view from, std::string_v
         }
     });
     return result += text.substr(copied);
+}
+
+bool ends_in_line_comment(std::string_view text) {
+    return for_line_ends(text, [](size_t) {});
 }
 
 std::string with_line_ends(std::string_view text, std::string const &eol) {

@@ -13,9 +13,7 @@ namespace qrv::edit {
 
 class Page {
   public:
-    explicit Page(std::string_view text) : text_(text) {
-        eol_ = text.find("\r\n") < text.find('\n') ? "\r\n" : "\n";
-    }
+    explicit Page(std::string_view text);
 
     std::string_view text() const { return text_; }
     std::string_view text(cat::Span span) const { return text_.substr(span.begin, span.size()); }
@@ -24,8 +22,8 @@ class Page {
     }
     std::string const &eol() const { return eol_; }
 
-    size_t line_begin(size_t offset) const;
-    size_t line_end(size_t offset) const; // after the line feed, or at the end of the text
+    size_t line_begin(size_t offset) const; // O(log lines)
+    size_t line_end(size_t offset) const;   // after the line feed, or at the end of the text
     // The blanks at the start of the line of that offset.
     std::string_view indent(size_t offset) const;
     // Are there only blanks on its line before, or after?
@@ -38,6 +36,7 @@ class Page {
   private:
     std::string_view text_;
     std::string eol_;
+    std::vector<size_t> begins_; // of all lines
 };
 
 // The bytes of one entry. What is between two extents belongs to neither: empty lines, comments of
@@ -55,6 +54,9 @@ Extent extent_of(Page const &page, cat::SourceEntry const &entry,
 
 // A text with lines that begin with `from` begin with `to` instead, but for lines inside strings.
 std::string indented(std::string_view text, std::string_view from, std::string_view to);
+
+// Would what is written after the text on its last line belong to a comment?
+bool ends_in_line_comment(std::string_view text);
 
 // A text with line ends inside strings left alone and all others replaced.
 std::string with_line_ends(std::string_view text, std::string const &eol);

@@ -22,6 +22,16 @@ Entries::Entries(cat::SourceMap const &map) : map_(map) {
         any_comes_again_ |= numbers_.count(anids_.back()) > 0;
         numbers_.emplace(anids_.back(), i);
     }
+    for (cat::SourceComment const &comment : map.comments())
+        if (comment.where == cat::SourceComment::above ||
+            comment.where == cat::SourceComment::after)
+            comments_[comment.entry].push_back(comment);
+}
+
+std::vector<cat::SourceComment> const &Entries::comments(size_t number) const {
+    static std::vector<cat::SourceComment> const nothing;
+    auto const found = comments_.find(number);
+    return found == comments_.end() ? nothing : found->second;
 }
 
 bool Entries::comes_again(size_t number) const { return numbers_.count(anids_[number]) > 1; }
@@ -180,8 +190,7 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
         return;
     }
     std::vector<size_t> const &found = definitions(item.value);
-    if (found.empty() && was == item.value && was &&
-        !is_constant(was)) { // written where its key came again
+    if (found.empty() && was == item.value && was && !is_constant(was) && reads_as(item.old, was)) {
         item.source = item.old;
         item.how = Item::as_it_was;
         return;
@@ -278,10 +287,20 @@ void Plan::add_fresh_children(Item &item) {
         settle(add(&item, slot, slot.node->valref()));
 }
 
-// A default that no text gave, and that is as it was.
-bool Plan::is_unwritten(WasEntry const &was, cAttrNode const &node) const {
-    return was.value == node.valref() && (container_in(was.value) || is_constant(was.value) ||
-                                          before_.text(was.value) == exact_text(was.value));
+// Is the value the one that the node had, without a change in it?
+bool Plan::is_as_before(WasEntry const &was, cAttrNode const &node) const {
+    if (was.value != node.valref()) return false;
+    if (is_constant(was.value)) return true;
+    cMapObj const *const container = container_in(was.value);
+    if (!container) return before_.text(was.value) == exact_text(was.value);
+    std::vector<WasEntry> const *const entries = before_.entries(was.value.get());
+    cAttrHash const &hash = container->datamap();
+    if (!entries || entries->size() != hash.used()) return false;
+    cAttrNode const *inner = hash.first();
+    return std::all_of(entries->begin(), entries->end(), [&](WasEntry const &entry) {
+        cAttrNode const *const now = std::exchange(inner, hash.next(inner));
+        return now->anid() == entry.anid && is_as_before(entry, *now);
+    });
 }
 
 // The entries of a container as they are to be in the text; `old` is the first of those in it.
@@ -292,7 +311,7 @@ Plan::Slots Plan::slots_of(cMapObj const &container) {
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node), ++position) {
         WasEntry const *was = matching_.was(*node);
         std::vector<size_t> numbers = was ? entries_.of(was->anid) : std::vector<size_t>();
-        if (was && numbers.empty() && is_unwritten(*was, *node)) continue;
+        if (was && numbers.empty() && is_as_before(*was, *node)) continue; // a default
         bool const gone = !was && (was = matching_.take_gone(node->valref()));
         if (gone) numbers = entries_.of(was->anid);
         slots.push_back({numbers.empty() ? none
@@ -388,15 +407,25 @@ cAttrNode const *Plan::node_at(Item const &item, std::string const &key) const {
     if (!is_list(*item.value)) return hash.find(value);
     int const index = cat::as_index(value);
     if (index < 0) return nullptr;
-    if (item.value->is_vector()) return hash.findpos(static_cast<unsigned>(index));
     size_t const place = static_cast<size_t>(index);
-    return place < item.children.size() ? item.children[place]->node : nullptr;
+    if (place < item.children.size() &&
+        (item.value->is_set() || item.children[place]->position == place))
+        return item.children[place]->node;
+    return item.value->is_vector() ? hash.findpos(static_cast<unsigned>(index)) : nullptr;
 }
 
 // Does the path of that reference, as it is written, still lead to the value?
 bool Plan::path_holds(size_t reference, objref const &value) const {
     cAttrNode const *const node = path_end(reference);
     return node && node->valref() == value && passed_.count(node) > 0;
+}
+
+// Does that reference, as it is written, still read as the value? One into a typed value reads as a
+// copy of what is there. Where a key comes again, it may be the value that the key had before.
+bool Plan::reads_as(size_t reference, objref const &value) const {
+    if (entries_.any_comes_again()) return true;
+    cAttrNode const *const node = path_end(reference);
+    return node && exact_text(node->valref()) == exact_text(value);
 }
 
 // The node to which the path of that reference leads now; null if it leads nowhere.

@@ -32,12 +32,14 @@ class Entries {
     // whole value between them.
     cat::SourceEntry frame(size_t number) const;
     std::vector<cat::SourceEntry> inside(size_t number) const;
-    std::vector<cat::SourceComment> comments(size_t number) const { return map_.comments(number); }
+    // Those above it and after it.
+    std::vector<cat::SourceComment> const &comments(size_t number) const;
 
   private:
     cat::SourceMap const &map_;
     std::vector<std::uint32_t> anids_;
     std::unordered_multimap<std::uint32_t, size_t> numbers_;
+    std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;
     bool any_comes_again_ = false;
 };
 
@@ -96,11 +98,12 @@ class Plan {
     void add_fresh_children(Item &item);
     void arrange(cMapObj const &container, std::vector<size_t> const &blocks);
     Slots slots_of(cMapObj const &container);
-    bool is_unwritten(WasEntry const &was, cAttrNode const &node) const;
+    bool is_as_before(WasEntry const &was, cAttrNode const &node) const;
     std::vector<size_t> const &definitions(objref const &value);
     void search_definitions();
     bool writes(size_t number, objref const &value) const;
     cAttrNode const *node_at(Item const &item, std::string const &key) const;
+    bool reads_as(size_t reference, objref const &value) const;
     cAttrNode const *path_end(size_t reference) const;
     bool path_holds(size_t reference, objref const &value) const;
 

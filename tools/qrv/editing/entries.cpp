@@ -41,7 +41,7 @@ bool refuse(std::string const &path, std::string const &why, cMessages &messages
 }
 
 // Makes a change, and tells the library's errors, or a reason if it has none.
-bool attempt(std::string const &path, char const *reason, cMessages &messages,
+bool attempt(std::string const &path, std::string const &reason, cMessages &messages,
              std::function<bool()> const &change) {
     cAttempt const made(change);
     for (cSaid const &said : made.errors)
@@ -51,7 +51,10 @@ bool attempt(std::string const &path, char const *reason, cMessages &messages,
 }
 
 bool erase(objref const &container, cAttrNode *node, std::string const &path, cMessages &messages) {
-    return attempt(path, "it can't be removed", messages, [&] {
+    std::string const reason = is_list(container) || cObj::is_map(container)
+                                   ? "it can't be removed"
+                                   : "the type " + container->type().name() + " needs this key";
+    return attempt(path, reason, messages, [&] {
         cMapObj &map = *map_in(container);
         if (is_list(container)) return map.datamap().vect_erase(position_of(container, node));
         objref const key = node->key();
@@ -160,6 +163,8 @@ bool move_entry(objref const &root, std::string const &from, std::string const &
         into = level->valref();
         if (into == value) return refuse(to, "it is inside of what is moved", messages);
     }
+    if (value->is_type() && !last->equal(node->key()))
+        return refuse(to, "a declared type keeps its name, which is its key", messages);
     if (!map_in(into)) return refuse(to, "there is no container to move it into", messages);
     if (is_list(into)) {
         if (&last->type() != &cat::type_int())
