@@ -15,8 +15,16 @@ bool is_list(objref const &value) { return value->is_vector() || value->is_set()
 
 bool on_one_line(objref const &value) { return cat::wformat(*value)[0] == 's'; }
 
-std::string_view brackets_of(objref const &value) {
-    return value->is_vector() ? "[]" : value->is_set() ? "<>" : "{}";
+// What is written before the first entry; the last character is the bracket.
+std::string opening(objref const &value) {
+    return value->is_map()      ? "{"
+           : value->is_vector() ? "["
+           : value->is_set()    ? "<"
+                                : value->type().name() + '(';
+}
+
+char closing(char bracket) {
+    return bracket == '{' ? '}' : bracket == '[' ? ']' : bracket == '<' ? '>' : ')';
 }
 
 bool is_blank(std::string_view text) {
@@ -122,8 +130,8 @@ std::string NewText::literal(Item const &item, Layout const &layout) {
 }
 
 std::string NewText::fresh(Item const &item, Layout const &layout) {
-    std::string_view const brackets = brackets_of(item.value);
-    std::string text(1, brackets[0]);
+    std::string text = opening(item.value);
+    char const close = closing(text.back());
     bool const first_in_set = item.value->is_set() && item.parent && item.parent->value->is_set();
     if (first_in_set) text.insert(0, 1, ' ');
     Layout inside = layout;
@@ -142,7 +150,7 @@ std::string NewText::fresh(Item const &item, Layout const &layout) {
             text += entry + (last ? "" : " ");
     }
     if (inside.lines && !item.children.empty()) text += page_.eol() + layout.indent;
-    return text += brackets[1];
+    return text += close;
 }
 
 // --- entries ---

@@ -61,8 +61,11 @@ namespace {
 
 bool is_list(cObj const &container) { return container.is_vector() || container.is_set(); }
 
-// Can it be written anew with brackets of its own kind?
-bool has_plain_brackets(cObj const &container) { return container.is_map() || is_list(container); }
+// Can it be written anew, entry by entry? A type that a program defines may write brackets of its
+// own kind.
+bool has_known_brackets(cObj const &container) {
+    return container.is_map() || is_list(container) || container.type().tmember("attspec");
+}
 
 // The places in a list of numbers that form a longest rising row.
 std::vector<bool> rising(std::vector<size_t> const &numbers) {
@@ -197,9 +200,10 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
     }
     item.source = found.empty() ? none : found.back();
     if (container_in(item.value)) {
+        if (arranged_.count(item.source)) item.source = none; // another copy of it is written there
         item.how = item.source == none ? Item::fresh : Item::block;
         if (item.how == Item::block) return add_children(item, {item.source});
-        if (has_plain_brackets(*item.value)) return add_fresh_children(item);
+        if (has_known_brackets(*item.value)) return add_fresh_children(item);
         item.how = Item::literal;
         return;
     }
@@ -283,7 +287,7 @@ bool Plan::is_unchanged(Item const &item) const {
 }
 
 void Plan::add_fresh_children(Item &item) {
-    for (Slot &slot : slots_of(*container_in(item.value)))
+    for (Slot &slot : slots_of(*container_in(item.value), true))
         settle(add(&item, slot, slot.node->valref()));
 }
 
@@ -304,14 +308,15 @@ bool Plan::is_as_before(WasEntry const &was, cAttrNode const &node) const {
 }
 
 // The entries of a container as they are to be in the text; `old` is the first of those in it.
-Plan::Slots Plan::slots_of(cMapObj const &container) {
+// In brackets of the text, what no entry of it gave is a default.
+Plan::Slots Plan::slots_of(cMapObj const &container, bool fresh) {
     Slots slots;
     cAttrHash const &hash = container.datamap();
     size_t position = 0;
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node), ++position) {
         WasEntry const *was = matching_.was(*node);
         std::vector<size_t> numbers = was ? entries_.of(was->anid) : std::vector<size_t>();
-        if (was && numbers.empty() && is_as_before(*was, *node)) continue; // a default
+        if (!fresh && was && numbers.empty() && is_as_before(*was, *node)) continue;
         bool const gone = !was && (was = matching_.take_gone(node->valref()));
         if (gone) numbers = entries_.of(was->anid);
         slots.push_back({numbers.empty() ? none
@@ -325,7 +330,7 @@ Plan::Slots Plan::slots_of(cMapObj const &container) {
 // Entries that keep their order stay where they are; all others, and new ones, come after the one
 // before them, at the front before the first that stays, or at the end of the last block.
 void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) {
-    Slots wanted = slots_of(container);
+    Slots wanted = slots_of(container, false);
     std::unordered_map<std::uint32_t, std::vector<std::pair<size_t, size_t>>>
         places; // block, number
     for (size_t const block : blocks)

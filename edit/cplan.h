@@ -97,7 +97,7 @@ class Plan {
     bool is_unchanged(Item const &item) const;
     void add_fresh_children(Item &item);
     void arrange(cMapObj const &container, std::vector<size_t> const &blocks);
-    Slots slots_of(cMapObj const &container);
+    Slots slots_of(cMapObj const &container, bool fresh);
     bool is_as_before(WasEntry const &was, cAttrNode const &node) const;
     std::vector<size_t> const &definitions(objref const &value);
     void search_definitions();

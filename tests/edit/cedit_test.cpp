@@ -5,6 +5,7 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/core/ctypescope.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
@@ -221,6 +222,88 @@ TEST_F(Edit, a_literal_in_the_brackets_of_its_type_changes_alone) {
               "{ r = double( 2.25 /* r */ ); }");
     EXPECT_EQ(set("{ r = int(3); }", "r &= 'text'"), "{ r = text; }");
     EXPECT_EQ(set("{ r = double(1.5); }", "r &= 0.125"), "{ r = double(0.125); }");
+}
+
+// --- line comments among entries on one line ---
+
+TEST_F(Edit, a_line_comment_that_moves_keeps_its_line) {
+    auto const first_comes_last = [](cObj &root) {
+        cAttrHash &list = static_cast<cMapObj &>(root).datamap();
+        objref const value = list.first()->valref();
+        list.vect_erase(0);
+        list.vect_insert(static_cast<int>(list.used()), value);
+    };
+    EXPECT_EQ(after("[ 1, // one\n  2, 3 ]", first_comes_last), "[\n  2, 3,\n  1 // one\n  ]");
+    EXPECT_EQ(after("[1, 2 // two\n]", first_comes_last), "[2, // two\n1\n]");
+}
+
+TEST_F(Edit, two_slashes_in_a_string_are_not_a_comment) {
+    EXPECT_EQ(set("{ a = 1; }", "b = 'http://x'"), "{ a = 1; b = \"http://x\"; }");
+}
+
+TEST_F(Edit, a_comment_between_value_and_delimiter_moves_with_the_entry) {
+    EXPECT_EQ(after("{ a = 1; b = 2 /* two */; }",
+                    [](cObj &root) {
+                        cAttrHash &map = static_cast<cMapObj &>(root).datamap();
+                        cAttrNode *const last = map.next(map.first());
+                        map.insert(objref(last->key()), last->valref(), map.first());
+                    }),
+              "{ b = 2 /* two */; a = 1; }");
+}
+
+// --- values of declared types ---
+
+std::string const typed = R"({
+  P = attlist(n = attspec(type = int; default = 3); l = attspec(type = vector; default = []));
+  p = P(n = 4); // four
+  q = P();
+  r = #cRef(/p/n); // a copy
+}
+)";
+
+class EditTyped : public Edit {
+  protected:
+    static std::string tree_in_a_scope(std::string const &text) {
+        cat::TypeScope const scope;
+        return tree_of(text);
+    }
+    static std::string set_typed(std::string const &statements) {
+        std::string result, wanted;
+        {
+            cat::TypeScope const scope;
+            Text edited(typed);
+            result = edited.apply(
+                [&](cObj &root) { EXPECT_TRUE(root.setattrp(statements, true)) << statements; });
+            wanted = edited.written();
+        }
+        EXPECT_EQ(tree_in_a_scope(result), wanted) << result;
+        return result;
+    }
+};
+
+TEST_F(EditTyped, an_attribute_that_was_left_out_is_written_when_it_is_set) {
+    EXPECT_EQ(set_typed("q/n = 5"), with(typed, "P()", "P(n = 5)"));
+    EXPECT_EQ(set_typed("p/l << 1"), with(typed, "P(n = 4)", "P(n = 4; l = [1])"));
+}
+
+TEST_F(EditTyped, a_reference_that_reads_as_a_copy_is_written_out_when_its_target_changes) {
+    EXPECT_EQ(set_typed("q/n = 4"), with(typed, "P()", "P(n = 4)"));
+    EXPECT_EQ(set_typed("p/n = 5"), with(with(typed, "n = 4", "n = 5"), "#cRef(/p/n)", "4"));
+    EXPECT_EQ(set_typed("p &= 7"), with(with(typed, "P(n = 4)", "7"), "#cRef(/p/n)", "4"));
+}
+
+// --- cost ---
+
+// Quadratic work would take minutes here.
+TEST_F(Edit, many_entries_on_one_line_and_many_references_cost_linear_work) {
+    std::string line = "{ base = {x=1}; ";
+    for (int i = 0; i < 20000; ++i) line += "k" + std::to_string(i) + " = #cRef(/base); ";
+    Text edited(line + "}");
+    std::string const result = edited.apply([](cObj &root) {
+        static_cast<cMapObj &>(root).datamap().rename(cat::of(std::string("base")),
+                                                      cat::of(std::string("b")));
+    });
+    EXPECT_EQ(result.size(), line.size() + 1 - 3 * 20001);
 }
 
 TEST_F(Edit, formatted_numbers_keep_their_form) {

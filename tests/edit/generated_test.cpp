@@ -8,6 +8,7 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/core/ctypescope.h"
 #include "qrv/text/read/creadreport.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
@@ -40,8 +41,9 @@ constexpr char const *const words[] = {"a", "b", "c",  "dd",       "eee",
 // references to what was written before, keys that come again.
 class Writer {
   public:
-    // With `again` keys come again.
-    Writer(Random &random, bool again) : random_(random), again_(again) {}
+    // With `again` keys come again, with `typed` the text declares types and has values of them.
+    Writer(Random &random, bool again, bool typed = false)
+        : random_(random), again_(again), typed_(typed) {}
 
     std::string document() {
         if (random_.one_in(3)) text_ += "// a file\n\n";
@@ -76,12 +78,31 @@ class Writer {
         text_ += random_.of(literals);
     }
 
+    void declarations() {
+        text_ += "\n  Mode = choice({off=0; on=1}); // a mode\n"
+                 "  P = attlist(n = attspec(type=int; default=3);\n"
+                 "    mode = attspec(type=Mode; default=Mode(off)); // a default\n"
+                 "    list = attspec(type=vector; default=[]); any = attspec(flag=#IMPLIED));\n  ";
+    }
+
+    void typed_value() {
+        static constexpr char const *const values[] = {"Mode(on)",
+                                                       "Mode( off )",
+                                                       "P()",
+                                                       "P(n = 4)",
+                                                       "P(list=[1,2])",
+                                                       "P(n = 5; // five\n    mode = Mode(on))",
+                                                       "P( /* all */ any = {x=1; y=P()}; )"};
+        text_ += random_.of(values);
+    }
+
     void value(size_t depth, std::string const &path) {
         size_t const kind = random_.below(depth > 3 ? 6 : 10);
         if (kind == 5 && !paths_.empty()) {
             text_ += "#cRef(" + paths_[random_.below(paths_.size())] + ")";
             return;
         }
+        if (typed_ && random_.one_in(4)) return typed_value();
         if (kind < 6) return literal();
         if (kind < 8) return map(depth, path);
         if (kind < 9) return list(depth, path, '[', ']');
@@ -92,6 +113,7 @@ class Writer {
         bool const lines = random_.one_in(2);
         std::vector<std::string> keys;
         text_ += '{';
+        if (typed_ && depth == 0) declarations();
         size_t const count = random_.below(5);
         bool const aligned = random_.one_in(3), ended = random_.one_in(2);
         for (size_t i = 0; i < count; ++i) {
@@ -145,6 +167,7 @@ class Writer {
 
     Random &random_;
     bool const again_;
+    bool const typed_;
     std::string text_;
     std::vector<std::string> paths_; // of values that are written
 };
@@ -203,7 +226,7 @@ class Changer {
             if (!node || cObj::is_set(target) || node->valref()->is_container() ||
                 !cObj::is_good(node->valref()))
                 break;
-            if (cat::find_const(node->valref().get())) break;
+            if (cat::find_const(node->valref().get()) || node->valref()->is_type()) break;
             node->valref()->assign(fresh());
             return "assign" + name;
         case 3:
@@ -216,7 +239,7 @@ class Changer {
             map.setattr(cat::of(std::string("new") + random_.of(words)), fresh());
             return "add to " + written(target);
         case 4: {
-            if (!node || is_list(target)) break;
+            if (!node || !cObj::is_map(target)) break;
             objref const key = cat::of(std::string("re_") + random_.of(words));
             hash.rename(objref(node->key()), key);
             return "rename" + name;
@@ -279,11 +302,14 @@ class Changer {
         for (size_t i = 0; i < found.size(); ++i) {
             cAttrHash const &hash = static_cast<cMapObj const &>(*found[i]).datamap();
             for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
-                if (dynamic_cast<cMapObj const *>(node->valref().get()) &&
-                    seen.insert(node->valref().get()).second)
+                if (is_container(node->valref()) && seen.insert(node->valref().get()).second)
                     found.push_back(node->valref());
         }
         return found;
+    }
+
+    static bool is_container(objref const &value) {
+        return value && !value->is_type() && dynamic_cast<cMapObj const *>(value.get());
     }
 
     // Would storing the value in the container make a cycle?
@@ -355,6 +381,52 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_changed_tree) {
     }
     EXPECT_GT(changed, documents() / 2);
     EXPECT_LE(refused, changed / 100);
+}
+
+// The written form of what a text reads as.
+std::string tree_in_a_scope(std::string const &text) {
+    cat::TypeScope const scope;
+    objref const value = read(text);
+    return value ? written(value) : "unreadable";
+}
+
+TEST_F(GeneratedEdits, a_text_with_declared_types_reads_as_the_changed_tree) {
+    unsigned changed = 0, refused = 0;
+    for (unsigned seed = 1; seed <= documents(); ++seed) {
+        Random random(seed);
+        std::string const text = Writer(random, false, true).document();
+        std::string changes, result, wanted;
+        {
+            cat::TypeScope const scope;
+            cat::ReadReport report;
+            std::istringstream in(text);
+            cat::SourceMap const map;
+            objref root;
+            if (cObj::readobj(in, root) != 0 || !report.empty()) continue;
+            result = qrv::edit::apply(text, map, root, [&] {
+                for (size_t count = 1 + random.below(3); count > 0; --count)
+                    changes += Changer(random, root).change() + "\n";
+            });
+            wanted = written(root);
+        }
+        // No text gives equal values in a set, a type under another key, or a value that is shared
+        // with an attribute.
+        if (tree_in_a_scope(wanted) != wanted) continue;
+        ++changed;
+        // In a set that has an equal container twice, a change inside it can't be written. The
+        // caller compares the trees and writes the file anew.
+        std::string const back = tree_in_a_scope(result);
+        if (back != wanted && text.find('<') != text.npos) {
+            ++refused;
+            continue;
+        }
+        ASSERT_EQ(back, wanted) << "seed " << seed << "\n"
+                                << text << "\n--\n"
+                                << changes << "--\n"
+                                << result;
+    }
+    EXPECT_LE(refused, changed / 500);
+    EXPECT_GT(changed, documents() / 3);
 }
 
 TEST_F(GeneratedEdits, no_change_leaves_every_byte) {
