@@ -102,8 +102,10 @@ TEST_F(ToolSetSources, literals_that_would_be_stored_otherwise) {
                                              told("statements:1:7", "the \\ before n would be lost",
                                                   "\\\\ is a \\; --convert allows it")}));
     EXPECT_EQ(set({"a = 0xFFFFFFFF; b = 'x\\ny'", "--convert"}), (cRun{0, "{a= -1; b= xny}", ""}));
-    EXPECT_EQ(set({"c = [2147483647U, 0x7FFFFFFF, 0.0e-400, 1.0e-300, '\\\\ \\' \\\" \\\n']"}).err,
-              "");
+    EXPECT_EQ(
+        set({"c = [2147483647U, 0x7FFFFFFF, 0.0e-400, 1.0e-300, P101, e5, '\\\\ \\' \\\" \\\n']"})
+            .err,
+        "");
     EXPECT_EQ(set({"c = intf(0xFFFFFFFF)", "--reformat"}).err, "") << "an intf keeps 32 bits";
 }
 
@@ -135,9 +137,7 @@ TEST_F(ToolSetSources, a_diff_of_a_text_without_last_line_feed) {
                     ""}));
 }
 
-// `patch` is not everywhere; where it is, it takes the diffs of all commands that write.
 TEST_F(ToolSetSources, patch_makes_the_new_text_from_the_diff) {
-    if (std::system("command -v patch >/dev/null 2>&1") != 0) GTEST_SKIP() << "no patch here";
     write("source", "{location= {room= \"1.1\"; }; new= {x= 1; }; }");
     for (std::vector<std::string> command :
          {std::vector<std::string>{"set", "two words", "bus/baud = 9600; zz = 1"},

@@ -3,7 +3,6 @@
 #include "qrv/text/scan/cattrscanner.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <locale>
@@ -34,20 +33,24 @@ std::string literal(std::string const &value) {
     return text + '"';
 }
 
-bool is_hexadecimal(std::string const &text) { return text.find_first_of("xX") != text.npos; }
-
-// What a number of more than 31 bits becomes, or one that is too small; empty if it is stored.
-std::string changed_number(std::string const &text) {
-    if (is_hexadecimal(text) || text.find_first_of("uU") != text.npos) {
-        long long const value = std::strtoll(text.c_str(), nullptr, is_hexadecimal(text) ? 16 : 10);
+// What an integer of more than 31 bits becomes, or a number that is too small; empty if it is
+// stored as it is. Larger ones are errors of the reader.
+std::string changed_number(cAttrLiteral const &token) {
+    std::string const &text = token.text;
+    if (token.code == tkInt || token.code == tkUnsigned) {
+        int const base = text.find_first_of("xX") == text.npos ? 10 : 16;
+        long long const value = std::strtoll(text.c_str(), nullptr, base);
         int const stored = static_cast<int>(value);
-        return std::llabs(value) <= 0xffffffffLL && stored != value ? std::to_string(stored) : "";
+        bool const is_signed = token.code == tkInt && base == 10;
+        return is_signed || stored == value || std::llabs(value) > 0xffffffffLL
+                   ? ""
+                   : std::to_string(stored);
     }
     size_t const digits_end = std::min(text.find_first_of("eE"), text.size());
     bool const is_zero = text.find_first_of("123456789") >= digits_end;
-    bool const is_float = text.find_first_of("fF") != text.npos;
-    double const stored = is_float ? static_cast<double>(std::strtof(text.c_str(), nullptr))
-                                   : std::strtod(text.c_str(), nullptr);
+    double const stored = token.code == tkFloat
+                              ? static_cast<double>(std::strtof(text.c_str(), nullptr))
+                              : std::strtod(text.c_str(), nullptr);
     return stored == 0 && !is_zero ? "0" : "";
 }
 
@@ -65,9 +68,8 @@ void tell_changed(cAttrLiteral const &token, cMessages &messages) {
         cPlace const place = behind(place_of(token), token.text, at);
         messages.error(place, "the \\ before " + token.text.substr(at + 1, 1) + " would be lost");
         messages.note(place, "\\\\ is a \\; --convert allows it");
-    } else if (std::isdigit(static_cast<unsigned char>(token.text.back())) ||
-               std::isdigit(static_cast<unsigned char>(token.text.front()))) {
-        std::string const stored = changed_number(token.text);
+    } else if (token.code >= tkInt && token.code <= tkDouble) {
+        std::string const stored = changed_number(token);
         if (stored.empty()) return;
         messages.error(place_of(token), token.text + " would be stored as " + stored);
         messages.note(place_of(token), "--convert stores the changed value");
