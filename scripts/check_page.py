@@ -100,7 +100,8 @@ def main():
     wrong = count = 0
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
-        shutil.copytree(examples, folder / "examples")
+        for files_shown in ("examples", "tests/tool/data/hand"):
+            shutil.copytree(files_shown, folder / files_shown)
         (folder / "build").mkdir()
         before = files(folder)
         for block in blocks:

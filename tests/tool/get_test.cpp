@@ -63,7 +63,12 @@ TEST_F(ToolGet, paths) {
               "x\nx\nx\n7\ny\n");
 }
 
-TEST_F(ToolGet, two_slashes_begin_a_comment) { EXPECT_EQ(value("{a={}}", {"a//b"}), "{}\n"); }
+TEST_F(ToolGet, two_slashes_are_an_error) {
+    EXPECT_EQ(get("{a={}}", {"a//b"}),
+              (cRun{2, "",
+                    "f: error: path 'a//b' contains // outside of quotes, which begins a "
+                    "comment\n"}));
+}
 
 TEST_F(ToolGet, what_is_absent) {
     std::string const text = "{a=[1];b=5}";

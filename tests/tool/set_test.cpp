@@ -499,7 +499,8 @@ TEST_F(ToolSet, many_statements) {
 TEST_F(ToolSet, usage) {
     std::string const hint = "\nRun with --help for more information.\n";
     write("f", "{}");
-    EXPECT_EQ(run({"set", "f"}), (cRun{2, "", "STATEMENTS is required" + hint}));
+    EXPECT_EQ(run({"set", "f"}),
+              (cRun{2, "", "set requires STATEMENTS, --expression or --file" + hint}));
     EXPECT_EQ(run({"set", "f", "a = 1", "--force"}),
               (cRun{2, "", "--force requires --in-place or --output" + hint}));
     EXPECT_EQ(run({"set", "f", "a = 1", "-i", "-o", "g"}).status, 2);

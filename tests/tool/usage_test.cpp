@@ -92,6 +92,7 @@ TEST_F(ToolUsage, help_of_fmt) {
               "                              only report what would change\n"
               "  -i,--in-place Excludes: --check\n"
               "                              replace the file\n"
+              "  --diff                      print what changes, as a unified diff\n"
               "  --force Needs: --in-place   replace the file even if data is lost\n"
               "  --backup{~}                 preserve the old file as FILE~, or with the suffix of "
               "--backup=SUFFIX\n"
@@ -118,14 +119,17 @@ TEST_F(ToolUsage, help_of_set) {
         run({"set", "--help"}),
         (cRun{0,
               "Set values at paths\n"
-              "Usage: qrv set [OPTIONS] FILE STATEMENTS\n"
+              "Usage: qrv set [OPTIONS] FILE [STATEMENTS...]\n"
               "\n"
               "Positionals:\n"
               "  FILE TEXT REQUIRED          the file\n"
-              "  STATEMENTS TEXT REQUIRED    paths, operators and values\n"
+              "  STATEMENTS TEXT ...         paths, operators and values\n"
               "\n"
               "Options:\n"
               "  -h,--help                   Print this help message and exit\n"
+              "  -e,--expression TEXT ...    more statements\n"
+              "  -f,--file TEXT ...          a file of statements; - is standard input\n"
+              "  --arg TEXT:NAME=VALUE ...   $NAME in statements is this string\n"
               "  --no-create                 do not create missing levels\n"
               "  --convert                   store numbers even if they change, such as 1.9 as 1 "
               "in an int\n"
@@ -134,6 +138,7 @@ TEST_F(ToolUsage, help_of_set) {
               "  -o,--output TEXT Excludes: --in-place\n"
               "                              write to this file\n"
               "  --force                     write the file even if data is lost\n"
+              "  --diff                      print what changes, as a unified diff\n"
               "  --reformat                  write the whole file anew in standard layout\n"
               "  --backup{~}                 preserve the old file as FILE~, or with the suffix of "
               "--backup=SUFFIX\n"
@@ -143,7 +148,8 @@ TEST_F(ToolUsage, help_of_set) {
               "                              report at most this many errors, and as many "
               "warnings, for a file\n"
               "\n"
-              "STATEMENTS are separated by ; or , and run in order:\n"
+              "Statements are separated by ; or , and run in order, those of --expression and "
+              "--file last:\n"
               "  path = value    assign the value to what is there, or create an entry\n"
               "  path &= value   replace what is there, of whatever type, or create an entry\n"
               "  path += value   add to a number or a string; add to a map the keys that it lacks\n"
@@ -165,9 +171,16 @@ TEST_F(ToolUsage, help_of_set) {
               "it\n"
               "at all of them and &= at one. &= preserves the comment. STATEMENTS cannot contain\n"
               "comments. Errors are reported as statements:line:column. After an error nothing is\n"
-              "written and the exit code is 2. set reports each comment of the file that would be "
-              "lost.\n"
-              "Then -i and -o write nothing unless --force is given.\n",
+              "written and the exit code is 2.\n"
+              "\n"
+              "Only what changes is written: all other bytes of the file stay as they are. With "
+              "--reformat\n"
+              "set reports each comment that would be lost; then -i and -o need --force.\n"
+              "\n"
+              "In a script give strings by --arg. Whatever VALUE contains, $NAME is one string, "
+              "also as a\n"
+              "key. Inside quotes $NAME is plain text.\n"
+              "  qrv set -i device.attr --arg \"room=$room\" 'location/room = $room'\n",
               ""}));
 }
 
@@ -193,6 +206,7 @@ TEST_F(ToolUsage, help_of_merge) {
             "  -o,--output TEXT Excludes: --in-place\n"
             "                              write to this file\n"
             "  --force                     write the file even if data is lost\n"
+            "  --diff                      print what changes, as a unified diff\n"
             "  --reformat                  write the whole file anew in standard layout\n"
             "  --backup{~}                 preserve the old file as FILE~, or with the suffix of "
             "--backup=SUFFIX\n"
@@ -252,7 +266,7 @@ TEST_F(ToolUsage, examples_of_set_and_merge_work) {
             EXPECT_EQ(WEXITSTATUS(status), loses_comments ? 1 : 0) << line;
         }
     }
-    EXPECT_EQ(examples, 8);
+    EXPECT_EQ(examples, 9);
 }
 
 TEST_F(ToolUsage, help_of_get) {
@@ -269,7 +283,12 @@ TEST_F(ToolUsage, help_of_get) {
             "\n"
             "Options:\n"
             "  -h,--help                   Print this help message and exit\n"
-            "  --text                      print values as in a file, with quotes around strings\n"
+            "  --raw Excludes: --text --json\n"
+            "                              print strings without quotes (the default)\n"
+            "  --text Excludes: --raw --json\n"
+            "                              print values as in a file, with quotes around strings\n"
+            "  --json Excludes: --raw --text\n"
+            "                              print values as JSON\n"
             "  --default TEXT              print this for a path without a value\n"
             "  --canonical                 the library's own format: six digits, no final line "
             "feed\n"

@@ -21,6 +21,16 @@ void cArguments::required(char const *name, std::vector<std::string> &values, cR
     command_.add_option(name, values, help)->required()->expected(count.lowest, count.highest);
 }
 
+void cArguments::repeated(char const *name, std::vector<std::string> &values, char const *help) {
+    command_.add_option(name, values, help)->allow_extra_args(name[0] != '-');
+}
+
+void cArguments::repeated(char const *name, std::vector<std::string> &values, cTest test,
+                          char const *help) {
+    repeated(name, values, help);
+    command_.get_option(name)->check(CLI::Validator(test.wrong, test.kind));
+}
+
 void cArguments::flag(char const *name, bool &value, char const *help) {
     command_.add_flag(name, value, help);
 }

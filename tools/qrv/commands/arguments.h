@@ -34,6 +34,10 @@ class cArguments {
     void required(char const *name, std::vector<std::string> &values, cRange count,
                   char const *help);
 
+    // Any number of values; an option takes one each time it is given.
+    void repeated(char const *name, std::vector<std::string> &values, char const *help);
+    void repeated(char const *name, std::vector<std::string> &values, cTest test, char const *help);
+
     void flag(char const *name, bool &value, char const *help);
     void option(char const *name, std::string &value, char const *help);
     void option(char const *name, std::optional<std::string> &value, char const *help);

@@ -32,6 +32,7 @@ void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.flag("--check", options.check, "only report what would change");
     arguments.flag("-i,--in-place", options.in_place, "replace the file");
     arguments.exclude("--in-place", "--check");
+    add_diff(arguments, options.diff);
     arguments.flag("--force", options.force, "replace the file even if data is lost");
     arguments.need("--force", "--in-place");
     add_target(arguments, options.target, "--in-place", [&options] { return options.in_place; });

@@ -14,6 +14,7 @@ struct cOptions : cWriteOptions {
     std::string path;
     std::string where;
     std::vector<std::string> entry; // key and value, or a value
+    bool convert = false;
 };
 
 constexpr char const *help =
@@ -31,7 +32,8 @@ bool read_entry(cOptions const &options, cNewEntry &entry, cMessages &messages) 
     bool const keyed = options.entry.size() == 2;
     std::string const text = (keyed ? options.entry[0] : "") + " = " + options.entry.back();
     std::string const statement = keyed ? text : 'x' + text;
-    cStatements statements(statement, messages);
+    cNamedValues none;
+    cStatements statements(statement, none, options.convert, messages);
     cStatement read, second;
     if (!statements.next(read) || statements.next(second) || messages.count() > 0) {
         if (messages.count() == 0) messages.error("one key and one value are needed");
@@ -70,6 +72,7 @@ void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.required("PATH", options.path, "an entry that is there");
     arguments.required("before|after", options.where, {"", wrong_place}, "where the new one goes");
     arguments.required("[KEY] VALUE", options.entry, {1, 2}, "the new entry");
+    add_convert(arguments, options.convert);
     add_destination(arguments, options);
     add_max_errors(arguments, options.max_errors);
 }

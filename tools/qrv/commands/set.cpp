@@ -14,22 +14,30 @@
 #include "tools/qrv/commands/shared.h"
 #include "tools/qrv/editing/rewrite.h"
 #include "tools/qrv/editing/statements.h"
+#include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/output.h"
 #include "tools/qrv/verify/attempt.h"
 #include "tools/qrv/verify/mismatch.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <optional>
 
 namespace {
 
 struct cOptions : cWriteOptions {
     std::string file;
-    std::string statements;
-    bool no_create = false; // missing levels are an error
-    bool convert = false;   // values that a conversion changes are stored
+    std::vector<std::string> statements;
+    std::vector<std::string> more;   // statements
+    std::vector<std::string> files;  // with statements
+    std::vector<std::string> values; // NAME=VALUE
+    bool no_create = false;          // missing levels are an error
+    bool convert = false;            // values that a conversion changes are stored
 };
 
 constexpr char const *help =
-    "STATEMENTS are separated by ; or , and run in order:\n"
+    "Statements are separated by ; or , and run in order, those of --expression and --file last:\n"
     "  path = value    assign the value to what is there, or create an entry\n"
     "  path &= value   replace what is there, of whatever type, or create an entry\n"
     "  path += value   add to a number or a string; add to a map the keys that it lacks\n"
@@ -48,8 +56,14 @@ constexpr char const *help =
     "such as 1.9 in an int. If several paths lead to one value, by #cRef, then = changes it\n"
     "at all of them and &= at one. &= preserves the comment. STATEMENTS cannot contain\n"
     "comments. Errors are reported as statements:line:column. After an error nothing is\n"
-    "written and the exit code is 2. set reports each comment of the file that would be lost.\n"
-    "Then -i and -o write nothing unless --force is given.";
+    "written and the exit code is 2.\n"
+    "\n"
+    "Only what changes is written: all other bytes of the file stay as they are. With --reformat\n"
+    "set reports each comment that would be lost; then -i and -o need --force.\n"
+    "\n"
+    "In a script give strings by --arg. Whatever VALUE contains, $NAME is one string, also as a\n"
+    "key. Inside quotes $NAME is plain text.\n"
+    "  qrv set -i device.attr --arg \"room=$room\" 'location/room = $room'";
 
 size_t count_of(objref const &value) {
     auto const *const map = dynamic_cast<cMapObj const *>(value.get());
@@ -244,24 +258,93 @@ class cAssignment {
     std::optional<double> number_; // that it was
 };
 
-bool set_all(objref const &root, cOptions const &options, std::string &told) {
-    cMessages messages("statements", options.max_errors);
-    cStatements statements(options.statements, messages);
-    cStatement statement;
-    while (statements.next(statement)) cAssignment(root, statement, options, messages).run();
-    told = messages.text();
-    return messages.count() == 0;
+// Statements from one place.
+struct cGiven {
+    std::string name; // in messages
+    std::string text;
+};
+
+// All of them in order; nothing, with messages, if a file can't be read.
+std::optional<std::vector<cGiven>> given_by(cOptions const &options) {
+    std::vector<cGiven> all;
+    std::vector<std::string> texts = options.statements;
+    texts.insert(texts.end(), options.more.begin(), options.more.end());
+    for (std::string const &text : texts)
+        all.push_back(
+            {texts.size() == 1 ? "statements" : "statements " + std::to_string(all.size() + 1),
+             text});
+    for (std::string const &file : options.files) {
+        cMessages messages(file, options.max_errors);
+        std::string bytes;
+        if (file == "-" && options.file == "-")
+            messages.error("the standard input cannot be both FILE and the file of statements");
+        else if (read_bytes(file, bytes, messages)) {
+            all.push_back({file, bytes});
+            continue;
+        }
+        put_lines(messages.text());
+        return std::nullopt;
+    }
+    return all;
+}
+
+cNamedValues named_by(cOptions const &options) {
+    cNamedValues named;
+    for (std::string const &value : options.values) {
+        size_t const end = value.find('=');
+        named.values[value.substr(0, end)] = value.substr(end + 1);
+    }
+    return named;
+}
+
+bool set_all(objref const &root, std::vector<cGiven> const &given, cOptions const &options,
+             std::string &told) {
+    cNamedValues named = named_by(options);
+    bool good = true;
+    for (auto const &[name, text] : given) {
+        cMessages messages(name, options.max_errors);
+        cStatements statements(text, named, options.convert, messages);
+        cStatement statement;
+        while (statements.next(statement)) cAssignment(root, statement, options, messages).run();
+        told += messages.text();
+        good = good && messages.count() == 0;
+    }
+    cMessages unused("statements", options.max_errors);
+    for (auto const &[name, value] : named.values)
+        if (good && !named.used.contains(name))
+            unused.error("--arg " + shortened(name) + " is not used");
+    told += unused.text();
+    return good && unused.count() == 0;
 }
 
 int run(cOptions const &options) {
+    std::optional<std::vector<cGiven>> const given = given_by(options);
+    if (!given) return exit_failed;
     return rewrite(options.file, options, [&](cChanging const &file, std::string &told) {
-        return set_all(file.value, options, told);
+        return set_all(file.value, *given, options, told);
     });
+}
+
+std::string wrong_value(std::string const &value) {
+    size_t const end = value.find('=');
+    std::string const name = value.substr(0, end);
+    bool const is_name = !name.empty() && !std::isdigit(static_cast<unsigned char>(name[0])) &&
+                         std::all_of(name.begin(), name.end(), [](unsigned char c) {
+                             return c < 128 && (std::isalnum(c) || c == '_');
+                         });
+    return is_name && end != value.npos ? "" : "NAME=VALUE is needed, not " + value;
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.required("FILE", options.file, "the file");
-    arguments.required("STATEMENTS", options.statements, "paths, operators and values");
+    arguments.repeated("STATEMENTS", options.statements, "paths, operators and values");
+    arguments.repeated("-e,--expression", options.more, "more statements");
+    arguments.repeated("-f,--file", options.files, "a file of statements; - is standard input");
+    arguments.repeated("--arg", options.values, {"NAME=VALUE", wrong_value},
+                       "$NAME in statements is this string");
+    arguments.need("set", "STATEMENTS, --expression or --file", [&options] {
+        return options.statements.empty() && options.more.empty() && options.files.empty();
+    });
     arguments.flag("--no-create", options.no_create, "do not create missing levels");
     add_convert(arguments, options.convert);
     add_destination(arguments, options);

@@ -17,6 +17,10 @@ void add_convert(cArguments &arguments, bool &convert) {
                    "store numbers even if they change, such as 1.9 as 1 in an int");
 }
 
+void add_diff(cArguments &arguments, bool &diff) {
+    arguments.flag("--diff", diff, "print what changes, as a unified diff");
+}
+
 namespace {
 
 std::string wrong_suffix(std::string const &suffix) {
@@ -42,6 +46,7 @@ void add_destination(cArguments &arguments, cWriteOptions &options) {
     arguments.option("-o,--output", options.output, "write to this file");
     arguments.exclude("--output", "--in-place");
     arguments.flag("--force", options.force, "write the file even if data is lost");
+    add_diff(arguments, options.diff);
     arguments.flag("--reformat", options.reformat, "write the whole file anew in standard layout");
     auto const writes_file = [&options] { return options.in_place || !options.output.empty(); };
     arguments.need("--force", "--in-place or --output",

@@ -12,6 +12,7 @@
 void add_max_errors(cArguments &arguments, int &max_errors);
 void add_canonical(cArguments &arguments, bool &canonical);
 void add_convert(cArguments &arguments, bool &convert);
+void add_diff(cArguments &arguments, bool &diff);
 // How a file is written, for commands that write one if an option of `what` is given.
 void add_target(cArguments &arguments, cTargetOptions &options, char const *what,
                 std::function<bool()> const &writes_file);

@@ -91,6 +91,7 @@ bool is_used(objref const &root, cObj const *type) {
 } // namespace
 
 std::vector<objref> keys_of(std::string const &path, cMessages &messages) {
+    if (!is_whole_path(path, messages)) return {};
     std::istringstream is(path);
     is.imbue(std::locale::classic());
     cAttrScan scan(is, false);

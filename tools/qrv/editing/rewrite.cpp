@@ -167,9 +167,11 @@ bool is_same_file(std::string const &name, std::string const &other) {
     return name == other || std::filesystem::equivalent(name, other, error);
 }
 
-int tell_changes(std::string const &name, cReply const &reply) {
+int tell_changes(std::string const &name, cReply const &reply, cWriteOptions const &options) {
     if (reply.text == reply.extra) return reply.status;
-    return put_result(changes(name, reply.extra, reply.text)) ? exit_found : exit_failed;
+    std::string const told = options.diff ? unified_diff(name, reply.extra, reply.text)
+                                          : changes(name, reply.extra, reply.text);
+    return put_result(told) ? exit_found : exit_failed;
 }
 
 } // namespace
@@ -190,7 +192,11 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     bool const plain_output = options.canonical && !options.in_place;
     if (!plain_output && !reply.comes_back)
         return refuse(name, "the new text would change when it is read and written again");
-    if (options.check) return tell_changes(name, reply);
+    bool const only_told = options.check || (options.diff && target.name().empty());
+    if (only_told || options.diff) {
+        int const told = tell_changes(name, reply, options);
+        if (only_told || told == exit_failed) return told;
+    }
     if (target.name().empty()) return put_result(reply.text) ? reply.status : exit_failed;
     return put_into(target, reply, options,
                     reads_target ? std::optional<std::string_view>(reply.extra) : std::nullopt);

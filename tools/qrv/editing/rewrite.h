@@ -11,6 +11,7 @@
 // Where the result goes: to standard output, unless an option names something else.
 struct cWriteOptions {
     bool check = false; // nowhere
+    bool diff = false;  // what changes, as a diff, to standard output
     bool in_place = false;
     bool force = false; // a file is replaced even where something is lost
     std::string output; // a file of that name; - is standard output

@@ -16,8 +16,6 @@ bool is_operator(int code) {
     return code == '=' || code == tkAddAssign || code == tkShiftLeft || code == tkAndAssign;
 }
 
-cPlace place_of(cAttrLiteral const &token) { return {token.line, token.column + 1}; }
-
 std::string quoted(cAttrLiteral const &token) { return '\'' + shortened(token.text) + '\''; }
 
 bool is_key(cAttrLiteral const &token) {
@@ -29,17 +27,23 @@ bool is_key(cAttrLiteral const &token) {
 
 } // namespace
 
-cStatements::cStatements(std::string const &text, cMessages &messages)
-    : text_(text), in_(text), scan_(in_), messages_(messages) {
+cStatements::cStatements(std::string const &text, cNamedValues &named, bool convert,
+                         cMessages &messages)
+    : messages_(messages), errors_before_(messages.count()),
+      text_(tell_unread(text) ? text : std::string(), named, convert, messages), in_(text_.text()),
+      scan_(in_) {
     in_.imbue(std::locale::classic());
-    size_t const before = messages.count();
-    tell_unread();
-    readable_ = messages.count() == before;
+    if (messages.count() == errors_before_) tell_unheard_values();
+    readable_ = messages.count() == errors_before_;
 }
 
-// What the scanner would pass over, or stop at.
-void cStatements::tell_unread() {
-    cSurvey const found = survey(text_);
+cPlace cStatements::place_of(cAttrLiteral const &token) const {
+    return text_.written_place({token.line, token.column + 1});
+}
+
+// What the scanner would pass over, or stop at. Is there nothing of that?
+bool cStatements::tell_unread(std::string const &text) {
+    cSurvey const found = survey(text);
     for (cComment const &comment : found.comments) {
         messages_.error(comment.place, "this comment would be lost: " + shortened(comment.text));
         messages_.note(comment.place, "leave it out; a string that contains // or /* needs quotes");
@@ -52,8 +56,13 @@ void cStatements::tell_unread() {
         messages_.error(stray.place, stray.text);
         messages_.note(stray.place, "put the string that contains it in quotes");
     }
+    return messages_.count() == errors_before_;
+}
+
+void cStatements::tell_unheard_values() {
+    std::string const &text = text_.text();
     cat::ReadReport passed_over(static_cast<size_t>(messages_.limit()));
-    tell_unheard(cSource(text_), behind({}, text_, text_.size()), {}, passed_over);
+    tell_unheard(cSource(text), behind({}, text, text.size()), {}, passed_over);
     tell(passed_over);
 }
 
@@ -112,7 +121,7 @@ bool cStatements::read_path(cStatement &statement) {
 }
 
 void cStatements::tell(cat::ReadError const &error) {
-    cPlace const place{error.line, error.column};
+    cPlace const place = text_.written_place({error.line, error.column});
     messages_.error(place, with_short_path(error.text, error.path), error.code);
     if (error.kind == cat::ErrorKind::read_scalar || error.kind == cat::ErrorKind::read_key_scalar)
         messages_.note(place, "the number is too large; the largest int is 2147483647");
@@ -136,7 +145,7 @@ bool cStatements::read_value(cStatement &statement, bool &good) {
                       "an empty string is \"\", an empty map {}, a vector []");
     scan_.ungettoken(token);
     cat::ReadReport report(static_cast<size_t>(messages_.limit()));
-    cRules rules(text_, report, '/' + statement.path);
+    cRules rules(text_.text(), report, '/' + statement.path);
     int end = 0;
     int const result = scan_.scan_obj(statement.value, &end);
     rules.tell_unexplained();

@@ -9,6 +9,7 @@
 #include "qrv/core/cobj.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
+#include "tools/qrv/editing/statement_text.h"
 #include "tools/qrv/output/messages.h"
 
 #include <sstream>
@@ -25,8 +26,8 @@ struct cStatement {
 
 class cStatements {
   public:
-    // Errors go to messages, with places in the text, which is borrowed.
-    cStatements(std::string const &text, cMessages &messages);
+    // Errors go to messages, with places in the text. Both are borrowed, and so is `named`.
+    cStatements(std::string const &text, cNamedValues &named, bool convert, cMessages &messages);
     cStatements(cStatements const &) = delete;
     cStatements &operator=(cStatements const &) = delete;
     ~cStatements() = default;
@@ -41,7 +42,9 @@ class cStatements {
         explicit cScan(std::istream &is) : cAttrScan(is, false) {}
     };
 
-    void tell_unread();
+    bool tell_unread(std::string const &text);
+    void tell_unheard_values();
+    cPlace place_of(cAttrLiteral const &token) const;
     void tell(cat::ReadError const &error);
     void tell(cat::ReadReport const &report);
     bool read_path(cStatement &statement);
@@ -49,9 +52,10 @@ class cStatements {
     bool read_value(cStatement &statement, bool &good);
     bool refuse(cAttrLiteral const &token, std::string const &text, std::string const &advice);
 
-    std::string const &text_;
+    cMessages &messages_;
+    size_t errors_before_;
+    cStatementText const text_;
     std::istringstream in_;
     cScan scan_;
-    cMessages &messages_;
     bool readable_;
 };

@@ -71,6 +71,45 @@ cTexts lines_of(std::string const &text) {
     return lines;
 }
 
+// Lines with their line feeds; the last may have none.
+cTexts whole_lines_of(std::string const &text) {
+    cTexts lines;
+    for (size_t at = 0, end = 0; at < text.size(); at = end) {
+        size_t const feed = text.find('\n', at);
+        end = feed == text.npos ? text.size() : feed + 1;
+        lines.push_back(text.substr(at, end - at));
+    }
+    return lines;
+}
+
+std::string marked(char mark, std::string const &line) {
+    return mark + line + (line.ends_with('\n') ? "" : "\n\\ No newline at end of file\n");
+}
+
+// "3,7": first line and number of lines. An empty stretch is named by the line before it.
+std::string stretch(size_t first, size_t count) {
+    return std::to_string(count > 0 ? first + 1 : first) + ',' + std::to_string(count);
+}
+
+// A line of both texts, or of one of them: its index in both.
+struct cStep {
+    char mark; // ' ', '-' or '+'
+    size_t before, after;
+};
+
+std::vector<cStep> steps_from(cTexts const &a, cTexts const &b) {
+    std::vector<int> const kept = kept_in(a, b);
+    std::vector<cStep> steps;
+    size_t i = 0, j = 0;
+    while (i < a.size() || j < b.size()) {
+        for (; i < a.size() && kept[i] < 0; ++i) steps.push_back({'-', i, j});
+        size_t const next = i < a.size() ? static_cast<size_t>(kept[i]) : b.size();
+        for (; j < next; ++j) steps.push_back({'+', i, j});
+        if (i < a.size()) steps.push_back({' ', i++, j++});
+    }
+    return steps;
+}
+
 } // namespace
 
 std::string changes(std::string const &name, std::string const &before, std::string const &after) {
@@ -90,4 +129,36 @@ std::string changes(std::string const &name, std::string const &before, std::str
     }
     if (told.empty()) told = name + ": would change: the line end of the last line\n";
     return told;
+}
+
+std::string unified_diff(std::string const &name, std::string const &before,
+                         std::string const &after) {
+    constexpr size_t around = 3;
+    cTexts const a = whole_lines_of(before), b = whole_lines_of(after);
+    std::vector<cStep> const steps = steps_from(a, b);
+    std::string diff;
+    size_t at = 0;
+    for (;;) {
+        while (at < steps.size() && steps[at].mark == ' ') ++at;
+        if (at == steps.size()) break;
+        size_t const first = at < around ? 0 : at - around;
+        size_t end = at; // after the last change of this hunk
+        for (size_t i = at; i < steps.size() && i < end + 2 * around + 1; ++i)
+            if (steps[i].mark != ' ') end = i + 1;
+        size_t const last = std::min(end + around, steps.size());
+        size_t olds = 0, news = 0;
+        std::string lines;
+        for (size_t i = first; i < last; ++i) {
+            olds += steps[i].mark != '+';
+            news += steps[i].mark != '-';
+            lines += marked(steps[i].mark,
+                            steps[i].mark == '+' ? b[steps[i].after] : a[steps[i].before]);
+        }
+        diff += "@@ -" + stretch(steps[first].before, olds) + " +" +
+                stretch(steps[first].after, news) + " @@\n" + lines;
+        at = last;
+    }
+    // A tab ends a name that contains blanks.
+    std::string const end_of_name = name.find(' ') == name.npos ? "\n" : "\t\n";
+    return diff.empty() ? diff : "--- " + name + end_of_name + "+++ " + name + end_of_name + diff;
 }

@@ -7,3 +7,8 @@
 // Each stretch that differs: "name:3: would change", then the lines that go and those that come,
 // behind "- " and "+ ".
 std::string changes(std::string const &name, std::string const &before, std::string const &after);
+
+// The same as a unified diff, with three lines around each change, as `patch` reads it; empty if
+// the texts are equal.
+std::string unified_diff(std::string const &name, std::string const &before,
+                         std::string const &after);

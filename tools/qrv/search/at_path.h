@@ -9,4 +9,7 @@
 // The value at the path, null when there is none; false, told, when the path can't be read.
 bool find_at(objref const &top, std::string const &path, objref &value, cMessages &messages);
 
+// False, with an error, for // or /* outside of quotes: the rest would be a comment.
+bool is_whole_path(std::string const &path, cMessages &messages);
+
 void tell_absent(std::string const &path, cMessages &messages);

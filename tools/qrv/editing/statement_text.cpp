@@ -1,0 +1,134 @@
+#include "tools/qrv/editing/statement_text.h"
+
+#include "qrv/text/scan/cattrscanner.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <locale>
+#include <sstream>
+
+namespace {
+
+class cTokens : public cAttrScanner {
+  public:
+    explicit cTokens(std::istream &is) : cAttrScanner(is) {
+        return_all(true); // blanks too, so the texts of all tokens are the whole text
+    }
+    bool next(cAttrLiteral &token) const {
+        gettoken(token);
+        return token.code != tkEof;
+    }
+};
+
+cPlace place_of(cAttrLiteral const &token) { return {token.line, token.column + 1}; }
+
+// As a file has it: one token, whatever it contains.
+std::string literal(std::string const &value) {
+    std::string text = "\"";
+    for (char const c : value) {
+        if (c == '"' || c == '\\' || c == '\n') text += '\\';
+        text += c;
+    }
+    return text + '"';
+}
+
+// What an integer of more than 31 bits becomes, or a number that is too small; empty if it is
+// stored as it is. Larger ones are errors of the reader.
+std::string changed_number(cAttrLiteral const &token) {
+    std::string const &text = token.text;
+    if (token.code == tkInt || token.code == tkUnsigned) {
+        int const base = text.find_first_of("xX") == text.npos ? 10 : 16;
+        long long const value = std::strtoll(text.c_str(), nullptr, base);
+        int const stored = static_cast<int>(value);
+        bool const is_signed = token.code == tkInt && base == 10;
+        return is_signed || stored == value || std::llabs(value) > 0xffffffffLL
+                   ? ""
+                   : std::to_string(stored);
+    }
+    size_t const digits_end = std::min(text.find_first_of("eE"), text.size());
+    bool const is_zero = text.find_first_of("123456789") >= digits_end;
+    double const stored = token.code == tkFloat
+                              ? static_cast<double>(std::strtof(text.c_str(), nullptr))
+                              : std::strtod(text.c_str(), nullptr);
+    return stored == 0 && !is_zero ? "0" : "";
+}
+
+// The first character with a \ that it does not need, or the end.
+size_t needless_escape(std::string const &text) {
+    for (size_t at = text.find('\\'); at < text.size(); at = text.find('\\', at + 2))
+        if (at + 1 < text.size() && !std::strchr("\\\"'\r\n", text[at + 1])) return at;
+    return text.npos;
+}
+
+void tell_changed(cAttrLiteral const &token, cMessages &messages) {
+    if (token.code == tkString) {
+        size_t const at = needless_escape(token.text);
+        if (at == token.text.npos) return;
+        cPlace const place = behind(place_of(token), token.text, at);
+        messages.error(place, "the \\ before " + token.text.substr(at + 1, 1) + " would be lost");
+        messages.note(place, "\\\\ is a \\; --convert allows it");
+    } else if (token.code >= tkInt && token.code <= tkDouble) {
+        std::string const stored = changed_number(token);
+        if (stored.empty()) return;
+        messages.error(place_of(token), token.text + " would be stored as " + stored);
+        messages.note(place_of(token), "--convert stores the changed value");
+    }
+}
+
+} // namespace
+
+cStatementText::cStatementText(std::string const &written, cNamedValues &named, bool convert,
+                               cMessages &messages) {
+    std::istringstream in(written);
+    in.imbue(std::locale::classic());
+    cTokens const tokens(in);
+    cAttrLiteral token, before;
+    bool in_intf = false; // which keeps the form of a number, and all its bits
+    cPlace end;           // of text_
+    for (bool more = tokens.next(token); more;) {
+        cPlace const place = place_of(token);
+        std::string text = token.text;
+        if (token.code == '$') {
+            more = tokens.next(token);
+            std::string const name = more && token.code == tkIdent ? token.text : "";
+            auto const found = named.values.find(name);
+            if (found == named.values.end()) {
+                messages.error(place, name.empty() ? "a name is missing after $"
+                                                   : "$" + shortened(name) + " has no value");
+                messages.note(place, name.empty()
+                                         ? "a string that contains $ needs quotes"
+                                         : "--arg " + shortened(name) + "=VALUE gives one");
+                continue;
+            }
+            named.used.insert(name);
+            text = literal(found->second);
+            cPlace const begin = end;
+            end = behind(end, text, text.size());
+            replaced_.push_back({begin, end, place, behind(place, "$" + name, name.size() + 1)});
+            text_ += text;
+            more = tokens.next(token);
+            continue;
+        }
+        if (token.code == '(') in_intf = before.text == "intf";
+        if (token.code == ')') in_intf = false;
+        if (!convert && !in_intf) tell_changed(token, messages);
+        end = behind(end, text, text.size());
+        text_ += text;
+        if (token.code != tkSpace) before = token;
+        more = tokens.next(token);
+    }
+}
+
+cPlace cStatementText::written_place(cPlace place) const {
+    auto const next =
+        std::upper_bound(replaced_.begin(), replaced_.end(), place,
+                         [](cPlace at, cReplaced const &replaced) { return at < replaced.begin; });
+    if (next == replaced_.begin()) return place;
+    cReplaced const &replaced = *std::prev(next);
+    if (place < replaced.end) return replaced.written_begin;
+    if (place.line == replaced.end.line)
+        return {replaced.written_end.line,
+                replaced.written_end.column + (place.column - replaced.end.column)};
+    return {place.line - (replaced.end.line - replaced.written_end.line), place.column};
+}
