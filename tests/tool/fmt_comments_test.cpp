@@ -58,7 +58,7 @@ TEST_F(ToolFmtComments, between_a_key_and_its_value) {
     becomes("{\n a= // v\n 1;\n}", "{\n  a= 1; // v\n}\n");
     becomes("{\n a= // v\n [\n1];\n}", "{\n  a= [ // v\n      1,\n  ];\n}\n");
     becomes("{\n a= // v\n [1];\n b= /* w */ [2];\n}",
-            "{\n  a= [1, ]; // v\n  b= [/* w */ 2, ];\n}\n");
+            "{\n  a= [ // v\n      1,\n  ];\n  b= [/* w */ 2, ];\n}\n");
 }
 
 TEST_F(ToolFmtComments, after_the_bracket_that_closes_many_lines) {

@@ -479,8 +479,9 @@ void cComments::make_room(objref const &value) const {
     std::unordered_set<std::uint32_t> wanted;
     for (SourceComment const &comment : comments_) {
         if (comment.entry == none || !remark_of(bytes_, comment).needs_lines()) continue;
-        bool const inside = comment.where == SourceComment::inside &&
-                            is_between_brackets(entries_[comment.entry], comment.span.begin);
+        SourceEntry const &entry = entries_[comment.entry];
+        bool const inside = comment.where == SourceComment::inside && !entry.open.empty() &&
+                            (entry.close.empty() || comment.span.begin < entry.close.begin);
         size_t around = inside ? comment.entry : entries_[comment.entry].parent;
         for (; around != none && !needs_lines[around]; around = entries_[around].parent) {
             needs_lines[around] = true;
