@@ -6,6 +6,7 @@
 //      number doesn't come out is told; and so is text behind the value
 //   3  the new text is read alone: the image of its value must be that of the value that was
 //      written, and written again its bytes must be the same
+// `fmt` uses format.cpp for these steps, unless the plain writer's bytes are asked for.
 // Only then the text is put out, or in the file's place. There a loss is refused unless forced, and
 // bytes that don't come back the same in any case.
 
