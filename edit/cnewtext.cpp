@@ -82,6 +82,8 @@ std::string NewText::value(Item const &item, Layout const &layout) {
         return literal(item, layout);
     case Item::fresh:
         return fresh(item, layout);
+    case Item::absent:
+        return "";
     case Item::reference: {
         std::string const path = Plan::path(*item.target);
         return "#cRef(" + (path.empty() ? "/" : path) + ")";

@@ -6,6 +6,7 @@
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 
 #include <algorithm>
@@ -103,6 +104,7 @@ std::string Plan::path(Item const &item) {
 Item &Plan::add(Item *parent, Slot const &slot, objref const &value) {
     Item &item = items_.emplace_back();
     item.parent = parent;
+    item.depth = parent ? parent->depth + 1 : 0;
     item.node = slot.node;
     item.value = value;
     item.position = slot.position;
@@ -203,6 +205,10 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
         if (arranged_.count(item.source)) item.source = none; // another copy of it is written there
         item.how = item.source == none ? Item::fresh : Item::block;
         if (item.how == Item::block) return add_children(item, {item.source});
+        if (item.depth >= cat::max_read_depth) {
+            item.how = Item::absent;
+            return;
+        }
         if (has_known_brackets(*item.value)) return add_fresh_children(item);
         item.how = Item::literal;
         return;

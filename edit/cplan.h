@@ -49,6 +49,7 @@ struct Item {
         literal,   // new text without parts
         block,     // a container: the brackets at `source`, with the children
         fresh,     // a container with new brackets
+        absent,    // no text: it is deeper than any reading goes
         reference  // #cRef(the path of `target`)
     };
 
@@ -56,6 +57,7 @@ struct Item {
     cAttrNode const *node = nullptr; // null for the outermost value
     objref value;
     size_t position = 0; // in its container
+    int depth = 0;       // of containers around it
     size_t old = none;   // the entry that it was
     bool moved = false;  // `old` is at another place of the text
     size_t source = none;

@@ -43,14 +43,14 @@ TEST_F(ToolFmtInPlace, replaces_the_file_and_leaves_nothing_beside) {
 
 TEST_F(ToolFmtInPlace, takes_several_files_and_goes_on_behind_one_that_is_refused) {
     write("a", "[1]");
-    write("f", "[1] // x");
+    write("f", "[1] x");
     write("c", "[2]");
     EXPECT_EQ(run({"fmt", "--in-place", "a", "f", "nowhere", "c"}),
               (cRun{2, "",
-                    "f:1:5: error: this comment would be lost: // x\n" + refused +
+                    "f:1:5: error: text after the first value would be lost\n" + refused +
                         "nowhere: error: cannot read: No such file or directory\n"}));
     EXPECT_EQ(read("a"), "[1, ]\n");
-    EXPECT_EQ(read("f"), "[1] // x");
+    EXPECT_EQ(read("f"), "[1] x");
     EXPECT_EQ(read("c"), "[2, ]\n");
     EXPECT_EQ(files(), 3u);
 }
@@ -117,13 +117,10 @@ TEST_F(ToolFmtInPlace, refuses_a_file_that_must_not_be_written) {
     EXPECT_EQ(files(), 1u);
 }
 
-TEST_F(ToolFmtInPlace, refuses_when_a_comment_would_be_lost_unless_forced) {
-    write("f", "[1] // x");
-    std::string const told = "f:1:5: error: this comment would be lost: // x\n";
-    EXPECT_EQ(in_place(), (cRun{2, "", told + refused}));
-    EXPECT_EQ(read("f"), "[1] // x");
-    EXPECT_EQ(in_place({"--force"}), (cRun{0, "", told}));
-    EXPECT_EQ(read("f"), "[1, ]\n");
+TEST_F(ToolFmtInPlace, never_refuses_for_comments) {
+    write("f", "[1 /* a */ , // b\n2] // x");
+    EXPECT_EQ(in_place(), silent);
+    EXPECT_EQ(read("f"), "[\n  1, /* a */ // b\n  2,\n] // x\n");
     EXPECT_EQ(in_place(), silent);
     EXPECT_EQ(files(), 1u);
 }
@@ -228,14 +225,14 @@ TEST_F(ToolFmtInPlace, shows_a_name_with_a_line_feed_on_one_line) {
     write("a\nb", "[1]");
     EXPECT_EQ(run({"fmt", "-i", "a\nb"}), silent);
     EXPECT_EQ(read("a\nb"), "[1, ]\n");
-    write("a\nb", "[1] // x");
+    write("a\nb", "[1] x");
     EXPECT_EQ(
         run({"fmt", "-i", "a\nb"}),
         (cRun{
             2, "",
-            "a\\x0ab:1:5: error: this comment would be lost: // x\n"
+            "a\\x0ab:1:5: error: text after the first value would be lost\n"
             "a\\x0ab: error: not written: data would be lost; --force writes the file anyway\n"}));
-    EXPECT_EQ(read("a\nb"), "[1] // x");
+    EXPECT_EQ(read("a\nb"), "[1] x");
 }
 
 TEST_F(ToolFmtInPlace, does_not_need_the_standard_output) {

@@ -17,7 +17,7 @@ class ToolFromJson : public tool_test::Tool {
         cRun const run = convert(json);
         EXPECT_EQ(run.status, 0) << json;
         EXPECT_EQ(run.err, "") << json;
-        EXPECT_EQ(fmt(run.out), (cRun{0, run.out, ""}));
+        EXPECT_EQ(run_on(run.out, {"fmt", "--trailing-blanks"}), (cRun{0, run.out, ""}));
         EXPECT_EQ(check(run.out), "");
         return run.out;
     }

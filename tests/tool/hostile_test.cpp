@@ -79,9 +79,12 @@ TEST_F(ToolHostile, a_megabyte_of_quotes_and_backslashes) {
 }
 
 TEST_F(ToolHostile, a_hundred_thousand_comments_behind_constants) {
-    cRun const run = fmt("{\n" + times("a=#nil; // x\n", 100000) + "}");
+    std::string const text = "{\n" + times("a=#nil; // x\n", 100000) + "}";
+    std::string const below = times("           // x\n", 99999);
+    EXPECT_EQ(fmt(text), (cRun{0, "{\n  a= #nil; // x\n" + below + "}\n", ""}));
+    cRun const run = run_on(text, {"fmt", "--canonical"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.out, "{\n  a= #nil;\n}\n");
+    EXPECT_EQ(run.out, "{\n  a= #nil;\n}");
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 101);
     EXPECT_EQ(run.err.substr(run.err.rfind("f: ")), "f: error: 99900 more\n");
 }

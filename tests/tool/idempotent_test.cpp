@@ -1,7 +1,10 @@
-// What `fmt` wrote stays as it is when it is formatted again, and nothing more is lost.
+// What `fmt` wrote stays as it is when it is formatted again, and no comment is lost.
 
 #include "tests/tool/tool_run.h"
 
+#include <algorithm>
+#include <cctype>
+#include <iterator>
 #include <random>
 
 using tool_test::cRun;
@@ -16,7 +19,7 @@ class cRandomText {
 
     std::string text() {
         out_.clear();
-        keys_ = 0;
+        keys_ = comments_ = 0;
         gap();
         container(4);
         gap();
@@ -41,7 +44,11 @@ class cRandomText {
                                            " /* two\n lines */ ",
                                            "//\n",
                                            "/**/"};
-        one_of(gaps);
+        std::string gap = gaps[below(std::size(gaps))];
+        size_t const comment = gap.find('/');
+        if (comment != std::string::npos && below(4) > 0)
+            gap.insert(comment + 2, std::to_string(++comments_) + ' ');
+        out_ += gap;
     }
 
     void scalar() {
@@ -123,6 +130,7 @@ class cRandomText {
     std::string out_;
     std::vector<std::string> named_; // keys of the outermost map that have a value
     int keys_ = 0;
+    int comments_ = 0;
 };
 
 class ToolIdempotent : public tool_test::Tool {
@@ -137,6 +145,19 @@ class ToolIdempotent : public tool_test::Tool {
         EXPECT_EQ(forced.status, 0);
         EXPECT_EQ(forced.out, "");
         EXPECT_EQ(run(second), (cRun{0, "", ""}));
+    }
+    // Without white space, which is different at a new place.
+    std::vector<std::string> comments_in(std::string const &bytes) const {
+        std::string const tokens = run_on(bytes, {"tokens", "--all"}).out;
+        std::vector<std::string> found;
+        for (size_t at = 0; (at = tokens.find("TOKEN:265:", at)) != std::string::npos;) {
+            size_t const begin = tokens.find('\'', at);
+            at = std::min(tokens.find("'\nTOKEN:", begin), tokens.size());
+            found.emplace_back();
+            for (char const c : tokens.substr(begin, at - begin))
+                if (!std::isspace(static_cast<unsigned char>(c))) found.back() += c;
+        }
+        return found;
     }
 };
 
@@ -155,27 +176,24 @@ TEST_F(ToolIdempotent, random_files) {
     settles(names);
 }
 
-// Without shared values, whose comments are written at each place.
-TEST_F(ToolIdempotent, every_comment_of_a_random_file_is_written_or_told) {
-    for (unsigned long seed = 201; seed <= 240; ++seed) {
+TEST_F(ToolIdempotent, files_written_by_hand) {
+    for (std::string const name : {"router.attr", "test_plan.attr", "shop.attr"})
+        write(name, tool_test::bytes_of(test::source_file("tests/tool/data/hand/" + name)));
+    settles({"router.attr", "test_plan.attr", "shop.attr"});
+}
+
+TEST_F(ToolIdempotent, every_comment_of_a_random_file_is_written_once_and_in_order) {
+    for (unsigned long seed = 201; seed <= 300; ++seed) {
         std::string const text = cRandomText(seed, false).text();
-        write("f", text);
-        cRun const run = this->run({"fmt", "--max-errors", "1000", "f"});
-        auto const count = [](std::string const &all, std::string const &part) {
-            size_t n = 0;
-            for (size_t at = 0; (at = all.find(part, at)) != std::string::npos; ++at) ++n;
-            return n;
-        };
-        auto const comments = [&](std::string const &bytes) {
-            write("g", bytes);
-            return count(this->run({"tokens", "--all", "g"}).out, "TOKEN:265:");
-        };
-        EXPECT_EQ(comments(text),
-                  comments(run.out) + count(run.err, ": error: this comment would be lost: "))
-            << "seed " << seed << "\n"
-            << text << "\n--- gives\n"
-            << run.out << run.err;
-        EXPECT_EQ(run.status, run.err.empty() ? 0 : 1) << run.err;
+        cRun const run = fmt(text);
+        std::vector<std::string> before = comments_in(text), after = comments_in(run.out);
+        if (text.find('<') != std::string::npos) { // equal values in a set become one
+            std::sort(before.begin(), before.end());
+            std::sort(after.begin(), after.end());
+        }
+        EXPECT_EQ(before, after) << "seed " << seed << "\n" << text << "\n--- gives\n" << run.out;
+        EXPECT_EQ(run.err, "");
+        EXPECT_EQ(run.status, 0);
     }
 }
 

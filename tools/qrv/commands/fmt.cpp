@@ -16,9 +16,12 @@ constexpr char const *help =
     "Examples:\n"
     "  qrv fmt device.attr            prints the value in standard layout\n"
     "  qrv fmt --check *.attr         reports what is not in standard layout\n"
-    "  qrv fmt -i device.attr         replaces the file and preserves its comments\n"
-    "fmt reports each comment that would be lost, and text after the first value, with its\n"
-    "position. Then -i does not replace the file unless --force is given.";
+    "  qrv fmt -i device.attr         replaces the file\n"
+    "fmt preserves all comments. It moves them with their entries and indents them again; a\n"
+    "container on one line becomes many lines if a comment in it needs that. With --canonical\n"
+    "some comments are lost. fmt reports those, and text after the first value, with their\n"
+    "positions. Then -i does not replace the file unless --force is given. --check accepts blanks\n"
+    "at line ends that the writer leaves there, such as those after the bracket in \"]; \".";
 
 int run(cOptions const &options) {
     int status = exit_done;
@@ -36,7 +39,10 @@ void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.flag("--force", options.force, "replace the file even if data is lost");
     arguments.need("--force", "--in-place");
     add_target(arguments, options.target, "--in-place", [&options] { return options.in_place; });
+    arguments.flag("--trailing-blanks", options.trailing_blanks,
+                   "keep the blanks that the writer leaves at line ends");
     add_canonical(arguments, options.canonical);
+    arguments.exclude("--trailing-blanks", "--canonical");
     add_max_errors(arguments, options.max_errors);
 }
 

@@ -6,12 +6,14 @@
 //      number doesn't come out is told; and so is text behind the value
 //   3  the new text is read alone: the image of its value must be that of the value that was
 //      written, and written again its bytes must be the same
+// `fmt` uses format.cpp for these steps, unless the plain writer's bytes are asked for.
 // Only then the text is put out, or in the file's place. There a loss is refused unless forced, and
 // bytes that don't come back the same in any case.
 
 #include "tools/qrv/editing/rewrite.h"
 
 #include "qrv/base/platform/cplatform.h"
+#include "tools/qrv/editing/format.h"
 #include "tools/qrv/editing/splice.h"
 #include "tools/qrv/output/diff.h"
 #include "tools/qrv/output/output.h"
@@ -31,7 +33,7 @@ bool unchanged(cChanging const &, std::string &) { return true; }
 struct cTask {
     cWriteOptions const &options;
     cChange const &change;
-    bool spliced = false; // or else written anew
+    enum cWay : unsigned char { anew, spliced, formatted } way = anew;
 };
 
 // Reads a text, changes the value and writes it. Status: is the reply's text the new one? `extra`:
@@ -123,7 +125,14 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
         reply.messages = messages.text();
         return;
     }
-    if (task.spliced) {
+    if (task.way == cTask::formatted) {
+        format(reply.extra, task.options.trailing_blanks, messages, reply);
+        // Both layouts are right.
+        cReply other;
+        if (task.options.check && reply.status == exit_done && reply.text != reply.extra)
+            format(reply.extra, !task.options.trailing_blanks, messages, other);
+        if (other.text == reply.extra) reply.text = reply.extra;
+    } else if (task.way == cTask::spliced) {
         splice(reply.extra, task.change, messages, reply);
         reply.comes_back = reply.status == exit_done;
     } else {
@@ -179,13 +188,14 @@ int tell_changes(std::string const &name, cReply const &reply, cWriteOptions con
 int rewrite(std::string const &name, cWriteOptions const &options, cChange const &change) {
     if (options.in_place && name == "-") return refuse(name, "it is the standard input");
     cChange const made = change ? change : unchanged;
-    bool const spliced = change && !options.reformat && !options.canonical;
+    cTask::cWay way = options.reformat || options.canonical ? cTask::anew : cTask::spliced;
+    if (!change && !options.canonical) way = cTask::formatted;
     cTarget target(target_of(name, options), options.target);
     // Otherwise the folder is locked only to write: what is read may be a pipe from a process that
     // needs the lock.
     bool const reads_target = !target.name().empty() && is_same_file(name, target.name());
     if (reads_target && !target.lock()) return exit_failed;
-    cReply const reply = apart(name, [&](cReply &r) { work(name, {options, made, spliced}, r); });
+    cReply const reply = apart(name, [&](cReply &r) { work(name, {options, made, way}, r); });
     put_lines(reply.messages);
     if (reply.status == exit_failed) return exit_failed;
     // The plain writer's bytes may not be readable: a loss that was told, but nothing to keep.

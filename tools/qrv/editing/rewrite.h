@@ -17,7 +17,8 @@ struct cWriteOptions {
     std::string output; // a file of that name; - is standard output
     cTargetOptions target;
     bool canonical = false;
-    bool reformat = false; // the whole file anew, instead of the changed bytes
+    bool trailing_blanks = false; // as the writer leaves them
+    bool reformat = false;        // the whole file anew, instead of the changed bytes
     int max_errors = default_max_errors;
 };
 

@@ -1,0 +1,510 @@
+#include "tools/qrv/editing/comments.h"
+
+#include "qrv/containers/citerobj.h"
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/text/write/cwriter.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace {
+
+using cat::SourceComment;
+using cat::SourceEntry;
+
+constexpr size_t none = SourceEntry::none;
+
+bool is_blank(char c) { return c == ' ' || c == '\t'; }
+bool is_white(char c) { return is_blank(c) || c == '\n' || c == '\r'; }
+
+size_t white_begin(std::string const &text, size_t at) {
+    while (at > 0 && is_white(text[at - 1])) --at;
+    return at;
+}
+
+size_t white_end(std::string const &text, size_t at) {
+    while (at < text.size() && is_white(text[at])) ++at;
+    return at;
+}
+
+std::vector<SourceEntry> entries_of(cat::SourceMap const &map) {
+    std::vector<SourceEntry> entries;
+    entries.reserve(map.size());
+    for (size_t i = 0; i < map.size(); ++i) entries.push_back(map.entry(i));
+    return entries;
+}
+
+using cChildren = std::vector<std::vector<size_t>>;
+
+cChildren children_of(std::vector<SourceEntry> const &entries) {
+    cChildren children(entries.size());
+    for (SourceEntry const &entry : entries)
+        if (entry.parent != none) children[entry.parent].push_back(entry.number);
+    return children;
+}
+
+bool is_between_brackets(SourceEntry const &entry, size_t offset) {
+    return !entry.open.empty() && offset >= entry.open.end &&
+           (entry.close.empty() || offset < entry.close.begin);
+}
+
+// As the library keeps comments: without carriage returns, but one that keeps * and / apart becomes
+// a blank.
+std::string without_returns(std::string_view text) {
+    std::string result;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r')
+            result += text[i];
+        else if (!result.empty() && result.back() == '*' && text.substr(i + 1).starts_with('/'))
+            result += ' ';
+    }
+    return result;
+}
+
+// --- comments of the file ---
+
+// One comment with the white space around it.
+struct cRemark {
+    std::string text;
+    std::string gap;         // the white space before it on its line
+    size_t lines_before = 0; // line ends between it and what is before it
+    size_t lines_after = 0;
+    bool own_line = false;
+
+    bool to_line_end() const { return text.starts_with("//"); }
+    bool needs_lines() const {
+        return own_line || to_line_end() || text.find('\n') != std::string::npos;
+    }
+};
+
+cRemark remark_of(std::string const &bytes, SourceComment const &comment) {
+    cRemark remark;
+    auto const lines = [&](size_t begin, size_t end) {
+        return static_cast<size_t>(std::count(bytes.begin() + static_cast<std::ptrdiff_t>(begin),
+                                              bytes.begin() + static_cast<std::ptrdiff_t>(end),
+                                              '\n'));
+    };
+    size_t const begin = comment.span.begin, end = comment.span.end;
+    remark.text = without_returns(std::string_view(bytes).substr(begin, end - begin));
+    size_t gap = begin;
+    while (gap > 0 && is_blank(bytes[gap - 1])) --gap;
+    remark.gap = bytes.substr(gap, begin - gap);
+    remark.lines_before = lines(white_begin(bytes, begin), begin);
+    remark.lines_after = lines(end, white_end(bytes, end));
+    remark.own_line = comment.own_line;
+    return remark;
+}
+
+SourceComment comment_after_value(std::string const &bytes, size_t offset) {
+    bool const line = bytes[offset + 1] == '/';
+    size_t const end =
+        line ? std::min(bytes.find('\n', offset), bytes.size()) : bytes.find("*/", offset + 2) + 2;
+    SourceComment comment;
+    comment.span = {static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(end)};
+    size_t at = offset;
+    while (at > 0 && is_blank(bytes[at - 1])) --at;
+    comment.own_line = at > 0 && bytes[at - 1] == '\n';
+    return comment;
+}
+
+// --- the text that the writer made ---
+
+// Without its comments, and where its entries are there.
+class cWritten {
+  public:
+    cWritten(std::string const &text, cat::SourceMap const &map) : entries_(entries_of(map)) {
+        size_t done = 0;
+        for (SourceComment const &comment : map.comments()) {
+            size_t const begin = std::max(done, white_begin(text, comment.span.begin));
+            text_.append(text, done, begin - done);
+            done = comment.span.end;
+            cuts_.push_back({begin, done - begin + (cuts_.empty() ? 0 : cuts_.back().removed)});
+        }
+        text_.append(text, done);
+        for (SourceEntry &entry : entries_)
+            for (cat::Span *span :
+                 {&entry.key, &entry.value, &entry.open, &entry.close, &entry.delimiter})
+                if (!span->empty()) *span = {moved(span->begin), moved(span->end)};
+    }
+
+    std::string const &text() const { return text_; }
+    std::vector<SourceEntry> const &entries() const { return entries_; }
+    SourceEntry const &entry(size_t number) const { return entries_[number]; }
+    size_t begin(size_t number) const { return entries_[number].all().begin; }
+    size_t end(size_t number) const { return entries_[number].all().end; }
+
+    // Each entry of the container is on a line of its own.
+    bool has_lines(size_t container) const {
+        size_t at = entries_[container].open.end;
+        while (at < text_.size() && is_blank(text_[at])) ++at;
+        return at < text_.size() && text_[at] == '\n';
+    }
+
+    // The white space at the begin of the lines of a container's entries.
+    std::string indentation(size_t container) const {
+        size_t const begin = entries_[container].open.end, end = white_end(text_, begin);
+        size_t const line = text_.rfind('\n', end - 1) + 1;
+        std::string const found = text_.substr(line, end - line);
+        if (end != entries_[container].close.begin) return found;
+        return found + (container == 0 ? "  " : "    "); // empty: as the writer would indent
+    }
+
+  private:
+    struct cCut {
+        size_t at;
+        size_t removed; // up to here and here
+    };
+
+    std::uint32_t moved(std::uint32_t offset) const {
+        auto const after =
+            std::lower_bound(cuts_.begin(), cuts_.end(), offset,
+                             [](cCut const &cut, std::uint32_t at) { return cut.at < at; });
+        size_t const removed = after == cuts_.begin() ? 0 : std::prev(after)->removed;
+        return static_cast<std::uint32_t>(offset - removed);
+    }
+
+    std::string text_;
+    std::vector<SourceEntry> entries_;
+    std::vector<cCut> cuts_;
+};
+
+// --- which entry of the file is written as which ---
+
+// By their places: the entries of a node, which may be repeated in the file, are those of the
+// writer's entry with the same place among the nodes.
+class cMatching {
+  public:
+    cMatching(std::vector<SourceEntry> const &from, std::vector<SourceEntry> const &to)
+        : from_(from), from_children_(children_of(from)), to_(from.size(), none) {
+        if (from.empty() || to.empty()) return;
+        cChildren const to_children = children_of(to);
+        std::vector<cPair> open{{{0}, 0}};
+        while (!open.empty()) {
+            cPair const pair = std::move(open.back());
+            open.pop_back();
+            for (size_t const entry : pair.from) to_[entry] = pair.to;
+            std::vector<size_t> const &inner = to_children[pair.to];
+            std::vector<std::vector<size_t>> groups = groups_in(pair.from, true);
+            if (groups.size() != inner.size()) groups = groups_in(pair.from, false);
+            for (size_t i = 0; i < std::min(groups.size(), inner.size()); ++i)
+                open.push_back({std::move(groups[i]), inner[i]});
+        }
+    }
+
+    size_t operator[](size_t entry) const { return to_[entry]; }
+    std::vector<size_t> const &inside(size_t entry) const { return from_children_[entry]; }
+
+  private:
+    struct cPair {
+        std::vector<size_t> from;
+        size_t to;
+    };
+
+    // Those inside these entries, together if their node is the same.
+    std::vector<std::vector<size_t>> groups_in(std::vector<size_t> const &outer,
+                                               bool with_node) const {
+        std::vector<std::vector<size_t>> groups;
+        std::unordered_map<std::uint32_t, size_t> by_node;
+        for (size_t const around : outer)
+            for (size_t const entry : from_children_[around]) {
+                std::uint32_t const node = from_[entry].removed ? 0 : from_[entry].anid;
+                if (node == 0 && with_node) continue;
+                auto const [known, fresh] = by_node.try_emplace(node, groups.size());
+                if (fresh || node == 0)
+                    groups.push_back({entry});
+                else
+                    groups[known->second].push_back(entry);
+            }
+        return groups;
+    }
+
+    std::vector<SourceEntry> const &from_;
+    cChildren from_children_;
+    std::vector<size_t> to_;
+};
+
+// --- where a comment goes ---
+
+// A gap is the white space after a token of the written text.
+struct cPlaced {
+    size_t gap;       // the end of that token
+    bool own_line;    // or else after that token on its line
+    size_t container; // that the gap is in; none: after the outermost value
+    size_t number;    // of the comment
+    bool moved;       // to the end of another line: its gap belongs to the old one
+};
+
+class cPlacing {
+  public:
+    cPlacing(std::vector<SourceEntry> const &entries, cWritten const &written)
+        : entries_(entries), written_(written), to_(entries, written.entries()) {}
+
+    cPlaced place(SourceComment const &comment, cRemark const &remark) const {
+        cPlaced placed = wished(comment);
+        while (placed.container != none && remark.needs_lines() &&
+               !written_.has_lines(placed.container)) {
+            placed = after(placed.container);
+            placed.moved = true;
+        }
+        return placed;
+    }
+
+  private:
+    cPlaced wished(SourceComment const &comment) const {
+        if (comment.entry == none) return after(0);
+        size_t const to = to_[comment.entry];
+        if (to != none && comment.where == SourceComment::above) return above(to);
+        if (to != none && comment.where == SourceComment::after) return after(to);
+        return inside(comment.entry, comment);
+    }
+
+    cPlaced above(size_t entry) const {
+        size_t const begin = written_.begin(entry);
+        return {white_begin(written_.text(), begin), true, written_.entry(entry).parent, 0, false};
+    }
+
+    cPlaced after(size_t entry) const {
+        return {written_.end(entry), false, written_.entry(entry).parent, 0, false};
+    }
+
+    cPlaced inside(size_t around, SourceComment const &comment) const {
+        while (to_[around] == none) around = entries_[around].parent;
+        size_t const to = to_[around], offset = comment.span.begin;
+        SourceEntry const &entry = entries_[around];
+        bool const before = offset < (entry.open.empty() ? entry.value.begin : entry.open.end);
+        if (written_.entry(to).open.empty() || (!before && !is_between_brackets(entry, offset))) {
+            cPlaced placed = after(to);
+            placed.moved = true;
+            return placed;
+        }
+        if (!before)
+            if (std::optional<size_t> const last = last_before(around, offset))
+                return {written_.end(*last), true, to, 0, false};
+        return {written_.entry(to).open.end, !before && comment.own_line, to, 0, before};
+    }
+
+    // The entry inside, as written, that is the last one before the offset.
+    std::optional<size_t> last_before(size_t around, size_t offset) const {
+        std::vector<size_t> const &inner = to_.inside(around);
+        auto it =
+            std::lower_bound(inner.begin(), inner.end(), offset, [&](size_t entry, size_t at) {
+                return entries_[entry].all().begin < at;
+            });
+        while (it != inner.begin()) {
+            size_t const to = to_[*--it];
+            if (to != none && written_.entry(to).parent == to_[around]) return to;
+        }
+        return std::nullopt;
+    }
+
+    std::vector<SourceEntry> const &entries_;
+    cWritten const &written_;
+    cMatching to_;
+};
+
+// --- the new text ---
+
+class cJoining {
+  public:
+    cJoining(cWritten const &written, std::vector<cRemark> const &remarks, bool trailing_blanks)
+        : written_(written), text_(written.text()), remarks_(remarks),
+          trailing_blanks_(trailing_blanks) {}
+
+    std::string join(std::vector<cPlaced> const &placed) {
+        std::vector<size_t> gaps;
+        for (size_t i = 0; i < written_.entries().size(); ++i) gaps.push_back(written_.end(i));
+        for (cPlaced const &one : placed) gaps.push_back(one.gap);
+        std::sort(gaps.begin(), gaps.end());
+        gaps.erase(std::unique(gaps.begin(), gaps.end()), gaps.end());
+        auto next = placed.begin();
+        for (size_t const gap : gaps) {
+            auto const first = next;
+            while (next != placed.end() && next->gap == gap) ++next;
+            out_.append(text_, done_, gap - done_);
+            done_ = white_end(text_, gap);
+            fill({first, next}, text_.substr(gap, done_ - gap));
+        }
+        return out_.append(text_, done_);
+    }
+
+  private:
+    using cGroup = std::vector<cPlaced>;
+
+    void fill(cGroup const &group, std::string const &white) {
+        size_t const line = white.find('\n');
+        if (group.empty()) {
+            bool const trim = !trailing_blanks_ && line != std::string::npos;
+            out_ += trim ? white.substr(line) : white;
+        } else if (group.front().container == none) {
+            fill_end(group);
+            out_ += white;
+        } else if (written_.has_lines(group.front().container)) {
+            fill_lines(group);
+            out_ += line == std::string::npos ? white : white.substr(line);
+        } else {
+            fill_line(group, white);
+        }
+    }
+
+    bool at_open(cPlaced const &placed) const {
+        return placed.container != none && placed.gap == written_.entry(placed.container).open.end;
+    }
+
+    void fill_line(cGroup const &group, std::string const &white) {
+        bool const open = at_open(group.front());
+        if (open) out_ += white;
+        for (cPlaced const &placed : group) {
+            std::string const text = text_of(placed, "");
+            out_ += open ? text + " " : " " + text;
+        }
+        if (!open) out_ += white.empty() ? " " : white;
+    }
+
+    void fill_lines(cGroup const &group) {
+        bool const open = at_open(group.front());
+        std::string const indent = written_.indentation(group.front().container);
+        size_t column = 0;
+        bool ended = false; // the line, by a comment on it
+        for (size_t i = 0; i < group.size(); ++i) {
+            cRemark const &remark = remarks_[group[i].number];
+            bool const own = group[i].own_line || (i > 0 && (ended || remark.own_line));
+            if (!own) {
+                out_ += i > 0 || remark.own_line || group[i].moved ? " " : remark.gap;
+                column = out_.size() - (out_.rfind('\n') + 1);
+            } else {
+                bool const below = !group[i].own_line && !open;
+                if (!below && remark.lines_before > 1 && (i > 0 || !open)) out_ += '\n';
+                out_ += '\n' + (below ? std::string(column, ' ') : indent);
+            }
+            out_ += text_of(group[i], own ? indent : "");
+            ended = own || remark.to_line_end();
+        }
+        cPlaced const &last = group.back();
+        bool const closes =
+            done_ == written_.entry(last.container).close.begin; // no empty line before it
+        if (last.own_line && remarks_[last.number].lines_after > 1 && !closes) out_ += '\n';
+    }
+
+    // After the outermost value.
+    void fill_end(cGroup const &group) {
+        for (size_t i = 0; i < group.size(); ++i) {
+            cRemark const &remark = remarks_[group[i].number];
+            bool const before = i > 0 && remarks_[group[i - 1].number].to_line_end();
+            if (group[i].moved)
+                out_ += before ? "\n" : " ";
+            else if (remark.own_line)
+                out_ += (remark.lines_before > 1 ? "\n\n" : "\n") + remark.gap;
+            else
+                out_ += before ? "\n" : remark.gap;
+            out_ += text_of(group[i], remark.gap);
+        }
+    }
+
+    // More lines of a comment move with the first one.
+    std::string text_of(cPlaced const &placed, std::string const &indent) const {
+        cRemark const &remark = remarks_[placed.number];
+        std::string text = remark.text;
+        if (!trailing_blanks_) {
+            text = without_trailing_blanks(text + '\n');
+            text.pop_back();
+        }
+        if (!remark.own_line || !placed.own_line || remark.gap == indent) return text;
+        for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) {
+            bool const empty = at + 1 == text.size() || text[at + 1] == '\n';
+            if (!empty && text.compare(at + 1, remark.gap.size(), remark.gap) == 0)
+                text.replace(at + 1, remark.gap.size(), indent);
+        }
+        return text;
+    }
+
+    cWritten const &written_;
+    std::string const &text_;
+    std::vector<cRemark> const &remarks_;
+    bool trailing_blanks_;
+    std::string out_;
+    size_t done_ = 0; // of the text
+};
+
+// Gives containers with these obids the layout of many lines.
+class cRoom {
+  public:
+    explicit cRoom(std::unordered_set<std::uint32_t> const &wanted) : wanted_(wanted) {}
+
+    void visit(objref const &value) {
+        if (!value || !visited_.insert(value.get()).second) return;
+        if (wanted_.count(value->obid()) && *cat::wformat(*value) == 's')
+            value->set_omember(std::string("wformat"), cat::of("wc"));
+        if (!dynamic_cast<cMapObj const *>(value.get())) return;
+        for (cIterObj it = value->begin(); it.valid(); ++it) visit(it.valref());
+    }
+
+  private:
+    std::unordered_set<std::uint32_t> const &wanted_;
+    std::unordered_set<cObj const *> visited_;
+};
+
+} // namespace
+
+std::string without_trailing_blanks(std::string const &text) {
+    std::string result;
+    for (char const c : text) {
+        if (c == '\n')
+            while (!result.empty() && is_blank(result.back())) result.pop_back();
+        result += c;
+    }
+    return result;
+}
+
+cComments::cComments(std::string const &bytes, cat::SourceMap const &map,
+                     std::vector<size_t> const &offsets)
+    : bytes_(bytes), entries_(entries_of(map)) {
+    if (entries_.empty()) return;
+    for (SourceComment const &comment : map.comments())
+        if (comment.span.begin >= entries_[0].value.begin) comments_.push_back(comment);
+    size_t const value_end = entries_[0].all().end;
+    size_t const known = comments_.empty() ? 0 : comments_.back().span.end;
+    for (size_t const offset : offsets)
+        if (offset >= std::max(value_end, known))
+            comments_.push_back(comment_after_value(bytes, offset));
+}
+
+void cComments::make_room(objref const &value) const {
+    std::vector<bool> needs_lines(entries_.size());
+    std::unordered_set<std::uint32_t> wanted;
+    for (SourceComment const &comment : comments_) {
+        if (comment.entry == none || !remark_of(bytes_, comment).needs_lines()) continue;
+        SourceEntry const &entry = entries_[comment.entry];
+        bool const inside = comment.where == SourceComment::inside && !entry.open.empty() &&
+                            (entry.close.empty() || comment.span.begin < entry.close.begin);
+        size_t around = inside ? comment.entry : entries_[comment.entry].parent;
+        for (; around != none && !needs_lines[around]; around = entries_[around].parent) {
+            needs_lines[around] = true;
+            if (entries_[around].obid != 0) wanted.insert(entries_[around].obid);
+        }
+    }
+    if (!wanted.empty()) cRoom(wanted).visit(value);
+}
+
+std::string cComments::put_into(std::string const &text, cat::SourceMap const &map,
+                                bool trailing_blanks) const {
+    cWritten const written(text, map);
+    if (written.entries().empty() || entries_.empty()) return text;
+    cPlacing const placing(entries_, written);
+    std::vector<cRemark> remarks;
+    std::vector<cPlaced> placed;
+    for (SourceComment const &comment : comments_) {
+        remarks.push_back(remark_of(bytes_, comment));
+        placed.push_back(placing.place(comment, remarks.back()));
+        placed.back().number = remarks.size() - 1;
+    }
+    std::stable_sort(placed.begin(), placed.end(), [](cPlaced const &a, cPlaced const &b) {
+        return a.gap != b.gap ? a.gap < b.gap : a.own_line < b.own_line;
+    });
+    return cJoining(written, remarks, trailing_blanks).join(placed);
+}

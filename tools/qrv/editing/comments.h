@@ -1,0 +1,44 @@
+#pragma once
+// The comments of a file, put into the text that the writer made of its value.
+
+#include "qrv/core/cobj.h"
+#include "qrv/text/read/csourcemap.h"
+
+#include <string>
+#include <vector>
+
+// What the writer knows of comments does not count: it keeps some, writes those of a shared value
+// at each of its places, and loses the others. So its text is taken without comments, and all of
+// the file's are put in, each once, where its entry is written. Formatting the result again changes
+// nothing.
+//
+//   above an entry     on lines of their own, in the entry's indentation
+//   after an entry     after it on its line; more of them below the first one
+//   between entries    on lines of their own, with one empty line where there were some
+//   inside an entry that has no brackets in the new text: after it
+//
+// A comment that ends its line can't be in a container on one line. So that container is written
+// over many lines; where it can't be, the comment comes after it.
+class cComments {
+  public:
+    // The map is that of the bytes, which must outlive the object. `offsets` are those of comments
+    // that the map may not have, since they are after the outermost value.
+    cComments(std::string const &bytes, cat::SourceMap const &map,
+              std::vector<size_t> const &offsets);
+
+    // Gives the containers in the value that the bytes made many lines where a comment needs them.
+    void make_room(objref const &value) const;
+
+    // What the writer made of the value, with the comments, but for those before the first token.
+    // `map` is that of the text, which has the value's entries in their order.   O(n log n)
+    std::string put_into(std::string const &text, cat::SourceMap const &map,
+                         bool trailing_blanks) const;
+
+  private:
+    std::string const &bytes_;
+    std::vector<cat::SourceEntry> entries_;
+    std::vector<cat::SourceComment> comments_;
+};
+
+// The text without blanks and tabs before line ends. For text that is all comments and white space.
+std::string without_trailing_blanks(std::string const &text);

@@ -1,0 +1,113 @@
+#include "tools/qrv/editing/format.h"
+
+#include "qrv/core/ctypescope.h"
+#include "qrv/text/read/csourcemap.h"
+#include "tools/qrv/editing/comments.h"
+#include "tools/qrv/output/output.h"
+#include "tools/qrv/output/writing.h"
+#include "tools/qrv/reading/reading.h"
+#include "tools/qrv/verify/fingerprint.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <utility>
+
+namespace {
+
+// What is the same in a comment that was moved.
+std::string letters_of(cComment const &comment) {
+    std::string letters;
+    for (char const c : comment.text)
+        if (c != ' ' && c != '\t' && c != '\n') letters += c;
+    return letters;
+}
+
+// Comments that are not in the new text: what a type of a program reads by itself is not known.
+void tell_lost(std::vector<cComment> const &comments, std::string const &text,
+               cMessages &messages) {
+    std::map<std::string, size_t> found;
+    for (cComment const &comment : survey(text).comments) ++found[letters_of(comment)];
+    for (cComment const &comment : comments) {
+        size_t &count = found[letters_of(comment)];
+        if (count > 0) {
+            --count;
+            continue;
+        }
+        std::string const line = comment.text.substr(0, comment.text.find('\n'));
+        messages.error(comment.place, "this comment would be lost: " + shortened(line));
+    }
+}
+
+// Those that are not in text after the first value.
+std::vector<cComment> comments_of(std::string const &bytes, cReading const &reading) {
+    std::vector<cComment> comments = survey(bytes).comments;
+    if (reading.behind)
+        std::erase_if(comments, [&](cComment const &comment) {
+            return *reading.behind < comment.place;
+        });
+    return comments;
+}
+
+std::vector<size_t> offsets_of(std::vector<cComment> const &comments) {
+    std::vector<size_t> offsets;
+    for (cComment const &comment : comments) offsets.push_back(comment.offset);
+    return offsets;
+}
+
+// Of the text that was written.
+class cSecondReading {
+  public:
+    cSecondReading(std::string const &text, std::string const &name)
+        : messages_(name, 1), reading_(read_value(text, messages_)) {
+        if (!reading_.clean) return;
+        image_ = image_of(reading_.value);
+        comes_back_ = written(reading_.value, "", false, messages_) == text;
+    }
+
+    std::string const &image() const { return image_; } // empty if it has errors
+    bool comes_back() const { return comes_back_; }
+    cat::SourceMap const &map() const { return map_; }
+
+  private:
+    cat::TypeScope const types_;
+    cat::SourceMap const map_;
+    cMessages messages_;
+    cReading reading_;
+    std::string image_;
+    bool comes_back_ = false;
+};
+
+std::string what_changed(std::string const &image, std::string const &other) {
+    if (!other.empty() && objects_in(other) > objects_in(image))
+        return "shared values would become copies";
+    return other.empty() ? "it cannot be read"
+                         : "types, objects of them or equal values in a set would differ";
+}
+
+} // namespace
+
+void format(std::string const &bytes, bool trailing_blanks, cMessages &messages, cReply &reply) {
+    std::optional<cat::TypeScope> types(std::in_place);
+    cat::SourceMap const map;
+    cReading const reading = read_value(bytes, messages);
+    if (!reading.clean) return;
+    std::vector<cComment> const all = comments_of(bytes, reading);
+    cComments const comments(bytes, map, offsets_of(all));
+    comments.make_room(reading.value);
+    std::string const text = written(reading.value, "", false, messages);
+    bool const all_written = messages.count() == 0;
+    std::string const image = all_written ? image_of(reading.value) : "";
+    types.reset(); // the new text must declare its own
+    cSecondReading const again(text, messages.name());
+    std::string const head = head_of(bytes);
+    reply.text = (trailing_blanks ? head : without_trailing_blanks(head)) +
+                 comments.put_into(text, again.map(), trailing_blanks);
+    tell_lost(all, reply.text, messages);
+    if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
+    if (all_written && again.image() != image)
+        messages.error("the new text would not read as the same value: " +
+                       what_changed(image, again.image()));
+    reply.comes_back = again.comes_back();
+    reply.status = messages.count() == 0 ? exit_done : exit_found;
+}

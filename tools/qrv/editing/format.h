@@ -1,0 +1,12 @@
+#pragma once
+// A whole file in the writer's layout, with all of its comments.
+
+#include "tools/qrv/output/messages.h"
+#include "tools/qrv/process/worker.h"
+
+#include <string>
+
+// Reads the first value and gives the new text in the reply; without `trailing_blanks` no line ends
+// with a blank. What is lost is an error. Status exit_failed: there is no text. `comes_back`: the
+// text reads as the same value and would be written again as it is.
+void format(std::string const &bytes, bool trailing_blanks, cMessages &messages, cReply &reply);
