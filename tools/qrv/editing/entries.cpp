@@ -136,7 +136,9 @@ cFoundEntry entry_at(objref const &root, std::vector<objref> const &keys, std::s
 bool remove_entry(objref const &root, std::string const &path, cMessages &messages) {
     std::vector<objref> const keys = keys_of(path, messages);
     if (keys.empty()) return false;
-    auto const [container, node] = entry_at(root, keys, path, messages);
+    cFoundEntry const found = entry_at(root, keys, path, messages);
+    objref const &container = found.container;
+    cAttrNode *const node = found.node;
     if (!node) return false;
     objref const value = node->valref();
     if (!erase(container, node, path, messages)) return false;
@@ -149,7 +151,9 @@ bool move_entry(objref const &root, std::string const &from, std::string const &
     std::vector<objref> const source = keys_of(from, messages);
     std::vector<objref> target = keys_of(to, messages);
     if (source.empty() || target.empty()) return false;
-    auto const [container, node] = entry_at(root, source, from, messages);
+    cFoundEntry const found = entry_at(root, source, from, messages);
+    objref const &container = found.container;
+    cAttrNode *const node = found.node;
     if (!node) return false;
     objref const value = node->valref();
     objref const last = target.back();
@@ -195,7 +199,9 @@ bool insert_entry(objref const &root, std::string const &path, cNewEntry const &
                   cMessages &messages) {
     std::vector<objref> const keys = keys_of(path, messages);
     if (keys.empty()) return false;
-    auto const [container, node] = entry_at(root, keys, path, messages);
+    cFoundEntry const found = entry_at(root, keys, path, messages);
+    objref const &container = found.container;
+    cAttrNode *const node = found.node;
     if (!node) return false;
     cAttrHash &hash = map_in(container)->datamap();
     if (is_list(container)) {

@@ -6,6 +6,7 @@
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/writing.h"
 #include "tools/qrv/reading/reading.h"
+#include "tools/qrv/reading/scan.h"
 #include "tools/qrv/verify/fingerprint.h"
 
 #include <algorithm>
@@ -43,9 +44,8 @@ void tell_lost(std::vector<cComment> const &comments, std::string const &text,
 std::vector<cComment> comments_of(std::string const &bytes, cReading const &reading) {
     std::vector<cComment> comments = survey(bytes).comments;
     if (reading.behind)
-        std::erase_if(comments, [&](cComment const &comment) {
-            return *reading.behind < comment.place;
-        });
+        std::erase_if(comments,
+                      [&](cComment const &comment) { return *reading.behind < comment.place; });
     return comments;
 }
 
