@@ -65,8 +65,11 @@ std::string NewText::value_here(Item const &item) {
 // A scalar in the brackets of its type, such as double(1.5): only the literal in them changes.
 std::optional<std::string> NewText::literal_inside(Item const &item) const {
     cat::SourceEntry const entry = entries_.entry(item.old);
-    if (entry.type.empty() || page_.text(entry.type) != item.value->type().name())
-        return std::nullopt;
+    cTypeObj const *const type = &item.value->type();
+    bool const scalar = type == &cat::type_int() || type == &cat::type_double() ||
+                        type == &cat::type_float() || type == &cat::type_string() ||
+                        type == &cat::type_bool();
+    if (!scalar || page_.text(entry.type) != type->name()) return std::nullopt;
     std::vector<cat::SourceEntry> const parts = entries_.inside(item.old);
     if (parts.size() != 1 || !parts[0].open.empty()) return std::nullopt;
     cat::Span const inner = parts[0].value;

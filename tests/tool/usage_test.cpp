@@ -93,6 +93,7 @@ TEST_F(ToolUsage, help_of_fmt) {
             "                              only report what would change\n"
             "  -i,--in-place Excludes: --check\n"
             "                              replace the file\n"
+            "  --diff                      print what changes, as a unified diff\n"
             "  --force Needs: --in-place   replace the file even if data is lost\n"
             "  --backup{~}                 preserve the old file as FILE~, or with the suffix of "
             "--backup=SUFFIX\n"
