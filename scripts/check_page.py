@@ -101,7 +101,8 @@ def main():
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         for files_shown in ("examples", "tests/tool/data/hand"):
-            shutil.copytree(files_shown, folder / files_shown)
+            if pathlib.Path(files_shown).is_dir():
+                shutil.copytree(files_shown, folder / files_shown)
         (folder / "build").mkdir()
         before = files(folder)
         for block in blocks:
