@@ -251,7 +251,7 @@ TEST_F(EditCommands, at_refuses_positions_outside) {
     EXPECT_EQ(run({"at", "f", "1:1"}),
               (cRun{1, "", "f:1:1: error: no entry is at this position\n"}));
     EXPECT_EQ(run({"at", "f", "99:1"}),
-              (cRun{1, "", "f:99:1: error: the file ends before this position\n"}));
+              (cRun{1, "", "f:99:1: error: the file has no such position\n"}));
     EXPECT_EQ(run({"at", "f", "3:7:1"}),
               (cRun{2, "",
                     "LINE:COLUMN: a position is LINE:COLUMN, both from 1, not 3:7:1\n"

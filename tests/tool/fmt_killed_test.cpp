@@ -7,6 +7,7 @@
 // the first folder that it opens, which is the lock.
 
 #include "tests/support/refused_calls.h"
+#include "tests/support/sanitized.h"
 #include "tests/tool/tool_run.h"
 
 #include <algorithm>
@@ -248,6 +249,7 @@ TEST_F(ToolFmtKilled, leaves_old_or_new_and_tells_whatever_fails) {
                 refused += !done;
             });
             EXPECT_GT(refused, 3);
+            if (test::sanitized) break; // the other errors take the same ways, a minute each
         }
     }
 }

@@ -160,4 +160,6 @@ TEST_F(WriterMembers, the_keys_are_among_the_global_members) {
                                  "2 calls";
     EXPECT_EQ(seen(), expected);
     EXPECT_EQ(seen_exactly(), expected);
+    for (int i = 0; i < cLookingKeys::count; ++i) // while their type is there
+        cat::gmmap().datamap().delitem(keys_.key(i));
 }

@@ -52,7 +52,7 @@ void look(cPlace place, std::string const &bytes, cMessages &messages, cReply &r
     std::optional<std::uint32_t> const offset = offset_of(bytes, place);
     std::string const type = offset ? map.type_at(*offset) : "";
     reply.status = type.empty() ? exit_found : exit_done;
-    if (!offset) return messages.error(place, "the file ends before this position");
+    if (!offset) return messages.error(place, "the file has no such position");
     if (type.empty()) return messages.error(place, "no entry is at this position");
     std::string const path = map.path_at(*offset);
     reply.text = "path      " + (path.empty() ? "/" : path) + "\ntype      " + type + "\n";
