@@ -95,7 +95,7 @@ cStatementText::cStatementText(std::string const &written, cNamedValues &named, 
             auto const found = named.values.find(name);
             if (found == named.values.end()) {
                 messages.error(place, name.empty() ? "a name is missing after $"
-                                                   : "$" + shortened(name) + " has no value");
+                                                   : '$' + shortened(name) + " has no value");
                 messages.note(place, name.empty()
                                          ? "a string that contains $ needs quotes"
                                          : "--arg " + shortened(name) + "=VALUE gives one");
@@ -105,7 +105,7 @@ cStatementText::cStatementText(std::string const &written, cNamedValues &named, 
             text = literal(found->second);
             cPlace const begin = end;
             end = behind(end, text, text.size());
-            replaced_.push_back({begin, end, place, behind(place, "$" + name, name.size() + 1)});
+            replaced_.push_back({begin, end, place, behind(place, '$' + name, name.size() + 1)});
             text_ += text;
             more = tokens.next(token);
             continue;
