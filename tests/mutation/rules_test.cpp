@@ -13,8 +13,10 @@ class LeftOut : public testing::Test {
   protected:
     static void SetUpTestSuite() { ASSERT_TRUE(test::listening()); }
 
-    void add(unsigned line, unsigned column, std::string const &text) {
+    void add(unsigned line, unsigned column, std::string const &text,
+             cat::ErrorKind kind = cat::ErrorKind::other) {
         cat::ReadError error;
+        error.kind = kind;
         error.line = line;
         error.column = column;
         error.text = text;
@@ -23,8 +25,8 @@ class LeftOut : public testing::Test {
     // Reports an invalid object as the reader does, but the object breaks no rule.
     void refuse(unsigned line, unsigned column) {
         rules_.invalid(*make<cMapObj>());
-        add(line, column, "Validate error in read of type: T");
-        add(line, column, "Cannot insert key =t");
+        add(line, column, "Validate error in read of type: T", cat::ErrorKind::read_not_valid);
+        add(line, column, "Cannot insert key =t", cat::ErrorKind::cannot_insert);
     }
     std::string told() {
         rules_.tell_unexplained();

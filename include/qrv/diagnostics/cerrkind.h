@@ -1,6 +1,8 @@
 #pragma once
 // Errors as data: which error it is, and what its text names.
 
+#include "qrv/ccomp.h"
+
 #include <cstdint>
 #include <string>
 
