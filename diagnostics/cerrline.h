@@ -1,6 +1,6 @@
 #pragma once
-// Failures that are told as lines on the standard error stream: their error has the code 0. One
-// place for all of them, so that whoever collects what goes wrong during a reading can take them.
+// Failures that are printed as lines on the standard error stream: their error has the code 0. All
+// are printed here, so that a report of a reading can collect them.
 
 #include "qrv/diagnostics/cerr.h"
 

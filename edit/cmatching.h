@@ -16,17 +16,17 @@ class Matching {
     // Borrows the snapshot.   O(size)
     Matching(Snapshot const &before, objref const &root);
 
-    // The node that is now what the entry with that anid was; null if it is gone.
+    // The node that the entry with that anid has now; null if the entry was removed.
     cAttrNode const *now(std::uint32_t anid) const;
     // What a node was; null for a new entry.
     WasEntry const *was(cAttrNode const &node) const;
-    // Did the first object come to its place instead of the second, as the same or a new one?
+    // Is it the same object, or one that replaced it?
     bool continues(objref const &now, objref const &was) const;
-    // What a new container came instead of; null for others.
+    // What a new container replaced; null for others.
     objref const *replaced_by(objref const &now) const;
     // In how many places of the tree the object is.
     unsigned places(objref const &value) const;
-    // An entry that is gone and held this very value, or null. Each is given once.
+    // A removed entry that held this very value, or null. Each is returned once.
     WasEntry const *take_gone(objref const &value);
 
   private:

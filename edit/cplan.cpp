@@ -1,8 +1,8 @@
 #include "edit/cplan.h"
 
 // Items are settled in the order of the new text, so that a value is written where it is met first.
-// A path in the text may only lead over values that are written on it, since that is how the
-// reader follows it: an item's own parents are such.
+// A path in the text may only pass through values that are written there, since the reader follows
+// no other: the parents of an item are such values.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -263,8 +263,8 @@ void Plan::add_children(Item &item, std::vector<size_t> const &blocks) {
         if (!add_repeated(item, slot)) settle(add(&item, slot, slot.node->valref()));
 }
 
-// A value that is written again in a set has no effect there. It stays where the first one did not
-// change, or else it would have an effect.
+// A value that a set has already has no effect. Its text stays unless the first one changed: then
+// it would add a value.
 bool Plan::add_repeated(Item &item, Slot const &slot) {
     if (!item.value->is_set() || slot.moved || !entries_.comes_again(slot.old)) return false;
     auto const first = std::find_if(item.children.begin(), item.children.end(),

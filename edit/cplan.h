@@ -1,5 +1,5 @@
 #pragma once
-// What the new text consists of, entry by entry in its order, and where the bytes of each come
+// What the new text consists of, entry by entry in its order, and which bytes each is copied
 // from. A value that several places share is written at the first of them; the others refer to it.
 //
 // A container is written in one block of the text, or in several where its key is repeated.

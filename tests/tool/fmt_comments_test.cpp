@@ -127,7 +127,7 @@ TEST_F(ToolFmtComments, with_blanks_at_line_ends) {
 
 class ToolFmtCanonical : public ToolFmtComments {
   protected:
-    // The places and texts of the comments that are told as lost, all that is told.
+    // The positions and texts of the comments that are reported as lost: nothing else is reported.
     std::string lost(std::string const &text) const {
         cRun const run = run_on(text, {"fmt", "--canonical"});
         EXPECT_EQ(run.status, run.err.empty() ? 0 : 1);

@@ -192,7 +192,7 @@ TEST_F(ErrorRuns, are_each_reports_own) {
     cat::ReadReport const report;
     read_all("{a = 5 b = Reads(x) c = nosuch(1)}");
     EXPECT_EQ(inner, "-");
-    EXPECT_EQ(runs_of(report), "-00") << "the run goes on after the other report's end";
+    EXPECT_EQ(runs_of(report), "-00") << "the run continues after the other report has ended";
     reading = nullptr;
 }
 

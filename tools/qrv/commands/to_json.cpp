@@ -1,5 +1,5 @@
-// `to-json`: the first value of a file as JSON. Whatever JSON can't say is told: values by their
-// paths, comments and text behind the value by their places.
+// `to-json`: the first value of a file as JSON. It reports all that JSON can't hold:
+// values by their paths, comments and text after the value by their positions.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"

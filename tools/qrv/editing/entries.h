@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-// A path, key by key; empty, with an error, if it is none.
+// The keys of a path; empty, with an error, if the text is not a path.
 std::vector<objref> keys_of(std::string const &path, cMessages &messages);
 
 // The container of a path and the node of its last key; the node is null, with an error, if nothing

@@ -78,13 +78,6 @@ class cSecondReading {
     bool comes_back_ = false;
 };
 
-std::string what_changed(std::string const &image, std::string const &other) {
-    if (!other.empty() && objects_in(other) > objects_in(image))
-        return "shared values would become copies";
-    return other.empty() ? "it cannot be read"
-                         : "types, objects of them or equal values in a set would differ";
-}
-
 } // namespace
 
 void format(std::string const &bytes, bool trailing_blanks, cMessages &messages, cReply &reply) {
@@ -107,7 +100,7 @@ void format(std::string const &bytes, bool trailing_blanks, cMessages &messages,
     if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
     if (all_written && again.image() != image)
         messages.error("the new text would not read as the same value: " +
-                       what_changed(image, again.image()));
+                       what_differs(image, again.image(), false));
     reply.comes_back = again.comes_back();
     reply.status = messages.count() == 0 ? exit_done : exit_found;
 }

@@ -1,14 +1,14 @@
-// The first value of a file in the writer's layout. Each reading is apart from the others, since
-// a type that one declares would be known to the next. Nothing is lost unseen:
-//   1  the file is read, changed and written; every value that can't be written is told, and a
-//      change that fails ends the work
-//   2  if the new text differs, the same is done with the file's comments numbered; each one whose
-//      number doesn't come out is told; and so is text behind the value
-//   3  the new text is read alone: the image of its value must be that of the value that was
-//      written, and written again its bytes must be the same
-// `fmt` uses format.cpp for these steps, unless the plain writer's bytes are asked for.
-// Only then the text is put out, or in the file's place. There a loss is refused unless forced, and
-// bytes that don't come back the same in any case.
+// The first value of a file in the writer's layout. Each reading has a type scope, so that the
+// types that one text declares are unknown to the next. Nothing is lost silently:
+//   1  The file is read, changed and written. Each value that can't be written is reported. A
+//      change that fails ends the work.
+//   2  If the new text differs, the same is done with the file's comments numbered. Each comment
+//      whose number is not in the output is reported, and so is text after the value.
+//   3  The new text is read. Its fingerprint must be that of the value that was written, and
+//      writing it again must produce the same bytes.
+// `fmt` uses format.cpp for these steps, unless --canonical is given.
+// Then the text is printed or replaces the file. A file is not replaced if data is lost, unless
+// --force is given, nor if step 3 fails.
 
 #include "tools/qrv/editing/rewrite.h"
 
@@ -98,15 +98,6 @@ void tell_lost_comments(std::string const &bytes, cTask const &task, cMessages &
     }
 }
 
-std::string what_changed(std::string const &image, cReply const &back, bool canonical) {
-    bool const read = back.status == exit_done && !back.image.empty();
-    if (read && objects_in(back.image) > objects_in(image))
-        return "shared values would become copies";
-    if (canonical) return "digits, bits or strings would differ";
-    return read ? "types, objects of them or equal values in a set would differ"
-                : "it cannot be read";
-}
-
 // Step 3. Whether the bytes came back.
 bool read_back(std::string const &text, std::string const &image, cWriteOptions const &options,
                cMessages &messages) {
@@ -114,7 +105,7 @@ bool read_back(std::string const &text, std::string const &image, cWriteOptions 
     bool const read = reply.status == exit_done;
     if (!image.empty() && (!read || reply.image != image))
         messages.error("the new text would not read as the same value: " +
-                       what_changed(image, reply, options.canonical));
+                       what_differs(image, read ? reply.image : "", options.canonical));
     return read && reply.text == text;
 }
 

@@ -6,7 +6,7 @@
 
 #include <string>
 
-// The text: `head`, the value, and a line feed; the plain writer's bytes alone if canonical. What
-// can't be written is told.
+// The text: `head`, the value, and a line feed; the plain writer's bytes alone if canonical. Each
+// value that can't be written is reported.
 std::string written(objref const &value, std::string const &head, bool canonical,
                     cMessages &messages);

@@ -12,7 +12,7 @@
 bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages);
 
 struct cReading {
-    objref value;                 // null when there is none
+    objref value;                 // null if the text has no value
     bool clean = false;           // read without an error, and not null
     bool empty = false;           // nothing is there that could be a value
     std::optional<cPlace> behind; // where text begins that stands behind the value. One separator

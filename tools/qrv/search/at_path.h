@@ -6,7 +6,8 @@
 
 #include <string>
 
-// The value at the path, null when there is none; false, told, when the path can't be read.
+// The value at the path; null if the path leads to nothing. False, with an error, if the text is
+// not a path.
 bool find_at(objref const &top, std::string const &path, objref &value, cMessages &messages);
 
 // False, with an error, for // or /* outside of quotes: the rest would be a comment.

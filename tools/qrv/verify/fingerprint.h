@@ -11,5 +11,6 @@
 // O(size); ends on cycles, and as deep as the value may be.
 std::string image_of(objref const &value);
 
-// The number of different objects in the value.
-size_t objects_in(std::string const &image);
+// What differs between a value and what was read again, for a message. The second fingerprint is
+// empty if the text could not be read.
+std::string what_differs(std::string const &image, std::string const &again, bool canonical);

@@ -71,7 +71,7 @@ class QRV_API ReadReport {
     std::size_t dropped() const noexcept { return dropped_; }  // beyond the limit
     std::size_t count() const noexcept { return entries_.size() + dropped_; }
     bool empty() const noexcept { return count() == 0; }
-    void clear(); // a run that goes on has a new first entry
+    void clear(); // the next entry of a run that continues is then its first one
 
     // Asks the watch, then keeps the error or counts it; keep() asks nobody.
     // An index in `follows` that isn't an earlier entry's becomes none.
