@@ -192,6 +192,14 @@ TEST_F(Edit, a_value_at_a_reference_changes_where_it_is_written) {
     EXPECT_EQ(set("{ a = {x=1}; b = #cRef(/a); }", "b &= 2"), "{ a = {x=1}; b = 2; }");
 }
 
+TEST_F(Edit, the_lines_of_a_string_are_not_indented_anew) {
+    EXPECT_EQ(
+        remove(
+            "{\n  a = {\n    x = 'it\\'s\\\n    b';\n  };\n  c = {\n    d = #cRef(/a);\n  };\n}\n",
+            "a"),
+        "{\n  c = {\n    d = {\n      x = 'it\\'s\\\n    b';\n    };\n  };\n}\n");
+}
+
 TEST_F(Edit, moved_lines_are_indented_anew) {
     EXPECT_EQ(remove("{\n  a = {\n    // first\n    x = 'a\\\n    b';\n  };\n  c = {\n    d = "
                      "#cRef(/a);\n  };\n}\n",
@@ -215,6 +223,21 @@ TEST_F(Edit, a_repeated_key_is_edited_where_it_got_its_value) {
 TEST_F(Edit, sets_take_and_lose_values) {
     EXPECT_EQ(set("{ s = <a, b>; }", "s << c"), "{ s = <a, b, c>; }");
     EXPECT_EQ(remove("{ s = <a, b, a>; }", "s/0"), "{ s = <b>; }");
+}
+
+TEST_F(Edit, a_value_that_a_set_has_twice_goes_when_the_first_one_changes) {
+    EXPECT_EQ(set("{ s = < {}, 5, {} >; b = 1; }", "s/0/x = 1"), "{ s = < {x = 1}, 5 >; b = 1; }");
+    EXPECT_EQ(set("{ s = < {}, 5, {} >; b = 1; }", "b = 2"), "{ s = < {}, 5, {} >; b = 2; }");
+}
+
+TEST_F(Edit, a_value_that_a_set_has_twice_is_replaced_once) {
+    EXPECT_EQ(after("< a, b, a >",
+                    [](cObj &root) {
+                        cAttrHash &values = static_cast<cMapObj &>(root).datamap();
+                        values.vect_insert(0, cat::of("p"));
+                        values.vect_erase(1);
+                    }),
+              "< p, b >");
 }
 
 TEST_F(Edit, a_literal_in_the_brackets_of_its_type_changes_alone) {
