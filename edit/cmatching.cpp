@@ -45,7 +45,7 @@ void Matching::walk(objref const &root) {
 void Matching::match(Was const &was, cMapObj const &now) {
     Nodes const nodes = nodes_of(now);
     if (is_list(now))
-        match_by_value(was, nodes, now.is_set());
+        match_by_value(was, nodes);
     else
         match_by_node(was, nodes);
 }
@@ -74,8 +74,8 @@ void Matching::match_by_node(Was const &was, Nodes const &nodes) {
 }
 
 // What is the same at both ends first; then each value, from the front, where it was first. What is
-// left and has a node in common was replaced, but in sets, where a value may be written twice.
-void Matching::match_by_value(Was const &was, Nodes const &nodes, bool is_set) {
+// left and has a node in common was replaced.
+void Matching::match_by_value(Was const &was, Nodes const &nodes) {
     size_t const most = std::min(was.size(), nodes.size());
     auto const same = [](WasEntry const &entry, cAttrNode const *node) {
         return entry.value == node->valref();
@@ -100,7 +100,7 @@ void Matching::match_by_value(Was const &was, Nodes const &nodes, bool is_set) {
         bind(*found->second.back(), *nodes[i]);
         found->second.pop_back();
     }
-    for (size_t i = first; i < was.size() - last && !is_set; ++i)
+    for (size_t i = first; i < was.size() - last; ++i)
         if (auto const found = left.find(was[i].anid); found != left.end() && !is_bound(was[i]))
             bind(was[i], *found->second);
 }

@@ -36,7 +36,7 @@ class Matching {
     void walk(objref const &root);
     void match(Was const &was, cMapObj const &now);
     void match_by_node(Was const &was, Nodes const &nodes);
-    void match_by_value(Was const &was, Nodes const &nodes, bool is_set);
+    void match_by_value(Was const &was, Nodes const &nodes);
     void match_by_key(Was const &was, Nodes const &nodes);
     void match_by_place(Was const &was, Nodes const &nodes);
     void match_replaced(WasEntry const &was, cAttrNode const &node);
