@@ -15,6 +15,7 @@
 #include "qrv/text/read/creadreport.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/sanitized.h"
 
 #include <fstream>
 #include <gmock/gmock.h>
@@ -132,12 +133,6 @@ void read_files(int count, char const *text) {
     }
 }
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool sanitized = true; // freed memory waits in quarantine
-#else
-constexpr bool sanitized = false;
-#endif
-
 } // namespace
 
 TEST_F(TypeScopes, ten_thousand_files_leave_nothing) {
@@ -150,7 +145,7 @@ TEST_F(TypeScopes, ten_thousand_files_leave_nothing) {
     read_files(all - some, text);
     EXPECT_EQ(census(), before);
     EXPECT_EQ(cat::typemap().datamap().used(), types);
-    if (!sanitized) {
+    if (!test::sanitized) { // there freed memory waits in quarantine
         EXPECT_LT(resident() - memory, 512);
     }
 }
