@@ -100,8 +100,9 @@ def main():
             return 0
         before = json.loads(arguments.against.read_text(encoding="utf-8")) if arguments.against else {}
         unmet = {row: percents for row, percents in bench_judge.read_unmet().items() if row.startswith("growth ")}
-        all_ladders = [[f"{LARGE['work']}/{size}" for size in LARGE["sizes"]]] if arguments.large else ladders(program)
-        rows = [row for ladder in all_ladders for row in ladder if re.search(arguments.rows, row)]
+        large = [[f"{LARGE['work']}/{size}" for size in LARGE["sizes"]]]
+        usual = ladders(program)
+        rows = [row for ladder in (large if arguments.large else usual) for row in ladder if re.search(arguments.rows, row)]
         if not rows:
             raise RuntimeError(f"no row of the library matches {arguments.rows}")
         if arguments.against and not set(rows) & set(before):
@@ -120,8 +121,8 @@ def main():
     except (OSError, RuntimeError, ValueError) as error:
         print(f"bench_count: {error}", file=sys.stderr)
         return 2
-    judged = dict(growth(ladder, each) for ladder in all_ladders if set(ladder) <= set(each))
-    known = {f"growth {ladder[-1]}" for ladder in all_ladders}
+    judged = dict(growth(ladder, each) for ladder in large + usual if set(ladder) <= set(each))
+    known = {f"growth {ladder[-1]}" for ladder in large + usual}
     wrong = [f"{row} needs over {MOST_PERCENT:.0f} % more instructions than in {arguments.against}" for row in worse]
     wrong += bench_judge.complaints(judged, {row: unmet[row] for row in unmet if row in judged or row not in known})
     for line in wrong:

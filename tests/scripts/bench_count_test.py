@@ -92,6 +92,16 @@ class BenchCount(Tree):
         self.write("bench/unmet.txt", "growth other/1\n    60.0 %  f()\n")
         self.assertIn("has the name growth other/1", self.run_count().stdout)
 
+    def test_large_sizes_leave_the_list_of_the_usual_ones_alone(self):
+        self.counted({"read/100000": 5000, "read/1000000": 5000, "read/10000000": 5000})
+        self.write("bench/unmet.txt", "growth read/100k\n    60.0 %  f()\n")
+        result = self.run_count("--large")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertEqual([line.split()[0] for line in result.stdout.splitlines()[1:]],
+                         ["read/100000", "read/1000000", "read/10000000"])
+        self.counted({"read/10000000": 7001})
+        self.assertIn("growth read/10000000: 1.40 times", self.run_count("--large").stdout)
+
     def test_a_saved_file_without_these_rows(self):
         for text in ("{}", '{"other_qrv/1": 5}', "[]"):
             self.write("saved", text)
