@@ -28,12 +28,7 @@
 
 namespace {
 
-constexpr std::uintptr_t end_mark = 1; // not 0: the last queued node has to read as queued too
-
-constinit std::uintptr_t queue_head = end_mark;
-constinit std::int32_t delete_locks = 0;
-
-// Guards the lock count's way down and the purge, no more. Never destroyed: statics of client
+// Guards the freeing of queued nodes, no more. Never destroyed: statics of client
 // modules disconnect after those of the library are gone.
 constinit std::mutex connection_lock;
 static_assert(std::is_trivially_destructible_v<std::mutex>);
@@ -49,6 +44,9 @@ void stop_if_broken(std::string const &rule) {
 #endif
 
 } // namespace
+
+constinit std::uintptr_t cConnection::queue_head_ = end_mark;
+constinit std::int32_t cConnection::delete_locks_ = 0;
 
 void cConnection::link(cConnection *before) noexcept {
     if (!before || before == this || before == next_) return;
@@ -118,54 +116,40 @@ void cConnection::remove() noexcept {
 
 void cConnection::queue() noexcept {
     if (isdeleted()) return;
-    delete_next_ = queue_head;
-    queue_head = reinterpret_cast<std::uintptr_t>(this);
-}
-
-void cConnection::lock_delete() noexcept { ++delete_locks; }
-
-void cConnection::unlock_delete() noexcept {
-    {
-        std::lock_guard const hold(connection_lock);
-        delete_locks = delete_locks > 0 ? delete_locks - 1 : 0;
-    }
-    do_delete();
-}
-
-void cConnection::do_delete() noexcept {
-    std::lock_guard const hold(connection_lock);
-    purge();
-#ifdef QRV_CHECKS
-    if (delete_locks == 0) stop_if_broken(broken_queue_rule());
-#endif
+    delete_next_ = queue_head_;
+    queue_head_ = reinterpret_cast<std::uintptr_t>(this);
 }
 
 // Nothing but the release of memory runs here: the lock is held.
 void cConnection::purge() noexcept {
-    while (delete_locks == 0 && queue_head != end_mark) {
-        cConnection *const node = node_of(queue_head);
-        queue_head = node->delete_next_;
+    std::lock_guard const hold(connection_lock);
+    while (delete_locks_ == 0 && queue_head_ != end_mark) {
+        cConnection *const node = node_of(queue_head_);
+        queue_head_ = node->delete_next_;
         node->unlink();
         ::operator delete(node);
     }
+#ifdef QRV_CHECKS
+    if (delete_locks_ == 0) stop_if_broken(broken_queue_rule());
+#endif
 }
 
-int cConnection::lock_count() { return delete_locks; }
+int cConnection::lock_count() { return delete_locks_; }
 
 std::size_t cConnection::queue_length() {
     std::size_t length = 0;
-    for (auto link = queue_head; link != end_mark; link = node_of(link)->delete_next_) ++length;
+    for (auto link = queue_head_; link != end_mark; link = node_of(link)->delete_next_) ++length;
     return length;
 }
 
 std::string cConnection::broken_queue_rule() {
     std::unordered_set<std::uintptr_t> seen;
-    for (auto link = queue_head; link != end_mark; link = node_of(link)->delete_next_) {
+    for (auto link = queue_head_; link != end_mark; link = node_of(link)->delete_next_) {
         if (link == 0) return "Q1 a queued node reads as alive";
         if (!seen.insert(link).second) return "Q1 a node is queued twice";
         if (node_of(link)->partner_) return "Q1 a queued node has a partner";
     }
-    if (delete_locks == 0 && !seen.empty()) return "Q2 queued nodes and no lock";
+    if (delete_locks_ == 0 && !seen.empty()) return "Q2 queued nodes and no lock";
     return {};
 }
 
@@ -244,9 +228,13 @@ void cSSBase::createstart() const {
     if (!start_) start_ = ::new StartConnection(const_cast<cSSBase *>(this));
 }
 
+// A link has a node in both rings, so the end of either says that there is none.
 cConnection *cSSBase::find(cSSBase const &other) const {
-    for (cConnection *node = begin(); node != end(); node = node->next_)
-        if (node->other_base() == &other) return node;
+    cConnection *mine = begin(), *theirs = other.begin();
+    for (; mine != end() && theirs != other.end(); mine = mine->next_, theirs = theirs->next_) {
+        if (mine->other_base() == &other) return mine;
+        if (theirs->other_base() == this) return theirs->partner_;
+    }
     return nullptr;
 }
 
@@ -274,6 +262,8 @@ cConnection *cSSBase::connect(cSSBase const &other, bool exclusive, cConnection 
         node = ::new cConnection; // both are there before either is linked
         far->link(other.own(theirs));
         node->link(own(mine));
+        node->flags_ =
+            static_cast<std::uint16_t>(other.arguments() << cConnection::arguments_shift);
         node->connect(far.release(), exclusive);
     }
     ++node->uses_;
@@ -335,11 +325,11 @@ cSignal::cSignal(cSSBase0 const &target) { connect(target); }
 cSignal::~cSignal() { disconnect(); }
 
 void cSignal::operator()() const {
-    fire([](cSSBase const &target) { static_cast<cSSBase0 const &>(target)(); });
+    fire([](cSSBase const &target, int) { static_cast<cSSBase0 const &>(target)(); });
 }
 
 void cSignal::oneshot() const {
-    fire_first([](cSSBase const &target) { static_cast<cSSBase0 const &>(target)(); });
+    fire_first([](cSSBase const &target, int) { static_cast<cSSBase0 const &>(target)(); });
 }
 
 cDeleteSignal::~cDeleteSignal() {

@@ -95,10 +95,15 @@ class QRV_API cConnection {
     // Cuts the link at both ends; nothing is queued.
     void disconnect() noexcept { cut(); }
 
-    static void lock_delete() noexcept;
-    static void unlock_delete() noexcept;
+    static void lock_delete() noexcept { ++delete_locks_; }
+    static void unlock_delete() noexcept {
+        delete_locks_ = delete_locks_ > 0 ? delete_locks_ - 1 : 0;
+        do_delete();
+    }
     // Frees the queued nodes, unless a LockDelete lives.
-    static void do_delete() noexcept;
+    static void do_delete() noexcept {
+        if (delete_locks_ == 0 && queue_head_ != end_mark) purge();
+    }
 
   private:
     friend class cSSBase;
@@ -106,16 +111,24 @@ class QRV_API cConnection {
 
     static constexpr std::uint16_t target_bit = 1;
     static constexpr std::uint16_t exclusive_bit = 2;
+    static constexpr int arguments_shift = 2;     // the bits from here on
+    static constexpr std::uintptr_t end_mark = 1; // not 0: the last queued node reads as queued too
+
+    // Of the nodes that wait for their memory to be freed, linked by delete_next_.
+    static std::uintptr_t queue_head_;
+    static std::int32_t delete_locks_;
 
     void cut() noexcept;
     void queue() noexcept;
     void remove() noexcept;
     void make_exclusive() noexcept;
     void end_exclusive() noexcept;
+    // A cut or queued node has no partner.
     bool carries() const {
-        return !isdeleted() && islinked() && blocks_ <= 0 && partner_ && partner_->blocks_ <= 0 &&
-               !istarget();
+        return partner_ && !istarget() && blocks_ <= 0 && partner_->blocks_ <= 0;
     }
+    // How many arguments the receiving end takes; known since the link was made.
+    int arguments() const { return flags_ >> arguments_shift; }
     static void purge() noexcept;
     static std::string broken_link(cConnection const &node, char const *where);
 
@@ -154,7 +167,8 @@ class QRV_API cSSBase {
     // for (auto c = b.begin(); c != b.end(); c = c->next())
     cConnection *begin() const;
     cConnection *end() const;
-    // The first node that links to `other`, in either direction, or null.   O(connections)
+    // The node that links to `other`, in either direction, or null. O(connections) of the base that
+    // has fewer.
     cConnection *find(cSSBase const &other) const;
     bool isconnected() const;
     bool isconnected(cSSBase const &other) const { return find(other) != nullptr; }
@@ -185,7 +199,8 @@ class QRV_API cSSBase {
     // Links this (sending) to `other` (receiving) and returns this base's end. A pair that is
     // linked already, in whatever direction, is only counted once more. The new ends stand ahead of
     // `mine` and `theirs`; a null node, or one of another ring, means the end of the ring. Needs
-    // memory: an allocation failure goes through and changes nothing.   O(connections)
+    // memory: an allocation failure goes through and changes nothing. O(connections) of the base
+    // that has fewer.
     cConnection *connect(cSSBase const &other, bool exclusive, cConnection *mine,
                          cConnection *theirs) const;
     // Counts the first link to `other` down and cuts it at 0; with `force` at once.
@@ -193,8 +208,12 @@ class QRV_API cSSBase {
     // The first connection becomes the last.
     void rotateconnections() const;
 
-    // Calls `call` with each target. The numbers are those of the protocol that the rules on
-    // deletion during a call rest on.
+    // Nobody has ever connected or blocked this base.
+    bool untouched() const { return !start_; }
+    // Neither blocked nor to be blocked while it is called.
+    bool plain_call() const;
+    // Calls `call` with each target and the number of arguments that it takes. The numbers are
+    // those of the protocol that the rules on deletion during a call rest on.
     template <class Call> void fire(Call const &call) const;
     // The same for the first connection only, which then becomes the last.
     template <class Call> void fire_first(Call const &call) const;
@@ -207,6 +226,8 @@ class QRV_API cSSBase {
         return node->carries() ? node->partner_->base_ : nullptr;
     }
     static void rotate(cConnection *head) noexcept;
+    // How many arguments a call of this takes. connect() asks once, for all emissions.
+    virtual int arguments() const { return 0; }
     cConnection *own(cConnection *node) const;
     std::string broken_ring() const;
     void check() const;
@@ -258,26 +279,29 @@ inline bool cSSBase::isblocked() const { return start_ && start_->block_token_->
 
 inline bool cSSBase::blockoncall() const { return start_ && start_->blockoncall_; }
 
+inline bool cSSBase::plain_call() const {
+    return !start_ || (!start_->blockoncall_ && start_->block_token_->refs() == 1);
+}
+
 template <class Call> void cSSBase::fire(Call const &call) const {
-    if (isblocked()) return;                // 1
+    if (untouched() || isblocked()) return; // 1
     cConnection::LockDelete no_purge;       // 2  outlives 3
     BlockOnCall self_block(this);           // 3
     cConnection const *const head = start_; // 4  last look at *this: a target may destroy us
-    if (!head) return;
     cConnection const *node = head->next_;
     do {
         if (cSSBase const *target = target_of(node)) // 5
-            call(*target);                           // 6  RE-ENTERS
+            call(*target, node->arguments());        // 6  RE-ENTERS
         node = node->next_;                          // 7  after the call, not before it
     } while (node != head);
 } // 8
 
 template <class Call> void cSSBase::fire_first(Call const &call) const {
-    if (isblocked()) return;
+    if (untouched() || isblocked()) return;
     cConnection::LockDelete no_purge;
     BlockOnCall self_block(this);
     cConnection *const head = start_; // last look at *this
-    if (!head) return;
-    if (cSSBase const *target = target_of(head->next_)) call(*target); // RE-ENTERS
+    cConnection const *const first = head->next_;
+    if (cSSBase const *target = target_of(first)) call(*target, first->arguments()); // RE-ENTERS
     if (!head->isdeleted()) rotate(head);
 }

@@ -29,6 +29,9 @@ class QRV_API cSSBase0 : public cSSBase {
     constexpr cSSBase0() noexcept {}
     cSSBase0(cSSBase0 const &) noexcept = default;
     cSSBase0 &operator=(cSSBase0 const &) noexcept = default;
+
+  private:
+    int arguments() const final { return 0; }
 };
 
 template <class T> class QRV_API cSSBase1 : public cSSBase {
@@ -40,6 +43,9 @@ template <class T> class QRV_API cSSBase1 : public cSSBase {
     constexpr cSSBase1() noexcept {}
     cSSBase1(cSSBase1 const &) noexcept = default;
     cSSBase1 &operator=(cSSBase1 const &) noexcept = default;
+
+  private:
+    int arguments() const final { return 1; }
 };
 
 template <class T, class U> class QRV_API cSSBase2 : public cSSBase {
@@ -51,6 +57,9 @@ template <class T, class U> class QRV_API cSSBase2 : public cSSBase {
     constexpr cSSBase2() noexcept {}
     cSSBase2(cSSBase2 const &) noexcept = default;
     cSSBase2 &operator=(cSSBase2 const &) noexcept = default;
+
+  private:
+    int arguments() const final { return 2; }
 };
 
 // A signal without arguments. Firing it calls its targets first-connected-first.
@@ -104,9 +113,10 @@ template <class T> class QRV_API cSignal1 : public cSSBase1<T> {
     void disconnect() const { cSSBase::disconnect(); }
 
     void operator()(T argument) const override {
-        this->fire([&argument](cSSBase const &target) {
-            if (auto const *plain = dynamic_cast<cSSBase0 const *>(&target))
-                (*plain)();
+        if (this->untouched()) return;
+        this->fire([&argument](cSSBase const &target, int arguments) {
+            if (arguments == 0)
+                static_cast<cSSBase0 const &>(target)();
             else
                 static_cast<cSSBase1<T> const &>(target)(argument);
         });
@@ -145,11 +155,12 @@ template <class T, class U> class QRV_API cSignal2 : public cSSBase2<T, U> {
     void disconnect() const { cSSBase::disconnect(); }
 
     void operator()(T first, U second) const override {
-        this->fire([&first, &second](cSSBase const &target) {
-            if (auto const *plain = dynamic_cast<cSSBase0 const *>(&target))
-                (*plain)();
-            else if (auto const *one = dynamic_cast<cSSBase1<T> const *>(&target))
-                (*one)(first);
+        if (this->untouched()) return;
+        this->fire([&first, &second](cSSBase const &target, int arguments) {
+            if (arguments == 0)
+                static_cast<cSSBase0 const &>(target)();
+            else if (arguments == 1)
+                static_cast<cSSBase1<T> const &>(target)(first);
             else
                 static_cast<cSSBase2<T, U> const &>(target)(first, second);
         });
@@ -232,22 +243,25 @@ concept cMemberOf =
 // One such pointer, and a function that knows its real type.
 template <class C, class... Args> class cMemberCall {
   public:
-    template <class Member> explicit cMemberCall(Member member) noexcept
-        : call_(member ? &call<Member> : nullptr), member_(std::bit_cast<cBits>(member)) {}
+    // Without an object there is nothing to call either.
+    template <class Member> cMemberCall(C const *object, Member member) noexcept
+        : call_(object && member ? &call<Member> : nullptr), member_(std::bit_cast<cBits>(member)) {
+    }
 
     explicit operator bool() const noexcept { return call_ != nullptr; }
     void operator()(C *object, Args... args) const {
-        call_(member_, object, std::forward<Args>(args)...);
+        call_(object, std::forward<Args>(args)..., member_);
     }
 
   private:
     using cBits = std::array<std::uintptr_t, 2>;
 
-    template <class Member> static void call(cBits bits, C *object, Args... args) {
+    // The bits come last, so that the arguments stay in the registers that the slot got them in.
+    template <class Member> static void call(C *object, Args... args, cBits bits) {
         static_cast<void>((object->*std::bit_cast<Member>(bits))(std::forward<Args>(args)...));
     }
 
-    void (*call_)(cBits, C *, Args...);
+    void (*call_)(C *, Args..., cBits);
     cBits member_;
 };
 
@@ -262,9 +276,10 @@ template <class C> class QRV_API cSlot : public cSSBase0 {
   public:
     using function_type = cPlainMember<C>;
 
-    cSlot(C *object, function_type function) noexcept : object_(object), function_(function) {}
+    cSlot(C *object, function_type function) noexcept
+        : object_(object), function_(object, function) {}
     template <cMemberOf<C> Member> cSlot(C *object, Member function) noexcept
-        : object_(object), function_(function) {}
+        : object_(object), function_(object, function) {}
     // Also connected to `signal`, which is the sending side.
     template <cSignalFor<cSSBase0> Signal>
     cSlot(C *object, function_type function, Signal const &signal) : cSlot(object, function) {
@@ -279,12 +294,20 @@ template <class C> class QRV_API cSlot : public cSSBase0 {
     ~cSlot() override { cSSBase::disconnect(); }
 
     void operator()() const override {
-        if (isblocked() || !object_ || !function_) return;
-        BlockOnCall const self_block(this);
-        function_(object_); // RE-ENTERS: *this may be gone afterwards
+        if (!function_) return;
+        if (plain_call())
+            function_(object_); // RE-ENTERS: *this may be gone afterwards
+        else
+            call_guarded();
     }
 
   private:
+    [[gnu::noinline]] void call_guarded() const {
+        if (isblocked()) return;
+        BlockOnCall const self_block(this);
+        function_(object_); // RE-ENTERS, as above
+    }
+
     C *object_;
     cMemberCall<C> function_;
 };
@@ -294,9 +317,10 @@ template <class C, class T> class QRV_API cSlot1 : public cSSBase1<T> {
   public:
     using function_type = cPlainMember<C, T>;
 
-    cSlot1(C *object, function_type function) noexcept : object_(object), function_(function) {}
+    cSlot1(C *object, function_type function) noexcept
+        : object_(object), function_(object, function) {}
     template <cMemberOf<C, T> Member> cSlot1(C *object, Member function) noexcept
-        : object_(object), function_(function) {}
+        : object_(object), function_(object, function) {}
     template <cSignalFor<cSSBase1<T>> Signal>
     cSlot1(C *object, function_type function, Signal const &signal) : cSlot1(object, function) {
         signal.connect(*this, false, nullptr, nullptr);
@@ -310,12 +334,21 @@ template <class C, class T> class QRV_API cSlot1 : public cSSBase1<T> {
     ~cSlot1() override { cSSBase::disconnect(); }
 
     void operator()(T argument) const override {
-        if (this->isblocked() || !object_ || !function_) return;
-        cSSBase::BlockOnCall const self_block(this);
-        function_(object_, std::forward<T>(argument)); // RE-ENTERS: *this may be gone afterwards
+        if (!function_) return;
+        if (this->plain_call())
+            function_(object_,
+                      std::forward<T>(argument)); // RE-ENTERS: *this may be gone afterwards
+        else
+            call_guarded(std::forward<T>(argument));
     }
 
   private:
+    [[gnu::noinline]] void call_guarded(T argument) const {
+        if (this->isblocked()) return;
+        cSSBase::BlockOnCall const self_block(this);
+        function_(object_, std::forward<T>(argument)); // RE-ENTERS, as above
+    }
+
     C *object_;
     cMemberCall<C, T> function_;
 };
@@ -330,9 +363,10 @@ template <class C, class T, class U> class QRV_API cSlot2 : public cSSBase2<T, U
   public:
     using function_type = cPlainMember<C, T, U>;
 
-    cSlot2(C *object, function_type function) noexcept : object_(object), function_(function) {}
+    cSlot2(C *object, function_type function) noexcept
+        : object_(object), function_(object, function) {}
     template <cMemberOf<C, T, U> Member> cSlot2(C *object, Member function) noexcept
-        : object_(object), function_(function) {}
+        : object_(object), function_(object, function) {}
     template <cSignalFor<cSSBase2<T, U>> Signal>
     cSlot2(C *object, function_type function, Signal const &signal) : cSlot2(object, function) {
         signal.connect(*this, false, nullptr, nullptr);
@@ -346,12 +380,20 @@ template <class C, class T, class U> class QRV_API cSlot2 : public cSSBase2<T, U
     ~cSlot2() override { cSSBase::disconnect(); }
 
     void operator()(T first, U second) const override {
-        if (this->isblocked() || !object_ || !function_) return;
+        if (!function_) return;
+        if (this->plain_call()) // RE-ENTERS: *this may be gone afterwards
+            function_(object_, std::forward<T>(first), std::forward<U>(second));
+        else
+            call_guarded(std::forward<T>(first), std::forward<U>(second));
+    }
+
+  private:
+    [[gnu::noinline]] void call_guarded(T first, U second) const {
+        if (this->isblocked()) return;
         cSSBase::BlockOnCall const self_block(this);
         function_(object_, std::forward<T>(first), std::forward<U>(second)); // RE-ENTERS, as above
     }
 
-  private:
     C *object_;
     cMemberCall<C, T, U> function_;
 };
