@@ -292,8 +292,8 @@ class NewText::BlockWriter {
         for (; next_ < end; ++next_) {
             Extent const &extent = parts_[next_].extent;
             bool const last_on_line = page_.ends_line(extent.tail);
-            bool const last = next_ + 1 == parts_.size();
-            if (extent.whole_lines || !(last_on_line || last)) {
+            bool const after_others = next_ + 1 == parts_.size() && !page_.begins_line(extent.begin);
+            if (extent.whole_lines || !(last_on_line || after_others)) {
                 copy_to(extent.begin);
                 copied_ = std::max(copied_, extent.whole_lines ? extent.end
                                                                : page_.after_blanks(extent.tail));
@@ -326,7 +326,7 @@ class NewText::BlockWriter {
         if (next && next->is_new() && entry.delimiter.empty()) {
             out_ += layout_.delimiter;
         } else if (!next && !was_last && parts_.back().entry.delimiter.empty() &&
-                   !entry.delimiter.empty()) {
+                   !entry.delimiter.empty() && !page_.ends_line(parts_[part].extent.tail)) {
             copy_to(entry.delimiter.begin);
             copied_ = entry.delimiter.end;
         }

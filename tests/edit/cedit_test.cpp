@@ -149,6 +149,9 @@ TEST_F(Edit, values_of_a_vector_move_up) {
     EXPECT_EQ(remove("[ 1, 2, 3, ]", "2"), "[ 1, 2, ]");
     EXPECT_EQ(remove("[\n  // one\n  1,\n  // two\n  2, // 2\n]", "0"),
               "[\n  // two\n  2, // 2\n]");
+    // The delimiter of another line stays.
+    EXPECT_EQ(remove("[\n  1, // one\n  2 // two\n]", "1"), "[\n  1, // one\n]");
+    EXPECT_EQ(remove("[ 1, 2,\n  3 ]", "2"), "[ 1, 2,\n  ]");
 }
 
 TEST_F(Edit, an_inserted_value_comes_where_it_is_in_the_tree) {
