@@ -292,16 +292,26 @@ class NewText::BlockWriter {
         for (; next_ < end; ++next_) {
             Extent const &extent = parts_[next_].extent;
             bool const last_on_line = page_.ends_line(extent.tail);
-            bool const after_others = next_ + 1 == parts_.size() && !page_.begins_line(extent.begin);
+            bool const after_others =
+                next_ + 1 == parts_.size() && !page_.begins_line(extent.begin);
             if (extent.whole_lines || !(last_on_line || after_others)) {
                 copy_to(extent.begin);
-                copied_ = std::max(copied_, extent.whole_lines ? extent.end
-                                                               : page_.after_blanks(extent.tail));
+                copied_ =
+                    std::max(copied_, extent.whole_lines
+                                          ? extent.end
+                                          : page_.after_blanks(after_empty_item(extent.tail)));
             } else {
                 copy_to(page_.before_blanks(extent.begin));
-                copied_ = std::max(copied_, extent.tail);
+                copied_ = std::max(copied_, after_empty_item(extent.tail));
             }
         }
+    }
+
+    // After a second delimiter, as in "1,, 2". Three of them can't be read.
+    size_t after_empty_item(size_t offset) const {
+        size_t const at = page_.after_blanks(offset);
+        std::string_view const next = page_.text(at, std::min<size_t>(at + 1, frame_.close.begin));
+        return next == "," || next == ";" ? at + 1 : offset;
     }
 
     size_t part_of(Item const &item) const {

@@ -154,6 +154,14 @@ TEST_F(Edit, values_of_a_vector_move_up) {
     EXPECT_EQ(remove("[ 1, 2,\n  3 ]", "2"), "[ 1, 2,\n  ]");
 }
 
+// Two delimiters in a row are read, three are not.
+TEST_F(Edit, an_empty_item_goes_with_the_entry_before_it) {
+    EXPECT_EQ(remove("{ a = 1,, b = 2;; c = 3; }", "a"), "{ b = 2;; c = 3; }");
+    EXPECT_EQ(remove("{ a = 1,, b = 2;; c = 3; }", "b"), "{ a = 1,, c = 3; }");
+    EXPECT_EQ(remove("[1,,2,,]", "1"), "[1,,]");
+    EXPECT_EQ(set("{l=[1,,2 ]}", "l/0 &= 3; l << 4"), "{l=[3,,2, 4 ]}");
+}
+
 TEST_F(Edit, an_inserted_value_comes_where_it_is_in_the_tree) {
     auto const insert = [](std::string const &text, int place) {
         return after(text, [&](cObj &root) {
@@ -231,6 +239,11 @@ TEST_F(Edit, sets_take_and_lose_values) {
 TEST_F(Edit, a_value_that_a_set_has_twice_goes_when_the_first_one_changes) {
     EXPECT_EQ(set("{ s = < {}, 5, {} >; b = 1; }", "s/0/x = 1"), "{ s = < {x = 1}, 5 >; b = 1; }");
     EXPECT_EQ(set("{ s = < {}, 5, {} >; b = 1; }", "b = 2"), "{ s = < {}, 5, {} >; b = 2; }");
+}
+
+TEST_F(Edit, a_container_that_a_set_has_twice_changes_at_the_first) {
+    EXPECT_EQ(set("{ s = < {a=1}, {a=1}, 5 >; }", "s/0/a = 7"), "{ s = < {a=7}, 5 >; }");
+    EXPECT_EQ(set("{ s = < a >; s = < a, 5 >; }", "s/0 = 7"), "{ s = < 7 >; s = < 5 >; }");
 }
 
 TEST_F(Edit, a_value_that_a_set_has_twice_is_replaced_once) {
