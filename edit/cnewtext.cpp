@@ -69,13 +69,23 @@ std::optional<std::string> NewText::literal_inside(Item const &item) const {
     bool const scalar = type == &cat::type_int() || type == &cat::type_double() ||
                         type == &cat::type_float() || type == &cat::type_string() ||
                         type == &cat::type_bool();
-    if (!scalar || page_.text(entry.type) != type->name()) return std::nullopt;
+    if (page_.text(entry.type) != type->name()) return std::nullopt;
+    if (!scalar) return word_inside(item, page_.text(entry.value));
     std::vector<cat::SourceEntry> const parts = entries_.inside(item.old);
     if (parts.size() != 1 || !parts[0].open.empty()) return std::nullopt;
     cat::Span const inner = parts[0].value;
     return std::string(page_.text(entry.value.begin, inner.begin)) +
            spelt(item.value, page_.text(inner)) +
            std::string(page_.text(inner.end, entry.value.end));
+}
+
+// A value of another type that has one word in its brackets, such as intf(0x1F).
+std::optional<std::string> NewText::word_inside(Item const &item, std::string_view old) {
+    std::string const text = spelt(item.value, old);
+    cat::Span const word = word_in_brackets(text), before = word_in_brackets(old);
+    if (word.empty() || before.empty()) return std::nullopt;
+    return std::string(old.substr(0, before.begin)) + text.substr(word.begin, word.size()) +
+           std::string(old.substr(before.end));
 }
 
 // Of one that comes from elsewhere, or is new. The layout is that of the entries around it.
@@ -186,6 +196,15 @@ std::string NewText::comments_of(Item const &item, Where where, std::string cons
     return text;
 }
 
+// A key with another name, up to its "=". That stays in the column of its neighbours.
+std::string NewText::renamed(Item const &item, cat::SourceEntry const &entry) {
+    std::string const text = spelt(item.node->key(), page_.text(entry.key));
+    std::string const gap(page_.text(entry.key.end, entry.separator.begin));
+    size_t const column = entry.separator.begin - entry.key.begin;
+    if (!is_blank(gap) || layout_of(*item.parent).width != column) return text + gap;
+    return text + blanks(text.size() < column ? column - text.size() : 1);
+}
+
 // Comments between the value and its delimiter, with the blanks around them.
 std::string NewText::before_delimiter(Item const &item) const {
     if (item.old == none || entries_.entry(item.old).delimiter.empty()) return "";
@@ -232,11 +251,10 @@ std::string NewText::inner(Item const &item, cat::SourceEntry const &frame) {
     size_t copied = frame.open.end;
     for (Item const *const child : children) {
         cat::SourceEntry const entry = entries_.entry(child->old);
-        bool const renamed = child->node->anid() != entries_.anid(child->old) && !entry.key.empty();
-        if (renamed) {
+        if (child->node->anid() != entries_.anid(child->old) && !entry.key.empty()) {
             text += page_.text(copied, entry.key.begin);
-            text += spelt(child->node->key(), page_.text(entry.key));
-            copied = entry.key.end;
+            text += renamed(*child, entry);
+            copied = entry.separator.begin;
         }
         if (child->how == Item::as_it_was && child->source == child->old) continue;
         text += page_.text(copied, entry.value.begin);
@@ -292,16 +310,26 @@ class NewText::BlockWriter {
         for (; next_ < end; ++next_) {
             Extent const &extent = parts_[next_].extent;
             bool const last_on_line = page_.ends_line(extent.tail);
-            bool const last = next_ + 1 == parts_.size();
-            if (extent.whole_lines || !(last_on_line || last)) {
+            bool const after_others =
+                next_ + 1 == parts_.size() && !page_.begins_line(extent.begin);
+            if (extent.whole_lines || !(last_on_line || after_others)) {
                 copy_to(extent.begin);
-                copied_ = std::max(copied_, extent.whole_lines ? extent.end
-                                                               : page_.after_blanks(extent.tail));
+                copied_ =
+                    std::max(copied_, extent.whole_lines
+                                          ? extent.end
+                                          : page_.after_blanks(after_empty_item(extent.tail)));
             } else {
                 copy_to(page_.before_blanks(extent.begin));
-                copied_ = std::max(copied_, extent.tail);
+                copied_ = std::max(copied_, after_empty_item(extent.tail));
             }
         }
+    }
+
+    // After a second delimiter, as in "1,, 2". Three of them can't be read.
+    size_t after_empty_item(size_t offset) const {
+        size_t const at = page_.after_blanks(offset);
+        std::string_view const next = page_.text(at, std::min<size_t>(at + 1, frame_.close.begin));
+        return next == "," || next == ";" ? at + 1 : offset;
     }
 
     size_t part_of(Item const &item) const {
@@ -316,8 +344,8 @@ class NewText::BlockWriter {
         cat::SourceEntry const &entry = parts_[part].entry;
         if (!entry.key.empty() && item.node->anid() != text_.entries_.anid(item.old)) {
             copy_to(entry.key.begin);
-            out_ += spelt(item.node->key(), page_.text(entry.key));
-            copied_ = entry.key.end;
+            out_ += text_.renamed(item, entry);
+            copied_ = entry.separator.begin;
         }
         copy_to(entry.value.begin);
         out_ += text_.value_here(item);
@@ -326,7 +354,7 @@ class NewText::BlockWriter {
         if (next && next->is_new() && entry.delimiter.empty()) {
             out_ += layout_.delimiter;
         } else if (!next && !was_last && parts_.back().entry.delimiter.empty() &&
-                   !entry.delimiter.empty()) {
+                   !entry.delimiter.empty() && !page_.ends_line(parts_[part].extent.tail)) {
             copy_to(entry.delimiter.begin);
             copied_ = entry.delimiter.end;
         }

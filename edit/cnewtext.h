@@ -42,12 +42,14 @@ class NewText {
     std::string value(Item const &item, Layout const &layout);
     std::string value_here(Item const &item);
     std::optional<std::string> literal_inside(Item const &item) const;
+    static std::optional<std::string> word_inside(Item const &item, std::string_view old);
     std::string literal(Item const &item, Layout const &layout);
     std::string fresh(Item const &item, Layout const &layout);
     std::string block(Item const &item);
     std::string inner(Item const &item, cat::SourceEntry const &frame);
     std::string changed_inner(Item const &item, cat::SourceEntry const &frame);
     std::string key(Item const &item, Layout const &layout);
+    std::string renamed(Item const &item, cat::SourceEntry const &entry);
     std::string new_entry(Item const &item, Layout const &layout, bool delimiter);
     std::string before_delimiter(Item const &item) const;
     std::string comments_of(Item const &item, cat::SourceComment::Where where,

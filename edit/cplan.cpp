@@ -17,8 +17,12 @@ namespace qrv::edit {
 
 Entries::Entries(cat::SourceMap const &map) : map_(map) {
     anids_.reserve(map.size());
+    std::vector<bool> ignored(map.size()); // values that are in their set already
     for (size_t i = 0; i < map.size(); ++i) {
-        anids_.push_back(map.entry(i).anid);
+        cat::SourceEntry const entry = map.entry(i);
+        bool const inside = entry.parent != none && ignored[entry.parent];
+        ignored[i] = inside || (entry.key.empty() && numbers_.count(entry.anid) > 0);
+        anids_.push_back(inside ? 0 : entry.anid);
         if (!anids_.back()) continue;
         any_comes_again_ |= numbers_.count(anids_.back()) > 0;
         numbers_.emplace(anids_.back(), i);
@@ -112,7 +116,10 @@ Item &Plan::add(Item *parent, Slot const &slot, objref const &value) {
     item.moved = slot.moved;
     if (!parent) return item;
     // In a set, what is written twice counts twice.
-    if (parent->value->is_set()) item.position = parent->children.size();
+    if (parent->value->is_set()) {
+        item.position = parent->children.size();
+        in_sets_.emplace(item.node, &item);
+    }
     parent->children.push_back(&item);
     return item;
 }
@@ -267,10 +274,9 @@ void Plan::add_children(Item &item, std::vector<size_t> const &blocks) {
 // it would add a value.
 bool Plan::add_repeated(Item &item, Slot const &slot) {
     if (!item.value->is_set() || slot.moved || !entries_.comes_again(slot.old)) return false;
-    auto const first = std::find_if(item.children.begin(), item.children.end(),
-                                    [&](Item const *child) { return child->node == slot.node; });
-    if (first == item.children.end()) return false;
-    if (!is_unchanged(**first)) return true;
+    auto const first = in_sets_.find(slot.node);
+    if (first == in_sets_.end()) return false;
+    if (!is_unchanged(*first->second)) return true;
     if (entries_.entry(slot.old).reference) {
         cAttrNode const *const node = path_end(slot.old);
         if (!node || !node->valref()->equal(slot.node->valref())) return true; // RUNS USER CODE

@@ -115,9 +115,10 @@ class Plan {
     objref root_;
     Matching matching_;
     std::deque<Item> items_;
-    std::unordered_map<cObj const *, Item *> written_; // containers and shared values
-    std::unordered_set<cAttrNode const *> passed_;     // nodes of the items so far
-    std::unordered_map<size_t, Slots> arranged_;       // by block
+    std::unordered_map<cObj const *, Item *> written_;            // containers and shared values
+    std::unordered_set<cAttrNode const *> passed_;                // nodes of the items so far
+    std::unordered_map<cAttrNode const *, Item const *> in_sets_; // the first items of nodes
+    std::unordered_map<size_t, Slots> arranged_;                  // by block
     std::unordered_map<cObj const *, std::vector<size_t>> definitions_;
     bool searched_ = false; // definitions_ is filled
 };

@@ -78,6 +78,26 @@ std::string decimal(int value, std::string_view like) {
     return sign + digits + (unsign ? std::string(1, like[given]) : "");
 }
 
+// What is before the digits of a number in an intf.
+size_t prefix_of(std::string_view number) {
+    return is_hexadecimal(number) ? 2 : number.size() > 1 && has(number.substr(0, 1), "b0") ? 1 : 0;
+}
+
+// "intf(0x00A1F3)": as many digits as there were, or more. The form of the number is its own.
+std::string formatted(std::string text, std::string_view like) {
+    cat::Span const number = word_in_brackets(text), given = word_in_brackets(like);
+    if (number.empty() || given.empty()) return text;
+    std::string_view const digits = std::string_view(text).substr(number.begin, number.size()),
+                           before = like.substr(given.begin, given.size());
+    size_t const prefix = prefix_of(digits);
+    if (prefix == 0 || prefix != prefix_of(before) || digits[0] != before[0]) return text;
+    size_t const first = std::min(digits.find_first_not_of('0', prefix), digits.size());
+    size_t const width = std::max({digits.size() - first, before.size() - prefix, size_t{1}});
+    return text.replace(number.begin + prefix, digits.size() - prefix,
+                        std::string(width - (digits.size() - first), '0') +
+                            std::string(digits.substr(first)));
+}
+
 // --- floating numbers ---
 
 // How somebody wrote one: "+12.50e-03f".
@@ -145,6 +165,27 @@ bool is_word(std::string_view text) {
     return text != "true" && text != "false" && cat::is_ident(std::string(text));
 }
 
+cat::Span word_in_brackets(std::string_view text) {
+    size_t at = text.find('(') + 1;
+    if (at == 0) return {};
+    auto const pass_blanks = [&] {
+        for (;;) {
+            at = std::min(text.find_first_not_of(" \t\r\n", at), text.size());
+            std::string_view const two = text.substr(at, 2);
+            if (two != "/*" && two != "//") return;
+            char const *const end = two == "/*" ? "*/" : "\n";
+            size_t const found = text.find(end, at + 2);
+            at = found == std::string_view::npos ? text.size() : found + (two == "/*" ? 2 : 1);
+        }
+    };
+    pass_blanks();
+    size_t const begin = at;
+    at = std::min(text.find_first_of(" \t\r\n/(){}[]<>\"';,=#", at), text.size());
+    cat::Span const word{static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(at)};
+    pass_blanks();
+    return at + 1 == text.size() && text[at] == ')' ? word : cat::Span{};
+}
+
 std::string spelt(objref const &value, std::string_view like) {
     if (cat::find_const(value.get())) return exact(value);
     if (auto const *const text = value_of<std::string>(value, cat::type_string()))
@@ -157,7 +198,7 @@ std::string spelt(objref const &value, std::string_view like) {
         return spelt_floating(value, *number, like);
     if (auto const *const number = value_of<float>(value, cat::type_float()))
         return spelt_floating(value, *number, like);
-    return exact(value);
+    return value->type().name() == "intf" ? formatted(exact(value), like) : exact(value);
 }
 
 } // namespace qrv::edit

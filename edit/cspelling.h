@@ -4,6 +4,7 @@
 // a string keeps its quotes, or their absence. What comes out always reads back as the value.
 
 #include "qrv/core/cobj.h"
+#include "qrv/text/read/csourcemap.h"
 
 #include <string>
 #include <string_view>
@@ -14,6 +15,9 @@ namespace qrv::edit {
 // none. Values that are no literal have their exact written form, which is empty where there is
 // none: infinity, for one.
 std::string spelt(objref const &value, std::string_view like);
+
+// The word between the brackets of "Mode( off /* as shipped */ )"; empty if there is more or less.
+cat::Span word_in_brackets(std::string_view text);
 
 // Is this text a word that reads as a string without quotes?
 bool is_word(std::string_view text);

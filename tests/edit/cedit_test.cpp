@@ -149,6 +149,18 @@ TEST_F(Edit, values_of_a_vector_move_up) {
     EXPECT_EQ(remove("[ 1, 2, 3, ]", "2"), "[ 1, 2, ]");
     EXPECT_EQ(remove("[\n  // one\n  1,\n  // two\n  2, // 2\n]", "0"),
               "[\n  // two\n  2, // 2\n]");
+    EXPECT_EQ(set("{l=[1, [2]]}", "l &= [1]"), "{l=[1]}");
+    // The delimiter of another line stays.
+    EXPECT_EQ(remove("[\n  1, // one\n  2 // two\n]", "1"), "[\n  1, // one\n]");
+    EXPECT_EQ(remove("[ 1, 2,\n  3 ]", "2"), "[ 1, 2,\n  ]");
+}
+
+// Two delimiters in a row are read, three are not.
+TEST_F(Edit, an_empty_item_goes_with_the_entry_before_it) {
+    EXPECT_EQ(remove("{ a = 1,, b = 2;; c = 3; }", "a"), "{ b = 2;; c = 3; }");
+    EXPECT_EQ(remove("{ a = 1,, b = 2;; c = 3; }", "b"), "{ a = 1,, c = 3; }");
+    EXPECT_EQ(remove("[1,,2,,]", "1"), "[1,,]");
+    EXPECT_EQ(set("{l=[1,,2 ]}", "l/0 &= 3; l << 4"), "{l=[3,,2, 4 ]}");
 }
 
 TEST_F(Edit, an_inserted_value_comes_where_it_is_in_the_tree) {
@@ -200,6 +212,20 @@ TEST_F(Edit, the_lines_of_a_string_are_not_indented_anew) {
         "{\n  c = {\n    d = {\n      x = 'it\\'s\\\n    b';\n    };\n  };\n}\n");
 }
 
+// An "=" that is below those of other keys stays there.
+TEST_F(Edit, a_renamed_key_keeps_the_column) {
+    auto const renamed = [](std::string const &text, char const *from, char const *to) {
+        return after(text, [&](cObj &root) {
+            static_cast<cMapObj &>(root).datamap().rename(cat::of(std::string(from)),
+                                                          cat::of(std::string(to)));
+        });
+    };
+    EXPECT_EQ(renamed(bus, "baud", "b"), with(bus, "baud   =", "b      ="));
+    EXPECT_EQ(renamed(bus, "retry", "retries"), with(bus, "retry  =", "retries ="));
+    EXPECT_EQ(renamed("{ aa  = 1; b = 2; }", "aa", "c"), "{ c  = 1; b = 2; }");
+    EXPECT_EQ(renamed("{\n  aa=1;\n  bb=2;\n}", "aa", "c"), "{\n  c=1;\n  bb=2;\n}");
+}
+
 TEST_F(Edit, moved_lines_are_indented_anew) {
     EXPECT_EQ(remove("{\n  a = {\n    // first\n    x = 'a\\\n    b';\n  };\n  c = {\n    d = "
                      "#cRef(/a);\n  };\n}\n",
@@ -228,6 +254,11 @@ TEST_F(Edit, sets_take_and_lose_values) {
 TEST_F(Edit, a_value_that_a_set_has_twice_goes_when_the_first_one_changes) {
     EXPECT_EQ(set("{ s = < {}, 5, {} >; b = 1; }", "s/0/x = 1"), "{ s = < {x = 1}, 5 >; b = 1; }");
     EXPECT_EQ(set("{ s = < {}, 5, {} >; b = 1; }", "b = 2"), "{ s = < {}, 5, {} >; b = 2; }");
+}
+
+TEST_F(Edit, a_container_that_a_set_has_twice_changes_at_the_first) {
+    EXPECT_EQ(set("{ s = < {a=1}, {a=1}, 5 >; }", "s/0/a = 7"), "{ s = < {a=7}, 5 >; }");
+    EXPECT_EQ(set("{ s = < a >; s = < a, 5 >; }", "s/0 = b"), "{ s = < b >; s = < 5 >; }");
 }
 
 TEST_F(Edit, a_value_that_a_set_has_twice_is_replaced_once) {
@@ -309,6 +340,15 @@ TEST_F(EditTyped, an_attribute_that_was_left_out_is_written_when_it_is_set) {
     EXPECT_EQ(set_typed("p/l << 1"), with(typed, "P(n = 4)", "P(n = 4; l = [1])"));
 }
 
+TEST_F(EditTyped, a_choice_changes_between_its_brackets) {
+    std::string const text = "{ M = choice({off=0; on=1}); m = M( off /* as shipped */ ); }";
+    cat::TypeScope const scope;
+    Text edited(text);
+    std::string const result =
+        edited.apply([](cObj &root) { EXPECT_TRUE(root.setattrp("m = M(on)", true)); });
+    EXPECT_EQ(result, with(text, "( off", "( on"));
+}
+
 TEST_F(EditTyped, a_reference_that_reads_as_a_copy_is_written_out_when_its_target_changes) {
     EXPECT_EQ(set_typed("q/n = 4"), with(typed, "P()", "P(n = 4)"));
     EXPECT_EQ(set_typed("p/n = 5"), with(with(typed, "n = 4", "n = 5"), "#cRef(/p/n)", "4"));
@@ -331,6 +371,15 @@ TEST_F(Edit, many_entries_on_one_line_and_many_references_cost_linear_work) {
 
 TEST_F(Edit, formatted_numbers_keep_their_form) {
     EXPECT_EQ(set("{ port = intf(0x1f); }", "port = 32"), "{ port = intf(0x20); }");
+    EXPECT_EQ(set("{ a = intf(0x00A1F3); }", "a = 171"), "{ a = intf(0x0000AB); }");
+    EXPECT_EQ(set("{ a = intf(0x0f); }", "a = 0x1234"), "{ a = intf(0x1234); }");
+    EXPECT_EQ(set("{ a = intf(b0010); }", "a = 5"), "{ a = intf(b0101); }");
+    EXPECT_EQ(set("{ a = intf(b0010); }", "a = 31"), "{ a = intf(b11111); }");
+    EXPECT_EQ(set("{ a = intf(007); }", "a = 8"), "{ a = intf(010); }");
+    EXPECT_EQ(set("{ a = intf(12); }", "a = -3"), "{ a = intf(-3); }");
+    EXPECT_EQ(set("{ a = intf( 0x0A /* ten */ ); }", "a = 11"), "{ a = intf( 0x0B /* ten */ ); }");
+    EXPECT_EQ(set("{ a = intf( /* ) */ 0x0A); }", "a = 0"), "{ a = intf( /* ) */ 0x00); }");
+    EXPECT_EQ(set("{ a = intf( /* two */ 2); }", "a &= 7"), "{ a = 7; }");
 }
 
 } // namespace

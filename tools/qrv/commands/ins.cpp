@@ -48,6 +48,7 @@ bool read_entry(cOptions const &options, cNewEntry &entry, cMessages &messages) 
         return false;
     }
     entry.key = keys[0];
+    entry.value = declared(entry.value, entry.key);
     return true;
 }
 

@@ -12,6 +12,7 @@
 #include "qrv/util/cintformat.h"
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
+#include "tools/qrv/editing/entries.h"
 #include "tools/qrv/editing/rewrite.h"
 #include "tools/qrv/editing/statements.h"
 #include "tools/qrv/output/exit_code.h"
@@ -305,7 +306,10 @@ bool set_all(objref const &root, std::vector<cGiven> const &given, cOptions cons
         cMessages messages(name, options.max_errors);
         cStatements statements(text, named, options.convert, messages);
         cStatement statement;
-        while (statements.next(statement)) cAssignment(root, statement, options, messages).run();
+        while (statements.next(statement)) {
+            statement.value = declared_at(root, statement.path, statement.value);
+            cAssignment(root, statement, options, messages).run();
+        }
         told += messages.text();
         good = good && messages.count() == 0;
     }

@@ -4,6 +4,8 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/creadreport.h"
+#include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "tools/qrv/search/at_path.h"
 #include "tools/qrv/verify/attempt.h"
@@ -131,6 +133,31 @@ cFoundEntry entry_at(objref const &root, std::vector<objref> const &keys, std::s
         }
     }
     return found;
+}
+
+objref declared(objref const &value, objref const &key) {
+    if (!value || !value->is_type() || !static_cast<cTypeObj const &>(*value).name().empty())
+        return value;
+    cat::ExactText const exact;
+    cat::ReadReport const unheard;
+    std::istringstream text('{' + cat::as_text(key) + "= " + cat::as_text(value) + '}');
+    objref map;
+    if (cObj::readobj(text, map) != 0 || !unheard.empty()) return value;
+    cAttrNode const *const node = map_in(map)->datamap().find(key);
+    return node ? node->valref() : value;
+}
+
+objref declared_at(objref const &root, std::string const &path, objref const &value) {
+    if (!value || !value->is_type()) return value;
+    cMessages unheard(path, 1);
+    std::vector<objref> keys = keys_of(path, unheard);
+    if (keys.empty()) return value;
+    objref const last = keys.back();
+    keys.pop_back();
+    cFoundEntry const around = entry_at(root, keys, path, unheard);
+    objref const container = around.node ? around.node->valref() : root;
+    bool const absent = !keys.empty() && !around.node;
+    return !absent && is_list(container) ? value : declared(value, last);
 }
 
 bool remove_entry(objref const &root, std::string const &path, cMessages &messages) {

@@ -20,6 +20,12 @@ struct cFoundEntry {
 cFoundEntry entry_at(objref const &root, std::vector<objref> const &keys, std::string const &path,
                      cMessages &messages);
 
+// A type that is given for a key of a map is declared by it, as in a file: it gets the key as its
+// name, and later values can have it. Other values are returned as they are.
+objref declared(objref const &value, objref const &key);
+// The same for the value that is to be stored at a path.
+objref declared_at(objref const &root, std::string const &path, objref const &value);
+
 bool remove_entry(objref const &root, std::string const &path, cMessages &messages);
 bool move_entry(objref const &root, std::string const &from, std::string const &to,
                 cMessages &messages);

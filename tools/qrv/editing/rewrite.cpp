@@ -112,7 +112,8 @@ bool read_back(std::string const &text, std::string const &image, cWriteOptions 
 // The whole work. The reply: text, losses as messages, in `extra` the text as it is now.
 void work(std::string const &name, cTask const &task, cReply &reply) {
     cMessages messages(name, task.options.max_errors);
-    if (!read_bytes(name, reply.extra, messages)) {
+    std::string mark;
+    if (!read_bytes(name, reply.extra, messages, &mark)) {
         reply.messages = messages.text();
         return;
     }
@@ -137,6 +138,8 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
         }
     }
     reply.messages += messages.text();
+    reply.extra.insert(0, mark);
+    if (!task.options.canonical) reply.text.insert(0, mark);
 }
 
 int refuse(std::string const &name, std::string const &why) {

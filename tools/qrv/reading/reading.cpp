@@ -126,7 +126,8 @@ bool may_hide_errors(std::string const &bytes, bool typed_values) {
 
 } // namespace
 
-bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages) {
+bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages,
+                std::string *mark) {
     bool const standard = name == "-";
     int const descriptor = standard ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
     int error = descriptor < 0 ? errno : 0;
@@ -141,6 +142,11 @@ bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages
     }
     if (descriptor >= 0 && !standard) ::close(descriptor);
     if (error != 0) messages.error(reason("cannot read", error));
+    constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
+    if (bytes.starts_with(byte_order_mark)) {
+        bytes.erase(0, byte_order_mark.size());
+        if (mark) *mark = byte_order_mark;
+    }
     return error == 0;
 }
 

@@ -8,8 +8,10 @@
 #include <optional>
 #include <string>
 
-// All bytes of a file; "-" is the standard input. False with the reason as an error.
-bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages);
+// All bytes of a file after its byte order mark, if it has one; "-" is the standard input. False
+// with the reason as an error.
+bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages,
+                std::string *mark = nullptr);
 
 struct cReading {
     objref value;                 // null if the text has no value

@@ -1,0 +1,159 @@
+// The same edit by splicing and by --reformat, on generated files: both results read as equal
+// trees. QRV_EDITS sets how many files.
+
+#include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
+#include "qrv/core/ctypescope.h"
+#include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
+#include "tests/edit/generated_text.h"
+#include "tests/support/fixture.h"
+#include "tests/sweep/in_process.h"
+#include "tools/qrv/process/apart.h"
+#include "tools/qrv/reading/reading.h"
+#include "tools/qrv/verify/fingerprint.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using sweep_test::cRun, sweep_test::run;
+using test::Random;
+
+unsigned documents() {
+    char const *const given = std::getenv("QRV_EDITS");
+    return given ? static_cast<unsigned>(std::atoi(given)) : 150;
+}
+
+// Of what a text reads as; empty if it has errors.
+std::string fingerprint_of(std::string const &text) {
+    cReply const reply = apart("", [&](cReply &r) {
+        cMessages unheard("", 1);
+        cReading const reading = read_value(text, unheard);
+        if (reading.clean) r.image = image_of(reading.value);
+    });
+    return reply.image;
+}
+
+// Commands that may or may not succeed, on paths of a tree.
+class Commands {
+  public:
+    Commands(Random &random, std::string const &text) : random_(random) {
+        cat::TypeScope const types;
+        cMessages unheard("", 1);
+        cReading const reading = read_value(text, unheard);
+        if (reading.clean) walk("", reading.value);
+    }
+
+    bool any() const { return !paths_.empty(); }
+
+    std::vector<std::string> next() {
+        switch (random_.below(7)) {
+        case 0:
+            return {"del", "@", path()};
+        case 1:
+            return {"mv", "@", path(), random_.one_in(2) ? path() : beside(path())};
+        case 2:
+            return random_.one_in(3)
+                       ? std::vector<std::string>{"ins", "@", path(), "before", value()}
+                       : std::vector<std::string>{"ins", "@", path(), "after", "inserted", value()};
+        case 3:
+            return {"set", "@", beside(path()) + " = " + value()};
+        case 4:
+            return {"set", "@", path() + " << " + value()};
+        case 5:
+            return {"set", "@", path() + " += " + value()};
+        }
+        static constexpr char const *const operators[] = {" = ", " &= "};
+        std::string text = path() + random_.of(operators) + value();
+        while (random_.one_in(3)) text += "; " + path() + random_.of(operators) + value();
+        return {"set", "@", text};
+    }
+
+  private:
+    void walk(std::string const &path, objref const &value) {
+        if (!path.empty()) paths_.push_back(path);
+        auto const *const map = dynamic_cast<cMapObj const *>(value.get());
+        if (!map || value->is_type()) return;
+        cat::ExactText const exact;
+        cAttrHash const &hash = map->datamap();
+        for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
+            walk(path + (path.empty() ? "" : "/") + cat::as_text(node->key()), node->valref());
+    }
+
+    std::string path() { return paths_[random_.below(paths_.size())]; }
+    // Another key in the container of a path, or in the container at it.
+    std::string beside(std::string path) {
+        static constexpr char const *const keys[] = {"new", "x", "0", "'two words'", "k/l"};
+        if (random_.one_in(2)) return path + '/' + random_.of(keys);
+        size_t const slash = path.rfind('/');
+        return (slash == path.npos ? "" : path.substr(0, slash + 1)) + random_.of(keys);
+    }
+    std::string value() {
+        static constexpr char const *const values[] = {
+            "7",         "-1.5", "text",      "\"two words\"", "true", "{n=1; m=[1,2]}", "{}",
+            "[]",        "#nil", "<p, q>",    "[1]",           "255",  "0.75f",          "0",
+            "intf(0x2)", "1",    "\"1\"",     "[{a=1}]",       "<{}>", "{x= {y= 1}}",    "1e30",
+            "Mode(on)",  "P()",  "P(n = 17)", "P(list= [3])"};
+        return random_.of(values);
+    }
+
+    Random &random_;
+    std::vector<std::string> paths_;
+};
+
+class Agreement : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(test::listening()); }
+};
+
+std::string shown(std::vector<std::string> const &command) {
+    std::string text;
+    for (std::string const &word : command) text += word + ' ';
+    return text;
+}
+
+TEST_F(Agreement, splicing_and_reformatting_give_equal_trees) {
+    unsigned compared = 0, refused = 0;
+    for (unsigned seed = 1; seed <= documents(); ++seed) {
+        Random random(seed);
+        std::string const text = test::Writer(random, seed % 4 == 0, seed % 3 == 0).document();
+        Commands commands(random, text);
+        if (!commands.any()) continue;
+        std::vector<std::string> command = commands.next();
+        cRun const spliced = run(command, text);
+        command.push_back("--reformat");
+        cRun const reformatted = run(command, text);
+        std::string const about =
+            "seed " + std::to_string(seed) + "\n" + text + "\n--\n" + shown(command);
+        if (reformatted.status == 2) {
+            // The writer's text of some values changes when it is read and written again.
+            if (reformatted.err.find("would change") == reformatted.err.npos) {
+                EXPECT_EQ(spliced.status, 2) << about << reformatted.err;
+            }
+            continue;
+        }
+        ++compared;
+        if (spliced.status != 0) {
+            EXPECT_NE(spliced.err.find("--reformat"), spliced.err.npos) << about << spliced.err;
+            ++refused;
+            if (std::getenv("QRV_SHOW")) std::fprintf(stderr, "REFUSED %s\n", about.c_str());
+            continue;
+        }
+        ASSERT_EQ(fingerprint_of(spliced.out), fingerprint_of(reformatted.out))
+            << about << "\n"
+            << spliced.out << "\n"
+            << reformatted.out;
+    }
+    RecordProperty("compared", static_cast<int>(compared));
+    if (std::getenv("QRV_SHOW"))
+        std::fprintf(stderr, "%u compared, %u refused\n", compared, refused);
+    EXPECT_GT(compared, documents() / 4);
+    EXPECT_LE(refused, compared / 200);
+}
+
+} // namespace

@@ -1,0 +1,110 @@
+// edit_lines [--every N] FILE...: what edits by the tool do to files that people wrote. Each scalar
+// is changed, each entry deleted, a new one inserted before and after it, and one appended to each
+// container, each time in the file as it was. A FILE whose name ends in .json is converted first.
+// There is a process for each file, and as many at a time as there are processors.
+//
+// Prints a table. The exit code is 1 if an edit was refused, changed another line, lost a comment
+// or stored another value; each such edit is listed on standard error. With --every only each N-th
+// edit is made.
+
+#include "qrv/base/csignal.h"
+#include "qrv/diagnostics/cconsole.h"
+#include "tests/support/memory_file.h"
+#include "tests/sweep/sweep.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using namespace sweep_test;
+
+std::string bytes_of(std::string const &name) {
+    std::ifstream is(name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
+}
+
+std::string row_of(std::string const &name, cTable const &table) {
+    std::string text = "| " + name + " |";
+    size_t lost = 0;
+    for (cRow const &row : table) {
+        text += ' ' + std::to_string(row.edits) + " | " + std::to_string(row.lines) + " |";
+        lost += row.lost;
+    }
+    return text + ' ' + std::to_string(lost) + " |\n";
+}
+
+// The row is written to the descriptor. Were all edits good?
+bool sweep_file(char const *name, size_t every, int descriptor) {
+    std::filesystem::path file(name);
+    std::string text = bytes_of(file);
+    if (file.extension() == ".json") {
+        text = run({"from-json", "@"}, text).out;
+        file.replace_extension(".attr");
+    }
+    bool good = true;
+    cTable const table = sweep(text, every, run, [&](std::string const &what) {
+        std::fprintf(stderr, "%s: %s\n", name, what.c_str());
+        good = false;
+    });
+    std::string const row = row_of(file.filename(), table);
+    return ::write(descriptor, row.data(), row.size()) == static_cast<ssize_t>(row.size()) && good;
+}
+
+class cProcesses {
+  public:
+    // Begins work in a copy of this process, as soon as a processor is free.
+    template <class Work> void begin(Work const &work) {
+        while (running_ >= std::max(1u, std::thread::hardware_concurrency())) wait();
+        pid_t const process = ::fork();
+        if (process == 0) ::_exit(work() ? 0 : 1);
+        good_ = good_ && process > 0;
+        ++running_;
+    }
+    bool all_good() {
+        while (running_ > 0) wait();
+        return good_;
+    }
+
+  private:
+    void wait() {
+        int status = 0;
+        good_ = ::wait(&status) > 0 && status == 0 && good_;
+        --running_;
+    }
+
+    unsigned running_ = 0;
+    bool good_ = true;
+};
+
+} // namespace
+
+int main(int argc, char **argv) {
+    sig_idle();
+    cConsoleDisplay const messages(STDERR_FILENO);
+    size_t every = 1;
+    std::map<int, test::cMemory> rows; // by the argument
+    cProcesses processes;
+    for (int i = 1; i < argc; ++i) {
+        if (argv[i] == std::string("--every") && i + 1 < argc)
+            every = std::max(1ul, std::strtoul(argv[++i], nullptr, 10));
+        else
+            processes.begin([&, descriptor = rows[i].descriptor()] {
+                return sweep_file(argv[i], every, descriptor);
+            });
+    }
+    bool const good = !rows.empty() && processes.all_good();
+    std::printf("| File | Changed | Lines | Deleted | Lines | Inserted | Lines | Appended | Lines |"
+                " Lost comments |\n"
+                "| :--- | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: |\n");
+    for (auto const &[argument, row] : rows) std::fputs(row.bytes().c_str(), stdout);
+    return good ? 0 : 1;
+}

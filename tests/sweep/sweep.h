@@ -1,0 +1,25 @@
+#pragma once
+// Makes edits of a file by the tool's commands, each of the file as it was, and judges them.
+
+#include "tests/sweep/edits.h"
+#include "tests/sweep/in_process.h"
+
+#include <functional>
+#include <string>
+
+namespace sweep_test {
+
+struct cRow {
+    size_t edits = 0, lines = 0, lost = 0, refused = 0, wrong = 0;
+};
+using cTable = std::array<cRow, kind_names.size()>; // by kind
+
+// What does an edit; run() of in_process.h, or a function that a test puts in its place.
+using cTool = std::function<cRun(std::vector<std::string> const &, std::string const &)>;
+
+// Calls `complain` for each edit that is refused, stores another tree, changes another line or more
+// lines, or loses or moves a comment.
+cTable sweep(std::string const &text, size_t every, cTool const &tool,
+             std::function<void(std::string const &)> const &complain);
+
+} // namespace sweep_test
