@@ -19,12 +19,12 @@ bool is_list(cObj const &container) { return container.is_vector() || container.
 
 } // namespace
 
-Matching::Matching(Snapshot const &before, objref const &root) : before_(before) {
+Matching::Matching(Snapshot const &before, objref const &root)
+    : before_(before), donation_(before, root) {
     walk(root);
-    for (objref const &container : alive_)
-        if (Was const *const was = before.entries(container.get()))
-            match(*was, *container_in(container));
+    match_alive(false);
     for (size_t i = 0; i < bound_.size(); ++i) match_replaced(*bound_[i].first, *bound_[i].second);
+    match_alive(true);
     for (auto const &[container, entries] : before.containers())
         for (WasEntry const &entry : entries)
             if (!is_bound(entry)) gone_[entry.value.get()].push_back(&entry);
@@ -42,6 +42,13 @@ void Matching::walk(objref const &root) {
     }
 }
 
+void Matching::match_alive(bool donated) {
+    for (objref const &container : alive_)
+        if (Was const *const was = before_.entries(container.get());
+            was && before_.is_donated(container.get()) == donated)
+            match(*was, *container_in(container));
+}
+
 void Matching::match(Was const &was, cMapObj const &now) {
     Nodes const nodes = nodes_of(now);
     if (is_list(now))
@@ -51,6 +58,7 @@ void Matching::match(Was const &was, cMapObj const &now) {
 }
 
 void Matching::bind(WasEntry const &was, cAttrNode const &node) {
+    if (is_bound(node)) return;
     nodes_.emplace(was.anid, &node);
     was_.emplace(&node, &was);
     bound_.emplace_back(&was, &node);
@@ -118,7 +126,8 @@ void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
     Was const *const entries = before_.entries(was.value.get());
     cMapObj const *const container = container_in(now);
     if (!entries || !container || now == was.value || &now->type() != &was.value->type()) return;
-    if (before_.entries(now.get()) || places_.count(was.value.get())) return;
+    if (before_.entries(now.get()) && !before_.is_donated(now.get())) return;
+    if (places_.count(was.value.get())) return;
     if (!instead_.emplace(now.get(), was.value).second) return;
     Nodes const nodes = nodes_of(*container);
     if (is_list(*now))
@@ -175,12 +184,24 @@ unsigned Matching::places(objref const &value) const {
     return found == places_.end() ? 0 : found->second;
 }
 
-WasEntry const *Matching::take_gone(objref const &value) {
-    auto const found = gone_.find(value.get());
-    if (found == gone_.end() || found->second.empty() || is_constant(value)) return nullptr;
+WasEntry const *Matching::take_gone(cAttrNode const &node) {
+    WasEntry const *const donated = donation_.of(node);
+    auto const found = gone_.find(node.valref().get());
+    if (found == gone_.end() || found->second.empty()) return donated;
+    if (donated) {
+        std::erase(found->second, donated);
+        return donated;
+    }
+    if (is_constant(node.valref())) return nullptr;
     WasEntry const *const entry = found->second.back();
     found->second.pop_back();
     return entry;
+}
+
+WasEntry const *Matching::donated(WasEntry const &was, cAttrNode const &node) const {
+    WasEntry const *const entry = donation_.of(node);
+    bool const given = entry && entry->value == node.valref() && was.value != node.valref();
+    return given ? entry : nullptr;
 }
 
 } // namespace qrv::edit

@@ -20,6 +20,7 @@ struct Layout {
     char delimiter = ';';
     bool lines = false; // is each entry on lines of its own?
     bool ended = true;  // has the last entry a delimiter?
+    bool known = false; // is the separator that of an entry?
 };
 
 class NewText {
@@ -50,6 +51,12 @@ class NewText {
     std::string key(Item const &item, Layout const &layout);
     std::string new_entry(Item const &item, Layout const &layout, bool delimiter);
     std::string before_delimiter(Item const &item) const;
+    bool gets_comments(Item const &item) const;
+    bool needs_lines(Item const &item, bool alone) const;
+    bool keeps_separator(Item const &item, Layout const &layout) const;
+    std::string comments_at(size_t number, cat::SourceComment::Where where,
+                            std::string const &indent) const;
+    std::string brought(size_t number, std::string text) const;
     std::string comments_of(Item const &item, cat::SourceComment::Where where,
                             std::string const &indent);
 

@@ -17,16 +17,47 @@ namespace qrv::edit {
 
 Entries::Entries(cat::SourceMap const &map) : map_(map) {
     anids_.reserve(map.size());
+    for (size_t i = 0; i < map.size(); ++i) add(i, map.entry(i).anid);
+    for (cat::SourceComment const &comment : map.comments()) add(comment);
+}
+
+void Entries::add(size_t number, std::uint32_t anid) {
+    anids_.push_back(anid);
+    if (!anid) return;
+    any_comes_again_ |= numbers_.count(anid) > 0;
+    numbers_.emplace(anid, number);
+}
+
+void Entries::add(cat::SourceComment const &comment) {
+    if (comment.where == cat::SourceComment::above || comment.where == cat::SourceComment::after)
+        comments_[comment.entry].push_back(comment);
+}
+
+void Entries::add_donor(cat::SourceMap const &map, size_t offset) {
+    auto const by = static_cast<std::uint32_t>(offset);
+    auto const shift = [by](cat::Span &span) {
+        if (!span.empty()) span = {span.begin + by, span.end + by};
+    };
     for (size_t i = 0; i < map.size(); ++i) {
-        anids_.push_back(map.entry(i).anid);
-        if (!anids_.back()) continue;
-        any_comes_again_ |= numbers_.count(anids_.back()) > 0;
-        numbers_.emplace(anids_.back(), i);
+        cat::SourceEntry entry = map.entry(i);
+        entry.number += donor();
+        if (entry.parent != none) entry.parent += donor();
+        shift(entry.key);
+        shift(entry.separator);
+        entry.value = {entry.value.begin + by, entry.value.end + by};
+        shift(entry.type);
+        shift(entry.open);
+        shift(entry.close);
+        shift(entry.delimiter);
+        add(entry.number, entry.anid);
+        if (entry.parent != none) inside_[entry.parent].push_back(entry);
+        donated_.push_back(entry);
     }
-    for (cat::SourceComment const &comment : map.comments())
-        if (comment.where == cat::SourceComment::above ||
-            comment.where == cat::SourceComment::after)
-            comments_[comment.entry].push_back(comment);
+    for (cat::SourceComment comment : map.comments()) {
+        shift(comment.span);
+        if (comment.entry != none) comment.entry += donor();
+        add(comment);
+    }
 }
 
 std::vector<cat::SourceComment> const &Entries::comments(size_t number) const {
@@ -45,15 +76,26 @@ std::vector<size_t> Entries::of(std::uint32_t anid) const {
     return found;
 }
 
+size_t Entries::last_of(std::uint32_t anid) const {
+    std::vector<size_t> const all = of(anid);
+    return all.empty() ? none : all.back();
+}
+
 cat::SourceEntry Entries::frame(size_t number) const {
-    std::vector<cat::SourceEntry> const parts = map_.inside(number);
+    std::vector<cat::SourceEntry> const parts = directly_inside(number);
     bool const whole = parts.size() == 1 && anids_[parts[0].number] == 0 && parts[0].key.empty() &&
                        !parts[0].open.empty();
     return whole ? frame(parts[0].number) : entry(number);
 }
 
 std::vector<cat::SourceEntry> Entries::inside(size_t number) const {
-    return map_.inside(frame(number).number);
+    return directly_inside(frame(number).number);
+}
+
+std::vector<cat::SourceEntry> Entries::directly_inside(size_t number) const {
+    if (!is_donated(number)) return map_.inside(number);
+    auto const found = inside_.find(number);
+    return found == inside_.end() ? std::vector<cat::SourceEntry>() : found->second;
 }
 
 // --- items ---
@@ -91,7 +133,7 @@ std::vector<bool> rising(std::vector<size_t> const &numbers) {
 Plan::Plan(std::string_view text, Entries const &entries, Snapshot const &before,
            objref const &root)
     : text_(text), entries_(entries), before_(before), root_(root), matching_(before, root) {
-    settle(add(nullptr, {0, nullptr, 0, false}, root));
+    settle(add(nullptr, {0, nullptr, 0, false, none}, root));
 }
 
 std::string Plan::path(Item const &item) {
@@ -110,6 +152,7 @@ Item &Plan::add(Item *parent, Slot const &slot, objref const &value) {
     item.position = slot.position;
     item.old = slot.old;
     item.moved = slot.moved;
+    item.donated = slot.donated;
     if (!parent) return item;
     // In a set, what is written twice counts twice.
     if (parent->value->is_set()) item.position = parent->children.size();
@@ -213,7 +256,9 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
         item.how = Item::literal;
         return;
     }
-    if (item.source == none && was && &was->type() == &item.value->type() &&
+    bool const donated = entries_.is_donated(item.source) && !entries_.is_donated(item.old) &&
+                         !is_constant(item.value);
+    if ((item.source == none || donated) && was && &was->type() == &item.value->type() &&
         !entries_.entry(item.old).reference)
         item.source = item.old; // replaced by an equal one, perhaps
     bool const same =
@@ -228,12 +273,9 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
 std::vector<size_t> const &Plan::definitions(objref const &value) {
     static std::vector<size_t> const nowhere;
     if (!std::exchange(searched_, true)) search_definitions();
+    if (auto const *const was = matching_.replaced_by(value)) return definitions(*was);
     auto const found = definitions_.find(value.get());
-    if (is_constant(value) || found == definitions_.end()) {
-        auto const *const was = matching_.replaced_by(value);
-        return was ? definitions(*was) : nowhere;
-    }
-    return found->second;
+    return is_constant(value) || found == definitions_.end() ? nowhere : found->second;
 }
 
 // Is this where a value has its text? Of a key that comes again the last entry has it, in a set the
@@ -241,7 +283,9 @@ std::vector<size_t> const &Plan::definitions(objref const &value) {
 bool Plan::writes(size_t number, objref const &value) const {
     if (!entries_.comes_again(number)) return true;
     size_t const parent = entries_.entry(number).parent;
-    objref const &holder = parent == 0 ? root_ : before_.value(entries_.anid(parent));
+    objref const &holder = parent == 0                  ? root_
+                           : parent == entries_.donor() ? before_.donor()
+                                                        : before_.value(entries_.anid(parent));
     std::vector<size_t> const all = entries_.of(entries_.anid(number));
     if (holder && holder->is_set()) return all.front() == number;
     return container_in(value) ? is_block_of(number, value) : all.back() == number;
@@ -249,6 +293,8 @@ bool Plan::writes(size_t number, objref const &value) const {
 
 void Plan::search_definitions() {
     definitions_[root_.get()] = {0};
+    if (before_.donor() && !entries_.frame(entries_.donor()).open.empty())
+        definitions_[before_.donor().get()] = {entries_.donor()};
     for (size_t number = 1; number < entries_.size(); ++number) {
         objref const &value = before_.value(entries_.anid(number));
         if (!value || entries_.entry(number).reference) continue;
@@ -323,12 +369,13 @@ Plan::Slots Plan::slots_of(cMapObj const &container, bool fresh) {
         WasEntry const *was = matching_.was(*node);
         std::vector<size_t> numbers = was ? entries_.of(was->anid) : std::vector<size_t>();
         if (!fresh && was && numbers.empty() && is_as_before(*was, *node)) continue;
-        bool const gone = !was && (was = matching_.take_gone(node->valref()));
+        WasEntry const *const donated = was ? matching_.donated(*was, *node) : nullptr;
+        bool const gone = !was && (was = matching_.take_gone(*node));
         if (gone) numbers = entries_.of(was->anid);
         slots.push_back({numbers.empty() ? none
                          : gone          ? numbers.back()
                                          : numbers.front(),
-                         node, position, true});
+                         node, position, true, donated ? entries_.last_of(donated->anid) : none});
     }
     return slots;
 }

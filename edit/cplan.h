@@ -19,8 +19,15 @@ constexpr size_t none = cat::SourceEntry::none;
 class Entries {
   public:
     explicit Entries(cat::SourceMap const &map);
+    // Adds those of a donor, whose text begins at that offset of the page. Their numbers come after
+    // all others; the first is its outermost value. Copies what the map has.
+    void add_donor(cat::SourceMap const &map, size_t offset);
+    bool is_donated(size_t number) const { return number != none && number >= donor(); }
+    size_t donor() const { return map_.size(); }
 
-    cat::SourceEntry entry(size_t number) const { return map_.entry(number); }
+    cat::SourceEntry entry(size_t number) const {
+        return is_donated(number) ? donated_[number - donor()] : map_.entry(number);
+    }
     std::uint32_t anid(size_t number) const { return anids_[number]; }
     size_t size() const { return anids_.size(); }
     // Is its key repeated, or the value of a set? Is that of any entry?
@@ -28,6 +35,8 @@ class Entries {
     bool any_comes_again() const { return any_comes_again_; }
     // All that are written for a node, in file order.
     std::vector<size_t> of(std::uint32_t anid) const;
+    // The last of them; none if there are none.
+    size_t last_of(std::uint32_t anid) const;
     // The brackets that hold the entries of the value written there: its own, or those of the one
     // whole value between them.
     cat::SourceEntry frame(size_t number) const;
@@ -36,7 +45,13 @@ class Entries {
     std::vector<cat::SourceComment> const &comments(size_t number) const;
 
   private:
+    void add(size_t number, std::uint32_t anid);
+    std::vector<cat::SourceEntry> directly_inside(size_t number) const;
+    void add(cat::SourceComment const &comment);
+
     cat::SourceMap const &map_;
+    std::vector<cat::SourceEntry> donated_;
+    std::unordered_map<size_t, std::vector<cat::SourceEntry>> inside_; // of the donor's
     std::vector<std::uint32_t> anids_;
     std::unordered_multimap<std::uint32_t, size_t> numbers_;
     std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;
@@ -56,10 +71,11 @@ struct Item {
     Item *parent = nullptr;
     cAttrNode const *node = nullptr; // null for the outermost value
     objref value;
-    size_t position = 0; // in its container
-    int depth = 0;       // of containers around it
-    size_t old = none;   // the entry that it was
-    bool moved = false;  // `old` is at another place of the text
+    size_t position = 0;   // in its container
+    int depth = 0;         // of containers around it
+    size_t old = none;     // the entry that it was
+    bool moved = false;    // `old` is at another place of the text, or in the donor's
+    size_t donated = none; // the donor's entry whose value replaced the one at `old`
     size_t source = none;
     How how = literal;
     Item const *target = nullptr;
@@ -84,6 +100,7 @@ class Plan {
         cAttrNode const *node = nullptr;
         size_t position = 0;
         bool moved = false;
+        size_t donated = none;
     };
     using Slots = std::vector<Slot>;
 

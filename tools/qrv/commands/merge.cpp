@@ -6,6 +6,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/text/read/csourcemap.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "tools/qrv/commands/command.h"
@@ -26,8 +27,6 @@
 namespace {
 
 struct cOptions : cWriteOptions {
-    cOptions() { reformat = true; }
-
     std::string target;
     std::string source;
     std::string commands = "-xx";
@@ -305,11 +304,13 @@ bool merge_all(cChanging const &file, std::string const &bytes, cOptions const &
     cTypes const types = cTypeWalk::types_in(file.value);
     std::string const source =
         file.first_number == 0 ? bytes : numbered(bytes, survey(bytes).comments, file.first_number);
+    cat::SourceMap const map;
     cReading const reading = read_value(source, messages);
     if (reading.clean && reading.behind)
         messages.error(*reading.behind, "text after the first value is not read");
     if (messages.count() == 0)
         test_types(types, file.bytes, reading.value, source, options, messages);
+    if (messages.count() == 0 && file.edit) file.edit->bring(source, map, reading.value);
     if (messages.count() == 0) cMerge(file.value, reading.value, source, options, messages).run();
     told = messages.text();
     return messages.count() == 0;
