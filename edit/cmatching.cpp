@@ -52,7 +52,7 @@ void Matching::match_alive(bool donated) {
 void Matching::match(Was const &was, cMapObj const &now) {
     Nodes const nodes = nodes_of(now);
     if (is_list(now))
-        match_by_value(was, nodes);
+        match_by_value(was, nodes, now.is_set());
     else
         match_by_node(was, nodes);
 }
@@ -81,9 +81,10 @@ void Matching::match_by_node(Was const &was, Nodes const &nodes) {
             bind(*found->second, *node);
 }
 
-// What is the same at both ends first; then each value, from the front, where it was first. What is
-// left and has a node in common was replaced.
-void Matching::match_by_value(Was const &was, Nodes const &nodes) {
+// What is the same at both ends first; then each value, from the front, where it was first. A set
+// that was assigned has other values, which may be equal. What is left and has a node in common was
+// replaced.
+void Matching::match_by_value(Was const &was, Nodes const &nodes, bool is_set) {
     size_t const most = std::min(was.size(), nodes.size());
     auto const same = [](WasEntry const &entry, cAttrNode const *node) {
         return entry.value == node->valref();
@@ -108,9 +109,24 @@ void Matching::match_by_value(Was const &was, Nodes const &nodes) {
         bind(*found->second.back(), *nodes[i]);
         found->second.pop_back();
     }
+    if (is_set) match_equal(was, nodes);
     for (size_t i = first; i < was.size() - last; ++i)
         if (auto const found = left.find(was[i].anid); found != left.end() && !is_bound(was[i]))
             bind(was[i], *found->second);
+}
+
+void Matching::match_equal(Was const &was, Nodes const &nodes) {
+    auto const text_of = [](objref const &value) {
+        return value->type().name() + ' ' + exact_text(value);
+    };
+    std::unordered_map<std::string, cAttrNode const *> left;
+    for (cAttrNode const *const node : nodes)
+        if (!is_bound(*node)) left.emplace(text_of(node->valref()), node);
+    if (left.empty()) return;
+    for (WasEntry const &entry : was)
+        if (auto const found = is_bound(entry) ? left.end() : left.find(text_of(entry.value));
+            found != left.end() && !is_bound(*found->second))
+            bind(entry, *found->second);
 }
 
 // --- containers that took the place of others ---
@@ -128,7 +144,8 @@ void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
     if (!entries || !container || now == was.value || &now->type() != &was.value->type()) return;
     if (before_.entries(now.get()) && !before_.is_donated(now.get())) return;
     if (places_.count(was.value.get())) return;
-    if (!instead_.emplace(now.get(), was.value).second) return;
+    if (instead_.count(now.get()) || !replaced_.insert(was.value.get()).second) return;
+    instead_.emplace(now.get(), was.value);
     Nodes const nodes = nodes_of(*container);
     if (is_list(*now))
         match_by_place(*entries, nodes);

@@ -42,7 +42,8 @@ class Matching {
     void match_alive(bool donated);
     void match(Was const &was, cMapObj const &now);
     void match_by_node(Was const &was, Nodes const &nodes);
-    void match_by_value(Was const &was, Nodes const &nodes);
+    void match_by_value(Was const &was, Nodes const &nodes, bool is_set);
+    void match_equal(Was const &was, Nodes const &nodes);
     void match_by_key(Was const &was, Nodes const &nodes);
     void match_by_place(Was const &was, Nodes const &nodes);
     void match_replaced(WasEntry const &was, cAttrNode const &node);
@@ -58,6 +59,7 @@ class Matching {
     std::unordered_map<std::uint32_t, cAttrNode const *> nodes_; // by the anid before
     std::unordered_map<cAttrNode const *, WasEntry const *> was_;
     std::unordered_map<cObj const *, objref> instead_; // what a new container replaced
+    std::unordered_set<cObj const *> replaced_;        // the values in it
     std::vector<std::pair<WasEntry const *, cAttrNode const *>> bound_; // in order
     std::unordered_map<cObj const *, std::vector<WasEntry const *>> gone_;
 };

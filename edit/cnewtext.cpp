@@ -177,8 +177,11 @@ std::string NewText::key(Item const &item, Layout const &layout) {
     return text + separator;
 }
 
-std::string NewText::comments_of(Item const &item, Where where, std::string const &indent) {
-    return item.old == none ? "" : comments_at(item.old, where, indent);
+std::string NewText::comments_of(Item const &item, Where where, std::string const &indent) const {
+    std::string text;
+    if (item.old != none) text = comments_at(item.old, where, indent);
+    for (size_t const number : lenders(item)) text += comments_at(number, where, indent);
+    return text;
 }
 
 std::string NewText::comments_at(size_t number, Where where, std::string const &indent) const {
@@ -203,22 +206,27 @@ std::string NewText::before_delimiter(Item const &item) const {
     return text.find('/') == std::string_view::npos ? "" : brought(item.old, std::string(text));
 }
 
-// Does it get the comments of the value that replaced its own?
-bool NewText::gets_comments(Item const &item) const {
-    return item.donated != none && entries_.comments(item.old).empty() &&
-           !entries_.comments(item.donated).empty();
+// The donor's entries whose comments an item gets besides its own. A key that came again in the
+// donor is written once; a value that replaced another one lends its comments to an entry without
+// any.
+std::vector<size_t> NewText::lenders(Item const &item) const {
+    size_t const donated = entries_.is_donated(item.old) ? item.old : item.donated;
+    if (donated == none) return {};
+    if (donated != item.old && !entries_.comments(item.old).empty()) return {};
+    std::vector<size_t> numbers = entries_.of(entries_.anid(donated));
+    std::erase_if(numbers, [&](size_t number) {
+        return number == item.old || entries_.comments(number).empty();
+    });
+    return numbers;
 }
 
 // In a block on one line: has it a comment that ends its line, or lines of its own? Alone it is
 // laid out as it was.
 bool NewText::needs_lines(Item const &item, bool alone) const {
     if (alone && page_.begins_line(entries_.entry(item.old).all().begin)) return true;
-    std::vector<cat::SourceComment> const &comments = entries_.comments(item.old);
-    return ends_in_line_comment(before_delimiter(item)) ||
-           std::any_of(comments.begin(), comments.end(), [&](cat::SourceComment const &comment) {
-               bool const above = comment.where == Where::above && comment.own_line;
-               return above || page_.text(comment.span).starts_with("//");
-           });
+    std::string const above = comments_of(item, Where::above, "");
+    return above.find('\n') != above.npos || ends_in_line_comment(before_delimiter(item)) ||
+           ends_in_line_comment(comments_of(item, Where::after, ""));
 }
 
 // Is the text between key and value that of the entry as it was? A comment there stays in any case.
@@ -265,7 +273,7 @@ std::string NewText::inner(Item const &item, cat::SourceEntry const &frame) {
         if (entries_.anid(part.number)) ++written;
     bool const same = written == children.size() &&
                       std::none_of(children.begin(), children.end(), [&](Item const *child) {
-                          return child->is_new() || gets_comments(*child);
+                          return child->is_new() || !lenders(*child).empty();
                       });
     if (!same) return changed_inner(item, frame);
     std::string text;
@@ -354,11 +362,10 @@ class NewText::BlockWriter {
         size_t const part = part_of(item);
         remove_up_to(part);
         cat::SourceEntry const &entry = parts_[part].entry;
-        bool const gets_comments = text_.gets_comments(item);
-        if (gets_comments) {
-            copy_to(entry.all().begin);
-            out_ += text_.comments_at(item.donated, Where::above, layout_.indent);
-        }
+        std::vector<size_t> const lenders = text_.lenders(item);
+        if (!lenders.empty()) copy_to(entry.all().begin);
+        for (size_t const number : lenders)
+            out_ += text_.comments_at(number, Where::above, layout_.indent);
         if (!entry.key.empty() && item.node->anid() != text_.entries_.anid(item.old)) {
             copy_to(entry.key.begin);
             out_ += spelt(item.node->key(), page_.text(entry.key));
@@ -375,14 +382,14 @@ class NewText::BlockWriter {
             copy_to(entry.delimiter.begin);
             copied_ = entry.delimiter.end;
         }
-        if (gets_comments) comment_after(item, parts_[part].extent);
+        for (size_t const number : lenders) comment_after(number, parts_[part].extent);
         last_kept_ = &parts_[part];
         next_ = part + 1;
     }
 
     // The comments of the value that replaced another one.
-    void comment_after(Item const &item, Extent const &extent) {
-        std::string const text = text_.comments_at(item.donated, Where::after, layout_.indent);
+    void comment_after(size_t lender, Extent const &extent) {
+        std::string const text = text_.comments_at(lender, Where::after, layout_.indent);
         if (text.empty()) return;
         copy_to(extent.tail);
         out_ += text;
@@ -526,7 +533,7 @@ Layout NewText::new_layout_of(Item const &item) {
     if (parts.empty()) {
         size_t const close = frame.close.begin;
         layout.lines = page_.begins_line(close) && page_.line_begin(close) > frame.open.end;
-        layout.indent = outer + layout.unit;
+        layout.indent = layout.lines ? outer + layout.unit : outer;
         layout.ended = layout.lines;
         return layout;
     }
@@ -535,7 +542,7 @@ Layout NewText::new_layout_of(Item const &item) {
         if (page_.begins_line(part.extent.core)) sample = &part;
     layout.lines = sample != nullptr;
     if (!sample) sample = &parts.back();
-    layout.indent = page_.indent(sample->extent.core);
+    layout.indent = layout.lines ? page_.indent(sample->extent.core) : outer;
     if (layout.lines && layout.indent.size() > outer.size() && layout.indent.starts_with(outer))
         layout.unit = layout.indent.substr(outer.size());
     for (Part const &part : parts)

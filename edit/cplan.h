@@ -35,8 +35,6 @@ class Entries {
     bool any_comes_again() const { return any_comes_again_; }
     // All that are written for a node, in file order.
     std::vector<size_t> of(std::uint32_t anid) const;
-    // The last of them; none if there are none.
-    size_t last_of(std::uint32_t anid) const;
     // The brackets that hold the entries of the value written there: its own, or those of the one
     // whole value between them.
     cat::SourceEntry frame(size_t number) const;
@@ -108,6 +106,8 @@ class Plan {
     void settle(Item &item);
     void settle_here(Item &item, objref const &was);
     void settle_from_elsewhere(Item &item, objref const &was);
+    bool has_its_text(Item const &item);
+    bool has_lost_entries(size_t number) const;
     bool is_block_of(size_t number, objref const &container) const;
     bool is_merged(Item const &item, bool in_place) const;
     bool settle_shared(Item &item, bool in_place);
@@ -121,6 +121,8 @@ class Plan {
     std::vector<size_t> const &definitions(objref const &value);
     void search_definitions();
     bool writes(size_t number, objref const &value) const;
+    size_t place_of(WasEntry const &was, bool moved) const;
+    bool is_left_out(size_t number) const;
     cAttrNode const *node_at(Item const &item, std::string const &key) const;
     bool reads_as(size_t reference, objref const &value) const;
     cAttrNode const *path_end(size_t reference) const;
