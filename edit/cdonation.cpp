@@ -4,6 +4,9 @@ namespace qrv::edit {
 
 Donation::Donation(Snapshot const &before, objref const &root) : before_(before) {
     if (!before.donor()) return;
+    for (auto const &[container, entries] : before.containers())
+        if (before.is_donated(container))
+            for (WasEntry const &entry : entries) own_.emplace(entry.anid, &entry);
     visit(root, before.donor());
     while (!todo_.empty()) {
         auto const [now, donated] = todo_.back();
@@ -12,7 +15,7 @@ Donation::Donation(Snapshot const &before, objref const &root) : before_(before)
     }
 }
 
-// A container that is the donor's own needs no search: its nodes are the donor's.
+// A container that is the donor's needs no search: its nodes are the donor's.
 void Donation::visit(objref const &now, objref const &donated) {
     if (now == donated || !container_in(now) || !container_in(donated)) return;
     if (before_.entries(donated.get()) && met_.emplace(now.get(), donated.get()).second)
@@ -58,7 +61,9 @@ void Donation::pair(cAttrNode const &node, WasEntry const &entry) {
 
 WasEntry const *Donation::of(cAttrNode const &node) const {
     auto const found = entries_.find(&node);
-    return found == entries_.end() ? nullptr : found->second;
+    if (found != entries_.end()) return found->second;
+    auto const own = own_.find(node.anid());
+    return own == own_.end() ? nullptr : own->second;
 }
 
 } // namespace qrv::edit

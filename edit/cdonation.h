@@ -15,8 +15,9 @@ class Donation {
     // Borrows the snapshot.   O(1) without a donor, else O(entries of the donor) in most trees
     Donation(Snapshot const &before, objref const &root);
 
-    // The donor's entry with the same key, or value, at the same place; null for none. Of several,
-    // where the node is in a shared container, one that has its value is preferred.
+    // The donor's entry with the same key, or value, at the same place, or of the very node; null
+    // for none. Of several, where the node is in a shared container, one that has its value is
+    // preferred.
     WasEntry const *of(cAttrNode const &node) const;
 
   private:
@@ -30,6 +31,7 @@ class Donation {
 
     Snapshot const &before_;
     std::unordered_map<cAttrNode const *, WasEntry const *> entries_;
+    std::unordered_map<std::uint32_t, WasEntry const *> own_; // of the donor's nodes
     std::set<std::pair<cObj const *, cObj const *>> met_;
     std::vector<std::pair<cObj const *, cObj const *>> todo_;
 };

@@ -179,8 +179,10 @@ std::string NewText::key(Item const &item, Layout const &layout) {
 
 std::string NewText::comments_of(Item const &item, Where where, std::string const &indent) const {
     std::string text;
-    if (item.old != none) text = comments_at(item.old, where, indent);
-    for (size_t const number : lenders(item)) text += comments_at(number, where, indent);
+    std::vector<size_t> numbers = lenders(item);
+    if (item.old != none) numbers.push_back(item.old);
+    std::sort(numbers.begin(), numbers.end());
+    for (size_t const number : numbers) text += comments_at(number, where, indent);
     return text;
 }
 
@@ -363,9 +365,7 @@ class NewText::BlockWriter {
         remove_up_to(part);
         cat::SourceEntry const &entry = parts_[part].entry;
         std::vector<size_t> const lenders = text_.lenders(item);
-        if (!lenders.empty()) copy_to(entry.all().begin);
-        for (size_t const number : lenders)
-            out_ += text_.comments_at(number, Where::above, layout_.indent);
+        if (!lenders.empty()) comments_above(lenders, entry.all().begin);
         if (!entry.key.empty() && item.node->anid() != text_.entries_.anid(item.old)) {
             copy_to(entry.key.begin);
             out_ += spelt(item.node->key(), page_.text(entry.key));
@@ -388,6 +388,17 @@ class NewText::BlockWriter {
     }
 
     // The comments of the value that replaced another one.
+    void comments_above(std::vector<size_t> const &lenders, size_t begin) {
+        copy_to(begin);
+        std::string text;
+        for (size_t const number : lenders)
+            text += text_.comments_at(number, Where::above, layout_.indent);
+        if (text.find('\n') != text.npos && !page_.begins_line(begin)) {
+            out_.erase(out_.find_last_not_of(" \t") + 1);
+            out_ += page_.eol() + layout_.indent;
+        }
+        out_ += text;
+    }
     void comment_after(size_t lender, Extent const &extent) {
         std::string const text = text_.comments_at(lender, Where::after, layout_.indent);
         if (text.empty()) return;
