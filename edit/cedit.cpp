@@ -4,14 +4,42 @@
 
 namespace qrv::edit {
 
+// Both texts become one page, so that an entry of either is known by its number and its offsets.
+struct Edit::Notes {
+    Notes(std::string_view target, cat::SourceMap const &map, objref const &value)
+        : text(target), root(value), entries(map), before(value) {}
+
+    std::string_view text;
+    objref root;
+    Entries entries; // with the nodes as they are before the change
+    Snapshot before;
+    std::string page; // of both texts
+};
+
+Edit::Edit(std::string_view text, cat::SourceMap const &map, objref const &root)
+    : notes_(std::make_unique<Notes>(text, map, root)) {}
+
+Edit::~Edit() = default;
+
+void Edit::bring(std::string_view text, cat::SourceMap const &map, objref const &root) {
+    notes_->page.assign(notes_->text).append("\n");
+    notes_->entries.add_donor(map, notes_->page.size());
+    notes_->before.add_donor(root);
+    notes_->page += text;
+}
+
+std::string Edit::text() const {
+    bool const alone = notes_->page.empty();
+    Page const page(alone ? notes_->text : std::string_view(notes_->page), notes_->text.size());
+    Plan const plan(page.text(), notes_->entries, notes_->before, notes_->root);
+    return NewText(page, notes_->entries, plan).all();
+}
+
 std::string apply(std::string_view text, cat::SourceMap const &map, objref const &root,
                   std::function<void()> const &change) {
-    Entries const entries(map); // with the nodes as they are before the change
-    Snapshot const before(root);
+    Edit const edit(text, map, root);
     change(); // RUNS USER CODE
-    Plan const plan(text, entries, before, root);
-    Page const page(text);
-    return NewText(page, entries, plan).all();
+    return edit.text();
 }
 
 } // namespace qrv::edit

@@ -19,12 +19,12 @@ bool is_list(cObj const &container) { return container.is_vector() || container.
 
 } // namespace
 
-Matching::Matching(Snapshot const &before, objref const &root) : before_(before) {
+Matching::Matching(Snapshot const &before, objref const &root)
+    : before_(before), donation_(before, root) {
     walk(root);
-    for (objref const &container : alive_)
-        if (Was const *const was = before.entries(container.get()))
-            match(*was, *container_in(container));
+    match_alive(false);
     for (size_t i = 0; i < bound_.size(); ++i) match_replaced(*bound_[i].first, *bound_[i].second);
+    match_alive(true);
     for (auto const &[container, entries] : before.containers())
         for (WasEntry const &entry : entries)
             if (!is_bound(entry)) gone_[entry.value.get()].push_back(&entry);
@@ -42,15 +42,23 @@ void Matching::walk(objref const &root) {
     }
 }
 
+void Matching::match_alive(bool donated) {
+    for (objref const &container : alive_)
+        if (Was const *const was = before_.entries(container.get());
+            was && before_.is_donated(container.get()) == donated)
+            match(*was, *container_in(container));
+}
+
 void Matching::match(Was const &was, cMapObj const &now) {
     Nodes const nodes = nodes_of(now);
     if (is_list(now))
-        match_by_value(was, nodes);
+        match_by_value(was, nodes, now.is_set());
     else
         match_by_node(was, nodes);
 }
 
 void Matching::bind(WasEntry const &was, cAttrNode const &node) {
+    if (is_bound(node)) return;
     nodes_.emplace(was.anid, &node);
     was_.emplace(&node, &was);
     bound_.emplace_back(&was, &node);
@@ -73,9 +81,10 @@ void Matching::match_by_node(Was const &was, Nodes const &nodes) {
             bind(*found->second, *node);
 }
 
-// What is the same at both ends first; then each value, from the front, where it was first. What is
-// left and has a node in common was replaced.
-void Matching::match_by_value(Was const &was, Nodes const &nodes) {
+// What is the same at both ends first; then each value, from the front, where it was first. A set
+// that was assigned has other values, which may be equal. What is left and has a node in common was
+// replaced.
+void Matching::match_by_value(Was const &was, Nodes const &nodes, bool is_set) {
     size_t const most = std::min(was.size(), nodes.size());
     auto const same = [](WasEntry const &entry, cAttrNode const *node) {
         return entry.value == node->valref();
@@ -100,9 +109,24 @@ void Matching::match_by_value(Was const &was, Nodes const &nodes) {
         bind(*found->second.back(), *nodes[i]);
         found->second.pop_back();
     }
+    if (is_set) match_equal(was, nodes);
     for (size_t i = first; i < was.size() - last; ++i)
         if (auto const found = left.find(was[i].anid); found != left.end() && !is_bound(was[i]))
             bind(was[i], *found->second);
+}
+
+void Matching::match_equal(Was const &was, Nodes const &nodes) {
+    auto const text_of = [](objref const &value) {
+        return value->type().name() + ' ' + exact_text(value);
+    };
+    std::unordered_map<std::string, cAttrNode const *> left;
+    for (cAttrNode const *const node : nodes)
+        if (!is_bound(*node)) left.emplace(text_of(node->valref()), node);
+    if (left.empty()) return;
+    for (WasEntry const &entry : was)
+        if (auto const found = is_bound(entry) ? left.end() : left.find(text_of(entry.value));
+            found != left.end() && !is_bound(*found->second))
+            bind(entry, *found->second);
 }
 
 // --- containers that took the place of others ---
@@ -118,8 +142,10 @@ void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
     Was const *const entries = before_.entries(was.value.get());
     cMapObj const *const container = container_in(now);
     if (!entries || !container || now == was.value || &now->type() != &was.value->type()) return;
-    if (before_.entries(now.get()) || places_.count(was.value.get())) return;
-    if (!instead_.emplace(now.get(), was.value).second) return;
+    if (before_.entries(now.get()) && !before_.is_donated(now.get())) return;
+    if (places_.count(was.value.get())) return;
+    if (instead_.count(now.get()) || !replaced_.insert(was.value.get()).second) return;
+    instead_.emplace(now.get(), was.value);
     Nodes const nodes = nodes_of(*container);
     if (is_list(*now))
         match_by_place(*entries, nodes);
@@ -175,12 +201,24 @@ unsigned Matching::places(objref const &value) const {
     return found == places_.end() ? 0 : found->second;
 }
 
-WasEntry const *Matching::take_gone(objref const &value) {
-    auto const found = gone_.find(value.get());
-    if (found == gone_.end() || found->second.empty() || is_constant(value)) return nullptr;
+WasEntry const *Matching::take_gone(cAttrNode const &node) {
+    WasEntry const *const donated = donation_.of(node);
+    auto const found = gone_.find(node.valref().get());
+    if (found == gone_.end() || found->second.empty()) return donated;
+    if (donated) {
+        std::erase(found->second, donated);
+        return donated;
+    }
+    if (is_constant(node.valref())) return nullptr;
     WasEntry const *const entry = found->second.back();
     found->second.pop_back();
     return entry;
+}
+
+WasEntry const *Matching::donated(WasEntry const &was, cAttrNode const &node) const {
+    WasEntry const *const entry = donation_.of(node);
+    bool const given = entry && entry->value == node.valref() && was.value != node.valref();
+    return given ? entry : nullptr;
 }
 
 } // namespace qrv::edit

@@ -41,11 +41,11 @@ std::string NewText::all() {
     if (root.how == Item::block && entries_.frame(0).open.empty()) { // entries without brackets
         cat::SourceEntry whole;
         whole.open = {0, 0};
-        whole.close.begin = static_cast<std::uint32_t>(page_.text().size());
+        whole.close.begin = static_cast<std::uint32_t>(page_.size());
         return inner(root, whole);
     }
     return std::string(page_.text(0, entry.value.begin)) + value_here(root) +
-           std::string(page_.text(entry.value.end, page_.text().size()));
+           std::string(page_.text(entry.value.end, page_.size()));
 }
 
 // --- values ---
@@ -108,7 +108,12 @@ std::string NewText::value(Item const &item, Layout const &layout) {
     cat::SourceEntry const entry = entries_.entry(item.source);
     std::string const text =
         item.how == Item::block ? block(item) : std::string(page_.text(entry.value));
-    return indented(text, page_.indent(entry.all().begin), layout.indent);
+    return brought(item.source, indented(text, page_.indent(entry.all().begin), layout.indent));
+}
+
+// A donor's text has its own line ends.
+std::string NewText::brought(size_t number, std::string text) const {
+    return entries_.is_donated(number) ? with_line_ends(text, page_.eol()) : std::move(text);
 }
 
 // The literal that the new one takes its style from: its own, or that of the entry next to it.
@@ -172,7 +177,8 @@ std::string NewText::fresh(Item const &item, Layout const &layout) {
 
 std::string NewText::key(Item const &item, Layout const &layout) {
     if (!item.parent || is_list(item.parent->value)) return "";
-    std::string const text = spelt(item.node->key(), "");
+    std::string_view const like = item.old == none ? "" : page_.text(entries_.entry(item.old).key);
+    std::string const text = spelt(item.node->key(), like);
     std::string separator = layout.separator;
     if (layout.width > 0) {
         size_t const width = std::max(text.size() + 1, layout.width);
@@ -181,10 +187,18 @@ std::string NewText::key(Item const &item, Layout const &layout) {
     return text + separator;
 }
 
-std::string NewText::comments_of(Item const &item, Where where, std::string const &indent) {
+std::string NewText::comments_of(Item const &item, Where where, std::string const &indent) const {
     std::string text;
-    if (item.old == none) return text;
-    for (cat::SourceComment const &comment : entries_.comments(item.old)) {
+    std::vector<size_t> numbers = lenders(item);
+    if (item.old != none) numbers.push_back(item.old);
+    std::sort(numbers.begin(), numbers.end());
+    for (size_t const number : numbers) text += comments_at(number, where, indent);
+    return text;
+}
+
+std::string NewText::comments_at(size_t number, Where where, std::string const &indent) const {
+    std::string text;
+    for (cat::SourceComment const &comment : entries_.comments(number)) {
         if (comment.where != where) continue;
         std::string const own =
             indented(page_.text(comment.span), page_.indent(comment.span.begin), indent);
@@ -193,7 +207,7 @@ std::string NewText::comments_of(Item const &item, Where where, std::string cons
         text += own;
         if (where == Where::above) text += comment.own_line ? page_.eol() + indent : " ";
     }
-    return text;
+    return brought(number, std::move(text));
 }
 
 // A key with another name, up to its "=". That stays in the column of its neighbours.
@@ -210,23 +224,58 @@ std::string NewText::before_delimiter(Item const &item) const {
     if (item.old == none || entries_.entry(item.old).delimiter.empty()) return "";
     cat::SourceEntry const entry = entries_.entry(item.old);
     std::string_view const text = page_.text(entry.value.end, entry.delimiter.begin);
-    return text.find('/') == std::string_view::npos ? "" : std::string(text);
+    return text.find('/') == std::string_view::npos ? "" : brought(item.old, std::string(text));
+}
+
+// The donor's entries whose comments an item gets besides its own. A key that came again in the
+// donor is written once; a value that replaced another one lends its comments to an entry without
+// any.
+std::vector<size_t> NewText::lenders(Item const &item) const {
+    size_t const donated = entries_.is_donated(item.old) ? item.old : item.donated;
+    if (donated == none) return {};
+    if (donated != item.old && !entries_.comments(item.old).empty()) return {};
+    std::vector<size_t> numbers = entries_.of(entries_.anid(donated));
+    std::erase_if(numbers, [&](size_t number) {
+        return number == item.old || entries_.comments(number).empty();
+    });
+    return numbers;
+}
+
+// In a block on one line: has it a comment that ends its line, or lines of its own? Alone it is
+// laid out as it was.
+bool NewText::needs_lines(Item const &item, bool alone) const {
+    if (alone && page_.begins_line(entries_.entry(item.old).all().begin)) return true;
+    std::string const above = comments_of(item, Where::above, "");
+    return above.find('\n') != above.npos || ends_in_line_comment(before_delimiter(item)) ||
+           ends_in_line_comment(comments_of(item, Where::after, ""));
+}
+
+// Is the text between key and value that of the entry as it was? A comment there stays in any case.
+bool NewText::keeps_separator(Item const &item, Layout const &layout) const {
+    if (item.old == none || !item.parent || is_list(item.parent->value)) return false;
+    cat::SourceEntry const entry = entries_.entry(item.old);
+    if (entry.key.empty()) return false;
+    if (!entries_.is_donated(item.old)) return layout.width == 0;
+    return !layout.known ||
+           page_.text(entry.key.end, entry.value.begin).find('/') != std::string_view::npos;
 }
 
 // Key, value, delimiter and comments; without the blanks before the first line.
 std::string NewText::new_entry(Item const &item, Layout const &layout, bool delimiter) {
     std::string text = comments_of(item, Where::above, layout.indent);
-    bool const keeps_key = item.old != none && !entries_.entry(item.old).key.empty() &&
-                           item.parent && !is_list(item.parent->value) && layout.width == 0;
-    if (keeps_key) {
+    if (keeps_separator(item, layout)) {
         cat::SourceEntry const entry = entries_.entry(item.old);
         text += spelt(item.node->key(), page_.text(entry.key));
-        text += page_.text(entry.key.end, entry.value.begin);
+        text += brought(item.old, std::string(page_.text(entry.key.end, entry.value.begin)));
     } else {
         text += key(item, layout);
     }
     text += value(item, layout);
-    if (delimiter) text += before_delimiter(item) + layout.delimiter;
+    std::string const before = before_delimiter(item);
+    if (delimiter)
+        text += before + layout.delimiter;
+    else
+        text += before.substr(0, before.find_last_not_of(" \t") + 1);
     return text += comments_of(item, Where::after, layout.indent);
 }
 
@@ -244,8 +293,9 @@ std::string NewText::inner(Item const &item, cat::SourceEntry const &frame) {
     for (cat::SourceEntry const &part : entries_.inside(item.source))
         if (entries_.anid(part.number)) ++written;
     bool const same = written == children.size() &&
-                      std::none_of(children.begin(), children.end(),
-                                   [](Item const *child) { return child->is_new(); });
+                      std::none_of(children.begin(), children.end(), [&](Item const *child) {
+                          return child->is_new() || !lenders(*child).empty();
+                      });
     if (!same) return changed_inner(item, frame);
     std::string text;
     size_t copied = frame.open.end;
@@ -342,6 +392,8 @@ class NewText::BlockWriter {
         size_t const part = part_of(item);
         remove_up_to(part);
         cat::SourceEntry const &entry = parts_[part].entry;
+        std::vector<size_t> const lenders = text_.lenders(item);
+        if (!lenders.empty()) comments_above(lenders, entry.all().begin);
         if (!entry.key.empty() && item.node->anid() != text_.entries_.anid(item.old)) {
             copy_to(entry.key.begin);
             out_ += text_.renamed(item, entry);
@@ -358,11 +410,38 @@ class NewText::BlockWriter {
             copy_to(entry.delimiter.begin);
             copied_ = entry.delimiter.end;
         }
+        for (size_t const number : lenders) comment_after(number, parts_[part].extent);
         last_kept_ = &parts_[part];
         next_ = part + 1;
     }
 
+    // The comments of the value that replaced another one.
+    void comments_above(std::vector<size_t> const &lenders, size_t begin) {
+        copy_to(begin);
+        std::string text;
+        for (size_t const number : lenders)
+            text += text_.comments_at(number, Where::above, layout_.indent);
+        if (text.find('\n') != text.npos && !page_.begins_line(begin)) {
+            out_.erase(out_.find_last_not_of(" \t") + 1);
+            out_ += page_.eol() + layout_.indent;
+        }
+        out_ += text;
+    }
+    void comment_after(size_t lender, Extent const &extent) {
+        std::string const text = text_.comments_at(lender, Where::after, layout_.indent);
+        if (text.empty()) return;
+        copy_to(extent.tail);
+        out_ += text;
+        if (!ends_in_line_comment(text) || page_.ends_line(copied_)) return;
+        out_ += page_.eol() + layout_.indent;
+        copied_ = page_.after_blanks(copied_);
+    }
+
     void insert(Item const &item, Item const *next) {
+        bool const alone = !last_kept_ && !first_kept_;
+        if (!layout_.lines && text_.entries_.is_donated(item.old) &&
+            (begins_line() || text_.needs_lines(item, alone)))
+            return insert_line(item, next);
         bool const delimiter = next || layout_.ended;
         std::string const text = text_.new_entry(item, layout_, delimiter);
         if (last_kept_)
@@ -394,6 +473,35 @@ class NewText::BlockWriter {
             out_ += text + (ends_in_line_comment(text) ? page_.eol() + layout_.indent : " ");
     }
 
+    // On a line of its own, into a block that has no lines yet.
+    void insert_line(Item const &item, Item const *next) {
+        Layout layout = layout_;
+        layout.lines = true;
+        std::string const outer(page_.indent(frame_.open.begin));
+        layout.indent = outer + (frame_.open.empty() ? "" : layout.unit);
+        bool delimiter = next || layout.ended;
+        if (last_kept_) {
+            size_t const tail = last_kept_->extent.tail;
+            copy_to(page_.ends_line(tail) ? page_.line_end(tail) : tail);
+        } else if (first_kept_) {
+            size_t const part = part_of(*first_kept_);
+            remove_up_to(part);
+            copy_to(parts_[part].extent.begin);
+        } else {
+            remove_up_to(parts_.size());
+            copy_to(page_.before_blanks(frame_.close.begin));
+            delimiter = true;
+        }
+        bool const on_new_line = begins_line();
+        out_.erase(out_.find_last_not_of(" \t") + 1);
+        if (!on_new_line) out_ += page_.eol();
+        out_ += layout.indent + text_.new_entry(item, layout, delimiter) + page_.eol();
+        alone_ = true;
+        if (page_.begins_line(copied_) && copied_ > frame_.open.end) return;
+        out_ += next ? layout.indent : outer;
+        copied_ = page_.after_blanks(copied_);
+    }
+
     // Into a block that has no other entry.
     void insert_alone(std::string const &text) {
         remove_up_to(parts_.size());
@@ -409,13 +517,21 @@ class NewText::BlockWriter {
         alone_ = true;
     }
 
+    bool begins_line() const {
+        size_t const last = out_.find_last_not_of(" \t");
+        return last != out_.npos && out_[last] == '\n';
+    }
+
     // A line comment needs the end of a line after it.
     void inline_text(std::string const &text, bool blank) {
-        if (!ends_in_line_comment(text)) {
-            out_ += (blank ? " " : "") + text;
+        if (!ends_in_line_comment(text) && !text.starts_with("//")) {
+            out_ += (blank && !begins_line() ? " " : "") + text;
             return;
         }
-        out_ += page_.eol() + layout_.indent + text + page_.eol() + layout_.indent;
+        if (!begins_line()) out_ += page_.eol() + layout_.indent;
+        out_ += text;
+        if (!ends_in_line_comment(text)) return;
+        out_ += page_.eol() + layout_.indent;
         copied_ = page_.after_blanks(copied_);
     }
 
@@ -456,7 +572,7 @@ Layout NewText::new_layout_of(Item const &item) {
     if (parts.empty()) {
         size_t const close = frame.close.begin;
         layout.lines = page_.begins_line(close) && page_.line_begin(close) > frame.open.end;
-        layout.indent = outer + layout.unit;
+        layout.indent = layout.lines ? outer + layout.unit : outer;
         layout.ended = layout.lines;
         return layout;
     }
@@ -465,7 +581,7 @@ Layout NewText::new_layout_of(Item const &item) {
         if (page_.begins_line(part.extent.core)) sample = &part;
     layout.lines = sample != nullptr;
     if (!sample) sample = &parts.back();
-    layout.indent = page_.indent(sample->extent.core);
+    layout.indent = layout.lines ? page_.indent(sample->extent.core) : outer;
     if (layout.lines && layout.indent.size() > outer.size() && layout.indent.starts_with(outer))
         layout.unit = layout.indent.substr(outer.size());
     for (Part const &part : parts)
@@ -475,6 +591,7 @@ Layout NewText::new_layout_of(Item const &item) {
     cat::SourceEntry const &entry = sample->entry;
     std::string_view const before = page_.text(entry.key.end, entry.separator.begin);
     std::string_view const after = page_.text(entry.separator.end, entry.value.begin);
+    layout.known = true;
     layout.separator =
         std::string(before.empty() ? "" : " ") + '=' + std::string(is_blank(after) ? after : " ");
     for (Part const &part : parts) // where keys of several lengths have their "=" below each other

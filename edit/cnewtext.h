@@ -20,6 +20,7 @@ struct Layout {
     char delimiter = ';';
     bool lines = false; // is each entry on lines of its own?
     bool ended = true;  // has the last entry a delimiter?
+    bool known = false; // is the separator that of an entry?
 };
 
 class NewText {
@@ -52,8 +53,14 @@ class NewText {
     std::string renamed(Item const &item, cat::SourceEntry const &entry);
     std::string new_entry(Item const &item, Layout const &layout, bool delimiter);
     std::string before_delimiter(Item const &item) const;
+    std::vector<size_t> lenders(Item const &item) const;
+    bool needs_lines(Item const &item, bool alone) const;
+    bool keeps_separator(Item const &item, Layout const &layout) const;
+    std::string comments_at(size_t number, cat::SourceComment::Where where,
+                            std::string const &indent) const;
+    std::string brought(size_t number, std::string text) const;
     std::string comments_of(Item const &item, cat::SourceComment::Where where,
-                            std::string const &indent);
+                            std::string const &indent) const;
 
     Parts parts_of(Item const &item) const;
     Layout const &layout_of(Item const &item);

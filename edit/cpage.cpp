@@ -42,8 +42,9 @@ template <class Function> bool for_line_ends(std::string_view text, Function con
 
 } // namespace
 
-Page::Page(std::string_view text)
-    : text_(text), eol_(text.find("\r\n") < text.find('\n') ? "\r\n" : "\n"), begins_{0} {
+Page::Page(std::string_view text, size_t size)
+    : text_(text), size_(size),
+      eol_(text.find("\r\n") < text.find('\n') ? "\r\n" : "\n"), begins_{0} {
     for (size_t at = 0; (at = text.find('\n', at)) != std::string_view::npos;)
         begins_.push_back(++at);
 }
@@ -54,6 +55,7 @@ size_t Page::line_begin(size_t offset) const {
 
 size_t Page::line_end(size_t offset) const {
     size_t const feed = text_.find('\n', offset);
+    if (feed == size_) return size_;
     return feed == std::string_view::npos ? text_.size() : feed + 1;
 }
 

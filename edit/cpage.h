@@ -13,9 +13,11 @@ namespace qrv::edit {
 
 class Page {
   public:
-    explicit Page(std::string_view text);
+    // Of the bytes up to `size`, and of a donor's after the one that follows.
+    Page(std::string_view text, size_t size);
 
     std::string_view text() const { return text_; }
+    size_t size() const { return size_; } // without the donor's
     std::string_view text(cat::Span span) const { return text_.substr(span.begin, span.size()); }
     std::string_view text(size_t begin, size_t end) const {
         return text_.substr(begin, end - begin);
@@ -35,6 +37,7 @@ class Page {
 
   private:
     std::string_view text_;
+    size_t size_;
     std::string eol_;
     std::vector<size_t> begins_; // of all lines
 };

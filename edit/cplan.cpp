@@ -3,6 +3,8 @@
 // Items are settled in the order of the new text, so that a value is written where it is met first.
 // A path in the text may only pass through values that are written there, since the reader follows
 // no other: the parents of an item are such values.
+//
+// What comes from a donor is written once for each node: its keys do not come again.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -22,15 +24,48 @@ Entries::Entries(cat::SourceMap const &map) : map_(map) {
         cat::SourceEntry const entry = map.entry(i);
         bool const inside = entry.parent != none && ignored[entry.parent];
         ignored[i] = inside || (entry.key.empty() && numbers_.count(entry.anid) > 0);
-        anids_.push_back(inside ? 0 : entry.anid);
-        if (!anids_.back()) continue;
-        any_comes_again_ |= numbers_.count(anids_.back()) > 0;
-        numbers_.emplace(anids_.back(), i);
+        add(i, inside ? 0 : entry.anid);
     }
-    for (cat::SourceComment const &comment : map.comments())
-        if (comment.where == cat::SourceComment::above ||
-            comment.where == cat::SourceComment::after)
-            comments_[comment.entry].push_back(comment);
+    for (cat::SourceComment const &comment : map.comments()) add(comment);
+}
+
+void Entries::add(size_t number, std::uint32_t anid) {
+    anids_.push_back(anid);
+    if (!anid) return;
+    any_comes_again_ |= numbers_.count(anid) > 0;
+    numbers_.emplace(anid, number);
+}
+
+void Entries::add(cat::SourceComment const &comment) {
+    if (comment.where == cat::SourceComment::above || comment.where == cat::SourceComment::after)
+        comments_[comment.entry].push_back(comment);
+}
+
+void Entries::add_donor(cat::SourceMap const &map, size_t offset) {
+    auto const by = static_cast<std::uint32_t>(offset);
+    auto const shift = [by](cat::Span &span) {
+        if (!span.empty()) span = {span.begin + by, span.end + by};
+    };
+    for (size_t i = 0; i < map.size(); ++i) {
+        cat::SourceEntry entry = map.entry(i);
+        entry.number += donor();
+        if (entry.parent != none) entry.parent += donor();
+        shift(entry.key);
+        shift(entry.separator);
+        entry.value = {entry.value.begin + by, entry.value.end + by};
+        shift(entry.type);
+        shift(entry.open);
+        shift(entry.close);
+        shift(entry.delimiter);
+        add(entry.number, entry.anid);
+        if (entry.parent != none) inside_[entry.parent].push_back(entry);
+        donated_.push_back(entry);
+    }
+    for (cat::SourceComment comment : map.comments()) {
+        shift(comment.span);
+        if (comment.entry != none) comment.entry += donor();
+        add(comment);
+    }
 }
 
 std::vector<cat::SourceComment> const &Entries::comments(size_t number) const {
@@ -50,14 +85,20 @@ std::vector<size_t> Entries::of(std::uint32_t anid) const {
 }
 
 cat::SourceEntry Entries::frame(size_t number) const {
-    std::vector<cat::SourceEntry> const parts = map_.inside(number);
+    std::vector<cat::SourceEntry> const parts = directly_inside(number);
     bool const whole = parts.size() == 1 && anids_[parts[0].number] == 0 && parts[0].key.empty() &&
                        !parts[0].open.empty();
     return whole ? frame(parts[0].number) : entry(number);
 }
 
 std::vector<cat::SourceEntry> Entries::inside(size_t number) const {
-    return map_.inside(frame(number).number);
+    return directly_inside(frame(number).number);
+}
+
+std::vector<cat::SourceEntry> Entries::directly_inside(size_t number) const {
+    if (!is_donated(number)) return map_.inside(number);
+    auto const found = inside_.find(number);
+    return found == inside_.end() ? std::vector<cat::SourceEntry>() : found->second;
 }
 
 // --- items ---
@@ -95,7 +136,7 @@ std::vector<bool> rising(std::vector<size_t> const &numbers) {
 Plan::Plan(std::string_view text, Entries const &entries, Snapshot const &before,
            objref const &root)
     : text_(text), entries_(entries), before_(before), root_(root), matching_(before, root) {
-    settle(add(nullptr, {0, nullptr, 0, false}, root));
+    settle(add(nullptr, {0, nullptr, 0, false, none}, root));
 }
 
 std::string Plan::path(Item const &item) {
@@ -114,6 +155,7 @@ Item &Plan::add(Item *parent, Slot const &slot, objref const &value) {
     item.position = slot.position;
     item.old = slot.old;
     item.moved = slot.moved;
+    item.donated = slot.donated;
     if (!parent) return item;
     // In a set, what is written twice counts twice.
     if (parent->value->is_set()) {
@@ -137,11 +179,19 @@ void Plan::settle(Item &item) {
     }
     bool const shared = matching_.places(item.value) > 1 && !is_constant(item.value);
     if ((shared || container_in(item.value)) && settle_shared(item, in_place)) return;
-    if (in_place)
+    if (in_place && has_its_text(item))
         settle_here(item, was);
     else
         settle_from_elsewhere(item, was);
     if (item.node) passed_.insert(item.node);
+}
+
+// In a donor a later entry may have changed a value that is shared: then that one has its text.
+bool Plan::has_its_text(Item const &item) {
+    if (!entries_.is_donated(item.old)) return true;
+    if (container_in(item.value)) return is_block_of(item.old, item.value);
+    return !entries_.any_comes_again() || is_constant(item.value) ||
+           definitions(item.value).back() == item.old;
 }
 
 // Do the brackets there hold entries of that container? A key that came again may have had a value
@@ -149,6 +199,7 @@ void Plan::settle(Item &item) {
 bool Plan::is_block_of(size_t number, objref const &container) const {
     cat::SourceEntry const frame = entries_.frame(number);
     if (frame.open.empty()) return false;
+    if (entries_.is_donated(number) && has_lost_entries(number)) return false;
     char const bracket = text_[frame.open.begin];
     return container->is_map()      ? bracket == '{' || bracket == '('
            : container->is_vector() ? bracket == '[' || bracket == '('
@@ -156,9 +207,18 @@ bool Plan::is_block_of(size_t number, objref const &container) const {
                                     : true;
 }
 
+// Are there bytes of values that no node holds any more?
+bool Plan::has_lost_entries(size_t number) const {
+    std::vector<cat::SourceEntry> const parts = entries_.inside(number);
+    return std::any_of(parts.begin(), parts.end(), [&](cat::SourceEntry const &part) {
+        return entries_.anid(part.number) == 0;
+    });
+}
+
 // Does its key come again, and did it get another value there, or more entries from a reference?
 bool Plan::is_merged(Item const &item, bool in_place) const {
     if (!item.node || item.parent->value->is_set() || !entries_.comes_again(item.old)) return false;
+    if (entries_.is_donated(item.old)) return false;
     if (!container_in(item.value)) return entries_.of(entries_.anid(item.old)).back() != item.old;
     if (in_place) return !is_block_of(item.old, item.value);
     return entries_.entry(item.old).reference &&
@@ -169,7 +229,8 @@ bool Plan::is_merged(Item const &item, bool in_place) const {
 bool Plan::settle_shared(Item &item, bool in_place) {
     auto const [known, fresh] = written_.emplace(item.value.get(), &item);
     if (fresh) return false;
-    if (in_place && !item.moved && entries_.comes_again(item.old)) return false; // one more block
+    bool const one_more_block = in_place && !item.moved && entries_.comes_again(item.old);
+    if (one_more_block && !entries_.is_donated(item.old)) return false;
     bool const refers = item.old != none && entries_.entry(item.old).reference;
     item.how = Item::reference;
     item.target = known->second;
@@ -186,9 +247,8 @@ void Plan::settle_here(Item &item, objref const &was) {
     item.how = Item::as_it_was;
     if (container_in(item.value)) {
         item.how = Item::block;
-        return add_children(item, item.moved || !entries_.any_comes_again()
-                                      ? std::vector<size_t>{item.old}
-                                      : definitions(item.value));
+        bool const one = item.moved || entries_.is_donated(item.old) || !entries_.any_comes_again();
+        return add_children(item, one ? std::vector<size_t>{item.old} : definitions(item.value));
     }
     bool const last = item.old == 0 || item.parent->value->is_set() ||
                       entries_.of(entries_.anid(item.old)).back() == item.old;
@@ -220,7 +280,9 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
         item.how = Item::literal;
         return;
     }
-    if (item.source == none && was && &was->type() == &item.value->type() &&
+    bool const donated = entries_.is_donated(item.source) && !entries_.is_donated(item.old) &&
+                         !is_constant(item.value);
+    if ((item.source == none || donated) && was && &was->type() == &item.value->type() &&
         !entries_.entry(item.old).reference)
         item.source = item.old; // replaced by an equal one, perhaps
     bool const same =
@@ -235,12 +297,9 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
 std::vector<size_t> const &Plan::definitions(objref const &value) {
     static std::vector<size_t> const nowhere;
     if (!std::exchange(searched_, true)) search_definitions();
+    if (auto const *const was = matching_.replaced_by(value)) return definitions(*was);
     auto const found = definitions_.find(value.get());
-    if (is_constant(value) || found == definitions_.end()) {
-        auto const *const was = matching_.replaced_by(value);
-        return was ? definitions(*was) : nowhere;
-    }
-    return found->second;
+    return is_constant(value) || found == definitions_.end() ? nowhere : found->second;
 }
 
 // Is this where a value has its text? Of a key that comes again the last entry has it, in a set the
@@ -248,14 +307,35 @@ std::vector<size_t> const &Plan::definitions(objref const &value) {
 bool Plan::writes(size_t number, objref const &value) const {
     if (!entries_.comes_again(number)) return true;
     size_t const parent = entries_.entry(number).parent;
-    objref const &holder = parent == 0 ? root_ : before_.value(entries_.anid(parent));
+    objref const &holder = parent == 0                  ? root_
+                           : parent == entries_.donor() ? before_.donor()
+                                                        : before_.value(entries_.anid(parent));
     std::vector<size_t> const all = entries_.of(entries_.anid(number));
     if (holder && holder->is_set()) return all.front() == number;
     return container_in(value) ? is_block_of(number, value) : all.back() == number;
 }
 
+// The entry that a node is written at: the first, or, if it is brought, the one that has its text.
+size_t Plan::place_of(WasEntry const &was, bool moved) const {
+    std::vector<size_t> const numbers = entries_.of(was.anid);
+    if (numbers.empty()) return none;
+    if (!entries_.is_donated(numbers.front())) return moved ? numbers.back() : numbers.front();
+    auto const text = std::find_if(numbers.rbegin(), numbers.rend(),
+                                   [&](size_t number) { return writes(number, was.value); });
+    return text == numbers.rend() ? numbers.back() : *text;
+}
+
+// Is it another entry of a donor's node?
+bool Plan::is_left_out(size_t number) const {
+    std::uint32_t const anid = entries_.anid(number);
+    if (!anid || !entries_.is_donated(number) || !entries_.comes_again(number)) return false;
+    return place_of({anid, objref(), before_.value(anid)}, true) != number;
+}
+
 void Plan::search_definitions() {
     definitions_[root_.get()] = {0};
+    if (before_.donor() && !entries_.frame(entries_.donor()).open.empty())
+        definitions_[before_.donor().get()] = {entries_.donor()};
     for (size_t number = 1; number < entries_.size(); ++number) {
         objref const &value = before_.value(entries_.anid(number));
         if (!value || entries_.entry(number).reference) continue;
@@ -324,17 +404,18 @@ bool Plan::is_as_before(WasEntry const &was, cAttrNode const &node) const {
 Plan::Slots Plan::slots_of(cMapObj const &container, bool fresh) {
     Slots slots;
     cAttrHash const &hash = container.datamap();
+    bool const merged =
+        before_.is_donated(&container) && (container.is_map() || is_list(container));
+    bool const has_defaults = !merged; // by a reference under a key that came again
     size_t position = 0;
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node), ++position) {
         WasEntry const *was = matching_.was(*node);
-        std::vector<size_t> numbers = was ? entries_.of(was->anid) : std::vector<size_t>();
-        if (!fresh && was && numbers.empty() && is_as_before(*was, *node)) continue;
-        bool const gone = !was && (was = matching_.take_gone(node->valref()));
-        if (gone) numbers = entries_.of(was->anid);
-        slots.push_back({numbers.empty() ? none
-                         : gone          ? numbers.back()
-                                         : numbers.front(),
-                         node, position, true});
+        size_t old = was ? place_of(*was, false) : none;
+        if (!fresh && was && old == none && has_defaults && is_as_before(*was, *node)) continue;
+        WasEntry const *const donated = was ? matching_.donated(*was, *node) : nullptr;
+        bool const gone = !was && (was = matching_.take_gone(*node));
+        if (gone) old = place_of(*was, true);
+        slots.push_back({old, node, position, true, donated ? place_of(*donated, true) : none});
     }
     return slots;
 }
@@ -347,7 +428,8 @@ void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) 
         places; // block, number
     for (size_t const block : blocks)
         for (cat::SourceEntry const &entry : entries_.inside(block))
-            places[entries_.anid(entry.number)].emplace_back(block, entry.number);
+            if (!is_left_out(entry.number))
+                places[entries_.anid(entry.number)].emplace_back(block, entry.number);
     auto const places_of = [&](Slot const &slot) {
         auto const found = slot.old == none ? places.end() : places.find(entries_.anid(slot.old));
         return found == places.end() ? nullptr : &found->second;
@@ -378,7 +460,7 @@ void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) 
         Slots &slots = arranged_[block];
         for (cat::SourceEntry const &entry : entries_.inside(block)) {
             auto const stay = staying.find(entries_.anid(entry.number));
-            if (stay == staying.end()) continue;
+            if (stay == staying.end() || is_left_out(entry.number)) continue;
             slots.insert(slots.end(), front.begin(), front.end());
             front.clear();
             slots.push_back(*stay->second);
@@ -440,6 +522,7 @@ bool Plan::path_holds(size_t reference, objref const &value) const {
 // Does that reference, as it is written, still read as the value? One into a typed value reads as a
 // copy of what is there. Where a key comes again, it may be the value that the key had before.
 bool Plan::reads_as(size_t reference, objref const &value) const {
+    if (entries_.is_donated(reference)) return false;
     if (entries_.any_comes_again()) return true;
     cAttrNode const *const node = path_end(reference);
     return node && exact_text(node->valref()) == exact_text(value);

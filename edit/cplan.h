@@ -19,8 +19,15 @@ constexpr size_t none = cat::SourceEntry::none;
 class Entries {
   public:
     explicit Entries(cat::SourceMap const &map);
+    // Adds those of a donor, whose text begins at that offset of the page. Their numbers come after
+    // all others; the first is its outermost value. Copies what the map has.
+    void add_donor(cat::SourceMap const &map, size_t offset);
+    bool is_donated(size_t number) const { return number != none && number >= donor(); }
+    size_t donor() const { return map_.size(); }
 
-    cat::SourceEntry entry(size_t number) const { return map_.entry(number); }
+    cat::SourceEntry entry(size_t number) const {
+        return is_donated(number) ? donated_[number - donor()] : map_.entry(number);
+    }
     std::uint32_t anid(size_t number) const { return anids_[number]; }
     size_t size() const { return anids_.size(); }
     // Is its key repeated, or the value of a set? Is that of any entry?
@@ -36,7 +43,13 @@ class Entries {
     std::vector<cat::SourceComment> const &comments(size_t number) const;
 
   private:
+    void add(size_t number, std::uint32_t anid);
+    std::vector<cat::SourceEntry> directly_inside(size_t number) const;
+    void add(cat::SourceComment const &comment);
+
     cat::SourceMap const &map_;
+    std::vector<cat::SourceEntry> donated_;
+    std::unordered_map<size_t, std::vector<cat::SourceEntry>> inside_; // of the donor's
     std::vector<std::uint32_t> anids_;
     std::unordered_multimap<std::uint32_t, size_t> numbers_;
     std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;
@@ -56,10 +69,11 @@ struct Item {
     Item *parent = nullptr;
     cAttrNode const *node = nullptr; // null for the outermost value
     objref value;
-    size_t position = 0; // in its container
-    int depth = 0;       // of containers around it
-    size_t old = none;   // the entry that it was
-    bool moved = false;  // `old` is at another place of the text
+    size_t position = 0;   // in its container
+    int depth = 0;         // of containers around it
+    size_t old = none;     // the entry that it was
+    bool moved = false;    // `old` is at another place of the text, or in the donor's
+    size_t donated = none; // the donor's entry whose value replaced the one at `old`
     size_t source = none;
     How how = literal;
     Item const *target = nullptr;
@@ -84,6 +98,7 @@ class Plan {
         cAttrNode const *node = nullptr;
         size_t position = 0;
         bool moved = false;
+        size_t donated = none;
     };
     using Slots = std::vector<Slot>;
 
@@ -91,6 +106,8 @@ class Plan {
     void settle(Item &item);
     void settle_here(Item &item, objref const &was);
     void settle_from_elsewhere(Item &item, objref const &was);
+    bool has_its_text(Item const &item);
+    bool has_lost_entries(size_t number) const;
     bool is_block_of(size_t number, objref const &container) const;
     bool is_merged(Item const &item, bool in_place) const;
     bool settle_shared(Item &item, bool in_place);
@@ -104,6 +121,8 @@ class Plan {
     std::vector<size_t> const &definitions(objref const &value);
     void search_definitions();
     bool writes(size_t number, objref const &value) const;
+    size_t place_of(WasEntry const &was, bool moved) const;
+    bool is_left_out(size_t number) const;
     cAttrNode const *node_at(Item const &item, std::string const &key) const;
     bool reads_as(size_t reference, objref const &value) const;
     cAttrNode const *path_end(size_t reference) const;

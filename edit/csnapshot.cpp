@@ -5,6 +5,8 @@
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 
+#include <utility>
+
 namespace qrv::edit {
 
 cMapObj const *container_in(objref const &value) {
@@ -19,7 +21,17 @@ std::string exact_text(objref const &value) {
 
 bool is_constant(objref const &value) { return value && cat::find_const(value.get()); }
 
-Snapshot::Snapshot(objref const &root) {
+Snapshot::Snapshot(objref const &root) { add(root); }
+
+void Snapshot::add_donor(objref const &root) {
+    donor_ = root;
+    Containers target = std::exchange(containers_, {});
+    add(root);
+    for (auto const &[container, entries] : containers_) donated_.insert(container);
+    containers_.merge(target);
+}
+
+void Snapshot::add(objref const &root) {
     if (!container_in(root)) {
         add_leaf(root);
         return;

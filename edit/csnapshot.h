@@ -1,6 +1,7 @@
 #pragma once
-// A tree as it was before a change: which entries each container had, and what stood in them.
-// Values are held, so no address is used again while the snapshot lives.
+// A tree as it was before a change: which entries each container had, and what stood in them; and
+// the tree of a donor, another text whose values the change may use. Values are held, so no address
+// is used again while the snapshot lives.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
@@ -8,6 +9,7 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace qrv::edit {
@@ -31,6 +33,11 @@ struct WasEntry {
 class Snapshot {
   public:
     explicit Snapshot(objref const &root); // O(size)
+    void add_donor(objref const &root);
+
+    objref const &donor() const { return donor_; }
+    // Was it a container of the donor?
+    bool is_donated(cObj const *container) const { return donated_.contains(container); }
 
     using Containers = std::unordered_map<cObj const *, std::vector<WasEntry>>;
 
@@ -43,11 +50,14 @@ class Snapshot {
     std::string text(objref const &value) const;
 
   private:
+    void add(objref const &root);
     void add_leaf(objref const &value);
 
     Containers containers_;
     std::unordered_map<std::uint32_t, objref> values_;
     std::unordered_map<cObj const *, std::string> texts_;
+    objref donor_;
+    std::unordered_set<cObj const *> donated_;
 };
 
 } // namespace qrv::edit

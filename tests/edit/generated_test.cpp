@@ -17,7 +17,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
+#include <map>
+#include <random>
 #include <sstream>
 #include <unordered_set>
 
@@ -301,6 +305,179 @@ TEST_F(GeneratedEdits, no_change_leaves_every_byte) {
     }
     EXPECT_GT(texts, documents() / 2);
     EXPECT_LE(rewritten, texts / 200);
+}
+
+// --- values of another text ---
+
+// Gives each comment a name of its own, such as t12.
+std::string with_named_comments(std::string const &text, char name) {
+    std::string result;
+    char quote = '\0';
+    size_t count = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        std::string const two = text.substr(i, 2);
+        bool const comment = !quote && (two == "//" || two == "/*");
+        result += text[i];
+        if (quote && text[i] == '\\')
+            result += text[++i];
+        else if (quote ? text[i] == quote : text[i] == '"' || text[i] == '\'')
+            quote = quote ? '\0' : text[i];
+        if (!comment) continue;
+        size_t const end = two == "//" ? text.find('\n', i) : text.find("*/", i + 2);
+        result += text[++i] + (" <" + std::string(1, name)) + std::to_string(count++) + ">";
+        result += text.substr(i + 1, end - i - 1);
+        i = std::min(end, text.size()) - 1;
+    }
+    return result;
+}
+
+// How often each name is in a text.
+std::map<std::string, int> names_in(std::string const &text) {
+    std::map<std::string, int> names;
+    for (size_t at = 0; (at = text.find(" <", at)) != text.npos; ++at)
+        if (text[at + 2] == 't' || text[at + 2] == 's')
+            if (std::isdigit(static_cast<unsigned char>(text[at + 3])))
+                ++names[text.substr(at + 2, text.find('>', at) - at - 2)];
+    return names;
+}
+
+struct Merged {
+    bool read = false; // have both texts been read?
+    bool done = false; // has all been merged?
+    std::string text;
+    std::string wanted;  // the tree
+    std::string brought; // comments of the source that belong to its entries
+};
+
+Merged merge(std::string const &target, std::string const &source, char const *letters) {
+    Merged merged;
+    cat::ReadReport report;
+    std::istringstream in(target), from(source);
+    cat::SourceMap const map;
+    objref root, donor;
+    if (cObj::readobj(in, root) != 0 || !report.empty()) return merged;
+    qrv::edit::Edit edit(target, map, root);
+    cat::SourceMap const donor_map;
+    if (cObj::readobj(from, donor) != 0 || !report.empty()) return merged;
+    edit.bring(source, donor_map, donor);
+    for (cat::SourceComment const &comment : donor_map.comments())
+        if (comment.entry != cat::SourceEntry::none && comment.entry > 0)
+            merged.brought += source.substr(comment.span.begin, comment.span.size());
+    merged.read = true;
+    merged.done = root->attrcopy(*donor, letters);
+    merged.text = edit.text();
+    merged.wanted = written(root);
+    return merged;
+}
+
+// Another text, or the same one with some changes.
+std::string source_for(std::string const &target, Random &random, bool again) {
+    if (random.one_in(2)) return Writer(random, again).document();
+    cat::ReadReport const unheard;
+    std::istringstream in(target);
+    cat::SourceMap const map;
+    objref root;
+    if (cObj::readobj(in, root) != 0) return "{}";
+    return qrv::edit::apply(target, map, root, [&] {
+        for (size_t count = 1 + random.below(5); count > 0; --count) Changer(random, root).change();
+    });
+}
+
+constexpr char const *const letters[] = {"-xx", "0as", "0xx", "-s-", "-ss", "0ss",
+                                         "-0x", "-ax", "--x", "0s-", "-sx", "---"};
+
+// The names of comments that are in one text and not once in the other.
+std::string missing(std::string const &from, std::string const &text) {
+    std::map<std::string, int> names = names_in(text);
+    std::string found;
+    for (auto const &[name, count] : names_in(from))
+        if (names[name] != 1) found += name + " ";
+    return found;
+}
+
+TEST_F(GeneratedEdits, the_new_text_reads_as_the_merged_tree) {
+    unsigned merges = 0, refused = 0, twice = 0;
+    for (unsigned seed = 1; seed <= documents() / 4; ++seed) {
+        Random random(seed);
+        bool const again = seed % 4 == 0;
+        std::string const plain = Writer(random, again).document();
+        std::string const target = with_named_comments(plain, 't');
+        std::string const source = with_named_comments(source_for(plain, random, again), 's');
+        std::string const how = random.of(letters);
+        Merged const merged = merge(target, source, how.c_str());
+        if (!merged.read || written(read(merged.wanted)) != merged.wanted) continue;
+        ++merges;
+        std::string const shown = "seed " + std::to_string(seed) + " " + how + "\n" + target +
+                                  "\n--\n" + source + "\n--\n" + merged.text;
+        objref const back = read(merged.text);
+        // What no node holds any more can't be merged into.
+        if (again && (!back || written(back) != merged.wanted)) {
+            ++refused;
+            continue;
+        }
+        ASSERT_TRUE(back) << shown;
+        ASSERT_EQ(written(back), merged.wanted) << shown;
+        if (how == "-xx" || how == "--x") {
+            EXPECT_EQ(missing(target, merged.text), "") << shown;
+        }
+        if (how == "---" && !again) {
+            EXPECT_EQ(merged.text, target) << shown;
+        }
+        if (how != "0as" || !merged.done || again) continue;
+        Merged const second = merge(merged.text, source, "0as");
+        if (second.wanted != merged.wanted) continue; // values are shared now, or no longer
+        ++twice;
+        EXPECT_EQ(second.text, merged.text) << shown;
+    }
+    EXPECT_GT(merges, documents() / 6);
+    EXPECT_GT(twice, documents() / 200);
+    EXPECT_LE(refused, merges / 500);
+}
+
+TEST_F(GeneratedEdits, all_comments_come_with_what_is_merged) {
+    unsigned merges = 0, lost = 0;
+    std::string example;
+    for (unsigned seed = 1; seed <= documents() / 4; ++seed) {
+        Random random(seed);
+        bool const again = seed % 4 == 0;
+        std::string const source = with_named_comments(Writer(random, again).document(), 's');
+        std::string const target = random.one_in(2) ? "{}" : "{ a = 1; // one\n b = 2 }\n";
+        Merged const merged = merge(target, source, "-xx");
+        if (!merged.read || written(read(merged.wanted)) != merged.wanted) continue;
+        ++merges;
+        std::string const shown = std::to_string(seed) + "\n" + source + "\n--\n" + merged.text;
+        ASSERT_EQ(written(read(merged.text)), merged.wanted) << shown;
+        // What another value of its key has replaced is not merged, nor are its comments.
+        if (again || missing(merged.brought, merged.text).empty()) continue;
+        ++lost;
+        example = shown;
+    }
+    EXPECT_GT(merges, documents() / 6);
+    EXPECT_LE(lost, merges / 1000) << example; // of equal values a set takes only the first
+}
+
+TEST_F(GeneratedEdits, a_text_with_declared_types_reads_as_the_merged_tree) {
+    unsigned merges = 0;
+    for (unsigned seed = 1; seed <= documents() / 20; ++seed) {
+        Random random(seed);
+        bool const again = random.one_in(5);
+        std::string const target = with_named_comments(Writer(random, false, true).document(), 't');
+        std::string const source = with_named_comments(Writer(random, again, true).document(), 's');
+        char const *const how = random.of(letters);
+        Merged merged;
+        {
+            cat::TypeScope const scope;
+            merged = merge(target, source, how);
+        }
+        if (!merged.read || tree_in_a_scope(merged.wanted) != merged.wanted) continue;
+        ++merges;
+        ASSERT_EQ(tree_in_a_scope(merged.text), merged.wanted)
+            << "seed " << seed << " " << how << "\n"
+            << target << "\n--\n"
+            << source << "\n--\n"
+            << merged.text;
+    }
+    EXPECT_GT(merges, documents() / 40);
 }
 
 } // namespace

@@ -146,7 +146,7 @@ TEST_F(ToolFormatted, set_refuses_what_is_no_number) {
 
 TEST_F(ToolFormatted, merge_takes_numbers_texts_and_forms) {
     write("over", "{port= 32; mask= \"0x3\"; new= intf(07); }\n");
-    EXPECT_EQ(run({"merge", "f", "over"}),
+    EXPECT_EQ(run({"merge", "f", "over", "--reformat"}),
               (cRun{0, "{port= intf(0x20); mask= intf(0x3); count= 5; new= intf(07); }\n", ""}));
     write("over", "{port= \"-010\"; }\n");
     EXPECT_EQ(

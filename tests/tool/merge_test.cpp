@@ -1,4 +1,5 @@
-// `merge`: the value of one file onto that of another.
+// `merge`: the value of one file onto that of another. What it leaves of the text is tested in
+// merge_text_test.cpp.
 
 #include "tests/tool/tool_run.h"
 
@@ -16,9 +17,10 @@ class ToolMerge : public tool_test::Tool {
         more.insert(more.begin(), {"merge", "t", "s"});
         return run(std::move(more));
     }
+    // In the writer's layout.
     std::string merged(std::string const &target, std::string const &source,
                        std::string const &commands = "-xx") const {
-        cRun const run = merge(target, source, {"--commands=" + commands});
+        cRun const run = merge(target, source, {"--commands=" + commands, "--reformat"});
         EXPECT_EQ(run.status, 0) << commands;
         EXPECT_EQ(run.err, "") << commands;
         return run.out;
@@ -113,7 +115,7 @@ TEST_F(ToolMerge, numbers_that_would_be_changed) {
     EXPECT_EQ(refused("{m= {i= 1; }}", "{m= {i= 1.5; }}"),
               "s:1:9: error: at /m/i: 1.50000 would be stored as 1; --convert allows it\n");
     EXPECT_EQ(merge("{m= {i= 1; }}", "{m= {i= 1.5; }}", {"--convert"}),
-              (cRun{0, "{m= {i= 1; }; }\n", ""}));
+              (cRun{0, "{m= {i= 1; }}", ""}));
     EXPECT_EQ(merged("{m= {i= 1; f= 1.5f; }}", "{m= {i= 2.0; f= 0.1; }}"),
               "{m= {i= 2; f= 0.100000f; }; }\n");
     EXPECT_EQ(merged("{i= 1}", "{i= 1.5}", "-s-"), "{i= 1.50000; }\n");
@@ -149,19 +151,21 @@ TEST_F(ToolMerge, comments) {
         "{\n  a= 5; // one\n  b= 6; // six\n}\n");
 }
 
-TEST_F(ToolMerge, a_lost_comment_of_the_target_is_told_and_keeps_it) {
+TEST_F(ToolMerge, a_comment_that_the_writer_would_lose_is_reported_and_keeps_the_file) {
     std::string const target = "{\n  a= 1; // one\n  b= 2;\n}\n", source = "{b= 3; }";
     std::string const lost = "t:2:9: error: this comment would be lost: // one\n";
-    EXPECT_EQ(merge(target, source, {"--commands=0xx"}), (cRun{1, "{\n  b= 3;\n}\n", lost}));
-    EXPECT_EQ(refused(target, source, {"--commands=0xx"}),
+    EXPECT_EQ(merge(target, source, {"--commands=0xx", "--reformat"}),
+              (cRun{1, "{\n  b= 3;\n}\n", lost}));
+    EXPECT_EQ(refused(target, source, {"--commands=0xx", "--reformat"}),
               lost + "t: error: not written: data would be lost; --force writes the file anyway\n");
-    EXPECT_EQ(merge(target, source, {"--commands=0xx", "-i", "--force"}), (cRun{0, "", lost}));
+    EXPECT_EQ(merge(target, source, {"--commands=0xx", "--reformat", "-i", "--force"}),
+              (cRun{0, "", lost}));
     EXPECT_EQ(read("t"), "{\n  b= 3;\n}\n");
 }
 
 TEST_F(ToolMerge, a_comment_that_looks_like_one_of_the_targets_does_not_stand_for_it) {
-    cRun const run =
-        merge("{\n  a= 1; // one\n}\n", "{\n  n= 1; //0: zero\n}\n", {"--commands=0xx"});
+    cRun const run = merge("{\n  a= 1; // one\n}\n", "{\n  n= 1; //0: zero\n}\n",
+                           {"--commands=0xx", "--reformat"});
     EXPECT_EQ(run, (cRun{1, "{\n  n= 1; //0: zero\n}\n",
                          "t:2:9: error: this comment would be lost: // one\n"}));
 }
@@ -213,12 +217,12 @@ TEST_F(ToolMerge, too_much_in_the_source) {
 
 TEST_F(ToolMerge, standard_input_for_one_of_the_two) {
     write("f", "{a= 1}");
-    EXPECT_EQ(run({"merge", "-", "f"}, {.input = "{b= 2}"}), (cRun{0, "{b= 2; a= 1; }\n", ""}));
-    EXPECT_EQ(run({"merge", "f", "-"}, {.input = "{b= 2} "}), (cRun{0, "{a= 1; b= 2; }\n", ""}));
+    EXPECT_EQ(run({"merge", "-", "f"}, {.input = "{b= 2}"}), (cRun{0, "{b= 2; a= 1}", ""}));
+    EXPECT_EQ(run({"merge", "f", "-"}, {.input = "{b= 2} "}), (cRun{0, "{a= 1; b= 2}", ""}));
     EXPECT_EQ(run({"merge", "-", "-"}, {.input = "{b= 2}"}),
               (cRun{2, "", "-: error: only one of the two files can be the standard input\n"}));
     EXPECT_EQ(run({"merge", "-i", "f", "-"}, {.input = "{\n b= 2; // c\n}"}), (cRun{0, "", ""}));
-    EXPECT_EQ(read("f"), "{a= 1; b= 2; }\n");
+    EXPECT_EQ(read("f"), "{a= 1;\n    b= 2 // c\n}");
 }
 
 TEST_F(ToolMerge, files_that_do_not_read_cleanly) {
@@ -233,7 +237,7 @@ TEST_F(ToolMerge, files_that_do_not_read_cleanly) {
 
 TEST_F(ToolMerge, into_another_file) {
     EXPECT_EQ(merge("{a= 1}", "{b= 2}", {"-o", "o"}), (cRun{0, "", ""}));
-    EXPECT_EQ(read("o"), "{a= 1; b= 2; }\n");
+    EXPECT_EQ(read("o"), "{a= 1; b= 2}");
     EXPECT_EQ(read("t"), "{a= 1}");
 }
 

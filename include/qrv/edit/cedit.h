@@ -13,6 +13,7 @@
 #include "qrv/text/read/csourcemap.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -32,5 +33,38 @@ namespace qrv::edit {
 // store it. RUNS USER CODE.   O(size of text and tree)
 QRV_API std::string apply(std::string_view text, cat::SourceMap const &map, objref const &root,
                           std::function<void()> const &change);
+
+// The same in steps, for a change that puts values of another text into the tree, for instance by
+// cObj::attrcopy.
+//
+//   cat::SourceMap map;
+//   ... read `text` into root ...
+//   qrv::edit::Edit edit(text, map, root);
+//   cat::SourceMap donor_map;
+//   ... read `donor_text` into donor ...
+//   edit.bring(donor_text, donor_map, donor);
+//   root->attrcopy(*donor, "-xx");
+//   text = edit.text();
+class QRV_API Edit {
+  public:
+    // Notes the tree before the change. Borrows the text and the map.   O(size)
+    Edit(std::string_view text, cat::SourceMap const &map, objref const &root);
+    Edit(Edit const &) = delete;
+    Edit &operator=(Edit const &) = delete;
+    ~Edit();
+
+    // Notes another text, once and before the change. New entries whose values come from it have
+    // their comments, and the layout inside containers, from there; all else is like their
+    // neighbours. An entry without a comment whose value one from there replaces gets the comments
+    // of that one. Both texts are copied; together they must have less than 4 GiB.   O(size)
+    void bring(std::string_view text, cat::SourceMap const &map, objref const &root);
+
+    // The new text, after the change. RUNS USER CODE.   O(size of text and tree)
+    std::string text() const;
+
+  private:
+    struct Notes;
+    std::unique_ptr<Notes> notes_;
+};
 
 } // namespace qrv::edit

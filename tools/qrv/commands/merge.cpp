@@ -6,6 +6,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/text/read/csourcemap.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "tools/qrv/commands/command.h"
@@ -26,8 +27,6 @@
 namespace {
 
 struct cOptions : cWriteOptions {
-    cOptions() { reformat = true; }
-
     std::string target;
     std::string source;
     std::string commands = "-xx";
@@ -53,11 +52,13 @@ constexpr char const *help =
     "  qrv merge --commands=-a- device.attr site.attr     # new values for existing keys\n"
     "  qrv merge --commands=0ax device.attr site.attr     # exactly SOURCE's keys\n"
     "\n"
-    "merge preserves TARGET's comments. It copies SOURCE's comments with the keys that only\n"
-    "SOURCE has, and with values that replace a value without a comment. It refuses a number\n"
-    "that would change, such as 1.9 in an int. If anything fails, nothing is written and the\n"
-    "exit code is 2. merge reports each comment of TARGET that would be lost. Then -i and -o\n"
-    "write nothing unless --force is given.";
+    "merge refuses a number that would change, such as 1.9 in an int. If anything fails,\n"
+    "nothing is written and the exit code is 2.\n"
+    "\n"
+    "Only what changes is written: all other bytes of TARGET stay as they are. A key that is\n"
+    "removed takes its comments with it. Keys that only SOURCE has bring their comments, and so\n"
+    "do values that replace a value without a comment. With --reformat merge reports each\n"
+    "comment of TARGET that would be lost; then -i and -o need --force.";
 
 // A constant or a choice type was given itself again.
 bool is_same_again(cSaid const &said) {
@@ -305,11 +306,13 @@ bool merge_all(cChanging const &file, std::string const &bytes, cOptions const &
     cTypes const types = cTypeWalk::types_in(file.value);
     std::string const source =
         file.first_number == 0 ? bytes : numbered(bytes, survey(bytes).comments, file.first_number);
+    cat::SourceMap const map;
     cReading const reading = read_value(source, messages);
     if (reading.clean && reading.behind)
         messages.error(*reading.behind, "text after the first value is not read");
     if (messages.count() == 0)
         test_types(types, file.bytes, reading.value, source, options, messages);
+    if (messages.count() == 0 && file.edit) file.edit->bring(source, map, reading.value);
     if (messages.count() == 0) cMerge(file.value, reading.value, source, options, messages).run();
     told = messages.text();
     return messages.count() == 0;

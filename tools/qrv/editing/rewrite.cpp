@@ -41,7 +41,7 @@ struct cTask {
 void rewrite_text(std::string const &text, cTask const &task, size_t first_number,
                   cMessages &messages, cReply &reply) {
     cReading const reading = read_value(text, messages);
-    if (!reading.clean || !task.change({reading.value, text, first_number}, reply.messages)) return;
+    if (!reading.clean || !task.change({reading.value, text, first_number, nullptr}, reply.messages)) return;
     reply.text = written(reading.value, head_of(text), task.options.canonical, messages);
     bool const all_written = messages.count() == 0;
     if (all_written) reply.image = image_of(reading.value);

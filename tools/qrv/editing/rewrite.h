@@ -2,6 +2,7 @@
 // The first value of a file, changed or as it is, written anew or with the changed bytes replaced.
 
 #include "qrv/core/cobj.h"
+#include "qrv/edit/cedit.h"
 #include "tools/qrv/output/messages.h"
 #include "tools/qrv/output/target.h"
 
@@ -22,13 +23,14 @@ struct cWriteOptions {
     int max_errors = default_max_errors;
 };
 
-// What is to be changed. The change is made once or twice, each time in a new reading. The second
-// time the file's comments have numbers below `first_number`, and comments from elsewhere are to be
+// What is to be changed. If the file is written anew, the change is made twice at most, each time in
+// a new reading. The second time the file's comments have numbers below `first_number`, and comments from elsewhere are to be
 // numbered from there on; the first time that is 0.
 struct cChanging {
     objref value;
     std::string const &bytes; // that it was read from
     size_t first_number;
+    qrv::edit::Edit *edit; // that replaces the changed bytes; null if the file is written anew
 };
 
 // False, with lines in `told`: nothing is written.

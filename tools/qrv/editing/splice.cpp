@@ -9,8 +9,6 @@
 
 namespace {
 
-struct cRefused {}; // the change could not be made, so no text is needed
-
 // The two readings are apart: the types that the old text declares are unknown to the new one.
 cReply changed_text(std::string const &bytes, cChange const &change, cMessages const &about) {
     return apart(about.name(), [&](cReply &reply) {
@@ -18,13 +16,13 @@ cReply changed_text(std::string const &bytes, cChange const &change, cMessages c
         cat::SourceMap const map;
         cReading const reading = read_value(bytes, messages);
         std::string told;
-        if (reading.clean) try {
-                reply.text = qrv::edit::apply(bytes, map, reading.value, [&] {
-                    if (!change({reading.value, bytes, 0}, told)) throw cRefused();
-                });
+        if (reading.clean) {
+            qrv::edit::Edit edit(bytes, map, reading.value);
+            if (change({reading.value, bytes, 0, &edit}, told)) {
+                reply.text = edit.text();
                 reply.status = exit_done;
-            } catch (cRefused const &) { // the reasons are in `told`
             }
+        }
         reply.messages = messages.lines() + told;
         reply.errors = messages.count();
         if (reply.status == exit_done) reply.image = image_of(reading.value);
