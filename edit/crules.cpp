@@ -126,8 +126,10 @@ class Walk {
         std::vector<objref> keys;
         for (; step != 0; step = steps_[step].from) keys.push_back(steps_[step].key);
         std::string path;
-        for (std::size_t i = keys.size(); i-- > 0;)
-            path += "/" + cat::as_text(keys[i]); // RUNS USER CODE
+        for (std::size_t i = keys.size(); i-- > 0;) {
+            path += '/';
+            path += cat::as_text(keys[i]); // RUNS USER CODE
+        }
         return path;
     }
 
