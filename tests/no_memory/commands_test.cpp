@@ -35,6 +35,9 @@ void *operator new(std::size_t size) {
         handler();
     }
 }
+void *operator new(std::size_t size, std::nothrow_t const &) noexcept {
+    return operator new(size); // the handler of the tool does not throw
+}
 void operator delete(void *memory) noexcept { std::free(memory); }
 void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
 

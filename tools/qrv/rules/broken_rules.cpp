@@ -132,6 +132,11 @@ void cBrokenRules::add(cPlace place, objref const &key, std::string const &text,
     found_.push_back(std::move(error));
 }
 
+cTypeObj const *known_type(std::string const &name) {
+    cAttrNode const *const node = cat::typemap().datamap().find(name);
+    return node ? dynamic_cast<cTypeObj const *>(node->valref().get()) : nullptr;
+}
+
 // --- pieces of messages ---
 
 bool has_room(cat::ReadReport const &report) { return report.count() < report.limit(); }

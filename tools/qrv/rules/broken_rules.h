@@ -45,7 +45,8 @@ class cBrokenRules {
     bool unreadable_ = false; // told that no object of the type can be read
 };
 
-bool has_room(cat::ReadReport const &report); // for an error more
+bool has_room(cat::ReadReport const &report);        // for an error more
+cTypeObj const *known_type(std::string const &name); // registered under it; null if none is
 
 // Pieces of messages: ", declared at 3:5" or nothing, "3:5", "; did you mean 'x'?" or nothing.
 std::string declared_at(std::optional<cPlace> place);
