@@ -17,7 +17,7 @@
 
 struct cat::TypeScope::cEntry {
     std::string name;
-    typeref type;
+    cTypeObj *type; // borrowed of types_
     typeref hidden;
     std::string former; // the type's name before, if it had one
 };
@@ -32,6 +32,14 @@ bool is_built_in(cTypeObj const &type) noexcept {
     QRV_CORE_TYPES(QRV_SAME)
 #undef QRV_SAME
     return false;
+}
+
+// A destructor must not throw: without memory it does less.
+template <class Work> void attempt(Work const &work) noexcept {
+    try {
+        work();
+    } catch (...) {
+    }
 }
 
 bool is_registered(std::string const &name, cTypeObj const &type) {
@@ -56,12 +64,10 @@ cat::TypeScope::~TypeScope() {
         std::for_each(entries_.rbegin(), entries_.rend(), take_away);
         for (cEntry &entry : entries_) // text can give a program's type another name
             if (!entry.former.empty() && is_registered(entry.former, *entry.type))
-                entry.type->set_name(entry.former);
+                attempt([&] { entry.type->set_name(entry.former); });
     }
-    std::vector<typeref> types;
-    for (cEntry &entry : entries_) types.push_back(std::move(entry.type));
-    entries_.clear();                            // RE-ENTERS
-    if (core.free_types) core.free_types(types); // RE-ENTERS
+    entries_.clear();                                               // RE-ENTERS
+    if (core.free_types) attempt([&] { core.free_types(types_); }); // RE-ENTERS
 }
 
 void cat::TypeScope::unlink() noexcept {
@@ -86,7 +92,8 @@ bool cat::TypeScope::declare(cTypeObj &type, std::string const &former) {
     typeref const held = typeref::share(&type);
     typeref const hidden =
         node ? typeref::share(static_cast<cTypeObj *>(node->valref().get())) : typeref();
-    entries_.push_back({type.name(), held, hidden, former});
+    types_.push_back(held);
+    entries_.push_back({type.name(), &type, hidden, former});
     if (node)
         node->valref_() = held;
     else
@@ -94,14 +101,15 @@ bool cat::TypeScope::declare(cTypeObj &type, std::string const &former) {
     return true;
 }
 
-// The entry and `hidden` hold the types meanwhile, so no user code runs.
+// types_ and `hidden` hold the types meanwhile, so no user code runs. What is there already is
+// removed or replaced without memory.
 void cat::TypeScope::take_away(cEntry &entry) {
     cAttrNode *const node = core.type_hash->find(entry.name);
     if (node && node->valref() == entry.type) {
         if (entry.hidden)
             node->valref_() = entry.hidden;
         else
-            core.type_hash->delitem(own_key(entry.name));
+            core.type_hash->delitem(entry.name);
         return;
     }
     for (TypeScope *scope = innermost; scope; scope = scope->outer_)
@@ -110,7 +118,7 @@ void cat::TypeScope::take_away(cEntry &entry) {
                 above.hidden = entry.hidden;
                 return;
             }
-    if (!node && entry.hidden) core.type_hash->mapitem(entry.name, entry.hidden);
+    if (!node && entry.hidden) attempt([&] { core.type_hash->mapitem(entry.name, entry.hidden); });
 }
 
 // A type that is no longer to be registered may be hidden at the moment. True if it was, under that

@@ -43,6 +43,7 @@
 #include "qrv/diagnostics/cfilesearch.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/edit/cedit.h"
+#include "qrv/edit/crules.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/modules/crepository.h"
 #include "qrv/qrvdefs.h"

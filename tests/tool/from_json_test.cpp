@@ -17,7 +17,7 @@ class ToolFromJson : public tool_test::Tool {
         cRun const run = convert(json);
         EXPECT_EQ(run.status, 0) << json;
         EXPECT_EQ(run.err, "") << json;
-        EXPECT_EQ(run_on(run.out, {"fmt", "--trailing-blanks"}), (cRun{0, run.out, ""}));
+        EXPECT_EQ(run_on(run.out, {"fmt"}), (cRun{0, run.out, ""}));
         EXPECT_EQ(check(run.out), "");
         return run.out;
     }
@@ -50,7 +50,7 @@ TEST_F(ToolFromJson, a_document) {
               "  home= {\n"
               "      city= \"K\xC3\xB6ln\";\n"
               "      zip= #nil;\n"
-              "  }; \n"
+              "  };\n"
               "  ok= true;\n"
               "}\n");
 }
@@ -172,7 +172,7 @@ TEST_F(ToolFromJson, a_key_that_stands_twice_is_refused) {
               "-:2:16: error: this key occurs twice in the object, at path 'b/c'\n"
               "-:3:3: error: this key occurs twice in the object, at path 'a'\n");
     EXPECT_EQ(text("[{\"a\": 1}, {\"a\": 1}]"),
-              "[\n  {\n      a= 1;\n  }, \n  {\n      a= 1;\n  }, \n]\n");
+              "[\n  {\n      a= 1;\n  },\n  {\n      a= 1;\n  },\n]\n");
 }
 
 TEST_F(ToolFromJson, layout) {
@@ -184,13 +184,13 @@ TEST_F(ToolFromJson, layout) {
               "  d= [\n"
               "      [1, ],\n"
               "      [],\n"
-              "  ]; \n"
+              "  ];\n"
               "  e= [\n"
               "      {},\n"
-              "  ]; \n"
+              "  ];\n"
               "}\n");
     EXPECT_EQ(text(R"({"a": ["x", "two\nlines"]})"),
-              "{\n  a= [\n      x,\n      \"two\\\nlines\",\n  ]; \n}\n");
+              "{\n  a= [\n      x,\n      \"two\\\nlines\",\n  ];\n}\n");
 }
 
 TEST_F(ToolFromJson, errors_are_told_all_at_once_and_reading_goes_on) {
@@ -324,6 +324,20 @@ TEST_F(ToolFromJson, a_million_open_brackets) {
                        "input; expected '[', '{', or a literal\n"),
               std::string::npos);
     EXPECT_NE(refused(times("{\"a\":", 1000000)), "");
+}
+
+TEST_F(ToolFromJson, the_output_named_minus_is_the_standard_output) {
+    write("f", "{a= 1}");
+    EXPECT_EQ(run({"from-json", "-o", "-"}, {.input = "[1]"}), (cRun{0, "[1, ]\n", ""}));
+    EXPECT_EQ(run({"to-json", "-o", "-", "f"}), (cRun{0, "{\"a\": 1}\n", ""}));
+    EXPECT_EQ(run({"set", "-o", "-", "f", "a = 2"}), (cRun{0, "{a= 2}", ""}));
+    EXPECT_FALSE(std::filesystem::exists(path("-")));
+}
+
+TEST_F(ToolFromJson, blanks_stay_in_strings_and_not_at_line_ends) {
+    EXPECT_EQ(text(R"([{"a": "x \n}, \n\"]; \n\\ \n", "b": {"c": "\\"}}, "d \n"])"),
+              "[\n  {\n      a= \"x \\\n}, \\\n\\\"]; \\\n\\\\ \\\n\";\n"
+              "      b= {\n          c= \"\\\\\";\n      };\n  },\n  \"d \\\n\",\n]\n");
 }
 
 TEST_F(ToolFromJson, to_a_file) {

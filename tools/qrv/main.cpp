@@ -6,11 +6,16 @@
 #include "qrv/diagnostics/cconsole.h"
 #include "tools/qrv/commands/command_line.h"
 #include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/no_memory.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/thrown.h"
 
 #include <csignal>
 #include <unistd.h>
+
+// Called before the static code of the library, which allocates, too.
+[[gnu::section(".preinit_array"),
+  gnu::used]] static void (*const before_static_code)() = end_when_memory_ends;
 
 int main(int argc, char **argv) {
     fill_standard_descriptors();

@@ -41,7 +41,9 @@ class QRV_API TypeScope {
     TypeScope(); // starts the object core. RUNS USER CODE, as the end does
     TypeScope(TypeScope const &) = delete;
     TypeScope &operator=(TypeScope const &) = delete;
-    // Linear in the declared types. RUNS USER CODE: releases what destroyed types hold.
+    // Linear in the declared types. RUNS USER CODE: releases what destroyed types hold. When memory
+    // has run out, types that refer to themselves are never destroyed, and a hidden type whose name
+    // a program has taken out of the registry meanwhile does not come back.
     ~TypeScope();
 
     static TypeScope *current() noexcept; // borrowed: the innermost living one, or null
@@ -62,6 +64,7 @@ class QRV_API TypeScope {
     static bool forget_hidden(typeref const &type, std::string const &name, typeref &held) noexcept;
 
     std::vector<cEntry> entries_; // in the order of the declarations
+    std::vector<typeref> types_;  // of the entries
     TypeScope *outer_;
 };
 

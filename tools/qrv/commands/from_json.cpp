@@ -32,7 +32,8 @@ constexpr char const *help =
 
 struct cResult {
     cResult(objref const &value, cMessages &messages)
-        : text(written(value, "", false, messages)), image(image_of(value)) {}
+        : text(without_line_end_blanks(written(value, "", false, messages))),
+          image(image_of(value)) {}
     bool operator==(cResult const &) const = default;
 
     std::string text, image;

@@ -77,6 +77,6 @@ int print(cReply const &reply) { return put_result(reply.text) ? reply.status : 
 
 int print_to(std::string const &output, cTargetOptions const &options, cReply const &reply) {
     if (reply.status != exit_done) return reply.status;
-    if (output.empty()) return print(reply);
+    if (output.empty() || output == "-") return print(reply);
     return cTarget(output, options).replace(reply.text);
 }

@@ -36,5 +36,5 @@ cReply with_value(std::string const &file, int max_errors, cValueWork const &wor
 
 // Prints the text of the reply. The exit code.
 int print(cReply const &reply);
-// Writes the text to that file, or prints it if the name is empty, unless the work failed.
+// Writes the text to that file, or prints it if the name is empty or -, unless the work failed.
 int print_to(std::string const &output, cTargetOptions const &options, cReply const &reply);

@@ -7,6 +7,7 @@
 #include "qrv/core/ctypes.h"
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
+#include "tools/qrv/output/output.h"
 #include "tools/qrv/process/modules.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/rules/broken_rules.h"
@@ -189,8 +190,11 @@ void list_types(cOptions const &options, std::string const &bytes, cReply &reply
 }
 
 int run(cOptions const &options) {
-    if (options.file.empty())
-        return print(in_child("qrv", [&](cReply &reply) { list_types(options, "", reply); }));
+    if (options.file.empty()) {
+        cReply const reply = in_child("qrv", [&](cReply &r) { list_types(options, "", r); });
+        put_lines(reply.messages);
+        return print(reply);
+    }
     return print(
         with_value(options.file, options.max_errors, [&](cRead const &file, cReply &reply) {
             list_types(options, file.bytes, reply);

@@ -16,6 +16,7 @@
 #include "tools/qrv/editing/format.h"
 #include "tools/qrv/editing/splice.h"
 #include "tools/qrv/output/diff.h"
+#include "tools/qrv/output/no_memory.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/writing.h"
 #include "tools/qrv/process/apart.h"
@@ -180,6 +181,7 @@ int tell_changes(std::string const &name, cReply const &reply, cWriteOptions con
 } // namespace
 
 int rewrite(std::string const &name, cWriteOptions const &options, cChange const &change) {
+    cWorkOn const about(name);
     if (options.in_place && name == "-") return refuse(name, "it is the standard input");
     cChange const made = change ? change : unchanged;
     cTask::cWay way = options.reformat || options.canonical ? cTask::anew : cTask::spliced;

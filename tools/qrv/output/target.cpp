@@ -2,6 +2,7 @@
 
 #include "qrv/base/platform/cplatform.h"
 #include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/no_memory.h"
 #include "tools/qrv/output/output.h"
 
 #include <cerrno>
@@ -39,6 +40,7 @@ bool cTarget::lock() {
 }
 
 int cTarget::replace(std::string const &text, std::optional<std::string_view> expected) {
+    cWorkOn const about(name_);
     if (!lock()) return exit_failed;
     switch (cat::replace_file(name_, text, {.expected = expected, .backup = options_.backup})) {
     case cat::Replaced::done:

@@ -18,3 +18,18 @@ std::string written(objref const &value, std::string const &head, bool canonical
     os.flush();
     return canonical ? text : head + text + "\n";
 }
+
+std::string without_line_end_blanks(std::string text) {
+    size_t end = 0;
+    bool quoted = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\n' && !quoted)
+            while (end > 0 && (text[end - 1] == ' ' || text[end - 1] == '\t')) --end;
+        if (text[i] == '"') quoted = !quoted;
+        bool const escapes = quoted && text[i] == '\\' && i + 1 < text.size();
+        text[end++] = text[i];
+        if (escapes) text[end++] = text[++i];
+    }
+    text.resize(end);
+    return text;
+}

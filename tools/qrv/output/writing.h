@@ -10,3 +10,7 @@
 // value that can't be written is reported.
 std::string written(objref const &value, std::string const &head, bool canonical,
                     cMessages &messages);
+
+// That text without comments, and without the blanks that the writer leaves at line ends. Lines of
+// strings keep theirs.
+std::string without_line_end_blanks(std::string text);

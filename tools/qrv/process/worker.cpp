@@ -2,6 +2,7 @@
 
 #include "qrv/base/platform/cplatform.h"
 #include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/no_memory.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/thrown.h"
 
@@ -65,6 +66,7 @@ std::string read_all(int descriptor) {
 
 [[noreturn]] void be_child(std::string const &name, int descriptor,
                            std::function<void(cReply &)> const &work) {
+    end_silently_when_memory_ends();
     cReply reply;
     try {
         work(reply);
@@ -113,5 +115,7 @@ cReply in_child(std::string const &name, std::function<void(cReply &)> const &wo
     }
     cReply reply;
     if (unpack(bytes, reply)) return reply;
+    if (WIFEXITED(status) && WEXITSTATUS(status) == status_without_memory)
+        return failed(name, out_of_memory);
     return failed(name, "the work ended too early: " + cause_of_death(status));
 }

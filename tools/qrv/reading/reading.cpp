@@ -3,6 +3,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
+#include "tools/qrv/output/no_memory.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/rules.h"
@@ -128,6 +129,7 @@ bool may_hide_errors(std::string const &bytes, bool typed_values) {
 
 bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages,
                 std::string *mark) {
+    cWorkOn const about(name);
     bool const standard = name == "-";
     int const descriptor = standard ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
     int error = descriptor < 0 ? errno : 0;

@@ -1,6 +1,5 @@
 #include "tools/qrv/rules/broken_rules.h"
 
-#include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -13,6 +12,9 @@
 #include <algorithm>
 
 namespace {
+
+using qrv::edit::BrokenRule;
+using qrv::edit::Rule;
 
 std::string quoted(objref const &key) { return '\'' + shortened(cat::as_string(key)) + "'"; }
 
@@ -41,28 +43,20 @@ cBrokenRules::cBrokenRules(cObj &object, cat::ReadError const &error, cSource &s
 }
 
 void cBrokenRules::tell() {
-    auto const *const map = dynamic_cast<cMapObj const *>(&object_);
-    if (!map) return;
-    cAttrHash const &hash = map->datamap();
-    for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
-        test(node->key(), node->valref());
+    for (BrokenRule const &broken : qrv::edit::broken_rules(objref::share(&object_), type_))
+        tell(broken);
     std::stable_sort(found_.begin(), found_.end(), [](auto const &a, auto const &b) {
         return std::pair(a.line, a.column) < std::pair(b.line, b.column);
     });
     for (cat::ReadError &error : found_) report_.keep(std::move(error));
 }
 
-// As the library's own test goes, but to its end.
-void cBrokenRules::test(objref const &key, objref const &value) {
-    objref const declared = type_.getattr(key);
-    auto const *const spec = dynamic_cast<cAttspec const *>(declared.get());
-    if (!spec) return tell_undeclared(key);
-    if (spec->is_required() && cObj::is_void(value)) return tell_void(key);
-    cTypeObj const *const type = spec->get_type();
-    if (type && value != cat::nil() && (!value || &value->type() != type))
-        return tell_type(key, *type, value);
-    if (spec->is_fixref() && value != spec->get_default())
-        tell_fixed(key, value, spec->get_default());
+void cBrokenRules::tell(BrokenRule const &broken) {
+    if (broken.rule == Rule::declared) return tell_undeclared(broken.key);
+    if (is_mistaken(broken.key)) return;
+    if (broken.rule == Rule::required) tell_void(broken.key);
+    if (broken.rule == Rule::type) tell_type(broken);
+    if (broken.rule == Rule::fixed) tell_fixed(broken);
 }
 
 void cBrokenRules::tell_undeclared(objref const &key) {
@@ -72,37 +66,35 @@ void cBrokenRules::tell_undeclared(objref const &key) {
 }
 
 void cBrokenRules::tell_void(objref const &key) {
-    if (is_mistaken(key)) return;
     cSource::cEntry const *const entry = entry_of(key);
     add(entry ? entry->place : place_, key,
         "required key " + quoted(key) + " of type " + name_of(type_) +
             (entry ? " is nil" : " is missing"));
 }
 
-void cBrokenRules::tell_type(objref const &key, cTypeObj const &expected, objref const &value) {
-    if (is_mistaken(key)) return;
-    cSource::cEntry const *const entry = entry_of(key);
-    if (!entry && has_wrong_default(key)) return;
-    add(entry ? entry->place : place_, key,
-        "key " + quoted(key) + " of type " + name_of(type_) + " must be " +
+void cBrokenRules::tell_type(BrokenRule const &broken) {
+    cSource::cEntry const *const entry = entry_of(broken.key);
+    if (!entry && has_wrong_default(broken.key)) return;
+    auto const &expected = static_cast<cTypeObj const &>(*broken.expected);
+    add(entry ? entry->place : place_, broken.key,
+        "key " + quoted(broken.key) + " of type " + name_of(type_) + " must be " +
             with_article(expected.name()) + ", not " +
-            (value ? kind_of(value) : std::string("nothing")));
+            (broken.actual ? kind_of(broken.actual) : std::string("nothing")));
 }
 
-void cBrokenRules::tell_fixed(objref const &key, objref const &value, objref const &fixed) {
-    if (is_mistaken(key)) return;
-    cSource::cEntry const *const entry = entry_of(key);
+void cBrokenRules::tell_fixed(BrokenRule const &broken) {
+    cSource::cEntry const *const entry = entry_of(broken.key);
     bool const told = std::exchange(unreadable_, true);
     std::string const why = "only the default itself is valid, and reading creates a copy";
-    if (entry && image_of(value) != image_of(fixed))
-        add(entry->place, key,
-            "key " + quoted(key) + " of type " + name_of(type_) + " is fixed to " + shown(fixed) +
-                ", not " + shown(value) +
+    if (entry && image_of(broken.actual) != image_of(broken.expected))
+        add(entry->place, broken.key,
+            "key " + quoted(broken.key) + " of type " + name_of(type_) + " is fixed to " +
+                shown(broken.expected) + ", not " + shown(broken.actual) +
                 (told ? "" : "; and no object of the type can be read: " + why));
     else if (!told)
-        add(place_, key,
-            "no object of type " + name_of(type_) + " can be read, because its key " + quoted(key) +
-                " is #FIXED: " + why);
+        add(place_, broken.key,
+            "no object of type " + name_of(type_) + " can be read, because its key " +
+                quoted(broken.key) + " is #FIXED: " + why);
 }
 
 // The last one of that key, which decides.
@@ -138,6 +130,11 @@ void cBrokenRules::add(cPlace place, objref const &key, std::string const &text,
                      hint;
     }
     found_.push_back(std::move(error));
+}
+
+cTypeObj const *known_type(std::string const &name) {
+    cAttrNode const *const node = cat::typemap().datamap().find(name);
+    return node ? dynamic_cast<cTypeObj const *>(node->valref().get()) : nullptr;
 }
 
 // --- pieces of messages ---

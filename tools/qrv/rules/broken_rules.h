@@ -1,7 +1,8 @@
 #pragma once
-// The rules of its type that one attribute set breaks.
+// The rules of its type that one attribute set breaks, as errors at its entries.
 
 #include "qrv/core/ctypeobj.h"
+#include "qrv/edit/crules.h"
 #include "qrv/text/read/creadreport.h"
 #include "tools/qrv/rules/source.h"
 
@@ -20,11 +21,11 @@ class cBrokenRules {
     void tell(); // all of them, in the order of the file   O(the object's text)
 
   private:
-    void test(objref const &key, objref const &value);
+    void tell(qrv::edit::BrokenRule const &broken);
     void tell_undeclared(objref const &key);
     void tell_void(objref const &key);
-    void tell_type(objref const &key, cTypeObj const &expected, objref const &value);
-    void tell_fixed(objref const &key, objref const &value, objref const &fixed);
+    void tell_type(qrv::edit::BrokenRule const &broken);
+    void tell_fixed(qrv::edit::BrokenRule const &broken);
     cSource::cEntry const *entry_of(objref const &key) const;
     bool is_mistaken(objref const &key) const;
     bool has_wrong_default(objref const &key) const;
@@ -44,7 +45,8 @@ class cBrokenRules {
     bool unreadable_ = false; // told that no object of the type can be read
 };
 
-bool has_room(cat::ReadReport const &report); // for an error more
+bool has_room(cat::ReadReport const &report);        // for an error more
+cTypeObj const *known_type(std::string const &name); // registered under it; null if none is
 
 // Pieces of messages: ", declared at 3:5" or nothing, "3:5", "; did you mean 'x'?" or nothing.
 std::string declared_at(std::optional<cPlace> place);

@@ -14,11 +14,6 @@
 
 namespace {
 
-cTypeObj const *known_type(std::string const &name) {
-    cAttrNode const *const node = cat::typemap().datamap().find(name);
-    return node ? dynamic_cast<cTypeObj const *>(node->valref().get()) : nullptr;
-}
-
 // Choices, their declaration, and scalars: nothing is read behind the first value.
 bool takes_one_value(std::string const &name) {
     cTypeObj const *const type = known_type(name);

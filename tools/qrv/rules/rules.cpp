@@ -20,11 +20,6 @@ bool is_unread(cat::ReadError const &error) {
     return error.kind == ErrorKind::read_value || error.kind == ErrorKind::read_key;
 }
 
-cTypeObj const *known_type(std::string const &name) {
-    cAttrNode const *const node = cat::typemap().datamap().find(name);
-    return node ? dynamic_cast<cTypeObj const *>(node->valref().get()) : nullptr;
-}
-
 cPlace place_of(cat::ReadError const &error) { return {error.line, error.column}; }
 
 } // namespace

@@ -1,0 +1,161 @@
+// Every command when memory runs out, at one allocation after another: it exits with 2 and one
+// message, prints nothing else, and a file that it writes is the old one or the new one.
+//
+// QRV_ALLOCATIONS is how many allocations of each command are tried; without it few are.
+// This file replaces the global allocation functions. Each run is in a copy of the process.
+
+#include "tests/support/fixture.h"
+#include "tests/support/memory_file.h"
+#include "tests/support/sanitized.h"
+#include "tests/tool/tool_run.h"
+#include "tools/qrv/commands/command_line.h"
+#include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/no_memory.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr long endless = 1000000000;
+long allocations_left = endless;
+
+} // namespace
+
+void *operator new(std::size_t size) {
+    for (;;) {
+        if (allocations_left > 0)
+            if (void *const memory = std::malloc(size ? size : 1)) {
+                --allocations_left;
+                return memory;
+            }
+        std::new_handler const handler = std::get_new_handler();
+        if (!handler) throw std::bad_alloc();
+        handler();
+    }
+}
+void *operator new(std::size_t size, std::nothrow_t const &) noexcept {
+    return operator new(size); // the handler of the tool does not throw
+}
+void operator delete(void *memory) noexcept { std::free(memory); }
+void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+using tool_test::cRun;
+
+class NoMemory : public tool_test::Tool {
+  protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(test::listening()); }
+    NoMemory() {
+        write("f", "// Pixels\n{Pixel= attlist(x= attspec(type= int; flag= #REQUIRED));\n"
+                   " a= Pixel(x= 1); // first\n b= [1, 2, #cRef(/a)]; c= {d= text}}\n");
+        write("g", "{b= [3]; new= \"a string that is not short\"; c= {e= 0x10}}\n");
+        write("broken", "{Pixel= attlist(x= attspec(type= int)); a= Pixel(y= 1); b= ; c= [1}\n");
+        write("j", R"({"a": [1, 2.5, null, "a string that is not short"], "b": {"c": true}})");
+    }
+
+    // Runs the command, with so many allocations. Those that are left come back.
+    cRun run_with(long &allocations, std::vector<char const *> arguments) const {
+        test::cMemory const out(""), err(""), left("");
+        arguments.insert(arguments.begin(), "qrv");
+        pid_t const copy = ::fork();
+        if (copy == 0) {
+            if (::chdir(folder_.c_str()) != 0 || ::dup2(out.descriptor(), STDOUT_FILENO) < 0 ||
+                ::dup2(err.descriptor(), STDERR_FILENO) < 0)
+                ::_exit(127);
+            end_when_memory_ends();
+            allocations_left = allocations;
+            int const status =
+                run_command_line(static_cast<int>(arguments.size()), arguments.data());
+            long const rest = std::exchange(allocations_left, endless);
+            if (::write(left.descriptor(), &rest, sizeof rest) != sizeof rest) ::_exit(126);
+            ::_exit(status);
+        }
+        int status = 0;
+        ::waitpid(copy, &status, 0);
+        std::string const rest = left.bytes();
+        allocations = 0;
+        if (rest.size() == sizeof allocations) std::memcpy(&allocations, rest.data(), rest.size());
+        return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), out.bytes(),
+                err.bytes()};
+    }
+
+    static long runs_of_each() {
+        char const *const given = std::getenv("QRV_ALLOCATIONS");
+        return given ? std::atol(given) : test::sanitized ? 5 : 25;
+    }
+
+    // `written`: the file that the command replaces. `files`: those that the message may name.
+    void sweep(std::vector<char const *> const &arguments, std::vector<std::string> const &files,
+               char const *written = nullptr) const {
+        std::string const old = written ? read(written) : "";
+        long left = endless;
+        cRun const whole = run_with(left, arguments);
+        EXPECT_LE(whole.status, exit_found) << whole.err;
+        long const all = endless - left;
+        EXPECT_GT(all, 100);
+        std::string const changed = written ? read(written) : "";
+        EXPECT_TRUE(!written || changed != old);
+        long const runs = runs_of_each();
+        bool some_named = files.empty();
+        for (long n = all - 1; n >= 0; n -= 1 + all / runs) {
+            if (written) write(written, old);
+            left = n;
+            cRun const run = run_with(left, arguments);
+            ASSERT_EQ(run.status, exit_failed) << n << run.err;
+            ASSERT_EQ(run.out, "") << n;
+            bool named = false;
+            for (std::string const &file : files)
+                named = named || run.err == file + ": error: out of memory\n";
+            ASSERT_TRUE(named || run.err == "qrv: error: out of memory\n") << n << run.err;
+            some_named = some_named || named;
+            std::string const now = written ? read(written) : "";
+            ASSERT_TRUE(!written || now == old || now == changed) << n << now;
+        }
+        EXPECT_TRUE(some_named);
+    }
+};
+
+TEST_F(NoMemory, ends_reading) {
+    sweep({"check", "f"}, {"f"});
+    sweep({"check", "broken"}, {"broken"});
+    sweep({"get", "f", "c/d"}, {"f"});
+    sweep({"find", "f", "text"}, {"f"});
+    sweep({"where", "f", "c/d"}, {"f"});
+    sweep({"at", "f", "3:2"}, {"f"});
+    sweep({"explain", "f", "a"}, {"f"});
+    sweep({"tokens", "f"}, {"f"});
+    sweep({"types", "f"}, {"f"});
+}
+
+TEST_F(NoMemory, ends_the_list_of_types_in_its_process) { sweep({"types"}, {}); }
+
+TEST_F(NoMemory, ends_the_work_of_modules_in_its_process) {
+    std::string const module = test::binary_file("bin/modules/colour");
+    sweep({"--module", module.c_str(), "check", "f"}, {"f"});
+    sweep({"--module", module.c_str(), "fmt", "-i", "f"}, {"f"}, "f");
+}
+
+TEST_F(NoMemory, ends_writing) {
+    sweep({"fmt", "f"}, {"f"});
+    sweep({"fmt", "--canonical", "f"}, {"f"});
+    sweep({"fmt", "--diff", "f"}, {"f"});
+    sweep({"set", "f", "c/d = word"}, {"f"});
+    sweep({"merge", "f", "g"}, {"f", "g"});
+    sweep({"to-json", "g"}, {"g"});
+    sweep({"from-json", "j"}, {"j"});
+}
+
+TEST_F(NoMemory, leaves_a_file_old_or_new) {
+    sweep({"fmt", "-i", "f"}, {"f"}, "f");
+    write("f", "// one\n{a= 1; // two\n b= [1, 2]}\n");
+    sweep({"set", "-i", "f", "b/0 = 7; c = word"}, {"f"}, "f");
+    sweep({"set", "-i", "--reformat", "--force", "f", "b/0 = 8"}, {"f"}, "f");
+    sweep({"del", "-i", "f", "a"}, {"f"}, "f");
+    sweep({"merge", "-i", "--force", "f", "g"}, {"f", "g"}, "f");
+    sweep({"from-json", "-o", "f", "j"}, {"f", "j"}, "f");
+}
+
+} // namespace
