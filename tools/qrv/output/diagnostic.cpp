@@ -1,5 +1,7 @@
 #include "tools/qrv/output/diagnostic.h"
 
+#include "tools/qrv/output/excerpt.h"
+
 #include <cstdio>
 
 namespace {
@@ -39,6 +41,7 @@ std::string text_of(cDiagnostic const &diagnostic) {
     bool const is_error = diagnostic.severity == cDiagnostic::error;
     std::string lines = line_of(diagnostic.file, diagnostic.place, is_error ? "error" : "warning",
                                 diagnostic.text + label_of(diagnostic));
+    lines += excerpt_of(diagnostic);
     for (cNote const &note : diagnostic.notes)
         lines += line_of(diagnostic.file, note.place, "note", note.text);
     if (diagnostic.following > 0)
