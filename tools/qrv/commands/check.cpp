@@ -56,7 +56,7 @@ void add_arguments(cArguments &arguments, cOptions &options) {
     add_max_errors(arguments, options.max_errors);
 }
 
-cCommand const command(70, "check", "Report every mistake in a file", help,
+cCommand const command(70, "check", "Report every error of a file", help,
                        define<cOptions, add_arguments, run>);
 
 } // namespace

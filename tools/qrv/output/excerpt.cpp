@@ -40,10 +40,12 @@ std::string blanks_for(std::string const &text) {
 
 void add_source(std::string const &bytes, cLines const &lines, cDiagnostic &diagnostic) {
     if (diagnostic.place.line == 0) return;
-    diagnostic.begin = lines.offset(diagnostic.place);
-    diagnostic.end = end_of_token(bytes, diagnostic.begin);
+    if (diagnostic.begin == diagnostic.end) {
+        diagnostic.begin = lines.offset(diagnostic.place);
+        diagnostic.end = end_of_token(bytes, diagnostic.begin);
+    }
     std::string_view const line = lines.line(diagnostic.place.line);
-    size_t mark = std::min<size_t>(diagnostic.place.column - 1, line.size());
+    size_t const mark = std::min<size_t>(diagnostic.place.column - 1, line.size());
     size_t begin = line.size() <= widest ? 0 : mark - std::min(mark, before_mark);
     while (begin > 0 && continues_character(line[begin])) --begin;
     size_t end = std::min(line.size(), begin + widest);

@@ -9,7 +9,7 @@
 #include "tools/qrv/output/diagnostic.h"
 #include "tools/qrv/output/lines.h"
 
-// Fills the bytes and the line of a diagnostic that has a position.
+// Fills the line of a diagnostic that has a position, and its bytes where they are not known.
 void add_source(std::string const &bytes, cLines const &lines, cDiagnostic &diagnostic);
 
 // Two lines, or nothing: without a terminal as standard error, and for what has no line.

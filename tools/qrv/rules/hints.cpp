@@ -62,6 +62,9 @@ constexpr cSlip slips[] = {
     {KEY "([-+*/|&]=)", "a file cannot change a value with $1: write = and the new value"},
     {"^\\s*" WORD "[ \\t]+()(?:[0-9\"']|" WORD ";)[^=]*$", "write = between a key and its value"},
 
+    // --- a delimiter that is missing before the next key ---
+    {"=\\s*(?:" WORD "|" NUMBER "|" QUOTED ")()[ \\t]+" WORD "\\s*=", "a ; is missing here"},
+
     // --- keys ---
     {START "(" WORD "(?:-[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a dash needs quotes: \"$1\""},
     {START "(" WORD "(?:\\.[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a dot needs quotes: \"$1\""},
@@ -128,7 +131,6 @@ constexpr cSlip slips[] = {
      "write a word with letters outside of ASCII in quotes: \"$1\""},
 
     // --- between values ---
-    {"=\\s*(?:" WORD "|" NUMBER "|" QUOTED ")()[ \\t]+" WORD "\\s*=", "a ; is missing here"},
     {"=\\s*(" WORD "(?:[ \\t]+" WORD ")+)", "write text with blanks in quotes: \"$1\""},
     {"[A-Za-z_0-9\"]()\\s*\\|", "write ; or , between values"},
     {"[A-Za-z_0-9\"](:)\\s", "write ; or , between values, or = after a key"},

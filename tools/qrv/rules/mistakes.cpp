@@ -32,7 +32,8 @@ class cGroups {
 
     std::vector<cMistake> mistakes() {
         for (size_t i = unread_; i < all_.size(); ++i)
-            if (is_unclosed(all_[i])) unclosed_.push_back(i);
+            if (is_unclosed(all_[i]) || all_[i].kind == ErrorKind::read_too_deep)
+                unclosed_.push_back(i);
         std::stable_sort(unclosed_.begin(), unclosed_.end(),
                          [&](size_t a, size_t b) { return begin_of(all_[a]) < begin_of(all_[b]); });
         join_out_of_step();
@@ -96,6 +97,7 @@ class cGroups {
     // The last that is opened inside the outer one.
     void join_unclosed() {
         for (size_t const outer : unclosed_) {
+            if (!is_unclosed(all_[outer])) continue;
             auto const after =
                 std::upper_bound(unclosed_.begin(), unclosed_.end(), end_of(all_[outer]),
                                  [&](cPlace place, size_t i) { return place < begin_of(all_[i]); });
@@ -149,7 +151,7 @@ class cGroups {
     size_t const unread_;          // number of those that come first
     std::vector<bool> to_the_end_; // for each of these
     std::vector<size_t> cause_;
-    std::vector<size_t> unclosed_; // by position
+    std::vector<size_t> unclosed_; // by position; also where brackets are too deep
 };
 
 } // namespace
