@@ -167,7 +167,9 @@ TEST_F(ToolFmtInPlace, never_writes_plain_text_that_does_not_come_back) {
 TEST_F(ToolFmtInPlace, leaves_a_file_with_errors_even_if_forced) {
     write("f", "{a=1 b=2}");
     EXPECT_EQ(in_place({"--force"}),
-              (cRun{2, "", "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"}));
+              (cRun{2, "",
+                    "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"
+                    "f:1:5: note: a ; is missing here\n"}));
     EXPECT_EQ(read("f"), "{a=1 b=2}");
 }
 

@@ -55,7 +55,7 @@ TEST_F(ToolFmt, reads_the_standard_input) {
     EXPECT_EQ(run({"fmt", "-"}, {.input = "{a=1}"}), good("{a= 1; }\n"));
     EXPECT_EQ(run({"fmt", "--check", "-"}, {.input = "{a=1}"}),
               (cRun{1, "-:1: would change\n- {a=1}\n+ {a= 1; }\n", ""}));
-    EXPECT_EQ(run({"fmt", "-"}, {.input = "{a="}).err.substr(0, 21), "-:1:1: error: Map is ");
+    EXPECT_EQ(run({"fmt", "-"}, {.input = "{a="}).err.substr(0, 21), "-:1:4: error: Pattern");
     write("f", "[1]");
     EXPECT_EQ(run({"fmt", "f", "-"}, {.input = "2"}), good("[1, ]\n2\n"));
 }
@@ -225,22 +225,26 @@ TEST_F(ToolFmt, a_file_without_a_value) {
     EXPECT_EQ(fmt("// only\n/* comments */\n"), none);
     EXPECT_EQ(fmt("]"), none);
     EXPECT_EQ(fmt(";"), none);
-    EXPECT_EQ(fmt("\xEF\xBB\xBF"), (cRun{2, "",
-                                         "f:1:1: error: byte 0xef outside of strings and comments\n"
-                                         "f: error: the file contains no value\n"}));
+    EXPECT_EQ(fmt("\xEF\xBB\xBF"),
+              (cRun{2, "",
+                    "f:1:1: error: byte 0xef outside of strings and comments\n"
+                    "f:1:1: note: this is an invisible character: delete it\n"}));
     EXPECT_EQ(fmt("\xEF\xBB\xBF{a=1;}"), fmt("\xEF\xBB\xBF"));
 }
 
 TEST_F(ToolFmt, a_file_that_does_not_read_cleanly_is_not_written) {
     EXPECT_EQ(fmt("{a=1 // open\n b=2}"),
-              (cRun{2, "", "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"}));
+              (cRun{2, "",
+                    "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"
+                    "f:1:5: note: a ; is missing here\n"}));
     EXPECT_EQ(fmt("{a=1; /* open }"), (cRun{2, "",
-                                            "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
-                                            "f:1:16: note: the text ends here\n"
-                                            "f:1:7: error: this comment is not closed\n"}));
+                                            "f:1:7: error: this comment is not closed\n"
+                                            "f:1:7: note: 1 more error follows from it\n"}));
     EXPECT_EQ(fmt("{a=1} /* open"), (cRun{2, "", "f:1:7: error: this comment is not closed\n"}));
     EXPECT_EQ(run_on("{a=1 b=2}", {"fmt", "--check"}),
-              (cRun{2, "", "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"}));
+              (cRun{2, "",
+                    "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"
+                    "f:1:5: note: a ; is missing here\n"}));
 }
 
 } // namespace

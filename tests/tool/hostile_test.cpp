@@ -14,7 +14,7 @@ class ToolHostile : public tool_test::Tool {
   protected:
     // What `check` tells, a line or two for each of a hundred errors.
     std::string all_told(std::string const &text) const {
-        cRun const check = run_on(text, {"check"});
+        cRun const check = run_on(text, {"check", "--all"});
         EXPECT_EQ(check.status, 1);
         EXPECT_EQ(check.out, "");
         EXPECT_LE(std::count(check.err.begin(), check.err.end(), '\n'), 201);

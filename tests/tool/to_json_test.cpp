@@ -257,7 +257,7 @@ TEST_F(ToolToJson, a_file_that_does_not_read_cleanly_gives_nothing) {
     EXPECT_EQ(convert("{a=1;b=foo(2)}"), (cRun{2, "",
                                                "-:1:8: error: Value with unknown type='foo "
                                                "[0x40000005]\n"
-                                               "-:1:8: error: Cannot insert key =b\n"}));
+                                               "-:1:8: note: 1 more error follows from it\n"}));
     EXPECT_EQ(convert(""), (cRun{2, "", "-: error: the file contains no value\n"}));
     EXPECT_EQ(run({"to-json", "nowhere"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));

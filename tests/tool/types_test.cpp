@@ -114,7 +114,7 @@ TEST_F(ToolTypes, of_a_bad_file_are_not_listed) {
     EXPECT_EQ(run_on("{a= Nope(1)}", {"types"}),
               (cRun{2, "",
                     "f:1:5: error: Value with unknown type='Nope [0x40000005]\n"
-                    "f:1:5: error: Cannot insert key =a\n"}));
+                    "f:1:5: note: 1 more error follows from it\n"}));
     EXPECT_EQ(run({"types", "none"}),
               (cRun{2, "", "none: error: cannot read: No such file or directory\n"}));
     EXPECT_EQ(run({"types", "--format=xml"}).status, 2);

@@ -58,10 +58,13 @@ cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &wor
     cReply const reply = apart(file, [&](cReply &r) {
         cMessages messages(file, max_errors);
         std::string bytes;
-        if (read_bytes(file, bytes, messages)) work(bytes, messages, r);
-        r.messages.insert(0, messages.text());
+        if (read_bytes(file, bytes, messages)) {
+            messages.source(bytes);
+            work(bytes, messages, r);
+        }
+        r.found = messages.findings();
     });
-    put_lines(reply.messages);
+    put_messages(reply);
     return reply;
 }
 

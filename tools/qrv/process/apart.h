@@ -6,5 +6,5 @@
 #include "tools/qrv/process/worker.h"
 
 // Runs the work on the file of that name in a cat::TypeScope, or in a child process if modules are
-// loaded, and returns its reply. An exception is an error in `messages`, with status exit_failed.
+// loaded, and returns its reply. An exception is an error in `found`, with status exit_failed.
 cReply apart(std::string const &name, std::function<void(cReply &)> const &work);
