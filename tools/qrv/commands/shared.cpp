@@ -59,9 +59,9 @@ cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &wor
         cMessages messages(file, max_errors);
         std::string bytes;
         if (read_bytes(file, bytes, messages)) work(bytes, messages, r);
-        r.messages.insert(0, messages.text());
+        r.found = messages.findings();
     });
-    put_lines(reply.messages);
+    put_messages(reply);
     return reply;
 }
 

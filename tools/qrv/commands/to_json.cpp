@@ -50,7 +50,7 @@ int status_of(cMessages const &messages, bool strict) {
 }
 
 void convert(cOptions const &options, cRead const &file, cReply &reply) {
-    if (options.strict) file.messages.call_warnings("error");
+    if (options.strict) file.messages.warnings_are_errors();
     cJsonForm const form{options.indent, options.compact, longest_text_from(file.bytes.size())};
     reply.text = json_text(file.value, form, file.messages) + "\n";
     tell_lost_text(file.reading, file.bytes, file.messages);

@@ -36,8 +36,7 @@ struct cTask {
     enum cWay : unsigned char { anew, spliced, formatted } way = anew;
 };
 
-// Reads a text, changes the value and writes it. Status: is the reply's text the new one? `extra`:
-// the error about text behind the value.
+// Reads a text, changes the value and writes it. Status: is the reply's text the new one?
 void rewrite_text(std::string const &text, cTask const &task, size_t first_number,
                   cMessages &messages, cReply &reply) {
     cReading const reading = read_value(text, messages);
@@ -45,11 +44,7 @@ void rewrite_text(std::string const &text, cTask const &task, size_t first_numbe
     reply.text = written(reading.value, head_of(text), task.options.canonical, messages);
     bool const all_written = messages.count() == 0;
     if (all_written) reply.image = image_of(reading.value);
-    if (reading.behind) {
-        cMessages behind(messages.name(), 1);
-        behind.error(*reading.behind, "text after the first value would be lost");
-        reply.extra = behind.lines();
-    }
+    reply.after = reading.behind.value_or(no_place);
     reply.status = exit_done;
 }
 
@@ -66,10 +61,9 @@ cReply first_reading(std::string const &bytes, cTask const &task, cMessages &mes
     cReply const reply = apart(messages.name(), [&](cReply &r) {
         cMessages told(messages.name(), messages.limit());
         rewrite_text(bytes, task, 0, told, r);
-        r.messages += told.lines();
-        r.errors = told.count();
+        r.found = told.findings();
     });
-    messages.take(reply.messages, reply.errors);
+    messages.take(reply.found);
     return reply;
 }
 
@@ -113,7 +107,7 @@ bool read_back(std::string const &text, std::string const &image, cWriteOptions 
 void work(std::string const &name, cTask const &task, cReply &reply) {
     cMessages messages(name, task.options.max_errors);
     if (!read_bytes(name, reply.extra, messages)) {
-        reply.messages = messages.text();
+        reply.found = messages.findings();
         return;
     }
     if (task.way == cTask::formatted) {
@@ -128,15 +122,17 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
         reply.comes_back = reply.status == exit_done;
     } else {
         cReply const first = first_reading(reply.extra, task, messages);
+        reply.messages = first.messages;
         if (first.status == exit_done) {
             reply.text = first.text;
             if (reply.text != reply.extra) tell_lost_comments(reply.extra, task, messages);
-            messages.take(first.extra, first.extra.empty() ? 0 : 1);
+            if (first.after != no_place)
+                messages.error(first.after, "text after the first value would be lost");
             reply.comes_back = read_back(reply.text, first.image, task.options, messages);
             reply.status = messages.count() == 0 ? exit_done : exit_found;
         }
     }
-    reply.messages += messages.text();
+    reply.found = messages.findings();
 }
 
 int refuse(std::string const &name, std::string const &why) {
@@ -187,7 +183,7 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     bool const reads_target = !target.name().empty() && is_same_file(name, target.name());
     if (reads_target && !target.lock()) return exit_failed;
     cReply const reply = apart(name, [&](cReply &r) { work(name, {options, made, way}, r); });
-    put_lines(reply.messages);
+    put_messages(reply);
     if (reply.status == exit_failed) return exit_failed;
     // The plain writer's bytes may not be readable: a loss that was told, but nothing to keep.
     bool const plain_output = options.canonical && !options.in_place;

@@ -25,8 +25,8 @@ cReply changed_text(std::string const &bytes, cChange const &change, cMessages c
                 reply.status = exit_done;
             } catch (cRefused const &) { // the reasons are in `told`
             }
-        reply.messages = messages.lines() + told;
-        reply.errors = messages.count();
+        reply.found = messages.findings();
+        reply.messages = told;
         if (reply.status == exit_done) reply.image = image_of(reading.value);
     });
 }
@@ -45,7 +45,8 @@ std::string fingerprint_of(std::string const &text, std::string const &name) {
 
 void splice(std::string const &bytes, cChange const &change, cMessages &messages, cReply &reply) {
     cReply const changed = changed_text(bytes, change, messages);
-    messages.take(changed.messages, changed.errors);
+    messages.take(changed.found);
+    reply.messages = changed.messages;
     if (changed.status != exit_done) return;
     reply.text = changed.text;
     if (changed.image != fingerprint_of(changed.text, messages.name()))

@@ -1,7 +1,6 @@
 #include "tools/qrv/output/messages.h"
 
-#include <algorithm>
-#include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -10,26 +9,7 @@ constexpr size_t longest_text = 400;
 // Does the byte go on with a character of several bytes?
 bool goes_on(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
-bool is_control(char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == 127; }
-
-std::string coded(unsigned code) {
-    if (code == 0) return "";
-    char text[16];
-    std::snprintf(text, sizeof text, " [0x%08x]", code);
-    return text;
-}
-
 } // namespace
-
-std::string without_controls(std::string const &text) {
-    std::string shown;
-    for (char c : text) {
-        char hex[8];
-        std::snprintf(hex, sizeof hex, "\\x%02x", static_cast<unsigned>(c));
-        shown += is_control(c) ? std::string(hex) : std::string(1, c);
-    }
-    return shown;
-}
 
 cPlace behind(cPlace place, std::string const &text, size_t count) {
     for (size_t i = 0; i < count; ++i) {
@@ -54,58 +34,43 @@ std::string with_short_path(std::string text, std::string const &path) {
     return at == text.npos ? text : text.replace(at, path.size(), shortened(path));
 }
 
-std::string cMessages::at(cPlace place) const {
-    return name_ + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
+bool cMessages::has_room(size_t shown, size_t more) const {
+    return more == 0 && shown < static_cast<size_t>(limit_);
 }
 
-void cMessages::add(std::string const &where, std::string const &text) {
-    lines_ += without_controls(where + ": " + text) + "\n";
+void cMessages::add(cDiagnostic diagnostic) {
+    bool const is_error = diagnostic.severity == cDiagnostic::error;
+    size_t &shown = is_error ? errors_ : warnings_;
+    size_t &more = is_error ? findings_.more_errors : findings_.more_warnings;
+    if (!has_room(shown, more)) {
+        ++more;
+        return;
+    }
+    ++shown;
+    if (findings_.strict) diagnostic.severity = cDiagnostic::error;
+    diagnostic.file = findings_.file;
+    diagnostic.text = shortened(diagnostic.text, longest_text);
+    findings_.diagnostics.push_back(std::move(diagnostic));
 }
 
-bool cMessages::has_room(cTally const &tally) const {
-    return tally.beyond == 0 && tally.told < static_cast<size_t>(limit_);
-}
-
-bool cMessages::may_tell(cTally &tally) const {
-    bool const told = has_room(tally);
-    ++(told ? tally.told : tally.beyond);
-    return told;
-}
-
-void cMessages::add_error(std::string const &where, std::string const &text, unsigned code) {
-    if (may_tell(errors_)) add(where, "error: " + shortened(text, longest_text) + coded(code));
-}
-
-void cMessages::add_warning(std::string const &where, std::string const &text) {
-    if (may_tell(warnings_)) add(where, warning_ + ": " + shortened(text, longest_text));
-}
-
-void cMessages::error(std::string const &text, unsigned code) { add_error(name_, text, code); }
+void cMessages::error(std::string const &text, unsigned code) { error(no_place, text, code); }
 
 void cMessages::error(cPlace place, std::string const &text, unsigned code) {
-    add_error(at(place), text, code);
+    add({.code = code, .place = place, .text = text});
 }
 
-void cMessages::warning(std::string const &text) { add_warning(name_, text); }
+void cMessages::warning(std::string const &text) { warning(no_place, text); }
 
-void cMessages::warning(cPlace place, std::string const &text) { add_warning(at(place), text); }
+void cMessages::warning(cPlace place, std::string const &text) {
+    add({.severity = cDiagnostic::warning, .place = place, .text = text});
+}
 
 void cMessages::note(cPlace place, std::string const &text) {
-    if (errors_.beyond == 0) add(at(place), "note: " + text);
+    if (findings_.more_errors == 0) findings_.diagnostics.back().notes.push_back({place, text});
 }
 
-void cMessages::take(std::string const &lines, size_t count) {
-    size_t const told = std::min(count, static_cast<size_t>(limit_) - errors_.told);
-    if (told > 0 || count == 0) lines_ += lines;
-    errors_.told += told;
-    errors_.beyond += count - told;
-}
-
-std::string cMessages::text() const {
-    auto const more = [this](std::string const &kind, cTally const &tally) {
-        if (tally.beyond == 0) return std::string();
-        return without_controls(name_) + ": " + kind + ": " + std::to_string(tally.beyond) +
-               " more\n";
-    };
-    return lines_ + more(warning_, warnings_) + more("error", errors_);
+void cMessages::take(cFindings const &findings) {
+    for (cDiagnostic const &diagnostic : findings.diagnostics) add(diagnostic);
+    findings_.more_errors += findings.more_errors;
+    findings_.more_warnings += findings.more_warnings;
 }

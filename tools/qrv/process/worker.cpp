@@ -6,9 +6,10 @@
 #include "tools/qrv/output/thrown.h"
 
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
+#include <string_view>
 #include <sys/wait.h>
+#include <type_traits>
 #include <unistd.h>
 
 #ifdef QRV_COVERAGE
@@ -17,38 +18,95 @@ extern "C" void __gcov_dump();
 
 namespace {
 
-// A reply on the pipe: status and flag, the count, then each text behind its length.
-std::string packed(cReply const &reply) {
-    std::string bytes{static_cast<char>(reply.status), static_cast<char>(reply.comes_back)};
-    bytes.append(reinterpret_cast<char const *>(&reply.errors), sizeof reply.errors);
-    for (std::string const *text : {&reply.text, &reply.messages, &reply.extra, &reply.image}) {
-        std::uint64_t const size = text->size();
-        bytes.append(reinterpret_cast<char const *>(&size), sizeof size);
-        bytes += *text;
-    }
-    return bytes;
+// What a reply and its parts are made of, in one list for both directions.
+template <class Pipe> void fields(Pipe &pipe, cPlace &place) { pipe(place.line, place.column); }
+
+template <class Pipe> void fields(Pipe &pipe, cNote &note) { pipe(note.place, note.text); }
+
+template <class Pipe> void fields(Pipe &pipe, cDiagnostic &d) {
+    pipe(d.severity, d.name, d.code, d.file, d.place, d.begin, d.end, d.text, d.notes, d.following);
 }
 
-bool unpack_text(std::string const &bytes, size_t &at, std::string &text) {
-    std::uint64_t size = 0;
-    if (bytes.size() - at < sizeof size) return false;
-    std::memcpy(&size, bytes.data() + at, sizeof size);
-    at += sizeof size;
-    if (bytes.size() - at < size) return false;
-    text.assign(bytes, at, size);
-    at += size;
-    return true;
+template <class Pipe> void fields(Pipe &pipe, cFindings &found) {
+    pipe(found.file, found.diagnostics, found.more_errors, found.more_warnings, found.strict);
+}
+
+template <class Pipe> void fields(Pipe &pipe, cReply &reply) {
+    pipe(reply.status, reply.text, reply.found, reply.messages, reply.extra, reply.after,
+         reply.image, reply.comes_back);
+}
+
+template <class T>
+concept cPlain = std::is_arithmetic_v<T> || std::is_enum_v<T>;
+
+// Texts and lists come after their sizes.
+class cPacker {
+  public:
+    template <class... T> void operator()(T &...parts) { (add(parts), ...); }
+    std::string take() { return std::move(bytes_); }
+
+  private:
+    void add(cPlain auto part) {
+        bytes_.append(reinterpret_cast<char const *>(&part), sizeof part);
+    }
+    void add(std::string &text) {
+        add(text.size());
+        bytes_ += text;
+    }
+    template <class T> void add(std::vector<T> &list) {
+        add(list.size());
+        for (T &part : list) add(part);
+    }
+    template <class T>
+    requires(!cPlain<T>) void add(T &part) { fields(*this, part); }
+
+    std::string bytes_;
+};
+
+class cUnpacker {
+  public:
+    explicit cUnpacker(std::string_view bytes) : rest_(bytes) {}
+    template <class... T> void operator()(T &...parts) { (get(parts), ...); }
+    bool is_done() const { return good_ && rest_.empty(); }
+
+  private:
+    std::string_view next(size_t size) {
+        good_ = good_ && size <= rest_.size();
+        std::string_view const part = good_ ? rest_.substr(0, size) : std::string_view();
+        rest_.remove_prefix(part.size());
+        return part;
+    }
+    template <cPlain T> void get(T &part) {
+        std::string_view const bytes = next(sizeof part);
+        if (good_) std::memcpy(&part, bytes.data(), sizeof part);
+    }
+    void get(std::string &text) {
+        size_t size = 0;
+        get(size);
+        text = next(size);
+    }
+    template <class T> void get(std::vector<T> &list) {
+        size_t count = 0;
+        get(count);
+        for (size_t i = 0; good_ && i < count; ++i) get(list.emplace_back());
+    }
+    template <class T>
+    requires(!cPlain<T>) void get(T &part) { fields(*this, part); }
+
+    std::string_view rest_;
+    bool good_ = true;
+};
+
+std::string packed(cReply &reply) {
+    cPacker pipe;
+    fields(pipe, reply);
+    return pipe.take();
 }
 
 bool unpack(std::string const &bytes, cReply &reply) {
-    size_t at = 2 + sizeof reply.errors;
-    if (bytes.size() < at) return false;
-    reply.status = static_cast<unsigned char>(bytes[0]);
-    reply.comes_back = bytes[1] != 0;
-    std::memcpy(&reply.errors, bytes.data() + 2, sizeof reply.errors);
-    for (std::string *text : {&reply.text, &reply.messages, &reply.extra, &reply.image})
-        if (!unpack_text(bytes, at, *text)) return false;
-    return at == bytes.size();
+    cUnpacker pipe(bytes);
+    fields(pipe, reply);
+    return pipe.is_done();
 }
 
 std::string read_all(int descriptor) {
@@ -85,9 +143,12 @@ std::string cause_of_death(int status) {
 
 } // namespace
 
+void put_messages(cReply const &reply) { put_lines(text_of(reply.found) + reply.messages); }
+
 cReply failed(std::string const &name, std::string const &text) {
     cReply reply;
-    reply.messages = name + ": error: " + text + "\n";
+    reply.found.file = name;
+    reply.found.diagnostics.push_back({.file = name, .text = text});
     return reply;
 }
 
@@ -111,7 +172,6 @@ cReply in_child(std::string const &name, std::function<void(cReply &)> const &wo
     int status = 0;
     while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    cReply reply;
-    if (unpack(bytes, reply)) return reply;
+    if (cReply reply; unpack(bytes, reply)) return reply;
     return failed(name, "the work ended too early: " + cause_of_death(status));
 }

@@ -1,0 +1,55 @@
+#pragma once
+// A message about a file as data. Only text_of() turns it into the lines that a person reads:
+//
+//   settings.attr:3:5: warning: key 'a' is repeated [duplicate-key]
+//   settings.attr:1:5: note: it is first here
+//
+// A line has no control characters and no more than a person would read.
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+// A position in a file: both from 1, the column in bytes. Line 0 is the file as a whole.
+struct cPlace {
+    unsigned line = 1;
+    unsigned column = 1;
+    auto operator<=>(cPlace const &) const = default;
+};
+
+constexpr cPlace no_place{0, 0};
+
+struct cNote {
+    cPlace place = no_place;
+    std::string text = {};
+};
+
+struct cDiagnostic {
+    enum cSeverity : unsigned char { error, warning };
+
+    cSeverity severity = error;
+    std::string name = {}; // of a warning: short and stable, such as duplicate-key
+    unsigned code = 0;     // of the library's error; 0 if it has none
+    std::string file = {};
+    cPlace place = no_place;
+    size_t begin = 0, end = 0; // the bytes of the file that are wrong; equal if unknown
+    std::string text = {};
+    std::vector<cNote> notes = {};
+    size_t following = 0; // number of errors that follow from this one and are not shown
+};
+
+// What was found in one file. Beyond a limit, diagnostics are only counted.
+struct cFindings {
+    std::string file = {};
+    std::vector<cDiagnostic> diagnostics;
+    size_t more_errors = 0;
+    size_t more_warnings = 0;
+    bool strict = false; // warnings are printed as errors
+};
+
+// Lines, each with a line feed.
+std::string text_of(cDiagnostic const &diagnostic);
+std::string text_of(cFindings const &findings);
+
+// The text with its control characters but tabs escaped: the name of a file may have any.
+std::string without_controls(std::string const &text);
