@@ -27,7 +27,10 @@ TEST_P(ToolSessions, prints_what_the_file_shows) {
     std::string const shown =
         tool_test::bytes_of(test::source_file("tests/tool/data/sessions/" + GetParam()));
     tool_test::cMemory all;
-    auto const one_output = [] { ::dup2(STDOUT_FILENO, STDERR_FILENO); };
+    auto const one_output = [] {
+        ::dup2(STDOUT_FILENO, STDERR_FILENO);
+        tool_test::give_up_rights_over_files();
+    };
     tool_test::cStart const start{
         .out = all.descriptor(), .prepare = one_output, .program = "/bin/sh"};
     ASSERT_EQ(run({"-c", script_of(shown)}, start).status, 0);
@@ -36,7 +39,9 @@ TEST_P(ToolSessions, prints_what_the_file_shows) {
     EXPECT_EQ(all.bytes(), shown) << "All that was printed is in " << copy;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ToolSessions, testing::Values("help.session", "usage.session"),
+INSTANTIATE_TEST_SUITE_P(All, ToolSessions,
+                         testing::Values("files.session", "help.session", "messages.session",
+                                         "usage.session"),
                          [](auto const &test) {
                              return test.param.substr(0, test.param.find('.'));
                          });
