@@ -1,6 +1,7 @@
 #include "tools/qrv/output/no_memory.h"
 
 #include "qrv/base/platform/cplatform.h"
+#include "tools/qrv/output/escaped.h"
 #include "tools/qrv/output/exit_code.h"
 #include "tools/qrv/output/messages.h"
 
@@ -28,7 +29,7 @@ void end_silently_when_memory_ends() {
 }
 
 cWorkOn::cWorkOn(std::string const &name)
-    : message_(without_controls(name) + ": error: " + out_of_memory + "\n"), outer_(innermost) {
+    : message_(escaped(name) + ": error: " + out_of_memory + "\n"), outer_(innermost) {
     innermost = this;
 }
 
