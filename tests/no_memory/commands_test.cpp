@@ -2,8 +2,9 @@
 // message, prints nothing else, and a file that it writes is the old one or the new one.
 //
 // QRV_ALLOCATIONS is how many allocations of each command are tried; without it few are.
-// This file replaces the global allocation functions. Each run is in a copy of the process.
+// Each run is in a copy of the process.
 
+#include "tests/no_memory/allocations.h"
 #include "tests/support/fixture.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/sanitized.h"
@@ -14,35 +15,11 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
 namespace {
 
-constexpr long endless = 1000000000;
-long allocations_left = endless;
-
-} // namespace
-
-void *operator new(std::size_t size) {
-    for (;;) {
-        if (allocations_left > 0)
-            if (void *const memory = std::malloc(size ? size : 1)) {
-                --allocations_left;
-                return memory;
-            }
-        std::new_handler const handler = std::get_new_handler();
-        if (!handler) throw std::bad_alloc();
-        handler();
-    }
-}
-void *operator new(std::size_t size, std::nothrow_t const &) noexcept {
-    return operator new(size); // the handler of the tool does not throw
-}
-void operator delete(void *memory) noexcept { std::free(memory); }
-void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
-
-namespace {
-
+using no_memory::allocations_left;
+using no_memory::endless;
 using tool_test::cRun;
 
 class NoMemory : public tool_test::Tool {

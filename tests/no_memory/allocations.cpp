@@ -1,0 +1,25 @@
+// A file of its own: where g++ sees both, it warns of what new and delete do here.
+#include "tests/no_memory/allocations.h"
+
+#include <cstdlib>
+#include <new>
+
+constinit long no_memory::allocations_left = no_memory::endless;
+
+void *operator new(std::size_t size) {
+    for (;;) {
+        if (no_memory::allocations_left > 0)
+            if (void *const memory = std::malloc(size ? size : 1)) {
+                --no_memory::allocations_left;
+                return memory;
+            }
+        std::new_handler const handler = std::get_new_handler();
+        if (!handler) throw std::bad_alloc();
+        handler();
+    }
+}
+void *operator new(std::size_t size, std::nothrow_t const &) noexcept {
+    return operator new(size); // the handler of the tool does not return
+}
+void operator delete(void *memory) noexcept { std::free(memory); }
+void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
