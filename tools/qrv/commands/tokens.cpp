@@ -17,11 +17,11 @@ constexpr char const *help = "Example:\n"
                              "Each line is TOKEN:code:position:line:column 'text'.";
 
 int run(cOptions const &options) {
-    return print(with_bytes(options.file, options.max_errors,
-                            [&](std::string const &bytes, cMessages &, cReply &reply) {
-                                reply.text = dump_of(bytes, options.all);
-                                reply.status = exit_done;
-                            }));
+    return print(with_raw_bytes(options.file, options.max_errors,
+                                [&](std::string const &bytes, cMessages &, cReply &reply) {
+                                    reply.text = dump_of(bytes, options.all);
+                                    reply.status = exit_done;
+                                }));
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {

@@ -126,8 +126,7 @@ bool may_hide_errors(std::string const &bytes, bool typed_values) {
 
 } // namespace
 
-bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages,
-                std::string *mark) {
+bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages) {
     bool const standard = name == "-";
     int const descriptor = standard ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
     int error = descriptor < 0 ? errno : 0;
@@ -142,12 +141,14 @@ bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages
     }
     if (descriptor >= 0 && !standard) ::close(descriptor);
     if (error != 0) messages.error(reason("cannot read", error));
-    constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
-    if (bytes.starts_with(byte_order_mark)) {
-        bytes.erase(0, byte_order_mark.size());
-        if (mark) *mark = byte_order_mark;
-    }
     return error == 0;
+}
+
+std::string cut_mark(std::string &bytes) {
+    std::string const mark = "\xef\xbb\xbf";
+    if (!bytes.starts_with(mark)) return "";
+    bytes.erase(0, mark.size());
+    return mark;
 }
 
 cReading read_value(std::string const &bytes, cMessages &messages) {
