@@ -14,6 +14,7 @@
 #include "qrv/text/write/cwriter.h"
 #include "tests/edit/generated_text.h"
 #include "tests/support/fixture.h"
+#include "tests/support/sanitized.h"
 
 #include <gtest/gtest.h>
 
@@ -197,7 +198,7 @@ class GeneratedEdits : public QrvTest {
 
 unsigned documents() {
     char const *const given = std::getenv("QRV_EDITS");
-    return given ? static_cast<unsigned>(std::atoi(given)) : 2000;
+    return given ? static_cast<unsigned>(std::atoi(given)) : test::sanitized ? 100 : 400;
 }
 
 TEST_F(GeneratedEdits, the_new_text_reads_as_the_changed_tree) {

@@ -9,6 +9,7 @@
 #include "qrv/text/write/cwriter.h"
 #include "tests/edit/generated_text.h"
 #include "tests/support/fixture.h"
+#include "tests/support/sanitized.h"
 #include "tests/sweep/in_process.h"
 #include "tools/qrv/process/apart.h"
 #include "tools/qrv/reading/reading.h"
@@ -26,7 +27,7 @@ using test::Random;
 
 unsigned documents() {
     char const *const given = std::getenv("QRV_EDITS");
-    return given ? static_cast<unsigned>(std::atoi(given)) : 150;
+    return given ? static_cast<unsigned>(std::atoi(given)) : test::sanitized ? 50 : 150;
 }
 
 // Of what a text reads as; empty if it has errors.

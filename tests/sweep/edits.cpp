@@ -94,8 +94,8 @@ class cWalk {
     cWalk(std::string const &text, size_t every, std::function<void(cEdit const &)> const &visit)
         : text_(text), every_(every), visit_(visit), in_(text) {
         cat::ReadReport const report;
-        if (cObj::readobj(in_, root_) != 0 || !report.empty())
-            throw std::runtime_error("the file has errors");
+        if (cObj::readobj(in_, root_) != 0 || !report.empty() || !container_in(root_))
+            throw std::runtime_error("the file has errors, or no entries");
         for (size_t at = 0; at < text.size(); ++at)
             if (text[at] == '\n') line_ends_.push_back(at);
         for (size_t i = 0; i < map_.size(); ++i)
@@ -110,7 +110,7 @@ class cWalk {
     // Through a reference the same entries have other paths: their values are changed.
     void walk(std::string const &path, objref const &container, bool again) {
         if (!again) append(path, container);
-        size_t position = 0;
+        size_t position = 0, end_before = 0;
         cAttrHash const &hash = container_in(container)->datamap();
         for (cAttrNode const *node = hash.first(); node; node = hash.next(node), ++position) {
             cSpans const spans = map_.spans(node->anid());
@@ -118,7 +118,8 @@ class cWalk {
             std::string const below =
                 path + (path.empty() ? "" : "/") +
                 (is_list(container) ? std::to_string(position) : exact_text(node->key()));
-            cPlace const place{container, *node, path, below, position, spans};
+            cPlace const place{container, *node, path, below, position, spans, end_before};
+            end_before = with_comments(spans.front()).second;
             change(place);
             if (!again) {
                 remove(place);
@@ -139,6 +140,7 @@ class cWalk {
         std::string const &path;
         size_t position;
         cSpans const &spans;
+        size_t end_before; // where the entry before it ends, or 0
     };
 
     // Is it the turn of this edit?
@@ -179,16 +181,6 @@ class cWalk {
             bytes.second = std::max<size_t>(bytes.second, comment.span.end);
         }
         return bytes;
-    }
-
-    // Before an entry: directly after the one before it, or before its comments.
-    void allow_above(cEdit &edit, cat::SourceEntry const &entry, size_t begin) const {
-        allow(edit, begin, begin + 1);
-        std::vector<cat::SourceEntry> const inside = map_.inside(entry.parent);
-        for (size_t i = 1; i < inside.size(); ++i)
-            if (inside[i].number == entry.number)
-                allow(edit, with_comments(inside[i - 1]).second - 1,
-                      with_comments(inside[i - 1]).second);
     }
 
     // The path that a reference has in the text.
@@ -299,12 +291,14 @@ class cWalk {
         cEdit edit{inserted, {"ins", "@", place.path, after ? "after" : "before"}};
         if (!is_list(place.container)) edit.command.emplace_back(new_key);
         edit.command.emplace_back(new_value);
-        cat::SourceEntry const &entry = after ? place.spans.back() : place.spans.front();
+        cat::SourceEntry const &entry = place.spans.front();
         cBytes const own = with_comments(entry);
         if (after)
             allow(edit, own.second - 1, own.second);
         else
-            allow_above(edit, entry, own.first);
+            allow(edit, own.first, own.first + 1);
+        if (!after && place.end_before > 0) // directly after the entry before it
+            allow(edit, place.end_before - 1, place.end_before);
         edit.meant = after && entry.delimiter.empty() ? 2 : 1;
         allow_references_behind(edit, place, place.position + (after ? 1 : 0));
         cChange change;

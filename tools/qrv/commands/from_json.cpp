@@ -61,7 +61,7 @@ void convert(std::string const &bytes, cMessages &messages, cReply &reply) {
 
 int run(cOptions const &options) {
     return print_to(options.output, options.target,
-                    with_bytes(options.file, options.max_errors, convert));
+                    with_raw_bytes(options.file, options.max_errors, convert));
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {

@@ -325,6 +325,7 @@ int run(cOptions const &options) {
         messages.error("only one of the two files can be the standard input");
     else
         read_bytes(options.source, bytes, messages);
+    cut_mark(bytes);
     put_lines(messages.text());
     if (messages.count() != 0) return exit_failed;
     return rewrite(options.target, options, [&](cChanging const &file, std::string &told) {

@@ -280,6 +280,7 @@ std::optional<std::vector<cGiven>> given_by(cOptions const &options) {
         if (file == "-" && options.file == "-")
             messages.error("the standard input cannot be both FILE and the file of statements");
         else if (read_bytes(file, bytes, messages)) {
+            cut_mark(bytes);
             all.push_back({file, bytes});
             continue;
         }

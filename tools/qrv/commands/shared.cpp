@@ -54,7 +54,7 @@ void add_destination(cArguments &arguments, cWriteOptions &options) {
     add_target(arguments, options.target, "--in-place or --output", writes_file);
 }
 
-cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
+cReply with_raw_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
     cReply const reply = apart(file, [&](cReply &r) {
         cMessages messages(file, max_errors);
         std::string bytes;
@@ -66,6 +66,15 @@ cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &wor
     });
     put_messages(reply);
     return reply;
+}
+
+cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
+    return with_raw_bytes(file, max_errors,
+                          [&](std::string const &bytes, cMessages &messages, cReply &reply) {
+                              std::string text = bytes;
+                              cut_mark(text);
+                              work(text, messages, reply);
+                          });
 }
 
 cReply with_value(std::string const &file, int max_errors, cValueWork const &work) {

@@ -108,11 +108,11 @@ bool read_back(std::string const &text, std::string const &image, cWriteOptions 
 // The whole work. The reply: text, losses as messages, in `extra` the text as it is now.
 void work(std::string const &name, cTask const &task, cReply &reply) {
     cMessages messages(name, task.options.max_errors);
-    std::string mark;
-    if (!read_bytes(name, reply.extra, messages, &mark)) {
+    if (!read_bytes(name, reply.extra, messages)) {
         reply.found = messages.findings();
         return;
     }
+    std::string const mark = cut_mark(reply.extra);
     messages.source(reply.extra);
     if (task.way == cTask::formatted) {
         format(reply.extra, task.options.trailing_blanks, messages, reply);

@@ -181,19 +181,20 @@ bool may_hide_errors(std::string const &bytes, bool typed_values) {
 
 } // namespace
 
-bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages,
-                std::string *mark) {
+bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages) {
     cWorkOn const about(name);
     cInput input(name);
     for (std::string_view piece = input.next(); !piece.empty(); piece = input.next())
         bytes += piece;
     if (!input.error().empty()) messages.error(input.error());
-    constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
-    if (bytes.starts_with(byte_order_mark)) {
-        bytes.erase(0, byte_order_mark.size());
-        if (mark) *mark = byte_order_mark;
-    }
     return input.error().empty();
+}
+
+std::string cut_mark(std::string &bytes) {
+    std::string const mark = "\xef\xbb\xbf";
+    if (!bytes.starts_with(mark)) return "";
+    bytes.erase(0, mark.size());
+    return mark;
 }
 
 cReading read_value(std::string const &bytes, cMessages &messages) {

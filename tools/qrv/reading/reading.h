@@ -8,10 +8,11 @@
 #include <optional>
 #include <string>
 
-// All bytes of a file after its byte order mark, if it has one; "-" is the standard input. False
-// with the reason as an error.
-bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages,
-                std::string *mark = nullptr);
+// All bytes of a file; "-" is the standard input. False with the reason as an error.
+bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages);
+
+// Removes a byte order mark from the front. What was removed.
+std::string cut_mark(std::string &bytes);
 
 struct cReading {
     objref value;                 // null if the text has no value
