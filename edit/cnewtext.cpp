@@ -496,7 +496,6 @@ class NewText::BlockWriter {
         out_.erase(out_.find_last_not_of(" \t") + 1);
         if (!on_new_line) out_ += page_.eol();
         out_ += layout.indent + text_.new_entry(item, layout, delimiter) + page_.eol();
-        alone_ = true;
         if (page_.begins_line(copied_) && copied_ > frame_.open.end) return;
         out_ += next ? layout.indent : outer;
         copied_ = page_.after_blanks(copied_);
@@ -512,9 +511,8 @@ class NewText::BlockWriter {
         } else {
             if (copied_ == frame_.open.end && is_blank(page_.text(copied_, close))) copied_ = close;
             copy_to(page_.before_blanks(close));
-            inline_text(text, alone_);
+            inline_text(text, !out_.empty());
         }
-        alone_ = true;
     }
 
     bool begins_line() const {
@@ -545,7 +543,6 @@ class NewText::BlockWriter {
     size_t next_ = 0; // the first part that was not looked at
     Item const *first_kept_ = nullptr;
     Part const *last_kept_ = nullptr;
-    bool alone_ = false; // has an entry been put where there was none?
     std::string out_;
 };
 

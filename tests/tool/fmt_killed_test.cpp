@@ -63,7 +63,7 @@ std::vector<cScene> const scenes{
      {"set", "-i", "--backup", "f", "new = 1"},
      "f f~ ",
      refuse_unnamed_files},
-    {"merge into itself", {"merge", "-i", "f", "f"}, "f "},
+    {"merge into itself", {"merge", "-i", "--reformat", "f", "f"}, "f "},
     {"set by output", {"set", "-o", "f", "f", "new = 1"}, "f "},
     {"del", {"del", "-i", "f", "/old"}, "f ", {}, false, {"fmt", "-i", "f"}},
     {"mv", {"mv", "-i", "f", "/old", "/new"}, "f ", {}, false, {"fmt", "-i", "f"}},

@@ -97,11 +97,12 @@ TEST_F(ToolInPlaceLock, the_lock_is_waited_for) {
 TEST_F(ToolInPlaceLock, each_command_that_writes_a_file_needs_the_lock) {
     write("f", "{n=0}");
     write("json", "[1]");
+    write("more", "{m=1}");
     std::vector<std::vector<std::string>> const commands{
         {"fmt", "-i", "--no-wait", "f"},
         {"set", "-i", "--no-wait", "f", "n = 1"},
         {"set", "-o", "f", "--no-wait", "json", "0 = 1"},
-        {"merge", "-i", "--no-wait", "f", "f"},
+        {"merge", "-i", "--no-wait", "f", "more"},
         {"from-json", "--no-wait", "json", "-o", "f"},
         {"to-json", "--no-wait", "f", "-o", "f"}};
     std::optional<cHeld> held(std::in_place, folder_);

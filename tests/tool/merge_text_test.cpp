@@ -109,6 +109,7 @@ TEST_F(ToolMergeText, a_map_on_one_line_stays_so_unless_a_comment_needs_lines) {
               "{a= 1; m= {x= 1;\n    y= 2; // two\n    z= 3\n}; b= 2; }");
     EXPECT_EQ(merged("{}", "{b= 2; /* two */ c= 3}"), "{b= 2; /* two */ c= 3}");
     EXPECT_EQ(merged("{ }\n", "{\n  b= 2; // two\n}"), "{\n    b= 2; // two\n}\n");
+    EXPECT_EQ(merged("{ /* none */ }", "{b= 2}"), "{ /* none */ b= 2 }");
 }
 
 TEST_F(ToolMergeText, a_removed_key_takes_its_own_comments_along) {
