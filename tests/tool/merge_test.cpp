@@ -4,6 +4,7 @@
 
 using tool_test::cRun;
 using tool_test::times;
+using tool_test::usage_error;
 
 namespace {
 
@@ -246,7 +247,7 @@ TEST_F(ToolMerge, a_file_assigned_to_itself_stays) {
 
 TEST_F(ToolMerge, letters_that_are_none) {
     auto const told = [](std::string const &text) {
-        return cRun{2, "", "--commands: " + text + "\nRun with --help for more information.\n"};
+        return usage_error("merge", "--commands: " + text);
     };
     std::string const three = "three letters are needed, one for each class of keys";
     for (char const *commands : {"-x", "-xxx", "x"})

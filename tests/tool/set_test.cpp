@@ -4,6 +4,7 @@
 
 using tool_test::cRun;
 using tool_test::times;
+using tool_test::usage_error;
 
 namespace {
 
@@ -497,12 +498,11 @@ TEST_F(ToolSet, many_statements) {
 }
 
 TEST_F(ToolSet, usage) {
-    std::string const hint = "\nRun with --help for more information.\n";
     write("f", "{}");
     EXPECT_EQ(run({"set", "f"}),
-              (cRun{2, "", "set requires STATEMENTS, --expression or --file" + hint}));
+              usage_error("set", "set requires STATEMENTS, --expression or --file"));
     EXPECT_EQ(run({"set", "f", "a = 1", "--force"}),
-              (cRun{2, "", "--force requires --in-place or --output" + hint}));
+              usage_error("set", "--force requires --in-place or --output"));
     EXPECT_EQ(run({"set", "f", "a = 1", "-i", "-o", "g"}).status, 2);
     EXPECT_EQ(run({"set", "--reformat", "f", "--", "-1 = 5"}), (cRun{0, "{-1= 5; }\n", ""}));
 }

@@ -199,7 +199,7 @@ int run(cOptions const &options) {
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.option("FILE", options.file, "also list the types that this file declares");
-    arguments.option("--format", options.format, {"text", "json"}, "text or json");
+    arguments.option("--format", options.format, {"text", "json"}, "how to list them");
     add_max_errors(arguments, options.max_errors);
 }
 
