@@ -1,5 +1,7 @@
 #include "tools/qrv/output/messages.h"
 
+#include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -73,4 +75,11 @@ void cMessages::take(cFindings const &findings) {
     for (cDiagnostic const &diagnostic : findings.diagnostics) add(diagnostic);
     findings_.more_errors += findings.more_errors;
     findings_.more_warnings += findings.more_warnings;
+}
+
+void cMessages::sort() {
+    auto const before = [](cDiagnostic const &a, cDiagnostic const &b) {
+        return std::tuple(a.place == no_place, a.place) < std::tuple(b.place == no_place, b.place);
+    };
+    std::stable_sort(findings_.diagnostics.begin(), findings_.diagnostics.end(), before);
 }

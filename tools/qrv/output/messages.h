@@ -42,6 +42,7 @@ class cMessages {
     bool tells_warnings() const { return has_room(warnings_, findings_.more_warnings); }
     // The errors of another reading of the file.
     void take(cFindings const &findings);
+    void sort(); // by place; what has none comes last
     cFindings const &findings() const { return findings_; }
     int limit() const { return limit_; }
     std::string const &name() const { return findings_.file; }

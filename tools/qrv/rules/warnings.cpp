@@ -1,0 +1,161 @@
+#include "tools/qrv/rules/warnings.h"
+
+#include "tools/qrv/output/lines.h"
+#include "tools/qrv/rules/literals.h"
+#include "tools/qrv/rules/suggestion.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using cat::Span;
+
+constexpr std::array<char const *, warning_count> names = {
+    "duplicate-key",    "unknown-escape", "leading-zero", "wrapped-number",
+    "duplicate-member", "empty-item",     "strings"};
+
+bool is_quote(char c) { return c == '"' || c == '\''; }
+
+std::string words_of(cDoubtful const &finding, std::string const &written) {
+    switch (finding.warning) {
+    case cWarning::duplicate_key:
+        return "key " +
+               (is_quote(written[0]) ? shortened(written) : "'" + shortened(written) + "'") +
+               " is repeated" +
+               (finding.span.begin < finding.lost.begin ? ", and this value is ignored" : "");
+    case cWarning::unknown_escape:
+        return "unknown escape " + written + ": it is read as " + written.substr(1) +
+               "; write \\\\ for a \\";
+    case cWarning::leading_zero:
+        return "leading zeros have no effect: " + shortened(written) + " is read as " +
+               shortened(*without_leading_zeros(written));
+    case cWarning::wrapped_number:
+        return shortened(written) + " has more than 31 bits: it is read as " +
+               std::to_string(*wrapped(written));
+    case cWarning::duplicate_member:
+        return "the set has this value already";
+    case cWarning::empty_item:
+        return "no item is before this '" + written + "'";
+    case cWarning::strings:
+        return shortened(written) + " is a string, not " + std::string(looks_like(written)) +
+               ": quotes make that clear";
+    }
+    return "";
+}
+
+// Turns findings into messages.
+class cReporter {
+  public:
+    struct cSaid {
+        Span span; // empty: nothing is said
+        char const *text;
+    };
+
+    cReporter(std::string const &bytes, cMessages &messages)
+        : bytes_(bytes), lines_(bytes), messages_(messages) {
+        for (cDiagnostic const &error : messages.findings().diagnostics)
+            if (error.place.line != 0) errors_.push_back(error.place);
+        std::sort(errors_.begin(), errors_.end());
+    }
+
+    bool is_explained(cDoubtful const &finding) {
+        if (errors_.empty()) return false;
+        auto const error =
+            std::lower_bound(errors_.begin(), errors_.end(), lines_.place(finding.scope.begin));
+        return error != errors_.end() && *error < lines_.place(finding.scope.end);
+    }
+
+    bool has_room(cDiagnostic::cSeverity severity) const {
+        return severity == cDiagnostic::error ? messages_.tells_errors()
+                                              : messages_.tells_warnings();
+    }
+    void count(cDiagnostic::cSeverity severity) { messages_.add({.severity = severity}); }
+
+    void add(cDiagnostic::cSeverity severity, cDoubtful const &finding, Span span,
+             std::string const &text, cSaid const &note) {
+        cDiagnostic diagnostic{.severity = severity,
+                               .name = name_of(finding.warning),
+                               .place = lines_.place(span.begin),
+                               .begin = span.begin,
+                               .end = span.end,
+                               .text = text};
+        if (!note.span.empty())
+            diagnostic.notes.push_back({lines_.place(note.span.begin), note.text});
+        messages_.add(std::move(diagnostic));
+    }
+
+  private:
+    std::string const &bytes_;
+    cLines lines_;
+    cMessages &messages_;
+    std::vector<cPlace> errors_;
+};
+
+} // namespace
+
+char const *name_of(cWarning which) { return names[static_cast<size_t>(which)]; }
+
+std::string cWarningLevels::set(std::string const &form) {
+    std::string_view name = form;
+    bool const is_error = name.starts_with("error="), is_off = name.starts_with("no-");
+    if (is_error) name.remove_prefix(6);
+    if (is_off) name.remove_prefix(3);
+    auto const *const known = std::find(names.begin(), names.end(), name);
+    if (form == "error") {
+        all_errors_ = true;
+    } else if (known == names.end()) {
+        cSuggestion suggestion(name);
+        for (char const *const each : names) suggestion.show(each);
+        return "unknown warning '" + shortened(std::string(name)) + "'" + suggestion.text();
+    } else {
+        cState &state = states_[static_cast<size_t>(known - names.begin())];
+        state.is_on = !is_off;
+        state.is_error = is_error || (state.is_error && !is_off);
+    }
+    return "";
+}
+
+cWarningLevels::cLevel cWarningLevels::of(cWarning which) const {
+    cState const &state = states_[static_cast<size_t>(which)];
+    if (!state.is_on) return off;
+    return state.is_error || all_errors_ ? error : cLevel::warning;
+}
+
+void add_warnings(std::string const &bytes, cat::SourceMap const &map, cWarningLevels const &levels,
+                  cMessages &messages) {
+    cReporter reporter(bytes, messages);
+    auto const found = [&](cDoubtful const &finding) {
+        cWarningLevels::cLevel const level = levels.of(finding.warning);
+        if (level == cWarningLevels::off || reporter.is_explained(finding)) return;
+        auto const severity =
+            level == cWarningLevels::error ? cDiagnostic::error : cDiagnostic::warning;
+        if (!reporter.has_room(severity)) return reporter.count(severity);
+        std::string const written = bytes.substr(finding.span.begin, finding.span.size());
+        reporter.add(severity, finding, finding.span, words_of(finding, written),
+                     {finding.first, "it is first here"});
+    };
+    find_doubtful(bytes, map, found);
+}
+
+void add_lost_by_writing(std::string const &bytes, cat::SourceMap const &map, cMessages &messages) {
+    cReporter reporter(bytes, messages);
+    auto const found = [&](cDoubtful const &finding) {
+        bool const is_key = finding.warning == cWarning::duplicate_key;
+        if (!is_key && finding.warning != cWarning::unknown_escape) return;
+        if (!reporter.has_room(cDiagnostic::error)) return reporter.count(cDiagnostic::error);
+        if (is_key)
+            reporter.add(cDiagnostic::error, finding, finding.lost, "this value would be lost",
+                         {finding.span, "its key is repeated here"});
+        else
+            reporter.add(cDiagnostic::error, finding, finding.span,
+                         "the \\ before " +
+                             bytes.substr(finding.span.begin + 1, finding.span.size() - 1) +
+                             " would be lost",
+                         {});
+    };
+    find_doubtful(bytes, map, found);
+}
