@@ -36,7 +36,8 @@ TEST_P(ToolSessions, prints_what_the_file_shows) {
     EXPECT_EQ(all.bytes(), shown) << "All that was printed is in " << copy;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ToolSessions, testing::Values("help.session", "usage.session"),
+INSTANTIATE_TEST_SUITE_P(All, ToolSessions,
+                         testing::Values("help.session", "report.session", "usage.session"),
                          [](auto const &test) {
                              return test.param.substr(0, test.param.find('.'));
                          });

@@ -54,13 +54,17 @@ void add_destination(cArguments &arguments, cWriteOptions &options) {
     add_target(arguments, options.target, "--in-place or --output", writes_file);
 }
 
-cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
-    cReply const reply = apart(file, [&](cReply &r) {
+cReply on_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
+    return apart(file, [&](cReply &reply) {
         cMessages messages(file, max_errors);
         std::string bytes;
-        if (read_bytes(file, bytes, messages)) work(bytes, messages, r);
-        r.found = messages.findings();
+        if (read_bytes(file, bytes, messages)) work(bytes, messages, reply);
+        reply.found = messages.findings();
     });
+}
+
+cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
+    cReply reply = on_bytes(file, max_errors, work);
     put_messages(reply);
     return reply;
 }

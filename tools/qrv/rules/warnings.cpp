@@ -14,9 +14,19 @@ namespace {
 
 using cat::Span;
 
-constexpr std::array<char const *, warning_count> names = {
-    "duplicate-key",    "unknown-escape", "leading-zero", "wrapped-number",
-    "duplicate-member", "empty-item",     "strings"};
+struct cName {
+    char const *name;
+    char const *summary;
+};
+constexpr std::array<cName, warning_count> names = {{
+    {"duplicate-key", "A key is repeated: its value replaces the earlier one."},
+    {"unknown-escape", "A backslash in a string has no effect."},
+    {"leading-zero", "A decimal integer begins with zeros."},
+    {"wrapped-number", "An integer has more than 31 bits and is read as another one."},
+    {"duplicate-member", "A set has a value twice."},
+    {"empty-item", "A list has a separator without an item before it."},
+    {"strings", "A word without quotes looks like a value of another type."},
+}};
 
 bool is_quote(char c) { return c == '"' || c == '\''; }
 
@@ -97,19 +107,26 @@ class cReporter {
 
 } // namespace
 
-char const *name_of(cWarning which) { return names[static_cast<size_t>(which)]; }
+char const *name_of(cWarning which) { return names[static_cast<size_t>(which)].name; }
+
+std::vector<cReport::cRule> warning_rules() {
+    std::vector<cReport::cRule> rules;
+    for (cName const &each : names) rules.push_back({each.name, each.summary});
+    return rules;
+}
 
 std::string cWarningLevels::set(std::string const &form) {
     std::string_view name = form;
     bool const is_error = name.starts_with("error="), is_off = name.starts_with("no-");
     if (is_error) name.remove_prefix(6);
     if (is_off) name.remove_prefix(3);
-    auto const *const known = std::find(names.begin(), names.end(), name);
+    auto const *const known = std::find_if(names.begin(), names.end(),
+                                           [&](cName const &each) { return each.name == name; });
     if (form == "error") {
         all_errors_ = true;
     } else if (known == names.end()) {
         cSuggestion suggestion(name);
-        for (char const *const each : names) suggestion.show(each);
+        for (cName const &each : names) suggestion.show(each.name);
         return "unknown warning '" + shortened(std::string(name)) + "'" + suggestion.text();
     } else {
         cState &state = states_[static_cast<size_t>(known - names.begin())];

@@ -2,14 +2,17 @@
 // Warnings about what is read without an error and yet may not be meant.
 
 #include "tools/qrv/output/messages.h"
+#include "tools/qrv/output/report.h"
 #include "tools/qrv/rules/doubtful.h"
 
 #include <array>
 #include <string>
+#include <vector>
 
 constexpr size_t warning_count = 7;
 
 char const *name_of(cWarning which);
+std::vector<cReport::cRule> warning_rules();
 
 // Which warnings there are, and which of them are errors.
 class cWarningLevels {
