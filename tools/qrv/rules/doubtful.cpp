@@ -47,17 +47,16 @@ class cWalk {
     }
 
   private:
-    // A container whose entries come. Where maps are merged, `home` is the first of them.
-    struct cOpen {
-        SourceEntry entry;
-        size_t home;
-        cKind kind;
-        std::uint32_t end;                                 // of its last entry so far
-        std::unordered_map<std::uint32_t, Span> members{}; // of a set, by anid
+    static constexpr std::uint32_t none = 0xFFFFFFFFu;
+
+    // The keys of a map, as a list of them in keys_.
+    struct cList {
+        std::uint32_t first = none;
+        std::uint32_t last = none;
     };
-    // A key of a map: keys that are equal have the same letter and text.
+    // Keys that are equal have the same letter and text.
     struct cKey {
-        size_t home;
+        std::uint32_t home; // the number of the map
         char letter;
         std::string_view text;
         bool operator==(cKey const &) const = default;
@@ -65,27 +64,44 @@ class cWalk {
     struct cHash {
         size_t operator()(cKey const &key) const {
             return std::hash<std::string_view>()(key.text) ^
-                   (key.home * 0x9E3779B97F4A7C15u + static_cast<unsigned char>(key.letter));
+                   (size_t{key.home} * 0x9E3779B97F4A7C15u +
+                    static_cast<unsigned char>(key.letter));
         }
     };
-    // The value that a key has so far.
+    // A key with the value that it has so far, which may be written in several parts.
     struct cHolder {
-        Span first; // key
-        Span value;
-        size_t home;
-        size_t written_in; // the container
+        cKey key;
+        Span first;         // where the key is written first
+        std::uint32_t part; // the last one, in parts_
+        std::uint32_t home; // of the keys inside the value
         cKind kind;
+        cList inside = {};
+        std::uint32_t next = none;
+    };
+    struct cPart {
+        Span value;
+        std::uint32_t before; // the part before it
+    };
+    // A container whose entries come.
+    struct cOpen {
+        SourceEntry entry;
+        cKind kind;
+        std::uint32_t end;           // of its last entry so far
+        std::uint32_t holder = none; // that gets the keys
+        bool continues = false;      // the value that the holder has
+        cList keys = {};
+        std::unordered_map<std::uint32_t, Span> members{}; // of a set, by anid
     };
 
     void take(SourceEntry const &entry) {
         while (!open_.empty() && open_.back().entry.number != entry.parent) close();
-        size_t home = entry.number;
+        cOpen open{entry, kind_of(entry), entry.open.end};
         if (!open_.empty()) {
             find_empty_item(entry.all().begin);
             open_.back().end = entry.all().end;
             if (!entry.key.empty()) {
                 check_literal(entry.key);
-                home = check_key(entry);
+                check_key(open);
             } else if (open_.back().kind == cKind::set) {
                 check_member(entry);
             }
@@ -95,13 +111,23 @@ class cWalk {
             check_literal(entry.value);
             check_word(entry);
         } else {
-            open_.push_back({entry, home, kind_of(entry), entry.open.end});
+            open_.push_back(std::move(open));
         }
     }
 
     void close() {
-        find_empty_item(open_.back().entry.close.begin);
+        cOpen const &open = open_.back();
+        find_empty_item(open.entry.close.begin);
+        if (open.continues)
+            merge(open.holder, open.keys);
+        else if (open.holder != none)
+            holders_[open.holder].inside = open.keys;
         open_.pop_back();
+    }
+
+    // A text has less than 4 GiB.
+    static std::uint32_t number_of(SourceEntry const &entry) {
+        return static_cast<std::uint32_t>(entry.number);
     }
 
     std::string_view text_of(Span span) const {
@@ -186,37 +212,89 @@ class cWalk {
 
     // --- repeated keys ---
 
-    // Returns the home of the value's entries.
-    size_t check_key(SourceEntry const &entry) {
-        cOpen const &open = open_.back();
-        cHolder const now{entry.key, entry.value, entry.number, open.entry.number, kind_of(entry)};
-        auto const [place, is_new] = keys_.try_emplace(key_of(open.home, entry.key), now);
-        if (is_new) return entry.number;
-        cHolder &holder = place->second;
-        bool const same_map = std::exchange(holder.written_in, now.written_in) == now.written_in;
-        if (merges(holder.kind, now.kind, same_map)) return holder.home;
-        // The entry of a map that is merged into another one.
-        bool const is_refused = !same_map && holder.kind == cKind::map;
-        found_({cWarning::duplicate_key,
-                entry.key,
-                {entry.key.begin, entry.value.begin + 1},
-                holder.first,
-                is_refused ? now.value : holder.value});
-        if (is_refused) return entry.number;
-        holder.value = now.value;
-        holder.home = now.home;
-        holder.kind = now.kind;
-        return holder.home;
+    void check_key(cOpen &now) {
+        SourceEntry const &entry = now.entry;
+        cOpen &map = open_.back();
+        cKey const key = key_of(number_of(map.entry), entry.key);
+        auto const [place, is_new] = keys_.try_emplace(key, next_holder());
+        now.holder = place->second;
+        if (is_new) {
+            holders_.push_back({key, entry.key, part(entry.value), number_of(entry), now.kind});
+            return append(map.keys, now.holder);
+        }
+        cHolder &holder = holders_[now.holder];
+        now.continues = holder.kind == now.kind && is_mergeable(now.kind);
+        bool const is_mixed = is_mergeable(holder.kind) && is_mergeable(now.kind);
+        if (!now.continues) report(entry.key, entry.value, holder, is_mixed ? none : holder.part);
+        if (is_mixed) {
+            holder.part = part(entry.value, holder.part);
+            if (!now.continues) now.holder = none; // the reader adds the values to each other
+        } else {
+            holder.part = part(entry.value);
+            holder.home = number_of(entry);
+            holder.kind = now.kind;
+            holder.inside = {};
+        }
     }
 
-    // In one map, maps and sets are merged. What is written in two maps that are merged is copied
-    // from one into the other: lists take all values, and maps take lists and maps.
-    static bool merges(cKind before, cKind now, bool same_map) {
-        if (same_map) return is_mergeable(before) && is_mergeable(now);
-        return is_list(before) || (before == cKind::map && now != cKind::other);
+    // The reader has copied a map into the one that the holder has. Lists take all values, and maps
+    // take lists and maps.
+    void merge(std::uint32_t into, cList keys) {
+        if (holders_[into].kind != cKind::map) return;
+        for (std::uint32_t at = keys.first; at != none; at = holders_[at].next) {
+            cHolder const &added = holders_[at];
+            cKey key = added.key;
+            key.home = holders_[into].home;
+            auto const [place, is_new] = keys_.try_emplace(key, next_holder());
+            if (is_new) {
+                cHolder copy = added;
+                copy.key = key;
+                copy.next = none;
+                holders_.push_back(copy);
+                append(holders_[into].inside, place->second);
+            } else {
+                merge(place->second, added);
+            }
+        }
     }
 
-    cKey key_of(size_t home, Span span) {
+    void merge(std::uint32_t into, cHolder const &added) {
+        cHolder &holder = holders_[into];
+        bool const is_map = holder.kind == cKind::map;
+        bool const is_refused = is_map && added.kind == cKind::other;
+        bool const is_replaced = !is_map && !is_list(holder.kind);
+        if (is_refused) return report(added.first, added.first, holder, added.part);
+        if (is_replaced || (is_map && added.kind != cKind::map))
+            report(added.first, added.first, holder, is_replaced ? holder.part : none);
+        std::uint32_t const before = is_replaced ? none : holder.part;
+        for (std::uint32_t at = added.part; at != none; at = parts_[at].before)
+            holder.part = part(parts_[at].value, at == added.part ? before : holder.part);
+        if (is_map && added.kind == cKind::map) merge(into, added.inside);
+    }
+
+    void report(Span key, Span value, cHolder const &holder, std::uint32_t lost) const {
+        Span const scope{key.begin, value.begin + 1};
+        cDoubtful found{cWarning::duplicate_key, key, scope, holder.first, {}};
+        for (; lost != none; lost = parts_[lost].before) found.lost.push_back(parts_[lost].value);
+        found_(found);
+    }
+
+    std::uint32_t part(Span value, std::uint32_t before = none) {
+        parts_.push_back({value, before});
+        return static_cast<std::uint32_t>(parts_.size() - 1);
+    }
+
+    std::uint32_t next_holder() const { return static_cast<std::uint32_t>(holders_.size()); }
+
+    void append(cList &list, std::uint32_t holder) {
+        if (list.first == none)
+            list.first = holder;
+        else
+            holders_[list.last].next = holder;
+        list.last = holder;
+    }
+
+    cKey key_of(std::uint32_t home, Span span) {
         std::string_view const text = text_of(span);
         if (is_word(text)) return {home, 's', text};
         if (is_quote(text[0])) {
@@ -226,13 +304,13 @@ class cWalk {
             cat::unescape(plain);
             return {home, 's', keep(std::move(plain))};
         }
-        if (is_integer(text)) return {home, 'i', keep(std::to_string(number_of(text)))};
+        if (is_integer(text)) return {home, 'i', keep(std::to_string(integer_in(text)))};
         return {home, 'o', text};
     }
 
     std::string_view keep(std::string text) { return kept_.emplace_back(std::move(text)); }
 
-    static int number_of(std::string_view text) {
+    static int integer_in(std::string_view text) {
         if (std::optional<int> const stored = wrapped(text)) return *stored;
         bool const is_hexadecimal = text.size() > 2 && (text[1] | 0x20) == 'x';
         if (is_hexadecimal) text.remove_prefix(2);
@@ -246,8 +324,10 @@ class cWalk {
     SourceMap const &map_;
     std::function<void(cDoubtful const &)> const &found_;
     std::vector<cOpen> open_;
-    std::unordered_map<cKey, cHolder, cHash> keys_;
-    std::deque<std::string> kept_; // keys that are not written as they are
+    std::vector<cPart> parts_;
+    std::vector<cHolder> holders_;
+    std::unordered_map<cKey, std::uint32_t, cHash> keys_; // indices of holders
+    std::deque<std::string> kept_; // texts of keys that are not written as they are
 };
 
 } // namespace

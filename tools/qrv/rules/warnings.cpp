@@ -30,13 +30,17 @@ constexpr std::array<cName, warning_count> names = {{
 
 bool is_quote(char c) { return c == '"' || c == '\''; }
 
+// Is it the value of this key that is lost?
+bool is_ignored(cDoubtful const &finding) {
+    return !finding.lost.empty() && finding.span.begin < finding.lost.front().begin;
+}
+
 std::string words_of(cDoubtful const &finding, std::string const &written) {
     switch (finding.warning) {
     case cWarning::duplicate_key:
         return "key " +
                (is_quote(written[0]) ? shortened(written) : "'" + shortened(written) + "'") +
-               " is repeated" +
-               (finding.span.begin < finding.lost.begin ? ", and this value is ignored" : "");
+               " is repeated" + (is_ignored(finding) ? ", and this value is ignored" : "");
     case cWarning::unknown_escape:
         return "unknown escape " + written + ": it is read as " + written.substr(1) +
                "; write \\\\ for a \\";
@@ -160,19 +164,22 @@ void add_warnings(std::string const &bytes, cat::SourceMap const &map, cWarningL
 
 void add_lost_by_writing(std::string const &bytes, cat::SourceMap const &map, cMessages &messages) {
     cReporter reporter(bytes, messages);
-    auto const found = [&](cDoubtful const &finding) {
-        bool const is_key = finding.warning == cWarning::duplicate_key;
-        if (!is_key && finding.warning != cWarning::unknown_escape) return;
-        if (!reporter.has_room(cDiagnostic::error)) return reporter.count(cDiagnostic::error);
-        if (is_key)
-            reporter.add(cDiagnostic::error, finding, finding.lost, "this value would be lost",
-                         {finding.span, "its key is repeated here"});
+    auto const add = [&](cDoubtful const &finding, Span span, std::string const &text,
+                         cReporter::cSaid const &note) {
+        if (reporter.has_room(cDiagnostic::error))
+            reporter.add(cDiagnostic::error, finding, span, text, note);
         else
-            reporter.add(cDiagnostic::error, finding, finding.span,
-                         "the \\ before " +
-                             bytes.substr(finding.span.begin + 1, finding.span.size() - 1) +
-                             " would be lost",
-                         {});
+            reporter.count(cDiagnostic::error);
     };
-    find_doubtful(bytes, map, found);
+    find_doubtful(bytes, map, [&](cDoubtful const &finding) {
+        Span const span = finding.span;
+        if (finding.warning == cWarning::unknown_escape)
+            add(finding, span,
+                "the \\ before " + bytes.substr(span.begin + 1, span.size() - 1) + " would be lost",
+                {});
+        for (Span const lost : finding.lost)
+            add(finding, lost, "this value would be lost",
+                {is_ignored(finding) ? finding.first : span,
+                 is_ignored(finding) ? "its key is first here" : "its key is repeated here"});
+    });
 }
