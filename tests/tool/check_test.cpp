@@ -181,7 +181,7 @@ TEST_F(ToolCheck, tells_a_comment_that_is_not_closed) {
 
 TEST_F(ToolCheck, of_a_file_without_a_value_is_2) {
     cRun const none{2, "", "f: error: the file contains no value\n"};
-    EXPECT_EQ(run_on("", {"check"}), none);
+    EXPECT_EQ(run_on("", {"check"}), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(run_on("// x\n", {"check"}), none);
     EXPECT_EQ(run_on("}", {"check"}), none);
     EXPECT_EQ(run_on("\xEF\xBB\xBF[1]", {"check"}),

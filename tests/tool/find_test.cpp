@@ -311,7 +311,7 @@ TEST_F(ToolFind, a_file_that_does_not_read_cleanly_gives_nothing) {
               (cRun{2, "",
                     "f:1:8: error: Value with unknown type='foo [0x40000005]\n"
                     "f:1:8: error: Cannot insert key =b\n"}));
-    EXPECT_EQ(find("", {"a"}), (cRun{2, "", "f: error: the file contains no value\n"}));
+    EXPECT_EQ(find("", {"a"}), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(find("{a=1;b=foo(2)}", {"a*"}), find("{a=1;b=foo(2)}", {"a"}))
         << "before the pattern";
     EXPECT_EQ(run({"find", "nowhere", "a"}),

@@ -227,7 +227,7 @@ TEST_F(ToolMerge, files_that_do_not_read_cleanly) {
     EXPECT_EQ(refused("{a= foo(1)}", "{a= 1}").substr(0, 13), "t:1:5: error:");
     EXPECT_EQ(refused("{a= 1}", "{b= 1} rest"),
               "s:1:8: error: text after the first value is not read\n");
-    EXPECT_EQ(refused("{a= 1}", ""), "s: error: the file contains no value\n");
+    EXPECT_EQ(refused("{a= 1}", ""), "s: error: the file is empty\n");
     EXPECT_EQ(run({"merge", "t", "nowhere"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }

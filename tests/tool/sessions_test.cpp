@@ -27,7 +27,10 @@ TEST_P(ToolSessions, prints_what_the_file_shows) {
     std::string const shown =
         tool_test::bytes_of(test::source_file("tests/tool/data/sessions/" + GetParam()));
     tool_test::cMemory all;
-    auto const one_output = [] { ::dup2(STDOUT_FILENO, STDERR_FILENO); };
+    auto const one_output = [] {
+        ::dup2(STDOUT_FILENO, STDERR_FILENO);
+        tool_test::give_up_rights_over_files();
+    };
     tool_test::cStart const start{
         .out = all.descriptor(), .prepare = one_output, .program = "/bin/sh"};
     ASSERT_EQ(run({"-c", script_of(shown)}, start).status, 0);
@@ -37,7 +40,8 @@ TEST_P(ToolSessions, prints_what_the_file_shows) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ToolSessions,
-                         testing::Values("help.session", "report.session", "usage.session"),
+                         testing::Values("files.session", "help.session", "messages.session",
+                                         "report.session", "usage.session"),
                          [](auto const &test) {
                              return test.param.substr(0, test.param.find('.'));
                          });

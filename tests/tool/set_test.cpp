@@ -462,7 +462,7 @@ TEST_F(ToolSet, into_another_file) {
 TEST_F(ToolSet, files_that_do_not_read_cleanly) {
     EXPECT_EQ(set("{a=1 b=2}", "a = 3"),
               (cRun{2, "", "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"}));
-    EXPECT_EQ(set("", "a = 3"), (cRun{2, "", "f: error: the file contains no value\n"}));
+    EXPECT_EQ(set("", "a = 3"), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(run({"set", "nowhere", "a = 3"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }

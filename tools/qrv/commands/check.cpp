@@ -3,6 +3,7 @@
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
+#include "tools/qrv/output/message_line.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/report.h"
 #include "tools/qrv/reading/reading.h"
@@ -54,6 +55,7 @@ int print_report(cOptions const &options, cBytesWork const &check) {
         check(bytes, messages, reply);
         reply.text = report.part(messages.findings(), bytes);
     };
+    choose_colours("never"); // they are chosen for standard error
     int status = exit_done;
     bool written = put_result(report.begin());
     for (std::string const &name : options.files) {

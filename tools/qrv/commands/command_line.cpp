@@ -5,6 +5,7 @@
 #include "tools/qrv/commands/help_text.h"
 #include "tools/qrv/commands/usage_error.h"
 #include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/message_line.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/process/modules.h"
 
@@ -40,7 +41,7 @@ cSplit split(CLI::App &general, cWords const &words) {
     while (at < words.size() && words[at].size() > 1 && words[at][0] == '-') {
         if (words[at] == "--") break;
         CLI::Option const *const option = general.get_option_no_throw(words[at]);
-        at += option && !option->get_type_name().empty() ? 2 : 1;
+        at += option && option->get_items_expected_min() > 0 ? 2 : 1;
     }
     size_t const command = at < words.size() && words[at] == "--" ? at + 1 : at;
     if (command >= words.size()) return {{}, words};
@@ -61,7 +62,11 @@ class cParser {
                         "load this module first, for the types that it defines")
             ->type_name("NAME")
             ->allow_extra_args(false);
-        for (char const *const general : {"--version", "--module"})
+        app_.add_flag("--color{always}", colours_,
+                      "colour messages always, never, or auto: on a terminal")
+            ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
+            ->type_name("WHEN");
+        for (char const *const general : {"--version", "--color", "--module"})
             app_.get_option(general)->group("Options of all commands");
     }
     cParser(cParser const &) = delete;
@@ -82,8 +87,10 @@ class cParser {
         } catch (CLI::CallForAllHelp const &) {
             return print(help_->short_of(app_));
         } catch (CLI::ParseError const &error) {
+            choose_colours(colours_);
             return refuse(app_, error, arguments);
         }
+        choose_colours(colours_);
         return load_modules(modules_) ? std::nullopt : std::optional<int>(exit_failed);
     }
 
@@ -93,6 +100,7 @@ class cParser {
     std::shared_ptr<cHelpText> help_ = std::make_shared<cHelpText>();
     CLI::App app_;
     cWords modules_;
+    std::string colours_ = "auto";
 };
 
 // The tool itself: it lists the commands, which parse their arguments alone.

@@ -1,6 +1,7 @@
 #include "tools/qrv/commands/usage_error.h"
 
 #include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/message_line.h"
 #include "tools/qrv/output/messages.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/rules/suggestion.h"
@@ -98,8 +99,7 @@ std::string words_for(CLI::App const &app, CLI::ParseError const &error, cWords 
 }
 
 int print(std::string const &text, std::string const &help) {
-    put_message("qrv: error: " + text);
-    put_message("qrv: note: " + help);
+    put_lines(message_line("qrv", cRole::error, text) + message_line("qrv", cRole::note, help));
     return exit_failed;
 }
 

@@ -142,7 +142,7 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
 }
 
 int refuse(std::string const &name, std::string const &why) {
-    put_message(name + ": error: not written: " + why);
+    put_error(name, "not written: " + why);
     return exit_failed;
 }
 

@@ -1,6 +1,7 @@
 #include "tools/qrv/output/report.h"
 
 #include "qrv/cvers.h"
+#include "tools/qrv/output/escaped.h"
 #include "tools/qrv/output/lines.h"
 
 #include <algorithm>
@@ -118,20 +119,20 @@ std::string json_of(cFindings const &findings) {
 // --- github ---
 
 // A line feed would end the command, and a comma or colon its property.
-std::string escaped(std::string const &text, std::string_view special) {
+std::string percent_encoded(std::string const &text, std::string_view special) {
     std::string shown;
     for (char const c : text) {
         char hex[4];
         std::snprintf(hex, sizeof hex, "%%%02X", static_cast<unsigned>(c));
         shown += special.find(c) == special.npos ? std::string(1, c) : std::string(hex);
     }
-    return without_controls(shown);
+    return escaped(shown);
 }
 
 std::string command_of(char const *kind, std::string const &file, cRegion const &region,
                        std::string const &title, std::string const &text) {
     constexpr std::string_view in_property = "%\r\n:,";
-    std::string line = std::string("::") + kind + " file=" + escaped(file, in_property);
+    std::string line = std::string("::") + kind + " file=" + percent_encoded(file, in_property);
     auto const put = [&](char const *name, unsigned number) {
         if (number != 0) line += std::string(",") + name + "=" + std::to_string(number);
     };
@@ -139,8 +140,8 @@ std::string command_of(char const *kind, std::string const &file, cRegion const 
     put("endLine", region.end.line);
     put("col", region.begin.column);
     put("endColumn", region.end.column);
-    if (!title.empty()) line += ",title=" + escaped(title, in_property);
-    return line + "::" + escaped(text, "%\r\n") + "\n";
+    if (!title.empty()) line += ",title=" + percent_encoded(title, in_property);
+    return line + "::" + percent_encoded(text, "%\r\n") + "\n";
 }
 
 std::string commands_of(cFindings const &findings, std::string const &bytes) {
