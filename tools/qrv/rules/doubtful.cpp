@@ -78,6 +78,11 @@ class cWalk {
         cList inside = {};
         std::uint32_t next = none;
     };
+    // The first text of a set's value.
+    struct cMember {
+        size_t set = SourceEntry::none;
+        Span value = {};
+    };
     struct cPart {
         Span value;
         std::uint32_t before; // the part before it
@@ -90,7 +95,6 @@ class cWalk {
         std::uint32_t holder = none; // that gets the keys
         bool continues = false;      // the value that the holder has
         cList keys = {};
-        std::unordered_map<std::uint32_t, Span> members{}; // of a set, by anid
     };
 
     void take(SourceEntry const &entry) {
@@ -111,7 +115,7 @@ class cWalk {
             check_literal(entry.value);
             check_word(entry);
         } else {
-            open_.push_back(std::move(open));
+            open_.push_back(open);
         }
     }
 
@@ -185,8 +189,11 @@ class cWalk {
 
     void check_member(SourceEntry const &entry) {
         if (entry.anid == 0) return; // it was refused
-        auto const [member, is_new] = open_.back().members.try_emplace(entry.anid, entry.value);
-        if (!is_new) found_({cWarning::duplicate_member, entry.value, entry.value, member->second});
+        cMember &member = members_[entry.anid];
+        if (std::exchange(member.set, entry.parent) == entry.parent)
+            found_({cWarning::duplicate_member, entry.value, entry.value, member.value, {}});
+        else
+            member.value = entry.value;
     }
 
     // One separator after an item belongs to it. Brackets that are not closed are an error, and
@@ -324,6 +331,7 @@ class cWalk {
     SourceMap const &map_;
     std::function<void(cDoubtful const &)> const &found_;
     std::vector<cOpen> open_;
+    std::unordered_map<std::uint32_t, cMember> members_; // by anid
     std::vector<cPart> parts_;
     std::vector<cHolder> holders_;
     std::unordered_map<cKey, std::uint32_t, cHash> keys_; // indices of holders

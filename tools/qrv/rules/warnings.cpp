@@ -69,8 +69,7 @@ class cReporter {
         char const *text;
     };
 
-    cReporter(std::string const &bytes, cMessages &messages)
-        : bytes_(bytes), lines_(bytes), messages_(messages) {
+    cReporter(std::string const &bytes, cMessages &messages) : lines_(bytes), messages_(messages) {
         for (cDiagnostic const &error : messages.findings().diagnostics)
             if (error.place.line != 0) errors_.push_back(error.place);
         std::sort(errors_.begin(), errors_.end());
@@ -103,7 +102,6 @@ class cReporter {
     }
 
   private:
-    std::string const &bytes_;
     cLines lines_;
     cMessages &messages_;
     std::vector<cPlace> errors_;
