@@ -41,7 +41,7 @@ TEST_P(ToolSessions, prints_what_the_file_shows) {
 
 INSTANTIATE_TEST_SUITE_P(All, ToolSessions,
                          testing::Values("files.session", "help.session", "messages.session",
-                                         "usage.session"),
+                                         "report.session", "usage.session"),
                          [](auto const &test) {
                              return test.param.substr(0, test.param.find('.'));
                          });
