@@ -477,6 +477,12 @@ TEST_F(ToolUsage, help_of_from_json) {
             "--backup=SUFFIX\n"
             "  --no-wait                   do not wait up to 30 seconds for another process that "
             "writes there\n"
+            "  --big TEXT:{error,double,string}=error\n"
+            "                              a whole number that fits neither int nor double becomes "
+            "this\n"
+            "  --duplicates TEXT:{error,last}=error\n"
+            "                              for a key that occurs twice: an error, or the last "
+            "value\n"
             "  --max-errors INT:INT in [1 - 1000000]=100\n"
             "                              report at most this many errors, and as many warnings, "
             "for a file\n"
@@ -484,14 +490,19 @@ TEST_F(ToolUsage, help_of_from_json) {
             "Examples:\n"
             "  qrv from-json data.json -o data.attr\n"
             "  qrv from-json <data.json | qrv get - items/0/name\n"
+            "  qrv from-json --big=string tickets.json -o tickets.attr\n"
             "Objects become maps, and arrays become vectors. A whole number becomes an int if it "
             "fits\n"
             "and a double otherwise. null becomes #nil. What a file cannot contain is an error "
             "with\n"
             "position and path, and nothing is written: a whole number that no double represents\n"
-            "exactly, a key that occurs twice in an object or begins with #, a character 0, "
-            "nesting\n"
-            "that is too deep to be read.\n",
+            "exactly, a key that occurs twice in an object, a character 0, nesting that is too "
+            "deep to\n"
+            "be read.\n"
+            "With --big=double such a number is rounded; with --big=string its digits are stored "
+            "as a\n"
+            "string. With --duplicates=last a key has its last value, at the position of the "
+            "first.\n",
             ""}));
 }
 
@@ -516,6 +527,7 @@ TEST_F(ToolUsage, help_of_to_json) {
               "                              the columns of each level\n"
               "  --compact Excludes: --indent\n"
               "                              write no blanks and only one line\n"
+              "  --integers                  write whole doubles below 2^53 without a point\n"
               "  --strict                    write nothing if data is lost\n"
               "  --max-errors INT:INT in [1 - 1000000]=100\n"
               "                              report at most this many errors, and as many "
@@ -546,6 +558,10 @@ TEST_F(ToolUsage, examples_of_from_json_and_to_json_work) {
     write("data.json", R"({"items": [{"name": "Ann"}]})");
     EXPECT_EQ(run({"from-json", "data.json", "-o", "data.attr"}), (cRun{0, "", ""}));
     EXPECT_EQ(run({"get", "data.attr", "items/0/name"}), (cRun{0, "Ann\n", ""}));
+    write("tickets.json", R"({"id": 12345678901234567891})");
+    EXPECT_EQ(run({"from-json", "--big=string", "tickets.json", "-o", "tickets.attr"}),
+              (cRun{0, "", ""}));
+    EXPECT_EQ(run({"get", "tickets.attr", "id"}), (cRun{0, "12345678901234567891\n", ""}));
     write_example("device.attr");
     EXPECT_EQ(run({"to-json", "device.attr", "-o", "device.json"}).status, 0);
     cRun const compact = run({"to-json", "--compact", "device.attr"});

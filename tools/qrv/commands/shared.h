@@ -19,9 +19,9 @@ void add_target(cArguments &arguments, cTargetOptions &options, char const *what
 // Standard output, the file itself, or another file.
 void add_destination(cArguments &arguments, cWriteOptions &options);
 
-// Runs `work` on the bytes of a file, apart from other files, and prints its messages. Without the
-// bytes the reply is that of a failure.
-using cBytesWork = std::function<void(std::string const &bytes, cMessages &messages, cReply &)>;
+// Runs `work` on the bytes of a file, which it may drop, apart from other files, and prints its
+// messages. Without the bytes the reply is that of a failure.
+using cBytesWork = std::function<void(std::string &bytes, cMessages &messages, cReply &)>;
 cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work);
 
 // The same with the value, for a file that has no errors.
