@@ -91,7 +91,7 @@ class cRandomTree {
             return cat::of(narrow());
         default: {
             std::string const name = text();
-            return cat::of(name.substr(0, 1) == "#" ? "x" + name : name);
+            return cat::of(plain_ && name.starts_with('#') ? "x" + name : name);
         }
         }
     }

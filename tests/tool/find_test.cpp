@@ -320,10 +320,11 @@ TEST_F(ToolFind, a_file_that_does_not_read_cleanly_gives_nothing) {
 }
 
 TEST_F(ToolFind, what_cannot_be_written_is_an_error) {
-    std::string const text = "{d= {'#y'= 1; z= 2}; e= 5}";
-    EXPECT_EQ(find(text, {"[de]"}),
-              (cRun{2, "e = 5;\n",
-                    "f: error: d: Value cannot be written, path : /\"#y\" [0x40000001]\n"}));
+    std::string const text = "{P= attlist(x= attspec(type= int)); d= {y= P(x= 1); z= 2}; "
+                             "P= attlist(w= attspec(type= int)); e= 5}";
+    EXPECT_EQ(
+        find(text, {"[de]"}),
+        (cRun{2, "e = 5;\n", "f: error: d: Value cannot be written, path : /y [0x40000001]\n"}));
     EXPECT_EQ(found(text, "2"), "d/z = 2;\n");
 }
 

@@ -135,12 +135,14 @@ TEST_F(ToolFmtInPlace, refuses_when_text_behind_the_value_would_be_lost_unless_f
 }
 
 TEST_F(ToolFmtInPlace, refuses_when_a_value_cannot_be_written_unless_forced) {
-    write("f", "{'#a'=1}");
-    std::string const told = "f: error: Value cannot be written, path : /\"#a\" [0x40000001]\n";
+    std::string const text = "{P= attlist(x= attspec(default= 1)); d= {y= P(x= 2)}; "
+                             "P= attlist(w= attspec(default= 1))}";
+    write("f", text);
+    std::string const told = "f: error: Value cannot be written, path : /d/y [0x40000001]\n";
     EXPECT_EQ(in_place(), (cRun{2, "", told + refused}));
-    EXPECT_EQ(read("f"), "{'#a'=1}");
+    EXPECT_EQ(read("f"), text);
     EXPECT_EQ(in_place({"--force"}), (cRun{0, "", told}));
-    EXPECT_EQ(read("f"), "{}\n");
+    EXPECT_EQ(read("f"), "{\n  P= attlist(\n      w= attspec(default=1; );\n  );\n  d= {};\n}\n");
 }
 
 TEST_F(ToolFmtInPlace, refuses_lost_digits_of_plain_text_unless_forced) {

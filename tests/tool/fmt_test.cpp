@@ -184,9 +184,14 @@ TEST_F(ToolFmt, keeps_comments_before_the_text_behind_the_value) {
 }
 
 TEST_F(ToolFmt, an_entry_that_cannot_be_written_is_told) {
-    EXPECT_EQ(fmt("{'#a'=1;b=2}"),
-              (cRun{1, "{b= 2; }\n",
-                    "f: error: Value cannot be written, path : /\"#a\" [0x40000001]\n"}));
+    EXPECT_EQ(fmt("{P= attlist(x= attspec(default= 1)); a= P(x= 2); P= attlist(w= "
+                  "attspec(default= 1)); b= 2}"),
+              (cRun{1, "{\n  P= attlist(\n      w= attspec(default=1; );\n  );\n  b= 2;\n}\n",
+                    "f: error: Value cannot be written, path : /a [0x40000001]\n"}));
+}
+
+TEST_F(ToolFmt, keys_that_begin_with_a_hash_sign_are_quoted) {
+    EXPECT_EQ(fmt("{'#a'=1;\"#\"=#cRef(/\"#a\")}"), good("{\"#a\"= 1; \"#\"= #cRef(/\"#a\"); }\n"));
 }
 
 // --- plain text ---

@@ -3,6 +3,9 @@
 #include "tests/tool/tool_run.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <limits>
 
 using tool_test::cRun;
 using tool_test::times;
@@ -77,29 +80,35 @@ TEST_F(ToolFromJson, whole_numbers_are_int_while_they_fit) {
 
 TEST_F(ToolFromJson, whole_numbers_are_double_while_it_holds_them) {
     EXPECT_EQ(text("9007199254740992"), "9007199254740992.0\n");
-    EXPECT_EQ(refused("9007199254740993"),
-              "-:1:1: error: the number 9007199254740993 fits neither int nor double\n");
+    EXPECT_EQ(refused("9007199254740993"), "-:1:1: error: the number 9007199254740993 fits neither "
+                                           "int nor double; use --big=double or --big=string\n");
     EXPECT_EQ(text("9007199254740994"), "9007199254740994.0\n");
     EXPECT_EQ(text("-9007199254740992"), "-9007199254740992.0\n");
     EXPECT_EQ(refused("-9007199254740993"),
-              "-:1:1: error: the number -9007199254740993 fits neither int nor double\n");
+              "-:1:1: error: the number -9007199254740993 fits neither int nor double; use "
+              "--big=double or --big=string\n");
     EXPECT_EQ(text("9223372036854775808"), "9223372036854775808.0\n");
     EXPECT_EQ(refused("18446744073709551615"),
-              "-:1:1: error: the number 18446744073709551615 fits neither int nor double\n");
+              "-:1:1: error: the number 18446744073709551615 fits neither int nor double; use "
+              "--big=double or --big=string\n");
     EXPECT_EQ(text("18446744073709551616"), "18446744073709551616.0\n");
     EXPECT_EQ(refused("18446744073709551617"),
-              "-:1:1: error: the number 18446744073709551617 fits neither int nor double\n");
+              "-:1:1: error: the number 18446744073709551617 fits neither int nor double; use "
+              "--big=double or --big=string\n");
     EXPECT_EQ(text("-18446744073709551616"), "-18446744073709551616.0\n");
 }
 
 TEST_F(ToolFromJson, whole_numbers_of_any_length) {
     EXPECT_EQ(text("1" + times("0", 22)), "1.00000e+22\n");
     EXPECT_EQ(refused("1" + times("0", 23)),
-              "-:1:1: error: the number 1" + times("0", 23) + " fits neither int nor double\n");
-    EXPECT_EQ(refused(times("9", 300)), "-:1:1: error: the number " + times("9", 27) + " ... " +
-                                            times("9", 27) + " fits neither int nor double\n");
-    EXPECT_EQ(refused(times("9", 310)),
-              "-:1:1: error: number overflow parsing '" + times("9", 310) + "'\n");
+              "-:1:1: error: the number 1" + times("0", 23) +
+                  " fits neither int nor double; use --big=double or --big=string\n");
+    EXPECT_EQ(refused(times("9", 300)),
+              "-:1:1: error: the number " + times("9", 27) + " ... " + times("9", 27) +
+                  " fits neither int nor double; use --big=double or --big=string\n");
+    EXPECT_EQ(refused(times("9", 310)), "-:1:1: error: the number " + times("9", 27) + " ... " +
+                                            times("9", 27) +
+                                            " fits neither int nor double; use --big=string\n");
 }
 
 TEST_F(ToolFromJson, doubles_keep_their_value) {
@@ -159,12 +168,14 @@ TEST_F(ToolFromJson, keys) {
               "  \"\xC3\xA9\"= 5;\n  \"\r\"= 6;\n  nil= 7;\n}\n");
 }
 
-TEST_F(ToolFromJson, a_key_that_begins_with_a_number_sign_is_refused) {
-    EXPECT_EQ(
-        refused("{\"a\": {\"#x\": 1, \"x#\": 2}, \"#\": [{\"#\": 0}]}"),
-        "-:1:8: error: a key that begins with '#' cannot be written, at path 'a/\"#x\"'\n"
-        "-:1:27: error: a key that begins with '#' cannot be written, at path '\"#\"'\n"
-        "-:1:34: error: a key that begins with '#' cannot be written, at path '\"#\"/0/\"#\"'\n");
+TEST_F(ToolFromJson, keys_that_begin_with_a_hash_sign_are_quoted) {
+    std::string const json = R"json({"a":{"#x":1,"x#":2},"#":[{"#nil":0}],"#cRef(/a)":{}})json";
+    std::string const attr = text(json);
+    EXPECT_EQ(attr, "{\n  a= {\n      \"#x\"= 1;\n      \"x#\"= 2;\n  }; \n  \"#\"= [\n      {\n"
+                    "          \"#nil\"= 0;\n      }, \n  ]; \n  \"#cRef(/a)\"= {};\n}\n");
+    EXPECT_EQ(run({"to-json", "--compact", "--strict"}, {.input = attr}),
+              (cRun{0, json + "\n", ""}));
+    EXPECT_EQ(run({"get", "-", "\"#\"/0/\"#nil\""}, {.input = attr}), (cRun{0, "0\n", ""}));
 }
 
 TEST_F(ToolFromJson, a_key_that_stands_twice_is_refused) {
@@ -173,6 +184,70 @@ TEST_F(ToolFromJson, a_key_that_stands_twice_is_refused) {
               "-:3:3: error: this key occurs twice in the object, at path 'a'\n");
     EXPECT_EQ(text("[{\"a\": 1}, {\"a\": 1}]"),
               "[\n  {\n      a= 1;\n  },\n  {\n      a= 1;\n  },\n]\n");
+}
+
+TEST_F(ToolFromJson, of_equal_keys_the_last_value_wins_at_the_position_of_the_first) {
+    auto const last = [this](std::string const &json) {
+        cRun const there = run({"from-json", "--duplicates=last"}, {.input = json});
+        EXPECT_EQ(there.status, 0) << json;
+        EXPECT_EQ(there.err, "") << json;
+        return run({"to-json", "--compact"}, {.input = there.out}).out;
+    };
+    EXPECT_EQ(last(R"({"a": 1, "b": {"c": [1], "c": {}}, "a": [2]})"),
+              "{\"a\":[2],\"b\":{\"c\":{}}}\n");
+    EXPECT_EQ(last(R"([{"a": {"x": 1}, "\u0061": {"y": 2}, "a": {"x": 3}}])"),
+              "[{\"a\":{\"x\":3}}]\n");
+    EXPECT_EQ(run({"from-json", "--duplicates=error"}, {.input = R"({"a": 1, "a": 1})"}),
+              (cRun{2, "", "-:1:10: error: this key occurs twice in the object, at path 'a'\n"}));
+    EXPECT_EQ(run({"from-json", "--duplicates=first"}, {.input = "1"}).status, 2);
+}
+
+TEST_F(ToolFromJson, big_numbers_by_choice) {
+    auto const big = [this](char const *choice, std::string const &json) {
+        return run({"from-json", "--big", choice}, {.input = json});
+    };
+    std::string const numbers = "[9007199254740993, -18446744073709551617, 4294967296, 0.5, 1e30]";
+    EXPECT_EQ(big("double", numbers),
+              (cRun{0,
+                    "[9007199254740992.0, -18446744073709551616.0, 4294967296.0, 0.500000, "
+                    "1.00000e+30, ]\n",
+                    ""}));
+    EXPECT_EQ(big("string", numbers),
+              (cRun{0,
+                    "[\"9007199254740993\", \"-18446744073709551617\", 4294967296.0, 0.500000, "
+                    "1.00000e+30, ]\n",
+                    ""}));
+    EXPECT_EQ(big("error", "9007199254740993"), convert("9007199254740993"));
+    EXPECT_EQ(big("none", "1").status, 2);
+}
+
+TEST_F(ToolFromJson, numbers_beyond_every_double_by_choice) {
+    std::string const digits = times("7", 400);
+    auto const json = [](std::string const &number) {
+        return "{\"" + number + "\": [\"" + number + "\", " + number + ",\n-" + number +
+               "], \"b\": ";
+    };
+    EXPECT_EQ(run({"from-json", "--big=string"}, {.input = json(digits) + "1}"}),
+              (cRun{0,
+                    "{\n  \"" + digits + "\"= [\"" + digits + "\", \"" + digits + "\", \"-" +
+                        digits + "\", ];\n  b= 1;\n}\n",
+                    ""}));
+    cRun const rounded = run({"from-json", "--big=double"}, {.input = "[" + digits + "]"});
+    EXPECT_EQ(rounded.status, 2);
+    EXPECT_NE(rounded.err.find("fits neither int nor double, at path '0'; use --big=string\n"),
+              std::string::npos)
+        << rounded.err;
+    EXPECT_EQ(run({"from-json", "--big=string"}, {.input = json(digits) + digits + "\n 8}"}).err,
+              "-:3:2: error: syntax error while parsing object - unexpected number literal; "
+              "expected '}'\n");
+    char largest[400];
+    std::snprintf(largest, sizeof largest, "%.0f", std::numeric_limits<double>::max());
+    EXPECT_EQ(std::strlen(largest), 309u);
+    EXPECT_EQ(text(largest), "1.7976931348623157e+308\n");
+    EXPECT_EQ(syntax("[" + digits + ".]"),
+              "1:403 value - invalid number; expected digit after '.'\n");
+    EXPECT_EQ(syntax("{" + digits + ":1}"),
+              "1:2 object key - unexpected number literal; expected string literal\n");
 }
 
 TEST_F(ToolFromJson, layout) {
@@ -195,13 +270,15 @@ TEST_F(ToolFromJson, layout) {
 
 TEST_F(ToolFromJson, errors_are_told_all_at_once_and_reading_goes_on) {
     EXPECT_EQ(
-        refused("{\"x\": [1, 2], \"x\": [9, {\"#\": 0}],\n"
-                " \"y\": [3000000001, 9007199254740993, {\"#\": 0}, 9007199254740993]}"),
+        refused("{\"x\": [1, 2], \"x\": [9, {\"\\u0000\": 0}],\n"
+                " \"y\": [3000000001, 9007199254740993, {\"\\u0000\": 0}, 9007199254740993]}"),
         "-:1:15: error: this key occurs twice in the object, at path 'x'\n"
-        "-:1:25: error: a key that begins with '#' cannot be written, at path 'x/1/\"#\"'\n"
-        "-:2:20: error: the number 9007199254740993 fits neither int nor double, at path 'y/1'\n"
-        "-:2:39: error: a key that begins with '#' cannot be written, at path 'y/2/\"#\"'\n"
-        "-:2:48: error: the number 9007199254740993 fits neither int nor double, at path 'y/3'\n");
+        "-:1:25: error: a key with a character 0 cannot be written, at path 'x/1/\"\\x00\"'\n"
+        "-:2:20: error: the number 9007199254740993 fits neither int nor double, at path "
+        "'y/1'; use --big=double or --big=string\n"
+        "-:2:39: error: a key with a character 0 cannot be written, at path 'y/2/\"\\x00\"'\n"
+        "-:2:53: error: the number 9007199254740993 fits neither int nor double, at path "
+        "'y/3'; use --big=double or --big=string\n");
 }
 
 TEST_F(ToolFromJson, messages_are_limited) {
@@ -209,16 +286,16 @@ TEST_F(ToolFromJson, messages_are_limited) {
     EXPECT_EQ(run({"from-json", "--max-errors", "2", "f"}),
               (cRun{2, "",
                     "f:1:8: error: the number 9007199254740993 fits neither int nor double, at "
-                    "path 'a/0'\n"
+                    "path 'a/0'; use --big=double or --big=string\n"
                     "f:1:26: error: the number 9007199254740993 fits neither int nor double, at "
-                    "path 'a/1'\n"
+                    "path 'a/1'; use --big=double or --big=string\n"
                     "f: error: 8 more\n"}));
 }
 
 TEST_F(ToolFromJson, places_count_bytes_and_lines_from_1) {
     EXPECT_EQ(refused("{\r\n\t\"\xC3\xA9\\\"\": [\n\n 1,\"x\" , 9007199254740993 ] }"),
               "-:4:10: error: the number 9007199254740993 fits neither int nor double, at path "
-              "'\"\xC3\xA9\\\"\"/2'\n");
+              "'\"\xC3\xA9\\\"\"/2'; use --big=double or --big=string\n");
 }
 
 TEST_F(ToolFromJson, empty_input) {
@@ -280,16 +357,16 @@ TEST_F(ToolFromJson, what_is_no_json) {
 }
 
 TEST_F(ToolFromJson, errors_before_a_syntax_error_are_told_too) {
-    EXPECT_EQ(refused("{\"#\": 1, \"a\": ]"),
-              "-:1:2: error: a key that begins with '#' cannot be written, at path '\"#\"'\n"
-              "-:1:15: error: syntax error while parsing value - unexpected ']'; expected '[', "
+    EXPECT_EQ(refused("{\"\\u0000\": 1, \"a\": ]"),
+              "-:1:2: error: a key with a character 0 cannot be written, at path '\"\\x00\"'\n"
+              "-:1:20: error: syntax error while parsing value - unexpected ']'; expected '[', "
               "'{', or a literal\n");
 }
 
 TEST_F(ToolFromJson, a_mark_of_utf8_is_passed_over) {
     EXPECT_EQ(text("\xEF\xBB\xBF[1]"), "[1, ]\n");
-    EXPECT_EQ(refused("\xEF\xBB\xBF{\"#\":1}"),
-              "-:1:5: error: a key that begins with '#' cannot be written, at path '\"#\"'\n");
+    EXPECT_EQ(refused("\xEF\xBB\xBF{\"\\u0000\":1}"),
+              "-:1:5: error: a key with a character 0 cannot be written, at path '\"\\x00\"'\n");
     EXPECT_EQ(syntax("\xEF\xBB[1]"), "1:3 value - invalid BOM; must be 0xEF 0xBB 0xBF if given\n");
     EXPECT_EQ(syntax("[\xEF\xBB\xBF]"), "1:2 value - invalid literal\n");
 }

@@ -53,7 +53,7 @@ class cRandomJson {
         cOrderedJson all = cOrderedJson::object();
         for (size_t n = below(6); n > 0; --n) {
             std::string const key = text();
-            if (!key.starts_with('#')) all[key] = value(depth - 1);
+            all[key] = value(depth - 1);
         }
         return all;
     }

@@ -74,6 +74,15 @@ TEST_F(ToolToJson, whole_doubles_beyond_int_are_whole_numbers) {
     EXPECT_EQ(json("[9999999999999998.0, 1.0e16, 1.0e22]"), "[9999999999999998.0, 1e+16, 1e+22]\n");
 }
 
+TEST_F(ToolToJson, integers_have_no_point_below_2_to_the_53) {
+    EXPECT_EQ(convert("[1.0, -100000.0, 0.0, -0.0, 2147483648.0, 9007199254740991.0, "
+                      "9007199254740994.0, 1.0e22, 0.5, 7, 8.f]",
+                      {"--integers"})
+                  .out,
+              "[1, -100000, 0, -0.0, 2147483648, 9007199254740991, 9007199254740994.0, 1e+22, "
+              "0.5, 7, 8]\n");
+}
+
 TEST_F(ToolToJson, doubles_have_the_digits_they_need) {
     EXPECT_EQ(json("[0.1, 0.30000000000000004, 1.0e-5, 9.9e-6, 1.0e-7, 1.7976931348623157e308, "
                    "4.94066e-324]"),

@@ -55,6 +55,10 @@ TEST_F(ToolUsage, examples_of_from_json_and_to_json_work) {
     write("data.json", R"({"items": [{"name": "Ann"}]})");
     EXPECT_EQ(run({"from-json", "data.json", "-o", "data.attr"}), (cRun{0, "", ""}));
     EXPECT_EQ(run({"get", "data.attr", "items/0/name"}), (cRun{0, "Ann\n", ""}));
+    write("tickets.json", R"({"id": 12345678901234567891})");
+    EXPECT_EQ(run({"from-json", "--big=string", "tickets.json", "-o", "tickets.attr"}),
+              (cRun{0, "", ""}));
+    EXPECT_EQ(run({"get", "tickets.attr", "id"}), (cRun{0, "12345678901234567891\n", ""}));
     write_example("device.attr");
     EXPECT_EQ(run({"to-json", "device.attr", "-o", "device.json"}).status, 0);
     cRun const compact = run({"to-json", "--compact", "device.attr"});

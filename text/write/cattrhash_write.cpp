@@ -180,6 +180,8 @@ class cEntryWriter {
     bool can_write(objref const &ref);
     bool can_write_key(objref const &key);
     bool is_flat_token(objref const &ref) const;
+    // In exact text only the keys of a member table are hidden.
+    bool hides(cObj const &key) const { return (!tables_ || members_) && is_hidden(key); }
     // Does only the node own it? Then it isn't a constant.
     bool is_lone(objref const &ref) const { return ref->refs() == 1 && owns_; }
 
@@ -189,6 +191,7 @@ class cEntryWriter {
     bool lines_;
     bool listed_;
     bool set_;
+    bool members_ = holder_ && holder_->ommap_ptr() == &hash_;
     bool owns_ = &hash_ != core.const_hash; // the node is an owner beside the map of constants
     cTextState &state_ = text_state();
     cExactTables *tables_ = exact_text() ? cExactRun::tables() : nullptr;
@@ -240,7 +243,7 @@ bool cEntryWriter::is_composed(cAttrNode const &node) {
     bool const keyed = !listed_;
     objref const &key = node.key();
     if (keyed && !(is_token(*key) && is_lone(key))) return false;
-    if (tables_ ? keyed && !exact_key(key, true) : is_hidden(*key)) return false;
+    if (hides(*key) || (tables_ && keyed && !exact_key(key, true))) return false;
     // A comment that exact text can't write is reported with the entry's path.
     if (tables_ && (node.value().has_ommap() || !has_token(node.value()))) return false;
     open_.begin_entry(node);
@@ -369,7 +372,7 @@ bool cEntryWriter::can_write(objref const &ref) {
 }
 
 bool cEntryWriter::can_write_key(objref const &key) {
-    return key && key->type().is_keytype() && can_write(key) && !is_hidden(*key);
+    return key && key->type().is_keytype() && can_write(key) && !hides(*key);
 }
 
 void cEntryWriter::exact_entry(cAttrNode const &node) {
@@ -486,7 +489,8 @@ bool cEntryWriter::is_flat() const {
     if (holder_ && holder_->has_ommap() && !cObj::is_void(holder_->omember("//"))) return false;
     for (cAttrNode const *node = hash_.first(); node; node = hash_.next(node)) {
         if (!is_flat_token(node->valref())) return false;
-        if (!listed_ && (!is_flat_token(node->key()) || !exact_key(node->key(), true)))
+        objref const &key = node->key();
+        if (!listed_ && (!is_flat_token(key) || hides(*key) || !exact_key(key, true)))
             return false;
     }
     return true;

@@ -108,8 +108,7 @@ bool exact_writable(cObj const &obj, bool lone) {
 }
 
 bool exact_key(objref const &key, bool lone) {
-    if (!key || !key->type().is_keytype() || !exact_writable(*key, lone)) return false;
-    return !is_hidden(*key);
+    return key && key->type().is_keytype() && exact_writable(*key, lone);
 }
 
 bool exact_path_key(objref const &key) {

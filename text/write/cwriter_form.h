@@ -48,7 +48,7 @@ inline cForm form_of_token(cObj const &obj) {
     return static_cast<cForm>(obj.object_class());
 }
 
-// Such keys never appear in a plain text.
+// A string that begins with '#'. Such keys never appear in plain text.
 inline bool is_hidden(cObj const &key) {
     if (&key.type() != core.string) return false;
     std::string const *const text = value_of<std::string>(key);

@@ -63,8 +63,10 @@ cReply on_file(std::string const &file, int max_errors, cMark mark, cBytesWork c
         cMessages messages(file, max_errors);
         std::string bytes;
         if (read_bytes(file, bytes, messages)) {
-            if (mark == cMark::cut) cut_mark(bytes);
-            messages.source(bytes);
+            if (mark == cMark::cut) {
+                cut_mark(bytes);
+                messages.source(bytes);
+            }
             work(bytes, messages, reply);
         }
         reply.found = messages.findings();

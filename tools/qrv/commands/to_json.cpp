@@ -15,6 +15,7 @@ struct cOptions {
     cTargetOptions target;
     int indent = 2;
     bool compact = false;
+    bool integers = false;
     bool strict = false; // a loss is an error
     int max_errors = default_max_errors;
 };
@@ -51,7 +52,8 @@ int status_of(cMessages const &messages, bool strict) {
 
 void convert(cOptions const &options, cRead const &file, cReply &reply) {
     if (options.strict) file.messages.warnings_are_errors();
-    cJsonForm const form{options.indent, options.compact, longest_text_from(file.bytes.size())};
+    cJsonForm const form{options.indent, options.compact, options.integers,
+                         longest_text_from(file.bytes.size())};
     reply.text = json_text(file.value, form, file.messages) + "\n";
     tell_lost_text(file.reading, file.bytes, file.messages);
     reply.status = status_of(file.messages, options.strict);
@@ -72,6 +74,8 @@ void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.option("--indent", options.indent, {0, 16}, "the columns of each level");
     arguments.flag("--compact", options.compact, "write no blanks and only one line");
     arguments.exclude("--compact", "--indent");
+    arguments.flag("--integers", options.integers,
+                   "write whole doubles below 2^53 without a point");
     arguments.flag("--strict", options.strict, "write nothing if data is lost");
     add_max_errors(arguments, options.max_errors);
 }

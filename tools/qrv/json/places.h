@@ -15,6 +15,7 @@ class cJsonPlaces {
 
     void next();                            // to the next token that is told
     size_t start() const { return start_; } // of that token
+    size_t end() const { return end_; }     // after it
     // The start of the token, told or not, that has this offset and stands behind the last one that
     // was told. At the end of the text the end.
     size_t token_at(size_t offset) const;

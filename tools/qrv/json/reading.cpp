@@ -12,6 +12,7 @@
 
 #include <charconv>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -30,6 +31,29 @@ struct cLevel {
     bool refused = false; // it can't be stored
 };
 
+// All whole numbers with fewer digits are in the range of double.
+constexpr size_t digits_beyond_double = 309;
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+// Are there so many digits in a row?
+bool has_row_of_digits(std::string const &bytes, size_t count) {
+    for (size_t probe = count - 1; probe < bytes.size(); probe += count) {
+        size_t begin = probe + 1, end = probe;
+        while (begin > 0 && is_digit(bytes[begin - 1])) --begin;
+        while (end < bytes.size() && is_digit(bytes[end])) ++end;
+        if (end >= begin + count) return true;
+    }
+    return false;
+}
+
+// The nearest double of a whole number; none beyond their range.
+std::optional<double> nearest_double(std::string_view text) {
+    double number = 0;
+    auto const read = std::from_chars(text.data(), text.data() + text.size(), number);
+    return read.ec == std::errc() ? std::optional(number) : std::nullopt;
+}
+
 // Has the double exactly this value? The text is a whole number.
 bool is_exact(double number, std::string const &text) {
     char digits[400];
@@ -38,7 +62,22 @@ bool is_exact(double number, std::string const &text) {
     return std::string_view(digits, static_cast<size_t>(written.ptr - digits)) == text;
 }
 
-bool is_whole(std::string const &text) { return text.find_first_of(".eE") == std::string::npos; }
+bool is_whole(std::string_view text) { return text.find_first_of(".eE") == text.npos; }
+
+// The parser gives up at a number beyond the range of double. In what it reads, a whole one is a 0
+// with a fraction instead, of the same length; the builder looks at the original.
+std::string with_numbers_in_range(std::string const &bytes) {
+    std::string changed = bytes;
+    cJsonPlaces places(bytes);
+    for (places.next(); places.start() < bytes.size(); places.next()) {
+        std::string_view const token(&bytes[places.start()], places.end() - places.start());
+        if (token.size() < digits_beyond_double || token[0] == '"' || !is_whole(token)) continue;
+        size_t const digits = places.start() + (token[0] == '-');
+        changed.replace(digits, places.end() - digits, places.end() - digits, '0');
+        changed[digits + 1] = '.';
+    }
+    return changed;
+}
 
 // The parser's text without its own place, and without the token, which may be long.
 std::string reason_of(std::string text) {
@@ -52,9 +91,9 @@ std::string reason_of(std::string text) {
 
 class cBuilder : public nlohmann::json_sax<cJson> {
   public:
-    cBuilder(std::string const &bytes, cMessages &messages)
-        : messages_(messages), places_(bytes), size_(bytes.size()), one_line_(cat::of("sc")),
-          many_lines_(cat::of("wc")) {}
+    cBuilder(std::string const &bytes, cJsonRules const &rules, cMessages &messages)
+        : bytes_(bytes), rules_(rules), messages_(messages), places_(bytes),
+          one_line_(cat::of("sc")), many_lines_(cat::of("wc")) {}
     cBuilder(cBuilder const &) = delete;
     cBuilder &operator=(cBuilder const &) = delete;
 
@@ -74,10 +113,11 @@ class cBuilder : public nlohmann::json_sax<cJson> {
     bool number_unsigned(number_unsigned_t value) override { return add_whole(value); }
 
     // A whole number comes here when it has more than 64 bits.
-    bool number_float(number_float_t value, string_t const &text) override {
+    bool number_float(number_float_t value, string_t const &) override {
         places_.next();
-        if (is_whole(text) && !is_exact(value, text)) return refuse_whole(text);
-        return add(cat::of(value));
+        std::string_view const token(&bytes_[places_.start()], places_.end() - places_.start());
+        if (!is_whole(token)) return add(cat::of(value));
+        return add_big(std::string(token), nearest_double(token));
     }
 
     bool string(string_t &value) override {
@@ -112,7 +152,8 @@ class cBuilder : public nlohmann::json_sax<cJson> {
         std::string text = reason_of(error.what());
         bool const invalid = text.find(" - invalid ") != std::string::npos;
         bool const literal = text.find("invalid literal") != std::string::npos;
-        size_t const last = std::min(position, literal ? size_ : size_ + 1) - 1;
+        size_t const size = bytes_.size();
+        size_t const last = std::min(position, literal ? size : size + 1) - 1;
         size_t const at = literal || !invalid ? places_.token_at(last) : last;
         if (text.starts_with("number overflow")) text += at_path(path());
         messages_.error(places_.place(at), text);
@@ -123,13 +164,17 @@ class cBuilder : public nlohmann::json_sax<cJson> {
     template <class T> bool add_whole(T value) {
         places_.next();
         if (std::in_range<int>(value)) return add(cat::of(static_cast<int>(value)));
-        std::string const text = std::to_string(value);
-        double const number = static_cast<double>(value);
-        return is_exact(number, text) ? add(cat::of(number)) : refuse_whole(text);
+        return add_big(std::to_string(value), static_cast<double>(value));
     }
 
-    bool refuse_whole(std::string const &text) {
-        return refuse("the number " + shortened(text, 60) + " fits neither int nor double");
+    // A whole number that is not an int.
+    bool add_big(std::string const &text, std::optional<double> nearest) {
+        using cBig = cJsonRules::cBig;
+        if (nearest && (rules_.big == cBig::nearest_double || is_exact(*nearest, text)))
+            return add(cat::of(*nearest));
+        if (rules_.big == cBig::string) return add(cat::of(text));
+        return refuse("the number " + shortened(text, 60) + " fits neither int nor double",
+                      nearest ? "; use --big=double or --big=string" : "; use --big=string");
     }
 
     bool add(objref const &value, bool has_lines = false) {
@@ -188,24 +233,23 @@ class cBuilder : public nlohmann::json_sax<cJson> {
     }
 
     // The scalar at the current path can't be stored.
-    bool refuse(std::string const &why) {
+    bool refuse(std::string const &why, char const *advice = "") {
         if (too_deep_ > 0) return true;
-        tell(why);
+        tell(why, advice);
         return next_entry();
     }
 
-    void tell(std::string const &why) {
+    void tell(std::string const &why, char const *advice = "") {
         if (messages_.tells_errors())
-            messages_.error(places_.place(places_.start()), why + at_path(path()));
+            messages_.error(places_.place(places_.start()), why + at_path(path()) + advice);
         else
             messages_.more(1);
     }
 
-    static std::string fault_of_key(cLevel const &level) {
-        if (level.key.starts_with('#')) return "a key that begins with '#' cannot be written";
+    std::string fault_of_key(cLevel const &level) const {
         if (level.key.find('\0') != std::string::npos)
             return "a key with a character 0 cannot be written";
-        if (level.container->datamap().find(level.key))
+        if (!rules_.last_wins && level.container->datamap().find(level.key))
             return "this key occurs twice in the object";
         return "";
     }
@@ -217,9 +261,10 @@ class cBuilder : public nlohmann::json_sax<cJson> {
         return path;
     }
 
+    std::string const &bytes_;
+    cJsonRules const &rules_;
     cMessages &messages_;
     cJsonPlaces places_;
-    size_t const size_;
     objref const one_line_, many_lines_;
     std::vector<cLevel> levels_;
     size_t too_deep_ = 0; // levels that are passed over
@@ -228,11 +273,14 @@ class cBuilder : public nlohmann::json_sax<cJson> {
 
 } // namespace
 
-objref read_json(std::string const &bytes, cMessages &messages) {
+objref read_json(std::string const &bytes, cJsonRules const &rules, cMessages &messages) {
     size_t const before = messages.count();
-    cBuilder builder(bytes, messages);
+    cBuilder builder(bytes, rules, messages);
+    std::string changed;
+    if (has_row_of_digits(bytes, digits_beyond_double)) changed = with_numbers_in_range(bytes);
+    std::string const &text = changed.empty() ? bytes : changed;
     size_t const zero = bytes.find('\0'); // to the parser the end of the text
-    if (cJson::sax_parse(bytes.begin(), bytes.end(), &builder) && zero != bytes.npos)
+    if (cJson::sax_parse(text.begin(), text.end(), &builder) && zero != bytes.npos)
         messages.error(cJsonPlaces(bytes).place(zero), "a character 0 follows the value");
     return messages.count() == before ? builder.value() : nullptr;
 }

@@ -35,10 +35,11 @@ bool beyond_int(double number) {
     return number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max();
 }
 
-template <class T> std::string number_text(T number) {
+template <class T> std::string number_text(T number, bool integers) {
     std::string const text = digits(number);
     if (text.find_first_of(".e") != std::string::npos) return text;
-    return beyond_int(number) && std::abs(number) <= whole_up_to ? text : text + ".0";
+    bool const whole = integers && std::abs(number) < whole_up_to && text != "-0";
+    return whole || (beyond_int(number) && std::abs(number) <= whole_up_to) ? text : text + ".0";
 }
 
 template <class T> T const *value_of(cObj const &obj, cTypeObj const &type) {
@@ -53,6 +54,7 @@ class cJsonWriter {
     cJsonWriter &operator=(cJsonWriter const &) = delete;
 
     std::string text(objref const &value) {
+        out_.reserve(form_.room);
         put(value, form_.compact);
         return given_up_ ? "" : std::move(out_);
     }
@@ -101,10 +103,10 @@ class cJsonWriter {
         if (auto const *number = value_of<int>(obj, cat::type_int()))
             return put_text(std::to_string(*number));
         if (auto const *number = value_of<double>(obj, cat::type_double()))
-            return put_text(number_text(*number));
+            return put_text(number_text(*number, form_.integers));
         if (auto const *number = value_of<float>(obj, cat::type_float())) {
             lose("a float becomes a double");
-            return put_text(number_text(*number));
+            return put_text(number_text(*number, form_.integers));
         }
         if (auto const *format = dynamic_cast<cIntFormat const *>(value.get())) {
             lose("an intf becomes an int");

@@ -7,9 +7,9 @@
 #include <string>
 
 // The text: `head`, the value, and a line feed; the plain writer's bytes alone if canonical. Each
-// value that can't be written is reported.
+// value that can't be written is reported. Up to `room` characters it is not moved as it grows.
 std::string written(objref const &value, std::string const &head, bool canonical,
-                    cMessages &messages);
+                    cMessages &messages, size_t room = 0);
 
 // That text without comments, and without the blanks that the writer leaves at line ends. Lines of
 // strings keep theirs.

@@ -6,6 +6,7 @@
 //   - numbers whose plain text isn't one token of that type and value: the shortest text that is,
 //     with ".0" put in where no point stands, and "f" behind a float
 //   - strings `true` and `false` in quotes; a line feed as a backslash and the line feed
+//   - a map's entries whose key is a string that begins with '#': written, with the key in quotes
 //   - constants always by name, never as a back reference
 //   - a blank between two "<"
 //   - a one-line container with an entry that spans lines is written over many lines
@@ -16,13 +17,13 @@
 //   0x40000001 "Value cannot be written, path : " and the path
 // That is: infinity and NaN; cat::bad() and cat::badfind() in a container, which takes neither when
 // it is read; a value without text or whose `write` fails; a key that is no key when it is read
-// (beginning with '#', without text, of a type without key hooks); a constant or type whose name
-// isn't read as one; a back reference through a key that is no number, string, bool or constant, or
-// into a container that isn't closed yet; a comment that is more than white space and comments (the
-// value stays); an object of an attribute type that the type, as it is declared now, would refuse
-// or read as another object, for example one of an older declaration; an object of an attribute
-// type whose required attribute is left out; a specification whose type has no name. A
-// specification whose default is left out is written as #IMPLIED.
+// (without text, of a type without key hooks), and a member's that begins with '#'; a constant or
+// type whose name isn't read as one; a back reference through a key that is no number, string, bool
+// or constant, or into a container that isn't closed yet; a comment that is more than white space
+// and comments (the value stays); an object of an attribute type that the type, as it is declared
+// now, would refuse or read as another object, for example one of an older declaration; an object
+// of an attribute type whose required attribute is left out; a specification whose type has no
+// name. A specification whose default is left out is written as #IMPLIED.
 //
 // Guards nest. It acts on every written form, cat::as_text and cat::as_string included.
 
