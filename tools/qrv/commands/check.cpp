@@ -3,7 +3,6 @@
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
 #include "tools/qrv/reading/reading.h"
-#include "tools/qrv/rules/hints.h"
 
 namespace {
 
@@ -20,22 +19,9 @@ constexpr char const *help =
     "Example:\n"
     "  qrv check *.attr";
 
-// A bracket that closes too much has often caused an error before it on its line.
-void add_text_after(std::string const &bytes, cPlace place, cMessages &messages) {
-    if (messages.shows_all()) return messages.error(place, text_after_first_value);
-    cDiagnostic found = text_after_value(bytes, place);
-    std::vector<cDiagnostic> const &before = messages.findings().diagnostics;
-    bool const follows =
-        found.place != place && !before.empty() && before.back().place.line == found.place.line;
-    if (follows)
-        messages.following();
-    else
-        messages.add(std::move(found));
-}
-
 void check_file(std::string const &bytes, cMessages &messages, cReply &reply) {
     cReading const reading = read_value(bytes, messages);
-    if (reading.behind) add_text_after(bytes, *reading.behind, messages);
+    report_text_after(bytes, reading, messages);
     if (!reading.empty) reply.status = messages.count() == 0 ? exit_done : exit_found;
 }
 

@@ -207,3 +207,18 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
         reading.behind = scan.behind();
     return reading;
 }
+
+// A bracket that closes too much has often caused an error before it on its line.
+void report_text_after(std::string const &bytes, cReading const &reading, cMessages &messages) {
+    if (!reading.behind) return;
+    cPlace const place = *reading.behind;
+    if (messages.shows_all()) return messages.error(place, text_after_first_value);
+    cDiagnostic found = text_after_value(bytes, place);
+    std::vector<cDiagnostic> const &before = messages.findings().diagnostics;
+    bool const follows =
+        found.place != place && !before.empty() && before.back().place.line == found.place.line;
+    if (follows)
+        messages.following();
+    else
+        messages.add(std::move(found));
+}
