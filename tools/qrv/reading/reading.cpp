@@ -76,6 +76,7 @@ std::vector<cUnread> unread(cSurvey const &survey, cPlace end) {
         error.line = place.line;
         error.column = place.column;
         error.text = text;
+        error.kind = cat::ErrorKind::read_token;
         found.push_back({std::move(error), to_the_end});
     };
     for (cStray const &stray : survey.strays)

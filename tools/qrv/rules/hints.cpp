@@ -242,8 +242,10 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
         if (mistake.error.kind == cat::ErrorKind::read_equals)
             hints.place_at_missing_value(mistake);
         size_t const offset = hints.offset({mistake.error.line, mistake.error.column});
-        bool const is_unclosed = mistake.error.end_line != 0; // which says enough
-        std::optional<cHints::cFound> const hint = is_unclosed ? std::nullopt : hints.find(offset);
+        // What is said of a bracket that is not closed, or by the tool itself, says enough.
+        bool const is_clear =
+            mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
+        std::optional<cHints::cFound> const hint = is_clear ? std::nullopt : hints.find(offset);
         cSlip const *const slip = hint ? hint->slip : nullptr;
         if (!found.empty() && (offset < end || (slip && slip == last && slip->repeats))) {
             join(found.back(), mistake);
