@@ -241,7 +241,7 @@ TEST_F(ToolFmt, a_file_that_does_not_read_cleanly_is_not_written) {
     EXPECT_EQ(fmt("{a=1 // open\n b=2}"),
               (cRun{2, "",
                     "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"
-                    "f:1:5: note: a ; is missing here\n"}));
+                    "f:1:5: note: a ; or , is missing here\n"}));
     EXPECT_EQ(fmt("{a=1; /* open }"), (cRun{2, "",
                                             "f:1:7: error: this comment is not closed\n"
                                             "f:1:7: note: 1 more error follows from it\n"}));

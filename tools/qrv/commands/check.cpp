@@ -7,7 +7,6 @@
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/report.h"
 #include "tools/qrv/reading/reading.h"
-#include "tools/qrv/rules/hints.h"
 #include "tools/qrv/rules/warnings.h"
 
 namespace {
@@ -34,26 +33,13 @@ constexpr char const *help =
     "counts.\n"
     "With --format nothing else is printed: text is the messages as they are without it.";
 
-// A bracket that closes too much has often caused an error before it on its line.
-void add_text_after(std::string const &bytes, cPlace place, cMessages &messages) {
-    if (messages.shows_all()) return messages.error(place, text_after_first_value);
-    cDiagnostic found = text_after_value(bytes, place);
-    std::vector<cDiagnostic> const &before = messages.findings().diagnostics;
-    bool const follows =
-        found.place != place && !before.empty() && before.back().place.line == found.place.line;
-    if (follows)
-        messages.following();
-    else
-        messages.add(std::move(found));
-}
-
 std::string wrong_warning(std::string const &form) { return cWarningLevels().set(form); }
 
 void check_file(std::string const &bytes, cWarningLevels const &levels, cMessages &messages,
                 cReply &reply) {
     cat::SourceMap const map;
     cReading const reading = read_value(bytes, messages);
-    if (reading.behind) add_text_after(bytes, *reading.behind, messages);
+    report_text_after(bytes, reading, messages);
     add_warnings(bytes, map, levels, messages);
     messages.sort();
     if (!reading.empty) reply.status = messages.count() == 0 ? exit_done : exit_found;

@@ -106,6 +106,7 @@ std::vector<cUnread> unread(cSurvey const &survey, cPlace end) {
         error.line = place.line;
         error.column = place.column;
         error.text = text;
+        error.kind = cat::ErrorKind::read_token;
         found.push_back({std::move(error), to_the_end});
     };
     for (cStray const &stray : survey.strays)
@@ -234,4 +235,19 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     if (reading.clean || (found && whole && reading.value->is_container()))
         reading.behind = scan.behind();
     return reading;
+}
+
+// A bracket that closes too much has often caused an error before it on its line.
+void report_text_after(std::string const &bytes, cReading const &reading, cMessages &messages) {
+    if (!reading.behind) return;
+    cPlace const place = *reading.behind;
+    if (messages.shows_all()) return messages.error(place, text_after_first_value);
+    cDiagnostic found = text_after_value(bytes, place);
+    std::vector<cDiagnostic> const &before = messages.findings().diagnostics;
+    bool const follows =
+        found.place != place && !before.empty() && before.back().place.line == found.place.line;
+    if (follows)
+        messages.following();
+    else
+        messages.add(std::move(found));
 }

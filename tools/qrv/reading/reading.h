@@ -28,3 +28,6 @@ constexpr size_t longest_text_from(size_t file_size) { return 16000000 + 16 * fi
 
 // Reads the first value of the text, with its comments. Errors go to messages.
 cReading read_value(std::string const &bytes, cMessages &messages);
+
+// An error if there is text after the value.
+void report_text_after(std::string const &bytes, cReading const &reading, cMessages &messages);

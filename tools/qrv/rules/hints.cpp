@@ -22,6 +22,7 @@ struct cSlip {
 #define WORD "[A-Za-z_][A-Za-z_0-9]*"
 #define NUMBER "[+-]?[0-9]+(?:\\.[0-9]+)?"
 #define QUOTED "\"[^\"]*\""
+#define SPACE "(?:\\s|//[^\n]*\n)*"
 #define START "(?:^|[{\\[(<;,])\\s*"
 #define KEY START "(?:" WORD "|" QUOTED ")\\s*"
 
@@ -134,7 +135,7 @@ constexpr cSlip slips[] = {
     {"=\\s*(" WORD "(?:[ \\t]+" WORD ")+)", "write text with blanks in quotes: \"$1\""},
     {"[A-Za-z_0-9\"]()\\s*\\|", "write ; or , between values"},
     {"[A-Za-z_0-9\"](:)\\s", "write ; or , between values, or = after a key"},
-    {"[A-Za-z_0-9\"']()\\s*$", "a ; or , is missing here"},
+    {"[A-Za-z_0-9\"']()\\s*(?://.*)?$", "a ; or , is missing here"},
     {"(?:" NUMBER "|" WORD "|" QUOTED ")()[ \\t]+(?:" NUMBER "|" WORD "|\")",
      "a ; or , is missing here"},
 };
@@ -171,9 +172,13 @@ class cHints {
 
     size_t offset(cPlace place) const { return lines_.offset(place); }
 
-    // After `a= ;` the reader takes the next key as the value, and reports the = after it.
+    // After `a= ;` the reader takes the next key as the value, and reports what comes after it.
     void place_at_missing_value(cMistake &mistake) const {
-        static std::regex const expression("=\\s*([;,])\\s*(?:" WORD "|" QUOTED ")\\s*$");
+        using enum cat::ErrorKind;
+        cat::ErrorKind const kind = mistake.error.kind;
+        if (kind != read_equals && kind != read_no_value && kind != read_key_type) return;
+        static std::regex const expression("=\\s*([;,])" SPACE "(?:(?:" WORD "|" QUOTED ")" SPACE
+                                           "(?:=" SPACE ")?)?$");
         size_t const end = lines_.offset({mistake.error.line, mistake.error.column});
         size_t const begin = end - std::min(end, reach);
         std::string const before = bytes_.substr(begin, end - begin);
@@ -214,6 +219,7 @@ class cHints {
 #undef NUMBER
 #undef QUOTED
 #undef START
+#undef SPACE
 #undef KEY
 
 void join(cMistake &to, cMistake const &from) {
@@ -236,8 +242,10 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
         if (mistake.error.kind == cat::ErrorKind::read_equals)
             hints.place_at_missing_value(mistake);
         size_t const offset = hints.offset({mistake.error.line, mistake.error.column});
-        bool const is_unclosed = mistake.error.end_line != 0; // which says enough
-        std::optional<cHints::cFound> const hint = is_unclosed ? std::nullopt : hints.find(offset);
+        // What is said of a bracket that is not closed, or by the tool itself, says enough.
+        bool const is_clear =
+            mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
+        std::optional<cHints::cFound> const hint = is_clear ? std::nullopt : hints.find(offset);
         cSlip const *const slip = hint ? hint->slip : nullptr;
         if (!found.empty() && (offset < end || (slip && slip == last && slip->repeats))) {
             join(found.back(), mistake);
