@@ -55,7 +55,7 @@ int print_messages(cOptions const &options, cBytesWork const &check) {
 int print_report(cOptions const &options, cBytesWork const &check) {
     std::vector<cReport::cRule> const rules = warning_rules();
     cReport report(options.format, rules);
-    auto const work = [&](std::string const &bytes, cMessages &messages, cReply &reply) {
+    auto const work = [&](std::string &bytes, cMessages &messages, cReply &reply) {
         check(bytes, messages, reply);
         reply.text = report.part(messages.findings(), bytes);
     };
