@@ -129,7 +129,8 @@ TEST_F(ToolCheck, order_does_not_choose_what_is_told) {
                     "f:2:1: error: Unexpected token '? [0x40000002]\n"
                     "f:6:1: error: byte 0xff outside of strings and comments\n"
                     "f: error: 4 more\n"};
-    EXPECT_EQ(run_on("[\n" + times("? 1,\n", 4) + "\xFF]", {"check", "--max-errors", "2"}), told);
+    EXPECT_EQ(run_on("[\n" + times("? 1,\n", 4) + "\xFF]", {"check", "--all", "--max-errors", "2"}),
+              told);
 }
 
 TEST_F(ToolCheck, tells_text_behind_the_value) {
@@ -182,7 +183,7 @@ TEST_F(ToolCheck, of_a_file_without_a_value_is_2) {
     EXPECT_EQ(run_on("", {"check"}), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(run_on("// x\n", {"check"}), none);
     EXPECT_EQ(run_on("}", {"check"}), none);
-    EXPECT_EQ(run_on("\xEF\xBB\xBF[1]", {"check"}),
+    EXPECT_EQ(run_on("\xEF\xBB\xBF[1]", {"check", "--all"}),
               (cRun{2, "",
                     "f:1:1: error: byte 0xef outside of strings and comments\n"
                     "f: error: the file contains no value\n"}));
@@ -212,11 +213,13 @@ TEST_F(ToolCheck, tells_a_hundred_errors_of_a_file_or_as_many_as_asked) {
             lines += "f:" + std::to_string(i + 2) + ":1: error: Unexpected token '? [0x40000002]\n";
         return cRun{1, "", lines + more};
     };
-    EXPECT_EQ(run_on(text, {"check"}), told(100, "f: error: 50 more\n"));
-    EXPECT_EQ(run_on(text, {"check", "--max-errors", "149"}), told(149, "f: error: 1 more\n"));
-    EXPECT_EQ(run_on(text, {"check", "--max-errors", "150"}), told(150, ""));
-    EXPECT_EQ(run_on(text, {"check", "--max-errors", "1"}), told(1, "f: error: 149 more\n"));
-    EXPECT_EQ(run({"check", "--max-errors", "1", "f", "f"}).err,
+    EXPECT_EQ(run_on(text, {"check", "--all"}), told(100, "f: error: 50 more\n"));
+    EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "149"}),
+              told(149, "f: error: 1 more\n"));
+    EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "150"}), told(150, ""));
+    EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "1"}),
+              told(1, "f: error: 149 more\n"));
+    EXPECT_EQ(run({"check", "--all", "--max-errors", "1", "f", "f"}).err,
               times("f:2:1: error: Unexpected token '? [0x40000002]\nf: error: 149 more\n", 2));
 }
 

@@ -25,7 +25,7 @@ class ToolFormatted : public tool_test::Tool {
         return result.err;
     }
     std::string checked(std::string const &text) const {
-        cRun const result = run({"check", "-"}, {.input = text});
+        cRun const result = run({"check", "--all", "-"}, {.input = text});
         EXPECT_EQ(result.status, result.err.empty() ? 0 : 1) << text;
         EXPECT_EQ(result.out, "");
         return result.err;

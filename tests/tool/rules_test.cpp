@@ -364,7 +364,7 @@ TEST_F(ToolRules, three_thousand_broken_objects) {
     std::string const all = check(text);
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 101);
     EXPECT_EQ(all.substr(all.rfind("f: ")), "f: error: 5900 more\n");
-    EXPECT_EQ(run_on(text, {"check", "--max-errors", "1"}),
+    EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "1"}),
               (cRun{1, "",
                     "f:2:6: error: key 'n' of type R must be an int, not a string, path /r/n, "
                     "declared at 1:13" +
@@ -389,7 +389,7 @@ TEST_F(ToolRules, two_thousand_unknown_names_and_as_many_known_ones) {
         choices += "k" + n + "= 1;\n";
     }
     cRun const run = run_on(types + "C= choice({" + choices + "});" + uses + "}",
-                            {"check", "--max-errors", "1000000"});
+                            {"check", "--all", "--max-errors", "1000000"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 6000);
     EXPECT_NE(run.err.find("Tipe0; did you mean 'Type0'?"), std::string::npos);

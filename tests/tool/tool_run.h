@@ -144,9 +144,10 @@ class Tool : public testing::Test {
         return run(std::move(arguments));
     }
     cRun fmt(std::string const &bytes) const { return run_on(bytes, {"fmt"}); }
-    // What `check` tells. Its output is empty, and its status is that of the findings.
+    // Every error that `check` reports. Its output is empty, and its status is that of the
+    // findings.
     std::string check(std::string const &bytes) const {
-        cRun const run = run_on(bytes, {"check"});
+        cRun const run = run_on(bytes, {"check", "--all"});
         EXPECT_EQ(run.out, "");
         EXPECT_EQ(run.status, run.err.empty() ? 0 : 1);
         return run.err;

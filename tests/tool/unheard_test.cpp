@@ -8,7 +8,7 @@ class ToolUnheard : public tool_test::Tool {
   protected:
     std::string checked(std::string const &text) const {
         write("f", text);
-        return run({"check", "f"}).err + run({"check", "f"}).out;
+        return run({"check", "--all", "f"}).err + run({"check", "--all", "f"}).out;
     }
 };
 

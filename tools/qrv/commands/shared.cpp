@@ -58,7 +58,10 @@ cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &wor
     cReply const reply = apart(file, [&](cReply &r) {
         cMessages messages(file, max_errors);
         std::string bytes;
-        if (read_bytes(file, bytes, messages)) work(bytes, messages, r);
+        if (read_bytes(file, bytes, messages)) {
+            messages.source(bytes);
+            work(bytes, messages, r);
+        }
         r.found = messages.findings();
     });
     put_messages(reply);

@@ -60,6 +60,7 @@ cReply rewritten(std::string const &name, std::string const &text, cTask const &
 cReply first_reading(std::string const &bytes, cTask const &task, cMessages &messages) {
     cReply const reply = apart(messages.name(), [&](cReply &r) {
         cMessages told(messages.name(), messages.limit());
+        told.source(bytes);
         rewrite_text(bytes, task, 0, told, r);
         r.found = told.findings();
     });
@@ -110,6 +111,7 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
         reply.found = messages.findings();
         return;
     }
+    messages.source(reply.extra);
     if (task.way == cTask::formatted) {
         format(reply.extra, task.options.trailing_blanks, messages, reply);
         // Both layouts are right.

@@ -15,6 +15,7 @@ struct cRefused {}; // the change could not be made, so no text is needed
 cReply changed_text(std::string const &bytes, cChange const &change, cMessages const &about) {
     return apart(about.name(), [&](cReply &reply) {
         cMessages messages(about.name(), about.limit());
+        messages.source(bytes);
         cat::SourceMap const map;
         cReading const reading = read_value(bytes, messages);
         std::string told;

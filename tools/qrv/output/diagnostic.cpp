@@ -1,5 +1,6 @@
 #include "tools/qrv/output/diagnostic.h"
 
+#include "tools/qrv/output/excerpt.h"
 #include "tools/qrv/output/message_line.h"
 
 #include <cstdio>
@@ -29,6 +30,7 @@ std::string text_of(cDiagnostic const &diagnostic) {
     std::string lines =
         line_of(diagnostic.file, diagnostic.place, is_error ? cRole::error : cRole::warning,
                 diagnostic.text + label_of(diagnostic));
+    lines += excerpt_of(diagnostic);
     for (cNote const &note : diagnostic.notes)
         lines += line_of(diagnostic.file, note.place, cRole::note, note.text);
     if (diagnostic.following > 0)

@@ -35,7 +35,9 @@ struct cDiagnostic {
     size_t begin = 0, end = 0; // the bytes of the file that are wrong; equal if unknown
     std::string text = {};
     std::vector<cNote> notes = {};
-    size_t following = 0; // number of errors that follow from this one and are not shown
+    std::string line = {}; // of the file, or the part of it around the mistake
+    size_t mark = 0;       // offset in that line
+    size_t following = 0;  // number of errors that follow from this one and are not shown
 };
 
 // What was found in one file. Beyond a limit, diagnostics are only counted.

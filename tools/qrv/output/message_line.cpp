@@ -44,5 +44,6 @@ std::string painted(std::string const &text, cRole role) {
 
 std::string message_line(std::string const &where, cRole kind, std::string const &text) {
     std::string const word = std::string(look_of(kind).word) + ":";
-    return (where.empty() ? "''" : escaped(where)) + ": " + painted(word, kind) + " " + escaped(text) + "\n";
+    return (where.empty() ? "''" : escaped(where)) + ": " + painted(word, kind) + " " +
+           escaped(text) + "\n";
 }

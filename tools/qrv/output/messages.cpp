@@ -1,5 +1,7 @@
 #include "tools/qrv/output/messages.h"
 
+#include "tools/qrv/output/excerpt.h"
+
 #include <utility>
 
 namespace {
@@ -38,6 +40,11 @@ bool cMessages::has_room(size_t shown, size_t more) const {
     return more == 0 && shown < static_cast<size_t>(limit_);
 }
 
+void cMessages::source(std::string const &bytes) {
+    bytes_ = &bytes;
+    lines_.emplace(bytes);
+}
+
 void cMessages::add(cDiagnostic diagnostic) {
     bool const is_error = diagnostic.severity == cDiagnostic::error;
     size_t &shown = is_error ? errors_ : warnings_;
@@ -49,6 +56,7 @@ void cMessages::add(cDiagnostic diagnostic) {
     ++shown;
     if (findings_.strict) diagnostic.severity = cDiagnostic::error;
     diagnostic.file = findings_.file;
+    if (lines_) add_source(*bytes_, *lines_, diagnostic);
     diagnostic.text = shortened(diagnostic.text, longest_text);
     findings_.diagnostics.push_back(std::move(diagnostic));
 }

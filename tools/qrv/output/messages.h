@@ -4,8 +4,10 @@
 // reports how many.
 
 #include "tools/qrv/output/diagnostic.h"
+#include "tools/qrv/output/lines.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 // The place behind the first `count` characters of a text that begins at `place`.
@@ -25,7 +27,10 @@ class cMessages {
   public:
     cMessages(std::string name, int limit) : limit_(limit) { findings_.file = std::move(name); }
 
-    // Sets the file. An error counts as one, without those that follow from it.
+    // The text that the messages are about. Borrowed until the last one is added.
+    void source(std::string const &bytes);
+    // Sets the file, the bytes and the line. An error counts as one, without those that follow from
+    // it.
     void add(cDiagnostic diagnostic);
     void error(std::string const &text, unsigned code = 0); // about the file
     void error(cPlace place, std::string const &text, unsigned code = 0);
@@ -43,6 +48,11 @@ class cMessages {
     // The errors of another reading of the file.
     void take(cFindings const &findings);
     cFindings const &findings() const { return findings_; }
+    // An error that follows from the last one.
+    void following() { ++findings_.diagnostics.back().following; }
+    // Each error as the library reports it, also those that follow from others, and no hints.
+    void show_all() { shows_all_ = true; }
+    bool shows_all() const { return shows_all_; }
     int limit() const { return limit_; }
     std::string const &name() const { return findings_.file; }
     std::string text() const { return text_of(findings_); }
@@ -51,6 +61,9 @@ class cMessages {
     bool has_room(size_t shown, size_t more) const;
 
     int limit_;
+    std::string const *bytes_ = nullptr;
+    std::optional<cLines> lines_; // of these bytes
+    bool shows_all_ = false;
     size_t errors_ = 0, warnings_ = 0; // shown
     cFindings findings_;
 };

@@ -24,7 +24,8 @@ template <class Pipe> void fields(Pipe &pipe, cPlace &place) { pipe(place.line, 
 template <class Pipe> void fields(Pipe &pipe, cNote &note) { pipe(note.place, note.text); }
 
 template <class Pipe> void fields(Pipe &pipe, cDiagnostic &d) {
-    pipe(d.severity, d.name, d.code, d.file, d.place, d.begin, d.end, d.text, d.notes, d.following);
+    pipe(d.severity, d.name, d.code, d.file, d.place, d.begin, d.end, d.text, d.notes, d.line,
+         d.mark, d.following);
 }
 
 template <class Pipe> void fields(Pipe &pipe, cFindings &found) {

@@ -6,6 +6,9 @@
 #include "tools/qrv/output/progress.h"
 #include "tools/qrv/reading/input.h"
 #include "tools/qrv/reading/scan.h"
+#include "tools/qrv/rules/brackets.h"
+#include "tools/qrv/rules/hints.h"
+#include "tools/qrv/rules/mistakes.h"
 #include "tools/qrv/rules/rules.h"
 
 #include <algorithm>
@@ -90,41 +93,63 @@ class cText {
     std::unique_ptr<std::istream> stream_;
 };
 
+// That many errors are enough to see which follow from which; more are only counted.
+constexpr size_t errors_kept = 10000;
+
 // Bytes behind the end don't matter. A comment that isn't closed does, wherever it began.
-std::vector<cat::ReadError> unread(cSurvey const &survey, cPlace end) {
-    std::vector<cat::ReadError> found;
-    auto const add = [&](cPlace place, std::string const &text) {
-        found.emplace_back();
-        found.back().line = place.line;
-        found.back().column = place.column;
-        found.back().text = text;
+std::vector<cUnread> unread(cSurvey const &survey, cPlace end) {
+    std::vector<cUnread> found;
+    auto const add = [&](cPlace place, std::string const &text, bool to_the_end) {
+        cat::ReadError error;
+        error.line = place.line;
+        error.column = place.column;
+        error.text = text;
+        found.push_back({std::move(error), to_the_end});
     };
     for (cStray const &stray : survey.strays)
-        if (stray.place < end) add(stray.place, stray.text);
-    if (survey.open_comment) add(*survey.open_comment, "this comment is not closed");
+        if (stray.place < end) add(stray.place, stray.text, false);
+    if (survey.open_comment) add(*survey.open_comment, "this comment is not closed", true);
     return found;
 }
 
 // As a person goes through the file; what has no place comes last, and what has the same place
 // stays in the order in which it was found. Which ones are told doesn't depend on it.
-void sort(std::vector<cat::ReadError> &errors) {
-    std::stable_sort(errors.begin(), errors.end(), [](auto const &a, auto const &b) {
-        return std::tuple(a.line == 0, a.line, a.column) <
-               std::tuple(b.line == 0, b.line, b.column);
-    });
+void sort(std::vector<cMistake> &mistakes) {
+    auto const order = [](cMistake const &mistake) {
+        cat::ReadError const &error = mistake.error;
+        return std::tuple(error.line == 0, error.line, error.column);
+    };
+    std::stable_sort(mistakes.begin(), mistakes.end(),
+                     [&](auto const &a, auto const &b) { return order(a) < order(b); });
 }
 
-void tell(std::vector<cat::ReadError> const &errors, cPlace end, cMessages &messages) {
-    for (cat::ReadError const &error : errors) {
-        std::string const text = with_short_path(error.text, error.path);
-        if (error.line == 0)
-            messages.error(text, error.code);
-        else
-            messages.error({error.line, error.column}, text, error.code);
-        cPlace const closed{error.end_line, error.end_column};
-        if (error.end_line != 0)
-            messages.note(closed, closed < end ? "it ends here" : "the text ends here");
+cDiagnostic diagnostic_of(cat::ReadError const &error, cPlace end) {
+    cDiagnostic diagnostic{.code = error.code,
+                           .place = {error.line, error.line == 0 ? 0 : error.column},
+                           .text = with_short_path(error.text, error.path)};
+    cPlace const closed{error.end_line, error.end_column};
+    if (error.end_line != 0)
+        diagnostic.notes.push_back({closed, closed < end ? "it ends here" : "the text ends here"});
+    return diagnostic;
+}
+
+void tell(std::vector<cMistake> const &mistakes, cPlace end, cMessages &messages) {
+    for (cMistake const &mistake : mistakes) {
+        cDiagnostic diagnostic = diagnostic_of(mistake.error, end);
+        diagnostic.notes.insert(diagnostic.notes.end(), mistake.notes.begin(), mistake.notes.end());
+        diagnostic.following = mistake.following.size();
+        messages.add(std::move(diagnostic));
     }
+}
+
+// Each error as a mistake of its own.
+std::vector<cMistake> apart(std::vector<cMistake> const &mistakes) {
+    std::vector<cMistake> found;
+    for (cMistake const &mistake : mistakes) {
+        found.push_back({mistake.error, {}});
+        for (cat::ReadError const &error : mistake.following) found.push_back({error, {}});
+    }
+    return found;
 }
 
 bool all_closed(cat::ReadReport const &report) {
@@ -168,7 +193,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     cText text(messages.name(), bytes);
     cFileScan scan(text.stream());
     scan.set_filename(messages.name().c_str());
-    cat::ReadReport report(static_cast<size_t>(messages.limit()));
+    cat::ReadReport report(std::max(static_cast<size_t>(messages.limit()), errors_kept));
     cRules rules(bytes, report);
     bool const found = scan.read(reading.value) == 0;
     cPlace const end = scan.end();
@@ -176,19 +201,24 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     if (typed_values) rules.tell_unheard(end);
     rules.tell_unexplained();
     if (!found) reading.value = nullptr;
-    std::vector<cat::ReadError> errors;
+    std::vector<cUnread> bytes_unread;
     if (!found || !report.empty() || may_hide_errors(bytes, typed_values))
-        errors = unread(survey(bytes), end);
-    bool const whole = errors.empty() && all_closed(report);
-    errors.insert(errors.end(), report.entries().begin(), report.entries().end());
-    size_t const told = std::min(errors.size(), report.limit());
-    size_t const beyond = errors.size() - told + report.dropped();
-    errors.resize(told);
-    sort(errors);
-    tell(errors, behind({}, bytes, bytes.size()), messages);
+        bytes_unread = unread(survey(bytes), end);
+    bool const whole = bytes_unread.empty() && all_closed(report);
+    std::vector<cMistake> mistakes = mistakes_of(bytes, bytes_unread, report.entries());
+    if (messages.shows_all()) mistakes = apart(mistakes);
+    size_t const told = std::min(mistakes.size(), static_cast<size_t>(messages.limit()));
+    size_t const beyond = mistakes.size() - told + report.dropped();
+    mistakes.resize(told);
+    sort(mistakes);
+    if (!messages.shows_all()) {
+        place_at_wrong_bracket(bytes, mistakes);
+        add_hints(bytes, mistakes);
+    }
+    tell(mistakes, behind({}, bytes, bytes.size()), messages);
     messages.more(beyond);
     reading.empty = !found && report.empty();
-    if (reading.empty)
+    if (reading.empty && (mistakes.empty() || messages.shows_all()))
         messages.error(bytes.empty() ? "the file is empty" : "the file contains no value");
     reading.clean = found && messages.count() == before;
     if (reading.clean || (found && whole && reading.value->is_container()))

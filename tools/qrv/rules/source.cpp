@@ -197,19 +197,9 @@ class cTypedWalk {
 
 } // namespace
 
-size_t cSource::offset(cPlace place) const {
-    if (lines_.empty()) {
-        lines_.push_back(0);
-        for (size_t i = 0; i < bytes_.size(); ++i)
-            if (bytes_[i] == '\n') lines_.push_back(i + 1);
-    }
-    if (place.line == 0 || place.line > lines_.size()) return bytes_.size();
-    return std::min(bytes_.size(), lines_[place.line - 1] + place.column - 1);
-}
-
 std::vector<cSource::cEntry> cSource::entries(cPlace typed) const {
     std::vector<cEntry> found;
-    cTokens tokens(bytes_, offset(typed), typed);
+    cTokens tokens(bytes_, lines_.offset(typed), typed);
     if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return found;
     cEntries entries(tokens);
     while (entries.next()) found.push_back(entries.entry());
@@ -222,7 +212,7 @@ void cSource::typed_values(std::function<bool(std::string const &)> const &wante
 }
 
 std::optional<std::string> cSource::argument(cPlace typed) const {
-    cTokens tokens(bytes_, offset(typed), typed);
+    cTokens tokens(bytes_, lines_.offset(typed), typed);
     if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return std::nullopt;
     if (!tokens.next() || !may_be_key(tokens.token().code)) return std::nullopt;
     objref const value = key_of(tokens.token());
@@ -232,7 +222,7 @@ std::optional<std::string> cSource::argument(cPlace typed) const {
 }
 
 std::optional<std::string> cSource::type_at(cPlace value) const {
-    cTokens tokens(bytes_, offset(value), value);
+    cTokens tokens(bytes_, lines_.offset(value), value);
     if (!tokens.next()) return std::nullopt;
     switch (tokens.token().code) {
     case '{':
@@ -249,9 +239,18 @@ std::optional<std::string> cSource::type_at(cPlace value) const {
     return alone ? std::optional(alone->type().name()) : std::nullopt;
 }
 
+std::vector<cSource::cBracket> cSource::brackets() const {
+    std::vector<cBracket> found;
+    cTokens tokens(bytes_, 0, {});
+    while (tokens.next())
+        if (int const code = tokens.token().code; is_opening(code) || is_closing(code))
+            found.push_back({tokens.place(), static_cast<char>(code)});
+    return found;
+}
+
 std::vector<cSource::cWord> cSource::words(cPlace typed) const {
     std::vector<cWord> found;
-    cTokens tokens(bytes_, offset(typed), typed);
+    cTokens tokens(bytes_, lines_.offset(typed), typed);
     if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return found;
     cPlace end{0, 0};
     for (int depth = 0; tokens.next();) {

@@ -3,6 +3,7 @@
 // messages about rules, which the reader finds broken when it has read the whole of a value.
 
 #include "qrv/core/cobj.h"
+#include "tools/qrv/output/lines.h"
 #include "tools/qrv/output/messages.h"
 
 #include <functional>
@@ -15,7 +16,7 @@
 class cSource {
   public:
     // Borrows the bytes. What it needs beside them it makes when it is asked.
-    explicit cSource(std::string const &bytes) : bytes_(bytes) {}
+    explicit cSource(std::string const &bytes) : bytes_(bytes), lines_(bytes) {}
 
     struct cEntry {
         objref key;
@@ -60,6 +61,12 @@ class cSource {
     // The declaration whose value begins there has failed.
     void failed(cPlace value) { failed_.insert(value); }
 
+    struct cBracket {
+        cPlace place;
+        char kind;
+    };
+    std::vector<cBracket> brackets() const; // all, in order   O(the text)
+
     struct cWord {
         cPlace place;
         std::string text;
@@ -82,13 +89,12 @@ class cSource {
     using cDeclarations = std::unordered_map<std::string, std::vector<cDeclaration>>;
     class cDeclarationWalk;
 
-    size_t offset(cPlace place) const;
     cDeclarations &declarations();
     cDeclaration const *last(std::string const &type, cPlace before, bool failed);
     cKey const *last(std::string const &type, objref const &key, cPlace before);
 
     std::string const &bytes_;
-    mutable std::vector<size_t> lines_; // offsets of their starts
+    cLines lines_;
     std::set<cPlace> failed_;
     bool searched_ = false;
     cDeclarations declarations_;

@@ -37,6 +37,13 @@ size_t distance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
+// At the beginning.
+size_t same_letters(std::string_view a, std::string_view b) {
+    size_t count = 0;
+    while (count < std::min(a.size(), b.size()) && lower(a[count]) == lower(b[count])) ++count;
+    return count;
+}
+
 } // namespace
 
 // A third of the letters may be wrong, one in short names, none in a single letter.
@@ -51,7 +58,10 @@ void cSuggestion::show(std::string_view known) {
     if (std::max(a, b) - std::min(a, b) >= limit_ || b == 0 || !may_take(a * b + 20)) return;
     size_t const found = distance(unknown_, known);
     if (found >= limit_) return;
-    limit_ = found;
+    cRank const rank{found, a - same_letters(unknown_, known), std::max(a, b) - std::min(a, b)};
+    limit_ = found + 1;
+    if (!best_.empty() && rank >= rank_) return;
+    rank_ = rank;
     best_ = known;
 }
 

@@ -1,0 +1,25 @@
+#pragma once
+// The lines of a text: from positions to offsets and back.
+
+#include "tools/qrv/output/diagnostic.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class cLines {
+  public:
+    // Borrows the bytes. The lines are found when they are first asked for.
+    explicit cLines(std::string const &bytes) : bytes_(bytes) {}
+
+    size_t offset(cPlace place) const; // the end of the text for a line that it does not have
+    cPlace place(size_t offset) const;
+    std::string_view line(unsigned number) const; // without its end
+
+  private:
+    std::vector<size_t> const &starts() const;
+
+    std::string const &bytes_;
+    mutable std::vector<size_t> starts_;
+};

@@ -1,0 +1,267 @@
+#include "tools/qrv/rules/hints.h"
+
+#include "tools/qrv/output/lines.h"
+#include "tools/qrv/rules/brackets.h"
+
+#include <algorithm>
+#include <optional>
+#include <regex>
+
+namespace {
+
+// A slip is looked for in the line of the mistake, around its position, which must be in the match.
+// The note is about the first group of the match, and contains $1, $2 ... like a replacement.
+struct cSlip {
+    char const *pattern;
+    char const *note;
+    char const *until = nullptr; // where a slip of several lines ends
+    bool repeats = false;        // the next mistakes of this kind belong to the first
+};
+
+// What may be a key or a word of a value; a number; text in quotes; the part before a key.
+#define WORD "[A-Za-z_][A-Za-z_0-9]*"
+#define NUMBER "[+-]?[0-9]+(?:\\.[0-9]+)?"
+#define QUOTED "\"[^\"]*\""
+#define START "(?:^|[{\\[(<;,])\\s*"
+#define KEY START "(?:" WORD "|" QUOTED ")\\s*"
+
+// The first that matches counts, so the more special ones come first.
+constexpr cSlip slips[] = {
+    // --- other files ---
+    {"^()(?:\xFF\xFE|\xFE\xFF)", "the file is in UTF-16: convert it to UTF-8"},
+    {"^[{\\[]?()\\0", "the file seems to be in UTF-16: convert it to UTF-8"},
+    {"^(<<<<<<<)", "this looks like a merge conflict that is not resolved", ">>>>>>>"},
+    {START QUOTED "\\s*(:)(?!=)", "write = after a key, not :, or convert JSON with qrv from-json",
+     nullptr, true},
+
+    // --- comments of other languages ---
+    {"(<!--)", "a comment is // to the end of the line, or /* ... */", "-->"},
+    {"()#(?:[^A-Za-z0-9_]|$)", "a comment begins with // and not with #"},
+    {"^\\s*(#)", "a comment begins with // and not with #"},
+    {"(?:^|;)\\s*(--)", "a comment begins with // and not with --"},
+    {"^\\s*(;)\\s*\\w*", "a comment begins with // and not with ;"},
+    {"(?:^|;)\\s*(%)\\s", "a comment begins with // and not with %"},
+    {"/\\*.*/\\*.*?(\\*/).*?\\*/", "comments do not nest: the comment ends here"},
+    {"[A-Za-z_0-9 ]*(\\*/)", "no comment is open that */ could close"},
+
+    // --- quotes ---
+    {"(\xE2\x80[\x98-\x9F]|\xC2[\xAB\xBB])",
+     "strings are in \" or ' and not in typographic quotes"},
+    {"(`)", "strings are in \" or ' and not in `"},
+    {"'[^'\"]*[A-Za-z](')[A-Za-z]",
+     "the string ends here: write a string with an apostrophe in double quotes"},
+    {"=\\s*[^'\"=;]*[A-Za-z](')[A-Za-z]", "write text with an apostrophe in double quotes"},
+    {"\"[^\"=]*(\")[A-Za-z]", "the string ends here: write a quote in a string as \\\""},
+    {"(?:^|[=,;{\\[(<\\s])([\"'])(?:(?!\\1).)*$", "this string is not closed on its line"},
+    {"([\"'][^\"']*[\"'])\\s+[\"']", "write two strings as one, or ; or , between them"},
+
+    // --- between a key and its value ---
+    {START "(=)(?![=>])", "a key is missing before ="},
+    {KEY "(=>|->|:=)", "write = between a key and its value, not $1"},
+    {KEY "(={2,})", "write one = between a key and its value"},
+    {KEY "([-+*/|&]=)", "a file cannot change a value with $1: write = and the new value"},
+    {"^\\s*" WORD "[ \\t]+()(?:[0-9\"']|" WORD ";)[^=]*$", "write = between a key and its value"},
+
+    // --- keys ---
+    {START "(" WORD "(?:-[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a dash needs quotes: \"$1\""},
+    {START "(" WORD "(?:\\.[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a dot needs quotes: \"$1\""},
+    {START "(" WORD "(?:/[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a slash needs quotes: \"$1\""},
+    {START "(" WORD "(?:[ \\t]+" WORD ")+)[ \\t]*=", "a key with a blank needs quotes: \"$1\""},
+    {START "([$@%&]" WORD ")\\s*[=:]", "a key that begins with a sign needs quotes: \"$1\""},
+    {START "([0-9]+[A-Za-z_]\\w*)\\s*=", "a key that begins with a digit needs quotes: \"$1\""},
+    {START "(" WORD ")\\[[0-9]+\\]\\s*=", "write a vector as $1= [ ... ]"},
+    {"^\\s*\\[(" WORD ")\\]\\s*$", "write a section as a map: $1= { ... }"},
+    {"^\\s*(-)\\s", "write a list as a vector: [ ..., ... ]"},
+    {START WORD "\\s*(:)(?![=/\\\\])", "write = after a key, not :", nullptr, true},
+
+    // --- values that need quotes ---
+    {"((?:https?|ftp|file|ssh|mailto):[^\\s;,]*)", "write a URL in quotes: \"$1\""},
+    {"([A-Za-z0-9_.+-]+@[A-Za-z0-9_.-]+)", "write an address in quotes: \"$1\""},
+    {"=\\s*([A-Za-z]:\\\\[^\\s;,]*)", "write a path in quotes, and \\\\ for each \\"},
+    {"=\\s*(\\.{0,2}/[^\\s;,]*)", "write a path in quotes: \"$1\""},
+    {"=\\s*(" WORD "(?:/[^\\s;,]+)+)", "write a path in quotes: \"$1\""},
+    {"([0-9]{4}-[0-9]{1,2}-[0-9]{1,2}(?:T[0-9:.Z+-]*)?)", "write a date in quotes: \"$1\""},
+    {"([0-9]{1,2}\\.[0-9]{1,2}\\.[0-9]{4})", "write a date in quotes: \"$1\""},
+    {"=\\s*([0-9]{1,2}:[0-9]{2}(?::[0-9]{2})?)", "write a time in quotes: \"$1\""},
+    {"([0-9]+\\.[0-9]+\\.[0-9]+\\.[0-9]+)", "write an address in quotes: \"$1\""},
+    {"([0-9]+\\.[0-9]+\\.[0-9][0-9A-Za-z.-]*)", "write a version in quotes: \"$1\""},
+    {"=\\s*(" WORD "(?:\\." WORD ")+)", "write text with a dot in quotes: \"$1\""},
+    {"=\\s*(" WORD "(?:-" WORD ")+)", "write text with a dash in quotes: \"$1\""},
+    {"(\\$\\{?" WORD "\\}?)", "a file has no variables: write the value, or text with $ in quotes"},
+    {"=\\s*([@*?%&|!][^\\s;,]*)", "write text with other signs in quotes: \"$1\""},
+
+    // --- numbers ---
+    {"=\\s*([0-9]+,[0-9]+)\\s*[;}\\])]", "write a decimal point and not a comma"},
+    {"(" NUMBER "\\s*%)", "write a number without %, or text in quotes: \"$1\""},
+    {"([0-9]{1,3}(?:[ '_][0-9]{3})+)(?![0-9])", "write a number without separators of groups"},
+    {"([0-9]+)([eE][+-]?[0-9]+)", "a number with an exponent needs a point: $1.0$2"},
+    {"(0[xX][0-9A-Za-z]*)", "a hexadecimal number has the digits 0 to 9 and A to F"},
+    {"(" NUMBER "\\s*(?:[munkMGT]?(?:s|m|g|V|A|W|Hz|B|b)|[munk]?sec|min|h|d|cm|mm|px|pt|KB|kB|MB|"
+     "GB|KiB|MiB|GiB|C|F|K|deg|dB))\\b",
+     "a number has no unit: write it in the key, or text in quotes: \"$1\""},
+    {"([0-9]+[A-Za-z_]\\w*)", "write text that begins with a digit in quotes: \"$1\""},
+    {"([0-9]{10,})",
+     "an int is from -2147483648 to 2147483647: write a point for a double, or text in quotes"},
+    {"=\\s*(-)\\s+[0-9]", "write the sign directly before the number"},
+    {"([0-9]+/[0-9]+)", "write a fraction as a number, or text in quotes: \"$1\""},
+    {"([0-9]+\\s*[-+*]\\s*[0-9]+)", "a file cannot calculate: write the result"},
+
+    // --- constants ---
+    {"#(?:null|NULL|none|None|nul|nill|Nil)\\b", "the constant for no value is #nil"},
+    {"#(true|false)\\b", "write $1 without #"},
+    {"(#[0-9A-Fa-f]{3,8})\\b", "write a colour in quotes: \"$1\""},
+    {"#cRef\\(", "a reference is to a value that is written before it, from the outermost: /a/b"},
+
+    // --- brackets ---
+    {"=\\s*(\\()", "a map is in { }; ( ) need the name of a type before them"},
+    {"=\\s*" WORD "()\\s+[^=;()]*\\)", "a ( is missing here"},
+    {"(\\{)[^={}\\[\\]]*,[^={}]*\\}", "values without keys are in a vector: [ ... ]"},
+    {"(\\[)[^\\[\\]]*=[^\\[\\]]*\\]", "entries with keys are in a map: { ... }", nullptr, true},
+    {"(\\))", "no ( is open that ) could close"},
+    {"=[^=\\[]*(\\])", "no [ is open that ] could close"},
+
+    // --- bytes ---
+    {"(\xC2\xA0)", "this is a no-break space: write a normal blank"},
+    {"(\xE2\x80\x8B|\xEF\xBB\xBF)", "this is an invisible character: delete it"},
+    {"([\xC0-\xFF])(?![\x80-\xBF])", "this is not UTF-8: convert the file"},
+    {"([A-Za-z_0-9]*[\x80-\xFF]+[A-Za-z_0-9\x80-\xFF]*)",
+     "write a word with letters outside of ASCII in quotes: \"$1\""},
+
+    // --- between values ---
+    {"=\\s*(?:" WORD "|" NUMBER "|" QUOTED ")()[ \\t]+" WORD "\\s*=", "a ; is missing here"},
+    {"=\\s*(" WORD "(?:[ \\t]+" WORD ")+)", "write text with blanks in quotes: \"$1\""},
+    {"[A-Za-z_0-9\"]()\\s*\\|", "write ; or , between values"},
+    {"[A-Za-z_0-9\"](:)\\s", "write ; or , between values, or = after a key"},
+    {"[A-Za-z_0-9\"']()\\s*$", "a ; or , is missing here"},
+    {"(?:" NUMBER "|" WORD "|" QUOTED ")()[ \\t]+(?:" NUMBER "|" WORD "|\")",
+     "a ; or , is missing here"},
+};
+
+class cHints {
+  public:
+    explicit cHints(std::string const &bytes) : bytes_(bytes), lines_(bytes) {}
+
+    struct cFound {
+        cSlip const *slip;
+        cNote note;
+        size_t end; // offset after the bytes of the slip
+    };
+    std::optional<cFound> find(size_t offset) const {
+        size_t begin = offset - std::min(offset, reach),
+               end = std::min(bytes_.size(), offset + reach);
+        size_t const line_end = std::min(bytes_.find('\n', offset), bytes_.size());
+        size_t const line_begin = offset == 0 ? 0 : bytes_.rfind('\n', offset - 1) + 1;
+        bool const cut = begin > line_begin;
+        begin = std::max(begin, line_begin);
+        end = std::min(end, line_end);
+        std::string const around = bytes_.substr(begin, end - begin);
+        for (size_t i = 0; i < std::size(slips); ++i) {
+            if (cut && slips[i].pattern[0] == '^') continue;
+            std::smatch match; // the last one, which begins next to the position
+            auto const flags = std::regex_constants::match_default;
+            std::sregex_iterator at(around.begin(), around.end(), expression(i), flags);
+            for (; at != std::sregex_iterator(); ++at)
+                if (contains(*at, offset - begin)) match = *at;
+            if (!match.empty()) return found(slips[i], match, begin);
+        }
+        return std::nullopt;
+    }
+
+    size_t offset(cPlace place) const { return lines_.offset(place); }
+
+    // After `a= ;` the reader takes the next key as the value, and reports the = after it.
+    void place_at_missing_value(cMistake &mistake) const {
+        static std::regex const expression("=\\s*([;,])\\s*(?:" WORD "|" QUOTED ")\\s*$");
+        size_t const end = lines_.offset({mistake.error.line, mistake.error.column});
+        size_t const begin = end - std::min(end, reach);
+        std::string const before = bytes_.substr(begin, end - begin);
+        std::smatch match;
+        if (!std::regex_search(before, match, expression)) return;
+        cPlace const place = lines_.place(begin + static_cast<size_t>(match.position(1)));
+        mistake.error.line = place.line;
+        mistake.error.column = place.column;
+        mistake.notes.push_back({place, "a value is missing after ="});
+    }
+
+  private:
+    static constexpr size_t reach = 200;
+
+    static bool contains(std::smatch const &match, size_t at) {
+        auto const begin = static_cast<size_t>(match.position());
+        return begin <= at && at <= begin + static_cast<size_t>(match.length());
+    }
+
+    static std::regex const &expression(size_t slip) {
+        static std::vector<std::optional<std::regex>> compiled(std::size(slips));
+        if (!compiled[slip]) compiled[slip].emplace(slips[slip].pattern);
+        return *compiled[slip];
+    }
+
+    cFound found(cSlip const &slip, std::smatch const &match, size_t begin) const {
+        size_t const at = begin + static_cast<size_t>(match.position(match.size() > 1 ? 1 : 0));
+        size_t end = begin + static_cast<size_t>(match.position() + match.length());
+        if (slip.until) end = bytes_.find('\n', bytes_.find(slip.until, at));
+        return {&slip, {lines_.place(at), match.format(slip.note)}, std::min(end, bytes_.size())};
+    }
+
+    std::string const &bytes_;
+    cLines const lines_;
+};
+
+#undef WORD
+#undef NUMBER
+#undef QUOTED
+#undef START
+#undef KEY
+
+void join(cMistake &to, cMistake const &from) {
+    to.following.push_back(from.error);
+    to.following.insert(to.following.end(), from.following.begin(), from.following.end());
+}
+
+} // namespace
+
+void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
+    cHints const hints(bytes);
+    std::vector<cMistake> found;
+    cSlip const *last = nullptr; // of the last mistake
+    size_t end = 0;              // of its bytes
+    for (cMistake &mistake : mistakes) {
+        if (mistake.error.line == 0) {
+            found.push_back(std::move(mistake));
+            continue;
+        }
+        if (mistake.error.kind == cat::ErrorKind::read_equals)
+            hints.place_at_missing_value(mistake);
+        size_t const offset = hints.offset({mistake.error.line, mistake.error.column});
+        bool const is_unclosed = mistake.error.end_line != 0; // which says enough
+        std::optional<cHints::cFound> const hint = is_unclosed ? std::nullopt : hints.find(offset);
+        cSlip const *const slip = hint ? hint->slip : nullptr;
+        if (!found.empty() && (offset < end || (slip && slip == last && slip->repeats))) {
+            join(found.back(), mistake);
+            continue;
+        }
+        end = hint ? hint->end : 0;
+        last = slip;
+        if (hint) mistake.notes.push_back(hint->note);
+        found.push_back(std::move(mistake));
+    }
+    mistakes = std::move(found);
+}
+
+cDiagnostic text_after_value(std::string const &bytes, cPlace place) {
+    cDiagnostic found{.place = place, .text = text_after_first_value};
+    std::optional<cWrongBracket> const wrong = wrong_bracket(bytes);
+    size_t const at = cLines(bytes).offset(place);
+    if (wrong && wrong->kind == cWrongBracket::surplus && wrong->place < place) {
+        found.place = wrong->place;
+        found.notes.push_back({wrong->place, "this bracket ends the first value"});
+    } else if (bytes[at] == '=') {
+        found.notes.push_back({place, "entries with keys are in a map: { ... }"});
+    } else if (bytes[at] == '<') {
+        found.notes.push_back({place, "this looks like XML"});
+    } else if (bytes[at] != '}' && bytes[at] != ']' && bytes[at] != '>' && bytes[at] != ')') {
+        found.notes.push_back({place, "a file has one value: write several in { ... } or [ ... ]"});
+    }
+    return found;
+}

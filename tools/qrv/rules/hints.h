@@ -1,0 +1,19 @@
+#pragma once
+// Notes in plain English for the usual slips: what a person has typed where the library saw tokens
+// that it did not expect.
+
+#include "tools/qrv/output/diagnostic.h"
+#include "tools/qrv/rules/mistakes.h"
+
+#include <string>
+#include <vector>
+
+// Adds a note to each mistake whose bytes look like a known slip. Mistakes inside the bytes of
+// another one's slip, such as a long comment of another language, become part of that one.
+// The mistakes must be in the order of the file.
+void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes);
+
+constexpr char const *text_after_first_value = "text after the first value is not read";
+
+// The error about text after the first value, which begins at that place.
+cDiagnostic text_after_value(std::string const &bytes, cPlace place);

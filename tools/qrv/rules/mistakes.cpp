@@ -1,0 +1,160 @@
+#include "tools/qrv/rules/mistakes.h"
+
+#include "tools/qrv/output/lines.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+
+namespace {
+
+using cat::ErrorKind;
+
+cPlace begin_of(cat::ReadError const &error) { return {error.line, error.column}; }
+cPlace end_of(cat::ReadError const &error) { return {error.end_line, error.end_column}; }
+bool is_unclosed(cat::ReadError const &error) { return error.end_line != 0; }
+
+// Errors by index, each with the one that it follows from.
+class cGroups {
+  public:
+    cGroups(std::string const &bytes, std::vector<cUnread> const &unread,
+            std::vector<cat::ReadError> const &errors)
+        : bytes_(bytes), lines_(bytes), unread_(unread.size()) {
+        for (cUnread const &one : unread) {
+            all_.push_back(one.error);
+            to_the_end_.push_back(one.to_the_end);
+        }
+        all_.insert(all_.end(), errors.begin(), errors.end());
+        for (size_t i = 0; i < all_.size(); ++i) cause_.push_back(i);
+        for (size_t i = unread_; i < all_.size(); ++i)
+            if (all_[i].follows != cat::ReadError::none) cause_[i] = unread_ + all_[i].follows;
+    }
+
+    std::vector<cMistake> mistakes() {
+        for (size_t i = unread_; i < all_.size(); ++i)
+            if (is_unclosed(all_[i])) unclosed_.push_back(i);
+        std::stable_sort(unclosed_.begin(), unclosed_.end(),
+                         [&](size_t a, size_t b) { return begin_of(all_[a]) < begin_of(all_[b]); });
+        join_out_of_step();
+        join_unclosed();
+        join_swallowed();
+        join_broken_rules();
+        join_unread();
+        std::vector<cMistake> found;
+        std::map<size_t, size_t> index;
+        for (size_t i = 0; i < all_.size(); ++i)
+            if (first(i) == i) {
+                index[i] = found.size();
+                found.push_back({all_[i], {}});
+            }
+        for (size_t i = 0; i < all_.size(); ++i)
+            if (first(i) != i) found[index[first(i)]].following.push_back(all_[i]);
+        return found;
+    }
+
+  private:
+    size_t first(size_t i) {
+        while (cause_[i] != i) i = cause_[i] = cause_[cause_[i]];
+        return i;
+    }
+
+    // The run of `error` is caused by `cause`, which is the error to show.
+    void join(size_t error, size_t cause) {
+        size_t const run = first(error);
+        if (run == first(cause) && first(cause) == cause) return;
+        cause_[first(cause)] = cause;
+        cause_[cause] = cause;
+        cause_[run] = cause;
+    }
+
+    void join_unread() {
+        std::multimap<cPlace, size_t> ends;
+        for (size_t i = unread_; i < all_.size(); ++i)
+            ends.emplace(std::max(begin_of(all_[i]), end_of(all_[i])), i);
+        for (size_t u = 0; u < unread_; ++u) {
+            cPlace const place = begin_of(all_[u]);
+            auto const last = to_the_end_[u] ? ends.end() : ends.upper_bound(place);
+            for (auto i = ends.lower_bound(place); i != last; ++i) join(i->second, u);
+        }
+    }
+
+    bool is_after_equals(cPlace place) const {
+        size_t const at = bytes_.find_last_not_of(" \t\r\n", lines_.offset(place) - 1);
+        return at != bytes_.npos && bytes_[at] == '=';
+    }
+
+    void join_out_of_step() {
+        for (size_t i = unread_ + 1; i < all_.size(); ++i) {
+            bool const about_key = all_[i].kind == ErrorKind::read_key_type ||
+                                   all_[i].kind == ErrorKind::read_key_unknown;
+            if (about_key && begin_of(all_[i - 1]) < begin_of(all_[i]) &&
+                is_after_equals(begin_of(all_[i])))
+                cause_[first(i)] = first(i - 1);
+        }
+    }
+
+    // The last that is opened inside the outer one.
+    void join_unclosed() {
+        for (size_t const outer : unclosed_) {
+            auto const after =
+                std::upper_bound(unclosed_.begin(), unclosed_.end(), end_of(all_[outer]),
+                                 [&](cPlace place, size_t i) { return place < begin_of(all_[i]); });
+            size_t const innermost = *std::prev(after);
+            if (innermost != outer) join(outer, innermost);
+        }
+    }
+
+    void join_swallowed() {
+        std::vector<size_t> order; // by position
+        for (size_t i = unread_; i < all_.size(); ++i) order.push_back(i);
+        std::stable_sort(order.begin(), order.end(),
+                         [&](size_t a, size_t b) { return begin_of(all_[a]) < begin_of(all_[b]); });
+        for (size_t const bracket : unclosed_) {
+            if (first(bracket) != bracket) continue;
+            bool const is_row = all_[bracket].kind == ErrorKind::read_unclosed_vector ||
+                                all_[bracket].kind == ErrorKind::read_unclosed_set;
+            bool const is_typed = all_[bracket].kind == ErrorKind::read_unclosed_type;
+            auto i =
+                std::upper_bound(order.begin(), order.end(), begin_of(all_[bracket]),
+                                 [&](cPlace place, size_t e) { return place < begin_of(all_[e]); });
+            for (; i != order.end() && begin_of(all_[*i]) <= end_of(all_[bracket]); ++i)
+                if ((is_row && all_[*i].kind == ErrorKind::read_equals) ||
+                    (is_typed && all_[*i].kind == ErrorKind::other))
+                    join(*i, bracket);
+        }
+    }
+
+    // What is wrong inside a value is reported before what is wrong with all of it, at its type.
+    void join_broken_rules() {
+        using enum ErrorKind;
+        constexpr ErrorKind kinds[] = {read_no_delimiter, read_equals, read_no_key,
+                                       read_no_value,     read_token,  read_unclosed_type};
+        for (size_t i = unread_; i < all_.size(); ++i) {
+            if (all_[i].kind != other || first(i) != i || !is_before_bracket(begin_of(all_[i])))
+                continue;
+            for (size_t j = i; j-- > unread_ && begin_of(all_[i]) <= begin_of(all_[j]);)
+                if (std::find(std::begin(kinds), std::end(kinds), all_[j].kind) != std::end(kinds))
+                    cause_[i] = first(j);
+        }
+    }
+
+    bool is_before_bracket(cPlace type) const {
+        size_t const end = bytes_.find_first_of("({[<=;,", lines_.offset(type));
+        return end != bytes_.npos && bytes_[end] == '(';
+    }
+
+    std::string const &bytes_;
+    cLines const lines_;
+    std::vector<cat::ReadError> all_;
+    size_t const unread_;          // number of those that come first
+    std::vector<bool> to_the_end_; // for each of these
+    std::vector<size_t> cause_;
+    std::vector<size_t> unclosed_; // by position
+};
+
+} // namespace
+
+std::vector<cMistake> mistakes_of(std::string const &bytes, std::vector<cUnread> const &unread,
+                                  std::vector<cat::ReadError> const &errors) {
+    return cGroups(bytes, unread, errors).mistakes();
+}
