@@ -341,14 +341,13 @@ TEST_F(ToolSet, adding_that_adds_nothing) {
                    "there is no value for <<; create one first, with = or &="));
 }
 
-TEST_F(ToolSet, keys_that_cannot_be_written) {
-    std::string const cannot = "a key that begins with # cannot be written: ";
-    EXPECT_EQ(refused("{}", "'#a' = 1"), told("1:1", cannot + "'#a'", "choose another key"));
-    EXPECT_EQ(refused("{}", "b/\"#a\"/c = 1"),
-              told("1:3", cannot + "\"#a\"", "choose another key"));
-    EXPECT_EQ(refused("{}", "b = {c= {'#a'= 1}}"),
-              told("1:5", "b: Value cannot be written, path : /c/\"#a\" [0x40000001]",
-                   "a key must not begin with #"));
+TEST_F(ToolSet, keys_that_begin_with_a_hash_sign) {
+    std::string const json = R"({"a":1,"#b":{"#c":{"d":[{"#":2}]}}})";
+    write("f", "{a= 1; }");
+    EXPECT_EQ(run({"set", "-i", "f", "\"#b\"/\"#c\" = {d= [{'#'= 2}]}"}), (cRun{0, "", ""}));
+    EXPECT_EQ(run({"to-json", "--compact", "f"}), (cRun{0, json + "\n", ""})) << read("f");
+    EXPECT_EQ(run({"set", "-i", "f", "\"#b\"/\"#c\"/d/0/\"#\" = 3"}), (cRun{0, "", ""}));
+    EXPECT_EQ(run({"get", "f", "\"#b\"/\"#c\"/d/0/\"#\""}), (cRun{0, "3\n", ""}));
 }
 
 // --- statements that are none ---

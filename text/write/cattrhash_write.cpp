@@ -490,8 +490,7 @@ bool cEntryWriter::is_flat() const {
     for (cAttrNode const *node = hash_.first(); node; node = hash_.next(node)) {
         if (!is_flat_token(node->valref())) return false;
         objref const &key = node->key();
-        if (!listed_ && (!is_flat_token(key) || hides(*key) || !exact_key(key, true)))
-            return false;
+        if (!listed_ && (!is_flat_token(key) || hides(*key) || !exact_key(key, true))) return false;
     }
     return true;
 }

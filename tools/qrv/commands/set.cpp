@@ -124,7 +124,7 @@ class cAssignment {
             return true;
         });
         for (cSaid const &said : writing.errors)
-            refuse(statement_.value_place, said.text, "a key must not begin with #", said.code);
+            refuse(statement_.value_place, said.text, "", said.code);
         return writing.errors.empty();
     }
 

@@ -87,9 +87,6 @@ bool cStatements::read_key(cAttrLiteral const &token, cStatement &statement) {
     if (!is_key(token))
         return refuse(token, quoted(token) + " is not a key",
                       "a key is a word, a number or a string in quotes");
-    if (token.code == tkString && token.text.compare(1, 1, "#") == 0)
-        return refuse(token, "a key that begins with # cannot be written: " + shortened(token.text),
-                      "choose another key");
     statement.path += token.text;
     return true;
 }
