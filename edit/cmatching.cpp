@@ -19,27 +19,64 @@ bool is_list(cObj const &container) { return container.is_vector() || container.
 
 } // namespace
 
-Matching::Matching(Snapshot const &before, objref const &root) : before_(before) {
+Matching::Matching(Snapshot const &before, objref const &root, bool by_parts)
+    : before_(before), by_parts_(by_parts) {
     walk(root);
+    if (by_parts_) find_changed();
     for (objref const &container : alive_)
-        if (Was const *const was = before.entries(container.get()))
+        if (Was const *const was = before.entries(container.get()); was && !is_left_out(container))
             match(*was, *container_in(container));
     for (size_t i = 0; i < bound_.size(); ++i) match_replaced(*bound_[i].first, *bound_[i].second);
-    for (auto const &[container, entries] : before.containers())
+    for (auto const &[container, entries] : before.containers()) {
+        if (by_parts_ && !changed_.count(container) && is_in_tree(container)) continue;
         for (WasEntry const &entry : entries)
             if (!is_bound(entry)) gone_[entry.value.get()].push_back(&entry);
+    }
 }
 
+// What is shared is not left out.
 void Matching::walk(objref const &root) {
     if (container_in(root)) alive_.push_back(root);
-    ++places_[root.get()];
+    values_.push_back(root.get());
+    std::unordered_set<cObj const *> met{root.get()}; // containers
     for (size_t i = 0; i < alive_.size(); ++i) {
         objref const container = alive_[i];
         for (cAttrNode const *const node : nodes_of(*container_in(container))) {
             objref const &value = node->valref();
-            if (++places_[value.get()] == 1 && container_in(value)) alive_.push_back(value);
+            values_.push_back(value.get());
+            if (container_in(value) && met.insert(value.get()).second) alive_.push_back(value);
         }
     }
+    std::sort(values_.begin(), values_.end());
+    for (auto it = values_.begin(); by_parts_ && it != values_.end();) {
+        it = std::adjacent_find(it, values_.end());
+        if (it == values_.end()) break;
+        cObj const *const shared = *it;
+        by_parts_ = !shared || cat::find_const(shared);
+        it = std::upper_bound(it, values_.end(), shared);
+    }
+}
+
+// Nothing is shared, so each container comes after the one around it.
+void Matching::find_changed() {
+    for (size_t i = alive_.size(); i > 0; --i) {
+        objref const &container = alive_[i - 1];
+        Was const *const was = before_.entries(container.get());
+        bool changed = !was || !before_.is_still(*was, *container_in(container));
+        if (!changed && !changed_.empty())
+            changed = std::any_of(was->begin(), was->end(), [&](WasEntry const &entry) {
+                return entry.is_container() && changed_.count(entry.value.get());
+            });
+        if (changed) changed_.insert(container.get());
+    }
+}
+
+bool Matching::is_in_tree(cObj const *value) const {
+    return std::binary_search(values_.begin(), values_.end(), value);
+}
+
+bool Matching::is_left_out(objref const &container) const {
+    return by_parts_ && !changed_.count(container.get());
 }
 
 void Matching::match(Was const &was, cMapObj const &now) {
@@ -51,7 +88,7 @@ void Matching::match(Was const &was, cMapObj const &now) {
 }
 
 void Matching::bind(WasEntry const &was, cAttrNode const &node) {
-    nodes_.emplace(was.anid, &node);
+    bound_anids_.insert(was.anid);
     was_.emplace(&node, &was);
     bound_.emplace_back(&was, &node);
 }
@@ -107,10 +144,10 @@ void Matching::match_by_value(Was const &was, Nodes const &nodes) {
 
 // --- containers that took the place of others ---
 
-bool Matching::alike(objref const &was, objref const &now) const {
-    if (!was || !now || &was->type() != &now->type()) return false;
-    if (container_in(was)) return container_in(now) != nullptr;
-    return !container_in(now) && before_.text(was) == exact_text(now);
+bool Matching::alike(WasEntry const &was, objref const &now) const {
+    if (!was.value || !now || &was.value->type() != &now->type()) return false;
+    if (was.is_container()) return container_in(now) != nullptr;
+    return !container_in(now) && before_.is_still(was, now);
 }
 
 void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
@@ -118,7 +155,7 @@ void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
     Was const *const entries = before_.entries(was.value.get());
     cMapObj const *const container = container_in(now);
     if (!entries || !container || now == was.value || &now->type() != &was.value->type()) return;
-    if (before_.entries(now.get()) || places_.count(was.value.get())) return;
+    if (before_.entries(now.get()) || is_in_tree(was.value.get())) return;
     if (!instead_.emplace(now.get(), was.value).second) return;
     Nodes const nodes = nodes_of(*container);
     if (is_list(*now))
@@ -141,18 +178,13 @@ void Matching::match_by_place(Was const &was, Nodes const &nodes) {
     size_t const most = std::min(was.size(), nodes.size());
     size_t last = 0;
     while (last < most &&
-           alike(was[was.size() - 1 - last].value, nodes[nodes.size() - 1 - last]->valref()))
+           alike(was[was.size() - 1 - last], nodes[nodes.size() - 1 - last]->valref()))
         ++last;
     for (size_t i = 0; i < most - last; ++i) bind(was[i], *nodes[i]);
     for (size_t i = last; i > 0; --i) bind(was[was.size() - i], *nodes[nodes.size() - i]);
 }
 
 // --- questions ---
-
-cAttrNode const *Matching::now(std::uint32_t anid) const {
-    auto const found = nodes_.find(anid);
-    return found == nodes_.end() ? nullptr : found->second;
-}
 
 WasEntry const *Matching::was(cAttrNode const &node) const {
     auto const found = was_.find(&node);
@@ -171,8 +203,8 @@ objref const *Matching::replaced_by(objref const &now) const {
 }
 
 unsigned Matching::places(objref const &value) const {
-    auto const found = places_.find(value.get());
-    return found == places_.end() ? 0 : found->second;
+    auto const [first, last] = std::equal_range(values_.begin(), values_.end(), value.get());
+    return static_cast<unsigned>(last - first);
 }
 
 WasEntry const *Matching::take_gone(objref const &value) {
