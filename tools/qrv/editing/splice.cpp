@@ -7,6 +7,8 @@
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/verify/fingerprint.h"
 
+#include <optional>
+
 namespace {
 
 struct cRefused {}; // the change could not be made, so no text is needed
@@ -15,16 +17,17 @@ struct cRefused {}; // the change could not be made, so no text is needed
 cReply changed_text(std::string const &bytes, cChange const &change, cMessages const &about) {
     return apart(about.name(), [&](cReply &reply) {
         cMessages messages(about.name(), about.limit());
-        cat::SourceMap const map;
+        std::optional<cat::SourceMap> map(std::in_place);
         cReading const reading = read_value(bytes, messages);
         std::string told;
         if (reading.clean) try {
-                reply.text = qrv::edit::apply(bytes, map, reading.value, [&] {
+                reply.text = qrv::edit::apply(bytes, *map, reading.value, [&] {
                     if (!change({reading.value, bytes, 0}, told)) throw cRefused();
                 });
                 reply.status = exit_done;
             } catch (cRefused const &) { // the reasons are in `told`
             }
+        map.reset(); // the fingerprint needs the memory
         reply.messages = messages.lines() + told;
         reply.errors = messages.count();
         if (reply.status == exit_done) reply.image = image_of(reading.value);

@@ -89,7 +89,9 @@ void sort(std::vector<cat::ReadError> &errors) {
     });
 }
 
-void tell(std::vector<cat::ReadError> const &errors, cPlace end, cMessages &messages) {
+void tell(std::vector<cat::ReadError> const &errors, std::string const &bytes,
+          cMessages &messages) {
+    cPlace const end = errors.empty() ? cPlace() : behind({}, bytes, bytes.size());
     for (cat::ReadError const &error : errors) {
         std::string const text = with_short_path(error.text, error.path);
         if (error.line == 0)
@@ -164,7 +166,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     size_t const beyond = errors.size() - told + report.dropped();
     errors.resize(told);
     sort(errors);
-    tell(errors, behind({}, bytes, bytes.size()), messages);
+    tell(errors, bytes, messages);
     messages.more(beyond);
     reading.empty = !found && report.empty();
     if (reading.empty) messages.error("the file contains no value");
