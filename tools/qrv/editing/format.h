@@ -6,7 +6,12 @@
 
 #include <string>
 
-// Reads the first value and gives the new text in the reply; without `trailing_blanks` no line ends
-// with a blank. What is lost is an error. Status exit_failed: there is no text. `comes_back`: the
-// text reads as the same value and would be written again as it is.
-void format(std::string const &bytes, bool trailing_blanks, cMessages &messages, cReply &reply);
+struct cFormat {
+    bool trailing_blanks = false; // as the writer leaves them
+    bool either = false;          // with them and without is right: the bytes stay if they are one
+};
+
+// Reads the first value and gives the new text in the reply. What is lost is an error. Status
+// exit_failed: there is no text. `comes_back`: the text reads as the same value and would be
+// written again as it is.
+void format(std::string const &bytes, cFormat const &how, cMessages &messages, cReply &reply);

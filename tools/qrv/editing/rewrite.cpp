@@ -40,9 +40,12 @@ struct cTask {
 // the error about text behind the value.
 void rewrite_text(std::string const &text, cTask const &task, size_t first_number,
                   cMessages &messages, cReply &reply) {
+    cat::SourceMap const map;
     cReading const reading = read_value(text, messages);
-    if (!reading.clean || !task.change({reading.value, text, first_number, nullptr}, reply.messages)) return;
-    reply.text = written(reading.value, head_of(text), task.options.canonical, messages);
+    if (!reading.clean ||
+        !task.change({reading.value, text, first_number, nullptr}, reply.messages))
+        return;
+    reply.text = written(reading.value, head_of(text, map), task.options.canonical, messages);
     bool const all_written = messages.count() == 0;
     if (all_written) reply.image = image_of(reading.value);
     if (reading.behind) {
@@ -117,12 +120,7 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
         return;
     }
     if (task.way == cTask::formatted) {
-        format(reply.extra, task.options.trailing_blanks, messages, reply);
-        // Both layouts are right.
-        cReply other;
-        if (task.options.check && reply.status == exit_done && reply.text != reply.extra)
-            format(reply.extra, !task.options.trailing_blanks, messages, other);
-        if (other.text == reply.extra) reply.text = reply.extra;
+        format(reply.extra, {task.options.trailing_blanks, task.options.check}, messages, reply);
     } else if (task.way == cTask::spliced) {
         splice(reply.extra, task.change, messages, reply);
         reply.comes_back = reply.status == exit_done;

@@ -7,22 +7,25 @@
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/verify/fingerprint.h"
 
+#include <optional>
+
 namespace {
 
 // The two readings are apart: the types that the old text declares are unknown to the new one.
 cReply changed_text(std::string const &bytes, cChange const &change, cMessages const &about) {
     return apart(about.name(), [&](cReply &reply) {
         cMessages messages(about.name(), about.limit());
-        cat::SourceMap const map;
+        std::optional<cat::SourceMap> map(std::in_place);
         cReading const reading = read_value(bytes, messages);
         std::string told;
         if (reading.clean) {
-            qrv::edit::Edit edit(bytes, map, reading.value);
+            qrv::edit::Edit edit(bytes, *map, reading.value);
             if (change({reading.value, bytes, 0, &edit}, told)) {
                 reply.text = edit.text();
                 reply.status = exit_done;
             }
         }
+        map.reset(); // the fingerprint needs the memory
         reply.messages = messages.lines() + told;
         reply.errors = messages.count();
         if (reply.status == exit_done) reply.image = image_of(reading.value);
