@@ -19,33 +19,69 @@ bool is_list(cObj const &container) { return container.is_vector() || container.
 
 } // namespace
 
-Matching::Matching(Snapshot const &before, objref const &root)
-    : before_(before), donation_(before, root) {
+Matching::Matching(Snapshot const &before, objref const &root, bool by_parts)
+    : before_(before), donation_(before, root), by_parts_(by_parts) {
     walk(root);
+    if (by_parts_) find_changed();
     match_alive(false);
     for (size_t i = 0; i < bound_.size(); ++i) match_replaced(*bound_[i].first, *bound_[i].second);
     match_alive(true);
-    for (auto const &[container, entries] : before.containers())
+    for (auto const &[container, entries] : before.containers()) {
+        if (by_parts_ && !changed_.count(container) && is_in_tree(container)) continue;
         for (WasEntry const &entry : entries)
             if (!is_bound(entry)) gone_[entry.value.get()].push_back(&entry);
+    }
 }
 
+// What is shared is not left out.
 void Matching::walk(objref const &root) {
     if (container_in(root)) alive_.push_back(root);
-    ++places_[root.get()];
+    values_.push_back(root.get());
+    std::unordered_set<cObj const *> met{root.get()}; // containers
     for (size_t i = 0; i < alive_.size(); ++i) {
         objref const container = alive_[i];
         for (cAttrNode const *const node : nodes_of(*container_in(container))) {
             objref const &value = node->valref();
-            if (++places_[value.get()] == 1 && container_in(value)) alive_.push_back(value);
+            values_.push_back(value.get());
+            if (container_in(value) && met.insert(value.get()).second) alive_.push_back(value);
         }
     }
+    std::sort(values_.begin(), values_.end());
+    for (auto it = values_.begin(); by_parts_ && it != values_.end();) {
+        it = std::adjacent_find(it, values_.end());
+        if (it == values_.end()) break;
+        cObj const *const shared = *it;
+        by_parts_ = !shared || cat::find_const(shared);
+        it = std::upper_bound(it, values_.end(), shared);
+    }
+}
+
+// Nothing is shared, so each container comes after the one around it.
+void Matching::find_changed() {
+    for (size_t i = alive_.size(); i > 0; --i) {
+        objref const &container = alive_[i - 1];
+        Was const *const was = before_.entries(container.get());
+        bool changed = !was || !before_.is_still(*was, *container_in(container));
+        if (!changed && !changed_.empty())
+            changed = std::any_of(was->begin(), was->end(), [&](WasEntry const &entry) {
+                return entry.is_container() && changed_.count(entry.value.get());
+            });
+        if (changed) changed_.insert(container.get());
+    }
+}
+
+bool Matching::is_in_tree(cObj const *value) const {
+    return std::binary_search(values_.begin(), values_.end(), value);
+}
+
+bool Matching::is_left_out(objref const &container) const {
+    return by_parts_ && !changed_.count(container.get());
 }
 
 void Matching::match_alive(bool donated) {
     for (objref const &container : alive_)
         if (Was const *const was = before_.entries(container.get());
-            was && before_.is_donated(container.get()) == donated)
+            was && before_.is_donated(container.get()) == donated && !is_left_out(container))
             match(*was, *container_in(container));
 }
 
@@ -59,7 +95,7 @@ void Matching::match(Was const &was, cMapObj const &now) {
 
 void Matching::bind(WasEntry const &was, cAttrNode const &node) {
     if (is_bound(node)) return;
-    nodes_.emplace(was.anid, &node);
+    bound_anids_.insert(was.anid);
     was_.emplace(&node, &was);
     bound_.emplace_back(&was, &node);
 }
@@ -131,10 +167,10 @@ void Matching::match_equal(Was const &was, Nodes const &nodes) {
 
 // --- containers that took the place of others ---
 
-bool Matching::alike(objref const &was, objref const &now) const {
-    if (!was || !now || &was->type() != &now->type()) return false;
-    if (container_in(was)) return container_in(now) != nullptr;
-    return !container_in(now) && before_.text(was) == exact_text(now);
+bool Matching::alike(WasEntry const &was, objref const &now) const {
+    if (!was.value || !now || &was.value->type() != &now->type()) return false;
+    if (was.is_container()) return container_in(now) != nullptr;
+    return !container_in(now) && before_.is_still(was, now);
 }
 
 void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
@@ -143,7 +179,7 @@ void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
     cMapObj const *const container = container_in(now);
     if (!entries || !container || now == was.value || &now->type() != &was.value->type()) return;
     if (before_.entries(now.get()) && !before_.is_donated(now.get())) return;
-    if (places_.count(was.value.get())) return;
+    if (is_in_tree(was.value.get())) return;
     if (instead_.count(now.get()) || !replaced_.insert(was.value.get()).second) return;
     instead_.emplace(now.get(), was.value);
     Nodes const nodes = nodes_of(*container);
@@ -167,18 +203,13 @@ void Matching::match_by_place(Was const &was, Nodes const &nodes) {
     size_t const most = std::min(was.size(), nodes.size());
     size_t last = 0;
     while (last < most &&
-           alike(was[was.size() - 1 - last].value, nodes[nodes.size() - 1 - last]->valref()))
+           alike(was[was.size() - 1 - last], nodes[nodes.size() - 1 - last]->valref()))
         ++last;
     for (size_t i = 0; i < most - last; ++i) bind(was[i], *nodes[i]);
     for (size_t i = last; i > 0; --i) bind(was[was.size() - i], *nodes[nodes.size() - i]);
 }
 
 // --- questions ---
-
-cAttrNode const *Matching::now(std::uint32_t anid) const {
-    auto const found = nodes_.find(anid);
-    return found == nodes_.end() ? nullptr : found->second;
-}
 
 WasEntry const *Matching::was(cAttrNode const &node) const {
     auto const found = was_.find(&node);
@@ -197,8 +228,8 @@ objref const *Matching::replaced_by(objref const &now) const {
 }
 
 unsigned Matching::places(objref const &value) const {
-    auto const found = places_.find(value.get());
-    return found == places_.end() ? 0 : found->second;
+    auto const [first, last] = std::equal_range(values_.begin(), values_.end(), value.get());
+    return static_cast<unsigned>(last - first);
 }
 
 WasEntry const *Matching::take_gone(cAttrNode const &node) {

@@ -4,6 +4,9 @@
 // container was replaced by another of its type, their entries belong together by key or by
 // position, so that what is equal in both keeps its text. What an entry is in a donor counts only
 // where it was not in the tree.
+//
+// Most edits change little. What is untouched is left out as a whole where that is possible: where
+// nothing is shared, and no text refers to another one.
 
 #include "edit/cdonation.h"
 #include "edit/csnapshot.h"
@@ -15,11 +18,11 @@ namespace qrv::edit {
 
 class Matching {
   public:
-    // Borrows the snapshot.   O(size)
-    Matching(Snapshot const &before, objref const &root);
+    // Borrows the snapshot. `by_parts`: no part of the text depends on another one.   O(size)
+    Matching(Snapshot const &before, objref const &root, bool by_parts);
 
-    // The node that the entry with that anid has now; null if the entry was removed.
-    cAttrNode const *now(std::uint32_t anid) const;
+    // Is the container, with all in it, in the tree as it was, and left out below?
+    bool is_left_out(objref const &container) const;
     // What a node was; null for a new entry.
     WasEntry const *was(cAttrNode const &node) const;
     // Is it the same object, or one that replaced it?
@@ -39,6 +42,8 @@ class Matching {
     using Nodes = std::vector<cAttrNode const *>;
 
     void walk(objref const &root);
+    void find_changed();
+    bool is_in_tree(cObj const *value) const;
     void match_alive(bool donated);
     void match(Was const &was, cMapObj const &now);
     void match_by_node(Was const &was, Nodes const &nodes);
@@ -48,15 +53,17 @@ class Matching {
     void match_by_place(Was const &was, Nodes const &nodes);
     void match_replaced(WasEntry const &was, cAttrNode const &node);
     void bind(WasEntry const &was, cAttrNode const &node);
-    bool is_bound(WasEntry const &was) const { return nodes_.count(was.anid) > 0; }
+    bool is_bound(WasEntry const &was) const { return bound_anids_.count(was.anid) > 0; }
     bool is_bound(cAttrNode const &node) const { return was_.count(&node) > 0; }
-    bool alike(objref const &was, objref const &now) const;
+    bool alike(WasEntry const &was, objref const &now) const;
 
     Snapshot const &before_;
     Donation const donation_;
     std::vector<objref> alive_; // the containers, as they were met
-    std::unordered_map<cObj const *, unsigned> places_;
-    std::unordered_map<std::uint32_t, cAttrNode const *> nodes_; // by the anid before
+    bool by_parts_;
+    std::vector<cObj const *> values_;              // one for each place in the tree, sorted
+    std::unordered_set<cObj const *> changed_;      // containers with a change in them, if by parts
+    std::unordered_set<std::uint32_t> bound_anids_; // of before
     std::unordered_map<cAttrNode const *, WasEntry const *> was_;
     std::unordered_map<cObj const *, objref> instead_; // what a new container replaced
     std::unordered_set<cObj const *> replaced_;        // the values in it

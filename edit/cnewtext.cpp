@@ -136,7 +136,8 @@ NewText::Samples NewText::samples_in(Item const &parent) {
             Item const *&last = by_type[&child->value->type()];
             Item const *&sample = samples[child];
             if (!sample || !only_missing) sample = last;
-            if (child->old != none && child->how == Item::as_it_was) last = child;
+            bool const literal = child->how == Item::as_it_was && !container_in(child->value);
+            if (child->old != none && literal) last = child;
         }
     };
     set_samples(false);

@@ -19,21 +19,39 @@ namespace qrv::edit {
 
 Entries::Entries(cat::SourceMap const &map) : map_(map) {
     anids_.reserve(map.size());
-    std::vector<bool> ignored(map.size()); // values that are in their set already
-    for (size_t i = 0; i < map.size(); ++i) {
-        cat::SourceEntry const entry = map.entry(i);
-        bool const inside = entry.parent != none && ignored[entry.parent];
-        ignored[i] = inside || (entry.key.empty() && numbers_.count(entry.anid) > 0);
-        add(i, inside ? 0 : entry.anid);
-    }
+    for (size_t i = 0; i < map.size(); ++i) add(map.entry(i));
+    sort_numbers();
+    if (any_comes_again_) leave_out_equal_members();
     for (cat::SourceComment const &comment : map.comments()) add(comment);
 }
 
-void Entries::add(size_t number, std::uint32_t anid) {
-    anids_.push_back(anid);
-    if (!anid) return;
-    any_comes_again_ |= numbers_.count(anid) > 0;
-    numbers_.emplace(anid, number);
+void Entries::add(cat::SourceEntry const &entry) {
+    anids_.push_back(entry.anid);
+    any_reference_ |= entry.reference;
+    if (entry.anid) numbers_.emplace_back(entry.anid, static_cast<std::uint32_t>(entry.number));
+}
+
+void Entries::sort_numbers() {
+    std::sort(numbers_.begin(), numbers_.end());
+    any_comes_again_ =
+        std::adjacent_find(numbers_.begin(), numbers_.end(), [](auto const &a, auto const &b) {
+            return a.first == b.first;
+        }) != numbers_.end();
+}
+
+// What is inside a value that is in its set already was never in the tree.
+void Entries::leave_out_equal_members() {
+    std::vector<bool> left_out(anids_.size());
+    for (size_t i = 1; i < numbers_.size(); ++i)
+        if (numbers_[i].first == numbers_[i - 1].first)
+            left_out[numbers_[i].second] = map_.entry(numbers_[i].second).key.empty();
+    for (size_t i = 0; i < anids_.size(); ++i) {
+        size_t const parent = map_.entry(i).parent;
+        if (parent == none || !left_out[parent]) continue;
+        left_out[i] = true;
+        anids_[i] = 0;
+    }
+    std::erase_if(numbers_, [this](auto const &number) { return anids_[number.second] == 0; });
 }
 
 void Entries::add(cat::SourceComment const &comment) {
@@ -57,7 +75,7 @@ void Entries::add_donor(cat::SourceMap const &map, size_t offset) {
         shift(entry.open);
         shift(entry.close);
         shift(entry.delimiter);
-        add(entry.number, entry.anid);
+        add(entry);
         if (entry.parent != none) inside_[entry.parent].push_back(entry);
         donated_.push_back(entry);
     }
@@ -66,6 +84,7 @@ void Entries::add_donor(cat::SourceMap const &map, size_t offset) {
         if (comment.entry != none) comment.entry += donor();
         add(comment);
     }
+    sort_numbers();
 }
 
 std::vector<cat::SourceComment> const &Entries::comments(size_t number) const {
@@ -74,13 +93,14 @@ std::vector<cat::SourceComment> const &Entries::comments(size_t number) const {
     return found == comments_.end() ? nothing : found->second;
 }
 
-bool Entries::comes_again(size_t number) const { return numbers_.count(anids_[number]) > 1; }
+bool Entries::comes_again(size_t number) const {
+    return any_comes_again_ && of(anids_[number]).size() > 1;
+}
 
 std::vector<size_t> Entries::of(std::uint32_t anid) const {
     std::vector<size_t> found;
-    auto const [first, last] = numbers_.equal_range(anid);
-    for (auto it = first; it != last; ++it) found.push_back(it->second);
-    std::sort(found.begin(), found.end());
+    auto it = std::lower_bound(numbers_.begin(), numbers_.end(), std::pair(anid, std::uint32_t{0}));
+    for (; it != numbers_.end() && it->first == anid; ++it) found.push_back(it->second);
     return found;
 }
 
@@ -135,7 +155,9 @@ std::vector<bool> rising(std::vector<size_t> const &numbers) {
 
 Plan::Plan(std::string_view text, Entries const &entries, Snapshot const &before,
            objref const &root)
-    : text_(text), entries_(entries), before_(before), root_(root), matching_(before, root) {
+    : text_(text), entries_(entries), before_(before), root_(root),
+      matching_(before, root,
+                !entries.any_reference() && !entries.any_comes_again() && !before.donor()) {
     settle(add(nullptr, {0, nullptr, 0, false, none}, root));
 }
 
@@ -177,10 +199,15 @@ void Plan::settle(Item &item) {
         item.how = Item::as_it_was;
         return;
     }
+    if (in_place && container_in(item.value) && matching_.is_left_out(item.value)) {
+        item.source = item.old;
+        item.how = Item::as_it_was;
+        return;
+    }
     bool const shared = matching_.places(item.value) > 1 && !is_constant(item.value);
     if ((shared || container_in(item.value)) && settle_shared(item, in_place)) return;
     if (in_place && has_its_text(item))
-        settle_here(item, was);
+        settle_here(item);
     else
         settle_from_elsewhere(item, was);
     if (item.node) passed_.insert(item.node);
@@ -242,7 +269,7 @@ bool Plan::settle_shared(Item &item, bool in_place) {
     return true;
 }
 
-void Plan::settle_here(Item &item, objref const &was) {
+void Plan::settle_here(Item &item) {
     item.source = item.old;
     item.how = Item::as_it_was;
     if (container_in(item.value)) {
@@ -252,7 +279,8 @@ void Plan::settle_here(Item &item, objref const &was) {
     }
     bool const last = item.old == 0 || item.parent->value->is_set() ||
                       entries_.of(entries_.anid(item.old)).back() == item.old;
-    if (last && before_.text(was) != exact_text(item.value)) item.how = Item::literal;
+    WasEntry const *const was = was_of(item.old);
+    if (last && was && !before_.is_still(*was, item.value)) item.how = Item::literal;
 }
 
 void Plan::settle_from_elsewhere(Item &item, objref const &was) {
@@ -286,11 +314,15 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
         !entries_.entry(item.old).reference)
         item.source = item.old; // replaced by an equal one, perhaps
     bool const same =
-        item.source != none &&
-        (is_constant(item.value) || is_constant(was)
-             ? item.value == was
-             : before_.text(item.source == item.old ? was : item.value) == exact_text(item.value));
+        item.source != none && (is_constant(item.value) || is_constant(was)
+                                    ? item.value == was
+                                    : before_.is_still(*was_of(item.source), item.value));
     item.how = same ? Item::as_it_was : Item::literal;
+}
+
+// What the entry was before the change; null if none of the tree belongs to it.
+WasEntry const *Plan::was_of(size_t number) const {
+    return number == 0 ? &before_.root() : before_.entry(entries_.anid(number));
 }
 
 // The entries in which a value was written before the change, in file order.
@@ -329,7 +361,8 @@ size_t Plan::place_of(WasEntry const &was, bool moved) const {
 bool Plan::is_left_out(size_t number) const {
     std::uint32_t const anid = entries_.anid(number);
     if (!anid || !entries_.is_donated(number) || !entries_.comes_again(number)) return false;
-    return place_of({anid, objref(), before_.value(anid)}, true) != number;
+    WasEntry const *const was = before_.entry(anid);
+    return was && place_of(*was, true) != number;
 }
 
 void Plan::search_definitions() {
@@ -388,7 +421,7 @@ bool Plan::is_as_before(WasEntry const &was, cAttrNode const &node) const {
     if (was.value != node.valref()) return false;
     if (is_constant(was.value)) return true;
     cMapObj const *const container = container_in(was.value);
-    if (!container) return before_.text(was.value) == exact_text(was.value);
+    if (!container) return before_.is_still(was, was.value);
     std::vector<WasEntry> const *const entries = before_.entries(was.value.get());
     cAttrHash const &hash = container->datamap();
     if (!entries || entries->size() != hash.used()) return false;

@@ -33,6 +33,7 @@ class Entries {
     // Is its key repeated, or the value of a set? Is that of any entry?
     bool comes_again(size_t number) const;
     bool any_comes_again() const { return any_comes_again_; }
+    bool any_reference() const { return any_reference_; }
     // All that are written for a node, in file order.
     std::vector<size_t> of(std::uint32_t anid) const;
     // The brackets that hold the entries of the value written there: its own, or those of the one
@@ -43,7 +44,9 @@ class Entries {
     std::vector<cat::SourceComment> const &comments(size_t number) const;
 
   private:
-    void add(size_t number, std::uint32_t anid);
+    void add(cat::SourceEntry const &entry);
+    void sort_numbers();
+    void leave_out_equal_members();
     std::vector<cat::SourceEntry> directly_inside(size_t number) const;
     void add(cat::SourceComment const &comment);
 
@@ -51,9 +54,10 @@ class Entries {
     std::vector<cat::SourceEntry> donated_;
     std::unordered_map<size_t, std::vector<cat::SourceEntry>> inside_; // of the donor's
     std::vector<std::uint32_t> anids_;
-    std::unordered_multimap<std::uint32_t, size_t> numbers_;
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> numbers_; // anid and number, sorted
     std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;
     bool any_comes_again_ = false;
+    bool any_reference_ = false;
 };
 
 struct Item {
@@ -104,7 +108,7 @@ class Plan {
 
     Item &add(Item *parent, Slot const &slot, objref const &value);
     void settle(Item &item);
-    void settle_here(Item &item, objref const &was);
+    void settle_here(Item &item);
     void settle_from_elsewhere(Item &item, objref const &was);
     bool has_its_text(Item const &item);
     bool has_lost_entries(size_t number) const;
@@ -116,6 +120,7 @@ class Plan {
     bool is_unchanged(Item const &item) const;
     void add_fresh_children(Item &item);
     void arrange(cMapObj const &container, std::vector<size_t> const &blocks);
+    WasEntry const *was_of(size_t number) const;
     Slots slots_of(cMapObj const &container, bool fresh);
     bool is_as_before(WasEntry const &was, cAttrNode const &node) const;
     std::vector<size_t> const &definitions(objref const &value);

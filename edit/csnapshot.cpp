@@ -1,16 +1,54 @@
 #include "edit/csnapshot.h"
 
 #include "qrv/containers/cattspec.h"
+#include "qrv/core/cobjd.h"
+#include "qrv/core/ctypeobj.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 namespace qrv::edit {
 
+namespace {
+
+// Of a number or a bool of the library's types.
+template <class T> std::uint64_t bits_of(cObj const &value) {
+    T const number = static_cast<cObjDR<T> const &>(value).val();
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &number, sizeof number);
+    return bits;
+}
+
+std::optional<std::uint64_t> bits_of(cObj const &value) {
+    cTypeObj const &type = value.type();
+    if (&type == &cat::type_int()) return bits_of<int>(value);
+    if (&type == &cat::type_double()) return bits_of<double>(value);
+    if (&type == &cat::type_bool()) return bits_of<bool>(value);
+    if (&type == &cat::type_float()) return bits_of<float>(value);
+    return std::nullopt;
+}
+
+std::string const *string_in(cObj const &value) {
+    if (&value.type() != &cat::type_string()) return nullptr;
+    return &static_cast<cObjDR<std::string> const &>(value).val();
+}
+
+} // namespace
+
 cMapObj const *container_in(objref const &value) {
-    if (!value || value->is_type() || dynamic_cast<cAttspec const *>(value.get())) return nullptr;
+    if (!value) return nullptr;
+    cTypeObj const &type = value->type();
+    if (&type == &cat::type_map() || &type == &cat::type_vector() || &type == &cat::type_set())
+        return static_cast<cMapObj const *>(value.get());
+    if (bits_of(*value) || string_in(*value) || value->is_type() ||
+        dynamic_cast<cAttspec const *>(value.get()))
+        return nullptr;
     return dynamic_cast<cMapObj const *>(value.get());
 }
 
@@ -21,7 +59,7 @@ std::string exact_text(objref const &value) {
 
 bool is_constant(objref const &value) { return value && cat::find_const(value.get()); }
 
-Snapshot::Snapshot(objref const &root) { add(root); }
+Snapshot::Snapshot(objref const &root) : root_(entry_of(0, nullptr, root)) { add(root); }
 
 void Snapshot::add_donor(objref const &root) {
     donor_ = root;
@@ -32,10 +70,7 @@ void Snapshot::add_donor(objref const &root) {
 }
 
 void Snapshot::add(objref const &root) {
-    if (!container_in(root)) {
-        add_leaf(root);
-        return;
-    }
+    if (!container_in(root)) return;
     std::vector<objref> todo{root};
     containers_[root.get()];
     while (!todo.empty()) {
@@ -45,22 +80,32 @@ void Snapshot::add(objref const &root) {
         cAttrHash const &hash = container_in(container)->datamap();
         entries.reserve(hash.used());
         for (cAttrNode const *node = hash.first(); node; node = hash.next(node)) {
-            objref const &value = node->valref();
-            entries.push_back({node->anid(), node->key(), value});
-            values_.emplace(node->anid(), value);
-            if (!container_in(value))
-                add_leaf(value);
-            else if (containers_.try_emplace(value.get()).second)
-                todo.push_back(value);
+            entries.push_back(entry_of(node->anid(), node->key(), node->valref()));
+            if (entries.back().is_container() &&
+                containers_.try_emplace(entries.back().value.get()).second)
+                todo.push_back(entries.back().value);
         }
+        for (WasEntry const &entry : entries) by_anid_.push_back(&entry);
         containers_[container.get()] = std::move(entries);
     }
+    std::sort(by_anid_.begin(), by_anid_.end(),
+              [](WasEntry const *a, WasEntry const *b) { return a->anid < b->anid; });
 }
 
-void Snapshot::add_leaf(objref const &value) {
-    if (!value || is_constant(value)) return;
-    auto const [place, fresh] = texts_.try_emplace(value.get());
-    if (fresh) place->second = exact_text(value); // RUNS USER CODE
+WasEntry Snapshot::entry_of(std::uint32_t anid, objref const &key, objref const &value) {
+    WasEntry entry{anid, 0, key, value, 0};
+    if (!value) return entry;
+    if (container_in(value)) {
+        entry.size = WasEntry::container;
+    } else if (auto const bits = bits_of(*value)) {
+        entry.content = *bits;
+    } else {
+        entry.content = contents_.size();
+        std::string const *const string = string_in(*value);
+        contents_ += string ? *string : exact_text(value); // RUNS USER CODE
+        entry.size = static_cast<std::uint32_t>(contents_.size() - entry.content);
+    }
+    return entry;
 }
 
 std::vector<WasEntry> const *Snapshot::entries(cObj const *container) const {
@@ -68,15 +113,38 @@ std::vector<WasEntry> const *Snapshot::entries(cObj const *container) const {
     return found == containers_.end() ? nullptr : &found->second;
 }
 
-objref const &Snapshot::value(std::uint32_t anid) const {
-    static objref const none;
-    auto const found = values_.find(anid);
-    return found == values_.end() ? none : found->second;
+WasEntry const *Snapshot::entry(std::uint32_t anid) const {
+    auto const found = std::lower_bound(
+        by_anid_.begin(), by_anid_.end(), anid,
+        [](WasEntry const *entry, std::uint32_t wanted) { return entry->anid < wanted; });
+    return found != by_anid_.end() && (*found)->anid == anid ? *found : nullptr;
 }
 
-std::string Snapshot::text(objref const &value) const {
-    auto const found = texts_.find(value.get());
-    return found == texts_.end() ? exact_text(value) : found->second;
+objref const &Snapshot::value(std::uint32_t anid) const {
+    static objref const none;
+    WasEntry const *const found = entry(anid);
+    return found ? found->value : none;
+}
+
+bool Snapshot::is_still(WasEntry const &was, objref const &value) const {
+    if (!was.value || !value || was.is_container()) return was.value == value;
+    if (&was.value->type() != &value->type()) return false;
+    if (was.value != value && (is_constant(was.value) || is_constant(value))) return false;
+    if (auto const bits = bits_of(*value)) return *bits == was.content;
+    std::string_view const content = std::string_view(contents_).substr(was.content, was.size);
+    std::string const *const string = string_in(*value);
+    return content == (string ? *string : exact_text(value)); // RUNS USER CODE
+}
+
+bool Snapshot::is_still(std::vector<WasEntry> const &was, cMapObj const &container) const {
+    cAttrHash const &hash = container.datamap();
+    if (was.size() != hash.used()) return false;
+    cAttrNode const *node = hash.first();
+    return std::all_of(was.begin(), was.end(), [&](WasEntry const &entry) {
+        cAttrNode const &now = *std::exchange(node, hash.next(node));
+        return now.anid() == entry.anid && now.valref() == entry.value &&
+               is_still(entry, entry.value);
+    });
 }
 
 } // namespace qrv::edit

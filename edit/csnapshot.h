@@ -1,7 +1,8 @@
 #pragma once
 // A tree as it was before a change: which entries each container had, and what stood in them; and
 // the tree of a donor, another text whose values the change may use. Values are held, so no address
-// is used again while the snapshot lives.
+// is used again while the snapshot lives. A large tree has many entries, so each takes little more
+// than its key and value: 32 bytes, and the bytes of strings.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
@@ -26,8 +27,13 @@ bool is_constant(objref const &value);
 
 struct WasEntry {
     std::uint32_t anid;
+    std::uint32_t size; // of the content; a container has none
     objref key;
     objref value;
+    std::uint64_t content;
+
+    bool is_container() const { return size == container; }
+    static constexpr std::uint32_t container = 0xFFFFFFFFu;
 };
 
 class Snapshot {
@@ -44,18 +50,24 @@ class Snapshot {
     Containers const &containers() const { return containers_; }
     // The entries that a container had, in order; null if it was not in the tree.
     std::vector<WasEntry> const *entries(cObj const *container) const;
+    // The entry of a node; null if the node was not in the tree.
+    WasEntry const *entry(std::uint32_t anid) const;
+    WasEntry const &root() const { return root_; }
     // The value that a node had; null if the node was not in the tree.
     objref const &value(std::uint32_t anid) const;
-    // What was written for an object that is no container.
-    std::string text(objref const &value) const;
+    // Is the value now what the entry's was? For what is no container.
+    bool is_still(WasEntry const &was, objref const &value) const;
+    // Has the container the same nodes with the same values?
+    bool is_still(std::vector<WasEntry> const &was, cMapObj const &container) const;
 
   private:
     void add(objref const &root);
-    void add_leaf(objref const &value);
+    WasEntry entry_of(std::uint32_t anid, objref const &key, objref const &value);
 
     Containers containers_;
-    std::unordered_map<std::uint32_t, objref> values_;
-    std::unordered_map<cObj const *, std::string> texts_;
+    std::vector<WasEntry const *> by_anid_;
+    WasEntry root_;
+    std::string contents_; // of strings, and the texts of others but numbers
     objref donor_;
     std::unordered_set<cObj const *> donated_;
 };

@@ -8,6 +8,7 @@
 #include "qrv/text/write/cwriter.h"
 #include "text/read/creader_errors.h"
 #include "text/read/csource_recorder.h"
+#include "text/scan/cattrscanner_rules.h"
 #include "text/state/ctext_state.h"
 
 namespace {
@@ -54,6 +55,9 @@ cReadSession::cReadSession(cAttrScan &outer)
 }
 
 cReadSession::~cReadSession() {
+#ifdef QRV_CHECKS
+    if (!before_) scan::parsed += characters() - start_;
+#endif
     if (source_) source_->finish();
     the_session = before_;
 }

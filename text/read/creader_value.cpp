@@ -359,11 +359,45 @@ int cValueReader::unread_container() {
     return cAttrScan::asrSyntax;
 }
 
+namespace {
+cToken token_of(cAttrLiteral const &literal) {
+    return {literal.text,     literal.code,       literal.line,        literal.column,
+            literal.position, literal.outer_line, literal.outer_column};
+}
+
+// Shows the tokens of a typed value to those who watch.
+class cTypedText final : public cTokenWatch {
+  public:
+    cTypedText(cTokenWatch *source, bool inside_another, cAttrLiteral const &name,
+               cAttrLiteral const &bracket)
+        : source_(source) {
+        cat::ReadReport const *const report = cat::ReadReport::current();
+        if (!report || inside_another) return;
+        watch_ = report->watch();
+        if (!watch_) return;
+        watch_->typed_token(token_of(name));
+        watch_->typed_token(token_of(bracket));
+    }
+    bool is_watched() const { return source_ || watch_; }
+
+    void token(cToken const &token, size_t size) override {
+        if (source_) source_->token(token, size);
+        if (watch_ && token.code != tkComment) watch_->typed_token(token);
+    }
+
+  private:
+    cTokenWatch *source_;
+    cat::ReadWatch *watch_ = nullptr;
+};
+} // namespace
+
 int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name) {
     cEnclosedText enclosed;
     enclosed.with_places = cat::ReadReport::current() != nullptr;
     cat::cSourceRecorder::cGathering gathering(source_);
-    if (source_) enclosed.watch = &gathering;
+    cTypedText shown(source_ ? &gathering : nullptr, text_state().typed_nesting() > 0, first_,
+                     bracket);
+    if (shown.is_watched()) enclosed.watch = &shown;
     end_ = scan_.enclose(cat::Brackets(bracket.code), enclosed) ? ')' : 0;
     if (end_ == 0) {
         begin_error(scan_, err_read_unclosed_type)

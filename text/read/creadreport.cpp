@@ -59,3 +59,5 @@ cat::ReadWatch::~ReadWatch() = default;
 void cat::ReadWatch::invalid(cObj &) {}
 
 bool cat::ReadWatch::error(ReadError &) { return true; }
+
+void cat::ReadWatch::typed_token(cToken const &) {}

@@ -92,6 +92,9 @@ cAttrLexer::~cAttrLexer() {
     cAttrLexer **link = &first_;
     while (*link != this) link = &(*link)->next_;
     *link = next_;
+#ifdef QRV_CHECKS
+    scan::lexed += offset_;
+#endif
 }
 
 cAttrLexer *cAttrLexer::find(std::istream const &in) {

@@ -20,6 +20,8 @@
 
 #ifdef QRV_CHECKS
 unsigned long long scan::compared = 0;
+unsigned long long scan::lexed = 0;
+unsigned long long scan::parsed = 0;
 #endif
 
 // A used-up buffer with more room than this gives it back, so that one huge token is not paid for

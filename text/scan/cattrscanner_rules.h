@@ -87,8 +87,10 @@ constexpr std::array<cClass, 256> make_classes() {
 inline constexpr std::array<cClass, 256> classes = make_classes();
 
 #ifdef QRV_CHECKS
-// How many characters were compared, for tests that count work.
+// How many characters of this process's texts, for tests that count work:
 extern unsigned long long compared;
+extern QRV_API unsigned long long lexed;  // became tokens; each lexer adds its own at its end
+extern QRV_API unsigned long long parsed; // were read by outermost readings
 #endif
 
 // The one place where a character is looked at, from 0 to 255.

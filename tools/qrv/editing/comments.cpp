@@ -101,18 +101,6 @@ cRemark remark_of(std::string const &bytes, SourceComment const &comment) {
     return remark;
 }
 
-SourceComment comment_after_value(std::string const &bytes, size_t offset) {
-    bool const line = bytes[offset + 1] == '/';
-    size_t const end =
-        line ? std::min(bytes.find('\n', offset), bytes.size()) : bytes.find("*/", offset + 2) + 2;
-    SourceComment comment;
-    comment.span = {static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(end)};
-    size_t at = offset;
-    while (at > 0 && is_blank(bytes[at - 1])) --at;
-    comment.own_line = at > 0 && bytes[at - 1] == '\n';
-    return comment;
-}
-
 // --- the text that the writer made ---
 
 // Without its comments, and where its entries are there.
@@ -461,17 +449,11 @@ std::string without_trailing_blanks(std::string const &text) {
     return result;
 }
 
-cComments::cComments(std::string const &bytes, cat::SourceMap const &map,
-                     std::vector<size_t> const &offsets)
+cComments::cComments(std::string const &bytes, cat::SourceMap const &map)
     : bytes_(bytes), entries_(entries_of(map)) {
     if (entries_.empty()) return;
     for (SourceComment const &comment : map.comments())
         if (comment.span.begin >= entries_[0].value.begin) comments_.push_back(comment);
-    size_t const value_end = entries_[0].all().end;
-    size_t const known = comments_.empty() ? 0 : comments_.back().span.end;
-    for (size_t const offset : offsets)
-        if (offset >= std::max(value_end, known))
-            comments_.push_back(comment_after_value(bytes, offset));
 }
 
 void cComments::make_room(objref const &value) const {

@@ -21,10 +21,8 @@
 // over many lines; where it can't be, the comment comes after it.
 class cComments {
   public:
-    // The map is that of the bytes, which must outlive the object. `offsets` are those of comments
-    // that the map may not have, since they are after the outermost value.
-    cComments(std::string const &bytes, cat::SourceMap const &map,
-              std::vector<size_t> const &offsets);
+    // The map is that of the bytes, which must outlive the object.
+    cComments(std::string const &bytes, cat::SourceMap const &map);
 
     // Gives the containers in the value that the bytes made many lines where a comment needs them.
     void make_room(objref const &value) const;

@@ -5,12 +5,12 @@
 #include "tools/qrv/editing/comments.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/writing.h"
+#include "tools/qrv/process/modules.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/warnings.h"
 #include "tools/qrv/verify/fingerprint.h"
 
-#include <algorithm>
 #include <map>
 #include <optional>
 #include <utility>
@@ -25,12 +25,15 @@ std::string letters_of(cComment const &comment) {
     return letters;
 }
 
-// Comments that are not in the new text: what a type of a program reads by itself is not known.
-void tell_lost(std::vector<cComment> const &comments, std::string const &text,
+// Comments that are not in the new text. Only the type of a module can have some, which reads its
+// text by itself: without modules nothing is to be found, and no text is scanned for it.
+void tell_lost(std::string const &bytes, cReading const &reading, std::string const &text,
                cMessages &messages) {
+    if (!modules_are_loaded()) return;
     std::map<std::string, size_t> found;
     for (cComment const &comment : survey(text).comments) ++found[letters_of(comment)];
-    for (cComment const &comment : comments) {
+    for (cComment const &comment : survey(bytes).comments) {
+        if (reading.behind && *reading.behind < comment.place) break;
         size_t &count = found[letters_of(comment)];
         if (count > 0) {
             --count;
@@ -39,21 +42,6 @@ void tell_lost(std::vector<cComment> const &comments, std::string const &text,
         std::string const line = comment.text.substr(0, comment.text.find('\n'));
         messages.error(comment.place, "this comment would be lost: " + shortened(line));
     }
-}
-
-// Those that are not in text after the first value.
-std::vector<cComment> comments_of(std::string const &bytes, cReading const &reading) {
-    std::vector<cComment> comments = survey(bytes).comments;
-    if (reading.behind)
-        std::erase_if(comments,
-                      [&](cComment const &comment) { return *reading.behind < comment.place; });
-    return comments;
-}
-
-std::vector<size_t> offsets_of(std::vector<cComment> const &comments) {
-    std::vector<size_t> offsets;
-    for (cComment const &comment : comments) offsets.push_back(comment.offset);
-    return offsets;
 }
 
 // Of the text that was written.
@@ -81,28 +69,33 @@ class cSecondReading {
 
 } // namespace
 
-void format(std::string const &bytes, cLayout layout, cMessages &messages, cReply &reply) {
+void format(std::string const &bytes, cFormat const &how, cMessages &messages, cReply &reply) {
     std::optional<cat::TypeScope> types(std::in_place);
     cat::SourceMap const map;
     cReading const reading = read_value(bytes, messages);
     if (!reading.clean) return;
-    std::vector<cComment> const all = comments_of(bytes, reading);
-    cComments const comments(bytes, map, offsets_of(all));
+    cComments const comments(bytes, map);
     comments.make_room(reading.value);
     std::string const text = written(reading.value, "", false, messages);
     bool const all_written = messages.count() == 0;
     std::string const image = all_written ? image_of(reading.value) : "";
     types.reset(); // the new text must declare its own
     cSecondReading const again(text, messages.name());
-    std::string const head = head_of(bytes);
-    reply.text = (layout.trailing_blanks ? head : without_trailing_blanks(head)) +
-                 comments.put_into(text, again.map(), layout.trailing_blanks);
-    if (layout.replaces) add_lost_by_writing(bytes, map, messages);
-    tell_lost(all, reply.text, messages);
+    std::string const head = head_of(bytes, map);
+    auto const with_comments = [&](bool trailing_blanks) {
+        return (trailing_blanks ? head : without_trailing_blanks(head)) +
+               comments.put_into(text, again.map(), trailing_blanks);
+    };
+    reply.text = with_comments(how.trailing_blanks);
+    if (how.replaces) add_lost_by_writing(bytes, map, messages);
+    tell_lost(bytes, reading, reply.text, messages);
     if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
     if (all_written && again.image() != image)
         messages.error("the new text would not read as the same value: " +
                        what_differs(image, again.image(), false));
     reply.comes_back = again.comes_back();
     reply.status = messages.count() == 0 ? exit_done : exit_found;
+    if (how.either && reply.status == exit_done && reply.text != bytes &&
+        with_comments(!how.trailing_blanks) == bytes)
+        reply.text = bytes;
 }

@@ -6,12 +6,13 @@
 
 #include <string>
 
-struct cLayout {
-    bool trailing_blanks = false; // else no line ends with a blank
+struct cFormat {
+    bool trailing_blanks = false; // as the writer leaves them
+    bool either = false;          // with them and without is right: the bytes stay if they are one
     bool replaces = false;        // the file: values of repeated keys must not disappear from it
 };
 
 // Reads the first value and gives the new text in the reply. What is lost is an error. Status
 // exit_failed: there is no text. `comes_back`: the text reads as the same value and would be
 // written again as it is.
-void format(std::string const &bytes, cLayout layout, cMessages &messages, cReply &reply);
+void format(std::string const &bytes, cFormat const &how, cMessages &messages, cReply &reply);

@@ -43,16 +43,15 @@ struct cTask {
 // Reads a text, changes the value and writes it. Status: is the reply's text the new one?
 void rewrite_text(std::string const &text, cTask const &task, size_t first_number,
                   cMessages &messages, cReply &reply) {
-    std::optional<cat::SourceMap> map;
-    if (task.finds_lost) map.emplace();
+    cat::SourceMap const map;
     cReading const reading = read_value(text, messages);
     if (!reading.clean ||
         !task.change({reading.value, text, first_number, nullptr}, reply.messages))
         return;
-    reply.text = written(reading.value, head_of(text), task.options.canonical, messages);
+    reply.text = written(reading.value, head_of(text, map), task.options.canonical, messages);
     bool const all_written = messages.count() == 0;
     if (all_written) reply.image = image_of(reading.value);
-    if (map) add_lost_by_writing(text, *map, messages);
+    if (task.finds_lost) add_lost_by_writing(text, map, messages);
     reply.after = reading.behind.value_or(no_place);
     reply.status = exit_done;
 }
@@ -123,12 +122,9 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
     std::string const mark = cut_mark(reply.extra);
     messages.source(reply.extra);
     if (task.way == cTask::formatted) {
-        format(reply.extra, {task.options.trailing_blanks, task.options.in_place}, messages, reply);
-        // Both layouts are right.
-        cReply other;
-        if (task.options.check && reply.status == exit_done && reply.text != reply.extra)
-            format(reply.extra, {!task.options.trailing_blanks}, messages, other);
-        if (other.text == reply.extra) reply.text = reply.extra;
+        format(reply.extra,
+               {task.options.trailing_blanks, task.options.check, task.options.in_place}, messages,
+               reply);
     } else if (task.way == cTask::spliced) {
         splice(reply.extra, task.change, messages, reply);
         reply.comes_back = reply.status == exit_done;

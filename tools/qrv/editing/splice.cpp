@@ -7,6 +7,8 @@
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/verify/fingerprint.h"
 
+#include <optional>
+
 namespace {
 
 // The two readings are apart: the types that the old text declares are unknown to the new one.
@@ -14,16 +16,17 @@ cReply changed_text(std::string const &bytes, cChange const &change, cMessages c
     return apart(about.name(), [&](cReply &reply) {
         cMessages messages(about.name(), about.limit());
         messages.source(bytes);
-        cat::SourceMap const map;
+        std::optional<cat::SourceMap> map(std::in_place);
         cReading const reading = read_value(bytes, messages);
         std::string told;
         if (reading.clean) {
-            qrv::edit::Edit edit(bytes, map, reading.value);
+            qrv::edit::Edit edit(bytes, *map, reading.value);
             if (change({reading.value, bytes, 0, &edit}, told)) {
                 reply.text = edit.text();
                 reply.status = exit_done;
             }
         }
+        map.reset(); // the fingerprint needs the memory
         reply.found = messages.findings();
         reply.messages = told;
         if (reply.status == exit_done) reply.image = image_of(reading.value);

@@ -41,6 +41,8 @@ class cFileScan : public cAttrScan {
     cPlace end() const {
         return took_foreign() ? place_of(token()) : cPlace{lineno(), column() + 1};
     }
+    // The offset, or 0 if it is not known, since comments may come before that token.
+    size_t end_offset() const { return took_foreign() ? 0 : passed(); }
 
     std::optional<cPlace> behind() {
         cAttrLiteral next = token();
@@ -56,10 +58,11 @@ class cFileScan : public cAttrScan {
                                 delim_ <= tkEof);
     }
 
+    // A byte that no value can hold ends a reading, and is a token all the same.
     cAttrLiteral next_token() {
-        cAttrLiteral token;
-        while (gettoken(token) == tkComment) continue;
-        return token;
+        return_com(false); // for a cat::SourceMap only
+        gettok();
+        return cAttrLiteral(current());
     }
 
     int result_ = -1;
@@ -161,23 +164,18 @@ bool all_closed(cat::ReadReport const &report) {
                        [](cat::ReadError const &error) { return error.end_line == 0; });
 }
 
-// Roughly, so that other files pay nothing for it.
-bool has_typed_values(std::string const &bytes) {
-    for (char const *const part : {"(", "attspec", "attlist", "choice"})
-        if (bytes.find(part) != std::string::npos) return true;
-    return false;
-}
-
 // May something be there that was read without an error, and yet isn't in the value? A byte 0 in a
-// string, an open comment behind the value, or a byte from 128 on between the brackets of a typed
-// value, which are read on their own.
-bool may_hide_errors(std::string const &bytes, bool typed_values) {
+// string, a byte from 128 on between the brackets of a typed value, or an open comment. `end`: of
+// what was read.
+bool may_hide_errors(cTextTokens const &tokens, size_t end) {
+    std::string const &bytes = tokens.bytes();
     if (bytes.find('\0') != std::string::npos) return true;
     size_t const comment = bytes.rfind("/*");
-    if (comment != std::string::npos && bytes.find("*/", comment + 2) == std::string::npos)
+    if (comment != std::string::npos && comment >= end &&
+        bytes.find("*/", comment + 2) == std::string::npos)
         return true;
-    return typed_values &&
-           std::any_of(bytes.begin(), bytes.end(), [](char byte) { return (byte & 0x80) != 0; });
+    return std::any_of(tokens.typed().begin(), tokens.typed().end(),
+                       [](cTextToken const &token) { return token.code <= tkEof; });
 }
 
 } // namespace
@@ -208,13 +206,12 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     cRules rules(bytes, report);
     bool const found = scan.read(reading.value) == 0;
     cPlace const end = scan.end();
-    bool const typed_values = has_typed_values(bytes);
-    if (typed_values) rules.tell_unheard(end);
+    rules.tell_unheard(end);
     rules.tell_unexplained();
     if (!found) reading.value = nullptr;
     std::vector<cUnread> bytes_unread;
-    if (!found || !report.empty() || may_hide_errors(bytes, typed_values))
-        bytes_unread = unread(survey(bytes), end);
+    if (!found || !report.empty() || may_hide_errors(rules.tokens(), scan.end_offset()))
+        bytes_unread = unread(survey(rules.tokens()), end);
     bool const whole = bytes_unread.empty() && all_closed(report);
     std::vector<cMistake> mistakes = mistakes_of(bytes, bytes_unread, report.entries());
     if (messages.shows_all()) mistakes = apart(mistakes);

@@ -3,6 +3,7 @@
 #include "qrv/text/file/cfile.h"
 #include "qrv/text/scan/cattrscanner.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
@@ -30,52 +31,39 @@ std::string byte_text(char byte) {
 // Goes over all tokens, so that every byte but those of an open comment is in one.
 class cSurveyor {
   public:
-    explicit cSurveyor(std::string const &bytes) : bytes_(bytes) {}
+    explicit cSurveyor(cTextTokens const &tokens) : tokens_(tokens), bytes_(tokens.bytes()) {}
+
     cSurvey survey() {
-        scan([] { return false; });
+        for (cTextToken const &token : tokens_.all()) take(token, std::string(tokens_.text(token)));
         size_t const comment = bytes_.find("/*", offset_); // one that is open gives no token
         if (comment != std::string::npos)
             found_.open_comment = behind(end_, bytes_.substr(offset_), comment - offset_);
         return std::move(found_);
     }
-    std::string head() {
-        scan([this] { return started_; });
-        return std::move(head_);
-    }
 
   private:
-    template <class Done> void scan(Done const &done) {
-        std::istringstream is(bytes_);
-        cTokens tokens(is);
-        tokens.return_all(true);
-        cAttrLiteral token;
-        while (!done() && tokens.next(token)) {
-            take(token);
-            offset_ += token.text.size();
-            end_ = behind({token.line, token.column + 1}, token.text, token.text.size());
+    void take(cTextToken const &token, std::string const &text) {
+        offset_ = token.offset;
+        if (token.code == tkComment) {
+            add_comment(text, token.place);
+        } else if (token.code != tkSpace) {
+            follow_reference(token.code, text);
+            if (token.code <= tkEof)
+                add_stray(text, token.place);
+            else if (token.code == tkString && text.find('\0') != std::string::npos)
+                found_.strays.push_back(
+                    {behind(token.place, text, text.find('\0')), byte_text('\0') + " in a string"});
         }
-    }
-
-    void take(cAttrLiteral const &token) {
-        cPlace const place{token.line, token.column + 1};
-        if (token.code == tkComment) return add_comment(token.text, place);
-        if (token.code == tkSpace) return;
-        if (!started_) end_head();
-        started_ = true;
-        follow_reference(token);
-        if (token.code <= tkEof)
-            add_stray(token.text, place);
-        else if (token.code == tkString && token.text.find('\0') != std::string::npos)
-            found_.strays.push_back({behind(place, token.text, token.text.find('\0')),
-                                     byte_text('\0') + " in a string"});
+        offset_ += token.size;
+        end_ = behind(token.place, text, text.size());
     }
 
     // #cRef, then whatever stands up to the bracket, and perhaps one separator.
-    void follow_reference(cAttrLiteral const &token) {
-        bool const separator = token.code == ';' || token.code == ',';
-        if (token.code == tkConst && token.text == "#cRef")
+    void follow_reference(int code, std::string const &text) {
+        bool const separator = code == ';' || code == ',';
+        if (code == tkConst && text == "#cRef")
             reference_ = cReference::open;
-        else if (reference_ == cReference::open && token.code == ')')
+        else if (reference_ == cReference::open && code == ')')
             reference_ = cReference::closed;
         else if (reference_ == cReference::closed && !separator)
             reference_ = cReference::none;
@@ -88,7 +76,6 @@ class cSurveyor {
                          reference_ == cReference::closed};
         cat::rmchar(comment.text, '\r');
         found_.comments.push_back(std::move(comment));
-        if (!started_) head_end_ = offset_ + text.size();
     }
 
     void add_stray(std::string const &text, cPlace place) {
@@ -98,33 +85,40 @@ class cSurveyor {
         stray_end_ = offset_ + text.size();
     }
 
-    // Line ends of two characters become one; other carriage returns keep their place.
-    void end_head() {
-        if (found_.comments.empty()) return;
-        size_t const start = found_.comments.front().offset;
-        for (size_t i = start; i < head_end_; ++i)
-            if (bytes_[i] != '\r' || bytes_[i + 1] != '\n') head_ += bytes_[i];
-        size_t line_ends = 0;
-        for (size_t i = head_end_; i < offset_; ++i) line_ends += bytes_[i] == '\n';
-        head_ += line_ends == 0 ? " " : line_ends == 1 ? "\n" : "\n\n";
-    }
-
+    cTextTokens const &tokens_;
     std::string const &bytes_;
     cSurvey found_;
     size_t offset_ = 0; // behind the last token
     cPlace end_;        // the same as a place
-    std::string head_;
-    size_t head_end_ = 0;
     size_t stray_end_ = std::string::npos;
-    bool started_ = false; // a token of the value was there
     enum class cReference { none, open, closed } reference_ = cReference::none;
 };
 
 } // namespace
 
-cSurvey survey(std::string const &bytes) { return cSurveyor(bytes).survey(); }
+cSurvey survey(cTextTokens const &tokens) { return cSurveyor(tokens).survey(); }
 
-std::string head_of(std::string const &bytes) { return cSurveyor(bytes).head(); }
+cSurvey survey(std::string const &bytes) { return survey(cTextTokens(bytes)); }
+
+// Line ends of two characters become one; other carriage returns keep their place.
+std::string head_of(std::string const &bytes, cat::SourceMap const &map) {
+    constexpr char const *white = " \t\r\n";
+    size_t begin = bytes.npos, end = 0, next = bytes.find_first_not_of(white);
+    for (cat::SourceComment const &comment : map.comments()) {
+        if (comment.span.begin != next) break;
+        begin = std::min(begin, next);
+        end = comment.span.end;
+        if (bytes[next + 1] == '/')
+            while (end < bytes.size() && bytes[end] == '\r') ++end;
+        next = bytes.find_first_not_of(white, end);
+    }
+    if (end == 0 || next == bytes.npos) return "";
+    std::string head;
+    for (size_t i = begin; i < end; ++i)
+        if (bytes[i] != '\r' || bytes[i + 1] != '\n') head += bytes[i];
+    auto const line_ends = std::count(&bytes[end], &bytes[next], '\n');
+    return head + (line_ends == 0 ? " " : line_ends == 1 ? "\n" : "\n\n");
+}
 
 std::string numbered(std::string const &bytes, std::vector<cComment> const &comments,
                      size_t first) {

@@ -5,7 +5,8 @@
 // A comment is followed through reader and writer by a number put into it, "//12:", for equal
 // comments could not be told apart by their texts.
 
-#include "tools/qrv/output/messages.h"
+#include "qrv/text/read/csourcemap.h"
+#include "tools/qrv/rules/tokens.h"
 
 #include <functional>
 #include <iosfwd>
@@ -35,10 +36,11 @@ struct cSurvey {
 };
 
 cSurvey survey(std::string const &bytes);
+cSurvey survey(cTextTokens const &tokens); // of their text
 
-// The comments before the first other token, with what parts them from it: a blank, a line end or
-// an empty line.   O(its text)
-std::string head_of(std::string const &bytes);
+// The comments before the first other token, with what separates them from it: a blank, a line end
+// or an empty line. The map is that of the bytes.
+std::string head_of(std::string const &bytes, cat::SourceMap const &map);
 
 // The text with a number in each of its comments, and the numbers that are in a text, each with how
 // often it is there.

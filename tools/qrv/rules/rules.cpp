@@ -31,7 +31,10 @@ cRules::cRules(std::string const &bytes, cat::ReadReport &report, std::string pa
 
 cRules::~cRules() { report_.watch(nullptr); }
 
-void cRules::tell_unheard(cPlace end) { ::tell_unheard(source_, end, mistaken_, report_); }
+void cRules::tell_unheard(cPlace end) {
+    if (mistaken_.empty()) source_.reader_showed_all();
+    ::tell_unheard(source_, end, mistaken_, report_);
+}
 
 // The reader reports errors inside a value before the error about the value. So all known errors
 // after the value's place are inside it.

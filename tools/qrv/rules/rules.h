@@ -33,7 +33,10 @@ class cRules : public cat::ReadWatch {
     // After all other errors: reports the dropped errors that follow from none of them.
     void tell_unexplained();
 
+    cTextTokens const &tokens() { return source_.tokens(); }
+
     void invalid(cObj &object) override;
+    void typed_token(cToken const &token) override { source_.tokens().add_typed(token); }
     bool error(cat::ReadError &error) override;
 
   private:

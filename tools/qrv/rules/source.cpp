@@ -6,71 +6,50 @@
 #include "qrv/text/write/cwriter.h"
 
 #include <algorithm>
-#include <istream>
-#include <streambuf>
 #include <utility>
 
 namespace {
-
-// The bytes from an offset on, where they are.
-class cPiece : public std::streambuf {
-  public:
-    cPiece(std::string const &bytes, size_t offset) {
-        char *const start = const_cast<char *>(bytes.data());
-        setg(start, start + std::min(offset, bytes.size()), start + bytes.size());
-    }
-};
 
 bool is_opening(int code) { return code == '(' || code == '{' || code == '[' || code == '<'; }
 bool is_closing(int code) { return code == ')' || code == '}' || code == ']' || code == '>'; }
 bool is_separator(int code) { return code == ';' || code == ','; }
 bool may_be_key(int code) { return (code >= tkInt && code <= tkIdent) || code == tkBadIdent; }
 
-class cScanner : public cAttrScanner {
-  public:
-    using cAttrScanner::cAttrScanner;
-    using cAttrScanner::gettoken;
-};
-
-// Tokens without blanks and comments, each with its place, and the token before.
+// Tokens without white space and comments, each with the one before.
 class cTokens {
   public:
-    cTokens(std::string const &bytes, size_t offset, cPlace start)
-        : piece_(bytes, offset), is_(&piece_), scanner_(is_), start_(start) {}
-    cTokens(cTokens const &) = delete;
-    cTokens &operator=(cTokens const &) = delete;
-    ~cTokens() = default;
+    // From a place on, where a token begins.
+    cTokens(cTextTokens const &text, std::vector<cTextToken> const &tokens, cPlace from)
+        : text_(text), end_(tokens.end()),
+          next_(std::lower_bound(
+              tokens.begin(), tokens.end(), from,
+              [](cTextToken const &token, cPlace place) { return token.place < place; })) {}
 
     bool next() {
         before_ = token_;
-        before_place_ = place_;
-        do scanner_.gettoken(token_);
-        while (token_.code == tkComment);
-        place_ = {start_.line + token_.line - 1,
-                  token_.column + (token_.line == 1 ? start_.column : 1)};
+        while (next_ != end_ && (next_->code == tkComment || next_->code == tkSpace)) ++next_;
+        token_ = next_ == end_ ? cTextToken() : *next_++;
         return token_.code > tkEof;
     }
-    cAttrLiteral const &token() const { return token_; }
-    cAttrLiteral const &before() const { return before_; }
-    cPlace place() const { return place_; }
-    cPlace before_place() const { return before_place_; }
+    cTextToken const &token() const { return token_; }
+    cTextToken const &before() const { return before_; }
+    cPlace place() const { return token_.place; }
+    std::string text() const { return text(token_); }
+    std::string text(cTextToken const &token) const { return std::string(text_.text(token)); }
+
+    objref key_of(cTextToken const &token) const {
+        objref key;
+        if (!may_be_key(token.code)) return key;
+        if (token.code == tkBadIdent) return cat::of(text(token));
+        if (!cat::read_stdtype(token.code, text(token).c_str(), key)) key = nullptr;
+        return key;
+    }
 
   private:
-    cPiece piece_;
-    std::istream is_;
-    cScanner scanner_;
-    cPlace start_;
-    cAttrLiteral token_, before_;
-    cPlace place_, before_place_;
+    cTextTokens const &text_;
+    std::vector<cTextToken>::const_iterator end_, next_;
+    cTextToken token_, before_;
 };
-
-objref key_of(cAttrLiteral const &token) {
-    objref key;
-    if (!may_be_key(token.code)) return key;
-    if (token.code == tkBadIdent) return cat::of(token.text);
-    if (!cat::read_stdtype(token.code, token.text.c_str(), key)) key = nullptr;
-    return key;
-}
 
 // Walks over the entries of brackets: `key = value` at the depth where it began.
 class cEntries {
@@ -98,15 +77,15 @@ class cEntries {
         key_ = nullptr;
         if (has_value_) {
             entry.value = tokens_.place();
-            entry.text = tokens_.token().text;
+            entry.text = tokens_.text();
         }
         return entry;
     }
 
   private:
     void take_key() {
-        key_ = key_of(tokens_.before());
-        key_place_ = tokens_.before_place();
+        key_ = tokens_.key_of(tokens_.before());
+        key_place_ = tokens_.before().place;
     }
 
     cTokens &tokens_;
@@ -124,9 +103,9 @@ class cTypedWalk {
   public:
     using cTyped = cSource::cTyped;
 
-    cTypedWalk(std::string const &bytes, std::function<bool(std::string const &)> const &wanted,
+    cTypedWalk(cTokens const &tokens, std::function<bool(std::string const &)> const &wanted,
                std::function<void(cTyped const &)> const &visit)
-        : tokens_(bytes, 0, {}), wanted_(wanted), visit_(visit) {}
+        : tokens_(tokens), wanted_(wanted), visit_(visit) {}
 
     void walk() {
         while (tokens_.next()) {
@@ -149,11 +128,11 @@ class cTypedWalk {
     bool in_wanted() const { return !kinds_.empty() && kinds_.back(); }
 
     void open() {
-        bool const wanted = tokens_.before().code == tkIdent && open_.size() < deepest &&
-                            wanted_(tokens_.before().text);
+        std::string const name = tokens_.text(tokens_.before());
+        bool const wanted =
+            tokens_.before().code == tkIdent && open_.size() < deepest && wanted_(name);
         kinds_.push_back(wanted);
-        if (wanted)
-            open_.push_back({{tokens_.before().text, tokens_.before_place(), {}, std::nullopt}});
+        if (wanted) open_.push_back({{name, tokens_.before().place, {}, std::nullopt}});
     }
 
     void close() {
@@ -171,8 +150,8 @@ class cTypedWalk {
         if (open.key && !is_separator(code)) {
             take_entry(open, !parts && !is_closing(code));
         } else if (code == '=') {
-            open.key = key_of(tokens_.before());
-            open.key_place = tokens_.before_place();
+            open.key = tokens_.key_of(tokens_.before());
+            open.key_place = tokens_.before().place;
         }
         if (parts)
             open.ended = open.begun;
@@ -185,7 +164,7 @@ class cTypedWalk {
         open.typed.entries.push_back({std::exchange(open.key, nullptr), open.key_place, {}, ""});
         if (!has_value) return;
         open.typed.entries.back().value = tokens_.place();
-        open.typed.entries.back().text = tokens_.token().text;
+        open.typed.entries.back().text = tokens_.text();
     }
 
     cTokens tokens_;
@@ -197,9 +176,13 @@ class cTypedWalk {
 
 } // namespace
 
+std::vector<cTextToken> const &cSource::known() const {
+    return reader_showed_all_ ? tokens_.typed() : tokens_.all();
+}
+
 std::vector<cSource::cEntry> cSource::entries(cPlace typed) const {
     std::vector<cEntry> found;
-    cTokens tokens(bytes_, lines_.offset(typed), typed);
+    cTokens tokens(tokens_, known(), typed);
     if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return found;
     cEntries entries(tokens);
     while (entries.next()) found.push_back(entries.entry());
@@ -208,21 +191,21 @@ std::vector<cSource::cEntry> cSource::entries(cPlace typed) const {
 
 void cSource::typed_values(std::function<bool(std::string const &)> const &wanted,
                            std::function<void(cTyped const &)> const &visit) const {
-    cTypedWalk(bytes_, wanted, visit).walk();
+    cTypedWalk(cTokens(tokens_, known(), {}), wanted, visit).walk();
 }
 
 std::optional<std::string> cSource::argument(cPlace typed) const {
-    cTokens tokens(bytes_, lines_.offset(typed), typed);
+    cTokens tokens(tokens_, known(), typed);
     if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return std::nullopt;
     if (!tokens.next() || !may_be_key(tokens.token().code)) return std::nullopt;
-    objref const value = key_of(tokens.token());
+    objref const value = tokens.key_of(tokens.token());
     tokens.next();
     if (!value || !is_closing(tokens.token().code)) return std::nullopt;
     return cat::as_string(value);
 }
 
 std::optional<std::string> cSource::type_at(cPlace value) const {
-    cTokens tokens(bytes_, lines_.offset(value), value);
+    cTokens tokens(tokens_, known(), value);
     if (!tokens.next()) return std::nullopt;
     switch (tokens.token().code) {
     case '{':
@@ -232,16 +215,17 @@ std::optional<std::string> cSource::type_at(cPlace value) const {
     case '<':
         return "set";
     }
-    objref const alone = key_of(tokens.token());
+    objref const alone = tokens.key_of(tokens.token());
     tokens.next();
     if (is_opening(tokens.token().code))
-        return tokens.before().code == tkIdent ? std::optional(tokens.before().text) : std::nullopt;
+        return tokens.before().code == tkIdent ? std::optional(tokens.text(tokens.before()))
+                                               : std::nullopt;
     return alone ? std::optional(alone->type().name()) : std::nullopt;
 }
 
 std::vector<cSource::cBracket> cSource::brackets() const {
     std::vector<cBracket> found;
-    cTokens tokens(bytes_, 0, {});
+    cTokens tokens(tokens_, tokens_.all(), {});
     while (tokens.next())
         if (int const code = tokens.token().code; is_opening(code) || is_closing(code))
             found.push_back({tokens.place(), static_cast<char>(code)});
@@ -250,17 +234,17 @@ std::vector<cSource::cBracket> cSource::brackets() const {
 
 std::vector<cSource::cWord> cSource::words(cPlace typed) const {
     std::vector<cWord> found;
-    cTokens tokens(bytes_, lines_.offset(typed), typed);
+    cTokens tokens(tokens_, known(), typed);
     if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return found;
     cPlace end{0, 0};
     for (int depth = 0; tokens.next();) {
-        cAttrLiteral const &token = tokens.token();
+        cTextToken const &token = tokens.token();
         if (is_closing(token.code) && depth-- == 0) break;
         if (is_opening(token.code)) ++depth;
         if (!(tokens.place() == end)) found.push_back({tokens.place(), ""});
-        found.back().text += token.text;
+        found.back().text += tokens.text();
         end = tokens.place();
-        end.column += static_cast<unsigned>(token.text.size());
+        end.column += token.size;
     }
     return found;
 }
@@ -273,8 +257,8 @@ constexpr cPlace no_end{~0U, ~0U};
 
 class cSource::cDeclarationWalk {
   public:
-    cDeclarationWalk(std::string const &bytes, cDeclarations &found)
-        : tokens_(bytes, 0, {}), found_(found) {}
+    cDeclarationWalk(cTokens const &tokens, cDeclarations &found)
+        : tokens_(tokens), found_(found) {}
 
     void walk() {
         while (tokens_.next()) {
@@ -295,18 +279,18 @@ class cSource::cDeclarationWalk {
     };
 
     void take_key() {
-        key_ = key_of(tokens_.before());
-        place_ = tokens_.before_place();
+        key_ = tokens_.key_of(tokens_.before());
+        place_ = tokens_.before().place;
         awaits_value_ = key_ != nullptr;
     }
 
     void take_value() {
         awaits_value_ = false;
-        cAttrLiteral const &token = tokens_.token();
-        declares_ = token.text == "attlist" || token.text == "choice";
-        specifies_ = token.text == "attspec";
+        std::string const text = tokens_.text();
+        declares_ = text == "attlist" || text == "choice";
+        specifies_ = text == "attspec";
         value_ = tokens_.place();
-        if (!declares_) take_bracket(token.code);
+        if (!declares_) take_bracket(tokens_.token().code);
     }
 
     void take_other() {
@@ -344,7 +328,7 @@ class cSource::cDeclarationWalk {
 };
 
 cSource::cDeclarations &cSource::declarations() {
-    if (!searched_) cDeclarationWalk(bytes_, declarations_).walk();
+    if (!searched_) cDeclarationWalk(cTokens(tokens_, tokens_.all(), {}), declarations_).walk();
     searched_ = true;
     return declarations_;
 }

@@ -3,8 +3,7 @@
 // messages about rules, which the reader finds broken when it has read the whole of a value.
 
 #include "qrv/core/cobj.h"
-#include "tools/qrv/output/lines.h"
-#include "tools/qrv/output/messages.h"
+#include "tools/qrv/rules/tokens.h"
 
 #include <functional>
 #include <optional>
@@ -16,7 +15,12 @@
 class cSource {
   public:
     // Borrows the bytes. What it needs beside them it makes when it is asked.
-    explicit cSource(std::string const &bytes) : bytes_(bytes), lines_(bytes) {}
+    explicit cSource(std::string const &bytes) : tokens_(bytes) {}
+
+    cTextTokens &tokens() { return tokens_; }
+    // The text was read without errors: the tokens that the reader showed are all that is asked
+    // for from now on, and the text need not be scanned again.
+    void reader_showed_all() { reader_showed_all_ = true; }
 
     struct cEntry {
         objref key;
@@ -89,12 +93,13 @@ class cSource {
     using cDeclarations = std::unordered_map<std::string, std::vector<cDeclaration>>;
     class cDeclarationWalk;
 
+    std::vector<cTextToken> const &known() const;
     cDeclarations &declarations();
     cDeclaration const *last(std::string const &type, cPlace before, bool failed);
     cKey const *last(std::string const &type, objref const &key, cPlace before);
 
-    std::string const &bytes_;
-    cLines lines_;
+    cTextTokens tokens_;
+    bool reader_showed_all_ = false;
     std::set<cPlace> failed_;
     bool searched_ = false;
     cDeclarations declarations_;

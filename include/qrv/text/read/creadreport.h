@@ -14,6 +14,7 @@
 #include <vector>
 
 class cErrorRuns;
+struct cToken;
 
 namespace cat {
 // The place is that of the first character of the token that the error is about, in the outer
@@ -55,6 +56,10 @@ class QRV_API ReadWatch {
     virtual void invalid(cObj &object);
     // True: the error is kept, as it is then. False: it is neither kept nor counted.
     virtual bool error(ReadError &error);
+    // The tokens of a typed value whose text is cut out of the input, as those of attlist(...) and
+    // intf(...) and of no container: the type's name, the brackets, and all between them without
+    // comments, with their places in the outer text. What is typed inside it is not shown again.
+    virtual void typed_token(cToken const &token);
 };
 
 class QRV_API ReadReport {

@@ -1,0 +1,40 @@
+#pragma once
+// The tokens of a text with their places. The text is scanned at most once.
+
+#include "qrv/text/scan/cattrscanner.h"
+#include "tools/qrv/output/messages.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct cTextToken {
+    size_t offset = 0;
+    unsigned size = 0;
+    int code = tkEof;
+    cPlace place;
+};
+
+class cTextTokens {
+  public:
+    explicit cTextTokens(std::string const &bytes) : bytes_(bytes) {} // borrowed
+
+    std::string const &bytes() const { return bytes_; }
+    std::string_view text(cTextToken const &token) const {
+        return std::string_view(bytes_).substr(token.offset, token.size);
+    }
+
+    // All, comments and white space too, but without a comment that is not closed. A byte from 128
+    // on, or 0, outside of strings and comments is a token with a code of 0 or below.
+    std::vector<cTextToken> const &all() const; // O(the text) when they are first asked for
+
+    // Those of typed values, which the reader cuts out of the text and shows as it goes.
+    void add_typed(cToken const &token);
+    std::vector<cTextToken> const &typed() const { return typed_; }
+
+  private:
+    std::string const &bytes_;
+    std::vector<cTextToken> typed_;
+    mutable std::vector<cTextToken> all_;
+    mutable bool scanned_ = false;
+};
