@@ -56,10 +56,10 @@ class Snapshot {
   private:
     WasEntry entry_of(std::uint32_t anid, objref const &key, objref const &value);
 
+    std::string contents_; // of strings, and the texts of others but numbers
+    WasEntry root_;
     Containers containers_;
     std::vector<WasEntry const *> by_anid_;
-    WasEntry root_;
-    std::string contents_; // of strings, and the texts of others but numbers
 };
 
 } // namespace qrv::edit
