@@ -64,10 +64,10 @@ class Snapshot {
     void add(objref const &root);
     WasEntry entry_of(std::uint32_t anid, objref const &key, objref const &value);
 
+    std::string contents_; // of strings, and the texts of others but numbers
+    WasEntry root_;
     Containers containers_;
     std::vector<WasEntry const *> by_anid_;
-    WasEntry root_;
-    std::string contents_; // of strings, and the texts of others but numbers
     objref donor_;
     std::unordered_set<cObj const *> donated_;
 };

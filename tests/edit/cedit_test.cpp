@@ -106,6 +106,13 @@ TEST_F(Edit, a_scalar_changes_its_own_bytes) {
     EXPECT_EQ(after("5 // five\n", [](cObj &root) { root.assign(cat::of(6)); }), "6 // five\n");
 }
 
+TEST_F(Edit, the_outermost_value_may_be_a_scalar) {
+    EXPECT_EQ(after("// one\n\"a longer text than fits in place\" // two\n",
+                    [](cObj &root) { root.assign(cat::of("another")); }),
+              "// one\n\"another\" // two\n");
+    EXPECT_EQ(after("0x10;", [](cObj &) {}), "0x10;");
+}
+
 TEST_F(Edit, a_scalar_becomes_a_container_and_back) {
     EXPECT_EQ(set(bus, "kind &= {a=1; b=[2]}"), with(bus, "rs485", "{a = 1; b = [2]}"));
     EXPECT_EQ(set(bus, "list &= 7"), with(bus, "[ 1, 2,   // two\n               0x03 ]", "7"));

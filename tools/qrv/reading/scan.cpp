@@ -28,7 +28,7 @@ std::string byte_text(char byte) {
     return std::string("byte ") + text;
 }
 
-// Goes over all tokens, so that every byte but those of an open comment is in one.
+// Goes over all tokens, so that every byte but white space and an open comment is in one.
 class cSurveyor {
   public:
     explicit cSurveyor(cTextTokens const &tokens) : tokens_(tokens), bytes_(tokens.bytes()) {}
@@ -46,7 +46,7 @@ class cSurveyor {
         offset_ = token.offset;
         if (token.code == tkComment) {
             add_comment(text, token.place);
-        } else if (token.code != tkSpace) {
+        } else {
             follow_reference(token.code, text);
             if (token.code <= tkEof)
                 add_stray(text, token.place);

@@ -15,7 +15,7 @@ bool is_closing(int code) { return code == ')' || code == '}' || code == ']' || 
 bool is_separator(int code) { return code == ';' || code == ','; }
 bool may_be_key(int code) { return (code >= tkInt && code <= tkIdent) || code == tkBadIdent; }
 
-// Tokens without white space and comments, each with the one before.
+// Tokens without comments, each with the one before.
 class cTokens {
   public:
     // From a place on, where a token begins.
@@ -27,7 +27,7 @@ class cTokens {
 
     bool next() {
         before_ = token_;
-        while (next_ != end_ && (next_->code == tkComment || next_->code == tkSpace)) ++next_;
+        while (next_ != end_ && next_->code == tkComment) ++next_;
         token_ = next_ == end_ ? cTextToken() : *next_++;
         return token_.code > tkEof;
     }

@@ -25,7 +25,7 @@ std::vector<cTextToken> const &cTextTokens::all() const {
     if (std::exchange(scanned_, true)) return all_;
     std::istringstream is(bytes_);
     cScanner scanner(is);
-    scanner.return_all(true);
+    scanner.return_com(true);
     // A byte 0 has the code of the end.
     while (scanner.gettoken() != tkEof || !scanner.current().text.empty())
         all_.push_back(token_of(scanner.current()));

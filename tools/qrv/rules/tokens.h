@@ -24,7 +24,7 @@ class cTextTokens {
         return std::string_view(bytes_).substr(token.offset, token.size);
     }
 
-    // All, comments and white space too, but without a comment that is not closed. A byte from 128
+    // All, comments too, but without white space and a comment that is not closed. A byte from 128
     // on, or 0, outside of strings and comments is a token with a code of 0 or below.
     std::vector<cTextToken> const &all() const; // O(the text) when they are first asked for
 
