@@ -148,7 +148,7 @@ TEST_F(ToolFmtDeclared, a_type_that_set_stores_gets_a_name) {
     write("f", "{a= 1; }\n");
     EXPECT_EQ(run({"set", "--reformat", "f", "x = attlist(k= attspec(type= int))"}),
               (tool_test::cRun{0,
-                               "{\n  a= 1; \n  x= attlist(\n      k= attspec(type=int; "
+                               "{\n  a= 1;\n  x= attlist(\n      k= attspec(type=int; "
                                "flag=#REQUIRED;);\n  );\n}\n",
                                ""}));
 }
