@@ -83,7 +83,7 @@ size_t prefix_of(std::string_view number) {
     return is_hexadecimal(number) ? 2 : number.size() > 1 && has(number.substr(0, 1), "b0") ? 1 : 0;
 }
 
-// "intf(0x00A1F3)": as many digits as there were, or more. The form of the number is its own.
+// "intf(0x00A1F3)": leading zeros stay, as far as there is room for them.
 std::string formatted(std::string text, std::string_view like) {
     cat::Span const number = word_in_brackets(text), given = word_in_brackets(like);
     if (number.empty() || given.empty()) return text;
@@ -92,7 +92,8 @@ std::string formatted(std::string text, std::string_view like) {
     size_t const prefix = prefix_of(digits);
     if (prefix == 0 || prefix != prefix_of(before) || digits[0] != before[0]) return text;
     size_t const first = std::min(digits.find_first_not_of('0', prefix), digits.size());
-    size_t const width = std::max({digits.size() - first, before.size() - prefix, size_t{1}});
+    size_t const width = before.size() - prefix;
+    if (before[prefix] != '0' || digits.size() - first > width) return text;
     return text.replace(number.begin + prefix, digits.size() - prefix,
                         std::string(width - (digits.size() - first), '0') +
                             std::string(digits.substr(first)));

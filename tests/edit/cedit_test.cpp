@@ -381,7 +381,7 @@ TEST_F(Edit, formatted_numbers_keep_their_form) {
     EXPECT_EQ(set("{ a = intf(0x00A1F3); }", "a = 171"), "{ a = intf(0x0000AB); }");
     EXPECT_EQ(set("{ a = intf(0x0f); }", "a = 0x1234"), "{ a = intf(0x1234); }");
     EXPECT_EQ(set("{ a = intf(b0010); }", "a = 5"), "{ a = intf(b0101); }");
-    EXPECT_EQ(set("{ a = intf(b0010); }", "a = 31"), "{ a = intf(b11111); }");
+    EXPECT_EQ(set("{ a = intf(b0010); }", "a = 31"), "{ a = intf(b00011111); }");
     EXPECT_EQ(set("{ a = intf(007); }", "a = 8"), "{ a = intf(010); }");
     EXPECT_EQ(set("{ a = intf(12); }", "a = -3"), "{ a = intf(-3); }");
     EXPECT_EQ(set("{ a = intf( 0x0A /* ten */ ); }", "a = 11"), "{ a = intf( 0x0B /* ten */ ); }");
