@@ -100,6 +100,11 @@ TEST_F(ToolBadFiles, a_standard_input_that_is_closed) {
     EXPECT_EQ(run, (cRun{2, "", "-: error: cannot read: Bad file descriptor\n"}));
 }
 
+std::vector<std::string> words(std::string const &line) {
+    std::istringstream is(line);
+    return {std::istream_iterator<std::string>(is), {}};
+}
+
 // --- output ---
 
 TEST_F(ToolBadFiles, a_full_device_as_output) {
@@ -125,6 +130,7 @@ TEST_F(ToolBadFiles, an_output_that_is_closed) {
 }
 
 TEST_F(ToolBadFiles, a_reader_of_the_output_that_has_gone) {
+    write("g", "[2, 3]");
     write("f", "[" + times("1,", 100000) + "]");
     cPipe pipe;
     pipe.close(0);
@@ -132,6 +138,10 @@ TEST_F(ToolBadFiles, a_reader_of_the_output_that_has_gone) {
     EXPECT_EQ(run({"tokens", "f"}, {.out = pipe.ends[1]}), (cRun{2, "", ""}));
     EXPECT_EQ(run({"get", "f", "0"}, {.out = pipe.ends[1]}), (cRun{2, "", ""}));
     EXPECT_EQ(run({"fmt", "--check", "f"}, {.out = pipe.ends[1]}), (cRun{2, "", ""}));
+    for (char const *const command :
+         {"explain g 0", "find g 2", "where g 0", "at g 1:2", "types g", "to-json g", "set g 0=1",
+          "del g 0", "mv g 0 1", "ins g 0 after 1", "merge g g", "help", "--version", "check -h"})
+        EXPECT_EQ(run(words(command), {.out = pipe.ends[1]}), (cRun{2, "", ""})) << command;
 }
 
 TEST_F(ToolBadFiles, a_reader_of_the_output_that_goes_while_it_is_written) {
@@ -181,8 +191,8 @@ TEST_F(ToolBadFiles, children_are_for_modules) {
 
 TEST_F(ToolBadFiles, a_child_that_dies_is_told) {
     copy_module("type_factory");
-    for (std::vector<std::string> arguments : std::vector<std::vector<std::string>>{
-             {"fmt", "-"}, {"check", "-"}, {"get", "-", "a"}, {"tokens", "-"}}) {
+    for (std::vector<std::string> arguments :
+         std::vector<std::vector<std::string>>{{"fmt", "-"}, {"check", "-"}, {"get", "-", "a"}}) {
         arguments.insert(arguments.end(), {"--module", "./type_factory"});
         cPipe input; // never ends, so that the child waits
         cProcess tool(folder_, arguments, {.in = input.ends[0]});

@@ -12,10 +12,12 @@ namespace {
 class ToolCheck : public tool_test::Tool {};
 
 TEST_F(ToolCheck, of_good_files_is_silent) {
-    for (std::string const name : {"device.attr", "testplan.attr", "settings.attr"}) {
+    for (std::string const name : {"device.attr", "testplan.attr"}) {
         write_example(name);
         EXPECT_EQ(run({"check", name}), (cRun{0, "", ""}));
     }
+    write_example("settings.attr"); // it shows what a leading zero is
+    EXPECT_EQ(run({"check", "-W", "no-leading-zero", "settings.attr"}), (cRun{0, "", ""}));
     EXPECT_EQ(run({"check", "device.attr", "testplan.attr"}), (cRun{0, "", ""}));
     EXPECT_EQ(check("// c\n5; // c"), "");
 }
@@ -180,7 +182,7 @@ TEST_F(ToolCheck, tells_a_comment_that_is_not_closed) {
 
 TEST_F(ToolCheck, of_a_file_without_a_value_is_2) {
     cRun const none{2, "", "f: error: the file contains no value\n"};
-    EXPECT_EQ(run_on("", {"check"}), none);
+    EXPECT_EQ(run_on("", {"check"}), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(run_on("// x\n", {"check"}), none);
     EXPECT_EQ(run_on("}", {"check"}), none);
     EXPECT_EQ(run_on("\xEF\xBB\xBF[1]", {"check", "--all"}),

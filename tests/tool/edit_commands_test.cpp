@@ -3,6 +3,7 @@
 #include "tests/tool/tool_run.h"
 
 using tool_test::cRun;
+using tool_test::usage_error;
 
 namespace {
 
@@ -189,9 +190,8 @@ TEST_F(EditCommands, ins_refuses_wrong_places_and_keys) {
     EXPECT_EQ(refused({"ins", "f", "p/n", "after", "k", "1"}),
               "f: error: p/n: the type P sets the order of its keys\n");
     EXPECT_EQ(refused({"ins", "f", "zz", "after", "k", "1"}), "f: error: nothing at path 'zz'\n");
-    EXPECT_EQ(refused({"ins", "f", "a", "beside", "k", "1"}),
-              "before|after: it must be before or after, not beside\n"
-              "Run with --help for more information.\n");
+    EXPECT_EQ(run({"ins", "f", "a", "beside", "k", "1"}),
+              usage_error("ins", "before|after: it must be before or after, not beside"));
 }
 
 TEST_F(EditCommands, ins_reports_errors_at_positions_in_the_entry) {
@@ -253,9 +253,7 @@ TEST_F(EditCommands, at_refuses_positions_outside) {
     EXPECT_EQ(run({"at", "f", "99:1"}),
               (cRun{1, "", "f:99:1: error: the file has no such position\n"}));
     EXPECT_EQ(run({"at", "f", "3:7:1"}),
-              (cRun{2, "",
-                    "LINE:COLUMN: a position is LINE:COLUMN, both from 1, not 3:7:1\n"
-                    "Run with --help for more information.\n"}));
+              usage_error("at", "LINE:COLUMN: a position is LINE:COLUMN, both from 1, not 3:7:1"));
 }
 
 } // namespace

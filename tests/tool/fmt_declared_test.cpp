@@ -121,6 +121,8 @@ TEST_F(ToolFmtDeclared, an_object_of_an_older_declaration_is_reported_and_its_fi
         run_on(older, {"fmt", "-i"}),
         (cRun{2, "",
               error +
+                  "f:1:6: error: this value would be lost [duplicate-key]\n"
+                  "f:1:50: note: its key is repeated here\n"
                   "f: error: not written: data would be lost; --force writes the file anyway\n"}));
     EXPECT_EQ(read("f"), older);
 }

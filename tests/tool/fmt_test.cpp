@@ -220,7 +220,7 @@ TEST_F(ToolFmt, check_of_canonical_text) {
 
 TEST_F(ToolFmt, a_file_without_a_value) {
     cRun const none{2, "", "f: error: the file contains no value\n"};
-    EXPECT_EQ(fmt(""), none);
+    EXPECT_EQ(fmt(""), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(fmt(" \n\t\r\n"), none);
     EXPECT_EQ(fmt("// only\n/* comments */\n"), none);
     EXPECT_EQ(fmt("]"), none);

@@ -139,7 +139,7 @@ TEST_F(ToolGet, a_file_that_does_not_read_cleanly_gives_nothing) {
               (cRun{2, "",
                     "f:1:8: error: Value with unknown type='foo [0x40000005]\n"
                     "f:1:8: note: 1 more error follows from it\n"}));
-    EXPECT_EQ(get("", {"a"}), (cRun{2, "", "f: error: the file contains no value\n"}));
+    EXPECT_EQ(get("", {"a"}), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(run({"get", "nowhere", "a", "--default", "1"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }

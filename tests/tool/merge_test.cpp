@@ -4,6 +4,7 @@
 
 using tool_test::cRun;
 using tool_test::times;
+using tool_test::usage_error;
 
 namespace {
 
@@ -226,7 +227,7 @@ TEST_F(ToolMerge, files_that_do_not_read_cleanly) {
     EXPECT_EQ(refused("{a= foo(1)}", "{a= 1}").substr(0, 13), "t:1:5: error:");
     EXPECT_EQ(refused("{a= 1}", "{b= 1} rest"),
               "s:1:8: error: text after the first value is not read\n");
-    EXPECT_EQ(refused("{a= 1}", ""), "s: error: the file contains no value\n");
+    EXPECT_EQ(refused("{a= 1}", ""), "s: error: the file is empty\n");
     EXPECT_EQ(run({"merge", "t", "nowhere"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }
@@ -246,7 +247,7 @@ TEST_F(ToolMerge, a_file_assigned_to_itself_stays) {
 
 TEST_F(ToolMerge, letters_that_are_none) {
     auto const told = [](std::string const &text) {
-        return cRun{2, "", "--commands: " + text + "\nRun with --help for more information.\n"};
+        return usage_error("merge", "--commands: " + text);
     };
     std::string const three = "three letters are needed, one for each class of keys";
     for (char const *commands : {"-x", "-xxx", "x"})

@@ -4,6 +4,7 @@
 
 using tool_test::cRun;
 using tool_test::cStart;
+using tool_test::usage_error;
 
 namespace {
 
@@ -182,9 +183,7 @@ TEST_F(ToolModule, whose_name_ends_in_a_slash_is_none) {
 }
 
 TEST_F(ToolModule, its_name_is_needed) {
-    EXPECT_EQ(run({"get", "f", "a", "--module"}),
-              (cRun{2, "",
-                    "--module: 1 required NAME missing\nRun with --help for more information.\n"}));
+    EXPECT_EQ(run({"get", "f", "a", "--module"}), usage_error("get", "--module needs a value"));
 }
 
 // Whatever a file names, and whatever else was loaded.

@@ -103,7 +103,10 @@ TEST_F(ToolRules, of_a_key_that_comes_twice_the_last_one_counts) {
               "f:12:24: error: key 'x' of type Pixel must be an int, not a string, path /a/x, "
               "declared at 4:7" +
                   wrong_code);
-    EXPECT_EQ(told("a= Pixel(x= one, y= 1, x= 2);"), "");
+    EXPECT_EQ(run_on(declarations + "a= Pixel(x= one, y= 1, x= 2);}", {"check"}),
+              (cRun{0, "",
+                    "f:12:24: warning: key 'x' is repeated [duplicate-key]\n"
+                    "f:12:10: note: it is first here\n"}));
 }
 
 TEST_F(ToolRules, a_fixed_key_makes_its_type_unreadable) {
@@ -165,10 +168,12 @@ TEST_F(ToolRules, a_reference_to_nil_is_nil) {
 TEST_F(ToolRules, the_declaration_that_counts_is_the_last_one_before_the_object) {
     EXPECT_EQ(
         check("{R= attlist(a= attspec(type=int));\nr= R();\n"
-              " R= attlist(b= attspec(type=int));\nr= R();}"),
+              " R= attlist(b= attspec(type=int));\ns= R();}"),
         "f:2:4: error: required key 'a' of type R is missing, path /r/a, declared at 1:13" +
             wrong_code +
-            "f:4:4: error: required key 'b' of type R is missing, path /r/b, declared at 3:13" +
+            "f:3:2: warning: key 'R' is repeated [duplicate-key]\n"
+            "f:1:2: note: it is first here\n"
+            "f:4:4: error: required key 'b' of type R is missing, path /s/b, declared at 3:13" +
             wrong_code);
 }
 
@@ -359,14 +364,15 @@ TEST_F(ToolLostObject, is_reported_in_statements) {
 // --- hostile files ---
 
 TEST_F(ToolRules, three_thousand_broken_objects) {
-    std::string const text =
-        "{R= attlist(n= attspec(type= int));\n" + times("r= R(n= x; nn= 5);\n", 3000) + "}";
+    std::string text = "{R= attlist(n= attspec(type= int));\n";
+    for (int i = 0; i < 3000; ++i) text += "r" + std::to_string(i) + "= R(n= x; nn= 5);\n";
+    text += "}";
     std::string const all = check(text);
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 101);
     EXPECT_EQ(all.substr(all.rfind("f: ")), "f: error: 5900 more\n");
     EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "1"}),
               (cRun{1, "",
-                    "f:2:6: error: key 'n' of type R must be an int, not a string, path /r/n, "
+                    "f:2:7: error: key 'n' of type R must be an int, not a string, path /r0/n, "
                     "declared at 1:13" +
                         wrong_code + "f: error: 5999 more\n"}));
 }

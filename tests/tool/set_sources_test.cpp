@@ -3,6 +3,7 @@
 #include "tests/tool/tool_run.h"
 
 using tool_test::cRun;
+using tool_test::usage_error;
 
 namespace {
 
@@ -74,9 +75,7 @@ TEST_F(ToolSetSources, names_without_value_and_values_without_use) {
               (cRun{2, "", "statements: error: --arg x is not used\n"}));
     for (std::string const value : {"x", "=1", "1x=1", "x y=1"})
         EXPECT_EQ(set({"a = 2", "--arg", value}),
-                  (cRun{2, "",
-                        "--arg: NAME=VALUE is needed, not " + value +
-                            "\nRun with --help for more information.\n"}));
+                  usage_error("set", "--arg: NAME=VALUE is needed, not " + value));
 }
 
 TEST_F(ToolSetSources, places_in_messages_are_those_before_values_are_put_in) {

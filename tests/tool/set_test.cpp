@@ -4,6 +4,7 @@
 
 using tool_test::cRun;
 using tool_test::times;
+using tool_test::usage_error;
 
 namespace {
 
@@ -463,7 +464,7 @@ TEST_F(ToolSet, files_that_do_not_read_cleanly) {
               (cRun{2, "",
                     "f:1:4: error: Missing delimiter after value: 1 [0x40000002]\n"
                     "f:1:5: note: a ; is missing here\n"}));
-    EXPECT_EQ(set("", "a = 3"), (cRun{2, "", "f: error: the file contains no value\n"}));
+    EXPECT_EQ(set("", "a = 3"), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(run({"set", "nowhere", "a = 3"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }
@@ -499,12 +500,11 @@ TEST_F(ToolSet, many_statements) {
 }
 
 TEST_F(ToolSet, usage) {
-    std::string const hint = "\nRun with --help for more information.\n";
     write("f", "{}");
     EXPECT_EQ(run({"set", "f"}),
-              (cRun{2, "", "set requires STATEMENTS, --expression or --file" + hint}));
+              usage_error("set", "set requires STATEMENTS, --expression or --file"));
     EXPECT_EQ(run({"set", "f", "a = 1", "--force"}),
-              (cRun{2, "", "--force requires --in-place or --output" + hint}));
+              usage_error("set", "--force requires --in-place or --output"));
     EXPECT_EQ(run({"set", "f", "a = 1", "-i", "-o", "g"}).status, 2);
     EXPECT_EQ(run({"set", "--reformat", "f", "--", "-1 = 5"}), (cRun{0, "{-1= 5; }\n", ""}));
 }

@@ -93,7 +93,7 @@ TEST_F(ToolToJson, strings_that_are_no_utf8_are_refused) {
               (cRun{2, "",
                     "-: error: invalid UTF-8 byte at index 1: 0x74, at path 'a'\n"
                     "-: error: incomplete UTF-8 string; last byte: 0xC3, at path 'b/1'\n"
-                    "-: error: invalid UTF-8 byte at index 0: 0xFF, at path '\"\xFF\"'\n"
+                    "-: error: invalid UTF-8 byte at index 0: 0xFF, at path '\"\\xff\"'\n"
                     "-: warning: a set becomes an array, at path 'c'\n"}));
 }
 
@@ -258,7 +258,7 @@ TEST_F(ToolToJson, a_file_that_does_not_read_cleanly_gives_nothing) {
                                                "-:1:8: error: Value with unknown type='foo "
                                                "[0x40000005]\n"
                                                "-:1:8: note: 1 more error follows from it\n"}));
-    EXPECT_EQ(convert(""), (cRun{2, "", "-: error: the file contains no value\n"}));
+    EXPECT_EQ(convert(""), (cRun{2, "", "-: error: the file is empty\n"}));
     EXPECT_EQ(run({"to-json", "nowhere"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }

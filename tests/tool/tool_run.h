@@ -35,6 +35,12 @@ struct cRun {
     bool operator==(cRun const &) const = default;
 };
 
+// What a command line gives that the tool cannot understand.
+inline cRun usage_error(std::string const &command, std::string const &text) {
+    return {2, "",
+            "qrv: error: " + text + "\nqrv: note: 'qrv help " + command + "' shows its options\n"};
+}
+
 inline void PrintTo(cRun const &run, std::ostream *os) {
     *os << "status " << run.status << "\n--- out\n" << run.out << "--- err\n" << run.err << "---";
 }

@@ -20,7 +20,7 @@ int main(int argc, char **argv) {
     try {
         return run_command_line(argc, argv);
     } catch (...) {
-        put_message("qrv: error: " + thrown());
+        put_error("qrv", thrown());
         return exit_failed;
     }
 }

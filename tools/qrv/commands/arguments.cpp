@@ -2,6 +2,26 @@
 
 #include <CLI/CLI.hpp>
 
+#include <string_view>
+
+namespace {
+
+// "-o,--output=FILE": the names for the parser, and what the help calls the value.
+struct cName {
+    explicit cName(std::string_view name)
+        : names(name.substr(0, name.find('='))),
+          kind(name.size() > names.size() ? name.substr(names.size() + 1) : "TEXT") {}
+    std::string names, kind;
+};
+
+CLI::Validator validator(cArguments::cTest const &test) { return {test.wrong, ""}; }
+
+std::string with_default(std::string const &help, std::string const &value) {
+    return value.empty() || value == "-" ? help : help + " (default: " + value + ")";
+}
+
+} // namespace
+
 void cArguments::required(char const *name, std::string &value, char const *help) {
     command_.add_option(name, value, help)->required();
 }
@@ -11,9 +31,7 @@ void cArguments::required(char const *name, std::vector<std::string> &values, ch
 }
 
 void cArguments::required(char const *name, std::string &value, cTest test, char const *help) {
-    command_.add_option(name, value, help)
-        ->required()
-        ->check(CLI::Validator(test.wrong, test.kind));
+    command_.add_option(name, value, help)->required()->check(validator(test));
 }
 
 void cArguments::required(char const *name, std::vector<std::string> &values, cRange count,
@@ -22,49 +40,62 @@ void cArguments::required(char const *name, std::vector<std::string> &values, cR
 }
 
 void cArguments::repeated(char const *name, std::vector<std::string> &values, char const *help) {
-    command_.add_option(name, values, help)->allow_extra_args(name[0] != '-');
+    cName const option(name);
+    command_.add_option(option.names, values, help)
+        ->allow_extra_args(name[0] != '-')
+        ->type_name(option.kind);
 }
 
 void cArguments::repeated(char const *name, std::vector<std::string> &values, cTest test,
                           char const *help) {
     repeated(name, values, help);
-    command_.get_option(name)->check(CLI::Validator(test.wrong, test.kind));
+    command_.get_option(name)->check(validator(test))->type_name(test.kind);
 }
 
 void cArguments::flag(char const *name, bool &value, char const *help) {
-    command_.add_flag(name, value, help);
+    command_.add_flag(name, value, help)->disable_flag_override();
 }
 
 void cArguments::option(char const *name, std::string &value, char const *help) {
-    command_.add_option(name, value, help)->capture_default_str();
+    cName const option(name);
+    command_.add_option(option.names, value, with_default(help, value))->type_name(option.kind);
 }
 
 void cArguments::option(char const *name, std::optional<std::string> &value, char const *help) {
-    command_.add_option_function<std::string>(
-        name, [&value](std::string const &given) { value = given; }, help);
+    cName const option(name);
+    command_
+        .add_option_function<std::string>(
+            option.names, [&value](std::string const &given) { value = given; }, help)
+        ->type_name(option.kind);
 }
 
 void cArguments::option(char const *name, int &value, cRange range, char const *help) {
-    command_.add_option(name, value, help)
-        ->check(CLI::Range(range.lowest, range.highest))
-        ->capture_default_str();
+    command_
+        .add_option(name, value,
+                    help + (" (" + std::to_string(range.lowest)) + " to " +
+                        std::to_string(range.highest) + ", default: " + std::to_string(value) + ")")
+        ->check(CLI::Range(range.lowest, range.highest).description(""))
+        ->type_name("NUMBER");
 }
 
 void cArguments::option(char const *name, std::string &value,
                         std::vector<std::string> const &choices, char const *help) {
-    command_.add_option(name, value, help)->check(CLI::IsMember(choices))->capture_default_str();
+    command_.add_option(name, value, with_default(help, value))
+        ->check(CLI::IsMember(choices).description(""))
+        ->type_name(CLI::detail::join(choices, "|"));
 }
 
 void cArguments::option(char const *name, std::string &value, cTest test, char const *help) {
-    command_.add_option(name, value, help)
-        ->check(CLI::Validator(test.wrong, test.kind))
-        ->capture_default_str();
+    command_.add_option(name, value, with_default(help, value))
+        ->check(validator(test))
+        ->type_name(test.kind);
 }
 
 void cArguments::flag(char const *name, std::string &value, char const *usual, cTest test,
                       char const *help) {
     command_.add_flag(std::string(name) + '{' + usual + '}', value, help)
-        ->check(CLI::Validator(test.wrong, test.kind));
+        ->check(validator(test))
+        ->type_name(test.kind);
 }
 
 void cArguments::exclude(char const *option, char const *other) {

@@ -13,7 +13,8 @@ class App;
 }
 
 // All variables are borrowed until the command line is parsed. What they hold is the default. A
-// name is "FILE" for an argument by position, "--text" or "-o,--output" for an option.
+// name is "FILE" for an argument by position, "--text" or "-o,--output" for an option; the help
+// calls a text that an option takes TEXT, or FILE after "--output=FILE".
 class cArguments {
   public:
     struct cRange {

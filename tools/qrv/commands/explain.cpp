@@ -12,6 +12,7 @@
 #include "qrv/text/write/cwriter.h"
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
+#include "tools/qrv/output/escaped.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/rules/source.h"
 #include "tools/qrv/search/at_path.h"
@@ -111,7 +112,7 @@ class cExplanation {
   private:
     void line(std::string key, std::string const &told) {
         key.resize(10, ' ');
-        text_ += key + without_controls(told) + "\n";
+        text_ += key + escaped(told) + "\n";
     }
 
     // " (declared at /T)", or nothing if the tree doesn't declare it.

@@ -65,7 +65,7 @@ int run(cOptions const &options) {
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.option("FILE", options.file, "the file with JSON");
-    arguments.option("-o,--output", options.output, "write to this file");
+    arguments.option("-o,--output=FILE", options.output, "write to this file");
     add_target(arguments, options.target, "--output",
                [&options] { return !options.output.empty(); });
     add_max_errors(arguments, options.max_errors);

@@ -338,8 +338,9 @@ std::string wrong_value(std::string const &value) {
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.required("FILE", options.file, "the file");
     arguments.repeated("STATEMENTS", options.statements, "paths, operators and values");
-    arguments.repeated("-e,--expression", options.more, "more statements");
-    arguments.repeated("-f,--file", options.files, "a file of statements; - is standard input");
+    arguments.repeated("-e,--expression=STATEMENTS", options.more, "more statements");
+    arguments.repeated("-f,--file=FILE", options.files,
+                       "a file of statements; - is standard input");
     arguments.repeated("--arg", options.values, {"NAME=VALUE", wrong_value},
                        "$NAME in statements is this string");
     arguments.need("set", "STATEMENTS, --expression or --file", [&options] {

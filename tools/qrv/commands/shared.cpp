@@ -31,7 +31,7 @@ std::string wrong_suffix(std::string const &suffix) {
 
 void add_target(cArguments &arguments, cTargetOptions &options, char const *what,
                 std::function<bool()> const &writes_file) {
-    arguments.flag("--backup", options.backup, "~", {"", wrong_suffix},
+    arguments.flag("--backup", options.backup, "~", {"SUFFIX", wrong_suffix},
                    "preserve the old file as FILE~, or with the suffix of --backup=SUFFIX");
     arguments.flag("--no-wait", options.no_wait,
                    "do not wait up to 30 seconds for another process that writes there");
@@ -43,7 +43,7 @@ void add_target(cArguments &arguments, cTargetOptions &options, char const *what
 
 void add_destination(cArguments &arguments, cWriteOptions &options) {
     arguments.flag("-i,--in-place", options.in_place, "replace the file");
-    arguments.option("-o,--output", options.output, "write to this file");
+    arguments.option("-o,--output=FILE", options.output, "write to this file");
     arguments.exclude("--output", "--in-place");
     arguments.flag("--force", options.force, "write the file even if data is lost");
     add_diff(arguments, options.diff);
@@ -54,16 +54,20 @@ void add_destination(cArguments &arguments, cWriteOptions &options) {
     add_target(arguments, options.target, "--in-place or --output", writes_file);
 }
 
-cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
-    cReply const reply = apart(file, [&](cReply &r) {
+cReply on_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
+    return apart(file, [&](cReply &reply) {
         cMessages messages(file, max_errors);
         std::string bytes;
         if (read_bytes(file, bytes, messages)) {
             messages.source(bytes);
-            work(bytes, messages, r);
+            work(bytes, messages, reply);
         }
-        r.found = messages.findings();
+        reply.found = messages.findings();
     });
+}
+
+cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
+    cReply reply = on_bytes(file, max_errors, work);
     put_messages(reply);
     return reply;
 }

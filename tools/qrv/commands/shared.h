@@ -19,9 +19,10 @@ void add_target(cArguments &arguments, cTargetOptions &options, char const *what
 // Standard output, the file itself, or another file.
 void add_destination(cArguments &arguments, cWriteOptions &options);
 
-// Runs `work` on the bytes of a file, apart from other files, and prints its messages. Without the
-// bytes the reply is that of a failure.
+// Runs `work` on the bytes of a file, apart from other files; with_bytes() prints the messages too.
+// Without the bytes the reply is that of a failure.
 using cBytesWork = std::function<void(std::string const &bytes, cMessages &messages, cReply &)>;
+cReply on_bytes(std::string const &file, int max_errors, cBytesWork const &work);
 cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work);
 
 // The same with the value, for a file that has no errors.

@@ -66,7 +66,7 @@ int run(cOptions const &options) {
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.option("FILE", options.file, "the file");
-    arguments.option("-o,--output", options.output, "write to this file");
+    arguments.option("-o,--output=FILE", options.output, "write to this file");
     add_target(arguments, options.target, "--output",
                [&options] { return !options.output.empty(); });
     arguments.option("--indent", options.indent, {0, 16}, "the columns of each level");

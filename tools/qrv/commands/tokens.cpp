@@ -1,8 +1,15 @@
-// `tokens`: the scanner's view of a file.
+// `tokens`: the scanner's view of a file. Memory does not grow with the file.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
+#include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/output.h"
+#include "tools/qrv/output/progress.h"
+#include "tools/qrv/reading/input.h"
 #include "tools/qrv/reading/scan.h"
+
+#include <istream>
+#include <unistd.h>
 
 namespace {
 
@@ -17,11 +24,22 @@ constexpr char const *help = "Example:\n"
                              "Each line is TOKEN:code:position:line:column 'text'.";
 
 int run(cOptions const &options) {
-    return print(with_bytes(options.file, options.max_errors,
-                            [&](std::string const &bytes, cMessages &, cReply &reply) {
-                                reply.text = dump_of(bytes, options.all);
-                                reply.status = exit_done;
-                            }));
+    cInput input(options.file);
+    bool const shows_tokens =
+        ::isatty(STDOUT_FILENO) == 1; // between which a progress line would be
+    cProgress progress(options.file, shows_tokens ? 0 : input.size());
+    cPieces pieces([&] {
+        std::string_view const piece = input.next();
+        progress.add(piece.size());
+        return piece;
+    });
+    std::istream is(&pieces);
+    auto const put = [&](std::string const &lines) {
+        return input.error().empty() && put_result(lines);
+    };
+    bool const done = dump(is, options.all, put);
+    if (!input.error().empty()) put_error(options.file, input.error());
+    return done ? exit_done : exit_failed;
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {

@@ -7,6 +7,7 @@
 #include "qrv/core/ctypes.h"
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
+#include "tools/qrv/output/escaped.h"
 #include "tools/qrv/process/modules.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/rules/broken_rules.h"
@@ -18,7 +19,7 @@
 namespace {
 
 struct cOptions {
-    std::string file; // none if empty
+    std::optional<std::string> file;
     std::string format = "text";
     int max_errors = default_max_errors;
 };
@@ -110,14 +111,17 @@ cRows table_of(cTypeObj const &type) {
 
 std::string joined(std::vector<std::string> const &words) {
     std::string line;
-    for (std::string const &word : words) line += " " + word;
+    for (std::string const &word : words) line += " " + escaped(word);
     return line;
 }
 
-std::string text_of(cRows const &rows) {
+std::string text_of(cRows rows) {
     std::vector<size_t> widths(rows.empty() ? 0 : rows[0].size());
-    for (auto const &row : rows)
-        for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
+    for (auto &row : rows)
+        for (size_t i = 0; i < row.size(); ++i) {
+            row[i] = escaped(row[i]);
+            widths[i] = std::max(widths[i], row[i].size());
+        }
     std::string text;
     for (auto const &row : rows) {
         std::string line = "    ";
@@ -129,14 +133,14 @@ std::string text_of(cRows const &rows) {
 }
 
 std::string origin(cType const &type, std::string const &file) {
-    if (type.place) return file + ":" + shown(*type.place);
-    return type.module.empty() ? "built in" : "module " + type.module;
+    if (type.place) return escaped(file) + ":" + shown(*type.place);
+    return type.module.empty() ? "built in" : "module " + escaped(type.module);
 }
 
 std::string text_of(std::vector<cType> const &all, std::string const &file) {
     std::string text;
     for (cType const &type : all) {
-        text += shortened(type.type.name()) + ": " + type.type.type().name() + ", " +
+        text += escaped(shortened(type.type.name())) + ": " + type.type.type().name() + ", " +
                 origin(type, file) + "\n";
         text += "  members:" + joined(members(type.type)) + "\n";
         std::vector<std::string> const from = converters(type, all);
@@ -184,22 +188,23 @@ std::string json_of(std::vector<cType> const &all, std::string const &file) {
 void list_types(cOptions const &options, std::string const &bytes, cReply &reply) {
     cSource source(bytes);
     std::vector<cType> const all = known(source);
-    reply.text = options.format == "json" ? json_of(all, options.file) : text_of(all, options.file);
+    std::string const file = options.file.value_or("");
+    reply.text = options.format == "json" ? json_of(all, file) : text_of(all, file);
     reply.status = exit_done;
 }
 
 int run(cOptions const &options) {
-    if (options.file.empty())
+    if (!options.file)
         return print(in_child("qrv", [&](cReply &reply) { list_types(options, "", reply); }));
     return print(
-        with_value(options.file, options.max_errors, [&](cRead const &file, cReply &reply) {
+        with_value(*options.file, options.max_errors, [&](cRead const &file, cReply &reply) {
             list_types(options, file.bytes, reply);
         }));
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.option("FILE", options.file, "also list the types that this file declares");
-    arguments.option("--format", options.format, {"text", "json"}, "text or json");
+    arguments.option("--format", options.format, {"text", "json"}, "how to list them");
     add_max_errors(arguments, options.max_errors);
 }
 

@@ -7,6 +7,7 @@
 #include "tools/qrv/output/writing.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/reading/scan.h"
+#include "tools/qrv/rules/warnings.h"
 #include "tools/qrv/verify/fingerprint.h"
 
 #include <algorithm>
@@ -80,7 +81,7 @@ class cSecondReading {
 
 } // namespace
 
-void format(std::string const &bytes, bool trailing_blanks, cMessages &messages, cReply &reply) {
+void format(std::string const &bytes, cLayout layout, cMessages &messages, cReply &reply) {
     std::optional<cat::TypeScope> types(std::in_place);
     cat::SourceMap const map;
     cReading const reading = read_value(bytes, messages);
@@ -94,8 +95,9 @@ void format(std::string const &bytes, bool trailing_blanks, cMessages &messages,
     types.reset(); // the new text must declare its own
     cSecondReading const again(text, messages.name());
     std::string const head = head_of(bytes);
-    reply.text = (trailing_blanks ? head : without_trailing_blanks(head)) +
-                 comments.put_into(text, again.map(), trailing_blanks);
+    reply.text = (layout.trailing_blanks ? head : without_trailing_blanks(head)) +
+                 comments.put_into(text, again.map(), layout.trailing_blanks);
+    if (layout.replaces) add_lost_by_writing(bytes, map, messages);
     tell_lost(all, reply.text, messages);
     if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
     if (all_written && again.image() != image)

@@ -6,7 +6,12 @@
 
 #include <string>
 
-// Reads the first value and gives the new text in the reply; without `trailing_blanks` no line ends
-// with a blank. What is lost is an error. Status exit_failed: there is no text. `comes_back`: the
-// text reads as the same value and would be written again as it is.
-void format(std::string const &bytes, bool trailing_blanks, cMessages &messages, cReply &reply);
+struct cLayout {
+    bool trailing_blanks = false; // else no line ends with a blank
+    bool replaces = false;        // the file: values of repeated keys must not disappear from it
+};
+
+// Reads the first value and gives the new text in the reply. What is lost is an error. Status
+// exit_failed: there is no text. `comes_back`: the text reads as the same value and would be
+// written again as it is.
+void format(std::string const &bytes, cLayout layout, cMessages &messages, cReply &reply);

@@ -13,6 +13,7 @@
 #include "tools/qrv/editing/rewrite.h"
 
 #include "qrv/base/platform/cplatform.h"
+#include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/editing/format.h"
 #include "tools/qrv/editing/splice.h"
 #include "tools/qrv/output/diff.h"
@@ -21,6 +22,7 @@
 #include "tools/qrv/process/apart.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/reading/scan.h"
+#include "tools/qrv/rules/warnings.h"
 #include "tools/qrv/verify/fingerprint.h"
 
 #include <filesystem>
@@ -34,16 +36,20 @@ struct cTask {
     cWriteOptions const &options;
     cChange const &change;
     enum cWay : unsigned char { anew, spliced, formatted } way = anew;
+    bool finds_lost = false; // values of repeated keys, and escapes
 };
 
 // Reads a text, changes the value and writes it. Status: is the reply's text the new one?
 void rewrite_text(std::string const &text, cTask const &task, size_t first_number,
                   cMessages &messages, cReply &reply) {
+    std::optional<cat::SourceMap> map;
+    if (task.finds_lost) map.emplace();
     cReading const reading = read_value(text, messages);
     if (!reading.clean || !task.change({reading.value, text, first_number}, reply.messages)) return;
     reply.text = written(reading.value, head_of(text), task.options.canonical, messages);
     bool const all_written = messages.count() == 0;
     if (all_written) reply.image = image_of(reading.value);
+    if (map) add_lost_by_writing(text, *map, messages);
     reply.after = reading.behind.value_or(no_place);
     reply.status = exit_done;
 }
@@ -113,11 +119,11 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
     }
     messages.source(reply.extra);
     if (task.way == cTask::formatted) {
-        format(reply.extra, task.options.trailing_blanks, messages, reply);
+        format(reply.extra, {task.options.trailing_blanks, task.options.in_place}, messages, reply);
         // Both layouts are right.
         cReply other;
         if (task.options.check && reply.status == exit_done && reply.text != reply.extra)
-            format(reply.extra, !task.options.trailing_blanks, messages, other);
+            format(reply.extra, {!task.options.trailing_blanks}, messages, other);
         if (other.text == reply.extra) reply.text = reply.extra;
     } else if (task.way == cTask::spliced) {
         splice(reply.extra, task.change, messages, reply);
@@ -138,7 +144,7 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
 }
 
 int refuse(std::string const &name, std::string const &why) {
-    put_message(name + ": error: not written: " + why);
+    put_error(name, "not written: " + why);
     return exit_failed;
 }
 
@@ -184,7 +190,9 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     // needs the lock.
     bool const reads_target = !target.name().empty() && is_same_file(name, target.name());
     if (reads_target && !target.lock()) return exit_failed;
-    cReply const reply = apart(name, [&](cReply &r) { work(name, {options, made, way}, r); });
+    cReply const reply = apart(name, [&](cReply &r) {
+        work(name, {options, made, way, !change && options.in_place}, r);
+    });
     put_messages(reply);
     if (reply.status == exit_failed) return exit_failed;
     // The plain writer's bytes may not be readable: a loss that was told, but nothing to keep.

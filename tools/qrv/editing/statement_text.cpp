@@ -1,11 +1,12 @@
 #include "tools/qrv/editing/statement_text.h"
 
 #include "qrv/text/scan/cattrscanner.h"
+#include "tools/qrv/rules/literals.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <locale>
+#include <optional>
 #include <sstream>
 
 namespace {
@@ -34,17 +35,12 @@ std::string literal(std::string const &value) {
 }
 
 // What an integer of more than 31 bits becomes, or a number that is too small; empty if it is
-// stored as it is. Larger ones are errors of the reader.
+// stored as it is.
 std::string changed_number(cAttrLiteral const &token) {
     std::string const &text = token.text;
     if (token.code == tkInt || token.code == tkUnsigned) {
-        int const base = text.find_first_of("xX") == text.npos ? 10 : 16;
-        long long const value = std::strtoll(text.c_str(), nullptr, base);
-        int const stored = static_cast<int>(value);
-        bool const is_signed = token.code == tkInt && base == 10;
-        return is_signed || stored == value || std::llabs(value) > 0xffffffffLL
-                   ? ""
-                   : std::to_string(stored);
+        std::optional<int> const stored = wrapped(text);
+        return stored ? std::to_string(*stored) : "";
     }
     size_t const digits_end = std::min(text.find_first_of("eE"), text.size());
     bool const is_zero = text.find_first_of("123456789") >= digits_end;
@@ -52,13 +48,6 @@ std::string changed_number(cAttrLiteral const &token) {
                               ? static_cast<double>(std::strtof(text.c_str(), nullptr))
                               : std::strtod(text.c_str(), nullptr);
     return stored == 0 && !is_zero ? "0" : "";
-}
-
-// The first character with a \ that it does not need, or the end.
-size_t needless_escape(std::string const &text) {
-    for (size_t at = text.find('\\'); at < text.size(); at = text.find('\\', at + 2))
-        if (at + 1 < text.size() && !std::strchr("\\\"'\r\n", text[at + 1])) return at;
-    return text.npos;
 }
 
 void tell_changed(cAttrLiteral const &token, cMessages &messages) {

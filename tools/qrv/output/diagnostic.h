@@ -52,6 +52,3 @@ struct cFindings {
 // Lines, each with a line feed.
 std::string text_of(cDiagnostic const &diagnostic);
 std::string text_of(cFindings const &findings);
-
-// The text with its control characters but tabs escaped: the name of a file may have any.
-std::string without_controls(std::string const &text);

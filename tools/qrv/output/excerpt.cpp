@@ -1,5 +1,8 @@
 #include "tools/qrv/output/excerpt.h"
 
+#include "tools/qrv/output/escaped.h"
+#include "tools/qrv/output/message_line.h"
+
 #include <algorithm>
 #include <unistd.h>
 
@@ -57,7 +60,7 @@ void add_source(std::string const &bytes, cLines const &lines, cDiagnostic &diag
 std::string excerpt_of(cDiagnostic const &diagnostic) {
     static bool const wanted = ::isatty(STDERR_FILENO) == 1;
     if (!wanted || diagnostic.line.empty()) return "";
-    std::string const shown = without_controls(diagnostic.line);
+    std::string const shown = escaped(diagnostic.line);
     std::string number = std::to_string(diagnostic.place.line);
     number.insert(0, 6 - std::min<size_t>(number.size(), 6), ' ');
     size_t const size =
@@ -66,5 +69,6 @@ std::string excerpt_of(cDiagnostic const &diagnostic) {
     std::string mark = "^";
     if (marked.size() > 1) mark.append(marked.size() - 1, '~');
     return number + " | " + shown + "\n" + std::string(number.size(), ' ') + " | " +
-           blanks_for(without_controls(diagnostic.line.substr(0, diagnostic.mark))) + mark + "\n";
+           blanks_for(escaped(diagnostic.line.substr(0, diagnostic.mark))) +
+           painted(mark, cRole::caret) + "\n";
 }

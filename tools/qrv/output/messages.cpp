@@ -2,6 +2,8 @@
 
 #include "tools/qrv/output/excerpt.h"
 
+#include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -81,4 +83,11 @@ void cMessages::take(cFindings const &findings) {
     for (cDiagnostic const &diagnostic : findings.diagnostics) add(diagnostic);
     findings_.more_errors += findings.more_errors;
     findings_.more_warnings += findings.more_warnings;
+}
+
+void cMessages::sort() {
+    auto const before = [](cDiagnostic const &a, cDiagnostic const &b) {
+        return std::tuple(a.place == no_place, a.place) < std::tuple(b.place == no_place, b.place);
+    };
+    std::stable_sort(findings_.diagnostics.begin(), findings_.diagnostics.end(), before);
 }

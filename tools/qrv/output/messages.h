@@ -47,6 +47,7 @@ class cMessages {
     bool tells_warnings() const { return has_room(warnings_, findings_.more_warnings); }
     // The errors of another reading of the file.
     void take(cFindings const &findings);
+    void sort(); // by place; what has none comes last
     cFindings const &findings() const { return findings_; }
     // An error that follows from the last one.
     void following() { ++findings_.diagnostics.back().following; }

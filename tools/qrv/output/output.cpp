@@ -1,7 +1,7 @@
 #include "tools/qrv/output/output.h"
 
 #include "qrv/base/platform/cplatform.h"
-#include "tools/qrv/output/messages.h"
+#include "tools/qrv/output/message_line.h"
 
 #include <cerrno>
 #include <cstring>
@@ -16,12 +16,12 @@ void fill_standard_descriptors() {
 
 bool put_result(std::string_view bytes) {
     if (cat::write_all(STDOUT_FILENO, bytes)) return true;
-    if (errno != EPIPE) put_message("qrv: error: " + reason("cannot write the output", errno));
+    if (errno != EPIPE) put_error("qrv", reason("cannot write the output", errno));
     return false;
 }
 
-void put_message(std::string const &line) {
-    cat::write_all(STDERR_FILENO, without_controls(line) + "\n");
+void put_error(std::string const &where, std::string const &text) {
+    put_lines(message_line(where, cRole::error, text));
 }
 
 std::string reason(char const *what, int error) {

@@ -10,8 +10,8 @@ void fill_standard_descriptors();
 
 // False when the system refused, told by a message but for a reader that has gone.
 bool put_result(std::string_view bytes);
-void put_message(std::string const &line); // a line feed is added
-void put_lines(std::string_view lines);    // as they are
+void put_error(std::string const &where, std::string const &text);
+void put_lines(std::string_view lines); // as they are
 
 // "cannot ...: No space left on device" for errno.
 std::string reason(char const *what, int error);

@@ -48,13 +48,12 @@ int cTarget::replace(std::string const &text, std::optional<std::string_view> ex
     case cat::Replaced::no_backup:
         return refuse(no_backup(errno));
     default:
-        put_message(name_ + ": error: " + reason("cannot write", errno) +
-                    "; the file is unchanged");
+        put_error(name_, reason("cannot write", errno) + "; the file is unchanged");
         return exit_failed;
     }
 }
 
 int cTarget::refuse(std::string const &why) const {
-    put_message(name_ + ": error: not written: " + why);
+    put_error(name_, "not written: " + why);
     return exit_failed;
 }

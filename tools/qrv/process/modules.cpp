@@ -7,6 +7,7 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/modules/crepository.h"
+#include "tools/qrv/output/message_line.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/thrown.h"
 
@@ -44,9 +45,10 @@ void note_types(std::string const &module) {
 }
 
 bool tell_failure(std::string const &name, std::string const &reasons) {
-    put_message("qrv: error: cannot load the module '" + name + "'");
+    put_error("qrv", "cannot load the module '" + name + "'");
     std::istringstream lines(reasons);
-    for (std::string line; std::getline(lines, line);) put_message("qrv: note: " + line);
+    for (std::string line; std::getline(lines, line);)
+        put_lines(message_line("qrv", cRole::note, line));
     return false;
 }
 

@@ -3,7 +3,8 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
-#include "tools/qrv/output/output.h"
+#include "tools/qrv/output/progress.h"
+#include "tools/qrv/reading/input.h"
 #include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/brackets.h"
 #include "tools/qrv/rules/hints.h"
@@ -11,11 +12,9 @@
 #include "tools/qrv/rules/rules.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
+#include <memory>
 #include <sstream>
 #include <tuple>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -67,6 +66,35 @@ class cFileScan : public cAttrScan {
 
 // That many errors are enough to see which follow from which; more are only counted.
 constexpr size_t errors_kept = 10000;
+
+// A text as a stream. Where progress is shown it is given piece by piece.
+class cText {
+  public:
+    cText(std::string const &name, std::string const &bytes) : progress_(name, bytes.size()) {
+        if (!progress_.is_shown()) {
+            stream_ = std::make_unique<std::istringstream>(bytes);
+            return;
+        }
+        pieces_.emplace([this, rest = std::string_view(bytes)]() mutable {
+            constexpr size_t piece_size = 1 << 20;
+            std::string_view const piece = rest.substr(0, piece_size);
+            rest.remove_prefix(piece.size());
+            progress_.add(piece.size());
+            return piece;
+        });
+        stream_ = std::make_unique<std::istream>(&*pieces_);
+    }
+    cText(cText const &) = delete;
+    cText &operator=(cText const &) = delete;
+    ~cText() = default;
+
+    std::istream &stream() { return *stream_; }
+
+  private:
+    cProgress progress_;
+    std::optional<cPieces> pieces_;
+    std::unique_ptr<std::istream> stream_;
+};
 
 // Bytes behind the end don't matter. A comment that isn't closed does, wherever it began.
 std::vector<cUnread> unread(cSurvey const &survey, cPlace end) {
@@ -153,28 +181,18 @@ bool may_hide_errors(std::string const &bytes, bool typed_values) {
 } // namespace
 
 bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages) {
-    bool const standard = name == "-";
-    int const descriptor = standard ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
-    int error = descriptor < 0 ? errno : 0;
-    char buffer[65536];
-    while (error == 0) {
-        ssize_t const count = ::read(descriptor, buffer, sizeof buffer);
-        if (count == 0) break;
-        if (count > 0)
-            bytes.append(buffer, static_cast<size_t>(count));
-        else if (errno != EINTR)
-            error = errno;
-    }
-    if (descriptor >= 0 && !standard) ::close(descriptor);
-    if (error != 0) messages.error(reason("cannot read", error));
-    return error == 0;
+    cInput input(name);
+    for (std::string_view piece = input.next(); !piece.empty(); piece = input.next())
+        bytes += piece;
+    if (!input.error().empty()) messages.error(input.error());
+    return input.error().empty();
 }
 
 cReading read_value(std::string const &bytes, cMessages &messages) {
     cReading reading;
     size_t const before = messages.count();
-    std::istringstream is(bytes);
-    cFileScan scan(is);
+    cText text(messages.name(), bytes);
+    cFileScan scan(text.stream());
     scan.set_filename(messages.name().c_str());
     cat::ReadReport report(std::max(static_cast<size_t>(messages.limit()), errors_kept));
     cRules rules(bytes, report);
@@ -202,7 +220,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     messages.more(beyond);
     reading.empty = !found && report.empty();
     if (reading.empty && (mistakes.empty() || messages.shows_all()))
-        messages.error("the file contains no value");
+        messages.error(bytes.empty() ? "the file is empty" : "the file contains no value");
     reading.clean = found && messages.count() == before;
     if (reading.clean || (found && whole && reading.value->is_container()))
         reading.behind = scan.behind();

@@ -150,17 +150,20 @@ std::map<size_t, size_t> numbers_in(std::string const &bytes) {
     return numbers;
 }
 
-std::string dump_of(std::string const &bytes, bool all) {
-    std::istringstream is(bytes);
+bool dump(std::istream &is, bool all, std::function<bool(std::string const &)> const &put) {
+    constexpr size_t enough = 65536; // for one call
     cTokens tokens(is);
     tokens.return_all(all);
-    std::string dump;
+    std::string lines;
     cAttrLiteral token;
     for (bool more = true; more;) {
         more = tokens.next(token);
-        dump += "TOKEN:" + std::to_string(token.code) + ":" + std::to_string(token.position) + ":" +
-                std::to_string(token.line) + ":" + std::to_string(token.column) + " '" +
-                token.text + "'\n";
+        lines += "TOKEN:" + std::to_string(token.code) + ":" + std::to_string(token.position) +
+                 ":" + std::to_string(token.line) + ":" + std::to_string(token.column) + " '" +
+                 token.text + "'\n";
+        if (more && lines.size() < enough) continue;
+        if (!put(lines)) return false;
+        lines.clear();
     }
-    return dump;
+    return true;
 }

@@ -7,6 +7,8 @@
 
 #include "tools/qrv/output/messages.h"
 
+#include <functional>
+#include <iosfwd>
 #include <map>
 #include <optional>
 #include <string>
@@ -43,5 +45,6 @@ std::string head_of(std::string const &bytes);
 std::string numbered(std::string const &bytes, std::vector<cComment> const &comments, size_t first);
 std::map<size_t, size_t> numbers_in(std::string const &bytes);
 
-// The tokens, a line each, in the scanner's dump form; with comments and blanks if all.
-std::string dump_of(std::string const &bytes, bool all);
+// The tokens, a line each, in the scanner's dump form; with comments and blanks if all. `put` is
+// given some lines at a time; false ends it, and is the result.
+bool dump(std::istream &is, bool all, std::function<bool(std::string const &lines)> const &put);

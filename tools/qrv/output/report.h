@@ -1,0 +1,42 @@
+#pragma once
+// The findings in files, for other programs:
+//
+//   text     as a person reads them
+//   json     {"files": [{"file": ..., "diagnostics": [...], ...}, ...]}; columns in bytes
+//   github   commands of a workflow, which show each finding at its line; columns in characters
+//   sarif    SARIF 2.1.0, one run; columns in characters
+//
+// In json and sarif U+FFFD replaces bytes that are not UTF-8.
+
+#include "tools/qrv/output/diagnostic.h"
+
+#include <string>
+#include <vector>
+
+class cReport {
+  public:
+    // What a name of diagnostics stands for.
+    struct cRule {
+        std::string name;
+        std::string summary;
+    };
+
+    // One of formats(). The rules are borrowed.
+    cReport(std::string const &format, std::vector<cRule> const &rules);
+    static std::vector<std::string> formats();
+
+    // The part of a file; the bytes are needed for columns.
+    std::string part(cFindings const &findings, std::string const &bytes) const;
+
+    // A report is its beginning, all parts in turn, and its end.
+    std::string begin() const;
+    std::string next(std::string const &part);
+    std::string end() const;
+
+  private:
+    enum cFormat : unsigned char { text, json, github, sarif };
+
+    cFormat format_;
+    std::vector<cRule> const &rules_;
+    bool has_parts_ = false;
+};

@@ -1,0 +1,346 @@
+#include "tools/qrv/rules/doubtful.h"
+
+#include "qrv/text/write/cwriter.h"
+#include "tools/qrv/rules/literals.h"
+
+#include <charconv>
+#include <deque>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using cat::SourceEntry;
+using cat::SourceMap;
+using cat::Span;
+
+bool is_closing(char c) { return c == ')' || c == '}' || c == ']' || c == '>'; }
+bool is_word_byte(char c) {
+    return c == '_' || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c & 0x80) != 0;
+}
+// A string without quotes, as a key.
+bool is_word(std::string_view text) {
+    return is_word_byte(text[0]) && !is_closing(text.back()) && text != "true" && text != "false";
+}
+bool is_quote(char c) { return c == '"' || c == '\''; }
+bool is_separator(char c) { return c == ';' || c == ','; }
+
+// What the reader does with a repeated key depends on the kinds of both values.
+enum class cKind : unsigned char { map, vector, set, other };
+
+bool is_list(cKind kind) { return kind == cKind::vector || kind == cKind::set; }
+bool is_mergeable(cKind kind) { return kind == cKind::map || kind == cKind::set; }
+
+// Walks over the entries in file order, and finds in one pass all that may not be meant.
+class cWalk {
+  public:
+    cWalk(std::string const &bytes, SourceMap const &map,
+          std::function<void(cDoubtful const &)> const &found)
+        : bytes_(bytes), map_(map), found_(found) {}
+
+    void walk() {
+        for (size_t number = 0; number < map_.size(); ++number) take(map_.entry(number));
+        while (!open_.empty()) close();
+    }
+
+  private:
+    static constexpr std::uint32_t none = 0xFFFFFFFFu;
+
+    // The keys of a map, as a list of them in keys_.
+    struct cList {
+        std::uint32_t first = none;
+        std::uint32_t last = none;
+    };
+    // Keys that are equal have the same letter and text.
+    struct cKey {
+        std::uint32_t home; // the number of the map
+        char letter;
+        std::string_view text;
+        bool operator==(cKey const &) const = default;
+    };
+    struct cHash {
+        size_t operator()(cKey const &key) const {
+            return std::hash<std::string_view>()(key.text) ^
+                   (size_t{key.home} * 0x9E3779B97F4A7C15u +
+                    static_cast<unsigned char>(key.letter));
+        }
+    };
+    // A key with the value that it has so far, which may be written in several parts.
+    struct cHolder {
+        cKey key;
+        Span first;         // where the key is written first
+        std::uint32_t part; // the last one, in parts_
+        std::uint32_t home; // of the keys inside the value
+        cKind kind;
+        cList inside = {};
+        std::uint32_t next = none;
+    };
+    // The first text of a set's value.
+    struct cMember {
+        size_t set = SourceEntry::none;
+        Span value = {};
+    };
+    struct cPart {
+        Span value;
+        std::uint32_t before; // the part before it
+    };
+    // A container whose entries come.
+    struct cOpen {
+        SourceEntry entry;
+        cKind kind;
+        std::uint32_t end;           // of its last entry so far
+        std::uint32_t holder = none; // that gets the keys
+        bool continues = false;      // the value that the holder has
+        cList keys = {};
+    };
+
+    void take(SourceEntry const &entry) {
+        while (!open_.empty() && open_.back().entry.number != entry.parent) close();
+        cOpen open{entry, kind_of(entry), entry.open.end};
+        if (!open_.empty()) {
+            find_empty_item(entry.all().begin);
+            open_.back().end = entry.all().end;
+            if (!entry.key.empty()) {
+                check_literal(entry.key);
+                check_key(open);
+            } else if (open_.back().kind == cKind::set) {
+                check_member(entry);
+            }
+        }
+        if (entry.reference || entry.value.empty()) return;
+        if (entry.open.empty()) {
+            check_literal(entry.value);
+            check_word(entry);
+        } else {
+            open_.push_back(open);
+        }
+    }
+
+    void close() {
+        cOpen const &open = open_.back();
+        find_empty_item(open.entry.close.begin);
+        if (open.continues)
+            merge(open.holder, open.keys);
+        else if (open.holder != none)
+            holders_[open.holder].inside = open.keys;
+        open_.pop_back();
+    }
+
+    // A text has less than 4 GiB.
+    static std::uint32_t number_of(SourceEntry const &entry) {
+        return static_cast<std::uint32_t>(entry.number);
+    }
+
+    std::string_view text_of(Span span) const {
+        return std::string_view(bytes_).substr(span.begin, span.size());
+    }
+
+    cKind kind_of(SourceEntry const &entry) const {
+        if (entry.reference) return cKind::other;
+        if (!entry.type.empty()) return kind_named(text_of(entry.type));
+        switch (entry.open.empty() ? ' ' : bytes_[entry.open.begin]) {
+        case '{':
+            return cKind::map;
+        case '[':
+            return cKind::vector;
+        case '<':
+            return cKind::set;
+        default:
+            return cKind::other;
+        }
+    }
+    static cKind kind_named(std::string_view type) {
+        return type == "map"      ? cKind::map
+               : type == "vector" ? cKind::vector
+               : type == "set"    ? cKind::set
+                                  : cKind::other;
+    }
+
+    void check_literal(Span span) const {
+        std::string_view const text = text_of(span);
+        if (is_quote(text[0])) {
+            size_t const at = needless_escape(text);
+            if (at != text.npos)
+                found_({cWarning::unknown_escape, escape_at(span.begin + at), span});
+        } else if (is_integer(text)) {
+            if (without_leading_zeros(text)) found_({cWarning::leading_zero, span, span});
+            if (wrapped(text)) found_({cWarning::wrapped_number, span, span});
+        }
+    }
+
+    // The \ and the whole character after it.
+    Span escape_at(size_t offset) const {
+        size_t end = offset + 2;
+        while (end < bytes_.size() && (bytes_[end] & 0xC0) == 0x80) ++end;
+        return {static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(end)};
+    }
+
+    // In the brackets of a type, such as those of a choice, a word may be more than a string.
+    void check_word(SourceEntry const &entry) const {
+        bool const in_type =
+            entry.key.empty() && !open_.empty() && !open_.back().entry.type.empty();
+        if (is_word_byte(bytes_[entry.value.begin]) && !in_type &&
+            !looks_like(text_of(entry.value)).empty())
+            found_({cWarning::strings, entry.value, entry.value});
+    }
+
+    void check_member(SourceEntry const &entry) {
+        if (entry.anid == 0) return; // it was refused
+        cMember &member = members_[entry.anid];
+        if (std::exchange(member.set, entry.parent) == entry.parent)
+            found_({cWarning::duplicate_member, entry.value, entry.value, member.value, {}});
+        else
+            member.value = entry.value;
+    }
+
+    // One separator after an item belongs to it. Brackets that are not closed are an error, and
+    // what is inside may be read out of step.
+    void find_empty_item(std::uint32_t end) const {
+        if (!is_list(open_.back().kind) || open_.back().entry.close.empty()) return;
+        std::uint32_t const begin = open_.back().end;
+        for (std::uint32_t at = begin; at < end; ++at) {
+            if (is_separator(bytes_[at]))
+                return found_({cWarning::empty_item, {at, at + 1}, {begin, end}});
+            std::string_view const start = std::string_view(bytes_).substr(at, 2);
+            size_t after = bytes_.npos;
+            if (start == "//")
+                after = bytes_.find('\n', at);
+            else if (start == "/*")
+                after = bytes_.find("*/", at + 2);
+            else
+                continue;
+            if (after >= end) return;
+            at = static_cast<std::uint32_t>(after) + (start == "/*" ? 1 : 0);
+        }
+    }
+
+    // --- repeated keys ---
+
+    void check_key(cOpen &now) {
+        SourceEntry const &entry = now.entry;
+        cOpen &map = open_.back();
+        cKey const key = key_of(number_of(map.entry), entry.key);
+        auto const [place, is_new] = keys_.try_emplace(key, next_holder());
+        now.holder = place->second;
+        if (is_new) {
+            holders_.push_back({key, entry.key, part(entry.value), number_of(entry), now.kind});
+            return append(map.keys, now.holder);
+        }
+        cHolder &holder = holders_[now.holder];
+        now.continues = holder.kind == now.kind && is_mergeable(now.kind);
+        bool const is_mixed = is_mergeable(holder.kind) && is_mergeable(now.kind);
+        if (!now.continues) report(entry.key, entry.value, holder, is_mixed ? none : holder.part);
+        if (is_mixed) {
+            holder.part = part(entry.value, holder.part);
+            if (!now.continues) now.holder = none; // the reader adds the values to each other
+        } else {
+            holder.part = part(entry.value);
+            holder.home = number_of(entry);
+            holder.kind = now.kind;
+            holder.inside = {};
+        }
+    }
+
+    // The reader has copied a map into the one that the holder has. Lists take all values, and maps
+    // take lists and maps.
+    void merge(std::uint32_t into, cList keys) {
+        if (holders_[into].kind != cKind::map) return;
+        for (std::uint32_t at = keys.first; at != none; at = holders_[at].next) {
+            cHolder const &added = holders_[at];
+            cKey key = added.key;
+            key.home = holders_[into].home;
+            auto const [place, is_new] = keys_.try_emplace(key, next_holder());
+            if (is_new) {
+                cHolder copy = added;
+                copy.key = key;
+                copy.next = none;
+                holders_.push_back(copy);
+                append(holders_[into].inside, place->second);
+            } else {
+                merge(place->second, added);
+            }
+        }
+    }
+
+    void merge(std::uint32_t into, cHolder const &added) {
+        cHolder &holder = holders_[into];
+        bool const is_map = holder.kind == cKind::map;
+        bool const is_refused = is_map && added.kind == cKind::other;
+        bool const is_replaced = !is_map && !is_list(holder.kind);
+        if (is_refused) return report(added.first, added.first, holder, added.part);
+        if (is_replaced || (is_map && added.kind != cKind::map))
+            report(added.first, added.first, holder, is_replaced ? holder.part : none);
+        std::uint32_t const before = is_replaced ? none : holder.part;
+        for (std::uint32_t at = added.part; at != none; at = parts_[at].before)
+            holder.part = part(parts_[at].value, at == added.part ? before : holder.part);
+        if (is_map && added.kind == cKind::map) merge(into, added.inside);
+    }
+
+    void report(Span key, Span value, cHolder const &holder, std::uint32_t lost) const {
+        Span const scope{key.begin, value.begin + 1};
+        cDoubtful found{cWarning::duplicate_key, key, scope, holder.first, {}};
+        for (; lost != none; lost = parts_[lost].before) found.lost.push_back(parts_[lost].value);
+        found_(found);
+    }
+
+    std::uint32_t part(Span value, std::uint32_t before = none) {
+        parts_.push_back({value, before});
+        return static_cast<std::uint32_t>(parts_.size() - 1);
+    }
+
+    std::uint32_t next_holder() const { return static_cast<std::uint32_t>(holders_.size()); }
+
+    void append(cList &list, std::uint32_t holder) {
+        if (list.first == none)
+            list.first = holder;
+        else
+            holders_[list.last].next = holder;
+        list.last = holder;
+    }
+
+    cKey key_of(std::uint32_t home, Span span) {
+        std::string_view const text = text_of(span);
+        if (is_word(text)) return {home, 's', text};
+        if (is_quote(text[0])) {
+            std::string_view const inside = text.substr(1, text.size() - 2);
+            if (inside.find('\\') == inside.npos) return {home, 's', inside};
+            std::string plain(inside);
+            cat::unescape(plain);
+            return {home, 's', keep(std::move(plain))};
+        }
+        if (is_integer(text)) return {home, 'i', keep(std::to_string(integer_in(text)))};
+        return {home, 'o', text};
+    }
+
+    std::string_view keep(std::string text) { return kept_.emplace_back(std::move(text)); }
+
+    static int integer_in(std::string_view text) {
+        if (std::optional<int> const stored = wrapped(text)) return *stored;
+        bool const is_hexadecimal = text.size() > 2 && (text[1] | 0x20) == 'x';
+        if (is_hexadecimal) text.remove_prefix(2);
+        if (text[0] == '+') text.remove_prefix(1);
+        int number = 0;
+        std::from_chars(text.data(), text.data() + text.size(), number, is_hexadecimal ? 16 : 10);
+        return number;
+    }
+
+    std::string const &bytes_;
+    SourceMap const &map_;
+    std::function<void(cDoubtful const &)> const &found_;
+    std::vector<cOpen> open_;
+    std::unordered_map<std::uint32_t, cMember> members_; // by anid
+    std::vector<cPart> parts_;
+    std::vector<cHolder> holders_;
+    std::unordered_map<cKey, std::uint32_t, cHash> keys_; // indices of holders
+    std::deque<std::string> kept_; // texts of keys that are not written as they are
+};
+
+} // namespace
+
+void find_doubtful(std::string const &bytes, cat::SourceMap const &map,
+                   std::function<void(cDoubtful const &)> const &found) {
+    cWalk(bytes, map, found).walk();
+}
