@@ -40,6 +40,7 @@ bool is_delimiter(cToken const &token) { return is_any(token.text, ";,"); }
 struct cAround {
     size_t begin = 0, end = 0; // offsets
     std::vector<size_t> open;  // offsets of brackets, also of a closing bracket's own one
+    size_t bracket = 0;        // the innermost one
     size_t type = 0;           // before the innermost one: errors about a whole value are there
 };
 
@@ -66,8 +67,17 @@ class cEntries {
         }
         cAround around{tokens_[first].offset, tokens_[last].offset + tokens_[last].text.size(),
                        open_at(index)};
-        for (size_t i = 1; i < tokens_.size() && !around.open.empty(); ++i)
-            if (tokens_[i].offset == around.open.back()) around.type = tokens_[i - 1].offset;
+        if (around.open.empty()) return around;
+        size_t const innermost = around.open.back();
+        around.bracket = innermost;
+        std::vector<size_t> const brackets = around.open;
+        for (size_t i = 1; i < tokens_.size(); ++i) {
+            size_t const type = tokens_[i - 1].offset;
+            if (tokens_[i].offset == innermost) around.type = type;
+            if (tokens_[i].text == "(" &&
+                std::find(brackets.begin(), brackets.end(), tokens_[i].offset) != brackets.end())
+                around.open.push_back(type); // a typed value is reported at its type
+        }
         return around;
     }
 
@@ -124,7 +134,7 @@ class Positions : public testing::Test {
             bool const opened =
                 std::find(around.open.begin(), around.open.end(), at) != around.open.end();
             return (around.begin <= at && at <= end) || at == around.type ||
-                   (!around.open.empty() && at == around.open.back()) || (is_bracket && opened);
+                   (at == around.bracket) || (is_bracket && opened);
         };
         if (is_near(found.place)) return true;
         for (cNote const &note : found.notes)

@@ -247,4 +247,45 @@ TEST_F(ToolCheck, shows_control_characters_as_numbers) {
               "f:2:8: error: Unexpected token '\\x07 [0x40000002]\n");
 }
 
+TEST_F(ToolCheck, shows_the_line_and_a_mark_on_a_terminal) {
+    int const terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(terminal, 0);
+    ASSERT_EQ(::grantpt(terminal), 0);
+    ASSERT_EQ(::unlockpt(terminal), 0);
+    int const other_end = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
+    ASSERT_GE(other_end, 0);
+    write("f", "{\n    a= 1;\n\tb-c= 2;\n}\n");
+    EXPECT_EQ(run({"check", "f"}, {.prepare =
+                                       [&] {
+                                           ::setenv("NO_COLOR", "1", 1);
+                                           ::dup2(other_end, STDERR_FILENO);
+                                       }})
+                  .status,
+              1);
+    char shown[1000];
+    ssize_t const size = ::read(terminal, shown, sizeof shown);
+    ::close(other_end);
+    ::close(terminal);
+    EXPECT_EQ(std::string(shown, static_cast<size_t>(std::max<ssize_t>(size, 0))),
+              "f:3:2: error: Missing delimiter after: b [0x40000002]\r\n"
+              "     3 | \tb-c= 2;\r\n"
+              "       | \t^\r\n"
+              "f:3:2: note: a key with a dash needs quotes: \"b-c\"\r\n"
+              "f:3:2: note: 6 more errors follow from it\r\n");
+}
+
+TEST_F(ToolCheck, counts_the_errors_that_follow_from_another) {
+    EXPECT_EQ(run_on("{\n a= [1;\n b= 2;\n}", {"check"}),
+              (cRun{1, "",
+                    "f:2:5: error: Vector is not closed by ']' [0x40000001]\n"
+                    "f:4:1: note: it ends here\n"
+                    "f:2:5: note: 2 more errors follow from it\n"}));
+}
+
+TEST_F(ToolCheck, suggests_the_name_with_the_same_first_letters) {
+    EXPECT_EQ(run_on("{m= choice({on= 1; off= 2}); a= m(of)}", {"check"}).err,
+              "f:1:33: error: 'of' is not a choice of type m, declared at 1:2; did you mean 'off'? "
+              "[0x40000001]\n");
+}
+
 } // namespace

@@ -363,16 +363,16 @@ TEST_F(ToolWarnings, unknown_names_are_usage_errors) {
 
 TEST_F(ToolWarnings, errors_and_warnings_are_limited_each_for_itself) {
     std::string const text = "{a=1; a=2; a=3; b=?; c=?; d=01}";
-    EXPECT_EQ(run_on(text, {"check", "--max-errors", "1"}),
+    EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "1"}),
               (cRun{1, "",
                     "f:1:7: warning: " + repeated +
                         "f:1:19: error: Unexpected token '? [0x40000002]\n"
                         "f: warning: 2 more\nf: error: 2 more\n"}));
-    EXPECT_EQ(run_on(text, {"check", "--max-errors", "1", "-W", "error"}),
+    EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "1", "-W", "error"}),
               (cRun{1, "",
                     "f:1:19: error: Unexpected token '? [0x40000002]\n"
                     "f: error: 5 more\n"}));
-    EXPECT_EQ(run_on(text, {"check", "--max-errors", "1", "-W", "error=leading-zero"}),
+    EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "1", "-W", "error=leading-zero"}),
               (cRun{1, "",
                     "f:1:7: warning: " + repeated +
                         "f:1:19: error: Unexpected token '? [0x40000002]\n"
