@@ -138,7 +138,9 @@ TEST_F(ToolFmtInPlace, refuses_when_a_value_cannot_be_written_unless_forced) {
     std::string const text = "{P= attlist(x= attspec(default= 1)); d= {y= P(x= 2)}; "
                              "P= attlist(w= attspec(default= 1))}";
     write("f", text);
-    std::string const told = "f: error: Value cannot be written, path : /d/y [0x40000001]\n";
+    std::string const told = "f: error: Value cannot be written, path : /d/y [0x40000001]\n"
+                             "f:1:5: error: this value would be lost [duplicate-key]\n"
+                             "f:1:55: note: its key is repeated here\n";
     EXPECT_EQ(in_place(), (cRun{2, "", told + refused}));
     EXPECT_EQ(read("f"), text);
     EXPECT_EQ(in_place({"--force"}), (cRun{0, "", told}));

@@ -230,10 +230,12 @@ TEST_F(ToolFmt, a_file_without_a_value) {
     EXPECT_EQ(fmt("// only\n/* comments */\n"), none);
     EXPECT_EQ(fmt("]"), none);
     EXPECT_EQ(fmt(";"), none);
-    EXPECT_EQ(fmt("\xEF\xBB\xBF"), none);
-    EXPECT_EQ(fmt("\xEF\xBB"), (cRun{2, "",
-                                     "f:1:1: error: byte 0xef outside of strings and comments\n"
-                                     "f: error: the file contains no value\n"}));
+    EXPECT_EQ(fmt("\xEF\xBB\xBF"), fmt(""));
+    EXPECT_EQ(fmt("\xEF\xBB"),
+              (cRun{2, "",
+                    "f:1:1: error: byte 0xef outside of strings and comments\n"
+                    "f:1:1: note: write a word with letters outside of ASCII in quotes: "
+                    "\"\\xef\\xbb\"\n"}));
     EXPECT_EQ(fmt("\xEF\xBB{a=1;}"), fmt("\xEF\xBB"));
 }
 

@@ -171,8 +171,8 @@ TEST_F(ToolFromJson, keys) {
 TEST_F(ToolFromJson, keys_that_begin_with_a_hash_sign_are_quoted) {
     std::string const json = R"json({"a":{"#x":1,"x#":2},"#":[{"#nil":0}],"#cRef(/a)":{}})json";
     std::string const attr = text(json);
-    EXPECT_EQ(attr, "{\n  a= {\n      \"#x\"= 1;\n      \"x#\"= 2;\n  }; \n  \"#\"= [\n      {\n"
-                    "          \"#nil\"= 0;\n      }, \n  ]; \n  \"#cRef(/a)\"= {};\n}\n");
+    EXPECT_EQ(attr, "{\n  a= {\n      \"#x\"= 1;\n      \"x#\"= 2;\n  };\n  \"#\"= [\n      {\n"
+                    "          \"#nil\"= 0;\n      },\n  ];\n  \"#cRef(/a)\"= {};\n}\n");
     EXPECT_EQ(run({"to-json", "--compact", "--strict"}, {.input = attr}),
               (cRun{0, json + "\n", ""}));
     EXPECT_EQ(run({"get", "-", "\"#\"/0/\"#nil\""}, {.input = attr}), (cRun{0, "0\n", ""}));

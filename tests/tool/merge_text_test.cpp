@@ -126,7 +126,7 @@ TEST_F(ToolMergeText, lists_and_sets) {
     EXPECT_EQ(merged("[ 1, // one\n  2, ]", "[ 5, 6 ]", "-ax"), "[ 5, // one\n  6, ]");
     EXPECT_EQ(merged("< a, // one\n  b, >", "< b, c, a >", "-ax"), "< b, // one\n  c, a, >");
     EXPECT_EQ(merged("{s= < a, // one\n  b, >}", "{s= < b, a /* own */ >}", "-ax"),
-              "{s= < b, a, // one\n >}");
+              "{s= < b, a, // one\n  >}");
 }
 
 TEST_F(ToolMergeText, shared_values) {

@@ -3,6 +3,7 @@
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
 #include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/output/no_memory.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/output/progress.h"
 #include "tools/qrv/reading/input.h"
@@ -24,6 +25,7 @@ constexpr char const *help = "Example:\n"
                              "Each line is TOKEN:code:position:line:column 'text'.";
 
 int run(cOptions const &options) {
+    cWorkOn const about(options.file);
     cInput input(options.file);
     bool const shows_tokens =
         ::isatty(STDOUT_FILENO) == 1; // between which a progress line would be

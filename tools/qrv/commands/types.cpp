@@ -194,8 +194,11 @@ void list_types(cOptions const &options, std::string const &bytes, cReply &reply
 }
 
 int run(cOptions const &options) {
-    if (!options.file)
-        return print(in_child("qrv", [&](cReply &reply) { list_types(options, "", reply); }));
+    if (!options.file) {
+        cReply const reply = in_child("qrv", [&](cReply &r) { list_types(options, "", r); });
+        put_messages(reply);
+        return print(reply);
+    }
     return print(
         with_value(*options.file, options.max_errors, [&](cRead const &file, cReply &reply) {
             list_types(options, file.bytes, reply);
