@@ -108,8 +108,8 @@ TEST_F(ToolExplain, values_that_a_set_has_already_are_not_counted) {
                                                  "place     1:6\n"
                                                  "entries   1\n"
                                                  "layout    one line\n");
-    EXPECT_EQ(told("{s= <[1], [1], b>}", "s/1"), "path      /s/1\ntype      string\n")
-        << "it isn't known which one was left out";
+    EXPECT_EQ(told("{s= <[1], [1], b>}", "s/1"),
+              "path      /s/1\ntype      string\nplace     1:16\n");
 }
 
 // --- declared types ---
@@ -197,7 +197,7 @@ TEST_F(ToolExplain, types_and_what_they_declare) {
     EXPECT_EQ(told(declared, "Pixel/x/type"), "path      /Pixel/x/type\n"
                                               "type      type\n"
                                               "name      int\n");
-    EXPECT_EQ(told(declared, "Mode/b"), "path      /Mode/b\ntype      int\n");
+    EXPECT_EQ(told(declared, "Mode/b"), "path      /Mode/b\ntype      int\nplace     2:26\n");
 }
 
 TEST_F(ToolExplain, places_in_the_brackets_of_typed_values) {
@@ -209,9 +209,9 @@ TEST_F(ToolExplain, places_in_the_brackets_of_typed_values) {
                                      "shared    /p/x\n");
     EXPECT_EQ(told("{s= <{1= a}, [1], b>}", "s/1"), "path      /s/1\n"
                                                     "type      vector\n"
+                                                    "place     1:14\n"
                                                     "entries   1\n"
-                                                    "layout    one line\n")
-        << "a key elsewhere is none in typed brackets";
+                                                    "layout    one line\n");
 }
 
 // --- sharing ---

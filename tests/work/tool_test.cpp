@@ -109,7 +109,8 @@ class ToolWork : public testing::Test {
         auto const read = bytes_read, parsed = scan::parsed, lexed = scan::lexed;
         arguments.insert(arguments.begin(), "qrv");
         for (std::string &argument : arguments)
-            if (argument == "FILE" || argument == "JSON") argument = path(argument);
+            if (argument == "FILE" || argument == "SOURCE" || argument == "JSON")
+                argument = path(argument);
         std::vector<char const *> argv;
         for (std::string const &argument : arguments) argv.push_back(argument.c_str());
         run(static_cast<int>(argv.size()), argv.data());
@@ -130,6 +131,7 @@ class ToolWork : public testing::Test {
                     std::vector<std::string> const &arguments) const {
         write("FILE", shorter + " \n");
         write("JSON", json(few));
+        write("SOURCE", "{new= 1; last= [4, ]; }");
         cWork const less = work_of(arguments);
         write("FILE", longer + " \n");
         write("JSON", json(many));
@@ -195,6 +197,7 @@ cCommands commands() {
         {"fmt", "--check", "FILE"},
         {"fmt", "-i", "FILE"},
         {"set", "-i", "FILE", "last/1 = 4"},
+        {"merge", "-i", "FILE", "SOURCE"},
         {"del", "-i", "FILE", "last/1"},
         {"mv", "-i", "FILE", "n", "m"},
         {"ins", "-i", "FILE", "n", "before", "m", "2"},

@@ -8,23 +8,21 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/read/cattrscan.h"
+#include "qrv/text/read/csourcemap.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
 #include "tools/qrv/output/escaped.h"
 #include "tools/qrv/reading/reading.h"
-#include "tools/qrv/rules/source.h"
+#include "tools/qrv/rules/broken_rules.h"
 #include "tools/qrv/search/at_path.h"
-#include "tools/qrv/search/places.h"
 #include "tools/qrv/search/sharing.h"
 #include "tools/qrv/verify/attempt.h"
 #include "tools/qrv/verify/mismatch.h"
 
 #include <algorithm>
 #include <locale>
-#include <optional>
-#include <set>
 #include <sstream>
 #include <utility>
 
@@ -85,8 +83,8 @@ cGoal goal_of(objref const &top, std::string const &path, objref const &value) {
 
 class cExplanation {
   public:
-    cExplanation(objref const &top, cGoal goal, std::string const &bytes)
-        : goal_(std::move(goal)), bytes_(bytes),
+    cExplanation(objref const &top, cGoal goal, std::string const &bytes, cat::SourceMap const &map)
+        : top_(top), goal_(std::move(goal)), bytes_(bytes), map_(map),
           sharing_(top, {goal_.value.get(), &goal_.value->type(), &goal_.owner->type()}) {}
     cExplanation(cExplanation const &) = delete;
     cExplanation &operator=(cExplanation const &) = delete;
@@ -100,7 +98,7 @@ class cExplanation {
         line("path", shortened(goal_.path, longest_line));
         tell_type();
         if (constant) line("constant", shown(goal_.value));
-        tell_place(others);
+        tell_place();
         tell_rule();
         tell_choice();
         tell_container();
@@ -129,35 +127,13 @@ class cExplanation {
             line("name", shortened(static_cast<cTypeObj &>(*goal_.value).name(), longest_line));
     }
 
-    // Below a reference there is no text of its own, but the same value's elsewhere.
-    void tell_place(std::vector<std::string> paths) {
-        paths.insert(paths.begin(), goal_.path);
-        std::vector<std::string> owners;
-        if (is_declared()) owners = sharing_.paths(goal_.owner.get(), most_shared);
-        std::set<std::string> wanted(paths.begin(), paths.end());
-        wanted.insert(owners.begin(), owners.end());
-        cPlaces const places = places_in(bytes_, wanted);
-        std::optional<cPlace> found;
-        for (size_t i = 0; !found && i < paths.size(); ++i)
-            if (auto const place = places.find(paths[i]); place != places.end())
-                found = place->second;
-        for (size_t i = 0; !found && i < owners.size(); ++i)
-            if (auto const place = places.find(owners[i]); place != places.end())
-                found = place_in_brackets(place->second);
-        if (found) line("place", std::to_string(found->line) + ':' + std::to_string(found->column));
-    }
-
-    // Is the value an attribute of an object of a declared type, or of an attribute set's type?
-    bool is_declared() const {
-        if (goal_.owner->is_type()) return &goal_.owner->type() == &cat::typetype_attlist();
-        return &goal_.owner->type().type() == &cat::typetype_attlist();
-    }
-
-    std::optional<cPlace> place_in_brackets(cPlace owner) const {
-        std::optional<cPlace> found;
-        for (cSource::cEntry const &entry : cSource(bytes_).entries(owner))
-            if (entry.value && entry.key && entry.key->equal(goal_.key)) found = entry.value;
-        return found;
+    // Where the value is written. Of equal values a set keeps the first, a repeated key the last.
+    void tell_place() {
+        std::vector<cat::SourceEntry> const entries = map_.spans(*top_, goal_.path);
+        if (entries.empty()) return;
+        cat::SourceEntry const &entry =
+            cObj::is_set(goal_.owner) ? entries.front() : entries.back();
+        line("place", shown(behind({}, bytes_, entry.value.begin)));
     }
 
     // An object keeps the rules as of its making: its type may have been declared anew since.
@@ -230,28 +206,35 @@ class cExplanation {
         if (others.size() > most_shared) line("shared", "and more");
     }
 
+    objref const top_;
     cGoal goal_;
     std::string const &bytes_;
+    cat::SourceMap const &map_;
     cSharing sharing_;
     std::string text_;
 };
 
-void explain(std::string const &path, cRead const &file, cReply &reply) {
+void explain(std::string const &path, std::string const &bytes, cMessages &messages,
+             cReply &reply) {
+    cat::SourceMap const map;
+    cReading const reading = read_value(bytes, messages);
     objref value;
-    if (!find_at(file.value, path, value, file.messages)) return;
+    if (!reading.clean || !find_at(reading.value, path, value, messages)) return;
     reply.status = value ? exit_done : exit_found;
-    if (!value) return tell_absent(path, file.messages);
+    if (!value) return tell_absent(path, messages);
     cAttempt const unheard([&] { // values that can't be written raise errors
         cat::ExactText const exact;
-        reply.text = cExplanation(file.value, goal_of(file.value, path, value), file.bytes).text();
+        cGoal const goal = goal_of(reading.value, path, value);
+        reply.text = cExplanation(reading.value, goal, bytes, map).text();
         return true;
     });
 }
 
 int run(cOptions const &options) {
-    return print(
-        with_value(options.file, options.max_errors,
-                   [&](cRead const &file, cReply &reply) { explain(options.path, file, reply); }));
+    return print(with_bytes(options.file, options.max_errors,
+                            [&](std::string const &bytes, cMessages &messages, cReply &reply) {
+                                explain(options.path, bytes, messages, reply);
+                            }));
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {

@@ -15,11 +15,11 @@
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/reading/scan.h"
-#include "tools/qrv/search/places.h"
 #include "tools/qrv/verify/attempt.h"
 #include "tools/qrv/verify/mismatch.h"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
@@ -67,11 +67,24 @@ bool is_same_again(cSaid const &said) {
             said.names.type == "choice");
 }
 
+// A value with the text that it was read from.
+struct cText {
+    objref value;
+    std::string const &bytes;
+    cat::SourceMap const &map;
+};
+
+// Where the value at a path is written; of a key that is repeated, where it is last.
+std::optional<cPlace> place_of(std::string const &path, cText const &text) {
+    std::vector<cat::SourceEntry> const entries = text.map.spans(*text.value, path);
+    if (entries.empty()) return std::nullopt;
+    return behind({}, text.bytes, entries.back().value.begin);
+}
+
 class cMerge {
   public:
-    cMerge(objref const &target, objref const &source, std::string const &bytes,
-           cOptions const &options, cMessages &messages)
-        : target_(target), source_(source), bytes_(bytes), options_(options),
+    cMerge(objref const &target, cText const &source, cOptions const &options, cMessages &messages)
+        : target_(target), source_(source.value), text_(source), options_(options),
           letters_(options.commands), messages_(messages) {}
     cMerge(cMerge const &) = delete;
     cMerge &operator=(cMerge const &) = delete;
@@ -209,25 +222,20 @@ class cMerge {
             ++found_beyond_;
     }
 
-    // Their places all at once.
     void tell_found() {
-        if (found_.empty()) return;
-        std::set<std::string> paths;
-        for (auto const &[path, text] : found_) paths.insert(path);
-        cPlaces const places = places_in(bytes_, paths);
         for (auto const &[path, text] : found_) {
-            auto const place = places.find(path);
-            std::string const told = "at " + shortened(path) + ": " + text;
-            if (place == places.end())
-                messages_.error(told);
+            std::optional<cPlace> const place = place_of(path, text_);
+            std::string const message = "at " + shortened(path) + ": " + text;
+            if (place)
+                messages_.error(*place, message);
             else
-                messages_.error(place->second, told);
+                messages_.error(message);
         }
         messages_.more(found_beyond_);
     }
 
     objref target_, source_;
-    std::string const &bytes_; // that the source was read from
+    cText const &text_; // of the source
     cOptions const &options_;
     std::string letters_;
     cMessages &messages_;
@@ -280,23 +288,21 @@ class cTypeWalk {
     std::set<cObj const *> visited_;
 };
 
-std::string told_place(std::string const &name, std::string const &bytes, std::string const &path) {
-    cPlaces const places = places_in(bytes, {path});
-    auto const place = places.find(path);
-    if (place == places.end()) return name + ", " + shortened(path);
-    return name + ":" + std::to_string(place->second.line) + ":" +
-           std::to_string(place->second.column);
+std::string told_place(std::string const &name, cText const &text, std::string const &path) {
+    std::optional<cPlace> const place = place_of(path, text);
+    if (!place) return name + ", " + shortened(path);
+    return name + ":" + std::to_string(place->line) + ":" + std::to_string(place->column);
 }
 
 // Both files were read into one set of types, where the later declaration holds for all.
-void test_types(cTypes const &target, std::string const &target_bytes, objref const &source,
-                std::string const &source_bytes, cOptions const &options, cMessages &messages) {
-    for (auto const &[name, declared] : cTypeWalk::types_in(source)) {
+void test_types(cTypes const &target, cText const &target_text, cText const &source,
+                cOptions const &options, cMessages &messages) {
+    for (auto const &[name, declared] : cTypeWalk::types_in(source.value)) {
         auto const other = target.find(name);
         if (other == target.end() || other->second.text == declared.text) continue;
         messages.error("type '" + shortened(name) + "' is declared with different content at " +
-                       told_place(options.source, source_bytes, declared.path) + " and at " +
-                       told_place(options.target, target_bytes, other->second.path));
+                       told_place(options.source, source, declared.path) + " and at " +
+                       told_place(options.target, target_text, other->second.path));
     }
 }
 
@@ -310,10 +316,11 @@ bool merge_all(cChanging const &file, std::string const &bytes, cOptions const &
     cReading const reading = read_value(source, messages);
     if (reading.clean && reading.behind)
         messages.error(*reading.behind, "text after the first value is not read");
+    cText const text{reading.value, source, map};
     if (messages.count() == 0)
-        test_types(types, file.bytes, reading.value, source, options, messages);
+        test_types(types, {file.value, file.bytes, file.map}, text, options, messages);
     if (messages.count() == 0 && file.edit) file.edit->bring(source, map, reading.value);
-    if (messages.count() == 0) cMerge(file.value, reading.value, source, options, messages).run();
+    if (messages.count() == 0) cMerge(file.value, text, options, messages).run();
     told = messages.text();
     return messages.count() == 0;
 }

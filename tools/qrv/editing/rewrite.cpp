@@ -46,7 +46,7 @@ void rewrite_text(std::string const &text, cTask const &task, size_t first_numbe
     cat::SourceMap const map;
     cReading const reading = read_value(text, messages);
     if (!reading.clean ||
-        !task.change({reading.value, text, first_number, nullptr}, reply.messages))
+        !task.change({reading.value, text, first_number, map, nullptr}, reply.messages))
         return;
     reply.text = written(reading.value, head_of(text, map), task.options.canonical, messages);
     bool const all_written = messages.count() == 0;

@@ -3,6 +3,7 @@
 
 #include "qrv/core/cobj.h"
 #include "qrv/edit/cedit.h"
+#include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/output/messages.h"
 #include "tools/qrv/output/target.h"
 
@@ -23,14 +24,15 @@ struct cWriteOptions {
     int max_errors = default_max_errors;
 };
 
-// What is to be changed. If the file is written anew, the change is made twice at most, each time in
-// a new reading. The second time the file's comments have numbers below `first_number`, and comments from elsewhere are to be
-// numbered from there on; the first time that is 0.
+// What is to be changed. If the file is written anew, the change is made twice at most, each time
+// in a new reading. The second time the file's comments have numbers below `first_number`, and
+// comments from elsewhere are to be numbered from there on; the first time that is 0.
 struct cChanging {
     objref value;
     std::string const &bytes; // that it was read from
     size_t first_number;
-    qrv::edit::Edit *edit; // that replaces the changed bytes; null if the file is written anew
+    cat::SourceMap const &map; // of these bytes
+    qrv::edit::Edit *edit;     // that replaces the changed bytes; null if the file is written anew
 };
 
 // False, with lines in `told`: nothing is written.
