@@ -19,7 +19,7 @@ listed() { git ls-files -co --exclude-standard -- "$@" | while IFS= read -r file
 layout() { listed '*.h' '*.cpp' | xargs -r clang-format --dry-run -Werror; }
 
 tidy() {
-    listed '*.cpp' | grep -E '^(base|diagnostics|core|containers|text|modules|util|start|tools)/' |
+    listed '*.cpp' | grep -E '^(base|diagnostics|core|containers|text|modules|util|edit|start|tools)/' |
         xargs -r -P "$jobs" -n 1 clang-tidy --quiet -p build/lint 2>/dev/null
 }
 
