@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <optional>
 #include <regex>
+#include <string_view>
 
 namespace {
 
@@ -150,14 +151,14 @@ class cHints {
         size_t end; // offset after the bytes of the slip
     };
     std::optional<cFound> find(size_t offset) const {
-        size_t begin = offset - std::min(offset, reach),
-               end = std::min(bytes_.size(), offset + reach);
-        size_t const line_end = std::min(bytes_.find('\n', offset), bytes_.size());
-        size_t const line_begin = offset == 0 ? 0 : bytes_.rfind('\n', offset - 1) + 1;
-        bool const cut = begin > line_begin;
-        begin = std::max(begin, line_begin);
-        end = std::min(end, line_end);
-        std::string const around = bytes_.substr(begin, end - begin);
+        std::string_view const bytes = bytes_;
+        size_t const first = offset - std::min(offset, reach);
+        size_t const feed = bytes.substr(first, offset - first).rfind('\n');
+        bool const cut = feed == bytes.npos && first > 0 && bytes[first - 1] != '\n';
+        size_t const begin = feed == bytes.npos ? first : first + feed + 1;
+        std::string_view const rest = bytes.substr(offset, reach);
+        std::string const around(
+            bytes.substr(begin, offset - begin + std::min(rest.find('\n'), rest.size())));
         for (size_t i = 0; i < std::size(slips); ++i) {
             if (cut && slips[i].pattern[0] == '^') continue;
             std::smatch match; // the last one, which begins next to the position
