@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 
 // The place behind the first `count` characters of a text that begins at `place`.
 cPlace behind(cPlace place, std::string const &text, size_t count);
