@@ -49,6 +49,9 @@ struct cFindings {
     bool strict = false; // warnings are printed as errors
 };
 
+std::string code_of(cDiagnostic const &diagnostic);  // "0x40000001", or empty without a code
+std::string label_of(cDiagnostic const &diagnostic); // the name, or else the code
+
 // Lines, each with a line feed.
 std::string text_of(cDiagnostic const &diagnostic);
 std::string text_of(cFindings const &findings);

@@ -65,6 +65,8 @@ void cSuggestion::show(std::string_view known) {
     best_ = known;
 }
 
-std::string cSuggestion::text() const {
-    return best_.empty() ? "" : "; did you mean '" + best_ + "'?";
+std::string cSuggestion::text() const { return did_you_mean(best_); }
+
+std::string did_you_mean(std::string const &best) {
+    return best.empty() ? "" : "; did you mean '" + best + "'?";
 }
