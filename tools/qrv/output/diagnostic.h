@@ -4,7 +4,7 @@
 //   settings.attr:3:5: warning: key 'a' is repeated [duplicate-key]
 //   settings.attr:1:5: note: it is first here
 //
-// A line has no control characters and no more than a person would read.
+// Long texts are shortened, and control characters are escaped.
 
 #include <cstddef>
 #include <string>

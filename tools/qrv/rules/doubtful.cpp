@@ -34,7 +34,7 @@ enum class cKind : unsigned char { map, vector, set, other };
 bool is_list(cKind kind) { return kind == cKind::vector || kind == cKind::set; }
 bool is_mergeable(cKind kind) { return kind == cKind::map || kind == cKind::set; }
 
-// Walks over the entries in file order, and finds in one pass all that may not be meant.
+// Walks over the entries in file order, and finds everything in one pass.
 class cWalk {
   public:
     cWalk(std::string const &bytes, SourceMap const &map,
@@ -87,7 +87,7 @@ class cWalk {
         Span value;
         std::uint32_t before; // the part before it
     };
-    // A container whose entries come.
+    // A container whose entries come next.
     struct cOpen {
         SourceEntry entry;
         cKind kind;

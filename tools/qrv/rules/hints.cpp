@@ -27,7 +27,7 @@ struct cSlip {
 #define START "(?:^|[{\\[(<;,])\\s*"
 #define KEY START "(?:" WORD "|" QUOTED ")\\s*"
 
-// The first that matches counts, so the more special ones come first.
+// The first one that matches counts, so special ones come before general ones.
 constexpr cSlip slips[] = {
     // --- other files ---
     {"^()(?:\xFF\xFE|\xFE\xFF)", "the file is in UTF-16: convert it to UTF-8"},
@@ -243,7 +243,7 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
         if (mistake.error.kind == cat::ErrorKind::read_equals)
             hints.place_at_missing_value(mistake);
         size_t const offset = hints.offset({mistake.error.line, mistake.error.column});
-        // What is said of a bracket that is not closed, or by the tool itself, says enough.
+        // Messages about brackets that are not closed, and the tool's own, need no note.
         bool const is_clear =
             mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
         std::optional<cHints::cFound> const hint = is_clear ? std::nullopt : hints.find(offset);

@@ -12,7 +12,7 @@
 std::string did_you_mean(std::string const &best);
 
 // Finds the best of the names that it is shown. All searches together cost no more than a fixed
-// number of steps: with files of many unknown and many known names the last ones find nothing.
+// number of steps: in a file with very many unknown names the last ones get no suggestion.
 class cSuggestion {
   public:
     explicit cSuggestion(std::string_view unknown);
