@@ -1,7 +1,7 @@
 #pragma once
 // Which entries of a donor the entries of the changed tree come from. The two trees are walked side
 // by side: by key in maps and typed values, by value from the end in vectors and sets, where values
-// are appended. So constants and equal values are told apart by their places.
+// are appended. So constants and equal values are distinguished by their places.
 
 #include "edit/csnapshot.h"
 
@@ -15,9 +15,9 @@ class Donation {
     // Borrows the snapshot.   O(1) without a donor, else O(entries of the donor) in most trees
     Donation(Snapshot const &before, objref const &root);
 
-    // The donor's entry with the same key, or value, at the same place, or of the very node; null
-    // for none. Of several, where the node is in a shared container, one that has its value is
-    // preferred.
+    // The donor's entry with the same key, or value, at the same place, or of this very node; or
+    // null. If the node is in a shared container, it can be one of several: one that has its value
+    // is preferred.
     WasEntry const *of(cAttrNode const &node) const;
 
   private:

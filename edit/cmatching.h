@@ -5,8 +5,8 @@
 // position, so that what is equal in both keeps its text. What an entry is in a donor counts only
 // where it was not in the tree.
 //
-// Most edits change little. What is untouched is left out as a whole where that is possible: where
-// nothing is shared, and no text refers to another one.
+// Most edits change little. If nothing is shared, and no part of the text refers to another one,
+// containers without a change are left out as a whole.
 
 #include "edit/cdonation.h"
 #include "edit/csnapshot.h"

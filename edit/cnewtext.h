@@ -20,7 +20,7 @@ struct Layout {
     char delimiter = ';';
     bool lines = false; // is each entry on lines of its own?
     bool ended = true;  // has the last entry a delimiter?
-    bool known = false; // is the separator that of an entry?
+    bool known = false; // does the separator come from an entry?
 };
 
 class NewText {

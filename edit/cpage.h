@@ -13,7 +13,7 @@ namespace qrv::edit {
 
 class Page {
   public:
-    // Of the bytes up to `size`, and of a donor's after the one that follows.
+    // The first `size` bytes are the text itself. After one more byte, a donor's text may follow.
     Page(std::string_view text, size_t size);
 
     std::string_view text() const { return text_; }

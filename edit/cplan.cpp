@@ -4,7 +4,7 @@
 // A path in the text may only pass through values that are written there, since the reader follows
 // no other: the parents of an item are such values.
 //
-// What comes from a donor is written once for each node: its keys do not come again.
+// A node that comes from a donor is written once, even if its key came again there.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -39,7 +39,7 @@ void Entries::sort_numbers() {
         }) != numbers_.end();
 }
 
-// What is inside a value that is in its set already was never in the tree.
+// A set drops a value that it has already, so what is inside that value was never in the tree.
 void Entries::leave_out_equal_members() {
     std::vector<bool> left_out(anids_.size());
     for (size_t i = 1; i < numbers_.size(); ++i)
@@ -234,7 +234,7 @@ bool Plan::is_block_of(size_t number, objref const &container) const {
                                     : true;
 }
 
-// Are there bytes of values that no node holds any more?
+// Does the text there have entries that no node holds any more?
 bool Plan::has_lost_entries(size_t number) const {
     std::vector<cat::SourceEntry> const parts = entries_.inside(number);
     return std::any_of(parts.begin(), parts.end(), [&](cat::SourceEntry const &part) {

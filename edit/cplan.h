@@ -76,7 +76,7 @@ struct Item {
     size_t position = 0;   // in its container
     int depth = 0;         // of containers around it
     size_t old = none;     // the entry that it was
-    bool moved = false;    // `old` is at another place of the text, or in the donor's
+    bool moved = false;    // `old` is at another place of the text, or in that of the donor
     size_t donated = none; // the donor's entry whose value replaced the one at `old`
     size_t source = none;
     How how = literal;

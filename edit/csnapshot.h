@@ -1,6 +1,6 @@
 #pragma once
-// A tree as it was before a change: which entries each container had, and what stood in them; and
-// the tree of a donor, another text whose values the change may use. Values are held, so no address
+// A tree as it was before a change: which entries each container had, and their values; and the
+// tree of a donor, another text whose values the change may use. Values are held, so no address
 // is used again while the snapshot lives. A large tree has many entries, so each takes little more
 // than its key and value: 32 bytes, and the bytes of strings.
 
@@ -55,7 +55,7 @@ class Snapshot {
     WasEntry const &root() const { return root_; }
     // The value that a node had; null if the node was not in the tree.
     objref const &value(std::uint32_t anid) const;
-    // Is the value now what the entry's was? For what is no container.
+    // Is the value now what the entry's was? For values that are not containers.
     bool is_still(WasEntry const &was, objref const &value) const;
     // Has the container the same nodes with the same values?
     bool is_still(std::vector<WasEntry> const &was, cMapObj const &container) const;
@@ -64,7 +64,7 @@ class Snapshot {
     void add(objref const &root);
     WasEntry entry_of(std::uint32_t anid, objref const &key, objref const &value);
 
-    std::string contents_; // of strings, and the texts of others but numbers
+    std::string contents_; // the bytes of strings, and the texts of values that are not numbers
     WasEntry root_;
     Containers containers_;
     std::vector<WasEntry const *> by_anid_;

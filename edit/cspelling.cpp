@@ -83,7 +83,7 @@ size_t prefix_of(std::string_view number) {
     return is_hexadecimal(number) ? 2 : number.size() > 1 && has(number.substr(0, 1), "b0") ? 1 : 0;
 }
 
-// "intf(0x00A1F3)": leading zeros stay, as far as there is room for them.
+// "intf(0x00A1F3)": leading zeros stay if the new digits fit.
 std::string formatted(std::string text, std::string_view like) {
     cat::Span const number = word_in_brackets(text), given = word_in_brackets(like);
     if (number.empty() || given.empty()) return text;

@@ -3,11 +3,12 @@
 
 usage: json_trips.py [--tool PROGRAM] [--documents N] [--seed N] [FILE...]
 
-Each FILE, and N generated documents, a thousand in an array, go through from-json and to-json; so
-do some documents with whole numbers of any length. The result must have the same values, the same keys in the same order, and the same numbers; the sign of
--0.0 counts, and a bool is no number. Files with whole numbers that no double holds must be refused;
-with --big=string and --big=double they must come back as strings and as rounded numbers. What came
-back must give the same file again, and --compact and --integers the same values.
+Each FILE, N generated documents, a thousand in an array, and some documents with whole numbers of
+any length are converted by from-json and to-json. The result must have the same values, the same
+keys in the same order, and the same numbers; the sign of -0.0 counts, and a bool is not a number.
+Files with whole numbers that no double holds must be refused; with --big=string and --big=double
+they must come back as strings and as rounded numbers. What came back must give the same file again,
+and --compact and --integers the same values.
 
 N is $QRV_DOCUMENTS, or 500. The exit code is 1 if something differs, and the first difference of
 each trip is printed with its path.

@@ -69,6 +69,15 @@ TEST_F(ToolHostile, a_hundred_thousand_maps_in_maps) {
     refused();
 }
 
+// No closing bracket is indented like an open one, so all of them may be looked for.
+TEST_F(ToolHostile, a_hundred_thousand_closing_brackets_that_match_no_indent) {
+    std::string const text = "{}\n" + times("{\n", 100000) + times(" }\n", 100000) + "}\n";
+    EXPECT_EQ(run_on(text, {"check"}),
+              (cRun{1, "",
+                    "f:2:1: error: text after the first value is not read\n"
+                    "f:2:1: note: a file has one value: write several in { ... } or [ ... ]\n"}));
+}
+
 TEST_F(ToolHostile, a_hundred_thousand_typed_values_in_each_other) {
     EXPECT_EQ(told(times("int(", 100000)),
               "f:1:4: error: Closing symbol is missed in type int, path:  [0x40000001]");

@@ -1,6 +1,5 @@
-// The command line tool `qrv`: reads, checks and rewrites files of object trees. What it is asked
-// for goes to standard output, what it has to say to standard error, and of a good file it says
-// nothing.
+// The command line tool `qrv`: reads, checks and rewrites files of object trees. Results are
+// printed to standard output and messages to standard error. A valid file produces no messages.
 
 #include "qrv/base/csignal.h"
 #include "qrv/diagnostics/cconsole.h"
@@ -13,14 +12,14 @@
 #include <csignal>
 #include <unistd.h>
 
-// Called before the static code of the library, which allocates, too.
+// Called before the static code of the library, since that allocates memory too.
 [[gnu::section(".preinit_array"),
   gnu::used]] static void (*const before_static_code)() = end_when_memory_ends;
 
 int main(int argc, char **argv) {
     fill_standard_descriptors();
-    std::signal(SIGPIPE, SIG_IGN); // a reader that has gone is an exit code
-    sig_idle();                    // the start-up text goes where nobody listens
+    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is reported by the exit code
+    sig_idle();                    // the start-up text is not printed
     cConsoleDisplay const messages(STDERR_FILENO);
     try {
         return run_command_line(argc, argv);

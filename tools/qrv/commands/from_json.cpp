@@ -1,6 +1,6 @@
-// `from-json`: a JSON text as a file of the format. Before it is put out, what was written is read
-// back: it must write the same bytes, and be the same JSON. The first tree is gone when the second
-// is read, so that one tree and two texts are in memory.
+// `from-json`: a JSON text as a file of the format. The new text is verified before it is printed:
+// when it is read, it must write the same bytes and be the same JSON. The first tree is destroyed
+// before the second is read, so that one tree and two texts are in memory.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"

@@ -1,5 +1,6 @@
 #include "tools/qrv/commands/help_text.h"
 
+#include <set>
 #include <sstream>
 
 namespace {

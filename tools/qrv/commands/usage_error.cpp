@@ -24,10 +24,6 @@ constexpr std::pair<std::string_view, char const *> other_names[] = {
 
 std::string quoted(std::string const &word) { return "'" + shortened(word) + "'"; }
 
-std::string question(std::string const &best) {
-    return best.empty() ? "" : "; did you mean '" + best + "'?";
-}
-
 // The arguments that the parser could not place, in their order.
 cWords left_over(CLI::App const &app, cWords const &arguments) {
     cWords left = app.remaining(), found;
@@ -65,7 +61,7 @@ std::string closest_option(CLI::App const &app, std::string const &argument) {
 std::string about_unplaced(CLI::App const &app, std::string const &argument) {
     if (!is_option(argument)) return "unexpected argument " + quoted(argument);
     std::string const option = argument.substr(0, argument.find('='));
-    return "unknown option " + quoted(option) + question(closest_option(app, option));
+    return "unknown option " + quoted(option) + did_you_mean(closest_option(app, option));
 }
 
 // The option or argument that the parser's message is about: "--indent: ...", "in-place was ...".
@@ -114,7 +110,7 @@ int refuse_command(CLI::App const &tool, std::string const &name) {
     auto const *const other = std::find_if(std::begin(other_names), std::end(other_names),
                                            [&](auto const &entry) { return entry.first == name; });
     std::string const best = other == std::end(other_names) ? closest(name, known) : other->second;
-    return print("unknown command " + quoted(name) + question(best), list_help);
+    return print("unknown command " + quoted(name) + did_you_mean(best), list_help);
 }
 
 int refuse(CLI::App &command, CLI::ParseError const &error, cWords const &arguments) {

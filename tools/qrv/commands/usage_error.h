@@ -1,5 +1,5 @@
 #pragma once
-// What is wrong with a command line, in words: the parser's own do not say which command or option
+// What is wrong with a command line. The parser's own messages do not say which command or option
 // was meant.
 
 #include <CLI/CLI.hpp>
@@ -11,5 +11,5 @@
 // those that this command, or the tool itself, could not parse.
 int refuse(CLI::App &command, CLI::ParseError const &error,
            std::vector<std::string> const &arguments);
-// The same for a word that is none of the tool's commands.
+// The same for a word that is not a command of the tool.
 int refuse_command(CLI::App const &tool, std::string const &name);

@@ -25,8 +25,8 @@ std::string letters_of(cComment const &comment) {
     return letters;
 }
 
-// Comments that are not in the new text. Only the type of a module can have some, which reads its
-// text by itself: without modules nothing is to be found, and no text is scanned for it.
+// Comments that are not in the new text. Only a type of a module, which reads its text by itself,
+// can lose some: without modules no text is scanned.
 void tell_lost(std::string const &bytes, cReading const &reading, std::string const &text,
                cMessages &messages) {
     if (!modules_are_loaded()) return;

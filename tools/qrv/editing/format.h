@@ -8,7 +8,7 @@
 
 struct cFormat {
     bool trailing_blanks = false; // as the writer leaves them
-    bool either = false;          // with them and without is right: the bytes stay if they are one
+    bool either = false;          // the bytes stay if they are the text with them or without
     bool replaces = false;        // the file: values of repeated keys must not disappear from it
 };
 

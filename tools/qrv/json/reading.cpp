@@ -64,8 +64,8 @@ bool is_exact(double number, std::string const &text) {
 
 bool is_whole(std::string_view text) { return text.find_first_of(".eE") == text.npos; }
 
-// The parser gives up at a number beyond the range of double. In what it reads, a whole one is a 0
-// with a fraction instead, of the same length; the builder looks at the original.
+// The parser stops at a number beyond the range of double. So it reads a text in which each such
+// whole number is replaced by 0.000 of the same length; the builder looks at the original.
 std::string with_numbers_in_range(std::string const &bytes) {
     std::string changed = bytes;
     cJsonPlaces places(bytes);

@@ -24,5 +24,5 @@ struct cJsonRules {
 };
 
 // The value, laid out for writing: one entry a line, but short arrays of scalars and what is empty.
-// Null when something was reported.   O(size)
+// Null if something was reported.   O(size)
 objref read_json(std::string const &bytes, cJsonRules const &rules, cMessages &messages);

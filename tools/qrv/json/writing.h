@@ -16,7 +16,7 @@
 // An int is a number without point and exponent. A double has a point or an exponent, and the
 // digits it needs to come back; but a whole one that no int can hold, up to 2^53, is written as a
 // whole number: that is what it comes from and becomes again. With `integers` every whole double
-// below 2^53 is, but the negative 0. Containers on one line stay on one.
+// below 2^53 is written so, except the negative 0. Containers on one line stay on one.
 //
 // Errors: a string that isn't UTF-8, two keys of a map with the same text, and sharing that would
 // make the text many times larger.
@@ -32,7 +32,7 @@ struct cJsonForm {
     bool compact = false; // no blanks and lines at all
     bool integers = false;
     size_t longest = 0; // characters by which sharing may make the text larger
-    size_t room = 0;    // up to so many characters the text is not moved as it grows
+    size_t room = 0;    // characters for which memory is reserved
 };
 
 // The text without a last line feed; empty when the work was given up. Losses are told as warnings.

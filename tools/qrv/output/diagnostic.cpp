@@ -14,22 +14,25 @@ std::string line_of(std::string const &file, cPlace place, cRole kind, std::stri
     return message_line(where, kind, text);
 }
 
-// " [duplicate-key]", " [0x40000001]" or nothing.
-std::string label_of(cDiagnostic const &diagnostic) {
-    if (!diagnostic.name.empty()) return " [" + diagnostic.name + "]";
+} // namespace
+
+std::string code_of(cDiagnostic const &diagnostic) {
     if (diagnostic.code == 0) return "";
     char text[16];
-    std::snprintf(text, sizeof text, " [0x%08x]", diagnostic.code);
+    std::snprintf(text, sizeof text, "0x%08x", diagnostic.code);
     return text;
 }
 
-} // namespace
+std::string label_of(cDiagnostic const &diagnostic) {
+    return diagnostic.name.empty() ? code_of(diagnostic) : diagnostic.name;
+}
 
 std::string text_of(cDiagnostic const &diagnostic) {
     bool const is_error = diagnostic.severity == cDiagnostic::error;
+    std::string const label = label_of(diagnostic);
     std::string lines =
         line_of(diagnostic.file, diagnostic.place, is_error ? cRole::error : cRole::warning,
-                diagnostic.text + label_of(diagnostic));
+                diagnostic.text + (label.empty() ? "" : " [" + label + "]"));
     lines += excerpt_of(diagnostic);
     for (cNote const &note : diagnostic.notes)
         lines += line_of(diagnostic.file, note.place, cRole::note, note.text);

@@ -4,7 +4,7 @@
 //   settings.attr:3:5: warning: key 'a' is repeated [duplicate-key]
 //   settings.attr:1:5: note: it is first here
 //
-// A line has no control characters and no more than a person would read.
+// Long texts are shortened, and control characters are escaped.
 
 #include <cstddef>
 #include <string>
@@ -48,6 +48,9 @@ struct cFindings {
     size_t more_warnings = 0;
     bool strict = false; // warnings are printed as errors
 };
+
+std::string code_of(cDiagnostic const &diagnostic);  // "0x40000001", or empty without a code
+std::string label_of(cDiagnostic const &diagnostic); // the name, or else the code
 
 // Lines, each with a line feed.
 std::string text_of(cDiagnostic const &diagnostic);

@@ -15,9 +15,8 @@ cCharacter continued(std::string_view text, char32_t code, size_t size) {
     constexpr char32_t lowest[] = {0, 0, 0x80, 0x800, 0x10000};
     if (text.size() < size) return {0, 0};
     for (size_t i = 1; i < size; ++i) {
-        auto const byte = static_cast<unsigned char>(text[i]);
-        if ((byte & 0xC0) != 0x80) return {0, 0};
-        code = code << 6 | (byte & 0x3FU);
+        if (!continues_character(text[i])) return {0, 0};
+        code = code << 6 | (static_cast<unsigned char>(text[i]) & 0x3FU);
     }
     bool const is_surrogate = code >= 0xD800 && code <= 0xDFFF;
     return code < lowest[size] || code > 0x10FFFF || is_surrogate ? cCharacter{0, 0}

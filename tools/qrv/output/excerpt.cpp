@@ -15,8 +15,6 @@ bool is_word(char c) {
            c == '.' || (static_cast<unsigned char>(c) & 0x80) != 0;
 }
 
-bool continues_character(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
 // The token that begins there: a string, a word or number, or one character.
 size_t end_of_token(std::string const &bytes, size_t begin) {
     if (begin >= bytes.size()) return begin;

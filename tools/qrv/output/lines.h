@@ -1,5 +1,5 @@
 #pragma once
-// The lines of a text: from positions to offsets and back.
+// Converts positions in a text to offsets, and offsets to positions.
 
 #include "tools/qrv/output/diagnostic.h"
 

@@ -6,10 +6,10 @@
 
 enum class cRole : unsigned char { error, warning, note, caret };
 
-// "auto", "always" or "never": are messages coloured? The first is meant until this is called: only
-// on a terminal, and not if the environment has NO_COLOR.
+// Are messages coloured? "always", "never", or "auto", the default: only on a terminal, and not if
+// the environment has NO_COLOR.
 void choose_colours(std::string const &when);
-std::string painted(std::string const &text, cRole role); // the same text, if they are not
+std::string painted(std::string const &text, cRole role); // the text itself without colours
 
 // With a line feed. `kind` is not a caret; `where` names a file, or the tool.
 std::string message_line(std::string const &where, cRole kind, std::string const &text);

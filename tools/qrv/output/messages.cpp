@@ -1,5 +1,6 @@
 #include "tools/qrv/output/messages.h"
 
+#include "tools/qrv/output/escaped.h"
 #include "tools/qrv/output/excerpt.h"
 
 #include <algorithm>
@@ -9,9 +10,6 @@
 namespace {
 
 constexpr size_t longest_text = 400;
-
-// Does the byte go on with a character of several bytes?
-bool goes_on(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 } // namespace
 
@@ -28,8 +26,8 @@ cPlace behind(cPlace place, std::string const &text, size_t count) {
 std::string shortened(std::string const &text, size_t longest) {
     if (text.size() <= longest) return text;
     size_t head = longest / 2 - 3, tail = text.size() - head;
-    while (head > 0 && goes_on(text[head])) --head;
-    while (tail < text.size() && goes_on(text[tail])) ++tail;
+    while (head > 0 && continues_character(text[head])) --head;
+    while (tail < text.size() && continues_character(text[tail])) ++tail;
     return text.substr(0, head) + " ... " + text.substr(tail);
 }
 

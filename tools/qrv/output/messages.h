@@ -1,7 +1,7 @@
 #pragma once
 // The messages about one file. They are gathered, and printed when the work on the file is done.
-// Beyond the limit they are only counted, errors and warnings each for itself, and a last line
-// reports how many.
+// Beyond the limit they are only counted, errors and warnings separately, and a last line reports
+// how many.
 
 #include "tools/qrv/output/diagnostic.h"
 #include "tools/qrv/output/lines.h"
@@ -9,8 +9,9 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 
-// The place behind the first `count` characters of a text that begins at `place`.
+// The place after the first `count` characters of a text that begins at `place`.
 cPlace behind(cPlace place, std::string const &text, size_t count);
 
 constexpr size_t longest_path = 120; // of characters in a message
@@ -37,9 +38,8 @@ class cMessages {
     void warning(std::string const &text);
     void warning(cPlace place, std::string const &text);
     void note(cPlace place, std::string const &text); // belongs to the error before
-    void more(size_t count) {
-        findings_.more_errors += count;
-    } // errors that were counted elsewhere
+    // Errors that were counted elsewhere.
+    void more(size_t count) { findings_.more_errors += count; }
     size_t count() const { return errors_ + findings_.more_errors; } // errors
     size_t warnings() const { return warnings_ + findings_.more_warnings; }
     void warnings_are_errors() { findings_.strict = true; } // counted as warnings all the same

@@ -7,8 +7,8 @@
 
 class cProgress {
   public:
-    // The size in bytes; 0 if it is not known. Prints nothing for a file that is read soon, nor
-    // where standard error is not a terminal.
+    // The size in bytes; 0 if it is not known. Prints nothing for a file that is not large, nor if
+    // standard error is not a terminal.
     cProgress(std::string const &name, std::uint64_t size);
     cProgress(cProgress const &) = delete;
     cProgress &operator=(cProgress const &) = delete;

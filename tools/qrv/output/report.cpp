@@ -21,17 +21,6 @@ std::string dumped(cJson const &json) {
     return json.dump(-1, ' ', false, cJson::error_handler_t::replace);
 }
 
-std::string code_of(cDiagnostic const &diagnostic) {
-    if (diagnostic.code == 0) return "";
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08x", diagnostic.code);
-    return text;
-}
-
-std::string name_of(cDiagnostic const &diagnostic) {
-    return diagnostic.name.empty() ? code_of(diagnostic) : diagnostic.name;
-}
-
 char const *level_of(cDiagnostic::cSeverity severity) {
     return severity == cDiagnostic::error ? "error" : "warning";
 }
@@ -68,9 +57,8 @@ class cCharacters {
 
     cPlace place(cPlace at) const {
         size_t const begin = lines_.offset({at.line, 1}), end = lines_.offset(at);
-        auto const continues = [](char c) { return (c & 0xC0) == 0x80; };
         std::string_view const before = std::string_view(bytes_).substr(begin, end - begin);
-        auto const bytes = std::count_if(before.begin(), before.end(), continues);
+        auto const bytes = std::count_if(before.begin(), before.end(), continues_character);
         return {at.line, at.column - static_cast<unsigned>(bytes)};
     }
 
@@ -149,7 +137,7 @@ std::string commands_of(cFindings const &findings, std::string const &bytes) {
     std::string lines;
     for (cDiagnostic const &diagnostic : all_of(findings)) {
         lines += command_of(level_of(diagnostic.severity), findings.file,
-                            characters.region(diagnostic), name_of(diagnostic), diagnostic.text);
+                            characters.region(diagnostic), label_of(diagnostic), diagnostic.text);
         for (cNote const &note : diagnostic.notes)
             lines +=
                 command_of("notice", findings.file,
@@ -189,7 +177,7 @@ cJson location_of(std::string const &file, cRegion const &region) {
 
 cJson result_of(cDiagnostic const &diagnostic, cCharacters const &characters) {
     cJson result = cJson::object();
-    if (std::string const name = name_of(diagnostic); !name.empty()) result["ruleId"] = name;
+    if (std::string const name = label_of(diagnostic); !name.empty()) result["ruleId"] = name;
     result["level"] = level_of(diagnostic.severity);
     result["message"] = {{"text", diagnostic.text}};
     result["locations"] = {location_of(diagnostic.file, characters.region(diagnostic))};

@@ -15,7 +15,7 @@
 
 class cReport {
   public:
-    // What a name of diagnostics stands for.
+    // The name of a kind of diagnostics, and what it means.
     struct cRule {
         std::string name;
         std::string summary;

@@ -7,6 +7,7 @@
 #include <streambuf>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 class cInput {
@@ -38,7 +39,7 @@ class cPieces : public std::streambuf {
 
   private:
     int_type underflow() override;
-    // Only tells the position: from the current one, by 0.
+    // Only returns the position: from the current one, by 0.
     pos_type seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) override;
 
     std::function<std::string_view()> next_;

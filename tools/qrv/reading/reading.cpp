@@ -72,7 +72,7 @@ class cFileScan : public cAttrScan {
 // That many errors are enough to see which follow from which; more are only counted.
 constexpr size_t errors_kept = 10000;
 
-// A text as a stream. Where progress is shown it is given piece by piece.
+// A text as a stream. If progress is shown, the stream gets it piece by piece.
 class cText {
   public:
     cText(std::string const &name, std::string const &bytes) : progress_(name, bytes.size()) {
@@ -101,7 +101,7 @@ class cText {
     std::unique_ptr<std::istream> stream_;
 };
 
-// Bytes behind the end don't matter. A comment that isn't closed does, wherever it began.
+// Bytes after the end are ignored. A comment that is not closed is reported wherever it began.
 std::vector<cUnread> unread(cSurvey const &survey, cPlace end) {
     std::vector<cUnread> found;
     auto const add = [&](cPlace place, std::string const &text, bool to_the_end) {
@@ -118,8 +118,8 @@ std::vector<cUnread> unread(cSurvey const &survey, cPlace end) {
     return found;
 }
 
-// As a person goes through the file; what has no place comes last, and what has the same place
-// stays in the order in which it was found. Which ones are told doesn't depend on it.
+// By place, since a person reads the file from the top. What has no place comes last; mistakes at
+// the same place stay in the order in which they were found.
 void sort(std::vector<cMistake> &mistakes) {
     auto const order = [](cMistake const &mistake) {
         cat::ReadError const &error = mistake.error;
@@ -234,7 +234,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     return reading;
 }
 
-// A bracket that closes too much has often caused an error before it on its line.
+// A surplus bracket has often caused an error before it on its line.
 void report_text_after(std::string const &bytes, cReading const &reading, cMessages &messages) {
     if (!reading.behind) return;
     cPlace const place = *reading.behind;

@@ -1,6 +1,6 @@
 #pragma once
 // Reading a file as the commands need it: all bytes, the first value with its comments, every error
-// with its place, and what stands around the value.
+// with its place, and what is around the value.
 
 #include "qrv/core/cobj.h"
 #include "tools/qrv/output/messages.h"
@@ -18,8 +18,8 @@ struct cReading {
     objref value;                 // null if the text has no value
     bool clean = false;           // read without an error, and not null
     bool empty = false;           // nothing is there that could be a value
-    std::optional<cPlace> behind; // where text begins that stands behind the value. One separator
-                                  // there belongs to the value. None if the value wasn't closed.
+    std::optional<cPlace> behind; // where text after the value begins. One separator there belongs
+                                  // to the value. Null if the value was not closed.
 };
 
 // How long a text may become that is made from the values of a file of that size, where shared

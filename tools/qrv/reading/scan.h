@@ -2,8 +2,8 @@
 // A text as the scanner sees it, token by token, without a reading of its values: its comments, and
 // the bytes that no value can hold.
 //
-// A comment is followed through reader and writer by a number put into it, "//12:", for equal
-// comments could not be told apart by their texts.
+// A number in each comment, "//12:", identifies it after reading and writing, since comments can
+// have equal texts.
 
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/rules/tokens.h"
@@ -23,10 +23,10 @@ struct cComment {
 };
 
 // A byte from 128 on, or 0, outside of strings and comments ends what is read, and a 0 ends the
-// string that it stands in. Of bytes in a row only the first.
+// string that contains it. Of bytes in a row only the first.
 struct cStray {
     cPlace place;
-    std::string text; // what to tell
+    std::string text; // of the message
 };
 
 struct cSurvey {

@@ -3,6 +3,9 @@
 #include "tools/qrv/output/lines.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -27,21 +30,34 @@ bool is_opening(char bracket) {
 
 class cBrackets {
   public:
-    explicit cBrackets(std::string const &bytes)
-        : bytes_(bytes), lines_(bytes), all_(cSource(bytes).brackets()) {}
+    explicit cBrackets(std::string const &bytes) : all_(cSource(bytes).brackets()) {
+        cLines const lines(bytes);
+        size_t line = 0, indent = 0;
+        for (cSource::cBracket const &bracket : all_) {
+            if (bracket.place.line != line) {
+                line = bracket.place.line;
+                size_t const begin = lines.offset({bracket.place.line, 1});
+                indent = bytes.find_first_not_of(" \t", begin) - begin;
+            }
+            indents_.push_back(indent);
+        }
+    }
 
     std::optional<cWrongBracket> wrong() {
         if (match(none, none)) return std::nullopt;
         std::vector<size_t> open;
+        std::map<cLook, size_t> looks; // of the open ones, each with how many look like that
         for (size_t i = 0; i < all_.size() && tries_ < most_tries; ++i) {
             if (is_opening(all_[i].kind)) {
                 open.push_back(i);
+                ++looks[look(i)];
                 continue;
             }
             if (open.empty()) return std::nullopt;
             size_t const opening = open.back();
             open.pop_back();
-            if (closes_an_outer_one(i, opening, open) && match(none, i))
+            --looks[look(opening)];
+            if (closes_an_outer_one(i, opening, looks) && match(none, i))
                 return cWrongBracket{cWrongBracket::unclosed, all_[opening].place, all_[i].place};
             if (closes_too_early(i, opening) && match(i, none))
                 return cWrongBracket{cWrongBracket::surplus, all_[i].place, all_[opening].place};
@@ -52,18 +68,18 @@ class cBrackets {
   private:
     static constexpr size_t none = static_cast<size_t>(-1);
 
-    size_t indent(size_t i) const {
-        size_t const begin = lines_.offset({all_[i].place.line, 1});
-        return bytes_.find_first_not_of(" \t", begin) - begin;
-    }
+    // The indent of its line, and the bracket that closes it.
+    using cLook = std::pair<size_t, char>;
+
+    size_t indent(size_t i) const { return indents_[i]; }
     bool begins_line(size_t i) const { return indent(i) + 1 == all_[i].place.column; }
+    cLook look(size_t opening) const { return {indent(opening), closing(all_[opening].kind)}; }
 
     // A bracket that begins a line, indented like one outside of the last that is open.
-    bool closes_an_outer_one(size_t i, size_t last, std::vector<size_t> const &open) const {
+    bool closes_an_outer_one(size_t i, size_t last, std::map<cLook, size_t> const &looks) const {
         if (!begins_line(i) || indent(last) == indent(i)) return false;
-        return std::any_of(open.begin(), open.end(), [&](size_t outer) {
-            return indent(outer) == indent(i) && closing(all_[outer].kind) == all_[i].kind;
-        });
+        auto const found = looks.find({indent(i), all_[i].kind});
+        return found != looks.end() && found->second > 0;
     }
 
     // A bracket at the end of a line that is indented further than that of the opening one.
@@ -89,9 +105,8 @@ class cBrackets {
         return expected.empty();
     }
 
-    std::string const &bytes_;
-    cLines const lines_;
     std::vector<cSource::cBracket> const all_;
+    std::vector<size_t> indents_; // of their lines
     size_t tries_ = 0;
 };
 

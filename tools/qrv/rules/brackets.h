@@ -1,8 +1,8 @@
 #pragma once
 // Which bracket is wrong where the brackets of a text do not match. The reader finds that out too
-// late: a map that is not closed takes the next closing bracket, and the outermost map lacks one.
-// The layout tells what was meant: a bracket that begins a line closes one whose line is indented
-// alike, and the text has no other error if that is right.
+// late: a map that is not closed takes the next closing bracket, and then the outermost map lacks
+// one. The layout shows what was meant: a bracket that begins a line closes one whose line is
+// indented alike, and the text has no other error if that is right.
 
 #include "tools/qrv/rules/mistakes.h"
 #include "tools/qrv/rules/source.h"

@@ -1,6 +1,7 @@
 #include "tools/qrv/rules/doubtful.h"
 
 #include "qrv/text/write/cwriter.h"
+#include "tools/qrv/output/escaped.h"
 #include "tools/qrv/rules/literals.h"
 
 #include <charconv>
@@ -25,7 +26,6 @@ bool is_word_byte(char c) {
 bool is_word(std::string_view text) {
     return is_word_byte(text[0]) && !is_closing(text.back()) && text != "true" && text != "false";
 }
-bool is_quote(char c) { return c == '"' || c == '\''; }
 bool is_separator(char c) { return c == ';' || c == ','; }
 
 // What the reader does with a repeated key depends on the kinds of both values.
@@ -34,7 +34,7 @@ enum class cKind : unsigned char { map, vector, set, other };
 bool is_list(cKind kind) { return kind == cKind::vector || kind == cKind::set; }
 bool is_mergeable(cKind kind) { return kind == cKind::map || kind == cKind::set; }
 
-// Walks over the entries in file order, and finds in one pass all that may not be meant.
+// Walks over the entries in file order, and finds everything in one pass.
 class cWalk {
   public:
     cWalk(std::string const &bytes, SourceMap const &map,
@@ -87,7 +87,7 @@ class cWalk {
         Span value;
         std::uint32_t before; // the part before it
     };
-    // A container whose entries come.
+    // A container whose entries come next.
     struct cOpen {
         SourceEntry entry;
         cKind kind;
@@ -174,7 +174,7 @@ class cWalk {
     // The \ and the whole character after it.
     Span escape_at(size_t offset) const {
         size_t end = offset + 2;
-        while (end < bytes_.size() && (bytes_[end] & 0xC0) == 0x80) ++end;
+        while (end < bytes_.size() && continues_character(bytes_[end])) ++end;
         return {static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(end)};
     }
 

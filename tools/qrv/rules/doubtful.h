@@ -1,6 +1,6 @@
 #pragma once
-// What is read without an error and yet may not be meant: found in the source map of a reading, so
-// no text is scanned once more.
+// What is read without an error and yet may not be meant. It is found in the source map of a
+// reading, so the text is not scanned again.
 //
 // A key that a map has already is repeated, unless both values are maps, or both are sets: the
 // reader then merges the second into the first, and what counts are the keys inside.
@@ -24,7 +24,7 @@ enum class cWarning : unsigned char {
 struct cDoubtful {
     cWarning warning;
     cat::Span span;
-    cat::Span scope;                  // an error in it says enough
+    cat::Span scope;                  // no warning if an error is in it
     cat::Span first = {};             // the earlier one of two
     std::vector<cat::Span> lost = {}; // the value that is replaced or ignored, in all its parts
 };

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <optional>
 #include <regex>
+#include <string_view>
 
 namespace {
 
@@ -26,7 +27,7 @@ struct cSlip {
 #define START "(?:^|[{\\[(<;,])\\s*"
 #define KEY START "(?:" WORD "|" QUOTED ")\\s*"
 
-// The first that matches counts, so the more special ones come first.
+// The first one that matches counts, so special ones come before general ones.
 constexpr cSlip slips[] = {
     // --- other files ---
     {"^()(?:\xFF\xFE|\xFE\xFF)", "the file is in UTF-16: convert it to UTF-8"},
@@ -150,14 +151,14 @@ class cHints {
         size_t end; // offset after the bytes of the slip
     };
     std::optional<cFound> find(size_t offset) const {
-        size_t begin = offset - std::min(offset, reach),
-               end = std::min(bytes_.size(), offset + reach);
-        size_t const line_end = std::min(bytes_.find('\n', offset), bytes_.size());
-        size_t const line_begin = offset == 0 ? 0 : bytes_.rfind('\n', offset - 1) + 1;
-        bool const cut = begin > line_begin;
-        begin = std::max(begin, line_begin);
-        end = std::min(end, line_end);
-        std::string const around = bytes_.substr(begin, end - begin);
+        std::string_view const bytes = bytes_;
+        size_t const first = offset - std::min(offset, reach);
+        size_t const feed = bytes.substr(first, offset - first).rfind('\n');
+        bool const cut = feed == bytes.npos && first > 0 && bytes[first - 1] != '\n';
+        size_t const begin = feed == bytes.npos ? first : first + feed + 1;
+        std::string_view const rest = bytes.substr(offset, reach);
+        std::string const around(
+            bytes.substr(begin, offset - begin + std::min(rest.find('\n'), rest.size())));
         for (size_t i = 0; i < std::size(slips); ++i) {
             if (cut && slips[i].pattern[0] == '^') continue;
             std::smatch match; // the last one, which begins next to the position
@@ -242,7 +243,7 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
         if (mistake.error.kind == cat::ErrorKind::read_equals)
             hints.place_at_missing_value(mistake);
         size_t const offset = hints.offset({mistake.error.line, mistake.error.column});
-        // What is said of a bracket that is not closed, or by the tool itself, says enough.
+        // Messages about brackets that are not closed, and the tool's own, need no note.
         bool const is_clear =
             mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
         std::optional<cHints::cFound> const hint = is_clear ? std::nullopt : hints.find(offset);

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+inline bool is_quote(char c) { return c == '"' || c == '\''; }
+
 // An integer that is stored as another one, since it has more than 31 bits: what is stored. Larger
 // ones are errors of the reader.
 std::optional<int> wrapped(std::string_view number);

@@ -3,8 +3,8 @@
 // the error that is closest to it. These errors are one mistake:
 //   1  a run of errors, as the library reports it (cat::ReadError::follows); the first one counts
 //   2  a byte or an open comment that ends what is read, and what is reported there
-//   3  brackets that are not closed, one inside the other: the innermost counts, since the others
-//      lack their own closing brackets only because it took them
+//   3  brackets that are not closed, one inside the other: the innermost counts, since it took the
+//      closing brackets of the others
 //   4  after an error in a map: an error about a key that is written as a value, after =
 //   5  what a bracket that is not closed has swallowed: entries with keys in a vector or a set, and
 //      entries that a type does not have

@@ -96,9 +96,9 @@ class cEntries {
     cPlace key_place_;
 };
 
-constexpr size_t deepest = 2000; // of typed values in each other; no reading goes there
+constexpr size_t deepest = 2000; // levels of typed values; no reading goes so deep
 
-// The walk over all typed values. Of brackets that aren't wanted only their kind is kept.
+// The walk over all typed values. Of the other brackets it stores only that they are not wanted.
 class cTypedWalk {
   public:
     using cTyped = cSource::cTyped;

@@ -1,6 +1,6 @@
 #pragma once
-// What stands where between the brackets of typed values, as the tokens of a file tell: for
-// messages about rules, which the reader finds broken when it has read the whole of a value.
+// The positions of what is between the brackets of typed values, found in the tokens of a file: for
+// messages about rules, since the reader finds a broken rule only after the whole value.
 
 #include "qrv/core/cobj.h"
 #include "tools/qrv/rules/tokens.h"
@@ -14,12 +14,12 @@
 
 class cSource {
   public:
-    // Borrows the bytes. What it needs beside them it makes when it is asked.
+    // Borrows the bytes. Everything else is created when it is first needed.
     explicit cSource(std::string const &bytes) : tokens_(bytes) {}
 
     cTextTokens &tokens() { return tokens_; }
-    // The text was read without errors: the tokens that the reader showed are all that is asked
-    // for from now on, and the text need not be scanned again.
+    // The text was read without errors: from now on only the tokens that the reader showed are
+    // needed, and the text is not scanned again.
     void reader_showed_all() { reader_showed_all_ = true; }
 
     struct cEntry {
@@ -35,26 +35,26 @@ class cSource {
         std::string type;
         cPlace place;
         std::vector<cEntry> entries;
-        std::optional<cPlace> behind; // what stands behind the first value in the brackets
+        std::optional<cPlace> behind; // what is after the first value in the brackets
     };
     // Calls `visit` for each typed value of a wanted type when it ends, in one walk over the text.
-    // What is deeper in each other than any reading goes is left out.
+    // Values that are nested deeper than any reading goes are left out.
     void typed_values(std::function<bool(std::string const &type)> const &wanted,
                       std::function<void(cTyped const &)> const &visit) const;
 
-    // The only token between the brackets of the typed value that begins there; none if there are
-    // more, or none.
+    // The only token between the brackets of the typed value that begins there; null if there is
+    // not exactly one.
     std::optional<std::string> argument(cPlace typed) const;
 
-    // Name of the type of the value that begins there, as its first tokens tell; none where they
-    // don't, as of references.
+    // The name of the type of the value that begins there, from its first tokens; null if they do
+    // not show it, as those of references.
     std::optional<std::string> type_at(cPlace value) const;
 
-    // Where a type was declared last before that place, by a declaration that didn't
-    // fail, or its key. None for what is declared elsewhere.
+    // Where a type, or its key, was declared last before that place, by a declaration that did not
+    // fail. Null for what is declared elsewhere.
     std::optional<cPlace> declared(std::string const &type, cPlace before);
     std::optional<cPlace> declared(std::string const &type, objref const &key, cPlace before);
-    // Where the attspec of the key stands in that declaration.
+    // Where the attspec of the key is in that declaration.
     std::optional<cPlace> specified(std::string const &type, objref const &key, cPlace before);
     // Is one of the places inside a declaration of the type?
     bool has_in_declaration(std::string const &type, std::set<cPlace> const &places);
@@ -75,7 +75,8 @@ class cSource {
         cPlace place;
         std::string text;
     };
-    // What blanks part between the brackets of the typed value that begins there.   O(its text)
+    // The words, separated by blanks, between the brackets of the typed value that begins there.
+    //   O(its text)
     std::vector<cWord> words(cPlace typed) const;
 
   private:

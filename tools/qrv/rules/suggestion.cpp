@@ -17,8 +17,8 @@ bool may_take(std::uint64_t steps) {
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
 
-// Characters to be put in, left out, changed or swapped with the next one; letters of another case
-// are the same.
+// How many characters must be inserted, removed, changed or swapped with the next one. Upper and
+// lower case are the same.
 size_t distance(std::string_view a, std::string_view b) {
     std::vector<size_t> before(b.size() + 1), row(b.size() + 1), next(b.size() + 1);
     for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
@@ -65,6 +65,8 @@ void cSuggestion::show(std::string_view known) {
     best_ = known;
 }
 
-std::string cSuggestion::text() const {
-    return best_.empty() ? "" : "; did you mean '" + best_ + "'?";
+std::string cSuggestion::text() const { return did_you_mean(best_); }
+
+std::string did_you_mean(std::string const &best) {
+    return best.empty() ? "" : "; did you mean '" + best + "'?";
 }

@@ -8,8 +8,11 @@
 #include <string>
 #include <string_view>
 
+// "; did you mean 'best'?", or nothing if it is empty.
+std::string did_you_mean(std::string const &best);
+
 // Finds the best of the names that it is shown. All searches together cost no more than a fixed
-// number of steps: with files of many unknown and many known names the last ones find nothing.
+// number of steps: in a file with very many unknown names the last ones get no suggestion.
 class cSuggestion {
   public:
     explicit cSuggestion(std::string_view unknown);
@@ -18,7 +21,7 @@ class cSuggestion {
     bool wants_more() const { return limit_ > 0 && (best_.empty() || rank_ > cRank()); }
     void show(std::string_view known);
     std::string const &best() const { return best_; } // empty if none is close
-    std::string text() const;                         // "; did you mean 'best'?" or nothing
+    std::string text() const;                         // did_you_mean() the best
 
   private:
     std::string unknown_;

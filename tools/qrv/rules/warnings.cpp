@@ -28,8 +28,6 @@ constexpr std::array<cName, warning_count> names = {{
     {"strings", "A word without quotes looks like a value of another type."},
 }};
 
-bool is_quote(char c) { return c == '"' || c == '\''; }
-
 // Is it the value of this key that is lost?
 bool is_ignored(cDoubtful const &finding) {
     return !finding.lost.empty() && finding.span.begin < finding.lost.front().begin;

@@ -19,8 +19,8 @@ class cWarningLevels {
   public:
     enum cLevel : unsigned char { off, warning, error };
 
-    // As it is given to -W: NAME, no-NAME, error or error=NAME. Returns what is wrong, or an empty
-    // text; then the levels are unchanged.
+    // Accepts the argument of -W: NAME, no-NAME, error or error=NAME. Returns what is wrong with
+    // it, and then changes nothing; empty if it is right.
     std::string set(std::string const &form);
     cLevel of(cWarning which) const;
 
@@ -35,11 +35,11 @@ class cWarningLevels {
 };
 
 // Adds the warnings about a text to the messages, in file order. The map has recorded its reading,
-// whose errors are in the messages: about what has an error already nothing more is said.
+// whose errors are in the messages: what has an error already gets no warning.
 //   O(the text), and a search among the errors for each warning
 void add_warnings(std::string const &bytes, cat::SourceMap const &map, cWarningLevels const &levels,
                   cMessages &messages);
 
-// Adds an error for each value of a repeated key and each \ that are not in the text any more when
-// the value is written anew.
+// Adds an error for each value of a repeated key, and for each \ of an unknown escape: both
+// disappear from the text when the value is written anew.
 void add_lost_by_writing(std::string const &bytes, cat::SourceMap const &map, cMessages &messages);

@@ -28,7 +28,7 @@ template <class T> T const &value_in(cObj const &value) {
     return static_cast<cObjDR<T> const &>(value).val();
 }
 
-// Objects by address, each with the number of those before it. A tree has very many.
+// Objects by address, each with the number of those before it: for trees with very many.
 class cNumbers {
   public:
     size_t size() const { return size_; }
