@@ -256,9 +256,21 @@ bool NewText::keeps_separator(Item const &item, Layout const &layout) const {
     if (item.old == none || !item.parent || is_list(item.parent->value)) return false;
     cat::SourceEntry const entry = entries_.entry(item.old);
     if (entry.key.empty()) return false;
-    if (!entries_.is_donated(item.old)) return layout.width == 0;
-    return !layout.known ||
-           page_.text(entry.key.end, entry.value.begin).find('/') != std::string_view::npos;
+    if (page_.text(entry.key.end, entry.value.begin).find('/') != std::string_view::npos)
+        return true;
+    return entries_.is_donated(item.old) ? !layout.known : layout.width == 0;
+}
+
+// The comments around the "=" of an entry that comes into a list, with the blanks after them.
+std::string NewText::comments_at_separator(Item const &item, Layout const &layout) const {
+    if (item.old == none || !item.parent || !is_list(item.parent->value)) return "";
+    cat::SourceEntry const entry = entries_.entry(item.old);
+    if (entry.key.empty() || entry.separator.empty()) return "";
+    std::string text(page_.text(entry.key.end, entry.separator.begin));
+    text += page_.text(entry.separator.end, entry.value.begin);
+    if (text.find('/') == text.npos) return "";
+    text.erase(0, text.find('/'));
+    return brought(item.old, indented(text, page_.indent(entry.all().begin), layout.indent));
 }
 
 // Key, value, delimiter and comments; without the blanks before the first line.
@@ -269,7 +281,7 @@ std::string NewText::new_entry(Item const &item, Layout const &layout, bool deli
         text += spelt(item.node->key(), page_.text(entry.key));
         text += brought(item.old, std::string(page_.text(entry.key.end, entry.value.begin)));
     } else {
-        text += key(item, layout);
+        text += key(item, layout) + comments_at_separator(item, layout);
     }
     text += value(item, layout);
     std::string const before = before_delimiter(item);

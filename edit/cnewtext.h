@@ -56,6 +56,7 @@ class NewText {
     std::vector<size_t> lenders(Item const &item) const;
     bool needs_lines(Item const &item, bool alone) const;
     bool keeps_separator(Item const &item, Layout const &layout) const;
+    std::string comments_at_separator(Item const &item, Layout const &layout) const;
     std::string comments_at(size_t number, cat::SourceComment::Where where,
                             std::string const &indent) const;
     std::string brought(size_t number, std::string text) const;
