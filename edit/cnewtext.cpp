@@ -33,6 +33,15 @@ bool is_blank(std::string_view text) {
 
 std::string blanks(size_t count) { return std::string(count, ' '); }
 
+// What another entry takes from a literal: the sign, leading zeros and the u of "+5", "007" and
+// "12u" say something about that number only.
+std::string as_sample(std::string_view literal, cObj const &value) {
+    bool const hexadecimal = literal.starts_with("0x") || literal.starts_with("0X");
+    if (&value.type() == &cat::type_int() && !hexadecimal) return "";
+    if (literal.starts_with('+') || literal.starts_with('-')) literal.remove_prefix(1);
+    return std::string(literal);
+}
+
 } // namespace
 
 std::string NewText::all() {
@@ -124,7 +133,7 @@ std::string NewText::like(Item const &item) {
     auto const [samples, fresh] = samples_.try_emplace(item.parent);
     if (fresh) samples->second = samples_in(*item.parent);
     Item const *const sample = samples->second[&item];
-    return sample ? std::string(page_.text(entries_.entry(sample->old).value)) : "";
+    return sample ? as_sample(page_.text(entries_.entry(sample->old).value), *sample->value) : "";
 }
 
 // For each child the nearest one before it of its type that stays as it was, or else the last one.
@@ -384,8 +393,16 @@ class NewText::BlockWriter {
             } else {
                 copy_to(page_.before_blanks(extent.begin));
                 copied_ = std::max(copied_, after_empty_item(extent.tail));
+                remove_empty_line();
             }
         }
+    }
+
+    // The line of which all entries were removed.
+    void remove_empty_line() {
+        if (!begins_line() || !page_.ends_line(copied_)) return;
+        out_.erase(out_.find_last_not_of(" \t") + 1);
+        copied_ = page_.line_end(copied_);
     }
 
     // After a second delimiter, as in "1,, 2". Three of them can't be read.
