@@ -159,13 +159,28 @@ std::string NewText::literal(Item const &item, Layout const &layout) {
     return with_line_ends(indented(text, "", layout.indent), page_.eol());
 }
 
+// A typed value does not know how it was written: it is laid out like one of its type next to it.
+bool NewText::typed_on_lines(Item const &item, Layout const &layout) {
+    if (!layout.lines || !item.parent) return layout.lines;
+    cTypeObj const *const type = &item.value->type();
+    auto const [lines, fresh] = typed_on_lines_.try_emplace({item.parent, type}, true);
+    if (!fresh) return lines->second;
+    for (Item const *const child : item.parent->children) {
+        if (child->source == none || &child->value->type() != type) continue;
+        lines->second =
+            page_.text(entries_.entry(child->source).value).find('\n') != std::string::npos;
+        break;
+    }
+    return lines->second;
+}
+
 std::string NewText::fresh(Item const &item, Layout const &layout) {
     std::string text = opening(item.value);
     char const close = closing(text.back());
     bool const first_in_set = item.value->is_set() && item.parent && item.parent->value->is_set();
     if (first_in_set) text.insert(0, 1, ' ');
     Layout inside = layout;
-    inside.lines = !on_one_line(item.value);
+    inside.lines = text.back() == '(' ? typed_on_lines(item, layout) : !on_one_line(item.value);
     inside.indent += layout.unit;
     inside.delimiter = is_list(item.value) ? ',' : ';';
     inside.width = 0;

@@ -5,6 +5,7 @@
 #include "edit/cpage.h"
 #include "edit/cplan.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -46,6 +47,7 @@ class NewText {
     static std::optional<std::string> word_inside(Item const &item, std::string_view old);
     std::string literal(Item const &item, Layout const &layout);
     std::string fresh(Item const &item, Layout const &layout);
+    bool typed_on_lines(Item const &item, Layout const &layout);
     std::string block(Item const &item);
     std::string inner(Item const &item, cat::SourceEntry const &frame);
     std::string changed_inner(Item const &item, cat::SourceEntry const &frame);
@@ -74,6 +76,7 @@ class NewText {
     Plan const &plan_;
     std::unordered_map<Item const *, Layout> layouts_;
     std::unordered_map<Item const *, Samples> samples_; // by the parent
+    std::map<std::pair<Item const *, cTypeObj const *>, bool> typed_on_lines_;
 };
 
 } // namespace qrv::edit

@@ -155,6 +155,18 @@ TEST_F(Edit, a_line_of_which_all_entries_are_removed_goes_with_them) {
               "{ // all\r\n\t// end\r\n}");
 }
 
+TEST_F(Edit, a_new_value_of_a_declared_type_has_the_lines_of_the_one_next_to_it) {
+    cat::TypeScope const scope;
+    std::string const declared = "{\n  A = attlist(n= attspec(type= string));\n";
+    EXPECT_EQ(set(declared + "  l = [A(n= a)];\n}", "l << A(n= b)"),
+              declared + "  l = [A(n= a), A(n = b)];\n}");
+    EXPECT_EQ(set(declared + "  x = A(n= a);\n}", "y = A(n= b)"),
+              declared + "  x = A(n= a);\n  y = A(n = b);\n}");
+    EXPECT_EQ(set(declared + "  x = A(\n    n= a);\n}", "y = A(n= b)"),
+              declared + "  x = A(\n    n= a);\n  y = A(\n    n = b;\n  );\n}");
+    EXPECT_EQ(set(declared + "}", "x = A(n= b)"), declared + "  x = A(\n    n = b;\n  );\n}");
+}
+
 TEST_F(Edit, new_maps_of_several_levels_have_a_line_for_each_entry) {
     EXPECT_EQ(set("{\n  a = 1;\n}\n", "b/c/d = 2"),
               "{\n  a = 1;\n  b = {\n    c = {\n      d = 2;\n    };\n  };\n}\n");
