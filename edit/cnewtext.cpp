@@ -235,13 +235,24 @@ std::string NewText::comments_at(size_t number, Where where, std::string const &
     return brought(number, std::move(text));
 }
 
-// A key with another name, up to its "=". That stays in the column of its neighbours.
+// A key with another name, up to its "=". That stays in its column if keys of other lengths have
+// theirs there too.
 std::string NewText::renamed(Item const &item, cat::SourceEntry const &entry) {
     std::string const text = spelt(item.node->key(), page_.text(entry.key));
     std::string const gap(page_.text(entry.key.end, entry.separator.begin));
     size_t const column = entry.separator.begin - entry.key.begin;
-    if (!is_blank(gap) || layout_of(*item.parent).width != column) return text + gap;
+    Parts const parts = parts_of(*item.parent);
+    bool const aligned = std::any_of(parts.begin(), parts.end(), [&](Part const &part) {
+        return in_column(part, column) && part.entry.key.size() != entry.key.size();
+    });
+    if (!is_blank(gap) || !aligned || !page_.begins_line(entry.key.begin)) return text + gap;
     return text + blanks(text.size() < column ? column - text.size() : 1);
+}
+
+// Does it begin a line, and is its "=" so far from there?
+bool NewText::in_column(Part const &part, size_t column) const {
+    return page_.begins_line(part.extent.core) && !part.entry.key.empty() &&
+           part.entry.separator.begin - part.entry.key.begin == column;
 }
 
 // Comments between the value and its delimiter, with the blanks around them.
@@ -636,12 +647,10 @@ Layout NewText::new_layout_of(Item const &item) {
     layout.known = true;
     layout.separator =
         std::string(before.empty() ? "" : " ") + '=' + std::string(is_blank(after) ? after : " ");
+    size_t const column = entry.separator.begin - entry.key.begin;
     for (Part const &part : parts) // where keys of several lengths have their "=" below each other
-        if (page_.begins_line(part.extent.core) && !part.entry.key.empty() &&
-            part.entry.key.size() != entry.key.size() &&
-            part.entry.separator.begin - part.entry.key.begin ==
-                entry.separator.begin - entry.key.begin)
-            layout.width = entry.separator.begin - entry.key.begin;
+        if (in_column(part, column) && part.entry.key.size() != entry.key.size())
+            layout.width = column;
     return layout;
 }
 

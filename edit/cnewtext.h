@@ -53,6 +53,7 @@ class NewText {
     std::string changed_inner(Item const &item, cat::SourceEntry const &frame);
     std::string key(Item const &item, Layout const &layout);
     std::string renamed(Item const &item, cat::SourceEntry const &entry);
+    bool in_column(Part const &part, size_t column) const;
     std::string new_entry(Item const &item, Layout const &layout, bool delimiter);
     std::string before_delimiter(Item const &item) const;
     std::vector<size_t> lenders(Item const &item) const;

@@ -263,6 +263,8 @@ TEST_F(Edit, a_renamed_key_keeps_the_column) {
     };
     EXPECT_EQ(renamed(bus, "baud", "b"), with(bus, "baud   =", "b      ="));
     EXPECT_EQ(renamed(bus, "retry", "retries"), with(bus, "retry  =", "retries ="));
+    EXPECT_EQ(renamed("{\n  aa  = 1;\n  bbb = 2;\n\n  other = 3;\n}", "aa", "c"),
+              "{\n  c   = 1;\n  bbb = 2;\n\n  other = 3;\n}");
     EXPECT_EQ(renamed("{ aa  = 1; b = 2; }", "aa", "c"), "{ c  = 1; b = 2; }");
     EXPECT_EQ(renamed("{\n  aa=1;\n  bb=2;\n}", "aa", "c"), "{\n  c=1;\n  bb=2;\n}");
 }
