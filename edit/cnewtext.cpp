@@ -216,8 +216,16 @@ std::string NewText::comments_of(Item const &item, Where where, std::string cons
     std::string text;
     std::vector<size_t> numbers = lenders(item);
     if (item.old != none) numbers.push_back(item.old);
+    // All places of a key that came again are removed where it was.
+    if (item.old != none && item.moved && !entries_.is_donated(item.old))
+        numbers = entries_.of(entries_.anid(item.old));
     std::sort(numbers.begin(), numbers.end());
-    for (size_t const number : numbers) text += comments_at(number, where, indent);
+    for (size_t const number : numbers) {
+        std::string const more = comments_at(number, where, indent);
+        if (more.find('\n') != more.npos && ends_in_line_comment(text))
+            text += page_.eol() + indent; // or it would begin in that comment and end after it
+        text += more;
+    }
     return text;
 }
 
