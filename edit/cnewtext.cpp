@@ -33,6 +33,15 @@ bool is_blank(std::string_view text) {
 
 std::string blanks(size_t count) { return std::string(count, ' '); }
 
+// What another entry takes from a literal: the sign, leading zeros and the u of "+5", "007" and
+// "12u" say something about that number only.
+std::string as_sample(std::string_view literal, cObj const &value) {
+    bool const hexadecimal = literal.starts_with("0x") || literal.starts_with("0X");
+    if (&value.type() == &cat::type_int() && !hexadecimal) return "";
+    if (literal.starts_with('+') || literal.starts_with('-')) literal.remove_prefix(1);
+    return std::string(literal);
+}
+
 } // namespace
 
 std::string NewText::all() {
@@ -124,7 +133,7 @@ std::string NewText::like(Item const &item) {
     auto const [samples, fresh] = samples_.try_emplace(item.parent);
     if (fresh) samples->second = samples_in(*item.parent);
     Item const *const sample = samples->second[&item];
-    return sample ? std::string(page_.text(entries_.entry(sample->old).value)) : "";
+    return sample ? as_sample(page_.text(entries_.entry(sample->old).value), *sample->value) : "";
 }
 
 // For each child the nearest one before it of its type that stays as it was, or else the last one.
@@ -150,13 +159,28 @@ std::string NewText::literal(Item const &item, Layout const &layout) {
     return with_line_ends(indented(text, "", layout.indent), page_.eol());
 }
 
+// A typed value does not know how it was written: it is laid out like one of its type next to it.
+bool NewText::typed_on_lines(Item const &item, Layout const &layout) {
+    if (!layout.lines || !item.parent) return layout.lines;
+    cTypeObj const *const type = &item.value->type();
+    auto const [lines, fresh] = typed_on_lines_.try_emplace({item.parent, type}, true);
+    if (!fresh) return lines->second;
+    for (Item const *const child : item.parent->children) {
+        if (child->source == none || &child->value->type() != type) continue;
+        lines->second =
+            page_.text(entries_.entry(child->source).value).find('\n') != std::string::npos;
+        break;
+    }
+    return lines->second;
+}
+
 std::string NewText::fresh(Item const &item, Layout const &layout) {
     std::string text = opening(item.value);
     char const close = closing(text.back());
     bool const first_in_set = item.value->is_set() && item.parent && item.parent->value->is_set();
     if (first_in_set) text.insert(0, 1, ' ');
     Layout inside = layout;
-    inside.lines = !on_one_line(item.value);
+    inside.lines = text.back() == '(' ? typed_on_lines(item, layout) : !on_one_line(item.value);
     inside.indent += layout.unit;
     inside.delimiter = is_list(item.value) ? ',' : ';';
     inside.width = 0;
@@ -192,8 +216,16 @@ std::string NewText::comments_of(Item const &item, Where where, std::string cons
     std::string text;
     std::vector<size_t> numbers = lenders(item);
     if (item.old != none) numbers.push_back(item.old);
+    // All places of a key that came again are removed where it was.
+    if (item.old != none && item.moved && !entries_.is_donated(item.old))
+        numbers = entries_.of(entries_.anid(item.old));
     std::sort(numbers.begin(), numbers.end());
-    for (size_t const number : numbers) text += comments_at(number, where, indent);
+    for (size_t const number : numbers) {
+        std::string const more = comments_at(number, where, indent);
+        if (more.find('\n') != more.npos && ends_in_line_comment(text))
+            text += page_.eol() + indent; // or it would begin in that comment and end after it
+        text += more;
+    }
     return text;
 }
 
@@ -211,13 +243,24 @@ std::string NewText::comments_at(size_t number, Where where, std::string const &
     return brought(number, std::move(text));
 }
 
-// A key with another name, up to its "=". That stays in the column of its neighbours.
+// A key with another name, up to its "=". That stays in its column if keys of other lengths have
+// theirs there too.
 std::string NewText::renamed(Item const &item, cat::SourceEntry const &entry) {
     std::string const text = spelt(item.node->key(), page_.text(entry.key));
     std::string const gap(page_.text(entry.key.end, entry.separator.begin));
     size_t const column = entry.separator.begin - entry.key.begin;
-    if (!is_blank(gap) || layout_of(*item.parent).width != column) return text + gap;
+    Parts const parts = parts_of(*item.parent);
+    bool const aligned = std::any_of(parts.begin(), parts.end(), [&](Part const &part) {
+        return in_column(part, column) && part.entry.key.size() != entry.key.size();
+    });
+    if (!is_blank(gap) || !aligned || !page_.begins_line(entry.key.begin)) return text + gap;
     return text + blanks(text.size() < column ? column - text.size() : 1);
+}
+
+// Does it begin a line, and is its "=" so far from there?
+bool NewText::in_column(Part const &part, size_t column) const {
+    return page_.begins_line(part.extent.core) && !part.entry.key.empty() &&
+           part.entry.separator.begin - part.entry.key.begin == column;
 }
 
 // Comments between the value and its delimiter, with the blanks around them.
@@ -256,9 +299,21 @@ bool NewText::keeps_separator(Item const &item, Layout const &layout) const {
     if (item.old == none || !item.parent || is_list(item.parent->value)) return false;
     cat::SourceEntry const entry = entries_.entry(item.old);
     if (entry.key.empty()) return false;
-    if (!entries_.is_donated(item.old)) return layout.width == 0;
-    return !layout.known ||
-           page_.text(entry.key.end, entry.value.begin).find('/') != std::string_view::npos;
+    if (page_.text(entry.key.end, entry.value.begin).find('/') != std::string_view::npos)
+        return true;
+    return entries_.is_donated(item.old) ? !layout.known : layout.width == 0;
+}
+
+// The comments around the "=" of an entry that comes into a list, with the blanks after them.
+std::string NewText::comments_at_separator(Item const &item, Layout const &layout) const {
+    if (item.old == none || !item.parent || !is_list(item.parent->value)) return "";
+    cat::SourceEntry const entry = entries_.entry(item.old);
+    if (entry.key.empty() || entry.separator.empty()) return "";
+    std::string text(page_.text(entry.key.end, entry.separator.begin));
+    text += page_.text(entry.separator.end, entry.value.begin);
+    if (text.find('/') == text.npos) return "";
+    text.erase(0, text.find('/'));
+    return brought(item.old, indented(text, page_.indent(entry.all().begin), layout.indent));
 }
 
 // Key, value, delimiter and comments; without the blanks before the first line.
@@ -269,7 +324,7 @@ std::string NewText::new_entry(Item const &item, Layout const &layout, bool deli
         text += spelt(item.node->key(), page_.text(entry.key));
         text += brought(item.old, std::string(page_.text(entry.key.end, entry.value.begin)));
     } else {
-        text += key(item, layout);
+        text += key(item, layout) + comments_at_separator(item, layout);
     }
     text += value(item, layout);
     std::string const before = before_delimiter(item);
@@ -372,8 +427,16 @@ class NewText::BlockWriter {
             } else {
                 copy_to(page_.before_blanks(extent.begin));
                 copied_ = std::max(copied_, after_empty_item(extent.tail));
+                remove_empty_line();
             }
         }
+    }
+
+    // The line of which all entries were removed.
+    void remove_empty_line() {
+        if (!begins_line() || !page_.ends_line(copied_)) return;
+        out_.erase(out_.find_last_not_of(" \t") + 1);
+        copied_ = page_.line_end(copied_);
     }
 
     // After a second delimiter, as in "1,, 2". Three of them can't be read.
@@ -592,12 +655,10 @@ Layout NewText::new_layout_of(Item const &item) {
     layout.known = true;
     layout.separator =
         std::string(before.empty() ? "" : " ") + '=' + std::string(is_blank(after) ? after : " ");
+    size_t const column = entry.separator.begin - entry.key.begin;
     for (Part const &part : parts) // where keys of several lengths have their "=" below each other
-        if (page_.begins_line(part.extent.core) && !part.entry.key.empty() &&
-            part.entry.key.size() != entry.key.size() &&
-            part.entry.separator.begin - part.entry.key.begin ==
-                entry.separator.begin - entry.key.begin)
-            layout.width = entry.separator.begin - entry.key.begin;
+        if (in_column(part, column) && part.entry.key.size() != entry.key.size())
+            layout.width = column;
     return layout;
 }
 

@@ -5,6 +5,7 @@
 #include "edit/cpage.h"
 #include "edit/cplan.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -46,16 +47,19 @@ class NewText {
     static std::optional<std::string> word_inside(Item const &item, std::string_view old);
     std::string literal(Item const &item, Layout const &layout);
     std::string fresh(Item const &item, Layout const &layout);
+    bool typed_on_lines(Item const &item, Layout const &layout);
     std::string block(Item const &item);
     std::string inner(Item const &item, cat::SourceEntry const &frame);
     std::string changed_inner(Item const &item, cat::SourceEntry const &frame);
     std::string key(Item const &item, Layout const &layout);
     std::string renamed(Item const &item, cat::SourceEntry const &entry);
+    bool in_column(Part const &part, size_t column) const;
     std::string new_entry(Item const &item, Layout const &layout, bool delimiter);
     std::string before_delimiter(Item const &item) const;
     std::vector<size_t> lenders(Item const &item) const;
     bool needs_lines(Item const &item, bool alone) const;
     bool keeps_separator(Item const &item, Layout const &layout) const;
+    std::string comments_at_separator(Item const &item, Layout const &layout) const;
     std::string comments_at(size_t number, cat::SourceComment::Where where,
                             std::string const &indent) const;
     std::string brought(size_t number, std::string text) const;
@@ -73,6 +77,7 @@ class NewText {
     Plan const &plan_;
     std::unordered_map<Item const *, Layout> layouts_;
     std::unordered_map<Item const *, Samples> samples_; // by the parent
+    std::map<std::pair<Item const *, cTypeObj const *>, bool> typed_on_lines_;
 };
 
 } // namespace qrv::edit

@@ -133,6 +133,40 @@ TEST_F(Edit, a_new_key_is_laid_out_like_the_one_before_it) {
               "{\r\n  a = 1; // one\r\n  b = 2;\r\n}\r\n");
 }
 
+TEST_F(Edit, a_new_number_gets_no_sign_zeros_or_suffix_of_another_one) {
+    EXPECT_EQ(set("{ a = 12u; }", "b = 3"), "{ a = 12u; b = 3; }");
+    EXPECT_EQ(set("{ a = +12; }", "b = 3"), "{ a = +12; b = 3; }");
+    EXPECT_EQ(set("{ a = 0042; }", "b = 3"), "{ a = 0042; b = 3; }");
+    EXPECT_EQ(set("{ a = +1.50; }", "b = 3."), "{ a = +1.50; b = 3.00; }");
+    EXPECT_EQ(set("{ a = [ 007, +2 ] }", "a << 3"), "{ a = [ 007, +2, 3 ] }");
+}
+
+TEST_F(Edit, a_line_of_which_all_entries_are_removed_goes_with_them) {
+    auto const without_a_and_b = [](std::string const &text) {
+        return after(text, [](cObj &root) {
+            EXPECT_TRUE(root.setattrp("a &=", objref(), false));
+            EXPECT_TRUE(root.setattrp("b &=", objref(), false));
+        });
+    };
+    EXPECT_EQ(without_a_and_b("{\n  a = 1; b = 2; // two\n  c = 3;\n}"), "{\n  c = 3;\n}");
+    EXPECT_EQ(without_a_and_b("{\n  c = 3;\n  /* one */ a = 1; b = 2\n}"), "{\n  c = 3;\n}");
+    EXPECT_EQ(without_a_and_b("{\n  a = 1; b = 2; c = 3;\n}"), "{\n  c = 3;\n}");
+    EXPECT_EQ(without_a_and_b("{ // all\r\n\ta = 1; b = 2;\r\n\t// end\r\n}"),
+              "{ // all\r\n\t// end\r\n}");
+}
+
+TEST_F(Edit, a_new_value_of_a_declared_type_has_the_lines_of_the_one_next_to_it) {
+    cat::TypeScope const scope;
+    std::string const declared = "{\n  A = attlist(n= attspec(type= string));\n";
+    EXPECT_EQ(set(declared + "  l = [A(n= a)];\n}", "l << A(n= b)"),
+              declared + "  l = [A(n= a), A(n = b)];\n}");
+    EXPECT_EQ(set(declared + "  x = A(n= a);\n}", "y = A(n= b)"),
+              declared + "  x = A(n= a);\n  y = A(n = b);\n}");
+    EXPECT_EQ(set(declared + "  x = A(\n    n= a);\n}", "y = A(n= b)"),
+              declared + "  x = A(\n    n= a);\n  y = A(\n    n = b;\n  );\n}");
+    EXPECT_EQ(set(declared + "}", "x = A(n= b)"), declared + "  x = A(\n    n = b;\n  );\n}");
+}
+
 TEST_F(Edit, new_maps_of_several_levels_have_a_line_for_each_entry) {
     EXPECT_EQ(set("{\n  a = 1;\n}\n", "b/c/d = 2"),
               "{\n  a = 1;\n  b = {\n    c = {\n      d = 2;\n    };\n  };\n}\n");
@@ -229,6 +263,8 @@ TEST_F(Edit, a_renamed_key_keeps_the_column) {
     };
     EXPECT_EQ(renamed(bus, "baud", "b"), with(bus, "baud   =", "b      ="));
     EXPECT_EQ(renamed(bus, "retry", "retries"), with(bus, "retry  =", "retries ="));
+    EXPECT_EQ(renamed("{\n  aa  = 1;\n  bbb = 2;\n\n  other = 3;\n}", "aa", "c"),
+              "{\n  c   = 1;\n  bbb = 2;\n\n  other = 3;\n}");
     EXPECT_EQ(renamed("{ aa  = 1; b = 2; }", "aa", "c"), "{ c  = 1; b = 2; }");
     EXPECT_EQ(renamed("{\n  aa=1;\n  bb=2;\n}", "aa", "c"), "{\n  c=1;\n  bb=2;\n}");
 }

@@ -134,6 +134,27 @@ TEST_F(EditCommands, mv_brings_a_line_comment_with_the_end_of_its_line) {
               with("[ 10", "[ 1, // one\n  10", with("  a = 1; // one\n", "")));
 }
 
+TEST_F(EditCommands, mv_into_a_list_brings_the_comments_around_the_equals_sign) {
+    auto const moved = [this](std::string const &file) {
+        return run({"mv", "-", "a", "l/0"}, {.input = file}).out;
+    };
+    EXPECT_EQ(moved("{ a /* key */ = /* value */ 1 /* end */; l = [2]; }"),
+              "{ l = [/* key */  /* value */ 1 /* end */, 2]; }");
+    EXPECT_EQ(moved("{\n  a = // value\n    1;\n  l = [\n    2,\n  ];\n}"),
+              "{\n  l = [\n    // value\n      1,\n    2,\n  ];\n}");
+}
+
+TEST_F(EditCommands, mv_brings_the_comments_of_all_places_of_a_repeated_key) {
+    auto const moved = [this](std::string const &file) {
+        return run({"mv", "-", "m/a", "z"}, {.input = file}).out;
+    };
+    EXPECT_EQ(moved("{\n  m = { a = 1; /* one */ };\n  m = { a = 2; /* two */ b = 3; };\n}"),
+              "{\n  m = { };\n  m = { b = 3; };\n  z = 2; /* one */ /* two */\n}");
+    EXPECT_EQ(
+        moved("{\n  m = {\n    a = 1; // one\n  };\n  m = {\n    a = 2; /* two\n two */\n  };\n}"),
+        "{\n  m = {\n  };\n  m = {\n  };\n  z = 2; // one\n   /* two\n two */\n}");
+}
+
 TEST_F(EditCommands, mv_changes_positions_in_lists) {
     EXPECT_EQ(out({"mv", "f", "l/0", "l/2"}), with("10, 20, 30", "20, 30, 10"));
     EXPECT_EQ(out({"mv", "f", "l/2", "l/0"}), with("10, 20, 30", "30, 10, 20"));
