@@ -37,6 +37,7 @@ constexpr cSlip slips[] = {
 
     // --- comments of other languages ---
     {"(<!--)", "a comment is // to the end of the line, or /* ... */", "-->"},
+    {"(<" WORD ">)[^<]*</", "this looks like XML"},
     {"()#(?:[^A-Za-z0-9_]|$)", "a comment begins with // and not with #"},
     {"^\\s*(#)", "a comment begins with // and not with #"},
     {"(?:^|;)\\s*(--)", "a comment begins with // and not with --"},
@@ -55,6 +56,8 @@ constexpr cSlip slips[] = {
     {"'[^'\"]*[A-Za-z](')[A-Za-z]",
      "the string ends here: write a string with an apostrophe in double quotes"},
     {"=\\s*[^'\"=;]*[A-Za-z](')[A-Za-z]", "write text with an apostrophe in double quotes"},
+    {"\"[^\"]*(\\\\\")[^\"]*$", "the string does not end here: write \\\\ for a \\ at its end"},
+    {"=\\s*([A-Za-z])[\"']", "a string has nothing before its first quote"},
     {"\"[^\"=]*(\")[A-Za-z]", "the string ends here: write a quote in a string as \\\""},
     {"(?:^|[=,;{\\[(<\\s])([\"'])(?:(?!\\1).)*$", "this string is not closed on its line"},
     {"([\"'][^\"']*[\"'])\\s+[\"']", "write two strings as one, or ; or , between them"},
@@ -116,6 +119,7 @@ constexpr cSlip slips[] = {
     {"([0-9]+[A-Za-z_]\\w*)", "write text that begins with a digit in quotes: \"$1\""},
     {"([0-9]{10,})",
      "an int is from -2147483648 to 2147483647: write a point for a double, or text in quotes"},
+    {"(" QUOTED "\\s*\\+\\s*\")", "a file cannot join strings: write one"},
     {"=\\s*(-)\\s+[0-9]", "write the sign directly before the number"},
     {"([0-9]+\\.{2,3}[0-9]+)", "write a range in quotes: \"$1\""},
     {"([0-9]+/[0-9]+)", "write a fraction as a number, or text in quotes: \"$1\""},
@@ -125,6 +129,10 @@ constexpr cSlip slips[] = {
     {"#(?:null|NULL|none|None|nul|nill|Nil)\\b", "the constant for no value is #nil"},
     {"#(true|false)\\b", "write $1 without #"},
     {"(#[0-9A-Fa-f]{3,8})\\b", "write a colour in quotes: \"$1\""},
+    {"#(?:True|TRUE)\\b", "write true in small letters"},
+    {"#(?:False|FALSE)\\b", "write false in small letters"},
+    {"=\\s*(cRef)\\(", "a reference begins with #: #cRef( ... )"},
+    {"#cRef\\([^)]*()$", "a ) is missing here"},
     {"#cRef\\(", "a reference is to a value that is written before it, from the outermost: /a/b"},
 
     // --- brackets ---
@@ -133,6 +141,8 @@ constexpr cSlip slips[] = {
     {"=\\s*" WORD "()\\s+[^=;()]*\\)", "a ( is missing here"},
     {"(\\{)[^={}\\[\\]]*,[^={}]*\\}", "values without keys are in a vector: [ ... ]"},
     {"(\\[)[^\\[\\]]*=[^\\[\\]]*\\]", "entries with keys are in a map: { ... }", nullptr, true},
+    {"=\\s*(" QUOTED "(?:\\s*,\\s*" QUOTED ")+)", "several values are in a vector: [ ... ]"},
+    {"=\\s*attlist(\\()[^=()]*\\)", "a key of attlist has a value: key= attspec( ... )"},
     {"(\\))", "no ( is open that ) could close"},
     {"=[^=\\[]*(\\])", "no [ is open that ] could close"},
 
@@ -147,7 +157,8 @@ constexpr cSlip slips[] = {
     {"=\\s*(" WORD "(?:[ \\t]+" WORD ")+)", "write text with blanks in quotes: \"$1\""},
     {"[A-Za-z_0-9\"]()\\s*\\|", "write ; or , between values"},
     {"[A-Za-z_0-9\"](:)\\s", "write ; or , between values, or = after a key"},
-    {"[A-Za-z_0-9\"']()\\s*(?://.*)?$", "a ; or , is missing here"},
+    {"(?:" NUMBER "|" WORD "|" QUOTED "|[A-Za-z_0-9\"'])()\\s*(?://.*)?$",
+     "a ; or , is missing here"},
     {"(?:" NUMBER "|" WORD "|" QUOTED ")()[ \\t]+(?:" NUMBER "|" WORD "|\")",
      "a ; or , is missing here"},
 };
