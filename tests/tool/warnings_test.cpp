@@ -404,6 +404,36 @@ TEST_F(ToolWarnings, other_commands_do_not_print_them) {
     EXPECT_EQ(run({"where", "f", "a"}).err, "");
 }
 
+TEST_F(ToolWarnings, numbers_as_keys_are_compared_however_they_are_written) {
+    for (char const *text : {"{1.= 1; 1.0= 2;}", "{1.5f= 1; +1.50f= 2;}", "{-.5= 1; -5.0e-1= 2;}",
+                             "{intf(8)= 1; intf( \"010\")= 2;}", "{intf(b11)= 1; intf(+3)= 2;}"}) {
+        cRun const checked = run_on(text, {"check", "-W", "error"});
+        EXPECT_EQ(checked.status, 1) << text;
+        EXPECT_NE(checked.err.find(again), std::string::npos) << text;
+        EXPECT_EQ(run({"fmt", "-i", "f"}).status, 2) << text;
+    }
+    for (char const *text : {"{1.5= 1; 1.5f= 2;}", "{-0.0= 1; 0.0= 2;}", "{1= 1; 1.0= 2;}",
+                             "{8= 1; intf(8)= 2;}", "{intf(8)= 1; intf(9)= 2;}"})
+        EXPECT_EQ(run_on(text, {"check", "-W", "error"}), (cRun{0, "", ""})) << text;
+}
+
+TEST_F(ToolWarnings, the_number_that_a_map_without_a_key_gets_is_a_key) {
+    EXPECT_EQ(checked({"{{a= 1;} 0= {b= 2;}}", "{5= 1; {a= 1;} {b= 1;}}"}), "");
+    EXPECT_EQ(checked({"{0= 1; {a= 2;}}", "{{a= 1;} 0= 2;}", "{{a= 1;} {b= 1;} 1= {b= 2;}}"}),
+              "{0= 1; {a= 2;}}\n"
+              "  1:8: warning: the number that is the key of this map is repeated" +
+                  again +
+                  "  1:2: note: it is first here\n"
+                  "{{a= 1;} 0= 2;}\n"
+                  "  1:10: warning: key '0' is repeated" +
+                  again +
+                  "  1:2: note: it is first here\n"
+                  "{{a= 1;} {b= 1;} 1= {b= 2;}}\n"
+                  "  1:22: warning: key 'b' is repeated" +
+                  again + "  1:11: note: it is first here\n");
+    EXPECT_EQ(run_on("{0= 1; {a= 2;}}", {"fmt", "-i"}).status, 2);
+}
+
 TEST_F(ToolWarnings, fmt_does_not_replace_a_file_that_loses_values) {
     std::string const text = "{\n  a= 1; // one\n  b= \"C:\\temp\";\n  a= 2;\n}\n";
     std::string const lost = "f:3:9: error: the \\ before t would be lost [unknown-escape]\n"
@@ -452,7 +482,8 @@ class cGenerated {
     void add_map(int depth) {
         text_ += "{";
         for (int i = below(5) + (depth == 0 ? 2 : 0); i > 0; --i) {
-            text_ += std::string(1, static_cast<char>('a' + below(3))) + "= ";
+            constexpr char const *keys[] = {"a", "b", "c", "a", "b", "c", ".0", "0.00"};
+            text_ += std::string(keys[below(8)]) + "= ";
             add_value(depth + 1);
             text_ += "; ";
         }
@@ -493,7 +524,7 @@ class cGenerated {
 
 std::set<int> numbers_in(std::string const &text) {
     std::set<int> numbers;
-    std::regex const number("[0-9]{4,}");
+    std::regex const number("[1-9][0-9]{3,}");
     for (std::sregex_iterator at(text.begin(), text.end(), number), end; at != end; ++at)
         numbers.insert(std::stoi(at->str()));
     return numbers;

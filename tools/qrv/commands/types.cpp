@@ -111,7 +111,7 @@ cRows table_of(cTypeObj const &type) {
 
 std::string joined(std::vector<std::string> const &words) {
     std::string line;
-    for (std::string const &word : words) line += " " + escaped(word);
+    for (std::string const &word : words) line += ' ' + escaped(word);
     return line;
 }
 

@@ -1,13 +1,17 @@
 #include "tools/qrv/rules/doubtful.h"
 
 #include "qrv/text/write/cwriter.h"
+#include "qrv/util/cintformat.h"
 #include "tools/qrv/output/escaped.h"
 #include "tools/qrv/rules/literals.h"
 
+#include <algorithm>
 #include <charconv>
 #include <deque>
+#include <iterator>
 #include <optional>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -95,6 +99,7 @@ class cWalk {
         std::uint32_t holder = none; // that gets the keys
         bool continues = false;      // the value that the holder has
         cList keys = {};
+        std::uint32_t without_key = 0; // the entries so far that have no key
     };
 
     void take(SourceEntry const &entry) {
@@ -105,7 +110,9 @@ class cWalk {
             open_.back().end = entry.all().end;
             if (!entry.key.empty()) {
                 check_literal(entry.key);
-                check_key(open);
+                check_key(open, entry.key, key_of(number_of(open_.back().entry), entry.key));
+            } else if (open_.back().kind == cKind::map && open.kind == cKind::map) {
+                check_key(open, entry.open, next_number());
             } else if (open_.back().kind == cKind::set) {
                 check_member(entry);
             }
@@ -219,20 +226,25 @@ class cWalk {
 
     // --- repeated keys ---
 
-    void check_key(cOpen &now) {
+    // A map without a key gets the next number, from 0.
+    cKey next_number() {
+        cOpen &map = open_.back();
+        return {number_of(map.entry), 'i', keep(std::to_string(map.without_key++))};
+    }
+
+    void check_key(cOpen &now, Span span, cKey const &key) {
         SourceEntry const &entry = now.entry;
         cOpen &map = open_.back();
-        cKey const key = key_of(number_of(map.entry), entry.key);
         auto const [place, is_new] = keys_.try_emplace(key, next_holder());
         now.holder = place->second;
         if (is_new) {
-            holders_.push_back({key, entry.key, part(entry.value), number_of(entry), now.kind});
+            holders_.push_back({key, span, part(entry.value), number_of(entry), now.kind});
             return append(map.keys, now.holder);
         }
         cHolder &holder = holders_[now.holder];
         now.continues = holder.kind == now.kind && is_mergeable(now.kind);
         bool const is_mixed = is_mergeable(holder.kind) && is_mergeable(now.kind);
-        if (!now.continues) report(entry.key, entry.value, holder, is_mixed ? none : holder.part);
+        if (!now.continues) report(span, entry.value, holder, is_mixed ? none : holder.part);
         if (is_mixed) {
             holder.part = part(entry.value, holder.part);
             if (!now.continues) now.holder = none; // the reader adds the values to each other
@@ -312,7 +324,35 @@ class cWalk {
             return {home, 's', keep(std::move(plain))};
         }
         if (is_integer(text)) return {home, 'i', keep(std::to_string(integer_in(text)))};
+        bool const is_float = (text.back() | 0x20) == 'f';
+        std::optional<std::string> digits =
+            is_float ? shortest<float>(text) : shortest<double>(text);
+        if (digits) return {home, is_float ? 'f' : 'd', keep(std::move(*digits))};
+        if (text.starts_with("intf(")) return {home, 'n', keep(std::to_string(intf_in(text)))};
         return {home, 'o', text};
+    }
+
+    static int intf_in(std::string_view text) {
+        constexpr std::string_view around = "\"( \t\r\n";
+        text.remove_prefix(text.find('('));
+        text.remove_suffix(1);
+        text.remove_prefix(std::min(text.find_first_not_of(around), text.size()));
+        int number = 0;
+        cIntFormat(number, cIntFormat::fmtDec)
+            .set_str(std::string(text.substr(0, text.find_last_not_of(around) + 1)).c_str());
+        return number;
+    }
+
+    // The shortest digits of the number that is all of the text, but for the f of a float.
+    template <typename cNumber> static std::optional<std::string> shortest(std::string_view text) {
+        if (text[0] == '+') text.remove_prefix(1);
+        if (std::is_same_v<cNumber, float>) text.remove_suffix(1);
+        cNumber number = 0;
+        char const *const end = text.data() + text.size();
+        auto const read = std::from_chars(text.data(), end, number);
+        if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
+        char digits[64];
+        return std::string(digits, std::to_chars(digits, std::end(digits), number).ptr);
     }
 
     std::string_view keep(std::string text) { return kept_.emplace_back(std::move(text)); }

@@ -36,8 +36,9 @@ bool is_ignored(cDoubtful const &finding) {
 std::string words_of(cDoubtful const &finding, std::string const &written) {
     switch (finding.warning) {
     case cWarning::duplicate_key:
-        return "key " +
-               (is_quote(written[0]) ? shortened(written) : "'" + shortened(written) + "'") +
+        return (written == "{"         ? "the number that is the key of this map"
+                : is_quote(written[0]) ? "key " + shortened(written)
+                                       : "key '" + shortened(written) + "'") +
                " is repeated" + (is_ignored(finding) ? ", and this value is ignored" : "");
     case cWarning::unknown_escape:
         return "unknown escape " + written + ": it is read as " + written.substr(1) +
