@@ -180,7 +180,8 @@ cJson result_of(cDiagnostic const &diagnostic, cCharacters const &characters) {
     if (std::string const name = label_of(diagnostic); !name.empty()) result["ruleId"] = name;
     result["level"] = level_of(diagnostic.severity);
     result["message"] = {{"text", diagnostic.text}};
-    result["locations"] = {location_of(diagnostic.file, characters.region(diagnostic))};
+    result["locations"] =
+        cJson::array({location_of(diagnostic.file, characters.region(diagnostic))});
     for (cNote const &note : diagnostic.notes) {
         cRegion const region =
             note.place.line == 0 ? cRegion() : cRegion{characters.place(note.place)};
