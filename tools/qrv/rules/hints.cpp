@@ -263,8 +263,7 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
             found.push_back(std::move(mistake));
             continue;
         }
-        if (mistake.error.kind == cat::ErrorKind::read_equals)
-            hints.place_at_missing_value(mistake);
+        hints.place_at_missing_value(mistake);
         size_t const offset = hints.offset({mistake.error.line, mistake.error.column});
         // Messages about brackets that are not closed, and the tool's own, need no note.
         bool const is_clear =
