@@ -10,7 +10,7 @@ namespace {
 std::string line_of(std::string const &file, cPlace place, cRole kind, std::string const &text) {
     std::string where = file;
     if (place.line != 0)
-        where += ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
+        where += ':' + std::to_string(place.line) + ':' + std::to_string(place.column);
     return message_line(where, kind, text);
 }
 

@@ -28,6 +28,6 @@ void cProgress::add(std::uint64_t bytes) {
 // Replaces the line that is there. Blanks remove it on every terminal.
 void cProgress::show(std::string const &line) {
     if (line == line_) return;
-    put_lines("\r" + std::string(line_.size(), ' ') + "\r" + line);
+    put_lines('\r' + std::string(line_.size(), ' ') + "\r" + line);
     line_ = line;
 }

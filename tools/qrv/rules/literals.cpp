@@ -63,7 +63,7 @@ std::optional<std::string> without_leading_zeros(std::string_view number) {
     if (is_hexadecimal(number) || digits.size() < 2 || digits[0] != '0') return std::nullopt;
     size_t const first = std::min(digits.find_first_not_of('0'), digits.size() - 1);
     bool const is_negative = number[0] == '-' && digits[first] != '0';
-    return (is_negative ? "-" : "") + std::string(digits.substr(first));
+    return std::string(is_negative ? "-" : "").append(digits.substr(first));
 }
 
 size_t needless_escape(std::string_view text) {
