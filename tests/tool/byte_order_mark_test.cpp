@@ -27,7 +27,7 @@ TEST_F(ByteOrderMark, commands_that_read_ignore_it) {
     EXPECT_EQ(out({"where", "f", "a"}), "2:7\n");
     EXPECT_EQ(out({"at", "f", "2:3"}), "path      /a\ntype      int\n");
     EXPECT_EQ(run({"to-json", "f"}).out, "{\"a\": 1, \"b\": [1, 2]}\n");
-    EXPECT_EQ(run_on(mark + "{ a = ; }", {"check"}).err.substr(0, 6), "f:1:9:");
+    EXPECT_EQ(run_on(mark + "{ a = ; }", {"check"}).err.substr(0, 6), "f:1:7:");
 }
 
 TEST_F(ByteOrderMark, edits_keep_it) {
