@@ -248,6 +248,7 @@ std::string NewText::comments_at(size_t number, Where where, std::string const &
 std::string NewText::renamed(Item const &item, cat::SourceEntry const &entry) {
     std::string const text = spelt(item.node->key(), page_.text(entry.key));
     std::string const gap(page_.text(entry.key.end, entry.separator.begin));
+    if (text == page_.text(entry.key)) return text + gap;
     size_t const column = entry.separator.begin - entry.key.begin;
     Parts const parts = parts_of(*item.parent);
     bool const aligned = std::any_of(parts.begin(), parts.end(), [&](Part const &part) {
