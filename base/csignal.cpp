@@ -228,7 +228,7 @@ void cSSBase::createstart() const {
     if (!start_) start_ = ::new StartConnection(const_cast<cSSBase *>(this));
 }
 
-// A link has a node in both rings, so the end of either says that there is none.
+// A link has a node in both rings: whichever ring ends first shows that the two are not linked.
 cConnection *cSSBase::find(cSSBase const &other) const {
     cConnection *mine = begin(), *theirs = other.begin();
     for (; mine != end() && theirs != other.end(); mine = mine->next_, theirs = theirs->next_) {

@@ -29,7 +29,7 @@ struct BrokenRule {
     typeref type;     // that has the rule
     objref key;       // of the attribute; null if the value as a whole breaks the rule
     objref expected;  // a type or a value, see above; null for other rules
-    objref actual;    // the value at the key, or the whole one; null if there is none
+    objref actual;    // the value at the key, or the whole value; null if the key is absent
 };
 
 // The rules of `type` that the value itself breaks, one for each key, in the order of its keys. The
