@@ -8,6 +8,7 @@
 
 #include "qrv/core/cobjd.h"
 #include "qrv/text/read/cattrscan.h"
+#include "tools/qrv/json/mistake.h"
 #include "tools/qrv/json/path.h"
 #include "tools/qrv/json/places.h"
 #include "tools/qrv/json/repetitions.h"
@@ -29,6 +30,7 @@ constexpr size_t no_offset = std::string::npos;
 // A container that is being read.
 struct cLevel {
     bool is_map;
+    size_t start;                                      // of its bracket
     std::unordered_map<std::string, size_t> keys = {}; // with the offsets of the first
     // The entry that is being read:
     std::string key = {};
@@ -160,14 +162,14 @@ class cConverter : public nlohmann::json_sax<cJson> {
     // The position is the number of characters that were read.
     bool parse_error(std::size_t position, std::string const &,
                      nlohmann::detail::exception const &error) override {
-        std::string text = reason_of(error.what());
-        bool const invalid = text.find(" - invalid ") != std::string::npos;
-        bool const literal = text.find("invalid literal") != std::string::npos;
-        size_t const size = bytes_.size();
-        size_t const last = std::min(position, literal ? size : size + 1) - 1;
-        size_t const at = literal || !invalid ? places_.token_at(last) : last;
-        if (text.starts_with("number overflow")) text += at_path(path());
-        messages_.error(places_.place(at), text);
+        cJsonMistake mistake = mistake_of(bytes_, places_, position, reason_of(error.what()));
+        if (mistake.is_value) mistake.text += at_path(path());
+        messages_.error(places_.place(mistake.offset), mistake.text);
+        if (!mistake.note.empty()) messages_.note(places_.place(mistake.offset), mistake.note);
+        if (mistake.is_unclosed && too_deep_ == 0 && !levels_.empty())
+            messages_.note(places_.place(levels_.back().start), levels_.back().is_map
+                                                                    ? "this '{' is not closed"
+                                                                    : "this '[' is not closed");
         return false;
     }
 
@@ -212,7 +214,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
                 text_.open_map();
             else
                 text_.open_vector(places_.array_has_lines());
-            levels_.push_back({is_map});
+            levels_.push_back({is_map, places_.start()});
             return true;
         }
         ++too_deep_;
@@ -234,7 +236,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
         if (rules_.last_wins)
             level.repeated = first;
         else
-            tell("this key occurs twice in the object");
+            tell("this key occurs twice in the object", "; use --duplicates=last", first);
     }
 
     // The scalar at the current path can't be stored.
@@ -244,11 +246,10 @@ class cConverter : public nlohmann::json_sax<cJson> {
         return end_entry();
     }
 
-    void tell(std::string const &why, char const *advice = "") {
-        if (messages_.tells_errors())
-            messages_.error(places_.place(places_.start()), why + at_path(path()) + advice);
-        else
-            messages_.more(1);
+    void tell(std::string const &why, char const *advice = "", size_t first = no_offset) {
+        if (!messages_.tells_errors()) return messages_.more(1);
+        messages_.error(places_.place(places_.start()), why + at_path(path()) + advice);
+        if (first != no_offset) messages_.note(lines_.place(first), "it is first here");
     }
 
     cJsonPath path() const {
@@ -262,6 +263,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
     cJsonRules const &rules_;
     cMessages &messages_;
     cJsonPlaces &places_;
+    cLines const lines_{bytes_};
     cJsonText &text_;
     cRepetitions repetitions_;
     std::vector<cLevel> levels_;
