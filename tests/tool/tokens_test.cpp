@@ -77,8 +77,8 @@ TEST_F(ToolTokens, of_long_strings) {
                   (cRun{0,
                         "TOKEN:91:0:1:0 '['\nTOKEN:262:1:1:1 '" + text + "'\nTOKEN:93:" +
                             std::to_string(size + 3) + ":1:" + std::to_string(size + 3) +
-                            " ']'\nTOKEN:0:" + std::to_string(size + 4) + ":1:" +
-                            std::to_string(size + 4) + " ''\n",
+                            " ']'\nTOKEN:0:" + std::to_string(size + 4) +
+                            ":1:" + std::to_string(size + 4) + " ''\n",
                         ""}));
     }
 }
