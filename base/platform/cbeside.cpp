@@ -2,7 +2,6 @@
 
 #include "base/platform/cattributes.h"
 #include "base/platform/clinks.h"
-#include "qrv/base/platform/cplatform.h"
 
 #include <algorithm>
 #include <dirent.h>
@@ -82,6 +81,10 @@ bool cat::bring_to_disk(int descriptor) {
     return os.fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
+cat::Content cat::content_of(std::string_view bytes) {
+    return {bytes.size(), [bytes](int descriptor) { return write_all(descriptor, bytes); }};
+}
+
 bool cat::cBeside::create_unnamed() {
     std::string const folder = folder_of(target_);
     if (!file_.open(folder, O_WRONLY | O_TMPFILE, first_mode(content_.old))) return false;
@@ -139,7 +142,7 @@ cat::cOutcome cat::cBeside::fill() {
         if (!narrow_) return cOutcome::not_possible;
         static_cast<void>(os.fchmod(file_.get(), old->st_mode & 0700) == 0);
     }
-    bool const written = write_all(file_.get(), content_.bytes) && bring_to_disk(file_.get()) &&
+    bool const written = content_.content.write(file_.get()) && bring_to_disk(file_.get()) &&
                          closes_well(file_.get());
     return written ? cOutcome::done : cOutcome::failed;
 }

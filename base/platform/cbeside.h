@@ -11,6 +11,7 @@
 // created a moment ago; then its process sees that the name is lost and creates another file.
 
 #include "base/platform/cdescriptor.h"
+#include "qrv/base/platform/cplatform.h"
 
 #include <string>
 #include <string_view>
@@ -21,6 +22,8 @@ enum class cOutcome { done, failed, not_possible };
 
 bool bring_to_disk(int descriptor); // true also where the file system can't do that
 
+Content content_of(std::string_view bytes); // borrowed
+
 class cBeside {
   public:
     // What the file shall hold, and the file whose owner, attributes and mode it shall have: its
@@ -28,7 +31,7 @@ class cBeside {
     struct cContent {
         std::string const &path;
         struct stat const *old;
-        std::string_view bytes;
+        Content content;
     };
 
     // In the folder of `target`, which is not a symbolic link.

@@ -29,10 +29,10 @@
 
 namespace {
 
-using cat::cBeside, cat::cDescriptor, cat::cOutcome, cat::Replaced;
+using cat::cBeside, cat::content_of, cat::cDescriptor, cat::cOutcome, cat::Replaced;
 
 // May a file be that long? Asked first, since the system ends a process that goes on.
-bool within_limit(std::size_t length) {
+bool within_limit(std::uint64_t length) {
     rlimit limit{};
     bool const good = ::getrlimit(RLIMIT_FSIZE, &limit) != 0 || length <= limit.rlim_cur;
     if (!good) errno = EFBIG;
@@ -66,30 +66,30 @@ bool read_file(std::string const &path, std::string &bytes) {
     return false;
 }
 
-bool overwrite(cDescriptor &file, std::string_view bytes) {
-    return cat::write_all(file.get(), bytes) &&
-           cat::os.ftruncate(file.get(), static_cast<off_t>(bytes.size())) == 0 &&
+bool overwrite(cDescriptor &file, cat::Content const &content) {
+    return content.write(file.get()) &&
+           cat::os.ftruncate(file.get(), static_cast<off_t>(content.size)) == 0 &&
            cat::bring_to_disk(file.get()) && file.close();
 }
 
-bool write_in_place(std::string const &path, struct stat const &old, std::string_view bytes) {
+bool write_in_place(std::string const &path, struct stat const &old, cat::Content const &content) {
     cDescriptor file(path, O_WRONLY);
     if (!file.good()) return false;
     std::string before;
     bool const known = read_file(path, before);
-    if (!reserve(file.get(), old.st_size, static_cast<off_t>(bytes.size()))) return false;
-    if (overwrite(file, bytes)) return true;
+    if (!reserve(file.get(), old.st_size, static_cast<off_t>(content.size))) return false;
+    if (overwrite(file, content)) return true;
     int const error = errno;
     cDescriptor again(path, O_WRONLY);
-    if (known && again.good()) static_cast<void>(overwrite(again, before));
+    if (known && again.good()) static_cast<void>(overwrite(again, content_of(before)));
     errno = error;
     return false;
 }
 
 // A device, a pipe: nothing old to lose.
-bool write_through(std::string const &path, std::string_view bytes) {
+bool write_through(std::string const &path, cat::Content const &content) {
     cDescriptor file(path, O_WRONLY | O_TRUNC);
-    return file.good() && cat::write_all(file.get(), bytes) && file.close();
+    return file.good() && content.write(file.get()) && file.close();
 }
 
 // A descriptor that somebody holds open, reached by name: a rename would leave it behind. In
@@ -132,9 +132,9 @@ bool may_be_backup(std::string const &name, std::string const &suffix) {
 class cReplacement {
   public:
     // `old` is null when there is no such file yet.
-    cReplacement(std::string const &path, struct stat const *old, std::string_view bytes,
+    cReplacement(std::string const &path, struct stat const *old, cat::Content const &content,
                  cat::ReplaceOptions const &options)
-        : path_(path), old_(old), bytes_(bytes), options_(options) {}
+        : path_(path), old_(old), content_(content), options_(options) {}
 
     Replaced run() {
         std::optional<std::string> const target = cat::follow_links(path_);
@@ -148,14 +148,14 @@ class cReplacement {
 
   private:
     cOutcome write_beside() {
-        cBeside beside(target_, {path_, old_, bytes_});
+        cBeside beside(target_, {path_, old_, content_});
         cOutcome const outcome = beside.write();
         if (outcome != cOutcome::done) return outcome;
         return last_look() ? beside.rename() : cOutcome::failed;
     }
 
     cOutcome write_in_place() {
-        bool const written = last_look() && ::write_in_place(path_, *old_, bytes_);
+        bool const written = last_look() && ::write_in_place(path_, *old_, content_);
         return written ? cOutcome::done : cOutcome::failed;
     }
 
@@ -165,7 +165,7 @@ class cReplacement {
         std::string const name = target_ + options_.backup;
         std::string bytes;
         if (!options_.expected && !read_file(path_, bytes)) return refuse(Replaced::no_backup);
-        cBeside backup(name, {path_, old_, options_.expected.value_or(bytes)});
+        cBeside backup(name, {path_, old_, content_of(options_.expected.value_or(bytes))});
         backup.may_be_narrow();
         if (!may_be_backup(name, options_.backup) || backup.write() != cOutcome::done)
             return refuse(Replaced::no_backup);
@@ -189,7 +189,7 @@ class cReplacement {
 
     std::string const &path_;
     struct stat const *const old_;
-    std::string_view const bytes_;
+    cat::Content const &content_;
     cat::ReplaceOptions const &options_;
     std::string target_;
     Replaced result_ = Replaced::failed; // unless it is done
@@ -213,14 +213,19 @@ bool cat::replace_file(std::string const &path, std::string_view bytes) {
 
 cat::Replaced cat::replace_file(std::string const &path, std::string_view bytes,
                                 ReplaceOptions const &options) {
+    return replace_file(path, content_of(bytes), options);
+}
+
+cat::Replaced cat::replace_file(std::string const &path, Content const &content,
+                                ReplaceOptions const &options) {
     struct stat old {};
     bool const exists = os.stat(path.c_str(), &old) == 0;
     if (!exists && errno != ENOENT) return Replaced::failed;
     if (!can_write_file(path)) return Replaced::failed;
     if (exists && !S_ISREG(old.st_mode))
-        return write_through(path, bytes) ? Replaced::done : Replaced::failed;
-    if (!within_limit(bytes.size())) return Replaced::failed;
-    return cReplacement(path, exists ? &old : nullptr, bytes, options).run();
+        return write_through(path, content) ? Replaced::done : Replaced::failed;
+    if (!within_limit(content.size)) return Replaced::failed;
+    return cReplacement(path, exists ? &old : nullptr, content, options).run();
 }
 
 bool cat::copy_to_new_file(std::string const &path, std::string const &copy) {
@@ -233,7 +238,7 @@ bool cat::copy_to_new_file(std::string const &path, std::string const &copy) {
         return false;
     }
     if (!read_file(path, bytes) || !within_limit(bytes.size())) return false;
-    cBeside beside(copy, {path, &old, bytes});
+    cBeside beside(copy, {path, &old, content_of(bytes)});
     beside.may_be_narrow();
     return beside.write() == cOutcome::done && beside.rename_to_new();
 }

@@ -23,6 +23,31 @@ class ToolMemory : public tool_test::Tool {
     }
 };
 
+// Beside what the program needs for any file.
+TEST_F(ToolMemory, for_json_is_less_than_twenty_times_the_file) {
+    if (test::sanitized) return;
+    write("small", "[1]");
+    rlim_t least = 20000;
+    while (run_in(least, {"from-json", "small"}).status != 0) least += 2000;
+    for (std::string const &text :
+         {"[" + times("1,", 100000) + "2]", "[" + times("{\"a\":1},", 25000) + "{}]",
+          "[" + times("[],", 60000) + "[]]",
+          times("{\"a\":", 20) + "[" + times("{\"a\":1},", 25000) + "{}]" + times("}", 20)}) {
+        write("f.json", text);
+        rlim_t const limit = least + 20 * text.size() / 1024;
+        EXPECT_EQ(run_in(limit, {"from-json", "f.json", "-o", "f"}), (cRun{0, "", ""}));
+    }
+}
+
+TEST_F(ToolMemory, for_the_tokens_of_a_long_string_is_less_than_three_times_the_string) {
+    if (test::sanitized) return;
+    write("small", "a");
+    rlim_t least = 20000;
+    while (run_in(least, {"tokens", "small"}).status != 0) least += 2000;
+    write("f", "\"" + times("0123456789", 1000000) + "\"");
+    EXPECT_EQ(run_in(least + 3 * 10000, {"tokens", "f"}).status, 0);
+}
+
 TEST_F(ToolMemory, is_too_little_with_one_message) {
     if (test::sanitized) return; // which takes all addresses
     std::string const text =

@@ -52,7 +52,8 @@ TEST_F(ToolReport, sarif_of_all_kinds_of_findings_is_valid) {
     write("empty", "");
     std::vector<std::string> const documents = {
         sarif_of({"clean"}),
-        sarif_of({"clean", "faulty", "bytes \xFF,:%#?", "many", "empty", "absent", path("many")}),
+        sarif_of(
+            {"clean", "faulty", "bytes \xFF,:%#?", "many", "empty", "absent", path("many"), ""}),
         sarif_of({"-W", "error", "-W", "strings", "faulty", "--max-errors", "2"})};
     EXPECT_EQ(validated(documents), (std::vector<std::string>{"valid", "valid", "valid"}));
 }

@@ -70,4 +70,17 @@ TEST_F(ToolTokens, of_a_file_that_is_not_there) {
               (cRun{2, "", "f: error: cannot read: No such file or directory\n"}));
 }
 
+TEST_F(ToolTokens, of_long_strings) {
+    for (size_t const size : {65533, 65534, 65535, 200000}) {
+        std::string const text = "\"" + tool_test::times("x", size) + "\"";
+        EXPECT_EQ(run_on("[" + text + "]", {"tokens"}),
+                  (cRun{0,
+                        "TOKEN:91:0:1:0 '['\nTOKEN:262:1:1:1 '" + text + "'\nTOKEN:93:" +
+                            std::to_string(size + 3) + ":1:" + std::to_string(size + 3) +
+                            " ']'\nTOKEN:0:" + std::to_string(size + 4) +
+                            ":1:" + std::to_string(size + 4) + " ''\n",
+                        ""}));
+    }
+}
+
 } // namespace

@@ -85,4 +85,17 @@ TEST_F(ToolUsage, limits_of_the_number_of_messages) {
     EXPECT_EQ(run_on("1", {"check", "--max-errors", "1000000"}), (cRun{0, "", ""}));
 }
 
+TEST_F(ToolUsage, an_option_with_an_empty_value_does_not_take_the_next_argument) {
+    write("f", "{a= 1; }\n");
+    EXPECT_EQ(run({"check", "--format=", "f"}), usage_error("check", "--format needs a value"));
+    EXPECT_EQ(run({"to-json", "f", "--output=", "g"}),
+              usage_error("to-json", "--output needs a value"));
+    EXPECT_EQ(run({"from-json", "--big=", "f"}), usage_error("from-json", "--big needs a value"));
+    EXPECT_EQ(run({"get", "f", "--default=", "a"}), usage_error("get", "--default needs a value"));
+    EXPECT_EQ(run({"get", "f", "--default", "", "b"}), (cRun{0, "\n", ""}));
+    EXPECT_FALSE(std::filesystem::exists(path("g")));
+    write("--format=", "1\n");
+    EXPECT_EQ(run({"check", "--", "--format="}), (cRun{0, "", ""}));
+}
+
 } // namespace

@@ -57,6 +57,43 @@ class Replace : public SaveTest {
     std::string const backup_ = folder_.file("file~");
 };
 
+// --- content that is not in memory ---
+
+TEST_F(Replace, content_by_a_function_goes_to_new_files_and_to_both_kinds_of_old_ones) {
+    auto const write = [](int descriptor) {
+        return cat::write_all(descriptor, "piece ") && cat::write_all(descriptor, "by piece");
+    };
+    std::string const other = folder_.file("other"), fresh = folder_.file("fresh");
+    ASSERT_EQ(::link(file_.c_str(), other.c_str()), 0);
+    EXPECT_EQ(cat::replace_file(file_, {14, write}, {}), Replaced::done);
+    EXPECT_EQ(bytes_of(other), "piece by piece") << "written in place";
+    ASSERT_EQ(::unlink(other.c_str()), 0);
+    put(file_, "a text that is longer than the new one");
+    ino_t const before = inode_of(file_);
+    EXPECT_EQ(cat::replace_file(file_, {14, write}, {}), Replaced::done);
+    EXPECT_EQ(bytes_of(file_), "piece by piece");
+    EXPECT_NE(inode_of(file_), before);
+    EXPECT_EQ(cat::replace_file(fresh, {14, write}, {}), Replaced::done);
+    EXPECT_EQ(bytes_of(fresh), "piece by piece");
+}
+
+TEST_F(Replace, a_function_that_fails_leaves_the_file_as_it_was) {
+    auto const fail = [](int descriptor) {
+        cat::write_all(descriptor, "piece");
+        errno = ENOSPC;
+        return false;
+    };
+    std::string const other = folder_.file("other"), fresh = folder_.file("fresh");
+    EXPECT_EQ(cat::replace_file(file_, {10, fail}, {}), Replaced::failed);
+    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_EQ(bytes_of(file_), "old");
+    ASSERT_EQ(::link(file_.c_str(), other.c_str()), 0);
+    EXPECT_EQ(cat::replace_file(file_, {10, fail}, {}), Replaced::failed);
+    EXPECT_EQ(bytes_of(other), "old");
+    EXPECT_EQ(cat::replace_file(fresh, {10, fail}, {}), Replaced::failed);
+    EXPECT_FALSE(cat::file_exists(fresh));
+}
+
 // --- attributes ---
 
 TEST_F(Replace, attributes_stay) {

@@ -79,6 +79,7 @@ class cParser {
     // None if there is work to do, else the exit code.
     std::optional<int> parse(cWords const &arguments) {
         try {
+            refuse_empty_values(arguments);
             app_.parse(cWords(arguments.rbegin(), arguments.rend()));
         } catch (CLI::CallForVersion const &) {
             return print(std::string(QRV_VERSION_TEXT) + "\n");
@@ -97,6 +98,18 @@ class cParser {
     static int print(std::string const &text) { return put_result(text) ? exit_done : exit_failed; }
 
   private:
+    // The parser would make the argument after "--output=" its value.
+    void refuse_empty_values(cWords const &arguments) const {
+        for (std::string const &argument : arguments) {
+            if (argument == "--") return;
+            if (!argument.starts_with("--") || !argument.ends_with('=')) continue;
+            std::string const name = argument.substr(0, argument.size() - 1);
+            CLI::Option const *const option = app_.get_option_no_throw(name);
+            if (option && option->get_items_expected_min() > 0)
+                throw CLI::ArgumentMismatch(name + ": ", CLI::ExitCodes::ArgumentMismatch);
+        }
+    }
+
     std::shared_ptr<cHelpText> help_ = std::make_shared<cHelpText>();
     CLI::App app_;
     cWords modules_;

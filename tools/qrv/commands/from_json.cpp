@@ -1,16 +1,11 @@
-// `from-json`: a JSON text as a file of the format. The new text is verified before it is printed:
-// when it is read, it must write the same bytes and be the same JSON. The first tree is destroyed
-// before the second is read, so that one tree and two texts are in memory.
+// `from-json`: a JSON text as a file of the format. All of the new text is verified before anything
+// of it is written.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
 #include "tools/qrv/json/reading.h"
-#include "tools/qrv/json/writing.h"
-#include "tools/qrv/output/writing.h"
-#include "tools/qrv/reading/reading.h"
-
-#include <functional>
-#include <optional>
+#include "tools/qrv/output/no_memory.h"
+#include "tools/qrv/output/output.h"
 
 namespace {
 
@@ -44,51 +39,30 @@ cJsonRules rules_of(cOptions const &options) {
             options.duplicates == "last"};
 }
 
-// The hash of the value as JSON.
-size_t json_hash(objref const &value, size_t room, cMessages &messages) {
-    return std::hash<std::string>()(json_text(value, {.compact = true, .room = room}, messages));
-}
-
-struct cResult {
-    std::string text;
-    size_t json_size; // of the file that was read
-    size_t json_hash;
-};
-
-std::string layout_of(objref const &value, size_t room, cMessages &messages) {
-    return without_line_end_blanks(written(value, "", false, messages, room));
-}
-
-bool reads_back(cResult const &result, cMessages const &messages) {
-    cMessages unheard(messages.name(), 1);
-    cReading const again = read_value(result.text, unheard);
-    if (!again.clean) return false;
-    bool const same = layout_of(again.value, result.text.size(), unheard) == result.text;
-    return same && json_hash(again.value, result.json_size, unheard) == result.json_hash;
-}
-
-std::optional<cResult> result_of(std::string &bytes, cJsonRules const &rules, cMessages &messages) {
-    objref const value = read_json(bytes, rules, messages);
-    if (!value) return std::nullopt;
-    size_t const size = bytes.size();
-    std::string().swap(bytes);
-    return cResult{layout_of(value, 4 * size, messages), size, json_hash(value, size, messages)};
-}
-
-void convert(cJsonRules const &rules, std::string &bytes, cMessages &messages, cReply &reply) {
-    std::optional<cResult> result = result_of(bytes, rules, messages);
-    if (messages.count() == 0 && !reads_back(*result, messages))
-        messages.error("not written: the new text would change when it is read and written again");
-    reply.status = messages.count() == 0 ? exit_done : exit_failed;
-    if (result) reply.text = std::move(result->text);
+// Writes the text to that file, or prints it if the name is empty or -.
+int write(cJsonFile const &json, cOptions const &options) {
+    if (options.output.empty() || options.output == "-")
+        return json.write(put_result) ? exit_done : exit_failed;
+    return cTarget(options.output, options.target).replace({json.size(), [&json](int descriptor) {
+                                                                return json.write(
+                                                                    [&](std::string_view piece) {
+                                                                        return cat::write_all(
+                                                                            descriptor, piece);
+                                                                    });
+                                                            }});
 }
 
 int run(cOptions const &options) {
-    return print_to(options.output, options.target,
-                    with_raw_bytes(options.file, options.max_errors,
-                                   [&](std::string &bytes, cMessages &messages, cReply &reply) {
-                                       convert(rules_of(options), bytes, messages, reply);
-                                   }));
+    cWorkOn const about(options.file);
+    cMessages messages(options.file, options.max_errors);
+    std::string bytes;
+    if (!read_bytes(options.file, bytes, messages)) {
+        put_lines(messages.text());
+        return exit_failed;
+    }
+    cJsonFile const json(bytes, rules_of(options), messages);
+    put_lines(messages.text());
+    return json.is_good() ? write(json, options) : exit_failed;
 }
 
 void add_arguments(cArguments &arguments, cOptions &options) {

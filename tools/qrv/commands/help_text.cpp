@@ -68,6 +68,12 @@ std::string cHelpText::make_option_name(CLI::Option const *option, bool is_posit
     return names;
 }
 
+// A name with a blank has an optional part, and shows itself how many values there are.
+std::string cHelpText::make_option_usage(CLI::Option const *option) const {
+    std::string const name = make_option_name(option, true);
+    return name.find(' ') == name.npos ? Formatter::make_option_usage(option) : name;
+}
+
 std::string cHelpText::make_option_opts(CLI::Option const *option) const {
     std::string const kind = option->get_type_name();
     if (kind.empty()) return "";

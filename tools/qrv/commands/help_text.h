@@ -16,6 +16,7 @@ class cHelpText : public CLI::Formatter {
   private:
     std::string make_option(CLI::Option const *option, bool is_positional) const override;
     std::string make_option_name(CLI::Option const *option, bool is_positional) const override;
+    std::string make_option_usage(CLI::Option const *option) const override;
     std::string make_option_opts(CLI::Option const *option) const override;
     std::string make_option_desc(CLI::Option const *option) const override;
 };

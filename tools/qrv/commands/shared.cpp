@@ -54,42 +54,23 @@ void add_destination(cArguments &arguments, cWriteOptions &options) {
     add_target(arguments, options.target, "--in-place or --output", writes_file);
 }
 
-namespace {
-
-enum class cMark : unsigned char { kept, cut };
-
-cReply on_file(std::string const &file, int max_errors, cMark mark, cBytesWork const &work) {
+cReply on_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
     return apart(file, [&](cReply &reply) {
         cMessages messages(file, max_errors);
         std::string bytes;
         if (read_bytes(file, bytes, messages)) {
-            if (mark == cMark::cut) {
-                cut_mark(bytes);
-                messages.source(bytes);
-            }
+            cut_mark(bytes);
+            messages.source(bytes);
             work(bytes, messages, reply);
         }
         reply.found = messages.findings();
     });
 }
 
-cReply with_messages(cReply reply) {
+cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
+    cReply reply = on_bytes(file, max_errors, work);
     put_messages(reply);
     return reply;
-}
-
-} // namespace
-
-cReply on_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
-    return on_file(file, max_errors, cMark::cut, work);
-}
-
-cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
-    return with_messages(on_bytes(file, max_errors, work));
-}
-
-cReply with_raw_bytes(std::string const &file, int max_errors, cBytesWork const &work) {
-    return with_messages(on_file(file, max_errors, cMark::kept, work));
 }
 
 cReply with_value(std::string const &file, int max_errors, cValueWork const &work) {

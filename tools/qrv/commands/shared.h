@@ -20,11 +20,10 @@ void add_target(cArguments &arguments, cTargetOptions &options, char const *what
 void add_destination(cArguments &arguments, cWriteOptions &options);
 
 // Runs `work` on the bytes of a file, apart from other files; with_bytes() prints the messages too.
-// Without the bytes the reply is that of a failure. `work` may drop the bytes. A byte order mark
-// belongs to the raw bytes only.
+// Without the bytes the reply is that of a failure. `work` may drop the bytes. A byte order mark is
+// cut off.
 using cBytesWork = std::function<void(std::string &bytes, cMessages &messages, cReply &)>;
 cReply on_bytes(std::string const &file, int max_errors, cBytesWork const &work);
-cReply with_raw_bytes(std::string const &file, int max_errors, cBytesWork const &work);
 cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work);
 
 // The same with the value, for a file that has no errors.

@@ -37,8 +37,14 @@ constexpr char const *help =
     "for a string that is not UTF-8, for two keys with the same text, and for sharing that\n"
     "would make the text many times longer than the file.";
 
+// A file without comments is not scanned for them: all its tokens would be in memory.
+bool may_have_comments(std::string const &bytes) {
+    return bytes.find("//") != bytes.npos || bytes.find("/*") != bytes.npos;
+}
+
 void tell_lost_text(cReading const &reading, std::string const &bytes, cMessages &messages) {
-    for (cComment const &comment : survey(bytes).comments)
+    cSurvey const found = may_have_comments(bytes) ? survey(bytes) : cSurvey();
+    for (cComment const &comment : found.comments)
         messages.warning(comment.place,
                          "this comment is lost: " +
                              shortened(comment.text.substr(0, comment.text.find('\n'))));

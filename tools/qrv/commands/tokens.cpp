@@ -1,7 +1,6 @@
 // `tokens`: the scanner's view of a file. Memory does not grow with the file.
 
 #include "tools/qrv/commands/command.h"
-#include "tools/qrv/commands/shared.h"
 #include "tools/qrv/output/exit_code.h"
 #include "tools/qrv/output/no_memory.h"
 #include "tools/qrv/output/output.h"
@@ -17,7 +16,6 @@ namespace {
 struct cOptions {
     std::string file;
     bool all = false;
-    int max_errors = default_max_errors;
 };
 
 constexpr char const *help = "Example:\n"
@@ -36,7 +34,7 @@ int run(cOptions const &options) {
         return piece;
     });
     std::istream is(&pieces);
-    auto const put = [&](std::string const &lines) {
+    auto const put = [&](std::string_view lines) {
         return input.error().empty() && put_result(lines);
     };
     bool const done = dump(is, options.all, put);
@@ -47,7 +45,6 @@ int run(cOptions const &options) {
 void add_arguments(cArguments &arguments, cOptions &options) {
     arguments.required("FILE", options.file, "the file");
     arguments.flag("--all", options.all, "list comments and blanks, too");
-    add_max_errors(arguments, options.max_errors);
 }
 
 cCommand const command(80, "tokens", "List the tokens of a file", help,

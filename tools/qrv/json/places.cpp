@@ -8,6 +8,8 @@ cJsonPlaces::cJsonPlaces(std::string const &bytes) : bytes_(bytes) {
     if (bytes_.starts_with(json_mark)) end_ = json_mark.size();
 }
 
+cJsonPlaces::cJsonPlaces(std::string const &bytes, size_t offset) : bytes_(bytes), end_(offset) {}
+
 void cJsonPlaces::next() {
     start_ = start_behind(end_, " \t\r\n,:");
     end_ = end_of(start_);
@@ -22,6 +24,27 @@ size_t cJsonPlaces::token_at(size_t offset) const {
 
 size_t cJsonPlaces::start_behind(size_t at, char const *passed) const {
     return std::min(bytes_.find_first_not_of(passed, at), bytes_.size());
+}
+
+// Stops at the first container, so that all these looks together are O(size).
+bool cJsonPlaces::array_has_lines() const {
+    for (size_t start = end_, end = end_;; start = end) {
+        start = start_behind(start, " \t\r\n,");
+        if (has(start, "[{")) return true;
+        if (!has(start, "\"-0123456789tfn")) return false; // the end, or a mistake
+        end = end_of(start);
+        if (bytes_[start] == '"' && string_has_lines(start, end)) return true;
+    }
+}
+
+// A line end can only be there as an escape.
+bool cJsonPlaces::string_has_lines(size_t start, size_t end) const {
+    std::string_view const string(&bytes_[start], end - start);
+    for (size_t at = string.find('\\'); at != string.npos; at = string.find('\\', at + 2))
+        if (std::string_view const escape = string.substr(at + 1);
+            escape.starts_with('n') || escape.starts_with("u000a") || escape.starts_with("u000A"))
+            return true;
+    return false;
 }
 
 // As the parser cuts tokens: of "01" the 0 is one, of "nullx" the first four letters.

@@ -12,6 +12,7 @@
 class cJsonPlaces {
   public:
     explicit cJsonPlaces(std::string const &bytes);
+    cJsonPlaces(std::string const &bytes, size_t offset); // after the token that ends there
 
     void next();                            // to the next token that is told
     size_t start() const { return start_; } // of that token
@@ -19,12 +20,15 @@ class cJsonPlaces {
     // The start of the token, told or not, that has this offset and stands behind the last one that
     // was told. At the end of the text the end.
     size_t token_at(size_t offset) const;
-    cPlace place(size_t offset); // O(distance) while offsets grow
+    size_t end_of(size_t start) const; // of the token that begins there
+    cPlace place(size_t offset);       // O(distance) while offsets grow
+    // Has the array whose bracket was told last an entry that is a container or has a line end?
+    bool array_has_lines() const;
 
   private:
     size_t start_behind(size_t at, char const *passed) const;
-    size_t end_of(size_t start) const; // of the token that begins there
     size_t behind_string(size_t at) const;
+    bool string_has_lines(size_t start, size_t end) const;
     size_t behind_number(size_t at) const;
     size_t behind_digits(size_t at) const;
     bool has(size_t at, std::string_view characters) const;

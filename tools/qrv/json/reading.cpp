@@ -1,18 +1,23 @@
-// The parser calls the builder for each token, so that neither holds a second tree and no depth
-// takes stack. The levels that are open are a stack; what stands too deep is passed over.
+// The parser calls the converter for each token, so that there is no tree and no depth takes stack.
+// The levels that are open are a stack; what is too deep is skipped.
+//
+// The text is made twice: once to find all errors and to verify it, before anything is written, and
+// once to be written. So neither is in memory as a whole.
 
 #include "tools/qrv/json/reading.h"
 
-#include "qrv/containers/cmapobj.h"
-#include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/read/cattrscan.h"
+#include "tools/qrv/json/mistake.h"
 #include "tools/qrv/json/path.h"
 #include "tools/qrv/json/places.h"
+#include "tools/qrv/json/repetitions.h"
+#include "tools/qrv/output/progress.h"
 
 #include <charconv>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -20,15 +25,18 @@ namespace {
 
 using cJson = nlohmann::json;
 
+constexpr size_t no_offset = std::string::npos;
+
 // A container that is being read.
 struct cLevel {
-    cRef<cMapObj> container;
     bool is_map;
-    bool has_lines = false; // an entry that spans lines
+    size_t start;                                      // of its bracket
+    std::unordered_map<std::string, size_t> keys = {}; // with the offsets of the first
     // The entry that is being read:
     std::string key = {};
     int index = 0;
-    bool refused = false; // it can't be stored
+    size_t repeated = no_offset; // where the key is first
+    size_t before = 0;           // the end of the entry before it
 };
 
 // All whole numbers with fewer digits are in the range of double.
@@ -89,24 +97,24 @@ std::string reason_of(std::string text) {
     return text.substr(0, token) + (rest == text.npos || rest < token ? "" : text.substr(rest));
 }
 
-class cBuilder : public nlohmann::json_sax<cJson> {
+class cConverter : public nlohmann::json_sax<cJson> {
   public:
-    cBuilder(std::string const &bytes, cJsonRules const &rules, cMessages &messages)
-        : bytes_(bytes), rules_(rules), messages_(messages), places_(bytes),
-          one_line_(cat::of("sc")), many_lines_(cat::of("wc")) {}
-    cBuilder(cBuilder const &) = delete;
-    cBuilder &operator=(cBuilder const &) = delete;
+    cConverter(std::string const &bytes, cJsonPlaces &places, cJsonRules const &rules,
+               cMessages &messages, cJsonText &text)
+        : bytes_(bytes), rules_(rules), messages_(messages), places_(places), text_(text) {}
+    cConverter(cConverter const &) = delete;
+    cConverter &operator=(cConverter const &) = delete;
 
-    objref const &value() const { return value_; } // null when nothing was read
+    cRepetitions const &repetitions() const { return repetitions_; }
 
     bool null() override {
         places_.next();
-        return add(cat::nil());
+        return add(nullptr);
     }
 
     bool boolean(bool value) override {
         places_.next();
-        return add(cat::of(value));
+        return add(value);
     }
 
     bool number_integer(number_integer_t value) override { return add_whole(value); }
@@ -116,7 +124,7 @@ class cBuilder : public nlohmann::json_sax<cJson> {
     bool number_float(number_float_t value, string_t const &) override {
         places_.next();
         std::string_view const token(&bytes_[places_.start()], places_.end() - places_.start());
-        if (!is_whole(token)) return add(cat::of(value));
+        if (!is_whole(token)) return add(value);
         return add_big(std::string(token), nearest_double(token));
     }
 
@@ -124,46 +132,51 @@ class cBuilder : public nlohmann::json_sax<cJson> {
         places_.next();
         if (value.find('\0') != std::string::npos)
             return refuse("a string with a character 0 cannot be written");
-        bool const has_lines = value.find('\n') != std::string::npos;
-        return add(cat::of(value), has_lines);
+        return add(value);
     }
 
     bool binary(binary_t &) override { return false; } // not in texts
 
-    bool start_object(std::size_t) override { return open(make<cMapObj>(), true); }
+    bool start_object(std::size_t) override { return open(true); }
     bool end_object() override { return close(); }
-    bool start_array(std::size_t) override { return open(make<cVectorObj>(), false); }
+    bool start_array(std::size_t) override { return open(false); }
     bool end_array() override { return close(); }
 
     bool key(string_t &key) override {
+        size_t const before = places_.end();
         places_.next();
         if (too_deep_ > 0) return true;
         cLevel &level = levels_.back();
         level.key = std::move(key);
-        std::string const fault = fault_of_key(level);
-        level.refused = !fault.empty();
-        if (level.refused) tell(fault);
+        level.before = before;
+        level.repeated = no_offset;
+        if (level.key.find('\0') != std::string::npos)
+            tell("a key with a character 0 cannot be written");
+        else if (auto const [first, is_new] = level.keys.emplace(level.key, places_.start());
+                 !is_new)
+            repeat(level, first->second);
+        text_.key(level.key);
         return true;
     }
 
     // The position is the number of characters that were read.
     bool parse_error(std::size_t position, std::string const &,
                      nlohmann::detail::exception const &error) override {
-        std::string text = reason_of(error.what());
-        bool const invalid = text.find(" - invalid ") != std::string::npos;
-        bool const literal = text.find("invalid literal") != std::string::npos;
-        size_t const size = bytes_.size();
-        size_t const last = std::min(position, literal ? size : size + 1) - 1;
-        size_t const at = literal || !invalid ? places_.token_at(last) : last;
-        if (text.starts_with("number overflow")) text += at_path(path());
-        messages_.error(places_.place(at), text);
+        cJsonMistake mistake = mistake_of(bytes_, places_, position, reason_of(error.what()));
+        if (mistake.is_value) mistake.text += at_path(path());
+        messages_.error(places_.place(mistake.offset), mistake.text);
+        if (!mistake.note.empty()) messages_.note(places_.place(mistake.offset), mistake.note);
+        if (mistake.is_unclosed && too_deep_ == 0 && !levels_.empty())
+            messages_.note(places_.place(levels_.back().start), levels_.back().is_map
+                                                                    ? "this '{' is not closed"
+                                                                    : "this '[' is not closed");
         return false;
     }
 
   private:
     template <class T> bool add_whole(T value) {
         places_.next();
-        if (std::in_range<int>(value)) return add(cat::of(static_cast<int>(value)));
+        if (std::in_range<int>(value)) return add(static_cast<int>(value));
         return add_big(std::to_string(value), static_cast<double>(value));
     }
 
@@ -171,43 +184,37 @@ class cBuilder : public nlohmann::json_sax<cJson> {
     bool add_big(std::string const &text, std::optional<double> nearest) {
         using cBig = cJsonRules::cBig;
         if (nearest && (rules_.big == cBig::nearest_double || is_exact(*nearest, text)))
-            return add(cat::of(*nearest));
-        if (rules_.big == cBig::string) return add(cat::of(text));
+            return add(*nearest);
+        if (rules_.big == cBig::string) return add(text);
         return refuse("the number " + shortened(text, 60) + " fits neither int nor double",
                       nearest ? "; use --big=double or --big=string" : "; use --big=string");
     }
 
-    bool add(objref const &value, bool has_lines = false) {
+    bool add(cScalar const &value) {
         if (too_deep_ > 0) return true;
-        put(value, has_lines);
-        return next_entry();
+        text_.value(value);
+        return end_entry();
     }
 
-    void put(objref const &value, bool has_lines) {
-        if (levels_.empty()) {
-            value_ = value;
-            return;
-        }
+    bool end_entry() {
+        if (levels_.empty()) return true;
         cLevel &level = levels_.back();
-        level.has_lines |= has_lines;
-        if (!level.is_map)
-            level.container->datamap().vect_append(value);
-        else if (!level.refused)
-            level.container->datamap().mapitem(level.key, value);
+        if (level.repeated != no_offset)
+            repetitions_.add(level.repeated, level.before, places_.end());
+        ++level.index;
+        return text_.is_wanted();
     }
 
-    bool next_entry() {
-        if (!levels_.empty()) ++levels_.back().index;
-        return true;
-    }
-
-    bool open(cRef<cMapObj> const &container, bool is_map) {
+    bool open(bool is_map) {
         places_.next();
         if (too_deep_ == 0 && levels_.size() == static_cast<size_t>(cat::max_read_depth))
             tell("nesting is deeper than " + std::to_string(cat::max_read_depth));
         else if (too_deep_ == 0) {
-            put(container, true);
-            levels_.push_back({container, is_map});
+            if (is_map)
+                text_.open_map();
+            else
+                text_.open_vector(places_.array_has_lines());
+            levels_.push_back({is_map, places_.start()});
             return true;
         }
         ++too_deep_;
@@ -216,42 +223,33 @@ class cBuilder : public nlohmann::json_sax<cJson> {
 
     bool close() {
         places_.next();
-        if (too_deep_ > 0)
+        if (too_deep_ > 0) {
             --too_deep_;
-        else {
-            lay_out(levels_.back());
+        } else {
+            text_.close();
             levels_.pop_back();
         }
-        return too_deep_ > 0 || next_entry();
+        return too_deep_ > 0 || end_entry();
     }
 
-    void lay_out(cLevel const &level) const {
-        if (level.container->size() == 0)
-            level.container->set_omember("wformat", one_line_);
-        else if (!level.is_map && level.has_lines)
-            level.container->set_omember("wformat", many_lines_);
+    void repeat(cLevel &level, size_t first) {
+        if (rules_.last_wins)
+            level.repeated = first;
+        else
+            tell("this key occurs twice in the object", "; use --duplicates=last", first);
     }
 
     // The scalar at the current path can't be stored.
     bool refuse(std::string const &why, char const *advice = "") {
         if (too_deep_ > 0) return true;
         tell(why, advice);
-        return next_entry();
+        return end_entry();
     }
 
-    void tell(std::string const &why, char const *advice = "") {
-        if (messages_.tells_errors())
-            messages_.error(places_.place(places_.start()), why + at_path(path()) + advice);
-        else
-            messages_.more(1);
-    }
-
-    std::string fault_of_key(cLevel const &level) const {
-        if (level.key.find('\0') != std::string::npos)
-            return "a key with a character 0 cannot be written";
-        if (!rules_.last_wins && level.container->datamap().find(level.key))
-            return "this key occurs twice in the object";
-        return "";
+    void tell(std::string const &why, char const *advice = "", size_t first = no_offset) {
+        if (!messages_.tells_errors()) return messages_.more(1);
+        messages_.error(places_.place(places_.start()), why + at_path(path()) + advice);
+        if (first != no_offset) messages_.note(lines_.place(first), "it is first here");
     }
 
     cJsonPath path() const {
@@ -264,23 +262,62 @@ class cBuilder : public nlohmann::json_sax<cJson> {
     std::string const &bytes_;
     cJsonRules const &rules_;
     cMessages &messages_;
-    cJsonPlaces places_;
-    objref const one_line_, many_lines_;
+    cJsonPlaces &places_;
+    cLines const lines_{bytes_};
+    cJsonText &text_;
+    cRepetitions repetitions_;
     std::vector<cLevel> levels_;
     size_t too_deep_ = 0; // levels that are passed over
-    objref value_;
 };
 
 } // namespace
 
-objref read_json(std::string const &bytes, cJsonRules const &rules, cMessages &messages) {
+cJsonFile::cJsonFile(std::string &bytes, cJsonRules const &rules, cMessages &messages)
+    : bytes_(std::move(bytes)), rules_(rules) {
+    cRepetitions const repetitions = check(messages);
+    if (!is_good_ || repetitions.empty()) return;
+    bytes_ = repetitions.removed_from(bytes_);
+    check(messages);
+}
+
+cRepetitions cJsonFile::check(cMessages &messages) {
     size_t const before = messages.count();
-    cBuilder builder(bytes, rules, messages);
-    std::string changed;
-    if (has_row_of_digits(bytes, digits_beyond_double)) changed = with_numbers_in_range(bytes);
-    std::string const &text = changed.empty() ? bytes : changed;
-    size_t const zero = bytes.find('\0'); // to the parser the end of the text
-    if (cJson::sax_parse(text.begin(), text.end(), &builder) && zero != bytes.npos)
-        messages.error(cJsonPlaces(bytes).place(zero), "a character 0 follows the value");
-    return messages.count() == before ? builder.value() : nullptr;
+    cProgress progress(messages.name(), bytes_.size());
+    cValuePrint read;
+    size_ = 0;
+    in_range_.clear();
+    if (has_row_of_digits(bytes_, digits_beyond_double)) in_range_ = with_numbers_in_range(bytes_);
+    cConverted const converted = convert(messages, [&](std::string_view piece, size_t bytes) {
+        progress.add(bytes);
+        size_ += piece.size();
+        if (messages.count() == before) read.add_text(piece);
+        return true;
+    });
+    if (messages.count() == before && read != converted.given)
+        messages.error("not written: the new text would be read as another value");
+    is_good_ = messages.count() == before;
+    return converted.repetitions;
+}
+
+bool cJsonFile::write(cPutPiece const &put) const {
+    cMessages unheard("", 1);
+    bool done = true;
+    convert(unheard, [&](std::string_view piece, size_t) { return done = put(piece); });
+    return done;
+}
+
+cJsonFile::cConverted cJsonFile::convert(cMessages &messages, cPut const &put) const {
+    cJsonPlaces places(bytes_);
+    size_t done = 0;
+    cJsonText text([&](std::string_view piece) {
+        size_t const before = std::exchange(done, places.end());
+        return put(piece, done - before);
+    });
+    cConverter converter(bytes_, places, rules_, messages, text);
+    std::string const &parsed = in_range_.empty() ? bytes_ : in_range_;
+    size_t const zero = bytes_.find('\0'); // to the parser the end of the text
+    if (cJson::sax_parse(parsed.begin(), parsed.end(), &converter) && zero != bytes_.npos)
+        messages.error(cJsonPlaces(bytes_).place(zero), "a character 0 follows the value");
+    text.end();
+    return {text.given(), converter.repetitions()};
 }

@@ -1,15 +1,20 @@
 #pragma once
-// A JSON text as objects: object to map, array to vector, string, true and false to themselves, a
-// whole number that fits to int, every other number to double, null to #nil.
+// A JSON file as text of the file format: object to map, array to vector, string, true and false to
+// themselves, a whole number that fits to int, every other number to double, null to #nil.
 //
 // What the file format can't hold is an error with position and path, and all are reported: a whole
 // number that is neither an int nor exactly a double, a key that occurs twice in an object, a
 // character 0 in a string or key, and nesting deeper than the reader goes. Rules can ask for
 // another value instead of the first two.
+//
+// Memory is the bytes of the file, and the keys of the objects that contain the current position.
 
-#include "qrv/core/cobj.h"
+#include "tools/qrv/json/repetitions.h"
+#include "tools/qrv/json/text.h"
 #include "tools/qrv/output/messages.h"
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -20,9 +25,35 @@ struct cJsonRules {
     enum class cBig { error, nearest_double, string };
 
     cBig big = cBig::error; // what a whole number becomes that is neither an int nor a double
-    bool last_wins = false; // of equal keys; the value is at the place of the first
+    bool last_wins = false; // of equal keys; the value is at the position of the first
 };
 
-// The value, laid out for writing: one entry a line, but short arrays of scalars and what is empty.
-// Null if something was reported.   O(size)
-objref read_json(std::string const &bytes, cJsonRules const &rules, cMessages &messages);
+class cJsonFile {
+  public:
+    // Moves the bytes. All errors are reported here, one too if the scanner would read the text as
+    // other values.   O(size)
+    cJsonFile(std::string &bytes, cJsonRules const &rules, cMessages &messages);
+
+    bool is_good() const { return is_good_; } // nothing was reported
+    // Of a good file: the size of its text, and the text, the same each time. False if a piece was
+    // refused.   O(size)
+    std::uint64_t size() const { return size_; }
+    bool write(cPutPiece const &put) const;
+
+  private:
+    // Gets a piece of the text, and how many bytes of the file were read for it.
+    using cPut = std::function<bool(std::string_view piece, size_t bytes)>;
+    struct cConverted {
+        cValuePrint given;
+        cRepetitions repetitions;
+    };
+
+    cRepetitions check(cMessages &messages);
+    cConverted convert(cMessages &messages, cPut const &put) const;
+
+    std::string bytes_;
+    std::string in_range_; // the bytes as the parser accepts them, if it would not
+    cJsonRules const rules_;
+    std::uint64_t size_ = 0;
+    bool is_good_ = false;
+};

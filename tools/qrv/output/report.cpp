@@ -120,7 +120,8 @@ std::string percent_encoded(std::string const &text, std::string_view special) {
 std::string command_of(char const *kind, std::string const &file, cRegion const &region,
                        std::string const &title, std::string const &text) {
     constexpr std::string_view in_property = "%\r\n:,";
-    std::string line = std::string("::") + kind + " file=" + percent_encoded(file, in_property);
+    std::string line = std::string("::") + kind;
+    if (!file.empty()) line += " file=" + percent_encoded(file, in_property);
     auto const put = [&](char const *name, unsigned number) {
         if (number != 0) line += std::string(",") + name + "=" + std::to_string(number);
     };
@@ -180,8 +181,9 @@ cJson result_of(cDiagnostic const &diagnostic, cCharacters const &characters) {
     if (std::string const name = label_of(diagnostic); !name.empty()) result["ruleId"] = name;
     result["level"] = level_of(diagnostic.severity);
     result["message"] = {{"text", diagnostic.text}};
-    result["locations"] =
-        cJson::array({location_of(diagnostic.file, characters.region(diagnostic))});
+    if (!diagnostic.file.empty()) // which has no address
+        result["locations"] =
+            cJson::array({location_of(diagnostic.file, characters.region(diagnostic))});
     for (cNote const &note : diagnostic.notes) {
         cRegion const region =
             note.place.line == 0 ? cRegion() : cRegion{characters.place(note.place)};

@@ -1,6 +1,5 @@
 #include "tools/qrv/output/target.h"
 
-#include "qrv/base/platform/cplatform.h"
 #include "tools/qrv/output/exit_code.h"
 #include "tools/qrv/output/no_memory.h"
 #include "tools/qrv/output/output.h"
@@ -40,9 +39,20 @@ bool cTarget::lock() {
 }
 
 int cTarget::replace(std::string const &text, std::optional<std::string_view> expected) {
+    return replace_by([&](auto const &options) { return cat::replace_file(name_, text, options); },
+                      expected);
+}
+
+int cTarget::replace(cat::Content const &content) {
+    return replace_by(
+        [&](auto const &options) { return cat::replace_file(name_, content, options); }, {});
+}
+
+int cTarget::replace_by(std::function<cat::Replaced(cat::ReplaceOptions const &)> const &work,
+                        std::optional<std::string_view> expected) {
     cWorkOn const about(name_);
     if (!lock()) return exit_failed;
-    switch (cat::replace_file(name_, text, {.expected = expected, .backup = options_.backup})) {
+    switch (work({.expected = expected, .backup = options_.backup})) {
     case cat::Replaced::done:
         return exit_done;
     case cat::Replaced::changed:

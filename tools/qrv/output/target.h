@@ -3,7 +3,9 @@
 // killed or the disk is full, nor what another process writes to it at the same time.
 
 #include "qrv/base/platform/cfolderlock.h"
+#include "qrv/base/platform/cplatform.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,8 +29,11 @@ class cTarget {
     // Gives the file that content, under the lock; an exit code. With `expected` the file must
     // still hold these bytes. If it can't be written, a message says so and it stays as it was.
     int replace(std::string const &text, std::optional<std::string_view> expected = {});
+    int replace(cat::Content const &content);
 
   private:
+    int replace_by(std::function<cat::Replaced(cat::ReplaceOptions const &)> const &work,
+                   std::optional<std::string_view> expected);
     int refuse(std::string const &why) const;
 
     std::string name_;

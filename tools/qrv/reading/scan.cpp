@@ -14,10 +14,7 @@ namespace {
 class cTokens : public cAttrScanner {
   public:
     explicit cTokens(std::istream &is) : cAttrScanner(is) {}
-    bool next(cAttrLiteral &token) const { // false at the end
-        gettoken(token);
-        return token.code != tkEof || !token.text.empty(); // a byte 0 has the code of the end
-    }
+    cToken const &next() const { return next_token(); }
 };
 
 bool is_white(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
@@ -144,17 +141,24 @@ std::map<size_t, size_t> numbers_in(std::string const &bytes) {
     return numbers;
 }
 
-bool dump(std::istream &is, bool all, std::function<bool(std::string const &)> const &put) {
+// A long text is not copied, since the lexer has it in memory already.
+bool dump(std::istream &is, bool all, std::function<bool(std::string_view)> const &put) {
     constexpr size_t enough = 65536; // for one call
     cTokens tokens(is);
     tokens.return_all(all);
     std::string lines;
-    cAttrLiteral token;
     for (bool more = true; more;) {
-        more = tokens.next(token);
+        cToken const &token = tokens.next();
+        more = token.code != tkEof || !token.text.empty(); // a byte 0 has the code of the end
         lines += "TOKEN:" + std::to_string(token.code) + ":" + std::to_string(token.position) +
-                 ":" + std::to_string(token.line) + ":" + std::to_string(token.column) + " '" +
-                 token.text + "'\n";
+                 ":" + std::to_string(token.line) + ":" + std::to_string(token.column) + " '";
+        if (token.text.size() < enough) {
+            lines += token.text;
+        } else {
+            if (!put(lines) || !put(token.text)) return false;
+            lines.clear();
+        }
+        lines += "'\n";
         if (more && lines.size() < enough) continue;
         if (!put(lines)) return false;
         lines.clear();

@@ -13,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct cComment {
@@ -48,5 +49,5 @@ std::string numbered(std::string const &bytes, std::vector<cComment> const &comm
 std::map<size_t, size_t> numbers_in(std::string const &bytes);
 
 // The tokens, a line each, in the scanner's dump form; with comments and blanks if all. `put` is
-// given some lines at a time; false ends it, and is the result.
-bool dump(std::istream &is, bool all, std::function<bool(std::string const &lines)> const &put);
+// given some text at a time; false ends it, and is the result.
+bool dump(std::istream &is, bool all, std::function<bool(std::string_view text)> const &put);

@@ -6,6 +6,7 @@
 #include "qrv/ccomp.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -90,6 +91,16 @@ enum class Replaced {
 };
 
 QRV_API Replaced replace_file(std::string const &path, std::string_view bytes,
+                              ReplaceOptions const &options);
+
+// Content that need not be in memory. `write` puts all of it, `size` bytes, to a descriptor: false,
+// with errno, if it can't. It may be called more than once, for descriptors at their starts.
+struct Content {
+    std::uint64_t size;
+    std::function<bool(int descriptor)> write;
+};
+
+QRV_API Replaced replace_file(std::string const &path, Content const &content,
                               ReplaceOptions const &options);
 
 // Removes from the folder of the file `path` (links are followed) what replace_file() left there

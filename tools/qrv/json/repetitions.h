@@ -1,0 +1,27 @@
+#pragma once
+// Keys that occur more than once in an object. The text without the repetitions has the last value
+// of each key, at the position of the first.
+
+#include <cstddef>
+#include <map>
+#include <string>
+
+class cRepetitions {
+  public:
+    // Of the key at the offset `first`, by an entry that begins with a comma after `before` and
+    // ends at `end`. Those of a key come in order.
+    void add(size_t first, size_t before, size_t end);
+    bool empty() const { return parts_.empty(); }
+    std::string removed_from(std::string const &bytes) const; // O(size)
+
+  private:
+    // A key whose value is that of the repetition at `other`, or a repetition, which ends there.
+    struct cPart {
+        bool is_key;
+        size_t other;
+    };
+
+    void copy(std::string const &bytes, size_t from, size_t to, std::string &text) const;
+
+    std::map<size_t, cPart> parts_; // by their offsets
+};

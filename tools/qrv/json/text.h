@@ -1,0 +1,56 @@
+#pragma once
+// The text of a value of a JSON file, written as the value's parts come, so that no object is
+// created. It is what the library's writer makes of such an object in exact text: one entry a line,
+// but arrays on one line whose entries are scalars without line ends.
+
+#include "qrv/text/write/cexacttext.h"
+#include "tools/qrv/json/value_print.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Gets the text piece by piece; false ends the work. No token is divided between two pieces.
+using cPutPiece = std::function<bool(std::string_view piece)>;
+
+class cJsonText {
+  public:
+    explicit cJsonText(cPutPiece put) : put_(std::move(put)) {}
+    cJsonText(cJsonText const &) = delete;
+    cJsonText &operator=(cJsonText const &) = delete;
+    ~cJsonText() = default;
+
+    void open_map() { open({'{', '}', ';', true}); }
+    void open_vector(bool has_lines) { open({'[', ']', ',', has_lines}); }
+    void close();
+    void key(std::string const &key); // of the next value
+    void value(cScalar const &value);
+    void end();                                  // after the outermost value
+    bool is_wanted() const { return !refused_; } // the rest of the text
+
+    cValuePrint const &given() const { return given_; } // of what was written
+
+  private:
+    struct cLevel {
+        char opening, closing, separator;
+        bool has_lines;
+        bool is_empty = true;
+    };
+
+    void open(cLevel const &level);
+    void begin_entry();
+    void begin_value();
+    void end_value();
+    void begin_line();
+    void put(cScalar const &value);
+    void put(char mark);
+    void flush();
+
+    cat::ExactText const exact_;
+    cPutPiece put_;
+    std::string text_; // not handed over yet
+    std::vector<cLevel> levels_;
+    cValuePrint given_;
+    bool refused_ = false;
+};
