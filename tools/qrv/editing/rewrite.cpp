@@ -167,10 +167,14 @@ std::string target_of(std::string const &name, cWriteOptions const &options) {
     return options.output == "-" ? "" : options.output;
 }
 
-// By one name or by two.
+// By one name or by two. The paths are compared first: if another process replaced the file between two
+// looks at its number, one file would seem to be two.
 bool is_same_file(std::string const &name, std::string const &other) {
+    if (name == other) return true;
     std::error_code error;
-    return name == other || std::filesystem::equivalent(name, other, error);
+    auto const path = std::filesystem::canonical(name, error);
+    if (!error && path == std::filesystem::canonical(other, error) && !error) return true;
+    return std::filesystem::equivalent(name, other, error);
 }
 
 int tell_changes(std::string const &name, cReply const &reply, cWriteOptions const &options) {
