@@ -63,16 +63,13 @@ Snapshot::Snapshot(objref const &root) : root_(entry_of(0, nullptr, root)) { add
 
 void Snapshot::add_donor(objref const &root) {
     donor_ = root;
-    Containers target = std::exchange(containers_, {});
     add(root);
-    for (auto const &[container, entries] : containers_) donated_.insert(container);
-    containers_.merge(target);
 }
 
+// What a donor shares with the target is the target's.
 void Snapshot::add(objref const &root) {
-    if (!container_in(root)) return;
+    if (!container_in(root) || !containers_.try_emplace(root.get()).second) return;
     std::vector<objref> todo{root};
-    containers_[root.get()];
     while (!todo.empty()) {
         objref const container = std::move(todo.back());
         todo.pop_back();
@@ -87,6 +84,7 @@ void Snapshot::add(objref const &root) {
         }
         for (WasEntry const &entry : entries) by_anid_.push_back(&entry);
         containers_[container.get()] = std::move(entries);
+        if (donor_) donated_.insert(container.get());
     }
     std::sort(by_anid_.begin(), by_anid_.end(),
               [](WasEntry const *a, WasEntry const *b) { return a->anid < b->anid; });
