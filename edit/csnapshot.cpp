@@ -52,6 +52,8 @@ cMapObj const *container_in(objref const &value) {
     return dynamic_cast<cMapObj const *>(value.get());
 }
 
+bool is_list(cObj const &container) { return container.is_vector() || container.is_set(); }
+
 std::string exact_text(objref const &value) {
     cat::ExactText const exact;
     return cat::as_text(value);

@@ -19,6 +19,9 @@ namespace qrv::edit {
 // and what a program's type writes by itself.
 cMapObj const *container_in(objref const &value);
 
+// Is it a vector or a set?
+bool is_list(cObj const &container);
+
 // The exact written form.
 std::string exact_text(objref const &value);
 
