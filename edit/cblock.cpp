@@ -5,8 +5,14 @@
 namespace qrv::edit {
 
 namespace {
+
 using Where = cat::SourceComment::Where;
+
+size_t after_key(cat::SourceEntry const &entry) {
+    return entry.key.empty() ? entry.value.begin : entry.separator.begin;
 }
+
+} // namespace
 
 std::string NewText::block(Item const &item) {
     cat::SourceEntry const entry = entries_.entry(item.source), frame = entries_.frame(item.source);
@@ -28,10 +34,10 @@ std::string NewText::inner(Item const &item, cat::SourceEntry const &frame) {
     size_t copied = frame.open.end;
     for (Item const *const child : children) {
         cat::SourceEntry const entry = entries_.entry(child->old);
-        if (child->node->anid() != entries_.anid(child->old) && !entry.key.empty()) {
-            text += page_.text(copied, entry.key.begin);
+        if (has_other_key(*child)) {
+            text += page_.text(copied, entry.all().begin);
             text += renamed(*child, entry);
-            copied = entry.separator.begin;
+            copied = after_key(entry);
         }
         if (child->how == Item::as_it_was && child->source == child->old) continue;
         text += page_.text(copied, entry.value.begin);
@@ -121,10 +127,10 @@ class NewText::BlockWriter {
         cat::SourceEntry const &entry = parts_[part].entry;
         std::vector<size_t> const lenders = text_.comments_.lenders(item);
         if (!lenders.empty()) comments_above(lenders, entry.all().begin);
-        if (!entry.key.empty() && item.node->anid() != text_.entries_.anid(item.old)) {
-            copy_to(entry.key.begin);
+        if (text_.has_other_key(item)) {
+            copy_to(entry.all().begin);
             out_ += text_.renamed(item, entry);
-            copied_ = entry.separator.begin;
+            copied_ = after_key(entry);
         }
         copy_to(entry.value.begin);
         out_ += text_.value_here(item);
@@ -166,8 +172,9 @@ class NewText::BlockWriter {
 
     void insert(Item const &item, Item const *next) {
         bool const alone = !last_kept_ && !first_kept_;
-        if (!layout_.lines && text_.entries_.is_donated(item.old) &&
-            (begins_line() || text_.needs_lines(item, alone)))
+        bool const donated = text_.entries_.is_donated(item.old);
+        if (!layout_.lines && ((donated && (begins_line() || text_.needs_lines(item, alone))) ||
+                               (alone && text_.needs_lines(item, false))))
             return insert_line(item, next);
         bool const delimiter = next || layout_.ended;
         std::string const text = text_.new_entry(item, layout_, delimiter);

@@ -9,7 +9,7 @@ std::string Comments::of(Item const &item, Where where, std::string const &inden
     std::vector<size_t> numbers = lenders(item);
     if (item.old != none) numbers.push_back(item.old);
     // All places of a key that came again are removed where it was.
-    if (item.old != none && item.moved && !entries_.is_donated(item.old))
+    if (item.old != none && item.moved && !entries_.is_once(item.old))
         numbers = entries_.of(entries_.anid(item.old));
     std::sort(numbers.begin(), numbers.end());
     for (size_t const number : numbers) {
@@ -56,7 +56,7 @@ std::string Comments::at_separator(Item const &item, std::string const &indent) 
 // A key that came again in the donor is written once; a value that replaced another one lends its
 // comments to an entry without any.
 std::vector<size_t> Comments::lenders(Item const &item) const {
-    size_t const donated = entries_.is_donated(item.old) ? item.old : item.donated;
+    size_t const donated = entries_.is_once(item.old) ? item.old : item.donated;
     if (donated == none) return {};
     if (donated != item.old && !entries_.comments(item.old).empty()) return {};
     std::vector<size_t> numbers = entries_.of(entries_.anid(donated));

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -22,6 +23,12 @@ class Entries {
     void add_donor(cat::SourceMap const &map, size_t offset);
     bool is_donated(size_t number) const { return number != none && number >= donor(); }
     size_t donor() const { return map_.size(); }
+    // Entries of these nodes are written once, even if their keys are repeated. Those of a donor
+    // always are.
+    void write_once(std::unordered_set<std::uint32_t> anids) { once_ = std::move(anids); }
+    bool is_once(size_t number) const {
+        return is_donated(number) || (number != none && once_.contains(anids_[number]));
+    }
 
     cat::SourceEntry entry(size_t number) const {
         return is_donated(number) ? donated_[number - donor()] : map_.entry(number);
@@ -54,6 +61,7 @@ class Entries {
     std::vector<std::uint32_t> anids_;
     std::vector<std::pair<std::uint32_t, std::uint32_t>> numbers_; // anid and number, sorted
     std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;
+    std::unordered_set<std::uint32_t> once_;
     bool any_comes_again_ = false;
     bool any_reference_ = false;
 };

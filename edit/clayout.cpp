@@ -34,6 +34,8 @@ Layout Layouts::new_layout_of(Item const &item) {
     for (Part const &part : parts)
         if (!part.entry.delimiter.empty()) layout.delimiter = page_.text(part.entry.delimiter)[0];
     layout.ended = !parts.back().entry.delimiter.empty();
+    for (Part const &part : parts)
+        if (sample->entry.separator.empty() && !part.entry.separator.empty()) sample = &part;
     if (sample->entry.key.empty() || sample->entry.separator.empty()) return layout;
     cat::SourceEntry const &entry = sample->entry;
     std::string_view const before = page_.text(entry.key.end, entry.separator.begin);

@@ -202,9 +202,16 @@ std::string NewText::key(Item const &item, Layout const &layout) {
     return text + separator;
 }
 
+// Of an item that stays: is its key not that of the text?
+bool NewText::has_other_key(Item const &item) const {
+    bool const keyed = !entries_.entry(item.old).key.empty();
+    return keyed ? item.node->anid() != entries_.anid(item.old) : item.needs_key;
+}
+
 // A key with another name, up to its "=". That stays in its column if keys of other lengths have
 // theirs there too.
 std::string NewText::renamed(Item const &item, cat::SourceEntry const &entry) {
+    if (entry.key.empty()) return key(item, layouts_.of(*item.parent));
     std::string const text = spelt(item.node->key(), page_.text(entry.key));
     std::string const gap(page_.text(entry.key.end, entry.separator.begin));
     if (text == page_.text(entry.key)) return text + gap;

@@ -37,6 +37,7 @@ class NewText {
     std::string changed_inner(Item const &item, cat::SourceEntry const &frame);
     std::string key(Item const &item, Layout const &layout);
     std::string renamed(Item const &item, cat::SourceEntry const &entry);
+    bool has_other_key(Item const &item) const;
     std::string new_entry(Item const &item, Layout const &layout, bool delimiter);
     bool needs_lines(Item const &item, bool alone) const;
     bool keeps_separator(Item const &item, Layout const &layout) const;

@@ -4,7 +4,8 @@
 // A path in the text may only pass through values that are written there, since the reader follows
 // no other: the parents of an item are such values.
 //
-// A node that comes from a donor is written once, even if its key came again there.
+// A node that comes from a donor is written once, even if its key came again there. So are those of
+// the text whose entries Entries::write_once() names.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -105,10 +106,11 @@ void Plan::settle(Item &item) {
 
 // In a donor a later entry may have changed a value that is shared: then that one has its text.
 bool Plan::has_its_text(Item const &item) {
-    if (!entries_.is_donated(item.old)) return true;
-    if (container_in(item.value)) return is_block_of(item.old, item.value);
-    return !entries_.any_comes_again() || is_constant(item.value) ||
-           definitions(item.value).back() == item.old;
+    if (!entries_.is_once(item.old)) return true;
+    bool const written_here = !entries_.any_comes_again() || is_constant(item.value) ||
+                              definitions(item.value).back() == item.old;
+    if (!container_in(item.value)) return written_here;
+    return is_block_of(item.old, item.value) && (written_here || entries_.is_donated(item.old));
 }
 
 // Do the brackets there hold entries of that container? A key that came again may have had a value
@@ -116,7 +118,7 @@ bool Plan::has_its_text(Item const &item) {
 bool Plan::is_block_of(size_t number, objref const &container) const {
     cat::SourceEntry const frame = entries_.frame(number);
     if (frame.open.empty()) return false;
-    if (entries_.is_donated(number) && has_lost_entries(number)) return false;
+    if (entries_.is_once(number) && has_lost_entries(number)) return false;
     char const bracket = text_[frame.open.begin];
     return container->is_map()      ? bracket == '{' || bracket == '('
            : container->is_vector() ? bracket == '[' || bracket == '('
@@ -135,7 +137,7 @@ bool Plan::has_lost_entries(size_t number) const {
 // Does its key come again, and did it get another value there, or more entries from a reference?
 bool Plan::is_merged(Item const &item, bool in_place) const {
     if (!item.node || item.parent->value->is_set() || !entries_.comes_again(item.old)) return false;
-    if (entries_.is_donated(item.old)) return false;
+    if (entries_.is_once(item.old)) return false;
     if (!container_in(item.value)) return entries_.of(entries_.anid(item.old)).back() != item.old;
     if (in_place) return !is_block_of(item.old, item.value);
     return entries_.entry(item.old).reference &&
@@ -147,7 +149,7 @@ bool Plan::settle_shared(Item &item, bool in_place) {
     auto const [known, fresh] = written_.emplace(item.value.get(), &item);
     if (fresh) return false;
     bool const one_more_block = in_place && !item.moved && entries_.comes_again(item.old);
-    if (one_more_block && !entries_.is_donated(item.old)) return false;
+    if (one_more_block && !entries_.is_once(item.old)) return false;
     bool const refers = item.old != none && entries_.entry(item.old).reference;
     item.how = Item::reference;
     item.target = known->second;
@@ -164,7 +166,7 @@ void Plan::settle_here(Item &item) {
     item.how = Item::as_it_was;
     if (container_in(item.value)) {
         item.how = Item::block;
-        bool const one = item.moved || entries_.is_donated(item.old) || !entries_.any_comes_again();
+        bool const one = item.moved || entries_.is_once(item.old) || !entries_.any_comes_again();
         return add_children(item, one ? std::vector<size_t>{item.old} : definitions(item.value));
     }
     bool const last = item.old == 0 || item.parent->value->is_set() ||
@@ -247,12 +249,12 @@ size_t Plan::place_of(WasEntry const &was, bool moved) const {
     return text == numbers.rend() ? numbers.back() : *text;
 }
 
-// Is it another entry of a donor's node?
+// Is it another entry of a node that is written once?
 bool Plan::is_left_out(size_t number) const {
     std::uint32_t const anid = entries_.anid(number);
-    if (!anid || !entries_.is_donated(number) || !entries_.comes_again(number)) return false;
+    if (!anid || !entries_.is_once(number) || !entries_.comes_again(number)) return false;
     WasEntry const *const was = before_.entry(anid);
-    return was && place_of(*was, true) != number;
+    return was && place_of(*was, entries_.is_donated(number)) != number;
 }
 
 void Plan::search_definitions() {
@@ -271,6 +273,19 @@ void Plan::add_children(Item &item, std::vector<size_t> const &blocks) {
     Slots const slots = std::move(arranged_[item.source]);
     for (Slot const &slot : slots)
         if (!add_repeated(item, slot)) settle(add(&item, slot, slot.node->valref()));
+    if (item.how == Item::block && !is_list(*item.value)) number(item);
+}
+
+// The reader numbers the maps in a map that have no key.
+void Plan::number(Item &block) const {
+    int next = 0;
+    for (Item *const child : block.children) {
+        if (child->is_new() || !entries_.entry(child->old).key.empty()) continue;
+        objref const &key = child->node->key();
+        child->needs_key = !cObj::is_map(child->value) || &key->type() != &cat::type_int() ||
+                           cat::as_index(key) != next;
+        if (!child->needs_key) ++next;
+    }
 }
 
 // A value that a set has already has no effect. Its text stays unless the first one changed: then
@@ -445,7 +460,7 @@ bool Plan::path_holds(size_t reference, objref const &value) const {
 // Does that reference, as it is written, still read as the value? One into a typed value reads as a
 // copy of what is there. Where a key comes again, it may be the value that the key had before.
 bool Plan::reads_as(size_t reference, objref const &value) const {
-    if (entries_.is_donated(reference)) return false;
+    if (entries_.is_once(reference)) return false;
     if (entries_.any_comes_again()) return true;
     cAttrNode const *const node = path_end(reference);
     return node && exact_text(node->valref()) == exact_text(value);

@@ -25,11 +25,12 @@ struct Item {
     Item *parent = nullptr;
     cAttrNode const *node = nullptr; // null for the outermost value
     objref value;
-    size_t position = 0;   // in its container
-    int depth = 0;         // of containers around it
-    size_t old = none;     // the entry that it was
-    bool moved = false;    // `old` is at another place of the text, or in that of the donor
-    size_t donated = none; // the donor's entry whose value replaced the one at `old`
+    size_t position = 0;    // in its container
+    int depth = 0;          // of containers around it
+    size_t old = none;      // the entry that it was
+    bool moved = false;     // `old` is at another place of the text, or in that of the donor
+    bool needs_key = false; // `old` has none, and would get another number
+    size_t donated = none;  // the donor's entry whose value replaced the one at `old`
     size_t source = none;
     How how = literal;
     Item const *target = nullptr;
@@ -68,6 +69,7 @@ class Plan {
     bool is_merged(Item const &item, bool in_place) const;
     bool settle_shared(Item &item, bool in_place);
     void add_children(Item &item, std::vector<size_t> const &blocks);
+    void number(Item &block) const;
     bool add_repeated(Item &item, Slot const &slot);
     bool is_unchanged(Item const &item) const;
     void add_fresh_children(Item &item);

@@ -147,4 +147,24 @@ bool Snapshot::is_still(std::vector<WasEntry> const &was, cMapObj const &contain
     });
 }
 
+std::unordered_set<std::uint32_t> Snapshot::in_changed() const {
+    std::unordered_set<cObj const *> changed;
+    std::unordered_set<std::uint32_t> anids;
+    for (auto const &[container, entries] : containers_) {
+        if (is_still(entries, *dynamic_cast<cMapObj const *>(container))) continue;
+        changed.insert(container);
+        for (WasEntry const &entry : entries) anids.insert(entry.anid);
+    }
+    for (size_t size = 0; size < changed.size();) { // and what is around them
+        size = changed.size();
+        for (auto const &[container, entries] : containers_)
+            for (WasEntry const &entry : entries)
+                if (changed.contains(entry.value.get())) {
+                    changed.insert(container);
+                    anids.insert(entry.anid);
+                }
+    }
+    return anids;
+}
+
 } // namespace qrv::edit

@@ -63,6 +63,10 @@ class Snapshot {
     // Has the container the same nodes with the same values?
     bool is_still(std::vector<WasEntry> const &was, cMapObj const &container) const;
 
+    // The nodes that were in a changed container, and those that lead to it.
+    //   O(size), times the depth of the changes
+    std::unordered_set<std::uint32_t> in_changed() const;
+
   private:
     void add(objref const &root);
     WasEntry entry_of(std::uint32_t anid, objref const &key, objref const &value);

@@ -287,6 +287,24 @@ TEST_F(Edit, a_repeated_key_is_edited_where_it_got_its_value) {
               "{ a = {x=1}; b = 0; a = {y=2; z=3}; }");
 }
 
+// --- maps without keys ---
+
+// The reader numbers them, so those after a removed one need a key.
+TEST_F(Edit, a_map_without_a_key_gets_one_when_its_number_would_change) {
+    EXPECT_EQ(remove("{ {a=1}; {b=2}; c= 3; }", "0"), "{ 1= {b=2}; c= 3; }");
+    EXPECT_EQ(remove("{ {a=1}; {b=2}; {c=3}; }", "1"), "{ {a=1}; 2 = {c=3}; }");
+    EXPECT_EQ(remove("{ {a=1}; {b=2}; }", "1"), "{ {a=1}; }");
+    EXPECT_EQ(set("{\n  {a=1};\n  // two\n  {b=2};\n  c= 3;\n}", "0 &= 5"),
+              "{\n  0= 5;\n  // two\n  1= {b=2};\n  c= 3;\n}");
+    EXPECT_EQ(set("{ {a=1}; {b=2}; }", "1/b = 3"), "{ {a=1}; {b=3}; }");
+    EXPECT_EQ(after("{ {a=1}; {b=2}; c= 3; }",
+                    [](cObj &root) {
+                        static_cast<cMapObj &>(root).datamap().rename(cat::of(0),
+                                                                      cat::of(std::string("zero")));
+                    }),
+              "{ zero= {a=1}; 1= {b=2}; c= 3; }");
+}
+
 // --- other containers ---
 
 TEST_F(Edit, sets_take_and_lose_values) {

@@ -59,8 +59,13 @@ class QRV_API Edit {
     // of that one. Both texts are copied; together they must have less than 4 GiB.   O(size)
     void bring(std::string_view text, cat::SourceMap const &map, objref const &root);
 
+    // How a key is written that is repeated in the text: at each of its places, or, around a
+    // change, once. Where its values are of several kinds, such as {} and [], or lists of which one
+    // replaces values of another, no text with all places may read as the changed tree.
+    enum class Repeated : unsigned char { each, once };
+
     // The new text, after the change. RUNS USER CODE.   O(size of text and tree)
-    std::string text() const;
+    std::string text(Repeated repeated = Repeated::each) const;
 
   private:
     struct Notes;
