@@ -94,11 +94,12 @@ TEST_F(EditCommands, del_refuses_wrong_paths) {
     EXPECT_EQ(refused({"del", "f", "l/-1"}), "f: error: nothing at path 'l/-1'\n");
     EXPECT_EQ(refused({"del", "f", "s/p"}), "f: error: nothing at path 's/p'\n");
     EXPECT_EQ(refused({"del", "f", "b/"}),
-              "f: error: b/: it is no path: keys with one / between them\n");
+              "f: error: path 'b/' ends with a /: remove it, or add a key\n");
     EXPECT_EQ(refused({"del", "f", "/"}),
-              "f: error: /: it is no path: keys with one / between them\n");
-    EXPECT_EQ(refused({"del", "f", "a = 5"}),
-              "f: error: a = 5: it is no path: keys with one / between them\n");
+              "f: error: path '/' is the outermost value; a key is expected\n");
+    EXPECT_EQ(
+        refused({"del", "f", "a = 5"}),
+        "f: error: path 'a = 5' has '=' after the key 'a'; a key of several words needs quotes\n");
 }
 
 TEST_F(EditCommands, a_file_without_entries_has_nothing_to_delete) {

@@ -4,12 +4,10 @@
 
 #include "qrv/core/cobj.h"
 #include "tools/qrv/output/messages.h"
+#include "tools/qrv/search/at_path.h"
 
 #include <string>
 #include <vector>
-
-// The keys of a path; empty, with an error, if the text is not a path.
-std::vector<objref> keys_of(std::string const &path, cMessages &messages);
 
 // The container of a path and the node of its last key; the node is null, with an error, if nothing
 // is there.
