@@ -134,14 +134,17 @@ bool Plan::has_lost_entries(size_t number) const {
     });
 }
 
-// Does its key come again, and did it get another value there, or more entries from a reference?
+// Does its key come again, and did it get another value there, or more entries from a reference? A
+// new map, or set, may only come after text without entries, which would be merged with its own.
 bool Plan::is_merged(Item const &item, bool in_place) const {
     if (!item.node || item.parent->value->is_set() || !entries_.comes_again(item.old)) return false;
     if (entries_.is_once(item.old)) return false;
     if (!container_in(item.value)) return entries_.of(entries_.anid(item.old)).back() != item.old;
     if (in_place) return !is_block_of(item.old, item.value);
-    return entries_.entry(item.old).reference &&
-           matching_.continues(item.value, before_.value(entries_.anid(item.old)));
+    if (!matching_.continues(item.value, before_.value(entries_.anid(item.old))))
+        return entries_.of(entries_.anid(item.old)).back() != item.old &&
+               (cObj::is_vector(item.value) || entries_.inside(item.old).empty());
+    return entries_.entry(item.old).reference;
 }
 
 // True if the value has been written before.

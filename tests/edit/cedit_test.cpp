@@ -281,6 +281,8 @@ TEST_F(Edit, moved_lines_are_indented_anew) {
 TEST_F(Edit, a_repeated_key_is_edited_where_it_got_its_value) {
     EXPECT_EQ(set("{ a = 1; a = 2; }", "a = 3"), "{ a = 1; a = 3; }");
     EXPECT_EQ(remove("{ a = 1; b = 0; a = 2; }", "a"), "{ b = 0; }");
+    EXPECT_EQ(set("{ a = { }; a = 0x1F; }", "a &= {q=1}"), "{ a = { }; a = {q = 1}; }");
+    EXPECT_EQ(set("{ a = [7]; a = [8, 9]; }", "a &= [1]"), "{ a = [7]; a = [1]; }");
     EXPECT_EQ(set("{ a = {x=1}; b = 0; a = {y=2}; }", "a/x = 3"),
               "{ a = {x=3}; b = 0; a = {y=2}; }");
     EXPECT_EQ(set("{ a = {x=1}; b = 0; a = {y=2}; }", "a/z = 3"),
