@@ -178,7 +178,9 @@ class NewText::BlockWriter {
             return insert_line(item, next);
         bool const delimiter = next || layout_.ended;
         std::string const text = text_.new_entry(item, layout_, delimiter);
-        if (last_kept_)
+        if (next && !next->is_new() && text_.entries_.is_below(next->old))
+            insert_before(part_of(*next), text);
+        else if (last_kept_)
             insert_after(last_kept_->extent, text);
         else if (first_kept_)
             insert_before(part_of(*first_kept_), text);
@@ -204,7 +206,8 @@ class NewText::BlockWriter {
         if (extent.whole_lines)
             out_ += layout_.indent + text + page_.eol();
         else
-            out_ += text + (ends_in_line_comment(text) ? page_.eol() + layout_.indent : " ");
+            out_ +=
+                text + (ends_in_line_comment(text) ? page_.eol() + layout_.indent : layout_.gap);
     }
 
     // On a line of its own, into a block that has no lines yet.
@@ -257,7 +260,7 @@ class NewText::BlockWriter {
     // A line comment needs the end of a line after it.
     void inline_text(std::string const &text, bool blank) {
         if (!ends_in_line_comment(text) && !text.starts_with("//")) {
-            out_ += (blank && !begins_line() ? " " : "") + text;
+            out_ += (blank && !begins_line() ? layout_.gap : "") + text;
             return;
         }
         if (!begins_line()) out_ += page_.eol() + layout_.indent;

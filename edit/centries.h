@@ -34,6 +34,9 @@ class Entries {
         return is_donated(number) ? donated_[number - donor()] : map_.entry(number);
     }
     std::uint32_t anid(size_t number) const { return anids_[number]; }
+    // A new entry directly before that of this node is written next to it, not to the one before.
+    void write_above(std::uint32_t anid) { below_ = anid; }
+    bool is_below(size_t number) const { return below_ != 0 && anids_[number] == below_; }
     size_t size() const { return anids_.size(); }
     // Is its key repeated, or the value of a set? Is that of any entry?
     bool comes_again(size_t number) const;
@@ -62,6 +65,7 @@ class Entries {
     std::vector<std::pair<std::uint32_t, std::uint32_t>> numbers_; // anid and number, sorted
     std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;
     std::unordered_set<std::uint32_t> once_;
+    std::uint32_t below_ = 0;
     bool any_comes_again_ = false;
     bool any_reference_ = false;
 };

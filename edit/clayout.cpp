@@ -13,6 +13,7 @@ Layout Layouts::new_layout_of(Item const &item) {
     Layout layout = item.parent ? of(*item.parent) : Layout();
     layout.delimiter = is_list(*item.value) ? ',' : ';';
     layout.width = 0;
+    layout.gap = " ";
     if (item.how != Item::block) return layout;
     cat::SourceEntry const frame = entries_.frame(item.source);
     std::string const outer(page_.indent(frame.open.empty() ? 0 : frame.open.begin));
@@ -34,6 +35,7 @@ Layout Layouts::new_layout_of(Item const &item) {
     for (Part const &part : parts)
         if (!part.entry.delimiter.empty()) layout.delimiter = page_.text(part.entry.delimiter)[0];
     layout.ended = !parts.back().entry.delimiter.empty();
+    if (!layout.lines) layout.gap = gap_of(parts);
     for (Part const &part : parts)
         if (sample->entry.separator.empty() && !part.entry.separator.empty()) sample = &part;
     if (sample->entry.key.empty() || sample->entry.separator.empty()) return layout;
@@ -48,6 +50,20 @@ Layout Layouts::new_layout_of(Item const &item) {
         if (in_column(part, column) && part.entry.key.size() != entry.key.size())
             layout.width = column;
     return layout;
+}
+
+// Most of those that are there, if they are blanks.
+std::string Layouts::gap_of(Parts const &parts) const {
+    std::string gap = " ";
+    size_t narrow = 0, wide = 0;
+    for (size_t i = 1; i < parts.size(); ++i) {
+        std::string_view const text = page_.text(parts[i - 1].extent.tail, parts[i].extent.begin);
+        if (text.empty())
+            ++narrow;
+        else if (is_blank(text) && ++wide)
+            gap = text;
+    }
+    return narrow > wide ? "" : gap;
 }
 
 Parts Layouts::parts_of(Item const &item) const {

@@ -27,13 +27,31 @@ char closing(char bracket) {
 
 std::string blanks(size_t count) { return std::string(count, ' '); }
 
+bool is_floating(cObj const &value) {
+    return &value.type() == &cat::type_double() || &value.type() == &cat::type_float();
+}
+
+bool is_hexadecimal(std::string_view literal) {
+    return literal.starts_with("0x") || literal.starts_with("0X");
+}
+
+size_t digits_after_point(std::string_view literal) {
+    size_t const point = std::min(literal.find('.'), literal.size());
+    return std::min(literal.find_first_not_of("0123456789", point + 1), literal.size()) - point;
+}
+
 // What another entry takes from a literal: the sign, leading zeros and the u of "+5", "007" and
 // "12u" say something about that number only.
 std::string as_sample(std::string_view literal, cObj const &value) {
-    bool const hexadecimal = literal.starts_with("0x") || literal.starts_with("0X");
-    if (&value.type() == &cat::type_int() && !hexadecimal) return "";
+    if (&value.type() == &cat::type_int() && !is_hexadecimal(literal)) return "";
     if (literal.starts_with('+') || literal.starts_with('-')) literal.remove_prefix(1);
     return std::string(literal);
+}
+
+// Have two numbers next to each other one style?
+bool same_style(std::string_view a, std::string_view b, cObj const &value) {
+    if (is_floating(value)) return digits_after_point(a) == digits_after_point(b);
+    return &value.type() != &cat::type_int() || is_hexadecimal(a) == is_hexadecimal(b);
 }
 
 } // namespace
@@ -115,11 +133,18 @@ std::string NewText::value(Item const &item, Layout const &layout) {
                              indented(text, page_.indent(entry.all().begin), layout.indent));
 }
 
-// The literal that the new one takes its style from: its own, or that of the entry next to it.
+// The literal that the new one takes its style from: its own, or that of its neighbours. Without
+// one, a floating number has the digits that it needs.
 std::string NewText::like(Item const &item) {
+    std::string own;
     if (item.old != none && entries_.entry(item.old).open.empty())
-        return std::string(page_.text(entries_.entry(item.old).value));
-    if (!item.parent) return "";
+        own = page_.text(entries_.entry(item.old).value);
+    else if (item.parent)
+        own = sample_for(item);
+    return is_floating(*item.value) && own.find('.') == own.npos ? "0.0" : own;
+}
+
+std::string NewText::sample_for(Item const &item) {
     auto const [samples, fresh] = samples_.try_emplace(item.parent);
     if (fresh) samples->second = samples_in(*item.parent);
     Item const *const sample = samples->second[&item];
@@ -127,20 +152,40 @@ std::string NewText::like(Item const &item) {
 }
 
 // For each child the nearest one before it of its type that stays as it was, or else the last one.
-NewText::Samples NewText::samples_in(Item const &parent) {
+// Numbers follow only a style that all of them have, and in a map not that of a single one.
+NewText::Samples NewText::samples_in(Item const &parent) const {
+    struct Neighbours {
+        Item const *last = nullptr;
+        size_t count = 0;
+        bool alike = true;
+    };
     Samples samples;
-    std::unordered_map<cObj const *, Item const *> by_type;
+    std::unordered_map<cObj const *, Neighbours> by_type;
+    auto const text_of = [&](Item const &item) {
+        return page_.text(entries_.entry(item.old).value);
+    };
     auto const set_samples = [&](bool only_missing) {
         for (Item const *const child : parent.children) {
-            Item const *&last = by_type[&child->value->type()];
+            Neighbours &type = by_type[&child->value->type()];
             Item const *&sample = samples[child];
-            if (!sample || !only_missing) sample = last;
+            if (!sample || !only_missing) sample = type.last;
             bool const literal = child->how == Item::as_it_was && !container_in(child->value);
-            if (child->old != none && literal) last = child;
+            if (child->old == none || !literal) continue;
+            ++type.count;
+            type.alike &=
+                !type.last || same_style(text_of(*type.last), text_of(*child), *child->value);
+            type.last = child;
         }
     };
     set_samples(false);
     set_samples(true);
+    size_t const twice = 2; // each child was visited two times
+    for (auto &[child, sample] : samples) {
+        Neighbours const &type = by_type[&child->value->type()];
+        bool const number = is_floating(*child->value) || &child->value->type() == &cat::type_int();
+        if (number && !(type.alike && (type.count > twice || is_list(*parent.value))))
+            sample = nullptr;
+    }
     return samples;
 }
 

@@ -43,7 +43,8 @@ class NewText {
     bool keeps_separator(Item const &item, Layout const &layout) const;
 
     std::string like(Item const &item);
-    static Samples samples_in(Item const &parent);
+    std::string sample_for(Item const &item);
+    Samples samples_in(Item const &parent) const;
 
     Page const &page_;
     Entries const &entries_;

@@ -122,7 +122,7 @@ TEST_F(Edit, a_new_key_is_laid_out_like_the_one_before_it) {
     EXPECT_EQ(set(bus, "parity = even"), with(bus, "0x03 ];\n", "0x03 ];\n    parity = even;\n"));
     EXPECT_EQ(set(bus, "x = 1"), with(bus, "0x03 ];\n", "0x03 ];\n    x      = 1;\n"));
     EXPECT_EQ(set(bus, "retry/max = 9"), with(bus, "0.250 }", "0.250; max = 9 }"));
-    EXPECT_EQ(set(bus, "list << 4"), with(bus, "0x03 ]", "0x03, 0x04 ]"));
+    EXPECT_EQ(set(bus, "list << 4"), with(bus, "0x03 ]", "0x03, 4 ]"));
     EXPECT_EQ(set("{}", "a = 1"), "{a = 1}");
     EXPECT_EQ(set("{ }", "a = 1; b = 2"), "{a = 1; b = 2}");
     EXPECT_EQ(set("{\n  // nothing\n}\n", "a = 1; b = 2"),
@@ -137,8 +137,28 @@ TEST_F(Edit, a_new_number_gets_no_sign_zeros_or_suffix_of_another_one) {
     EXPECT_EQ(set("{ a = 12u; }", "b = 3"), "{ a = 12u; b = 3; }");
     EXPECT_EQ(set("{ a = +12; }", "b = 3"), "{ a = +12; b = 3; }");
     EXPECT_EQ(set("{ a = 0042; }", "b = 3"), "{ a = 0042; b = 3; }");
-    EXPECT_EQ(set("{ a = +1.50; }", "b = 3."), "{ a = +1.50; b = 3.00; }");
+    EXPECT_EQ(set("{ a = +1.50; }", "b = 3."), "{ a = +1.50; b = 3.0; }");
     EXPECT_EQ(set("{ a = [ 007, +2 ] }", "a << 3"), "{ a = [ 007, +2, 3 ] }");
+}
+
+TEST_F(Edit, a_new_number_follows_a_style_that_all_others_have) {
+    EXPECT_EQ(set("[0x01, 0x0A]", "2 = 31"), "[0x01, 0x0A, 0x1F]");
+    EXPECT_EQ(set("[0x01, 10]", "2 = 31"), "[0x01, 10, 31]");
+    EXPECT_EQ(set("{ a = 0x1F; }", "b = 10"), "{ a = 0x1F; b = 10; }");
+    EXPECT_EQ(set("{ a = 0x00; b = 0x1F; }", "c = 10"), "{ a = 0x00; b = 0x1F; c = 0x0A; }");
+    EXPECT_EQ(set("{ a = 2.50000; }", "b = 2.5"), "{ a = 2.50000; b = 2.5; }");
+    EXPECT_EQ(set("{ a = 2.50; b = 7.00; }", "c = 3."), "{ a = 2.50; b = 7.00; c = 3.00; }");
+    EXPECT_EQ(set("{ a = 1; }", "b = 2.5; c = 0.1f"), "{ a = 1; b = 2.5; c = 0.1f; }");
+    EXPECT_EQ(set("{ a = 1; }", "a &= 2.5"), "{ a = 2.5; }");
+    EXPECT_EQ(set("{ a = 007; }", "a = 8"), "{ a = 008; }");
+}
+
+TEST_F(Edit, a_new_value_on_one_line_has_the_blanks_that_most_others_have) {
+    EXPECT_EQ(set("{l=[1,2,3, 4];}", "l << 5"), "{l=[1,2,3, 4,5];}");
+    EXPECT_EQ(set("{l=[1,2, 3];}", "l << 5"), "{l=[1,2, 3, 5];}");
+    EXPECT_EQ(set("{a=1;b=2;}", "c = 5"), "{a=1;b=2;c=5;}");
+    EXPECT_EQ(set("{a=1;}", "c = 5"), "{a=1; c=5;}");
+    EXPECT_EQ(set("{ l = [1,  2,  3]; }", "l << 5"), "{ l = [1,  2,  3,  5]; }");
 }
 
 TEST_F(Edit, a_line_of_which_all_entries_are_removed_goes_with_them) {

@@ -186,6 +186,28 @@ TEST_F(EditCommands, mv_keeps_the_names_of_declared_types) {
 
 // --- ins ---
 
+TEST_F(EditCommands, ins_before_an_entry_comes_below_what_separates_it) {
+    std::string const sections = "{\n"
+                                 "  a = 1;\n"
+                                 "\n"
+                                 "  // --- timing ---\n"
+                                 "\n"
+                                 "  b = 2;\n"
+                                 "\n"
+                                 "  // how often\n"
+                                 "  c = 3;\n"
+                                 "}\n";
+    write("f", sections);
+    EXPECT_EQ(out({"ins", "f", "b", "before", "x", "7"}),
+              with("  b = 2;\n", "  x = 7;\n  b = 2;\n", sections));
+    EXPECT_EQ(out({"ins", "f", "c", "before", "x", "7"}),
+              with("  // how often\n", "  x = 7;\n  // how often\n", sections));
+    EXPECT_EQ(out({"ins", "f", "a", "after", "x", "7"}),
+              with("  a = 1;\n", "  a = 1;\n  x = 7;\n", sections));
+    EXPECT_EQ(out({"ins", "f", "b", "after", "x", "7"}),
+              with("  b = 2;\n", "  b = 2;\n  x = 7;\n", sections));
+}
+
 TEST_F(EditCommands, ins_lays_a_new_entry_out_like_its_neighbours) {
     EXPECT_EQ(out({"ins", "f", "a", "before", "z", "5"}), with("  a =", "  z = 5;\n  a ="));
     EXPECT_EQ(out({"ins", "f", "a", "after", "z", "\"two words\""}),

@@ -88,7 +88,7 @@ TEST_F(RefusedEdits, a_declaration_may_move_into_a_map_before_its_uses) {
 // --- repeated keys ---
 
 TEST_F(RefusedEdits, an_entry_comes_into_the_list_that_replaced_another_one) {
-    EXPECT_EQ(out("{ b=[1]; b=[2,3]; }\n", {"ins", "b/0", "after", "7"}), "{ b=[2, 7, 3]; }\n");
+    EXPECT_EQ(out("{ b=[1]; b=[2,3]; }\n", {"ins", "b/0", "after", "7"}), "{ b=[2,7,3]; }\n");
     EXPECT_EQ(out("{\n"
                   "  b = [1]; // old\n"
                   "  c = 0;\n"

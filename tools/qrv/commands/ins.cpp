@@ -58,7 +58,7 @@ int run(cOptions const &options) {
             messages(options.file, options.max_errors);
         cNewEntry entry{};
         bool const good = read_entry(options, entry, about_entry) &&
-                          insert_entry(file.value, options.path, entry, messages);
+                          insert_entry(file.value, options.path, entry, file.edit, messages);
         told = about_entry.text() + messages.text();
         return good;
     });

@@ -193,13 +193,14 @@ bool move_entry(objref const &root, std::string const &from, std::string const &
 }
 
 bool insert_entry(objref const &root, std::string const &path, cNewEntry const &entry,
-                  cMessages &messages) {
+                  qrv::edit::Edit *edit, cMessages &messages) {
     std::vector<objref> const keys = keys_of(path, messages);
     if (keys.empty()) return false;
     cFoundEntry const found = entry_at(root, keys, path, messages);
     objref const &container = found.container;
     cAttrNode *const node = found.node;
     if (!node) return false;
+    if (edit && !entry.after) edit->put_above(node->anid());
     cAttrHash &hash = map_in(container)->datamap();
     if (is_list(container)) {
         if (entry.key)

@@ -3,6 +3,7 @@
 // messages and leaves the value as it was.
 
 #include "qrv/core/cobj.h"
+#include "qrv/edit/cedit.h"
 #include "tools/qrv/output/messages.h"
 #include "tools/qrv/search/at_path.h"
 
@@ -33,5 +34,6 @@ struct cNewEntry {
     objref key; // null in vectors and sets
     objref value;
 };
+// `edit` may be null.
 bool insert_entry(objref const &root, std::string const &path, cNewEntry const &entry,
-                  cMessages &messages);
+                  qrv::edit::Edit *edit, cMessages &messages);
