@@ -179,35 +179,47 @@ class NewText::BlockWriter {
         bool const delimiter = next || layout_.ended;
         std::string const text = text_.new_entry(item, layout_, delimiter);
         if (next && !next->is_new() && text_.entries_.is_below(next->old))
-            insert_before(part_of(*next), text);
+            insert_before(part_of(*next), item, text);
         else if (last_kept_)
-            insert_after(last_kept_->extent, text);
+            insert_after(last_kept_->extent, item, text);
         else if (first_kept_)
-            insert_before(part_of(*first_kept_), text);
+            insert_before(part_of(*first_kept_), item, text);
         else
-            insert_alone(text);
+            insert_alone(item, text);
     }
 
-    void insert_after(Extent const &extent, std::string const &text) {
+    void insert_after(Extent const &extent, Item const &item, std::string const &text) {
         if (page_.ends_line(extent.tail)) {
             copy_to(page_.line_end(extent.tail));
             if (!out_.empty() && out_.back() != '\n') out_ += page_.eol();
-            out_ += layout_.indent + text + page_.eol();
+            add_lines(item, text, layout_);
         } else {
             copy_to(extent.tail);
             inline_text(text, true);
         }
     }
 
-    void insert_before(size_t part, std::string const &text) {
+    void insert_before(size_t part, Item const &item, std::string const &text) {
         remove_up_to(part);
         Extent const &extent = parts_[part].extent;
         copy_to(extent.begin);
         if (extent.whole_lines)
-            out_ += layout_.indent + text + page_.eol();
+            add_lines(item, text, layout_);
         else
             out_ +=
                 text + (ends_in_line_comment(text) ? page_.eol() + layout_.indent : layout_.gap);
+    }
+
+    // With the comments of its section, and one empty line before these.
+    void add_lines(Item const &item, std::string const &text, Layout const &layout) {
+        std::string_view const eol = page_.eol();
+        std::string section = text_.comments_.section_above(item, layout.indent);
+        std::string_view lines = out_;
+        bool const first = is_blank(lines.substr(0, lines.find_last_not_of("\r\n") + 1));
+        if (lines.ends_with(eol)) lines.remove_suffix(eol.size());
+        if (section.starts_with(eol) && (first || lines.ends_with(eol)))
+            section.erase(0, eol.size());
+        out_ += section + layout.indent + text + page_.eol();
     }
 
     // On a line of its own, into a block that has no lines yet.
@@ -232,19 +244,19 @@ class NewText::BlockWriter {
         bool const on_new_line = begins_line();
         out_.erase(out_.find_last_not_of(" \t") + 1);
         if (!on_new_line) out_ += page_.eol();
-        out_ += layout.indent + text_.new_entry(item, layout, delimiter) + page_.eol();
+        add_lines(item, text_.new_entry(item, layout, delimiter), layout);
         if (page_.begins_line(copied_) && copied_ > frame_.open.end) return;
         out_ += next ? layout.indent : outer;
         copied_ = page_.after_blanks(copied_);
     }
 
     // Into a block that has no other entry.
-    void insert_alone(std::string const &text) {
+    void insert_alone(Item const &item, std::string const &text) {
         remove_up_to(parts_.size());
         size_t const close = frame_.close.begin;
         if (page_.begins_line(close) && page_.line_begin(close) > frame_.open.end) {
             copy_to(page_.line_begin(close));
-            out_ += layout_.indent + text + page_.eol();
+            add_lines(item, text, layout_);
         } else {
             if (copied_ == frame_.open.end && is_blank(page_.text(copied_, close))) copied_ = close;
             copy_to(page_.before_blanks(close));

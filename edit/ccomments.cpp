@@ -4,6 +4,23 @@
 
 namespace qrv::edit {
 
+namespace {
+
+// Are there comments, and else only blanks and line ends?
+bool has_only_comments(std::string_view text) {
+    bool any = false;
+    for (size_t at = 0; (at = text.find_first_not_of(" \t\r\n", at)) != text.npos; any = true) {
+        std::string_view const two = text.substr(at, 2);
+        if (two != "//" && two != "/*") return false;
+        size_t const end = two == "//" ? text.find('\n', at) : text.find("*/", at + 2);
+        if (end == text.npos) return false;
+        at = end + (two == "//" ? 1 : 2);
+    }
+    return any;
+}
+
+} // namespace
+
 std::string Comments::of(Item const &item, Where where, std::string const &indent) const {
     std::string text;
     std::vector<size_t> numbers = lenders(item);
@@ -33,6 +50,33 @@ std::string Comments::at(size_t number, Where where, std::string const &indent) 
         if (where == Where::above) text += comment.own_line ? page_.eol() + indent : " ";
     }
     return brought(number, std::move(text));
+}
+
+std::string Comments::section_above(Item const &item, std::string const &indent) const {
+    if (!entries_.is_donated(item.old)) return "";
+    size_t const parent = entries_.entry(item.old).parent;
+    if (parent == none) return "";
+    auto const extent = [&](cat::SourceEntry const &entry) {
+        return extent_of(page_, entry, entries_.comments(entry.number));
+    };
+    std::vector<cat::SourceEntry> const all = entries_.inside(parent);
+    auto const own = std::find_if(all.begin(), all.end(), [&](cat::SourceEntry const &entry) {
+        return entry.number == item.old;
+    });
+    bool const header = own == all.begin() && parent == entries_.donor();
+    if (header || own == all.end()) return "";
+    size_t const before =
+        own == all.begin() ? entries_.frame(parent).open.end : extent(*std::prev(own)).tail;
+    size_t const begin = page_.line_begin(extent(*own).begin);
+    size_t const first = page_.ends_line(before) ? page_.line_end(before) : begin;
+    if (first >= begin || !page_.begins_line(extent(*own).begin)) return "";
+    std::string_view const text = page_.text(first, begin);
+    if (!has_only_comments(text)) return "";
+    std::string const from(page_.indent(extent(*own).begin));
+    bool const indented_first = text.starts_with(from);
+    return brought(item.old,
+                   (indented_first ? indent : "") +
+                       indented(text.substr(indented_first ? from.size() : 0), from, indent));
 }
 
 std::string Comments::before_delimiter(Item const &item) const {

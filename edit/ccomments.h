@@ -20,6 +20,9 @@ class Comments {
     std::string of(Item const &item, Where where, std::string const &indent) const;
     // Those of one entry of the text.
     std::string at(size_t number, Where where, std::string const &indent) const;
+    // The comments of the section that an entry of a donor begins: whole lines between it and the
+    // one before, with the empty lines around them. Not the header of its text.
+    std::string section_above(Item const &item, std::string const &indent) const;
     // Between the value and its delimiter, with the blanks around them.
     std::string before_delimiter(Item const &item) const;
     // Around the "=" of an entry that comes into a list, with the blanks after them.
