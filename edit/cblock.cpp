@@ -85,8 +85,8 @@ class NewText::BlockWriter {
         for (; next_ < end; ++next_) {
             Extent const &extent = parts_[next_].extent;
             bool const last_on_line = page_.ends_line(extent.tail);
-            bool const after_others =
-                next_ + 1 == parts_.size() && !page_.begins_line(extent.begin);
+            bool const after_others = end == parts_.size() && !page_.begins_line(extent.begin) &&
+                                      (last_kept_ || next_ + 1 == parts_.size());
             if (extent.whole_lines || !(last_on_line || after_others)) {
                 copy_to(extent.begin);
                 copied_ =

@@ -14,6 +14,7 @@ Layout Layouts::new_layout_of(Item const &item) {
     layout.delimiter = is_list(*item.value) ? ',' : ';';
     layout.width = 0;
     layout.gap = " ";
+    layout.key.clear();
     if (item.how != Item::block) return layout;
     cat::SourceEntry const frame = entries_.frame(item.source);
     std::string const outer(page_.indent(frame.open.empty() ? 0 : frame.open.begin));
@@ -35,6 +36,7 @@ Layout Layouts::new_layout_of(Item const &item) {
     for (Part const &part : parts)
         if (!part.entry.delimiter.empty()) layout.delimiter = page_.text(part.entry.delimiter)[0];
     layout.ended = !parts.back().entry.delimiter.empty();
+    layout.key = hexadecimal_key(parts);
     if (!layout.lines) layout.gap = gap_of(parts);
     for (Part const &part : parts)
         if (sample->entry.separator.empty() && !part.entry.separator.empty()) sample = &part;
@@ -64,6 +66,15 @@ std::string Layouts::gap_of(Parts const &parts) const {
             gap = text;
     }
     return narrow > wide ? "" : gap;
+}
+
+// The last key if all are hexadecimal.
+std::string Layouts::hexadecimal_key(Parts const &parts) const {
+    for (Part const &part : parts) {
+        std::string_view const key = page_.text(part.entry.key);
+        if (!key.starts_with("0x") && !key.starts_with("0X")) return "";
+    }
+    return std::string(page_.text(parts.back().entry.key));
 }
 
 Parts Layouts::parts_of(Item const &item) const {

@@ -15,6 +15,7 @@ struct Layout {
     std::string unit = "    ";     // what a level adds to it
     std::string separator = " = "; // between key and value
     size_t width = 0;              // from the start of a key to its "=", where these are aligned
+    std::string key;               // that new numbers as keys look like
     std::string gap = " ";         // between entries on one line
     char delimiter = ';';
     bool lines = false; // is each entry on lines of its own?
@@ -43,6 +44,7 @@ class Layouts {
   private:
     Layout new_layout_of(Item const &item);
     std::string gap_of(Parts const &parts) const;
+    std::string hexadecimal_key(Parts const &parts) const;
 
     Page const &page_;
     Entries const &entries_;

@@ -219,6 +219,9 @@ std::string NewText::fresh(Item const &item, Layout const &layout) {
     inside.indent += layout.unit;
     inside.delimiter = is_list(*item.value) ? ',' : ';';
     inside.width = 0;
+    inside.key.clear();
+    std::string const padding = inside.lines || item.children.empty() ? "" : padding_like(item);
+    text += padding;
     for (Item const *const child : item.children) {
         bool const last = child == item.children.back();
         std::string const entry = new_entry(*child, inside, inside.lines || !last);
@@ -230,14 +233,29 @@ std::string NewText::fresh(Item const &item, Layout const &layout) {
             text += entry + (last ? "" : " ");
     }
     if (inside.lines && !item.children.empty()) text += page_.eol() + layout.indent;
-    return text += close;
+    return text += padding + close;
+}
+
+// The blank between brackets and entries, as in one of its type next to it.
+std::string NewText::padding_like(Item const &item) const {
+    if (!item.parent) return "";
+    for (Item const *const child : item.parent->children) {
+        bool const alike = child->source != none && &child->value->type() == &item.value->type();
+        cat::SourceEntry const frame = alike ? entries_.frame(child->source) : cat::SourceEntry();
+        if (frame.open.empty() || frame.close.begin == frame.open.end) continue;
+        bool const padded = page_.text(frame.open.end, frame.close.begin).starts_with(' ') &&
+                            page_.text()[frame.close.begin - 1] == ' ';
+        return padded ? " " : "";
+    }
+    return "";
 }
 
 // --- entries ---
 
 std::string NewText::key(Item const &item, Layout const &layout) {
     if (!item.parent || is_list(*item.parent->value)) return "";
-    std::string_view const like = item.old == none ? "" : page_.text(entries_.entry(item.old).key);
+    std::string_view const like =
+        item.old == none ? layout.key : page_.text(entries_.entry(item.old).key);
     std::string const text = spelt(item.node->key(), like);
     std::string separator = layout.separator;
     if (layout.width > 0) {

@@ -31,6 +31,7 @@ class NewText {
     static std::optional<std::string> word_inside(Item const &item, std::string_view old);
     std::string literal(Item const &item, Layout const &layout);
     std::string fresh(Item const &item, Layout const &layout);
+    std::string padding_like(Item const &item) const;
     bool typed_on_lines(Item const &item, Layout const &layout);
     std::string block(Item const &item);
     std::string inner(Item const &item, cat::SourceEntry const &frame);

@@ -114,7 +114,7 @@ TEST_F(Edit, the_outermost_value_may_be_a_scalar) {
 }
 
 TEST_F(Edit, a_scalar_becomes_a_container_and_back) {
-    EXPECT_EQ(set(bus, "kind &= {a=1; b=[2]}"), with(bus, "rs485", "{a = 1; b = [2]}"));
+    EXPECT_EQ(set(bus, "kind &= {a=1; b=[2]}"), with(bus, "rs485", "{ a = 1; b = [2] }"));
     EXPECT_EQ(set(bus, "list &= 7"), with(bus, "[ 1, 2,   // two\n               0x03 ]", "7"));
 }
 
@@ -159,6 +159,23 @@ TEST_F(Edit, a_new_value_on_one_line_has_the_blanks_that_most_others_have) {
     EXPECT_EQ(set("{a=1;b=2;}", "c = 5"), "{a=1;b=2;c=5;}");
     EXPECT_EQ(set("{a=1;}", "c = 5"), "{a=1; c=5;}");
     EXPECT_EQ(set("{ l = [1,  2,  3]; }", "l << 5"), "{ l = [1,  2,  3,  5]; }");
+}
+
+TEST_F(Edit, a_new_container_on_one_line_is_padded_like_the_one_next_to_it) {
+    EXPECT_EQ(set("[ { a=1 }, { a=2 } ]", "2 = {a=3}"), "[ { a=1 }, { a=2 }, { a = 3 } ]");
+    EXPECT_EQ(set("[ {a=1} ]", "1 = {a=3}"), "[ {a=1}, {a = 3} ]");
+    EXPECT_EQ(set("{ l = [ 1 ]; }", "m = [2]; n = {}"), "{ l = [ 1 ]; m = [ 2 ]; n = {}; }");
+}
+
+TEST_F(Edit, a_new_key_is_hexadecimal_where_all_others_are) {
+    EXPECT_EQ(set("{ 0x10 = 1; 0x1F = 0x00; }", "32 = 255"),
+              "{ 0x10 = 1; 0x1F = 0x00; 0x20 = 255; }");
+    EXPECT_EQ(set("{ 0x10 = 1; 17 = 2; }", "18 = 3"), "{ 0x10 = 1; 17 = 2; 18 = 3; }");
+}
+
+TEST_F(Edit, several_entries_at_the_end_of_a_line_leave_no_blanks) {
+    EXPECT_EQ(set("{ n = { a = 1; b = 2; c = 3 }; }", "n &= {a=7}"), "{ n = { a = 7 }; }");
+    EXPECT_EQ(set("{ n = [1, 2, 3, 4]; }", "n &= [1]"), "{ n = [1]; }");
 }
 
 TEST_F(Edit, a_line_of_which_all_entries_are_removed_goes_with_them) {
@@ -301,7 +318,7 @@ TEST_F(Edit, moved_lines_are_indented_anew) {
 TEST_F(Edit, a_repeated_key_is_edited_where_it_got_its_value) {
     EXPECT_EQ(set("{ a = 1; a = 2; }", "a = 3"), "{ a = 1; a = 3; }");
     EXPECT_EQ(remove("{ a = 1; b = 0; a = 2; }", "a"), "{ b = 0; }");
-    EXPECT_EQ(set("{ a = { }; a = 0x1F; }", "a &= {q=1}"), "{ a = { }; a = {q = 1}; }");
+    EXPECT_EQ(set("{ a = { }; a = 0x1F; }", "a &= {q=1}"), "{ a = { }; a = { q = 1 }; }");
     EXPECT_EQ(set("{ a = [7]; a = [8, 9]; }", "a &= [1]"), "{ a = [7]; a = [1]; }");
     EXPECT_EQ(set("{ a = {x=1}; b = 0; a = {y=2}; }", "a/x = 3"),
               "{ a = {x=3}; b = 0; a = {y=2}; }");
