@@ -24,7 +24,7 @@ void Donation::visit(objref const &now, objref const &donated) {
 
 void Donation::walk(cObj const *now, Entries const &entries) {
     auto const &container = dynamic_cast<cMapObj const &>(*now);
-    if (now->is_vector() || now->is_set())
+    if (is_list(*now))
         walk_list(container, entries);
     else
         walk_map(container, entries);

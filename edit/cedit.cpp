@@ -28,7 +28,11 @@ void Edit::bring(std::string_view text, cat::SourceMap const &map, objref const 
     notes_->page += text;
 }
 
-std::string Edit::text() const {
+void Edit::put_above(std::uint32_t anid) { notes_->entries.write_above(anid); }
+
+std::string Edit::text(Repeated repeated) const {
+    notes_->entries.write_once(repeated == Repeated::once ? notes_->before.in_changed()
+                                                          : std::unordered_set<std::uint32_t>());
     bool const alone = notes_->page.empty();
     Page const page(alone ? notes_->text : std::string_view(notes_->page), notes_->text.size());
     Plan const plan(page.text(), notes_->entries, notes_->before, notes_->root);

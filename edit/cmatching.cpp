@@ -15,8 +15,6 @@ std::vector<cAttrNode const *> nodes_of(cMapObj const &container) {
     return nodes;
 }
 
-bool is_list(cObj const &container) { return container.is_vector() || container.is_set(); }
-
 } // namespace
 
 Matching::Matching(Snapshot const &before, objref const &root, bool by_parts)

@@ -104,6 +104,10 @@ Extent extent_of(Page const &page, cat::SourceEntry const &entry,
     return extent;
 }
 
+bool is_blank(std::string_view text) {
+    return text.find_first_not_of(" \t") == std::string_view::npos;
+}
+
 std::string indented(std::string_view text, std::string_view from, std::string_view to) {
     if (from == to) return std::string(text);
     std::string result;

@@ -55,6 +55,9 @@ struct Extent {
 Extent extent_of(Page const &page, cat::SourceEntry const &entry,
                  std::vector<cat::SourceComment> const &comments);
 
+// Has it only blanks and tabs?
+bool is_blank(std::string_view text);
+
 // A text with lines that begin with `from` begin with `to` instead, but for lines inside strings.
 std::string indented(std::string_view text, std::string_view from, std::string_view to);
 

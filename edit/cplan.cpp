@@ -4,7 +4,8 @@
 // A path in the text may only pass through values that are written there, since the reader follows
 // no other: the parents of an item are such values.
 //
-// A node that comes from a donor is written once, even if its key came again there.
+// A node that comes from a donor is written once, even if its key came again there. So are those of
+// the text whose entries Entries::write_once() names.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -15,117 +16,7 @@
 
 namespace qrv::edit {
 
-// --- the entries of the text ---
-
-Entries::Entries(cat::SourceMap const &map) : map_(map) {
-    anids_.reserve(map.size());
-    for (size_t i = 0; i < map.size(); ++i) add(map.entry(i));
-    sort_numbers();
-    if (any_comes_again_) leave_out_equal_members();
-    for (cat::SourceComment const &comment : map.comments()) add(comment);
-}
-
-void Entries::add(cat::SourceEntry const &entry) {
-    anids_.push_back(entry.anid);
-    any_reference_ |= entry.reference;
-    if (entry.anid) numbers_.emplace_back(entry.anid, static_cast<std::uint32_t>(entry.number));
-}
-
-void Entries::sort_numbers() {
-    std::sort(numbers_.begin(), numbers_.end());
-    any_comes_again_ =
-        std::adjacent_find(numbers_.begin(), numbers_.end(), [](auto const &a, auto const &b) {
-            return a.first == b.first;
-        }) != numbers_.end();
-}
-
-// A set drops a value that it has already, so what is inside that value was never in the tree.
-void Entries::leave_out_equal_members() {
-    std::vector<bool> left_out(anids_.size());
-    for (size_t i = 1; i < numbers_.size(); ++i)
-        if (numbers_[i].first == numbers_[i - 1].first)
-            left_out[numbers_[i].second] = map_.entry(numbers_[i].second).key.empty();
-    for (size_t i = 0; i < anids_.size(); ++i) {
-        size_t const parent = map_.entry(i).parent;
-        if (parent == none || !left_out[parent]) continue;
-        left_out[i] = true;
-        anids_[i] = 0;
-    }
-    std::erase_if(numbers_, [this](auto const &number) { return anids_[number.second] == 0; });
-}
-
-void Entries::add(cat::SourceComment const &comment) {
-    if (comment.where == cat::SourceComment::above || comment.where == cat::SourceComment::after)
-        comments_[comment.entry].push_back(comment);
-}
-
-void Entries::add_donor(cat::SourceMap const &map, size_t offset) {
-    auto const by = static_cast<std::uint32_t>(offset);
-    auto const shift = [by](cat::Span &span) {
-        if (!span.empty()) span = {span.begin + by, span.end + by};
-    };
-    for (size_t i = 0; i < map.size(); ++i) {
-        cat::SourceEntry entry = map.entry(i);
-        entry.number += donor();
-        if (entry.parent != none) entry.parent += donor();
-        shift(entry.key);
-        shift(entry.separator);
-        entry.value = {entry.value.begin + by, entry.value.end + by};
-        shift(entry.type);
-        shift(entry.open);
-        shift(entry.close);
-        shift(entry.delimiter);
-        add(entry);
-        if (entry.parent != none) inside_[entry.parent].push_back(entry);
-        donated_.push_back(entry);
-    }
-    for (cat::SourceComment comment : map.comments()) {
-        shift(comment.span);
-        if (comment.entry != none) comment.entry += donor();
-        add(comment);
-    }
-    sort_numbers();
-}
-
-std::vector<cat::SourceComment> const &Entries::comments(size_t number) const {
-    static std::vector<cat::SourceComment> const nothing;
-    auto const found = comments_.find(number);
-    return found == comments_.end() ? nothing : found->second;
-}
-
-bool Entries::comes_again(size_t number) const {
-    return any_comes_again_ && of(anids_[number]).size() > 1;
-}
-
-std::vector<size_t> Entries::of(std::uint32_t anid) const {
-    std::vector<size_t> found;
-    auto it = std::lower_bound(numbers_.begin(), numbers_.end(), std::pair(anid, std::uint32_t{0}));
-    for (; it != numbers_.end() && it->first == anid; ++it) found.push_back(it->second);
-    return found;
-}
-
-cat::SourceEntry Entries::frame(size_t number) const {
-    std::vector<cat::SourceEntry> const parts = directly_inside(number);
-    bool const whole = parts.size() == 1 && anids_[parts[0].number] == 0 && parts[0].key.empty() &&
-                       !parts[0].open.empty();
-    return whole ? frame(parts[0].number) : entry(number);
-}
-
-std::vector<cat::SourceEntry> Entries::inside(size_t number) const {
-    return directly_inside(frame(number).number);
-}
-
-std::vector<cat::SourceEntry> Entries::directly_inside(size_t number) const {
-    if (!is_donated(number)) return map_.inside(number);
-    auto const found = inside_.find(number);
-    return found == inside_.end() ? std::vector<cat::SourceEntry>() : found->second;
-}
-
-// --- items ---
-
 namespace {
-
-bool is_list(cObj const &container) { return container.is_vector() || container.is_set(); }
 
 // Can it be written anew, entry by entry? A type that a program defines may write brackets of its
 // own kind.
@@ -215,10 +106,11 @@ void Plan::settle(Item &item) {
 
 // In a donor a later entry may have changed a value that is shared: then that one has its text.
 bool Plan::has_its_text(Item const &item) {
-    if (!entries_.is_donated(item.old)) return true;
-    if (container_in(item.value)) return is_block_of(item.old, item.value);
-    return !entries_.any_comes_again() || is_constant(item.value) ||
-           definitions(item.value).back() == item.old;
+    if (!entries_.is_once(item.old)) return true;
+    bool const written_here = !entries_.any_comes_again() || is_constant(item.value) ||
+                              definitions(item.value).back() == item.old;
+    if (!container_in(item.value)) return written_here;
+    return is_block_of(item.old, item.value) && (written_here || entries_.is_donated(item.old));
 }
 
 // Do the brackets there hold entries of that container? A key that came again may have had a value
@@ -226,7 +118,7 @@ bool Plan::has_its_text(Item const &item) {
 bool Plan::is_block_of(size_t number, objref const &container) const {
     cat::SourceEntry const frame = entries_.frame(number);
     if (frame.open.empty()) return false;
-    if (entries_.is_donated(number) && has_lost_entries(number)) return false;
+    if (entries_.is_once(number) && has_lost_entries(number)) return false;
     char const bracket = text_[frame.open.begin];
     return container->is_map()      ? bracket == '{' || bracket == '('
            : container->is_vector() ? bracket == '[' || bracket == '('
@@ -242,14 +134,17 @@ bool Plan::has_lost_entries(size_t number) const {
     });
 }
 
-// Does its key come again, and did it get another value there, or more entries from a reference?
+// Does its key come again, and did it get another value there, or more entries from a reference? A
+// new map, or set, may only come after text without entries, which would be merged with its own.
 bool Plan::is_merged(Item const &item, bool in_place) const {
     if (!item.node || item.parent->value->is_set() || !entries_.comes_again(item.old)) return false;
-    if (entries_.is_donated(item.old)) return false;
+    if (entries_.is_once(item.old)) return false;
     if (!container_in(item.value)) return entries_.of(entries_.anid(item.old)).back() != item.old;
     if (in_place) return !is_block_of(item.old, item.value);
-    return entries_.entry(item.old).reference &&
-           matching_.continues(item.value, before_.value(entries_.anid(item.old)));
+    if (!matching_.continues(item.value, before_.value(entries_.anid(item.old))))
+        return entries_.of(entries_.anid(item.old)).back() != item.old &&
+               (cObj::is_vector(item.value) || entries_.inside(item.old).empty());
+    return entries_.entry(item.old).reference;
 }
 
 // True if the value has been written before.
@@ -257,7 +152,7 @@ bool Plan::settle_shared(Item &item, bool in_place) {
     auto const [known, fresh] = written_.emplace(item.value.get(), &item);
     if (fresh) return false;
     bool const one_more_block = in_place && !item.moved && entries_.comes_again(item.old);
-    if (one_more_block && !entries_.is_donated(item.old)) return false;
+    if (one_more_block && !entries_.is_once(item.old)) return false;
     bool const refers = item.old != none && entries_.entry(item.old).reference;
     item.how = Item::reference;
     item.target = known->second;
@@ -274,7 +169,7 @@ void Plan::settle_here(Item &item) {
     item.how = Item::as_it_was;
     if (container_in(item.value)) {
         item.how = Item::block;
-        bool const one = item.moved || entries_.is_donated(item.old) || !entries_.any_comes_again();
+        bool const one = item.moved || entries_.is_once(item.old) || !entries_.any_comes_again();
         return add_children(item, one ? std::vector<size_t>{item.old} : definitions(item.value));
     }
     bool const last = item.old == 0 || item.parent->value->is_set() ||
@@ -357,12 +252,12 @@ size_t Plan::place_of(WasEntry const &was, bool moved) const {
     return text == numbers.rend() ? numbers.back() : *text;
 }
 
-// Is it another entry of a donor's node?
+// Is it another entry of a node that is written once?
 bool Plan::is_left_out(size_t number) const {
     std::uint32_t const anid = entries_.anid(number);
-    if (!anid || !entries_.is_donated(number) || !entries_.comes_again(number)) return false;
+    if (!anid || !entries_.is_once(number) || !entries_.comes_again(number)) return false;
     WasEntry const *const was = before_.entry(anid);
-    return was && place_of(*was, true) != number;
+    return was && place_of(*was, entries_.is_donated(number)) != number;
 }
 
 void Plan::search_definitions() {
@@ -381,6 +276,19 @@ void Plan::add_children(Item &item, std::vector<size_t> const &blocks) {
     Slots const slots = std::move(arranged_[item.source]);
     for (Slot const &slot : slots)
         if (!add_repeated(item, slot)) settle(add(&item, slot, slot.node->valref()));
+    if (item.how == Item::block && !is_list(*item.value)) number(item);
+}
+
+// The reader numbers the maps in a map that have no key.
+void Plan::number(Item &block) const {
+    int next = 0;
+    for (Item *const child : block.children) {
+        if (child->is_new() || !entries_.entry(child->old).key.empty()) continue;
+        objref const &key = child->node->key();
+        child->needs_key = !cObj::is_map(child->value) || &key->type() != &cat::type_int() ||
+                           cat::as_index(key) != next;
+        if (!child->needs_key) ++next;
+    }
 }
 
 // A value that a set has already has no effect. Its text stays unless the first one changed: then
@@ -555,7 +463,7 @@ bool Plan::path_holds(size_t reference, objref const &value) const {
 // Does that reference, as it is written, still read as the value? One into a typed value reads as a
 // copy of what is there. Where a key comes again, it may be the value that the key had before.
 bool Plan::reads_as(size_t reference, objref const &value) const {
-    if (entries_.is_donated(reference)) return false;
+    if (entries_.is_once(reference)) return false;
     if (entries_.any_comes_again()) return true;
     cAttrNode const *const node = path_end(reference);
     return node && exact_text(node->valref()) == exact_text(value);

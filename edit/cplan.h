@@ -4,61 +4,13 @@
 //
 // A container is written in one block of the text, or in several where its key is repeated.
 
+#include "edit/centries.h"
 #include "edit/cmatching.h"
-#include "qrv/text/read/csourcemap.h"
 
-#include <cstddef>
 #include <deque>
 #include <string_view>
 
 namespace qrv::edit {
-
-constexpr size_t none = cat::SourceEntry::none;
-
-// The entries of the text by number, with the anid that they had before the change.
-class Entries {
-  public:
-    explicit Entries(cat::SourceMap const &map);
-    // Adds those of a donor, whose text begins at that offset of the page. Their numbers come after
-    // all others; the first is its outermost value. Copies what the map has.
-    void add_donor(cat::SourceMap const &map, size_t offset);
-    bool is_donated(size_t number) const { return number != none && number >= donor(); }
-    size_t donor() const { return map_.size(); }
-
-    cat::SourceEntry entry(size_t number) const {
-        return is_donated(number) ? donated_[number - donor()] : map_.entry(number);
-    }
-    std::uint32_t anid(size_t number) const { return anids_[number]; }
-    size_t size() const { return anids_.size(); }
-    // Is its key repeated, or the value of a set? Is that of any entry?
-    bool comes_again(size_t number) const;
-    bool any_comes_again() const { return any_comes_again_; }
-    bool any_reference() const { return any_reference_; }
-    // All that are written for a node, in file order.
-    std::vector<size_t> of(std::uint32_t anid) const;
-    // The brackets that hold the entries of the value written there: its own, or those of the one
-    // whole value between them.
-    cat::SourceEntry frame(size_t number) const;
-    std::vector<cat::SourceEntry> inside(size_t number) const;
-    // Those above it and after it.
-    std::vector<cat::SourceComment> const &comments(size_t number) const;
-
-  private:
-    void add(cat::SourceEntry const &entry);
-    void sort_numbers();
-    void leave_out_equal_members();
-    std::vector<cat::SourceEntry> directly_inside(size_t number) const;
-    void add(cat::SourceComment const &comment);
-
-    cat::SourceMap const &map_;
-    std::vector<cat::SourceEntry> donated_;
-    std::unordered_map<size_t, std::vector<cat::SourceEntry>> inside_; // of the donor's
-    std::vector<std::uint32_t> anids_;
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> numbers_; // anid and number, sorted
-    std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;
-    bool any_comes_again_ = false;
-    bool any_reference_ = false;
-};
 
 struct Item {
     enum How : unsigned char {
@@ -73,11 +25,12 @@ struct Item {
     Item *parent = nullptr;
     cAttrNode const *node = nullptr; // null for the outermost value
     objref value;
-    size_t position = 0;   // in its container
-    int depth = 0;         // of containers around it
-    size_t old = none;     // the entry that it was
-    bool moved = false;    // `old` is at another place of the text, or in that of the donor
-    size_t donated = none; // the donor's entry whose value replaced the one at `old`
+    size_t position = 0;    // in its container
+    int depth = 0;          // of containers around it
+    size_t old = none;      // the entry that it was
+    bool moved = false;     // `old` is at another place of the text, or in that of the donor
+    bool needs_key = false; // `old` has none, and would get another number
+    size_t donated = none;  // the donor's entry whose value replaced the one at `old`
     size_t source = none;
     How how = literal;
     Item const *target = nullptr;
@@ -116,6 +69,7 @@ class Plan {
     bool is_merged(Item const &item, bool in_place) const;
     bool settle_shared(Item &item, bool in_place);
     void add_children(Item &item, std::vector<size_t> const &blocks);
+    void number(Item &block) const;
     bool add_repeated(Item &item, Slot const &slot);
     bool is_unchanged(Item const &item) const;
     void add_fresh_children(Item &item);

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <unordered_set>
+#include <unordered_map>
 #include <utility>
 
 namespace qrv::edit {
@@ -96,12 +96,12 @@ class Walk {
   public:
     std::vector<BrokenRule> run(objref const &value, cTypeObj &type) {
         take(broken_rules(value, type), 0);
-        seen_.insert(value.get());
+        seen_.emplace(value.get(), value);
         enter(value, 0);
         while (!todo_.empty()) {
             auto const [inside, step] = std::move(todo_.back());
             todo_.pop_back();
-            if (!seen_.insert(inside.get()).second) continue;
+            if (!seen_.emplace(inside.get(), inside).second) continue;
             if (is_attlist(inside->type())) take(broken_rules(inside, inside->type()), step);
             enter(inside, step);
         }
@@ -145,7 +145,8 @@ class Walk {
 
     std::vector<Step> steps_{{0, nullptr}}; // the first one is the value itself
     std::vector<std::pair<objref, std::size_t>> todo_;
-    std::unordered_set<cObj const *> seen_; // held by the value, or by what waits
+    std::unordered_map<cObj const *, objref>
+        seen_; // held: user code may remove them from the value
     std::vector<BrokenRule> found_;
 };
 

@@ -52,6 +52,8 @@ cMapObj const *container_in(objref const &value) {
     return dynamic_cast<cMapObj const *>(value.get());
 }
 
+bool is_list(cObj const &container) { return container.is_vector() || container.is_set(); }
+
 std::string exact_text(objref const &value) {
     cat::ExactText const exact;
     return cat::as_text(value);
@@ -63,16 +65,13 @@ Snapshot::Snapshot(objref const &root) : root_(entry_of(0, nullptr, root)) { add
 
 void Snapshot::add_donor(objref const &root) {
     donor_ = root;
-    Containers target = std::exchange(containers_, {});
     add(root);
-    for (auto const &[container, entries] : containers_) donated_.insert(container);
-    containers_.merge(target);
 }
 
+// What a donor shares with the target is the target's.
 void Snapshot::add(objref const &root) {
-    if (!container_in(root)) return;
+    if (!container_in(root) || !containers_.try_emplace(root.get()).second) return;
     std::vector<objref> todo{root};
-    containers_[root.get()];
     while (!todo.empty()) {
         objref const container = std::move(todo.back());
         todo.pop_back();
@@ -87,6 +86,7 @@ void Snapshot::add(objref const &root) {
         }
         for (WasEntry const &entry : entries) by_anid_.push_back(&entry);
         containers_[container.get()] = std::move(entries);
+        if (donor_) donated_.insert(container.get());
     }
     std::sort(by_anid_.begin(), by_anid_.end(),
               [](WasEntry const *a, WasEntry const *b) { return a->anid < b->anid; });
@@ -145,6 +145,26 @@ bool Snapshot::is_still(std::vector<WasEntry> const &was, cMapObj const &contain
         return now.anid() == entry.anid && now.valref() == entry.value &&
                is_still(entry, entry.value);
     });
+}
+
+std::unordered_set<std::uint32_t> Snapshot::in_changed() const {
+    std::unordered_set<cObj const *> changed;
+    std::unordered_set<std::uint32_t> anids;
+    for (auto const &[container, entries] : containers_) {
+        if (is_still(entries, *dynamic_cast<cMapObj const *>(container))) continue;
+        changed.insert(container);
+        for (WasEntry const &entry : entries) anids.insert(entry.anid);
+    }
+    for (size_t size = 0; size < changed.size();) { // and what is around them
+        size = changed.size();
+        for (auto const &[container, entries] : containers_)
+            for (WasEntry const &entry : entries)
+                if (changed.contains(entry.value.get())) {
+                    changed.insert(container);
+                    anids.insert(entry.anid);
+                }
+    }
+    return anids;
 }
 
 } // namespace qrv::edit

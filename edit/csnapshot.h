@@ -19,6 +19,9 @@ namespace qrv::edit {
 // and what a program's type writes by itself.
 cMapObj const *container_in(objref const &value);
 
+// Is it a vector or a set?
+bool is_list(cObj const &container);
+
 // The exact written form.
 std::string exact_text(objref const &value);
 
@@ -59,6 +62,10 @@ class Snapshot {
     bool is_still(WasEntry const &was, objref const &value) const;
     // Has the container the same nodes with the same values?
     bool is_still(std::vector<WasEntry> const &was, cMapObj const &container) const;
+
+    // The nodes that were in a changed container, and those that lead to it.
+    //   O(size), times the depth of the changes
+    std::unordered_set<std::uint32_t> in_changed() const;
 
   private:
     void add(objref const &root);

@@ -114,7 +114,7 @@ TEST_F(Edit, the_outermost_value_may_be_a_scalar) {
 }
 
 TEST_F(Edit, a_scalar_becomes_a_container_and_back) {
-    EXPECT_EQ(set(bus, "kind &= {a=1; b=[2]}"), with(bus, "rs485", "{a = 1; b = [2]}"));
+    EXPECT_EQ(set(bus, "kind &= {a=1; b=[2]}"), with(bus, "rs485", "{ a = 1; b = [2] }"));
     EXPECT_EQ(set(bus, "list &= 7"), with(bus, "[ 1, 2,   // two\n               0x03 ]", "7"));
 }
 
@@ -122,7 +122,7 @@ TEST_F(Edit, a_new_key_is_laid_out_like_the_one_before_it) {
     EXPECT_EQ(set(bus, "parity = even"), with(bus, "0x03 ];\n", "0x03 ];\n    parity = even;\n"));
     EXPECT_EQ(set(bus, "x = 1"), with(bus, "0x03 ];\n", "0x03 ];\n    x      = 1;\n"));
     EXPECT_EQ(set(bus, "retry/max = 9"), with(bus, "0.250 }", "0.250; max = 9 }"));
-    EXPECT_EQ(set(bus, "list << 4"), with(bus, "0x03 ]", "0x03, 0x04 ]"));
+    EXPECT_EQ(set(bus, "list << 4"), with(bus, "0x03 ]", "0x03, 4 ]"));
     EXPECT_EQ(set("{}", "a = 1"), "{a = 1}");
     EXPECT_EQ(set("{ }", "a = 1; b = 2"), "{a = 1; b = 2}");
     EXPECT_EQ(set("{\n  // nothing\n}\n", "a = 1; b = 2"),
@@ -137,8 +137,45 @@ TEST_F(Edit, a_new_number_gets_no_sign_zeros_or_suffix_of_another_one) {
     EXPECT_EQ(set("{ a = 12u; }", "b = 3"), "{ a = 12u; b = 3; }");
     EXPECT_EQ(set("{ a = +12; }", "b = 3"), "{ a = +12; b = 3; }");
     EXPECT_EQ(set("{ a = 0042; }", "b = 3"), "{ a = 0042; b = 3; }");
-    EXPECT_EQ(set("{ a = +1.50; }", "b = 3."), "{ a = +1.50; b = 3.00; }");
+    EXPECT_EQ(set("{ a = +1.50; }", "b = 3."), "{ a = +1.50; b = 3.0; }");
     EXPECT_EQ(set("{ a = [ 007, +2 ] }", "a << 3"), "{ a = [ 007, +2, 3 ] }");
+}
+
+TEST_F(Edit, a_new_number_follows_a_style_that_all_others_have) {
+    EXPECT_EQ(set("[0x01, 0x0A]", "2 = 31"), "[0x01, 0x0A, 0x1F]");
+    EXPECT_EQ(set("[0x01, 10]", "2 = 31"), "[0x01, 10, 31]");
+    EXPECT_EQ(set("{ a = 0x1F; }", "b = 10"), "{ a = 0x1F; b = 10; }");
+    EXPECT_EQ(set("{ a = 0x00; b = 0x1F; }", "c = 10"), "{ a = 0x00; b = 0x1F; c = 0x0A; }");
+    EXPECT_EQ(set("{ a = 2.50000; }", "b = 2.5"), "{ a = 2.50000; b = 2.5; }");
+    EXPECT_EQ(set("{ a = 2.50; b = 7.00; }", "c = 3."), "{ a = 2.50; b = 7.00; c = 3.00; }");
+    EXPECT_EQ(set("{ a = 1; }", "b = 2.5; c = 0.1f"), "{ a = 1; b = 2.5; c = 0.1f; }");
+    EXPECT_EQ(set("{ a = 1; }", "a &= 2.5"), "{ a = 2.5; }");
+    EXPECT_EQ(set("{ a = 007; }", "a = 8"), "{ a = 008; }");
+}
+
+TEST_F(Edit, a_new_value_on_one_line_has_the_blanks_that_most_others_have) {
+    EXPECT_EQ(set("{l=[1,2,3, 4];}", "l << 5"), "{l=[1,2,3, 4,5];}");
+    EXPECT_EQ(set("{l=[1,2, 3];}", "l << 5"), "{l=[1,2, 3, 5];}");
+    EXPECT_EQ(set("{a=1;b=2;}", "c = 5"), "{a=1;b=2;c=5;}");
+    EXPECT_EQ(set("{a=1;}", "c = 5"), "{a=1; c=5;}");
+    EXPECT_EQ(set("{ l = [1,  2,  3]; }", "l << 5"), "{ l = [1,  2,  3,  5]; }");
+}
+
+TEST_F(Edit, a_new_container_on_one_line_is_padded_like_the_one_next_to_it) {
+    EXPECT_EQ(set("[ { a=1 }, { a=2 } ]", "2 = {a=3}"), "[ { a=1 }, { a=2 }, { a = 3 } ]");
+    EXPECT_EQ(set("[ {a=1} ]", "1 = {a=3}"), "[ {a=1}, {a = 3} ]");
+    EXPECT_EQ(set("{ l = [ 1 ]; }", "m = [2]; n = {}"), "{ l = [ 1 ]; m = [ 2 ]; n = {}; }");
+}
+
+TEST_F(Edit, a_new_key_is_hexadecimal_where_all_others_are) {
+    EXPECT_EQ(set("{ 0x10 = 1; 0x1F = 0x00; }", "32 = 255"),
+              "{ 0x10 = 1; 0x1F = 0x00; 0x20 = 255; }");
+    EXPECT_EQ(set("{ 0x10 = 1; 17 = 2; }", "18 = 3"), "{ 0x10 = 1; 17 = 2; 18 = 3; }");
+}
+
+TEST_F(Edit, several_entries_at_the_end_of_a_line_leave_no_blanks) {
+    EXPECT_EQ(set("{ n = { a = 1; b = 2; c = 3 }; }", "n &= {a=7}"), "{ n = { a = 7 }; }");
+    EXPECT_EQ(set("{ n = [1, 2, 3, 4]; }", "n &= [1]"), "{ n = [1]; }");
 }
 
 TEST_F(Edit, a_line_of_which_all_entries_are_removed_goes_with_them) {
@@ -281,10 +318,30 @@ TEST_F(Edit, moved_lines_are_indented_anew) {
 TEST_F(Edit, a_repeated_key_is_edited_where_it_got_its_value) {
     EXPECT_EQ(set("{ a = 1; a = 2; }", "a = 3"), "{ a = 1; a = 3; }");
     EXPECT_EQ(remove("{ a = 1; b = 0; a = 2; }", "a"), "{ b = 0; }");
+    EXPECT_EQ(set("{ a = { }; a = 0x1F; }", "a &= {q=1}"), "{ a = { }; a = { q = 1 }; }");
+    EXPECT_EQ(set("{ a = [7]; a = [8, 9]; }", "a &= [1]"), "{ a = [7]; a = [1]; }");
     EXPECT_EQ(set("{ a = {x=1}; b = 0; a = {y=2}; }", "a/x = 3"),
               "{ a = {x=3}; b = 0; a = {y=2}; }");
     EXPECT_EQ(set("{ a = {x=1}; b = 0; a = {y=2}; }", "a/z = 3"),
               "{ a = {x=1}; b = 0; a = {y=2; z=3}; }");
+}
+
+// --- maps without keys ---
+
+// The reader numbers them, so those after a removed one need a key.
+TEST_F(Edit, a_map_without_a_key_gets_one_when_its_number_would_change) {
+    EXPECT_EQ(remove("{ {a=1}; {b=2}; c= 3; }", "0"), "{ 1= {b=2}; c= 3; }");
+    EXPECT_EQ(remove("{ {a=1}; {b=2}; {c=3}; }", "1"), "{ {a=1}; 2 = {c=3}; }");
+    EXPECT_EQ(remove("{ {a=1}; {b=2}; }", "1"), "{ {a=1}; }");
+    EXPECT_EQ(set("{\n  {a=1};\n  // two\n  {b=2};\n  c= 3;\n}", "0 &= 5"),
+              "{\n  0= 5;\n  // two\n  1= {b=2};\n  c= 3;\n}");
+    EXPECT_EQ(set("{ {a=1}; {b=2}; }", "1/b = 3"), "{ {a=1}; {b=3}; }");
+    EXPECT_EQ(after("{ {a=1}; {b=2}; c= 3; }",
+                    [](cObj &root) {
+                        static_cast<cMapObj &>(root).datamap().rename(cat::of(0),
+                                                                      cat::of(std::string("zero")));
+                    }),
+              "{ zero= {a=1}; 1= {b=2}; c= 3; }");
 }
 
 // --- other containers ---

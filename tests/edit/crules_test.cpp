@@ -10,6 +10,7 @@
 #include "qrv/core/ctypescope.h"
 #include "qrv/text/read/creadreport.h"
 #include "qrv/text/write/cwriter.h"
+#include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
 #include <gtest/gtest.h>
@@ -191,6 +192,30 @@ TEST_F(Rules, a_deep_tree_needs_no_deep_stack) {
         qrv::edit::all_broken_rules(inside, cat::find_type("vector"));
     ASSERT_EQ(all.size(), 1U);
     EXPECT_EQ(all[0].path.size(), 200000U);
+}
+
+// A container may get the address of one that was removed while the tree was walked.
+TEST_F(Rules, a_container_that_user_code_puts_into_the_tree_is_checked) {
+    cHostileType const hostile;
+    objref const tree = read("[[], Pixel(x= 1; y= 2), []]");
+    auto const list_at = [&](char const *path) -> cAttrHash & {
+        return dynamic_cast<cMapObj &>(*tree->getattrp(path)).datamap();
+    };
+    list_at("1").mapitem(hostile.key(1), cat::of(1));
+    cHostileType::in_hash = [&] {
+        cObj const *const first = tree->getattrp("0").get();
+        tree->setattrp("0 &=", cat::of(0), false);
+        std::vector<objref> added;
+        do added.push_back(make<cVectorObj>());
+        while (added.back().get() != first && added.size() < 1000);
+        dynamic_cast<cMapObj &>(*added.back()).datamap().vect_append(read("Pixel(x= 1; y= 2)"));
+        force(dynamic_cast<cMapObj &>(*added.back()).datamap().first()->valref(), "y", nullptr);
+        list_at("2").vect_append(added.back());
+    };
+    std::vector<BrokenRule> const all = qrv::edit::all_broken_rules(tree, cat::find_type("vector"));
+    ASSERT_EQ(all.size(), 2U);
+    EXPECT_EQ(all[0].path, "/1");
+    EXPECT_EQ(all[1].path, "/2/0/0");
 }
 
 TEST_F(Rules, what_is_broken_outlives_the_value) {

@@ -94,11 +94,12 @@ TEST_F(EditCommands, del_refuses_wrong_paths) {
     EXPECT_EQ(refused({"del", "f", "l/-1"}), "f: error: nothing at path 'l/-1'\n");
     EXPECT_EQ(refused({"del", "f", "s/p"}), "f: error: nothing at path 's/p'\n");
     EXPECT_EQ(refused({"del", "f", "b/"}),
-              "f: error: b/: it is no path: keys with one / between them\n");
+              "f: error: path 'b/' ends with a /: remove it, or add a key\n");
     EXPECT_EQ(refused({"del", "f", "/"}),
-              "f: error: /: it is no path: keys with one / between them\n");
-    EXPECT_EQ(refused({"del", "f", "a = 5"}),
-              "f: error: a = 5: it is no path: keys with one / between them\n");
+              "f: error: path '/' is the outermost value; a key is expected\n");
+    EXPECT_EQ(
+        refused({"del", "f", "a = 5"}),
+        "f: error: path 'a = 5' has '=' after the key 'a'; a key of several words needs quotes\n");
 }
 
 TEST_F(EditCommands, a_file_without_entries_has_nothing_to_delete) {
@@ -184,6 +185,28 @@ TEST_F(EditCommands, mv_keeps_the_names_of_declared_types) {
 }
 
 // --- ins ---
+
+TEST_F(EditCommands, ins_before_an_entry_comes_below_what_separates_it) {
+    std::string const sections = "{\n"
+                                 "  a = 1;\n"
+                                 "\n"
+                                 "  // --- timing ---\n"
+                                 "\n"
+                                 "  b = 2;\n"
+                                 "\n"
+                                 "  // how often\n"
+                                 "  c = 3;\n"
+                                 "}\n";
+    write("f", sections);
+    EXPECT_EQ(out({"ins", "f", "b", "before", "x", "7"}),
+              with("  b = 2;\n", "  x = 7;\n  b = 2;\n", sections));
+    EXPECT_EQ(out({"ins", "f", "c", "before", "x", "7"}),
+              with("  // how often\n", "  x = 7;\n  // how often\n", sections));
+    EXPECT_EQ(out({"ins", "f", "a", "after", "x", "7"}),
+              with("  a = 1;\n", "  a = 1;\n  x = 7;\n", sections));
+    EXPECT_EQ(out({"ins", "f", "b", "after", "x", "7"}),
+              with("  b = 2;\n", "  b = 2;\n  x = 7;\n", sections));
+}
 
 TEST_F(EditCommands, ins_lays_a_new_entry_out_like_its_neighbours) {
     EXPECT_EQ(out({"ins", "f", "a", "before", "z", "5"}), with("  a =", "  z = 5;\n  a ="));

@@ -93,15 +93,17 @@ TEST_F(ToolGet, default_stands_for_what_is_absent) {
     EXPECT_EQ(value("{a=#nil}", {"--default", "x", "a"}), "#nil\n") << "nil is a value";
 }
 
+std::string const expected =
+    " where a key is expected; a key is a word, a number or a string in quotes\n";
+
 TEST_F(ToolGet, a_path_that_is_none) {
     EXPECT_EQ(get("{a=1}", {""}),
-              (cRun{2, "", "f: error: ERROR in call of getattrp, path '', bad entry: \n"}));
+              (cRun{2, "", "f: error: the path is empty; / is the outermost value\n"}));
     EXPECT_EQ(get("{a=1}", {"a/"}),
-              (cRun{2, "", "f: error: ERROR in call of getattrp, path 'a/', bad entry: \n"}));
-    EXPECT_EQ(get("{a={}}", {"a/ /"}),
-              (cRun{2, "", "f: error: ERROR in call of getattrp, path 'a/ /'  Wrong final / \n"}));
+              (cRun{2, "", "f: error: path 'a/' ends with a /: remove it, or add a key\n"}));
+    EXPECT_EQ(get("{a={}}", {"a/ /"}), (cRun{2, "", "f: error: path 'a/ /' has '/'" + expected}));
     EXPECT_EQ(get("{a=1}", {"=", "a", "--default", "5"}),
-              (cRun{2, "1\n", "f: error: ERROR in call of getattrp, path '=', bad entry: =\n"}));
+              (cRun{2, "1\n", "f: error: path '=' has '='" + expected}));
 }
 
 TEST_F(ToolGet, long_paths_are_shortened_in_the_middle) {
@@ -111,8 +113,8 @@ TEST_F(ToolGet, long_paths_are_shortened_in_the_middle) {
     std::string const bad = "= " + path;
     EXPECT_EQ(get("{a=1}", {bad}),
               (cRun{2, "",
-                    "f: error: ERROR in call of getattrp, path '" + bad.substr(0, 57) + " ... " +
-                        bad.substr(bad.size() - 57) + "', bad entry: =\n"}));
+                    "f: error: path '" + bad.substr(0, 57) + " ... " + bad.substr(bad.size() - 57) +
+                        "' has '='" + expected}));
 }
 
 TEST_F(ToolGet, canonical_is_the_plain_writers_bytes) {

@@ -240,4 +240,47 @@ TEST_F(ToolMergeText, the_examples_and_files_written_by_hand) {
     }
 }
 
+// --- comments that belong to no entry ---
+
+std::string const sections = "// header\n"
+                             "{\n"
+                             "  // about all\n"
+                             "\n"
+                             "  a = 1;\n"
+                             "\n"
+                             "  // --- timing ---\n"
+                             "\n"
+                             "  // how long\n"
+                             "  wait = 5; // s\n"
+                             "  retry = 3;\n"
+                             "\n"
+                             "  // --- known ---\n"
+                             "\n"
+                             "  b = {\n"
+                             "    x = 1;\n"
+                             "\n"
+                             "    // inner\n"
+                             "\n"
+                             "    y = 2;\n"
+                             "  };\n"
+                             "  // trailing\n"
+                             "}\n"
+                             "// end\n";
+
+TEST_F(ToolMergeText, a_section_comes_with_the_new_entry_below_its_comment) {
+    EXPECT_EQ(merged("{\n\ta = 0;\n\tb = {\n\t\tx = 0;\n\t};\n}\n", sections),
+              "{\n\ta = 1;\n\tb = {\n\t\tx = 1;\n\n\t\t// inner\n\n\t\ty = 2;\n\t};\n"
+              "\n\t// --- timing ---\n\n\t// how long\n\twait = 5; // s\n\tretry = 3;\n}\n");
+    EXPECT_EQ(
+        merged("{\n  wait = 4;\n}\n", "{ a = 1;\n\n // --- timing ---\n\n wait = 5; b = 2; }"),
+        "{\n  wait = 5;\n  a = 1;\n  b = 2;\n}\n");
+}
+
+TEST_F(ToolMergeText, header_and_foot_of_the_source_stay_there) {
+    std::string const inside = sections.substr(sections.find("  a = 1"));
+    std::string const body = inside.substr(0, inside.find("  // trailing"));
+    EXPECT_EQ(merged("// mine\n{\n}\n", sections).substr(0, 12), "// mine\n{\n  ");
+    EXPECT_EQ(merged("{\n  z = 0;\n}\n", sections), "{\n  z = 0;\n" + body + "}\n");
+}
+
 } // namespace

@@ -12,6 +12,7 @@
 #include "qrv/core/cobj.h"
 #include "qrv/text/read/csourcemap.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -59,8 +60,18 @@ class QRV_API Edit {
     // of that one. Both texts are copied; together they must have less than 4 GiB.   O(size)
     void bring(std::string_view text, cat::SourceMap const &map, objref const &root);
 
+    // Without this, a new entry is written next to the one before it: above an empty line or a
+    // comment that begins a section. A new entry directly before that of this node, as it was
+    // before the change, is then written next to that one.
+    void put_above(std::uint32_t anid);
+
+    // How a key is written that is repeated in the text: at each of its places, or, around a
+    // change, once. Where its values are of several kinds, such as {} and [], or lists of which one
+    // replaces values of another, no text with all places may read as the changed tree.
+    enum class Repeated : unsigned char { each, once };
+
     // The new text, after the change. RUNS USER CODE.   O(size of text and tree)
-    std::string text() const;
+    std::string text(Repeated repeated = Repeated::each) const;
 
   private:
     struct Notes;

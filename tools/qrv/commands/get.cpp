@@ -28,6 +28,8 @@ struct cOptions {
 };
 
 constexpr char const *help =
+    "The path / is the outermost value.\n"
+    "\n"
     "Examples:\n"
     "  qrv get device.attr bus/baud            prints a number\n"
     "  qrv get device.attr limits sensors/0    prints containers as in a file\n"

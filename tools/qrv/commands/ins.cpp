@@ -19,7 +19,8 @@ struct cOptions : cWriteOptions {
 
 constexpr char const *help =
     "PATH names an existing entry. KEY is the key of the new one; leave it out in vectors and\n"
-    "sets. VALUE is written as in a file. The new entry is laid out like its neighbours.\n"
+    "sets. VALUE is written as in a file. The new entry is laid out like its neighbours and is\n"
+    "written next to PATH: before it, that is above the comment that PATH has directly above it.\n"
     "An error in KEY or VALUE is reported as entry:line:column, its position in 'KEY = VALUE' or\n"
     "in ' = VALUE'. If there is one, nothing is written and the exit code is 2.\n"
     "\n"
@@ -58,7 +59,7 @@ int run(cOptions const &options) {
             messages(options.file, options.max_errors);
         cNewEntry entry{};
         bool const good = read_entry(options, entry, about_entry) &&
-                          insert_entry(file.value, options.path, entry, messages);
+                          insert_entry(file.value, options.path, entry, file.edit, messages);
         told = about_entry.text() + messages.text();
         return good;
     });

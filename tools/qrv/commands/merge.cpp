@@ -57,8 +57,11 @@ constexpr char const *help =
     "\n"
     "Only what changes is written: all other bytes of TARGET stay as they are. A key that is\n"
     "removed takes its comments with it. Keys that only SOURCE has bring their comments, and so\n"
-    "do values that replace a value without a comment. With --reformat merge reports each\n"
-    "comment of TARGET that would be lost; then -i and -o need --force.";
+    "do values that replace a value without a comment. A comment that an empty line separates\n"
+    "from the entry below, such as the title of a section, comes if that entry is new in TARGET;\n"
+    "the comments before the first entry of SOURCE and after its last one do not. With\n"
+    "--reformat merge reports each comment of TARGET that would be lost; then -i and -o need\n"
+    "--force.";
 
 // A constant or a choice type was given itself again.
 bool is_same_again(cSaid const &said) {

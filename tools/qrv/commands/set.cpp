@@ -13,6 +13,7 @@
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
 #include "tools/qrv/editing/entries.h"
+#include "tools/qrv/editing/obstacle.h"
 #include "tools/qrv/editing/rewrite.h"
 #include "tools/qrv/editing/statements.h"
 #include "tools/qrv/output/exit_code.h"
@@ -144,6 +145,12 @@ class cAssignment {
         });
         if (attempt.done && attempt.errors.empty()) return true;
         if (before_ && statement_.operation == '=' && tell_mismatches(before_, false)) return false;
+        if (auto const found = obstacle_at(root_, statement_.path))
+            return refuse(statement_.place, found->text, found->advice);
+        bool const creates = statement_.operation == '=' || statement_.operation == tkAndAssign;
+        if (!before_ && !creates)
+            return refuse(statement_.place, "nothing is there for " + statement_.operator_text,
+                          "create a value first, with = or &=");
         for (cSaid const &said : attempt.errors) refuse(statement_.place, said.text, "", said.code);
         return explain(attempt.errors.empty());
     }
@@ -155,8 +162,6 @@ class cAssignment {
         std::string text = kind_of(statement_.value) + " cannot be stored there by " + op;
         if (statement_.operation == tkShiftLeft && cObj::is_set(before_))
             text = "the set holds " + shown(statement_.value) + " already";
-        else if (!before_ && statement_.operation != '=' && statement_.operation != tkAndAssign)
-            advice = "there is no value for " + op + "; create one first, with = or &=";
         else if (!before_ && options_.no_create)
             advice = "without --no-create missing levels are created";
         else if (before_)
@@ -190,6 +195,8 @@ class cAssignment {
 
     std::string advice(bool conversion) const {
         std::string const convert = conversion ? "--convert stores the changed value" : "";
+        if (auto const found = obstacle_at(root_, statement_.path))
+            return found->text + (conversion ? "; " + convert : "");
         if (statement_.operation == tkAndAssign) return convert;
         return conversion ? "&= replaces it and its type; " + convert
                           : "&= replaces it, whatever it is";

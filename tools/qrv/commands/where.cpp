@@ -17,7 +17,8 @@ struct cOptions {
 constexpr char const *help =
     "The position is LINE:COLUMN of the value's first byte, both from 1, columns in bytes. For a\n"
     "key that is written several times it is that of the last value, and for a value that is\n"
-    "referred to, that of the text of the value. The exit code is 1 if nothing is there.\n"
+    "referred to, that of the text of the value. The path / is the outermost value. The exit code\n"
+    "is 1 if nothing is there.\n"
     "\n"
     "Example:\n"
     "  vi +$(qrv where device.attr bus/baud | cut -d: -f1) device.attr";
@@ -32,7 +33,8 @@ void locate(cOptions const &options, std::string const &bytes, cMessages &messag
     cReading const reading = read_value(bytes, messages);
     objref value;
     if (!reading.clean || !find_at(reading.value, options.path, value, messages)) return;
-    std::vector<cat::SourceEntry> const entries = map.spans(*reading.value, options.path);
+    std::vector<cat::SourceEntry> const entries =
+        map.spans(*reading.value, is_outermost(options.path) ? "" : options.path);
     reply.status = entries.empty() ? exit_found : exit_done;
     if (!value) return tell_absent(options.path, messages);
     if (entries.empty())

@@ -3,7 +3,6 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
@@ -91,35 +90,6 @@ bool is_used(objref const &root, cObj const *type) {
 }
 
 } // namespace
-
-std::vector<objref> keys_of(std::string const &path, cMessages &messages) {
-    if (!is_whole_path(path, messages)) return {};
-    std::istringstream is(path);
-    is.imbue(std::locale::classic());
-    cAttrScan scan(is, false);
-    scan.return_com(true);
-    std::vector<objref> keys;
-    cAttrLiteral token;
-    cat::ReadReport unheard;
-    scan.gettok(token);
-    if (token.code == '/') scan.gettok(token);
-    for (;;) {
-        objref key;
-        if (token.code == tkEof || !cat::read_stdtype(token.code, token.text.c_str(), key) ||
-            !key || !key->type().is_keytype()) {
-            refuse(path, "it is no path: keys with one / between them", messages);
-            return {};
-        }
-        keys.push_back(key);
-        if (scan.gettok(token) == tkEof && token.text.empty()) return keys;
-        if (token.code == '/') {
-            scan.gettok(token);
-            continue;
-        }
-        refuse(path, "it is no path: keys with one / between them", messages);
-        return {};
-    }
-}
 
 cFoundEntry entry_at(objref const &root, std::vector<objref> const &keys, std::string const &path,
                      cMessages &messages) {
@@ -223,13 +193,14 @@ bool move_entry(objref const &root, std::string const &from, std::string const &
 }
 
 bool insert_entry(objref const &root, std::string const &path, cNewEntry const &entry,
-                  cMessages &messages) {
+                  qrv::edit::Edit *edit, cMessages &messages) {
     std::vector<objref> const keys = keys_of(path, messages);
     if (keys.empty()) return false;
     cFoundEntry const found = entry_at(root, keys, path, messages);
     objref const &container = found.container;
     cAttrNode *const node = found.node;
     if (!node) return false;
+    if (edit && !entry.after) edit->put_above(node->anid());
     cAttrHash &hash = map_in(container)->datamap();
     if (is_list(container)) {
         if (entry.key)

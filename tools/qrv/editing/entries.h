@@ -3,13 +3,12 @@
 // messages and leaves the value as it was.
 
 #include "qrv/core/cobj.h"
+#include "qrv/edit/cedit.h"
 #include "tools/qrv/output/messages.h"
+#include "tools/qrv/search/at_path.h"
 
 #include <string>
 #include <vector>
-
-// The keys of a path; empty, with an error, if the text is not a path.
-std::vector<objref> keys_of(std::string const &path, cMessages &messages);
 
 // The container of a path and the node of its last key; the node is null, with an error, if nothing
 // is there.
@@ -35,5 +34,6 @@ struct cNewEntry {
     objref key; // null in vectors and sets
     objref value;
 };
+// `edit` may be null.
 bool insert_entry(objref const &root, std::string const &path, cNewEntry const &entry,
-                  cMessages &messages);
+                  qrv::edit::Edit *edit, cMessages &messages);

@@ -16,6 +16,7 @@
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/editing/format.h"
 #include "tools/qrv/editing/splice.h"
+#include "tools/qrv/editing/type_order.h"
 #include "tools/qrv/output/diff.h"
 #include "tools/qrv/output/no_memory.h"
 #include "tools/qrv/output/output.h"
@@ -45,9 +46,12 @@ void rewrite_text(std::string const &text, cTask const &task, size_t first_numbe
                   cMessages &messages, cReply &reply) {
     cat::SourceMap const map;
     cReading const reading = read_value(text, messages);
+    std::optional<cTypeOrder> types;
+    if (task.options.reformat) types.emplace(reading.value);
     if (!reading.clean ||
         !task.change({reading.value, text, first_number, map, nullptr}, reply.messages))
         return;
+    if (types && types->tell_broken(reading.value, messages)) return;
     reply.text = written(reading.value, head_of(text, map), task.options.canonical, messages);
     bool const all_written = messages.count() == 0;
     if (all_written) reply.image = image_of(reading.value);

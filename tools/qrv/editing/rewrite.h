@@ -24,9 +24,9 @@ struct cWriteOptions {
     int max_errors = default_max_errors;
 };
 
-// What is to be changed. If the file is written anew, the change is made twice at most, each time
-// in a new reading. The second time the file's comments have numbers below `first_number`, and
-// comments from elsewhere are to be numbered from there on; the first time that is 0.
+// What is to be changed. The change may be made several times, each time in a new reading. If the
+// file is written anew, the file's comments have numbers below `first_number` the second time, and
+// comments from elsewhere are to be numbered from there on; else that is 0.
 struct cChanging {
     objref value;
     std::string const &bytes; // that it was read from

@@ -1,9 +1,12 @@
 #include "tools/qrv/editing/splice.h"
 
 // The text is never trusted: it is read again, and its fingerprint must be that of the changed
-// value.
+// value. If it is not, repeated keys may be the reason: then all is done again, with keys around
+// the change written once.
 
 #include "qrv/edit/cedit.h"
+#include "tools/qrv/editing/type_order.h"
+#include "tools/qrv/output/writing.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/verify/fingerprint.h"
 
@@ -11,8 +14,11 @@
 
 namespace {
 
+using Repeated = qrv::edit::Edit::Repeated;
+
 // The two readings are apart: the types that the old text declares are unknown to the new one.
-cReply changed_text(std::string const &bytes, cChange const &change, cMessages const &about) {
+cReply changed_text(std::string const &bytes, cChange const &change, Repeated repeated,
+                    cMessages const &about) {
     return apart(about.name(), [&](cReply &reply) {
         cMessages messages(about.name(), about.limit());
         messages.source(bytes);
@@ -22,7 +28,7 @@ cReply changed_text(std::string const &bytes, cChange const &change, cMessages c
         if (reading.clean) {
             qrv::edit::Edit edit(bytes, *map, reading.value);
             if (change({reading.value, bytes, 0, *map, &edit}, told)) {
-                reply.text = edit.text();
+                reply.text = edit.text(repeated);
                 reply.status = exit_done;
             }
         }
@@ -43,16 +49,42 @@ std::string fingerprint_of(std::string const &text, std::string const &name) {
     return reply.image;
 }
 
+// Why the change can't be made, and what to do.
+void tell_why(std::string const &bytes, cChange const &change, std::string const &image,
+              cMessages &messages) {
+    cReply const reply = apart(messages.name(), [&](cReply &r) {
+        cMessages found(messages.name(), messages.limit());
+        cat::SourceMap const map;
+        cReading const reading = read_value(bytes, found);
+        cTypeOrder const types(reading.value);
+        std::string unheard;
+        change({reading.value, bytes, 0, map, nullptr}, unheard);
+        if (!types.tell_broken(reading.value, found))
+            r.text = written(reading.value, "", false, found);
+        r.found = found.findings();
+    });
+    if (reply.text.empty()) return messages.take(reply.found);
+    messages.error("this change can't be made in the text as it is");
+    messages.note(no_place, fingerprint_of(reply.text, messages.name()) == image
+                                ? "--reformat writes the whole file anew"
+                                : "no text can be read as the changed value");
+}
+
 } // namespace
 
 void splice(std::string const &bytes, cChange const &change, cMessages &messages, cReply &reply) {
-    cReply const changed = changed_text(bytes, change, messages);
-    messages.take(changed.found);
-    reply.messages = changed.messages;
-    if (changed.status != exit_done) return;
-    reply.text = changed.text;
-    if (changed.image != fingerprint_of(changed.text, messages.name()))
-        return messages.error("this change can't be made in the text as it is; --reformat writes "
-                              "the whole file anew");
-    reply.status = exit_done;
+    cReply changed;
+    for (Repeated const repeated : {Repeated::each, Repeated::once}) {
+        changed = changed_text(bytes, change, repeated, messages);
+        if (repeated == Repeated::each) {
+            messages.take(changed.found);
+            reply.messages = changed.messages;
+        }
+        if (changed.status != exit_done) return;
+        reply.text = changed.text;
+        if (changed.image != fingerprint_of(changed.text, messages.name())) continue;
+        reply.status = exit_done;
+        return;
+    }
+    tell_why(bytes, change, changed.image, messages);
 }

@@ -1,21 +1,86 @@
 #include "tools/qrv/search/at_path.h"
 
+#include "qrv/core/ctypeobj.h"
+#include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
 #include "tools/qrv/output/raised.h"
 
+#include <locale>
+#include <sstream>
+
+namespace {
+
+// Why the text is not a path; empty if it is one. Then the keys are complete.
+std::string read_keys(std::string const &path, std::vector<objref> &keys) {
+    std::istringstream is(path);
+    is.imbue(std::locale::classic());
+    cAttrScan scan(is, false);
+    scan.return_com(true);
+    cAttrLiteral token;
+    cat::ReadReport const unheard;
+    if (scan.gettok(token) == '/') scan.gettok(token);
+    for (;;) {
+        objref key;
+        std::string const text = '\'' + shortened(token.text) + '\'';
+        if (token.code == tkEof && token.text.empty())
+            return "ends with a /: remove it, or add a key";
+        if (!cat::read_stdtype(token.code, token.text.c_str(), key) || !key ||
+            !key->type().is_keytype())
+            return "has " + text +
+                   " where a key is expected; a key is a word, a number or a string in quotes";
+        keys.push_back(key);
+        if (scan.gettok(token) == tkEof && token.text.empty()) return "";
+        if (token.code != '/')
+            return "has '" + shortened(token.text) + "' after the key " + text +
+                   "; a key of several words needs quotes";
+        scan.gettok(token);
+    }
+}
+
+bool is_blank(std::string const &text) { return text.find_first_not_of(" \t\r\n") == text.npos; }
+
+} // namespace
+
+bool is_outermost(std::string const &path) {
+    size_t const slash = path.find('/');
+    return slash != path.npos && is_blank(path.substr(0, slash)) &&
+           is_blank(path.substr(slash + 1));
+}
+
+std::vector<objref> keys_of(std::string const &path, cMessages &messages) {
+    std::vector<objref> keys;
+    if (!is_whole_path(path, messages)) return keys;
+    if (is_blank(path)) {
+        messages.error("the path is empty; / is the outermost value");
+    } else if (is_outermost(path)) {
+        messages.error("path '" + path + "' is the outermost value; a key is expected");
+    } else if (std::string const why = read_keys(path, keys); !why.empty()) {
+        messages.error("path '" + shortened(path) + "' " + why);
+        keys.clear();
+    }
+    return keys;
+}
+
 bool find_at(objref const &top, std::string const &path, objref &value, cMessages &messages) {
+    if (is_outermost(path)) {
+        value = top;
+        return true;
+    }
     if (!is_whole_path(path, messages)) return false;
-    size_t const before = messages.count();
+    std::vector<cErr> errors;
     cRaisedErrors const raised([&](cErr const &error) {
         bool const is_in_a_scalar = error.kind() == cat::ErrorKind::missing_method;
-        if (!is_in_a_scalar) messages.error(error.as_string(), error.code());
+        if (!is_in_a_scalar) errors.push_back(error);
     });
     cat::ReadReport report;
     value = top->getattrp(path);
+    if (!cObj::is_good(value)) value = nullptr;
+    bool const good = errors.empty() && report.empty();
+    if (good || keys_of(path, messages).empty()) return good;
+    for (cErr const &error : errors) messages.error(error.as_string(), error.code());
     for (cat::ReadError const &error : report.entries())
         messages.error(with_short_path(error.text, path), error.code);
-    if (!cObj::is_good(value)) value = nullptr;
-    return messages.count() == before;
+    return false;
 }
 
 bool is_whole_path(std::string const &path, cMessages &messages) {

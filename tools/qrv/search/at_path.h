@@ -1,10 +1,17 @@
 #pragma once
-// The value at a path that somebody gave, as `get` and `explain` look for it.
+// Paths that a person gave: their keys, and the value at one.
 
 #include "qrv/core/cobj.h"
 #include "tools/qrv/output/messages.h"
 
 #include <string>
+#include <vector>
+
+// The keys of a path to an entry; empty, with an error, if the text is not one.
+std::vector<objref> keys_of(std::string const &path, cMessages &messages);
+
+// Is it "/", the path of the outermost value?
+bool is_outermost(std::string const &path);
 
 // The value at the path; null if the path leads to nothing. False, with an error, if the text is
 // not a path.

@@ -1,0 +1,73 @@
+#pragma once
+// The entries of a text, and those of a donor, by number.
+
+#include "qrv/text/read/csourcemap.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace qrv::edit {
+
+constexpr size_t none = cat::SourceEntry::none;
+
+// The entries of the text by number, with the anid that they had before the change.
+class Entries {
+  public:
+    explicit Entries(cat::SourceMap const &map);
+    // Adds those of a donor, whose text begins at that offset of the page. Their numbers come after
+    // all others; the first is its outermost value. Copies what the map has.
+    void add_donor(cat::SourceMap const &map, size_t offset);
+    bool is_donated(size_t number) const { return number != none && number >= donor(); }
+    size_t donor() const { return map_.size(); }
+    // Entries of these nodes are written once, even if their keys are repeated. Those of a donor
+    // always are.
+    void write_once(std::unordered_set<std::uint32_t> anids) { once_ = std::move(anids); }
+    bool is_once(size_t number) const {
+        return is_donated(number) || (number != none && once_.contains(anids_[number]));
+    }
+
+    cat::SourceEntry entry(size_t number) const {
+        return is_donated(number) ? donated_[number - donor()] : map_.entry(number);
+    }
+    std::uint32_t anid(size_t number) const { return anids_[number]; }
+    // A new entry directly before that of this node is written next to it, not to the one before.
+    void write_above(std::uint32_t anid) { below_ = anid; }
+    bool is_below(size_t number) const { return below_ != 0 && anids_[number] == below_; }
+    size_t size() const { return anids_.size(); }
+    // Is its key repeated, or the value of a set? Is that of any entry?
+    bool comes_again(size_t number) const;
+    bool any_comes_again() const { return any_comes_again_; }
+    bool any_reference() const { return any_reference_; }
+    // All that are written for a node, in file order.
+    std::vector<size_t> of(std::uint32_t anid) const;
+    // The brackets that hold the entries of the value written there: its own, or those of the one
+    // whole value between them.
+    cat::SourceEntry frame(size_t number) const;
+    std::vector<cat::SourceEntry> inside(size_t number) const;
+    // Those above it and after it.
+    std::vector<cat::SourceComment> const &comments(size_t number) const;
+
+  private:
+    void add(cat::SourceEntry const &entry);
+    void sort_numbers();
+    void leave_out_equal_members();
+    std::vector<cat::SourceEntry> directly_inside(size_t number) const;
+    void add(cat::SourceComment const &comment);
+
+    cat::SourceMap const &map_;
+    std::vector<cat::SourceEntry> donated_;
+    std::unordered_map<size_t, std::vector<cat::SourceEntry>> inside_; // of the donor's
+    std::vector<std::uint32_t> anids_;
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> numbers_; // anid and number, sorted
+    std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;
+    std::unordered_set<std::uint32_t> once_;
+    std::uint32_t below_ = 0;
+    bool any_comes_again_ = false;
+    bool any_reference_ = false;
+};
+
+} // namespace qrv::edit

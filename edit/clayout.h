@@ -1,0 +1,54 @@
+#pragma once
+// How the entries of a container are laid out, so that new ones look like their neighbours.
+
+#include "edit/cpage.h"
+#include "edit/cplan.h"
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace qrv::edit {
+
+struct Layout {
+    std::string indent;            // of a line with an entry
+    std::string unit = "    ";     // what a level adds to it
+    std::string separator = " = "; // between key and value
+    size_t width = 0;              // from the start of a key to its "=", where these are aligned
+    std::string key;               // that new numbers as keys look like
+    std::string gap = " ";         // between entries on one line
+    char delimiter = ';';
+    bool lines = false; // is each entry on lines of its own?
+    bool ended = true;  // has the last entry a delimiter?
+    bool known = false; // does the separator come from an entry?
+};
+
+// An entry in the text.
+struct Part {
+    cat::SourceEntry entry;
+    Extent extent;
+};
+using Parts = std::vector<Part>;
+
+class Layouts {
+  public:
+    Layouts(Page const &page, Entries const &entries) : page_(page), entries_(entries) {}
+
+    // Of the entries in an item that is a container.
+    Layout const &of(Item const &item);
+    // Those of a block that have a node.
+    Parts parts_of(Item const &item) const;
+    // Does it begin a line, and is its "=" so far from there?
+    bool in_column(Part const &part, size_t column) const;
+
+  private:
+    Layout new_layout_of(Item const &item);
+    std::string gap_of(Parts const &parts) const;
+    std::string hexadecimal_key(Parts const &parts) const;
+
+    Page const &page_;
+    Entries const &entries_;
+    std::unordered_map<Item const *, Layout> layouts_;
+};
+
+} // namespace qrv::edit

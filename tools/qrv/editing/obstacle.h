@@ -1,0 +1,16 @@
+#pragma once
+// Why nothing can be stored at a path.
+
+#include "qrv/core/cobj.h"
+
+#include <optional>
+#include <string>
+
+struct cObstacle {
+    std::string text;   // "a is an int, which has no entries"
+    std::string advice; // what to do, or empty
+};
+
+// What prevents it below that value: a level without entries, a key that its container does not
+// accept, or a declared type that demands values of some type.
+std::optional<cObstacle> obstacle_at(objref const &root, std::string const &path);
