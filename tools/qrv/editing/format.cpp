@@ -3,46 +3,16 @@
 #include "qrv/core/ctypescope.h"
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/editing/comments.h"
-#include "tools/qrv/output/output.h"
 #include "tools/qrv/output/writing.h"
-#include "tools/qrv/process/modules.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/warnings.h"
 #include "tools/qrv/verify/fingerprint.h"
 
-#include <map>
 #include <optional>
 #include <utility>
 
 namespace {
-
-// What is the same in a comment that was moved.
-std::string letters_of(cComment const &comment) {
-    std::string letters;
-    for (char const c : comment.text)
-        if (c != ' ' && c != '\t' && c != '\n') letters += c;
-    return letters;
-}
-
-// Comments that are not in the new text. Only a type of a module, which reads its text by itself,
-// can lose some: without modules no text is scanned.
-void tell_lost(std::string const &bytes, cReading const &reading, std::string const &text,
-               cMessages &messages) {
-    if (!modules_are_loaded()) return;
-    std::map<std::string, size_t> found;
-    for (cComment const &comment : survey(text).comments) ++found[letters_of(comment)];
-    for (cComment const &comment : survey(bytes).comments) {
-        if (reading.behind && *reading.behind < comment.place) break;
-        size_t &count = found[letters_of(comment)];
-        if (count > 0) {
-            --count;
-            continue;
-        }
-        std::string const line = comment.text.substr(0, comment.text.find('\n'));
-        messages.error(comment.place, "this comment would be lost: " + shortened(line));
-    }
-}
 
 // Of the text that was written.
 class cSecondReading {
@@ -88,7 +58,6 @@ void format(std::string const &bytes, cFormat const &how, cMessages &messages, c
     };
     reply.text = with_comments(how.trailing_blanks);
     if (how.replaces) add_lost_by_writing(bytes, map, messages);
-    tell_lost(bytes, reading, reply.text, messages);
     if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
     if (all_written && again.image() != image)
         messages.error("the new text would not read as the same value: " +

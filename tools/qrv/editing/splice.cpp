@@ -21,7 +21,7 @@ cReply changed_text(std::string const &bytes, cChange const &change, cMessages c
         std::string told;
         if (reading.clean) {
             qrv::edit::Edit edit(bytes, *map, reading.value);
-            if (change({reading.value, bytes, 0, *map, &edit}, told)) {
+            if (change({reading.value, bytes, *map, &edit}, told)) {
                 reply.text = edit.text();
                 reply.status = exit_done;
             }
