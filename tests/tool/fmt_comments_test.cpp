@@ -202,6 +202,10 @@ TEST_F(ToolFmtCanonical, comments_lost_in_text_after_the_value) {
                     "f:1:20: error: this comment would be lost: /*z*/\n"
                     "f:2:1: error: this comment would be lost: // x\n"
                     "f:1:17: error: text after the first value would be lost\n"}));
+    EXPECT_EQ(run_on("[1] 2 // x", {"fmt", "--canonical"}),
+              (cRun{1, "[1, ]",
+                    "f:1:7: error: this comment would be lost: // x\n"
+                    "f:1:5: error: text after the first value would be lost\n"}));
 }
 
 TEST_F(ToolFmtCanonical, comments_of_the_shortest_forms) {

@@ -18,8 +18,6 @@ class cCommentMarks {
     // Marks the comments of the value. The map is that of the bytes; both must outlive the object.
     cCommentMarks(std::string const &bytes, cat::SourceMap const &map, cReading const &reading);
 
-    bool any() const { return !map_.comments().empty(); }
-
     // What the writer made of the value, without the marks. They are counted.
     std::string removed_from(std::string const &text);
 

@@ -49,7 +49,7 @@ void first_reading(std::string const &bytes, cTask const &task, bool marked, cMe
     cReading const reading = read_value(bytes, messages);
     if (!reading.clean) return;
     std::optional<cCommentMarks> marks;
-    if (marked && !map.comments().empty()) marks.emplace(bytes, map, reading);
+    if (marked && (reading.behind || !map.comments().empty())) marks.emplace(bytes, map, reading);
     if (!task.change({reading.value, bytes, map, nullptr}, reply.messages)) {
         if (marks) reply.status = exit_found;
         return;
