@@ -547,12 +547,13 @@ std::string cComments::put_into(std::string const &text, cat::SourceMap const &m
                                 bool trailing_blanks) const {
     cWritten const written(text, map);
     if (written.entries().empty() || entries_.empty()) return text;
-    cPlacing const placing(entries_, written);
+    std::optional<cPlacing> placing;
+    if (!comments_.empty()) placing.emplace(entries_, written);
     std::vector<cRemark> remarks;
     std::vector<cPlaced> placed;
     for (SourceComment const &comment : comments_) {
         remarks.push_back(remark_of(bytes_, comment));
-        placed.push_back(placing.place(comment, remarks.back()));
+        placed.push_back(placing->place(comment, remarks.back()));
         placed.back().number = remarks.size() - 1;
     }
     std::stable_sort(placed.begin(), placed.end(), [](cPlaced const &a, cPlaced const &b) {

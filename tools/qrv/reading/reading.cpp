@@ -77,7 +77,7 @@ class cText {
   public:
     cText(std::string const &name, std::string const &bytes) : progress_(name, bytes.size()) {
         if (!progress_.is_shown()) {
-            stream_ = std::make_unique<std::istringstream>(bytes);
+            stream_ = in_place(bytes);
             return;
         }
         pieces_.emplace([this, rest = std::string_view(bytes)]() mutable {
@@ -96,6 +96,15 @@ class cText {
     std::istream &stream() { return *stream_; }
 
   private:
+    // Reads the bytes where they are, if the C++ library has that; else they are copied.
+    static std::unique_ptr<std::istream> in_place(std::string const &bytes) {
+        auto stream = std::make_unique<std::istringstream>();
+        auto const size = static_cast<std::streamsize>(bytes.size());
+        stream->rdbuf()->pubsetbuf(const_cast<char *>(bytes.data()), size); // nothing is written
+        if (stream->rdbuf()->in_avail() != size) stream->str(bytes);
+        return stream;
+    }
+
     cProgress progress_;
     std::optional<cPieces> pieces_;
     std::unique_ptr<std::istream> stream_;
