@@ -264,12 +264,12 @@ cCommands commands() {
         {"explain", "FILE", "last/1"},
         {"to-json", "FILE"},
         {"fmt", "--check", "FILE"},
-        {"fmt", "-i", "FILE"},
-        {"set", "-i", "FILE", "last/1 = 4"},
-        {"merge", "-i", "FILE", "SOURCE"},
-        {"del", "-i", "FILE", "last/1"},
-        {"mv", "-i", "FILE", "n", "m"},
-        {"ins", "-i", "FILE", "n", "before", "m", "2"},
+        {"fmt", "FILE"},
+        {"set", "FILE", "last/1 = 4"},
+        {"merge", "FILE", "SOURCE"},
+        {"del", "FILE", "last/1"},
+        {"mv", "FILE", "n", "m"},
+        {"ins", "FILE", "n", "before", "m", "2"},
         {"fmt", "--canonical", "FILE"},
         {"set", "--reformat", "FILE", "last/1 = 4"},
         {"merge", "--reformat", "FILE", "SOURCE"},
@@ -284,7 +284,7 @@ cCommands variants() {
         {"tokens", "--all", "FILE"},
         {"get", "--json", "FILE", "last"},
         {"to-json", "FILE", "-o", "OUTPUT"},
-        {"fmt", "FILE"},
+        {"fmt", "-i", "FILE"},
         {"fmt", "--diff", "FILE"},
         {"fmt", "-i", "--diff", "--backup", "--no-wait", "FILE"},
         {"fmt", "--check", "--trailing-blanks", "FILE"},
@@ -303,7 +303,7 @@ cCommands variants() {
     };
     for (std::vector<std::string> const &edit : edits)
         for (std::vector<std::string> const &options :
-             cCommands{{}, {"--diff"}, {"-o", "OUTPUT"}, {"-i", "--diff", "--backup=.old"}}) {
+             cCommands{{"-i"}, {"--diff"}, {"-o", "OUTPUT"}, {"-i", "--diff", "--backup=.old"}}) {
             std::vector<std::string> command = edit;
             command.insert(command.end(), options.begin(), options.end());
             all.push_back(command);
