@@ -54,12 +54,13 @@ void Matching::walk(objref const &root) {
     }
 }
 
-// Nothing is shared, so each container comes after the one around it.
+// Nothing is shared, so each container comes after the one around it. One of the donor's is new.
 void Matching::find_changed() {
     for (size_t i = alive_.size(); i > 0; --i) {
         objref const &container = alive_[i - 1];
         Was const *const was = before_.entries(container.get());
-        bool changed = !was || !before_.is_still(*was, *container_in(container));
+        bool changed = !was || before_.is_donated(container.get()) ||
+                       !before_.is_still(*was, *container_in(container));
         if (!changed && !changed_.empty())
             changed = std::any_of(was->begin(), was->end(), [&](WasEntry const &entry) {
                 return entry.is_container() && changed_.count(entry.value.get());

@@ -47,8 +47,7 @@ std::vector<bool> rising(std::vector<size_t> const &numbers) {
 Plan::Plan(std::string_view text, Entries const &entries, Snapshot const &before,
            objref const &root)
     : text_(text), entries_(entries), before_(before), root_(root),
-      matching_(before, root,
-                !entries.any_reference() && !entries.any_comes_again() && !before.donor()) {
+      matching_(before, root, !entries.any_reference() && !entries.any_comes_again()) {
     settle(add(nullptr, {0, nullptr, 0, false, none}, root));
 }
 
@@ -222,11 +221,15 @@ WasEntry const *Plan::was_of(size_t number) const {
 
 // The entries in which a value was written before the change, in file order.
 std::vector<size_t> const &Plan::definitions(objref const &value) {
-    static std::vector<size_t> const nowhere;
     if (!std::exchange(searched_, true)) search_definitions();
     if (auto const *const was = matching_.replaced_by(value)) return definitions(*was);
-    auto const found = definitions_.find(value.get());
-    return is_constant(value) || found == definitions_.end() ? nowhere : found->second;
+    auto const [known, fresh] = definitions_.try_emplace(value.get());
+    if (!fresh || is_constant(value)) return known->second;
+    auto at = std::lower_bound(all_definitions_.begin(), all_definitions_.end(),
+                               std::pair(static_cast<cObj const *>(value.get()), size_t{0}));
+    for (; at != all_definitions_.end() && at->first == value.get(); ++at)
+        known->second.push_back(at->second);
+    return known->second;
 }
 
 // Is this where a value has its text? Of a key that comes again the last entry has it, in a set the
@@ -261,14 +264,16 @@ bool Plan::is_left_out(size_t number) const {
 }
 
 void Plan::search_definitions() {
-    definitions_[root_.get()] = {0};
+    all_definitions_.reserve(entries_.size() + 1);
+    all_definitions_.emplace_back(root_.get(), 0);
     if (before_.donor() && !entries_.frame(entries_.donor()).open.empty())
-        definitions_[before_.donor().get()] = {entries_.donor()};
+        all_definitions_.emplace_back(before_.donor().get(), entries_.donor());
     for (size_t number = 1; number < entries_.size(); ++number) {
         objref const &value = before_.value(entries_.anid(number));
         if (!value || entries_.entry(number).reference) continue;
-        if (writes(number, value)) definitions_[value.get()].push_back(number);
+        if (writes(number, value)) all_definitions_.emplace_back(value.get(), number);
     }
+    std::sort(all_definitions_.begin(), all_definitions_.end());
 }
 
 void Plan::add_children(Item &item, std::vector<size_t> const &blocks) {

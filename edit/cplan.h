@@ -97,8 +97,9 @@ class Plan {
     std::unordered_set<cAttrNode const *> passed_;                // nodes of the items so far
     std::unordered_map<cAttrNode const *, Item const *> in_sets_; // the first items of nodes
     std::unordered_map<size_t, Slots> arranged_;                  // by block
-    std::unordered_map<cObj const *, std::vector<size_t>> definitions_;
-    bool searched_ = false; // definitions_ is filled
+    std::unordered_map<cObj const *, std::vector<size_t>> definitions_; // of values asked for
+    std::vector<std::pair<cObj const *, size_t>> all_definitions_;      // sorted
+    bool searched_ = false;                                             // for all of them
 };
 
 } // namespace qrv::edit

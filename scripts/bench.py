@@ -9,6 +9,7 @@ Exits with 1 when a row misses what it must reach and bench/unmet.txt doesn't li
 """
 import argparse
 import datetime
+import itertools
 import json
 import os
 import pathlib
@@ -20,6 +21,7 @@ import sys
 import bench_chart
 import bench_judge
 import bench_results
+import bench_tool
 from bench_results import Row
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -120,20 +122,23 @@ def main():
     try:
         unmet = {row: profile for row, profile in bench_judge.read_unmet().items() if not row.startswith("growth ")}
         chosen = [row for row in timed_rows(program) if re.search(arguments.rows, row[0])]
-        if not chosen:
+        chosen_of_tool = [name for name in bench_tool.names() if re.search(arguments.rows, name)]
+        if not chosen and not chosen_of_tool:
             raise ValueError(f"no row matches {arguments.rows}")
         folder.mkdir(exist_ok=True)
         output_of(program, "--write", folder)
         before = {row.name: row.ratio for row in bench_results.newest()}
         rows = []
         print(f"{'row':18}{'qrv':>10}{'peer':>10}  {'which':10}{'qrv / peer':>10}{'must':>11}{'change':>8}")
-        for name, libraries in chosen:
-            for row in measure(program, name, libraries, folder, arguments.rounds):
-                row.before = before.get(row.name)
-                rows.append(row)
-                name, _, ours, peer, which, ratio, must, change, *further = row.cells()
-                further = "".join(f"   {library} {text}" for library, text in zip(bench_results.FURTHER, further) if text)
-                print(f"{name:18}{ours:>10}{peer:>10}  {which:10}{ratio:>10}{must:>11}{change:>8}{further}", flush=True)
+        measured = [measure(program, name, libraries, folder, arguments.rounds) for name, libraries in chosen]
+        if chosen_of_tool:
+            measured.append(bench_tool.measure(bench_tool.tool_beside(program), folder, chosen_of_tool, arguments.rounds))
+        for row in itertools.chain.from_iterable(measured):
+            row.before = before.get(row.name)
+            rows.append(row)
+            name, _, ours, peer, which, ratio, must, change, *further = row.cells()
+            further = "".join(f"   {library} {text}" for library, text in zip(bench_results.FURTHER, further) if text)
+            print(f"{name:18}{ours:>10}{peer:>10}  {which:10}{ratio:>10}{must:>11}{change:>8}{further}", flush=True)
     except (OSError, ValueError, subprocess.CalledProcessError) as error:
         print(f"bench: {error}", file=sys.stderr)
         return 2

@@ -26,8 +26,12 @@ MUST = {
     "write_exact/1M": 2.5,
     "copy/1M": 3.0,
     "destroy/1M": 1.0,
+    "tool_get/10M": 1.0,
+    "tool_fmt/10M": 2.0,
+    "tool_set/10M": 2.0,
 }
-MUST_BYTES = {"memory/1M": 230}  # for each entry, of the tree that read/1M leaves in memory
+# For each entry, of the tree that read/1M leaves in memory; for each byte of the file, of the tool's commands.
+MUST_BYTES = {"memory/1M": 230, "tool_memory/10M": 20}
 # Instructions for each entry at the largest of three sizes, in those at the smallest.
 MUST_GROWTH = 1.4
 

@@ -14,9 +14,9 @@ PAGE = """# Benchmarks
 Written by `./dev bench`. Machines differ: run it on yours before comparing with anything else.
 {about}
 
-Processor time in nanoseconds for each entry or slot; `memory` in bytes. `must` is what qrv may take at most, in
-times of the peer's or in bytes; `change` is that of `qrv / peer` since the run before. `bench/README.md` says what
-each row does.
+Processor time in nanoseconds for each entry or slot; `memory` in bytes, `tool_memory` in bytes for each byte of
+the file. `must` is what qrv may take at most, in times of the peer's or in bytes; `change` is that of `qrv / peer`
+since the run before. `bench/README.md` says what each row does.
 
 {newest}
 
@@ -45,7 +45,7 @@ class Row:
     def missed(self):
         """Why the row misses what it must reach, or None."""
         if self.name in MUST_BYTES and self.ours > MUST_BYTES[self.name]:
-            return f"{self.ours:.0f} bytes for each entry, more than {MUST_BYTES[self.name]}"
+            return f"{self.ours:.0f} bytes for each entry, or byte of the file, more than {MUST_BYTES[self.name]}"
         if self.name in MUST and self.ratio > MUST[self.name]:
             return f"{self.ratio:.2f} times what {self.which} takes, more than {MUST[self.name]:.1f}"
         return None

@@ -164,6 +164,7 @@ TEST_F(ToolFmtCanonical, comments_lost_inside_typed_values) {
 
 TEST_F(ToolFmtCanonical, comments_lost_behind_references_to_what_has_a_comment) {
     EXPECT_EQ(lost("{\n a=1; // x\n b=#cRef(/a); // y\n}"), "3:15 // y\n");
+    EXPECT_EQ(lost("{\n a=1; // x\n b=#cRef(/a) // x\n; // x\n}"), "4:3 // x\n");
 }
 
 TEST_F(ToolFmtCanonical, comments_lost_behind_a_value_without_a_container) {
@@ -191,6 +192,20 @@ TEST_F(ToolFmtCanonical, comments_of_a_shared_value_stand_at_each_of_its_places)
 
 TEST_F(ToolFmtCanonical, comments_that_look_like_numbered_ones_are_followed_too) {
     EXPECT_EQ(lost("{\n a=1; //1: x\n b=#nil; //0: x\n c=2; //7\n}"), "3:10 //0: x\n");
+}
+
+TEST_F(ToolFmtCanonical, comments_lost_in_text_after_the_value) {
+    EXPECT_EQ(run_on("[1] /*x*/ /*y*/ [2 /*z*/]\n// x", {"fmt", "--canonical"}),
+              (cRun{1, "[1, ]",
+                    "f:1:5: error: this comment would be lost: /*x*/\n"
+                    "f:1:11: error: this comment would be lost: /*y*/\n"
+                    "f:1:20: error: this comment would be lost: /*z*/\n"
+                    "f:2:1: error: this comment would be lost: // x\n"
+                    "f:1:17: error: text after the first value would be lost\n"}));
+    EXPECT_EQ(run_on("[1] 2 // x", {"fmt", "--canonical"}),
+              (cRun{1, "[1, ]",
+                    "f:1:7: error: this comment would be lost: // x\n"
+                    "f:1:5: error: text after the first value would be lost\n"}));
 }
 
 TEST_F(ToolFmtCanonical, comments_of_the_shortest_forms) {

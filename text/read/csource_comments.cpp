@@ -29,7 +29,11 @@ class cGroup {
         std::size_t const before = entry_before(), after = entry_after();
         std::size_t const below = first_after_those_of(before), above = first_of_those_above(after);
         for (std::size_t i = first_; i < end_; ++i) {
-            SourceComment comment{comments()[i].span, {}, {}, own_line(i), comments()[i].kept};
+            SourceComment comment;
+            comment.span = comments()[i].span;
+            comment.own_line = own_line(i);
+            comment.kept = comments()[i].kept;
+            comment.obid = comments()[i].obid;
             if (i < below) {
                 comment.entry = before;
                 comment.where = SourceComment::after;

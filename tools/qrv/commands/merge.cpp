@@ -14,7 +14,6 @@
 #include "tools/qrv/editing/rewrite.h"
 #include "tools/qrv/output/output.h"
 #include "tools/qrv/reading/reading.h"
-#include "tools/qrv/reading/scan.h"
 #include "tools/qrv/verify/attempt.h"
 #include "tools/qrv/verify/mismatch.h"
 
@@ -309,12 +308,10 @@ void test_types(cTypes const &target, cText const &target_text, cText const &sou
     }
 }
 
-bool merge_all(cChanging const &file, std::string const &bytes, cOptions const &options,
+bool merge_all(cChanging const &file, std::string const &source, cOptions const &options,
                std::string &told) {
     cMessages messages(options.source, options.max_errors);
     cTypes const types = cTypeWalk::types_in(file.value);
-    std::string const source =
-        file.first_number == 0 ? bytes : numbered(bytes, survey(bytes).comments, file.first_number);
     cat::SourceMap const map;
     cReading const reading = read_value(source, messages);
     if (reading.clean && reading.behind)

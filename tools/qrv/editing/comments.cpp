@@ -8,10 +8,13 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <numeric>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace {
 
@@ -33,26 +36,55 @@ size_t white_end(std::string const &text, size_t at) {
     return at;
 }
 
-std::vector<SourceEntry> entries_of(cat::SourceMap const &map) {
-    std::vector<SourceEntry> entries;
+bool is_between_brackets(cEntrySpan const &entry, size_t offset) {
+    return entry.open_end != 0 && offset >= entry.open_end &&
+           (entry.close_begin == 0 || offset < entry.close_begin);
+}
+
+cEntrySpan span_of(SourceEntry const &entry) {
+    return {.parent = entry.parent == none ? cEntrySpan::outermost
+                                           : static_cast<std::uint32_t>(entry.parent),
+            .anid = entry.anid,
+            .begin = entry.all().begin,
+            .value_begin = entry.value.begin,
+            .open_end = entry.open.end,
+            .close_begin = entry.close.begin,
+            .end = entry.all().end};
+}
+
+std::vector<cEntrySpan> entries_of(cat::SourceMap const &map) {
+    std::vector<cEntrySpan> entries;
     entries.reserve(map.size());
-    for (size_t i = 0; i < map.size(); ++i) entries.push_back(map.entry(i));
+    for (size_t i = 0; i < map.size(); ++i) entries.push_back(span_of(map.entry(i)));
     return entries;
 }
 
-using cChildren = std::vector<std::vector<size_t>>;
-
-cChildren children_of(std::vector<SourceEntry> const &entries) {
-    cChildren children(entries.size());
-    for (SourceEntry const &entry : entries)
-        if (entry.parent != none) children[entry.parent].push_back(entry.number);
-    return children;
+size_t parent_of(cEntrySpan const &entry) {
+    return entry.parent == cEntrySpan::outermost ? none : entry.parent;
 }
 
-bool is_between_brackets(SourceEntry const &entry, size_t offset) {
-    return !entry.open.empty() && offset >= entry.open.end &&
-           (entry.close.empty() || offset < entry.close.begin);
-}
+// The numbers of the entries directly inside each entry, in order.
+class cChildren {
+  public:
+    explicit cChildren(std::vector<cEntrySpan> const &entries)
+        : begins_(entries.size() + 1), numbers_(entries.empty() ? 0 : entries.size() - 1) {
+        for (cEntrySpan const &entry : entries)
+            if (parent_of(entry) != none) ++begins_[entry.parent + 1];
+        std::partial_sum(begins_.begin(), begins_.end(), begins_.begin());
+        std::vector<std::uint32_t> next(begins_.begin(), begins_.end() - 1);
+        for (size_t i = 0; i < entries.size(); ++i)
+            if (parent_of(entries[i]) != none)
+                numbers_[next[entries[i].parent]++] = static_cast<std::uint32_t>(i);
+    }
+
+    std::span<std::uint32_t const> operator[](size_t entry) const {
+        return std::span(numbers_).subspan(begins_[entry], begins_[entry + 1] - begins_[entry]);
+    }
+
+  private:
+    std::vector<std::uint32_t> begins_; // of each entry's in numbers_, and the end
+    std::vector<std::uint32_t> numbers_;
+};
 
 // As the library keeps comments: without carriage returns, but one that keeps * and / apart becomes
 // a blank.
@@ -106,8 +138,9 @@ cRemark remark_of(std::string const &bytes, SourceComment const &comment) {
 // Without its comments, and where its entries are there.
 class cWritten {
   public:
-    cWritten(std::string const &text, cat::SourceMap const &map) : entries_(entries_of(map)) {
+    cWritten(std::string const &text, cat::SourceMap const &map) {
         size_t done = 0;
+        text_.reserve(text.size());
         for (SourceComment const &comment : map.comments()) {
             size_t const begin = std::max(done, white_begin(text, comment.span.begin));
             text_.append(text, done, begin - done);
@@ -115,31 +148,33 @@ class cWritten {
             cuts_.push_back({begin, done - begin + (cuts_.empty() ? 0 : cuts_.back().removed)});
         }
         text_.append(text, done);
-        for (SourceEntry &entry : entries_)
-            for (cat::Span *span :
-                 {&entry.key, &entry.value, &entry.open, &entry.close, &entry.delimiter})
-                if (!span->empty()) *span = {moved(span->begin), moved(span->end)};
+        entries_ = entries_of(map);
+        if (cuts_.empty()) return;
+        for (cEntrySpan &entry : entries_)
+            for (std::uint32_t *offset : {&entry.begin, &entry.value_begin, &entry.open_end,
+                                          &entry.close_begin, &entry.end})
+                *offset = moved(*offset);
     }
 
     std::string const &text() const { return text_; }
-    std::vector<SourceEntry> const &entries() const { return entries_; }
-    SourceEntry const &entry(size_t number) const { return entries_[number]; }
-    size_t begin(size_t number) const { return entries_[number].all().begin; }
-    size_t end(size_t number) const { return entries_[number].all().end; }
+    std::vector<cEntrySpan> const &entries() const { return entries_; }
+    cEntrySpan const &entry(size_t number) const { return entries_[number]; }
+    size_t begin(size_t number) const { return entries_[number].begin; }
+    size_t end(size_t number) const { return entries_[number].end; }
 
     // Each entry of the container is on a line of its own.
     bool has_lines(size_t container) const {
-        size_t at = entries_[container].open.end;
+        size_t at = entries_[container].open_end;
         while (at < text_.size() && is_blank(text_[at])) ++at;
         return at < text_.size() && text_[at] == '\n';
     }
 
     // The white space at the begin of the lines of a container's entries.
     std::string indentation(size_t container) const {
-        size_t const begin = entries_[container].open.end, end = white_end(text_, begin);
+        size_t const begin = entries_[container].open_end, end = white_end(text_, begin);
         size_t const line = text_.rfind('\n', end - 1) + 1;
         std::string const found = text_.substr(line, end - line);
-        if (end != entries_[container].close.begin) return found;
+        if (end != entries_[container].close_begin) return found;
         return found + (container == 0 ? "  " : "    "); // empty: as the writer would indent
     }
 
@@ -158,7 +193,7 @@ class cWritten {
     }
 
     std::string text_;
-    std::vector<SourceEntry> entries_;
+    std::vector<cEntrySpan> entries_;
     std::vector<cCut> cuts_;
 };
 
@@ -168,40 +203,67 @@ class cWritten {
 // writer's entry with the same place among the nodes.
 class cMatching {
   public:
-    cMatching(std::vector<SourceEntry> const &from, std::vector<SourceEntry> const &to)
-        : from_(from), from_children_(children_of(from)), to_(from.size(), none) {
+    cMatching(std::vector<cEntrySpan> const &from, std::vector<cEntrySpan> const &to)
+        : from_(from), from_children_(from), to_(from.size(), cEntrySpan::outermost) {
         if (from.empty() || to.empty()) return;
-        cChildren const to_children = children_of(to);
-        std::vector<cPair> open{{{0}, 0}};
-        while (!open.empty()) {
-            cPair const pair = std::move(open.back());
-            open.pop_back();
-            for (size_t const entry : pair.from) to_[entry] = pair.to;
-            std::vector<size_t> const &inner = to_children[pair.to];
-            std::vector<std::vector<size_t>> groups = groups_in(pair.from, true);
-            if (groups.size() != inner.size()) groups = groups_in(pair.from, false);
-            for (size_t i = 0; i < std::min(groups.size(), inner.size()); ++i)
-                open.push_back({std::move(groups[i]), inner[i]});
+        cChildren const to_children(to);
+        pair({0}, 0);
+        while (!open_.empty()) {
+            cPair const pair = std::move(open_.back());
+            open_.pop_back();
+            match(pair.from, to_children[pair.to]);
         }
     }
 
-    size_t operator[](size_t entry) const { return to_[entry]; }
-    std::vector<size_t> const &inside(size_t entry) const { return from_children_[entry]; }
+    size_t operator[](size_t entry) const {
+        return to_[entry] == cEntrySpan::outermost ? none : to_[entry];
+    }
+    std::span<std::uint32_t const> inside(size_t entry) const { return from_children_[entry]; }
 
   private:
+    using cNumbers = std::vector<std::uint32_t>;
     struct cPair {
-        std::vector<size_t> from;
-        size_t to;
+        cNumbers from;
+        std::uint32_t to;
     };
 
+    // Those inside come later, if there are any.
+    void pair(cNumbers const &from, std::uint32_t to) {
+        bool is_container = false;
+        for (std::uint32_t const entry : from) {
+            to_[entry] = to;
+            is_container |= !from_children_[entry].empty();
+        }
+        if (is_container) open_.push_back({from, to});
+    }
+
+    void match(cNumbers const &outer, std::span<std::uint32_t const> inner) {
+        if (outer.size() == 1 && each_has_a_node(from_children_[outer[0]]) &&
+            from_children_[outer[0]].size() == inner.size()) {
+            for (size_t i = 0; i < inner.size(); ++i) pair({from_children_[outer[0]][i]}, inner[i]);
+            return;
+        }
+        std::vector<cNumbers> groups = groups_in(outer, true);
+        if (groups.size() != inner.size()) groups = groups_in(outer, false);
+        for (size_t i = 0; i < std::min(groups.size(), inner.size()); ++i)
+            pair(groups[i], inner[i]);
+    }
+
+    // Has each entry a node of its own? Their ids grow as the nodes are created.
+    bool each_has_a_node(std::span<std::uint32_t const> entries) const {
+        std::uint32_t before = 0;
+        return std::all_of(entries.begin(), entries.end(), [&](std::uint32_t entry) {
+            return std::exchange(before, from_[entry].anid) < from_[entry].anid;
+        });
+    }
+
     // Those inside these entries, together if their node is the same.
-    std::vector<std::vector<size_t>> groups_in(std::vector<size_t> const &outer,
-                                               bool with_node) const {
-        std::vector<std::vector<size_t>> groups;
+    std::vector<cNumbers> groups_in(cNumbers const &outer, bool with_node) const {
+        std::vector<cNumbers> groups;
         std::unordered_map<std::uint32_t, size_t> by_node;
-        for (size_t const around : outer)
-            for (size_t const entry : from_children_[around]) {
-                std::uint32_t const node = from_[entry].removed ? 0 : from_[entry].anid;
+        for (std::uint32_t const around : outer)
+            for (std::uint32_t const entry : from_children_[around]) {
+                std::uint32_t const node = from_[entry].anid;
                 if (node == 0 && with_node) continue;
                 auto const [known, fresh] = by_node.try_emplace(node, groups.size());
                 if (fresh || node == 0)
@@ -212,9 +274,10 @@ class cMatching {
         return groups;
     }
 
-    std::vector<SourceEntry> const &from_;
+    std::vector<cEntrySpan> const &from_;
     cChildren from_children_;
-    std::vector<size_t> to_;
+    cNumbers to_;
+    std::vector<cPair> open_;
 };
 
 // --- where a comment goes ---
@@ -230,7 +293,7 @@ struct cPlaced {
 
 class cPlacing {
   public:
-    cPlacing(std::vector<SourceEntry> const &entries, cWritten const &written)
+    cPlacing(std::vector<cEntrySpan> const &entries, cWritten const &written)
         : entries_(entries), written_(written), to_(entries, written.entries()) {}
 
     cPlaced place(SourceComment const &comment, cRemark const &remark) const {
@@ -254,19 +317,20 @@ class cPlacing {
 
     cPlaced above(size_t entry) const {
         size_t const begin = written_.begin(entry);
-        return {white_begin(written_.text(), begin), true, written_.entry(entry).parent, 0, false};
+        return {white_begin(written_.text(), begin), true, parent_of(written_.entry(entry)), 0,
+                false};
     }
 
     cPlaced after(size_t entry) const {
-        return {written_.end(entry), false, written_.entry(entry).parent, 0, false};
+        return {written_.end(entry), false, parent_of(written_.entry(entry)), 0, false};
     }
 
     cPlaced inside(size_t around, SourceComment const &comment) const {
-        while (to_[around] == none) around = entries_[around].parent;
+        while (to_[around] == none) around = parent_of(entries_[around]);
         size_t const to = to_[around], offset = comment.span.begin;
-        SourceEntry const &entry = entries_[around];
-        bool const before = offset < (entry.open.empty() ? entry.value.begin : entry.open.end);
-        if (written_.entry(to).open.empty() || (!before && !is_between_brackets(entry, offset))) {
+        cEntrySpan const &entry = entries_[around];
+        bool const before = offset < (entry.open_end == 0 ? entry.value_begin : entry.open_end);
+        if (written_.entry(to).open_end == 0 || (!before && !is_between_brackets(entry, offset))) {
             cPlaced placed = after(to);
             placed.moved = true;
             return placed;
@@ -274,24 +338,23 @@ class cPlacing {
         if (!before)
             if (std::optional<size_t> const last = last_before(around, offset))
                 return {written_.end(*last), true, to, 0, false};
-        return {written_.entry(to).open.end, !before && comment.own_line, to, 0, before};
+        return {written_.entry(to).open_end, !before && comment.own_line, to, 0, before};
     }
 
     // The entry inside, as written, that is the last one before the offset.
     std::optional<size_t> last_before(size_t around, size_t offset) const {
-        std::vector<size_t> const &inner = to_.inside(around);
-        auto it =
-            std::lower_bound(inner.begin(), inner.end(), offset, [&](size_t entry, size_t at) {
-                return entries_[entry].all().begin < at;
-            });
+        std::span<std::uint32_t const> const inner = to_.inside(around);
+        auto it = std::lower_bound(
+            inner.begin(), inner.end(), offset,
+            [&](std::uint32_t entry, size_t at) { return entries_[entry].begin < at; });
         while (it != inner.begin()) {
             size_t const to = to_[*--it];
-            if (to != none && written_.entry(to).parent == to_[around]) return to;
+            if (to != none && parent_of(written_.entry(to)) == to_[around]) return to;
         }
         return std::nullopt;
     }
 
-    std::vector<SourceEntry> const &entries_;
+    std::vector<cEntrySpan> const &entries_;
     cWritten const &written_;
     cMatching to_;
 };
@@ -305,7 +368,9 @@ class cJoining {
           trailing_blanks_(trailing_blanks) {}
 
     std::string join(std::vector<cPlaced> const &placed) {
+        out_.reserve(text_.size());
         std::vector<size_t> gaps;
+        gaps.reserve(written_.entries().size() + placed.size());
         for (size_t i = 0; i < written_.entries().size(); ++i) gaps.push_back(written_.end(i));
         for (cPlaced const &one : placed) gaps.push_back(one.gap);
         std::sort(gaps.begin(), gaps.end());
@@ -316,7 +381,10 @@ class cJoining {
             while (next != placed.end() && next->gap == gap) ++next;
             out_.append(text_, done_, gap - done_);
             done_ = white_end(text_, gap);
-            fill({first, next}, text_.substr(gap, done_ - gap));
+            if (first == next)
+                copy_white(std::string_view(text_).substr(gap, done_ - gap));
+            else
+                fill({first, next}, text_.substr(gap, done_ - gap));
         }
         return out_.append(text_, done_);
     }
@@ -324,12 +392,14 @@ class cJoining {
   private:
     using cGroup = std::vector<cPlaced>;
 
+    void copy_white(std::string_view white) {
+        size_t const line = white.find('\n');
+        out_ += trailing_blanks_ || line == white.npos ? white : white.substr(line);
+    }
+
     void fill(cGroup const &group, std::string const &white) {
         size_t const line = white.find('\n');
-        if (group.empty()) {
-            bool const trim = !trailing_blanks_ && line != std::string::npos;
-            out_ += trim ? white.substr(line) : white;
-        } else if (group.front().container == none) {
+        if (group.front().container == none) {
             fill_end(group);
             out_ += white;
         } else if (written_.has_lines(group.front().container)) {
@@ -341,7 +411,7 @@ class cJoining {
     }
 
     bool at_open(cPlaced const &placed) const {
-        return placed.container != none && placed.gap == written_.entry(placed.container).open.end;
+        return placed.container != none && placed.gap == written_.entry(placed.container).open_end;
     }
 
     void fill_line(cGroup const &group, std::string const &white) {
@@ -375,7 +445,7 @@ class cJoining {
         }
         cPlaced const &last = group.back();
         bool const closes =
-            done_ == written_.entry(last.container).close.begin; // no empty line before it
+            done_ == written_.entry(last.container).close_begin; // no empty line before it
         if (last.own_line && remarks_[last.number].lines_after > 1 && !closes) out_ += '\n';
     }
 
@@ -453,36 +523,37 @@ cComments::cComments(std::string const &bytes, cat::SourceMap const &map)
     : bytes_(bytes), entries_(entries_of(map)) {
     if (entries_.empty()) return;
     for (SourceComment const &comment : map.comments())
-        if (comment.span.begin >= entries_[0].value.begin) comments_.push_back(comment);
+        if (comment.span.begin >= entries_[0].value_begin) comments_.push_back(comment);
 }
 
-void cComments::make_room(objref const &value) const {
+void cComments::make_room(objref const &root, cat::SourceMap const &map) const {
     std::vector<bool> needs_lines(entries_.size());
     std::unordered_set<std::uint32_t> wanted;
     for (SourceComment const &comment : comments_) {
         if (comment.entry == none || !remark_of(bytes_, comment).needs_lines()) continue;
-        SourceEntry const &entry = entries_[comment.entry];
-        bool const inside = comment.where == SourceComment::inside && !entry.open.empty() &&
-                            (entry.close.empty() || comment.span.begin < entry.close.begin);
-        size_t around = inside ? comment.entry : entries_[comment.entry].parent;
-        for (; around != none && !needs_lines[around]; around = entries_[around].parent) {
+        cEntrySpan const &entry = entries_[comment.entry];
+        bool const inside = comment.where == SourceComment::inside && entry.open_end != 0 &&
+                            (entry.close_begin == 0 || comment.span.begin < entry.close_begin);
+        size_t around = inside ? comment.entry : parent_of(entry);
+        for (; around != none && !needs_lines[around]; around = parent_of(entries_[around])) {
             needs_lines[around] = true;
-            if (entries_[around].obid != 0) wanted.insert(entries_[around].obid);
+            if (std::uint32_t const value = map.entry(around).obid) wanted.insert(value);
         }
     }
-    if (!wanted.empty()) cRoom(wanted).visit(value);
+    if (!wanted.empty()) cRoom(wanted).visit(root);
 }
 
 std::string cComments::put_into(std::string const &text, cat::SourceMap const &map,
                                 bool trailing_blanks) const {
     cWritten const written(text, map);
     if (written.entries().empty() || entries_.empty()) return text;
-    cPlacing const placing(entries_, written);
+    std::optional<cPlacing> placing;
+    if (!comments_.empty()) placing.emplace(entries_, written);
     std::vector<cRemark> remarks;
     std::vector<cPlaced> placed;
     for (SourceComment const &comment : comments_) {
         remarks.push_back(remark_of(bytes_, comment));
-        placed.push_back(placing.place(comment, remarks.back()));
+        placed.push_back(placing->place(comment, remarks.back()));
         placed.back().number = remarks.size() - 1;
     }
     std::stable_sort(placed.begin(), placed.end(), [](cPlaced const &a, cPlaced const &b) {

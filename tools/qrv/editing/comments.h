@@ -4,8 +4,23 @@
 #include "qrv/core/cobj.h"
 #include "qrv/text/read/csourcemap.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
+
+// Of an entry of a text, what the comments need: a file has very many. Offsets of absent parts are
+// 0.
+struct cEntrySpan {
+    static constexpr std::uint32_t outermost = 0xFFFFFFFFu;
+
+    std::uint32_t parent = outermost; // the number of the entry around it
+    std::uint32_t anid = 0;           // of its node, 0 if it has none
+    std::uint32_t begin = 0;
+    std::uint32_t value_begin = 0;
+    std::uint32_t open_end = 0; // of the brackets
+    std::uint32_t close_begin = 0;
+    std::uint32_t end = 0; // with the delimiter
+};
 
 // What the writer knows of comments does not count: it keeps some, writes those of a shared value
 // at each of its places, and loses the others. So its text is taken without comments, and all of
@@ -21,11 +36,11 @@
 // over many lines; where it can't be, the comment comes after it.
 class cComments {
   public:
-    // The map is that of the bytes, which must outlive the object.
+    // The map is that of the bytes, which must outlive the object; the map and the value need not.
     cComments(std::string const &bytes, cat::SourceMap const &map);
 
     // Gives the containers in the value that the bytes made many lines where a comment needs them.
-    void make_room(objref const &value) const;
+    void make_room(objref const &value, cat::SourceMap const &map) const;
 
     // What the writer made of the value, with the comments, but for those before the first token.
     // `map` is that of the text, which has the value's entries in their order.   O(n log n)
@@ -34,7 +49,7 @@ class cComments {
 
   private:
     std::string const &bytes_;
-    std::vector<cat::SourceEntry> entries_;
+    std::vector<cEntrySpan> entries_;
     std::vector<cat::SourceComment> comments_;
 };
 

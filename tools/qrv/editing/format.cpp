@@ -3,55 +3,52 @@
 #include "qrv/core/ctypescope.h"
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/editing/comments.h"
-#include "tools/qrv/output/output.h"
 #include "tools/qrv/output/writing.h"
-#include "tools/qrv/process/modules.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/warnings.h"
 #include "tools/qrv/verify/fingerprint.h"
 
-#include <map>
 #include <optional>
-#include <utility>
+#include <string>
 
 namespace {
 
-// What is the same in a comment that was moved.
-std::string letters_of(cComment const &comment) {
-    std::string letters;
-    for (char const c : comment.text)
-        if (c != ' ' && c != '\t' && c != '\n') letters += c;
-    return letters;
+// What the writer made of the file's value. Only what is needed later is kept of the tree, so that
+// its memory is free for that of the second reading.
+struct cWrittenAnew {
+    std::string text;
+    std::string image; // empty if not all could be written
+    std::string head;
+    std::optional<cComments> comments;
+};
+
+cWrittenAnew written_anew(std::string const &bytes, cFormat const &how, cMessages &messages) {
+    cat::TypeScope const types; // the new text must declare its own
+    cat::SourceMap const map;
+    cReading const reading = read_value(bytes, messages);
+    cWrittenAnew anew;
+    if (!reading.clean) return anew;
+    anew.comments.emplace(bytes, map);
+    anew.comments->make_room(reading.value, map);
+    anew.text = written(reading.value, "", false, messages, room_for(bytes));
+    if (messages.count() == 0) anew.image = image_of(reading.value);
+    anew.head = head_of(bytes, map);
+    if (how.replaces) add_lost_by_writing(bytes, map, messages);
+    if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
+    return anew;
 }
 
-// Comments that are not in the new text. Only a type of a module, which reads its text by itself,
-// can lose some: without modules no text is scanned.
-void tell_lost(std::string const &bytes, cReading const &reading, std::string const &text,
-               cMessages &messages) {
-    if (!modules_are_loaded()) return;
-    std::map<std::string, size_t> found;
-    for (cComment const &comment : survey(text).comments) ++found[letters_of(comment)];
-    for (cComment const &comment : survey(bytes).comments) {
-        if (reading.behind && *reading.behind < comment.place) break;
-        size_t &count = found[letters_of(comment)];
-        if (count > 0) {
-            --count;
-            continue;
-        }
-        std::string const line = comment.text.substr(0, comment.text.find('\n'));
-        messages.error(comment.place, "this comment would be lost: " + shortened(line));
-    }
-}
-
-// Of the text that was written.
+// Of the text that was written: its map.
 class cSecondReading {
   public:
-    cSecondReading(std::string const &text, std::string const &name)
-        : messages_(name, 1), reading_(read_value(text, messages_)) {
-        if (!reading_.clean) return;
-        image_ = image_of(reading_.value);
-        comes_back_ = written(reading_.value, "", false, messages_) == text;
+    cSecondReading(std::string const &text, std::string const &name) {
+        cat::TypeScope const types;
+        cMessages unheard(name, 1);
+        cReading const reading = read_value(text, unheard);
+        if (!reading.clean) return;
+        image_ = image_of(reading.value);
+        comes_back_ = written(reading.value, "", false, unheard, room_for(text)) == text;
     }
 
     std::string const &image() const { return image_; } // empty if it has errors
@@ -59,10 +56,7 @@ class cSecondReading {
     cat::SourceMap const &map() const { return map_; }
 
   private:
-    cat::TypeScope const types_;
     cat::SourceMap const map_;
-    cMessages messages_;
-    cReading reading_;
     std::string image_;
     bool comes_back_ = false;
 };
@@ -70,29 +64,17 @@ class cSecondReading {
 } // namespace
 
 void format(std::string const &bytes, cFormat const &how, cMessages &messages, cReply &reply) {
-    std::optional<cat::TypeScope> types(std::in_place);
-    cat::SourceMap const map;
-    cReading const reading = read_value(bytes, messages);
-    if (!reading.clean) return;
-    cComments const comments(bytes, map);
-    comments.make_room(reading.value);
-    std::string const text = written(reading.value, "", false, messages);
-    bool const all_written = messages.count() == 0;
-    std::string const image = all_written ? image_of(reading.value) : "";
-    types.reset(); // the new text must declare its own
-    cSecondReading const again(text, messages.name());
-    std::string const head = head_of(bytes, map);
+    cWrittenAnew const anew = written_anew(bytes, how, messages);
+    if (!anew.comments) return;
+    cSecondReading const again(anew.text, messages.name());
     auto const with_comments = [&](bool trailing_blanks) {
-        return (trailing_blanks ? head : without_trailing_blanks(head)) +
-               comments.put_into(text, again.map(), trailing_blanks);
+        return (trailing_blanks ? anew.head : without_trailing_blanks(anew.head)) +
+               anew.comments->put_into(anew.text, again.map(), trailing_blanks);
     };
     reply.text = with_comments(how.trailing_blanks);
-    if (how.replaces) add_lost_by_writing(bytes, map, messages);
-    tell_lost(bytes, reading, reply.text, messages);
-    if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
-    if (all_written && again.image() != image)
+    if (!anew.image.empty() && again.image() != anew.image)
         messages.error("the new text would not read as the same value: " +
-                       what_differs(image, again.image(), false));
+                       what_differs(anew.image, again.image(), false));
     reply.comes_back = again.comes_back();
     reply.status = messages.count() == 0 ? exit_done : exit_found;
     if (how.either && reply.status == exit_done && reply.text != bytes &&

@@ -1,19 +1,20 @@
 // The first value of a file in the writer's layout. Each reading has a type scope, so that the
 // types that one text declares are unknown to the next. Nothing is lost silently:
-//   1  The file is read, changed and written. Each value that can't be written is reported. A
-//      change that fails ends the work.
-//   2  If the new text differs, the same is done with the file's comments numbered. Each comment
-//      whose number is not in the output is reported, and so is text after the value.
-//   3  The new text is read. Its fingerprint must be that of the value that was written, and
+//   1  The file is read, changed and written, while its comments are marked. Each value that can't
+//      be written is reported, each comment whose mark was not written, and text after the value.
+//      A change that fails ends the work: it is made once more without the marks, which its
+//      messages could show.
+//   2  The new text is read. Its fingerprint must be that of the value that was written, and
 //      writing it again must produce the same bytes.
 // `fmt` uses format.cpp for these steps, unless --canonical is given.
 // Then the text is printed or replaces the file. A file is not replaced if data is lost, unless
-// --force is given, nor if step 3 fails.
+// --force is given, nor if step 2 fails.
 
 #include "tools/qrv/editing/rewrite.h"
 
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/text/read/csourcemap.h"
+#include "tools/qrv/editing/comment_marks.h"
 #include "tools/qrv/editing/format.h"
 #include "tools/qrv/editing/splice.h"
 #include "tools/qrv/editing/type_order.h"
@@ -41,74 +42,64 @@ struct cTask {
     bool finds_lost = false; // values of repeated keys, and escapes
 };
 
-// Reads a text, changes the value and writes it. Status: is the reply's text the new one?
-void rewrite_text(std::string const &text, cTask const &task, size_t first_number,
-                  cMessages &messages, cReply &reply) {
+// Reads the bytes, changes the value and writes it. Status: is the reply's text the new one? It is
+// exit_found after a change that failed while comments were marked.
+void first_reading(std::string const &bytes, cTask const &task, bool marked, cMessages &messages,
+                   cReply &reply) {
     cat::SourceMap const map;
-    cReading const reading = read_value(text, messages);
+    cReading const reading = read_value(bytes, messages);
+    if (!reading.clean) return;
     std::optional<cTypeOrder> types;
     if (task.options.reformat) types.emplace(reading.value);
-    if (!reading.clean ||
-        !task.change({reading.value, text, first_number, map, nullptr}, reply.messages))
+    std::optional<cCommentMarks> marks;
+    if (marked && (reading.behind || !map.comments().empty())) marks.emplace(bytes, map, reading);
+    if (!task.change({reading.value, bytes, map, nullptr}, reply.messages)) {
+        if (marks) reply.status = exit_found;
         return;
+    }
     if (types && types->tell_broken(reading.value, messages)) return;
-    reply.text = written(reading.value, head_of(text, map), task.options.canonical, messages);
-    bool const all_written = messages.count() == 0;
-    if (all_written) reply.image = image_of(reading.value);
-    if (task.finds_lost) add_lost_by_writing(text, map, messages);
-    reply.after = reading.behind.value_or(no_place);
+    bool const canonical = task.options.canonical;
+    reply.text = written(reading.value, head_of(bytes, map), canonical, messages);
+    if (marks) reply.text = marks->removed_from(reply.text);
+    if (messages.count() == 0) reply.image = image_of(reading.value);
+    if (task.finds_lost) add_lost_by_writing(bytes, map, messages);
+    if (marks && reply.text != bytes) marks->report_lost(!canonical, messages);
+    if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
     reply.status = exit_done;
 }
 
-cReply rewritten(std::string const &name, std::string const &text, cTask const &task,
-                 size_t first_number) {
-    return apart(name, [&](cReply &reply) {
-        cMessages unheard(name, 1);
-        rewrite_text(text, task, first_number, unheard, reply);
+cReply changed(std::string const &bytes, cTask const &task, bool marked,
+               cMessages const &messages) {
+    return apart(messages.name(), [&](cReply &reply) {
+        cMessages told(messages.name(), messages.limit());
+        told.source(bytes);
+        first_reading(bytes, task, marked, told, reply);
+        reply.found = told.findings();
     });
 }
 
 // Step 1. What it tells is told.
-cReply first_reading(std::string const &bytes, cTask const &task, cMessages &messages) {
-    cReply const reply = apart(messages.name(), [&](cReply &r) {
-        cMessages told(messages.name(), messages.limit());
-        told.source(bytes);
-        rewrite_text(bytes, task, 0, told, r);
-        r.found = told.findings();
-    });
+cReply changed(std::string const &bytes, cTask const &task, cMessages &messages) {
+    cReply reply = changed(bytes, task, true, messages);
+    bool const failed = reply.status == exit_found;
+    if (failed) reply = changed(bytes, task, false, messages);
     messages.take(reply.found);
+    if (failed && reply.status == exit_done) messages.error("cannot track its comments");
     return reply;
 }
 
-// Step 2. Texts of comments are not enough, for equal ones occur; so they are followed by numbers.
-// The comment of a shared value is written at each place of the value: what such a place had in the
-// same words before is not lost.
-void tell_lost_comments(std::string const &bytes, cTask const &task, cMessages &messages) {
-    std::vector<cComment> const comments = survey(bytes).comments;
-    if (comments.empty()) return;
-    cReply const reply =
-        rewritten(messages.name(), numbered(bytes, comments, 0), task, comments.size());
-    if (reply.status != exit_done) return messages.error("cannot track its comments");
-    std::map<size_t, size_t> const numbers = numbers_in(reply.text);
-    std::map<std::string, size_t> repeated; // text: how often it is written beyond its one place
-    for (auto const &[number, count] : numbers)
-        if (number < comments.size()) repeated[comments[number].text] += count - 1;
-    for (size_t i = 0; i < comments.size(); ++i) {
-        if (numbers.count(i)) continue;
-        size_t &more = repeated[comments[i].text];
-        if (comments[i].at_reference && more > 0) {
-            --more;
-            continue;
-        }
-        std::string const line = comments[i].text.substr(0, comments[i].text.find('\n'));
-        messages.error(comments[i].place, "this comment would be lost: " + shortened(line));
-    }
-}
-
-// Step 3. Whether the bytes came back.
+// Step 2. Whether the bytes came back.
 bool read_back(std::string const &text, std::string const &image, cWriteOptions const &options,
                cMessages &messages) {
-    cReply const reply = rewritten(messages.name(), text, {options, unchanged}, 0);
+    cReply const reply = apart(messages.name(), [&](cReply &r) {
+        cMessages unheard(messages.name(), 1);
+        cat::SourceMap const map;
+        cReading const reading = read_value(text, unheard);
+        if (!reading.clean) return;
+        r.text = written(reading.value, head_of(text, map), options.canonical, unheard);
+        if (unheard.count() == 0) r.image = image_of(reading.value);
+        r.status = exit_done;
+    });
     bool const read = reply.status == exit_done;
     if (!image.empty() && (!read || reply.image != image))
         messages.error("the new text would not read as the same value: " +
@@ -133,13 +124,10 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
         splice(reply.extra, task.change, messages, reply);
         reply.comes_back = reply.status == exit_done;
     } else {
-        cReply const first = first_reading(reply.extra, task, messages);
+        cReply const first = changed(reply.extra, task, messages);
         reply.messages = first.messages;
         if (first.status == exit_done) {
             reply.text = first.text;
-            if (reply.text != reply.extra) tell_lost_comments(reply.extra, task, messages);
-            if (first.after != no_place)
-                messages.error(first.after, "text after the first value would be lost");
             reply.comes_back = read_back(reply.text, first.image, task.options, messages);
             reply.status = messages.count() == 0 ? exit_done : exit_found;
         }

@@ -24,18 +24,16 @@ struct cWriteOptions {
     int max_errors = default_max_errors;
 };
 
-// What is to be changed. The change may be made several times, each time in a new reading. If the
-// file is written anew, the file's comments have numbers below `first_number` the second time, and
-// comments from elsewhere are to be numbered from there on; else that is 0.
+// What is to be changed. The change may be made several times, each time in a new reading.
 struct cChanging {
     objref value;
-    std::string const &bytes; // that it was read from
-    size_t first_number;
+    std::string const &bytes;  // that it was read from
     cat::SourceMap const &map; // of these bytes
     qrv::edit::Edit *edit;     // that replaces the changed bytes; null if the file is written anew
 };
 
-// False, with lines in `told`: nothing is written.
+// False, with lines in `told`: nothing is written. If the file is written anew, a change that fails
+// is made once more, in a new reading.
 using cChange = std::function<bool(cChanging const &file, std::string &told)>;
 
 // Reads, changes and writes by the options. The exit code.

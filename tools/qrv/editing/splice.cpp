@@ -27,7 +27,7 @@ cReply changed_text(std::string const &bytes, cChange const &change, Repeated re
         std::string told;
         if (reading.clean) {
             qrv::edit::Edit edit(bytes, *map, reading.value);
-            if (change({reading.value, bytes, 0, *map, &edit}, told)) {
+            if (change({reading.value, bytes, *map, &edit}, told)) {
                 reply.text = edit.text(repeated);
                 reply.status = exit_done;
             }
@@ -58,7 +58,7 @@ void tell_why(std::string const &bytes, cChange const &change, std::string const
         cReading const reading = read_value(bytes, found);
         cTypeOrder const types(reading.value);
         std::string unheard;
-        change({reading.value, bytes, 0, map, nullptr}, unheard);
+        change({reading.value, bytes, map, nullptr}, unheard);
         if (!types.tell_broken(reading.value, found))
             r.text = written(reading.value, "", false, found);
         r.found = found.findings();

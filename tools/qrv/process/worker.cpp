@@ -34,8 +34,8 @@ template <class Pipe> void fields(Pipe &pipe, cFindings &found) {
 }
 
 template <class Pipe> void fields(Pipe &pipe, cReply &reply) {
-    pipe(reply.status, reply.text, reply.found, reply.messages, reply.extra, reply.after,
-         reply.image, reply.comes_back);
+    pipe(reply.status, reply.text, reply.found, reply.messages, reply.extra, reply.image,
+         reply.comes_back);
 }
 
 template <class T>

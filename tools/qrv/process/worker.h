@@ -13,7 +13,6 @@ struct cReply {
     cFindings found;          // in the file
     std::string messages;     // more lines for descriptor 2
     std::string extra;        // a second text, where the work has one
-    cPlace after = no_place;  // where text after the first value begins, which would be lost
     std::string image;        // of a value, where the work has one
     bool comes_back = false;  // the text, when it is read and written again
 };

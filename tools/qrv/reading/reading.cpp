@@ -77,7 +77,7 @@ class cText {
   public:
     cText(std::string const &name, std::string const &bytes) : progress_(name, bytes.size()) {
         if (!progress_.is_shown()) {
-            stream_ = std::make_unique<std::istringstream>(bytes);
+            stream_ = in_place(bytes);
             return;
         }
         pieces_.emplace([this, rest = std::string_view(bytes)]() mutable {
@@ -96,6 +96,15 @@ class cText {
     std::istream &stream() { return *stream_; }
 
   private:
+    // Reads the bytes where they are, if the C++ library has that; else they are copied.
+    static std::unique_ptr<std::istream> in_place(std::string const &bytes) {
+        auto stream = std::make_unique<std::istringstream>();
+        auto const size = static_cast<std::streamsize>(bytes.size());
+        stream->rdbuf()->pubsetbuf(const_cast<char *>(bytes.data()), size); // nothing is written
+        if (stream->rdbuf()->in_avail() != size) stream->str(bytes);
+        return stream;
+    }
+
     cProgress progress_;
     std::optional<cPieces> pieces_;
     std::unique_ptr<std::istream> stream_;
@@ -170,10 +179,9 @@ bool all_closed(cat::ReadReport const &report) {
 bool may_hide_errors(cTextTokens const &tokens, size_t end) {
     std::string const &bytes = tokens.bytes();
     if (bytes.find('\0') != std::string::npos) return true;
-    size_t const comment = bytes.rfind("/*");
-    if (comment != std::string::npos && comment >= end &&
-        bytes.find("*/", comment + 2) == std::string::npos)
-        return true;
+    std::string_view const rest = std::string_view(bytes).substr(std::min(end, bytes.size()));
+    size_t const comment = rest.rfind("/*");
+    if (comment != rest.npos && rest.find("*/", comment + 2) == rest.npos) return true;
     return std::any_of(tokens.typed().begin(), tokens.typed().end(),
                        [](cTextToken const &token) { return token.code <= tkEof; });
 }
@@ -183,6 +191,7 @@ bool may_hide_errors(cTextTokens const &tokens, size_t end) {
 bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages) {
     cWorkOn const about(name);
     cInput input(name);
+    bytes.reserve(input.size());
     for (std::string_view piece = input.next(); !piece.empty(); piece = input.next())
         bytes += piece;
     if (!input.error().empty()) messages.error(input.error());
@@ -223,7 +232,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
         place_at_wrong_bracket(bytes, mistakes);
         add_hints(bytes, mistakes);
     }
-    tell(mistakes, behind({}, bytes, bytes.size()), messages);
+    if (!mistakes.empty()) tell(mistakes, behind({}, bytes, bytes.size()), messages);
     messages.more(beyond);
     reading.empty = !found && report.empty();
     if (reading.empty && (mistakes.empty() || messages.shows_all()))

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <sstream>
 
 namespace {
@@ -43,34 +42,20 @@ class cSurveyor {
         offset_ = token.offset;
         if (token.code == tkComment) {
             add_comment(text, token.place);
-        } else {
-            follow_reference(token.code, text);
-            if (token.code <= tkEof)
-                add_stray(text, token.place);
-            else if (token.code == tkString && text.find('\0') != std::string::npos)
-                found_.strays.push_back(
-                    {behind(token.place, text, text.find('\0')), byte_text('\0') + " in a string"});
+        } else if (token.code <= tkEof) {
+            add_stray(text, token.place);
+        } else if (token.code == tkString && text.find('\0') != std::string::npos) {
+            found_.strays.push_back(
+                {behind(token.place, text, text.find('\0')), byte_text('\0') + " in a string"});
         }
         offset_ += token.size;
         end_ = behind(token.place, text, text.size());
     }
 
-    // #cRef, then whatever stands up to the bracket, and perhaps one separator.
-    void follow_reference(int code, std::string const &text) {
-        bool const separator = code == ';' || code == ',';
-        if (code == tkConst && text == "#cRef")
-            reference_ = cReference::open;
-        else if (reference_ == cReference::open && code == ')')
-            reference_ = cReference::closed;
-        else if (reference_ == cReference::closed && !separator)
-            reference_ = cReference::none;
-    }
-
     void add_comment(std::string const &text, cPlace place) {
         size_t white = 0;
         while (white < text.size() && is_white(text[white])) ++white;
-        cComment comment{text.substr(white), behind(place, text, white), offset_ + white,
-                         reference_ == cReference::closed};
+        cComment comment{text.substr(white), behind(place, text, white)};
         cat::rmchar(comment.text, '\r');
         found_.comments.push_back(std::move(comment));
     }
@@ -88,7 +73,6 @@ class cSurveyor {
     size_t offset_ = 0; // behind the last token
     cPlace end_;        // the same as a place
     size_t stray_end_ = std::string::npos;
-    enum class cReference { none, open, closed } reference_ = cReference::none;
 };
 
 } // namespace
@@ -115,30 +99,6 @@ std::string head_of(std::string const &bytes, cat::SourceMap const &map) {
         if (bytes[i] != '\r' || bytes[i + 1] != '\n') head += bytes[i];
     auto const line_ends = std::count(&bytes[end], &bytes[next], '\n');
     return head + (line_ends == 0 ? " " : line_ends == 1 ? "\n" : "\n\n");
-}
-
-std::string numbered(std::string const &bytes, std::vector<cComment> const &comments,
-                     size_t first) {
-    std::string text;
-    size_t done = 0;
-    for (size_t i = 0; i < comments.size(); ++i) {
-        size_t const next = comments[i].offset + 2; // behind "//"
-        text.append(bytes, done, next - done);
-        text += std::to_string(first + i) + ":";
-        done = next;
-    }
-    return text.append(bytes, done);
-}
-
-std::map<size_t, size_t> numbers_in(std::string const &bytes) {
-    std::map<size_t, size_t> numbers;
-    for (cComment const &comment : survey(bytes).comments) {
-        char const *const start = comment.text.c_str() + 2;
-        char *end = nullptr;
-        size_t const number = std::strtoul(start, &end, 10);
-        if (end != start && *end == ':') ++numbers[number];
-    }
-    return numbers;
 }
 
 // A long text is not copied, since the lexer has it in memory already.

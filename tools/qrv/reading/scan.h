@@ -1,26 +1,20 @@
 #pragma once
 // A text as the scanner sees it, token by token, without a reading of its values: its comments, and
 // the bytes that no value can hold.
-//
-// A number in each comment, "//12:", identifies it after reading and writing, since comments can
-// have equal texts.
 
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/rules/tokens.h"
 
 #include <functional>
 #include <iosfwd>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 struct cComment {
-    std::string text;  // without the white space before it and without carriage returns
-    cPlace place;      // of its first character
-    size_t offset;     // of that character
-    bool at_reference; // the value before it is a #cRef
+    std::string text; // without the white space before it and without carriage returns
+    cPlace place;     // of its first character
 };
 
 // A byte from 128 on, or 0, outside of strings and comments ends what is read, and a 0 ends the
@@ -42,11 +36,6 @@ cSurvey survey(cTextTokens const &tokens); // of their text
 // The comments before the first other token, with what separates them from it: a blank, a line end
 // or an empty line. The map is that of the bytes.
 std::string head_of(std::string const &bytes, cat::SourceMap const &map);
-
-// The text with a number in each of its comments, and the numbers that are in a text, each with how
-// often it is there.
-std::string numbered(std::string const &bytes, std::vector<cComment> const &comments, size_t first);
-std::map<size_t, size_t> numbers_in(std::string const &bytes);
 
 // The tokens, a line each, in the scanner's dump form; with comments and blanks if all. `put` is
 // given some text at a time; false ends it, and is the result.

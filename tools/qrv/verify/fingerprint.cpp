@@ -1,7 +1,6 @@
-// An image is made of words, each with its length in front: `5:Pixel`. An object's is the word of
-// its kind, then what it holds; one that was met before is its number. The last word is the
-// number of objects. What is still to do stands on a stack of its own, for references make values
-// deeper than any text could be nested.
+// The numbers that are added for an object: one for its kind, then what it holds; for one that was
+// met before, its number among the objects. What is still to do is on a stack of its own, for
+// references make values deeper than any text could be nested.
 
 #include "tools/qrv/verify/fingerprint.h"
 
@@ -14,7 +13,7 @@
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 
-#include <charconv>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -28,22 +27,22 @@ template <class T> T const &value_in(cObj const &value) {
     return static_cast<cObjDR<T> const &>(value).val();
 }
 
-// Objects by address, each with the number of those before it: for trees with very many.
+// Objects by address, each with a number: for trees with very many.
 class cNumbers {
   public:
-    size_t size() const { return size_; }
-
     struct cFound {
         size_t number;
         bool fresh;
     };
-    cFound add(cObj const *object) {
+    // The number that the object has, or else gets.
+    cFound add(cObj const *object, size_t number) {
         if (4 * size_ >= 3 * objects_.size()) grow();
         size_t const slot = slot_of(object);
         bool const fresh = !objects_[slot];
         if (fresh) {
             objects_[slot] = object;
-            numbers_[slot] = static_cast<std::uint32_t>(size_++);
+            numbers_[slot] = static_cast<std::uint32_t>(number);
+            ++size_;
         }
         return {numbers_[slot], fresh};
     }
@@ -78,91 +77,147 @@ class cNumbers {
     size_t size_ = 0;
 };
 
+// Two hashes of 64 bits, so that no two values meet by chance.
+class cDigest {
+  public:
+    void add(std::uint64_t number) {
+        a_ = (a_ + number) * 0x9E3779B97F4A7C15u;
+        a_ ^= a_ >> 29;
+        b_ = (std::rotl(b_, 27) ^ number) * 0xD6E8FEB86659FD93u;
+        b_ ^= b_ >> 32;
+    }
+    void add(std::string_view text) {
+        add(text.size());
+        for (; text.size() >= sizeof(std::uint64_t); text.remove_prefix(sizeof(std::uint64_t)))
+            add(bits_of(text, sizeof(std::uint64_t)));
+        if (!text.empty()) add(bits_of(text, text.size()));
+    }
+    std::string text() const { return std::to_string(a_) + '/' + std::to_string(b_); }
+
+  private:
+    static std::uint64_t bits_of(std::string_view text, size_t size) {
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, text.data(), size);
+        return bits;
+    }
+
+    std::uint64_t a_ = 1, b_ = 2;
+};
+
+enum class cKind : unsigned char {
+    null,
+    constant,
+    again,
+    type,
+    string,
+    truth,
+    integer,
+    single,
+    precise,
+    other
+};
+
 class cImage {
   public:
     std::string of(objref const &value) {
         later(value);
         while (!todo_.empty()) {
-            objref const next = std::move(todo_.back());
+            cObj const *const next = todo_.back();
             todo_.pop_back();
             add(next);
         }
-        word(std::to_string(numbers_.size()));
-        return std::move(image_);
+        return digest_.text() + ':' + std::to_string(objects_);
     }
 
   private:
-    void word(std::string_view text) {
-        char size[24];
-        char *const end = std::to_chars(size, size + sizeof size, text.size()).ptr;
-        *end = ':';
-        image_.append(size, static_cast<size_t>(end - size) + 1).append(text);
-    }
-    template <class T> void word_of_bytes(T const &value) {
-        char bytes[sizeof value];
-        std::memcpy(bytes, &value, sizeof value);
-        word({bytes, sizeof bytes});
+    // What is put here first is added last. The value must live as long as the image is made.
+    void later(objref const &value) { todo_.push_back(value.get()); }
+    void later_made(objref const &value) {
+        kept_.push_back(value);
+        later(value);
     }
 
-    // What is put here first is added last.
-    void later(objref const &value) { todo_.push_back(value); }
+    void add(cKind kind) { digest_.add(static_cast<std::uint64_t>(kind)); }
 
-    void add(objref const &value) {
-        if (!value) return word("null");
-        if (cAttrNode const *const constant = cat::find_const(value.get()))
-            return word('#' + constant->key_as_string());
-        auto const [number, fresh] = numbers_.add(value.get());
-        if (!fresh) return word('@' + std::to_string(number));
-        if (value->refs() == 1) kept_.push_back(value); // so that its address is not used again
-        if (value->is_type()) return add_type(static_cast<cTypeObj &>(*value));
-        word(value->type().name());
-        if (!add_scalar(*value)) add_other(value);
+    void add(cObj const *object) {
+        if (!object) return add(cKind::null);
+        // Constants are known by others too, and so is what can be met again.
+        if (object->refs() > 1 && is_known(*object)) return;
+        objects_ += object->refs() > 1 ? 0 : 1;
+        if (add_scalar(*object)) return;
+        if (object->is_type()) return add_type(static_cast<cTypeObj const &>(*object));
+        add_other(*object);
+    }
+
+    // A constant, or an object that was met before.
+    bool is_known(cObj const &object) {
+        if (cAttrNode const *const constant = cat::find_const(&object)) {
+            add(cKind::constant);
+            digest_.add(constant->key_as_string());
+            return true;
+        }
+        auto const [number, fresh] = numbers_.add(&object, objects_);
+        if (fresh) {
+            ++objects_;
+            return false;
+        }
+        add(cKind::again);
+        digest_.add(number);
+        return true;
+    }
+
+    template <class T> bool add_bits(cKind kind, T value) {
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, &value, sizeof value);
+        add(kind);
+        digest_.add(bits);
+        return true;
     }
 
     bool add_scalar(cObj const &value) {
         cTypeObj const &type = value.type();
-        if (&type == &cat::type_string())
-            word(value_in<std::string>(value));
-        else if (&type == &cat::type_bool())
-            word_of_bytes(value_in<bool>(value));
-        else if (&type == &cat::type_int())
-            word_of_bytes(value_in<int>(value));
-        else if (&type == &cat::type_float())
-            word_of_bytes(value_in<float>(value));
-        else if (&type == &cat::type_double())
-            word_of_bytes(value_in<double>(value));
-        else
-            return false;
-        return true;
+        if (&type == &cat::type_string()) {
+            add(cKind::string);
+            digest_.add(value_in<std::string>(value));
+            return true;
+        }
+        if (&type == &cat::type_int()) return add_bits(cKind::integer, value_in<int>(value));
+        if (&type == &cat::type_double()) return add_bits(cKind::precise, value_in<double>(value));
+        if (&type == &cat::type_bool()) return add_bits(cKind::truth, value_in<bool>(value));
+        if (&type == &cat::type_float()) return add_bits(cKind::single, value_in<float>(value));
+        return false;
     }
 
-    void add_other(objref const &value) {
-        if (auto const *const spec = dynamic_cast<cAttspec const *>(value.get()))
+    void add_other(cObj const &value) {
+        add(cKind::other);
+        digest_.add(value.type().name());
+        if (auto const *const spec = dynamic_cast<cAttspec const *>(&value))
             return add_specification(*spec);
-        if (auto const *const map = dynamic_cast<cMapObj const *>(value.get()))
-            return add_entries(map->datamap(), !cObj::is_vector(value) && !cObj::is_set(value));
-        if (auto const *const place = dynamic_cast<cIterObj const *>(value.get()))
-            return later(place->key());
-        word(cat::as_text(value));
+        if (auto const *const map = dynamic_cast<cMapObj const *>(&value))
+            return add_entries(map->datamap(), !value.is_vector() && !value.is_set());
+        if (auto const *const place = dynamic_cast<cIterObj const *>(&value))
+            return later_made(place->key());
+        digest_.add(cat::as_text(objref::share(const_cast<cObj *>(&value)))); // RUNS USER CODE
     }
 
     // What a type declares: a map of specifications, or choices.
     void add_type(cTypeObj const &type) {
-        word(type.type().name());
-        word(type.name());
+        add(cKind::type);
+        digest_.add(type.type().name());
+        digest_.add(type.name());
         for (char const *const member : {"attspec", "choices"})
             if (objref const declared = type.tmember(member); cObj::is_good(declared))
-                later(declared);
+                later_made(declared);
     }
 
     void add_specification(cAttspec const &spec) {
-        word(std::to_string(spec.flags_of(asf_all)));
-        word(spec.get_type() ? spec.get_type()->name() : "");
-        later(spec.get_default());
+        digest_.add(static_cast<std::uint64_t>(spec.flags_of(asf_all)));
+        digest_.add(spec.get_type() ? spec.get_type()->name() : "");
+        later_made(spec.get_default());
     }
 
     void add_entries(cAttrHash const &hash, bool keyed) {
-        word(std::to_string(hash.used()));
+        digest_.add(std::uint64_t{hash.used()});
         for (cAttrNode const *node = hash.last(); node; node = hash.prev(node)) {
             later(node->valref());
             if (keyed) later(node->key());
@@ -170,13 +225,14 @@ class cImage {
     }
 
     cat::ExactText const exact_;
-    std::string image_;
-    std::vector<objref> todo_;
-    std::vector<objref> kept_;
-    cNumbers numbers_;
+    cDigest digest_;
+    std::vector<cObj const *> todo_;
+    std::vector<objref> kept_; // what was made for the image: no address is used again
+    cNumbers numbers_;         // of objects with more than one reference
+    size_t objects_ = 0;
 };
 
-// The last word of a fingerprint.
+// The last part of a fingerprint.
 size_t objects_in(std::string const &image) {
     return std::stoul(image.substr(image.rfind(':') + 1));
 }

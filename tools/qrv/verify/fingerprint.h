@@ -1,8 +1,8 @@
 #pragma once
-// A value as bytes that tell all that a file says of it but comments and layout: types by name,
-// keys in order, values to the last digit, what stands at several places, what types declare. Two
-// values are the same if their images are. Values of different processes can be compared so, and
-// objects of declared types, whose `equal` goes by identity.
+// A hash of all that a file says of a value but comments and layout: types by name, keys in order,
+// values to the last digit, which values are shared, what types declare. Two values are the same if
+// their images are, but for a chance of about 1 in 2^128. Values of different processes can be
+// compared so, and objects of declared types, whose `equal` goes by identity.
 
 #include "qrv/core/cobj.h"
 

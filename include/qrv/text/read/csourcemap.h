@@ -72,8 +72,9 @@ struct SourceComment {
     Span span;
     std::size_t entry = SourceEntry::none; // the number of the entry that it belongs to
     Where where = outside;
-    bool own_line = false; // only blanks are before it on its line
-    bool kept = false;     // the writer would write it
+    bool own_line = false;  // only blanks are before it on its line
+    bool kept = false;      // the writer would write it
+    std::uint32_t obid = 0; // of the value that took it as its comment, or 0
 };
 
 class QRV_API SourceMap {
