@@ -26,6 +26,12 @@ MUST = {
     "write_exact/1M": 2.5,
     "copy/1M": 3.0,
     "destroy/1M": 1.0,
+    **{f"vector_append/{size}": 4.0 for size in (1000, 100000, 1000000)},
+    **{f"vector_index/{size}": 1.5 for size in (1000, 100000, 1000000)},
+    **{f"vector_value/{size}": 1.5 for size in (1000, 100000, 1000000)},
+    **{f"set_append/{size}": 2.0 for size in (1000, 100000, 1000000)},
+    "call_own/10000": 1.5,
+    "call_type/10000": 1.5,
 }
 MUST_BYTES = {"memory/1M": 230}  # for each entry, of the tree that read/1M leaves in memory
 # Instructions for each entry at the largest of three sizes, in those at the smallest.
