@@ -5,6 +5,7 @@
 #include "core/cattrhash_detail.h"
 #include "core/cattrhash_dying.h"
 #include "core/cattrhash_insert.h"
+#include "core/cmember_lookup.h"
 #include "core/ctable_growth.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
@@ -185,7 +186,7 @@ bool cAttrHash::mapitem(cAttrHash *hash, objref const &key, objref const &value)
 // A stored function always knows its key, also one that is refused then. The flag of the type is
 // only a claim.
 bool cAttrHash::accept_exe(objref const &key, objref const &value) {
-    auto *const exe = dynamic_cast<cExeObj *>(value.get());
+    cExeObj *const exe = cat::as_exe(value);
     if (!exe) return false;
     exe->set_name(text_hooks.as_string(key));
     return exe->validate_exe(father_);

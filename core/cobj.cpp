@@ -5,6 +5,7 @@
 
 #include "core/cerr_object.h"
 #include "core/cfresh.h"
+#include "core/cmember_lookup.h"
 #include "core/cregistry.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
@@ -144,7 +145,7 @@ bool cObj::own_method(method_id id, cExeObj *&exe) const {
     if (!flags_of(of_exe_member) || !ommap_) return false;
     cAttrNode const *const node = ommap_->find(make_key(cTypeObj::name_of(id)));
     if (!node) return false;
-    exe = dynamic_cast<cExeObj *>(node->valref().get());
+    exe = cat::as_exe(node->valref());
     return true;
 }
 

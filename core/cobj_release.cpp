@@ -88,6 +88,7 @@ bool cat::is_library_class(cObj const &obj) noexcept {
         return is_exactly<cObjD<bool>>(obj);
     case cObjClass::map:
         return std::ranges::find(core.map_classes, &typeid(obj)) != std::end(core.map_classes);
+    case cObjClass::executable:
     case cObjClass::other:
         break;
     }

@@ -41,8 +41,8 @@ bool destroy_scalar(cObj *target); // core/cregistry.h
 enum method_id : int { QRV_METHODS(QRV_METHOD_ID) mid_count };
 #undef QRV_METHOD_ID
 
-// The C++ class of an object, as far as the library has to know it: cObjDR<T> or cMapObj, or
-// derived from it. A test of this byte takes the place of a dynamic_cast.
+// The C++ class of an object, as far as the library has to know it: cObjDR<T>, cMapObj or cExeObj,
+// or derived from it. A test of this byte takes the place of a dynamic_cast.
 enum class cObjClass : std::uint16_t {
     other,
     string,
@@ -50,7 +50,8 @@ enum class cObjClass : std::uint16_t {
     float_number,
     double_number,
     boolean,
-    map
+    map,
+    executable
 };
 
 namespace cat {
