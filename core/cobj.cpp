@@ -7,6 +7,7 @@
 #include "core/cfresh.h"
 #include "core/cmember_lookup.h"
 #include "core/cregistry.h"
+#include "core/cset_index.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
@@ -73,7 +74,10 @@ cObj::~cObj() {
         release_type(); // RE-ENTERS
 }
 
+void cObj::leave_set_index() const noexcept { cSetIndex::loosen(*this); }
+
 void cObj::set_type(cTypeObj *type) noexcept {
+    before_change();
     if (type && type->counts_) ++type->objects_;
     cTypeObj *const old = holds_type() ? type_ : nullptr;
     type_ = type;
@@ -297,6 +301,7 @@ bool cat::detach_value(objref const &ref) {
     if (ref->refs() <= 1) return true;
     objref copy = ref->clone(false);
     if (!cObj::is_good(copy)) return false;
+    ref->before_change(); // an entry of a set may be what is replaced
     const_cast<objref &>(ref) = std::move(copy);
     return true;
 }

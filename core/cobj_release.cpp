@@ -102,7 +102,7 @@ namespace {
 template <class T> bool destroy_exactly(cObj *target) noexcept {
     if (!is_exactly<cObjD<T>>(*target)) return false;
     target->obid(0);
-    static_cast<cObjD<T> *>(target)->val().~T();
+    std::destroy_at(static_cast<cObjD<T> const *>(target)->valptr());
     cObjD<T>::operator delete(target, sizeof(cObjD<T>));
     return true;
 }

@@ -18,7 +18,8 @@
 
 namespace cat {
 QRV_API cTypeObj &type_nil();
-bool destroy_scalar(cObj *target); // core/cregistry.h
+bool destroy_scalar(cObj *target);       // core/cregistry.h
+bool detach_value(objref const &target); // there too
 } // namespace cat
 
 // The standard methods of a type, in the order of its table: name and prototype (see cexe.h).
@@ -364,6 +365,16 @@ class QRV_API cObj : public cObjBase {
     // Borrows the type; null as for cObj(false).
     explicit cObj(cTypeObj *type, cObjClass object_class = cObjClass::other) noexcept;
     inline cObj(cat::cBuiltinType type, cObjClass object_class) noexcept; // defined in cobjd.h
+    // Before the value of an object is changed in place, or given out to be changed at any time:
+    // sets that find it by its value are told.
+    void before_change() const noexcept {
+        if (index_ != 0 && index_ != index_given_out) [[unlikely]]
+            leave_set_index();
+    }
+    void before_giving_out() const noexcept {
+        before_change();
+        index_ = index_given_out;
+    }
     // For the destructor of that class: members released after it may still look at the object.
     void end_class() noexcept { class_ &= holds_type_bit; }
 
@@ -374,8 +385,12 @@ class QRV_API cObj : public cObjBase {
     cObj &operator<<(cObj const &source);
 
     friend bool cat::destroy_scalar(cObj *target);
+    friend bool cat::detach_value(objref const &target);
+    friend class cSetIndex;
+    static constexpr std::uint16_t index_given_out = 0xFFFF;
     static constexpr std::uint16_t holds_type_bit = 0x100;
 
+    void leave_set_index() const noexcept;
     void release_type() noexcept;
     void leave_ommap() noexcept; // as the father of a member map that others may go on sharing
     bool may_be_member(objref const &key, objref const &value, bool &refused);
@@ -383,6 +398,7 @@ class QRV_API cObj : public cObjBase {
     cTypeObj *type_;
     std::uint32_t obid_;
     std::uint16_t class_; // the cObjClass, and above it holds_type_bit: one test asks for both
+    mutable std::uint16_t index_ = 0; // the set index that it is a part of (core/cset_index.h)
     hashref ommap_;
 };
 
