@@ -66,6 +66,7 @@ struct cAttrInsert {
     static void copy(cAttrHash &to, cAttrHash const &from);
 
   private:
+    static void append_next(cAttrHash &hash, objref const &value);
     static objref copy_of_key(cAttrNode const &node);
     template <class MakeKey> static cPlace insert(cAttrHash &hash, cAttrHash::cSearch const &search,
                                                   MakeKey make_key, objref const &value);

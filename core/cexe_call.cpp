@@ -69,9 +69,7 @@ bool fits(cExeObj const &exe, arguments args) {
     return exe.c() == args.size() + (exe.s() ? 1u : 0u);
 }
 
-objref call_by_name(cObj *obj, cat::cMemberName const &name, arguments args) {
-    if (!obj) return cat::bad();
-    objref const found = cat::member_named(*obj, name);
+objref call_found(objref const &found, cObj *obj, cat::cMemberName const &name, arguments args) {
     if (!cObj::is_good(found)) {
         begin_error(err_bad_call, *obj) << cNamed::name(name.text) << "'. Method does not exist!";
         raise_eros();
@@ -91,6 +89,10 @@ objref call_by_name(cObj *obj, cat::cMemberName const &name, arguments args) {
         return counted(raise_eros());
     }
     return exe->s() ? call_member(*exe, obj, args) : call_plain(*exe, args);
+}
+
+objref call_by_name(cObj *obj, cat::cMemberName const &name, arguments args) {
+    return obj ? call_found(cat::member_named(*obj, name), obj, name, args) : cat::bad();
 }
 
 objref call_global(cat::cMemberName const &name, arguments args) {
@@ -147,8 +149,16 @@ objref cObj::call(cObj *obj, std::string const &name, objref const &a, objref co
 
 namespace cat {
 
-objref call_named(cObj &obj, cMemberName const &name, objref const &a) {
-    return call_by_name(&obj, name, {a});
+// Without result objects for the usual member: a procedure of the object and the argument.
+bool call_succeeds(cObj &obj, cMemberName const &name, objref const &a) {
+    objref const given = a; // the lookup may run user code
+    objref const found = member_named(obj, name);
+    cExeObj const *const exe = as_exe(found);
+    bool const is_usual = exe && found->is_exe() && exe->s() && exe->p() && exe->c() == 2;
+    if (!is_usual) return cObj::is_good(call_found(found, &obj, name, {given}));
+    objref const held = objref::share(&obj);
+    objref argument = given;
+    return exe->pexecute(obj, argument);
 }
 
 objref call(std::string const &name) { return call_global(cat::cMemberName(name), {}); }

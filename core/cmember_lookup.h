@@ -13,8 +13,8 @@ using cMemberName = cAttrInsert::cKnownText;
 objref member_named(cObj const &obj, cMemberName const &name);
 objref global_member_named(cMemberName const &name);
 
-// cObj::call with one argument.
-objref call_named(cObj &obj, cMemberName const &name, objref const &a); // core/cexe_call.cpp
+// cObj::call with one argument: is the result good? core/cexe_call.cpp
+bool call_succeeds(cObj &obj, cMemberName const &name, objref const &a);
 
 // Borrowed; null if the object is not an executable.
 inline cExeObj *as_exe(cObj *obj) noexcept {

@@ -28,7 +28,7 @@ objref &scratch_member() {
 bool cObj::append(objref const &item) {
     if (!is_good(item)) return false;
     static cat::cMemberName const name("append");
-    return is_good(cat::call_named(*this, name, item));
+    return cat::call_succeeds(*this, name, item);
 }
 
 void cObj::append_dissection(std::string const &text, char delimiter) {
