@@ -192,6 +192,10 @@ cAttrNode *cAttrHash::find(std::string const &key) const {
 }
 
 cAttrNode *cAttrHash::find(int key) const {
+    if (form_ == cHashForm::row) {
+        ++hash_probes;
+        return static_cast<std::uint32_t>(key) < used_ ? node_of(words_[key]) : nullptr;
+    }
     if (others_) return locate(make_key(key));
     return probe(search_for(key)).node;
 }

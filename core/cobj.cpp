@@ -143,8 +143,6 @@ objref cObj::operator/(char const *key) {
     return key ? getattr(own_key(std::string(key))) : cat::bad();
 }
 
-objref cObj::operator/(int key) { return getattr(own_key(key)); }
-
 bool cObj::own_method(method_id id, cExeObj *&exe) const {
     if (!flags_of(of_exe_member) || !ommap_) return false;
     cAttrNode const *const node = ommap_->find(make_key(cTypeObj::name_of(id)));

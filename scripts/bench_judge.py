@@ -28,7 +28,6 @@ MUST = {
     "destroy/1M": 1.0,
     **{f"vector_append/{size}": 4.0 for size in (1000, 100000, 1000000)},
     **{f"vector_index/{size}": 1.5 for size in (1000, 100000, 1000000)},
-    **{f"vector_value/{size}": 1.5 for size in (1000, 100000, 1000000)},
     **{f"set_append/{size}": 2.0 for size in (1000, 100000, 1000000)},
     "call_own/10000": 1.5,
     "call_type/10000": 1.5,
