@@ -68,7 +68,7 @@ struct cBuiltinType {
 //   core/cexe_call.cpp           call
 //   core/cobj_member.cpp         append, copyitem, own, type and global members, comments, changed
 //   containers/cattr.cpp         operator[]
-//   containers/cobj_map.cpp      getattr_force, ommap of a map
+//   containers/cobj_map.cpp      operator/ of an int, getattr_force, ommap of a map
 //   containers/cobj_walk.cpp     begin, end
 //   containers/cobj_slice.cpp    getslice
 //   containers/cobj_owner.cpp    is_owner_of
