@@ -51,7 +51,7 @@ void print(json const &value) {
 
 std::vector<cWork> all_works() {
     std::vector<cWork> works = text_works();
-    for (auto const &more : {object_works(), signal_works()})
+    for (auto const &more : {object_works(), vector_works(), call_works(), signal_works()})
         works.insert(works.end(), more.begin(), more.end());
     return works;
 }

@@ -62,6 +62,8 @@ struct cWork {
 
 std::vector<cWork> text_works();   // text_rows.cpp
 std::vector<cWork> object_works(); // object_rows.cpp
+std::vector<cWork> vector_works(); // vector_rows.cpp
+std::vector<cWork> call_works();   // call_rows.cpp
 std::vector<cWork> signal_works(); // signal_rows.cpp
 
 // A library failed at what it must do: there is nothing to compare.

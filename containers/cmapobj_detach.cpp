@@ -142,7 +142,7 @@ bool cDetach::item_quietly(cAttrHash &hash, cRest &rest, bool &done) {
     } else {
         objref clone = cat::clone_plainly(*value);
         if (!clone) return false;
-        node.valref_() = std::move(clone);
+        cAttrInsert::replace(node, std::move(clone));
     }
     rest.node = hash.node_at(node.next());
     return true;
@@ -155,7 +155,7 @@ bool cDetach::container_quietly(cAttrHash &hash, cAttrNode &node) {
     if (!new_value) return true;
     bool const done = copy(value, new_value);
     if (quiet_)
-        node.valref_() = std::move(new_value);
+        cAttrInsert::replace(node, std::move(new_value));
     else
         hash.setitem(key, new_value);
     return done;

@@ -14,7 +14,6 @@
 // are remembered and not copied again, except for appending, which is done as often as it is met.
 // The memo is handed down only through calls that this file makes itself, never to foreign code.
 
-#include "containers/cappending.h"
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
 #include "containers/cplain_copy.h"
@@ -70,12 +69,6 @@ cLetters complete(cObj const &target, char const *commands) {
     return letters;
 }
 
-// Is reading an attribute of it the library's own affair?
-bool reads_plainly(cObj const &obj) {
-    return !obj.flags_of(of_exe_member) &&
-           (cObj::is_map(&obj) || cObj::is_vector(&obj) || cObj::is_set(&obj));
-}
-
 bool is_sequence(cObj const *obj) noexcept { return cObj::is_vector(obj) || cObj::is_set(obj); }
 
 // The hash that an object's iterator walks; null without a usable one.
@@ -105,7 +98,7 @@ class cAttrCopy {
   public:
     cAttrCopy(cObj &target, objref const &source, cLetters const &letters, cCopied &copied)
         : target_(target), source_(source), letters_(letters), copied_(copied),
-          seq_(is_sequence(&target)), plain_source_(reads_plainly(*source)), appending_(target) {}
+          seq_(is_sequence(&target)) {}
     cAttrCopy(cAttrCopy const &) = delete;
     cAttrCopy &operator=(cAttrCopy const &) = delete;
     ~cAttrCopy() = default;
@@ -149,8 +142,6 @@ class cAttrCopy {
     cLetters letters_;
     cCopied &copied_;
     bool seq_;
-    bool plain_source_;
-    cat::cAppending appending_; // to the target
     std::vector<cItem> items_;
 };
 
@@ -223,9 +214,7 @@ bool cAttrCopy::store(objref const &key) {
 
 // To the target. What append says is dropped.
 void cAttrCopy::append(objref const &value) {
-    bool const plain = plain_source_ && value && cValueIndex::is_plain(*value);
-    if (!plain) appending_.disturb();
-    if (cat::merge_allows(target_, nullptr, value)) appending_.append(value);
+    if (cat::merge_allows(target_, nullptr, value)) target_.append(value);
 }
 
 // 'x' for a key of both.

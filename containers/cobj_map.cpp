@@ -1,10 +1,26 @@
-// What an object does with maps: levels made on the way, and a map laid over its members.
+// What an object does with maps and vectors: indexing, levels made on the way, and a map laid over
+// its members.
 
 #include "qrv/containers/cmapobj.h"
+
+#include "containers/ccompare.h"
+#include "core/cbuiltin.h"
+#include "core/cregistry.h"
 #include "qrv/core/cobj.h"
 #include "qrv/core/ctypes.h"
 
 #include <utility>
+
+// What the library's getattr of a vector or a set finds, without a key object that nobody would
+// see.
+objref cObj::operator/(int key) {
+    bool const is_plain = cat::is_builtin(*this, cat::method_bit(mid_getattr)) &&
+                          (type_ == core.vector || type_ == core.set) &&
+                          cat::is_builtin(*core.integer, cat::method_bit(mid_create));
+    if (!is_plain || cat::as_map(this)->datamap().has_foreign_keys()) return getattr(own_key(key));
+    cAttrNode const *const node = cat::as_map(this)->datamap().find(key);
+    return node ? node->valref() : cat::badfind();
+}
 
 objref cObj::getattr_force(objref const &key, bool force) {
     objref value = getattr(key);

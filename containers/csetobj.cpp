@@ -1,13 +1,14 @@
-// Set objects and the standard methods of type "set". Equal values are found by the hash's
-// findvalue, with the new value on the left side of the comparison.
+// Set objects and the standard methods of type "set". Equal values are found by the index of the
+// hash, with the new value on the left side of the comparison.
 
 #include "qrv/containers/csetobj.h"
 
-#include "containers/cappending.h"
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"
+#include "containers/value_index.h"
+#include "core/cset_index.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/ctypes.h"
@@ -59,7 +60,7 @@ bool cTomSet::setattr(cObj &obj, objref &key, objref &value) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map) return false;
     objref const self = objref::share(&obj); // values are compared by foreign code
-    if (!cObj::is_kill(value) && map->datamap().findvalue(value)) return true;
+    if (!cObj::is_kill(value) && cSetIndex::holds(map->datamap(), value)) return true;
     return cTomVector::setattr(obj, key, value);
 }
 
@@ -69,7 +70,7 @@ bool cTomSet::m_append(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map) return false;
     hashref const hash = map->datamap_ref(); // values are compared by foreign code
-    if (arg && hash->findvalue(arg)) return false;
+    if (arg && cSetIndex::holds(*hash, arg)) return false;
     hash->vect_append(arg);
     return true;
 }
@@ -81,12 +82,9 @@ bool cTomSet::m_assign(cObj &obj, objref &arg) {
     objref const self = objref::share(&obj); // what is cleared may own this set
     hashref const hash = map->datamap_ref();
     hash->clear();
-    cat::cAppending target(obj);
     for (cIterObj it = arg->begin(); it.valid(); ++it) {
         objref const value = it.valref();
-        if (!value || !cValueIndex::is_plain(*value))
-            target.disturb(); // the test below may run foreign code
-        if (cat::merge_allows(obj, nullptr, value)) target.append(value);
+        if (cat::merge_allows(obj, nullptr, value)) obj.append(value);
         if (cat::merge_exhausted()) return false;
     }
     return true;

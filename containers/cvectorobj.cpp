@@ -3,7 +3,6 @@
 
 #include "qrv/containers/cvectorobj.h"
 
-#include "containers/cappending.h"
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"
@@ -120,10 +119,9 @@ bool cTomVector::m_add(cObj &obj, objref &arg) {
     if (!arg || !arg->is_container()) return true;
     objref const self = objref::share(&obj);
     objref const copy = arg->clone(false); // so that v += v ends
-    cat::cAppending target(obj);
     for (cIterObj it = copy->begin(); it.valid(); ++it) {
         objref const value = it.valref();
-        target.append(value);
+        obj.append(value);
     }
     return true;
 }

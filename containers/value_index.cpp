@@ -18,13 +18,7 @@ std::size_t cValueIndex::cTextHash::operator()(std::string const &text) const {
     return seeded_hash_bytes(text.data(), text.size());
 }
 
-bool cValueIndex::is_plain(cObj const &value) noexcept {
-    cTypeObj const &type = value.type();
-    if (!cat::compares_plainly(type)) return false;
-    if (&type == &cat::type_int()) return cat::value_in<int>(&value);
-    if (&type == &cat::type_string()) return cat::value_in<std::string>(&value);
-    return cat::value_in<bool>(&value);
-}
+bool cValueIndex::is_plain(cObj const &value) noexcept { return cat::is_plain(value); }
 
 void cValueIndex::forget() noexcept {
     last_ = nullptr;

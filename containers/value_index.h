@@ -1,7 +1,6 @@
 #pragma once
 // Finds values in a hash as cAttrHash::findvalue does, but ints, bools and strings in constant
-// time: for loops that look many values up in one hash, such as reading, assigning and comparing
-// sets.
+// time: for loops that look many values up in one hash, such as reading and comparing sets.
 //
 // An object can change without its holders being told, so the index is for the length of a loop in
 // which only such plain values are handled. Appending, removing and moving nodes is noticed; where

@@ -5,6 +5,8 @@
 #include "core/cattrhash_detail.h"
 #include "core/cattrhash_dying.h"
 #include "core/cattrhash_insert.h"
+#include "core/cmember_lookup.h"
+#include "core/cset_index.h"
 #include "core/ctable_growth.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
@@ -21,6 +23,7 @@ cAttrHash::cAttrHash(cObj *father) : size_(first_size), father_(father) {}
 cAttrHash::cAttrHash(cAttrHash const &) : cAttrHash(static_cast<cObj *>(nullptr)) {}
 
 cAttrHash::~cAttrHash() {
+    set_index_ = nullptr;
     incref(); // whoever shares and drops the dying hash from a destructor doesn't destroy it again
     if (used_) cDying(*this).run();
 }
@@ -165,6 +168,7 @@ bool cAttrHash::mapitem(objref const &key, objref const &value) {
     if (held_value->is_exe() && !accept_exe(held_key, held_value)) return false;
     cAttrNode *const node = force_node(held_key);
     node->mapped_ = true;
+    node->before_replacing();
     node->value_ = held_value; // RE-ENTERS
     return true;
 }
@@ -174,6 +178,7 @@ bool cAttrHash::mapitem(std::string const &key, objref value) {
     cAttrInsert::cPlace const place = cAttrInsert::text(*this, key, value);
     if (place.is_new) return true;
     place.node->mapped_ = true;
+    place.node->before_replacing();
     place.node->value_ = value; // RE-ENTERS
     return true;
 }
@@ -185,7 +190,7 @@ bool cAttrHash::mapitem(cAttrHash *hash, objref const &key, objref const &value)
 // A stored function always knows its key, also one that is refused then. The flag of the type is
 // only a claim.
 bool cAttrHash::accept_exe(objref const &key, objref const &value) {
-    auto *const exe = dynamic_cast<cExeObj *>(value.get());
+    cExeObj *const exe = cat::as_exe(value);
     if (!exe) return false;
     exe->set_name(text_hooks.as_string(key));
     return exe->validate_exe(father_);
@@ -232,6 +237,7 @@ cAttrNode *cAttrHash::insert(objref const &key, objref const &value, cAttrNode *
     cHold const hold(node);
     node->mapped_ = true;
     if (before && before->table_ == this) move_before(*node, *before);
+    node->before_replacing();
     node->value_ = held_value; // RE-ENTERS
     return node->dead_ ? nullptr : node;
 }
@@ -247,6 +253,7 @@ void cAttrHash::rename(objref const &old_key, objref const &new_key) {
     if (target == source) return;
     target->mapped_ = true;
     if (source->dead_) return; // the new key's clone took it away
+    target->before_replacing();
     objref lost = std::move(target->value_);
     target->value_ = source->value_;
     move_before(*target, *source); // and source goes: target stands before what followed it

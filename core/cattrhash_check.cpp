@@ -8,11 +8,13 @@
 //   H6 the number of never-used slots is right
 //   H7 what is known about the keys is right: counts of kinds, greatest index, vector or not
 //   H8 each key is found again under its cached hash (deep only)
+//   H10 the index of a set knows each node
 //   H9 while no node was moved, the ring is in the order in which the nodes were made
 // In checking builds the cheap rules are held after each of the first changes of a small table and
 // after some later ones, and after every change number that is a power of two of any table.
 
 #include "core/cattrhash_detail.h"
+#include "core/cset_index.h"
 #include "core/ctable_growth.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cobjd.h"
@@ -71,6 +73,7 @@ std::string cAttrHash::broken_rule(bool deep) const {
     if (seen.others != others_ || seen.no_ints != no_ints_ || (is_vector_ && !seen.is_vector) ||
         (greatest_known_ && greatest_ != seen.greatest))
         return broken("H7");
+    if (set_index_ && !set_index_->is_whole(*this)) return broken("H10");
     return deep ? broken_deep() : std::string();
 }
 

@@ -21,7 +21,7 @@ inline cAttrNode *node_of(cSlotWord word) noexcept {
 constexpr std::uint32_t long_probe = 128;
 
 // Of a key whose kind says that it holds a T.
-template <class T> T &value_of(objref const &key) noexcept {
+template <class T> T const &value_of(objref const &key) noexcept {
     return static_cast<cObjDR<T> const &>(*key).val();
 }
 inline std::string_view text_of(objref const &key) noexcept { return value_of<std::string>(key); }

@@ -112,12 +112,17 @@ void cAttrHash::make_index() {
 
 void cAttrHash::rebuild_row() {
     std::uint32_t const capacity = std::max({first_row, capacity_ + capacity_ / 2, used_});
-    words_ = std::make_unique_for_overwrite<cSlotWord[]>(capacity);
+    auto words = std::make_unique_for_overwrite<cSlotWord[]>(capacity);
+    if (form_ == cHashForm::row) {
+        std::copy_n(words_.get(), used_, words.get()); // without a look at each node
+    } else {
+        cSlotWord *word = words.get();
+        for (cAttrNode *node = first(); node; node = next(node))
+            *word++ = reinterpret_cast<cSlotWord>(node);
+    }
+    words_ = std::move(words);
     form_ = cHashForm::row;
     capacity_ = capacity;
-    cSlotWord *word = words_.get();
-    for (cAttrNode *node = first(); node; node = next(node))
-        *word++ = reinterpret_cast<cSlotWord>(node);
 }
 
 void cAttrHash::rebuild_index(std::uint32_t capacity) {

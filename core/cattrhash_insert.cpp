@@ -3,6 +3,7 @@
 #include "core/cbuiltin.h"
 #include "core/cregistry.h"
 #include "core/cscalar.h"
+#include "core/cset_index.h"
 
 #include <cassert>
 
@@ -60,14 +61,30 @@ cAttrNode *cAttrInsert::find(cAttrHash const &hash, cKnownText const &key) {
     return hash.probe({key.hash, cKeyKind::string_key, nullptr, key.text}).node;
 }
 
+// The next of the keys 0, 1, 2... of a hash that has no table: no search is needed, as no other key
+// can be there.
+void cAttrInsert::append_next(cAttrHash &hash, objref const &value) {
+    int const key = static_cast<int>(hash.used_);
+    std::unique_ptr<cAttrNode> made(new cAttrNode(
+        cAttrNode::cAdopt(), make<cObjD<int>>(int(key), cat::cBuiltinType{core.integer}), value));
+    cAttrNode &node = *made;
+    node.hash_ = hash.used_;
+    node.kind_ = cKeyKind::int_key;
+    if (hash.used_ >= hash.capacity_) hash.make_room(node, 0);
+    hash.link_copy(node, node);
+    hash.add_to_index(node, {nullptr, 0, 0, false});
+    if (hash.set_index_) [[unlikely]]
+        hash.set_index_->enter(node);
+    hash.check();
+    static_cast<void>(made.release());
+}
+
 bool cAttrInsert::append(cAttrHash &hash, objref const &value) {
     if (hash.no_ints_ != 0 || !is_ready(hash)) return false;
-    int const key = hash.after_last_index();
-    bool const is_new = key >= 0; // greater than all others
-    if (!is_new || hash.form_ == cHashForm::index || hash.form_ == cHashForm::table)
-        return number(hash, key, value).is_new;
-    cAttrHash::cSearch search = hash.search_for(key);
-    search.own_key = true;
-    add(hash, {nullptr, 0, 0, false}, search, cat::make_value(key), value);
-    return true;
+    bool const is_row = hash.form_ == cHashForm::few || hash.form_ == cHashForm::row;
+    if (is_row && hash.is_vector_) {
+        append_next(hash, value);
+        return true;
+    }
+    return number(hash, hash.after_last_index(), value).is_new;
 }

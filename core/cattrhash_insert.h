@@ -49,6 +49,11 @@ struct cAttrInsert {
     // As vect_append; false where the hash isn't ready, its keys aren't all ints, or the greatest
     // int is among them.
     static bool append(cAttrHash &hash, objref const &value);
+    // In the place of the node's value, whatever that is. RE-ENTERS if the old one ends.
+    static void replace(cAttrNode &node, objref &&value) {
+        node.before_replacing();
+        node.value_ = std::move(value);
+    }
 
     // core/cattrhash_copy.cpp: is the key exactly a string or an int; and does copy() have the
     // effect of mapitem for each node, that is, are all keys plain and all values good and not
@@ -61,6 +66,7 @@ struct cAttrInsert {
     static void copy(cAttrHash &to, cAttrHash const &from);
 
   private:
+    static void append_next(cAttrHash &hash, objref const &value);
     static objref copy_of_key(cAttrNode const &node);
     template <class MakeKey> static cPlace insert(cAttrHash &hash, cAttrHash::cSearch const &search,
                                                   MakeKey make_key, objref const &value);

@@ -4,6 +4,7 @@
 #include "core/cbuiltin.h"
 #include "core/cerr_object.h"
 #include "core/cregistry.h"
+#include "core/cset_index.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cobjd.h"
 
@@ -62,8 +63,21 @@ void cAttrNode::unhold() const noexcept {
 
 int cAttrNode::key_as_index() const { return cat::as_index(key_); }
 cObj &cAttrNode::value() const { return value_ ? *value_ : *cat::bad(); }
+
+void cAttrNode::before_replacing() noexcept {
+    if (table_ && table_->set_index_) [[unlikely]]
+        table_->set_index_->loosen(*this);
+}
+
+objref &cAttrNode::valref_() noexcept {
+    before_replacing();
+    given_out_ = true;
+    return value_;
+}
+
 bool cAttrNode::detach() const {
     cAttrHash::cHold const hold(this);
+    const_cast<cAttrNode *>(this)->before_replacing();
     return cat::detach_value(value_); // RUNS FOREIGN CODE
 }
 
@@ -85,7 +99,10 @@ cAttrNode &cAttrNode::operator=(objref const &value) {
     }
     cAttrHash::cHold const hold(this);
     objref const held = value;
-    if (!refuses(held)) value_ = held; // RE-ENTERS
+    if (!refuses(held)) {
+        before_replacing();
+        value_ = held; // RE-ENTERS
+    }
     return dead_ ? nil_attr() : *this;
 }
 

@@ -17,6 +17,7 @@
 #include "core/cattrhash_detail.h"
 #include "core/cregistry.h"
 #include "core/cscalar.h"
+#include "core/cset_index.h"
 #include "core/ctable_growth.h"
 #include "qrv/core/cobjd.h"
 
@@ -191,6 +192,10 @@ cAttrNode *cAttrHash::find(std::string const &key) const {
 }
 
 cAttrNode *cAttrHash::find(int key) const {
+    if (form_ == cHashForm::row) {
+        ++hash_probes;
+        return static_cast<std::uint32_t>(key) < used_ ? node_of(words_[key]) : nullptr;
+    }
     if (others_) return locate(make_key(key));
     return probe(search_for(key)).node;
 }
@@ -241,6 +246,8 @@ void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) 
     } else {
         add_to_index(node, place);
     }
+    if (set_index_) [[unlikely]]
+        set_index_->enter(node);
     check();
 }
 
@@ -255,6 +262,8 @@ void cAttrHash::grow_table(cAttrNode const &last, std::uint32_t live, std::uint3
 }
 
 void cAttrHash::unlink_node(cAttrNode &node) noexcept {
+    if (set_index_) [[unlikely]]
+        set_index_->leave(node);
     if (form_ != cHashForm::table) try_table(first_size);
     count_out(node);
     node.unlink();
@@ -268,6 +277,7 @@ void cAttrHash::unlink_node(cAttrNode &node) noexcept {
         greatest_ = -1;
         greatest_known_ = is_vector_ = true;
         moved_ = false;
+        set_index_ = nullptr;
     }
     check();
 }
@@ -275,6 +285,8 @@ void cAttrHash::unlink_node(cAttrNode &node) noexcept {
 // Deletes a node of this hash; its memory stays while it is held. May destroy the hash.
 void cAttrHash::remove(cAttrNode *node) {
     if (form_ != cHashForm::table) try_table(first_size); // while the node has its key
+    if (set_index_) [[unlikely]]
+        set_index_->leave(*node);
     objref const key = std::move(node->key_);
     objref value = std::move(node->value_);
     unlink_node(*node);

@@ -9,9 +9,9 @@
 #include <ostream>
 
 cExeObj::cExeObj(unsigned int c, bool s, bool p, cTypeObj *type)
-    : cObj(type ? type : &cat::type_exe()), c_(c), s_(s), p_(p) {}
+    : cObj(type ? type : &cat::type_exe(), cObjClass::executable), c_(c), s_(s), p_(p) {}
 
-cExeObj::~cExeObj() = default;
+cExeObj::~cExeObj() { end_class(); }
 cExeFunction::~cExeFunction() = default;
 cExeGlobal::~cExeGlobal() = default;
 cExeMember::~cExeMember() = default;

@@ -3,6 +3,7 @@
 // itself from the map that owns it.
 
 #include "core/cerr_object.h"
+#include "core/cmember_lookup.h"
 #include "core/cregistry.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
@@ -36,16 +37,11 @@ objref call_function(cExeObj const &exe, arguments args) {
 objref call_procedure(cExeObj const &exe, cObj *obj, arguments rest) {
     if (!obj) return cat::bad();
     objref const held = objref::share(obj); // the procedure may remove its last owner
-    objref a = rest.size() > 0 ? rest.begin()[0] : objref();
-    objref b = rest.size() > 1 ? rest.begin()[1] : objref();
-    switch (rest.size()) {
-    case 0:
-        return of_bool(exe.pexecute(*obj));
-    case 1:
-        return of_bool(exe.pexecute(*obj, a));
-    default:
-        return of_bool(exe.pexecute(*obj, a, b));
-    }
+    if (rest.size() == 0) return of_bool(exe.pexecute(*obj));
+    objref a = rest.begin()[0]; // copies, which the procedure may change
+    if (rest.size() == 1) return of_bool(exe.pexecute(*obj, a));
+    objref b = rest.begin()[1];
+    return of_bool(exe.pexecute(*obj, a, b));
 }
 
 // Without a self: functions take the arguments, procedures the first one as their object.
@@ -73,41 +69,44 @@ bool fits(cExeObj const &exe, arguments args) {
     return exe.c() == args.size() + (exe.s() ? 1u : 0u);
 }
 
-objref call_by_name(cObj *obj, std::string const &name, arguments args) {
-    if (!obj) return cat::bad();
-    objref const found = obj->gmember(name);
+objref call_found(objref const &found, cObj *obj, cat::cMemberName const &name, arguments args) {
     if (!cObj::is_good(found)) {
-        begin_error(err_bad_call, *obj) << cNamed::name(name) << "'. Method does not exist!";
+        begin_error(err_bad_call, *obj) << cNamed::name(name.text) << "'. Method does not exist!";
         raise_eros();
         return cat::bad();
     }
-    auto const *const exe = dynamic_cast<cExeObj const *>(found.get());
+    cExeObj const *const exe = cat::as_exe(found);
     if (!exe || !found->is_exe()) {
         begin_error(err_bad_call, *obj)
-            << cNamed::name(name)
+            << cNamed::name(name.text)
             << "'.  This entry is of type: " << cNamed::found(found->type().name());
         raise_eros();
         return cat::bad();
     }
     if (!fits(*exe, args)) {
         begin_error(err_arg_count, *obj)
-            << cNamed::name(name) << "' with bad arg count: " << args.size();
+            << cNamed::name(name.text) << "' with bad arg count: " << args.size();
         return counted(raise_eros());
     }
     return exe->s() ? call_member(*exe, obj, args) : call_plain(*exe, args);
 }
 
-objref call_global(std::string const &name, arguments args) {
-    objref const found = cat::gmember(name);
+objref call_by_name(cObj *obj, cat::cMemberName const &name, arguments args) {
+    return obj ? call_found(cat::member_named(*obj, name), obj, name, args) : cat::bad();
+}
+
+objref call_global(cat::cMemberName const &name, arguments args) {
+    objref const found = cat::global_member_named(name);
     if (!cObj::is_good(found)) {
-        begin_error(err_bad_global_call) << cNamed::name(name) << "'  Executable does not exist";
+        begin_error(err_bad_global_call)
+            << cNamed::name(name.text) << "'  Executable does not exist";
         raise_eros();
         return cat::bad();
     }
-    auto const *const exe = dynamic_cast<cExeObj const *>(found.get());
+    cExeObj const *const exe = cat::as_exe(found);
     if (!exe || !found->is_exe()) {
         begin_error(err_bad_global_call)
-            << cNamed::name(name) << "'  This entry is not executable, it's of type: "
+            << cNamed::name(name.text) << "'  This entry is not executable, it's of type: "
             << cNamed::found(found->type().name());
         raise_eros();
         return cat::bad();
@@ -116,7 +115,7 @@ objref call_global(std::string const &name, arguments args) {
     // here, and then reports its prototype. Pinned: a_global_member_function_reports_itself
     if (!fits(*exe, args)) {
         begin_error(err_global_arg_count)
-            << cNamed::name(name) << "'  with bad arg count: " << args.size();
+            << cNamed::name(name.text) << "'  with bad arg count: " << args.size();
         return counted(raise_eros());
     }
     return call_plain(*exe, args);
@@ -124,34 +123,52 @@ objref call_global(std::string const &name, arguments args) {
 
 } // namespace
 
-objref cObj::call(std::string const &name) { return call_by_name(this, name, {}); }
+objref cObj::call(std::string const &name) {
+    return call_by_name(this, cat::cMemberName(name), {});
+}
 
 objref cObj::call(std::string const &name, objref const &a) {
-    return call_by_name(this, name, {a});
+    return call_by_name(this, cat::cMemberName(name), {a});
 }
 
 objref cObj::call(std::string const &name, objref const &a, objref const &b) {
-    return call_by_name(this, name, {a, b});
+    return call_by_name(this, cat::cMemberName(name), {a, b});
 }
 
-objref cObj::call(cObj *obj, std::string const &name) { return call_by_name(obj, name, {}); }
+objref cObj::call(cObj *obj, std::string const &name) {
+    return call_by_name(obj, cat::cMemberName(name), {});
+}
 
 objref cObj::call(cObj *obj, std::string const &name, objref const &a) {
-    return call_by_name(obj, name, {a});
+    return call_by_name(obj, cat::cMemberName(name), {a});
 }
 
 objref cObj::call(cObj *obj, std::string const &name, objref const &a, objref const &b) {
-    return call_by_name(obj, name, {a, b});
+    return call_by_name(obj, cat::cMemberName(name), {a, b});
 }
 
 namespace cat {
 
-objref call(std::string const &name) { return call_global(name, {}); }
+// Without result objects for the usual member: a procedure of the object and the argument.
+bool call_succeeds(cObj &obj, cMemberName const &name, objref const &a) {
+    objref const given = a; // the lookup may run user code
+    objref const found = member_named(obj, name);
+    cExeObj const *const exe = as_exe(found);
+    bool const is_usual = exe && found->is_exe() && exe->s() && exe->p() && exe->c() == 2;
+    if (!is_usual) return cObj::is_good(call_found(found, &obj, name, {given}));
+    objref const held = objref::share(&obj);
+    objref argument = given;
+    return exe->pexecute(obj, argument);
+}
 
-objref call(std::string const &name, objref const &a) { return call_global(name, {a}); }
+objref call(std::string const &name) { return call_global(cat::cMemberName(name), {}); }
+
+objref call(std::string const &name, objref const &a) {
+    return call_global(cat::cMemberName(name), {a});
+}
 
 objref call(std::string const &name, objref const &a, objref const &b) {
-    return call_global(name, {a, b});
+    return call_global(cat::cMemberName(name), {a, b});
 }
 
 objref gmember(objref const &key) {
@@ -159,6 +176,6 @@ objref gmember(objref const &key) {
     return core.global_hash ? core.global_hash->getitem(key) : cat::badfind();
 }
 
-objref gmember(std::string const &key) { return gmember(make_key(key)); }
+objref gmember(std::string const &key) { return global_member_named(cMemberName(key)); }
 
 } // namespace cat

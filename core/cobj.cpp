@@ -5,7 +5,9 @@
 
 #include "core/cerr_object.h"
 #include "core/cfresh.h"
+#include "core/cmember_lookup.h"
 #include "core/cregistry.h"
+#include "core/cset_index.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
@@ -72,7 +74,10 @@ cObj::~cObj() {
         release_type(); // RE-ENTERS
 }
 
+void cObj::leave_set_index() const noexcept { cSetIndex::loosen(*this); }
+
 void cObj::set_type(cTypeObj *type) noexcept {
+    before_change();
     if (type && type->counts_) ++type->objects_;
     cTypeObj *const old = holds_type() ? type_ : nullptr;
     type_ = type;
@@ -138,13 +143,11 @@ objref cObj::operator/(char const *key) {
     return key ? getattr(own_key(std::string(key))) : cat::bad();
 }
 
-objref cObj::operator/(int key) { return getattr(own_key(key)); }
-
 bool cObj::own_method(method_id id, cExeObj *&exe) const {
     if (!flags_of(of_exe_member) || !ommap_) return false;
     cAttrNode const *const node = ommap_->find(make_key(cTypeObj::name_of(id)));
     if (!node) return false;
-    exe = dynamic_cast<cExeObj *>(node->valref().get());
+    exe = cat::as_exe(node->valref());
     return true;
 }
 
@@ -296,6 +299,7 @@ bool cat::detach_value(objref const &ref) {
     if (ref->refs() <= 1) return true;
     objref copy = ref->clone(false);
     if (!cObj::is_good(copy)) return false;
+    ref->before_change(); // an entry of a set may be what is replaced
     const_cast<objref &>(ref) = std::move(copy);
     return true;
 }

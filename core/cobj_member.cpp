@@ -2,6 +2,7 @@
 // are reserved: "changed" (a signal) and "//" (the comment).
 
 #include "core/cerr_object.h"
+#include "core/cmember_lookup.h"
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cattrhash.h"
@@ -26,7 +27,8 @@ objref &scratch_member() {
 
 bool cObj::append(objref const &item) {
     if (!is_good(item)) return false;
-    return is_good(call("append", item));
+    static cat::cMemberName const name("append");
+    return cat::call_succeeds(*this, name, item);
 }
 
 void cObj::append_dissection(std::string const &text, char delimiter) {
@@ -68,7 +70,7 @@ bool cObj::set_omember(std::string const &key, objref value) {
 // False: not to be stored, and `result` is what set_omember answers. The flag of the type is only a
 // claim.
 bool cObj::may_be_member(objref const &key, objref const &value, bool &result) {
-    auto *const exe = dynamic_cast<cExeObj *>(value.get());
+    cExeObj *const exe = cat::as_exe(value);
     if (exe) {
         exe->set_name(text_hooks.as_string(key));
         result = false;
@@ -137,7 +139,9 @@ objref cObj::gmember(objref const &key) const {
     return cat::gmember(key);
 }
 
-objref cObj::gmember(std::string const &key) const { return gmember(make_key(key)); }
+objref cObj::gmember(std::string const &key) const {
+    return cat::member_named(*this, cat::cMemberName(key));
+}
 
 objref &cObj::gmember_(objref const &key) {
     for (bool made = false;; made = true) {

@@ -88,6 +88,7 @@ bool cat::is_library_class(cObj const &obj) noexcept {
         return is_exactly<cObjD<bool>>(obj);
     case cObjClass::map:
         return std::ranges::find(core.map_classes, &typeid(obj)) != std::end(core.map_classes);
+    case cObjClass::executable:
     case cObjClass::other:
         break;
     }
@@ -101,7 +102,7 @@ namespace {
 template <class T> bool destroy_exactly(cObj *target) noexcept {
     if (!is_exactly<cObjD<T>>(*target)) return false;
     target->obid(0);
-    static_cast<cObjD<T> *>(target)->val().~T();
+    std::destroy_at(static_cast<cObjD<T> const *>(target)->valptr());
     cObjD<T>::operator delete(target, sizeof(cObjD<T>));
     return true;
 }

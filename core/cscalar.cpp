@@ -37,7 +37,7 @@ template <class T> struct cValues {
         b = value_in<T>(other);
     }
     explicit operator bool() const { return a && b; }
-    T *a = nullptr;
+    T const *a = nullptr;
     T const *b = nullptr;
 };
 
@@ -45,15 +45,15 @@ template <class T> objref newobj(objref) { return make<cObjD<T>>(); }
 
 // The new object refers to the source's value and doesn't keep the source alive.
 template <class T> objref newref(objref source) {
-    T *const value = value_in<T>(source);
-    return value ? objref::adopt(new cObjDR<T>(*value)) : cat::bad();
+    if (!value_in<T>(source)) return cat::bad();
+    return objref::adopt(new cObjDR<T>(static_cast<cObjDR<T> &>(*source).val()));
 }
 
 template <class T> bool assign(cObj &obj, objref &source) {
     if (!source) return false;
     if (!same_type(obj, source)) return obj.convert(source) || no_converter("assign", obj, source);
     cValues<T> const values(obj, source);
-    if (values) *values.a = *values.b;
+    if (values) *cat::value_to_change<T>(&obj) = *values.b;
     return bool(values);
 }
 
@@ -64,7 +64,7 @@ template <> void add_value(int &sum, int const &value) { // wraps
 }
 
 template <class T> bool add(cObj &obj, objref &source) {
-    T *const sum = value_in<T>(&obj);
+    T *const sum = cat::value_to_change<T>(&obj);
     if (!source || !sum) return false;
     if (same_type(obj, source)) {
         T const *const value = value_in<T>(source);
@@ -141,7 +141,7 @@ template <> float converted(double const &value) {
 }
 
 template <class D, class S> bool convert(cObj &destination, objref &source) {
-    D *const to = value_in<D>(&destination);
+    D *const to = cat::value_to_change<D>(&destination);
     S const *const from = value_in<S>(source);
     if (to && from) *to = converted<D, S>(*from);
     return to && from;
@@ -205,6 +205,14 @@ void set_scalar_additions() {
 bool compares_plainly(cTypeObj const &type) noexcept {
     return has_plain_equal<std::string>(type) || has_plain_equal<int>(type) ||
            has_plain_equal<bool>(type);
+}
+
+bool is_plain(cObj const &value) noexcept {
+    cTypeObj const &type = value.type();
+    if (!compares_plainly(type)) return false;
+    if (&type == core.integer) return value_in<int>(&value);
+    if (&type == core.string) return value_in<std::string>(&value);
+    return value_in<bool>(&value);
 }
 
 void set_scalar_converters() {

@@ -29,6 +29,11 @@ MUST = {
     "tool_get/10M": 1.0,
     "tool_fmt/10M": 2.0,
     "tool_set/10M": 2.0,
+    **{f"vector_append/{size}": 4.0 for size in (1000, 100000, 1000000)},
+    **{f"vector_index/{size}": 1.5 for size in (1000, 100000, 1000000)},
+    **{f"set_append/{size}": 2.0 for size in (1000, 100000, 1000000)},
+    "call_own/10000": 1.5,
+    "call_type/10000": 1.5,
 }
 # For each entry, of the tree that read/1M leaves in memory; for each byte of the file, of the tool's commands.
 MUST_BYTES = {"memory/1M": 230, "tool_memory/10M": 20}

@@ -29,7 +29,7 @@ constinit typeref *held_type = nullptr; // made on first use, dropped by the tea
 cIntFormat *format_of(cObj &obj) { return dynamic_cast<cIntFormat *>(&obj); }
 
 // Null where an object only claims to hold a number.
-int *number_of(cObj const *obj) { return cat::value_in<int>(obj); }
+int const *number_of(cObj const *obj) { return cat::value_in<int>(obj); }
 
 // --- methods ---
 
@@ -88,7 +88,7 @@ bool read(cObj &obj, objref &stream) {
 // All or nothing: cIntFormat::set_str may change the format and fail then.
 bool from_string(cObj &obj, objref &source) {
     auto const *const text = cat::value_in<std::string>(source);
-    int *const target = number_of(&obj);
+    int *const target = cat::value_to_change<int>(&obj);
     if (!text || !target) return false;
     cIntFormat *const value = format_of(obj);
     int number = *target;
@@ -102,7 +102,7 @@ bool from_string(cObj &obj, objref &source) {
 }
 
 bool from_int(cObj &obj, objref &source) {
-    int *const to = number_of(&obj);
+    int *const to = cat::value_to_change<int>(&obj);
     int const *const from = number_of(source);
     if (to && from) *to = *from;
     return to && from;
@@ -194,8 +194,8 @@ cIntRefF::cIntRefF(int &number, Format format)
 }
 
 cIntRefF::cIntRefF(cIntRefF const &other)
-    : cObjDR<int>(&other.type()), cIntFormat(other.val(), other.format()) {
-    cObjDR<int>::value_ = other.valptr();
+    : cObjDR<int>(&other.type()), cIntFormat(*other.cObjDR<int>::value_, other.format()) {
+    cObjDR<int>::value_ = other.cObjDR<int>::value_;
     if (other.flags_of(of_const)) setflags(of_const);
     create();
 }

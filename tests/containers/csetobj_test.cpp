@@ -162,7 +162,7 @@ TEST_F(SetObj, null_values_are_found_by_null_values) {
     EXPECT_TRUE(a->equal(*b));
 }
 
-// Filling goes through an index, single appends don't: both must say the same.
+// Filling a set and single appends give the same values.
 TEST_F(SetObj, filling_gives_what_single_appends_give) {
     vectorref const source = vector();
     for (int i = 0; i < 300; ++i) {

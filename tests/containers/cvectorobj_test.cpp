@@ -347,4 +347,21 @@ TEST_F(VectorObj, methods_refuse_objects_that_are_no_vectors) {
     EXPECT_TRUE(cTomVector::m_add(*vector(), null));
 }
 
+constinit int own_reads = 0;
+objref own_getattr(objref, objref key) {
+    own_reads += cat::as_index(key);
+    return cat::nil();
+}
+
+TEST_F(VectorObj, an_integer_index_gives_what_getattr_gives) {
+    vectorref const v = vector({5, "a", 7});
+    for (int i : {-1, 0, 1, 2, 3}) EXPECT_EQ(*v / i, v->getattr(of(i))) << i;
+    v->datamap().vect_erase(0);
+    for (int i : {-1, 0, 1, 2}) EXPECT_EQ(*v / i, v->getattr(of(i))) << i;
+    ASSERT_TRUE(v->set_omember("getattr", make<cExeMember>(own_getattr)));
+    own_reads = 0;
+    EXPECT_EQ(*v / 7, cat::nil());
+    EXPECT_EQ(own_reads, 7);
+}
+
 } // namespace

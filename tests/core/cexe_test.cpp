@@ -295,6 +295,14 @@ TEST_F(Executable, an_executable_may_remove_itself_while_it_runs) {
     EXPECT_TRUE(self->omember("probe") == cat::badfind());
 }
 
+TEST_F(Executable, a_call_by_name_creates_no_key_object) {
+    objref const self = cat::of(5);
+    self->set_omember("probe", make<cExeMember>(+[](cObj &) { return true; }));
+    std::uint32_t const before = cObjBase::ob_lstid();
+    EXPECT_TRUE(self->call("probe") == cat::nil());
+    EXPECT_EQ(cObjBase::ob_lstid(), before);
+}
+
 TEST_F(Executable, global_members_answer_on_any_object) {
     objref const number = cat::of(5);
     number->setflags(of_const_keys);

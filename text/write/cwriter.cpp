@@ -6,7 +6,7 @@
 #include "qrv/text/write/cwriter.h"
 
 #include "base/cchars.h"
-#include "core/cattrhash_insert.h"
+#include "core/cmember_lookup.h"
 #include "qrv/core/cobjd.h"
 #include "text/state/cstream_of.h"
 #include "text/state/ctext_state.h"
@@ -22,21 +22,10 @@
 #include <locale>
 #include <type_traits>
 
-namespace {
-// The member of a table, if it is a good value.
-cObj const *good_member(cAttrHash const *table, cAttrInsert::cKnownText const &name) {
-    cAttrNode const *const node = table ? cAttrInsert::find(*table, name) : nullptr;
-    return node && cObj::is_good(node->valref()) ? node->valref().get() : nullptr;
-}
-} // namespace
-
-// What gmember("wformat") finds, without making a key.
 char const *cat::wformat(cObj const &obj) {
-    static cAttrInsert::cKnownText const name("wformat");
-    cObj const *member = good_member(obj.ommap_ptr(), name);
-    if (!member) member = good_member(&obj.type().tmmap(), name);
-    if (!member) member = good_member(core.global_hash, name);
-    std::string const *const text = member ? string_of(*member) : nullptr;
+    static cMemberName const name("wformat");
+    objref const member = member_named(obj, name);
+    std::string const *const text = cObj::is_good(member) ? string_of(*member) : nullptr;
     return text ? text->c_str() : "";
 }
 

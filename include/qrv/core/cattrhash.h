@@ -25,6 +25,8 @@
 #include <string_view>
 #include <vector>
 
+class cSetIndex;
+
 // A link of a ring. Detached, it points at itself in both directions.
 template <class Node> class cNode {
   public:
@@ -104,8 +106,9 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     std::string key_as_string() const; // cat::as_string of the key
     int key_as_index() const;          // cat::as_index of the key: the int, or the lowest int
     objref const &valref() const noexcept { return value_; }
-    // The stored reference itself. Storing null here is allowed; it reads as cat::bad().
-    objref &valref_() noexcept { return value_; }
+    // The stored reference itself. Storing null here is allowed; it reads as cat::bad(). From then
+    // on a set finds the value by walking.
+    objref &valref_() noexcept;
     cObj &value() const; // cat::bad() for a null reference
     cObj &operator*() const { return value(); }
     cObj *operator->() const { return &value(); }
@@ -147,6 +150,7 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
 
   private:
     friend class cAttrHash;
+    friend class cSetIndex;
     friend struct cAttrInsert;
     friend struct cAttrHashProbe;
 
@@ -156,12 +160,14 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
 
     static objref clone_key(objref const &key);
     bool refuses(objref const &value);
+    void before_replacing() noexcept; // the value
 
     objref value_;
     std::uint32_t anid_;
     cKeyKind kind_ = cKeyKind::other; // set with hash_
     bool dead_ = false;
-    bool mapped_ = false; // map() is known
+    bool mapped_ = false;    // map() is known
+    bool given_out_ = false; // valref_() was called
 };
 
 // Numbers that must not become an index silently.
@@ -299,6 +305,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
   private:
     friend class cAttrNode;
     friend class cValueIndex;
+    friend class cSetIndex;
     friend struct cAttrInsert;    // insertion without user code
     friend struct cBootstrap;     // removes what there is, and not what comes in meanwhile
     friend struct cAttrHashProbe; // tests of the rules
@@ -376,7 +383,8 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     cHashForm form_ = cHashForm::few;
     std::unique_ptr<cSlotWord[]> words_;
     mutable cAnchor anchor_;
-    cObj *father_; // borrowed
+    cObj *father_;                         // borrowed
+    std::unique_ptr<cSetIndex> set_index_; // while a set needs it
 };
 
 // The first prime of the table of sizes above `size`; 0 beyond the last.

@@ -18,7 +18,8 @@
 
 namespace cat {
 QRV_API cTypeObj &type_nil();
-bool destroy_scalar(cObj *target); // core/cregistry.h
+bool destroy_scalar(cObj *target);       // core/cregistry.h
+bool detach_value(objref const &target); // there too
 } // namespace cat
 
 // The standard methods of a type, in the order of its table: name and prototype (see cexe.h).
@@ -41,8 +42,8 @@ bool destroy_scalar(cObj *target); // core/cregistry.h
 enum method_id : int { QRV_METHODS(QRV_METHOD_ID) mid_count };
 #undef QRV_METHOD_ID
 
-// The C++ class of an object, as far as the library has to know it: cObjDR<T> or cMapObj, or
-// derived from it. A test of this byte takes the place of a dynamic_cast.
+// The C++ class of an object, as far as the library has to know it: cObjDR<T>, cMapObj or cExeObj,
+// or derived from it. A test of this byte takes the place of a dynamic_cast.
 enum class cObjClass : std::uint16_t {
     other,
     string,
@@ -50,7 +51,8 @@ enum class cObjClass : std::uint16_t {
     float_number,
     double_number,
     boolean,
-    map
+    map,
+    executable
 };
 
 namespace cat {
@@ -66,7 +68,7 @@ struct cBuiltinType {
 //   core/cexe_call.cpp           call
 //   core/cobj_member.cpp         append, copyitem, own, type and global members, comments, changed
 //   containers/cattr.cpp         operator[]
-//   containers/cobj_map.cpp      getattr_force, ommap of a map
+//   containers/cobj_map.cpp      operator/ of an int, getattr_force, ommap of a map
 //   containers/cobj_walk.cpp     begin, end
 //   containers/cobj_slice.cpp    getslice
 //   containers/cobj_owner.cpp    is_owner_of
@@ -363,6 +365,16 @@ class QRV_API cObj : public cObjBase {
     // Borrows the type; null as for cObj(false).
     explicit cObj(cTypeObj *type, cObjClass object_class = cObjClass::other) noexcept;
     inline cObj(cat::cBuiltinType type, cObjClass object_class) noexcept; // defined in cobjd.h
+    // Before the value of an object is changed in place, or given out to be changed at any time:
+    // sets that find it by its value are told.
+    void before_change() const noexcept {
+        if (index_ != 0 && index_ != index_given_out) [[unlikely]]
+            leave_set_index();
+    }
+    void before_giving_out() const noexcept {
+        before_change();
+        index_ = index_given_out;
+    }
     // For the destructor of that class: members released after it may still look at the object.
     void end_class() noexcept { class_ &= holds_type_bit; }
 
@@ -373,8 +385,12 @@ class QRV_API cObj : public cObjBase {
     cObj &operator<<(cObj const &source);
 
     friend bool cat::destroy_scalar(cObj *target);
+    friend bool cat::detach_value(objref const &target);
+    friend class cSetIndex;
+    static constexpr std::uint16_t index_given_out = 0xFFFF;
     static constexpr std::uint16_t holds_type_bit = 0x100;
 
+    void leave_set_index() const noexcept;
     void release_type() noexcept;
     void leave_ommap() noexcept; // as the father of a member map that others may go on sharing
     bool may_be_member(objref const &key, objref const &value, bool &refused);
@@ -382,6 +398,7 @@ class QRV_API cObj : public cObjBase {
     cTypeObj *type_;
     std::uint32_t obid_;
     std::uint16_t class_; // the cObjClass, and above it holds_type_bit: one test asks for both
+    mutable std::uint16_t index_ = 0; // the set index that it is a part of (core/cset_index.h)
     hashref ommap_;
 };
 

@@ -31,6 +31,10 @@ template <> inline constexpr cObjClass class_of_value<float> = cObjClass::float_
 template <> inline constexpr cObjClass class_of_value<double> = cObjClass::double_number;
 template <> inline constexpr cObjClass class_of_value<bool> = cObjClass::boolean;
 
+// What a constant cObjDR<T> shows of its value. A stream is there to be used.
+template <class T> using cValueSeen =
+    std::conditional_t<class_of_value<T> == cObjClass::other, T, T const>;
+
 // The type of a cObjDR<T>.
 template <class T> auto type_of_value() {
     cTypeObj *const type = &cTypeOf(static_cast<T *>(nullptr));
@@ -67,8 +71,19 @@ template <class T> class QRV_API cObjDR : public cObj {
     ~cObjDR() override { end_class(); }
 
     bool is_ObjDR() const override { return true; }
-    T *valptr() const noexcept { return value_; }
-    T &val() const noexcept { return *value_; }
+    // From then on a set that holds the object finds it by walking: read by the constant forms.
+    T *valptr() noexcept {
+        before_giving_out();
+        return value_;
+    }
+    T &val() noexcept { return *valptr(); }
+    cat::cValueSeen<T> *valptr() const noexcept { return value_; }
+    cat::cValueSeen<T> &val() const noexcept { return *value_; }
+    // For methods that change the value now, and keep no reference to it.
+    T *value_to_change() noexcept {
+        this->before_change();
+        return value_;
+    }
 
     // Through the type, so that const and conversion rules apply; the bool is dropped. The source
     // is an object with a copy of the value, where there can be one: the method may keep it.
