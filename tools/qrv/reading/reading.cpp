@@ -170,10 +170,9 @@ bool all_closed(cat::ReadReport const &report) {
 bool may_hide_errors(cTextTokens const &tokens, size_t end) {
     std::string const &bytes = tokens.bytes();
     if (bytes.find('\0') != std::string::npos) return true;
-    size_t const comment = bytes.rfind("/*");
-    if (comment != std::string::npos && comment >= end &&
-        bytes.find("*/", comment + 2) == std::string::npos)
-        return true;
+    std::string_view const after = std::string_view(bytes).substr(std::min(end, bytes.size()));
+    size_t const comment = after.rfind("/*");
+    if (comment != after.npos && after.find("*/", comment + 2) == after.npos) return true;
     return std::any_of(tokens.typed().begin(), tokens.typed().end(),
                        [](cTextToken const &token) { return token.code <= tkEof; });
 }
@@ -223,7 +222,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
         place_at_wrong_bracket(bytes, mistakes);
         add_hints(bytes, mistakes);
     }
-    tell(mistakes, behind({}, bytes, bytes.size()), messages);
+    if (!mistakes.empty()) tell(mistakes, behind({}, bytes, bytes.size()), messages);
     messages.more(beyond);
     reading.empty = !found && report.empty();
     if (reading.empty && (mistakes.empty() || messages.shows_all()))

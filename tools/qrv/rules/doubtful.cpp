@@ -33,6 +33,12 @@ bool is_word(std::string_view text) {
 bool is_separator(char c) { return c == ';' || c == ','; }
 
 // What the reader does with a repeated key depends on the kinds of both values.
+// A number that begins with 0 or ends with u: others are read as they seem to say.
+bool may_mislead(std::string_view number) {
+    size_t const first = number[0] == '-' || number[0] == '+' ? 1 : 0;
+    return number.size() > first + 1 && (number[first] == '0' || (number.back() | 0x20) == 'u');
+}
+
 enum class cKind : unsigned char { map, vector, set, other };
 
 bool is_list(cKind kind) { return kind == cKind::vector || kind == cKind::set; }
@@ -47,6 +53,7 @@ class cWalk {
 
     void walk() {
         for (size_t number = 0; number < map_.size(); ++number) take(map_.entry(number));
+        has_repeated_keys_ = has_repeated_keys();
         while (!open_.empty()) close();
     }
 
@@ -110,9 +117,10 @@ class cWalk {
             open_.back().end = entry.all().end;
             if (!entry.key.empty()) {
                 check_literal(entry.key);
-                check_key(open, entry.key, key_of(number_of(open_.back().entry), entry.key));
+                if (has_repeated_keys_)
+                    check_key(open, entry.key, key_of(number_of(open_.back().entry), entry.key));
             } else if (open_.back().kind == cKind::map && open.kind == cKind::map) {
-                check_key(open, entry.open, next_number());
+                if (has_repeated_keys_) check_key(open, entry.open, next_number());
             } else if (open_.back().kind == cKind::set) {
                 check_member(entry);
             }
@@ -172,7 +180,7 @@ class cWalk {
             size_t const at = needless_escape(text);
             if (at != text.npos)
                 found_({cWarning::unknown_escape, escape_at(span.begin + at), span});
-        } else if (is_integer(text)) {
+        } else if (may_mislead(text) && is_integer(text)) {
             if (without_leading_zeros(text)) found_({cWarning::leading_zero, span, span});
             if (wrapped(text)) found_({cWarning::wrapped_number, span, span});
         }
@@ -227,6 +235,19 @@ class cWalk {
     // --- repeated keys ---
 
     // A map without a key gets the next number, from 0.
+    // False only if all keys differ: each entry has a node, newer than that of the entry before it.
+    bool has_repeated_keys() const {
+        std::vector<std::uint32_t> newest(map_.size());
+        for (size_t number = 1; number < map_.size(); ++number) {
+            SourceEntry const entry = map_.entry(number);
+            bool const has_node = entry.anid != 0 || !entry.key.empty();
+            if (!has_node && kind_of(map_.entry(entry.parent)) != cKind::map) continue;
+            if (entry.anid <= newest[entry.parent]) return true;
+            newest[entry.parent] = entry.anid;
+        }
+        return false;
+    }
+
     cKey next_number() {
         cOpen &map = open_.back();
         return {number_of(map.entry), 'i', keep(std::to_string(map.without_key++))};
@@ -370,6 +391,7 @@ class cWalk {
     std::string const &bytes_;
     SourceMap const &map_;
     std::function<void(cDoubtful const &)> const &found_;
+    bool has_repeated_keys_ = true; // or may have
     std::vector<cOpen> open_;
     std::unordered_map<std::uint32_t, cMember> members_; // by anid
     std::vector<cPart> parts_;
