@@ -461,6 +461,11 @@ TEST_F(ToolWarnings, of_a_map_that_is_merged_fmt_loses_what_is_not_stored) {
                     "f:2:7: error: this value would be lost [duplicate-key]\n"
                     "f:1:5: note: its key is first here\n" +
                         refused}));
+    EXPECT_EQ(run_on("{a= {0= 1; 7= 2; };\n a= <5, 6>; }", {"fmt", "-i"}),
+              (cRun{2, "",
+                    "f:1:9: error: this value would be lost [duplicate-key]\n"
+                    "f:2:2: note: its key is repeated here\n" +
+                        refused}));
     EXPECT_EQ(run_on("{a= {x= 1; }; a= {y= 2; }; }", {"fmt", "-i"}), (cRun{0, "", ""}));
     EXPECT_EQ(run_on("{a= 007; b= <1, 1>; c= [1,,2]; }", {"fmt", "-i"}), (cRun{0, "", ""}));
 }
@@ -482,8 +487,8 @@ class cGenerated {
     void add_map(int depth) {
         text_ += "{";
         for (int i = below(5) + (depth == 0 ? 2 : 0); i > 0; --i) {
-            constexpr char const *keys[] = {"a", "b", "c", "a", "b", "c", ".0", "0.00"};
-            text_ += std::string(keys[below(8)]) + "= ";
+            constexpr char const *keys[] = {"a", "b", "c", "a", "b", "c", ".0", "0.00", "0", "1"};
+            text_ += std::string(keys[below(10)]) + "= ";
             add_value(depth + 1);
             text_ += "; ";
         }
@@ -492,7 +497,10 @@ class cGenerated {
 
     void add_list(char open, char close) {
         text_ += open;
-        for (int i = below(3); i > 0; --i) text_ += std::to_string(next_++) + ", ";
+        for (int i = below(3); i > 0; --i) {
+            values_[text_.size()] = {next_, next_ + 1};
+            text_ += std::to_string(next_++) + ", ";
+        }
         text_ += close;
     }
 

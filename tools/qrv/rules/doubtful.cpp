@@ -13,6 +13,7 @@
 #include <string_view>
 #include <type_traits>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -32,13 +33,13 @@ bool is_word(std::string_view text) {
 }
 bool is_separator(char c) { return c == ';' || c == ','; }
 
-// What the reader does with a repeated key depends on the kinds of both values.
 // A number that begins with 0 or ends with u: others are read as they seem to say.
 bool may_mislead(std::string_view number) {
     size_t const first = number[0] == '-' || number[0] == '+' ? 1 : 0;
     return number.size() > first + 1 && (number[first] == '0' || (number.back() | 0x20) == 'u');
 }
 
+// What the reader does with a repeated key depends on the kinds of both values.
 enum class cKind : unsigned char { map, vector, set, other };
 
 bool is_list(cKind kind) { return kind == cKind::vector || kind == cKind::set; }
@@ -52,8 +53,8 @@ class cWalk {
         : bytes_(bytes), map_(map), found_(found) {}
 
     void walk() {
-        for (size_t number = 0; number < map_.size(); ++number) take(map_.entry(number));
         has_repeated_keys_ = has_repeated_keys();
+        for (size_t number = 0; number < map_.size(); ++number) take(map_.entry(number));
         while (!open_.empty()) close();
     }
 
@@ -234,7 +235,6 @@ class cWalk {
 
     // --- repeated keys ---
 
-    // A map without a key gets the next number, from 0.
     // False only if all keys differ: each entry has a node, newer than that of the entry before it.
     bool has_repeated_keys() const {
         std::vector<std::uint32_t> newest(map_.size());
@@ -248,6 +248,7 @@ class cWalk {
         return false;
     }
 
+    // A map without a key gets the next number, from 0.
     cKey next_number() {
         cOpen &map = open_.back();
         return {number_of(map.entry), 'i', keep(std::to_string(map.without_key++))};
@@ -265,7 +266,10 @@ class cWalk {
         cHolder &holder = holders_[now.holder];
         now.continues = holder.kind == now.kind && is_mergeable(now.kind);
         bool const is_mixed = is_mergeable(holder.kind) && is_mergeable(now.kind);
-        if (!now.continues) report(span, entry.value, holder, is_mixed ? none : holder.part);
+        if (is_mixed && holder.kind == cKind::map && now.kind == cKind::set)
+            add_values(now.holder, span, part(entry.value));
+        else if (!now.continues)
+            report(span, entry.value, holder, is_mixed ? none : holder.part);
         if (is_mixed) {
             holder.part = part(entry.value, holder.part);
             if (!now.continues) now.holder = none; // the reader adds the values to each other
@@ -304,19 +308,47 @@ class cWalk {
         bool const is_refused = is_map && added.kind == cKind::other;
         bool const is_replaced = !is_map && !is_list(holder.kind);
         if (is_refused) return report(added.first, added.first, holder, added.part);
-        if (is_replaced || (is_map && added.kind != cKind::map))
-            report(added.first, added.first, holder, is_replaced ? holder.part : none);
+        if (is_map && is_list(added.kind)) add_values(into, added.first, added.part);
+        if (is_replaced) report(added.first, added.first, holder, holder.part);
         std::uint32_t const before = is_replaced ? none : holder.part;
         for (std::uint32_t at = added.part; at != none; at = parts_[at].before)
             holder.part = part(parts_[at].value, at == added.part ? before : holder.part);
         if (is_map && added.kind == cKind::map) merge(into, added.inside);
     }
 
+    // A map gets the values of a list under the keys 0, 1 and so on. What that replaces belongs to
+    // the finding about the key of the list.
+    void add_values(std::uint32_t into, Span key, std::uint32_t list) {
+        Span const scope{key.begin, std::max(key.end, parts_[list].value.begin + 1)};
+        cDoubtful found{cWarning::duplicate_key, key, scope, holders_[into].first, {}};
+        std::vector<Span> *const around = gathered_;
+        if (!around) gathered_ = &found.lost;
+        std::uint32_t index = 0;
+        std::unordered_set<std::uint32_t> nodes; // a value that the set has already has its node
+        for (; list != none; list = parts_[list].before)
+            for (SourceEntry const &value : map_.inside(map_.at(parts_[list].value.begin))) {
+                if (value.anid != 0 && !nodes.insert(value.anid).second) continue;
+                cKey const number{holders_[into].home, 'i', keep(std::to_string(index++))};
+                if (text_of(value.value) != "#nil") add_value(into, key, number, value);
+            }
+        gathered_ = around;
+        if (!around) found_(found);
+    }
+
+    void add_value(std::uint32_t into, Span written, cKey const &key, SourceEntry const &value) {
+        cHolder const added{key, written, part(value.value), number_of(value), kind_of(value)};
+        auto const [place, is_new] = keys_.try_emplace(key, next_holder());
+        if (!is_new) return merge(place->second, added);
+        holders_.push_back(added);
+        append(holders_[into].inside, place->second);
+    }
+
     void report(Span key, Span value, cHolder const &holder, std::uint32_t lost) const {
         Span const scope{key.begin, value.begin + 1};
         cDoubtful found{cWarning::duplicate_key, key, scope, holder.first, {}};
-        for (; lost != none; lost = parts_[lost].before) found.lost.push_back(parts_[lost].value);
-        found_(found);
+        std::vector<Span> &to = gathered_ ? *gathered_ : found.lost;
+        for (; lost != none; lost = parts_[lost].before) to.push_back(parts_[lost].value);
+        if (!gathered_) found_(found);
     }
 
     std::uint32_t part(Span value, std::uint32_t before = none) {
@@ -391,11 +423,12 @@ class cWalk {
     std::string const &bytes_;
     SourceMap const &map_;
     std::function<void(cDoubtful const &)> const &found_;
-    bool has_repeated_keys_ = true; // or may have
+    bool has_repeated_keys_ = true;         // or may have
+    std::vector<Span> *gathered_ = nullptr; // what is lost, for one finding
     std::vector<cOpen> open_;
     std::unordered_map<std::uint32_t, cMember> members_; // by anid
     std::vector<cPart> parts_;
-    std::vector<cHolder> holders_;
+    std::deque<cHolder> holders_;                         // references to them stay valid
     std::unordered_map<cKey, std::uint32_t, cHash> keys_; // indices of holders
     std::deque<std::string> kept_; // texts of keys that are not written as they are
 };
