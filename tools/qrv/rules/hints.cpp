@@ -37,9 +37,15 @@ constexpr cSlip slips[] = {
      nullptr, true},
 
     // --- comments of other languages ---
+    {"(<!\\[CDATA\\[)", "this looks like XML: write text in quotes", "]]>"},
     {"(<!--)", "a comment is // to the end of the line, or /* ... */", "-->"},
     {"(<" WORD ">)[^<]*</", "this looks like XML"},
+    {"(<#)", "a comment is // to the end of the line, or /* ... */", "#>"},
+    {"(--\\[\\[)", "a comment is // to the end of the line, or /* ... */", "]]"},
+    {"^\\s*([#@!%](?:include|import|define|ifn?def|if|else|endif|pragma))\\b",
+     "a file has no directives such as $1"},
     {"()#(?:[^A-Za-z0-9_]|$)", "a comment begins with // and not with #"},
+    {START "(#" WORD ")\\s*=", "a comment begins with //, and a key with # needs quotes: \"$1\""},
     {"^\\s*(#)", "a comment begins with // and not with #"},
     {"(?:^|;)\\s*(--)", "a comment begins with // and not with --"},
     {"^\\s*(;)\\s*\\w*", "a comment begins with // and not with ;"},
@@ -57,15 +63,17 @@ constexpr cSlip slips[] = {
     {"'[^'\"]*[A-Za-z](')[A-Za-z]",
      "the string ends here: write a string with an apostrophe in double quotes"},
     {"=\\s*[^'\"=;]*[A-Za-z](')[A-Za-z]", "write text with an apostrophe in double quotes"},
-    {"\"[^\"]*(\\\\\")[^\"]*$", "the string does not end here: write \\\\ for a \\ at its end"},
+    {"\"[^\"]*(\\\\\")[;,)\\]}>\\s]*$",
+     "the string does not end here: write \\\\ for a \\ at its end"},
     {"=\\s*([A-Za-z])[\"']", "a string has nothing before its first quote"},
-    {"\"[^\"=]*(\")[A-Za-z]", "the string ends here: write a quote in a string as \\\""},
-    {"(?:^|[=,;{\\[(<\\s])([\"'])(?:(?!\\1).)*$", "this string is not closed on its line"},
+    {"\"(?:\\\\.|[^\"=\\\\])*(\")[A-Za-z]",
+     "the string ends here: write a quote in a string as \\\""},
+    {"(?:^|[=,;{\\[(<\\s])([\"'])(?:\\\\.|(?!\\1).)*$", "this string is not closed on its line"},
     {"([\"'][^\"']*[\"'])\\s+[\"']", "write two strings as one, or ; or , between them"},
 
     // --- between a key and its value ---
     {START "(=)(?![=>])", "a key is missing before ="},
-    {KEY "(=>|->|:=)", "write = between a key and its value, not $1"},
+    {KEY "(=>|->|:=|\\?=)", "write = between a key and its value, not $1"},
     {KEY "(={2,})", "write one = between a key and its value"},
     {KEY "([-+*/|&]=)", "a file cannot change a value with $1: write = and the new value"},
     {"^\\s*" WORD "[ \\t]+()(?:[0-9\"']|" WORD ";)[^=]*$", "write = between a key and its value"},
@@ -76,11 +84,12 @@ constexpr cSlip slips[] = {
     // --- keys ---
     {START "(" WORD "(?:-[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a dash needs quotes: \"$1\""},
     {START "(" WORD "(?:\\.[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a dot needs quotes: \"$1\""},
+    {START "(\\.[A-Za-z_0-9.]*|" WORD "\\.)\\s*=", "a key with a dot needs quotes: \"$1\""},
     {START "(" WORD "(?:/[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a slash needs quotes: \"$1\""},
     {START "(" WORD "(?:[ \\t]+" WORD ")+)[ \\t]*=", "a key with a blank needs quotes: \"$1\""},
     {START "([$@%&]" WORD ")\\s*[=:]", "a key that begins with a sign needs quotes: \"$1\""},
     {START "([0-9]+[A-Za-z_]\\w*)\\s*=", "a key that begins with a digit needs quotes: \"$1\""},
-    {START "(" WORD ")\\[[0-9]+\\]\\s*=", "write a vector as $1= [ ... ]"},
+    {START "(" WORD ")\\[[0-9]*\\]\\s*=", "write a vector as $1= [ ... ]"},
     {"^\\s*\\[(" WORD ")\\]\\s*$", "write a section as a map: $1= { ... }"},
     {"^\\s*(-)\\s", "write a list as a vector: [ ..., ... ]"},
     {START WORD "\\s*(:)(?![=/\\\\])", "write = after a key, not :", nullptr, true},
@@ -98,14 +107,22 @@ constexpr cSlip slips[] = {
     {"([0-9]{4}-[0-9]{1,2}-[0-9]{1,2}(?:T[0-9:.Z+-]*)?)", "write a date in quotes: \"$1\""},
     {"([0-9]{1,2}\\.[0-9]{1,2}\\.[0-9]{4})", "write a date in quotes: \"$1\""},
     {"=\\s*([0-9]{1,2}:[0-9]{2}(?::[0-9]{2})?)", "write a time in quotes: \"$1\""},
-    {"([0-9]+(?:\\.[0-9]+){3}(?:[:/][0-9]+)?)", "write an address in quotes: \"$1\""},
+    {"([0-9]+(?:\\.[0-9]+){3}(?:[:/][0-9]+)?)(?![.0-9])", "write an address in quotes: \"$1\""},
     {"([vV]?[0-9]+\\.[0-9]+\\.[0-9][0-9A-Za-z.-]*)", "write a version in quotes: \"$1\""},
     {"=\\s*(" WORD "(?:\\." WORD ")+)", "write text with a dot in quotes: \"$1\""},
     {"=\\s*(" WORD "(?:-" WORD ")+)", "write text with a dash in quotes: \"$1\""},
+    {"(\\{\\{[^{}]*\\}\\})", "a file has no variables: write the value, or text in quotes: \"$1\""},
     {"(\\$\\{?" WORD "\\}?)", "a file has no variables: write the value, or text with $ in quotes"},
     {"=\\s*([@*?%&|!][^\\s;,]*)", "write text with other signs in quotes: \"$1\""},
 
+    {"(<<-?[\"']?[A-Za-z_]+)",
+     "write text in quotes, with \\ at the end of each line but the last"},
+
     // --- numbers ---
+    {"=\\s*([-+](?:inf|Inf|INF|[Ii]nfinity|nan|NaN))\\b",
+     "a number has digits: write text in quotes: \"$1\""},
+    {"=\\s*(\\([0-9. \\t]+[-+*/][-+*/0-9. \\t]*\\))", "a file cannot calculate: write the result"},
+    {"([0-9]+[ \\t]*(?:--|\\+\\+))", "a file cannot calculate: write the result"},
     {"=\\s*([0-9]+,[0-9]+)\\s*[;}\\])]", "write a decimal point and not a comma"},
     {"(" NUMBER "\\s*%)", "write a number without %, or text in quotes: \"$1\""},
     {"([0-9]{1,3}(?:[ '_][0-9]{3})+)(?![0-9])", "write a number without separators of groups"},
@@ -140,6 +157,10 @@ constexpr cSlip slips[] = {
     {"=\\s*(\\()[^=:;()]*\\)", "values without keys are in a vector: [ ... ]"},
     {"=\\s*(\\()", "a map is in { }; ( ) need the name of a type before them"},
     {"=\\s*" WORD "()\\s+[^=;()]*\\)", "a ( is missing here"},
+    {"\\b(?:[Aa]rray|[Ll]ist|tuple|vec)(\\()", "write a vector as [ ... ]"},
+    {"\\b(?:[Dd]ict|[Oo]bject|[Hh]ash)(\\()", "write a map as { ... }"},
+    {"(\\{)[ \\t]*(?:" WORD "|" NUMBER "|" QUOTED ")[ \\t]*\\}",
+     "values without keys are in a vector: [ ... ]"},
     {"(\\{)[^={}\\[\\]]*,[^={}]*\\}", "values without keys are in a vector: [ ... ]"},
     {"(\\[)[^\\[\\]]*=[^\\[\\]]*\\]", "entries with keys are in a map: { ... }", nullptr, true},
     {"=\\s*(" QUOTED "(?:\\s*,\\s*" QUOTED ")+)", "several values are in a vector: [ ... ]"},
@@ -148,6 +169,8 @@ constexpr cSlip slips[] = {
     {"=[^=\\[]*(\\])", "no [ is open that ] could close"},
 
     // --- bytes ---
+    {"(\xEF\xBC[\x81-\xBF]|\xEF\xBD[\x80-\x9E]|\xE3\x80[\x81\x82])",
+     "this is a full-width character: write the ASCII one"},
     {"(\xC2\xA0)", "this is a no-break space: write a normal blank"},
     {"(\xE2\x80\x8B|\xEF\xBB\xBF)", "this is an invisible character: delete it"},
     {"([\xC0-\xFF])(?![\x80-\xBF])", "this is not UTF-8: convert the file"},
@@ -155,6 +178,9 @@ constexpr cSlip slips[] = {
      "write a word with letters outside of ASCII in quotes: \"$1\""},
 
     // --- between values ---
+    {"=\\s*(" NUMBER "[ \\t]+" WORD ")\\s*[;,]",
+     "a number has no unit: write it in the key, or text in quotes: \"$1\""},
+    {"(?:^|[{;])\\s*(" WORD "|" QUOTED ")()\\s*;", "a key has a value: $1= ...;"},
     {"=\\s*(" WORD "(?:[ \\t]+" WORD ")+)", "write text with blanks in quotes: \"$1\""},
     {"[A-Za-z_0-9\"]()\\s*\\|", "write ; or , between values"},
     {"[A-Za-z_0-9\"](:)\\s", "write ; or , between values, or = after a key"},
@@ -246,11 +272,6 @@ class cHints {
 #undef SPACE
 #undef KEY
 
-void join(cMistake &to, cMistake const &from) {
-    to.following.push_back(from.error);
-    to.following.insert(to.following.end(), from.following.begin(), from.following.end());
-}
-
 } // namespace
 
 void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
@@ -263,15 +284,16 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
             found.push_back(std::move(mistake));
             continue;
         }
+        bool const has_notes = !mistake.notes.empty();
         hints.place_at_missing_value(mistake);
         size_t const offset = hints.offset({mistake.error.line, mistake.error.column});
-        // Messages about brackets that are not closed, and the tool's own, need no note.
+        // Messages about brackets, and the tool's own, need no note.
         bool const is_clear =
-            mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
+            has_notes || mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
         std::optional<cHints::cFound> const hint = is_clear ? std::nullopt : hints.find(offset);
         cSlip const *const slip = hint ? hint->slip : nullptr;
         if (!found.empty() && (offset < end || (slip && slip == last && slip->repeats))) {
-            join(found.back(), mistake);
+            add_following(found.back(), mistake);
             continue;
         }
         end = hint ? hint->end : 0;

@@ -226,9 +226,16 @@ std::optional<std::string> cSource::type_at(cPlace value) const {
 std::vector<cSource::cBracket> cSource::brackets() const {
     std::vector<cBracket> found;
     cTokens tokens(tokens_, tokens_.all(), {});
-    while (tokens.next())
-        if (int const code = tokens.token().code; is_opening(code) || is_closing(code))
-            found.push_back({tokens.place(), static_cast<char>(code)});
+    while (tokens.next()) {
+        int const code = tokens.token().code;
+        if (!is_opening(code) && !is_closing(code)) continue;
+        std::string_view const type = code == '(' ? tokens_.text(tokens.before()) : "";
+        char const kind = type == "vector" ? '['
+                          : type == "set"  ? '<'
+                          : type == "map"  ? '{'
+                                           : static_cast<char>(code);
+        found.push_back({tokens.place(), kind});
+    }
     return found;
 }
 
