@@ -190,6 +190,8 @@ constexpr cSlip slips[] = {
      "a ; or , is missing here"},
 };
 
+constexpr size_t reach = 200; // bytes before and after a mistake that are looked at
+
 class cHints {
   public:
     explicit cHints(std::string const &bytes) : bytes_(bytes), lines_(bytes) {}
@@ -220,29 +222,9 @@ class cHints {
         return std::nullopt;
     }
 
-    size_t offset(cPlace place) const { return lines_.offset(place); }
-
-    // After `a= ;` the reader takes the next key as the value, and reports what comes after it.
-    void place_at_missing_value(cMistake &mistake) const {
-        using enum cat::ErrorKind;
-        cat::ErrorKind const kind = mistake.error.kind;
-        if (kind != read_equals && kind != read_no_value && kind != read_key_type) return;
-        static std::regex const expression("=\\s*([;,])" SPACE "(?:(?:" WORD "|" QUOTED ")" SPACE
-                                           "(?:=" SPACE ")?)?$");
-        size_t const end = lines_.offset({mistake.error.line, mistake.error.column});
-        size_t const begin = end - std::min(end, reach);
-        std::string const before = bytes_.substr(begin, end - begin);
-        std::smatch match;
-        if (!std::regex_search(before, match, expression)) return;
-        cPlace const place = lines_.place(begin + static_cast<size_t>(match.position(1)));
-        mistake.error.line = place.line;
-        mistake.error.column = place.column;
-        mistake.notes.push_back({place, "a value is missing after ="});
-    }
+    cLines const &lines() const { return lines_; }
 
   private:
-    static constexpr size_t reach = 200;
-
     static bool contains(std::smatch const &match, size_t at) {
         auto const begin = static_cast<size_t>(match.position());
         return begin <= at && at <= begin + static_cast<size_t>(match.length());
@@ -265,6 +247,12 @@ class cHints {
     cLines const lines_;
 };
 
+std::regex const &missing_value() {
+    static std::regex const expression("=\\s*([;,])" SPACE "(?:(?:" WORD "|" QUOTED ")" SPACE
+                                       "(?:=" SPACE ")?)?$");
+    return expression;
+}
+
 #undef WORD
 #undef NUMBER
 #undef QUOTED
@@ -273,6 +261,22 @@ class cHints {
 #undef KEY
 
 } // namespace
+
+void place_at_missing_value(cLines const &lines, cMistake &mistake) {
+    using enum cat::ErrorKind;
+    cat::ErrorKind const kind = mistake.error.kind;
+    if (kind != read_equals && kind != read_no_value && kind != read_key_type) return;
+    if (!mistake.notes.empty()) return; // it was moved already
+    size_t const end = lines.offset({mistake.error.line, mistake.error.column});
+    size_t const begin = end - std::min(end, reach);
+    std::string const before = lines.bytes().substr(begin, end - begin);
+    std::smatch match;
+    if (!std::regex_search(before, match, missing_value())) return;
+    cPlace const place = lines.place(begin + static_cast<size_t>(match.position(1)));
+    mistake.error.line = place.line;
+    mistake.error.column = place.column;
+    mistake.notes.push_back({place, "a value is missing after ="});
+}
 
 void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
     cHints const hints(bytes);
@@ -285,8 +289,8 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
             continue;
         }
         bool const has_notes = !mistake.notes.empty();
-        hints.place_at_missing_value(mistake);
-        size_t const offset = hints.offset({mistake.error.line, mistake.error.column});
+        place_at_missing_value(hints.lines(), mistake);
+        size_t const offset = hints.lines().offset({mistake.error.line, mistake.error.column});
         // Messages about brackets, and the tool's own, need no note.
         bool const is_clear =
             has_notes || mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
