@@ -291,6 +291,44 @@ TEST_F(ToolWarnings, separators_with_an_error_get_no_warning) {
               "[[1],,2]\n  1:6: error: Unnecessary separator: , [0x40000007]\n");
 }
 
+TEST_F(ToolWarnings, decimal_commas) {
+    EXPECT_EQ(checked({"[1,5]", "[1,5, 2,5]", "[1, 5; 2, 5]", "[a,b; c]", "{a= 1,5= 2; }",
+                       "[1.5; 2]", "[[1,5]; [2,5]]"}),
+              "");
+    EXPECT_EQ(checked({"[1,5; 2,5]", "<7; -1,5>"}),
+              "[1,5; 2,5]\n  1:2: warning: 1,5 is two numbers: write a decimal point "
+              "[decimal-comma]\n"
+              "<7; -1,5>\n  1:5: warning: -1,5 is two numbers: write a decimal point "
+              "[decimal-comma]\n");
+}
+
+TEST_F(ToolWarnings, brackets_of_two_kinds) {
+    EXPECT_EQ(checked({"vector[1]", "{v= intf(1); t= string(a)}"}), "");
+    EXPECT_EQ(checked({"{v= vector(1]; }", "map(a= 1;}", "[set(1 /*>*/ >]"}),
+              "{v= vector(1]; }\n"
+              "  1:13: warning: this ] closes a round bracket: write [ ... ] [mixed-brackets]\n"
+              "  1:11: note: it is opened here\n"
+              "map(a= 1;}\n"
+              "  1:10: warning: this } closes a round bracket: write { ... } [mixed-brackets]\n"
+              "  1:4: note: it is opened here\n"
+              "[set(1 /*>*/ >]\n"
+              "  1:14: warning: this > closes a round bracket: write < ... > [mixed-brackets]\n"
+              "  1:5: note: it is opened here\n");
+}
+
+TEST_F(ToolWarnings, comments_inside_comments) {
+    EXPECT_EQ(checked({"1 /* a /* b */", "1 /* src/*.c\n src/*.h */", "{a= \"/*\"; b= \"= /*\"}",
+                       "1 // /*\n // = /* \n", "1 /* a= 1 */ /* b */"}),
+              "");
+    EXPECT_EQ(checked({"{a= 1; /* b\n c= 1; /* d */ }", "{a= 1; /* b= 2; /* c */ }"}),
+              "{a= 1; /* b\n c= 1; /* d */ }\n"
+              "  2:8: warning: this is inside another comment [comment-inside]\n"
+              "  1:8: note: that comment begins here\n"
+              "{a= 1; /* b= 2; /* c */ }\n"
+              "  1:17: warning: this is inside another comment [comment-inside]\n"
+              "  1:8: note: that comment begins here\n");
+}
+
 // --- words ---
 
 TEST_F(ToolWarnings, words_that_look_like_other_types_are_reported_on_demand) {

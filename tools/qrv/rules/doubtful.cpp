@@ -31,6 +31,8 @@ bool is_word_byte(char c) {
 bool is_word(std::string_view text) {
     return is_word_byte(text[0]) && !is_closing(text.back()) && text != "true" && text != "false";
 }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 bool is_separator(char c) { return c == ';' || c == ','; }
 
 // A number that begins with 0 or ends with u: others are read as they seem to say.
@@ -56,6 +58,7 @@ class cWalk {
         has_repeated_keys_ = has_repeated_keys();
         for (size_t number = 0; number < map_.size(); ++number) take(map_.entry(number));
         while (!open_.empty()) close();
+        find_comments_inside();
     }
 
   private:
@@ -108,6 +111,9 @@ class cWalk {
         bool continues = false;      // the value that the holder has
         cList keys = {};
         std::uint32_t without_key = 0; // the entries so far that have no key
+        Span before = {};              // in a list, the item before
+        Span comma = {};               // two numbers with a comma and no blanks between them
+        bool has_semicolon = false;    // between items
     };
 
     void take(SourceEntry const &entry) {
@@ -116,6 +122,7 @@ class cWalk {
         if (!open_.empty()) {
             find_empty_item(entry.all().begin);
             open_.back().end = entry.all().end;
+            if (is_list(open_.back().kind)) note_separator(entry);
             if (!entry.key.empty()) {
                 check_literal(entry.key);
                 if (has_repeated_keys_)
@@ -132,12 +139,15 @@ class cWalk {
             check_word(entry);
         } else {
             open_.push_back(open);
+            find_mixed_brackets(open);
         }
     }
 
     void close() {
         cOpen const &open = open_.back();
         find_empty_item(open.entry.close.begin);
+        if (open.has_semicolon && !open.comma.empty())
+            found_({cWarning::decimal_comma, open.comma, open.comma});
         if (open.continues)
             merge(open.holder, open.keys);
         else if (open.holder != none)
@@ -231,6 +241,61 @@ class cWalk {
             if (after >= end) return;
             at = static_cast<std::uint32_t>(after) + (start == "/*" ? 1 : 0);
         }
+    }
+
+    // vector( ends with ], as [ does. The map takes that ] for the first byte after the value.
+    void find_mixed_brackets(cOpen const &open) const {
+        SourceEntry const &entry = open.entry;
+        if (entry.type.empty() || bytes_[entry.open.begin] != '(' || !entry.close.empty()) return;
+        char const expected = open.kind == cKind::vector ? ']'
+                              : open.kind == cKind::set  ? '>'
+                              : open.kind == cKind::map  ? '}'
+                                                         : ')';
+        Span const close{entry.value.end, entry.value.end + 1};
+        if (close.begin < bytes_.size() && bytes_[close.begin] == expected)
+            found_(
+                {cWarning::mixed_brackets, close, {entry.value.begin, close.end}, entry.open, {}});
+    }
+
+    // In a list with both separators, a comma within 1,5 may be meant as a decimal point.
+    void note_separator(SourceEntry const &item) {
+        cOpen &list = open_.back();
+        Span const before = std::exchange(list.before, item.value);
+        if (!item.delimiter.empty() && bytes_[item.delimiter.begin] == ';')
+            list.has_semicolon = true;
+        if (before.empty() || !list.comma.empty() || item.value.begin != before.end + 1) return;
+        bool const is_comma = bytes_[before.end] == ',';
+        if (is_comma && is_integer(text_of(before)) && is_digit(bytes_[item.value.begin]))
+            list.comma = {before.begin, item.value.end};
+    }
+
+    // The inner one begins on a later line, or after an entry: then that entry is not read.
+    void find_comments_inside() const {
+        std::string_view const text = bytes_;
+        for (size_t begin = text.find("/*"); begin != text.npos;) {
+            size_t const inner = text.find("/*", begin + 2);
+            if (inner == text.npos) return;
+            std::string_view const between = text.substr(begin, inner - begin);
+            bool const is_inside = between.find("*/", 2) == between.npos &&
+                                   between.find_first_of("\n=") != between.npos &&
+                                   is_blank(between.back());
+            if (is_inside && is_comment(begin)) {
+                auto const at = static_cast<std::uint32_t>(inner);
+                auto const outer = static_cast<std::uint32_t>(begin);
+                found_(
+                    {cWarning::comment_inside, {at, at + 2}, {at, at + 2}, {outer, outer + 2}, {}});
+            }
+            begin = inner;
+        }
+    }
+
+    bool is_comment(size_t begin) const {
+        auto const &comments = map_.comments();
+        auto const at = std::lower_bound(comments.begin(), comments.end(), begin,
+                                         [](cat::SourceComment const &comment, size_t offset) {
+                                             return comment.span.begin < offset;
+                                         });
+        return at != comments.end() && at->span.begin == begin;
     }
 
     // --- repeated keys ---
