@@ -278,7 +278,11 @@ void place_at_missing_value(cLines const &lines, cMistake &mistake) {
     mistake.notes.push_back({place, "a value is missing after ="});
 }
 
+// A search among all slips takes a millisecond or so, and nobody reads that many notes.
+constexpr size_t most_searches = 500;
+
 void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
+    size_t searches = 0;
     cHints const hints(bytes);
     std::vector<cMistake> found;
     cSlip const *last = nullptr; // of the last mistake
@@ -294,7 +298,8 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
         // Messages about brackets, and the tool's own, need no note.
         bool const is_clear =
             has_notes || mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
-        std::optional<cHints::cFound> const hint = is_clear ? std::nullopt : hints.find(offset);
+        std::optional<cHints::cFound> const hint =
+            is_clear || ++searches > most_searches ? std::nullopt : hints.find(offset);
         cSlip const *const slip = hint ? hint->slip : nullptr;
         if (!found.empty() && (offset < end || (slip && slip == last && slip->repeats))) {
             add_following(found.back(), mistake);

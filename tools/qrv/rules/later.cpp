@@ -101,8 +101,9 @@ class cLater {
         if (size > most_bytes - bytes_read_ || readings_ == most_readings) return {};
         bytes_read_ += size;
         ++readings_;
-        std::vector<cat::ReadError> const errors =
-            errors_of("{" + bytes_.substr(begin.offset, size) + "}", begin.place);
+        std::string text = "{";
+        text.append(bytes_, begin.offset, size).append("}");
+        std::vector<cat::ReadError> const errors = errors_of(text, begin.place);
         std::vector<cMistake> found;
         for (cMistake &mistake : mistakes_of(bytes_, {}, errors)) {
             if (mistake.error.end_line != 0) return {};

@@ -347,7 +347,10 @@ cSource::cDeclaration const *cSource::last(std::string const &type, cPlace befor
     std::vector<cDeclaration> const &all = found->second;
     auto at = std::lower_bound(all.begin(), all.end(), before,
                                [](cDeclaration const &d, cPlace place) { return d.place < place; });
-    for (int steps = 0; at != all.begin() && steps < 100; ++steps)
+    // For a message this is enough, and the many declarations of one name in a large file would
+    // take the square of their number.
+    constexpr int most_steps = 100;
+    for (int steps = 0; at != all.begin() && steps < most_steps; ++steps)
         if ((failed_.count((--at)->value) != 0) == failed) return &*at;
     return nullptr;
 }
