@@ -91,7 +91,7 @@ class cLater {
         size_t const first = after_entry(index, map);
         for (cat::ReadError const &error : mistake.following)
             last = std::max(last, at(place_of(error)));
-        if (first >= closed_[map] || last <= first) return {};
+        if (first >= closed_[map] || last < first) return {};
         return read(first, after_entry(std::min(last, closed_[map]), map));
     }
 
