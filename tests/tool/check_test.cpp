@@ -302,6 +302,7 @@ TEST_F(ToolCheck, finds_a_mistake_that_hides_after_another_one) {
     EXPECT_EQ(positions("{\n a= ;\n b= ;\n c= 3;\n}"), "2:5\n3:5\n");
     EXPECT_EQ(positions("{\n m= {a-b= 5; w= 10px; };\n n= 1;\n t= 12:30;\n}"), "2:6\n2:17\n4:5\n");
     EXPECT_EQ(positions("{\na-b= 5;\nw= 10px;\n}"), "2:1\n3:4\n");
+    EXPECT_EQ(positions("{\n a= (1, 2);\n b= 5 volts;\n c= 1;\n}"), "2:5\n3:5\n");
     // What only follows is not a mistake.
     EXPECT_EQ(positions("{\n a= 5 volts;\n b= 10;\n c= 1;\n}"), "2:5\n");
     EXPECT_EQ(positions("{\n a-b= 5;\n w= {x= 10; y= [1, 2]; };\n}"), "2:2\n");

@@ -80,12 +80,20 @@ class cLater {
         return closed_[map];
     }
 
+    // A round bracket that opens no value, since it has no type.
+    bool is_surplus(size_t bracket) const {
+        return tokens_[bracket].code == '(' &&
+               (bracket == 0 || tokens_[bracket - 1].code != tkIdent);
+    }
+
     std::vector<cMistake> hidden_after(cMistake &mistake) {
         size_t last = at(place_of(mistake.error));
         place_at_missing_value(lines_, mistake);
         size_t const index = at(place_of(mistake.error));
         if (mistake.error.line == 0 || index == none || around_[index] == none) return {};
-        size_t const map = around_[index];
+        size_t map = around_[index];
+        while (map != none && is_surplus(map)) map = around_[map];
+        if (map == none) return {};
         bool const has_entries = tokens_[map].code == '{' || tokens_[map].code == '(';
         if (!has_entries || closed_[map] == none) return {};
         size_t const first = after_entry(index, map);
