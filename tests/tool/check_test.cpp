@@ -3,6 +3,7 @@
 #include "tests/tool/tool_run.h"
 
 #include <algorithm>
+#include <sstream>
 
 using tool_test::cRun;
 using tool_test::times;
@@ -280,6 +281,32 @@ TEST_F(ToolCheck, counts_the_errors_that_follow_from_another) {
                     "f:2:5: error: Vector is not closed by ']' [0x40000001]\n"
                     "f:4:1: note: it ends here\n"
                     "f:2:5: note: 2 more errors follow from it\n"}));
+}
+
+// The positions of all errors, a line each.
+std::string positions_of(std::string const &messages) {
+    std::string found;
+    std::istringstream is(messages);
+    for (std::string line; std::getline(is, line);)
+        if (size_t const end = line.find(": error: "); end != line.npos)
+            found += line.substr(2, end - 2) + "\n";
+    return found;
+}
+
+TEST_F(ToolCheck, finds_a_mistake_that_hides_after_another_one) {
+    auto const positions = [this](std::string const &text) {
+        return positions_of(run_on(text, {"check"}).err);
+    };
+    EXPECT_EQ(positions("{\n a= 5 volts;\n b= 10px;\n c= 1;\n}"), "2:5\n3:5\n");
+    EXPECT_EQ(positions("{\n a-b= 5;\n w= 10px;\n t= 12:30;\n c= 3;\n}"), "2:2\n3:5\n4:5\n");
+    EXPECT_EQ(positions("{\n a= ;\n b= ;\n c= 3;\n}"), "2:5\n3:5\n");
+    EXPECT_EQ(positions("{\n m= {a-b= 5; w= 10px; };\n n= 1;\n t= 12:30;\n}"), "2:6\n2:17\n4:5\n");
+    EXPECT_EQ(positions("{\na-b= 5;\nw= 10px;\n}"), "2:1\n3:4\n");
+    EXPECT_EQ(positions("{\n a= (1, 2);\n b= 5 volts;\n c= 1;\n}"), "2:5\n3:5\n");
+    // What only follows is not a mistake.
+    EXPECT_EQ(positions("{\n a= 5 volts;\n b= 10;\n c= 1;\n}"), "2:5\n");
+    EXPECT_EQ(positions("{\n a-b= 5;\n w= {x= 10; y= [1, 2]; };\n}"), "2:2\n");
+    EXPECT_EQ(positions("{\n a= 1;\n b-c= #cRef(/a);\n d= #cRef(/a);\n}"), "3:2\n");
 }
 
 TEST_F(ToolCheck, suggests_the_name_with_the_same_first_letters) {

@@ -291,6 +291,44 @@ TEST_F(ToolWarnings, separators_with_an_error_get_no_warning) {
               "[[1],,2]\n  1:6: error: Unnecessary separator: , [0x40000007]\n");
 }
 
+TEST_F(ToolWarnings, decimal_commas) {
+    EXPECT_EQ(checked({"[1,5]", "[1,5, 2,5]", "[1, 5; 2, 5]", "[a,b; c]", "{a= 1,5= 2; }",
+                       "[1.5; 2]", "[[1,5]; [2,5]]"}),
+              "");
+    EXPECT_EQ(checked({"[1,5; 2,5]", "<7; -1,5>"}),
+              "[1,5; 2,5]\n  1:2: warning: 1,5 is two numbers: write a decimal point "
+              "[decimal-comma]\n"
+              "<7; -1,5>\n  1:5: warning: -1,5 is two numbers: write a decimal point "
+              "[decimal-comma]\n");
+}
+
+TEST_F(ToolWarnings, brackets_of_two_kinds) {
+    EXPECT_EQ(checked({"vector[1]", "{v= intf(1); t= string(a)}"}), "");
+    EXPECT_EQ(checked({"{v= vector(1]; }", "map(a= 1;}", "[set(1 /*>*/ >]"}),
+              "{v= vector(1]; }\n"
+              "  1:13: warning: this ] closes a round bracket: write [ ... ] [mixed-brackets]\n"
+              "  1:11: note: it is opened here\n"
+              "map(a= 1;}\n"
+              "  1:10: warning: this } closes a round bracket: write { ... } [mixed-brackets]\n"
+              "  1:4: note: it is opened here\n"
+              "[set(1 /*>*/ >]\n"
+              "  1:14: warning: this > closes a round bracket: write < ... > [mixed-brackets]\n"
+              "  1:5: note: it is opened here\n");
+}
+
+TEST_F(ToolWarnings, comments_inside_comments) {
+    EXPECT_EQ(checked({"1 /* a /* b */", "1 /* src/*.c\n src/*.h */", "{a= \"/*\"; b= \"= /*\"}",
+                       "1 // /*\n // = /* \n", "1 /* a= 1 */ /* b */"}),
+              "");
+    EXPECT_EQ(checked({"{a= 1; /* b\n c= 1; /* d */ }", "{a= 1; /* b= 2; /* c */ }"}),
+              "{a= 1; /* b\n c= 1; /* d */ }\n"
+              "  2:8: warning: this is inside another comment [comment-inside]\n"
+              "  1:8: note: that comment begins here\n"
+              "{a= 1; /* b= 2; /* c */ }\n"
+              "  1:17: warning: this is inside another comment [comment-inside]\n"
+              "  1:8: note: that comment begins here\n");
+}
+
 // --- words ---
 
 TEST_F(ToolWarnings, words_that_look_like_other_types_are_reported_on_demand) {
@@ -461,6 +499,11 @@ TEST_F(ToolWarnings, of_a_map_that_is_merged_fmt_loses_what_is_not_stored) {
                     "f:2:7: error: this value would be lost [duplicate-key]\n"
                     "f:1:5: note: its key is first here\n" +
                         refused}));
+    EXPECT_EQ(run_on("{a= {0= 1; 7= 2; };\n a= <5, 6>; }", {"fmt", "-i"}),
+              (cRun{2, "",
+                    "f:1:9: error: this value would be lost [duplicate-key]\n"
+                    "f:2:2: note: its key is repeated here\n" +
+                        refused}));
     EXPECT_EQ(run_on("{a= {x= 1; }; a= {y= 2; }; }", {"fmt", "-i"}), (cRun{0, "", ""}));
     EXPECT_EQ(run_on("{a= 007; b= <1, 1>; c= [1,,2]; }", {"fmt", "-i"}), (cRun{0, "", ""}));
 }
@@ -482,8 +525,8 @@ class cGenerated {
     void add_map(int depth) {
         text_ += "{";
         for (int i = below(5) + (depth == 0 ? 2 : 0); i > 0; --i) {
-            constexpr char const *keys[] = {"a", "b", "c", "a", "b", "c", ".0", "0.00"};
-            text_ += std::string(keys[below(8)]) + "= ";
+            constexpr char const *keys[] = {"a", "b", "c", "a", "b", "c", ".0", "0.00", "0", "1"};
+            text_ += std::string(keys[below(10)]) + "= ";
             add_value(depth + 1);
             text_ += "; ";
         }
@@ -492,7 +535,10 @@ class cGenerated {
 
     void add_list(char open, char close) {
         text_ += open;
-        for (int i = below(3); i > 0; --i) text_ += std::to_string(next_++) + ", ";
+        for (int i = below(3); i > 0; --i) {
+            values_[text_.size()] = {next_, next_ + 1};
+            text_ += std::to_string(next_++) + ", ";
+        }
         text_ += close;
     }
 

@@ -28,9 +28,9 @@ constexpr char const *help =
     "  qrv check -W error -W no-leading-zero *.attr\n"
     "  qrv check --format=sarif *.attr >check.sarif\n"
     "Warnings do not change the exit code. They are duplicate-key, unknown-escape, leading-zero,\n"
-    "wrapped-number, duplicate-member and empty-item, and after -W strings also strings: words\n"
-    "such as yes and null, which are strings. Of several -W about one warning the last one "
-    "counts.\n"
+    "wrapped-number, duplicate-member, empty-item, decimal-comma, mixed-brackets and\n"
+    "comment-inside, and after -W strings also strings: words such as yes and null, which are\n"
+    "strings. Of several -W about one warning the last one counts.\n"
     "With --format nothing else is printed: text is the messages as they are without it.";
 
 std::string wrong_warning(std::string const &form) { return cWarningLevels().set(form); }

@@ -24,7 +24,7 @@ cPlace cLines::place(size_t offset) const {
 
 std::string_view cLines::line(unsigned number) const {
     size_t const begin = offset({number, 1});
-    size_t end = std::min(bytes_.find('\n', begin), bytes_.size());
+    size_t end = number < starts().size() ? starts_[number] - 1 : bytes_.size();
     if (end > begin && bytes_[end - 1] == '\r') --end;
     return std::string_view(bytes_).substr(begin, end - begin);
 }

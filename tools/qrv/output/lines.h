@@ -13,6 +13,7 @@ class cLines {
     // Borrows the bytes. The lines are found when they are first asked for.
     explicit cLines(std::string const &bytes) : bytes_(bytes) {}
 
+    std::string const &bytes() const { return bytes_; }
     size_t offset(cPlace place) const; // the end of the text for a line that it does not have
     cPlace place(size_t offset) const;
     std::string_view line(unsigned number) const; // without its end

@@ -57,12 +57,23 @@ class cCharacters {
 
     cPlace place(cPlace at) const {
         size_t const begin = lines_.offset({at.line, 1}), end = lines_.offset(at);
-        std::string_view const before = std::string_view(bytes_).substr(begin, end - begin);
-        auto const bytes = std::count_if(before.begin(), before.end(), continues_character);
-        return {at.line, at.column - static_cast<unsigned>(bytes)};
+        if (begin != line_) {
+            line_ = counted_ = begin;
+            continuing_ = 0;
+        }
+        size_t const first = std::min(counted_, end), last = std::max(counted_, end);
+        std::string_view const between = std::string_view(bytes_).substr(first, last - first);
+        auto const bytes = static_cast<unsigned>(
+            std::count_if(between.begin(), between.end(), continues_character));
+        continuing_ += counted_ < end ? bytes : 0U - bytes;
+        counted_ = end;
+        return {at.line, at.column - continuing_};
     }
 
   private:
+    // What was counted last, since most places are asked for in their order.
+    mutable size_t line_ = 0, counted_ = 0; // offsets
+    mutable unsigned continuing_ = 0;       // bytes between them that continue a character
     std::string const &bytes_;
     cLines lines_;
 };

@@ -10,6 +10,7 @@
 #include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/brackets.h"
 #include "tools/qrv/rules/hints.h"
+#include "tools/qrv/rules/later.h"
 #include "tools/qrv/rules/mistakes.h"
 #include "tools/qrv/rules/rules.h"
 
@@ -223,7 +224,10 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
         bytes_unread = unread(survey(rules.tokens()), end);
     bool const whole = bytes_unread.empty() && all_closed(report);
     std::vector<cMistake> mistakes = mistakes_of(bytes, bytes_unread, report.entries());
-    if (messages.shows_all()) mistakes = apart(mistakes);
+    if (messages.shows_all())
+        mistakes = apart(mistakes);
+    else if (whole)
+        add_later_mistakes(rules.tokens(), mistakes);
     size_t const told = std::min(mistakes.size(), static_cast<size_t>(messages.limit()));
     size_t const beyond = mistakes.size() - told + report.dropped();
     mistakes.resize(told);

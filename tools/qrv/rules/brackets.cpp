@@ -61,6 +61,9 @@ class cBrackets {
                 return cWrongBracket{cWrongBracket::unclosed, all_[opening].place, all_[i].place};
             if (closes_too_early(i, opening) && match(i, none))
                 return cWrongBracket{cWrongBracket::surplus, all_[i].place, all_[opening].place};
+            if (closing(all_[opening].kind) != all_[i].kind && match(none, none, i))
+                return cWrongBracket{cWrongBracket::mixed_up, all_[opening].place, all_[i].place,
+                                     closing(all_[opening].kind)};
         }
         return std::nullopt;
     }
@@ -82,14 +85,14 @@ class cBrackets {
         return found != looks.end() && found->second > 0;
     }
 
-    // A bracket at the end of a line that is indented further than that of the opening one.
+    // A bracket on a line that is indented further than that of the opening one.
     bool closes_too_early(size_t i, size_t opening) const {
-        return !begins_line(i) && all_[opening].place.line < all_[i].place.line &&
-               indent(opening) < indent(i);
+        return all_[opening].place.line < all_[i].place.line && indent(opening) < indent(i);
     }
 
-    // Do all brackets match if one is left out, and another one is closed before `close`?
-    bool match(size_t left_out, size_t close) {
+    // Do all brackets match if one is left out, another one is closed before `close`, and `any`
+    // closes a bracket of any kind?
+    bool match(size_t left_out, size_t close, size_t any = none) {
         ++tries_;
         std::vector<char> expected;
         for (size_t i = 0; i < all_.size(); ++i) {
@@ -99,7 +102,7 @@ class cBrackets {
                 expected.push_back(closing(all_[i].kind));
                 continue;
             }
-            if (expected.empty() || expected.back() != all_[i].kind) return false;
+            if (expected.empty() || (i != any && expected.back() != all_[i].kind)) return false;
             expected.pop_back();
         }
         return expected.empty();
@@ -110,6 +113,55 @@ class cBrackets {
     size_t tries_ = 0;
 };
 
+// Of a container with the name of its type and round brackets.
+char const *written_as(char close) {
+    return close == ']'   ? "write a vector as [ ... ]"
+           : close == '>' ? "write a set as < ... >"
+                          : "write a map as { ... }";
+}
+
+bool is_unclosed(cMistake const &mistake) { return mistake.error.end_line != 0; }
+
+// One mistake about the opening bracket remains of all that the other bracket has caused: brackets
+// around it that seem not to be closed, and what is reported between both.
+void join_at_mixed_up(std::string const &bytes, cWrongBracket const &wrong,
+                      std::vector<cMistake> &mistakes) {
+    cLines const lines(bytes);
+    auto const bracket_at = [&](cPlace place) { return bytes[lines.offset(place)]; };
+    auto const is_about_kind = [&](cMistake const &mistake) {
+        char const bracket = bracket_at({mistake.error.line, mistake.error.column});
+        return is_unclosed(mistake) &&
+               (bracket == bracket_at(wrong.place) || closing(bracket) == wrong.expected);
+    };
+    auto const first = std::find_if(mistakes.begin(), mistakes.end(), is_about_kind);
+    if (first == mistakes.end()) return;
+    cMistake one = std::move(*first);
+    std::vector<cMistake> others;
+    for (auto each = mistakes.begin(); each != mistakes.end(); ++each) {
+        cPlace const place{each->error.line, each->error.column};
+        if (each == first)
+            continue;
+        else if (is_unclosed(*each) || (wrong.place <= place && place <= wrong.other))
+            add_following(one, *each);
+        else
+            others.push_back(std::move(*each));
+    }
+    one.error.line = wrong.place.line;
+    one.error.column = wrong.place.column;
+    one.error.end_line = 0;
+    bool const is_typed = bracket_at(wrong.place) == '(' && wrong.expected != ')';
+    one.notes.push_back(is_typed
+                            ? cNote{wrong.place, written_as(wrong.expected)}
+                            : cNote{wrong.other, std::string("write ") + wrong.expected +
+                                                     " here, and not " + bracket_at(wrong.other)});
+    auto const after = std::find_if(others.begin(), others.end(), [&](cMistake const &mistake) {
+        return mistake.error.line == 0 ||
+               wrong.place < cPlace{mistake.error.line, mistake.error.column};
+    });
+    others.insert(after, std::move(one));
+    mistakes = std::move(others);
+}
+
 } // namespace
 
 std::optional<cWrongBracket> wrong_bracket(std::string const &bytes) {
@@ -117,12 +169,11 @@ std::optional<cWrongBracket> wrong_bracket(std::string const &bytes) {
 }
 
 void place_at_wrong_bracket(std::string const &bytes, std::vector<cMistake> &mistakes) {
-    auto const found = std::find_if(mistakes.begin(), mistakes.end(), [](cMistake const &mistake) {
-        return mistake.error.end_line != 0;
-    });
+    auto const found = std::find_if(mistakes.begin(), mistakes.end(), is_unclosed);
     if (found == mistakes.end()) return;
     std::optional<cWrongBracket> const wrong = wrong_bracket(bytes);
     if (!wrong) return;
+    if (wrong->kind == cWrongBracket::mixed_up) return join_at_mixed_up(bytes, *wrong, mistakes);
     cat::ReadError &error = found->error;
     cLines const lines(bytes);
     size_t const opening = lines.offset({error.line, error.column});

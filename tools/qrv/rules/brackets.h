@@ -12,11 +12,13 @@
 struct cWrongBracket {
     enum cKind : unsigned char {
         unclosed, // an opening bracket; `other` is the closing one that it takes
-        surplus   // a closing bracket; `other` is the opening one that it closes
+        surplus,  // a closing bracket; `other` is the opening one that it closes
+        mixed_up  // an opening bracket; `other` closes it, and is of another kind
     };
     cKind kind;
     cPlace place;
     cPlace other;
+    char expected = 0; // the closing bracket that is missing at `other`, if mixed up
 };
 
 // Moves the error about a bracket that is not closed to the bracket that is wrong.

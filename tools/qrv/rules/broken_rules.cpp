@@ -45,13 +45,20 @@ cBrokenRules::cBrokenRules(cObj &object, cat::ReadError const &error, cSource &s
 void cBrokenRules::tell() {
     for (BrokenRule const &broken : qrv::edit::broken_rules(objref::share(&object_), type_))
         tell(broken);
-    std::stable_sort(found_.begin(), found_.end(), [](auto const &a, auto const &b) {
+    auto const before = [](auto const &a, auto const &b) {
         return std::pair(a.line, a.column) < std::pair(b.line, b.column);
-    });
+    };
+    if (!std::is_sorted(found_.begin(), found_.end(), before))
+        std::stable_sort(found_.begin(), found_.end(), before);
     for (cat::ReadError &error : found_) report_.keep(std::move(error));
+    for (; counted_ > 0; --counted_) report_.keep({});
 }
 
 void cBrokenRules::tell(BrokenRule const &broken) {
+    if (broken.rule == Rule::required && entries_.empty() && !has_room(report_)) {
+        ++counted_;
+        return;
+    }
     if (broken.rule == Rule::declared) return tell_undeclared(broken.key);
     if (is_mistaken(broken.key)) return;
     if (broken.rule == Rule::required) tell_void(broken.key);
@@ -99,6 +106,7 @@ void cBrokenRules::tell_fixed(BrokenRule const &broken) {
 
 // The last one of that key, which decides.
 cSource::cEntry const *cBrokenRules::entry_of(objref const &key) const {
+    if (by_key_.empty()) return nullptr;
     auto const found = by_key_.find(name_of_key(key));
     return found == by_key_.end() ? nullptr : &entries_[found->second];
 }

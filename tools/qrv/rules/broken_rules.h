@@ -42,6 +42,7 @@ class cBrokenRules {
     std::vector<cSource::cEntry> entries_;
     std::unordered_map<std::string, size_t> by_key_;
     std::vector<cat::ReadError> found_;
+    size_t counted_ = 0;      // more of them, beyond the limit
     bool unreadable_ = false; // told that no object of the type can be read
 };
 

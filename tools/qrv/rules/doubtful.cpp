@@ -13,6 +13,7 @@
 #include <string_view>
 #include <type_traits>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -30,7 +31,15 @@ bool is_word_byte(char c) {
 bool is_word(std::string_view text) {
     return is_word_byte(text[0]) && !is_closing(text.back()) && text != "true" && text != "false";
 }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 bool is_separator(char c) { return c == ';' || c == ','; }
+
+// A number that begins with 0 or ends with u: others are read as they seem to say.
+bool may_mislead(std::string_view number) {
+    size_t const first = number[0] == '-' || number[0] == '+' ? 1 : 0;
+    return number.size() > first + 1 && (number[first] == '0' || (number.back() | 0x20) == 'u');
+}
 
 // What the reader does with a repeated key depends on the kinds of both values.
 enum class cKind : unsigned char { map, vector, set, other };
@@ -46,8 +55,10 @@ class cWalk {
         : bytes_(bytes), map_(map), found_(found) {}
 
     void walk() {
+        has_repeated_keys_ = has_repeated_keys();
         for (size_t number = 0; number < map_.size(); ++number) take(map_.entry(number));
         while (!open_.empty()) close();
+        find_comments_inside();
     }
 
   private:
@@ -100,6 +111,9 @@ class cWalk {
         bool continues = false;      // the value that the holder has
         cList keys = {};
         std::uint32_t without_key = 0; // the entries so far that have no key
+        Span before = {};              // in a list, the item before
+        Span comma = {};               // two numbers with a comma and no blanks between them
+        bool has_semicolon = false;    // between items
     };
 
     void take(SourceEntry const &entry) {
@@ -108,11 +122,13 @@ class cWalk {
         if (!open_.empty()) {
             find_empty_item(entry.all().begin);
             open_.back().end = entry.all().end;
+            if (is_list(open_.back().kind)) note_separator(entry);
             if (!entry.key.empty()) {
                 check_literal(entry.key);
-                check_key(open, entry.key, key_of(number_of(open_.back().entry), entry.key));
+                if (has_repeated_keys_)
+                    check_key(open, entry.key, key_of(number_of(open_.back().entry), entry.key));
             } else if (open_.back().kind == cKind::map && open.kind == cKind::map) {
-                check_key(open, entry.open, next_number());
+                if (has_repeated_keys_) check_key(open, entry.open, next_number());
             } else if (open_.back().kind == cKind::set) {
                 check_member(entry);
             }
@@ -123,12 +139,15 @@ class cWalk {
             check_word(entry);
         } else {
             open_.push_back(open);
+            find_mixed_brackets(open);
         }
     }
 
     void close() {
         cOpen const &open = open_.back();
         find_empty_item(open.entry.close.begin);
+        if (open.has_semicolon && !open.comma.empty())
+            found_({cWarning::decimal_comma, open.comma, open.comma});
         if (open.continues)
             merge(open.holder, open.keys);
         else if (open.holder != none)
@@ -172,7 +191,7 @@ class cWalk {
             size_t const at = needless_escape(text);
             if (at != text.npos)
                 found_({cWarning::unknown_escape, escape_at(span.begin + at), span});
-        } else if (is_integer(text)) {
+        } else if (may_mislead(text) && is_integer(text)) {
             if (without_leading_zeros(text)) found_({cWarning::leading_zero, span, span});
             if (wrapped(text)) found_({cWarning::wrapped_number, span, span});
         }
@@ -224,7 +243,75 @@ class cWalk {
         }
     }
 
+    // vector( ends with ], as [ does. The map takes that ] for the first byte after the value.
+    void find_mixed_brackets(cOpen const &open) const {
+        SourceEntry const &entry = open.entry;
+        if (entry.type.empty() || bytes_[entry.open.begin] != '(' || !entry.close.empty()) return;
+        char const expected = open.kind == cKind::vector ? ']'
+                              : open.kind == cKind::set  ? '>'
+                              : open.kind == cKind::map  ? '}'
+                                                         : ')';
+        Span const close{entry.value.end, entry.value.end + 1};
+        if (close.begin < bytes_.size() && bytes_[close.begin] == expected)
+            found_(
+                {cWarning::mixed_brackets, close, {entry.value.begin, close.end}, entry.open, {}});
+    }
+
+    // In a list with both separators, a comma within 1,5 may be meant as a decimal point.
+    void note_separator(SourceEntry const &item) {
+        cOpen &list = open_.back();
+        Span const before = std::exchange(list.before, item.value);
+        if (!item.delimiter.empty() && bytes_[item.delimiter.begin] == ';')
+            list.has_semicolon = true;
+        if (before.empty() || !list.comma.empty() || item.value.begin != before.end + 1) return;
+        bool const is_comma = bytes_[before.end] == ',';
+        if (is_comma && is_integer(text_of(before)) && is_digit(bytes_[item.value.begin]))
+            list.comma = {before.begin, item.value.end};
+    }
+
+    // The inner one begins on a later line, or after an entry: then that entry is not read.
+    void find_comments_inside() const {
+        std::string_view const text = bytes_;
+        for (size_t begin = text.find("/*"); begin != text.npos;) {
+            size_t const inner = text.find("/*", begin + 2);
+            if (inner == text.npos) return;
+            std::string_view const between = text.substr(begin, inner - begin);
+            bool const is_inside = between.find("*/", 2) == between.npos &&
+                                   between.find_first_of("\n=") != between.npos &&
+                                   is_blank(between.back());
+            if (is_inside && is_comment(begin)) {
+                auto const at = static_cast<std::uint32_t>(inner);
+                auto const outer = static_cast<std::uint32_t>(begin);
+                found_(
+                    {cWarning::comment_inside, {at, at + 2}, {at, at + 2}, {outer, outer + 2}, {}});
+            }
+            begin = inner;
+        }
+    }
+
+    bool is_comment(size_t begin) const {
+        auto const &comments = map_.comments();
+        auto const at = std::lower_bound(comments.begin(), comments.end(), begin,
+                                         [](cat::SourceComment const &comment, size_t offset) {
+                                             return comment.span.begin < offset;
+                                         });
+        return at != comments.end() && at->span.begin == begin;
+    }
+
     // --- repeated keys ---
+
+    // False only if all keys differ: each entry has a node, newer than that of the entry before it.
+    bool has_repeated_keys() const {
+        std::vector<std::uint32_t> newest(map_.size());
+        for (size_t number = 1; number < map_.size(); ++number) {
+            SourceEntry const entry = map_.entry(number);
+            bool const has_node = entry.anid != 0 || !entry.key.empty();
+            if (!has_node && kind_of(map_.entry(entry.parent)) != cKind::map) continue;
+            if (entry.anid <= newest[entry.parent]) return true;
+            newest[entry.parent] = entry.anid;
+        }
+        return false;
+    }
 
     // A map without a key gets the next number, from 0.
     cKey next_number() {
@@ -244,7 +331,10 @@ class cWalk {
         cHolder &holder = holders_[now.holder];
         now.continues = holder.kind == now.kind && is_mergeable(now.kind);
         bool const is_mixed = is_mergeable(holder.kind) && is_mergeable(now.kind);
-        if (!now.continues) report(span, entry.value, holder, is_mixed ? none : holder.part);
+        if (is_mixed && holder.kind == cKind::map && now.kind == cKind::set)
+            add_values(now.holder, span, part(entry.value));
+        else if (!now.continues)
+            report(span, entry.value, holder, is_mixed ? none : holder.part);
         if (is_mixed) {
             holder.part = part(entry.value, holder.part);
             if (!now.continues) now.holder = none; // the reader adds the values to each other
@@ -283,19 +373,47 @@ class cWalk {
         bool const is_refused = is_map && added.kind == cKind::other;
         bool const is_replaced = !is_map && !is_list(holder.kind);
         if (is_refused) return report(added.first, added.first, holder, added.part);
-        if (is_replaced || (is_map && added.kind != cKind::map))
-            report(added.first, added.first, holder, is_replaced ? holder.part : none);
+        if (is_map && is_list(added.kind)) add_values(into, added.first, added.part);
+        if (is_replaced) report(added.first, added.first, holder, holder.part);
         std::uint32_t const before = is_replaced ? none : holder.part;
         for (std::uint32_t at = added.part; at != none; at = parts_[at].before)
             holder.part = part(parts_[at].value, at == added.part ? before : holder.part);
         if (is_map && added.kind == cKind::map) merge(into, added.inside);
     }
 
+    // A map gets the values of a list under the keys 0, 1 and so on. What that replaces belongs to
+    // the finding about the key of the list.
+    void add_values(std::uint32_t into, Span key, std::uint32_t list) {
+        Span const scope{key.begin, std::max(key.end, parts_[list].value.begin + 1)};
+        cDoubtful found{cWarning::duplicate_key, key, scope, holders_[into].first, {}};
+        std::vector<Span> *const around = gathered_;
+        if (!around) gathered_ = &found.lost;
+        std::uint32_t index = 0;
+        std::unordered_set<std::uint32_t> nodes; // a value that the set has already has its node
+        for (; list != none; list = parts_[list].before)
+            for (SourceEntry const &value : map_.inside(map_.at(parts_[list].value.begin))) {
+                if (value.anid != 0 && !nodes.insert(value.anid).second) continue;
+                cKey const number{holders_[into].home, 'i', keep(std::to_string(index++))};
+                if (text_of(value.value) != "#nil") add_value(into, key, number, value);
+            }
+        gathered_ = around;
+        if (!around) found_(found);
+    }
+
+    void add_value(std::uint32_t into, Span written, cKey const &key, SourceEntry const &value) {
+        cHolder const added{key, written, part(value.value), number_of(value), kind_of(value)};
+        auto const [place, is_new] = keys_.try_emplace(key, next_holder());
+        if (!is_new) return merge(place->second, added);
+        holders_.push_back(added);
+        append(holders_[into].inside, place->second);
+    }
+
     void report(Span key, Span value, cHolder const &holder, std::uint32_t lost) const {
         Span const scope{key.begin, value.begin + 1};
         cDoubtful found{cWarning::duplicate_key, key, scope, holder.first, {}};
-        for (; lost != none; lost = parts_[lost].before) found.lost.push_back(parts_[lost].value);
-        found_(found);
+        std::vector<Span> &to = gathered_ ? *gathered_ : found.lost;
+        for (; lost != none; lost = parts_[lost].before) to.push_back(parts_[lost].value);
+        if (!gathered_) found_(found);
     }
 
     std::uint32_t part(Span value, std::uint32_t before = none) {
@@ -370,10 +488,12 @@ class cWalk {
     std::string const &bytes_;
     SourceMap const &map_;
     std::function<void(cDoubtful const &)> const &found_;
+    bool has_repeated_keys_ = true;         // or may have
+    std::vector<Span> *gathered_ = nullptr; // what is lost, for one finding
     std::vector<cOpen> open_;
     std::unordered_map<std::uint32_t, cMember> members_; // by anid
     std::vector<cPart> parts_;
-    std::vector<cHolder> holders_;
+    std::deque<cHolder> holders_;                         // references to them stay valid
     std::unordered_map<cKey, std::uint32_t, cHash> keys_; // indices of holders
     std::deque<std::string> kept_; // texts of keys that are not written as they are
 };

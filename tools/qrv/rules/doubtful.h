@@ -18,6 +18,9 @@ enum class cWarning : unsigned char {
     wrapped_number,
     duplicate_member,
     empty_item,
+    decimal_comma,
+    mixed_brackets,
+    comment_inside,
     strings
 };
 
@@ -25,7 +28,7 @@ struct cDoubtful {
     cWarning warning;
     cat::Span span;
     cat::Span scope;                  // no warning if an error is in it
-    cat::Span first = {};             // the earlier one of two
+    cat::Span first = {};             // the earlier one of two, or what is around it
     std::vector<cat::Span> lost = {}; // the value that is replaced or ignored, in all its parts
 };
 

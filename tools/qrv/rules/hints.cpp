@@ -37,14 +37,23 @@ constexpr cSlip slips[] = {
      nullptr, true},
 
     // --- comments of other languages ---
+    {"(<\\?)", "this looks like XML", "?>"},
+    {"(<!\\[CDATA\\[)", "this looks like XML: write text in quotes", "]]>"},
     {"(<!--)", "a comment is // to the end of the line, or /* ... */", "-->"},
     {"(<" WORD ">)[^<]*</", "this looks like XML"},
-    {"()#(?:[^A-Za-z0-9_]|$)", "a comment begins with // and not with #"},
-    {"^\\s*(#)", "a comment begins with // and not with #"},
-    {"(?:^|;)\\s*(--)", "a comment begins with // and not with --"},
-    {"^\\s*(;)\\s*\\w*", "a comment begins with // and not with ;"},
-    {"(?:^|;)\\s*(/)[ \\t]", "a comment begins with // and not with /"},
-    {"(?:^|;)\\s*(%)\\s", "a comment begins with // and not with %"},
+    {"(<#)", "a comment is // to the end of the line, or /* ... */", "#>"},
+    {"(--\\[\\[)", "a comment is // to the end of the line, or /* ... */", "]]"},
+    {"^\\s*([#@!%](?:include|import|define|ifn?def|if|else|endif|pragma))\\b",
+     "a file has no directives such as $1"},
+    {"()#(?:[^A-Za-z0-9_]|$)", "a comment begins with // and not with #", "\n"},
+    {START "(#" WORD ")\\s*=", "a comment begins with //, and a key with # needs quotes: \"$1\""},
+    {"^\\s*(#)", "a comment begins with // and not with #", "\n"},
+    {"=\\s*(?:" WORD "|" NUMBER "|" QUOTED ")[ \\t]+(#)[ \\t]",
+     "a comment begins with // and not with #", "\n"},
+    {"(?:^|;)\\s*(--)", "a comment begins with // and not with --", "\n"},
+    {"^\\s*(;)\\s*\\w*", "a comment begins with // and not with ;", "\n"},
+    {"(?:^|;)\\s*(/)[ \\t]", "a comment begins with // and not with /", "\n"},
+    {"(?:^|;)\\s*(%)\\s", "a comment begins with // and not with %", "\n"},
     {"/\\*.*/\\*.*?(\\*/).*?\\*/", "comments do not nest: the comment ends here"},
     {"[A-Za-z_0-9 ]*(\\*/)", "no comment is open that */ could close"},
 
@@ -57,15 +66,19 @@ constexpr cSlip slips[] = {
     {"'[^'\"]*[A-Za-z](')[A-Za-z]",
      "the string ends here: write a string with an apostrophe in double quotes"},
     {"=\\s*[^'\"=;]*[A-Za-z](')[A-Za-z]", "write text with an apostrophe in double quotes"},
-    {"\"[^\"]*(\\\\\")[^\"]*$", "the string does not end here: write \\\\ for a \\ at its end"},
+    {"\"[^\"]*(\\\\\")[;,)\\]}>\\s]*$",
+     "the string does not end here: write \\\\ for a \\ at its end"},
     {"=\\s*([A-Za-z])[\"']", "a string has nothing before its first quote"},
-    {"\"[^\"=]*(\")[A-Za-z]", "the string ends here: write a quote in a string as \\\""},
-    {"(?:^|[=,;{\\[(<\\s])([\"'])(?:(?!\\1).)*$", "this string is not closed on its line"},
+    {"\"(?:\\\\.|[^\"=\\\\])*(\")[A-Za-z]",
+     "the string ends here: write a quote in a string as \\\""},
+    {"(?:^|[=,;{\\[(<\\s])([\"'])(?:\\\\.|(?!\\1).)*$", "this string is not closed on its line"},
     {"([\"'][^\"']*[\"'])\\s+[\"']", "write two strings as one, or ; or , between them"},
 
     // --- between a key and its value ---
     {START "(=)(?![=>])", "a key is missing before ="},
-    {KEY "(=>|->|:=)", "write = between a key and its value, not $1"},
+    {KEY "(=>|->|:=|\\?=)", "write = between a key and its value, not $1"},
+    {KEY "=\\s*" WORD "\\s*(=)[^=>]", "an entry has one =, and a map as its value is in { ... }"},
+    {START WORD "[ \\t]+()\\{", "write = between a key and its value"},
     {KEY "(={2,})", "write one = between a key and its value"},
     {KEY "([-+*/|&]=)", "a file cannot change a value with $1: write = and the new value"},
     {"^\\s*" WORD "[ \\t]+()(?:[0-9\"']|" WORD ";)[^=]*$", "write = between a key and its value"},
@@ -76,11 +89,12 @@ constexpr cSlip slips[] = {
     // --- keys ---
     {START "(" WORD "(?:-[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a dash needs quotes: \"$1\""},
     {START "(" WORD "(?:\\.[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a dot needs quotes: \"$1\""},
+    {START "(\\.[A-Za-z_0-9.]*|" WORD "\\.)\\s*=", "a key with a dot needs quotes: \"$1\""},
     {START "(" WORD "(?:/[A-Za-z_0-9]+)+)\\s*[=:]", "a key with a slash needs quotes: \"$1\""},
     {START "(" WORD "(?:[ \\t]+" WORD ")+)[ \\t]*=", "a key with a blank needs quotes: \"$1\""},
     {START "([$@%&]" WORD ")\\s*[=:]", "a key that begins with a sign needs quotes: \"$1\""},
     {START "([0-9]+[A-Za-z_]\\w*)\\s*=", "a key that begins with a digit needs quotes: \"$1\""},
-    {START "(" WORD ")\\[[0-9]+\\]\\s*=", "write a vector as $1= [ ... ]"},
+    {START "(" WORD ")\\[[0-9]*\\]\\s*=", "write a vector as $1= [ ... ]"},
     {"^\\s*\\[(" WORD ")\\]\\s*$", "write a section as a map: $1= { ... }"},
     {"^\\s*(-)\\s", "write a list as a vector: [ ..., ... ]"},
     {START WORD "\\s*(:)(?![=/\\\\])", "write = after a key, not :", nullptr, true},
@@ -98,15 +112,23 @@ constexpr cSlip slips[] = {
     {"([0-9]{4}-[0-9]{1,2}-[0-9]{1,2}(?:T[0-9:.Z+-]*)?)", "write a date in quotes: \"$1\""},
     {"([0-9]{1,2}\\.[0-9]{1,2}\\.[0-9]{4})", "write a date in quotes: \"$1\""},
     {"=\\s*([0-9]{1,2}:[0-9]{2}(?::[0-9]{2})?)", "write a time in quotes: \"$1\""},
-    {"([0-9]+(?:\\.[0-9]+){3}(?:[:/][0-9]+)?)", "write an address in quotes: \"$1\""},
+    {"([0-9]+(?:\\.[0-9]+){3}(?:[:/][0-9]+)?)(?![.0-9])", "write an address in quotes: \"$1\""},
     {"([vV]?[0-9]+\\.[0-9]+\\.[0-9][0-9A-Za-z.-]*)", "write a version in quotes: \"$1\""},
     {"=\\s*(" WORD "(?:\\." WORD ")+)", "write text with a dot in quotes: \"$1\""},
     {"=\\s*(" WORD "(?:-" WORD ")+)", "write text with a dash in quotes: \"$1\""},
+    {"(\\{\\{[^{}]*\\}\\})", "a file has no variables: write the value, or text in quotes: \"$1\""},
     {"(\\$\\{?" WORD "\\}?)", "a file has no variables: write the value, or text with $ in quotes"},
     {"=\\s*([@*?%&|!][^\\s;,]*)", "write text with other signs in quotes: \"$1\""},
 
+    {"(<<-?[\"']?[A-Za-z_]+)",
+     "write text in quotes, with \\ at the end of each line but the last"},
+
     // --- numbers ---
-    {"=\\s*([0-9]+,[0-9]+)\\s*[;}\\])]", "write a decimal point and not a comma"},
+    {"=\\s*([-+](?:inf|Inf|INF|[Ii]nfinity|nan|NaN))\\b",
+     "a number has digits: write text in quotes: \"$1\""},
+    {"=\\s*(\\([0-9. \\t]+[-+*/][-+*/0-9. \\t]*\\))", "a file cannot calculate: write the result"},
+    {"([0-9]+[ \\t]*(?:--|\\+\\+))", "a file cannot calculate: write the result"},
+    {"=\\s*([0-9]+(?:\\.[0-9]+)?,[0-9]+)\\s*[;}\\])]", "write a decimal point and not a comma"},
     {"(" NUMBER "\\s*%)", "write a number without %, or text in quotes: \"$1\""},
     {"([0-9]{1,3}(?:[ '_][0-9]{3})+)(?![0-9])", "write a number without separators of groups"},
     {"([0-9]+)([eE][+-]?[0-9]+)", "a number with an exponent needs a point: $1.0$2"},
@@ -117,10 +139,12 @@ constexpr cSlip slips[] = {
      "a number has no unit: write it in the key, or text in quotes: \"$1\""},
     {"(" NUMBER "[ \\t]*(?:\xC2[\xA3\xB0\xB5]|\xCE[\xA9\xBC]|\xE2\x82\xAC)[A-Za-z]*|[$]" NUMBER ")",
      "a number has no unit: write it in the key, or text in quotes: \"$1\""},
-    {"([0-9]+[A-Za-z_]\\w*)", "write text that begins with a digit in quotes: \"$1\""},
+    {"([0-9]+(?:\\.[0-9]+)?[A-Za-z_]\\w*)",
+     "write text that begins with a digit in quotes: \"$1\""},
     {"([0-9]{10,})",
      "an int is from -2147483648 to 2147483647: write a point for a double, or text in quotes"},
     {"(" QUOTED "\\s*\\+\\s*\")", "a file cannot join strings: write one"},
+    {"=\\s*(\\+[0-9]+(?:[ -][0-9]+)+)", "write a telephone number in quotes: \"$1\""},
     {"=\\s*(-)\\s+[0-9]", "write the sign directly before the number"},
     {"([0-9]+\\.{2,3}[0-9]+)", "write a range in quotes: \"$1\""},
     {"([0-9]+/[0-9]+)", "write a fraction as a number, or text in quotes: \"$1\""},
@@ -140,6 +164,10 @@ constexpr cSlip slips[] = {
     {"=\\s*(\\()[^=:;()]*\\)", "values without keys are in a vector: [ ... ]"},
     {"=\\s*(\\()", "a map is in { }; ( ) need the name of a type before them"},
     {"=\\s*" WORD "()\\s+[^=;()]*\\)", "a ( is missing here"},
+    {"\\b(?:[Aa]rray|[Ll]ist|tuple|vec)(\\()", "write a vector as [ ... ]"},
+    {"\\b(?:[Dd]ict|[Oo]bject|[Hh]ash)(\\()", "write a map as { ... }"},
+    {"(\\{)[ \\t]*(?:" WORD "|" NUMBER "|" QUOTED ")[ \\t]*\\}",
+     "values without keys are in a vector: [ ... ]"},
     {"(\\{)[^={}\\[\\]]*,[^={}]*\\}", "values without keys are in a vector: [ ... ]"},
     {"(\\[)[^\\[\\]]*=[^\\[\\]]*\\]", "entries with keys are in a map: { ... }", nullptr, true},
     {"=\\s*(" QUOTED "(?:\\s*,\\s*" QUOTED ")+)", "several values are in a vector: [ ... ]"},
@@ -148,6 +176,8 @@ constexpr cSlip slips[] = {
     {"=[^=\\[]*(\\])", "no [ is open that ] could close"},
 
     // --- bytes ---
+    {"(\xEF\xBC[\x81-\xBF]|\xEF\xBD[\x80-\x9E]|\xE3\x80[\x81\x82])",
+     "this is a full-width character: write the ASCII one"},
     {"(\xC2\xA0)", "this is a no-break space: write a normal blank"},
     {"(\xE2\x80\x8B|\xEF\xBB\xBF)", "this is an invisible character: delete it"},
     {"([\xC0-\xFF])(?![\x80-\xBF])", "this is not UTF-8: convert the file"},
@@ -155,6 +185,9 @@ constexpr cSlip slips[] = {
      "write a word with letters outside of ASCII in quotes: \"$1\""},
 
     // --- between values ---
+    {"=\\s*(" NUMBER "[ \\t]+" WORD ")\\s*[;,]",
+     "a number has no unit: write it in the key, or text in quotes: \"$1\""},
+    {"(?:^|[{;])\\s*(" WORD "|" QUOTED ")()\\s*;", "a key has a value: $1= ...;"},
     {"=\\s*(" WORD "(?:[ \\t]+" WORD ")+)", "write text with blanks in quotes: \"$1\""},
     {"[A-Za-z_0-9\"]()\\s*\\|", "write ; or , between values"},
     {"[A-Za-z_0-9\"](:)\\s", "write ; or , between values, or = after a key"},
@@ -163,6 +196,8 @@ constexpr cSlip slips[] = {
     {"(?:" NUMBER "|" WORD "|" QUOTED ")()[ \\t]+(?:" NUMBER "|" WORD "|\")",
      "a ; or , is missing here"},
 };
+
+constexpr size_t reach = 200; // bytes before and after a mistake that are looked at
 
 class cHints {
   public:
@@ -194,29 +229,9 @@ class cHints {
         return std::nullopt;
     }
 
-    size_t offset(cPlace place) const { return lines_.offset(place); }
-
-    // After `a= ;` the reader takes the next key as the value, and reports what comes after it.
-    void place_at_missing_value(cMistake &mistake) const {
-        using enum cat::ErrorKind;
-        cat::ErrorKind const kind = mistake.error.kind;
-        if (kind != read_equals && kind != read_no_value && kind != read_key_type) return;
-        static std::regex const expression("=\\s*([;,])" SPACE "(?:(?:" WORD "|" QUOTED ")" SPACE
-                                           "(?:=" SPACE ")?)?$");
-        size_t const end = lines_.offset({mistake.error.line, mistake.error.column});
-        size_t const begin = end - std::min(end, reach);
-        std::string const before = bytes_.substr(begin, end - begin);
-        std::smatch match;
-        if (!std::regex_search(before, match, expression)) return;
-        cPlace const place = lines_.place(begin + static_cast<size_t>(match.position(1)));
-        mistake.error.line = place.line;
-        mistake.error.column = place.column;
-        mistake.notes.push_back({place, "a value is missing after ="});
-    }
+    cLines const &lines() const { return lines_; }
 
   private:
-    static constexpr size_t reach = 200;
-
     static bool contains(std::smatch const &match, size_t at) {
         auto const begin = static_cast<size_t>(match.position());
         return begin <= at && at <= begin + static_cast<size_t>(match.length());
@@ -239,6 +254,12 @@ class cHints {
     cLines const lines_;
 };
 
+std::regex const &missing_value() {
+    static std::regex const expression("=\\s*([;,])" SPACE "(?:(?:" WORD "|" QUOTED ")" SPACE
+                                       "(?:=" SPACE ")?)?$");
+    return expression;
+}
+
 #undef WORD
 #undef NUMBER
 #undef QUOTED
@@ -246,14 +267,29 @@ class cHints {
 #undef SPACE
 #undef KEY
 
-void join(cMistake &to, cMistake const &from) {
-    to.following.push_back(from.error);
-    to.following.insert(to.following.end(), from.following.begin(), from.following.end());
-}
-
 } // namespace
 
+void place_at_missing_value(cLines const &lines, cMistake &mistake) {
+    using enum cat::ErrorKind;
+    cat::ErrorKind const kind = mistake.error.kind;
+    if (kind != read_equals && kind != read_no_value && kind != read_key_type) return;
+    if (!mistake.notes.empty()) return; // it was moved already
+    size_t const end = lines.offset({mistake.error.line, mistake.error.column});
+    size_t const begin = end - std::min(end, reach);
+    std::string const before = lines.bytes().substr(begin, end - begin);
+    std::smatch match;
+    if (!std::regex_search(before, match, missing_value())) return;
+    cPlace const place = lines.place(begin + static_cast<size_t>(match.position(1)));
+    mistake.error.line = place.line;
+    mistake.error.column = place.column;
+    mistake.notes.push_back({place, "a value is missing after ="});
+}
+
+// A search among all slips takes a millisecond or so, and nobody reads that many notes.
+constexpr size_t most_searches = 500;
+
 void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
+    size_t searches = 0;
     cHints const hints(bytes);
     std::vector<cMistake> found;
     cSlip const *last = nullptr; // of the last mistake
@@ -263,15 +299,17 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
             found.push_back(std::move(mistake));
             continue;
         }
-        hints.place_at_missing_value(mistake);
-        size_t const offset = hints.offset({mistake.error.line, mistake.error.column});
-        // Messages about brackets that are not closed, and the tool's own, need no note.
+        bool const has_notes = !mistake.notes.empty();
+        place_at_missing_value(hints.lines(), mistake);
+        size_t const offset = hints.lines().offset({mistake.error.line, mistake.error.column});
+        // Messages about brackets, and the tool's own, need no note.
         bool const is_clear =
-            mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
-        std::optional<cHints::cFound> const hint = is_clear ? std::nullopt : hints.find(offset);
+            has_notes || mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
+        std::optional<cHints::cFound> const hint =
+            is_clear || ++searches > most_searches ? std::nullopt : hints.find(offset);
         cSlip const *const slip = hint ? hint->slip : nullptr;
         if (!found.empty() && (offset < end || (slip && slip == last && slip->repeats))) {
-            join(found.back(), mistake);
+            add_following(found.back(), mistake);
             continue;
         }
         end = hint ? hint->end : 0;

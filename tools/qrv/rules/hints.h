@@ -3,6 +3,7 @@
 // that it did not expect.
 
 #include "tools/qrv/output/diagnostic.h"
+#include "tools/qrv/output/lines.h"
 #include "tools/qrv/rules/mistakes.h"
 
 #include <string>
@@ -12,6 +13,10 @@
 // another one's slip, such as a long comment of another language, become part of that one.
 // The mistakes must be in the order of the file.
 void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes);
+
+// After `a= ;` the reader takes the next key as the value, and reports what comes after it. Moves
+// such a mistake to where the value is missing.
+void place_at_missing_value(cLines const &lines, cMistake &mistake);
 
 constexpr char const *text_after_first_value = "text after the first value is not read";
 

@@ -130,7 +130,8 @@ class cGroups {
     void join_broken_rules() {
         using enum ErrorKind;
         constexpr ErrorKind kinds[] = {read_no_delimiter, read_equals, read_no_key,
-                                       read_no_value,     read_token,  read_unclosed_type};
+                                       read_no_value,     read_token,  read_unclosed_map,
+                                       read_unclosed_type};
         for (size_t i = unread_; i < all_.size(); ++i) {
             if (all_[i].kind != other || first(i) != i || !is_before_bracket(begin_of(all_[i])))
                 continue;
@@ -155,6 +156,11 @@ class cGroups {
 };
 
 } // namespace
+
+void add_following(cMistake &to, cMistake const &from) {
+    to.following.push_back(from.error);
+    to.following.insert(to.following.end(), from.following.begin(), from.following.end());
+}
 
 std::vector<cMistake> mistakes_of(std::string const &bytes, std::vector<cUnread> const &unread,
                                   std::vector<cat::ReadError> const &errors) {

@@ -22,6 +22,9 @@ struct cMistake {
     std::vector<cNote> notes = {};
 };
 
+// `from` and all that follows from it then follow from `to`.
+void add_following(cMistake &to, cMistake const &from);
+
 // Bytes that are not read.
 struct cUnread {
     cat::ReadError error;

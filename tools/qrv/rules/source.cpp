@@ -226,9 +226,16 @@ std::optional<std::string> cSource::type_at(cPlace value) const {
 std::vector<cSource::cBracket> cSource::brackets() const {
     std::vector<cBracket> found;
     cTokens tokens(tokens_, tokens_.all(), {});
-    while (tokens.next())
-        if (int const code = tokens.token().code; is_opening(code) || is_closing(code))
-            found.push_back({tokens.place(), static_cast<char>(code)});
+    while (tokens.next()) {
+        int const code = tokens.token().code;
+        if (!is_opening(code) && !is_closing(code)) continue;
+        std::string_view const type = code == '(' ? tokens_.text(tokens.before()) : "";
+        char const kind = type == "vector" ? '['
+                          : type == "set"  ? '<'
+                          : type == "map"  ? '{'
+                                           : static_cast<char>(code);
+        found.push_back({tokens.place(), kind});
+    }
     return found;
 }
 
@@ -340,7 +347,10 @@ cSource::cDeclaration const *cSource::last(std::string const &type, cPlace befor
     std::vector<cDeclaration> const &all = found->second;
     auto at = std::lower_bound(all.begin(), all.end(), before,
                                [](cDeclaration const &d, cPlace place) { return d.place < place; });
-    for (int steps = 0; at != all.begin() && steps < 100; ++steps)
+    // For a message this is enough, and the many declarations of one name in a large file would
+    // take the square of their number.
+    constexpr int most_steps = 100;
+    for (int steps = 0; at != all.begin() && steps < most_steps; ++steps)
         if ((failed_.count((--at)->value) != 0) == failed) return &*at;
     return nullptr;
 }

@@ -67,7 +67,7 @@ class cSource {
 
     struct cBracket {
         cPlace place;
-        char kind;
+        char kind; // vector( ends with ] as [ does, and so on
     };
     std::vector<cBracket> brackets() const; // all, in order   O(the text)
 

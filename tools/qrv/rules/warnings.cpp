@@ -25,6 +25,9 @@ constexpr std::array<cName, warning_count> names = {{
     {"wrapped-number", "An integer has more than 31 bits and is read as another one."},
     {"duplicate-member", "A set has a value twice."},
     {"empty-item", "A list has a separator without an item before it."},
+    {"decimal-comma", "A list has numbers with a comma that is not a decimal point."},
+    {"mixed-brackets", "A value begins with a round bracket and ends with another one."},
+    {"comment-inside", "A comment begins inside another one, which has not ended before."},
     {"strings", "A word without quotes looks like a value of another type."},
 }};
 
@@ -53,11 +56,27 @@ std::string words_of(cDoubtful const &finding, std::string const &written) {
         return "the set has this value already";
     case cWarning::empty_item:
         return "no item is before this '" + written + "'";
+    case cWarning::decimal_comma:
+        return shortened(written) + " is two numbers: write a decimal point";
+    case cWarning::mixed_brackets:
+        return "this " + written + " closes a round bracket: write " +
+               (written == "]"   ? "[ ... ]"
+                : written == ">" ? "< ... >"
+                                 : "{ ... }");
+    case cWarning::comment_inside:
+        return "this is inside another comment";
     case cWarning::strings:
         return shortened(written) + " is a string, not " + std::string(looks_like(written)) +
                ": quotes make that clear";
     }
     return "";
+}
+
+// What is said at its earlier one.
+char const *note_of(cWarning warning) {
+    return warning == cWarning::mixed_brackets   ? "it is opened here"
+           : warning == cWarning::comment_inside ? "that comment begins here"
+                                                 : "it is first here";
 }
 
 // Turns findings into messages.
@@ -154,7 +173,7 @@ void add_warnings(std::string const &bytes, cat::SourceMap const &map, cWarningL
         if (!reporter.has_room(severity)) return reporter.count(severity);
         std::string const written = bytes.substr(finding.span.begin, finding.span.size());
         reporter.add(severity, finding, finding.span, words_of(finding, written),
-                     {finding.first, "it is first here"});
+                     {finding.first, note_of(finding.warning)});
     };
     find_doubtful(bytes, map, found);
 }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-constexpr size_t warning_count = 7;
+constexpr size_t warning_count = 10;
 
 char const *name_of(cWarning which);
 std::vector<cReport::cRule> warning_rules();
@@ -30,7 +30,8 @@ class cWarningLevels {
         bool is_error = false;
     };
     std::array<cState, warning_count> states_ = {
-        cState(), cState(), cState(), cState(), cState(), cState(), cState{.is_on = false}};
+        cState(), cState(), cState(), cState(), cState(),
+        cState(), cState(), cState(), cState(), cState{.is_on = false}};
     bool all_errors_ = false;
 };
 
