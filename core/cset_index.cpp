@@ -13,20 +13,33 @@ constexpr std::uint32_t most_walked = 8; // entries of a hash that needs no inde
 constexpr std::size_t first_capacity = 32;
 constexpr std::size_t longest_probe = 64; // entries that would need more are loose
 
-// The living indexes by their number less one; null where one has ended.
-std::vector<cSetIndex *> &living() {
-    static auto *const indexes =
-        new std::vector<cSetIndex *>; // client statics may outlive any other
-    return *indexes;
+// The living indexes by their number less one, null where one has ended, and the numbers less one
+// that are free.
+struct cLiving {
+    std::vector<cSetIndex *> indexes;
+    std::vector<std::size_t> free;
+};
+
+cLiving &living() {
+    static auto *const all = new cLiving; // client statics may outlive any other
+    return *all;
 }
 
-std::uint16_t number_of(cSetIndex &index) {
-    auto &indexes = living();
-    auto place = std::find(indexes.begin(), indexes.end(), nullptr);
-    if (place == indexes.end()) place = indexes.insert(place, nullptr);
-    *place = &index;
-    return static_cast<std::uint16_t>(
-        std::min<std::ptrdiff_t>(place - indexes.begin() + 1, cSetIndex::several));
+std::size_t place_for(cSetIndex &index) {
+    auto &[indexes, free] = living();
+    if (free.empty()) {
+        indexes.push_back(nullptr);
+        free.reserve(indexes.capacity()); // so that the end of an index needs no memory
+        free.push_back(indexes.size() - 1);
+    }
+    std::size_t const place = free.back();
+    free.pop_back();
+    indexes[place] = &index;
+    return place;
+}
+
+std::uint16_t number_of(std::size_t place) {
+    return static_cast<std::uint16_t>(std::min<std::size_t>(place + 1, cSetIndex::several));
 }
 
 // Only such objects can be equal to a plain value.
@@ -93,11 +106,15 @@ bool cSetIndex::holds(cAttrHash &hash, objref const &value) {
     return hash.findvalue(value) != nullptr;
 }
 
-cSetIndex::cSetIndex(cAttrHash const &hash) : id_(number_of(*this)), factor_(seeded_factor()) {
+cSetIndex::cSetIndex(cAttrHash const &hash)
+    : place_(place_for(*this)), id_(number_of(place_)), factor_(seeded_factor()) {
     for (cAttrNode *node = hash.first(); node; node = hash.next(node)) enter(*node);
 }
 
-cSetIndex::~cSetIndex() { std::ranges::replace(living(), this, nullptr); }
+cSetIndex::~cSetIndex() {
+    living().indexes[place_] = nullptr;
+    living().free.push_back(place_);
+}
 
 bool cSetIndex::holds_plain(cObj const &value) {
     if (!loose_.empty()) settle_loose();
@@ -207,7 +224,7 @@ void cSetIndex::remove_at(std::size_t at) noexcept {
 }
 
 void cSetIndex::loosen(cObj const &value) noexcept {
-    auto const &indexes = living();
+    auto const &indexes = living().indexes;
     if (value.index_ == several) {
         for (cSetIndex *const index : indexes)
             if (index) index->loosen_value(value);

@@ -59,6 +59,7 @@ class cSetIndex {
     void mark(cObj const &value) const noexcept;
     std::uint32_t hash_of(cObj const &value) const;
 
+    std::size_t const place_; // among the living indexes
     std::uint16_t const id_;
     bool failed_ = false; // without memory: everything is compared by walking
     std::uint64_t const factor_;

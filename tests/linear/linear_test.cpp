@@ -4,6 +4,7 @@
 #include "tests/support/fixture.h"
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csetobj.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 
@@ -14,6 +15,7 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -138,4 +140,15 @@ TEST_F(Linear, a_map_of_200_maps_of_5000_ints) {
     for (int i = 0; i < 200; ++i)
         text += "  map" + std::to_string(i) + "= {\n" + entries(5'000, true, 6) + "  }; \n";
     all_of(text + "}", 200);
+}
+
+TEST_F(Linear, a_hundred_thousand_sets_each_with_an_index) {
+    std::vector<cRef<cSetObj>> sets(100'000);
+    within_limits("appending", [&] {
+        for (cRef<cSetObj> &set : sets) {
+            set = make<cSetObj>();
+            for (int i = 0; i < 10; ++i) ASSERT_TRUE(set->append(cat::of(i)));
+        }
+    });
+    within_limits("destroying", [&] { sets.clear(); });
 }
