@@ -299,7 +299,7 @@ bool cat::detach_value(objref const &ref) {
     if (ref->refs() <= 1) return true;
     objref copy = ref->clone(false);
     if (!cObj::is_good(copy)) return false;
-    ref->before_change(); // an entry of a set may be what is replaced
+    if (ref) ref->before_change(); // a set may have it; clone() may have made the reference null
     const_cast<objref &>(ref) = std::move(copy);
     return true;
 }
