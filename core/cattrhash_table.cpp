@@ -194,7 +194,8 @@ cAttrNode *cAttrHash::find(std::string const &key) const {
 cAttrNode *cAttrHash::find(int key) const {
     if (form_ == cHashForm::row) {
         ++hash_probes;
-        return static_cast<std::uint32_t>(key) < used_ ? node_of(words_[key]) : nullptr;
+        auto const at = static_cast<std::uint32_t>(key);
+        return at < used_ ? node_of(words_[at]) : nullptr;
     }
     if (others_) return locate(make_key(key));
     return probe(search_for(key)).node;

@@ -71,7 +71,7 @@ TEST_F(ToolTokens, of_a_file_that_is_not_there) {
 }
 
 TEST_F(ToolTokens, of_long_strings) {
-    for (size_t const size : {65533, 65534, 65535, 200000}) {
+    for (size_t const size : {65533U, 65534U, 65535U, 200000U}) {
         std::string const text = "\"" + tool_test::times("x", size) + "\"";
         EXPECT_EQ(run_on("[" + text + "]", {"tokens"}),
                   (cRun{0,
