@@ -156,6 +156,14 @@ TEST_F(EditCommands, mv_brings_the_comments_of_all_places_of_a_repeated_key) {
         "{\n  m = {\n  };\n  m = {\n  };\n  z = 2; // one\n   /* two\n two */\n}");
 }
 
+TEST_F(EditCommands, mv_brings_the_comments_of_a_constant) {
+    write("f", "{\n  a = #nil; // not yet\n  // flag\n  b = #true;\n  m = {\n  };\n}\n");
+    EXPECT_EQ(out({"mv", "f", "a", "c"}),
+              "{\n  c = #nil; // not yet\n  // flag\n  b = #true;\n  m = {\n  };\n}\n");
+    EXPECT_EQ(out({"mv", "f", "b", "m/b"}),
+              "{\n  a = #nil; // not yet\n  m = {\n    // flag\n    b = #true;\n  };\n}\n");
+}
+
 TEST_F(EditCommands, mv_changes_positions_in_lists) {
     EXPECT_EQ(out({"mv", "f", "l/0", "l/2"}), with("10, 20, 30", "20, 30, 10"));
     EXPECT_EQ(out({"mv", "f", "l/2", "l/0"}), with("10, 20, 30", "30, 10, 20"));
