@@ -234,6 +234,13 @@ TEST_F(EditCommands, ins_into_lists_needs_no_key) {
               "f: error: s/0: the set holds q already\n");
 }
 
+TEST_F(EditCommands, ins_accepts_values_in_square_brackets) {
+    EXPECT_EQ(out({"ins", "f", "l/0", "before", "[]"}), with("10, 20", "[], 10, 20"));
+    EXPECT_EQ(out({"ins", "f", "l/0", "after", "[1, 2]"}), with("10, 20", "10, [1, 2], 20"));
+    EXPECT_EQ(out({"ins", "f", "b/x", "after", "z", "[[1,2],3]"}),
+              with("x = 1;", "x = 1; z = [[1, 2], 3];"));
+}
+
 TEST_F(EditCommands, ins_refuses_wrong_places_and_keys) {
     EXPECT_EQ(refused({"ins", "f", "a", "after", "5"}),
               "f: error: a: the key of the new entry is missing\n");
