@@ -76,6 +76,11 @@ TEST_F(EditCommands, del_of_all_entries_leaves_the_brackets) {
               "// head\n{\n}\n");
 }
 
+TEST_F(EditCommands, del_leaves_no_blanks_of_the_lines_that_it_empties) {
+    write("f", "{\n  a = 1;  b = 2; c = 3; // c\n  l = [ 1, // one\n    2 ]; // list\n}\n");
+    EXPECT_EQ(out({"del", "f", "b", "c", "l/0", "l/0"}), "{\n  a = 1;\n  l = []; // list\n}\n");
+}
+
 TEST_F(EditCommands, del_refuses_a_type_that_is_used) {
     EXPECT_EQ(refused({"del", "f", "M"}), "f: error: M: this type is still used\n");
     EXPECT_EQ(refused({"del", "f", "p", "P"}), "f: error: P: this type is still used\n");
