@@ -88,7 +88,7 @@ class NewText::BlockWriter {
         return out_.find_first_not_of(" \t\r\n") == out_.npos && is_blank(before);
     }
 
-    // Takes away the parts before that one, from the first that is neither kept nor gone.
+    // Removes the parts before that one that were not copied or removed yet.
     void remove_up_to(size_t end) {
         for (; next_ < end; ++next_) {
             Extent const &extent = parts_[next_].extent;
