@@ -70,6 +70,7 @@ class NewText::BlockWriter {
         }
         remove_up_to(parts_.size());
         copy_to(frame_.close.begin);
+        if (children.empty() && leaves_half_lines()) out_.clear();
         return std::move(out_);
     }
 
@@ -80,7 +81,14 @@ class NewText::BlockWriter {
         copied_ = offset;
     }
 
-    // Takes away the parts before that one, from the first that is neither kept nor gone.
+    // Is only white space left in brackets on lines with entries? They then need no lines.
+    bool leaves_half_lines() const {
+        if (parts_.empty() || out_.find('\n') == out_.npos) return false;
+        std::string_view const before = page_.text(frame_.open.end, parts_.front().extent.begin);
+        return out_.find_first_not_of(" \t\r\n") == out_.npos && is_blank(before);
+    }
+
+    // Removes the parts before that one that were not copied or removed yet.
     void remove_up_to(size_t end) {
         for (; next_ < end; ++next_) {
             Extent const &extent = parts_[next_].extent;
@@ -95,6 +103,7 @@ class NewText::BlockWriter {
                                           : page_.after_blanks(after_empty_item(extent.tail)));
             } else {
                 copy_to(page_.before_blanks(extent.begin));
+                if (!begins_line()) out_.erase(out_.find_last_not_of(" \t") + 1);
                 copied_ = std::max(copied_, after_empty_item(extent.tail));
                 remove_empty_line();
             }

@@ -18,7 +18,7 @@ class Comments {
 
     // Above an item that is written anew, or after it, with what separates them from it.
     std::string of(Item const &item, Where where, std::string const &indent) const;
-    // Those of one entry of the text.
+    // The same for one entry of the text.
     std::string at(size_t number, Where where, std::string const &indent) const;
     // The comments of the section that an entry of a donor begins: whole lines between it and the
     // one before, with the empty lines around them. Not the header of its text.

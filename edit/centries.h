@@ -18,8 +18,8 @@ constexpr size_t none = cat::SourceEntry::none;
 class Entries {
   public:
     explicit Entries(cat::SourceMap const &map);
-    // Adds those of a donor, whose text begins at that offset of the page. Their numbers come after
-    // all others; the first is its outermost value. Copies what the map has.
+    // Adds the entries of a donor, whose text begins at that offset of the page. They are numbered
+    // after all others; the first is its outermost value. Copies from the map.
     void add_donor(cat::SourceMap const &map, size_t offset);
     bool is_donated(size_t number) const { return number != none && number >= donor(); }
     size_t donor() const { return map_.size(); }
@@ -38,17 +38,17 @@ class Entries {
     void write_above(std::uint32_t anid) { below_ = anid; }
     bool is_below(size_t number) const { return below_ != 0 && anids_[number] == below_; }
     size_t size() const { return anids_.size(); }
-    // Is its key repeated, or the value of a set? Is that of any entry?
+    // Is the key of an entry repeated in the text, or its value in its set?
     bool comes_again(size_t number) const;
     bool any_comes_again() const { return any_comes_again_; }
     bool any_reference() const { return any_reference_; }
-    // All that are written for a node, in file order.
+    // All entries that are written for a node, in file order.
     std::vector<size_t> of(std::uint32_t anid) const;
     // The brackets that hold the entries of the value written there: its own, or those of the one
     // whole value between them.
     cat::SourceEntry frame(size_t number) const;
     std::vector<cat::SourceEntry> inside(size_t number) const;
-    // Those above it and after it.
+    // The comments above an entry and after it.
     std::vector<cat::SourceComment> const &comments(size_t number) const;
 
   private:

@@ -54,7 +54,7 @@ Layout Layouts::new_layout_of(Item const &item) {
     return layout;
 }
 
-// Most of those that are there, if they are blanks.
+// The last blanks between two entries; empty if more entries have nothing between them.
 std::string Layouts::gap_of(Parts const &parts) const {
     std::string gap = " ";
     size_t narrow = 0, wide = 0;

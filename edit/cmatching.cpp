@@ -239,7 +239,7 @@ WasEntry const *Matching::take_gone(cAttrNode const &node) {
         std::erase(found->second, donated);
         return donated;
     }
-    if (is_constant(node.valref())) return nullptr;
+    if (is_constant(node.valref()) && found->second.size() > 1) return nullptr; // which one?
     WasEntry const *const entry = found->second.back();
     found->second.pop_back();
     return entry;

@@ -32,7 +32,8 @@ class Matching {
     // In how many places of the tree the object is.
     unsigned places(objref const &value) const;
     // For a node that is new: the removed entry that held this very value, or the donor's entry
-    // that it comes from, or null. Each is returned once.
+    // that it comes from, or null. Each is returned once. A constant such as #nil has many places,
+    // so only a single removed entry with it counts.
     WasEntry const *take_gone(cAttrNode const &node);
     // The donor's entry with the value that a node has instead of another one; null for none.
     WasEntry const *donated(WasEntry const &was, cAttrNode const &node) const;

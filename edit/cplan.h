@@ -18,7 +18,7 @@ struct Item {
         literal,   // new text without parts
         block,     // a container: the brackets at `source`, with the children
         fresh,     // a container with new brackets
-        absent,    // no text: it is deeper than any reading goes
+        absent,    // no text: it is deeper than the reader accepts
         reference  // #cRef(the path of `target`)
     };
 

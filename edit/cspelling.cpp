@@ -1,8 +1,8 @@
 #include "edit/cspelling.h"
 
 // Each kind of literal is taken apart into what a person chose (the style) and what the value says.
-// The style of another kind, or one that can't hold the value, is not followed: then the exact
-// written form stands.
+// The style of another kind, or one that can't hold the value, is not followed: the literal is then
+// the exact written form.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"

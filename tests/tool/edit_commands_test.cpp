@@ -76,6 +76,11 @@ TEST_F(EditCommands, del_of_all_entries_leaves_the_brackets) {
               "// head\n{\n}\n");
 }
 
+TEST_F(EditCommands, del_leaves_no_blanks_of_the_lines_that_it_empties) {
+    write("f", "{\n  a = 1;  b = 2; c = 3; // c\n  l = [ 1, // one\n    2 ]; // list\n}\n");
+    EXPECT_EQ(out({"del", "f", "b", "c", "l/0", "l/0"}), "{\n  a = 1;\n  l = []; // list\n}\n");
+}
+
 TEST_F(EditCommands, del_refuses_a_type_that_is_used) {
     EXPECT_EQ(refused({"del", "f", "M"}), "f: error: M: this type is still used\n");
     EXPECT_EQ(refused({"del", "f", "p", "P"}), "f: error: P: this type is still used\n");
@@ -156,6 +161,14 @@ TEST_F(EditCommands, mv_brings_the_comments_of_all_places_of_a_repeated_key) {
         "{\n  m = {\n  };\n  m = {\n  };\n  z = 2; // one\n   /* two\n two */\n}");
 }
 
+TEST_F(EditCommands, mv_brings_the_comments_of_a_constant) {
+    write("f", "{\n  a = #nil; // not yet\n  // flag\n  b = #true;\n  m = {\n  };\n}\n");
+    EXPECT_EQ(out({"mv", "f", "a", "c"}),
+              "{\n  c = #nil; // not yet\n  // flag\n  b = #true;\n  m = {\n  };\n}\n");
+    EXPECT_EQ(out({"mv", "f", "b", "m/b"}),
+              "{\n  a = #nil; // not yet\n  m = {\n    // flag\n    b = #true;\n  };\n}\n");
+}
+
 TEST_F(EditCommands, mv_changes_positions_in_lists) {
     EXPECT_EQ(out({"mv", "f", "l/0", "l/2"}), with("10, 20, 30", "20, 30, 10"));
     EXPECT_EQ(out({"mv", "f", "l/2", "l/0"}), with("10, 20, 30", "30, 10, 20"));
@@ -224,6 +237,13 @@ TEST_F(EditCommands, ins_into_lists_needs_no_key) {
               "f: error: l/0: values in a vector have no keys: leave KEY out\n");
     EXPECT_EQ(refused({"ins", "f", "s/0", "after", "q"}),
               "f: error: s/0: the set holds q already\n");
+}
+
+TEST_F(EditCommands, ins_accepts_values_in_square_brackets) {
+    EXPECT_EQ(out({"ins", "f", "l/0", "before", "[]"}), with("10, 20", "[], 10, 20"));
+    EXPECT_EQ(out({"ins", "f", "l/0", "after", "[1, 2]"}), with("10, 20", "10, [1, 2], 20"));
+    EXPECT_EQ(out({"ins", "f", "b/x", "after", "z", "[[1,2],3]"}),
+              with("x = 1;", "x = 1; z = [[1, 2], 3];"));
 }
 
 TEST_F(EditCommands, ins_refuses_wrong_places_and_keys) {

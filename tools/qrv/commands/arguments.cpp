@@ -34,9 +34,17 @@ void cArguments::required(char const *name, std::string &value, cTest test, char
     command_.add_option(name, value, help)->required()->check(validator(test));
 }
 
+// One option for each value: the parser splits the values of an option with several at commas if
+// they are in square brackets.
 void cArguments::required(char const *name, std::vector<std::string> &values, cRange count,
                           char const *help) {
-    command_.add_option(name, values, help)->required()->expected(count.lowest, count.highest);
+    for (int i = 0; i < count.highest; ++i) {
+        CLI::Option *const option = command_.add_option_function<std::string>(
+            i == 0 ? name : name + (" " + std::to_string(i)),
+            [&values](std::string const &value) { values.push_back(value); }, help);
+        option->required(i < count.lowest);
+        if (i > 0) option->group("");
+    }
 }
 
 void cArguments::repeated(char const *name, std::vector<std::string> &values, char const *help) {

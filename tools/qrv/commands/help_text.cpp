@@ -46,6 +46,7 @@ std::string cHelpText::short_of(CLI::App const &command) const {
     std::string text = make_description(&command) + make_usage(&command, command.get_name()) +
                        make_positionals(&command) + make_groups(&command, mode) +
                        make_subcommands(&command, mode);
+    text = CLI::detail::find_and_replace(text, " \n", "\n"); // after the name of a hidden argument
     text = CLI::detail::find_and_replace(text, "\n\n\n", "\n\n");
     return text.erase(text.find_last_not_of('\n') + 1) + '\n';
 }
@@ -68,10 +69,12 @@ std::string cHelpText::make_option_name(CLI::Option const *option, bool is_posit
     return names;
 }
 
-// A name with a blank has an optional part, and shows itself how many values there are.
+// A name with a blank has an optional part, and shows itself how many values there are. Hidden
+// arguments have no name here.
 std::string cHelpText::make_option_usage(CLI::Option const *option) const {
     std::string const name = make_option_name(option, true);
-    return name.find(' ') == name.npos ? Formatter::make_option_usage(option) : name;
+    bool const plain = !name.empty() && name.find(' ') == name.npos;
+    return plain ? Formatter::make_option_usage(option) : name;
 }
 
 std::string cHelpText::make_option_opts(CLI::Option const *option) const {

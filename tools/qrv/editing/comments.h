@@ -22,10 +22,9 @@ struct cEntrySpan {
     std::uint32_t end = 0; // with the delimiter
 };
 
-// What the writer knows of comments does not count: it keeps some, writes those of a shared value
-// at each of its places, and loses the others. So its text is taken without comments, and all of
-// the file's are put in, each once, where its entry is written. Formatting the result again changes
-// nothing.
+// The writer keeps some comments, writes those of a shared value at each of its places, and loses
+// the others. So the text is written without comments, and all comments of the file are put in,
+// each once, where its entry is written. Formatting the result again changes nothing.
 //
 //   above an entry     on lines of their own, in the entry's indentation
 //   after an entry     after it on its line; more of them below the first one

@@ -41,7 +41,7 @@ bool refuse(std::string const &path, std::string const &why, cMessages &messages
     return false;
 }
 
-// Makes a change, and tells the library's errors, or a reason if it has none.
+// Makes a change. Reports the library's errors, or the reason if there are none.
 bool attempt(std::string const &path, std::string const &reason, cMessages &messages,
              std::function<bool()> const &change) {
     cAttempt const made(change);
@@ -109,22 +109,22 @@ objref declared(objref const &value, objref const &key) {
     if (!value || !value->is_type() || !static_cast<cTypeObj const &>(*value).name().empty())
         return value;
     cat::ExactText const exact;
-    cat::ReadReport const unheard;
+    cat::ReadReport const errors;
     std::istringstream text('{' + cat::as_text(key) + "= " + cat::as_text(value) + '}');
     objref map;
-    if (cObj::readobj(text, map) != 0 || !unheard.empty()) return value;
+    if (cObj::readobj(text, map) != 0 || !errors.empty()) return value;
     cAttrNode const *const node = map_in(map)->datamap().find(key);
     return node ? node->valref() : value;
 }
 
 objref declared_at(objref const &root, std::string const &path, objref const &value) {
     if (!value || !value->is_type()) return value;
-    cMessages unheard(path, 1);
-    std::vector<objref> keys = keys_of(path, unheard);
+    cMessages ignored(path, 1);
+    std::vector<objref> keys = keys_of(path, ignored);
     if (keys.empty()) return value;
     objref const last = keys.back();
     keys.pop_back();
-    cFoundEntry const around = entry_at(root, keys, path, unheard);
+    cFoundEntry const around = entry_at(root, keys, path, ignored);
     objref const container = around.node ? around.node->valref() : root;
     bool const absent = !keys.empty() && !around.node;
     return !absent && is_list(container) ? value : declared(value, last);

@@ -14,8 +14,8 @@
 
 namespace {
 
-// What the writer made of the file's value. Only what is needed later is kept of the tree, so that
-// its memory is free for that of the second reading.
+// What the writer made of the file's value. The tree itself is not stored: the second reading needs
+// the memory.
 struct cWrittenAnew {
     std::string text;
     std::string image; // empty if not all could be written
@@ -44,11 +44,11 @@ class cSecondReading {
   public:
     cSecondReading(std::string const &text, std::string const &name) {
         cat::TypeScope const types;
-        cMessages unheard(name, 1);
-        cReading const reading = read_value(text, unheard);
+        cMessages ignored(name, 1);
+        cReading const reading = read_value(text, ignored);
         if (!reading.clean) return;
         image_ = image_of(reading.value);
-        comes_back_ = written(reading.value, "", false, unheard, room_for(text)) == text;
+        comes_back_ = written(reading.value, "", false, ignored, room_for(text)) == text;
     }
 
     std::string const &image() const { return image_; } // empty if it has errors

@@ -40,8 +40,8 @@ std::optional<cObstacle> in_list(objref const &list, objref const &key, std::str
 } // namespace
 
 std::optional<cObstacle> obstacle_at(objref const &root, std::string const &path) {
-    cMessages unheard(path, 1);
-    std::vector<objref> const keys = keys_of(path, unheard);
+    cMessages ignored(path, 1);
+    std::vector<objref> const keys = keys_of(path, ignored);
     objref container = root;
     for (size_t i = 0; i < keys.size() && container; ++i) {
         std::string const name = name_of(keys, i);

@@ -57,7 +57,7 @@ void first_reading(std::string const &bytes, cTask const &task, bool marked, cMe
         if (marks) reply.status = exit_found;
         return;
     }
-    if (types && types->tell_broken(reading.value, messages)) return;
+    if (types && types->report_broken(reading.value, messages)) return;
     bool const canonical = task.options.canonical;
     reply.text = written(reading.value, head_of(bytes, map), canonical, messages);
     if (marks) reply.text = marks->removed_from(reply.text);
@@ -71,14 +71,14 @@ void first_reading(std::string const &bytes, cTask const &task, bool marked, cMe
 cReply changed(std::string const &bytes, cTask const &task, bool marked,
                cMessages const &messages) {
     return apart(messages.name(), [&](cReply &reply) {
-        cMessages told(messages.name(), messages.limit());
-        told.source(bytes);
-        first_reading(bytes, task, marked, told, reply);
-        reply.found = told.findings();
+        cMessages found(messages.name(), messages.limit());
+        found.source(bytes);
+        first_reading(bytes, task, marked, found, reply);
+        reply.found = found.findings();
     });
 }
 
-// Step 1. What it tells is told.
+// Step 1. Forwards its messages.
 cReply changed(std::string const &bytes, cTask const &task, cMessages &messages) {
     cReply reply = changed(bytes, task, true, messages);
     bool const failed = reply.status == exit_found;
@@ -88,16 +88,16 @@ cReply changed(std::string const &bytes, cTask const &task, cMessages &messages)
     return reply;
 }
 
-// Step 2. Whether the bytes came back.
+// Step 2. Does writing the text again produce the same bytes?
 bool read_back(std::string const &text, std::string const &image, cWriteOptions const &options,
                cMessages &messages) {
     cReply const reply = apart(messages.name(), [&](cReply &r) {
-        cMessages unheard(messages.name(), 1);
+        cMessages ignored(messages.name(), 1);
         cat::SourceMap const map;
-        cReading const reading = read_value(text, unheard);
+        cReading const reading = read_value(text, ignored);
         if (!reading.clean) return;
-        r.text = written(reading.value, head_of(text, map), options.canonical, unheard);
-        if (unheard.count() == 0) r.image = image_of(reading.value);
+        r.text = written(reading.value, head_of(text, map), options.canonical, ignored);
+        if (ignored.count() == 0) r.image = image_of(reading.value);
         r.status = exit_done;
     });
     bool const read = reply.status == exit_done;
@@ -159,8 +159,8 @@ std::string target_of(std::string const &name, cWriteOptions const &options) {
     return options.output == "-" ? "" : options.output;
 }
 
-// By one name or by two. The paths are compared first: if another process replaced the file between two
-// looks at its number, one file would seem to be two.
+// By one name or by two. The paths are compared first: if another process replaced the file between
+// two looks at its number, one file would seem to be two.
 bool is_same_file(std::string const &name, std::string const &other) {
     if (name == other) return true;
     std::error_code error;
@@ -169,11 +169,11 @@ bool is_same_file(std::string const &name, std::string const &other) {
     return std::filesystem::equivalent(name, other, error);
 }
 
-int tell_changes(std::string const &name, cReply const &reply, cWriteOptions const &options) {
+int print_changes(std::string const &name, cReply const &reply, cWriteOptions const &options) {
     if (reply.text == reply.extra) return reply.status;
-    std::string const told = options.diff ? unified_diff(name, reply.extra, reply.text)
+    std::string const text = options.diff ? unified_diff(name, reply.extra, reply.text)
                                           : changes(name, reply.extra, reply.text);
-    return put_result(told) ? exit_found : exit_failed;
+    return put_result(text) ? exit_found : exit_failed;
 }
 
 } // namespace
@@ -194,14 +194,14 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     });
     put_messages(reply);
     if (reply.status == exit_failed) return exit_failed;
-    // The plain writer's bytes may not be readable: a loss that was told, but nothing to keep.
+    // The plain writer's text may read as another value. That is reported, and no file is replaced.
     bool const plain_output = options.canonical && !options.in_place;
     if (!plain_output && !reply.comes_back)
         return refuse(name, "the new text would change when it is read and written again");
-    bool const only_told = options.check || (options.diff && target.name().empty());
-    if (only_told || options.diff) {
-        int const told = tell_changes(name, reply, options);
-        if (only_told || told == exit_failed) return told;
+    bool const only_printed = options.check || (options.diff && target.name().empty());
+    if (only_printed || options.diff) {
+        int const status = print_changes(name, reply, options);
+        if (only_printed || status == exit_failed) return status;
     }
     if (target.name().empty()) return put_result(reply.text) ? reply.status : exit_failed;
     return put_into(target, reply, options,

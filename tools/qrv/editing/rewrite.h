@@ -10,7 +10,7 @@
 #include <functional>
 #include <string>
 
-// Where the result goes: to standard output, unless an option names something else.
+// Where the result is written: to standard output, unless an option names something else.
 struct cWriteOptions {
     bool check = false; // nowhere
     bool diff = false;  // what changes, as a diff, to standard output
@@ -32,9 +32,9 @@ struct cChanging {
     qrv::edit::Edit *edit;     // that replaces the changed bytes; null if the file is written anew
 };
 
-// False, with lines in `told`: nothing is written. If the file is written anew, a change that fails
-// is made once more, in a new reading.
-using cChange = std::function<bool(cChanging const &file, std::string &told)>;
+// False, with lines in `errors`: nothing is written. If the file is written anew, a change that
+// fails is made once more, in a new reading.
+using cChange = std::function<bool(cChanging const &file, std::string &errors)>;
 
 // Reads, changes and writes by the options. The exit code.
 int rewrite(std::string const &name, cWriteOptions const &options, cChange const &change);

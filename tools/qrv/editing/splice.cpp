@@ -1,8 +1,8 @@
 #include "tools/qrv/editing/splice.h"
 
-// The text is never trusted: it is read again, and its fingerprint must be that of the changed
-// value. If it is not, repeated keys may be the reason: then all is done again, with keys around
-// the change written once.
+// The new text is read again, and its fingerprint must be that of the changed value. If it is not,
+// repeated keys may be the reason. The change is then made again, and keys around it are written
+// once.
 
 #include "qrv/edit/cedit.h"
 #include "tools/qrv/editing/type_order.h"
@@ -24,17 +24,17 @@ cReply changed_text(std::string const &bytes, cChange const &change, Repeated re
         messages.source(bytes);
         std::optional<cat::SourceMap> map(std::in_place);
         cReading const reading = read_value(bytes, messages);
-        std::string told;
+        std::string errors;
         if (reading.clean) {
             qrv::edit::Edit edit(bytes, *map, reading.value);
-            if (change({reading.value, bytes, *map, &edit}, told)) {
+            if (change({reading.value, bytes, *map, &edit}, errors)) {
                 reply.text = edit.text(repeated);
                 reply.status = exit_done;
             }
         }
         map.reset(); // the fingerprint needs the memory
         reply.found = messages.findings();
-        reply.messages = told;
+        reply.messages = errors;
         if (reply.status == exit_done) reply.image = image_of(reading.value);
     });
 }
@@ -42,24 +42,24 @@ cReply changed_text(std::string const &bytes, cChange const &change, Repeated re
 // Of the first value in the text; empty if that has errors.
 std::string fingerprint_of(std::string const &text, std::string const &name) {
     cReply const reply = apart(name, [&](cReply &r) {
-        cMessages unheard(name, 1);
-        cReading const reading = read_value(text, unheard);
+        cMessages ignored(name, 1);
+        cReading const reading = read_value(text, ignored);
         if (reading.clean) r.image = image_of(reading.value);
     });
     return reply.image;
 }
 
 // Why the change can't be made, and what to do.
-void tell_why(std::string const &bytes, cChange const &change, std::string const &image,
-              cMessages &messages) {
+void report_why(std::string const &bytes, cChange const &change, std::string const &image,
+                cMessages &messages) {
     cReply const reply = apart(messages.name(), [&](cReply &r) {
         cMessages found(messages.name(), messages.limit());
         cat::SourceMap const map;
         cReading const reading = read_value(bytes, found);
         cTypeOrder const types(reading.value);
-        std::string unheard;
-        change({reading.value, bytes, map, nullptr}, unheard);
-        if (!types.tell_broken(reading.value, found))
+        std::string ignored;
+        change({reading.value, bytes, map, nullptr}, ignored);
+        if (!types.report_broken(reading.value, found))
             r.text = written(reading.value, "", false, found);
         r.found = found.findings();
     });
@@ -86,5 +86,5 @@ void splice(std::string const &bytes, cChange const &change, cMessages &messages
         reply.status = exit_done;
         return;
     }
-    tell_why(bytes, change, changed.image, messages);
+    report_why(bytes, change, changed.image, messages);
 }

@@ -132,7 +132,7 @@ void cStatements::tell(cat::ReadReport const &report) {
     messages_.more(report.dropped());
 }
 
-// False where nothing behind can be read. `good`: is there a value?
+// False if nothing after it can be read. `good`: is there a value?
 bool cStatements::read_value(cStatement &statement, bool &good) {
     cAttrLiteral token;
     scan_.gettok(token);

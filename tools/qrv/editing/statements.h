@@ -2,9 +2,9 @@
 // The text that `set` is given, cut into statements:
 //   statement = { ";" | "," } path operator value      path = [ "/" ] key { "/" key }
 //   operator  = "=" | "&=" | "+=" | "<<"
-// It is the language of the library's lists of assignments, read by the same scanner, but for what
-// would be passed over silently there and is an error here: a comment, a statement without value,
-// a bracket or a "=" behind a value, bytes that end the text, and what `check` finds in a value.
+// It is the language of the library's lists of assignments, read by the same scanner. What is
+// silently ignored there is an error here: a comment, a statement without value, a bracket or a "="
+// after a value, bytes that end the text, and what `check` finds in a value.
 
 #include "qrv/core/cobj.h"
 #include "qrv/text/read/cattrscan.h"
@@ -33,7 +33,7 @@ class cStatements {
     ~cStatements() = default;
 
     // The next statement; false at the end, or where it isn't known where the next one begins. A
-    // statement that can't be read is told and passed over.
+    // statement that can't be read is reported and skipped.
     bool next(cStatement &statement);
 
   private:

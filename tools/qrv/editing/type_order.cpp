@@ -64,7 +64,7 @@ cTypeOrder::cTypeOrder(objref const &root) {
     cWalk(note).walk(root);
 }
 
-bool cTypeOrder::tell_broken(objref const &root, cMessages &messages) const {
+bool cTypeOrder::report_broken(objref const &root, cMessages &messages) const {
     std::unordered_map<cObj const *, std::string> declared; // so far, then all: the path
     cTypeObj const *missing = nullptr;
     std::string user;

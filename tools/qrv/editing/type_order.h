@@ -13,9 +13,9 @@ class cTypeOrder {
     // Notes the types that a value declares.   O(size)
     explicit cTypeOrder(objref const &root);
 
-    // Is one of them needed before it is declared in the changed value, or where it is not declared
-    // any more? That is an error then.   O(size)
-    bool tell_broken(objref const &root, cMessages &messages) const;
+    // Reports a type that the changed value needs before its declaration, or without one. True if
+    // there is such a type.   O(size)
+    bool report_broken(objref const &root, cMessages &messages) const;
 
   private:
     std::unordered_map<cObj const *, objref> declared_; // held: a change may remove them
