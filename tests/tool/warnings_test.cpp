@@ -293,13 +293,27 @@ TEST_F(ToolWarnings, separators_with_an_error_get_no_warning) {
 
 TEST_F(ToolWarnings, decimal_commas) {
     EXPECT_EQ(checked({"[1,5]", "[1,5, 2,5]", "[1, 5; 2, 5]", "[a,b; c]", "{a= 1,5= 2; }",
-                       "[1.5; 2]", "[[1,5]; [2,5]]"}),
+                       "[1.5; 2]", "[[1,5]; [2,5]]", "[1,5;]", "[1,5,2; 2,5,7]", "[7; 1,5,2]"}),
               "");
     EXPECT_EQ(checked({"[1,5; 2,5]", "<7; -1,5>"}),
               "[1,5; 2,5]\n  1:2: warning: 1,5 is two numbers: write a decimal point "
               "[decimal-comma]\n"
               "<7; -1,5>\n  1:5: warning: -1,5 is two numbers: write a decimal point "
               "[decimal-comma]\n");
+}
+
+TEST_F(ToolWarnings, what_an_error_has_caused_gets_no_warning) {
+    EXPECT_EQ(checked({"{d= 2024-05-01; }"}),
+              "{d= 2024-05-01; }\n"
+              "  1:5: error: Missing delimiter after value: 2024 [0x40000002]\n"
+              "  1:5: note: write a date in quotes: \"2024-05-01\"\n"
+              "  1:5: note: 2 more errors follow from it\n");
+    EXPECT_NE(checked({"{a= b c; d= 007; }"}).find("[leading-zero]"), std::string::npos);
+    for (char const *text : {"{v= [1 007]; }", "{s= <1, 1; }", "{v= [1,5; 2; }"}) {
+        std::string const found = checked({text});
+        EXPECT_NE(found.find("error: "), found.npos) << text;
+        EXPECT_EQ(found.find("warning: "), found.npos) << found;
+    }
 }
 
 TEST_F(ToolWarnings, brackets_of_two_kinds) {

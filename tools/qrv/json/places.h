@@ -1,7 +1,7 @@
 #pragma once
-// Where the tokens of a JSON text stand. The parser tells what it meets, one token after the other,
-// but not where: so this walks over the same bytes beside it. Between two tokens that are told
-// stand only blanks, commas and colons.
+// The positions of the tokens of a JSON text. The parser reports one token after the other, but not
+// their positions, so this class walks over the same bytes. Between two reported tokens are only
+// blanks, commas and colons.
 
 #include "tools/qrv/output/messages.h"
 
@@ -14,15 +14,15 @@ class cJsonPlaces {
     explicit cJsonPlaces(std::string const &bytes);
     cJsonPlaces(std::string const &bytes, size_t offset); // after the token that ends there
 
-    void next();                            // to the next token that is told
+    void next();                            // to the next token that is reported
     size_t start() const { return start_; } // of that token
     size_t end() const { return end_; }     // after it
-    // The start of the token, told or not, that has this offset and stands behind the last one that
-    // was told. At the end of the text the end.
+    // The start of the token at this offset, reported or not, which must be after the last reported
+    // one. At the end of the text the end.
     size_t token_at(size_t offset) const;
     size_t end_of(size_t start) const; // of the token that begins there
     cPlace place(size_t offset);       // O(distance) while offsets grow
-    // Has the array whose bracket was told last an entry that is a container or has a line end?
+    // Has the array whose bracket was reported last an entry that is a container or has a line end?
     bool array_has_lines() const;
 
   private:
@@ -35,7 +35,7 @@ class cJsonPlaces {
 
     std::string const &bytes_;
     size_t start_ = 0;
-    size_t end_ = 0;         // behind the token
+    size_t end_ = 0;         // after the token
     size_t told_ = 0;        // the last offset that was asked for
     cPlace told_place_ = {}; // and its place
 };

@@ -267,7 +267,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
     cJsonText &text_;
     cRepetitions repetitions_;
     std::vector<cLevel> levels_;
-    size_t too_deep_ = 0; // levels that are passed over
+    size_t too_deep_ = 0; // levels that are skipped
 };
 
 } // namespace
@@ -300,9 +300,9 @@ cRepetitions cJsonFile::check(cMessages &messages) {
 }
 
 bool cJsonFile::write(cPutPiece const &put) const {
-    cMessages unheard("", 1);
+    cMessages known("", 1); // check() has reported them
     bool done = true;
-    convert(unheard, [&](std::string_view piece, size_t) { return done = put(piece); });
+    convert(known, [&](std::string_view piece, size_t) { return done = put(piece); });
     return done;
 }
 

@@ -2,10 +2,10 @@
 // A JSON file as text of the file format: object to map, array to vector, string, true and false to
 // themselves, a whole number that fits to int, every other number to double, null to #nil.
 //
-// What the file format can't hold is an error with position and path, and all are reported: a whole
-// number that is neither an int nor exactly a double, a key that occurs twice in an object, a
-// character 0 in a string or key, and nesting deeper than the reader goes. Rules can ask for
-// another value instead of the first two.
+// Values that the file format cannot hold are errors with position and path, and all are reported:
+// a whole number that is neither an int nor exactly a double, a key that occurs twice in an object,
+// a character 0 in a string or key, and nesting deeper than the reader accepts. Rules can replace
+// the first two errors by another value.
 //
 // Memory is the bytes of the file, and the keys of the objects that contain the current position.
 
@@ -18,7 +18,7 @@
 #include <string>
 #include <string_view>
 
-// A mark of UTF-8 that the text may begin with; it is passed over.
+// The byte order mark of UTF-8. It is ignored at the beginning of the text.
 constexpr std::string_view json_mark = "\xEF\xBB\xBF";
 
 struct cJsonRules {

@@ -1,7 +1,7 @@
 #pragma once
-// The text of a value of a JSON file, written as the value's parts come, so that no object is
-// created. It is what the library's writer makes of such an object in exact text: one entry a line,
-// but arrays on one line whose entries are scalars without line ends.
+// The text of a value of a JSON file, equal to what the library's writer writes for such an object
+// in exact text: one entry a line, but arrays of scalars without line ends on one line. It is
+// written part by part, so that no object is created.
 
 #include "qrv/text/write/cexacttext.h"
 #include "tools/qrv/json/value_print.h"

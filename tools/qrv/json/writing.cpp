@@ -61,7 +61,7 @@ class cJsonWriter {
 
   private:
     // A value that was written at another place, as long as it is written again. Values in it may
-    // be shared too, so that a short file stands for an endless text.
+    // be shared too, so that a short file can become an endless text.
     class cCopy {
       public:
         explicit cCopy(cJsonWriter &writer) : writer_(writer) {
@@ -189,7 +189,7 @@ class cJsonWriter {
         messages_.error("shared values would make the text too long");
     }
 
-    // What is written once more was told the first time.
+    // The losses in a value are reported when it is written for the first time.
     void lose(std::string const &what) {
         if (copies_ > 0) return;
         messages_.warning(messages_.tells_warnings() ? what + at_path(path_) : "");

@@ -1,5 +1,5 @@
 #pragma once
-// Objects as a JSON text. What JSON has no words for is written like this, and told as lost:
+// Objects as a JSON text. What JSON cannot express is written like this, with a warning:
 //
 //   a set                    an array
 //   a float                  a number, with the digits that a float has
@@ -35,5 +35,5 @@ struct cJsonForm {
     size_t room = 0;    // characters for which memory is reserved
 };
 
-// The text without a last line feed; empty when the work was given up. Losses are told as warnings.
+// The text without a last line feed; empty after an error. Losses are reported as warnings.
 std::string json_text(objref const &value, cJsonForm const &form, cMessages &messages);

@@ -1,6 +1,6 @@
 #pragma once
-// The two ways out: results on descriptor 1, messages on descriptor 2. A write that fails is told
-// once and remembered.
+// The two ways out: results on descriptor 1, messages on descriptor 2. A write that fails is
+// reported once and remembered.
 
 #include <string>
 #include <string_view>
@@ -8,7 +8,7 @@
 // Descriptors 0 to 2 that the caller closed are taken, so that no file gets one; using them fails.
 void fill_standard_descriptors();
 
-// False when the system refused, told by a message but for a reader that has gone.
+// False if the write failed. That is reported, unless the reader of a pipe has closed it.
 bool put_result(std::string_view bytes);
 void put_error(std::string const &where, std::string const &text);
 void put_lines(std::string_view lines); // as they are

@@ -111,13 +111,13 @@ cSource::cEntry const *cBrokenRules::entry_of(objref const &key) const {
     return found == by_key_.end() ? nullptr : &entries_[found->second];
 }
 
-// Was the value told to be wrong, or missing behind its key?
+// Has the value an error, or is it missing after its key?
 bool cBrokenRules::is_mistaken(objref const &key) const {
     cSource::cEntry const *const entry = entry_of(key);
     return entry && (!entry->value || mistaken_.count(*entry->value) != 0);
 }
 
-// Is the type of its default told at the declaration?
+// Has the declaration an error about the type of its default?
 bool cBrokenRules::has_wrong_default(objref const &key) const {
     std::optional<cPlace> const spec = source_.specified(type_.name(), key, place_);
     return spec && wrong_default(source_, source_.entries(*spec));

@@ -11,7 +11,7 @@
 class cBrokenRules {
   public:
     // All are borrowed: the object as it was read, the error about the whole of it, the places
-    // where errors are, and where to tell.
+    // where errors are, and the report that gets the errors.
     cBrokenRules(cObj &object, cat::ReadError const &error, cSource &source,
                  std::set<cPlace> const &mistaken, cat::ReadReport &report);
     cBrokenRules(cBrokenRules const &) = delete;
@@ -43,7 +43,7 @@ class cBrokenRules {
     std::unordered_map<std::string, size_t> by_key_;
     std::vector<cat::ReadError> found_;
     size_t counted_ = 0;      // more of them, beyond the limit
-    bool unreadable_ = false; // told that no object of the type can be read
+    bool unreadable_ = false; // an error says that no object of the type can be read
 };
 
 bool has_room(cat::ReadReport const &report);        // for an error more

@@ -112,8 +112,10 @@ class cWalk {
         cList keys = {};
         std::uint32_t without_key = 0; // the entries so far that have no key
         Span before = {};              // in a list, the item before
-        Span comma = {};               // two numbers with a comma and no blanks between them
-        bool has_semicolon = false;    // between items
+        bool is_after_semicolon = false;
+        bool is_after_comma = false; // without a blank
+        Span comma = {};             // two numbers with a comma and no blanks between them
+        bool has_semicolon = false;  // between items
     };
 
     void take(SourceEntry const &entry) {
@@ -146,7 +148,7 @@ class cWalk {
     void close() {
         cOpen const &open = open_.back();
         find_empty_item(open.entry.close.begin);
-        if (open.has_semicolon && !open.comma.empty())
+        if (open.has_semicolon && !open.comma.empty() && !open.entry.close.empty())
             found_({cWarning::decimal_comma, open.comma, open.comma});
         if (open.continues)
             merge(open.holder, open.keys);
@@ -214,7 +216,8 @@ class cWalk {
     }
 
     void check_member(SourceEntry const &entry) {
-        if (entry.anid == 0) return; // it was refused
+        bool const is_refused = entry.anid == 0;
+        if (is_refused || open_.back().entry.close.empty()) return;
         cMember &member = members_[entry.anid];
         if (std::exchange(member.set, entry.parent) == entry.parent)
             found_({cWarning::duplicate_member, entry.value, entry.value, member.value, {}});
@@ -257,15 +260,21 @@ class cWalk {
                 {cWarning::mixed_brackets, close, {entry.value.begin, close.end}, entry.open, {}});
     }
 
-    // In a list with both separators, a comma within 1,5 may be meant as a decimal point.
+    // In a list with both separators, a comma within 1,5 may be meant as a decimal point. In 1,5,2
+    // it is not.
     void note_separator(SourceEntry const &item) {
         cOpen &list = open_.back();
         Span const before = std::exchange(list.before, item.value);
-        if (!item.delimiter.empty() && bytes_[item.delimiter.begin] == ';')
-            list.has_semicolon = true;
-        if (before.empty() || !list.comma.empty() || item.value.begin != before.end + 1) return;
-        bool const is_comma = bytes_[before.end] == ',';
-        if (is_comma && is_integer(text_of(before)) && is_digit(bytes_[item.value.begin]))
+        list.has_semicolon = list.has_semicolon || list.is_after_semicolon;
+        list.is_after_semicolon = !item.delimiter.empty() && bytes_[item.delimiter.begin] == ';';
+        bool const is_after_comma =
+            !before.empty() && item.value.begin == before.end + 1 && bytes_[before.end] == ',';
+        bool const continues = std::exchange(list.is_after_comma, is_after_comma);
+        if (!is_after_comma) return;
+        if (continues && list.comma.end == before.end)
+            list.comma = {};
+        else if (!continues && list.comma.empty() && is_integer(text_of(before)) &&
+                 is_digit(bytes_[item.value.begin]))
             list.comma = {before.begin, item.value.end};
     }
 

@@ -14,7 +14,7 @@
 
 namespace {
 
-// Choices, their declaration, and scalars: nothing is read behind the first value.
+// Choices, their declaration, and scalars: nothing is read after the first value.
 bool takes_one_value(std::string const &name) {
     cTypeObj const *const type = known_type(name);
     if (!type) return false;

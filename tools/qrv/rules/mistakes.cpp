@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <string_view>
 
 namespace {
 
@@ -38,6 +39,7 @@ class cGroups {
                          [&](size_t a, size_t b) { return begin_of(all_[a]) < begin_of(all_[b]); });
         join_out_of_step();
         join_unclosed();
+        join_after_early_end();
         join_swallowed();
         join_broken_rules();
         join_unread();
@@ -102,8 +104,40 @@ class cGroups {
                 std::upper_bound(unclosed_.begin(), unclosed_.end(), end_of(all_[outer]),
                                  [&](cPlace place, size_t i) { return place < begin_of(all_[i]); });
             size_t const innermost = *std::prev(after);
-            if (innermost != outer) join(outer, innermost);
+            if (innermost != outer)
+                join(outer, is_open_reference(first(innermost)) ? first(innermost) : innermost);
         }
+    }
+
+    // It has read the rest of the text.
+    bool is_open_reference(size_t i) const {
+        return all_[i].kind == ErrorKind::read_ref &&
+               bytes_.find(')', lines_.offset(begin_of(all_[i]))) == bytes_.npos;
+    }
+
+    // At the first bracket that ends at another byte than a bracket: the map around it reads the
+    // rest of its entries, out of step.
+    void join_after_early_end() {
+        auto const ends_before = [&](size_t a, size_t b) {
+            return end_of(all_[a]) < end_of(all_[b]);
+        };
+        std::vector<size_t> early;
+        for (size_t const bracket : unclosed_)
+            if (ends_early(bracket)) early.push_back(bracket);
+        if (early.empty()) return;
+        size_t const bracket = *std::min_element(early.begin(), early.end(), ends_before);
+        for (size_t i = unread_; i < all_.size(); ++i) {
+            bool const is_out_of_step =
+                all_[i].kind == ErrorKind::read_equals || all_[i].kind == ErrorKind::read_no_key;
+            if (is_out_of_step && first(i) == i && end_of(all_[bracket]) < begin_of(all_[i]))
+                cause_[i] = first(bracket);
+        }
+    }
+
+    bool ends_early(size_t bracket) const {
+        if (!is_unclosed(all_[bracket])) return false;
+        size_t const end = lines_.offset(end_of(all_[bracket]));
+        return end < bytes_.size() && std::string_view("}])").find(bytes_[end]) == bytes_.npos;
     }
 
     void join_swallowed() {
@@ -117,13 +151,19 @@ class cGroups {
                                 all_[bracket].kind == ErrorKind::read_unclosed_set;
             bool const is_typed = all_[bracket].kind == ErrorKind::read_unclosed_type;
             auto i =
-                std::upper_bound(order.begin(), order.end(), begin_of(all_[bracket]),
-                                 [&](cPlace place, size_t e) { return place < begin_of(all_[e]); });
+                std::lower_bound(order.begin(), order.end(), begin_of(all_[bracket]),
+                                 [&](size_t e, cPlace place) { return begin_of(all_[e]) < place; });
             for (; i != order.end() && begin_of(all_[*i]) <= end_of(all_[bracket]); ++i)
-                if ((is_row && all_[*i].kind == ErrorKind::read_equals) ||
+                if ((is_row && (all_[*i].kind == ErrorKind::read_equals || is_key(*i, bracket))) ||
                     (is_typed && all_[*i].kind == ErrorKind::other))
                     join(*i, bracket);
         }
+    }
+
+    // Is it about the bracket where a key is expected?
+    bool is_key(size_t error, size_t bracket) const {
+        return all_[error].kind == ErrorKind::read_key_type &&
+               begin_of(all_[error]) == begin_of(all_[bracket]);
     }
 
     // What is wrong inside a value is reported before what is wrong with all of it, at its type.

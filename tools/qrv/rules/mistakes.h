@@ -4,12 +4,14 @@
 //   1  a run of errors, as the library reports it (cat::ReadError::follows); the first one counts
 //   2  a byte or an open comment that ends what is read, and what is reported there
 //   3  brackets that are not closed, one inside the other: the innermost counts, since it took the
-//      closing brackets of the others
+//      closing brackets of the others; a reference without ) counts before them, since it took all
 //   4  after an error in a map: an error about a key that is written as a value, after =
 //   5  what a bracket that is not closed has swallowed: entries with keys in a vector or a set, and
 //      entries that a type does not have
 //   6  an error that puts keys and values out of step in a value of a declared type: rules that the
 //      value as a whole breaks
+//   7  a byte that is not a bracket and yet ends a map: errors about keys after it, since the map
+//      around it reads the rest of the entries
 
 #include "qrv/text/read/creadreport.h"
 #include "tools/qrv/output/diagnostic.h"

@@ -76,7 +76,7 @@ bool cRules::tell(cat::ReadError &error) {
     }
     if (is_told(error)) return false;
     if (error.kind == ErrorKind::read_container && place_of(error) < told_) {
-        told_ = place_of(error); // for what was told of a value inside
+        told_ = place_of(error); // an error inside the value is reported
         return false;
     }
     if (is_unread(error)) return tell_failed(error, error.names.type);
@@ -87,7 +87,7 @@ bool cRules::tell(cat::ReadError &error) {
     return true;
 }
 
-// Said once more, of a value whose fault was told.
+// Is it a further error about a value whose mistake is reported?
 bool cRules::is_told(cat::ReadError const &error) const {
     return place_of(error) == told_ && (is_unread(error) || error.kind == ErrorKind::cannot_insert);
 }
@@ -96,8 +96,8 @@ bool cRules::has_error_inside(cPlace value) const {
     return mistaken_.upper_bound(value) != mistaken_.end();
 }
 
-// A typed value that can't be read: declarations and what is declared are told by what is wrong
-// inside, or else in words of their own.
+// A typed value that can't be read. For declarations and objects of declared types the error inside
+// is reported, or else a text for that kind of value.
 bool cRules::tell_failed(cat::ReadError &error, std::string const &name) {
     cTypeObj const *const type = known_type(name);
     if (!type) return true;
@@ -145,7 +145,7 @@ std::string cRules::no_formatted_number(cPlace place) const {
                                              : ", not " + shortened(what));
 }
 
-// Of a type whose declaration has an error only that is told.
+// If the declaration of the type has an error, only that error is reported.
 bool cRules::tell_unknown_type(cat::ReadError &error, std::string const &name) {
     if (source_.has_failed(name, place_of(error))) {
         told_ = place_of(error);

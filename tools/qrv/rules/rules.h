@@ -1,17 +1,17 @@
 #pragma once
-// Which rule of a declared type a value breaks, told where the offending entry stands. The reader
-// says only that a value of the type can't be read; and then the same again for the value's type
-// and its key. So:
-//   - each broken rule of an attribute set is a message of its own, with the place of the entry (of
-//     the object where one is missing), path, key and the place of the declaration
-//   - what the reader says of such a value as a whole is left out
-//   - so is what follows from an error inside: an attribute is not missing whose value is there and
-//     was told to be wrong, and a declaration with an error inside is just none
-//   - so is what follows at each object from an error in its type's declaration
-//   - unknown names of types, keys and choices come with the closest one that is known
+// Reports which rule of a declared type a value breaks, at the position of the offending entry. The
+// reader reports only that it cannot read a value of the type, and then the same for the value's
+// type and its key. So:
+//   - each broken rule of an attribute set is a separate message, with the position of the entry
+//     (of the object if the entry is missing), path, key and the position of the declaration
+//   - errors of the reader about such a value as a whole are left out
+//   - so are errors that follow from an error inside: an attribute with a wrong value is not
+//     missing, and a declaration with an error inside counts as absent
+//   - so are errors at each object that follow from an error in its type's declaration
+//   - the message about an unknown type, key or choice suggests the closest known name
 //   - no value is lost without an error: an error about a value is dropped only if another error is
 //     at the value, inside it, or in its type's declaration; else the reader's text is reported
-// Beyond a report's limit errors are counted and nothing is made up for them.
+// Beyond a report's limit errors are only counted, and no messages are composed.
 
 #include "qrv/text/read/creadreport.h"
 #include "tools/qrv/rules/source.h"

@@ -87,17 +87,22 @@ class cReporter {
         char const *text;
     };
 
-    cReporter(std::string const &bytes, cMessages &messages) : lines_(bytes), messages_(messages) {
+    cReporter(std::string const &bytes, cMessages &messages)
+        : bytes_(bytes), lines_(bytes), messages_(messages) {
         for (cDiagnostic const &error : messages.findings().diagnostics)
             if (error.place.line != 0) errors_.push_back(error.place);
         std::sort(errors_.begin(), errors_.end());
     }
 
-    bool is_explained(cDoubtful const &finding) {
+    bool is_explained(cDoubtful const &finding) const {
         if (errors_.empty()) return false;
         auto const error =
             std::lower_bound(errors_.begin(), errors_.end(), lines_.place(finding.scope.begin));
-        return error != errors_.end() && *error < lines_.place(finding.scope.end);
+        if (error != errors_.end() && *error < lines_.place(finding.scope.end)) return true;
+        bool const is_number = finding.warning == cWarning::leading_zero ||
+                               finding.warning == cWarning::wrapped_number;
+        return is_number && error != errors_.begin() &&
+               is_in_item(lines_.offset(*std::prev(error)), finding.span.begin);
     }
 
     bool has_room(cDiagnostic::cSeverity severity) const {
@@ -120,6 +125,13 @@ class cReporter {
     }
 
   private:
+    // Is it in the item that begins there? A number there is part of a date, for example.
+    bool is_in_item(size_t begin, size_t offset) const {
+        std::string_view const between = std::string_view(bytes_).substr(begin, offset - begin);
+        return between.find_first_of(";,{}[]<>()\n") == between.npos;
+    }
+
+    std::string const &bytes_;
     cLines lines_;
     cMessages &messages_;
     std::vector<cPlace> errors_;
