@@ -13,7 +13,7 @@ Layout Layouts::new_layout_of(Item const &item) {
     Layout layout = item.parent ? of(*item.parent) : Layout();
     layout.delimiter = is_list(*item.value) ? ',' : ';';
     layout.width = 0;
-    layout.gap = " ";
+    layout.gap.assign(1, ' ');
     layout.key.clear();
     if (item.how != Item::block) return layout;
     cat::SourceEntry const frame = entries_.frame(item.source);

@@ -5,6 +5,7 @@
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
+#include "qrv/core/cobjd.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 

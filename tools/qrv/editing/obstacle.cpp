@@ -13,7 +13,10 @@ namespace {
 
 std::string name_of(std::vector<objref> const &keys, size_t count) {
     std::string path;
-    for (size_t i = 0; i < count; ++i) path += (i > 0 ? "/" : "") + cat::as_text(keys[i]);
+    for (size_t i = 0; i < count; ++i) {
+        if (i > 0) path += '/';
+        path += cat::as_text(keys[i]);
+    }
     return path.empty() ? "the outermost value" : shortened(path);
 }
 
