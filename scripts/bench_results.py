@@ -45,7 +45,8 @@ class Row:
     def missed(self):
         """Why the row misses what it must reach, or None."""
         if self.name in MUST_BYTES and self.ours > MUST_BYTES[self.name]:
-            return f"{self.ours:.0f} bytes for each entry, or byte of the file, more than {MUST_BYTES[self.name]}"
+            each = "byte of the file" if self.name.startswith("tool_") else "entry"
+            return f"{self.ours:.0f} bytes for each {each}, more than {MUST_BYTES[self.name]}"
         if self.name in MUST and self.ratio > MUST[self.name]:
             return f"{self.ratio:.2f} times what {self.which} takes, more than {MUST[self.name]:.1f}"
         return None
