@@ -198,7 +198,7 @@ class GeneratedEdits : public QrvTest {
 
 unsigned documents() {
     char const *const given = std::getenv("QRV_EDITS");
-    return given ? static_cast<unsigned>(std::atoi(given)) : test::sanitized ? 400 : 1200;
+    return given ? static_cast<unsigned>(std::atoi(given)) : test::sanitized ? 400 : 2000;
 }
 
 TEST_F(GeneratedEdits, the_new_text_reads_as_the_changed_tree) {

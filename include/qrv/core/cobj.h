@@ -366,7 +366,7 @@ class QRV_API cObj : public cObjBase {
     explicit cObj(cTypeObj *type, cObjClass object_class = cObjClass::other) noexcept;
     inline cObj(cat::cBuiltinType type, cObjClass object_class) noexcept; // defined in cobjd.h
     // Before the value of an object is changed in place, or given out to be changed at any time:
-    // sets that find it by its value are told.
+    // the sets that find it by its value are notified.
     void before_change() const noexcept {
         if (index_ != 0 && index_ != index_given_out) [[unlikely]]
             leave_set_index();
