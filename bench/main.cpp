@@ -51,7 +51,8 @@ void print(json const &value) {
 
 std::vector<cWork> all_works() {
     std::vector<cWork> works = text_works();
-    for (auto const &more : {object_works(), vector_works(), call_works(), signal_works()})
+    for (auto const &more :
+         {object_works(), map_works(), vector_works(), value_works(), call_works(), signal_works()})
         works.insert(works.end(), more.begin(), more.end());
     return works;
 }

@@ -55,7 +55,7 @@ struct cSide {
 
 struct cWork {
     std::string name;
-    std::vector<std::string> sizes; // three, a factor of ten apart, for counting
+    std::vector<std::string> sizes; // three, for counting; the last is at least 100 times the first
     std::vector<std::string> timed; // of these
     std::vector<cSide> sides;       // ours first
 };
@@ -63,8 +63,10 @@ struct cWork {
 std::vector<cWork> text_works();   // text_rows.cpp
 std::vector<cWork> object_works(); // object_rows.cpp
 std::vector<cWork> vector_works(); // vector_rows.cpp
+std::vector<cWork> value_works();  // value_rows.cpp
 std::vector<cWork> call_works();   // call_rows.cpp
 std::vector<cWork> signal_works(); // signal_rows.cpp
+std::vector<cWork> map_works();    // map_rows.cpp
 
 // A library failed at what it must do: there is nothing to compare.
 [[noreturn]] inline void stop(std::string const &what) {

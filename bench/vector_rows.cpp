@@ -100,10 +100,8 @@ template <class Take> cRounds index_tcl(int n, Take take) {
 }
 
 cRounds borrow_qrv(int n) {
-    return index_qrv(n, [](cVectorObj &vector, int i) {
-        cAttrNode const *const node = vector.datamap().findpos(static_cast<unsigned int>(i));
-        return node && node->valref();
-    });
+    return index_qrv(
+        n, [](cVectorObj &vector, int i) { return vector.datamap().valueof(i) != nullptr; });
 }
 
 cRounds borrow_tcl(int n) {

@@ -41,7 +41,7 @@ specref as_spec(objref const &value) {
     return specref::share(dynamic_cast<cAttspec *>(value.get()));
 }
 
-// Keys and values as they stand: what follows may run foreign code.
+// Keys and values as they stand: what follows may run user code.
 using pairs = std::vector<std::pair<objref, objref>>;
 
 pairs pairs_of(cAttrHash const &hash) {
@@ -142,7 +142,7 @@ bool cTomAttrset::validate(cObj &obj) {
     if (!map) return false;
     objref const keep = objref::share(&obj);
     for (auto const &[key, value] : pairs_of(map->datamap())) {
-        specref const spec = as_spec(obj.type().getattr(key)); // RUNS FOREIGN CODE
+        specref const spec = as_spec(obj.type().getattr(key)); // RUNS USER CODE
         if (!spec || !obeys(*spec, value)) return false;
     }
     return true;

@@ -49,7 +49,7 @@ bool set_type(cAttspec &spec, objref const &key, objref const &value) {
     objref const found = cat::type_of_key(value); // may load a type
     auto *const type = dynamic_cast<cTypeObj *>(found.get());
     if (cObj::is_bad(found) || !type) {
-        std::string const text = text_hooks.as_text(value); // RUNS FOREIGN CODE
+        std::string const text = text_hooks.as_text(value); // RUNS USER CODE
         begin_error(err_attspec_unknown, spec, key) << cNamed::name(text);
         return raise_eros();
     }

@@ -2,7 +2,7 @@
 // to the type, and a new container at an old address has another id. The hash that the value stands
 // in is kept alive by its base.
 //
-// Everything that asks the choices runs foreign code, which may change them again, and update this
+// Everything that asks the choices runs user code, which may change them again, and update this
 // very value from within. So each step afterwards looks first whether it is still wanted.
 
 #include "qrv/containers/cchoiceval.h"
@@ -81,11 +81,11 @@ void cChoiceVal::go_to(objref const &choices) {
     cat::merge_charge(); // a text can declare a type again for each of its values
     seen_ = choices.get();
     seen_id_ = choices ? choices->obid() : 0;
-    cIterObj const first = choices ? choices->begin() : cIterObj(); // RUNS FOREIGN CODE
+    cIterObj const first = choices ? choices->begin() : cIterObj(); // RUNS USER CODE
     if (!saw(choices)) return;                                      // others came from within
     take(first);
     if (is_good(former))
-        setkey(former); // else it stays at the first. RUNS FOREIGN CODE
+        setkey(former); // else it stays at the first. RUNS USER CODE
     else
         setpos(-1);
 }

@@ -61,7 +61,7 @@ bool cTomChoiceVal::m_assign(cObj &obj, objref &arg) {
     if (!choice) return false;
     objref const keep = objref::share(&obj);
     auto const *const other = dynamic_cast<cIterObj const *>(arg.get());
-    choice->setkey(other ? objref(other->key()) : arg); // RUNS FOREIGN CODE
+    choice->setkey(other ? objref(other->key()) : arg); // RUNS USER CODE
     return true;
 }
 
@@ -82,7 +82,7 @@ bool set_choice(cTypeObj &type, objref const &key, objref const &value) {
         choices = make<cMapObj>();
         type.set_tmember("choices", choices); // RE-ENTERS
     }
-    return choices->setattr(key, value); // RUNS FOREIGN CODE
+    return choices->setattr(key, value); // RUNS USER CODE
 }
 
 } // namespace

@@ -133,7 +133,7 @@ cMapObj *cat::comparable(cMapObj const &a, objref const &b) noexcept {
 bool cat::same_value(objref const &a, objref const &b) {
     if (a == b) return true;
     if (!a || !b) return false;
-    objref const left = a; // both may go while foreign code compares
+    objref const left = a; // both may go while user code compares
     objref const right = b;
     return left->equal(right);
 }

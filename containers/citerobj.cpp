@@ -117,7 +117,7 @@ cAttrNode *cIterObj::node() const noexcept {
         static_cast<void *>(link_)); // the end position: an address, not a node
 }
 
-objref const &cIterObj::key() const noexcept {
+objref const &cIterObj::key() const {
     return cAttrNode::key(valid() ? hash_->node_at(link_) : nullptr);
 }
 
@@ -132,7 +132,9 @@ cObj &cIterObj::value() const noexcept {
 
 bool cIterObj::valid_value() const noexcept { return valid() && !is_void(valref()); }
 
-int cIterObj::key_as_index() const noexcept { return cat::as_index(key()); }
+int cIterObj::key_as_index() const noexcept {
+    return cAttrNode::key_as_index(valid() ? hash_->node_at(link_) : nullptr);
+}
 
 cIterObj &cIterObj::operator++() noexcept {
     move(at_node() && !valid() ? hash_->anchor() : link_->next());
@@ -186,7 +188,7 @@ bool cIterObj::setpos(int n) noexcept {
 bool cIterObj::setkey(objref const &key) {
     hashref const hash = hash_;
     objref const wanted = key;                                   // perhaps a key of the hash itself
-    cAttrNode *const node = hash ? hash->find(wanted) : nullptr; // RUNS FOREIGN CODE
+    cAttrNode *const node = hash ? hash->find(wanted) : nullptr; // RUNS USER CODE
     if (!node || hash_ != hash) return false;                    // that took another hash
     move(node);
     return true;

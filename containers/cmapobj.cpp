@@ -160,7 +160,7 @@ class cEmptyChilds {
             if (child->datamap().empty()) {
                 objref const key = walk.key();
                 std::uint32_t const before = hash->used();
-                hash->delitem(key); // RUNS FOREIGN CODE
+                hash->delitem(key); // RUNS USER CODE
                 // A key that no search finds can only stay.
                 if (walk.valid() && hash->used() >= before) continue;
                 ++removals_;

@@ -83,11 +83,17 @@ class cDetach {
 
         cRest *outer() const noexcept { return outer_; }
         void list_keys() {
+            if (copied) copied_key = copied->key();
             for (; node; node = hash_.next(node)) keys.push_back(node->key());
         }
 
-        cAttrNode *node = nullptr; // the next one, while the call is quiet
-        std::vector<objref> keys;  // afterwards
+        // While the call is quiet: the one whose container is being copied, and the next one.
+        cAttrNode const *copied = nullptr;
+        cAttrNode *node = nullptr;
+        // Afterwards.
+        objref copied_key;
+        std::vector<objref> keys;
+
       private:
         cDetach &call_;
         cAttrHash const &hash_;
@@ -96,7 +102,7 @@ class cDetach {
 
     bool all(cMapObj &map);
     bool item_quietly(cAttrHash &hash, cRest &rest, bool &done);
-    bool container_quietly(cAttrHash &hash, cAttrNode &node);
+    bool container_quietly(cAttrHash &hash, cRest &rest, cAttrNode &node);
     void expect_user_code();
     bool is_quiet(cObj const &container) const;
     bool item(cAttrHash &hash, objref const &key);
@@ -137,27 +143,29 @@ bool cDetach::item_quietly(cAttrHash &hash, cRest &rest, bool &done) {
     } else if (value->type().flags_of(tf_container)) {
         if (!is_quiet(*value)) return false;
         rest.node = hash.node_at(node.next());
-        done &= container_quietly(hash, node);
+        done &= container_quietly(hash, rest, node);
         return true;
     } else {
         objref clone = cat::clone_plainly(*value);
         if (!clone) return false;
-        cAttrInsert::replace(node, std::move(clone));
+        cAttrInsert::swap_scalar(node, clone);
     }
     rest.node = hash.node_at(node.next());
     return true;
 }
 
 // What is below may run user code, which may remove the node.
-bool cDetach::container_quietly(cAttrHash &hash, cAttrNode &node) {
-    objref const key = node.key(), value = node.valref();
+bool cDetach::container_quietly(cAttrHash &hash, cRest &rest, cAttrNode &node) {
+    objref const value = node.valref();
     objref new_value = new_container(value);
     if (!new_value) return true;
+    rest.copied = &node;
     bool const done = copy(value, new_value);
     if (quiet_)
         cAttrInsert::replace(node, std::move(new_value));
     else
-        hash.setitem(key, new_value);
+        hash.setitem(rest.copied_key, new_value);
+    rest.copied = nullptr;
     return done;
 }
 

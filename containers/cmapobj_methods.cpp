@@ -138,7 +138,7 @@ namespace {
 // By value: the hook may remove the nodes that hold the keys.
 bool same_key(objref const a, objref const b) {
     if (!a || !b) return a == b;
-    return a->type().hasheq(a, b); // RUNS FOREIGN CODE
+    return a->type().hasheq(a, b); // RUNS USER CODE
 }
 
 // Every key of a in b with an equal value.

@@ -12,7 +12,7 @@
 //
 // Parts that are shared or hold themselves: the pairs of containers copied by one outermost call
 // are remembered and not copied again, except for appending, which is done as often as it is met.
-// The memo is handed down only through calls that this file makes itself, never to foreign code.
+// The memo is handed down only through calls that this file makes itself, never to user code.
 
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
@@ -236,7 +236,7 @@ bool cAttrCopy::merge(objref const &key) {
     return true;
 }
 
-// Does assign come straight back to attrcopy, with no foreign code between?
+// Does assign come straight back to attrcopy, with no user code between?
 bool assigns_by_attrcopy(cObj const &obj) {
     if (obj.flags_of(of_exe_member | of_const)) return false;
     cVoidFunction const assign = obj.type().method(mid_assign);

@@ -18,7 +18,9 @@ objref cObj::operator/(int key) {
                           (type_ == core.vector || type_ == core.set) &&
                           cat::is_builtin(*core.integer, cat::method_bit(mid_create));
     if (!is_plain || cat::as_map(this)->datamap().has_foreign_keys()) return getattr(own_key(key));
-    cAttrNode const *const node = cat::as_map(this)->datamap().find(key);
+    cAttrHash const &hash = cat::as_map(this)->datamap();
+    if (cObj *const value = hash.valueof(key)) return objref::share(value);
+    cAttrNode const *const node = hash.find(key);
     return node ? node->valref() : cat::badfind();
 }
 

@@ -128,7 +128,8 @@ bool cat::may_hold_values(cObj const &obj) noexcept {
 }
 
 bool cObj::is_owner_of(cObj const &other) {
-    return cat::may_hold_values(*this) && cOwnerWalk(other, nullptr).finds_from(*this);
+    return cat::may_hold_values(*this) && other.may_be_a_value() &&
+           cOwnerWalk(other, nullptr).finds_from(*this);
 }
 
 bool cat::is_plainly_apart(cAttrHash const &values, cObj const &other) {

@@ -1,5 +1,5 @@
 #pragma once
-// A walk over the ring of a hash during which foreign code may run. It keeps the memory of the
+// A walk over the ring of a hash during which user code may run. It keeps the memory of the
 // node it stands on: where that code removed the node, the walk ends there. The hash itself must
 // be kept alive by whoever walks.
 
@@ -14,8 +14,8 @@ class cRingWalk {
 
     bool valid() const noexcept { return node_ && !node_->is_dead(); }
     cAttrNode *node() const noexcept { return node_; }
-    // Key and value are to be copied before foreign code runs.
-    objref const &key() const noexcept { return node_->key(); }
+    // Key and value are to be copied before user code runs.
+    objref const &key() const { return node_->key(); }
     objref const &valref() const noexcept { return node_->valref(); }
 
     void step() noexcept {

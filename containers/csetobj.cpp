@@ -59,7 +59,7 @@ bool equal_sets(cMapObj const &a, cMapObj const &b) { return holds_all(b, a) && 
 bool cTomSet::setattr(cObj &obj, objref &key, objref &value) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map) return false;
-    objref const self = objref::share(&obj); // values are compared by foreign code
+    objref const self = objref::share(&obj); // values are compared by user code
     if (!cObj::is_kill(value) && cSetIndex::holds(map->datamap(), value)) return true;
     return cTomVector::setattr(obj, key, value);
 }
@@ -69,7 +69,7 @@ objref cTomSet::getattr(objref obj, objref key) { return cTomVector::getattr(obj
 bool cTomSet::m_append(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map) return false;
-    hashref const hash = map->datamap_ref(); // values are compared by foreign code
+    hashref const hash = map->datamap_ref(); // values are compared by user code
     if (arg && cSetIndex::holds(*hash, arg)) return false;
     hash->vect_append(arg);
     return true;

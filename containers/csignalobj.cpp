@@ -206,7 +206,7 @@ void cObjSlot1::do_slot(cObj &arg) {
 cSignal *cObj::changed_signal() const {
     if (!ommap_ || !held_types[signal_type]) return nullptr;
     hashref const hash = ommap_;
-    cAttrNode const *const node = hash->find(std::string("changed")); // RUNS FOREIGN CODE: keys
+    cAttrNode const *const node = hash->find(std::string("changed")); // RUNS USER CODE: keys
     if (!node || hash != ommap_ || is_void(node->valref())) return nullptr;
     if (&node->valref()->type() != held_types[signal_type]->get()) return nullptr;
     auto const *const ref = dynamic_cast<cSignalRef const *>(node->valref().get());

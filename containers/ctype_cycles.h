@@ -12,10 +12,10 @@
 namespace cat {
 
 // Remembers those of the types that can be reached from themselves, releases them all, empties
-// `left`, and destroys the remembered types that nothing else needs. RUNS FOREIGN CODE
+// `left`, and destroys the remembered types that nothing else needs. RUNS USER CODE
 void free_types(std::vector<typeref> &left);
 // Tear-down: the remembered types lose their members, so that no cycle is left. What a program
-// still holds of them can be dropped, but not used. RUNS FOREIGN CODE
+// still holds of them can be dropped, but not used. RUNS USER CODE
 void cut_type_cycles();
 
 } // namespace cat

@@ -32,7 +32,7 @@ bool cTypeObj::update_from(cTypeObj const &other) {
     if (cObj::is_bad(declared) || present == declared) return true;
     objref const keep = objref::share(this);
     if (!cat::merge_allows(*this, own_key(std::string(member)), declared)) return true;
-    if (cObj::is_good(present) && present->equal(declared)) return true; // RUNS FOREIGN CODE
+    if (cObj::is_good(present) && present->equal(declared)) return true; // RUNS USER CODE
     if (&type() == &cat::typetype_attlist())
         cTomAttlist::m_assign(*this, declared);
     else

@@ -4,7 +4,7 @@
 //
 // An object can change without its holders being told, so the index is for the length of a loop in
 // which only such plain values are handled. Appending, removing and moving nodes is noticed; where
-// a value in the hash may have been replaced or changed (foreign code ran) call forget().
+// a value in the hash may have been replaced or changed (user code ran) call forget().
 
 #include "qrv/core/cattrhash.h"
 
@@ -18,7 +18,7 @@ class cValueIndex {
     ~cValueIndex() = default;
 
     // The first node whose value equals the argument, or null. Values that are not plain, and
-    // types with an "equal" of their own, are looked up by the hash (RUNS FOREIGN CODE, after
+    // types with an "equal" of their own, are looked up by the hash (RUNS USER CODE, after
     // which everything is forgotten).   O(1) for plain ones, after O(new nodes)
     cAttrNode *find(cObj const &value);
     void forget() noexcept;

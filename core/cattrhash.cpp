@@ -1,10 +1,11 @@
-// The operations of cAttrHash. Each that runs foreign code keeps what it still needs: the hash by
+// The operations of cAttrHash. Each that runs user code keeps what it still needs: the hash by
 // cKeep, nodes by cHold, keys and values by references of its own, since an argument may be part of
 // the node that goes. After the last foreign call only kept things are looked at.
 
 #include "core/cattrhash_detail.h"
 #include "core/cattrhash_dying.h"
 #include "core/cattrhash_insert.h"
+#include "core/cholders.h"
 #include "core/cmember_lookup.h"
 #include "core/cset_index.h"
 #include "core/ctable_growth.h"
@@ -33,7 +34,7 @@ cAttrHash &cAttrHash::operator=(cAttrHash const &other) {
     clear();
     for (cAttrNode *node = other.first(); node;) {
         cHold const hold(node);
-        objref const key = node->key_, value = node->value_;
+        objref const key = node->key(), value = node->value_;
         *force_node(key) = value; // RE-ENTERS
         node = other.next(node);  // null if it went
     }
@@ -64,7 +65,9 @@ cAttrNode *cAttrHash::prev(cAttrNode const *node) const noexcept {
 
 // --- lookup
 
-cAttrNode *cAttrHash::find(char const *key) const { return key ? find(std::string(key)) : nullptr; }
+cAttrNode *cAttrHash::find(char const *key) const {
+    return key ? find(std::string_view(key)) : nullptr;
+}
 
 cAttrNode *cAttrHash::findpos(unsigned int position) const {
     if (position >= used_) return nullptr;
@@ -88,8 +91,8 @@ int cAttrHash::posofkey(objref const &key) const {
     int position = 0;
     for (cAttrNode *node = first(); node; ++position) {
         cHold const hold(node);
-        objref const stored = node->key_;
-        if (stored->type().hasheq(stored, searched)) return position; // RUNS FOREIGN CODE
+        objref const stored = node->key();
+        if (stored->type().hasheq(stored, searched)) return position; // RUNS USER CODE
         node = next(node);
     }
     return -1;
@@ -112,7 +115,7 @@ cAttrNode *cAttrHash::findvalue(cObj const &value) const {
     for (cAttrNode *node = first(); node;) {
         cHold const hold(node);
         objref const stored = node->value_;
-        if (stored && value.equal(*stored)) // RUNS FOREIGN CODE
+        if (stored && value.equal(*stored)) // RUNS USER CODE
             return node->dead_ ? nullptr : node;
         node = next(node);
     }
@@ -141,7 +144,7 @@ objref cAttrHash::getitem(char const *key) const {
 
 bool cAttrHash::setitem(objref const &key, objref const &value) {
     if (cObj::is_void(key) || cObj::is_bad(value)) return false;
-    objref const held = value; // the search runs foreign code
+    objref const held = value; // the search runs user code
     cAttrNode *const node = locate(key);
     if (!node) return false;
     try {
@@ -168,8 +171,7 @@ bool cAttrHash::mapitem(objref const &key, objref const &value) {
     if (held_value->is_exe() && !accept_exe(held_key, held_value)) return false;
     cAttrNode *const node = force_node(held_key);
     node->mapped_ = true;
-    node->before_replacing();
-    node->value_ = held_value; // RE-ENTERS
+    node->set_value(held_value); // RE-ENTERS
     return true;
 }
 bool cAttrHash::mapitem(std::string const &key, objref value) {
@@ -178,8 +180,7 @@ bool cAttrHash::mapitem(std::string const &key, objref value) {
     cAttrInsert::cPlace const place = cAttrInsert::text(*this, key, value);
     if (place.is_new) return true;
     place.node->mapped_ = true;
-    place.node->before_replacing();
-    place.node->value_ = value; // RE-ENTERS
+    place.node->set_value(std::move(value)); // RE-ENTERS
     return true;
 }
 bool cAttrHash::mapitem(char const *key, objref value) { return mapitem(key_of(key), value); }
@@ -193,6 +194,7 @@ bool cAttrHash::accept_exe(objref const &key, objref const &value) {
     cExeObj *const exe = cat::as_exe(value);
     if (!exe) return false;
     exe->set_name(text_hooks.as_string(key));
+    cHolders::note_own_method(father_, key);
     return exe->validate_exe(father_);
 }
 
@@ -202,7 +204,7 @@ bool cAttrHash::copyitem(objref const &key, objref const &value, bool detach_new
     cAttrNode const *const node = find(held_key);
     if (node && !cObj::is_void(node->value_)) {
         objref const present = node->value_;
-        return present->assign(held_value); // RUNS FOREIGN CODE
+        return present->assign(held_value); // RUNS USER CODE
     }
     if (!mapitem(held_key, held_value)) return false;
     return !detach_new || detach(held_key);
@@ -237,8 +239,8 @@ cAttrNode *cAttrHash::insert(objref const &key, objref const &value, cAttrNode *
     cHold const hold(node);
     node->mapped_ = true;
     if (before && before->table_ == this) move_before(*node, *before);
-    node->before_replacing();
-    node->value_ = held_value; // RE-ENTERS
+    if (held_value && held_value->is_exe()) cHolders::note_own_method(father_, node->key());
+    node->set_value(held_value); // RE-ENTERS
     return node->dead_ ? nullptr : node;
 }
 
@@ -253,9 +255,8 @@ void cAttrHash::rename(objref const &old_key, objref const &new_key) {
     if (target == source) return;
     target->mapped_ = true;
     if (source->dead_) return; // the new key's clone took it away
-    target->before_replacing();
-    objref lost = std::move(target->value_);
-    target->value_ = source->value_;
+    objref const lost = target->value_;
+    target->set_value(source->value_);
     move_before(*target, *source); // and source goes: target stands before what followed it
     remove(source);                // RE-ENTERS
 } //                                  RE-ENTERS: lost
@@ -264,7 +265,7 @@ bool cAttrHash::detach_node(cAttrNode const *node) const {
     if (!node) return false;
     cKeep const keep(this);
     cHold const hold(node);
-    return node->detach(); // RUNS FOREIGN CODE
+    return node->detach(); // RUNS USER CODE
 }
 
 bool cAttrHash::detach(objref const &key) const { return detach_node(find(key)); }

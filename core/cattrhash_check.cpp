@@ -9,6 +9,7 @@
 //   H7 what is known about the keys is right: counts of kinds, greatest index, vector or not
 //   H8 each key is found again under its cached hash (deep only)
 //   H10 the index of a set knows each node
+//   H11 the values after the nodes of a row are those of the nodes (core/cattrhash_row.cpp)
 //   H9 while no node was moved, the ring is in the order in which the nodes were made
 // In checking builds the cheap rules are held after each of the first changes of a small table and
 // after some later ones, and after every change number that is a power of two of any table.
@@ -61,7 +62,7 @@ std::string cAttrHash::broken_rule(bool deep) const {
             link->next()->prev() != link || seen.nodes > used_)
             return broken("H1");
         auto const *const node = static_cast<cAttrNode *>(link);
-        if (cObj::is_void(node->key_)) return broken("H4");
+        if (!node->lazy_ && cObj::is_void(node->key_)) return broken("H4");
         if (node->table_ != this || node->dead_ || !has_word(*node)) return broken("H2", node);
         if (!moved_ && node->anid_ < seen.anid) return broken("H9", node);
         seen.anid = node->anid_;
@@ -74,6 +75,7 @@ std::string cAttrHash::broken_rule(bool deep) const {
         (greatest_known_ && greatest_ != seen.greatest))
         return broken("H7");
     if (set_index_ && !set_index_->is_whole(*this)) return broken("H10");
+    if (!has_right_values()) return broken("H11");
     return deep ? broken_deep() : std::string();
 }
 
@@ -98,9 +100,9 @@ std::string cAttrHash::broken_table() const {
 std::string cAttrHash::broken_deep() const {
     for (cAttrNode *node = first(); node; node = next(node)) {
         if (is_floating(node->kind_)) continue;
-        if (node->key_->type().is_keytype() && locate(node->key_) != node) {
+        if (node->key()->type().is_keytype() && locate(node->key()) != node) {
             for (cAttrNode *other = first(); other; other = next(other))
-                if (other != node && other->key_->type().hasheq(other->key_, node->key_))
+                if (other != node && other->key()->type().hasheq(other->key(), node->key()))
                     return broken("H3", node);
             return broken("H8", node);
         }

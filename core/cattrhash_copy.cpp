@@ -2,6 +2,7 @@
 
 #include "core/cattrhash_detail.h"
 #include "core/cattrhash_insert.h"
+#include "core/cbuiltin.h"
 #include "core/cregistry.h"
 
 #include <cassert>
@@ -20,11 +21,15 @@ bool cAttrInsert::is_copyable(cAttrHash const &hash) noexcept {
     return true;
 }
 
-// As is_ready() says, their `create` does nothing.
-objref cAttrInsert::copy_of_key(cAttrNode const &node) {
-    if (node.kind_ == cKeyKind::int_key)
-        return make<cObjD<int>>(value_of<int>(node.key_), core.integer);
-    return make<cObjD<std::string>>(value_of<std::string>(node.key_), core.string);
+// An int that was changed since is not the hash that is copied too.
+cAttrNode *cAttrInsert::copy_of(cAttrNode const &node) {
+    if (node.kind_ == cKeyKind::int_key && node.key_number() != static_cast<int>(node.hash_))
+        return new cAttrNode(cAttrNode::cAdopt(), cat::make_value(node.key_number()),
+                             objref(node.value_));
+    ++cAttrNode::ob_lstid_;
+    bool const is_text = node.kind_ == cKeyKind::string_key;
+    return cAttrNode::lazy_node(node.kind_, is_text ? node.key_text() : std::string_view(),
+                                node.value_);
 }
 
 // A hash that had a table may hold keys that collide in an index, so these go in one by one.
@@ -34,11 +39,12 @@ void cAttrInsert::copy(cAttrHash &to, cAttrHash const &from) {
     if (at_once) to.seeded_ = from.seeded_;
     for (cAttrHash::cLink *link = from.anchor_.next(); link != &from.anchor_; link = link->next()) {
         auto const &node = *static_cast<cAttrNode const *>(link);
-        objref key = copy_of_key(node);
         if (at_once)
-            to.link_copy(*new cAttrNode(cAttrNode::cAdopt(), std::move(key), node.value_), node);
+            to.link_copy(*copy_of(node), node);
+        else if (node.kind_ == cKeyKind::int_key)
+            number(to, node.key_number(), node.value_);
         else
-            adopt(to, std::move(key), node.value_);
+            text(to, node.key_text(), node.value_);
     }
     if (at_once) to.make_index();
     to.check();

@@ -4,6 +4,23 @@
 
 constinit cAttrHash::cDying *cAttrHash::cDying::innermost = nullptr;
 
+inline void cAttrHash::cDying::free(cAttrNode &node) {
+    bool const counted = node.lazy_;
+    cObj *const key = node.key_.release();
+    cObj *const value = node.take_value().release();
+    if (hash_.form_ == cHashForm::table) hash_.words_[node.slot_] = slot_deleted;
+    node.unlink();
+    --hash_.used_;
+    if (node.refs() == 1) { // its destructor would find nothing to do
+        cPooled::operator delete(&node, node.memory());
+    } else {
+        leave_held(node);
+    }
+    release(value);
+    if (counted) cAttrNode::uncount_key();
+    release(key);
+}
+
 void cAttrHash::cDying::run() {
     while (cAttrNode *const node = hash_.first()) {
         if (in_order_)
@@ -13,22 +30,12 @@ void cAttrHash::cDying::run() {
     }
 }
 
-void cAttrHash::cDying::free(cAttrNode &node) {
-    cObj *const key = node.key_.release();
-    cObj *const value = node.value_.release();
-    if (hash_.form_ == cHashForm::table) hash_.words_[node.slot_] = slot_deleted;
-    node.unlink();
-    --hash_.used_;
-    if (node.refs() == 1) { // its destructor would find nothing to do
-        cAttrNode::operator delete(&node, sizeof node);
-    } else {
-        node.table_ = nullptr;
-        node.mapped_ = false;
-        node.dead_ = true;
-        node.unhold();
-    }
-    release(value);
-    release(key);
+[[gnu::noinline]] void cAttrHash::cDying::leave_held(cAttrNode &node) {
+    node.lazy_ = false;
+    node.table_ = nullptr;
+    node.mapped_ = false;
+    node.dead_ = true;
+    node.unhold();
 }
 
 void cAttrHash::cDying::release(cObj *target) {

@@ -18,6 +18,7 @@ class cAttrHash::cDying {
 
   private:
     void free(cAttrNode &node);
+    static void leave_held(cAttrNode &node);
     void put_in_order();
     static void release(cObj *target);
 

@@ -19,8 +19,6 @@
 
 namespace {
 
-constexpr std::uint32_t most_few = 8;
-constexpr std::uint32_t first_row = 16;
 constexpr std::uint32_t first_index = 16;
 
 constexpr std::uint32_t index_size(std::uint32_t nodes) { return std::bit_ceil(nodes + nodes / 2); }
@@ -50,7 +48,7 @@ cAttrHash::cFound cAttrHash::probe_index(cSearch const &search) const {
     if (!fits_index(search.kind)) return {nullptr, 0, 0, false};
     auto const is_it = [&](cAttrNode const &node) {
         return node.hash_ == search.hash && node.kind_ == search.kind &&
-               (search.kind == cKeyKind::int_key || is_text(node.key_, search.text));
+               (search.kind == cKeyKind::int_key || is_text(node.key_text(), search.text));
     };
     if (form_ == cHashForm::few) {
         hash_probes += used_;
@@ -65,11 +63,14 @@ cAttrHash::cFound cAttrHash::probe_index(cSearch const &search) const {
         return {found ? node_of(words_[search.hash]) : nullptr, 0, 0, false};
     }
     cIndexSteps at(search.hash, capacity_, seeded_);
-    std::uint32_t steps = 1;
-    cAttrNode *node = node_of(words_[at.at]);
-    for (; node && !is_it(*node); ++steps, node = node_of(words_[at.at])) at.next();
-    hash_probes += steps;
-    return {node, at.at, steps, false};
+    cSlotWord const tag = tag_of(search.hash);
+    for (std::uint32_t steps = 1;; ++steps, at.next()) {
+        cSlotWord const word = words_[at.at];
+        bool const is_free = word == slot_unused;
+        if (!is_free && ((word ^ tag) > address_mask || !is_it(*node_of(word)))) continue;
+        hash_probes += steps;
+        return {is_free ? nullptr : node_of(word), at.at, steps, false};
+    }
 }
 
 // Before a node is linked, so that the hash is whole if there is no memory. False if what a search
@@ -91,15 +92,17 @@ bool cAttrHash::make_room(cAttrNode const &node, std::uint32_t steps) {
         seed_keys();
         return rebuild_index(capacity_), false;
     }
-    return std::uint64_t{4} * wanted <= std::uint64_t{3} * capacity_ ||
-           (rebuild_index(2 * capacity_), false);
+    return fits_words(wanted, capacity_) || (rebuild_index(2 * capacity_), false);
 }
 
 // The node is the last of the ring, and there is room for it.
 void cAttrHash::add_to_index(cAttrNode &node, cFound const &place) {
     if (is_too_full(used_, size_)) size_ = hash_grown_size(size_, hash_primes());
     if (form_ == cHashForm::few) return;
-    words_[form_ == cHashForm::row ? used_ - 1 : place.free] = reinterpret_cast<cSlotWord>(&node);
+    if (form_ == cHashForm::row)
+        add_to_row(node);
+    else
+        words_[place.free] = index_word_of(node);
 }
 
 // All nodes were linked without it.
@@ -110,29 +113,15 @@ void cAttrHash::make_index() {
     rebuild_index(std::max(first_index, index_size(used_)));
 }
 
-void cAttrHash::rebuild_row() {
-    std::uint32_t const capacity = std::max({first_row, capacity_ + capacity_ / 2, used_});
-    auto words = std::make_unique_for_overwrite<cSlotWord[]>(capacity);
-    if (form_ == cHashForm::row) {
-        std::copy_n(words_.get(), used_, words.get()); // without a look at each node
-    } else {
-        cSlotWord *word = words.get();
-        for (cAttrNode *node = first(); node; node = next(node))
-            *word++ = reinterpret_cast<cSlotWord>(node);
-    }
-    words_ = std::move(words);
-    form_ = cHashForm::row;
-    capacity_ = capacity;
-}
-
 void cAttrHash::rebuild_index(std::uint32_t capacity) {
     words_ = std::make_unique<cSlotWord[]>(capacity);
+    has_values_ = false;
     form_ = cHashForm::index;
     capacity_ = capacity;
     for (cAttrNode *node = first(); node; node = next(node)) {
         cIndexSteps at(node->hash_, capacity_, seeded_);
         while (words_[at.at] != slot_unused) at.next();
-        words_[at.at] = reinterpret_cast<cSlotWord>(node);
+        words_[at.at] = index_word_of(*node);
     }
 }
 

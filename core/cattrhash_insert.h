@@ -45,31 +45,50 @@ struct cAttrInsert {
         std::uint32_t hash;
     };
     static cAttrNode *find(cAttrHash const &hash, cKnownText const &key);
+    // Is it what find() would give? False also where that would have to be looked up.
+    static bool is_found(cAttrNode const &node, cAttrHash const &hash,
+                         cKnownText const &key) noexcept {
+        return node.table_ == &hash && node.hash_ == key.hash &&
+               node.kind_ == cKeyKind::string_key && is_text(node.key_text(), key.text);
+    }
+
+    // In the place of the node's value, whatever that is and its flags say; null and badfind are
+    // stored too. RE-ENTERS if the old one ends.
+    static void replace(cAttrNode &node, objref &&value) { node.set_value(std::move(value)); }
+
+    // Where both values are scalars, which own nothing and so are not counted.
+    static void swap_scalar(cAttrNode &node, objref &value) noexcept {
+        node.before_replacing();
+        if (node.table_) node.table_->note_value(node, value.get());
+        node.value_.swap(value);
+    }
+
+    // A value is replaced through a reference that may be a node's.
+    static void note_unseen() noexcept { ++cAttrHash::replaced_unseen_; }
 
     // As vect_append; false where the hash isn't ready, its keys aren't all ints, or the greatest
     // int is among them.
     static bool append(cAttrHash &hash, objref const &value);
-    // In the place of the node's value, whatever that is. RE-ENTERS if the old one ends.
-    static void replace(cAttrNode &node, objref &&value) {
-        node.before_replacing();
-        node.value_ = std::move(value);
-    }
-
     // core/cattrhash_copy.cpp: is the key exactly a string or an int; and does copy() have the
     // effect of mapitem for each node, that is, are all keys plain and all values good and not
     // executable?
     static bool has_plain_key(cAttrNode const &node) noexcept {
         return node.kind_ == cKeyKind::string_key || node.kind_ == cKeyKind::int_key;
     }
+    // Is the key an int without an object so far? Then asking for it can be spared.
+    static bool is_lazy_number(cAttrNode const &node) noexcept {
+        return node.lazy_ && node.kind_ == cKeyKind::int_key;
+    }
     static bool is_copyable(cAttrHash const &hash) noexcept; // O(n)
     // All nodes of a hash that is copyable into an empty one. Clones keys, shares values.
     static void copy(cAttrHash &to, cAttrHash const &from);
 
   private:
-    static void append_next(cAttrHash &hash, objref const &value);
-    static objref copy_of_key(cAttrNode const &node);
-    template <class MakeKey> static cPlace insert(cAttrHash &hash, cAttrHash::cSearch const &search,
-                                                  MakeKey make_key, objref const &value);
+    static cAttrNode *copy_of(cAttrNode const &node);
+    static std::unique_ptr<cAttrNode> make_node(cAttrHash::cSearch const &search,
+                                                objref const &value);
+    static cPlace insert(cAttrHash &hash, cAttrHash::cSearch const &search, objref const &value);
+    static void link_last(cAttrHash &hash, cAttrNode &node, cAttrHash::cFound const &place);
     static cAttrNode &add(cAttrHash &hash, cAttrHash::cFound const &found,
-                          cAttrHash::cSearch const &search, objref key, objref value);
+                          cAttrHash::cSearch const &search, std::unique_ptr<cAttrNode> node);
 };

@@ -3,6 +3,7 @@
 #include "core/cattrhash_detail.h"
 #include "core/cbuiltin.h"
 #include "core/cerr_object.h"
+#include "core/cholders.h"
 #include "core/cregistry.h"
 #include "core/cset_index.h"
 #include "core/ctext_hooks.h"
@@ -27,18 +28,27 @@ cObj const &key_object(cAttrNode const *node) {
 cAttrNode::cAttrNode(objref const &key) : cAttrNode(key, cat::nil()) {}
 
 cAttrNode::cAttrNode(objref const &key, objref const &value)
-    : cHashNode(clone_key(key)), value_(value), anid_(an_lstid++) {}
+    : cHashNode(clone_key(key)), value_(value), anid_(an_lstid++) {
+    cHolders::enter(value_);
+}
 
-cAttrNode::cAttrNode(cAdopt, objref key, objref value) noexcept
+cAttrNode::cAttrNode(cAdopt, objref &&key, objref &&value) noexcept
     : cHashNode(std::move(key)), value_(std::move(value)), anid_(an_lstid++) {
+    cHolders::enter(value_);
     key_->obid(++ob_lstid_); // as old as the node, like the clone that it replaces
 }
 
 cAttrNode::cAttrNode(cAttrNode const &other)
-    : cHashNode(clone_key(other.key_)), cObjBase(other), value_(other.value_), anid_(an_lstid++) {}
+    : cHashNode(clone_key(other.key())), cObjBase(other), value_(other.value_), anid_(an_lstid++) {
+    cHolders::enter(value_);
+}
 
 cAttrNode::~cAttrNode() {
     if (table_) table_->unlink_node(*this);
+    cHolders::leave(value_);
+    if (!lazy_) return;
+    value_ = nullptr; // RE-ENTERS: goes before the key
+    uncount_key();
 }
 
 // A private copy, so that a caller who changes his key object can't disturb the table. Copies of
@@ -53,7 +63,7 @@ objref cAttrNode::clone_key(objref const &key) {
     default:
         break;
     }
-    objref const copy = key->clone(false); // RUNS FOREIGN CODE
+    objref const copy = key->clone(false); // RUNS USER CODE
     return cObj::is_bad(copy) ? key : copy;
 }
 
@@ -61,48 +71,48 @@ void cAttrNode::unhold() const noexcept {
     if (decref()) delete this;
 }
 
-int cAttrNode::key_as_index() const { return cat::as_index(key_); }
-cObj &cAttrNode::value() const { return value_ ? *value_ : *cat::bad(); }
-
-void cAttrNode::before_replacing() noexcept {
-    if (table_ && table_->set_index_) [[unlikely]]
-        table_->set_index_->loosen(*this);
+int cAttrNode::key_as_index() const {
+    if (!lazy_) return cat::as_index(key_);
+    return kind_ == cKeyKind::int_key ? key_number() : cat::no_index;
 }
+cObj &cAttrNode::value() const { return value_ ? *value_ : *cat::bad(); }
 
 objref &cAttrNode::valref_() noexcept {
     before_replacing();
     given_out_ = true;
+    if (table_) table_->note_value(*this, nullptr);
+    cHolders::forget();
     return value_;
 }
 
 bool cAttrNode::detach() const {
     cAttrHash::cHold const hold(this);
     const_cast<cAttrNode *>(this)->before_replacing();
-    return cat::detach_value(value_); // RUNS FOREIGN CODE
+    return cat::detach_value(value_); // RUNS USER CODE
 }
 
-objref const &cAttrNode::key(cAttrNode const *node) noexcept {
-    if (node) return node->key_;
+objref const &cAttrNode::key(cAttrNode const *node) {
+    if (node) return node->key();
     if (!null_key) null_key = new objref;
     return *null_key;
 }
-int cAttrNode::key_as_index(cAttrNode const *node) { return cat::as_index(key(node)); }
+int cAttrNode::key_as_index(cAttrNode const *node) {
+    return node ? node->key_as_index() : cat::no_index;
+}
 objref const &cAttrNode::valref(cAttrNode const *node) { return node ? node->value_ : cat::bad(); }
 cObj &cAttrNode::value(cAttrNode const *node) { return node ? node->value() : *cat::bad(); }
 
 cAttrNode &cAttrNode::operator=(objref const &value) {
     if (dead_ || this == nil_attr_node) return nil_attr();
     if (cObj::is_kill(value)) {
-        if (!map() || cObj::is_void(key_)) return *this;
+        if (!map() || (!lazy_ && cObj::is_void(key_))) return *this;
         map()->remove(this); // RE-ENTERS
         return nil_attr();
     }
     cAttrHash::cHold const hold(this);
     objref const held = value;
-    if (!refuses(held)) {
-        before_replacing();
-        value_ = held; // RE-ENTERS
-    }
+    if (held->is_exe() && table_) cHolders::note_own_method(table_->father(), key());
+    if (!refuses(held)) set_value(held); // RE-ENTERS
     return dead_ ? nil_attr() : *this;
 }
 
@@ -124,8 +134,7 @@ bool cAttrNode::refuses(objref const &value) {
     if (!flags_of(type_locked) || cObj::is_void(value_) || value_ == value) return false;
     if (&value->type() == &value_->type()) return false;
     std::string const type = value_->type().name();
-    std::string const text =
-        text_hooks.as_text(key_); // RUNS FOREIGN CODE: before eros() is touched
+    std::string const text = text_hooks.as_text(key()); // RUNS USER CODE: before eros() is touched
     begin_error(err_node_type) << cNamed::key(text) << "  value type: " << cNamed::type(type)
                                << "  Flags do not allow operator=";
     raise_eros(); // the value stays even if a handler forgives

@@ -19,6 +19,7 @@
 #include "core/cscalar.h"
 #include "core/cset_index.h"
 #include "core/ctable_growth.h"
+#include "qrv/core/cattrcursor.h"
 #include "qrv/core/cobjd.h"
 
 #include <algorithm>
@@ -46,11 +47,34 @@ template <class T> bool holds(objref const &key) noexcept {
     return cat::value_in<T>(key) != nullptr;
 }
 
+__extension__ using cWide = unsigned __int128;
+
+// number % divisor for any number of 32 bits, by the reciprocal of the divisor.
+constexpr std::uint64_t reciprocal_of(std::uint32_t divisor) noexcept {
+    return ~std::uint64_t{0} / divisor + 1;
+}
+constexpr std::uint32_t remainder(std::uint32_t number, std::uint64_t reciprocal,
+                                  std::uint32_t divisor) noexcept {
+    return static_cast<std::uint32_t>(cWide{reciprocal * number} * divisor >> 64);
+}
+
+// The words of a table, which the reciprocals of what a probe divides by follow.
+std::unique_ptr<cSlotWord[]> new_table(std::uint32_t size) {
+    auto words = std::make_unique<cSlotWord[]>(std::size_t{size} + 2); // zeroed
+    words[size] = reciprocal_of(size);
+    words[size + 1] = reciprocal_of(size - 2);
+    return words;
+}
+
 // Where a probe of this hash goes on after `slot`.
 struct cSteps {
-    cSteps(std::uint32_t hash, std::uint32_t size) noexcept
-        : slot(hash % size), step(hash % (size - 2) + 1), size_(size) {}
-    void next() noexcept { slot = (slot + step) % size_; }
+    cSteps(std::uint32_t hash, cSlotWord const *words, std::uint32_t size) noexcept
+        : slot(remainder(hash, words[size], size)),
+          step(remainder(hash, words[size + 1], size - 2) + 1), size_(size) {}
+    void next() noexcept {
+        slot += step;
+        if (slot >= size_) slot -= size_;
+    }
 
     std::uint64_t slot, step;
 
@@ -79,10 +103,34 @@ std::uint32_t hash_grown_size(std::uint32_t size, std::span<std::uint32_t const>
 constinit std::uint64_t hash_probes = 0;
 std::uint64_t cAttrHash::probe_count() noexcept { return hash_probes; }
 
+namespace {
+
+// Is one of the bytes of a word 0?
+template <class Word> bool has_nul(char const *bytes) noexcept {
+    constexpr Word each = static_cast<Word>(~Word{0}) / 0xFF; // 0x01...01
+    Word word;
+    std::memcpy(&word, bytes, sizeof word);
+    return ((word - each) & ~word & (each << 7)) != 0;
+}
+// Of a text of one to two words.
+template <class Word> bool has_nul(std::string_view text) noexcept {
+    return has_nul<Word>(text.data()) || has_nul<Word>(text.data() + text.size() - sizeof(Word));
+}
+
+// A call for the few bytes of most keys would cost more than looking at them.
+[[gnu::always_inline]] inline std::size_t length_to_nul(std::string_view text) noexcept {
+    std::size_t const size = text.size();
+    if (size >= 8 && size <= 16 && !has_nul<std::uint64_t>(text)) return size;
+    if (size >= 4 && size < 8 && !has_nul<std::uint32_t>(text)) return size;
+    return std::min(text.find('\0'), size);
+}
+
+} // namespace
+
 // As cat::hash_string: a NUL ends it.
 std::uint32_t text_hash(std::string_view text, bool seeded) {
     return seeded ? seeded_hash_bytes(text.data(), text.size())
-                  : cat::hash_bytes(text.data(), std::min(text.find('\0'), text.size()));
+                  : cat::hash_bytes(text.data(), length_to_nul(text));
 }
 
 // The hooks of these types are set before any program could set others, and the first ones stay.
@@ -118,6 +166,17 @@ std::uint32_t cAttrHash::seeded_hash(cKeyKind kind, objref const &key) {
     }
 }
 
+std::uint32_t cAttrHash::seeded_hash(cAttrNode const &node) {
+    return node.kind_ == cKeyKind::string_key ? text_hash(node.key_text(), true)
+                                              : seeded_hash(node.kind_, node.key());
+}
+
+// Of a node that is new here.
+std::uint32_t cAttrHash::hash_of(cAttrNode const &node) const {
+    if (!fits_index(node.kind_)) return search_for(node.key()).hash;
+    return node.kind_ == cKeyKind::int_key ? node.hash_ : text_hash(node.key_text(), seeded_);
+}
+
 cAttrHash::cSearch cAttrHash::search_for(objref const &key) const {
     cKeyKind const kind = kind_of(key);
     switch (kind) {
@@ -144,11 +203,11 @@ bool cAttrHash::matches(cAttrNode const &node, cSearch const &search) {
         return search.kind == cKeyKind::int_key && node.hash_ == search.hash;
     case cKeyKind::string_key:
         return search.kind == cKeyKind::string_key && node.hash_ == search.hash &&
-               is_text(node.key_, search.text);
+               is_text(node.key_text(), search.text);
     default:
         if (!search.key) return false;
-        objref const stored = node.key_;                   // the hook may remove the node
-        return stored->type().hasheq(stored, *search.key); // RUNS FOREIGN CODE
+        objref const stored = node.key();                  // the hook may remove the node
+        return stored->type().hasheq(stored, *search.key); // RUNS USER CODE
     }
 }
 
@@ -156,12 +215,14 @@ cAttrHash::cFound cAttrHash::probe(cSearch const &search) const {
     if (form_ != cHashForm::table) return probe_index(search);
     constexpr std::uint32_t none = 0xFFFFFFFFu;
     std::uint32_t free = none;
-    cSteps at(search.hash, size_);
+    cSlotWord const tag = tag_of(search.kind, search.hash);
+    cSteps at(search.hash, words_.get(), size_);
     for (std::uint32_t steps = 1; steps <= size_; ++steps, at.next()) {
         ++hash_probes;
         auto const slot = static_cast<std::uint32_t>(at.slot);
         cSlotWord const word = words_[slot];
         if (word == slot_unused) return {nullptr, free == none ? slot : free, steps, false};
+        if (is_other_key(word, tag)) continue;
         if (cAttrNode *const node = node_of(word)) {
             std::uint32_t const before = changes_;
             bool const found = matches(*node, search);
@@ -175,6 +236,9 @@ cAttrHash::cFound cAttrHash::probe(cSearch const &search) const {
 }
 
 cAttrNode *cAttrHash::locate(objref const &key) const {
+    cKeyKind const kind = others_ ? cKeyKind::other : kind_of(key);
+    if (kind == cKeyKind::string_key) return probe(search_for(text_of(key))).node; // asks no hook
+    if (kind == cKeyKind::int_key) return probe(search_for(value_of<int>(key))).node;
     objref const held = key; // it may be that of a node which a hook removes
     for (int searches = 1;; ++searches) {
         cSearch search = search_for(held);
@@ -188,6 +252,11 @@ cAttrNode *cAttrHash::find(objref const &key) const { return key ? locate(key) :
 
 cAttrNode *cAttrHash::find(std::string const &key) const {
     if (others_) return locate(make_key(key)); // their hooks want to see an object
+    return probe(search_for(key)).node;
+}
+
+cAttrNode *cAttrHash::find(std::string_view key) const {
+    if (others_) return find(std::string(key));
     return probe(search_for(key)).node;
 }
 
@@ -215,23 +284,22 @@ cAttrNode *cAttrHash::force_node(objref const &key) {
             continue;
         }
         std::uint32_t const before = changes_;
-        if (!made) made.reset(new cAttrNode(key)); // RUNS FOREIGN CODE: clones the key
+        if (!made) made.reset(cAttrNode::with_key(key)); // RUNS USER CODE: clones the key
         if (changes_ != before) continue;
         link_node(*made, found, search);
         return made.release();
     }
 }
 
-// From here to the end nothing runs foreign code.
+// From here to the end nothing runs user code.
 void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) {
     node.hash_ = search.hash;
     // A clone may be of another type than its source; then its kind tells nothing about the hash.
-    bool const same = search.own_key || kind_of(node.key_) == search.kind;
+    bool const same = search.own_key || node.lazy_ || kind_of(node.key_) == search.kind;
     node.kind_ = same ? search.kind : cKeyKind::other;
     bool const was_seeded = seeded_;
     if (form_ != cHashForm::table && !make_room(node, place.steps)) {
-        if (seeded_ != was_seeded && node.kind_ != cKeyKind::other)
-            node.hash_ = search_for(node.key_).hash;
+        if (seeded_ != was_seeded && node.kind_ != cKeyKind::other) node.hash_ = hash_of(node);
         place = probe({node.hash_, search.kind, nullptr, search.text});
     }
     node.table_ = this;
@@ -241,7 +309,7 @@ void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) 
     ++changes_;
     if (form_ == cHashForm::table) {
         if (words_[place.free] == slot_unused) --unused_;
-        words_[place.free] = reinterpret_cast<cSlotWord>(&node);
+        words_[place.free] = word_of(node);
         node.slot_ = place.free;
         grow_table(node, used_, place.steps);
     } else {
@@ -288,8 +356,9 @@ void cAttrHash::remove(cAttrNode *node) {
     if (form_ != cHashForm::table) try_table(first_size); // while the node has its key
     if (set_index_) [[unlikely]]
         set_index_->leave(*node);
-    objref const key = std::move(node->key_);
-    objref value = std::move(node->value_);
+    if (node->refs() > 1) cAttrCursor::leaves(*node);
+    cAttrNode::cTakenKey const key = node->take_key();
+    objref value = node->take_value();
     unlink_node(*node);
     node->dead_ = true;
     node->unhold();
@@ -338,7 +407,7 @@ void cAttrHash::count_out(cAttrNode const &node) noexcept {
 }
 
 void cAttrHash::rebuild(std::uint32_t size, bool seed) {
-    auto words = std::make_unique<cSlotWord[]>(size); // zeroed
+    auto words = new_table(size);
     if (seed) seed_keys();
     words.swap(words_);
     capacity_ = unused_ = size;
@@ -351,10 +420,10 @@ void cAttrHash::rebuild(std::uint32_t size, bool seed) {
 // Puts a node into the first free word of its sequence. The number of words looked at.
 std::uint32_t cAttrHash::put(cAttrNode &node) noexcept {
     std::uint32_t steps = 1;
-    cSteps at(node.hash_, size_);
+    cSteps at(node.hash_, words_.get(), size_);
     for (; words_[at.slot] != slot_unused; at.next()) ++steps;
     node.slot_ = static_cast<std::uint32_t>(at.slot);
-    words_[at.slot] = reinterpret_cast<cSlotWord>(&node);
+    words_[at.slot] = word_of(node);
     --unused_;
     return steps;
 }
@@ -364,6 +433,7 @@ std::uint32_t cAttrHash::put(cAttrNode &node) noexcept {
 // from then on, since its tombstones are part of that.
 void cAttrHash::make_table(std::uint32_t size) {
     std::uint32_t const old_size = size_;
+    has_values_ = false;
     try {
         replay_insertions(size);
     } catch (...) {
@@ -388,11 +458,11 @@ void cAttrHash::replay_insertions(std::uint32_t size) {
     if (seeded_)
         for (cAttrNode *node : nodes)
             if (node->kind_ == cKeyKind::string_key)
-                node->hash_ = text_hash(text_of(node->key_), false);
+                node->hash_ = text_hash(node->key_text(), false);
     seeded_ = false;
     form_ = cHashForm::table;
     size_ = capacity_ = unused_ = size;
-    words_ = std::make_unique<cSlotWord[]>(size_);
+    words_ = new_table(size_);
     std::uint32_t live = 0;
     for (cAttrNode *node : nodes) grow_table(*node, ++live, put(*node));
     ++changes_;
@@ -402,5 +472,5 @@ void cAttrHash::seed_keys() noexcept {
     seeded_ = true;
     for (cAttrNode *node = first(); node; node = next(node))
         if (node->kind_ != cKeyKind::int_key && node->kind_ != cKeyKind::other)
-            node->hash_ = seeded_hash(node->kind_, node->key_);
+            node->hash_ = seeded_hash(*node);
 }

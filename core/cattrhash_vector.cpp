@@ -3,16 +3,17 @@
 // somebody stored removes the receiving node; that closes a place, and the walk ends there.
 //
 // While every key is exactly an int, the greatest index and whether the keys are 0 to n-1 are
-// known from counting; else the ring is walked, since converters of key types are foreign code.
+// known from counting; else the ring is walked, since converters of key types are user code.
 
 #include "core/cattrhash_detail.h"
 #include "core/cattrhash_insert.h"
+#include "qrv/core/cattrcursor.h"
 #include "qrv/core/cobjd.h"
 
 namespace {
 int index_of(objref const &key) {
     int index = -1;
-    return cat::int_of(key, index) ? index : -1; // RUNS FOREIGN CODE for keys that are no ints
+    return cat::int_of(key, index) ? index : -1; // RUNS USER CODE for keys that are no ints
 }
 int index_after(int index) noexcept { return static_cast<int>(static_cast<unsigned>(index) + 1); }
 } // namespace
@@ -21,7 +22,7 @@ bool cAttrHash::is_vector() const {
     if (is_vector_) return true;
     unsigned int index = 0;
     for (cAttrNode *node = first(); node; node = next(node), ++index)
-        if (cat::as_index(node->key_) != static_cast<int>(index)) return false;
+        if (node->key_as_index() != static_cast<int>(index)) return false;
     if (no_ints_ == 0) {
         is_vector_ = greatest_known_ = true;
         greatest_ = static_cast<int>(used_) - 1;
@@ -37,7 +38,7 @@ int cAttrHash::after_last_index() const {
     int greatest = -1;
     for (cAttrNode *node = first(); node;) {
         cHold const hold(node);
-        objref const key = node->key_;
+        objref const key = node->key();
         greatest = std::max(greatest, index_of(key));
         node = next(node);
     }
@@ -74,6 +75,7 @@ bool cAttrHash::vect_erase(int i) {
     if (i < 0) return false;
     cKeep const keep(this);
     cAttrNode *node = findpos(static_cast<unsigned int>(i));
+    if (node) cAttrCursor::closes(*this, i);
     while (node) {
         cAttrNode *const follower = next(node);
         if (!follower) {
@@ -95,6 +97,7 @@ bool cAttrHash::vect_insert(int i, objref const &value) {
     objref const held = value;
     if (!mapitem(own_key(after_last_index()), cat::nil())) return false;
     cAttrNode *node = last();
+    cAttrCursor::opens(*this, i);
     for (std::uint32_t position = used_ - 1; node && position > static_cast<std::uint32_t>(i);
          --position) {
         cAttrNode *const before = prev(node);

@@ -151,13 +151,12 @@ namespace cat {
 
 // Without result objects for the usual member: a procedure of the object and the argument.
 bool call_succeeds(cObj &obj, cMemberName const &name, objref const &a) {
-    objref const given = a; // the lookup may run user code
+    objref argument = a; // the lookup may run user code
     objref const found = member_named(obj, name);
     cExeObj const *const exe = as_exe(found);
     bool const is_usual = exe && found->is_exe() && exe->s() && exe->p() && exe->c() == 2;
-    if (!is_usual) return cObj::is_good(call_found(found, &obj, name, {given}));
+    if (!is_usual) return cObj::is_good(call_found(found, &obj, name, {argument}));
     objref const held = objref::share(&obj);
-    objref argument = given;
     return exe->pexecute(obj, argument);
 }
 

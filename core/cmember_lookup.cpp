@@ -27,6 +27,20 @@ objref const &value_or_badfind(cAttrNode const *node) {
 
 } // namespace
 
+// Programs call the same few members of a type again and again, so the type remembers the node that
+// was found last. It is held, and so can be asked whether it is still a member under that name.
+struct cLastMember {
+    static cAttrNode const *find(cTypeObj const &type, cat::cMemberName const &name) {
+        cAttrNode const *&last = type.last_member_.node;
+        if (last && cAttrInsert::is_found(*last, type.tmmap_, name)) return last;
+        cAttrNode const *const node = cAttrInsert::find(type.tmmap_, name);
+        if (!node) return nullptr;
+        node->hold();
+        if (last) last->unhold();
+        return last = node;
+    }
+};
+
 objref cat::member_named(cObj const &obj, cMemberName const &name) {
     cAttrHash const *const own = obj.ommap_ptr();
     cAttrHash const *const of_type = &obj.type().tmmap();
@@ -37,7 +51,8 @@ objref cat::member_named(cObj const &obj, cMemberName const &name) {
     }
     if (cAttrNode const *const node = find(own, name); node && is_good(node->valref()))
         return node->valref();
-    if (cAttrNode const *const node = find(of_type, name); node && is_good(node->valref()))
+    if (cAttrNode const *const node = cLastMember::find(obj.type(), name);
+        node && is_good(node->valref()))
         return node->valref();
     return value_or_badfind(find(core.global_hash, name));
 }

@@ -5,6 +5,7 @@
 
 #include "core/cerr_object.h"
 #include "core/cfresh.h"
+#include "core/cholders.h"
 #include "core/cmember_lookup.h"
 #include "core/cregistry.h"
 #include "core/cset_index.h"
@@ -300,6 +301,8 @@ bool cat::detach_value(objref const &ref) {
     objref copy = ref->clone(false);
     if (!cObj::is_good(copy)) return false;
     if (ref) ref->before_change(); // a set may have it; clone() may have made the reference null
+    cHolders::enter_unseen(*copy); // the reference may be a node's
+    cAttrInsert::note_unseen();
     const_cast<objref &>(ref) = std::move(copy);
     return true;
 }

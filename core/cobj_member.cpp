@@ -2,6 +2,7 @@
 // are reserved: "changed" (a signal) and "//" (the comment).
 
 #include "core/cerr_object.h"
+#include "core/cholders.h"
 #include "core/cmember_lookup.h"
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
@@ -35,7 +36,7 @@ void cObj::append_dissection(std::string const &text, char delimiter) {
     objref const self = objref::share(this);
     std::istringstream pieces(text); // a copy: what is appended to may own the text
     std::string piece;
-    while (std::getline(pieces, piece, delimiter)) append(cat::of(piece)); // RUNS FOREIGN CODE
+    while (std::getline(pieces, piece, delimiter)) append(cat::of(piece)); // RUNS USER CODE
 }
 
 bool cObj::copyitem(objref const &key, objref const &value, bool clone_new) {
@@ -57,6 +58,7 @@ void cObj::ommap(hashref const &hash) {
     if (hash != ommap_) leave_ommap();
     hashref old = std::exchange(ommap_, hash);
     if (ommap_) ommap_->father(this, false);
+    if (ommap_) cHolders::note_members(*ommap_);
     old = nullptr;                 // RE-ENTERS
     if (self->refs() == 1) return; // and it goes now
     self = nullptr;

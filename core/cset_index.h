@@ -20,7 +20,7 @@
 class cSetIndex {
   public:
     // Does an entry hold a value that equals this one, which is the left side? Hashes beyond a few
-    // entries get an index. RUNS FOREIGN CODE if the value is not plain.
+    // entries get an index. RUNS USER CODE if the value is not plain.
     static bool holds(cAttrHash &hash, objref const &value);
 
     explicit cSetIndex(cAttrHash const &hash);

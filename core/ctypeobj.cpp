@@ -237,9 +237,32 @@ void cTypeObj::set_hash(hash_function hash, heq_function heq) noexcept {
 
 namespace cat {
 
+namespace {
+
+constexpr std::uint32_t hash_with(std::uint32_t hash, unsigned char byte) noexcept {
+    return (hash * 31) ^ byte;
+}
+
+// Of one to two words. The lengths of keys vary, so a processor does not expect the end of a loop
+// over their bytes. This one has a fixed length: the hash of each beginning is computed, and that
+// of all bytes returned.
+template <class Word> std::uint32_t hash_few_bytes(char const *from, size_t count) noexcept {
+    constexpr size_t width = sizeof(Word);
+    unsigned char bytes[2 * width] = {};
+    std::memcpy(bytes + count - width, from + count - width, width);
+    std::memcpy(bytes, from, width);
+    std::uint32_t hash = 0, hashes[2 * width];
+    for (size_t i = 0; i < 2 * width; ++i) hashes[i] = hash = hash_with(hash, bytes[i]);
+    return hashes[count - 1];
+}
+
+} // namespace
+
 unsigned int hash_bytes(char const *bytes, size_t count) noexcept {
+    if (count >= 8 && count <= 16) return hash_few_bytes<std::uint64_t>(bytes, count);
+    if (count >= 4 && count < 8) return hash_few_bytes<std::uint32_t>(bytes, count);
     std::uint32_t h = 0;
-    for (size_t i = 0; i < count; ++i) h = (h * 31) ^ static_cast<unsigned char>(bytes[i]);
+    for (size_t i = 0; i < count; ++i) h = hash_with(h, static_cast<unsigned char>(bytes[i]));
     return h;
 }
 

@@ -3,6 +3,7 @@
 
 #include "core/cbuiltin.h"
 #include "core/cerr_object.h"
+#include "core/cholders.h"
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
@@ -23,6 +24,7 @@ void cTypeObj::set_tmember(std::string const &key, objref value) {
 
 void cTypeObj::set_method(method_id id, cVoidFunction function) noexcept {
     methods_[id] = function;
+    if (id == mid_iterobj && function) cHolders::note_type_method(function);
     library_methods_ &= ~cat::method_bit(id);
 }
 
@@ -63,7 +65,7 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
 
 void cTypeObj::inherit(cTypeObj const &base) {
     if (&base == this) return;
-    std::vector<std::pair<objref, objref>> members; // storing runs foreign code
+    std::vector<std::pair<objref, objref>> members; // storing runs user code
     for (cAttrNode const *node = base.tmmap_.first(); node; node = base.tmmap_.next(node))
         members.emplace_back(node->key(), node->valref());
     for (auto const &[key, value] : members) set_tmember(key, value);

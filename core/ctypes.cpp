@@ -76,10 +76,10 @@ cTypeObj &find_type(std::string const &name) {
         auto *const known = dynamic_cast<cTypeObj *>(node->valref().get());
         return known && known->is_type() ? *known : type_nil();
     }
-    typeref const type = core.make_type ? core.make_type(name) : nullptr; // RUNS FOREIGN CODE
+    typeref const type = core.make_type ? core.make_type(name) : nullptr; // RUNS USER CODE
     if (!type) return type_nil();
     // DELIBERATE: the whole requested text, a module's name behind a colon included.
-    // Pinned: a_type_is_named_by_the_whole_requested_text
+    // Pinned: a_type_is_named_by_the_whole_requested_string
     if (type->name() != name) type->set_name(name);
     return cTypeInsert::insert(type, true) ? *type : type_nil();
 }

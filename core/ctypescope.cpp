@@ -8,6 +8,7 @@
 
 #include "qrv/core/ctypescope.h"
 
+#include "core/cattrhash_insert.h"
 #include "core/cregistry.h"
 #include "qrv/core/cobjd.h"
 
@@ -95,7 +96,7 @@ bool cat::TypeScope::declare(cTypeObj &type, std::string const &former) {
     types_.push_back(held);
     entries_.push_back({type.name(), &type, hidden, former});
     if (node)
-        node->valref_() = held;
+        cAttrInsert::replace(*node, objref(held));
     else
         core.type_hash->mapitem(type.name(), held);
     return true;
@@ -107,7 +108,7 @@ void cat::TypeScope::take_away(cEntry &entry) {
     cAttrNode *const node = core.type_hash->find(entry.name);
     if (node && node->valref() == entry.type) {
         if (entry.hidden)
-            node->valref_() = entry.hidden;
+            cAttrInsert::replace(*node, objref(entry.hidden));
         else
             core.type_hash->delitem(entry.name);
         return;

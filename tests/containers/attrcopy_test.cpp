@@ -350,7 +350,7 @@ TEST_F(Attrcopy, appending_is_never_remembered) {
     EXPECT_EQ(shape(target), "{a=[1, 2, 2], b=[1, 2, 2]}");
 }
 
-// What foreign code copies inside an assign of its own is a copy of its own.
+// What user code copies inside an assign of its own is a copy of its own.
 constinit cMapObj *copied_from = nullptr;
 bool copying_assign(cObj &obj, objref &) {
     obj.attrcopy(*copied_from, "0as");

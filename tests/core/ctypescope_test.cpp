@@ -104,6 +104,27 @@ TEST_F(TypeScopes, an_object_is_used_after_the_scope) {
     EXPECT_EQ(census(), before);
 }
 
+TEST_F(TypeScopes, another_scope_can_declare_the_same_types_again) {
+    std::uint32_t const before = census();
+    std::vector<typeref> types;
+    {
+        cat::TypeScope const scope;
+        objref const root = read(point);
+        read("{Point = choice({north = 1}); Mode = choice({off = 0})}");
+        types = scope.types();
+    }
+    ASSERT_EQ(types.size(), 2U);
+    {
+        cat::TypeScope again;
+        for (typeref const &type : types) EXPECT_TRUE(again.declare(*type, ""));
+        EXPECT_EQ(text_of(read("Mode(off)")), "Mode(off)");
+        EXPECT_EQ(&cat::find_type("Mode"), types[1].get());
+    }
+    EXPECT_FALSE(is_known("Mode"));
+    types.clear();
+    EXPECT_EQ(census(), before);
+}
+
 TEST_F(TypeScopes, a_second_file_declares_the_name_differently) {
     objref p, q;
     {

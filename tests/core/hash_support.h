@@ -36,7 +36,7 @@ struct cAttrHashProbe {
         tabled(*node->table_);
         return node->hash_;
     }
-    static objref &key(cAttrNode *node) { return node->key_; }
+    static objref &key(cAttrNode *node) { return const_cast<objref &>(node->key()); }
     static bool &dead(cAttrNode *node) { return node->dead_; }
     static std::uint32_t &used(cAttrHash &hash) { return hash.used_; }
     static std::uint32_t &unused(cAttrHash &hash) { return tabled(hash).unused_; }
@@ -45,6 +45,10 @@ struct cAttrHashProbe {
     static int &greatest(cAttrHash &hash) { return hash.greatest_; }
     static bool &is_vector(cAttrHash &hash) { return hash.is_vector_; }
     static bool &moved(cAttrHash &hash) { return hash.moved_; }
+    static bool has_values(cAttrHash const &hash) { return hash.has_values_; }
+    static cSlotWord &known_value(cAttrHash &hash, std::uint32_t i) {
+        return hash.known_values()[i];
+    }
     static bool seeded(cAttrHash const &hash) { return hash.seeded_; }
     static void unlink(cAttrHash &hash, cAttrNode *node) { hash.unlink_node(*node); }
     static void swap_links(cAttrNode *node) {

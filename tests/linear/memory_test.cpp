@@ -75,7 +75,7 @@ TEST_F(Memory, a_map_of_a_million_entries) {
     std::ranges::fill(objects_, nullptr);
     auto map = make<cMapObj>();
     for (int i = 0; i < million; ++i) map->setattr(own_key(i), cat::of(i));
-    EXPECT_GT(resident_kilobytes(), before_ + 150'000);
+    EXPECT_GT(resident_kilobytes(), before_ + 120'000);
 }
 
 TEST_F(Memory, rounds_of_new_objects_need_no_more_each_time) {

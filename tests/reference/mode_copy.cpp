@@ -62,7 +62,7 @@ class cCopying {
         walk.ranks();
     }
 
-    // What detaching releases at its end comes in the order of addresses.
+    // Detaching destroys objects in the order of their addresses, which differs between runs.
     static void sort_ends(size_t from) {
         std::string &text = transcript();
         std::istringstream lines(text.substr(from));

@@ -21,7 +21,7 @@ namespace reference {
 
 namespace {
 
-// Which keys a seed uses. Some make a table grow, some never let a map be anything but small.
+// The keys that a seed uses. Some make a table grow, some keep a map small.
 enum class cKeys { few, words, places, numbers, colliding, user, all };
 
 class cKeyMaker {
@@ -140,7 +140,7 @@ std::string ring(cAttrHash const &hash) {
     return text;
 }
 
-// Keeps the memory of a node while user code may remove it.
+// Keeps the memory of a node allocated while user code may remove the node.
 class cHeld {
   public:
     explicit cHeld(cAttrNode *node) : node_(node) {
@@ -301,7 +301,7 @@ class cHashing {
             say("erase at " + std::to_string(place));
             return say("  " + std::to_string(h.vect_erase(place)));
         }
-        case 26: // one that is there
+        case 26: // an existing one
             if (cAttrNode const *const node = h.findpos(world().input.below(h.used() + 1))) {
                 objref const present = node->key();
                 say("delitem " + label(present));

@@ -1,4 +1,4 @@
-// Reads generated texts, from streams, files and memory, by each way that reads.
+// Reads generated text from streams, files and memory, with every function that reads.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
@@ -91,7 +91,7 @@ objref some_target() {
     return target;
 }
 
-// One reading by some way; `false` when there is no more to read.
+// One reading with one of the functions; `false` at the end of the input.
 bool read_one(std::istream &is, cAttrScan &scan, unsigned way, std::vector<objref> &results) {
     objref result;
     int delim = -99;

@@ -1,5 +1,5 @@
-// Tokens of generated texts: codes, texts, places, counters and the position of the stream after
-// each, with tokens put back and with the stream read and moved in between.
+// Tokens of generated text: codes, strings, positions, counters and the position of the stream
+// after each, with tokens put back and with the stream read and moved in between.
 
 #include "qrv/text/scan/cattrscanner.h"
 
@@ -138,7 +138,7 @@ class cScanning {
     cAttrLiteral kept_;
 };
 
-// The engine with its own input, which counts what is asked for.
+// The scanner with its own input, which counts the requested characters.
 class cEngine : public attrFlexLexer {
   public:
     explicit cEngine(std::string text) : text_(std::move(text)) {}

@@ -1,5 +1,5 @@
-// Writes random values, in plain and in exact form, to each kind of target, whose calls are logged
-// where a program could see them.
+// Writes random values, in plain and in exact form, to each kind of target. The calls of a target
+// are logged where a program could see them.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -27,7 +27,7 @@ namespace reference {
 
 namespace {
 
-// Logs what is asked of it; fails or throws after a number of characters.
+// Logs its calls; fails or throws after a number of characters.
 class cLoggingBuffer : public std::streambuf {
   public:
     cLoggingBuffer() = default;
@@ -149,7 +149,7 @@ void write_by_some_way(objref const &value, std::ostream &os) {
         " flags " + std::to_string(static_cast<unsigned>(os.flags())));
 }
 
-// All by the same stream: once, or again.
+// All writes use one stream object, once or several times.
 void write_stream(objref const &value, std::ostream &os) {
     if (world().input.one_in(3)) change_format(os);
     std::ostringstream tied;
@@ -197,7 +197,7 @@ void write_value(objref const &value) {
     case 4:
         return say("text " + shown(cat::as_text(value)) + " string " +
                    shown(cat::as_string(value)));
-    case 5: { // text is there already, and the place isn't its end
+    case 5: { // the string already has text, and the position isn't its end
         std::stringstream os("before the text", random.one_in(2)   ? std::ios::in | std::ios::out
                                                 : random.one_in(2) ? std::ios::out | std::ios::ate
                                                                    : std::ios::in);

@@ -1,12 +1,12 @@
-// Does generated work with the library and prints all that shows of it: for comparing two states of
-// the library. Only public headers are used, so that this program can be built with either state.
+// Runs generated work with the library and prints every visible result, to compare two states of
+// the library. It uses only public headers, so that it can be built with either state.
 //
 //   reference_observe MODE FIRST LAST         for each seed a line "seed fingerprint"
 //   reference_observe --show MODE FIRST LAST  the whole transcripts
 //
 // MODE is read, write, copy, hash or scan. The same seed gives the same work everywhere. A seed
-// that takes longer than 5 seconds ends the process. Files are in a folder of their own below
-// TMPDIR; only a process that ends by a signal leaves it.
+// that runs for more than 5 seconds ends the process. Files are in a new folder below TMPDIR; it
+// remains only if a signal ends the process.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csignalobj.h"
@@ -33,8 +33,9 @@
 #include <string>
 #include <unistd.h>
 
-// Hashes of texts that are seeded at random after an attack, and with them the keys that collide,
-// are the same in every process. The program's own definition comes before that of the runtime.
+// Makes the hashes of strings, which are randomly seeded after an attack, and with them the
+// colliding keys the same in every process. The program's own definition replaces that of the
+// runtime.
 unsigned std::random_device::_M_getval() { return 12345; }
 
 namespace reference {
@@ -47,7 +48,7 @@ cWorld &world() { return *the_world; }
 
 namespace {
 
-// What passes the message route and the error route.
+// Logs the output on the message route and the error route.
 class cListener {
   public:
     cListener() : messages_(this, &cListener::message), errors_(this, &cListener::error) {
@@ -104,7 +105,7 @@ cEntries entries_of(cAttrHash const &hash) {
     return entries;
 }
 
-// Types that texts have declared, and constants.
+// Types declared by text, and constants.
 void remove_new_types(cEntries const &before) {
     cAttrHash &types = *cat::type_hash_ptr();
     for (auto const &[name, type] : entries_of(types))
@@ -144,7 +145,7 @@ void work(cMode mode) {
 } // namespace
 
 namespace {
-// Where a value that holds itself is copied until the stack ends, what happens depends on the sizes
+// When a value that contains itself is copied until the stack ends, the result depends on the sizes
 // of frames.
 bool stack_has_ended() {
     return transcript().find("Nesting is too deep in object type") != std::string::npos;
@@ -187,7 +188,7 @@ std::uint64_t fingerprint(std::string const &text) {
     return h;
 }
 
-// The core and all that it makes when it is first asked for.
+// The core and everything that it creates on first use.
 void warm_up() {
     make_user_types();
     for (char const *const name : {"intf", "choice", "attlist", "attspec", "iterator", "signal"})
@@ -213,7 +214,7 @@ int run(bool show, std::string const &mode, std::uint64_t first, std::uint64_t l
             std::printf("==== %s %" PRIu64 "\n%s", mode.c_str(), seed, transcript().c_str());
         else
             std::printf("%" PRIu64 " %016" PRIx64 "\n", seed, fingerprint(transcript()));
-        std::fflush(stdout); // so that a crash shows where it was
+        std::fflush(stdout); // so that the output shows where a crash happened
     }
     return 0;
 }

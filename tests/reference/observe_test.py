@@ -3,9 +3,9 @@
 
   observe_test.py PROGRAM
 
-Each mode must end without a failure, print the same twice, work differently for most seeds, and show
-what it is for: a line for each thing that the list below names. Each seed alone must do what it does
-after others. No file may be left.
+Each mode must end without a failure, print the same twice, work differently for most seeds, and print
+a line of each kind in the list below. A seed must give the same result alone and after other seeds.
+No file may be left.
 """
 import os
 import subprocess

@@ -1,6 +1,6 @@
 #pragma once
-// A generator of random numbers that gives the same sequence for the same seed everywhere: the
-// distributions of the standard library don't.
+// A random number generator whose sequence for a seed is the same everywhere; those of the standard
+// library's distributions are not.
 
 #include <cstddef>
 #include <cstdint>
@@ -8,11 +8,12 @@
 
 class cRandom {
   public:
-    // The seed is mixed first: else each seed's sequence is that of the one before, less a number.
+    // The seed is mixed first: otherwise each seed's sequence would be that of the seed before,
+    // shifted by one.
     explicit cRandom(std::uint64_t seed) : state_(mixed(seed * 0xD1342543DE82EF95u + 1)) {}
 
     std::uint64_t next() { return mixed(state_ += 0x9E3779B97F4A7C15u); }
-    // 0 to n-1; 0 for n 0.
+    // A number from 0 to n-1; 0 if n is 0.
     unsigned below(std::size_t n) {
         return n ? static_cast<unsigned>((next() >> 32) * n >> 32) : 0;
     }

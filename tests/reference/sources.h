@@ -1,5 +1,5 @@
 #pragma once
-// The streams that generated texts are read from.
+// The streams from which generated text is read.
 
 #include <fstream>
 #include <memory>
@@ -9,7 +9,7 @@
 
 namespace reference {
 
-// Gives one character at a time and can't seek.
+// Delivers one character at a time and can't seek.
 class cOneByOne : public std::streambuf {
   public:
     explicit cOneByOne(std::string text) : text_(std::move(text)) {}

@@ -1,6 +1,6 @@
 #pragma once
-// Generated texts, full of what is hard to read right: repeated keys, merges, references to all
-// kinds of paths, typed values, sets, declarations, comments everywhere, and mistakes.
+// Generated text with everything that is difficult to read: repeated keys, merges, references to
+// all kinds of paths, typed values, sets, declarations, comments everywhere, and mistakes.
 
 #include "tests/reference/random.h"
 
@@ -13,7 +13,7 @@ class cTexts {
   public:
     explicit cTexts(cRandom &random);
 
-    // A whole text: one or a few values, perhaps with mistakes.
+    // Complete text: one or a few values, possibly with mistakes.
     std::string text();
     // The entries of a map, without brackets.
     std::string entries(int depth);
@@ -26,7 +26,7 @@ class cTexts {
   private:
     std::string dense(int depth);
     std::string dense_value(int depth);
-    std::string space(); // mostly nothing
+    std::string space(); // mostly empty
     std::string comment();
     std::string separator(char const *usual);
     std::string key();
@@ -39,9 +39,9 @@ class cTexts {
     std::string list(int depth, bool set);
 
     cRandom &random_;
-    bool wrong_;    // mistakes are made
-    bool comments_; // comments are put in
-    int left_;      // entries that are still made
+    bool wrong_;    // generate mistakes
+    bool comments_; // generate comments
+    int left_;      // the number of entries still to generate
     std::vector<std::string> path_;
     std::vector<std::string> paths_; // of all entries so far
     std::vector<std::string> declared_;

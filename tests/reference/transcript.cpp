@@ -15,7 +15,7 @@ namespace reference {
 
 namespace {
 constexpr size_t limit = 4'000'000;
-constexpr unsigned max_depth = 150; // of a walk
+constexpr unsigned max_depth = 150; // of the recursion
 
 template <class T> T const *held(cObj const *value) {
     auto const *const holder = dynamic_cast<cObjDR<T> const *>(value);
@@ -34,7 +34,7 @@ std::string hex(unsigned bits) {
     return text;
 }
 
-// "id=12, refs=3" as "id=, refs=": these numbers may differ.
+// Replaces "id=12, refs=3" by "id=, refs=": these numbers may differ.
 void leave_out_numbers(std::string &text) {
     for (char const *const name : {"/* id=", ", refs="})
         for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at)) {

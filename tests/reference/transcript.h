@@ -1,6 +1,7 @@
 #pragma once
-// What one piece of work shows, as lines of text: results, errors, messages, calls of user code,
-// the structure of values. Nothing in it depends on addresses or on absolute numbers of objects.
+// The visible results of one piece of work, as lines of text: results, errors, messages, calls of
+// user code, the structure of values. Nothing in it depends on addresses or on absolute numbers of
+// objects.
 
 #include "qrv/core/cobj.h"
 
@@ -11,25 +12,25 @@
 
 namespace reference {
 
-// The transcript of the current seed. Beyond a limit lines are dropped.
+// The transcript of the current seed. Lines beyond a limit are dropped.
 std::string &transcript();
 void say(std::string const &line);
 
-// Printable on one line: line ends, other control characters and bytes from 128 on as \xx. The id
-// and the count of owners in the text of a value without text are left out.
+// The string printable on one line: line ends, other control characters and bytes from 128 on as
+// \xx. The id and the count of owners in the text of a value without text are omitted.
 std::string shown(std::string const &text);
 
-// A value in a few words, found without any call of a method.
+// A short description of a value, created without any call of a method.
 std::string label(cObj const *value);
 inline std::string label(objref const &value) { return label(value.get()); }
 
-// The structure of values. Objects are numbered in the order in which they are first met, so that a
-// shared value shows the number that it has already. All walks by one object share the numbers.
+// The structure of values. Objects are numbered in the order of the first visit, so that a shared
+// value shows its earlier number. All visits by one object share the numbers.
 class cWalk {
   public:
     void value(std::string const &title, objref const &value);
     void hash(std::string const &title, cAttrHash const &hash);
-    // The order of creation of the values, keys and nodes that were met, as ranks.
+    // The order of creation of the visited values, keys and nodes, as ranks.
     void ranks() const;
 
   private:

@@ -127,7 +127,7 @@ void cTrees::put(cMapObj &container, objref const &value) {
         hash.vect_append(value);
 }
 
-// What texts bring along: specifications, choices, attribute sets, back references.
+// Values that text can create: specifications, choices, attribute sets, back references.
 objref cTrees::from_text() {
     cat::ReadReport const quiet;
     objref value;
@@ -197,7 +197,7 @@ objref cTrees::tree() {
     objref tree = random_.one_in(6)   ? from_text()
                   : random_.one_in(9) ? value(2)
                                       : container(static_cast<int>(1 + random_.below(4)));
-    if (cycles_) // whatever was made may hold itself
+    if (cycles_) // any value created here may contain itself
         for (objref const &made : made_)
             if (auto *const map = dynamic_cast<cMapObj *>(made.get()))
                 in_cycles_.push_back(map->datamap_ref());

@@ -15,11 +15,11 @@ class cTrees {
     explicit cTrees(cRandom &random);
     cTrees(cTrees const &) = delete;
     cTrees &operator=(cTrees const &) = delete;
-    ~cTrees(); // opens the cycles
+    ~cTrees(); // breaks the cycles
 
-    // A container, or now and then any value.
+    // A container, or occasionally any other value.
     objref tree();
-    // Nothing that was made is shared with what will be made.
+    // Values created so far are not shared with later ones.
     void forget() { made_.clear(); }
 
     objref scalar();
@@ -34,8 +34,8 @@ class cTrees {
     void put(cMapObj &container, objref const &value);
 
     cRandom &random_;
-    bool user_;   // values of the program's types occur
-    bool cycles_; // containers hold themselves
+    bool user_;   // create values of the program's types
+    bool cycles_; // let containers contain themselves
     std::vector<objref> made_;
     std::vector<hashref> in_cycles_;
 };

@@ -22,7 +22,7 @@
 namespace reference {
 
 namespace {
-constexpr unsigned max_acts = 60; // in one seed
+constexpr unsigned max_acts = 60; // for one seed
 constexpr size_t max_written = 20000;
 
 std::string text_of(cObj const &value) {
@@ -30,7 +30,7 @@ std::string text_of(cObj const &value) {
     return probe ? probe->text : "";
 }
 
-// --- what user code does besides logging ---
+// --- actions of user code besides logging ---
 
 std::istream *input_of(objref const &args) {
     auto const *const holder = dynamic_cast<cInHolder const *>(args.get());
@@ -79,7 +79,7 @@ void write_another() {
     say("  writes " + shown(text.substr(0, max_written)));
 }
 
-// While a container is written, only what `write` of a value is called for may go.
+// While a container is written, only the call of `write` for a value may do this.
 void remove_while_writing() {
     auto const &bags = world().bags;
     if (bags.empty() || world().writing_keys) return;
@@ -229,7 +229,7 @@ objref user_newobj(objref type) {
     return made;
 }
 
-// Whether a method fails; it may do something before.
+// Does a method fail? It may run an action before.
 bool decide(bool good) {
     act();
     bool const result = world().calm || !world().user.one_in(14) ? good : !good;
@@ -387,7 +387,7 @@ bool user_read(cObj &obj, objref &args) {
         scan.fire();
         break;
     }
-    default: // the text as far as a name goes, and a value after it
+    default: // the text of a name, and a value after it
         scan_inside(obj, *is);
         if (probe) {
             probe->text = label(probe->held);
@@ -571,7 +571,7 @@ objref new_user_value(std::string const &name, std::string const &text) {
     return value;
 }
 
-// --- what objects get among their own members ---
+// --- members that objects get ---
 
 namespace {
 bool say_changed(cObj &value) {
@@ -653,7 +653,7 @@ template <size_t n> cExeMember *procedure2() { return new cExeMember(cProcedure2
 template <size_t n> cExeMember *procedure3() { return new cExeMember(cProcedure3(set_before<n>)); }
 template <size_t n> cExeMember *function1() { return new cExeMember(cFunction1(new_before<n>)); }
 
-// `create` of scalars isn't among them: a value that is read calls it less often than it once did.
+// `create` of scalars isn't included: reading a value now calls it less often than formerly.
 std::array<cMethod, 22> methods{{{cat::type_int, mid_assign, procedure2<0>, nullptr},
                                  {cat::type_int, mid_write, procedure2<1>, nullptr},
                                  {cat::type_int, mid_newobj, function1<2>, nullptr},

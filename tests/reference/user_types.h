@@ -1,7 +1,7 @@
 #pragma once
 // Types of a program: every call of their methods and hooks is a line of the transcript, and some
-// of these calls do what a program may do at such a moment: read and write other values, look at
-// the stream, change containers, raise errors, throw.
+// calls do what a program may do at that moment: read and write other values, use the stream,
+// change containers, raise errors, throw.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
@@ -11,7 +11,7 @@
 
 namespace reference {
 
-// A value, or a key, with a text and perhaps another value.
+// A value, or a key, with a string and possibly another value.
 class cProbe : public cObj {
   public:
     cProbe(cTypeObj *type, std::string text);
@@ -24,7 +24,7 @@ class cProbe : public cObj {
     objref held;
 };
 
-// A map whose end is logged.
+// A map whose destruction is logged.
 class cBag : public cMapObj {
   public:
     explicit cBag(cTypeObj *type);
@@ -35,22 +35,24 @@ class cBag : public cMapObj {
     unsigned const serial;
 };
 
-// The types, registered as long as the process lives.
+// The types, which are registered until the process ends.
 void make_user_types();
 extern std::vector<char const *> const user_type_names;
 cTypeObj &user_type(std::string const &name);
 
-// A new value of a user type, as `newobj` of the type makes it, without a line.
+// A new value of a user type, as `newobj` of the type creates it, but without a line in the
+// transcript.
 objref new_user_value(std::string const &name, std::string const &text);
 // A signal "changed" with a slot that logs.
 void watch_changes(cObj &value);
-// An own method that logs and does what the type's method does, or fails.
+// An own method that logs and either does what the type's method does or fails.
 void give_own_method(cObj &value);
 
-// What user code does besides logging.
+// The actions of user code besides logging.
 void act();
 
-// Methods of library types are replaced, as long as it lives, by such that log and call them.
+// Replaces methods of library types, until the end of the scope, by methods that log and call the
+// original.
 class cReplaced {
   public:
     explicit cReplaced(unsigned count);

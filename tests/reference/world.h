@@ -1,6 +1,6 @@
 #pragma once
-// What all pieces of work of one seed share, and the state of the process that is put back after
-// it.
+// The state that all pieces of work of one seed share, and the state of the process that is
+// restored after it.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
@@ -18,21 +18,21 @@ class cBag;
 struct cWorld {
     explicit cWorld(std::uint64_t seed) : input(seed), user(~seed) {}
 
-    cRandom input; // decides about the work, before it is done
-    cRandom user;  // decides what user code does when it is called
+    cRandom input; // determines the work in advance
+    cRandom user;  // determines the actions of user code when it is called
     unsigned serial = 0;
-    unsigned acts = 0;            // of user code, which does nothing more beyond a limit
+    unsigned acts = 0;            // the actions of user code so far, which are limited
     bool calm = false;            // user code only logs
     int writing_keys = 0;         // no container may be changed at all
     int writing = 0;              // values are being written: containers must stay as they are
     std::vector<cBag *> bags;     // living containers of user classes
     std::vector<objref> written;  // values that user code may write once more
-    cAttrHash *watched = nullptr; // what destructors look at
+    cAttrHash *watched = nullptr; // destructors read it
 };
 
 cWorld &world();
 
-// Around everything that writes.
+// Set around all writing.
 class cWriting {
   public:
     cWriting() { ++world().writing; }
@@ -41,7 +41,7 @@ class cWriting {
     ~cWriting() { --world().writing; }
 };
 
-// Runs one seed and leaves the process as it was.
+// Runs one seed and restores the state of the process.
 void run_seed(std::string const &mode, std::uint64_t seed);
 
 void read_mode();

@@ -22,7 +22,7 @@
 class QRV_API cChoiceVal : public cIterObj {
   public:
     // At the first choice, undefined if there is none. Shares the type; null is "niltype", a type
-    // without choices. RUNS FOREIGN CODE, as do all constructors
+    // without choices. RUNS USER CODE, as do all constructors
     explicit cChoiceVal(cTypeObj *type, bool follow = false);
     // A value of the same type that doesn't follow, at the key of other if the type has it still,
     // else undefined.
@@ -49,7 +49,7 @@ class QRV_API cChoiceVal : public cIterObj {
     bool is_undefined() const { return !valid(); }
 
     // Other choices: to the choice of the same key, else the first; an undefined value is lost. The
-    // same choices: as in cIterObj. False if lost. RUNS FOREIGN CODE
+    // same choices: as in cIterObj. False if lost. RUNS USER CODE
     bool update() override;
 
   private:
@@ -80,7 +80,7 @@ QRV_API bool m_read(cObj &obj, objref &stream);  // nothing reads as undefined; 
 namespace cTomChoice {
 // The key "choices" replaces the container, any other one is set in it; it is a new map if there
 // was none. Then `changed`. False, and no signal, where the container refuses.
-// RUNS FOREIGN CODE
+// RUNS USER CODE
 QRV_API bool setattr(cObj &type, objref &key, objref &value);
 QRV_API objref getattr(objref type, objref key);  // "choices", or an attribute of them
 QRV_API bool m_write(cObj &type, objref &stream); // the choices, "#nil" without

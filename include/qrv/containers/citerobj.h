@@ -21,7 +21,7 @@ class QRV_API cIterObj : public cObj {
     cIterObj(cIterObj const &other, bool rewind = false);
     explicit cIterObj(hashref const &hash); // shares; at the first node
     // Node and hash of source's begin(); null has none. With follow the source gets a signal
-    // "changed" if it has none, and isn't kept alive. RUNS FOREIGN CODE
+    // "changed" if it has none, and isn't kept alive. RUNS USER CODE
     explicit cIterObj(cObj *source, bool follow = false);
     ~cIterObj() override;
 
@@ -53,7 +53,7 @@ class QRV_API cIterObj : public cObj {
     cAttrNode *node() const noexcept; // never dereference the end position; null when lost
     cAttrHash *hash() const noexcept { return hash_.get(); }
     hashref const &hash_ref() const noexcept { return hash_; }
-    objref const &key() const noexcept;    // null if not valid
+    objref const &key() const;             // null if not valid; cAttrNode::key
     objref const &valref() const noexcept; // cat::bad() if not valid
     cObj &value() const noexcept;
     cObj &operator*() const noexcept { return value(); }
@@ -74,7 +74,7 @@ class QRV_API cIterObj : public cObj {
     int pos() const noexcept; // linear; -1 if not valid
     // -1 the end position, -2 the last node, n the n-th; false, unmoved, if there is none.
     bool setpos(int n) noexcept;
-    bool setkey(objref const &key); // false, unmoved, if absent. RUNS FOREIGN CODE: key hooks
+    bool setkey(objref const &key); // false, unmoved, if absent. RUNS USER CODE: key hooks
     bool setkey(std::string const &key);
     // False, and null from now on, if the node is no longer on the ring.
     virtual bool update();
@@ -85,7 +85,7 @@ class QRV_API cIterObj : public cObj {
     void take(cIterObj const &other) { take(other.link_, other.hash_); }
     void move(link *place) noexcept;
     // Runs update() at every `changed` of source, through a slot stored under `member`; one source
-    // at a time. RUNS FOREIGN CODE
+    // at a time. RUNS USER CODE
     void follow(cObj &source, std::string const &member);
 
   private:

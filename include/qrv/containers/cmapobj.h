@@ -35,7 +35,7 @@ class QRV_API cMapObj : public cObj {
     void set_entrytype(cTypeObj *type) noexcept;
 
     int size() const noexcept;
-    void clear(); // RUNS FOREIGN CODE; empties a shared hash for all who share it
+    void clear(); // RUNS USER CODE; empties a shared hash for all who share it
     cAttrHash &datamap() noexcept { return *hash_; }
     cAttrHash const &datamap() const noexcept { return *hash_; }
     hashref const &datamap_ref() const noexcept { return hash_; }
@@ -89,7 +89,7 @@ class QRV_API cMapObj : public cObj {
 namespace cat {
 // Copy on write: afterwards `ref` is the only owner of its value, deep: the values below it are
 // private too. False for a null or void value, for one that can't be cloned, and for the library's
-// own constants. RUNS FOREIGN CODE
+// own constants. RUNS USER CODE
 QRV_API bool detach(objref const &ref, bool deep);
 } // namespace cat
 

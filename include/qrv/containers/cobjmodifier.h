@@ -1,5 +1,5 @@
 #pragma once
-// cObjModifier replaces an attribute for its own lifetime. Its destructor runs foreign code and
+// cObjModifier replaces an attribute for its own lifetime. Its destructor runs user code and
 // lets nothing escape.
 
 #include "qrv/containers/cattr.h"

@@ -52,7 +52,7 @@ class QRV_API cSignalRef : public cExeObj {
     static cSignal &force(cAttr &attr);
 
     using cExeObj::oexecute;
-    objref oexecute() const override; // RUNS FOREIGN CODE
+    objref oexecute() const override; // RUNS USER CODE
 
   protected:
     cSignalRef(); // without a signal yet: firing does nothing
@@ -92,7 +92,7 @@ class QRV_API cSignalRef1 : public cExeObj {
     static cSignal1<cObj &> &force(cAttr &attr);
 
     using cExeObj::pexecute;
-    bool pexecute(cObj &arg) const override; // true. RUNS FOREIGN CODE
+    bool pexecute(cObj &arg) const override; // true. RUNS USER CODE
 
   protected:
     explicit cSignalRef1(bool s);

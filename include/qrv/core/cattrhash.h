@@ -11,7 +11,7 @@
 // borrowed and dies with the node, unless its holder calls cAttrNode::hold(): then a deleted node
 // stays in memory, empty and marked dead, until the last unhold().
 //
-// RUNS FOREIGN CODE marks what can call hooks of key types, methods of types or destructors of
+// RUNS USER CODE marks what can call hooks of key types, methods of types or destructors of
 // values. Such code may change the very table: every operation survives that, and none touches a
 // node or the table afterwards that it may have removed.
 
@@ -21,6 +21,8 @@
 #include <concepts>
 #include <iosfwd>
 #include <memory>
+#include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,12 +65,13 @@ template <class Node> class cNode {
 // What a key is to the table. Keys of exactly the library's own types are compared without a call.
 enum class cKeyKind : unsigned char { other, int_key, string_key, float_key, double_key };
 
-// A slot word: 0 never used, 1 deleted mark, anything else a cAttrNode *.
+// A slot word: 0 never used, 1 deleted mark, anything else a cAttrNode * and, in the bits that
+// addresses don't need, some of the key's hash.
 using cSlotWord = std::uintptr_t;
 
 // How the nodes of a hash are found. All but `table` hold keys of exactly string and int only.
 //   few     up to 8 nodes, without memory of its own: the ring is walked
-//   row     the words are the nodes with the keys 0, 1, 2...
+//   row     the words are the nodes with the keys 0, 1, 2..., and perhaps their values
 //   index   a small open-addressed table of a power of two words
 //   table   slots() words; once reached it stays
 enum class cHashForm : unsigned char { few, row, index, table };
@@ -86,7 +89,7 @@ template <class Key, class Node> class cHashNode : public cNode<Node> {
     friend class cAttrHash;
     friend struct cAttrHashProbe;
 
-    Key key_;
+    mutable Key key_;
     std::uint32_t hash_ = 0xFFFFFFFFu; // until the node is in a hash
     std::uint32_t slot_ = 0;           // the number of its word, if the hash has a table
     cAttrHash *table_ = nullptr;       // the hash; null outside
@@ -102,12 +105,25 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     cAttrNode(objref const &key, objref const &value);
     ~cAttrNode() override; // leaves its table, if it stands in one
 
-    objref const &key() const noexcept { return key_; }
+    // Null for a dead node. A key that the library has stored gets its object at the first call,
+    // with the id that it would have had from the beginning. Throws std::bad_alloc, and then the
+    // node is as before.
+    objref const &key() const {
+        if (lazy_) make_key();
+        return key_;
+    }
+    // While it is false, the key is exactly a string or an int, held by the node alone.
+    bool has_key_object() const noexcept { return !lazy_; }
+    // What the key holds if it is exactly a string, or an int; else nothing. Makes no object. The
+    // text is valid until the node is deleted or the key object, if there is one, changes.
+    std::optional<std::string_view> key_string() const noexcept;
+    std::optional<int> key_int() const noexcept;
     std::string key_as_string() const; // cat::as_string of the key
     int key_as_index() const;          // cat::as_index of the key: the int, or the lowest int
     objref const &valref() const noexcept { return value_; }
-    // The stored reference itself. Storing null here is allowed; it reads as cat::bad(). From then
-    // on a set finds the value by walking.
+    // The stored reference itself. Storing null here is allowed; it reads as cat::bad(). A store
+    // through it is unseen. So from the first call on, a set finds this value by walking, and in
+    // the whole process every store of a container searches it for a cycle: cObj::may_be_a_value.
     objref &valref_() noexcept;
     cObj &value() const; // cat::bad() for a null reference
     cObj &operator*() const { return value(); }
@@ -121,7 +137,7 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     // nil_attr() and the node is gone, so go on with the result. Under a type lock a value of
     // another type is refused:
     //   0x40400000 "cAttrNode, key: ...  value type: ...  Flags do not allow operator="
-    // RUNS FOREIGN CODE.
+    // RUNS USER CODE.
     cAttrNode &operator=(objref const &value);
     cAttrNode &operator=(cObj const *value); // shares
     cAttrNode &operator=(cAttrNode const &other);
@@ -130,7 +146,7 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     bool write(std::ostream &os) const;
 
     // The same for a node that may be null: a null key, cat::bad(), 0, the lowest int, false.
-    static objref const &key(cAttrNode const *node) noexcept;
+    static objref const &key(cAttrNode const *node);
     static std::string key_as_string(cAttrNode const *node);
     static int key_as_index(cAttrNode const *node);
     static objref const &valref(cAttrNode const *node);
@@ -148,6 +164,10 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     void unhold() const noexcept;
     bool is_dead() const noexcept { return dead_; }
 
+    using cPooled::operator new;
+    using cPooled::operator delete;
+    static void operator delete(cAttrNode *node, std::destroying_delete_t, std::size_t size);
+
   private:
     friend class cAttrHash;
     friend class cSetIndex;
@@ -155,19 +175,41 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     friend struct cAttrHashProbe;
 
     struct cAdopt {};
-    cAttrNode(cAdopt, objref key, objref value) noexcept; // takes the key itself
+    cAttrNode(cAdopt, objref &&key, objref &&value) noexcept; // takes the key itself
     cAttrNode(cAttrNode const &other); // key, value and flags; a new anid, in no table
 
     static objref clone_key(objref const &key);
     bool refuses(objref const &value);
-    void before_replacing() noexcept; // the value
+    void before_replacing() noexcept;    // the value
+    void set_value(objref const &value); // RUNS USER CODE: the old one goes last
+    void set_value(objref &&value);      // the same
+    void count_change(cObj *next) noexcept;
+    objref take_value() noexcept; // of a node that leaves its hash
+
+    // Keys without an object so far: core/cattrnode_key.cpp.
+    cAttrNode(objref const &value, std::size_t room, cKeyKind kind) noexcept;
+    static cAttrNode *lazy_number(objref const &value);
+    static cAttrNode *lazy_node(cKeyKind kind, std::string_view text, objref const &value);
+    void reserve_key() noexcept;
+    static cAttrNode *node_of_long(std::string_view text, objref const &value);
+    static cAttrNode *with_key(objref const &key);
+    void make_key() const;
+    bool has_key_of(cKeyKind kind) const noexcept;
+    std::string_view key_text() const noexcept; // of a string_key
+    int key_number() const noexcept;            // of an int_key
+    std::size_t memory() const noexcept { return sizeof *this + std::size_t{8} * room_; }
+    struct cTakenKey;
+    cTakenKey take_key() noexcept;
+    static void uncount_key() noexcept { --ob_count_; }
 
     objref value_;
     std::uint32_t anid_;
     cKeyKind kind_ = cKeyKind::other; // set with hash_
     bool dead_ = false;
-    bool mapped_ = false;    // map() is known
-    bool given_out_ = false; // valref_() was called
+    bool mapped_ : 1 = false;       // map() is known
+    bool given_out_ : 1 = false;    // valref_() was called
+    mutable bool lazy_ : 1 = false; // the key has no object yet
+    std::uint8_t room_ = 0;         // words after the node, for a key without an object
 };
 
 // Numbers that must not become an index silently.
@@ -181,7 +223,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     using cLink = cAttrNode::cLink;
 
     explicit cAttrHash(cObj *father); // borrowed, may be null; 97 slots
-    ~cAttrHash();                     // RUNS FOREIGN CODE
+    ~cAttrHash();                     // RUNS USER CODE
 
     // Deletes all own nodes, then copies keys and shares values; no test for self-assignment, so
     // `h = h` empties h. Not copied: father, flags; map() of the new nodes stays null.
@@ -214,12 +256,18 @@ class QRV_API cAttrHash : public cShared, public cPooled {
         return link == &anchor_ ? nullptr : static_cast<cAttrNode *>(link);
     }
 
-    // Lookup. A null key or text is never found.   O(1)
+    // Lookup. A null key or text is never found. A text becomes a key object only where the hash
+    // has keys of other types than the library's.   O(1)
     cAttrNode *find(objref const &key) const;
     cAttrNode *find(std::string const &key) const;
+    cAttrNode *find(std::string_view key) const;
     cAttrNode *find(char const *key) const;
     cAttrNode *find(int key) const;
     cAttrNode *find(cNoIndex auto) const = delete;
+    // The value of an int key, borrowed; null where the key is absent or its value is null. The
+    // cheapest way to an element of a vector.   O(1), on average
+    cObj *valueof(int key) const;
+    cObj *valueof(cNoIndex auto) const = delete;
     // By position.   O(1) on a vector, else O(distance to the nearer end)
     cAttrNode *findpos(unsigned int position) const;
     // Position in the ring, or -1.   O(n)
@@ -239,7 +287,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     [[nodiscard]] objref getitem(char const *key) const;
     objref getitem(cNumber auto) const = delete;
 
-    // Changes. All RUN FOREIGN CODE. Values are shared, keys cloned.
+    // Changes. All RUN USER CODE. Values are shared, keys cloned.
     // Overwrites only, through cAttrNode::operator=. False for an absent or nil key, a null, bad or
     // badfind value, and when a cErr was thrown.
     bool setitem(objref const &key, objref const &value);
@@ -328,6 +376,8 @@ class QRV_API cAttrHash : public cShared, public cPooled {
 
     static cKeyKind kind_of(objref const &key);
     static std::uint32_t seeded_hash(cKeyKind kind, objref const &key);
+    static std::uint32_t seeded_hash(cAttrNode const &node);
+    std::uint32_t hash_of(cAttrNode const &node) const;
     static bool matches(cAttrNode const &node, cSearch const &search);
     cSearch search_for(objref const &key) const;
     cSearch search_for(std::string_view key) const;
@@ -350,6 +400,8 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     std::uint32_t put(cAttrNode &node) noexcept;
     void seed_keys() noexcept;
     bool detach_node(cAttrNode const *node) const;
+    static cSlotWord word_of(cAttrNode const &node) noexcept; // in a table
+    static cSlotWord index_word_of(cAttrNode const &node) noexcept;
     bool has_word(cAttrNode const &node) const;
     std::string broken_table() const;
     std::string broken_deep() const;
@@ -360,16 +412,28 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     bool make_room(cAttrNode const &node, std::uint32_t steps);
     void add_to_index(cAttrNode &node, cFound const &place);
     void make_index();
-    void rebuild_row();
     void rebuild_index(std::uint32_t capacity);
     void make_table(std::uint32_t size);
     void try_table(std::uint32_t size) noexcept;
     void replay_insertions(std::uint32_t size);
     bool index_holds(cAttrNode const &node) const;
 
-    std::uint32_t size_;          // slots() of the table, made or not; a prime
-    std::uint32_t used_ = 0;      // live nodes
-    std::uint32_t unused_ = 0;    // slots of the table that are 0
+    // The row of a vector: core/cattrhash_row.cpp.
+    void append_next(objref const &value);
+    void rebuild_row();
+    void add_to_row(cAttrNode const &node) noexcept;
+    void note_value(cAttrNode const &node, cObj *next) noexcept;
+    cObj *value_of_node(int key) const;
+    void copy_values() const noexcept;
+    cSlotWord *known_values() const noexcept { return words_.get() + capacity_; }
+    bool has_right_values() const noexcept;
+
+    static std::uint32_t replaced_unseen_; // values, through a reference that may be a node's
+
+    std::uint32_t size_;     // slots() of the table, made or not; a prime
+    std::uint32_t used_ = 0; // live nodes
+    // Slots of the table that are 0; of a row, the looks at values by their nodes.
+    mutable std::uint32_t unused_ = 0;
     std::uint32_t capacity_ = 0;  // words
     std::uint32_t disturbed_ = 0; // nodes unlinked or moved; wraps
     std::uint32_t changes_ = 0;   // nodes linked or unlinked, and rebuilds; wraps
@@ -377,15 +441,26 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     std::uint32_t no_ints_ = 0;   // nodes whose key isn't exactly an int
     mutable int greatest_ = -1;   // of the int keys and -1, if greatest_known_
     mutable bool greatest_known_ = true;
-    mutable bool is_vector_ = true; // false: not known
-    bool moved_ = false;            // a node was moved in the ring since it was empty
-    bool seeded_ = false;           // text and floating keys are hashed with the process's seed
+    mutable bool is_vector_ = true;   // false: not known
+    bool moved_ = false;              // a node was moved in the ring since it was empty
+    mutable bool has_values_ = false; // of a row: its values follow the nodes
+    bool seeded_ = false;             // text and floating keys are hashed with the process's seed
     cHashForm form_ = cHashForm::few;
-    std::unique_ptr<cSlotWord[]> words_;
+    mutable std::unique_ptr<cSlotWord[]> words_;
     mutable cAnchor anchor_;
     cObj *father_;                         // borrowed
     std::unique_ptr<cSetIndex> set_index_; // while a set needs it
 };
+
+inline cObj *cAttrHash::valueof(int key) const {
+    auto const at = static_cast<std::uint32_t>(key);
+    if (has_values_ && at < used_) {
+        cSlotWord const *const values = known_values();
+        if (values[at] != 0 && values[capacity_] == replaced_unseen_)
+            return reinterpret_cast<cObj *>(values[at]);
+    }
+    return value_of_node(key);
+}
 
 // The first prime of the table of sizes above `size`; 0 beyond the last.
 QRV_API unsigned int hash_new_size(unsigned int size) noexcept;

@@ -12,7 +12,7 @@ QRV_API cErrStream &eros();
 QRV_API cErrStream &eros(unsigned int code, cObj const &object);
 
 // Begins the error 0x40020000 of a refused attribute: "Setattr in object type '", the type's name,
-// "', key '", the key in object notation and "': ". RUNS FOREIGN CODE (the key's written form)
+// "', key '", the key in object notation and "': ". RUNS USER CODE (the key's written form)
 // before the stream is touched.
 QRV_API cErrStream &eros_setattr(cObj const &object, objref const &key);
 

@@ -1,6 +1,6 @@
 #pragma once
 // Scoped changes of the registry and of types, and the deferred factory of types.
-// The destructors run foreign code and let nothing escape.
+// The destructors run user code and let nothing escape.
 
 #include "qrv/core/ctypes.h"
 

@@ -4,7 +4,7 @@
 //
 // Nearly no behaviour is virtual. A generic operation first looks for an executable among the
 // object's own members (only if the object has of_exe_member), and else makes one indexed call
-// through the method table of the type. So marked operations RUN FOREIGN CODE.
+// through the method table of the type. So marked operations RUN USER CODE.
 //
 // Failures are composed on eros(), sent through cat::sig_error() and returned: a good objref is
 // neither null nor cat::bad() nor cat::badfind(). Exceptions come only from the handlers of that
@@ -44,7 +44,7 @@ enum method_id : int { QRV_METHODS(QRV_METHOD_ID) mid_count };
 
 // The C++ class of an object, as far as the library has to know it: cObjDR<T>, cMapObj or cExeObj,
 // or derived from it. A test of this byte takes the place of a dynamic_cast.
-enum class cObjClass : std::uint16_t {
+enum class cObjClass : std::uint8_t {
     other,
     string,
     integer,
@@ -102,7 +102,7 @@ class QRV_API cObj : public cObjBase {
     explicit cObj(bool typed = true);
     template <class T>
     requires(!std::is_same_v<T, bool> && !std::is_class_v<T>) explicit cObj(T) = delete;
-    ~cObj() override; // RUNS FOREIGN CODE: releases the own members
+    ~cObj() override; // RUNS USER CODE: releases the own members
 
     // True only for cObjDR<T>, which refers to a value that lives elsewhere.
     virtual bool is_ObjDR() const;
@@ -155,7 +155,7 @@ class QRV_API cObj : public cObjBase {
     bool is_container() const noexcept { return typeflags_of(tf_container) != 0; }
     bool is_type() const noexcept { return flags_of(of_type) != 0; }
 
-    // --- operators: one named operation each, whose result is dropped. RUN FOREIGN CODE
+    // --- operators: one named operation each, whose result is dropped. RUN USER CODE
 
     // A subclass that declares none of its own inherits assignment as assign() followed by
     // memberwise copying; declare it to be sure.
@@ -184,7 +184,7 @@ class QRV_API cObj : public cObjBase {
     cAttr operator[](double) = delete;
     cAttr operator[](bool) = delete;
 
-    // --- generic operations: the method of the type; all RUN FOREIGN CODE
+    // --- generic operations: the method of the type; all RUN USER CODE
 
     // assign, add, setattr, getattr, write and iterobj look for an own method first. Arguments are
     // held for the length of the call. The rest is up to the type's method.
@@ -213,7 +213,7 @@ class QRV_API cObj : public cObjBase {
     bool less(cObj const &other) const;
     [[nodiscard]] objref iterobj(); // an iterator, adopted; bad where the type has none
 
-    // --- the object inside a larger text. RUN FOREIGN CODE
+    // --- the object inside a larger text. RUN USER CODE
 
     // "#name" of a constant, or name(...) around write(), without name for types with tf_bare.
     // False if write() failed; if cat::ExactText refused; and, with the stream's failbit set, where
@@ -224,7 +224,7 @@ class QRV_API cObj : public cObjBase {
     // false. Linear in the constants.
     bool write_constname(std::ostream &os) const;
 
-    // --- conversion and copying. RUN FOREIGN CODE
+    // --- conversion and copying. RUN USER CODE
 
     // Takes the value of source by the type's converter. False, without an error, if source is null
     // or without a type, if there is no converter, or if it failed.
@@ -233,7 +233,7 @@ class QRV_API cObj : public cObjBase {
     // on failure. Exceptions become bad, or continue with rethrow. Own members are not copied.
     [[nodiscard]] objref clone(bool rethrow = false) const;
 
-    // --- calls by name: own members, type members, global members. RUN FOREIGN CODE
+    // --- calls by name: own members, type members, global members. RUN USER CODE
 
     // What a function returns; for a procedure nil if it succeeded, else bad. Bad for a null `obj`
     // and, after the error, where there is no such executable. A wrong number of arguments that a
@@ -245,7 +245,7 @@ class QRV_API cObj : public cObjBase {
     static objref call(cObj *obj, std::string const &name, objref const &a);
     static objref call(cObj *obj, std::string const &name, objref const &a, objref const &b);
 
-    // --- items. RUN FOREIGN CODE
+    // --- items. RUN USER CODE
 
     bool append(objref const &item); // calls "append"; false for a null or bad item
     // Appends the pieces between the delimiters as strings, empty ones too; none after a last
@@ -259,8 +259,14 @@ class QRV_API cObj : public cObjBase {
     // false for a null or bad value and a void object.
     bool copyitem(objref const &key, objref const &value, bool clone_new);
     // Is `other`, the very object, anywhere below this one? Own members don't count. Ends on
-    // cycles. Linear in the values below; each container is visited once.
+    // cycles.   O(1) if `other` is known to be nobody's value, else linear in the values below;
+    // each container is visited once
     bool is_owner_of(cObj const &other);
+    // False: no attribute of any hash has this very object as its value. True also where that is
+    // not known, as for all but maps, vectors and sets (core/cholders.h).   O(1)
+    bool may_be_a_value() const noexcept {
+        return class_ >= one_holder || !holders_known_ || object_class() != cObjClass::map;
+    }
 
     // --- own members: a private map that exists only when there is something in it
 
@@ -269,7 +275,7 @@ class QRV_API cObj : public cObjBase {
     bool has_ommap() const noexcept { return ommap_.get() != nullptr; }
     cAttrHash *ommap_ptr() const noexcept { return ommap_.get(); } // borrowed; null without members
     hashref const &ommap_ref() const noexcept { return ommap_; }   // the same, to be shared
-    // Replace the whole map, and fire the `changed` of the new one. RUN FOREIGN CODE: what the old
+    // Replace the whole map, and fire the `changed` of the new one. RUN USER CODE: what the old
     // map held is released. Executables in the new map are own methods only if set_omember has
     // stored one before (of_exe_member).
     void ommap(hashref const &hash); // shares, null removes; becomes its father if it has none
@@ -278,14 +284,14 @@ class QRV_API cObj : public cObjBase {
     // cat::bad(). An executable gets the key as its name and must be a cExeMember, or of a type
     // with tf_free_exe, and fit a standard method of that name: else it isn't stored (0x44000000,
     // 0x50000000), and the result is true if a handler forgives that. Fires `changed`, also when
-    // nothing changed. RUNS FOREIGN CODE
+    // nothing changed. RUNS USER CODE
     bool set_omember(objref const &key, objref value);
     bool set_omember(std::string const &key, objref value);
     [[nodiscard]] objref omember(objref const &key) const; // badfind if absent
     [[nodiscard]] objref omember(std::string const &key) const;
     // The member, if it is of exactly that type; else a new object of the type, or the example
     // itself (shared), stored over it. Bad or badfind for "niltype", for a bad example, and where
-    // storing failed. RUN FOREIGN CODE
+    // storing failed. RUN USER CODE
     objref force_omember(objref const &key, cTypeObj const &type);
     objref force_omember(std::string const &key, cTypeObj const &type);
     objref force_omember(objref const &key, objref const &example);
@@ -302,7 +308,7 @@ class QRV_API cObj : public cObjBase {
     objref &gmember_(objref const &key);
     objref &gmember_(std::string const &key);
 
-    // The own member "//". RUN FOREIGN CODE
+    // The own member "//". RUN USER CODE
     // False, with the text as it was, if the member is void or doesn't convert to a string.
     bool get_comment(std::string &text) const;
     bool set_comment(std::string const &text, bool replace); // false if there is one already
@@ -311,7 +317,7 @@ class QRV_API cObj : public cObjBase {
     // `exe`, borrowed, is then the entry, or null when the entry isn't an executable.
     bool own_method(method_id id, cExeObj *&exe) const;
 
-    // --- cursors, slices, copying. RUN FOREIGN CODE
+    // --- cursors, slices, copying. RUN USER CODE
 
     cIterObj begin(); // over iterobj(); an invalid cursor if the type has no iterator
     cIterObj end();   // the position after the last; asks for the iterator anew
@@ -329,14 +335,14 @@ class QRV_API cObj : public cObjBase {
 
     // --- who wants to know of changes: the signal is the own member "changed"
 
-    // Fires it, if it is there; the object may be destroyed by then. RUNS FOREIGN CODE
+    // Fires it, if it is there; the object may be destroyed by then. RUNS USER CODE
     void changed() const;
     cSignal *changed_signal() const; // borrowed from the member; null if there is none
     // Puts a signal in the place of any other member. Where it can't be stored: a scratch signal,
-    // disconnected at each such call. RUNS FOREIGN CODE
+    // disconnected at each such call. RUNS USER CODE
     cSignal &force_changed_signal();
 
-    // --- paths and reading. RUN FOREIGN CODE
+    // --- paths and reading. RUN USER CODE
 
     // The value at keys between slashes, a/b/0. badfind where a key isn't found, null where the
     // last step returns it. A path that is wrong as text is bad, and a line reports it.
@@ -387,8 +393,10 @@ class QRV_API cObj : public cObjBase {
     friend bool cat::destroy_scalar(cObj *target);
     friend bool cat::detach_value(objref const &target);
     friend class cSetIndex;
+    friend struct cHolders;
     static constexpr std::uint16_t index_given_out = 0xFFFF;
     static constexpr std::uint16_t holds_type_bit = 0x100;
+    static constexpr std::uint16_t one_holder = 0x200;
 
     void leave_set_index() const noexcept;
     void release_type() noexcept;
@@ -397,8 +405,11 @@ class QRV_API cObj : public cObjBase {
 
     cTypeObj *type_;
     std::uint32_t obid_;
-    std::uint16_t class_; // the cObjClass, and above it holds_type_bit: one test asks for both
+    // The cObjClass in the lower byte, above it holds_type_bit, and in the rest the attributes
+    // whose value this is (core/cholders.h): one test asks for class and type.
+    std::uint16_t class_;
     mutable std::uint16_t index_ = 0; // the set index that it is a part of (core/cset_index.h)
+    static bool holders_known_;
     hashref ommap_;
 };
 

@@ -65,7 +65,7 @@ class QRV_API cTypeObj : public cObj {
     // rest. core/cbuiltin.h has the tests.
     unsigned library_methods() const noexcept { return library_methods_; }
     cObjClass value_class() const noexcept { return value_class_; }
-    [[nodiscard]] objref newobj() const; // RUNS FOREIGN CODE
+    [[nodiscard]] objref newobj() const; // RUNS USER CODE
 
     // From now on this type counts its objects: one that is created of the type, or gets it by
     // set_type, keeps the type alive as a count of owners would. Objects that have the type already
@@ -91,6 +91,7 @@ class QRV_API cTypeObj : public cObj {
   private:
     friend class cObj;
     friend struct cBootstrap;
+    friend struct cLastMember;
 
     // Calls of the table. An empty slot: 0x48000000 "Call of missed standard method '...".
     bool pexec(method_id id, cObj &a) const;
@@ -119,6 +120,17 @@ class QRV_API cTypeObj : public cObj {
     cVoidFunction methods_[mid_count]{};
     unsigned library_methods_ = 0;
     cObjClass value_class_ = cObjClass::other;
+    struct cHeldMember {
+        cHeldMember() noexcept = default;
+        cHeldMember(cHeldMember const &) = delete;
+        cHeldMember &operator=(cHeldMember const &) = delete;
+        ~cHeldMember() {
+            if (node) node->unhold();
+        }
+        cAttrNode const *node = nullptr;
+    };
+
+    mutable cHeldMember last_member_; // core/cmember_lookup.cpp; ends after the members
     cAttrHash tmmap_;
     hash_function hash_ = nullptr;
     heq_function heq_ = nullptr;

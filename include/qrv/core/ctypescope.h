@@ -48,6 +48,10 @@ class QRV_API TypeScope {
 
     static TypeScope *current() noexcept; // borrowed: the innermost living one, or null
 
+    // What belongs to the scope, in the order of the declarations. Another scope can declare these
+    // types again, so that text that is read later may use them.
+    std::vector<typeref> const &types() const noexcept { return types_; }
+
     // For the reader. Registers the type under its name until the end of this scope, and shares it;
     // `former` is the name that it had before the declaration, empty for a new type. False, and
     // nothing is changed, if this scope has declared the name already or can't hide it.
