@@ -32,7 +32,7 @@ void Donation::walk(cObj const *now, Entries const &entries) {
 
 void Donation::walk_map(cMapObj const &now, Entries const &entries) {
     for (WasEntry const &entry : entries) {
-        cAttrNode const *const node = now.datamap().find(entry.key);
+        cAttrNode const *const node = now.datamap().find(before_.key(entry));
         if (!node) continue;
         pair(*node, entry);
         visit(node->valref(), entry.value);

@@ -30,6 +30,8 @@ void Edit::bring(std::string_view text, cat::SourceMap const &map, objref const 
 
 void Edit::put_above(std::uint32_t anid) { notes_->entries.write_above(anid); }
 
+bool Edit::changed() const { return notes_->before.changed(notes_->root); }
+
 std::string Edit::text(Repeated repeated) const {
     notes_->entries.write_once(repeated == Repeated::once ? notes_->before.in_changed()
                                                           : std::unordered_set<std::uint32_t>());

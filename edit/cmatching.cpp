@@ -190,7 +190,7 @@ void Matching::match_replaced(WasEntry const &was, cAttrNode const &node) {
 
 void Matching::match_by_key(Was const &was, Nodes const &nodes) {
     std::unordered_map<std::string, WasEntry const *> by_key;
-    for (WasEntry const &entry : was) by_key.emplace(exact_text(entry.key), &entry);
+    for (WasEntry const &entry : was) by_key.emplace(exact_text(before_.key(entry)), &entry);
     for (cAttrNode const *const node : nodes)
         if (auto const found = by_key.find(exact_text(node->key()));
             found != by_key.end() && !is_bound(*found->second))

@@ -34,6 +34,10 @@ std::optional<std::uint64_t> bits_of(cObj const &value) {
     return std::nullopt;
 }
 
+// What WasEntry::key is, in its lowest bits.
+enum KeyForm : unsigned { number_key, text_key, object_key };
+constexpr unsigned key_bits = 2;
+
 std::string const *string_in(cObj const &value) {
     if (&value.type() != &cat::type_string()) return nullptr;
     return &static_cast<cObjDR<std::string> const &>(value).val();
@@ -61,7 +65,7 @@ std::string exact_text(objref const &value) {
 
 bool is_constant(objref const &value) { return value && cat::find_const(value.get()); }
 
-Snapshot::Snapshot(objref const &root) : root_(entry_of(0, nullptr, root)) { add(root); }
+Snapshot::Snapshot(objref const &root) : root_(entry_of(0, 0, root)) { add(root); }
 
 void Snapshot::add_donor(objref const &root) {
     donor_ = root;
@@ -79,7 +83,7 @@ void Snapshot::add(objref const &root) {
         cAttrHash const &hash = container_in(container)->datamap();
         entries.reserve(hash.used());
         for (cAttrNode const *node = hash.first(); node; node = hash.next(node)) {
-            entries.push_back(entry_of(node->anid(), node->key(), node->valref()));
+            entries.push_back(entry_of(node->anid(), key_of(*node), node->valref()));
             if (entries.back().is_container() &&
                 containers_.try_emplace(entries.back().value.get()).second)
                 todo.push_back(entries.back().value);
@@ -92,7 +96,34 @@ void Snapshot::add(objref const &root) {
               [](WasEntry const *a, WasEntry const *b) { return a->anid < b->anid; });
 }
 
-WasEntry Snapshot::entry_of(std::uint32_t anid, objref const &key, objref const &value) {
+// Of a key without an object a text or a number is enough, and needs less memory.
+std::uint64_t Snapshot::key_of(cAttrNode const &node) {
+    bool const is_bare = !node.has_key_object();
+    if (auto const number = is_bare ? node.key_int() : std::nullopt)
+        return std::uint64_t{static_cast<std::uint32_t>(*number)} << key_bits | number_key;
+    auto const text = is_bare ? node.key_string() : std::nullopt;
+    if (!text || text->find('\0') != std::string_view::npos) {
+        keys_.push_back(node.key());
+        return (keys_.size() - 1) << key_bits | object_key;
+    }
+    std::uint64_t const place = contents_.size();
+    contents_.append(*text).push_back('\0');
+    return place << key_bits | text_key;
+}
+
+objref Snapshot::key(WasEntry const &was) const {
+    std::uint64_t const found = was.key >> key_bits;
+    switch (was.key & ((1u << key_bits) - 1)) {
+    case number_key:
+        return own_key(static_cast<int>(found));
+    case text_key:
+        return own_key(std::string(contents_.c_str() + found));
+    default:
+        return keys_[found];
+    }
+}
+
+WasEntry Snapshot::entry_of(std::uint32_t anid, std::uint64_t key, objref const &value) {
     WasEntry entry{anid, 0, key, value, 0};
     if (!value) return entry;
     if (container_in(value)) {
@@ -145,6 +176,14 @@ bool Snapshot::is_still(std::vector<WasEntry> const &was, cMapObj const &contain
         return now.anid() == entry.anid && now.valref() == entry.value &&
                is_still(entry, entry.value);
     });
+}
+
+bool Snapshot::changed(objref const &root) const {
+    return !is_still(root_, root) ||
+           std::any_of(containers_.begin(), containers_.end(), [this](auto const &container) {
+               auto const &[object, entries] = container;
+               return !is_still(entries, *dynamic_cast<cMapObj const *>(object));
+           });
 }
 
 std::unordered_set<std::uint32_t> Snapshot::in_changed() const {

@@ -31,7 +31,7 @@ bool is_constant(objref const &value);
 struct WasEntry {
     std::uint32_t anid;
     std::uint32_t size; // of the content; a container has none
-    objref key;
+    std::uint64_t key;  // for Snapshot::key
     objref value;
     std::uint64_t content;
 
@@ -56,6 +56,8 @@ class Snapshot {
     // The entry of a node; null if the node was not in the tree.
     WasEntry const *entry(std::uint32_t anid) const;
     WasEntry const &root() const { return root_; }
+    // The key of an entry, but not of root(): its object, or a new one where it had none.
+    objref key(WasEntry const &was) const;
     // The value that a node had; null if the node was not in the tree.
     objref const &value(std::uint32_t anid) const;
     // Is the value now what the entry's was? For values that are not containers.
@@ -63,15 +65,21 @@ class Snapshot {
     // Has the container the same nodes with the same values?
     bool is_still(std::vector<WasEntry> const &was, cMapObj const &container) const;
 
+    // Does the tree differ from this one?   O(size)
+    bool changed(objref const &root) const;
+
     // The nodes that were in a changed container, and those that lead to it.
     //   O(size), times the depth of the changes
     std::unordered_set<std::uint32_t> in_changed() const;
 
   private:
     void add(objref const &root);
-    WasEntry entry_of(std::uint32_t anid, objref const &key, objref const &value);
+    std::uint64_t key_of(cAttrNode const &node);
+    WasEntry entry_of(std::uint32_t anid, std::uint64_t key, objref const &value);
 
-    std::string contents_; // the bytes of strings, and the texts of values that are not numbers
+    // The bytes of strings, the texts of values that are not numbers, and keys up to a NUL each.
+    std::string contents_;
+    std::vector<objref> keys_; // that have an object
     WasEntry root_;
     Containers containers_;
     std::vector<WasEntry const *> by_anid_;

@@ -1,16 +1,17 @@
-// The program at the top of README.md: reads a value, changes a part that two places share, and
-// writes it.
-#include "qrv/qrv.h"
+// The program at the top of README.md: changes one line of a file that a person wrote.
+// Usage: first FILE NEW_FILE
+#include "qrv/value.h"
 
 #include <iostream>
 
-int main() {
+int main(int argc, char **argv) {
     cat::use_console(); // shows what std::cout prints; the library redirects it
-    objref pump;
-    cObj::readobj("{name= P1; limits= {low= 2; high= 8; }; spare= #cRef(/limits); }", pump);
+    if (argc != 3) return 2;
+    auto device = qrv::document::load(argv[1]);
 
-    (*pump)["limits"]["high"] = cat::of(9);   // by key
-    pump->setattrp("spare/unit = bar", true); // by path: spare and limits are one map
-    std::cout << cat::as_text(pump->getattrp("spare/high")) << '\n';
-    std::cout << cat::as_text(pump) << '\n';
+    std::cout << "high: " << device.get_or("limits/temperature/high", 100.0) << '\n';
+    device["bus"]["baud"] = 9600; // in the file, only this line changes
+    for (auto const &[key, item] : device.at("bus/telegram").items())
+        std::cout << key << " = " << item << '\n';
+    device.save_as(argv[2]);
 }

@@ -1,4 +1,4 @@
-// Allocations of a deep copy, for each entry of a large tree.
+// The number of allocations per entry when a large tree is copied deeply.
 #include "tests/counted/counted.h"
 #include "tests/support/fixture.h"
 
@@ -8,7 +8,7 @@ using namespace counted;
 
 class CountedCopy : public QrvTest {};
 
-TEST_F(CountedCopy, an_entry_takes_few_allocations) {
+TEST_F(CountedCopy, an_entry_needs_few_allocations) {
     objref const tree = read(data().attr);
     objref copy;
     auto const count = allocations_of([&] {

@@ -1,7 +1,7 @@
 #pragma once
-// What the tests of this folder share. It makes a program of its own, because it replaces the
-// global allocation functions by counting ones (counted.cpp), and because counters of the
-// process must see no other test's work.
+// Shared by the tests of this folder. They are a separate program because counted.cpp replaces the
+// global allocation functions by counting ones, and because counters of the process must not
+// include the work of other tests.
 
 #include "base/platform/cpool.h"
 #include "bench/data.h"
@@ -11,19 +11,19 @@
 
 namespace counted {
 
-// Calls of the global allocation functions, so far in this process.
+// The number of calls of the global allocation functions in this process.
 extern unsigned long long allocations;
-// After so many there is no more memory.
+// The number of allocations after which memory runs out.
 extern unsigned long long last_allocation;
 
-// How many of them `work` makes.
+// The number of allocations that `work` makes.
 template <class Work> unsigned long long allocations_of(Work const &work) {
     auto const before = allocations;
     work();
     return allocations - before;
 }
 
-// The tree that the tests work on, and that tree read.
+// The text that the tests work on, and the tree read from it.
 inline cData const &data() {
     static cData const made = data_of("100k");
     return made;
@@ -33,8 +33,9 @@ inline double for_each_entry(unsigned long long count) {
 }
 objref read(std::string const &text);
 
-// What an entry may take of the heap. Where objects come from the pool, that is the text of long
-// strings and the indexes of large maps; elsewhere each key, value and node is a piece of it, too.
+// The most heap allocations that an entry may need. Where objects come from the pool, only the
+// characters of long strings and the indexes of large maps are on the heap; elsewhere each key,
+// value and node is, too.
 inline bool in_pool() { return cat::pool::blocks() > 0; }
 inline double most_allocations() { return in_pool() ? 0.5 : 3.6; }
 

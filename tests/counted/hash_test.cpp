@@ -1,5 +1,5 @@
-// Calls of the functions that hash the text of a key. The linker puts the ones below in their place
-// for all other sources (--wrap).
+// Calls of the functions that hash the characters of a key. The linker replaces them in all other
+// sources by those below (--wrap).
 #include "tests/counted/counted.h"
 #include "tests/support/fixture.h"
 
@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#ifdef QRV_CHECKS // optimised code has these functions inlined
+#ifdef QRV_CHECKS // optimised code inlines these functions
 
 namespace {
 

@@ -1,5 +1,5 @@
-// What the scanner does for each character of a text without typed values: how often it fetches it
-// from the stream, and how often the matcher compares it.
+// The scanner's work for each character of text without typed values: how often it fetches the
+// character from the stream, and how often the matcher compares it.
 #include "tests/counted/counted.h"
 #include "tests/support/fixture.h"
 
@@ -12,8 +12,8 @@
 
 namespace {
 
-// Gives its text in pieces, or character by character without a get area for pieces of 0, and
-// counts the characters given and the attempts to go back.
+// A stream that delivers its text in pieces, or, for pieces of 0, character by character without a
+// get area. It counts the characters delivered and the attempts to go back.
 class cCountingBuf : public std::streambuf {
   public:
     cCountingBuf(std::string text, std::size_t piece) : text_(std::move(text)), piece_(piece) {}
@@ -45,7 +45,7 @@ class cCountingBuf : public std::streambuf {
   private:
     std::string text_;
     std::size_t const piece_;
-    std::size_t place_ = 0; // after what was given
+    std::size_t place_ = 0; // the offset after the characters delivered
     std::size_t given_ = 0;
     unsigned steps_back_ = 0;
 };
@@ -62,13 +62,14 @@ TEST_F(CountedMatcher, a_character_is_fetched_from_the_stream_once) {
         std::istream is(&buffer);
         objref tree;
         EXPECT_EQ(cObj::readobj(is, tree), 0);
-        while (is.get() != std::istream::traits_type::eof()) continue; // what is not scanned
+        while (is.get() != std::istream::traits_type::eof())
+            continue; // skips characters that are not scanned
         EXPECT_EQ(buffer.given(), text.size()) << "in pieces of " << piece;
         EXPECT_EQ(buffer.steps_back(), 0u) << "in pieces of " << piece;
     }
 }
 
-#ifdef QRV_CHECKS // the scanner counts in such builds only
+#ifdef QRV_CHECKS // the scanner counts in these builds only
 
 TEST_F(CountedMatcher, a_character_is_compared_at_most_2_2_times) {
     for (char const *name : {"100k", "100kv", "16000"}) {

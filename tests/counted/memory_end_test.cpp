@@ -1,5 +1,5 @@
-// A hash when there is no more memory: each allocation of an operation fails once, and afterwards
-// the hash is whole, whatever its form was.
+// A hash when memory runs out: each allocation of an operation fails once, and afterwards the hash
+// is still valid in every form.
 #include "tests/counted/counted.h"
 #include "tests/support/fixture.h"
 
@@ -11,7 +11,7 @@
 #include <new>
 #include <string>
 
-#ifdef QRV_CHECKS // elsewhere objects come from the pool, whose memory does not end here
+#ifdef QRV_CHECKS // elsewhere objects come from the pool, whose memory does not run out here
 
 namespace {
 
@@ -29,7 +29,7 @@ class MemoryEnd : public QrvTest {
         for (int i = 0; i < count; ++i) hash.vect_append(cat::of(i));
     }
 
-    // How often the operation failed before it had the memory that it wants.
+    // How often the operation failed before it got all the memory that it needs.
     static int fail_each_allocation(cOperation const &fill, cOperation const &operation) {
         for (int failed = 0;; ++failed) {
             cAttrHash hash(nullptr);
@@ -54,7 +54,7 @@ class MemoryEnd : public QrvTest {
     }
 };
 
-TEST_F(MemoryEnd, a_hash_of_every_form_and_size_stays_whole) {
+TEST_F(MemoryEnd, a_hash_of_every_form_and_size_stays_valid) {
     using cFill = void (*)(cAttrHash &, int);
     for (cFill const fill :
          {static_cast<cFill>(texts), static_cast<cFill>(ints), static_cast<cFill>(row)})

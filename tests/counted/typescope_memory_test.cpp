@@ -1,5 +1,5 @@
-// The end of a cat::TypeScope when there is no more memory: it does not throw, its types leave the
-// registry, and what they have hidden comes back.
+// The end of a cat::TypeScope when memory runs out: it does not throw, its types leave the
+// registry, and the types that they hid are visible again.
 #include "tests/counted/counted.h"
 #include "tests/support/fixture.h"
 
@@ -17,7 +17,7 @@ class ScopeMemory : public QrvTest {
   protected:
     static bool is_known(char const *name) { return &cat::find_type(name) != &cat::type_nil(); }
 
-    // The allocations that the end asks for, where those from number `failing` on fail.
+    // The number of allocations at the end of the scope; those from number `failing` on fail.
     static unsigned long long end(std::optional<cat::TypeScope> &scope, unsigned failing) {
         unsigned long long const before = counted::allocations;
         counted::last_allocation = before + failing;

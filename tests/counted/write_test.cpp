@@ -1,4 +1,4 @@
-// Allocations of writing: those of the text itself, whatever the number of entries.
+// Allocations of writing: only those of the resulting string, for any number of entries.
 #include "tests/counted/counted.h"
 #include "tests/support/fixture.h"
 
@@ -10,11 +10,12 @@ using namespace counted;
 class CountedWrite : public QrvTest {};
 
 namespace {
-// The text doubles its room while it grows, and a level or two of the writer take some.
+// The string doubles its capacity while it grows, and a level or two of the writer need some
+// allocations.
 constexpr unsigned long long most = 100;
 } // namespace
 
-TEST_F(CountedWrite, an_entry_takes_no_allocation) {
+TEST_F(CountedWrite, an_entry_needs_no_allocation) {
     objref const tree = read(data().attr);
     std::string text = cat::as_text(tree);
     ASSERT_GT(text.size(), data().attr.size() / 2);
@@ -23,7 +24,7 @@ TEST_F(CountedWrite, an_entry_takes_no_allocation) {
     EXPECT_LE(count, most) << for_each_entry(count) << " for each entry";
 }
 
-TEST_F(CountedWrite, an_entry_of_exact_text_takes_no_allocation) {
+TEST_F(CountedWrite, an_entry_of_exact_text_needs_no_allocation) {
     objref const tree = read(data().attr);
     cat::ExactText const exact;
     std::string text = cat::as_text(tree);

@@ -1,10 +1,11 @@
-// The same edit by splicing and by --reformat, on generated files: both results read as equal
-// trees. QRV_EDITS sets how many files.
+// The same edit with and without --reformat, on generated files: both results read as equal trees.
+// QRV_EDITS sets the number of files.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/core/ctypescope.h"
+#include "qrv/edit/cfingerprint.h"
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/edit/generated_text.h"
@@ -13,7 +14,6 @@
 #include "tests/sweep/in_process.h"
 #include "tools/qrv/process/apart.h"
 #include "tools/qrv/reading/reading.h"
-#include "tools/qrv/verify/fingerprint.h"
 
 #include <gtest/gtest.h>
 
@@ -30,23 +30,23 @@ unsigned documents() {
     return given ? static_cast<unsigned>(std::atoi(given)) : test::sanitized ? 50 : 150;
 }
 
-// Of what a text reads as; empty if it has errors.
+// A string for the tree that text reads as; empty if the text has errors.
 std::string fingerprint_of(std::string const &text) {
     cReply const reply = apart("", [&](cReply &r) {
         cMessages unheard("", 1);
         cReading const reading = read_value(text, unheard);
-        if (reading.clean) r.image = image_of(reading.value);
+        if (reading.clean) r.image = qrv::edit::fingerprint(reading.value);
     });
     return reply.image;
 }
 
-// Commands that may or may not succeed, on paths of a tree.
+// Commands that may succeed or fail, on paths of a tree.
 class Commands {
   public:
     Commands(Random &random, std::string const &text) : random_(random) {
         cat::TypeScope const types;
-        cMessages unheard("", 1);
-        cReading const reading = read_value(text, unheard);
+        cMessages ignored("", 1);
+        cReading const reading = read_value(text, ignored);
         if (reading.clean) walk("", reading.value);
     }
 
@@ -132,7 +132,7 @@ TEST_F(Agreement, splicing_and_reformatting_give_equal_trees) {
         std::string const about =
             "seed " + std::to_string(seed) + "\n" + text + "\n--\n" + shown(command);
         if (reformatted.status == 2) {
-            // The writer's text of some values changes when it is read and written again.
+            // The written text of some values changes when it is read and written again.
             if (reformatted.err.find("would change") == reformatted.err.npos) {
                 EXPECT_EQ(spliced.status, 2) << about << reformatted.err;
             }

@@ -1,15 +1,17 @@
-// edit_lines [--every N] FILE...: what edits by the tool do to files that people wrote. Each scalar
-// is changed, each entry deleted, a new one inserted before and after it, and one appended to each
-// container, each time in the file as it was. A FILE whose name ends in .json is converted first.
-// There is a process for each file, and as many at a time as there are processors.
+// edit_lines [--every N] [--document] FILE...: what edits do to files that people wrote, by the
+// tool's commands or, with --document, by qrv::document. Each scalar is changed, each entry
+// deleted, a new one inserted before and after it, and one appended to each container, each time in
+// the file as it was. A FILE whose name ends in .json is converted first. There is a process for
+// each file, and as many at a time as there are processors.
 //
-// Prints a table. The exit code is 1 if an edit was refused, changed another line, lost a comment
+// Prints a table. The exit status is 1 if an edit was refused, changed another line, lost a comment
 // or stored another value; each such edit is listed on standard error. With --every only each N-th
 // edit is made.
 
 #include "qrv/base/csignal.h"
 #include "qrv/diagnostics/cconsole.h"
 #include "tests/support/memory_file.h"
+#include "tests/sweep/by_document.h"
 #include "tests/sweep/sweep.h"
 
 #include <algorithm>
@@ -43,7 +45,7 @@ std::string row_of(std::string const &name, cTable const &table) {
 }
 
 // The row is written to the descriptor. Were all edits good?
-bool sweep_file(char const *name, size_t every, int descriptor) {
+bool sweep_file(char const *name, size_t every, cTool const &tool, int descriptor) {
     std::filesystem::path file(name);
     std::string text = bytes_of(file);
     if (file.extension() == ".json") {
@@ -51,7 +53,7 @@ bool sweep_file(char const *name, size_t every, int descriptor) {
         file.replace_extension(".attr");
     }
     bool good = true;
-    cTable const table = sweep(text, every, run, [&](std::string const &what) {
+    cTable const table = sweep(text, every, tool, [&](std::string const &what) {
         std::fprintf(stderr, "%s: %s\n", name, what.c_str());
         good = false;
     });
@@ -61,7 +63,7 @@ bool sweep_file(char const *name, size_t every, int descriptor) {
 
 class cProcesses {
   public:
-    // Begins work in a copy of this process, as soon as a processor is free.
+    // Starts work in a copy of this process, as soon as a processor is free.
     template <class Work> void begin(Work const &work) {
         while (running_ >= std::max(1u, std::thread::hardware_concurrency())) wait();
         pid_t const process = ::fork();
@@ -91,14 +93,17 @@ int main(int argc, char **argv) {
     sig_idle();
     cConsoleDisplay const messages(STDERR_FILENO);
     size_t every = 1;
+    cTool tool = run;
     std::map<int, test::cMemory> rows; // by the argument
     cProcesses processes;
     for (int i = 1; i < argc; ++i) {
         if (argv[i] == std::string("--every") && i + 1 < argc)
             every = std::max(1ul, std::strtoul(argv[++i], nullptr, 10));
+        else if (argv[i] == std::string("--document"))
+            tool = run_by_document;
         else
             processes.begin([&, descriptor = rows[i].descriptor()] {
-                return sweep_file(argv[i], every, descriptor);
+                return sweep_file(argv[i], every, tool, descriptor);
             });
     }
     bool const good = !rows.empty() && processes.all_good();

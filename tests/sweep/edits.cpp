@@ -37,15 +37,15 @@ objref read(std::string const &text) {
     return cObj::readobj(in, value) == 0 && report.empty() ? value : objref();
 }
 
-// How the tree differs from the one that was read.
+// How the tree differs from the tree before the edit.
 struct cChange {
     cAttrNode const *without = nullptr;  // this entry is removed
     cAttrNode const *before = nullptr;   // the new value is before this entry,
     cAttrNode const *after = nullptr;    // after it,
     cObj const *into = nullptr;          // or the last one of this container
     cAttrNode const *replaced = nullptr; // this entry has another value
-    cObj const *assigned = nullptr;      // this value is another one, at all its places
-    std::string text;                    // of it
+    cObj const *assigned = nullptr;      // this value is a different one, wherever it occurs
+    std::string text;                    // the text of the new value
 };
 
 class cTree {
@@ -107,14 +107,14 @@ class cWalk {
   private:
     using cSpans = std::vector<cat::SourceEntry>;
 
-    // Through a reference the same entries have other paths: their values are changed.
+    // Through a reference the same entries have other paths: there only their values are changed.
     void walk(std::string const &path, objref const &container, bool again) {
         if (!again) append(path, container);
         size_t position = 0, end_before = 0;
         cAttrHash const &hash = container_in(container)->datamap();
         for (cAttrNode const *node = hash.first(); node; node = hash.next(node), ++position) {
             cSpans const spans = map_.spans(node->anid());
-            if (spans.empty()) continue; // a default
+            if (spans.empty()) continue; // a default value, which is not in the text
             std::string const below =
                 path + (path.empty() ? "" : "/") +
                 (is_list(container) ? std::to_string(position) : exact_text(node->key()));
@@ -143,7 +143,7 @@ class cWalk {
         size_t end_before; // where the entry before it ends, or 0
     };
 
-    // Is it the turn of this edit?
+    // Is it time for this edit?
     bool is_due() { return count_++ % every_ == 0; }
 
     void visit(cEdit &edit, cChange const &change) {
@@ -199,7 +199,7 @@ class cWalk {
         return path == top || path.starts_with(top + '/');
     }
 
-    // References through positions from that one on change.
+    // References through positions from this one on change.
     void allow_references_behind(cEdit &edit, cPlace const &place, size_t first) const {
         if (!is_list(place.container)) return;
         size_t const size = static_cast<size_t>(container_in(place.container)->size());
@@ -211,7 +211,7 @@ class cWalk {
 
     // --- edits ---
 
-    // Another value of the same type, in written form; empty for what isn't changed.
+    // Another value of the same type, in written form; empty for a value that isn't changed.
     static std::string another(objref const &value) {
         std::string const text = exact_text(value);
         if (text == "#nil") return "7";

@@ -1,5 +1,6 @@
 #pragma once
-// The edits that the sweep makes of a file, each with what it must do to the text and to the tree.
+// The edits that the sweep makes in a file, each with its expected effect on the text and on the
+// tree.
 
 #include "tests/sweep/judge.h"
 
@@ -15,21 +16,22 @@ constexpr std::array<char const *, 4> kind_names{"changed", "deleted", "inserted
 
 struct cEdit {
     cKind kind;
-    std::vector<std::string> command; // with "@" for the file
-    cLines lines = {};                // that may change
-    size_t meant = 0;                 // how many of them at most
+    std::vector<std::string> command; // with "@" in place of the file
+    cLines lines = {};                // the lines that may change
+    size_t meant = 0;                 // the most lines that may change
     std::vector<cBytes> own = {};     // their comments are removed
-    bool moves_comments = false;      // from a deleted entry to the first reference to it
-    std::string refusal = {}; // pattern of what the tool may say if the value does not allow it
+    bool moves_comments =
+        false; // the comments from a deleted entry to the first reference to it may move
+    std::string refusal = {}; // pattern of the tool's message if the value does not allow the edit
     std::string tree = {};    // after the edit
 };
 
-// Calls `visit` for each edit of a text: each scalar changed, each entry deleted, a new one before
+// Calls `visit` for each edit of text: each scalar changed, each entry deleted, a new one before
 // and after it, and one appended to each container. Only every n-th edit is prepared and visited.
 void for_edits(std::string const &text, size_t every,
                std::function<void(cEdit const &)> const &visit);
 
-// All values of the first value in a text with their paths, a line each; "unreadable" for an error.
+// All values of the first value in text with their paths, a line each; "unreadable" for an error.
 std::string tree_of(std::string const &text);
 
 } // namespace sweep_test

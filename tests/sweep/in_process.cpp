@@ -8,7 +8,7 @@
 namespace sweep_test {
 namespace {
 
-// A descriptor that is a file in memory while the object lives.
+// A descriptor of a file in memory, until the end of the scope.
 class cTaken {
   public:
     explicit cTaken(int descriptor) : descriptor_(descriptor), before_(::dup(descriptor)) {

@@ -1,5 +1,5 @@
 #pragma once
-// Commands of the tool, run in this process: thousands of them take seconds.
+// Runs commands of the tool in this process, so that thousands of them take only seconds.
 
 #include <string>
 #include <vector>
@@ -12,7 +12,8 @@ struct cRun {
     std::string err;
 };
 
-// What a command prints, without "qrv" in front. An argument "@" is a file with these bytes.
+// The output of a command, which is given without the leading "qrv". An argument "@" is a file with
+// these bytes.
 cRun run(std::vector<std::string> arguments, std::string const &bytes);
 
 } // namespace sweep_test

@@ -17,7 +17,7 @@ cTexts lines_of(std::string_view text) {
     return lines;
 }
 
-// Of two groups of lines, without those that are the same at both ends.
+// Removes from two groups of lines those that are the same at both ends.
 size_t differing(cTexts const &all, size_t from, size_t to, cTexts const &others, size_t begin,
                  size_t end) {
     while (from < to && begin < end && all[from] == others[begin]) ++from, ++begin;
@@ -27,8 +27,8 @@ size_t differing(cTexts const &all, size_t from, size_t to, cTexts const &others
 
 } // namespace
 
-// Lines that must stay come in rows, with allowed ones between them. Each row is searched where it
-// is next; the last one must be the end.
+// Lines that must stay form runs, separated by lines that may change. Each run is searched at its
+// next occurrence; the last one must be at the end.
 std::optional<size_t> changed_lines(std::string_view before, std::string_view after,
                                     cLines const &allowed) {
     cTexts const old = lines_of(before), now = lines_of(after);
@@ -43,7 +43,7 @@ std::optional<size_t> changed_lines(std::string_view before, std::string_view af
                    last = old.begin() + static_cast<std::ptrdiff_t>(line);
         auto found =
             std::search(now.begin() + static_cast<std::ptrdiff_t>(at), now.end(), first, last);
-        if (line == old.size()) { // the last row
+        if (line == old.size()) { // the last run
             if (now.size() < at + (line - row)) return std::nullopt;
             found = now.end() - static_cast<std::ptrdiff_t>(line - row);
             if (!std::equal(first, last, found)) return std::nullopt;

@@ -1,6 +1,6 @@
 #pragma once
-// What an edit did to a text: lines that differ, comments that are lost. It reads lines and
-// comments by itself, since it judges the library and the tool.
+// The effect of an edit on text: lines that differ, comments that are lost. It has its own
+// functions for reading lines and comments, since it judges the library and the tool.
 
 #include <cstddef>
 #include <optional>
@@ -11,22 +11,22 @@
 
 namespace sweep_test {
 
-// The lines of a text that an edit may change, numbers from 0.
+// The lines of text that an edit may change, numbered from 0.
 using cLines = std::vector<bool>;
 
-// How many lines differ, where each group of lines counts as often as its longer side. None if
-// another line than those allowed was changed or removed; new lines are allowed next to an allowed
-// one.
+// The number of different lines, where each group of lines counts as often as its longer side. No
+// value if a line was changed or removed that must stay; new lines are allowed next to an allowed
+// line.
 std::optional<size_t> changed_lines(std::string_view before, std::string_view after,
                                     cLines const &allowed);
 
-// Bytes from the first to before the second.
+// The offsets of the first byte and of the end.
 using cBytes = std::pair<size_t, size_t>;
 
-// All comments that begin in none of these bytes.
+// All comments except those that begin in these bytes.
 std::vector<std::string> comments(std::string_view text, std::vector<cBytes> const &without = {});
 
-// How many of the comments are not there any more.
+// The number of comments that no longer exist.
 size_t lost(std::vector<std::string> before, std::vector<std::string> after);
 
 } // namespace sweep_test

@@ -1,8 +1,9 @@
-// All edits of a file with everything that is rare in files: tabs, several entries on a line, keys
-// that are repeated, comments at odd places, empty containers, a last entry without a delimiter.
+// All edits of a file with everything that is rare in files: tabs, several entries on a line,
+// repeated keys, comments at unusual positions, empty containers, a last entry without a delimiter.
 
 #include "tests/support/fixture.h"
 #include "tests/support/paths.h"
+#include "tests/sweep/by_document.h"
 #include "tests/sweep/sweep.h"
 
 #include <gtest/gtest.h>
@@ -23,10 +24,10 @@ class Odd : public testing::Test {
         return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
     }
     // What the sweep says of all edits of a text.
-    static std::string complaints(std::string const &text) {
+    static std::string complaints(std::string const &text, cTool const &tool = run) {
         std::string all;
         cTable const table =
-            sweep(text, 1, run, [&](std::string const &what) { all += what + '\n'; });
+            sweep(text, 1, tool, [&](std::string const &what) { all += what + '\n'; });
         for (cRow const &row : table) EXPECT_GT(row.edits, 0u);
         return all;
     }
@@ -37,7 +38,9 @@ class Odd : public testing::Test {
     }
 };
 
-TEST_F(Odd, edits_change_their_lines_only) { EXPECT_EQ(complaints(text()), ""); }
+TEST_F(Odd, edits_change_only_their_lines) { EXPECT_EQ(complaints(text()), ""); }
+
+TEST_F(Odd, documents_change_the_same_lines) { EXPECT_EQ(complaints(text(), run_by_document), ""); }
 
 // A string that continues on the next line cannot have CRLF there.
 TEST_F(Odd, line_ends_may_differ) {

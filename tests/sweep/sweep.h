@@ -1,5 +1,5 @@
 #pragma once
-// Makes edits of a file by the tool's commands, each of the file as it was, and judges them.
+// Makes edits of a file with the tool's commands, each in the original file, and judges them.
 
 #include "tests/sweep/edits.h"
 #include "tests/sweep/in_process.h"
@@ -14,11 +14,11 @@ struct cRow {
 };
 using cTable = std::array<cRow, kind_names.size()>; // by kind
 
-// What does an edit; run() of in_process.h, or a function that a test puts in its place.
+// The function that makes an edit: run() of in_process.h, or a function of a test.
 using cTool = std::function<cRun(std::vector<std::string> const &, std::string const &)>;
 
-// Calls `complain` for each edit that is refused, stores another tree, changes another line or more
-// lines, or loses or moves a comment.
+// Calls `complain` for each edit that is refused, stores another tree, changes another line or too
+// many lines, or loses or moves a comment.
 cTable sweep(std::string const &text, size_t every, cTool const &tool,
              std::function<void(std::string const &)> const &complain);
 

@@ -6,6 +6,7 @@
 #include "qrv/text/file/cfile.h"
 
 #include "diagnostics/cerr_codes.h"
+#include "diagnostics/cerrline.h"
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
@@ -26,7 +27,10 @@ constexpr char const *signature_lines = "// Platform Quorvanta(R), Attributes ve
                                         "// by the Quorvanta developers\n"
                                         "\n";
 
-void tell(char const *text, char const *name) { cat::std_err() << text << name << std::endl; }
+void tell(char const *text, char const *name) {
+    std::string const line = std::string(text) += name;
+    if (!cat::line_is_taken(line)) cat::std_err() << line << std::endl;
+}
 
 bool is_white(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
@@ -54,7 +58,7 @@ bool write2file(cObj const &obj, char const *name, bool signature) {
     std::ostringstream os;
     os.imbue(std::locale::classic());
     if (signature) os << signature_lines;
-    obj.writeobj(os); // RUNS FOREIGN CODE, may throw
+    obj.writeobj(os); // RUNS USER CODE, may throw
     return os.good() && cat::replace_file(name, os.view());
 }
 
@@ -73,7 +77,7 @@ bool file2map(char const *name, cMapObj &map) {
         scan.scan_obj(value, nullptr);
         cAboutValue const about_value(*cReadSession::current());
         cat::cMergeBudgetUse const as_before(budget);
-        map.assign(value); // RUNS FOREIGN CODE
+        map.assign(value); // RUNS USER CODE
         auto *const source = cat::cSourceRecorder::at(scan);
         if (source && value) source->moved_inside(*value, map);
     });

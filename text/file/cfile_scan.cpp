@@ -1,6 +1,7 @@
 #include "text/file/cfile_scan.h"
 
 #include "qrv/base/platform/cplatform.h"
+#include "qrv/text/file/creadtext.h"
 
 #include <array>
 #include <locale>
@@ -14,11 +15,14 @@ bool cat::read_rest(std::istream &in, std::string &text) {
     return in.eof();
 }
 
+std::string_view cat::without_mark(std::string_view text) noexcept {
+    constexpr std::string_view mark = "\xef\xbb\xbf";
+    return text.substr(text.starts_with(mark) ? mark.size() : 0);
+}
+
 cFileScan::cFileScan(char const *name, bool quiet) {
-    if (read_whole(name)) {
-        scan_.emplace(*memory_, false);
-        scan_->set_filename(name);
-        opened_ = true;
+    if (name && *name && cat::is_regular(name) && read_whole(name)) {
+        start(name, text_);
         return;
     }
     file_.imbue(std::locale::classic());
@@ -26,16 +30,24 @@ cFileScan::cFileScan(char const *name, bool quiet) {
     opened_ = scan_->openfile(name, quiet);
 }
 
-// False if the file is not one to be read at once, or can't be read at all. What fails later is
-// read up to there, and the scanner meets the error when it comes to it.
+cFileScan::cFileScan(char const *name) {
+    if (read_whole(name)) start(name, cat::without_mark(text_));
+}
+
+void cFileScan::start(char const *name, std::string_view text) {
+    memory_.emplace(text, broken_);
+    scan_.emplace(*memory_, false);
+    scan_->set_filename(name);
+    opened_ = true;
+}
+
+// False if it can't be read at all. What fails later is read up to there, and the scanner meets the
+// error when it comes to it.
 bool cFileScan::read_whole(char const *name) {
-    if (!name || !*name || !cat::is_regular(name)) return false;
     std::ifstream in;
     in.imbue(std::locale::classic());
     in.open(name, std::ios::in | std::ios::binary);
     if (!in.is_open()) return false;
-    bool const whole = cat::read_rest(in, text_);
-    if (!whole && text_.empty()) return false;
-    memory_.emplace(text_, !whole);
-    return true;
+    broken_ = !cat::read_rest(in, text_);
+    return !broken_ || !text_.empty();
 }

@@ -9,6 +9,7 @@
 #include <istream>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace cat {
 // What is left of a stream. False after a read error, with what came before it.
@@ -19,19 +20,23 @@ class cFileScan {
   public:
     // Unless quiet, a file that can't be opened is reported as cAttrScan::openfile() does.
     cFileScan(char const *name, bool quiet);
+    // Quiet. A file of any kind is read into memory, and a byte order mark is passed over.
+    explicit cFileScan(char const *name);
     cFileScan(cFileScan const &) = delete;
     cFileScan &operator=(cFileScan const &) = delete;
     ~cFileScan() = default;
 
     bool opened() const { return opened_; }
-    cAttrScan &scan() { return *scan_; }
+    cAttrScan &scan() { return *scan_; } // after a quiet failure of the second kind there is none
 
   private:
     bool read_whole(char const *name);
+    void start(char const *name, std::string_view text);
 
     std::ifstream file_;
     std::string text_;
     std::optional<cMemoryStream> memory_;
     std::optional<cAttrScan> scan_;
+    bool broken_ = false; // the text ends with a read error
     bool opened_ = false;
 };

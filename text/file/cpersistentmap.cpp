@@ -7,6 +7,7 @@
 
 #include "qrv/text/file/cpersistentmap.h"
 
+#include "diagnostics/cerrline.h"
 #include "qrv/base/cfilename.h"
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/core/ctypes.h"
@@ -23,7 +24,7 @@ namespace {
 constexpr int most_kept = 99;
 
 void tell(char const *text, std::string const &name) {
-    cat::std_err() << text << name << std::endl;
+    if (!cat::line_is_taken(text + name)) cat::std_err() << text << name << std::endl;
 }
 
 // The end of the file. For a scanner NUL and bytes from 128 on are the end of input too.
@@ -55,8 +56,8 @@ cPersistentMap::cPersistentMap(char const *name, bool keep_comments)
 
 cPersistentMap::~cPersistentMap() {
     try {
-        if (!name_.empty() && map_) save(); // RUNS FOREIGN CODE
-        map_ = nullptr;                     // RUNS FOREIGN CODE
+        if (!name_.empty() && map_) save(); // RUNS USER CODE
+        map_ = nullptr;                     // RUNS USER CODE
     } catch (...) {                         // whoever threw has told
     }
 }

@@ -206,20 +206,6 @@ void setup_palette(cTypeObj &type) {
 
 // ---- what the module enters into the repository ----
 
-// An entry for as long as it lives.
-template <class Interface> class cEntry {
-  public:
-    cEntry(char const *name, Interface *thing, char const *comment)
-        : entry_(cRepoImpl::create(cRepoImpl::get(typeid(Interface)), name, thing,
-                                   typeid(Interface), typeid(*thing), comment)) {}
-    cEntry(cEntry const &) = delete;
-    cEntry &operator=(cEntry const &) = delete;
-    ~cEntry() { cRepoImpl::release(entry_); }
-
-  private:
-    cRepositoryEntry *entry_;
-};
-
 class cFactory final : public cTypeCtor {
   public:
     cFactory(char const *name, cTypeObj::setup_function setup, char const *comment)

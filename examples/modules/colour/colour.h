@@ -3,8 +3,7 @@
 // repository for the interface cColourNames, under "web".
 //
 //     cModule::load("colour");
-//     auto *entry = cRepoImpl::find(cRepoImpl::get(typeid(cColourNames)), "web");
-//     auto *names = static_cast<cColourNames *>(cRepoImpl::ptr(entry));
+//     auto *names = cat::find_entry<cColourNames>("web");
 //
 // A type of another library is found by its name alone, so this class needs no code of the module.
 // One thread at a time.

@@ -70,7 +70,11 @@ class QRV_API Edit {
     // replaces values of another, no text with all places may read as the changed tree.
     enum class Repeated : unsigned char { each, once };
 
-    // The new text, after the change. RUNS USER CODE.   O(size of text and tree)
+    // Does the tree differ from the one that was noted? RUNS USER CODE.   O(size)
+    bool changed() const;
+
+    // The new text, after the change. Without one it can differ from the text that was read, where
+    // that has a repeated key or a reference to a #name. RUNS USER CODE.   O(size of text and tree)
     std::string text(Repeated repeated = Repeated::each) const;
 
   private:

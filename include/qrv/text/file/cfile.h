@@ -24,7 +24,7 @@ QRV_API bool file2obj(char const *name, objref &ref);
 
 // The same, and assigns the value to the map, whatever the scan found; an unreadable file assigns
 // nothing. The assignment is part of the reading: no module is loaded meanwhile. What it answers
-// doesn't count.   RUNS FOREIGN CODE
+// doesn't count.   RUNS USER CODE
 QRV_API bool file2map(char const *name, cMapObj &map);
 
 namespace cat {

@@ -30,7 +30,7 @@ class QRV_API cPersistentMap {
     cPersistentMap(cPersistentMap const &) = delete;
     cPersistentMap &operator=(cPersistentMap const &) = delete;
     // Saves the map if it was loaded and there is a name. A read-only mark on the file (no
-    // permission to write for its owner) is taken away, the others stay. RUNS FOREIGN CODE; lets no
+    // permission to write for its owner) is taken away, the others stay. RUNS USER CODE; lets no
     // exception out.
     virtual ~cPersistentMap();
 

@@ -1,0 +1,37 @@
+// Walking: entries, values, whole trees, and changes on the way.
+#include "qrv/value.h"
+
+#include <iostream>
+
+namespace {
+// Prints each scalar below a value with its path.
+void print(qrv::value const &v, std::string const &path) {
+    if (!v.is_container()) {
+        std::cout << path << " = " << v << '\n';
+        return;
+    }
+    for (auto const &[key, item] : v.items()) print(item, path + "/" + key.get<std::string>());
+}
+} // namespace
+
+int main() {
+    cat::use_console();
+
+    qrv::value stock = qrv::map{{"bolt", 12}, {"nut", 0}, {"washer", 40}};
+    for (auto const &[part, count] : stock.items()) std::cout << part << ' ' << count << '\n';
+
+    // The entry that the loop is at may be removed.
+    for (auto const &[part, count] : stock.items())
+        if (count == 0) stock.erase(part);
+    std::cout << stock << '\n';
+
+    // Values alone, and the sum of them.
+    int sum = 0;
+    for (qrv::value const &count : stock) sum += count.get<int>();
+    std::cout << sum << '\n';
+
+    // A range owns what it walks, so that a temporary is fine.
+    for (qrv::value const &word : qrv::parse("[one, two]")) std::cout << word << '\n';
+
+    print(qrv::parse("{ a= {b= 1; c= x; }; d= y; }"), "");
+}

@@ -1,0 +1,114 @@
+#pragma once
+// What qrv::value and all that works with it throws. Nothing is printed: the exception has the
+// whole message, and what() shows it.
+//
+//   std::runtime_error
+//     error            any other refusal of the library
+//       path_error     nothing is at a path, or the text of the path is faulty
+//       type_error     a value is not what the program expects, or a declared type refuses it
+//       parse_error    a text has errors
+//       save_conflict  another program has changed a file
+//   std::out_of_range
+//     range_error      a number does not fit
+
+#include "qrv/text/read/creadreport.h"
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qrv {
+
+// Any failure. what() is the path, unless it is empty, a colon and the reason.
+class QRV_API error : public std::runtime_error {
+  public:
+    explicit error(std::string reason, unsigned int code = 0);
+    error(std::string path, std::string reason, unsigned int code);
+    error(error const &) = default;
+    error &operator=(error const &) = default;
+    ~error() override;
+
+    // Of the library's error (docs/errors.md); 0 for one of this layer.
+    unsigned int code() const noexcept { return code_; }
+    // Of the place that the error is about, from the value that was asked on.
+    std::string const &path() const noexcept { return path_; }
+    // Puts the path of a container in front: for code that reads or writes its parts.
+    void within(std::string_view path);
+
+  private:
+    std::string path_;
+    std::string reason_;
+    unsigned int code_;
+};
+
+// what(): "bus/baud: nothing is there".
+class QRV_API path_error : public error {
+  public:
+    path_error(std::string path, std::string reason, unsigned int code = 0);
+    path_error(path_error const &) = default;
+    path_error &operator=(path_error const &) = default;
+    ~path_error() override;
+};
+
+// what(): "bus/baud: expected int, but it is a string: "fast"".
+class QRV_API type_error : public error {
+  public:
+    // `actual` is a noun with its article and may go on with the value.
+    type_error(std::string path, std::string expected, std::string actual);
+    // What a type refuses, in the library's words.
+    explicit type_error(std::string const &reason, unsigned int code);
+    type_error(type_error const &) = default;
+    type_error &operator=(type_error const &) = default;
+    ~type_error() override;
+
+    std::string const &expected() const noexcept { return expected_; } // a type; may be empty
+    std::string const &actual() const noexcept { return actual_; }     // may be empty
+
+  private:
+    std::string expected_;
+    std::string actual_;
+};
+
+// what(): "bus/baud: 70000 does not fit: the range is 0 to 65535".
+class QRV_API range_error : public std::out_of_range {
+  public:
+    // `reason` goes after the path and a colon. An empty path is left out.
+    range_error(std::string path, std::string reason);
+    range_error(range_error const &) = default;
+    range_error &operator=(range_error const &) = default;
+    ~range_error() override;
+
+    std::string const &path() const noexcept { return path_; }
+    // Puts the path of a container in front: for conversions of its parts.
+    void within(std::string_view path);
+
+  private:
+    std::string path_;
+    std::string reason_;
+};
+
+// A text has errors. what() lists them, a line each: "file:line:col: error: text".
+class QRV_API parse_error : public error {
+  public:
+    parse_error(std::string const &list, std::vector<cat::ReadError> errors);
+    parse_error(parse_error const &) = default;
+    parse_error &operator=(parse_error const &) = default;
+    ~parse_error() override;
+
+    std::vector<cat::ReadError> const &errors() const noexcept { return errors_; } // in text order
+
+  private:
+    std::vector<cat::ReadError> errors_;
+};
+
+// Another program has changed the file that is to be written. The file is as that program left it.
+class QRV_API save_conflict : public error {
+  public:
+    using error::error;
+    save_conflict(save_conflict const &) = default;
+    save_conflict &operator=(save_conflict const &) = default;
+    ~save_conflict() override;
+};
+
+} // namespace qrv

@@ -1,0 +1,65 @@
+#pragma once
+// Text and files: values that are read, and values that are written.
+//
+//   qrv::value device = qrv::load("device.attr");
+//   std::vector<cat::ReadError> errors;
+//   qrv::value draft = qrv::load("draft.attr", errors); // what could be read of it
+//   qrv::save(device, "copy.attr");
+//   std::cout << qrv::dump(device.at("limits"), {.one_line = true}) << '\n';
+//
+// To change a file that a person wrote, see qrv/value/document.h: save() writes all of it anew.
+
+#include "qrv/text/file/creadtext.h"
+#include "qrv/value/items.h"
+#include "qrv/value/reference.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qrv {
+
+// How text is read.
+struct options {
+    bool comments = true; // values have theirs, and writing shows them
+    int depth = 1000;     // of values inside each other; deeper ones are errors
+    // May this module be loaded by a type of the program that the text names? Empty: the filter of
+    // qrv_set_module_filter() decides, and without one none is. Reading itself loads nothing.
+    std::function<bool(std::string const &module)> modules = {};
+};
+
+// Reads one value. A byte order mark in front is accepted. The types that the text declares stay
+// registered, as the library's own reading leaves them: a qrv::document has types of its own.
+// parse_error: the text has errors, or no value, or something after it, or the file can't be read.
+// Runs user code: types of the program that the text names.   O(size)
+QRV_API value parse(std::string_view text, options const &how = {});
+QRV_API value load(std::string const &path, options const &how = {});
+
+// The same, and all errors are stored in `errors`, which is cleared before. The result is what
+// could be read; #nil if nothing could.
+QRV_API value parse(std::string_view text, std::vector<cat::ReadError> &errors,
+                    options const &how = {});
+QRV_API value load(std::string const &path, std::vector<cat::ReadError> &errors,
+                   options const &how = {});
+
+// How a value is written.
+struct style {
+    bool exact = true;     // reads as the same value: all digits, and strings with line feeds
+    bool one_line = false; // without comments; a string with a line feed still takes two lines
+    std::optional<int> indent = {}; // columns for each level instead of 4, and 2 for the first one
+};
+
+// The written form, without a line feed at its end. An inexact one has six digits of each number.
+// error: part of the value has no text, such as an infinity or a value inside itself.
+// Runs user code: types of the program write their objects.   O(size)
+QRV_API std::string dump(value const &v, style const &how = {});
+
+// Writes that and a line feed to a file, whole or not at all: if it fails, the old file stays as it
+// is. Mode, owner and symbolic links stay. Waits up to 30 seconds for other programs that lock the
+// folder (cat::FileLock).
+// error: part of the value has no text, or the file can't be written; what() has its name and why.
+QRV_API void save(value const &v, std::string const &path, style const &how = {});
+
+} // namespace qrv

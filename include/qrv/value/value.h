@@ -1,0 +1,554 @@
+#pragma once
+// qrv::value, a value of any kind: what application programs work with.
+//
+//   qrv::value device = qrv::load("device.attr");
+//   int const baud = device.get_or("bus/baud", 0);
+//   device["bus"]["gateway"]["name"] = "rack"; // levels that are missing are made
+//   for (auto const &[key, limit] : device.at("limits").items()) std::cout << key << limit << '\n';
+//
+// A value is one pointer to an object of the library (qrv/core/cobj.h), or null, which is #nil.
+// Copying shares the object: what is changed in one copy changes in the other. Assigning to a
+// variable makes it refer to another object, and the copies keep theirs; assign() changes the
+// object itself, and so all copies; clone() makes a copy that shares nothing.
+//
+// Keys and paths: a string given to operator[], contains() or rename() is one key. A string given
+// to get, get_or, at, find, set or erase is a path: keys between slashes, such as "axes/0/name". A
+// part that reads as an int is a position in a vector or a set. In a map it is an int key, or the
+// string where the map has that and not the int; so is an integer that is given as a key. Keys that
+// are not identifiers are in quotes, as in the text format: "\"a/b\"/c". Blanks and comments
+// between the parts count as nothing, one slash may be in front, and the empty path is the value
+// itself.
+//
+// Failures are exceptions (qrv/value/errors.h). Nothing is printed, and the program's error
+// handlers neither see them nor are changed. Where user code runs (hooks, slots, types of the
+// program), its exceptions come through, and the change, if there was one, has been made before.
+// std::bad_alloc may come from whatever allocates.
+//
+// One thread at a time, as for the whole library: copying a value writes to its object, so two
+// threads must not even read values that share one (qrv/qrvdefs.h).
+
+#include "qrv/core/cobj.h"
+#include "qrv/value/errors.h"
+#include "qrv/value/kind.h"
+
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace qrv {
+
+class value;
+class reference;        // qrv/value/reference.h: what operator[] of a variable gives
+class item_range;       // qrv/value/items.h: what items() gives
+class element_iterator; // there too
+class type;             // qrv/value/declare.h
+class connection;       // qrv/value/change.h
+
+namespace detail {
+
+// How a T becomes a value and back. A user's T: overloads of to_value and from_value in its
+// namespace, or QRV_DESCRIBE. Specialised for standard containers in qrv/value/convert.h.
+template <class T> struct converter {
+    static value to(T const &from) requires requires(value &v) { to_value(from, v); };
+    static T from(value const &from) requires requires(T &t) { from_value(from, t); };
+};
+
+template <class T>
+concept number = std::floating_point<T> || cIndex<T>;
+template <class T>
+concept scalar = number<T> || std::same_as<T, bool>;
+template <class T>
+concept text = std::convertible_to<T const &, std::string_view> &&
+    !std::is_null_pointer_v<std::remove_cvref_t<T>>;
+template <class T>
+concept own = std::derived_from<T, value> || std::same_as<T, reference>;
+template <class T>
+concept convertible = !scalar<T> && !own<T> && !text<T> && !cCharacter<T> && requires(T const &t) {
+    converter<T>::to(t);
+};
+template <class T>
+concept restorable = requires(value const &v) {
+    converter<T>::from(v);
+};
+// What get() can give: no std::string_view and no pointer, which nothing would keep alive.
+template <class T>
+concept gettable = std::same_as<T, std::remove_cvref_t<T>> &&
+    (scalar<T> || std::same_as<T, std::string> || std::same_as<T, value> ||
+     std::same_as<T, objref> || (!text<T> && restorable<T>));
+// What == compares a value with, without making an object of it.
+template <class T>
+concept plain = scalar<T> || text<T> || std::is_null_pointer_v<T>;
+
+// An integer, or a key that an iteration has given.
+template <class T>
+concept key_like = cIndex<T> || std::same_as<T, value>;
+template <class T>
+concept no_key =
+    cCharacter<T> || std::floating_point<T> || std::same_as<T, bool> || std::is_null_pointer_v<T>;
+
+// The type that get_or() gives for a default.
+template <class T> using fallback = std::conditional_t<text<T>, std::string, std::decay_t<T>>;
+
+enum class outcome : std::uint8_t { good, wrong_type, misfit };
+
+// One key. Borrows what it is made from.
+struct QRV_API step {
+    enum class form : std::uint8_t { text, number, object };
+    step() noexcept = default;
+    explicit step(std::string_view word) noexcept : text(word) {}
+    explicit step(int index) noexcept : is(form::number), number(index) {}
+    explicit step(objref const &object); // a string or an int is one of the other forms
+
+    form is = form::text;
+    int number = 0;
+    std::string_view text; // perhaps of `key`
+    objref key;            // null, or the key as an object
+};
+
+// Where most paths lead: identifiers and short numbers, through containers of the library, to a
+// value that is there. Borrowed; cat::nil() for #nil. Null for all others: locate() finds them.
+QRV_API cObj *walk_plainly(cObj *root, std::string_view path);
+
+// What is at a path: borrowed from the tree, or from `keep`.
+struct spot {
+    cObj *object = nullptr;
+    objref keep; // what a type's method has given
+};
+
+struct value_access; // for the other files of the layer
+
+} // namespace detail
+
+class QRV_API value {
+  public:
+    // #nil. Never throws.
+    value() noexcept = default;
+    value(std::nullptr_t) noexcept {}
+    // Share the object; the source of a move is #nil afterwards. Destroying runs user code where it
+    // was the last owner.
+    value(value const &other) noexcept = default;
+    value(value &&other) noexcept = default;
+    // To variables only: an assignment to what at() or an iteration returned would change nothing.
+    value &operator=(value const &other) & = default;
+    value &operator=(value &&other) & = default;
+    ~value() = default;
+
+    // A new object. A float stays a float; a long double becomes a double, rounded.
+    // range_error: an int can't hold the integer, or a double the size of the long double.
+    template <std::same_as<bool> T> value(T truth) : object_(make(truth)) {}
+    template <cIndex T> value(T number) : object_(make(int_of(number))) {}
+    value(float number);
+    value(double number);
+    value(long double number);
+    value(std::string text);
+    value(std::string_view text);
+    value(char const *text);                   // null is #nil
+    template <cCharacter T> value(T) = delete; // a number or a text? "a" is a string
+    // The object itself, shared; null and cat::nil() are #nil. std::invalid_argument for cat::bad()
+    // and cat::badfind(), which are no values.
+    value(objref object);
+    template <class T>
+    requires(std::convertible_to<T *, cObj *> && !std::same_as<T, cObj>)
+        value(cRef<T> const &object)
+        : value(objref(object)) {}
+    // By the to_value of the type.
+    template <class T>
+    requires detail::convertible<T> value(T const &source)
+        : value(detail::converter<T>::to(source)) {}
+
+    // --- what it is. Of `nil`, `boolean` and so on exactly one holds.   O(1), never throw
+
+    qrv::kind kind() const noexcept;
+    bool is_nil() const noexcept { return !object_; }
+    bool is_bool() const noexcept { return kind() == kind::boolean; }
+    bool is_int() const noexcept { return kind() == kind::integer; }
+    bool is_float() const noexcept { return kind() == kind::float_number; }
+    bool is_double() const noexcept { return kind() == kind::double_number; }
+    bool is_number() const noexcept { return is_int() || is_float() || is_double(); }
+    bool is_string() const noexcept { return kind() == kind::string; }
+    bool is_map() const noexcept { return kind() == kind::map; }
+    bool is_vector() const noexcept { return kind() == kind::vector; }
+    bool is_set() const noexcept { return kind() == kind::set; }
+    bool is_object() const noexcept { return kind() == kind::object; }
+    // Has it entries? A map, a vector, a set, or an attribute set of a declared type.
+    bool is_container() const noexcept;
+    // The name of the object's type, such as "int" or "Axis"; "niltype" for #nil.
+    std::string type_name() const;
+    // The object, shared; cat::nil() for #nil, so never null.
+    objref object() const;
+
+    // --- reading. Nothing is converted but numbers, and those only where no digit is lost:
+    //     bool         from a bool
+    //     integers     from an int, and from a float or double that is a whole number
+    //     float        from a number that a float holds exactly
+    //     double       from a number; so does long double
+    //     std::string  from a string
+    //     value, objref, and each type with from_value
+    // A number with a format, such as intf(0x1F), reads as its number.
+
+    // type_error: it is not a T. range_error: the number does not fit.
+    template <detail::gettable T> T get() const { return fetch<T>(object_, {}); }
+    // Empty instead of either.
+    template <detail::gettable T> std::optional<T> get_if() const;
+    // Of the value at a path: empty only where nothing is there. A #nil is something, which only a
+    // std::optional can hold.
+    // path_error: the text of the path is faulty. type_error, range_error: as for get().
+    template <detail::gettable T> std::optional<T> get(std::string_view path) const;
+    // The same with a default instead; a string literal as the default gives a std::string.
+    template <class T>
+    requires detail::gettable<detail::fallback<T>>
+    auto get_or(std::string_view path, T const &fallback) const -> detail::fallback<T>;
+    // Of one entry, by its position or int key.
+    template <detail::gettable T, cIndex Index> std::optional<T> get(Index index) const {
+        std::optional<value> const found = find(index);
+        return found ? std::optional<T>(found->template get<T>()) : std::nullopt;
+    }
+    template <cIndex Index, class T>
+    requires detail::gettable<detail::fallback<T>>
+    auto get_or(Index index, T const &fallback) const -> detail::fallback<T> {
+        std::optional<value> const found = find(index);
+        return found ? found->template get<detail::fallback<T>>() : detail::fallback<T>(fallback);
+    }
+
+    // The value at a path; it shares the object. path_error: nothing is there, or faulty text.
+    value at(std::string_view path) const;
+    template <detail::key_like T> value at(T const &key) const { return at_key(step_of(key)); }
+    // Empty where nothing is there. path_error: faulty text.
+    std::optional<value> find(std::string_view path) const;
+    template <detail::key_like T> std::optional<value> find(T const &key) const {
+        return find_key(step_of(key));
+    }
+    // Of one key; path_error as for at(). On a variable it gives a reference, which creates what is
+    // missing when something is assigned to it, and only then.
+    value operator[](std::string_view key) const & { return at_key(detail::step(key)); }
+    template <detail::key_like T> value operator[](T const &key) const & {
+        return at_key(step_of(key));
+    }
+    reference operator[](std::string_view key) &;
+    template <detail::key_like T> reference operator[](T const &key) &;
+    reference operator[](std::string_view key) &&;
+    template <detail::key_like T> reference operator[](T const &key) &&;
+    // Is there an entry with this key? False for #nil and for scalars.
+    bool contains(std::string_view key) const { return contains_key(detail::step(key)); }
+    template <detail::key_like T> bool contains(T const &key) const {
+        return contains_key(step_of(key));
+    }
+    // No keys: a number may be meant as an int or as a text.
+    template <detail::no_key T> void at(T) const = delete;
+    template <detail::no_key T> void find(T) const = delete;
+    template <detail::no_key T> void contains(T) const = delete;
+    template <detail::no_key T> void operator[](T) const & = delete;
+    // The number of entries; 0 for #nil. type_error for scalars.   O(1)
+    std::size_t size() const;
+    bool empty() const { return size() == 0; }
+
+    // --- iterating. #nil has no entries; type_error for scalars. Nothing is allocated.
+
+    item_range items() const;       // pairs of key and value
+    element_iterator begin() const; // the values alone, of maps too
+    element_iterator end() const;
+
+    // --- changing. A #nil variable becomes a map, or a vector by push_back; what at() or an
+    // iteration returned is not a variable: type_error for #nil there. The values are shared,
+    // not copied. The rules of declared types apply: type_error, with the library's text, and
+    // nothing is changed. error: anything else that the library refuses, such as a value that would
+    // hold itself, or new keys where keys are const. All run user code: what is replaced may be
+    // destroyed, and the slots of `changed` run after the change.
+
+    // Missing levels become maps; a position one past the last appends to a vector.
+    // path_error: faulty text, or no such position. type_error: there is a scalar on the way.
+    void set(std::string_view path, value const &x) &;
+    void set(std::string_view path, value const &x) && { lasting().set(path, x); }
+    template <detail::key_like T> void set(T const &key, value const &x) & {
+        set_key(step_of(key), x);
+    }
+    template <detail::key_like T> void set(T const &key, value const &x) && {
+        lasting().set(key, x);
+    }
+    // Removes what is at the path; the values after it in a vector move down. False: nothing there.
+    bool erase(std::string_view path);
+    template <detail::key_like T> bool erase(T const &key) { return erase_key(step_of(key)); }
+    template <detail::no_key T> void set(T, value const &) = delete;
+    template <detail::no_key T> void erase(T) = delete;
+    // False if this is a set and has an equal value already. type_error: not a vector or a set.
+    bool push_back(value const &x) &;
+    bool push_back(value const &x) && { return lasting().push_back(x); }
+    // In a vector, before the value at that position; at size() it appends.
+    // path_error: there is no such position. type_error: not a vector.
+    void insert(std::size_t position, value const &x);
+    // type_error: it is not a map, a vector or a set.
+    void clear();
+    // Of a map: value and place stay. path_error: `key` is absent. std::invalid_argument: there is
+    // an entry `new_key`. type_error: not a map.
+    void rename(std::string_view key, std::string_view new_key);
+    // As the command `qrv merge`: entries that both have and that are containers are merged in
+    // turn, other values replace those here, and the rest is added; a vector gets those of `other`
+    // behind its own. The parts of `other` are shared. type_error: one of the two is not a
+    // container.
+    void merge(value const &other) &;
+    void merge(value const &other) && { lasting().merge(other); }
+    // Changes the object itself, and with it all copies of this value. Converts as the library's
+    // assign does: the type stays. type_error: #nil, or the type refuses x.
+    void assign(value const &x);
+    // A private copy of everything; parts that occur twice in it are one object there, too.
+    value clone() const;
+
+    // --- comments, layout, sharing
+
+    // The text of the comment before the value in its file, without the comment marks; lines are
+    // separated by line feeds. Empty without one.
+    std::string comment() const;
+    // Each line gets its "//"; empty removes the comment. type_error for #nil, which has no object.
+    void set_comment(std::string_view text);
+    // Is the container written on one line? False for what is no container.
+    bool one_line() const;
+    void one_line(bool on); // type_error: not a container
+    // Are both the same object? Two #nil are not.
+    bool is_shared_with(value const &other) const noexcept {
+        return object_ && object_ == other.object_;
+    }
+    // All places below this value where the object of `other` is, in order, as paths for at().
+    // Each container is looked into once.   O(size)
+    std::vector<std::string> paths_of(value const &other) const;
+
+    // --- comparing
+
+    // Same type and same value; 1 and 1.0 differ, and maps with another order of keys. Runs user
+    // code where objects of the program are compared.
+    friend bool operator==(value const &a, value const &b) { return a.equals(b); }
+    // The same, without making an object.
+    template <class T>
+    requires detail::plain<T>
+    friend bool operator==(value const &a, T const &b) { return a.order_plain(b) == 0; }
+    // Unordered: values of different types, and of types without an order, such as maps.
+    friend std::partial_ordering operator<=>(value const &a, value const &b) { return a.order(b); }
+    template <class T>
+    requires detail::plain<T>
+    friend std::partial_ordering operator<=>(value const &a, T const &b) {
+        return a.order_plain(b);
+    }
+    // By the library's hash; equal values have the same. type_error for what is no key: containers.
+    std::size_t hash() const;
+
+    // --- declared types and changes: qrv/value/declare.h, qrv/value/change.h
+
+    bool conforms_to(type const &type) const;
+    template <class F> [[nodiscard]] connection on_change(F callback) const;
+
+    // The written form, as in a file. Sets the stream's failbit where there is none.
+    friend QRV_API std::ostream &operator<<(std::ostream &os, value const &v);
+
+  private:
+    friend struct detail::value_access;
+    friend class reference;
+
+    template <class T> static int int_of(T number) {
+        if (!std::in_range<int>(number)) refuse_number(std::to_string(number), "an int");
+        return static_cast<int>(number);
+    }
+    template <class T> static detail::step step_of(T const &key) {
+        if constexpr (cIndex<T>)
+            return detail::step(int_of(key));
+        else
+            return detail::step(key.object());
+    }
+    [[noreturn]] static void refuse_number(std::string const &number, char const *where);
+    static objref make(bool truth);
+    static objref make(int number);
+
+    value &lasting(); // itself; type_error for #nil, which would become a container nobody has
+    value at_key(detail::step const &key) const;
+    std::optional<value> find_key(detail::step const &key) const;
+    bool contains_key(detail::step const &key) const;
+    void set_key(detail::step const &key, value const &x);
+    bool erase_key(detail::step const &key);
+    reference place_of(detail::step const &key, bool variable);
+
+    // The number, truth or text of an object, if it has one that the type holds exactly.
+    static detail::outcome read(cObj const *object, bool &to) noexcept;
+    static detail::outcome read(cObj const *object, int &to) noexcept;
+    static detail::outcome read(cObj const *object, long long &to) noexcept;
+    static detail::outcome read(cObj const *object, unsigned long long &to) noexcept;
+    static detail::outcome read(cObj const *object, float &to) noexcept;
+    static detail::outcome read(cObj const *object, double &to) noexcept;
+    static detail::outcome read(cObj const *object, std::string &to);
+    template <class T> static detail::outcome read_as(cObj const *object, T &to);
+    template <class T> static T fetch(cObj *object, std::string_view path);
+    bool locate(std::string_view path, detail::spot &to) const;
+    [[noreturn]] static void refuse_type(cObj *object, std::string_view path, char const *expected);
+    [[noreturn]] static void refuse_range(cObj *object, std::string_view path, long long least,
+                                          unsigned long long most);
+
+    bool equals(value const &other) const;
+    std::partial_ordering order(value const &other) const;
+    std::partial_ordering order(bool truth) const noexcept;
+    std::partial_ordering order(long long number) const noexcept;
+    std::partial_ordering order(float number) const noexcept;
+    std::partial_ordering order(long double number) const noexcept; // with a double
+    std::partial_ordering order(std::string_view text) const noexcept;
+    template <class T> std::partial_ordering order_plain(T const &other) const;
+
+    objref object_; // null for #nil
+};
+
+// Without the rules: for the files of the layer. An object that is cat::nil() must not get in.
+struct detail::value_access {
+    static objref &object(value &v) noexcept { return v.object_; }
+    static objref const &object(value const &v) noexcept { return v.object_; } // null for #nil
+    static value share(objref object) noexcept {
+        value result;
+        result.object_ = std::move(object);
+        return result;
+    }
+};
+
+namespace detail {
+
+// The value of a stored reference: cat::nil() is #nil, and so is null.
+inline value value_of(objref object) noexcept {
+    return cObj::is_nil(object) ? value() : value_access::share(std::move(object));
+}
+
+template <class T> value converter<T>::to(T const &from) requires requires(value &v) {
+    to_value(from, v);
+}
+{
+    value result;
+    to_value(from, result);
+    return result;
+}
+template <class T> T converter<T>::from(value const &from) requires requires(T &t) {
+    from_value(from, t);
+}
+{
+    T result{};
+    from_value(from, result);
+    return result;
+}
+
+template <class T> constexpr char const *expected_name() {
+    if constexpr (std::same_as<T, bool>) return "bool";
+    if constexpr (std::same_as<T, float>) return "float";
+    if constexpr (std::floating_point<T>) return "double";
+    if constexpr (std::integral<T>) return "int";
+    return "string";
+}
+
+// Calls `convert`; the errors that it throws name the path of the value that it converts.
+template <class Convert> auto convert_at(std::string_view path, Convert const &convert) {
+    try {
+        return convert();
+    } catch (error &failure) {
+        failure.within(path);
+        throw;
+    } catch (range_error &failure) {
+        failure.within(path);
+        throw;
+    }
+}
+
+} // namespace detail
+
+template <class T> detail::outcome value::read_as(cObj const *object, T &to) {
+    if constexpr (std::same_as<T, long double>) {
+        double number = 0;
+        detail::outcome const result = read(object, number);
+        to = number;
+        return result;
+    } else if constexpr (cOtherIndex<T>) {
+        std::conditional_t<std::signed_integral<T>, long long, unsigned long long> number = 0;
+        detail::outcome const result = read(object, number);
+        if (result != detail::outcome::good) return result;
+        to = static_cast<T>(number);
+        return std::in_range<T>(number) ? result : detail::outcome::misfit;
+    } else {
+        return read(object, to);
+    }
+}
+
+template <class T> T value::fetch(cObj *object, std::string_view path) {
+    if constexpr (detail::scalar<T> || std::same_as<T, std::string>) {
+        T result{};
+        detail::outcome const outcome = read_as(object, result);
+        if (outcome == detail::outcome::wrong_type) [[unlikely]]
+            refuse_type(object, path, detail::expected_name<T>());
+        if constexpr (cIndex<T>)
+            if (outcome == detail::outcome::misfit) [[unlikely]]
+                refuse_range(object, path, std::numeric_limits<T>::min(),
+                             std::numeric_limits<T>::max());
+        return result;
+    } else {
+        value const found = detail::value_of(objref::share(object));
+        if constexpr (std::same_as<T, value>)
+            return found;
+        else if constexpr (std::same_as<T, objref>)
+            return found.object();
+        else
+            return detail::convert_at(path, [&] { return detail::converter<T>::from(found); });
+    }
+}
+
+template <detail::gettable T> std::optional<T> value::get_if() const {
+    if constexpr (detail::scalar<T> || std::same_as<T, std::string>) {
+        T result{};
+        if (read_as(object_, result) != detail::outcome::good) return std::nullopt;
+        return result;
+    } else {
+        try {
+            return get<T>();
+        } catch (error const &) {
+        } catch (range_error const &) {
+        }
+        return std::nullopt;
+    }
+}
+
+template <detail::gettable T> std::optional<T> value::get(std::string_view path) const {
+    if (cObj *const found = detail::walk_plainly(object_, path)) return fetch<T>(found, path);
+    detail::spot place;
+    if (!locate(path, place)) return std::nullopt;
+    return fetch<T>(place.object, path);
+}
+
+template <class T>
+requires detail::gettable<detail::fallback<T>>
+auto value::get_or(std::string_view path, T const &fallback) const -> detail::fallback<T> {
+    if (std::optional<detail::fallback<T>> found = get<detail::fallback<T>>(path))
+        return *std::move(found);
+    if constexpr (detail::text<T>)
+        return std::string(std::string_view(fallback));
+    else
+        return fallback;
+}
+
+template <class T> std::partial_ordering value::order_plain(T const &other) const {
+    if constexpr (std::is_null_pointer_v<T>)
+        return is_nil() ? std::partial_ordering::equivalent : std::partial_ordering::unordered;
+    else if constexpr (detail::text<T>)
+        return order(std::string_view(other));
+    else if constexpr (std::same_as<T, bool> || std::same_as<T, float>)
+        return order(other);
+    else if constexpr (std::floating_point<T>)
+        return order(static_cast<long double>(other));
+    else if constexpr (std::in_range<long long>(std::numeric_limits<T>::max()))
+        return order(static_cast<long long>(other));
+    else // above all ints in any case
+        return order(std::in_range<long long>(other) ? static_cast<long long>(other)
+                                                     : std::numeric_limits<long long>::max());
+}
+
+} // namespace qrv
+
+template <> struct std::hash<qrv::value> {
+    std::size_t operator()(qrv::value const &v) const { return v.hash(); }
+};

@@ -1,0 +1,126 @@
+// The text of paths: the same keys as in cObj::getattrp, but only slashes between them.
+
+#include "qrv/core/ctypes.h"
+#include "qrv/diagnostics/ccaughterrors.h"
+#include "tests/value/value_support.h"
+
+#include <array>
+#include <random>
+
+using namespace value_test;
+
+namespace {
+
+class Path : public Quiet {};
+
+// What is wrong with the path.
+std::string complaint(std::string const &path) {
+    return thrown<qrv::path_error>([&] { read("{a= {b= 5}}").find(path); });
+}
+
+} // namespace
+
+TEST_F(Path, has_keys_between_slashes) {
+    qrv::value const tree = read("{a= {b= 5; list= [7, {c= 8}]; \"x y\"= 1; \"3\"= 2; _1= 4}}");
+    EXPECT_EQ(tree.at("a/b"), 5);
+    EXPECT_EQ(tree.at("/a/b"), 5);
+    EXPECT_EQ(tree.at("a/list/0"), 7);
+    EXPECT_EQ(tree.at("a/list/1/c"), 8);
+    EXPECT_EQ(tree.at("a/\"x y\""), 1);
+    EXPECT_EQ(tree.at("'a'/\"b\""), 5);
+    EXPECT_EQ(tree.at("a/_1"), 4);
+    EXPECT_EQ(read("{\"true\"= {\"false\"= 1}}").at("true/false"), 1);
+    EXPECT_EQ(tree.at("a / b // a comment"), 5);
+    EXPECT_EQ(tree.at("a/*x*//b"), 5);
+    EXPECT_EQ(tree.at("a/list/0x1/c"), 8);
+    EXPECT_TRUE(tree.at("").is_shared_with(tree));
+    EXPECT_TRUE(tree.at("/").is_shared_with(tree));
+    EXPECT_EQ(tree.find("a/list/2"), std::nullopt);
+    EXPECT_EQ(tree.find("a/list/-1"), std::nullopt);
+}
+
+TEST_F(Path, part_that_is_an_int_may_be_a_string_key) {
+    qrv::value const tree = read("{\"8080\"= web; 80= plain; list= [a]}");
+    EXPECT_EQ(tree.at("8080"), "web");
+    EXPECT_EQ(tree.at("80"), "plain");
+    EXPECT_EQ(tree.find("\"80\""), std::nullopt);
+    EXPECT_EQ(tree.find("list/8080"), std::nullopt);
+}
+
+TEST_F(Path, part_may_be_a_key_of_another_type) {
+    qrv::value const tree = read("{1.5= a; -3= c}");
+    EXPECT_EQ(tree.at("1.5"), "a");
+    EXPECT_EQ(tree.at("-3"), "c");
+}
+
+TEST_F(Path, that_is_wrong_as_text_is_an_error) {
+    EXPECT_EQ(complaint("a/"), "a/: a key is missing at the end of the path");
+    EXPECT_EQ(complaint("a/b c"), "a/b c: a slash is missing before 'c'; keys that are not "
+                                  "identifiers go in quotes");
+    EXPECT_EQ(complaint("content-type"),
+              "content-type: a slash is missing before '-'; keys that are not identifiers go in "
+              "quotes");
+    for (char const *path : {"a/{", "=", "12abc", "#nosuch", "99999999999", "\xe4", "a/\"open",
+                             "a/\xe4", "a/b/", "a/ /b"})
+        EXPECT_NE(complaint(path), "nothing") << path;
+}
+
+namespace {
+
+// Draws paths of keys that are in the tree, and of others, in several spellings.
+class cPaths {
+  public:
+    explicit cPaths(unsigned seed) : random_(seed) {}
+
+    std::string next() {
+        std::string path = below(2) == 0 ? "" : "/";
+        int const parts = 1 + below(4);
+        for (int i = 0; i < parts; ++i) {
+            if (i > 0) path += separators[static_cast<std::size_t>(below(8))];
+            path += keys[static_cast<std::size_t>(below(static_cast<int>(keys.size())))];
+        }
+        return path;
+    }
+
+  private:
+    int below(int end) { return static_cast<int>(random_() % static_cast<unsigned>(end)); }
+
+    static constexpr std::array keys{"a",  "b",   "\"a\"", "'b'",   "0",         "1",    "2",
+                                     "-1", "0x1", "00",    "1.5",   "x",         "\"\"", "\"x y\"",
+                                     "_a", "1u",  "\"0\"", "truth", "\"a\\\"b\""};
+    static constexpr std::array separators{"/", "/", "/", "/", "/", " / ", "/ ", "/*c*/ /"};
+    std::mt19937 random_;
+};
+
+} // namespace
+
+TEST_F(Path, finds_what_getattrp_finds) {
+    qrv::value const tree =
+        read("{a= {a= [{a= 1; 0= 2}, [3, {b= 4}], 1.5]; b= {0= {a= 5}; -1= 6; 1.5= {x= 7}}; "
+             "\"\"= 8; \"x y\"= {_a= 9}; truth= 10}; b= [[1, 2, {a= {b= 11}}], {1= 12}]; "
+             "\"a\\\"b\"= {a= 13}; 1= {2= 14}; 0= 15; _a= {a= {a= {a= 16}}}}");
+    ASSERT_TRUE(tree.is_map());
+    cPaths paths(5);
+    int found = 0;
+    for (int i = 0; i < 4000; ++i) {
+        std::string const path = paths.next();
+        cat::CaughtErrors const caught; // of paths into scalars
+        objref const theirs = tree.object()->getattrp(path);
+        std::optional<qrv::value> const ours = tree.find(path);
+        bool const missing = cObj::is_bad(theirs);
+        ASSERT_EQ(ours.has_value(), !missing) << path;
+        if (missing) continue;
+        ASSERT_EQ(ours->object(), theirs) << path;
+        ++found;
+    }
+    EXPECT_GT(found, 300);
+    EXPECT_EQ(messages(), "");
+}
+
+TEST_F(Path, names_each_place_of_a_value) {
+    qrv::value tree = read("{a= {\"x y\"= [0, 1]}; 3= {\"two words\"= 2}}");
+    for (char const *path : {"a/\"x y\"/1", "3/\"two words\"", "a"}) {
+        std::vector<std::string> const places = tree.paths_of(tree.at(path));
+        EXPECT_EQ(places, std::vector<std::string>{path});
+    }
+}

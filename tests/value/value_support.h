@@ -1,0 +1,43 @@
+#pragma once
+// What the tests of values share.
+
+#include "qrv/value.h"
+#include "tests/support/fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+namespace value_test {
+
+// Nothing may be printed by the layer: each test looks at the end.
+class Quiet : public QrvTest {
+  protected:
+    void TearDown() override { EXPECT_EQ(messages(), ""); }
+};
+
+inline std::string text_of(qrv::value const &v) {
+    std::ostringstream os;
+    os << v;
+    return os.str();
+}
+
+// The value of a text.
+inline qrv::value read(char const *text) {
+    objref result;
+    EXPECT_EQ(cObj::readobj(text, result), 0) << text;
+    return result;
+}
+
+// what() of the exception of that type which `call` throws; "nothing" if it throws none.
+template <class Exception, class Call> std::string thrown(Call const &call) {
+    try {
+        call();
+    } catch (Exception const &failure) {
+        return failure.what();
+    }
+    return "nothing";
+}
+
+} // namespace value_test

@@ -1,0 +1,45 @@
+#pragma once
+// Making a value of a declared type from another one, as type::make() promises, and finding every
+// rule that is in the way.
+
+#include "qrv/diagnostics/ccaughterrors.h"
+#include "qrv/value/declare.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv::edit {
+struct BrokenRule;
+}
+
+namespace qrv::detail {
+
+class making {
+  public:
+    // The value, or null where it breaks rules. error: another refusal of the library.
+    // RUNS USER CODE
+    objref make(objref const &from, cTypeObj &type);
+    std::vector<broken_rule> broken() && { return std::move(broken_); }
+
+  private:
+    struct Step {
+        static std::string text(Step const *step); // the path to it
+
+        Step const *outer;
+        objref const &key;
+    };
+
+    objref of(objref const &from, cTypeObj &type, Step const *step);
+    objref attribute_set(objref const &from, cTypeObj &type, Step const *outer);
+    objref choice(objref const &from, cTypeObj &type, Step const *step);
+    bool attribute(objref &value, cTypeObj &type, Step const &step);
+    objref filled(cTypeObj &type, objref const &attributes) const;
+    [[noreturn]] void refuse(cTypeObj const &type) const;
+    void add(std::vector<edit::BrokenRule> const &rules, Step const *step);
+
+    cat::CaughtErrors caught_;
+    std::vector<broken_rule> broken_;
+};
+
+} // namespace qrv::detail

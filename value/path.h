@@ -1,0 +1,52 @@
+#pragma once
+// Cuts the text of a path such as a/b/0 into keys. Keys have the lexical rules of the text format,
+// as in cObj::getattrp: foo and "foo" are the same key, 0 is an int, #name a constant, comments
+// count as nothing. Unlike there only a slash separates keys, and true and false are keys.
+//
+// Identifiers and short numbers are cut out directly; a path with anything else is read by the
+// scanner of the text format.
+
+#include "qrv/value/value.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qrv::detail {
+
+class path_reader {
+  public:
+    // Borrows the text.
+    explicit path_reader(std::string_view path)
+        : path_(path), at_(!path.empty() && path[0] == '/' ? 1 : 0) {}
+    // The next key; false at the end. path_error: faulty text.
+    bool next(step &to) {
+        if (at_ == path_.size() && slow_.empty()) return false;
+        return read_plain(to) || read_slowly(to);
+    }
+    // The path of so many keys.
+    std::string path(std::size_t count) const;
+
+  private:
+    bool read_plain(step &to);
+    bool read_slowly(step &to);
+
+    std::string_view path_;
+    std::size_t at_;         // of the next part, while it is read plainly
+    std::size_t count_ = 0;  // of the keys that were given
+    std::vector<step> slow_; // all keys, once the scanner has read them
+};
+
+// The object for a key.
+objref key_object(step const &key);
+// The key as a part of a path, after a slash unless it is the first.
+void append_key(std::string &path, step const &key);
+// The path of the next `count` keys.
+template <class Keys> std::string path_of(Keys keys, std::size_t count) {
+    std::string result;
+    step key;
+    for (std::size_t i = 0; i < count && keys.next(key); ++i) append_key(result, key);
+    return result;
+}
+
+} // namespace qrv::detail

@@ -1,0 +1,190 @@
+#include "value/place.h"
+
+#include "value/guard.h"
+#include "value/notify.h"
+
+#include "qrv/containers/cattspec.h"
+#include "qrv/core/ctypes.h"
+
+#include <array>
+#include <charconv>
+
+namespace qrv::detail {
+namespace {
+
+constexpr unsigned bit(method_id method) noexcept { return 1U << method; }
+
+// Does the object have the library's own method, and a hash that the method works on? Of the types
+// with methods of the library only containers have these. `other`: flags that it may not have.
+bool is_plain(cObj const &object, method_id method, int other = 0) noexcept {
+    return (object.type().library_methods() & bit(method)) != 0 &&
+           object.object_class() == cObjClass::map && !object.flags_of(of_exe_member | other);
+}
+
+cAttrNode *node_of(cAttrHash const &hash, step const &key) {
+    switch (key.is) {
+    case step::form::text:
+        return hash.find(key.text);
+    case step::form::number:
+        return hash.find(key.number);
+    case step::form::object:
+        break;
+    }
+    return hash.find(key.key);
+}
+
+bool has_method(cObj const &object, method_id method) {
+    return object.type().method(method) || object.flags_of(of_exe_member);
+}
+
+// By the type's method: rules of declared types, types of the program. A required attribute that
+// is missing is an error there; here nothing is at that place.
+cObj *asked(cObj &object, step const &key, objref &keep) {
+    if (!has_method(object, mid_getattr)) return nullptr;
+    cat::CaughtErrors const caught;
+    objref found = object.getattr(key_object(key));
+    if (!caught.empty() && caught.entries().front().kind() != cat::ErrorKind::required)
+        throw_caught(caught);
+    if (cObj::is_bad(found)) return nullptr;
+    keep = std::move(found);
+    return keep.get();
+}
+
+cObj *find_as_it_is(cObj &object, step const &key, objref &keep) {
+    if (!is_plain(object, mid_getattr)) return asked(object, key, keep);
+    cAttrNode const *const node = node_of(static_cast<cMapObj &>(object).datamap(), key);
+    cObj *const found = node ? node->valref().get() : nullptr;
+    bool const has_rules = object.flags_of(asf_all) != 0;
+    if (has_rules && cObj::is_void(found)) [[unlikely]]
+        return asked(object, key, keep);
+    return found;
+}
+
+// Was the entry stored without an error, and yet not taken? Then its type is not the one that the
+// container is for.
+[[noreturn]] void refuse_entry(objref const &owner, value const &x) {
+    cMapObj const *const map = map_of(owner);
+    bool const has_type = map && map->entrytype();
+    throw type_error(
+        {}, has_type ? map->entrytype()->name() : "what " + owner->type().name() + " accepts",
+        description(x));
+}
+
+bool is_present(objref const &owner, step &key) {
+    objref keep;
+    return entry_of(*owner, key, keep) != nullptr;
+}
+
+// The key as the report wants it.
+change_report report_of(objref const &owner, step const &key, written how) {
+    if (key.is == step::form::number) return {owner, key.number, how};
+    if (key.is == step::form::text) return {owner, key.text, how};
+    return change_report(owner);
+}
+
+} // namespace
+
+void refuse_cycle(objref const &owner, value const &x, unsigned handles) {
+    objref const &stored = value_access::object(x);
+    if (!map_of(stored)) return;
+    if (stored == owner || (owner->refs() != handles && stored->is_owner_of(*owner)))
+        throw error("the value would be a part of itself");
+}
+
+cObj *entry_of(cObj &object, step &key, objref &keep) {
+    cObj *const found = find_as_it_is(object, key, keep);
+    if (found || key.is != step::form::number || object.is_vector() || object.is_set())
+        return found;
+    step const as_text(own_key(std::to_string(key.number)));
+    cObj *const other = find_as_it_is(object, as_text, keep);
+    if (other) key = as_text;
+    return other;
+}
+
+namespace {
+
+constexpr std::array<bool, 256> word_characters = [] {
+    std::array<bool, 256> result{};
+    for (unsigned c = 0; c < result.size(); ++c)
+        result[c] =
+            c == '_' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    return result;
+}();
+
+bool is_word_character(char c) noexcept { return word_characters[static_cast<unsigned char>(c)]; }
+
+// Null, too, for what is not plainly a key.
+cAttrNode *node_of_word(cAttrHash const &hash, char const *begin, char const *end) {
+    std::string_view const word(begin, static_cast<std::size_t>(end - begin));
+    if (*begin > '9') return hash.find(word);
+    int number = 0;
+    bool const is_short = word.size() < 10 && (*begin != '0' || word.size() == 1);
+    bool const is_number = is_short && std::from_chars(begin, end, number).ptr == end;
+    return is_number ? hash.find(number) : nullptr;
+}
+
+} // namespace
+
+cObj *walk_plainly(cObj *root, std::string_view path) {
+    char const *p = path.data();
+    char const *const end = p + path.size();
+    for (cObj *at = root;; ++p) {
+        char const *const begin = p;
+        if (p == end || !is_word_character(*p)) return nullptr;
+        do ++p;
+        while (p != end && is_word_character(*p));
+        if (p != end && *p != '/') return nullptr;
+        if (!at || !is_plain(*at, mid_getattr, asf_all)) return nullptr;
+        cAttrNode const *const node = node_of_word(static_cast<cMapObj *>(at)->datamap(), begin, p);
+        if (!node) return nullptr;
+        at = node->valref().get();
+        if (p == end) return at;
+    }
+}
+
+bool is_writable(cObj const &object) { return has_method(object, mid_setattr); }
+
+void write_entry(objref const &owner, step const &key, value const &x) {
+    if (key.is == step::form::object && !(key.key && key.key->type().is_keytype()))
+        throw type_error({}, "a key", description(value_of(key.key)));
+    refuse_cycle(owner, x, 1);
+    change_report report = report_of(owner, key, written::replaced);
+    if (!guarded([&] { return owner->setattr(key_object(key), x.object()); }))
+        refuse_entry(owner, x);
+    report.fire();
+}
+
+bool remove_entry(objref const &owner, step key) {
+    if (!is_present(owner, key)) return false;
+    change_report report = report_of(owner, key, written::erased);
+    if (!guarded([&] { return owner->setattr(key_object(key), cat::badfind()); }))
+        throw type_error("the entry can't be removed", 0);
+    // Where the type has a default, that object itself is the value now: changing it would change
+    // the type.
+    if (cMapObj const *const map = map_of(owner); map && owner->flags_of(asf_all) != 0)
+        static_cast<void>(map->datamap().detach(key_object(key)));
+    report.fire();
+    return true;
+}
+
+bool append_value(objref const &owner, value const &x) {
+    refuse_cycle(owner, x, 2);
+    change_report report(owner, map_of(owner)->size(), written::inserted);
+    bool const appended = guarded([&] {
+        if (owner->is_vector() && is_plain(*owner, mid_setattr))
+            return map_of(owner)->datamap().vect_append(x.object());
+        return owner->append(x.object());
+    });
+    if (appended) report.fire();
+    return appended;
+}
+
+void insert_value(objref const &owner, int position, value const &x) {
+    refuse_cycle(owner, x, 2);
+    change_report report(owner, position, written::inserted);
+    if (!guarded([&] { return map_of(owner)->datamap().vect_insert(position, x.object()); }))
+        refuse_entry(owner, x);
+    report.fire();
+}
+
+} // namespace qrv::detail

@@ -1,0 +1,53 @@
+#pragma once
+// One entry of one object: finding, writing and removing it. The containers of the library are read
+// directly; all other objects, and every write, go by the methods of their types.
+
+#include "value/path.h"
+
+#include "qrv/containers/cmapobj.h"
+
+namespace qrv::detail {
+
+// The object as a container with entries in a hash; null for others.
+inline cMapObj *map_of(cObj *object) noexcept {
+    return object && object->object_class() == cObjClass::map ? static_cast<cMapObj *>(object)
+                                                              : nullptr;
+}
+
+// The value at a key, borrowed from the object or from `keep`; null where nothing is there. An int
+// that a map does not have is looked up as a string, and `key` is that string then. RUNS USER CODE
+// for types of the program.
+cObj *entry_of(cObj &object, step &key, objref &keep);
+
+// What is at the end of the keys; false where nothing is there.
+template <class Keys> bool walk(objref const &root, Keys &keys, spot &to) {
+    step key;
+    cObj *at = root.get();
+    while (keys.next(key)) {
+        at = at ? entry_of(*at, key, to.keep) : nullptr;
+        if (!at) return false;
+    }
+    to.object = at;
+    return true;
+}
+
+// Can entries of the object be written?
+bool is_writable(cObj const &object);
+// error: x has `owner` somewhere in it. So many owners of `owner`, `handles`, are known not to be
+// containers: where it has no others, x is not searched.
+void refuse_cycle(objref const &owner, value const &x, unsigned handles = 0);
+// Stores the value by the type's method, and reports the change. Throws where the type refuses, and
+// where the owner would become a part of itself; the exception has no path.
+void write_entry(objref const &owner, step const &key, value const &x);
+// False if nothing is there.
+bool remove_entry(objref const &owner, step key);
+// A vector or set gets the value after its last one. False if a set has an equal value. Here and
+// in insert_value() two owners of `owner` are the caller's own.
+bool append_value(objref const &owner, value const &x);
+// In front of the value at a position of a vector.
+void insert_value(objref const &owner, int position, value const &x);
+
+// "a string: "fast"", "a map", "nil", "an object of type Axis".
+std::string description(value const &v);
+
+} // namespace qrv::detail

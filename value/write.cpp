@@ -1,0 +1,141 @@
+// Changing values.
+
+#include "value/write.h"
+
+#include "value/guard.h"
+#include "value/notify.h"
+
+#include "qrv/containers/cvectorobj.h"
+#include "qrv/core/ctypeobj.h"
+#include "qrv/value/items.h"
+
+#include <limits>
+#include <set>
+
+namespace qrv {
+
+value &value::lasting() {
+    if (is_nil()) refuse_type(nullptr, {}, "a container");
+    return *this;
+}
+
+void value::set(std::string_view path, value const &x) & {
+    detail::write_at(object_, detail::path_reader(path), value(x));
+}
+
+void value::set_key(detail::step const &key, value const &x) {
+    detail::write_at(object_, detail::one_key(key), value(x));
+}
+
+bool value::erase(std::string_view path) {
+    return detail::remove_at(object_, detail::path_reader(path));
+}
+
+bool value::erase_key(detail::step const &key) {
+    return detail::remove_at(object_, detail::one_key(key));
+}
+
+bool value::push_back(value const &x) & {
+    if (is_nil()) {
+        value made(objref(::make<cVectorObj>()));
+        made.push_back(x);
+        *this = std::move(made);
+        return true;
+    }
+    if (!is_vector() && !is_set()) refuse_type(object_, {}, "a vector or a set");
+    objref const owner = object_;
+    return detail::append_value(owner, x);
+}
+
+void value::insert(std::size_t position, value const &x) {
+    if (!is_vector()) refuse_type(object_, {}, "a vector");
+    if (position > size())
+        throw path_error(std::to_string(position), "the vector ends at " + std::to_string(size()));
+    objref const owner = object_;
+    detail::insert_value(owner, static_cast<int>(position), x);
+}
+
+void value::clear() {
+    if (!is_map() && !is_vector() && !is_set())
+        refuse_type(object_, {}, "a map, a vector or a set");
+    objref const owner = object_;
+    if (owner->flags_of(of_const_keys)) throw error("the keys of the value are const");
+    if (empty()) return;
+    detail::change_report report(owner);
+    detail::map_of(owner)->clear();
+    report.fire();
+}
+
+void value::rename(std::string_view key, std::string_view new_key) {
+    if (!is_map()) refuse_type(object_, {}, "a map");
+    objref const owner = object_;
+    if (!contains(key)) at_key(detail::step(key)); // throws
+    if (key == new_key) return;
+    if (contains(new_key))
+        throw std::invalid_argument("there is an entry '" + std::string(new_key) + "' already");
+    if (owner->flags_of(of_const_keys)) throw error("the keys of the value are const");
+    detail::change_report report(owner);
+    detail::map_of(owner)->datamap().rename(own_key(std::string(key)),
+                                            own_key(std::string(new_key)));
+    report.fire();
+}
+
+namespace {
+
+// Merges pairs of containers, each once: parts may be shared, or hold themselves.
+class merger {
+  public:
+    void merge(value target, value const &source) {
+        detail::refuse_depth();
+        if (!pairs_.emplace(target.object().get(), source.object().get()).second) return;
+        bool const appends = target.is_vector() || target.is_set();
+        for (auto const &[key, item] : source.items()) {
+            if (appends)
+                target.push_back(item);
+            else
+                put(target, key, item);
+        }
+    }
+
+  private:
+    void put(value &target, value const &key, value const &item) {
+        std::optional<value> const present = target.find(key);
+        if (present && mergeable(*present, item))
+            merge(*present, item);
+        else
+            target.set(key, item);
+    }
+    static bool mergeable(value const &a, value const &b) {
+        return a.is_container() && a.kind() == b.kind() && a.type_name() == b.type_name();
+    }
+
+    std::set<std::pair<cObj const *, cObj const *>> pairs_;
+};
+
+} // namespace
+
+void value::merge(value const &other) & {
+    if (other.is_nil()) return;
+    if (is_nil()) {
+        *this = other.clone();
+        return;
+    }
+    if (!is_container()) refuse_type(object_, {}, "a container");
+    if (!other.is_container()) refuse_type(other.object_, {}, "a container");
+    if (is_shared_with(other)) return;
+    merger().merge(*this, other);
+}
+
+void value::assign(value const &x) {
+    if (is_nil()) throw type_error("nil has no object that could change", 0);
+    if (x.is_nil()) refuse_type(nullptr, {}, object_->type().name().c_str());
+    if (is_shared_with(x)) return;
+    objref const owner = object_;
+    detail::refuse_cycle(owner, x);
+    detail::change_report report(owner);
+    if (!detail::guarded([&] { return owner->assign(x.object_); }))
+        refuse_type(x.object_, {}, owner->type().name().c_str());
+    report.fire();
+}
+
+} // namespace qrv

@@ -1,0 +1,13 @@
+#pragma once
+// Values as text, with failures as exceptions.
+
+#include "qrv/value/text.h"
+
+#include <string>
+
+namespace qrv::detail {
+
+// As dump(). `about` is in front of the message of an error: the name of a file and ": ", or empty.
+std::string written(value const &v, style const &how, std::string const &about);
+
+} // namespace qrv::detail
