@@ -1,6 +1,6 @@
-# What `cmake --install` puts below a prefix: the library, the public headers, the tools (tools/), a CMake
-# package, and a file for pkg-config. No path of this machine gets into any of them: whatever names a
-# folder goes from its own place, so that the tree may be moved, and DESTDIR be used.
+# The files that `cmake --install` copies below a prefix: the library, the public headers, the tools (tools/), a
+# CMake package, and a file for pkg-config. None of them contains a path of this machine: folders are relative
+# to the file's own location, so the tree may be moved, and DESTDIR works.
 include(CMakePackageConfigHelpers)
 
 set(QRV_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/qrv)
@@ -14,7 +14,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/qrvConfigVersion.cmake CO
 install(FILES ${PROJECT_BINARY_DIR}/qrvConfig.cmake ${PROJECT_BINARY_DIR}/qrvConfigVersion.cmake
     DESTINATION ${QRV_PACKAGE_DIR})
 
-# Folders in qrv.pc go from the place where it lies.
+# Folders in qrv.pc are relative to its own location.
 set(QRV_PC_DIR ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${QRV_PC_DIR} OUTPUT_VARIABLE QRV_PC_TO_PREFIX)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE QRV_PC_LIBDIR)

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Draws bench/chart.svg from the newest run in bench/RESULTS.md and puts its numbers into README.md.
 
-Usage: bench_chart.py [--check]; with it nothing is written, and the result is 1 where the three don't agree.
+Usage: bench_chart.py [--check]; with it nothing is written, and the result is 1 if the three don't agree.
 """
 import html
 import pathlib
@@ -45,7 +45,7 @@ text { font: 12px system-ui, sans-serif; fill: #1f2328 }
 
 
 def shown(rows):
-    """The rows that must reach something, in the order of NAMES."""
+    """The rows with limits, in the order of NAMES."""
     found = {row.name: row for row in rows}
     return [found[name] for name in NAMES if name in found]
 

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
 """Counts the instructions of the library's benchmark rows with callgrind, one process for each row.
 
-Prints for each row: instructions of a round, and for each entry or slot. Each work has rows at three sizes, a
-factor of ten apart: the instructions for each entry must not grow with them (bench_judge.py says how much). With
---against FILE also the change to the counts that --save FILE has stored. With --large only a flat map of up to
-10,000,000 keys is read, in some minutes and 4 GB of memory. With --profile ROW only the functions that need the instructions
-of that row, in the form that bench/unmet.txt has.
+Prints for each row the instructions of a round, and those for each entry or slot. Each work has rows at three
+sizes, a factor of ten apart: the instructions for each entry must not grow with the size (bench_judge.py has the
+limit). With --against FILE it also prints the change since --save FILE stored the counts. With --large it only
+reads a flat map of up to 10,000,000 keys, in some minutes and 4 GB of memory. With --profile ROW it only prints
+the functions that need most instructions of that row, in the form of bench/unmet.txt.
 Usage: bench_count.py PROGRAM [--rows REGEX | --large] [--save FILE] [--against FILE]
        bench_count.py PROGRAM --profile ROW
-Exits with 1 when a row needs over 1 % more than the stored count or grows, with 2 when it could not count.
+Exits with 1 if a row needs over 1 % more than the stored count or grows, with 2 if it could not count.
 """
 import argparse
 import concurrent.futures
@@ -25,7 +25,7 @@ import bench_judge
 
 MOST_PERCENT = 1.0
 LARGE = {"work": "read", "sizes": ["100000", "1000000", "10000000"]}
-PROFILED_PERCENT = 75  # of the instructions; the functions below that need little each
+PROFILED_PERCENT = 75  # of the instructions; the other functions need little each
 
 
 def output_of(command, **options):
@@ -41,11 +41,11 @@ def ladders(program):
 
 
 def run(program, row, stored="/dev/null"):
-    """What callgrind and the program say about one round of the row."""
+    """The output of callgrind and the program for one round of the row."""
     return output_of(
         [shutil.which("valgrind") or "valgrind", "--tool=callgrind", "--instr-atstart=no", f"--callgrind-out-file={stored}",
          f"./{program.name}", row],
-        # The lengths of the path and of the environment move the stack, and some copies depend on its alignment.
+        # The lengths of the path and of the environment shift the stack, and some copies depend on its alignment.
         # A symbol that is bound at its first call would count in that round.
         cwd=program.parent, env={"LD_BIND_NOW": "1"},
     )
@@ -69,7 +69,7 @@ def change(instructions, before):
 
 
 def growth(ladder, each):
-    """(name, why the work grows too much or None). `each` has the instructions for each entry of its rows."""
+    """(name, the reason if the work grows too much, else None). `each` has the rows' instructions per entry."""
     times = each[ladder[-1]] / each[ladder[0]]
     too_much = f"{times:.2f} times the instructions of {ladder[0]} for each entry, more than {bench_judge.MUST_GROWTH}"
     return f"growth {ladder[-1]}", too_much if times > bench_judge.MUST_GROWTH else None

@@ -1,4 +1,4 @@
-"""bench/RESULTS.md: the table of the newest run and a line for each run, written and read back."""
+"""Writes and reads bench/RESULTS.md: the table of the newest run and a line for each run."""
 import dataclasses
 import pathlib
 
@@ -36,14 +36,14 @@ class Row:
     peer: float
     which: str
     further: dict  # {library: its time}
-    before: float | None = None  # the ratio of the last run
+    before: float | None = None  # the ratio of the previous run
 
     @property
     def ratio(self):
         return self.ours / self.peer
 
     def missed(self):
-        """Why the row misses what it must reach, or None."""
+        """Why the row exceeds its limit, or None."""
         if self.name in MUST_BYTES and self.ours > MUST_BYTES[self.name]:
             each = "byte of the file" if self.name.startswith("tool_") else "entry"
             return f"{self.ours:.0f} bytes for each {each}, more than {MUST_BYTES[self.name]}"
@@ -92,7 +92,7 @@ def tables(path):
 
 
 def newest(path=RESULTS):
-    """The rows of the newest run, as rounded in its table; none where the page doesn't exist."""
+    """The rows of the newest run, as rounded in its table; empty if the page doesn't exist."""
     return [row_of(cells) for cells in next((t for t in tables(path) if t and set(COLUMNS) <= set(t[0])), [])]
 
 
@@ -101,7 +101,7 @@ def all_runs(path=RESULTS):
 
 
 def write(rows, about, date, commit, path=RESULTS):
-    """A new run. One of the same commit takes the place of the last line."""
+    """Adds a run. It replaces the last line if that has the same commit."""
     runs = all_runs(path)
     if runs and runs[-1]["Commit"] == commit:
         runs.pop()

@@ -1,8 +1,8 @@
-"""The tool's commands beside `jq .` on the same tree as JSON, for bench.py: processor time and peak memory of whole
-processes.
+"""The tool's commands compared with `jq .` on the same tree as JSON, for bench.py: processor time and peak memory of
+whole processes.
 
-tool_get/10M and the like are times. tool_memory/10M is the most that a command needs at once, in bytes for each byte of
-its file; of jq, for each byte of the JSON text.
+tool_get/10M and similar rows are times. tool_memory/10M is the peak memory of a command, in bytes for each byte of
+its file; for jq, for each byte of the JSON text.
 """
 import json
 import os
@@ -43,7 +43,7 @@ def commands(file, path, source):
 
 
 def run(*command):
-    """The processor seconds, and the most bytes at once."""
+    """The processor seconds, and the peak memory in bytes."""
     child = subprocess.Popen([str(part) for part in command], stdout=subprocess.DEVNULL)
     _, status, usage = os.wait4(child.pid, 0)
     child.returncode = os.waitstatus_to_exitcode(status)
@@ -57,7 +57,7 @@ def names():
 
 
 def measure(tool, folder, chosen, rounds):
-    """Those of the rows that are chosen."""
+    """The chosen rows."""
     file, peers_file = folder / f"{SIZE}.attr", folder / f"{SIZE}.json"
     tree = json.loads(peers_file.read_text(encoding="utf-8"))
     entries = entries_in(tree)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Checks that each comment marked DELIBERATE names a test that exists, so that nobody repairs what is wanted.
+"""Checks that each comment marked DELIBERATE names an existing test, so that nobody repairs intended behaviour.
 
-The form is `DELIBERATE: what and why.   Pinned: test_name`, with several names after commas; the names end
+The form is `DELIBERATE: what and why.   Pinned: test_name`, with further names after commas; the names end
 the comment. A name is that of a test in tests/, or process/<name> for tests/process/<name>.cpp.
-Usage: check_deliberate.py [ROOT]. Silent and 0 when all is well, else one line for each mistake and 1.
+Usage: check_deliberate.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.
 """
 import pathlib
 import re

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 """Checks the lists of edge cases against the tests, and counts the cases by subject.
 
-tests/<folder>/<subject>.edges holds a line for each case: `Suite.test<TAB>the words of the case`. A
-case that needs a process of its own is `process/<name>`, for tests/process/<name>.cpp. Lines that
+tests/<folder>/<subject>.edges has a line for each case: `Suite.test<TAB>the words of the case`. A
+case that needs a separate process is `process/<name>`, for tests/process/<name>.cpp. Lines that
 begin with # are comments.
   - each listed test exists in the sources of the list's folder;
   - each test in a suite whose name ends in Edge is listed, once.
-Usage: check_edges.py [-q] [ROOT]. 0 when all is well, else one line for each mistake and 1.
+Usage: check_edges.py [-q] [ROOT]. 0 on success, else one line for each mistake and 1.
 """
 import pathlib
 import re
@@ -25,7 +25,7 @@ def tests_of(folder):
 
 
 def read_list(file):
-    """(line number, test, words) of each case; test is None where the line has another form."""
+    """(line number, test, words) of each case; the test of a line with another form: None."""
     for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
         if line.strip() == "" or line.startswith("#"):
             continue

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
-"""Compares everything that names an error with the one list in diagnostics/cerr_codes.h.
+"""Compares all other lists and codes of errors with the one list in diagnostics/cerr_codes.h.
 
-  - cat::ErrorKind has a kind for each error of the list, in its order, and none but `other` besides;
+  - cat::ErrorKind has a kind for each error of the list, in its order, and additionally only `other`;
   - the tables of docs/errors.md have a row for each error of the list, with its kind, and no other row;
-  - a code in a comment of a public header is in the list, and a text in quotes right after it is
-    how one of the errors with this code begins;
-  - sources of the library have no code as a number, and none of the texts (but for very short
-    ones): they take both from the list;
-  - a code as a number in the tools, which see public headers only, is in the list.
-Usage: check_errors.py [ROOT]. Silent and 0 when all is well, else one line for each mistake and 1.
+  - a code in a comment of a public header is in the list, and quoted text directly after it is the
+    start of one of the errors with this code;
+  - sources of the library have no code as a number, and none of the texts (except very short ones):
+    they use the list for both;
+  - a code as a number in the tools, which use only public headers, is in the list.
+Usage: check_errors.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.
 """
 import pathlib
 import re
@@ -19,7 +19,7 @@ PAGE = "docs/errors.md"
 KINDS = "include/qrv/diagnostics/cerrkind.h"
 LIBRARY = ["base", "diagnostics", "core", "containers", "text", "modules", "util", "start"]
 PROGRAMS = ["tools"]
-# What a message has ahead of the text. The place and the path in a file are no part of it.
+# The prefix of a message, without the position and the path in a file.
 HEADS = {
     "none": "",
     "object": "Attr value, type '...': ",
@@ -31,10 +31,10 @@ ROW = re.compile(r'\bX\(\s*(\w+),\s*(0x[0-9A-F]{8}),\s*(\w+),\s*"((?:[^"\\]|\\.)
 PAGE_ROW = re.compile(r"^\| (0x[0-9A-F]{8}) \| ``(.*)`` \| `(\w+)` \|$", re.M)
 ENUM = re.compile(r"enum class ErrorKind\b[^{]*\{(.*?)\}", re.S)
 CODE = re.compile(r"\b0x[4-8][0-9A-Fa-f]{7}(?=[uU]?\b)")
-# A code of few digits, where nothing else is meant: 0x4000000 for 0x44000000, 1.
+# A code of few digits, in a context without other numbers: 0x4000000 for 0x44000000, 1.
 ARGUMENT = re.compile(r"\b(?:cErr|eros|set_code)\s*\(\s*(0x[0-9A-Fa-f]+|[1-9]\d*)")
 LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
-SHORTEST_TEXT = 12  # shorter ones may be the beginning of something else
+SHORTEST_TEXT = 12  # shorter ones may be the start of another text
 COMMENT = re.compile(r"//(.*)")
 COMMENT_CODE = re.compile(r'\b(0x[4-8][0-9A-Fa-f]{7}|cErr\(\d+\)|the error \d\b)(?:\s+"([^"]*)")?')
 
@@ -56,7 +56,7 @@ def rows_of(root):
 
 
 def errors_of(root):
-    """(code, message, kind) of each error: as it begins, with ... for what differs from one to the next."""
+    """(code, message, kind) of each error: the start of the message, with ... for variable parts."""
     return [(int(code, 16), HEADS[head] + beginning.replace('\\"', '"'), kind)
             for kind, code, head, beginning in rows_of(root)]
 
@@ -87,10 +87,10 @@ def check_page(root, errors):
 
 
 def begins_alike(quoted, message):
-    """Does the text in a comment, with ... for what it leaves out, agree with the beginning of a message?"""
+    """Whether the text in a comment, with ... for omitted parts, agrees with the start of a message."""
     quoted = re.sub(r"\.\.\.|<\w+>", "\0", quoted).split("\0")
     message = message.split("...")
-    # What is fixed on both sides, up to where the shorter one ends.
+    # The fixed parts on both sides, up to the end of the shorter one.
     for ours, theirs in zip(quoted, message):
         shorter = min(len(ours), len(theirs))
         if ours[:shorter] != theirs[:shorter]:
@@ -133,7 +133,7 @@ def check_numbers(root, errors):
 
 
 def check_texts(root):
-    """Texts of the list that a source has once more."""
+    """Texts of the list that a source repeats."""
     texts = [text for *_, text in rows_of(root) if len(text) >= SHORTEST_TEXT]
     for name, source in sources(root, LIBRARY):
         if name == LIST:

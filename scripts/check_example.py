@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Runs an example and compares all that it prints with the file beside its source, byte for byte.
+"""Runs an example and compares its output with the file next to its source, byte for byte.
 
-The program runs in an empty folder that is removed again, so it may write files there. It must
-end with status 0 and leave standard error empty: what a sanitizer has to say would stand there.
-Usage: check_example.py PROGRAM EXPECTED [ARGUMENTS...]. 0 when all is as expected, 1 with what isn't.
+The program runs in an empty temporary folder, so it may write files there. It must end with status 0
+and leave standard error empty, where a sanitizer would write its findings.
+Usage: check_example.py PROGRAM EXPECTED [ARGUMENTS...]. 0 on success, else 1 and the differences.
 """
 import difflib
 import pathlib
@@ -13,7 +13,7 @@ import tempfile
 
 
 def shown(text):
-    """The lines as a diff needs them. What a terminal would not show is spelt out."""
+    """The lines for a diff, with unprintable characters as escape sequences."""
     lines = text.decode("utf-8", "backslashreplace").split("\n")
     ends = ["\n"] * (len(lines) - 1) + ["\n\\ no line end here\n"]
     visible = ("".join(c if c.isprintable() or c == "\t" else ascii(c)[1:-1] for c in line) for line in lines)

@@ -1,22 +1,23 @@
 #!/usr/bin/env python3
 """Checks the include edges: each folder of the library is a layer, and includes only go down.
 
-A public header lies in the same layer as the sources of its folder: include/qrv/core/cobj.h belongs
+A public header is in the same layer as the sources of its folder: include/qrv/core/cobj.h belongs
 to core. Files of one folder may include each other. Beyond that:
-  - <iostream> is included by start/startup.cpp only: the file that includes it decides when the
+  - only start/startup.cpp includes <iostream>: the file that includes it determines when the
     standard streams are created;
-  - headers of the operating system are included in base/platform/ only; elsewhere only the standard
-    library's are;
-  - public headers include public headers, qrv/qrv.h all of them, and what is included exists;
+  - only base/platform/ includes headers of the operating system; other folders include only those
+    of the standard library;
+  - public headers include public headers, qrv/qrv.h all of them, and all included files exist;
   - the tool includes public headers and its own; in tools/qrv its rooms are layers, too, and main.cpp
     is above them.
-Usage: check_includes.py [ROOT]. Silent and 0 when all is well, else one line for each edge and 1.
+Usage: check_includes.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.
 """
 import pathlib
 import re
 import sys
 
-# Low to high. "" is what lies in include/qrv/ itself, but for qrv.h, which includes all the others.
+# Low to high. "" is what lies in include/qrv/ itself, but for qrv.h, which includes all the others, and
+# value.h, which includes those of value.
 LAYERS = [
     "",
     "base/platform",
@@ -58,6 +59,8 @@ def layer(path):
     """The layer of a file, by its path without include/qrv/; None for a folder that is not a layer."""
     if path == "qrv.h":
         return len(LAYERS)
+    if path == "value.h":
+        return LAYERS.index("value")
     folder = path.rpartition("/")[0]
     return LAYERS.index(folder) if folder in LAYERS else None
 

@@ -1,14 +1,14 @@
 #!/bin/bash
-# Dynamic initialisation at namespace scope lies in one object file, start/startup.cpp, so that the
-# order of start-up and tear-down can be read there from top to bottom. Release builds only: the
-# sanitizers add initialisers of their own.
+# Checks that only start/startup.cpp has dynamic initialisation at namespace scope, so that the order
+# of start-up and tear-down can be read there from top to bottom. Release builds only: the sanitizers
+# add more initialisers.
 # Usage: check_initialisers.sh OBJECT...
 set -euo pipefail
 [[ $# -gt 0 ]] || { echo "usage: check_initialisers.sh OBJECT..." >&2; exit 2; }
 status=0 found=
 for object; do
-    # Not nm, which shows the other half of an object that can also be optimised with others. To its
-    # end: a grep that stops at the first hit would fail readelf, and so the whole pipe.
+    # Not nm, which shows the other half of an object that can also be optimised at link time. grep
+    # must read to the end: stopping at the first hit would fail readelf, and so the whole pipe.
     if readelf --wide --syms "$object" | grep '_GLOBAL__sub_I_' >/dev/null; then
         case $object in
         */start/startup.cpp.o) found=yes ;;

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Runs the commands that a page of the documentation shows and compares what they print.
+"""Runs the commands that a page of the documentation shows and compares their output.
 
-Every block marked `console` holds commands, each behind "$ ", and below it the whole of what it
-prints. All are run in one folder that has the examples in it; a block is one shell, so that later
-commands see what earlier ones set. `./dev run` stands for the built tool, `./dev watchdog` and `./dev example NAME`
-for the programs beside it, and build/dev/bin for the folder of these. A program may be called by its path
-only after the command that builds it, and no command may leave a file outside of build/. Every block
-marked `cpp` is a piece of a program in examples/, letter by letter.
-Usage, from the root: check_page.py PAGE TOOL. 0 when all is as shown, 1 with a diff where it isn't.
+Every block marked `console` has commands, each after "$ ", followed by its complete output. All run in
+one folder that contains the examples; a block is one shell, so that later commands see the variables of
+earlier ones. `./dev run` stands for the built tool, `./dev watchdog` and `./dev example NAME` for the
+programs next to it, and build/dev/bin for their folder. A program may be called by its path only after the
+command that builds it, and no command may leave a file outside build/. Every block marked `cpp` is an
+exact part of a program in examples/, with less indent perhaps.
+Usage, from the root: check_page.py PAGE TOOL. 0 on success, 1 with a diff of the differences.
 """
 import difflib
 import pathlib
@@ -16,13 +16,14 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import textwrap
 
 BLOCK = re.compile(r"^```console\n(.*?)^```", re.M | re.S)
 PROGRAM = re.compile(r"^```cpp\n(.*?)^```", re.M | re.S)
 
 
 def commands(block):
-    """(command, shown output) of each command in a block; a command may go on behind a backslash."""
+    """(command, shown output) of each command in a block; a backslash continues a command on the next line."""
     found = []
     for line in block.splitlines(keepends=True):
         if found and found[-1][0].endswith("\\\n"):
@@ -32,7 +33,7 @@ def commands(block):
         elif found:
             found[-1][1] += line
         else:
-            raise SystemExit(f"a block begins with no command: {line}")
+            raise SystemExit(f"a block does not begin with a command: {line}")
     return [(command.rstrip("\n"), shown) for command, shown in found]
 
 
@@ -44,7 +45,7 @@ def real_command(command, tool):
 
 
 def built_by(command):
-    """What a command builds, as paths below build/dev/bin."""
+    """The programs that a command builds, as paths below build/dev/bin."""
     if re.search(r"\./dev run\b", command):
         yield from ("qrv", "modules/colour")
     yield from re.findall(r"\./dev example (\w+)", command)
@@ -63,10 +64,11 @@ def files(folder):
 
 
 def unknown_programs(text, examples):
-    """The first lines of the cpp blocks that stand in no example."""
+    """The first lines of the cpp blocks that are not in an example."""
     sources = [file.read_text(encoding="utf-8") for file in sorted(examples.rglob("*.cpp"))]
     for block in PROGRAM.findall(text):
-        if not any("\n" + block in "\n" + source for source in sources):
+        indented = (textwrap.indent(block, " " * columns) for columns in (0, 4, 8))
+        if not any("\n" + piece in "\n" + source for piece in indented for source in sources):
             yield block.split("\n", 1)[0]
 
 

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
-"""Checks that the files and folders exist which pages (*.md) and comments of code name.
+"""Checks that the files and folders exist that pages (*.md) and comments of code name.
 
 A word is looked up when it is
   - a path that begins with a folder at the top of the sources or with qrv/: core/cobj.cpp, text/scan/;
-  - any other path that ends like a source or a page, so that one in a removed folder is found;
-  - on pages a folder in backquotes: `scan/`. It may lie anywhere;
-  - the name of a file in backquotes: `cobj.cpp`, `read/cattrscan.h`. It may lie anywhere.
-A path may begin at the top or beside the file that names it. *, {a,b} and <name> stand for several;
-core/cobj stands for core/cobj.cpp too. Text in fences and strings of code is left out.
-Usage: check_paths.py [ROOT]. Silent and 0 when all is well, else one line for each mistake and 1.
+  - any other path with the suffix of a source or a page, so that one in a removed folder is found;
+  - on pages a folder in backquotes: `scan/`. It may be anywhere;
+  - the name of a file in backquotes: `cobj.cpp`, `read/cattrscan.h`. It may be anywhere.
+A path is relative to the top or to the file that names it. *, {a,b} and <name> stand for several;
+core/cobj stands for core/cobj.cpp too. Text in fences and strings of code is ignored.
+Usage: check_paths.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.
 """
 import itertools
 import pathlib
@@ -24,7 +24,7 @@ QUOTED = re.compile(r"`([\w.*<>{},/-]+\.(?:h|cpp|py|sh|md|txt|cmake|json|edges))
 
 
 def files_of(root):
-    """What git knows, and all files where there is no repository."""
+    """The files that git knows; without a repository all files."""
     done = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=root, text=True,
                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
     names = done.stdout.splitlines() or [str(file.relative_to(root)) for file in root.rglob("*")]
@@ -32,7 +32,7 @@ def files_of(root):
 
 
 def page_lines(lines):
-    """The lines of a page without what lies in fences, which are commands and their output."""
+    """The lines of a page without fenced blocks, which are commands and their output."""
     fenced = False
     for number, line in enumerate(lines, 1):
         if line.lstrip().startswith("```"):
@@ -49,7 +49,7 @@ def comment_lines(lines, mark):
 
 
 def docstring(lines):
-    """The lines of the first text in three quotes."""
+    """The lines of the first string in three quotes."""
     inside = False
     for number, line in enumerate(lines, 1):
         if inside or line.startswith('"""'):
@@ -60,7 +60,7 @@ def docstring(lines):
 
 
 def alternatives(name):
-    """{a,b} written out."""
+    """The alternatives of {a,b}."""
     parts = [part[1:-1].split(",") if part[:1] == "{" else [part] for part in re.split(r"(\{[^{}]*\})", name)]
     return ["".join(choice) for choice in itertools.product(*parts)]
 

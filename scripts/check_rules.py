@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Checks the fixed rules that no compiler knows.
+"""Checks the fixed rules that compilers do not check.
 
-  - every file opens with a comment that tells its design, behind `#pragma once` in a header; a source
-    may begin with its own header, which has that comment, and a test with its subject's;
+  - every file opens with a comment about its design, after `#pragma once` in a header; a source may
+    begin with its own header, which has that comment, and a test with its subject's;
   - include/qrv/qrvdefs.h and docs/index.md say that one thread at a time may use the library;
   - sources stay below 650 lines, tests below 1,000;
-  - nothing is silenced: no suppressed warning, sanitizer or lint finding, no test switched off;
-  - what is left to do is an issue and no remark in a file.
-Usage: check_rules.py [ROOT]. Silent and 0 when all is well, else one line for each mistake and 1.
+  - nothing is silenced: no suppressed warning, sanitizer or lint finding, no disabled test;
+  - remaining work is an issue, not a remark in a file.
+Usage: check_rules.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.
 """
 import pathlib
 import re
@@ -15,10 +15,10 @@ import sys
 
 MOST_LINES = 650
 MOST_TEST_LINES = 1000
-FOLDERS = ["include", "base", "diagnostics", "core", "containers", "text", "modules", "util", "start",
+FOLDERS = ["include", "base", "diagnostics", "core", "containers", "text", "modules", "util", "value", "start",
            "tools", "tests", "bench", "fuzz"]
 SAY_ONE_THREAD = ["include/qrv/qrvdefs.h", "docs/index.md"]
-# Put together from halves, so that a search for them finds only sins.
+# Concatenated from halves, so that a search for them finds only violations.
 FORBIDDEN = [re.compile(p) for p in (
     r"\bNO" + r"LINT", r"\bGTEST_" + r"SKIP", r"\bDIS" + r"ABLED_", r"\bno_" + r"sanitize",
     r"\bTO" + r"DO\b", r"\bFIX" + r"ME\b", r"#\s*pragma\s+(GCC|clang)\s+diag" + r"nostic\s+ignored",
@@ -27,7 +27,7 @@ FORBIDDEN = [re.compile(p) for p in (
 
 
 def first_comment(lines):
-    """The comment at the top as one text, empty where something else stands there."""
+    """The comment at the top as one string, empty if the file begins otherwise."""
     text = []
     for line in lines:
         if not line.startswith("//"):
@@ -52,7 +52,7 @@ def check_source(name, lines):
         lines = lines[1:]
     comment = first_comment(lines)
     if not comment and not begins_with_own_header(name, lines):
-        yield f"{name}:1: opens without a comment that tells its design"
+        yield f"{name}:1: opens without a comment about its design"
 
 
 def check_threads(root):

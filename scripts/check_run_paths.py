@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Checks where the built programs and shared objects look for libraries.
+"""Checks where the built programs and shared objects search for libraries.
 
 An element of a run path must be absolute or begin with $ORIGIN/, and no other user may be able to put a
 file there: the loader executes what it finds. An empty element means the current folder.
 Usage: check_run_paths.py FOLDER... Every ELF file below the folders is read, and the link options of every
-build.ninja. 1 with a line for each faulty element, or when there is nothing to check.
+build.ninja. 1 with a line for each faulty element, or if there is nothing to check.
 """
 import os
 import pathlib
@@ -25,7 +25,7 @@ def open_to_others(folder):
 
 
 def fault(element, origin):
-    """What is wrong with an element; None if nothing is. `origin` is None where it is not known yet."""
+    """What is wrong with an element, or None. `origin` may be None: unknown yet."""
     if not element:
         return "is empty"
     if element == "$ORIGIN" or element.startswith("$ORIGIN/"):

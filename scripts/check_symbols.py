@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 """Checks the symbol references of the library: like includes, they only go down.
 
-A pair is an object file and a symbol that it uses and that an object file of a higher layer defines
+A pair is an object file and a symbol that it uses and an object file of a higher layer defines
 (nm's T, D, B or R). Weak symbols don't count: inline functions and templates are defined in each
 object that uses them. The layers are those of check_includes.py.
-scripts/upward_symbols.txt lists the pairs that are wanted, each with its reason; a pair that is
-listed and no longer there is a mistake too, and so are more than 12.
+scripts/upward_symbols.txt lists the permitted pairs, each with its reason; a listed pair that does
+not exist any more is a mistake too, and so are more than 12.
 Usage: check_symbols.py [--list FILE] OBJECT..., the library's object files, whose paths name the source
-after "qrv_objects.dir/". Silent and 0 when all is well, else one line for each mistake and 1.
+after "qrv_objects.dir/". Silent and 0 on success, else one line for each mistake and 1.
 """
 import argparse
 import pathlib
@@ -51,7 +51,7 @@ def readable(names):
 
 
 def read_list(file):
-    """(source, symbol) of each wanted pair, with its line; a line holds source, symbol and reason, by tabs."""
+    """(source, symbol) of each permitted pair, with its line: source, symbol and reason, separated by tabs."""
     wanted = {}
     for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
         if not line.strip() or line.startswith("#"):

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
-"""Compares what the library does now with what it did at another revision, on generated work.
+"""Compares the behaviour of the library with that of another revision, on generated work.
 
   compare.py [REVISION] [--seeds A-B] [--modes read,write,copy,hash,scan] [--preset release]
   compare.py --with FOLDER [--preset release] ...
 
-Builds the library of REVISION (the last commit, unless named) in a work tree below build/compare and
-the program tests/reference with both libraries, runs both on the seeds, and compares the transcripts:
-results, errors and messages, the bytes that are written, the structure and the order of values, and
-every call of user code. Of each mode that differs it shows one seed, with the input and with the lines
-that differ, and ends with 1. --with takes sources elsewhere, which are built already.
+Builds the library of REVISION (default: the last commit) in a work tree below build/compare and the
+program tests/reference with both libraries, runs both on the seeds, and compares the transcripts:
+results, errors and messages, the written bytes, the structure and the order of values, and every call of
+user code. For each mode that differs it shows one seed, with its input and the lines that differ, and
+exits with 1. --with names other sources, which are built already.
 
 The library of this folder must have been built with the preset, as ./dev compare does.
 """
@@ -25,8 +25,8 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 MODES = ["read", "write", "copy", "hash", "scan"]
-CHUNK = 1000  # seeds that one process does
-MOST_CRASHES = 20  # of one process in a chunk, after that the rest is left out
+CHUNK = 1000  # seeds for one process
+MOST_CRASHES = 20  # in one chunk; the rest of the chunk is then skipped
 SHOWN_LINES = 60
 CONTEXT = 3
 
@@ -43,7 +43,7 @@ def say(text):
 
 
 class State:
-    """Sources with a built library, and the program on it."""
+    """Sources with a built library, and the program linked with it."""
 
     def __init__(self, title, sources, preset):
         self.title = title
@@ -73,7 +73,7 @@ class State:
              f"-Wl,-rpath,{self.library}"])
 
     def start(self, arguments, folder):
-        # A process that a signal ends leaves its files there.
+        # If a signal ends the process, its files stay there.
         return subprocess.Popen([self.program, *map(str, arguments)], cwd=folder, env={**os.environ, "TMPDIR": folder},
                                 stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
 
@@ -99,7 +99,7 @@ class State:
         return found
 
     def transcript(self, mode, first, seed):
-        """Of one seed, in a process that begins with the first."""
+        """The transcript of one seed, in a process that begins with the first."""
         with tempfile.TemporaryDirectory() as folder:
             process = self.start(["--show", mode, first, seed], folder)
             output, _ = process.communicate()
@@ -128,12 +128,12 @@ def revision_state(revision, preset):
 
 
 def shortest(states, mode, seeds, first):
-    """Of the seeds the one with the shortest transcripts: (seed, first seed of the process, transcripts)."""
+    """The seed with the shortest transcripts: (seed, first seed of the process, transcripts)."""
     best = None
     for seed in seeds[:40]:
         start = seed
         both = [state.transcript(mode, start, seed) for state in states]
-        if both[0] == both[1]:  # it needs what came before
+        if both[0] == both[1]:  # it depends on earlier seeds
             start = first
             both = [state.transcript(mode, start, seed) for state in states]
         if best is None or len(both[0]) + len(both[1]) < sum(map(len, best[2])):
@@ -150,7 +150,7 @@ def show_difference(states, mode, seeds, first, done):
     for line in both[0][:1]:
         print(f"  {line}")
     if both[0] == both[1]:
-        print("  the difference did not show again")
+        print("  the difference did not occur again")
     lines = list(difflib.unified_diff(both[0], both[1], states[0].title, states[1].title, "", "", CONTEXT, ""))
     for line in lines[:SHOWN_LINES]:
         print(f"  {line[:1000]}")
@@ -167,7 +167,7 @@ def differs(states, mode, first, seed, ignored):
 
 
 def compare(states, mode, first, last, ignored):
-    """False at the first chunk with a difference, which is shown."""
+    """False at the first chunk with a difference, which is printed."""
     for begin in range(first, last + 1, CHUNK):
         end = min(begin + CHUNK - 1, last)
         with concurrent.futures.ThreadPoolExecutor(2) as pool:
@@ -193,8 +193,8 @@ def main():
     parser.add_argument("--modes", default=",".join(MODES))
     parser.add_argument("--preset", default="release")
     parser.add_argument("--now", type=Path, default=ROOT, metavar="FOLDER",
-                        help="other sources than these, which are built already")
-    parser.add_argument("--ignore", metavar="REGEX", help="pieces of lines that may differ")
+                        help="sources to use instead of these, built already")
+    parser.add_argument("--ignore", metavar="REGEX", help="parts of lines that may differ")
     options = parser.parse_args()
     first, _, last = options.seeds.partition("-")
     modes = options.modes.split(",")

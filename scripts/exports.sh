@@ -1,8 +1,8 @@
 #!/bin/bash
-# Holds the strong exported symbols of the library (demangled, sorted) against cmake/exports.txt, so
-# that none appears or goes unseen. Weak ones, that is inline functions and templates, are left out:
-# they come and go with the optimiser. A library that is optimised as a whole has only strong ones:
-# then the objects that it was linked from tell which they are.
+# Compares the strong exported symbols of the library (demangled, sorted) with cmake/exports.txt, so that
+# changes are noticed. Weak symbols, that is inline functions and templates, are ignored, since they
+# depend on the optimiser. A library with link-time optimisation has only strong symbols: then the
+# objects from which it was linked determine which ones count.
 # Usage: exports.sh [--write] [--objects ARCHIVE] LIBRARY [FILE]
 set -euo pipefail
 write='' objects=''

@@ -1,17 +1,17 @@
 #!/usr/bin/env python3
-"""JSON to files of the format and back: is it the same JSON, as python reads it?
+"""Converts JSON to files of the format and back, and compares both as Python reads them.
 
 usage: json_trips.py [--tool PROGRAM] [--documents N] [--seed N] [FILE...]
 
-Each FILE, N generated documents, a thousand in an array, and some documents with whole numbers of
-any length are converted by from-json and to-json. The result must have the same values, the same
-keys in the same order, and the same numbers; the sign of -0.0 counts, and a bool is not a number.
-Files with whole numbers that no double holds must be refused; with --big=string and --big=double
-they must come back as strings and as rounded numbers. What came back must give the same file again,
-and --compact and --integers the same values.
+from-json and to-json convert each FILE, N generated documents in arrays of a thousand, and some
+documents with integers of any length. The result must have the same values, the same keys in the same
+order, and the same numbers; the sign of -0.0 counts, and a bool is not a number. Files with integers that
+a double cannot represent must be rejected; with --big=string and --big=double these must become strings
+and rounded numbers. The result must convert to the same file again, and --compact and --integers must
+give the same values.
 
-N is $QRV_DOCUMENTS, or 500. The exit code is 1 if something differs, and the first difference of
-each trip is printed with its path.
+N is $QRV_DOCUMENTS, or 500. The exit code is 1 if there is a difference; the first difference of each
+conversion is printed with its path.
 """
 
 import argparse
@@ -34,7 +34,7 @@ ESCAPES = {'"': '\\"', "\\": "\\\\", "/": "\\/", "\b": "\\b", "\f": "\\f", "\n":
 # ---------------------------------------------------------------- documents
 
 class Generator:
-    """Documents as JSON text, in which equal values are spelt in different ways."""
+    """Documents as JSON text, in which equal values have different spellings."""
 
     def __init__(self, seed, big=False):
         self.random = random.Random(seed)
@@ -44,7 +44,7 @@ class Generator:
         return self.value(self.random.randrange(1, 7))
 
     def deep(self, depth):
-        """As deep as asked."""
+        """A document of the given depth."""
         text = self.scalar()
         for _ in range(depth):
             text = f"[{text}]" if self.random.random() < 0.5 else "{" + self.string() + ":" + text + "}"
@@ -146,7 +146,7 @@ def fits(number):
 
 
 def with_big(value, change):
-    """The value with each whole number that fits neither int nor double changed."""
+    """The value, with `change` applied to each integer that fits neither int nor double."""
     if isinstance(value, Pairs):
         return Pairs((key, with_big(item, change)) for key, item in value)
     if isinstance(value, list):
@@ -163,7 +163,7 @@ def kind_of(value):
 
 
 def difference(before, after, path=""):
-    """Where the values differ, in words; None if they are equal."""
+    """A description of the first difference, or None."""
     if kind_of(before) != kind_of(after):
         return f"{path or '/'}: {before!r:.80} became {after!r:.80}"
     if isinstance(before, Pairs):
@@ -202,7 +202,7 @@ class Trips:
         return done.stdout
 
     def back(self, name, file, expected, *options):
-        """What to-json makes of the file, compared with what is expected."""
+        """Compares the output of to-json for the file with the expected value."""
         text = self.convert(name, file, "to-json", *options)
         if text is not None and (found := difference(expected, parsed(text))):
             self.complain(name, f"{' '.join(('to-json', *options))}: {found}")
@@ -215,12 +215,12 @@ class Trips:
         text = self.back(name, file, expected)
         self.back(name, file, expected, "--strict", "--compact", "--integers")
         if text is not None and self.convert(name, text, "from-json") not in (None, file):
-            self.complain(name, "what came back gives another file")
+            self.complain(name, "the result converts to a different file")
 
     def refused(self, name, given):
         done = self.run("from-json", given=given)
         if done.returncode != 2 or done.stdout or b"--big=string" not in done.stderr:
-            self.complain(name, "whole numbers that fit neither int nor double are not refused")
+            self.complain(name, "integers that fit neither int nor double are not rejected")
 
     def all_of(self, name, given):
         value = parsed(given)
@@ -253,7 +253,7 @@ def main():
             documents.append(generator.deep(700))
             trips.all_of(f"documents from {first}, seed {options.seed}", ("[" + ",\n".join(documents) + "]").encode())
     if not trips.failures:
-        print(f"{options.documents} documents and {len(options.files)} files came back as they were")
+        print(f"{options.documents} documents and {len(options.files)} files are unchanged after both conversions")
     return 1 if trips.failures else 0
 
 

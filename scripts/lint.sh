@@ -1,7 +1,7 @@
 #!/bin/bash
-# All checks that need no run of the program, one after the other; each says what it found.
-# Usage: lint.sh [JOBS], from the root, with build/lint configured (clang-tidy takes the
-# commands from there). Exits with 1 when one of them failed, after all of them ran.
+# All checks that do not run the program, one after the other; each prints its findings.
+# Usage: lint.sh [JOBS], from the root, with build/lint configured (clang-tidy reads the commands
+# there). Exits with 1 if one of them failed, after all of them ran.
 set -u
 jobs=${1:-$(nproc)}
 failed=()
@@ -19,8 +19,8 @@ listed() { git ls-files -co --exclude-standard -- "$@" | while IFS= read -r file
 layout() { listed '*.h' '*.cpp' | xargs -r clang-format --dry-run -Werror; }
 
 tidy() {
-    listed '*.cpp' | grep -E '^(base|diagnostics|core|containers|text|modules|util|edit|start|tools)/' |
-        xargs -r -P "$jobs" -n 1 clang-tidy --quiet -p build/lint 2>/dev/null
+    listed '*.cpp' | grep -E '^(base|diagnostics|core|containers|text|modules|util|edit|value|start|tools)/' |
+        xargs -r scripts/tidy.py -j "$jobs" build/lint
 }
 
 step "layout" layout

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs bench_count.py on a made-up benchmark program below a made-up callgrind."""
+"""Runs bench_count.py with a fake benchmark program and a fake callgrind."""
 import os
 import shutil
 import subprocess

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Runs bench.py on a made-up benchmark program, and proves of the chart's check that it can fail."""
+"""Runs bench.py with a fake benchmark program, and shows that the check of the chart can fail."""
 import subprocess
 import sys
 
 from checks_test import SCRIPTS, Tree
 
-# Each round takes as many microseconds as the file of the row and the library says.
+# Each round takes the number of microseconds in the file of the row and the library.
 PROGRAM = """#!/bin/sh
 case $1 in
 --works) echo '[{"work": "read", "timed": ["1M", "10M", "160000", "1Mv"], "libraries": ["qrv", "nlohmann"]},

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Configures the project in the ways that no preset of ours covers."""
+"""Configures the project in ways that no preset covers."""
 import pathlib
 import subprocess
 import tempfile

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Proves of each check in scripts/ that it can fail: every rule is broken once in a small tree.
+"""Shows that each check in scripts/ can fail: every rule is violated once in a small tree.
 
-Each test makes the tree whole first and sees the check pass, so that a failure later is the one
-that the test made.
+Each test creates a valid tree first, for which the check passes, so that a later failure is caused
+by the change that the test makes.
 """
 import pathlib
 import shutil
@@ -69,57 +69,57 @@ class Includes(Tree):
         self.write(name, content)
         self.fails(text, "check_includes.py", self.root)
 
-    def test_an_include_that_cannot_be_judged(self):
+    def test_an_include_in_an_unusual_form_is_reported(self):
         for line in ('# include /**/ "qrv/core/cobj.h"', '/* */ #include "qrv/core/cobj.h"', "#include HEADER"):
             self.breaks("base/csignal.cpp:2: write #include", "base/csignal.cpp", f"// S.\n{line}\n")
 
-    def test_a_file_that_is_neither_header_nor_source(self):
+    def test_a_file_that_is_neither_header_nor_source_is_reported(self):
         self.breaks("base/csignal.inc: is neither .h nor .cpp", "base/csignal.inc", '#include "qrv/core/cobj.h"\n')
 
-    def test_a_core_source_that_includes_text(self):
+    def test_a_core_source_that_includes_text_is_reported(self):
         self.breaks("core/cobj.cpp:2: \"qrv/text/write/cwriter.h\" lies higher", "core/cobj.cpp", '// C.\n#include "qrv/text/write/cwriter.h"\n')
 
-    def test_a_signal_that_includes_diagnostics(self):
+    def test_a_signal_that_includes_diagnostics_is_reported(self):
         self.breaks("lies higher", "base/csignal.cpp", '// S.\n#include "qrv/diagnostics/cerr.h"\n')
 
-    def test_a_handle_that_includes_an_object(self):
+    def test_a_handle_that_includes_an_object_is_reported(self):
         self.breaks("lies higher", "base/cref.cpp", '// R.\n#include "qrv/core/cobj.h"\n')
 
-    def test_a_text_source_that_includes_a_utility(self):
+    def test_a_text_source_that_includes_a_utility_is_reported(self):
         self.breaks("lies higher", "text/read/a.cpp", '// T.\n#include "qrv/util/cundo.h"\n')
 
-    def test_a_public_header_that_includes_a_higher_one(self):
+    def test_a_public_header_that_includes_a_higher_one_is_reported(self):
         self.breaks("include/qrv/diagnostics/ccout.h:3", "include/qrv/diagnostics/ccout.h", HEADER + '#include "qrv/core/cobj.h"\n')
 
-    def test_a_public_header_that_includes_a_private_one(self):
+    def test_a_public_header_that_includes_a_private_one_is_reported(self):
         self.breaks("includes the private", "include/qrv/text/read/b.h", HEADER + '#include "text/state/cwriter_state.h"\n')
 
-    def test_iostream_elsewhere(self):
+    def test_iostream_is_allowed_only_in_some_files(self):
         self.breaks("only start/startup.cpp", "text/read/a.cpp", "// T.\n#include <iostream>\n")
 
-    def test_the_operating_system_elsewhere(self):
+    def test_system_headers_are_allowed_only_in_the_platform(self):
         self.breaks("platform/ only", "text/read/a.cpp", "// T.\n#include <sys/stat.h>\n")
 
-    def test_a_header_that_is_not_there(self):
+    def test_a_missing_header_is_reported(self):
         self.breaks("does not exist", "text/read/a.cpp", '// T.\n#include "qrv/text/none.h"\n')
 
-    def test_a_header_that_the_one_of_all_lacks(self):
+    def test_a_header_missing_in_the_header_of_all_is_reported(self):
         headers = sorted(str(f.relative_to(self.root / "include")) for f in (self.root / "include").rglob("*.h"))
         self.write("include/qrv/qrv.h", HEADER + "".join(f'#include "{name}"\n' for name in headers))
         self.passes("check_includes.py", self.root)
         self.breaks('"qrv/text/read/new.h" is missing', "include/qrv/text/read/new.h", HEADER)
 
-    def test_a_tool_that_includes_internals(self):
+    def test_a_tool_that_includes_internals_is_reported(self):
         self.breaks("public headers only", "tools/qrv/json/a.cpp", '// T.\n#include "text/state/cwriter_state.h"\n')
 
-    def test_a_room_that_includes_a_higher_one(self):
+    def test_a_folder_of_the_tool_that_includes_a_higher_one_is_reported(self):
         self.breaks(
             'output/a.cpp:2: "tools/qrv/json/a.h" is in a higher room: json above output',
             "tools/qrv/output/a.cpp",
             '// T.\n#include "tools/qrv/json/a.h"\n',
         )
 
-    def test_a_source_of_the_tool_outside_of_its_rooms(self):
+    def test_a_source_of_the_tool_outside_its_folders_is_reported(self):
         self.breaks("tools/qrv/more/a.h: its folder is not a room", "tools/qrv/more/a.h", HEADER)
         self.breaks("tools/qrv/a.cpp: its folder is not a room", "tools/qrv/a.cpp", "// T.\n")
 
@@ -131,30 +131,30 @@ class Edges(Tree):
         self.write("tests/text/reader.edges", "# cases\nReaderEdge.one\tthe first case\nReader.plain\tthe second\n")
         self.write("tests/process/exit.cpp", "int main() {}\n")
 
-    def test_counts_by_subject(self):
+    def test_cases_are_counted_by_subject(self):
         self.assertEqual(self.passes("check_edges.py", self.root), "    2 text/reader\n    2 edge cases\n")
 
-    def test_a_listed_test_that_does_not_exist(self):
+    def test_a_listed_test_that_does_not_exist_is_reported(self):
         self.write("tests/text/b.edges", "ReaderEdge.two\tanother\n")
         self.fails("no test ReaderEdge.two", "check_edges.py", self.root)
 
-    def test_an_edge_test_that_is_not_listed(self):
+    def test_an_edge_test_that_is_not_listed_is_reported(self):
         self.write("tests/text/b_test.cpp", "TEST_F(WriterEdge, one) {}\n")
         self.fails("WriterEdge.one is in no list", "check_edges.py", self.root)
 
-    def test_a_line_without_words(self):
+    def test_a_line_without_words_is_reported(self):
         self.write("tests/text/b.edges", "Reader.plain\t \n")
         self.fails("not of the form", "check_edges.py", self.root)
 
-    def test_a_line_without_tab(self):
+    def test_a_line_without_tab_is_reported(self):
         self.write("tests/text/b.edges", "Reader.plain words\n")
         self.fails("not of the form", "check_edges.py", self.root)
 
-    def test_a_test_listed_twice(self):
+    def test_a_test_listed_twice_is_reported(self):
         self.write("tests/text/b.edges", "Reader.plain\tagain\n")
         self.fails("is listed already", "check_edges.py", self.root)
 
-    def test_a_process_that_is_there_and_one_that_is_not(self):
+    def test_a_missing_process_test_is_reported(self):
         self.write("tests/text/b.edges", "process/exit\tends clean\n")
         self.passes("check_edges.py", self.root)
         self.write("tests/text/b.edges", "process/start\tbegins clean\n")
@@ -174,32 +174,32 @@ class Rules(Tree):
         self.write(name, content)
         self.fails(text, "check_rules.py", self.root)
 
-    def test_a_source_without_a_comment(self):
+    def test_a_source_without_a_comment_is_reported(self):
         self.breaks("core/b.cpp:1: opens without", "core/b.cpp", "int b;\n")
 
-    def test_a_source_that_begins_with_its_own_header_and_one_with_another(self):
+    def test_a_source_that_does_not_begin_with_its_own_header_is_reported(self):
         self.write("core/b.cpp", '#include "qrv/core/b.h"\nint b;\n')
         self.write("tests/core/b_test.cpp", '#include "qrv/core/b.h"\nint b;\n')
         self.passes("check_rules.py", self.root)
         self.breaks("core/c.cpp:1: opens without", "core/c.cpp", '#include "qrv/core/b.h"\nint b;\n')
 
-    def test_a_header_without_pragma_once(self):
+    def test_a_header_without_pragma_once_is_reported(self):
         self.breaks("begins with #pragma once", "core/b.h", "// B.\n")
 
-    def test_the_header_that_is_silent_on_threads(self):
+    def test_a_header_that_does_not_mention_threads_is_reported(self):
         self.breaks("qrvdefs.h: does not say: one thread", "include/qrv/qrvdefs.h", "#pragma once\n// B.\n")
 
-    def test_the_page_that_is_silent_on_threads(self):
+    def test_a_page_that_does_not_mention_threads_is_reported(self):
         self.breaks("index.md: does not say: one thread", "docs/index.md", "# D\n")
 
-    def test_a_missing_page(self):
+    def test_a_missing_page_is_reported(self):
         (self.root / "docs/index.md").unlink()
         self.fails("index.md: does not say: one thread", "check_rules.py", self.root)
 
-    def test_a_long_source(self):
+    def test_a_long_source_is_reported(self):
         self.breaks("651 lines", "core/b.cpp", "// B.\n" * 651)
 
-    def test_each_way_of_silencing(self):
+    def test_each_way_of_silencing_is_reported(self):
         for sin in ("NO" + "LINT", "GTEST_" + "SKIP()", "DIS" + "ABLED_a", "no_" + "sanitize", "TO" + "DO: later",
                     "#pragma GCC diag" + "nostic ignored \"-Wall\"", "-Wno" + "-shadow"):
             with self.subTest(sin):
@@ -231,48 +231,48 @@ class Errors(Tree):
         self.write(name, content)
         self.fails(text, "check_errors.py", self.root)
 
-    def test_an_error_that_the_page_lacks(self):
+    def test_an_error_missing_on_the_page_is_reported(self):
         self.breaks("docs/errors.md: lacks 0x00000001 `Name taken: `", "docs/errors.md",
                     self.page.replace("| 0x00000001 | ``Name taken: `` | `taken` |\n", ""))
 
-    def test_an_error_that_only_the_page_has(self):
+    def test_an_error_only_on_the_page_is_reported(self):
         self.breaks("0x00000002 `Name taken: ` of kind taken is not in", "docs/errors.md", self.page + "| 0x00000002 | ``Name taken: `` | `taken` |\n")
 
-    def test_an_error_that_begins_otherwise_on_the_page(self):
+    def test_an_error_with_another_beginning_on_the_page_is_reported(self):
         self.breaks("lacks 0x41400000", "docs/errors.md", self.page.replace("Object is", "Object was"))
 
-    def test_a_row_that_is_there_twice(self):
+    def test_a_repeated_row_is_reported(self):
         self.breaks("is there 2 times", "docs/errors.md", self.page + "| 0x00000001 | ``Name taken: `` | `taken` |\n")
 
-    def test_an_error_of_another_kind_on_the_page(self):
+    def test_an_error_of_another_kind_on_the_page_is_reported(self):
         self.breaks("lacks 0x00000001 `Name taken: ` of kind taken", "docs/errors.md", self.page.replace("`taken`", "`cycle`"))
 
-    def test_kinds_that_are_not_those_of_the_list(self):
+    def test_kinds_that_differ_from_the_list_are_reported(self):
         name = "include/qrv/diagnostics/cerrkind.h"
         self.breaks("cerrkind.h: lacks taken", name, HEADER + self.kinds.replace("    taken,\n", ""))
         self.breaks("cerrkind.h: new is not in", name, HEADER + self.kinds.replace("cycle", "cycle, new"))
         self.breaks("cerrkind.h: the order is not", name, HEADER + self.kinds.replace("taken,\n    const", "const,\n    taken"))
         self.breaks("cerrkind.h: lacks other", name, HEADER)
 
-    def test_a_comment_with_a_code_that_does_not_exist(self):
+    def test_a_comment_with_an_unknown_code_is_reported(self):
         self.breaks("cref.h:3: 0x41800000 is not in", "include/qrv/base/cref.h", HEADER + "// Code 0x41800000.\n")
         self.breaks("cref.h:3: cErr(2) is not in", "include/qrv/base/cref.h", HEADER + "// Throws cErr(2).\n")
 
-    def test_a_comment_with_another_text(self):
+    def test_a_comment_with_another_text_is_reported(self):
         self.breaks('begins with "Object is const"', "include/qrv/base/cref.h", HEADER + '// 0x41400000 "Object is const"\n')
 
-    def test_a_number_in_the_library(self):
+    def test_a_number_in_the_library_is_reported(self):
         for line in ("err.set_code(0x41400000);", "eros(0x1400000, obj);", "throw cErr(1, text);",
                      "constexpr auto code = 0x40000001u;"):
             self.breaks("cset.cpp:2: ", "containers/cset.cpp", f"// S.\n{line}\n")
 
-    def test_a_text_of_the_list_in_the_library(self):
+    def test_a_text_of_the_list_in_the_library_is_reported(self):
         self.breaks('"Name taken: x" is a text of', "containers/cset.cpp", '// S.\nfail("Name taken: x");\n')
 
-    def test_a_number_in_a_tool_that_is_in_no_list(self):
+    def test_an_unlisted_number_in_a_tool_is_reported(self):
         self.breaks("main.cpp:2: 0x41800000 is not in", "tools/qrv/main.cpp", "// T.\nint const code = 0x41800000;\n")
 
-    def test_an_empty_list(self):
+    def test_an_empty_list_is_reported(self):
         self.breaks("no error was found", "diagnostics/cerr_codes.h", HEADER)
 
 
@@ -288,20 +288,20 @@ class Deliberate(Tree):
         self.write(name, content)
         self.fails(text, "check_deliberate.py", self.root)
 
-    def test_names_on_the_next_lines(self):
+    def test_names_may_be_on_the_next_lines(self):
         self.write("tools/qrv/b.h", "int b; // odd. DELIBERATE: it is. Pinned:\n       // one, two, process/exit\nint c;\n")
         self.passes("check_deliberate.py", self.root)
 
-    def test_a_mark_that_names_no_test(self):
+    def test_a_mark_that_names_no_test_is_reported(self):
         self.breaks("core/b.cpp:2: error: no test is named", "// B.\n// DELIBERATE: odd.\n\n// Pinned: one\n")
 
-    def test_a_mark_whose_successor_names_one(self):
+    def test_a_mark_does_not_use_the_test_of_the_next_mark(self):
         self.breaks("core/b.cpp:1: error: no test is named", "// DELIBERATE: odd.\n// DELIBERATE: even. Pinned: one\n")
 
-    def test_a_test_that_does_not_exist(self):
+    def test_a_test_that_does_not_exist_is_reported(self):
         self.breaks("core/b.cpp:1: error: no test 'three' in tests/", "// DELIBERATE: odd. Pinned: one,\n// three\n")
 
-    def test_a_public_header_and_a_tool(self):
+    def test_public_headers_and_tools_are_checked(self):
         for name in ("include/qrv/core/b.h", "tools/watchdog/b.cpp"):
             self.breaks(f"{name}:1: error: no test 'three'", "// DELIBERATE: odd. Pinned: three\n", name)
 
@@ -319,36 +319,36 @@ class Paths(Tree):
         self.write(name, content)
         self.fails(f"{name}:{line}: error: '{word}' does not exist in the sources\n", "check_paths.py", self.root)
 
-    def test_each_form_of_a_name_in_a_page(self):
+    def test_each_form_of_a_name_in_a_page_is_checked(self):
         for word in ("core/cref.cpp", "qrv/core/cref.h", "core/d*.cpp", "core/{cobj,cref}.cpp", "core/none/"):
             with self.subTest(word):
                 self.breaks(word, "docs/a.md", f"# A\n\nSee {word} there.\n", 3)
 
-    def test_a_file_in_backquotes(self):
+    def test_a_missing_file_in_backquotes_is_reported(self):
         self.breaks("cref.h", "core/README.md", "Suspect `cref.h` first.\n")
         self.breaks("data/none.txt", "core/README.md", "Suspect `data/none.txt` first.\n")
 
-    def test_a_folder_that_was_removed(self):
+    def test_a_removed_folder_is_reported(self):
         self.breaks("former/cobj.cpp", "util/b.cpp", "int b; // see former/cobj.cpp\n")
         self.breaks("former/", "docs/a.md", "| `former/` | objects |\n")
 
-    def test_a_name_beside_the_file_that_has_it(self):
+    def test_a_name_may_be_relative_to_its_file(self):
         self.write("data/y.txt", "y\n")
         self.write("core/b.cpp", "int b; // as data/x.txt has it\n")
         self.passes("check_paths.py", self.root)
         self.breaks("data/x.txt", "util/b.cpp", "int b; // as data/x.txt has it\n")
 
-    def test_comments_of_each_kind_of_file(self):
+    def test_comments_of_each_kind_of_file_are_checked(self):
         for name, mark in (("core/b.h", "//"), ("scripts/b.py", "#"), ("scripts/b.sh", "#"), ("core/CMakeLists.txt", "#")):
             with self.subTest(name):
                 self.breaks("core/none.cpp", name, f"x = 1\n{mark} see core/none.cpp\n", 2)
                 (self.root / name).unlink()
         self.breaks("core/none.cpp", "scripts/b.py", '"""B.\nSee core/none.cpp.\n"""\n', 2)
 
-    def test_a_script_without_a_suffix(self):
+    def test_a_script_without_a_suffix_is_checked(self):
         self.breaks("core/none.cpp", "dev", "#!/bin/bash\n# see core/none.cpp\n", 2)
 
-    def test_what_is_not_a_name_of_ours(self):
+    def test_other_names_are_ignored(self):
         self.write("docs/a.md", "and/or build/x https://a.org/core/none.cpp /usr/core/none $HOME/core/none\n"
                                 "```sh\ncat core/none.cpp\n```\n")
         self.write("core/b.cpp", 'char const *b = "core/none.cpp";\n')
@@ -356,7 +356,7 @@ class Paths(Tree):
 
 
 class Headers(Tree):
-    def test_a_header_that_needs_another(self):
+    def test_a_header_that_needs_another_is_reported(self):
         self.write("include/qrv/a.h", HEADER + "#include <string>\ninline std::string a() { return {}; }\n")
         self.passes("check_headers.sh", self.root)
         self.write("include/qrv/b.h", HEADER + "inline std::string b() { return {}; }\n")
@@ -374,7 +374,7 @@ class Symbols(Tree):
         subprocess.run(["g++", "-std=c++20", "-fPIC", *flags, str(file), "-o", str(self.root / output)], check=True)
         return self.root / output
 
-    def test_an_initialiser_outside_of_startup(self):
+    def test_an_initialiser_outside_startup_is_reported(self):
         dynamic = "int f(); int x = f();"
         startup = self.compile("start/startup.cpp.o", dynamic, "-c")
         plain = self.compile("core/plain.cpp.o", "constinit int x = 1;", "-c")
@@ -389,7 +389,7 @@ class Symbols(Tree):
                             "inline int weak() { return 2; } int (*used)() = weak;", "-c")
         return low, high
 
-    def test_a_reference_that_goes_up(self):
+    def test_a_reference_to_a_higher_layer_is_reported(self):
         listed = self.write("upward.txt", "# none\n")
         check = ["check_symbols.py", "--list", listed]
         self.passes(*check, *self.objects("inline int weak() { return 2; } int (*used_here)() = weak;"))
@@ -400,7 +400,7 @@ class Symbols(Tree):
         self.passes(*check, *objects)
         self.fails("upward.txt:1: core/low.cpp no longer uses 'high()'", *check, *self.objects("int f();"))
 
-    def test_a_list_of_upward_references_that_is_long_or_spoilt(self):
+    def test_a_too_long_or_invalid_list_of_upward_references_is_reported(self):
         names = [f"up{i}()" for i in range(13)]
         low = self.compile("qrv_objects.dir/core/low.cpp.o", "".join(f"int {n}; int f{n} {{ return {n}; }} " for n in names), "-c")
         high = self.compile("qrv_objects.dir/util/high.cpp.o", "".join(f"int {n} {{ return 1; }} " for n in names), "-c")
@@ -409,11 +409,11 @@ class Symbols(Tree):
         self.write("upward.txt", "core/low.cpp\tup0()\n")
         self.fails("upward.txt:1: not of the form", "check_symbols.py", "--list", listed, low, high)
 
-    def test_an_object_in_a_folder_that_is_no_layer(self):
+    def test_an_object_outside_the_layers_is_reported(self):
         other = self.compile("qrv_objects.dir/other/a.cpp.o", "int f();", "-c")
         self.fails("other/a.cpp: its folder is not a layer", "check_symbols.py", other)
 
-    def test_a_symbol_that_comes_or_goes(self):
+    def test_an_added_or_removed_symbol_is_reported(self):
         library = self.compile("lib.so", "int a() { return 1; } inline int b() { return 2; } int (*c)() = b;", "-shared")
         self.passes("exports.sh", "--write", library, "list.txt")
         self.assertEqual((self.root / "list.txt").read_text(), "a()\nc\n")
@@ -423,7 +423,7 @@ class Symbols(Tree):
         self.write("list.txt", "c\n")
         self.fails("> a()", "exports.sh", library, "list.txt")
         self.fails("is missing", "exports.sh", library, "none.txt")
-        objects = self.root / "weak.a" # where c is no strong name
+        objects = self.root / "weak.a" # in which c is a weak symbol
         subprocess.run(["ar", "rc", str(objects)], check=True)
         self.fails("exports nothing", "exports.sh", "--objects", objects, library, "list.txt")
 
@@ -441,37 +441,37 @@ class RunPaths(Tree):
             folder.mkdir()
             folder.chmod(0o755)
 
-    def test_paths_that_only_the_owner_can_write_to(self):
+    def test_paths_that_only_the_owner_can_write_to_are_accepted(self):
         self.link("$ORIGIN", "$ORIGIN/../lib", self.own)
         self.passes("check_run_paths.py", "built")
 
-    def test_no_path(self):
+    def test_no_path_is_accepted(self):
         self.link()
         self.passes("check_run_paths.py", "built")
 
-    def test_an_empty_element(self):
+    def test_an_empty_element_is_reported(self):
         self.link(f"{self.own}:")
         self.fails("element '' is empty\n", "check_run_paths.py", "built")
 
-    def test_a_relative_element(self):
+    def test_a_relative_element_is_reported(self):
         self.link("lib")
         self.fails("element 'lib' is relative\n", "check_run_paths.py", "built")
 
-    def test_an_element_that_others_can_write_to(self):
+    def test_an_element_that_others_can_write_to_is_reported(self):
         self.own.chmod(0o777)
         for path in (self.own, f"{self.own}/not/there", "$ORIGIN/../own"):
             with self.subTest(path):
                 self.link(path)
                 self.fails(f"element '{path}' is writable by others\n", "check_run_paths.py", "built")
 
-    def test_the_options_of_a_build_file(self):
+    def test_the_options_of_a_build_file_are_checked(self):
         line = '  LINK_LIBRARIES = -Wl,-rpath,"\\$$ORIGIN/..{}"  libqrv.so\n'
         self.write("built/build.ninja", line.format(""))
         self.passes("check_run_paths.py", "built")
         self.write("built/build.ninja", line.format(":"))
         self.fails("element '' is empty\n", "check_run_paths.py", "built")
 
-    def test_nothing_to_check(self):
+    def test_nothing_to_check_is_an_error(self):
         self.fails("nothing to check below built\n", "check_run_paths.py", "built")
 
 
@@ -482,7 +482,7 @@ class Page(Tree):
         self.tool = self.write("tool", "#!/bin/sh\necho \"$@\"; exit 3\n")
         self.tool.chmod(0o755)
 
-    def test_outputs_as_shown(self):
+    def test_outputs_as_shown_are_accepted(self):
         self.write("README.md", "# R\n```console\n$ ./dev run a\na\n$ echo $?\n3\n$ ls examples\na.attr\n```\n```sh\nnot run\n```\n")
         self.assertIn("3 commands of README.md, 0 print", self.passes("check_page.py", "README.md", "tool"))
 
@@ -490,42 +490,49 @@ class Page(Tree):
         self.write("README.md", "```console\n$ ./dev run a\nb\n```\n")
         self.fails("-b\n+a\n", "check_page.py", "README.md", "tool")
 
-    def test_programs_beside_the_tool(self):
+    def test_programs_beside_the_tool_are_found(self):
         for name in ("other", "qrv-watchdog"):
             shutil.copy(self.tool, self.root / name)
         self.write("README.md", "```console\n$ ./dev example other a\na\n$ build/dev/bin/other b\nb\n"
                                 "$ ./dev watchdog c\nc\n```\n")
         self.passes("check_page.py", "README.md", "tool")
 
-    def test_a_program_that_no_command_has_built(self):
+    def test_a_program_that_no_command_builds_is_reported(self):
         shutil.copy(self.tool, self.root / "other")
         self.write("README.md", "```console\n$ build/dev/bin/other b\nb\n$ ./dev example other a\na\n```\n")
         self.fails("no command before has built it: other\n", "check_page.py", "README.md", "tool")
 
-    def test_a_file_left_behind(self):
+    def test_a_leftover_file_is_reported(self):
         self.write("README.md", "```console\n$ echo a > build/a.attr; ./dev run b\nb\n```\n")
         self.passes("check_page.py", "README.md", "tool")
         self.write("README.md", "```console\n$ echo a > a.attr; ./dev run b\nb\n```\n")
         self.fails("left behind: a.attr\n", "check_page.py", "README.md", "tool")
 
-    def test_a_program_that_is_no_example(self):
+    def test_a_program_that_is_not_an_example_is_reported(self):
         self.write("examples/a.cpp", "// A.\nint a;\nint b;\n")
         self.write("README.md", "```console\n$ ./dev run a\na\n```\n```cpp\nint a;\n```\n")
         self.passes("check_page.py", "README.md", "tool")
         self.write("README.md", "```console\n$ ./dev run a\na\n```\n```cpp\nint c;\n```\n")
         self.fails("in no program of examples/: int c;", "check_page.py", "README.md", "tool")
 
-    def test_a_page_of_another_folder(self):
+    def test_a_part_of_a_function_is_found_with_less_indent(self):
+        self.write("examples/a.cpp", "// A.\nvoid a() {\n    int b;\n\n    int c;\n}\n")
+        self.write("README.md", "```console\n$ ./dev run a\na\n```\n```cpp\nint b;\n\nint c;\n```\n")
+        self.passes("check_page.py", "README.md", "tool")
+        self.write("README.md", "```console\n$ ./dev run a\na\n```\n```cpp\nint b;\nint c;\n```\n")
+        self.fails("in no program of examples/: int b;", "check_page.py", "README.md", "tool")
+
+    def test_a_page_of_another_folder_can_be_checked(self):
         self.write("docs/p.md", "```console\n$ ls examples\na.attr\n```\n")
         self.assertIn("1 commands of p.md, 0 print", self.passes("check_page.py", "docs/p.md", "tool"))
 
-    def test_no_command_at_all(self):
+    def test_a_page_without_commands_is_reported(self):
         self.write("README.md", "# R\n")
         self.fails("shows no command", "check_page.py", "README.md", "tool")
 
 
 class DoxygenComments(Tree):
-    """The comments of a header, as the reference sees them."""
+    """The comments of a header as the reference manual shows them."""
 
     def seen(self, text):
         file = self.write("a.h", "#pragma once\n// Of the file. One thread at a time.\n\n" + text)
@@ -546,14 +553,14 @@ class DoxygenComments(Tree):
         self.assertEqual(self.seen("// A.\nclass A {\n    // Both.\n    int a;\n    int b;\n};\n"),
                          "/// A.\nclass A {\n    /**@{*/ /// Both.\n    int a;\n    int b;\n/**@}*/};\n")
 
-    def test_a_comment_behind_code_and_its_next_line(self):
+    def test_a_comment_after_code_continues_on_the_next_line(self):
         self.assertEqual(self.seen("int a; // one\n       // more\nint b;\n"),
                          "int a; ///< one\n       ///< more\nint b;\n")
 
-    def test_what_would_be_a_command_is_plain(self):
+    def test_text_that_looks_like_a_command_is_escaped(self):
         self.assertEqual(self.seen("// #a <b> \"#c\" `#d`\nint a;\n"), "/// \\#a \\<b\\> \"#c\" `#d`\nint a;\n")
 
-    def test_a_comment_of_its_own_stays_one(self):
+    def test_a_separate_comment_stays_separate(self):
         self.assertEqual(self.seen("// Alone.\n\nint a;\n"), "// Alone.\n\nint a;\n")
 
 
@@ -561,7 +568,7 @@ class Example(Tree):
     def program(self, script):
         self.write("a", "#!/bin/bash\n" + script).chmod(0o755)
 
-    def test_output_as_expected(self):
+    def test_expected_output_is_accepted(self):
         self.program('echo "$(ls | wc -l) $*"')
         self.write("a.out", "0 x y\n")
         self.assertEqual(self.passes("check_example.py", "a", "a.out", "x", "y"), "")
@@ -571,29 +578,86 @@ class Example(Tree):
         self.write("a.out", "one\nthree\n")
         self.fails(" one\n-three\n+two\n", "check_example.py", "a", "a.out")
 
-    def test_a_line_end_that_lacks(self):
+    def test_a_missing_line_end_is_reported(self):
         self.program("printf one")
         self.write("a.out", "one\n")
         self.fails("no line end here", "check_example.py", "a", "a.out")
 
-    def test_another_line_end(self):
+    def test_another_line_end_is_reported(self):
         self.program("printf 'one\\r\\n'")
         self.write("a.out", "one\n")
         self.fails("+one\\r", "check_example.py", "a", "a.out")
 
-    def test_no_expected_output(self):
+    def test_missing_expected_output_is_reported(self):
         self.program("echo one")
         self.fails("a.out is missing; a prints:\none\n", "check_example.py", "a", "a.out")
 
-    def test_a_status(self):
+    def test_a_failure_status_is_reported(self):
         self.program("exit 3")
         self.write("a.out", "")
         self.fails("a ended with 3", "check_example.py", "a", "a.out")
 
-    def test_a_word_on_standard_error(self):
+    def test_output_on_standard_error_is_reported(self):
         self.program("echo runtime error >&2")
         self.write("a.out", "")
         self.fails("wrote to standard error:\nruntime error\n", "check_example.py", "a", "a.out")
+
+
+class English(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("core/a.cpp", "// A counted thing. It reports failures.\nint a;\n")
+        self.write("docs/a.md", "# A page\n\nThe caller owns it.\n\n```console\n$ echo a text behind it\n```\n")
+        self.write("tests/core/a_test.cpp", "// Tests.\nTEST(A, returns_the_value) {}\n")
+        self.passes("check_english.py")
+
+    def test_a_phrase_in_a_comment(self):
+        self.write("core/b.cpp", "int b; // what was left is told\n")
+        self.fails("core/b.cpp:1: 'told': write ", "check_english.py")
+
+    def test_a_phrase_that_spans_two_lines_of_a_comment(self):
+        self.write("core/b.cpp", "// It stands\n// behind the value.\n")
+        self.fails("core/b.cpp:1: 'stands behind'", "check_english.py")
+
+    def test_a_phrase_in_a_block_comment_and_in_a_docstring(self):
+        self.write("core/b.h", "/* Runs foreign\n   code. */\n")
+        self.write("scripts/b.py", '"""Names keys.\n\nKeys that are no strings."""\n')
+        self.fails("core/b.h:1: 'foreign code'", "check_english.py")
+        self.fails("scripts/b.py:3: 'are no'", "check_english.py")
+
+    def test_strings_that_are_data_are_not_docstrings(self):
+        self.write("scripts/b.py", '"""Names."""\nDATA = """\na text\n""".split()\nif DATA is None:\n    pass\n')
+        self.passes("check_english.py")
+
+    def test_a_phrase_on_a_page_and_not_in_its_commands(self):
+        self.write("docs/b.md", "The value is\ngone.\n")
+        self.fails("docs/b.md:1: 'is gone'", "check_english.py")
+
+    def test_a_phrase_in_the_name_of_a_test(self):
+        self.write("tests/core/b_test.cpp", "// Tests.\nTEST(B, a_file_that_is_gone) {}\n")
+        self.fails("tests/core/b_test.cpp:2: 'is gone'", "check_english.py")
+
+    def test_a_phrase_in_a_string_of_the_library_and_not_of_a_test(self):
+        self.write("tests/core/b_test.cpp", '// Tests.\nchar const *b = "whoever";\n')
+        self.passes("check_english.py")
+        self.write("core/b.cpp", '// A string.\nchar const *b = "whoever";\n')
+        self.fails("core/b.cpp:2: 'whoever'", "check_english.py")
+
+    def test_texts_that_are_fixed(self):
+        self.write("core/b.cpp", '// Strings.\nchar const *b = "whoever asks", *c = "Behind you: 1";\n')
+        self.fails("'whoever'", "check_english.py")
+        self.write("scripts/fixed_texts.txt", "# Texts.\nwhoever asks\n")
+        self.write("diagnostics/cerr_codes.h", '// Texts.\nX(a, 0x1, none, "Behind you: ")\n')
+        self.passes("check_english.py")
+
+    def test_words_that_only_look_alike(self):
+        self.write("core/b.cpp", "// There is no file; it is no longer open. The value is none_of(x). Textual.\n")
+        self.passes("check_english.py")
+
+    def test_only_files_below_a_path(self):
+        self.write("core/b.cpp", "// It is gone.\n")
+        self.passes("check_english.py", ".", "docs", "tests/core")
+        self.fails("core/b.cpp:1: ", "check_english.py", ".", "core")
 
 
 if __name__ == "__main__":

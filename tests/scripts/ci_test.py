@@ -40,7 +40,7 @@ class Ci(Tree):
     def test_a_given_seed_repeats_the_order(self):
         self.assertEqual(self.seed_of(self.run_ci(GTEST_RANDOM_SEED="99999")), 99999)
 
-    def test_a_seed_that_gtest_would_not_take(self):
+    def test_a_seed_that_gtest_would_refuse_is_refused(self):
         for seed in ("0", "100000", "x"):
             with self.subTest(seed):
                 result = self.run_ci(GTEST_RANDOM_SEED=seed)
@@ -48,7 +48,7 @@ class Ci(Tree):
                 self.assertIn(f"GTEST_RANDOM_SEED is '{seed}'", result.stdout)
                 self.assertNotIn("called:", result.stdout)
 
-    def test_a_step_that_fails(self):
+    def test_a_failed_step_makes_the_run_fail(self):
         self.write("dev", '#!/bin/sh\n[ "$1" != test ]\n')
         result = self.run_ci()
         self.assertEqual(result.returncode, 1)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Commits with the hook that ./dev installs, in a repository of its own for each test."""
+"""Commits with the hook that ./dev installs, in a new repository for each test."""
 import os
 import shutil
 import subprocess
@@ -36,7 +36,7 @@ class Repository(Tree):
         self.git("commit", "-q", "-m", "Begin")
 
     def dev(self, folder=None, **variables):
-        """Any command runs the installation; this one needs nothing else."""
+        """Every command installs the hook; this command needs nothing else."""
         result = self.run_in(folder or self.root, "bash", "./dev", "example", **variables)
         self.assertIn(result.returncode, (1, 2), result.stdout) # no example is named
         return result.stdout
@@ -65,15 +65,15 @@ class Messages(Repository):
         self.assertEqual(result.returncode, 1, result.stdout)
         self.assertIn(f".git/COMMIT_EDITMSG:{text}", result.stdout)
 
-    def test_a_subject_of_72_characters_and_one_of_73(self):
+    def test_a_subject_may_have_72_characters_but_not_73(self):
         self.passes("ä" * 72)
         self.refused("1: error: the subject has 73 characters: shorten it to 72", "ä" * 73)
 
-    def test_a_second_line_without_an_empty_one_before_it(self):
+    def test_a_body_needs_an_empty_line_before_it(self):
         self.passes("A\n\nBecause.\n")
         self.refused("2: error: the line after the subject is not empty", "A\nBecause.\n")
 
-    def test_30_lines_without_a_body_and_31(self):
+    def test_more_than_30_changed_lines_need_a_body(self):
         self.stage(30)
         self.passes("A")
         self.stage(31, "core/b.cpp")
@@ -86,13 +86,13 @@ class Messages(Repository):
         self.stage(0)
         self.refused("1: error: 31 lines", "B")
 
-    def test_public_headers_and_tools_are_of_the_product(self):
+    def test_public_headers_and_tools_count_as_product(self):
         for name in ("include/qrv/a.h", "tools/qrv/a.cpp", "text/read/a.h"):
             self.stage(31, name)
             self.refused("1: error: 31 lines", "A")
             self.git("rm", "-q", "-f", name)
 
-    def test_the_rest_is_not(self):
+    def test_other_files_do_not_count_as_product(self):
         for folder in ("tests/core", "docs", "examples", "bench", "fuzz", "scripts"):
             self.stage(50, f"{folder}/a.cpp")
         self.stage(50, "README.md")
@@ -119,14 +119,14 @@ class Messages(Repository):
         self.assertIn("message:4: error: 31 lines", result.stdout)
         self.refused("3: error: the line after the subject", "A\n# c\nBecause.\n")
 
-    def test_messages_that_pass_as_they_are(self):
+    def test_some_messages_are_always_accepted(self):
         self.stage(31)
         for begin in ("fixup! ", "squash! ", "amend! ", 'Revert "'):
             self.write("message", begin + "a" * 80)
             self.assertEqual(self.run_in(self.root, "scripts/commit-msg", "message").returncode, 0)
         self.refused("1: error: the subject has 80", "a" * 80)
 
-    def test_a_merge_passes_whatever_its_subject(self):
+    def test_a_merge_may_have_any_subject(self):
         self.git("checkout", "-q", "-b", "other")
         self.stage(31)
         self.passes("A\n\nBecause.\n")
@@ -134,14 +134,14 @@ class Messages(Repository):
         self.passes("B")
         self.git("merge", "-q", "--no-ff", "-m", "m" * 80, "other")
 
-    def test_the_first_commit_of_a_repository(self):
+    def test_the_first_commit_of_a_repository_is_checked(self):
         self.git("checkout", "-q", "--orphan", "fresh")
         self.stage(31)
         self.refused("1: error: 31 lines", "A")
 
 
 class Installing(Repository):
-    def test_once_and_for_all_worktrees(self):
+    def test_the_hook_is_installed_once_for_all_worktrees(self):
         self.repository()
         self.assertIn("installed the check of commit messages: .git/hooks/commit-msg\n", self.dev())
         self.assertNotIn("installed", self.dev())
@@ -159,7 +159,7 @@ class Installing(Repository):
         self.git("rm", "-q", "scripts/commit-msg")
         self.git("commit", "-q", "-m", "a" * 73)
 
-    def test_an_own_hook_stays(self):
+    def test_an_existing_hook_is_preserved(self):
         self.repository()
         self.write(".git/hooks/commit-msg", "own")
         self.assertNotIn("installed", self.dev())
@@ -169,19 +169,19 @@ class Installing(Repository):
         self.assertNotIn("installed", self.dev())
         self.assertEqual(os.readlink(self.hook), "gone")
 
-    def test_an_own_folder_of_hooks_stays(self):
+    def test_an_existing_folder_of_hooks_is_preserved(self):
         self.repository()
         (self.root / "own").mkdir()
         self.git("config", "core.hooksPath", "own")
         self.dev()
         self.assertEqual(list((self.root / "own").iterdir()), [])
 
-    def test_not_where_changes_are_checked(self):
+    def test_the_hook_is_not_installed_by_ci(self):
         self.repository()
         self.dev(CI="true")
         self.assertFalse(self.hook.exists())
 
-    def test_sources_without_a_repository_and_within_another(self):
+    def test_sources_may_be_without_a_repository_or_within_another(self):
         said = self.dev()
         inner = self.root / "third/qrv"
         inner.mkdir(parents=True)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs compare.py on two made-up states, whose libraries are the programs that a made-up compiler links."""
+"""Runs compare.py on two fake states, whose libraries are the programs that a fake compiler links."""
 import os
 import shutil
 import subprocess
@@ -41,7 +41,7 @@ class Compare(Tree):
         self.state("now")
 
     def state(self, name, special=""):
-        """A state that does the same at all seeds but the special one: a case of the shell."""
+        """A state that prints the same for all seeds except the special one, which is a `case` of the shell."""
         self.write(f"{name}/include/qrv/qrv.h", "")
         self.write(f"{name}/build/release/lib/libqrv.so", PROGRAM.replace("SPECIAL", special)).chmod(0o755)
 
@@ -54,12 +54,12 @@ class Compare(Tree):
         self.assertEqual(done.returncode, status, done.stdout)
         return done.stdout
 
-    def test_states_that_do_the_same(self):
+    def test_equal_states_are_accepted(self):
         printed = self.compared(0)
         for mode in ("read", "write", "copy", "hash", "scan"):
             self.assertIn(f"{mode}: 20 seeds are the same\n", printed)
 
-    def test_one_seed_that_differs(self):
+    def test_one_seed_that_differs_is_reported(self):
         self.state("now", 'read-7) result="done otherwise" ;;')
         printed = self.compared(1)
         self.assertIn("read: 1 of 20 seeds differ; seed 7:\n", printed)
@@ -67,28 +67,28 @@ class Compare(Tree):
         self.assertRegex(printed, r"(?m)^  again: .*/before-release/reference_observe --show read 7 7$")
         self.assertIn("write: 20 seeds are the same\n", printed)
 
-    def test_the_last_seed_of_the_last_mode(self):
+    def test_the_last_seed_of_the_last_mode_is_compared(self):
         self.state("before", 'scan-1001) result="done otherwise" ;;')
         printed = self.compared(1, "--seeds=1-1001", "--modes=read,scan")
         self.assertIn("scan: 1 of 1001 seeds differ; seed 1001:\n", printed)
 
-    def test_several_seeds_that_differ(self):
+    def test_several_seeds_that_differ_are_reported(self):
         self.state("now", "copy-3|copy-5) result=otherwise ;;")
         printed = self.compared(1, "--modes=copy")
         self.assertIn("copy: 2 of 20 seeds differ; seed 3:\n  all: 3 5\n", printed)
 
-    def test_a_state_that_ends_early(self):
+    def test_a_state_that_ends_early_is_reported(self):
         self.state("now", "write-4) exit 3 ;;")
         printed = self.compared(1, "--modes=write")
         self.assertIn("write: 1 of 20 seeds differ; seed 4:\n", printed)
         self.assertIn("  +ends with 3\n", printed)
 
-    def test_states_that_both_end_early(self):
+    def test_states_that_both_end_early_are_reported(self):
         for name in ("before", "now"):
             self.state(name, "write-4) exit 3 ;;")
         self.assertIn("write 4 ends with 3 in both states\n", self.compared(0, "--modes=write"))
 
-    def test_a_difference_that_may_be(self):
+    def test_an_expected_difference_is_accepted(self):
         self.state("now", 'read-7) result="done otherwise" ;;')
         self.compared(1, "--modes=read", "--ignore=other")
         self.compared(0, "--modes=read", "--ignore= otherwise")

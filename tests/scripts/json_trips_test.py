@@ -1,4 +1,4 @@
-"""Tests of scripts/json_trips.py, with tools that convert well and badly."""
+"""Tests of scripts/json_trips.py, with tools that convert correctly and incorrectly."""
 
 import pathlib
 import subprocess
@@ -8,7 +8,7 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
-# Its files are JSON. A test puts in what happens to the text on the way back.
+# Its files are JSON. A test inserts the change that the text undergoes when it is converted back.
 TOOL = """#!{python}
 import json, re, sys
 text = sys.stdin.read()
@@ -46,18 +46,18 @@ class JsonTrips(unittest.TestCase):
     def passes(self, **how):
         result = self.run_with(**how)
         self.assertEqual(result.returncode, 0, result.stderr)
-        self.assertEqual(result.stdout, "0 documents and 1 files came back as they were\n")
+        self.assertEqual(result.stdout, "0 documents and 1 files are unchanged after both conversions\n")
 
     def fails(self, complaint, **how):
         result = self.run_with(**how)
         self.assertEqual(result.returncode, 1, result.stdout)
         self.assertIn(complaint, result.stderr)
 
-    def test_what_comes_back_equal(self):
+    def test_equal_documents_are_accepted(self):
         self.passes()
         self.passes(back=r'text = text.replace("x", chr(92) + "u0078")')
 
-    def test_what_differs(self):
+    def test_differences_are_reported(self):
         self.fails("/#a/1: 2.5 became 2.25", back='text = text.replace("2.5", "2.25")')
         self.fails("/#a/2: -0.0 became 0.0", back='text = text.replace("-0.0", "0.0")')
         self.fails("/#a/3: True became 1", back='text = text.replace("true", "1")')
@@ -68,15 +68,15 @@ class JsonTrips(unittest.TestCase):
         self.fails("/b/c: 'x' became 'y'", back='text = text.replace("x", "y")')
 
     def test_a_whole_number_becomes_a_double(self):
-        self.fails("what came back gives another file", back='text = text.replace("1,", "1.0,")')
+        self.fails("the result converts to a different file", back='text = text.replace("1,", "1.0,")')
 
-    def test_a_tool_that_fails(self):
+    def test_a_failing_tool_is_reported(self):
         self.fails("to-json fails: no", back='sys.exit("no")')
 
     def test_big_numbers(self):
         text = '{"id": 12345678901234567891, "n": 2}'
         self.passes(text=text)
-        self.fails("are not refused", text=text, refuses="False")
+        self.fails("are not rejected", text=text, refuses="False")
 
 
 if __name__ == "__main__":

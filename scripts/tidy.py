@@ -1,0 +1,94 @@
+#!/usr/bin/env python3
+"""Runs clang-tidy on sources, many of a folder at once.
+
+Most of the time of a run goes into the headers, so one run includes up to GROUP sources of a folder. A
+group that clang-tidy finds fault with, which includes that its sources use a name twice, is checked again
+in halves: a finding is always that of the source alone. Sources with a using declaration or a namespace
+alias are alone from the start, since the use of such a name in one hides that another does not need it.
+Usage: tidy.py [-j JOBS] FOLDER FILE..., from the root. FOLDER has compile_commands.json, and is where the
+groups are written. 1 when a source has findings, which are printed.
+"""
+import concurrent.futures
+import json
+import os
+import pathlib
+import re
+import shlex
+import subprocess
+import sys
+
+GROUP = 16
+HIDES_UNUSED = re.compile(r"^\s*(using\s+[\w:]+\s*;|namespace\s+\w+\s*=)", re.MULTILINE)
+
+
+def flags_of(entry):
+    """The compiler and what it is called with, without the names of files."""
+    words = shlex.split(entry["command"])
+    words = words[: words.index("-o")]
+    return tuple(word for word in words if word != "-c")
+
+
+def groups_of(files, commands):
+    """Lists of files that one run can check."""
+    alone, groups = [], {}
+    for file in files:
+        if file not in commands or HIDES_UNUSED.search(pathlib.Path(file).read_text()):
+            alone.append([file])
+        else:
+            groups.setdefault((os.path.dirname(file), commands[file]), []).append(file)
+    parts = []
+    for members in groups.values():
+        count = -(-len(members) // GROUP)
+        parts += [members[index::count] for index in range(count)]
+    return sorted(parts, key=len, reverse=True) + alone
+
+
+class Tidy:
+    def __init__(self, folder, commands):
+        self.folder, self.commands = folder, commands
+
+    def run(self, database, file):
+        done = subprocess.run(["clang-tidy", "--quiet", "-p", str(database), str(file)], stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True)
+        return "" if done.returncode == 0 else done.stdout or f"{file}: clang-tidy failed\n"
+
+    def check(self, files):
+        """The findings in these files, as clang-tidy prints them."""
+        if files[0] not in self.commands:
+            return f"{files[0]}: no command compiles it\n"
+        if len(files) == 1:
+            return self.run(self.folder, files[0])
+        folder = self.folder / "tidy" / files[0].replace("/", "_")
+        folder.mkdir(parents=True, exist_ok=True)
+        together = folder / "together.cpp"
+        together.write_text("".join(f'#include "{file}"\n' for file in files))
+        entry = {"directory": os.path.dirname(files[0]), "file": str(together),
+                 "arguments": [*self.commands[files[0]], "-c", str(together)]}
+        (folder / "compile_commands.json").write_text(json.dumps([entry]))
+        if not self.run(folder, together):
+            return ""
+        half = len(files) // 2
+        return self.check(files[:half]) + self.check(files[half:])
+
+
+def main(arguments):
+    jobs = os.cpu_count()
+    if arguments[:1] == ["-j"]:
+        jobs, arguments = int(arguments[1]), arguments[2:]
+    if len(arguments) < 2:
+        print(__doc__, file=sys.stderr)
+        return 2
+    folder = pathlib.Path(arguments[0]).resolve()
+    entries = json.loads((folder / "compile_commands.json").read_text())
+    tidy = Tidy(folder, {entry["file"]: flags_of(entry) for entry in entries})
+    files = [os.path.abspath(file) for file in arguments[1:]]
+    failed = False
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        for findings in pool.map(tidy.check, groups_of(files, tidy.commands)):
+            print(findings, end="", flush=True)
+            failed = failed or findings != ""
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
