@@ -1,5 +1,5 @@
 #pragma once
-// Character classes of the text format: ASCII, whatever the locale and the sign of char.
+// Character classes of the text format: ASCII, independent of the locale and of the sign of char.
 
 constexpr bool is_digit(char c) noexcept { return c >= '0' && c <= '9'; }
 constexpr bool is_letter(char c) noexcept {

@@ -1,6 +1,6 @@
-// File names: the split that all stand on, and names with numbers.
+// File names: the split that all functions use, and names with numbers.
 //
-// The functions that print are in diagnostics/cfilesearch.cpp: this layer has no stream for
+// The functions that print are in diagnostics/cfilesearch.cpp, since this layer has no stream for
 // messages.
 
 #include "qrv/base/cfilename.h"
@@ -73,7 +73,7 @@ void cat::put_number(std::string &out, std::size_t place, int number, std::strin
     if (end > out.size())
         out.resize(end);
     else if (end < out.size())
-        out[end] = '\0'; // the rest stays: only c_str() ends here
+        out[end] = '\0'; // the following bytes stay: only c_str() ends here
     out.replace(place, text.size(), text);
 }
 
@@ -81,11 +81,11 @@ void cat::step_number(int &number) noexcept {
     if (number < INT_MAX) ++number;
 }
 
-// DELIBERATE: a dot in the folder's name is taken for one of the file's.
-// Pinned: a_dot_in_the_folder_is_taken_when_the_name_has_none
+// DELIBERATE: a dot in the folder's name counts as the file's dot if the file name has none.
+// Pinned: a_dot_in_the_folder_is_used_when_the_name_has_none
 bool fNextWritName(char const *name, std::string prev, std::string &out, int &count,
                    char const *tag) {
-    std::string const series(text_of(name)), ending(text_of(tag)); // both may lie in `out`
+    std::string const series(text_of(name)), ending(text_of(tag)); // both may point into `out`
     if (prev != series) count = 0;
     out = series;
     auto const dot = out.rfind('.');

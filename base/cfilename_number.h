@@ -1,5 +1,5 @@
 #pragma once
-// Numbers in the names of a series, for both directions.
+// Numbers in the names of a series, for reading and writing.
 
 #include <cstddef>
 #include <string>
@@ -7,11 +7,11 @@
 
 namespace cat {
 
-// Writes number, tag and an end mark over `out` from `place` on, like a C string over an array: the
-// string grows where it must and never shrinks.
+// Overwrites `out` from `place` on with the number, the tag and a NUL, as in a C array: the string
+// grows if necessary and never shrinks.
 void put_number(std::string &out, std::size_t place, int number, std::string_view tag);
 
-// One more, but never beyond what an int holds.
+// Adds one, except at INT_MAX.
 void step_number(int &number) noexcept;
 
 } // namespace cat

@@ -1,9 +1,9 @@
 #include "base/cnumber.h"
 
-// std::from_chars converts floating numbers. It refuses a leading plus, accepts "inf" and "nan",
-// which the token rules refuse, and returns the same error for too large and too small numbers. The
-// position of the first digit other than zero, relative to the point and the exponent,
-// distinguishes the two.
+// std::from_chars converts floating-point numbers. It rejects a leading plus, accepts "inf" and
+// "nan", which the token rules reject, and returns the same error for too large and too small
+// numbers. The two are distinguished by the position of the first nonzero digit, relative to the
+// point and the exponent.
 
 #include "base/cchars.h"
 
@@ -14,7 +14,8 @@
 #include <limits>
 
 namespace {
-constexpr std::int64_t far_away = 1'000'000'000'000; // an exponent beyond all floats and all texts
+constexpr std::int64_t far_away = 1'000'000'000'000; // an exponent beyond the range of every float
+                                                     // and the length of every string
 
 bool is_hex_digit(char c) noexcept {
     return is_digit(c) || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
@@ -41,8 +42,9 @@ bool take_sign(std::string_view &text) noexcept {
 
 // --- integers ---
 
-// At least one digit in front; the sign is passed separately. The limit is far below that of the
-// number. A plain loop: with std::from_chars reading needs 1.4 % more instructions.
+// Parses digits, at least one; the sign is passed separately. The limit is far below that of the
+// number type, so the sum cannot overflow. A plain loop, since std::from_chars needs 1.4 % more
+// instructions for reading.
 bool parse_magnitude(std::string_view text, bool negative, std::int64_t limit,
                      std::int64_t &number) noexcept {
     if (text.empty() || !is_digit(text.front())) return false;
@@ -69,9 +71,9 @@ bool parse_hex(std::string_view digits, int &number) noexcept {
 
 struct cBase {
     std::chars_format form;
-    bool (*is_one)(char) noexcept; // a digit of this base
+    bool (*is_one)(char) noexcept; // whether it is a digit of this base
     char mark;                     // before the exponent
-    int bits;                      // of the exponent's unit in one digit
+    int bits;                      // one digit is worth this many units of the exponent
 };
 constexpr cBase decimal{std::chars_format::general, is_digit, 'e', 1};
 constexpr cBase hexadecimal{std::chars_format::hex, is_hex_digit, 'p', 4};
@@ -86,8 +88,8 @@ std::int64_t read_exponent(std::string_view text) noexcept {
     return negative ? -exponent : exponent;
 }
 
-// The exponent that the number has with its point before the first digit that isn't zero: above 0
-// for a number that is out of range because it is large, below for a small one.
+// The exponent that the number has when its point is before its first nonzero digit. Of an
+// out-of-range number it is above 0 if the number is too large, below 0 if it is too small.
 std::int64_t order_of(std::string_view text, cBase const &base) noexcept {
     size_t end = 0;
     for (bool point = false; end < text.size(); ++end) {
@@ -98,14 +100,14 @@ std::int64_t order_of(std::string_view text, cBase const &base) noexcept {
     }
     std::string_view const digits = text.substr(0, end);
     size_t const first = digits.find_first_not_of("0.");
-    if (first == std::string_view::npos) return -far_away; // zero, whatever the exponent
+    if (first == std::string_view::npos) return -far_away; // zero, independent of the exponent
     auto const point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
     std::int64_t const place = base.bits * (point - static_cast<std::int64_t>(first));
     if (end == text.size() || lower(text[end]) != base.mark) return place;
     return place + read_exponent(text.substr(end + 1));
 }
 
-// No sign in front. Infinite if too large, 0 if too small.
+// Parses a number without a sign. Too large numbers become infinite, too small ones 0.
 template <class T>
 bool scan_magnitude(std::string_view text, T &number, cBase const &base = decimal) noexcept {
     if (text.empty() || !(base.is_one(text.front()) || text.front() == '.')) return false;
@@ -120,7 +122,7 @@ bool scan_magnitude(std::string_view text, T &number, cBase const &base = decima
 
 bool scan_any_magnitude(std::string_view text, float &number) noexcept {
     if (starts_with_word(text, "inf")) {
-        // The longer word is begun, so it must be there.
+        // The text continues after "inf", so it must be the whole longer word.
         if (starts_with_word(text, "infi") && !starts_with_word(text, "infinity")) return false;
         number = std::numeric_limits<float>::infinity();
         return true;

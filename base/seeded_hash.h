@@ -1,6 +1,6 @@
 #pragma once
-// A hash that nobody outside the process can predict: SipHash-1-3 under a random key that is drawn
-// once, on first use. For tables whose keys were chosen to collide.
+// A hash that nobody outside the process can predict: SipHash-1-3 with a random key that is drawn
+// once, on first use. For tables whose keys an attacker may choose to collide.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,15 +1,16 @@
-// Message output: the buffers, the global one behind std::cout and std::cerr, and the two sinks of
+// Message output: the buffers, the global one of std::cout and std::cerr, and the two sinks of
 // cprintf.
 //
-// The road of a text:  put area --full or flushed--> out() --> sig
-// and for the global buffer:                         out() --> pending (until the first sig_idle)
-//                                                          --> sig, and debugout behind it
-// A program without an idle moment:       pending, put area --at its end--> descriptor 2
+// The path of the output:      put area --full or flushed--> out() --> sig
+// For the global buffer:       out() --> pending, until the first sig_idle
+//                              out() --> sig, then debugout, from then on
+// A program without sig_idle:  pending, put area --at its end--> descriptor 2
 //
-// The put area is copied and emptied before out() runs, for out() ends in foreign code that may
-// print again. That code must not throw out of overflow() or sync(): std::cerr flushes in the
-// destructor of its sentry, where an exception ends the process, and elsewhere the exception would
-// only set the stream's bad state and mute it for good. A piece was delivered when its slot throws.
+// The put area is copied and emptied before out() runs, since out() ends in user code that may
+// print again. An exception of that code must not leave overflow() or sync(): std::cerr flushes in
+// the destructor of its sentry, where an exception ends the process; elsewhere the exception would
+// only set the stream's bad state and silence it permanently. A piece counts as delivered when its
+// slot throws.
 
 #include "qrv/diagnostics/ccout.h"
 
@@ -23,7 +24,7 @@
 
 namespace {
 
-constinit cTheOutStreambuf *global_buffer = nullptr; // while it lives
+constinit cTheOutStreambuf *global_buffer = nullptr; // while it exists
 constinit std::FILE *message_file = nullptr;
 
 constexpr int eof = std::char_traits<char>::eof();
@@ -31,8 +32,7 @@ constexpr int eof = std::char_traits<char>::eof();
 void set_buffer(std::ostream &os, std::streambuf *buffer) {
     try {
         os.rdbuf(buffer);
-    } catch (
-        ...) { // no buffer is a bad state, and the program may have asked for an exception then
+    } catch (...) { // the stream is bad without a buffer; the program may have enabled exceptions
     }
 }
 
@@ -68,7 +68,7 @@ void cOutStreambuf::flush_at_line_ends(bool on) {
 
 void cOutStreambuf::empty() { setp(buffer_.data(), buffer_.data() + (by_line_ ? 0 : usable)); }
 
-// With line ends flushed the put area ends at its last character, so that overflow() gets each one.
+// In line mode the put area ends at its last character, so that overflow() gets each character.
 bool cOutStreambuf::keep(int c, std::size_t length) {
     if (!by_line_ || c == 0 || c == eof || c == '\n' || length == usable) return false;
     buffer_[length] = static_cast<char>(c);
@@ -152,8 +152,8 @@ void cTheOutStreambuf::write_last_words() noexcept {
     empty();
 }
 
-// The first idle moment. The kept text is sent before debugout is connected, so that the debugger
-// sees only what comes later; it is connected also when a slot throws.
+// The first idle moment. Sends the pending output before debugout is connected, so that the
+// debugger sees only later output; connects debugout also if a slot throws.
 void cTheOutStreambuf::_initsync() {
     initslot_.disconnect();
     synced_ = true;
@@ -196,7 +196,7 @@ void write_message_file(char const *text) {
     if (message_file) cat::write_percent_text(message_file, text);
 }
 
-// Where cprintf sends its text, in this order.
+// The sinks of cprintf, in this order.
 constexpr std::array<void (*)(char const *), 2> sinks{write_message_file, cMsgDispOut};
 
 } // namespace
@@ -216,8 +216,8 @@ int cvprintf(char const *format, va_list args) {
     return result;
 }
 
-// The text stands in the caller's frame and not in one place for all: a slot may print what it was
-// given, and the slots behind it still get the first text.
+// The text is in the caller's frame, not in one shared buffer: a slot may print its own argument,
+// and the slots after it still get the original text.
 int cat::format_message(cMessageText &text, char const *format, va_list args) {
     text.front() = '\0';
     int const length = std::vsnprintf(text.data(), text.size(), format, args);
@@ -259,8 +259,8 @@ char *cConvertNl(char const *text, bool *hadbell) {
     return result;
 }
 
-// Each call passes all that is left, and steps on by 1023 only: a debugger that cuts long texts
-// sees everything. DELIBERATE: the calls overlap.   Pinned: debugout_calls_overlap
+// Each call passes the whole rest and advances by only 1023: so a debugger that cuts long strings
+// shows everything. DELIBERATE: the calls overlap.   Pinned: debugout_may_be_called_during_debugout
 void cat::pass_to_debug_output(char const *text) {
     constexpr std::size_t step = 1023;
     for (std::size_t left = std::strlen(text);; text += step, left -= step) {

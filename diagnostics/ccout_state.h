@@ -1,5 +1,5 @@
 #pragma once
-// What the files of message output share.
+// Shared declarations of the message output.
 
 #include "qrv/base/csignal.h"
 #include "qrv/cvers.h"
@@ -11,10 +11,10 @@
 
 namespace cat {
 
-// The head line of a message file.
+// The first line of a message file.
 constexpr char const *start_time_format = "%Y:%m:%d %H:%M";
 
-// What the library says about itself when it is loaded and when it goes.
+// Printed when the library is loaded and unloaded.
 constexpr std::string_view start_text = QRV_VERSION_TEXT "\n";
 constexpr std::string_view end_text = "Quorvanta unloaded\n";
 
@@ -24,30 +24,31 @@ struct cStandardStreams {
     std::ostream &err;
 };
 
-// std::cin, std::cout and std::cerr, usable at any time; in start/startup.cpp, which alone includes
-// <iostream>.
+// std::cin, std::cout and std::cerr, usable at any time; defined in start/startup.cpp, the only
+// file that includes <iostream>.
 cStandardStreams standard_streams();
 
-// sig_idle, for this folder.
+// sig_idle, declared here for this folder.
 cSignal &idle_signal();
 
 using cMessageText = std::array<char, 2048>;
 
-// Formats up to 2047 characters. The length, or -1 when the text was cut or the format is faulty.
+// Formats up to 2047 characters. Returns the length, or -1 if the text was cut or the format is
+// faulty.
 int format_message(cMessageText &text, char const *format, va_list args)
     __attribute__((format(printf, 2, 0)));
 
-// Writes to the message route and flushes, after what waits in the global buffer and whatever state
-// std::cerr is in; to std::cerr while there is no global buffer. RE-ENTERS
+// Writes to the message route and flushes, after the contents of the global buffer and in any state
+// of std::cerr; to std::cerr while the global buffer does not exist. RE-ENTERS
 void put_message(std::string_view text);
 
-// Does the display of use_console() live?
+// Whether the display of use_console() exists.
 bool has_console() noexcept;
 
-// Removes the display of use_console(), if there is one. RE-ENTERS: the last text is delivered.
+// Removes the display of use_console(), if it exists. RE-ENTERS: delivers the last output.
 void end_console();
 
-// What debugout calls for each text.
+// The function that debugout calls for each piece.
 void pass_to_debug_output(char const *text);
 
 } // namespace cat

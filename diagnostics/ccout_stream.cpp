@@ -4,9 +4,9 @@
 //                                            --> sigout of connected streams --> their sig ...
 // cOstringstream:  put area --> outbuf's sig --> do_strslot (the target string)
 //
-// std::ostream is a base and so made first, when the buffer does not exist yet: it starts without
-// one and is given it in the constructor's body. It goes after the buffer, at which it doesn't
-// look.
+// The base std::ostream is constructed first, when the buffer does not exist yet: it starts without
+// one and gets it in the constructor's body. It is destroyed after the buffer, which its destructor
+// does not use.
 
 #include "diagnostics/ccout_state.h"
 #include "qrv/base/platform/cplatform.h"
@@ -60,7 +60,7 @@ int cOstream::cvprintf(char const *format, va_list args) {
     return result;
 }
 
-// A stream that is destroyed meanwhile has closed its file.
+// If a listener destroys the stream, its file is already closed.
 void cOstream::do_out(char const *text) {
     std::weak_ptr<char const> const life = life_;
     if (dispout_)
@@ -115,8 +115,8 @@ void cOstringstream::clear() {
     std::ios::clear();
 }
 
-// To a reader the text that waits in the buffer is part of the value: flushing changes nothing that
-// a const stream promises, but it is done through the stream's non-const parts.
+// A reader counts pending output as part of the value, so flushing changes nothing that a const
+// stream promises; but it needs the stream's non-const parts.
 void cOstringstream::flush_text() const {
     if (rdbuf() && rdbuf()->pubsync() == -1)
         const_cast<cOstringstream *>(this)->setstate(std::ios::badbit);

@@ -1,7 +1,7 @@
-// Errors: the values, the stream that composes them, the handler that decides on them.
+// Errors: the values, the stream that composes them, and the handler that treats them.
 //
-// All copying of text goes through the virtual pair as_string()/set_string(), so that a cErr copied
-// from a cErrStream takes along what still stands in the stream's buffer.
+// All copies of text use the virtual pair as_string()/set_string(), so that a cErr copied from a
+// cErrStream includes the text that is still in the stream's buffer.
 
 #include "qrv/diagnostics/cerr.h"
 
@@ -28,7 +28,7 @@ void cException::set_string(std::string const &text) { text_ = text; }
 cErr::cErr() = default;
 cErr::cErr(unsigned int code, char const *text) : cException(text ? text : ""), code_(code) {}
 cErr::cErr(unsigned int code, std::string const &text) : cException(text), code_(code) {}
-cErr::cErr(cErr const &other) = default; // the base takes the text by as_string()
+cErr::cErr(cErr const &other) = default; // the base copies the text by as_string()
 cErr::~cErr() = default;
 
 cErr &cErr::operator=(cErr const &other) {
@@ -41,12 +41,12 @@ cErr &cErr::operator=(cErr const &other) {
 }
 
 cat::ErrorNames const &cErr::names() const noexcept {
-    // Never destroyed: errors may be looked at to the end of the process.
+    // Never destroyed: errors may be read until the end of the process.
     static auto const *const none = new cat::ErrorNames;
     return names_ ? *names_ : *none;
 }
 
-// Copies keep what they have.
+// Creates a new record, since copies share the old one.
 void cErr::set_name(std::string cat::ErrorNames::*role, std::string text) {
     names_ =
         names_ ? std::make_shared<cat::ErrorNames>(*names_) : std::make_shared<cat::ErrorNames>();
@@ -84,7 +84,7 @@ void cErrStream::set(unsigned int code, std::string const &text) {
 char const *cErrStream::what() const noexcept {
     try {
         flush_text();
-    } catch (...) { // the caller asked this stream for exceptions; the text up to here is there
+    } catch (...) { // the caller enabled exceptions on this stream; the text so far is valid
     }
     return cErr::what();
 }
@@ -125,11 +125,11 @@ cErrHandler &cErrHandler::operator=(cErrHandler const &other) {
 }
 
 cErrHandler::~cErrHandler() {
-    disconnect(); // before the handler's own part goes
+    disconnect(); // before the members of the handler are destroyed
 }
 
-// The order is fixed: what is thrown has been printed, and what is thrown is not forgiven. The
-// masks are copied first, as a listener may destroy the handler.
+// The order is fixed: a thrown error has been printed, and is not forgiven. The masks are copied
+// first, since a listener may destroy the handler.
 void cErrHandler::dohandler(cErr &error) {
     unsigned int const throw_mask = throw_mask_, clear_mask = clear_mask_;
     if (!(silent_mask_ & error.code())) cat::put_message(error.as_string() + '\n'); // RE-ENTERS

@@ -1,27 +1,27 @@
 #pragma once
-// Every error of the library, once: its kind, its code, what the message has ahead of the text, and
-// how the text begins. The code that raises an error begins it by its kind with err_ in front:
+// Every error of the library, listed once: its kind, its code, the prefix of its message, and the
+// start of its text. The code that raises an error begins it by its kind, prefixed with err_:
 //
 //   begin_error(err_object_const) << cNamed::name(method) << "' called from type: " << ...;
 //   return raise_eros();
 //
 // cat::ErrorKind has the same kinds in the same order, and docs/errors.md shows the list to users;
 // scripts/check_errors.py compares the three. The numbers in the comments of public headers come
-// from here as well. Several errors may share a code: the code says what class of error it is,
-// which is what the masks of a handler select by. What has the code 0 is printed as a line.
+// from here as well. Several errors may share a code: the code is a class of errors, by which the
+// masks of a handler select. Errors with the code 0 are printed as lines.
 
 #include "qrv/diagnostics/cerrkind.h"
 
 #include <cstddef>
 #include <iterator>
 
-// Ahead of the text.
+// The prefix of the message.
 enum class cErrHead {
     none,      // nothing
     object,    // "Attr value, type '...': "
     attribute, // "Setattr in object type '...', key '...': "
-    place,     // the place in the text that is read
-    path       // that place and the path of the value
+    place,     // the position in the text that is being read
+    path       // that position and the path of the value
 };
 
 struct cErrText {
@@ -94,6 +94,7 @@ struct cErrText {
     X(read_too_much, 0x40000001, place, "Too much merged, path : ")                                \
     X(read_no_container, 0x40000001, place, "Input is no valid container")                         \
     X(read_no_start, 0x40000001, place, "Missing start pattern 'key =' at pattern: ")              \
+    X(read_nothing, 0x40000001, place, "Text without a value")                                     \
     /* Paths with values, as text: cAttrScan::asrSyntax too */                                     \
     X(path_slash, 0x40000001, place, "ERROR in setattrp:  Bad final or duplicate ")                \
     X(path_no_key, 0x40000001, place, "ERROR in setattrp: Bad no-key entry: ")                     \
@@ -119,6 +120,7 @@ struct cErrText {
     X(read_type_name, 0x40000006, place,                                                           \
       "Type name from input is registered with another type-type!")                                \
     X(read_separator, 0x40000007, place, "Unnecessary separator: ")                                \
+    X(read_text_behind, 0x40000002, place, "Text after the value: ")                               \
     X(read_exception, 0x80000000, place, "Fatal exception in attr scanner!")                       \
     /* Printed as lines, without an error value */                                                 \
     X(cannot_insert, 0x00000000, none, "Cannot insert key =")                                      \

@@ -1,16 +1,16 @@
 #pragma once
-// What the text of an error names is written through cNamed, so that the error has it as data too:
+// Writes the names in an error's text through cNamed, so that the error has them as data too:
 //
 //   begin_error(err_missing_method) << cNamed::name(method) << "' in type: " << cNamed::type(type);
 //
-// Noted only while a report lives: nobody else looks at it.
+// Noted only while something takes errors: nobody else looks at it.
 
 #include "diagnostics/cerr_codes.h"
 #include "qrv/diagnostics/cerr.h"
 
 #include <string_view>
 
-// Borrows the text.
+// Borrows the string.
 struct cNamed {
     std::string cat::ErrorNames::*role;
     std::string_view text;
@@ -21,14 +21,14 @@ struct cNamed {
     static cNamed found(std::string_view text) { return {&cat::ErrorNames::found, text}; }
     static cNamed name(std::string_view text) { return {&cat::ErrorNames::name, text}; }
 
-    // Noted, but not written.
+    // Recorded, but not written.
     cNamed unsaid() const { return {role, text, false}; }
 };
 
-// Writes the text; where it goes into the stream of an error it is noted too.
+// Writes the name; if the stream belongs to an error, records it too.
 std::ostream &operator<<(std::ostream &os, cNamed const &named);
 
-// An error of the list as a whole.
+// A complete error of the list.
 template <class... Parts> cErr whole_error(cErrText const &error, Parts const &...parts) {
     cErrStream err(error.code, error.text);
     err.set_kind(error.kind);

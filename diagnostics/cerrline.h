@@ -1,16 +1,15 @@
 #pragma once
-// Failures that are printed as lines on the standard error stream: their error has the code 0. All
-// are printed here, so that a report of a reading can collect them.
+// Failures that are lines on the standard error stream: their error has the code 0. All are offered
+// to who takes errors (qrv/diagnostics/ccaughterrors.h) before they are printed.
 
 #include "qrv/diagnostics/cerr.h"
 
 namespace cat {
-// Writes the text and a line end to the standard error stream, unless the taker takes it.
+// Writes the text and a line end to the standard error stream, unless it is taken, by reports of
+// readings too.
 void error_line(cErr const &error);
 void error_line(std::string const &text); // of other kind
 
-// The taker answers whether it took the error; null: nobody takes. The former one.
-using error_line_taker = bool (*)(cErr const &error);
-error_line_taker take_error_lines(error_line_taker taker) noexcept;
-bool error_lines_are_taken() noexcept;
+// Is a line taken that reports of readings don't take? Else the caller prints it.
+bool line_is_taken(std::string const &text);
 } // namespace cat

@@ -1,11 +1,12 @@
 // Names of files for reading.
 //
-// The result of a search stands in one text of the process, made by the first search and never
-// freed, like the folder of the program's own file: a static object may search in its destructor.
+// The result of a search is one string of the process, created by the first search and never freed,
+// like the folder of the program's own file: a static object may search in its destructor.
 
 #include "qrv/diagnostics/cfilesearch.h"
 
 #include "base/cfilename_number.h"
+#include "diagnostics/cerrline.h"
 #include "qrv/base/cfilename.h"
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
@@ -22,7 +23,7 @@ constinit std::string *own_folder = nullptr;
 
 std::string text_of(char const *text) { return text ? text : ""; }
 
-// White space, then a number of at most four characters, its sign among them.
+// Parses white space, then a number of at most four characters including its sign.
 bool read_number(std::string_view text, int &number) {
     auto const begin = text.find_first_not_of(" \t\n\v\f\r");
     if (begin == text.npos) return false;
@@ -35,7 +36,7 @@ bool read_number(std::string_view text, int &number) {
     return true;
 }
 
-// The folder of the program's own file, with its separator; asked for until it is known.
+// The folder of the program's own file, with its separator; queried until it is known.
 std::string const *program_folder() {
     if (!own_folder) {
         std::string const folder = extractDirName(cat::program_file().c_str());
@@ -60,7 +61,8 @@ bool find(std::string const &candidate, std::initializer_list<char const *> fold
 char const *search(std::string const &candidate, std::initializer_list<char const *> folders,
                    bool complain) {
     if (find(candidate, folders)) return found->c_str();
-    if (complain) cat::std_err() << "could not open: " << candidate << std::endl;
+    if (complain && !cat::line_is_taken("could not open: " + candidate))
+        cat::std_err() << "could not open: " << candidate << std::endl;
     return nullptr;
 }
 
@@ -68,12 +70,13 @@ char const *search(std::string const &candidate, std::initializer_list<char cons
 
 bool fNextReadName(char const *name, std::string prev, std::string &out, int &count,
                    char const *tag) {
-    std::string const series = text_of(name), ending = text_of(tag); // both may lie in `out`
+    std::string const series = text_of(name), ending = text_of(tag); // both may point into `out`
     if (prev != series) count = 0;
     out = series;
     auto const place = out.find(ending);
     if (place == out.npos) {
-        cat::std_err() << "other format required" << std::endl;
+        constexpr char const *line = "other format required";
+        if (!cat::line_is_taken(line)) cat::std_err() << line << std::endl;
         return false;
     }
     int number = 0;

@@ -1,8 +1,8 @@
-// Tracing: streams, rules, channels. And the timer.
+// Tracing: streams, rules and channels; and the timer.
 //
-// Streams and channels stand in lists of their own links, so that static ones of any file may come
-// before and go after everything here. The rules are made on first need; the start-up file removes
-// them at the end of the process.
+// Streams and channels link themselves into lists, so that static ones of any file may be
+// constructed before and destroyed after everything here. The rules are created on first need; the
+// start-up file removes them at the end of the process.
 
 #include "qrv/diagnostics/ctrace.h"
 
@@ -58,10 +58,10 @@ std::shared_ptr<std::ostream> open_target(std::string const &name) {
     return os;
 }
 
-// No name is "cerr": behind no colon, behind the colon, between commas.
+// An empty name means "cerr": without a colon, after the colon, or between commas.
 std::string stream_name(std::string_view name) { return std::string(name.empty() ? "cerr" : name); }
 
-// The rule of that name, a new one at the list's end if there is none.
+// The rule of that name; a new one at the list's end if it does not exist.
 cRef<cTraceRule> rule_of(std::string_view name) {
     if (!rules) rules = new cTraceRules;
     auto const found =
@@ -96,7 +96,7 @@ void set_rules(std::string_view token) {
     }
 }
 
-// The longest rule whose name begins `ident`; of two alike the later one.
+// The rule with the longest name that `ident` begins with; of two equal names the later rule.
 cTraceRule const *rule_for(std::string const &ident) {
     cTraceRule const *best = nullptr;
     if (!rules) return best;
@@ -149,7 +149,7 @@ void cTraceStream::detach(std::streambuf const *buffer) {
 }
 
 void cSetTracing(std::string const &spec) {
-    std::string const text = spec; // the caller's may change while foreign code runs
+    std::string const text = spec; // the caller's may change while user code runs
     std::string_view rest = text;
     auto begin = rest.find_first_not_of(blanks);
     if (begin == npos || signs.find(rest[begin]) == npos) cat::clear_trace_rules();
@@ -157,7 +157,7 @@ void cSetTracing(std::string const &spec) {
         rest.remove_prefix(begin);
         std::string_view const token = rest.substr(0, rest.find_first_of(blanks));
         rest.remove_prefix(token.size());
-        set_rules(token); // RE-ENTERS when a file can't be opened
+        set_rules(token); // RE-ENTERS if a file cannot be opened
     }
     for (cTracer *tracer = first_tracer; tracer; tracer = tracer->next_) tracer->apply_rules();
 }
@@ -227,7 +227,7 @@ double cStopWatch::seconds_to(std::int64_t now) const {
 
 namespace {
 
-// Puts a stream's number format back.
+// Restores a stream's number format.
 class cKeepFormat {
   public:
     explicit cKeepFormat(std::ostream &os)

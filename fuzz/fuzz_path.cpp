@@ -1,13 +1,13 @@
-// Reading and writing by paths against made-up texts, on a small tree. What must hold for every
-// text:
+// Reading and writing by paths with generated text, on a small tree. Properties that must hold for
+// every input:
 //   - no crash, no finding of the sanitizers; exceptions only where the handler throws;
-//   - afterwards reader and writer are idle, and no counted object is left;
-//   - getattrp of a path at which one value was stored gives that value;
-//   - the tree can be written, and where nothing had to be left out, it reads back without an error
-//     and is written the same again; but for what the text has declared. (A set can come to hold
-//     equal values when one of them is assigned to, and loses them then; so a tree with sets is
-//     written once more.)
-// The first byte chooses the form, force, the value, and whether errors are thrown.
+//   - afterwards reader and writer are idle, and no counted object remains;
+//   - getattrp of a path at which one value was stored returns that value;
+//   - the tree can be written; if no value was omitted, reading it causes no error and writing it
+//     again gives the same text, except for declarations in the text. (Assigning to a value of a
+//     set can make it equal to another one, which reading then drops; so a tree with sets is
+//     written once more.) The first byte selects the form, force, the value, and whether errors are
+//     thrown.
 #include "fuzz/fuzz_support.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ceros.h"
@@ -35,7 +35,7 @@ bool holds_set(objref const &value) {
 }
 
 // A declaration, or a value of a declared type. Statements put them in any order and declare a name
-// twice; a text can't tell which declaration an earlier value had.
+// twice; text cannot represent which declaration an earlier value had.
 bool holds_declared(objref const &value) {
     if (!value) return false;
     if (value->is_type() || &value->type().type() != &cat::typetype()) return true;
@@ -53,7 +53,7 @@ bool set_value(cObj &tree, std::string const &text, unsigned choice) {
     bool const stored = tree.setattrp(text, value, (choice & force) != 0);
     bool const is_path = text.find_first_of("=+<&;,") == std::string::npos;
     if (stored && is_path && !(choice & throws) && !cObj::is_good(tree.getattrp(text)))
-        fuzz::stop("a value was stored and is not there", text, "");
+        fuzz::stop("a value was stored but is missing", text, "");
     return stored;
 }
 
@@ -63,10 +63,10 @@ void change(cObj &tree, std::string const &text, unsigned choice) {
     else
         tree.setattrp(text, (choice & force) != 0);
     objref const value = tree.getattrp(text);
-    if (!value) fuzz::stop("reading by a path gives null", text, "");
+    if (!value) fuzz::stop("reading by a path returns null", text, "");
 }
 
-// Errors are thrown, and silent, as long as it lives.
+// Errors are thrown, and not printed, during its lifetime.
 class cThrowing {
   public:
     cThrowing() : before_(cat::errhandler()) {
@@ -85,11 +85,11 @@ void change_guarded(cObj &tree, std::string const &text, unsigned choice) {
         cThrowing const throwing;
         try {
             change(tree, text, choice);
-        } catch (cErr const &) { // as asked for
+        } catch (cErr const &) { // expected
         }
         return;
     }
-    // An error of an operation on one value is raised past the report; it isn't to be printed.
+    // An error of an operation on one value bypasses the report; it must not be printed.
     cErrHandler const before = cat::errhandler();
     cat::errhandler().silent_mask(0xFFFFFFFF);
     cat::errhandler().throw_mask(0);
@@ -106,12 +106,12 @@ void check_tree(objref const &tree) {
     if (failed != 0) return;
     fuzz::cReadText const again = fuzz::read_text(first, false);
     if (holds_declared(tree)) return;
-    if (!again.clean) fuzz::stop("what was written does not read back", "", first);
+    if (!again.clean) fuzz::stop("reading the written text fails", "", first);
     std::string const second = fuzz::write_text(again.value, failed);
     if (first == second) return;
     if (!holds_set(tree)) fuzz::stop("written differently the second time", first, second);
     fuzz::cReadText const third = fuzz::read_text(second, false);
-    if (!third.clean) fuzz::stop("what was written again does not read back", first, second);
+    if (!third.clean) fuzz::stop("reading the text of the second writing fails", first, second);
     std::string const last = fuzz::write_text(third.value, failed);
     if (second != last) fuzz::stop("written differently the third time", second, last);
 }

@@ -1,10 +1,9 @@
-// The reader against made-up texts. What must hold for every text:
+// The reader with generated text. Properties that must hold for every input:
 //   - no crash, no finding of the sanitizers, no exception while a report collects the errors;
-//   - afterwards reader and writer are idle, and no counted object is left;
-//   - each error is reported at a place in the text;
-//   - what was read can be written, and where nothing had to be left out, it reads back without an
-//     error and is written the same again.
-// The first byte chooses whether comments are kept.
+//   - afterwards reader and writer are idle, and no counted object remains;
+//   - each error has a position in the text;
+//   - the result can be written; if no value was omitted, reading it causes no error and writing it
+//     again gives the same text. The first byte selects whether comments are preserved.
 #include "fuzz/fuzz_support.h"
 
 #include <cstddef>
@@ -18,7 +17,7 @@ void round_trip(std::string const &text, bool comments) {
     std::string const first = fuzz::write_text(reading.value, failed);
     if (!reading.clean || failed != 0) return;
     fuzz::cReadText const again = fuzz::read_text(first, comments);
-    if (!again.clean) fuzz::stop("what was written does not read back", text, first);
+    if (!again.clean) fuzz::stop("reading the written text fails", text, first);
     std::string const second = fuzz::write_text(again.value, failed);
     if (first != second) fuzz::stop("written differently the second time", first, second);
 }

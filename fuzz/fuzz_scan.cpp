@@ -1,16 +1,17 @@
-// The scanner against made-up texts. What must hold for every text:
-//   - with white space and comments as tokens, the tokens' texts put together are the text, but for
-//     a block comment that is open at its end;
+// The scanner with generated text. Properties that must hold for every input:
+//   - with white space and comments as tokens, the concatenated texts of the tokens are the input,
+//     except for a block comment that is open at its end;
 //   - each token's line, column and position are those of its first byte, counted here, and the
-//     running counters are those of the byte behind it;
-//   - without white space and comments the same tokens come without those, also when the stream
-//     gives its characters in pieces or each by itself;
-//   - a token pushed back comes again; after going back to a token of the first line the rest does;
-//   - a token's text is the same token by itself, if the text is short;
-//   - the former scanner returns the same tokens and leaves the same stream, whatever is done to it
+//     running counters are those of the byte after it;
+//   - without white space and comments the other tokens are the same, also if the stream returns
+//     its characters in pieces or one by one;
+//   - a token that is pushed back is returned again; after going back to a token of the first line,
+//     the rest is;
+//   - a token's text alone is scanned as the same token, if the input is short;
+//   - the former scanner returns the same tokens and leaves the same stream after any operations
 //     between tokens, also in memory and in pieces;
-//   - tokens from tkInt to tkIdent make an object of their kind, or none.
-// The first byte chooses the size of the pieces and the token to go back to.
+//   - tokens from tkInt to tkIdent create an object of their kind, or none. The first byte selects
+//     the size of the pieces and the token to go back to.
 #include "fuzz/fuzz_support.h"
 #include "tests/text/scan_compare.h"
 #include "tests/text/scan_support.h"
@@ -45,12 +46,12 @@ void expect_same(char const *what, cTokens const &a, cTokens const &b) {
     if (!equal) fuzz::stop(what, shown(a), shown(b));
 }
 
-// A byte of 0 is a token with the code of the end, but has a text.
+// A byte of 0 is a token with the code of the end, but has text.
 bool next(test::Scan const &scan, cAttrLiteral &token) {
     return scan.gettoken(token) != tkEof || !token.text.empty();
 }
 
-// The place of the next byte, counted by the rules for places.
+// The position of the next byte, counted by the rules for positions.
 struct cCount {
     void pass(std::string const &text) {
         for (char const c : text) {
@@ -79,22 +80,22 @@ cTokens all_tokens(std::string const &text) {
         if (token.line != count.line || token.column != count.column ||
             token.position != count.position || token.outer_line != count.line ||
             token.outer_column != count.column)
-            fuzz::stop("a token at a wrong place", text, shown({token}));
+            fuzz::stop("a token at a wrong position", text, shown({token}));
         count.pass(token.text);
         if (scan.lineno() != count.line || scan.column() != count.column ||
             scan.position() != count.position)
-            fuzz::stop("wrong counters behind a token", text, shown({token}));
+            fuzz::stop("wrong counters after a token", text, shown({token}));
         tokens.push_back(token);
     }
     std::string const rest = text.substr(count.offset);
     std::size_t const begin = rest.find_first_not_of(" \t\r\n");
     bool const open_comment = begin != std::string::npos && rest.compare(begin, 2, "/*") == 0 &&
                               rest.find("*/", begin + 2) == std::string::npos;
-    if (!rest.empty() && !open_comment) fuzz::stop("a text that came in no token", text, rest);
+    if (!rest.empty() && !open_comment) fuzz::stop("text that is not in a token", text, rest);
     return tokens;
 }
 
-// Positions count from the start, also in a stream that can't tell its place.
+// Positions count from the start, also in a stream that cannot report its position.
 cTokens bare_tokens(std::istream &in, unsigned push_back_each) {
     test::Scan scan(in);
     unsigned const start = scan.position();
@@ -104,13 +105,13 @@ cTokens bare_tokens(std::istream &in, unsigned push_back_each) {
         cAttrLiteral again;
         scan.ungettoken();
         if (!next(scan, again) || !same(again, token))
-            fuzz::stop("another token after pushing back", shown({token}), shown({again}));
+            fuzz::stop("a different token after pushing back", shown({token}), shown({again}));
     }
     for (cAttrLiteral &token : tokens) token.position -= start;
     return tokens;
 }
 
-// From a token before the first line end; behind one, going back is known to miss.
+// From a token before the first line end; after one, going back is known to be inexact.
 void go_back(std::string const &text, cTokens const &bare, std::size_t to) {
     if (to >= bare.size() || bare[to].line != 1) return;
     std::istringstream in(text);
@@ -120,7 +121,7 @@ void go_back(std::string const &text, cTokens const &bare, std::size_t to) {
     scan.resettoken(bare[to]);
     cTokens rest;
     while (next(scan, token)) rest.push_back(token);
-    expect_same("other tokens after going back",
+    expect_same("different tokens after going back",
                 cTokens(bare.begin() + static_cast<std::ptrdiff_t>(to), bare.end()), rest);
 }
 
@@ -130,17 +131,17 @@ void check_alone(cAttrLiteral const &token) {
     scan.return_all(true);
     cAttrLiteral alone;
     if (!next(scan, alone) || alone.code != token.code || alone.text != token.text)
-        fuzz::stop("another token by itself", shown({token}), shown({alone}));
+        fuzz::stop("a different token when scanned alone", shown({token}), shown({alone}));
 }
 
 void check_value(cAttrLiteral const &token) {
     objref value;
     bool const made = cat::read_stdtype(token.code, token.text.c_str(), value);
     if (made && (!value || token.code < tkInt || token.code > tkIdent))
-        fuzz::stop("a value from what is none", shown({token}), "");
+        fuzz::stop("a value from a token that is not a value", shown({token}), "");
     bool const is_text = token.code == tkString || token.code == tkIdent;
     if (is_text && (!made || &value->type() != &cat::type_string()))
-        fuzz::stop("no string", shown({token}), "");
+        fuzz::stop("not a string", shown({token}), "");
 }
 
 void beside_former(std::string const &text, unsigned choice) {
@@ -155,7 +156,8 @@ void beside_former(std::string const &text, unsigned choice) {
         std::minstd_rand random(choice + 1);
         std::string const difference =
             test::compare_with_former(present(text), before(text), random, choice % 2 == 0);
-        if (!difference.empty()) fuzz::stop("not as the former scanner", text, difference);
+        if (!difference.empty())
+            fuzz::stop("a difference from the former scanner", text, difference);
     }
 }
 
@@ -166,10 +168,10 @@ void scan_text(std::string const &text, unsigned choice) {
     for (cAttrLiteral const &token : all)
         if (!is_filler(token)) bare.push_back(token);
     std::istringstream whole(text);
-    expect_same("other tokens without white space", bare, bare_tokens(whole, choice % 4));
+    expect_same("different tokens without white space", bare, bare_tokens(whole, choice % 4));
     test::PieceBuf pieces(text, choice % 8);
     std::istream in(&pieces);
-    expect_same("other tokens from pieces", bare, bare_tokens(in, 0));
+    expect_same("different tokens from pieces", bare, bare_tokens(in, 0));
     go_back(text, bare, choice / 8);
     for (cAttrLiteral const &token : bare) check_value(token);
     if (text.size() > 200) return;

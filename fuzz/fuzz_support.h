@@ -1,7 +1,7 @@
 #pragma once
-// What the fuzz targets share: reading and writing with everything that is told kept off the
-// message route, and what must hold after every input: reader and writer are idle, no lexer lives,
-// and no counted object is left.
+// Shared code of the fuzz targets: reading and writing without output on the message route, and the
+// properties that must hold after every input: reader and writer are idle, and no lexer or counted
+// object remains.
 
 #include "qrv/base/csignal.h"
 #include "qrv/core/cobj.h"
@@ -30,7 +30,7 @@ namespace fuzz {
     std::abort();
 }
 
-// Around the work on one input. The core is made by the first, with all types that it can make.
+// Encloses the work on one input. The first one creates the core, with all its types.
 class cInput {
   public:
     cInput() : census_(census()), types_(std::in_place) {}
@@ -39,16 +39,16 @@ class cInput {
     ~cInput() {
         if (!text_state().idle() || cat::is_reading())
             stop("the reader's state is not idle", "", text_state().path());
-        if (cAttrLexer::living() != 0) stop("a lexer lives on", "", "");
+        if (cAttrLexer::living() != 0) stop("a lexer remains", "", "");
         reset_text_state();
         types_.reset();
-        if (cObjBase::ob_count() != census_) stop("counted objects are left", "", "");
+        if (cObjBase::ob_count() != census_) stop("counted objects remain", "", "");
     }
 
   private:
     static std::uint32_t census() {
         static bool const ready = [] {
-            cat::find_type("intf"); // made when it is first named
+            cat::find_type("intf"); // created on its first use by name
             sig_idle();
             return true;
         }();
@@ -60,7 +60,7 @@ class cInput {
 
 struct cReadText {
     objref value;
-    bool clean = false; // without any error
+    bool clean = false; // without errors
 };
 
 inline cReadText read_text(std::string const &text, bool comments) {
@@ -72,13 +72,13 @@ inline cReadText read_text(std::string const &text, bool comments) {
     scan.return_com(comments, nullptr);
     reading.clean = scan.scan_obj(reading.value, nullptr) == 0 && report.empty();
     std::string const misplaced = reader_test::misplaced(report, text);
-    if (!misplaced.empty()) stop("an error at a place that isn't in the text", text, misplaced);
+    if (!misplaced.empty()) stop("an error at a position outside the text", text, misplaced);
     return reading;
 }
 
-// The exact text, and how many values had to be left out.
+// The exact text, and the number of omitted values.
 inline std::string write_text(objref const &value, unsigned int &failed) {
-    cat::ReadReport report; // keeps what is told about them off the message route
+    cat::ReadReport report; // receives their errors instead of the message route
     cat::ExactText const exact;
     std::ostringstream os;
     os.imbue(std::locale::classic());

@@ -1,12 +1,13 @@
 #pragma once
-// The entries that were made during one load, as a ring in the order of their making.
+// The entries that were created during one load, as a ring in the order of creation.
 //
 //   load begins --> collecting, module() is null --> load ends --> belongs to the module
-//                                        \--> load fails --> dissolved: the entries stay alone
+//                                        \--> load fails --> dissolved: the entries have no group
 //
-// An entry is in at most one group and leaves it when it is destroyed, so a group never holds one
-// that is gone; a copy of an entry joins the group of its original. While a module's file is being
-// unloaded its groups live on without a module: what is still in them afterwards was left behind.
+// An entry is in at most one group and leaves it when it is destroyed, so a group has no destroyed
+// entries; a copy of an entry joins the group of its original. While a module's file is being
+// unloaded, its groups survive without a module: the entries that remain in them were left in the
+// repository.
 
 #include "qrv/modules/crepository.h"
 
@@ -15,7 +16,7 @@ class cEntryGroup {
     cEntryGroup() = default;
     cEntryGroup(cEntryGroup const &) = delete;
     cEntryGroup &operator=(cEntryGroup const &) = delete;
-    ~cEntryGroup(); // the entries stay alone
+    ~cEntryGroup(); // the entries then have no group
 
     // The group of the innermost load in progress; null outside of a load.
     static cEntryGroup *current() noexcept;
@@ -25,16 +26,16 @@ class cEntryGroup {
 
     void add(cRepositoryEntry &entry) noexcept;
     void remove(cRepositoryEntry &entry) noexcept;
-    void take(cEntryGroup &other) noexcept; // all of the other's
+    void take(cEntryGroup &other) noexcept; // all entries of the other
 
-    // Walks in the order of making; null at the end.
+    // Iterates in the order of creation; null at the end.
     cRepositoryEntry *first() const noexcept { return first_; }
     static cRepositoryEntry *next(cRepositoryEntry const &entry) noexcept {
         return entry.group_next_;
     }
 
-    // The things of the entries have gone with their file: the entries point to nothing, and those
-    // of modules are destroyed, so that the modules can be loaded again.
+    // The file with the targets of the entries was unmapped: so the entries point to nothing, and
+    // those of modules are destroyed, so that the modules can be loaded again.
     void forget_things();
 
   private:

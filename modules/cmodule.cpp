@@ -1,9 +1,9 @@
-// Modules as objects, and the end of one.
+// Modules as objects, and unloading them.
 //
-// Unloading destroys the module, and whatever else lies in its file, objects and code. So all that
-// is needed is taken from it first, and behind the loader's call nothing of it is looked at. What
-// its static destructors leave in the repository is in a group of entries that outlives the call.
-// A file may stay in memory all the same: somebody else has opened it or needs it.
+// Unloading destroys the module and all other objects and code in its file. So everything that is
+// needed is copied first, and nothing in the file is accessed after the loader's call. The entries
+// that its static destructors leave in the repository are in a group that outlives the call. The
+// file may still stay in memory, if something else has opened it or needs it.
 
 #include "qrv/modules/cmodule.h"
 
@@ -19,7 +19,7 @@ constinit bool list_ended = false;
 
 cRepositoryList *module_entries() { return cRepoImpl::get(typeid(cModule)); }
 
-// The system is closing a file.
+// Exists while the system closes a file.
 class cClosing {
   public:
     cClosing() noexcept { ++depth; }
@@ -62,14 +62,14 @@ cModule::cModule(std::string const &name, std::string const &comment, bool nocou
 
 cModule::~cModule() { withdraw(); }
 
-// By the pointer: under its name another module may have been entered first.
+// By the pointer, since another module may have been entered under its name first.
 void cModule::withdraw() {
     cRepositoryList *const list = module_entries();
     for (auto *e = cRepoImpl::begin(list); e != cRepoImpl::end(list); e = cRepoImpl::next(e))
         if (cRepoImpl::ptr(e) == this) return cRepoImpl::release(e);
 }
 
-// A module that is gone is known no more; the pointer to it is only compared.
+// A removed module is not known any more; its pointer is only compared.
 bool cModule::unload(cModule *module) {
     if (!module || cModuleList::ended()) return false;
     auto modules = cat::known_modules();
@@ -81,13 +81,13 @@ bool cModule::unload(cModule *module) {
         --module->loadcnt_;
         return false;
     }
-    for (cModule const *const same_file : modules) // each has one from the load of the file
+    for (cModule const *const same_file : modules) // each has one load from the load of the file
         if (same_file->loadcnt_ > 1) return false;
     free_file(module->handle_, modules);
     return true;
 }
 
-// `modules` are all that stand for the file. RUNS FOREIGN CODE
+// `modules` are all modules of the file. RUNS USER CODE
 void cModule::free_file(void *library, std::vector<cModule *> const &modules) {
     auto left_behind = std::make_unique<cEntryGroup>();
     for (cModule *const module : modules) module->detach(*left_behind);
@@ -97,10 +97,10 @@ void cModule::free_file(void *library, std::vector<cModule *> const &modules) {
     auto const stays = [&modules](cModule const *m) { return !holds(modules, m); };
     auto const from = std::stable_partition(list.modules.begin(), list.modules.end(), stays);
     for (auto made = from; made != list.modules.end(); ++made) (*made)->withdraw();
-    list.modules.erase(from, list.modules.end()); // these are gone, if nobody shares them
+    list.modules.erase(from, list.modules.end()); // destroys these, unless something shares them
     {
         cClosing const closing;
-        cat::close_library(library); // a file that goes may free others
+        cat::close_library(library); // unloading a file may unload others
     }
     if (!cClosing::in_progress()) list.end_closing();
 }
@@ -122,7 +122,7 @@ void cModuleList::end_closing() {
     forget_unmapped();
 }
 
-// The files that are not in memory any more; those that are keep what they entered.
+// Forgets the files that are not in memory any more; the other files keep their entries.
 void cModuleList::forget_unmapped() {
     std::erase_if(resting, [](cRestingFile const &file) {
         bool const gone = !file.closing && !file.path.empty() && !cat::is_loaded(file.path);
@@ -139,8 +139,8 @@ void cModuleList::wake(void *library, cEntryGroup &entries) {
     });
 }
 
-// What is asked while its file goes finds nothing to do. If the file stays in memory, so does a
-// module object in it, and rests.
+// Calls to the module while its file is being unloaded have no effect. If the file stays in memory,
+// a module object in it stays too, inactive.
 void cModule::detach(cEntryGroup &entries) noexcept {
     handle_ = nullptr;
     loadcnt_ = -1;

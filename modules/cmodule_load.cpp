@@ -1,11 +1,11 @@
-// Loading: the name is judged, known modules are counted, a file is searched, set up, and what it
-// entered meanwhile becomes the module's.
+// Loading: checks the name, counts a known module, or searches a file and runs its set-up; the
+// entries that the file creates meanwhile become the module's.
 //
 //   name --refused, in progress, or closing--> null
 //        --known--> counted           --file--> static code, set-up --> module
 //
-// A load that is found to be of a file that is there already, under another name, only counts, as
-// the system does too: static code doesn't run twice, and one module stands for the file.
+// If the file turns out to be loaded already under another name, the load only counts, as the
+// system does too: static code does not run twice, and one module represents the file.
 
 #include "base/platform/cloader.h"
 #include "modules/cmodule_state.h"
@@ -30,10 +30,10 @@ cModule *succeed(cModule *module) {
     return module;
 }
 
-// Why a module of that name isn't to be looked for; empty if it may be.
+// Why a module of that name must not be searched; empty if it may be.
 std::string refusal(std::string const &name) {
     if (name.empty()) return "The name of a module is empty";
-    if (auto const filter = cat::the_module_filter()) { // RUNS FOREIGN CODE
+    if (auto const filter = cat::the_module_filter()) { // RUNS USER CODE
         if (!filter(name)) return "Module '" + name + "' is refused by the program";
     } else if (cat::is_reading()) {
         return "Module '" + name + "' is not loaded while text is being read";
@@ -49,7 +49,7 @@ std::string refusal_of_path(std::string const &path) {
     return cModuleList::of_process().is_closing_path(path) ? "just being unloaded" : "";
 }
 
-// Null for an entry of something else.
+// Null for an entry of another type.
 cModule *module_of(cRepositoryEntry &entry) {
     if (cRepoImpl::type(&entry) != typeid(cModule)) return nullptr;
     return static_cast<cModule *>(cRepoImpl::ptr(&entry));
@@ -87,8 +87,8 @@ std::string cModule::last_error() {
     return *cModuleList::of_process().last_error;
 }
 
-// DELIBERATE: a name that ends in a separator has the empty base name, which every module that was
-// built in has too. Pinned: a_name_without_a_base_is_the_first_built_in_module
+// DELIBERATE: a name that ends in a separator has the empty base name, as every built-in module
+// has. Pinned: a_name_without_a_base_is_the_first_built_in_module
 cModule *cModule::load(std::string const &name) {
     if (cModuleList::ended()) return nullptr;
     if (std::string const why = refusal(name); !why.empty()) return fail(why);
@@ -108,7 +108,7 @@ cModule *cModule::count_load() {
 cModule *cLoad::run(std::string const &name) {
     std::string failures;
     cModuleList::of_process().forget_unmapped();
-    library_ = cat::open_module(name, failures, refusal_of_path); // RUNS FOREIGN CODE
+    library_ = cat::open_module(name, failures, refusal_of_path); // RUNS USER CODE
     if (!library_) return fail(failures);
     for (cLoad const *load = outer_; load; load = load->outer_)
         if (load->library_ == library_) {
@@ -126,12 +126,12 @@ cModule *cLoad::run(std::string const &name) {
     return finish(made ? *made : make_module());
 }
 
-// What the set-up throws may be defined in the file, which therefore isn't closed.
+// The file may define the class of the set-up's exception, so it isn't closed.
 void cLoad::set_up(std::string const &name) {
     auto const function = cat::function_in(library_, set_up_name);
     if (!function) return;
     try {
-        function(); // RUNS FOREIGN CODE
+        function(); // RUNS USER CODE
     } catch (...) {
         rest();
         fail("Module '" + name + "' has thrown in its set-up");
@@ -139,7 +139,7 @@ void cLoad::set_up(std::string const &name) {
     }
 }
 
-// Marks the modules of the file, so that no later load returns them as loaded.
+// Deactivates the modules of the file, so that no later load returns them as loaded.
 void cLoad::rest() {
     for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry))
         if (cModule *const module = module_of(*entry)) module->resting_ = true;
@@ -148,7 +148,7 @@ void cLoad::rest() {
          std::exchange(entries_, std::make_unique<cEntryGroup>())});
 }
 
-// The first of the modules that the file made for itself; null if it made none.
+// The first module that the file itself created; null if it created none.
 cModule *cLoad::made_module() const {
     cModule *first = nullptr;
     for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry)) {

@@ -1,5 +1,5 @@
 #pragma once
-// What the modules of a process have in common, and the loads in progress.
+// The shared state of a process's modules, and the loads in progress.
 
 #include "modules/centrygroup.h"
 #include "qrv/modules/cmodule.h"
@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-// A file that was given back to the system, or whose set-up has thrown, with what it entered into
-// the repository. While it stays in memory its module objects rest: they are known, but a load
-// opens the file again and wakes them.
+// A file that was closed, or whose set-up has thrown, with its entries in the repository. While it
+// stays in memory its module objects are inactive ("resting"): they are known, but a load opens the
+// file again and reactivates them.
 //
 //   loaded --unload--> closing --> out of memory: forgotten
 //   being loaded --set-up throws--> resting          \--> still there: resting --load--> loaded
@@ -23,9 +23,9 @@ struct cRestingFile {
 };
 
 // The modules that were created for a file, in the order of their loading: the only lasting
-// references to them. It is constant-initialised and defined in start/startup.cpp, whose text is
-// the order of destruction. At the end of the process it drops the modules, and the files stay
-// loaded.
+// references to them. It is constant-initialised and defined in start/startup.cpp, in which the
+// order of definitions is the order of destruction. At the end of the process it releases the
+// modules, and the files stay loaded.
 class cModuleList {
   public:
     constexpr cModuleList() noexcept = default;
@@ -34,19 +34,19 @@ class cModuleList {
     ~cModuleList();
 
     static cModuleList &of_process() noexcept;
-    static bool ended() noexcept; // the process ends: nothing is loaded or unloaded any more
+    static bool ended() noexcept; // the process ends: modules are not loaded or unloaded any more
 
-    // Is a file of that base name, or the file of that path, being given back to the system?
+    // Whether a file of that base name, or the file of that path, is being closed.
     bool is_closing(std::string const &base_name) const;
     bool is_closing_path(std::string const &path) const;
     void end_closing();
     void forget_unmapped();
-    // Moves what the file of that handle has entered before to `entries`.
+    // Moves the earlier entries of the file with that handle to `entries`.
     void wake(void *library, cEntryGroup &entries);
 
     std::vector<cRef<cModule>> modules;
     std::vector<cRestingFile> resting;
-    std::unique_ptr<std::string> last_error; // null: none
+    std::unique_ptr<std::string> last_error; // null: no error
 };
 
 namespace cat {
@@ -55,16 +55,16 @@ extern cModuleList loaded_modules; // what cModuleList::of_process() returns
 std::vector<cModule *> known_modules();
 } // namespace cat
 
-// A load in progress, for as long as it lives. Loads nest, and each collects its own entries; the
-// end of one, by an exception too, makes the outer one the current again.
+// A load in progress while this exists. Loads nest, and each collects its own entries; the end of
+// one, also by an exception, makes the outer load current again.
 class cLoad {
   public:
     explicit cLoad(std::string const &base_name);
     cLoad(cLoad const &) = delete;
     cLoad &operator=(cLoad const &) = delete;
-    ~cLoad(); // what is still collected stays without a module
+    ~cLoad(); // the entries that are still collected have no module
 
-    static cLoad *current() noexcept; // the innermost; null outside
+    static cLoad *current() noexcept; // the innermost; null outside any load
     static bool in_progress(std::string const &base_name) noexcept;
 
     std::string const &base_name() const noexcept { return base_name_; }
@@ -77,7 +77,7 @@ class cLoad {
     cModule *made_module() const;
     cModule &make_module() const;
     void attach(cModule &module) const noexcept;
-    void rest(); // the file stays, without a module
+    void rest(); // the file stays, without an active module
     cModule *finish(cModule &module);
 
     cLoad *const outer_;

@@ -6,6 +6,7 @@
 
 #include "qrv/modules/crepository.h"
 
+#include "diagnostics/cerrline.h"
 #include "modules/centrygroup.h"
 #include "modules/crepository_state.h"
 #include "qrv/diagnostics/ccout.h"
@@ -31,6 +32,10 @@ void end_shared_table() {
     shared_table_ends = false;
     delete shared_table;
     shared_table = nullptr;
+}
+
+void put_error(std::string const &text) {
+    if (!cat::line_is_taken(text)) cat::std_err() << text << '\n';
 }
 
 void end_repositories() {
@@ -129,9 +134,8 @@ cRepositoryEntry *cRepoImpl::create(cRepositoryList *list, std::string const &na
                                     std::string const &comment) {
     if (!list) return nullptr;
     if (cRepositoryEntry const *const old = list->look_up(name)) {
-        cat::std_err() << "error: repository entry already defined:" + name + ":type '" +
-                              type.name() + "':comment '" + comment + "' old '" + old->comment_ +
-                              "'\n";
+        put_error("error: repository entry already defined:" + name + ":type '" + type.name() +
+                  "':comment '" + comment + "' old '" + old->comment_ + "'");
         return nullptr;
     }
     std::string comment_copy(comment), type_name(type.name()); // what may fail comes first
@@ -151,7 +155,7 @@ void cRepoImpl::release(cRepositoryEntry *entry) {
     if (list && list->look_up(entry->name_) == entry)
         delete entry;
     else
-        cat::std_err() << "error:inconsistent repository\n";
+        put_error("error:inconsistent repository");
 }
 
 cRepositoryEntry *cRepoImpl::find(cRepositoryList *list, std::string const &name) {

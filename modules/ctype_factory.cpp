@@ -1,5 +1,5 @@
-// Types that a factory creates: a repository entry of the type's name. So a file may name a type
-// that nobody has created yet.
+// Types that a factory creates: the factory is a repository entry of the type's name. So a file may
+// name a type that was not created yet.
 
 #include "modules/ctype_factory.h"
 
@@ -10,5 +10,5 @@ typeref cat::make_type(std::string const &name) {
     cRepositoryList *const factories = cRepoImpl::get(typeid(cTypeCtor));
     cRepositoryEntry *const entry = cRepoImpl::find(factories, name);
     auto *const factory = static_cast<cTypeCtor *>(cRepoImpl::ptr(entry));
-    return factory ? factory->make() : nullptr; // RUNS FOREIGN CODE
+    return factory ? factory->make() : nullptr; // RUNS USER CODE
 }

@@ -1,12 +1,12 @@
 #pragma once
-// What cat::find_type asks for a type that is not registered.
+// The function that cat::find_type calls for a type that is not registered.
 
 #include "qrv/core/ctypeobj.h"
 
 #include <string>
 
 namespace cat {
-// The type that the factory of that name creates; a colon in the name loads the module after it.
-// Null if there is no factory, or it created nothing.
+// The type that the factory of that name creates; for a name with a colon it loads the module after
+// the colon. Null if the factory does not exist or creates nothing.
 typeref make_type(std::string const &name);
 } // namespace cat

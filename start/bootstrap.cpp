@@ -1,18 +1,18 @@
-// The bootstrap: error channel, sentinels, built-in types, constants and maps in one ordered step,
-// and the tear-down in its own order. Each step stores its pointer at once, so that accessors
-// called from a later step find it; the order is what makes that work.
+// The bootstrap: creates the error channel, sentinels, built-in types, constants and maps in one
+// ordered step, and tears them down in a separate order. Each step stores its pointer at once, so
+// that accessors called from a later step find it; this depends on the order.
 //
-// States:  none -> running -> ready -> tearing -> none. While running or tearing no accessor starts
-// it again. After the tear-down a late accessor may, and registers its own tear-down.
+// States:  none -> running -> ready -> tearing -> none. While running or tearing, accessors do not
+// start it again. After the tear-down a late accessor may, and registers another tear-down.
 //
-// The tear-down has two phases. First, with everything alive, all that programs have put into the
-// library's maps, types and constants is released: user destructors run here, and may use the
-// whole library. What they put in is released in the next round. Then the core's own objects are
-// released, and from there on nothing reads a type link. Each gives up the count that the core has
-// on it: what a program still holds stays in memory, and may be dropped later, but not used.
+// The tear-down has two phases. First, while everything is alive, it releases all that programs
+// have added to the library's maps, types and constants: user destructors run here, and may use the
+// whole library. The next round releases what they add. Then it releases the core's own objects,
+// and from there on nothing reads a type link. Each release only drops the core's count: an object
+// that a program still holds stays in memory, and may be released later, but not used.
 //
-// Destructors that put new objects in forever are stopped by the number of rounds and of objects.
-// Then the second phase is left out, and the core stays, with what is in it.
+// A limit on rounds and objects stops destructors that add new objects forever. Then the second
+// phase is omitted, and the core stays, with its contents.
 
 #include "containers/cattspec_nil.h"
 #include "containers/cglobals.h"
@@ -32,6 +32,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/diagnostics/ccaughterrors.h"
 #include "text/read/ctext_methods.h"
 #include "text/state/ctext_state.h"
 #include "util/cintf_type.h"
@@ -61,7 +62,7 @@ struct cBootstrap {
     static std::size_t clear_maps();
     static std::size_t drop_types();
     static std::size_t drop_members();
-    static bool let_go();
+    static bool release_all();
     static void destroy_core();
 };
 
@@ -77,13 +78,13 @@ objref *held_bool(bool value) {
 
 template <class T> void destroy(T *&pointer) { delete std::exchange(pointer, nullptr); }
 
-// Gives up the core's own count.
+// Drops the core's own count.
 template <class T> void drop(T *&pointer) {
     cRef<T> const last = cRef<T>::adopt(std::exchange(pointer, nullptr));
 }
 
-// Rounds of releasing, for destructors that put new objects in, and how many such objects. Each of
-// a program's sane objects needs one round; the first one isn't limited.
+// Limits for destructors that add new objects: rounds of releasing, and the number of such objects.
+// A program's well-behaved objects need one round each; the first round isn't limited.
 constexpr int max_rounds = 100;
 constexpr std::size_t max_latecomers = 10000;
 
@@ -94,17 +95,17 @@ std::size_t drop_ommap(cObj &obj) {
     return members + 1;
 }
 
-// What the library itself puts into a type: functions and texts.
+// Whether the library itself added it to a type: functions and strings.
 bool is_plain_member(objref const &value) {
     if (!value || value->has_ommap()) return false;
     cObj const &obj = *value;
     return typeid(obj) == typeid(cExeMember) || typeid(obj) == typeid(cObjD<std::string>);
 }
 
-template <class Test> std::size_t remove_entries(cAttrHash &hash, Test goes) {
+template <class Test> std::size_t remove_entries(cAttrHash &hash, Test is_removed) {
     std::vector<objref> keys;
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
-        if (goes(node->valref())) keys.push_back(node->key());
+        if (is_removed(node->valref())) keys.push_back(node->key());
     for (objref const &key : keys) hash.delitem(key); // RE-ENTERS
     return keys.size();
 }
@@ -112,7 +113,7 @@ template <class Test> std::size_t remove_entries(cAttrHash &hash, Test goes) {
 } // namespace
 
 void cBootstrap::make_error_channel() {
-    core.sig_error = new cSignal1<cErr &>;
+    core.sig_error = new cErrorSignal;
     core.errhandler = new cErrHandler(0x90000000U, 0, 0);
     core.sig_error->connect(*core.errhandler);
     core.eros = new cErrStream(0);
@@ -136,7 +137,7 @@ void cBootstrap::make_first_types() {
 void cBootstrap::finish_first_types() {
     core.string->ctor_internal(core.type, cat::setup_string);
     core.niltype->ctor_internal(core.type, nullptr);
-    core.type->ctor_internal(core.type, nullptr); // here the chain of types ends
+    core.type->ctor_internal(core.type, nullptr); // the chain of types ends here
     core.exe->ctor_internal(core.type, nullptr);
     core.core_ready = true;
     for (objref const *sentinel : {core.nil, core.bad, core.badfind})
@@ -242,7 +243,7 @@ bool cBootstrap::is_own(cObj const *value) {
     return false;
 }
 
-// What destructors put in stays for the next round.
+// Entries that destructors add stay for the next round.
 std::size_t cBootstrap::remove_present(cAttrHash &hash) {
     hashref const keep = hashref::share(&hash);
     std::size_t const present = hash.used();
@@ -264,7 +265,7 @@ std::size_t cBootstrap::drop_types() {
     });
 }
 
-// The methods stay in the tables of the types, so that objects go on working.
+// Keeps the methods in the tables of the types, so that objects still work.
 std::size_t cBootstrap::drop_members() {
     std::size_t removed = 0;
     for (cMapObj *map : {core.typemap, core.dbase, core.constmap, core.gmmap})
@@ -280,8 +281,8 @@ std::size_t cBootstrap::drop_members() {
     return removed;
 }
 
-// False if objects still come in.
-bool cBootstrap::let_go() {
+// False if new objects are still added.
+bool cBootstrap::release_all() {
     std::size_t latecomers = 0;
     for (int round = 0; round < max_rounds && latecomers < max_latecomers; ++round) {
         reset_text_state();
@@ -291,7 +292,7 @@ bool cBootstrap::let_go() {
         std::size_t removed = clear_maps();
         removed += drop_types();
         removed += drop_members();
-        // What was removed above may be of these types.
+        // The objects removed above may be of these types.
         if (removed == 0 && !cat::drop_signal_types() && !cat::drop_intf_type()) return true;
         if (round > 0) latecomers += removed;
     }
@@ -320,8 +321,8 @@ void cBootstrap::destroy_core() {
 
 void cBootstrap::tear_down() {
     core.state = cat::cCoreState::tearing;
-    if (!let_go()) {
-        core.state = cat::cCoreState::ready; // and stays so
+    if (!release_all()) {
+        core.state = cat::cCoreState::ready; // permanently
         return;
     }
     cat::cut_type_cycles();

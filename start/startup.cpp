@@ -1,10 +1,9 @@
-// The start-up: every object of the library with a dynamic initialiser, top to bottom in the order
-// in which they are made. The reverse is the order in which they go at the end of the process. No
-// other file of the library has such an object; all else is constant-initialised, or made on first
-// use by a plain test.
+// The start-up: every object of the library with a dynamic initialiser, in the order of creation.
+// The end of the process destroys them in reverse order. No other file of the library has such an
+// object; all others are constant-initialised, or created on first use after a simple test.
 //
-// <iostream> comes first: it makes the standard streams, which must stand before they are led to
-// the message route. No other file of the library includes it.
+// <iostream> comes first: it creates the standard streams, which must exist before they are
+// redirected to the message route. No other file of the library includes it.
 
 #include <iostream>
 
@@ -24,9 +23,9 @@
 
 namespace {
 
-constinit bool started = false; // the standard streams stand
+constinit bool started = false; // the standard streams exist
 
-// Static code of a program that is linked without the shared library may come before this file.
+// Static code of a program that links the library statically may run before this file.
 void start_standard_streams() {
     if (!started) std::ios_base::Init const now;
 }
@@ -38,7 +37,8 @@ struct cStarted {
     ~cStarted() = default;
 };
 
-// The two tables of the repository, made here unless static code of a program came first.
+// The two tables of the repository, created here unless static code of a program needed them
+// earlier.
 struct cSharedTableStart {
     cSharedTableStart() { cat::start_shared_table(); }
     cSharedTableStart(cSharedTableStart const &) = delete;
@@ -53,7 +53,7 @@ struct cRepositoriesStart {
     ~cRepositoriesStart() = default;
 };
 
-// Lets the layers of text write to a channel while it lives.
+// Lets the text layers write to a channel during its lifetime.
 class cChannelUse {
   public:
     cChannelUse(cTracer *&user, cTracer &channel) : user_(user) { user = &channel; }
@@ -100,7 +100,7 @@ cat::cStandardStreams cat::standard_streams() {
     return {std::cin, std::cout, std::cerr};
 }
 
-// ---- the order starts here; <iostream> has made the standard streams ----
+// ---- the order starts here; <iostream> has created the standard streams ----
 
 static cStarted streams_stand;
 
@@ -122,13 +122,13 @@ static cChannelUse lex_use(cat::lex_channel, cat::trace_lex);
 cFunctionSlot1<char const *, void (*)(char const *)> debugout(cat::pass_to_debug_output);
 cTheOutStreambuf cOutSigStreambuf;
 static cMessageFileCloser message_file_closer;
-static cVersionText version_text;     // says goodbye while the message route still stands
-static cConsoleCloser console_closer; // a console shows no goodbye
+static cVersionText version_text;     // prints its final text while the message route still exists
+static cConsoleCloser console_closer; // a console does not show that text
 
 constinit cModuleList cat::loaded_modules; // the list of modules
 static cModule main_module("quorvanta", "quorvanta main module", false);
 cModule &cGetMainModule() { return main_module; }
-// the repository's text "unknown" is made on first use and never goes
+// the repository's text "unknown" is created on first use and never destroyed
 
 static cIntfTypeCtor intf; // starts the object core
 
@@ -137,7 +137,7 @@ cUndoGlobalList redoGlobalList(false);
 
 [[maybe_unused]] static void const *const stack_base = cGetStackBase(); // the stack base
 
-constinit cWatchDogQueue cat::watchdog_queue; // the watch dog's queue
+constinit cWatchDogQueue cat::watchdog_queue; // the watchdog's queue
 // the slot on sig_init
 static cFunctionSlot<void (*)()> startup_test(cat::watchdog_startup_test, sig_init);
 static cWatchDogSend watchdog_send; // cWatchDogSend

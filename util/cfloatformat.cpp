@@ -1,4 +1,4 @@
-// The notation decides only how a number is written: for reading all three forms are one.
+// The notation matters only for writing: reading treats all three forms alike.
 
 #include "qrv/util/cfloatformat.h"
 
@@ -18,7 +18,7 @@ bool is_known(cFormatFloating::Format format) noexcept {
     return format >= cFormatFloating::ffFixed && format <= cFormatFloating::ffScientific;
 }
 
-// General notation has neither bit: both together would be hexadecimal.
+// General notation sets neither bit: both together would mean hexadecimal.
 std::ios_base::fmtflags float_field(cFormatFloating::Format format) noexcept {
     switch (format) {
     case cFormatFloating::ffGeneral:

@@ -1,11 +1,11 @@
 #pragma once
-// The type "intf" for start and tear-down.
+// The type "intf" for start-up and tear-down.
 
 #include "qrv/core/cmodifier.h"
 #include "qrv/modules/crepository.h"
 
-// Making it starts the object core. While it lives, a type that is looked up by the name "intf" is
-// made, or registered again, by it.
+// Creating it starts the object core. While it exists, a look-up of the type name "intf" makes it
+// create the type, or register it again.
 class cIntfTypeCtor final : public cTypeCtor {
   public:
     cIntfTypeCtor();
@@ -21,7 +21,7 @@ class cIntfTypeCtor final : public cTypeCtor {
 
 namespace cat {
 bool is_intf_type(cObj const *type); // the type object that the library holds
-// Gives it up, in the registry too; the next use makes it anew. True if there was one. RUNS FOREIGN
-// CODE: members that a program gave it.
+// Releases it, also from the registry; the next use creates it again. True if it existed.
+// RUNS USER CODE: members that a program gave it.
 bool drop_intf_type();
 } // namespace cat

@@ -1,9 +1,9 @@
-// Numbers with a form: the text says the form. A number is taken in two steps, as its first
-// character says: the form is found while every character is held against it, then the digits are
-// read from the text by its prefix, modulo 2^32.
+// Numbers with a form, which the text determines. Parsing has two steps, selected by the first
+// character: find_form checks every character and determines the form; read_number reads the digits
+// by the text's prefix, modulo 2^32.
 //
-// DELIBERATE: the second step looks at the text alone, so -010 is found to be decimal and read as
-// octal, and -09 ends in front of the 9.   Pinned: a_zero_behind_a_sign_makes_the_digits_octal
+// DELIBERATE: the second step looks at the text alone, so -010 counts as decimal but is read as
+// octal, and -09 ends before the 9.   Pinned: a_zero_after_a_sign_makes_the_digits_octal
 
 #include "qrv/util/cintformat.h"
 
@@ -29,7 +29,7 @@ bool is_octal(char c) noexcept { return c >= '0' && c <= '7'; }
 
 // --- text to number ---
 
-// The bits and how many there are; false for any other character, and for none or too many.
+// Parses 1 to 32 bits; false for any other character or number of bits.
 bool scan_bits(std::string_view text, std::uint32_t &bits, unsigned &count) noexcept {
     for (char const c : text) {
         if (is_white(c)) continue;
@@ -44,7 +44,7 @@ Format binary_form(unsigned width) noexcept {
     return width <= 16 ? cIntFormat::fmtBin16 : cIntFormat::fmtBin32;
 }
 
-// Small letters add 1, capitals subtract 1; false for what is no digit.
+// Small letters add 1, capitals subtract 1; false for a character that is not a digit.
 bool weigh_hex(std::string_view digits, int &balance) noexcept {
     for (char const c : digits) {
         if (c >= 'a' && c <= 'f')
@@ -92,7 +92,7 @@ std::uint32_t digit_value(char c) noexcept {
     return static_cast<std::uint32_t>(is_digit(c) ? c - '0' : (c | 0x20) - 'a' + 10);
 }
 
-// The digits up to the first that isn't one of the base; modulo 2^32.
+// Reads digits up to the first character that isn't a digit of the base; modulo 2^32.
 std::uint32_t read_digits(std::string_view digits, std::uint32_t base) noexcept {
     std::uint32_t bits = 0;
     for (char const c : digits) {
@@ -102,7 +102,7 @@ std::uint32_t read_digits(std::string_view digits, std::uint32_t base) noexcept 
     return bits;
 }
 
-// The text has passed find_form; false if there is no digit.
+// Requires text that find_form accepted; false if it has no digit.
 bool read_number(std::string_view text, int &number) noexcept {
     bool const negative = text[0] == '-';
     if (is_sign(text[0])) text.remove_prefix(1);

@@ -1,10 +1,10 @@
-// The objects of the type "intf", and the type. Its methods find the format of an object through
-// the view that both classes are. An object that only says to be an intf has none: it can be
-// calculated with, and neither written nor read.
+// The objects of the type "intf", and the type. Its methods find an object's format by casting to
+// cIntFormat, a base of both classes. A foreign object with the type "intf" has no format: it
+// supports arithmetic, but neither writing nor reading.
 //
-// What is written reads back as the same text. The format may come back as another one that writes
-// the same: 0x10 has no letter, so it reads as fmtHEX in a fresh object, and what was written by an
-// unknown format reads as fmtDec.
+// Reading a written number and writing it again gives the same text. The format may change to
+// another one with the same text: 0x10 has no letter, so a new object reads it as fmtHEX, and the
+// text of an unknown format is read as fmtDec.
 
 #include "qrv/util/cintvalf.h"
 
@@ -24,11 +24,11 @@
 #include <utility>
 
 namespace {
-constinit typeref *held_type = nullptr; // made on first use, dropped by the tear-down
+constinit typeref *held_type = nullptr; // created on first use, released by the tear-down
 
 cIntFormat *format_of(cObj &obj) { return dynamic_cast<cIntFormat *>(&obj); }
 
-// Null where an object only claims to hold a number.
+// Null if the object only claims to have a number.
 int const *number_of(cObj const *obj) { return cat::value_in<int>(obj); }
 
 // --- methods ---
@@ -48,7 +48,7 @@ bool fits(std::uint32_t bits, cIntFormat::Format format) {
     return format != cIntFormat::fmtBin16 || bits <= 0xFFFF;
 }
 
-// A binary form that shows the whole number, without blanks: the reader takes one word.
+// A binary form of the whole number, without blanks, since the reader reads one word.
 std::string exact_text_of(cIntFormat const &value) {
     int number = value.value();
     cIntFormat wider(number, value.format());
@@ -68,7 +68,7 @@ bool write(cObj &obj, objref &stream) {
     return !os.bad();
 }
 
-// Up to a NUL byte is not the whole of a text.
+// Rejects strings with a NUL, since set_str would ignore their rest.
 bool set_whole(cIntFormat &value, std::string const &text) {
     return text.find('\0') == std::string::npos && value.set_str(text.c_str());
 }
@@ -85,7 +85,7 @@ bool read(cObj &obj, objref &stream) {
 
 // --- converters ---
 
-// All or nothing: cIntFormat::set_str may change the format and fail then.
+// All or nothing: cIntFormat::set_str may change the format and then fail.
 bool from_string(cObj &obj, objref &source) {
     auto const *const text = cat::value_in<std::string>(source);
     int *const target = cat::value_to_change<int>(&obj);

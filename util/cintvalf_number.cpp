@@ -1,4 +1,4 @@
-// The number of an object of any of the library's types of numbers.
+// The number of an object of any numeric type of the library.
 
 #include "qrv/util/cintvalf.h"
 

@@ -1,15 +1,16 @@
-// Wildcards without recursion. Elements up to the first choice, a * or {, are taken one by one
-// along the text. From there on the pattern is done from its last element to the first, for all
-// places of the text at once: ends_[t] is where a match ends that begins at place t with the
-// elements done so far. Each element makes the new row from the old one in a single pass, so the
-// number of ways to match plays no part.
+// Wildcards without recursion. Elements before the first choice, a * or {, are matched one by one
+// along the text. From there on the pattern is processed from its last element to the first, for
+// all positions in the text at once: ends_[t] is the end of a match that begins at t with the
+// elements processed so far. Each element computes the new row from the old one in a single pass,
+// so the number of ways to match does not matter.
 //
-//   a simple element   ends_[t] = ends_[t + 1] where it takes the character. When the text ends
-//                      behind it and the pattern goes on, there is no match: the end of the text is
-//                      looked up only by what begins a match anew, behind a * or a }
-//   *                  the furthest of ends_[t .. size - 1], or the first; behind t itself
-//   }  ,  {            each alternative begins, from the right, with a fresh row; done, its ends
-//                      are looked up in the row of what follows the }, and the best is kept
+//   a simple element   ends_[t] = ends_[t + 1] if it matches the character. If the text ends after
+//                      it but the pattern continues, the match fails: only elements that begin a
+//                      match anew, after a * or a }, look up the end of the text
+//   *                  the maximum of ends_[t .. size - 1], or the first; greater than t
+//   }  ,  {            each alternative starts, from the right, with a fresh row; when processed,
+//                      its ends are looked up in the row of the part after the }, and the best
+//                      is stored
 
 #include "qrv/util/cmatch.h"
 
@@ -28,7 +29,7 @@ namespace {
 struct cElement {
     enum cKind { literal, any, set, star, open, comma, close, end };
     cKind kind;
-    std::string_view text; // the character of a literal, what stands between the [ ] of a set
+    std::string_view text; // the character of a literal, the characters between the [ ] of a set
 
     bool is_simple() const { return kind == literal || kind == any || kind == set; }
     bool takes(char c) const;
@@ -39,7 +40,7 @@ bool is_between(char c, char a, char b) {
     return std::min(code(a), code(b)) <= code(c) && code(c) <= std::max(code(a), code(b));
 }
 
-// The next character of a set, behind its escape if there is one.
+// The next character of a set, after its escape if it has one.
 char next_of(std::string_view set, size_t &i) {
     if (set[i] == '\\') ++i; // never the last: the set would not have ended there
     return set[i++];
@@ -61,7 +62,7 @@ bool cElement::takes(char c) const {
     return kind == literal ? c == text[0] : is_in(text, c);
 }
 
-// Where the set ends whose content begins here: its ], or null.
+// The end of the set whose content begins here: its ], or null.
 char const *end_of_set(char const *p) {
     while (*p != ']') {
         if (*p == '\\') ++p;
@@ -71,7 +72,7 @@ char const *end_of_set(char const *p) {
     return p;
 }
 
-// Takes the element at p, which isn't at the end. None for a set that isn't closed.
+// Parses the element at p, which isn't at the end. nullopt for an unclosed set.
 std::optional<cElement> take_element(char const *&p, size_t depth) {
     char const *const begin = p++;
     std::string_view const itself(begin, 1);
@@ -101,7 +102,7 @@ std::optional<cElement> take_element(char const *&p, size_t depth) {
     return cElement{cElement::set, {content, static_cast<size_t>(close - content)}};
 }
 
-// Empty where a bracket isn't closed: then nothing matches, for a match uses all of the pattern up.
+// Empty if a bracket isn't closed: then nothing matches, since a match needs the whole pattern.
 std::vector<cElement> elements_of(char const *pattern) {
     std::vector<cElement> elements;
     size_t depth = 0;
@@ -115,8 +116,8 @@ std::vector<cElement> elements_of(char const *pattern) {
     return depth == 0 ? elements : std::vector<cElement>();
 }
 
-// As much of the text as the elements can reach. Without * each simple element takes one character
-// at most, and where the text goes on behind that, its end is never met.
+// The part of the text that the elements can reach. Without * each simple element matches at most
+// one character, and if the text continues after that, its end is never reached.
 std::optional<std::string_view> reach_of(std::vector<cElement> const &elements, char const *text) {
     size_t most = 0, length = 0;
     bool far = false;
@@ -137,7 +138,7 @@ class cEnds {
     cEnds &operator=(cEnds const &) = delete;
     ~cEnds() = default;
 
-    // Where the match ends that begins with the text; none if there is none.
+    // The end of the match that begins at the start of the text; nullopt if it does not match.
     std::optional<int> of(std::vector<cElement> const &elements) {
         for (auto e = elements.rbegin(); e != elements.rend(); ++e) put_in_front(*e);
         return ends_[0] == none ? std::nullopt : std::optional(ends_[0]);
@@ -148,8 +149,8 @@ class cEnds {
     static constexpr int none = -1;
 
     struct cGroup {
-        cRow rest; // behind the }. Empty if nothing follows: what is looked up there is itself
-        cRow best; // of the alternatives that are done; empty if there are none yet
+        cRow rest; // after the }. Empty if nothing follows: positions then map to themselves
+        cRow best; // of the processed alternatives; empty before the first
     };
 
     void put_in_front(cElement const &element) {
@@ -177,7 +178,7 @@ class cEnds {
         last_ = false;
     }
 
-    // Behind the last element a match ends where it is.
+    // After the last element a match ends at its position.
     void begin_pattern() {
         ends_.resize(text_.size() + 1);
         std::iota(ends_.begin(), ends_.end(), 0);
@@ -192,7 +193,7 @@ class cEnds {
     }
 
     void put_star() {
-        int good = none; // the end to take of those from behind t
+        int good = none; // the best end for the part after t
         ends_.back() = none;
         for (size_t t = text_.size(); t-- > 0;) {
             int const own = ends_[t];
@@ -218,13 +219,13 @@ class cEnds {
     std::string_view text_;
     bool first_;
     cRow ends_;
-    bool last_ = true;           // is nothing behind the next element in its own pattern?
-    std::vector<cGroup> groups_; // that are open, the innermost last
+    bool last_ = true;           // whether the next element is the last of its pattern
+    std::vector<cGroup> groups_; // the open groups, innermost last
 };
 
 int length(size_t taken) { return taken <= INT_MAX ? static_cast<int>(taken) : 0; }
 
-// A pattern that begins with a choice.
+// Matches a pattern that begins with a choice.
 std::optional<int> match_choices(char const *text, char const *pattern, bool first) {
     std::vector<cElement> const elements = elements_of(pattern);
     if (elements.empty()) return std::nullopt;
@@ -247,7 +248,7 @@ int cMatch(char const *text, char const *pattern, bool first) {
             std::optional<int> const more = match_choices(t, begin, first);
             return more ? length(taken + static_cast<size_t>(*more)) : 0;
         }
-        if (*t == 0) return 0; // so it has begun at the text's end, where ? takes nothing
+        if (*t == 0) return 0; // so the element begins at the text's end, where ? matches nothing
         if (!element->takes(*t++)) return 0;
         if (*t == 0 && *p != 0) return 0;
     }

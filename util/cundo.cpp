@@ -1,17 +1,17 @@
-// The undo lists. The one danger is foreign code: undo(), isfor(), cost() and destructors may
+// The undo lists. The one danger is user code: undo(), isfor(), cost() and destructors may
 // change or destroy the list that calls them. So
 //
-//   - a walk goes along weak handles of the entries that it found, and holds the one it calls;
+//   - a walk uses weak handles to its initial entries, and holds the one that it calls;
 //   - actions are moved out of the list before they are deleted, and are deleted last;
-//   - an operation that goes on after foreign code has a cLife, which knows whether the list still
-//   lives.
+//   - an operation that continues after user code has a cLife, which knows whether the list
+//     still exists.
 //
-// All lists share one holder for an action, kept weakly in the action itself. That makes adding an
-// action to a second list, also from its own undo(), as safe as copying the list.
+// All lists share one holder for an action; the action itself has a weak pointer to it. So adding
+// an action to a second list, also from its own undo(), is as safe as copying the list.
 //
-// Rules, checked by broken_rule(), which calls no foreign code:
-//   U1 no entry is null               U3 a list that isn't active is empty
-//   U2 no action stands twice         U4 an entry is the holder that the action knows
+// Rules, checked by broken_rule(), which calls no user code:
+//   U1 no entry is null               U3 an inactive list is empty
+//   U2 no action is listed twice      U4 an entry is the holder that the action knows
 
 #include "qrv/util/cundo.h"
 
@@ -26,7 +26,7 @@ cUndoInfoBase::~cUndoInfoBase() = default;
 cUndo::~cUndo() = default;
 
 namespace {
-// The order in which a list is emptied. RUNS FOREIGN CODE
+// Empties a list in the defined order. RUNS USER CODE
 template <class T> void delete_from_front(std::list<T> entries) {
     while (!entries.empty()) entries.pop_front();
 }
@@ -36,7 +36,8 @@ template <class T> bool same_holder(std::weak_ptr<T> const &a, std::shared_ptr<T
 }
 } // namespace
 
-// Whether a list still lives: it shares a word with its operations and clears that at its end.
+// Knows whether a list still exists: it shares a word with the list, whose destructor clears that
+// word.
 class cUndoGlobalList::cLife {
   public:
     explicit cLife(cUndoGlobalList &list) : list_(list.life_) {
@@ -46,7 +47,7 @@ class cUndoGlobalList::cLife {
     cLife &operator=(cLife const &) = delete;
     ~cLife() = default;
 
-    cUndoGlobalList const *list() const noexcept { return *list_; } // null when it is gone
+    cUndoGlobalList const *list() const noexcept { return *list_; } // null when destroyed
 
   private:
     std::shared_ptr<cUndoGlobalList const *> list_;
@@ -61,26 +62,26 @@ class cUndoGlobalList::cWalk {
     cWalk &operator=(cWalk const &) = delete;
     ~cWalk() = default;
 
-    // The next one that stands in the list; it lives until the next call. RUNS FOREIGN CODE: the
-    // one before may be deleted.
+    // The next action that is still in the list; valid until the next call. RUNS USER CODE: may
+    // delete the previous one.
     cUndo *next() {
         current_.reset();
         while (life_.list() && at_ < handles_.size()) {
             current_ = handles_[at_++].lock();
-            if (current_ && stands()) return current_.get();
+            if (current_ && is_listed()) return current_.get();
             current_.reset();
         }
         return nullptr;
     }
 
-    // Whether the one that next() gave still stands in the list.
-    bool stands() const noexcept {
+    // Whether the result of next() is still in the list.
+    bool is_listed() const noexcept {
         cUndoGlobalList const *const list = life_.list();
         return list && (list->removed_ == removed_ || list->holds(current_.get()));
     }
 
   private:
-    std::size_t const removed_; // the list's count: as long as it is the same, all still stand
+    std::size_t const removed_; // the list's count: while it is the same, all are still listed
     std::vector<std::weak_ptr<cUndo>> const handles_;
     std::size_t at_ = 0;
     cHolder current_;
@@ -93,7 +94,7 @@ cUndoGlobalList::cUndoGlobalList(cUndoGlobalList const &other)
     : active_(other.active_), isundo_(other.isundo_), entries_(other.entries_) {}
 
 cUndoGlobalList &cUndoGlobalList::operator=(cUndoGlobalList const &other) {
-    cEntries copy(other.entries_); // what may fail comes first
+    cEntries copy(other.entries_); // the step that may fail comes first
     cEntries before = take_all();
     entries_.swap(copy);
     active_ = other.active_;
@@ -106,9 +107,9 @@ cUndoGlobalList &cUndoGlobalList::operator=(cUndoGlobalList const &other) {
 cUndoGlobalList::~cUndoGlobalList() {
     if (life_) *life_ = nullptr;
     do {
-        active_ = false; // the destructors of actions find a list that takes no more,
+        active_ = false; // the destructors of actions find an inactive list,
         delete_from_front(take_all());
-    } while (!entries_.empty()); // unless they open it again
+    } while (!entries_.empty()); // unless they activate it again
 }
 
 void cUndoGlobalList::setActive(bool active) {
@@ -119,15 +120,15 @@ void cUndoGlobalList::setActive(bool active) {
 bool cUndoGlobalList::add(cUndo *action) {
     if (!active_ || !action) return false; // 1
     if (holds(action)) return true;
-    cHolder const keep = action->holder_.lock(); // if another list has it, it lives until the end
-    if (action->taken_ && !keep) return false;   // its destructor runs
-    if (!make_room()) return false;              // 2  RE-ENTERS: the list may be gone
+    cHolder const keep = action->holder_.lock(); // held until the return if another list has it
+    if (action->taken_ && !keep) return false;   // its destructor is running
+    if (!make_room()) return false;              // 2  RE-ENTERS: the list may be destroyed
     if (!holds(action)) insert(action);          // 3
     return true;
 }
 
-// Ends after as many passes as there were entries: actions that add others can't keep it busy.
-// False when actions have shut or destroyed the list.
+// Does at most as many passes as the list had entries, so actions that add others can't prolong it.
+// False if actions deactivated or destroyed the list.
 bool cUndoGlobalList::make_room() {
     cLife const life(*this);
     for (std::size_t passes = entries_.size(); passes > 0; --passes) {
@@ -138,7 +139,8 @@ bool cUndoGlobalList::make_room() {
     return life.list() && active_;
 }
 
-// All that may fail happens before the action is owned, so that the caller keeps it then.
+// All steps that may fail come before the action is owned, so that the caller still owns it on
+// failure.
 void cUndoGlobalList::insert(cUndo *action) {
     cEntries node(1);
     node.front() = action->holder_.lock();
@@ -157,8 +159,8 @@ void cUndoGlobalList::makeUndo(cUndoInfoBase *info) {
     cEntries done;
     cWalk walk(*this);
     while (cUndo *const action = walk.next()) {
-        if (!action->undo(info)) continue; // RE-ENTERS: the list may be gone
-        if (walk.stands()) done = take_out(action);
+        if (!action->undo(info)) continue; // RE-ENTERS: the list may be destroyed
+        if (walk.is_listed()) done = take_out(action);
         return;
     }
 }
@@ -166,7 +168,7 @@ void cUndoGlobalList::makeUndo(cUndoInfoBase *info) {
 cUndo *cUndoGlobalList::find(cUndoInfoBase *info) {
     cWalk walk(*this);
     while (cUndo *const action = walk.next())
-        if (action->isfor(info) && walk.stands()) return action;
+        if (action->isfor(info) && walk.is_listed()) return action;
     return nullptr;
 }
 
@@ -176,7 +178,7 @@ void cUndoGlobalList::remove(cUndo *action) {
     delete_from_front(take_out(action)); // RE-ENTERS: last look at *this
 }
 
-// In 64 bits: each cost has 32, and no memory holds as many actions as would overflow it.
+// In 64 bits: each cost has 32, and the memory has no room for enough actions to overflow it.
 std::int64_t cUndoGlobalList::costs() {
     std::int64_t sum = 0;
     cWalk walk(*this);
@@ -184,7 +186,7 @@ std::int64_t cUndoGlobalList::costs() {
     return sum;
 }
 
-// Nothing if it doesn't stand here.
+// Empty if the action isn't in this list.
 cUndoGlobalList::cEntries cUndoGlobalList::take_out(cUndo const *action) {
     cEntries taken;
     auto const place = place_of(action);
@@ -222,7 +224,7 @@ std::string cUndoGlobalList::broken_rule() const {
     return {};
 }
 
-// Of a large list only every so often, so that filling it stays quick in checking builds too.
+// Checks a large list only at intervals, so that filling it stays fast in checking builds too.
 void cUndoGlobalList::check() const {
 #ifdef QRV_CHECKS
     if (entries_.size() > 256 && entries_.size() % 256 != 0) return;

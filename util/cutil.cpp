@@ -6,11 +6,11 @@
 
 namespace {
 
-// Static code of a program that is linked without the shared library may ask before the start-up
-// has.
+// Static code of a program that links the library statically may call before the start-up has set
+// this.
 constinit void const *base = nullptr;
 
-// An array, for callers get a pointer to plain characters.
+// An array, since callers get a pointer to non-const characters.
 constinit char version_text[] = QRV_VERSION_TEXT;
 
 std::uintptr_t number(void const *address) { return reinterpret_cast<std::uintptr_t>(address); }
@@ -22,7 +22,7 @@ void const *cGetStackBase() {
     return base;
 }
 
-// A frame's address, not that of a local, which could be anywhere else or null.
+// A frame's address; the address of a local could be elsewhere or null.
 void const *cGetStackAddress() { return __builtin_frame_address(0); }
 
 bool cIsOnStack(void const *p) {

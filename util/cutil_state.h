@@ -1,12 +1,12 @@
 #pragma once
-// The rule of cIsOnStack, apart from the addresses of a running program.
+// The rule of cIsOnStack, without the addresses of a running program.
 
 #include <cstdint>
 
 namespace cat {
 
-// Is `p` on the stretch from `here` to `base`? The limit on the side of `here` is exclusive, on the
-// side of `base` inclusive, whichever is the higher.
+// Whether `p` is between `here` and `base`. The bound `here` is exclusive, `base` inclusive, in
+// either direction.
 constexpr bool stack_holds(std::uintptr_t p, std::uintptr_t here, std::uintptr_t base) {
     return here >= base ? p < here && p >= base : p > here && p <= base;
 }

@@ -1,5 +1,5 @@
-// The link to a watch dog: the id and its three states, the queue of the time before it is known,
-// and the signs of life.
+// The link to a watchdog: the id and its three states, the queue of messages before the id is
+// known, and the signs of life.
 
 #include "qrv/util/cwatchdog.h"
 
@@ -16,10 +16,11 @@ constinit std::uint32_t idWatchDog = watchdog_not_known;
 
 namespace {
 
-constinit bool queue_ended = false; // the process ends: nothing is kept any more
+constinit bool queue_ended = false; // the process ends: messages are not stored any more
 
-// The kept messages are here when the id comes, and those that a post in the middle of that adds
-// are not: it finds the id known. Should it write idWatchDog itself, they wait for the next id.
+// Delivers the messages that are stored when the id arrives. Messages posted meanwhile do not enter
+// the queue, since the id is known then. If such a post writes idWatchDog itself, they wait for the
+// next id.
 class cDelivery {
   public:
     explicit cDelivery(std::uint32_t id) : id_(id), end_(cat::watchdog_queue.count()) {}
@@ -42,7 +43,7 @@ void post(std::uint32_t id, cMSG const &message) {
     cat::post_message(watchdog_socket_prefix, id, message.message, message.wParam, message.lParam);
 }
 
-// The message is taken before it is posted: a post in the middle never sends it again.
+// Takes the message before posting it, so a nested post never sends it again.
 void cDelivery::post_next() noexcept {
     try {
         post(id_, cat::watchdog_queue.take()); // RE-ENTERS
@@ -56,13 +57,13 @@ void cDelivery::run() {
     if (first_) std::rethrow_exception(first_);
 }
 
-// A watch dog is named by the title alone, to the byte.
+// A watchdog is recognised by the exact title.
 bool started_by_watchdog() {
     char const *const title = cat::start_value(watchdog_title_variable);
     return title && std::strcmp(title, watchdog_title) == 0;
 }
 
-// The number in a text of nothing but decimal digits; watchdog_not_known for every other text.
+// The number in a string of decimal digits only; watchdog_not_known for every other string.
 std::uint32_t id_in(std::string_view text) {
     std::uint32_t id = watchdog_not_known;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
@@ -109,7 +110,7 @@ void PostWatchDog(std::uint32_t message, std::uint32_t wParam, std::int32_t lPar
     if (!queue_ended) cat::watchdog_queue.append(all);
 }
 
-// 0 would leave the id unknown: no message may be posted to it.
+// 0 would leave the id unknown, so messages must not be posted to it.
 void SetWatchDogID(std::uint32_t id) {
     if (idWatchDog != watchdog_not_known || id == watchdog_not_known) return;
     idWatchDog = id;

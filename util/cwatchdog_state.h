@@ -1,6 +1,6 @@
 #pragma once
-// The watch dog's queue, and the object that sends the signs of life. Both stand in
-// start/startup.cpp, which tells when they are made and go.
+// The watchdog's queue, and the object that sends the signs of life. Both are defined in
+// start/startup.cpp, which determines when they are created and destroyed.
 
 #include "qrv/util/cwatchdog.h"
 
@@ -8,13 +8,13 @@
 #include <cstddef>
 #include <cstdlib>
 
-// Messages in the order of their arrival; none is ever taken out, but each is handed out once.
+// Messages in the order of their arrival. Messages are never removed, but each is returned once.
 //
-//   messages_:  [ handed out | waiting | room, all zeros )
-//               0           next_    count_           capacity_
+//   messages_:  [ returned | waiting | room, all zeros )
+//               0          next_     count_           capacity_
 //
-// Constant-initialised, so that it can be used before its place in the start-up has come. After its
-// end it takes nothing more.
+// Constant-initialised, so that it can be used before the start-up reaches it. After its
+// destruction it accepts nothing more.
 class cWatchDogQueue {
   public:
     constexpr cWatchDogQueue() noexcept = default;
@@ -27,17 +27,17 @@ class cWatchDogQueue {
         return std::clamp<std::size_t>(count / 8, 4, 1024);
     }
 
-    // False if there is no memory: the queue is as before then.   O(1), amortised by the system,
+    // False if memory is exhausted: the queue is then unchanged.   O(1), amortised by the system,
     // which moves large blocks without copying them
     bool append(cMSG const &message) noexcept;
 
-    cMSG take() noexcept { return messages_[next_++]; } // the oldest that waits; there must be one
+    cMSG take() noexcept { return messages_[next_++]; } // the oldest waiting message; requires one
     std::size_t taken() const { return next_; }
     std::size_t count() const { return count_; }
     std::size_t capacity() const { return capacity_; }
     cMSG const *begin() const { return messages_; } // all, up to the capacity
 
-    // Where memory comes from; tests refuse it.
+    // The allocator; tests substitute one that fails.
     static constinit inline auto *resize = &std::realloc;
 
   private:
@@ -49,10 +49,10 @@ class cWatchDogQueue {
     std::size_t capacity_ = 0;
 };
 
-// Listens to its own signal, which is sig_progstep for everybody else.
+// Listens to its own signal, which is sig_progstep for all others.
 class cWatchDogSend {
   public:
-    cWatchDogSend(); // opens the event; without one the messages alone are the signs of life
+    cWatchDogSend(); // opens the event; without an event only the messages are signs of life
     cWatchDogSend(cWatchDogSend const &) = delete;
     cWatchDogSend &operator=(cWatchDogSend const &) = delete;
     ~cWatchDogSend();
@@ -60,7 +60,7 @@ class cWatchDogSend {
   private:
     void send();
 
-    void *event_; // null: there is none
+    void *event_; // null if it does not exist
     cSlot<cWatchDogSend> slot_;
 
   public:
@@ -71,7 +71,7 @@ namespace cat {
 
 extern cWatchDogQueue watchdog_queue;
 
-// What sig_init calls: a process that no watch dog started has none.
+// Called by sig_init: disables the link in a process that no watchdog started.
 void watchdog_startup_test();
 
 } // namespace cat

@@ -11,13 +11,13 @@
 
 namespace {
 
-constexpr std::size_t most_bytes = 65536; // of a list of names, or of one value: the system's limit
+constexpr std::size_t most_bytes = 65536; // the system's limit for a list of names or one value
 
 using cBuffer = std::unique_ptr<char[]>;
 
 bool has_no_attributes(int error) { return error == ENOTSUP || error == ENOSYS; }
 
-// What one of the system's calls that fill a buffer returns. False if it fails.
+// Stores the bytes that a system call writes to a buffer. False if the call fails.
 template <class Call> bool fill(std::string &bytes, Call const &call) {
     cBuffer const buffer = std::make_unique_for_overwrite<char[]>(most_bytes);
     ssize_t const size = call(buffer.get(), most_bytes);
@@ -26,7 +26,7 @@ template <class Call> bool fill(std::string &bytes, Call const &call) {
     return true;
 }
 
-// The names, each of which ends in a zero byte.
+// Stores the names of a list in which each ends in a NUL.
 template <class Call> bool list(std::vector<std::string> &names, Call const &call) {
     std::string bytes;
     if (!fill(bytes, call)) return has_no_attributes(errno);
@@ -47,7 +47,7 @@ bool copy_attribute(std::string const &from, int to, char const *name) {
     bool const known = fill(value, [&](char *bytes, std::size_t size) {
         return cat::os.getxattr(from.c_str(), name, bytes, size);
     });
-    if (!known) return errno == ENODATA; // it was removed meanwhile
+    if (!known) return errno == ENODATA; // another process removed it meanwhile
     bool const same =
         fill(present, [&](char *bytes,
                           std::size_t size) { return cat::os.fgetxattr(to, name, bytes, size); }) &&

@@ -1,13 +1,14 @@
 #pragma once
-// Extended attributes and access control lists, which the system shows as attributes.
+// Extended attributes and access control lists, which the system represents as attributes.
 
 #include <string>
 
 namespace cat {
 
-// Gives the open file `to`, which nobody else can open yet, the attributes of the file `from`. An
-// access list that `to` has from its folder and `from` lacks is removed: it would let others in.
-// False, with errno, if one cannot be copied or removed. True where there are no attributes.
+// Copies the attributes of the file `from` to the open file `to`, which nobody else can open yet.
+// Removes an access list that `to` inherited from its folder and `from` lacks, since it would let
+// others in. False, with errno, if an attribute cannot be copied or removed. True if the file
+// system has no attributes.
 bool copy_attributes(std::string const &from, int to);
 
 } // namespace cat

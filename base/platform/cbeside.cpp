@@ -13,14 +13,15 @@ constexpr int most_names = 100;
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-// A name for a new file in the folder of `path`; short, so that it fits where the path's does.
+// A name for a new file in the folder of `path`; short, so that it fits wherever the name in `path`
+// fits.
 std::string new_name(std::string const &path) {
     static constinit unsigned int count = 0;
     return cat::folder_of(path) + ".qrv" + std::to_string(::getpid()) + "-" +
            std::to_string(++count) + "~";
 }
 
-// Exactly the form of new_name(): `.qrvrc~` may be a person's backup of `.qrvrc`.
+// Accepts exactly the form of new_name(): `.qrvrc~` may be a person's backup of `.qrvrc`.
 bool is_new_name(std::string_view name) {
     if (!name.starts_with(".qrv") || !name.ends_with("~")) return false;
     name = name.substr(4, name.size() - 5);
@@ -37,23 +38,23 @@ int lock(int descriptor) {
     return 0;
 }
 
-// Closing can report an error of writing; the lock stays with the first descriptor.
-bool closes_well(int descriptor) {
+// Closes a duplicate, since closing can report a write error; the first descriptor keeps the lock.
+bool closes_without_error(int descriptor) {
     int const other = cat::os.dup(descriptor);
     return other >= 0 && cat::os.close(other) == 0;
 }
 
-// Nobody else may open a file before it has the rights of the old one.
+// A new file is private until it has the rights of the old one.
 mode_t first_mode(struct stat const *old) { return old ? 0600 : 0666; }
 
-// Did a step fail because this way is closed, rather than because something broke?
-bool way_is_closed() {
+// Whether a step failed because this method is impossible here, rather than because of a fault.
+bool is_impossible_here() {
     return errno == EACCES || errno == EPERM || errno == EROFS || errno == ENAMETOOLONG ||
            errno == EBUSY || errno == EXDEV;
 }
 
 cat::cOutcome failure() {
-    return way_is_closed() ? cat::cOutcome::not_possible : cat::cOutcome::failed;
+    return is_impossible_here() ? cat::cOutcome::not_possible : cat::cOutcome::failed;
 }
 
 bool is_own_file(struct stat const &info) {
@@ -65,11 +66,11 @@ void remove_if_unfinished(std::string const &path) {
     struct stat before {
     }, opened{}, now{};
     if (cat::os.lstat(path.c_str(), &before) != 0 || !is_own_file(before)) return;
-    // Some file systems lock only what can be written.
+    // Some file systems lock only files that are open for writing.
     cat::cDescriptor file(path, O_WRONLY | O_NOFOLLOW | O_NONBLOCK);
     if (!file.good() && !file.open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK)) return;
     if (lock(file.get()) != 0) return;
-    // Until the lock was there, the name may have gone to another file, or to none.
+    // Until the lock was acquired, the name may have passed to another file or disappeared.
     if (cat::os.fstat(file.get(), &opened) != 0 || !is_own_file(opened)) return;
     if (cat::os.lstat(path.c_str(), &now) != 0) return;
     if (opened.st_dev == now.st_dev && opened.st_ino == now.st_ino) cat::os.unlink(path.c_str());
@@ -107,7 +108,8 @@ bool cat::cBeside::create_named() {
     return false;
 }
 
-// Was it locked before another process began to remove it? Where there are no locks nobody does.
+// Whether it was locked before another process began to remove it. Where locks do not exist, nobody
+// removes it.
 bool cat::cBeside::keeps_name() const {
     struct stat info {};
     bool const locked = lock(file_.get()) != EWOULDBLOCK;
@@ -126,7 +128,7 @@ bool cat::cBeside::give_name() {
 }
 
 void cat::cBeside::remove() {
-    int const error = errno; // why it isn't wanted
+    int const error = errno; // the reason for the removal
     if (!name_.empty()) os.unlink(name_.c_str());
     name_.clear();
     errno = error;
@@ -143,11 +145,11 @@ cat::cOutcome cat::cBeside::fill() {
         static_cast<void>(os.fchmod(file_.get(), old->st_mode & 0700) == 0);
     }
     bool const written = content_.content.write(file_.get()) && bring_to_disk(file_.get()) &&
-                         closes_well(file_.get());
+                         closes_without_error(file_.get());
     return written ? cOutcome::done : cOutcome::failed;
 }
 
-// The mode comes last: until then nobody but the owner can do anything with the file.
+// Sets the mode last: until then only the owner has access to the file.
 bool cat::cBeside::take_over(struct stat const &old) {
     struct stat info {};
     if (os.fstat(file_.get(), &info) != 0) return false;

@@ -1,5 +1,5 @@
 #pragma once
-// An open file, closed at the latest when its owner is destroyed.
+// An open file descriptor, closed at the latest by its destructor.
 
 #include "base/platform/os_calls.h"
 

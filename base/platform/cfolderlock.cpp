@@ -1,10 +1,11 @@
-// The lock of a folder. It is asked for again and again, since a call that waits for it could be
-// ended only by a signal, and signals belong to the program.
+// The lock of a folder. It is polled, since only a signal could interrupt a blocking call, and
+// signals belong to the program.
 
 #include "qrv/base/platform/cfolderlock.h"
 
 #include "base/platform/clinks.h"
 #include "base/platform/os_calls.h"
+#include "qrv/base/platform/cplatform.h"
 
 #include <cerrno>
 #include <thread>
@@ -33,6 +34,12 @@ cat::FolderLock::FolderLock(std::string const &path, std::chrono::milliseconds w
 }
 
 cat::FolderLock::~FolderLock() {
-    if (held()) os.flock(descriptor_, LOCK_UN); // for processes that a fork created too
+    if (held()) os.flock(descriptor_, LOCK_UN); // also for processes that fork() created
     if (descriptor_ >= 0) os.close(descriptor_);
+}
+
+cat::FileLock::FileLock(std::string const &path, std::chrono::milliseconds wait) {
+    if (file_exists(path) && !is_regular(path)) return;
+    folder_.emplace(path, wait);
+    if (!folder_->busy()) remove_unfinished(path);
 }

@@ -1,10 +1,10 @@
-// The link's side of the system: datagrams to abstract Unix sockets, a named semaphore.
+// The system's side of the link: datagrams to abstract Unix sockets, and a named semaphore.
 //
-// One unconnected socket serves all receivers. It is made for the first message and kept, and is
-// not handed to programs that this one starts. A child of fork() shares it without harm: each
-// datagram tells its own sender. Whoever closes all descriptors, as a daemon does, closes it too,
-// and the number may mean something else then: so it is looked at before each use, and where it
-// isn't our socket any more it is left alone and another one is made.
+// One unconnected socket serves all receivers. It is created for the first message, stays open, and
+// is closed on exec. A child of fork() shares it safely, since each datagram carries its own
+// sender. A program that closes all descriptors, as a daemon does, closes it too, and its number
+// may then mean something else. So it is checked before each use; if it is not our socket any more,
+// a new one replaces it and the other file is left alone.
 
 #include "base/platform/clink.h"
 
@@ -29,7 +29,7 @@ constexpr int none = -1;
 
 struct cKeptSocket {
     int descriptor;
-    dev_t device; // with the number of the node: which socket it is
+    dev_t device; // with `node`: the identity of the socket
     ino_t node;
 };
 
@@ -39,7 +39,7 @@ bool is_kept(struct stat const &info) {
     return S_ISSOCK(info.st_mode) && info.st_dev == kept.device && info.st_ino == kept.node;
 }
 
-// Our socket, made where there is none; or none.
+// Our socket, created if necessary; -1 on failure.
 int sending_socket() {
     struct stat info {};
     if (kept.descriptor != none && cat::os.fstat(kept.descriptor, &info) == 0 && is_kept(info))
@@ -60,7 +60,7 @@ struct cAddress {
     socklen_t length = 0;
 };
 
-// The abstract name is a NUL, the prefix and the number in decimal; it has no end mark.
+// The abstract name is a NUL, the prefix and the decimal number, without a terminator.
 cAddress address_of(std::string_view prefix, std::uint32_t id) {
     cAddress address;
     address.to.sun_family = AF_UNIX;

@@ -1,12 +1,13 @@
 #pragma once
-// What the link to a watch dog needs of the system: who started the process, a message to a thread
-// of another process, and a named event. Nothing here waits, reports or changes errno.
+// The system calls for the link to a watchdog: a value from the process that started this one, a
+// message to a thread of another process, and a named event. Nothing here waits, reports or changes
+// errno.
 
 #include <cstdint>
 
 namespace cat {
 
-// Keeps errno as it was.
+// Restores errno when it is destroyed.
 class cKeepErrno {
   public:
     cKeepErrno() noexcept;
@@ -18,23 +19,24 @@ class cKeepErrno {
     int const before_;
 };
 
-// What whoever started the process left under this name; null if nothing, or if the process runs
-// with raised rights and must not believe it. Borrowed until the environment changes.
+// The environment value that the starting process set under this name. Null if it is not set, or if
+// the process runs with raised rights and must not trust it. Borrowed until the environment
+// changes.
 char const *start_value(char const *name);
 
-// Three numbers for the thread `id`: to the function that qrv_set_post_message() set, which may
-// throw and call anything; else as one datagram to the abstract Unix socket of that prefix and
-// number, which is lost where there is no such socket or no room.
+// Sends three numbers to the thread `id`: to the function that qrv_set_post_message() set, which
+// may throw and call anything; else as one datagram to the abstract Unix socket of that prefix and
+// number. The datagram is dropped if the socket does not exist or is full.
 void post_message(char const *socket_prefix, std::uint32_t id, std::uint32_t message,
                   std::uint32_t wParam, std::int32_t lParam);
 
-// May a process of the user `us` use what belongs to `owner`?
+// Whether a process of the user `us` may use an object of `owner`.
 constexpr bool trusts_owner(std::uint32_t owner, std::uint32_t us) {
     return owner == us || owner == 0;
 }
 
-// An event that others can wait for, made by somebody else. Null if there is none, or if it belongs
-// to another user who isn't root. close_event() for each that was opened.
+// Opens an event that another process created. Null if it does not exist, or if it belongs to
+// another user who isn't root. Each opened event needs one close_event().
 void *open_event(char const *name) noexcept;
 void set_event(void *event) noexcept;
 void close_event(void *event) noexcept;

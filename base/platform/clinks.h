@@ -1,5 +1,5 @@
 #pragma once
-// Where symbolic links lead.
+// Resolves symbolic links.
 
 #include <optional>
 #include <string>
@@ -9,8 +9,8 @@ namespace cat {
 std::string folder_of(std::string const &path); // ends in a slash
 std::string name_of(std::string const &path);
 
-// Where the content is, or will be if links lead to nothing yet. Nothing, with errno, if a link
-// can't be read: a new file must not take the link's place.
+// The path of the content, or the path that it will have if the links lead to a missing file.
+// nullopt, with errno, if a link cannot be read: a new file must not replace the link.
 std::optional<std::string> follow_links(std::string path);
 
 } // namespace cat

@@ -15,7 +15,7 @@ constexpr std::string_view separators = "\\/:";
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
 
-// A name that is nothing but the suffix has none.
+// A name that consists of the suffix alone has no suffix.
 bool has_suffix(std::string_view name) {
     std::string_view const suffix = cat::module_suffixes.front();
     return name.size() > suffix.size() && std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(),
@@ -27,9 +27,10 @@ bool is_absolute(std::string_view name) {
     return name.starts_with('\\') || name.starts_with('/');
 }
 
-// What must not be handed to the system, which would wait for the other end of a pipe. What is not
-// there, and a folder, it answers itself; a path without a slash it looks for in its own folders.
-std::string why_not(std::string const &path, cat::path_refusal refusal) {
+// The reason why the system must not see this path: it would block on a pipe, for example. The
+// system itself reports a missing file or a folder; it searches its own folders for a path without
+// a slash.
+std::string refusal_reason(std::string const &path, cat::path_refusal refusal) {
     if (path.find('\0') != std::string::npos) return "a zero byte in the name";
     if (path.size() >= PATH_MAX) return "File name too long"; // the loader copies it to the stack
     struct stat info {};
@@ -38,9 +39,9 @@ std::string why_not(std::string const &path, cat::path_refusal refusal) {
     return refusal ? refusal(path) : std::string();
 }
 
-// Null, and the system's words.
+// Null on failure, with the system's message in `words`.
 void *open_library(std::string const &path, std::string &words, cat::path_refusal refusal) {
-    words = why_not(path, refusal);
+    words = refusal_reason(path, refusal);
     if (!words.empty()) return nullptr;
     if (void *const library = cat::os.dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) return library;
     char const *const text = cat::os.dlerror();
@@ -59,8 +60,8 @@ link_map const *map_of(void *library) {
     return cat::os.dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 ? map : nullptr;
 }
 
-// Is this address in the file, not in another one that it needs?
-bool lies_in(void const *address, void *library) {
+// Whether this address is in the file itself, not in another one that it needs.
+bool is_in(void const *address, void *library) {
     Dl_info info{};
     void *map = nullptr;
     return ::dladdr1(address, &info, &map, RTLD_DL_LINKMAP) != 0 && map == map_of(library);
@@ -78,8 +79,8 @@ std::string cat::module_base_name(std::string const &name) {
     return std::string(base.substr(base.find_last_of(separators) + 1)); // npos + 1 is 0
 }
 
-// DELIBERATE: the name is taken as it is, so one that has the suffix is looked for with it twice.
-// Pinned: a_name_with_the_suffix_is_looked_for_with_it_twice
+// DELIBERATE: the name is used unchanged, so a name with the suffix is tried with a second one.
+// Pinned: a_name_with_the_suffix_is_searched_only_with_another_suffix
 void *cat::open_module(std::string const &name, std::string &failures, path_refusal refusal) {
     if (name.size() >= PATH_MAX) {
         failures = "A name of " + std::to_string(name.size()) + " characters is too long";
@@ -100,7 +101,7 @@ void *cat::open_module(std::string const &name, std::string &failures, path_refu
 
 cat::module_function cat::function_in(void *library, char const *name) {
     void *const address = os.dlsym(library, name);
-    if (!address || !lies_in(address, library)) return nullptr;
+    if (!address || !is_in(address, library)) return nullptr;
     return reinterpret_cast<module_function>(address);
 }
 
@@ -109,7 +110,7 @@ std::string cat::library_path(void *library) {
     return map ? map->l_name : "";
 }
 
-void cat::close_library(void *library) { os.dlclose(library); } // RUNS FOREIGN CODE
+void cat::close_library(void *library) { os.dlclose(library); } // RUNS USER CODE
 
 bool cat::is_loaded(std::string const &path) {
     void *const library = os.dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);

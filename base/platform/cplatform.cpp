@@ -14,9 +14,10 @@
 
 namespace {
 
-// Everybody may make a file where named semaphores lie, and one that is too short would end the
-// process at its first use. So it must belong to us or to root: nobody else can put another one in
-// its place between the look and the opening, for only its owner may take it away there.
+// Anybody may create a file in the folder of named semaphores, and a file that is too short would
+// end the process at its first use. So the file must belong to us or to root: then nobody else can
+// replace it between the check and the opening, since only its owner may remove it from that
+// folder.
 sem_t *open_semaphore(char const *name) {
     std::string const path = std::string("/dev/shm/sem.") + (name + (*name == '/'));
     struct stat info {};
@@ -27,7 +28,7 @@ sem_t *open_semaphore(char const *name) {
     return SEM_FAILED;
 }
 
-// By /proc, since a descriptor alone needs a right that few processes have.
+// Uses /proc, since linking a descriptor directly needs a right that few processes have.
 int link_open(int descriptor, char const *to) {
     std::string const from = "/proc/self/fd/" + std::to_string(descriptor);
     return ::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to, AT_SYMLINK_FOLLOW);
@@ -84,7 +85,7 @@ constinit cat::os_calls cat::os{
 
 namespace {
 
-constexpr int not_asked = -2; // the environment was not looked at yet
+constexpr int not_asked = -2; // the environment was not read yet
 constexpr int nowhere = -1;
 
 using cDebugHook = void (*)(char const *text);
@@ -98,8 +99,8 @@ int open_debug_target() {
     return ::open(target, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
 }
 
-// After a failed write: may the rest be tried again?
-bool may_go_on(int descriptor) {
+// Whether the rest can be tried again after a failed write.
+bool may_retry(int descriptor) {
     if (errno == EINTR) return true;
     if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
     pollfd waiting{descriptor, POLLOUT, 0};
@@ -122,7 +123,7 @@ bool cat::write_all(int descriptor, std::string_view bytes) {
         ssize_t const done = os.write(descriptor, bytes.data(), bytes.size());
         if (done > 0)
             bytes.remove_prefix(static_cast<std::size_t>(done));
-        else if (done == 0 || !may_go_on(descriptor))
+        else if (done == 0 || !may_retry(descriptor))
             return false;
     }
     return true;

@@ -1,21 +1,21 @@
-// Giving a file new content without losing the old one.
+// Replaces the content of a file without losing the old one.
 //
 //   beside:    create a file in the target's folder --> owner, attributes and mode --> write
 //              --> fsync --> last look --> rename
-//   in place:  last look --> open without truncating --> note the old bytes --> reserve room
+//   in place:  last look --> open without truncating --> remember the old bytes --> reserve room
 //              --> write --> cut to length --> fsync
 //              any failure from there on --> write the old bytes
 //   copy:      read --> beside, renamed to a name that must be free
-//   last look: the backup is written beside --> the file is compared with what is expected
+//   last look: the backup is written beside --> the file is compared with the expected bytes
 //              --> the backup is renamed
 //
-// Beside is the way for a plain file: whatever fails, and wherever the process is killed, the name
-// leads to the old or to the new content, whole. In place is for what a rename would change into
-// something else. There a full disk is met before the first byte changes, and what fails later is
-// undone; but a kill in the middle leaves a mixture, and so does a failing device if it refuses the
-// old bytes too, or if they must not be read.
+// "Beside" is the method for regular files: if any step fails, and wherever the process is
+// killed, the name leads to the whole old or the whole new content. "In place" is for files that a
+// rename would turn into something else. It detects a full disk before the first byte changes, and
+// undoes later failures. But a kill in the middle leaves a mixture of both contents, and so does a
+// failing device if it rejects the old bytes too, or if they must not be read.
 //
-// errno tells why a result is false.
+// errno has the reason of a false result.
 
 #include "base/platform/cbeside.h"
 #include "base/platform/clinks.h"
@@ -31,7 +31,8 @@ namespace {
 
 using cat::cBeside, cat::content_of, cat::cDescriptor, cat::cOutcome, cat::Replaced;
 
-// May a file be that long? Asked first, since the system ends a process that goes on.
+// Whether a file may have that length. Checked first, since the system ends a process that writes
+// beyond its limit.
 bool within_limit(std::uint64_t length) {
     rlimit limit{};
     bool const good = ::getrlimit(RLIMIT_FSIZE, &limit) != 0 || length <= limit.rlim_cur;
@@ -39,14 +40,14 @@ bool within_limit(std::uint64_t length) {
     return good;
 }
 
-// Room for `length` bytes, found before anything of the old content changes. A file system that
-// can't reserve is tried all the same.
+// Reserves room for `length` bytes before the old content changes. If the file system cannot
+// reserve, the write is tried all the same.
 bool reserve(int descriptor, off_t old_length, off_t length) {
     if (length == 0) return true;
     if (cat::os.fallocate(descriptor, 0, length) == 0) return true;
     int const error = errno;
     if (error != ENOSPC && error != EDQUOT && error != EFBIG && error != EIO) return true;
-    // Whatever was reserved behind the old end goes again; if that fails too, nothing was lost.
+    // Frees the room that was reserved after the old end; a failure here loses no data.
     static_cast<void>(cat::os.ftruncate(descriptor, old_length) == 0);
     errno = error;
     return false;
@@ -86,21 +87,20 @@ bool write_in_place(std::string const &path, struct stat const &old, cat::Conten
     return false;
 }
 
-// A device, a pipe: nothing old to lose.
+// Writes to a device or a pipe, which has no old content to lose.
 bool write_through(std::string const &path, cat::Content const &content) {
     cDescriptor file(path, O_WRONLY | O_TRUNC);
     return file.good() && content.write(file.get()) && file.close();
 }
 
-// A descriptor that somebody holds open, reached by name: a rename would leave it behind. In
-// /dev/shm/ are plain files.
+// An open descriptor, reached by name: a rename would not affect it. /dev/shm/ has regular files.
 bool names_a_descriptor(std::string const &path) {
     return (path.starts_with("/dev/") && !path.starts_with("/dev/shm/")) ||
            path.starts_with("/proc/");
 }
 
-// A working folder that was removed is still a folder, but has no name and takes nothing.
-bool takes_files(std::string const &folder) {
+// A removed working folder is still a folder, but has no name and accepts no files.
+bool accepts_files(std::string const &folder) {
     struct stat info {};
     if (cat::os.stat(folder.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return false;
     if (info.st_nlink == 0) errno = ENOENT;
@@ -112,11 +112,11 @@ bool can_make_file(std::string const &path) {
     if (!target) return false;
     std::string const name = cat::name_of(*target), folder = cat::folder_of(*target);
     if (name.size() > NAME_MAX) errno = ENAMETOOLONG;
-    return !name.empty() && name.size() <= NAME_MAX && takes_files(folder) &&
+    return !name.empty() && name.size() <= NAME_MAX && accepts_files(folder) &&
            cat::os.faccess(folder.c_str(), W_OK | X_OK) == 0;
 }
 
-// An existing backup is replaced, but nothing that is not a plain file.
+// A backup replaces an existing one, but only a regular file.
 bool may_be_backup(std::string const &name, std::string const &suffix) {
     struct stat info {};
     if (suffix.find('/') != suffix.npos) {
@@ -128,10 +128,10 @@ bool may_be_backup(std::string const &name, std::string const &suffix) {
     return S_ISREG(info.st_mode);
 }
 
-// The replacement of a plain file, or the creation of one.
+// Replaces or creates a regular file.
 class cReplacement {
   public:
-    // `old` is null when there is no such file yet.
+    // `old` is null if the file does not exist yet.
     cReplacement(std::string const &path, struct stat const *old, cat::Content const &content,
                  cat::ReplaceOptions const &options)
         : path_(path), old_(old), content_(content), options_(options) {}
@@ -159,7 +159,7 @@ class cReplacement {
         return written ? cOutcome::done : cOutcome::failed;
     }
 
-    // May the file change now?
+    // Whether the file may change now.
     bool last_look() {
         if (options_.backup.empty() || !old_) return is_expected();
         std::string const name = target_ + options_.backup;
@@ -192,7 +192,7 @@ class cReplacement {
     cat::Content const &content_;
     cat::ReplaceOptions const &options_;
     std::string target_;
-    Replaced result_ = Replaced::failed; // unless it is done
+    Replaced result_ = Replaced::failed; // until it is done
 };
 
 } // namespace
@@ -232,7 +232,7 @@ bool cat::copy_to_new_file(std::string const &path, std::string const &copy) {
     struct stat old {};
     std::string bytes;
     if (os.stat(path.c_str(), &old) != 0) return false;
-    bool const taken = file_exists(copy); // the rename finds it out again, and for sure
+    bool const taken = file_exists(copy); // a hint only: the rename itself detects an existing file
     if (taken || !S_ISREG(old.st_mode)) {
         errno = taken ? EEXIST : EINVAL;
         return false;

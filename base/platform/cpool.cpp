@@ -23,8 +23,8 @@ struct cCell {
 };
 
 struct alignas(16) cBlock : cat::pool::cRingLinks<cBlock> {
-    cCell *free;          // cells that came back
-    std::byte *fresh;     // from here to the end no cell was taken yet
+    cCell *free;          // cells that were freed
+    std::byte *fresh;     // no cell from here to the end was ever taken
     std::uint32_t living; // cells taken
     std::uint32_t cell_size;
 
@@ -58,7 +58,7 @@ bool add_block(cBlock *&ring, std::size_t size) noexcept {
     return true;
 }
 
-// The first block is full, or does not exist.
+// For a first block that is full or does not exist.
 [[gnu::noinline]] void *take_elsewhere(std::size_t size) {
     cBlock *&ring = ring_of(size);
     if (ring && ring->next->has_room()) {
@@ -66,12 +66,12 @@ bool add_block(cBlock *&ring, std::size_t size) noexcept {
     } else if (!add_block(ring, size)) {
         std::new_handler const handler = std::get_new_handler();
         if (!handler) throw std::bad_alloc();
-        handler(); // RE-ENTERS: may have freed something
+        handler(); // RE-ENTERS: may have freed memory
     }
     return cat::pool::take(size);
 }
 
-// The block has its first free cell, or all of them.
+// Moves a block that has its first free cell, or frees one whose cells are all free.
 [[gnu::noinline]] void rearrange(cBlock *block, cBlock *&ring) noexcept {
     if (block->living == 0) {
         bool const is_last = block->next == block;

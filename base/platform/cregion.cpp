@@ -1,4 +1,5 @@
-// A region's state is at the end of its last block, so each block begins at a multiple of its size.
+// A region's state is at the end of its last block, and each block begins at a multiple of its
+// size.
 
 #include "base/platform/cregion.h"
 
@@ -18,17 +19,18 @@ constexpr std::size_t region_size = 2 * 1024 * 1024;
 constexpr std::uint32_t all_blocks = 0xFFFFFFFFu;
 static_assert(region_size / block_size == 32);
 
-// Free blocks of the first region that keep their pages. Others keep the last, where a region may
-// have its state.
+// Free blocks of the first region that keep their pages. All others keep only the last page, where
+// a region may have its state.
 constexpr int blocks_kept = 4;
 constexpr std::size_t page_size = 4096;
-// A region is wanted soon if not more blocks than this were taken or given since one went back.
+// A region is needed again soon if at most this many blocks were taken or freed since one was
+// unmapped.
 constexpr unsigned soon = 16;
 
-// In the ring of those with free blocks.
+// Linked in the ring of regions with free blocks.
 struct cRegion : cat::pool::cRingLinks<cRegion> {
     std::uint32_t free;    // a bit for each free block
-    std::uint32_t touched; // of the first region's blocks, which have pages
+    std::uint32_t touched; // blocks of the first region that have pages
 
     std::byte *begin() noexcept {
         return reinterpret_cast<std::byte *>(reinterpret_cast<std::uintptr_t>(this) &
@@ -49,7 +51,7 @@ std::byte *map(std::size_t size) noexcept {
     return memory == MAP_FAILED ? nullptr : static_cast<std::byte *>(memory);
 }
 
-// Aligned to its size: cut from a mapping of twice the size.
+// Maps twice the size and keeps the aligned part.
 std::byte *map_region() noexcept {
     std::byte *const memory = map(2 * region_size);
     if (!memory) return nullptr;
@@ -64,8 +66,8 @@ cRegion *region_of(void const *block) noexcept {
     return reinterpret_cast<cRegion *>(begin + region_size - (block_size - block_room));
 }
 
-// With a large page, if the system has one, and else with all its pages at once: a fault for each,
-// and even for each block, is dearer. All advice is a wish only.
+// Uses a large page if the system has one, else populates all pages at once: one page fault for
+// each page, or even for each block, costs more. The system may ignore all this advice.
 cRegion *add_region() noexcept {
     std::byte *const memory = map_region();
     if (!memory) return nullptr;

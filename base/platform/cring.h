@@ -1,5 +1,5 @@
 #pragma once
-// The links of objects in a ring, the base of their class: struct cBlock : cRingLinks<cBlock>.
+// The links of objects in a ring, as a base class: struct cBlock : cRingLinks<cBlock>.
 
 namespace cat::pool {
 

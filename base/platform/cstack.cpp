@@ -1,7 +1,7 @@
-// The stack of the running thread: bounds by pthread, asked once for each thread and kept.
+// The stack of the running thread: pthread reports the bounds, once for each thread.
 //
-// A thread's lowest address is fixed for its life. For the main thread it comes from the limit at
-// the time of asking, which the system honours by growing the stack on demand.
+// A thread's lowest address is fixed for its life. For the main thread it follows from the limit at
+// the time of the query; the system grows the stack on demand up to that limit.
 
 #include "qrv/base/platform/cstack.h"
 
@@ -15,14 +15,14 @@ extern "C" void *__libc_stack_end; // near the main thread's high end, set by th
 namespace {
 
 struct cBounds {
-    std::uintptr_t lowest; // 0: not asked yet
+    std::uintptr_t lowest; // 0 if not queried yet
     std::uintptr_t end;
     std::size_t reserve;
 };
 
 constinit thread_local cBounds bounds{0, 0, 0};
 
-// Where the bounds can't be told the answer is one that never stops a walk.
+// If the bounds are unknown, these never stop a walk.
 cBounds unknown() noexcept { return {1, reinterpret_cast<std::uintptr_t>(__libc_stack_end), 0}; }
 
 cBounds ask() noexcept {

@@ -1,6 +1,6 @@
 #pragma once
-// The system calls behind files, the loading of modules and the link to a watch dog, as a table: a
-// test puts its own functions in to make the n-th call fail, or to end the process there.
+// The system calls for files, modules and the link to a watchdog, as a table: a test substitutes
+// its own functions to make the n-th call fail, or to end the process there.
 
 #include <cstdio>
 #include <dlfcn.h>
@@ -23,14 +23,14 @@ struct os_calls {
     int (*dup)(int descriptor);
     int (*flock)(int descriptor, int operation);
     int (*fsync)(int descriptor);
-    int (*fallocate)(int descriptor, off_t offset, off_t length); // the file stays as long as it is
+    int (*fallocate)(int descriptor, off_t offset, off_t length); // the length does not change
     int (*ftruncate)(int descriptor, off_t length);
     int (*fchmod)(int descriptor, mode_t mode);
     int (*fchown)(int descriptor, uid_t user, gid_t group);
     int (*rename)(char const *from, char const *to);
-    int (*rename_new)(char const *from, char const *to); // never over what is there
+    int (*rename_new)(char const *from, char const *to); // fails if `to` exists
     int (*link)(char const *from, char const *to);
-    int (*link_open)(int descriptor, char const *to); // a name for an open file that has none
+    int (*link_open)(int descriptor, char const *to); // gives an unnamed open file a name
     int (*unlink)(char const *path);
     int (*stat)(char const *path, struct stat *info);
     int (*lstat)(char const *path, struct stat *info);
@@ -41,7 +41,7 @@ struct os_calls {
     ssize_t (*fgetxattr)(int descriptor, char const *name, void *value, size_t size);
     int (*fsetxattr)(int descriptor, char const *name, void const *value, size_t size, int flags);
     int (*fremovexattr)(int descriptor, char const *name);
-    int (*access)(char const *path, int mode);  // with the real rights, as asked
+    int (*access)(char const *path, int mode);  // with the real user's rights
     int (*faccess)(char const *path, int mode); // with the effective ones
     int (*chmod)(char const *path, mode_t mode);
     ssize_t (*readlink)(char const *path, char *target, size_t size);
@@ -54,7 +54,7 @@ struct os_calls {
     int (*socket)(int family, int type, int protocol);
     ssize_t (*sendto)(int descriptor, void const *bytes, size_t count, int flags,
                       sockaddr const *address, socklen_t length);
-    sem_t *(*sem_open)(char const *name); // one that is there and can be trusted
+    sem_t *(*sem_open)(char const *name); // one that exists and can be trusted
     int (*sem_post)(sem_t *semaphore);
     int (*sem_close)(sem_t *semaphore);
 };

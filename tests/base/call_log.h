@@ -1,5 +1,5 @@
 #pragma once
-// What was called, in order, as one text: "a;b(3);" and so on.
+// The calls made so far, in order, as one string: "a;b(3);" and so on.
 
 #include "qrv/base/csignal.h"
 
@@ -15,7 +15,7 @@ struct CallLog {
     }
 };
 
-// A slot that writes its name into a log and then runs what the test gave it.
+// A slot that writes its name into a log and then runs the action that the test gave it.
 class LogSlot : public cSSBase0 {
   public:
     LogSlot(CallLog &log, std::string name, std::function<void()> what = {})
@@ -28,7 +28,7 @@ class LogSlot : public cSSBase0 {
         if (isblocked()) return;
         BlockOnCall const self_block(this);
         log_.text += name_ + ";";
-        auto const run = then; // a slot may be destroyed by what it runs
+        auto const run = then; // the action may destroy the slot
         if (run) run();
     }
 
@@ -43,7 +43,7 @@ class LogSlot : public cSSBase0 {
     std::function<void()> then;
 };
 
-// The protected part of a node, for the tests of counts and places.
+// Reaches the protected part of a node, for tests of use counts and positions.
 struct OpenConnection : cConnection {
     using cConnection::do_delete;
     using cConnection::lock_delete;

@@ -1,4 +1,4 @@
-// File names: pieces, numbers, searches.
+// File names: components, version numbers, searches.
 
 #include "qrv/base/cfilename.h"
 
@@ -18,7 +18,7 @@ namespace {
 
 void touch(std::string const &path) { std::ofstream(path) << "x"; }
 
-// Works in a folder of its own; the system calls are put back afterwards.
+// Works in its own temporary folder, and restores the system calls afterwards.
 class FileName : public QrvTest {
   protected:
     FileName() : before_(fs::current_path()) {
@@ -39,7 +39,7 @@ class FileName : public QrvTest {
     cat::os_calls const calls_ = cat::os;
 };
 
-// The result of fNextReadName as one text: result, name, count.
+// The result of fNextReadName as one string: result, name, count.
 std::string next_read(char const *name, char const *prev, int count, char const *tag) {
     std::string out;
     bool const good = fNextReadName(name, prev, out, count, tag);
@@ -78,13 +78,13 @@ TEST_F(FileName, both_separators_end_the_folder_and_stay_with_it) {
     EXPECT_EQ(extractFileName("c:b.txt", true), "c:b.txt") << "there are no drives";
 }
 
-TEST_F(FileName, a_dot_in_the_folder_is_no_extension) {
+TEST_F(FileName, a_dot_in_the_folder_does_not_begin_an_extension) {
     EXPECT_EQ(extractExtension("a.b/c"), "");
     EXPECT_EQ(extractFileName("a.b/c", false), "c");
     EXPECT_EQ(extractExtension("a.b\\c"), "");
 }
 
-TEST_F(FileName, dots_at_the_ends_of_the_name) {
+TEST_F(FileName, a_dot_at_either_end_of_the_name_begins_an_extension) {
     EXPECT_EQ(extractExtension(".profile"), ".profile");
     EXPECT_EQ(extractFileName(".profile", false), "");
     EXPECT_EQ(extractExtension("a."), ".");
@@ -130,7 +130,7 @@ TEST_F(FileName, names_of_any_length_stay_whole) {
 
 // --- versions ---
 
-TEST_F(FileNameEdge, the_next_version_is_the_first_number_that_is_free) {
+TEST_F(FileNameEdge, the_next_version_is_the_first_free_number) {
     touch("x.txt");
     EXPECT_EQ(getNextVersion("x.txt"), "x_1.txt");
     fs::remove("x.txt");
@@ -165,7 +165,7 @@ TEST_F(FileName, version_1000_is_the_last_and_may_exist) {
     EXPECT_EQ(getNextVersion("x.txt"), "x_1000.txt");
 }
 
-TEST_F(FileName, a_file_that_cannot_be_asked_about_is_taken_for_none) {
+TEST_F(FileName, a_file_that_cannot_be_accessed_counts_as_absent) {
     cat::os.access = [](char const *, int) {
         errno = EIO;
         return -1;
@@ -176,12 +176,12 @@ TEST_F(FileName, a_file_that_cannot_be_asked_about_is_taken_for_none) {
 
 // --- series for reading ---
 
-TEST_F(FileNameEdge, a_series_that_is_read_goes_on_with_the_larger_number) {
+TEST_F(FileNameEdge, reading_a_series_continues_with_the_larger_number) {
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 2, ".dat"), "true run0005.dat 6");
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 9, ".dat"), "true run0009.dat 10");
 }
 
-TEST_F(FileName, the_same_number_stays_and_counts_on) {
+TEST_F(FileName, an_equal_number_is_used_and_the_count_grows) {
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 4, ".dat"), "true run0005.dat 6");
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 5, ".dat"), "true run0005.dat 6");
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 6, ".dat"), "true run0006.dat 7");
@@ -193,7 +193,7 @@ TEST_F(FileName, another_name_begins_a_new_series) {
     EXPECT_EQ(next_read("ru.dat", "", 9, ".dat"), "true ru.dat 0");
 }
 
-TEST_F(FileName, a_series_is_followed_upward) {
+TEST_F(FileName, a_series_is_read_in_ascending_order) {
     std::string name = "run0008.dat", out, all;
     int count = 0;
     for (int i = 0; i < 4; ++i) {
@@ -203,14 +203,14 @@ TEST_F(FileName, a_series_is_followed_upward) {
     EXPECT_EQ(all, "run0008.dat run0009.dat run0010.dat run0011.dat ");
 }
 
-TEST_F(FileName, a_name_without_the_tag_is_told) {
+TEST_F(FileName, a_name_without_the_tag_is_reported) {
     EXPECT_EQ(next_read("run0005.txt", "run0005.txt", 9, ".dat"), "false run0005.txt 9");
     EXPECT_EQ(messages(), "other format required\n");
     EXPECT_EQ(next_read("run0005.txt", "other", 9, ".dat"), "false run0005.txt 0");
     EXPECT_EQ(messages(), "other format required\n");
 }
 
-TEST_F(FileName, a_tag_before_place_4_leaves_name_and_count) {
+TEST_F(FileName, a_tag_before_position_4_leaves_name_and_count_unchanged) {
     EXPECT_EQ(next_read("005.dat", "005.dat", 9, ".dat"), "true 005.dat 9");
     EXPECT_EQ(next_read("0005.dat", "0005.dat", 9, ".dat"), "true 0009.dat 10");
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 9, ""), "true run0005.dat 9");
@@ -222,13 +222,13 @@ TEST_F(FileName, the_first_occurrence_of_the_tag_counts) {
     EXPECT_EQ(next_read("0001.dat0005.dat", "0001.dat0005.dat", 9, ".dat"), "true 0009.dat 10");
 }
 
-TEST_F(FileName, what_is_no_number_leaves_name_and_count) {
+TEST_F(FileName, a_missing_number_leaves_name_and_count_unchanged) {
     for (char const *name : {"abcd.dat", "x-+1.dat", "--12.dat", "   -.dat", "    .dat"})
         EXPECT_EQ(next_read(name, name, 9, ".dat"), std::string("true ") + name + " 9");
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(FileName, blanks_and_a_sign_may_stand_before_the_digits) {
+TEST_F(FileName, blanks_and_a_sign_may_precede_the_digits) {
     EXPECT_EQ(next_read("  12.dat", "  12.dat", 2, ".dat"), "true   12.dat 13");
     EXPECT_EQ(next_read("+012.dat", "+012.dat", 2, ".dat"), "true +012.dat 13");
     EXPECT_EQ(next_read("-012.dat", "-012.dat", -50, ".dat"), "true -012.dat -11");
@@ -238,7 +238,7 @@ TEST_F(FileName, blanks_and_a_sign_may_stand_before_the_digits) {
     EXPECT_EQ(next_read("    7", "    7", 2, "7"), "true     7 8") << "the tag is read on into";
 }
 
-TEST_F(FileName, a_shorter_name_ends_at_its_mark_and_the_string_never_shrinks) {
+TEST_F(FileName, a_shorter_name_ends_at_a_null_character_and_the_string_never_shrinks) {
     std::string out;
     int count = 9;
     std::string const name = "run0005.dat.backup";
@@ -247,7 +247,7 @@ TEST_F(FileName, a_shorter_name_ends_at_its_mark_and_the_string_never_shrinks) {
     EXPECT_EQ(out, std::string("run0009.dat\0backup", 18));
 }
 
-TEST_F(FileName, a_number_of_more_digits_makes_the_string_longer) {
+TEST_F(FileName, a_number_with_more_digits_lengthens_the_string) {
     std::string out;
     int count = 12345;
     ASSERT_TRUE(fNextReadName("run0005.dat", "run0005.dat", out, count, ".dat"));
@@ -260,7 +260,7 @@ TEST_F(FileName, a_number_of_more_digits_makes_the_string_longer) {
 
 // --- series for writing ---
 
-TEST_F(FileNameEdge, a_series_that_is_written_ends_at_number_1000) {
+TEST_F(FileNameEdge, writing_a_series_ends_at_number_1000) {
     static std::string last;
     cat::os.access = [](char const *path, int) {
         last = path;
@@ -276,7 +276,7 @@ TEST_F(FileNameEdge, a_series_that_is_written_ends_at_number_1000) {
     EXPECT_EQ(next_written("run.dat", "run.dat", 1000, ".dat"), "false run1000.dat 1001");
 }
 
-TEST_F(FileNameEdge, a_count_of_1001_or_more_tries_once) {
+TEST_F(FileNameEdge, a_count_of_1001_or_more_tries_one_number) {
     static int asked;
     asked = 0;
     cat::os.access = [](char const *, int) {
@@ -292,7 +292,7 @@ TEST_F(FileNameEdge, a_count_of_1001_or_more_tries_once) {
     EXPECT_EQ(next_written("run.dat", "run.dat", 1001, ".dat"), "true run1001.dat 1002");
 }
 
-TEST_F(FileName, numbers_that_are_taken_are_stepped_over) {
+TEST_F(FileName, numbers_in_use_are_skipped) {
     touch("run0000.dat");
     touch("run0001.dat");
     EXPECT_EQ(next_written("run.dat", "", 7, ".dat"), "true run0002.dat 3");
@@ -300,17 +300,17 @@ TEST_F(FileName, numbers_that_are_taken_are_stepped_over) {
     EXPECT_EQ(next_written("run.dat", "run.dat", -7, ".dat"), "true run-007.dat -6");
 }
 
-TEST_F(FileName, the_number_goes_where_the_last_dot_is) {
+TEST_F(FileName, the_number_is_inserted_at_the_last_dot) {
     EXPECT_EQ(next_written("run", "", 0, ".dat"), "true run0000.dat 1");
     EXPECT_EQ(next_written("a.b.c", "", 0, ""), "true a.b0000 1");
     EXPECT_EQ(next_written("", "", 0, ".dat"), "true 0000.dat 1");
 }
 
-TEST_F(FileName, a_dot_in_the_folder_is_taken_when_the_name_has_none) {
+TEST_F(FileName, a_dot_in_the_folder_is_used_when_the_name_has_none) {
     EXPECT_EQ(next_written("a.b/run", "", 0, ".dat"), "true a0000.dat 1");
 }
 
-TEST_F(FileName, a_shorter_text_leaves_the_rest_behind_its_mark) {
+TEST_F(FileName, a_shorter_result_leaves_old_characters_after_its_null_character) {
     std::string out;
     int count = 0;
     ASSERT_TRUE(fNextWritName("run.a-long-ending", "", out, count, ".d"));
@@ -319,7 +319,7 @@ TEST_F(FileName, a_shorter_text_leaves_the_rest_behind_its_mark) {
     EXPECT_EQ(out, "run0000.dat") << "longer than the name: the string has grown";
 }
 
-TEST_F(FileName, arguments_may_lie_in_the_result) {
+TEST_F(FileName, arguments_may_point_into_the_result) {
     std::string out = "run0005.dat";
     int count = 0;
     ASSERT_TRUE(fNextReadName(out.c_str(), "", out, count, out.c_str() + 7));
@@ -334,10 +334,10 @@ TEST_F(FileName, arguments_may_lie_in_the_result) {
 
 namespace {
 
-// The folder of this program, with its separator.
+// The folder of this program, with a separator at its end.
 std::string program_folder() { return extractDirName(cat::program_file().c_str()); }
 
-// A file near the program, with the folder that it needs; both go at the end.
+// A file near the program, and its folder if needed; both are removed at the end.
 class cNearProgram {
   public:
     explicit cNearProgram(std::string const &name) : path_(program_folder() + name) {
@@ -360,7 +360,7 @@ class cNearProgram {
 
 } // namespace
 
-TEST_F(FileNameEdge, the_working_folder_comes_before_the_programs) {
+TEST_F(FileNameEdge, the_working_folder_is_searched_before_the_programs_folder) {
     cNearProgram const there("qrv_test_find.cfg");
     EXPECT_EQ(shown(pGetCfgFileName("qrv_test_find.cfg", true)), there.path());
     touch("qrv_test_find.cfg");
@@ -368,14 +368,14 @@ TEST_F(FileNameEdge, the_working_folder_comes_before_the_programs) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(FileName, configuration_is_found_beside_the_program_then_one_folder_up) {
+TEST_F(FileName, configuration_is_searched_beside_the_program_then_one_folder_up) {
     cNearProgram const up("../qrv_test_find.cfg");
     EXPECT_EQ(shown(pGetCfgFileName("qrv_test_find.cfg", true)), up.path());
     cNearProgram const beside("qrv_test_find.cfg");
     EXPECT_EQ(shown(pGetCfgFileName("qrv_test_find.cfg", true)), beside.path());
 }
 
-TEST_F(FileName, run_time_files_are_found_in_four_folders_in_this_order) {
+TEST_F(FileName, run_time_files_are_searched_in_four_folders_in_order) {
     cNearProgram const last("../runtime/qrv_test_find.bin");
     EXPECT_EQ(shown(pGetRuntimeFileName("qrv_test_find.bin", "", true)), last.path());
     cNearProgram const third("runtime/qrv_test_find.bin");
@@ -388,13 +388,13 @@ TEST_F(FileName, run_time_files_are_found_in_four_folders_in_this_order) {
     EXPECT_EQ(shown(pGetRuntimeFileName("qrv_test_find.bin", "", true)), "qrv_test_find.bin");
 }
 
-TEST_F(FileName, configuration_is_not_looked_for_in_run_time_folders) {
+TEST_F(FileName, configuration_is_not_searched_in_run_time_folders) {
     cNearProgram const one("runtime/qrv_test_find.cfg");
     cNearProgram const two("../runtime/qrv_test_find.cfg");
     EXPECT_EQ(pGetCfgFileName("qrv_test_find.cfg", false), nullptr);
 }
 
-TEST_F(FileName, a_run_time_file_may_have_a_folder_in_front) {
+TEST_F(FileName, a_run_time_file_name_may_contain_a_folder) {
     cNearProgram const there("qrv_test_sub/find.bin");
     EXPECT_EQ(shown(pGetRuntimeFileName("find.bin", "qrv_test_sub", true)), there.path());
     EXPECT_EQ(pGetRuntimeFileName("find.bin", "", false), nullptr);
@@ -404,7 +404,7 @@ TEST_F(FileName, a_run_time_file_may_have_a_folder_in_front) {
               "qrv_test_sub/find.bin");
 }
 
-TEST_F(FileName, what_is_nowhere_is_told_when_asked_for) {
+TEST_F(FileName, a_file_that_is_not_found_is_reported_on_request) {
     EXPECT_EQ(pGetCfgFileName("qrv_test_none", true), nullptr);
     EXPECT_EQ(messages(), "could not open: qrv_test_none\n");
     EXPECT_EQ(pGetRuntimeFileName("qrv_test_none", "sub", true), nullptr);
@@ -414,7 +414,7 @@ TEST_F(FileName, what_is_nowhere_is_told_when_asked_for) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(FileName, a_result_can_be_searched_for_again) {
+TEST_F(FileName, a_result_can_be_searched_again) {
     touch("qrv_test_a");
     char const *const first = pGetCfgFileName("qrv_test_a", true);
     ASSERT_NE(first, nullptr);
@@ -423,7 +423,7 @@ TEST_F(FileName, a_result_can_be_searched_for_again) {
               "qrv_test_a");
 }
 
-TEST_F(FileName, the_programs_own_file_is_asked_for_once) {
+TEST_F(FileName, the_path_of_the_program_is_queried_once) {
     static int asked;
     asked = 0;
     pGetCfgFileName("qrv_test_none", false);

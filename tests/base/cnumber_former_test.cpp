@@ -1,4 +1,5 @@
-// Numbers beside the former functions, on generated texts: the same result, the same bits.
+// Compares the number functions with the former ones on generated strings: the results are the
+// same, bit for bit.
 
 #include "base/cnumber.h"
 #include "tests/base/former_number.h"
@@ -38,7 +39,7 @@ void compare(std::string const &text) {
 
 } // namespace
 
-TEST(NumberFormer, agrees_on_every_short_text_of_what_numbers_are_made_of) {
+TEST(NumberFormer, agrees_on_every_short_string_of_number_characters) {
     std::string const alphabet = "019+-.eExXfu p";
     std::size_t const n = alphabet.size();
     for (std::size_t length = 0, count = 1; length <= 4; ++length, count *= n)
@@ -50,7 +51,7 @@ TEST(NumberFormer, agrees_on_every_short_text_of_what_numbers_are_made_of) {
         }
 }
 
-TEST(NumberFormer, agrees_near_the_limits_and_on_random_texts) {
+TEST(NumberFormer, agrees_near_the_limits_and_on_random_strings) {
     std::mt19937 random(11);
     std::vector<std::string> const parts = {"0",
                                             "00",

@@ -1,5 +1,5 @@
-// Numbers at the start of a text: what each form takes, and where a number is too large or too
-// small.
+// Numbers at the start of a string: what each form accepts, and from where on a number is too large
+// or too small.
 #include "base/cnumber.h"
 
 #include <gtest/gtest.h>
@@ -44,14 +44,14 @@ TEST(Number, a_token_is_neither_hexadecimal_nor_a_word) {
     EXPECT_EQ(token("0x10"), 0.0F) << "the number ends before the x";
 }
 
-TEST(Number, a_word_that_is_begun_must_be_there) {
+TEST(Number, a_word_must_be_complete) {
     float number = 7;
     for (char const *text : {"infi", "infinit", "in", "na", "0x", "0xg", "0x.p1", "-", ""})
         EXPECT_FALSE(cat::scan_real(text, number)) << text;
     EXPECT_EQ(number, 7.0F);
 }
 
-TEST(Number, a_large_real_is_infinite_and_a_large_token_is_refused) {
+TEST(Number, a_too_large_real_is_infinite_and_a_too_large_token_is_refused) {
     float number = 7;
     for (std::string const &text :
          std::vector<std::string>{"1e39", "1" + zeros(39), "0.1e40", "9e99999999999999999999"}) {
@@ -64,7 +64,7 @@ TEST(Number, a_large_real_is_infinite_and_a_large_token_is_refused) {
     EXPECT_EQ(number, 7.0F);
 }
 
-TEST(Number, a_small_number_is_zero_with_its_sign) {
+TEST(Number, a_too_small_number_is_zero_with_its_sign) {
     for (std::string const &text :
          std::vector<std::string>{"1e-60", "0." + zeros(60) + "1", "1" + zeros(39) + "e-120",
                                   "9e-99999999999999999999"}) {
@@ -76,7 +76,7 @@ TEST(Number, a_small_number_is_zero_with_its_sign) {
     EXPECT_EQ(real("0x0." + zeros(50) + "1"), 0.0F);
 }
 
-TEST(Number, a_letter_of_the_exponent_without_digits_is_not_part_of_the_number) {
+TEST(Number, an_exponent_letter_without_digits_is_not_part_of_the_number) {
     EXPECT_EQ(token("5e"), 5.0F);
     EXPECT_EQ(token("5e+x"), 5.0F);
     EXPECT_EQ(token("0." + zeros(60) + "1e"), 0.0F);

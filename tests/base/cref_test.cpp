@@ -1,4 +1,4 @@
-// Counting: cShared, cRef, the object base and the census.
+// Reference counting: cShared, cRef, the object base and the number of living objects.
 #include "qrv/base/cref.h"
 
 #include "qrv/containers/cmapobj.h"
@@ -26,8 +26,8 @@ struct cCounted : cShared {
 
 using countedref = cRef<cCounted>;
 
-// Handles convert from what shares and never from a plain pointer; what would be the pointer's
-// own operations don't compile.
+// Handles are created from shared objects and never from a plain pointer. Operations that only a
+// pointer should have do not compile.
 static_assert(std::is_convertible_v<std::nullptr_t, objref>);
 static_assert(std::is_convertible_v<typeref, objref>);
 static_assert(std::is_convertible_v<objref, cObj *>);
@@ -56,7 +56,7 @@ static_assert(cIndexable<int *> && !cIndexable<objref>);
 static_assert(cPrintable<int *> && !cPrintable<objref>);
 static_assert(!cShiftable<objref>);
 
-// A number, a pointer or a text is no flag for the plain constructor.
+// Numbers, pointers and strings do not convert to the flag of the plain constructor.
 static_assert(!std::is_convertible_v<bool, cObj>);
 static_assert(!std::is_constructible_v<cObj, int>);
 static_assert(!std::is_constructible_v<cObj, double>);
@@ -73,7 +73,7 @@ static_assert(!std::is_copy_constructible_v<cExeMember> && !std::is_copy_assigna
 
 namespace {
 
-// Comparing by identity: handles to one class, to a class and its base, to unrelated ones.
+// Compares by identity: handles to one class, to a class and its base, and to unrelated classes.
 template <class A, class B> constexpr bool comparable = requires(A const &a, B const &b) {
     a == b;
     a != b;
@@ -105,7 +105,7 @@ static_assert(std::is_nothrow_invocable_v<std::hash<objref>, objref>);
 TEST_F(Ref, handles_and_pointers_compare_by_identity) {
     mapref const derived = make<cMapObj>();
     objref const base = derived;
-    objref const other = make<cMapObj>(); // equal, but another object
+    objref const other = make<cMapObj>(); // equal, but a different object
     cObj *const p = derived.get();
     EXPECT_TRUE(base == p);
     EXPECT_TRUE(p == base);
@@ -153,7 +153,7 @@ TEST_F(Ref, handles_are_keys_of_the_standard_containers) {
     EXPECT_EQ((std::set<cRef<cMapObj>>{nullptr, nullptr}.size()), 1u);
 }
 
-TEST_F(RefEdge, a_copy_of_a_shared_object_counts_one_whatever_the_source_counts) {
+TEST_F(RefEdge, a_copy_of_a_shared_object_starts_with_count_one) {
     cCounted source;
     source.incref();
     source.incref();
@@ -162,7 +162,7 @@ TEST_F(RefEdge, a_copy_of_a_shared_object_counts_one_whatever_the_source_counts)
     EXPECT_EQ(source.refs(), 3u);
 }
 
-TEST_F(RefEdge, assigning_object_bases_copies_flags_and_no_count) {
+TEST_F(RefEdge, assigning_object_bases_copies_flags_but_not_the_count) {
     cObjD<int> a(1), b(2);
     a.setflags(of_const_keys | 3);
     b.incref();
@@ -173,7 +173,7 @@ TEST_F(RefEdge, assigning_object_bases_copies_flags_and_no_count) {
     EXPECT_EQ(b.val(), 2);
 }
 
-TEST_F(RefEdge, decref_at_one_is_true_and_leaves_a_living_object) {
+TEST_F(RefEdge, decref_at_count_one_returns_true_and_does_not_destroy) {
     cCounted counted;
     counted.mark = 7;
     EXPECT_TRUE(counted.decref());
@@ -184,7 +184,7 @@ TEST_F(RefEdge, decref_at_one_is_true_and_leaves_a_living_object) {
     EXPECT_FALSE(counted.decref());
 }
 
-TEST_F(RefEdge, self_assignment_changes_no_count) {
+TEST_F(RefEdge, self_assignment_keeps_the_count) {
     countedref ref = make<cCounted>();
     countedref &same = ref;
     ref = same;
@@ -195,7 +195,7 @@ TEST_F(RefEdge, self_assignment_changes_no_count) {
 
 namespace {
 
-// Holds the last count of itself by way of `next`, and looks at that cRef while it dies.
+// Owns itself through `next`, and reads that cRef in its destructor.
 struct cHolder : cShared {
     ~cHolder() {
         if (outside) *seen = outside->get();
@@ -207,14 +207,14 @@ struct cHolder : cShared {
 
 } // namespace
 
-TEST_F(RefEdge, assigning_the_last_owner_of_its_own_holder_is_safe) {
+TEST_F(RefEdge, a_handle_may_be_assigned_from_a_member_of_the_object_that_it_destroys) {
     cRef<cHolder> chain = make<cHolder>();
     cHolder *seen = nullptr;
     chain->outside = &chain;
     chain->seen = &seen;
     chain->next = make<cHolder>();
     cHolder *const second = chain->next.get();
-    chain = chain->next; // the first dies, and its `next` with it
+    chain = chain->next; // destroys the first one, and with it its `next`
     EXPECT_EQ(chain.get(), second);
     EXPECT_EQ(chain->refs(), 1u);
     EXPECT_EQ(seen, second) << "the old target's destructor must find the new value";
@@ -231,7 +231,7 @@ TEST_F(RefEdge, put_count_reports_the_built_in_types) {
     EXPECT_EQ(os.str(), expected.str());
 }
 
-TEST_F(Ref, put_count_tells_other_entries_of_the_type_map_apart) {
+TEST_F(Ref, put_count_distinguishes_other_entries_of_the_type_map) {
     cat::typemap().datamap().mapitem("no type", cat::of(1));
     std::ostringstream os;
     cObjBase::put_count(os);
@@ -239,9 +239,9 @@ TEST_F(Ref, put_count_tells_other_entries_of_the_type_map_apart) {
     EXPECT_NE(os.str().find("   in typemap:15  (No type entries: 1 )\n"), std::string::npos);
 }
 
-TEST_F(Ref, adopting_takes_the_count_over_and_sharing_adds_one) {
+TEST_F(Ref, adopting_takes_over_the_count_and_sharing_adds_one) {
     auto *const counted = new cCounted;
-    std::vector<countedref> owners; // one by one, g++ 12 takes a later one for a use after free
+    std::vector<countedref> owners; // not reset as a group: g++ 12 would warn of a use after free
     owners.push_back(countedref::adopt(counted));
     EXPECT_EQ(counted->refs(), 1u);
     owners.push_back(countedref::share(counted));
@@ -250,7 +250,7 @@ TEST_F(Ref, adopting_takes_the_count_over_and_sharing_adds_one) {
     EXPECT_EQ(counted->refs(), 3u);
 }
 
-TEST_F(Ref, moving_leaves_null_and_no_count_changes) {
+TEST_F(Ref, moving_leaves_null_and_keeps_the_count) {
     countedref from = make<cCounted>();
     cCounted const *const counted = from.get();
     countedref to = std::move(from);
@@ -259,7 +259,7 @@ TEST_F(Ref, moving_leaves_null_and_no_count_changes) {
     EXPECT_EQ(counted->refs(), 1u);
 }
 
-TEST_F(Ref, null_is_tolerated_everywhere) {
+TEST_F(Ref, null_handles_are_allowed_everywhere) {
     countedref a, b = nullptr;
     a = b;
     a = nullptr;
@@ -278,7 +278,7 @@ TEST_F(Ref, handles_compare_by_their_pointers) {
     EXPECT_TRUE(a != nullptr);
 }
 
-TEST_F(Ref, flags_are_replaced_set_unset_and_masked) {
+TEST_F(Ref, flags_can_be_replaced_set_unset_and_masked) {
     cObjD<int> obj(1);
     obj.flags(5);
     obj.setflags(of_const);
@@ -295,7 +295,7 @@ TEST_F(Destruction, a_chain_of_a_million_maps_is_destroyed) {
         static_cast<cMapObj &>(*above).datamap().mapitem("k", top);
         top = above;
     }
-    top = nullptr; // the fixture counts that nothing is left
+    top = nullptr; // the fixture checks that no object is left
     EXPECT_EQ(top, nullptr);
 }
 
@@ -314,7 +314,7 @@ class cTeller : public cObjD<int> {
 
 } // namespace
 
-TEST_F(Destruction, values_below_the_limit_die_in_ring_order) {
+TEST_F(Destruction, values_below_the_limit_are_destroyed_in_ring_order) {
     std::string story;
     objref map = make<cMapObj>();
     cAttrHash &hash = static_cast<cMapObj &>(*map).datamap();
@@ -325,7 +325,7 @@ TEST_F(Destruction, values_below_the_limit_die_in_ring_order) {
 
 namespace {
 
-// A link of a chain whose handles name the derived class.
+// A link of a chain whose handles have the derived class as their type.
 class cLink : public cObj {
   public:
     explicit cLink(cRef<cLink> next) : next_(std::move(next)) {}

@@ -1,4 +1,5 @@
-// Links between bases: who is connected to whom, in which order, counted how often, blocked or not.
+// Connections between bases: which bases are connected, in which order, with which use counts, and
+// which are blocked.
 
 #include "qrv/base/csignal.h"
 
@@ -34,7 +35,7 @@ TEST(Connect, a_fresh_signal_has_no_ring) {
     static_assert(sizeof(cSignal) == 2 * sizeof(void *));
 }
 
-TEST(Connect, both_ends_tell_their_bases_and_direction) {
+TEST(Connect, both_ends_know_their_bases_and_direction) {
     CallLog log;
     cSignal const signal;
     LogSlot const slot(log, "a");
@@ -55,7 +56,7 @@ TEST(Connect, both_ends_tell_their_bases_and_direction) {
     EXPECT_EQ(sound(signal) + sound(slot), "");
 }
 
-TEST(Connect, a_ring_goes_from_first_to_last_and_back_to_its_head) {
+TEST(Connect, a_ring_runs_from_first_to_last_and_back_to_its_head) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a"), b(log, "b");
@@ -71,7 +72,7 @@ TEST(Connect, a_ring_goes_from_first_to_last_and_back_to_its_head) {
     EXPECT_FALSE(first->isend());
 }
 
-TEST(Connect, a_null_connection_is_neither_valid_nor_based) {
+TEST(Connect, a_null_connection_is_not_valid_and_has_no_base) {
     cConnection const *const none = nullptr;
     EXPECT_FALSE(cConnection::valid(none));
     EXPECT_EQ(cConnection::my_base(none), nullptr);
@@ -87,7 +88,7 @@ TEST(Connect, a_null_connection_is_neither_valid_nor_based) {
     EXPECT_EQ(cConnection::other_base(signal.end()), nullptr);
 }
 
-TEST(Connect, targets_are_reached_first_connected_first) {
+TEST(Connect, targets_are_called_in_the_order_of_connection) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a"), b(log, "b"), c(log, "c");
@@ -98,7 +99,7 @@ TEST(Connect, targets_are_reached_first_connected_first) {
     EXPECT_EQ(log.take(), "b;a;c;");
 }
 
-TEST(Connect, a_connection_may_be_put_ahead_of_one_at_either_end) {
+TEST(Connect, a_connection_may_be_inserted_before_another_at_either_end) {
     CallLog log;
     cSignal const signal, other;
     LogSlot const a(log, "a"), b(log, "b");
@@ -112,7 +113,7 @@ TEST(Connect, a_connection_may_be_put_ahead_of_one_at_either_end) {
     EXPECT_EQ(sound(signal) + sound(b), "");
 }
 
-TEST(Connect, a_place_in_another_ring_means_the_end) {
+TEST(Connect, a_position_in_another_ring_means_the_end) {
     CallLog log;
     cSignal const signal, other;
     LogSlot const a(log, "a"), b(log, "b"), c(log, "c");
@@ -126,7 +127,7 @@ TEST(Connect, a_place_in_another_ring_means_the_end) {
     EXPECT_EQ(sound(signal) + sound(other) + sound(b), "");
 }
 
-TEST(Connect, places_are_ignored_for_a_pair_that_is_connected) {
+TEST(Connect, the_position_is_ignored_for_a_connected_pair) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a"), b(log, "b");
@@ -138,7 +139,7 @@ TEST(Connect, places_are_ignored_for_a_pair_that_is_connected) {
     EXPECT_EQ(second->uses(), 2);
 }
 
-TEST(Connect, a_signal_from_a_target_is_connected_at_once) {
+TEST(Connect, a_signal_constructed_with_a_target_is_connected) {
     CallLog log;
     LogSlot const a(log, "a");
     cSignal const signal(a);
@@ -146,7 +147,7 @@ TEST(Connect, a_signal_from_a_target_is_connected_at_once) {
     EXPECT_EQ(log.take(), "a;");
 }
 
-TEST(Connect, disconnect_of_a_stranger_changes_nothing) {
+TEST(Connect, disconnecting_an_unconnected_base_changes_nothing) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a"), b(log, "b");
@@ -158,7 +159,7 @@ TEST(Connect, disconnect_of_a_stranger_changes_nothing) {
     EXPECT_EQ(connections_of(signal), 1);
 }
 
-TEST(Connect, disconnect_cuts_every_link_of_both_directions) {
+TEST(Connect, disconnect_removes_every_link_in_both_directions) {
     CallLog log;
     cSignal const before, signal;
     LogSlot const a(log, "a"), b(log, "b");
@@ -174,7 +175,7 @@ TEST(Connect, disconnect_cuts_every_link_of_both_directions) {
     EXPECT_EQ(sound(signal), "");
 }
 
-TEST(Connect, destroying_either_partner_takes_the_link_out_of_both_rings) {
+TEST(Connect, destroying_either_partner_removes_the_link_from_both_rings) {
     CallLog log;
     auto signal = std::make_unique<cSignal>();
     auto slot = std::make_unique<LogSlot>(log, "a");
@@ -225,7 +226,7 @@ TEST(Connect, a_self_connected_signal_with_blockoncall_fires_once) {
     EXPECT_EQ(log.take(), "a;");
 }
 
-TEST(Connect, forty_thousand_connects_of_one_pair_wrap_the_count) {
+TEST(Connect, forty_thousand_connections_of_one_pair_wrap_the_use_count) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a");
@@ -237,7 +238,7 @@ TEST(Connect, forty_thousand_connects_of_one_pair_wrap_the_count) {
     EXPECT_FALSE(signal.isconnected());
 }
 
-TEST(Connect, blocks_wrap_at_sixteen_bits) {
+TEST(Connect, the_block_count_wraps_at_sixteen_bits) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a");
@@ -270,7 +271,7 @@ TEST(Connect, a_node_is_blocked_by_either_end) {
     EXPECT_EQ(log.take(), "a;b;");
 }
 
-TEST(Connect, unblock_of_one_reason_leaves_the_others) {
+TEST(Connect, unblocking_one_reason_leaves_the_others) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a");
@@ -291,7 +292,7 @@ TEST(Connect, an_exclusive_connection_counts_both_directions_of_its_ring) {
     EXPECT_EQ(signal.find(a)->blocks(), 1);
     EXPECT_EQ(node->blocks(), 0);
     EXPECT_EQ(b.begin()->blocks(), 0);
-    before(); // cannot get into the signal either
+    before(); // the signal cannot reenter its slot either
     EXPECT_EQ(log.take(), "");
     signal();
     EXPECT_EQ(log.take(), "b;");
@@ -329,7 +330,7 @@ TEST(Connect, exclusive_connections_nest) {
     EXPECT_EQ(log.take(), "a;");
 }
 
-TEST(Connect, block_makes_the_ring_and_blocks_calls_into_a_slot) {
+TEST(Connect, block_creates_the_ring_and_blocks_calls_to_a_slot) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a");
@@ -359,7 +360,7 @@ TEST(Connect, a_block_may_outlive_its_base) {
     EXPECT_EQ(hold->refs(), 1u);
 }
 
-TEST(Connect, blockoncall_makes_the_ring_and_can_be_taken_back) {
+TEST(Connect, blockoncall_creates_the_ring_and_can_be_revoked) {
     cSignal signal;
     signal.blockoncall(false);
     EXPECT_NE(signal.end(), nullptr);
@@ -371,7 +372,7 @@ TEST(Connect, blockoncall_makes_the_ring_and_can_be_taken_back) {
     EXPECT_FALSE(signal.isblocked());
 }
 
-TEST(Connect, block_on_call_holds_only_where_the_flag_is_set) {
+TEST(Connect, block_on_call_applies_only_where_the_flag_is_set) {
     cSignal signal;
     {
         cSSBase::BlockOnCall const none(nullptr);
@@ -390,7 +391,7 @@ TEST(Connect, block_on_call_holds_only_where_the_flag_is_set) {
     EXPECT_FALSE(signal.isblocked());
 }
 
-TEST(Connect, copies_are_fresh_and_assignment_changes_nothing) {
+TEST(Connect, copies_are_unconnected_and_assignment_changes_nothing) {
     CallLog log;
     LogSlot const a(log, "a");
     auto signal = std::make_unique<cSignal>(a);
@@ -421,7 +422,7 @@ TEST(Connect, a_signal_constructed_from_a_signal_as_target_forwards) {
     EXPECT_EQ(log.take(), "a;");
 }
 
-TEST(Connect, which_copies_and_conversions_there_are) {
+TEST(Connect, copies_and_conversions_exist_only_as_declared) {
     static_assert(!std::is_copy_constructible_v<cConnection::LockDelete>);
     static_assert(!std::is_copy_assignable_v<cConnection::LockDelete>);
     static_assert(std::is_copy_constructible_v<cSSBase::BlockOnCall>);
@@ -475,7 +476,7 @@ TEST(ConnectionEdge, connecting_back_returns_the_link_and_does_not_reverse_it) {
     EXPECT_EQ(log.take(), "b;");
 }
 
-TEST(ConnectionEdge, a_link_is_not_walked_backwards_but_found_and_cut_from_behind) {
+TEST(ConnectionEdge, a_link_is_not_followed_backwards_but_the_target_can_find_and_remove_it) {
     CallLog log;
     cSignal const a, b;
     LogSlot const a_target(log, "behind a");
@@ -492,7 +493,7 @@ TEST(ConnectionEdge, a_link_is_not_walked_backwards_but_found_and_cut_from_behin
     EXPECT_TRUE(a.isconnected(a_target));
 }
 
-TEST(ConnectionEdge, holding_the_result_of_block_blocks_until_the_last_copy_goes) {
+TEST(ConnectionEdge, the_result_of_block_blocks_until_its_last_copy_is_destroyed) {
     cSignal const signal;
     auto first = signal.block();
     EXPECT_TRUE(signal.isblocked());

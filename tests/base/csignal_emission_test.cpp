@@ -1,4 +1,5 @@
-// Emissions: what may be connected, cut and destroyed from inside a call, and when memory goes.
+// Emissions: what may be connected, disconnected and destroyed during a call, and when memory is
+// freed.
 
 #include "qrv/base/csignal.h"
 
@@ -34,7 +35,7 @@ TEST(Emission, the_deletion_lock_is_held_during_calls_only) {
     EXPECT_EQ(cConnection::lock_count(), 0);
 }
 
-TEST(Emission, a_slot_may_cut_itself_the_one_before_and_the_one_behind) {
+TEST(Emission, a_slot_may_disconnect_itself_its_predecessor_and_its_successor) {
     CallLog log;
     cSignal const signal;
     LogSlot a(log, "a"), b(log, "b"), c(log, "c"), d(log, "d");
@@ -99,7 +100,7 @@ TEST(Emission, a_connected_slot_destroyed_while_its_signal_emits_is_not_called) 
     EXPECT_EQ(log.take(), "a;");
 }
 
-TEST(Emission, a_blocked_node_in_the_middle_is_passed) {
+TEST(Emission, a_blocked_node_in_the_middle_is_skipped) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a"), b(log, "b"), c(log, "c");
@@ -110,7 +111,7 @@ TEST(Emission, a_blocked_node_in_the_middle_is_passed) {
     EXPECT_EQ(log.take(), "a;c;");
 }
 
-TEST(Emission, blocking_the_rest_from_inside_is_seen) {
+TEST(Emission, blocking_the_rest_during_the_emission_takes_effect) {
     CallLog log;
     cSignal const signal;
     LogSlot a(log, "a"), b(log, "b");
@@ -148,7 +149,7 @@ TEST(Emission, an_exception_after_the_signal_was_destroyed_frees_its_nodes) {
     EXPECT_FALSE(a.isconnected());
 }
 
-TEST(Emission, an_exception_passes_through_forwarding_signals) {
+TEST(Emission, an_exception_propagates_through_forwarding_signals) {
     CallLog log;
     cSignal const outer, inner;
     LogSlot const thrower(log, "thrower", [] { throw 7; }), behind(log, "behind");
@@ -176,7 +177,7 @@ TEST(Emission, two_signals_connected_in_a_circle_stop_with_blockoncall) {
     EXPECT_EQ(log.take(), "slot;");
 }
 
-TEST(Emission, a_walk_by_hand_ends_when_its_base_is_destroyed) {
+TEST(Emission, a_manual_walk_ends_when_its_base_is_destroyed) {
     CallLog log;
     auto signal = std::make_unique<cSignal>();
     LogSlot const a(log, "a"), b(log, "b");
@@ -192,7 +193,7 @@ TEST(Emission, a_walk_by_hand_ends_when_its_base_is_destroyed) {
     EXPECT_EQ(node->my_base(), nullptr);
     EXPECT_EQ(node->other_base(), nullptr);
     EXPECT_FALSE(bool(*node));
-    EXPECT_EQ(cConnection::queue_length(), 5u); // two links and the head
+    EXPECT_EQ(cConnection::queue_length(), 5u); // two link nodes and the head
 }
 
 TEST(Emission, a_queued_node_stays_linked_and_is_freed_once) {
@@ -225,13 +226,13 @@ TEST(Emission, oneshot_is_blocked_like_a_call) {
     {
         auto const hold = signal.block();
         signal.oneshot();
-        EXPECT_EQ(signal.begin()->other_base(), &a); // not even rotated
+        EXPECT_EQ(signal.begin()->other_base(), &a); // the ring is not even rotated
     }
     signal.oneshot();
     EXPECT_EQ(log.take(), "a;");
 }
 
-TEST(Emission, oneshot_of_one_connection_calls_it_each_time) {
+TEST(Emission, oneshot_of_a_single_connection_calls_it_each_time) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a");
@@ -252,7 +253,7 @@ TEST(Emission, oneshot_survives_a_slot_that_destroys_the_signal) {
     EXPECT_EQ(cConnection::queue_length(), 0u);
 }
 
-TEST(Emission, oneshot_of_a_slot_that_cuts_itself_serves_the_next) {
+TEST(Emission, oneshot_continues_with_the_next_after_a_slot_disconnects_itself) {
     CallLog log;
     cSignal const signal;
     LogSlot a(log, "a"), b(log, "b");
@@ -289,7 +290,7 @@ TEST(EmissionEdge, destroying_a_signal_from_its_own_slot_ends_the_emission) {
     for (LogSlot const *slot : {&a, &b, &c}) signal->connect(*slot);
     (*signal)();
     EXPECT_EQ(log.take(), "a;b;");
-    EXPECT_EQ(waiting, 7u); // three links and the head
+    EXPECT_EQ(waiting, 7u); // three link nodes and the head
     EXPECT_EQ(cConnection::queue_length(), 0u);
     EXPECT_FALSE(a.isconnected() || b.isconnected() || c.isconnected());
 }
@@ -317,7 +318,7 @@ TEST(EmissionEdge, nested_emissions_free_nodes_at_the_end_of_the_outermost) {
     EXPECT_EQ(cConnection::lock_count(), 0);
 }
 
-TEST(EmissionEdge, with_blockoncall_a_signal_fired_from_its_own_slot_does_nothing) {
+TEST(EmissionEdge, a_signal_with_blockoncall_fired_from_its_own_slot_does_nothing) {
     CallLog log;
     cSignal signal;
     LogSlot const a(log, "a", [&] {
@@ -345,7 +346,7 @@ TEST(EmissionEdge, a_slot_connected_during_an_emission_is_called_a_queued_one_is
     signal.connect(dropped);
     signal();
     EXPECT_EQ(log.take(), "a;added;");
-    // also when the one that adds it is the last
+    // the new slot is also called when the last slot connects it
     cSignal const other;
     LogSlot const last(log, "last"), adder(log, "adder", [&] { other.connect(last); });
     other.connect(adder);
@@ -353,7 +354,7 @@ TEST(EmissionEdge, a_slot_connected_during_an_emission_is_called_a_queued_one_is
     EXPECT_EQ(log.take(), "adder;last;");
 }
 
-TEST(EmissionEdge, oneshot_serves_three_slots_in_turn_and_rotates_past_a_blocked_one) {
+TEST(EmissionEdge, oneshot_calls_three_slots_in_turn_and_rotates_past_a_blocked_one) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a"), b(log, "b"), c(log, "c");

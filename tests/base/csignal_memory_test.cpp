@@ -1,5 +1,5 @@
-// Memory of links: what is allocated when, that all of it is freed, and what a failing allocation
-// leaves behind. This file replaces the global allocation functions of the test program.
+// Memory of connections: what is allocated and when, that all of it is freed, and the state after a
+// failed allocation. This file replaces the global allocation functions of the test program.
 
 #include "qrv/base/csignal.h"
 
@@ -14,7 +14,8 @@
 namespace {
 
 long living = 0;
-long fail_after = -1; // the allocation with this number fails, counted from 0; none below 0
+long fail_after =
+    -1; // the number of the allocation that fails, counted from 0; negative: no allocation fails
 
 void *allocate(std::size_t size) {
     if (fail_after == 0) {
@@ -48,7 +49,7 @@ class Memory : public testing::Test {
 
 using Slot = cFunctionSlot<void (*)()>;
 
-TEST_F(Memory, an_unconnected_signal_needs_none) {
+TEST_F(Memory, an_unconnected_signal_allocates_nothing) {
     long const before = living;
     cSignal const signal;
     signal();
@@ -56,7 +57,7 @@ TEST_F(Memory, an_unconnected_signal_needs_none) {
     EXPECT_EQ(living, before);
 }
 
-TEST_F(Memory, a_link_is_two_nodes_two_heads_and_two_tokens) {
+TEST_F(Memory, a_link_allocates_two_nodes_two_heads_and_two_tokens) {
     cSignal const signal;
     Slot const slot(nullptr);
     long const before = living;
@@ -65,7 +66,7 @@ TEST_F(Memory, a_link_is_two_nodes_two_heads_and_two_tokens) {
     signal.connect(slot);
     EXPECT_EQ(living, before + 6);
     signal.disconnect(slot, true);
-    EXPECT_EQ(living, before + 4); // the ring stays as long as its base
+    EXPECT_EQ(living, before + 4); // the ring lives as long as its base
 }
 
 TEST_F(Memory, everything_is_freed_with_the_bases) {
@@ -80,7 +81,7 @@ TEST_F(Memory, everything_is_freed_with_the_bases) {
     EXPECT_EQ(living, before);
 }
 
-TEST_F(Memory, everything_is_freed_when_a_signal_dies_in_its_own_slot) {
+TEST_F(Memory, everything_is_freed_when_a_signal_is_destroyed_in_its_own_slot) {
     static std::unique_ptr<cSignal> signal;
     long const before = living;
     {
@@ -93,7 +94,7 @@ TEST_F(Memory, everything_is_freed_when_a_signal_dies_in_its_own_slot) {
     EXPECT_EQ(living, before);
 }
 
-TEST_F(Memory, a_failing_connect_changes_nothing_and_loses_nothing) {
+TEST_F(Memory, a_failed_connect_changes_nothing_and_leaks_nothing) {
     long const before = living;
     long failing = 0;
     for (bool connected = false; !connected; ++failing) {

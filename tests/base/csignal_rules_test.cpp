@@ -1,4 +1,4 @@
-// The rule checker: each rule is broken once, and mended before anything else looks at the ring.
+// The rule checker: each test breaks one rule and repairs it before other code uses the ring.
 
 #include "qrv/base/csignal.h"
 
@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-// Reaches into nodes and rings; a friend of both.
+// Accesses the private members of nodes and rings; both declare it a friend.
 struct cRingProbe {
     static cConnection *&next(cConnection *node) { return node->next_; }
     static cConnection *&partner(cConnection *node) { return node->partner_; }
@@ -25,7 +25,7 @@ struct cRingProbe {
 
 namespace {
 
-// Sets a value for as long as it lives.
+// Sets a value until the end of its scope.
 template <class T> class Broken {
   public:
     Broken(T &place, T value) : place_(place), kept_(place) { place = value; }
@@ -52,7 +52,7 @@ class RingRules : public testing::Test {
     }
 };
 
-TEST_F(RingRules, a_sound_ring_breaks_none) {
+TEST_F(RingRules, a_valid_ring_breaks_no_rule) {
     EXPECT_EQ(signal.broken_rule(false), "");
     EXPECT_EQ(signal.broken_rule(true), "");
 }
@@ -67,7 +67,7 @@ TEST_F(RingRules, l2_a_node_of_another_base) {
     EXPECT_EQ(signal.broken_rule(false), "L2 wrong base");
 }
 
-TEST_F(RingRules, l3_the_head_carries_a_link) {
+TEST_F(RingRules, l3_the_head_has_a_link) {
     {
         Broken const partner(cRingProbe::partner(signal.end()), second);
         EXPECT_EQ(signal.broken_rule(false), "L3 the head has a link");
@@ -80,7 +80,7 @@ TEST_F(RingRules, l3_the_head_carries_a_link) {
     EXPECT_EQ(signal.broken_rule(false), "L3 the head has a link");
 }
 
-TEST_F(RingRules, l3_the_token_is_gone) {
+TEST_F(RingRules, l3_the_token_is_missing) {
     Broken<cRef<cShared>> const token(cRingProbe::token(signal), nullptr);
     EXPECT_EQ(signal.broken_rule(false), "L3 no token");
 }
@@ -96,7 +96,7 @@ TEST_F(RingRules, l5_a_living_node_without_partner) {
     EXPECT_EQ(a.broken_rule(false), "L5 not its partner's partner");
 }
 
-TEST_F(RingRules, l6_both_or_neither_is_the_target) {
+TEST_F(RingRules, l6_both_nodes_or_neither_are_the_target) {
     {
         Broken const flags(cRingProbe::flags(first), cRingProbe::target);
         EXPECT_EQ(signal.broken_rule(false), "L6 not one target");
@@ -105,7 +105,7 @@ TEST_F(RingRules, l6_both_or_neither_is_the_target) {
     EXPECT_EQ(signal.broken_rule(false), "L6 not one target");
 }
 
-TEST_F(RingRules, l6_uses_differ) {
+TEST_F(RingRules, l6_the_use_counts_differ) {
     Broken<std::int16_t> const uses(cRingProbe::uses(first), 2);
     EXPECT_EQ(signal.broken_rule(false), "L6 uses differ");
 }
@@ -151,7 +151,7 @@ TEST_F(RingRules, q1_a_queued_node_has_a_partner_and_the_deep_check_of_a_ring_se
     EXPECT_EQ(other.broken_rule(true), "");
 }
 
-TEST_F(RingRules, q2_nodes_are_queued_and_nothing_locks) {
+TEST_F(RingRules, q2_nodes_are_queued_without_a_lock) {
     cConnection *const other = a.begin();
     cRingProbe::cut_and_queue(first);
     cRingProbe::cut_and_queue(other);

@@ -1,4 +1,4 @@
-// What slots take: member functions of every form, one or two arguments, and function objects.
+// What slots accept: member functions of every form, one or two arguments, and function objects.
 
 #include "qrv/base/csignal.h"
 #include "qrv/util/cwatchdog.h"
@@ -13,7 +13,7 @@
 
 namespace {
 
-std::string calls; // in order
+std::string calls; // the calls, in order
 
 std::string taken() { return std::exchange(calls, std::string()); }
 
@@ -52,7 +52,7 @@ struct Derived : Other, Counter {
     }
 };
 
-TEST(Slot, a_slot_takes_const_members_and_objects_and_members_with_a_result) {
+TEST(Slot, a_slot_accepts_const_members_and_objects_and_members_with_a_result) {
     Counter counter;
     Counter const &fixed = counter;
     cSlot<Counter> const adds(&counter, &Counter::add);
@@ -74,7 +74,7 @@ TEST(Slot, a_slot_takes_const_members_and_objects_and_members_with_a_result) {
         !std::is_constructible_v<cSlot<Counter>, Counter *, bool (Counter::*)(int) const>);
 }
 
-TEST(Slot, a_slot_takes_inherited_and_virtual_members) {
+TEST(Slot, a_slot_accepts_inherited_and_virtual_members) {
     Derived derived;
     cSlot<Derived> const adds(&derived, &Counter::add);
     cSlot<Derived> const reads(&derived, &Counter::read);
@@ -113,7 +113,7 @@ TEST(Slot, null_members_of_every_form_are_not_called) {
     EXPECT_EQ(taken(), "");
 }
 
-TEST(Slot, slots_of_two_arguments) {
+TEST(Slot, slots_may_have_two_arguments) {
     Counter counter;
     cSignal2<int, int> const two;
     cSlot2<Counter, int, int> const changes(&counter, &Counter::change_both, two);
@@ -135,7 +135,7 @@ TEST(Slot, slots_of_two_arguments) {
     static_assert(std::is_base_of_v<cSSBase2<int, int>, decltype(changes)>);
 }
 
-TEST(Slot, the_start_of_a_program_reaches_slots_of_two_arguments) {
+TEST(Slot, the_start_signal_of_a_program_calls_slots_of_two_arguments) {
     Counter counter;
     cSlot2<Counter, int, int> const changes(&counter, &Counter::change_both, sig_proginit);
     cFunctionSlot2 const notes([](int a, int b) { calls += "int(" + std::to_string(a - b) + ");"; },
@@ -175,7 +175,7 @@ TEST(FunctionSlot, a_lambda_that_captures_is_called) {
     cSignal1<char const *> const signal;
     cFunctionSlot<decltype(plain)> const a(plain, signal);
     cFunctionSlot1<char const *, decltype(with_text)> const b(with_text, signal);
-    cFunctionSlot const c(plain, signal); // the type is deduced
+    cFunctionSlot const c(plain, signal); // the template argument is deduced
     cFunctionSlot1 const d(with_text, signal);
     signal("x");
     EXPECT_EQ(count, 2);
@@ -225,7 +225,7 @@ TEST(FunctionSlot, a_lambda_outlives_its_slot_until_its_call_returns) {
     EXPECT_EQ(captured.use_count(), 1);
 }
 
-TEST(FunctionSlot, a_copy_shares_the_lambda_and_takes_no_connection) {
+TEST(FunctionSlot, a_copy_shares_the_lambda_but_not_the_connections) {
     int seen = 0;
     cFunctionSlot const first([n = 0, &seen]() mutable { seen = ++n; });
     cSignal const signal;

@@ -1,5 +1,5 @@
-// Typed signals and slots: which call a target gets, formatted text, the signal that fires as it
-// dies.
+// Typed signals and slots: which call a target receives, formatted strings, and the signal that
+// fires in its destructor.
 
 #include "qrv/base/csignal.h"
 
@@ -15,7 +15,7 @@
 
 namespace {
 
-std::string calls; // of the plain functions below
+std::string calls; // the calls of the plain functions below
 
 std::string taken() {
     std::string result;
@@ -38,7 +38,7 @@ struct Object {
     void flag(bool &on) { on = !on; }
 };
 
-// A target of two arguments.
+// A target with two arguments.
 class TwoSlot : public cSSBase2<int, int> {
   public:
     TwoSlot() = default;
@@ -64,7 +64,7 @@ TEST(Signal, a_slot_calls_a_member_function_directly) {
     EXPECT_EQ(plain.begin(), nullptr);
 }
 
-TEST(Signal, slots_connect_themselves_to_a_signal_of_any_fitting_kind) {
+TEST(Signal, slots_connect_themselves_to_a_signal_of_any_compatible_type) {
     Object object;
     cSignal const none;
     cSignal1<char const *> const text;
@@ -81,10 +81,10 @@ TEST(Signal, slots_connect_themselves_to_a_signal_of_any_fitting_kind) {
     EXPECT_EQ(taken(), "plain;object(x);text(x);");
     two(1, 2);
     EXPECT_EQ(taken(), "plain;count(1);");
-    EXPECT_FALSE(none.begin()->istarget()); // the signal is the sending side
+    EXPECT_FALSE(none.begin()->istarget()); // the signal is the sender
 }
 
-TEST(Signal, what_may_be_connected_to_what) {
+TEST(Signal, signals_connect_only_to_compatible_targets) {
     static_assert(cSignalFor<cSignal, cSSBase0>);
     static_assert(!cSignalFor<cSignal, cSSBase1<int>>);
     static_assert(cSignalFor<cSignal1<int>, cSSBase0>);
@@ -99,7 +99,7 @@ TEST(Signal, what_may_be_connected_to_what) {
     static_assert(std::is_base_of_v<cSignal1<char const *>, cSigInfo>);
 }
 
-TEST(Signal, one_slot_is_reached_from_several_signals) {
+TEST(Signal, several_signals_may_call_one_slot) {
     Object object;
     cSlot1<Object, char const *> const slot(&object, &Object::text);
     cSignal1<char const *> const a, b;
@@ -110,7 +110,7 @@ TEST(Signal, one_slot_is_reached_from_several_signals) {
     EXPECT_EQ(taken(), "object(a);object(b);");
 }
 
-TEST(Signal, references_reach_every_target_as_the_same_object) {
+TEST(Signal, a_reference_argument_is_the_same_object_in_every_target) {
     Object object;
     cSignal1<bool &> const signal;
     cSlot1<Object, bool &> const first(&object, &Object::flag, signal);
@@ -121,7 +121,7 @@ TEST(Signal, references_reach_every_target_as_the_same_object) {
     EXPECT_TRUE(on);
 }
 
-TEST(Signal, a_value_argument_reaches_every_target_whole) {
+TEST(Signal, every_target_receives_an_intact_value_argument) {
     static std::string seen;
     seen.clear();
     cSignal1<std::string> const signal;
@@ -132,7 +132,7 @@ TEST(Signal, a_value_argument_reaches_every_target_whole) {
                     "a text that is too long for the string itself;");
 }
 
-TEST(Signal, signals_forward_with_their_own_blocking) {
+TEST(Signal, a_forwarding_signal_respects_its_own_blocks) {
     cSignal1<char const *> const outer, inner;
     cSignal const plain;
     outer.connect(inner);
@@ -146,7 +146,7 @@ TEST(Signal, signals_forward_with_their_own_blocking) {
     EXPECT_EQ(taken(), "text(y);");
 }
 
-TEST(Signal, two_arguments_are_cut_to_what_the_target_takes) {
+TEST(Signal, a_target_of_one_or_no_argument_ignores_the_others) {
     cSignal2<int, int> const signal, forward;
     TwoSlot const two;
     IntSlot const one(&note_int);
@@ -169,14 +169,14 @@ TEST(Signal, two_arguments_are_cut_to_what_the_target_takes) {
     EXPECT_EQ(taken(), "");
 }
 
-TEST(Signal, a_function_with_a_result_may_be_a_slot) {
+TEST(Signal, a_function_with_a_result_may_be_connected) {
     cSignal1<int> const signal;
     cFunctionSlot1<int, int (*)(int)> const slot(&note_with_result, signal);
     signal(4);
     EXPECT_EQ(taken(), "int(4);");
 }
 
-TEST(Signal, disconnecting_a_target_counts_one_use_down_unless_forced) {
+TEST(Signal, disconnecting_a_target_removes_one_use_unless_forced) {
     FunctionSlot const slot(&note);
     TextSlot const text_slot(&note_text);
     TwoSlot const two_slot;
@@ -233,7 +233,7 @@ TEST(Signal, a_copied_slot_keeps_its_target_but_no_connection) {
     EXPECT_EQ(taken(), "plain;");
 }
 
-TEST(Signal, copies_of_typed_signals_are_fresh) {
+TEST(Signal, copies_of_typed_signals_are_unconnected) {
     TextSlot const slot(&note_text);
     auto signal = std::make_unique<cSignal1<char const *>>();
     signal->connect(slot);
@@ -267,14 +267,14 @@ TEST(Signal, a_slot_that_throws_is_not_left_blocked) {
     EXPECT_FALSE(slot.isblocked());
 }
 
-TEST(DeleteSignal, is_constructed_connected_and_fires_once) {
+TEST(DeleteSignal, is_connected_by_its_constructor_and_fires_once) {
     FunctionSlot const slot(&note);
     { cDeleteSignal const signal(slot); }
     EXPECT_EQ(taken(), "note;");
     EXPECT_FALSE(slot.isconnected());
 }
 
-TEST(DeleteSignal, is_still_itself_while_it_fires) {
+TEST(DeleteSignal, is_still_a_complete_object_while_it_fires) {
     CallLog log;
     cSSBase const *dying = nullptr;
     bool same = false;
@@ -300,7 +300,7 @@ TEST(DeleteSignal, a_throwing_target_does_not_leave_the_destructor) {
     EXPECT_FALSE(behind.isconnected());
 }
 
-TEST(DeleteSignal, a_copy_announces_its_own_end_only) {
+TEST(DeleteSignal, a_copy_announces_only_its_own_destruction) {
     FunctionSlot const slot(&note);
     cDeleteSignal const signal(slot);
     { cDeleteSignal const copy(signal); }
@@ -316,7 +316,7 @@ TEST(SigInfo, formats_for_all_targets) {
     EXPECT_EQ(taken(), "text(5 x);note;");
 }
 
-TEST(SigInfo, zero_and_null_are_arguments_and_no_list) {
+TEST(SigInfo, zero_and_null_are_arguments_and_not_a_list) {
     cSigInfo const info;
     TextSlot const slot(&note_text, info);
     info("%i %s", 0, "x");
@@ -327,7 +327,7 @@ TEST(SigInfo, zero_and_null_are_arguments_and_no_list) {
                   !cArgumentList<void *> && !cArgumentList<char const *>);
 }
 
-TEST(SigInfo, one_text_alone_is_fired_as_it_is) {
+TEST(SigInfo, a_single_string_is_sent_unformatted) {
     cSigInfo const info;
     TextSlot const slot(&note_text, info);
     std::string const text = "100% %s %n";
@@ -342,18 +342,18 @@ void fire_list(cSigInfo const &info, char const *format, ...) {
     std::va_list args;
     va_start(args, format);
     info(format, args);
-    info(format, args); // the list is still whole
+    info(format, args); // the list is still unread
     va_end(args);
 }
 
-TEST(SigInfo, takes_a_list_and_leaves_it_as_it_was) {
+TEST(SigInfo, accepts_a_list_and_leaves_it_unread) {
     cSigInfo const info;
     TextSlot const slot(&note_text, info);
     fire_list(info, "%d-%s", 1, "a");
     EXPECT_EQ(taken(), "text(1-a);text(1-a);");
 }
 
-TEST(SigInfo, cuts_at_1023_characters) {
+TEST(SigInfo, truncates_at_1023_characters) {
     cSigInfo const info;
     TextSlot const slot(&note_text, info);
     for (std::size_t const length : {1022u, 1023u, 1024u, 5000u}) {
@@ -365,7 +365,7 @@ TEST(SigInfo, cuts_at_1023_characters) {
     EXPECT_EQ(taken(), "text(short again);");
 }
 
-TEST(SigInfo, its_own_text_may_be_an_argument) {
+TEST(SigInfo, its_own_buffer_may_be_an_argument) {
     static cSigInfo const *again;
     cSigInfo const outer, inner;
     again = &inner;
@@ -376,7 +376,7 @@ TEST(SigInfo, its_own_text_may_be_an_argument) {
     EXPECT_EQ(taken(), "text(<x>);");
 }
 
-TEST(SigInfo, the_buffer_is_one_for_the_process) {
+TEST(SigInfo, the_process_has_one_buffer) {
     static char const *first, *second;
     cSigInfo const a, b;
     TextSlot const slot_a([](char const *text) { first = text; }, a);
@@ -393,7 +393,7 @@ TEST(SigInfo, a_null_format_fires_nothing) {
     EXPECT_EQ(taken(), "");
 }
 
-TEST(SigInfo, is_blocked_like_every_signal) {
+TEST(SigInfo, can_be_blocked_like_every_signal) {
     cSigInfo const info;
     TextSlot const slot(&note_text, info);
     auto const hold = info.block();
@@ -401,7 +401,7 @@ TEST(SigInfo, is_blocked_like_every_signal) {
     EXPECT_EQ(taken(), "");
 }
 
-TEST(SignalEdge, a_text_signal_calls_a_plain_function_without_the_text) {
+TEST(SignalEdge, a_string_signal_calls_a_function_without_arguments) {
     cSignal1<char const *> const signal;
     FunctionSlot const slot(&note);
     signal.connect(slot);
@@ -409,7 +409,7 @@ TEST(SignalEdge, a_text_signal_calls_a_plain_function_without_the_text) {
     EXPECT_EQ(taken(), "note;");
 }
 
-TEST(SignalEdge, a_signal_of_two_gives_a_target_of_one_the_first_argument) {
+TEST(SignalEdge, a_target_of_one_argument_receives_the_first_of_two) {
     cSignal2<int, int> const signal;
     cSSBase1<int> const &slot = IntSlot(&note_int);
     signal.connect(slot);
@@ -417,7 +417,7 @@ TEST(SignalEdge, a_signal_of_two_gives_a_target_of_one_the_first_argument) {
     EXPECT_EQ(taken(), "int(7);");
 }
 
-TEST(SignalEdge, a_delete_signal_as_a_member_tells_the_end_of_its_owner) {
+TEST(SignalEdge, a_delete_signal_as_a_member_announces_the_destruction_of_its_owner) {
     struct Owner {
         cDeleteSignal ended;
         ~Owner() { calls += "~Owner;"; }
@@ -472,7 +472,7 @@ TEST(SignalEdge, a_blocked_second_signal_does_not_stop_the_other_targets) {
     EXPECT_EQ(log.take(), "a;second;b;");
 }
 
-TEST(SignalEdge, a_slot_with_blockoncall_is_not_reached_again_from_inside) {
+TEST(SignalEdge, a_slot_with_blockoncall_is_not_called_recursively) {
     CallLog log;
     cSignal const signal;
     LogSlot slot(log, "slot"), other(log, "other");

@@ -1,6 +1,6 @@
 #pragma once
-// Numbers as the library read them when the token rules were new: the reference that the present
-// functions are compared with. Not changed.
+// The number functions as they were when the token rules were new: the reference for the present
+// functions. Not to be changed.
 
 #include "base/cchars.h"
 
@@ -12,7 +12,8 @@
 #include <string_view>
 
 namespace former {
-constexpr std::int64_t far_away = 1'000'000'000'000; // an exponent beyond all floats and all texts
+constexpr std::int64_t far_away =
+    1'000'000'000'000; // an exponent larger than any float or the length of any string
 
 inline bool is_hex_digit(char c) noexcept {
     return is_digit(c) || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
@@ -46,7 +47,7 @@ template <class T> bool parse_digits(std::string_view text, T &number, int base)
     return end.ec == std::errc();
 }
 
-// At least one digit in front; the sign is passed separately.
+// Needs at least one leading digit; the caller passes the sign separately.
 inline bool parse_magnitude(std::string_view text, bool negative, std::int64_t limit,
                             std::int64_t &number) noexcept {
     if (text.empty() || !is_digit(text.front())) return false;
@@ -66,9 +67,9 @@ inline bool parse_hex(std::string_view digits, int &number) noexcept {
 
 struct cBase {
     std::chars_format form;
-    bool (*is_one)(char) noexcept; // a digit of this base
-    char mark;                     // before the exponent
-    int bits;                      // of the exponent's unit in one digit
+    bool (*is_one)(char) noexcept; // is the character a digit of this base?
+    char mark;                     // the letter before the exponent
+    int bits;                      // the bits of one digit, in units of the exponent
 };
 constexpr cBase decimal{std::chars_format::general, is_digit, 'e', 1};
 constexpr cBase hexadecimal{std::chars_format::hex, is_hex_digit, 'p', 4};
@@ -83,8 +84,8 @@ inline std::int64_t read_exponent(std::string_view text) noexcept {
     return negative ? -exponent : exponent;
 }
 
-// The exponent that the number has with its point before the first digit that isn't zero: above 0
-// for a number that is out of range because it is large, below for a small one.
+// The exponent of the number when written with its point before the first digit that is not zero.
+// If the number is out of range, a positive exponent means too large and a negative one too small.
 inline std::int64_t order_of(std::string_view text, cBase const &base) noexcept {
     size_t end = 0;
     for (bool point = false; end < text.size(); ++end) {
@@ -95,14 +96,14 @@ inline std::int64_t order_of(std::string_view text, cBase const &base) noexcept 
     }
     std::string_view const digits = text.substr(0, end);
     size_t const first = digits.find_first_not_of("0.");
-    if (first == std::string_view::npos) return -far_away; // zero, whatever the exponent
+    if (first == std::string_view::npos) return -far_away; // zero with any exponent
     auto const point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
     std::int64_t const place = base.bits * (point - static_cast<std::int64_t>(first));
     if (end == text.size() || lower(text[end]) != base.mark) return place;
     return place + read_exponent(text.substr(end + 1));
 }
 
-// No sign in front. Infinite if too large, 0 if too small.
+// Accepts no sign. Returns infinity for a number that is too large, 0 for one that is too small.
 template <class T>
 inline bool scan_magnitude(std::string_view text, T &number, cBase const &base = decimal) noexcept {
     if (text.empty() || !(base.is_one(text.front()) || text.front() == '.')) return false;
@@ -117,7 +118,7 @@ inline bool scan_magnitude(std::string_view text, T &number, cBase const &base =
 
 inline bool scan_any_magnitude(std::string_view text, float &number) noexcept {
     if (starts_with_word(text, "inf")) {
-        // The longer word is begun, so it must be there.
+        // After its first character the longer word must be complete.
         if (starts_with_word(text, "infi") && !starts_with_word(text, "infinity")) return false;
         number = std::numeric_limits<float>::infinity();
         return true;

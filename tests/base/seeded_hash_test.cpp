@@ -13,7 +13,7 @@ TEST(SeededHash, is_the_same_for_the_same_bytes_within_a_process) {
               seeded_hash_bytes(copy.data(), copy.size()));
 }
 
-TEST(SeededHash, tells_lengths_and_single_bits_apart) {
+TEST(SeededHash, distinguishes_lengths_and_single_bits) {
     std::set<std::uint32_t> seen;
     std::string text(64, '\0');
     for (size_t length = 0; length <= 64; ++length)

@@ -1,6 +1,6 @@
-// What the commands of the tool do with a file: how many of its bytes they read, how many
-// characters they parse, and how many they make tokens of. Counted is what a file costs that is
-// longer by some entries, so that neither statements nor paths count.
+// The work of the tool's commands on a file: how many of its bytes they read, how many characters
+// they parse, and how many they turn into tokens. A test counts the difference between a file and
+// the same file with some more entries, so that neither statements nor paths count.
 #include "tests/support/memory_file.h"
 #include "tests/support/paths.h"
 
@@ -19,7 +19,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#ifdef QRV_CHECKS // the scanner counts in such builds only
+#ifdef QRV_CHECKS // the scanner counts in these builds only
 
 namespace {
 
@@ -36,7 +36,8 @@ struct cCounts {
 
 unsigned long long bytes_read = 0;
 cCounts at_fork;
-cCounts *in_children = nullptr; // of the children that have ended; shared with them
+cCounts *in_children =
+    nullptr; // the counts of worker processes that have ended, in memory shared with them
 
 cCounts counts_here() { return {bytes_read, scan::parsed, scan::lexed}; }
 
@@ -51,9 +52,8 @@ void prepare_for_children() {
 
 } // namespace
 
-// In place of the system's, also for the library. Pipes do not count. What a child has counted is
-// added as it ends: with
-// --module the work on a file is done in one.
+// Replace the system calls, also for the library. Reads from pipes do not count. A worker process
+// adds its counts when it ends: with --module a worker process does the work on a file.
 extern "C" ssize_t read(int descriptor, void *to, std::size_t room) {
     ssize_t const count = ::syscall(SYS_read, descriptor, to, room);
     struct stat status {};
@@ -68,7 +68,7 @@ extern "C" void _exit(int status) {
 
 namespace {
 
-// A text of so many entries, and two more at its end.
+// Text with this number of entries, followed by two more.
 struct cText {
     std::string name;
     std::function<std::string(int entries)> of;
@@ -112,10 +112,11 @@ cText mixed() {
             }};
 }
 
-// The characters, those between the brackets of typed values once more for each of these.
+// The number of characters; those between the brackets of typed values count once more for each
+// such value around them.
 unsigned long long weight(std::string const &text) {
     unsigned long long sum = 0;
-    std::vector<bool> open; // of round brackets: typed?
+    std::vector<bool> open; // for each open round bracket: does it belong to a typed value?
     unsigned depth = 0;
     for (size_t i = 0; i < text.size(); ++i) {
         if (text[i] == ')') {
@@ -170,7 +171,8 @@ class ToolWork : public testing::Test {
                 static_cast<double>(work.lexed)};
     }
 
-    // In the writer's layout, so that `fmt` makes no longer text of it, but for a blank at the end.
+    // Text in the writer's layout, so that `fmt` does not lengthen it, except for a blank at the
+    // end.
     std::string laid_out(std::string const &text) const {
         write("FILE", text);
         work_of({"fmt", "-i", "FILE"});
@@ -178,7 +180,7 @@ class ToolWork : public testing::Test {
         return {std::istreambuf_iterator<char>(is), {}};
     }
 
-    // What the command does more with the longer text.
+    // The additional work of the command on the longer text.
     cWork more_work(std::string const &shorter, std::string const &longer,
                     std::vector<std::string> const &arguments) const {
         write("FILE", shorter + " \n");
@@ -217,15 +219,16 @@ class ToolWork : public testing::Test {
 
     static constexpr int few = 10, many = 30;
     std::string folder_;
-    int worst_status_ = 1;   // of a command
-    bool in_copies_ = false; // of this process: a module can be loaded once
+    int worst_status_ = 1; // the worst exit status of a command
+    bool in_copies_ =
+        false; // run each command in a copy of this process, as a module can be loaded once
 
   private:
     void run_in_copy(int argc, char const *const *argv) const {
         pid_t const child = ::fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
-            qrv_set_module_filter(nullptr); // an earlier command in this process has set one
+            qrv_set_module_filter(nullptr); // an earlier command in this process has set a filter
             run(argc, argv);
             ::_exit(HasFailure());
         }
@@ -234,7 +237,7 @@ class ToolWork : public testing::Test {
         EXPECT_EQ(status, 0) << argv[1];
     }
 
-    // Outputs go where nobody looks.
+    // Discards the outputs of the command.
     void run(int argc, char const *const *argv) const {
         test::cMemory const out;
         int const descriptors[] = {STDOUT_FILENO, STDERR_FILENO};
@@ -276,7 +279,7 @@ cCommands commands() {
     };
 }
 
-// What does the same work as another one, but for options.
+// Commands that do the same work as another one, except for options.
 cCommands variants() {
     cCommands all{
         {"check", "-W", "strings", "FILE"},
@@ -315,29 +318,29 @@ cCommands variants() {
 
 } // namespace
 
-TEST_F(ToolWork, the_weight_of_a_text) {
+TEST_F(ToolWork, the_weight_of_text_counts_characters_once_for_each_typed_value) {
     EXPECT_EQ(weight("{a= 1;}"), 7u);
     EXPECT_EQ(weight("a= T(12);"), 9u + 2u);
     EXPECT_EQ(weight("a= T(U(1));"), 11u + 4u + 1u);
     EXPECT_EQ(weight("a= #cRef(/b);"), 13u);
 }
 
-TEST_F(ToolWork, each_byte_and_character_at_most_twice) {
+TEST_F(ToolWork, each_byte_and_character_is_read_at_most_twice) {
     for (cText const &text : texts()) expect_little_work(text, commands());
 }
 
-TEST_F(ToolWork, each_byte_and_character_at_most_twice_with_any_options) {
+TEST_F(ToolWork, each_byte_and_character_is_read_at_most_twice_with_any_options) {
     expect_little_work(mixed(), variants());
 }
 
-TEST_F(ToolWork, an_edit_that_fails_reads_the_file_twice_at_most) {
+TEST_F(ToolWork, a_failed_edit_reads_the_file_at_most_twice) {
     worst_status_ = 2;
     expect_little_work(mixed(), {{"set", "FILE", "n = {}"},
                                  {"set", "--reformat", "FILE", "n = {}"},
                                  {"merge", "--reformat", "FILE", "SOURCE", "--commands=0a-"}});
 }
 
-TEST_F(ToolWork, each_byte_and_character_at_most_twice_with_modules) {
+TEST_F(ToolWork, each_byte_and_character_is_read_at_most_twice_with_modules) {
     in_copies_ = true;
     std::string const module = test::binary_file("bin/modules/colour");
     cCommands all = commands();
@@ -346,12 +349,12 @@ TEST_F(ToolWork, each_byte_and_character_at_most_twice_with_modules) {
     expect_little_work(mixed(), all);
 }
 
-TEST_F(ToolWork, a_json_text_is_read_once_and_the_result_scanned_once) {
+TEST_F(ToolWork, json_is_read_once_and_the_result_is_scanned_once) {
     cWork const work = more_work("1", "1", {"from-json", "JSON"});
     auto const size = static_cast<double>(json(many).size() - json(few).size());
     EXPECT_GE(work.read, size);
     EXPECT_LE(work.read, 1.1 * size);
-    EXPECT_GE(work.lexed, size / 2); // it has fewer quotes and commas
+    EXPECT_GE(work.lexed, size / 2); // the text has fewer quotes and commas than the JSON
     EXPECT_LE(work.lexed, 2.1 * size);
     EXPECT_LE(work.parsed, 2.1 * size);
 }

@@ -1,5 +1,5 @@
-// A program that uses an installed library: objects, text, an error as an exception across the
-// library's border, and a module from the working folder, loaded and unloaded.
+// A program that uses an installed library: objects, text, an error that crosses the library
+// boundary as an exception, and a module from the working folder that is loaded and unloaded.
 #include "qrv/qrv.h"
 
 #include <iostream>

@@ -1,4 +1,5 @@
-// A module. The static object in an inline function is what g++ would pin it in memory by.
+// A module. Because of the static object in an inline function, g++ would by default keep the
+// module in memory.
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/modules/cmodule.h"
 

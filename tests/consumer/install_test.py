@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Installs a release build below a scratch prefix and uses it as another project would.
 
-The tree is installed, used once by CMake where it lies, and moved; all else happens at the new place.
+The tree is installed, used once with CMake in the original place, and moved. All other tests use the moved tree.
 Usage: install_test.py SOURCE_DIR BUILD_DIR LIBDIR VERSION COMPILER; LIBDIR is relative to the prefix.
 """
 import os
@@ -29,7 +29,7 @@ def run(*command, folder=None, **variables):
 
 
 def done(*command, **more):
-    """What a command prints that must succeed."""
+    """The output of a command, which must succeed."""
     result = run(*command, **more)
     if result.returncode != 0:
         raise AssertionError(f"{shlex.join(map(str, command))}: {result.returncode}\n{result.stdout}")
@@ -41,7 +41,7 @@ def install(prefix, **variables):
 
 
 def files(tree):
-    """Everything in it but folders, links with what they point to."""
+    """All entries except folders; links with their targets."""
     return sorted(
         f"{path.relative_to(tree)}" + (f" -> {os.readlink(path)}" if path.is_symlink() else "")
         for path in tree.rglob("*") if path.is_symlink() or not path.is_dir()
@@ -112,7 +112,7 @@ class Install(unittest.TestCase):
             self.assertEqual((staged / name).read_bytes(), (self.tree / name).read_bytes(), name)
 
     def test_no_file_tells_where_it_was_made_or_first_installed(self):
-        self.assertIn("bin/qrv", mentioning(self.tree, "$ORIGIN/"))  # the search sees what is there
+        self.assertIn("bin/qrv", mentioning(self.tree, "$ORIGIN/"))  # shows that the search finds text
         for folder in (SOURCE, BUILD, self.first):
             self.assertEqual(mentioning(self.tree, f"{folder}/"), [], folder)
             self.assertEqual(mentioning(self.tree, f"{folder}\0"), [], folder)

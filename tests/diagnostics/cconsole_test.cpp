@@ -1,4 +1,4 @@
-// The display on a file descriptor.
+// The display that writes to a file descriptor.
 
 #include "qrv/diagnostics/cconsole.h"
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-// A pipe; what was written into it is read at the end.
+// A pipe. A test reads at its end what was written into the pipe.
 class cPipe {
   public:
     cPipe() {
@@ -40,7 +40,7 @@ class cPipe {
 
 class Console : public testing::Test {
   protected:
-    cPieces messages; // past the first idle moment
+    cPieces messages; // after the first idle moment
 };
 
 TEST_F(Console, every_piece_is_written_at_once) {
@@ -53,7 +53,7 @@ TEST_F(Console, every_piece_is_written_at_once) {
     EXPECT_EQ(pipe.rest(), "one two 50%\n");
 }
 
-TEST_F(Console, what_waits_at_its_end_is_written_and_later_text_is_not) {
+TEST_F(Console, destruction_writes_the_buffered_text_but_no_later_text) {
     cPipe pipe;
     {
         cConsoleDisplay const display(pipe.input());
@@ -63,7 +63,7 @@ TEST_F(Console, what_waits_at_its_end_is_written_and_later_text_is_not) {
     EXPECT_EQ(pipe.rest(), "waiting");
 }
 
-TEST_F(Console, a_long_text_comes_whole) {
+TEST_F(Console, a_long_string_is_written_completely) {
     cPipe pipe;
     cConsoleDisplay const display(pipe.input());
     std::string const text(20000, 'x');
@@ -71,14 +71,14 @@ TEST_F(Console, a_long_text_comes_whole) {
     EXPECT_EQ(pipe.rest(), text);
 }
 
-TEST_F(Console, a_descriptor_that_refuses_is_told) {
+TEST_F(Console, a_descriptor_that_cannot_be_written_is_reported) {
     cConsoleDisplay const display(-1);
     cat::std_err() << "text";
     EXPECT_TRUE(display.failed());
     EXPECT_EQ(messages.text(), "text");
 }
 
-TEST_F(Console, two_displays_both_show) {
+TEST_F(Console, two_displays_both_write_the_output) {
     cPipe first;
     cPipe second;
     cConsoleDisplay const one(first.input());

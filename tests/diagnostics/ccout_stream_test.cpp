@@ -1,4 +1,4 @@
-// Message streams: to the display, to files, to each other, and into strings.
+// Message streams: output to the display, to files, to other message streams, and into strings.
 
 #include "qrv/diagnostics/ccout.h"
 
@@ -11,7 +11,7 @@ namespace {
 
 // ---- message streams ----
 
-TEST_F(OutputEdge, a_line_of_a_display_stream_waits_for_the_flush) {
+TEST_F(OutputEdge, a_line_in_a_display_stream_is_buffered_until_the_flush) {
     cOstream os(true, nullptr);
     os << "a line " << 1 << '\n';
     EXPECT_EQ(messages.pieces(), Pieces{});
@@ -19,7 +19,7 @@ TEST_F(OutputEdge, a_line_of_a_display_stream_waits_for_the_flush) {
     EXPECT_EQ(messages.pieces(), Pieces{"a line 1\n"});
 }
 
-TEST_F(OutputEdge, what_waits_in_a_connected_stream_goes_first) {
+TEST_F(OutputEdge, buffered_text_of_a_connected_stream_is_written_first) {
     cOstream a(false, nullptr);
     cOstream b(true, nullptr);
     a.connect(b);
@@ -28,7 +28,7 @@ TEST_F(OutputEdge, what_waits_in_a_connected_stream_goes_first) {
     EXPECT_EQ(messages.pieces(), (Pieces{"from b, ", "from a"}));
 }
 
-TEST_F(Output, a_chain_of_streams_passes_on_to_the_file_at_its_end) {
+TEST_F(Output, a_chain_of_streams_forwards_to_the_file_at_its_end) {
     cTempFile const file("chain");
     {
         cOstream a(false, nullptr);
@@ -42,7 +42,7 @@ TEST_F(Output, a_chain_of_streams_passes_on_to_the_file_at_its_end) {
     EXPECT_EQ(messages.pieces(), Pieces{});
 }
 
-TEST_F(Output, a_connected_stream_may_die_first) {
+TEST_F(Output, a_connected_stream_may_be_destroyed_first) {
     cOstream a(true, nullptr);
     {
         cOstream b(true, nullptr);
@@ -52,7 +52,7 @@ TEST_F(Output, a_connected_stream_may_die_first) {
     EXPECT_EQ(messages.pieces(), Pieces{"text"});
 }
 
-TEST_F(Output, a_stream_without_display_and_file_is_silent) {
+TEST_F(Output, a_stream_without_display_and_file_writes_nothing) {
     cDebugCalls debug;
     cOstream os(false, nullptr);
     os << "text" << std::flush;
@@ -60,7 +60,7 @@ TEST_F(Output, a_stream_without_display_and_file_is_silent) {
     EXPECT_EQ(debug.calls, Pieces{});
 }
 
-TEST_F(Output, a_stream_with_a_file_alone_is_seen_by_the_debugger) {
+TEST_F(Output, a_stream_with_only_a_file_also_writes_debug_output) {
     cDebugCalls debug;
     cTempFile const file("own");
     {
@@ -85,7 +85,7 @@ TEST_F(Output, a_stream_with_display_and_file_writes_to_both) {
     EXPECT_EQ(messages.pieces()[1], "text");
 }
 
-TEST_F(Output, set_dispout_switches_the_display) {
+TEST_F(Output, set_dispout_switches_the_display_on_and_off) {
     cOstream os(false, nullptr);
     os.set_dispout(true);
     os << "seen" << std::flush;
@@ -94,7 +94,7 @@ TEST_F(Output, set_dispout_switches_the_display) {
     EXPECT_EQ(messages.text(), "seen");
 }
 
-TEST_F(Output, a_stream_file_that_cannot_be_opened_is_told_with_a_line_end) {
+TEST_F(Output, a_stream_file_that_cannot_be_opened_is_reported_with_a_line_end) {
     cOstream os(true, "/nowhere/at/all");
     EXPECT_EQ(messages.pieces(), Pieces{"Fehler beim \xC3\x96"
                                         "ffnen des Message-Files '/nowhere/at/all'\n"});
@@ -169,7 +169,7 @@ TEST_F(Output, a_stream_destroyed_while_it_flushes_for_its_printf_prints_no_more
     EXPECT_EQ(messages.pieces(), Pieces{"first, "});
 }
 
-TEST_F(Output, a_stream_destroyed_while_another_feeds_it_prints_no_more) {
+TEST_F(Output, a_stream_destroyed_while_another_writes_to_it_prints_no_more) {
     cDestroyed destroyed;
     cOstream feeder(false, nullptr);
     feeder.connect(*destroyed.os);
@@ -179,7 +179,7 @@ TEST_F(Output, a_stream_destroyed_while_another_feeds_it_prints_no_more) {
     EXPECT_EQ(messages.pieces(), Pieces{"first, "});
 }
 
-TEST_F(Output, a_stream_whose_flush_fails_is_bad_and_prints_on) {
+TEST_F(Output, a_stream_whose_flush_fails_is_bad_and_continues_printing) {
     struct : std::streambuf {
         int sync() override { return -1; }
     } broken;
@@ -190,7 +190,7 @@ TEST_F(Output, a_stream_whose_flush_fails_is_bad_and_prints_on) {
     EXPECT_EQ(messages.pieces(), Pieces{"text"});
 }
 
-TEST_F(Output, the_buffer_of_a_stream_tells_its_pieces) {
+TEST_F(Output, the_buffer_of_a_stream_emits_its_pieces) {
     cOstream os(false, nullptr);
     cPieces const pieces(os.buf()->sig());
     os << "text" << std::flush;
@@ -198,7 +198,7 @@ TEST_F(Output, the_buffer_of_a_stream_tells_its_pieces) {
     EXPECT_EQ(pieces.pieces(), Pieces{"text"});
 }
 
-TEST_F(Output, a_stream_that_throws_on_bad_states_dies_quietly) {
+TEST_F(Output, the_destructor_of_a_stream_that_throws_on_bad_states_does_not_throw) {
     cOstream os(false, nullptr);
     os.exceptions(std::ios::badbit);
     cOstringstream text;
@@ -208,7 +208,7 @@ TEST_F(Output, a_stream_that_throws_on_bad_states_dies_quietly) {
     EXPECT_EQ(text.str(), "b");
 }
 
-TEST_F(Output, streams_are_not_copied) {
+TEST_F(Output, streams_cannot_be_copied) {
     static_assert(!std::is_copy_constructible_v<cOstream> && !std::is_copy_assignable_v<cOstream>);
     static_assert(!std::is_copy_constructible_v<cOstringstream>);
     static_assert(!std::is_copy_assignable_v<cOstringstream>);
@@ -230,14 +230,14 @@ TEST_F(Output, a_string_stream_writes_into_the_string_it_was_given) {
     EXPECT_EQ(target, "new");
 }
 
-TEST_F(Output, clearing_a_string_stream_leaves_what_waits_in_the_buffer) {
+TEST_F(Output, clearing_a_string_stream_keeps_the_buffered_text) {
     cOstringstream os;
     os << "flushed" << std::flush << "waiting";
     os.clear();
     EXPECT_EQ(os.str(), "waiting");
 }
 
-TEST_F(Output, a_string_stream_dies_without_a_flush) {
+TEST_F(Output, a_string_stream_is_destroyed_without_a_flush) {
     std::string target;
     {
         cOstringstream os(target);
@@ -246,7 +246,7 @@ TEST_F(Output, a_string_stream_dies_without_a_flush) {
     EXPECT_EQ(target, "");
 }
 
-// Digits in groups and a decimal comma.
+// Groups digits, and writes a decimal comma.
 class cHostile : public std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }

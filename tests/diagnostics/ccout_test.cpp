@@ -1,4 +1,4 @@
-// Message output: the buffers, the global route, the message file.
+// Message output: the buffers, the global route, and the message file.
 
 #include "qrv/diagnostics/ccout.h"
 
@@ -14,8 +14,7 @@
 
 namespace {
 
-// The body runs in a fresh process, where the first idle moment is still to come, and must say
-// true.
+// Runs the body in a fresh process before its first idle moment. The body must return true.
 template <class Body> void in_fresh_process(Body const &body) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(std::exit(body() ? 0 : 1), testing::ExitedWithCode(0), "");
@@ -25,7 +24,7 @@ using OutputFreshEdge = OutputFresh;
 
 // ---- the first idle moment ----
 
-TEST_F(OutputFreshEdge, text_before_the_first_idle_arrives_in_one_piece) {
+TEST_F(OutputFreshEdge, output_before_the_first_idle_moment_arrives_in_one_piece) {
     in_fresh_process([] {
         cat::std_out() << "one, " << std::flush;
         cat::std_err() << "two, ";
@@ -37,7 +36,7 @@ TEST_F(OutputFreshEdge, text_before_the_first_idle_arrives_in_one_piece) {
     });
 }
 
-TEST_F(OutputFreshEdge, a_slot_that_connects_after_the_first_idle_gets_none_of_it) {
+TEST_F(OutputFreshEdge, a_slot_connected_after_the_first_idle_moment_receives_no_earlier_output) {
     in_fresh_process([] {
         cat::std_err() << "early";
         sig_idle();
@@ -47,7 +46,7 @@ TEST_F(OutputFreshEdge, a_slot_that_connects_after_the_first_idle_gets_none_of_i
     });
 }
 
-TEST_F(OutputFreshEdge, a_second_idle_does_nothing_here) {
+TEST_F(OutputFreshEdge, a_second_idle_moment_emits_nothing) {
     in_fresh_process([] {
         cPieces const pieces(cOutSigStreambuf.sig());
         sig_idle();
@@ -59,7 +58,7 @@ TEST_F(OutputFreshEdge, a_second_idle_does_nothing_here) {
     });
 }
 
-TEST_F(OutputFresh, debugout_sees_only_what_comes_after_the_kept_text) {
+TEST_F(OutputFresh, debugout_receives_only_output_after_the_stored_text) {
     in_fresh_process([] {
         cDebugCalls debug;
         cat::std_err() << "early";
@@ -69,7 +68,7 @@ TEST_F(OutputFresh, debugout_sees_only_what_comes_after_the_kept_text) {
     });
 }
 
-TEST_F(OutputFresh, text_still_in_the_put_area_comes_after_the_kept_text) {
+TEST_F(OutputFresh, text_still_in_the_put_area_comes_after_the_stored_text) {
     in_fresh_process([] {
         cat::std_out() << "unfinished";
         cPieces const pieces(cOutSigStreambuf.sig());
@@ -79,7 +78,7 @@ TEST_F(OutputFresh, text_still_in_the_put_area_comes_after_the_kept_text) {
     });
 }
 
-TEST_F(OutputFresh, a_slot_that_throws_at_the_first_idle_costs_debugout_nothing) {
+TEST_F(OutputFresh, a_slot_that_throws_at_the_first_idle_moment_does_not_affect_debugout) {
     in_fresh_process([] {
         cDebugCalls debug;
         bool thrown = false;
@@ -110,7 +109,7 @@ TEST_F(OutputEdge, the_1023rd_character_sends_a_piece_of_1023) {
     EXPECT_FALSE(buffer.has_text());
 }
 
-TEST_F(Output, a_long_text_is_cut_at_1023) {
+TEST_F(Output, a_long_string_is_split_at_1023_characters) {
     cOutStreambuf buffer;
     cPieces const pieces(buffer.sig());
     std::ostream os(&buffer);
@@ -131,7 +130,7 @@ class cOpenBuffer : public cOutStreambuf {
     void take_put_area() { setp(nullptr, nullptr); }
 };
 
-TEST_F(Output, overflow_tells_its_character_and_0_for_the_end) {
+TEST_F(Output, overflow_returns_its_character_and_0_for_the_end) {
     cOpenBuffer buffer;
     cPieces const pieces(buffer.sig());
     buffer.sputn("ab", 2);
@@ -142,7 +141,7 @@ TEST_F(Output, overflow_tells_its_character_and_0_for_the_end) {
     EXPECT_EQ(pieces.pieces(), (Pieces{"abc", "", "", "\xE4"}));
 }
 
-TEST_F(Output, line_ends_may_flush) {
+TEST_F(Output, line_ends_flush_if_set) {
     cOutStreambuf buffer;
     cPieces const pieces(buffer.sig());
     std::ostream os(&buffer);
@@ -160,15 +159,15 @@ TEST_F(Output, line_ends_may_flush) {
     EXPECT_EQ(pieces.pieces().back(), "four\nfive");
 }
 
-TEST_F(Output, underflow_has_nothing) {
+TEST_F(Output, underflow_always_returns_the_end) {
     cOpenBuffer buffer;
     EXPECT_EQ(buffer.underflow(), -1);
 }
 
-TEST_F(Output, sync_has_four_answers) {
+TEST_F(Output, sync_returns_four_results) {
     cOpenBuffer buffer;
     cPieces const pieces(buffer.sig());
-    EXPECT_EQ(buffer.sync(), 0); // empty
+    EXPECT_EQ(buffer.sync(), 0); // nothing is buffered
     buffer.sputc('a');
     EXPECT_EQ(buffer.sync(), 0);
     EXPECT_EQ(pieces.pieces(), Pieces{"a"});
@@ -177,11 +176,11 @@ TEST_F(Output, sync_has_four_answers) {
     buffer.sputc('b');
     EXPECT_EQ(buffer.sync(), -1);
     buffer.take_put_area();
-    EXPECT_EQ(buffer.sync(), 0); // looked at first
+    EXPECT_EQ(buffer.sync(), 0); // the state is checked first
     EXPECT_EQ(pieces.pieces(), Pieces{"a"});
 }
 
-TEST_F(Output, a_slot_that_prints_gets_its_text_out_once) {
+TEST_F(Output, output_printed_by_a_slot_appears_once) {
     bool first = true;
     cOnText const printer(cOutSigStreambuf.sig(), [&first](char const *) {
         if (std::exchange(first, false)) cat::std_out() << "[nested]" << std::flush;
@@ -190,7 +189,7 @@ TEST_F(Output, a_slot_that_prints_gets_its_text_out_once) {
     EXPECT_EQ(messages.pieces(), (Pieces{"outer", "[nested]"}));
 }
 
-TEST_F(Output, a_slot_that_throws_mutes_nothing) {
+TEST_F(Output, a_slot_that_throws_loses_no_output) {
     {
         cOnText const thrower(cOutSigStreambuf.sig(),
                               [](char const *) { throw std::runtime_error("no display"); });
@@ -203,7 +202,7 @@ TEST_F(Output, a_slot_that_throws_mutes_nothing) {
     EXPECT_EQ(messages.text(), "one two three");
 }
 
-TEST_F(Output, a_direct_emission_passes_an_exception_on) {
+TEST_F(Output, a_direct_emission_propagates_an_exception) {
     cOnText const thrower(cOutSigStreambuf.sig(),
                           [](char const *) { throw std::runtime_error("no display"); });
     EXPECT_THROW(cMsgDispOut("a"), std::runtime_error);
@@ -211,7 +210,7 @@ TEST_F(Output, a_direct_emission_passes_an_exception_on) {
     EXPECT_EQ(messages.text(), "ab");
 }
 
-TEST_F(Output, every_new_buffer_leads_the_standard_streams_back) {
+TEST_F(Output, every_new_buffer_redirects_the_standard_streams_again) {
     std::ostringstream captured;
     std::streambuf *const before = cat::std_out().rdbuf(captured.rdbuf());
     EXPECT_EQ(before, &cOutSigStreambuf);
@@ -226,7 +225,7 @@ TEST_F(Output, every_new_buffer_leads_the_standard_streams_back) {
 
 // ---- cprintf and the message file ----
 
-TEST_F(OutputEdge, cprintf_after_unfinished_output_delivers_that_first) {
+TEST_F(OutputEdge, cprintf_delivers_unfinished_output_first) {
     cat::std_err().unsetf(std::ios::unitbuf);
     cat::std_err() << "unfinished, ";
     cat::std_out() << "this too, ";
@@ -236,7 +235,7 @@ TEST_F(OutputEdge, cprintf_after_unfinished_output_delivers_that_first) {
     EXPECT_EQ(messages.pieces(), (Pieces{"unfinished, this too, ", "then 7"}));
 }
 
-TEST_F(Output, cprintf_tells_the_length_up_to_2047) {
+TEST_F(Output, cprintf_returns_the_length_up_to_2047) {
     EXPECT_EQ(cprintf("%s", std::string(2047, 'x').c_str()), 2047);
     EXPECT_EQ(cprintf("%s", std::string(2048, 'x').c_str()), -1);
     EXPECT_EQ(cprintf("%s", std::string(5000, 'x').c_str()), -1);
@@ -253,12 +252,12 @@ int by_list(char const *format, ...) {
     return result;
 }
 
-TEST_F(Output, cvprintf_takes_a_list) {
+TEST_F(Output, cvprintf_accepts_an_argument_list) {
     EXPECT_EQ(by_list("%i-%s", 12, "x"), 4);
     EXPECT_EQ(messages.text(), "12-x");
 }
 
-TEST_F(Output, a_slot_may_print_what_it_was_given) {
+TEST_F(Output, a_slot_may_print_its_argument) {
     bool first = true;
     cOnText const printer(cOutSigStreambuf.sig(), [&first](char const *text) {
         if (std::exchange(first, false)) cprintf("<%s>", text);
@@ -274,7 +273,8 @@ TEST_F(OutputEdge, opening_the_message_file_twice_closes_the_first) {
     EXPECT_NE(cprintfopen(first.name()), nullptr);
     cprintf("to the first\n");
     EXPECT_NE(cprintfopen(second.name()), nullptr);
-    EXPECT_EQ(without_start_line(first.text()), "[start]to the first\n"); // closed, so complete
+    EXPECT_EQ(without_start_line(first.text()),
+              "[start]to the first\n"); // the file is closed, so it is complete
     cprintf("to the second\n");
     cprintfclose();
     cprintfclose();
@@ -283,7 +283,7 @@ TEST_F(OutputEdge, opening_the_message_file_twice_closes_the_first) {
     EXPECT_THAT(messages.text(), testing::EndsWith("to the second\n"));
 }
 
-TEST_F(Output, a_message_file_that_cannot_be_opened_is_told_without_a_line_end) {
+TEST_F(Output, a_message_file_that_cannot_be_opened_is_reported_without_a_line_end) {
     EXPECT_EQ(cprintfopen("/nowhere/at/all"), nullptr);
     EXPECT_EQ(messages.pieces(), Pieces{"Fehler beim \xC3\x96"
                                         "ffnen des Message-Files '/nowhere/at/all'"});
@@ -291,7 +291,7 @@ TEST_F(Output, a_message_file_that_cannot_be_opened_is_told_without_a_line_end) 
     EXPECT_EQ(cprintfopen(nullptr), nullptr);
 }
 
-TEST_F(Output, the_message_file_takes_each_percent_pair_once_more) {
+TEST_F(Output, the_message_file_formats_each_percent_pair_again) {
     cTempFile const file("percent");
     ASSERT_NE(cprintfopen(file.name()), nullptr);
     cprintf("50%%%%");
@@ -303,7 +303,7 @@ TEST_F(Output, the_message_file_takes_each_percent_pair_once_more) {
     EXPECT_EQ(messages.pieces()[2], "%n%s %d%%");
 }
 
-TEST_F(Output, the_message_file_takes_nothing_from_the_standard_streams) {
+TEST_F(Output, the_message_file_ignores_the_standard_streams) {
     cTempFile const file("streams");
     ASSERT_NE(cprintfopen(file.name()), nullptr);
     cat::std_err() << "not in the file";
@@ -311,14 +311,14 @@ TEST_F(Output, the_message_file_takes_nothing_from_the_standard_streams) {
     EXPECT_EQ(without_start_line(file.text()), "[start]");
 }
 
-TEST_F(Output, no_text_is_no_message) {
+TEST_F(Output, an_empty_string_is_not_a_message) {
     cMsgDispOut(nullptr);
     EXPECT_EQ(messages.pieces(), Pieces{});
 }
 
 // ---- debugout ----
 
-TEST_F(OutputEdge, debugout_calls_overlap) {
+TEST_F(OutputEdge, debugout_may_be_called_during_debugout) {
     cDebugCalls debug;
     std::string text;
     for (int i = 0; text.size() < 2500; ++i) text += std::to_string(i) + ' ';
@@ -327,7 +327,7 @@ TEST_F(OutputEdge, debugout_calls_overlap) {
     EXPECT_EQ(debug.calls, (Pieces{text, text.substr(1023), text.substr(2046)}));
 }
 
-TEST_F(Output, debugout_passes_up_to_1023_characters_once) {
+TEST_F(Output, debugout_emits_up_to_1023_characters_once) {
     cDebugCalls debug;
     debugout("");
     debugout(std::string(1023, 'x').c_str());
@@ -350,7 +350,7 @@ std::string converted(char const *text, bool *hadbell = nullptr) {
     return result.get();
 }
 
-TEST_F(OutputEdge, line_feeds_become_pairs_and_bells_are_dropped_and_told) {
+TEST_F(OutputEdge, line_feeds_become_pairs_and_bells_are_dropped_and_reported) {
     bool bell = false;
     EXPECT_EQ(converted("a\nb\a\n\n", &bell), "a\r\nb\r\n\r\n");
     EXPECT_TRUE(bell);
@@ -358,7 +358,7 @@ TEST_F(OutputEdge, line_feeds_become_pairs_and_bells_are_dropped_and_told) {
     EXPECT_FALSE(bell);
 }
 
-TEST_F(Output, the_conversion_takes_any_text) {
+TEST_F(Output, the_conversion_accepts_any_string) {
     bool bell = true;
     EXPECT_EQ(converted("", &bell), "");
     EXPECT_FALSE(bell);

@@ -1,4 +1,4 @@
-// The list of errors: each is provoked once, and has the code and the beginning that the list says.
+// The list of errors: each error is caused once, and has the listed code and beginning of its text.
 
 #include "diagnostics/cerr_codes.h"
 
@@ -18,6 +18,7 @@
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/support/types.h"
+#include "text/read/cscan_text.h"
 
 #include <fstream>
 #include <functional>
@@ -33,7 +34,8 @@ namespace {
 
 using cErrors = std::vector<cErrorLog::cEntry>;
 
-// All that is raised, reported by a scanner or thrown during `act`; without place and path.
+// Returns everything that is raised, reported by a scanner or thrown during `act`, without position
+// and path.
 cErrors errors_of(std::function<void()> const &act) {
     cErrorLog log;
     cat::ReadReport report;
@@ -48,7 +50,7 @@ cErrors errors_of(std::function<void()> const &act) {
     return all;
 }
 
-// Is `text` in the message, right after the head?
+// Does the message contain `text` right after its beginning?
 bool begins_with(std::string const &message, cErrHead head, std::string const &text) {
     char const *const begin = head == cErrHead::object      ? "Attr value, type '"
                               : head == cErrHead::attribute ? "Setattr in object type '"
@@ -66,6 +68,13 @@ bool is_among(cErrors const &errors, cErrText const &wanted) {
 }
 
 objref key(char const *text) { return own_key(std::string(text)); }
+
+void read_whole(std::string const &text) {
+    std::istringstream is(text);
+    cAttrScan scan(is, false);
+    objref value;
+    cat::scan_text(scan, value);
+}
 
 objref read(std::string const &text) {
     std::istringstream is(text);
@@ -94,7 +103,7 @@ cRef<cMapObj> specified(specref const &spec) {
     return map;
 }
 
-// An object `o` of a type that requires `n` and doesn't mind `m`.
+// An object `o` of a type that requires the key `n` and allows other keys such as `m`.
 objref declared() {
     return read("{ECRec= attlist(n= attspec(flag= #REQUIRED); m= attspec(flag= #IMPLIED)); "
                 "o= ECRec(n= 1); }")
@@ -122,7 +131,7 @@ objref new_map(objref) { return make<cMapObj>(); }
 objref new_own(objref type) { return make<cMapObj>(dynamic_cast<cTypeObj *>(type.get()), true); }
 bool throwing_assign(cObj &, objref &) { throw cErr(0x40000000, "refused"); }
 
-// The object's type reads its text by scan_attrcopy.
+// The type of the object reads its text by scan_attrcopy.
 void read_entries(cTypeObj &type, char const *text) {
     cMapObj object(&type, true);
     std::istringstream is(text);
@@ -157,7 +166,7 @@ void assign_what_fails() {
     objref const target = declared();
     objref const source = target->clone(false);
     source->setattr(key("m"), cat::of("text"));
-    target->setattr(key("m"), make<cMapObj>()); // takes no text
+    target->setattr(key("m"), make<cMapObj>()); // the value must not be a map
     target->assign(*source);
 }
 
@@ -178,7 +187,7 @@ class ErrorCodes : public QrvTest {
     cTypesBack types_;
 };
 
-// By its name in the list: what raises an error.
+// The action that raises each error, by the error's name in the list.
 std::map<std::string, std::function<void()>> const acts = {
     {"err_type_name_taken", [] { cTypeInsert::insert(make<cTypeObj>("int"), true); }},
     {"err_file_not_opened",
@@ -318,6 +327,8 @@ std::map<std::string, std::function<void()>> const acts = {
      }},
     {"err_read_type_name", [] { read("{int= attlist(); }"); }},
     {"err_read_separator", [] { read(";; 1"); }},
+    {"err_read_text_behind", [] { read_whole("{} 7"); }},
+    {"err_read_nothing", [] { read_whole(" // c"); }},
     {"err_read_exception",
      [] {
          add_type("ECThrows", new_throwing);
@@ -341,7 +352,8 @@ std::vector<std::pair<std::string, cErrText>> const errors = {
 #undef QRV_ERROR_ENTRY
 };
 
-// By its name in the list: place, path, code and text in a report, and what it names.
+// By the error's name in the list: position, path, code and text in a report, and the key and type
+// that it names.
 std::map<std::string, std::string> const entries = {
     {"err_type_name_taken", "thrown: Fatal: duplicate name of cTypeObj: int | type int"},
     {"err_file_not_opened", "1:1  0x1 Cannot open file: /no such file | name /no such file"},
@@ -457,6 +469,8 @@ std::map<std::string, std::string> const entries = {
     {"err_read_type_name", "1:7 /int 0x40000006 Type name from input is registered with another "
                            "type-type! | type type | found attlist | name int"},
     {"err_read_separator", "1:2  0x40000007 Unnecessary separator: ; | name ;"},
+    {"err_read_text_behind", "1:4  0x40000002 Text after the value: 7 | name 7"},
+    {"err_read_nothing", "1:6  0x40000001 Text without a value"},
     {"err_read_exception", "1:1  0x80000000 Fatal exception in attr scanner!"},
     {"err_cannot_insert", "1:7 /a 0x0 Cannot insert key =a | key a"},
     {"err_entries_unread",
@@ -490,7 +504,7 @@ std::string named(cat::ErrorNames const &names) {
     return all;
 }
 
-// All that a report has of an error.
+// All properties of an error in a report.
 std::string whole(cat::ReadError const &error) {
     std::ostringstream os;
     os << error.line << ':' << error.column;
@@ -501,7 +515,7 @@ std::string whole(cat::ReadError const &error) {
     return os.str();
 }
 
-// The first of this kind that a report takes while `act` runs, or that is thrown.
+// The first error of this kind that a report contains after `act`, or that `act` throws.
 std::string first_of(cat::ErrorKind kind, std::function<void()> const &act) {
     cTypesBack const types;
     cErrorLog const silent;
@@ -516,7 +530,7 @@ std::string first_of(cat::ErrorKind kind, std::function<void()> const &act) {
     return {};
 }
 
-// The act of the type ECActs, whose objects do it when they are read.
+// The action that objects of the type ECActs run when they are read.
 std::function<void()> const *act_while_reading;
 bool read_acting(cObj &, objref &) {
     (*act_while_reading)();
@@ -532,7 +546,7 @@ std::string first_while_reading(cat::ErrorKind kind, std::function<void()> const
     });
 }
 
-TEST_F(ErrorCodes, each_error_comes_into_a_report_with_its_kind_and_what_it_names) {
+TEST_F(ErrorCodes, a_report_contains_each_error_with_its_kind_key_and_type) {
     for (auto const &[name, error] : errors) {
         auto const &act = acts.at(name);
         std::string found = first_of(error.kind, act);
@@ -544,7 +558,7 @@ TEST_F(ErrorCodes, each_error_comes_into_a_report_with_its_kind_and_what_it_name
     EXPECT_EQ(entries.size(), errors.size());
 }
 
-TEST_F(ErrorCodes, errors_of_programs_are_of_no_kind_of_the_library) {
+TEST_F(ErrorCodes, errors_of_programs_have_no_kind_of_the_library) {
     eros().clear();
     begin_error(err_object_const) << cNamed::name("assign");
     EXPECT_EQ(eros().kind(), cat::ErrorKind::object_const);
@@ -568,7 +582,7 @@ TEST_F(ErrorCodes, errors_of_programs_are_of_no_kind_of_the_library) {
     EXPECT_EQ(assigned.names().type, "int");
 }
 
-TEST_F(ErrorCodes, no_two_errors_begin_alike) {
+TEST_F(ErrorCodes, the_texts_of_two_errors_begin_differently) {
     std::set<std::tuple<unsigned int, cErrHead, std::string>> seen;
     for (auto const &[name, error] : errors)
         EXPECT_TRUE(seen.emplace(error.code, error.head, error.text).second) << name;

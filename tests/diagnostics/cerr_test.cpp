@@ -1,4 +1,4 @@
-// Errors: the value, the stream that composes it, the handler, the road between them.
+// Errors: the value, the stream that composes it, the handler, and the path between them.
 
 #include "qrv/core/ceros.h"
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-// The library's handler with other masks for one test, and a clean stream before and after.
+// Replaces the masks of the library's handler for one test, and clears the stream before and after.
 class Errors : public testing::Test {
   protected:
     Errors() : before_(cat::errhandler()) { eros().clear(); }
@@ -75,7 +75,7 @@ TEST_F(ErrorValueEdge, isbad_begins_at_bit_30) {
     EXPECT_FALSE(cErr().isbad());
 }
 
-TEST_F(ErrorValueEdge, a_null_text_is_the_empty_text) {
+TEST_F(ErrorValueEdge, a_null_string_is_an_empty_string) {
     EXPECT_EQ(cErr(7, (char const *)nullptr).as_string(), "");
     EXPECT_EQ(cErr(7, 0).as_string(), "");
     EXPECT_EQ(cErr(7, nullptr).as_string(), "");
@@ -134,7 +134,7 @@ TEST_F(ErrorValue, set_leaves_handled_alone) {
     EXPECT_TRUE(error.handled());
 }
 
-TEST_F(ErrorValue, clear_takes_everything) {
+TEST_F(ErrorValue, clear_resets_everything) {
     cErr error(1, "a");
     error.set_handled(true);
     error.clear();
@@ -143,7 +143,7 @@ TEST_F(ErrorValue, clear_takes_everything) {
     EXPECT_FALSE(error.handled());
 }
 
-TEST_F(ErrorValue, an_exception_keeps_a_replaceable_text) {
+TEST_F(ErrorValue, the_text_of_an_exception_can_be_replaced) {
     cException error("a");
     EXPECT_EQ(error.as_string(), "a");
     error.set_string("b");
@@ -151,7 +151,7 @@ TEST_F(ErrorValue, an_exception_keeps_a_replaceable_text) {
     EXPECT_EQ(cException().as_string(), "");
 }
 
-TEST_F(ErrorValue, an_exception_is_one_of_the_standard_library) {
+TEST_F(ErrorValue, an_error_is_a_standard_exception) {
     static_assert(std::derived_from<cException, std::exception>);
     EXPECT_STREQ(cException("a").what(), "a");
     EXPECT_STREQ(cException().what(), "");
@@ -166,7 +166,7 @@ TEST_F(ErrorValue, an_exception_is_one_of_the_standard_library) {
     }
 }
 
-TEST_F(ErrorValue, what_of_a_stream_holds_what_is_pending) {
+TEST_F(ErrorValue, the_pending_text_of_a_stream_is_returned_by_what) {
     cErrStream stream(1, "first");
     stream << ", pending " << 12;
     std::exception const &base = stream;
@@ -178,14 +178,14 @@ TEST_F(ErrorValue, what_of_a_stream_holds_what_is_pending) {
 
 // ---- the stream ----
 
-TEST_F(ErrorValue, a_stream_takes_texts_longer_than_its_buffer) {
+TEST_F(ErrorValue, a_stream_accepts_strings_longer_than_its_buffer) {
     cErrStream stream(1);
     std::string const text(5000, 'x');
     stream << text << "|" << text;
     EXPECT_EQ(stream.as_string(), text + "|" + text);
 }
 
-TEST_F(ErrorValue, set_string_on_a_stream_replaces_what_is_pending) {
+TEST_F(ErrorValue, set_string_on_a_stream_replaces_the_pending_text) {
     cErrStream stream(1);
     stream << "old";
     stream.set_string("new");
@@ -196,7 +196,7 @@ TEST_F(ErrorValue, set_string_on_a_stream_replaces_what_is_pending) {
     EXPECT_EQ(stream.code(), 2U);
 }
 
-TEST_F(ErrorValue, a_null_text_streamed_in_does_not_mute_the_next_error) {
+TEST_F(ErrorValue, inserting_a_null_string_does_not_lose_the_next_error) {
     cErrStream stream(1);
     stream << static_cast<char const *>(nullptr);
     EXPECT_TRUE(stream.bad());
@@ -220,7 +220,7 @@ class cNoSync : public std::streambuf {
     int sync() override { return -1; }
 };
 
-TEST_F(ErrorValue, a_flush_that_fails_sets_the_bad_state_and_the_text_stands) {
+TEST_F(ErrorValue, a_failed_flush_sets_the_bad_state_and_keeps_the_text) {
     cErrStream stream(1, "text");
     cNoSync broken;
     stream.rdbuf(&broken);
@@ -228,7 +228,7 @@ TEST_F(ErrorValue, a_flush_that_fails_sets_the_bad_state_and_the_text_stands) {
     EXPECT_TRUE(stream.bad());
 }
 
-TEST_F(ErrorValue, what_can_be_copied) {
+TEST_F(ErrorValue, errors_and_their_streams_can_be_copied) {
     static_assert(!std::is_copy_constructible_v<cErrStream> &&
                   !std::is_copy_assignable_v<cErrStream>);
     static_assert(std::is_copy_constructible_v<cErr> && std::is_copy_assignable_v<cErr>);
@@ -240,7 +240,7 @@ TEST_F(ErrorValue, what_can_be_copied) {
 
 // ---- the road ----
 
-TEST_F(ErrorEdge, an_error_is_printed_and_refused_or_forgiven_by_the_clear_mask) {
+TEST_F(ErrorEdge, an_error_is_printed_and_the_clear_mask_decides_whether_it_is_cleared) {
     unsigned int seen = 0;
     cWatch const watch([&seen](cErr &error) { seen = error.code(); });
     EXPECT_FALSE(raise(0x41800000, "no converter"));
@@ -263,7 +263,7 @@ TEST_F(ErrorEdge, bit_28_is_printed_and_thrown) {
     EXPECT_EQ(messages.text(), "bad prototype\n");
 }
 
-TEST_F(ErrorEdge, the_silent_mask_silences_and_a_thrown_error_still_goes_out) {
+TEST_F(ErrorEdge, the_silent_mask_suppresses_output_but_not_the_exception) {
     masks(0x90000000, 0, 0x40000000);
     EXPECT_FALSE(raise(0x40000000, "quiet"));
     EXPECT_FALSE(raise(0x7FFFFFFF & ~0x10000000U, "quiet too"));
@@ -273,7 +273,7 @@ TEST_F(ErrorEdge, the_silent_mask_silences_and_a_thrown_error_still_goes_out) {
     EXPECT_EQ(messages.text(), "without bit 30\n");
 }
 
-TEST_F(ErrorEdge, a_slot_behind_the_handler_sees_the_reduced_code) {
+TEST_F(ErrorEdge, a_slot_after_the_handler_sees_the_reduced_code) {
     masks(0, 0x40000000, 0);
     std::vector<unsigned int> seen;
     cWatch const watch([&seen](cErr &error) { seen.push_back(error.code()); });
@@ -281,7 +281,7 @@ TEST_F(ErrorEdge, a_slot_behind_the_handler_sees_the_reduced_code) {
     EXPECT_EQ(seen, std::vector<unsigned int>{0x00020000});
 }
 
-TEST_F(ErrorEdge, an_error_inside_a_slot_leaves_the_travelling_copy_whole) {
+TEST_F(ErrorEdge, an_error_raised_in_a_slot_does_not_change_the_outer_error) {
     std::vector<std::string> seen;
     cWatch const nested([](cErr &error) {
         if (error.as_string() == "outer") raise(0x40000002, "inner");
@@ -295,7 +295,7 @@ TEST_F(ErrorEdge, an_error_inside_a_slot_leaves_the_travelling_copy_whole) {
     EXPECT_EQ(eros().as_string(), "inner");
 }
 
-TEST_F(ErrorEdge, clear_discards_what_was_not_flushed_too) {
+TEST_F(ErrorEdge, clear_also_discards_text_not_yet_flushed) {
     eros() << "left over";
     eros().clear();
     EXPECT_EQ(eros().as_string(), "");
@@ -321,12 +321,12 @@ TEST_F(Errors, bit_31_is_thrown_and_caught_by_its_base) {
     }
 }
 
-TEST_F(Errors, a_code_that_is_not_bad_is_printed_and_goes_on) {
+TEST_F(Errors, a_code_that_is_not_bad_is_printed_and_execution_continues) {
     EXPECT_TRUE(raise(0x2FFFFFFF, "harmless"));
     EXPECT_EQ(messages.text(), "harmless\n");
 }
 
-TEST_F(Errors, what_is_thrown_was_printed_and_is_not_forgiven) {
+TEST_F(Errors, a_thrown_error_is_printed_and_not_cleared) {
     masks(0x40000000, 0x40000000, 0);
     try {
         raise(0x40000000, "both masks");
@@ -337,25 +337,25 @@ TEST_F(Errors, what_is_thrown_was_printed_and_is_not_forgiven) {
     EXPECT_EQ(messages.text(), "both masks\n");
 }
 
-TEST_F(Errors, forgiving_keeps_the_class_bits) {
+TEST_F(Errors, clearing_keeps_the_class_bits) {
     masks(0, 0x00800000, 0);
     cErr error(0xC1800007, "a");
     cat::errhandler()(error);
     EXPECT_EQ(error.code(), 0x01800007U);
 }
 
-TEST_F(Errors, a_slot_that_lowers_the_code_lets_the_operation_go_on) {
+TEST_F(Errors, an_operation_continues_if_a_slot_lowers_the_code) {
     cWatch const watch([](cErr &error) { error.set_code(0x3FFFFFFF); });
     EXPECT_TRUE(raise(0x40000000, "a"));
 }
 
-TEST_F(Errors, a_slot_that_lifts_the_code_stops_the_operation) {
+TEST_F(Errors, an_operation_stops_if_a_slot_raises_the_code) {
     masks(0, 0x40000000, 0);
     cWatch const watch([](cErr &error) { error.set_code(0x40000000); });
     EXPECT_FALSE(raise(0x40000000, "a"));
 }
 
-TEST_F(Errors, later_slots_are_not_reached_by_a_thrown_error) {
+TEST_F(Errors, a_thrown_error_does_not_reach_later_slots) {
     int reached = 0;
     cWatch const watch([&reached](cErr &) { ++reached; });
     EXPECT_THROW(raise(0x80000000, "a"), cErr);
@@ -376,7 +376,7 @@ TEST_F(Errors, an_error_of_a_stream_fired_by_reference_is_thrown_with_its_text) 
     }
 }
 
-TEST_F(Errors, a_handler_copy_takes_the_masks_and_no_connections) {
+TEST_F(Errors, a_copied_handler_has_the_masks_but_no_connections) {
     cErrHandler const copy(cat::errhandler());
     EXPECT_FALSE(copy.isconnected());
     EXPECT_EQ(copy.throw_mask(), 0x90000000U);
@@ -395,7 +395,7 @@ class cCounting : public cErrHandler {
     std::vector<std::string> texts;
 };
 
-TEST_F(Errors, a_derived_handler_takes_over) {
+TEST_F(Errors, a_derived_handler_replaces_the_handler) {
     cCounting handler;
     cat::sig_error().connect(handler);
     EXPECT_FALSE(raise(0x40000000, "a"));
@@ -407,14 +407,14 @@ TEST_F(Errors, a_derived_handler_takes_over) {
     EXPECT_EQ(copy.texts, (std::vector<std::string>{"a", "b"}));
 }
 
-TEST_F(Errors, the_error_line_arrives_whole_whatever_the_format_of_cerr) {
+TEST_F(Errors, the_format_of_cerr_does_not_change_the_error_line) {
     cat::std_err().width(30);
     EXPECT_FALSE(raise(0x40000000, "100%n %s"));
     cat::std_err().width(0);
     EXPECT_EQ(messages.text(), "100%n %s\n");
 }
 
-TEST_F(Errors, an_error_is_printed_though_cerr_is_in_a_bad_state) {
+TEST_F(Errors, an_error_is_printed_even_if_cerr_is_in_a_bad_state) {
     for (auto const state : {std::ios::badbit, std::ios::failbit, std::ios::eofbit}) {
         cat::std_err().setstate(state);
         EXPECT_FALSE(raise(0x40000000, "heard"));
@@ -425,7 +425,7 @@ TEST_F(Errors, an_error_is_printed_though_cerr_is_in_a_bad_state) {
     EXPECT_EQ(messages.text(), "heard\na line\nheard\na line\nheard\na line\n");
 }
 
-TEST_F(Errors, an_error_comes_after_what_waits_on_cout_and_is_not_held_back) {
+TEST_F(Errors, an_error_is_printed_at_once_after_buffered_output_of_cout) {
     cat::std_out() << "first, ";
     EXPECT_FALSE(raise(0x40000000, std::string(3000, 'e').c_str()));
     EXPECT_EQ(messages.text(), "first, " + std::string(3000, 'e') + "\n");
@@ -454,7 +454,7 @@ TEST_F(Errors, a_handler_that_a_listener_destroyed_still_throws) {
     EXPECT_EQ(handler, nullptr);
 }
 
-TEST_F(Errors, a_throwing_message_slot_does_not_disturb_the_handler) {
+TEST_F(Errors, a_throwing_message_slot_does_not_affect_the_handler) {
     struct cThrower {
         void call(char const *) { throw std::runtime_error("display is gone"); }
     } thrower;

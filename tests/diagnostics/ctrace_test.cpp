@@ -1,4 +1,4 @@
-// Tracing: the rules, the channels that follow them, the streams they share. And the timer.
+// Tracing: the rules, the channels that follow them, the streams that they share; and the timer.
 
 #include "qrv/diagnostics/ctrace.h"
 
@@ -29,7 +29,7 @@ class Trace : public testing::Test {
         std::filesystem::remove_all(folder);
     }
 
-    // The names of the streams that a channel writes to.
+    // The names of the streams to which a channel writes.
     static std::string streams(cTracer const &tracer) {
         std::string names;
         for (auto const &stream : tracer.strlist()) names += stream->name() + ' ';
@@ -62,7 +62,7 @@ TEST_F(TraceEdge, a_prefix_switches_both_channels_on_and_to_the_error_stream) {
     EXPECT_EQ(cat::trace_lex.flags(), 3);
 }
 
-TEST_F(TraceEdge, an_exception_from_a_general_rule_and_a_lone_sign) {
+TEST_F(TraceEdge, a_longer_prefix_makes_an_exception_and_a_lone_sign_changes_nothing) {
     cSetTracing("+cat-catlex");
     EXPECT_TRUE(cat::trace_io);
     EXPECT_FALSE(cat::trace_lex);
@@ -97,7 +97,7 @@ TEST_F(TraceEdge, two_channels_share_a_file_that_is_appended_to) {
     EXPECT_EQ(file_text(path), "before\na\nb\na again\n");
 }
 
-TEST_F(Trace, an_empty_or_blank_string_ends_all_tracing) {
+TEST_F(Trace, an_empty_or_blank_string_switches_all_tracing_off) {
     for (char const *end : {"", " ", " \t "}) {
         cSetTracing("cat");
         EXPECT_TRUE(cat::trace_io);
@@ -107,7 +107,7 @@ TEST_F(Trace, an_empty_or_blank_string_ends_all_tracing) {
     }
 }
 
-TEST_F(Trace, a_sign_behind_blanks_amends) {
+TEST_F(Trace, a_sign_after_blanks_adds_a_rule) {
     cSetTracing("catlex");
     cSetTracing(" \t +cat_io");
     EXPECT_TRUE(cat::trace_io);
@@ -124,7 +124,7 @@ TEST_F(Trace, a_token_sets_several_names_with_the_same_streams) {
     EXPECT_EQ(streams(c), "");
 }
 
-TEST_F(Trace, a_name_without_a_sign_is_on_and_a_repeated_sign_names_nothing) {
+TEST_F(Trace, a_name_without_a_sign_is_switched_on_and_a_repeated_sign_has_no_effect) {
     cTracer a("a");
     cSetTracing("-+--+a");
     EXPECT_TRUE(a);
@@ -132,7 +132,7 @@ TEST_F(Trace, a_name_without_a_sign_is_on_and_a_repeated_sign_names_nothing) {
     EXPECT_FALSE(a);
 }
 
-TEST_F(Trace, no_stream_and_an_empty_stream_are_the_error_stream) {
+TEST_F(Trace, a_missing_or_empty_stream_means_the_error_stream) {
     cTracer a("a");
     cTracer b("b");
     cTracer c("c");
@@ -143,14 +143,14 @@ TEST_F(Trace, no_stream_and_an_empty_stream_are_the_error_stream) {
     EXPECT_EQ(a.strlist()[0], b.strlist()[0]);
 }
 
-TEST_F(Trace, only_the_first_colon_splits) {
+TEST_F(Trace, only_the_first_colon_is_a_separator) {
     cTracer a("a");
     std::string const path = folder + "x:y";
     cSetTracing("a:" + path);
     EXPECT_EQ(streams(a), path + " ");
 }
 
-TEST_F(Trace, a_token_of_streams_alone_sets_nothing) {
+TEST_F(Trace, a_token_with_streams_only_sets_nothing) {
     cTracer a("a");
     cSetTracing("a");
     cSetTracing("+ :" + folder + "x");
@@ -167,7 +167,7 @@ TEST_F(Trace, tabs_separate_tokens_and_other_white_space_does_not) {
     EXPECT_FALSE(a || b);
 }
 
-TEST_F(Trace, a_stream_part_of_any_length_is_taken) {
+TEST_F(Trace, a_stream_name_may_have_any_length) {
     cTracer a("a");
     std::string list = "cerr";
     while (list.size() < 5000) list += ",cout,cerr";
@@ -178,7 +178,7 @@ TEST_F(Trace, a_stream_part_of_any_length_is_taken) {
 
 // ---- which rule decides ----
 
-TEST_F(Trace, the_longest_prefix_decides_in_any_order) {
+TEST_F(Trace, the_longest_prefix_applies_in_any_order) {
     cTracer a("alpha.beta");
     cSetTracing("alpha.b:cout alpha:cerr");
     EXPECT_EQ(streams(a), "cout ");
@@ -190,7 +190,7 @@ TEST_F(Trace, the_longest_prefix_decides_in_any_order) {
     EXPECT_TRUE(a);
 }
 
-TEST_F(Trace, a_rule_set_again_takes_the_new_streams_only) {
+TEST_F(Trace, a_rule_set_again_uses_only_the_new_streams) {
     cTracer a("a");
     cSetTracing("a:cout,cerr");
     cSetTracing("+a:cout");
@@ -201,7 +201,7 @@ TEST_F(Trace, a_rule_set_again_takes_the_new_streams_only) {
     EXPECT_EQ(streams(a), "cerr ");
 }
 
-TEST_F(Trace, a_rule_waits_for_a_channel_that_comes_later) {
+TEST_F(Trace, a_rule_applies_to_channels_created_later) {
     cSetTracing("later:cout");
     cTracer const later("later.one", 5);
     EXPECT_TRUE(later);
@@ -213,7 +213,7 @@ TEST_F(Trace, a_rule_waits_for_a_channel_that_comes_later) {
 
 // ---- channels ----
 
-TEST_F(Trace, a_copy_follows_later_rules_and_leaves_its_original_alone) {
+TEST_F(Trace, a_copy_follows_later_rules_and_does_not_affect_its_original) {
     cSetTracing("one");
     cTracer one("one", 7);
     one.indent() = 2;
@@ -238,7 +238,7 @@ TEST_F(Trace, a_copy_may_outlive_its_original) {
     EXPECT_TRUE(copy);
 }
 
-TEST_F(Trace, enabling_by_hand_lasts_until_rules_are_applied) {
+TEST_F(Trace, manual_enabling_lasts_until_rules_are_applied) {
     cSetTracing("one");
     cTracer one("one");
     one.enable(false);
@@ -290,7 +290,7 @@ TEST_F(Trace, values_and_manipulators_go_to_every_stream) {
     EXPECT_EQ(file_text(path), "text array 12 1.5 ff   x\n");
 }
 
-TEST_F(Trace, a_null_text_writes_nothing_and_mutes_nothing) {
+TEST_F(Trace, a_null_string_writes_nothing_and_loses_no_later_output) {
     cTracer one("one");
     cSetTracing("one");
     one << "a" << static_cast<char const *>(nullptr) << "b" << std::endl;
@@ -331,7 +331,7 @@ TEST_F(Trace, a_listener_may_destroy_the_channel_that_writes) {
     cSetTracing("one:cerr,cout," + folder + "x.log");
     *one << std::string(2000, 'x');
     EXPECT_EQ(one, nullptr);
-    EXPECT_EQ(messages_text(), std::string(2000, 'x')); // the later streams are not reached
+    EXPECT_EQ(messages_text(), std::string(2000, 'x')); // the later streams receive nothing
     EXPECT_EQ(file_text(folder + "x.log"), "");
 }
 
@@ -348,7 +348,8 @@ TEST_F(Trace, a_listener_may_destroy_the_channel_while_it_writes_twice) {
     EXPECT_EQ(one, nullptr);
 }
 
-// A channel converts to bool, so arithmetic with it would compile.
+// A channel converts to bool, so arithmetic with a channel would compile without these deleted
+// operators.
 template <class A, class B>
 concept cArithmetic = requires(A a, B b) {
     a - b;
@@ -399,7 +400,7 @@ TEST_F(Trace, everything_that_a_stream_writes_can_be_traced) {
     EXPECT_EQ(messages_text(), "ttextstringviewcb112345.56.510  7red0\n" + std::string("true"));
 }
 
-TEST_F(Trace, an_indent_lasts_as_long_as_its_scope) {
+TEST_F(Trace, an_indent_lasts_until_the_end_of_its_scope) {
     cTracer one("one");
     {
         cTraceIndent const outer(one);
@@ -418,7 +419,7 @@ TEST_F(Trace, an_indent_lasts_as_long_as_its_scope) {
 
 // ---- streams ----
 
-TEST_F(Trace, a_file_that_cannot_be_opened_is_told_once_and_replaced) {
+TEST_F(Trace, a_file_that_cannot_be_opened_is_reported_once_and_replaced) {
     cTracer one("one");
     std::string const path = folder + "no/such/x.log";
     cSetTracing("one:" + path);
@@ -426,11 +427,11 @@ TEST_F(Trace, a_file_that_cannot_be_opened_is_told_once_and_replaced) {
     EXPECT_EQ(streams(one), path + " ");
     one << "text" << std::endl;
     EXPECT_EQ(messages.text(), "cTraceStream: open failed: " + path + "\ntext\n");
-    cSetTracing("+two:" + path); // finds this stream
+    cSetTracing("+two:" + path); // uses this stream
     EXPECT_EQ(messages.text(), "cTraceStream: open failed: " + path + "\ntext\n");
 }
 
-TEST_F(Trace, a_folder_cannot_be_opened) {
+TEST_F(Trace, a_folder_cannot_be_opened_as_a_stream) {
     cSetTracing("one:" + folder);
     EXPECT_EQ(messages.text(), "cTraceStream: open failed: " + folder + "\n");
 }
@@ -473,12 +474,12 @@ TEST_F(Trace, open_finds_a_living_stream_by_name) {
 
 // ---- the timer ----
 
-// Busy until the counter has moved.
+// Waits until the counter has changed.
 void let_time_pass(cStopWatch const &watch) {
     for (auto const begin = watch.clock(); watch.clock() == begin;) std::this_thread::yield();
 }
 
-TEST_F(StopWatchEdge, elapsed_grows_and_the_operator_reads_laps) {
+TEST_F(StopWatchEdge, elapsed_increases_and_the_operator_reads_lap_times) {
     cStopWatch const watch;
     let_time_pass(watch);
     double const first = watch.Elapsed();
@@ -488,10 +489,10 @@ TEST_F(StopWatchEdge, elapsed_grows_and_the_operator_reads_laps) {
     EXPECT_GT(second, first);
     double const lap = watch();
     EXPECT_GE(lap, second);
-    EXPECT_LT(watch.Elapsed() - watch(), lap); // counts from the end of the lap
+    EXPECT_LT(watch.Elapsed() - watch(), lap); // measured from the end of the lap
 }
 
-TEST_F(StopWatchEdge, writing_leaves_the_format_and_gives_six_digits) {
+TEST_F(StopWatchEdge, writing_keeps_the_stream_format_and_prints_six_digits) {
     cStopWatch const watch;
     cOstringstream os;
     os.precision(3);
@@ -517,7 +518,7 @@ TEST_F(StopWatch, writing_begins_a_new_lap) {
     EXPECT_LE(watch.Elapsed() - after.Elapsed(), 0.019);
 }
 
-TEST_F(StopWatch, start_begins_anew) {
+TEST_F(StopWatch, start_resets_the_timer) {
     cStopWatch watch;
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     double const before = watch.Elapsed();
@@ -527,12 +528,12 @@ TEST_F(StopWatch, start_begins_anew) {
     EXPECT_LE(watch.Elapsed() - other.Elapsed(), 0.019);
 }
 
-TEST_F(StopWatch, the_step_is_measured_on_need) {
+TEST_F(StopWatch, the_step_is_measured_when_needed) {
     cStopWatch const watch;
     cStopWatch::freq = 0.0;
     static_cast<void>(watch.Elapsed());
     EXPECT_GT(cStopWatch::freq, 0.0);
-    cStopWatch::freq = 1.0; // seconds for each step
+    cStopWatch::freq = 1.0; // seconds per step
     let_time_pass(watch);
     EXPECT_GE(watch.Elapsed(), 1.0);
     cStopWatch::queryfreq();

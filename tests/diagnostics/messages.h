@@ -1,5 +1,5 @@
 #pragma once
-// Test helpers of the message route.
+// Test helpers for message output.
 
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/diagnostics/ccout.h"
@@ -17,10 +17,10 @@
 
 using Pieces = std::vector<std::string>;
 
-// Keeps what a signal is fired with, piece by piece.
+// Stores each string that a signal emits.
 class cPieces {
   public:
-    // Of the global route, which is past its first idle moment from here on.
+    // Listens to the global route, which is after its first idle moment from here on.
     cPieces() : slot_(this, &cPieces::take) {
         cOutSigStreambuf.pubsync();
         sig_idle();
@@ -52,7 +52,7 @@ inline std::string file_text(std::string const &path) {
     return text.str();
 }
 
-// A file name in the tests' own folder, gone afterwards.
+// The name of a file in the folder of the tests, which is removed at the end.
 class cTempFile {
   public:
     explicit cTempFile(std::string const &name) : path_(testing::TempDir() + "qrv_ccout_" + name) {
@@ -69,7 +69,7 @@ class cTempFile {
     std::string path_;
 };
 
-// Runs a function for each piece of a signal.
+// Runs a function for each string that a signal emits.
 class cOnText {
   public:
     cOnText(cSignal1<char const *> const &signal, std::function<void(char const *)> function)
@@ -87,7 +87,7 @@ class cOnText {
 
 inline Pieces *debug_calls = nullptr;
 
-// Takes the debug output while it lives.
+// Redirects the debug output until the end of the scope.
 class cDebugCalls {
   public:
     cDebugCalls() {
@@ -101,7 +101,7 @@ class cDebugCalls {
     Pieces calls;
 };
 
-// The start line at the head of a text, as "[start]".
+// The text with its start line replaced by "[start]".
 inline std::string without_start_line(std::string const &text) {
     constexpr std::string_view form = "Start  dddd:dd:dd dd:dd\n";
     if (text.size() < form.size()) return text;
@@ -112,7 +112,7 @@ inline std::string without_start_line(std::string const &text) {
     return "[start]" + text.substr(form.size());
 }
 
-// Past the first idle moment; the message file is closed at the end.
+// Begins after the first idle moment, and closes the message file at the end.
 class Output : public testing::Test {
   protected:
     ~Output() override { cprintfclose(); }

@@ -482,4 +482,25 @@ TEST_F(Edit, formatted_numbers_keep_their_form) {
     EXPECT_EQ(set("{ a = intf( /* two */ 2); }", "a &= 7"), "{ a = 7; }");
 }
 
+TEST_F(Edit, knows_whether_anything_has_changed) {
+    std::string const text = "{ a = 1; b = { c = x; l = [ 2, 3 ]; }; }";
+    cat::SourceMap const map;
+    std::istringstream in(text);
+    objref root;
+    ASSERT_EQ(cObj::readobj(in, root), 0);
+    qrv::edit::Edit const edit(text, map, root);
+    EXPECT_FALSE(edit.changed());
+    objref const b = root->getattrp("b"), c = b->getattrp("c");
+    c->assign(cat::of(std::string("y"))); // in place
+    EXPECT_TRUE(edit.changed());
+    c->assign(cat::of(std::string("x")));
+    EXPECT_FALSE(edit.changed());
+    EXPECT_TRUE(root->setattrp("b/new = 1", true));
+    EXPECT_TRUE(edit.changed());
+    EXPECT_TRUE(b->setattr(cat::of(std::string("new")), objref()));
+    EXPECT_FALSE(edit.changed());
+    EXPECT_TRUE(static_cast<cMapObj &>(*b->getattrp("l")).datamap().vect_insert(0, cat::of(1)));
+    EXPECT_TRUE(edit.changed());
+}
+
 } // namespace

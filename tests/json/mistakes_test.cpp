@@ -8,7 +8,7 @@ namespace {
 
 using namespace std::string_literals;
 
-// A JSON text, and all that is reported about it.
+// JSON, and all the errors that are reported about it.
 struct cMistake {
     std::string json, report;
 };

@@ -1,7 +1,7 @@
-// The text that from-json writes piece by piece is what the library's writer makes of the tree of
-// the same JSON, byte for byte.
+// The text that from-json writes piece by piece is byte for byte what the library's writer writes
+// for the tree of the same JSON.
 //
-// QRV_DOCUMENTS is how many documents are generated; without it few are.
+// QRV_DOCUMENTS is the number of generated documents; by default it is small.
 
 #include "tests/json/tree.h"
 #include "tests/support/paths.h"
@@ -24,7 +24,7 @@ std::string times(std::string const &text, size_t count) {
     return all;
 }
 
-// As the command writes it; nothing if it reports an error.
+// The text that the command writes; nothing if it reports an error.
 std::optional<std::string> streamed(std::string bytes, cJsonRules const &rules) {
     cMessages messages("f", 100);
     cJsonFile const file(bytes, rules, messages);
@@ -47,7 +47,7 @@ void expect_same(std::string const &json) {
             << json.substr(0, 2000);
 }
 
-// JSON with every kind of value, also what is refused, and keys that occur twice.
+// JSON with every kind of value, also refused ones, and keys that occur twice.
 class cGenerator {
   public:
     explicit cGenerator(unsigned seed) : random_(seed) {}
@@ -122,7 +122,7 @@ unsigned documents() {
     return count ? static_cast<unsigned>(std::atoi(count)) : test::sanitized ? 200 : 1000;
 }
 
-TEST(Streamed, text_of_generated_documents_is_the_text_of_their_trees) {
+TEST(Streamed, generated_documents_give_the_text_of_their_trees) {
     for (unsigned seed = 1; seed <= documents(); ++seed) {
         SCOPED_TRACE(seed);
         expect_same(cGenerator(seed).document());
@@ -130,7 +130,7 @@ TEST(Streamed, text_of_generated_documents_is_the_text_of_their_trees) {
     }
 }
 
-TEST(Streamed, text_of_mutated_documents_is_refused_or_the_text_of_their_trees) {
+TEST(Streamed, mutated_documents_are_refused_or_give_the_text_of_their_trees) {
     std::mt19937 random(1);
     for (unsigned seed = 1; seed <= documents(); ++seed) {
         std::string json = cGenerator(seed).document();
@@ -142,7 +142,7 @@ TEST(Streamed, text_of_mutated_documents_is_refused_or_the_text_of_their_trees) 
     }
 }
 
-TEST(Streamed, text_of_hostile_documents_is_the_text_of_their_trees) {
+TEST(Streamed, hostile_documents_give_the_text_of_their_trees) {
     for (
         std::string const &json : std::initializer_list<std::string>{
             "",
@@ -178,7 +178,7 @@ TEST(Streamed, text_of_hostile_documents_is_the_text_of_their_trees) {
         expect_same(json);
 }
 
-TEST(Streamed, text_of_files_is_the_text_of_their_trees) {
+TEST(Streamed, files_give_the_text_of_their_trees) {
     size_t count = 0;
     for (auto const &entry :
          std::filesystem::directory_iterator(test::source_file("tests/tool/data/json"))) {
@@ -189,7 +189,7 @@ TEST(Streamed, text_of_files_is_the_text_of_their_trees) {
     EXPECT_GE(count, 9u);
 }
 
-TEST(Streamed, writing_ends_at_the_piece_that_is_refused) {
+TEST(Streamed, writing_ends_at_the_first_refused_piece) {
     std::string json = "[" + times("[1,2,3],", 20000) + "0]";
     cMessages messages("f", 1);
     cJsonFile const file(json, {}, messages);
@@ -198,8 +198,8 @@ TEST(Streamed, writing_ends_at_the_piece_that_is_refused) {
     EXPECT_EQ(pieces, 3);
 }
 
-// A value that is not what was written, at every kind of token.
-TEST(Streamed, a_fingerprint_tells_text_that_is_read_as_another_value) {
+// Another value than the one written, at every kind of token.
+TEST(Streamed, a_fingerprint_detects_text_that_reads_as_another_value) {
     auto const of = [](std::string_view text) {
         cValuePrint print;
         print.add_text(text);

@@ -1,6 +1,6 @@
 #pragma once
-// A JSON text as objects, written by the library's writer: what from-json printed when it built
-// trees. What it prints now is compared with that.
+// JSON as objects, written by the library's writer: the output of from-json when it built trees.
+// The tests compare the present output with it.
 
 #include "tools/qrv/json/reading.h"
 
@@ -9,7 +9,7 @@
 
 namespace json_test {
 
-// Nothing for a text that is not JSON, or that cannot be converted by these rules.
+// Nothing if the string is not JSON or cannot be converted by these rules.
 std::optional<std::string> text_of_tree(std::string const &json, cJsonRules const &rules);
 
 } // namespace json_test

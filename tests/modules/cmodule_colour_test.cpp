@@ -1,5 +1,5 @@
-// The example module: two types by factories, an entry of an interface of its own, and an unloading
-// that waits until nothing of the module is left.
+// The example module: two types created by factories, an entry of an interface defined there, and
+// unloading that waits until nothing of the module is in use.
 #include "examples/modules/colour/colour.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ceros.h"
@@ -27,7 +27,7 @@ class ColourModule : public Loading {
         EXPECT_FALSE(is_mapped("modules/colour.so"));
     }
 
-    // What a program does that wants the module gone.
+    // Does what a program does to unload the module.
     static void forget_types() {
         for (char const *name : {"palette", "color"}) cat::typemap().datamap().delitem(name);
     }
@@ -53,7 +53,7 @@ TEST_F(ColourModule, a_colour_is_read_and_written) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(ColourModule, a_text_that_is_no_colour_fails) {
+TEST_F(ColourModule, an_invalid_colour_fails) {
     for (char const *text : {"", "1 2", "1 2 3 4", "256 0 0", "-1 0 0", "a b c", "1 2 3 x"}) {
         EXPECT_EQ(written("color(" + std::string(text) + ")"), "null") << text;
         EXPECT_EQ(messages(), ": Failed to read value, type color\n") << text;
@@ -105,7 +105,7 @@ TEST_F(ColourModule, a_palette_holds_colours_only) {
     EXPECT_EQ(written("palette()"), "palette()");
 }
 
-TEST_F(ColourModule, its_names_are_found_by_their_interface) {
+TEST_F(ColourModule, named_colours_are_found_by_their_interface) {
     cRepositoryEntry *const entry = cRepoImpl::find(cRepoImpl::get(typeid(cColourNames)), "web");
     ASSERT_NE(entry, nullptr);
     EXPECT_EQ(cRepoImpl::module(entry), module_);
@@ -114,7 +114,7 @@ TEST_F(ColourModule, its_names_are_found_by_their_interface) {
     EXPECT_EQ(names->name_of(0x123456), "");
 }
 
-TEST_F(ColourModule, it_stays_while_a_type_or_an_object_lives) {
+TEST_F(ColourModule, it_stays_loaded_while_a_type_or_an_object_exists) {
     objref colour = read("color(1 2 3)");
     objref palette = read("palette(a= color(1 2 3))");
     EXPECT_FALSE(module_->canunload());
@@ -123,20 +123,20 @@ TEST_F(ColourModule, it_stays_while_a_type_or_an_object_lives) {
     forget_types();
     EXPECT_FALSE(module_->unload());
     palette = nullptr;
-    EXPECT_EQ(module_->usage(), 2); // the color, and the type of palettes
+    EXPECT_EQ(module_->usage(), 2); // the colour, and the type of palettes
     colour = nullptr;
     EXPECT_EQ(module_->usage(), 1);
     EXPECT_FALSE(module_->unload());
 }
 
-TEST_F(ColourModule, a_type_is_used_after_its_objects_are_gone) {
+TEST_F(ColourModule, a_type_remains_in_use_after_its_objects_are_destroyed) {
     read("color(1 2 3)");
     EXPECT_EQ(module_->usage(), 1);
     EXPECT_EQ(written("color(4 5 6)"), "color(4 5 6)");
     EXPECT_EQ(module_->usage(), 1);
 }
 
-TEST_F(ColourModule, is_loaded_again_after_it_was_unloaded) {
+TEST_F(ColourModule, can_be_loaded_again_after_unloading) {
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(written("color(1 2 3)"), "color(1 2 3)");
         forget_types();

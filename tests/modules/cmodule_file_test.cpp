@@ -1,4 +1,5 @@
-// Where a module's file is looked for, and what comes of files that are not there, or no modules.
+// Where a module's file is searched, and what happens with files that are missing or are not
+// modules.
 
 #include "qrv/modules/cmodule.h"
 
@@ -17,9 +18,9 @@ namespace fs = std::filesystem;
 class ModuleFile : public Loading {};
 class ModuleFailure : public Loading {};
 
-// --- files that are not there, or no modules ---
+// --- missing files, and files that are not modules ---
 
-TEST_F(ModuleFailure, a_missing_file_is_told_with_every_path) {
+TEST_F(ModuleFailure, a_missing_file_is_reported_with_every_path) {
     EXPECT_EQ(cModule::load("nowhere"), nullptr);
     std::string const words = ": cannot open shared object file: No such file or directory";
     std::string lines;
@@ -30,7 +31,7 @@ TEST_F(ModuleFailure, a_missing_file_is_told_with_every_path) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(ModuleFailure, an_absolute_name_is_tried_as_it_is) {
+TEST_F(ModuleFailure, an_absolute_name_is_tried_unchanged) {
     std::string const words = ": cannot open shared object file: No such file or directory";
     for (std::string const name : {"/nowhere/at/all", "x:/nowhere"}) {
         EXPECT_EQ(cModule::load(name), nullptr);
@@ -45,13 +46,13 @@ TEST_F(ModuleFailure, a_success_clears_the_last_error) {
     cModule *const module = cModule::load("plain");
     EXPECT_EQ(cModule::last_error(), "");
     EXPECT_EQ(cModule::load("nowhere"), nullptr);
-    EXPECT_EQ(cModule::load("plain"), module); // only counted
+    EXPECT_EQ(cModule::load("plain"), module); // only the count changes
     EXPECT_EQ(cModule::last_error(), "");
     EXPECT_FALSE(module->unload());
     EXPECT_TRUE(module->unload());
 }
 
-TEST_F(ModuleFailure, files_that_are_no_modules_are_passed_over) {
+TEST_F(ModuleFailure, files_that_are_not_modules_are_skipped) {
     std::ofstream("bad.so") << "this is no shared object, but long enough to be looked at twice: "
                             << std::string(100, 'x');
     std::ofstream("./empty.so").flush();
@@ -81,8 +82,8 @@ TEST_F(ModuleFailure, files_that_are_no_modules_are_passed_over) {
     EXPECT_TRUE(module->unload());
 }
 
-TEST_F(ModuleFailure, what_is_no_regular_file_fails_at_once) {
-    ::alarm(20); // a pipe without a writer would be waited for
+TEST_F(ModuleFailure, a_path_that_is_not_a_regular_file_fails_at_once) {
+    ::alarm(20); // opening a pipe without a writer would block
     ASSERT_EQ(::mkfifo("pipe.so", 0600), 0);
     ASSERT_EQ(::mkfifo("pipe", 0600), 0);
     fs::create_directory("modules");
@@ -112,7 +113,7 @@ TEST_F(ModuleFailure, what_is_no_regular_file_fails_at_once) {
     ::alarm(0);
 }
 
-TEST_F(ModuleFailure, names_that_can_be_no_path_give_null) {
+TEST_F(ModuleFailure, names_that_cannot_be_paths_return_null) {
     put("plain");
     std::string const with_zero("plain\0.so", 9);
     EXPECT_EQ(cModule::load(with_zero), nullptr);
@@ -136,8 +137,8 @@ TEST_F(ModuleFailure, names_that_can_be_no_path_give_null) {
 // --- where files are looked for ---
 
 TEST_F(ModuleFile, folders_and_suffixes_are_tried_in_order) {
-    // All six places for the name sub/part, taken away one after the other. The first is the same
-    // file as the third.
+    // All six paths for the name sub/part, removed one after the other. The first is the same file
+    // as the third.
     char const *const paths[] = {"sub/part.so", "sub/part", "modules/sub/part.so",
                                  "modules/sub/part"};
     char const *const kinds[] = {"plain", "bare", "own_module", "releases"};
@@ -154,7 +155,7 @@ TEST_F(ModuleFile, folders_and_suffixes_are_tried_in_order) {
     EXPECT_EQ(cModule::load("sub/part"), nullptr);
 }
 
-TEST_F(ModuleFile, a_bare_name_is_looked_for_here_before_modules) {
+TEST_F(ModuleFile, a_bare_name_is_searched_in_the_working_folder_before_modules) {
     put("plain", "part.so");
     put("bare", "part");
     put("releases", "modules/part.so");
@@ -179,7 +180,7 @@ TEST_F(ModuleFile, an_absolute_name_is_loaded) {
     fs::current_path("..");
 }
 
-TEST_F(ModuleFile, a_name_with_the_suffix_is_looked_for_with_it_twice) {
+TEST_F(ModuleFile, a_name_with_the_suffix_is_searched_only_with_another_suffix) {
     put("plain");
     EXPECT_EQ(cModule::load("plain.so"), nullptr);
     EXPECT_EQ(cModule::load("plain.SO"), nullptr);
@@ -191,7 +192,7 @@ TEST_F(ModuleFile, a_name_with_the_suffix_is_looked_for_with_it_twice) {
     EXPECT_TRUE(module->unload());
 }
 
-TEST_F(ModuleFile, backslashes_end_a_folder_in_the_base_name_only) {
+TEST_F(ModuleFile, a_backslash_separates_folders_only_for_the_base_name) {
     put("plain", "sub\\part.so");
     cModule *const module = cModule::load("sub\\part");
     ASSERT_NE(module, nullptr) << cModule::last_error();
@@ -199,9 +200,9 @@ TEST_F(ModuleFile, backslashes_end_a_folder_in_the_base_name_only) {
     EXPECT_TRUE(module->unload());
 }
 
-TEST_F(ModuleFile, a_long_base_name_is_not_cut) {
+TEST_F(ModuleFile, a_long_base_name_is_not_truncated) {
     std::string const name(252, 'n');
-    put("plain", name + ".so"); // the longest that a file can have
+    put("plain", name + ".so"); // the longest name that a file can have
     cModule *const module = cModule::load(name);
     ASSERT_NE(module, nullptr) << cModule::last_error();
     EXPECT_EQ(module->basename(), name);

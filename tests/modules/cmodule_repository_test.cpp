@@ -1,5 +1,5 @@
-// What brings modules in from elsewhere: references of the form key:module, types by name; and what
-// keeps them out: the filter, and text that is being read.
+// How modules are loaded implicitly: by references of the form key:module and by type names. And
+// what prevents it: the filter, and reading text.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
@@ -16,7 +16,7 @@ namespace {
 
 class ModuleReference : public Loading {
   protected:
-    // Which names the filter was asked about, and what it answers.
+    // The names that were passed to the filter, and the result that it returns.
     static inline std::string asked;
     static inline bool answer;
 
@@ -33,7 +33,7 @@ class ModuleReference : public Loading {
         auto *const entry = cRepoImpl::find(modules(), name);
         EXPECT_TRUE(cModule::unload(static_cast<cModule *>(cRepoImpl::ptr(entry)))) << name;
     }
-    // However often it was loaded, which is at most ten times here.
+    // Unloads a module loaded any number of times, which is at most ten here.
     static void unload_all(char const *name) {
         auto *const module =
             static_cast<cModule *>(cRepoImpl::ptr(cRepoImpl::find(modules(), name)));
@@ -44,19 +44,20 @@ class ModuleReference : public Loading {
 };
 class ModuleReferenceEdge : public ModuleReference {};
 
-TEST_F(ModuleReferenceEdge, find_loads_the_module_behind_the_colon_for_a_missing_key) {
+TEST_F(ModuleReferenceEdge, find_loads_the_module_after_the_colon_for_a_missing_key) {
     put("plain");
     cRepositoryEntry *const entry = cRepoImpl::find(things(), "plain thing:plain");
     ASSERT_NE(entry, nullptr) << cModule::last_error();
     EXPECT_EQ(cRepoImpl::name(entry), "plain thing");
     EXPECT_EQ(cRepoImpl::module(entry)->name(), "plain");
-    EXPECT_EQ(cRepoImpl::find(things(), "plain thing:nowhere"), entry); // there: nothing is loaded
+    EXPECT_EQ(cRepoImpl::find(things(), "plain thing:nowhere"),
+              entry); // the key exists, so nothing is loaded
     EXPECT_EQ(cModule::last_error(), "");
     unload("plain");
 }
 
 TEST_F(ModuleReferenceEdge, find_loads_nothing_for_a_plain_name_but_findorload_does) {
-    put("bare", "bare thing.so"); // the module of the thing's name
+    put("bare", "bare thing.so"); // the module with the name of the thing
     EXPECT_EQ(cRepoImpl::find(things(), "bare thing"), nullptr);
     EXPECT_FALSE(is_mapped("./bare thing.so"));
     cRepositoryEntry *const entry = cRepoImpl::findorload(things(), "bare thing", "");
@@ -65,7 +66,7 @@ TEST_F(ModuleReferenceEdge, find_loads_nothing_for_a_plain_name_but_findorload_d
     unload("bare thing");
 }
 
-TEST_F(ModuleReferenceEdge, findorload_cuts_a_key_of_300_characters_to_255) {
+TEST_F(ModuleReferenceEdge, findorload_truncates_a_key_of_300_characters_to_255) {
     std::string const key(300, 'k');
     EnteredThing const cut(key.substr(0, 255));
     cRepositoryEntry *const entry = cRepoImpl::findorload(things(), key, "");
@@ -75,12 +76,12 @@ TEST_F(ModuleReferenceEdge, findorload_cuts_a_key_of_300_characters_to_255) {
     EXPECT_EQ(cRepoImpl::findorload(things(), key + ":x", ""), entry);
     EXPECT_EQ(cRepoImpl::findorload(things(), key.substr(0, 255), ""), entry);
     EXPECT_EQ(cRepoImpl::findorload(things(), key.substr(0, 254), ""), nullptr);
-    EnteredThing const whole(key); // is not found by findorload
+    EnteredThing const whole(key); // findorload does not find it
     EXPECT_EQ(cRepoImpl::findorload(things(), key, ""), entry);
     EXPECT_NE(cRepoImpl::find(things(), key), entry);
 }
 
-TEST_F(ModuleReferenceEdge, an_entry_made_outside_of_any_load_is_of_the_main_module) {
+TEST_F(ModuleReferenceEdge, an_entry_created_outside_any_load_belongs_to_the_main_module) {
     EnteredThing const here("here");
     EXPECT_EQ(module_of("here"), &cGetMainModule());
     EXPECT_EQ(cRepoImpl::module(nullptr), &cGetMainModule());
@@ -106,7 +107,7 @@ TEST_F(ModuleReference, findorload_tries_its_modules_in_order) {
     EXPECT_EQ(asked, "");
 }
 
-TEST_F(ModuleReference, findorload_goes_on_where_a_module_does_not_have_the_key) {
+TEST_F(ModuleReference, findorload_continues_if_a_module_does_not_have_the_key) {
     put("plain");
     put("releases");
     put("bare", "bare thing.so");
@@ -116,7 +117,7 @@ TEST_F(ModuleReference, findorload_goes_on_where_a_module_does_not_have_the_key)
     for (char const *name : {"plain", "releases", "bare thing"}) unload(name);
 }
 
-TEST_F(ModuleReference, findorload_stops_where_the_key_is_found) {
+TEST_F(ModuleReference, findorload_stops_when_the_key_is_found) {
     put("plain");
     EnteredThing const here("here");
     filter(true);
@@ -127,7 +128,7 @@ TEST_F(ModuleReference, findorload_stops_where_the_key_is_found) {
     unload("plain");
 }
 
-TEST_F(ModuleReference, find_counts_a_module_that_is_there_and_lacks_the_key) {
+TEST_F(ModuleReference, find_counts_a_loaded_module_that_lacks_the_key) {
     put("plain");
     cModule *const module = cModule::load("plain");
     EXPECT_EQ(cRepoImpl::find(things(), "other:plain"), nullptr);
@@ -140,7 +141,7 @@ TEST_F(ModuleReference, find_counts_a_module_that_is_there_and_lacks_the_key) {
 
 TEST_F(ModuleReference, find_type_loads_the_module_that_has_the_factory) {
     put("evil");
-    EXPECT_EQ(&cat::find_type("evil:evil"), &cat::type_nil()); // this one makes nothing
+    EXPECT_EQ(&cat::find_type("evil:evil"), &cat::type_nil()); // this module creates nothing
     EXPECT_EQ(events(), "evil is there; evil is asked; ");
     EXPECT_EQ(&cat::find_type("evil"), &cat::type_nil());
     EXPECT_EQ(events(), "evil is asked; ");
@@ -149,7 +150,7 @@ TEST_F(ModuleReference, find_type_loads_the_module_that_has_the_factory) {
 
 // --- the filter ---
 
-TEST_F(ModuleReference, a_refused_name_reads_as_not_found) {
+TEST_F(ModuleReference, a_refused_name_counts_as_not_found) {
     put("plain");
     filter(false);
     EXPECT_EQ(cModule::load("./plain"), nullptr);
@@ -159,7 +160,7 @@ TEST_F(ModuleReference, a_refused_name_reads_as_not_found) {
     EXPECT_FALSE(is_mapped("./plain.so"));
 }
 
-TEST_F(ModuleReference, the_filter_is_asked_about_known_modules_too) {
+TEST_F(ModuleReference, the_filter_is_also_called_for_known_modules) {
     put("plain");
     cModule *const module = cModule::load("plain");
     filter(false);
@@ -170,7 +171,7 @@ TEST_F(ModuleReference, the_filter_is_asked_about_known_modules_too) {
     EXPECT_TRUE(module->unload()); // the refused load was not counted
 }
 
-TEST_F(ModuleReference, what_the_filter_throws_comes_through) {
+TEST_F(ModuleReference, an_exception_of_the_filter_propagates) {
     put("plain");
     qrv_set_module_filter([](std::string const &name) -> bool { throw name; });
     EXPECT_THROW(cModule::load("plain"), std::string);
@@ -180,7 +181,7 @@ TEST_F(ModuleReference, what_the_filter_throws_comes_through) {
     EXPECT_TRUE(module->unload());
 }
 
-TEST_F(ModuleReference, the_filter_is_asked_for_loads_in_a_set_up_too) {
+TEST_F(ModuleReference, the_filter_is_also_called_for_loads_during_setup) {
     put("nested");
     put("plain");
     qrv_set_module_filter([](std::string const &name) { return name == "nested"; });
@@ -192,7 +193,7 @@ TEST_F(ModuleReference, the_filter_is_asked_for_loads_in_a_set_up_too) {
 
 // --- while text is being read ---
 
-// Reads a text and forgets the value.
+// Reads a value from text and drops it.
 void read(std::string const &text) {
     cErrorLog const errors;
     std::istringstream is(text);
@@ -202,7 +203,7 @@ void read(std::string const &text) {
     scan.scan_obj(value, nullptr);
 }
 
-// What each way of naming a module brings, whatever a text could have in it.
+// Every way to name a module, for use by code that runs while text is read.
 std::string seek_everywhere() {
     std::string result;
     auto const add = [&result](bool found) { result += found ? '1' : '0'; };
@@ -215,7 +216,7 @@ std::string seek_everywhere() {
     return result;
 }
 
-// A type whose `read` looks for everything, as a program's could that is led by the text.
+// A type whose `read` tries every way, as a program's type that follows the text could do.
 cTypeObj *seeker = nullptr;
 
 class cSeeker : public cObj {
@@ -245,7 +246,7 @@ class Reading : public ModuleReference {
     ~Reading() override { cat::type_hash_ptr()->delitem("Seeker"); }
 };
 
-TEST_F(Reading, no_type_of_a_text_is_loaded) {
+TEST_F(Reading, types_named_in_text_are_not_loaded) {
     for (char const *text :
          {"evil(1)", "{ a= evil(1); b= evil{}; c= evil<1>; d= evil[2]; }", "x:/path/evil(1)",
           "{ a= x:/path/evil(1); }", "{ a= evil:evil(1); }", "{ a= \"evil:evil\"(1); }",
@@ -257,11 +258,11 @@ TEST_F(Reading, no_type_of_a_text_is_loaded) {
         EXPECT_FALSE(is_mapped("./evil.so")) << text;
         EXPECT_FALSE(is_mapped("x:/path/evil.so")) << text;
     }
-    cat::type_hash_ptr()->delitem("P"); // a type that one of them declares
+    cat::type_hash_ptr()->delitem("P"); // a type that one of the files declares
     messages();
 }
 
-TEST_F(Reading, no_text_in_a_file_or_a_path_is_loaded) {
+TEST_F(Reading, files_and_paths_load_no_modules) {
     cErrorLog const errors;
     for (char const *text : {"{ a= evil(1); set_entrytype= \"evil:evil\"; }",
                              "{ entrytype= \"x:/path/evil\"; x:/path/evil= 1; }"}) {
@@ -280,13 +281,13 @@ TEST_F(Reading, no_text_in_a_file_or_a_path_is_loaded) {
 
 TEST_F(Reading, nothing_is_loaded_while_text_is_read) {
     read("{ a= Seeker(1); }");
-    EXPECT_EQ(sought, "001000"); // the third tells that a reason is given
+    EXPECT_EQ(sought, "001000"); // the third is true: the reason of the failure is reported
     EXPECT_EQ(cModule::last_error(), "Module './evil' is not loaded while text is being read");
     EXPECT_EQ(events(), "");
     EXPECT_FALSE(is_mapped("./evil.so"));
 }
 
-TEST_F(Reading, a_module_that_is_there_is_not_counted_while_text_is_read) {
+TEST_F(Reading, a_loaded_module_is_not_counted_while_text_is_read) {
     cModule *const module = cModule::load("evil");
     ASSERT_NE(module, nullptr) << cModule::last_error();
     read("Seeker(1)");
@@ -295,7 +296,7 @@ TEST_F(Reading, a_module_that_is_there_is_not_counted_while_text_is_read) {
     EXPECT_TRUE(module->unload());
 }
 
-TEST_F(Reading, a_program_loads_between_texts) {
+TEST_F(Reading, a_program_may_load_modules_between_two_reads) {
     read("Seeker(1)");
     cModule *const module = cModule::load("evil");
     ASSERT_NE(module, nullptr) << cModule::last_error();
@@ -307,14 +308,14 @@ TEST_F(Reading, a_program_loads_between_texts) {
     events();
 }
 
-TEST_F(Reading, an_own_filter_allows_what_it_wants_while_text_is_read) {
+TEST_F(Reading, a_programs_filter_may_allow_loading_while_text_is_read) {
     filter(true);
     read("{ a= Seeker(1); }");
     EXPECT_EQ(sought, "110000");
     EXPECT_NE(events().find("evil is there; "), std::string::npos);
     filter(false);
     unload_all("evil");
-    EXPECT_EQ(seek_everywhere(), "001000"); // and forbids it to a program
+    EXPECT_EQ(seek_everywhere(), "001000"); // and the filter forbids loading to a program
     EXPECT_EQ(events(), "");
     EXPECT_FALSE(is_mapped("./evil.so"));
 }

@@ -1,5 +1,5 @@
-// What the set-up of a module does: it loads others, or itself; it throws. And what passes between
-// a module and the program.
+// The setup function of a module: it may load other modules or its own, or throw. And objects,
+// errors and signals that a module and the program exchange.
 
 #include "qrv/modules/cmodule.h"
 
@@ -19,7 +19,7 @@ class ModuleSetUp : public Loading {};
 
 // --- loads in loads ---
 
-TEST_F(ModuleSetUp, a_load_in_static_code_keeps_entries_apart) {
+TEST_F(ModuleSetUp, a_load_during_static_initialisation_separates_the_entries) {
     put("nested_static");
     put("plain");
     cModule *const outer = cModule::load("nested_static");
@@ -34,17 +34,17 @@ TEST_F(ModuleSetUp, a_load_in_static_code_keeps_entries_apart) {
     EXPECT_TRUE(inner->unload());
 }
 
-TEST_F(ModuleSetUp, one_that_loads_itself_gets_null) {
+TEST_F(ModuleSetUp, a_module_that_loads_itself_gets_null) {
     put("loads_itself");
     cModule *const module = cModule::load("loads_itself");
     ASSERT_NE(module, nullptr) << cModule::last_error();
     EXPECT_EQ(cModule::last_error(), "");
     EXPECT_EQ(events(), "not in static code; Module 'loads_itself' is just being loaded; ");
-    EXPECT_TRUE(module->unload()); // counted once
+    EXPECT_TRUE(module->unload()); // it was counted once
     EXPECT_FALSE(is_mapped("./loads_itself.so"));
 }
 
-TEST_F(ModuleSetUp, one_that_loads_itself_under_another_name_gets_null) {
+TEST_F(ModuleSetUp, a_module_that_loads_itself_under_another_name_gets_null) {
     put("loads_alias");
     fs::create_symlink("loads_alias.so", "alias.so");
     cModule *const module = cModule::load("loads_alias");
@@ -56,7 +56,7 @@ TEST_F(ModuleSetUp, one_that_loads_itself_under_another_name_gets_null) {
     EXPECT_FALSE(is_mapped("./loads_alias.so"));
 }
 
-TEST_F(ModuleSetUp, two_that_load_each_other_come_once) {
+TEST_F(ModuleSetUp, two_modules_that_load_each_other_are_loaded_once) {
     put("mutual_a");
     put("mutual_b");
     cModule *const a = cModule::load("mutual_a");
@@ -71,15 +71,15 @@ TEST_F(ModuleSetUp, two_that_load_each_other_come_once) {
     EXPECT_FALSE(is_mapped("./mutual_b.so"));
 }
 
-// --- what a set-up throws ---
+// --- exceptions during setup ---
 
-TEST_F(ModuleSetUp, what_a_set_up_throws_comes_through_and_ends_the_load) {
+TEST_F(ModuleSetUp, an_exception_during_setup_propagates_and_ends_the_load) {
     put("throws");
     for (int i = 0; i < 2; ++i) {
         try {
             cModule::load("throws");
             ADD_FAILURE() << "nothing was thrown";
-        } catch (std::exception const &error) { // its type and code lie in the file
+        } catch (std::exception const &error) { // the exception's type and code are in the file
             EXPECT_STREQ(error.what(), "set-up of throws");
         }
         EXPECT_EQ(cModule::last_error(), "Module 'throws' has thrown in its set-up");
@@ -90,7 +90,7 @@ TEST_F(ModuleSetUp, what_a_set_up_throws_comes_through_and_ends_the_load) {
     EXPECT_EQ(cRepoImpl::module(cRepoImpl::find(modules(), "outside")), &cGetMainModule());
 }
 
-TEST_F(ModuleSetUp, a_file_whose_set_up_threw_is_tried_again_and_stays_in_memory) {
+TEST_F(ModuleSetUp, a_file_whose_setup_threw_stays_in_memory_and_can_be_loaded_again) {
     static int runs = 0;
     std::string const name = "once" + std::to_string(++runs);
     put("throws_once", name + ".so");
@@ -108,7 +108,7 @@ TEST_F(ModuleSetUp, a_file_whose_set_up_threw_is_tried_again_and_stays_in_memory
     EXPECT_TRUE(is_mapped("./" + name + ".so"));
 }
 
-TEST_F(ModuleSetUp, a_module_object_whose_set_up_threw_is_no_success) {
+TEST_F(ModuleSetUp, a_module_object_whose_setup_threw_is_not_loaded) {
     put("throws_with_own");
     for (int i = 0; i < 2; ++i) {
         EXPECT_THROW(cModule::load("throws_with_own"), cErr);
@@ -125,14 +125,15 @@ TEST_F(ModuleSetUp, a_module_object_whose_set_up_threw_is_no_success) {
     EXPECT_EQ(module_of("thing of the thrower"), module);
     EXPECT_TRUE(module->unload());
     EXPECT_FALSE(module->unload());
-    // What was thrown may be defined in the file, so it is still there. Its end is taken by hand.
+    // The exception may be defined in the file, so the file is still loaded. The test destroys it
+    // itself.
     void *const held = ::dlopen("./throws_with_own.so", RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(held, nullptr);
     for (int i = 0; i < 3; ++i) ::dlclose(held);
     EXPECT_FALSE(is_mapped("./throws_with_own.so"));
 }
 
-TEST_F(ModuleSetUp, an_inner_set_up_that_throws_leaves_the_outer_load_as_it_was) {
+TEST_F(ModuleSetUp, an_exception_during_an_inner_setup_does_not_affect_the_outer_load) {
     put("nested_throws");
     put("throws");
     cModule *const module = cModule::load("nested_throws");
@@ -146,7 +147,7 @@ TEST_F(ModuleSetUp, an_inner_set_up_that_throws_leaves_the_outer_load_as_it_was)
 
 // --- across the border ---
 
-TEST_F(ModuleSetUp, signals_errors_and_objects_pass_between_module_and_program) {
+TEST_F(ModuleSetUp, signals_errors_and_objects_cross_between_module_and_program) {
     put("cross");
     cModule *const module = cModule::load("cross");
     ASSERT_NE(module, nullptr) << cModule::last_error();
@@ -184,7 +185,7 @@ TEST_F(ModuleSetUp, signals_errors_and_objects_pass_between_module_and_program) 
     EXPECT_EQ(cat::as_text(value), "2.50000");
     EXPECT_NE(dynamic_cast<cObjD<double> const *>(value.get()), nullptr);
 
-    EXPECT_TRUE(module->unload()); // the module's slot and signal go with it
+    EXPECT_TRUE(module->unload()); // this destroys the module's slot and signal
     EXPECT_FALSE(own.isconnected());
     EXPECT_FALSE(slot.isconnected());
     own(number);

@@ -1,4 +1,4 @@
-// Loading, counting and unloading of real modules, and the module objects.
+// Loading, counting and unloading real modules, and the module objects.
 
 #include "qrv/modules/cmodule.h"
 
@@ -35,7 +35,7 @@ TEST_F(Module, a_file_is_loaded_set_up_and_unloaded) {
     EXPECT_FALSE(is_mapped("./plain.so"));
 }
 
-TEST_F(Module, is_loaded_again_after_it_was_unloaded) {
+TEST_F(Module, can_be_loaded_again_after_unloading) {
     put("plain");
     put("own_module");
     for (int i = 0; i < 3; ++i)
@@ -61,7 +61,7 @@ TEST_F(Module, a_module_is_entered_under_its_name) {
     EXPECT_EQ(cRepoImpl::find(modules(), "plain"), nullptr);
 }
 
-TEST_F(Module, a_file_without_a_set_up_is_loaded_all_the_same) {
+TEST_F(Module, a_file_without_a_setup_function_is_loaded) {
     put("bare");
     cModule *const module = cModule::load("bare");
     ASSERT_NE(module, nullptr) << cModule::last_error();
@@ -70,7 +70,7 @@ TEST_F(Module, a_file_without_a_set_up_is_loaded_all_the_same) {
     EXPECT_EQ(events(), "bare goes; ");
 }
 
-TEST_F(Module, the_set_up_of_a_file_that_is_only_needed_is_not_called) {
+TEST_F(Module, the_setup_function_of_a_dependency_is_not_called) {
     put("needs_plain");
     cModule *const module = cModule::load("needs_plain");
     ASSERT_NE(module, nullptr) << cModule::last_error();
@@ -93,7 +93,7 @@ TEST_F(Module, the_first_of_two_module_objects_of_a_file_is_the_result) {
     EXPECT_EQ(second->handle(), first->handle());
     EXPECT_EQ(cRepoImpl::module(cRepoImpl::find(modules(), "the second")), first);
     {
-        cModuleUse const use(second); // keeps the file, whichever is unloaded
+        cModuleUse const use(second); // keeps the file in memory when either module is unloaded
         EXPECT_FALSE(first->unload());
         EXPECT_FALSE(second->unload());
     }
@@ -108,27 +108,27 @@ TEST_F(Module, a_file_is_not_freed_while_another_module_of_it_is_counted) {
     cModule *const second = cModule::load("the second");
     ASSERT_NE(second, nullptr);
     EXPECT_NE(second, first);
-    for (int i = 0; i < 3; ++i) EXPECT_FALSE(first->unload()); // refused, nothing is changed
+    for (int i = 0; i < 3; ++i) EXPECT_FALSE(first->unload()); // refused, and nothing changes
     EXPECT_TRUE(is_mapped("./two_modules.so"));
     EXPECT_NE(first->handle(), nullptr);
-    EXPECT_FALSE(second->unload()); // counted down
+    EXPECT_FALSE(second->unload()); // only the count changes
     EXPECT_TRUE(first->unload());
     EXPECT_FALSE(is_mapped("./two_modules.so"));
 }
 
-TEST_F(Module, two_modules_of_a_file_that_are_both_counted_are_both_unloaded) {
+TEST_F(Module, two_counted_modules_of_one_file_are_both_unloaded) {
     put("two_modules");
     cModule *const first = cModule::load("two_modules");
     ASSERT_NE(first, nullptr) << cModule::last_error();
     cModule *const second = cModule::load("the second");
     EXPECT_EQ(cModule::load("the first"), first);
-    EXPECT_FALSE(first->unload()); // counted down, though the second is counted
+    EXPECT_FALSE(first->unload()); // only the count changes, although the second is counted
     EXPECT_FALSE(second->unload());
     EXPECT_TRUE(first->unload());
     EXPECT_FALSE(is_mapped("./two_modules.so"));
 }
 
-TEST_F(Module, entries_that_went_during_the_load_are_forgotten) {
+TEST_F(Module, entries_released_during_the_load_are_forgotten) {
     put("releases");
     cModule *const module = cModule::load("releases");
     ASSERT_NE(module, nullptr) << cModule::last_error();
@@ -138,7 +138,7 @@ TEST_F(Module, entries_that_went_during_the_load_are_forgotten) {
     EXPECT_TRUE(module->unload());
 }
 
-TEST_F(Module, entries_left_behind_belong_to_nobody_and_point_to_nothing) {
+TEST_F(Module, entries_that_outlive_their_module_have_no_owner_and_a_null_pointer) {
     put("leaves");
     cModule *const module = cModule::load("leaves");
     ASSERT_NE(module, nullptr) << cModule::last_error();
@@ -157,7 +157,8 @@ TEST_F(Module, entries_left_behind_belong_to_nobody_and_point_to_nothing) {
     EXPECT_EQ(cRepoImpl::comment(left), "a comment");
     EXPECT_TRUE(cRepoImpl::derivedtype(left) == typeid(void));
     EXPECT_TRUE(cRepoImpl::type(own) == typeid(void));
-    EXPECT_EQ(cRepoImpl::find(modules(), "left module"), nullptr); // so it can be loaded again
+    EXPECT_EQ(cRepoImpl::find(modules(), "left module"),
+              nullptr); // so the module can be loaded again
     EXPECT_EQ(module->handle(), nullptr);
     EXPECT_FALSE(module->canunload());
     EXPECT_FALSE(module->unload());
@@ -187,7 +188,8 @@ TEST_F(Module, a_file_that_stays_in_memory_keeps_its_entries) {
     cModule *const own =
         static_cast<cModule *>(cRepoImpl::ptr(cRepoImpl::find(modules(), "a name of its own")));
     EXPECT_EQ(own->basename(), "");
-    cModule *const module = cModule::load("own_module"); // nothing was entered now: a new one
+    cModule *const module = cModule::load(
+        "own_module"); // nothing was entered this time, so a new module object is created
     ASSERT_NE(module, nullptr) << cModule::last_error();
     EXPECT_NE(module, own);
     EXPECT_EQ(events(), "own_module is set up; wrong base name; ");
@@ -217,7 +219,7 @@ TEST_F(Module, a_module_object_in_a_file_that_stays_is_loaded_again_with_its_han
         EXPECT_EQ(module->handle(), handle);
         EXPECT_EQ(module_of("own thing"), module);
         EXPECT_TRUE(module->canunload());
-        EXPECT_EQ(cModule::load("a name of its own"), module); // counted
+        EXPECT_EQ(cModule::load("a name of its own"), module); // only the count changes
         EXPECT_FALSE(module->unload());
     }
     EXPECT_TRUE(module->unload());
@@ -231,7 +233,7 @@ TEST_F(Module, a_module_object_in_a_file_that_stays_is_loaded_again_with_its_han
     EXPECT_FALSE(is_mapped("./own_module.so"));
 }
 
-TEST_F(Module, a_file_that_stays_and_goes_later_leaves_entries_that_point_to_nothing) {
+TEST_F(Module, a_file_that_is_unmapped_later_leaves_entries_with_null_pointers) {
     put("leaves");
     cModule *const module = cModule::load("leaves");
     ASSERT_NE(module, nullptr) << cModule::last_error();
@@ -240,16 +242,17 @@ TEST_F(Module, a_file_that_stays_and_goes_later_leaves_entries_that_point_to_not
     EXPECT_EQ(number("left"), 10);
     ::dlclose(held);
     EXPECT_FALSE(is_mapped("./leaves.so"));
-    EXPECT_EQ(cModule::load("nowhere"), nullptr); // each load looks
+    EXPECT_EQ(cModule::load("nowhere"), nullptr); // each load checks the entries
     EXPECT_EQ(cRepoImpl::ptr(thing("left")), nullptr);
     EXPECT_EQ(cRepoImpl::find(modules(), "left module"), nullptr);
     for (char const *name : {"left", "own"}) cRepoImpl::release(thing(name));
     delete module;
 }
 
-TEST_F(Module, a_file_that_another_one_needs_stays_and_is_loaded_again) {
+TEST_F(Module, a_file_that_another_file_needs_stays_and_can_be_loaded_again) {
     put("needs_plain");
-    std::string const path = test::binary_file("tests/modules_to_load/plain"); // the one it needs
+    std::string const path =
+        test::binary_file("tests/modules_to_load/plain"); // the file that it depends on
     cModule *const plain = cModule::load(path);
     ASSERT_NE(plain, nullptr) << cModule::last_error();
     cModule *const needs = cModule::load("needs_plain");
@@ -292,7 +295,7 @@ TEST_F(Module, a_shared_module_outlives_its_file) {
     EXPECT_TRUE(again->unload());
 }
 
-TEST_F(Module, a_shared_module_is_not_found_again_though_its_file_stays) {
+TEST_F(Module, a_shared_module_is_not_found_again_even_if_its_file_stays) {
     put("plain");
     auto const shared = cRef<cModule>::share(cModule::load("plain"));
     void *const held = ::dlopen("./plain.so", RTLD_NOW);
@@ -307,7 +310,7 @@ TEST_F(Module, a_shared_module_is_not_found_again_though_its_file_stays) {
     EXPECT_FALSE(is_mapped("./plain.so"));
 }
 
-TEST_F(Module, unload_is_answered_for_a_module_that_is_gone) {
+TEST_F(Module, unload_returns_false_for_a_destroyed_module) {
     put("plain");
     cModule *const module = cModule::load("plain");
     EXPECT_TRUE(cModule::unload(module));
@@ -315,7 +318,7 @@ TEST_F(Module, unload_is_answered_for_a_module_that_is_gone) {
     EXPECT_FALSE(cModule::unload(nullptr));
 }
 
-TEST_F(Module, a_module_unloads_another_when_it_goes) {
+TEST_F(Module, a_module_may_unload_another_during_its_own_unloading) {
     put("unloads_other");
     put("leaves");
     cModule *const module = cModule::load("unloads_other");
@@ -323,7 +326,8 @@ TEST_F(Module, a_module_unloads_another_when_it_goes) {
     cModule *const other = module_of("left");
     EXPECT_EQ(other->basename(), "leaves");
     EXPECT_TRUE(module->unload());
-    // The system waits with the inner one till the outer one is done; what it left is found then.
+    // The system delays the inner unloading until the outer one is complete, and the log shows the
+    // inner file's events then.
     EXPECT_EQ(events(), "left module; other unloaded; itself not unloaded; leaves goes; ");
     EXPECT_FALSE(is_mapped("./leaves.so"));
     EXPECT_FALSE(is_mapped("./unloads_other.so"));
@@ -335,7 +339,7 @@ TEST_F(Module, a_module_unloads_another_when_it_goes) {
     delete other;
 }
 
-TEST_F(Module, one_that_loads_itself_while_it_goes_gets_an_error) {
+TEST_F(Module, a_module_that_loads_itself_during_its_unloading_gets_an_error) {
     put("loads_itself_last");
     put("plain");
     fs::create_symlink("loads_itself_last.so", "alias.so");
@@ -346,20 +350,21 @@ TEST_F(Module, one_that_loads_itself_while_it_goes_gets_an_error) {
         ASSERT_NE(module, nullptr) << cModule::last_error();
         EXPECT_EQ(module->name(), "own of the last");
         EXPECT_TRUE(module->unload());
-        std::string const told = events();
-        EXPECT_TRUE(told.starts_with(
+        std::string const reported = events();
+        EXPECT_TRUE(reported.starts_with(
             "Module 'loads_itself_last' is just being unloaded; Module 'sub/loads_itself_last' is "
             "just being unloaded; ./alias.so: just being unloaded\n"))
-            << told;
-        EXPECT_TRUE(told.ends_with("; plain is set up; plain is loaded; its own name is not; "))
-            << told;
+            << reported;
+        EXPECT_TRUE(reported.ends_with("; plain is set up; plain is loaded; its own name is not; "))
+            << reported;
         EXPECT_FALSE(is_mapped("./loads_itself_last.so"));
         EXPECT_TRUE(module_of("plain thing")->unload());
         EXPECT_EQ(events(), "plain goes; ");
     }
 }
 
-TEST_F(Module, one_without_a_module_object_that_loads_itself_while_it_goes_gets_an_error) {
+TEST_F(Module,
+       a_file_without_a_module_object_that_loads_itself_during_its_unloading_gets_an_error) {
     put("loads_itself_bare");
     for (int i = 0; i < 2; ++i) {
         cModule *const module = cModule::load("loads_itself_bare");
@@ -372,7 +377,7 @@ TEST_F(Module, one_without_a_module_object_that_loads_itself_while_it_goes_gets_
 
 // --- objects ---
 
-TEST_F(Module, one_that_the_program_makes_is_built_in) {
+TEST_F(Module, a_module_object_of_the_program_is_built_in) {
     cModule module("mine", "a comment", false);
     EXPECT_EQ(module.name(), "mine");
     EXPECT_EQ(module.comment(), "a comment");
@@ -383,12 +388,12 @@ TEST_F(Module, one_that_the_program_makes_is_built_in) {
     cRepositoryEntry *const entry = cRepoImpl::find(modules(), "mine");
     EXPECT_EQ(cRepoImpl::ptr(entry), &module);
     EXPECT_EQ(cRepoImpl::comment(entry), "a comment");
-    EXPECT_EQ(cModule::load("mine"), &module); // handed out uncounted
+    EXPECT_EQ(cModule::load("mine"), &module); // returned without being counted
     EXPECT_EQ(cModule::load("folder/mine.SO"), &module);
     EXPECT_FALSE(module.unload());
 }
 
-TEST_F(Module, the_main_module) {
+TEST_F(Module, the_main_module_always_exists) {
     cModule &main = cGetMainModule();
     EXPECT_EQ(main.name(), "quorvanta");
     EXPECT_EQ(main.comment(), "quorvanta main module");
@@ -399,7 +404,7 @@ TEST_F(Module, the_main_module) {
     EXPECT_EQ(cModule::load("quorvanta"), &main);
 }
 
-TEST_F(Module, a_name_that_is_taken_stays_with_the_first) {
+TEST_F(Module, a_used_name_stays_with_the_first_module) {
     cModule const first("mine", "first", false);
     {
         cModule const second("mine", "second", false);
@@ -411,23 +416,23 @@ TEST_F(Module, a_name_that_is_taken_stays_with_the_first) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(Module, its_name_may_hold_a_colon) {
+TEST_F(Module, its_name_may_contain_a_colon) {
     {
         cModule const module("a:plain", "", false);
         put("plain");
-    } // looks for nothing behind the colon
+    } // does not search for the part after the colon
     EXPECT_EQ(events(), "");
     EXPECT_FALSE(is_mapped("./plain.so"));
 }
 
-TEST_F(Module, an_entry_without_a_module_is_passed_over) {
+TEST_F(Module, an_entry_without_a_module_is_skipped) {
     cRepositoryEntry *const hollow =
         cRepoImpl::create(modules(), "plain", nullptr, typeid(cModule), typeid(cModule), "hollow");
     put("plain");
     cModule *const module = cModule::load("plain");
     ASSERT_NE(module, nullptr) << cModule::last_error();
     EXPECT_NE(messages().find("already defined:plain:"), std::string::npos);
-    EXPECT_EQ(cModule::load("plain"), module); // known, though it could not be entered
+    EXPECT_EQ(cModule::load("plain"), module); // known, although it could not be entered
     EXPECT_FALSE(module->unload());
     EXPECT_TRUE(module->unload());
     EXPECT_FALSE(is_mapped("./plain.so"));
@@ -461,7 +466,7 @@ TEST_F(Module, uses_are_counted_in_every_order) {
     EXPECT_EQ(module.usage(), 0);
 }
 
-TEST_F(Module, a_use_of_null_is_none) {
+TEST_F(Module, a_use_of_null_counts_nothing) {
     cModuleUse use(nullptr);
     use.inc();
     use.dec();
@@ -471,7 +476,7 @@ TEST_F(Module, a_use_of_null_is_none) {
     EXPECT_EQ(cModule::handle(nullptr), nullptr);
 }
 
-TEST_F(Module, a_use_too_few_keeps_a_module_for_good) {
+TEST_F(Module, a_negative_use_count_prevents_unloading_forever) {
     cModule module("mine", "", false);
     module.dec_use_cnt();
     EXPECT_EQ(module.usage(), -1);
@@ -479,7 +484,7 @@ TEST_F(Module, a_use_too_few_keeps_a_module_for_good) {
     EXPECT_EQ(module.usage(), -1);
 }
 
-TEST_F(Module, which_copies_there_are) {
+TEST_F(Module, modules_and_uses_are_copied_only_as_declared) {
     static_assert(!std::is_copy_constructible_v<cModule>);
     static_assert(!std::is_copy_assignable_v<cModule>);
     static_assert(!std::is_copy_constructible_v<cModuleUse>);
@@ -489,16 +494,17 @@ TEST_F(Module, which_copies_there_are) {
 
 // --- edge cases ---
 
-TEST_F(ModuleEdge, loading_the_empty_name_gives_null_and_touches_nothing) {
+TEST_F(ModuleEdge, loading_the_empty_name_returns_null_and_changes_nothing) {
     auto const lists = cGetRepositories().count();
-    qrv_set_module_filter([](std::string const &) -> bool { throw 1; }); // not even asked
+    qrv_set_module_filter(
+        [](std::string const &) -> bool { throw 1; }); // not even the filter is called
     EXPECT_EQ(cModule::load(""), nullptr);
     EXPECT_EQ(cModule::last_error(), "The name of a module is empty");
     EXPECT_EQ(cGetRepositories().count(), lists);
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(ModuleEdge, the_second_of_two_unloads_frees_what_was_loaded_twice) {
+TEST_F(ModuleEdge, the_second_unload_frees_a_module_loaded_twice) {
     put("plain");
     cModule *const module = cModule::load("plain");
     EXPECT_EQ(cModule::load("plain"), module);
@@ -510,12 +516,12 @@ TEST_F(ModuleEdge, the_second_of_two_unloads_frees_what_was_loaded_twice) {
     EXPECT_EQ(events(), "plain goes; ");
 }
 
-TEST_F(ModuleEdge, the_main_module_is_not_unloaded) {
+TEST_F(ModuleEdge, the_main_module_cannot_be_unloaded) {
     EXPECT_FALSE(cGetMainModule().unload());
     EXPECT_FALSE(cModule::unload(&cGetMainModule()));
 }
 
-TEST_F(ModuleEdge, a_module_in_use_is_not_unloaded_and_stays_counted) {
+TEST_F(ModuleEdge, a_module_in_use_is_not_unloaded_and_keeps_its_count) {
     put("plain");
     cModule *const module = cModule::load("plain");
     EXPECT_EQ(cModule::load("plain"), module);
@@ -526,7 +532,7 @@ TEST_F(ModuleEdge, a_module_in_use_is_not_unloaded_and_stays_counted) {
     }
     EXPECT_EQ(messages(), "");
     EXPECT_TRUE(module->canunload());
-    EXPECT_FALSE(module->unload()); // both loads are still there
+    EXPECT_FALSE(module->unload()); // both loads still count
     EXPECT_TRUE(module->unload());
 }
 
@@ -538,7 +544,7 @@ TEST_F(ModuleEdge, canunload_is_false_for_a_module_that_was_not_loaded) {
     EXPECT_FALSE(cGetMainModule().canunload());
 }
 
-TEST_F(ModuleEdge, the_module_object_of_a_file_is_what_load_returns) {
+TEST_F(ModuleEdge, load_returns_the_module_object_of_the_file) {
     put("own_module");
     cModule *const module = cModule::load("own_module");
     ASSERT_NE(module, nullptr) << cModule::last_error();
@@ -556,7 +562,7 @@ TEST_F(ModuleEdge, the_module_object_of_a_file_is_what_load_returns) {
     EXPECT_FALSE(is_mapped("./own_module.so"));
 }
 
-TEST_F(ModuleEdge, a_name_with_a_folder_finds_what_the_bare_name_has_loaded) {
+TEST_F(ModuleEdge, a_name_with_a_folder_finds_the_module_loaded_by_its_bare_name) {
     put("plain");
     cModule *const module = cModule::load("plain");
     for (char const *name : {"sub/part", "sub/plain", "/plain", "x:plain", "\\a\\plain", "plain.so",
@@ -570,7 +576,7 @@ TEST_F(ModuleEdge, a_name_with_a_folder_finds_what_the_bare_name_has_loaded) {
     EXPECT_TRUE(module->unload());
 }
 
-TEST_F(ModuleEdge, a_module_that_loads_another_in_its_set_up_keeps_entries_apart) {
+TEST_F(ModuleEdge, a_module_that_loads_another_during_its_setup_keeps_its_entries_separate) {
     put("nested");
     put("plain");
     cModule *const outer = cModule::load("nested");

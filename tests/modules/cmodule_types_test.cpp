@@ -1,5 +1,5 @@
-// Modules that register, redefine, inherit, add converters and members, come and go: after each
-// step the registry keeps its rules.
+// Modules that register types, redefine them, derive from them, add converters and members, and are
+// loaded and unloaded: the rules of the registry hold after each step.
 
 #include "containers/cregistry_check.h"
 #include "qrv/core/cobjd.h"
@@ -15,7 +15,9 @@ class ModuleTypes : public Loading {
         put("types_one");
         put("types_two");
     }
-    ~ModuleTypes() override { cat::type_hash_ptr()->delitem("Scale"); } // it outlives its modules
+    ~ModuleTypes() override {
+        cat::type_hash_ptr()->delitem("Scale");
+    } // the type outlives its modules
 
     static std::string scale() {
         objref const choices = cat::find_type("Scale").tmember(std::string("choices"));
@@ -31,7 +33,7 @@ class ModuleTypes : public Loading {
 
 } // namespace
 
-TEST_F(ModuleTypes, one_module_again_and_again) {
+TEST_F(ModuleTypes, one_module_may_be_loaded_repeatedly) {
     cVoidFunction const add = cat::type_map().method(mid_add);
     for (int i = 0; i < 3; ++i) {
         cModule *const one = cModule::load("types_one");
@@ -50,18 +52,18 @@ TEST_F(ModuleTypes, one_module_again_and_again) {
         EXPECT_FALSE(is_known("Celsius"));
         EXPECT_FALSE(are_members_there());
         EXPECT_EQ(cat::type_map().method(mid_add), add);
-        EXPECT_EQ(scale(), "{\n  celsius= 1;\n}"); // of the library's objects alone
+        EXPECT_EQ(scale(), "{\n  celsius= 1;\n}"); // it consists of the library's objects only
     }
 }
 
-TEST_F(ModuleTypes, one_module_upon_another) {
+TEST_F(ModuleTypes, a_module_may_build_on_the_types_of_another) {
     for (int i = 0; i < 2; ++i) {
         cModule *const two = cModule::load("types_two");
         ASSERT_NE(two, nullptr) << cModule::last_error();
         EXPECT_EQ(events(), "one declares; two declares; ");
         EXPECT_EQ(cat::broken_registry_rule(), "");
         EXPECT_EQ(scale(), "{\n  kelvin= 2;\n}");
-        cModule *const one = cModule::load("types_one"); // counts
+        cModule *const one = cModule::load("types_one"); // increases the count
         EXPECT_FALSE(one->unload()) << "in use";
         EXPECT_EQ(cat::broken_registry_rule(), "");
         EXPECT_TRUE(is_known("Celsius") && is_known("Kelvin"));
@@ -69,7 +71,7 @@ TEST_F(ModuleTypes, one_module_upon_another) {
         EXPECT_EQ(cat::broken_registry_rule(), "");
         EXPECT_TRUE(is_known("Celsius"));
         EXPECT_FALSE(is_known("Kelvin"));
-        EXPECT_FALSE(one->unload()); // loaded by the other as well
+        EXPECT_FALSE(one->unload()); // the other module has loaded it, too
         EXPECT_TRUE(one->unload());
         EXPECT_EQ(cat::broken_registry_rule(), "");
         EXPECT_FALSE(is_known("Celsius"));

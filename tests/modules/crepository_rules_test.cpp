@@ -1,10 +1,10 @@
-// The rule checker of repository lists: each rule is broken once, and mended again.
+// The rule checker of repository lists: each test breaks one rule and repairs it.
 
 #include "qrv/modules/crepository.h"
 
 #include <gtest/gtest.h>
 
-// Reaches into lists and entries; a friend of both.
+// Accesses the private members of lists and entries; both declare it a friend.
 struct cRepositoryProbe {
     static cRepositoryEntry &add(cRepositoryList &list, char const *name) {
         return list.insert(name);
@@ -46,7 +46,7 @@ class RepositoryRules : public testing::Test {
     cRepositoryEntry &b = Probe::add(list, "b");
 };
 
-TEST_F(RepositoryRules, a_sound_list_breaks_none) {
+TEST_F(RepositoryRules, a_valid_list_breaks_no_rule) {
     EXPECT_EQ(list.broken_rule(false), "");
     EXPECT_EQ(list.broken_rule(true), "");
 }
@@ -127,9 +127,9 @@ TEST_F(RepositoryRules, r5_an_entry_that_a_search_does_not_reach) {
     }
 }
 
-TEST_F(RepositoryRules, an_insertion_takes_the_first_erased_cell_on_its_way) {
+TEST_F(RepositoryRules, an_insertion_uses_the_first_tombstone_on_its_probe_path) {
     cRepositoryEntry &first = Probe::add(other, "ABAB");
-    cRepositoryEntry &second = Probe::add(other, "ABBc"); // the same hash
+    cRepositoryEntry &second = Probe::add(other, "ABBc"); // has the same hash
     std::uintptr_t *const erased = Probe::slot(first);
     EXPECT_NE(Probe::slot(second), erased);
     auto const unused = Probe::unused(other);

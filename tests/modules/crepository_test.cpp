@@ -1,4 +1,4 @@
-// The repository of named things: entries, their lists, walks, messages.
+// The repository of named things: entries, lists, iteration and messages.
 
 #include "qrv/modules/crepository.h"
 
@@ -17,7 +17,7 @@ struct Other {};
 
 class Repository : public QrvTest {
   protected:
-    // Its list is empty again after each test.
+    // Every test leaves its list empty.
     ~Repository() override {
         *list = cRepositoryList();
         EXPECT_EQ(list->broken_rule(true), "");
@@ -39,7 +39,7 @@ class Repository : public QrvTest {
 };
 class RepositoryEdge : public Repository {};
 
-// A list never gets smaller, so tests of its size take one that nobody else uses.
+// A list never shrinks, so each test of sizes needs a list that no other test uses.
 template <class T> class FreshList {
   public:
     FreshList() { EXPECT_EQ(list->size(), 97u); }
@@ -69,7 +69,7 @@ TEST_F(Repository, a_fresh_list_is_empty_and_has_97_cells) {
     EXPECT_EQ(cRepoImpl::begin(list), cRepoImpl::end(list));
 }
 
-TEST_F(Repository, an_entry_tells_what_was_entered) {
+TEST_F(Repository, an_entry_returns_its_name_type_and_pointer) {
     Derived thing;
     cRepositoryEntry *const entry = add("a", &thing);
     ASSERT_NE(entry, nullptr);
@@ -82,14 +82,14 @@ TEST_F(Repository, an_entry_tells_what_was_entered) {
     EXPECT_EQ(list->count(), 1u);
 }
 
-TEST_F(Repository, the_pointer_of_an_entry_may_be_written) {
+TEST_F(Repository, the_pointer_of_an_entry_can_be_changed) {
     int first = 0, second = 0;
     cRepositoryEntry *const entry = add("a", &first);
     cRepoImpl::ptr(entry) = &second;
     EXPECT_EQ(cRepoImpl::ptr(cRepoImpl::find(list, "a")), &second);
 }
 
-TEST_F(Repository, lists_are_walked_in_the_order_of_insertion_both_ways) {
+TEST_F(Repository, lists_keep_insertion_order_in_both_directions) {
     for (char const *name : {"c", "a", "b"}) add(name);
     EXPECT_EQ(names(list), "c;a;b;");
     std::string backwards;
@@ -103,7 +103,7 @@ TEST_F(Repository, lists_are_walked_in_the_order_of_insertion_both_ways) {
     EXPECT_EQ(names(list), "c;b;a;");
 }
 
-TEST_F(Repository, null_lists_and_entries_are_taken) {
+TEST_F(Repository, null_lists_and_entries_are_accepted) {
     EXPECT_EQ(cRepoImpl::create(nullptr, "a", nullptr, typeid(Thing), typeid(Thing), ""), nullptr);
     EXPECT_EQ(cRepoImpl::find(nullptr, "a"), nullptr);
     EXPECT_EQ(cRepoImpl::begin(nullptr), nullptr);
@@ -119,13 +119,13 @@ TEST_F(Repository, null_lists_and_entries_are_taken) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(Repository, the_empty_name_is_a_name) {
+TEST_F(Repository, the_empty_name_is_valid) {
     cRepositoryEntry *const entry = add("");
     EXPECT_EQ(cRepoImpl::find(list, ""), entry);
     EXPECT_EQ(cRepoImpl::find(list, ":x"), entry);
 }
 
-TEST_F(Repository, a_name_may_hold_any_bytes) {
+TEST_F(Repository, a_name_may_contain_any_bytes) {
     std::string const odd("a\0\n\xe4", 4);
     cRepositoryEntry *const entry = add(odd);
     EXPECT_EQ(cRepoImpl::find(list, odd), entry);
@@ -133,7 +133,7 @@ TEST_F(Repository, a_name_may_hold_any_bytes) {
     EXPECT_EQ(cRepoImpl::name(entry).size(), 4u);
 }
 
-TEST_F(Repository, find_cuts_a_name_at_its_first_colon) {
+TEST_F(Repository, find_ignores_a_name_from_its_first_colon_on) {
     cRepositoryEntry *const entry = add("a");
     EXPECT_EQ(cRepoImpl::find(list, "a:b"), entry);
     EXPECT_EQ(cRepoImpl::find(list, "a:"), entry);
@@ -142,7 +142,7 @@ TEST_F(Repository, find_cuts_a_name_at_its_first_colon) {
     EXPECT_EQ(cRepoImpl::find(list, "b:"), nullptr);
 }
 
-TEST_F(Repository, names_that_collide_are_told_apart) {
+TEST_F(Repository, names_with_equal_hashes_are_distinguished) {
     std::vector<std::string> const colliding = {"ABAB", "ABBc", "BcAB", "BcBc"};
     std::vector<cRepositoryEntry *> entries;
     for (auto const &name : colliding) {
@@ -156,7 +156,7 @@ TEST_F(Repository, names_that_collide_are_told_apart) {
     EXPECT_EQ(cRepoImpl::find(list, "ABABAB"), nullptr);
 }
 
-TEST_F(Repository, one_name_may_stand_in_lists_of_several_types) {
+TEST_F(Repository, one_name_may_be_in_lists_of_several_types) {
     cRepositoryList *const others = cRepoImpl::get(typeid(Other));
     cRepositoryEntry *const entry = add("a");
     cRepositoryEntry *const other =
@@ -176,7 +176,7 @@ TEST_F(Repository, release_of_an_entry_entered_for_another_type_is_refused) {
     cRepoImpl::release(stray);
     EXPECT_EQ(messages(), "error:inconsistent repository\n");
     EXPECT_EQ(cRepoImpl::find(list, "stray"), stray);
-    // in the list of its own type there is now an entry of that name, but another one
+    // the list of that type now has another entry with the name
     cRepositoryList *const others = cRepoImpl::get(typeid(Other));
     cRepositoryEntry *const same_name =
         cRepoImpl::create(others, "stray", nullptr, typeid(Other), typeid(Other), "");
@@ -186,14 +186,14 @@ TEST_F(Repository, release_of_an_entry_entered_for_another_type_is_refused) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(Repository, the_end_mark_is_not_released) {
+TEST_F(Repository, the_end_marker_cannot_be_released) {
     messages();
     cRepoImpl::release(cRepoImpl::end(list));
     EXPECT_EQ(messages(), "error:inconsistent repository\n");
     EXPECT_EQ(list->broken_rule(true), "");
 }
 
-TEST_F(Repository, a_copied_list_has_entries_of_its_own) {
+TEST_F(Repository, a_copied_list_has_its_own_entries) {
     int thing = 0;
     add("b", &thing);
     add("a");
@@ -207,7 +207,7 @@ TEST_F(Repository, a_copied_list_has_entries_of_its_own) {
     EXPECT_TRUE(cRepoImpl::type(entry) == typeid(Thing));
     EXPECT_TRUE(cRepoImpl::derivedtype(entry) == typeid(Derived));
     messages();
-    cRepoImpl::release(entry); // the list of its type holds another one
+    cRepoImpl::release(entry); // the list of its type has another entry with the name
     EXPECT_EQ(messages(), "error:inconsistent repository\n");
     EXPECT_EQ(copy.count(), 2u);
     add("c");
@@ -219,7 +219,7 @@ TEST_F(Repository, a_copied_list_has_entries_of_its_own) {
     EXPECT_EQ(copy.broken_rule(true), "");
 }
 
-TEST_F(Repository, a_copied_set_has_lists_of_its_own) {
+TEST_F(Repository, a_copied_set_has_its_own_lists) {
     add("a");
     cRepositories const copy(cGetRepositories());
     EXPECT_EQ(copy.count(), cGetRepositories().count());
@@ -231,7 +231,7 @@ TEST_F(Repository, a_copied_set_has_lists_of_its_own) {
     EXPECT_EQ(other.count(), cGetRepositories().count());
 }
 
-TEST_F(Repository, the_set_is_one_for_the_process_and_grows_with_new_types) {
+TEST_F(Repository, the_process_has_one_set_that_grows_with_new_types) {
     EXPECT_EQ(&cGetRepositories(), &cGetRepositories());
     struct Fresh {};
     auto const before = cGetRepositories().count();
@@ -241,7 +241,7 @@ TEST_F(Repository, the_set_is_one_for_the_process_and_grows_with_new_types) {
     EXPECT_EQ(cGetRepositories().count(), before + 1);
 }
 
-TEST_F(Repository, entry_77_keeps_97_cells_and_78_takes_197) {
+TEST_F(Repository, entry_77_keeps_97_cells_and_entry_78_grows_to_197) {
     struct Own {};
     FreshList<Own> const fresh;
     for (int i = 0; i < 77; ++i) fresh.add(i);
@@ -251,7 +251,7 @@ TEST_F(Repository, entry_77_keeps_97_cells_and_78_takes_197) {
     for (int i = 0; i < 78; ++i) EXPECT_EQ(cRepoImpl::name(fresh.find(i)), std::to_string(i));
 }
 
-TEST_F(Repository, a_list_of_changing_names_does_not_grow_and_stays_searchable) {
+TEST_F(Repository, adding_and_releasing_names_does_not_grow_a_list) {
     auto const size = list->size();
     for (int i = 0; i < 100000; ++i) {
         cRepositoryEntry *const entry = add(std::to_string(i));
@@ -271,16 +271,16 @@ TEST_F(Repository, ten_thousand_entries_are_all_found) {
     EXPECT_EQ(list->broken_rule(true), "");
 }
 
-TEST_F(Repository, which_copies_there_are) {
+TEST_F(Repository, lists_and_entries_are_copied_only_as_declared) {
     static_assert(!std::is_copy_constructible_v<cRepositoryEntry>);
     static_assert(!std::is_copy_assignable_v<cRepositoryEntry>);
-    static_assert(!std::is_destructible_v<cRepositoryEntry>); // only by release
+    static_assert(!std::is_destructible_v<cRepositoryEntry>); // only release destroys entries
     static_assert(std::is_copy_constructible_v<cRepositoryList>);
     static_assert(std::is_copy_assignable_v<cRepositories>);
     static_assert(!std::is_default_constructible_v<cRepoImpl>);
 }
 
-TEST_F(RepositoryEdge, creating_a_name_twice_gives_null_and_one_line) {
+TEST_F(RepositoryEdge, creating_a_name_twice_returns_null_and_prints_one_line) {
     int thing = 0;
     cRepositoryEntry *const first = add("a", &thing);
     messages();
@@ -295,7 +295,7 @@ TEST_F(RepositoryEdge, creating_a_name_twice_gives_null_and_one_line) {
     EXPECT_EQ(list->count(), 1u);
 }
 
-TEST_F(RepositoryEdge, a_name_with_a_colon_is_stored_whole_and_missed_by_find) {
+TEST_F(RepositoryEdge, a_name_with_a_colon_is_stored_completely_but_not_found) {
     cRepositoryEntry *const entry = add("a:b");
     EXPECT_EQ(cRepoImpl::name(entry), "a:b");
     EXPECT_EQ(cRepoImpl::find(list, "a:b"), nullptr);
@@ -310,7 +310,7 @@ TEST_F(RepositoryEdge, find_of_a_plain_name_loads_nothing) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(RepositoryEdge, find_does_not_cut_a_key_of_300_characters) {
+TEST_F(RepositoryEdge, find_does_not_truncate_a_key_of_300_characters) {
     std::string const key(300, 'k');
     cRepositoryEntry *const entry = add(key);
     EXPECT_EQ(cRepoImpl::find(list, key), entry);
@@ -331,7 +331,7 @@ TEST_F(RepositoryEdge, release_of_an_entry_whose_key_belongs_to_another_is_refus
     EXPECT_EQ(cRepoImpl::find(list, "a"), fresh);
 }
 
-TEST_F(RepositoryEdge, a_null_entry_is_unknown_and_its_pointer_is_null_again_each_time) {
+TEST_F(RepositoryEdge, a_null_entry_is_named_unknown_and_always_has_a_null_pointer) {
     EXPECT_EQ(cRepoImpl::name(nullptr), "unknown");
     int thing = 0;
     void *&slot = cRepoImpl::ptr(nullptr);
@@ -340,14 +340,15 @@ TEST_F(RepositoryEdge, a_null_entry_is_unknown_and_its_pointer_is_null_again_eac
     EXPECT_EQ(cRepoImpl::ptr(nullptr), nullptr);
 }
 
-TEST_F(RepositoryEdge, a_table_grows_above_80_percent_and_finds_every_key_past_erased_cells) {
+TEST_F(RepositoryEdge, a_table_grows_above_80_percent_and_finds_every_key_past_tombstones) {
     struct Own {};
     FreshList<Own> const fresh;
     for (int i = 0; i < 77; ++i) fresh.add(i);
     for (int i = 0; i < 77; i += 2) cRepoImpl::release(fresh.find(i));
     EXPECT_EQ(fresh.list->size(), 97u);
     for (int i = 0; i < 77; ++i) EXPECT_EQ(fresh.find(i) != nullptr, i % 2 == 1) << i;
-    for (int i = 100; i < 140; ++i) fresh.add(i); // 38 are left: the 78th is one of these
+    for (int i = 100; i < 140; ++i)
+        fresh.add(i); // 38 entries are left; one of these becomes the 78th
     EXPECT_EQ(fresh.list->size(), 197u);
     EXPECT_EQ(fresh.list->count(), 78u);
     for (int i = 0; i < 77; ++i) EXPECT_EQ(fresh.find(i) != nullptr, i % 2 == 1) << i;

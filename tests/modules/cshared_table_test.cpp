@@ -1,4 +1,4 @@
-// Counts of arbitrary pointers from the outside.
+// External reference counts of arbitrary pointers.
 
 #include "qrv/modules/crepository.h"
 
@@ -18,7 +18,7 @@ class SharedTable : public testing::Test {
 };
 class SharedTableEdge : public SharedTable {};
 
-TEST_F(SharedTable, each_pointer_has_a_count_of_its_own_that_starts_with_1) {
+TEST_F(SharedTable, each_pointer_has_its_own_count_that_starts_at_1) {
     cShared *const count_a = cGetShared(&a);
     cShared *const count_b = cGetShared(&b);
     EXPECT_NE(count_a, count_b);
@@ -57,7 +57,7 @@ TEST_F(SharedTable, putting_twice_or_without_a_table_does_nothing) {
     EXPECT_FALSE(cat::has_shared_table());
 }
 
-TEST_F(SharedTable, a_record_stays_in_place_while_others_come_and_go) {
+TEST_F(SharedTable, the_address_of_a_record_is_stable) {
     cShared *const count = cGetShared(&a);
     int many[100];
     for (int &n : many) cGetShared(&n);
@@ -79,7 +79,7 @@ TEST_F(SharedTableEdge, putting_an_unknown_pointer_deletes_the_table_only_when_i
     EXPECT_FALSE(cat::has_shared_table());
 }
 
-TEST_F(SharedTableEdge, getting_a_pointer_twice_gives_the_same_record) {
+TEST_F(SharedTableEdge, getting_a_pointer_twice_returns_the_same_record) {
     cShared *const count = cGetShared(&a);
     EXPECT_EQ(cGetShared(&a), count);
     EXPECT_EQ(count->refs(), 1u);

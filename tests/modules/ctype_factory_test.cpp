@@ -1,4 +1,5 @@
-// Types by name: known ones, and those that a factory in the repository makes when first asked for.
+// Types by name: known types, and types that a factory in the repository creates on the first
+// request.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cmodifier.h"
@@ -16,7 +17,8 @@
 
 namespace {
 
-// A factory that makes what the test says, entered under a name for as long as it lives.
+// A factory that creates the type that the test sets, entered under a name until the end of the
+// scope.
 class Factory : public cTypeCtor {
   public:
     Factory(std::string const &name, std::function<typeref()> what)
@@ -67,7 +69,7 @@ TEST_F(FindType, an_unknown_name_is_niltype_and_nothing_is_entered) {
     EXPECT_EQ(registered(), before_);
 }
 
-TEST_F(FindType, a_name_that_stands_for_another_value_is_niltype) {
+TEST_F(FindType, a_name_of_another_value_is_niltype) {
     Factory factory("number", [] { return new_type("number"); });
     cat::type_hash_ptr()->mapitem("number", make<cObjD<int>>(5));
     EXPECT_EQ(&cat::find_type("number"), &cat::type_nil());
@@ -75,18 +77,18 @@ TEST_F(FindType, a_name_that_stands_for_another_value_is_niltype) {
     forget("number");
 }
 
-TEST_F(FindType, a_factory_is_asked_once_and_its_type_registered) {
+TEST_F(FindType, a_factory_is_called_once_and_its_type_is_registered) {
     Factory factory("made", [] { return new_type("made"); });
     cTypeObj &type = cat::find_type("made");
     EXPECT_EQ(type.name(), "made");
     EXPECT_TRUE(type.is_type());
-    EXPECT_EQ(type.refs(), 1u); // the registry's
+    EXPECT_EQ(type.refs(), 1u); // the reference of the registry
     EXPECT_EQ(&cat::find_type("made"), &type);
     EXPECT_EQ(factory.calls, 1);
     forget("made");
 }
 
-TEST_F(FindType, a_type_of_another_name_gets_the_requested_one) {
+TEST_F(FindType, a_type_with_another_name_gets_the_requested_name) {
     Factory const factory("requested", [] { return new_type("its own name"); });
     cTypeObj &type = cat::find_type("requested");
     EXPECT_EQ(type.name(), "requested");
@@ -95,7 +97,7 @@ TEST_F(FindType, a_type_of_another_name_gets_the_requested_one) {
     forget("requested");
 }
 
-TEST_F(FindType, a_type_is_named_by_the_whole_requested_text) {
+TEST_F(FindType, a_type_is_named_by_the_whole_requested_string) {
     Factory factory("T", [] { return new_type("T"); });
     cTypeObj &type = cat::find_type("T:mod");
     EXPECT_EQ(type.name(), "T:mod");
@@ -109,14 +111,14 @@ TEST_F(FindType, a_type_is_named_by_the_whole_requested_text) {
     forget("T");
 }
 
-TEST_F(FindType, a_factory_that_makes_nothing_gives_niltype_each_time) {
+TEST_F(FindType, a_factory_that_creates_nothing_returns_niltype_each_time) {
     Factory factory("nothing", [] { return typeref(); });
     EXPECT_EQ(&cat::find_type("nothing"), &cat::type_nil());
     EXPECT_EQ(&cat::find_type("nothing"), &cat::type_nil());
     EXPECT_EQ(factory.calls, 2);
 }
 
-TEST_F(FindType, an_entry_without_a_factory_gives_niltype) {
+TEST_F(FindType, an_entry_without_a_factory_returns_niltype) {
     auto *const list = cRepoImpl::get(typeid(cTypeCtor));
     auto *const entry =
         cRepoImpl::create(list, "hollow", nullptr, typeid(cTypeCtor), typeid(cTypeCtor), "");
@@ -124,13 +126,13 @@ TEST_F(FindType, an_entry_without_a_factory_gives_niltype) {
     cRepoImpl::release(entry);
 }
 
-TEST_F(FindType, what_a_factory_throws_goes_through_and_leaves_nothing) {
+TEST_F(FindType, an_exception_of_a_factory_propagates_and_registers_nothing) {
     Factory const factory("thrown", []() -> typeref { throw std::runtime_error("no"); });
     EXPECT_THROW(cat::find_type("thrown"), std::runtime_error);
     EXPECT_FALSE(is_registered("thrown"));
 }
 
-TEST_F(FindType, a_factory_may_ask_for_other_types) {
+TEST_F(FindType, a_factory_may_request_other_types) {
     Factory const inner("inner", [] { return new_type("inner"); });
     Factory const outer("outer", [] {
         EXPECT_EQ(cat::find_type("inner").name(), "inner");
@@ -141,7 +143,7 @@ TEST_F(FindType, a_factory_may_ask_for_other_types) {
     forget("outer");
 }
 
-TEST_F(FindType, a_factory_that_registers_the_name_itself_ends_in_the_duplicate) {
+TEST_F(FindType, a_factory_that_registers_the_name_itself_causes_a_duplicate) {
     Factory const factory("twice", [] {
         cTypeInsert::insert(new_type("twice"), true);
         return new_type("twice");

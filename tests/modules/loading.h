@@ -1,6 +1,6 @@
 #pragma once
-// The fixture of tests that load modules: an empty working folder of their own, into which they put
-// modules under names as they like, the modules' events, and the repository as it was before.
+// The fixture of tests that load modules: its own empty working folder, into which a test copies
+// modules under any names, the events that modules log, and the repository restored at the end.
 
 #include "qrv/base/platform/cplatform.h"
 #include "tests/modules/shared/module.h"
@@ -31,8 +31,8 @@ class Loading : public testing::Test {
     }
     ~Loading() override {
         qrv_set_module_filter(nullptr);
-        EXPECT_EQ(names(modules()), names_before_) << "modules left behind";
-        EXPECT_EQ(names(things()), "") << "things left behind";
+        EXPECT_EQ(names(modules()), names_before_) << "modules were not released";
+        EXPECT_EQ(names(things()), "") << "things were not released";
         cRepoImpl::release(log_entry_);
         std::filesystem::current_path(cwd_);
         std::filesystem::remove_all(folder_);

@@ -1,7 +1,7 @@
-// If the library reports anything about a file, `check` prints an error and fails. This is tried
-// with the examples and with generated files, in which one token at a time is deleted or changed.
-// The tool replaces many of the library's reports by better ones. A report that it drops without
-// replacement loses the value in every command that writes.
+// If the library reports anything about a file, `check` prints an error and fails. This test uses
+// the examples and generated files, in which one token at a time is deleted or changed. The tool
+// replaces many of the library's reports by better ones. A report that it dropped without
+// replacement would lose the value in every command that writes.
 
 #include "tests/mutation/generated.h"
 #include "tests/mutation/spoilt.h"
@@ -29,7 +29,7 @@ class Mutation : public testing::Test {
         if (++silent_ <= 10) ADD_FAILURE() << why << ": " << what << "\n" << text;
     }
 
-    // A different token: one of the same text, or one that means something.
+    // A different token: one with the same text, or one that has a meaning.
     std::string other(std::vector<cToken> const &tokens, cToken const &token) {
         static std::vector<std::string> const words{
             "(", ")",   "{",       "}",       "[",      "]",        "<",      ">",    "=",
@@ -86,15 +86,15 @@ class Mutation : public testing::Test {
 };
 
 // The large example takes most of the time. Its two tests run in different shards.
-TEST_F(Mutation, each_token_of_the_large_example_deleted) {
+TEST_F(Mutation, check_reports_each_deleted_token_of_the_large_example) {
     for (std::string const &name : examples(true)) deleted(name, bytes_of(name));
 }
 
-TEST_F(Mutation, each_token_of_the_large_example_changed) {
+TEST_F(Mutation, check_reports_each_changed_token_of_the_large_example) {
     for (std::string const &name : examples(true)) changed(name, bytes_of(name));
 }
 
-TEST_F(Mutation, each_token_of_the_other_examples_deleted_and_changed) {
+TEST_F(Mutation, check_reports_each_deleted_or_changed_token_of_the_other_examples) {
     ASSERT_GT(examples(false).size(), 10U);
     for (std::string const &name : examples(false)) {
         deleted(name, bytes_of(name));
@@ -103,7 +103,7 @@ TEST_F(Mutation, each_token_of_the_other_examples_deleted_and_changed) {
     }
 }
 
-TEST_F(Mutation, one_token_of_generated_files_deleted_and_changed) {
+TEST_F(Mutation, check_reports_a_deleted_or_changed_token_of_generated_files) {
     for (int i = 0; i < 2000; ++i) {
         std::string const text = generated_file(chance_), name = "file " + std::to_string(i);
         ASSERT_FALSE(is_reported(text)) << name << "\n" << text;
@@ -115,7 +115,7 @@ TEST_F(Mutation, one_token_of_generated_files_deleted_and_changed) {
         expect_no_silence(name + ": " + token.text + " changed to " + by,
                           replaced(text, token, by));
         std::vector<size_t> brackets;
-        for (size_t k = 1; k < tokens.size(); ++k) // brackets 0 hold everything
+        for (size_t k = 1; k < tokens.size(); ++k) // bracket 0 encloses everything
             if (without_brackets(text, tokens, k) != text) brackets.push_back(k);
         if (brackets.empty()) continue;
         size_t const bracket = brackets[chance_() % brackets.size()];

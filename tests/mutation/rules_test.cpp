@@ -1,5 +1,5 @@
-// The rules drop errors that follow from others. An error that follows from none is reported at the
-// end.
+// The rules drop errors that follow from others. An error that follows from no other error is
+// reported at the end.
 
 #include "tests/support/fixture.h"
 
@@ -28,7 +28,7 @@ class LeftOut : public testing::Test {
         add(line, column, "Validate error in read of type: T", cat::ErrorKind::read_not_valid);
         add(line, column, "Cannot insert key =t", cat::ErrorKind::cannot_insert);
     }
-    std::string told() {
+    std::string reported() {
         rules_.tell_unexplained();
         std::string all;
         for (cat::ReadError const &error : report_.entries())
@@ -50,51 +50,51 @@ std::string const at_t = "3:4 Validate error in read of type: T\n",
                   at_u = "3:16 Validate error in read of type: T\n",
                   in_u = "3:21 Validate error in read of type: T\n";
 
-TEST_F(LeftOut, is_reported_once_for_each_value) {
+TEST_F(LeftOut, an_invalid_object_is_reported_once_for_each_value) {
     refuse(3, 4);
     refuse(3, 16);
     EXPECT_TRUE(report_.empty());
-    EXPECT_EQ(told(), at_t + at_u);
-    EXPECT_EQ(told(), at_t + at_u);
+    EXPECT_EQ(reported(), at_t + at_u);
+    EXPECT_EQ(reported(), at_t + at_u);
 }
 
-TEST_F(LeftOut, is_explained_by_an_error_inside) {
+TEST_F(LeftOut, an_error_inside_the_object_explains_it) {
     add(3, 9, "inside");
     refuse(3, 4);
-    EXPECT_EQ(told(), "3:9 inside\n");
+    EXPECT_EQ(reported(), "3:9 inside\n");
 }
 
-TEST_F(LeftOut, is_not_explained_by_an_error_before) {
+TEST_F(LeftOut, an_error_before_the_object_does_not_explain_it) {
     add(3, 9, "inside");
     refuse(3, 16);
-    EXPECT_EQ(told(), "3:9 inside\n" + at_u);
+    EXPECT_EQ(reported(), "3:9 inside\n" + at_u);
 }
 
-TEST_F(LeftOut, is_explained_by_another_one_inside) {
+TEST_F(LeftOut, another_invalid_object_inside_explains_it) {
     refuse(3, 21);
     refuse(3, 16);
-    EXPECT_EQ(told(), in_u);
+    EXPECT_EQ(reported(), in_u);
 }
 
-TEST_F(LeftOut, is_explained_by_an_error_in_the_declaration_of_its_type) {
+TEST_F(LeftOut, an_error_in_the_declaration_of_its_type_explains_it) {
     add(1, 34, "the last place in it");
     refuse(3, 4);
-    EXPECT_EQ(told(), "1:34 the last place in it\n");
+    EXPECT_EQ(reported(), "1:34 the last place in it\n");
 }
 
-TEST_F(LeftOut, is_not_explained_by_an_error_in_another_declaration) {
+TEST_F(LeftOut, an_error_in_another_declaration_does_not_explain_it) {
     add(2, 1, "the first place in it");
     refuse(3, 4);
     refuse(3, 16);
-    EXPECT_EQ(told(), "2:1 the first place in it\n" + at_t);
+    EXPECT_EQ(reported(), "2:1 the first place in it\n" + at_t);
 }
 
-TEST_F(LeftOut, is_reported_up_to_the_limit) {
+TEST_F(LeftOut, an_invalid_object_is_reported_up_to_the_limit) {
     add(2, 2, "one");
     add(2, 3, "two");
     refuse(3, 4);
     refuse(3, 21);
-    EXPECT_EQ(told(), "2:2 one\n2:3 two\n" + at_t);
+    EXPECT_EQ(reported(), "2:2 one\n2:3 two\n" + at_t);
     EXPECT_EQ(report_.dropped(), 0U); // beyond the limit it may follow from a dropped error
 }
 

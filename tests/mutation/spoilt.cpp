@@ -31,7 +31,8 @@ class cCommentScan : public cAttrScan { // reads as the tool does
     explicit cCommentScan(std::istream &is) : cAttrScan(is, false) { return_com(true); }
 };
 
-// Runs the work in a copy of this process. Returns its result (0 to 127), or -1 if the copy died.
+// Runs the work in a copy of this process. Returns its result (0 to 127), or -1 if the copy was
+// killed.
 int in_copy(std::function<int()> const &work) {
     pid_t const copy = ::fork();
     if (copy < 0) throw std::runtime_error("fork failed");

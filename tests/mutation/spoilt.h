@@ -1,6 +1,7 @@
 #pragma once
-// Changes single tokens of a text and compares what the library and the tool report. Each reading
-// runs in a forked copy of the test process, since a declared type lives as long as its process.
+// Changes single tokens of text and compares the reports of the library and the tool. Each
+// reading runs in a forked copy of the test process, since a declared type lives as long as its
+// process.
 
 #include <cstddef>
 #include <string>
@@ -13,7 +14,7 @@ struct cToken {
     std::string text;
 };
 
-// The tokens of a text, without blanks and comments.
+// The tokens of text, without blanks and comments.
 std::vector<cToken> tokens_of(std::string const &text);
 
 // The text with the token replaced. An empty `by` deletes the token.
@@ -29,12 +30,12 @@ bool is_reported(std::string const &text);
 
 // The result of the tool's `check` on a file with this text.
 struct cChecked {
-    int status = -1;        // -1: the process died
+    int status = -1;        // -1: the process was killed
     bool has_error = false; // it printed "error: "
 };
 cChecked checked(std::string const &text);
 
-// Describes how `check` fails to report what the library reports; empty if all is well.
+// Describes how `check` fails to report what the library reports; empty if it reports everything.
 std::string silence(std::string const &text);
 
 } // namespace mutation_test

@@ -1,4 +1,4 @@
-// A file of its own: where g++ sees both, it warns of what new and delete do here.
+// A separate file, because g++ warns of these operators where it sees both new and delete.
 #include "tests/no_memory/allocations.h"
 
 #include <cstdlib>
@@ -19,7 +19,7 @@ void *operator new(std::size_t size) {
     }
 }
 void *operator new(std::size_t size, std::nothrow_t const &) noexcept {
-    return operator new(size); // the handler of the tool does not return
+    return operator new(size); // the tool's handler does not return
 }
 void operator delete(void *memory) noexcept { std::free(memory); }
 void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }

@@ -1,8 +1,8 @@
-// Every command when memory runs out, at one allocation after another: it exits with 2 and one
-// message, prints nothing else, and a file that it writes is the old one or the new one.
+// Every command when memory runs out, at one allocation after another: it exits with status 2 and
+// one message, prints nothing else, and a file that it writes is the old one or the new one.
 //
-// QRV_ALLOCATIONS is how many allocations of each command are tried; without it few are.
-// Each run is in a copy of the process.
+// QRV_ALLOCATIONS is the number of failing allocations tried for each command; by default it is
+// small. Each run is in a copy of the process.
 
 #include "tests/no_memory/allocations.h"
 #include "tests/support/fixture.h"
@@ -33,7 +33,7 @@ class NoMemory : public tool_test::Tool {
         write("j", R"({"a": [1, 2.5, null, "a string that is not short"], "b": {"c": true}})");
     }
 
-    // Runs the command, with so many allocations. Those that are left come back.
+    // Runs the command with this number of allocations, and reports how many were left.
     cRun run_with(long &allocations, std::vector<char const *> arguments) const {
         test::cMemory const out(""), err(""), left("");
         arguments.insert(arguments.begin(), "qrv");
@@ -64,7 +64,7 @@ class NoMemory : public tool_test::Tool {
         return given ? std::atol(given) : test::sanitized ? 5 : 25;
     }
 
-    // `written`: the file that the command replaces. `files`: those that the message may name.
+    // `written` is the file that the command replaces; `files` are those that the message may name.
     void sweep(std::vector<char const *> const &arguments, std::vector<std::string> const &files,
                char const *written = nullptr) const {
         std::string const old = written ? read(written) : "";
@@ -95,7 +95,7 @@ class NoMemory : public tool_test::Tool {
     }
 };
 
-TEST_F(NoMemory, ends_reading) {
+TEST_F(NoMemory, running_out_ends_reading) {
     sweep({"check", "f"}, {"f"});
     sweep({"check", "broken"}, {"broken"});
     sweep({"get", "f", "c/d"}, {"f"});
@@ -107,15 +107,15 @@ TEST_F(NoMemory, ends_reading) {
     sweep({"types", "f"}, {"f"});
 }
 
-TEST_F(NoMemory, ends_the_list_of_types_in_its_process) { sweep({"types"}, {}); }
+TEST_F(NoMemory, running_out_ends_the_worker_process_of_the_type_list) { sweep({"types"}, {}); }
 
-TEST_F(NoMemory, ends_the_work_of_modules_in_its_process) {
+TEST_F(NoMemory, running_out_ends_the_worker_process_of_modules) {
     std::string const module = test::binary_file("bin/modules/colour");
     sweep({"--module", module.c_str(), "check", "f"}, {"f"});
     sweep({"--module", module.c_str(), "fmt", "-i", "f"}, {"f"}, "f");
 }
 
-TEST_F(NoMemory, ends_writing) {
+TEST_F(NoMemory, running_out_ends_writing) {
     sweep({"fmt", "f"}, {"f"});
     sweep({"fmt", "--canonical", "f"}, {"f"});
     sweep({"fmt", "--diff", "f"}, {"f"});
@@ -125,7 +125,7 @@ TEST_F(NoMemory, ends_writing) {
     sweep({"from-json", "j"}, {"j"});
 }
 
-TEST_F(NoMemory, leaves_a_file_old_or_new) {
+TEST_F(NoMemory, running_out_leaves_the_old_or_the_new_file) {
     sweep({"fmt", "-i", "f"}, {"f"}, "f");
     write("f", "// one\n{a= 1; // two\n b= [1, 2]}\n");
     sweep({"set", "-i", "f", "b/0 = 7; c = word"}, {"f"}, "f");

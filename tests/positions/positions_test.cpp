@@ -1,6 +1,6 @@
-// Where `check` reports the first error of a file in which one token was deleted, doubled or
-// changed, and how many it prints. All in one process; QRV_POSITIONS=1 takes every token of the
-// examples and 2,000 generated files, otherwise a sample.
+// The position at which `check` reports the first error of a file in which one token was deleted,
+// doubled or changed, and the number of errors. All in one process. QRV_POSITIONS=1 tests every
+// token of the examples and 2,000 generated files, otherwise a sample.
 
 #include "tests/mutation/generated.h"
 #include "tests/mutation/spoilt.h"
@@ -36,12 +36,15 @@ bool is_opening(cToken const &token) { return is_any(token.text, "({[<"); }
 bool is_closing(cToken const &token) { return is_any(token.text, ")}]>"); }
 bool is_delimiter(cToken const &token) { return is_any(token.text, ";,"); }
 
-// What surrounds each token: its entry, from its first token to its last, and the open brackets.
+// The surroundings of each token: its entry, from its first token to its last, and the open
+// brackets.
 struct cAround {
     size_t begin = 0, end = 0; // offsets
-    std::vector<size_t> open;  // offsets of brackets, also of a closing bracket's own one
-    size_t bracket = 0;        // the innermost one
-    size_t type = 0;           // before the innermost one: errors about a whole value are there
+    std::vector<size_t>
+        open;           // the offsets of open brackets, for a closing bracket including its partner
+    size_t bracket = 0; // the innermost open bracket
+    size_t type =
+        0; // the type before the innermost bracket: errors about a whole value are reported there
 };
 
 class cEntries {
@@ -55,7 +58,7 @@ class cEntries {
             if (depth == 0 && (is_opening(before) || is_delimiter(before))) break;
             depth += is_closing(before) ? 1 : is_opening(before) ? -1 : 0;
         }
-        // A delimiter and a closing bracket also part the next entry from this one.
+        // A delimiter and a closing bracket also separate the next entry from this one.
         int more = is_delimiter(tokens_[index]) || is_closing(tokens_[index]) ? 1 : 0;
         for (int depth = 0; last + 1 < tokens_.size(); ++last) {
             cToken const &token = tokens_[last];
@@ -76,7 +79,7 @@ class cEntries {
             if (tokens_[i].offset == innermost) around.type = type;
             if (tokens_[i].text == "(" &&
                 std::find(brackets.begin(), brackets.end(), tokens_[i].offset) != brackets.end())
-                around.open.push_back(type); // a typed value is reported at its type
+                around.open.push_back(type); // errors in a typed value are reported at its type
         }
         return around;
     }
@@ -124,8 +127,8 @@ class Positions : public testing::Test {
 
     static bool is_thorough() { return std::getenv("QRV_POSITIONS") != nullptr; }
 
-    // Is the diagnostic, or one of its notes, in the changed entry or at a bracket around it? What
-    // breaks a rule of a declaration may name the changed declaration instead.
+    // Is the diagnostic, or one of its notes, in the changed entry or at a bracket around it? A
+    // value that violates a declaration may be reported at the changed declaration instead.
     static bool is_at(cDiagnostic const &found, cLines const &lines, cAround const &around,
                       size_t end, bool is_bracket) {
         auto const is_near = [&](cPlace place) {
@@ -208,7 +211,7 @@ class Positions : public testing::Test {
     cFigures figures_;
 };
 
-TEST_F(Positions, of_the_examples) {
+TEST_F(Positions, errors_of_the_examples_are_reported_near_the_change) {
     std::vector<std::string> paths;
     for (auto const &file : std::filesystem::directory_iterator(test::source_file("examples")))
         if (file.path().extension() == ".attr") paths.push_back(file.path().string());
@@ -221,7 +224,7 @@ TEST_F(Positions, of_the_examples) {
     }
 }
 
-TEST_F(Positions, of_generated_files) {
+TEST_F(Positions, errors_of_generated_files_are_reported_near_the_change) {
     for (int i = 0; i < (is_thorough() ? 2000 : 15); ++i)
         spoil(mutation_test::generated_file(chance_), 40);
 }

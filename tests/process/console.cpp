@@ -1,5 +1,5 @@
-// cat::use_console(): all that a program prints from the call on is on descriptor 1, to the last
-// static object, on a terminal line by line.
+// cat::use_console(): from this call on, all output of a program goes to descriptor 1, up to the
+// last static object, and on a terminal line by line.
 
 #include "process.h"
 #include "qrv/diagnostics/cconsole.h"
@@ -71,7 +71,7 @@ int child(std::string const &what) {
     return 0;
 }
 
-// The child on a terminal: what is there after each step.
+// The child process on a terminal: the output after each step.
 int terminal_child() {
     cat::use_console();
     std::cout << "first line\nsecond ";
@@ -91,7 +91,7 @@ int terminal_child() {
     return 0;
 }
 
-// Runs this program on a terminal of its own; the terminal's CR LF as LF.
+// Runs this program on a separate terminal, and converts the terminal's CR LF to LF.
 std::string on_a_terminal() {
     int const control = ::posix_openpt(O_RDWR | O_NOCTTY);
     if (control < 0 || ::grantpt(control) != 0 || ::unlockpt(control) != 0) return "no terminal";

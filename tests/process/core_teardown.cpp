@@ -1,6 +1,6 @@
 // The core at the end of a process: static objects of a program that hold types, constants and
-// maps, objects that look at everything when they die, wherever the library kept them, and code
-// that uses the core after it has gone and so makes it anew.
+// maps; objects in every place where the library stores objects, which use everything in their
+// destructors; and code that uses the core after its destruction, which creates it again.
 
 #include "process.h"
 #include "qrv/containers/cattr.h"
@@ -28,7 +28,7 @@ namespace {
 
 bool set_true(cObj &flag) { return static_cast<cObjDR<bool> &>(flag).val() = true; }
 
-// Uses every accessor, makes, reads and writes objects, raises an error.
+// Uses every accessor; creates, reads and writes objects; raises an error.
 void look_around(char const *who) {
     objref const map = make<cMapObj>();
     map->setattr(own_key(std::string("k")), cat::of(1));
@@ -101,7 +101,7 @@ cAttr attr = map["a"];
 cObjModifier *modifier = nullptr;
 cTypeModifier const type_modifier(cat::type_int(), "teardown", cat::of(1));
 
-// What a program drops when the core has gone.
+// Objects that a program destroys after the core is destroyed.
 struct cLate {
     objref map;
     objref type;
@@ -111,12 +111,12 @@ struct cLate {
     cIterObj iterator;
     cTypeInsert insert;
     objref choice;   // the last owner of its type
-    objref follower; // of the map above, which goes first
-    objref object;   // looks around, so that the core is made once more
+    objref follower; // of the map above, which is destroyed first
+    objref object;   // uses the library in its destructor, so that the core is created once more
 };
-cLate *late = nullptr; // never deleted by the end of static objects
+cLate *late = nullptr; // not deleted by the destruction of static objects
 
-// Called when the core has gone: registered before the library starts.
+// Called after the core is destroyed: registered before the library starts.
 void tell_endless();
 bool endless();
 
@@ -138,13 +138,13 @@ void statics() {
     map["b"] = cat::btrue();
     map["self"] = objref::share(&cat::dbase());
     choice_type()["choices"] = objref::share(&map);
-    if (choice.key_as_string() != "") say("[a key]"); // it was undefined
+    if (choice.key_as_string() != "") say("[a key]"); // the key was undefined
     map.changed();
     modifier = new cObjModifier(attr, cat::of(2));
     delete modifier;
 }
 
-// Where the library keeps what a program gave it.
+// The places where the library stores objects that a program gave it.
 void everywhere() {
     cat::dbase()["x"] = curious("dbase");
     cat::gmmap()["x"] = curious("gmmap");
@@ -176,7 +176,7 @@ class cStubborn : public cObjD<int> {
     int left_;
 };
 
-// Puts as many new ones as it says wherever the library keeps what programs gave it.
+// Creates this number of new objects in every place where the library stores objects of programs.
 class cEndless : public cObjD<int> {
   public:
     explicit cEndless(int copies) : cObjD<int>(copies) {}
@@ -198,7 +198,7 @@ class cEndless : public cObjD<int> {
 
 bool endless() { return cEndless::destroyed > 0; }
 
-// After the tear-down: what did not end is left, and can still be looked at.
+// After the tear-down: objects that were not destroyed still exist and can be used.
 void tell_endless() {
     say(cEndless::destroyed >= 100 ? "[many]" : "[few]");
     say(cat::dbase().size() > 0 ? "[left]" : "[nothing left]");

@@ -1,5 +1,5 @@
-// Declared types and their values in static objects: they are written, and more is read, while
-// statics die, and go after that without a complaint of a sanitizer.
+// Declared types and their values in static objects: they are written and read while static objects
+// are destroyed, and are destroyed later without a report of a sanitizer.
 
 #include "process.h"
 #include "qrv/containers/cchoiceval.h"
@@ -29,12 +29,12 @@ std::string written(objref const &value, char const *path) {
     return cat::as_text(value->getattrp(path));
 }
 
-objref early; // goes last: only held
+objref early; // destroyed last: only held
 typeref type_of_early;
 
-// Uses its value in its destructor, and takes the types away there.
+// Uses its value in its destructor, and removes the types there.
 struct cUser {
-    cUser() { cat::nil(); } // the core goes later than this
+    cUser() { cat::nil(); } // the core is destroyed after this object
     cUser(cUser const &) = delete;
     cUser &operator=(cUser const &) = delete;
     ~cUser() {
@@ -42,7 +42,8 @@ struct cUser {
         CHECK(written(value, "v") == "C(b)");
         objref const more = read("{ C= choice({b= 3; }); z= T(x= C(b)); }");
         CHECK(written(more, "z/x") == "C(b)");
-        CHECK(written(value, "p/x") == "C(b)"); // it followed: its choice is gone
+        CHECK(written(value, "p/x") ==
+              "C(b)"); // it has the replaced choice, since its own was replaced
         for (char const *name : {"C", "T"}) cat::type_hash_ptr()->delitem(name);
         CHECK(written(value, "v") == "C(b)"); // a choice keeps its type
         value = nullptr;

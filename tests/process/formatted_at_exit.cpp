@@ -1,6 +1,6 @@
-// Numbers with a format in static objects: the type is made by the first, they are used while
-// statics die, and some outlive the library's core or stand where only its tear-down finds them,
-// without a complaint of a sanitizer.
+// Numbers with a format in static objects: the first one creates the type, they are used while
+// static objects are destroyed, and some outlive the library's core or are stored where only its
+// tear-down finds them. No sanitizer reports anything.
 
 #include "process.h"
 #include "qrv/containers/cmapobj.h"
@@ -11,12 +11,12 @@
 
 namespace {
 
-objref early = make<cIntValF>(31, cIntFormat::fmtHEX); // goes last: only held
+objref early = make<cIntValF>(31, cIntFormat::fmtHEX); // destroyed last: only held
 int number = 8;
-cIntRefF by_value(number, cIntFormat::fmtOct); // goes late too
+cIntRefF by_value(number, cIntFormat::fmtOct); // destroyed late, too
 
 struct cUser {
-    cUser() { cat::nil(); } // the core goes later than this
+    cUser() { cat::nil(); } // the core is destroyed after this object
     cUser(cUser const &) = delete;
     cUser &operator=(cUser const &) = delete;
     ~cUser() {

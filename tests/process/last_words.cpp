@@ -1,5 +1,5 @@
-// What a program without an idle moment has printed: it comes on descriptor 2 when the process
-// ends, without what the library says about itself.
+// The output of a program without an idle moment: it appears on descriptor 2 when the process ends,
+// without the library's own start message.
 
 #include "process.h"
 #include "qrv/base/platform/cplatform.h"
@@ -97,15 +97,15 @@ int main(int argc, char **argv) {
     CHECK(at_once.status == 4);
     CHECK_TEXT(at_once.output, "");
 
-    // A program with an idle moment has its listeners, or none.
+    // A program with an idle moment has its own listeners, or none.
     CHECK_TEXT(run_self("idle").output, "");
     CHECK_TEXT(run_self("idle after it").output, "");
 
     cResult const throwing = run_self("throws");
     CHECK(throwing.status == -1);
-    std::string const told = printed + "terminate called after throwing an instance of "
-                                       "'std::runtime_error'\n  what():  nobody catches this\n";
-    CHECK_TEXT(throwing.output, told);
+    std::string const reported = printed + "terminate called after throwing an instance of "
+                                           "'std::runtime_error'\n  what():  nobody catches this\n";
+    CHECK_TEXT(throwing.output, reported);
     CHECK_TEXT(run_self("terminates").output,
                printed + "terminate called without an active exception\n");
     CHECK_TEXT(run_self("idle, terminates").output,

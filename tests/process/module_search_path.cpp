@@ -1,5 +1,5 @@
-// A bare name is looked for first where the system looks for shared objects: the folders of
-// LD_LIBRARY_PATH here, which the system reads when a process starts.
+// A bare name is searched first where the system searches shared objects: here in the folders of
+// LD_LIBRARY_PATH, which the system reads when a process starts.
 
 #include "process.h"
 #include "qrv/base/csignal.h"
@@ -30,7 +30,7 @@ std::string loaded_thing() {
 } // namespace
 
 int main(int count, char **) {
-    if (count > 1) { // in the folder of the test
+    if (count > 1) { // run in the folder of the test
         say(loaded_thing());
         return 0;
     }

@@ -1,4 +1,4 @@
-// Modules that are still loaded when the process ends, of every kind; static objects of the program
+// Modules of every kind that are still loaded when the process ends; static objects of the program
 // that use modules; types of a module that lives as long as the process.
 
 #include "process.h"
@@ -13,7 +13,7 @@
 
 namespace {
 
-// Goes after everything below: what the modules do at the end is looked at here.
+// Destroyed after everything below, and checks the events of the modules at the end.
 struct LastWords {
     LastWords() = default;
     LastWords(LastWords const &) = delete;
@@ -28,7 +28,7 @@ LastWords const last_words;
 cModule own("the program's own", "", false);
 cModuleUse const use_of_own(own);
 cModuleUse const use_of_main(cGetMainModule());
-std::unique_ptr<cModuleUse> use_of_loaded; // goes while the file is still there
+std::unique_ptr<cModuleUse> use_of_loaded; // destroyed while the file is still loaded
 
 EventLog event_log;
 cRepositoryEntry *log_entry = nullptr;

@@ -1,5 +1,5 @@
-// A persistent map of static life is saved at the end of the process, after main, with the library
-// still whole; also when exit() is called, and with the damaged file kept.
+// A static persistent map is saved at the end of the process, after main, while the library is
+// still complete; also when exit() is called, and when the damaged file is preserved.
 
 #include "process.h"
 #include "qrv/containers/cattr.h"
@@ -26,7 +26,7 @@ std::string saved(char const *entries) {
            entries;
 }
 
-// A child's first argument has no folder, so its file lies where it works.
+// A child's first argument has no folder, so its file is in the working folder.
 int child(char const *how) {
     int runs = 0;
     cat::int_of(static_map.busmap()["runs"], runs);

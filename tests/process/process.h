@@ -1,7 +1,7 @@
 #pragma once
-// For process tests: checks that tell where they failed, and the program run again in a fresh
-// process with its output read. Descriptors 1 and 2 stay free for that: what is printed through the
-// library's streams doesn't reach them unless a test connects it.
+// For process tests: checks that print where they failed, and a function that runs the program
+// again in a fresh process and reads its output. Descriptors 1 and 2 are reserved for this: output
+// through the library's streams doesn't reach them unless a test connects it.
 
 #include <cstdio>
 #include <cstdlib>
@@ -37,14 +37,14 @@ inline std::string read_all(int descriptor) {
     return text;
 }
 
-// What a process left behind. `status` is its exit code, or -1 when a signal ended it.
+// The result of a process. `status` is its exit code, or -1 if a signal ended it.
 struct cResult {
     int status = -1;
-    std::string output; // descriptor 1
+    std::string output; // the output on descriptor 1
 };
 
-// Runs this program again with one argument. Descriptor 2 stays as it is, so that the reports of
-// sanitizers are seen.
+// Runs this program again with one argument. Descriptor 2 is inherited, so that reports of
+// sanitizers are visible.
 inline cResult run_self(char const *argument,
                         std::vector<std::pair<std::string, std::string>> const &environment = {}) {
     cResult result;
@@ -68,7 +68,7 @@ inline cResult run_self(char const *argument,
     return result;
 }
 
-// Writes to descriptor 1, past all streams.
+// Writes to descriptor 1 directly, without any stream.
 inline void say(std::string const &text) {
     if (::write(1, text.data(), text.size()) < 0) ::_exit(126);
 }

@@ -1,5 +1,5 @@
-// Objects of types that have left their scope, in static objects: they are used while statics are
-// destroyed, and the last one goes with its type after the core.
+// Objects of types that have left their scope, in static objects: they are used while static
+// objects are destroyed, and the last one is destroyed with its type after the core.
 
 #include "process.h"
 #include "qrv/containers/cchoiceval.h"
@@ -17,11 +17,11 @@ char const *const text = "{ C= choice({a= 1; b= 2; }); N= attlist(x= attspec(def
                          "N= attlist(n= attspec(type= N; flag= #IMPLIED); x= attspec(default= 1)); "
                          "v= C(b); p= N(n= N(x= 2)); }";
 
-objref early, early_choice; // go last: only held
+objref early, early_choice; // destroyed last: only held
 
 // Uses its value in its destructor, where another scope begins and ends.
 struct cUser {
-    cUser() { cat::nil(); } // the core goes later than this
+    cUser() { cat::nil(); } // the core is destroyed after this object
     cUser(cUser const &) = delete;
     cUser &operator=(cUser const &) = delete;
     ~cUser() {

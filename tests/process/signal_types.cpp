@@ -1,6 +1,6 @@
-// The types of signals and slots are made when they are first asked for, and a program that has
-// taken one of their names keeps it. Returns the number of the check that failed, 0 when all is
-// well.
+// The types of signals and slots are created on their first use, and a program that has used one of
+// their names before keeps its own type. Returns the number of the failed check, or 0 if all
+// succeed.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csignalobj.h"
@@ -17,7 +17,7 @@ int first_use() {
     if (obj->changed_signal() || registered("cSignal")) return 1;
     auto const before = cObjBase::ob_count();
     cTypeObj const &type = cat::type_signal();
-    if (cObjBase::ob_count() != before) return 2; // the library's own, off the census
+    if (cObjBase::ob_count() != before) return 2; // the library's own type, which is not counted
     if (!registered("cSignal") || &type != &cat::find_type("cSignal")) return 3;
     if (registered("cSignal1") || registered("cSigInfo") || registered("objslot1")) return 4;
     obj->force_changed_signal();
@@ -38,7 +38,7 @@ int taken_name() {
     return target->has_ommap() ? 0 : 8;
 }
 
-// A type that a program takes out of the registry is still the library's.
+// A type that a program removes from the registry is still the library's type.
 int removed_type() {
     cTypeObj const &type = cat::type_signal1();
     cat::typemap().datamap().delitem("cSignal1");

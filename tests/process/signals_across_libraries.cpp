@@ -1,8 +1,7 @@
-// Signals, slots and repository entries of a program on the shared library: a slot type that only
-// the program knows is recognised by the library's signals and the other way round, and static
-// objects of the program that are connected to the library's signals, or stand in its repository,
-// come and go cleanly whatever the order. Returns the number of the check that failed, 0 when all
-// is well.
+// Signals, slots and repository entries of a program with the shared library: the library's signals
+// accept a slot type that only the program knows, and vice versa; static objects of the program
+// that are connected to the library's signals, or are in its repository, are created and destroyed
+// in any order without a fault. Returns the number of the failed check, or 0 if all succeed.
 
 #include "qrv/base/csignal.h"
 #include "qrv/modules/crepository.h"
@@ -15,7 +14,7 @@ namespace {
 
 std::string calls;
 
-// Goes after everything below.
+// Destroyed after everything below.
 struct LastWords {
     LastWords() = default;
     LastWords(LastWords const &) = delete;
@@ -37,7 +36,7 @@ struct Listener {
 
 Listener listener;
 
-// Connected while the program starts; still connected when it ends.
+// Connected while the program starts, and still connected when it ends.
 cSlot<Listener> static_slot(&listener, &Listener::idle, sig_idle);
 cSignal static_signal;
 cDeleteSignal static_end(static_slot); // fires when the program ends
@@ -79,14 +78,14 @@ int main() {
     sig_closetemplates(on);
     if (!on || taken() != "flag;") return 2;
 
-    // A signal that the library has compiled, with targets of types that it has never seen.
+    // A signal compiled in the library, with targets of types that the library does not know.
     cSignal1<char const *> const text;
     cSlot<Listener> const plain(&listener, &Listener::idle, text);
     cSlot1<Listener, char const *> const with_text(&listener, &Listener::text, text);
     text("x");
     if (taken() != "idle;x;") return 3;
 
-    // A signal that the program has compiled, with a signal of the library's code as target.
+    // A signal compiled in the program, with a signal of the library as target.
     cSignal1<std::string const &> const own;
     cSignal const forward(plain);
     own.connect(forward);
@@ -98,7 +97,7 @@ int main() {
     info("%d%s", 1, "z");
     if (taken() != "idle;1z;") return 5;
 
-    // What a slot of the program throws comes back through the library.
+    // An exception of the program's slot propagates through the library.
     struct Thrower {
         void run() { throw std::runtime_error("run"); }
     } thrower;

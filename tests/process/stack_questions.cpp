@@ -1,5 +1,5 @@
-// The stack's base is above everything that a program has on it, from before main to its deepest
-// frames, on the library as programs load it.
+// The stack's base is above all local variables of a program, from before main to its deepest
+// frames, with the shared library.
 
 #include "process.h"
 #include "qrv/util/cutil.h"
@@ -11,7 +11,7 @@ namespace {
 
 int static_number = 0;
 
-// Asked while the program's static objects are made, ahead of main.
+// Called while the program's static objects are created, before main.
 struct cEarly {
     cEarly() : local_found(ask()) {}
     static bool ask() {
@@ -30,8 +30,8 @@ __attribute__((noinline)) int found(int depth, void const *of_main) {
     return here + (depth > 1 ? found(depth - 1, of_main) : 0);
 }
 
-// Of a thread of its own nothing is on the loading thread's stack; asked from there the answers are
-// worth nothing, but the base is the same.
+// No variable of another thread is on the loading thread's stack. Results of calls from there are
+// meaningless, but the base is the same.
 void check_other_thread() {
     void const *base = nullptr;
     std::thread([&base] { base = cGetStackBase(); }).join();
@@ -48,7 +48,7 @@ int main(int, char **argv) {
     CHECK(cGetStackBase() == early_base);
     CHECK(cIsOnStack(&local));
     CHECK(cIsOnStack(&argv));
-    CHECK(cIsOnStack(argv)); // what the system put there for main
+    CHECK(cIsOnStack(argv)); // the system put them there before main
     CHECK(!cIsOnStack(&static_number));
     CHECK(!cIsOnStack(&of_main));
     CHECK(!cIsOnStack(allocated.get()));

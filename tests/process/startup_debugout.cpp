@@ -1,5 +1,6 @@
-// Debug output is switched on by the environment: to a file that is appended to, or to the standard
-// error descriptor; without it, and where the file can't be opened, it goes nowhere.
+// An environment variable switches debug output on: to a file, to which it is appended, or to the
+// standard error descriptor. Without the variable, or if the file can't be opened, the output is
+// dropped.
 
 #include "process.h"
 #include "qrv/base/platform/cplatform.h"

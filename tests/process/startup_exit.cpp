@@ -1,5 +1,5 @@
-// The end of a process: the program's static objects go first, then the library says goodbye while
-// the message route still stands, and what comes after that is lost without harm.
+// The end of a process: the program's static objects are destroyed first, then the library prints
+// its last message while the message route still exists; later output is lost without harm.
 
 #include "process.h"
 #include "qrv/base/platform/cplatform.h"
@@ -17,7 +17,7 @@ std::string const trace_file = "startup_exit.trace";
 
 void show(char const *text) { say(text); }
 
-// Never destroyed, so it still listens when the library goes.
+// Never destroyed, so it still listens when the library is destroyed.
 cFunctionSlot1<char const *, void (*)(char const *)> *last_listener = nullptr;
 
 struct cLate {
@@ -28,8 +28,8 @@ struct cLate {
 
 bool live_on = false;
 
-// Runs when all static objects of the program and the library are gone: what is registered before
-// the first library starts, and belongs to none, is called last.
+// Runs after all static objects of the program and the library are destroyed: a function registered
+// before the library starts is called last.
 void after_the_end(void *) {
     if (!live_on) return;
     say("[after the end]");

@@ -1,5 +1,5 @@
-// The order of start-up: what can be seen of it from outside, and the order of the text of the
-// file that is the start-up.
+// The order of start-up: its visible effects, and the order of the definitions in the source file
+// of the start-up.
 
 #include "process.h"
 #include "qrv/core/ceros.h"
@@ -18,7 +18,7 @@ std::string first_text;
 
 void keep(char const *text) { first_text += text; }
 
-// All that this looks at was made before the program's own static objects.
+// Everything checked here was created before the program's own static objects.
 struct cFirst {
     cFirst()
         : streams_led(std::cout.rdbuf() == &cOutSigStreambuf &&
@@ -53,8 +53,8 @@ void check_first() {
     CHECK(debugout.isconnected());
 }
 
-// Each object, or the place kept for it, stands in the file behind the one before it, once the
-// order has begun.
+// Each object, or the storage reserved for it, is defined in the file after the one before it, from
+// the beginning of the order on.
 void check_text_order() {
     std::ifstream file(test::source_file("start/startup.cpp"));
     std::ostringstream all;

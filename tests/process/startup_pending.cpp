@@ -1,5 +1,5 @@
-// Text printed before anyone can listen waits for the first idle moment, whoever prints it; the
-// process's own descriptors get none of it.
+// Output printed before anyone can listen is stored until the first idle moment, from any
+// source; the process's own descriptors receive none of it.
 
 #include "process.h"
 #include "qrv/cvers.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Static code of the program runs behind the library's start-up.
+// Static initialisation of the program runs after the library's start-up.
 struct cEarly {
     cEarly() { std::cout << "static, " << std::flush; }
 } const early;

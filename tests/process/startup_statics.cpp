@@ -1,5 +1,5 @@
-// Static objects of a program, of every kind that diagnostics and signals offer, live through the
-// whole process and go after main without a complaint of a sanitizer.
+// Static objects of a program, of every class of diagnostics and signals, live during the whole
+// process and are destroyed after main without a report of a sanitizer.
 
 #include "process.h"
 #include "qrv/core/ceros.h"
@@ -49,7 +49,7 @@ cStopWatch watch;
 objref text_object;
 objref number_object;
 
-// Made last, so it goes first, and first of all uses the others once more.
+// Created last, so it is destroyed first; its destructor uses the others once more.
 struct cUser {
     ~cUser() {
         signal_before();

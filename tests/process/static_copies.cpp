@@ -1,6 +1,6 @@
-// Copies that are made directly are those that the methods of the types make. A type whose entries
-// were changed once is never again taken for the library's, so this is a process of its own: first
-// all copies are made directly, then strings and ints get entries of their own that do the same.
+// Direct copies equal the copies that the methods of the types create. A type whose entries were
+// changed once is never again treated as the library's, so this is a separate process: first all
+// copies are made directly, then strings and ints get entries of their types that do the same.
 
 #include "containers/cplain_copy.h"
 #include "process.h"
@@ -87,7 +87,7 @@ class cGraph {
     std::vector<objref> parts_;
 };
 
-// Everything that can be seen of a graph: values, keys, flags, counts, slots, and what is shared.
+// All visible properties of a graph: values, keys, flags, counts, slots, and what is shared.
 class cPicture {
   public:
     std::string of(objref const &root) {
@@ -156,7 +156,7 @@ objref merged(objref const &source) {
     return target;
 }
 
-// What is seen of the result and of its source, and how many objects are new.
+// The visible properties of the result and of its source, and the number of new objects.
 std::string picture_of(unsigned seed, cWork work) {
     objref const source = cGraph(seed).container(3);
     auto const before = cObj::ob_count();
@@ -206,7 +206,7 @@ void check_what_is_plain() {
     CHECK(!cat::clone_plainly(*claims));
 }
 
-// The methods would see that the target is in the part, and report a cycle.
+// The methods would notice that the target is inside the part, and report a cycle.
 void check_a_part_that_holds_the_target() {
     auto const target = make<cMapObj>();
     auto const part = trees::map({{"target", objref(target)}});

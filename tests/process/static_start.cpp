@@ -1,5 +1,6 @@
-// A program with the library inside it, whose static object lives longer than the library's own:
-// what start/startup.cpp creates is not there yet, or no longer, and nobody notices.
+// A program linked with the static library, whose static object lives longer than the library's
+// own: the objects that start/startup.cpp creates do not exist yet, or no longer, and this has no
+// effect.
 
 #include "core/cregistry.h"
 #include "process.h"
@@ -41,7 +42,7 @@ struct cOutermost {
         paths_followed = follows_paths();
         cat::std_out() << "[early]" << std::flush;
         objref const quiet = cat::of(1);
-        quiet->set_omember("k", cat::of(2)); // fires `changed` where nobody can have the signal
+        quiet->set_omember("k", cat::of(2)); // fires `changed` when the signal cannot exist
         no_signal_types = !core.fire_changed;
         objref const observed = cat::of(1);
         cFunctionSlot<void (*)()> const slot(count_change, observed->force_changed_signal());
@@ -61,7 +62,8 @@ struct cOutermost {
         cRepoImpl::release(entry);
     }
 
-    // The start-up's objects have been destroyed. The core hasn't: the constructor started it.
+    // The objects of the start-up have been destroyed. The core still exists: the constructor
+    // started it.
     ~cOutermost() {
         std::printf("%s", !cat::io_channel && !cat::lex_channel ? "[no channels]" : "");
         std::printf("%s", follows_paths() ? "[paths]" : "");

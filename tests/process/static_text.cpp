@@ -1,6 +1,6 @@
-// A program with the library inside it, whose static code comes first of all. It asks for the text
-// of nothing, of an object without a type, and of a key in an error, and each time the object core
-// isn't started yet. The last three ways are those that the layers below text/ take.
+// A program linked with the static library, whose static initialisation comes first. It requests
+// the text of null, of an object without a type, and of a key in an error, each time before the
+// object core is started. The last three ways are those that the layers below text/ use.
 
 #include "core/ctext_hooks.h"
 #include "process.h"
@@ -31,7 +31,8 @@ std::string first(std::string const &way) {
     return os.str();
 }
 
-// Static code has no arguments, so a child reads from the environment what it does first.
+// Static initialisation has no arguments, so a child process reads from the environment which way
+// comes first.
 char const *const way = std::getenv("QRV_TEST_WAY");
 std::string const early = way ? first(way) : std::string();
 bool const early_started = started();

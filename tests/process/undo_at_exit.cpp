@@ -1,6 +1,6 @@
-// Actions that stand in the process's undo lists when it ends: those of the redo list go first,
+// Actions in the process's undo lists when it ends: those of the redo list are destroyed first,
 // each list from its front, after the program's static objects and while the core and the message
-// route still live.
+// route still exist.
 
 #include "process.h"
 #include "qrv/containers/cattr.h"
@@ -19,7 +19,7 @@ bool in_child = false;
 
 void show(char const *text) { say(text); }
 
-// Holds a value, and uses all that it can at its end.
+// Holds a value, and uses as much of the library as it can in its destructor.
 class Edit : public cUndo {
   public:
     explicit Edit(char const *text) { cObj::readobj(text, value_); }
@@ -45,7 +45,7 @@ class Edit : public cUndo {
     objref value_;
 };
 
-// Never destroyed, so it still listens when the lists go.
+// Never destroyed, so it still listens when the lists are destroyed.
 cFunctionSlot1<char const *, void (*)(char const *)> *last_listener = nullptr;
 
 struct cStatic {
@@ -57,7 +57,7 @@ struct cStatic {
     }
 } const program;
 
-cUndoGlobalList kept(true); // goes with the program, and shares an action
+cUndoGlobalList kept(true); // destroyed with the program; shares an action
 
 int child() {
     in_child = true;

@@ -1,9 +1,9 @@
-// The link to a watch dog in processes of their own, on the library as programs load it: with and
-// without the title, with the event there, not there and made too late, with a receiver that looks
-// who sends, and the place of the link in the order of start-up and end.
+// The connection to a watch dog in separate processes, with the shared library: with and without
+// the title, with an event that exists, is missing or is created too late, with a receiver that
+// checks the sender, and the position of the connection in the order of start-up and end.
 //
-// The program's own functions stand in front of the system's where the event is opened, set and
-// closed: they give it a name of this test's own, and look around at these moments.
+// The program defines the functions that open, set and close the event, which replace the system's:
+// they use another name for the event, and record the state at these moments.
 
 #include "process.h"
 #include "qrv/base/platform/cplatform.h"
@@ -23,10 +23,10 @@
 
 namespace {
 
-constexpr char const *own_event = "QRV_TEST_EVENT"; // the name that stands in for the event's
+constexpr char const *own_event = "QRV_TEST_EVENT"; // the name used in place of the event's
 constexpr char const *event_file = "/dev/shm/sem.EreignisQuorvanta";
 
-// What was seen at load, when the event was looked for.
+// The state at load time, when the event was opened.
 struct cAtLoad {
     int looks = 0;
     bool waits_for_init = false;
@@ -35,7 +35,7 @@ struct cAtLoad {
     std::size_t room = 1;
 } at_load;
 
-std::string closing; // what is told when the event is closed
+std::string closing; // printed when the event is closed
 cFunctionSlot<void (*)()> *listener = nullptr;
 
 bool has_listener() { return listener && listener->isconnected(); }
@@ -65,7 +65,8 @@ extern "C" int lstat(char const *path, struct stat *info) noexcept {
 extern "C" sem_t *sem_open(char const *name, int flags, ...) noexcept {
     char const *const own = std::getenv(own_event);
     bool const known = std::strcmp(name, watchdog_event_name) == 0;
-    if (!known || flags != 0) std::_Exit(99); // the right to set it is all that is asked for
+    if (!known || flags != 0)
+        std::_Exit(99); // only the permission to set the event may be requested
     return real<cSemOpen>("sem_open")(own ? own : name, 0);
 }
 
@@ -119,7 +120,7 @@ int taken_id() {
     return qrv_take_watchdog_id() ? 0 : 1;
 }
 
-// The room of a queue that nobody has used.
+// The capacity of an unused queue.
 int room() {
     std::size_t last = qrv_watchdog_queue_capacity();
     if (last != 0) return 1;
@@ -133,7 +134,7 @@ int room() {
     return 0;
 }
 
-// A static object of the program gives signs of life ahead of main and behind it.
+// A static object of the program that sends signs of life before and after main.
 constexpr char const *statics_step = "QRV_TEST_STATICS";
 
 struct cStatic {
@@ -159,7 +160,7 @@ int steps() {
     return at_load.looks == 1 ? 0 : 1;
 }
 
-// The event must have been there at load.
+// The event must have existed at load time.
 int made_too_late() {
     sem_t *const made =
         real<cSemOpen>("sem_open")(std::getenv(own_event), O_CREAT | O_EXCL, 0600, 0u);
@@ -180,7 +181,7 @@ int to_a_socket() {
     return 0;
 }
 
-// Nothing ever waits: without a receiver, and with one that takes nothing.
+// Nothing ever blocks: without a receiver, and with one that does not read.
 int flood() {
     errno = EDOM;
     for (std::uint32_t i = 0; i < 100'000; ++i) PostWatchDog(i, 0, 0);
@@ -190,7 +191,7 @@ int flood() {
     return errno == EDOM ? 0 : 2;
 }
 
-// Never destroyed, so it still listens when the library goes.
+// Never destroyed, so it still listens when the library is destroyed.
 void show(char const *text) {
     say(text);
     if (std::strcmp(text, "Quorvanta unloaded\n") == 0)
@@ -204,7 +205,7 @@ int order() {
     auto *const display = new cFunctionSlot1<char const *, void (*)(char const *)>(show);
     sig_idle();
     cOutSigStreambuf.sig().connect(*display);
-    static auto *const keep = display; // reached to the end
+    static auto *const keep = display; // reachable until the end
     listener = new cFunctionSlot<void (*)()>(nothing);
     sig_progbegin.connect(*listener);
     sig_proginit.connect(*listener);
@@ -230,7 +231,7 @@ int child(std::string const &what) {
 
 // ---- the parent ----
 
-std::string const number = std::to_string(::getpid()); // an id that no other run has
+std::string const number = std::to_string(::getpid()); // an id that no other run uses
 
 using cEnvironment = std::vector<std::pair<std::string, std::string>>;
 cEnvironment const titled{{watchdog_title_variable, watchdog_title}};
@@ -292,7 +293,7 @@ int bound_socket() {
     return made;
 }
 
-// The numbers of the next message of this user's, or an empty text.
+// The numbers of the next message of this user, or an empty string.
 std::string receive(int descriptor) {
     unsigned char bytes[64];
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(ucred))];
@@ -332,7 +333,7 @@ int main(int argc, char **argv) {
     if (argc > 1) return child(argv[1]);
     ::unsetenv(watchdog_title_variable);
     ::unsetenv(watchdog_id_variable);
-    ::setenv(own_event, cOwnEvent::name(), 1); // for the children
+    ::setenv(own_event, cOwnEvent::name(), 1); // for the child processes
     check("without title", {}, "");
     check("without title", {{watchdog_title_variable, "Watchdog"}, {watchdog_id_variable, "5"}},
           "");

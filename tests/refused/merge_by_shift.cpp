@@ -1,5 +1,5 @@
 // error: .*(is private within this context|is a private member)
-// `a << b` with objects would read like appending and merge instead.
+// `a << b` with two objects would look like appending but merge them.
 #include "qrv/core/cobj.h"
 
 void f(cObj &a, cObj const &b) { a << b; }

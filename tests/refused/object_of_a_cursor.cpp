@@ -1,5 +1,5 @@
 // error: .*deleted
-// The cursor would turn into a bool, and the object would be a bool.
+// The cursor would convert to bool, and the object would be created from that bool.
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cobjd.h"
 

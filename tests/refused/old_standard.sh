@@ -1,7 +1,7 @@
 #!/bin/bash
-# Each public header, included alone or by the name of the whole library, is refused by a compiler of
-# C++17 with one #error, which comes first; after it the compiler stops, so nothing buries it.
-# Usage: old_standard.sh ROOT COMPILER...   A compiler that is not installed is passed over.
+# A compiler for C++17 refuses each public header, included alone or through the header of the whole library,
+# with one #error. The error comes first and the compiler stops there, so that no other message hides it.
+# Usage: old_standard.sh ROOT COMPILER...   A compiler that is not installed is skipped.
 set -u
 cd "$1/include" || exit 2
 shift

@@ -1,5 +1,5 @@
 // error: .*deleted
-// The cursor would turn into a bool, and a 1 would be printed.
+// The cursor would convert to bool and print 1.
 #include "qrv/containers/citerobj.h"
 
 #include <ostream>

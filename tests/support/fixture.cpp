@@ -1,5 +1,5 @@
-// The fixture notes the state in its constructor, before a derived fixture has made anything, and
-// looks again in its destructor, when those members are gone.
+// The fixture records the state in its constructor, before a derived fixture creates anything, and
+// compares in its destructor, after the derived members are destroyed.
 #include "tests/support/fixture.h"
 
 #include "containers/cregistry_check.h"
@@ -23,7 +23,7 @@ QrvTest::QrvTest()
 QrvTest::~QrvTest() {
     check_idle();
     put_back();
-    globals_.clear(); // they hold the former keys of what was put back
+    globals_.clear(); // they hold the former keys of the restored entries
     constants_.clear();
     std::uint32_t const now = cObjBase::ob_count();
     EXPECT_EQ(now, census_) << "counted objects: the test left some behind, or took some away";
@@ -37,7 +37,7 @@ QrvTest::cEntries QrvTest::entries_of(cMapObj &map) {
     return entries;
 }
 
-// Only what differs is touched, so that order and keys stay.
+// Changes only the entries that differ, so that order and keys are preserved.
 void QrvTest::put_back(cMapObj &map, cEntries const &before) {
     cAttrHash &hash = map.datamap();
     for (auto const &[key, value] : entries_of(map)) {
@@ -47,7 +47,7 @@ void QrvTest::put_back(cMapObj &map, cEntries const &before) {
     for (auto const &[key, value] : before) {
         cAttrNode *const node = hash.find(key);
         if (!node)
-            hash.insert(key, value, nullptr); // takes bad and badfind too
+            hash.insert(key, value, nullptr); // also allows bad and badfind
         else if (node->valref() != value)
             node->valref_() = value;
     }

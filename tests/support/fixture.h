@@ -1,17 +1,19 @@
 #pragma once
-// What most tests stand on: a fixture that puts the process-wide state back and checks the census.
+// The base of most tests: a fixture that restores the process-wide state and checks the number of
+// living objects.
 //
 //   class Reader : public QrvTest {};
-//   TEST_F(Reader, tells_an_unclosed_map) {
+//   TEST_F(Reader, reports_an_unclosed_map) {
 //       cErrorLog errors;
 //       ...
 //       EXPECT_EQ(errors.text(), "0x40000001 Line 1: Map is not closed by '}'\n");
 //   }
 //
-// At the end of each test, when the members of derived fixtures are gone too: reader and writer
-// are idle (depth -1, empty path), error handler, trace rules, layout and limits are as before,
-// entries made or changed in cat::gmmap() and cat::constmap() are as before, and as many counted
-// objects live as before. What of this a test left behind in reader, writer or census fails it.
+// At the end of each test, after the members of derived fixtures are destroyed: reader and writer
+// are idle (depth -1, empty path); error handler, trace rules, layout and limits are restored;
+// entries created or changed in cat::gmmap() and cat::constmap() are restored; and the number of
+// counted objects is the same as before. A test fails if it changes the state of the reader or the
+// writer, or this number.
 
 #include "qrv/core/cobj.h"
 #include "qrv/diagnostics/ccout.h"
@@ -25,15 +27,16 @@
 #include <vector>
 
 namespace test {
-// The first sig_idle ends the time in which messages are kept back. The core is made here too, so
-// that its objects count in no test. Always true.
+// The first sig_idle ends the time in which messages are stored. The core is created here too, so
+// that no test counts its objects. Always true.
 bool listening();
 } // namespace test
 
-// The lines of a text, without their ends; a text that ends in a line feed has no empty last line.
+// The lines of a string, without line ends; a string that ends in a line feed has no empty last
+// line.
 std::vector<std::string> lines_of(std::string const &text);
 
-// Collects what passes the message route from its construction on.
+// Collects the output of the message route from its construction on.
 class cMessageLog {
   public:
     cMessageLog();
@@ -41,7 +44,7 @@ class cMessageLog {
     cMessageLog &operator=(cMessageLog const &) = delete;
     ~cMessageLog() = default;
 
-    // All since the last call, with what still waited for a flush.
+    // Everything since the last call, including text not yet flushed.
     std::string take();
 
   private:
@@ -51,8 +54,8 @@ class cMessageLog {
     cSlot1<cMessageLog, char const *> slot_;
 };
 
-// Collects the errors raised on cat::sig_error(), with the handler silent and throwing nothing as
-// long as it lives. Errors of scanners take another road: see messages() and cat::ReadReport.
+// Collects the errors raised on cat::sig_error(). Until the end of its scope the handler prints and
+// throws nothing. Errors of scanners are reported elsewhere: see messages() and cat::ReadReport.
 class cErrorLog {
   public:
     struct cEntry {
@@ -64,7 +67,7 @@ class cErrorLog {
     cErrorLog();
     cErrorLog(cErrorLog const &) = delete;
     cErrorLog &operator=(cErrorLog const &) = delete;
-    ~cErrorLog(); // the handler's masks are as before
+    ~cErrorLog(); // restores the handler's masks
 
     std::vector<cEntry> const &entries() const { return entries_; }
     std::size_t count() const { return entries_.size(); }
@@ -72,7 +75,7 @@ class cErrorLog {
     std::string last_text() const {
         return entries_.empty() ? std::string() : entries_.back().text;
     }
-    // A line for each: "0x40000001 text".
+    // One line for each: "0x40000001 text".
     std::string text() const;
     void clear() { entries_.clear(); }
 
@@ -93,7 +96,7 @@ class QrvTest : public ::testing::Test {
     QrvTest();
     ~QrvTest() override;
 
-    // What passed the message route since the last call, or since the test began.
+    // The output of the message route since the last call, or since the test began.
     std::string messages() { return messages_.take(); }
 
   private:

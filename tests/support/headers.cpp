@@ -1,2 +1,2 @@
-// A program for the sake of its precompiled headers, which the tests share.
+// A program that exists only for its precompiled headers, which the tests share.
 int main() { return 0; }

@@ -1,4 +1,4 @@
-// The logs of messages and errors. They stand on the public headers only, so programs on the shared
+// The logs of messages and errors. They use public headers only, so that programs with the shared
 // library can use them too.
 #include "qrv/containers/cattspec.h"
 #include "qrv/core/ceros.h"
@@ -11,7 +11,7 @@
 bool test::listening() {
     static bool const done = [] {
         core_bootstrap();
-        cAttspec::nilspec(); // made on first need
+        cAttspec::nilspec(); // created on first use
         sig_idle();
         return true;
     }();

@@ -1,5 +1,5 @@
 #pragma once
-// A file that has no folder: it goes with its object.
+// A file without a folder, which exists as long as its object.
 
 #include <stdexcept>
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace test {
 
-// An open file without a name, written and read by descriptor.
+// An open file without a name, written and read by its descriptor.
 class cMemory {
   public:
     explicit cMemory(std::string const &bytes = {}) : descriptor_(::memfd_create("test", 0)) {

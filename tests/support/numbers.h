@@ -1,5 +1,5 @@
 #pragma once
-// Texts with numbers that are others in each run.
+// For strings with numbers that differ between runs.
 
 #include <algorithm>
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace test {
 
-// The text with `shown` in place of each number that follows `before`.
+// The string with `shown` in place of each number that follows `before`.
 inline std::string hide_numbers(std::string text, std::string_view before, std::string_view shown) {
     for (size_t at = text.find(before); at != std::string::npos; at = text.find(before, at)) {
         at += before.size();

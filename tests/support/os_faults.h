@@ -1,11 +1,11 @@
 #pragma once
-// Breaks the calls to the operating system, one by one: a sweep runs a body again and again, and in
-// the n-th run the n-th call fails or ends the process, until a run has fewer calls.
+// Makes the calls to the operating system fail, one by one: a sweep runs a body repeatedly, and in
+// the n-th run the n-th call fails or ends the process, until a run makes fewer calls.
 //
 //   cOsFaults const faults(n, ENOSPC);
 //   bool const done = cat::replace_file(file, "new");
 //
-// Only for test programs with the library's objects linked in: cat::os is private to it.
+// Only for test programs linked with the library's objects: cat::os is private to the library.
 
 #include "base/platform/os_calls.h"
 
@@ -13,13 +13,12 @@
 #include <string>
 #include <type_traits>
 
-// While it lives all calls are counted; at its end they are as before.
+// Counts all calls until the end of its scope, and then restores the original functions.
 class cOsFaults {
   public:
-    static constexpr int dies = -1; // instead of an error
+    static constexpr int dies = -1; // ends the process instead of returning an error
 
-    // The calls before the one numbered `at` (from 0) pass, that one fails or ends the process at
-    // once, and those behind it pass again.
+    // The call with the number `at` (from 0) fails or ends the process at once; all others succeed.
     cOsFaults(int at, int error) : before_(cat::os) {
         real_ = cat::os;
         real_.fsync = [](int) { return 0; }; // a sweep needs no disk
@@ -34,10 +33,12 @@ class cOsFaults {
     ~cOsFaults() { cat::os = before_; }
 
     static int calls() { return calls_; }
-    static std::string const &hit() { return hit_; } // the name of the call that failed; else empty
+    static std::string const &hit() {
+        return hit_;
+    } // the name of the call that failed, otherwise empty
 
   private:
-    // True if this call is the one that fails.
+    // Is this call the one that fails?
     static bool breaks(char const *name) {
         if (calls_++ != at_) return false;
         if (error_ == dies) ::_exit(9);
@@ -55,7 +56,7 @@ class cOsFaults {
         static constinit inline char const *name = "";
         static Result call(Args... args) {
             if (!breaks(name)) return (real_.*Call)(args...);
-            // The descriptor is gone all the same.
+            // The descriptor is closed even if the call fails.
             if constexpr (same<Call, &cat::os_calls::close>) real_.close(args...);
             if constexpr (std::is_pointer_v<Result>)
                 return nullptr;

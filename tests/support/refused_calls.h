@@ -1,6 +1,6 @@
 #pragma once
 // System calls that fail in this process and in the programs that it runs, as on a machine or a
-// file system that lacks them. For a process that a test started.
+// file system without them. For a process that a test started.
 
 #include <cstddef>
 #include <linux/audit.h>
@@ -12,7 +12,7 @@
 namespace test {
 
 // From now on `call` fails with `error` if all `bits` are set in its argument number `argument`;
-// with no bits, always. A process that can't arrange it ends.
+// without bits it always fails. A process in which this is impossible ends.
 inline void refuse_call(unsigned call, unsigned error, unsigned argument = 0, unsigned bits = 0) {
     unsigned const low = offsetof(seccomp_data, args) + 8 * argument;
     sock_filter filter[] = {

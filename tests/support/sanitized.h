@@ -1,6 +1,6 @@
 #pragma once
-// Whether the tests run under AddressSanitizer, where a program takes several times as long. Tests
-// of very many similar cases take fewer of them there: the other builds run them all.
+// Whether the tests run under AddressSanitizer, which makes a program several times slower. Tests
+// of very many similar cases use fewer of them there: the other builds run them all.
 
 namespace test {
 

@@ -1,6 +1,6 @@
 #pragma once
-// Removes the types that a test has registered, at the end of its life. The library's own types
-// that are made on first use stay: the library would not register them again.
+// Removes the types that a test has registered, at the end of its scope. The library's own types
+// that are created on first use stay: the library would not register them again.
 
 #include "containers/csignalobj_types.h"
 #include "qrv/core/ctypes.h"
@@ -14,7 +14,7 @@ class cTypesBack {
     cTypesBack &operator=(cTypesBack const &) = delete;
     ~cTypesBack() {
         cAttrHash &types = *cat::type_hash_ptr();
-        std::vector<objref> const now = keys(); // new ones are at the end
+        std::vector<objref> const now = keys(); // new types are at the end
         for (std::size_t i = before_.size(); i < now.size(); ++i)
             if (!cat::is_signal_type(types.find(now[i])->valref().get())) types.delitem(now[i]);
     }

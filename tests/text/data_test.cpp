@@ -1,10 +1,10 @@
-// Files of text against files of what becomes of them:
+// Compares files of text with the expected results:
 //   <case>.attr   read, with its comments
-//   <case>.out    what is written then, byte for byte
-//   <case>.err    the errors of reading, one a line: LINE:COLUMN CODE PATH TEXT; none without it
-// The output is read again without an error; it is the same tree and is written the same. That
-// isn't asked of cases whose name begins with "lossy": of these only the exact text comes back.
-// Every case is also written as exact text, which reads back as the same tree.
+//   <case>.out    the text written then, byte for byte
+//   <case>.err    the errors of reading, one a line: LINE:COLUMN CODE PATH TEXT (optional)
+// The output must be readable without an error, give the same tree and be written the same again.
+// This is not checked for cases whose name begins with "lossy": for these only exact text is read
+// again. Every case is also written as exact text, which must read as the same tree.
 #include "tests/support/fixture.h"
 #include "tests/support/paths.h"
 
@@ -34,7 +34,7 @@ std::vector<std::string> cases() {
     return names;
 }
 
-// Types that a text declares stay in the registry; here they go with the test.
+// Types that text declares stay in the registry; this removes them at the end of a test.
 class cNewTypes {
   public:
     cNewTypes() : before_(names()) {}
@@ -58,7 +58,7 @@ class cNewTypes {
 
 class Data : public QrvTest, public ::testing::WithParamInterface<std::string> {
   protected:
-    // The bytes of <case>.<extension>; empty if there is no such file.
+    // The bytes of <case>.<extension>; empty if the file does not exist.
     static std::string file(char const *extension) {
         std::ifstream is(test::source_file("tests/text/data/" + GetParam() + '.' + extension),
                          std::ios::binary);
@@ -89,7 +89,7 @@ class Data : public QrvTest, public ::testing::WithParamInterface<std::string> {
         return os.str();
     }
 
-    // Text of a value, read again.
+    // The text of a value, read again.
     static void comes_back(objref const &value, std::string const &text) {
         cNewTypes const types;
         std::string errors;
@@ -103,7 +103,7 @@ class Data : public QrvTest, public ::testing::WithParamInterface<std::string> {
 
 } // namespace
 
-TEST_P(Data, is_written_as_its_file_says) {
+TEST_P(Data, is_written_as_in_its_file) {
     std::string errors, plain, exact;
     objref value;
     cNewTypes const types;

@@ -1,8 +1,7 @@
 #pragma once
-// The scanner that the library had before tokens became views, as the reference that the present
-// one is compared with: it takes every character into a string of its own and every token's text
-// into another. Not changed but for its names, and without what no comparison needs: sharing,
-// errors, the dump.
+// The library's scanner before tokens became views, as the reference for the present one: it copies
+// every character into its own buffer and every token's text into a string. Unchanged except for
+// its names and omitted parts that no comparison needs: sharing, errors, the dump.
 
 #include "qrv/text/scan/cattrscanner.h"
 
@@ -25,7 +24,9 @@ struct cBuffer {
     cBuffer &operator=(cBuffer const &) = delete;
 
     std::size_t ahead() const { return look.size() - next; }
-    std::size_t offset() const { return removed + next; } // of the current place, never goes back
+    std::size_t offset() const {
+        return removed + next;
+    } // of the current position; never decreases
     void consume(std::size_t n);
     void drop();
 
@@ -33,10 +34,11 @@ struct cBuffer {
     std::string look;
     std::size_t next = 0;
     std::size_t removed = 0;
-    // No string opened before this offset is closed, for double and single quotes. Whether a quote
-    // or a newline is escaped depends only on the backslashes directly before it, so a search that
-    // failed speaks for every later quote of its kind up to the place where it stopped. That place
-    // was taken from the stream, so it never lies behind a look-ahead that was dropped.
+    // No string that begins before this offset is closed, for double and single quotes. Whether a
+    // quote or a newline is escaped depends only on the backslashes directly before it, so a failed
+    // search is valid for every later quote of its kind up to the position where it stopped. All
+    // characters up to that position were taken from the stream, so it is never after a look-ahead
+    // that was dropped.
     std::size_t no_close[2] = {0, 0};
 };
 
@@ -83,7 +85,7 @@ inline bool in_set(char c, unsigned set) {
     return (sets[static_cast<unsigned char>(c)] & set) != 0;
 }
 
-// The get area of a stream buffer: what may be read without asking the buffer to fill it.
+// The get area of a stream buffer: the characters that can be read without refilling the buffer.
 struct cGetArea : std::streambuf {
     static char const *begin(std::streambuf const &b) { return (b.*&cGetArea::gptr)(); }
     static char const *end(std::streambuf const &b) { return (b.*&cGetArea::egptr)(); }
@@ -92,13 +94,14 @@ struct cGetArea : std::streambuf {
     }
 };
 
-// The stream's buffer if characters lie ready in it, else null.
+// The stream's buffer if it has characters ready, otherwise null.
 inline std::streambuf *ready(std::istream &in) {
     std::streambuf *b = in.rdbuf();
     return in.good() && cGetArea::begin(*b) != cGetArea::end(*b) ? b : nullptr;
 }
 
-// Moves ready characters into `look`, up to the first that is in `set`. False if there was none.
+// Moves ready characters into `look`, up to the first that is in `set`. False if no character was
+// ready.
 inline bool take_run(std::istream &in, std::string &look, unsigned set) {
     std::streambuf *b = ready(in);
     if (!b) return false;
@@ -111,10 +114,10 @@ inline bool take_run(std::istream &in, std::string &look, unsigned set) {
     return true;
 }
 
-// A used-up buffer with more room than this gives it back, so that one huge token is not paid for
-// until the end of the input.
+// A used-up buffer with more capacity than this is freed, so that one huge token does not occupy
+// memory until the end of the input.
 constexpr std::size_t room_kept = 1 << 16;
-// Used characters are removed when there are this many and they are the greater part.
+// Used characters are removed when there are at least this many and they are the greater part.
 constexpr std::size_t used_kept = 1 << 12;
 
 inline void cBuffer::consume(std::size_t n) {
@@ -177,14 +180,14 @@ class cEngine {
         return true;
     }
 
-    // The character i places on, from 0 to 255, or -1 behind the end of input. Those before were
-    // seen.
+    // The character at distance i, from 0 to 255, or -1 after the end of input. Earlier ones were
+    // read.
     int at(std::size_t i) {
         if (i >= buffer_.ahead() && !more()) return -1;
         return static_cast<unsigned char>(buffer_.look[buffer_.next + i]);
     }
 
-    // The first place from i on that holds a member of the set, or the end of input.
+    // The first position from i on with a member of the set, or the end of input.
     std::size_t skip_to(std::size_t i, unsigned set) {
         for (;;) {
             std::string const &look = buffer_.look;
@@ -260,8 +263,8 @@ class cEngine {
                                        : found(attrFlexLexer::r_char, 1);
     }
 
-    // Digits stand at `from`, behind a sign if that isn't 0. A signed number needs a digit behind
-    // its point, one without sign does not.
+    // Digits begin at `from`, after a sign unless that is 0. A signed number needs a digit after
+    // its point, an unsigned one does not.
     rule match_number(std::size_t from) {
         std::size_t const end = skip_to(from, cs_no_digit);
         int const c = at(end);
@@ -270,8 +273,8 @@ class cEngine {
         return found(attrFlexLexer::r_int, end);
     }
 
-    // Letters run on behind the digits: a hexadecimal or an unsigned number if all of it fits, else
-    // bad.
+    // Letters follow the digits: the token is a hexadecimal or an unsigned number if it matches
+    // completely, otherwise bad.
     rule match_suffix(std::size_t from, std::size_t letter) {
         size_ = skip_to(letter, cs_no_word);
         std::string_view const text = matched();
@@ -412,7 +415,8 @@ class cScanner : cEngine {
         }
     }
 
-    // True if the comment is complete and wanted. One that the input ends in is dropped.
+    // True if the comment is complete and requested. An unclosed comment at the end of the input is
+    // dropped.
     bool read_block_comment() {
         append(return_com_);
         bool const closed = match_comment();
@@ -439,8 +443,8 @@ class cScanner : cEngine {
         token_.outer_column = place.column + static_cast<unsigned>(offset_ - place.offset);
     }
 
-    // Takes the match into the token's text, if that is wanted, and moves the counters over it.
-    // Returns its first character. The position counts every character but the newline.
+    // Copies the match into the token's text, if requested, and advances the counters. Returns its
+    // first character. The position counts every character but the newline.
     char append(bool keep_text) {
         std::string_view const text = matched();
         if (text.empty()) return 0;
@@ -469,7 +473,7 @@ class cScanner : cEngine {
     unsigned line_ = 1;
     unsigned column_ = 0;
     unsigned position_;
-    std::size_t offset_; // bytes passed, newlines counted
+    std::size_t offset_; // bytes consumed, newlines included
     std::vector<cAttrPlace> places_;
 };
 

@@ -1,5 +1,5 @@
 #pragma once
-// A global locale, of C++ and of C, that groups digits and writes a comma for the point.
+// A global locale, of C++ and of C, that groups digits and writes a decimal comma.
 
 #include <clocale>
 #include <locale>
@@ -18,7 +18,7 @@ class cHostileLocale {
   public:
     cHostileLocale()
         : before_(std::locale::global(std::locale(std::locale(), new cHostilePunctuation))) {
-        std::setlocale(LC_ALL, "de_DE.UTF-8"); // where there is one
+        std::setlocale(LC_ALL, "de_DE.UTF-8"); // if it is installed
     }
     cHostileLocale(cHostileLocale const &) = delete;
     cHostileLocale &operator=(cHostileLocale const &) = delete;

@@ -1,5 +1,5 @@
 #pragma once
-// What the tests of paths share: a tree as one plain line, whatever its layout.
+// Shared by the tests of paths: a tree as one plain line, independent of its layout.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -10,7 +10,7 @@
 
 namespace path_test {
 
-// "{a=1;b=[2;3]}"; "null", "bad" and "badfind" for what is no value. Follows cycles to the tenth
+// "{a=1;b=[2;3]}"; "null", "bad" and "badfind" for other results. Follows cycles to the tenth
 // level.
 inline std::string flat(objref const &value, int depth = 0) {
     if (!value) return "null";

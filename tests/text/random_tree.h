@@ -1,5 +1,5 @@
 #pragma once
-// Random trees with sharing, comments, layouts and odd texts, the same for the same seed.
+// Random trees with sharing, comments, layouts and unusual strings, the same for the same seed.
 
 #include "tests/text/write_support.h"
 
@@ -24,7 +24,7 @@ inline float random_float(std::mt19937_64 &random) {
 
 class cRandomTree {
   public:
-    // With `plain` only what the plain text carries too.
+    // With `plain` only values that plain text preserves.
     explicit cRandomTree(std::uint64_t seed, bool plain = false) : random_(seed), plain_(plain) {}
 
     objref tree(int depth) {

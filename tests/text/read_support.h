@@ -1,5 +1,5 @@
 #pragma once
-// What the tests of the reader share: one reading with everything it reports.
+// Shared by the tests of the reader: one reading with everything that it reports.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -32,8 +32,8 @@ inline std::string hex(unsigned code) {
     return text;
 }
 
-// Reads one value of a text on construction, unless told to wait. `log` has a line "code text" for
-// each report of the scanner, in order.
+// Reads one value on construction, unless it is constructed to wait. `log` has a line "code text"
+// for each report of the scanner, in order.
 class Reading {
   public:
     explicit Reading(std::string const &text, bool now = true)
@@ -77,7 +77,8 @@ inline std::string shown(cat::ReadReport const &report) {
     return all;
 }
 
-// Is the place in the text? The last line may be empty, and a column one past the end of its line.
+// Is the position in the text? The last line may be empty, and the column may be one past the end
+// of its line.
 inline bool is_in_text(unsigned line, unsigned column, std::string const &text) {
     size_t begin = 0;
     for (unsigned n = 1; n < line; ++n) {
@@ -89,8 +90,8 @@ inline bool is_in_text(unsigned line, unsigned column, std::string const &text) 
     return line >= 1 && column >= 1 && column <= length + 1;
 }
 
-// The first entry whose place isn't in the text, or whose container ends before it begins. Empty if
-// all places are right.
+// The first entry whose position isn't in the text, or whose container ends before it begins. Empty
+// if all positions are valid.
 inline std::string misplaced(cat::ReadReport const &report, std::string const &text) {
     for (cat::ReadError const &e : report.entries()) {
         bool good = is_in_text(e.line, e.column, text);
@@ -104,7 +105,7 @@ inline std::string misplaced(cat::ReadReport const &report, std::string const &t
     return {};
 }
 
-// Does every entry that follows one follow an earlier one that is the first of its run?
+// For each entry that follows from another one: is that one earlier and the first of its run?
 inline bool are_runs(cat::ReadReport const &report) {
     auto const &entries = report.entries();
     for (std::size_t i = 0; i < entries.size(); ++i) {

@@ -1,7 +1,7 @@
 #pragma once
-// Runs the scanner beside the former one: the same text and the same acts on two streams. Compared
-// after each act are the token, its places, the running counters, and the stream as another reader
-// would find it.
+// Runs the scanner and the former one with the same text and the same actions on two streams. After
+// each action, the token, its positions, the running counters, and the stream as another reader
+// would see it are compared.
 
 #include "tests/text/former_scanner.h"
 #include "tests/text/scan_support.h"
@@ -15,7 +15,7 @@
 
 namespace test {
 
-// A stream with the buffer that it reads from.
+// A stream and its buffer.
 struct cInput {
     std::unique_ptr<std::streambuf> buffer;
     std::unique_ptr<std::istream> stream;
@@ -25,7 +25,7 @@ using cMakeInput = std::function<cInput(std::string const &text)>;
 inline cInput string_input(std::string const &text) {
     return {nullptr, std::make_unique<std::istringstream>(text)};
 }
-// The text must outlive it.
+// The text must outlive this object.
 inline cInput memory_input(std::string const &text) {
     return {nullptr, std::make_unique<cMemoryStream>(text)};
 }
@@ -41,7 +41,7 @@ struct cPresentScan : cAttrScanner {
     using cAttrScanner::next_token;
 };
 
-// What another reader of the stream would find.
+// The state that another reader of the stream would see.
 inline std::string state_of(std::istream &in) {
     auto const place = in.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
     return std::to_string(in.rdstate()) + " at " +
@@ -58,14 +58,14 @@ std::string state_of(Scanner const &scan, Token const &token) {
     return state;
 }
 
-// The differences after one act, or "".
+// The differences after one action, or "".
 class cBeside {
   public:
     cBeside(cInput present, cInput former)
         : present_(std::move(present)), former_(std::move(former)), now_(*present_.stream),
           then_(*former_.stream) {}
 
-    // Does what `choice` says; up to 64 kinds of acts, most of them reading a token.
+    // Performs the action `choice`; up to 64 kinds of actions, most of them reading a token.
     std::string act(unsigned choice, unsigned number) {
         switch (choice) {
         case 0:
@@ -130,14 +130,14 @@ class cBeside {
         return difference("gettoken");
     }
 
-    // At the end for good, also when it is read by acts.
+    // Has the input ended? Actions may have read the end, too.
     bool at_end() const { return then_.token().code == tkEof && then_.token().text.empty(); }
 
   private:
     template <class Act> std::string on_both(char const *what, Act const &act) {
         for (std::istream *const in : {present_.stream.get(), former_.stream.get()}) {
             act(*in);
-            if (in->bad()) in->clear(); // it would end the process
+            if (in->bad()) in->clear(); // otherwise the scanner would end the process
         }
         return difference(what);
     }
@@ -155,10 +155,10 @@ class cBeside {
     cInput former_;
     cPresentScan now_;
     former::cScanner then_;
-    cAttrLiteral const *literal_ = nullptr; // once somebody looked at it
+    cAttrLiteral const *literal_ = nullptr; // once it was requested
 };
 
-// Random acts over a text. The difference, or "".
+// Random actions on text. Returns the difference, or "".
 template <class Random>
 std::string compare_with_former(cInput present, cInput former, Random &random, bool acts) {
     cBeside beside(std::move(present), std::move(former));

@@ -1,6 +1,6 @@
 #pragma once
-// What the tests of the scanner and of files share: a scanner whose tokens a test can take, tokens
-// as one text, and stream buffers that count.
+// Shared by the tests of the scanner and of files: a scanner whose tokens a test can read, tokens
+// as one string, and stream buffers that count.
 
 #include "qrv/text/scan/cattrscanner.h"
 
@@ -47,7 +47,7 @@ inline std::string place(cAttrLiteral const &t) {
            std::to_string(t.position);
 }
 
-// The same of the running counters.
+// The same for the running counters.
 inline std::string running(Scan const &s) {
     return std::to_string(s.lineno()) + ":" + std::to_string(s.column()) + ":" +
            std::to_string(s.position());
@@ -55,7 +55,7 @@ inline std::string running(Scan const &s) {
 
 struct Input {
     explicit Input(std::string const &text) : in(text), scan(in) {}
-    // The next token as text.
+    // The next token as a string.
     std::string next() {
         scan.gettoken();
         return shown(scan.token());
@@ -64,8 +64,8 @@ struct Input {
     Scan scan;
 };
 
-// Gives its text in pieces of this size; with 0 it has no get area, so that every character is
-// asked for by itself. Counts what was taken.
+// Delivers its text in pieces of this size; with 0 it has no get area, so that every character is
+// requested separately. Counts the characters delivered.
 class PieceBuf : public std::streambuf {
   public:
     explicit PieceBuf(std::string text, std::size_t piece = 0)

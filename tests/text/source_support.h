@@ -1,5 +1,5 @@
 #pragma once
-// Texts with marks for where a cat::SourceMap finds what, and a reading with a map.
+// Text with marks for the spans that a cat::SourceMap must find, and a reading with a map.
 
 #include "qrv/text/read/csourcemap.h"
 #include "tests/text/read_support.h"
@@ -10,8 +10,8 @@
 
 namespace source_test {
 
-// One span with what it is of: k key, s separator, v value, r value that is a reference, t name of
-// a type, o and c brackets, d delimiter; of comments A above, B after, I inside, O outside.
+// One span and its kind: k key, s separator, v value, r value that is a reference, t name of a
+// type, o and c brackets, d delimiter; for comments A above, B after, I inside, O outside.
 struct Mark {
     char what;
     std::uint32_t begin;
@@ -29,7 +29,7 @@ inline std::string shown(std::vector<Mark> marks, std::string const &text) {
     return all;
 }
 
-// A text in which «k:name» are the bytes `name`, found as a key.
+// Text in which «k:name» means the bytes `name`, found as a key.
 class Marked {
   public:
     explicit Marked(std::string const &with_marks) {
@@ -75,7 +75,7 @@ inline std::vector<Mark> marks_of(cat::SourceMap const &map) {
     return marks;
 }
 
-// Reads a text's first value, with comments, under a map of its own.
+// Reads the first value of a string, with comments and with its own map.
 class Mapped {
   public:
     explicit Mapped(std::string const &text_read) : text(text_read), is(text), scan(is, false) {

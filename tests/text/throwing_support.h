@@ -6,7 +6,7 @@
 
 namespace reader_test {
 
-// Throws at the n-th error, whatever it is.
+// Throws at the n-th error of any kind.
 class cThrowing {
   public:
     explicit cThrowing(int n) : left_(n), slot_(this, &cThrowing::count) {

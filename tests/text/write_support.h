@@ -1,5 +1,5 @@
 #pragma once
-// Trees by program, texts of them, types with a `write` of their own.
+// Trees created by a program, their text, and types with their own `write`.
 
 #include "tests/support/fixture.h"
 
@@ -67,7 +67,7 @@ class cForeignType {
         type_->set_tmember("write", make<cExeMember>(write));
     }
     cTypeObj &type() const { return *type_; }
-    // An object of it that holds a number.
+    // An object of it that contains a number.
     objref of(int number) const { return objref::adopt(new cObjD<int>(number, type_.get())); }
 
   private:

@@ -1,4 +1,5 @@
-// What the system refuses, and children that die: told, with exit code 2, and nothing else happens.
+// Refusals of the system, and worker processes that are killed: each is reported with exit status
+// 2, and nothing else happens.
 
 #include "tests/support/refused_calls.h"
 #include "tests/tool/tool_run.h"
@@ -17,8 +18,8 @@ namespace {
 
 class ToolBadFiles : public tool_test::Tool {
   protected:
-    // All commands on the file "f" tell this, and give nothing.
-    void each_command_tells(std::string const &err, tool_test::cStart const &start = {}) const {
+    // All commands on the file "f" report this, and print nothing.
+    void each_command_reports(std::string const &err, tool_test::cStart const &start = {}) const {
         cRun const expected{2, "", err};
         EXPECT_EQ(run({"fmt", "f"}, start), expected);
         EXPECT_EQ(run({"fmt", "-i", "f"}, start), expected);
@@ -35,7 +36,7 @@ class ToolBadFiles : public tool_test::Tool {
     }
 };
 
-// An open descriptor, closed at the end.
+// An open descriptor, closed at the end of the scope.
 class cOpen {
   public:
     explicit cOpen(int descriptor) : descriptor_(descriptor) { EXPECT_GE(descriptor, 0); }
@@ -48,7 +49,7 @@ class cOpen {
     int descriptor_;
 };
 
-// A pipe; each end is closed by its own hand or at the end.
+// A pipe; each end is closed explicitly or at the end of the scope.
 struct cPipe {
     cPipe() { EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0); }
     cPipe(cPipe const &) = delete;
@@ -66,36 +67,36 @@ struct cPipe {
 
 // --- input ---
 
-TEST_F(ToolBadFiles, a_file_that_is_not_there) {
-    each_command_tells("f: error: cannot read: No such file or directory\n");
+TEST_F(ToolBadFiles, a_missing_file_is_reported) {
+    each_command_reports("f: error: cannot read: No such file or directory\n");
     EXPECT_FALSE(std::filesystem::exists(path("f")));
 }
 
-TEST_F(ToolBadFiles, a_link_to_nowhere) {
+TEST_F(ToolBadFiles, a_dangling_link_is_reported) {
     std::filesystem::create_symlink("nowhere", path("f"));
-    each_command_tells("f: error: cannot read: No such file or directory\n");
+    each_command_reports("f: error: cannot read: No such file or directory\n");
 }
 
-TEST_F(ToolBadFiles, a_folder) {
+TEST_F(ToolBadFiles, a_folder_is_reported) {
     std::filesystem::create_directory(path("f"));
-    each_command_tells("f: error: cannot read: Is a directory\n");
+    each_command_reports("f: error: cannot read: Is a directory\n");
 }
 
-TEST_F(ToolBadFiles, a_file_that_must_not_be_read) {
+TEST_F(ToolBadFiles, an_unreadable_file_is_reported) {
     write("f", "{a=1}");
     ::chmod(path("f").c_str(), 0);
-    each_command_tells("f: error: cannot read: Permission denied\n",
-                       {.prepare = tool_test::give_up_rights_over_files});
+    each_command_reports("f: error: cannot read: Permission denied\n",
+                         {.prepare = tool_test::give_up_rights_over_files});
     ::chmod(path("f").c_str(), 0600);
     EXPECT_EQ(read("f"), "{a=1}");
 }
 
-TEST_F(ToolBadFiles, a_file_whose_reading_fails) {
+TEST_F(ToolBadFiles, a_file_whose_reading_fails_is_reported) {
     std::filesystem::create_symlink("/proc/self/mem", path("f"));
-    each_command_tells("f: error: cannot read: Input/output error\n");
+    each_command_reports("f: error: cannot read: Input/output error\n");
 }
 
-TEST_F(ToolBadFiles, a_standard_input_that_is_closed) {
+TEST_F(ToolBadFiles, a_closed_standard_input_is_reported) {
     cRun const run = this->run({"check", "-"}, {.prepare = [] { ::close(STDIN_FILENO); }});
     EXPECT_EQ(run, (cRun{2, "", "-: error: cannot read: Bad file descriptor\n"}));
 }
@@ -107,7 +108,7 @@ std::vector<std::string> words(std::string const &line) {
 
 // --- output ---
 
-TEST_F(ToolBadFiles, a_full_device_as_output) {
+TEST_F(ToolBadFiles, a_full_output_device_is_reported) {
     write("f", "{a=1}");
     cOpen const full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
     cRun const expected{2, "", "qrv: error: cannot write the output: No space left on device\n"};
@@ -123,13 +124,13 @@ TEST_F(ToolBadFiles, a_full_device_as_output) {
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.out = full.get()}), (cRun{0, "", ""}));
 }
 
-TEST_F(ToolBadFiles, an_output_that_is_closed) {
+TEST_F(ToolBadFiles, a_closed_output_is_reported) {
     write("f", "{a=1}");
     EXPECT_EQ(run({"fmt", "f"}, {.prepare = [] { ::close(STDOUT_FILENO); }}),
               (cRun{2, "", "qrv: error: cannot write the output: Bad file descriptor\n"}));
 }
 
-TEST_F(ToolBadFiles, a_reader_of_the_output_that_has_gone) {
+TEST_F(ToolBadFiles, the_tool_ends_if_the_reader_of_its_output_has_ended) {
     write("g", "[2, 3]");
     write("f", "[" + times("1,", 100000) + "]");
     cPipe pipe;
@@ -144,7 +145,7 @@ TEST_F(ToolBadFiles, a_reader_of_the_output_that_has_gone) {
         EXPECT_EQ(run(words(command), {.out = pipe.ends[1]}), (cRun{2, "", ""})) << command;
 }
 
-TEST_F(ToolBadFiles, a_reader_of_the_output_that_goes_while_it_is_written) {
+TEST_F(ToolBadFiles, the_tool_ends_if_the_reader_of_its_output_ends_meanwhile) {
     write("f", "[" + times("1,", 100000) + "]");
     cPipe pipe;
     cProcess tool(folder_, {"tokens", "f"}, {.out = pipe.ends[1]});
@@ -158,7 +159,7 @@ TEST_F(ToolBadFiles, a_reader_of_the_output_that_goes_while_it_is_written) {
 
 // --- children ---
 
-// A child of that process, as soon as there is one; 0 after ten seconds.
+// A child of that process, as soon as it has one; 0 after ten seconds.
 pid_t child_of(pid_t parent) {
     for (int i = 0; i < 1000; ++i) {
         for (auto const &entry : std::filesystem::directory_iterator("/proc")) {
@@ -174,12 +175,13 @@ pid_t child_of(pid_t parent) {
     return 0;
 }
 
-// Code of modules may crash, so it runs in one. It needs no child without modules.
-TEST_F(ToolBadFiles, children_are_for_modules) {
+// Code of modules may crash, so it runs in a worker process. Without modules the tool needs no such
+// process.
+TEST_F(ToolBadFiles, only_modules_need_a_worker_process) {
     copy_module("type_factory");
     write("f", "{a=1}");
     tool_test::cStart const start{.prepare = [] {
-        ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // that takes a process too
+        ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // which starts a process, too
         test::refuse_call(SYS_clone, EAGAIN);
     }};
     EXPECT_EQ(run({"check", "f"}, start), (cRun{0, "", ""}));
@@ -189,12 +191,12 @@ TEST_F(ToolBadFiles, children_are_for_modules) {
         (cRun{2, "", "f: error: cannot start a process: Resource temporarily unavailable\n"}));
 }
 
-TEST_F(ToolBadFiles, a_child_that_dies_is_told) {
+TEST_F(ToolBadFiles, a_killed_worker_process_is_reported) {
     copy_module("type_factory");
     for (std::vector<std::string> arguments :
          std::vector<std::vector<std::string>>{{"fmt", "-"}, {"check", "-"}, {"get", "-", "a"}}) {
         arguments.insert(arguments.end(), {"--module", "./type_factory"});
-        cPipe input; // never ends, so that the child waits
+        cPipe input; // never ends, so that the worker process waits
         cProcess tool(folder_, arguments, {.in = input.ends[0]});
         pid_t const child = child_of(tool.pid());
         ASSERT_GT(child, 0);
@@ -204,7 +206,7 @@ TEST_F(ToolBadFiles, a_child_that_dies_is_told) {
     }
 }
 
-TEST_F(ToolBadFiles, the_work_goes_on_with_the_next_file_when_a_child_dies) {
+TEST_F(ToolBadFiles, the_next_file_is_processed_after_a_worker_process_is_killed) {
     copy_module("type_factory");
     write("f", "[1]");
     cPipe input;

@@ -1,4 +1,4 @@
-// Files that begin with a byte order mark: it is read over, and edits keep it.
+// Files that begin with a byte order mark: reading skips it, and edits preserve it.
 
 #include "tests/tool/tool_run.h"
 
@@ -30,7 +30,7 @@ TEST_F(ByteOrderMark, commands_that_read_ignore_it) {
     EXPECT_EQ(run_on(mark + "{ a = ; }", {"check"}).err.substr(0, 6), "f:1:7:");
 }
 
-TEST_F(ByteOrderMark, edits_keep_it) {
+TEST_F(ByteOrderMark, edits_preserve_it) {
     EXPECT_EQ(out({"set", "f", "a = 2"}), mark + "// c\n{ a = 2; b = [1, 2]; }\n");
     EXPECT_EQ(out({"del", "f", "a"}), mark + "// c\n{ b = [1, 2]; }\n");
     EXPECT_EQ(out({"mv", "f", "a", "c"}), mark + "// c\n{ c = 1; b = [1, 2]; }\n");
@@ -40,7 +40,7 @@ TEST_F(ByteOrderMark, edits_keep_it) {
     EXPECT_EQ(read("f"), mark + text);
 }
 
-TEST_F(ByteOrderMark, the_plain_output_is_without_it) {
+TEST_F(ByteOrderMark, the_plain_output_omits_it) {
     EXPECT_EQ(run({"fmt", "--canonical", "f"}).out, "{a= 1; b= [1, 2, ]; }");
 }
 

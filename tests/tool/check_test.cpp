@@ -1,4 +1,4 @@
-// `check`: every error of a file, each once, where a person sees it.
+// `check`: every error of a file is reported once, at the position where a person would look.
 
 #include "tests/tool/tool_run.h"
 
@@ -12,18 +12,18 @@ namespace {
 
 class ToolCheck : public tool_test::Tool {};
 
-TEST_F(ToolCheck, of_good_files_is_silent) {
+TEST_F(ToolCheck, prints_nothing_for_valid_files) {
     for (std::string const name : {"device.attr", "testplan.attr"}) {
         write_example(name);
         EXPECT_EQ(run({"check", name}), (cRun{0, "", ""}));
     }
-    write_example("settings.attr"); // it shows what a leading zero is
+    write_example("settings.attr"); // shows what a leading zero means
     EXPECT_EQ(run({"check", "-W", "no-leading-zero", "settings.attr"}), (cRun{0, "", ""}));
     EXPECT_EQ(run({"check", "device.attr", "testplan.attr"}), (cRun{0, "", ""}));
     EXPECT_EQ(check("// c\n5; // c"), "");
 }
 
-TEST_F(ToolCheck, goes_on_behind_each_error) {
+TEST_F(ToolCheck, continues_after_each_error) {
     EXPECT_EQ(check("{\n"
                     "  a= foo(1);\n"
                     "  b= #none;\n"
@@ -58,7 +58,7 @@ TEST_F(ToolCheck, goes_on_behind_each_error) {
               "f:12:1: error: Cannot insert key =1\n");
 }
 
-TEST_F(ToolCheck, tells_the_place_in_the_file_inside_typed_values) {
+TEST_F(ToolCheck, reports_positions_in_the_file_inside_typed_values) {
     EXPECT_EQ(check("{\n a= int(\n\n   ? 5);\n b= string( /* x */ one two);\n}"),
               "f:4:4: error: Unexpected token '? [0x40000002]\n"
               "f:5:21: error: Missing delimiter after: one [0x40000002]\n");
@@ -73,7 +73,7 @@ TEST_F(ToolCheck, tells_the_place_in_the_file_inside_typed_values) {
               "f:1:9: error: byte 0xc3 outside of strings and comments\n");
 }
 
-TEST_F(ToolCheck, tells_where_an_unclosed_container_was_opened_and_where_it_ends) {
+TEST_F(ToolCheck, reports_where_an_unclosed_container_begins_and_ends) {
     EXPECT_EQ(check("{\n a= 1;\n"), "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
                                     "f:3:1: note: the text ends here\n");
     EXPECT_EQ(check("{a={b=[1"), "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
@@ -92,7 +92,7 @@ TEST_F(ToolCheck, tells_where_an_unclosed_container_was_opened_and_where_it_ends
               "f:2:10: note: it ends here\n");
 }
 
-TEST_F(ToolCheck, tells_a_bracket_alone) {
+TEST_F(ToolCheck, reports_a_single_bracket) {
     EXPECT_EQ(check("{"), "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
                           "f:1:2: note: the text ends here\n");
     EXPECT_EQ(check(" <"), "f:1:2: error: Set is not closed by '>' [0x40000001]\n"
@@ -110,7 +110,7 @@ TEST_F(ToolCheck, tells_a_bracket_alone) {
               "f:1:4: error: Cannot insert key =a\n");
 }
 
-TEST_F(ToolCheck, tells_all_in_the_order_of_the_file) {
+TEST_F(ToolCheck, reports_errors_in_the_order_of_the_file) {
     EXPECT_EQ(check("{M= choice(a= 1); T= attlist(n= attspec(typ= int));\n"
                     " t= M(a);\n"
                     " u= T(n= ?);\n"
@@ -126,17 +126,17 @@ TEST_F(ToolCheck, tells_all_in_the_order_of_the_file) {
               "f:4:2: error: this comment is not closed\n");
 }
 
-// The byte where reading ends, however many errors stand before it.
-TEST_F(ToolCheck, order_does_not_choose_what_is_told) {
-    cRun const told{1, "",
-                    "f:2:1: error: Unexpected token '? [0x40000002]\n"
-                    "f:6:1: error: byte 0xff outside of strings and comments\n"
-                    "f: error: 4 more\n"};
+// The position where reading ends is reported after any number of errors.
+TEST_F(ToolCheck, the_limit_counts_errors_in_the_order_of_the_file) {
+    cRun const reported{1, "",
+                        "f:2:1: error: Unexpected token '? [0x40000002]\n"
+                        "f:6:1: error: byte 0xff outside of strings and comments\n"
+                        "f: error: 4 more\n"};
     EXPECT_EQ(run_on("[\n" + times("? 1,\n", 4) + "\xFF]", {"check", "--all", "--max-errors", "2"}),
-              told);
+              reported);
 }
 
-TEST_F(ToolCheck, tells_text_behind_the_value) {
+TEST_F(ToolCheck, reports_text_after_the_value) {
     std::string const text = "text after the first value is not read\n";
     EXPECT_EQ(check("{} {}"), "f:1:4: error: " + text);
     EXPECT_EQ(check("a=1; b=2;"), "f:1:2: error: " + text);
@@ -148,12 +148,12 @@ TEST_F(ToolCheck, tells_text_behind_the_value) {
                                            text);
 }
 
-TEST_F(ToolCheck, what_follows_from_another_error_is_not_told) {
+TEST_F(ToolCheck, an_error_that_follows_from_another_one_is_not_reported) {
     EXPECT_EQ(check("5 6"), "f:1:1: error: Missing delimiter after value: 5 [0x40000002]\n");
     EXPECT_EQ(check("foo(1) 2"), "f:1:1: error: Value with unknown type='foo [0x40000005]\n");
 }
 
-TEST_F(ToolCheck, tells_bytes_that_end_what_is_read) {
+TEST_F(ToolCheck, reports_bytes_that_end_the_reading) {
     EXPECT_EQ(check("{a=1;\xC3\xA9=2;}"),
               "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
               "f:1:6: note: it ends here\n"
@@ -165,7 +165,7 @@ TEST_F(ToolCheck, tells_bytes_that_end_what_is_read) {
     EXPECT_EQ(check("{a='\xC3\xA9'; /* \xC3\xA9 */ }"), "");
 }
 
-TEST_F(ToolCheck, tells_bytes_of_zero) {
+TEST_F(ToolCheck, reports_null_bytes) {
     EXPECT_EQ(check(std::string("{a=1;\0b=2}", 10)),
               "f:1:1: error: Map is not closed by '}' [0x40000001]\n"
               "f:1:6: note: it ends here\n"
@@ -176,12 +176,12 @@ TEST_F(ToolCheck, tells_bytes_of_zero) {
     EXPECT_EQ(check(std::string("{ // \0\n}", 8)), "");
 }
 
-TEST_F(ToolCheck, tells_a_comment_that_is_not_closed) {
+TEST_F(ToolCheck, reports_an_unclosed_comment) {
     EXPECT_EQ(check("{a=1}\n /* x"), "f:2:2: error: this comment is not closed\n");
     EXPECT_EQ(check("{a=1}\n/* x *//*"), "f:2:8: error: this comment is not closed\n");
 }
 
-TEST_F(ToolCheck, of_a_file_without_a_value_is_2) {
+TEST_F(ToolCheck, a_file_without_a_value_gives_status_2) {
     cRun const none{2, "", "f: error: the file contains no value\n"};
     EXPECT_EQ(run_on("", {"check"}), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(run_on("// x\n", {"check"}), none);
@@ -192,7 +192,7 @@ TEST_F(ToolCheck, of_a_file_without_a_value_is_2) {
                     "f: error: the file contains no value\n"}));
 }
 
-TEST_F(ToolCheck, of_several_files_the_worst_counts) {
+TEST_F(ToolCheck, the_worst_status_of_several_files_counts) {
     write("good", "1");
     write("bad", "foo(1)");
     std::string const bad = "bad:1:1: error: Value with unknown type='foo [0x40000005]\n";
@@ -201,27 +201,27 @@ TEST_F(ToolCheck, of_several_files_the_worst_counts) {
     EXPECT_EQ(run({"check", "bad", "none", "good", "bad"}), (cRun{2, "", bad + none + bad}));
 }
 
-TEST_F(ToolCheck, names_files_as_the_user_did) {
+TEST_F(ToolCheck, prints_file_names_as_given) {
     write("f", "foo(1)");
     std::string const text = ":1:1: error: Value with unknown type='foo [0x40000005]\n";
     EXPECT_EQ(run({"check", ".//f", path("f"), "-"}, {.input = "foo(1)"}),
               (cRun{1, "", ".//f" + text + path("f") + text + "-" + text}));
 }
 
-TEST_F(ToolCheck, tells_a_hundred_errors_of_a_file_or_as_many_as_asked) {
+TEST_F(ToolCheck, reports_a_hundred_errors_of_a_file_or_the_given_number) {
     std::string const text = "[\n" + times("? 1,\n", 150) + "]";
-    auto const told = [](size_t count, std::string const &more) {
+    auto const reported = [](size_t count, std::string const &more) {
         std::string lines;
         for (size_t i = 0; i < count; ++i)
             lines += "f:" + std::to_string(i + 2) + ":1: error: Unexpected token '? [0x40000002]\n";
         return cRun{1, "", lines + more};
     };
-    EXPECT_EQ(run_on(text, {"check", "--all"}), told(100, "f: error: 50 more\n"));
+    EXPECT_EQ(run_on(text, {"check", "--all"}), reported(100, "f: error: 50 more\n"));
     EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "149"}),
-              told(149, "f: error: 1 more\n"));
-    EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "150"}), told(150, ""));
+              reported(149, "f: error: 1 more\n"));
+    EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "150"}), reported(150, ""));
     EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "1"}),
-              told(1, "f: error: 149 more\n"));
+              reported(1, "f: error: 149 more\n"));
     EXPECT_EQ(run({"check", "--all", "--max-errors", "1", "f", "f"}).err,
               times("f:2:1: error: Unexpected token '? [0x40000002]\nf: error: 149 more\n", 2));
 }
@@ -235,7 +235,7 @@ TEST_F(ToolCheck, shortens_long_paths_in_the_middle) {
               "f:1:331: error: Failed to read value: " + shown);
 }
 
-TEST_F(ToolCheck, shortens_long_texts_between_characters) {
+TEST_F(ToolCheck, shortens_long_strings_between_characters) {
     std::string const e_acute = "\xC3\xA9";
     EXPECT_EQ(check("['" + times(e_acute, 1000) + "' 1]"),
               "f:1:2: error: Missing delimiter after value: \"" + times(e_acute, 82) + " ... " +
@@ -248,7 +248,7 @@ TEST_F(ToolCheck, shows_control_characters_as_numbers) {
               "f:2:8: error: Unexpected token '\\x07 [0x40000002]\n");
 }
 
-TEST_F(ToolCheck, shows_the_line_and_a_mark_on_a_terminal) {
+TEST_F(ToolCheck, shows_the_line_and_a_marker_on_a_terminal) {
     int const terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_GE(terminal, 0);
     ASSERT_EQ(::grantpt(terminal), 0);
@@ -283,7 +283,7 @@ TEST_F(ToolCheck, counts_the_errors_that_follow_from_another) {
                     "f:2:5: note: 2 more errors follow from it\n"}));
 }
 
-// The positions of all errors, a line each.
+// The positions of all errors, one on a line.
 std::string positions_of(std::string const &messages) {
     std::string found;
     std::istringstream is(messages);
@@ -293,7 +293,7 @@ std::string positions_of(std::string const &messages) {
     return found;
 }
 
-TEST_F(ToolCheck, finds_a_mistake_that_hides_after_another_one) {
+TEST_F(ToolCheck, finds_a_mistake_after_another_mistake) {
     auto const positions = [this](std::string const &text) {
         return positions_of(run_on(text, {"check"}).err);
     };
@@ -303,7 +303,7 @@ TEST_F(ToolCheck, finds_a_mistake_that_hides_after_another_one) {
     EXPECT_EQ(positions("{\n m= {a-b= 5; w= 10px; };\n n= 1;\n t= 12:30;\n}"), "2:6\n2:17\n4:5\n");
     EXPECT_EQ(positions("{\na-b= 5;\nw= 10px;\n}"), "2:1\n3:4\n");
     EXPECT_EQ(positions("{\n a= (1, 2);\n b= 5 volts;\n c= 1;\n}"), "2:5\n3:5\n");
-    // What only follows is not a mistake.
+    // An error that only follows from another one is not a mistake.
     EXPECT_EQ(positions("{\n a= 5 volts;\n b= 10;\n c= 1;\n}"), "2:5\n");
     EXPECT_EQ(positions("{\n a-b= 5;\n w= {x= 10; y= [1, 2]; };\n}"), "2:2\n");
     EXPECT_EQ(positions("{\n a= 1;\n b-c= #cRef(/a);\n d= #cRef(/a);\n}"), "3:2\n");

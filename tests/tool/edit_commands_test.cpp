@@ -21,7 +21,7 @@ std::string const text = "// head\n"
                          "  r = #cRef(/b/y); // ref\n"
                          "}\n";
 
-// The text with one part of it replaced by another.
+// The text with one part of it replaced.
 std::string with(std::string const &part, std::string const &other, std::string in = text) {
     size_t const at = in.find(part);
     EXPECT_NE(at, std::string::npos) << part;
@@ -32,7 +32,7 @@ class EditCommands : public tool_test::Tool {
   protected:
     EditCommands() { write("f", text); }
 
-    // What a command prints that has nothing to complain about.
+    // The output of a command that reports no error.
     std::string out(std::vector<std::string> arguments) const {
         cRun const run = this->run(std::move(arguments));
         EXPECT_EQ(run.status, 0);
@@ -57,7 +57,7 @@ TEST_F(EditCommands, del_removes_an_entry_with_its_comments) {
     EXPECT_EQ(out({"del", "f", "/b/x"}), with(" x = 1;", ""));
 }
 
-TEST_F(EditCommands, del_counts_positions_in_lists_from_0) {
+TEST_F(EditCommands, del_counts_list_positions_from_0) {
     EXPECT_EQ(out({"del", "f", "l/1"}), with("10, 20", "10"));
     EXPECT_EQ(out({"del", "f", "s/0"}), with("p, q", "q"));
 }
@@ -67,21 +67,21 @@ TEST_F(EditCommands, del_applies_its_paths_in_order) {
     EXPECT_EQ(refused({"del", "f", "a", "a"}), "f: error: nothing at path 'a'\n");
 }
 
-TEST_F(EditCommands, del_writes_a_value_at_its_first_reference) {
+TEST_F(EditCommands, del_moves_a_value_to_its_first_reference) {
     EXPECT_EQ(out({"del", "f", "b/y"}), with("#cRef(/b/y)", "2", with(" y = 2;", "")));
 }
 
-TEST_F(EditCommands, del_of_all_entries_leaves_the_brackets) {
+TEST_F(EditCommands, deleting_all_entries_leaves_the_brackets) {
     EXPECT_EQ(out({"del", "f", "a", "b", "l", "s", "m", "p", "q", "r", "P", "M"}),
               "// head\n{\n}\n");
 }
 
-TEST_F(EditCommands, del_leaves_no_blanks_of_the_lines_that_it_empties) {
+TEST_F(EditCommands, del_removes_the_blanks_of_emptied_lines) {
     write("f", "{\n  a = 1;  b = 2; c = 3; // c\n  l = [ 1, // one\n    2 ]; // list\n}\n");
     EXPECT_EQ(out({"del", "f", "b", "c", "l/0", "l/0"}), "{\n  a = 1;\n  l = []; // list\n}\n");
 }
 
-TEST_F(EditCommands, del_refuses_a_type_that_is_used) {
+TEST_F(EditCommands, del_refuses_a_type_in_use) {
     EXPECT_EQ(refused({"del", "f", "M"}), "f: error: M: this type is still used\n");
     EXPECT_EQ(refused({"del", "f", "p", "P"}), "f: error: P: this type is still used\n");
     EXPECT_EQ(out({"del", "f", "m", "M"}),
@@ -127,20 +127,20 @@ TEST_F(EditCommands, mv_to_the_same_path_changes_nothing) {
     EXPECT_EQ(out({"mv", "f", "l/0", "l/0"}), text);
 }
 
-TEST_F(EditCommands, mv_puts_a_value_last_into_another_map) {
+TEST_F(EditCommands, mv_appends_a_value_to_another_map) {
     EXPECT_EQ(out({"mv", "f", "b/x", "x"}),
               with("// ref\n", "// ref\n  x = 1;\n", with(" x = 1;", "")));
     EXPECT_EQ(out({"mv", "f", "l/1", "b/z"}), with("y = 2;", "y = 2; z = 20;", with("20, ", "")));
 }
 
-TEST_F(EditCommands, mv_brings_a_line_comment_with_the_end_of_its_line) {
+TEST_F(EditCommands, mv_moves_a_line_comment_with_the_end_of_its_line) {
     EXPECT_EQ(out({"mv", "f", "a", "b/n"}),
               with("y = 2; }", "y = 2;\n  n = 1; // one\n  }", with("  a = 1; // one\n", "")));
     EXPECT_EQ(out({"mv", "f", "a", "l/0"}),
               with("[ 10", "[ 1, // one\n  10", with("  a = 1; // one\n", "")));
 }
 
-TEST_F(EditCommands, mv_into_a_list_brings_the_comments_around_the_equals_sign) {
+TEST_F(EditCommands, mv_into_a_list_moves_the_comments_around_the_equals_sign) {
     auto const moved = [this](std::string const &file) {
         return run({"mv", "-", "a", "l/0"}, {.input = file}).out;
     };
@@ -150,7 +150,7 @@ TEST_F(EditCommands, mv_into_a_list_brings_the_comments_around_the_equals_sign) 
               "{\n  l = [\n    // value\n      1,\n    2,\n  ];\n}");
 }
 
-TEST_F(EditCommands, mv_brings_the_comments_of_all_places_of_a_repeated_key) {
+TEST_F(EditCommands, mv_moves_the_comments_of_all_occurrences_of_a_repeated_key) {
     auto const moved = [this](std::string const &file) {
         return run({"mv", "-", "m/a", "z"}, {.input = file}).out;
     };
@@ -161,7 +161,7 @@ TEST_F(EditCommands, mv_brings_the_comments_of_all_places_of_a_repeated_key) {
         "{\n  m = {\n  };\n  m = {\n  };\n  z = 2; // one\n   /* two\n two */\n}");
 }
 
-TEST_F(EditCommands, mv_brings_the_comments_of_a_constant) {
+TEST_F(EditCommands, mv_moves_the_comments_of_a_constant) {
     write("f", "{\n  a = #nil; // not yet\n  // flag\n  b = #true;\n  m = {\n  };\n}\n");
     EXPECT_EQ(out({"mv", "f", "a", "c"}),
               "{\n  c = #nil; // not yet\n  // flag\n  b = #true;\n  m = {\n  };\n}\n");
@@ -169,14 +169,14 @@ TEST_F(EditCommands, mv_brings_the_comments_of_a_constant) {
               "{\n  a = #nil; // not yet\n  m = {\n    // flag\n    b = #true;\n  };\n}\n");
 }
 
-TEST_F(EditCommands, mv_changes_positions_in_lists) {
+TEST_F(EditCommands, mv_changes_list_positions) {
     EXPECT_EQ(out({"mv", "f", "l/0", "l/2"}), with("10, 20, 30", "20, 30, 10"));
     EXPECT_EQ(out({"mv", "f", "l/2", "l/0"}), with("10, 20, 30", "30, 10, 20"));
     EXPECT_EQ(out({"mv", "f", "s/0", "s/1"}), with("p, q", "q, p"));
     EXPECT_EQ(out({"mv", "f", "s/0", "l/3"}), with("30", "30, p", with("p, q", "q")));
 }
 
-TEST_F(EditCommands, mv_refuses_what_cannot_be_stored) {
+TEST_F(EditCommands, mv_refuses_values_that_cannot_be_stored) {
     EXPECT_EQ(refused({"mv", "f", "b", "b/z"}), "f: error: b/z: it is inside of what is moved\n");
     EXPECT_EQ(refused({"mv", "f", "a", "b/x"}),
               "f: error: b/x: there is a value already; delete it first\n");
@@ -199,7 +199,7 @@ TEST_F(EditCommands, mv_keeps_the_names_of_declared_types) {
 
 // --- ins ---
 
-TEST_F(EditCommands, ins_before_an_entry_comes_below_what_separates_it) {
+TEST_F(EditCommands, ins_before_an_entry_inserts_below_its_separating_comment) {
     std::string const sections = "{\n"
                                  "  a = 1;\n"
                                  "\n"
@@ -221,7 +221,7 @@ TEST_F(EditCommands, ins_before_an_entry_comes_below_what_separates_it) {
               with("  b = 2;\n", "  b = 2;\n  x = 7;\n", sections));
 }
 
-TEST_F(EditCommands, ins_lays_a_new_entry_out_like_its_neighbours) {
+TEST_F(EditCommands, ins_formats_a_new_entry_like_its_neighbours) {
     EXPECT_EQ(out({"ins", "f", "a", "before", "z", "5"}), with("  a =", "  z = 5;\n  a ="));
     EXPECT_EQ(out({"ins", "f", "a", "after", "z", "\"two words\""}),
               with("// one\n", "// one\n  z = \"two words\";\n"));
@@ -246,7 +246,7 @@ TEST_F(EditCommands, ins_accepts_values_in_square_brackets) {
               with("x = 1;", "x = 1; z = [[1, 2], 3];"));
 }
 
-TEST_F(EditCommands, ins_refuses_wrong_places_and_keys) {
+TEST_F(EditCommands, ins_refuses_wrong_positions_and_keys) {
     EXPECT_EQ(refused({"ins", "f", "a", "after", "5"}),
               "f: error: a: the key of the new entry is missing\n");
     EXPECT_EQ(refused({"ins", "f", "a", "after", "b", "1"}),
@@ -268,9 +268,9 @@ TEST_F(EditCommands, ins_reports_errors_at_positions_in_the_entry) {
               "entry: error: one key and one value are needed\n");
 }
 
-// --- where the result goes ---
+// --- output of the result ---
 
-TEST_F(EditCommands, the_result_replaces_the_file_only_if_asked) {
+TEST_F(EditCommands, the_result_replaces_the_file_only_on_request) {
     EXPECT_EQ(run({"del", "f", "a"}).status, 0);
     EXPECT_EQ(read("f"), text);
     std::string const changed = with("  a = 1; // one\n", "");

@@ -1,7 +1,8 @@
-// The example that declares its own types, and small files that each break one rule of such types.
+// The example that declares its own types, and small files that each violate one rule of such
+// types.
 //
-// What `check` tells of examples/broken/<rule>.attr stands beside it in <rule>.err. After a change
-// of the messages, read them as a user would, and write all of them anew by
+// The output of `check` for examples/broken/<rule>.attr is in <rule>.err beside it. After a change
+// of the messages, read them as a user would, and write all of them again with
 //
 //   (cd examples/broken; for f in *.attr; do ../../build/dev/bin/qrv check $f >${f%attr}err 2>&1;
 //   done)
@@ -18,7 +19,7 @@ namespace {
 
 class ToolExamplesTypes : public tool_test::Tool {};
 
-// The names of the files in examples/broken with this ending, without it.
+// The names of the files in examples/broken with this ending, without the ending.
 std::set<std::string> rules(std::string const &ending) {
     std::set<std::string> names;
     for (auto const &entry :
@@ -33,7 +34,7 @@ size_t count(std::string const &all, std::string const &part) {
     return n;
 }
 
-TEST_F(ToolExamplesTypes, waterworks_has_two_hundred_objects_in_layout) {
+TEST_F(ToolExamplesTypes, waterworks_has_two_hundred_formatted_objects) {
     write_example("waterworks.attr");
     std::string const text = read("waterworks.attr");
     EXPECT_EQ(run({"check", "waterworks.attr"}), (cRun{0, "", ""}));
@@ -44,7 +45,7 @@ TEST_F(ToolExamplesTypes, waterworks_has_two_hundred_objects_in_layout) {
     EXPECT_EQ(count(text, " Reading("), 0u) << "has a #FIXED attribute";
 }
 
-TEST_F(ToolExamplesTypes, waterworks_is_reached_by_paths) {
+TEST_F(ToolExamplesTypes, waterworks_can_be_queried_by_paths) {
     write_example("waterworks.attr");
     EXPECT_EQ(
         run({"get", "waterworks.attr", "high_lift/4/drive", "on_diesel/0/tag", "intake/1/spares",
@@ -55,7 +56,7 @@ TEST_F(ToolExamplesTypes, waterworks_is_reached_by_paths) {
               ""}));
 }
 
-TEST_F(ToolExamplesTypes, one_object_of_waterworks_that_breaks_a_rule_is_found) {
+TEST_F(ToolExamplesTypes, one_invalid_object_of_waterworks_is_found) {
     write_example("waterworks.attr");
     std::string text = read("waterworks.attr");
     std::string const given = "tag= W5;";
@@ -68,7 +69,7 @@ TEST_F(ToolExamplesTypes, one_object_of_waterworks_that_breaks_a_rule_is_found) 
                                "path /wells/4/tag, declared at 21:7 [0x40000000]\n");
 }
 
-TEST_F(ToolExamplesTypes, each_broken_rule_is_told_as_its_file_says) {
+TEST_F(ToolExamplesTypes, each_violated_rule_is_reported_as_in_its_file) {
     std::set<std::string> const names = rules(".attr");
     EXPECT_EQ(names, (std::set<std::string>{"another_metatype", "choice_without_map", "fixed_value",
                                             "fixed_without_default", "required_missing",
@@ -77,9 +78,10 @@ TEST_F(ToolExamplesTypes, each_broken_rule_is_told_as_its_file_says) {
     EXPECT_EQ(names, rules(".err"));
     for (std::string const &name : names) {
         write(name + ".attr", bytes_of(test::source_file("examples/broken/" + name + ".attr")));
-        std::string const told = bytes_of(test::source_file("examples/broken/" + name + ".err"));
-        EXPECT_TRUE(told.starts_with(name + ".attr:")) << name;
-        EXPECT_EQ(run({"check", "--all", name + ".attr"}), (cRun{1, "", told})) << name;
+        std::string const reported =
+            bytes_of(test::source_file("examples/broken/" + name + ".err"));
+        EXPECT_TRUE(reported.starts_with(name + ".attr:")) << name;
+        EXPECT_EQ(run({"check", "--all", name + ".attr"}), (cRun{1, "", reported})) << name;
     }
 }
 

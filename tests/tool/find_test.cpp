@@ -1,4 +1,4 @@
-// `find`: what a pattern finds, and that `set` takes every line of it.
+// `find`: the matches of a pattern, and that `set` accepts every printed line.
 
 #include "tests/tool/tool_run.h"
 
@@ -17,27 +17,27 @@ class ToolFind : public tool_test::Tool {
         arguments.insert(arguments.begin(), {"find", "f"});
         return run(std::move(arguments));
     }
-    // With this pattern all is well, and this is what comes.
+    // With this pattern the command succeeds and prints this.
     std::string found(std::string const &bytes, std::string const &pattern) const {
         cRun const run = find(bytes, {pattern});
         EXPECT_EQ(run.err, "");
         EXPECT_EQ(run.status, run.out.empty() ? 1 : 0);
         return run.out;
     }
-    // Its value, whatever its layout and its comments.
+    // The value of the text, independent of layout and comments.
     std::string value_of(std::string const &bytes) const {
         write("v", bytes);
         cRun const run = this->run({"to-json", "--compact", "v"});
         EXPECT_EQ(run.status, 0) << run.err;
         return run.out;
     }
-    // Gives these statements to `set`: the value stays what it is. Comments may go.
+    // Passes these statements to `set`, which must not change the value. Comments may be lost.
     void expect_taken(std::string const &bytes, std::string const &statements) const {
         write("f", bytes);
         cRun const set = run({"set", "--reformat", "f", statements});
         EXPECT_NE(set.status, 2) << statements << set.err;
-        std::istringstream told(set.err);
-        for (std::string line; std::getline(told, line);)
+        std::istringstream reported(set.err);
+        for (std::string line; std::getline(reported, line);)
             EXPECT_NE(line.find("this comment would be lost: "), std::string::npos) << line;
         EXPECT_EQ(value_of(set.out), value_of(bytes)) << statements;
     }
@@ -57,7 +57,7 @@ class ToolFind : public tool_test::Tool {
     }
 };
 
-TEST_F(ToolFind, keys_and_texts_that_match_from_end_to_end) {
+TEST_F(ToolFind, keys_and_strings_must_match_completely) {
     std::string const text =
         "{hum= 1; humid= 2; a= hum; b= ahum; c= 'hum '; d= {hum= x; e= [hum]}}";
     EXPECT_EQ(found(text, "hum"), "hum = 1;\na = hum;\nd/hum = x;\nd/e/0 = hum;\n");
@@ -69,9 +69,9 @@ TEST_F(ToolFind, keys_and_texts_that_match_from_end_to_end) {
     EXPECT_EQ(found(text, "hum."), "");
 }
 
-TEST_F(ToolFind, an_entry_is_told_once) { EXPECT_EQ(found("{a= a}", "a"), "a = a;\n"); }
+TEST_F(ToolFind, an_entry_is_printed_once) { EXPECT_EQ(found("{a= a}", "a"), "a = a;\n"); }
 
-TEST_F(ToolFind, first_takes_the_first_choice_that_works) {
+TEST_F(ToolFind, first_uses_the_first_matching_alternative) {
     std::string const text = "{k= abcabc; l= abc; m= ab}";
     EXPECT_EQ(find(text, {"a*c"}), (cRun{0, "k = abcabc;\nl = abc;\n", ""}));
     EXPECT_EQ(find(text, {"--first", "a*c"}), (cRun{0, "l = abc;\n", ""}));
@@ -79,7 +79,7 @@ TEST_F(ToolFind, first_takes_the_first_choice_that_works) {
     EXPECT_EQ(find(text, {"{ab,abc}", "--first"}), (cRun{0, "m = ab;\n", ""}));
 }
 
-TEST_F(ToolFind, texts_are_those_of_the_file) {
+TEST_F(ToolFind, strings_are_printed_as_in_the_file) {
     std::string const text = "{a= 0x10; b= 1.5; c= 1.5f; d= true; e= 'x \"y\"'; f= 'true'; g= -5}";
     EXPECT_EQ(found(text, "16"), "a = 16;\n");
     EXPECT_EQ(found(text, "1.50000"), "b = 1.50000;\n");
@@ -91,13 +91,13 @@ TEST_F(ToolFind, texts_are_those_of_the_file) {
     EXPECT_EQ(found("{a= 0.1234567890123}", "0.12345*[0-9]"), "a = 0.1234567890123;\n");
 }
 
-TEST_F(ToolFind, bytes_from_128) {
+TEST_F(ToolFind, bytes_from_128_on_can_be_matched) {
     EXPECT_EQ(found("{a= '\xC3\xA4'; '\xC3\xA4'= 1}", "\xC3?"),
               "a = \"\xC3\xA4\";\n\"\xC3\xA4\" = 1;\n");
     EXPECT_EQ(found("{a= '\xE4'; b= e}", "[\xE0-\xEF]"), "a = \"\xE4\";\n");
 }
 
-TEST_F(ToolFind, constants_are_set_by_and_assign) {
+TEST_F(ToolFind, constants_are_printed_with_and_assign) {
     std::string const text = "{a= #true; b= #nil; c= [#false, x]; '#true'= 1}";
     EXPECT_EQ(found("{a= #true; b= #nil; c= #nil}", "#*?"),
               "a &= #true;\nb &= #nil;\nc &= #nil;\n");
@@ -114,7 +114,7 @@ TEST_F(ToolFind, containers_are_found_by_their_key_on_one_line) {
               "a = [{b= [{a= 1; }, ]; }, ];\na/0/b/0/a = 1;\n");
 }
 
-TEST_F(ToolFind, containers_that_can_not_stand_on_one_line_have_no_comments_either) {
+TEST_F(ToolFind, containers_that_do_not_fit_on_one_line_have_no_comments_either) {
     std::string const text =
         "{a= { // one\n  b= 'x\\\ny'; // two\n  c= 1; /* three */\n}; // four\n"
         "d= {M= choice({u= 0; v= 1; }); w= 2; // five\n}}";
@@ -123,7 +123,7 @@ TEST_F(ToolFind, containers_that_can_not_stand_on_one_line_have_no_comments_eith
     expect_all_taken(text);
 }
 
-TEST_F(ToolFind, indices_are_no_keys) {
+TEST_F(ToolFind, indices_are_not_keys) {
     EXPECT_EQ(found("{a= [x, y]; s= <u, v>; 0= z}", "0"), "0 = z;\n");
     EXPECT_EQ(found("{a= [x, 1, 0]; s= <u, 0>}", "0"), "a/2 = 0;\ns/1 = 0;\n");
 }
@@ -141,7 +141,7 @@ TEST_F(ToolFind, odd_keys_are_quoted_in_paths) {
     expect_each_taken(text);
 }
 
-TEST_F(ToolFind, a_line_feed_in_a_text_stays_one) {
+TEST_F(ToolFind, a_line_feed_in_a_string_is_preserved) {
     std::string const text = "{a= 'x\\\ny'; b= {c= 'z\\\n'; d= 1}; 'k\\\nl'= 2}";
     EXPECT_EQ(found(text, "x?y"), "a = \"x\\\ny\";\n");
     EXPECT_EQ(found(text, "x\ny"), "a = \"x\\\ny\";\n");
@@ -149,7 +149,7 @@ TEST_F(ToolFind, a_line_feed_in_a_text_stays_one) {
     expect_all_taken(text);
 }
 
-TEST_F(ToolFind, an_empty_text_is_found_by_the_empty_pattern_only) {
+TEST_F(ToolFind, only_the_empty_pattern_matches_an_empty_string) {
     std::string const text = "{a= ''; ''= 1; b= x}";
     EXPECT_EQ(found(text, ""), "a = \"\";\n\"\" = 1;\n");
     EXPECT_EQ(found(text, "?"), "a = \"\";\n\"\" = 1;\nb = x;\n");
@@ -157,7 +157,7 @@ TEST_F(ToolFind, an_empty_text_is_found_by_the_empty_pattern_only) {
     EXPECT_EQ(found("{aa= ''}", "{,b}"), "");
 }
 
-TEST_F(ToolFind, a_file_of_one_value) {
+TEST_F(ToolFind, a_file_may_be_a_single_value) {
     EXPECT_EQ(found("hum", "h*m"), "hum;\n");
     EXPECT_EQ(found("hum", "x"), "");
     EXPECT_EQ(found("[hum]", "hum"), "0 = hum;\n");
@@ -165,9 +165,9 @@ TEST_F(ToolFind, a_file_of_one_value) {
     EXPECT_EQ(found("''", ""), "\"\";\n");
 }
 
-// --- what is shared ---
+// --- shared values ---
 
-TEST_F(ToolFind, what_is_shared_is_looked_at_under_its_first_path) {
+TEST_F(ToolFind, a_shared_value_is_searched_at_its_first_path) {
     std::string const text = "{a= [x, y]; b= {c= #cRef(/a)}; d= #cRef(/a/0)}";
     EXPECT_EQ(found(text, "x"), "a/0 = x;\n");
     EXPECT_EQ(found(text, "[bcd]"), "b = {c= [x, y, ]; };\nb/c = [x, y, ];\nd = x;\n")
@@ -175,7 +175,7 @@ TEST_F(ToolFind, what_is_shared_is_looked_at_under_its_first_path) {
     expect_each_taken(text);
 }
 
-TEST_F(ToolFind, sharing_inside_what_is_found_is_kept) {
+TEST_F(ToolFind, sharing_inside_a_match_is_preserved) {
     std::string const text = "{a= {b= [1]; c= #cRef(/a/b)}; d= {e= {f= #cRef(/a)}}}";
     EXPECT_EQ(found(text, "[ade]"), "a = {b= [1, ]; c= #cRef(/b); };\n"
                                     "d = {e= {f= {b= [1, ]; c= #cRef(/e/f/b); }; }; };\n"
@@ -183,7 +183,7 @@ TEST_F(ToolFind, sharing_inside_what_is_found_is_kept) {
     expect_each_taken(text);
 }
 
-TEST_F(ToolFind, what_is_shared_many_times_ends) {
+TEST_F(ToolFind, values_shared_many_times_take_little_time) {
     std::string text = "{m0= {n= hum}";
     for (int i = 1; i < 60; ++i) {
         std::string const before = "#cRef(/m" + std::to_string(i - 1) + ")";
@@ -210,7 +210,7 @@ TEST_F(ToolFind, objects_of_declared_types_have_keys) {
     expect_each_taken(text);
 }
 
-TEST_F(ToolFind, a_key_that_no_path_can_have_is_told) {
+TEST_F(ToolFind, a_key_that_cannot_be_in_a_path_is_reported) {
     std::string const text = "{n= intf(0x10); m= {intf(0x1F)= {a= hum}; 2= hum; 2.5f= hum}}";
     cRun const run = find(text, {"hum"});
     EXPECT_EQ(run.out, "m/intf(0x1F)/a = hum;\nm/2 = hum;\nm/2.50000f = hum;\n");
@@ -220,7 +220,7 @@ TEST_F(ToolFind, a_key_that_no_path_can_have_is_told) {
     EXPECT_EQ(found(text, "n"), "n = intf(0x10);\n");
 }
 
-TEST_F(ToolFind, values_of_types_from_modules) {
+TEST_F(ToolFind, values_of_module_types_are_found) {
     std::string const text = "{sky= color(0 0 255); flag= palette(sun= '#ffff00')}";
     write("f", text);
     std::string const module = test::binary_file("bin/modules/colour");
@@ -231,9 +231,9 @@ TEST_F(ToolFind, values_of_types_from_modules) {
     EXPECT_EQ(find(text, {"sun"}).status, 2) << "nothing has brought the types";
 }
 
-// --- what set takes ---
+// --- input for set ---
 
-TEST_F(ToolFind, all_that_the_examples_hold_is_taken_by_set) {
+TEST_F(ToolFind, set_accepts_all_lines_of_the_examples) {
     for (char const *const name : {"device", "settings", "testplan", "waterworks"}) {
         SCOPED_TRACE(name);
         expect_all_taken(
@@ -245,11 +245,11 @@ TEST_F(ToolFind, all_that_the_examples_hold_is_taken_by_set) {
     EXPECT_EQ(files, 4u) << "one is missing above";
 }
 
-TEST_F(ToolFind, a_line_of_an_example_is_taken_by_set_alone) {
+TEST_F(ToolFind, set_accepts_a_single_line_of_an_example) {
     expect_each_taken(tool_test::bytes_of(test::source_file("examples/settings.attr")), 4);
 }
 
-TEST_F(ToolFind, a_line_that_was_changed_sets_the_value) {
+TEST_F(ToolFind, a_changed_line_sets_the_value) {
     std::string const line = found("{a= {b= [1, 2]}}", "2");
     EXPECT_EQ(line, "a/b/1 = 2;\n");
     EXPECT_EQ(run({"set", "f", "a/b/1 = 3;\n"}), (cRun{0, "{a= {b= [1, 3]}}", ""}));
@@ -257,48 +257,49 @@ TEST_F(ToolFind, a_line_that_was_changed_sets_the_value) {
 
 // --- nothing found, and errors ---
 
-TEST_F(ToolFind, nothing_found_is_1_and_silent) {
+TEST_F(ToolFind, no_match_gives_status_1_and_no_output) {
     EXPECT_EQ(find("{a=1}", {"x"}), (cRun{1, "", ""}));
     EXPECT_EQ(find("{}", {""}), (cRun{1, "", ""}));
 }
 
-TEST_F(ToolFind, a_star_at_the_end_is_told) {
+TEST_F(ToolFind, a_star_at_the_end_is_reported) {
     std::string const text = "{hum= 1; humidity= 2}";
-    auto const told = [](std::string const &column, std::string const &advice) {
+    auto const reported = [](std::string const &column, std::string const &advice) {
         return cRun{1, "",
                     "pattern:1:" + column +
                         ": error: this * never matches the last character of a string, so the "
                         "pattern matches no whole string\npattern:1:" +
                         column + ": note: write " + advice + "\n"};
     };
-    EXPECT_EQ(find(text, {"hum*"}), told("4", "'hum*?'"));
-    EXPECT_EQ(find(text, {"*"}), told("1", "'*?'"));
-    EXPECT_EQ(find(text, {"[*]{*}\\*h**"}), told("11", "'[*]{*}\\*h**?'"));
-    EXPECT_EQ(find(text, {"--first", "hum*"}), told("4", "'hum*?', and leave out --first"));
+    EXPECT_EQ(find(text, {"hum*"}), reported("4", "'hum*?'"));
+    EXPECT_EQ(find(text, {"*"}), reported("1", "'*?'"));
+    EXPECT_EQ(find(text, {"[*]{*}\\*h**"}), reported("11", "'[*]{*}\\*h**?'"));
+    EXPECT_EQ(find(text, {"--first", "hum*"}), reported("4", "'hum*?', and leave out --first"));
     EXPECT_EQ(found(text, "hum*?"), "humidity = 2;\n");
     EXPECT_EQ(found("{'h*'= 1}", "h\\*"), "\"h*\" = 1;\n");
     EXPECT_EQ(found("{'h*'= 1}", "h[*]"), "\"h*\" = 1;\n");
 }
 
-TEST_F(ToolFind, other_patterns_that_match_nothing_are_told) {
-    auto const told = [](std::string const &column, std::string const &what, std::string const &c) {
+TEST_F(ToolFind, other_patterns_without_matches_are_reported) {
+    auto const reported = [](std::string const &column, std::string const &what,
+                             std::string const &c) {
         return cRun{1, "",
                     "pattern:1:" + column + ": error: this " + what +
                         ", so the pattern matches no whole string\npattern:1:" + column +
                         ": note: write \\" + c + " for the character " + c + " itself\n"};
     };
-    EXPECT_EQ(find("{a=1}", {"a["}), told("2", "[ is not closed", "["));
-    EXPECT_EQ(find("{a=1}", {"a[b\\]"}), told("2", "[ is not closed", "["));
-    EXPECT_EQ(find("{a=1}", {"{a,{b}"}), told("1", "{ is not closed", "{"));
-    EXPECT_EQ(find("{a=1}", {"{a,b\\}"}), told("1", "{ is not closed", "{"));
-    EXPECT_EQ(find("{a=1}", {"{[}]"}), told("1", "{ is not closed", "{"));
+    EXPECT_EQ(find("{a=1}", {"a["}), reported("2", "[ is not closed", "["));
+    EXPECT_EQ(find("{a=1}", {"a[b\\]"}), reported("2", "[ is not closed", "["));
+    EXPECT_EQ(find("{a=1}", {"{a,{b}"}), reported("1", "{ is not closed", "{"));
+    EXPECT_EQ(find("{a=1}", {"{a,b\\}"}), reported("1", "{ is not closed", "{"));
+    EXPECT_EQ(find("{a=1}", {"{[}]"}), reported("1", "{ is not closed", "{"));
     EXPECT_EQ(find("{a=1}", {"a\\"}),
-              told("2", "\\ ends the match before the end of the string", "\\"));
+              reported("2", "\\ ends the match before the end of the string", "\\"));
     EXPECT_EQ(find("{a=1}", {"a\n["}).err.substr(0, 13), "pattern:2:1: ");
     EXPECT_EQ(found("{']}'= 1}", "]}"), "\"]}\" = 1;\n");
 }
 
-TEST_F(ToolFind, a_backslash_behind_a_choice_may_stand_at_the_end_of_the_text) {
+TEST_F(ToolFind, a_backslash_after_alternatives_may_match_the_end_of_the_string) {
     EXPECT_EQ(found("{ab= 1; x= abc}", "{x,ab}\\"), "ab = 1;\nx = abc;\n");
     EXPECT_EQ(found("{ab= 1}", "{{a}b}\\"), "ab = 1;\n");
     EXPECT_EQ(find("{'}'= 1}", {"}\\"}).err.substr(0, 17), "pattern:1:2: erro") << "no choice";
@@ -306,7 +307,7 @@ TEST_F(ToolFind, a_backslash_behind_a_choice_may_stand_at_the_end_of_the_text) {
     EXPECT_EQ(find("{ab= 1}", {"{{ab}\\"}).err.substr(0, 17), "pattern:1:6: erro");
 }
 
-TEST_F(ToolFind, a_file_that_does_not_read_cleanly_gives_nothing) {
+TEST_F(ToolFind, a_file_with_errors_prints_nothing) {
     EXPECT_EQ(find("{a=1;b=foo(2)}", {"a"}),
               (cRun{2, "",
                     "f:1:8: error: Value with unknown type='foo [0x40000005]\n"
@@ -319,7 +320,7 @@ TEST_F(ToolFind, a_file_that_does_not_read_cleanly_gives_nothing) {
     EXPECT_EQ(run({"find", "-", "a"}, {.input = "{a=1}"}), (cRun{0, "a = 1;\n", ""}));
 }
 
-TEST_F(ToolFind, what_cannot_be_written_is_an_error) {
+TEST_F(ToolFind, an_unwritable_match_is_an_error) {
     std::string const text = "{P= attlist(x= attspec(type= int)); d= {y= P(x= 1); z= 2}; "
                              "P= attlist(w= attspec(type= int)); e= 5}";
     EXPECT_EQ(
@@ -328,7 +329,7 @@ TEST_F(ToolFind, what_cannot_be_written_is_an_error) {
     EXPECT_EQ(found(text, "2"), "d/z = 2;\n");
 }
 
-TEST_F(ToolFind, usage_errors) {
+TEST_F(ToolFind, usage_errors_are_reported) {
     EXPECT_EQ(run({"find"}), usage_error("find", "FILE is required"));
     EXPECT_EQ(run({"find", "f"}), usage_error("find", "PATTERN is required"));
     EXPECT_EQ(run({"find", "f", "a", "b"}), usage_error("find", "unexpected argument 'b'"));
@@ -336,20 +337,20 @@ TEST_F(ToolFind, usage_errors) {
 
 // --- size ---
 
-TEST_F(ToolFind, a_file_of_160000_keys) {
+TEST_F(ToolFind, a_file_may_have_160000_keys) {
     std::string text = "{\n";
     for (int i = 0; i < 160000; ++i)
         text += "key_" + std::to_string(i) + "= " + std::to_string(i) + ";\n";
     EXPECT_EQ(found(text + "}", "*_15999[89]"), "key_159998 = 159998;\nkey_159999 = 159999;\n");
 }
 
-TEST_F(ToolFind, a_file_that_is_as_deep_as_can_be_read) {
+TEST_F(ToolFind, a_file_may_be_as_deep_as_can_be_read) {
     std::string const text = times("{n= ", 999) + "hum" + times(";}", 999);
     EXPECT_EQ(found(text, "h*m"), "n" + times("/n", 998) + " = hum;\n");
     EXPECT_EQ(found(text, "x*m"), "");
 }
 
-TEST_F(ToolFind, a_path_that_references_make_longer_than_any_text) {
+TEST_F(ToolFind, references_may_make_a_path_very_long) {
     std::string text = "{m0= {n= hum}";
     for (int i = 1; i < 3000; ++i)
         text += "; m" + std::to_string(i) + "= {n= #cRef(/m" + std::to_string(i - 1) + ")}";
@@ -357,7 +358,7 @@ TEST_F(ToolFind, a_path_that_references_make_longer_than_any_text) {
     EXPECT_EQ(found(text + "}", "m2"), "m2 = {n= {n= {n= hum; }; }; };\n");
 }
 
-TEST_F(ToolFind, patterns_with_many_ways_to_match) {
+TEST_F(ToolFind, patterns_may_match_in_many_ways) {
     std::string const value = times("a", 60);
     EXPECT_EQ(found("{k= " + value + "}", times("*a", 40)), "k = " + value + ";\n");
     EXPECT_EQ(found("{k= " + value + "}", times("*a", 40) + "b"), "");

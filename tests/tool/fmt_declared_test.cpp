@@ -1,4 +1,4 @@
-// `fmt` and `get` on files that declare types: attribute sets, choices, and objects of them.
+// `fmt` and `get` on files that declare types: attribute sets, choices, and their objects.
 
 #include "tests/tool/tool_run.h"
 
@@ -11,7 +11,7 @@ namespace {
 
 class ToolFmtDeclared : public tool_test::Tool {
   protected:
-    // Any layout becomes this one, which is left alone.
+    // `fmt` changes any layout to this text, which it leaves as it is.
     void becomes(std::string const &bytes, std::string const &layout) const {
         EXPECT_EQ(fmt(bytes), (cRun{0, layout, ""}));
         EXPECT_EQ(run_on(layout, {"fmt", "--check"}), (cRun{0, "", ""}));
@@ -33,7 +33,7 @@ std::string const all_kinds =
     "q= [\nR(m=Mode(a); d=Mode(a);), R(m= #cRef(/m), i= {x=1})]; T= choice({u= {x=1}; w= R(m= "
     "Mode(a))}); tt= T(w); z= #cRef(/T/w); L= choice(<p; q>); }";
 
-TEST_F(ToolFmtDeclared, all_kinds_in_one_file) {
+TEST_F(ToolFmtDeclared, one_file_may_contain_all_kinds_of_declarations) {
     becomes(all_kinds, "{\n"
                        "  Mode= choice({a= 1; b= 2; });\n"
                        "  m= Mode(a);\n"
@@ -81,14 +81,14 @@ TEST_F(ToolFmtDeclared, all_kinds_in_one_file) {
                        "}\n");
 }
 
-TEST_F(ToolFmtDeclared, a_value_alone) {
+TEST_F(ToolFmtDeclared, a_value_may_be_alone) {
     becomes("attlist(x=attspec(type=int))",
             "attlist(\n  x= attspec(type=int; flag=#REQUIRED;);\n)\n");
     becomes("choice({a=1})", "choice({a= 1; })\n");
     becomes("attspec(default=[1;2])", "attspec(default=[1, 2, ]; )\n");
 }
 
-TEST_F(ToolFmtDeclared, keeps_comments_also_inside_the_brackets_of_typed_values) {
+TEST_F(ToolFmtDeclared, preserves_comments_even_inside_typed_values) {
     std::string const text = "// shapes\n"
                              "{ // all of them\n"
                              "  P= attlist(\n"
@@ -103,14 +103,14 @@ TEST_F(ToolFmtDeclared, keeps_comments_also_inside_the_brackets_of_typed_values)
     EXPECT_EQ(fmt(text), (cRun{0, text, ""}));
 }
 
-// The object goes to the place of the value before, which is above the declaration.
+// The object would move to the position of the earlier value, which is above the declaration.
 TEST_F(ToolFmtDeclared, an_object_above_the_declaration_of_its_type_is_refused) {
     EXPECT_EQ(fmt("{ q= 0; P= attlist(x= attspec(type= int)); q= P(x= 1); }"),
               (cRun{2, "", unreadable + refused}));
     EXPECT_EQ(fmt("{ q= 0; M= choice({a= 1}); q= M(a); }"), (cRun{2, "", unreadable + refused}));
 }
 
-TEST_F(ToolFmtDeclared, an_object_of_an_older_declaration_is_reported_and_its_file_stays) {
+TEST_F(ToolFmtDeclared, an_object_of_an_older_declaration_is_reported_and_its_file_is_unchanged) {
     std::string const older =
         "{ P= attlist(x= attspec(type= int)); p= P(x= 1); P= attlist(y= attspec(type= int)); }";
     std::string const error = "f: error: Value cannot be written, path : /p [0x40000001]\n";
@@ -131,18 +131,19 @@ TEST_F(ToolFmtDeclared, an_object_without_attributes_is_formatted) {
     becomes("{ E= attlist(); e= E(); }", "{\n  E= attlist(\n  );\n  e= E(\n  );\n}\n");
 }
 
-// The writer copies a default that is shared, and refers to the values in it.
+// The writer copies a shared default, and refers to the values in it.
 TEST_F(ToolFmtDeclared, lost_sharing_is_reported_as_such) {
-    std::string const told = "f: error: the new text would not read as the same value: shared "
-                             "values would become copies\n";
+    std::string const reported = "f: error: the new text would not read as the same value: shared "
+                                 "values would become copies\n";
     std::string const text = "{v= [1]; d= attspec(default= #cRef(/v)); }";
-    EXPECT_EQ(fmt(text), (cRun{1, "{v= [1, ]; d= attspec(default=[#cRef(/v/0), ]; ); }\n", told}));
+    EXPECT_EQ(fmt(text),
+              (cRun{1, "{v= [1, ]; d= attspec(default=[#cRef(/v/0), ]; ); }\n", reported}));
     EXPECT_EQ(run_on(text, {"fmt", "--canonical"}),
-              (cRun{1, "{v= [1, ]; d= attspec(default=[#cRef(/v/0), ]); }", told}));
+              (cRun{1, "{v= [1, ]; d= attspec(default=[#cRef(/v/0), ]); }", reported}));
     EXPECT_EQ(
         run_on(text, {"fmt", "-i"}),
         (cRun{2, "",
-              told +
+              reported +
                   "f: error: not written: data would be lost; --force writes the file anyway\n"}));
 }
 
@@ -155,13 +156,13 @@ TEST_F(ToolFmtDeclared, a_type_that_set_stores_gets_a_name) {
                                ""}));
 }
 
-TEST_F(ToolFmtDeclared, a_declaration_that_is_made_again_is_written_once) {
+TEST_F(ToolFmtDeclared, a_repeated_declaration_is_written_once) {
     becomes("{ P= attlist(x= attspec(type= int)); P= attlist(y= attspec(type= int)); p= P(y= 1); }",
             "{\n  P= attlist(\n      y= attspec(type=int; flag=#REQUIRED;);\n  );\n  p= P(\n      "
             "y= 1;\n  );\n}\n");
 }
 
-TEST_F(ToolFmtDeclared, in_place_writes_a_file_that_is_in_layout) {
+TEST_F(ToolFmtDeclared, in_place_writes_a_formatted_file) {
     EXPECT_EQ(run_on(all_kinds, {"fmt", "-i"}), (cRun{0, "", ""}));
     std::string const once = read("f");
     EXPECT_EQ(run({"fmt", "-i", "f"}), (cRun{0, "", ""}));
@@ -169,7 +170,7 @@ TEST_F(ToolFmtDeclared, in_place_writes_a_file_that_is_in_layout) {
     EXPECT_EQ(run({"check", "f"}), (cRun{0, "", ""}));
 }
 
-TEST_F(ToolFmtDeclared, plain_text_of_a_specification_is_told_to_change) {
+TEST_F(ToolFmtDeclared, plain_text_that_changes_a_specification_is_reported) {
     EXPECT_EQ(run_on("{\nP= attlist(x= attspec(default= 5)); }", {"fmt", "--canonical"}),
               (cRun{0, "{\n  P= attlist(\n      x= attspec(default=5);\n  );\n}", ""}));
     EXPECT_EQ(
@@ -180,7 +181,7 @@ TEST_F(ToolFmtDeclared, plain_text_of_a_specification_is_told_to_change) {
               (cRun{2, "", changed + refused}));
 }
 
-TEST_F(ToolFmtDeclared, two_thousand_types_with_an_object_each) {
+TEST_F(ToolFmtDeclared, a_file_may_have_two_thousand_types_with_an_object_each) {
     std::string text = "{\n";
     for (int i = 0; i < 2000; ++i) {
         std::string const n = std::to_string(i);
@@ -190,8 +191,8 @@ TEST_F(ToolFmtDeclared, two_thousand_types_with_an_object_each) {
     EXPECT_EQ(run_on(text + "}\n", {"fmt", "--check"}), (cRun{0, "", ""}));
 }
 
-// The text is flat, the value is a chain.
-TEST_F(ToolFmtDeclared, values_deeper_than_any_text_don_t_break_the_comparison) {
+// The text is not nested, but the value is a long chain.
+TEST_F(ToolFmtDeclared, values_nested_deeper_than_text_can_be_compared) {
     std::string text = "{ m0= {};";
     for (int i = 1; i < 20000; ++i) text += " m" + std::to_string(i) + "= {};";
     for (int i = 1; i < 20000; ++i)
@@ -217,14 +218,14 @@ class ToolGetDeclared : public tool_test::Tool {
     }
 };
 
-TEST_F(ToolGetDeclared, attributes_of_objects) {
+TEST_F(ToolGetDeclared, get_prints_attributes_of_objects) {
     EXPECT_EQ(got("q/0/m"), "Mode(a)\n");
     EXPECT_EQ(got("q/1/v/1"), "2\n");
     EXPECT_EQ(got("q/0/i"), "#nil\n");
     EXPECT_EQ(run_on_path("q/0/other"), (cRun{1, "", "f: error: nothing at path 'q/0/other'\n"}));
 }
 
-TEST_F(ToolGetDeclared, what_a_type_declares) {
+TEST_F(ToolGetDeclared, get_prints_declarations_of_a_type) {
     EXPECT_EQ(got("R/m"), "attspec(type=Mode; flag=#REQUIRED;)\n");
     EXPECT_EQ(got("R/v/default"), "[1, 2, ]\n");
     EXPECT_EQ(got("R/v/default/0"), "1\n");
@@ -237,7 +238,7 @@ TEST_F(ToolGetDeclared, what_a_type_declares) {
               (cRun{1, "", "f: error: nothing at path 'R/none/type'\n"}));
 }
 
-TEST_F(ToolGetDeclared, choices_and_their_values) {
+TEST_F(ToolGetDeclared, get_prints_choices_and_their_values) {
     EXPECT_EQ(got("m"), "Mode(a)\n");
     EXPECT_EQ(got("m/key"), "a\n");
     EXPECT_EQ(got("m/value"), "1\n");

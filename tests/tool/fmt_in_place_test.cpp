@@ -1,4 +1,4 @@
-// `fmt -i`: the file is replaced, or left as it was.
+// `fmt -i`: the file is replaced or left unchanged.
 
 #include "tests/tool/tool_run.h"
 
@@ -32,7 +32,7 @@ cRun const silent{0, "", ""};
 std::string const refused =
     "f: error: not written: data would be lost; --force writes the file anyway\n";
 
-TEST_F(ToolFmtInPlace, replaces_the_file_and_leaves_nothing_beside) {
+TEST_F(ToolFmtInPlace, replaces_the_file_and_leaves_no_other_file) {
     write("f", "// head\n{a=1}");
     ino_t const before = status("f").st_ino;
     EXPECT_EQ(in_place(), silent);
@@ -41,7 +41,7 @@ TEST_F(ToolFmtInPlace, replaces_the_file_and_leaves_nothing_beside) {
     EXPECT_EQ(files(), 1u);
 }
 
-TEST_F(ToolFmtInPlace, takes_several_files_and_goes_on_behind_one_that_is_refused) {
+TEST_F(ToolFmtInPlace, continues_with_the_next_file_after_a_refused_one) {
     write("a", "[1]");
     write("f", "[1] x");
     write("c", "[2]");
@@ -55,7 +55,7 @@ TEST_F(ToolFmtInPlace, takes_several_files_and_goes_on_behind_one_that_is_refuse
     EXPECT_EQ(files(), 3u);
 }
 
-TEST_F(ToolFmtInPlace, keeps_the_mode) {
+TEST_F(ToolFmtInPlace, preserves_the_mode) {
     for (mode_t const mode : {0600u, 0644u, 0755u, 0640u, 0444u}) {
         write("g", "[1]");
         ::chmod(path("g").c_str(), mode);
@@ -67,7 +67,7 @@ TEST_F(ToolFmtInPlace, keeps_the_mode) {
     }
 }
 
-TEST_F(ToolFmtInPlace, does_not_touch_a_file_that_is_in_layout) {
+TEST_F(ToolFmtInPlace, does_not_write_a_formatted_file) {
     write("f", "[1, ]\n");
     timespec const long_ago[2] = {{1000, 0}, {2000, 0}};
     ASSERT_EQ(::utimensat(AT_FDCWD, path("f").c_str(), long_ago, 0), 0);
@@ -80,7 +80,7 @@ TEST_F(ToolFmtInPlace, does_not_touch_a_file_that_is_in_layout) {
     EXPECT_EQ(after.st_ctim.tv_nsec, before.st_ctim.tv_nsec);
 }
 
-TEST_F(ToolFmtInPlace, follows_a_symbolic_link_and_keeps_it) {
+TEST_F(ToolFmtInPlace, follows_a_symbolic_link_and_preserves_it) {
     std::filesystem::create_directory(path("there"));
     write("there/g", "[1]");
     std::filesystem::create_symlink("there/g", path("f"));
@@ -90,7 +90,7 @@ TEST_F(ToolFmtInPlace, follows_a_symbolic_link_and_keeps_it) {
     EXPECT_EQ(read("there/g"), "[1, ]\n");
 }
 
-TEST_F(ToolFmtInPlace, keeps_hard_links_together) {
+TEST_F(ToolFmtInPlace, preserves_hard_links) {
     write("f", "{a=1; b=[2]}");
     std::filesystem::create_hard_link(path("f"), path("g"));
     EXPECT_EQ(in_place(), silent);
@@ -99,7 +99,7 @@ TEST_F(ToolFmtInPlace, keeps_hard_links_together) {
     EXPECT_EQ(status("f").st_nlink, 2u);
 }
 
-TEST_F(ToolFmtInPlace, works_in_a_folder_that_takes_no_new_file) {
+TEST_F(ToolFmtInPlace, works_in_a_folder_where_no_file_can_be_created) {
     write("f", "[1]");
     ino_t const before = status("f").st_ino;
     ::chmod(folder_.c_str(), 0555);
@@ -108,7 +108,7 @@ TEST_F(ToolFmtInPlace, works_in_a_folder_that_takes_no_new_file) {
     EXPECT_EQ(status("f").st_ino, before);
 }
 
-TEST_F(ToolFmtInPlace, refuses_a_file_that_must_not_be_written) {
+TEST_F(ToolFmtInPlace, refuses_a_read_only_file) {
     write("f", "[1]");
     ::chmod(path("f").c_str(), 0444);
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = give_up_rights_over_files}),
@@ -117,7 +117,7 @@ TEST_F(ToolFmtInPlace, refuses_a_file_that_must_not_be_written) {
     EXPECT_EQ(files(), 1u);
 }
 
-TEST_F(ToolFmtInPlace, never_refuses_for_comments) {
+TEST_F(ToolFmtInPlace, never_refuses_because_of_comments) {
     write("f", "[1 /* a */ , // b\n2] // x");
     EXPECT_EQ(in_place(), silent);
     EXPECT_EQ(read("f"), "[\n  1, /* a */ // b\n  2,\n] // x\n");
@@ -125,12 +125,12 @@ TEST_F(ToolFmtInPlace, never_refuses_for_comments) {
     EXPECT_EQ(files(), 1u);
 }
 
-TEST_F(ToolFmtInPlace, refuses_when_text_behind_the_value_would_be_lost_unless_forced) {
+TEST_F(ToolFmtInPlace, refuses_to_lose_text_after_the_value_unless_forced) {
     write("f", "[1] [2]");
-    std::string const told = "f:1:5: error: text after the first value would be lost\n";
-    EXPECT_EQ(in_place(), (cRun{2, "", told + refused}));
+    std::string const reported = "f:1:5: error: text after the first value would be lost\n";
+    EXPECT_EQ(in_place(), (cRun{2, "", reported + refused}));
     EXPECT_EQ(read("f"), "[1] [2]");
-    EXPECT_EQ(in_place({"--force"}), (cRun{0, "", told}));
+    EXPECT_EQ(in_place({"--force"}), (cRun{0, "", reported}));
     EXPECT_EQ(read("f"), "[1, ]\n");
 }
 
@@ -138,26 +138,26 @@ TEST_F(ToolFmtInPlace, refuses_when_a_value_cannot_be_written_unless_forced) {
     std::string const text = "{P= attlist(x= attspec(default= 1)); d= {y= P(x= 2)}; "
                              "P= attlist(w= attspec(default= 1))}";
     write("f", text);
-    std::string const told = "f: error: Value cannot be written, path : /d/y [0x40000001]\n"
-                             "f:1:5: error: this value would be lost [duplicate-key]\n"
-                             "f:1:55: note: its key is repeated here\n";
-    EXPECT_EQ(in_place(), (cRun{2, "", told + refused}));
+    std::string const reported = "f: error: Value cannot be written, path : /d/y [0x40000001]\n"
+                                 "f:1:5: error: this value would be lost [duplicate-key]\n"
+                                 "f:1:55: note: its key is repeated here\n";
+    EXPECT_EQ(in_place(), (cRun{2, "", reported + refused}));
     EXPECT_EQ(read("f"), text);
-    EXPECT_EQ(in_place({"--force"}), (cRun{0, "", told}));
+    EXPECT_EQ(in_place({"--force"}), (cRun{0, "", reported}));
     EXPECT_EQ(read("f"), "{\n  P= attlist(\n      w= attspec(default=1; );\n  );\n  d= {};\n}\n");
 }
 
 TEST_F(ToolFmtInPlace, refuses_lost_digits_of_plain_text_unless_forced) {
     write("f", "[0.1234567]");
-    std::string const told = "f: error: the new text would not read as the same value: digits, "
-                             "bits or strings would differ\n";
-    EXPECT_EQ(in_place({"--canonical"}), (cRun{2, "", told + refused}));
+    std::string const reported = "f: error: the new text would not read as the same value: digits, "
+                                 "bits or strings would differ\n";
+    EXPECT_EQ(in_place({"--canonical"}), (cRun{2, "", reported + refused}));
     EXPECT_EQ(read("f"), "[0.1234567]");
-    EXPECT_EQ(in_place({"--canonical", "--force"}), (cRun{0, "", told}));
+    EXPECT_EQ(in_place({"--canonical", "--force"}), (cRun{0, "", reported}));
     EXPECT_EQ(read("f"), "[0.123457, ]");
 }
 
-TEST_F(ToolFmtInPlace, never_writes_plain_text_that_does_not_come_back) {
+TEST_F(ToolFmtInPlace, never_writes_plain_text_that_reads_differently) {
     write("f", "['x\\\ny']");
     EXPECT_EQ(in_place({"--canonical", "--force"}),
               (cRun{2, "",
@@ -177,20 +177,20 @@ TEST_F(ToolFmtInPlace, leaves_a_file_with_errors_even_if_forced) {
     EXPECT_EQ(read("f"), "{a=1 b=2}");
 }
 
-TEST_F(ToolFmtInPlace, has_no_place_for_the_standard_input) {
+TEST_F(ToolFmtInPlace, refuses_the_standard_input) {
     EXPECT_EQ(run({"fmt", "-i", "-"}, {.input = "[1]"}),
               (cRun{2, "", "-: error: not written: it is the standard input\n"}));
 }
 
-// A limit on the length of files, and a text that is beyond it when it is written. There is room
-// for what an instrumented tool writes at its end on its own.
+// A limit on the length of files, which the new text exceeds. It leaves enough space for the files
+// that an instrumented tool writes at its end.
 std::string const too_long = "['" + std::string(2000000, 'x') + "']";
 void limit_files() {
     rlimit const limit{1000000, 1000000};
     if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(126);
 }
 
-TEST_F(ToolFmtInPlace, leaves_the_file_when_there_is_no_room_for_the_new_one) {
+TEST_F(ToolFmtInPlace, leaves_the_file_when_there_is_no_space_for_the_new_one) {
     write("f", too_long);
     auto const no_signal = [] {
         if (::signal(SIGXFSZ, SIG_IGN) == SIG_ERR) ::_exit(126);
@@ -204,13 +204,14 @@ TEST_F(ToolFmtInPlace, leaves_the_file_when_there_is_no_room_for_the_new_one) {
 
 TEST_F(ToolFmtInPlace, a_limit_on_the_length_of_files_does_not_end_it) {
     write("f", too_long);
-    EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = limit_files}), // SIGXFSZ as it is
-              (cRun{2, "", "f: error: cannot write: File too large; the file is unchanged\n"}));
+    EXPECT_EQ(
+        run({"fmt", "-i", "f"}, {.prepare = limit_files}), // the default action of SIGXFSZ applies
+        (cRun{2, "", "f: error: cannot write: File too large; the file is unchanged\n"}));
     EXPECT_EQ(read("f"), too_long);
     EXPECT_EQ(files(), 1u);
 }
 
-TEST_F(ToolFmtInPlace, refuses_what_is_no_plain_file) {
+TEST_F(ToolFmtInPlace, refuses_anything_but_a_plain_file) {
     ASSERT_EQ(::mkfifo(path("f").c_str(), 0600), 0);
     std::thread writer([this] { write("f", "[1]"); });
     EXPECT_EQ(in_place({"--force"}),
@@ -219,7 +220,7 @@ TEST_F(ToolFmtInPlace, refuses_what_is_no_plain_file) {
     EXPECT_EQ(files(), 1u);
 }
 
-TEST_F(ToolFmtInPlace, refuses_a_hard_link_in_a_way_that_keeps_both_names_whole) {
+TEST_F(ToolFmtInPlace, a_refused_hard_link_is_unchanged_under_both_names) {
     write("f", too_long);
     std::filesystem::create_hard_link(path("f"), path("g"));
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = limit_files}).status, 2);

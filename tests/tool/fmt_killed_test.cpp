@@ -1,10 +1,10 @@
-// Commands that write a file in place, killed at each call to the system from the lock on, with
-// each such call failing, and with another program that writes the file at each such call: the file
-// holds the old text or the new one, whole, exit code and message say which, and the next run
-// removes what a killed one left.
+// Commands that write a file in place, killed at each system call from the lock on; with each such
+// call failing; and with another program writing the file at each such call. The file has either
+// the complete old or the complete new content, exit status and message report which, and the next
+// run removes leftovers of a killed one.
 //
-// The tool is watched by ptrace, which stops it before and after each call. Counting begins with
-// the first folder that it opens, which is the lock.
+// The test traces the tool by ptrace, which stops it before and after each call. Counting begins
+// with the first folder that it opens, which is the lock.
 
 #include "tests/support/refused_calls.h"
 #include "tests/support/sanitized.h"
@@ -25,10 +25,10 @@ constexpr int most_calls = 150;
 std::string const old_text = "{old=1}";
 std::string const their_text = "{their=2}";
 
-// What happens at the n-th call.
+// The fault at the n-th call.
 struct cFault {
     enum cKind { killed, fails, written_by_another };
-    int at; // from 0
+    int at; // the number of the call, from 0
     cKind kind;
     int error = 0;
 };
@@ -36,15 +36,17 @@ struct cFault {
 struct cScene {
     char const *name;
     std::vector<std::string> arguments;
-    char const *names; // in the folder afterwards
+    char const *names; // the names in the folder afterwards
     std::function<void()> prepare = {};
     bool linked = false;
-    std::vector<std::string> next = {}; // run afterwards; the same again if empty
+    std::vector<std::string> next = {}; // the command run afterwards; the same again if empty
 };
 
-// All for fmt; for the others one that ends the work, and one that ends only this way.
+// All errors for fmt; for other commands one error that ends the work, and one that makes them
+// write in another way.
 std::vector<int> errors_of(cScene const &scene) {
-    if (test::sanitized) return {ENOSPC}; // the other errors take the same paths, a minute each
+    if (test::sanitized)
+        return {ENOSPC}; // the other errors follow the same code paths, a minute each
     if (scene.arguments.front() != "fmt" || scene.prepare) return {ENOSPC, EACCES};
     return {EIO, ENOSPC, EACCES, EROFS, ENOMEM, EMFILE, EDQUOT};
 }
@@ -70,7 +72,8 @@ std::vector<cScene> const scenes{
     {"ins", {"ins", "-i", "f", "/old", "before", "new", "1"}, "f ", {}, false, {"fmt", "-i", "f"}},
 };
 
-// With a sanitizer each process takes ten times as long: one command for each way of writing.
+// With a sanitizer each process takes ten times as long, so there one command is tested for each
+// way of writing.
 std::vector<cScene> scenes_to_run() {
     if (!test::sanitized) return scenes;
     return {scenes.front(), scenes[4]};
@@ -83,7 +86,7 @@ class cWatched {
                                                     if (scene.prepare) scene.prepare();
                                                     ::ptrace(PTRACE_TRACEME);
                                                 }}) {
-        int status = wait(); // before the tool's first instruction
+        int status = wait(); // stopped before the tool's first instruction
         ::ptrace(PTRACE_SETOPTIONS, tool_.pid(), nullptr, PTRACE_O_TRACESYSGOOD);
         for (int signal = 0; WIFSTOPPED(status) && !hit_; status = wait()) {
             bool const at_call = WSTOPSIG(status) == (SIGTRAP | 0x80);
@@ -96,14 +99,14 @@ class cWatched {
     cWatched &operator=(cWatched const &) = delete;
     ~cWatched() = default;
 
-    bool hit() const { return hit_; } // was there such a call?
+    bool hit() const { return hit_; } // did the tool make this call?
     tool_test::cRun end() { return tool_.wait(); }
 
   private:
     int wait() const {
         int status = 0;
         siginfo_t info{};
-        // Leaves the end to tool_.
+        // Leaves waiting for the tool's end to tool_.
         ::waitid(P_PID, static_cast<id_t>(tool_.pid()), &info, WEXITED | WSTOPPED | WNOWAIT);
         if (info.si_code == CLD_TRAPPED || info.si_code == CLD_STOPPED)
             ::waitpid(tool_.pid(), &status, 0);
@@ -124,9 +127,9 @@ class cWatched {
         std::ofstream(folder_ + "/f") << their_text;
         ::ptrace(PTRACE_DETACH, tool_.pid(), nullptr, 0);
     }
-    // Calls that saving makes, about files by name or about open files of the folder: not those of
-    // the memory manager, nor the pipes by which a sanitizer probes memory. The end of the tool
-    // counts too, but can't fail.
+    // System calls of saving, on files by name or on open files of the folder; not those of memory
+    // management, nor the pipes by which a sanitizer probes memory. The end of the tool also
+    // counts, but can't fail.
     bool counted(user_regs_struct const &registers) const {
         static unsigned long long const by_name[] = {
             SYS_openat,     SYS_rename,     SYS_unlink, SYS_stat,      SYS_lstat,   SYS_readlink,
@@ -148,7 +151,7 @@ class cWatched {
             std::filesystem::read_symlink(link + std::to_string(descriptor), error);
         return !error && file.string().starts_with(folder_);
     }
-    // The call isn't made; its result is the error. Then the tool goes on unwatched.
+    // Skips the call and returns the error in its place. Then the tool continues without tracing.
     void fail(user_regs_struct registers) {
         bool const closes = registers.orig_rax == SYS_close;
         if (!closes) registers.orig_rax = static_cast<unsigned long long>(-1);
@@ -187,14 +190,14 @@ class ToolFmtKilled : public tool_test::Tool {
         for (std::string const &name : all) text += name + " ";
         return text;
     }
-    // What the command makes of a file.
+    // The file's content after the command.
     std::string result_of(cScene const &scene, std::string const &text) const {
         make(scene);
         write("f", text);
         EXPECT_EQ(run(scene.arguments), (tool_test::cRun{0, "", ""}));
         return read("f");
     }
-    // Runs the scene with a fault at each call; the check gets how the tool ended.
+    // Runs the scene with a fault at each call; `check` receives how the tool ended.
     template <class Check>
     void each_call(cScene const &scene, cFault fault, Check const &check) const {
         for (fault.at = 0;; ++fault.at) {
@@ -213,7 +216,7 @@ class ToolFmtKilled : public tool_test::Tool {
 
 } // namespace
 
-TEST_F(ToolFmtKilled, leaves_old_or_new_wherever_it_is_killed) {
+TEST_F(ToolFmtKilled, leaves_old_or_new_content_at_whichever_call_it_is_killed) {
     for (cScene const &scene : scenes_to_run()) {
         std::string const new_text = result_of(scene, old_text);
         int old_ones = 0, new_ones = 0, unfinished = 0;
@@ -239,7 +242,7 @@ TEST_F(ToolFmtKilled, leaves_old_or_new_wherever_it_is_killed) {
     }
 }
 
-TEST_F(ToolFmtKilled, leaves_old_or_new_and_tells_whatever_fails) {
+TEST_F(ToolFmtKilled, leaves_old_or_new_content_and_reports_whichever_call_fails) {
     for (cScene const &scene : scenes_to_run()) {
         std::string const new_text = result_of(scene, old_text);
         for (int const error : errors_of(scene)) {
@@ -249,13 +252,14 @@ TEST_F(ToolFmtKilled, leaves_old_or_new_and_tells_whatever_fails) {
                 bool const done = run.status == 0;
                 EXPECT_EQ(read("f"), done ? new_text : old_text);
                 EXPECT_EQ(run.out, "");
-                bool const told =
+                bool const reported =
                     run.err == "f: error: cannot write: " + why + "; the file is unchanged\n" ||
                     run.err == "f: error: not written: cannot write its backup: " + why + "\n" ||
                     run.err == "f: error: cannot read: " + why + "\n" ||
                     run.err.starts_with(
-                        "f: error: not written: it is not a regular file"); // it can't be seen
-                EXPECT_TRUE(done ? run.err.empty() : told) << run.err;
+                        "f: error: not written: it is not a regular file"); // the failed call hides
+                                                                            // what the file is
+                EXPECT_TRUE(done ? run.err.empty() : reported) << run.err;
                 std::string const now = names();
                 EXPECT_TRUE(now == scene.names || (!done && now == "f ")) << now;
                 refused += !done;
@@ -265,9 +269,9 @@ TEST_F(ToolFmtKilled, leaves_old_or_new_and_tells_whatever_fails) {
     }
 }
 
-// What the other program writes is overwritten only when it comes after the comparison, at the very
-// end: it has not asked for the lock.
-TEST_F(ToolFmtKilled, leaves_what_another_program_writes_meanwhile) {
+// The other program's content is overwritten only if it is written after the comparison, at the
+// very end: that program has not used the lock.
+TEST_F(ToolFmtKilled, keeps_content_that_another_program_writes_meanwhile) {
     cScene const &scene = scenes.front();
     std::string const new_text = result_of(scene, old_text);
     std::string const theirs_changed = result_of(scene, their_text);
@@ -284,7 +288,7 @@ TEST_F(ToolFmtKilled, leaves_what_another_program_writes_meanwhile) {
         EXPECT_EQ(run.status, 2);
         bool const seen = run.err == "f: error: not written: another program has changed it since "
                                      "it was read; run the command again\n";
-        bool const half_read = // its end was written after the beginning was read
+        bool const half_read = // the end of the file was written after its beginning had been read
             run.err ==
             "f:1:8: error: text after the first value would be lost\n"
             "f: error: not written: data would be lost; --force writes the file anyway\n";

@@ -1,4 +1,4 @@
-// Numbers that keep their form, intf(...): each command on files with them.
+// Numbers with a format, intf(...): each command on files that contain them.
 
 #include "tests/tool/tool_run.h"
 
@@ -12,7 +12,7 @@ class ToolFormatted : public tool_test::Tool {
   protected:
     ToolFormatted() { write("f", file_); }
 
-    // The file after `statements`, which are taken without a word.
+    // The file after `statements`, which `set` accepts without a message.
     std::string after(std::string const &statements) const {
         EXPECT_EQ(run({"set", "-o", "new", "f", statements}), (cRun{0, "", ""})) << statements;
         return read("new");
@@ -34,7 +34,7 @@ class ToolFormatted : public tool_test::Tool {
     std::string const file_ = "{port= intf(0x1F); mask= intf(b00001111); count= 5; }\n";
 };
 
-TEST_F(ToolFormatted, fmt_keeps_the_form) {
+TEST_F(ToolFormatted, fmt_preserves_the_format) {
     EXPECT_EQ(run({"fmt", "--check", "f"}), (cRun{0, "", ""}));
     EXPECT_EQ(run({"fmt", "-"}, {.input = "{a=intf( 0xab ),b=intf(\"0755\") ;c=intf(b 1);\n"
                                           "d= intf(b1); intf(0x10)=intf[-5]}"})
@@ -47,8 +47,8 @@ TEST_F(ToolFormatted, fmt_keeps_the_form) {
               ""}));
 }
 
-// The plain text of bits has blanks, and doesn't read back.
-TEST_F(ToolFormatted, canonical_bits_are_told_and_not_put_in_the_files_place) {
+// The plain text of bits contains blanks, and can't be read again.
+TEST_F(ToolFormatted, canonical_bits_are_reported_and_do_not_replace_the_file) {
     cRun const shown = run({"fmt", "--canonical", "f"});
     EXPECT_EQ(shown.status, 1);
     EXPECT_EQ(shown.out, "{port= intf(0x1F); mask= intf(b 0000 1111); count= 5; }");
@@ -58,11 +58,11 @@ TEST_F(ToolFormatted, canonical_bits_are_told_and_not_put_in_the_files_place) {
     EXPECT_EQ(read("f"), file_);
 }
 
-TEST_F(ToolFormatted, get_prints_it_as_the_file_has_it) {
+TEST_F(ToolFormatted, get_prints_it_as_in_the_file) {
     EXPECT_EQ(run({"get", "f", "port", "mask"}), (cRun{0, "intf(0x1F)\nintf(b00001111)\n", ""}));
 }
 
-TEST_F(ToolFormatted, set_with_a_number_keeps_the_form) {
+TEST_F(ToolFormatted, set_with_a_number_preserves_the_format) {
     EXPECT_EQ(after("port = 32; mask = 3"),
               "{port= intf(0x20); mask= intf(b00000011); count= 5; }\n");
     EXPECT_EQ(after("port = 0xff; mask = 5.0"),
@@ -73,7 +73,7 @@ TEST_F(ToolFormatted, set_with_a_number_keeps_the_form) {
                                   "intf(b11111111111111111111111111111111); count= 5; }\n");
 }
 
-TEST_F(ToolFormatted, set_with_a_string_or_another_one_takes_its_form) {
+TEST_F(ToolFormatted, set_with_a_string_or_a_formatted_number_copies_its_format) {
     EXPECT_EQ(after("port = \"b101\"; mask = \" 017 \""),
               "{port= intf(b00000101); mask= intf(017); count= 5; }\n");
     EXPECT_EQ(after("port = \"b 1 0\""), "{port= intf(b00000010); mask= intf(b00001111); "
@@ -82,7 +82,7 @@ TEST_F(ToolFormatted, set_with_a_string_or_another_one_takes_its_form) {
               "{port= intf(b00000101); mask= intf(12); count= 5; new= intf(0xa); }\n");
 }
 
-TEST_F(ToolFormatted, set_adds) {
+TEST_F(ToolFormatted, set_adds_numbers) {
     EXPECT_EQ(after("port += 1; mask += intf(0x100)"),
               "{port= intf(0x20); mask= intf(b0000000100001111); count= 5; }\n");
     EXPECT_EQ(after("port += \"0x10\""), "{port= intf(0x2F); mask= intf(b00001111); count= 5; }\n");
@@ -94,7 +94,7 @@ TEST_F(ToolFormatted, set_adds) {
               "statements:1:9: note: --convert allows it\n");
 }
 
-TEST_F(ToolFormatted, set_adds_a_text_as_the_number_that_it_says) {
+TEST_F(ToolFormatted, set_adds_a_string_as_the_number_it_contains) {
     EXPECT_EQ(refused("port += \"0x7fffffff\""),
               "statements:1:9: error: port: the sum is too large for an intf\n"
               "statements:1:9: note: &= stores a double\n");
@@ -108,12 +108,12 @@ TEST_F(ToolFormatted, set_adds_a_text_as_the_number_that_it_says) {
     EXPECT_EQ(read("f"), "{port= intf(0x17); mask= intf(b00001111); count= 5; }\n");
 }
 
-TEST_F(ToolFormatted, set_replaces_by_another_type) {
+TEST_F(ToolFormatted, set_can_replace_it_by_another_type) {
     EXPECT_EQ(after("port &= 5; count &= intf(0x5)"),
               "{port= 5; mask= intf(b00001111); count= intf(0x5); }\n");
 }
 
-TEST_F(ToolFormatted, set_refuses_what_would_be_stored_as_another_number) {
+TEST_F(ToolFormatted, set_refuses_values_that_would_be_stored_as_another_number) {
     std::string const converts =
         "statements:1:8: note: &= replaces it and its type; --convert stores the changed value\n";
     EXPECT_EQ(refused("port = 3.5"),
@@ -127,11 +127,12 @@ TEST_F(ToolFormatted, set_refuses_what_would_be_stored_as_another_number) {
     EXPECT_EQ(read("f"), "{port= intf(0x3); mask= intf(b00001111); count= 5; }\n");
 }
 
-TEST_F(ToolFormatted, set_refuses_what_is_no_number) {
+TEST_F(ToolFormatted, set_refuses_values_that_are_not_numbers) {
     for (char const *text : {"zz", "\"0x\"", "\"\"", "{a= 1}"}) {
-        std::string const told = refused("port = " + std::string(text));
-        EXPECT_EQ(told.find("statements:1:8: error: port: it is an intf and cannot store a "), 0U)
-            << told;
+        std::string const reported = refused("port = " + std::string(text));
+        EXPECT_EQ(reported.find("statements:1:8: error: port: it is an intf and cannot store a "),
+                  0U)
+            << reported;
     }
     EXPECT_EQ(refused("port = intf(0xZZ)"),
               "statements:1:8: error: " + takes + ", not 0xZZ [0x40000001]\n");
@@ -144,7 +145,7 @@ TEST_F(ToolFormatted, set_refuses_what_is_no_number) {
               "statements:1:9: note: &= replaces it, whatever it is\n");
 }
 
-TEST_F(ToolFormatted, merge_takes_numbers_texts_and_forms) {
+TEST_F(ToolFormatted, merge_accepts_numbers_strings_and_formats) {
     write("over", "{port= 32; mask= \"0x3\"; new= intf(07); }\n");
     EXPECT_EQ(run({"merge", "f", "over", "--reformat"}),
               (cRun{0, "{port= intf(0x20); mask= intf(0x3); count= 5; new= intf(07); }\n", ""}));
@@ -185,14 +186,14 @@ TEST_F(ToolFormatted, types_lists_it_as_built_in) {
         << all;
 }
 
-TEST_F(ToolFormatted, check_accepts_all_forms) {
+TEST_F(ToolFormatted, check_accepts_all_formats) {
     EXPECT_EQ(checked("{a= intf(0); b= intf(-12); c= intf(+2147483647); d= intf(0xFFFFFFFF); "
                       "e= intf(037777777777); f= intf(b11111111111111111111111111111111); "
                       "g= intf(\"0x1f\"); h= intf(-2147483648); i= intf(00); }"),
               "");
 }
 
-TEST_F(ToolFormatted, check_tells_what_it_takes_where_it_can_t_be_read) {
+TEST_F(ToolFormatted, check_reports_the_accepted_forms_for_invalid_text) {
     auto const one = [&](std::string const &text, std::string const &what) {
         EXPECT_EQ(checked("{a= 1;\n x= intf(" + text + "); y= 2}"),
                   "-:2:5: error: " + takes + what + " [0x40000001]\n");
@@ -211,7 +212,7 @@ TEST_F(ToolFormatted, check_tells_what_it_takes_where_it_can_t_be_read) {
                                                 ", and the brackets are empty [0x40000001]\n");
 }
 
-TEST_F(ToolFormatted, check_tells_what_would_be_lost) {
+TEST_F(ToolFormatted, check_reports_a_loss) {
     EXPECT_EQ(
         checked("{x= intf(5 6 7)}"),
         "-:1:12: error: this is ignored: only the first value in the brackets of intf is read\n");
@@ -227,7 +228,7 @@ TEST_F(ToolFormatted, check_tells_what_would_be_lost) {
               "-:1:45: error: intf reads 5000000000 as 705032704\n");
 }
 
-TEST_F(ToolFormatted, nothing_is_written_of_a_file_with_an_error) {
+TEST_F(ToolFormatted, a_file_with_an_error_is_not_written) {
     for (char const *text : {"{x= intf(0xZZ); }\n", "{x= intf(5 6); }\n", "{x= intf(-09); }\n"}) {
         write("bad", text);
         EXPECT_EQ(run({"fmt", "-i", "bad"}).status, 2) << text;
@@ -236,7 +237,7 @@ TEST_F(ToolFormatted, nothing_is_written_of_a_file_with_an_error) {
     }
 }
 
-TEST_F(ToolFormatted, declared_attributes_have_it_as_default) {
+TEST_F(ToolFormatted, declared_attributes_may_have_it_as_default) {
     EXPECT_EQ(run({"get", "-", "t/p", "u/p"},
                   {.input = "{T= attlist(p= attspec(type= intf; default= intf(0x10))); t= T(); "
                             "u= T(p= intf(b1)); }"}),

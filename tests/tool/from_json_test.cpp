@@ -1,4 +1,4 @@
-// `from-json`: what each JSON value becomes, and what is refused with place and path.
+// `from-json`: the result for each JSON value, and refused values with position and path.
 
 #include "tests/tool/tool_run.h"
 
@@ -14,7 +14,7 @@ namespace {
 class ToolFromJson : public tool_test::Tool {
   protected:
     cRun convert(std::string const &json) const { return run({"from-json"}, {.input = json}); }
-    // All is well: this is written, and stays as it is when it is formatted and checked.
+    // The command succeeds and writes this, which formatting leaves unchanged and check accepts.
     std::string text(std::string const &json) const {
         cRun const run = convert(json);
         EXPECT_EQ(run.status, 0) << json;
@@ -23,7 +23,7 @@ class ToolFromJson : public tool_test::Tool {
         EXPECT_EQ(check(run.out), "");
         return run.out;
     }
-    // What is told; nothing is put out.
+    // The error messages; nothing is written.
     std::string refused(std::string const &json) const {
         cRun const run = convert(json);
         EXPECT_EQ(run.status, 2) << json;
@@ -32,7 +32,7 @@ class ToolFromJson : public tool_test::Tool {
     }
 };
 
-TEST_F(ToolFromJson, a_document) {
+TEST_F(ToolFromJson, a_document_is_converted) {
     EXPECT_EQ(text(R"({"name": "Ann", "age": 7, "height": 1.25, "tags": ["a", "b c"],
                        "home": {"city": "Köln", "zip": null}, "ok": true})"),
               "{\n"
@@ -48,7 +48,7 @@ TEST_F(ToolFromJson, a_document) {
               "}\n");
 }
 
-TEST_F(ToolFromJson, values_alone) {
+TEST_F(ToolFromJson, values_may_be_alone) {
     EXPECT_EQ(text("null"), "#nil\n");
     EXPECT_EQ(text("true"), "true\n");
     EXPECT_EQ(text("false"), "false\n");
@@ -60,7 +60,7 @@ TEST_F(ToolFromJson, values_alone) {
     EXPECT_EQ(text("{}"), "{}\n");
 }
 
-TEST_F(ToolFromJson, whole_numbers_are_int_while_they_fit) {
+TEST_F(ToolFromJson, whole_numbers_are_int_if_they_fit) {
     EXPECT_EQ(text("2147483647"), "2147483647\n");
     EXPECT_EQ(text("2147483648"), "2147483648.0\n");
     EXPECT_EQ(text("-2147483648"), "-2147483648\n");
@@ -68,7 +68,7 @@ TEST_F(ToolFromJson, whole_numbers_are_int_while_they_fit) {
     EXPECT_EQ(text("-0"), "0\n");
 }
 
-TEST_F(ToolFromJson, whole_numbers_are_double_while_it_holds_them) {
+TEST_F(ToolFromJson, whole_numbers_are_double_if_it_represents_them) {
     EXPECT_EQ(text("9007199254740992"), "9007199254740992.0\n");
     EXPECT_EQ(refused("9007199254740993"), "-:1:1: error: the number 9007199254740993 fits neither "
                                            "int nor double; use --big=double or --big=string\n");
@@ -88,7 +88,7 @@ TEST_F(ToolFromJson, whole_numbers_are_double_while_it_holds_them) {
     EXPECT_EQ(text("-18446744073709551616"), "-18446744073709551616.0\n");
 }
 
-TEST_F(ToolFromJson, whole_numbers_of_any_length) {
+TEST_F(ToolFromJson, whole_numbers_may_have_any_length) {
     EXPECT_EQ(text("1" + times("0", 22)), "1.00000e+22\n");
     EXPECT_EQ(refused("1" + times("0", 23)),
               "-:1:1: error: the number 1" + times("0", 23) +
@@ -101,7 +101,7 @@ TEST_F(ToolFromJson, whole_numbers_of_any_length) {
                                             " fits neither int nor double; use --big=string\n");
 }
 
-TEST_F(ToolFromJson, doubles_keep_their_value) {
+TEST_F(ToolFromJson, doubles_preserve_their_value) {
     EXPECT_EQ(text("[1.0, 0.1, 1e5, 1E-7, 0.30000000000000004, 123456789.123456789]"),
               "[1.00000, 0.100000, 100000., 1.00000e-07, 0.30000000000000004, "
               "123456789.12345679, ]\n");
@@ -112,7 +112,7 @@ TEST_F(ToolFromJson, doubles_keep_their_value) {
               "-:1:11: error: the number 1e309 is larger than every double, at path 'a/1'\n");
 }
 
-TEST_F(ToolFromJson, strings) {
+TEST_F(ToolFromJson, strings_are_converted) {
     EXPECT_EQ(text(R"(["true", "12", "#nil", "a b", "it's", "say \"x\"", "C:\\x", "\/"])"),
               R"(["true", "12", "#nil", "a b", "it\'s", "say \"x\"", "C:\\x", "/", ])"
               "\n");
@@ -128,13 +128,13 @@ TEST_F(ToolFromJson, escapes_become_utf8) {
     EXPECT_EQ(text("\"\xC3\xA9\xF0\x9F\x98\x80\""), "\"\xC3\xA9\xF0\x9F\x98\x80\"\n");
 }
 
-TEST_F(ToolFromJson, a_character_0_is_refused) {
+TEST_F(ToolFromJson, a_null_character_is_refused) {
     EXPECT_EQ(refused(R"({"a": ["x", "y\u0000"], "b\u0000": 1})"),
               "-:1:13: error: a string with a character 0 cannot be written, at path 'a/1'\n"
               "-:1:25: error: a key with a character 0 cannot be written, at path '\"b\\x00\"'\n");
 }
 
-TEST_F(ToolFromJson, keys) {
+TEST_F(ToolFromJson, keys_are_converted) {
     EXPECT_EQ(text(R"({"": 1, "a": 2, "true": 3, "false": 4, "12": 5, "-1.5": 6, "a/b": 7})"),
               "{\n  \"\"= 1;\n  a= 2;\n  \"true\"= 3;\n  \"false\"= 4;\n  \"12\"= 5;\n"
               "  \"-1.5\"= 6;\n  \"a/b\"= 7;\n}\n");
@@ -153,7 +153,7 @@ TEST_F(ToolFromJson, keys_that_begin_with_a_hash_sign_are_quoted) {
     EXPECT_EQ(run({"get", "-", "\"#\"/0/\"#nil\""}, {.input = attr}), (cRun{0, "0\n", ""}));
 }
 
-TEST_F(ToolFromJson, a_key_that_stands_twice_is_refused) {
+TEST_F(ToolFromJson, a_repeated_key_is_refused) {
     EXPECT_EQ(refused("{\"a\": 1,\n \"b\": {\"c\": 1, \"c\": {}},\n  \"a\": [2]}"),
               "-:2:16: error: this key occurs twice in the object, at path 'b/c'; use "
               "--duplicates=last\n"
@@ -183,7 +183,7 @@ TEST_F(ToolFromJson, of_equal_keys_the_last_value_wins_at_the_position_of_the_fi
     EXPECT_EQ(run({"from-json", "--duplicates=first"}, {.input = "1"}).status, 2);
 }
 
-TEST_F(ToolFromJson, big_numbers_by_choice) {
+TEST_F(ToolFromJson, big_numbers_can_be_allowed) {
     auto const big = [this](char const *choice, std::string const &json) {
         return run({"from-json", "--big", choice}, {.input = json});
     };
@@ -202,7 +202,7 @@ TEST_F(ToolFromJson, big_numbers_by_choice) {
     EXPECT_EQ(big("none", "1").status, 2);
 }
 
-TEST_F(ToolFromJson, numbers_beyond_every_double_by_choice) {
+TEST_F(ToolFromJson, numbers_beyond_double_can_be_allowed) {
     std::string const digits = times("7", 400);
     auto const json = [](std::string const &number) {
         return "{\"" + number + "\": [\"" + number + "\", " + number + ",\n-" + number +
@@ -231,7 +231,7 @@ TEST_F(ToolFromJson, numbers_beyond_every_double_by_choice) {
     EXPECT_EQ(text(largest), "1.7976931348623157e+308\n");
 }
 
-TEST_F(ToolFromJson, layout) {
+TEST_F(ToolFromJson, the_layout_can_be_chosen) {
     EXPECT_EQ(text("{\"a\": [], \"b\": {}, \"c\": [1, 2], \"d\": [[1], []], \"e\": [{}]}"),
               "{\n"
               "  a= [];\n"
@@ -249,7 +249,7 @@ TEST_F(ToolFromJson, layout) {
               "{\n  a= [\n      x,\n      \"two\\\nlines\",\n  ];\n}\n");
 }
 
-TEST_F(ToolFromJson, errors_are_told_all_at_once_and_reading_goes_on) {
+TEST_F(ToolFromJson, all_errors_are_reported_and_reading_continues) {
     EXPECT_EQ(
         refused("{\"x\": [1, 2], \"x\": [9, {\"\\u0000\": 0}],\n"
                 " \"y\": [3000000001, 9007199254740993, {\"\\u0000\": 0}, 9007199254740993]}"),
@@ -274,31 +274,31 @@ TEST_F(ToolFromJson, messages_are_limited) {
                     "f: error: 8 more\n"}));
 }
 
-TEST_F(ToolFromJson, places_count_bytes_and_lines_from_1) {
+TEST_F(ToolFromJson, positions_count_bytes_and_lines_from_1) {
     EXPECT_EQ(refused("{\r\n\t\"\xC3\xA9\\\"\": [\n\n 1,\"x\" , 9007199254740993 ] }"),
               "-:4:10: error: the number 9007199254740993 fits neither int nor double, at path "
               "'\"\xC3\xA9\\\"\"/2'; use --big=double or --big=string\n");
 }
 
-TEST_F(ToolFromJson, a_character_0_between_values) {
+TEST_F(ToolFromJson, a_null_character_between_values_is_refused) {
     EXPECT_EQ(refused(std::string("1\n\0", 3)), "-:2:1: error: a character 0 follows the value\n");
     EXPECT_EQ(refused(std::string("[1]\0[2]", 7)),
               "-:1:4: error: a character 0 follows the value\n");
 }
 
-TEST_F(ToolFromJson, errors_before_a_syntax_error_are_told_too) {
+TEST_F(ToolFromJson, errors_before_a_syntax_error_are_also_reported) {
     EXPECT_EQ(refused("{\"\\u0000\": 1, \"a\": ]"),
               "-:1:2: error: a key with a character 0 cannot be written, at path '\"\\x00\"'\n"
               "-:1:20: error: expected a value, found ']'\n");
 }
 
-TEST_F(ToolFromJson, a_mark_of_utf8_is_passed_over) {
+TEST_F(ToolFromJson, a_byte_order_mark_is_skipped) {
     EXPECT_EQ(text("\xEF\xBB\xBF[1]"), "[1, ]\n");
     EXPECT_EQ(refused("\xEF\xBB\xBF{\"\\u0000\":1}"),
               "-:1:5: error: a key with a character 0 cannot be written, at path '\"\\x00\"'\n");
 }
 
-TEST_F(ToolFromJson, as_deep_as_it_can_be_read) {
+TEST_F(ToolFromJson, values_may_be_as_deep_as_can_be_read) {
     for (std::string const core : {"", "5", "\"x\\ny\""}) {
         std::string const deep = times("[", 1000) + core + times("]", 1000);
         EXPECT_NE(text(deep), "");
@@ -306,21 +306,21 @@ TEST_F(ToolFromJson, as_deep_as_it_can_be_read) {
     EXPECT_NE(text(times("{\"a\":", 999) + "{}" + times("}", 999)), "");
 }
 
-TEST_F(ToolFromJson, deeper_than_can_be_read) {
+TEST_F(ToolFromJson, deeper_values_are_refused) {
     std::string const path = times("0/", 28) + "0 ... " + times("0/", 28) + "0";
-    std::string const told = "nesting is deeper than 1000, at path '" + path + "'\n";
-    EXPECT_EQ(refused(times("[", 1001) + times("]", 1001)), "-:1:1001: error: " + told);
+    std::string const reported = "nesting is deeper than 1000, at path '" + path + "'\n";
+    EXPECT_EQ(refused(times("[", 1001) + times("]", 1001)), "-:1:1001: error: " + reported);
     EXPECT_EQ(
         refused(times("[", 1005) + "{\"#\":[9007199254740993,\"\\u0000\"]}" + times("]", 1005)),
-        "-:1:1001: error: " + told)
+        "-:1:1001: error: " + reported)
         << "what is too deep is passed over";
     EXPECT_EQ(refused(times("[", 1000) + "[[],{}],{\"#\":{}},0" + times("]", 1000)),
-              "-:1:1001: error: " + told +
+              "-:1:1001: error: " + reported +
                   "-:1:1009: error: nesting is deeper than 1000, at path '" +
                   path.substr(0, path.size() - 1) + "1'\n");
 }
 
-TEST_F(ToolFromJson, a_million_open_brackets) {
+TEST_F(ToolFromJson, a_million_open_brackets_are_refused) {
     std::string const err = refused(times("[", 1000000));
     EXPECT_NE(err.find("-:1:1001: error: nesting is deeper than 1000, at path '"),
               std::string::npos);
@@ -337,13 +337,13 @@ TEST_F(ToolFromJson, the_output_named_minus_is_the_standard_output) {
     EXPECT_FALSE(std::filesystem::exists(path("-")));
 }
 
-TEST_F(ToolFromJson, blanks_stay_in_strings_and_not_at_line_ends) {
+TEST_F(ToolFromJson, blanks_are_preserved_in_strings_but_not_at_line_ends) {
     EXPECT_EQ(text(R"([{"a": "x \n}, \n\"]; \n\\ \n", "b": {"c": "\\"}}, "d \n"])"),
               "[\n  {\n      a= \"x \\\n}, \\\n\\\"]; \\\n\\\\ \\\n\";\n"
               "      b= {\n          c= \"\\\\\";\n      };\n  },\n  \"d \\\n\",\n]\n");
 }
 
-TEST_F(ToolFromJson, to_a_file) {
+TEST_F(ToolFromJson, the_output_may_be_a_file) {
     write("f.json", "[1, 2]");
     EXPECT_EQ(run({"from-json", "f.json", "-o", "f.attr"}), (cRun{0, "", ""}));
     EXPECT_EQ(read("f.attr"), "[1, 2, ]\n");
@@ -351,7 +351,7 @@ TEST_F(ToolFromJson, to_a_file) {
     EXPECT_EQ(read("f.json"), "[1, 2, ]\n");
 }
 
-TEST_F(ToolFromJson, a_file_stays_as_it_was_after_an_error) {
+TEST_F(ToolFromJson, a_file_is_unchanged_after_an_error) {
     write("f.json", "[1, 2");
     write("f.attr", "old");
     EXPECT_EQ(run({"from-json", "f.json", "-o", "f.attr"}).status, 2);
@@ -360,7 +360,7 @@ TEST_F(ToolFromJson, a_file_stays_as_it_was_after_an_error) {
     EXPECT_FALSE(std::filesystem::exists(path("new.attr")));
 }
 
-TEST_F(ToolFromJson, files_that_can_not_be_read_or_written) {
+TEST_F(ToolFromJson, files_that_cannot_be_read_or_written_are_reported) {
     EXPECT_EQ(run({"from-json", "nowhere"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
     EXPECT_EQ(
@@ -374,12 +374,12 @@ TEST_F(ToolFromJson, files_that_can_not_be_read_or_written) {
     ::close(full);
 }
 
-TEST_F(ToolFromJson, of_the_standard_input) {
+TEST_F(ToolFromJson, the_input_may_be_the_standard_input) {
     EXPECT_EQ(run({"from-json"}, {.input = "1"}), (cRun{0, "1\n", ""}));
     EXPECT_EQ(run({"from-json", "-"}, {.input = "1"}), (cRun{0, "1\n", ""}));
 }
 
-TEST_F(ToolFromJson, json_cut_anywhere) {
+TEST_F(ToolFromJson, truncated_json_is_refused) {
     std::string const whole = R"({"a": [1.5e+3, true, null, "x\u00e9\n"], "b": {"c": -12}})";
     for (size_t size = 0; size < whole.size(); ++size) {
         cRun const run = convert(whole.substr(0, size));

@@ -14,7 +14,7 @@ class ToolGet : public tool_test::Tool {
         arguments.insert(arguments.begin(), {"get", "f"});
         return run(std::move(arguments));
     }
-    // With these arguments all is well, and this is what comes.
+    // With these arguments the command succeeds and prints this.
     std::string value(std::string const &bytes, std::vector<std::string> arguments) const {
         cRun const run = get(bytes, std::move(arguments));
         EXPECT_EQ(run.status, 0);
@@ -23,7 +23,7 @@ class ToolGet : public tool_test::Tool {
     }
 };
 
-TEST_F(ToolGet, scalars_are_raw) {
+TEST_F(ToolGet, scalars_are_printed_raw) {
     EXPECT_EQ(value("{a= -5}", {"a"}), "-5\n");
     EXPECT_EQ(value("{a= 0x10}", {"a"}), "16\n");
     EXPECT_EQ(value("{a= true; b= false}", {"a", "b"}), "true\nfalse\n");
@@ -35,7 +35,7 @@ TEST_F(ToolGet, scalars_are_raw) {
               "true\n\ntwo\nlines\n");
 }
 
-TEST_F(ToolGet, constants) {
+TEST_F(ToolGet, constants_are_printed_by_name) {
     std::string const text = "{a= #true; b= #false; c= #nil}";
     EXPECT_EQ(value(text, {"a", "b", "c"}), "true\nfalse\n#nil\n");
     EXPECT_EQ(value(text, {"--text", "a", "b", "c"}), "#true\n#false\n#nil\n");
@@ -52,12 +52,12 @@ TEST_F(ToolGet, containers_are_text) {
               "[1, 2, ]\n<x, >\n{\n  d= 1; // one\n}\n");
 }
 
-TEST_F(ToolGet, what_is_shared_inside_a_container_is_written_once) {
+TEST_F(ToolGet, a_value_shared_inside_a_container_is_written_once) {
     EXPECT_EQ(value("{a={b=[1];c=#cRef(/a/b)};d=#cRef(/a/b)}", {"a", "d"}),
               "{b= [1, ]; c= #cRef(/b); }\n[1, ]\n");
 }
 
-TEST_F(ToolGet, paths) {
+TEST_F(ToolGet, paths_lead_to_values) {
     std::string const text = "{a=[x,{'two words'=7;8=y}]}";
     EXPECT_EQ(value(text, {"/a/0", "a/0", " a / 0 ", "a/1/'two words'", "a/1/8"}),
               "x\nx\nx\n7\ny\n");
@@ -70,7 +70,7 @@ TEST_F(ToolGet, two_slashes_are_an_error) {
                     "comment\n"}));
 }
 
-TEST_F(ToolGet, what_is_absent) {
+TEST_F(ToolGet, an_absent_value_is_reported) {
     std::string const text = "{a=[1];b=5}";
     EXPECT_EQ(get(text, {"c"}), (cRun{1, "", "f: error: nothing at path 'c'\n"}));
     EXPECT_EQ(get(text, {"c/d"}), (cRun{1, "", "f: error: nothing at path 'c/d'\n"}));
@@ -86,7 +86,7 @@ TEST_F(ToolGet, a_path_into_a_scalar_leads_to_nothing) {
     EXPECT_EQ(value("{b=5}", {"b/x", "--default", "7"}), "7\n");
 }
 
-TEST_F(ToolGet, default_stands_for_what_is_absent) {
+TEST_F(ToolGet, default_replaces_an_absent_value) {
     EXPECT_EQ(value("{a=1}", {"--default", "none at all", "b", "a"}), "none at all\n1\n");
     EXPECT_EQ(value("{a=1}", {"--default", "", "b"}), "\n");
     EXPECT_EQ(value("{a=1}", {"--default", "-5", "b"}), "-5\n");
@@ -96,7 +96,7 @@ TEST_F(ToolGet, default_stands_for_what_is_absent) {
 std::string const expected =
     " where a key is expected; a key is a word, a number or a string in quotes\n";
 
-TEST_F(ToolGet, a_path_that_is_none) {
+TEST_F(ToolGet, an_invalid_path_is_reported) {
     EXPECT_EQ(get("{a=1}", {""}),
               (cRun{2, "", "f: error: the path is empty; / is the outermost value\n"}));
     EXPECT_EQ(get("{a=1}", {"a/"}),
@@ -117,7 +117,7 @@ TEST_F(ToolGet, long_paths_are_shortened_in_the_middle) {
                         "' has '='" + expected}));
 }
 
-TEST_F(ToolGet, canonical_is_the_plain_writers_bytes) {
+TEST_F(ToolGet, canonical_prints_the_plain_writers_bytes) {
     std::string const text = "{a=0.1234567;b='true';c={x=0.1234567}}";
     EXPECT_EQ(value(text, {"a", "c/x"}), "0.1234567\n0.1234567\n");
     EXPECT_EQ(value(text, {"--canonical", "a"}), "0.123457");
@@ -126,17 +126,15 @@ TEST_F(ToolGet, canonical_is_the_plain_writers_bytes) {
     EXPECT_EQ(get(text, {"--canonical", "d"}), (cRun{1, "", "f: error: nothing at path 'd'\n"}));
 }
 
-TEST_F(ToolGet, from_the_standard_input) {
+TEST_F(ToolGet, the_input_may_be_the_standard_input) {
     EXPECT_EQ(run({"get", "-", "a"}, {.input = "{a=1}"}), (cRun{0, "1\n", ""}));
     EXPECT_EQ(run({"get", "-", "b"}, {.input = "{a=1}"}),
               (cRun{1, "", "-: error: nothing at path 'b'\n"}));
 }
 
-TEST_F(ToolGet, what_stands_behind_the_value_does_not_matter) {
-    EXPECT_EQ(value("{a=1} rest", {"a"}), "1\n");
-}
+TEST_F(ToolGet, text_after_the_value_is_ignored) { EXPECT_EQ(value("{a=1} rest", {"a"}), "1\n"); }
 
-TEST_F(ToolGet, a_file_that_does_not_read_cleanly_gives_nothing) {
+TEST_F(ToolGet, a_file_with_errors_prints_nothing) {
     EXPECT_EQ(get("{a=1;b=foo(2)}", {"a"}),
               (cRun{2, "",
                     "f:1:8: error: Value with unknown type='foo [0x40000005]\n"
@@ -146,7 +144,7 @@ TEST_F(ToolGet, a_file_that_does_not_read_cleanly_gives_nothing) {
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }
 
-TEST_F(ToolGet, of_a_real_file) {
+TEST_F(ToolGet, values_of_a_real_file_are_printed) {
     write_example("device.attr");
     EXPECT_EQ(run({"get", "device.attr", "bus/baud", "sensors/3/position", "location/manual",
                    "interlocks/3", "limits/temperature"}),

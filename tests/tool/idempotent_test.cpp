@@ -1,4 +1,4 @@
-// What `fmt` wrote stays as it is when it is formatted again, and no comment is lost.
+// `fmt` leaves its own output unchanged, and loses no comment.
 
 #include "tests/support/sanitized.h"
 #include "tests/tool/tool_run.h"
@@ -12,7 +12,7 @@ using tool_test::cRun;
 
 namespace {
 
-// Text as hands write it: any layout, comments and line ends anywhere, all kinds of values.
+// Text as people might write it: any layout, comments and line ends anywhere, all kinds of values.
 class cRandomText {
   public:
     explicit cRandomText(unsigned long seed, bool sharing = true)
@@ -136,7 +136,7 @@ class cRandomText {
 
 class ToolIdempotent : public tool_test::Tool {
   protected:
-    // Formats once, by force; what is there then is in layout.
+    // Formats once, with --force; the result is formatted.
     void settles(std::vector<std::string> const &names) const {
         std::vector<std::string> first{"fmt", "-i", "--force", "--max-errors", "1000"};
         std::vector<std::string> second{"fmt", "--check"};
@@ -147,7 +147,7 @@ class ToolIdempotent : public tool_test::Tool {
         EXPECT_EQ(forced.out, "");
         EXPECT_EQ(run(second), (cRun{0, "", ""}));
     }
-    // Without white space, which is different at a new place.
+    // The text without white space, which differs at a new position.
     std::vector<std::string> comments_in(std::string const &bytes) const {
         std::string const tokens = run_on(bytes, {"tokens", "--all"}).out;
         std::vector<std::string> found;
@@ -162,13 +162,13 @@ class ToolIdempotent : public tool_test::Tool {
     }
 };
 
-TEST_F(ToolIdempotent, examples) {
+TEST_F(ToolIdempotent, the_output_for_examples_is_formatted) {
     for (std::string const name : {"device.attr", "testplan.attr", "settings.attr"})
         write_example(name);
     settles({"device.attr", "testplan.attr", "settings.attr"});
 }
 
-TEST_F(ToolIdempotent, random_files) {
+TEST_F(ToolIdempotent, the_output_for_random_files_is_formatted) {
     std::vector<std::string> names;
     for (unsigned long seed = 1; seed <= 100; ++seed) {
         names.push_back("seed-" + std::to_string(seed));
@@ -177,7 +177,7 @@ TEST_F(ToolIdempotent, random_files) {
     settles(names);
 }
 
-TEST_F(ToolIdempotent, files_written_by_hand) {
+TEST_F(ToolIdempotent, the_output_for_handwritten_files_is_formatted) {
     for (std::string const name : {"router.attr", "test_plan.attr", "shop.attr"})
         write(name, tool_test::bytes_of(test::source_file("tests/tool/data/hand/" + name)));
     settles({"router.attr", "test_plan.attr", "shop.attr"});

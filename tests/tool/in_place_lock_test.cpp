@@ -1,5 +1,5 @@
-// Commands that write a file in place: the lock of the folder, backups, attributes, and what killed
-// runs left.
+// Commands that write a file in place: the lock of the folder, backups, attributes, and leftovers
+// of killed runs.
 
 #include "tests/support/refused_calls.h"
 #include "tests/support/sanitized.h"
@@ -25,7 +25,7 @@ cRun const locked{2, "", "f: error: not written: another process holds the lock 
 
 class ToolInPlaceLock : public tool_test::Tool {
   protected:
-    // The lock of a folder, as another program holds it.
+    // The lock of a folder, held as by another program.
     class cHeld {
       public:
         explicit cHeld(std::string const &folder)
@@ -40,7 +40,7 @@ class ToolInPlaceLock : public tool_test::Tool {
         int descriptor_;
     };
 
-    // Two processes add 1 that often; how often one reported that it had.
+    // Two processes add 1 repeatedly; returns how often they reported success.
     int count_up(int rounds, std::vector<std::string> const &arguments,
                  std::vector<int> const &statuses) const {
         std::atomic<int> done = 0;
@@ -74,21 +74,21 @@ TEST_F(ToolInPlaceLock, two_processes_that_do_not_wait_report_each_lost_update) 
     EXPECT_EQ(read("f"), "{n=" + std::to_string(done) + "}");
 }
 
-TEST_F(ToolInPlaceLock, output_to_the_file_that_is_read_loses_no_update_either) {
+TEST_F(ToolInPlaceLock, output_to_the_input_file_loses_no_update_either) {
     write("f", "{n=0}");
     int const few = rounds / 4;
     EXPECT_EQ(count_up(few, {"set", "-o", "./f", "f", "n += 1"}, {0}), 2 * few);
     EXPECT_EQ(read("f"), "{n=" + std::to_string(2 * few) + "}");
 }
 
-TEST_F(ToolInPlaceLock, the_lock_is_waited_for) {
+TEST_F(ToolInPlaceLock, a_command_waits_for_the_lock) {
     write("f", "{n=0}");
     std::optional<cHeld> held(std::in_place, folder_);
     cProcess tool(folder_, {"set", "-i", "f", "n += 1"}, {});
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     EXPECT_EQ(::waitpid(tool.pid(), nullptr, WNOHANG), 0) << "it still waits";
     EXPECT_EQ(read("f"), "{n=0}");
-    write("f", "{n=5}"); // it has not read the file yet
+    write("f", "{n=5}"); // the waiting command has not read the file yet
     held.reset();
     EXPECT_EQ(tool.wait(), silent);
     EXPECT_EQ(read("f"), "{n=6}");
@@ -120,7 +120,7 @@ TEST_F(ToolInPlaceLock, each_command_that_writes_a_file_needs_the_lock) {
     }
 }
 
-TEST_F(ToolInPlaceLock, the_lock_is_that_of_the_folder_of_a_links_target) {
+TEST_F(ToolInPlaceLock, a_link_locks_the_folder_of_its_target) {
     std::filesystem::create_directory(path("sub"));
     write("sub/g", "[1]");
     std::filesystem::create_symlink("sub/g", path("f"));
@@ -143,7 +143,7 @@ TEST_F(ToolInPlaceLock, files_in_two_folders_are_locked_one_after_the_other) {
     EXPECT_EQ(read("sub/g"), "[1]");
 }
 
-// Its input may come from a process that needs the lock.
+// The process that writes its input may need the lock.
 TEST_F(ToolInPlaceLock, nothing_is_locked_while_the_standard_input_is_read) {
     write("f", "[1]");
     int ends[2];
@@ -158,7 +158,7 @@ TEST_F(ToolInPlaceLock, nothing_is_locked_while_the_standard_input_is_read) {
     EXPECT_EQ(read("g"), "[2]");
 }
 
-TEST_F(ToolInPlaceLock, a_file_system_without_locks_is_written_all_the_same) {
+TEST_F(ToolInPlaceLock, a_file_is_written_on_a_file_system_without_locks) {
     write("f", "[1]");
     auto const no_locks = [] { test::refuse_call(SYS_flock, ENOLCK); };
     cHeld const held(folder_);
@@ -166,7 +166,7 @@ TEST_F(ToolInPlaceLock, a_file_system_without_locks_is_written_all_the_same) {
     EXPECT_EQ(read("f"), "[1, ]\n");
 }
 
-TEST_F(ToolInPlaceLock, a_folder_that_must_not_be_read_is_written_all_the_same) {
+TEST_F(ToolInPlaceLock, a_file_is_written_in_an_unreadable_folder) {
     write("f", "[1]");
     ::chmod(folder_.c_str(), 0333);
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = tool_test::give_up_rights_over_files}), silent);
@@ -174,9 +174,9 @@ TEST_F(ToolInPlaceLock, a_folder_that_must_not_be_read_is_written_all_the_same) 
     EXPECT_EQ(read("f"), "[1, ]\n");
 }
 
-// --- what killed runs left ---
+// --- leftovers of killed runs ---
 
-TEST_F(ToolInPlaceLock, what_a_killed_run_left_is_removed_also_when_the_file_is_in_layout) {
+TEST_F(ToolInPlaceLock, leftovers_of_a_killed_run_are_removed_even_if_the_file_is_formatted) {
     write("f", "[1, ]\n");
     for (auto const &command : std::vector<std::vector<std::string>>{
              {"fmt", "-i", "f"}, {"set", "-o", "g", "f", "0 = 1"}}) {
@@ -198,7 +198,7 @@ TEST_F(ToolInPlaceLock, a_run_that_only_reads_removes_nothing) {
 
 // --- backups ---
 
-TEST_F(ToolInPlaceLock, a_backup_is_kept_with_the_usual_suffix_or_another) {
+TEST_F(ToolInPlaceLock, a_backup_has_the_default_suffix_or_another_one) {
     write("f", "[1]");
     ::chmod(path("f").c_str(), 0640);
     EXPECT_EQ(run({"fmt", "-i", "--backup", "f"}), silent);
@@ -220,7 +220,7 @@ TEST_F(ToolInPlaceLock, a_file_that_does_not_change_has_no_backup) {
     EXPECT_FALSE(std::filesystem::exists(path("f~")) || std::filesystem::exists(path("g~")));
 }
 
-TEST_F(ToolInPlaceLock, without_the_backup_nothing_is_written) {
+TEST_F(ToolInPlaceLock, nothing_is_written_if_the_backup_fails) {
     write("f", "[1]");
     std::filesystem::create_directory(path("f~"));
     EXPECT_EQ(run({"fmt", "-i", "--backup", "f"}),
@@ -236,7 +236,7 @@ TEST_F(ToolInPlaceLock, without_the_backup_nothing_is_written) {
     EXPECT_EQ(read("g"), "g");
 }
 
-TEST_F(ToolInPlaceLock, options_of_writing_need_a_file_to_write) {
+TEST_F(ToolInPlaceLock, options_about_writing_need_a_file_to_write) {
     write("f", "[1]");
     EXPECT_EQ(run({"set", "--backup", "f", "0 = 1"}).status, 2);
     EXPECT_EQ(run({"fmt", "--no-wait", "f"}).status, 2);
@@ -246,9 +246,10 @@ TEST_F(ToolInPlaceLock, options_of_writing_need_a_file_to_write) {
 
 // --- attributes ---
 
-TEST_F(ToolInPlaceLock, attributes_are_kept) {
+TEST_F(ToolInPlaceLock, attributes_are_preserved) {
     write("f", "[1]");
-    if (::setxattr(path("f").c_str(), "user.origin", "here", 4, 0) != 0) return; // it has none
+    if (::setxattr(path("f").c_str(), "user.origin", "here", 4, 0) != 0)
+        return; // the file system has no attributes
     EXPECT_EQ(run({"fmt", "-i", "--backup", "f"}), silent);
     for (char const *const name : {"f", "f~"}) {
         char value[10];
@@ -259,7 +260,8 @@ TEST_F(ToolInPlaceLock, attributes_are_kept) {
 
 TEST_F(ToolInPlaceLock, a_file_whose_attributes_cannot_be_copied_keeps_them) {
     write("f", "[1]");
-    if (::setxattr(path("f").c_str(), "user.origin", "here", 4, 0) != 0) return; // it has none
+    if (::setxattr(path("f").c_str(), "user.origin", "here", 4, 0) != 0)
+        return; // the file system has no attributes
     auto const refuse = [] { test::refuse_call(SYS_fsetxattr, EPERM); };
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.prepare = refuse}), silent);
     EXPECT_EQ(read("f"), "[1, ]\n");

@@ -1,5 +1,5 @@
-// Real files through both commands: the JSON of the package iso-codes, made by others, with up to
-// thousands of entries and texts in all languages.
+// Real files through both commands: the JSON of the package iso-codes, with up to thousands of
+// entries and strings in many languages.
 
 #include "tests/support/sanitized.h"
 #include "tests/tool/tool_run.h"
@@ -11,7 +11,7 @@ using tool_test::cRun;
 
 namespace {
 
-using cOrderedJson = nlohmann::ordered_json; // keeps the order of keys
+using cOrderedJson = nlohmann::ordered_json; // preserves the order of keys
 
 std::vector<std::filesystem::path> files() {
     std::vector<std::filesystem::path> all;
@@ -24,7 +24,7 @@ std::vector<std::filesystem::path> files() {
     return all;
 }
 
-// A scalar of a document, the last of the last of the last.
+// A scalar of a document: the last element of the last element, and so on.
 struct cScalar {
     std::string path;
     cOrderedJson value;
@@ -42,7 +42,7 @@ cScalar last_scalar(cOrderedJson const &document) {
     return found;
 }
 
-// As `get` prints it.
+// The value as `get` prints it.
 std::string shown(cOrderedJson const &value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
 }
@@ -63,7 +63,7 @@ class ToolJsonFiles : public tool_test::Tool {
         EXPECT_EQ(json(), document.dump());
         changes(document, scalar.path);
     }
-    // One value is set, and is all that differs.
+    // Sets one value, which must be the only difference.
     void changes(cOrderedJson &document, std::string const &path) const {
         EXPECT_EQ(run({"set", "-i", "f.attr", path + " &= \"\xC3\xBC ?\""}), (cRun{0, "", ""}));
         cOrderedJson *value = &document;
@@ -74,7 +74,7 @@ class ToolJsonFiles : public tool_test::Tool {
 };
 
 // The two largest files take most of the time.
-TEST_F(ToolJsonFiles, all_files_of_iso_codes) {
+TEST_F(ToolJsonFiles, all_files_of_iso_codes_can_be_converted) {
     std::vector<std::filesystem::path> all = files();
     if (test::sanitized)
         std::erase_if(all,

@@ -1,5 +1,5 @@
-// Random documents: JSON to a file and back gives the same document, order of keys included, and
-// a file that to-json calls free of losses comes back as the same value.
+// Random documents: converting JSON to a file and back gives the same document, including the order
+// of keys; and a file for which to-json reports no loss is converted back to the same value.
 
 #include "tests/tool/tool_run.h"
 
@@ -58,7 +58,7 @@ class cRandomJson {
         return all;
     }
 
-    // Around the limits of int and of what a double holds exactly.
+    // Numbers near the limits of int, and of the integers that a double represents exactly.
     std::int64_t whole() {
         std::int64_t const near[] = {0, std::numeric_limits<int>::max(),
                                      std::numeric_limits<int>::min(), 1LL << 53, -(1LL << 53)};
@@ -66,7 +66,8 @@ class cRandomJson {
         return std::abs(number) <= 1LL << 53 ? number : 0;
     }
 
-    // Any bits, and short ones. Whole ones that an int can't hold come back as whole numbers.
+    // Random bits, and short numbers. Whole numbers that do not fit into an int remain whole
+    // numbers.
     double number() {
         std::uint64_t const bits = random_();
         double any = 0;
@@ -103,7 +104,7 @@ class cRandomJson {
 
 class ToolJsonRandom : public tool_test::Tool {};
 
-TEST_F(ToolJsonRandom, documents_come_back_equal) {
+TEST_F(ToolJsonRandom, converting_documents_back_gives_equal_documents) {
     for (unsigned long seed = 1; seed <= 16; ++seed) {
         SCOPED_TRACE(seed);
         cOrderedJson all = cOrderedJson::array();
@@ -120,7 +121,7 @@ TEST_F(ToolJsonRandom, documents_come_back_equal) {
     }
 }
 
-TEST_F(ToolJsonRandom, escaped_documents_give_the_same_file) {
+TEST_F(ToolJsonRandom, escaped_documents_are_converted_to_the_same_file) {
     for (unsigned long seed = 101; seed <= 110; ++seed) {
         cOrderedJson const document = cRandomJson(seed).document();
         cRun const plain = run({"from-json"}, {.input = document.dump()});

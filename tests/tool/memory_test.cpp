@@ -1,5 +1,5 @@
-// The tool in little memory, from none to enough: it ends with one message about the file, or
-// without one.
+// The tool with little memory, from none to enough: it ends with one message about the file, or
+// without a message.
 
 #include "tests/support/sanitized.h"
 #include "tests/tool/tool_run.h"
@@ -23,8 +23,8 @@ class ToolMemory : public tool_test::Tool {
     }
 };
 
-// Beside what the program needs for any file.
-TEST_F(ToolMemory, for_json_is_less_than_twenty_times_the_file) {
+// Added to the memory that the program needs for any file.
+TEST_F(ToolMemory, json_needs_less_than_twenty_times_the_size_of_the_file) {
     if (test::sanitized) return;
     write("small", "[1]");
     rlim_t least = 20000;
@@ -39,7 +39,7 @@ TEST_F(ToolMemory, for_json_is_less_than_twenty_times_the_file) {
     }
 }
 
-TEST_F(ToolMemory, for_the_tokens_of_a_long_string_is_less_than_three_times_the_string) {
+TEST_F(ToolMemory, the_tokens_of_a_long_string_need_less_than_three_times_its_size) {
     if (test::sanitized) return;
     write("small", "a");
     rlim_t least = 20000;
@@ -48,8 +48,8 @@ TEST_F(ToolMemory, for_the_tokens_of_a_long_string_is_less_than_three_times_the_
     EXPECT_EQ(run_in(least + 3 * 10000, {"tokens", "f"}).status, 0);
 }
 
-TEST_F(ToolMemory, is_too_little_with_one_message) {
-    if (test::sanitized) return; // which takes all addresses
+TEST_F(ToolMemory, too_little_memory_gives_one_message) {
+    if (test::sanitized) return; // which needs the whole address space
     std::string const text =
         "{a= [" + times("{key= \"a string\"; value= 1.5; list= [1, 2]}, ", 2000) + "]}\n";
     write("f", text);

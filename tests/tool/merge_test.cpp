@@ -1,5 +1,5 @@
-// `merge`: the value of one file onto that of another. What it leaves of the text is tested in
-// merge_text_test.cpp.
+// `merge`: merges the value of one file into that of another. merge_text_test.cpp tests the
+// resulting text.
 
 #include "tests/tool/tool_run.h"
 
@@ -37,14 +37,14 @@ class ToolMerge : public tool_test::Tool {
     }
 };
 
-TEST_F(ToolMerge, maps) {
+TEST_F(ToolMerge, maps_are_merged) {
     EXPECT_EQ(
         merged("{a= 1; m= {x= 1; y= 2; }; v= [1]; c= <1>; k= 5}",
                "{a= 2; m= {y= 3; z= {q= 4; }; }; v= [2, 3]; c= <1, 2>; n= x}"),
         "{a= 2; m= {x= 1; y= 3; z= {q= 4; }; }; v= [1, 2, 3, ]; c= <1, 2, >; k= 5; n= x; }\n");
 }
 
-TEST_F(ToolMerge, letters_for_maps) {
+TEST_F(ToolMerge, letters_select_the_handling_of_keys) {
     std::string const target = "{t= 1; b= {x= 1; }}", source = "{b= {y= 2; }; s= 3}";
     EXPECT_EQ(merged(target, source, "-xx"), "{t= 1; b= {x= 1; y= 2; }; s= 3; }\n");
     EXPECT_EQ(merged(target, source, "0as"), "{b= {y= 2; }; s= 3; }\n");
@@ -56,7 +56,7 @@ TEST_F(ToolMerge, letters_for_maps) {
     EXPECT_EQ(merged(target, source, "--s"), "{t= 1; b= {x= 1; }; s= 3; }\n");
 }
 
-TEST_F(ToolMerge, vectors_and_sets) {
+TEST_F(ToolMerge, vectors_and_sets_are_merged) {
     EXPECT_EQ(merged("[1, 2]", "[3]"), "[1, 2, 3, ]\n");
     EXPECT_EQ(merged("[1, 2]", "[3]", "0ax"), "[3, ]\n");
     EXPECT_EQ(merged("[3]", "[1, 2]", "0ax"), "[1, 2, ]\n");
@@ -65,24 +65,24 @@ TEST_F(ToolMerge, vectors_and_sets) {
     EXPECT_EQ(merged("[]", "[1]"), "[1, ]\n");
 }
 
-TEST_F(ToolMerge, values_that_a_vector_would_lose) {
+TEST_F(ToolMerge, values_that_a_vector_would_lose_are_reported) {
     EXPECT_EQ(refused("[1]", "[2, 3]", {"--commands=-xs"}),
               "s: error: not all values could be merged by -xs: 2 instead of 3\n");
 }
 
-TEST_F(ToolMerge, kinds_that_do_not_go_together) {
-    auto const told = [](std::string const &source, std::string const &target) {
+TEST_F(ToolMerge, containers_of_different_kinds_are_refused) {
+    auto const reported = [](std::string const &source, std::string const &target) {
         return "s: error: its value is " + source + ", that of t " + target +
                "; only two maps, two vectors or two sets can be merged\n";
     };
-    EXPECT_EQ(refused("[1]", "{a= 1}"), told("a map", "a vector"));
-    EXPECT_EQ(refused("{a= 1}", "[1]"), told("a vector", "a map"));
-    EXPECT_EQ(refused("<1>", "[1]"), told("a vector", "a set"));
-    EXPECT_EQ(refused("1", "2"), told("an int", "an int"));
-    EXPECT_EQ(refused("{}", "5"), told("an int", "a map"));
+    EXPECT_EQ(refused("[1]", "{a= 1}"), reported("a map", "a vector"));
+    EXPECT_EQ(refused("{a= 1}", "[1]"), reported("a vector", "a map"));
+    EXPECT_EQ(refused("<1>", "[1]"), reported("a vector", "a set"));
+    EXPECT_EQ(refused("1", "2"), reported("an int", "an int"));
+    EXPECT_EQ(refused("{}", "5"), reported("an int", "a map"));
 }
 
-TEST_F(ToolMerge, what_cannot_be_merged_is_told_with_its_place) {
+TEST_F(ToolMerge, a_value_that_cannot_be_merged_is_reported_with_its_position) {
     std::string const target = "{a= 1; m= {n= #nil; s= x; }; v= 5; 'b c'= true}";
     std::string const source =
         "{ a= x; // not a number\n  m= {n= 1;\n s= 7}; v= [1]; \"b c\"= 2; new= 1 }";
@@ -99,8 +99,8 @@ TEST_F(ToolMerge, what_cannot_be_merged_is_told_with_its_place) {
               places.substr(0, places.find('\n') + 1) + "s: error: 4 more\n");
 }
 
-// All paths of this source, each as text, would be 6 GB.
-TEST_F(ToolMerge, a_conflict_in_a_source_with_long_paths) {
+// All paths of this source as strings would need 6 GB.
+TEST_F(ToolMerge, a_conflict_in_a_source_with_long_paths_is_reported) {
     std::string open = "{";
     for (int i = 0; i < 200; ++i) open += "k" + std::to_string(i) + "= 1; ";
     open += times("n", 1000) + "= ";
@@ -112,7 +112,7 @@ TEST_F(ToolMerge, a_conflict_in_a_source_with_long_paths) {
                   column + ": error: at /b: it is a string and cannot store an int as it is\n");
 }
 
-TEST_F(ToolMerge, numbers_that_would_be_changed) {
+TEST_F(ToolMerge, numbers_that_would_change_are_reported) {
     EXPECT_EQ(refused("{m= {i= 1; }}", "{m= {i= 1.5; }}"),
               "s:1:9: error: at /m/i: 1.50000 would be stored as 1; --convert allows it\n");
     EXPECT_EQ(merge("{m= {i= 1; }}", "{m= {i= 1.5; }}", {"--convert"}),
@@ -124,7 +124,7 @@ TEST_F(ToolMerge, numbers_that_would_be_changed) {
               "s:1:5: error: at /1: 2.50000 would be stored as 2; --convert allows it\n");
 }
 
-TEST_F(ToolMerge, constants) {
+TEST_F(ToolMerge, constants_are_merged) {
     std::string const text = "{n= #nil; t= #true; m= {f= #false; }; }";
     EXPECT_EQ(merged(text, text), text + "\n");
     EXPECT_EQ(merged(text, "{t= true; }"), text + "\n");
@@ -137,7 +137,7 @@ TEST_F(ToolMerge, constants) {
     EXPECT_EQ(merged(text, "{n= 1; t= false; }", "-s-"), "{n= 1; t= false; m= {f= #false; }; }\n");
 }
 
-TEST_F(ToolMerge, comments) {
+TEST_F(ToolMerge, comments_are_merged) {
     std::string const target =
         "{ // top\n  a= 1; // one\n  b= 2; // two\n  m= { // map\n      x= 1;"
         " // deep\n  }; \n}\n";
@@ -164,14 +164,14 @@ TEST_F(ToolMerge, a_comment_that_the_writer_would_lose_is_reported_and_keeps_the
     EXPECT_EQ(read("t"), "{\n  b= 3;\n}\n");
 }
 
-TEST_F(ToolMerge, a_comment_that_looks_like_one_of_the_targets_does_not_stand_for_it) {
+TEST_F(ToolMerge, a_comment_equal_to_one_of_the_target_does_not_replace_it) {
     cRun const run = merge("{\n  a= 1; // one\n}\n", "{\n  n= 1; //0: zero\n}\n",
                            {"--commands=0xx", "--reformat"});
     EXPECT_EQ(run, (cRun{1, "{\n  n= 1; //0: zero\n}\n",
                          "t:2:9: error: this comment would be lost: // one\n"}));
 }
 
-TEST_F(ToolMerge, types_that_both_declare) {
+TEST_F(ToolMerge, types_declared_in_both_files_are_merged) {
     std::string const type = "P= attlist(x= attspec(type=int;););";
     std::string const out = merged("{" + type + " p= P(x=1)}", "{" + type + " q= P(x=2)}");
     EXPECT_EQ(run({"get", "-", "p/x", "q/x"}, {.input = out}), (cRun{0, "1\n2\n", ""}));
@@ -180,7 +180,7 @@ TEST_F(ToolMerge, types_that_both_declare) {
               "s: error: type 'P' is declared with different content at s:2:5 and at t:1:5\n");
 }
 
-TEST_F(ToolMerge, a_choice_type_that_both_declare) {
+TEST_F(ToolMerge, a_choice_type_declared_in_both_files_is_merged) {
     std::string const type = "M= choice({off= 0; eco= 1; });",
                       file = "{" + type + " m= M(eco); }\n";
     EXPECT_EQ(merged(file, file), file);
@@ -194,7 +194,7 @@ TEST_F(ToolMerge, a_choice_type_that_both_declare) {
               "s:1:43: error: at /M: ");
 }
 
-TEST_F(ToolMerge, shared_values) {
+TEST_F(ToolMerge, shared_values_are_merged) {
     EXPECT_EQ(merged("{a= {x= 1; }; b= #cRef(/a)}", "{b= {y= 2; }}"),
               "{a= {x= 1; y= 2; }; b= #cRef(/a); }\n");
     EXPECT_EQ(merged("{}", "{a= {x= 1; }; b= #cRef(/a)}"), "{a= {x= 1; }; b= #cRef(/a); }\n");
@@ -207,7 +207,7 @@ TEST_F(ToolMerge, shared_values) {
     EXPECT_EQ(merged(ladder, ladder), fmt(ladder).out);
 }
 
-TEST_F(ToolMerge, too_much_in_the_source) {
+TEST_F(ToolMerge, a_source_that_merges_too_much_is_refused) {
     std::string text = "{m= {v= [1, 2]; };";
     for (int i = 0; i < 40; ++i) text += " m= {v= #cRef(/m/v)};";
     cRun const run = merge("{}", text + "}");
@@ -216,7 +216,7 @@ TEST_F(ToolMerge, too_much_in_the_source) {
     EXPECT_NE(run.err.find("Too much merged"), std::string::npos) << run.err;
 }
 
-TEST_F(ToolMerge, standard_input_for_one_of_the_two) {
+TEST_F(ToolMerge, one_of_the_inputs_may_be_the_standard_input) {
     write("f", "{a= 1}");
     EXPECT_EQ(run({"merge", "-", "f"}, {.input = "{b= 2}"}), (cRun{0, "{b= 2; a= 1}", ""}));
     EXPECT_EQ(run({"merge", "f", "-"}, {.input = "{b= 2} "}), (cRun{0, "{a= 1; b= 2}", ""}));
@@ -226,7 +226,7 @@ TEST_F(ToolMerge, standard_input_for_one_of_the_two) {
     EXPECT_EQ(read("f"), "{a= 1;\n    b= 2 // c\n}");
 }
 
-TEST_F(ToolMerge, files_that_do_not_read_cleanly) {
+TEST_F(ToolMerge, files_with_errors_are_refused) {
     EXPECT_EQ(refused("{a= 1}", "{a= foo(1)}").substr(0, 13), "s:1:5: error:");
     EXPECT_EQ(refused("{a= foo(1)}", "{a= 1}").substr(0, 13), "t:1:5: error:");
     EXPECT_EQ(refused("{a= 1}", "{b= 1} rest"),
@@ -236,32 +236,32 @@ TEST_F(ToolMerge, files_that_do_not_read_cleanly) {
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }
 
-TEST_F(ToolMerge, into_another_file) {
+TEST_F(ToolMerge, the_output_may_be_another_file) {
     EXPECT_EQ(merge("{a= 1}", "{b= 2}", {"-o", "o"}), (cRun{0, "", ""}));
     EXPECT_EQ(read("o"), "{a= 1; b= 2}");
     EXPECT_EQ(read("t"), "{a= 1}");
 }
 
-TEST_F(ToolMerge, a_file_assigned_to_itself_stays) {
+TEST_F(ToolMerge, a_file_assigned_to_itself_is_unchanged) {
     for (std::string const name : {"device.attr", "testplan.attr"}) {
         write_example(name);
         EXPECT_EQ(run({"merge", name, name, "--commands=-a-"}), (cRun{0, read(name), ""})) << name;
     }
 }
 
-TEST_F(ToolMerge, letters_that_are_none) {
-    auto const told = [](std::string const &text) {
+TEST_F(ToolMerge, invalid_letters_are_refused) {
+    auto const reported = [](std::string const &text) {
         return usage_error("merge", "--commands: " + text);
     };
     std::string const three = "three letters are needed, one for each class of keys";
     for (char const *commands : {"-x", "-xxx", "x"})
-        EXPECT_EQ(merge("{}", "{}", {std::string("--commands=") + commands}), told(three));
+        EXPECT_EQ(merge("{}", "{}", {std::string("--commands=") + commands}), reported(three));
     EXPECT_EQ(merge("{}", "{}", {"--commands=axx"}),
-              told("'a' is not a letter for keys only in TARGET; the letters are -0?"));
+              reported("'a' is not a letter for keys only in TARGET; the letters are -0?"));
     EXPECT_EQ(merge("{}", "{}", {"--commands=-bx"}),
-              told("'b' is not a letter for keys in both; the letters are -asx0?"));
+              reported("'b' is not a letter for keys in both; the letters are -asx0?"));
     EXPECT_EQ(merge("{}", "{}", {"--commands=-x0"}),
-              told("'0' is not a letter for keys only in SOURCE; the letters are -sx?"));
+              reported("'0' is not a letter for keys only in SOURCE; the letters are -sx?"));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// `merge` on files that a person wrote: which bytes stay, and how what comes from the other file is
-// laid out.
+// `merge` on handwritten files: which bytes are unchanged, and the layout of entries from the other
+// file.
 
 #include "tests/tool/tool_run.h"
 
@@ -56,7 +56,7 @@ class ToolMergeText : public tool_test::Tool {
     }
 };
 
-TEST_F(ToolMergeText, what_is_equal_or_not_merged_changes_no_byte) {
+TEST_F(ToolMergeText, equal_and_unmerged_values_change_no_byte) {
     for (std::string const letters : {"-xx", "-ax", "-sx", "---"})
         EXPECT_EQ(merged(text, "{}", letters), text) << letters;
     EXPECT_EQ(merged(text, "{a= 10; kind= 'rs485'; m= {x= 1.5}}", "-xx"), text);
@@ -65,14 +65,14 @@ TEST_F(ToolMergeText, what_is_equal_or_not_merged_changes_no_byte) {
     EXPECT_EQ(merged(with_returns(text), "{}"), with_returns(text));
 }
 
-TEST_F(ToolMergeText, a_changed_value_keeps_its_comments_and_its_spelling) {
+TEST_F(ToolMergeText, a_changed_value_preserves_its_comments_and_its_spelling) {
     EXPECT_EQ(merged(text, "{ // other\n a= 31; // new\n m= {x= 3.0; }}"),
               with("0x0A", "0x1F", with("1.50", "3.00")));
     EXPECT_EQ(merged(text, "{a= 31; // new\n}", "-s-"), with("0x0A", "0x1F"));
     EXPECT_EQ(merged(text, "{kind= 'two words'}"), with("rs485", "\"two words\""));
 }
 
-TEST_F(ToolMergeText, a_new_key_brings_its_comments_in_the_layout_of_its_neighbours) {
+TEST_F(ToolMergeText, a_new_key_has_its_comments_and_the_layout_of_its_neighbours) {
     EXPECT_EQ(merged(text, "{\n// above\n  /* and more */\nnew=7 /* seven */;// after\n}"),
               with("3 ];\n", "3 ];\n"
                              "    // above\n"
@@ -91,7 +91,7 @@ TEST_F(ToolMergeText, a_new_key_brings_its_comments_in_the_layout_of_its_neighbo
                              "    }; // odd\n"));
 }
 
-TEST_F(ToolMergeText, a_header_or_a_section_of_the_source_stays_there) {
+TEST_F(ToolMergeText, a_header_or_section_comment_of_the_source_is_not_copied) {
     EXPECT_EQ(merged("{\n  a= 1;\n}\n", "// head\n\n{\n  // section\n\n  b= 2;\n}\n// foot\n"),
               "{\n  a= 1;\n  b= 2;\n}\n");
 }
@@ -103,7 +103,7 @@ TEST_F(ToolMergeText, line_ends_are_those_of_the_target) {
               "{\n  a= 1;\n  // b\n  b= {\n    c= 1;\n  };\n}\n");
 }
 
-TEST_F(ToolMergeText, a_map_on_one_line_stays_so_unless_a_comment_needs_lines) {
+TEST_F(ToolMergeText, a_map_stays_on_one_line_unless_a_comment_needs_lines) {
     EXPECT_EQ(merged("{a= 1}", "{\n  b= 2;\n  c= 3;\n}"), "{a= 1; b= 2; c= 3}");
     EXPECT_EQ(merged("{a= 1; m= {x= 1}; }", "{m= {\n  y= 2; // two\n  z= 3;\n}; b= 2}"),
               "{a= 1; m= {x= 1;\n    y= 2; // two\n    z= 3\n}; b= 2; }");
@@ -112,7 +112,7 @@ TEST_F(ToolMergeText, a_map_on_one_line_stays_so_unless_a_comment_needs_lines) {
     EXPECT_EQ(merged("{ /* none */ }", "{b= 2}"), "{ /* none */ b= 2 }");
 }
 
-TEST_F(ToolMergeText, a_removed_key_takes_its_own_comments_along) {
+TEST_F(ToolMergeText, removing_a_key_removes_its_comments) {
     EXPECT_EQ(merged(text, "{kind= can; m= {}; l= []}", "0xx"),
               with("    // one\n    a    = 0x0A;   // ten\n", "", with("rs485", "can")));
     EXPECT_EQ(merged(text, "{kind= 1}", "-0-"), with("    kind = rs485;  /* wires */\n", ""));
@@ -120,7 +120,7 @@ TEST_F(ToolMergeText, a_removed_key_takes_its_own_comments_along) {
               "{ /* a */ a= 1; /* b */ c= 3 }");
 }
 
-TEST_F(ToolMergeText, lists_and_sets) {
+TEST_F(ToolMergeText, lists_and_sets_are_extended) {
     EXPECT_EQ(merged(text, "{l= [\n // four\n 4, // five\n]}"),
               with("3 ];", "3,\n             // four\n             4 // five\n             ];"));
     EXPECT_EQ(merged("[ 1, // one\n  2, ]", "[ 5, 6 ]", "-ax"), "[ 5, // one\n  6, ]");
@@ -129,7 +129,7 @@ TEST_F(ToolMergeText, lists_and_sets) {
               "{s= < b, a, // one\n  >}");
 }
 
-TEST_F(ToolMergeText, shared_values) {
+TEST_F(ToolMergeText, shared_values_remain_shared) {
     EXPECT_EQ(merged("{\n  a= 1;\n}\n", "{\n  p= {x= 1}; // p\n  q= #cRef(/p); // q\n}"),
               "{\n  a= 1;\n  p= {x= 1}; // p\n  q= #cRef(/p); // q\n}\n");
     EXPECT_EQ(merged("{\n  p= {y= 1};\n}\n", "{\n  p= {x= 1}; // p\n  q= #cRef(/p/x); // q\n}"),
@@ -141,7 +141,7 @@ TEST_F(ToolMergeText, shared_values) {
               "{\n  b= {x= 1}; // b\n  c= #cRef(/b/x);\n}\n");
 }
 
-TEST_F(ToolMergeText, a_key_that_comes_again_in_the_source_is_written_once) {
+TEST_F(ToolMergeText, a_repeated_key_of_the_source_is_written_once) {
     EXPECT_EQ(merged("{\n  a= 1;\n}\n", "{\n  b= 1; // one\n  b= 2; // two\n}"),
               "{\n  a= 1;\n  b= 2; // one // two\n}\n");
     EXPECT_EQ(merged("{\n  a= 1;\n}\n",
@@ -149,14 +149,14 @@ TEST_F(ToolMergeText, a_key_that_comes_again_in_the_source_is_written_once) {
               "{\n  a= 1;\n  // first\n  // second\n  m= {\n    x= 1;\n    y= 2; // y\n  };\n}\n");
 }
 
-TEST_F(ToolMergeText, a_key_that_comes_again_in_the_target) {
+TEST_F(ToolMergeText, a_repeated_key_of_the_target_is_merged) {
     std::string const twice = "{\n  m= {x= 1}; // first\n  a= 1;\n  m= {y= 2}; // second\n}\n";
     EXPECT_EQ(merged(twice, "{m= {x= 5; y= 6; z= 7 /* z */}}"),
               "{\n  m= {x= 5}; // first\n  a= 1;\n  m= {y= 6; z= 7 /* z */}; // second\n}\n");
     EXPECT_EQ(merged(twice, "{m= 1}", "-0-"), "{\n  a= 1;\n}\n");
 }
 
-TEST_F(ToolMergeText, types_and_their_values) {
+TEST_F(ToolMergeText, types_are_written_before_their_values) {
     std::string const types = "  // a mode\n  Mode= choice({off= 0; on= 1}); // of ports\n"
                               "  P= attlist(n= attspec(type=int; default=3;); // count\n"
                               "    m= attspec(type=Mode; default=Mode(off)));\n";
@@ -167,7 +167,7 @@ TEST_F(ToolMergeText, types_and_their_values) {
               "{\n" + types + "  p= P(n = 3; m = Mode(on)); // p\n  q= P(); // q\n}\n");
 }
 
-TEST_F(ToolMergeText, constants_bring_their_comments) {
+TEST_F(ToolMergeText, constants_are_merged_with_their_comments) {
     EXPECT_EQ(
         merged("{\n  a= 1;\n}\n", "{\n  b= #true; // b\n  c= #true; // c\n  l= [#nil]; // l\n}"),
         "{\n  a= 1;\n  b= #true; // b\n  c= #true; // c\n  l= [#nil]; // l\n}\n");
@@ -176,7 +176,7 @@ TEST_F(ToolMergeText, constants_bring_their_comments) {
         "{\n  b= #nil; // b\n  c= #nil; // own\n}\n");
 }
 
-TEST_F(ToolMergeText, a_value_that_replaces_one_without_a_comment_brings_its_own) {
+TEST_F(ToolMergeText, a_value_that_replaces_one_without_a_comment_has_its_own) {
     EXPECT_EQ(
         merged("{\n  a= 1;\n  m= {x= 1}; // m\n}\n",
                "{\n  // above\n  a= 2; // after\n  m= {\n    // in it\n    x= 2; // x\n  };\n}",
@@ -201,7 +201,7 @@ TEST_F(ToolMergeText, in_place_needs_no_force_and_twice_changes_nothing) {
     EXPECT_EQ(run({"merge", "--diff", "t", "s"}), (cRun{0, "", ""}));
 }
 
-TEST_F(ToolMergeText, a_diff) {
+TEST_F(ToolMergeText, a_diff_is_printed) {
     EXPECT_EQ(merge("{\n  a= 1; // one\n}\n", "{\n  a= 2; b= 3; // three\n}", {"--diff"}),
               (cRun{1,
                     "--- t\n+++ t\n@@ -1,3 +1,4 @@\n {\n-  a= 1; // one\n+  a= 2; // one\n"
@@ -209,14 +209,14 @@ TEST_F(ToolMergeText, a_diff) {
                     ""}));
 }
 
-TEST_F(ToolMergeText, an_error_leaves_the_file) {
+TEST_F(ToolMergeText, an_error_leaves_the_file_unchanged) {
     EXPECT_EQ(
         merge(text, "{\n  new= 1; // new\n  a= word;\n}", {"-i"}),
         (cRun{2, "", "s:3:6: error: at /a: it is an int and cannot store a string as it is\n"}));
     EXPECT_EQ(read("t"), text);
 }
 
-TEST_F(ToolMergeText, the_examples_and_files_written_by_hand) {
+TEST_F(ToolMergeText, the_examples_and_handwritten_files_can_be_merged) {
     std::vector<std::string> files;
     for (std::string const folder : {"examples", "tests/tool/data/hand"})
         for (auto const &entry : std::filesystem::directory_iterator(test::source_file(folder)))
@@ -231,7 +231,7 @@ TEST_F(ToolMergeText, the_examples_and_files_written_by_hand) {
         write("new", result);
         EXPECT_EQ(run({"get", "new", "added_by_merge"}).out, "{\n  q= 1; // q\n}\n") << file;
         cRun const diff = run({"merge", "t", "s", "--diff"});
-        size_t removed = 0; // a last entry without a delimiter gets one
+        size_t removed = 0; // a delimiter is added to a last entry without one
         for (size_t at = diff.out.find("\n+++");
              (at = diff.out.find("\n-", at + 1)) != std::string::npos;)
             ++removed;
@@ -240,7 +240,7 @@ TEST_F(ToolMergeText, the_examples_and_files_written_by_hand) {
     }
 }
 
-// --- comments that belong to no entry ---
+// --- comments that do not belong to an entry ---
 
 std::string const sections = "// header\n"
                              "{\n"
@@ -267,7 +267,7 @@ std::string const sections = "// header\n"
                              "}\n"
                              "// end\n";
 
-TEST_F(ToolMergeText, a_section_comes_with_the_new_entry_below_its_comment) {
+TEST_F(ToolMergeText, a_section_comment_is_copied_with_the_new_entry_below_it) {
     EXPECT_EQ(merged("{\n\ta = 0;\n\tb = {\n\t\tx = 0;\n\t};\n}\n", sections),
               "{\n\ta = 1;\n\tb = {\n\t\tx = 1;\n\n\t\t// inner\n\n\t\ty = 2;\n\t};\n"
               "\n\t// --- timing ---\n\n\t// how long\n\twait = 5; // s\n\tretry = 3;\n}\n");
@@ -276,7 +276,7 @@ TEST_F(ToolMergeText, a_section_comes_with_the_new_entry_below_its_comment) {
         "{\n  wait = 5;\n  a = 1;\n  b = 2;\n}\n");
 }
 
-TEST_F(ToolMergeText, header_and_foot_of_the_source_stay_there) {
+TEST_F(ToolMergeText, header_and_footer_of_the_source_are_not_copied) {
     std::string const inside = sections.substr(sections.find("  a = 1"));
     std::string const body = inside.substr(0, inside.find("  // trailing"));
     EXPECT_EQ(merged("// mine\n{\n}\n", sections).substr(0, 12), "// mine\n{\n  ");

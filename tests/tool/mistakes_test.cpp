@@ -1,4 +1,4 @@
-// One mistake in each file of tests/tool/data/mistakes, and all that `check` prints about it.
+// One mistake in each file of tests/tool/data/mistakes, and the whole output of `check` for it.
 
 #include "tests/tool/tool_run.h"
 
@@ -40,7 +40,7 @@ size_t count_of(std::string const &text, std::string const &part) {
 
 } // namespace
 
-TEST(ToolMistakes, each_is_reported_once_and_where_it_is) {
+TEST(ToolMistakes, each_is_reported_once_at_its_position) {
     std::vector<std::string> const files = names();
     EXPECT_GE(files.size(), 80U);
     std::vector<std::string> arguments = files;

@@ -1,4 +1,4 @@
-// `--module`: code that is asked for comes in before anything is read, and no other code does.
+// `--module`: the named code is loaded before anything is read, and no other code is.
 
 #include "tests/tool/tool_run.h"
 
@@ -25,7 +25,7 @@ class ToolModule : public tool_test::Tool {
 
 cRun const one{0, "1\n", ""};
 
-TEST_F(ToolModule, is_loaded_where_it_is_asked_for) {
+TEST_F(ToolModule, is_loaded_where_it_is_requested) {
     EXPECT_EQ(run({"get", "f", "a"}), one);
     EXPECT_FALSE(was_loaded());
     EXPECT_EQ(run({"--module", "./evil", "get", "f", "a"}), one);
@@ -36,14 +36,14 @@ TEST_F(ToolModule, is_loaded_where_it_is_asked_for) {
     EXPECT_TRUE(was_loaded());
 }
 
-TEST_F(ToolModule, takes_one_name_each_time) {
+TEST_F(ToolModule, accepts_one_name_each_time) {
     EXPECT_EQ(run({"get", "--module", "./types", "--module", "./evil", "f", "a"}), one);
     EXPECT_TRUE(was_loaded());
     EXPECT_EQ(run({"--module", "./types", "get", "--module", "./evil", "f", "a"}), one);
     EXPECT_TRUE(was_loaded());
 }
 
-TEST_F(ToolModule, belongs_to_every_command) {
+TEST_F(ToolModule, every_command_accepts_it) {
     for (std::vector<std::string> command :
          std::vector<std::vector<std::string>>{{"fmt", "f"},
                                                {"check", "f"},
@@ -57,7 +57,7 @@ TEST_F(ToolModule, belongs_to_every_command) {
     }
 }
 
-TEST_F(ToolModule, brings_types) {
+TEST_F(ToolModule, adds_types) {
     EXPECT_EQ(run_on("{s= attspec(type= Temperature)}", {"check"}).status, 1);
     EXPECT_EQ(run_on("{s= attspec(type= Temperature)}", {"--module", "./types", "fmt"}),
               (cRun{0, "{s= attspec(type=Temperature; flag=#REQUIRED;); }\n", ""}));
@@ -149,7 +149,7 @@ TEST_F(ToolModuleSearch, loads_a_name_once) {
     EXPECT_TRUE(was_loaded());
 }
 
-TEST_F(ToolModuleSearch, takes_a_name_with_a_slash_as_a_path) {
+TEST_F(ToolModuleSearch, treats_a_name_with_a_slash_as_a_path) {
     copy_beside("type_factory", "evil");
     EXPECT_EQ(run_copy({"--module", "./evil", "get", "f", "a"}), one);
     EXPECT_TRUE(was_loaded());
@@ -167,14 +167,14 @@ TEST_F(ToolModuleSearch, stops_at_a_broken_file_beside_the_program) {
     EXPECT_FALSE(was_loaded());
 }
 
-TEST_F(ToolModuleSearch, that_fails_lists_all_places) {
-    std::string const told = run_copy({"--module", "nowhere", "get", "f", "a"}).err;
+TEST_F(ToolModuleSearch, that_fails_lists_all_paths) {
+    std::string const reported = run_copy({"--module", "nowhere", "get", "f", "a"}).err;
     for (std::string const place : {"/bin/modules/nowhere.so: ", "note: nowhere.so: ",
                                     "note: ./nowhere.so: ", "note: modules/nowhere.so: "})
-        EXPECT_NE(told.find(place), std::string::npos) << place << "\n" << told;
+        EXPECT_NE(reported.find(place), std::string::npos) << place << "\n" << reported;
 }
 
-TEST_F(ToolModule, whose_name_ends_in_a_slash_is_none) {
+TEST_F(ToolModule, whose_name_ends_in_a_slash_is_refused) {
     for (std::string const name : {"/", "./", "modules/"})
         EXPECT_EQ(run({"get", "f", "a", "--module", name}),
                   (cRun{2, "",
@@ -182,11 +182,11 @@ TEST_F(ToolModule, whose_name_ends_in_a_slash_is_none) {
                             "'\nqrv: note: give the name of a file, not of a folder\n"}));
 }
 
-TEST_F(ToolModule, its_name_is_needed) {
+TEST_F(ToolModule, requires_a_name) {
     EXPECT_EQ(run({"get", "f", "a", "--module"}), usage_error("get", "--module needs a value"));
 }
 
-// Whatever a file names, and whatever else was loaded.
+// No file loads a module, for any names in it and any modules loaded before.
 TEST_F(ToolModule, no_file_loads_one) {
     for (std::string const name : {"x:./evil", "./evil", "evil", "evil:./evil", "x:./evil.so"}) {
         std::vector<std::string> files;

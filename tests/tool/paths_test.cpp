@@ -1,4 +1,4 @@
-// What commands say of paths that are none, and of those at which nothing can be stored.
+// Messages about invalid paths, and about paths at which nothing can be stored.
 
 #include "tests/tool/tool_run.h"
 
@@ -16,14 +16,14 @@ class Paths : public tool_test::Tool {
                    "  v= [1, 2];\n"
                    "}\n");
     }
-    // What a command says that does nothing.
+    // The messages of a command that changes nothing.
     std::string errors(std::vector<std::string> arguments) const {
         cRun const run = this->run(std::move(arguments));
         EXPECT_EQ(run.status, 2);
         EXPECT_EQ(run.out, "");
         return run.err;
     }
-    // The same for all commands that look for a path.
+    // The same for all commands that accept a path.
     std::string not_a_path(std::string const &path) const {
         std::string const said = errors({"get", "f", path});
         EXPECT_EQ(errors({"where", "f", path}), said);
@@ -34,7 +34,7 @@ class Paths : public tool_test::Tool {
     std::string set(std::string const &statement) const { return errors({"set", "f", statement}); }
 };
 
-TEST_F(Paths, that_are_none) {
+TEST_F(Paths, invalid_paths_are_reported) {
     EXPECT_EQ(not_a_path(""), "f: error: the path is empty; / is the outermost value\n");
     EXPECT_EQ(not_a_path("a/"), "f: error: path 'a/' ends with a /: remove it, or add a key\n");
     EXPECT_EQ(not_a_path("a b"), "f: error: path 'a b' has 'b' after the key 'a'; a key of several "
@@ -43,7 +43,7 @@ TEST_F(Paths, that_are_none) {
                                  "word, a number or a string in quotes\n");
 }
 
-TEST_F(Paths, a_slash_is_the_outermost_value) {
+TEST_F(Paths, a_slash_means_the_outermost_value) {
     write("g", "// head\n[1]\n");
     EXPECT_EQ(run({"at", "g", "2:1"}), (cRun{0, "path      /\ntype      vector\n", ""}));
     EXPECT_EQ(run({"get", "g", "/"}), (cRun{0, "[1, ]\n", ""}));
@@ -60,7 +60,7 @@ TEST_F(Paths, nothing_can_be_stored_in_a_scalar) {
     EXPECT_EQ(set("a/b << 1"), said);
 }
 
-TEST_F(Paths, positions_in_a_vector) {
+TEST_F(Paths, positions_in_a_vector_must_exist) {
     EXPECT_EQ(set("v/5 = 1"), "statements:1:1: error: v/5: v has 2 values, counted from 0\n"
                               "statements:1:1: note: v << VALUE appends one\n");
     EXPECT_EQ(set("v/x/y = 1"),
@@ -68,7 +68,7 @@ TEST_F(Paths, positions_in_a_vector) {
               "statements:1:1: note: v << VALUE appends one\n");
 }
 
-TEST_F(Paths, what_a_declared_type_demands) {
+TEST_F(Paths, requirements_of_a_declared_type_are_reported) {
     EXPECT_EQ(set("t/c = 1"), "statements:1:1: error: t/c: the type T declares no key c\n");
     EXPECT_EQ(set("t/b &= x"),
               "statements:1:1: error: t/b: the type T demands a value of the type int\n");
@@ -81,7 +81,7 @@ TEST_F(Paths, what_a_declared_type_demands) {
               "the changed value\n");
 }
 
-TEST_F(Paths, nothing_is_there_to_add_to) {
+TEST_F(Paths, adding_to_an_absent_value_is_refused) {
     EXPECT_EQ(set("c << 1"), "statements:1:1: error: c: nothing is there for <<\n"
                              "statements:1:1: note: create a value first, with = or &=\n");
 }

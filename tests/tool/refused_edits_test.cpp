@@ -1,4 +1,4 @@
-// Edits that the text as it is cannot hold: what the messages say, and when --reformat helps.
+// Edits that the existing text cannot represent: their messages, and when --reformat helps.
 
 #include "tests/tool/tool_run.h"
 
@@ -16,7 +16,7 @@ std::string const declared = "{\n"
 
 class RefusedEdits : public tool_test::Tool {
   protected:
-    // The command is refused, with --reformat in the same words, and the file stays.
+    // The command is refused, with --reformat by the same message, and the file is unchanged.
     std::string refused(std::string const &text, std::vector<std::string> arguments) const {
         write("f", text);
         arguments.insert(arguments.begin() + 1, "f");
@@ -41,7 +41,7 @@ class RefusedEdits : public tool_test::Tool {
 
 constexpr char const *first = "f: note: a type must be declared before its first use\n";
 
-TEST_F(RefusedEdits, a_value_before_the_declaration_of_its_type) {
+TEST_F(RefusedEdits, a_value_before_the_declaration_of_its_type_is_refused) {
     EXPECT_EQ(refused(declared, {"ins", "Mode", "before", "x", "Mode(eco)"}),
               std::string("f: error: /x needs the type 'Mode', which would be declared only after "
                           "it, at /Mode\n") +
@@ -56,7 +56,7 @@ TEST_F(RefusedEdits, a_value_before_the_declaration_of_its_type) {
                   first);
 }
 
-TEST_F(RefusedEdits, a_declaration_after_a_use_of_its_type) {
+TEST_F(RefusedEdits, a_declaration_after_a_use_of_its_type_is_refused) {
     EXPECT_EQ(refused(declared, {"mv", "Mode", "after/Mode"}),
               std::string("f: error: /m needs the type 'Mode', which would be declared only after "
                           "it, at /after/Mode\n") +
@@ -67,7 +67,7 @@ TEST_F(RefusedEdits, a_declaration_after_a_use_of_its_type) {
                   first);
 }
 
-TEST_F(RefusedEdits, a_declaration_that_is_replaced) {
+TEST_F(RefusedEdits, replacing_a_declaration_in_use_is_refused) {
     EXPECT_EQ(refused(declared, {"set", "Mode &= 5"}),
               "f: error: /m needs the type 'Mode', which would not be declared any more\n"
               "f: note: delete or change the values of a type before its declaration\n");
@@ -87,7 +87,7 @@ TEST_F(RefusedEdits, a_declaration_may_move_into_a_map_before_its_uses) {
 
 // --- repeated keys ---
 
-TEST_F(RefusedEdits, an_entry_comes_into_the_list_that_replaced_another_one) {
+TEST_F(RefusedEdits, an_entry_is_added_to_the_list_that_replaced_another_one) {
     EXPECT_EQ(out("{ b=[1]; b=[2,3]; }\n", {"ins", "b/0", "after", "7"}), "{ b=[2,7,3]; }\n");
     EXPECT_EQ(out("{\n"
                   "  b = [1]; // old\n"

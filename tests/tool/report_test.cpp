@@ -16,7 +16,7 @@ using cJson = nlohmann::json;
 
 class ToolReport : public tool_test::Tool {
   protected:
-    // What the validator reports of these documents, each a line.
+    // The errors that the validator reports for these documents, one on a line.
     std::vector<std::string> validated(std::vector<std::string> const &documents) const {
         std::vector<std::string> arguments = {
             "PATH=/usr/bin:/bin", // the system's Python
@@ -58,7 +58,7 @@ TEST_F(ToolReport, sarif_of_all_kinds_of_findings_is_valid) {
     EXPECT_EQ(validated(documents), (std::vector<std::string>{"valid", "valid", "valid"}));
 }
 
-TEST_F(ToolReport, the_schema_forbids_what_is_not_in_it) {
+TEST_F(ToolReport, the_schema_forbids_unknown_properties) {
     write("faulty", "{a= 1; a= 2}");
     cJson const valid = cJson::parse(sarif_of({"faulty"}));
     auto const with = [&](std::string const &pointer, cJson const &value) {
@@ -78,7 +78,7 @@ TEST_F(ToolReport, the_schema_forbids_what_is_not_in_it) {
     EXPECT_EQ(wrong.back(), "valid");
 }
 
-TEST_F(ToolReport, columns_of_sarif_are_characters_and_those_of_json_bytes) {
+TEST_F(ToolReport, sarif_counts_columns_in_characters_and_json_in_bytes) {
     write("f", "{\n \"\xC3\xA9\xE2\x82\xAC\"= \"\\q\xC3\xA9\"; }");
     cJson const sarif = cJson::parse(sarif_of({"f"}));
     EXPECT_EQ(sarif["runs"][0]["results"][0]["locations"][0]["physicalLocation"]["region"],
@@ -101,7 +101,7 @@ TEST_F(ToolReport, bytes_that_are_not_utf8_are_replaced) {
     EXPECT_NE(sarif_of({"\xFF"}).find("\"uri\":\"%FF\""), std::string::npos);
 }
 
-TEST_F(ToolReport, the_exit_code_is_that_of_the_messages) {
+TEST_F(ToolReport, the_exit_code_is_the_same_as_for_text) {
     write("warned", "[1,,2]");
     write("faulty", "[1 2]");
     for (std::string const format : {"text", "json", "github", "sarif"}) {
@@ -116,7 +116,7 @@ TEST_F(ToolReport, the_exit_code_is_that_of_the_messages) {
     }
 }
 
-TEST_F(ToolReport, text_is_what_is_printed_without_it) {
+TEST_F(ToolReport, text_is_the_default_format) {
     write("f", "{a= 1; a= ?; b= 01;}");
     cRun const plain = run({"check", "f", "absent"});
     EXPECT_EQ(run({"check", "--format=text", "f", "absent"}), (cRun{2, plain.err, ""}));

@@ -1,4 +1,5 @@
-// `check` on objects of declared types: which rule is broken, where, and where it was declared.
+// `check` on objects of declared types: the violated rule, its position, and the position of its
+// declaration.
 
 #include "tests/tool/tool_run.h"
 
@@ -11,8 +12,8 @@ namespace {
 
 class ToolRules : public tool_test::Tool {
   protected:
-    // Of entries behind the declarations, from line 12 on.
-    std::string told(std::string const &entries) const {
+    // For entries after the declarations, which are from line 12 on.
+    std::string reported(std::string const &entries) const {
         return check(declarations + entries + "}");
     }
 
@@ -32,19 +33,19 @@ class ToolRules : public tool_test::Tool {
 
 std::string const wrong_code = " [0x40000000]\n", failed_code = " [0x40000001]\n";
 
-TEST_F(ToolRules, objects_that_keep_them_are_not_told) {
-    EXPECT_EQ(told("a= Pixel(x= 1; y= 2); b= [Pixel(x= 1, y= 2, mode= Mode(auto))];"
-                   "c= Outer(p= #cRef(/a)); d= Mode();"),
+TEST_F(ToolRules, valid_objects_are_not_reported) {
+    EXPECT_EQ(reported("a= Pixel(x= 1; y= 2); b= [Pixel(x= 1, y= 2, mode= Mode(auto))];"
+                       "c= Outer(p= #cRef(/a)); d= Mode();"),
               "");
 }
 
-TEST_F(ToolRules, a_missing_key_is_told_at_the_object) {
+TEST_F(ToolRules, a_missing_key_is_reported_at_the_object) {
     EXPECT_EQ(
-        told("  a= Pixel(\n    x= 1);"),
+        reported("  a= Pixel(\n    x= 1);"),
         "f:12:6: error: required key 'y' of type Pixel is missing, path /a/y, declared at 5:7" +
             wrong_code);
     EXPECT_EQ(
-        told("  a= Pixel();"),
+        reported("  a= Pixel();"),
         "f:12:6: error: required key 'x' of type Pixel is missing, path /a/x, declared at 4:7" +
             wrong_code +
             "f:12:6: error: required key 'y' of type Pixel is missing, path /a/y, declared at "
@@ -52,15 +53,15 @@ TEST_F(ToolRules, a_missing_key_is_told_at_the_object) {
             wrong_code);
 }
 
-TEST_F(ToolRules, each_broken_rule_is_one_message_at_its_entry) {
+TEST_F(ToolRules, each_violation_is_one_message_at_its_entry) {
     EXPECT_EQ(
-        told("  a= Pixel(\n"
-             "    x= 1.5;\n"
-             "    y= #nil;\n"
-             "    colr= green;\n"
-             "    size= big;\n"
-             "    \"mode\"= auto;\n"
-             "  );"),
+        reported("  a= Pixel(\n"
+                 "    x= 1.5;\n"
+                 "    y= #nil;\n"
+                 "    colr= green;\n"
+                 "    size= big;\n"
+                 "    \"mode\"= auto;\n"
+                 "  );"),
         "f:13:5: error: key 'x' of type Pixel must be an int, not a double, path /a/x, declared at "
         "4:7" +
             wrong_code +
@@ -79,11 +80,11 @@ TEST_F(ToolRules, each_broken_rule_is_one_message_at_its_entry) {
 
 TEST_F(ToolRules, a_separator_before_a_value_is_skipped) {
     EXPECT_EQ(
-        told("a= Pixel(x= 1; y= 2; size= , word; ,);"),
+        reported("a= Pixel(x= 1; y= 2; size= , word; ,);"),
         "f:12:22: error: key 'size' of type Pixel must be an int, not a string, path /a/size, "
         "declared at 8:7" +
             wrong_code);
-    EXPECT_EQ(told("a= Pixel(x= ;1; y= ,2; size= , 7);"), "");
+    EXPECT_EQ(reported("a= Pixel(x= ;1; y= ,2; size= , 7);"), "");
     EXPECT_EQ(
         check("{T= ;attlist(x= ;attspec(type= ;int));\nt= T(x= a);}"),
         "f:2:6: error: key 'x' of type T must be an int, not a string, path /t/x, declared at "
@@ -92,14 +93,14 @@ TEST_F(ToolRules, a_separator_before_a_value_is_skipped) {
 }
 
 TEST_F(ToolRules, a_missing_value_is_reported_once) {
-    std::string const all = told("a= Pixel(x= 1; y= );");
+    std::string const all = reported("a= Pixel(x= 1; y= );");
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1) << all;
     EXPECT_NE(all.find("error: Pattern 'key =value' is missed in path: /a/y"), std::string::npos)
         << all;
 }
 
-TEST_F(ToolRules, of_a_key_that_comes_twice_the_last_one_counts) {
-    EXPECT_EQ(told("a= Pixel(x= one, y= 1, x= two);"),
+TEST_F(ToolRules, the_last_value_of_a_repeated_key_counts) {
+    EXPECT_EQ(reported("a= Pixel(x= one, y= 1, x= two);"),
               "f:12:24: error: key 'x' of type Pixel must be an int, not a string, path /a/x, "
               "declared at 4:7" +
                   wrong_code);
@@ -114,16 +115,16 @@ TEST_F(ToolRules, a_fixed_key_makes_its_type_unreadable) {
         "no object of type Fixed can be read, because its key 'f' is #FIXED: only the default "
         "itself is valid, and reading creates a copy, path /a/f, declared at 10:18" +
         wrong_code;
-    EXPECT_EQ(told("a= Fixed(v= 1);"), "f:12:4: error: " + unreadable);
-    EXPECT_EQ(told("a= Fixed(v= 1; f= 5);"), "f:12:4: error: " + unreadable);
-    EXPECT_EQ(told("a= Fixed(f= 6; v= 1);"),
+    EXPECT_EQ(reported("a= Fixed(v= 1);"), "f:12:4: error: " + unreadable);
+    EXPECT_EQ(reported("a= Fixed(v= 1; f= 5);"), "f:12:4: error: " + unreadable);
+    EXPECT_EQ(reported("a= Fixed(f= 6; v= 1);"),
               "f:12:10: error: key 'f' of type Fixed is fixed to 5, not 6; and no object of the "
               "type can be read: only the default itself is valid, and reading creates a copy, "
               "path /a/f, declared at 10:18" +
                   wrong_code);
 }
 
-TEST_F(ToolRules, of_several_fixed_keys_one_tells_that_the_type_is_unreadable) {
+TEST_F(ToolRules, one_of_several_fixed_keys_is_reported_as_unreadable) {
     std::string const declared = "{F= attlist(f= attspec(default=5; flag=#FIXED); g= "
                                  "attspec(default=6; flag=#FIXED));\n";
     EXPECT_EQ(check(declared + "a= F(f= 1; g= 1);}"),
@@ -141,31 +142,31 @@ TEST_F(ToolRules, of_several_fixed_keys_one_tells_that_the_type_is_unreadable) {
             wrong_code);
 }
 
-TEST_F(ToolRules, what_follows_from_an_error_inside_is_not_told) {
+TEST_F(ToolRules, consequences_of_an_error_inside_are_not_reported) {
     std::string const y =
         "f:12:28: error: key 'y' of type Pixel must be an int, not a string, path "
         "/a/p/y, declared at 5:7" +
         wrong_code;
-    EXPECT_EQ(told("a= Outer(p= Pixel(x= 1;    y= bad));"), y);
-    EXPECT_EQ(told("a= Pixel(x= foo(1); y= 1);"),
+    EXPECT_EQ(reported("a= Outer(p= Pixel(x= 1;    y= bad));"), y);
+    EXPECT_EQ(reported("a= Pixel(x= foo(1); y= 1);"),
               "f:12:13: error: Value with unknown type='foo [0x40000005]\n");
-    EXPECT_EQ(told("a= Outer(p= #cRef(/nowhere));"),
+    EXPECT_EQ(reported("a= Outer(p= #cRef(/nowhere));"),
               "f:12:13: error: Error in #cRef(/nowhere): Referenced value is not defined before. "
               "[0x40000003]\n");
     EXPECT_EQ(
-        told("a= [[Pixel(x= 1)], 2];"),
+        reported("a= [[Pixel(x= 1)], 2];"),
         "f:12:6: error: required key 'y' of type Pixel is missing, path /a/0/0/y, declared at "
         "5:7" +
             wrong_code);
 }
 
 TEST_F(ToolRules, a_reference_to_nil_is_nil) {
-    EXPECT_EQ(told("n= #nil; a= Pixel(x= #cRef(/n), y= 1);"),
+    EXPECT_EQ(reported("n= #nil; a= Pixel(x= #cRef(/n), y= 1);"),
               "f:12:19: error: required key 'x' of type Pixel is nil, path /a/x, declared at 4:7" +
                   wrong_code);
 }
 
-TEST_F(ToolRules, the_declaration_that_counts_is_the_last_one_before_the_object) {
+TEST_F(ToolRules, the_last_declaration_before_the_object_counts) {
     EXPECT_EQ(
         check("{R= attlist(a= attspec(type=int));\nr= R();\n"
               " R= attlist(b= attspec(type=int));\ns= R();}"),
@@ -177,28 +178,28 @@ TEST_F(ToolRules, the_declaration_that_counts_is_the_last_one_before_the_object)
             wrong_code);
 }
 
-TEST_F(ToolRules, unknown_names_come_with_a_close_one) {
-    EXPECT_EQ(told("a= Pixl(x= 1);"),
+TEST_F(ToolRules, a_similar_name_is_suggested_for_unknown_names) {
+    EXPECT_EQ(reported("a= Pixl(x= 1);"),
               "f:12:4: error: Value with unknown type='Pixl; did you mean 'Pixel'? [0x40000005]\n"
               "f:12:4: error: Cannot insert key =a\n");
-    EXPECT_EQ(told("a= pixel(x= 1);").substr(0, 72),
+    EXPECT_EQ(reported("a= pixel(x= 1);").substr(0, 72),
               "f:12:4: error: Value with unknown type='pixel; did you mean 'Pixel'? [0x");
-    EXPECT_EQ(told("a= Elephant(x= 1);").substr(0, 60),
+    EXPECT_EQ(reported("a= Elephant(x= 1);").substr(0, 60),
               "f:12:4: error: Value with unknown type='Elephant [0x40000005");
-    EXPECT_EQ(told("a= Mode(manuel);"), "f:12:4: error: 'manuel' is not a choice of type Mode, "
-                                        "declared at 2:3; did you mean 'manual'?" +
-                                            failed_code);
-    EXPECT_EQ(told("a= Mode(off);"),
+    EXPECT_EQ(reported("a= Mode(manuel);"), "f:12:4: error: 'manuel' is not a choice of type Mode, "
+                                            "declared at 2:3; did you mean 'manual'?" +
+                                                failed_code);
+    EXPECT_EQ(reported("a= Mode(off);"),
               "f:12:4: error: 'off' is not a choice of type Mode, declared at 2:3" + failed_code);
-    EXPECT_EQ(told("a= Mode({x= 1});"),
+    EXPECT_EQ(reported("a= Mode({x= 1});"),
               "f:12:4: error: this is not a choice of type Mode, declared at 2:3" + failed_code);
     EXPECT_EQ(
-        told("T= attlist(n= attspec(type= itn));"),
+        reported("T= attlist(n= attspec(type= itn));"),
         "f:12:29: error: Wrong type-entry in attspec: unknown type 'itn'; did you mean 'int'?" +
             wrong_code);
 }
 
-TEST_F(ToolRules, a_declaration_with_an_error_is_told_once_and_not_at_its_objects) {
+TEST_F(ToolRules, an_error_in_a_declaration_is_reported_once_and_not_at_its_objects) {
     std::string const
         declared = "{T= attlist(n= attspec(type= itn), m= attspec(type= int));\n",
         wrong =
@@ -222,9 +223,9 @@ TEST_F(ToolRules, errors_that_follow_from_a_declaration_through_another_are_drop
               "f:1:5: error: a choice type needs choices: choice({a= 1; b= 2;})" + failed_code);
 }
 
-TEST_F(ToolRules, a_name_that_is_taken_by_a_type_of_another_kind) {
+TEST_F(ToolRules, a_name_of_a_type_of_another_kind_is_refused) {
     std::string const taken = " error: Type name from input is registered with another type-type! ";
-    EXPECT_EQ(told("Mode= attlist(a= attspec(type= int)); \"Pixel\"= choice({a= 1;});"),
+    EXPECT_EQ(reported("Mode= attlist(a= attspec(type= int)); \"Pixel\"= choice({a= 1;});"),
               "f:12:7:" + taken +
                   "'Mode' is a choice already, declared at 2:3: choose another name "
                   "[0x40000006]\n"
@@ -237,35 +238,35 @@ TEST_F(ToolRules, a_name_that_is_taken_by_a_type_of_another_kind) {
                   "'choice' is a type already: choose another name [0x40000006]\n"
                   "f:1:32:" +
                   taken + "'int' is a type already: choose another name [0x40000006]\n");
-    EXPECT_EQ(told("Mode= attlist(a= attspec(type= int)); m= Mode(off);"),
+    EXPECT_EQ(reported("Mode= attlist(a= attspec(type= int)); m= Mode(off);"),
               "f:12:7:" + taken +
                   "'Mode' is a choice already, declared at 2:3: choose another name [0x40000006]\n"
                   "f:12:42: error: 'off' is not a choice of type Mode, declared at 2:3" +
                   failed_code);
 }
 
-TEST_F(ToolRules, a_type_is_given_by_its_name_alone) {
+TEST_F(ToolRules, a_type_is_specified_by_its_name_only) {
     EXPECT_EQ(
         check("{T= attlist(x= attspec(type= int(5)));}"),
         "f:1:30: error: Wrong type-entry in attspec: write the name of the type without brackets" +
             wrong_code);
 }
 
-TEST_F(ToolRules, a_type_without_a_name_is_told_as_one) {
+TEST_F(ToolRules, a_type_without_a_name_is_reported_as_unnamed) {
     EXPECT_EQ(check("{T= attlist(x= attspec(type= choice({a= 1})));\na= T(x= 1);}"),
               "f:2:6: error: key 'x' of type T must be an object of a type without a name, not an "
               "int, path /a/x, declared at 1:13" +
                   wrong_code);
 }
 
-TEST_F(ToolRules, names_that_begin_with_a_capital_vowel) {
+TEST_F(ToolRules, names_with_a_capital_vowel_have_the_right_article) {
     EXPECT_EQ(check("{Axis= attlist();\nT= attlist(x= attspec(type= Axis));\na= T(x= 1);}"),
               "f:3:6: error: key 'x' of type T must be an Axis, not an int, path /a/x, declared at "
               "2:12" +
                   wrong_code);
 }
 
-TEST_F(ToolRules, declarations_that_declare_nothing) {
+TEST_F(ToolRules, declarations_without_effect_are_reported) {
     EXPECT_EQ(
         check("{a= attspec();}"),
         "f:1:5: error: an empty attspec cannot be read: attspec(flag= #IMPLIED) accepts any value" +
@@ -295,7 +296,7 @@ TEST_F(ToolRules, a_file_with_broken_objects_is_not_rewritten) {
 class ToolLostObject : public ToolRules {
   protected:
     ToolLostObject() { write("f", bytes_); }
-    // Every command fails with this error and leaves the file as it is.
+    // Every command fails with this error and leaves the file unchanged.
     void refuses(std::vector<std::string> const &command, int status,
                  std::string const &file = "f") const {
         std::string errors =
@@ -363,7 +364,7 @@ TEST_F(ToolLostObject, is_reported_in_statements) {
 
 // --- hostile files ---
 
-TEST_F(ToolRules, three_thousand_broken_objects) {
+TEST_F(ToolRules, three_thousand_invalid_objects_are_reported) {
     std::string text = "{R= attlist(n= attspec(type= int));\n";
     for (int i = 0; i < 3000; ++i) text += "r" + std::to_string(i) + "= R(n= x; nn= 5);\n";
     text += "}";
@@ -377,7 +378,7 @@ TEST_F(ToolRules, three_thousand_broken_objects) {
                         wrong_code + "f: error: 5999 more\n"}));
 }
 
-TEST_F(ToolRules, one_object_with_thirty_thousand_unknown_keys) {
+TEST_F(ToolRules, one_object_may_have_thirty_thousand_unknown_keys) {
     std::string text = "{R= attlist(n= attspec(type= int)); r= R(n= 1;\n";
     for (int i = 0; i < 30000; ++i) text += "k" + std::to_string(i) + "= 1;\n";
     std::string const all = check(text + ")}");
@@ -385,8 +386,8 @@ TEST_F(ToolRules, one_object_with_thirty_thousand_unknown_keys) {
     EXPECT_EQ(all.substr(all.rfind("f: ")), "f: error: 29900 more\n");
 }
 
-// Each unknown name is held against all known ones, but not without end.
-TEST_F(ToolRules, two_thousand_unknown_names_and_as_many_known_ones) {
+// Each unknown name is compared with all known ones, but within a limit.
+TEST_F(ToolRules, two_thousand_unknown_names_are_compared_quickly) {
     std::string types = "{", uses, choices;
     for (int i = 0; i < 2000; ++i) {
         std::string const n = std::to_string(i);
@@ -401,7 +402,7 @@ TEST_F(ToolRules, two_thousand_unknown_names_and_as_many_known_ones) {
     EXPECT_NE(run.err.find("Tipe0; did you mean 'Type0'?"), std::string::npos);
 }
 
-TEST_F(ToolRules, objects_nested_as_deep_as_it_goes) {
+TEST_F(ToolRules, objects_may_be_nested_as_deep_as_possible) {
     std::string const all =
         check("{R= attlist(a= attspec(type= R; flag= #REQUIRED));\nr= " + times("R(a= ", 5000) +
               "1" + times(")", 5000) + ";}");

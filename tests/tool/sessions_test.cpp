@@ -1,5 +1,6 @@
-// Whole sessions at a shell: each file of data/sessions/ has commands after "$ " and below each all
-// that it prints, on standard output and standard error, and its exit code in brackets if it is not
+// Whole sessions at a shell: each file of data/sessions/ has commands after "$ ", and below each
+// command its whole output, on standard output and standard error, and its exit status in brackets
+// if it is not
 // 0. A session runs in an empty folder, with the tool in the path.
 
 #include "tests/tool/tool_run.h"
@@ -23,7 +24,7 @@ class ToolSessions : public tool_test::Tool, public testing::WithParamInterface<
     }
 };
 
-TEST_P(ToolSessions, prints_what_the_file_shows) {
+TEST_P(ToolSessions, prints_the_output_shown_in_the_file) {
     std::string const shown =
         tool_test::bytes_of(test::source_file("tests/tool/data/sessions/" + GetParam()));
     tool_test::cMemory all;

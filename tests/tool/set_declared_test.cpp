@@ -1,4 +1,4 @@
-// Types that `set` and `ins` are given as values: the key declares them, as in a file.
+// Types given to `set` and `ins` as values: the key declares them, as in a file.
 
 #include "tests/tool/tool_run.h"
 
@@ -17,7 +17,7 @@ class SetDeclared : public tool_test::Tool {
     }
 };
 
-TEST_F(SetDeclared, a_new_type_has_the_name_of_its_key) {
+TEST_F(SetDeclared, a_new_type_is_named_by_its_key) {
     EXPECT_EQ(set("{ a = 1; }", "N = choice({off=0; on=1})"),
               "{ a = 1; N = choice({off= 0; on= 1; }); }");
     EXPECT_EQ(set("{ a = 1; }", "a &= choice({off=0; on=1})"),
@@ -26,7 +26,7 @@ TEST_F(SetDeclared, a_new_type_has_the_name_of_its_key) {
               "{a=1; x={\n    N=choice({off= 0; on= 1; });\n}; y=N(on);}");
 }
 
-TEST_F(SetDeclared, a_type_is_declared_anew) {
+TEST_F(SetDeclared, a_type_can_be_declared_again) {
     EXPECT_EQ(set("{ N = choice({x=0}); m = N(x); }", "N &= choice({x=0; on=1})"),
               "{ N = choice({x= 0; on= 1; }); m = N(x); }");
 }

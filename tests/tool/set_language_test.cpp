@@ -1,5 +1,5 @@
-// `set` accepts what the library's lists of assignments do without an error, and makes the same of
-// it, but for what would be passed over, cut or left out there without a word.
+// `set` accepts the assignment lists that the library executes without an error, and has the same
+// result, except where the library would silently ignore, truncate or omit something.
 
 #include "qrv/core/cobj.h"
 #include "qrv/core/cobjd.h"
@@ -18,7 +18,7 @@ namespace {
 
 class ToolSetLanguage : public tool_test::Tool {
   protected:
-    // What the library makes of the file "f"; empty if it says no or tells an error.
+    // The library's result for the file "f"; empty if it fails or reports an error.
     std::string by_library(std::string const &bytes, std::string const &statements) const {
         cErrorLog const errors;
         cat::ReadReport const report;
@@ -30,7 +30,7 @@ class ToolSetLanguage : public tool_test::Tool {
         return cat::as_text(value) + "\n";
     }
 
-    // Both the same, or the tool tells one of its own reasons.
+    // Both have the same result, or the tool reports a reason that only it has.
     bool agree(std::string const &statements) const {
         cRun const tool = run({"set", "--reformat", "f", "--", statements});
         std::string const library = by_library(read("f"), statements);
@@ -58,7 +58,7 @@ class ToolSetLanguage : public tool_test::Tool {
 std::string const file = "{i= 1; d= 2.5; s= x; m= {a= 1; b= {c= 2; }; }; v= [1, [2, 3], {k= 4; }]; "
                          "e= <1, x>; n= #nil; r= #cRef(/m/b)}";
 
-TEST_F(ToolSetLanguage, the_same_is_accepted) {
+TEST_F(ToolSetLanguage, tool_and_library_accept_the_same_statements) {
     write("f", file);
     for (char const *statements : {"",
                                    ";",
@@ -121,7 +121,7 @@ TEST_F(ToolSetLanguage, the_same_is_accepted) {
         EXPECT_TRUE(agree(statements)) << statements;
 }
 
-TEST_F(ToolSetLanguage, the_same_is_refused) {
+TEST_F(ToolSetLanguage, tool_and_library_refuse_the_same_statements) {
     write("f", file);
     for (char const *statements : {"=",         "= 1",        "a",
                                    "a b",       "a b = 1",    "a/",
@@ -142,7 +142,7 @@ TEST_F(ToolSetLanguage, the_same_is_refused) {
         EXPECT_FALSE(agree(statements)) << statements;
 }
 
-TEST_F(ToolSetLanguage, the_same_of_statements_by_chance) {
+TEST_F(ToolSetLanguage, tool_and_library_agree_on_random_statements) {
     write("f", file);
     char const *const pieces[] = {
         "i",   "m", "v",     "e",     "new", "s",  "0",  "1",    "a",    "b/c", "'two w'", "/",

@@ -1,4 +1,4 @@
-// `set`: statements from several places, values by --arg, and literals that would change.
+// `set`: statements from several sources, values by --arg, and literals that would change.
 
 #include "tests/tool/tool_run.h"
 
@@ -16,7 +16,7 @@ class ToolSetSources : public tool_test::Tool {
     }
 };
 
-std::string told(std::string const &place, std::string const &text, std::string const &note) {
+std::string reported(std::string const &place, std::string const &text, std::string const &note) {
     return place + ": error: " + text + "\n" + place + ": note: " + note + "\n";
 }
 
@@ -28,12 +28,13 @@ TEST_F(ToolSetSources, statements_run_in_order_of_arguments_expressions_and_file
     EXPECT_EQ(set({"-f", "-"}, ""), (cRun{0, "{a= 1; b= x}", ""}));
 }
 
-TEST_F(ToolSetSources, an_error_names_where_its_statement_is) {
+TEST_F(ToolSetSources, an_error_reports_the_position_of_its_statement) {
     write("more", "\na = z");
     std::string const text = "a: it is an int and cannot store a string as it is";
     std::string const note = "&= replaces it, whatever it is";
-    EXPECT_EQ(set({"b = y", "a = y", "-f", "more"}),
-              (cRun{2, "", told("statements 2:1:5", text, note) + told("more:2:5", text, note)}));
+    EXPECT_EQ(
+        set({"b = y", "a = y", "-f", "more"}),
+        (cRun{2, "", reported("statements 2:1:5", text, note) + reported("more:2:5", text, note)}));
     EXPECT_EQ(set({"-f", "nowhere"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
     EXPECT_EQ(run({"set", "-", "-f", "-"}),
@@ -42,7 +43,7 @@ TEST_F(ToolSetSources, an_error_names_where_its_statement_is) {
                     "statements\n"}));
 }
 
-TEST_F(ToolSetSources, a_named_value_is_one_string_whatever_it_contains) {
+TEST_F(ToolSetSources, a_named_value_is_one_string_with_any_content) {
     for (std::string const value :
          {"y", "", "true", "5", "y\"; a = 2; \"", "'; a = 2", "\\", "\\\"", "a\nb\r\nc\td", "// c",
           "/* c", "$value", "#nil", "\xC3\xBC", "=="}) {
@@ -65,12 +66,12 @@ TEST_F(ToolSetSources, a_named_value_may_be_a_key_or_inside_a_container) {
         << "in quotes it is plain text";
 }
 
-TEST_F(ToolSetSources, names_without_value_and_values_without_use) {
+TEST_F(ToolSetSources, names_without_value_and_unused_values_are_reported) {
     EXPECT_EQ(set({"a = 2; b = $x; b = $"}),
               (cRun{2, "",
-                    told("statements:1:12", "$x has no value", "--arg x=VALUE gives one") +
-                        told("statements:1:20", "a name is missing after $",
-                             "a string that contains $ needs quotes")}));
+                    reported("statements:1:12", "$x has no value", "--arg x=VALUE gives one") +
+                        reported("statements:1:20", "a name is missing after $",
+                                 "a string that contains $ needs quotes")}));
     EXPECT_EQ(set({"a = 2", "--arg", "x=1"}),
               (cRun{2, "", "statements: error: --arg x is not used\n"}));
     for (std::string const value : {"x", "=1", "1x=1", "x y=1"})
@@ -78,15 +79,16 @@ TEST_F(ToolSetSources, names_without_value_and_values_without_use) {
                   usage_error("set", "--arg: NAME=VALUE is needed, not " + value));
 }
 
-TEST_F(ToolSetSources, places_in_messages_are_those_before_values_are_put_in) {
+TEST_F(ToolSetSources, positions_in_messages_refer_to_the_statement_as_given) {
     std::string const text = "a: 1.50000 would be stored as 1";
     std::string const note = "&= replaces it and its type; --convert stores the changed value";
     EXPECT_EQ(
         set({"--arg", "v=long\nand longer", "b = $v; a = 1.5;\nb = $v;\n a = 1.5"}),
-        (cRun{2, "", told("statements:1:13", text, note) + told("statements:3:6", text, note)}));
+        (cRun{2, "",
+              reported("statements:1:13", text, note) + reported("statements:3:6", text, note)}));
 }
 
-TEST_F(ToolSetSources, literals_that_would_be_stored_otherwise) {
+TEST_F(ToolSetSources, literals_that_would_be_stored_differently_are_refused) {
     std::string const convert = "--convert stores the changed value";
     for (auto const &[number, stored] :
          std::vector<std::pair<std::string, std::string>>{{"3000000000U", "-1294967296"},
@@ -96,10 +98,11 @@ TEST_F(ToolSetSources, literals_that_would_be_stored_otherwise) {
         EXPECT_EQ(
             set({"c = [" + number + "]"}),
             (cRun{2, "",
-                  told("statements:1:6", number + " would be stored as " + stored, convert)}));
-    EXPECT_EQ(set({"b = 'x\\ny\\z'"}), (cRun{2, "",
-                                             told("statements:1:7", "the \\ before n would be lost",
-                                                  "\\\\ is a \\; --convert allows it")}));
+                  reported("statements:1:6", number + " would be stored as " + stored, convert)}));
+    EXPECT_EQ(set({"b = 'x\\ny\\z'"}),
+              (cRun{2, "",
+                    reported("statements:1:7", "the \\ before n would be lost",
+                             "\\\\ is a \\; --convert allows it")}));
     EXPECT_EQ(set({"a = 0xFFFFFFFF; b = 'x\\ny'", "--convert"}), (cRun{0, "{a= -1; b= xny}", ""}));
     EXPECT_EQ(
         set({"c = [2147483647U, 0x7FFFFFFF, 0.0e-400, 1.0e-300, P101, e5, '\\\\ \\' \\\" \\\n']"})
@@ -123,7 +126,7 @@ TEST_F(ToolSetSources, a_diff_is_printed_and_nothing_written) {
     EXPECT_EQ(set({"--diff", "a = x"}).status, 2);
 }
 
-TEST_F(ToolSetSources, a_diff_of_a_text_without_last_line_feed) {
+TEST_F(ToolSetSources, a_diff_shows_a_missing_last_line_feed) {
     EXPECT_EQ(set({"--diff", "a = 2"}),
               (cRun{1,
                     "--- f\n+++ f\n@@ -1,1 +1,1 @@\n-{a= 1; b= x}\n\\ No newline at end of file\n"
@@ -136,7 +139,7 @@ TEST_F(ToolSetSources, a_diff_of_a_text_without_last_line_feed) {
                     ""}));
 }
 
-TEST_F(ToolSetSources, patch_makes_the_new_text_from_the_diff) {
+TEST_F(ToolSetSources, patch_creates_the_new_text_from_the_diff) {
     write("source", "{location= {room= \"1.1\"; }; new= {x= 1; }; }");
     for (std::vector<std::string> command :
          {std::vector<std::string>{"set", "two words", "bus/baud = 9600; zz = 1"},

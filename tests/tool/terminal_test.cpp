@@ -1,4 +1,4 @@
-// What the tool prints only on a terminal: colours, and how far it is with a large file.
+// Output that appears only on a terminal: colours, and progress with a large file.
 
 #include "tests/support/sanitized.h"
 #include "tests/tool/tool_run.h"
@@ -10,7 +10,7 @@ using tool_test::times;
 
 namespace {
 
-// A terminal that remembers what was printed.
+// A terminal that records its output.
 class cTerminal {
   public:
     cTerminal() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
@@ -27,7 +27,8 @@ class cTerminal {
     }
 
     int descriptor() const { return slave_; }
-    // Up to 4,000 characters; a line feed is a carriage return and a line feed.
+    // Up to 4,000 characters; the terminal converts a line feed to a carriage return and a line
+    // feed.
     std::string printed() const {
         char text[4096];
         ssize_t count = 0;
@@ -42,7 +43,7 @@ class cTerminal {
 
 class ToolTerminal : public tool_test::Tool {
   protected:
-    // What appears on a terminal that is the standard error, or both outputs.
+    // The output on a terminal that is the standard error, or both outputs.
     std::string on_terminal(std::vector<std::string> arguments,
                             std::function<void()> const &prepare = {}) const {
         cTerminal const terminal;
@@ -68,7 +69,7 @@ TEST_F(ToolTerminal, messages_are_coloured) {
               on_terminal({"check", "f", "--color=auto"}));
 }
 
-// 50 MiB, which are read in pieces of 1 MiB, so that each piece is 2 %.
+// 50 MiB, read in pieces of 1 MiB, so that each piece is 2 %.
 TEST_F(ToolTerminal, a_progress_line_is_shown_for_a_large_file_and_removed) {
     constexpr int pieces = 50;
     std::string const line = "//" + std::string(1021, 'x') + "\n";
@@ -94,7 +95,7 @@ TEST_F(ToolTerminal, the_memory_of_tokens_does_not_grow_with_the_file) {
     tool_test::cMemory all;
     tool_test::cStart const start{.out = all.descriptor(), .prepare = [] {
                                       rlimit const limit{8'000'000, 8'000'000};
-                                      // Sanitizers need more for themselves.
+                                      // Sanitizers need more memory themselves.
                                       if (!test::sanitized) ::setrlimit(RLIMIT_DATA, &limit);
                                   }};
     EXPECT_EQ(run({"tokens", "f"}, start), (cRun{0, "", ""}));

@@ -1,4 +1,4 @@
-// `to-json`: what each value becomes, and what is told as lost.
+// `to-json`: the result for each value, and the reported losses.
 
 #include "tests/tool/tool_run.h"
 
@@ -15,14 +15,14 @@ class ToolToJson : public tool_test::Tool {
         arguments.insert(arguments.begin(), "to-json");
         return run(std::move(arguments), {.input = text});
     }
-    // Nothing is lost.
+    // The conversion loses nothing.
     std::string json(std::string const &text) const {
         cRun const run = convert(text);
         EXPECT_EQ(run.status, 0) << text;
         EXPECT_EQ(run.err, "") << text;
         return run.out;
     }
-    // On one line, with these warnings.
+    // The result on one line, with these warnings.
     std::string lossy(std::string const &text, std::string const &warnings) const {
         cRun const run = convert(text, {"--compact"});
         EXPECT_EQ(run.status, 0) << text;
@@ -31,7 +31,7 @@ class ToolToJson : public tool_test::Tool {
     }
 };
 
-TEST_F(ToolToJson, a_file) {
+TEST_F(ToolToJson, a_file_is_converted) {
     EXPECT_EQ(json("{\n  name= \"Line 1\";\n  gain= 1.5;\n  on= true;\n  none= #nil;\n"
                    "  list= [1, two, ];\n  part= {\n      a= {};\n  }; \n}\n"),
               "{\n"
@@ -46,7 +46,7 @@ TEST_F(ToolToJson, a_file) {
               "}\n");
 }
 
-TEST_F(ToolToJson, values_alone) {
+TEST_F(ToolToJson, values_may_be_alone) {
     EXPECT_EQ(json("#nil"), "null\n");
     EXPECT_EQ(json("true"), "true\n");
     EXPECT_EQ(json("false"), "false\n");
@@ -61,7 +61,7 @@ TEST_F(ToolToJson, ints_are_whole_numbers) {
     EXPECT_EQ(json("[0, -1, 2147483647, -2147483648]"), "[0, -1, 2147483647, -2147483648]\n");
 }
 
-TEST_F(ToolToJson, doubles_are_no_whole_numbers_where_an_int_could_be_meant) {
+TEST_F(ToolToJson, doubles_in_the_range_of_int_have_a_fraction) {
     EXPECT_EQ(json("[1.0, -0.0, 100000.0, 2147483647.0, -2147483648.0]"),
               "[1.0, -0.0, 100000.0, 2147483647.0, -2147483648.0]\n");
 }
@@ -74,7 +74,7 @@ TEST_F(ToolToJson, whole_doubles_beyond_int_are_whole_numbers) {
     EXPECT_EQ(json("[9999999999999998.0, 1.0e16, 1.0e22]"), "[9999999999999998.0, 1e+16, 1e+22]\n");
 }
 
-TEST_F(ToolToJson, integers_have_no_point_below_2_to_the_53) {
+TEST_F(ToolToJson, integers_below_2_to_the_53_have_no_point) {
     EXPECT_EQ(convert("[1.0, -100000.0, 0.0, -0.0, 2147483648.0, 9007199254740991.0, "
                       "9007199254740994.0, 1.0e22, 0.5, 7, 8.f]",
                       {"--integers"})
@@ -90,14 +90,14 @@ TEST_F(ToolToJson, doubles_have_the_digits_they_need) {
               "5e-324]\n");
 }
 
-TEST_F(ToolToJson, strings) {
+TEST_F(ToolToJson, strings_are_converted) {
     EXPECT_EQ(json("[\"\", 'it\\'s', \"say \\\"x\\\"\", \"C:\\\\x\", \"true\", \"/\"]"),
               "[\"\", \"it's\", \"say \\\"x\\\"\", \"C:\\\\x\", \"true\", \"/\"]\n");
     EXPECT_EQ(json("\"a\\\nb\tc\rd\x01\x7F\""), "\"a\\nb\\tc\\rd\\u0001\x7F\"\n");
     EXPECT_EQ(json("\"\xC3\xA9\xF0\x9F\x98\x80\""), "\"\xC3\xA9\xF0\x9F\x98\x80\"\n");
 }
 
-TEST_F(ToolToJson, strings_that_are_no_utf8_are_refused) {
+TEST_F(ToolToJson, strings_that_are_not_utf8_are_refused) {
     EXPECT_EQ(convert("{a=\"\xE9t\xE9\"; b=[1, \"x\xC3\"]; \"\xFF\"=1; c=<2>}"),
               (cRun{2, "",
                     "-: error: invalid UTF-8 byte at index 1: 0x74, at path 'a'\n"
@@ -106,7 +106,7 @@ TEST_F(ToolToJson, strings_that_are_no_utf8_are_refused) {
                     "-: warning: a set becomes an array, at path 'c'\n"}));
 }
 
-TEST_F(ToolToJson, layout) {
+TEST_F(ToolToJson, the_layout_can_be_chosen) {
     std::string const text =
         "{\n  a= {\n      b= [1, {c= 2; }, ];\n  };\n  d= [\n      3,\n  ];\n}";
     EXPECT_EQ(json(text),
@@ -136,7 +136,7 @@ TEST_F(ToolToJson, a_float_becomes_a_double) {
               "[0.1,1.0,16777216.0,3000000000]\n");
 }
 
-TEST_F(ToolToJson, constants) {
+TEST_F(ToolToJson, constants_are_converted) {
     EXPECT_EQ(lossy("[#true, #false, #nil, #REQUIRED, #IMPLIED, #FIXED]",
                     "-: warning: #true becomes true, at path '0'\n"
                     "-: warning: #false becomes false, at path '1'\n"
@@ -158,14 +158,14 @@ TEST_F(ToolToJson, keys_become_strings) {
         "\n");
 }
 
-TEST_F(ToolToJson, two_keys_with_one_text_are_refused) {
+TEST_F(ToolToJson, two_keys_with_equal_text_are_refused) {
     EXPECT_EQ(convert("{a={1=x; '1'=y}}"),
               (cRun{2, "",
                     "-: warning: a key of type 'int' becomes a string, at path 'a/1'\n"
                     "-: error: two keys would have this text, at path 'a/1'\n"}));
 }
 
-TEST_F(ToolToJson, what_is_shared_is_written_at_each_place) {
+TEST_F(ToolToJson, a_shared_value_is_written_wherever_it_occurs) {
     EXPECT_EQ(
         lossy("{a=[1, <2>]; b=#cRef(/a); c={d=#cRef(/a/1); e=#cRef(/c/d)}; s=x; t=#cRef(/s)}",
               "-: warning: a set becomes an array, at path 'a/1'\n"
@@ -176,7 +176,7 @@ TEST_F(ToolToJson, what_is_shared_is_written_at_each_place) {
         "{\"a\":[1,[2]],\"b\":[1,[2]],\"c\":{\"d\":[2],\"e\":[2]},\"s\":\"x\",\"t\":\"x\"}\n");
 }
 
-TEST_F(ToolToJson, sharing_that_multiplies_is_given_up) {
+TEST_F(ToolToJson, sharing_that_multiplies_the_output_is_refused) {
     std::string text = "{a0=[1, 2, 3];";
     for (int i = 1; i < 60; ++i) {
         std::string const before = "#cRef(/a" + std::to_string(i - 1) + ")";
@@ -210,7 +210,7 @@ TEST_F(ToolToJson, objects_of_other_types_become_their_text) {
               "{\"Light\":\"choice({red= 1; green= 2; })\",\"l\":\"Light(green)\"}\n");
 }
 
-TEST_F(ToolToJson, comments_are_lost) {
+TEST_F(ToolToJson, lost_comments_are_reported) {
     EXPECT_EQ(convert("// head\n{ a=1; // one\n /* two\n lines */ b=[2] } // behind\n"),
               (cRun{0, "{\n  \"a\": 1,\n  \"b\": [2]\n}\n",
                     "-:1:1: warning: this comment is lost: // head\n"
@@ -219,7 +219,7 @@ TEST_F(ToolToJson, comments_are_lost) {
                     "-:4:19: warning: this comment is lost: // behind\n"}));
 }
 
-TEST_F(ToolToJson, text_behind_the_value_is_lost) {
+TEST_F(ToolToJson, lost_text_after_the_value_is_reported) {
     EXPECT_EQ(convert("[1]; [2]"),
               (cRun{0, "[1]\n", "-:1:6: warning: text after the first value is lost\n"}));
 }
@@ -249,7 +249,7 @@ TEST_F(ToolToJson, strict_refuses_a_loss) {
     EXPECT_EQ(read("f.json"), "old");
 }
 
-TEST_F(ToolToJson, to_a_file) {
+TEST_F(ToolToJson, the_output_may_be_a_file) {
     write("f.attr", "[1]");
     EXPECT_EQ(run({"to-json", "f.attr", "-o", "f.json"}), (cRun{0, "", ""}));
     EXPECT_EQ(read("f.json"), "[1]\n");
@@ -262,7 +262,7 @@ TEST_F(ToolToJson, to_a_file) {
     EXPECT_EQ(read("f.json"), "[1]\n");
 }
 
-TEST_F(ToolToJson, a_file_that_does_not_read_cleanly_gives_nothing) {
+TEST_F(ToolToJson, a_file_with_errors_prints_nothing) {
     EXPECT_EQ(convert("{a=1;b=foo(2)}"), (cRun{2, "",
                                                "-:1:8: error: Value with unknown type='foo "
                                                "[0x40000005]\n"
@@ -272,7 +272,7 @@ TEST_F(ToolToJson, a_file_that_does_not_read_cleanly_gives_nothing) {
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
 }
 
-TEST_F(ToolToJson, as_deep_as_files_are) {
+TEST_F(ToolToJson, values_may_be_as_deep_as_in_files) {
     std::string const deep = times("[", 1000) + times("]", 1000);
     EXPECT_EQ(json(deep), deep + "\n");
 }

@@ -1,4 +1,4 @@
-// `tokens`: the scanner's dump form.
+// `tokens`: the scanner's dump format.
 
 #include "tests/tool/tool_run.h"
 
@@ -8,7 +8,7 @@ namespace {
 
 class ToolTokens : public tool_test::Tool {};
 
-TEST_F(ToolTokens, of_every_kind) {
+TEST_F(ToolTokens, tokens_of_every_kind_are_listed) {
     EXPECT_EQ(run_on("{a= -5;\n7u 1.5f .5 true 'x y' #nil 12ab += << &= }", {"tokens"}),
               (cRun{0,
                     "TOKEN:123:0:1:0 '{'\n"
@@ -31,7 +31,7 @@ TEST_F(ToolTokens, of_every_kind) {
                     ""}));
 }
 
-TEST_F(ToolTokens, all_has_comments_and_blanks) {
+TEST_F(ToolTokens, all_lists_comments_and_blanks) {
     std::string const text = "[ // x\n\n /* y\n */ 1]\n";
     EXPECT_EQ(run_on(text, {"tokens"}), (cRun{0,
                                               "TOKEN:91:0:1:0 '['\n"
@@ -51,7 +51,7 @@ TEST_F(ToolTokens, all_has_comments_and_blanks) {
                                                        ""}));
 }
 
-TEST_F(ToolTokens, of_what_is_no_text) {
+TEST_F(ToolTokens, invalid_bytes_are_listed) {
     EXPECT_EQ(run_on("", {"tokens"}), (cRun{0, "TOKEN:0:0:1:0 ''\n", ""}));
     using namespace std::string_literals;
     EXPECT_EQ(run_on("\xef\0a"s, {"tokens"}), (cRun{0,
@@ -60,17 +60,17 @@ TEST_F(ToolTokens, of_what_is_no_text) {
                                                     ""}));
 }
 
-TEST_F(ToolTokens, of_the_standard_input) {
+TEST_F(ToolTokens, the_input_may_be_the_standard_input) {
     EXPECT_EQ(run({"tokens", "-"}, {.input = "1"}),
               (cRun{0, "TOKEN:257:0:1:0 '1'\nTOKEN:0:1:1:1 ''\n", ""}));
 }
 
-TEST_F(ToolTokens, of_a_file_that_is_not_there) {
+TEST_F(ToolTokens, a_missing_file_is_reported) {
     EXPECT_EQ(run({"tokens", "f"}),
               (cRun{2, "", "f: error: cannot read: No such file or directory\n"}));
 }
 
-TEST_F(ToolTokens, of_long_strings) {
+TEST_F(ToolTokens, long_strings_are_listed) {
     for (size_t const size : {65533U, 65534U, 65535U, 200000U}) {
         std::string const text = "\"" + tool_test::times("x", size) + "\"";
         EXPECT_EQ(run_on("[" + text + "]", {"tokens"}),

@@ -1,6 +1,6 @@
 #pragma once
-// Runs the built tool as a process and takes what it gave: exit status, standard output, standard
-// error, each whole. The fixture has a folder of its own that the tool runs in.
+// Runs the built tool as a process and returns its exit status, standard output and standard error.
+// The fixture creates a folder in which the tool runs.
 //
 //   write("f", "[1, 2]");
 //   EXPECT_EQ(run({"fmt", "f"}), (cRun{0, "[1, 2, ]\n", ""}));
@@ -29,13 +29,13 @@
 namespace tool_test {
 
 struct cRun {
-    int status = 0; // 128 and the number for a signal
+    int status = 0; // for a signal 128 and its number
     std::string out;
     std::string err;
     bool operator==(cRun const &) const = default;
 };
 
-// What a command line gives that the tool cannot understand.
+// The result of an invalid command line.
 inline cRun usage_error(std::string const &command, std::string const &text) {
     return {2, "",
             "qrv: error: " + text + "\nqrv: note: 'qrv help " + command + "' shows its options\n"};
@@ -47,12 +47,12 @@ inline void PrintTo(cRun const &run, std::ostream *os) {
 
 using test::cMemory;
 
-// How to start the tool other than with no input and all output taken.
+// How to start the tool, if not with empty input and all output captured.
 struct cStart {
     std::string input = {};
-    int in = -1;                        // borrowed descriptors, instead
-    int out = -1;                       // of the usual ones
-    std::function<void()> prepare = {}; // run in the new process before the tool
+    int in = -1;                        // borrowed descriptors, in place
+    int out = -1;                       // of the default ones
+    std::function<void()> prepare = {}; // called in the new process before the tool
     std::string program = test::binary_file("bin/qrv");
 };
 
@@ -101,7 +101,7 @@ inline std::string bytes_of(std::string const &path) {
     return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
 }
 
-// To prepare a tool with: root may read and write every file, but not without these rights.
+// For the preparation of a run: root may read and write every file, but not without these rights.
 inline void give_up_rights_over_files() {
     constexpr unsigned long dac_override = 1, dac_read_search = 2;
     for (unsigned long right : {dac_override, dac_read_search})
@@ -137,7 +137,7 @@ class Tool : public testing::Test {
     cRun run(std::vector<std::string> arguments, cStart const &start = {}) const {
         return cProcess(folder_, std::move(arguments), start).wait();
     }
-    // One command on the file "f" with this content.
+    // Runs one command on the file "f" with this content.
     cRun run_on(std::string const &bytes, std::vector<std::string> arguments) const {
         write("f", bytes);
         arguments.push_back("f");

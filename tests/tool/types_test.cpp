@@ -1,4 +1,4 @@
-// `types`: what is known of types, those of a file and of modules too.
+// `types`: the known types, including those of a file and of modules.
 
 #include "tests/tool/tool_run.h"
 
@@ -32,7 +32,7 @@ std::string const shapes = "{\n"
 
 class ToolTypes : public tool_test::Tool {
   protected:
-    // From that type's paragraph to the next that isn't asked for.
+    // The output from that type's paragraph to the next type that isn't requested.
     static std::string from(std::string const &text, std::string const &start,
                             std::string const &end) {
         size_t const first = text.find(start), behind = text.find(end, first);
@@ -41,7 +41,7 @@ class ToolTypes : public tool_test::Tool {
     }
 };
 
-TEST_F(ToolTypes, begin_with_those_that_are_built_in) {
+TEST_F(ToolTypes, the_list_begins_with_built_in_types) {
     cRun const all = run({"types"});
     EXPECT_EQ(all.status, 0);
     EXPECT_EQ(all.err, "");
@@ -55,7 +55,7 @@ TEST_F(ToolTypes, begin_with_those_that_are_built_in) {
             << name;
 }
 
-TEST_F(ToolTypes, of_a_file_come_with_place_and_rules) {
+TEST_F(ToolTypes, types_of_a_file_have_a_position_and_rules) {
     cRun const all = run_on(shapes, {"types"});
     EXPECT_EQ(all.status, 0);
     EXPECT_EQ(all.err, "");
@@ -79,7 +79,7 @@ TEST_F(ToolTypes, of_a_file_come_with_place_and_rules) {
               "    f          fixed  5\n");
 }
 
-TEST_F(ToolTypes, as_json) {
+TEST_F(ToolTypes, types_can_be_listed_as_json) {
     std::string const all = run_on("{M= choice({a= 1});\n R= attlist(k= attspec(type= int));}",
                                    {"types", "--format=json"})
                                 .out;
@@ -97,7 +97,7 @@ TEST_F(ToolTypes, as_json) {
               std::string::npos);
 }
 
-TEST_F(ToolTypes, of_a_module_name_it) {
+TEST_F(ToolTypes, types_of_a_module_name_the_module) {
     std::filesystem::copy_file(test::binary_file("tests/modules_to_load/type_factory.so"),
                                path("types.so"));
     cRun const all = run({"types", "--module", "./types"});
@@ -110,7 +110,7 @@ TEST_F(ToolTypes, of_a_module_name_it) {
     EXPECT_NE(json.find("\"from\": {\n      \"module\": \"./types\"\n    }"), std::string::npos);
 }
 
-TEST_F(ToolTypes, of_a_bad_file_are_not_listed) {
+TEST_F(ToolTypes, types_of_an_invalid_file_are_not_listed) {
     EXPECT_EQ(run_on("{a= Nope(1)}", {"types"}),
               (cRun{2, "",
                     "f:1:5: error: Value with unknown type='Nope [0x40000005]\n"
@@ -120,7 +120,7 @@ TEST_F(ToolTypes, of_a_bad_file_are_not_listed) {
     EXPECT_EQ(run({"types", "--format=xml"}).status, 2);
 }
 
-TEST_F(ToolTypes, five_thousand_in_one_file) {
+TEST_F(ToolTypes, one_file_may_declare_five_thousand_types) {
     std::string text = "{";
     for (int i = 0; i < 5000; ++i)
         text += "T" + std::to_string(i) + "= attlist(k= attspec(type= int));\n";

@@ -1,4 +1,4 @@
-// The command line itself; data/sessions/ has the help and what cannot be understood.
+// The command line itself. data/sessions/ has the help texts and invalid command lines.
 
 #include "tests/tool/tool_run.h"
 #include "tools/qrv/output/exit_code.h"
@@ -31,7 +31,7 @@ TEST_F(ToolUsage, examples_of_set_and_merge_work) {
     EXPECT_EQ(examples, 9);
 }
 
-TEST_F(ToolUsage, the_exit_codes_of_every_help_are_those_of_the_list) {
+TEST_F(ToolUsage, every_help_text_has_the_listed_exit_codes) {
     std::string const done = std::to_string(exit_done), found = std::to_string(exit_found),
                       failed = std::to_string(exit_failed);
     EXPECT_NE(run({"--help"})
@@ -68,7 +68,7 @@ TEST_F(ToolUsage, examples_of_from_json_and_to_json_work) {
     EXPECT_EQ(run({"to-json", "--compact", "--strict", "device.attr"}), (cRun{0, compact.out, ""}));
 }
 
-TEST_F(ToolUsage, limits_of_the_indent) {
+TEST_F(ToolUsage, the_indent_has_limits) {
     for (std::string const value : {"17", "-1", "wide"})
         EXPECT_EQ(run({"to-json", "--indent", value, "f"}),
                   usage_error("to-json", "--indent: Value " + value + " not in range 0 to 16"));
@@ -76,7 +76,7 @@ TEST_F(ToolUsage, limits_of_the_indent) {
               (cRun{0, "[\n                1\n]\n", ""}));
 }
 
-TEST_F(ToolUsage, limits_of_the_number_of_messages) {
+TEST_F(ToolUsage, the_number_of_messages_has_limits) {
     for (std::string const value : {"0", "1000001", "-1", "many"})
         EXPECT_EQ(
             run({"check", "--max-errors", value, "f"}),
@@ -85,7 +85,7 @@ TEST_F(ToolUsage, limits_of_the_number_of_messages) {
     EXPECT_EQ(run_on("1", {"check", "--max-errors", "1000000"}), (cRun{0, "", ""}));
 }
 
-TEST_F(ToolUsage, an_option_with_an_empty_value_does_not_take_the_next_argument) {
+TEST_F(ToolUsage, an_option_with_an_empty_value_does_not_use_the_next_argument) {
     write("f", "{a= 1; }\n");
     EXPECT_EQ(run({"check", "--format=", "f"}), usage_error("check", "--format needs a value"));
     EXPECT_EQ(run({"to-json", "f", "--output=", "g"}),

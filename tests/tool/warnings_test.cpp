@@ -1,4 +1,4 @@
-// Warnings of `check`, which of them there are, and what `fmt -i` would lose.
+// Warnings of `check`, and the losses that `fmt -i` reports.
 
 #include "tests/tool/tool_run.h"
 
@@ -17,8 +17,8 @@ namespace {
 
 class ToolWarnings : public tool_test::Tool {
   protected:
-    // What `check` reports of these texts, in one process. The file name is left out: 3:5: error...
-    // Each text has a line of its own in front.
+    // The reports of `check` for these texts, in one process, without the file name: 3:5: error...
+    // Each text is preceded by an extra line.
     std::string checked(std::vector<std::string> const &texts,
                         std::vector<std::string> const &options = {}) const {
         std::vector<std::string> arguments = {"check"};
@@ -28,14 +28,14 @@ class ToolWarnings : public tool_test::Tool {
             arguments.push_back(std::to_string(i));
         }
         std::string const all = run(arguments).err;
-        std::string told, line;
+        std::string reported, line;
         size_t last = texts.size();
         for (std::istringstream is(all); std::getline(is, line);) {
             size_t const number = std::stoul(line);
-            if (std::exchange(last, number) != number) told += texts.at(number) + "\n";
-            told += "  " + line.substr(line.find(':') + 1) + "\n";
+            if (std::exchange(last, number) != number) reported += texts.at(number) + "\n";
+            reported += "  " + line.substr(line.find(':') + 1) + "\n";
         }
-        return told;
+        return reported;
     }
 };
 
@@ -50,7 +50,7 @@ TEST_F(ToolWarnings, a_warning_goes_to_standard_error_and_is_not_a_finding) {
 
 // --- repeated keys ---
 
-TEST_F(ToolWarnings, of_a_key_each_further_one_is_repeated) {
+TEST_F(ToolWarnings, each_further_occurrence_of_a_key_is_repeated) {
     EXPECT_EQ(checked({"{a=1; b=2; a=3; a=1}"}), "{a=1; b=2; a=3; a=1}\n"
                                                  "  1:12: warning: key 'a' is repeated" +
                                                      again +
@@ -96,7 +96,7 @@ TEST_F(ToolWarnings, keys_of_other_maps_are_not_repeated) {
     EXPECT_EQ(checked({"{a={a=1;}; b={a=1;}; c=[{a=1;}, {a=1;}];}", "[{a=1;}, {a=2;}]"}), "");
 }
 
-TEST_F(ToolWarnings, what_replaces_a_value_of_another_kind_is_repeated) {
+TEST_F(ToolWarnings, a_key_that_replaces_a_value_of_another_kind_is_repeated) {
     std::string const one = "  1:2: note: it is first here\n";
     EXPECT_EQ(checked({"{a=1; a={x=2;};}", "{a={x=2;}; a=1}", "{a=[1]; a=[2]}", "{a=[1]; a=<2>}",
                        "{a={x=1;}; a=5; a={x=2;}}"}),
@@ -108,13 +108,13 @@ TEST_F(ToolWarnings, what_replaces_a_value_of_another_kind_is_repeated) {
                   "  1:17: warning: key 'a' is repeated" + again + one);
 }
 
-TEST_F(ToolWarnings, a_map_or_set_that_is_continued_is_not_repeated) {
+TEST_F(ToolWarnings, continuing_a_map_or_set_is_not_a_repetition) {
     EXPECT_EQ(checked({"{a={x=1;}; a={y=2;}; a={z={p=1;};}; a={z={q=1;};};}", "{a=<1>; a=<2>}",
                        "{a={}; a={}}", "{a={v=[1];}; a={v=[2];}}", "{a={v=<1>;}; a={v=<1>;}}"}),
               "");
 }
 
-TEST_F(ToolWarnings, a_map_is_not_continued_by_a_set) {
+TEST_F(ToolWarnings, a_set_does_not_continue_a_map) {
     EXPECT_EQ(checked({"{a={x=1;}; a=<5>}", "{a=<5>; a={x=1;}}", "{a={v={};}; a={v=<5>;}}"}),
               "{a={x=1;}; a=<5>}\n  1:12: warning: key 'a' is repeated" + again +
                   "  1:2: note: it is first here\n"
@@ -125,7 +125,7 @@ TEST_F(ToolWarnings, a_map_is_not_continued_by_a_set) {
                   again + "  1:5: note: it is first here\n");
 }
 
-TEST_F(ToolWarnings, in_a_map_that_is_continued_keys_are_repeated) {
+TEST_F(ToolWarnings, keys_may_be_repeated_in_a_continued_map) {
     EXPECT_EQ(checked({"{a={x=1;};\n a={x=2;};}", "{a={z={p=1;};};\n a={z={p=2;};};}",
                        "{a={v=[1];}; a={v=[2]; v=[3];}}", "{a={x=1;}; a={x=2; x=3;}}",
                        "{a={v={p=1;};}; a={v=5;}}"}),
@@ -146,14 +146,14 @@ TEST_F(ToolWarnings, in_a_map_that_is_continued_keys_are_repeated) {
                   again + "  1:5: note: it is first here\n");
 }
 
-// What is merged is not written there, so a person does not see it.
+// The merged entries are written elsewhere, so a person does not see the repetition.
 TEST_F(ToolWarnings, a_reference_to_a_map_does_not_continue_one) {
     EXPECT_EQ(checked({"{a={x=1;}; b={x=2;}; b=#cRef(/a)}"}),
               "{a={x=1;}; b={x=2;}; b=#cRef(/a)}\n  1:22: warning: key 'b' is repeated" + again +
                   "  1:12: note: it is first here\n");
 }
 
-TEST_F(ToolWarnings, keys_are_repeated_in_the_brackets_of_types_too) {
+TEST_F(ToolWarnings, keys_may_be_repeated_inside_typed_values) {
     EXPECT_EQ(checked({"{P= attlist(x= attspec(type= int; type= double;););\n"
                        "p= P(x= 1.0; x= 2.0);\np= P(x= 3.0);}",
                        "{M= choice({a= 1; a= 2;});}"}),
@@ -175,7 +175,7 @@ TEST_F(ToolWarnings, keys_are_repeated_in_the_brackets_of_types_too) {
 
 // --- literals ---
 
-TEST_F(ToolWarnings, escapes_that_are_known_are_not_reported) {
+TEST_F(ToolWarnings, known_escapes_are_not_reported) {
     EXPECT_EQ(checked({R"({a= "\\ \" \'"; b= '\\ \" \''; "\"k\\"= "C:\\temp"; })", "\"x\\\ny\"",
                        "{a=1; // \"\\q\"\n b=2; /* \"\\q\" */ }", "\"\\\\q\"", "'/* \\\\ */ //'"}),
               "");
@@ -202,7 +202,7 @@ TEST_F(ToolWarnings, an_unknown_escape_is_reported_once_for_each_string) {
               "a \\ [unknown-escape]\n");
 }
 
-TEST_F(ToolWarnings, leading_zeros) {
+TEST_F(ToolWarnings, leading_zeros_are_reported) {
     EXPECT_EQ(checked({"[0, -0, +0, 0u, 10, 100, 0.5, 00.5, 0x0, 0x007, 7, \"007\"]", "intf(007)",
                        "{a007= b007}"}),
               "");
@@ -218,7 +218,7 @@ TEST_F(ToolWarnings, leading_zeros) {
               "  1:2: warning: leading zeros have no effect: 007 is read as 7 [leading-zero]\n");
 }
 
-TEST_F(ToolWarnings, numbers_that_wrap) {
+TEST_F(ToolWarnings, numbers_that_wrap_are_reported) {
     EXPECT_EQ(checked({"[0x7FFFFFFF, 0X7fffffff, 0x00000000007F, 2147483647, 2147483647u, -5u, "
                        "-2147483648u, -2147483648]",
                        "intf(0xFFFFFFFF)"}),
@@ -239,15 +239,15 @@ TEST_F(ToolWarnings, numbers_that_wrap) {
 
 TEST_F(ToolWarnings, numbers_that_are_errors_get_no_warning) {
     for (std::string const number : {"2147483648", "4294967296u", "0x100000000", "099999999999"}) {
-        std::string const told = checked({"{a= " + number + "}"});
-        EXPECT_NE(told.find("error: Failed to read value"), std::string::npos) << told;
-        EXPECT_EQ(told.find("warning"), std::string::npos) << told;
+        std::string const reported = checked({"{a= " + number + "}"});
+        EXPECT_NE(reported.find("error: Failed to read value"), std::string::npos) << reported;
+        EXPECT_EQ(reported.find("warning"), std::string::npos) << reported;
     }
 }
 
 // --- lists ---
 
-TEST_F(ToolWarnings, members_of_a_set) {
+TEST_F(ToolWarnings, repeated_members_of_a_set_are_reported) {
     EXPECT_EQ(checked({"<1, 2, \"1\", 1.5>", "[1, 1, [1, 1]]", "{a= <1>; b= <1>}"}), "");
     EXPECT_EQ(checked({"<1, 2, 1, 0x1>", "<a, \"a\">", "<[1, 2], {x=1;}, [1, 2], {x=1;}>",
                        "{a= [<b, b>]}"}),
@@ -269,7 +269,7 @@ TEST_F(ToolWarnings, members_of_a_set) {
               "  1:7: note: it is first here\n");
 }
 
-TEST_F(ToolWarnings, empty_items) {
+TEST_F(ToolWarnings, empty_items_are_reported) {
     EXPECT_EQ(checked({"[]", "[1,]", "[1, 2;]", "<1; 2>", "[[1] /*,*/ , // ,\n 2]", "[[], <>, {}]",
                        "{a= 1;; b= 2}"}),
               "");
@@ -291,7 +291,7 @@ TEST_F(ToolWarnings, separators_with_an_error_get_no_warning) {
               "[[1],,2]\n  1:6: error: Unnecessary separator: , [0x40000007]\n");
 }
 
-TEST_F(ToolWarnings, decimal_commas) {
+TEST_F(ToolWarnings, decimal_commas_are_reported) {
     EXPECT_EQ(checked({"[1,5]", "[1,5, 2,5]", "[1, 5; 2, 5]", "[a,b; c]", "{a= 1,5= 2; }",
                        "[1.5; 2]", "[[1,5]; [2,5]]", "[1,5;]", "[1,5,2; 2,5,7]", "[7; 1,5,2]"}),
               "");
@@ -302,7 +302,7 @@ TEST_F(ToolWarnings, decimal_commas) {
               "[decimal-comma]\n");
 }
 
-TEST_F(ToolWarnings, what_an_error_has_caused_gets_no_warning) {
+TEST_F(ToolWarnings, consequences_of_an_error_get_no_warning) {
     EXPECT_EQ(checked({"{d= 2024-05-01; }"}),
               "{d= 2024-05-01; }\n"
               "  1:5: error: Missing delimiter after value: 2024 [0x40000002]\n"
@@ -316,7 +316,7 @@ TEST_F(ToolWarnings, what_an_error_has_caused_gets_no_warning) {
     }
 }
 
-TEST_F(ToolWarnings, brackets_of_two_kinds) {
+TEST_F(ToolWarnings, brackets_of_two_kinds_are_reported) {
     EXPECT_EQ(checked({"vector[1]", "{v= intf(1); t= string(a)}"}), "");
     EXPECT_EQ(checked({"{v= vector(1]; }", "map(a= 1;}", "[set(1 /*>*/ >]"}),
               "{v= vector(1]; }\n"
@@ -330,7 +330,7 @@ TEST_F(ToolWarnings, brackets_of_two_kinds) {
               "  1:5: note: it is opened here\n");
 }
 
-TEST_F(ToolWarnings, comments_inside_comments) {
+TEST_F(ToolWarnings, comments_inside_comments_are_reported) {
     EXPECT_EQ(checked({"1 /* a /* b */", "1 /* src/*.c\n src/*.h */", "{a= \"/*\"; b= \"= /*\"}",
                        "1 // /*\n // = /* \n", "1 /* a= 1 */ /* b */"}),
               "");
@@ -345,7 +345,7 @@ TEST_F(ToolWarnings, comments_inside_comments) {
 
 // --- words ---
 
-TEST_F(ToolWarnings, words_that_look_like_other_types_are_reported_on_demand) {
+TEST_F(ToolWarnings, words_that_look_like_other_types_are_reported_on_request) {
     std::string const text = "{a= yes; b= [True, OFF, null, NaN]; c= true; d= \"no\"; no= 1; "
                              "M= choice({on= 1;}); m= M(on); e= string(yes); f= nothing}";
     EXPECT_EQ(checked({text}), "");
@@ -368,7 +368,7 @@ std::string const doubtful = "{a= 1; a= 01; b= yes}";
 std::string const repeated = "key 'a' is repeated [duplicate-key]\nf:1:2: note: it is first here\n";
 std::string const zero = "leading zeros have no effect: 01 is read as 1 [leading-zero]\n";
 
-TEST_F(ToolWarnings, errors_of_all_or_of_one) {
+TEST_F(ToolWarnings, all_warnings_or_one_can_be_errors) {
     EXPECT_EQ(run_on(doubtful, {"check", "-W", "error"}),
               (cRun{1, "", "f:1:8: error: " + repeated + "f:1:11: error: " + zero}));
     for (std::vector<std::string> const &form :
@@ -413,7 +413,7 @@ TEST_F(ToolWarnings, unknown_names_are_usage_errors) {
     EXPECT_EQ(run({"check", "-W"}).status, 2);
 }
 
-TEST_F(ToolWarnings, errors_and_warnings_are_limited_each_for_itself) {
+TEST_F(ToolWarnings, errors_and_warnings_are_limited_separately) {
     std::string const text = "{a=1; a=2; a=3; b=?; c=?; d=01}";
     EXPECT_EQ(run_on(text, {"check", "--all", "--max-errors", "1"}),
               (cRun{1, "",
@@ -431,7 +431,7 @@ TEST_F(ToolWarnings, errors_and_warnings_are_limited_each_for_itself) {
                         "f: warning: 1 more\nf: error: 3 more\n"}));
 }
 
-TEST_F(ToolWarnings, twenty_thousand_of_them) {
+TEST_F(ToolWarnings, twenty_thousand_warnings_are_handled) {
     EXPECT_EQ(run_on("{" + times("a=0;\n", 20000) + "}", {"check", "--max-errors", "1"}),
               (cRun{0, "",
                     "f:2:1: warning: key 'a' is repeated [duplicate-key]\n"
@@ -456,7 +456,7 @@ TEST_F(ToolWarnings, other_commands_do_not_print_them) {
     EXPECT_EQ(run({"where", "f", "a"}).err, "");
 }
 
-TEST_F(ToolWarnings, numbers_as_keys_are_compared_however_they_are_written) {
+TEST_F(ToolWarnings, numeric_keys_are_compared_by_value) {
     for (char const *text : {"{1.= 1; 1.0= 2;}", "{1.5f= 1; +1.50f= 2;}", "{-.5= 1; -5.0e-1= 2;}",
                              "{intf(8)= 1; intf( \"010\")= 2;}", "{intf(b11)= 1; intf(+3)= 2;}"}) {
         cRun const checked = run_on(text, {"check", "-W", "error"});
@@ -469,7 +469,7 @@ TEST_F(ToolWarnings, numbers_as_keys_are_compared_however_they_are_written) {
         EXPECT_EQ(run_on(text, {"check", "-W", "error"}), (cRun{0, "", ""})) << text;
 }
 
-TEST_F(ToolWarnings, the_number_that_a_map_without_a_key_gets_is_a_key) {
+TEST_F(ToolWarnings, the_number_of_a_map_without_a_key_is_a_key) {
     EXPECT_EQ(checked({"{{a= 1;} 0= {b= 2;}}", "{5= 1; {a= 1;} {b= 1;}}"}), "");
     EXPECT_EQ(checked({"{0= 1; {a= 2;}}", "{{a= 1;} 0= 2;}", "{{a= 1;} {b= 1;} 1= {b= 2;}}"}),
               "{0= 1; {a= 2;}}\n"
@@ -505,7 +505,7 @@ TEST_F(ToolWarnings, fmt_does_not_replace_a_file_that_loses_values) {
     EXPECT_EQ(run({"fmt", "-i", "f"}), (cRun{0, "", ""}));
 }
 
-TEST_F(ToolWarnings, of_a_map_that_is_merged_fmt_loses_what_is_not_stored) {
+TEST_F(ToolWarnings, fmt_loses_the_unstored_values_of_a_merged_map) {
     std::string const refused =
         "f: error: not written: data would be lost; --force writes the file anyway\n";
     EXPECT_EQ(run_on("{a={v={p=1;};};\n a={v=5;};}", {"fmt", "-i"}),
@@ -522,15 +522,15 @@ TEST_F(ToolWarnings, of_a_map_that_is_merged_fmt_loses_what_is_not_stored) {
     EXPECT_EQ(run_on("{a= 007; b= <1, 1>; c= [1,,2]; }", {"fmt", "-i"}), (cRun{0, "", ""}));
 }
 
-// Generated maps with few keys, so that many are repeated. All numbers differ: those in the text
-// are those of the new text and of the values that are reported as lost.
+// Generated maps with few keys, so that many keys are repeated. All numbers differ, so the numbers
+// in the old text are exactly those of the new text and of the values reported as lost.
 class cGenerated {
   public:
     explicit cGenerated(unsigned seed) : random_(seed) { add_map(0); }
 
     std::string const &text() const { return text_; }
     int numbers() const { return next_; }
-    // Of the value that begins at that column, as first and last + 1.
+    // The range of the value that begins at that column, as first and last + 1.
     std::pair<int, int> numbers_at(size_t column) const { return values_.at(column - 1); }
 
   private:
@@ -579,7 +579,7 @@ class cGenerated {
     std::mt19937 random_;
     std::string text_;
     int next_ = 1000;
-    std::map<size_t, std::pair<int, int>> values_; // by their offset
+    std::map<size_t, std::pair<int, int>> values_; // by offset
 };
 
 std::set<int> numbers_in(std::string const &text) {
@@ -626,7 +626,7 @@ TEST_F(ToolWarnings, fmt_loses_the_values_that_it_reports_and_no_others) {
     EXPECT_GT(losses, count);
 }
 
-TEST_F(ToolWarnings, set_leaves_repeated_keys_and_escapes_where_they_are) {
+TEST_F(ToolWarnings, set_does_not_change_repeated_keys_and_escapes) {
     std::string const text = "{a= 1; b= \"C:\\temp\"; a= 2; c= 3}";
     EXPECT_EQ(run_on(text, {"check"}).err.find("error"), std::string::npos);
     EXPECT_EQ(run({"set", "-i", "f", "c = 4"}), (cRun{0, "", ""}));

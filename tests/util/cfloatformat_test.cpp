@@ -1,4 +1,5 @@
-// Floating numbers with a notation: reading, held against sscanf of the C locale, and writing.
+// Floating-point numbers with a notation: reading, compared with sscanf in the C locale, and
+// writing.
 #include "qrv/util/cfloatformat.h"
 
 #include "tests/text/hostile_locale.h"
@@ -109,7 +110,7 @@ TYPED_TEST(FloatFormats, assigning_writes_number_format_and_precision) {
     EXPECT_EQ(to.value(), 2);
 }
 
-TYPED_TEST(FloatFormats, the_whole_of_reading_in_each_format) {
+TYPED_TEST(FloatFormats, a_number_is_read_in_each_format) {
     for (Format const format : {Fixed, General, Scientific}) {
         TypeParam number = 0;
         typename TestFixture::View view(number, format, 6);
@@ -135,7 +136,7 @@ TYPED_TEST(FloatFormats, an_unknown_format_writes_fixed_and_reads_nothing) {
     }
 }
 
-TYPED_TEST(FloatFormats, changed_tells_a_different_number) {
+TYPED_TEST(FloatFormats, changed_reports_a_different_number) {
     TypeParam number = 1.5;
     typename TestFixture::View view(number, Fixed, 2);
     bool changed = false;
@@ -161,7 +162,7 @@ TYPED_TEST(FloatFormats, changed_tells_a_different_number) {
 
 // --- reading ---
 
-TEST(FloatFormat, decimal_numbers) {
+TEST(FloatFormat, decimal_numbers_are_read) {
     EXPECT_EQ(set("0"), good(0));
     EXPECT_EQ(set("-0"), good(-0.0F));
     EXPECT_EQ(set("12"), good(12));
@@ -175,12 +176,12 @@ TEST(FloatFormat, decimal_numbers) {
     EXPECT_EQ(set((std::string(10'000, '0') + "1.5").c_str()), good(1.5F));
 }
 
-TEST(FloatFormat, white_space_in_front_is_passed_over) {
+TEST(FloatFormat, leading_white_space_is_skipped) {
     EXPECT_EQ(set(" \t\n\v\f\r1.5"), good(1.5F));
     EXPECT_EQ(set("- 1"), refused);
 }
 
-TEST(FloatFormat, what_follows_is_not_looked_at) {
+TEST(FloatFormat, text_after_the_number_is_ignored) {
     EXPECT_EQ(set("1.5.5"), good(1.5F));
     EXPECT_EQ(set("1,5"), good(1));
     EXPECT_EQ(set("1e"), good(1));
@@ -190,13 +191,13 @@ TEST(FloatFormat, what_follows_is_not_looked_at) {
     EXPECT_EQ(set("12 13"), good(12));
 }
 
-TEST(FloatFormat, what_is_no_number_is_refused) {
+TEST(FloatFormat, text_that_is_not_a_number_is_refused) {
     for (char const *text : {"",    " ",  "+",   "-",   ".",    "-.", ".e1", "e1", "x",  "--1",
                              "+-1", "0x", "0x.", "0xg", "0xp1", "in", "na",  "i",  "#1", "\xff"})
         EXPECT_EQ(set(text), refused) << text;
 }
 
-TEST(FloatFormat, hexadecimal_numbers) {
+TEST(FloatFormat, hexadecimal_numbers_are_read) {
     EXPECT_EQ(set("0x10"), good(16));
     EXPECT_EQ(set("0X1.8p1"), good(3));
     EXPECT_EQ(set("-0x.8P+2"), good(-2));
@@ -206,7 +207,7 @@ TEST(FloatFormat, hexadecimal_numbers) {
     EXPECT_EQ(set("0x1p-149"), good(std::numeric_limits<float>::denorm_min()));
 }
 
-TEST(FloatFormat, infinity_and_nan_in_any_case) {
+TEST(FloatFormat, infinity_and_nan_are_read_in_any_case) {
     for (char const *text : {"inf", "INF", "+Infinity", "infinityx"})
         EXPECT_EQ(set(text), good(infinite)) << text;
     EXPECT_EQ(set("-iNf"), good(-infinite));
@@ -215,7 +216,7 @@ TEST(FloatFormat, infinity_and_nan_in_any_case) {
         EXPECT_EQ(set(text), good(std::numeric_limits<float>::quiet_NaN())) << text;
 }
 
-TEST(FloatFormat, too_large_is_infinite) {
+TEST(FloatFormat, a_too_large_number_is_infinite) {
     EXPECT_EQ(set("3.4028235e38"), good(std::numeric_limits<float>::max()));
     EXPECT_EQ(set("3.4028236e38"), good(infinite));
     EXPECT_EQ(set("1e39"), good(infinite));
@@ -226,7 +227,7 @@ TEST(FloatFormat, too_large_is_infinite) {
     EXPECT_EQ(set("-0x1p99999999999999999999"), good(-infinite));
 }
 
-TEST(FloatFormat, too_small_is_zero) {
+TEST(FloatFormat, a_too_small_number_is_zero) {
     EXPECT_EQ(set("1e-45"), good(std::numeric_limits<float>::denorm_min()));
     EXPECT_EQ(set("1e-46"), good(0));
     EXPECT_EQ(set("-1e-46"), good(-0.0F));
@@ -238,7 +239,7 @@ TEST(FloatFormat, too_small_is_zero) {
     EXPECT_EQ(set("0x0p99999999999"), good(0));
 }
 
-// 0x, a point, and no digit: no number, though some C libraries take it for 0.
+// "0x" with a point but without a digit is not a number, though some C libraries read it as 0.
 bool is_hollow(std::string const &text) {
     size_t const at = text.find_first_not_of(" +-");
     return at != std::string::npos &&
@@ -246,8 +247,8 @@ bool is_hollow(std::string const &text) {
            (text.size() == at + 3 || !std::isxdigit(static_cast<unsigned char>(text[at + 3])));
 }
 
-// The C library in its own locale as the measure.
-TEST(FloatFormat, reads_what_sscanf_reads) {
+// The reference is the C library in its own locale.
+TEST(FloatFormat, reads_the_numbers_that_sscanf_reads) {
     std::mt19937 random(99);
     std::string const often = "0123456789..eE+-xXpPaf ";
     unsigned taken = 0;
@@ -308,7 +309,7 @@ TEST(FloatFormat, a_double_is_compared_as_a_double) {
 
 // --- writing ---
 
-TEST(FloatFormat, fixed_notation) {
+TEST(FloatFormat, fixed_notation_is_written) {
     EXPECT_EQ(text_of(1.5, Fixed, 0), "2.");
     EXPECT_EQ(text_of(1.5, Fixed, 1), "1.5");
     EXPECT_EQ(text_of(-1234567.0, Fixed, 2), "-1234567.00");
@@ -316,7 +317,7 @@ TEST(FloatFormat, fixed_notation) {
     EXPECT_EQ(text_of(1e20, Fixed, 0), "100000000000000000000.");
 }
 
-TEST(FloatFormat, general_notation_is_no_hexadecimal) {
+TEST(FloatFormat, general_notation_is_not_hexadecimal) {
     EXPECT_EQ(text_of(1.5, General, 4), "1.500");
     EXPECT_EQ(text_of(1.5F, General, 4), "1.500");
     EXPECT_EQ(text_of(1e10, General, 4), "1.000e+10");
@@ -324,28 +325,28 @@ TEST(FloatFormat, general_notation_is_no_hexadecimal) {
     EXPECT_EQ(text_of(5.0, General, 0), "5.");
 }
 
-TEST(FloatFormat, scientific_notation) {
+TEST(FloatFormat, scientific_notation_is_written) {
     EXPECT_EQ(text_of(1500.0, Scientific, 2), "1.50e+03");
     EXPECT_EQ(text_of(-1.5F, Scientific, 0), "-2.e+00");
 }
 
-TEST(FloatFormat, a_precision_below_zero_is_six) {
+TEST(FloatFormat, a_negative_precision_means_six) {
     EXPECT_EQ(text_of(1.5, Fixed, -1), "1.500000");
     EXPECT_EQ(text_of(1.5, Scientific, std::numeric_limits<short>::min()), "1.500000e+00");
 }
 
-TEST(FloatFormat, the_largest_precision) {
+TEST(FloatFormat, the_largest_precision_writes_that_many_digits) {
     std::string const text = text_of(1.5, Fixed, std::numeric_limits<short>::max());
     EXPECT_EQ(text, "1.5" + std::string(32766, '0'));
 }
 
-TEST(FloatFormat, infinity_and_nan) {
+TEST(FloatFormat, infinity_and_nan_are_written_as_words) {
     EXPECT_EQ(text_of(infinite, Fixed, 2), "inf");
     EXPECT_EQ(text_of(-infinite, General, 2), "-inf");
     EXPECT_EQ(text_of(std::numeric_limits<double>::quiet_NaN(), Scientific, 2), "nan");
 }
 
-TEST(FloatFormat, no_locale_matters) {
+TEST(FloatFormat, the_locale_has_no_effect) {
     test::cHostileLocale const hostile;
     EXPECT_EQ(text_of(1234567.5, Fixed, 1), "1234567.5");
     EXPECT_EQ(text_of(1234567.5, General, 8), "1234567.5");
@@ -355,7 +356,7 @@ TEST(FloatFormat, no_locale_matters) {
     EXPECT_EQ(set("1.234.567"), good(1.234F));
 }
 
-TEST(FloatFormatEdge, the_same_number_again_is_no_change) {
+TEST(FloatFormatEdge, assigning_the_same_number_is_not_a_change) {
     float single = 1.5F;
     double dbl = 1.5;
     bool changed = true;

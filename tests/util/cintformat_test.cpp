@@ -1,4 +1,4 @@
-// Ints with a form: each branch of reading, its limits in pairs, and what is written.
+// Ints with a format: each branch of reading, its limits in pairs, and writing.
 #include "qrv/util/cintformat.h"
 
 #include "tests/text/hostile_locale.h"
@@ -34,7 +34,7 @@ void PrintTo(cResult const &result, std::ostream *os) {
     *os << result.done << ' ' << result.number << " format " << result.format;
 }
 
-// What a text makes of 4711 in a format that the text may replace.
+// The result of reading a string into 4711 in a given format, which the string may replace.
 cResult set(char const *text, Format before = Bin16) {
     int number = untouched;
     cIntFormat view(number, before);
@@ -94,7 +94,7 @@ TEST(IntFormat, a_copy_is_a_view_on_the_same_number) {
     EXPECT_EQ(view.format(), Hex);
 }
 
-TEST(IntFormat, assigning_writes_the_number_and_keeps_the_place) {
+TEST(IntFormat, assigning_writes_the_number_and_keeps_the_pointer) {
     int a = 1, b = 2;
     cIntFormat to(a, Dec);
     cIntFormat const from(b, Oct);
@@ -108,7 +108,7 @@ TEST(IntFormat, assigning_writes_the_number_and_keeps_the_place) {
     EXPECT_EQ(a, 2);
 }
 
-TEST(IntFormat, is_equal_where_number_and_format_are) {
+TEST(IntFormat, is_equal_if_number_and_format_are_equal) {
     int a = 1, b = 1, c = 2;
     cIntFormat const view(a, Hex);
     EXPECT_TRUE(view == cIntFormat(b, Hex));
@@ -138,7 +138,7 @@ TEST(IntFormat, writes_zero) {
     EXPECT_EQ(text_of(0, Bin8), "b 0000 0000");
 }
 
-TEST(IntFormat, writes_the_bits_of_negative_numbers_but_in_decimal) {
+TEST(IntFormat, writes_the_bits_of_negative_numbers_except_in_decimal) {
     EXPECT_EQ(text_of(-1, Dec), "-1");
     EXPECT_EQ(text_of(lowest, Dec), "-2147483648");
     EXPECT_EQ(text_of(highest, Dec), "2147483647");
@@ -149,7 +149,7 @@ TEST(IntFormat, writes_the_bits_of_negative_numbers_but_in_decimal) {
     EXPECT_EQ(text_of(-2, Bin32), "b 1111 1111 1111 1111 1111 1111 1111 1110");
 }
 
-TEST(IntFormat, a_binary_form_shows_its_lowest_bits) {
+TEST(IntFormat, a_binary_format_shows_the_lowest_bits) {
     EXPECT_EQ(text_of(255, Bin8), "b 1111 1111");
     EXPECT_EQ(text_of(256, Bin8), "b 0000 0000");
     EXPECT_EQ(text_of(65535, Bin16), "b 1111 1111 1111 1111");
@@ -164,25 +164,25 @@ TEST(IntFormat, an_unknown_format_writes_decimal) {
 
 // --- set_str ---
 
-TEST(IntFormat, what_is_empty_is_refused) {
+TEST(IntFormat, an_empty_string_is_refused) {
     for (char const *text : {"", " ", "\t\r\n  ", static_cast<char const *>(nullptr)})
         EXPECT_EQ(set(text), refused());
 }
 
-TEST(IntFormat, white_space_around_does_not_count) {
+TEST(IntFormat, surrounding_white_space_is_ignored) {
     EXPECT_EQ(set("  12"), good(12, Dec));
     EXPECT_EQ(set("12\n"), good(12, Dec));
     EXPECT_EQ(set("\t\r\n 0x1F \t"), good(31, HEX));
     EXPECT_EQ(set(" b1 "), good(1, Bin8));
 }
 
-TEST(IntFormat, white_space_inside_is_for_bits_only) {
+TEST(IntFormat, white_space_inside_is_allowed_only_between_bits) {
     for (char const *text : {"1 2", "- 5", "0x 1", "0x1 2", "0 x1", "01 2", "1\t2"})
         EXPECT_EQ(set(text), refused()) << text;
     EXPECT_EQ(set("b\t1\n 0\r\n1"), good(5, Bin8));
 }
 
-TEST(IntFormat, bits) {
+TEST(IntFormat, bits_are_read) {
     EXPECT_EQ(set("b1"), good(1, Bin8));
     EXPECT_EQ(set("B1"), good(1, Bin8));
     EXPECT_EQ(set("b0"), good(0, Bin8));
@@ -191,7 +191,7 @@ TEST(IntFormat, bits) {
         EXPECT_EQ(set(text), refused()) << text;
 }
 
-TEST(IntFormat, the_count_of_bits_is_the_width) {
+TEST(IntFormat, the_number_of_bits_determines_the_width) {
     auto const ones = [](size_t count) { return "b" + std::string(count, '1'); };
     auto const zeros = [](size_t count) { return "b" + std::string(count, '0'); };
     EXPECT_EQ(set(ones(8).c_str()), good(255, Bin8));
@@ -209,7 +209,7 @@ TEST(IntFormat, the_count_of_bits_is_the_width) {
     EXPECT_EQ(set(ones(100'000).c_str()), refused());
 }
 
-TEST(IntFormat, the_letters_that_are_more_tell_the_hexadecimal_format) {
+TEST(IntFormat, the_majority_of_letters_determines_the_hexadecimal_case) {
     for (Format const before : {Dec, Hex, HEX, Oct, Bin8}) {
         EXPECT_EQ(set("0xff", before), good(255, Hex));
         EXPECT_EQ(set("0xFF", before), good(255, HEX));
@@ -218,7 +218,7 @@ TEST(IntFormat, the_letters_that_are_more_tell_the_hexadecimal_format) {
     }
 }
 
-TEST(IntFormat, where_letters_balance_small_ones_stay_and_all_else_is_capital) {
+TEST(IntFormat, without_a_majority_lower_case_is_kept_and_other_formats_become_upper_case) {
     for (char const *text : {"0xaB", "0xBa", "0x10", "0x0", "0xA1b2"}) {
         EXPECT_EQ(set(text, Hex).format, Hex) << text;
         for (Format const before : {Dec, HEX, Oct, Bin8, Bin16, Bin32, static_cast<Format>(9)})
@@ -227,7 +227,7 @@ TEST(IntFormat, where_letters_balance_small_ones_stay_and_all_else_is_capital) {
     }
 }
 
-TEST(IntFormat, hexadecimal_digits) {
+TEST(IntFormat, hexadecimal_digits_are_read) {
     EXPECT_EQ(set("0x0123abcd"), good(0x0123abcd, Hex));
     EXPECT_EQ(set("0x456789EF"), good(0x456789ef, HEX));
     EXPECT_EQ(set("0x7fffffff"), good(highest, Hex));
@@ -248,7 +248,7 @@ TEST(IntFormat, a_sign_or_prefix_without_digits_fails_when_the_format_is_set_alr
     EXPECT_EQ(set(" - "), refused(Dec));
 }
 
-TEST(IntFormat, octal_digits) {
+TEST(IntFormat, octal_digits_are_read) {
     EXPECT_EQ(set("00"), good(0, Oct));
     EXPECT_EQ(set("07"), good(7, Oct));
     EXPECT_EQ(set("0755"), good(493, Oct));
@@ -261,7 +261,7 @@ TEST(IntFormat, octal_digits) {
         EXPECT_EQ(set(text), refused()) << text;
 }
 
-TEST(IntFormat, decimal_digits) {
+TEST(IntFormat, decimal_digits_are_read) {
     EXPECT_EQ(set("9"), good(9, Dec));
     EXPECT_EQ(set("1234567890"), good(1234567890, Dec));
     EXPECT_EQ(set("2147483647"), good(highest, Dec));
@@ -273,7 +273,7 @@ TEST(IntFormat, decimal_digits) {
         EXPECT_EQ(set(text), refused()) << text;
 }
 
-TEST(IntFormat, decimals_of_any_length_are_taken_modulo_32_bits) {
+TEST(IntFormat, decimal_numbers_of_any_length_are_read_modulo_32_bits) {
     EXPECT_EQ(set("2147483648"), good(lowest, Dec));
     EXPECT_EQ(set("4294967295"), good(-1, Dec));
     EXPECT_EQ(set("4294967296"), good(0, Dec));
@@ -286,14 +286,14 @@ TEST(IntFormat, decimals_of_any_length_are_taken_modulo_32_bits) {
     EXPECT_EQ(set(("1" + std::string(99'999, '0')).c_str()), good(0, Dec));
 }
 
-TEST(IntFormat, a_zero_behind_a_sign_makes_the_digits_octal) {
+TEST(IntFormat, a_zero_after_a_sign_makes_the_digits_octal) {
     EXPECT_EQ(set("+010"), good(8, Dec));
     EXPECT_EQ(set("-010"), good(-8, Dec));
     EXPECT_EQ(set("-09"), good(0, Dec));
     EXPECT_EQ(set("+0179"), good(15, Dec));
 }
 
-TEST(IntFormat, twice_in_a_row_gives_the_same) {
+TEST(IntFormat, reading_twice_gives_the_same_result) {
     int number = 0;
     cIntFormat view(number, Dec);
     for (int i = 0; i < 2; ++i) {
@@ -304,8 +304,8 @@ TEST(IntFormat, twice_in_a_row_gives_the_same) {
     }
 }
 
-// What is written is read back as the number that the text shows, and written the same again.
-TEST(IntFormat, what_is_written_reads_back) {
+// A written number is read back as the number that the string shows, and is written the same again.
+TEST(IntFormat, a_written_number_can_be_read_again) {
     std::mt19937 random(20240117);
     for (int i = 0; i < 20'000; ++i) {
         int const wide = static_cast<int>(random() >> random() % 32);
@@ -318,14 +318,15 @@ TEST(IntFormat, what_is_written_reads_back) {
         EXPECT_EQ(read, shown) << text;
         EXPECT_EQ(view.str(), text);
         if (format == Hex && text.find_first_of("abcdef", 2) == std::string::npos)
-            EXPECT_EQ(view.format(), HEX) << text; // no letter tells
+            EXPECT_EQ(view.format(), HEX) << text; // no letter determines the case
         else
             EXPECT_EQ(view.format(), format) << text;
     }
 }
 
-// Any bytes at all: a refusal leaves the number, a number is told again.
-TEST(IntFormat, any_text_is_taken_or_leaves_the_number) {
+// Any bytes: either they are refused and the number is unchanged, or the number that is read is
+// written and read again.
+TEST(IntFormat, any_string_is_read_or_leaves_the_number_unchanged) {
     std::mt19937 random(7);
     std::string const often = "01 01 01bBxX89afAF+-\t\n";
     unsigned taken = 0;
@@ -345,7 +346,7 @@ TEST(IntFormat, any_text_is_taken_or_leaves_the_number) {
     EXPECT_GT(taken, 1000U);
 }
 
-TEST(IntFormat, no_locale_matters) {
+TEST(IntFormat, the_locale_has_no_effect) {
     test::cHostileLocale const hostile;
     EXPECT_EQ(text_of(1234567, Dec), "1234567");
     EXPECT_EQ(text_of(0x1234567, Hex), "0x1234567");
@@ -359,7 +360,7 @@ TEST(IntFormat, no_locale_matters) {
 
 // --- the cases that were asked for ---
 
-TEST(IntFormatEdge, a_zero_alone_is_decimal_and_a_zero_in_front_octal) {
+TEST(IntFormatEdge, a_single_zero_is_decimal_and_a_leading_zero_means_octal) {
     EXPECT_EQ(set("0"), good(0, Dec));
     EXPECT_EQ(set("010"), good(8, Oct));
     EXPECT_EQ(set("09"), refused());
@@ -367,14 +368,14 @@ TEST(IntFormatEdge, a_zero_alone_is_decimal_and_a_zero_in_front_octal) {
 
 TEST(IntFormatEdge, a_capital_x_is_refused) { EXPECT_EQ(set("0X10"), refused()); }
 
-TEST(IntFormatEdge, bits_may_stand_apart_but_there_must_be_one_and_no_more_than_32) {
+TEST(IntFormatEdge, bits_may_be_separated_and_there_must_be_1_to_32) {
     EXPECT_EQ(set("b1010"), good(10, Bin8));
     EXPECT_EQ(set("b 1 0 1"), good(5, Bin8));
     EXPECT_EQ(set("b"), refused());
     EXPECT_EQ(set(("b" + std::string(33, '0')).c_str()), refused());
 }
 
-TEST(IntFormatEdge, a_sign_is_decimal_and_stands_before_no_prefix) {
+TEST(IntFormatEdge, a_sign_means_decimal_and_is_refused_before_a_prefix) {
     EXPECT_EQ(set("+12"), good(12, Dec));
     EXPECT_EQ(set("-12"), good(-12, Dec));
     EXPECT_EQ(set("+0x10"), refused());
@@ -387,7 +388,7 @@ TEST(IntFormatEdge, nine_hexadecimal_digits_are_refused) {
 
 TEST(IntFormatEdge, zero_in_octal_has_two_digits) { EXPECT_EQ(text_of(0, Oct), "00"); }
 
-TEST(IntFormatEdge, a_negative_number_in_hexadecimal_shows_its_bits_and_reads_back) {
+TEST(IntFormatEdge, a_negative_number_in_hexadecimal_shows_its_bits_and_can_be_read_again) {
     EXPECT_EQ(text_of(-1, Hex), "0xffffffff");
     EXPECT_EQ(set("0xffffffff"), good(-1, Hex));
 }

@@ -1,4 +1,4 @@
-// Int objects that keep their form: the objects, the type "intf", and what files carry of both.
+// Int objects with a format: the objects, the type "intf", and how files store both.
 #include "qrv/util/cintvalf.h"
 
 #include "qrv/containers/cattspec.h"
@@ -26,7 +26,7 @@ size_t width_of(Format format) {
     return format == cIntFormat::fmtBin8 ? 8 : format == cIntFormat::fmtBin16 ? 16 : 32;
 }
 
-// The type is made here, so that it counts in no test.
+// Creates the type before the test, so that no test counts it as a new object.
 class IntFTest : public QrvTest {
   protected:
     static void SetUpTestSuite() { cat::type_intf(); }
@@ -45,7 +45,7 @@ class IntFTest : public QrvTest {
         cat::ExactText const guard;
         return cat::as_text(value);
     }
-    // What read text is written as, exactly.
+    // The exact text written for a value that was read from this text.
     static std::string again(std::string const &text) { return exact(read(text)); }
     static objref made(int number, Format format) { return make<cIntValF>(number, format); }
     static std::string assigned(objref const &to, objref const &from) {
@@ -92,7 +92,7 @@ TEST_F(IntF, refers_to_a_number) {
     EXPECT_EQ(ref->str(), "b 0000 0011");
 }
 
-TEST_F(IntF, a_copy_has_a_number_of_its_own) {
+TEST_F(IntF, a_copy_has_its_own_number) {
     cRef<cIntValF> const value = make<cIntValF>(31, cIntFormat::fmtHex);
     cRef<cIntValF> const copy = make<cIntValF>(*value);
     EXPECT_EQ(copy->str(), "0x1f");
@@ -113,7 +113,7 @@ TEST_F(IntF, a_copy_of_a_reference_refers_to_the_same_number) {
     EXPECT_EQ(copy->format(), cIntFormat::fmtHex);
 }
 
-TEST_F(IntF, a_copy_is_const_if_the_other_is) {
+TEST_F(IntF, a_copy_of_a_const_object_is_const) {
     cRef<cIntValF> const value = make<cIntValF>(1, cIntFormat::fmtHex);
     value->setflags(of_const);
     EXPECT_TRUE(make<cIntValF>(*value)->flags_of(of_const));
@@ -124,9 +124,9 @@ TEST_F(IntF, a_copy_is_const_if_the_other_is) {
     EXPECT_TRUE(make<cIntRefF>(*ref)->flags_of(of_const));
 }
 
-TEST_F(IntF, is_decimal_if_nothing_is_said) { EXPECT_EQ(make<cIntValF>(12)->str(), "12"); }
+TEST_F(IntF, the_default_format_is_decimal) { EXPECT_EQ(make<cIntValF>(12)->str(), "12"); }
 
-TEST_F(IntF, operator_assign_goes_through_the_type) {
+TEST_F(IntF, operator_assign_uses_the_converters_of_the_type) {
     cRef<cIntValF> const a = make<cIntValF>(1, cIntFormat::fmtDec);
     cRef<cIntValF> const b = make<cIntValF>(16, cIntFormat::fmtHex);
     *a = *b;
@@ -148,7 +148,7 @@ TEST_F(IntF, operator_assign_goes_through_the_type) {
     EXPECT_EQ(number, 8);
 }
 
-TEST_F(IntF, objects_compare_by_number_and_views_by_format_too) {
+TEST_F(IntF, objects_compare_numbers_and_views_also_compare_formats) {
     cRef<cIntValF> const a = make<cIntValF>(16, cIntFormat::fmtHex);
     cRef<cIntValF> const b = make<cIntValF>(16, cIntFormat::fmtDec);
     EXPECT_TRUE(*a == *b);
@@ -169,7 +169,7 @@ TEST_F(IntF, objects_compare_by_number_and_views_by_format_too) {
 
 // --- the type ---
 
-TEST_F(IntF, has_these_members_and_converters) {
+TEST_F(IntF, has_all_members_and_converters) {
     std::string keys;
     cAttrHash const &members = cat::type_intf().tmmap();
     for (cAttrNode const *node = members.first(); node; node = members.next(node))
@@ -185,7 +185,7 @@ TEST_F(IntF, has_these_members_and_converters) {
     EXPECT_TRUE(cat::type_intf().is_keytype());
 }
 
-TEST_F(IntF, the_type_is_registered_again_when_it_is_named_again) {
+TEST_F(IntF, the_type_is_registered_again_on_its_next_use) {
     cTypeObj &type = cat::type_intf();
     cat::typemap().datamap().delitem("intf");
     EXPECT_EQ(&cat::type_intf(), &type);
@@ -212,7 +212,7 @@ TEST_F(IntF, a_clone_has_number_and_format) {
     EXPECT_EQ(format_of(ref).format(), cIntFormat::fmtHEX);
 }
 
-TEST_F(IntF, takes_number_and_format_from_its_own_type) {
+TEST_F(IntF, copies_number_and_format_from_its_own_type) {
     EXPECT_EQ(assigned(made(1, cIntFormat::fmtDec), made(16, cIntFormat::fmtHex)), "intf(0x10)");
     int number = 3;
     EXPECT_EQ(assigned(made(1, cIntFormat::fmtDec), make<cIntRefF>(number, cIntFormat::fmtOct)),
@@ -221,21 +221,21 @@ TEST_F(IntF, takes_number_and_format_from_its_own_type) {
     EXPECT_EQ(assigned(self, self), "intf(0x10)");
 }
 
-TEST_F(IntF, takes_the_number_alone_from_other_types) {
+TEST_F(IntF, copies_only_the_number_from_other_types) {
     for (objref const &source : {cat::of(12), cat::of(12.75), cat::of(12.75F)})
         EXPECT_EQ(assigned(made(1, cIntFormat::fmtHex), source), "intf(0xc)");
     EXPECT_EQ(assigned(made(5, cIntFormat::fmtBin8), cat::of(true)), "intf(b00000001)");
     EXPECT_EQ(assigned(made(5, cIntFormat::fmtOct), cat::of(1e10)), "intf(020000000000)");
 }
 
-TEST_F(IntF, takes_number_and_format_from_a_string) {
+TEST_F(IntF, reads_number_and_format_from_a_string) {
     EXPECT_EQ(assigned(made(1, cIntFormat::fmtDec), cat::of("b 101")), "intf(b00000101)");
     EXPECT_EQ(assigned(made(1, cIntFormat::fmtHex), cat::of(" 0x10 ")), "intf(0x10)");
     EXPECT_EQ(format_of(made(1, cIntFormat::fmtHex)).format(), cIntFormat::fmtHex);
     EXPECT_EQ(assigned(made(1, cIntFormat::fmtHex), cat::of("12")), "intf(12)");
 }
 
-TEST_F(IntF, keeps_both_when_a_string_is_no_number) {
+TEST_F(IntF, an_invalid_string_leaves_number_and_format_unchanged) {
     objref const value = made(31, cIntFormat::fmtHex);
     for (char const *text : {"", "zz", "0x", "+", "0xZZ", "b"}) {
         cErrorLog errors;
@@ -249,7 +249,7 @@ TEST_F(IntF, keeps_both_when_a_string_is_no_number) {
     EXPECT_EQ(exact(value), "intf(0x1f)");
 }
 
-TEST_F(IntF, refuses_what_has_no_converter) {
+TEST_F(IntF, refuses_values_without_a_converter) {
     objref const value = made(31, cIntFormat::fmtHex);
     cErrorLog errors;
     EXPECT_FALSE(value->assign(make<cMapObj>()));
@@ -262,7 +262,7 @@ TEST_F(IntF, refuses_what_has_no_converter) {
     EXPECT_EQ(exact(value), "intf(0x1f)");
 }
 
-TEST_F(IntF, adds_numbers_of_all_kinds_and_keeps_its_format) {
+TEST_F(IntF, adds_numbers_of_all_types_and_keeps_its_format) {
     objref const sum = made(1, cIntFormat::fmtHex);
     for (objref const &part : {cat::of(2), cat::of(4.9), cat::of(8.9F), cat::of(true),
                                made(16, cIntFormat::fmtBin8), cat::of("0x20"), sum})
@@ -279,7 +279,7 @@ TEST_F(IntF, adds_numbers_of_all_kinds_and_keeps_its_format) {
     EXPECT_EQ(exact(most), "intf(-2147483648)");
 }
 
-TEST_F(IntF, is_no_index_and_refers_as_an_int) {
+TEST_F(IntF, cannot_be_an_index_and_is_referred_to_as_an_int) {
     objref const value = made(5, cIntFormat::fmtHex);
     EXPECT_EQ(cat::as_index(value), cat::no_index);
     EXPECT_FALSE(cat::is_equal(value, 5));
@@ -290,8 +290,8 @@ TEST_F(IntF, is_no_index_and_refers_as_an_int) {
     EXPECT_EQ(exact(value), "intf(0x7)");
 }
 
-// An object that only says to be one.
-TEST_F(IntF, without_a_format_calculates_and_has_no_text) {
+// An object that only claims to have the type "intf".
+TEST_F(IntF, an_object_without_a_format_calculates_but_cannot_be_written) {
     auto const bare = make<cObjD<int>>(5);
     bare->set_type(&cat::type_intf());
     objref const value = bare;
@@ -310,7 +310,7 @@ TEST_F(IntF, without_a_format_calculates_and_has_no_text) {
     EXPECT_EQ(os.str(), "");
 }
 
-TEST_F(IntF, methods_that_are_called_with_anything_refuse) {
+TEST_F(IntF, methods_refuse_any_arguments) {
     objref const value = made(5, cIntFormat::fmtHex);
     for (char const *name : {"write", "read", "assign"})
         for (objref const &argument : {objref(), objref(make<cMapObj>())}) {
@@ -322,7 +322,7 @@ TEST_F(IntF, methods_that_are_called_with_anything_refuse) {
 
 // --- text ---
 
-TEST_F(IntFText, write_is_the_text_and_a_flush) {
+TEST_F(IntFText, write_writes_the_text_and_flushes) {
     struct cFlushes : std::stringbuf {
         int sync() override {
             ++count;
@@ -338,7 +338,7 @@ TEST_F(IntFText, write_is_the_text_and_a_flush) {
     EXPECT_FALSE(made(5, cIntFormat::fmtBin8)->write(os));
 }
 
-TEST_F(IntFText, read_takes_one_word) {
+TEST_F(IntFText, read_reads_one_word) {
     cRef<cIntValF> const value = make<cIntValF>(0);
     std::istringstream is("  0x1F\n\"017\" b101 \" \"\" x");
     EXPECT_TRUE(value->read(is));
@@ -347,14 +347,14 @@ TEST_F(IntFText, read_takes_one_word) {
     EXPECT_EQ(value->str(), "017");
     EXPECT_TRUE(value->read(is));
     EXPECT_EQ(value->str(), "b 0000 0101");
-    EXPECT_FALSE(value->read(is)); // one quote
-    EXPECT_FALSE(value->read(is)); // two
-    EXPECT_FALSE(value->read(is)); // x
-    EXPECT_FALSE(value->read(is)); // the end
+    EXPECT_FALSE(value->read(is)); // it reads one quote
+    EXPECT_FALSE(value->read(is)); // it reads two quotes
+    EXPECT_FALSE(value->read(is)); // it reads x
+    EXPECT_FALSE(value->read(is)); // it is at the end of the input
     EXPECT_EQ(value->str(), "b 0000 0101");
 }
 
-TEST_F(IntFText, read_takes_no_word_with_a_nul_byte) {
+TEST_F(IntFText, read_refuses_a_word_with_a_null_character) {
     cRef<cIntValF> const value = make<cIntValF>(31, cIntFormat::fmtHex);
     for (std::string const &word : {"1\0002"s, "\"1\0002\""s, "\0"s}) {
         std::istringstream is(word);
@@ -363,7 +363,7 @@ TEST_F(IntFText, read_takes_no_word_with_a_nul_byte) {
     }
 }
 
-TEST_F(IntFText, files_carry_number_and_format) {
+TEST_F(IntFText, files_store_number_and_format) {
     for (char const *text :
          {"intf(0)", "intf(-12)", "intf(0x1F)", "intf(0x1f)", "intf(00)", "intf(0755)",
           "intf(b00000101)", "intf(b0000000100000000)", "intf(0xffffffff)", "intf(037777777777)",
@@ -381,7 +381,7 @@ TEST_F(IntFText, plain_text_writes_bits_with_blanks) {
     EXPECT_EQ(cat::as_text(made(31, cIntFormat::fmtHEX)), "intf(0x1F)");
 }
 
-TEST_F(IntFText, exact_text_takes_the_next_width_that_fits) {
+TEST_F(IntFText, exact_text_uses_the_next_width_that_fits) {
     auto const text = [](int number, Format format) { return exact(made(number, format)); };
     EXPECT_EQ(text(255, cIntFormat::fmtBin8), "intf(b11111111)");
     EXPECT_EQ(text(256, cIntFormat::fmtBin8), "intf(b0000000100000000)");
@@ -395,7 +395,7 @@ TEST_F(IntFText, exact_text_takes_the_next_width_that_fits) {
     EXPECT_EQ(text(5, static_cast<Format>(9)), "intf(5)");
 }
 
-TEST_F(IntFText, what_exact_text_writes_reads_back) {
+TEST_F(IntFText, exact_text_can_be_read_again) {
     std::mt19937 random(4);
     for (int i = 0; i < 5'000; ++i) {
         auto const number = static_cast<int>(random() >> random() % 32);
@@ -414,7 +414,7 @@ TEST_F(IntFText, what_exact_text_writes_reads_back) {
     }
 }
 
-TEST_F(IntFText, bad_texts_are_errors_and_the_value_is_left_out) {
+TEST_F(IntFText, invalid_text_is_an_error_and_the_value_is_omitted) {
     for (char const *text : {"", "0xZZ", "b 0000 0101", "09", "0X10", "+0x10", "0x123456789", "x",
                              "\"0xZZ\"", "1.5", "#true"}) {
         objref value;
@@ -424,7 +424,7 @@ TEST_F(IntFText, bad_texts_are_errors_and_the_value_is_left_out) {
     EXPECT_NE(messages(), "");
 }
 
-TEST_F(IntFText, stands_in_all_containers) {
+TEST_F(IntFText, can_be_stored_in_all_containers) {
     for (char const *text :
          {"{a= intf(0x1F); b= {c= intf(b00000001); }; }", "[intf(0x1F), 5, ]", "<intf(0x1F), 31, >",
           "{intf(0x10)= a; 16= b; intf(0xFF)= c; }", "{x= intf(0x1F); y= #cRef(/x); }",
@@ -476,7 +476,7 @@ TEST_F(IntFText, copying_a_tree_keeps_the_format) {
     EXPECT_EQ(exact(map), "{a= {port= intf(0x1F); mask= intf(b00000001); }; }");
 }
 
-TEST_F(IntFText, is_a_default_of_declared_attributes) {
+TEST_F(IntFText, can_be_a_default_of_declared_attributes) {
     std::string const text =
         "{PortT= attlist(p= attspec(type= intf; default= intf(0x10))); t= PortT(); "
         "u= PortT(p= intf(b00000001)); }";
@@ -489,7 +489,7 @@ TEST_F(IntFText, is_a_default_of_declared_attributes) {
     cat::typemap().datamap().delitem("PortT");
 }
 
-// The program seems to lie in the test's folder, where the map is.
+// Makes the program's folder appear to be the test's folder, where the map is.
 class IntFPersistent : public save_test::SaveTest {
   protected:
     static void SetUpTestSuite() { cat::type_intf(); }
@@ -517,7 +517,7 @@ TEST_F(IntFPersistent, map_keeps_the_format) {
     EXPECT_EQ(bytes.substr(bytes.find('{')), "{port= intf(0x21); mask= intf(b0000001000001111); }");
 }
 
-TEST_F(IntFText, no_locale_matters) {
+TEST_F(IntFText, the_locale_has_no_effect) {
     objref const value = made(1234567, cIntFormat::fmtDec);
     test::cHostileLocale const hostile;
     EXPECT_EQ(cat::as_text(value), "intf(1234567)");
@@ -529,7 +529,8 @@ TEST_F(IntFText, no_locale_matters) {
 
 } // namespace
 
-TEST_F(IntF, what_only_claims_to_be_one_is_refused_as_value_and_equals_itself_alone_as_key) {
+TEST_F(IntF,
+       an_object_that_only_claims_the_type_is_refused_as_value_and_equals_only_itself_as_key) {
     objref const claim = make<cMapObj>();
     claim->set_type(&cat::type_intf());
     objref const other = cat::of("text");

@@ -1,4 +1,5 @@
-// Wildcards: each element's rules, and the results of a plain recursion over the same rules.
+// Wildcards: the rules of each element, and a comparison with a simple recursive implementation of
+// the rules.
 
 #include "qrv/util/cmatch.h"
 
@@ -25,7 +26,7 @@ int longest(std::string const &text, std::string const &pattern) {
 int first(std::string const &text, std::string const &pattern) {
     return cMatch(text.c_str(), pattern.c_str(), true);
 }
-// Where no choice is made both are the same.
+// Without a choice, the longest and the first match are equal.
 int both(std::string const &text, std::string const &pattern) {
     int const result = longest(text, pattern);
     EXPECT_EQ(first(text, pattern), result) << text << " " << pattern;
@@ -37,23 +38,23 @@ class MatchEdge : public QrvTest {};
 
 } // namespace
 
-TEST_F(MatchEdge, a_star_takes_the_longest_or_the_first) {
+TEST_F(MatchEdge, a_star_matches_the_longest_or_the_first) {
     EXPECT_EQ(cMatch("abcabc", "a*c", false), 6);
     EXPECT_EQ(cMatch("abcabc", "a*c", true), 3);
 }
 
-TEST_F(MatchEdge, of_alternatives_the_longest_or_the_first) {
+TEST_F(MatchEdge, alternatives_match_the_longest_or_the_first) {
     EXPECT_EQ(cMatch("abcd", "{ab,abc}", false), 3);
     EXPECT_EQ(cMatch("abcd", "{ab,abc}", true), 2);
 }
 
-TEST_F(MatchEdge, the_pattern_is_used_up_and_a_star_leaves_the_last_character) {
+TEST_F(MatchEdge, the_whole_pattern_must_match_and_a_final_star_omits_the_last_character) {
     EXPECT_EQ(cMatch("abc", "abcd", false), 0);
     EXPECT_EQ(cMatch("abc", "ab*", false), 0);
     EXPECT_EQ(cMatch("abcd", "ab*", false), 3);
 }
 
-TEST_F(MatchEdge, the_text_ends_before_a_question_mark) {
+TEST_F(MatchEdge, a_question_mark_does_not_match_the_end_of_the_text) {
     EXPECT_EQ(cMatch("ab", "ab?", false), 0);
 }
 
@@ -69,13 +70,13 @@ TEST_F(MatchEdge, a_backslash_makes_a_star_literal) {
 
 // --- pointers, empty texts, plain characters ---
 
-TEST_F(Match, null_is_no_match) {
+TEST_F(Match, null_does_not_match) {
     EXPECT_EQ(cMatch(nullptr, nullptr, false), 0);
     EXPECT_EQ(cMatch(nullptr, "a", true), 0);
     EXPECT_EQ(cMatch("a", nullptr, false), 0);
 }
 
-TEST_F(Match, empty_texts_and_patterns) {
+TEST_F(Match, an_empty_text_or_pattern_does_not_match) {
     EXPECT_EQ(both("", ""), 0);
     EXPECT_EQ(both("abc", ""), 0);
     for (char const *const pattern :
@@ -93,13 +94,13 @@ TEST_F(Match, plain_characters_match_the_start_of_the_text) {
     EXPECT_EQ(both("A", "a"), 0);
 }
 
-TEST_F(Match, a_question_mark_takes_any_character) {
+TEST_F(Match, a_question_mark_matches_any_character) {
     EXPECT_EQ(both("abc", "a?c"), 3);
     EXPECT_EQ(both("a\xE4", "??"), 2);
     EXPECT_EQ(both("a", "??"), 0);
 }
 
-TEST_F(Match, what_begins_at_the_end_of_the_text_may_be_one_question_mark) {
+TEST_F(Match, a_question_mark_may_match_the_end_of_the_text_after_alternatives) {
     EXPECT_EQ(both("ab", "{ab}?"), 2);
     EXPECT_EQ(both("ab", "{ab}??"), 0);
     EXPECT_EQ(both("ab", "{ab}{?}"), 2);
@@ -112,7 +113,7 @@ TEST_F(Match, what_begins_at_the_end_of_the_text_may_be_one_question_mark) {
     EXPECT_EQ(both("ab", "ab{}"), 0) << "between elements the text must go on";
 }
 
-TEST_F(Match, backslashes) {
+TEST_F(Match, a_backslash_makes_the_next_character_literal) {
     EXPECT_EQ(both("?[{\\a", "\\?\\[\\{\\\\\\a"), 5);
     EXPECT_EQ(both("abc", "ab\\"), 2) << "the last one ends the pattern";
     EXPECT_EQ(both("ab", "ab\\"), 0) << "but the text has ended before it";
@@ -123,7 +124,7 @@ TEST_F(Match, backslashes) {
 
 // --- sets ---
 
-TEST_F(Match, sets_take_one_character) {
+TEST_F(Match, sets_match_one_character) {
     EXPECT_EQ(both("b", "[abc]"), 1);
     EXPECT_EQ(both("d", "[abc]"), 0);
     EXPECT_EQ(both("d", "[!abc]"), 1);
@@ -145,7 +146,7 @@ TEST_F(Match, a_set_ends_at_the_next_bracket) {
     EXPECT_EQ(both("]", "[!\\]]"), 0);
 }
 
-TEST_F(Match, ranges) {
+TEST_F(Match, ranges_match_the_characters_between_their_ends) {
     for (char const *const set : {"[b-d]", "[d-b]", "[\\b-\\d]", "[xb-d]", "[b-dx]"}) {
         EXPECT_EQ(both("a", set), 0) << set;
         for (char const *const text : {"b", "c", "d"}) EXPECT_EQ(both(text, set), 1) << set;
@@ -156,7 +157,7 @@ TEST_F(Match, ranges) {
     EXPECT_EQ(both("]", "[[-\\]]"), 1);
 }
 
-TEST_F(Match, a_minus_that_stands_for_itself) {
+TEST_F(Match, a_minus_at_either_end_of_a_set_is_literal) {
     for (char const *const set : {"[a-]", "[-a]", "[a\\-z]", "[!b-z]", "[a-a-]"})
         EXPECT_EQ(both("-", set), 1) << set;
     EXPECT_EQ(both("b", "[a\\-z]"), 0);
@@ -175,7 +176,7 @@ TEST_F(Match, ranges_compare_signed_characters) {
     EXPECT_EQ(both("\xE4", "[!\xE4]"), 0);
 }
 
-TEST_F(Match, what_is_not_closed_fails) {
+TEST_F(Match, unclosed_sets_and_alternatives_fail) {
     for (char const *const pattern : {"a[", "a[b", "a[b-", "a[b\\", "a[b\\]", "a{", "a{b", "a{b,",
                                       "a{b\\}", "a{[b}", "a{{b}", "*[", "*{b", "{b}[", "{ab,[b}"})
         EXPECT_EQ(both("abc", pattern), 0) << pattern;
@@ -183,7 +184,7 @@ TEST_F(Match, what_is_not_closed_fails) {
 
 // --- stars ---
 
-TEST_F(Match, a_star_at_the_end_takes_something_but_not_the_last_character) {
+TEST_F(Match, a_star_at_the_end_matches_something_but_not_the_last_character) {
     EXPECT_EQ(longest("abc", "a*"), 2);
     EXPECT_EQ(first("abcd", "a*"), 2);
     EXPECT_EQ(longest("abcd", "a*"), 3);
@@ -193,7 +194,7 @@ TEST_F(Match, a_star_at_the_end_takes_something_but_not_the_last_character) {
     EXPECT_EQ(both("ab", "*"), 1);
 }
 
-TEST_F(Match, a_star_may_take_nothing_in_front_of_the_rest) {
+TEST_F(Match, a_star_before_other_elements_may_match_nothing) {
     EXPECT_EQ(both("ab", "a*b"), 2);
     EXPECT_EQ(both("ab", "*ab"), 2);
     EXPECT_EQ(both("a", "*?"), 1);
@@ -202,20 +203,20 @@ TEST_F(Match, a_star_may_take_nothing_in_front_of_the_rest) {
     EXPECT_EQ(both("abc", "*d"), 0);
 }
 
-TEST_F(Match, a_star_needs_a_length_above_none) {
+TEST_F(Match, a_star_ignores_empty_matches_of_the_rest) {
     EXPECT_EQ(longest("abc", "*{}"), 2) << "tries that take nothing don't count";
     EXPECT_EQ(first("abc", "*{}"), 1);
     EXPECT_EQ(both("ab", "a*{}"), 0);
 }
 
-TEST_F(Match, runs_of_stars_are_one) {
+TEST_F(Match, several_stars_in_a_row_act_as_one) {
     EXPECT_EQ(longest("abcabc", "a***c"), 6);
     EXPECT_EQ(first("abcabc", "a***c"), 3);
     EXPECT_EQ(longest("abcd", "ab**"), 3);
     EXPECT_EQ(both("abc", "ab**"), 0);
 }
 
-TEST_F(Match, stars_behind_each_other) {
+TEST_F(Match, several_stars_may_be_in_one_pattern) {
     EXPECT_EQ(longest("abcbc", "*b*c"), 5);
     EXPECT_EQ(first("abcbc", "*b*c"), 3);
     EXPECT_EQ(longest("a.b.c", "*.*.?"), 5);
@@ -224,7 +225,7 @@ TEST_F(Match, stars_behind_each_other) {
 
 // --- alternatives ---
 
-TEST_F(Match, alternatives_are_matched_on_their_own) {
+TEST_F(Match, alternatives_are_matched_separately) {
     EXPECT_EQ(longest("abcd", "{ab,abc}d"), 4);
     EXPECT_EQ(first("abcd", "{ab,abc}d"), 4) << "the first that works with the rest";
     EXPECT_EQ(longest("abab", "{a*b}b"), 0) << "it took the longest, and behind it is nothing";
@@ -250,7 +251,7 @@ TEST_F(Match, the_first_alternative_that_works_ends_the_search) {
     EXPECT_EQ(first("abcc", "{a,ab}{bc,c}"), 3);
 }
 
-TEST_F(Match, alternatives_stand_in_each_other) {
+TEST_F(Match, alternatives_may_be_nested) {
     EXPECT_EQ(longest("abd", "{a{b,c}d,ab}"), 3);
     EXPECT_EQ(longest("acd", "{a{b,c}d,ab}"), 3);
     EXPECT_EQ(longest("abx", "{a{b,c}d,ab}"), 2);
@@ -260,7 +261,7 @@ TEST_F(Match, alternatives_stand_in_each_other) {
     EXPECT_EQ(longest("abx", "{a{b,bx}}x"), 0) << "and here the x";
 }
 
-TEST_F(Match, what_sets_and_backslashes_hide_in_alternatives) {
+TEST_F(Match, sets_and_backslashes_quote_delimiters_in_alternatives) {
     EXPECT_EQ(both(",", "{[,}]}"), 1);
     EXPECT_EQ(both("}", "{[,}]}"), 1);
     EXPECT_EQ(both("a,b", "{a\\,b}"), 3);
@@ -270,7 +271,7 @@ TEST_F(Match, what_sets_and_backslashes_hide_in_alternatives) {
     EXPECT_EQ(both("]", "{[\\],]}"), 1);
 }
 
-TEST_F(Match, alternatives_hold_stars) {
+TEST_F(Match, alternatives_may_contain_stars) {
     EXPECT_EQ(longest("humidity", "{*hum,*hum*?}"), 8);
     EXPECT_EQ(longest("hum", "{*hum,*hum*?}"), 3);
     EXPECT_EQ(longest("abcabc", "*{b,c}"), 6);
@@ -281,7 +282,8 @@ TEST_F(Match, alternatives_hold_stars) {
 
 namespace {
 
-// A pattern is copied for each try, choices recurse, and nothing is shared with the real one.
+// Copies the pattern for each attempt and recurses for choices. Shares no code with the tested
+// function.
 class cPlain {
   public:
     explicit cPlain(bool first) : first_(first) {}
@@ -368,7 +370,8 @@ class cPlain {
         return best < 0 ? -1 : static_cast<int>(n) + best;
     }
 
-    // Is c in the set that stands behind its [? The set's length is that with its ].
+    // Is `c` in the set whose text after `[` begins here? Also sets the length of the set including
+    // its `]`.
     static bool set(char c, std::string const &behind, size_t &length) {
         struct cMember {
             int code;
@@ -411,7 +414,7 @@ class cDice {
         for (char &c : text) c = one_of(characters);
         return text;
     }
-    // Elements that are mostly closed, with alternatives in each other.
+    // Pattern elements, most of them with their closing characters, and with nested alternatives.
     std::string pattern(size_t most, size_t depth) {
         std::string text;
         for (size_t count = below(most + 1); count > 0; --count) {
@@ -442,7 +445,7 @@ class cDice {
     std::mt19937 engine_{20};
 };
 
-// True when they agree; counts the matches.
+// Do both implementations agree? Counts the matches.
 bool agree(std::string const &text, std::string const &pattern, size_t &matches) {
     for (bool const by_first : {false, true}) {
         int const expected = cPlain(by_first).result(text, pattern);
@@ -456,7 +459,7 @@ bool agree(std::string const &text, std::string const &pattern, size_t &matches)
 
 } // namespace
 
-TEST_F(Match, a_plain_recursion_gives_the_same_for_random_characters) {
+TEST_F(Match, a_simple_recursion_agrees_on_random_characters) {
     cDice dice;
     size_t matches = 0;
     for (int i = 0; i < 500000; ++i) {
@@ -466,7 +469,7 @@ TEST_F(Match, a_plain_recursion_gives_the_same_for_random_characters) {
     EXPECT_GT(matches, 15000u);
 }
 
-TEST_F(Match, a_plain_recursion_gives_the_same_for_random_elements) {
+TEST_F(Match, a_simple_recursion_agrees_on_random_elements) {
     cDice dice;
     size_t matches = 0;
     for (int i = 0; i < 500000; ++i) {
@@ -478,7 +481,7 @@ TEST_F(Match, a_plain_recursion_gives_the_same_for_random_elements) {
 
 // --- size ---
 
-TEST_F(Match, forty_stars_against_sixty_characters) {
+TEST_F(Match, forty_stars_match_sixty_characters_quickly) {
     std::string const text = times("a", 60);
     EXPECT_EQ(both(text, times("*a", 40) + "b"), 0);
     EXPECT_EQ(longest(text, times("*a", 40)), 60);
@@ -486,7 +489,7 @@ TEST_F(Match, forty_stars_against_sixty_characters) {
     EXPECT_EQ(both(text, times("{a,aa,*a}", 40) + "b"), 0);
 }
 
-TEST_F(Match, alternatives_of_any_length) {
+TEST_F(Match, alternatives_may_have_any_length) {
     for (size_t const length : {511u, 512u, 513u, 5000u}) {
         std::string const text = times("ab", length).substr(0, length);
         EXPECT_EQ(both(text, "{x," + text + "}"), static_cast<int>(length));
@@ -494,7 +497,7 @@ TEST_F(Match, alternatives_of_any_length) {
     }
 }
 
-TEST_F(Match, a_hundred_thousand_braces_in_each_other) {
+TEST_F(Match, a_hundred_thousand_braces_may_be_nested) {
     size_t const depth = 100000;
     std::string const open = times("{", depth), close = times("}", depth);
     std::string const text = times("ab", 500000);
@@ -510,7 +513,7 @@ TEST_F(Match, a_hundred_thousand_braces_in_each_other) {
     EXPECT_EQ(both(text, times("{[", depth)), 0);
 }
 
-TEST_F(Match, a_long_text) {
+TEST_F(Match, the_text_may_be_long) {
     std::string const text = times("x", 1000000) + "a" + times("y", 1000) + "b";
     EXPECT_EQ(longest(text, "*a*b*"), 0) << "the last star leaves one character and needs one";
     EXPECT_EQ(longest(text + "..", "*a*b*"), 1001003);
@@ -521,8 +524,8 @@ TEST_F(Match, a_long_text) {
     EXPECT_EQ(both(text, "{y,x}x"), 2);
 }
 
-// The same megabyte again and again, up to a text whose length is no int.
-TEST_F(Match, a_text_that_is_longer_than_an_int_counts) {
+// Repeats one megabyte up to a string whose length exceeds the range of int.
+TEST_F(Match, the_text_may_be_longer_than_int_can_count) {
     size_t const part = 1 << 20, count = 2049;
     int const memory = ::memfd_create("match", 0);
     ASSERT_GE(memory, 0);
@@ -532,7 +535,7 @@ TEST_F(Match, a_text_that_is_longer_than_an_int_counts) {
         ::mmap(nullptr, part * count, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     ASSERT_NE(whole, MAP_FAILED);
     auto *const text = static_cast<char *>(whole);
-    for (size_t i = 0; i + 1 < count; ++i) // a NUL stands in the last part
+    for (size_t i = 0; i + 1 < count; ++i) // the last part ends with a null character
         ASSERT_EQ(::mmap(text + i * part, part, PROT_READ, MAP_PRIVATE | MAP_FIXED, memory, 0),
                   text + i * part);
     EXPECT_EQ(cMatch(text, "aaa", false), 3);

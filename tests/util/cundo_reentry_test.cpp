@@ -1,5 +1,5 @@
-// What actions do to the lists that are calling them: each of their functions changes, walks or
-// destroys a list, or throws. Under the sanitizers a call of what is gone would be seen.
+// Actions that change the lists calling them: each of their functions changes, iterates or destroys
+// a list, or throws. Sanitizers would report a call of a destroyed action.
 
 #include "tests/util/undo_action.h"
 
@@ -17,7 +17,7 @@ class UndoThrow : public Undo {};
 
 // ---- undo()
 
-TEST_F(UndoInUndo, an_action_that_removes_itself_lives_until_it_is_back) {
+TEST_F(UndoInUndo, an_action_that_removes_itself_lives_until_it_returns) {
     for (bool const refuses : {false, true}) {
         add("a");
         Action *const b = add("b");
@@ -32,7 +32,7 @@ TEST_F(UndoInUndo, an_action_that_removes_itself_lives_until_it_is_back) {
     }
 }
 
-TEST_F(UndoInUndo, one_that_was_removed_meanwhile_is_not_called) {
+TEST_F(UndoInUndo, an_action_removed_meanwhile_is_not_called) {
     add("a");
     Action *const b = add("b"), *const c = add("c");
     c->refuses = true;
@@ -42,7 +42,7 @@ TEST_F(UndoInUndo, one_that_was_removed_meanwhile_is_not_called) {
     EXPECT_EQ(names(), "c");
 }
 
-TEST_F(UndoInUndo, one_that_was_removed_but_lives_in_a_copy_is_not_called) {
+TEST_F(UndoInUndo, an_action_removed_but_alive_in_a_copy_is_not_called) {
     Action *const b = add("b"), *const c = add("c");
     cUndoGlobalList copy(*list);
     c->refuses = true;
@@ -53,7 +53,7 @@ TEST_F(UndoInUndo, one_that_was_removed_but_lives_in_a_copy_is_not_called) {
     EXPECT_EQ(names(copy), "cb");
 }
 
-TEST_F(UndoInUndo, one_that_was_added_meanwhile_stands_in_front_and_is_not_called) {
+TEST_F(UndoInUndo, an_action_added_meanwhile_is_first_and_is_not_called) {
     add("a");
     Action *const b = add("b");
     b->refuses = true;
@@ -63,7 +63,7 @@ TEST_F(UndoInUndo, one_that_was_added_meanwhile_stands_in_front_and_is_not_calle
     EXPECT_EQ(names(), "cb");
 }
 
-TEST_F(UndoInUndo, an_action_that_adds_another_and_is_done_goes_alone) {
+TEST_F(UndoInUndo, an_undone_action_that_added_another_is_removed_alone) {
     Action *const a = add("a");
     a->at_undo = [&] { list->add(new Action(log, "b")); };
     list->makeUndo(nullptr);
@@ -72,7 +72,7 @@ TEST_F(UndoInUndo, an_action_that_adds_another_and_is_done_goes_alone) {
 }
 
 TEST_F(UndoInUndo, an_action_that_is_removed_and_added_again_stays_the_same) {
-    Action *const a = add("a"); // done, so it goes from where it stands now
+    Action *const a = add("a"); // succeeds, so it is removed from its new position
     a->at_undo = [&] {
         list->remove(a);
         list->add(a);
@@ -91,7 +91,7 @@ TEST_F(UndoInUndo, an_action_that_is_removed_and_added_again_stays_the_same) {
     EXPECT_EQ(names(), "b");
 }
 
-TEST_F(UndoInUndo, an_action_that_shuts_the_list_goes_when_it_is_back) {
+TEST_F(UndoInUndo, an_action_that_deactivates_the_list_is_deleted_when_it_returns) {
     for (bool const refuses : {false, true}) {
         add("a");
         Action *const b = add("b");
@@ -142,7 +142,7 @@ TEST_F(UndoInUndo, the_list_may_be_destroyed_two_calls_deep) {
     EXPECT_EQ(take_log(), "undo b; undo b; b back; undo a; a back; ~a; b back; ~b; ");
 }
 
-TEST_F(UndoInUndo, a_copy_goes_on_when_the_original_is_destroyed) {
+TEST_F(UndoInUndo, a_copy_continues_when_the_original_is_destroyed) {
     add("a");
     Action *const b = add("b");
     b->at_undo = [&] { list.reset(); };
@@ -152,13 +152,13 @@ TEST_F(UndoInUndo, a_copy_goes_on_when_the_original_is_destroyed) {
     EXPECT_EQ(names(copy), "ba");
 }
 
-TEST_F(UndoInUndo, undoing_goes_on_inside) {
+TEST_F(UndoInUndo, an_action_may_undo_the_next_one) {
     for (char const *name : {"a", "b"}) add(name);
     Action *const c = add("c");
     bool inside = false;
     c->at_undo = [&] {
         if (std::exchange(inside, true)) return;
-        c->refuses = true; // it stands in front of the inner walk too
+        c->refuses = true; // it is also the first action of the inner call
         list->makeUndo(nullptr);
     };
     list->makeUndo(nullptr);
@@ -166,7 +166,7 @@ TEST_F(UndoInUndo, undoing_goes_on_inside) {
     EXPECT_EQ(names(), "a");
 }
 
-TEST_F(UndoInUndo, an_action_undone_inside_itself_goes_once) {
+TEST_F(UndoInUndo, an_action_undone_within_itself_is_deleted_once) {
     add("a");
     Action *const b = add("b");
     bool inside = false;
@@ -178,7 +178,7 @@ TEST_F(UndoInUndo, an_action_undone_inside_itself_goes_once) {
     EXPECT_EQ(names(), "a");
 }
 
-TEST_F(UndoInUndo, an_action_moves_to_the_other_list) {
+TEST_F(UndoInUndo, an_action_may_move_itself_to_the_other_list) {
     cUndoGlobalList redo(false);
     Action *const a = add("a");
     a->at_undo = [&] { EXPECT_TRUE(redo.add(a)); };
@@ -190,7 +190,7 @@ TEST_F(UndoInUndo, an_action_moves_to_the_other_list) {
 
 // ---- isfor()
 
-TEST_F(UndoInIsfor, an_action_that_removes_itself_answers_nothing) {
+TEST_F(UndoInIsfor, an_action_that_removes_itself_is_not_found) {
     add("a");
     Action *const b = add("b");
     b->at_isfor = [&] { list->remove(b); };
@@ -199,7 +199,7 @@ TEST_F(UndoInIsfor, an_action_that_removes_itself_answers_nothing) {
     EXPECT_EQ(names(), "a");
 }
 
-TEST_F(UndoInIsfor, the_list_may_be_shut_or_destroyed) {
+TEST_F(UndoInIsfor, the_list_may_be_deactivated_or_destroyed) {
     add("a");
     add("b")->at_isfor = [&] { list->setActive(false); };
     EXPECT_FALSE(list->fIsUndo(nullptr));
@@ -231,11 +231,11 @@ TEST_F(UndoInCost, an_action_that_removes_itself_is_counted_once_more) {
     Action *const b = add("b", limit);
     b->at_cost = [&] { list->remove(b); };
     list->add(new Action(log, "c"));
-    EXPECT_EQ(take_log(), "cost b; ~b; cost a; ~a; "); // its cost was in that sum
+    EXPECT_EQ(take_log(), "cost b; ~b; cost a; ~a; "); // the sum still contained its cost
     EXPECT_EQ(names(), "c");
 }
 
-TEST_F(UndoInCost, one_that_was_removed_meanwhile_is_not_asked) {
+TEST_F(UndoInCost, the_cost_of_an_action_removed_meanwhile_is_not_requested) {
     Action *const a = add("a"), *const b = add("b");
     b->at_cost = [&] { list->remove(a); };
     list->add(new Action(log, "c"));
@@ -243,7 +243,7 @@ TEST_F(UndoInCost, one_that_was_removed_meanwhile_is_not_asked) {
     EXPECT_EQ(names(), "cb");
 }
 
-TEST_F(UndoInCost, a_list_that_is_shut_meanwhile_takes_nothing) {
+TEST_F(UndoInCost, a_list_deactivated_meanwhile_accepts_nothing) {
     add("a");
     add("b")->at_cost = [&] { list->setActive(false); };
     Action outside(log, "c");
@@ -253,7 +253,7 @@ TEST_F(UndoInCost, a_list_that_is_shut_meanwhile_takes_nothing) {
     EXPECT_EQ(names(), "");
 }
 
-TEST_F(UndoInCost, a_list_that_is_destroyed_meanwhile_takes_nothing) {
+TEST_F(UndoInCost, a_list_destroyed_meanwhile_accepts_nothing) {
     add("a");
     add("b")->at_cost = [&] { list.reset(); };
     Action outside(log, "c");
@@ -261,7 +261,7 @@ TEST_F(UndoInCost, a_list_that_is_destroyed_meanwhile_takes_nothing) {
     EXPECT_EQ(take_log(), "cost b; ~a; ~b; ");
 }
 
-TEST_F(UndoInCost, the_same_action_added_meanwhile_stands_once) {
+TEST_F(UndoInCost, the_same_action_added_meanwhile_is_listed_once) {
     Action *const a = add("a");
     auto *const b = new Action(log, "b");
     bool inside = false;
@@ -275,14 +275,14 @@ TEST_F(UndoInCost, the_same_action_added_meanwhile_stands_once) {
     EXPECT_EQ(take_log(), "cost a; cost a; ~b; ~a; ");
 }
 
-TEST_F(UndoInCost, actions_that_add_others_keep_the_list_busy_no_longer_than_their_number) {
+TEST_F(UndoInCost, the_number_of_actions_limits_the_passes_even_if_actions_add_others) {
     for (int i = 0; i < 2; ++i) add("a");
     Action *const b = add("b");
     b->cost(limit);
     bool inside = false;
-    b->at_cost = [&] { // each pass drops one, and here comes one in its place
+    b->at_cost = [&] { // each pass drops one action, and this one adds another
         if (std::exchange(inside, true)) return;
-        b->cost(0); // so that the inner call drops none
+        b->cost(0); // so that the inner call drops no action
         list->add(new Action(log, "x"));
         b->cost(limit);
         inside = false;
@@ -290,21 +290,21 @@ TEST_F(UndoInCost, actions_that_add_others_keep_the_list_busy_no_longer_than_the
     list->add(new Action(log, "c"));
     EXPECT_EQ(std::count(log.begin(), log.end(), '~'), 3);
     log.clear();
-    EXPECT_EQ(names(), "cxxx"); // b was the last to go
+    EXPECT_EQ(names(), "cxxx"); // b was dropped last
 }
 
-TEST_F(UndoInCost, an_action_dropped_here_lives_on_in_the_list_it_is_added_from) {
+TEST_F(UndoInCost, an_action_being_added_survives_its_removal_from_another_list) {
     cUndoGlobalList other(false);
     Action *const a = add(other, "a");
     add("b")->at_cost = [&] { other.setActive(false); };
-    EXPECT_TRUE(list->add(a)); // the other list lets it go while room is made
+    EXPECT_TRUE(list->add(a)); // the other list releases it while space is made
     EXPECT_EQ(take_log(), "cost b; ");
     EXPECT_EQ(names(), "ab");
 }
 
 // ---- the destructor
 
-TEST_F(UndoInEnd, sees_a_list_without_it) {
+TEST_F(UndoInEnd, sees_a_list_without_itself) {
     for (char const *name : {"a", "b"}) {
         add(name)->at_end = [&] { log += "[" + names() + "]"; };
     }
@@ -314,7 +314,7 @@ TEST_F(UndoInEnd, sees_a_list_without_it) {
     EXPECT_EQ(take_log(), "~a; []");
 }
 
-TEST_F(UndoInEnd, sees_a_shut_list_empty_and_can_add_nothing) {
+TEST_F(UndoInEnd, sees_a_deactivated_list_empty_and_cannot_add) {
     Action outside(log, "x");
     for (char const *name : {"a", "b"}) {
         add(name)->at_end = [&] {
@@ -326,7 +326,7 @@ TEST_F(UndoInEnd, sees_a_shut_list_empty_and_can_add_nothing) {
     EXPECT_EQ(take_log(), "~b; []~a; []");
 }
 
-TEST_F(UndoInEnd, may_open_the_list_again) {
+TEST_F(UndoInEnd, may_activate_the_list_again) {
     add("a");
     add("b")->at_end = [&] {
         list->setActive(true);
@@ -337,7 +337,7 @@ TEST_F(UndoInEnd, may_open_the_list_again) {
     EXPECT_EQ(names(), "c");
 }
 
-TEST_F(UndoInEnd, of_the_list_can_add_and_undo_nothing) {
+TEST_F(UndoInEnd, cannot_add_or_undo_while_the_list_is_destroyed) {
     Action outside(log, "x");
     cUndoGlobalList *const dying = list.get();
     Action *const a = add("a");
@@ -351,8 +351,8 @@ TEST_F(UndoInEnd, of_the_list_can_add_and_undo_nothing) {
     EXPECT_EQ(take_log(), "~b; ~a; ");
 }
 
-// A list that never took an action itself, as a copy, takes some even then.
-TEST_F(UndoInEnd, of_the_list_may_open_it_and_what_is_added_goes_too) {
+// A list to which nothing was ever added, such as this copy, accepts actions even then.
+TEST_F(UndoInEnd, may_activate_the_list_being_destroyed_which_deletes_added_actions_too) {
     Action *const a = add("a");
     auto copy = std::make_unique<cUndoGlobalList>(*list);
     list.reset();
@@ -369,7 +369,7 @@ TEST_F(UndoInEnd, of_the_list_may_open_it_and_what_is_added_goes_too) {
     EXPECT_EQ(take_log(), "~a; cost b; ~c; ~b; ");
 }
 
-TEST_F(UndoInEnd, cannot_add_the_dying_action) {
+TEST_F(UndoInEnd, cannot_add_the_action_being_destroyed) {
     Action *const a = add("a");
     cUndoGlobalList other(false);
     a->at_end = [&] {
@@ -395,7 +395,7 @@ TEST_F(UndoInEnd, may_remove_others_and_undo_others) {
     EXPECT_EQ(names(), "");
 }
 
-TEST_F(UndoInEnd, of_the_oldest_may_shut_or_destroy_the_list_that_makes_room) {
+TEST_F(UndoInEnd, of_the_oldest_may_deactivate_or_destroy_the_list_that_makes_space) {
     for (bool const destroy : {false, true}) {
         add("a", limit)->at_end = [&] {
             if (destroy)
@@ -410,7 +410,7 @@ TEST_F(UndoInEnd, of_the_oldest_may_shut_or_destroy_the_list_that_makes_room) {
     }
 }
 
-TEST_F(UndoInEnd, of_the_oldest_may_add) {
+TEST_F(UndoInEnd, of_the_oldest_may_add_another_action) {
     add("a", limit)->at_end = [&] { list->add(new Action(log, "x")); };
     list->add(new Action(log, "b"));
     EXPECT_EQ(names(), "bx");
@@ -440,7 +440,7 @@ TEST_F(UndoInEnd, may_destroy_the_list_in_each_operation) {
     list->makeUndo(nullptr);
     EXPECT_EQ(take_log(), "undo a; ~a; ~b; ");
     fresh();
-    list->setActive(false); // b was moved out already
+    list->setActive(false); // b was moved away before
     EXPECT_EQ(take_log(), "~a; ~b; ");
     fresh();
     cUndoGlobalList const other(false);
@@ -452,7 +452,7 @@ TEST_F(UndoInEnd, may_destroy_the_list_in_each_operation) {
 
 void fail() { throw std::runtime_error("no"); }
 
-TEST_F(UndoThrow, from_undo_leaves_the_action_and_calls_no_further_one) {
+TEST_F(UndoThrow, from_undo_keeps_the_action_and_ends_the_walk) {
     add("a");
     add("b")->at_undo = fail;
     for (int i = 0; i < 2; ++i) EXPECT_THROW(list->makeUndo(nullptr), std::runtime_error);
@@ -472,7 +472,7 @@ TEST_F(UndoThrow, from_undo_after_it_removed_itself_deletes_it) {
     EXPECT_EQ(names(), "a");
 }
 
-TEST_F(UndoThrow, from_undo_after_it_destroyed_the_list) {
+TEST_F(UndoThrow, from_undo_is_allowed_after_the_list_was_destroyed) {
     add("a");
     add("b")->at_undo = [&] {
         list.reset();
@@ -505,9 +505,9 @@ TEST_F(UndoThrow, from_cost_leaves_the_new_action_with_the_caller) {
     EXPECT_EQ(names(), "a");
 }
 
-TEST_F(UndoThrow, from_cost_after_one_was_dropped) {
+TEST_F(UndoThrow, from_cost_is_allowed_after_an_action_was_dropped) {
     add("a", limit);
-    Action *const b = add("b"); // a stood alone at its limit and went for b
+    Action *const b = add("b"); // a alone was at its limit and was dropped for b
     EXPECT_EQ(names(), "b");
     Action *const c = add("c");
     c->cost(limit);

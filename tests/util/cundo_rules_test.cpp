@@ -1,8 +1,8 @@
-// The rule checker of undo lists: each rule is broken once, and mended again.
+// The rule checker of undo lists: each test breaks one rule and repairs it.
 
 #include "tests/util/undo_action.h"
 
-// Reaches into lists and actions; a friend of both.
+// Accesses the private members of lists and actions; both declare it a friend.
 struct cUndoProbe {
     static bool &active(cUndoGlobalList &list) { return list.active_; }
     static auto &entries(cUndoGlobalList &list) { return list.entries_; }
@@ -25,9 +25,9 @@ class UndoRules : public Undo {
     Action *b = nullptr;
 };
 
-TEST_F(UndoRules, a_sound_list_breaks_none) {
+TEST_F(UndoRules, a_valid_list_breaks_no_rule) {
     EXPECT_EQ(list->broken_rule(), "");
-    EXPECT_EQ(log, ""); // and calls nothing
+    EXPECT_EQ(log, ""); // and the checker calls no action
 }
 
 TEST_F(UndoRules, u1_a_null_entry) {
@@ -36,7 +36,7 @@ TEST_F(UndoRules, u1_a_null_entry) {
     Probe::entries(*list).pop_back();
 }
 
-TEST_F(UndoRules, u2_an_action_twice_side_by_side_or_apart) {
+TEST_F(UndoRules, u2_an_action_is_listed_twice_adjacent_or_apart) {
     auto &entries = Probe::entries(*list);
     entries.push_front(entries.front());
     EXPECT_EQ(list->broken_rule(), "U2 stands twice");
@@ -46,20 +46,20 @@ TEST_F(UndoRules, u2_an_action_twice_side_by_side_or_apart) {
     entries.pop_back();
 }
 
-TEST_F(UndoRules, u3_a_shut_list_with_entries) {
+TEST_F(UndoRules, u3_an_inactive_list_has_entries) {
     Probe::active(*list) = false;
     EXPECT_EQ(list->broken_rule(), "U3 shut and not empty");
     Probe::active(*list) = true;
 }
 
-TEST_F(UndoRules, u4_an_action_that_knows_no_holder) {
+TEST_F(UndoRules, u4_an_action_without_a_holder) {
     auto const holder = Probe::holder(*b);
     Probe::holder(*b).reset();
     EXPECT_EQ(list->broken_rule(), "U4 another holder");
     Probe::holder(*b) = holder;
 }
 
-TEST_F(UndoRules, u4_an_action_that_two_count_apart) {
+TEST_F(UndoRules, u4_an_action_counted_by_two_holders) {
     auto const holder = Probe::holder(*b);
     std::shared_ptr<cUndo> const second(b, [](cUndo *) {});
     Probe::holder(*b) = second;
@@ -67,7 +67,7 @@ TEST_F(UndoRules, u4_an_action_that_two_count_apart) {
     Probe::holder(*b) = holder;
 }
 
-TEST_F(UndoRules, u4_an_action_that_was_never_taken) {
+TEST_F(UndoRules, u4_an_action_that_was_never_added) {
     Probe::taken(*b) = false;
     EXPECT_EQ(list->broken_rule(), "U4 another holder");
     Probe::taken(*b) = true;

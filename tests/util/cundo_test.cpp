@@ -1,5 +1,5 @@
-// The undo lists: order, costs, finding, owning and copying. What actions do to the lists while
-// these call them is in cundo_reentry_test.cpp, the rules in cundo_rules_test.cpp.
+// The undo lists: order, costs, search, ownership and copies. cundo_reentry_test.cpp tests actions
+// that change the lists calling them, cundo_rules_test.cpp tests the rules.
 
 #include "tests/util/undo_action.h"
 
@@ -16,7 +16,7 @@ class UndoGlobals : public Undo {};
 
 // ---- the cases worth testing
 
-TEST_F(UndoEdge, an_action_above_the_limit_stays_until_the_next_one_comes) {
+TEST_F(UndoEdge, an_action_above_the_limit_stays_until_the_next_one_is_added) {
     add("a", 0x3000000);
     EXPECT_EQ(names(), "a");
     list->add(new Action(log, "b"));
@@ -24,8 +24,8 @@ TEST_F(UndoEdge, an_action_above_the_limit_stays_until_the_next_one_comes) {
     EXPECT_EQ(names(), "b");
 }
 
-TEST_F(UndoEdge, a_fourth_action_makes_the_oldest_two_of_three_go) {
-    for (char const *name : {"a", "b", "c"}) add(name, 0); // all three stand
+TEST_F(UndoEdge, a_fourth_action_drops_the_oldest_two_of_three) {
+    for (char const *name : {"a", "b", "c"}) add(name, 0); // all three are in the list
     for (char const *name : {"a", "b", "c"}) {
         Named info(name);
         static_cast<Action *>(list->find(&info))->cost(unit);
@@ -36,7 +36,7 @@ TEST_F(UndoEdge, a_fourth_action_makes_the_oldest_two_of_three_go) {
     EXPECT_EQ(names(), "dc");
 }
 
-TEST_F(UndoEdge, below_the_limit_by_one_nothing_is_dropped) {
+TEST_F(UndoEdge, one_below_the_limit_nothing_is_dropped) {
     add("a", unit);
     add("b", unit - 1);
     list->add(new Action(log, "c"));
@@ -44,14 +44,14 @@ TEST_F(UndoEdge, below_the_limit_by_one_nothing_is_dropped) {
     EXPECT_EQ(names(), "cba");
 }
 
-TEST_F(UndoEdge, a_list_that_is_not_active_takes_nothing_and_deletes_nothing) {
+TEST_F(UndoEdge, an_inactive_list_accepts_nothing_and_deletes_nothing) {
     list->setActive(false);
     Action action(log, "a");
     EXPECT_FALSE(list->add(&action));
     EXPECT_EQ(take_log(), "");
 }
 
-TEST_F(UndoEdge, only_the_newest_of_two_that_accept_is_undone) {
+TEST_F(UndoEdge, only_the_newest_of_two_matching_actions_is_undone) {
     add("a");
     add("b");
     list->makeUndo(nullptr);
@@ -59,14 +59,14 @@ TEST_F(UndoEdge, only_the_newest_of_two_that_accept_is_undone) {
     EXPECT_EQ(names(), "a");
 }
 
-TEST_F(UndoEdge, find_gives_the_newest_that_answers) {
+TEST_F(UndoEdge, find_returns_the_newest_match) {
     add("a");
     Action *const b = add("b");
     EXPECT_EQ(list->find(nullptr), b);
     EXPECT_EQ(take_log(), "isfor b; ");
 }
 
-TEST_F(UndoEdge, without_an_argument_the_kind_is_read_and_with_an_info_it_is_searched) {
+TEST_F(UndoEdge, fisundo_returns_the_kind_without_an_argument_and_searches_with_an_info) {
     Named a("a"), b("b");
     add("a");
     EXPECT_TRUE(list->fIsUndo());
@@ -77,7 +77,7 @@ TEST_F(UndoEdge, without_an_argument_the_kind_is_read_and_with_an_info_it_is_sea
     EXPECT_EQ(take_log(), "isfor a; isfor a; ");
 }
 
-TEST_F(UndoEdge, an_action_that_stands_elsewhere_is_not_removed) {
+TEST_F(UndoEdge, an_action_of_another_list_is_not_removed) {
     add("a");
     Action outside(log, "b");
     list->remove(&outside);
@@ -87,7 +87,7 @@ TEST_F(UndoEdge, an_action_that_stands_elsewhere_is_not_removed) {
 
 // ---- adding and costs
 
-TEST_F(UndoAdd, exactly_the_limit_is_too_much) {
+TEST_F(UndoAdd, a_sum_equal_to_the_limit_is_too_much) {
     add("a", unit);
     add("b", unit);
     list->add(new Action(log, "c"));
@@ -95,25 +95,25 @@ TEST_F(UndoAdd, exactly_the_limit_is_too_much) {
     EXPECT_EQ(names(), "cb");
 }
 
-TEST_F(UndoAdd, the_new_action_is_not_asked_for_its_cost) {
+TEST_F(UndoAdd, the_cost_of_the_new_action_is_not_requested) {
     list->add(new Action(log, "a", INT_MAX));
     EXPECT_EQ(take_log(), "");
 }
 
-TEST_F(UndoAdd, costs_are_asked_anew_on_each_pass) {
+TEST_F(UndoAdd, costs_are_requested_again_on_each_pass) {
     Action *const a = add("a");
     Action *const b = add("b");
     add("c");
     b->cost(unit * 2);
-    a->at_end = [&] { b->cost(0); }; // what b cost before is not remembered
+    a->at_end = [&] { b->cost(0); }; // the previous cost of b is not remembered
     list->add(new Action(log, "d"));
     EXPECT_EQ(take_log(), "cost c; cost b; cost a; ~a; cost c; cost b; ");
     EXPECT_EQ(names(), "dcb");
 }
 
-TEST_F(UndoAdd, asks_n_times_n_plus_one_by_two_when_all_must_go) {
+TEST_F(UndoAdd, dropping_all_of_n_actions_requests_n_times_n_plus_1_by_2_costs) {
     for (int i = 0; i < 19; ++i) add("a");
-    add("b", unit * 2); // the newest costs all, so nothing can stay
+    add("b", unit * 2); // the newest alone reaches the limit, so no other can stay
     int asked = 0;
     list->add(new Action(log, "c"));
     for (std::size_t at = 0; (at = log.find("cost", at)) != std::string::npos; ++at) ++asked;
@@ -124,22 +124,22 @@ TEST_F(UndoAdd, asks_n_times_n_plus_one_by_two_when_all_must_go) {
 TEST_F(UndoAdd, sums_beyond_32_bits_are_above_the_limit) {
     Action *const a = add("a"), *const b = add("b");
     a->cost(INT_MAX);
-    b->cost(INT_MAX); // together -2 in 32 bits
+    b->cost(INT_MAX); // the sum is -2 in 32 bits
     list->add(new Action(log, "c"));
     EXPECT_EQ(take_log(), "cost b; cost a; ~a; cost b; ~b; ");
     EXPECT_EQ(names(), "c");
 }
 
-TEST_F(UndoAdd, negative_costs_make_room_and_end) {
+TEST_F(UndoAdd, negative_costs_make_space_and_the_loop_ends) {
     add("a", 0)->cost(INT_MIN);
-    add("b", 0)->cost(INT_MIN); // together 0 in 32 bits
+    add("b", 0)->cost(INT_MIN); // the sum is 0 in 32 bits
     add("c", 0)->cost(INT_MAX);
     list->add(new Action(log, "d"));
     EXPECT_EQ(take_log(), "cost c; cost b; cost a; ");
     EXPECT_EQ(names(), "dcba");
 }
 
-TEST_F(UndoAdd, a_credit_that_goes_with_the_oldest_makes_the_others_go) {
+TEST_F(UndoAdd, dropping_an_action_with_negative_cost_drops_the_others) {
     add("a", 0)->cost(-1);
     add("b", 0);
     add("c", unit * 2 + 1);
@@ -148,14 +148,14 @@ TEST_F(UndoAdd, a_credit_that_goes_with_the_oldest_makes_the_others_go) {
     EXPECT_EQ(names(), "d");
 }
 
-TEST_F(UndoAdd, null_is_not_taken) {
+TEST_F(UndoAdd, null_is_not_added) {
     add("a", unit * 2);
     EXPECT_FALSE(list->add(nullptr));
-    EXPECT_EQ(take_log(), ""); // nothing is dropped for it
+    EXPECT_EQ(take_log(), ""); // no action is dropped for it
     EXPECT_EQ(names(), "a");
 }
 
-TEST_F(UndoAdd, an_action_stands_in_a_list_once) {
+TEST_F(UndoAdd, an_action_is_in_a_list_at_most_once) {
     Action *const a = add("a", unit * 2);
     EXPECT_TRUE(list->add(a));
     EXPECT_EQ(take_log(), "");
@@ -164,7 +164,7 @@ TEST_F(UndoAdd, an_action_stands_in_a_list_once) {
     EXPECT_EQ(take_log(), "~a; ");
 }
 
-TEST_F(UndoAdd, two_lists_share_an_action) {
+TEST_F(UndoAdd, two_lists_may_share_an_action) {
     cUndoGlobalList other(false);
     Action *const a = add("a");
     EXPECT_TRUE(other.add(a));
@@ -172,14 +172,14 @@ TEST_F(UndoAdd, two_lists_share_an_action) {
     EXPECT_EQ(take_log(), "");
     EXPECT_EQ(names(other), "a");
     EXPECT_EQ(names(), "");
-    EXPECT_TRUE(list->add(a)); // and back
+    EXPECT_TRUE(list->add(a)); // and back again
     other.remove(a);
     EXPECT_EQ(take_log(), "");
     list->remove(a);
     EXPECT_EQ(take_log(), "~a; ");
 }
 
-TEST_F(UndoAdd, a_copy_of_an_action_stands_nowhere) {
+TEST_F(UndoAdd, a_copy_of_an_action_is_in_no_list) {
     Action *const a = add("a");
     auto *const copy = new Action(*a);
     EXPECT_TRUE(list->add(copy));
@@ -190,7 +190,7 @@ TEST_F(UndoAdd, a_copy_of_an_action_stands_nowhere) {
     EXPECT_EQ(take_log(), "cost a; ~a; ~a; ");
 }
 
-TEST_F(UndoAdd, many_actions_go_from_the_front) {
+TEST_F(UndoAdd, many_actions_are_deleted_from_the_front) {
     std::string wanted;
     for (int i = 0; i < 600; ++i) add(std::to_string(i));
     for (int i = 600; i-- > 0;) wanted += "~" + std::to_string(i) + "; ";
@@ -229,7 +229,7 @@ TEST_F(Undo, an_info_finds_its_action_in_the_middle) {
     EXPECT_EQ(names(), "ca");
 }
 
-TEST_F(Undo, undoing_asks_neither_isfor_nor_cost) {
+TEST_F(Undo, undo_calls_neither_isfor_nor_cost) {
     add("a");
     list->makeUndo(nullptr);
     EXPECT_EQ(take_log(), "undo a; ~a; ");
@@ -245,7 +245,7 @@ TEST_F(Undo, remove_deletes_first_middle_and_last) {
     EXPECT_EQ(take_log(), "~b; ~c; ~a; ");
 }
 
-TEST_F(Undo, shutting_deletes_from_the_front_and_opening_again_gives_an_empty_list) {
+TEST_F(Undo, deactivating_deletes_from_the_front_and_activating_gives_an_empty_list) {
     for (char const *name : {"a", "b", "c"}) add(name);
     list->setActive(false);
     EXPECT_EQ(take_log(), "~c; ~b; ~a; ");
@@ -255,17 +255,17 @@ TEST_F(Undo, shutting_deletes_from_the_front_and_opening_again_gives_an_empty_li
     EXPECT_TRUE(list->fActive());
     EXPECT_EQ(names(), "");
     add("d");
-    list->setActive(true); // nothing is lost
+    list->setActive(true); // later actions are not lost
     EXPECT_EQ(names(), "d");
 }
 
-TEST_F(Undo, the_end_deletes_from_the_front) {
+TEST_F(Undo, the_destructor_deletes_from_the_front) {
     for (char const *name : {"a", "b", "c"}) add(name);
     list.reset();
     EXPECT_EQ(take_log(), "~c; ~b; ~a; ");
 }
 
-TEST_F(Undo, infos_are_copied_without_further_ado) {
+TEST_F(Undo, infos_can_be_copied) {
     static_assert(std::is_copy_constructible_v<cUndoInfoBase>);
     static_assert(std::has_virtual_destructor_v<cUndoInfoBase>);
     static_assert(std::has_virtual_destructor_v<cUndo> && std::is_abstract_v<cUndo>);
@@ -278,7 +278,7 @@ TEST_F(Undo, infos_are_copied_without_further_ado) {
 
 // ---- copies
 
-TEST_F(UndoCopy, a_copy_has_kind_state_and_actions) {
+TEST_F(UndoCopy, a_copy_has_the_same_kind_state_and_actions) {
     add("a");
     add("b");
     cUndoGlobalList const copy(*list);
@@ -295,7 +295,7 @@ TEST_F(UndoCopy, a_copy_has_kind_state_and_actions) {
     log.clear();
 }
 
-TEST_F(UndoCopy, the_last_list_deletes_whichever_it_is) {
+TEST_F(UndoCopy, the_last_list_deletes_a_shared_action) {
     for (bool const copy_first : {true, false}) {
         auto original = std::make_unique<cUndoGlobalList>(true);
         add(*original, "a");
@@ -308,7 +308,7 @@ TEST_F(UndoCopy, the_last_list_deletes_whichever_it_is) {
     }
 }
 
-TEST_F(UndoCopy, what_is_removed_from_one_stays_in_the_other) {
+TEST_F(UndoCopy, an_action_removed_from_one_list_stays_in_the_other) {
     Action *const a = add("a");
     cUndoGlobalList copy(*list);
     list->remove(a);
@@ -318,7 +318,7 @@ TEST_F(UndoCopy, what_is_removed_from_one_stays_in_the_other) {
     EXPECT_EQ(take_log(), "undo a; ~a; ");
 }
 
-TEST_F(UndoCopy, shutting_one_leaves_the_other) {
+TEST_F(UndoCopy, deactivating_one_list_does_not_affect_the_other) {
     add("a");
     cUndoGlobalList copy(*list);
     list->setActive(false);
@@ -328,7 +328,7 @@ TEST_F(UndoCopy, shutting_one_leaves_the_other) {
     EXPECT_EQ(take_log(), "~a; ");
 }
 
-TEST_F(UndoCopy, an_assignment_lets_go_what_stands_in_no_other_list) {
+TEST_F(UndoCopy, an_assignment_deletes_actions_that_are_in_no_other_list) {
     cUndoGlobalList other(false), keeper(false);
     for (char const *name : {"a", "b", "c"}) add(name);
     Action *const kept = add("d");
@@ -359,7 +359,7 @@ TEST_F(UndoCopy, a_longer_list_can_be_assigned_to_a_shorter_and_to_an_empty_one)
     EXPECT_EQ(take_log(), "~c; ~b; ~a; ");
 }
 
-TEST_F(UndoCopy, a_list_assigned_to_itself_stays) {
+TEST_F(UndoCopy, a_list_assigned_to_itself_is_unchanged) {
     add("a");
     add("b");
     cUndoGlobalList &same = *list;
@@ -368,7 +368,7 @@ TEST_F(UndoCopy, a_list_assigned_to_itself_stays) {
     EXPECT_EQ(names(), "ba");
 }
 
-TEST_F(UndoCopy, a_shut_list_assigned_shuts_and_empties) {
+TEST_F(UndoCopy, assigning_an_inactive_list_deactivates_and_empties) {
     cUndoGlobalList shut(true);
     shut.setActive(false);
     add("a");
@@ -380,14 +380,14 @@ TEST_F(UndoCopy, a_shut_list_assigned_shuts_and_empties) {
 
 // ---- the two of the process
 
-TEST_F(UndoGlobals, one_is_for_undo_and_one_for_redo) {
+TEST_F(UndoGlobals, the_process_has_a_list_for_undo_and_one_for_redo) {
     EXPECT_TRUE(undoGlobalList.fIsUndo());
     EXPECT_FALSE(redoGlobalList.fIsUndo());
     EXPECT_TRUE(undoGlobalList.fActive());
     EXPECT_TRUE(redoGlobalList.fActive());
 }
 
-TEST_F(UndoGlobals, an_action_goes_to_and_fro) {
+TEST_F(UndoGlobals, an_action_moves_between_undo_and_redo) {
     Action *const a = add(undoGlobalList, "a");
     bool undone = false;
     a->at_undo = [&] {

@@ -29,9 +29,10 @@ TEST(StackQuestionEdge, a_local_is_on_the_stack_and_a_static_is_not) {
     EXPECT_FALSE(cIsOnStack(&of_function));
 }
 
-TEST(StackQuestion, what_was_allocated_is_not_on_the_stack) {
+TEST(StackQuestion, allocated_memory_is_not_on_the_stack) {
     auto const small = std::make_unique<int>(1);
-    std::string const large(1'000'000, 'x'); // the system gives such a block pages of its own
+    std::string const large(1'000'000,
+                            'x'); // the system maps separate pages for a block of this size
     EXPECT_FALSE(cIsOnStack(small.get()));
     EXPECT_FALSE(cIsOnStack(large.data()));
     EXPECT_TRUE(cIsOnStack(&small));
@@ -63,8 +64,8 @@ __attribute__((noinline)) void const *address_of_a_frame() {
     return address;
 }
 
-TEST(StackQuestion, a_frame_that_was_left_is_not_on_the_stack) {
-    // Deep enough that the frame of the question lies above it.
+TEST(StackQuestion, a_finished_frame_is_not_on_the_stack) {
+    // Recurses so deeply that its frames are far from the address that is asked about.
     struct cDeep {
         __attribute__((noinline)) static void const *frame(int depth) {
             char volatile block[1024];
@@ -77,14 +78,14 @@ TEST(StackQuestion, a_frame_that_was_left_is_not_on_the_stack) {
     EXPECT_FALSE(cIsOnStack(cDeep::frame(20)));
 }
 
-TEST(StackQuestion, the_base_is_on_the_stack_and_what_lies_behind_it_is_not) {
+TEST(StackQuestion, the_base_is_on_the_stack_but_addresses_beyond_it_are_not) {
     auto const *const base = static_cast<char const *>(cGetStackBase());
     EXPECT_TRUE(cIsOnStack(base));
     EXPECT_TRUE(cIsOnStack(base - 1));
     EXPECT_FALSE(cIsOnStack(reinterpret_cast<void const *>(number(base) + 1)));
 }
 
-TEST(StackQuestion, the_base_stays_and_lies_above_every_local) {
+TEST(StackQuestion, the_base_is_constant_and_above_every_local) {
     int local = 0;
     void const *const base = cGetStackBase();
     EXPECT_EQ(cGetStackBase(), base);
@@ -92,7 +93,7 @@ TEST(StackQuestion, the_base_stays_and_lies_above_every_local) {
     EXPECT_EQ(number(base) % 4096, 0u) << "the whole stack counts";
 }
 
-TEST(StackQuestion, the_stack_address_lies_below_the_callers_locals) {
+TEST(StackQuestion, the_stack_address_is_below_the_callers_locals) {
     int local = 0;
     void const *const here = cGetStackAddress();
     ASSERT_NE(here, nullptr);
@@ -107,7 +108,7 @@ TEST(StackQuestion, deeper_frames_have_lower_stack_addresses) {
 
 // ---- the rule itself, for both ways of growing ----
 
-TEST(StackRule, on_a_stack_that_grows_downwards_here_is_left_out_and_the_base_counts) {
+TEST(StackRule, a_stack_growing_downwards_excludes_the_current_address_and_includes_the_base) {
     EXPECT_FALSE(cat::stack_holds(99, 100, 200));
     EXPECT_FALSE(cat::stack_holds(100, 100, 200));
     EXPECT_TRUE(cat::stack_holds(101, 100, 200));
@@ -116,7 +117,7 @@ TEST(StackRule, on_a_stack_that_grows_downwards_here_is_left_out_and_the_base_co
     EXPECT_FALSE(cat::stack_holds(201, 100, 200));
 }
 
-TEST(StackRule, on_a_stack_that_grows_upwards_here_is_left_out_and_the_base_counts) {
+TEST(StackRule, a_stack_growing_upwards_excludes_the_current_address_and_includes_the_base) {
     EXPECT_FALSE(cat::stack_holds(99, 200, 100));
     EXPECT_TRUE(cat::stack_holds(100, 200, 100));
     EXPECT_TRUE(cat::stack_holds(101, 200, 100));
@@ -125,11 +126,11 @@ TEST(StackRule, on_a_stack_that_grows_upwards_here_is_left_out_and_the_base_coun
     EXPECT_FALSE(cat::stack_holds(201, 200, 100));
 }
 
-TEST(StackRule, nothing_lies_between_here_and_the_same_base) {
+TEST(StackRule, a_stack_whose_base_is_the_current_address_is_empty) {
     for (std::uintptr_t p : {99u, 100u, 101u}) EXPECT_FALSE(cat::stack_holds(p, 100, 100));
 }
 
-TEST(StackRule, addresses_above_the_middle_are_no_negative_numbers) {
+TEST(StackRule, addresses_are_compared_as_unsigned_numbers) {
     constexpr std::uintptr_t top = UINTPTR_MAX;
     EXPECT_TRUE(cat::stack_holds(top, 1, top));
     EXPECT_TRUE(cat::stack_holds(top / 2 + 1, 1, top));
@@ -138,17 +139,17 @@ TEST(StackRule, addresses_above_the_middle_are_no_negative_numbers) {
 
 // ---- the version ----
 
-TEST(VersionText, tells_product_version_and_makers) {
+TEST(VersionText, contains_product_version_and_makers) {
     static_assert(std::is_same_v<decltype(cversionstring()), char *>);
     EXPECT_STREQ(cversionstring(), "Quorvanta v" QRV_VERSION "\nby the Quorvanta developers");
 }
 
-TEST(VersionText, is_one_static_text) {
+TEST(VersionText, is_one_static_string) {
     EXPECT_EQ(cversionstring(), cversionstring());
     EXPECT_FALSE(cIsOnStack(cversionstring()));
 }
 
-TEST(VersionText, lies_where_writing_is_harmless) {
+TEST(VersionText, is_in_writable_memory) {
     std::string const before = cversionstring();
     cversionstring()[0] = 'q';
     EXPECT_EQ(cversionstring(), "q" + before.substr(1));

@@ -23,7 +23,7 @@ struct cPosted {
 using Posts = std::vector<cPosted>;
 
 Posts posts;
-std::function<void(cPosted const &)> meanwhile; // what a post does besides
+std::function<void(cPosted const &)> meanwhile; // called during each post
 
 void take(std::uint32_t id, std::uint32_t message, std::uint32_t wParam, std::int32_t lParam) {
     cPosted const post{id, message, wParam, lParam};
@@ -31,13 +31,13 @@ void take(std::uint32_t id, std::uint32_t message, std::uint32_t wParam, std::in
     if (auto const act = meanwhile) act(post);
 }
 
-// Nothing is kept from an earlier test, and posts are collected here.
+// Resets the state of earlier tests, and collects posts instead of sending them.
 class WatchDog : public QrvTest {
   protected:
     WatchDog() {
         forget();
         qrv_set_post_message(take);
-        cat::os.sem_post = [](sem_t *) { return 0; }; // the event of the machine is left alone
+        cat::os.sem_post = [](sem_t *) { return 0; }; // does not use the real event of the machine
         posts.clear();
         meanwhile = nullptr;
     }
@@ -71,7 +71,7 @@ using WatchDogTest = WatchDog;
 
 // ---- the edges ----
 
-TEST_F(WatchDogEdge, without_the_title_messages_are_kept_for_good_and_dropped_later) {
+TEST_F(WatchDogEdge, without_the_title_messages_are_stored_until_sig_init_and_then_dropped) {
     start_with(nullptr);
     PostWatchDog(1, 2, 3);
     sig_init();
@@ -83,7 +83,7 @@ TEST_F(WatchDogEdge, without_the_title_messages_are_kept_for_good_and_dropped_la
     EXPECT_EQ(idWatchDog, watchdog_none);
 }
 
-TEST_F(WatchDogEdge, with_the_title_messages_wait_for_the_id_and_come_in_order) {
+TEST_F(WatchDogEdge, with_the_title_messages_wait_for_the_id_and_are_sent_in_order) {
     start_with("WatchDog");
     PostWatchDog(1, 2, 3);
     sig_init();
@@ -107,7 +107,7 @@ TEST_F(WatchDogEdge, a_second_id_changes_nothing) {
     EXPECT_EQ(posts, (Posts{{77, 1, 2, 3}, {77, 4, 5, 6}}));
 }
 
-TEST_F(WatchDogEdge, an_id_comes_too_late_when_there_is_no_watch_dog) {
+TEST_F(WatchDogEdge, an_id_is_ignored_when_there_is_no_watch_dog) {
     PostWatchDog(1, 2, 3);
     idWatchDog = 0xFFFFFFFF;
     SetWatchDogID(77);
@@ -115,7 +115,7 @@ TEST_F(WatchDogEdge, an_id_comes_too_late_when_there_is_no_watch_dog) {
     EXPECT_EQ(posts, Posts{});
 }
 
-// Fills the queue up and tells by how much the next message makes it grow.
+// Fills the queue and returns the number of messages by which the next one lengthens it.
 std::size_t growth_of_full(std::size_t count) {
     cWatchDogQueue queue;
     while (queue.count() < count) queue.append({1, 2, 3});
@@ -128,12 +128,12 @@ TEST_F(WatchDogEdge, a_full_queue_grows_by_an_eighth_within_4_and_1024) {
     EXPECT_EQ(growth_of_full(16), 4u);
     EXPECT_EQ(growth_of_full(40), 5u);
     EXPECT_EQ(cWatchDogQueue::growth(16000), 1024u);
-    EXPECT_EQ(growth_of_full(16446), 1024u); // the full queue next to 16000
+    EXPECT_EQ(growth_of_full(16446), 1024u); // the first full queue above 16,000 messages
 }
 
 // ---- the queue ----
 
-TEST_F(WatchDogTest, growth_in_pairs_at_its_limits) {
+TEST_F(WatchDogTest, the_growth_changes_at_its_limits) {
     EXPECT_EQ(cWatchDogQueue::growth(0), 4u);
     EXPECT_EQ(cWatchDogQueue::growth(39), 4u);
     EXPECT_EQ(cWatchDogQueue::growth(40), 5u);
@@ -154,7 +154,7 @@ TEST_F(WatchDogTest, the_capacity_follows_the_rule_at_every_count) {
     }
 }
 
-TEST_F(WatchDogTest, the_room_is_all_zeros_and_the_old_contents_stay) {
+TEST_F(WatchDogTest, new_space_is_zero_and_old_messages_stay) {
     cWatchDogQueue queue;
     for (std::uint32_t count = 1; count <= 41; ++count) queue.append({count, count, -1});
     ASSERT_EQ(queue.capacity(), 45u);
@@ -166,7 +166,7 @@ TEST_F(WatchDogTest, the_room_is_all_zeros_and_the_old_contents_stay) {
     }
 }
 
-TEST_F(WatchDogTest, the_queue_is_not_cleared_when_it_was_posted) {
+TEST_F(WatchDogTest, the_queue_is_not_cleared_after_posting) {
     for (std::uint32_t i = 0; i < 100; ++i) PostWatchDog(i, 0, 0);
     std::size_t const capacity = qrv_watchdog_queue_capacity();
     EXPECT_GE(capacity, 100u);
@@ -184,7 +184,7 @@ TEST_F(WatchDogTest, a_hundred_thousand_messages_wait_for_the_id) {
         ASSERT_EQ(posts[i], (cPosted{0xFFFFFFFE, i, ~i, -static_cast<std::int32_t>(i)}));
 }
 
-TEST_F(WatchDogTest, messages_without_memory_are_lost_and_no_others) {
+TEST_F(WatchDogTest, only_messages_without_memory_are_lost) {
     cWatchDogQueue queue;
     for (std::uint32_t i = 0; i < 4; ++i) ASSERT_TRUE(queue.append({i, 0, 0}));
     auto *const before = cWatchDogQueue::resize;
@@ -202,7 +202,7 @@ TEST_F(WatchDogTest, messages_without_memory_are_lost_and_no_others) {
     EXPECT_EQ(queue.taken(), queue.count());
 }
 
-TEST_F(WatchDogTest, want_of_memory_is_not_told) {
+TEST_F(WatchDogTest, lack_of_memory_is_not_reported) {
     do PostWatchDog(1, 0, 0);
     while (qrv_watchdog_queue_capacity() > cat::watchdog_queue.count());
     auto *const before = cWatchDogQueue::resize;
@@ -222,7 +222,7 @@ TEST_F(WatchDogTest, want_of_memory_is_not_told) {
 
 // ---- numbers ----
 
-TEST_F(WatchDogTest, numbers_have_the_widths_that_go_over_the_line) {
+TEST_F(WatchDogTest, numbers_have_the_widths_of_the_message_format) {
     static_assert(std::is_same_v<decltype(cMSG::message), std::uint32_t>);
     static_assert(std::is_same_v<decltype(cMSG::wParam), std::uint32_t>);
     static_assert(std::is_same_v<decltype(cMSG::lParam), std::int32_t>);
@@ -233,7 +233,7 @@ TEST_F(WatchDogTest, numbers_have_the_widths_that_go_over_the_line) {
     EXPECT_EQ(posts, (Posts{{1, 0xFFFFFFFF, 0x80000000, INT32_MIN}, {1, 0, 0, INT32_MAX}}));
 }
 
-TEST_F(WatchDogTest, id_1_and_the_last_but_one_are_ids) {
+TEST_F(WatchDogTest, id_1_and_the_second_largest_number_are_valid_ids) {
     for (std::uint32_t id : {1u, 0xFFFFFFFEu}) {
         forget();
         posts.clear();
@@ -243,9 +243,9 @@ TEST_F(WatchDogTest, id_1_and_the_last_but_one_are_ids) {
     }
 }
 
-// ---- the two values that are no ids ----
+// ---- the two values that are not ids ----
 
-TEST_F(WatchDogTest, id_0_is_none_and_what_waits_goes_on_waiting) {
+TEST_F(WatchDogTest, id_0_means_no_id_and_messages_remain_queued) {
     PostWatchDog(1, 2, 3);
     SetWatchDogID(0);
     EXPECT_EQ(idWatchDog, watchdog_not_known);
@@ -255,7 +255,7 @@ TEST_F(WatchDogTest, id_0_is_none_and_what_waits_goes_on_waiting) {
     EXPECT_EQ(posts, (Posts{{77, 1, 2, 3}, {77, 4, 5, 6}}));
 }
 
-TEST_F(WatchDogTest, the_mark_for_no_watch_dog_drops_what_waits) {
+TEST_F(WatchDogTest, the_value_for_no_watch_dog_drops_queued_messages) {
     PostWatchDog(1, 2, 3);
     SetWatchDogID(0xFFFFFFFF);
     EXPECT_EQ(idWatchDog, watchdog_none);
@@ -267,7 +267,7 @@ TEST_F(WatchDogTest, the_mark_for_no_watch_dog_drops_what_waits) {
     EXPECT_EQ(posts, Posts{});
 }
 
-TEST_F(WatchDogTest, an_id_that_is_taken_away_by_hand_never_sends_twice) {
+TEST_F(WatchDogTest, resetting_the_id_never_sends_a_message_twice) {
     PostWatchDog(1, 2, 3);
     SetWatchDogID(77);
     idWatchDog = watchdog_not_known;
@@ -278,7 +278,7 @@ TEST_F(WatchDogTest, an_id_that_is_taken_away_by_hand_never_sends_twice) {
 
 // ---- the start-up test ----
 
-TEST_F(WatchDogTest, the_title_is_compared_to_the_byte) {
+TEST_F(WatchDogTest, the_title_must_match_exactly) {
     for (char const *title : {"", "watchdog", "WatchDo", "WatchDogs", "WatchDog ", " WatchDog"}) {
         idWatchDog = watchdog_not_known;
         start_with(title);
@@ -291,7 +291,7 @@ TEST_F(WatchDogTest, the_title_is_compared_to_the_byte) {
     EXPECT_EQ(idWatchDog, watchdog_not_known);
 }
 
-TEST_F(WatchDogTest, the_title_leaves_a_known_id_and_its_lack_ends_the_link) {
+TEST_F(WatchDogTest, the_title_keeps_a_known_id_and_a_missing_title_ends_the_link) {
     start_with("WatchDog");
     SetWatchDogID(77);
     sig_init();
@@ -306,7 +306,7 @@ TEST_F(WatchDogTest, the_title_leaves_a_known_id_and_its_lack_ends_the_link) {
 
 // ---- the id out of the environment ----
 
-TEST_F(WatchDogId, is_taken_when_the_title_fits) {
+TEST_F(WatchDogId, is_used_when_the_title_matches) {
     start_with("WatchDog");
     ::setenv(watchdog_id_variable, "4294967294", 1);
     PostWatchDog(1, 2, 3);
@@ -315,7 +315,7 @@ TEST_F(WatchDogId, is_taken_when_the_title_fits) {
     EXPECT_EQ(posts, (Posts{{4294967294u, 1, 2, 3}}));
 }
 
-TEST_F(WatchDogId, is_left_when_the_title_does_not_fit) {
+TEST_F(WatchDogId, is_ignored_when_the_title_does_not_match) {
     ::setenv(watchdog_id_variable, "77", 1);
     for (char const *title : {static_cast<char const *>(nullptr), "", "watchdog"}) {
         start_with(title);
@@ -324,7 +324,7 @@ TEST_F(WatchDogId, is_left_when_the_title_does_not_fit) {
     }
 }
 
-TEST_F(WatchDogId, is_left_when_it_is_no_number_of_a_thread) {
+TEST_F(WatchDogId, is_ignored_when_it_is_not_a_valid_id) {
     start_with("WatchDog");
     EXPECT_FALSE(qrv_take_watchdog_id());
     for (char const *text : {"", "0", "4294967295", "4294967296", "99999999999999999999", "-1",
@@ -335,7 +335,7 @@ TEST_F(WatchDogId, is_left_when_it_is_no_number_of_a_thread) {
     }
 }
 
-TEST_F(WatchDogId, one_is_the_least_and_zeros_in_front_are_digits_too) {
+TEST_F(WatchDogId, is_at_least_1_and_may_have_leading_zeros) {
     start_with("WatchDog");
     for (char const *text : {"1", "0001"}) {
         idWatchDog = watchdog_not_known;
@@ -345,7 +345,7 @@ TEST_F(WatchDogId, one_is_the_least_and_zeros_in_front_are_digits_too) {
     }
 }
 
-TEST_F(WatchDogId, changes_nothing_that_is_known) {
+TEST_F(WatchDogId, does_not_replace_a_known_id) {
     start_with("WatchDog");
     SetWatchDogID(5);
     ::setenv(watchdog_id_variable, "77", 1);
@@ -355,7 +355,7 @@ TEST_F(WatchDogId, changes_nothing_that_is_known) {
 
 // ---- posts in the middle of posts ----
 
-TEST_F(WatchDogTest, a_message_posted_from_inside_a_post_goes_out_at_once) {
+TEST_F(WatchDogTest, a_message_posted_during_a_post_is_sent_at_once) {
     PostWatchDog(1, 0, 0);
     PostWatchDog(2, 0, 0);
     meanwhile = [](cPosted const &post) {
@@ -365,7 +365,7 @@ TEST_F(WatchDogTest, a_message_posted_from_inside_a_post_goes_out_at_once) {
     EXPECT_EQ(posts, (Posts{{7, 1, 0, 0}, {7, 10, 0, 0}, {7, 2, 0, 0}}));
 }
 
-TEST_F(WatchDogTest, a_sign_of_life_from_inside_a_post_goes_out_at_once) {
+TEST_F(WatchDogTest, a_sign_of_life_during_a_post_is_sent_at_once) {
     PostWatchDog(1, 0, 0);
     PostWatchDog(2, 0, 0);
     meanwhile = [](cPosted const &post) {
@@ -375,7 +375,7 @@ TEST_F(WatchDogTest, a_sign_of_life_from_inside_a_post_goes_out_at_once) {
     EXPECT_EQ(posts, (Posts{{7, 1, 0, 0}, {7, 1027, 0, 0}, {7, 2, 0, 0}}));
 }
 
-TEST_F(WatchDogTest, an_id_from_inside_a_post_changes_nothing) {
+TEST_F(WatchDogTest, an_id_set_during_a_post_changes_nothing) {
     PostWatchDog(1, 0, 0);
     PostWatchDog(2, 0, 0);
     meanwhile = [](cPosted const &) { SetWatchDogID(8); };
@@ -384,7 +384,7 @@ TEST_F(WatchDogTest, an_id_from_inside_a_post_changes_nothing) {
     EXPECT_EQ(idWatchDog, 7u);
 }
 
-TEST_F(WatchDogTest, the_start_up_test_from_inside_a_post_ends_the_link_behind_what_was_kept) {
+TEST_F(WatchDogTest, the_start_up_test_during_a_post_ends_the_link_after_the_stored_messages) {
     PostWatchDog(1, 0, 0);
     PostWatchDog(2, 0, 0);
     meanwhile = [](cPosted const &) { sig_init(); };
@@ -395,8 +395,8 @@ TEST_F(WatchDogTest, the_start_up_test_from_inside_a_post_ends_the_link_behind_w
     EXPECT_EQ(posts.size(), 2u);
 }
 
-// The queue grows, and so moves, while it is walked.
-TEST_F(WatchDogTest, an_id_taken_away_by_hand_inside_a_post_lets_new_messages_wait) {
+// The queue grows, and so its memory moves, during the iteration.
+TEST_F(WatchDogTest, resetting_the_id_during_a_post_queues_new_messages) {
     PostWatchDog(1, 0, 0);
     PostWatchDog(2, 0, 0);
     meanwhile = [](cPosted const &post) {
@@ -411,7 +411,7 @@ TEST_F(WatchDogTest, an_id_taken_away_by_hand_inside_a_post_lets_new_messages_wa
     for (std::uint32_t i = 0; i < 5000; ++i) ASSERT_EQ(posts[2 + i], (cPosted{8, 100 + i, 0, 0}));
 }
 
-TEST_F(WatchDogTest, another_id_by_hand_inside_a_post_takes_over_what_is_left) {
+TEST_F(WatchDogTest, another_id_set_during_a_post_receives_the_remaining_messages) {
     for (std::uint32_t i = 1; i <= 3; ++i) PostWatchDog(i, 0, 0);
     meanwhile = [](cPosted const &post) {
         if (post.id != 7) return;
@@ -423,7 +423,7 @@ TEST_F(WatchDogTest, another_id_by_hand_inside_a_post_takes_over_what_is_left) {
     EXPECT_EQ(idWatchDog, 8u);
 }
 
-TEST_F(WatchDogTest, another_function_set_inside_a_post_gets_the_rest) {
+TEST_F(WatchDogTest, another_function_set_during_a_post_receives_the_remaining_messages) {
     static Posts others;
     others.clear();
     PostWatchDog(1, 0, 0);
@@ -439,7 +439,7 @@ TEST_F(WatchDogTest, another_function_set_inside_a_post_gets_the_rest) {
     EXPECT_EQ(others, (Posts{{7, 2, 0, 0}}));
 }
 
-TEST_F(WatchDogTest, an_exception_of_a_post_goes_through) {
+TEST_F(WatchDogTest, an_exception_of_a_post_propagates) {
     meanwhile = [](cPosted const &) { throw std::runtime_error("post"); };
     SetWatchDogID(7);
     errno = EDOM;
@@ -451,7 +451,7 @@ TEST_F(WatchDogTest, an_exception_of_a_post_goes_through) {
     EXPECT_EQ(posts, (Posts{{7, 1, 0, 0}, {7, 1027, 0, 0}, {7, 1027, 0, 0}}));
 }
 
-TEST_F(WatchDogTest, exceptions_of_posts_lose_no_message_and_the_first_goes_through_at_the_end) {
+TEST_F(WatchDogTest, exceptions_of_posts_lose_no_message_and_the_first_is_rethrown_at_the_end) {
     for (std::uint32_t i = 1; i <= 4; ++i) PostWatchDog(i, 0, 0);
     meanwhile = [](cPosted const &post) {
         if (post.message % 2 == 0) throw std::runtime_error(std::to_string(post.message));
@@ -486,7 +486,7 @@ TEST_F(WatchDogTest, steps_before_the_start_up_test_wait_with_the_messages) {
     EXPECT_EQ(posts, (Posts{{7, 1027, 0, 0}, {7, 1, 2, 3}, {7, 1027, 0, 0}}));
 }
 
-TEST_F(WatchDogTest, the_library_listens_to_the_step_and_to_no_other_progress_signal) {
+TEST_F(WatchDogTest, the_library_connects_only_to_the_step_signal) {
     EXPECT_TRUE(sig_progstep.isconnected());
     EXPECT_FALSE(sig_proginit.isconnected());
     EXPECT_FALSE(sig_progbegin.isconnected());
@@ -501,7 +501,7 @@ TEST_F(WatchDogTest, the_library_listens_to_the_step_and_to_no_other_progress_si
 
 void connected_twice() { posts.push_back({0, 0, 0, 0}); }
 
-TEST_F(WatchDogTest, other_listeners_of_the_step_come_behind_the_sign_of_life) {
+TEST_F(WatchDogTest, other_slots_of_the_step_signal_are_called_after_the_sign_of_life) {
     cFunctionSlot<void (*)()> const display(connected_twice, sig_progstep);
     SetWatchDogID(7);
     sig_progstep();
@@ -512,7 +512,7 @@ TEST_F(WatchDogTest, other_listeners_of_the_step_come_behind_the_sign_of_life) {
 
 std::string events;
 
-// Each call of the system that has to do with the event, in order.
+// Logs each system call about the event, in order.
 void watch_events(bool there) {
     static int semaphore;
     static bool exists;
@@ -535,7 +535,7 @@ void watch_events(bool there) {
     };
 }
 
-TEST_F(WatchDogTest, the_event_is_opened_set_behind_the_message_and_closed) {
+TEST_F(WatchDogTest, the_event_is_opened_set_after_the_message_and_closed) {
     watch_events(true);
     meanwhile = [](cPosted const &) { events += "post; "; };
     SetWatchDogID(7);
@@ -547,7 +547,7 @@ TEST_F(WatchDogTest, the_event_is_opened_set_behind_the_message_and_closed) {
     EXPECT_EQ(events, "open /EreignisQuorvanta; post; set; post; set; close; ");
 }
 
-TEST_F(WatchDogTest, without_an_event_the_messages_go_out_all_the_same) {
+TEST_F(WatchDogTest, without_an_event_the_messages_are_still_sent) {
     watch_events(false);
     SetWatchDogID(7);
     {
@@ -558,16 +558,16 @@ TEST_F(WatchDogTest, without_an_event_the_messages_go_out_all_the_same) {
     EXPECT_EQ(posts, (Posts{{7, 1027, 0, 0}}));
 }
 
-TEST_F(WatchDogTest, the_event_is_set_whatever_becomes_of_the_message) {
+TEST_F(WatchDogTest, the_event_is_set_even_if_the_message_is_not_sent) {
     watch_events(true);
     cWatchDogSend const send;
-    send.sig(); // kept
+    send.sig(); // stored
     idWatchDog = watchdog_none;
     send.sig(); // dropped
     EXPECT_EQ(events, "open /EreignisQuorvanta; set; set; ");
 }
 
-TEST_F(WatchDogTest, errno_stays_whatever_the_event_does) {
+TEST_F(WatchDogTest, the_event_does_not_change_errno) {
     watch_events(true);
     qrv_set_post_message(
         [](std::uint32_t, std::uint32_t, std::uint32_t, std::int32_t) { errno = 1; });
@@ -585,7 +585,7 @@ TEST_F(WatchDogTest, errno_stays_whatever_the_event_does) {
 
 // ---- the system refuses ----
 
-TEST_F(WatchDogTest, whatever_call_fails_nothing_else_is_lost) {
+TEST_F(WatchDogTest, a_failed_call_loses_nothing_else) {
     qrv_set_post_message(nullptr);
     std::string failed;
     for (int n = 0;; ++n) {

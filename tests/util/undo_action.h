@@ -1,5 +1,5 @@
 #pragma once
-// An action that writes all that happens to it into one text, and does what a test tells it to.
+// An action that logs all its calls into one string, and runs the functions that a test sets.
 
 #include "qrv/util/cundo.h"
 #include "tests/support/fixture.h"
@@ -8,7 +8,7 @@
 #include <functional>
 #include <stdexcept>
 
-// An action without a name answers to no info; null is for every action.
+// An action without a name matches no info; every action matches null.
 struct Named : cUndoInfoBase {
     explicit Named(std::string text) : name(std::move(text)) {}
     std::string name;
@@ -30,7 +30,7 @@ class Action : public cUndo {
         bool const done = answers(info) && !refuses;
         if (!at_undo) return done;
         at_undo();
-        log_ += name_ + " back; "; // it must be alive for that
+        log_ += name_ + " back; "; // it must still be alive here
         return done;
     }
     bool isfor(cUndoInfoBase *info) override {
@@ -64,10 +64,10 @@ class Action : public cUndo {
     int cost_;
 };
 
-// A list and its log. When a test is over, the list breaks no rule and can go.
+// A list and its log. At the end of a test the list breaks no rule and can be destroyed.
 class Undo : public QrvTest {
   protected:
-    // A new action in the list.
+    // A new action, added to the list.
     Action *add(std::string const &name, int cost = 1) { return add(*list, name, cost); }
     Action *add(cUndoGlobalList &to, std::string const &name, int cost = 1) {
         auto *const action = new Action(log, name, cost);
@@ -75,7 +75,7 @@ class Undo : public QrvTest {
         log.clear();
         return action;
     }
-    // The names from the front, found by asking all; leaves no trace in the log.
+    // The names in order, found by calling isFor of each action; not logged.
     std::string names(cUndoGlobalList &of) {
         EXPECT_EQ(of.broken_rule(), "");
         std::string const before = log;

@@ -1,6 +1,6 @@
 #pragma once
-// Runs the built watch dog as a process, and talks with it and its program while they live. Nothing
-// here waits without a limit, and no name is fixed: each run has an event of its own.
+// Runs the built watch dog as a process, and exchanges text with it and its program while they run.
+// Every wait has a limit, and no name is fixed: each run has its own event.
 //
 //   cDog dog({"--timeout", "1"}, child({"init", "take", "wait"}));
 //   EXPECT_EQ(dog.line(), "linked");
@@ -33,7 +33,7 @@ namespace dog_test {
 using cWords = std::vector<std::string>;
 
 struct cRun {
-    int status = 0; // 128 and the number for a signal
+    int status = 0; // for a signal 128 and its number
     std::string out;
     std::string err; // process ids are shown as N
     bool operator==(cRun const &) const = default;
@@ -43,7 +43,7 @@ inline void PrintTo(cRun const &run, std::ostream *os) {
     *os << "status " << run.status << "\n--- out\n" << run.out << "--- err\n" << run.err << "---";
 }
 
-// The program of tests/watchdog/child with its steps; shared: on the library as it is installed.
+// The program of tests/watchdog/child with its steps; `shared`: linked with the installed library.
 inline cWords child(cWords steps) {
     steps.insert(steps.begin(), test::binary_file("tests/watchdog_child"));
     return steps;
@@ -54,7 +54,7 @@ inline cWords shared_child(cWords steps) {
 }
 inline cWords shell(std::string const &script) { return {"/bin/sh", "-c", script}; }
 
-// A name that no other test has, of this process or another.
+// A name that no other test uses, in this process or another.
 inline std::string own_name() {
     static std::atomic<int> count = 0;
     return "test-" + std::to_string(::getpid()) + "-" + std::to_string(++count);
@@ -66,7 +66,7 @@ inline std::string without_ids(std::string const &text) {
 
 class cDog {
   public:
-    // The options of the watch dog and the command behind the mark.
+    // The options of the watch dog, and the command after the `--`.
     cDog(cWords options, cWords const &command, std::string event = own_name())
         : event_(std::move(event)) {
         options.insert(options.begin(), {"--event", event_});
@@ -93,16 +93,16 @@ class cDog {
         EXPECT_EQ(::write(input_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
     void end_input() { ::close(std::exchange(input_, -1)); }
-    // The next line of standard output, or error, that nobody has taken.
+    // The next unread line of standard output or standard error.
     std::string line() { return line_of(out_); }
     std::string error_line() { return without_ids(line_of(err_)); }
 
-    // What was not taken as a line, when everybody has gone who could write.
+    // The unread output, after all processes that could write have ended.
     cRun finish() {
         rest();
         return {status(), out_.text, without_ids(err_.text)};
     }
-    // Standard output until everybody has gone who could write.
+    // Standard output, after all processes that could write have ended.
     std::string rest() {
         auto const limit = std::chrono::steady_clock::now() + patience;
         while ((out_.is_open() || err_.is_open()) && std::chrono::steady_clock::now() < limit)
@@ -110,7 +110,7 @@ class cDog {
         EXPECT_FALSE(out_.is_open() || err_.is_open()) << "somebody still writes";
         return out_.text;
     }
-    // The watch dog's end alone, when its program may go on.
+    // Waits only for the watch dog's end; its program may continue.
     int status() { return wait(std::chrono::steady_clock::now() + patience); }
 
   private:
@@ -147,7 +147,7 @@ class cDog {
             ::dup2(in[0], 0);
             ::dup2(out[1], 1);
             ::dup2(err[1], 2);
-            ::close_range(3, ~0u, 0); // whatever the tests were started with
+            ::close_range(3, ~0u, 0); // closes all descriptors that the tests inherited
             if (!event_.empty()) ::setenv("QRV_TEST_EVENT", variable.c_str(), 1);
             ::execv(pointers[0], pointers.data());
             ::_exit(127);
@@ -202,7 +202,7 @@ class cDog {
     cPipe out_, err_;
 };
 
-// What a run without a conversation gave; the input has ended from the start.
+// The result of a run without interaction; its standard input is empty.
 inline cRun run(cWords const &options, cWords const &command) {
     cDog dog(options, command);
     dog.end_input();

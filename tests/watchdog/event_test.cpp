@@ -1,4 +1,5 @@
-// Who has the event: the first, until its end, whatever a killed one left behind.
+// Ownership of the event: the first watch dog has it until its end, even if a killed one left a
+// file.
 
 #include "tools/watchdog/event.h"
 
@@ -13,7 +14,7 @@ using watchdog::cEvent;
 
 namespace {
 
-// The event as a program opens it; null if it is not there.
+// The event as a program opens it; null if it does not exist.
 class cOpened {
   public:
     explicit cOpened(std::string const &name) : semaphore_(::sem_open(("/" + name).c_str(), 0)) {}
@@ -29,14 +30,14 @@ class cOpened {
     sem_t *semaphore_;
 };
 
-// What a killed watch dog leaves behind: raised, and nobody has its lock.
+// Leaves what a killed watch dog leaves: a raised event whose lock no process holds.
 void leave_behind(std::string const &name) {
     sem_t *const semaphore = ::sem_open(("/" + name).c_str(), O_CREAT | O_EXCL, 0600, 7u);
     ASSERT_NE(semaphore, SEM_FAILED);
     ::sem_close(semaphore);
 }
 
-TEST(WatchdogEvent, is_there_for_this_user_as_long_as_its_owner) {
+TEST(WatchdogEvent, exists_for_this_user_as_long_as_its_owner) {
     std::string const name = own_name();
     {
         cEvent const event(name);
@@ -49,7 +50,7 @@ TEST(WatchdogEvent, is_there_for_this_user_as_long_as_its_owner) {
     EXPECT_FALSE(cOpened(name).is_there());
 }
 
-TEST(WatchdogEvent, take_counts_and_empties) {
+TEST(WatchdogEvent, take_counts_and_resets) {
     cEvent event(own_name());
     EXPECT_EQ(event.take(), 0u);
 }
@@ -64,7 +65,7 @@ TEST(WatchdogEvent, take_counts_how_often_it_was_raised) {
     EXPECT_EQ(event.take(), 0u);
 }
 
-TEST(WatchdogEvent, take_is_limited_and_leaves_the_rest) {
+TEST(WatchdogEvent, take_has_a_limit_and_leaves_the_rest) {
     std::string const name = own_name();
     cEvent event(name);
     cOpened opened(name);
@@ -73,7 +74,7 @@ TEST(WatchdogEvent, take_is_limited_and_leaves_the_rest) {
     EXPECT_EQ(event.take(), 1u);
 }
 
-TEST(WatchdogEvent, the_second_one_goes_without_and_takes_nothing_away) {
+TEST(WatchdogEvent, a_second_watch_dog_gets_no_event_and_does_not_affect_the_first) {
     std::string const name = own_name();
     cEvent first(name);
     {
@@ -88,13 +89,13 @@ TEST(WatchdogEvent, the_second_one_goes_without_and_takes_nothing_away) {
     EXPECT_EQ(first.take(), 1u);
 }
 
-TEST(WatchdogEvent, the_next_one_has_it_when_the_first_has_ended) {
+TEST(WatchdogEvent, the_next_watch_dog_gets_it_when_the_first_has_ended) {
     std::string const name = own_name();
     { cEvent const first(name); }
     EXPECT_TRUE(cEvent(name).is_owned());
 }
 
-TEST(WatchdogEvent, a_stale_one_is_replaced_and_its_state_forgotten) {
+TEST(WatchdogEvent, a_stale_event_is_replaced_and_its_state_discarded) {
     std::string const name = own_name();
     leave_behind(name);
     {
@@ -105,7 +106,7 @@ TEST(WatchdogEvent, a_stale_one_is_replaced_and_its_state_forgotten) {
     EXPECT_FALSE(cOpened(name).is_there());
 }
 
-TEST(WatchdogEvent, one_of_another_user_is_left_alone) {
+TEST(WatchdogEvent, an_event_of_another_user_is_not_used) {
     std::string const name = own_name();
     leave_behind(name);
     {
@@ -117,7 +118,7 @@ TEST(WatchdogEvent, one_of_another_user_is_left_alone) {
     ::sem_unlink(("/" + name).c_str());
 }
 
-TEST(WatchdogEvent, a_name_that_the_system_refuses_is_told) {
+TEST(WatchdogEvent, a_name_that_the_system_refuses_is_reported) {
     cEvent const longer(std::string(200, 'x'));
     EXPECT_FALSE(longer.is_owned());
     EXPECT_EQ(longer.why_not(), "cannot lock it: File name too long");

@@ -1,4 +1,4 @@
-// What the watch dog decides, by a clock that the tests set.
+// The decisions of the watch dog, with a clock that the tests set.
 
 #include "tools/watchdog/life.h"
 
@@ -31,7 +31,7 @@ TEST(WatchdogLife, the_start_counts_as_the_first_sign) {
     EXPECT_EQ(life.look(at(10s)), cStep::terminate);
 }
 
-TEST(WatchdogLife, each_sign_begins_the_wait_anew) {
+TEST(WatchdogLife, each_sign_of_life_restarts_the_wait) {
     cLife life = started();
     life.sign_of_life(at(4s));
     life.sign_of_life(at(9s));
@@ -40,7 +40,7 @@ TEST(WatchdogLife, each_sign_begins_the_wait_anew) {
     EXPECT_EQ(life.look(at(19s)), cStep::terminate);
 }
 
-TEST(WatchdogLife, a_hang_ends_in_three_steps_and_each_is_told_once) {
+TEST(WatchdogLife, a_hang_ends_in_three_steps_each_reported_once) {
     cLife life = started();
     EXPECT_EQ(life.look(at(10s)), cStep::terminate);
     EXPECT_EQ(life.look(at(10s)), cStep::none);
@@ -52,7 +52,7 @@ TEST(WatchdogLife, a_hang_ends_in_three_steps_and_each_is_told_once) {
     EXPECT_EQ(life.look(at(100s)), cStep::none);
 }
 
-TEST(WatchdogLife, a_sign_of_life_is_too_late_when_the_end_has_begun) {
+TEST(WatchdogLife, a_sign_of_life_is_too_late_once_termination_has_begun) {
     cLife life = started();
     life.look(at(10s));
     life.sign_of_life(at(11s));
@@ -61,12 +61,12 @@ TEST(WatchdogLife, a_sign_of_life_is_too_late_when_the_end_has_begun) {
     EXPECT_EQ(life.status(), status_no_life);
 }
 
-TEST(WatchdogLife, a_deadline_missed_by_a_second_holds) {
+TEST(WatchdogLife, a_deadline_missed_by_a_second_still_counts) {
     cLife life = started();
     EXPECT_EQ(life.look(at(11s)), cStep::terminate);
 }
 
-TEST(WatchdogLife, a_deadline_missed_by_more_begins_anew_for_the_watch_dog_slept) {
+TEST(WatchdogLife, a_deadline_missed_by_more_restarts_because_the_watch_dog_slept) {
     cLife life = started();
     EXPECT_EQ(life.look(at(11s + 1ns)), cStep::none);
     EXPECT_EQ(life.deadline(), at(21s + 1ns));
@@ -77,9 +77,9 @@ TEST(WatchdogLife, a_deadline_missed_by_more_begins_anew_for_the_watch_dog_slept
     EXPECT_EQ(life.look(at(204s)), cStep::give_up);
 }
 
-TEST(WatchdogLife, a_watch_dog_that_was_stopped_begins_each_wait_anew) {
+TEST(WatchdogLife, a_watch_dog_that_was_stopped_restarts_each_wait) {
     cLife life = started();
-    life.slept(at(10s)); // it would be due
+    life.slept(at(10s)); // it would be due now
     EXPECT_EQ(life.look(at(20s - 1ns)), cStep::none);
     EXPECT_EQ(life.look(at(20s)), cStep::terminate);
     life.slept(at(22s));
@@ -92,14 +92,14 @@ TEST(WatchdogLife, a_watch_dog_that_was_stopped_begins_each_wait_anew) {
     EXPECT_EQ(life.look(at(50s)), cStep::none);
 }
 
-TEST(WatchdogLife, exit_0_is_the_normal_end_whatever_restarts_are_left) {
+TEST(WatchdogLife, exit_0_is_the_normal_end_with_any_number_of_restarts_left) {
     cLife life = started(5);
     EXPECT_FALSE(life.ended(exit_with(0)));
     EXPECT_EQ(life.status(), 0);
     EXPECT_EQ(life.restarts(), 0);
 }
 
-TEST(WatchdogLife, without_restarts_an_end_is_passed_on) {
+TEST(WatchdogLife, without_restarts_the_status_is_passed_on) {
     cLife life = started();
     EXPECT_FALSE(life.ended(exit_with(3)));
     EXPECT_EQ(life.status(), 3);
@@ -108,7 +108,7 @@ TEST(WatchdogLife, without_restarts_an_end_is_passed_on) {
     EXPECT_EQ(life.status(), 128 + SIGSEGV);
 }
 
-TEST(WatchdogLife, restarts_are_used_by_every_kind_of_end_and_the_last_one_stands) {
+TEST(WatchdogLife, every_kind_of_end_uses_a_restart_and_the_last_status_is_final) {
     cLife life = started(3);
     EXPECT_TRUE(life.ended(exit_with(1)));
     life.started(at(1s));
@@ -123,13 +123,13 @@ TEST(WatchdogLife, restarts_are_used_by_every_kind_of_end_and_the_last_one_stand
     EXPECT_EQ(life.status(), 7);
 }
 
-TEST(WatchdogLife, a_hang_that_ends_with_0_is_started_again) {
+TEST(WatchdogLife, a_hung_program_that_ends_with_0_is_restarted) {
     cLife life = started(1);
     life.look(at(10s));
     EXPECT_TRUE(life.ended(exit_with(0)));
 }
 
-TEST(WatchdogLife, nothing_is_to_be_done_between_an_end_and_the_next_start) {
+TEST(WatchdogLife, no_step_is_due_between_an_end_and_the_next_start) {
     cLife life = started(1);
     life.ended(exit_with(1));
     EXPECT_EQ(life.look(at(10s)), cStep::none);
@@ -137,7 +137,7 @@ TEST(WatchdogLife, nothing_is_to_be_done_between_an_end_and_the_next_start) {
     EXPECT_EQ(life.look(at(20s)), cStep::none);
 }
 
-TEST(WatchdogLife, who_is_asked_to_stop_waits_for_the_grace_and_starts_nothing) {
+TEST(WatchdogLife, a_stop_waits_for_the_grace_period_and_starts_nothing) {
     cLife life = started(5);
     life.stop(SIGINT, at(1s));
     EXPECT_TRUE(life.is_stopping());
@@ -147,7 +147,7 @@ TEST(WatchdogLife, who_is_asked_to_stop_waits_for_the_grace_and_starts_nothing) 
     EXPECT_EQ(life.status(), 128 + SIGINT);
 }
 
-TEST(WatchdogLife, the_first_signal_counts_and_a_second_gives_no_more_time) {
+TEST(WatchdogLife, a_second_signal_does_not_extend_the_grace_period) {
     cLife life = started();
     life.stop(SIGHUP, at(1s));
     life.stop(SIGTERM, at(3s));
@@ -156,7 +156,7 @@ TEST(WatchdogLife, the_first_signal_counts_and_a_second_gives_no_more_time) {
     EXPECT_EQ(life.status(), 128 + SIGHUP);
 }
 
-TEST(WatchdogLife, a_stop_during_a_hang_leaves_the_grace_as_it_is) {
+TEST(WatchdogLife, a_stop_during_a_hang_does_not_change_the_grace_period) {
     cLife life = started(5);
     life.look(at(10s));
     life.stop(SIGTERM, at(12s));
@@ -165,7 +165,7 @@ TEST(WatchdogLife, a_stop_during_a_hang_leaves_the_grace_as_it_is) {
     EXPECT_EQ(life.status(), 128 + SIGTERM);
 }
 
-TEST(WatchdogLife, a_stop_before_the_start_ends_what_is_started) {
+TEST(WatchdogLife, a_stop_before_the_start_ends_the_started_program) {
     cLife life({10s, 3s, 4s, 0});
     life.stop(SIGTERM, at(0s));
     life.started(at(1s));
@@ -174,7 +174,7 @@ TEST(WatchdogLife, a_stop_before_the_start_ends_what_is_started) {
     EXPECT_EQ(life.status(), 128 + SIGTERM);
 }
 
-TEST(WatchdogLife, what_cannot_be_started_has_a_status_that_tells_why) {
+TEST(WatchdogLife, a_failed_start_has_a_status_that_explains_it) {
     struct cCase {
         int error, status;
     };

@@ -1,4 +1,4 @@
-// The watch dog and real programs: how they live, hang, die, and are started again.
+// The watch dog and real programs: how they run, hang, end, and are restarted.
 
 #include "tests/watchdog/dog_run.h"
 #include "tests/watchdog/plain_path.h"
@@ -11,15 +11,15 @@ namespace {
 std::string const counts_of_nothing =
     "qrv-watchdog: signs of life: 0 messages, 0 events; other messages: 0; ignored: 0\n";
 
-// Both programs: on the library's objects, and on the shared library.
-TEST(WatchdogLives, a_program_that_ends_with_0_is_a_normal_life_and_nothing_is_said) {
+// Both programs: linked with the library's objects, and with the shared library.
+TEST(WatchdogLives, a_program_that_ends_with_0_is_normal_and_nothing_is_printed) {
     EXPECT_EQ(run({}, child({"init", "take", "step", "3", "say", "done"})),
               (cRun{0, "linked\ndone\n", ""}));
     EXPECT_EQ(run({}, shared_child({"init", "take", "step", "3", "say", "done"})),
               (cRun{0, "linked\ndone\n", ""}));
 }
 
-TEST(WatchdogLives, with_signs_of_life_it_lives_longer_than_the_timeout) {
+TEST(WatchdogLives, with_signs_of_life_a_program_runs_longer_than_the_timeout) {
     cDog dog({"--timeout", "2", "--grace", "60"}, child({"init", "take", "busy", "say", "done"}));
     EXPECT_EQ(dog.line(), "linked");
     ::sleep(5);
@@ -27,14 +27,14 @@ TEST(WatchdogLives, with_signs_of_life_it_lives_longer_than_the_timeout) {
     EXPECT_EQ(dog.finish(), (cRun{0, "done\n", ""}));
 }
 
-TEST(WatchdogLives, without_it_is_ended_and_the_status_is_124) {
+TEST(WatchdogLives, without_signs_of_life_it_is_terminated_with_status_124) {
     EXPECT_EQ(run({"--timeout", "0.3"}, shell("exec sleep 100")),
               (cRun{124, "",
                     "qrv-watchdog: no sign of life from sh (pid N) for 0.3 s: it is ended\n"
                     "qrv-watchdog: sh died of signal 15, Terminated\n"}));
 }
 
-TEST(WatchdogLives, signs_that_stop_coming_are_noticed) {
+TEST(WatchdogLives, a_program_that_stops_sending_signs_of_life_is_terminated) {
     cRun const result =
         run({"--timeout", "3"}, child({"init", "take", "step", "5", "say", "hangs", "hang"}));
     EXPECT_EQ(result,
@@ -44,14 +44,14 @@ TEST(WatchdogLives, signs_that_stop_coming_are_noticed) {
                     "qrv-watchdog: watchdog_child died of signal 15, Terminated\n"}));
 }
 
-TEST(WatchdogLives, messages_other_than_1027_are_no_signs_of_life) {
+TEST(WatchdogLives, messages_other_than_1027_are_not_signs_of_life) {
     cRun const result =
         run({"--timeout", "0.5"},
             shell("exec " + child({})[0] + " init take post 1026 0 0 post 1028 0 0 hang"));
     EXPECT_EQ(result.status, 124);
 }
 
-TEST(WatchdogLives, one_that_is_deaf_to_SIGTERM_is_killed) {
+TEST(WatchdogLives, a_program_that_ignores_SIGTERM_is_killed) {
     EXPECT_EQ(run({"--timeout", "0.3", "--grace", "0.2"},
                   shell("trap '' TERM; while :; do sleep 0.1; done")),
               (cRun{124, "",
@@ -60,14 +60,14 @@ TEST(WatchdogLives, one_that_is_deaf_to_SIGTERM_is_killed) {
                     "qrv-watchdog: sh died of signal 9, Killed\n"}));
 }
 
-TEST(WatchdogLives, within_the_grace_it_can_end_in_order_and_a_hang_stays_a_hang) {
+TEST(WatchdogLives, a_hung_program_may_clean_up_within_the_grace_period) {
     EXPECT_EQ(run({"--timeout", "0.3", "--grace", "60"},
                   shell("trap 'echo ordered; exit 0' TERM; while :; do sleep 0.05; done")),
               (cRun{124, "ordered\n",
                     "qrv-watchdog: no sign of life from sh (pid N) for 0.3 s: it is ended\n"}));
 }
 
-TEST(WatchdogLives, a_stopped_program_is_a_hang_and_may_still_end_in_order) {
+TEST(WatchdogLives, a_stopped_program_counts_as_hung_and_may_still_clean_up) {
     EXPECT_EQ(run({"--timeout", "1", "--grace", "60"},
                   shell("trap 'echo ordered; exit 4' TERM; kill -STOP $$; "
                         "while :; do sleep 0.05; done")),
@@ -76,18 +76,18 @@ TEST(WatchdogLives, a_stopped_program_is_a_hang_and_may_still_end_in_order) {
                     "qrv-watchdog: sh ended with status 4\n"}));
 }
 
-TEST(WatchdogLives, its_own_status_is_passed_on) {
+TEST(WatchdogLives, the_programs_status_is_passed_on) {
     EXPECT_EQ(run({}, shell("exit 3")), (cRun{3, "", "qrv-watchdog: sh ended with status 3\n"}));
     EXPECT_EQ(run({}, shell("exit 255")),
               (cRun{255, "", "qrv-watchdog: sh ended with status 255\n"}));
 }
 
-TEST(WatchdogLives, the_signal_that_it_died_of_is_added_to_128) {
+TEST(WatchdogLives, a_program_ended_by_a_signal_gives_128_plus_its_number) {
     EXPECT_EQ(run({}, shell("kill -SEGV $$")),
               (cRun{139, "", "qrv-watchdog: sh died of signal 11, Segmentation fault\n"}));
 }
 
-TEST(WatchdogLives, restarts_are_counted_and_each_is_told) {
+TEST(WatchdogLives, restarts_are_counted_and_each_is_reported) {
     EXPECT_EQ(run({"--restart", "2"}, shell("echo life; exit 3")),
               (cRun{3, "life\nlife\nlife\n",
                     "qrv-watchdog: sh ended with status 3\n"
@@ -97,7 +97,7 @@ TEST(WatchdogLives, restarts_are_counted_and_each_is_told) {
                     "qrv-watchdog: sh ended with status 3\n"}));
 }
 
-TEST(WatchdogLives, a_hang_is_restarted_too) {
+TEST(WatchdogLives, a_hung_program_is_also_restarted) {
     EXPECT_EQ(run({"--timeout", "0.3", "--restart", "1"}, shell("exec sleep 100")),
               (cRun{124, "",
                     "qrv-watchdog: no sign of life from sh (pid N) for 0.3 s: it is ended\n"
@@ -107,8 +107,8 @@ TEST(WatchdogLives, a_hang_is_restarted_too) {
                     "qrv-watchdog: sh died of signal 15, Terminated\n"}));
 }
 
-TEST(WatchdogLives, a_restart_that_succeeds_is_the_end) {
-    // The first life reads the one line, the second finds none.
+TEST(WatchdogLives, a_successful_restart_is_the_last) {
+    // The first run reads the only line, the second run finds no input.
     cDog dog({"--restart", "5"}, shell("echo life; read line && kill -ABRT $$; exit 0"));
     EXPECT_EQ(dog.line(), "life");
     dog.write("\n");
@@ -119,8 +119,8 @@ TEST(WatchdogLives, a_restart_that_succeeds_is_the_end) {
                                   "qrv-watchdog: sh is started again, 1 of 5\n"}));
 }
 
-TEST(WatchdogLives, two_hundred_restarts_leave_no_zombie_and_no_descriptor) {
-    // Of a watch dog that kept a descriptor for each life, the last one would see more.
+TEST(WatchdogLives, two_hundred_restarts_leak_no_zombie_and_no_descriptor) {
+    // If the watch dog kept a descriptor for each run, the last run would see more of them.
     cRun const result = run({"--restart", "200"}, shell("ls /proc/$PPID/fd | wc -l; "
                                                         "ps --ppid $PPID | wc -l 2>&1; exit 1"));
     EXPECT_EQ(result.status, 1);
@@ -132,7 +132,7 @@ TEST(WatchdogLives, two_hundred_restarts_leave_no_zombie_and_no_descriptor) {
     EXPECT_EQ(lines[1], lines[401]);
 }
 
-TEST(WatchdogLives, what_cannot_be_started_is_told_with_the_reason) {
+TEST(WatchdogLives, a_failed_start_is_reported_with_the_reason) {
     dog_test::cPlainPath const path;
     EXPECT_EQ(run({"--restart", "3"}, {"/no/such/program"}),
               (cRun{127, "",
@@ -148,20 +148,20 @@ TEST(WatchdogLives, what_cannot_be_started_is_told_with_the_reason) {
                                    "directory\n"}));
 }
 
-TEST(WatchdogLives, control_characters_of_a_name_are_not_told) {
+TEST(WatchdogLives, control_characters_in_a_name_are_not_printed) {
     dog_test::cPlainPath const path;
     EXPECT_EQ(run({}, {"a\n\x1B[2Jb\x7F"}).err,
               "qrv-watchdog: cannot start a??[2Jb?: No such file or directory\n");
 }
 
-TEST(WatchdogLives, a_long_name_is_cut) {
+TEST(WatchdogLives, a_long_name_is_truncated) {
     std::string const name(5000, 'n');
     cRun const result = run({}, {name});
     EXPECT_EQ(result.status, 126);
     EXPECT_EQ(result.err, ("qrv-watchdog: cannot start " + name).substr(0, 1000) + "\n");
 }
 
-TEST(WatchdogLives, standard_streams_and_arguments_are_the_programs) {
+TEST(WatchdogLives, the_program_receives_standard_streams_and_arguments) {
     cDog dog({}, shell("cat; echo \"$0\" >&2"));
     dog.write("in\n");
     EXPECT_EQ(dog.line(), "in");
@@ -171,13 +171,14 @@ TEST(WatchdogLives, standard_streams_and_arguments_are_the_programs) {
               (cRun{0, "--timeout a b  --\n", ""}));
 }
 
-TEST(WatchdogLives, the_program_has_no_descriptor_of_the_watch_dogs) {
+TEST(WatchdogLives, the_program_inherits_no_descriptor_of_the_watch_dog) {
     cRun const alone = run({}, child({"open"}));
     EXPECT_EQ(alone, (cRun{0, "open 0 1 2\n", ""}));
 }
 
-TEST(WatchdogLives, the_program_begins_with_default_signals_but_what_a_terminal_is_not_to_send) {
-    // Under a shell that ignores what it can, and with a mask that the watch dog itself sets.
+TEST(WatchdogLives, the_program_begins_with_default_signals_except_ignored_terminal_signals) {
+    // Starts it under a shell that ignores all signals it can, and with the signal mask that the
+    // watch dog itself sets.
     std::string const dog = test::binary_file("bin/qrv-watchdog");
     cDog plain({}, child({"mask"}));
     EXPECT_EQ(plain.finish(), (cRun{0, "not as by default\n", ""}));
@@ -197,7 +198,7 @@ TEST(WatchdogLives, streams_that_the_caller_closed_are_closed_for_the_program) {
         "closed\n");
 }
 
-TEST(WatchdogLives, verbose_tells_starts_messages_and_counts) {
+TEST(WatchdogLives, verbose_reports_starts_messages_and_counts) {
     EXPECT_EQ(run({"--verbose"}, child({"init", "take", "post", "5", "6", "-7", "step", "2"})),
               (cRun{0, "linked\n",
                     "qrv-watchdog: started watchdog_child (pid N), id N\n"
@@ -208,8 +209,8 @@ TEST(WatchdogLives, verbose_tells_starts_messages_and_counts) {
               (cRun{0, "", "qrv-watchdog: started true (pid N), id N\n" + counts_of_nothing}));
 }
 
-TEST(WatchdogLives, a_reader_who_does_not_read_holds_nothing_up) {
-    // Standard error is a pipe that is full and that nobody empties.
+TEST(WatchdogLives, a_reader_that_does_not_read_delays_nothing) {
+    // Standard error is a full pipe that no process empties.
     std::string const dog = test::binary_file("bin/qrv-watchdog");
     int ends[2];
     ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);

@@ -1,4 +1,4 @@
-// Messages and the event, from programs on the library to the watch dog.
+// Messages and the event, from programs that use the library to the watch dog.
 
 #include "tests/watchdog/dog_run.h"
 #include "tools/watchdog/event.h"
@@ -10,15 +10,15 @@ using dog_test::run, dog_test::shared_child;
 
 namespace {
 
-// Runs a program alone, without a watch dog.
+// Runs a program without a watch dog.
 cRun alone(cWords const &command) {
     std::string line = "unset QRV_STARTUP_TITLE QRV_WATCHDOG_ID; exec";
     for (std::string const &word : command) line += " '" + word + "'";
-    // The shell is the watch dog's, the program is not: it does not know of it.
+    // The watch dog starts a shell; the program that the shell starts does not receive the id.
     return run({}, dog_test::shell(line));
 }
 
-TEST(WatchdogMessages, before_the_id_is_known_they_wait_and_are_sent_in_order) {
+TEST(WatchdogMessages, messages_wait_for_the_id_and_are_sent_in_order) {
     cDog dog({"--verbose"},
              child({"post", "1",    "10", "-1", "init", "post", "2",    "0", "0", "step", "1",
                     "id",   "post", "3",  "0",  "0",    "take", "post", "4", "0", "0"}));
@@ -33,7 +33,7 @@ TEST(WatchdogMessages, before_the_id_is_known_they_wait_and_are_sent_in_order) {
                             "ignored: 0\n"}));
 }
 
-TEST(WatchdogMessages, extreme_numbers_arrive_as_they_are) {
+TEST(WatchdogMessages, extreme_numbers_arrive_unchanged) {
     cRun const result = run({"--verbose"}, child({"init", "take", "post", "-1", "-1", "-2147483648",
                                                   "post", "0", "2147483647", "2147483647"}));
     EXPECT_NE(result.err.find("message 4294967295 (wParam 4294967295, lParam -2147483648)\n"),
@@ -42,18 +42,18 @@ TEST(WatchdogMessages, extreme_numbers_arrive_as_they_are) {
               std::string::npos);
 }
 
-TEST(WatchdogMessages, a_program_without_a_watch_dog_links_to_nobody_and_opens_nothing) {
+TEST(WatchdogMessages, a_program_without_a_watch_dog_connects_to_nothing_and_opens_nothing) {
     cRun const result = alone(shared_child(
         {"post", "1", "2", "3", "init", "id", "step", "1000", "post", "1", "2", "3", "open"}));
     EXPECT_EQ(result, (cRun{0, "id 4294967295\nopen 0 1 2\n", ""}));
 }
 
-TEST(WatchdogMessages, a_program_without_a_watch_dog_takes_no_id) {
+TEST(WatchdogMessages, a_program_without_a_watch_dog_accepts_no_id) {
     EXPECT_EQ(alone(shared_child({"init", "take", "id"})),
               (cRun{0, "not linked\nid 4294967295\n", ""}));
 }
 
-TEST(WatchdogMessages, a_hundred_thousand_signs_of_life) {
+TEST(WatchdogMessages, a_hundred_thousand_signs_of_life_are_handled) {
     cRun const result =
         run({"--verbose"}, child({"init", "take", "step", "100000", "say", "done"}));
     EXPECT_EQ(result.status, 0);
@@ -63,13 +63,13 @@ TEST(WatchdogMessages, a_hundred_thousand_signs_of_life) {
                                   std::regex("signs of life: ([0-9]+) messages, 100000 events; "
                                              "other messages: 0; ignored: 0\n")))
         << result.err;
-    // Those that found the socket full are lost.
+    // Messages sent while the socket is full are lost.
     EXPECT_GE(std::stoi(counts[1]), 1);
     EXPECT_LE(std::stoi(counts[1]), 100000);
 }
 
 TEST(WatchdogMessages, the_event_alone_keeps_a_program_alive) {
-    // It never takes the id, so its messages stay in its queue.
+    // The program never takes the id, so its messages stay in its queue.
     cDog dog({"--timeout", "2", "--verbose"}, child({"init", "id", "busy", "say", "done"}));
     EXPECT_EQ(dog.line(), "id 0");
     ::sleep(5);
@@ -94,7 +94,7 @@ TEST(WatchdogMessages, messages_alone_keep_a_program_alive) {
     EXPECT_EQ(dog.finish(), (cRun{0, "done\n", ""}));
 }
 
-TEST(WatchdogMessages, two_watch_dogs_at_once_the_second_has_no_event) {
+TEST(WatchdogMessages, the_second_of_two_watch_dogs_has_no_event) {
     cDog first({"--verbose"}, child({"init", "take", "wait", "step", "1"}));
     EXPECT_EQ(first.line(), "linked");
     cDog second({"--verbose"}, child({"init", "take", "step", "2"}), first.event());
@@ -106,7 +106,7 @@ TEST(WatchdogMessages, two_watch_dogs_at_once_the_second_has_no_event) {
                         "qrv-watchdog: signs of life: 2 messages, 0 events; other messages: 0; "
                         "ignored: 0\n"}));
     first.end_input();
-    // Of one name there is one event: the second program's signs raised it too.
+    // There is only one event of a name: the second program's signs of life raised it, too.
     EXPECT_EQ(first.finish(),
               (cRun{0, "",
                     "qrv-watchdog: started watchdog_child (pid N), id N\n"
@@ -128,11 +128,11 @@ TEST(WatchdogMessages, the_event_of_a_killed_watch_dog_is_replaced) {
                     "qrv-watchdog: signs of life: 1 messages, 1 events; other messages: 0; "
                     "ignored: 0\n"}));
     EXPECT_NE(::access(("/dev/shm/sem." + name).c_str(), F_OK), 0);
-    killed.end_input(); // its program lives on, and ends now
+    killed.end_input(); // its program still runs, and ends now
     EXPECT_EQ(killed.rest(), "");
 }
 
-TEST(WatchdogMessages, datagrams_of_a_wrong_length_are_ignored_and_told_once) {
+TEST(WatchdogMessages, datagrams_of_a_wrong_length_are_ignored_and_reported_once) {
     cRun const result =
         run({"--verbose"},
             child({"init", "take", "raw", "11", "raw", "13", "raw", "0", "post", "9", "0", "0"}));
@@ -145,30 +145,30 @@ TEST(WatchdogMessages, datagrams_of_a_wrong_length_are_ignored_and_told_once) {
                     "ignored: 3\n"}));
 }
 
-TEST(WatchdogMessages, without_verbose_nothing_is_told_of_them) {
+TEST(WatchdogMessages, without_verbose_they_are_not_reported) {
     EXPECT_EQ(run({}, child({"init", "take", "raw", "11", "post", "9", "0", "0"})),
               (cRun{0, "linked\n", ""}));
 }
 
-// Only the superuser can become another one. For all else see the credentials that
-// thread_link_test.cpp forges.
-TEST(WatchdogMessages, those_of_another_user_are_ignored_and_told_once) {
+// Only the superuser can become another user. thread_link_test.cpp tests the rest with forged
+// credentials.
+TEST(WatchdogMessages, messages_of_another_user_are_ignored_and_reported_once) {
     bool const root = ::geteuid() == 0;
-    std::string const told =
+    std::string const reported =
         root ? "qrv-watchdog: a datagram sent by user 65534 is ignored, as all like it\n" : "";
     EXPECT_EQ(
         run({"--verbose"}, child({"init", "take", "step", "1", "user",
                                   root ? "65534" : std::to_string(::geteuid()), "step", "2"})),
         (cRun{0, root ? "linked\n" : "linked\nno other user\n",
-              "qrv-watchdog: started watchdog_child (pid N), id N\n" + told +
+              "qrv-watchdog: started watchdog_child (pid N), id N\n" + reported +
                   "qrv-watchdog: signs of life: " + (root ? "1" : "3") +
                   " messages, 3 events; other messages: 0; ignored: " + (root ? "2" : "0") +
                   "\n"}));
 }
 
-// The library as it is installed and the event's own name. Another watch dog, of another run of
-// these tests or of somebody who works with one, may have it; then messages alone are tested.
-TEST(WatchdogMessages, the_shared_library_and_the_default_event) {
+// The installed library and the default name of the event. Another watch dog, of another run of
+// these tests or of somebody at work, may own the event; then only messages are tested.
+TEST(WatchdogMessages, the_shared_library_uses_the_default_event) {
     cDog dog({"--verbose", "--", shared_child({})[0], "init", "take", "step", "3"});
     cRun const result = dog.finish();
     EXPECT_EQ(result.status, 0);
@@ -182,7 +182,7 @@ TEST(WatchdogMessages, the_shared_library_and_the_default_event) {
         std::regex("signs of life: 3 messages, ([0-9]+) events; other messages: 0; ignored: 0\n")))
         << result.err;
     if (owner)
-        EXPECT_GE(std::stoi(counts[1]), 3); // others may raise it too
+        EXPECT_GE(std::stoi(counts[1]), 3); // other programs may raise it, too
     else
         EXPECT_EQ(counts[1], "0");
 }

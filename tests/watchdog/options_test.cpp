@@ -1,4 +1,4 @@
-// The command line: what is taken, and the whole text of what is refused.
+// The command line: accepted arguments, and the whole text printed for refused ones.
 
 #include "tools/watchdog/options.h"
 
@@ -29,7 +29,7 @@ std::string refused(std::vector<char const *> arguments) {
     return result.error.substr(0, result.error.size() - hint.size());
 }
 
-TEST(WatchdogOptions, defaults) {
+TEST(WatchdogOptions, options_have_defaults) {
     cParsed const result = parsed({"--", "p"});
     ASSERT_TRUE(result.options);
     EXPECT_EQ(result.options->rules.timeout, 30s);
@@ -40,7 +40,7 @@ TEST(WatchdogOptions, defaults) {
     EXPECT_EQ(result.options->command, std::vector<std::string>{"p"});
 }
 
-TEST(WatchdogOptions, all_of_them) {
+TEST(WatchdogOptions, all_options_are_read) {
     cParsed const result = parsed({"--timeout", "0.25", "--grace=2", "--restart", "7", "--event",
                                    "A.b_c-1", "--verbose", "--", "p", "a"});
     ASSERT_TRUE(result.options);
@@ -52,14 +52,14 @@ TEST(WatchdogOptions, all_of_them) {
     EXPECT_TRUE(result.options->verbose);
 }
 
-TEST(WatchdogOptions, nothing_behind_the_first_mark_is_looked_at) {
+TEST(WatchdogOptions, arguments_after_the_first_mark_are_not_parsed) {
     cParsed const result = parsed({"--", "p", "--timeout", "x", "--", "", "--help"});
     ASSERT_TRUE(result.options);
     EXPECT_EQ(result.options->command,
               (std::vector<std::string>{"p", "--timeout", "x", "--", "", "--help"}));
 }
 
-TEST(WatchdogOptions, spans_at_their_limits) {
+TEST(WatchdogOptions, time_spans_at_their_limits_are_accepted) {
     EXPECT_EQ(span_of("1000000"), cSpan(1000000s));
     EXPECT_EQ(span_of("1000000.1"), std::nullopt);
     EXPECT_EQ(span_of("0.001"), cSpan(1ms));
@@ -71,7 +71,7 @@ TEST(WatchdogOptions, spans_at_their_limits) {
         EXPECT_EQ(span_of(wrong), std::nullopt) << wrong;
 }
 
-TEST(WatchdogOptions, refused_spans_are_told) {
+TEST(WatchdogOptions, invalid_time_spans_are_reported) {
     EXPECT_EQ(refused({"--timeout", "0", "--", "p"}),
               "--timeout: '0' is no number of seconds above 0, 1000000 at most");
     EXPECT_EQ(refused({"--grace", "nan", "--", "p"}),
@@ -79,7 +79,7 @@ TEST(WatchdogOptions, refused_spans_are_told) {
     EXPECT_EQ(refused({"--timeout", "--", "p"}), "--timeout: 1 required S missing");
 }
 
-TEST(WatchdogOptions, restarts_at_their_limits) {
+TEST(WatchdogOptions, restarts_at_their_limits_are_accepted) {
     EXPECT_EQ(parsed({"--restart", "1000000", "--", "p"}).options->rules.restarts, 1000000);
     EXPECT_EQ(refused({"--restart", "1000001", "--", "p"}),
               "--restart: Value 1000001 not in range 0 to 1000000");
@@ -87,7 +87,7 @@ TEST(WatchdogOptions, restarts_at_their_limits) {
               "--restart: Value -1 not in range 0 to 1000000");
 }
 
-TEST(WatchdogOptions, event_names_at_their_limits) {
+TEST(WatchdogOptions, event_names_at_their_limits_are_accepted) {
     std::string const longest(64, 'e');
     EXPECT_EQ(parsed({"--event", longest.c_str(), "--", "p"}).options->event, longest);
     std::string const wrong = "--event: a name is 1 to 64 letters, digits, _, - and .";
@@ -96,7 +96,7 @@ TEST(WatchdogOptions, event_names_at_their_limits) {
         EXPECT_EQ(refused({"--event", name, "--", "p"}), wrong) << name;
 }
 
-TEST(WatchdogOptions, a_program_is_required_behind_the_mark) {
+TEST(WatchdogOptions, a_program_is_required_after_the_mark) {
     EXPECT_EQ(refused({}), "-- PROGRAM is required");
     EXPECT_EQ(refused({"--"}), "-- PROGRAM is required");
     EXPECT_EQ(refused({"--verbose"}), "-- PROGRAM is required");
@@ -107,11 +107,11 @@ TEST(WatchdogOptions, a_program_is_required_behind_the_mark) {
               "The following argument was not expected: --colour" + hint);
 }
 
-TEST(WatchdogOptions, an_empty_command_line_without_its_own_name) {
+TEST(WatchdogOptions, a_command_line_without_a_program_name_is_refused) {
     EXPECT_EQ(parse(0, nullptr).status, 2);
 }
 
-// The numbers in the paragraph after this beginning, each with the words up to the next one.
+// The numbers that begin lines in the paragraph after this heading, each with its description.
 std::map<int, std::string> numbers_of(std::string const &text, std::string const &beginning) {
     size_t const begin = text.find(beginning);
     if (begin == std::string::npos) return {};
@@ -123,7 +123,7 @@ std::map<int, std::string> numbers_of(std::string const &text, std::string const
     return found;
 }
 
-TEST(WatchdogOptions, help_and_page_have_the_exit_codes_of_the_list) {
+TEST(WatchdogOptions, help_and_manual_list_the_exit_codes) {
     std::ifstream is(test::source_file("docs/watchdog.md"));
     std::string const text{std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
     std::map<int, std::pair<std::string, std::string>> const meanings = {
@@ -145,7 +145,7 @@ TEST(WatchdogOptions, help_and_page_have_the_exit_codes_of_the_list) {
     }
 }
 
-TEST(WatchdogOptions, help) {
+TEST(WatchdogOptions, help_is_printed) {
     EXPECT_EQ(
         parsed({"--help"}).output,
         "Starts a program, waits for its signs of life, and ends it when none come.\n"
@@ -182,7 +182,7 @@ TEST(WatchdogOptions, help) {
         "\n");
 }
 
-TEST(WatchdogOptions, the_program_itself_says_them) {
+TEST(WatchdogOptions, the_program_prints_them) {
     using dog_test::cDog, dog_test::cRun;
     EXPECT_EQ(cDog({"--version"}).finish(),
               (cRun{0, "Quorvanta v1.0.0\nby the Quorvanta developers\n", ""}));

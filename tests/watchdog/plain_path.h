@@ -1,6 +1,6 @@
 #pragma once
-// Where programs are looked for, as far as a test depends on it: a folder of PATH that the user may
-// not look into would change why a name isn't found.
+// Where a program is searched, as far as a test depends on it: a folder of PATH that the user may
+// not read would change the reason why a name isn't found.
 
 #include <cstdlib>
 #include <optional>
@@ -8,7 +8,7 @@
 
 namespace dog_test {
 
-// While it lives PATH has the system's folders alone.
+// Reduces PATH to the system's folders until the end of the scope.
 class cPlainPath {
   public:
     cPlainPath() {

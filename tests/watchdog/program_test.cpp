@@ -1,4 +1,4 @@
-// The watched program as a process: its environment, and how starts fail.
+// The watched program as a process: its environment, and failed starts.
 
 #include "tools/watchdog/program.h"
 
@@ -25,7 +25,7 @@ TEST(WatchdogProgram, title_and_id_are_added_to_the_environment) {
               (cTexts{"A=1", "B=", "QRV_STARTUP_TITLE=WatchDog", "QRV_WATCHDOG_ID=4294967294"}));
 }
 
-TEST(WatchdogProgram, what_a_watch_dog_above_us_said_is_replaced) {
+TEST(WatchdogProgram, variables_of_an_outer_watch_dog_are_replaced) {
     char const *const ours[] = {"QRV_STARTUP_TITLE=other", "QRV_STARTUP_TITLES=x",
                                 "QRV_WATCHDOG_ID=5",       "QRV_WATCHDOG_ID=6",
                                 "XQRV_WATCHDOG_ID=7",      nullptr};
@@ -33,12 +33,12 @@ TEST(WatchdogProgram, what_a_watch_dog_above_us_said_is_replaced) {
                                                "QRV_STARTUP_TITLE=WatchDog", "QRV_WATCHDOG_ID=1"}));
 }
 
-TEST(WatchdogProgram, an_empty_environment) {
+TEST(WatchdogProgram, an_empty_environment_gets_title_and_id) {
     EXPECT_EQ(environment_of(nullptr, 2),
               (cTexts{"QRV_STARTUP_TITLE=WatchDog", "QRV_WATCHDOG_ID=2"}));
 }
 
-TEST(WatchdogProgram, the_error_of_a_failed_start) {
+TEST(WatchdogProgram, a_failed_start_returns_its_error) {
     dog_test::cPlainPath const path;
     EXPECT_EQ(cProgram({"/no/such"}, 1).start(), ENOENT);
     EXPECT_EQ(cProgram({"no-such-program-anywhere"}, 1).start(), ENOENT);
@@ -47,16 +47,16 @@ TEST(WatchdogProgram, the_error_of_a_failed_start) {
     EXPECT_EQ(cProgram({test::source_file("README.md")}, 1).start(), EACCES);
 }
 
-TEST(WatchdogProgram, what_was_not_started_has_not_ended_and_takes_no_signal) {
+TEST(WatchdogProgram, a_program_not_started_has_not_ended_and_receives_no_signal) {
     cProgram program({"/no/such"}, 1);
     program.start();
     EXPECT_FALSE(program.is_running());
     EXPECT_FALSE(program.ended());
-    program.signal(9); // to process id 0 it would be our own group's
+    program.signal(9); // process id 0 would mean the test's own process group
     EXPECT_EQ(program.full_name(), "such");
 }
 
-TEST(WatchdogProgram, an_orphan_that_comes_to_us_leaves_no_zombie) {
+TEST(WatchdogProgram, an_adopted_orphan_leaves_no_zombie) {
     auto const ended_child = [] {
         siginfo_t info{};
         ::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT);
@@ -76,7 +76,7 @@ TEST(WatchdogProgram, an_orphan_that_comes_to_us_leaves_no_zombie) {
     ::prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
-TEST(WatchdogProgram, names_have_no_folders) {
+TEST(WatchdogProgram, names_are_printed_without_folders) {
     EXPECT_EQ(cProgram({"a/b/c", "d/e"}, 1).name(), "c");
     EXPECT_EQ(cProgram({"c"}, 1).name(), "c");
     EXPECT_EQ(cProgram({"c/"}, 1).name(), "");

@@ -1,4 +1,4 @@
-// Signals to the watch dog: passed on, waited for, and everything cleaned up.
+// Signals to the watch dog: it passes them on, waits, and cleans everything up.
 
 #include "tests/watchdog/dog_run.h"
 
@@ -17,7 +17,7 @@ std::string trapping(char const *signals) {
            "; echo ready; while :; do sleep 0.05; done";
 }
 
-TEST(WatchdogSignals, are_passed_on_and_the_status_is_128_and_the_number) {
+TEST(WatchdogSignals, are_passed_on_and_the_status_is_128_plus_the_number) {
     struct cCase {
         char const *name;
         int number;
@@ -32,14 +32,14 @@ TEST(WatchdogSignals, are_passed_on_and_the_status_is_128_and_the_number) {
     }
 }
 
-TEST(WatchdogSignals, a_program_that_dies_of_it_is_nothing_to_tell) {
+TEST(WatchdogSignals, a_program_ended_by_the_signal_is_not_reported) {
     cDog dog({}, child({"init", "take", "wait"}));
     EXPECT_EQ(dog.line(), "linked");
     dog.signal(SIGTERM);
     EXPECT_EQ(dog.finish(), (cRun{143, "", ""}));
 }
 
-TEST(WatchdogSignals, a_program_that_is_deaf_is_killed_after_the_grace) {
+TEST(WatchdogSignals, a_program_that_ignores_it_is_killed_after_the_grace_period) {
     cDog dog({"--grace", "0.3"}, child({"deaf", "say", "ready", "wait"}));
     EXPECT_EQ(dog.line(), "ready");
     dog.signal(SIGTERM);
@@ -50,14 +50,14 @@ TEST(WatchdogSignals, a_program_that_is_deaf_is_killed_after_the_grace) {
     EXPECT_FALSE(is_there(dog));
 }
 
-TEST(WatchdogSignals, a_stopped_program_gets_it_and_goes_on_to_its_end) {
+TEST(WatchdogSignals, a_stopped_program_receives_it_and_is_continued) {
     cDog dog({"--grace", "60"}, child({"say", "ready", "stop", "say", "not reached", "wait"}));
     EXPECT_EQ(dog.line(), "ready");
     dog.signal(SIGTERM);
     EXPECT_EQ(dog.status(), 143);
 }
 
-TEST(WatchdogSignals, a_second_one_is_passed_on_too_and_the_first_one_counts) {
+TEST(WatchdogSignals, a_second_signal_is_also_passed_on_and_the_first_determines_the_status) {
     cDog dog({"--grace", "60"}, shell("trap 'echo hup' HUP; trap 'echo term; exit 9' TERM; "
                                       "echo ready; while :; do sleep 0.05; done"));
     EXPECT_EQ(dog.line(), "ready");
@@ -67,7 +67,7 @@ TEST(WatchdogSignals, a_second_one_is_passed_on_too_and_the_first_one_counts) {
     EXPECT_EQ(dog.finish(), (cRun{128 + SIGHUP, "term\n", ""}));
 }
 
-TEST(WatchdogSignals, a_watch_dog_that_was_stopped_waits_anew) {
+TEST(WatchdogSignals, a_watch_dog_that_was_stopped_restarts_its_wait) {
     cDog dog({"--timeout", "3"}, child({"say", "ready", "hang"}));
     EXPECT_EQ(dog.line(), "ready");
     dog.signal(SIGSTOP);
@@ -78,26 +78,28 @@ TEST(WatchdogSignals, a_watch_dog_that_was_stopped_waits_anew) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2900));
 }
 
-TEST(WatchdogSignals, one_that_the_caller_ignores_ends_nobody) {
-    // The watch dog outside passes it on to the one inside.
+TEST(WatchdogSignals, a_signal_that_the_caller_ignores_ends_no_process) {
+    // The outer watch dog passes the signal on to the inner one.
     cDog dog({"--grace", "60"},
              shell("trap '' HUP; exec " + test::binary_file("bin/qrv-watchdog") + " --event " +
                    dog_test::own_name() + " -- " + child({})[0] + " say ready wait say done"));
     EXPECT_EQ(dog.line(), "ready");
     dog.signal(SIGHUP);
-    ::usleep(300000); // it is there by then
+    ::usleep(300000); // the program has started by then
     dog.end_input();
     EXPECT_EQ(dog.finish(), (cRun{128 + SIGHUP, "done\n", ""}));
 }
 
-// A terminal sends its interrupt to all of the group, so it must not come twice.
-TEST(WatchdogSignals, an_interrupt_from_the_terminal_comes_once) {
+// A terminal sends its interrupt to the whole process group, so the watch dog must not send it
+// again.
+TEST(WatchdogSignals, an_interrupt_from_the_terminal_arrives_once) {
     int const terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_GE(terminal, 0);
     ASSERT_EQ(::grantpt(terminal), 0);
     ASSERT_EQ(::unlockpt(terminal), 0);
     std::string const name = ::ptsname(terminal);
-    // setsid lets the shell open the terminal as its own; the watch dog is in its group.
+    // setsid lets the shell open the terminal as its controlling terminal; the watch dog is in its
+    // group.
     cDog dog({"--grace", "60"},
              {"setsid", "-w", "/bin/sh", "-c",
               "exec <" + name + "; exec " + test::binary_file("bin/qrv-watchdog") +
@@ -110,7 +112,7 @@ TEST(WatchdogSignals, an_interrupt_from_the_terminal_comes_once) {
     EXPECT_EQ(dog.line(), "int 1");
     ASSERT_EQ(::write(terminal, "\x03", 1), 1);
     EXPECT_EQ(dog.line(), "int 2");
-    ::close(terminal); // it hangs up, and the program dies of that; the interrupt came first
+    ::close(terminal); // sends a hangup, by which the program ends; the interrupt arrived before
     EXPECT_EQ(dog.finish(), (cRun{130, "", "qrv-watchdog: setsid ended with status 130\n"}));
 }
 

@@ -1,4 +1,4 @@
-// What is told to readers that do not read, or slowly: no line holds the watch dog up for long.
+// Messages to readers that do not read or read slowly: no line delays the watch dog for long.
 
 #include "tools/watchdog/tell.h"
 
@@ -20,7 +20,7 @@ using watchdog::cDescriptor, watchdog::tell;
 
 namespace {
 
-// Standard error goes there as long as it lives.
+// Redirects standard error until the end of the scope.
 class cRedirected {
   public:
     explicit cRedirected(int to) : before_(::dup(STDERR_FILENO)) { ::dup2(to, STDERR_FILENO); }
@@ -44,7 +44,7 @@ void fill(int descriptor, std::size_t at_once) {
     set_blocking(descriptor, true);
 }
 
-// The longest line: 1,000 characters and its end.
+// The longest line: 1,000 characters and the line end.
 std::string const text(2000, 'n');
 std::string const line = ("qrv-watchdog: " + text).substr(0, 1000) + "\n";
 
@@ -61,7 +61,7 @@ struct cPipe {
     cDescriptor reader, writer;
 };
 
-TEST(WatchdogTell, lines_are_cut_and_stand_alone) {
+TEST(WatchdogTell, lines_are_truncated_and_separate) {
     cPipe pipe;
     {
         cRedirected const redirected(pipe.writer.number());
@@ -74,7 +74,7 @@ TEST(WatchdogTell, lines_are_cut_and_stand_alone) {
     EXPECT_EQ(read, "qrv-watchdog: a?b\n" + line);
 }
 
-TEST(WatchdogTell, a_terminal_with_room_for_a_part_of_a_line_holds_nothing_up) {
+TEST(WatchdogTell, a_terminal_with_space_for_a_part_of_a_line_delays_nothing) {
     cDescriptor const terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
     ASSERT_TRUE(terminal);
     ASSERT_EQ(::grantpt(terminal.number()), 0);
@@ -82,16 +82,17 @@ TEST(WatchdogTell, a_terminal_with_room_for_a_part_of_a_line_holds_nothing_up) {
     cDescriptor const screen(::open(::ptsname(terminal.number()), O_RDWR | O_NOCTTY | O_CLOEXEC));
     ASSERT_TRUE(screen);
     fill(screen.number(), 100);
-    std::string some(4096, '\0'); // room, and less than the lines take
+    std::string some(4096, '\0'); // space for less than the lines need
     ASSERT_GT(::read(terminal.number(), some.data(), some.size()), 0);
     cRedirected const redirected(screen.number());
-    for (int i = 0; i < 100; ++i) tell(text); // comes back
+    for (int i = 0; i < 100; ++i) tell(text); // returns
 }
 
-// A page becomes free every 100 ms, which is room for four lines. A watch dog that waited for it
-// each time would get rid of all lines, and would do nothing else for five seconds.
-TEST(WatchdogTell, a_slow_reader_is_waited_for_once) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1100)); // no test before us has waited
+// A page becomes free every 100 ms, which is enough for four lines. If the watch dog waited each
+// time, it would print all lines and do nothing else for five seconds.
+TEST(WatchdogTell, the_watch_dog_waits_once_for_a_slow_reader) {
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(1100)); // no earlier test has waited within this time
     cPipe pipe;
     fill(pipe.writer.number(), 4096);
     std::atomic<bool> over = false;

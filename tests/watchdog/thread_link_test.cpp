@@ -1,5 +1,5 @@
-// The receiving end of messages: which datagrams are messages, judged by made-up ones and by real
-// ones.
+// The receiver of messages: which datagrams count as messages, with fabricated and with real
+// datagrams.
 
 #include "tools/watchdog/thread_link.h"
 
@@ -24,7 +24,7 @@ namespace {
 constexpr unsigned char bytes_of_a_message[12] = {3,    4,    0,    0,    0xFF, 0xFE,
                                                   0xFD, 0xFC, 0xFE, 0xFF, 0xFF, 0xFF};
 
-// A datagram as recvmsg tells it, with credentials that nobody need have.
+// A datagram as recvmsg returns it, with any credentials.
 class cForged {
   public:
     explicit cForged(unsigned int user) {
@@ -61,7 +61,7 @@ TEST(WatchdogJudge, twelve_bytes_of_our_own_user_are_a_message_lowest_byte_first
     EXPECT_EQ(datagram.message, (cMessage{1027, 0xFCFDFEFFu, -2}));
 }
 
-TEST(WatchdogJudge, another_user_is_foreign_the_superuser_too) {
+TEST(WatchdogJudge, another_user_is_foreign_even_the_superuser) {
     for (unsigned int user : {1001u, 0u, 65534u, 0xFFFFFFFFu}) {
         cForged const forged(user);
         cDatagram const datagram = judge(forged.header, 12, 1000);
@@ -82,7 +82,7 @@ TEST(WatchdogJudge, a_datagram_cut_to_the_right_length_is_wrong) {
     EXPECT_EQ(judge(forged.header, 12, 1000).kind, cKind::wrong_length);
 }
 
-TEST(WatchdogJudge, who_does_not_say_who_it_is_is_no_sender) {
+TEST(WatchdogJudge, a_datagram_without_credentials_has_no_sender) {
     cForged none(1000);
     none.header.msg_controllen = 0;
     EXPECT_EQ(judge(none.header, 12, 1000).kind, cKind::no_sender);
@@ -100,7 +100,7 @@ TEST(WatchdogJudge, who_does_not_say_who_it_is_is_no_sender) {
     EXPECT_EQ(judge(cut.header, 12, 1000).kind, cKind::no_sender);
 }
 
-// Sends to a link in this process.
+// Sends to a receiver in this process.
 class cSender {
   public:
     explicit cSender(std::uint32_t id) : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
@@ -146,16 +146,16 @@ class cSender {
     socklen_t length_ = 0;
 };
 
-// Numbers that no other test and no process has as an id.
+// Numbers that no other test and no process uses as an id.
 std::uint32_t own_id() { return 0x80000000u + static_cast<std::uint32_t>(::getpid()); }
 
-TEST(WatchdogLink, nothing_waits_at_first) {
+TEST(WatchdogLink, no_datagram_waits_at_first) {
     cThreadLink link(own_id());
     EXPECT_EQ(link.id(), own_id());
     EXPECT_EQ(link.take().kind, cKind::nothing);
 }
 
-TEST(WatchdogLink, datagrams_are_taken_in_order_each_by_its_length) {
+TEST(WatchdogLink, datagrams_are_received_in_order_and_classified_by_length) {
     cThreadLink link(own_id());
     cSender sender(link.id());
     for (size_t size : {12u, 11u, 13u, 0u, 12u}) ASSERT_TRUE(sender.send(size));
@@ -164,11 +164,11 @@ TEST(WatchdogLink, datagrams_are_taken_in_order_each_by_its_length) {
         EXPECT_EQ(link.take().kind, kind);
 }
 
-TEST(WatchdogLink, a_descriptor_that_is_sent_along_is_never_received) {
+TEST(WatchdogLink, an_attached_descriptor_is_never_received) {
     cThreadLink link(own_id());
     cSender sender(link.id());
     int const probe = ::dup(0);
-    ::close(probe); // the lowest free number
+    ::close(probe); // reuses the lowest free number
     ASSERT_TRUE(sender.send_with_descriptor(link.descriptor()));
     EXPECT_EQ(link.take().kind, cKind::no_sender);
     int const after = ::dup(0);
@@ -176,7 +176,7 @@ TEST(WatchdogLink, a_descriptor_that_is_sent_along_is_never_received) {
     EXPECT_EQ(after, probe);
 }
 
-TEST(WatchdogLink, an_id_in_use_is_not_taken_twice) {
+TEST(WatchdogLink, an_id_in_use_is_not_used_twice) {
     cThreadLink first(own_id()), second(own_id());
     EXPECT_EQ(second.id(), own_id() + 0x400000);
     cSender sender(second.id());
@@ -185,13 +185,13 @@ TEST(WatchdogLink, an_id_in_use_is_not_taken_twice) {
     EXPECT_EQ(second.take().kind, cKind::message);
 }
 
-TEST(WatchdogLink, an_id_is_free_again_at_the_end) {
+TEST(WatchdogLink, an_id_is_free_again_after_its_link_ends) {
     { cThreadLink const first(own_id()); }
     cThreadLink const second(own_id());
     EXPECT_EQ(second.id(), own_id());
 }
 
-TEST(WatchdogLink, when_all_ids_are_in_use_it_fails) {
+TEST(WatchdogLink, it_fails_when_all_ids_are_in_use) {
     std::vector<cDescriptor> taken;
     for (std::uint32_t i = 0; i < 16; ++i) {
         taken.push_back(bind_abstract("qrv-thread-" + std::to_string(own_id() + i * 0x400000)));
@@ -205,7 +205,7 @@ TEST(WatchdogLink, when_all_ids_are_in_use_it_fails) {
     }
 }
 
-TEST(WatchdogSocket, names_at_their_limit) {
+TEST(WatchdogSocket, names_at_their_limit_are_accepted) {
     std::string const start = "test-" + std::to_string(::getpid()) + "-";
     EXPECT_TRUE(bind_abstract(start + std::string(107 - start.size(), 'x')));
     EXPECT_FALSE(bind_abstract(start + std::string(108 - start.size(), 'x')));

@@ -1,8 +1,8 @@
 // cObj::getattrp: a value deep in a tree by a path such as a/b/0.
 //
-// DELIBERATE: any token stands as a separator between two keys.   Pinned: any_token_separates_keys
-// DELIBERATE: what is wrong with a path is a line, not an error with a code.
-//   Pinned: a_wrong_path_is_a_line_and_no_error_with_a_code
+// DELIBERATE: any token separates two keys.   Pinned: any_token_separates_keys
+// DELIBERATE: an error in a path is printed as a line and has no code.
+//   Pinned: a_wrong_path_prints_a_line_without_an_error_code
 
 #include "diagnostics/cerr_names.h"
 #include "diagnostics/cerrline.h"
@@ -25,7 +25,7 @@ objref cObj::getattrp(std::string const &path) {
     for (cObj *at = this;; at = value.get()) {
         objref const key = scan.key();
         if (!key) return refused(path, ", bad entry: " + scan.token().text);
-        value = at ? at->getattr(key) : cat::badfind(); // RUNS FOREIGN CODE
+        value = at ? at->getattr(key) : cat::badfind(); // RUNS USER CODE
         if (scan.follower().code == tkEof || value == cat::badfind()) return value;
         scan.next();
         if (scan.token().code == '/' && scan.follower().code == tkEof)

@@ -1,20 +1,21 @@
-// cObj::setattrp: writing by a path, one value or the statements of a text.
+// cObj::setattrp: writing by a path, one value or the statements of a string.
 //
 //   statement = { ";" | "," } path operator value        path = [ "/" ] key { "/" key }
-//   operator    walks to             does there                       makes missing levels
-//   = or none   the last but one     copyitem(last key, value)        with force
-//   &=          the last but one     setattr(last key, value)         with force
-//   +=          the last             add(value)                       with force, for a map
-//   <<          the last             append(value)                    never
+//   operator    walks to             calls there                 creates missing levels
+//   = or none   the last but one     copyitem(last key, value)   with force
+//   &=          the last but one     setattr(last key, value)    with force
+//   +=          the last             add(value)                  with force, for a map
+//   <<          the last             append(value)               never
 //
-// A statement is parsed, its value is read, it is applied; what can't be parsed ends the text, for
-// nobody knows where the next statement begins. Errors of parse and walk are the scanner's, those
-// of the operation are raised as ever.
+// Each statement is parsed, its value is read, and it is applied. A syntax error ends the text,
+// since the start of the next statement is unknown. Errors of parsing and walking are the
+// scanner's; those of the operation are raised as usual.
 //
-// A text is one reading from its first to its last statement: one budget for the merges inside its
-// values, nothing is loaded, and a living report takes whatever goes wrong. Applying is a
-// program's act and free of that budget; only where the text stands inside of another reading,
-// whose back references it can name, is a value refused that holds what it would be stored in.
+// The text is one reading from its first to its last statement: it has one budget for the merges
+// inside its values, loads nothing, and an existing report receives all errors. Applying is an
+// action of the program and not limited by that budget. But if the text is read inside another
+// reading, whose back references it can name, a value that contains its own destination is
+// rejected.
 
 #include "containers/cmergebudget.h"
 #include "qrv/core/ctypes.h"
@@ -41,19 +42,19 @@ class cPathStatement {
     cPathStatement &operator=(cPathStatement const &) = delete;
     ~cPathStatement() = default;
 
-    // The next statement up to its operator. False, reported, if it is none; at the end of the text
-    // it is empty.
+    // Parses the next statement up to its operator. False, after a report, on a syntax error; at
+    // the end of the text the statement is empty.
     bool parse(bool need_operator);
     bool empty() const noexcept { return keys_.empty(); }
-    // Not to be called when empty. RUNS FOREIGN CODE. A value from a text is refused where a merge
-    // of the reading around would be.
+    // Requires a non-empty statement. RUNS USER CODE. Rejects a value from text where the
+    // enclosing reading would reject a merge.
     bool apply(objref const &root, objref const &value, bool force, bool from_text);
     cAttrScan &scan() noexcept { return path_.scan(); }
 
   private:
     struct cKey {
         objref key;
-        unsigned line; // where it stands, for reports
+        unsigned line; // its position, for reports
         unsigned column;
     };
 
@@ -101,7 +102,7 @@ bool cPathStatement::refuse_walk(cErrText const &error, size_t stopped_at,
     os.imbue(std::locale::classic());
     for (size_t i = 0; i <= stopped_at; ++i) {
         os << '/';
-        keys_[i].key->writeobj(os); // RUNS FOREIGN CODE
+        keys_[i].key->writeobj(os); // RUNS USER CODE
     }
     std::string const path = shown_path(os.str(), cat::ReadReport::current() != nullptr);
     std::string const &named = what.empty() ? what : operator_.text;
@@ -111,7 +112,7 @@ bool cPathStatement::refuse_walk(cErrText const &error, size_t stopped_at,
     return false;
 }
 
-// From the root to the object that is to change.
+// Walks from the root to the object that the operation changes.
 bool cPathStatement::walk(objref &at, objref const &value, bool force) {
     bool const adds = operator_.code == tkAddAssign;
     bool const whole = adds || operator_.code == tkShiftLeft;

@@ -1,4 +1,4 @@
-// cat::SourceMap::spans by a path: the walk of cObj::getattrp over nodes.
+// cat::SourceMap::spans by a path: like cObj::getattrp, but walks over nodes.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ctypeobj.h"
@@ -6,7 +6,7 @@
 #include "text/path/cpath_scan.h"
 
 namespace {
-// Where the attributes of a value are that a text can give; null if there are none.
+// The attributes of a value that text can set; null if it has no such attributes.
 cAttrHash *attributes_of(cObj &value) {
     if (auto *const map = dynamic_cast<cMapObj *>(&value)) return &map->datamap();
     auto *const type = dynamic_cast<cTypeObj *>(&value);

@@ -1,9 +1,9 @@
 #include "qrv/text/read/cattrscan.h"
 
-// The scanner of the reader without the reading of values: tokens and the end-of-input latch,
+// The scanner of the reader, without the reading of values: tokens and the end-of-input flag,
 // composing and sending errors, the summary, files, comments. An error is composed in three steps:
-// errs() or errp(), the text, fire(). The stream for it is made by the first error, since there is
-// a scan for each container and most see none.
+// errs() or errp(), the text, fire(). The first error creates the stream for it, since each
+// container has a scan and most have no errors.
 
 #include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
@@ -20,11 +20,11 @@ cAttrScan::cAttrScan(std::istream &is, bool report) : cAttrScanner(is), report_(
 cAttrScan::cAttrScan(std::istream *is, bool report) : cAttrScanner(is), report_(report) { start(); }
 
 void cAttrScan::start() {
-    if (alone()) text_state().forget_comments(); // they belong to what was read before
+    if (alone()) text_state().forget_comments(); // they belong to an earlier reading
     connect_handler();
 }
 
-// While entries are late no user code runs that could have disconnected it.
+// While entries are late, no user code runs that could disconnect the handler.
 void cAttrScan::connect_handler() {
     cTextState const &state = text_state();
     if (state.is_late() && connected_round_ == state.late_round()) return;
@@ -48,14 +48,14 @@ cAttrScan::~cAttrScan() {
 
 int cAttrScan::gettok(cAttrLiteral &token) {
     int const code = next();
-    token = cAttrLiteral(current()); // at the end its place, also when it was read before
+    token = cAttrLiteral(current()); // at the end the end's position, also if it was read before
     if (code != tkEof) return code;
     token.code = tkEof;
     token.text.clear();
     return tkEof;
 }
 
-// Behind a token that ends the input or is a comment.
+// Continues after a token that ends the input or is a comment.
 int cAttrScan::next_after(int code) {
     cat::cSourceRecorder *const source = cat::cSourceRecorder::watching(*this);
     while (code == tkComment) {
@@ -139,7 +139,7 @@ void cAttrScan::fire() {
 
 void cAttrScan::fire(cErr const &error) { fire_from(error, 0); }
 
-// The copy leaves the stream free for errors that arise while slots run.
+// Sends a copy, so that slots can compose further errors on the stream.
 void cAttrScan::fire_from(cErr const &error, size_t prefix) {
     text_state().settle();
     cErr copy(error);
@@ -181,7 +181,7 @@ void cAttrScan::scan_report(bool always) {
         return;
     }
     errclear();
-    if (!always && cat::ReadReport::current()) return; // the errors are told by who has the report
+    if (!always && cat::ErrorTaker::any()) return; // which has the errors
     cat::std_out() << head + "with *** " + std::to_string(count) + " errors ***" << std::endl;
 }
 
@@ -195,14 +195,14 @@ bool cAttrScan::openfile(char const *name, bool quiet) {
     bool const opened = file->good();
     if (opened) file->peek(); // a directory opens, but can't be read
     if (opened && !file->bad()) {
-        reset(0, 1, 0); // places were counted from a closed stream
+        reset(0, 1, 0); // positions were counted in a closed stream
         eof_seen_ = false;
         set_filename(name);
         return true;
     }
     if (opened) {
         file->close();
-        file->clear(std::ios::failbit); // what reads on meets the end of input
+        file->clear(std::ios::failbit); // further reads find the end of input
     }
     if (!quiet) fire(whole_error(err_file_not_opened, cNamed::name(name)));
     return false;
@@ -213,8 +213,8 @@ bool cAttrScan::openfile(char const *name, bool quiet) {
 std::string &cAttrScan::com_collected() { return text_state().com_collected(); }
 
 namespace {
-// Without carriage returns. One that keeps `*` and `/` apart becomes a blank: the comment would
-// end there.
+// Without carriage returns. One between `*` and `/` becomes a blank, since the comment would end
+// there otherwise.
 std::string without_returns(std::string const &text) {
     std::string result;
     result.reserve(text.size());
@@ -230,7 +230,7 @@ std::string without_returns(std::string const &text) {
 } // namespace
 
 void cAttrScan::note_object(objref const &value) {
-    // A constant is the same object in every file and takes none.
+    // A constant is the same object in every file, so it has no comment.
     bool const takes = value && !cObj::is_void(value) && !cat::find_const(value);
     note_new(takes ? value : objref());
 }
@@ -249,7 +249,7 @@ void cAttrScan::hand_comment() {
         std::string text = std::exchange(state.com_collected(), {});
         if (text.back() == '\n') text.pop_back();
         if (noted->has_ommap()) state.settle(); // a slot may wait for changes
-        bool const taken = noted->set_comment(without_returns(text), false); // RUNS FOREIGN CODE
+        bool const taken = noted->set_comment(without_returns(text), false); // RUNS USER CODE
         if (source) source->handed(taken ? noted.get() : nullptr);
     } else if (source) {
         source->handed(nullptr);

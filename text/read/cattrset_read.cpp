@@ -1,6 +1,6 @@
-// Reading attribute specifications, the types made of them, and the objects of these types.
+// Reading attribute specifications, the types created from them, and the objects of these types.
 //
-// An attspec(...) stands between brackets of its own, so its text is scanned on its own.
+// An attspec(...) has its own brackets, so its text is scanned separately.
 
 #include "qrv/containers/cattrset.h"
 
@@ -21,7 +21,7 @@
 
 namespace {
 
-// What a `read` method has to say of its value as a whole is said where the value begins.
+// The errors of a `read` method about its whole value have the position where the value begins.
 class cValueReport {
   public:
     explicit cValueReport(std::istream &is)
@@ -40,7 +40,7 @@ class cValueReport {
 
     cat::cSourceRecorder *source() const { return cat::cSourceRecorder::at(scan_); }
 
-    // Is there nothing to read?
+    // Whether nothing is left to read.
     bool at_end() {
         cAttrLiteral token;
         if (scan_.gettok(token) == tkEof) return true;
@@ -48,13 +48,13 @@ class cValueReport {
         return false;
     }
 
-    // For people who want to know which rule is broken.
+    // Shows the object to the report's watch, which may want to know the violated rule.
     static void invalid(cObj &object) {
         cat::ReadReport const *const report = cat::ReadReport::current();
         if (report && report->watch()) report->watch()->invalid(object);
     }
 
-    // What was made may be larger than the text that is read could ask for.
+    // Whether the created data exceeds the budget for the text that was read.
     bool too_much() {
         if (!cat::merge_exhausted()) return false;
         std::string const path = text_state().shown_path(cat::ReadReport::current() != nullptr);

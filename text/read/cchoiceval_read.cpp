@@ -15,7 +15,7 @@ bool cTomChoiceVal::m_read(cObj &obj, objref &stream) {
     if (!is || !value) return false;
     objref const keep = objref::share(&obj);
     objref key;
-    int const result = cObj::readobj(*is, key); // RUNS FOREIGN CODE
+    int const result = cObj::readobj(*is, key); // RUNS USER CODE
     if (result == -1) {
         value->set_undefined();
         return true;
@@ -23,8 +23,8 @@ bool cTomChoiceVal::m_read(cObj &obj, objref &stream) {
     return result == 0 && key->type().hash_hook() && value->setkey(key);
 }
 
-// The session lives until the choices stand in the type, so that a text can't make a type hold
-// itself.
+// The session lives until the choices are stored in the type, so that text can't make a type
+// contain itself.
 bool cTomChoice::m_read(cObj &type, objref &stream) {
     std::istream *const is = in_of(stream);
     if (!is || !type.is_type()) return false;
@@ -32,7 +32,7 @@ bool cTomChoice::m_read(cObj &type, objref &stream) {
     cAttrScan scan(*is, false);
     cReading const reading(scan);
     objref choices;
-    if (cObj::readobj(*is, choices) != 0) return false;     // RUNS FOREIGN CODE
-    type.setattr(own_key(std::string("choices")), choices); // RUNS FOREIGN CODE
+    if (cObj::readobj(*is, choices) != 0) return false;     // RUNS USER CODE
+    type.setattr(own_key(std::string("choices")), choices); // RUNS USER CODE
     return true;
 }

@@ -1,11 +1,11 @@
 #pragma once
-// Beginning an error of the list on a scanner: the place, for some the path, and the beginning of
-// the text. The scanner counts it. The caller writes the rest and calls fire().
+// Begin a listed error on a scanner: the position, for some errors the path, and the start of the
+// text. The scanner counts it. The caller appends the rest and calls fire().
 
 #include "diagnostics/cerr_names.h"
 #include "qrv/text/read/cattrscan.h"
 
-// The result of a scan that meets this error.
+// The result of a scan with this error.
 constexpr cAttrScan::ASR asr_of(cErrText const &error) {
     return static_cast<cAttrScan::ASR>(error.code - cErr::bad_code);
 }

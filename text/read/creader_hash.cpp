@@ -26,13 +26,13 @@ std::string shown_path() { return text_state().shown_path(cat::ReadReport::curre
 std::string written(cObj const &value) {
     std::ostringstream os;
     os.imbue(std::locale::classic());
-    value.writeobj(os); // RUNS FOREIGN CODE
+    value.writeobj(os); // RUNS USER CODE
     return os.str();
 }
 
 bool is_mergeable(objref const &value) { return cObj::is_map(value) || cObj::is_set(value); }
 
-// Does no user code run when a character is read?
+// Whether reading a character runs no user code.
 bool is_plain_source(std::istream &is) {
     std::streambuf const *const buffer = is.rdbuf();
     if (!buffer || is.tie()) return false;
@@ -43,7 +43,7 @@ bool is_plain_source(std::istream &is) {
     return type == typeid(std::filebuf) && typeid(conversion) == typeid(cConversion);
 }
 
-// Can the entries be late, of a container that can have such? Of a foreign type's container they
+// Whether the entries of a container that permits it can be late. Those of a program's container
 // are entered one by one.
 bool may_be_late(cTypeObj const *type, cHashReader::cOpened opened) {
     bool const of_library = !type || type == &cat::type_map() || type == &cat::type_vector() ||
@@ -86,7 +86,7 @@ void cHashReader::begin_late(cOpened opened) {
     }
 }
 
-// While late: can the next entries be put into this hash without user code?
+// While late: whether the next entries can be stored in this hash without user code.
 bool cHashReader::stays_late() const {
     return late_.can_be() && (late_.is_late() || (!seen_ && cAttrInsert::is_ready(hash_)));
 }
@@ -103,13 +103,13 @@ template <class... Parts> void cHashReader::fail(cErrText const &error, Parts co
     scan_.fire();
 }
 
-// --- the short way ---
+// --- the fast path ---
 
-// A literal or a word that is one value, or the bracket before one. Where that can't be known, or
-// fails, nothing was read.
-cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
+// Reads a literal or a word that is one value, or the opening bracket of one. If that is uncertain
+// or fails, nothing was read.
+cHashReader::cFast cHashReader::read_fast(objref &value, bool as_key) {
     int code = scan_.next();
-    if (code == ';' || code == ',') { // that of a container before, for instance
+    if (code == ';' || code == ',') { // for example that of a previous container
         scan_.separator_passed_ = true;
         session_.runs().delimited(true);
         if (source_) source_->after(scan_.current());
@@ -117,7 +117,7 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
     }
     cToken const &first = scan_.current();
     cReadSession::cPlace const place{first.outer_line, first.outer_column};
-    short_code_ = code;
+    fast_code_ = code;
     if (code == tkIdent) {
         value = cat::make_value(std::string(first.text));
         cToken const word = first;
@@ -132,28 +132,28 @@ cHashReader::cShort cHashReader::read_short(objref &value, bool as_key) {
         delim_ = scan_.next();
     } else if (code == '{' || code == '[' || code == '<') {
         scan_.separator_passed_ = false;
-        return cShort::opened;
+        return cFast::opened;
     } else if (closes(code, as_key)) {
-        return cShort::closed;
+        return cFast::closed;
     } else {
         if (code != tkEof) scan_.ungettoken();
-        return cShort::none;
+        return cFast::none;
     }
     scan_.separator_passed_ = false;
     session_.value_place(place);
-    return cValueReader::ends_value(delim_) ? cShort::done : cShort::unended;
+    return cValueReader::ends_value(delim_) ? cFast::done : cFast::unended;
 }
 
-// The word may be the name of a type.
-cHashReader::cShort cHashReader::unread_word(objref &value, cToken word) {
+// The word may be the name of a type, so it is pushed back.
+cHashReader::cFast cHashReader::unread_word(objref &value, cToken word) {
     scan_.ungettoken();
     word.text = *cat::value_in<std::string>(value.get()); // comments may follow the word
     scan_.ungettoken(cAttrLiteral(word));
     value = nullptr;
-    return cShort::none;
+    return cFast::none;
 }
 
-// A new key or value, for a comment that may follow.
+// A new key or value, to which a following comment may belong.
 inline void cHashReader::note(objref const &value, bool as_key) {
     bool const handing = !state_.com_collected().empty();
     if (state_.is_late() && !handing) {
@@ -162,21 +162,21 @@ inline void cHashReader::note(objref const &value, bool as_key) {
     }
     note_now();
     cReadingKey const now(as_key);
-    if (handing) scan_.note_new(nullptr); // RUNS FOREIGN CODE
+    if (handing) scan_.note_new(nullptr); // RUNS USER CODE
     if (state_.is_late())
         noted_ = value.get();
     else
         scan_.note_new(value);
 }
 
-// Notes a value that the short way has read, before any other code reads a comment for it. No
-// comment was pending when the value was read.
+// Notes a value that the fast path has read, before other code reads a comment for it. No comment
+// was pending when the value was read.
 void cHashReader::note_now() {
     cObj *const noted = std::exchange(noted_, nullptr);
     if (noted && scan_.return_com()) state_.last_noted() = objref::share(noted);
 }
 
-// The closing bracket of the container, in the place of a key or of an item.
+// The closing bracket of the container, instead of a key or an item.
 bool cHashReader::closes(int code, bool as_key) {
     bool const may_close = is_closing(code) && code != tkEof;
     if (!may_close || !(listed_ || as_key)) return false;
@@ -189,19 +189,19 @@ bool cHashReader::closes(int code, bool as_key) {
     return true;
 }
 
-// The rest of a value.
-int cHashReader::read_long(objref &value, cShort done) {
-    if (done == cShort::done) return 0;
-    if (done == cShort::none) return scan_.scan_obj(value, &delim_);
-    int const code = done == cShort::opened ? cValueReader::finish_container(scan_, value, delim_)
-                                            : cValueReader::finish_literal(scan_, value, delim_,
-                                                                           session_.value_place());
+// Reads the rest of a value.
+int cHashReader::read_general(objref &value, cFast done) {
+    if (done == cFast::done) return 0;
+    if (done == cFast::none) return scan_.scan_obj(value, &delim_);
+    int const code = done == cFast::opened ? cValueReader::finish_container(scan_, value, delim_)
+                                           : cValueReader::finish_literal(scan_, value, delim_,
+                                                                          session_.value_place());
     if (code != 0) value = cat::bad();
     return code;
 }
 
-// Puts a value that the library alone has made under a key that is new; only while the entries are
-// late. False if there is more to it.
+// Stores a value that only the library has created under a new key; only while the entries are
+// late. False if the general path is needed.
 bool cHashReader::put_new(cEntry &entry) {
     if (seen_) return false;
     if (!late_.is_late()) return put_entered(entry);
@@ -222,7 +222,7 @@ bool cHashReader::put_new(cEntry &entry) {
     return done;
 }
 
-// A container that was made by its bracket, where its key is new.
+// Stores a container that was created by its bracket, if its key is new.
 bool cHashReader::put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPlace> const &place) {
     bool const plain = entry.fresh && entry.result == 0 && !entry.value->is_exe();
     if (!plain || seen_ || !state_.is_late()) return false;
@@ -235,38 +235,38 @@ bool cHashReader::put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPl
     return true;
 }
 
-// Is the key of an entry one under which it can be late? What scanned it has its token.
+// Whether the key permits a late entry. The scanner still has the key's token.
 bool cHashReader::is_late_key(objref const &key) const {
-    return short_code_ == tkIdent || short_code_ == tkInt ||
-           (short_code_ == tkString && cLateEntries::is_key(key));
+    return fast_code_ == tkIdent || fast_code_ == tkInt ||
+           (fast_code_ == tkString && cLateEntries::is_key(key));
 }
 
 // --- one entry ---
 
-// The key of an entry of a map. A map alone is a value without a key.
+// Reads the key of an entry of a map. A map without key is a value.
 cHashReader::cNext cHashReader::read_key(cEntry &entry) {
-    cShort const done = read_short(entry.key, true);
-    if (done == cShort::closed) return cNext::stop;
-    if (done == cShort::done && delim_ == '=' &&
-        (short_code_ == tkIdent || short_code_ == tkInt || short_code_ == tkString)) {
+    cFast const done = read_fast(entry.key, true);
+    if (done == cFast::closed) return cNext::stop;
+    if (done == cFast::done && delim_ == '=' &&
+        (fast_code_ == tkIdent || fast_code_ == tkInt || fast_code_ == tkString)) {
         if (source_) source_->key(source_->begin_of(scan_.current()));
         return cNext::value;
     }
     note_now();
-    return read_long_key(entry, done);
+    return read_general_key(entry, done);
 }
 
-[[gnu::noinline]] cHashReader::cNext cHashReader::read_long_key(cEntry &entry, cShort done) {
+[[gnu::noinline]] cHashReader::cNext cHashReader::read_general_key(cEntry &entry, cFast done) {
     objref key = std::move(entry.key);
     int result = 0;
-    if (done == cShort::none)
+    if (done == cFast::none)
         session_.runs().expect_entry(true);
     else
         session_.runs().begin_entry();
     {
         cReadingKey const key_now(true);
-        if (done != cShort::done && short_code_ != tkEof) state_.settle();
-        result = read_long(key, done);
+        if (done != cFast::done && fast_code_ != tkEof) state_.settle();
+        result = read_general(key, done);
         session_.runs().delimited(false);
     }
     if (result == -1) return cNext::stop;
@@ -278,7 +278,7 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
             scan_.ungettoken(token);
     }
     if (source_ && delim_ == '=') source_->key(source_->begin_of(scan_.current()));
-    if (source_ && done == cShort::done) source_->after(scan_.current());
+    if (source_ && done == cFast::done) source_->after(scan_.current());
     if (result == 0 && !key->type().is_keytype()) {
         if (key->is_map()) {
             entry.value = key;
@@ -298,14 +298,14 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
     return is_closing(delim_) ? cNext::store : cNext::value;
 }
 
-// False when a list has ended.
-bool cHashReader::read_value(cEntry &entry, cShort done) {
+// False at the end of a list.
+bool cHashReader::read_value(cEntry &entry, cFast done) {
     int result = 0;
     {
         cReadingKey const value_now(false);
-        result = read_long(entry.value, done);
+        result = read_general(entry.value, done);
         if (source_) source_->no_value();
-        entry.fresh = done == cShort::done || scan_.made_container(entry.value);
+        entry.fresh = done == cFast::done || scan_.made_container(entry.value);
     }
     if (result == -1) {
         if (listed_) return false;
@@ -320,7 +320,7 @@ bool cHashReader::read_value(cEntry &entry, cShort done) {
     return true;
 }
 
-// A value that is a type gets its key as its name: a declaration.
+// A value that is a type is a declaration: its key becomes its name.
 void cHashReader::register_type(cEntry &entry) {
     auto *const type =
         entry.value->is_type() ? dynamic_cast<cTypeObj *>(entry.value.get()) : nullptr;
@@ -343,7 +343,7 @@ void cHashReader::register_type(cEntry &entry) {
     entry.result = cAttrScan::asrType;
 }
 
-// A key without a value, or a value without a key: it is in no path.
+// A key without a value, or a value without a key: it has no path.
 [[gnu::noinline]] bool cHashReader::store_alone(cEntry &entry) {
     state_.settle();
     cAboutValue const about_key(session_);
@@ -371,14 +371,14 @@ bool cHashReader::read_entry() {
     return read_keyed(entry);
 }
 
-// The value of an entry, and what becomes of it.
+// Reads the value of an entry and stores it.
 bool cHashReader::read_keyed(cEntry &entry) {
     bool const by_index = !entry.key;
-    cShort done = cShort::none;
+    cFast done = cFast::none;
     if (state_.is_late() && !cat::is_on(cat::io_channel)) {
-        done = read_short(entry.value, false);
-        if (done == cShort::closed) return false;
-        if (done == cShort::done && delim_ != '=' && put_new(entry)) {
+        done = read_fast(entry.value, false);
+        if (done == cFast::closed) return false;
+        if (done == cFast::done && delim_ != '=' && put_new(entry)) {
             if (source_) source_->stored(hash_.last(), scan_.current());
             if (by_index) next_index();
             return true;
@@ -390,14 +390,15 @@ bool cHashReader::read_keyed(cEntry &entry) {
     return true;
 }
 
-// The same for what is more than the short way. Kept out of it, which many entries don't leave.
-[[gnu::noinline]] bool cHashReader::read_rest(cEntry &entry, cShort done) {
+// The same for entries beyond the fast path. A separate function, since many entries need only the
+// fast path.
+[[gnu::noinline]] bool cHashReader::read_rest(cEntry &entry, cFast done) {
     bool const by_index = !entry.key;
     unsigned const errors = session_.runs().errors();
-    if (source_ && done == cShort::done) source_->after(scan_.current());
+    if (source_ && done == cFast::done) source_->after(scan_.current());
     std::optional<cAttrInsert::cKeyPlace> place;
     unsigned const round = state_.late_round();
-    if (state_.is_late() && (done == cShort::none || done == cShort::opened) && entry.key) {
+    if (state_.is_late() && (done == cFast::none || done == cFast::opened) && entry.key) {
         place.emplace(hash_, entry.key);
         if (!place->is_new()) state_.settle();
     }
@@ -408,11 +409,11 @@ bool cHashReader::read_keyed(cEntry &entry) {
         *cat::io_channel << state_.path() << std::endl;
     }
     if (!entry.value) entry.value = cat::bad();
-    session_.runs().expect_entry(listed_ && done == cShort::none);
+    session_.runs().expect_entry(listed_ && done == cFast::none);
     if (!read_value(entry, done)) return false;
     if (state_.late_round() != round) place.reset(); // user code has run
     if (!late_.is_late() && state_.is_late() && !stays_late()) state_.settle();
-    if (done == cShort::opened && state_.is_late()) {
+    if (done == cFast::opened && state_.is_late()) {
         step.reset();
         if (put_container(entry, place)) {
             if (source_) source_->stored(hash_.last());
@@ -433,8 +434,8 @@ bool cHashReader::read_keyed(cEntry &entry) {
     return true;
 }
 
-// Can the entry be late: will storing it append a node, and can that node alone tell what is at its
-// path and below?
+// Whether the entry can be late: whether storing it appends a node, and that node alone determines
+// the values at its path and below.
 bool cHashReader::is_plain_entry(cEntry const &entry) {
     if (!state_.is_late()) return true;
     if (!late_.is_late() && !cLateEntries::is_key(entry.key)) return false;
@@ -453,7 +454,7 @@ bool cHashReader::is_plain_entry(cEntry const &entry) {
 
 void cHashReader::report_too_much() { fail(err_read_too_much, shown_path()); }
 
-// Changes a value that stands in the tree. False if it refused by an exception.
+// Changes a value in the tree. False if the value rejected it by an exception.
 bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
     bool const costly = target.object_class() == cObjClass::map || target.is_container();
     session_.refresh_limit();
@@ -463,10 +464,10 @@ bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
     }
     bool done = true;
     if (merge) {
-        target.attrcopy(value, "-xx"); // RUNS FOREIGN CODE
+        target.attrcopy(value, "-xx"); // RUNS USER CODE
     } else {
         try {
-            target.assign(value); // RUNS FOREIGN CODE
+            target.assign(value); // RUNS USER CODE
         } catch (cErr const &) {
             done = false;
         }
@@ -475,7 +476,7 @@ bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
     return done;
 }
 
-// A plain value of the set may have been assigned to since the index took it in.
+// A plain value of the set may have changed since it was added to the index.
 cAttrNode const *cHashReader::find_in_set(cObj const &value) {
     cAttrNode const *const node = seen_->find(value);
     if (!node || !cValueIndex::is_plain(value) || value.equal(node->value())) return node;
@@ -512,13 +513,13 @@ objref cHashReader::store(cEntry const &entry, unsigned before) {
         return held;
     }
     ok_ = false;
-    std::string const text = cat::as_text(entry.key); // RUNS FOREIGN CODE
+    std::string const text = cat::as_text(entry.key); // RUNS USER CODE
     cErrorRuns::cSameRun const same(session_.runs(), before);
     cat::error_line(whole_error(err_cannot_insert, cNamed::key(text)));
     return listed_ ? cat::bad() : stored(entry.key);
 }
 
-// Where the entry is now, without asking keys of a program's types.
+// The current node of the entry, without comparing keys of a program's types.
 [[gnu::noinline]] void cHashReader::record(cEntry const &entry, objref const &held,
                                            cAttrNode const *before) {
     cAttrNode const *node = hash_.last();
@@ -535,7 +536,7 @@ objref cHashReader::store(cEntry const &entry, unsigned before) {
     if (held != entry.value) source_->moved(*entry.value, *held);
 }
 
-// A refused repeat leaves the first value.
+// The first value stays if the repeat was rejected.
 objref cHashReader::stored(objref const &key) const {
     cAttrNode const *const node = hash_.find(key);
     return node && node->valref() ? node->valref() : cat::bad();
@@ -565,8 +566,8 @@ int cHashReader::read() {
     while (!is_closing(delim_) && read_entry()) continue;
     note_now();
     if (delim_ == tkEof && hash_.empty()) {
-        // A bracket alone is no error here: a vector's is told by the reader of values, a map's
-        // and a set's only to people.
+        // A bracket alone is not an error here: the reader of values reports a vector's; a map's
+        // and a set's are reported only to a report.
         if (type_ != &cat::type_vector() && cat::ReadReport::current()) report_unclosed(false);
         return -1;
     }
@@ -575,7 +576,7 @@ int cHashReader::read() {
 }
 
 int cAttrHash::read_hash(std::istream &is, cTypeObj *type) {
-    cWriteLevel const level; // the depth goes down when all else is done
+    cWriteLevel const level; // the depth decreases after all other work
     cAttrScan scan(is, false);
     cReading const reading(scan);
     cat::cSourceList const list(scan, father());
@@ -586,7 +587,7 @@ int cHashReader::read_first(cAttrScan &scan, objref const &key, objref &value) {
     bool const can_be = cLateEntries::is_key(key);
     cLateEntries late(nullptr, &scan, can_be, 0);
     if (late.can_be() && are_late_possible(scan)) late.resume();
-    cPathStep const step(key);          // RUNS FOREIGN CODE, unless the key is plain
+    cPathStep const step(key);          // RUNS USER CODE, unless the key is plain
     cReadingKey const value_now(false); // the list may be the text of a key
     int delim = 0;
     int const code = scan.scan_obj(value, &delim);
@@ -596,7 +597,7 @@ int cHashReader::read_first(cAttrScan &scan, objref const &key, objref &value) {
 }
 
 int cHashReader::read_others(cAttrScan &scan, cAttrHash &hash) {
-    cWriteLevel const level; // the depth goes down when all else is done
+    cWriteLevel const level; // the depth decreases after all other work
     cAttrScan others(scan.is(), false);
     cReading const reading(others);
     cat::cSourceList const list(others, hash.father());

@@ -1,16 +1,16 @@
 #pragma once
 // The reader of the entries of one container, from after its opening bracket to its closing one or
-// the end of input. An entry is scanned in steps: key, value, name of a type, storing, entering in
-// the table of paths. A failed one is reported and reading continues with the next.
+// the end of input. An entry is processed in steps: key, value, name of a type, storing, entering
+// in the table of paths. A failed entry is reported and reading continues with the next.
 //
-// Values that stand in the tree already are merged into or assigned to in place. A text can make
-// that cost much more than its length, and can try to store a value inside itself: the session's
-// budget bounds the one and refuses the other.
+// A repeated key merges into the existing value or assigns to it in place. Text can make that cost
+// much more than its length, and can try to store a value inside itself: the session's budget
+// limits the former and rejects the latter.
 //
-// Most entries are a number, a word or a string under a key that is new. They take the short way:
-// while the entries are late (cLateEntries), no step of the path, and no object but the key and the
-// value, is made for them. What it can't finish is handed to the general way; a container made by
-// its bracket comes back from there to be put as they are.
+// Most entries are a number, a word or a string under a new key. They use the fast path: while the
+// entries are late (cLateEntries), it creates no step of the path and no object except the key and
+// the value. The general path handles everything else; a container created by its bracket returns
+// from there to be stored in the same way.
 
 #include "containers/value_index.h"
 #include "core/cattrhash_insert.h"
@@ -25,18 +25,18 @@
 
 class cHashReader {
   public:
-    // Who opened the container: the scan, at its bracket; a caller, who needn't know what it is
-    // part of; or read_bare_list(), which has read the first of its entries.
+    // The opener of the container: the scan, at its bracket; a caller, which may not know the
+    // enclosing container; or read_bare_list(), which has read the first of its entries.
     enum class cOpened { by_scan, by_caller, after_first };
-    // Works with the scan, for which a cReading is there.
+    // Uses the scan, for which a cReading must exist.
     cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, cOpened opened);
     cHashReader(cHashReader const &) = delete;
     cHashReader &operator=(cHashReader const &) = delete;
     ~cHashReader() = default;
 
-    int read(); // as cAttrHash::read_hash
-    // A list of entries without brackets around it, of which the first key was read: the value of
-    // that, and the other entries into the hash that has the first. In a level of their own.
+    int read(); // like cAttrHash::read_hash
+    // A list of entries without brackets, whose first key was read: read_first() reads its value,
+    // read_others() reads the other entries into the hash of the first. Each in a separate level.
     static int read_first(cAttrScan &scan, objref const &key, objref &value);
     static int read_others(cAttrScan &scan, cAttrHash &hash);
 
@@ -46,38 +46,38 @@ class cHashReader {
         objref value;
         int key_result = 0;
         int result = 0;
-        bool fresh = false; // the value was made for this entry, by the library alone
+        bool fresh = false; // the value was created for this entry, by the library alone
     };
     enum class cNext { value, store, stop };
-    // How far the short way came: nowhere, past an opening bracket, to the token after a literal,
-    // which doesn't end it, to the end of the value, or to the container's closing bracket, where
-    // no value is.
-    enum class cShort { none, opened, unended, done, closed };
+    // The progress of the fast path: none, past an opening bracket, to the token after a literal,
+    // which doesn't end it, to the end of the value, or to the container's closing bracket instead
+    // of a value.
+    enum class cFast { none, opened, unended, done, closed };
 
     void begin_late(cOpened opened);
     bool stays_late() const;
     void resume_late();
     bool read_entry(); // false at the end of the entries
-    cShort read_short(objref &value, bool as_key);
-    cShort unread_word(objref &value, cToken word);
+    cFast read_fast(objref &value, bool as_key);
+    cFast unread_word(objref &value, cToken word);
     bool closes(int code, bool as_key);
     void note(objref const &value, bool as_key);
     void note_now();
     bool is_late_key(objref const &key) const;
-    int read_long(objref &value, cShort done);
+    int read_general(objref &value, cFast done);
     cNext read_key(cEntry &entry);
-    cNext read_long_key(cEntry &entry, cShort done);
+    cNext read_general_key(cEntry &entry, cFast done);
     bool store_alone(cEntry &entry);
-    bool read_value(cEntry &entry, cShort done);
+    bool read_value(cEntry &entry, cFast done);
     bool read_keyed(cEntry &entry);
-    bool read_rest(cEntry &entry, cShort done);
+    bool read_rest(cEntry &entry, cFast done);
     bool is_plain_entry(cEntry const &entry);
     bool put_new(cEntry &entry);
     bool put_entered(cEntry &entry);
     bool put_container(cEntry &entry, std::optional<cAttrInsert::cKeyPlace> const &place);
     void register_type(cEntry &entry);
-    // `before`: so many errors had the reading before the value. The value that the key has
-    // afterwards, bad if none.
+    // `before`: the number of errors that the reading had before the value. Returns the value that
+    // the key has afterwards, or bad.
     objref store(cEntry const &entry, unsigned before);
     objref stored(objref const &key) const;
     void record(cEntry const &entry, objref const &held, cAttrNode const *before);
@@ -97,15 +97,15 @@ class cHashReader {
     cTextState &state_;
     cat::cSourceRecorder *const source_; // null: nothing is recorded
     cLateEntries late_;
-    cReadSession::cPlace const opened_; // the opening bracket, if there is one
+    cReadSession::cPlace const opened_; // the opening bracket, if it exists
     bool const has_bracket_;
     std::unique_ptr<cValueIndex> const seen_; // of a set
     bool const listed_;
     bool ok_ = true;
     int index_ = 0;
     int delim_ = 1;
-    int short_code_ = 0; // the first token of what the short way read last
-    // The key or value read last, which is not noted yet: a comment after it is rare.
+    int fast_code_ = 0; // the first token that the fast path read last
+    // The key or value that was read last and is not noted yet, since a comment after it is rare.
     cObj *noted_ = nullptr;
     unsigned const first_line_;
 };

@@ -1,6 +1,6 @@
-// The entry points around the reading of values and containers: cObj::readobj, the methods `read`
-// of the container types and of types that are read as one value or as entries, bare lists of
-// entries, and the conversion of literal tokens.
+// The entry points for reading values and containers: cObj::readobj, the methods `read` of the
+// container types and of types that are read as one value or as entries, lists of entries without
+// brackets, and the conversion of literal tokens.
 
 #include "base/cnumber.h"
 #include "core/cbuiltin.h"
@@ -17,6 +17,7 @@
 #include "text/read/creader_hash.h"
 #include "text/read/creader_session.h"
 #include "text/read/creader_value.h"
+#include "text/read/cscan_text.h"
 #include "text/read/csource_recorder.h"
 #include "text/scan/cmemory_stream.h"
 #include "text/state/cstream_of.h"
@@ -102,7 +103,7 @@ bool cat::read_stdtype(int token, char const *text, objref &result) {
 namespace {
 bool is_one_line(cObj const &obj) { return *cat::wformat(obj) == 's'; }
 
-// Remembers how the text looked, if the object's layout says something else.
+// Records the layout of the text, if the object's layout differs.
 void keep_layout(cObj &obj, cAttrScan &scan, bool was_one_line, bool one_line) {
     scan.note_object(one_line ? objref::share(&obj) : objref());
     if (one_line != was_one_line)
@@ -123,7 +124,7 @@ bool read_container(cObj &obj, objref const &args, cTypeObj &type) {
 }
 } // namespace
 
-// As the library's `read` of this type does, without a stream and a scan for each container.
+// Equivalent to the library's `read` of this type, without a stream and a scan for each container.
 bool cAttrScan::read_inner(cMapObj &map, cTypeObj &type) {
     hashref const hash = map.datamap_ref();
     int lines = 0;
@@ -182,7 +183,7 @@ bool cat::scan_attrset(cObj &obj, objref &args) {
     if (scan.scan_obj(value, nullptr) != 0) return false;
     cReadSession::cPlace const place = cReadSession::current()->value_place();
     bool const same = &value->type() == &obj.type();
-    if (same ? obj.assign(*value) : obj.convert(value)) { // RUNS FOREIGN CODE
+    if (same ? obj.assign(*value) : obj.convert(value)) { // RUNS USER CODE
         if (auto *const source = cat::cSourceRecorder::at(scan)) source->moved(*value, obj);
         return true;
     }
@@ -198,14 +199,14 @@ bool cat::scan_attrcopy(cObj &obj, objref &args) {
     if (!is) return false;
     cMergeBudget *const budget = cMergeBudget::current();
     cAttrScan scan(*is, false);
-    cReading const reading(scan); // so that nothing is loaded because of an entry
+    cReading const reading(scan); // so that an entry cannot cause loading
     std::string const type = obj.type().name();
     objref const entries = make<cMapObj>();
     if (static_cast<cMapObj &>(*entries).datamap().read_hash(*is, nullptr) == 0) {
         error_line(whole_error(err_entries_unread, cNamed::type(type)));
         return false;
     }
-    cMergeBudgetUse const as_before(budget); // copying is the program's act, if the reading is
+    cMergeBudgetUse const as_before(budget); // copying is the program's, if the reading is
     try {
         objref const fresh = obj.type().newobj();
         if (cObj::is_bad(fresh)) return false;
@@ -231,7 +232,8 @@ int not_valid(cAttrScan &scan, cReadSession::cPlace place, cErrText const &error
     return 1;
 }
 
-// `key =` was read: the value and the rest of the entries. `errors` were counted before the key.
+// `key =` was read: reads the value and the remaining entries. `errors` were counted before the
+// key.
 int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, unsigned errors) {
     cWriteLevel const level;
     auto *const source = cat::cSourceRecorder::at(scan);
@@ -253,7 +255,44 @@ int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, 
     scan.note_object(nullptr);
     return good && rest && scan.errcount() == errors ? 0 : 1;
 }
+
+// For a scanner NUL and bytes from 128 on are the end of input too.
+template <class Token> bool is_end(Token const &token) {
+    return token.code == tkEof && token.text.empty();
+}
+
+bool is_separator(int code) { return code == ';' || code == ','; }
+
+// After a value that `delim` has ended, and after one separator. A scalar has taken the token
+// behind it already.
+cAttrLiteral token_behind(cAttrScan &scan, int delim) {
+    bool const is_taken =
+        delim == '}' || delim == ']' || delim == '>' || delim == '=' || delim <= tkEof;
+    scan.return_com(false); // nothing takes a comment behind it
+    if (!is_taken) scan.gettok();
+    if (!is_separator(delim) && is_separator(scan.token().code)) scan.gettok();
+    return scan.token();
+}
 } // namespace
+
+void cat::scan_text(cAttrScan &scan, objref &result) {
+    cReading const reading(scan);
+    unsigned const errors = scan.errcount();
+    int delim = 0;
+    int const code = scan.scan_obj(result, &delim);
+    bool const is_list = code == 0 && delim == '=' && result->type().is_keytype();
+    if (is_list) read_entries(scan, objref(result), result, true, errors);
+    if (scan.errcount() != errors || code > 0) return;
+    if (code < 0) {
+        begin_error(scan, err_read_nothing);
+        return scan.fire();
+    }
+    cAttrLiteral const next = is_list ? scan.token() : token_behind(scan, delim);
+    if (is_end(next)) return;
+    begin_error(scan, err_read_text_behind) << cNamed::name(next.text);
+    scan.about(next);
+    scan.fire();
+}
 
 int cat::scan_container(std::istream &is, objref &result, bool keep) {
     cAttrScan scan(is, true);
@@ -272,6 +311,6 @@ int cat::scan_container(std::istream &is, objref &result, bool keep) {
     if (first->type().is_keytype() && delim == '=')
         return read_entries(scan, first, result, keep, errors);
     cReadSession::cPlace const place = cReadSession::current()->value_place();
-    std::string const text = as_text(first); // RUNS FOREIGN CODE
+    std::string const text = as_text(first); // RUNS USER CODE
     return not_valid(scan, place, err_read_no_start, text);
 }

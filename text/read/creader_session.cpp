@@ -1,7 +1,7 @@
 #include "text/read/creader_session.h"
 
-// The session at hand is found through a plain pointer. Everything is put back by destructors, so
-// an exception that passes leaves nothing behind.
+// The current session is reached through a plain pointer. Destructors restore all state, so an
+// exception leaves nothing changed.
 
 #include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
@@ -15,10 +15,10 @@ namespace {
 constinit cReadSession *the_session = nullptr;
 constinit cSubText *the_sub_text = nullptr;
 
-// What merging may cost before a file has to pay for it with text.
+// Merging up to this cost is free; beyond it, the permitted cost grows with the text read.
 constexpr std::uint64_t free_merges = 1'000'000;
 
-// An entry about the current token of the working scan, as far as there is one.
+// An entry about the current token of the active scan, if it has one.
 cat::ReadError entry_here(cErr const &error) {
     cat::ReadError entry;
     entry.path = text_state().shown_path(true);
@@ -37,10 +37,8 @@ cat::ReadError entry_here(cErr const &error) {
 }
 } // namespace
 
-bool cat::keep_error_line(cErr const &error) {
-    ReadReport *const report = ReadReport::current();
-    if (report) cErrorRuns::add(*report, entry_here(error));
-    return report != nullptr;
+void cat::keep_error_line(ReadReport &report, cErr const &error) {
+    cErrorRuns::add(report, entry_here(error));
 }
 
 // --- the session ---
@@ -49,7 +47,7 @@ cReadSession::cReadSession(cAttrScan &outer)
     : cMergeBudget(free_merges), before_(the_session), outer_(&outer), scan_(&outer),
       start_(characters()) {
     the_session = this;
-    if (cat::ReadReport::current()) capture_ = std::make_unique<cErrorCapture>();
+    if (cat::ReadReport::any()) capture_ = std::make_unique<cErrorCapture>();
     auto *const source = cat::cSourceRecorder::current();
     if (source && !before_ && source->start(outer)) source_ = source->shared_from_this();
 }
@@ -66,7 +64,7 @@ cReadSession *cReadSession::current() noexcept { return the_session; }
 
 void cReadSession::report_changed() {
     if (!the_session) return;
-    if (!cat::ReadReport::current())
+    if (!cat::ReadReport::any())
         the_session->capture_.reset();
     else if (!the_session->capture_)
         the_session->capture_ = std::make_unique<cErrorCapture>();
@@ -83,7 +81,7 @@ void cReadSession::refresh_limit() {
 
 void cReadSession::left_out(cObj &holder, objref const &key, objref const &) {
     std::string const type = holder.type().name();
-    std::string const text = cat::as_text(key); // RUNS FOREIGN CODE
+    std::string const text = cat::as_text(key); // RUNS USER CODE
     cErrStream &err = scan_->errs();
     err.set_code(err_cycle.code);
     err.set_kind(err_cycle.kind);

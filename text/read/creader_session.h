@@ -1,16 +1,15 @@
 #pragma once
-// What one outermost read has in common for all scans inside it: the budget of merges, the scan
-// that works at the moment, and, while a cat::ReadReport lives, the capture of what would be
-// printed or thrown.
+// Shared state of all scans inside one outermost read: the budget of merges, the active scan, and,
+// while a cat::ReadReport exists, the capture of everything that would be printed or thrown.
 //
 // Rules
-//   - A session begins with the first scan_obj, read_hash or scan_container and ends with it. Reads
-//     inside, also of other files, join it.
-//   - Captured: cat::errhandler() is blocked, a slot ahead of all others on cat::sig_error() takes
-//     the errors and then lowers the code as the handler would have done, and scanners made
-//     meanwhile are connected to the capture. cAttrScan::fire() goes to the report directly.
-//   - The text between the brackets of a typed value is a stream of its own. cSubText tells, for as
-//     long as it is read, which file it was cut from.
+//   - A session begins with the first scan_obj, read_hash or scan_container and ends with it.
+//     Nested reads, also of other files, join it.
+//   - Captured: cat::errhandler() is blocked, a slot before all others on cat::sig_error() receives
+//     the errors and then lowers the code as the handler would have done, and scanners created
+//     meanwhile are connected to the capture. cAttrScan::fire() uses the report directly.
+//   - The text between the brackets of a typed value is a separate stream. While it is read,
+//     cSubText knows the file from which it was extracted.
 
 #include "containers/cmergebudget.h"
 #include "qrv/diagnostics/cerr.h"
@@ -34,12 +33,12 @@ class cReadSession final : public cat::cMergeBudget {
     ~cReadSession() override;
 
     static cReadSession *current() noexcept;
-    // Starts or ends capturing, as a report lives or not.
+    // Starts or ends capturing, as a report begins or ceases to exist.
     static void report_changed();
 
-    cAttrScan *scan() const noexcept { return scan_; } // the innermost working one
+    cAttrScan *scan() const noexcept { return scan_; } // the innermost active one
     cErrorCapture *capture() const noexcept { return capture_.get(); }
-    // Where the value began that scan_obj read last, for what becomes of it afterwards.
+    // The start of the value that scan_obj read last, for errors about it afterwards.
     struct cPlace {
         unsigned line = 0; // from 1; 0: no place
         unsigned column = 0;
@@ -49,11 +48,11 @@ class cReadSession final : public cat::cMergeBudget {
         value_place_ = {token.outer_line, token.outer_column};
     }
     void value_place(cPlace place) noexcept { value_place_ = place; }
-    // The place of what is reported now, if it isn't the current token's.
+    // The position for reports, if it isn't the current token's.
     cPlace place_now() const noexcept { return place_now_; }
     void place_now(cPlace place) noexcept { place_now_ = place; }
     cErrorRuns &runs() noexcept { return runs_; }
-    // The budget as it stands with the text read so far.
+    // Adjusts the budget to the text read so far.
     void refresh_limit();
     void left_out(cObj &holder, objref const &key, objref const &value) override;
 
@@ -69,10 +68,11 @@ class cReadSession final : public cat::cMergeBudget {
     cPlace place_now_;
     cErrorRuns runs_;
     std::unique_ptr<cErrorCapture> capture_;
-    std::shared_ptr<cat::cSourceRecorder> source_; // which records this reading
+    std::shared_ptr<cat::cSourceRecorder> source_; // records this reading
 };
 
-// In each function that scans: begins a session if there is none, and is the working scan.
+// Used in each function that scans: begins a session if necessary, and makes its scan the active
+// one.
 class cReading {
   public:
     explicit cReading(cAttrScan &scan);
@@ -82,11 +82,11 @@ class cReading {
 
   private:
     std::unique_ptr<cReadSession> own_;
-    cat::cMergeBudgetUse const budget_; // also where a program's act in between goes without
+    cat::cMergeBudgetUse const budget_; // also during an action of the program, which has no budget
     cAttrScan *before_;
 };
 
-// While it lives, what is reported is about the value that was read last.
+// During its lifetime, reports are about the value that was read last.
 class cAboutValue {
   public:
     explicit cAboutValue(cReadSession &session) : session_(session), before_(session.place_now()) {
@@ -101,7 +101,7 @@ class cAboutValue {
     cReadSession::cPlace before_;
 };
 
-// Takes errors for the living report, see above.
+// Receives errors for the existing report, see above.
 class cErrorCapture {
   public:
     cErrorCapture();
@@ -118,7 +118,7 @@ class cErrorCapture {
     cSlot1<cErrorCapture, cErr &> slot_;
 };
 
-// The file that the text of a stream was cut from.
+// The file from which the text of a stream was extracted.
 class cSubText {
   public:
     cSubText(std::istream const &is, cAttrScan const &outer);
@@ -126,7 +126,7 @@ class cSubText {
     cSubText &operator=(cSubText const &) = delete;
     ~cSubText();
 
-    // The file of a scan: that of the text it was cut from, or its own.
+    // The file of a scan: that from which its text was extracted, or its own.
     static std::string const &file_of(cAttrScan const &scan);
 
   private:
@@ -136,6 +136,6 @@ class cSubText {
 };
 
 namespace cat {
-// The taker of lines that would be printed, while a report lives.
-bool keep_error_line(cErr const &error);
+// Gives a line that would be printed to the report.
+void keep_error_line(ReadReport &report, cErr const &error);
 } // namespace cat

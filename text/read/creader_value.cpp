@@ -1,11 +1,11 @@
 // cAttrScan::scan_obj and the skipping of text: one value, from its first token to the token that
 // ends it. The steps by first token:
 //   constant or #cRef | literal | identifier, alone or as the name of a type | opening bracket
-// A container's `read` goes on with the same stream; the text of any other typed value is gathered
-// up to its bracket and read from a stream of its own.
+// A container's `read` continues on the same stream; the text of any other typed value is collected
+// up to its bracket and read from a separate stream.
 //
-// Limits: values in values and typed values in typed values go so deep and no deeper; what stands
-// below is skipped with one error.
+// Limits: the nesting of values and of typed values is limited; deeper ones are skipped with one
+// error.
 
 #include "text/read/creader_value.h"
 #include "qrv/base/platform/cstack.h"
@@ -37,7 +37,7 @@ bool is_closing(int t) { return t == '}' || t == ']' || t == '>' || t == tkEof; 
 
 std::string shown_path() { return text_state().shown_path(cat::ReadReport::current() != nullptr); }
 
-// The written form, made before an error is begun: it may run foreign code.
+// The written form, created before an error is begun, since it may run user code.
 std::string written(objref const &value) {
     if (!value) return {};
     std::ostringstream os;
@@ -115,7 +115,7 @@ template <class... Parts> void cValueReader::report(cErrText const &error, Parts
     scan_.fire();
 }
 
-// The first token of the value. One separator in front is legal.
+// The first token of the value. One separator before it is legal.
 int cValueReader::next_token() {
     cErrorRuns &runs = cReadSession::current()->runs();
     for (int separators = std::exchange(scan_.separator_passed_, false);;) {
@@ -163,7 +163,7 @@ int cValueReader::read_bracket() {
     return read_opened();
 }
 
-// A container whose opening bracket is the current token.
+// Reads a container whose opening bracket is the current token.
 int cValueReader::read_opened() {
     int const t = end_ = scan_.current().code;
     if (source_) source_->bracket(source_->begin_of(first_), t);
@@ -222,7 +222,7 @@ int cValueReader::read_reference() {
     return value_ ? 0 : cAttrScan::asrRef;
 }
 
-// Reads the token behind a value: without a delimiter between them it belongs to the next value.
+// Reads the token after a value: without a delimiter between them it belongs to the next value.
 void cValueReader::expect_end(cErrText const &missing) {
     cAttrLiteral token;
     end_ = scan_.gettok(token);
@@ -296,7 +296,7 @@ int cValueReader::read_typed(cAttrLiteral const &bracket) {
     if (source_)
         source_->bracket(source_->begin_of(bracket), bracket.code, source_->end_of(first_));
     text_state().settle();
-    typeref const held = typeref::share(&cat::find_type(name)); // RUNS FOREIGN CODE
+    typeref const held = typeref::share(&cat::find_type(name)); // RUNS USER CODE
     cTypeObj const &type = *held;
     if (&type == &cat::type_nil() && name != type.name()) {
         if (text_state().reading_key())
@@ -324,7 +324,7 @@ bool cValueReader::instantiate(cTypeObj const &type) {
     };
     if (!has("newobj")) return unmade(err_read_no_newobj, type);
     if (!has("read")) return unmade(err_read_no_read, type);
-    value_ = type.newobj(); // RUNS FOREIGN CODE
+    value_ = type.newobj(); // RUNS USER CODE
     auto *const made = cat::TypeScope::current() ? dynamic_cast<cTypeObj *>(value_.get()) : nullptr;
     if (made) made->count_objects();
     if (!cObj::is_bad(value_)) return true;
@@ -332,15 +332,15 @@ bool cValueReader::instantiate(cTypeObj const &type) {
     return unmade(err_read_bad_newobj, type);
 }
 
-// The type's `read` consumes the closing bracket. A map or a set has reported its own errors.
+// The type's `read` consumes the closing bracket. A map or a set has reported its errors itself.
 int cValueReader::read_container() {
     objref const held = value_;
     text_state().settle();
-    return held->read(scan_.is()) ? 0 : unread_container(); // RUNS FOREIGN CODE
+    return held->read(scan_.is()) ? 0 : unread_container(); // RUNS USER CODE
 }
 
-// The same for one that was made by its bracket. While the type's `read` is the library's, the scan
-// reads what is inside by itself.
+// The same for a container created by its bracket. If the type's `read` is the library's, the scan
+// itself reads the contents.
 int cValueReader::read_own_container(cTypeObj &type) {
     if (!cAttrScan::reads_entries(type)) return read_container();
     objref const held = value_;
@@ -365,7 +365,7 @@ cToken token_of(cAttrLiteral const &literal) {
             literal.position, literal.outer_line, literal.outer_column};
 }
 
-// Shows the tokens of a typed value to those who watch.
+// Shows the tokens of a typed value to the watches.
 class cTypedText final : public cTokenWatch {
   public:
     cTypedText(cTokenWatch *source, bool inside_another, cAttrLiteral const &name,
@@ -424,7 +424,7 @@ int cValueReader::read_text(cAttrLiteral const &bracket, std::string const &name
     return cAttrScan::asrSyntax;
 }
 
-// By the type's `read`, from a stream of the text, which outlives its scanners.
+// Calls the type's `read` with a stream of the text. The stream must outlive its scanners.
 bool cValueReader::read_enclosed(std::istream &is, cEnclosedText &enclosed) {
     std::optional<cSubText> origin;
     if (enclosed.with_places) origin.emplace(is, scan_);
@@ -435,8 +435,8 @@ bool cValueReader::read_enclosed(std::istream &is, cEnclosedText &enclosed) {
     else
         inner.sig().connect(scan_.sig());
     cTypedNesting const nesting;
-    cReadSession::current()->value_place(first_); // what `read` has to say of the whole
-    return value_->read(is);                      // RUNS FOREIGN CODE
+    cReadSession::current()->value_place(first_); // for errors of `read` about the whole value
+    return value_->read(is);                      // RUNS USER CODE
 }
 
 // --- skipping ---

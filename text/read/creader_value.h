@@ -1,6 +1,6 @@
 #pragma once
 // The reader of one value: cAttrScan::scan_obj, and the parts of it that the reader of entries
-// calls by itself.
+// calls directly.
 
 #include "qrv/text/read/cattrscan.h"
 #include "text/read/creader_errors.h"
@@ -10,8 +10,8 @@
 // The object for the text of a token from tkInt to tkIdent; false if it doesn't fit its type.
 bool literal_value(int token, std::string_view text, objref &result);
 
-// The steps of one scan_obj. value and end are the caller's: what they hold when an exception
-// leaves is what is known.
+// The steps of one scan_obj. value and end belong to the caller: after an exception they hold what
+// is known.
 class cValueReader {
   public:
     cValueReader(cAttrScan &scan, objref &value, int &end)
@@ -21,16 +21,16 @@ class cValueReader {
     ~cValueReader() = default;
 
     static bool is_separator(int token) { return token == ';' || token == ','; }
-    // Does this token come after a value?
+    // Whether this token can follow a value.
     static bool ends_value(int token) {
         return is_separator(token) || token == '=' || token == '}' || token == ']' ||
                token == '>' || token == tkEof;
     }
 
-    // Takes these steps with all that belongs to a value: nesting, session, exceptions.
+    // Runs these steps with everything that belongs to a value: nesting, session, exceptions.
     int run(int (cValueReader::*steps)());
     int read();
-    // A literal was read that began there, and the current token, which doesn't end it.
+    // A literal that began there was read, and also the current token, which doesn't end it.
     static int finish_literal(cAttrScan &scan, objref &value, int &end, cReadSession::cPlace place);
     // The current token opens a container.
     static int finish_container(cAttrScan &scan, objref &value, int &end);
@@ -62,6 +62,6 @@ class cValueReader {
     cAttrScan &scan_;
     objref &value_;
     int &end_;
-    cat::cSourceRecorder *source_ = nullptr; // none: nothing is recorded
-    cAttrLiteral first_;                     // the first token, which errors are about
+    cat::cSourceRecorder *source_ = nullptr; // null: nothing is recorded
+    cAttrLiteral first_;                     // the first token, the subject of errors
 };

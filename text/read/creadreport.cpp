@@ -1,8 +1,7 @@
 #include "qrv/text/read/creadreport.h"
 
-// Living reports form a list through their owners; the innermost is the head.
+// Existing reports form a list through their owners; the innermost is the head.
 
-#include "diagnostics/cerrline.h"
 #include "text/read/creader_session.h"
 
 namespace {
@@ -11,13 +10,11 @@ constinit cat::ReadReport *innermost = nullptr;
 
 cat::ReadReport::ReadReport(std::size_t limit) : limit_(limit), before_(innermost) {
     innermost = this;
-    take_error_lines(keep_error_line);
     cReadSession::report_changed();
 }
 
 cat::ReadReport::~ReadReport() {
     innermost = before_;
-    if (!innermost) take_error_lines(nullptr);
     cReadSession::report_changed();
 }
 
@@ -33,7 +30,7 @@ void cat::ReadReport::add(ReadError error) {
 
 void cat::ReadReport::add(ReadError error, std::uint64_t run) {
     error.follows = run == run_ ? run_first_ : ReadError::none;
-    if (watch_ && !watch_->error(error)) return; // may keep others, or clear
+    if (watch_ && !watch_->error(error)) return; // may store others, or clear
     if (run != run_) {
         error.follows = ReadError::none;
         if (entries_.size() < limit_) {
@@ -52,7 +49,20 @@ void cat::ReadReport::keep(ReadError error) {
         ++dropped_;
 }
 
-cat::ReadReport *cat::ReadReport::current() noexcept { return innermost; }
+cat::ReadReport *cat::ReadReport::current() noexcept {
+    return innermost && innermost->is_innermost() ? innermost : nullptr;
+}
+
+bool cat::ReadReport::any() noexcept { return innermost != nullptr; }
+
+// What is raised during a reading reaches the slot that its session has put ahead of all others.
+cat::ErrorTaker::Answer cat::ReadReport::take(cErr const &error, Route route) {
+    if (route == Route::signal)
+        return cReadSession::current() ? Answer::let_through : Answer::passed_on;
+    if (route == Route::line) return Answer::passed_on;
+    keep_error_line(*this, error);
+    return Answer::taken;
+}
 
 cat::ReadWatch::~ReadWatch() = default;
 

@@ -1,9 +1,9 @@
-// To which entry a comment belongs. A group of comments has no token in between.
+// Assigns comments to entries. A group of comments contains no other tokens.
 //
-//   a = 1; // after a            the line on which the token before the group ends
-//          // after a as well    below one of those, in its column
+//   a = 1; // after a            on the line on which the token before the group ends
+//          // also after a       below such a comment, in its column
 //
-//   // apart                     neither: inside what is around it
+//   // apart                     neither: inside the enclosing entry
 //
 //   // above b                   on lines directly above the token after the group, without a gap
 //   b = 2;
@@ -54,7 +54,7 @@ class cGroup {
     cSourceRecorder::cRecord const &record(std::size_t i) const { return source_.records()[i]; }
     bool own_line(std::size_t i) const { return is_own_line(comments()[i], source_.text_begin()); }
 
-    // Whose last token is the one before the group.
+    // The entry whose last token is before the group.
     std::size_t entry_before() const {
         std::uint32_t const end = comments()[first_].before;
         std::size_t const entry = end > 0 ? source_.at(end - 1) : cSourceRecorder::none;
@@ -62,7 +62,7 @@ class cGroup {
                                                                             : cSourceRecorder::none;
     }
 
-    // Whose first token is the one after it.
+    // The entry whose first token is after the group.
     std::size_t entry_after() const {
         std::uint32_t const begin = comments()[end_ - 1].next;
         std::size_t const entry = source_.at(begin);

@@ -1,6 +1,6 @@
 #include "text/read/csource_recorder.h"
 
-// Looking for nodes runs no user code: nodes with keys of a program's types are found by identity.
+// Searching nodes runs no user code: nodes with keys of a program's types are found by identity.
 
 #include "containers/value_index.h"
 #include "qrv/core/cattrhash.h"
@@ -27,9 +27,8 @@ cAttrHash *hash_of(cObj const &value) {
 
 bool is_in_form(cObj const &container, char form) { return *cat::wformat(container) == form; }
 
-// Does a value that is in the tree take what is merged into it from another one? Numbers are
-// converted into each other.
-bool takes(cObj const &value, cObj const &other) {
+// Whether a value of the tree accepts a merge from another value. Numbers convert into each other.
+bool accepts_merge(cObj const &value, cObj const &other) {
     if (hash_of(value) || hash_of(other)) return hash_of(value) && hash_of(other);
     if (cObj::is_void(&value) || cObj::is_void(&other)) return false;
     return &value.type() == &other.type() ||
@@ -90,7 +89,7 @@ void cSourceRecorder::finish() {
     find_kept();
 }
 
-// A comment is written at each entry of the value that has it.
+// A comment is written at each entry of its value.
 void cSourceRecorder::find_kept() {
     std::unordered_map<std::uint32_t, bool> written; // by the value
     for (cComment const &comment : comments_)
@@ -101,8 +100,8 @@ void cSourceRecorder::find_kept() {
     for (cComment &comment : comments_) comment.kept = comment.obid != 0 && written[comment.obid];
 }
 
-// Would the writer write a comment of the value? It does after an entry on a line of its own, and
-// after the opening bracket of a container on many lines.
+// Whether the writer would write a comment of the value. It does so after an entry that has its own
+// line, and after the opening bracket of a container on many lines.
 bool cSourceRecorder::shows_comment(std::size_t number) const {
     if (number == 0) return root_on_lines_;
     cAttrNode const *const node = records_[number].node;
@@ -219,7 +218,7 @@ void cSourceRecorder::delimiter(std::uint32_t offset) {
     records_[last_].delimiter = offset;
 }
 
-// What is inside the key belongs to it.
+// Everything inside the key belongs to it.
 void cSourceRecorder::key(std::uint32_t separator) {
     if (last_ == none) return;
     truncate(last_ + 1);
@@ -308,7 +307,8 @@ void cSourceRecorder::moved_inside(cObj const &from, cObj const &to) {
     if (frames_.empty()) root(to);
 }
 
-// A vector is copied over another or appended to it: its last item is the last one of both.
+// A vector is copied over another or appended to it: in both cases its last item becomes the last
+// item.
 void cSourceRecorder::move(std::size_t number, std::size_t end, cObj const &from, cObj const &to) {
     cAttrHash const *const old = hash_of(from), *const now = hash_of(to);
     if (!old || !now || old == now || old->has_foreign_keys() || now->has_foreign_keys()) return;
@@ -334,7 +334,7 @@ void cSourceRecorder::move(std::size_t number, std::size_t end, cObj const &from
             move(i, next_sibling(i), *before, *after);
             if (cAttrHash const *const list = cObj::is_map(after) ? nullptr : hash_of(*after))
                 item = list->findvalref(before);
-            if (!item && !takes(*after, *before)) {
+            if (!item && !accepts_merge(*after, *before)) {
                 set_node(record, nullptr);
                 continue;
             }

@@ -1,16 +1,16 @@
 #pragma once
-// What a cat::SourceMap records, and the steps that the reader reports to it.
+// The records of a cat::SourceMap, and the events that the reader reports to it.
 //
-//   begin()  the first token of a value; bracket(), reference() say more about it
+//   begin()  the first token of a value; bracket(), reference() add details
 //   end()    the value was read, and perhaps the delimiter after it
 //   key()    the value that ended last is a key; the next value belongs to its entry
 //   stored() the entry that ended last is now in this node
-//   moved()  what was read into one container was copied into another
+//   moved()  the contents of one container were copied into another
 //
-// Values begin and end as brackets do; the open ones are the frames. The offset of a token is
+// Values begin and end like brackets; the open ones are the frames. The offset of a token is
 // computed from its `position`, which counts all characters but newlines, and its `line`, which
-// counts these. The text of a typed value is gathered without comments; shifts lead from its
-// offsets to those of the outer text.
+// counts these. The text of a typed value is collected without comments; shifts map its offsets to
+// those of the outer text.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/text/read/cattrscan.h"
@@ -29,7 +29,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     static constexpr std::uint32_t absent = 0xFFFFFFFFu;
     static constexpr std::size_t none = SourceEntry::none;
 
-    // 48 bytes for each entry. The flags are those of the value.
+    // 48 bytes for each entry. The flags belong to the value.
     struct cRecord {
         cAttrNode const *node = nullptr; // held
         std::uint32_t key_begin = absent;
@@ -49,14 +49,14 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     };
     struct cComment {
         Span span;
-        std::uint32_t before = 0; // where the token or comment before it ended
-        std::uint32_t next = 0;   // where the one after it begins
+        std::uint32_t before = 0; // the end of the previous token or comment
+        std::uint32_t next = 0;   // the start of the next one
         unsigned lines_before = 0;
         unsigned lines_after = 0;
         unsigned column = 0;
-        bool pending = false; // not given to a value yet
+        bool pending = false; // not attached to a value yet
         bool kept = false;
-        std::uint32_t obid = 0; // of the value that took it
+        std::uint32_t obid = 0; // of the value whose comment it became
     };
 
     cSourceRecorder() = default;
@@ -64,10 +64,10 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     cSourceRecorder &operator=(cSourceRecorder const &) = delete;
     ~cSourceRecorder();
 
-    // That of the innermost living map; null without one.
+    // The recorder of the innermost existing map; null without one.
     static cSourceRecorder *current() noexcept { return living_; }
     static void current(cSourceRecorder *recorder) noexcept { living_ = recorder; }
-    // The one that records what this scan reads; null if nobody does.
+    // The recorder of this scan's reading; null if it isn't recorded.
     static cSourceRecorder *at(cAttrScan const &scan) noexcept {
         return reading_ ? reading_->of(scan) : nullptr;
     }
@@ -76,7 +76,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
         return reading_ ? reading_->of(scan) : living_ ? living_->of(scan) : nullptr;
     }
 
-    // An outermost reading begins and ends. True if it is the one that is recorded.
+    // The start and end of an outermost reading. True if it is the recorded one.
     bool start(cAttrScan const &outer);
     void finish();
 
@@ -84,7 +84,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void begin(cAttrLiteral const &first) { begin(begin_of(first)); }
     void begin(std::uint32_t offset);
     void literal(cToken const &token); // a value of one token begins and ends
-    void after(cToken const &token) {  // what comes after a value
+    void after(cToken const &token) {  // the token after a value
         if (token.code == ';' || token.code == ',') delimiter(begin_of(token));
     }
     void bracket(std::uint32_t offset, int code, std::uint32_t name_end = absent);
@@ -94,7 +94,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void unwind(std::size_t depth); // an exception has left open values
     void delimiter(std::uint32_t offset);
     void key(std::uint32_t separator);
-    void no_value(); // of the entry whose key was read
+    void no_value(); // the entry whose key was read has no value
     void stored(cAttrNode const *node);
     void stored(cAttrNode const *node, cToken const &next) {
         after(next);
@@ -103,19 +103,19 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void moved(cObj const &from, cObj const &to);        // of the entry that ended last
     void moved_inside(cObj const &from, cObj const &to); // of the innermost open value
 
-    // The outermost value is a list of entries: without brackets, or with one that the program has
-    // read.
+    // The outermost value is a list of entries: without brackets, or with an opening one that the
+    // program has read.
     void begin_list(cAttrScan const &scan);
     void end_list(cAttrScan const &scan, std::size_t depth, cObj const *holder);
-    // The value that ended last is the key of the first of them. The caller closes the frame.
+    // The value that ended last is the key of the first entry. The caller closes the frame.
     void begin_list_at_key();
     void root(cObj const &value);
 
     void comment(cToken const &token, bool collected);
     void after_comments(cToken const &token);
-    void handed(cObj const *holder); // null: the comments gathered so far are lost
+    void handed(cObj const *holder); // null: the comments collected so far are discarded
 
-    // The text of a typed value, gathered token by token and read from its own stream.
+    // The text of a typed value, collected token by token and read from a separate stream.
     class cGathering final : public cTokenWatch {
       public:
         explicit cGathering(cSourceRecorder *recorder) : recorder_(recorder) {}
@@ -124,8 +124,8 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
       private:
         friend class cSourceRecorder;
         struct cShift {
-            std::uint32_t offset; // from here on in the gathered text
-            std::uint32_t by;     // so much more in the outer text, modulo 2^32
+            std::uint32_t offset; // from this offset in the collected text on
+            std::uint32_t by;     // add this to get the outer offset, modulo 2^32
         };
         cSourceRecorder *recorder_;
         std::vector<cShift> shifts_;
@@ -142,7 +142,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
         return size == 0 ? begin_of(token) : offset(token.position + size - 1, token.line) + 1;
     }
 
-    // The most bytes that are recorded. Tests lower it.
+    // The maximum number of bytes that are recorded. Tests lower it.
     static std::size_t longest;
 
     bool complete() const noexcept { return complete_; }
@@ -151,8 +151,8 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     std::vector<std::uint32_t> const &by_anid() const; // numbers of the records with nodes
     std::vector<SourceComment> const &attached() const;
     std::size_t at(std::uint32_t offset) const;
-    std::size_t next_sibling(std::size_t number) const; // or of the record around it
-    std::uint32_t obid(std::size_t number) const { // of its value; 0 while the text is being read
+    std::size_t next_sibling(std::size_t number) const; // or of the enclosing record
+    std::uint32_t obid(std::size_t number) const {      // of its value; 0 during the reading
         return number < obids_.size() ? obids_[number] : 0;
     }
     std::string const &root_type() const noexcept { return root_type_; }
@@ -181,7 +181,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void release() noexcept;
 
     static cSourceRecorder *living_;
-    static cSourceRecorder *reading_; // what records the reading under way
+    static cSourceRecorder *reading_; // the recorder of the current reading
 
     std::vector<cRecord> records_;
     std::vector<std::uint32_t> obids_; // of the values of the records
@@ -191,9 +191,9 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     std::size_t last_ = none;       // the record that ended last, in the innermost frame
     std::size_t pending_ = none;    // that of the entry whose value comes next
     std::size_t first_pending_ = 0; // comment
-    bool comment_open_ = false;     // what comes after the last comment is unknown
+    bool comment_open_ = false;     // the token after the last comment is unknown
     std::uint32_t text_begin_ = 0;
-    std::uint32_t uncounted_ = 0;      // by the position of a stream that can't tell its own
+    std::uint32_t uncounted_ = 0;      // by the position of a stream that cannot report its own
     unsigned comment_line_ = 0;        // on which the last comment ended
     cAttrScan const *outer_ = nullptr; // while it is read
     bool complete_ = true;
@@ -205,7 +205,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     mutable bool is_attached_ = false;
 };
 
-// Closes what a function has opened, on all its ways out.
+// Closes the frames that a function has opened, on all its exits.
 class cSourceFrames {
   public:
     explicit cSourceFrames(cSourceRecorder *recorder)
@@ -243,7 +243,7 @@ class cSourceList {
     cSourceFrames const frames_;
 };
 
-// While it lives, what is read from the stream is recorded as text of the innermost open value.
+// During its lifetime, text read from the stream is recorded as text of the innermost open value.
 class cSourceText {
   public:
     cSourceText(cSourceRecorder *recorder, std::istream const &is,

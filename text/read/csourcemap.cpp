@@ -1,6 +1,6 @@
 #include "qrv/text/read/csourcemap.h"
 
-// Living maps form a list through their owners; the innermost is the head.
+// Existing maps form a list through their owners; the innermost is the head.
 
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/ctypeobj.h"
@@ -8,6 +8,7 @@
 #include "text/read/csource_recorder.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -25,13 +26,13 @@ bool has_node(cSourceRecorder::cRecord const &record) {
     return record.node && !record.node->is_dead();
 }
 
-// Is the node in the value of the one around it? It may have been removed, and its value not.
+// Whether the node is in the enclosing value. The node may have been removed, but its value not.
 bool is_in(cAttrNode const &node, cObj const &value) {
     auto const *const map = dynamic_cast<cMapObj const *>(&value);
     return !map || !node.map() || node.map() == &const_cast<cMapObj *>(map)->datamap();
 }
 
-// The records from the outermost to the innermost one at an offset, as far as they are in the tree.
+// The records from the outermost to the innermost one at an offset that are still in the tree.
 std::vector<std::size_t> way_to(cSourceRecorder const &source, std::uint32_t offset) {
     std::vector<std::size_t> way;
     for (std::size_t i = source.at(offset); i != cSourceRecorder::none;) {
@@ -62,7 +63,11 @@ cat::SourceMap::SourceMap() : recorder_(std::make_shared<cSourceRecorder>()) {
     cSourceRecorder::current(recorder_.get());
 }
 
-cat::SourceMap::~SourceMap() { cSourceRecorder::current(before_); }
+cat::SourceMap::~SourceMap() { stop(); }
+
+void cat::SourceMap::stop() noexcept {
+    if (std::exchange(recording_, false)) cSourceRecorder::current(before_);
+}
 
 bool cat::SourceMap::complete() const noexcept { return recorder_->complete(); }
 

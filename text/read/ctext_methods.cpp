@@ -1,4 +1,4 @@
-// What writes and reads the objects of each kind of type, in one table.
+// The functions that write and read the objects of each kind of type, in one table.
 
 #include "text/read/ctext_methods.h"
 

@@ -1,5 +1,5 @@
 #pragma once
-// Members of cAttrLexer that both ways of scanning inline.
+// Inline members of cAttrLexer for both scanning methods.
 
 #include "qrv/text/scan/cattrscanner.h"
 
@@ -9,7 +9,7 @@ inline void cAttrLexer::begin_token() {
     token_.position = position();
 }
 
-// The last of so many newlines is `column` characters before the offset.
+// `column`: the characters between the last newline and the offset.
 // DELIBERATE: the position counts every character but the newline.
 //   Pinned: scanner_position_skips_newlines
 inline void cAttrLexer::pass_lines(std::size_t lines, std::size_t column) {

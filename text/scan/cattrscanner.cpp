@@ -1,14 +1,13 @@
-// Tokens: the current one, those pushed back, the counters, and who shares them.
+// Tokens: the current one, pushed back ones, the counters, and the shared lexers.
 //
-// Each match begins a token at the running counters, except inside a block comment that is read in
-// pieces, which extend the token begun by its opening. Then the counters go over the matched text.
-// A token pushed back and read again doesn't move them. The text of a token is a view: of a text in
-// memory, of one of the lexer's two copies, or of a table of single characters. The string that
-// token() returns is filled when it is first asked for; since the caller may keep the reference,
-// from then on with each token. A lexer is in the list of lexers from its constructor to its
-// destructor, and lives as long as a scanner uses it. The list is searched by the stream's address:
-// a stream that dies before its scanners leaves a lexer that a new stream at that address would
-// find.
+// Each match begins a token at the running counters; only the later pieces of a block comment
+// extend the token begun by its opening. Then the counters advance over the matched text. A token
+// that is pushed back and read again does not change them. The text of a token is a view: of text
+// in memory, of one of the lexer's two copies, or of a table of single characters. The string that
+// token() returns is filled on the first request, and from then on with each token, since the
+// caller may hold the reference. A lexer is in the list of lexers from its constructor to its
+// destructor, and exists while a scanner uses it. The list is searched by the stream's address: so
+// if a stream is destroyed before its scanners, a new stream at its address would find its lexer.
 
 #include "qrv/text/scan/cattrscanner.h"
 
@@ -48,7 +47,7 @@ cAttrLiteral::~cAttrLiteral() = default;
 
 namespace {
 
-// Asked of the buffer: tellg would set the fail state of a stream that is at its end.
+// Queries the buffer, since tellg would set the fail state of a stream at its end.
 unsigned stream_offset(std::istream &in) {
     if (in.fail()) return static_cast<unsigned>(-1);
     return static_cast<unsigned>(
@@ -158,7 +157,7 @@ bool cAttrLexer::is_wanted(rule r) const {
     return return_com_ || watch_com_ || (r != r_line_comment && r != r_block_comment);
 }
 
-// Those of a text that ends at the offset.
+// For text that ends at the offset.
 void cAttrLexer::pass_lines(std::string_view text) {
     auto const lines = std::count(text.begin(), text.end(), '\n');
     pass_lines(static_cast<std::size_t>(lines), text.size() - 1 - text.rfind('\n'));
@@ -201,13 +200,13 @@ cToken const &cAttrLexer::scan() {
     }
 }
 
-// The same where more of the stream is needed than lies in memory.
+// Scans a token for which the characters in memory do not suffice.
 cToken const &cAttrLexer::scan_slowly() {
     while (!scan_stream()) continue;
     return finish();
 }
 
-// One match. True if it is a token that is wanted.
+// Processes one match. True if it is a token that the caller wants.
 bool cAttrLexer::scan_stream() {
     rule const r = match();
     begin_token();
@@ -217,7 +216,7 @@ bool cAttrLexer::scan_stream() {
     if (r == r_block_comment) {
         bool const closed = match_comment();
         append(text);
-        if (!closed) return false; // dropped: the input ends in it
+        if (!closed) return false; // discarded: the input ends inside it
     }
     token_.code = code_of(r, text);
     token_.text = text;
@@ -231,7 +230,7 @@ void cAttrLexer::append(std::string &text) {
     pass_lines(std::string_view(text).substr(text.size() - match.size()));
 }
 
-// A string for the text of the next token, other than that of the one before.
+// Storage for the text of the next token, different from that of the previous one.
 std::string &cAttrLexer::next_text() { return texts_[last_text_ ^= 1]; }
 
 cToken const &cAttrLexer::finish_watched() {
@@ -277,8 +276,8 @@ void cAttrLexer::place(unsigned position, unsigned line, unsigned column) {
     before_places_ = offset_ - position;
 }
 
-// The seek goes to the stream's buffer: a failure then leaves the stream's state good. A position
-// of -1, from an input that can't tell its offset, must not become one of four thousand million.
+// Seeks in the stream's buffer, so that a failure leaves the stream's state good. A position of -1,
+// from an input without an offset, must not become one of four billion.
 void cAttrLexer::reset(unsigned position, unsigned line, unsigned column) {
     pushed_.clear();
     again_ = false;

@@ -1,11 +1,11 @@
-// The common tokens, found by hand: a single character, a word, a number or a string of usual form,
-// after white space and whole in memory, when nothing is wanted of it but its fields. Nearly all
-// tokens of most texts are.
+// Hand-written scanning of the common tokens: a single character, a word, a number or a string of
+// the usual form, after white space, completely in memory, if only the token's fields are needed.
+// Most texts have few others.
 //
-// The functions here call no others but at their ends, so that everything is kept in registers.
-// They need two fifths of the instructions that scan() would need for the same tokens, which makes
-// reading 20 % cheaper. Whatever they don't find is left to scan(), with nothing changed but that
-// white space before it may have been passed.
+// The functions here call others only at their ends, so that all values stay in registers. They
+// need two fifths of the instructions that scan() would need for the same tokens, which reduces the
+// cost of reading by 20 %. All other tokens are left to scan(); nothing is changed then, except
+// that white space may have been skipped.
 
 #include "qrv/text/scan/cattrscanner.h"
 #include "text/scan/cattrlexer_inline.h"
@@ -28,14 +28,14 @@ constexpr std::array<char, 256> make_singles() {
         singles[i] = static_cast<char>(static_cast<unsigned char>(i));
     return singles;
 }
-// Each character by itself, for the texts of tokens of one.
+// Each character as a string, for the texts of single-character tokens.
 constexpr std::array<char, 256> singles = make_singles();
 
 unsigned kind(int c) { return scan::classes[static_cast<std::size_t>(c)].kind; }
 
 } // namespace
 
-// Every function ends in the next one, so that none has registers to save.
+// Every function ends in a call of the next one, so that none has registers to save.
 class cCommonTokens {
   public:
     static cToken const &next(cAttrLexer &lexer, yy_buffer_state &in);
@@ -51,7 +51,7 @@ class cCommonTokens {
     static cToken const &keep_long_text(cAttrLexer &lexer);
 };
 
-// The character is off the stream and no longer ahead.
+// The character has been read from the stream and is no longer in the look-ahead.
 [[gnu::always_inline]] inline cToken const &cCommonTokens::single(cAttrLexer &lexer, int c) {
     lexer.begin_token();
     ++lexer.offset_;
@@ -61,7 +61,7 @@ class cCommonTokens {
     return lexer.token_;
 }
 
-// `ahead`: characters looked at after the token, at most one.
+// `ahead`: characters that were read after the token, at most one.
 [[gnu::always_inline]] inline cToken const &cCommonTokens::finish(cAttrLexer &lexer, char const *p,
                                                                   char const *end, char const *stop,
                                                                   unsigned ahead, int code) {
@@ -105,7 +105,7 @@ class cCommonTokens {
     return finish(lexer, p, end, stop + 1, 0, tkString);
 }
 
-// A sign or a digit is in front.
+// `p` is at a sign or a digit.
 [[gnu::noinline]] cToken const &cCommonTokens::number(cAttrLexer &lexer, char const *p,
                                                       char const *end) {
     auto const no_digit = [](char const *at) {
@@ -127,7 +127,7 @@ class cCommonTokens {
     return finish(lexer, p, end, stop, 1, code);
 }
 
-// Puts a character that is ahead back, if it still lies in front of the get pointer.
+// Puts back a character of the look-ahead, if it is still before the get pointer.
 inline bool cCommonTokens::put_back(yy_buffer_state &in, std::streambuf &b) {
     char const *const place = scan::cGetArea::before(b, in.ahead);
     if (!place || in.ahead.size() > 1) return false;
@@ -136,8 +136,8 @@ inline bool cCommonTokens::put_back(yy_buffer_state &in, std::streambuf &b) {
     return true;
 }
 
-// White space is passed by even if what follows is left to scan(), but not before a comment, whose
-// text it belongs to.
+// Skips white space even if the token after it is left to scan(), except before a comment, whose
+// text includes that white space.
 [[gnu::noinline]] cToken const &cCommonTokens::next(cAttrLexer &lexer, yy_buffer_state &in) {
     if (!in.stream || !in.stream->good()) return lexer.next_of_any_kind();
     std::streambuf &b = *in.stream->rdbuf();
@@ -175,8 +175,8 @@ inline bool cCommonTokens::put_back(yy_buffer_state &in, std::streambuf &b) {
     return single(lexer, c);
 }
 
-// After a word or a number its end is ahead. Often it is a token by itself, such as `=` or `;`:
-// then the stream is not even looked at.
+// After a word or a number its terminator is in the look-ahead. If that is a token itself, such as
+// `=` or `;`, the stream is not accessed at all.
 cToken const &cAttrLexer::next() {
     yy_buffer_state *const in = buffer();
     if (special_ || return_ws_ || !in) return next_of_any_kind();

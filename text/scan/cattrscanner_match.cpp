@@ -1,8 +1,8 @@
 // The matching engine: inputs, and matching character by character.
 //
-// Characters are taken from the stream only when they are needed. Runs are copied straight out of
-// the stream buffer's get area; only an empty get area is filled by the stream's own `get`, which
-// also flushes a tied stream and sets the stream's state. So an ordinary character costs no virtual
+// Characters are read from the stream only when they are needed. Runs are copied directly from the
+// stream buffer's get area; an empty get area is filled by the stream's own `get`, which also
+// flushes a tied stream and sets the stream's state. So an ordinary character needs no virtual
 // call.
 
 #include <algorithm>
@@ -24,10 +24,10 @@ unsigned long long scan::lexed = 0;
 unsigned long long scan::parsed = 0;
 #endif
 
-// A used-up buffer with more room than this gives it back, so that one huge token is not paid for
-// until the end of the input.
+// A used-up buffer with more capacity than this releases it, so that one huge token does not occupy
+// memory until the end of the input.
 constexpr std::size_t room_kept = 1 << 16;
-// Used characters are removed when there are this many and they are the greater part.
+// Used characters are removed if there are this many and they are the greater part.
 constexpr std::size_t used_kept = 1 << 12;
 
 void yy_buffer_state::take(char const *first, std::size_t n) {
@@ -49,7 +49,7 @@ void yy_buffer_state::consume(std::size_t n) {
     look_.clear();
 }
 
-// Other characters come next, so that what is known about strings no longer holds.
+// Different characters follow, so the knowledge about strings is discarded.
 void yy_buffer_state::drop() {
     consume(ahead.size());
     no_close[0] = no_close[1] = 0;
@@ -62,7 +62,7 @@ void yy_buffer_state::recognise() {
     in_memory = dynamic_cast<cMemoryBuf const *>(known) != nullptr;
 }
 
-// The characters that the engine sees when it takes each by itself.
+// Characters for the engine, read from the stream one by one.
 class cStreamChars {
   public:
     explicit cStreamChars(attrFlexLexer &engine) : engine_(engine), buffer_(*engine.buffer_) {}
@@ -89,7 +89,7 @@ class cStreamChars {
     yy_buffer_state &buffer_;
 };
 
-// The stream's buffer if characters lie ready in it, else null.
+// The stream's buffer if its get area has characters, else null.
 std::streambuf *cStreamChars::ready() const {
     std::streambuf *const b = buffer_.stream->rdbuf();
     bool const some =
@@ -97,7 +97,7 @@ std::streambuf *cStreamChars::ready() const {
     return some ? b : nullptr;
 }
 
-// One more character of look-ahead; false at the end of input.
+// Reads one more character of look-ahead; false at the end of input.
 bool cStreamChars::more() {
     if (!buffer_.in) return false;
     char c;
@@ -112,7 +112,7 @@ bool cStreamChars::more() {
     return true;
 }
 
-// Takes ready characters up to the first that is in `set`. False if there was none.
+// Reads available characters up to the first that is in `set`. False if none was found.
 bool cStreamChars::take_run(unsigned set) {
     std::streambuf *const b = ready();
     if (!b) return false;
@@ -186,7 +186,7 @@ void attrFlexLexer::switch_streams(std::istream *in, std::ostream *out) {
     if (out) out_ = out;
 }
 
-// The end is known by the state of the stream alone: after it, nothing is asked for any more.
+// The stream's state alone marks the end: after it, nothing more is read.
 int attrFlexLexer::LexerInput(char *to, int room) {
     std::istream *in = input();
     if (!in || room < 1) return 0;

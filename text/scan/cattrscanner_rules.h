@@ -1,11 +1,11 @@
 #pragma once
-// The rules of the matching engine: the longest match of rules 1 to 16, 19 and 20, found by hand.
-// They are written once for characters of either kind of source.
+// The rules of the matching engine: a hand-written longest match of rules 1 to 16, 19 and 20, as a
+// template over the two kinds of character sources.
 //
-// The first character decides the group of rules; within a group one walk finds the longest match.
-// Each character is looked at when it is needed and not before, so after a token that is complete
-// by itself, such as `{` or a string, no more was looked at. Where a longer match is tried in vain
-// (`1.5e+x`, a quote that is never closed) the surplus stays in the look-ahead.
+// The first character selects a group of rules; within a group one walk finds the longest match. A
+// character is examined only when it is needed, so after a token that is complete by itself, such
+// as `{` or a string, no further character was read. If the attempt at a longer match fails
+// (`1.5e+x`, an unclosed quote), the surplus stays in the look-ahead.
 
 #include "base/cchars.h"
 #include "qrv/text/scan/cattrscanner.h"
@@ -16,7 +16,7 @@
 
 namespace scan {
 
-// What a run of characters stops at: some are complements of what the run consists of.
+// The characters that end a run: some sets are complements of the characters in the run.
 enum char_stop : unsigned {
     cs_no_word = 1, // neither letter nor digit
     cs_no_digit = 2,
@@ -27,13 +27,13 @@ enum char_stop : unsigned {
     cs_tick = 64   // the same for single quotes
 };
 
-// What a token that begins with the character can be.
+// The possible tokens by first character.
 enum char_kind : unsigned {
     ck_single,
     ck_letter,
     ck_digit,
-    ck_sign,  // a point too
-    ck_space, // or a comment; a slash too
+    ck_sign,  // or a point
+    ck_space, // or a comment: white space or a slash
     ck_string,
     ck_hash,
     ck_less,
@@ -87,13 +87,13 @@ constexpr std::array<cClass, 256> make_classes() {
 inline constexpr std::array<cClass, 256> classes = make_classes();
 
 #ifdef QRV_CHECKS
-// How many characters of this process's texts, for tests that count work:
+// Character counts of this process, for tests that measure work:
 extern unsigned long long compared;
-extern QRV_API unsigned long long lexed;  // became tokens; each lexer adds its own at its end
+extern QRV_API unsigned long long lexed;  // became tokens; each lexer adds its own when destroyed
 extern QRV_API unsigned long long parsed; // were read by outermost readings
 #endif
 
-// The one place where a character is looked at, from 0 to 255.
+// The only access to a character, as 0 to 255.
 inline int look_at(char const *c) {
 #ifdef QRV_CHECKS
     ++compared;
@@ -106,13 +106,15 @@ inline bool stops(int c, unsigned set) {
 inline bool is_digit_at(int c) { return c >= 0 && !stops(c, cs_no_digit); }
 
 // `Chars` has
-//   int at(size_t i)                       the character i places on, or -1 after the end
-//   int run(size_t &i, unsigned set)       moves i to the first place from there on that holds a
-//                                          member of the set, or to the end; its character or -1
-//   std::string_view text(size_t size)     so many characters, all looked at before
-//   bool never_closed(int quote)          is a string known to have no end that begins here?
-//   void set_no_close(int quote, size_t i) none that begins before i characters on has one
-// Inlined, so that the compiler can keep the characters' own state in registers.
+//   int at(size_t i)                       the character at distance i, or -1 after the end
+//   int run(size_t &i, unsigned set)       moves i to the first member of the set from there on, or
+//                                          to the end; returns that character or -1
+//   std::string_view text(size_t size)     so many characters, all examined before
+//   bool never_closed(int quote)           whether a string that begins here is known to have no
+//                                          closing quote
+//   void set_no_close(int quote, size_t i) records that for strings that begin in the next i
+//                                          characters
+// Inlined, so that the compiler can hold the state of `Chars` in registers.
 template <class Chars> class cRules {
   public:
     using rule = attrFlexLexer::rule;
@@ -144,7 +146,7 @@ template <class Chars> class cRules {
         }
     }
 
-    // Inside a block comment, from `from` on: matches up to and with its end, or to the end of
+    // Inside a block comment, from `from` on: matches up to and including its end, or to the end of
     // input, and then returns false.
     [[gnu::always_inline]] bool match_comment(std::size_t from) {
         lines_ = true;
@@ -155,7 +157,7 @@ template <class Chars> class cRules {
     }
 
     std::size_t size() const { return size_; }
-    bool lines() const { return lines_; } // may the match hold newlines?
+    bool lines() const { return lines_; } // whether the match may contain newlines
 
   private:
     int at(std::size_t i) { return chars_.at(i); }
@@ -183,8 +185,8 @@ template <class Chars> class cRules {
         return found(attrFlexLexer::r_const, end);
     }
 
-    // A number, or what begins like one. Without digits before its point, or with a sign, it needs
-    // a digit after the point.
+    // A number, or a similar token. Without digits before its point, or with a sign, it needs a
+    // digit after the point.
     [[gnu::always_inline]] rule match_number(int const first) {
         std::size_t const from = first == '+' || first == '-' ? 1 : 0;
         std::size_t end = from;
@@ -201,8 +203,8 @@ template <class Chars> class cRules {
                                         : found(attrFlexLexer::r_char, 1);
     }
 
-    // Letters run on after the digits: a hexadecimal or an unsigned number if all of it fits, else
-    // bad.
+    // Letters directly follow the digits: the token is a hexadecimal or an unsigned number if all
+    // characters fit, else a bad identifier.
     [[gnu::always_inline]] rule match_suffix(std::size_t from, std::size_t letter) {
         std::size_t end = letter + 1;
         run(end, cs_no_word);

@@ -1,13 +1,12 @@
 #pragma once
-// The characters that the scanner can see without asking the stream for more: the look-ahead and
-// what lies ready after it in the stream's get area, as one stretch of memory.
+// The characters that the scanner can access without reading from the stream: the look-ahead and
+// the available characters after it in the stream's get area, as one contiguous piece of memory.
 //
-// Most tokens lie in it whole. A match that comes to its end is void, and is made again from the
-// stream, character by character, so that the stream is asked for more exactly when the rules need
-// more.
-// The look-ahead was copied when it was taken, since the stream may change at any time. It is used
-// in place only if the very same characters lie in front of the get pointer: then the window holds
-// what the scanner would see, whatever was done to the stream.
+// Most tokens are completely inside it. A match that reaches its end is void and is repeated from
+// the stream, character by character, so that the stream is read only if the rules need more
+// characters. The look-ahead was copied when it was read, since the stream may change at any time.
+// It is used in place only if the same characters are before the get pointer: then the window
+// equals what the scanner would read, even if the stream was changed.
 
 #include "text/scan/cattrscanner_buffer.h"
 #include "text/scan/cattrscanner_rules.h"
@@ -18,7 +17,7 @@
 
 namespace scan {
 
-// The get area of a stream buffer: what may be read without asking the buffer to fill it.
+// The get area of a stream buffer: the characters that can be read without filling the buffer.
 struct cGetArea : std::streambuf {
     static char const *start(std::streambuf const &b) { return (b.*&cGetArea::eback)(); }
     static char const *begin(std::streambuf const &b) { return (b.*&cGetArea::gptr)(); }
@@ -27,7 +26,7 @@ struct cGetArea : std::streambuf {
         (b.*&cGetArea::setg)((b.*&cGetArea::eback)(), const_cast<char *>(place),
                              (b.*&cGetArea::egptr)());
     }
-    // Where `ahead` lies in front of the get pointer; null if it doesn't.
+    // The position of `ahead` directly before the get pointer; null if it isn't there.
     static char const *before(std::streambuf const &b, std::string_view ahead) {
         char const *place = begin(b);
         if (ahead.empty()) return place;
@@ -38,20 +37,20 @@ struct cGetArea : std::streambuf {
     }
 };
 
-// White space that was passed over.
+// White space that was skipped.
 struct cWhite {
     std::size_t size = 0;
     unsigned lines = 0;
     std::size_t column = 0; // characters after the last newline
 };
 
-// Everything is inline and nothing keeps its address: a window lives in registers.
+// Everything is inline and no address is stored, so a window stays in registers.
 class cWindow {
   public:
-    // `offset` of the engine, at the current place.
+    // `offset` is the engine's, at the current position.
     cWindow(yy_buffer_state *buffer, std::size_t offset);
 
-    // Moves the window's beginning after white space, unless a comment may begin there.
+    // Moves the window's start past white space, unless a comment may begin there.
     cWhite pass_white();
 
     // For the rules.
@@ -79,11 +78,11 @@ class cWindow {
         no_close_ = offset_ + i;
     }
 
-    // Is more needed, to find the match or to note what is ahead after it?
+    // Whether more characters are needed, to find the match or to record the look-ahead after it.
     bool fails(std::size_t size) const {
         return void_ || seen_ - (base_ + size) > static_cast<std::ptrdiff_t>(yy_buffer_state::few);
     }
-    // Goes after the match: takes from the stream what was looked at.
+    // Moves past the match: reads the examined characters from the stream.
     void consume(std::size_t size) {
         if (unclosed_ != 0) buffer_->no_close[unclosed_ == '"' ? 0 : 1] = no_close_;
         cGetArea::go_to(*buffer_->known, seen_);
@@ -99,9 +98,9 @@ class cWindow {
     std::size_t offset_;
     char const *base_ = nullptr;
     char const *end_ = nullptr;
-    char const *seen_ = nullptr; // after what was looked at
+    char const *seen_ = nullptr; // after the examined characters
     bool void_ = false;
-    int unclosed_ = 0; // a quote of this kind has no end before no_close_
+    int unclosed_ = 0; // a quote of this kind has no closing quote before no_close_
     std::size_t no_close_ = 0;
 };
 
@@ -117,7 +116,7 @@ inline cWindow::cWindow(yy_buffer_state *buffer, std::size_t offset)
     end_ = cGetArea::end(*b);
 }
 
-// Behind the indent of a line, eight blanks at a time: 4 % of reading.
+// Skips the indent of a line, eight blanks at a time: saves 4 % of reading.
 inline char const *pass_indent(char const *p, char const *end) {
     constexpr std::uint64_t blanks = 0x2020202020202020;
     while (end - p >= 8) {
@@ -159,7 +158,7 @@ inline cWhite cWindow::pass_white() {
     return white;
 }
 
-// Where the engine is in a text in memory; else null.
+// The position of the engine in text in memory; else null.
 inline char const *memory_place(yy_buffer_state &buffer) {
     buffer.recognise();
     return buffer.in_memory ? cGetArea::before(*buffer.known, buffer.ahead) : nullptr;

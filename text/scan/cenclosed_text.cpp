@@ -1,12 +1,12 @@
-// One pass over the tokens finds the closing bracket. As long as each begins in memory where the
-// one before ended, nothing is copied.
+// One pass over the tokens finds the closing bracket. Nothing is copied as long as the tokens are
+// contiguous in memory.
 
 #include "text/scan/cenclosed_text.h"
 
 namespace {
 
-// A record is needed where the place doesn't follow from the one before: after a line end and after
-// what was left out.
+// Adds a record if the position doesn't follow from the previous one: after a line end and after an
+// omitted comment.
 class cPlaces {
   public:
     explicit cPlaces(cEnclosedText &to) : to_(to) {}
@@ -27,7 +27,7 @@ class cPlaces {
     unsigned column_ = 0;
 };
 
-// The text so far: a stretch of the input, or a copy.
+// The text so far: a part of the input, or a copy.
 class cGathered {
   public:
     cGathered(cEnclosedText &to, char const *begin) : to_(to), begin_(begin), end_(begin) {}
@@ -40,7 +40,7 @@ class cGathered {
             to_.text = to_.copy;
     }
 
-    // `place`: where the scanner is in memory after the token.
+    // `place`: the scanner's position in memory after the token.
     void append(std::string_view token, char const *place) {
         if (end_ && place != end_ + token.size()) {
             to_.copy.assign(begin_, end_);
@@ -55,7 +55,7 @@ class cGathered {
   private:
     cEnclosedText &to_;
     char const *begin_;
-    char const *end_; // null once there is a copy
+    char const *end_; // null after copying has begun
 };
 
 } // namespace
@@ -70,7 +70,7 @@ int cAttrScanner::read_enclosed(int open, int close, cEnclosedText &to) const {
     for (int depth = 1;;) {
         cToken const &token = next_token();
         if (to.watch) to.watch->token(token, size);
-        if (token.code == tkComment) continue; // pushed back by someone, or watched
+        if (token.code == tkComment) continue; // pushed back by a caller, or watched
         if (to.with_places) places.note(token);
         if (token.code <= tkEof) return tkEof;
         if (token.code == open) ++depth;

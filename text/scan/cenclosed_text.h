@@ -1,6 +1,6 @@
 #pragma once
-// The text between two brackets, as the reader cuts it out for a value of a type: up to the closing
-// bracket, where strings and comments are tokens, and without comments.
+// The text between two brackets, which the reader extracts for a value of a type: up to the closing
+// bracket, with strings and comments recognised as tokens, and without the comments.
 
 #include "qrv/text/scan/cattrscanner.h"
 
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-// Is shown the tokens as they are read, comments too, and the size of the text before each.
+// Receives the tokens as they are read, also comments, and the size of the text before each.
 class cTokenWatch {
   public:
     virtual void token(cToken const &token, std::size_t size) = 0;
@@ -22,11 +22,11 @@ struct cEnclosedText {
     cEnclosedText(cEnclosedText const &) = delete;
     cEnclosedText &operator=(cEnclosedText const &) = delete;
 
-    // Of the input itself if that is in memory and no comment was left out, else of `copy`. Without
-    // the brackets; up to the end of input if there was no closing one.
+    // A part of the input itself if that is in memory and no comment was omitted, else of `copy`.
+    // Without the brackets; up to the end of input if the closing bracket is missing.
     std::string_view text;
     std::string copy;
-    // Where the tokens of the text come from, the one that ends it included; only if wanted.
+    // The origins of the tokens in the text, including the one that ends it; only if requested.
     bool with_places = false;
     std::vector<cAttrPlace> places;
     cTokenWatch *watch = nullptr; // borrowed

@@ -2,8 +2,8 @@
 
 #include <locale>
 
-// Nothing is ever written into the get area: a buffer without pbackfail refuses to put back
-// another character than the one that is there.
+// Nothing is ever written to the get area: a buffer without pbackfail refuses to put back a
+// different character.
 cMemoryBuf::cMemoryBuf(std::string_view text, bool broken) : broken_(broken) {
     char *const first = const_cast<char *>(text.data() ? text.data() : "");
     setg(first, first, first + text.size());
@@ -11,7 +11,7 @@ cMemoryBuf::cMemoryBuf(std::string_view text, bool broken) : broken_(broken) {
 
 cMemoryBuf::~cMemoryBuf() = default;
 
-// The stream that asked sets its bad bit, as for a file buffer.
+// An exception here makes the calling stream set its bad bit, as for a file buffer.
 cMemoryBuf::int_type cMemoryBuf::underflow() {
     if (gptr() != egptr()) return traits_type::to_int_type(*gptr());
     if (broken_) throw std::ios::failure("cannot read the file any further");
@@ -24,14 +24,14 @@ cMemoryBuf::pos_type cMemoryBuf::go_to(off_type position) {
     return pos_type(position);
 }
 
-// Like std::stringbuf, it refuses to move a put pointer along, which it doesn't have.
+// Like std::stringbuf, it refuses to move a put pointer, which does not exist here.
 cMemoryBuf::pos_type cMemoryBuf::seekoff(off_type offset, std::ios::seekdir from,
                                          std::ios::openmode which) {
     if (!(which & std::ios::in) || (which & std::ios::out)) return pos_type(off_type(-1));
     off_type start = 0;
     if (from == std::ios::cur) start = gptr() - eback();
     if (from == std::ios::end) start = egptr() - eback();
-    // Too far in either direction, without an overflow of the sum.
+    // Rejects positions outside, without overflow of the sum.
     if (offset < -start || offset > egptr() - eback() - start) return pos_type(off_type(-1));
     return go_to(start + offset);
 }
@@ -42,9 +42,9 @@ cMemoryBuf::pos_type cMemoryBuf::seekpos(pos_type position, std::ios::openmode w
 
 cMemoryStream::cMemoryStream(std::string_view text, bool broken)
     : std::istream(nullptr), buffer_(text, broken) {
-    // Half of what making the stream costs, if it were done anyway.
+    // Skips a needless imbue(), which would be half of the cost of creating the stream.
     if (getloc() != std::locale::classic()) imbue(std::locale::classic());
-    rdbuf(&buffer_); // which also clears the state
+    rdbuf(&buffer_); // also clears the state
 }
 
 cMemoryStream::~cMemoryStream() = default;

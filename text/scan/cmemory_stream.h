@@ -1,9 +1,9 @@
 #pragma once
-// An input stream on characters in memory, read where they are. The scanner recognises its buffer
-// and returns tokens that are views into the text itself.
+// An input stream on characters in memory, which are read in place. The scanner recognises its
+// buffer and returns tokens that are views of the text itself.
 //
-// For everybody else the stream is like a std::istringstream: the get pointer moves over the text
-// with each character taken, seeking works by the same rules, and the text does not change.
+// For all other users the stream is like a std::istringstream: the get pointer advances with each
+// character that is read, seeking follows the same rules, and the text does not change.
 
 #include <istream>
 #include <streambuf>
@@ -11,7 +11,8 @@
 
 class cMemoryBuf final : public std::streambuf {
   public:
-    // Borrows the text. With `broken` its end is a read error, as of a file that failed there.
+    // Borrows the text. With `broken` its end is a read error, as in a file whose reading failed
+    // there.
     explicit cMemoryBuf(std::string_view text, bool broken = false);
     cMemoryBuf(cMemoryBuf const &) = delete;
     cMemoryBuf &operator=(cMemoryBuf const &) = delete;
@@ -29,7 +30,7 @@ class cMemoryBuf final : public std::streambuf {
     bool broken_;
 };
 
-// With the classic locale. The text must outlive the stream, and the stream its scanners.
+// Uses the classic locale. The text must outlive the stream, and the stream its scanners.
 class cMemoryStream final : public std::istream {
   public:
     explicit cMemoryStream(std::string_view text, bool broken = false);

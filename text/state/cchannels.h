@@ -1,12 +1,12 @@
 #pragma once
-// The library's trace channels, as the layers of text reach them. start/startup.cpp creates the
-// channels; before and after their lives the pointers are null and nothing is traced.
+// The library's trace channels, as the text layers access them. start/startup.cpp creates the
+// channels; before and after their lifetime the pointers are null and nothing is traced.
 
 #include "qrv/diagnostics/ctrace.h"
 
 namespace cat {
 
-extern constinit cTracer *io_channel;  // trace_io: the path of each value read or written
+extern constinit cTracer *io_channel;  // trace_io: the path of each value that is read or written
 extern constinit cTracer *lex_channel; // trace_lex: paths that are followed, and their keys
 
 inline bool is_on(cTracer const *channel) { return channel && *channel; }

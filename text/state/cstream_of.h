@@ -1,5 +1,5 @@
 #pragma once
-// The stream that a method `read` or `write` is given, out of its holder; null where there is none.
+// The stream argument of a method `read` or `write`, taken from its holder; null if it is missing.
 
 #include "qrv/core/cobjd.h"
 

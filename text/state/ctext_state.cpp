@@ -1,8 +1,8 @@
 #include "text/state/ctext_state.h"
 
-// The state object is made by its first user and is never destroyed by itself: the core's
-// tear-down calls reset_text_state(). The pieces of the trie are hashed with a number that differs
-// from process to process, so that no text can be made whose paths all collide.
+// The first use creates the state object; only the core's tear-down destroys it, by
+// reset_text_state(). The pieces of the trie are hashed with a number that differs between
+// processes, so that nobody can construct text whose paths all collide.
 
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/text/state/cwriteindent.h"
@@ -11,8 +11,8 @@
 #include <cstring>
 
 namespace {
-// A power of two, as its doubles are: a slot is found by a mask. Half of them are filled before the
-// table grows, which holds the paths of a small file.
+// A power of two, and so are its doubles: a mask gives a slot. The table grows when half of them
+// are used; this size has room for the paths of a small file.
 constexpr size_t first_slots = 64;
 
 std::uint64_t mix(std::uint64_t h) noexcept {
@@ -125,14 +125,14 @@ void cPathTrie::enter(node_id node, objref const &value, bool own) {
     cPiece &piece = nodes_[node];
     if (piece.own && !own) return;
     piece.own = own;
-    objref const before = std::exchange(piece.value, value); // RE-ENTERS when it dies here
+    objref const before = std::exchange(piece.value, value); // RE-ENTERS when it is destroyed here
 }
 
 void cPathTrie::clear() {
     if (nodes_.size() == 1) return;
-    std::vector<cPiece> const dying = std::exchange(nodes_, std::vector<cPiece>(1));
+    std::vector<cPiece> const released = std::exchange(nodes_, std::vector<cPiece>(1));
     slots_ = {};
-} // RE-ENTERS: the values die here, when the trie is empty already
+} // RE-ENTERS: the values are destroyed here, after the trie is empty
 
 // --- the state ---
 

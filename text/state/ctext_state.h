@@ -1,24 +1,24 @@
 #pragma once
 // The process-wide state that the reader and the writer of object text share: nesting depth and
-// indent, the path of the value at hand, the tables of back references, the gathered comment.
+// indent, the path of the current value, the tables of back references, the collected comment.
 //
 // Rules
 //   - Every paired change is a guard object: cWriteLevel, cPathStep, cReadingKey, cNesting. An
-//     exception that passes leaves depth, indent and path as they were.
-//   - Depth is -1 outside. When a level's end brings it back to -1, both tables of back references
-//     are emptied, so they never outlive the outermost container.
-//   - The path of a value is one growing string, cut back by its step. In the tables a path is a
-//     node of a trie of its pieces between slashes, so entering a value costs its key, not its
-//     depth. Two path strings are equal exactly when their nodes are.
+//     exception leaves depth, indent and path as they were.
+//   - Depth is -1 outside. When the end of a level resets it to -1, both tables of back references
+//     are cleared, so they never outlive the outermost container.
+//   - The path of a value is one growing string; each step truncates it again. In the tables a path
+//     is a node of a trie of its pieces between slashes, so entering a value costs its key, not its
+//     depth. Two path strings are equal if and only if their nodes are.
 //   - Most entries are never referred to, so the reader enters them late, if at all: cLateEntries.
 //   - A key can have two texts: the plain one and the exact one. A step knows both; a value is
 //     entered under both, and found under either.
-//   - The text of a step on demand is made when somebody asks for the path, and at the latest by
-//     settle(), which is called before user code runs: that could change the key, or which form is
-//     written. So a reader or writer that opens such steps calls settle() before methods of types
-//     that aren't the library's, before errors, signals and foreign streams.
-//   - The state is made on first use and lives in plain pointers, so that nothing of it is
-//     destroyed before the objects of a program are.
+//   - The text of an on-demand step is created when the path is requested, and at the latest by
+//     settle(), which is called before user code runs: that could change the key, or the written
+//     form. So a reader or writer that opens such steps calls settle() before methods of types that
+//     aren't the library's, before errors, signals and streams of the program.
+//   - The state is created on first use and held by plain pointers, so that none of it is destroyed
+//     before the objects of a program are.
 
 #include "qrv/core/cobjd.h"
 
@@ -28,7 +28,7 @@
 #include <unordered_map>
 #include <vector>
 
-// All paths that were met, as nodes. Node 0 is the empty path.
+// All paths seen so far, as nodes. Node 0 is the empty path.
 class cPathTrie {
   public:
     using node_id = std::uint32_t;
@@ -40,22 +40,23 @@ class cPathTrie {
     cPathTrie &operator=(cPathTrie const &) = delete;
     ~cPathTrie() = default;
 
-    // The node of from + "/" + key, made if need be. A key with slashes passes several nodes.
+    // The node of from + "/" + key, created if necessary. A key with slashes passes several nodes.
     node_id descend(node_id from, std::string_view key);
     node_id find(std::string_view path) const; // a path that begins with "/", or none
-    std::string path(node_id node) const;      // made from the pieces
+    std::string path(node_id node) const;      // assembled from the pieces
 
     bool empty() const noexcept { return nodes_.size() == 1; }
 
-    // The node of from + "/" + piece, which has no slash; made if need be, or none.
+    // The node of from + "/" + piece, which has no slash; created if necessary, or none.
     node_id child(node_id parent, std::string_view piece);
     node_id find_child(node_id parent, std::string_view piece) const;
 
-    // The object entered at a node; null when there was none.
+    // The object entered at a node, or null.
     objref const &value(node_id node) const { return nodes_[node].value; }
-    // With `own` the node is the value's exact path: such an entry yields only to another one.
+    // With `own` the node is the value's exact path: only another exact path replaces such an
+    // entry.
     void enter(node_id node, objref const &value, bool own);
-    void clear(); // RUNS FOREIGN CODE: the values are released
+    void clear(); // RUNS USER CODE: the values are released
 
   private:
     struct cPiece {
@@ -100,42 +101,43 @@ class cTextState {
         make_steps();
         return path_;
     }
-    // The same for a message: with `shorten` cut in the middle when above 1,000 characters.
+    // The same for a message: with `shorten`, the middle of a path above 1,000 characters is
+    // omitted.
     std::string shown_path(bool shorten) const;
     size_t path_keys() const noexcept { return open_.size(); }
 
-    // Before user code runs: nothing is left to be made from what that code could change.
+    // Before user code runs: creates all texts that depend on data which that code could change.
     void settle() {
         if (late_ || steps_.size() != open_.size()) settle_all();
     }
-    // Can there be entries that were read, but not entered? No user code has run since this began,
-    // for the late_round()th time.
+    // Whether there can be entries that were read, but not entered. User code has not run since
+    // this state began, for the late_round()th time.
     bool is_late() const noexcept { return late_; }
     unsigned late_round() const noexcept { return late_round_; }
 
-    // Reader: what stands at a path. enter_value() is for the current one.
+    // Reader: the value at a path. enter_value() is for the current path.
     void enter_value(objref const &value);
-    objref value_at(std::string_view path) const; // null when nothing was entered there
+    objref value_at(std::string_view path) const; // null if nothing was entered there
 
-    // Writer: the path under which an object was written first; false if it wasn't yet.
+    // Writer: the path under which an object was first written; false if it was not written yet.
     bool written_path(cObj const *obj, std::string &path) const;
     void enter_written(cObj const *obj); // under the current path
-    // The same under any path, by its node; false, and nothing happens, if it was entered under
-    // another one.
+    // The same under any path, by its node; false, without effect, if it was entered under another
+    // one.
     bool enter_written(cObj const *obj, cPathTrie::node_id path);
     cPathTrie::node_id path_node(size_t keys); // of the current path's first keys
     cPathTrie::node_id node_below(cPathTrie::node_id path, std::string_view key) {
         return trie_.descend(path, key);
     }
 
-    // Comments: the text gathered since the last value, and the value it will belong to.
+    // Comments: the text collected since the last value, and the value to which it will belong.
     std::string &com_collected() noexcept { return com_collected_; }
-    // Appends a comment token; a line comment before it that would swallow it gets its line end.
+    // Appends a comment token; if a line comment before it would swallow it, adds the line end.
     void collect_comment(std::string const &token);
     objref &last_noted() noexcept { return last_noted_; }
-    void forget_comments(); // RUNS FOREIGN CODE: last_noted is released
+    void forget_comments(); // RUNS USER CODE: last_noted is released
 
-    // Depth -1, empty path, nothing held but perhaps the last noted value.
+    // Depth -1, empty path, no references except perhaps the last noted value.
     bool idle() const noexcept;
 
   private:
@@ -146,15 +148,15 @@ class cTextState {
     friend class cTypedNesting;
     friend class cLateEntries;
 
-    // Nodes are looked up when first needed. The other chain takes the other text of each key
-    // that has one; it is the same as the first as long as none has.
+    // Nodes are looked up on first need. The other chain uses the other text of each key that has
+    // one; it equals the first chain until a key has one.
     struct cStep {
         size_t length_before;   // of path_
-        std::string other = {}; // the second text of the key, when it has one
+        std::string other = {}; // the second text of the key, if any
         bool has_other = false;
         bool forked = false;      // this or an earlier key has a second text
         bool shown_exact = true;  // path_ up to here is in the exact form
-        bool other_exact = false; // the other chain is
+        bool other_exact = false; // the other chain is exact
         cPathTrie::node_id node = cPathTrie::none;
         cPathTrie::node_id other_node = cPathTrie::none;
     };
@@ -162,7 +164,7 @@ class cTextState {
         unsigned int obid;
         cPathTrie::node_id node;
     };
-    // An open step: its key and the form of its text, as long as that isn't made.
+    // An open step: its key and the form of its text, until that is created.
     struct cOpenStep {
         objref key;
         bool exact;
@@ -174,12 +176,12 @@ class cTextState {
         open_.pop_back();
     }
     void cut_step() noexcept;
-    cStep make_step(objref const &key, std::string &text) const; // RUNS FOREIGN CODE
+    cStep make_step(objref const &key, std::string &text) const; // RUNS USER CODE
     void append_step(cStep &&step, std::string const &text) const;
     void make_steps() const {
         if (steps_.size() != open_.size()) make_steps(open_.size());
     }
-    void make_steps(size_t count) const; // at least the outermost ones, so many
+    void make_steps(size_t count) const; // at least so many of the outermost steps
     void settle_all();
     void enter_open();
     void enter_entries(cAttrHash const &hash, cAttrNode const *after, cPathTrie::node_id path);
@@ -188,8 +190,8 @@ class cTextState {
     cPathTrie::node_id node_of(size_t steps) const noexcept { // resolved
         return steps ? steps_[steps - 1].node : cPathTrie::root;
     }
-    void clear_references(); // RUNS FOREIGN CODE
-    bool resolve_steps();    // fills the nodes of all steps; false if there are none
+    void clear_references(); // RUNS USER CODE
+    bool resolve_steps();    // fills the nodes of all steps; false if there are no steps
     std::string_view step_text(size_t i) const noexcept;
 
     int depth_ = -1;
@@ -198,10 +200,10 @@ class cTextState {
     int typed_nesting_ = 0;
     bool reading_key_ = false;
     mutable std::vector<cOpenStep> open_;
-    mutable std::string path_; // of the made steps, which are the outermost ones
+    mutable std::string path_; // of the steps with text, which are the outermost ones
     mutable std::vector<cStep> steps_;
-    // What is late: all entries of the containers from first_late_ on; those of late_read_, which
-    // was read and isn't stored yet; and all below certain nodes of the table.
+    // The late entries: all entries of the containers from first_late_ on; those of late_read_,
+    // which was read and isn't stored yet; and all below certain nodes of the table.
     static constexpr size_t no_reader = SIZE_MAX;
     struct cLateRead {
         hashref hash;
@@ -214,7 +216,7 @@ class cTextState {
     size_t first_late_ = no_reader;
     cLateRead late_read_{};
     std::unordered_map<cPathTrie::node_id, hashref> late_below_;
-    std::string late_text_; // of a key, for a moment
+    std::string late_text_; // a temporary copy of a key's text
     cPathTrie trie_;
     std::unordered_map<cObj const *, cWritten> written_;
     std::string com_collected_;
@@ -224,29 +226,29 @@ class cTextState {
 
 extern constinit cTextState *the_text_state;
 cTextState &make_text_state();
-// Made by the first call.
+// Created by the first call.
 inline cTextState &text_state() { return the_text_state ? *the_text_state : make_text_state(); }
 // Releases everything held; the next call of text_state() starts anew. For the tear-down of the
 // core and for tests, while nothing is being read or written.
 void reset_text_state();
 
-// One container being written or read: depth up by one, indent along with it. At the end depth
-// and indent go down, and with depth -1 the back references are forgotten.
+// One container being written or read: increments the depth and increases the indent. Its end
+// reverses both, and at depth -1 clears the back references.
 class cWriteLevel {
   public:
     cWriteLevel();
-    ~cWriteLevel(); // RUNS FOREIGN CODE at depth -1
+    ~cWriteLevel(); // RUNS USER CODE at depth -1
     cWriteLevel(cWriteLevel const &) = delete;
     cWriteLevel &operator=(cWriteLevel const &) = delete;
 };
 
-// One key more in the path: "/" and cat::as_text(key).
+// One more key in the path: "/" and cat::as_text(key).
 class cPathStep {
   public:
-    // The text is made at once. RUNS FOREIGN CODE: the key's `write`.
+    // Creates the text at once. RUNS USER CODE: the key's `write`.
     explicit cPathStep(objref const &key);
-    // The text of an int or string that the library writes is made on demand; see settle(). Other
-    // keys have it at once.
+    // The text of an int or string that the library writes is created on demand; see settle().
+    // Other keys have it at once.
     static constexpr struct cOnDemand {
     } on_demand{};
     cPathStep(objref const &key, cOnDemand);
@@ -255,56 +257,57 @@ class cPathStep {
     cPathStep &operator=(cPathStep const &) = delete;
 };
 
-// A container that is being read. A reader opens one inside the other.
+// A container that is being read. Containers nest.
 //
-// Its entries are late as long as they are what was read, in that order and under keys that each
-// have one text: then a path is found by a walk from a node of the table down the containers, and
-// the table has no node below. A container begins late if the table has no node at its path. What a
-// walk would get wrong is entered, and the container's other entries with it:
-//   - enter_open() enters the entries of the containers that are open, but not what is below those:
-//     for a container that was stored before, which has its paths there.
-//   - settle() enters all there is. It is called before anything that isn't a plain entry: before
-//     user code runs, before a repeated key, a typed value, an error. After that each entry is
-//     entered when it is read, until begin() or resume() finds that the next ones can be late.
+// Its entries stay late as long as they are exactly the entries that were read, in that order,
+// under keys with one text each: then a path is found by walking down the containers from a node of
+// the table, and the table has no node below. A container begins late if the table has no node at
+// its path. Entries that such a walk would get wrong are entered, together with the container's
+// other entries:
+//   - enter_open() enters the entries of the open containers, but not those below them: for a
+//     container that was stored before, whose paths are in the table.
+//   - settle() enters all late entries. It is called before anything that isn't a plain entry: user
+//     code, a repeated key, a typed value, an error. After that each entry is entered when it is
+//     read, until begin() or resume() finds that the next ones can be late.
 // While late, an entry of a container whose entries are in the table is entered at once, and a new
 // container in it begins late.
 class cLateEntries {
   public:
-    // Borrows the hash, which can be null as long as no entries are stored, and the scan, which is
-    // the reader's. can_be: of a type and in a place where its entries can be late, if those of the
-    // container around can.
+    // Borrows the hash, which may be null while no entries are stored, and the scan, which is the
+    // reader's. can_be: whether its type and position permit late entries, if the enclosing
+    // container does.
     cLateEntries(cAttrHash *hash, cAttrScan const *scan, bool can_be, int depth);
     ~cLateEntries();
     cLateEntries(cLateEntries const &) = delete;
     cLateEntries &operator=(cLateEntries const &) = delete;
 
-    // Is the state one in which entries can be late?
+    // Whether the state permits late entries.
     static bool are_possible();
-    // Is this the key of such an entry?
+    // Whether this is the key of such an entry.
     static bool is_key(objref const &key);
 
     bool can_be() const noexcept { return can_be_; }
     bool is_outermost() const noexcept { return steps_ == 0; }
     bool is_late() const noexcept { return late_; }
-    // The first container of all: those of its entries that come after this one are late.
+    // The outermost container: its entries after this one are late.
     void begin(cAttrNode const *after);
-    void resume(); // the next entries can be late; what there is has been entered
-    void open();   // inside another one, while late
+    void resume(); // the next entries can be late; all earlier ones have been entered
+    void open();   // inside another container, while late
 
-    // May the entry be late, or be entered without releasing another value?
+    // Whether the entry may be late, or be entered without releasing another value.
     bool has_room(objref const &key) { return late_ || find_room(key); }
     bool has_room(int index) { return late_ || find_room(index); }
-    // The value for which there was room is among the entries, and so is the container that was
-    // read last, if the value is one.
+    // The value for which there was room has been stored, and with it the last container read, if
+    // the value is one.
     void stored(objref const &value) {
         if (!late_)
             enter_stored(value);
         else if (text_state().late_read_.hash)
             text_state().late_read_.hash = nullptr;
     }
-    // The value of the innermost step isn't, but what is below it.
+    // The value of the innermost step is not late, but entries below it are.
     static void pass();
-    // The next entry isn't late: the container has been stored before.
+    // The next entry isn't late, since the container was stored before.
     static void enter_open();
 
   private:
@@ -317,7 +320,7 @@ class cLateEntries {
 
     cAttrHash *const hash_;
     cAttrScan const *const scan_;
-    size_t const steps_; // of its own path
+    size_t const steps_; // of the path of this container
     bool can_be_;
     bool late_ = false;
     cAttrNode const *after_ = nullptr;
@@ -356,5 +359,5 @@ class cTypedNesting {
     cTypedNesting &operator=(cTypedNesting const &) = delete;
 };
 
-// The path for a message: with `shorten` cut in the middle when above 1,000 characters.
+// The path for a message: with `shorten`, the middle of a path above 1,000 characters is omitted.
 std::string shown_path(std::string const &path, bool shorten);

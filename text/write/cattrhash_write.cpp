@@ -1,26 +1,28 @@
 // The entries of one container.
 //
 //   open    many lines: a line end
-//   level   depth and indent go up
+//   level   depth and indent increase
 //   entry   key "= " in maps, the value, ";" or ","; around it the layout:
-//             many lines: indent; behind, the value's comment, or a blank if the value itself
-//             stands over many lines (its comment stands at its opening bracket); a line end
-//             one line: a blank behind
+//             many lines: first the indent; afterwards the value's comment, or a blank if the value
+//             itself spans many lines (its comment is at its opening bracket); a line end
+//             one line: a blank afterwards
 //   level   ends
 //   close   many lines: indent, for the closing bracket
 //
 // An object that was written before in the same outermost container is written as its path. The
-// table is asked by identity and before anything of the value is written, so a cycle ends.
+// table is searched by identity and before any part of the value is written, so a cycle ends.
 //
-// An error thrown while a value is written is told and ends that value only. In exact text nothing
-// of such a value is left: see exact_entry.
+// An error thrown while a value is written is printed and ends only that value. In exact text no
+// part of such a value remains: see exact_entry.
 //
-// Foreign code may remove the very entry it is called from. The walk holds its node and the next
-// one; it ends early only when both are removed at once.
+// User code may remove the entry that is being written. The walk holds its node and the next one;
+// it ends early only if both are removed at once.
 
 #include "qrv/core/cattrhash.h"
 
+#include "core/cattrhash_insert.h"
 #include "core/cregistry.h"
+#include "diagnostics/cerrline.h"
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/diagnostics/cerr.h"
 #include "text/state/cchannels.h"
@@ -36,7 +38,7 @@
 
 namespace {
 
-class cHoldNode { // keeps the memory of a node, which may be null
+class cHoldNode { // holds the memory of a node, which may be null
   public:
     explicit cHoldNode(cAttrNode *node) : node_(node) {
         if (node_) node_->hold();
@@ -53,7 +55,7 @@ class cHoldNode { // keeps the memory of a node, which may be null
     cAttrNode *node_;
 };
 
-// The object's comment; null without one. Borrowed from the object, or put into `made`.
+// The object's comment; null without one. Borrowed from the object, or stored in `made`.
 std::string const *find_comment(cObj const &obj, cComposer &out, std::string &made) {
     if (!obj.has_ommap()) return nullptr;
     std::optional<cUserCode> searching;
@@ -67,12 +69,12 @@ std::string const *find_comment(cObj const &obj, cComposer &out, std::string &ma
         return obj.get_comment(made) ? &made : nullptr; // RUNS USER CODE, a converter
     } catch (cErr const &error) {
         if (!exact_text()) throw;
-        tell_error(error); // and ends nothing
+        tell_error(error); // and the value is still written
     }
     return nullptr;
 }
 
-// A container over many lines.
+// Whether it is a container over many lines.
 bool many_lines(cObj const &value, cComposer &out) {
     if (!value.type().flags_of(tf_container)) return false;
     cExactTables const *const tables = cExactRun::tables();
@@ -83,12 +85,12 @@ bool is_bare_set(cObj const &value) {
     return value.typeflags_of(tf_bare) && writes_by(value, cTomSet::m_write);
 }
 
-// Does the library itself write this value, in a way that can't fail half-way?
+// Whether the library itself writes this value, in a way that can't fail half-way.
 bool is_own_form(cObj const &value) { return form_of(value) != cForm::user; }
 
-// --- exact text: what must be put back ---
+// --- exact text: guards ---
 
-class cBlindKey { // a key that no path can name
+class cBlindKey { // a key that a path cannot name
   public:
     cBlindKey(cExactTables &tables, bool blind) : tables_(&tables), blind_(blind ? 1 : 0) {
         tables_->blind_keys += blind_;
@@ -119,7 +121,7 @@ class cOpen { // a value being written
     cObj const *obj_;
 };
 
-class cCollecting { // by this collector from here on
+class cCollecting { // for the code from here on
   public:
     cCollecting(cExactTables &tables, cLineCollector &collector)
         : tables_(&tables), outer_(std::exchange(tables.collector, &collector)) {}
@@ -147,14 +149,14 @@ class cEntryWriter {
 
     void run();
     void run_collected(cLineCollector &collector, cComposer &into);
-    // False if a value was left out without which the holder can't be read.
+    // False if an omitted value makes the holder unreadable.
     bool is_whole() const { return whole_; }
-    // In exact text: will the entries be written as tokens, without a line end and anything that
-    // has to be remembered?
+    // In exact text: whether the entries are written as tokens, without a line end and without
+    // anything that must be recorded.
     bool is_flat() const;
 
   private:
-    using cMade = std::optional<std::string>; // text made before; without: written straight away
+    using cMade = std::optional<std::string>; // text created before; empty: write directly
 
     void entries();
     bool is_composed(cAttrNode const &node);
@@ -182,7 +184,7 @@ class cEntryWriter {
     bool is_flat_token(objref const &ref) const;
     // In exact text only the keys of a member table are hidden.
     bool hides(cObj const &key) const { return (!tables_ || members_) && is_hidden(key); }
-    // Does only the node own it? Then it isn't a constant.
+    // Whether only the node owns it. Then it isn't a constant.
     bool is_lone(objref const &ref) const { return ref->refs() == 1 && owns_; }
 
     cAttrHash const &hash_;
@@ -192,12 +194,12 @@ class cEntryWriter {
     bool listed_;
     bool set_;
     bool members_ = holder_ && holder_->ommap_ptr() == &hash_;
-    bool owns_ = &hash_ != core.const_hash; // the node is an owner beside the map of constants
+    bool owns_ = &hash_ != core.const_hash; // the node owns, beside the map of constants
     cTextState &state_ = text_state();
     cExactTables *tables_ = exact_text() ? cExactRun::tables() : nullptr;
     cOpenContainer open_;
-    cLineCollector *collector_ = nullptr; // and then the layout isn't known yet
-    size_t container_ = 0;                // there
+    cLineCollector *collector_ = nullptr; // if set, the layout isn't known yet
+    size_t container_ = 0;                // its number in the collector
     int count_ = 0;                       // entries written
     bool whole_ = true;
 };
@@ -216,7 +218,7 @@ void cEntryWriter::run_collected(cLineCollector &collector, cComposer &into) {
     if (collected().close(container_, state_.indent()) && holder_) tables_->relaid.insert(holder_);
 }
 
-// All text before is in it.
+// The collector, after all previous text was passed to it.
 cLineCollector &cEntryWriter::collected() {
     out_->hand_over();
     return *collector_;
@@ -236,14 +238,16 @@ void cEntryWriter::entries() {
     }
 }
 
-// Can the entry be composed right away? Neither key nor value is a constant, or refused, or entered
-// as written, and no user code can ask for the path.
+// Whether the entry can be composed at once: neither key nor value is a constant, rejected, or
+// entered as written, and no user code can query the path.
 bool cEntryWriter::is_composed(cAttrNode const &node) {
     if (!out_->composing() || !owns_ || !is_token(node.value())) return false;
-    bool const keyed = !listed_;
-    objref const &key = node.key();
-    if (keyed && !(is_token(*key) && is_lone(key))) return false;
-    if (hides(*key) || (tables_ && keyed && !exact_key(key, true))) return false;
+    if (!listed_ || !cAttrInsert::is_lazy_number(node)) {
+        bool const keyed = !listed_;
+        objref const &key = node.key();
+        if (keyed && !(is_token(*key) && is_lone(key))) return false;
+        if (hides(*key) || (tables_ && keyed && !exact_key(key, true))) return false;
+    }
     // A comment that exact text can't write is reported with the entry's path.
     if (tables_ && (node.value().has_ommap() || !has_token(node.value()))) return false;
     open_.begin_entry(node);
@@ -318,7 +322,7 @@ void cEntryWriter::begin_entry(bool apart) {
 
 void cEntryWriter::end_entry(cAttrNode const &node) {
     out_->put(listed_ ? ',' : ';');
-    cObj const &value = node.value(); // another one, if it was replaced meanwhile
+    cObj const &value = node.value(); // another one, if user code replaced it
     if (collector_)
         return collected().after(container_, many_lines(value, *out_), comment_of(value));
     if (!lines_) {
@@ -334,7 +338,7 @@ void cEntryWriter::end_entry(cAttrNode const &node) {
 
 // --- exact text ---
 
-// The key under which an entry is read back: the reader counts, and what is left out isn't there.
+// The key of an entry as the reader counts it: the reader does not see omitted entries.
 objref cEntryWriter::place_of(objref const &key) const {
     return !listed_ || cat::as_index(key) == count_ ? key : own_key(count_);
 }
@@ -356,12 +360,12 @@ void cEntryWriter::refuse(objref const &place) {
         cPathStep const step(place);
         path = state_.shown_path(true);
     } catch (cErr const &) {
-        // A key without text, and told already; the path of its container must do.
+        // The key has no text, which was already reported; the path of its container is used.
     }
-    tell_unwritable(path);
+    try_report_unwritable(path);
 }
 
-// Does it run user code to look whether the object can be written?
+// Whether checking that the object can be written runs user code.
 bool is_asked(cObj const &obj) { return !is_own_form(obj) || &obj.type().type() == core.attlist; }
 
 bool cEntryWriter::can_write(objref const &ref) {
@@ -377,11 +381,12 @@ bool cEntryWriter::can_write_key(objref const &key) {
 
 void cEntryWriter::exact_entry(cAttrNode const &node) {
     open_.begin_entry(node);
-    objref const place = place_of(node.key());
+    objref const &key = node.key();
+    objref const place = place_of(key);
     cObj const &value = node.value();
     bool done = false;
     // No container takes bad or badfind when it is read.
-    if ((listed_ || can_write_key(node.key())) && !value.is_bad() && can_write(node.valref())) {
+    if ((listed_ || can_write_key(key)) && !value.is_bad() && can_write(node.valref())) {
         try {
             done = try_entry(node, place);
         } catch (cErr const &error) {
@@ -392,26 +397,27 @@ void cEntryWriter::exact_entry(cAttrNode const &node) {
     if (!done) refuse(place);
 }
 
-// Whatever may fail is made before anything is written. An entry that vanished meanwhile is no
+// All steps that may fail come before any output. An entry that was removed meanwhile is not a
 // failure.
 bool cEntryWriter::try_entry(cAttrNode const &node, objref const &place) {
     cPathStep const step = step_to(place); // RUNS USER CODE, as the two below
-    cBlindKey const blind(*tables_, !listed_ && !exact_path_key(node.key()));
+    objref const &node_key = node.key();
+    cBlindKey const blind(*tables_, !listed_ && !exact_path_key(node_key));
     cMade key, value;
-    bool const made =
-        make_key(*node.key(), key) && (node.is_dead() || make_value(node.valref(), value));
+    bool const made = (listed_ || make_key(*node_key, key)) &&
+                      (node.is_dead() || make_value(node.valref(), value));
     if (made && !node.is_dead()) put_parts(node, key, value);
     return made || node.is_dead();
 }
 
 bool cEntryWriter::make_key(cObj const &key, cMade &made) {
-    if (listed_ || is_own_form(key)) return true;
+    if (is_own_form(key)) return true;
     cUserCode const user(*out_);
     return catch_text(key, made);
 }
 
 bool cEntryWriter::make_value(objref const &value, cMade &made) {
-    if (!is_lone(value) && cat::find_const(value)) return true; // by name, as often as it comes
+    if (!is_lone(value) && cat::find_const(value)) return true; // by name, each time
     if (is_own_form(*value))
         return !open_.is_entered_by_caller(*value) || enter_value(*value, made);
     cUserCode const user(*out_);
@@ -422,9 +428,9 @@ bool cEntryWriter::make_value(objref const &value, cMade &made) {
     return false;
 }
 
-// Or makes a reference, if it was written before.
+// Or creates a reference, if it was written before.
 bool cEntryWriter::enter_value(cObj const &value, cMade &made) {
-    if (tables_->open.has(&value)) return false; // what isn't closed yet can't be referred to
+    if (tables_->open.has(&value)) return false; // an unclosed container can't be referred to
     std::string path;
     if (state_.written_path(&value, path) && !tables_->forgotten.has(&value))
         return make_reference(value, path, made);
@@ -439,7 +445,7 @@ bool cEntryWriter::make_reference(cObj const &value, std::string const &path, cM
     return true;
 }
 
-// The written form as a text; false, and the error told, when it can't be made.
+// The written form as a string; false if it can't be created, with the error printed.
 bool cEntryWriter::catch_text(cObj const &obj, cMade &made) {
     std::ostream &os = out_->stream();
     cTextStream caught(made.emplace());
@@ -448,7 +454,7 @@ bool cEntryWriter::catch_text(cObj const &obj, cMade &made) {
     try {
         cOpen const open(*tables_, obj);
         cComposer out(caught);
-        done = write_form(obj, out); // RUNS FOREIGN CODE
+        done = write_form(obj, out); // RUNS USER CODE
     } catch (cErr const &error) {
         tell_error(error);
     }
@@ -470,7 +476,7 @@ void cEntryWriter::put_parts(cAttrNode const &node, cMade const &key, cMade cons
     if (value)
         out_->put(*value);
     else
-        write_form(obj, *out_, is_lone(node.valref())); // RUNS FOREIGN CODE, in containers below
+        write_form(obj, *out_, is_lone(node.valref())); // RUNS USER CODE, in containers below
     open_.end_value();
     end_entry(node);
 }
@@ -489,8 +495,9 @@ bool cEntryWriter::is_flat() const {
     if (holder_ && holder_->has_ommap() && !cObj::is_void(holder_->omember("//"))) return false;
     for (cAttrNode const *node = hash_.first(); node; node = hash_.next(node)) {
         if (!is_flat_token(node->valref())) return false;
+        if (listed_) continue;
         objref const &key = node->key();
-        if (!listed_ && (!is_flat_token(key) || hides(*key) || !exact_key(key, true))) return false;
+        if (!is_flat_token(key) || hides(*key) || !exact_key(key, true)) return false;
     }
     return true;
 }
@@ -503,17 +510,18 @@ void put_comment(cComposer &out, cObj const &obj) {
     if (!text) return;
     if (!exact_text() || exact_comment(*text)) return out.put(*text);
     cUserCode const user(out);
-    tell_unwritable(text_state().shown_path(true));
+    try_report_unwritable(text_state().shown_path(true));
 }
 
 void tell_error(cErr const &error) {
-    cat::std_err() << "cErr during write of container, path='" << text_state().path() << "':\n"
-                   << error.as_string() << std::endl;
+    std::string const line =
+        "cErr during write of container, path='" + text_state().path() + "':\n" + error.as_string();
+    if (!cat::line_is_taken(line)) cat::std_err() << line << std::endl;
 }
 
-void tell_unwritable(std::string const &path) {
+void try_report_unwritable(std::string const &path) {
     try {
-        report_unwritable(path); // RUNS FOREIGN CODE
+        report_unwritable(path); // RUNS USER CODE
     } catch (cErr const &error) {
         tell_error(error);
     }

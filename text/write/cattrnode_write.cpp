@@ -1,5 +1,5 @@
-// One attribute on its own, by its node, by a handle or by a cursor: the key as text, the attribute
-// as "key=value; ", and a listing of all.
+// A single attribute, by its node, by a handle or by a cursor: the key as text, the attribute as
+// "key=value; ", and a listing of all.
 
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
@@ -11,7 +11,7 @@
 
 #include <ostream>
 
-std::string cAttrNode::key_as_string() const { return cat::as_string(key_); }
+std::string cAttrNode::key_as_string() const { return cat::as_string(key()); }
 
 std::string cAttrNode::key_as_string(cAttrNode const *node) { return cat::as_string(key(node)); }
 
@@ -42,7 +42,7 @@ void put_header(std::ostream &os, cObj const &obj) {
 
 } // namespace
 
-// The key first: what writes it may replace the value.
+// The key first: writing it may replace the value.
 
 bool cAttrNode::write(std::ostream &os) const {
     os << key_as_string() << '=';

@@ -1,8 +1,8 @@
-// Writing attribute specifications and the types made of them, and what exact text asks of the
-// objects of these types.
+// Writes attribute specifications and the types created from them, and checks the objects of these
+// types for exact text.
 //
-// A default is written one step below the path of its attspec, where the reader has it too; so what
-// is in it can be referred to.
+// A default is written one step below the path of its attspec, as in the reader, so that its parts
+// can be referred to.
 
 #include "qrv/containers/cattrset.h"
 
@@ -24,7 +24,7 @@
 
 namespace {
 
-// False if the default can't be written so that it reads back. Nothing of it is written then.
+// False, without output, if the default can't be written exactly.
 bool write_exact_default(std::ostream &os, cObj const &value) {
     cExactRun const run;
     cExactTables &tables = *cExactRun::tables();
@@ -46,8 +46,9 @@ bool write_exact_default(std::ostream &os, cObj const &value) {
     return false;
 }
 
-// DELIBERATE: plain text has nothing between a default and what follows, and nothing for #IMPLIED.
-// Pinned: a_default_is_written_without_a_separator, an_implied_one_without_type_is_an_empty_text
+// DELIBERATE: plain text has nothing between a default and the next part, and nothing for #IMPLIED.
+// Pinned: a_default_is_written_without_a_separator,
+// an_implied_attribute_without_a_type_is_an_empty_string
 bool write_default(std::ostream &os, objref const &value) {
     cPathStep const step(own_key(std::string("default")));
     if (exact_text()) return write_exact_default(os, *value);
@@ -71,7 +72,7 @@ bool cTomAttspec::m_write(cObj &obj, objref &stream) {
     bool const has_default = spec->is_default() && write_default(*os, spec->get_default());
     if (spec->is_required()) *os << "flag=#REQUIRED;";
     if (spec->is_fixref() && has_default) *os << "flag=#FIXED;";
-    // Also where the default was left out: objects without the attribute can be read then.
+    // Also if the default was omitted: then objects without the attribute can be read.
     if (!spec->is_required() && !has_default && exact_text()) *os << "flag=#IMPLIED;";
     os->flush();
     return true;
@@ -97,7 +98,7 @@ namespace {
 
 using cPairs = std::vector<std::pair<objref, objref>>;
 
-// The entries as they are now: what follows may run user code.
+// A copy of the entries, since later steps may run user code.
 cPairs pairs_of(cAttrHash const &hash) {
     cPairs pairs;
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
@@ -125,11 +126,11 @@ bool is_scalar(objref const &value) {
     return std::find(types.begin(), types.end(), &value->type()) != types.end();
 }
 
-// Would the set's value be read as it is? Reading assigns it to a copy of the default, which can
-// leave some of a default that isn't a scalar. What the default was when the set was made, the
-// value has been assigned to already.
-bool comes_back(cAttspec const &spec, cMapObj const &set, objref const &key, objref const &value) {
-    if (spec.is_fixref()) return false; // no value that is read is the very default
+// Whether the reader would restore the set's value. The reader assigns the value to a copy of the
+// default, which can preserve parts of a default that isn't a scalar. The value has already been
+// assigned to the default of the time when the set was created.
+bool is_restored(cAttspec const &spec, cMapObj const &set, objref const &key, objref const &value) {
+    if (spec.is_fixref()) return false; // a value that is read is another object
     objref const now = spec.get_default();
     if (!now) return true;
     if (cObj::is_void(value) || &value->type() != &now->type()) return false;
@@ -145,13 +146,13 @@ bool is_read_by_library(cTypeObj const &type) {
     return &type.type() == &cat::typetype_attlist() && type.method(mid_read) == read;
 }
 
-// Does the type declare these keys now, in this order, and take these values?
-bool takes(cTypeObj const &type, cMapObj &set) {
+// Whether the type currently declares these keys, in this order, and accepts these values.
+bool accepts(cTypeObj const &type, cMapObj &set) {
     cPairs const entries = pairs_of(set.datamap()), declared = declared_by(type);
     auto const reads = [&set](auto const &entry, auto const &declaration) {
         auto const &spec = static_cast<cAttspec const &>(*declaration.second);
         return is_same_key(entry.first, declaration.first) &&
-               comes_back(spec, set, entry.first, entry.second);
+               is_restored(spec, set, entry.first, entry.second);
     };
     return std::equal(entries.begin(), entries.end(), declared.begin(), declared.end(), reads) &&
            cTomAttrset::validate(set); // RUNS USER CODE
@@ -167,7 +168,7 @@ bool exact_declared(cObj const &obj) {
     if (!is_read_by_library(obj.type())) return true;
     objref const keep = objref::share(const_cast<cObj *>(&obj));
     auto *const set = dynamic_cast<cMapObj *>(keep.get());
-    return set && takes(obj.type(), *set);
+    return set && accepts(obj.type(), *set);
 }
 
 bool exact_needs(cObj const &holder, objref const &key) {

@@ -1,4 +1,4 @@
-// The text of choices: that of a value is its key, that of a type its choices.
+// The text of choices: a value's text is its key, a type's text is its choices.
 
 #include "qrv/containers/cchoiceval.h"
 
@@ -11,7 +11,7 @@ bool cTomChoiceVal::m_write(cObj &obj, objref &stream) {
     auto const *const value = dynamic_cast<cChoiceVal const *>(&obj);
     if (!os || !value) return false;
     objref const key = value->key();
-    if (key) key->writeobj(*os); // RUNS FOREIGN CODE
+    if (key) key->writeobj(*os); // RUNS USER CODE
     return true;
 }
 
@@ -20,7 +20,7 @@ bool cTomChoice::m_write(cObj &type, objref &stream) {
     auto const *const choice = dynamic_cast<cTypeObj const *>(&type);
     if (!os || !choice) return false;
     objref const choices = choice->tmember(std::string("choices"));
-    (cObj::is_void(choices) ? cat::nil() : choices)->writeobj(*os); // RUNS FOREIGN CODE
+    (cObj::is_void(choices) ? cat::nil() : choices)->writeobj(*os); // RUNS USER CODE
     os->flush();
     return true;
 }

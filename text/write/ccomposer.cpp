@@ -13,7 +13,7 @@
 namespace {
 constexpr size_t buffer_size = 2 * cComposer::most_space;
 
-// A tied stream is flushed, and an exception thrown, at a moment that could be seen.
+// False if a flush of a tied stream or an exception could be observed.
 bool formats_as_fresh(std::ostream const &os) {
     return os.good() && os.exceptions() == std::ios_base::goodbit && !os.tie() &&
            os.flags() == (std::ios_base::skipws | std::ios_base::dec) && os.precision() == 6 &&
@@ -37,7 +37,7 @@ void cComposer::hand_over() {
     if (!composing() || at_ == buffer_.get()) return;
     os_->write(buffer_.get(), at_ - buffer_.get());
     at_ = buffer_.get();
-    // A buffer that takes nothing: of several pieces, those after the first set this bit.
+    // A buffer that accepts nothing: writing several pieces would set this bit from the second on.
     if (os_->bad()) os_->setstate(std::ios_base::failbit);
 }
 

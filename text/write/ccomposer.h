@@ -1,13 +1,13 @@
 #pragma once
 // The text of one call of the writer, on its way to a stream.
 //
-// Where nobody can see the difference, the text is composed in a buffer, and the stream gets it in
-// large pieces, without flushes: for the library's own streams into strings, and for a
+// If nobody can observe the difference, the text is composed in a buffer, and the stream receives
+// it in large pieces, without flushes: for the library's own streams into strings, and for a
 // std::stringbuf, if the stream is good and formats as a fresh classic one does. Every other stream
-// gets each piece and each flush by itself, since its buffer may count them.
+// receives each piece and each flush separately, since its buffer may count them.
 //
-// User code runs inside a cUserCode: it finds all text before it in the stream, and every value
-// that was written entered as written.
+// User code runs inside a cUserCode: then the stream contains all previous text, and every written
+// value is in the table.
 
 #include <algorithm>
 #include <cstddef>
@@ -22,12 +22,12 @@ class cComposer {
     cComposer &operator=(cComposer const &) = delete;
     ~cComposer() { hand_over(); }
 
-    // Composes from here on, if the stream allows it. Only the first call looks at the stream.
+    // Composes from here on, if the stream allows it. Only the first call examines the stream.
     void begin() {
         if (!begun_) look_again();
     }
     bool composing() const noexcept { return at_ != nullptr; }
-    // While composing: space for so many characters, at most `most_space`, and how far it was used.
+    // While composing: space for so many characters, at most `most_space`, and its used end.
     static constexpr size_t most_space = size_t{1} << 11;
     char *space(size_t count) {
         if (static_cast<size_t>(end_ - at_) < count) hand_over();
@@ -59,10 +59,10 @@ class cComposer {
         if (!composing()) os_->flush();
     }
 
-    // The stream itself. What is written to it comes after text that was handed over.
+    // The stream itself. Call hand_over() before writing to it.
     std::ostream &stream() const noexcept { return *os_; }
     void hand_over();
-    void look_again(); // something may have changed the stream
+    void look_again(); // re-examines the stream, after something may have changed it
 
   private:
     friend class cUserCode;
@@ -77,7 +77,7 @@ class cComposer {
     bool begun_ = false;
 };
 
-// Around everything that can run user code: methods of other types, converters, slots of errors.
+// Encloses everything that can run user code: methods of other types, converters, slots of errors.
 class cUserCode {
   public:
     explicit cUserCode(cComposer &out);

@@ -1,7 +1,7 @@
-// The guard, and what exact text can't write.
+// The guard, and the values that exact text cannot represent.
 //
-// A guard only counts: how many live, and how many values were left out in the whole process, of
-// which each guard shows the difference. So guards nest without knowing of each other.
+// A guard only counts: the existing guards, and the values omitted in the whole process, of which
+// each guard returns the difference. So guards nest without knowing each other.
 
 #include "qrv/text/write/cexacttext.h"
 
@@ -65,12 +65,12 @@ void raise_unwritable(std::string const &path) {
     raise_eros();
 }
 
-// Does the scanner read the text as one identifier?
+// Whether the scanner reads the string as one identifier.
 bool reads_as_ident(std::string const &text) {
     return cat::is_ident(text) && text != "true" && text != "false";
 }
 
-// "#name": an identifier, and not the word for a back reference.
+// "#name": an identifier other than the word for a back reference.
 bool constant_writable(cAttrNode const &constant) {
     std::string const *const name = string_of(*constant.key());
     return name && cat::is_ident(*name) && *name != "cRef";

@@ -1,11 +1,11 @@
-// Entries that are not in the table of paths: where they are found, and how they come into it. In
-// this folder because the pieces of a path are texts of keys.
+// Entries that are not in the table of paths: finding them, and entering them. The file is in this
+// folder since the pieces of a path are texts of keys.
 //
-// A path is followed in the table as far as it goes. Below, each piece is the text of a key of the
-// container at hand, or of the step that is open in it. That gives what the table would have, since
-// a late container has been changed by nothing but appending: each key was read once, each value is
-// in it since it was read, and a container among its values was read at that place. No two of its
-// keys have the same text.
+// A path is followed in the table as far as possible. Below that, each piece is the text of a key
+// of the current container, or of the step that is open in it. The result equals that of the table,
+// since a late container has changed only by appending: each key was read once, each value is in it
+// since it was read, and a container among its values was read at that position. All its keys have
+// different texts.
 
 #include "core/cscalar.h"
 #include "qrv/containers/cmapobj.h"
@@ -40,8 +40,8 @@ std::string const &text_of(cObj const &key, std::string &text) {
     return text;
 }
 
-// The key of a late container whose text this is. Only an int has a text of digits, and the text
-// of a string is bare or in quotes.
+// The key of a late container with this text. Only ints have texts of digits, and the text of a
+// string is bare or in quotes.
 cAttrNode const *find_text(cAttrHash const &hash, std::string_view text) {
     if (text.empty()) return nullptr;
     std::string form;
@@ -63,10 +63,10 @@ cAttrNode const *find_text(cAttrHash const &hash, std::string_view text) {
 // --- finding ---
 
 objref cTextState::find_late(std::string_view path) const {
-    cPathTrie::node_id node = cPathTrie::root; // none: below the table, in
-    cAttrHash const *hash = nullptr;           // this container
-    size_t reader = first_late_;               // that of this one,
-    bool is_open = false;                      // which is open
+    cPathTrie::node_id node = cPathTrie::root; // none: the search is below the table
+    cAttrHash const *hash = nullptr;           // the container of the search below the table
+    size_t reader = first_late_;               // the reader of that container
+    bool is_open = false;                      // and whether it is open
     auto const open_step = [this](size_t i, std::string_view piece) {
         if (i >= open_.size()) return false;
         make_steps(i + 1);
@@ -114,7 +114,7 @@ objref cTextState::find_late(std::string_view path) const {
 
 // --- entering ---
 
-// Nothing is entered twice, so nothing dies, and no user code runs.
+// Enters nothing twice, so no value is released and no user code runs.
 void cTextState::enter_open() {
     resolve_steps();
     for (; first_late_ < readers_.size(); ++first_late_) {

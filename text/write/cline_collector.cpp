@@ -1,6 +1,6 @@
-// The marks stand in the order of the text, so delivering is one walk over both. A container's
-// layout is read from its own entry, which its close has settled by then; one that an exception
-// left open stays on its line.
+// The marks are in the order of the text, so delivering is one walk over both. A container's layout
+// is read from its own record, which its close has set before; a container that an exception left
+// open stays on one line.
 
 #include "text/write/cline_collector.h"
 
@@ -58,7 +58,7 @@ void cLineCollector::put_comment(std::uint32_t index, cComposer &target) {
         target.put(comment.text);
     } else {
         cUserCode const user(target);
-        tell_unwritable(comment.path);
+        try_report_unwritable(comment.path);
     }
 }
 
@@ -100,6 +100,6 @@ void cLineCollector::deliver(cComposer &target) {
     }
     target.put_unformatted(text.substr(written));
     if (!stream_.fail()) return;
-    cUserCode const user(target); // so that it looks at the stream again
+    cUserCode const user(target); // so that it examines the stream again
     target.stream().setstate(std::ios_base::failbit);
 }

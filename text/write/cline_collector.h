@@ -1,13 +1,13 @@
 #pragma once
-// One-line containers in exact text. A container whose own entries turn out to hold a line end must
-// go over many lines, or the next reading would take its layout for another one and the next
-// writing would differ. That is known only when its last entry stands.
+// One-line containers in exact text. If the entries of a container contain a line end, it must be
+// written over many lines, or the next reading would assign another layout and the next writing
+// would differ. This is known only after its last entry was written.
 //
 // So the outermost one-line container collects its text, and all one-line containers inside it
-// write into the same text. Nothing that depends on the layout goes in there; it is kept as marks,
-// in the order of the text, and filled in when everything is known. Each container decides at its
-// close: a line end in its stretch of text, or one that a container inside it will get. So the work
-// is linear, however deep they nest.
+// write to the same text. Parts that depend on the layout are not in that text; they are recorded
+// as marks, in the order of the text, and inserted at the end. Each container decides at its close:
+// it looks for a line end in its part of the text, or one that an inner container will get. So the
+// work is linear at any depth of nesting.
 
 #include "qrv/core/cobj.h"
 #include "text/write/ccomposer.h"
@@ -18,7 +18,7 @@
 
 class cLineCollector {
   public:
-    // stream() takes the flags and locale of the target.
+    // stream() has the flags and locale of the target.
     explicit cLineCollector(std::ostream &target);
     cLineCollector(cLineCollector const &) = delete;
     cLineCollector &operator=(cLineCollector const &) = delete;
@@ -26,18 +26,18 @@ class cLineCollector {
 
     std::ostream &stream() noexcept { return stream_; }
 
-    // A comment that may have to be written; the path tells of one that can't be.
+    // A comment that may have to be written; the path is for the error if it can't be.
     struct cComment {
         std::string text;
         std::string path;
     };
 
     size_t open(cComment const &comment); // a container, with the comment of its opening bracket
-    // An entry begins; apart: not right behind the opening bracket.
+    // An entry begins; apart: not directly after the opening bracket.
     void entry(size_t container, int indent, bool apart);
-    // An entry and its separator stand.
+    // An entry and its separator have been written.
     void after(size_t container, bool many_lines_child, cComment const &comment);
-    bool close(size_t container, int indent); // true: it goes over many lines
+    bool close(size_t container, int indent); // true: it spans many lines
 
     void deliver(cComposer &target); // once, at the end
 
@@ -69,5 +69,5 @@ class cLineCollector {
     std::vector<cContainer> containers_;
     std::vector<cComment> comments_;
     size_t searched_ = 0;                 // line ends before this are known
-    size_t line_end_ = std::string::npos; // the last one, also one to come
+    size_t line_end_ = std::string::npos; // the last one, including one that will be inserted
 };

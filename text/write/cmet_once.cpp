@@ -1,6 +1,6 @@
-// The walk that enters what was written so far. It uses no stack of its own, since it can begin
-// where nesting has nearly used up the stack, and needs no order: a value that is met twice is in
-// the table already, under the path where it was met first.
+// The walk that enters everything written so far. It uses its own list instead of recursion, since
+// it can begin when nesting has nearly used up the stack, and needs no order: a value that occurs
+// twice is in the table already, under the path of its first occurrence.
 
 #include "text/write/cmet_once.h"
 
@@ -26,7 +26,7 @@ cOpenContainer::cOpenContainer(cAttrHash const &hash, cAbout const &about)
     else if (!about.composed)
         enter_written_so_far();
     innermost = this;
-    // It can be met again if it is shared, or in a hash that is.
+    // It can occur again if it is shared, or in a shared hash.
     if (enters_all() || (outer_ && outer_->enters_all())) mark_open();
 }
 
@@ -50,9 +50,9 @@ class cEntering {
         cAttrHash const *hash;
         cPathTrie::node_id path;
         bool listed;
-        cAttrNode const *end = nullptr; // the first that doesn't belong to it, or null
+        cAttrNode const *end = nullptr; // the first node after the entries, or null
     };
-    // The container is being written: what is below it is left out.
+    // The container is being written: its contents are not entered.
     void leave(cObj const &container) { seen_.insert(&container); }
     void enter(cLevel const &level); // and all levels below it
 
@@ -64,10 +64,10 @@ class cEntering {
     bool exact_ = exact_text();
     cTextState &state_ = text_state();
     std::vector<cLevel> below_;
-    std::unordered_set<cObj const *> seen_; // containers: keys that differ can have one text
+    std::unordered_set<cObj const *> seen_; // containers: different keys can have one text
 };
 
-// False if it was entered under another path, where the walk meets it too.
+// False if it was entered under another path, from which the walk reaches it too.
 bool cEntering::enter_value(cObj const &value, cPathTrie::node_id path) {
     bool const named = value.refs() != 1 && cat::find_const(&value);
     if (named && exact_) return false; // constants have their names
@@ -85,7 +85,7 @@ void cEntering::enter_level(cLevel const &level) {
     int place = 0;
     auto const *node = level.hash->first();
     for (; node && node != level.end; node = level.hash->next(node)) {
-        // Exact text has left nothing out so far: that would have run user code.
+        // Exact text has omitted nothing so far: that would have run user code.
         if (!exact_ && !appears_in_plain(*node)) continue;
         bool const by_place = exact_ && level.listed;
         cPathTrie::node_id const path = state_.node_below(
@@ -111,7 +111,7 @@ void enter_written_so_far() {
     cEntering entering;
     for (; open; open = open->outer_) {
         open->mark_open();
-        if (!open->now_ || text_state().depth() < 0) continue; // the table has ended already
+        if (!open->now_ || text_state().depth() < 0) continue; // the table was cleared already
         using cStage = cOpenContainer::cStage;
         if (open->stage_ == cStage::value) entering.leave(open->now_->value());
         auto const *const end =

@@ -1,12 +1,12 @@
 #pragma once
-// Values that can't be met twice, which the table of written objects does without.
+// Values that can occur only once, which need no entry in the table of written objects.
 //
-// While no user code runs, a value that only its node owns, in a container and a hash with one
-// owner each, is met once. Such values aren't entered as written. User code can do more: write a
-// container again, or share a value. So before it runs for the first time in an outermost write,
-// everything written so far is entered by one walk, and from then on each value is.
+// While no user code runs, a value that only its node owns occurs once, if its container and hash
+// have one owner each. Such values aren't entered. But user code can write a container again, or
+// share a value. So before it first runs in an outermost write, one walk enters everything written
+// so far, and from then on each value is entered.
 //
-// The same holds for the containers that are being written, which exact text can't refer to.
+// The same holds for the containers that are being written, to which exact text can't refer.
 
 #include "qrv/core/cattrhash.h"
 
@@ -15,9 +15,9 @@ struct cExactTables;
 // A container being written. They form a stack.
 class cOpenContainer {
   public:
-    // Borrows; the holder and, outside of exact text, the tables may be null. listed: written
-    // without keys. lone: the holder and its hash have one owner each. composed: what is written
-    // runs no user code.
+    // Borrows; the holder and, outside exact text, the tables may be null. listed: written without
+    // keys. lone: the holder and its hash have one owner each. composed: the output runs no user
+    // code.
     struct cAbout {
         cObj const *holder;
         cExactTables *tables;
@@ -34,13 +34,14 @@ class cOpenContainer {
         now_ = &node;
         stage_ = cStage::key;
     }
-    // Must the caller look the value up and enter it? If not, it counts as entered from here on.
+    // Whether the caller must look up the value and enter it. If not, it counts as entered from
+    // here on.
     bool is_entered_by_caller(cObj const &value) noexcept {
         if (value.refs() != 1 || enters_all()) return true;
         stage_ = cStage::value;
         return false;
     }
-    void end_value() noexcept { stage_ = cStage::done; } // and what is below it is written
+    void end_value() noexcept { stage_ = cStage::done; } // it and everything below it is written
     bool enters_all() const noexcept { return !about_.lone || enter_all; }
 
   private:
@@ -50,7 +51,7 @@ class cOpenContainer {
     void mark_open();
 
     static constinit cOpenContainer *innermost;
-    static constinit bool enter_all; // also values that have one owner
+    static constinit bool enter_all; // also values with one owner
 
     cAttrHash const *hash_;
     cAbout about_;

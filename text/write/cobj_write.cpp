@@ -1,8 +1,9 @@
-// One object inside a larger text: the name of a constant, or the type's name around its `write`.
+// One object inside larger text: the name of a constant, or the type's name around its `write`.
 //
-// Every nesting of values passes here, so here the stack is asked for. Where it ends the stream is
-// set to its fail state: nothing more comes out, and whoever wrote to a file learns that the text
-// is no good. Exact text refuses here what isn't refused by its container already.
+// All nested values pass here, so the stack is checked here. If it is exhausted, the stream is set
+// to its fail state: no further output follows, and a caller that writes a file learns that the
+// text is invalid. Exact text rejects here the objects that their containers have not rejected
+// already.
 
 #include "qrv/core/cobj.h"
 

@@ -1,5 +1,5 @@
-// The path: keys as steps of it, and what is at a path. In this folder because steps are texts of
-// keys.
+// The path: keys as its steps, and the values at a path. The file is in this folder since steps are
+// texts of keys.
 
 #include "core/cbuiltin.h"
 #include "qrv/containers/cmapobj.h"
@@ -17,7 +17,7 @@ std::string cTextState::shown_path(bool shorten) const { return ::shown_path(pat
 namespace {
 bool is_bool_text(std::string_view text) { return text == "true" || text == "false"; }
 
-// Can the plain and the exact text of this key differ? Cheap for the usual types.
+// Whether the plain and the exact text of this key can differ. Cheap for the usual types.
 bool may_have_two_texts(objref const &key) {
     if (!key) return false;
     cTypeObj const *const type = &key->type();
@@ -27,13 +27,13 @@ bool may_have_two_texts(objref const &key) {
     return !text || is_bool_text(text->val()) || text->val().find('\n') != std::string::npos;
 }
 
-// Does the library alone make the texts of such values, without the name of the type?
+// Whether only the library writes such values, without the name of the type.
 bool is_plain_type(cTypeObj const &type, bool (*method)(cObj &, objref &)) {
     return type.method(mid_write) == reinterpret_cast<cVoidFunction>(method) &&
            type.flags_of(tf_bare);
 }
 
-// Is the text of this key made by the library alone, and without an error?
+// Whether only the library writes this key, and without an error.
 bool is_plain_key(objref const &key) {
     if (!key || key->flags_of(of_exe_member)) return false;
     cTypeObj const *const type = &key->type();
@@ -48,9 +48,9 @@ bool is_plain_key(objref const &key) {
 }
 } // namespace
 
-// The texts of one key, and the step as far as it follows from them.
+// The texts of one key, and the part of the step that follows from them.
 cTextState::cStep cTextState::make_step(objref const &key, std::string &text) const {
-    text = cat::as_text(key); // RUNS FOREIGN CODE
+    text = cat::as_text(key); // RUNS USER CODE
     cStep step{path_.size()};
     if (may_have_two_texts(key)) {
         std::string exact = path_text(key, true);
@@ -129,7 +129,7 @@ void cTextState::enter_value(objref const &value) {
     cStep const &last = steps_.back();
     cPathTrie::node_id const node = last.node, other = last.other_node;
     bool const forked = last.forked, shown_own = last.shown_exact, other_own = last.other_exact;
-    trie_.enter(node, value, shown_own || !forked); // RE-ENTERS: `last` may be gone
+    trie_.enter(node, value, shown_own || !forked); // RE-ENTERS: `last` may be invalid
     if (forked) trie_.enter(other, value, other_own);
 }
 

@@ -1,10 +1,11 @@
-// Plain numbers are what a fresh stream gives: ints in decimal, floating numbers with showpoint and
-// six digits. "%#.6g" by hand: the exponent X of the number rounded to six digits decides; from -4
-// to 5 it is fixed notation with 5 - X digits after the point, else scientific with five.
+// Plain numbers equal the output of a fresh stream: ints in decimal, floating-point numbers with
+// showpoint and six digits. This file implements "%#.6g": the exponent X of the number rounded to
+// six digits decides; from -4 to 5 the notation is fixed with 5 - X digits after the point, else
+// scientific with five.
 //
-// An exact number keeps its plain text if that is one token of the same kind with the same bits as
-// value. Otherwise it is the shortest text that is: std::to_chars, a point where none stands, and
-// "f" behind a float.
+// An exact number has its plain text if that is one token of the same kind whose value has the same
+// bits. Otherwise it has the shortest such text: std::to_chars, with a point inserted if missing,
+// and the suffix "f" for a float.
 
 #include "text/write/cscalar_text.h"
 
@@ -34,8 +35,8 @@ size_t digits_at(std::string_view text, size_t at) {
     return n;
 }
 
-// A whole floating token without suffix: digits on both sides of the point are optional, but a sign
-// needs one behind it, and without a sign one side must have some.
+// A complete floating-point token without suffix: digits on both sides of the point are optional,
+// but a sign requires one after it, and without a sign one side must have one.
 bool is_double_token(std::string_view text) {
     size_t const sign = !text.empty() && (text[0] == '+' || text[0] == '-') ? 1 : 0;
     size_t const before = digits_at(text, sign);
@@ -132,7 +133,7 @@ char *put_rounded(char *to, cRounded const &number) {
     return fixed ? to : put_exponent(to, exponent);
 }
 
-// The shortest text with a point in it that reads back.
+// The shortest text with a point that reads as the same number.
 template <class T> char *put_shortest(char *to, T value) {
     char *const end = std::to_chars(to, to + most_number_text, value).ptr;
     char *const exponent = std::find(to, end, 'e');
@@ -154,14 +155,14 @@ template <class T> void append_exact_floating(std::string &out, std::string cons
     if (std::is_same_v<T, float>) out += 'f';
 }
 
-// Powers of ten that a T holds exactly.
+// Powers of ten that a T represents exactly.
 constexpr double powers_of_ten[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                     1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                     1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 template <class T> constexpr int exact_powers = std::is_same_v<T, float> ? 10 : 22;
 
-// Is the plain form one token, and is the value what it reads as? Digits and power are exact
-// numbers, so one rounded operation gives the number that is read.
+// Whether the plain form is one token that reads as the value. Digits and power are exact numbers,
+// so one rounded operation gives the number that the reader would compute.
 template <class T> bool survives(cRounded const &number, T value) {
     int const power = number.exponent - (digit_count - 1);
     if (power == 0 && number.negative) return false; // "-123456."
@@ -250,7 +251,7 @@ void append_exact(std::string &out, std::string const &plain, float value) {
     append_exact_floating(out, plain, value);
 }
 
-// As cat::escape does it, without a copy.
+// Like cat::escape, without a copy.
 char *put_string(char *to, std::string const &text, bool exact) {
     char const *from = text.data(), *const end = from + text.size();
     char const *at = from;

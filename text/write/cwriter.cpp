@@ -1,7 +1,7 @@
-// The look at a layout, names and quoting, and the standard methods `write` of scalars.
+// Layouts, names and quoting, and the standard methods `write` of scalars.
 //
-// Numbers are left to the stream they go to where it has flags or a locale of its own. Exact text
-// looks at what the stream makes of a number, and corrects it where that wouldn't read back.
+// A stream with its own flags or locale formats its numbers itself. Exact text examines the result,
+// and corrects it if it would not read as the same number.
 
 #include "qrv/text/write/cwriter.h"
 
@@ -97,8 +97,9 @@ class cKeepFlags {
 
 void put(std::ostream &os, int value) { os << value; }
 
-// A stream that was left as it is made. Its text is formed here: some C libraries, which streams
-// ask, drop the zeros where rounding carries ("1.e+06" for 999999.5), and files must not differ.
+// Whether the stream has its initial settings. Its numbers are formatted here: some C libraries,
+// which streams use, drop the zeros if rounding carries ("1.e+06" for 999999.5), and files must not
+// differ.
 bool is_fresh(std::ostream const &os) {
     constexpr auto fixed =
         std::ios_base::floatfield | std::ios_base::showpos | std::ios_base::uppercase;

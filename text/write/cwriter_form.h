@@ -1,7 +1,8 @@
 #pragma once
-// Who writes an object: the library itself, in one of its forms, or a method of its own or of its
-// type, which is user code to the writer.
+// The code that writes an object: the library itself, in one of its forms, or a method of the
+// object or of its type, which counts as user code.
 
+#include "core/cattrhash_insert.h"
 #include "core/cbuiltin.h"
 #include "core/cregistry.h"
 #include "qrv/containers/csetobj.h"
@@ -12,7 +13,7 @@
 // The first ones in the order of cObjClass.
 enum class cForm : unsigned char { user, string, integer, single, dbl, boolean, map, vector, set };
 
-// What the method of the type writes.
+// The form in which the type's method writes.
 inline cForm form_of(cTypeObj const &type) {
     cVoidFunction const method = type.method(mid_write);
     auto const is = [method](bool (*own)(cObj &, objref &)) {
@@ -30,14 +31,15 @@ inline cForm form_of(cTypeObj const &type) {
 }
 
 inline cForm form_of(cObj const &obj) {
-    if (obj.flags_of(of_exe_member)) return cForm::user; // its own `write` may be there
+    if (obj.flags_of(of_exe_member)) return cForm::user; // the object may have its own `write`
     return form_of(obj.type());
 }
 
 inline bool is_container(cForm form) { return form >= cForm::map; }
 inline bool is_scalar(cForm form) { return form != cForm::user && !is_container(form); }
 
-// An object of the library's own string, number or bool: no name around its text, no user code.
+// An object of the library's own string, number or bool: written without a type name and without
+// user code.
 inline bool is_token(cObj const &obj) {
     return cat::is_builtin(obj, cat::method_bit(mid_write)) && obj.type().flags_of(tf_bare) &&
            obj.object_class() != cObjClass::map;
@@ -48,7 +50,7 @@ inline cForm form_of_token(cObj const &obj) {
     return static_cast<cForm>(obj.object_class());
 }
 
-// A string that begins with '#'. Such keys never appear in plain text.
+// A string that begins with '#'. Such keys never occur in plain text.
 inline bool is_hidden(cObj const &key) {
     if (&key.type() != core.string) return false;
     std::string const *const text = value_of<std::string>(key);
@@ -56,5 +58,6 @@ inline bool is_hidden(cObj const &key) {
 }
 
 inline bool appears_in_plain(cAttrNode const &node) {
-    return !is_hidden(*node.key()) && (is_token(node.value()) || node.value().is_writable());
+    bool const hidden = !cAttrInsert::is_lazy_number(node) && is_hidden(*node.key());
+    return !hidden && (is_token(node.value()) || node.value().is_writable());
 }

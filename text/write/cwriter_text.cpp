@@ -1,4 +1,4 @@
-// Objects as text. Keys and paths are made of this all the time, so scalars take no stream.
+// Objects as text. Keys and paths are created by this very often, so scalars use no stream.
 
 #include "qrv/text/write/cwriter.h"
 
@@ -11,7 +11,7 @@
 #include "text/write/cwriter_stream.h"
 
 namespace {
-// Like writeobj, but for the scalars' short way.
+// Like writeobj, with a fast path for scalars.
 void append_object(std::string &out, cObj const &obj) {
     if (exact_text() && !exact_writable(obj)) return report_unwritable();
     if (cat::find_const(&obj)) {

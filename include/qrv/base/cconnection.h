@@ -145,7 +145,7 @@ class QRV_API cConnection {
 static_assert(!std::is_polymorphic_v<cConnection>);
 
 // While one of these lives, no node is freed. Whoever walks a ring with begin(), next() and isend()
-// and calls foreign code meanwhile holds one.
+// and calls user code meanwhile holds one.
 class QRV_API cConnection::LockDelete {
   public:
     LockDelete() noexcept { lock_delete(); }

@@ -1,10 +1,10 @@
 #pragma once
-// Counting: cShared is the intrusive count, cRef the smart pointer that moves it, cRefTraits the
-// policy that tells a cRef how to count and destroy its target.
+// Counting: cShared is the intrusive count, cRef the smart pointer that changes it, cRefTraits the
+// policy by which a cRef counts and destroys its target.
 //
-// Four words say in every interface comment what becomes of a pointer:
+// Four words in every interface comment say what becomes of a pointer:
 //   adopt   takes your count over      share   adds one
-//   borrow  plain pointer, dies with its owner
+//   borrow  plain pointer, valid while its owner lives
 //   clone   private copy
 //
 // There are no weak references, and a cycle of cRefs is never freed.
@@ -18,7 +18,7 @@
 #include <type_traits>
 #include <utility>
 
-// The intrusive count. A fresh object is owned once, by whoever made it.
+// The intrusive count. A new object has one owner: its creator.
 class QRV_API cShared {
   public:
     cShared() noexcept = default;
@@ -27,7 +27,7 @@ class QRV_API cShared {
     ~cShared() = default;
 
     void incref() const noexcept { ++count_; }
-    // True when the caller has just dropped the last count; destroying is then the caller's affair.
+    // True if this was the last count; the caller must then destroy the object.
     [[nodiscard]] bool decref() const noexcept { return count_-- == 1; }
     unsigned int refs() const noexcept { return count_; }
 
@@ -35,10 +35,10 @@ class QRV_API cShared {
     mutable std::uint32_t count_ = 1;
 };
 
-// The policy for a T derived from cShared: destruction is `delete`, which is the virtual
-// destructor where T has one. A dying target counts one owner, as one on the stack does: so its
-// destructor may hand it out for a while without destroying it twice. Specialised where destroying
-// needs more.
+// The policy for a T derived from cShared: destruction is `delete`, which uses the virtual
+// destructor if T has one. During its destruction a target counts one owner, like an object on the
+// stack: so its destructor may create cRefs to it temporarily without destroying it twice.
+// Specialised for types whose destruction needs more.
 template <class T> class cRefTraits {
   public:
     static void addref(T const *target) noexcept { target->incref(); }
@@ -46,7 +46,7 @@ template <class T> class cRefTraits {
     static void destroy(T *target);
 };
 
-// Objects: as above, but a chain of last owners of any length is destroyed in bounded stack.
+// Objects: as above, but a chain of last owners of any length is destroyed with bounded stack.
 template <> class QRV_API cRefTraits<cObj> {
   public:
     static void addref(cObj const *target) noexcept;
@@ -54,7 +54,7 @@ template <> class QRV_API cRefTraits<cObj> {
     static void destroy(cObj *target);
 };
 
-// Handles that name a class derived from cObj destroy as objref does.
+// Handles of classes derived from cObj destroy as objref does.
 template <class T> void cRefTraits<T>::destroy(T *target) {
     if constexpr (std::is_base_of_v<cObj, T>) {
         cRefTraits<cObj>::destroy(const_cast<std::remove_const_t<T> *>(target));
@@ -64,8 +64,8 @@ template <class T> void cRefTraits<T>::destroy(T *target) {
     }
 }
 
-// A handle, one pointer wide; null is a legal value that every operation tolerates but `*` and
-// `->`. There is no constructor from a plain pointer: say adopt or share.
+// A handle, one pointer wide. Null is a valid value for every operation but `*` and `->`. A plain
+// pointer does not convert: use adopt or share.
 template <class T, class Traits> class cRef {
     struct cNoDelete;
 
@@ -90,24 +90,24 @@ template <class T, class Traits> class cRef {
         ref.p_ = target;
         return ref;
     }
-    // Adds a count to something that lives already.
+    // Adds a count to an existing object.
     [[nodiscard]] static cRef share(T *target) noexcept {
         add(target);
         return adopt(target);
     }
 
-    // Null from now on; the count is the caller's, who may hand it to adopt.
+    // Becomes null; the caller owns the count and may pass it to adopt.
     [[nodiscard]] T *release() noexcept { return std::exchange(p_, nullptr); }
 
-    // The old target is released last: its destructor, which may be foreign code, may look at
-    // this very cRef, and finds the new value in it.
+    // Releases the old target last: its destructor, which may be user code, may look at this very
+    // cRef, and finds the new value in it.
     cRef &operator=(cRef const &other) {
         if (p_ != other.p_) {
             cRef const keep = std::move(*this);
             p_ = other.p_;
             add(p_);
         }
-        return *this; // RE-ENTERS: keep dies here
+        return *this; // RE-ENTERS: keep is destroyed here
     }
     cRef &operator=(cRef &&other) noexcept(false) {
         if (this != &other) {
@@ -128,7 +128,8 @@ template <class T, class Traits> class cRef {
     explicit operator bool() const noexcept { return p_ != nullptr; }
     void swap(cRef &other) noexcept { std::swap(p_, other.p_); }
 
-    // These would be the pointer's: arithmetic, an address on a stream, a count torn down.
+    // Deleted, since the pointer would allow them: arithmetic, printing an address, `delete`
+    // without the count.
     operator cNoDelete *() const = delete;
     template <class K> void operator[](K const &) const = delete;
     template <class V> void operator<<(V const &) const = delete;
@@ -156,7 +157,7 @@ template <class T, class A> bool operator==(cRef<T, A> const &a, std::nullptr_t)
     return a.get() == nullptr;
 }
 
-// A total order by identity: by address, so not the same in every run. Null comes first.
+// A total order by identity, that is by address, so it differs between runs. Null comes first.
 template <class T, class A, class U, class B>
 requires std::three_way_comparable_with<T *, U *> std::strong_ordering
 operator<=>(cRef<T, A> const &a, cRef<U, B> const &b) noexcept {
@@ -168,7 +169,7 @@ operator<=>(cRef<T, A> const &a, U *b) noexcept {
     return std::compare_three_way{}(a.get(), b);
 }
 
-// By identity too.
+// By identity, like the order.
 namespace std {
 template <class T, class A> struct hash<cRef<T, A>> {
     std::size_t operator()(cRef<T, A> const &ref) const noexcept {
@@ -177,7 +178,7 @@ template <class T, class A> struct hash<cRef<T, A>> {
 };
 } // namespace std
 
-// Would print an address: write the object with cObj::writeobj, or its text with cat::as_text.
+// Deleted, since it would print an address: use cObj::writeobj, or cat::as_text for a string.
 template <class Stream, class T, class A>
 requires requires(Stream &os) { os.rdbuf(); }
 void operator<<(Stream &os, cRef<T, A> const &ref) = delete;

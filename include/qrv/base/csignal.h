@@ -202,7 +202,7 @@ class QRV_API cSigInfo : public cSignal1<char const *> {
     ~cSigInfo() override;
 
     // DELIBERATE: one text alone is no format, it is fired as it is.
-    // Pinned: one_text_alone_is_fired_as_it_is
+    // Pinned: a_single_string_is_sent_unformatted
     using cSignal1<char const *>::operator();
     // A template for one reason: a call with the text alone then takes the inherited one.
     template <class = void> void operator()(char const *format, ...) const QRV_PRINTF(2, 3);

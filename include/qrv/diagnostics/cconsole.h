@@ -1,15 +1,15 @@
 #pragma once
-// Displays for programs without one. What a program prints by std::cout, std::cerr or the library
-// is seen at once only when something like this is connected. For most programs one call does it:
+// Displays for programs that have none. Output of std::cout, std::cerr and the library is visible
+// at once only if a display is connected. Most programs need one call:
 //
 //     cat::use_console();        // descriptor 1, until the process ends
 //
 // The class is for another descriptor or a shorter time:
 //
 //     cConsoleDisplay display;   // writes the message route to descriptor 1
-//     sig_idle();                // delivers what was printed so far, from then on all is direct
+// delivers the pending output; later output is direct
 //
-// Fire sig_idle() before making the display to drop the start-up text.
+// To discard the start-up text, fire sig_idle() before creating the display.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
@@ -17,13 +17,13 @@
 
 class QRV_API cConsoleDisplay {
   public:
-    // Borrows the descriptor, never closes it.
+    // Borrows the descriptor and never closes it.
     explicit cConsoleDisplay(int descriptor = 1);
     cConsoleDisplay(cConsoleDisplay const &) = delete;
     cConsoleDisplay &operator=(cConsoleDisplay const &) = delete;
-    ~cConsoleDisplay(); // what still waits in the global buffer is written first
+    ~cConsoleDisplay(); // first writes the pending output of the global buffer
 
-    // A write has failed; that text is lost, later ones are tried again.
+    // Whether a write has failed; its text is lost, later writes are tried again.
     bool failed() const { return failed_; }
 
   private:
@@ -36,10 +36,11 @@ class QRV_API cConsoleDisplay {
 
 namespace cat {
 
-// Drops the start-up text, creates one cConsoleDisplay on descriptor 1, and fires sig_idle, so that
-// it shows what the program has printed before. The display lives until the program's last static
-// object is destroyed. On a terminal each line is shown when it ends, elsewhere when it is flushed.
-// A second call does nothing. Throws what a slot on sig_idle throws; the display stays.
+// Discards the start-up text, creates one cConsoleDisplay on descriptor 1, and fires sig_idle, so
+// that it shows the program's earlier output. The display exists until the program's last static
+// object is destroyed. On a terminal it shows each complete line, elsewhere the output of each
+// flush. A second call does nothing. If a slot on sig_idle throws, the exception leaves this
+// function and the display stays.
 QRV_API void use_console();
 
 } // namespace cat

@@ -1,13 +1,13 @@
 #pragma once
 // Message output. Loading the library redirects std::cout and std::cerr into one buffer,
-// cOutSigStreambuf; cprintf(), every cOstream and every error end there too. Its signal sig() is
-// where a display, a log or a test listens. Text written before anyone can listen is kept: the
-// first firing of sig_idle delivers it in one piece. A program that never fires sig_idle gets its
-// text on descriptor 2 when it ends, also by std::terminate; one that wants to see it at once calls
-// cat::use_console() (qrv/diagnostics/cconsole.h). An earlier terminate handler of the program is
-// called afterwards; one that is set later replaces the library's.
-// A slot on a message signal may print; what it throws while a stream is being flushed is dropped,
-// since it would end the process. A slot that prints at every call has no end.
+// cOutSigStreambuf; cprintf(), every cOstream and every error end there too. A display, a log or a
+// test connects to its signal sig(). Output before the first sig_idle is stored and then delivered
+// in one piece. If a program never fires sig_idle, the library writes its output to descriptor 2
+// when it ends, also by std::terminate; to see output at once, call cat::use_console()
+// (qrv/diagnostics/cconsole.h). The library calls the program's earlier terminate handler
+// afterwards; a handler that the program sets later replaces the library's. A slot on a message
+// signal may print. Its exceptions are discarded while a stream is being flushed, since they would
+// end the process. A slot that prints at every call recurses without end.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
@@ -22,22 +22,22 @@
 #include <streambuf>
 #include <string>
 
-// A write-only stream buffer that fires sig() with each finished piece: up to 1023 characters, cut
-// where the buffer filled or at a flush. A NUL in the text ends its piece.
+// A write-only stream buffer that fires sig() with each finished piece: up to 1023 characters,
+// ended by a full buffer or a flush. A NUL in the output ends its piece.
 class QRV_API cOutStreambuf : public std::streambuf {
   public:
-    cOutStreambuf(); // while the global buffer lives, cout and cerr are led to it again
+    cOutStreambuf(); // while the global buffer exists, cout and cerr are redirected to it again
     cOutStreambuf(cOutStreambuf const &) = delete;
     cOutStreambuf &operator=(cOutStreambuf const &) = delete;
     ~cOutStreambuf() override; // without a flush
 
     cSignal1<char const *> &sig() { return sig_; }
     cSignal1<char const *> const &sig() const { return sig_; }
-    bool has_text() const { return pptr() != pbase(); } // something waits for a flush
-    // With `on` each line end is a flush too. Flushes. RUNS USER CODE: the slots of sig()
+    bool has_text() const { return pptr() != pbase(); } // pending until a flush
+    // If `on`, each line end flushes too. Flushes now. RUNS USER CODE: the slots of sig()
     void flush_at_line_ends(bool on);
 
-    // Takes a finished piece; here: fires sig(). Borrows the text for the call.
+    // Processes a finished piece; here: fires sig(). Borrows the string during the call.
     virtual void out(char const *text);
 
   protected:
@@ -47,7 +47,7 @@ class QRV_API cOutStreambuf : public std::streambuf {
     void empty(); // the put area
 
   private:
-    // The character given to overflow() and a NUL behind it always fit.
+    // The argument of overflow() and a NUL after it always fit.
     static constexpr std::size_t size = 1024;
     static constexpr std::size_t usable = size - 2;
 
@@ -58,7 +58,7 @@ class QRV_API cOutStreambuf : public std::streambuf {
     cSignal1<char const *> sig_;
 };
 
-// The one buffer behind std::cout and std::cerr.
+// The one buffer of std::cout and std::cerr.
 class QRV_API cTheOutStreambuf : public cOutStreambuf {
   public:
     cTheOutStreambuf();
@@ -66,14 +66,14 @@ class QRV_API cTheOutStreambuf : public cOutStreambuf {
     cTheOutStreambuf &operator=(cTheOutStreambuf const &) = delete;
     ~cTheOutStreambuf() override; // leaves cout and cerr without a buffer
 
-    // Keeps the text until the first sig_idle, fires sig() from then on.
+    // Stores the output until the first sig_idle; fires sig() from then on.
     void out(char const *text) override;
 
-    // Forgets the library's version text, if it is still kept.
+    // Discards the library's version text, if it is still pending.
     void drop_start_text();
-    // For the end of the process: if sig_idle has not been fired, writes the program's text that is
-    // kept or waits for a flush to descriptor 2, and forgets it. After cat::use_console() the text
-    // that waits for a flush goes to descriptor 1.
+    // For the end of the process: if sig_idle was never fired, writes the program's pending output
+    // to descriptor 2 and discards it. After cat::use_console() the unflushed output goes to
+    // descriptor 1.
     void write_last_words() noexcept;
 
   private:
@@ -86,31 +86,31 @@ class QRV_API cTheOutStreambuf : public cOutStreambuf {
 
 extern QRV_API cTheOutStreambuf cOutSigStreambuf;
 
-// Passes a text on to the platform's debug output, in overlapping calls of 1023 characters each
-// when it is long. Connected to the global buffer by the first sig_idle.
+// Passes a string to the platform's debug output; a long one in overlapping calls of 1023
+// characters each. The first sig_idle connects it to the global buffer.
 extern QRV_API cFunctionSlot1<char const *, void (*)(char const *)> debugout;
 
 // Formats (2047 characters at most; more is cut) and sends the text to the message file and to the
-// display route. The result is the length, or -1 when the text was cut or the format is faulty.
+// display route. The result is the length, or -1 if the text was cut or the format is faulty.
 QRV_API int cprintf(char const *format, ...) QRV_PRINTF(1, 2);
 QRV_API int cvprintf(char const *format, va_list args) QRV_PRINTF(1, 0);
 
 // Opens the process's message file (truncating; an open one is closed first) and writes its start
-// line by cprintf(). The file stays the library's. Null on failure, told by cprintf().
+// line by cprintf(). The library owns the file. Returns null on failure and prints it by cprintf().
 QRV_API std::FILE *cprintfopen(char const *path);
 QRV_API void cprintfclose();
 
-// Hands a text to the display route, behind what stands in the global buffer. Null is no text.
+// Sends a string to the display route, after the contents of the global buffer. Null sends nothing.
 QRV_API void cMsgDispOut(char const *text);
 
-// A new array, the caller's, with a CR before each LF and without BEL characters; `hadbell`, when
-// given, tells whether there was one.
+// Returns a new array, owned by the caller, with a CR before each LF and without BEL characters;
+// sets `*hadbell`, if given, to whether there was one.
 QRV_API char *cConvertNl(char const *text, bool *hadbell = nullptr);
 
-// A message stream: to the display route if `dispout`, to a file of its own, and to the streams
-// connected behind it. Connecting streams in a circle is an endless call. A listener may destroy
-// the stream during cprintf() and cvprintf(), but not during `<<` and flush(): those are the
-// standard library's, which looks at the stream afterwards.
+// A message stream: to the display route if `dispout`, to its own file, and to the connected
+// streams. Streams connected in a circle recurse without end. A listener may destroy the stream
+// during cprintf() and cvprintf(), but not during `<<` and flush(): those belong to the standard
+// library, which uses the stream afterwards.
 class QRV_API cOstream : public std::ostream {
   public:
     explicit cOstream(bool dispout = true, char const *path = nullptr);
@@ -118,26 +118,26 @@ class QRV_API cOstream : public std::ostream {
     cOstream &operator=(cOstream const &) = delete;
     ~cOstream() override; // flushes, closes the file
 
-    // What this stream prints is also printed by `other`.
+    // `other` then also prints this stream's output.
     void connect(cOstream const &other);
     cOutStreambuf *buf() const { return &outbuf_; }
     void set_dispout(bool dispout) { dispout_ = dispout; }
 
-    // Opens this stream's file (truncating) and writes the start line. A failure is told by
-    // ::cprintf(), and the output goes on without a file.
+    // Opens this stream's file (truncating) and writes the start line. ::cprintf() prints a
+    // failure, and the output continues without a file.
     void fileopen(char const *path);
     void fileclose();
 
-    // As ::cprintf(), to this stream: what waits in it goes out first.
+    // Like ::cprintf(), for this stream: its pending output is sent first.
     int cprintf(char const *format, ...) QRV_PRINTF(2, 3);
     int cvprintf(char const *format, va_list args) QRV_PRINTF(2, 0);
 
   private:
     void do_out(char const *text);
     void do_sigout(char const *text);
-    bool flush_own(); // false when a listener has destroyed the stream
+    bool flush_own(); // false if a listener has destroyed the stream
 
-    // In this order: the buffer goes first, then outslot_, then sigout_.
+    // The order of members matters: the buffer is destroyed first, then outslot_, then sigout_.
     cSlot1<cOstream, char const *> sigout_;
     cSlot1<cOstream, char const *> outslot_;
     std::FILE *file_ = nullptr;
@@ -146,7 +146,7 @@ class QRV_API cOstream : public std::ostream {
     mutable cOutStreambuf outbuf_;
 };
 
-// A stream into a string, its own or one that the caller keeps alive.
+// A stream into its own string, or one that the caller owns and that must outlive the stream.
 class QRV_API cOstringstream : public std::ostream {
   public:
     cOstringstream();
@@ -159,12 +159,12 @@ class QRV_API cOstringstream : public std::ostream {
     std::string str() const;
     void str(std::string const &text);
 
-    // Empties the target without a flush: text still in the buffer comes afterwards. The stream's
-    // error state goes too. (This hides std::ios::clear; call that by its full name.)
+    // Empties the target without a flush: pending output follows later. Also resets the stream's
+    // error state. (This hides std::ios::clear; call that by its full name.)
     void clear();
 
   protected:
-    // A flush that fails sets the stream's bad state.
+    // Sets the stream's bad state if the flush fails.
     void flush_text() const;
 
   private:
@@ -179,17 +179,17 @@ class QRV_API cOstringstream : public std::ostream {
 
 namespace cat {
 
-// std::cout and std::cerr, for code that must not start them itself. Usable at any time, also in
-// static code that runs before the library's own.
+// std::cout and std::cerr, for code that must not initialise them itself. Usable at any time, also
+// in static code that runs before the library's own.
 QRV_API std::ostream &std_out();
 QRV_API std::ostream &std_err();
-// std::cin likewise; it is read as it is.
+// std::cin, likewise; the library does not redirect it.
 QRV_API std::istream &std_in();
 
-// The global buffer while it lives; null before the library's start-up and after its end.
+// The global buffer while it exists; null before the library's start-up and after its end.
 QRV_API cTheOutStreambuf *message_buffer();
 
-// Writes a text to a file with each "%%" as one "%" and all else as it stands.
+// Writes a string to a file with each "%%" as one "%" and the rest unchanged.
 void write_percent_text(std::FILE *file, char const *text);
 
 } // namespace cat

@@ -1,10 +1,10 @@
 #pragma once
-// Errors. A failure is a value first: a code and a text, composed on the process-wide stream eros()
+// Errors. A failure is first a value: code and text, composed on the process-wide stream eros()
 // and sent as a copy over the signal cat::sig_error() (qrv/core/ceros.h). The handlers connected to
-// that signal decide what comes of it: a line on the message route, an exception, or forgiveness.
-// The first one is cat::errhandler(). The detecting code looks at the code afterwards.
-// Composing is not reentrant: whatever text a message needs from foreign code (a key's or a value's
-// written form) is made before clear(), since that code may itself compose an error.
+// that signal decide its effect: a line on the message route, an exception, or forgiveness. The
+// first handler is cat::errhandler(). The detecting code looks at the code afterwards. Composing is
+// not reentrant: create all text that a message needs from user code (a key's or a value's written
+// form) before clear(), since that code may itself compose an error.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
@@ -16,12 +16,12 @@
 #include <memory>
 #include <string>
 
-// The base of everything the library throws. what() is the text, good until the text changes.
+// The base of all exceptions of the library. what() is valid until the text changes.
 class QRV_API cException : public std::exception {
   public:
     explicit cException(std::string const &text = {});
-    // Copies take the text by as_string() and hand it on by set_string(), so that a copy of a
-    // stream carries the text that still stands in its buffer.
+    // A copy gets its text by as_string() and stores it by set_string(), so that a copy of a stream
+    // includes the text that is still in the stream's buffer.
     cException(cException const &other);
     cException &operator=(cException const &other);
     ~cException() override;
@@ -34,10 +34,10 @@ class QRV_API cException : public std::exception {
     std::string text_;
 };
 
-// A code and a text. Code 0 is no error; bit 30 or 31 makes it bad.
+// Code and text of an error. Code 0 means no error; bit 30 or 31 makes it bad.
 class QRV_API cErr : public cException {
   public:
-    // The smallest bad code; a code below it is forgiven, and the operation goes on.
+    // The smallest bad code; an error with a smaller code is forgiven, and the operation continues.
     static constexpr unsigned int bad_code = 0x40000000U;
 
     cErr();
@@ -49,20 +49,21 @@ class QRV_API cErr : public cException {
 
     unsigned int code() const { return code_; }
     void set_code(unsigned int code) { code_ = code; }
-    // Set by whoever treats the error; the library leaves it false.
+    // Set by the code that treats the error; the library leaves it false.
     bool handled() const { return handled_; }
     void set_handled(bool handled) { handled_ = handled; }
     bool isbad() const { return code_ >= bad_code; }
-    // Which error of the library it is. What changes the code on the way leaves the kind.
+    // Identifies the library's error. Changes of the code leave the kind unchanged.
     cat::ErrorKind kind() const noexcept { return kind_; }
     void set_kind(cat::ErrorKind kind) noexcept { kind_ = kind; }
-    // What the text names. The library fills it in only while a cat::ReadReport lives.
+    // What the text names. The library fills it in only while a cat::ReadReport or a
+    // cat::CaughtErrors lives.
     cat::ErrorNames const &names() const noexcept;
     void set_name(std::string cat::ErrorNames::*role, std::string text);
-    // Sets code and text of an error of other kind; `handled` is left alone.
+    // Sets code and text, and the kind `other`; leaves `handled` unchanged.
     void set(unsigned int code, std::string const &text);
 
-    // Code 0, of other kind, not handled, no text, no names.
+    // Code 0, kind `other`, not handled, no text, no names.
     virtual void clear();
 
   private:
@@ -71,23 +72,23 @@ class QRV_API cErr : public cException {
     unsigned int code_ = 0;
     bool handled_ = false;
     cat::ErrorKind kind_ = cat::ErrorKind::other;
-    std::shared_ptr<cat::ErrorNames> names_; // null: none
+    std::shared_ptr<cat::ErrorNames> names_; // null: empty
 };
 
-// An error that is also an output stream: what is streamed in lands in its text.
+// An error that is also an output stream: insertions append to its text.
 class QRV_API cErrStream : public cErr, public cOstringstream {
   public:
     explicit cErrStream(unsigned int code);
     cErrStream(unsigned int code, std::string const &text);
-    // A stream is not copied; `cErr copy = stream;` takes code and text.
+    // A stream cannot be copied; `cErr copy = stream;` copies code and text.
     cErrStream(cErrStream const &) = delete;
     cErrStream &operator=(cErrStream const &) = delete;
     ~cErrStream() override;
 
-    // Each flushes first (a flush that fails sets the stream's bad state) and then does what the
+    // Each of these flushes first (a failure sets the stream's bad state) and then does what the
     // operation of cErr does. clear() also restores the stream's error state, number format and
-    // locale: one bad insertion does not silence the errors to come, and one std::hex does not
-    // change their numbers.
+    // locale: so a failed insertion does not silence later errors, and a std::hex does not change
+    // their numbers.
     void set(unsigned int code, std::string const &text);
     char const *what() const noexcept override;
     std::string as_string() const override;
@@ -95,15 +96,15 @@ class QRV_API cErrStream : public cErr, public cOstringstream {
     void clear() override;
 };
 
-// What becomes of an error, by three masks on its code: it is printed on the standard error stream
-// unless silenced, then thrown as a cErr by value, or else forgiven (both top bits are cleared).
-// A derived class takes over by its own dohandler(). A slot that composes and raises errors itself
-// is reached again by them: such a slot sets blockoncall(true) or ends the chain by itself.
+// Treats an error by three masks on its code: prints it on the standard error stream unless
+// silenced, then throws it as a cErr by value, or else forgives it (clears both top bits). A
+// derived class replaces this in its own dohandler(). A slot that composes and raises errors itself
+// also receives those: it must call blockoncall(true) or end the recursion itself.
 class QRV_API cErrHandler : public cSlot1<cErrHandler, cErr &> {
   public:
     explicit cErrHandler(unsigned int throw_mask = 0x80000000U, unsigned int clear_mask = 0,
                          unsigned int silent_mask = 0);
-    // Copies take the masks and no connections.
+    // Copies have the same masks and no connections.
     cErrHandler(cErrHandler const &other);
     cErrHandler &operator=(cErrHandler const &other);
     ~cErrHandler() override;

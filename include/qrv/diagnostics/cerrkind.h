@@ -1,5 +1,5 @@
 #pragma once
-// Errors as data: which error it is, and what its text names.
+// Errors as data: the kind of an error, and the names in its text.
 
 #include "qrv/ccomp.h"
 
@@ -7,10 +7,10 @@
 #include <string>
 
 namespace cat {
-// One for each error of the library. Its code and how its text begins are on the page "Errors";
-// several kinds may share a code.
+// One kind for each error of the library. Its code and the start of its text are on the page
+// "Errors"; several kinds may share a code.
 enum class ErrorKind : std::uint8_t {
-    other, // of a program or a module
+    other, // from a program or a module
     // The registry, files
     type_name_taken,
     file_not_opened,
@@ -73,6 +73,7 @@ enum class ErrorKind : std::uint8_t {
     read_too_much,
     read_no_container,
     read_no_start,
+    read_nothing,
     // Paths with values, as text
     path_slash,
     path_no_key,
@@ -80,7 +81,7 @@ enum class ErrorKind : std::uint8_t {
     path_no_separator,
     path_absent,
     path_operator,
-    // Reading: what has a code of its own
+    // Reading: errors with separate codes
     read_token,
     read_bad_ident,
     read_no_delimiter,
@@ -96,6 +97,7 @@ enum class ErrorKind : std::uint8_t {
     read_bad_newobj,
     read_type_name,
     read_separator,
+    read_text_behind,
     read_exception,
     // Printed as lines, without an error value
     cannot_insert,
@@ -105,10 +107,10 @@ enum class ErrorKind : std::uint8_t {
     getattrp_path
 };
 
-// What the text of an error names; empty where it names no such thing.
+// The names in the text of an error; empty where it has none of that role.
 struct ErrorNames {
-    std::string key;   // of the attribute, in object notation; of a path all keys, as "/a/b"
-    std::string type;  // of the object or value that the error is about, or that is expected
+    std::string key;   // of the attribute, in object notation; for a path all keys, as "/a/b"
+    std::string type;  // of the object or value that has the error, or the expected type
     std::string found; // the type that was found instead
     std::string name;  // anything else: a token, a constant, a method, a file, a limit
 };

@@ -1,19 +1,17 @@
 #pragma once
-// Tracing and timing. A cTracer is a named channel that stands in the code all the time; one
-// string, given to cSetTracing() at run time, says which channels write, and where to:
+// Tracing and timing. A cTracer is a named channel that stays in the code permanently; one string,
+// passed to cSetTracing() at run time, selects the channels that write, and their targets:
 //
 //   spec    = token { blank token }           "+cat-catlex:cerr,/tmp/x.log loader"
 //   token   = names [ ":" stream { "," stream } ]
 //   names   = [ "+" | "-" ] name { ( "+" | "-" ) name }
 //
-// A name is a channel's name or a prefix of it; the longest rule that fits decides. "-" switches
-// off. A stream is "cerr" (also when none is named), "cout", or a file to append to. A string that
-// begins with "+" or "-" amends the rules that stand, any other replaces them all; so "" ends all
-// tracing.
+// A name is a channel's name or a prefix of it; the longest matching rule decides. "-" switches
+// off. A stream is "cerr" (the default), "cout", or a file to append to. A string that begins with
+// "+" or "-" amends the existing rules, any other replaces them all; so "" ends all tracing.
 //
-// A channel that writes nowhere costs one test at each `<<`. There are no errors: a name that
-// nobody has yet waits for its channel; a file that cannot be opened is replaced by "cerr", which
-// says so.
+// A disabled channel costs one test at each `<<`. Errors do not exist: a name without a channel
+// waits for its channel; if a file cannot be opened, "cerr" replaces it and shows a message.
 
 #include "qrv/base/cref.h"
 #include "qrv/ccomp.h"
@@ -28,10 +26,10 @@
 #include <type_traits>
 #include <vector>
 
-// A target of channels, shared by its name. Copies share the stream written to.
+// A target of channels, shared by its name. Copies write to the same stream.
 class QRV_API cTraceStream : public cShared {
   public:
-    // Opens; the empty name is "cerr". "cerr" and "cout" take the message route.
+    // Opens; the empty name is "cerr". "cerr" and "cout" use the message route.
     explicit cTraceStream(std::string const &name);
     cTraceStream(cTraceStream const &other);
     cTraceStream &operator=(cTraceStream const &other);
@@ -40,10 +38,10 @@ class QRV_API cTraceStream : public cShared {
     std::string const &name() const { return name_; }
     std::ostream &os() const { return *os_; }
 
-    // The living stream of that name, or a new one.
+    // The existing stream of that name, or a new one.
     static cRef<cTraceStream> open(std::string const &name);
 
-    // For the message route's end: streams on that buffer write nowhere from now on.
+    // For the end of the message route: streams on that buffer discard their output from now on.
     static void detach(std::streambuf const *buffer);
 
   private:
@@ -51,12 +49,12 @@ class QRV_API cTraceStream : public cShared {
 
     std::string name_;
     std::shared_ptr<std::ostream> os_;
-    cTraceStream *prev_ = nullptr; // the list of all living streams, in order of opening
+    cTraceStream *prev_ = nullptr; // the list of all existing streams, in order of opening
     cTraceStream *next_ = nullptr;
 };
 
-// Sets, amends or removes the rules and applies them to all living channels. A long file name is
-// no danger, a hostile string can at worst create files.
+// Sets, amends or removes the rules and applies them to all existing channels. File names may have
+// any length; a hostile string can at worst create files.
 QRV_API void cSetTracing(std::string const &spec);
 
 // A named channel. Usable as a static object of any file; the library's own are cat::trace_io
@@ -65,9 +63,9 @@ class QRV_API cTracer {
   public:
     using streams = std::vector<cRef<cTraceStream>>;
 
-    // Follows the rules that stand. `flags` is a word for the writer's own use, like indent().
+    // Follows the current rules. `flags` is a word for the program's own use, like indent().
     explicit cTracer(std::string const &ident, int flags = 0);
-    // Copies take all fields and are channels of their own: they follow later rules.
+    // Copies have all fields and are separate channels: they follow later rules.
     cTracer(cTracer const &other);
     cTracer &operator=(cTracer const &other);
     ~cTracer();
@@ -82,23 +80,23 @@ class QRV_API cTracer {
     void flags(int flags) { flags_ = flags; }
 
     operator bool() const { return enabled_; }
-    // Until rules are applied the next time.
+    // Valid until rules are applied again.
     void enable(bool enabled) { enabled_ = enabled; }
     // Enabled exactly when there is a stream to write to.
     void initenabled() { enabled_ = !strlist_.empty(); }
 
-    // Writes to every stream of strlist(), in order; nothing when not enabled. A listener of the
+    // Writes to every stream of strlist(), in order; nothing if not enabled. A listener of the
     // message route may destroy the channel in the last `<<` of a chain.
     template <class T> cTracer &operator<<(T const &value) {
         return each([&value](std::ostream &os) { os << value; });
     }
-    // Null is no text.
+    // Null writes nothing.
     cTracer &operator<<(char const *text) {
         return each([text](std::ostream &os) {
             if (text) os << text;
         });
     }
-    // A handle to an object is written in object notation, which may run foreign code; null writes
+    // A handle to an object is written in object notation, which may run user code; null writes
     // nothing.
     template <class T, class Traits>
     requires std::convertible_to<T *, cObj const *> cTracer &
@@ -113,7 +111,7 @@ class QRV_API cTracer {
         return each([manipulator](std::ostream &os) { os << manipulator; });
     }
 
-    // A channel converts to bool; these would take it for a number.
+    // Deleted: a channel converts to bool, which these would use as a number.
     friend void operator-(cTracer const &, auto const &) = delete;
     friend void operator-(auto const &, cTracer const &) = delete;
     friend void operator+(cTracer const &, auto const &) = delete;
@@ -137,10 +135,10 @@ class QRV_API cTracer {
 
     void enter_list();
     void apply_rules();
-    cTracer &write_object(cObj const *object); // in the text layer
+    cTracer &write_object(cObj const *object); // defined in the text layer
 
-    // Writing may run user code that sets other rules or destroys the channel: each stream is held
-    // while it is written to.
+    // Writing may run user code that sets other rules or destroys the channel: so each stream is
+    // held while it is written to.
     template <class Write> cTracer &each(Write const &write) {
         if (!enabled_) return *this;
         std::weak_ptr<char const> const life = life_;
@@ -157,11 +155,11 @@ class QRV_API cTracer {
     int indent_ = 0;
     int flags_;
     std::shared_ptr<char const> life_ = std::make_shared<char>(); // ends with the channel
-    cTracer *prev_ = nullptr; // the list of all living channels, in order of construction
+    cTracer *prev_ = nullptr; // the list of all existing channels, in order of construction
     cTracer *next_ = nullptr;
 };
 
-// One step deeper in a channel's indent() for as long as it lives. Borrows the channel.
+// Increases a channel's indent() by one step during its own lifetime. Borrows the channel.
 class QRV_API cTraceIndent {
   public:
     explicit cTraceIndent(cTracer &tracer) : tracer_(&tracer) { inc(); }
@@ -185,14 +183,14 @@ class QRV_API cStopWatch {
     ~cStopWatch() = default;
 
     void Start();
-    // The lap since the last reading; the next lap begins here.
+    // The lap since the last reading; starts the next lap.
     double operator()() const;
-    // The same without beginning a new lap.
+    // The same without starting a new lap.
     double Elapsed() const;
     // The raw counter.
     std::int64_t clock() const;
 
-    // The length of one counter step; 0.0 until somebody measures.
+    // The length of one counter step; 0.0 before the first measurement.
     static double freq;
     static void queryfreq();
 
@@ -203,8 +201,8 @@ class QRV_API cStopWatch {
     mutable std::int64_t last_;
 };
 
-// Reads a lap (as operator() does, so it restarts the watch) and writes it as "0.001234 s". The
-// stream's precision and flags are as before afterwards.
+// Reads a lap (like operator(), so it restarts the watch) and writes it as "0.001234 s". Restores
+// the stream's precision and flags.
 QRV_API std::ostream &operator<<(std::ostream &os, cStopWatch const &watch);
 
 namespace cat {
@@ -213,7 +211,7 @@ namespace cat {
 extern QRV_API cTracer trace_io;
 extern QRV_API cTracer trace_lex;
 
-// Removes the rules, and with them the streams that no channel holds. For the end of the process.
+// Removes the rules, and with them the streams that no channel uses. For the end of the process.
 void clear_trace_rules();
 
 } // namespace cat

@@ -1,27 +1,27 @@
 #pragma once
-// Modules: shared objects that a program loads by name, counts and unloads. What a module offers it
-// enters into the repository (qrv/modules/crepository.h) while it is loaded, by its static objects
-// or in its set-up, a function that it exports:
+// Modules: shared objects that a program loads by name, counts and unloads. While a module is
+// loaded, it enters its contents into the repository (qrv/modules/crepository.h), by its static
+// objects or in its set-up, a function that it exports:
 //
 //     extern "C" QRV_API void quorvantaSetup() { ... }
 //
-// A module may do without. It may load further modules while it is loaded itself.
+// The set-up is optional. Loading a module may load further modules.
 //
-// How to build one: link it with the shared libqrv, as the program is, and give g++ the flag
-// -fno-gnu-unique (clang knows no such flag and needs none); the CMake target qrv::module does
-// both. Without the flag a module that holds a
-// static variable of an inline function or of a template is never unmapped: unload() says true,
-// but its static objects live on, and loading it again makes no new ones.
+// How to build a module: link it with the shared libqrv, as the program is, and give g++ the flag
+// -fno-gnu-unique (clang neither has nor needs this flag); the CMake target qrv::module does both.
+// Without the flag a module with a static variable of an inline function or of a template is never
+// unmapped: unload() returns true, but its static objects survive, and loading it again creates no
+// new ones.
 //
-// Who loads code: cModule::load and what leads to it, that is cRepoImpl::find for "key:module",
-// cRepoImpl::findorload and cat::find_type. While text is being read nothing is loaded, so no data
-// file brings code into a program; qrv_set_module_filter (qrv/base/platform/cplatform.h) sets
-// another rule. A module runs with all rights of the program.
+// Code is loaded only by cModule::load and its callers: cRepoImpl::find for "key:module",
+// cRepoImpl::findorload and cat::find_type. Reading text loads nothing, so a data file cannot bring
+// code into a program; qrv_set_module_filter (qrv/base/platform/cplatform.h) sets another rule. A
+// module runs with all rights of the program.
 //
-// What must not happen: a static initialiser of a module that throws ends the process, as in any
-// shared object; what may fail belongs into the set-up. A module whose types stand in the registry,
-// or whose objects are still in use, must not go: give its cModule `nocount`, or hold a cModuleUse
-// for as long as they live.
+// Do not let a static initialiser of a module throw: that ends the process, as in any shared
+// object. Do all work that may fail in the set-up. Do not unload a module whose types are
+// registered or whose objects are in use: give its cModule `nocount`, or hold a cModuleUse while
+// they exist.
 
 #include "qrv/base/cref.h"
 
@@ -33,52 +33,52 @@
 class cEntryGroup;
 class cLoad;
 
-// A module is known by its entry in the repository of modules, made and taken out by the object
-// itself; so a name that is taken stays with the first one. Calls through a pointer that may be
-// null have a static form of the same name.
+// A module is known by its entry in the repository of modules, which the object itself creates and
+// removes; so if a name is taken, it stays with the first module. Calls through a pointer that may
+// be null have a static form of the same name.
 class QRV_API cModule : public cShared {
   public:
-    // With `nocount` uses are not counted, and the module is never unloaded. Made while a module is
-    // being loaded, as a static object of that module for example, it stands for that module.
+    // With `nocount` uses are not counted, and the module is never unloaded. A cModule that is
+    // created during a load, for example as a static object of the loaded module, represents that
+    // module.
     cModule(std::string const &name, std::string const &comment, bool nocount);
     cModule(cModule const &) = delete;
     cModule &operator=(cModule const &) = delete;
     ~cModule();
 
-    // The module of that name: one that is there already, counted once more unless it was built in,
-    // or one found in a file. Tried in this order: the name as given with ".so" and without, in
-    // each of "" (a name without a slash: where the system looks for shared objects), "./" and
-    // "modules/"; of an absolute name only itself, of one that ends with ".so" only with a second
-    // ".so". Two names that end in the same base name, "sub/part" and "part", mean one module.
-    // Borrowed; null on failure, for the empty name, for a name that the filter refuses, and for a
-    // module that is just being loaded or unloaded. A path that leads to a pipe, a device or a
-    // socket fails at once. What the set-up throws comes through; the file then stays in memory, as
-    // what was thrown may be defined there, and the next load runs the set-up again.
-    // RUNS FOREIGN CODE: the module's static code and its set-up.   O(modules)
+    // Returns the module of that name: an existing one, counted once more unless it was built in,
+    // or one found in a file. The search tries the name with ".so" and without, in each of "" (the
+    // system's folders for a name without a slash), "./" and "modules/". It tries an absolute name
+    // in no other folder, and a name that ends with ".so" only with a second ".so". Two names with
+    // the same base name, "sub/part" and "part", mean one module. Borrowed. Null on failure, for
+    // the empty name, for a name that the filter rejects, and for a module that is being loaded or
+    // unloaded. A path to a pipe, a device or a socket fails at once. An exception of the set-up
+    // leaves load(); the file then stays in memory, since it may define the exception's class, and
+    // the next load runs the set-up again. RUNS USER CODE: the module's static code and its
+    // set-up.   O(modules)
     static cModule *load(std::string const &name);
-    // Why the last load failed, each path that was tried on a line of its own with the system's
-    // words; empty after a success.
+    // Why the last load failed: a line with the system's message for each path; empty after a
+    // success.
     static std::string last_error();
 
-    // Takes one load back. True when it was the last one and the file was given back to the system,
-    // and then the module is gone as a rule. If the file stays in memory, because somebody else has
-    // opened it, a module object in it stays too; load() wakes it and runs the set-up again. False,
-    // and nothing is changed, while the module, or another one from the same file, is in use or not
-    // counted, or while another one from the same file is counted by a load of its own; and for one
-    // that was built in. The static form is false also for null and for a module that is gone
-    // already. Entries of the module that are still in the repository stay there, but point to
-    // nothing once the file is out of memory.
-    // RUNS FOREIGN CODE: the module's static destructors.   O(modules)
+    // Undoes one load. True if it was the last one and the file was returned to the system;
+    // normally that removes the module. If the file stays in memory, because something else has
+    // opened it, a module object in it stays too, and load() reactivates it and runs the set-up
+    // again. False, without any change, for a module that was built in; while the module, or
+    // another one from the same file, is in use or not counted; and while another one from the same
+    // file is counted by a separate load. The static form is also false for null and for a removed
+    // module. The module's remaining entries stay in the repository, but point to nothing once the
+    // file is unmapped. RUNS USER CODE: the module's static destructors.   O(modules)
     bool unload() { return unload(this); }
     static bool unload(cModule *module);
 
-    // Could it be unloaded, as far as loads and uses go?
+    // Whether loads and uses permit unloading it.
     bool canunload() const noexcept { return loadcnt_ >= 0 && usecnt_ == 0; }
     static bool canunload(cModule const *module) noexcept { return module && module->canunload(); }
 
-    // One user more, one less; nothing if uses are not counted.
-    // DELIBERATE: one less than none makes the module uncounted, so it stays.
-    // Pinned: a_use_too_few_keeps_a_module_for_good
+    // Add or remove one user; no effect if uses are not counted.
+    // DELIBERATE: removing one from zero makes the module uncounted, so it stays.
+    // Pinned: a_negative_use_count_prevents_unloading_forever
     void inc_use_cnt() noexcept {
         if (usecnt_ >= 0) ++usecnt_;
     }
@@ -92,16 +92,16 @@ class QRV_API cModule : public cShared {
         if (module) module->dec_use_cnt();
     }
 
-    // Its users; -1 if they are not counted, and for null.
+    // The number of users; -1 if they are not counted, and for null.
     int usage() const noexcept { return usecnt_; }
     static int usage(cModule const *module) noexcept { return module ? module->usage() : -1; }
 
     std::string const &name() const noexcept { return name_; }
     std::string const &comment() const noexcept { return comment_; }
-    // Of the file that it came from, without folder and ".so"; empty if it was not loaded.
+    // The base name of its file, without folder and ".so"; empty if it was not loaded from a file.
     std::string const &basename() const noexcept { return basename_; }
     std::uint32_t id() const noexcept { return id_; }
-    // The system's handle of the file; null if there is none, and for null.
+    // The system's handle of the file; null if it has no file, and for null.
     void *handle() const noexcept { return handle_; }
     static void *handle(cModule const *module) noexcept {
         return module ? module->handle() : nullptr;
@@ -120,16 +120,16 @@ class QRV_API cModule : public cShared {
     std::string basename_;
     void *handle_ = nullptr;
     std::int32_t usecnt_;
-    std::int32_t loadcnt_ = -1; // loads not yet taken back; -1: built in, never unloaded
-    bool resting_ = false;      // its file is in memory, but was given back or never set up
+    std::int32_t loadcnt_ = -1; // loads minus unloads; -1: built in, never unloaded
+    bool resting_ = false;      // its file is in memory, but was closed or never set up
     std::uint32_t id_ = 0;
-    std::unique_ptr<cEntryGroup> entries_; // what was entered while it was loaded
+    std::unique_ptr<cEntryGroup> entries_; // entries that were created during its load
 };
 
-// The program itself: "quorvanta". Never unloaded.
+// The program itself: "quorvanta". It is never unloaded.
 QRV_API cModule &cGetMainModule();
 
-// One use of a module, for as long as this lives. Null is no module.
+// One use of a module while this exists. Null means no module.
 class QRV_API cModuleUse {
   public:
     explicit cModuleUse(cModule *module) noexcept : module_(module) { inc(); }
@@ -138,9 +138,9 @@ class QRV_API cModuleUse {
     cModuleUse &operator=(cModuleUse const &) = delete;
     ~cModuleUse() { dec(); }
 
-    void inc() noexcept { cModule::inc_use_cnt(module_); } // one use more
+    void inc() noexcept { cModule::inc_use_cnt(module_); } // one more use
     void dec() noexcept { cModule::dec_use_cnt(module_); }
 
   private:
-    cModule *module_; // borrowed; can't be unloaded meanwhile
+    cModule *module_; // borrowed; cannot be unloaded meanwhile
 };

@@ -149,7 +149,7 @@ class QRV_API cRepoImpl {
     // The same, with more modules to try. The key is what stands before the first colon, at most
     // 255 characters of it; it is looked up as things are, then after loading `module`, what stands
     // behind the colon, and a module of the key's own name, as far as these are not empty and can
-    // be loaded. Null for an empty name. RUNS FOREIGN CODE: the modules'.
+    // be loaded. Null for an empty name. RUNS USER CODE: the modules'.
     static cRepositoryEntry *findorload(cRepositoryList *list, std::string const &name,
                                         std::string const &module);
 

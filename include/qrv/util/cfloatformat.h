@@ -1,7 +1,7 @@
 #pragma once
-// cFloatFormat and cDoubleFormat: a floating number together with the notation and the precision
-// in which it is written. Both are views: the number lies elsewhere and must outlive them. Text
-// depends on no locale. Nothing here throws but for want of memory.
+// cFloatFormat and cDoubleFormat: a floating-point number with the notation and the precision in
+// which it is written. Both are views: the number is stored elsewhere and must outlive them. The
+// text does not depend on a locale. These functions throw only std::bad_alloc.
 
 #include "qrv/ccomp.h"
 
@@ -18,9 +18,9 @@ class QRV_API cFormatFloating {
     ~cFormatFloating() = default;
 
     Format format() const noexcept { return format_; }
-    // An unknown one writes fixed notation and refuses to be set from text.
+    // An unknown format writes fixed notation, and set_str() then fails.
     void set_format(Format format) noexcept { format_ = format; }
-    // Digits behind the point, in general notation all digits. Below 0 it is taken as 6.
+    // Digits after the point; in general notation all digits. A value below 0 counts as 6.
     short precision() const noexcept { return precision_; }
     void set_precision(short precision) noexcept { precision_ = precision; }
 
@@ -36,7 +36,7 @@ class QRV_API cFloatFormat : public cFormatFloating {
         : cFormatFloating(format, precision), value_(&number) {}
     cFloatFormat(float const &&, Format, short) = delete;  // would dangle
     cFloatFormat(cFloatFormat const &) noexcept = default; // a second view on the same number
-    // Writes the number through the pointer, which stays, and copies format and precision.
+    // Assigns the number through the pointer, which is unchanged, and copies format and precision.
     cFloatFormat &operator=(cFloatFormat const &other) noexcept {
         cFormatFloating::operator=(other);
         *value_ = *other.value_;
@@ -47,14 +47,15 @@ class QRV_API cFloatFormat : public cFormatFloating {
     float value() const noexcept { return *value_; }
     void set_value(float number) noexcept { *value_ = number; }
 
-    // Takes the number from the start of a text, the same for all formats: white space, a sign, and
-    // decimal digits with point and exponent, hexadecimal ones behind 0x with exponent p, or inf,
-    // infinity, nan in any case. What follows isn't looked at. Too large is infinite, too small 0.
-    // False, and the number stays, if there is none, for null, and with an unknown format.
+    // Parses a number at the start of the string, in the same way for all formats: white space, a
+    // sign, and decimal digits with point and exponent, or 0x and hexadecimal digits with exponent
+    // p, or inf, infinity, nan in any case. The rest of the string is ignored. Too large numbers
+    // become infinite, too small ones 0. Returns false and leaves the number unchanged if the
+    // string has no number, is null, or the format is unknown.
     bool set_str(char const *text);
-    // `changed`: whether a number was read that differs from the former. A NaN differs from all.
+    // `changed` reports whether the number read differs from the old one. A NaN differs from all.
     bool set_str(char const *text, bool &changed);
-    // In the present notation, always with a point. Infinity and NaN are `inf` and `nan`.
+    // In the current notation, always with a point. Infinity and NaN are `inf` and `nan`.
     std::string str() const;
 
   private:
@@ -68,7 +69,7 @@ class QRV_API cDoubleFormat : public cFormatFloating {
         : cFormatFloating(format, precision), value_(&number) {}
     cDoubleFormat(double const &&, Format, short) = delete;
     cDoubleFormat(cDoubleFormat const &) noexcept = default; // a second view on the same number
-    // Writes the number through the pointer, which stays, and copies format and precision.
+    // Assigns the number through the pointer, which is unchanged, and copies format and precision.
     cDoubleFormat &operator=(cDoubleFormat const &other) noexcept {
         cFormatFloating::operator=(other);
         *value_ = *other.value_;
@@ -79,10 +80,10 @@ class QRV_API cDoubleFormat : public cFormatFloating {
     double value() const noexcept { return *value_; }
     void set_value(double number) noexcept { *value_ = number; }
 
-    // As for cFloatFormat. DELIBERATE: the number passes through a float, so it has single
-    // precision and a float's range.   Pinned: a_double_from_text_has_single_precision
+    // Like cFloatFormat. DELIBERATE: the number passes through a float, so it has single precision
+    // and a float's range.   Pinned: a_double_from_text_has_single_precision
     bool set_str(char const *text);
-    bool set_str(char const *text, bool &changed); // compares as doubles
+    bool set_str(char const *text, bool &changed); // compares as double
     std::string str() const;
 
   private:

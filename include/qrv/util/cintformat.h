@@ -1,7 +1,7 @@
 #pragma once
-// cIntFormat: an int together with the form in which it is written. It is a view: the number lies
-// elsewhere and must outlive it. Text depends on no locale. Nothing here throws but for want of
-// memory.
+// cIntFormat: an int with the form in which it is written. It is a view: the number is stored
+// elsewhere and must outlive it. The text does not depend on a locale. These functions throw only
+// std::bad_alloc.
 
 #include "qrv/ccomp.h"
 
@@ -24,7 +24,7 @@ class QRV_API cIntFormat {
     cIntFormat(int const &&, Format) = delete; // would dangle
     // A second view on the same number.
     cIntFormat(cIntFormat const &) noexcept = default;
-    // Writes the number through the pointer, which stays, and copies the format.
+    // Assigns the number through the pointer, which is unchanged, and copies the format.
     cIntFormat &operator=(cIntFormat const &other) noexcept {
         *value_ = *other.value_;
         format_ = other.format_;
@@ -35,7 +35,7 @@ class QRV_API cIntFormat {
     int value() const noexcept { return *value_; }
     void set_value(int number) noexcept { *value_ = number; }
     Format format() const noexcept { return format_; }
-    void set_format(Format format) noexcept { format_ = format; } // an unknown one is as fmtDec
+    void set_format(Format format) noexcept { format_ = format; } // an unknown one acts as fmtDec
 
     // Same number and same format.
     bool operator==(cIntFormat const &other) const noexcept {
@@ -43,20 +43,20 @@ class QRV_API cIntFormat {
     }
     bool operator!=(cIntFormat const &other) const noexcept { return !(*this == other); }
 
-    // Takes number and format from a text; white space around it doesn't count:
+    // Parses number and format; ignores white space around them:
     //   b or B, then 1 to 32 bits, blanks between them allowed   the smallest binary form that fits
-    //   0x and up to 8 digits   fmtHex or fmtHEX by the letters that are more; where they balance
-    //                           fmtHex stays, and all else becomes fmtHEX
+    //   0x and up to 8 digits   fmtHex if most letters are small, fmtHEX if most are capitals; if
+    //                           neither, fmtHex stays, and any other format becomes fmtHEX
     //   0 and octal digits      fmtOct
-    //   a sign and digits       fmtDec. A 0 behind the sign makes the digits octal, up to the first
-    //                           that is none
-    // What is larger than 32 bits is taken modulo 2^32; bits land in the int as they are.
-    // False, and the number stays, for anything else and for null. The format stays too, but for a
-    // sign or 0x without a digit, which have set it already.   O(length)
+    //   a sign and digits       fmtDec. A 0 after the sign makes the digits octal, up to the first
+    //                           character that is not an octal digit
+    // Numbers of more than 32 bits are taken modulo 2^32, and the bits become the int. Anything
+    // else and null return false and leave the number unchanged. The format is unchanged too,
+    // except that a sign or 0x without a digit has already set it.   O(length)
     bool set_str(char const *text);
 
-    // The text in the present format. Negative numbers show their 32 bits, but in decimal. Bits
-    // beyond the width of a binary form aren't shown: see set_str for what reads back.
+    // The text in the current format. Negative numbers show their 32 bits, except in decimal. A
+    // binary form omits the bits beyond its width: see set_str for what it parses.
     std::string str() const;
 
   private:

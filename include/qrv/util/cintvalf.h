@@ -1,19 +1,20 @@
 #pragma once
-// Integer objects that remember the form in which they were entered, so that a file with a number
-// in hexadecimal keeps it so. Their type is "intf", which has the methods of int but for:
+// Integer objects that remember the form in which they were entered, so that a number stays
+// hexadecimal when its file is written again. Their type is "intf", which has the methods of int
+// except:
 //
 //   newobj  a cIntValF of 0 in decimal
-//   assign  from an intf the number and the format; from int, bool, float and double the number,
-//           and the format stays; from a string what cIntFormat::set_str takes, else nothing
-//   write   the text of cIntFormat::str(). While a cat::ExactText lives binary forms have no
-//           blanks, and as many bits as the number needs, so that they read back
+//   assign  from an intf copies number and format; from int, bool, float and double only the
+//           number; from a string what cIntFormat::set_str parses, all or nothing
+//   write   the text of cIntFormat::str(). While a cat::ExactText exists, binary forms have no
+//           blanks, and as many bits as the number needs, so that they can be read again
 //   read    one word, in double quotes or bare, by cIntFormat::set_str
 //
-// Plain text, and so write2file and cPersistentMap without that guard, writes bits with blanks,
-// which `read` refuses.
+// Without that guard, and so in write2file and cPersistentMap, bits are written with blanks, which
+// `read` rejects.
 //
-// `equal`, `less` and the hash of keys look at the number alone. The type is made when it is first
-// named, in a file or by cat::type_intf().
+// `equal`, `less` and the hash of keys use only the number. The type is created on its first use by
+// name, in a file or by cat::type_intf().
 
 #include "qrv/core/cobjd.h"
 #include "qrv/util/cintformat.h"
@@ -22,11 +23,11 @@
 #include <optional>
 
 namespace cat {
-// The type "intf"; never null. Made, and registered if its name is free, at the first call.
+// The type "intf"; never null. The first call creates it, and registers it if its name is free.
 QRV_API cTypeObj &type_intf();
 
-// The number of an int, a float, a double or an "intf", without any conversion. Empty for anything
-// else and for null; text is never parsed.
+// The number of an int, a float, a double or an "intf", without conversion. Empty for any other
+// object and for null; strings are never parsed.
 [[nodiscard]] QRV_API std::optional<double> number_of(objref const &ref);
 } // namespace cat
 
@@ -34,13 +35,14 @@ QRV_API cTypeObj &type_intf();
 class QRV_API cIntValF : public cObjD<int>, public cIntFormat {
   public:
     explicit cIntValF(int number, Format format = fmtDec);
-    cIntValF(cIntValF const &other); // a number of its own; const if the other is
-    // Through the type: number and format, unless this is const (0x41400000).
+    cIntValF(cIntValF const &other); // a separate number; const if the other is
+    // Assigns number and format through the type; fails if this is const (0x41400000).
     cIntValF &operator=(cIntValF const &other);
     ~cIntValF() override;
 
     using cObjD<int>::operator=;
-    // As objects, of any type: the number counts. As cIntFormat the format counts too.
+    // Compares as objects, of any type: by the number. As cIntFormat, comparison includes the
+    // format.
     template <std::derived_from<cObj> T> bool operator==(T const &other) const {
         return equal(other);
     }
@@ -49,7 +51,7 @@ class QRV_API cIntValF : public cObjD<int>, public cIntFormat {
     }
 };
 
-// Refers to a number that lives elsewhere and must outlive it. Its format is its own.
+// Refers to a number that is stored elsewhere and must outlive it. The format is its own.
 class QRV_API cIntRefF : public cObjDR<int>, public cIntFormat {
   public:
     cIntRefF(int &number, Format format);

@@ -1,22 +1,23 @@
 #pragma once
-// Undoable actions. A program derives its actions from cUndo, tells which one it means by a class
-// derived from cUndoInfoBase, and keeps the actions in two lists, undoGlobalList and
-// redoGlobalList. The lists know nothing of what an action does: they keep the newest in front,
-// drop the oldest when all together cost too much, and find the one that answers to an info.
+// Undoable actions. A program derives its actions from cUndo, identifies them by a class derived
+// from cUndoInfoBase, and stores the actions in two lists, undoGlobalList and redoGlobalList. The
+// lists do not know what an action does: they hold the newest first, delete the oldest when the
+// total cost is too high, and find the action that matches an info.
 //
-// Who owns an action: the lists that it stands in. Copies of a list share its actions, and so does
-// an action that is added to a second list. Whatever takes it out of the last one deletes it:
-// remove(), makeUndo(), setActive(false), add() that needs room, an assignment, the list's end.
+// The lists that contain an action own it. Copies of a list share its actions, and so does a second
+// list to which an action is added. An action is deleted when it is removed from its last list: by
+// remove(), makeUndo(), setActive(false), an add() that needs room, an assignment, or the
+// destruction of the list.
 //
-// Every function of an action is FOREIGN CODE and may do with any list what it likes, destroy it
-// too; it may call the same function again, or throw. A walk calls the actions that stood in the
-// list when it began; one that was taken out meanwhile isn't called any more, and the one that is
-// running is deleted only when its function has come back. Actions are deleted when they stand in
-// the list no more, so their destructors see a list in order.
+// Every function of an action is USER CODE: it may change or destroy any list, call the same
+// function again, or throw. A walk calls the actions that were in the list at its start; it skips
+// those removed meanwhile, and deletes the current one only after its function has returned.
+// Actions are deleted after they are removed from the list, so their destructors find the list in a
+// valid state.
 //
-// Limits: an action is made by new, and deleted by nobody but the lists once one has taken it. When
-// the process ends redoGlobalList goes first, then undoGlobalList, both before the core and the
-// message route; an action of undoGlobalList must not look at redoGlobalList in its destructor.
+// Limits: create actions by new; only the lists may delete an action that they accepted. At the end
+// of the process redoGlobalList is destroyed first, then undoGlobalList, both before the core and
+// the message route; the destructor of an action in undoGlobalList must not use redoGlobalList.
 
 #include "qrv/ccomp.h"
 
@@ -28,7 +29,7 @@
 
 class QRV_API cUndoGlobalList;
 
-// What identifies actions; derived classes carry it. The lists hand it on, null too.
+// Identifies actions, by its derived classes. The lists only pass it on, null too.
 class QRV_API cUndoInfoBase {
   public:
     cUndoInfoBase() = default;
@@ -37,13 +38,13 @@ class QRV_API cUndoInfoBase {
     virtual ~cUndoInfoBase();
 };
 
-// One action. Copies of it stand in no list.
+// One action. A copy is in no list.
 class QRV_API cUndo {
   public:
-    virtual bool undo(cUndoInfoBase *info) = 0;  // true: done, and the list lets the action go
-    virtual bool isfor(cUndoInfoBase *info) = 0; // does the action belong to this info?
+    virtual bool undo(cUndoInfoBase *info) = 0;  // true: done, and the list removes the action
+    virtual bool isfor(cUndoInfoBase *info) = 0; // whether the action belongs to this info
     virtual void spare1() = 0;                   // never called by the library
-    virtual int cost() = 0;                      // in the program's unit, say bytes; may change
+    virtual int cost() = 0;                      // in the program's unit, such as bytes; may change
     virtual void spare2() = 0;                   // never called by the library
     virtual ~cUndo();
 
@@ -56,50 +57,50 @@ class QRV_API cUndo {
     friend class cUndoGlobalList;
     friend struct cUndoProbe;
 
-    std::weak_ptr<cUndo> holder_; // what all lists share
+    std::weak_ptr<cUndo> holder_; // shared by all lists
     bool taken_ = false;          // by a list; if holder_ is empty then, the destructor is running
 };
 
 class QRV_API cUndoGlobalList {
   public:
-    // All of a list may cost less than this before the next action is added: 32 MiB, if costs are
-    // bytes. What is added is taken whatever it costs, so that the last step can always be undone.
+    // The total cost of a list must be below this before the next action is added: 32 MiB, if costs
+    // are bytes. A new action is accepted at any cost, so that the last step can always be undone.
     static constexpr std::int64_t cost_limit = 0x2000000;
 
     explicit cUndoGlobalList(bool isundo);
-    // The copy shares the actions. There is no moving: it copies.
+    // The copy shares the actions. A move is a copy.
     cUndoGlobalList(cUndoGlobalList const &other);
-    // Becomes a copy of `other`. An action that stood here is let go, and deleted if it stands in
-    // no other list: nobody else could do it. RUNS FOREIGN CODE when all is copied.
+    // Becomes a copy of `other`. Releases the former actions, and deletes those in no other list,
+    // since nothing else could. RUNS USER CODE after everything is copied.
     cUndoGlobalList &operator=(cUndoGlobalList const &other);
-    ~cUndoGlobalList(); // from the front. RUNS FOREIGN CODE
+    ~cUndoGlobalList(); // from the front. RUNS USER CODE
 
     bool fActive() const noexcept { return active_; }
     bool fIsUndo() const noexcept { return isundo_; } // the list's kind, as constructed
 
-    // A list that isn't active takes no actions, and lets go at once those it has, from the front.
-    // False and then true clears a list.   RUNS FOREIGN CODE
+    // An inactive list accepts no actions, and at once releases those it has, from the front. False
+    // and then true clears a list.   RUNS USER CODE
     void setActive(bool active);
 
-    // Adopts the action and puts it in front. First the oldest are let go, one by one, until all
-    // together cost less than the limit; all are asked for their cost each time, the new one isn't.
-    // True too, and nothing changes, for an action that stands here already: it does so once.
-    // False when the list isn't active (or was shut meanwhile), for null and for an action that is
-    // being deleted: the caller keeps it, and does so also when cost() throws.   O(n)
-    bool add(cUndo *action); // RUNS FOREIGN CODE
+    // Adopts the action and inserts it at the front. First releases the oldest, one by one, until
+    // the total cost is below the limit; calls cost() of all actions each time, except the new one.
+    // Also returns true, without a change, for an action that is in this list already. False if the
+    // list is inactive (or becomes so meanwhile), for null and for an action that is being deleted:
+    // the caller then still owns it, and also if cost() throws.   O(n)
+    bool add(cUndo *action); // RUNS USER CODE
 
-    // Calls undo(info), the newest first, until one returns true; that one is taken out and
-    // deleted. What an action throws goes through, and the action stays.
-    void makeUndo(cUndoInfoBase *info); // RUNS FOREIGN CODE
+    // Calls undo(info), the newest action first, until one returns true; removes and deletes that
+    // one. An exception of an action leaves the function, and the action stays.
+    void makeUndo(cUndoInfoBase *info); // RUNS USER CODE
 
-    bool fIsUndo(cUndoInfoBase *info); // does any action answer to this info? RUNS FOREIGN CODE
-    // The newest that does, borrowed from the list, or null.   RUNS FOREIGN CODE
+    bool fIsUndo(cUndoInfoBase *info); // whether any action matches this info. RUNS USER CODE
+    // The newest action that matches, borrowed from the list, or null.   RUNS USER CODE
     cUndo *find(cUndoInfoBase *info);
-    // Takes the action out and deletes it. Nothing for null and for one that doesn't stand here,
-    // which isn't looked at.   RUNS FOREIGN CODE
+    // Removes and deletes the action. No effect for null and for an action that is not in this
+    // list, which is never dereferenced.   RUNS USER CODE
     void remove(cUndo *action);
 
-    // Empty, or the first rule that is broken, as "U2 stands twice"; see cundo.cpp.
+    // Empty, or the first violated rule, as "U2 stands twice"; see cundo.cpp.
     std::string broken_rule() const;
 
   private:
@@ -120,11 +121,11 @@ class QRV_API cUndoGlobalList {
 
     bool active_ = true;
     bool isundo_;
-    cEntries entries_;        // the newest in front
-    std::size_t removed_ = 0; // how many were ever taken out: walks look again when it changes
-    std::shared_ptr<cUndoGlobalList const *> life_; // made when needed; tells operations of its end
+    cEntries entries_;        // the newest first
+    std::size_t removed_ = 0; // the number of all removals: a walk searches again when it changes
+    std::shared_ptr<cUndoGlobalList const *> life_; // created on demand, see cLife
 };
 
-// Shared by the whole process. Their actions die while the core and the message route still live.
+// Process-wide lists. Their actions are destroyed while the core and the message route still exist.
 extern QRV_API cUndoGlobalList undoGlobalList;
 extern QRV_API cUndoGlobalList redoGlobalList;

@@ -1,5 +1,5 @@
-// The file beside: when it has a name, who holds its lock, and what removes one that a killed
-// process left.
+// The temporary file beside a file: when it has a name, which process holds its lock, and who
+// removes the file of a killed process.
 
 #include "base/platform/cbeside.h"
 
@@ -22,7 +22,7 @@ class Beside : public SaveTest {
         folder_now = &folder_;
     }
 
-    // What another process would find in the folder at the rename.
+    // What another process would find in the folder at the moment of the rename.
     static inline std::string names;
     static inline bool locked = false;
     static inline cFolder const *folder_now = nullptr;
@@ -58,7 +58,7 @@ TEST_F(Beside, has_no_name_while_it_is_written) {
     EXPECT_EQ(names, "file;");
 }
 
-TEST_F(Beside, is_locked_until_the_rename_with_or_without_unnamed_files) {
+TEST_F(Beside, is_locked_until_the_rename_whether_or_not_it_has_a_name) {
     cat::os.rename = look_and_rename;
     for (bool const unnamed : {true, false}) {
         if (!unnamed) refuse_unnamed_files();
@@ -70,7 +70,7 @@ TEST_F(Beside, is_locked_until_the_rename_with_or_without_unnamed_files) {
     }
 }
 
-TEST_F(Beside, is_written_by_name_where_an_unnamed_file_cannot_be_linked) {
+TEST_F(Beside, has_a_name_where_an_unnamed_file_cannot_be_linked) {
     cat::os.link_open = [](int, char const *) {
         errno = ENOENT;
         return -1;
@@ -83,7 +83,7 @@ TEST_F(Beside, is_written_by_name_where_an_unnamed_file_cannot_be_linked) {
     EXPECT_EQ(folder_.names(), "copy file second");
 }
 
-TEST_F(Beside, is_written_where_there_are_no_locks) {
+TEST_F(Beside, is_written_where_locks_are_not_supported) {
     cat::os.flock = [](int, int) {
         errno = ENOLCK;
         return -1;
@@ -98,9 +98,9 @@ TEST_F(Beside, is_written_where_there_are_no_locks) {
     EXPECT_TRUE(exists(left)) << "its process may live";
 }
 
-// Between the creation and the lock another process removes the file: its lock is still there, or
-// it is not any more.
-TEST_F(Beside, creates_another_file_when_one_is_removed_before_it_has_the_lock) {
+// Another process removes the file between its creation and the lock, either with a lock still held
+// or without one.
+TEST_F(Beside, creates_another_file_when_the_first_is_removed_before_it_is_locked) {
     enum cRace { over, still_locked, removed };
     static cRace race;
     static bool removing;
@@ -126,7 +126,7 @@ TEST_F(Beside, creates_another_file_when_one_is_removed_before_it_has_the_lock) 
     }
 }
 
-TEST_F(Beside, leaves_a_secret_file_closed_to_others_from_the_start) {
+TEST_F(Beside, a_private_file_is_never_readable_for_others) {
     ASSERT_EQ(::chmod(file_.c_str(), 0600), 0);
     static mode_t first;
     for (bool const unnamed : {true, false}) {
@@ -143,9 +143,9 @@ TEST_F(Beside, leaves_a_secret_file_closed_to_others_from_the_start) {
     }
 }
 
-// --- what a killed process left ---
+// --- leftovers of a killed process ---
 
-TEST_F(Beside, what_was_left_is_removed) {
+TEST_F(Beside, a_leftover_file_is_removed) {
     unfinished();
     unfinished(".qrv4000000-17~");
     std::filesystem::create_hard_link(unfinished(".qrv3-1~"), folder_.file("copy"));
@@ -156,7 +156,7 @@ TEST_F(Beside, what_was_left_is_removed) {
     EXPECT_EQ(bytes_of(folder_.file("copy")), "unfinished");
 }
 
-TEST_F(Beside, what_was_left_in_the_folder_of_a_links_target_is_removed) {
+TEST_F(Beside, a_leftover_file_in_the_folder_of_a_links_target_is_removed) {
     std::filesystem::create_directory(folder_.file("sub"));
     std::string const left = unfinished("sub/.qrv1-1~");
     std::string const other = unfinished();
@@ -166,7 +166,7 @@ TEST_F(Beside, what_was_left_in_the_folder_of_a_links_target_is_removed) {
     EXPECT_TRUE(exists(other));
 }
 
-TEST_F(Beside, a_file_that_its_process_still_writes_stays) {
+TEST_F(Beside, a_file_still_being_written_stays) {
     std::string const left = unfinished();
     int const writer = ::open(left.c_str(), O_WRONLY | O_CLOEXEC);
     ASSERT_EQ(::flock(writer, LOCK_EX | LOCK_NB), 0);
@@ -186,7 +186,7 @@ TEST_F(Beside, files_with_other_names_stay) {
     for (std::string const &name : others) EXPECT_TRUE(exists(folder_.file(name))) << name;
 }
 
-TEST_F(Beside, what_is_not_a_plain_file_stays) {
+TEST_F(Beside, anything_but_a_plain_file_stays) {
     std::string const link = folder_.file(".qrv1-1~"), pipe = folder_.file(".qrv1-2~"),
                       folder = folder_.file(".qrv1-3~");
     std::filesystem::create_symlink("file", link);
@@ -198,15 +198,15 @@ TEST_F(Beside, what_is_not_a_plain_file_stays) {
 }
 
 TEST_F(Beside, files_of_other_users_stay) {
-    if (::geteuid() != 0) return; // only root can give files away
+    if (::geteuid() != 0) return; // only root can change the owner of a file
     std::string const left = unfinished();
     ASSERT_EQ(::chown(left.c_str(), 65534, 65534), 0);
     remove_unfinished();
     EXPECT_TRUE(exists(left));
 }
 
-// Between the lock and the removal the name is looked at again.
-TEST_F(Beside, a_name_that_went_to_another_file_stays) {
+// The name is checked again between the lock and the removal.
+TEST_F(Beside, a_name_that_now_belongs_to_another_file_stays) {
     std::string const left = unfinished();
     cat::os.flock = [](int descriptor, int operation) {
         std::string const name = folder_now->file(".qrv1-1~");
@@ -218,13 +218,14 @@ TEST_F(Beside, a_name_that_went_to_another_file_stays) {
     EXPECT_EQ(bytes_of(left), "other");
 }
 
-TEST_F(Beside, a_folder_that_is_not_there_has_nothing_to_remove) {
+TEST_F(Beside, a_missing_folder_is_ignored) {
     cat::remove_unfinished(folder_.file("nowhere/file"));
     EXPECT_EQ(folder_.names(), "file");
 }
 
-// One writes again and again by named files, the other removes all the time: nothing fails.
-TEST_F(Beside, no_writer_is_disturbed_by_a_process_that_removes) {
+// One process writes repeatedly through named files while another one removes such files: nothing
+// fails.
+TEST_F(Beside, a_process_that_removes_leftovers_does_not_disturb_writers) {
     pid_t const remover = ::fork();
     if (remover == 0)
         for (;;) remove_unfinished();

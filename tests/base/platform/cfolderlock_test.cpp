@@ -29,7 +29,7 @@ TEST_F(FolderLockTest, the_second_lock_of_a_folder_is_refused_until_the_first_en
     EXPECT_TRUE(FolderLock(file_, no_wait).held());
 }
 
-TEST_F(FolderLockTest, the_lock_is_waited_for) {
+TEST_F(FolderLockTest, locking_waits_until_the_folder_is_free) {
     std::optional<FolderLock> first;
     first.emplace(file_, no_wait);
     std::thread holder([&] {
@@ -41,7 +41,7 @@ TEST_F(FolderLockTest, the_lock_is_waited_for) {
     holder.join();
 }
 
-TEST_F(FolderLockTest, a_link_leads_to_the_folder_of_its_target) {
+TEST_F(FolderLockTest, a_link_locks_the_folder_of_its_target) {
     std::filesystem::create_directory(folder_.file("sub"));
     std::filesystem::create_symlink("sub/target", folder_.file("link"));
     FolderLock const by_link(folder_.file("link"), no_wait);
@@ -49,7 +49,7 @@ TEST_F(FolderLockTest, a_link_leads_to_the_folder_of_its_target) {
     EXPECT_TRUE(FolderLock(file_, no_wait).held());
 }
 
-TEST_F(FolderLockTest, a_name_without_a_folder_is_in_the_working_folder) {
+TEST_F(FolderLockTest, a_name_without_a_folder_locks_the_working_folder) {
     auto const before = std::filesystem::current_path();
     std::filesystem::current_path(folder_.path());
     FolderLock const here("x", no_wait);
@@ -57,7 +57,7 @@ TEST_F(FolderLockTest, a_name_without_a_folder_is_in_the_working_folder) {
     EXPECT_TRUE(FolderLock(file_, no_wait).busy());
 }
 
-TEST_F(FolderLockTest, the_lock_ends_though_a_forked_process_has_the_descriptor) {
+TEST_F(FolderLockTest, the_lock_ends_even_if_a_forked_process_has_the_descriptor) {
     pid_t child = -1;
     {
         FolderLock const lock(file_, no_wait);
@@ -71,7 +71,7 @@ TEST_F(FolderLockTest, the_lock_ends_though_a_forked_process_has_the_descriptor)
     EXPECT_EQ(::waitpid(child, &status, 0), child);
 }
 
-TEST_F(FolderLockTest, a_folder_that_cannot_be_locked_is_not_waited_for) {
+TEST_F(FolderLockTest, locking_does_not_wait_for_a_folder_that_cannot_be_locked) {
     auto const expect_none = [](std::string const &path) {
         FolderLock const lock(path, long_wait);
         EXPECT_TRUE(!lock.held() && !lock.busy());
@@ -90,7 +90,7 @@ TEST_F(FolderLockTest, a_folder_that_cannot_be_locked_is_not_waited_for) {
     }
 }
 
-TEST_F(FolderLockTest, an_interrupted_call_is_made_again) {
+TEST_F(FolderLockTest, an_interrupted_call_is_repeated) {
     static int interrupted;
     interrupted = 3;
     cat::os.flock = [](int descriptor, int operation) {
@@ -101,6 +101,34 @@ TEST_F(FolderLockTest, an_interrupted_call_is_made_again) {
     };
     EXPECT_TRUE(FolderLock(file_, no_wait).held());
     EXPECT_EQ(interrupted, 0);
+}
+
+TEST_F(FolderLockTest, a_lock_of_a_file_is_that_of_its_folder) {
+    {
+        cat::FileLock const lock(file_, no_wait);
+        EXPECT_FALSE(lock.busy());
+        EXPECT_TRUE(FolderLock(file_, no_wait).busy());
+        EXPECT_TRUE(cat::FileLock(folder_.file("other"), no_wait).busy());
+    }
+    EXPECT_TRUE(FolderLock(file_, no_wait).held());
+}
+
+TEST_F(FolderLockTest, a_lock_of_a_file_removes_what_a_killed_process_left) {
+    put(folder_.file(".qrv1-1~"), "unfinished");
+    {
+        FolderLock const other(file_, no_wait);
+        EXPECT_TRUE(cat::FileLock(file_, no_wait).busy());
+        EXPECT_EQ(folder_.names(), ".qrv1-1~");
+    }
+    EXPECT_FALSE(cat::FileLock(file_, no_wait).busy());
+    EXPECT_EQ(folder_.names(), "");
+}
+
+TEST_F(FolderLockTest, no_lock_is_held_for_a_pipe) {
+    ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
+    cat::FileLock const lock(file_, no_wait);
+    EXPECT_FALSE(lock.busy());
+    EXPECT_TRUE(FolderLock(file_, no_wait).held());
 }
 
 } // namespace

@@ -23,10 +23,10 @@
 
 namespace {
 
-// Nothing of another run's is touched: every name holds the process's number.
+// Every name contains the process id, so that test runs do not disturb each other.
 std::string own_prefix() { return "qrv-test-" + std::to_string(::getpid()) + "-"; }
 
-// A socket that tells who sent what.
+// A socket that knows the sender of each datagram.
 class cReceiver {
   public:
     explicit cReceiver(std::string const &name)
@@ -46,7 +46,7 @@ class cReceiver {
 
     bool bound() const { return bound_; }
 
-    // The next datagram's bytes; empty when there is none. `sender` is who sent it.
+    // Returns the next datagram, or an empty string without one. `sender` is set to its sender.
     std::string take() {
         char bytes[64];
         alignas(cmsghdr) char control[CMSG_SPACE(sizeof(ucred))];
@@ -103,7 +103,7 @@ TEST_F(Link, a_message_is_one_datagram_of_three_numbers_lowest_byte_first) {
     EXPECT_EQ(receiver.take(), "");
 }
 
-TEST_F(Link, the_id_is_a_number_without_sign_in_the_name) {
+TEST_F(Link, the_name_contains_the_id_as_an_unsigned_number) {
     std::string const prefix = own_prefix();
     cReceiver largest(prefix + "4294967294");
     cReceiver least(prefix + "1");
@@ -115,7 +115,7 @@ TEST_F(Link, the_id_is_a_number_without_sign_in_the_name) {
     EXPECT_EQ(least.take(), abc);
 }
 
-TEST_F(Link, a_name_that_fills_the_address_reaches_and_a_longer_one_is_dropped) {
+TEST_F(Link, a_name_that_fills_the_address_works_and_a_longer_one_drops_the_message) {
     constexpr std::size_t most = sizeof(sockaddr_un::sun_path) - 1;
     std::string prefix = own_prefix();
     prefix.resize(most - 2, 'x');
@@ -129,7 +129,7 @@ TEST_F(Link, a_name_that_fills_the_address_reaches_and_a_longer_one_is_dropped) 
     EXPECT_EQ(receiver.take(), "");
 }
 
-TEST_F(Link, nobody_there_is_no_failure_and_a_later_receiver_gets_the_later_messages) {
+TEST_F(Link, a_missing_receiver_is_not_an_error_and_a_later_receiver_gets_later_messages) {
     std::string const prefix = own_prefix();
     errno = EDOM;
     post(prefix, 42);
@@ -141,7 +141,7 @@ TEST_F(Link, nobody_there_is_no_failure_and_a_later_receiver_gets_the_later_mess
     EXPECT_EQ(receiver.take(), abc);
 }
 
-TEST_F(Link, a_full_receiver_is_not_waited_for) {
+TEST_F(Link, sending_does_not_wait_for_a_full_receiver) {
     std::string const prefix = own_prefix();
     cReceiver receiver(prefix + "42");
     ASSERT_TRUE(receiver.bound());
@@ -173,7 +173,7 @@ std::size_t open_descriptors() {
         std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
 }
 
-TEST_F(Link, one_socket_serves_all_and_is_not_handed_on) {
+TEST_F(Link, one_socket_sends_all_messages_and_is_closed_on_exec) {
     std::string const prefix = own_prefix();
     static int used;
     static ssize_t (*real)(int, void const *, size_t, int, sockaddr const *, socklen_t);
@@ -197,7 +197,7 @@ TEST_F(Link, one_socket_serves_all_and_is_not_handed_on) {
     EXPECT_NE(::fcntl(first, F_GETFL) & O_NONBLOCK, 0);
 }
 
-// The descriptor that the next message would use.
+// The descriptor that the socket of the next message would get.
 int kept_socket(std::string const &prefix) {
     static int used;
     static ssize_t (*real)(int, void const *, size_t, int, sockaddr const *, socklen_t);
@@ -213,7 +213,7 @@ int kept_socket(std::string const &prefix) {
     return used;
 }
 
-TEST_F(Link, a_socket_that_somebody_closed_is_made_again) {
+TEST_F(Link, a_socket_that_other_code_closed_is_created_again) {
     std::string const prefix = own_prefix();
     cReceiver receiver(prefix + "42");
     ASSERT_TRUE(receiver.bound());
@@ -222,13 +222,13 @@ TEST_F(Link, a_socket_that_somebody_closed_is_made_again) {
     EXPECT_EQ(receiver.take(), abc);
 }
 
-TEST_F(Link, what_has_taken_the_number_of_a_closed_socket_is_left_alone) {
+TEST_F(Link, a_reused_descriptor_of_a_closed_socket_is_left_alone) {
     std::string const prefix = own_prefix();
     cReceiver receiver(prefix + "42");
     ASSERT_TRUE(receiver.bound());
     int const kept = kept_socket(prefix);
     ASSERT_EQ(::close(kept), 0);
-    int ends[2]; // a stream of somebody else's, into which three numbers would be written
+    int ends[2]; // a stream that belongs to other code; a message must not be written into it
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
     int &taken = ends[0] == kept ? ends[0] : ends[1];
     if (taken != kept) {
@@ -245,7 +245,7 @@ TEST_F(Link, what_has_taken_the_number_of_a_closed_socket_is_left_alone) {
     ::close(ends[1]);
 }
 
-TEST_F(Link, a_child_sends_for_itself_and_its_parent_goes_on) {
+TEST_F(Link, a_child_process_sends_on_its_own_socket_and_the_parent_continues) {
     std::string const prefix = own_prefix();
     cReceiver receiver(prefix + "42");
     ASSERT_TRUE(receiver.bound());
@@ -266,7 +266,7 @@ TEST_F(Link, a_child_sends_for_itself_and_its_parent_goes_on) {
     EXPECT_EQ(receiver.sender.pid, ::getpid());
 }
 
-TEST_F(Link, the_hook_takes_the_place_of_the_socket_until_it_is_null) {
+TEST_F(Link, the_hook_replaces_the_socket_until_it_is_null) {
     static std::string posted;
     posted.clear();
     std::string const prefix = own_prefix();
@@ -286,9 +286,9 @@ TEST_F(Link, the_hook_takes_the_place_of_the_socket_until_it_is_null) {
     EXPECT_EQ(receiver.take(), abc);
 }
 
-// Each call in turn, with a socket to be made and with one that is kept: the message is lost at
-// most, no descriptor is, and the next message arrives.
-TEST_F(Link, a_refusal_of_the_system_costs_one_message_at_most) {
+// Each system call fails in turn, with a new socket and with an existing one. At most the message
+// is lost; no descriptor leaks, and the next message arrives.
+TEST_F(Link, a_failed_system_call_loses_at_most_one_message) {
     std::string const prefix = own_prefix();
     cReceiver receiver(prefix + "42");
     ASSERT_TRUE(receiver.bound());
@@ -317,7 +317,7 @@ TEST_F(Link, a_refusal_of_the_system_costs_one_message_at_most) {
 
 // ---- the starter ----
 
-TEST_F(Link, what_the_starter_left_is_read_when_it_is_asked_for) {
+TEST_F(Link, the_starters_variable_is_read_on_demand) {
     EXPECT_EQ(cat::start_value("QRV_TEST_VALUE"), nullptr);
     ::setenv("QRV_TEST_VALUE", "", 1);
     EXPECT_STREQ(cat::start_value("QRV_TEST_VALUE"), "");
@@ -327,7 +327,7 @@ TEST_F(Link, what_the_starter_left_is_read_when_it_is_asked_for) {
 
 // ---- events ----
 
-// A semaphore of this process's own.
+// A semaphore of this test process.
 class cOwnSemaphore {
   public:
     cOwnSemaphore()
@@ -352,7 +352,7 @@ class cOwnSemaphore {
     sem_t *const semaphore_;
 };
 
-TEST_F(Event, an_event_that_is_there_is_raised) {
+TEST_F(Event, an_existing_event_is_raised) {
     cOwnSemaphore const own;
     ASSERT_EQ(own.value(), 0);
     void *const event = cat::open_event(own.name.c_str());
@@ -364,7 +364,7 @@ TEST_F(Event, an_event_that_is_there_is_raised) {
     EXPECT_EQ(own.value(), 2);
 }
 
-TEST_F(Event, an_event_that_is_not_there_is_null_and_none_is_made) {
+TEST_F(Event, a_missing_event_is_null_and_is_not_created) {
     std::string const name = "/" + own_prefix() + "none";
     errno = EDOM;
     EXPECT_EQ(cat::open_event(name.c_str()), nullptr);
@@ -376,14 +376,15 @@ TEST_F(Event, an_event_that_is_not_there_is_null_and_none_is_made) {
     EXPECT_EQ(errno, EDOM);
 }
 
-TEST_F(Event, a_name_that_the_system_refuses_is_null) {
+TEST_F(Event, an_event_with_a_refused_name_is_null) {
     for (char const *name : {"", "/", "a/b", "/a/b"})
         EXPECT_EQ(cat::open_event(name), nullptr) << name;
     EXPECT_EQ(cat::open_event(("/" + std::string(5000, 'x')).c_str()), nullptr);
 }
 
-// Everybody may make files there; the first use of a semaphore in a short one ends the process.
-TEST_F(Event, a_file_too_short_for_an_event_is_none) {
+// Everybody may create files in that folder, and using a semaphore in a file that is too short
+// would end the process.
+TEST_F(Event, a_file_too_short_for_an_event_is_refused) {
     std::string const name = "/" + own_prefix() + "short";
     std::string const file = "/dev/shm/sem." + name.substr(1);
     for (std::size_t size : {std::size_t{0}, sizeof(sem_t) - 1}) {
@@ -397,7 +398,7 @@ TEST_F(Event, a_file_too_short_for_an_event_is_none) {
     ::unlink(file.c_str());
 }
 
-TEST_F(Event, links_and_folders_are_no_events) {
+TEST_F(Event, links_and_folders_are_refused_as_events) {
     cOwnSemaphore const own;
     std::string const name = "/" + own_prefix() + "other";
     std::string const file = "/dev/shm/sem." + name.substr(1);
@@ -409,7 +410,7 @@ TEST_F(Event, links_and_folders_are_no_events) {
     ASSERT_EQ(::rmdir(file.c_str()), 0);
 }
 
-TEST_F(Event, the_owner_is_the_user_or_root) {
+TEST_F(Event, the_owner_must_be_the_user_or_root) {
     constexpr uid_t us = 1000, somebody = 1001, root = 0;
     EXPECT_TRUE(cat::trusts_owner(us, us));
     EXPECT_TRUE(cat::trusts_owner(root, us));
@@ -418,12 +419,13 @@ TEST_F(Event, the_owner_is_the_user_or_root) {
     EXPECT_FALSE(cat::trusts_owner(us, root));
     cOwnSemaphore const own;
     bool const given_away = ::chown(own.file().c_str(), ::geteuid() + 1, getegid()) == 0;
-    void *const event = cat::open_event(own.name.c_str()); // only root can give a file away
+    void *const event =
+        cat::open_event(own.name.c_str()); // only root can change the owner of a file
     EXPECT_EQ(event == nullptr, given_away);
     cat::close_event(event);
 }
 
-TEST_F(Event, refusals_of_the_system_are_not_told) {
+TEST_F(Event, failed_system_calls_are_not_reported) {
     cOwnSemaphore const own;
     std::string failed;
     for (int n = 0;; ++n) {

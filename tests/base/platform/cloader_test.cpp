@@ -1,5 +1,5 @@
-// Where modules are looked for, with a loader that only takes notes; real files are loaded by the
-// tests of modules.
+// Where modules are searched, with a loader that only records paths; the tests of modules load real
+// files.
 
 #include "base/platform/cloader.h"
 
@@ -13,8 +13,8 @@
 
 namespace {
 
-std::vector<std::string> tried; // paths, in order
-int loads_at = 0;               // this one of them can be loaded; 0: none
+std::vector<std::string> tried; // the paths, in order
+int loads_at = 0;               // the number of the path that can be loaded; 0: no path can
 char words[] = "no";
 int something = 0;
 
@@ -57,7 +57,7 @@ TEST_F(Loader, a_name_is_tried_in_three_folders_with_and_without_suffix) {
               (Paths{".so.so", ".so", "./.so.so", "./.so", "modules/.so.so", "modules/.so"}));
 }
 
-TEST_F(Loader, a_name_with_the_suffix_gets_only_a_second_one) {
+TEST_F(Loader, a_name_with_the_suffix_is_tried_only_with_another_suffix) {
     EXPECT_EQ(paths("part.so"), (Paths{"part.so.so", "./part.so.so", "modules/part.so.so"}));
     EXPECT_EQ(paths("a.sO"), (Paths{"a.sO.so", "./a.sO.so", "modules/a.sO.so"}));
     EXPECT_EQ(paths("/part.so"), (Paths{"/part.so.so"}));
@@ -65,7 +65,7 @@ TEST_F(Loader, a_name_with_the_suffix_gets_only_a_second_one) {
     EXPECT_EQ(paths("part.so.1").size(), 6u);
 }
 
-TEST_F(Loader, an_absolute_name_is_tried_as_it_is) {
+TEST_F(Loader, an_absolute_name_is_tried_unchanged) {
     for (std::string const name :
          {"/part", "\\part", "x:/part", "x:\\part", "/", "\\", "::/", "::\\"})
         EXPECT_EQ(paths(name), (Paths{name + ".so", name})) << name;
@@ -82,7 +82,7 @@ TEST_F(Loader, the_first_that_can_be_loaded_ends_the_search) {
     }
 }
 
-TEST_F(Loader, each_failure_is_a_line) {
+TEST_F(Loader, each_failure_adds_a_line_to_the_message) {
     std::string failures;
     EXPECT_EQ(cat::open_module("/part", failures), nullptr);
     EXPECT_EQ(failures, "/part.so: no\n/part: no");
@@ -97,12 +97,13 @@ TEST_F(Loader, each_failure_is_a_line) {
     EXPECT_EQ(failures, "/part.so: its own words\n/part: /part.so: its own words");
 }
 
-TEST_F(Loader, what_can_be_no_path_does_not_reach_the_system) {
+TEST_F(Loader, an_impossible_path_is_not_passed_to_the_system) {
     std::string failures;
     EXPECT_EQ(cat::open_module(std::string("a\0b", 3), failures), nullptr);
     EXPECT_TRUE(tried.empty());
     EXPECT_NE(failures.find(": a zero byte in the name"), std::string::npos);
-    EXPECT_EQ(paths(std::string(PATH_MAX - 1 - 8, 'n')).size(), 5u); // not in modules/ with .so
+    EXPECT_EQ(paths(std::string(PATH_MAX - 1 - 8, 'n')).size(),
+              5u); // the path in modules/ with .so is too long
     EXPECT_EQ(paths(std::string(PATH_MAX - 1 - 3, 'n')).size(), 3u);
     EXPECT_EQ(paths(std::string(PATH_MAX - 1, 'n')).size(), 1u);
     EXPECT_EQ(paths(std::string(PATH_MAX, 'n')).size(), 0u);
@@ -111,7 +112,7 @@ TEST_F(Loader, what_can_be_no_path_does_not_reach_the_system) {
     EXPECT_EQ(failures, "A name of 4096 characters is too long");
 }
 
-TEST_F(Loader, a_path_to_a_pipe_a_device_or_a_socket_does_not_reach_the_system) {
+TEST_F(Loader, a_path_to_a_pipe_a_device_or_a_socket_is_not_loaded) {
     for (int const mode : {S_IFIFO, S_IFCHR, S_IFBLK, S_IFSOCK}) {
         static mode_t kind;
         kind = static_cast<mode_t>(mode);
@@ -137,7 +138,7 @@ TEST_F(Loader, a_path_to_a_pipe_a_device_or_a_socket_does_not_reach_the_system) 
     }
 }
 
-TEST_F(Loader, a_refused_path_does_not_reach_the_system) {
+TEST_F(Loader, a_path_refused_by_the_filter_is_not_loaded) {
     cat::os.stat = [](char const *, struct stat *info) {
         info->st_mode = S_IFREG | 0600;
         return 0;
@@ -158,7 +159,7 @@ TEST_F(Loader, two_paths_of_one_file_are_the_same) {
     EXPECT_FALSE(cat::is_same_file("/nowhere/at/all", "/nowhere/at/all"));
 }
 
-TEST_F(Loader, the_base_name_is_what_lies_between_folder_and_suffix) {
+TEST_F(Loader, the_base_name_is_the_part_between_folder_and_suffix) {
     struct {
         char const *name, *base;
     } const cases[] = {{"part", "part"},
@@ -184,17 +185,18 @@ TEST_F(Loader, the_base_name_is_what_lies_between_folder_and_suffix) {
     EXPECT_EQ(cat::module_base_name(with_zero), std::string("b\0c", 3));
 }
 
-TEST_F(Loader, only_a_function_of_the_file_itself_counts) {
+TEST_F(Loader, only_a_function_defined_in_the_file_itself_is_found) {
     void *const program = ::dlopen(nullptr, RTLD_NOW);
     EXPECT_EQ(cat::function_in(program, "a function that is nowhere"), nullptr);
-    EXPECT_EQ(cat::function_in(program, "gnu_get_libc_version"), nullptr); // found, but elsewhere
+    EXPECT_EQ(cat::function_in(program, "gnu_get_libc_version"),
+              nullptr); // the function exists, but in another file
     cat::os.dlinfo = [](void *, int, void *) { return -1; };
     EXPECT_EQ(cat::function_in(program, "gnu_get_libc_version"), nullptr);
     EXPECT_EQ(cat::library_path(program), "");
     ::dlclose(program);
 }
 
-TEST_F(Loader, the_filter_is_kept) {
+TEST_F(Loader, the_filter_is_stored) {
     EXPECT_EQ(cat::the_module_filter(), nullptr);
     auto const filter = [](std::string const &) { return false; };
     qrv_set_module_filter(filter);

@@ -1,4 +1,4 @@
-// Replacing a file: attributes and access lists, what the file must hold before, and backups.
+// Replacing a file: extended attributes and access lists, a check of the old content, and backups.
 
 #include "qrv/base/platform/cplatform.h"
 #include "tests/text/file/save_support.h"
@@ -12,7 +12,7 @@ using cat::Replaced;
 
 namespace {
 
-// An access list as the system has it in an attribute: these entries, of the user `named` too.
+// An access list as the value of a system attribute: these entries and one for the user `named`.
 std::string access_list(std::uint16_t named_rights, std::uint16_t mask) {
     struct cEntry {
         std::uint16_t tag, rights;
@@ -59,7 +59,7 @@ class Replace : public SaveTest {
 
 // --- content that is not in memory ---
 
-TEST_F(Replace, content_by_a_function_goes_to_new_files_and_to_both_kinds_of_old_ones) {
+TEST_F(Replace, a_function_can_write_new_files_and_both_kinds_of_old_ones) {
     auto const write = [](int descriptor) {
         return cat::write_all(descriptor, "piece ") && cat::write_all(descriptor, "by piece");
     };
@@ -77,7 +77,7 @@ TEST_F(Replace, content_by_a_function_goes_to_new_files_and_to_both_kinds_of_old
     EXPECT_EQ(bytes_of(fresh), "piece by piece");
 }
 
-TEST_F(Replace, a_function_that_fails_leaves_the_file_as_it_was) {
+TEST_F(Replace, a_function_that_fails_leaves_the_file_unchanged) {
     auto const fail = [](int descriptor) {
         cat::write_all(descriptor, "piece");
         errno = ENOSPC;
@@ -96,7 +96,7 @@ TEST_F(Replace, a_function_that_fails_leaves_the_file_as_it_was) {
 
 // --- attributes ---
 
-TEST_F(Replace, attributes_stay) {
+TEST_F(Replace, replacing_preserves_attributes) {
     if (!give(file_, "user.origin", "here")) return; // no attributes in this file system
     ASSERT_TRUE(give(file_, "user.empty", ""));
     ino_t const before = inode_of(file_);
@@ -106,7 +106,7 @@ TEST_F(Replace, attributes_stay) {
     EXPECT_EQ(attribute(file_, "user.empty"), "");
 }
 
-TEST_F(Replace, attributes_of_a_file_without_permission_to_write_stay) {
+TEST_F(Replace, replacing_a_read_only_file_preserves_attributes) {
     if (!give(file_, "user.origin", "here")) return; // no attributes in this file system
     ASSERT_EQ(::chmod(file_.c_str(), 0444), 0);
     if (::geteuid() != 0) return;
@@ -115,7 +115,7 @@ TEST_F(Replace, attributes_of_a_file_without_permission_to_write_stay) {
     EXPECT_EQ(mode_of(file_), 0444u);
 }
 
-TEST_F(Replace, an_access_list_stays) {
+TEST_F(Replace, replacing_preserves_an_access_list) {
     std::string const list = access_list(6, 6);
     if (!give(file_, access_attribute, list)) return; // no access lists in this file system
     ASSERT_EQ(mode_of(file_), 0660u);
@@ -124,7 +124,7 @@ TEST_F(Replace, an_access_list_stays) {
     EXPECT_EQ(mode_of(file_), 0660u);
 }
 
-TEST_F(Replace, the_access_list_of_the_folder_opens_the_file_to_nobody) {
+TEST_F(Replace, the_access_list_of_the_folder_grants_no_access_to_the_file) {
     std::string const list = access_list(6, 6);
     if (!give(folder_.path(), "system.posix_acl_default", list))
         return; // no access lists in this file system
@@ -139,7 +139,7 @@ TEST_F(Replace, the_access_list_of_the_folder_opens_the_file_to_nobody) {
     EXPECT_NE(attribute(folder_.file("second"), access_attribute), "none") << "the folder's rule";
 }
 
-TEST_F(Replace, a_file_whose_attributes_cannot_be_given_to_another_is_written_in_place) {
+TEST_F(Replace, a_file_whose_attributes_cannot_be_copied_is_written_in_place) {
     if (!give(file_, "user.origin", "here")) return; // no attributes in this file system
     ino_t const before = inode_of(file_);
     cat::os.fsetxattr = refuse_attribute<EPERM>;
@@ -150,7 +150,7 @@ TEST_F(Replace, a_file_whose_attributes_cannot_be_given_to_another_is_written_in
     EXPECT_EQ(folder_.names(), "file");
 }
 
-TEST_F(Replace, a_file_in_a_file_system_without_attributes_is_written_beside) {
+TEST_F(Replace, a_file_in_a_file_system_without_attributes_is_replaced_by_a_rename) {
     ino_t const before = inode_of(file_);
     cat::os.listxattr = [](char const *, char *, size_t) -> ssize_t {
         errno = ENOTSUP;
@@ -160,14 +160,14 @@ TEST_F(Replace, a_file_in_a_file_system_without_attributes_is_written_beside) {
     EXPECT_NE(inode_of(file_), before);
 }
 
-// --- what the file must hold ---
+// --- expected content ---
 
-TEST_F(Replace, a_file_that_holds_what_is_expected_is_replaced) {
+TEST_F(Replace, a_file_with_the_expected_content_is_replaced) {
     EXPECT_EQ(replace({.expected = "old"}), Replaced::done);
     EXPECT_EQ(bytes_of(file_), "new");
 }
 
-TEST_F(Replace, a_file_that_was_changed_stays) {
+TEST_F(Replace, a_changed_file_is_not_replaced) {
     std::filesystem::create_hard_link(file_, folder_.file("other"));
     for (char const *const expected : {"ol", "old ", "", "OLD"}) {
         EXPECT_EQ(replace({.expected = expected}), Replaced::changed);
@@ -180,14 +180,14 @@ TEST_F(Replace, a_file_that_was_changed_stays) {
     EXPECT_EQ(folder_.names(), "file");
 }
 
-TEST_F(Replace, a_file_that_was_removed_is_not_created_again) {
+TEST_F(Replace, a_removed_file_is_not_created_again) {
     std::filesystem::remove(file_);
     EXPECT_EQ(replace({.expected = "old"}), Replaced::changed);
     EXPECT_EQ(folder_.names(), "");
 }
 
-// The comparison is the last thing before the rename.
-TEST_F(Replace, a_change_while_the_new_file_is_written_is_seen) {
+// The comparison is the last step before the rename.
+TEST_F(Replace, a_change_while_the_new_file_is_written_is_noticed) {
     static std::string const file = file_;
     cat::os.fsync = [](int) {
         put(file, "theirs");
@@ -200,7 +200,7 @@ TEST_F(Replace, a_change_while_the_new_file_is_written_is_seen) {
 
 // --- backups ---
 
-TEST_F(Replace, a_backup_has_bytes_and_mode_and_attributes_of_the_old_file) {
+TEST_F(Replace, a_backup_has_the_bytes_mode_and_attributes_of_the_old_file) {
     bool const attributes = give(file_, "user.origin", "here");
     ASSERT_EQ(::chmod(file_.c_str(), 0640), 0);
     EXPECT_EQ(replace({.backup = "~"}), Replaced::done);
@@ -212,7 +212,7 @@ TEST_F(Replace, a_backup_has_bytes_and_mode_and_attributes_of_the_old_file) {
     }
 }
 
-TEST_F(Replace, an_older_backup_is_replaced_even_one_that_must_not_be_written) {
+TEST_F(Replace, an_older_backup_is_replaced_even_if_it_is_read_only) {
     put(backup_, "older");
     ASSERT_EQ(::chmod(backup_.c_str(), 0400), 0);
     EXPECT_EQ(replace({.backup = "~"}), Replaced::done);
@@ -244,14 +244,14 @@ TEST_F(Replace, a_file_with_two_names_has_a_backup_too) {
     EXPECT_EQ(bytes_of(backup_), "old");
 }
 
-TEST_F(Replace, a_backup_that_is_the_files_other_name_becomes_a_file_of_its_own) {
+TEST_F(Replace, a_backup_that_is_another_name_of_the_file_becomes_a_separate_file) {
     std::filesystem::create_hard_link(file_, backup_);
     EXPECT_EQ(replace({.backup = "~"}), Replaced::done);
     EXPECT_EQ(bytes_of(file_), "new");
     EXPECT_EQ(bytes_of(backup_), "old");
 }
 
-TEST_F(Replace, without_a_plain_file_for_the_backup_nothing_is_written) {
+TEST_F(Replace, nothing_is_written_if_the_backup_is_not_a_plain_file) {
     auto const refused = [this](int error, std::string const &suffix = "~") {
         EXPECT_EQ(replace({.backup = suffix}), Replaced::no_backup);
         EXPECT_EQ(std::string(std::strerror(errno)), std::strerror(error));
@@ -271,8 +271,8 @@ TEST_F(Replace, without_a_plain_file_for_the_backup_nothing_is_written) {
     EXPECT_EQ(folder_.names(), "file other");
 }
 
-TEST_F(Replace, a_backup_that_cannot_have_the_owner_has_no_rights_for_others) {
-    if (::geteuid() != 0) return; // only root can give files away
+TEST_F(Replace, a_backup_with_another_owner_is_closed_to_others) {
+    if (::geteuid() != 0) return; // only root can change the owner of a file
     ASSERT_EQ(::chown(file_.c_str(), 12345, 12345), 0);
     ASSERT_EQ(::chmod(file_.c_str(), 0666), 0);
     cat::os.fchown = [](int, uid_t, gid_t) {

@@ -1,4 +1,5 @@
-// The operating system's side: debug output, descriptors, time, files and their replacement.
+// The interface to the operating system: debug output, descriptors, time, files and their
+// replacement.
 
 #include "qrv/base/platform/cplatform.h"
 
@@ -31,7 +32,7 @@ void put(std::string const &path, std::string const &text) {
     std::ofstream(path, std::ios::binary) << text;
 }
 
-// A folder of its own; the system calls are put back afterwards.
+// Works in its own temporary folder, and restores the system calls afterwards.
 class Platform : public testing::Test {
   protected:
     Platform()
@@ -46,7 +47,7 @@ class Platform : public testing::Test {
         fs::remove_all(folder);
     }
 
-    // How many entries the folder has: the file, its links, and nothing that was left behind.
+    // The number of entries in the folder: the file, its links, and files that were left over.
     std::size_t entries() const {
         return static_cast<std::size_t>(
             std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
@@ -63,7 +64,7 @@ class Platform : public testing::Test {
 
 Texts debug_texts;
 
-TEST_F(Platform, the_hook_takes_debug_output) {
+TEST_F(Platform, the_hook_receives_debug_output) {
     debug_texts.clear();
     qrv_set_debug_output([](char const *text) { debug_texts.emplace_back(text); });
     cat::debug_output("one");
@@ -75,7 +76,7 @@ TEST_F(Platform, the_hook_takes_debug_output) {
 
 // ---- descriptors ----
 
-TEST_F(Platform, a_terminal_is_told_from_other_descriptors) {
+TEST_F(Platform, a_terminal_is_distinguished_from_other_descriptors) {
     int const control = ::posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_GE(control, 0);
     EXPECT_TRUE(cat::is_terminal(control));
@@ -87,7 +88,7 @@ TEST_F(Platform, a_terminal_is_told_from_other_descriptors) {
     ::close(nothing);
 }
 
-TEST_F(Platform, writing_goes_on_after_short_and_interrupted_writes) {
+TEST_F(Platform, writing_continues_after_short_and_interrupted_writes) {
     static int turn;
     turn = 0;
     cat::os.write = [](int descriptor, void const *bytes, size_t count) -> ssize_t {
@@ -124,7 +125,7 @@ TEST_F(Platform, writing_waits_for_a_full_pipe) {
     ::close(ends[1]);
 }
 
-TEST_F(Platform, writing_ends_where_the_system_refuses) {
+TEST_F(Platform, writing_ends_when_the_system_refuses) {
     EXPECT_FALSE(cat::write_all(-1, "text"));
     int const full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
     EXPECT_FALSE(cat::write_all(full, "text"));
@@ -135,7 +136,7 @@ TEST_F(Platform, writing_ends_where_the_system_refuses) {
 
 // ---- time, names ----
 
-TEST_F(Platform, the_counter_grows) {
+TEST_F(Platform, the_counter_increases) {
     auto const first = cat::counter();
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
     auto const second = cat::counter();
@@ -148,14 +149,14 @@ TEST_F(Platform, local_time_is_formatted) {
     EXPECT_EQ(cat::local_time(std::string(128, 'x').c_str()), "");
 }
 
-TEST_F(Platform, the_program_knows_its_names) {
+TEST_F(Platform, the_program_knows_its_path_and_name) {
     EXPECT_NE(cat::program_name().find("test_base"), std::string::npos);
     EXPECT_TRUE(fs::equivalent(cat::program_file(), "/proc/self/exe"));
 }
 
 // ---- questions about files ----
 
-TEST_F(Platform, existence_and_kind) {
+TEST_F(Platform, files_and_folders_are_distinguished) {
     EXPECT_FALSE(cat::file_exists(file));
     EXPECT_FALSE(cat::is_directory(file));
     put(file, "x");
@@ -171,7 +172,7 @@ mode_t mode_of(std::string const &path) {
     return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
 }
 
-TEST_F(Platform, the_read_only_mark_is_the_owners_and_goes_alone) {
+TEST_F(Platform, the_read_only_mark_changes_only_the_owners_permission) {
     put(file, "x");
     ASSERT_EQ(::chmod(file.c_str(), 0464), 0);
     EXPECT_TRUE(cat::is_read_only(file));
@@ -184,7 +185,7 @@ TEST_F(Platform, the_read_only_mark_is_the_owners_and_goes_alone) {
 
 // ---- may it be written? ----
 
-TEST_F(Platform, what_can_be_opened_for_writing_is_told_without_a_trace) {
+TEST_F(Platform, testing_for_writability_leaves_no_trace) {
     put(file, "old");
     EXPECT_TRUE(cat::can_write_file(file));
     EXPECT_TRUE(cat::can_write_file(folder + "/new"));
@@ -200,7 +201,7 @@ TEST_F(Platform, what_can_be_opened_for_writing_is_told_without_a_trace) {
     EXPECT_FALSE(cat::can_write_file(folder + "/" + std::string(256, 'x')));
 }
 
-TEST_F(Platform, a_name_in_the_working_folder_can_be_written) {
+TEST_F(Platform, a_name_in_the_working_folder_is_writable) {
     fs::path const before = fs::current_path();
     fs::current_path(folder);
     EXPECT_TRUE(cat::can_write_file("new"));
@@ -211,7 +212,7 @@ TEST_F(Platform, a_name_in_the_working_folder_can_be_written) {
     EXPECT_EQ(entries(), 1U);
 }
 
-TEST_F(Platform, nothing_can_be_written_in_a_working_folder_that_was_removed) {
+TEST_F(Platform, nothing_is_writable_in_a_removed_working_folder) {
     fs::path const before = fs::current_path();
     fs::create_directory(folder + "/gone");
     fs::current_path(folder + "/gone");
@@ -224,7 +225,7 @@ TEST_F(Platform, nothing_can_be_written_in_a_working_folder_that_was_removed) {
     fs::current_path(before);
 }
 
-TEST_F(Platform, a_circle_of_links_cannot_be_written) {
+TEST_F(Platform, a_cycle_of_links_is_not_writable) {
     fs::create_symlink("b", folder + "/a");
     fs::create_symlink("a", folder + "/b");
     EXPECT_FALSE(cat::can_write_file(folder + "/a"));
@@ -239,7 +240,7 @@ ino_t inode_of(std::string const &path) {
     return ::stat(path.c_str(), &info) == 0 ? info.st_ino : 0;
 }
 
-TEST_F(Platform, a_new_file_is_made_with_the_usual_mode) {
+TEST_F(Platform, a_new_file_has_the_default_mode) {
     mode_t const mask = ::umask(027);
     EXPECT_TRUE(cat::replace_file(file, "text"));
     ::umask(mask);
@@ -248,7 +249,7 @@ TEST_F(Platform, a_new_file_is_made_with_the_usual_mode) {
     EXPECT_EQ(entries(), 1U);
 }
 
-TEST_F(Platform, an_old_file_is_replaced_and_keeps_its_mode) {
+TEST_F(Platform, replacing_a_file_preserves_its_mode) {
     put(file, "a longer old text");
     ASSERT_EQ(::chmod(file.c_str(), 0751), 0);
     ino_t const before = inode_of(file);
@@ -273,7 +274,7 @@ TEST_F(Platform, a_symbolic_link_stays_and_its_target_is_replaced) {
     EXPECT_EQ(entries(), 3U);
 }
 
-TEST_F(Platform, a_link_to_nothing_makes_its_target) {
+TEST_F(Platform, writing_to_a_dangling_link_creates_its_target) {
     fs::create_symlink(folder + "/target", folder + "/link");
     EXPECT_TRUE(cat::can_write_file(folder + "/link"));
     EXPECT_TRUE(cat::replace_file(folder + "/link", "new"));
@@ -293,7 +294,7 @@ TEST_F(Platform, a_file_with_several_names_is_written_in_place) {
     }
 }
 
-TEST_F(Platform, a_device_is_written_through) {
+TEST_F(Platform, a_device_is_written_directly) {
     EXPECT_TRUE(cat::replace_file("/dev/null", "text"));
     EXPECT_FALSE(cat::replace_file("/dev/full", "text"));
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
@@ -305,7 +306,8 @@ TEST_F(Platform, a_folder_is_refused) {
     EXPECT_EQ(entries(), 0U);
 }
 
-// Each call of the way beside the file fails in turn, with an error that closes the way or not.
+// Each system call of the replacement by a rename fails in turn. Some errors make the replacement
+// fail, others make it write in place.
 template <class Break> void expect_old_content(std::string const &file, Break const &break_it) {
     put(file, "old");
     cat::os_calls const before = cat::os;
@@ -322,7 +324,7 @@ template <int Error> int fail(int) {
 
 bool is_new(int flags) { return (flags & O_CREAT) || (flags & O_TMPFILE) == O_TMPFILE; }
 
-TEST_F(Platform, a_full_disk_leaves_the_old_file_whole) {
+TEST_F(Platform, a_full_disk_leaves_the_old_file_intact) {
     expect_old_content(file, [] {
         cat::os.write = [](int, void const *, size_t) -> ssize_t { return fail<ENOSPC>(0); };
     });
@@ -341,19 +343,19 @@ TEST_F(Platform, a_full_disk_leaves_the_old_file_whole) {
     EXPECT_EQ(entries(), 1U);
 }
 
-TEST_F(Platform, a_rename_that_breaks_leaves_the_old_file_whole) {
+TEST_F(Platform, a_failed_rename_leaves_the_old_file_intact) {
     expect_old_content(
         file, [] { cat::os.rename = [](char const *, char const *) { return fail<EIO>(0); }; });
     EXPECT_EQ(entries(), 1U);
 }
 
-TEST_F(Platform, a_file_that_is_not_there_stays_away_when_writing_fails) {
+TEST_F(Platform, a_failed_write_does_not_create_a_missing_file) {
     cat::os.fsync = fail<EIO>;
     EXPECT_FALSE(cat::replace_file(file, "new"));
     EXPECT_EQ(entries(), 0U);
 }
 
-// The way beside is closed: the file is written in place.
+// The replacement by a rename is impossible, so the file is written in place.
 template <class Break>
 void expect_in_place(std::string const &file, Break const &break_it, std::string const &text) {
     put(file, "old");
@@ -364,7 +366,7 @@ void expect_in_place(std::string const &file, Break const &break_it, std::string
     EXPECT_EQ(inode_of(file), before);
 }
 
-TEST_F(Platform, where_nothing_can_stand_beside_the_file_is_written_in_place) {
+TEST_F(Platform, a_file_is_written_in_place_if_no_file_can_be_created_beside_it) {
     expect_in_place(
         file, [] { cat::os.rename = [](char const *, char const *) { return fail<EPERM>(0); }; },
         "new");
@@ -381,7 +383,7 @@ TEST_F(Platform, where_nothing_can_stand_beside_the_file_is_written_in_place) {
     EXPECT_EQ(entries(), 1U);
 }
 
-TEST_F(Platform, without_room_the_file_in_place_stays_whole) {
+TEST_F(Platform, a_full_disk_leaves_the_file_in_place_intact) {
     put(file, "old");
     fs::create_hard_link(file, folder + "/other");
     cat::os.fallocate = [](int, off_t, off_t) { return fail<ENOSPC>(0); };
@@ -392,7 +394,7 @@ TEST_F(Platform, without_room_the_file_in_place_stays_whole) {
     EXPECT_EQ(content(file), "a longer text");
 }
 
-TEST_F(Platform, names_in_use_are_stepped_over) {
+TEST_F(Platform, names_in_use_are_skipped) {
     put(file, "old");
     static int refused;
     refused = 0;
@@ -405,8 +407,8 @@ TEST_F(Platform, names_in_use_are_stepped_over) {
     EXPECT_EQ(refused, 4);
 }
 
-// A process that dies between the steps: the name leads to the old or to the new text.
-TEST_F(Platform, a_process_killed_between_the_steps_leaves_old_or_new) {
+// A process that is killed between two steps leaves the old or the new content under the name.
+TEST_F(Platform, a_process_killed_between_the_steps_leaves_the_old_or_the_new_content) {
     static int steps_left;
     auto const dying = [](int steps) {
         steps_left = steps;

@@ -1,4 +1,4 @@
-// The pool of small cells: sizes around the steps, alignment, and that blocks go back to the
+// The pool of small cells: sizes around the limits, alignment, and that blocks are returned to the
 // system.
 
 #include "base/platform/cpool.h"
@@ -19,7 +19,8 @@ namespace {
 
 using namespace cat::pool;
 
-constexpr std::size_t cells_of_a_block = 64 * 1024 / largest_cell; // at most, of the largest size
+constexpr std::size_t cells_of_a_block =
+    64 * 1024 / largest_cell; // the most cells of the largest size that a block can have
 constexpr std::size_t cells_of_a_region = 32 * cells_of_a_block;
 
 std::uintptr_t block_of(void const *cell) {
@@ -36,7 +37,8 @@ void give_all(std::vector<void *> const &cells, std::size_t size) {
     for (void *const cell : cells) give(cell, size);
 }
 
-// One cell of the largest size is taken all the time: so a block of that size stays.
+// Holds one cell of the largest size during the test, so that one block of that size always
+// remains.
 class Pool : public testing::Test {
   protected:
     void TearDown() override {
@@ -58,7 +60,7 @@ TEST_F(Pool, a_size_has_a_cell_up_to_the_next_multiple_of_8) {
     }
 }
 
-TEST_F(Pool, cells_of_whole_sixteens_are_aligned_to_16_and_others_to_8) {
+TEST_F(Pool, cells_of_a_multiple_of_16_are_aligned_to_16_and_others_to_8) {
     for (std::size_t size = 8; size <= largest_cell; size += 8) {
         std::vector<void *> const cells = take_all(3, size);
         for (void *const cell : cells)
@@ -67,7 +69,7 @@ TEST_F(Pool, cells_of_whole_sixteens_are_aligned_to_16_and_others_to_8) {
     }
 }
 
-TEST_F(Pool, the_cell_that_came_back_last_is_taken_first) {
+TEST_F(Pool, the_cell_freed_last_is_reused_first) {
     void *const a = take(largest_cell), *const b = take(largest_cell);
     give(a, largest_cell);
     give(b, largest_cell);
@@ -88,16 +90,16 @@ TEST_F(Pool, cells_do_not_overlap) {
     give_all(cells, largest_cell);
 }
 
-TEST_F(Pool, a_full_block_is_followed_by_another) {
+TEST_F(Pool, a_new_block_is_mapped_when_the_first_is_full) {
     std::vector<void *> cells = {take(largest_cell)};
     while (block_of(cells.back()) == block_of(held_)) cells.push_back(take(largest_cell));
-    // The header has the room of one, one is held, and the last is outside.
+    // The header uses the space of one cell, one cell is held, and the last one is taken outside.
     EXPECT_EQ(cells.size(), cells_of_a_block - 1);
     EXPECT_EQ(blocks(), before_ + 1);
     give_all(cells, largest_cell);
 }
 
-TEST_F(Pool, the_room_of_a_full_block_is_used_again_before_a_block_is_mapped) {
+TEST_F(Pool, free_cells_of_a_full_block_are_reused_before_a_block_is_mapped) {
     std::vector<void *> cells = take_all(4 * cells_of_a_block, largest_cell);
     std::size_t const most = blocks();
     for (std::size_t i = 0; i < cells.size(); i += 2) give(cells[i], largest_cell);
@@ -106,18 +108,18 @@ TEST_F(Pool, the_room_of_a_full_block_is_used_again_before_a_block_is_mapped) {
     give_all(cells, largest_cell);
 }
 
-TEST_F(Pool, blocks_go_back_in_order) {
+TEST_F(Pool, blocks_are_returned_in_order) {
     give_all(take_all(10 * cells_of_a_block, largest_cell), largest_cell);
 }
 
-TEST_F(Pool, blocks_go_back_in_reverse) {
+TEST_F(Pool, blocks_are_returned_in_reverse) {
     std::vector<void *> cells = take_all(10 * cells_of_a_block, largest_cell);
     EXPECT_GT(blocks(), before_ + 8);
     std::ranges::reverse(cells);
     give_all(cells, largest_cell);
 }
 
-TEST_F(Pool, blocks_go_back_in_any_order_and_with_new_cells_in_between) {
+TEST_F(Pool, blocks_are_returned_in_any_order_with_new_cells_in_between) {
     std::mt19937 random(1);
     for (int round = 0; round < 20; ++round) {
         std::vector<void *> cells = take_all(10 * cells_of_a_block, largest_cell);
@@ -132,7 +134,7 @@ TEST_F(Pool, blocks_go_back_in_any_order_and_with_new_cells_in_between) {
     }
 }
 
-// The process may map nothing more while this lives.
+// Prevents the process from mapping more memory until the end of the scope.
 class cNoMoreMemory {
   public:
     cNoMoreMemory() {
@@ -156,8 +158,8 @@ void free_cells() {
     cells_to_free->clear();
 }
 
-TEST_F(Pool, without_more_memory_taking_throws_and_the_pool_stays_in_order) {
-    if (test::sanitized) return; // the sanitizer maps memory for itself
+TEST_F(Pool, allocation_throws_without_memory_and_the_pool_stays_valid) {
+    if (test::sanitized) return; // the sanitizer maps memory itself
     std::vector<void *> cells;
     cells.reserve(2 * cells_of_a_region);
     bool thrown = false;
@@ -174,10 +176,11 @@ TEST_F(Pool, without_more_memory_taking_throws_and_the_pool_stays_in_order) {
     give_all(cells, largest_cell);
 }
 
-TEST_F(Pool, without_more_memory_the_new_handler_may_free_cells) {
-    if (test::sanitized) return; // the sanitizer maps memory for itself
+TEST_F(Pool, the_new_handler_may_free_cells) {
+    if (test::sanitized) return; // the sanitizer maps memory itself
     std::vector<void *> cells = take_all(cells_of_a_region, largest_cell);
-    std::size_t const most = blocks() + 32; // what is left of a region can be taken without memory
+    std::size_t const most =
+        blocks() + 32; // the rest of a region can be used without mapping memory
     cells.reserve(4 * cells_of_a_region);
     cells_to_free = &cells;
     std::set_new_handler(free_cells);
@@ -187,12 +190,13 @@ TEST_F(Pool, without_more_memory_the_new_handler_may_free_cells) {
         while (std::get_new_handler() && cells.size() < 4 * cells_of_a_region)
             cells.push_back(last = take(largest_cell));
     }
-    EXPECT_EQ(cells, std::vector<void *>{last}); // taken after the handler had freed all others
+    EXPECT_EQ(cells, std::vector<void *>{
+                         last}); // this cell was taken after the handler had freed all others
     EXPECT_LE(blocks(), most);
     give_all(cells, largest_cell);
 }
 
-TEST_F(Pool, other_memory_has_no_size) {
+TEST_F(Pool, memory_outside_the_pool_has_no_size) {
     int local = 0;
     EXPECT_EQ(size_of(&local), 0u);
     EXPECT_EQ(size_of(&before_), 0u);

@@ -1,5 +1,5 @@
-// `new` and `delete` of pooled classes in all their forms. In debug builds the memory is the
-// heap's, in release builds the pool's.
+// `new` and `delete` of pooled classes in all their forms. The memory is from the heap in debug
+// builds and from the pool in release builds.
 
 #include "qrv/base/platform/cpooled.h"
 
@@ -48,14 +48,14 @@ template <class T> bool is_aligned(T const *object) {
     return reinterpret_cast<std::uintptr_t>(object) % alignof(T) == 0;
 }
 
-TEST(Pooled, the_largest_cell_is_the_last_that_the_pool_has) {
+TEST(Pooled, objects_up_to_the_largest_cell_are_in_the_pool) {
     auto const last = std::make_unique<cSized<256>>();
     auto const next = std::make_unique<cSized<257>>();
     EXPECT_EQ(in_pool(last.get()), pool_is_used());
     EXPECT_FALSE(in_pool(next.get()));
 }
 
-TEST(Pooled, more_than_the_default_alignment_is_kept) {
+TEST(Pooled, an_alignment_above_the_default_is_respected) {
     auto const object = std::make_unique<cWide>();
     EXPECT_TRUE(is_aligned(object.get()));
     EXPECT_FALSE(in_pool(object.get()));
@@ -64,7 +64,7 @@ TEST(Pooled, more_than_the_default_alignment_is_kept) {
     EXPECT_FALSE(in_pool(quiet.get()));
 }
 
-TEST(Pooled, the_default_alignment_is_kept) {
+TEST(Pooled, the_default_alignment_is_respected) {
     for (int i = 0; i < 3; ++i) {
         auto const object = std::make_unique<cTall>();
         EXPECT_TRUE(is_aligned(object.get()));
@@ -72,7 +72,7 @@ TEST(Pooled, the_default_alignment_is_kept) {
     }
 }
 
-TEST(Pooled, a_virtual_destructor_frees_the_size_of_the_whole_object) {
+TEST(Pooled, a_virtual_destructor_frees_the_whole_object) {
     std::size_t const blocks = cat::pool::blocks();
     std::unique_ptr<cBase> object = std::make_unique<cLong>();
     EXPECT_FALSE(in_pool(object.get()));
@@ -82,7 +82,7 @@ TEST(Pooled, a_virtual_destructor_frees_the_size_of_the_whole_object) {
     EXPECT_LE(cat::pool::blocks(), blocks + 1);
 }
 
-TEST(Pooled, an_object_is_made_in_place) {
+TEST(Pooled, an_object_can_be_created_by_placement_new) {
     alignas(cSized<8>) std::byte place[sizeof(cSized<8>)];
     auto *const object = new (place) cSized<8>;
     EXPECT_EQ(static_cast<void *>(object), place);
@@ -95,14 +95,14 @@ TEST(Pooled, arrays_are_on_the_heap) {
     EXPECT_FALSE(in_pool(array.get()));
 }
 
-TEST(Pooled, shared_pointers_and_members_need_no_cell) {
+TEST(Pooled, shared_pointers_and_members_use_no_cell) {
     auto const shared = std::make_shared<cSized<8>>();
     EXPECT_FALSE(in_pool(shared.get()));
     cSized<8> const local;
     EXPECT_FALSE(in_pool(&local));
 }
 
-// The memory of a constructor that throws is the next that is taken.
+// The next allocation gets the memory of the constructor that threw.
 template <class T> void expect_cell_again() {
     auto object = std::make_unique<T>();
     void const *const place = object.get();
@@ -114,25 +114,25 @@ template <class T> void expect_cell_again() {
     EXPECT_EQ(object.get(), place);
 }
 
-TEST(Pooled, a_constructor_that_throws_gives_its_memory_back) {
+TEST(Pooled, a_throwing_constructor_frees_its_memory) {
     expect_cell_again<cSized<1>>();
     expect_cell_again<cSized<256>>();
 }
 
-TEST(Pooled, a_large_or_wide_constructor_that_throws_gives_its_memory_back) {
-    EXPECT_THROW((void)new cSized<257>(refused), int); // the sanitizers would see a leak
+TEST(Pooled, a_throwing_constructor_of_a_large_or_overaligned_object_frees_its_memory) {
+    EXPECT_THROW((void)new cSized<257>(refused), int); // the sanitizers would report a leak
     EXPECT_THROW((void)new (std::nothrow) cSized<257>(refused), int);
     EXPECT_THROW((void)new cWide(refused), int);
     EXPECT_THROW((void)new (std::nothrow) cWide(refused), int);
 }
 
-TEST(Pooled, new_that_does_not_throw_gives_a_cell) {
+TEST(Pooled, nothrow_new_returns_a_cell) {
     std::unique_ptr<cSized<24>> const object(new (std::nothrow) cSized<24>);
     ASSERT_TRUE(object);
     EXPECT_EQ(in_pool(object.get()), pool_is_used());
 }
 
-TEST(Pooled, null_is_deleted) {
+TEST(Pooled, null_may_be_deleted) {
     cSized<8> *volatile nothing = nullptr;
     delete nothing;
     cPooled::operator delete(nullptr, sizeof *nothing);

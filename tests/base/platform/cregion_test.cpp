@@ -1,4 +1,4 @@
-// Regions of blocks: where blocks are, and when memory goes back to the system.
+// Regions of blocks: the addresses of blocks, and when memory is returned to the system.
 
 #include "base/platform/cregion.h"
 
@@ -22,7 +22,7 @@ std::uintptr_t region_of(void const *block) {
     return reinterpret_cast<std::uintptr_t>(block) / region_size;
 }
 
-// Memory that went back can't be asked for its pages.
+// The system refuses to report the pages of memory that was returned.
 bool is_mapped(void *block) {
     unsigned char page = 0;
     return ::mincore(block, 1, &page) == 0;
@@ -38,7 +38,7 @@ void give_all(std::vector<void *> const &blocks) {
     for (void *const block : blocks) give_block(block);
 }
 
-// The first region is full for the length of a test, so that all others are begun by it.
+// Fills the first region for the length of a test, so that the test begins all others.
 class Region : public testing::Test {
   protected:
     void SetUp() override {
@@ -47,8 +47,9 @@ class Region : public testing::Test {
         while (region_of(first_.back()) == region_of(first_.front()));
         give_block(first_.back());
         first_.pop_back();
-        give_all(take_all(2 * blocks_of_a_region)); // and none is kept
-        for (void *&block : first_) {               // nor the next, which isn't wanted soon
+        give_all(take_all(2 * blocks_of_a_region)); // leaves no empty region stored
+        for (void *&block : first_) { // the next region is not reserved either, as no more blocks
+                                      // were needed soon after
             give_block(block);
             block = take_block();
         }
@@ -79,7 +80,7 @@ TEST_F(Region, free_blocks_are_taken_before_a_region_is_begun) {
     give_all(blocks);
 }
 
-TEST_F(Region, an_empty_region_goes_back) {
+TEST_F(Region, an_empty_region_is_returned) {
     std::vector<void *> const blocks = take_all(blocks_of_a_region);
     for (void *const block : blocks) {
         EXPECT_TRUE(is_mapped(blocks.back()));
@@ -88,7 +89,7 @@ TEST_F(Region, an_empty_region_goes_back) {
     for (void *const block : blocks) EXPECT_FALSE(is_mapped(block));
 }
 
-TEST_F(Region, regions_go_back_in_any_order_of_their_blocks) {
+TEST_F(Region, blocks_may_be_freed_in_any_order) {
     std::mt19937 random(1);
     for (int round = 0; round < 10; ++round) {
         std::vector<void *> blocks = take_all(5 * blocks_of_a_region);
@@ -98,8 +99,8 @@ TEST_F(Region, regions_go_back_in_any_order_of_their_blocks) {
     }
 }
 
-TEST_F(Region, a_block_that_comes_and_goes_keeps_its_region) {
-    give_block(take_block()); // goes back
+TEST_F(Region, a_block_freed_and_taken_repeatedly_keeps_its_region) {
+    give_block(take_block()); // returns the region
     void *const block = take_block();
     give_block(block);
     for (int i = 0; i < 1000; ++i) {
@@ -111,7 +112,7 @@ TEST_F(Region, a_block_that_comes_and_goes_keeps_its_region) {
     EXPECT_FALSE(is_mapped(block));
 }
 
-TEST_F(Region, the_first_region_stays_and_most_of_its_blocks_lose_their_pages) {
+TEST_F(Region, the_first_region_stays_but_most_of_its_pages_are_returned) {
     for (void *const block : first_) std::memset(block, 0xA5, block_room);
     give_all(first_);
     std::size_t resident = 0;

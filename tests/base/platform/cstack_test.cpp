@@ -7,7 +7,7 @@
 
 namespace {
 
-// Touches `size` bytes of stack and tells what is left below them.
+// Touches `size` bytes of stack and returns how many bytes are left below them.
 template <std::size_t size> __attribute__((noinline)) std::size_t left_below() {
     char volatile block[size];
     block[0] = 1;
@@ -15,7 +15,7 @@ template <std::size_t size> __attribute__((noinline)) std::size_t left_below() {
     return cat::stack_left();
 }
 
-TEST(Stack, what_is_left_shrinks_with_every_frame) {
+TEST(Stack, the_stack_left_shrinks_with_every_frame) {
     std::size_t const here = cat::stack_left();
     std::size_t const deeper = left_below<100000>();
     EXPECT_GE(here, deeper + 100000);
@@ -44,7 +44,7 @@ void *look(void *argument) {
     return nullptr;
 }
 
-TEST(Stack, each_thread_has_bounds_of_its_own_and_keeps_half_of_a_small_stack) {
+TEST(Stack, each_thread_has_its_own_bounds_and_reserves_half_of_a_small_stack) {
     pthread_attr_t attributes;
     ASSERT_EQ(pthread_attr_init(&attributes), 0);
     ASSERT_EQ(pthread_attr_setstacksize(&attributes, 384 * 1024), 0);
@@ -67,7 +67,7 @@ __attribute__((noinline)) int descend(int depth) {
     return reached + (block[0] - static_cast<char>(depth));
 }
 
-TEST(Stack, a_recursion_that_asks_ends_in_time) { EXPECT_GT(descend(0), 100); }
+TEST(Stack, a_recursion_that_checks_the_stack_ends_in_time) { EXPECT_GT(descend(0), 100); }
 
 // ---- the bounds ----
 
@@ -79,7 +79,7 @@ void *end_of_thread(void *end) {
     return top > here && top - here < 16 * 1024 * 1024 ? end : nullptr;
 }
 
-TEST(Stack, each_thread_has_an_end_of_its_own_above_its_frames) {
+TEST(Stack, each_thread_has_its_own_end_above_its_frames) {
     void const *own = nullptr;
     EXPECT_NE(end_of_thread(&own), nullptr);
     EXPECT_EQ(cat::stack_end(), own);
@@ -92,27 +92,27 @@ TEST(Stack, each_thread_has_an_end_of_its_own_above_its_frames) {
     EXPECT_NE(other, own);
 }
 
-struct cUntold {
+struct cUnknownBounds {
     void const *end = nullptr;
     bool low = true;
     std::size_t left = 0;
 };
 
-void *look_untold(void *argument) {
-    auto *const seen = static_cast<cUntold *>(argument);
+void *look_at_unknown_bounds(void *argument) {
+    auto *const seen = static_cast<cUnknownBounds *>(argument);
     seen->end = cat::stack_end();
     seen->low = cat::stack_low();
     seen->left = cat::stack_left();
     return nullptr;
 }
 
-// The main thread's end to the byte, which the system else rounds up to a page.
-TEST(Stack, where_the_system_does_not_tell_no_walk_is_stopped_and_the_end_is_the_main_threads) {
-    cUntold seen;
+// The exact end of the main thread's stack, which the system otherwise rounds up to a page.
+TEST(Stack, without_bounds_from_the_system_no_walk_is_stopped_and_the_main_threads_end_is_used) {
+    cUnknownBounds seen;
     {
         cOsFaults const faults(0, ENOMEM);
         pthread_t thread;
-        ASSERT_EQ(pthread_create(&thread, nullptr, look_untold, &seen), 0);
+        ASSERT_EQ(pthread_create(&thread, nullptr, look_at_unknown_bounds, &seen), 0);
         ASSERT_EQ(pthread_join(thread, nullptr), 0);
         EXPECT_EQ(cOsFaults::hit(), "stack");
         EXPECT_EQ(cOsFaults::calls(), 1);

@@ -1,4 +1,4 @@
-// No set-up.
+// Has no setup function.
 #include "tests/modules/shared/module.h"
 
 namespace {

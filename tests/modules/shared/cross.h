@@ -1,5 +1,5 @@
 #pragma once
-// What a test and the module `cross` do together.
+// The interface that a test and the module `cross` share.
 
 #include "qrv/base/csignal.h"
 #include "qrv/core/cobj.h"
@@ -12,7 +12,7 @@ struct QRV_API Cross {
 
     virtual void fire() = 0;                            // emits the module's signal
     virtual void fail() = 0;                            // throws a cErr
-    virtual objref value() = 0;                         // an object that the module has made
+    virtual objref value() = 0;                         // an object that the module has created
     virtual void listen(cSignal1<int &> const &to) = 0; // the slot adds 1, and throws at 10
 
     cSignal1<char const *> signal;

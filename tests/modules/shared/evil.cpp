@@ -1,4 +1,4 @@
-// What no text may bring in.
+// A module that reading text must never load.
 #include "qrv/core/cmodifier.h"
 #include "tests/modules/shared/module.h"
 

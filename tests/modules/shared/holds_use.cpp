@@ -1,4 +1,4 @@
-// Is in use as long as it is there.
+// Keeps itself in use as long as it is loaded.
 #include "tests/modules/shared/module.h"
 
 namespace {

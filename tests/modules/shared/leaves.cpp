@@ -1,4 +1,4 @@
-// Releases nothing: a thing and a module on the heap.
+// Leaves a thing and a module on the heap.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Shows that it was loaded, to whoever looks into the working folder: a file "loaded" is there.
+// Creates a file "loaded" in the working folder, so that other processes see that it was loaded.
 #include "tests/modules/shared/module.h"
 
 #include <fstream>

@@ -1,4 +1,4 @@
-// Loads itself, in its static code and in its set-up.
+// Loads itself, in its static initialisation and in its setup function.
 #include "tests/modules/shared/module.h"
 
 namespace {

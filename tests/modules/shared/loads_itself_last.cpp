@@ -1,4 +1,5 @@
-// Tries to load itself, by three names, and another one when it goes. It has a module object.
+// Tries to load itself, by three names, and another module when it is unloaded. It has a module
+// object.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Calls a function that nobody has.
+// Calls a function that is not defined anywhere.
 #include "tests/modules/shared/module.h"
 
 extern "C" void a_function_that_is_nowhere();

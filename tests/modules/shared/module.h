@@ -1,6 +1,6 @@
 #pragma once
-// What the modules for tests and the tests that load them have in common. They meet in the
-// repository only: the test enters a log, modules write what happens to them into it, and enter
+// What the modules for tests and the tests that load them share. They are connected only through
+// the repository: a test enters a log there, and the modules write their events into it and enter
 // things.
 
 #include "qrv/modules/cmodule.h"
@@ -18,14 +18,14 @@ struct QRV_API EventLog {
 
 inline cRepositoryList *things() { return cRepoImpl::get(typeid(Thing)); }
 
-// Nothing where no test listens.
+// Does nothing if no test has entered a log.
 inline void note(std::string const &event) {
     auto *const list = cRepoImpl::get(typeid(EventLog));
     auto *const log = static_cast<EventLog *>(cRepoImpl::ptr(cRepoImpl::find(list, "log")));
     if (log) log->text += event + "; ";
 }
 
-// A thing that stands in the repository as long as it lives.
+// A thing that is in the repository as long as it exists.
 class EnteredThing {
   public:
     explicit EnteredThing(std::string const &name, int number = 0)
@@ -40,7 +40,7 @@ class EnteredThing {
     cRepositoryEntry *entry_;
 };
 
-// Notes its end, that is the end of the module if it is a static object.
+// Logs its destruction, which is the end of the module if it is a static object.
 class Mortal {
   public:
     explicit Mortal(char const *name) : name_(name) {}

@@ -1,4 +1,4 @@
-// No set-up of its own, but linked with a file that has one.
+// Has no setup function, but is linked with a file that has one.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Loads another module in its set-up, between two entries of its own.
+// Loads another module in its setup function, between two entries of this module.
 #include "tests/modules/shared/module.h"
 
 #include <optional>

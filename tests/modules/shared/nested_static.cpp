@@ -1,4 +1,4 @@
-// Loads another module in its static code, by a reference to a thing of it.
+// Loads another module in its static initialisation, by a reference to one of its things.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Loads a module whose set-up throws, and lives on.
+// Loads a module whose setup function throws, catches the exception, and stays loaded.
 #include "tests/modules/shared/module.h"
 
 #include <optional>

@@ -1,4 +1,4 @@
-// A module object that isn't counted, so the file is never unloaded.
+// Has a module object that isn't counted, so the file is never unloaded.
 #include "tests/modules/shared/module.h"
 
 namespace {

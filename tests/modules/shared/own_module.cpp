@@ -1,5 +1,5 @@
-// Brings its own module object, of another name than its file's, and notes what it finds in its
-// set-up.
+// Has its own module object, whose name differs from the file's, and logs what its setup function
+// finds.
 #include "tests/modules/shared/module.h"
 
 namespace {

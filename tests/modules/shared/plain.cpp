@@ -1,4 +1,4 @@
-// A set-up and no more; its entry is released by a static object.
+// Has only a setup function; a static object releases its entry.
 #include "tests/modules/shared/module.h"
 
 #include <optional>

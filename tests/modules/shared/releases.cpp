@@ -1,4 +1,4 @@
-// Makes and releases entries while it is loaded, a module's among them; one stays.
+// Creates and releases entries while it is loaded, one of a module among them; one entry remains.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,4 +1,5 @@
-// Its set-up throws what only this file knows, with an entry on the stack.
+// Its setup function throws an exception of a type that only this file knows, with an entry on the
+// stack.
 #include "tests/modules/shared/module.h"
 
 #include <stdexcept>

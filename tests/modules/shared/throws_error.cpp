@@ -1,4 +1,4 @@
-// The set-up throws an error of the library.
+// Its setup function throws an error of the library.
 #include "tests/modules/shared/module.h"
 
 #include "qrv/diagnostics/cerr.h"

@@ -1,4 +1,4 @@
-// After the set-up, every raised error throws an exception of the library.
+// After its setup, every raised error throws an exception of the library.
 #include "tests/modules/shared/module.h"
 
 #include "qrv/core/ceros.h"

@@ -1,4 +1,4 @@
-// Has a module object and a thing; its set-up throws twice.
+// Has a module object and a thing; its setup function throws twice.
 #include "qrv/diagnostics/cerr.h"
 #include "tests/modules/shared/module.h"
 

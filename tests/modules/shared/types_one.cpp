@@ -1,5 +1,5 @@
-// What a module that goes again may do to the registry: all of it is taken back by its statics, in
-// their order. What it redefines is made of the library's objects alone, and stays.
+// Everything that a module may do to the registry and still be unloaded: its static objects undo
+// all of it, in their order. What it redefines consists of the library's objects only, and stays.
 #include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"

@@ -1,4 +1,4 @@
-// Builds upon the types of the module types_one, which it keeps in use.
+// Builds on the types of the module types_one, which it keeps in use.
 #include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"

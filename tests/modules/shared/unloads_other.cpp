@@ -1,4 +1,5 @@
-// Loads another module and unloads it when it goes; tries to unload and to load itself then, too.
+// Loads another module and unloads it when it is unloaded; also tries to unload and to load itself
+// then.
 #include "tests/modules/shared/module.h"
 
 namespace {

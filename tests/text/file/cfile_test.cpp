@@ -1,4 +1,4 @@
-// Object trees in files, files as strings, and the helpers for white space.
+// Object trees in files, files as strings, and the functions for white space.
 
 #include "qrv/text/file/cfile.h"
 
@@ -27,7 +27,7 @@ std::string const signature = "// Platform Quorvanta(R), Attributes version 2.0\
                               "// by the Quorvanta developers\n"
                               "\n";
 
-// A folder of its own for each test.
+// A temporary folder for each test.
 class cFolder {
   public:
     cFolder() {
@@ -60,7 +60,7 @@ std::string written(cObj const &obj) {
     return os.str();
 }
 
-// The object that a text stands for.
+// The object read from a string.
 objref read(char const *text) {
     objref result;
     EXPECT_EQ(cObj::readobj(text, result), 0) << text;
@@ -69,7 +69,7 @@ objref read(char const *text) {
 
 class File : public QrvTest {
   protected:
-    // A new file with this text, by its name.
+    // Creates a file with this text; returns its name.
     std::string make(std::string const &text, std::string const &name = "in.attr") {
         std::ofstream(folder_.file(name), std::ios::binary) << text;
         return folder_.file(name);
@@ -88,7 +88,7 @@ TEST_F(FileEdge, a_written_map_ends_with_its_closing_bracket) {
     EXPECT_EQ(bytes_of(name).back(), '}');
 }
 
-TEST_F(FileEdge, carriage_returns_are_white_space_and_leave_kept_comments) {
+TEST_F(FileEdge, carriage_returns_are_white_space_and_are_removed_from_comments) {
     std::string const name = make("{\r\n  a = 1; // x\r\n  b = 2;\r\n}\r\n");
     objref obj;
     {
@@ -110,18 +110,18 @@ TEST_F(FileEdge, carriage_returns_are_white_space_and_leave_kept_comments) {
     EXPECT_TRUE(again->equal(*obj));
 }
 
-TEST_F(FileEdge, a_file_of_comments_alone_is_no_error_and_leaves_the_reference) {
+TEST_F(FileEdge, a_file_with_only_comments_is_not_an_error_and_leaves_the_reference) {
     objref const before = objref::adopt(new cObjD<int>(7));
     objref ref = before;
     EXPECT_TRUE(file2obj(make("// nothing\n/* here */\n").c_str(), ref));
     EXPECT_EQ(ref.get(), before.get());
 }
 
-TEST_F(WhiteSpaceEdge, wsp_only_of_the_empty_text_is_true) { EXPECT_TRUE(cat::wsp_only("")); }
+TEST_F(WhiteSpaceEdge, wsp_only_of_an_empty_string_is_true) { EXPECT_TRUE(cat::wsp_only("")); }
 
 // Writing.
 
-TEST_F(File, writes_the_object_and_nothing_behind_it) {
+TEST_F(File, writes_the_object_and_nothing_after_it) {
     objref const obj = read("{ a = 1; b = \"x\" }");
     std::string const name = folder_.file("out.attr");
     ASSERT_TRUE(write2file(*obj, name.c_str(), false));
@@ -134,7 +134,7 @@ TEST_F(File, writes_the_object_and_nothing_behind_it) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(File, writes_twice_the_same) {
+TEST_F(File, writes_the_same_text_twice) {
     objref const obj = read("{ a = { b = <1; 2>; }; }");
     std::string const name = folder_.file("out.attr");
     ASSERT_TRUE(write2file(*obj, name.c_str(), true));
@@ -145,7 +145,7 @@ TEST_F(File, writes_twice_the_same) {
     EXPECT_EQ(bytes_of(name), first);
 }
 
-TEST_F(File, tells_what_cannot_be_opened_for_writing) {
+TEST_F(File, reports_a_file_that_cannot_be_opened_for_writing) {
     objref const obj = read("1");
     for (std::string const &name :
          {folder_.file("no/such/folder"), folder_.file("."), std::string()}) {
@@ -159,7 +159,7 @@ TEST_F(File, tells_what_cannot_be_opened_for_writing) {
 
 namespace {
 bool throwing_write(cObj &, objref &) { throw 5; }
-// Writes something, and spoils the stream.
+// Writes something, then sets the stream's state to bad.
 bool spoiling_write(cObj &, objref &stream) {
     std::ostream &os = *dynamic_cast<cOutHolder const &>(*stream).valptr();
     os << "half";
@@ -168,7 +168,7 @@ bool spoiling_write(cObj &, objref &stream) {
 }
 } // namespace
 
-TEST_F(File, keeps_the_old_file_when_the_object_throws_while_it_is_written) {
+TEST_F(File, preserves_the_old_file_when_writing_the_object_throws) {
     std::string const name = make("old");
     objref const map = read("{ a = 1; b = 2 }");
     map->getattrp("b")->set_omember("write", ::make<cExeMember>(throwing_write));
@@ -177,7 +177,7 @@ TEST_F(File, keeps_the_old_file_when_the_object_throws_while_it_is_written) {
     EXPECT_EQ(folder_.size(), 1u);
 }
 
-TEST_F(File, keeps_the_old_file_when_the_text_could_not_be_made) {
+TEST_F(File, preserves_the_old_file_when_the_text_cannot_be_created) {
     std::string const name = make("old");
     objref const number = read("2");
     number->set_omember("write", ::make<cExeMember>(spoiling_write));
@@ -186,7 +186,7 @@ TEST_F(File, keeps_the_old_file_when_the_text_could_not_be_made) {
     EXPECT_EQ(folder_.size(), 1u);
 }
 
-TEST_F(File, keeps_mode_and_symbolic_link) {
+TEST_F(File, preserves_mode_and_symbolic_link) {
     std::string const name = make("old"), link = folder_.file("link");
     fs::permissions(name, fs::perms(0640));
     fs::create_symlink("in.attr", link);
@@ -196,20 +196,20 @@ TEST_F(File, keeps_mode_and_symbolic_link) {
     EXPECT_EQ(fs::status(name).permissions(), fs::perms(0640));
 }
 
-TEST_F(File, answers_false_where_there_is_no_room) {
+TEST_F(File, returns_false_on_a_full_device) {
     EXPECT_FALSE(write2file(*read("{ a = 1 }"), "/dev/full", false));
 }
 
 // Reading.
 
-TEST_F(File, reads_the_first_value_and_nothing_behind_it) {
+TEST_F(File, reads_the_first_value_and_nothing_after_it) {
     objref ref;
     EXPECT_TRUE(file2obj(make("// head\n[1; 2] } = ,, #nonsense").c_str(), ref));
     EXPECT_EQ(written(*ref), written(*read("[1; 2]")));
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(File, answers_false_when_an_error_was_counted_and_keeps_what_came) {
+TEST_F(File, returns_false_after_an_error_and_keeps_the_value_read) {
     objref ref;
     EXPECT_FALSE(file2obj(make("{ a = 1; b = nosuch(1); c = 3 }").c_str(), ref));
     EXPECT_NE(messages(), "");
@@ -217,7 +217,7 @@ TEST_F(File, answers_false_when_an_error_was_counted_and_keeps_what_came) {
     EXPECT_EQ(written(*ref->getattrp("c")), "3");
 }
 
-TEST_F(File, tells_what_cannot_be_opened_for_reading) {
+TEST_F(File, reports_a_file_that_cannot_be_opened_for_reading) {
     objref const before = read("1");
     for (std::string const &name : {folder_.file("none"), folder_.file(".")}) {
         objref ref = before;
@@ -232,7 +232,7 @@ TEST_F(File, tells_what_cannot_be_opened_for_reading) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(File, names_file_and_line_of_an_error) {
+TEST_F(File, reports_file_and_line_of_an_error) {
     objref ref;
     std::string const name = make("{ a = 1;\n  b 2; }");
     EXPECT_FALSE(file2obj(name.c_str(), ref));
@@ -253,7 +253,7 @@ TEST_F(File, assigns_the_value_to_a_map) {
 namespace {
 std::string seen_in_assign;
 
-// Of a program that is led by what it is given.
+// Such as a program whose assignment depends on the value: it finds a type named by the value.
 bool led_assign(cObj &map, objref &value) {
     seen_in_assign = cat::is_reading() ? "reading " : "";
     seen_in_assign += cat::cMergeBudget::current() ? "budget " : "";
@@ -262,7 +262,7 @@ bool led_assign(cObj &map, objref &value) {
 }
 } // namespace
 
-TEST_F(File, what_is_assigned_to_a_map_loads_no_module) {
+TEST_F(File, assigning_to_a_map_loads_no_module) {
     cMapObj map;
     map.set_omember("assign", ::make<cExeMember>(led_assign));
     std::string const name = make("{ t= \"none:nosuch\"; }");
@@ -273,7 +273,7 @@ TEST_F(File, what_is_assigned_to_a_map_loads_no_module) {
     map.clear();
 }
 
-TEST_F(File, a_report_takes_what_the_assignment_to_a_map_tells) {
+TEST_F(File, a_report_receives_the_errors_of_the_assignment_to_a_map) {
     cMapObj map;
     map.setflags(of_const);
     cat::ReadReport report;
@@ -285,7 +285,7 @@ TEST_F(File, a_report_takes_what_the_assignment_to_a_map_tells) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(File, assigns_to_a_map_whatever_the_scan_found) {
+TEST_F(File, assigns_any_scanned_value_to_a_map) {
     cMapObj map;
     EXPECT_FALSE(file2map(make("{ a = 1; b = nosuch(1) }").c_str(), map));
     EXPECT_EQ(written(*map.getattrp("a")), "1");
@@ -300,22 +300,23 @@ TEST_F(File, assigns_to_a_map_whatever_the_scan_found) {
 
 // Files as strings.
 
-TEST_F(File, gives_the_bytes_of_a_file_as_they_stand) {
+TEST_F(File, returns_the_unchanged_bytes_of_a_file) {
     std::string text("a\r\n\0\xff\x80 b\n", 10);
-    for (int i = 0; i < 13; ++i) text += text; // more than one piece
+    for (int i = 0; i < 13; ++i) text += text; // more than one buffer
     EXPECT_EQ(cat::file2string(make(text).c_str()), text);
     EXPECT_EQ(cat::file2string(make("").c_str()), "");
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(File, tells_why_there_is_no_string) {
+TEST_F(File, reports_why_a_file_cannot_be_read) {
     EXPECT_EQ(cat::file2string(nullptr), "");
     EXPECT_EQ(messages(), "No file pointer in file2string\n");
     for (std::string const &name : {folder_.file("none"), folder_.file("."), std::string()}) {
         EXPECT_EQ(cat::file2string(name.c_str()), "");
         EXPECT_EQ(messages(), "Cannot open file: " + name + "\n");
     }
-    EXPECT_EQ(cat::file2string("/proc/self/mem"), ""); // opens, but nothing lies at its start
+    EXPECT_EQ(cat::file2string("/proc/self/mem"),
+              ""); // can be opened, but its start cannot be read
     EXPECT_EQ(messages(), "Read error in file: /proc/self/mem\n");
 }
 
@@ -325,7 +326,7 @@ namespace {
 
 std::string left(std::string text) { return cat::wsp_rmleft(text), text; }
 std::string right(std::string text) { return cat::wsp_rmright(text), text; }
-// The text, and whether its length was changed.
+// The resulting string, and whether its length was changed.
 std::string normal(std::string text) {
     bool const changed = cat::wsp_normalize(text);
     return text + (changed ? "|changed" : "|same");
@@ -345,7 +346,7 @@ TEST(WhiteSpace, is_removed_at_one_end) {
     }
 }
 
-TEST(WhiteSpace, is_normalised_and_the_change_of_length_told) {
+TEST(WhiteSpace, is_normalised_and_the_change_of_length_returned) {
     EXPECT_EQ(normal(" a  b\t\nc "), "a b c|changed");
     EXPECT_EQ(normal("a b"), "a b|same");
     EXPECT_EQ(normal("a\tb"), "a b|same");
@@ -356,7 +357,7 @@ TEST(WhiteSpace, is_normalised_and_the_change_of_length_told) {
     EXPECT_EQ(normal(" \n"), "|changed");
 }
 
-TEST(WhiteSpace, is_all_there_is_or_not) {
+TEST(WhiteSpace, wsp_only_detects_strings_of_white_space) {
     EXPECT_TRUE(cat::wsp_only(" \t\r\n\v\f"));
     EXPECT_FALSE(cat::wsp_only(" a "));
     EXPECT_FALSE(cat::wsp_only("\xa0"));
@@ -370,7 +371,7 @@ TEST(WhiteSpace, rmchar_removes_every_occurrence) {
     EXPECT_EQ(without("xxx", 'x'), "");
 }
 
-TEST(WhiteSpace, helpers_take_time_in_proportion_to_the_text) {
+TEST(WhiteSpace, white_space_functions_take_linear_time) {
     std::string blanks(5000000, ' '), mixed;
     for (int i = 0; i < 2000000; ++i) mixed += "a  ";
     EXPECT_EQ(left(blanks + "a"), "a");

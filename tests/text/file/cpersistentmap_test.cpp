@@ -1,4 +1,4 @@
-// A map in a file: loading on first use, saving at the end, and what becomes of a damaged file.
+// A map in a file: loading on first use, saving at the end, and the treatment of a damaged file.
 
 #include "qrv/text/file/cpersistentmap.h"
 
@@ -22,9 +22,9 @@ std::string const signature = "// Platform Quorvanta(R), Attributes version 2.0\
                               "// by the Quorvanta developers\n"
                               "\n";
 
-std::string const empty = "{\n}"; // a map that a program made is written on many lines
+std::string const empty = "{\n}"; // a map that a program creates is written on many lines
 
-// The program seems to lie in the test's folder.
+// Makes the program's folder appear to be the test's folder.
 class PersistentMap : public SaveTest {
   protected:
     PersistentMap() : program_(folder_.file("program")), before_(program_invocation_name) {
@@ -64,7 +64,7 @@ static_assert(std::has_virtual_destructor_v<cPersistentMap>);
 
 // --- loading ---
 
-TEST_F(PersistentMap, the_constructor_touches_no_file_and_an_unused_map_is_not_written) {
+TEST_F(PersistentMap, the_constructor_opens_no_file_and_an_unused_map_is_not_written) {
     put("{a=1}");
     {
         cOsFaults const counter(-1, 0);
@@ -80,7 +80,7 @@ TEST_F(PersistentMap, the_constructor_touches_no_file_and_an_unused_map_is_not_w
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(PersistentMap, a_map_without_a_file_is_empty_and_makes_one) {
+TEST_F(PersistentMap, a_map_without_a_file_is_empty_and_creates_one) {
     {
         cPersistentMap map("map", false);
         cMapObj &entries = map.busmap();
@@ -94,7 +94,7 @@ TEST_F(PersistentMap, a_map_without_a_file_is_empty_and_makes_one) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(PersistentMap, what_is_put_in_comes_back) {
+TEST_F(PersistentMap, stored_values_are_loaded_again) {
     {
         cPersistentMap map("map", false);
         map.busmap()["a"] = cat::of(7);
@@ -106,7 +106,7 @@ TEST_F(PersistentMap, what_is_put_in_comes_back) {
     EXPECT_EQ(cat::as_text(map.busmap().getattrp("b")), "text");
 }
 
-TEST_F(PersistentMap, the_file_is_read_once_and_the_folder_put_in_front_once) {
+TEST_F(PersistentMap, the_file_is_read_once_and_its_folder_prepended_once) {
     put("{a=1}");
     cPersistentMap map("map", false);
     cMapObj &first = map.busmap();
@@ -116,7 +116,7 @@ TEST_F(PersistentMap, the_file_is_read_once_and_the_folder_put_in_front_once) {
     EXPECT_EQ(cat::as_text(first.getattrp("a")), "1");
 }
 
-TEST_F(PersistentMap, the_signature_does_not_pile_up) {
+TEST_F(PersistentMap, the_signature_is_not_repeated) {
     put("{a=1}");
     for (int i = 0; i < 3; ++i) {
         pass(true);
@@ -125,7 +125,7 @@ TEST_F(PersistentMap, the_signature_does_not_pile_up) {
     EXPECT_EQ(folder_.names(), "map");
 }
 
-TEST_F(PersistentMap, comments_are_kept_or_not) {
+TEST_F(PersistentMap, comments_are_preserved_on_request) {
     std::string const text = "{ // head\n  a= 1; // one\n  b= 2;\n}";
     put(text);
     pass(true);
@@ -135,7 +135,7 @@ TEST_F(PersistentMap, comments_are_kept_or_not) {
     EXPECT_EQ(folder_.names(), "map") << "a comment that nobody keeps is no damage";
 }
 
-TEST_F(PersistentMap, a_program_without_a_folder_has_its_file_where_it_works) {
+TEST_F(PersistentMap, a_program_without_a_folder_has_its_file_in_the_working_folder) {
     set_program("program");
     std::filesystem::path const before = std::filesystem::current_path();
     std::filesystem::current_path(folder_.path());
@@ -160,16 +160,16 @@ TEST_F(PersistentMap, the_map_outlives_its_file) {
 
 // --- edge cases ---
 
-TEST_F(PersistentMapEdge, an_empty_name_becomes_the_folder_and_loads_quietly) {
-    std::string told;
+TEST_F(PersistentMapEdge, an_empty_name_becomes_the_folder_and_loads_without_a_message) {
+    std::string reported;
     for (char const *name : {"", static_cast<char const *>(nullptr)}) {
         cPersistentMap map(name, false);
         EXPECT_EQ(map.busmap().size(), 0);
         EXPECT_EQ(map.name(), folder_.file(""));
-        EXPECT_EQ(messages(), told);
-        told = "Cannot open file for write: " + folder_.file("") + "\n";
+        EXPECT_EQ(messages(), reported);
+        reported = "Cannot open file for write: " + folder_.file("") + "\n";
     }
-    EXPECT_EQ(messages(), told);
+    EXPECT_EQ(messages(), reported);
     EXPECT_EQ(folder_.names(), "");
     set_program("program");
     {
@@ -180,7 +180,7 @@ TEST_F(PersistentMapEdge, an_empty_name_becomes_the_folder_and_loads_quietly) {
     EXPECT_EQ(messages(), "") << "nothing has no file";
 }
 
-TEST_F(PersistentMapEdge, a_read_only_file_loses_the_mark) {
+TEST_F(PersistentMapEdge, saving_removes_the_read_only_mark) {
     put("{a=1}");
     ASSERT_EQ(::chmod(file_.c_str(), 0464), 0);
     {
@@ -193,7 +193,7 @@ TEST_F(PersistentMapEdge, a_read_only_file_loses_the_mark) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(PersistentMap, a_read_only_mark_stays_on_a_file_that_is_not_asked_for) {
+TEST_F(PersistentMap, an_unused_map_does_not_remove_the_read_only_mark) {
     put("{a=1}");
     ASSERT_EQ(::chmod(file_.c_str(), 0444), 0);
     { cPersistentMap const map("map", false); }
@@ -212,33 +212,33 @@ TEST_F(PersistentMap, a_folder_keeps_its_mode) {
 // --- damaged files ---
 
 namespace {
-// A text, what the map writes then, and the messages, with %F for the file's name.
+// A file's text, the text that the map writes then, and the messages, with %F for the file's name.
 struct cDamage {
     char const *text;
     char const *saved;
-    char const *told;
+    char const *reported;
 };
 } // namespace
 
-TEST_F(PersistentMapDamaged, a_file_that_would_lose_something_is_kept_beside) {
-    for (auto const &[text, saved, told] : std::vector<cDamage>{
+TEST_F(PersistentMapDamaged, a_file_that_would_lose_data_is_copied_first) {
+    for (auto const &[text, saved, reported] : std::vector<cDamage>{
              {"{a=1; b 2; c=3}", "{a= 1; 0= 2; c= 3; }",
               "%F (1) Missing delimiter after: b\n%F (1) Pattern 'key =' is missed \n"},
              {"{a=nosuch(1); b=2}", "{\n  b= 2;\n}",
               "%F (1) ( /a ): Value with unknown type='nosuch\nCannot insert key =a\n"},
              {"{a=1;", "{a= 1; }", "%F (1) Map is not closed by '}'\n"},
-             {"{", "{\n}", ""}, // silent: a bracket alone
+             {"{", "{\n}", ""}, // no message: a single bracket
              {"<", "{\n}", ""}, // the same
-             {"{}}", "{}", ""}, // text behind isn't looked at by the reader
+             {"{}}", "{}", ""}, // the reader does not read the text after the value
              {"{a=1; } b=2; }", "{a= 1; }", ""},
              {"{a=1}; {b=2}", "{a= 1; }", ""},
-             {"}", "{\n}", ""}, // a bracket that closes nothing
+             {"}", "{\n}", ""}, // a closing bracket without an opening one
              {"[1; 2]", "{\n}", ""},
              {"5", "{\n}", ""},
              {"\"text\"", "{\n}", ""}}) {
         put(text);
         pass();
-        std::string expected = told;
+        std::string expected = reported;
         for (std::size_t at; (at = expected.find("%F")) != std::string::npos;)
             expected.replace(at, 2, file_);
         EXPECT_EQ(messages(), expected) << text;
@@ -249,7 +249,7 @@ TEST_F(PersistentMapDamaged, a_file_that_would_lose_something_is_kept_beside) {
     }
 }
 
-TEST_F(PersistentMapDamaged, bytes_that_end_the_input_are_damage) {
+TEST_F(PersistentMapDamaged, bytes_that_end_the_input_count_as_damage) {
     for (std::string const &text :
          {std::string(100, '\0'), std::string("\xff{a=1}"), std::string("{a=1}\0\0", 7),
           std::string("{\0", 2), std::string("{a=1;}\x80")}) {
@@ -261,7 +261,7 @@ TEST_F(PersistentMapDamaged, bytes_that_end_the_input_are_damage) {
     }
 }
 
-TEST_F(PersistentMapDamaged, a_whole_file_leaves_no_copy) {
+TEST_F(PersistentMapDamaged, an_undamaged_file_is_not_copied) {
     for (char const *text :
          {"{}", "{a=1}", " { a = 1 } ", "{a=1};", "{a=1},\n// end\n", "{a=1} /* end */\n\n", "",
           "\n", "// nothing\n", "/* nothing */", "{a=\"}\"}", "{a={}; b=<>; c=[]}\r\n"}) {
@@ -273,7 +273,7 @@ TEST_F(PersistentMapDamaged, a_whole_file_leaves_no_copy) {
     }
 }
 
-TEST_F(PersistentMapDamaged, a_copy_beside_is_never_overwritten_and_no_damaged_file_is_lost) {
+TEST_F(PersistentMapDamaged, a_copy_is_never_overwritten_and_no_damaged_file_is_lost) {
     for (int i = 1; i <= 3; ++i) {
         put("{ a= " + std::to_string(i));
         pass();
@@ -286,7 +286,7 @@ TEST_F(PersistentMapDamaged, a_copy_beside_is_never_overwritten_and_no_damaged_f
     EXPECT_EQ(bytes_of(file_ + ".bad3"), "{ a= 3");
 }
 
-TEST_F(PersistentMapDamaged, the_same_damage_is_kept_once) {
+TEST_F(PersistentMapDamaged, the_same_damaged_file_is_copied_once) {
     for (int i = 0; i < 3; ++i) {
         put("[1]");
         pass();
@@ -299,10 +299,10 @@ TEST_F(PersistentMapDamaged, the_same_damage_is_kept_once) {
     EXPECT_EQ(bytes_of(file_ + ".bad"), "other");
 }
 
-TEST_F(PersistentMapDamaged, whatever_has_the_name_of_a_copy_stays) {
+TEST_F(PersistentMapDamaged, anything_with_the_name_of_a_copy_is_left_alone) {
     std::filesystem::create_directory(file_ + ".bad");
     std::filesystem::create_symlink("nowhere", file_ + ".bad2");
-    std::filesystem::create_symlink("map", file_ + ".bad3"); // leads to the file itself
+    std::filesystem::create_symlink("map", file_ + ".bad3"); // a link to the file itself
     put("[1]");
     pass();
     EXPECT_EQ(folder_.names(), "map map.bad map.bad2 map.bad3 map.bad4");
@@ -313,7 +313,7 @@ TEST_F(PersistentMapDamaged, whatever_has_the_name_of_a_copy_stays) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(PersistentMapDamaged, when_all_names_are_taken_the_file_stays) {
+TEST_F(PersistentMapDamaged, the_file_is_not_replaced_when_all_names_are_in_use) {
     for (int i = 1; i <= 98; ++i)
         save_test::put(file_ + ".bad" + (i == 1 ? "" : std::to_string(i)), "x");
     put("[1]");
@@ -328,7 +328,7 @@ TEST_F(PersistentMapDamaged, when_all_names_are_taken_the_file_stays) {
     EXPECT_EQ(bytes_of(file_ + ".bad99"), "[1]");
 }
 
-TEST_F(PersistentMapDamaged, a_copy_has_the_rights_of_its_file) {
+TEST_F(PersistentMapDamaged, a_copy_has_the_permissions_of_its_file) {
     for (mode_t const mode : {0600u, 0640u, 0755u}) {
         put("[1]");
         ASSERT_EQ(::chmod(file_.c_str(), mode), 0);
@@ -339,7 +339,7 @@ TEST_F(PersistentMapDamaged, a_copy_has_the_rights_of_its_file) {
     }
 }
 
-TEST_F(PersistentMapDamaged, a_file_with_two_names_keeps_both_and_has_a_copy) {
+TEST_F(PersistentMapDamaged, a_file_with_two_names_keeps_both_and_is_copied) {
     put("[1]");
     std::filesystem::create_hard_link(file_, folder_.file("other"));
     pass();
@@ -348,7 +348,7 @@ TEST_F(PersistentMapDamaged, a_file_with_two_names_keeps_both_and_has_a_copy) {
     EXPECT_EQ(std::filesystem::hard_link_count(file_), 2u);
 }
 
-TEST_F(PersistentMapDamaged, the_copy_of_a_linked_file_lies_beside_the_link) {
+TEST_F(PersistentMapDamaged, the_copy_of_a_linked_file_is_beside_the_link) {
     std::filesystem::create_directory(folder_.file("sub"));
     save_test::put(folder_.file("sub/map"), "[1]");
     std::filesystem::create_symlink("sub/map", file_);
@@ -359,7 +359,7 @@ TEST_F(PersistentMapDamaged, the_copy_of_a_linked_file_lies_beside_the_link) {
     EXPECT_EQ(folder_.names(), "map map.bad sub");
 }
 
-TEST_F(PersistentMapDamaged, a_damaged_file_that_has_gone_needs_no_copy) {
+TEST_F(PersistentMapDamaged, a_removed_damaged_file_needs_no_copy) {
     put("[1]");
     {
         cPersistentMap map("map", false);
@@ -370,7 +370,7 @@ TEST_F(PersistentMapDamaged, a_damaged_file_that_has_gone_needs_no_copy) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(PersistentMapDamaged, what_changed_meanwhile_is_what_is_kept) {
+TEST_F(PersistentMapDamaged, the_copy_has_the_content_at_the_time_of_saving) {
     put("[1]");
     {
         cPersistentMap map("map", false);
@@ -380,7 +380,7 @@ TEST_F(PersistentMapDamaged, what_changed_meanwhile_is_what_is_kept) {
     EXPECT_EQ(bytes_of(file_ + ".bad"), "[2]");
 }
 
-TEST_F(PersistentMapDamaged, a_file_system_without_that_rename_gets_the_copy_by_a_link) {
+TEST_F(PersistentMapDamaged, a_file_system_without_exclusive_rename_creates_the_copy_by_a_link) {
     for (int const error : {EINVAL, ENOSYS, ENOTSUP}) {
         static int failure;
         failure = error;
@@ -431,7 +431,7 @@ namespace {
 bool throwing_write(cObj &, objref &) { throw 5; }
 } // namespace
 
-TEST_F(PersistentMap, an_exception_while_saving_stays_inside_and_the_file_whole) {
+TEST_F(PersistentMap, an_exception_while_saving_is_caught_and_the_file_stays_intact) {
     put("{a=1}");
     {
         cPersistentMap map("map", false);
@@ -441,7 +441,7 @@ TEST_F(PersistentMap, an_exception_while_saving_stays_inside_and_the_file_whole)
     EXPECT_EQ(folder_.names(), "map");
 }
 
-TEST_F(PersistentMap, is_saved_while_an_exception_passes) {
+TEST_F(PersistentMap, is_saved_while_an_exception_propagates) {
     try {
         cPersistentMap map("map", false);
         map.busmap()["a"] = cat::of(1);
@@ -463,7 +463,7 @@ TEST_F(PersistentMap, errors_go_to_a_living_report) {
     EXPECT_EQ(folder_.names(), "map map.bad map.bad2");
 }
 
-TEST_F(PersistentMap, one_in_another_saves_both) {
+TEST_F(PersistentMap, a_persistent_map_inside_another_saves_both) {
     {
         cPersistentMap outer("map", true);
         outer.busmap()["a"] = cat::of(1);

@@ -1,6 +1,6 @@
-// Saving where the system says no: limits on the length of files, full devices, rights, and names
-// that lead to something else than a plain file. The old file stays whole, or the new one stands
-// there; the message names the file.
+// Saving when the system refuses: limits on the length of files, full devices, permissions, and
+// names of something other than a plain file. Either the old file stays intact or the new one
+// replaces it; the message names the file.
 
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cmapobj.h"
@@ -36,12 +36,12 @@ class SaveRefused : public SaveTest {
     static std::string refused(std::string const &name) {
         return "Cannot open file for write: " + name + "\n";
     }
-    // The map is loaded, gets a long entry, and is saved.
+    // Loads the map, adds a long entry, and saves.
     static void pass() {
         cPersistentMap map("map", false);
         map.busmap()["long"] = cat::of(text_of_1000);
     }
-    // In a child that is nobody: the expectations of the body hold.
+    // Runs the body in a child process of the user nobody; its expectations must hold.
     template <class Body> void as_nobody(Body const &body) {
         EXPECT_EQ(in_child([&] {
                       become_nobody(folder_);
@@ -55,7 +55,7 @@ class SaveRefused : public SaveTest {
     char *const before_;
 };
 
-// Files may have 100 bytes at most.
+// Limits the length of files to 100 bytes.
 void limit_files(bool ignore_signal) {
     rlimit const limit{100, 100};
     EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
@@ -66,7 +66,8 @@ void limit_files(bool ignore_signal) {
 
 // --- room ---
 
-TEST_F(SaveRefused, a_limit_on_the_length_of_files_leaves_the_old_one_and_the_process_alive) {
+TEST_F(SaveRefused,
+       a_limit_on_the_length_of_files_leaves_the_old_file_and_does_not_end_the_process) {
     for (bool const ignore_signal : {true, false})
         for (bool const linked : {false, true}) {
             std::filesystem::remove(folder_.file("twin"));
@@ -85,7 +86,7 @@ TEST_F(SaveRefused, a_limit_on_the_length_of_files_leaves_the_old_one_and_the_pr
         }
 }
 
-TEST_F(SaveRefused, a_text_of_just_the_limit_fits) {
+TEST_F(SaveRefused, a_file_as_long_as_the_limit_is_written) {
     put(file_, old_text);
     EXPECT_EQ(in_child([&] {
                   limit_files(false);
@@ -97,7 +98,7 @@ TEST_F(SaveRefused, a_text_of_just_the_limit_fits) {
     EXPECT_EQ(bytes_of(file_), std::string(100, 'x'));
 }
 
-TEST_F(SaveRefused, a_persistent_map_that_has_no_room_tells_and_leaves_the_old_file) {
+TEST_F(SaveRefused, a_persistent_map_without_space_is_reported_and_leaves_the_old_file) {
     for (std::string const &text : {old_text, std::string("[damaged]")}) {
         put(file_, text);
         EXPECT_EQ(in_child([&] {
@@ -112,7 +113,7 @@ TEST_F(SaveRefused, a_persistent_map_that_has_no_room_tells_and_leaves_the_old_f
     EXPECT_EQ(bytes_of(file_ + ".bad"), "[damaged]");
 }
 
-TEST_F(SaveRefused, a_damaged_file_that_has_no_room_for_a_copy_stays) {
+TEST_F(SaveRefused, a_damaged_file_without_space_for_a_copy_is_not_replaced) {
     std::string const text = "[" + std::string(200, ' ') + "]";
     put(file_, text);
     EXPECT_EQ(in_child([&] {
@@ -125,7 +126,7 @@ TEST_F(SaveRefused, a_damaged_file_that_has_no_room_for_a_copy_stays) {
     EXPECT_EQ(folder_.names(), "map");
 }
 
-TEST_F(SaveRefused, a_full_device_gives_false) {
+TEST_F(SaveRefused, a_full_device_returns_false) {
     EXPECT_FALSE(save("/dev/full"));
     EXPECT_EQ(errno, ENOSPC);
     std::filesystem::create_symlink("/dev/full", file_);
@@ -138,7 +139,7 @@ TEST_F(SaveRefused, a_full_device_gives_false) {
 
 // --- rights ---
 
-TEST_F(SaveRefused, in_a_folder_without_the_right_to_write_an_old_file_is_written_in_place) {
+TEST_F(SaveRefused, an_old_file_in_a_read_only_folder_is_written_in_place) {
     put(file_, old_text);
     as_nobody([&] {
         EXPECT_EQ(::chmod(folder_.path().c_str(), 0555), 0);
@@ -155,7 +156,7 @@ TEST_F(SaveRefused, in_a_folder_without_the_right_to_write_an_old_file_is_writte
     EXPECT_EQ(folder_.names(), "map");
 }
 
-TEST_F(SaveRefused, a_damaged_file_in_such_a_folder_stays) {
+TEST_F(SaveRefused, a_damaged_file_in_a_read_only_folder_is_not_replaced) {
     put(file_, "[damaged]");
     as_nobody([&] {
         EXPECT_EQ(::chmod(folder_.path().c_str(), 0555), 0);
@@ -166,7 +167,7 @@ TEST_F(SaveRefused, a_damaged_file_in_such_a_folder_stays) {
     EXPECT_EQ(folder_.names(), "map");
 }
 
-TEST_F(SaveRefused, a_folder_that_must_not_be_searched_is_told) {
+TEST_F(SaveRefused, a_folder_without_search_permission_is_reported) {
     put(file_, old_text);
     as_nobody([&] {
         EXPECT_EQ(::chmod(folder_.path().c_str(), 0), 0);
@@ -179,7 +180,7 @@ TEST_F(SaveRefused, a_folder_that_must_not_be_searched_is_told) {
     EXPECT_EQ(bytes_of(file_), old_text);
 }
 
-TEST_F(SaveRefused, the_right_to_the_folder_may_go_between_loading_and_saving) {
+TEST_F(SaveRefused, the_permission_may_be_lost_between_loading_and_saving) {
     put(file_, old_text);
     as_nobody([&] {
         {
@@ -193,7 +194,7 @@ TEST_F(SaveRefused, the_right_to_the_folder_may_go_between_loading_and_saving) {
     EXPECT_EQ(bytes_of(file_), old_text);
 }
 
-TEST_F(SaveRefused, a_file_that_must_not_be_written_is_told_and_stays) {
+TEST_F(SaveRefused, a_read_only_file_is_reported_and_unchanged) {
     put(file_, old_text);
     as_nobody([&] {
         EXPECT_EQ(::chmod(file_.c_str(), 0400), 0);
@@ -227,7 +228,7 @@ TEST_F(SaveRefused, a_file_that_may_be_written_but_not_read_is_replaced) {
     EXPECT_EQ(bytes_of(file_), text_of_1000);
 }
 
-TEST_F(SaveRefused, a_persistent_map_never_overwrites_what_it_could_not_read) {
+TEST_F(SaveRefused, a_persistent_map_never_overwrites_a_file_that_it_could_not_read) {
     put(file_, old_text);
     as_nobody([&] {
         EXPECT_EQ(::chmod(file_.c_str(), 0200), 0);
@@ -239,7 +240,7 @@ TEST_F(SaveRefused, a_persistent_map_never_overwrites_what_it_could_not_read) {
     EXPECT_EQ(folder_.names(), "map");
 }
 
-// Somebody else's file, which we may write by its mode: a new file can't be given away.
+// A file of another user that its mode allows us to write: a new file can't be given to that user.
 TEST_F(SaveRefused, a_file_of_another_owner_is_written_in_place_and_its_copy_is_private) {
     put(file_, "[damaged]");
     EXPECT_EQ(::chmod(file_.c_str(), 0664), 0);
@@ -268,7 +269,7 @@ TEST_F(SaveRefused, a_file_of_another_owner_is_written_in_place_and_its_copy_is_
 
 // --- names ---
 
-TEST_F(SaveRefused, a_link_to_nothing_gets_its_target) {
+TEST_F(SaveRefused, saving_to_a_dangling_link_creates_its_target) {
     std::filesystem::create_symlink("target", file_);
     EXPECT_TRUE(save());
     EXPECT_TRUE(std::filesystem::is_symlink(file_));
@@ -277,7 +278,7 @@ TEST_F(SaveRefused, a_link_to_nothing_gets_its_target) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(SaveRefused, a_link_into_a_missing_folder_or_to_itself_is_told) {
+TEST_F(SaveRefused, a_link_into_a_missing_folder_or_to_itself_is_reported) {
     for (char const *target : {"none/target", "map"}) {
         std::filesystem::remove(file_);
         std::filesystem::create_symlink(target, file_);
@@ -289,7 +290,7 @@ TEST_F(SaveRefused, a_link_into_a_missing_folder_or_to_itself_is_told) {
     }
 }
 
-TEST_F(SaveRefused, a_folder_and_a_missing_one_are_told) {
+TEST_F(SaveRefused, a_folder_and_a_missing_one_are_reported) {
     std::filesystem::create_directory(file_);
     for (std::string const &name : {file_, file_ + "/", folder_.file("none/map"), file_ + "/x/y"}) {
         EXPECT_FALSE(save(name));
@@ -301,7 +302,7 @@ TEST_F(SaveRefused, a_folder_and_a_missing_one_are_told) {
     EXPECT_TRUE(std::filesystem::is_empty(file_));
 }
 
-TEST_F(SaveRefused, a_pipe_gets_the_text_and_stays_a_pipe) {
+TEST_F(SaveRefused, a_pipe_receives_the_text_and_stays_a_pipe) {
     ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
     std::string read;
     std::thread reader([&] {
@@ -315,7 +316,7 @@ TEST_F(SaveRefused, a_pipe_gets_the_text_and_stays_a_pipe) {
     EXPECT_EQ(folder_.names(), "map");
 }
 
-TEST_F(SaveRefused, a_name_with_a_line_feed_or_of_any_bytes_is_a_name) {
+TEST_F(SaveRefused, a_name_may_contain_a_line_feed_or_any_bytes) {
     for (std::string const &name :
          {std::string("a\nb"), std::string("\xff\x01 %s%n"), std::string(251, 'n')}) {
         std::string const file = folder_.file(name);
@@ -330,7 +331,7 @@ TEST_F(SaveRefused, a_name_with_a_line_feed_or_of_any_bytes_is_a_name) {
     }
 }
 
-TEST_F(SaveRefused, a_damaged_file_whose_copy_would_have_too_long_a_name_stays) {
+TEST_F(SaveRefused, a_damaged_file_is_not_replaced_if_the_name_of_its_copy_is_too_long) {
     for (std::size_t const length : {251u, 252u}) {
         std::string const name(length, 'n'), file = folder_.file(name);
         put(file, "[damaged]");
@@ -341,7 +342,7 @@ TEST_F(SaveRefused, a_damaged_file_whose_copy_would_have_too_long_a_name_stays) 
     }
 }
 
-TEST_F(SaveRefused, a_name_that_is_too_long_is_told) {
+TEST_F(SaveRefused, a_too_long_name_is_reported) {
     std::string const name = folder_.file(std::string(256, 'n')), path(5000, '/');
     EXPECT_FALSE(save(name));
     EXPECT_EQ(messages(), refused(name));

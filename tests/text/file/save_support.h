@@ -1,6 +1,6 @@
 #pragma once
-// For tests that save files: a folder for each, the bytes and modes of its files, and the system's
-// calls put back at the end.
+// For tests that save files: a folder for each test, the bytes and modes of its files, and system
+// calls restored at the end.
 
 #include "tests/support/fixture.h"
 #include "tests/support/os_faults.h"
@@ -19,7 +19,7 @@
 
 namespace save_test {
 
-// A folder of its own for each test: in memory where there is such a place, for thousands of saves.
+// A temporary folder for each test, in memory if possible, since there are thousands of saves.
 class cFolder {
   public:
     cFolder() {
@@ -37,7 +37,7 @@ class cFolder {
     }
     std::string const &path() const { return path_; }
     std::string file(std::string const &name) const { return path_ + "/" + name; }
-    // All that lies there, sorted, with blanks between.
+    // The names of all entries, sorted and separated by blanks.
     std::string names() const {
         std::vector<std::string> all;
         for (auto const &entry : std::filesystem::directory_iterator(path_))
@@ -69,8 +69,8 @@ inline mode_t mode_of(std::string const &path) {
     return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
 }
 
-// Runs a body in a process of its own: 0 at its end, 1 if one of its expectations failed, the code
-// that it left with, or 128 and the number of the signal that ended it.
+// Runs a body in a child process. Returns 0 at its end, 1 if an expectation failed, the exit code
+// if it exits, or 128 and the number of the signal that ended it.
 template <class Body> int in_child(Body const &body) {
     std::fflush(nullptr);
     pid_t const child = ::fork();
@@ -84,7 +84,8 @@ template <class Body> int in_child(Body const &body) {
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-// For a child: rights don't bind root, so it goes on as nobody. The folder is nobody's then.
+// For a child process: permissions do not apply to root, so it becomes the user nobody, who owns
+// the folder then.
 inline void become_nobody(cFolder const &folder) {
     if (::geteuid() != 0) return;
     constexpr uid_t nobody = 65534;
@@ -96,7 +97,7 @@ inline void become_nobody(cFolder const &folder) {
     EXPECT_EQ(::setresuid(nobody, nobody, nobody), 0);
 }
 
-// As on a file system where every file has a name.
+// As on a file system where every file needs a name.
 inline void refuse_unnamed_files() {
     cat::os.open = [](char const *path, int flags, mode_t mode) {
         if ((flags & O_TMPFILE) != O_TMPFILE) return ::open(path, flags, mode);

@@ -1,6 +1,6 @@
-// The care of saving: every call to the system fails once, with every error that it may give, or
-// the process dies there. Afterwards the file holds the old text or the new one, whole; the result
-// tells which; and nothing is left beside it.
+// The safety of saving: every system call fails once with every possible error, or the process ends
+// there. Afterwards the file has the complete old or new text, the result reports which, and no
+// other file is left.
 
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/core/cobjd.h"
@@ -19,11 +19,11 @@ constexpr int most_calls = 200;
 int const errors[] = {EPERM, EINTR,  EIO,    EAGAIN, ENOMEM,       EACCES, EBUSY, EMFILE,
                       EFBIG, ENOSPC, EDQUOT, EROFS,  ENAMETOOLONG, EXDEV,  ELOOP};
 
-// A file and what stands around it, made anew for each run.
+// A file and its surroundings, created again for each run.
 struct cScene {
     char const *name;
     std::function<void(cFolder const &)> make;
-    char const *names; // in the folder afterwards
+    char const *names; // the names in the folder afterwards
     bool unnamed_files = true;
 };
 
@@ -54,7 +54,7 @@ std::vector<cScene> const scenes{
 };
 cScene const &two_names = scenes[3];
 
-// The scene's file system, while it lives.
+// The scene's file system, until the end of the scope.
 class cFileSystem {
   public:
     explicit cFileSystem(cScene const &scene) {
@@ -82,7 +82,7 @@ class SaveSweep : public SaveTest {
         scene.make(folder_);
         messages();
     }
-    // For each scene, error and call: the body is run while that call fails, then the check.
+    // For each scene, error and call: runs the body with that call failing, then the check.
     void each_failing_call(std::vector<cScene> const &all, std::function<void()> const &body,
                            std::function<void(cScene const &, int error)> const &check) {
         for (cScene const &scene : all)
@@ -105,7 +105,7 @@ class SaveSweep : public SaveTest {
                     check(scene, error);
                 }
     }
-    // For each scene and call: the body is run by a process that ends there, then the check.
+    // For each scene and call: runs the body in a process that ends at the call, then the check.
     void each_deadly_call(std::vector<cScene> const &all, std::function<void()> const &body,
                           std::function<void(cScene const &)> const &check) {
         for (cScene const &scene : all)
@@ -125,7 +125,7 @@ class SaveSweep : public SaveTest {
                 check(scene);
             }
     }
-    // What lies in the folder but for the files that a dead process was about to write.
+    // The names in the folder, except files that a killed process was writing.
     std::string names_but_unfinished() const {
         std::string names = folder_.names();
         for (auto end = names.find("~ "); names.starts_with(".qrv") && end != names.npos;
@@ -151,7 +151,7 @@ cScene const link_to_nothing{
 
 // --- the platform's replacement ---
 
-TEST_F(SaveSweep, a_replacement_with_a_failing_call_gives_old_or_new_and_tells_why) {
+TEST_F(SaveSweep, a_replacement_with_a_failing_call_leaves_old_or_new_and_reports_why) {
     bool done = false;
     int why = 0;
     each_failing_call(
@@ -170,7 +170,7 @@ TEST_F(SaveSweep, a_replacement_with_a_failing_call_gives_old_or_new_and_tells_w
         });
 }
 
-TEST_F(SaveSweep, a_shorter_text_in_place_is_put_back_whole_too) {
+TEST_F(SaveSweep, a_file_shortened_in_place_is_also_restored_completely) {
     bool done = false;
     each_failing_call(
         {two_names}, [&] { done = cat::replace_file(folder_.file("map"), "{}"); },
@@ -180,7 +180,7 @@ TEST_F(SaveSweep, a_shorter_text_in_place_is_put_back_whole_too) {
         });
 }
 
-TEST_F(SaveSweep, rights_and_links_stay_whatever_fails) {
+TEST_F(SaveSweep, any_failure_preserves_permissions_and_links) {
     bool done = false;
     each_failing_call(
         scenes, [&] { done = cat::replace_file(folder_.file("map"), new_text); },
@@ -199,7 +199,7 @@ TEST_F(SaveSweep, rights_and_links_stay_whatever_fails) {
         });
 }
 
-TEST_F(SaveSweep, a_replacement_that_dies_at_any_call_gives_old_or_new) {
+TEST_F(SaveSweep, a_replacement_killed_at_any_call_leaves_old_or_new) {
     int old_ones = 0, new_ones = 0, unfinished = 0;
     each_deadly_call(
         scenes, [&] { cat::replace_file(folder_.file("map"), new_text); },
@@ -216,7 +216,7 @@ TEST_F(SaveSweep, a_replacement_that_dies_at_any_call_gives_old_or_new) {
     EXPECT_GT(unfinished, 5);
 }
 
-TEST_F(SaveSweep, a_new_file_is_there_whole_or_not_at_all) {
+TEST_F(SaveSweep, a_new_file_is_complete_or_absent) {
     bool done = false;
     auto const check = [&](cScene const &scene, bool with_result) {
         bool const there = std::filesystem::exists(folder_.file("map"));
@@ -227,8 +227,9 @@ TEST_F(SaveSweep, a_new_file_is_there_whole_or_not_at_all) {
             EXPECT_EQ(there, done);
         }
         std::string const names = with_result ? folder_.names() : names_but_unfinished();
-        std::string const without = scene.name == no_file.name ? "" : "map"; // the link
-        if (!names.starts_with(".qrv")) { // of a dead process, and nothing else there
+        std::string const without =
+            scene.name == no_file.name ? "" : "map"; // the link is not counted
+        if (!names.starts_with(".qrv")) {            // only a temporary file of the killed process
             EXPECT_EQ(names, there ? scene.names : without);
         }
     };
@@ -267,7 +268,7 @@ std::vector<cScene> const backup_scenes{
 
 } // namespace
 
-TEST_F(SaveSweep, a_backup_is_whole_whatever_fails_and_wherever_it_dies) {
+TEST_F(SaveSweep, a_backup_is_complete_after_any_failure_or_kill) {
     cat::Replaced result{};
     auto const body = [&] {
         result =
@@ -294,7 +295,7 @@ TEST_F(SaveSweep, a_backup_is_whole_whatever_fails_and_wherever_it_dies) {
 
 // --- copies ---
 
-TEST_F(SaveSweep, a_copy_is_whole_or_not_there) {
+TEST_F(SaveSweep, a_copy_is_complete_or_absent) {
     bool done = false;
     auto const body = [&] {
         done = cat::copy_to_new_file(folder_.file("map"), folder_.file("copy"));
@@ -318,27 +319,27 @@ TEST_F(SaveSweep, a_copy_is_whole_or_not_there) {
 
 // --- write2file ---
 
-TEST_F(SaveSweep, write2file_with_a_failing_call_gives_old_or_new_and_tells) {
+TEST_F(SaveSweep, write2file_with_a_failing_call_leaves_old_or_new_and_reports) {
     objref const number = cat::of(1234567890);
     bool done = false;
     std::string const refused = "Cannot open file for write: " + folder_.file("map") + "\n";
-    int told_ones = 0;
+    int reported_ones = 0;
     each_failing_call(
         scenes, [&] { done = write2file(*number, folder_.file("map").c_str(), false); },
         [&](cScene const &scene, int) {
             EXPECT_EQ(bytes(), done ? "1234567890" : old_text);
             EXPECT_EQ(folder_.names(), scene.names);
-            std::string const told = messages();
-            EXPECT_TRUE(told == "" || told == refused) << told;
+            std::string const reported = messages();
+            EXPECT_TRUE(reported == "" || reported == refused) << reported;
             if (done) {
-                EXPECT_EQ(told, "");
+                EXPECT_EQ(reported, "");
             }
-            told_ones += told == refused;
+            reported_ones += reported == refused;
         });
-    EXPECT_GT(told_ones, 20);
+    EXPECT_GT(reported_ones, 20);
 }
 
-TEST_F(SaveSweep, write2file_that_dies_at_any_call_gives_old_or_new) {
+TEST_F(SaveSweep, write2file_killed_at_any_call_leaves_old_or_new) {
     objref const number = cat::of(1234567890);
     each_deadly_call(
         scenes, [&] { write2file(*number, folder_.file("map").c_str(), false); },
@@ -358,7 +359,7 @@ std::string const saved = "// Platform Quorvanta(R), Attributes version 2.0\n"
                           "\n"
                           "{old= 1; }";
 
-// The map is loaded and saved.
+// Loads and saves the map.
 void pass() {
     cPersistentMap map("map", false);
     map.busmap();
@@ -382,21 +383,22 @@ cScene const read_only{"a read-only file",
 
 } // namespace
 
-TEST_F(SaveSweep, a_persistent_map_with_a_failing_call_is_saved_or_tells) {
+TEST_F(SaveSweep, a_persistent_map_with_a_failing_call_is_saved_or_reports) {
     std::vector<cScene> all = scenes;
     all.push_back(read_only);
     std::string const file = folder_.file("map");
     int unsaved = 0;
     each_failing_call(all, pass, [&](cScene const &scene, int) {
-        std::string const told = messages();
-        if (told.empty()) {
+        std::string const reported = messages();
+        if (reported.empty()) {
             EXPECT_EQ(bytes(), saved);
         } else {
             EXPECT_EQ(bytes(), old_text);
-            // A call that works again a moment later can give both lines.
+            // A call that succeeds again a moment later can cause both messages.
             std::string const refused = "Cannot open file for write: " + file + "\n";
             std::string const failed = "Cannot write file: " + file + "\n";
-            EXPECT_TRUE(told == refused || told == failed || told == refused + failed) << told;
+            EXPECT_TRUE(reported == refused || reported == failed || reported == refused + failed)
+                << reported;
             ++unsaved;
         }
         EXPECT_EQ(folder_.names(), scene.names);
@@ -404,7 +406,7 @@ TEST_F(SaveSweep, a_persistent_map_with_a_failing_call_is_saved_or_tells) {
     EXPECT_GT(unsaved, 100);
 }
 
-TEST_F(SaveSweep, a_damaged_file_is_never_lost_whatever_fails) {
+TEST_F(SaveSweep, no_failure_loses_a_damaged_file) {
     std::string const file = folder_.file("map");
     int unkept = 0;
     each_failing_call({damaged, damaged_again}, pass, [&](cScene const &scene, int) {
@@ -417,21 +419,21 @@ TEST_F(SaveSweep, a_damaged_file_is_never_lost_whatever_fails) {
         if (kept) {
             EXPECT_EQ(bytes_of(copy), damaged_text);
         }
-        std::string const told = messages();
-        if (told.empty()) {
+        std::string const reported = messages();
+        if (reported.empty()) {
             EXPECT_TRUE(kept);
             EXPECT_EQ(bytes(), saved);
         } else {
             EXPECT_EQ(bytes(), damaged_text);
-            EXPECT_TRUE(told.starts_with("Cannot ")) << told;
+            EXPECT_TRUE(reported.starts_with("Cannot ")) << reported;
         }
-        if (told == "Cannot keep damaged file: " + file + "\n") ++unkept;
+        if (reported == "Cannot keep damaged file: " + file + "\n") ++unkept;
         EXPECT_EQ(folder_.names(), kept ? scene.names : beside ? "map map.bad" : "map");
     });
     EXPECT_GT(unkept, 100);
 }
 
-TEST_F(SaveSweep, a_persistent_map_that_dies_at_any_call_loses_nothing) {
+TEST_F(SaveSweep, a_persistent_map_killed_at_any_call_loses_nothing) {
     std::vector<cScene> all = scenes;
     all.insert(all.end(), {read_only, damaged, damaged_again});
     each_deadly_call(all, pass, [&](cScene const &scene) {

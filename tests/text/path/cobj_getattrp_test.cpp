@@ -59,14 +59,14 @@ TEST_F(GetPathEdge, an_integer_key_indexes_a_vector) {
     EXPECT_EQ(at("a/0/1/0"), "20");
 }
 
-TEST_F(GetPathEdge, a_missing_level_is_not_found_without_a_message) {
+TEST_F(GetPathEdge, a_missing_level_is_not_found_and_not_reported) {
     EXPECT_EQ(at("nothing/b"), "badfind");
     EXPECT_EQ(at("nothing/b/c/d"), "badfind");
     EXPECT_EQ(at("a/nothing/c"), "badfind");
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(GetPathEdge, the_last_key_goes_through_getattr_and_so_honours_specifications) {
+TEST_F(GetPathEdge, the_last_key_is_read_by_getattr_which_uses_specifications) {
     objref const holder = make<cMapObj>();
     auto &map = dynamic_cast<cMapObj &>(*holder);
     map.set_attspec("n", specref::adopt(new cAttspec(make<cObjD<int>>(42), 0)));
@@ -87,7 +87,7 @@ TEST_F(GetPath, a_final_slash_is_a_bad_entry_without_text) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(GetPath, two_final_slashes_apart_have_a_message_of_their_own) {
+TEST_F(GetPath, two_separate_final_slashes_have_their_own_message) {
     EXPECT_EQ(at("v/ /"), "bad");
     EXPECT_EQ(messages(), "ERROR in call of getattrp, path 'v/ /'  Wrong final / \n");
     EXPECT_EQ(at("a/ /b"), "bad");
@@ -103,21 +103,21 @@ TEST_F(GetPath, two_slashes_together_begin_a_comment) {
 
 TEST_F(GetPath, any_token_separates_keys) {
     EXPECT_EQ(at("a v b"), "5");
-    EXPECT_EQ(at("a b"), "bad"); // nothing behind the separator
+    EXPECT_EQ(at("a b"), "bad"); // nothing follows the separator
     EXPECT_EQ(messages(), bad_entry("a b", ""));
     EXPECT_EQ(at("a ; b"), "5");
     EXPECT_EQ(at("a = b"), "5");
     EXPECT_EQ(at("a . 0 , 1 : 1"), "21");
 }
 
-TEST_F(GetPath, keys_have_the_rules_of_a_file) {
+TEST_F(GetPath, keys_follow_the_rules_of_files) {
     EXPECT_EQ(at("\"a\"/'b'"), "5");
     EXPECT_EQ(at("a/\"x y\""), "1");
     EXPECT_EQ(at("a/0x0/00"), "10");
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(GetPath, what_is_no_key_is_a_bad_entry) {
+TEST_F(GetPath, a_token_that_is_not_a_key_is_a_bad_entry) {
     for (std::string const entry :
          {"=", ";", "{", "12abc", "\xe4", "true", "#nosuch", "99999999999"}) {
         EXPECT_EQ(at(entry), "bad") << entry;
@@ -127,7 +127,7 @@ TEST_F(GetPath, what_is_no_key_is_a_bad_entry) {
     }
 }
 
-TEST_F(GetPath, reads_on_an_object_without_attributes) {
+TEST_F(GetPath, an_object_without_attributes_finds_nothing) {
     EXPECT_EQ(cat::nil()->getattrp("a"), cat::badfind());
     EXPECT_EQ(messages(), "");
     cErrorLog errors;
@@ -135,7 +135,7 @@ TEST_F(GetPath, reads_on_an_object_without_attributes) {
     EXPECT_EQ(errors.count(), 1u);
 }
 
-TEST_F(GetPath, gives_a_living_report_its_messages) {
+TEST_F(GetPath, messages_go_to_an_active_report) {
     cat::ReadReport report;
     EXPECT_EQ(at("a/ /"), "bad");
     ASSERT_EQ(report.count(), 1u);
@@ -143,7 +143,7 @@ TEST_F(GetPath, gives_a_living_report_its_messages) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(GetPath, a_wrong_path_is_a_line_and_no_error_with_a_code) {
+TEST_F(GetPath, a_wrong_path_prints_a_line_without_an_error_code) {
     cErrorLog errors;
     EXPECT_EQ(at("a/ /"), "bad");
     EXPECT_EQ(at("a/{"), "bad");
@@ -152,14 +152,14 @@ TEST_F(GetPath, a_wrong_path_is_a_line_and_no_error_with_a_code) {
               "ERROR in call of getattrp, path 'a/ /'  Wrong final / \n" + bad_entry("a/{", "{"));
 }
 
-TEST_F(GetPath, writes_path_and_keys_to_its_trace_channel) {
+TEST_F(GetPath, path_and_keys_are_written_to_the_trace_channel) {
     cSetTracing("catlex");
     EXPECT_EQ(at("a/b"), "5");
     cSetTracing("");
     EXPECT_EQ(messages(), "a/b\na\nb\n");
 }
 
-TEST_F(GetPath, a_path_of_a_hundred_thousand_keys_is_walked_once) {
+TEST_F(GetPath, a_path_of_a_hundred_thousand_keys_is_followed_once) {
     std::string path = "a";
     for (int i = 0; i < 100000; ++i) path += "/a";
     EXPECT_EQ(at(path), "badfind");

@@ -1,5 +1,5 @@
-// Writing by a path when something is wrong: every message whole, with its code and its place;
-// handlers that throw; texts cut anywhere; methods that write themselves; cycles, depth and cost.
+// Failures of writing by a path: every message with its code and position; handlers that throw;
+// truncated text; methods that write by path themselves; cycles, depth and cost.
 
 #include "containers/cmergebudget.h"
 #include "qrv/containers/cvectorobj.h"
@@ -20,8 +20,8 @@ class SetPathFailure : public QrvTest {
   protected:
     SetPathFailure() : root_(read("{ a = {b = 1}; v = [1; 2] }")) {}
 
-    // What a text is told, in each of the ways it can be heard; they must agree.
-    std::string told(std::string const &text, bool force = false) {
+    // The messages about a string, collected in each of the possible ways, which must agree.
+    std::string reported(std::string const &text, bool force = false) {
         EXPECT_FALSE(root_->setattrp(text, force)) << text;
         std::string const printed = messages();
         EXPECT_EQ(printed, "Line 1: " + thrown(text, force) +
@@ -32,13 +32,13 @@ class SetPathFailure : public QrvTest {
         return shown(report);
     }
     // The same for a path with a value.
-    std::string told_of_path(std::string const &path, bool force = false) {
+    std::string reported_for_path(std::string const &path, bool force = false) {
         cat::ReadReport report;
         EXPECT_FALSE(root_->setattrp(path, cat::of(5), force)) << path;
         EXPECT_EQ(messages(), "");
         return shown(report);
     }
-    // The text of the error, without place, when the handler throws what has the scanner's code.
+    // The text of the error, without position, when the handler throws the scanner's code.
     std::string thrown(std::string const &text, bool force) {
         cErrHandler const before = cat::errhandler();
         cat::errhandler() = cErrHandler(0x40000000, 0, 0xFFFFFFFF);
@@ -70,68 +70,68 @@ std::string const double_slash = " 0x40000001 ERROR in setattrp:  Bad final or d
 
 // --- each message
 
-TEST_F(SetPathFailure, a_key_that_is_none) {
+TEST_F(SetPathFailure, an_invalid_key_is_reported) {
     for (std::string const entry : {"=", "+=", "&=", "<<", "{", "(", "]", "12ab", "true", "#true",
                                     "#nil", "#nosuch", "-", "99999999999", ":", "1e5"}) {
-        EXPECT_EQ(told(entry + " = 1"), "1:1 " + bad_key + entry + "\n");
-        EXPECT_EQ(told("/" + entry + " = 1"), "1:2 " + bad_key + entry + "\n");
-        EXPECT_EQ(told("a/" + entry + " = 1"), "1:3 " + bad_key + entry + "\n");
-        EXPECT_EQ(told_of_path("a/" + entry), "1:3 " + bad_key + entry + "\n");
+        EXPECT_EQ(reported(entry + " = 1"), "1:1 " + bad_key + entry + "\n");
+        EXPECT_EQ(reported("/" + entry + " = 1"), "1:2 " + bad_key + entry + "\n");
+        EXPECT_EQ(reported("a/" + entry + " = 1"), "1:3 " + bad_key + entry + "\n");
+        EXPECT_EQ(reported_for_path("a/" + entry), "1:3 " + bad_key + entry + "\n");
     }
-    EXPECT_EQ(told("a/; = 1"), "1:3 " + bad_key + ";\n");
-    EXPECT_EQ(told("/ /a = 1"), "1:3 " + bad_key + "/\n");
-    EXPECT_EQ(told("/; = 1"), "1:2 " + bad_key + ";\n");
+    EXPECT_EQ(reported("a/; = 1"), "1:3 " + bad_key + ";\n");
+    EXPECT_EQ(reported("/ /a = 1"), "1:3 " + bad_key + "/\n");
+    EXPECT_EQ(reported("/; = 1"), "1:2 " + bad_key + ";\n");
 }
 
 TEST_F(SetPathFailure, one_final_slash_is_an_empty_key) {
-    EXPECT_EQ(told("a/"), "1:3 " + bad_key + "\n");
-    EXPECT_EQ(told("a/b/ "), "1:6 " + bad_key + "\n");
-    EXPECT_EQ(told_of_path("a/"), "1:3 " + bad_key + "\n");
-    EXPECT_EQ(told("a/\xe4 = 1"), "1:3 " + bad_key + "\n");
+    EXPECT_EQ(reported("a/"), "1:3 " + bad_key + "\n");
+    EXPECT_EQ(reported("a/b/ "), "1:6 " + bad_key + "\n");
+    EXPECT_EQ(reported_for_path("a/"), "1:3 " + bad_key + "\n");
+    EXPECT_EQ(reported("a/\xe4 = 1"), "1:3 " + bad_key + "\n");
 }
 
-TEST_F(SetPathFailure, no_operator_in_a_text) {
-    EXPECT_EQ(told("a"), "1:1 " + no_operator + "\n");
-    EXPECT_EQ(told("a/b"), "1:3 " + no_operator + "\n");
-    EXPECT_EQ(told("a/b // = 1"), "1:3 " + no_operator + "\n");
-    EXPECT_EQ(told("a//"), "1:1 " + no_operator + "\n"); // a comment
-    EXPECT_EQ(told("a \xe4 = 1"), "1:1 " + no_operator + "\n");
+TEST_F(SetPathFailure, a_missing_operator_is_reported) {
+    EXPECT_EQ(reported("a"), "1:1 " + no_operator + "\n");
+    EXPECT_EQ(reported("a/b"), "1:3 " + no_operator + "\n");
+    EXPECT_EQ(reported("a/b // = 1"), "1:3 " + no_operator + "\n");
+    EXPECT_EQ(reported("a//"), "1:1 " + no_operator + "\n"); // a comment
+    EXPECT_EQ(reported("a \xe4 = 1"), "1:1 " + no_operator + "\n");
     EXPECT_TRUE(root_->setattrp("a/b", cat::of(2), false));
     EXPECT_TRUE(root_->setattrp("a/b//", cat::of(3), false));
     EXPECT_EQ(flat(root_), "{a={b=3};v=[1;2]}");
 }
 
-TEST_F(SetPathFailure, something_else_behind_a_key) {
-    EXPECT_EQ(told("a b = 1"), "1:3 " + no_separator + "b\n");
-    EXPECT_EQ(told("a; b = 1"), "1:2 " + no_separator + ";\n");
-    EXPECT_EQ(told("a/b ( = 1"), "1:5 " + no_separator + "(\n");
+TEST_F(SetPathFailure, another_token_after_a_key_is_reported) {
+    EXPECT_EQ(reported("a b = 1"), "1:3 " + no_separator + "b\n");
+    EXPECT_EQ(reported("a; b = 1"), "1:2 " + no_separator + ";\n");
+    EXPECT_EQ(reported("a/b ( = 1"), "1:5 " + no_separator + "(\n");
 }
 
-TEST_F(SetPathFailure, two_slashes_apart) {
-    EXPECT_EQ(told("a/ /b = 1"), "1:4 " + double_slash);
-    EXPECT_EQ(told("a/ /"), "1:4 " + double_slash);
-    EXPECT_EQ(told("a/b/ / / = 1"), "1:6 " + double_slash);
-    EXPECT_EQ(told_of_path("a/ /b"), "1:4 " + double_slash);
+TEST_F(SetPathFailure, two_separate_slashes_are_reported) {
+    EXPECT_EQ(reported("a/ /b = 1"), "1:4 " + double_slash);
+    EXPECT_EQ(reported("a/ /"), "1:4 " + double_slash);
+    EXPECT_EQ(reported("a/b/ / / = 1"), "1:6 " + double_slash);
+    EXPECT_EQ(reported_for_path("a/ /b"), "1:4 " + double_slash);
 }
 
-TEST_F(SetPathFailure, a_missing_level) {
+TEST_F(SetPathFailure, a_missing_level_is_reported) {
     std::string const missing = " 0x40000001 Call of setattrp with not existing path: ";
-    EXPECT_EQ(told("a/c/d/e = 1"), "1:3 " + missing + "/a/c\n");
-    EXPECT_EQ(told("c/d &= 1"), "1:1 " + missing + "/c\n");
-    EXPECT_EQ(told("v/7/x = 1"), "1:3 " + missing + "/v/7\n");
-    EXPECT_EQ(told("a/'x y' += {}"), "1:3 " + missing + "/a/\"x y\"\n");
-    EXPECT_EQ(told_of_path("a/c/d/e"), "1:3 " + missing + "/a/c\n");
+    EXPECT_EQ(reported("a/c/d/e = 1"), "1:3 " + missing + "/a/c\n");
+    EXPECT_EQ(reported("c/d &= 1"), "1:1 " + missing + "/c\n");
+    EXPECT_EQ(reported("v/7/x = 1"), "1:3 " + missing + "/v/7\n");
+    EXPECT_EQ(reported("a/'x y' += {}"), "1:3 " + missing + "/a/\"x y\"\n");
+    EXPECT_EQ(reported_for_path("a/c/d/e"), "1:3 " + missing + "/a/c\n");
     std::string const not_allowed = "' is not allowed in case of not existing path: ";
     std::string const op = " 0x40000001 Call of setattrp with operator '";
     for (bool force : {false, true}) {
-        EXPECT_EQ(told("a/c += 1", force), "1:3 " + op + "+=" + not_allowed + "/a/c\n");
-        EXPECT_EQ(told("a/c/d << 1", force), "1:3 " + op + "<<" + not_allowed + "/a/c\n");
-        EXPECT_EQ(told("v/2 << 1", force), "1:3 " + op + "<<" + not_allowed + "/v/2\n");
-        EXPECT_EQ(told_of_path("c/d <<", force), "1:1 " + op + "<<" + not_allowed + "/c\n");
+        EXPECT_EQ(reported("a/c += 1", force), "1:3 " + op + "+=" + not_allowed + "/a/c\n");
+        EXPECT_EQ(reported("a/c/d << 1", force), "1:3 " + op + "<<" + not_allowed + "/a/c\n");
+        EXPECT_EQ(reported("v/2 << 1", force), "1:3 " + op + "<<" + not_allowed + "/v/2\n");
+        EXPECT_EQ(reported_for_path("c/d <<", force), "1:1 " + op + "<<" + not_allowed + "/c\n");
     }
 }
 
-TEST_F(SetPathFailure, positions_are_those_of_the_text) {
+TEST_F(SetPathFailure, positions_refer_to_the_string) {
     EXPECT_FALSE(root_->setattrp("a/b = 2;\n  none/x = 1;\n\n zz", false));
     EXPECT_EQ(messages(), "Line 2: Call of setattrp with not existing path: /none\n"
                           "Line 4: ERROR in setattrp: Operator and value missed \n"
@@ -143,9 +143,9 @@ TEST_F(SetPathFailure, positions_are_those_of_the_text) {
                   "\n");
 }
 
-// --- what a failure leaves to the statements behind it
+// --- statements after a failure
 
-TEST_F(SetPathFailure, statements_behind_a_failed_one_still_run) {
+TEST_F(SetPathFailure, statements_after_a_failed_one_still_run) {
     EXPECT_FALSE(root_->setattrp("a/b = word; none/x = 1; v << 3; v/0 << 4; a/b += 5", false));
     EXPECT_EQ(flat(root_), "{a={b=6};v=[1;2;3]}");
     EXPECT_EQ(messages(), "Method 'assign', type 'int', without converter from type: string\n"
@@ -154,13 +154,13 @@ TEST_F(SetPathFailure, statements_behind_a_failed_one_still_run) {
                           "Line 1: Attributes scanner with *** 1 errors ***\n");
 }
 
-TEST_F(SetPathFailure, statements_behind_one_that_is_none_do_not_run) {
+TEST_F(SetPathFailure, statements_after_an_invalid_one_do_not_run) {
     EXPECT_FALSE(root_->setattrp("a/b = 2; what is this; v << 3", false));
     EXPECT_EQ(flat(root_), "{a={b=2};v=[1;2]}");
     messages();
 }
 
-TEST_F(SetPathFailure, a_value_that_does_not_read_drops_its_statement_alone) {
+TEST_F(SetPathFailure, an_unreadable_value_drops_only_its_statement) {
     for (std::string const value :
          {"nosuch(1; 2)", "#none", "99999999999", "#cRef(/a)", "#cRef 1", "int(word)"}) {
         root_ = read("{ a = {b = 1}; v = [1; 2] }");
@@ -171,8 +171,8 @@ TEST_F(SetPathFailure, a_value_that_does_not_read_drops_its_statement_alone) {
     }
 }
 
-// The reader reports and goes on: such a value is a value.
-TEST_F(SetPathFailure, a_value_with_errors_inside_is_written) {
+// The reader reports errors and continues: such a value is stored.
+TEST_F(SetPathFailure, a_value_with_errors_inside_is_stored) {
     EXPECT_TRUE(root_->setattrp("a/b == 5; v << 3 v << {x = nosuch(1); y = 4}", false));
     EXPECT_EQ(flat(root_), "{a={b=5};v=[1;2;3;{y=4}]}");
     EXPECT_EQ(messages(), "Line 1: Wrong placed '=', path : \n"
@@ -184,7 +184,7 @@ TEST_F(SetPathFailure, a_value_with_errors_inside_is_written) {
 
 // --- a living report
 
-TEST_F(SetPathFailure, a_report_takes_the_errors_of_the_operations_too) {
+TEST_F(SetPathFailure, a_report_also_receives_the_errors_of_the_operations) {
     cat::ReadReport report;
     EXPECT_FALSE(root_->setattrp("a/b = word;\n v/9 &= 1; v << 3", false));
     EXPECT_EQ(shown(report),
@@ -227,7 +227,7 @@ TEST_F(SetPathFailure, each_kind_of_error_may_throw_in_the_middle) {
     }
 }
 
-TEST_F(SetPathFailure, a_forgiven_error_lets_the_operation_go_on) {
+TEST_F(SetPathFailure, a_cleared_error_lets_the_operation_continue) {
     root_->getattrp("a/b")->setflags(of_const);
     cat::errhandler() = cErrHandler(0, 0x40000000, 0xFFFFFFFF);
     EXPECT_TRUE(root_->setattrp("a/b = 7", false));
@@ -242,7 +242,7 @@ std::string const rich = "/*c*/ a/b = 5; // end\n /new/'x y'/-3 &= {p = [1; 2]; 
                          "m/k &= #nil; v/0 += 0x1f; 1.5/2.5f = x; none << 1; v/ /x = 2; a = 3";
 }
 
-TEST_F(SetPathFailure, cut_after_every_character) {
+TEST_F(SetPathFailure, a_string_may_be_truncated_after_every_character) {
     for (size_t length = 0; length <= rich.size(); ++length)
         for (bool force : {false, true}) {
             std::string const text = rich.substr(0, length);
@@ -259,8 +259,8 @@ TEST_F(SetPathFailure, cut_after_every_character) {
     messages();
 }
 
-// Every byte at every place of a short text: bounded, and nothing is left behind.
-TEST_F(SetPathFailure, any_byte_anywhere) {
+// Every byte at every position of a short string: the work is bounded, and no object is left.
+TEST_F(SetPathFailure, any_byte_may_be_at_any_position) {
     std::string const text = "a/b = 5; v << {x = 1}";
     for (size_t place = 0; place <= text.size(); ++place)
         for (int byte = 0; byte < 256; ++byte) {
@@ -332,9 +332,9 @@ TEST_F(SetPathFailure, a_method_may_write_by_path_itself) {
     root_->getattrp("w")->set_omember("getattr", make<cExeMember>(counting_getattr));
     EXPECT_TRUE(root_->setattrp("w/x/p = 1; w/x/q = 2; w/r = 3", true));
     EXPECT_EQ(flat(root_), "{a={b=1};v=[1;2];log=[x;x;r];w={x={p=1;q=2};r=3}}");
-    std::string const told = "Line 1: Call of setattrp with not existing path: /none\n"
-                             "Line 1: Attributes scanner with *** 1 errors ***\n";
-    EXPECT_EQ(messages(), told + told + told);
+    std::string const reported = "Line 1: Call of setattrp with not existing path: /none\n"
+                                 "Line 1: Attributes scanner with *** 1 errors ***\n";
+    EXPECT_EQ(messages(), reported + reported + reported);
     EXPECT_TRUE(text_state().idle());
 }
 
@@ -353,7 +353,7 @@ TEST_F(SetPathFailure, a_method_may_drop_the_root) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(SetPathFailure, a_method_may_clear_the_tree_under_the_walk) {
+TEST_F(SetPathFailure, a_method_may_clear_the_tree_during_the_walk) {
     for (std::string const op : {"=", "&=", "+=", "<<"}) {
         root_ = read("{ w = {x = {y = {}}}; z = 1 }");
         cTheRoot const named(root_);
@@ -364,7 +364,7 @@ TEST_F(SetPathFailure, a_method_may_clear_the_tree_under_the_walk) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(SetPathFailure, a_text_is_a_reading_without_a_budget_for_what_it_does) {
+TEST_F(SetPathFailure, operations_of_a_string_have_no_merge_budget) {
     root_->getattrp("a")->set_omember("setattr", make<cExeMember>(reading_setattr));
     EXPECT_TRUE(root_->setattrp("a/c = 1", true));
     EXPECT_TRUE(is_reading_seen);
@@ -375,7 +375,7 @@ TEST_F(SetPathFailure, a_text_is_a_reading_without_a_budget_for_what_it_does) {
     EXPECT_FALSE(budget_seen);
 }
 
-TEST_F(SetPathFailure, a_method_may_cut_into_pieces_what_owns_the_text) {
+TEST_F(SetPathFailure, a_method_may_dissect_the_owner_of_the_string) {
     objref list = make<cVectorObj>();
     list->append(cat::of("a,b,c"));
     auto &first = dynamic_cast<cObjD<std::string> &>(*list->getattr(own_key(0)));
@@ -403,7 +403,7 @@ TEST_F(SetPathFailure, a_program_may_put_an_object_into_itself) {
     dynamic_cast<cMapObj &>(*root_).clear();
 }
 
-TEST_F(SetPathFailure, a_text_can_not_name_the_tree_that_it_changes) {
+TEST_F(SetPathFailure, a_string_cannot_name_the_tree_that_it_changes) {
     EXPECT_TRUE(root_->setattrp("a += {x = #cRef(/a)}", true));
     EXPECT_FALSE(root_->setattrp("v << #cRef(/v)", true));
     EXPECT_FALSE(root_->setattrp("v &= #cRef(/a)", true));
@@ -415,7 +415,8 @@ namespace {
 std::string nested_text;
 std::string nested_result;
 
-// What a text does when it is applied while another is read, to what the other has made.
+// Effects of a string that is applied while another one is read, on the objects that the latter
+// created.
 bool nested_read(cObj &, objref &) {
     objref v, m;
     cObj::readobj("#cRef(/v)", v);
@@ -429,7 +430,7 @@ bool nested_read(cObj &, objref &) {
 }
 } // namespace
 
-TEST_F(SetPathFailure, inside_of_another_reading_no_cycle_is_made) {
+TEST_F(SetPathFailure, statements_during_another_reading_create_no_cycle) {
     objref const before = cat::type_int().tmember("read");
     cat::type_int().set_tmember("read", make<cExeMember>(nested_read));
     for (std::string const text :
@@ -445,7 +446,7 @@ TEST_F(SetPathFailure, inside_of_another_reading_no_cycle_is_made) {
     cat::type_int().set_tmember("read", before);
 }
 
-TEST_F(SetPathFailure, a_hundred_thousand_levels) {
+TEST_F(SetPathFailure, a_path_may_have_a_hundred_thousand_levels) {
     std::string path = "a";
     for (int i = 0; i < 100000; ++i) path += "/a";
     objref const root = read("{}");
@@ -464,8 +465,8 @@ TEST_F(SetPathFailure, a_hundred_thousand_levels) {
     EXPECT_EQ(messages(), "");
 }
 
-// Each of these values doubles a vector, over and over. All of a text's values share one budget.
-TEST_F(SetPathFailure, the_values_of_a_text_share_what_merging_may_cost) {
+// Each of these values doubles a vector repeatedly. All values of one string share one budget.
+TEST_F(SetPathFailure, the_values_of_a_string_share_the_merge_budget) {
     std::string value = "{ m = {v = [1; 2]}; ";
     for (int i = 0; i < 25; ++i) value += "m = {v = #cRef(/m/v)}; ";
     value += "}";

@@ -1,10 +1,10 @@
-// Random lists of statements against a plain model of the tree. The model is written from the rules
-// of the operations alone: nodes of six kinds, held by counted pointers, so that sharing is
-// modelled too. After each list results, messages, shapes, and which objects stand where must
-// agree.
+// Random lists of statements compared with a simple model of the tree. The model implements only
+// the rules of the operations: nodes of six kinds, held by counted pointers, so that sharing is
+// modelled, too. After each list, results, messages, shapes and the identity of objects must agree.
 //
-// One run takes about a second. For a long one set QRV_MODEL_SECONDS, for another sequence
-// QRV_MODEL_SEED:   QRV_MODEL_SECONDS=600 test_text --gtest_filter='SetPathModel.*'
+// One run takes about a second. QRV_MODEL_SECONDS sets a longer time, QRV_MODEL_SEED another
+// sequence:
+//   QRV_MODEL_SECONDS=600 test_text --gtest_filter='SetPathModel.*'
 
 #include "qrv/text/read/creadreport.h"
 #include "tests/support/fixture.h"
@@ -34,8 +34,8 @@ struct Node {
     Kind kind = Kind::nil;
     int number = 0;
     std::string text = {};
-    std::vector<std::pair<Key, Ref>> items = {}; // of a vector or set the keys are 0, 1, 2 ...
-    cObj const *twin = nullptr;                  // the object that plays this node, once known
+    std::vector<std::pair<Key, Ref>> items = {}; // the keys of a vector or set are 0, 1, 2 ...
+    cObj const *twin = nullptr; // the object that corresponds to this node, once known
 
     bool is_list() const { return kind == Kind::vector || kind == Kind::set; }
     bool is_container() const { return is_list() || kind == Kind::map; }
@@ -121,7 +121,7 @@ bool holds_equal(Node const &set, Ref const &value) {
     return false;
 }
 
-// What reading an attribute can give.
+// The possible results of reading an attribute.
 struct Got {
     enum { found, missing, bad } state = missing;
     Ref value = {};
@@ -190,7 +190,7 @@ bool copy(Ref const &target, Ref const &source, Pairs &done) {
         if (is_new && target->kind == Kind::map)
             result &= store(*target, key, value);
         else if (is_new)
-            append(*target, value); // whatever it answers
+            append(*target, value); // with any result
     }
     if (target->kind == Kind::vector)
         for (size_t i = own.size(); i-- > 0;)
@@ -204,7 +204,7 @@ bool assign(Ref const &target, Ref const &source, Pairs &done) {
     if (target->kind == Kind::map || target->kind == Kind::vector)
         return copy(target, source, done);
     if (target->kind == Kind::set) {
-        target->items.clear(); // also when it is the source
+        target->items.clear(); // even if it is the source
         for (auto const &[key, value] : source->items) append(*target, value);
         return true;
     }
@@ -238,7 +238,7 @@ bool add(Ref const &target, Ref const &value) {
 
 struct Statement {
     std::vector<Key> path;
-    std::string op; // "" only for a path by itself
+    std::string op; // empty only for a path by itself
     Ref value;
 };
 
@@ -248,7 +248,7 @@ std::string shown(std::vector<Key> const &path, size_t length) {
     return all;
 }
 
-bool apply(Ref const &root, Statement const &s, bool force, std::string &told) {
+bool apply(Ref const &root, Statement const &s, bool force, std::string &reported) {
     bool const whole = s.op == "+=" || s.op == "<<";
     bool const may_create = !whole || (s.op == "+=" && s.value->kind == Kind::map);
     Ref at = root;
@@ -259,10 +259,10 @@ bool apply(Ref const &root, Statement const &s, bool force, std::string &told) {
             if (store(*at, s.path[i], level)) got = {Got::found, level};
         }
         if (got.state != Got::found) {
-            told += (may_create ? "Call of setattrp with not existing path: "
-                                : "Call of setattrp with operator '" + s.op +
-                                      "' is not allowed in case of not existing path: ") +
-                    shown(s.path, i + 1) + "\n";
+            reported += (may_create ? "Call of setattrp with not existing path: "
+                                    : "Call of setattrp with operator '" + s.op +
+                                          "' is not allowed in case of not existing path: ") +
+                        shown(s.path, i + 1) + "\n";
             return false;
         }
         at = got.value;
@@ -281,7 +281,7 @@ class Play {
   public:
     explicit Play(std::uint64_t seed) : random_(seed) {}
 
-    // One list of statements, or one value, on both. What differs, or nothing.
+    // Runs one list of statements, or one value, on both. Returns the difference, or nothing.
     std::string step();
     size_t statements() const { return statements_; }
 
@@ -305,13 +305,13 @@ class Play {
     std::string step_read();
     bool could_be_cyclic(Statement const &s);
     void start();
-    std::string compare(std::string const &what, bool model, bool real, std::string const &told,
+    std::string compare(std::string const &what, bool model, bool real, std::string const &reported,
                         cat::ReadReport const &report);
     std::string compare(Ref const &node, objref const &obj);
 
     std::mt19937_64 random_;
     Both tree_;
-    std::vector<Both> values_; // a program's own, put in at several places
+    std::vector<Both> values_; // objects of the program, stored at several positions
     size_t statements_ = 0;
     std::unordered_map<cObj const *, Node const *> players_;
     std::unordered_set<Node const *> visited_;
@@ -372,7 +372,7 @@ std::string Play::written(std::vector<Key> const &path) {
 std::string Play::step_text() {
     struct Wrong {
         char const *text;
-        char const *told;
+        char const *reported;
     };
     static Wrong const no_statement[] = {
         {"= 1", "ERROR in setattrp: Bad no-key entry: ="},
@@ -390,35 +390,35 @@ std::string Play::step_text() {
     bool const force = !one_in(3);
     bool result = true;
     std::string text = one_in(4) ? separator() : "";
-    std::string told;
+    std::string reported;
     for (size_t n = below(5) + 1; n > 0; --n) {
         ++statements_;
         if (one_in(40)) {
             Wrong const &wrong = one_of(no_statement);
             text += std::string(wrong.text) + "; a = 1";
-            told += std::string(wrong.told) + "\n";
+            reported += std::string(wrong.reported) + "\n";
             result = false;
             break;
         }
         Statement s{path(), one_of(ops), value(3)};
         text += written(s.path) + " " + s.op + " ";
-        if (one_in(60)) break; // nothing behind the operator
+        if (one_in(60)) break; // nothing after the operator
         if (one_in(40)) {
             Wrong const &wrong = one_of(no_value);
             text += std::string(wrong.text) + ";";
-            told += std::string(wrong.told) + "\n";
+            reported += std::string(wrong.reported) + "\n";
             result = false;
             continue;
         }
         text += shown(s.value) + separator();
-        result = apply(tree_.node, s, force, told) && result;
+        result = apply(tree_.node, s, force, reported) && result;
     }
     cat::ReadReport report;
     bool const real = tree_.obj->setattrp(text, force);
-    return compare(text + (force ? "  with force" : ""), result, real, told, report);
+    return compare(text + (force ? "  with force" : ""), result, real, reported, report);
 }
 
-// Does the value reach something that would come to hold it, or part of it?
+// Does the value reach something that would then contain it, or a part of it?
 bool Play::could_be_cyclic(Statement const &s) {
     std::unordered_set<Node const *> touched;
     std::function<void(Ref const &)> const note = [&](Ref const &node) {
@@ -455,13 +455,13 @@ std::string Play::step_value() {
     if (could_be_cyclic(s)) return {};
     ++statements_;
     bool const force = !one_in(3);
-    std::string told;
-    bool const result = apply(tree_.node, s, force, told);
+    std::string reported;
+    bool const result = apply(tree_.node, s, force, reported);
     cat::ReadReport report;
-    cErrorLog errors; // of the operations, which are no report's affair here
+    cErrorLog errors; // errors of the operations, which a report need not contain
     std::string const text = written(s.path) + " " + s.op;
     bool const real = tree_.obj->setattrp(text, both.obj, force);
-    return compare(text + "  value " + shown(both.node), result, real, told, report);
+    return compare(text + "  value " + shown(both.node), result, real, reported, report);
 }
 
 std::string Play::step_read() {
@@ -481,8 +481,8 @@ std::string Play::step_read() {
     return agree ? "" : "reading " + text + " gives " + path_test::flat(real);
 }
 
-std::string Play::compare(std::string const &what, bool model, bool real, std::string const &told,
-                          cat::ReadReport const &report) {
+std::string Play::compare(std::string const &what, bool model, bool real,
+                          std::string const &reported, cat::ReadReport const &report) {
     std::string heard;
     for (cat::ReadError const &error : report.entries())
         for (char const *begin :
@@ -491,7 +491,7 @@ std::string Play::compare(std::string const &what, bool model, bool real, std::s
             if (error.text.rfind(begin, 0) == 0) heard += error.text + "\n";
     std::string wrong;
     if (model != real) wrong += real ? "result is true\n" : "result is false\n";
-    if (told != heard) wrong += "told:\n" + heard + "instead of:\n" + told;
+    if (reported != heard) wrong += "told:\n" + heard + "instead of:\n" + reported;
     if (!text_state().idle()) wrong += "not idle\n";
     players_.clear();
     visited_.clear();
@@ -537,7 +537,7 @@ void Play::start() {
     while (!tree_.node->is_container());
     for (int i = 0; i < 5; ++i) values_.push_back(both(value(2)));
     cat::ReadReport const nothing;
-    (void)compare("start", true, true, "", nothing); // each object gets its node
+    (void)compare("start", true, true, "", nothing); // assigns its node to each object
 }
 
 std::string Play::step() {
@@ -557,7 +557,7 @@ std::uint64_t setting(char const *name, std::uint64_t otherwise) {
 
 } // namespace
 
-TEST_F(SetPathModel, random_statements_do_what_the_model_does) {
+TEST_F(SetPathModel, random_statements_agree_with_the_model) {
     std::uint64_t const seconds = setting("QRV_MODEL_SECONDS", 0);
     std::uint64_t const seed = setting("QRV_MODEL_SEED", 1);
     auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
@@ -565,7 +565,7 @@ TEST_F(SetPathModel, random_statements_do_what_the_model_does) {
     constexpr size_t in_a_short_run = 12000;
     while (play.statements() < in_a_short_run || std::chrono::steady_clock::now() < end) {
         ASSERT_EQ(play.step(), "") << "seed " << seed << ", statement " << play.statements();
-        messages(); // of comparisons
+        messages(); // printed by comparisons
     }
     RecordProperty("statements", std::to_string(play.statements()));
     if (seconds > 0)

@@ -1,5 +1,5 @@
-// Writing by a path: the four operators at every kind of object, and the edge cases. What is wrong
-// with a text is in cobj_setattrp_failure_test.cpp.
+// Writing by a path: the four operators on every kind of object, and edge cases. Failures are in
+// cobj_setattrp_failure_test.cpp.
 
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/csetobj.h"
@@ -17,15 +17,16 @@ namespace {
 
 class SetPath : public QrvTest {
   protected:
-    // What a text does to a tree: "result tree", and behind it in lines what is told.
+    // The effect of a string on a tree: "result tree", followed by the messages on separate lines.
     std::string after(std::string const &tree, std::string const &text, bool force) {
         objref const root = read(tree);
         if (objref const constant = root->getattr(own_key("c")); cObj::is_good(constant))
             constant->setflags(of_const);
         messages();
         bool const result = root->setattrp(text, force);
-        std::string const told = messages();
-        return (result ? "true " : "false ") + flat(root) + (told.empty() ? "" : "\n") + told;
+        std::string const reported = messages();
+        return (result ? "true " : "false ") + flat(root) + (reported.empty() ? "" : "\n") +
+               reported;
     }
     std::string after(std::string const &tree, std::string const &text) {
         std::string const with = after(tree, text, true);
@@ -55,7 +56,7 @@ objref number(int n) { return cat::of(n); }
 
 // --- the edge cases
 
-TEST_F(SetPathEdge, a_missing_level_is_made_and_the_value_shared) {
+TEST_F(SetPathEdge, a_missing_level_is_created_and_the_value_shared) {
     objref const root = make<cMapObj>();
     objref const value = number(5);
     EXPECT_TRUE(root->setattrp("a/b", value, true));
@@ -65,14 +66,14 @@ TEST_F(SetPathEdge, a_missing_level_is_made_and_the_value_shared) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(SetPathEdge, without_force_a_missing_level_is_told) {
+TEST_F(SetPathEdge, without_force_a_missing_level_is_reported) {
     objref const root = make<cMapObj>();
     EXPECT_FALSE(root->setattrp("a/b", number(5), false));
     EXPECT_EQ(flat(root), "{}");
     EXPECT_EQ("\n" + messages(), missing("/a"));
 }
 
-TEST_F(SetPathEdge, three_statements_with_three_separators) {
+TEST_F(SetPathEdge, three_statements_may_have_three_separators) {
     objref const root = read("{ x = 7; y = 8; z = 4 }");
     objref const x = root->getattrp("x"), y = root->getattrp("y"), z = root->getattrp("z");
     EXPECT_TRUE(root->setattrp("x = 1; y &= 2, z += 3", true));
@@ -87,7 +88,7 @@ TEST_F(SetPathEdge, appending_to_nothing_is_not_allowed) {
     EXPECT_EQ(after("{}", "v << 1"), "false {}" + not_allowed("<<", "/v"));
 }
 
-TEST_F(SetPathEdge, adding_a_map_makes_the_map_that_takes_it) {
+TEST_F(SetPathEdge, adding_a_map_creates_the_target_map) {
     EXPECT_EQ(after("{}", "m += {a=1}", true), "true {m={a=1}}");
     EXPECT_EQ(after("{}", "m += {a=1}", false), "false {}" + missing("/m"));
 }
@@ -104,7 +105,7 @@ TEST_F(SetPathEdge, assigning_keeps_the_object_and_replacing_does_not) {
     EXPECT_EQ(flat(root), "{a=6;m={d=4}}");
 }
 
-TEST_F(SetPathEdge, dissection_keeps_empty_pieces_but_none_at_the_end) {
+TEST_F(SetPathEdge, dissection_keeps_empty_pieces_except_at_the_end) {
     objref const list = make<cVectorObj>();
     list->append_dissection("a,b,,c,", ',');
     EXPECT_EQ(flat(list), "[a;b;\"\";c]");
@@ -123,7 +124,7 @@ TEST_F(SetPathEdge, a_path_without_a_key_writes_nothing) {
 
 // --- the operators, at every kind of object
 
-TEST_F(SetPath, assignment_at_every_kind_of_object) {
+TEST_F(SetPath, assignment_works_on_every_kind_of_object) {
     EXPECT_EQ(after("{m={p=1}}", "m = {q=7}"), "true {m={q=7}}");
     EXPECT_EQ(after("{m={p=1}}", "m = [8]"), "true {m={0=8}}");
     EXPECT_EQ(after("{m={p=1}}", "m = 5"), "false {m={p=1}}");
@@ -150,8 +151,8 @@ TEST_F(SetPath, assignment_at_every_kind_of_object) {
     EXPECT_EQ(after("<1>", "1 = 1"), "true <1>");
 }
 
-// Nil counts as a good value, and takes nothing.
-TEST_F(SetPath, nil_is_changed_by_replacing_alone) {
+// Nil counts as a good value, and accepts nothing.
+TEST_F(SetPath, only_replacing_changes_nil) {
     EXPECT_EQ(after("{n=#nil}", "n = 5"), "false {n=#nil}");
     EXPECT_EQ(after("{n=#nil}", "n += 5"), "false {n=#nil}");
     EXPECT_EQ(after("{n=#nil}", "n << 5"),
@@ -172,7 +173,7 @@ TEST_F(SetPath, nil_as_a_value_is_stored_but_not_assigned) {
     EXPECT_EQ(after("{v=[]}", "v << #nil"), "true {v=[#nil]}");
 }
 
-TEST_F(SetPath, replacing_at_every_kind_of_object) {
+TEST_F(SetPath, replacing_works_on_every_kind_of_object) {
     for (std::string const present : {"{m={p=1}}", "{m=[1;2]}", "{m=<1;2>}", "{m=3}", "{m=text}",
                                       "{m=#nil}", "{m=2.5}", "{}"}) {
         EXPECT_EQ(after(present, "m &= 5"), "true {m=5}") << present;
@@ -191,7 +192,7 @@ TEST_F(SetPath, replacing_at_every_kind_of_object) {
     EXPECT_EQ(after("<1;2>", "0 &= 3"), "true <3;2>");
 }
 
-TEST_F(SetPath, adding_at_every_kind_of_object) {
+TEST_F(SetPath, adding_works_on_every_kind_of_object) {
     EXPECT_EQ(after("{m={p=1}}", "m += {p=7; q=8}"), "true {m={p=1;q=8}}");
     EXPECT_EQ(after("{m={p=1}}", "m += [8]"), "true {m={p=1;0=8}}");
     EXPECT_EQ(after("{m={p=1}}", "m += 5"), "true {m={p=1}}");
@@ -208,7 +209,7 @@ TEST_F(SetPath, adding_at_every_kind_of_object) {
     EXPECT_EQ(after("[1;2]", "1 += 5"), "true [1;7]");
 }
 
-TEST_F(SetPath, adding_to_nothing_makes_levels_for_a_map_alone) {
+TEST_F(SetPath, adding_to_nothing_creates_levels_only_for_a_map) {
     EXPECT_EQ(after("{}", "a += 5"), "false {}" + not_allowed("+=", "/a"));
     EXPECT_EQ(after("{}", "a += [1]"), "false {}" + not_allowed("+=", "/a"));
     EXPECT_EQ(after("{}", "a += <1>"), "false {}" + not_allowed("+=", "/a"));
@@ -219,7 +220,7 @@ TEST_F(SetPath, adding_to_nothing_makes_levels_for_a_map_alone) {
     EXPECT_EQ(after("[1]", "1 += {x=1}", false), "false [1]" + missing("/1"));
 }
 
-TEST_F(SetPath, appending_at_every_kind_of_object) {
+TEST_F(SetPath, appending_works_on_every_kind_of_object) {
     EXPECT_EQ(after("{m={p=1}}", "m << 5; m << 6"), "true {m={p=1;0=5;1=6}}");
     EXPECT_EQ(after("{v=[1;2]}", "v << 5"), "true {v=[1;2;5]}");
     EXPECT_EQ(after("{v=[1;2]}", "v << [5]"), "true {v=[1;2;[5]]}");
@@ -233,13 +234,13 @@ TEST_F(SetPath, appending_at_every_kind_of_object) {
     EXPECT_EQ(after("[1]", "1 << 5"), "false [1]" + not_allowed("<<", "/1"));
 }
 
-TEST_F(SetPath, appending_what_a_set_has_fails_silently) {
+TEST_F(SetPath, appending_a_member_to_a_set_again_fails_silently) {
     EXPECT_EQ(after("{s=<1;2>}", "s << 2"), "false {s=<1;2>}");
     EXPECT_EQ(after("{s=<1;2>}", "s += <2>"), "true {s=<1;2>}");
     EXPECT_EQ(after("{s=<1;2>}", "s/2 &= 2"), "true {s=<1;2>}");
 }
 
-TEST_F(SetPath, levels_of_every_operator_with_and_without_force) {
+TEST_F(SetPath, every_operator_creates_levels_only_with_force) {
     for (std::string const op : {"=", "&="}) {
         EXPECT_EQ(after("{m={}}", "m/k/l " + op + " 5", true), "true {m={k={l=5}}}");
         EXPECT_EQ(after("{m={}}", "m/k/l " + op + " 5", false), "false {m={}}" + missing("/m/k"));
@@ -254,7 +255,7 @@ TEST_F(SetPath, levels_of_every_operator_with_and_without_force) {
               "Call of missed standard method 'setattr' in type: int\n");
 }
 
-TEST_F(SetPath, a_level_that_can_not_be_made_stops_the_walk) {
+TEST_F(SetPath, a_level_that_cannot_be_created_stops_the_walk) {
     EXPECT_EQ(after("[1]", "5/x = 2", true),
               "false [1]\nSetattr in object type 'vector', key '5':   Key is OUT OF RANGE" +
                   missing("/5"));
@@ -269,7 +270,7 @@ TEST_F(SetPath, a_level_that_can_not_be_made_stops_the_walk) {
 
 // --- one value
 
-TEST_F(SetPath, an_operator_in_the_path_counts) {
+TEST_F(SetPath, an_operator_in_the_path_is_used) {
     objref const root = read("{ a = {b = 3}; v = [1] }");
     objref const b = root->getattrp("a/b");
     EXPECT_TRUE(root->setattrp("a/b += ", number(4), true));
@@ -285,23 +286,23 @@ TEST_F(SetPath, an_operator_in_the_path_counts) {
     EXPECT_EQ("\n" + messages(), not_allowed("<<", "/none"));
 }
 
-TEST_F(SetPath, what_stands_behind_the_operator_is_not_looked_at) {
+TEST_F(SetPath, text_after_the_operator_is_ignored) {
     objref const root = read("{ a = 3 }");
     EXPECT_TRUE(root->setattrp("a = }{ nonsense ((", number(4), false));
     EXPECT_EQ(flat(root), "{a=4}");
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(SetPath, separators_may_stand_in_front_of_one_path_too) {
+TEST_F(SetPath, separators_may_also_precede_a_single_path) {
     objref const root = read("{}");
     EXPECT_TRUE(root->setattrp(";,; /a", number(4), false));
     EXPECT_EQ(flat(root), "{a=4}");
 }
 
-TEST_F(SetPath, a_null_value_removes_by_replacing_alone) {
+TEST_F(SetPath, a_null_value_removes_only_by_replacing) {
     objref const root = read("{ a = 3; v = [1; 2] }");
     objref const nothing;
-    EXPECT_TRUE(root->setattrp("a", nothing, true)); // assigning nothing changes nothing
+    EXPECT_TRUE(root->setattrp("a", nothing, true)); // assigning null changes nothing
     EXPECT_FALSE(root->setattrp("none", nothing, true));
     EXPECT_TRUE(root->setattrp("a +=", nothing, true));
     EXPECT_FALSE(root->setattrp("v <<", nothing, true));
@@ -312,7 +313,7 @@ TEST_F(SetPath, a_null_value_removes_by_replacing_alone) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(SetPath, bad_values_are_not_stored_by_assigning) {
+TEST_F(SetPath, assigning_does_not_store_bad_values) {
     objref const root = read("{ a = 3 }");
     for (objref const &value : {cat::bad(), cat::badfind()}) {
         EXPECT_FALSE(root->setattrp("b", value, true));
@@ -320,7 +321,7 @@ TEST_F(SetPath, bad_values_are_not_stored_by_assigning) {
     }
 }
 
-TEST_F(SetPath, a_void_object_takes_nothing) {
+TEST_F(SetPath, a_void_object_accepts_nothing) {
     EXPECT_FALSE(cat::nil()->setattrp("a", number(1), true));
     EXPECT_FALSE(cat::nil()->setattrp("a &= 1", true));
     EXPECT_EQ(messages(), "");
@@ -336,7 +337,7 @@ TEST_F(SetPath, an_object_on_the_stack_can_be_written_to) {
     EXPECT_EQ(map.size(), 1);
 }
 
-TEST_F(SetPath, specifications_hold_at_the_end_of_a_path) {
+TEST_F(SetPath, specifications_apply_at_the_end_of_a_path) {
     objref const root = read("{ m = {} }");
     auto &map = dynamic_cast<cMapObj &>(*root->getattrp("m"));
     map.set_attspec("n", specref::adopt(new cAttspec(number(42), asf_fixtype)));
@@ -349,29 +350,29 @@ TEST_F(SetPath, specifications_hold_at_the_end_of_a_path) {
 
 // --- texts
 
-TEST_F(SetPath, the_empty_text_is_a_success) {
+TEST_F(SetPath, an_empty_string_succeeds) {
     EXPECT_EQ(after("{a=1}", ""), "true {a=1}");
     EXPECT_EQ(after("{a=1}", " \n ; , // end"), "true {a=1}");
 }
 
-TEST_F(SetPath, separators_between_statements_may_be_many) {
+TEST_F(SetPath, many_separators_may_be_between_statements) {
     EXPECT_EQ(after("{}", ";;a = 1;;,; b = 2,,"), "true {a=1;b=2}");
     EXPECT_EQ(after("{}", "a = 1\n;\nb = 2"), "true {a=1;b=2}");
     EXPECT_EQ(after("{}", "a = {} b = [] c = <> d = int(4) e = 5"),
               "true {a={};b=[];c=<>;d=4;e=5}"); // a bracket ends a value
 }
 
-TEST_F(SetPath, what_ends_a_value_in_a_file_ends_it_here) {
+TEST_F(SetPath, values_end_as_in_files) {
     EXPECT_EQ(after("{}", "a = 1 } b = 2 ] c = 3 > d = 4"), "true {a=1;b=2;c=3;d=4}");
 }
 
-TEST_F(SetPath, comments_count_as_nothing_anywhere) {
+TEST_F(SetPath, comments_are_ignored_everywhere) {
     EXPECT_EQ(after("{}", "/*1*/a/*2*//b//3\n = /*5*/ 1 /*6*/; // 7\n /*8*/ c = 2 // 9", true),
               "true {a={b=1};c=2}");
     EXPECT_EQ(after("{}", "a // the rest / b\n = 1"), "true {a=1}");
 }
 
-TEST_F(SetPath, keys_have_the_rules_of_a_file) {
+TEST_F(SetPath, keys_follow_the_rules_of_files) {
     EXPECT_EQ(after("{}", "\"a b\" = 1; 'c' = 2; \"d\\\"e\" = 3; f_1 = 4"),
               "true {\"a b\"=1;c=2;\"d\\\"e\"=3;f_1=4}");
     EXPECT_EQ(after("{a=1}", "\"a\" = 2; 'a' += 3"), "true {a=5}");
@@ -382,7 +383,7 @@ TEST_F(SetPath, keys_have_the_rules_of_a_file) {
     EXPECT_EQ(after("{}", "m/1.5/-2 = a", true), "true {m={1.50000={-2=a}}}");
 }
 
-TEST_F(SetPath, a_constant_is_the_key_that_it_stands_for) {
+TEST_F(SetPath, a_constant_is_a_key_with_its_value) {
     cat::constmap().setattr(own_key("speed"), number(3));
     cat::constmap().setattr(own_key("label"), cat::of("text"));
     EXPECT_EQ(after("{}", "#speed = 1; #label = 2; m/#speed = 3", true),
@@ -399,7 +400,7 @@ TEST_F(SetPath, the_path_of_a_report_is_in_object_notation) {
     EXPECT_EQ(after("{}", "1.5/c << 1"), "false {}" + not_allowed("<<", "/1.50000"));
 }
 
-TEST_F(SetPath, values_have_the_rules_of_a_file) {
+TEST_F(SetPath, values_follow_the_rules_of_files) {
     EXPECT_EQ(after("{}", "a = {x = {}; y = #cRef(/x)}; b = int(7); c = true; d = #true; e = word"),
               "true {a={x={};y={}};b=7;c=true;d=#true;e=word}");
     objref const root = read("{}");
@@ -407,14 +408,14 @@ TEST_F(SetPath, values_have_the_rules_of_a_file) {
     EXPECT_EQ(root->getattrp("a/x").get(), root->getattrp("a/y").get());
 }
 
-TEST_F(SetPath, one_separator_in_front_of_a_value_is_legal) {
+TEST_F(SetPath, one_separator_before_a_value_is_allowed) {
     EXPECT_EQ(after("{}", "a = ; 1; b = 2"), "true {a=1;b=2}");
-    // ... and so the next word is the value, whatever it was meant to be.
+    // ... and so the next word is the value, even if it was not meant to be.
     EXPECT_EQ(after("{}", "a = ; b; = 2"),
               "false {a=b}" + one_error("ERROR in setattrp: Bad no-key entry: ="));
 }
 
-TEST_F(SetPath, an_absent_value_ends_the_text_silently) {
+TEST_F(SetPath, an_absent_value_ends_the_string_silently) {
     EXPECT_EQ(after("{}", "a = 1; b ="), "true {a=1}");
     EXPECT_EQ(after("{}", "a = 1; b = ; "), "true {a=1}");
     EXPECT_EQ(after("{}", "a = 1; b = } c = 2"), "true {a=1}");
@@ -422,12 +423,12 @@ TEST_F(SetPath, an_absent_value_ends_the_text_silently) {
     EXPECT_EQ(after("{}", "a = 1; \xe4 = 2; b = 3"), "true {a=1}");
 }
 
-TEST_F(SetPath, a_statement_can_use_what_one_before_it_made) {
+TEST_F(SetPath, a_statement_can_use_results_of_earlier_ones) {
     EXPECT_EQ(after("{}", "v = []; v << 1; v << {a = 2}; v/1/a += 5; m = {}; m/v &= x"),
               "true {v=[1;{a=7}];m={v=x}}");
 }
 
-TEST_F(SetPath, twice_in_a_row_is_the_same_as_two_calls) {
+TEST_F(SetPath, two_statements_are_the_same_as_two_calls) {
     objref const root = read("{ n = 1; v = [] }");
     for (int i = 0; i < 2; ++i) EXPECT_TRUE(root->setattrp("n += 1; v << n; s = <1>", false));
     EXPECT_EQ(flat(root), "{n=3;v=[n;n];s=<1>}");
@@ -444,7 +445,7 @@ TEST_F(SetPath, keys_are_written_to_the_trace_channel) {
 
 // --- pieces
 
-TEST_F(SetPath, dissection_of_short_texts) {
+TEST_F(SetPath, dissection_splits_short_strings) {
     std::vector<std::pair<std::string, std::string>> const cases = {
         {"", "[]"},
         {",", "[\"\"]"},
@@ -465,7 +466,7 @@ TEST_F(SetPath, dissection_of_short_texts) {
     EXPECT_EQ(flat(lines), "[a;\"\";b]");
 }
 
-TEST_F(SetPath, dissection_goes_on_where_it_is_called_again) {
+TEST_F(SetPath, dissection_appends_when_it_is_called_again) {
     objref const list = read("[1]");
     list->append_dissection("a,b", ',');
     list->append_dissection("a,b", ',');
@@ -478,11 +479,11 @@ TEST_F(SetPath, dissection_goes_on_where_it_is_called_again) {
     EXPECT_EQ(flat(map), "{0=a;1=b}");
 }
 
-TEST_F(SetPath, dissection_on_what_takes_nothing_tells_each_piece) {
+TEST_F(SetPath, dissection_into_an_object_without_attributes_reports_each_piece) {
     number(1)->append_dissection("a,b", ',');
-    std::string const told =
+    std::string const reported =
         "Attr value, type 'int': Bad call of 'append'. Method does not exist!\n";
-    EXPECT_EQ(messages(), told + told);
+    EXPECT_EQ(messages(), reported + reported);
     number(1)->append_dissection("", ',');
     EXPECT_EQ(messages(), "");
 }

@@ -30,14 +30,14 @@ std::string exact(objref const &value) {
     return written(value);
 }
 
-// What a reading of the text reports.
+// The errors of reading the text.
 std::string errors_of(std::string const &text) {
     cat::ReadReport const report;
     Reading const reading(text);
     return shown(report);
 }
 
-// An attribute that was left out is nil when its object is read.
+// An omitted attribute is nil when its object is read.
 std::string without_nil(std::string text) {
     std::string const nil = "= #nil;\n";
     for (size_t at = text.find(nil); at != std::string::npos; at = text.find(nil)) {
@@ -47,8 +47,9 @@ std::string without_nil(std::string text) {
     return text;
 }
 
-// Reads the entries of a map without an error, and writes them exactly. The paths of what was left
-// out, and the text, which reads back without an error and is written the same again.
+// Reads the entries of a map without an error, and writes them exactly. Returns the paths of the
+// omitted values and the text, which must be readable without an error and be written the same
+// again.
 struct cExactly {
     std::string left_out;
     std::string text;
@@ -60,10 +61,10 @@ cExactly exactly(std::string const &entries) {
     cErrorLog errors;
     cat::ExactText const guard;
     cExactly written_once{"", written(file.value)};
-    std::string const told = "Value cannot be written, path : ";
+    std::string const reported = "Value cannot be written, path : ";
     for (auto const &error : errors.entries()) {
-        EXPECT_EQ(error.text.substr(0, told.size()), told);
-        written_once.left_out += error.text.substr(told.size()) + " ";
+        EXPECT_EQ(error.text.substr(0, reported.size()), reported);
+        written_once.left_out += error.text.substr(reported.size()) + " ";
     }
     EXPECT_EQ(guard.failed(), errors.count());
     cTypesBack const again;
@@ -89,7 +90,7 @@ std::string const record =
 
 } // namespace
 
-TEST_F(SpecificationTextEdge, an_implied_one_without_type_is_an_empty_text) {
+TEST_F(SpecificationTextEdge, an_implied_attribute_without_a_type_is_an_empty_string) {
     objref const spec = specref::adopt(new cAttspec(asf_implied, nullptr));
     EXPECT_EQ(written(spec), "attspec()");
     EXPECT_EQ(exact(spec), "attspec(flag=#IMPLIED;)");
@@ -107,7 +108,7 @@ TEST_F(SpecificationTextEdge, an_undeclared_key_fails_as_a_whole_and_changes_not
     EXPECT_EQ(file.text_at("r/d"), "2");
 }
 
-TEST_F(SpecificationText, each_attribute_of_a_specification) {
+TEST_F(SpecificationText, each_attribute_of_a_specification_is_read_and_written) {
     EXPECT_EQ(reader_test::read_back("attspec(type=int)"), "attspec(type=int; flag=#REQUIRED;)");
     EXPECT_EQ(reader_test::read_back("attspec(type=int; flag=#IMPLIED)"), "attspec(type=int; )");
     EXPECT_EQ(reader_test::read_back("attspec(flag=#REQUIRED)"), "attspec(flag=#REQUIRED;)");
@@ -137,7 +138,7 @@ TEST_F(SpecificationText, reading_a_default_does_not_fix_its_type) {
     EXPECT_TRUE(read.at("type") == cat::nil());
 }
 
-TEST_F(SpecificationText, a_type_that_is_none) {
+TEST_F(SpecificationText, an_invalid_type_is_refused) {
     EXPECT_EQ(errors_of("{ s= attspec(type=nosuch) }"),
               "1:6 /s 0x40000000 Wrong type-entry in attspec\n"
               "1:6 /s 0x40000001 Failed to read value, type attspec\n"
@@ -146,7 +147,7 @@ TEST_F(SpecificationText, a_type_that_is_none) {
                                             "1:1  0x40000001 Failed to read value, type attspec\n");
 }
 
-TEST_F(SpecificationText, without_type_or_default_in_the_text_both_go) {
+TEST_F(SpecificationText, text_without_type_and_default_removes_both) {
     cAttspec spec(cat::of(5), asf_fixtype);
     std::istringstream text("flag=#REQUIRED");
     EXPECT_TRUE(spec.read(text));
@@ -154,13 +155,13 @@ TEST_F(SpecificationText, without_type_or_default_in_the_text_both_go) {
     EXPECT_TRUE(spec.get_default() == nullptr);
 }
 
-TEST_F(SpecificationText, anything_else_as_flag_does_nothing) {
+TEST_F(SpecificationText, an_unknown_flag_has_no_effect) {
     EXPECT_EQ(Reading("attspec(flag=7)").value->flags_of(asf_all), 8);
     EXPECT_EQ(Reading("attspec(flag=REQUIRED; type=int)").value->flags_of(asf_all), 9);
     EXPECT_EQ(Reading("attspec(flag=#FIXED)").value->flags_of(asf_all), 8);
 }
 
-TEST_F(SpecificationText, what_is_no_list_of_entries) {
+TEST_F(SpecificationText, text_that_is_not_a_list_of_entries_is_refused) {
     EXPECT_FALSE(Reading("attspec([1;2])").value);
     EXPECT_FALSE(Reading("attspec(5)").value);
     EXPECT_FALSE(Reading("attspec(type=int").log.empty());
@@ -168,10 +169,10 @@ TEST_F(SpecificationText, what_is_no_list_of_entries) {
 
 TEST_F(SpecificationText, an_error_before_a_specification_stays_counted) {
     Reading const read("{ a= nosuch(1); s= attspec(type=nosuch); b= 1; }");
-    EXPECT_EQ(read.scan.errcount(), 2u) << read.log; // the sub-text's count is its own
+    EXPECT_EQ(read.scan.errcount(), 2u) << read.log; // the inner text has its own count
 }
 
-TEST_F(SpecificationText, a_type_is_declared_and_used_further_down) {
+TEST_F(SpecificationText, a_type_can_be_used_after_its_declaration) {
     Reading const file("{" + record + " a= R(n=1;); b= [R(n=2; i=x)]; }");
     EXPECT_EQ(file.code, 0);
     EXPECT_EQ(file.log, "");
@@ -190,7 +191,7 @@ TEST_F(SpecificationText, a_type_is_written_as_it_is_declared) {
     EXPECT_EQ(exact(Reading(once).value), once);
 }
 
-TEST_F(SpecificationText, each_broken_rule_fails_the_reading) {
+TEST_F(SpecificationText, each_violated_rule_is_an_error) {
     for (char const *broken : {"", "n=1.5", "n=#nil", "n=1; z=2", "d=1", "n=x"}) {
         std::string const text = "{" + record + "\n  r= R(" + broken + ") }";
         EXPECT_EQ(errors_of(text), "2:6 /r 0x40000000 Validate error in read of type: R\n"
@@ -207,7 +208,7 @@ TEST_F(SpecificationText, a_fixed_attribute_makes_its_type_unreadable) {
               "1:55 /a 0x00000000 Cannot insert key =a\n");
 }
 
-TEST_F(SpecificationText, an_error_inside_is_told_beside_the_failure) {
+TEST_F(SpecificationText, an_error_inside_is_reported_in_addition_to_the_failure) {
     EXPECT_EQ(errors_of("{" + record + " a= R(n= nosuch(1)) }"),
               "1:111 /a/n 0x40000005 Value with unknown type='nosuch\n"
               "1:106 /a 0x40000000 Validate error in read of type: R\n"
@@ -215,17 +216,17 @@ TEST_F(SpecificationText, an_error_inside_is_told_beside_the_failure) {
               "1:106 /a 0x00000000 Cannot insert key =a\n");
 }
 
-TEST_F(SpecificationText, a_second_declaration_counts_from_there_on) {
+TEST_F(SpecificationText, a_second_declaration_applies_from_there_on) {
     Reading const file("{" + record + " a= R(n=1); R= attlist(k= attspec(type=int)); b= R(k=2); }");
     EXPECT_EQ(file.log, "");
     EXPECT_EQ(file.text_at("b"), "R(\n  k= 2;\n)");
-    EXPECT_EQ(file.text_at("a/n"), "1"); // what is there stays as it is
+    EXPECT_EQ(file.text_at("a/n"), "1"); // the existing value is unchanged
     EXPECT_EQ(errors_of("{ x= R(n=1) }").substr(0, 7), "1:6 /x ");
 }
 
 // --- types without attributes ---
 
-TEST_F(SpecificationText, an_object_without_attributes_comes_back) {
+TEST_F(SpecificationText, an_object_without_attributes_can_be_read_again) {
     std::string const text = "{\n  E= attlist(\n  );\n  a= E(\n  );\n  v= [E(\n      ), ];\n}";
     Reading const file("{E= attlist(); a= E(); v= [E( /* nothing */ )]; s= <E()>; m= {e= E()} }");
     EXPECT_EQ(file.log, "");
@@ -239,7 +240,7 @@ TEST_F(SpecificationText, an_object_without_attributes_comes_back) {
     EXPECT_EQ(exact(make<cMapObj>(dynamic_cast<cTypeObj *>(file.at("E").get()), true)), "E(\n)");
 }
 
-TEST_F(SpecificationText, an_entry_that_is_no_specification_declares_no_attribute) {
+TEST_F(SpecificationText, an_entry_that_is_not_a_specification_declares_no_attribute) {
     Reading const file("{E= attlist(x= 5); a= E(); }");
     EXPECT_EQ(file.log, "");
     EXPECT_EQ(file.text_at("a"), "E(\n)");
@@ -258,7 +259,7 @@ TEST_F(SpecificationText, a_list_that_is_not_empty_fails_without_attributes) {
 
 // --- types that were declared again ---
 
-TEST_F(SpecificationText, an_object_of_an_older_declaration_is_left_out) {
+TEST_F(SpecificationText, an_object_of_an_older_declaration_is_omitted) {
     cExactly const both = exactly(int_x + "a= T(x= 1);" + int_y + "b= T(y= 2);");
     EXPECT_EQ(both.left_out, "/a ");
     EXPECT_EQ(both.text, "{\n  T= attlist(\n      y= attspec(type=int; flag=#IMPLIED;);\n  );\n"
@@ -275,12 +276,12 @@ TEST_F(SpecificationText, an_object_of_an_older_declaration_is_left_out) {
               "/a ");
 }
 
-TEST_F(SpecificationText, a_declaration_in_another_map_is_a_newer_one_too) {
+TEST_F(SpecificationText, a_declaration_in_another_map_is_also_a_newer_one) {
     EXPECT_EQ(left_out("m= {" + int_x + "a= T(x= 1)}; n= {" + int_y + "b= T(y= 2)};"), "/m/a ");
     EXPECT_EQ(left_out("m= {" + int_x + "a= T(x= 1)}; n= {" + int_x + "b= T(x= 2)};"), "");
 }
 
-TEST_F(SpecificationText, an_object_that_the_newer_declaration_reads_the_same_is_written) {
+TEST_F(SpecificationText, an_object_that_reads_the_same_by_the_newer_declaration_is_written) {
     for (std::string const same : {"type= int; flag= #IMPLIED", "flag= #IMPLIED",
                                    "type= int; flag= #REQUIRED", "default= 7"})
         EXPECT_EQ(left_out(int_x + "a= T(x= 1);" + declare("x", same)), "") << same;
@@ -292,7 +293,7 @@ TEST_F(SpecificationText, an_object_that_the_newer_declaration_reads_the_same_is
     EXPECT_EQ(left_out(two + "a= T(x= 1);" + turned), "/a ");
 }
 
-TEST_F(SpecificationText, a_default_that_changed_leaves_out_what_it_would_be_merged_with) {
+TEST_F(SpecificationText, a_changed_default_omits_objects_that_it_would_be_merged_with) {
     std::string const choice_m = "M= choice({a= 1; b= 2});";
     std::string const map = declare("m", "default= {a= 1}"), set = declare("m", "default= <1>");
     EXPECT_EQ(left_out(map + "a= T(); b= T(m= {b= 2});" + map), "");
@@ -316,7 +317,7 @@ TEST_F(SpecificationText, a_default_that_changed_leaves_out_what_it_would_be_mer
               "/a /b ");
 }
 
-TEST_F(SpecificationText, each_reference_to_an_older_object_is_left_out_but_none_to_what_it_holds) {
+TEST_F(SpecificationText, references_to_an_older_object_are_omitted_but_not_those_to_its_content) {
     cExactly const shared =
         exactly(declare("x", "flag= #IMPLIED") +
                 "a= T(x= [1]); b= #cRef(/a); c= #cRef(/a/x); d= #cRef(/a/x);" + int_y);
@@ -337,7 +338,7 @@ TEST_F(SpecificationText,
                            "  r= #cRef(/v/0);\n  q= #cRef(/v/1/k);\n}");
 }
 
-TEST_F(SpecificationText, an_older_object_in_an_object) {
+TEST_F(SpecificationText, an_older_object_inside_an_object_is_omitted) {
     std::string const inner = int_x + "L= attlist(a= attspec(type= T; flag= ";
     EXPECT_EQ(left_out(inner + "#IMPLIED)); l= L(a= T(x= 1));" + int_y), "/l/a ");
     EXPECT_EQ(left_out(inner + "#REQUIRED)); l= L(a= T(x= 1)); v= [#cRef(/l); 1];" + int_y),
@@ -348,7 +349,7 @@ TEST_F(SpecificationText, an_older_object_in_an_object) {
               "/l/a /l /t ");
 }
 
-TEST_F(SpecificationText, an_older_object_as_a_default_is_left_out) {
+TEST_F(SpecificationText, an_older_object_as_a_default_is_omitted) {
     cExactly const direct =
         exactly(int_x + declare("d", "default= T(x= 1)", "U") + "u= U();" + int_y);
     EXPECT_EQ(direct.left_out, "/U/d/default /u/d ");
@@ -357,7 +358,7 @@ TEST_F(SpecificationText, an_older_object_as_a_default_is_left_out) {
                            "  u= U(\n  );\n}");
 }
 
-TEST_F(SpecificationText, an_object_that_its_type_would_not_read_is_left_out) {
+TEST_F(SpecificationText, an_object_that_its_type_would_refuse_is_omitted) {
     Reading const file("{" + record +
                        "F= attlist(f= attspec(default= 5; flag= #FIXED));"
                        "W= attlist(w= attspec(type= int; default= 2.5));"
@@ -383,13 +384,13 @@ TEST_F(SpecificationText, an_object_that_its_type_would_not_read_is_left_out) {
                              "0x40000001 Value cannot be written, path : /1\n");
 }
 
-TEST_F(SpecificationText, a_type_without_a_name_leaves_out_its_specification) {
+TEST_F(SpecificationText, a_specification_of_an_unnamed_type_is_omitted) {
     EXPECT_EQ(left_out("R= attlist(n= attspec(type= choice({a= 1}); flag= #IMPLIED); k= "
                        "attspec(default= 1)); "),
               "/R/n ");
 }
 
-TEST_F(SpecificationText, an_older_object_alone_has_no_exact_text) {
+TEST_F(SpecificationText, an_older_object_by_itself_has_no_exact_text) {
     Reading const file("{" + int_x + "a= T(x= 1);" + int_y + "}");
     cErrorLog errors;
     cat::ExactText const guard;
@@ -402,7 +403,7 @@ TEST_F(SpecificationText, an_older_object_alone_has_no_exact_text) {
                              "0x40000001 Value cannot be written, path : \n");
 }
 
-TEST_F(SpecificationText, plain_text_has_objects_of_every_declaration) {
+TEST_F(SpecificationText, plain_text_contains_objects_of_every_declaration) {
     Reading const file("{" + int_x + "a= T(x= 1);" + int_y + "}");
     EXPECT_EQ(file.text_at("a"), "T(\n  x= 1;\n)");
 }
@@ -416,7 +417,7 @@ TEST_F(SpecificationText, a_declaration_of_another_metatype_is_refused) {
               "1:48 /exe 0x40000006 Type name from input is registered with another type-type!\n");
 }
 
-TEST_F(SpecificationText, what_stands_in_a_default_can_be_referred_to) {
+TEST_F(SpecificationText, references_into_a_default_are_allowed) {
     std::string const text =
         "{\n  R= attlist(\n      m= attspec(default={v= [1, 2, ]; }; );\n  );\n  "
         "again= #cRef(/R/m/default/v);\n}";
@@ -427,7 +428,7 @@ TEST_F(SpecificationText, what_stands_in_a_default_can_be_referred_to) {
     EXPECT_EQ(exact(file.value), text);
 }
 
-TEST_F(SpecificationText, objects_nest_and_come_back) {
+TEST_F(SpecificationText, nested_objects_can_be_read_again) {
     std::string const text =
         "{\n  P= attlist(\n      x= attspec(type=int; default=0; );\n  );\n"
         "  L= attlist(\n      a= attspec(type=P; flag=#REQUIRED;);\n      b= "
@@ -447,7 +448,7 @@ TEST_F(SpecificationText, two_objects_read_with_the_same_default_share_nothing) 
     EXPECT_EQ(file.text_at("T/v/default"), "[1, ]");
 }
 
-TEST_F(SpecificationText, a_text_makes_no_object_that_owns_itself) {
+TEST_F(SpecificationText, text_creates_no_object_that_owns_itself) {
     std::string const type = "{R= attlist(a= attspec(flag=#IMPLIED)); ";
     Reading const direct(type + "r= R(); r= R(a= #cRef(/r)); }");
     EXPECT_EQ(direct.text_at("r"), "R(\n  a= R(\n      a= #nil;\n  );\n)"); // a copy
@@ -457,7 +458,7 @@ TEST_F(SpecificationText, a_text_makes_no_object_that_owns_itself) {
     EXPECT_FALSE(below.at("m")->is_owner_of(*below.at("m")));
 }
 
-// The first entry of a specification's text declares nothing: its value is only what it is.
+// The first entry of a specification's text declares nothing: only its value is used.
 TEST_F(SpecificationText, a_type_without_a_name_lives_as_long_as_the_specification) {
     Reading const choice("attspec(type=choice({a=1}); flag=#IMPLIED)");
     EXPECT_EQ(choice.log, "");
@@ -473,7 +474,7 @@ TEST_F(SpecificationText, a_type_without_a_name_lives_as_long_as_the_specificati
               "1:46 /r 0x00000000 Cannot insert key =r\n");
 }
 
-TEST_F(SpecificationText, a_type_declared_by_an_object_of_its_own_ends) {
+TEST_F(SpecificationText, a_type_declared_again_with_an_old_object_as_default_is_destroyed) {
     Reading const file("{T= attlist(x= attspec(type= int; flag= #IMPLIED)); p= T(x= 1);"
                        " T= attlist(x= attspec(default= #cRef(/p))); q= T(); }");
     EXPECT_EQ(file.log, "");
@@ -481,7 +482,7 @@ TEST_F(SpecificationText, a_type_declared_by_an_object_of_its_own_ends) {
     EXPECT_EQ(file.text_at("p"), "T(\n  x= 1;\n)");
 }
 
-TEST_F(SpecificationText, doubling_objects_ends_at_the_budget) {
+TEST_F(SpecificationText, doubling_objects_stops_at_the_budget) {
     std::string text = "{R= attlist(a= attspec(flag=#IMPLIED); b= attspec(flag=#IMPLIED)); r= R();";
     for (int i = 0; i < 40; ++i) text += "\nr= R(a= #cRef(/r); b= #cRef(/r));";
     std::string const errors = errors_of(text + "}");
@@ -489,7 +490,7 @@ TEST_F(SpecificationText, doubling_objects_ends_at_the_budget) {
         << errors;
 }
 
-TEST_F(SpecificationText, methods_without_a_stream_answer_no) {
+TEST_F(SpecificationText, methods_without_a_stream_return_false) {
     objref none = cat::of(1);
     cAttspec spec(asf_required, nullptr);
     EXPECT_FALSE(cTomAttspec::m_write(spec, none));

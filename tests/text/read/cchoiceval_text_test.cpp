@@ -1,4 +1,4 @@
-// The text of choices: values and types written and read back, and types declared in texts.
+// The text of choices: values and types written and read again, and types declared in text.
 #include "qrv/containers/cchoiceval.h"
 
 #include "qrv/containers/csignalobj.h"
@@ -16,7 +16,7 @@ using reader_test::Reading;
 
 namespace {
 
-// A registered type, and no type of a text stays behind.
+// A registered type. Types that text declares are removed at the end.
 class ChoiceText : public QrvTest {
   protected:
     ChoiceText() : type(choice_type({"a", "b", "two words", "true"})), insert_(*type) {
@@ -24,7 +24,7 @@ class ChoiceText : public QrvTest {
     }
     ~ChoiceText() override { forget(); }
 
-    // What the texts here declare; a reference to a type under a key declares it, too.
+    // Text that declares types. A reference to a type under a key also declares the type.
     static void forget() {
         for (char const *name : {"C", "D", "q", "r"}) cat::type_hash_ptr()->delitem(name);
     }
@@ -68,9 +68,9 @@ TEST_F(ChoiceText, a_value_is_written_as_its_key) {
     EXPECT_TRUE(value->is_writable());
 }
 
-TEST_F(ChoiceText, what_is_written_reads_back_at_the_same_choice) {
+TEST_F(ChoiceText, written_text_reads_as_the_same_choice) {
     for (int n = 0; n < 5; ++n) {
-        if (n == 3) continue; // "true" is bare without exact text
+        if (n == 3) continue; // "true" is written without quotes in plain text
         valueref const value = value_of(type);
         value->setpos(n);
         valueref const back = read(cat::as_text(value));
@@ -85,7 +85,7 @@ TEST_F(ChoiceText, what_is_written_reads_back_at_the_same_choice) {
     EXPECT_EQ(exact.failed(), 0u);
 }
 
-TEST_F(ChoiceText, an_empty_text_reads_as_undefined) {
+TEST_F(ChoiceText, empty_text_reads_as_undefined) {
     for (char const *empty : {"Letter()", "Letter( )", "Letter( /* none */ )"}) {
         valueref const value = read(empty);
         ASSERT_TRUE(value) << log;
@@ -94,7 +94,7 @@ TEST_F(ChoiceText, an_empty_text_reads_as_undefined) {
     }
 }
 
-TEST_F(ChoiceText, unknown_keys_and_what_is_no_key_do_not_read) {
+TEST_F(ChoiceText, unknown_keys_and_tokens_that_are_not_keys_are_refused) {
     for (char const *wrong : {"Letter(x)", "Letter(8)", "Letter(7.0)", "Letter({a=1})",
                               "Letter([a])", "Letter(#nil)", "Letter(Letter(a))", "Letter(true)"}) {
         EXPECT_FALSE(read(wrong)) << wrong;
@@ -103,7 +103,7 @@ TEST_F(ChoiceText, unknown_keys_and_what_is_no_key_do_not_read) {
     }
 }
 
-TEST_F(ChoiceText, a_read_that_fails_moves_nothing) {
+TEST_F(ChoiceText, a_failed_read_changes_nothing) {
     valueref const value = value_at(type, "b");
     std::istringstream unknown("x"), nothing(""), good("a");
     EXPECT_FALSE(value->read(unknown));
@@ -114,7 +114,7 @@ TEST_F(ChoiceText, a_read_that_fails_moves_nothing) {
     EXPECT_EQ(place(value), "undefined");
 }
 
-TEST_F(ChoiceText, values_in_a_map) {
+TEST_F(ChoiceText, values_may_be_in_a_map) {
     Reading const r("{ one= Letter(b); two= Letter(); three= #cRef(/one); }");
     EXPECT_EQ(r.code, 0);
     EXPECT_EQ(r.log, "");
@@ -139,7 +139,7 @@ TEST_F(ChoiceText, a_type_is_written_as_its_choices) {
     EXPECT_EQ(cat::as_text(choice_type("Listed", list)), "choice([x, ])");
 }
 
-TEST_F(ChoiceText, a_type_reads_back) {
+TEST_F(ChoiceText, a_written_type_can_be_read_again) {
     Reading const r("choice({a=1; b=2; })");
     ASSERT_EQ(r.code, 0) << r.log;
     auto *const read = dynamic_cast<cTypeObj *>(r.value.get());
@@ -171,7 +171,7 @@ TEST_F(ChoiceText, reading_into_a_type_in_use_moves_its_values) {
     EXPECT_TRUE(type->tmember("choices") == choices);
 }
 
-TEST_F(ChoiceText, methods_without_a_stream_or_an_object) {
+TEST_F(ChoiceText, methods_without_a_stream_or_an_object_fail) {
     objref none, number = cat::of(1);
     valueref const value = value_of(type);
     EXPECT_FALSE(cTomChoiceVal::m_write(*value, none));
@@ -191,9 +191,9 @@ TEST_F(ChoiceText, methods_without_a_stream_or_an_object) {
     EXPECT_EQ(os.str(), "a");
 }
 
-// --- declared in a text
+// --- declared in text
 
-TEST_F(ChoiceDeclared, a_declared_type_is_known_from_there_on) {
+TEST_F(ChoiceDeclared, a_declared_type_is_known_after_its_declaration) {
     Reading const r("{ C= choice({a= 1; b= 2; }); v= C(b); w= C(a); }");
     EXPECT_EQ(r.log, "");
     EXPECT_EQ(place_at(r, "v") + place_at(r, "w"), "ba");
@@ -201,7 +201,7 @@ TEST_F(ChoiceDeclared, a_declared_type_is_known_from_there_on) {
     EXPECT_EQ(&r.at("v")->type(), &cat::find_type("C"));
 }
 
-TEST_F(ChoiceDeclared, choices_shared_with_a_value_that_is_merged_into) {
+TEST_F(ChoiceDeclared, merging_into_shared_choices_takes_effect_when_the_type_is_changed) {
     Reading const r("{ l=[1;2]; C=choice(#cRef(/l)); v=C(1); l=[9]; }");
     EXPECT_EQ(r.log, "");
     EXPECT_EQ(place_at(r, "v"), "undefined") << "its entry is gone, and nobody has told";
@@ -219,10 +219,10 @@ TEST_F(ChoiceDeclared, a_type_declared_again_moves_the_values_read_so_far) {
     EXPECT_EQ(place_at(r, "v") + place_at(r, "w"), "bx");
 }
 
-// What a text could make hold itself; a leak would be told by the census.
-TEST_F(ChoiceDeclared, no_text_makes_a_type_or_a_value_hold_itself) {
+// Text that could create cycles; the count of objects would show a leak.
+TEST_F(ChoiceDeclared, no_text_creates_a_type_or_value_that_contains_itself) {
     char const *const texts[] = {
-        // the value into the map that it stands in
+        // the value into the map that contains it
         "{ l={a=1}; C=choice(#cRef(/l)); v=C(a); l={q=#cRef(/v)}; }",
         "{ l={a=1;s={}}; C=choice(#cRef(/l)); v=C(a); l={s={q=#cRef(/v)}}; }",
         "{ l={a=1;s=<>}; C=choice(#cRef(/l)); v=C(a); l={s=<#cRef(/v)>}; }",
@@ -231,7 +231,7 @@ TEST_F(ChoiceDeclared, no_text_makes_a_type_or_a_value_hold_itself) {
         "{ l={a=1}; C=choice(#cRef(/l)); l={q=#cRef(/C)}; }",
         "{ C=choice({a=1}); x={q=#cRef(/C)}; C=choice(#cRef(/x)); }",
         "{ C=choice({a=1}); C=choice({q=#cRef(/C)}); }",
-        // its values there
+        // its values into the type
         "{ C=choice({a=1}); C=choice({q=C(a)}); }",
         "{ C=choice({a=1}); v=C(a); x={q=[#cRef(/v)]}; C=choice(#cRef(/x)); }",
         // two types, each among the choices of the other
@@ -261,7 +261,7 @@ TEST_F(ChoiceDeclared, no_text_makes_a_type_or_a_value_hold_itself) {
     }
 }
 
-TEST_F(ChoiceDeclared, declaring_a_type_again_and_again_is_paid_for) {
+TEST_F(ChoiceDeclared, repeated_declarations_use_the_merge_budget) {
     cErrorLog errors;
     std::string values = "{ m={a=1;b=2}; n={b=1;a=2}; C=choice({a=0}); ", declarations;
     for (int i = 0; i < 3000; ++i) values += "v" + std::to_string(i) + "=C(a); ";
@@ -271,7 +271,7 @@ TEST_F(ChoiceDeclared, declaring_a_type_again_and_again_is_paid_for) {
     EXPECT_EQ(place_at(r, "v0") + place_at(r, "v2999"), "aa");
 }
 
-TEST_F(ChoiceDeclared, comparing_large_choices_again_and_again_is_paid_for) {
+TEST_F(ChoiceDeclared, repeated_comparisons_of_large_choices_use_the_merge_budget) {
     cErrorLog errors;
     std::string map = "{";
     for (int i = 0; i < 20000; ++i) map += "k" + std::to_string(i) + "=1; ";

@@ -1,4 +1,4 @@
-// Runs: which errors of a reading follow from which.
+// Runs: which errors of a reading follow from which earlier error.
 
 #include "core/cerr_object.h"
 #include "qrv/core/cexe.h"
@@ -11,7 +11,7 @@ using reader_test::Reading;
 
 namespace {
 
-// A character for each entry: '-' for the first of a run, for another one the index of that.
+// A character for each entry: '-' for the first of a run, for others the index of the first one.
 std::string runs_of(cat::ReadReport const &report) {
     std::string all;
     for (cat::ReadError const &error : report.entries())
@@ -33,7 +33,7 @@ std::string runs(std::string const &text) {
 
 std::string const declared = "{T= attlist(x= attspec(type= int; flag= #IMPLIED)); ";
 
-// Reads one value of a text of its own, or what the test says.
+// Reads one value of a separate text, or what the test sets.
 std::function<void()> reading;
 bool read_other(cObj &, objref &) {
     reading();
@@ -55,7 +55,7 @@ class ErrorRuns : public QrvTest {
     cTypesBack types_;
 };
 
-TEST_F(ErrorRuns, last_while_the_reader_is_out_of_step) {
+TEST_F(ErrorRuns, continue_while_the_reader_is_not_synchronised) {
     EXPECT_EQ(runs("{a = 5 ms; b = 6; c = 7; }"), "-0000000");
     EXPECT_EQ(runs("{a; b = nosuch(1)}"), "-00000");
     EXPECT_EQ(runs("{a = ?;5 6; b = nosuch(1)}"), "-0000000") << "that ; is in front of a value";
@@ -95,7 +95,7 @@ TEST_F(ErrorRuns, end_after_the_bracket_that_closes_where_they_began) {
     EXPECT_EQ(runs("{a = nosuch(1) b = nosuch(1)}"), "-000") << "its text is not read";
 }
 
-TEST_F(ErrorRuns, have_what_is_reported_at_that_bracket) {
+TEST_F(ErrorRuns, include_errors_at_that_bracket) {
     EXPECT_EQ(runs("[nosuch(1)]"), "-00");
     EXPECT_EQ(runs("[nosuch(1); ]"), "-00") << "no entry begins after the ;";
     EXPECT_EQ(runs("{a = [nosuch(1); > ; b = nosuch(2)}"), "-0000-5");
@@ -106,14 +106,14 @@ TEST_F(ErrorRuns, have_what_is_reported_at_that_bracket) {
               "-00000000-9");
 }
 
-TEST_F(ErrorRuns, go_on_at_the_end_of_a_text_that_lacks_the_bracket) {
+TEST_F(ErrorRuns, continue_to_the_end_of_text_without_the_bracket) {
     EXPECT_EQ(runs("{a = [1; 2"), "-0");
     EXPECT_EQ(runs("{a = [{b = <1; {c = 2"), "-0000");
     EXPECT_EQ(runs("{a = [nosuch(1)"), "-0000");
     EXPECT_EQ(runs("{a = int(5"), "-0");
 }
 
-TEST_F(ErrorRuns, have_the_refusal_of_a_key_whose_value_had_errors) {
+TEST_F(ErrorRuns, include_the_refusal_of_a_key_whose_value_had_errors) {
     EXPECT_EQ(runs("{c = [nosuch(1)] d = nosuch(2)}"), "-000-4") << "after the end of the run";
     EXPECT_EQ(runs("{c = [nosuch(1); 5]; d = nosuch(2)}"), "-0-2-4") << "the last error's run";
     EXPECT_EQ(runs("[1; nosuch(1); 5 6; #none #none; nosuch(2)]"), "-0--333-77");
@@ -123,20 +123,20 @@ TEST_F(ErrorRuns, have_the_refusal_of_a_key_whose_value_had_errors) {
     EXPECT_EQ(runs("{a = [nosuch(1)] b = #bad; }"), "-000-") << "the error was another value's";
 }
 
-TEST_F(ErrorRuns, of_lists_and_sets_go_by_their_items) {
+TEST_F(ErrorRuns, in_lists_and_sets_end_at_the_next_item) {
     EXPECT_EQ(runs("[5 6; 7; 8 9]"), "--");
     EXPECT_EQ(runs("<5 6; 7; 8 9>"), "--");
     EXPECT_EQ(runs("[5 6 7 8; 9 ?]"), "-00-3");
     EXPECT_EQ(runs("[;;; 5 6; 7 8]"), "-0--");
 }
 
-TEST_F(ErrorRuns, of_errors_after_a_value_are_the_entrys) {
+TEST_F(ErrorRuns, of_errors_after_a_value_belong_to_its_entry) {
     EXPECT_EQ(runs("{int= attlist(); b= nosuch(1)}"), "--1");
     EXPECT_EQ(runs("{m = {v = 1}; m = {v = [1 2]}; b = nosuch(3) }"), "---2");
     EXPECT_EQ(runs("{m = {v = 1}; m = {v = nosuch(1)} m = nosuch(2)}"), "-0-2");
 }
 
-TEST_F(ErrorRuns, of_merges_without_end_are_one_for_each_entry) {
+TEST_F(ErrorRuns, of_endless_merges_are_one_for_each_entry) {
     std::string text = "{ m = { v = [1; 2] };\n";
     for (int i = 0; i < 20; ++i) text += "m = { v = #cRef(/m/v) };\n";
     std::string const found = runs(text + "}");
@@ -144,7 +144,7 @@ TEST_F(ErrorRuns, of_merges_without_end_are_one_for_each_entry) {
     EXPECT_GT(found.size(), 1u);
 }
 
-TEST_F(ErrorRuns, do_not_join_from_one_reading_to_the_next) {
+TEST_F(ErrorRuns, do_not_extend_from_one_reading_to_the_next) {
     EXPECT_EQ(runs("{a = nosuch(1)} nosuch(2)"), "-0-");
     EXPECT_EQ(runs("5 ms 6 mm"), "---");
     cat::ReadReport const report;
@@ -154,7 +154,7 @@ TEST_F(ErrorRuns, do_not_join_from_one_reading_to_the_next) {
     EXPECT_EQ(runs_of(report), "---222");
 }
 
-TEST_F(ErrorRuns, of_a_bare_list_are_those_of_its_entries) {
+TEST_F(ErrorRuns, of_a_bare_list_are_separate_for_each_entry) {
     auto const bare = [](std::string const &text) {
         cat::ReadReport const report;
         std::istringstream is(text);
@@ -165,15 +165,15 @@ TEST_F(ErrorRuns, of_a_bare_list_are_those_of_its_entries) {
     EXPECT_EQ(bare("a = 5 ms; b = 6; "), "-00000");
     EXPECT_EQ(bare("a = nosuch(1); b = nosuch(2); c = nosuch(3)"), "--1-3");
     EXPECT_EQ(bare("a = [1 2]; b = nosuch(2)"), "--1");
-    messages(); // the summaries
+    messages(); // the summary messages
 }
 
-TEST_F(ErrorRuns, have_the_exception_that_ends_a_value) {
+TEST_F(ErrorRuns, include_the_exception_that_ends_a_value) {
     add_type("Throws", read_throwing);
     EXPECT_EQ(runs("{a = Throws(1); b = [5 Throws(2)]; c = nosuch(1)}"), "-0-2222-7");
 }
 
-TEST_F(ErrorRuns, of_other_texts_that_are_read_meanwhile_end_with_them) {
+TEST_F(ErrorRuns, of_text_read_meanwhile_end_with_that_text) {
     add_type("Reads", read_other);
     reading = [] { read_all("[1; nosuch(1)]"); };
     EXPECT_EQ(runs("{a = Reads(x); b = nosuch(1)}"), "-00-3");
@@ -181,7 +181,7 @@ TEST_F(ErrorRuns, of_other_texts_that_are_read_meanwhile_end_with_them) {
     reading = nullptr;
 }
 
-TEST_F(ErrorRuns, are_each_reports_own) {
+TEST_F(ErrorRuns, are_separate_for_each_report) {
     add_type("Reads", read_other);
     std::string inner;
     reading = [&inner] {
@@ -196,7 +196,7 @@ TEST_F(ErrorRuns, are_each_reports_own) {
     reading = nullptr;
 }
 
-TEST_F(ErrorRuns, begin_with_the_first_error_that_the_limit_leaves_room_for) {
+TEST_F(ErrorRuns, begin_with_the_first_error_within_the_limit) {
     cat::ReadReport report(2);
     read_all("{a = 5 ms; b = 6; }");
     EXPECT_EQ(runs_of(report), "-0");
@@ -209,7 +209,7 @@ TEST_F(ErrorRuns, begin_with_the_first_error_that_the_limit_leaves_room_for) {
     EXPECT_EQ(runs_of(report), "-000");
 }
 
-// Drops the errors that its member says, by number, and keeps what `follows` was.
+// Drops the errors with the numbers in its member, and records the value of `follows`.
 class cDropping : public cat::ReadWatch {
   public:
     bool error(cat::ReadError &error) override {
@@ -233,7 +233,7 @@ TEST_F(ErrorRuns, begin_with_the_first_error_that_a_watch_keeps) {
     report.watch(nullptr);
 }
 
-TEST_F(ErrorRuns, begin_anew_when_the_report_is_cleared_meanwhile) {
+TEST_F(ErrorRuns, begin_again_when_the_report_is_cleared_meanwhile) {
     cDropping watch;
     watch.clears = 2;
     cat::ReadReport report;
@@ -244,7 +244,7 @@ TEST_F(ErrorRuns, begin_anew_when_the_report_is_cleared_meanwhile) {
     report.watch(nullptr);
 }
 
-TEST_F(ErrorRuns, have_what_programs_raise_meanwhile_and_not_what_they_add) {
+TEST_F(ErrorRuns, include_errors_raised_by_programs_but_not_added_ones) {
     add_type("Raises", read_other);
     cat::ReadReport report;
     reading = [&report] {

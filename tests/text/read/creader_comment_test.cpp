@@ -1,4 +1,4 @@
-// Comments: which value a comment goes to, and what becomes of its text.
+// Comments: the value to which a comment belongs, and its stored text.
 
 #include "tests/support/fixture.h"
 #include "tests/text/read_support.h"
@@ -9,7 +9,7 @@ class ReaderComment : public QrvTest {
   protected:
     ~ReaderComment() override { text_state().forget_comments(); }
 
-    // Reads with comments; afterwards the comment at a path, or "-".
+    // Reads with comments; returns the comment of the value at a path, or "-".
     void read(std::string const &text) {
         reading_.emplace(text, false);
         reading_->scan.return_com(true);
@@ -33,35 +33,35 @@ TEST_F(ReaderComment, belongs_to_the_value_before_it) {
     EXPECT_EQ(comment("c"), "-");
 }
 
-TEST_F(ReaderComment, behind_an_opening_bracket_belongs_to_the_container) {
+TEST_F(ReaderComment, after_an_opening_bracket_belongs_to_the_container) {
     read("{ // map\n v = [ // vector\n 1 ]; }");
     EXPECT_EQ(comment(""), " // map");
     EXPECT_EQ(comment("v"), " // vector");
 }
 
-TEST_F(ReaderComment, behind_a_closing_bracket_belongs_to_a_one_line_container_only) {
+TEST_F(ReaderComment, after_a_closing_bracket_belongs_only_to_a_one_line_container) {
     read("{ a = {x=1}; // a\n b = {x=1\n}; // b\n c = 3 }");
     EXPECT_EQ(comment("a"), " // a");
     EXPECT_EQ(comment("b"), "-");
 }
 
-TEST_F(ReaderComment, before_the_first_value_is_thrown_away) {
+TEST_F(ReaderComment, before_the_first_value_is_dropped) {
     read("// head\n/* more */ { a = 1 }");
     EXPECT_EQ(comment(""), "-");
     EXPECT_EQ(comment("a"), "-");
 }
 
-TEST_F(ReaderComment, a_key_takes_none) {
+TEST_F(ReaderComment, never_belongs_to_a_key) {
     read("{ a /* key */ = 1; }");
     EXPECT_EQ(comment("a"), "-");
 }
 
-TEST_F(ReaderComment, the_first_of_two_stays) {
+TEST_F(ReaderComment, the_first_of_two_is_stored) {
     read("{ a = 1; // one\n a = 2; // two\n b = #cRef(/a) // three\n }");
     EXPECT_EQ(comment("a"), " // one");
 }
 
-TEST_F(ReaderComment, a_constant_never_takes_one) {
+TEST_F(ReaderComment, never_belongs_to_a_constant) {
     read("{ a = #true; // one\n b = #cRef(/a); // two\n c = #REQUIRED // three\n }");
     EXPECT_EQ(comment("a"), "-");
     EXPECT_EQ(comment("c"), "-");
@@ -76,20 +76,20 @@ TEST_F(ReaderComment, a_line_comment_before_another_keeps_its_line_end) {
     EXPECT_EQ(comment("a"), " /* one */ /* two */");
 }
 
-TEST_F(ReaderComment, carriage_returns_go_and_never_close_a_comment_early) {
+TEST_F(ReaderComment, carriage_returns_are_removed_and_never_close_a_comment_early) {
     read("{ a = 1; // one\r\n b = 2; /* x\r\ny *\r/ *\r\r/ z */ c = 3 }");
     EXPECT_EQ(comment("a"), " // one");
     EXPECT_EQ(comment("b"), " /* x\ny * / * / z */");
 }
 
-TEST_F(ReaderComment, is_not_kept_without_return_com) {
+TEST_F(ReaderComment, is_not_stored_without_return_com) {
     reader_test::Reading r("{ a = 1; // one\n }");
     std::string text;
     EXPECT_FALSE(r.at("a")->get_comment(text));
     EXPECT_EQ(cAttrScan::com_collected(), "");
 }
 
-TEST_F(ReaderComment, of_one_text_never_lands_in_another) {
+TEST_F(ReaderComment, of_one_text_is_never_stored_in_another) {
     {
         reader_test::Reading first("{ a = 1; b = 2 } // tail", false);
         first.scan.return_com(true);
@@ -107,7 +107,7 @@ TEST_F(ReaderComment, of_one_text_never_lands_in_another) {
     EXPECT_EQ(text_state().last_noted(), nullptr);
 }
 
-TEST_F(ReaderComment, is_written_back_byte_for_byte) {
+TEST_F(ReaderComment, is_written_unchanged) {
     for (std::string const text :
          {"{ // head\n  a= 1; // one\n  b= {x= 1; }; /* b */\n  c= [ // c\n      1, // first\n"
           "  ]; \n}"}) {

@@ -1,5 +1,5 @@
-// Files whose characters a program's codecvt converts: what is read is what it makes of them, and
-// its code runs with all entries in the table of paths.
+// Files whose characters a program's codecvt converts: the reader reads the converted characters,
+// and the codecvt, which is user code, runs with all entries in the table of paths.
 
 #include "qrv/text/file/cfile.h"
 #include "qrv/text/read/cattrscan.h"
@@ -45,7 +45,7 @@ class cGlobalLocale {
     std::locale before_;
 };
 
-// A file of more than a file buffer holds, so that it is converted also while entries are read.
+// A file larger than a file buffer, so that conversion also happens while entries are read.
 class ReaderConversion : public QrvTest {
   protected:
     ReaderConversion()
@@ -81,19 +81,19 @@ class ReaderConversion : public QrvTest {
     std::string const name_;
 };
 
-TEST_F(ReaderConversion, of_the_streams_locale_is_made) {
+TEST_F(ReaderConversion, of_the_streams_locale_is_applied) {
     std::ifstream is;
     is.imbue(swapping());
     expect_swapped(read(is));
 }
 
-TEST_F(ReaderConversion, of_the_global_locale_is_made_for_a_new_stream) {
+TEST_F(ReaderConversion, of_the_global_locale_is_applied_to_a_new_stream) {
     cGlobalLocale const global(swapping());
     std::ifstream is;
     expect_swapped(read(is));
 }
 
-TEST_F(ReaderConversion, is_not_made_for_a_file_that_the_library_opens) {
+TEST_F(ReaderConversion, is_not_applied_to_a_file_that_the_library_opens) {
     cGlobalLocale const global(swapping());
     objref tree;
     EXPECT_TRUE(file2obj(name_.c_str(), tree));

@@ -1,5 +1,5 @@
-// Texts made to do harm: depth, length, junk. All are read to their end, with errors and without a
-// crash, and leave reader and writer idle.
+// Text made to do harm: depth, length, junk. All of it is read to its end, with errors and without
+// a crash, and reader and writer are idle afterwards.
 
 #include "qrv/containers/cmapobj.h"
 #include "tests/support/fixture.h"
@@ -33,7 +33,7 @@ TEST_F(ReaderHostile, nesting_stops_at_the_limit) {
     EXPECT_EQ(deep.text_at("b"), "2") << "reading goes on behind it";
 }
 
-TEST_F(ReaderHostile, a_hundred_thousand_brackets) {
+TEST_F(ReaderHostile, a_hundred_thousand_brackets_are_refused) {
     for (std::string const open : {"[", "{a=", "< ", "{"}) {
         Reading r(times(open, 100000));
         EXPECT_NE(r.log.find("Nesting is deeper than "), std::string::npos) << open;
@@ -42,7 +42,7 @@ TEST_F(ReaderHostile, a_hundred_thousand_brackets) {
     }
 }
 
-TEST_F(ReaderHostile, a_hundred_thousand_typed_values) {
+TEST_F(ReaderHostile, a_hundred_thousand_nested_typed_values_are_refused) {
     Reading r(times("int(", 100000));
     EXPECT_NE(r.log.find("Nesting is deeper than 64, path : "), std::string::npos);
     Reading closed(times("int(", 10000) + "5" + times(")", 10000));
@@ -75,9 +75,9 @@ TEST_F(ReaderHostile, a_thousand_containers_are_read_and_one_more_is_not) {
     messages();
 }
 
-// Merging and assigning in place must never make a value hold itself: the fixture's census would
-// show it.
-TEST_F(ReaderHostile, random_references_and_repeated_keys_leave_nothing_behind) {
+// Merging and assigning in place must never make a value contain itself: the fixture would find the
+// leaked objects.
+TEST_F(ReaderHostile, random_references_and_repeated_keys_leak_nothing) {
     std::mt19937 random(99);
     auto const below = [&random](unsigned n) { return static_cast<unsigned>(random() % n); };
     auto const key = [&below] { return std::string(1, "abc01"[below(5)]); };
@@ -118,20 +118,20 @@ TEST_F(ReaderHostile, random_references_and_repeated_keys_leave_nothing_behind) 
     EXPECT_GT(cycles, 20u) << "the texts do try it";
 }
 
-TEST_F(ReaderHostile, a_raised_limit_ends_where_the_stack_does) {
+TEST_F(ReaderHostile, the_stack_limits_a_raised_depth_limit) {
     cat::max_read_depth = 1000000;
     Reading r(times("[", 200000));
     EXPECT_NE(r.log.find("Nesting is deeper than "), std::string::npos);
 }
 
-TEST_F(ReaderHostile, unclosed_quotes_and_backslashes) {
+TEST_F(ReaderHostile, unclosed_quotes_and_backslashes_are_read) {
     for (std::string const piece : {"\\\"", "'\\", "\"\\\\", "/*", "//", "#", "#cRef(", "'"}) {
         Reading r("{ a = " + times(piece, 20000));
         EXPECT_TRUE(text_state().idle()) << piece;
     }
 }
 
-TEST_F(ReaderHostile, binary_junk) {
+TEST_F(ReaderHostile, binary_junk_is_read) {
     std::uint32_t seed = 12345;
     char const grammar[] = "{}[]<>()=;,#/\"' \n\\abct159.-+uxf*&";
     for (int round = 0; round < 3000; ++round) {
@@ -151,12 +151,12 @@ TEST_F(ReaderHostile, binary_junk) {
     messages();
 }
 
-TEST_F(ReaderHostile, nul_bytes) {
+TEST_F(ReaderHostile, null_bytes_are_read) {
     Reading r(std::string("{ a = \0 1; 'b\0c' = 2 }", 23));
     EXPECT_TRUE(text_state().idle());
 }
 
-TEST_F(ReaderHostile, a_set_of_two_hundred_thousand_ints) {
+TEST_F(ReaderHostile, a_set_may_have_two_hundred_thousand_ints) {
     std::string text = "<";
     for (int i = 0; i < 200000; ++i) text += std::to_string(i) + ";";
     for (int i = 0; i < 1000; ++i) text += std::to_string(i) + ";";
@@ -165,7 +165,7 @@ TEST_F(ReaderHostile, a_set_of_two_hundred_thousand_ints) {
     EXPECT_EQ(dynamic_cast<cMapObj &>(*r.value).size(), 200000);
 }
 
-TEST_F(ReaderHostile, long_keys_with_many_slashes) {
+TEST_F(ReaderHostile, long_keys_may_have_many_slashes) {
     std::string const key = "\"" + times("a/", 100000) + "\"";
     Reading r("{ " + key + " = {x = 1}; y = #cRef(/" + key + "/x) }");
     EXPECT_EQ(r.log, "");

@@ -1,5 +1,5 @@
-// Back references to entries whose paths are not in the table yet: the walk finds what the table
-// would have, and what a walk would get wrong is in the table.
+// Back references to entries whose paths are not yet in the table: a walk finds the same values as
+// the table would, and entries for which a walk would be wrong are in the table.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
@@ -28,7 +28,7 @@ class ReaderLate : public QrvTest {
     }
 };
 
-TEST_F(ReaderLate, a_merge_through_an_alias_leaves_what_was_read_first) {
+TEST_F(ReaderLate, a_merge_through_an_alias_keeps_the_first_value) {
     Reading const r("{a={x=#nil}; b=#cRef(/a); b={x=[1]}; c=#cRef(/a/x); d=#cRef(/b/x)}");
     EXPECT_EQ(r.log, "");
     EXPECT_TRUE(cObj::is_nil(r.at("c")));
@@ -42,7 +42,7 @@ TEST_F(ReaderLate, an_alias_has_no_paths_below_it) {
     EXPECT_EQ(found("a=[[1;2]; [3]]; b=[#cRef(/a/1)];", "/b/0/0"), "undefined");
 }
 
-TEST_F(ReaderLate, the_places_of_a_set_are_those_in_the_text) {
+TEST_F(ReaderLate, positions_in_a_set_are_those_in_the_text) {
     EXPECT_EQ(found("s=<1;1;2>;", "/s/2"), "2");
     EXPECT_EQ(found("s=<1;1;2>;", "/s/1"), "1");
     EXPECT_EQ(found("s=<1;2>;", "/s/1"), "2");
@@ -50,7 +50,7 @@ TEST_F(ReaderLate, the_places_of_a_set_are_those_in_the_text) {
     EXPECT_EQ(found("s=<{x=1};{x=1}>;", "/s/1/x"), "1");
 }
 
-TEST_F(ReaderLate, a_map_without_key_is_in_no_path) {
+TEST_F(ReaderLate, a_map_without_a_key_is_in_no_path) {
     EXPECT_EQ(found("{x=1}", "/x"), "1");
     EXPECT_EQ(found("{x=1}", "/0"), "undefined");
     EXPECT_EQ(found("{x={y=1}} {x={z=2}}", "/x/y"), "1");
@@ -91,28 +91,28 @@ TEST_F(ReaderLate, only_the_text_of_a_key_names_it) {
     EXPECT_EQ(found("a={b=1};", "/a/b/c"), "undefined");
 }
 
-TEST_F(ReaderLate, what_is_open_is_passed_but_not_found) {
+TEST_F(ReaderLate, open_containers_are_passed_through_but_not_found) {
     EXPECT_EQ(Reading("{a={x=1; y=#cRef(/a/x)}}").text_at("a/y"), "1");
     EXPECT_EQ(Reading("{a=[{x=1}; #cRef(/a/0/x)]}").text_at("a/1"), "1");
     EXPECT_NE(Reading("{a={x=#cRef(/a)}}").log, "");
     EXPECT_NE(Reading("{a={x=#cRef(/a/x)}}").log, "");
 }
 
-TEST_F(ReaderLate, an_error_after_a_container_comes_when_its_entries_are_known) {
+TEST_F(ReaderLate, an_error_after_a_container_is_reported_when_its_entries_are_known) {
     EXPECT_EQ(Reading("{a={x=1}; c=nosuch(1); b=#cRef(/a/x)}").text_at("b"), "1");
     EXPECT_EQ(Reading("{a={x=1; y=nosuch(1)}; b=#cRef(/a/x)}").text_at("b"), "1");
     EXPECT_EQ(Reading("{a={b={x=[7 8]}}; c=#cRef(/a/b/x/1)}").text_at("c"), "8");
     EXPECT_EQ(Reading("{s=<[7]>; c=#cRef(/s/0/0)}").text_at("c"), "7");
 }
 
-TEST_F(ReaderLate, a_separator_before_a_key_is_legal_once) {
+TEST_F(ReaderLate, a_separator_before_a_key_is_allowed_once) {
     EXPECT_EQ(Reading("{a={x=1};; b=2}").log, "0x40000007 Line 1: Unnecessary separator: ;\n");
     EXPECT_EQ(Reading("{a=1;; b=2}").log, "");
     EXPECT_EQ(Reading("{a={x=1}; b=[{}, {},, {}]; c=3}").log,
               "0x40000007 Line 1: Unnecessary separator: ,\n");
 }
 
-TEST_F(ReaderLate, a_plain_text_enters_nothing) {
+TEST_F(ReaderLate, plain_text_enters_nothing_into_the_table) {
     Reading const r("{a={x=1; y='s'}; b=[1;2;[3]]; c=<4;5>; d=#cRef(/a/x); ASK=1 = 2}");
     EXPECT_EQ(r.text_at("d"), "1");
     std::istringstream is("{a={x=1}");
@@ -121,7 +121,7 @@ TEST_F(ReaderLate, a_plain_text_enters_nothing) {
     EXPECT_TRUE(text_state().idle());
 }
 
-// A type whose `read` is user code: it looks at what is at /a/x.
+// A type whose `read` is user code: it reads the value at /a/x.
 constinit unsigned int seen_refs = 0;
 constinit bool seen_late = true;
 
@@ -152,7 +152,7 @@ TEST_F(ReaderLate, user_code_sees_the_references_of_the_table) {
     cat::typemap().datamap().delitem("late_looker");
 }
 
-TEST_F(ReaderLate, what_is_read_after_an_error_or_a_repeated_key_is_found) {
+TEST_F(ReaderLate, values_after_an_error_or_a_repeated_key_are_found) {
     for (char const *first : {"e=nosuch(1);", "e=1; e=2;", "e=vector[7];", "{q=1};", "0.5=1;",
                               "e=<1;1>;", "e=[1;#badfind;3];", "e={x=1}; f=#cRef(/e);"}) {
         EXPECT_EQ(
@@ -164,19 +164,19 @@ TEST_F(ReaderLate, what_is_read_after_an_error_or_a_repeated_key_is_found) {
     }
 }
 
-TEST_F(ReaderLate, a_list_after_a_removed_item_is_found_by_its_places) {
+TEST_F(ReaderLate, a_list_after_a_removed_item_is_found_by_positions) {
     EXPECT_EQ(found("v=[1;#badfind;{x=3};[4]];", "/v/2/x"), "3");
     EXPECT_EQ(found("v=[1;#badfind;{x=3};[4]];", "/v/3/0"), "4");
     EXPECT_EQ(found("v=[1;#badfind;{x=3}];", "/v/1/x"), "undefined");
     EXPECT_EQ(found("s=<1;1;{x=3}>;", "/s/2/x"), "3");
 }
 
-TEST_F(ReaderLate, a_key_of_several_pieces_leads_to_what_is_open_below_it) {
+TEST_F(ReaderLate, a_key_of_several_pieces_leads_into_the_open_container_below) {
     EXPECT_EQ(Reading("{c={'a/'=[1; [2; #cRef(/c/\"a/\"/1/0)]]}}").log, "");
     EXPECT_EQ(found("c={'a/'=[1; [2]]};", "/c/\"a/\"/1/0"), "2");
 }
 
-TEST_F(ReaderLate, an_entry_replaces_what_is_at_its_path_from_before) {
+TEST_F(ReaderLate, an_entry_replaces_the_earlier_value_at_its_path) {
     std::string const before = "a={x=1; e={y=1}}; a=#badfind; a=";
     EXPECT_EQ(found(before + "{x=2; e={z=3}};", "/a/x"), "2");
     EXPECT_EQ(found(before + "{x=2; e={z=3}};", "/a/e/z"), "3");
@@ -215,7 +215,7 @@ struct cOwnBuffer : std::stringbuf {
     }
 };
 
-TEST_F(ReaderLate, a_foreign_buffer_finds_all_in_the_table) {
+TEST_F(ReaderLate, a_user_defined_buffer_finds_all_values_in_the_table) {
     cOwnBuffer buffer("{a={x=5}; b=#cRef(/a/x)}");
     std::istream is(&buffer);
     seen_late = false;
@@ -225,7 +225,7 @@ TEST_F(ReaderLate, a_foreign_buffer_finds_all_in_the_table) {
     EXPECT_EQ(reader_test::written(value->getattrp("b")), "5");
 }
 
-// The standard error stream, written to by the dump of tokens, is user code.
+// The standard error stream, to which the dump of tokens is written, is user code.
 struct cDumpBuffer : std::streambuf {
     std::streamsize xsputn(char const *, std::streamsize count) override {
         seen_late = seen_late || text_state().is_late();
@@ -239,7 +239,7 @@ struct cDumpBuffer : std::streambuf {
     int pieces = 0;
 };
 
-TEST_F(ReaderLate, a_dump_of_tokens_finds_all_in_the_table) {
+TEST_F(ReaderLate, a_dump_of_tokens_finds_all_values_in_the_table) {
     std::istringstream is("{a={x=5}; b=#cRef(/a/x)}");
     cAttrScanner const scanner(is);
     scanner.setdump(true);

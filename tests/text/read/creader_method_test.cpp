@@ -22,7 +22,7 @@ namespace {
 
 class ReaderMethod : public QrvTest {
   protected:
-    // "code: value" of scan_container.
+    // "code: value" as returned by scan_container.
     std::string container(std::string const &text, bool keep) {
         std::istringstream is(text);
         objref value;
@@ -31,7 +31,7 @@ class ReaderMethod : public QrvTest {
     }
 };
 
-TEST_F(ReaderMethod, scan_container_takes_containers) {
+TEST_F(ReaderMethod, scan_container_reads_containers) {
     EXPECT_EQ(container("{a=1}", false), "0: {a= 1; }");
     EXPECT_EQ(container("[1;2]", false), "0: [1, 2, ]");
     EXPECT_EQ(container("<1>", false), "0: <1, >");
@@ -40,14 +40,14 @@ TEST_F(ReaderMethod, scan_container_takes_containers) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(ReaderMethod, scan_container_takes_a_bare_list_of_entries) {
+TEST_F(ReaderMethod, scan_container_reads_a_bare_list_of_entries) {
     EXPECT_EQ(container("a=1; b=2", false), "0: {\n  a= 1;\n  b= 2;\n}");
     EXPECT_EQ(container("a={x=1}\n b=[2]", false), "0: {\n  a= {x= 1; };\n  b= [2, ];\n}");
     EXPECT_EQ(container("a=1", false), "0: {\n  a= 1;\n}");
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(ReaderMethod, scan_container_with_errors_gives_a_value_only_with_keep) {
+TEST_F(ReaderMethod, scan_container_with_errors_returns_a_value_only_with_keep) {
     EXPECT_EQ(container("[1 2]", false), "1: null");
     EXPECT_EQ(messages(), "Line 1: ( /0 ): Missing delimiter after value: 1\n"
                           "Line 1: Attributes scanner with *** 1 errors ***\n");
@@ -89,7 +89,7 @@ TEST_F(ReaderMethod, an_error_inside_the_first_value_of_a_list_ends_it) {
 }
 
 // A type whose text is a bare list, and whose objects are keys.
-TEST_F(ReaderMethod, the_first_value_of_a_list_inside_a_key_is_no_key) {
+TEST_F(ReaderMethod, the_first_value_of_a_list_inside_a_key_is_not_a_key) {
     typeref const type = typeref::adopt(new cTypeObj("ListKey"));
     ASSERT_TRUE(cTypeInsert::insert(type, true));
     type->inherit(cat::type_int());
@@ -116,7 +116,7 @@ TEST_F(ReaderMethod, the_first_value_of_a_list_inside_a_key_is_no_key) {
     cat::type_hash_ptr()->delitem("ListKey");
 }
 
-TEST_F(ReaderMethod, scan_container_refuses_what_is_neither) {
+TEST_F(ReaderMethod, scan_container_refuses_other_text) {
     EXPECT_EQ(container("5", false), "1: null");
     EXPECT_EQ(messages(), "Line 1: Missing start pattern 'key =' at pattern: 5\n"
                           "Line 1: Attributes scanner with *** 1 errors ***\n");
@@ -152,7 +152,7 @@ TEST_F(ReaderMethod, scan_attrset_assigns_or_converts) {
     EXPECT_FALSE(cat::scan_attrcopy(number, none));
 }
 
-TEST_F(ReaderMethod, scan_attrcopy_tells_what_failed_as_a_line) {
+TEST_F(ReaderMethod, scan_attrcopy_prints_failures_as_a_line) {
     cMapObj map;
     std::istringstream bad("a=nosuch(1); b=2");
     objref args = make<cInHolder>(bad);
@@ -189,7 +189,7 @@ objref new_with_looker(objref) {
 }
 } // namespace
 
-TEST_F(ReaderMethod, scan_attrcopy_is_a_reading_to_its_end) {
+TEST_F(ReaderMethod, scan_attrcopy_counts_as_reading_until_its_end) {
     typeref const type = typeref::adopt(new cTypeObj("Copied"));
     ASSERT_TRUE(cTypeInsert::insert(type, true));
     type->set_tmember("newobj", make<cExeMember>(new_with_looker));
@@ -212,7 +212,7 @@ TEST_F(ReaderMethod, read_voiddata_reads_nothing) {
     EXPECT_EQ(is.tellg(), std::streampos(0));
 }
 
-TEST_F(ReaderMethod, containers_read_into_what_they_hold) {
+TEST_F(ReaderMethod, containers_read_into_existing_members) {
     cMapObj map;
     std::istringstream is("a=1; b=2}");
     map.datamap().mapitem("z", cat::of(0));
@@ -265,7 +265,7 @@ TEST_F(ReaderMethod, read_subentry_gathers_up_to_its_bracket) {
     EXPECT_EQ(scan.read_subentry(cat::Brackets('('), nullptr), 0);
 }
 
-TEST_F(ReaderMethod, brackets_know_their_partner) {
+TEST_F(ReaderMethod, each_bracket_has_its_partner) {
     struct {
         char open, close;
     } const cases[] = {{'(', ')'}, {'<', '>'}, {'[', ']'}, {'{', '}'}};
@@ -298,7 +298,7 @@ TEST_F(ReaderMethod, read_to_delimiter_stops_at_separators_and_the_set) {
 
 // --- errors, positions, summary ---
 
-TEST_F(ReaderMethod, errors_begin_with_their_place) {
+TEST_F(ReaderMethod, errors_begin_with_their_position) {
     std::istringstream is("\n\n5");
     cAttrScan scan(is, false);
     EXPECT_EQ(scan.posstring(), "Line 1: ");
@@ -323,7 +323,7 @@ TEST_F(ReaderMethod, errors_begin_with_their_place) {
     EXPECT_EQ(scan.errs(cAttrScan::asrRef).as_string(), "");
 }
 
-TEST_F(ReaderMethod, the_place_is_behind_the_last_token_read) {
+TEST_F(ReaderMethod, the_position_is_after_the_last_token_read) {
     EXPECT_EQ(Reading("[1\n2]").log,
               "0x40000002 Line 2: ( /0 ): Missing delimiter after value: 1\n");
     EXPECT_EQ(Reading("{a=nosuch(1)\n}").log,
@@ -349,7 +349,7 @@ TEST_F(ReaderMethod, the_summary_clears_the_count) {
     EXPECT_EQ(messages(), "Line 1: Attributes scanner with *** 1 errors ***\n");
 }
 
-TEST_F(ReaderMethod, the_end_of_input_is_latched) {
+TEST_F(ReaderMethod, the_end_of_input_is_remembered) {
     std::istringstream is("a \xE4 b");
     cAttrScan scan(is, false);
     cAttrLiteral token;
@@ -361,7 +361,7 @@ TEST_F(ReaderMethod, the_end_of_input_is_latched) {
     EXPECT_EQ(other.gettok(), tkIdent) << "the latch is the scan's own";
 }
 
-TEST_F(ReaderMethod, each_path_goes_to_the_trace_channel) {
+TEST_F(ReaderMethod, each_path_is_written_to_the_trace_channel) {
     cSetTracing("cat_io.capio:cerr");
     { Reading r("{ a = [1; {b = 2}] }"); }
     cSetTracing("");
@@ -401,7 +401,7 @@ TEST_F(ReaderFile, opens_at_the_start_with_its_name_in_messages) {
                                  "Cannot insert key =a\n");
 }
 
-TEST_F(ReaderFile, resetting_works_on_its_first_line) {
+TEST_F(ReaderFile, a_reset_is_possible_on_the_first_line) {
     std::string const path = file("a.attr", "one two");
     std::ifstream is;
     cAttrScan scan(is, false);
@@ -423,7 +423,7 @@ TEST_F(ReaderFile, carriage_returns_are_white_space) {
     EXPECT_EQ(reader_test::written(value), "{\n  a= 1;\n}");
 }
 
-TEST_F(ReaderFile, what_cannot_be_read_is_told_unless_quiet) {
+TEST_F(ReaderFile, an_unreadable_file_is_reported_unless_quiet) {
     std::string const missing = (folder_ / "none").string();
     for (std::string const &path : {missing, folder_.string()}) {
         std::ifstream is;
@@ -447,7 +447,7 @@ TEST_F(ReaderFile, what_cannot_be_read_is_told_unless_quiet) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(ReaderFile, an_empty_file_opens) {
+TEST_F(ReaderFile, an_empty_file_can_be_opened) {
     std::string const path = file("empty.attr", "");
     std::ifstream is;
     cAttrScan scan(is, false);

@@ -15,7 +15,7 @@ namespace {
 
 class ReadNumber : public QrvTest {};
 
-// The written form of what a token gives, or "no".
+// The written form of the value of a token, or "no".
 std::string read(int token, char const *text) {
     objref value;
     return cat::read_stdtype(token, text, value) ? reader_test::written(value) : "no";
@@ -44,7 +44,7 @@ float float_of(char const *text) {
     return held ? held->val() : NAN;
 }
 
-TEST_F(ReadNumber, ints_are_decimal_also_behind_a_zero) {
+TEST_F(ReadNumber, ints_are_decimal_even_after_a_zero) {
     expect_all(tkInt, {{"0", "0"},
                        {"7", "7"},
                        {"-7", "-7"},
@@ -74,11 +74,11 @@ TEST_F(ReadNumber, hexadecimal_ints_have_up_to_eight_significant_digits) {
                        {"0x-1", "no"}});
 }
 
-TEST_F(ReadNumber, a_zero_before_no_digit_is_zero) {
+TEST_F(ReadNumber, a_zero_without_further_digits_is_zero) {
     expect_all(tkInt, {{"0", "0"}, {"0z", "0"}, {"0-5", "0"}, {"0+5", "0"}});
 }
 
-TEST_F(ReadNumber, bits_of_unsigned_numbers_land_in_an_int) {
+TEST_F(ReadNumber, the_bits_of_unsigned_numbers_are_stored_in_an_int) {
     expect_all(tkUnsigned, {{"0u", "0"},
                             {"5u", "5"},
                             {"5U", "5"},
@@ -109,7 +109,7 @@ TEST_F(ReadNumber, a_floating_number_that_is_too_large_fails_and_one_too_small_d
     EXPECT_EQ(double_of(many.c_str()), 1.0);
 }
 
-TEST_F(ReadNumber, floating_numbers_take_every_form_of_the_token_rules) {
+TEST_F(ReadNumber, floating_numbers_may_have_every_form_of_the_token_rules) {
     EXPECT_EQ(double_of(".5"), 0.5);
     EXPECT_EQ(double_of("+.5"), 0.5);
     EXPECT_EQ(double_of("-0.5"), -0.5);
@@ -122,7 +122,7 @@ TEST_F(ReadNumber, floating_numbers_take_every_form_of_the_token_rules) {
     expect_all(tkDouble, {{"inf", "no"}, {"nan", "no"}, {"", "no"}, {".", "no"}, {"-", "no"}});
 }
 
-TEST_F(ReadNumber, bools_strings_identifiers_and_constants) {
+TEST_F(ReadNumber, bools_strings_identifiers_and_constants_are_converted) {
     EXPECT_EQ(read(tkBool, "true"), "true");
     EXPECT_EQ(read(tkBool, "false"), "false");
     EXPECT_EQ(read(tkBool, "True"), "no");
@@ -139,7 +139,7 @@ TEST_F(ReadNumber, bools_strings_identifiers_and_constants) {
     EXPECT_EQ(read(tkConst, "#nothing"), "no");
 }
 
-TEST_F(ReadNumber, other_tokens_give_nothing_and_leave_the_result_alone) {
+TEST_F(ReadNumber, other_tokens_fail_and_leave_the_result_unchanged) {
     objref value = cat::of(1);
     for (int token : {0, 40, 256, 265, 266, 267, 270, 271, 272, -28})
         EXPECT_FALSE(cat::read_stdtype(token, "5", value)) << token;
@@ -148,7 +148,7 @@ TEST_F(ReadNumber, other_tokens_give_nothing_and_leave_the_result_alone) {
     EXPECT_EQ(reader_test::written(value), "1");
 }
 
-TEST_F(ReadNumber, types_are_those_of_the_token) {
+TEST_F(ReadNumber, each_token_determines_a_type) {
     objref value;
     struct {
         int token;
@@ -164,16 +164,17 @@ TEST_F(ReadNumber, types_are_those_of_the_token) {
     }
 }
 
-// A locale as other countries have it: comma, grouping.
+// A locale with a decimal comma and grouping of digits.
 struct cForeign : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }
 };
 
-TEST_F(ReadNumber, no_locale_changes_what_a_number_is) {
+TEST_F(ReadNumber, the_locale_does_not_change_numbers) {
     std::locale const before = std::locale::global(std::locale(std::locale(), new cForeign));
-    char const *const c_before = std::setlocale(LC_ALL, "de_DE.UTF-8"); // may not be installed
+    char const *const c_before =
+        std::setlocale(LC_ALL, "de_DE.UTF-8"); // the locale may not be installed
     EXPECT_EQ(
         reader_test::read_back("{a=1234567; b=1.5; c=1234.25f; d=int(1234567); e=double(1.5)}"),
         "{a= 1234567; b= 1.50000; c= 1234.25f; d= 1234567; e= 1.50000; }");

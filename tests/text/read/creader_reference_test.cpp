@@ -12,18 +12,18 @@ namespace {
 
 class ReaderReference : public QrvTest {};
 
-TEST_F(ReaderReference, every_container_on_the_way_is_part_of_the_path) {
+TEST_F(ReaderReference, every_enclosing_container_is_part_of_the_path) {
     Reading r("{ a = [1; {b = <2; [3]>}]; x = #cRef(a/1/b/1/0); y = #cRef(/a/1/b/0) }");
     EXPECT_EQ(r.log, "");
     EXPECT_EQ(r.at("x"), r.at("a/1/b/1/0"));
     EXPECT_EQ(r.text_at("y"), "2");
 }
 
-TEST_F(ReaderReference, blanks_and_comments_in_a_path_are_nothing) {
+TEST_F(ReaderReference, blanks_and_comments_in_a_path_are_ignored) {
     EXPECT_EQ(Reading("{ a = {b = 5}; c = #cRef( / a /**/ / b ) }").text_at("c"), "5");
 }
 
-TEST_F(ReaderReference, keys_stand_in_a_path_as_they_are_written) {
+TEST_F(ReaderReference, keys_in_a_path_are_as_written) {
     Reading r("{ 'a b' = 1; \"c/d\" = {'e\"' = 2}; -3 = 3; x = #cRef(\"a b\"); "
               "y = #cRef(/\"c/d\"/\"e\\\"\"); z = #cRef(-3) }");
     EXPECT_EQ(r.log, "");
@@ -41,7 +41,7 @@ TEST_F(ReaderReference, both_forms_of_a_key_find_the_value) {
     EXPECT_EQ(s.at("p"), s.at("e"));
 }
 
-TEST_F(ReaderReference, a_plain_path_never_replaces_what_stands_under_its_own) {
+TEST_F(ReaderReference, a_plain_path_never_replaces_the_value_at_that_path) {
     Reading r("{ true = 1; 'true' = 2; b = #cRef(/true); s = #cRef(/\"true\") }");
     EXPECT_EQ(r.log.find("cRef"), std::string::npos) << r.log;
     if (r.log.empty()) {
@@ -64,7 +64,7 @@ TEST_F(ReaderReference, a_path_to_a_failed_value_is_bad) {
                      "0x40000003 Line 1: ( /d ): Bad path of #cRef(/c)\n");
 }
 
-TEST_F(ReaderReference, a_failed_reference_is_reported_as_it_was_typed) {
+TEST_F(ReaderReference, a_failed_reference_is_reported_as_written) {
     EXPECT_EQ(Reading("{ b = #cRef(x/y) }").log, "0x40000003 Line 1: ( /b ): Error in #cRef(x/y): "
                                                  "Referenced value is not defined before.\n");
     EXPECT_EQ(Reading("{ b = #cRef( / x / y ) }").log,
@@ -72,7 +72,7 @@ TEST_F(ReaderReference, a_failed_reference_is_reported_as_it_was_typed) {
               "Referenced value is not defined before.\n");
 }
 
-TEST_F(ReaderReference, needs_its_bracket) {
+TEST_F(ReaderReference, needs_its_closing_bracket) {
     Reading r("{ a = #cRef x; b = [#cRef]; c = 3 }");
     EXPECT_EQ(r.log, "0x40000002 Line 1: ( /a ): After #cRef delimiter '(' is missed\n"
                      "0x40000002 Line 1: ( /b/0 ): After #cRef delimiter '(' is missed\n"
@@ -80,7 +80,7 @@ TEST_F(ReaderReference, needs_its_bracket) {
     EXPECT_EQ(r.text_at("c"), "3");
 }
 
-TEST_F(ReaderReference, at_the_end_of_input_is_looked_up_as_far_as_it_came) {
+TEST_F(ReaderReference, at_the_end_of_input_is_resolved_as_far_as_it_was_read) {
     Reading r("{ a = 5; b = #cRef(/a");
     EXPECT_EQ(r.text_at("b"), "5");
     EXPECT_EQ(r.log, "0x40000001 Line 1: Map is not closed by '}'\n");
@@ -90,7 +90,7 @@ TEST_F(ReaderReference, at_the_end_of_input_is_looked_up_as_far_as_it_came) {
                         "0x40000001 Line 1: Map is not closed by '}'\n");
 }
 
-TEST_F(ReaderReference, unknown_constants_are_told) {
+TEST_F(ReaderReference, unknown_constants_are_reported) {
     Reading r("{ a = #nosuch; b = 2 }");
     EXPECT_EQ(r.log, "0x40000004 Line 1: ( /a ): Unknown #-value (no defined const): #nosuch\n");
     EXPECT_EQ(r.text_at("b"), "2");
@@ -178,7 +178,7 @@ TEST_F(ReaderReference, a_refused_merge_leaves_the_first_value_reachable) {
     EXPECT_EQ(cycle.at("n"), cycle.at("m"));
 }
 
-TEST_F(ReaderReference, what_a_set_or_a_vector_refuses_is_bad) {
+TEST_F(ReaderReference, a_value_refused_by_a_set_or_a_vector_is_bad) {
     Reading r("{ s = <1; #bad; 2; #cRef(/s/1); #cRef(/s/2)> }");
     EXPECT_EQ(r.log, "0x40000003 Line 1: ( /s/3 ): Bad path of #cRef(/s/1)\n");
     EXPECT_EQ(r.text_at("s"), "<1, 2, >");
@@ -199,9 +199,9 @@ TEST_F(ReaderReference, a_map_without_a_key_is_in_no_path) {
     EXPECT_NE(r.log.find("Error in #cRef(/0)"), std::string::npos);
 }
 
-// --- no text makes a value hold itself ---
+// --- no text creates a value that contains itself ---
 
-TEST_F(ReaderReference, no_set_vector_or_map_holds_itself) {
+TEST_F(ReaderReference, no_set_vector_or_map_contains_itself) {
     for (char const *const text :
          {"{s=<>; s=<#cRef(/s)>}", "{v=[]; v=[#cRef(/v)]}", "{m={}; m={x=#cRef(/m)}}"}) {
         Reading r(text);
@@ -216,7 +216,7 @@ TEST_F(ReaderReference, no_set_vector_or_map_holds_itself) {
               "cRef in cycle\n");
 }
 
-TEST_F(ReaderReference, nor_two_levels_apart) {
+TEST_F(ReaderReference, no_container_contains_itself_two_levels_below) {
     for (char const *const text :
          {"{m={a={}}; m={a={x=#cRef(/m)}}; z=1}",
           "{m={a={}}; n={b=#cRef(/m)}; m={a=#cRef(/n)}; z=1}", "{v=[[]]; v=[[#cRef(/v)]]; z=1}",
@@ -239,7 +239,7 @@ class ReaderBudget : public QrvTest {
     }
 };
 
-TEST_F(ReaderBudget, a_vector_is_not_doubled_again_and_again) {
+TEST_F(ReaderBudget, a_vector_is_not_doubled_without_end) {
     std::string text = "{ m = { v = [1; 2] };\n";
     for (int i = 0; i < 60; ++i) text += "m = { v = #cRef(/m/v) };\n";
     text += "z = 1 }";
@@ -249,7 +249,7 @@ TEST_F(ReaderBudget, a_vector_is_not_doubled_again_and_again) {
     EXPECT_EQ(r.code, 0);
 }
 
-TEST_F(ReaderBudget, five_thousand_statements_each_of_the_three_kinds) {
+TEST_F(ReaderBudget, five_thousand_statements_of_each_kind_are_bounded) {
     std::string large = "a = {";
     for (int i = 0; i < 2000; ++i) large += "k" + std::to_string(i) + "=" + std::to_string(i) + ";";
     large += "};\n";
@@ -264,14 +264,14 @@ TEST_F(ReaderBudget, five_thousand_statements_each_of_the_three_kinds) {
     }
 }
 
-TEST_F(ReaderBudget, ordinary_merges_are_paid_for_by_their_text) {
+TEST_F(ReaderBudget, ordinary_merges_stay_within_the_budget_of_their_text) {
     std::string text = "{";
     for (int i = 0; i < 40000; ++i) text += "m = { k" + std::to_string(i % 100) + " = 1; };";
     Reading r(text + "}");
     EXPECT_EQ(r.log, "");
 }
 
-TEST_F(ReaderBudget, fifty_thousand_keys_are_merged_with_nothing_a_hundred_thousand_times) {
+TEST_F(ReaderBudget, fifty_thousand_keys_can_be_merged_with_nothing_a_hundred_thousand_times) {
     std::string text = "{ a = {";
     for (int i = 0; i < 50000; ++i) text += "k" + std::to_string(i) + "=1;";
     text += "};";
@@ -281,7 +281,7 @@ TEST_F(ReaderBudget, fifty_thousand_keys_are_merged_with_nothing_a_hundred_thous
     EXPECT_EQ(r.text_at("z"), "1");
 }
 
-TEST_F(ReaderBudget, shared_ladders_in_one_set_are_compared) {
+TEST_F(ReaderBudget, values_shared_on_many_levels_can_be_compared_in_a_set) {
     std::string text = "{ ";
     for (char const *name : {"a", "b"}) {
         text += std::string(name) + "0 = [1];";

@@ -1,5 +1,5 @@
-// Fault sweeps: a rich text cut after every character, and every error made to throw. Afterwards
-// nothing is held and the next text reads as always.
+// Fault sweeps: text with every construct, truncated after every character, and with every error
+// thrown. Afterwards no object is left and the next text is read correctly.
 
 #include "containers/cmergebudget.h"
 #include "qrv/core/ceros.h"
@@ -32,7 +32,7 @@ class ReaderSweep : public QrvTest {
     }
 };
 
-TEST_F(ReaderSweep, cut_after_every_character) {
+TEST_F(ReaderSweep, text_may_be_truncated_after_every_character) {
     for (size_t length = 0; length <= rich.size(); ++length) {
         {
             Reading r(rich.substr(0, length), false);
@@ -46,7 +46,7 @@ TEST_F(ReaderSweep, cut_after_every_character) {
     messages();
 }
 
-TEST_F(ReaderSweep, the_nth_error_throws) {
+TEST_F(ReaderSweep, the_nth_error_may_throw) {
     int n = 1;
     for (bool more = true; more; ++n) {
         ASSERT_LT(n, 200);
@@ -66,7 +66,7 @@ TEST_F(ReaderSweep, the_nth_error_throws) {
     messages();
 }
 
-TEST_F(ReaderSweep, every_error_throws) {
+TEST_F(ReaderSweep, every_error_may_throw) {
     cat::errhandler() = cErrHandler(0x40000000, 0, 0x40000000);
     Reading r(rich, false);
     for (int i = 0; i < 200; ++i) {
@@ -80,7 +80,7 @@ TEST_F(ReaderSweep, every_error_throws) {
     messages();
 }
 
-TEST_F(ReaderSweep, a_map_is_written_the_same_after_a_thrown_error) {
+TEST_F(ReaderSweep, a_thrown_error_does_not_change_how_a_map_is_written) {
     std::string const text = "{\n  a= {\n      b= 1;\n  }; \n}";
     objref const map = Reading(text).value;
     cat::errhandler() = cErrHandler(0xC0000000, 0, 0);
@@ -90,7 +90,7 @@ TEST_F(ReaderSweep, a_map_is_written_the_same_after_a_thrown_error) {
     EXPECT_EQ(reader_test::written(map), text);
 }
 
-TEST_F(ReaderSweep, a_bare_list_leaves_no_depth_behind) {
+TEST_F(ReaderSweep, a_bare_list_restores_the_depth) {
     for (std::string const text : {"a = 1; b = 2", "a = nosuch(1)", "a = ", "a =", "a", "[1]", "[",
                                    "a = 1; b = nosuch(2)", "#nil = 1", "{}", "nosuch(1)"})
         for (bool keep : {false, true}) {

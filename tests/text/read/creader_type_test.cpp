@@ -1,4 +1,4 @@
-// Types of the program in a text: what can't be made or read, exceptions, declarations.
+// Types of the program in text: values that can't be created or read, exceptions, declarations.
 
 #include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
@@ -23,7 +23,7 @@ objref new_type(objref metatype) {
     return objref::adopt(new cTypeObj(static_cast<cTypeObj *>(metatype.get()), "", nullptr));
 }
 
-// Types under names of their own for the length of a test.
+// Types registered under their own names for the length of a test.
 class ReaderType : public QrvTest {
   protected:
     ~ReaderType() override {
@@ -62,7 +62,7 @@ TEST_F(ReaderType, a_type_needs_read) {
     EXPECT_EQ(r.text_at("b"), "2");
 }
 
-TEST_F(ReaderType, newobj_must_give_an_object) {
+TEST_F(ReaderType, newobj_must_return_an_object) {
     for (cFunction1 const function : {cFunction1(new_nothing), cFunction1(new_bad)}) {
         cTypeObj &type = add("RTBadNew");
         method(type, "newobj", function);
@@ -75,11 +75,11 @@ TEST_F(ReaderType, newobj_must_give_an_object) {
     }
 }
 
-TEST_F(ReaderType, a_read_that_fails_is_told_with_the_type) {
+TEST_F(ReaderType, a_failed_read_is_reported_with_the_type) {
     cTypeObj &type = add("RTFails");
     method(type, "newobj", new_text);
     method(type, "read", read_fails);
-    // newobj gives a string, whose own type reads it
+    // newobj returns a string, which its own type reads
     EXPECT_EQ(reader_test::read_back("RTFails(abc)"), "abc");
     Reading r("{ a = string(;) }");
     EXPECT_EQ(r.log, "0x40000001 Line 1: ( /a ): Failed to read value, type string\n");

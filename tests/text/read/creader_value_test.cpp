@@ -1,4 +1,4 @@
-// What texts read as: values, containers, keys, typed values, declared types.
+// The values read from text: values, containers, keys, typed values, declared types.
 
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/text/read/cattrscan.h"
@@ -13,7 +13,7 @@ namespace {
 class ReaderEdge : public QrvTest {};
 class Reader : public QrvTest {};
 
-TEST_F(ReaderEdge, empty_input_gives_minus_1_and_leaves_the_result) {
+TEST_F(ReaderEdge, empty_input_returns_minus_1_and_leaves_the_result) {
     for (char const *text : {"", "  \n ", "// only\n/* comments */"}) {
         Reading r(text, false);
         objref const before = r.value = cat::of(5);
@@ -41,7 +41,7 @@ TEST_F(ReaderEdge, a_third_separator_in_a_row_is_unnecessary) {
     EXPECT_EQ(r.scan.errcount(), 1u);
 }
 
-TEST_F(ReaderEdge, a_missing_value_is_told_and_nothing_useful_is_stored) {
+TEST_F(ReaderEdge, a_missing_value_is_reported_and_its_key_stores_no_value) {
     Reading r("{ a = }");
     EXPECT_EQ(r.log, "0x40000001 Line 1: Pattern 'key =value' is missed in path: /a\n");
     EXPECT_EQ(r.text(), "{\n}");
@@ -50,14 +50,14 @@ TEST_F(ReaderEdge, a_missing_value_is_told_and_nothing_useful_is_stored) {
                           "Cannot insert key =a\n");
 }
 
-TEST_F(ReaderEdge, a_key_without_a_value_misses_its_pattern) {
+TEST_F(ReaderEdge, a_key_without_a_value_is_an_error) {
     Reading r("{ a }");
     EXPECT_EQ(r.log, "0x40000001 Line 1: Pattern 'key =' is missed \n");
     EXPECT_EQ(r.text(), "{\n}");
     EXPECT_EQ(messages(), "Line 1: Pattern 'key =' is missed \nCannot insert key =0\n");
 }
 
-TEST_F(ReaderEdge, a_second_equals_sign_is_wrong_placed) {
+TEST_F(ReaderEdge, a_second_equals_sign_is_misplaced) {
     Reading r("{ a = 1 = 2 }");
     EXPECT_EQ(r.log, "0x40000001 Line 1: Wrong placed '=', path : /a\n"
                      "0x40000001 Line 1: Pattern 'key =' is missed \n");
@@ -70,7 +70,7 @@ TEST_F(ReaderEdge, items_without_a_delimiter_are_two_items_and_an_error) {
     EXPECT_EQ(r.text(), "[1, 2, ]");
 }
 
-TEST_F(ReaderEdge, a_vector_closed_by_another_bracket_is_told) {
+TEST_F(ReaderEdge, a_vector_closed_by_another_bracket_is_reported) {
     Reading r("[1; 2>");
     EXPECT_EQ(r.log, "0x40000001 Line 1: Vector is not closed by ']'\n");
     EXPECT_EQ(r.text(), "[1, 2, ]");
@@ -120,7 +120,7 @@ TEST_F(ReaderEdge, maps_without_keys_get_int_keys) {
     EXPECT_EQ(reader_test::read_back("{ {x=1;} {y=2;} }"), "{0= {x= 1; }; 1= {y= 2; }; }");
 }
 
-TEST_F(ReaderEdge, a_value_of_unknown_type_is_skipped_as_a_whole) {
+TEST_F(ReaderEdge, a_value_of_unknown_type_is_skipped_completely) {
     Reading r("{ a = nosuch(1 (2; \")\") [ } ); b = 2 }");
     EXPECT_EQ(r.log, "0x40000005 Line 1: ( /a ): Value with unknown type='nosuch\n");
     EXPECT_EQ(r.text(), "{\n  b= 2;\n}");
@@ -159,7 +159,7 @@ TEST_F(Reader, reads_one_value_of_each_kind) {
     }
 }
 
-TEST_F(Reader, delim_is_the_token_that_ended_the_value) {
+TEST_F(Reader, delim_returns_the_token_that_ended_the_value) {
     for (auto const &[text, delim] :
          std::vector<std::pair<char const *, int>>{{"5", 0},
                                                    {"5;", ';'},
@@ -194,7 +194,7 @@ TEST_F(Reader, delim_is_the_token_that_ended_the_value) {
     }
 }
 
-TEST_F(Reader, goes_on_behind_each_value) {
+TEST_F(Reader, reading_continues_after_each_value) {
     Reading r("1; two, 'three' {four=4} 5.");
     std::string all = r.text();
     while (r.next() == 0) all += "|" + r.text();
@@ -202,17 +202,17 @@ TEST_F(Reader, goes_on_behind_each_value) {
     EXPECT_EQ(r.log, "0x40000002 Line 1: : Missing delimiter after value: three\n");
 }
 
-TEST_F(Reader, blanks_and_comments_stand_between_any_two_tokens) {
+TEST_F(Reader, blanks_and_comments_may_be_between_any_two_tokens) {
     EXPECT_EQ(reader_test::read_back("/**/{/**/a/**/=/**/int/**/(/**/5/**/)/**/;// x\n}"),
               "{\n  a= 5;\n}");
 }
 
-TEST_F(Reader, a_comment_in_a_typed_value_joins_what_it_stood_between) {
+TEST_F(Reader, a_comment_in_a_typed_value_joins_the_text_around_it) {
     EXPECT_EQ(reader_test::read_back("int(1/**/2)"), "12");
     EXPECT_EQ(reader_test::read_back("string(a /**/)"), "a");
 }
 
-TEST_F(Reader, the_first_separator_before_a_value_is_silent) {
+TEST_F(Reader, the_first_separator_before_a_value_is_not_reported) {
     Reading r("{ a = ; b = 1 }"); // so b is the value of a
     EXPECT_EQ(r.log, "0x40000001 Line 1: Wrong placed '=', path : /a\n"
                      "0x40000001 Line 1: Pattern 'key =' is missed \n");
@@ -225,7 +225,7 @@ TEST_F(Reader, a_reported_token_starts_the_row_of_separators_again) {
     EXPECT_EQ(Reading("; ) ; 5").log, "0x40000002 Line 1: Unexpected token ')\n");
 }
 
-TEST_F(Reader, unexpected_tokens_are_told_one_by_one) {
+TEST_F(Reader, unexpected_tokens_are_reported_one_by_one) {
     Reading r(") + << += &= / ? 5");
     EXPECT_EQ(r.text(), "5");
     EXPECT_EQ(r.log, "0x40000002 Line 1: Unexpected token ')\n"
@@ -248,7 +248,7 @@ TEST_F(Reader, a_byte_from_128_ends_the_innermost_container) {
     EXPECT_EQ(reader_test::read_back("'\xC3\xA4' // \xE4"), "\"\xC3\xA4\"");
 }
 
-TEST_F(Reader, keys_of_each_kind) {
+TEST_F(Reader, keys_of_each_kind_are_read) {
     Reading r("{ a=1; 'b c'=2; 5=3; -5=4; 1.5=5; 1.5f=6; int(7)=7; string(k)=8 }");
     EXPECT_EQ(r.log, "");
     EXPECT_EQ(r.text(), "{a= 1; \"b c\"= 2; 5= 3; -5= 4; 1.50000= 5; 1.50000f= 6; 7= 7; k= 8; }");
@@ -274,7 +274,7 @@ TEST_F(Reader, an_error_in_the_key_stores_the_value_under_the_running_index) {
     EXPECT_EQ(r.text(), "{0= 5; b= 6; }");
 }
 
-TEST_F(Reader, a_failed_value_is_not_stored_and_reading_goes_on) {
+TEST_F(Reader, a_failed_value_is_not_stored_and_reading_continues) {
     Reading r("{ a = nosuch(1); b = 2 }");
     EXPECT_EQ(r.code, 0);
     EXPECT_EQ(r.text(), "{\n  b= 2;\n}");
@@ -297,13 +297,13 @@ TEST_F(Reader, a_repeated_key_assigns_in_place_and_keeps_the_object) {
     Reading r("{ a = 1; b = #cRef(/a); a = 2; }");
     EXPECT_EQ(r.text(), "{a= 2; b= #cRef(/a); }");
     EXPECT_EQ(r.at("a"), r.at("b"));
-    Reading c("{ a = #true; a = #false }"); // no assigning into a constant
+    Reading c("{ a = #true; a = #false }"); // a constant cannot be assigned to
     EXPECT_EQ(c.at("a"), cat::btrue());
     EXPECT_NE(messages().find("Object is const. Method 'assign' called from type: bool"),
               std::string::npos);
 }
 
-TEST_F(Reader, places_in_vectors_and_sets_are_counted_by_entries) {
+TEST_F(Reader, positions_in_vectors_and_sets_count_entries) {
     Reading r("{ s = <5; 5; 7>; a = #cRef(/s/1); b = #cRef(/s/2) }");
     EXPECT_EQ(r.log, "");
     EXPECT_EQ(r.text_at("a"), "5") << "what the set holds: the first of the equal ones";
@@ -311,7 +311,7 @@ TEST_F(Reader, places_in_vectors_and_sets_are_counted_by_entries) {
     EXPECT_EQ(r.at("b"), r.at("s/1"));
 }
 
-TEST_F(Reader, the_layout_of_a_container_is_remembered_where_it_departs_from_its_type) {
+TEST_F(Reader, a_layout_that_differs_from_the_types_is_stored) {
     EXPECT_EQ(reader_test::read_back("{a=1}"), "{a= 1; }");
     EXPECT_EQ(reader_test::read_back("{a=1\n}"), "{\n  a= 1;\n}");
     EXPECT_EQ(reader_test::read_back("[1]"), "[1, ]");
@@ -322,7 +322,7 @@ TEST_F(Reader, the_layout_of_a_container_is_remembered_where_it_departs_from_its
     EXPECT_EQ(cat::as_string(Reading("<\n>").value->omember("wformat")), "wc");
 }
 
-TEST_F(Reader, read_hash_returns_the_lines_that_a_container_took) {
+TEST_F(Reader, read_hash_returns_the_number_of_lines_of_a_container) {
     struct {
         char const *text;
         int expected;
@@ -339,12 +339,12 @@ TEST_F(Reader, read_hash_returns_the_lines_that_a_container_took) {
 
 // --- typed values ---
 
-TEST_F(Reader, typed_values_take_any_bracket) {
+TEST_F(Reader, typed_values_may_have_any_bracket) {
     for (char const *text : {"int(5)", "int[5]", "int{5}", "int<5>", "int ( 5 )"})
         EXPECT_EQ(reader_test::read_back(text), "5") << text;
 }
 
-TEST_F(Reader, a_typed_value_converts_and_tells_what_it_cannot) {
+TEST_F(Reader, a_typed_value_is_converted_or_its_failure_reported) {
     Reading r("{ a = int(1.5); b = int([1]); c = int(x); d = int(); e = double(2) }");
     EXPECT_EQ(r.text_at("a"), "1");
     EXPECT_EQ(r.text_at("e"), "2.00000");
@@ -355,27 +355,27 @@ TEST_F(Reader, a_typed_value_converts_and_tells_what_it_cannot) {
               std::string::npos);
 }
 
-TEST_F(Reader, errors_in_a_typed_value_count_in_their_own_text_only) {
+TEST_F(Reader, errors_in_a_typed_value_count_only_in_their_own_text) {
     Reading r("int(?5)");
     EXPECT_EQ(r.text(), "5");
     EXPECT_EQ(r.scan.errcount(), 0u);
     EXPECT_EQ(r.log, "0x40000002 Line 1: Unexpected token '?\n");
 }
 
-TEST_F(Reader, a_key_that_is_a_failed_typed_value_says_so) {
+TEST_F(Reader, a_failed_typed_value_as_a_key_is_reported) {
     Reading r("{ int(x y) = 1 }");
     EXPECT_NE(r.log.find("0x40000001 Line 1: Failed to read key, type: int\n"), std::string::npos)
         << r.log;
 }
 
-TEST_F(Reader, an_unclosed_typed_value_is_read_as_far_as_it_came) {
+TEST_F(Reader, an_unclosed_typed_value_is_read_to_the_end_of_input) {
     Reading r("{ a = int(5 ");
     EXPECT_EQ(r.log, "0x40000001 Line 1: Closing symbol is missed in type int, path: /a\n"
                      "0x40000001 Line 1: Map is not closed by '}'\n");
     EXPECT_EQ(r.text_at("a"), "5");
 }
 
-TEST_F(Reader, niltype_is_a_name_of_a_type) {
+TEST_F(Reader, niltype_is_a_type_name) {
     EXPECT_EQ(Reading("niltype()").log.find("unknown type"), std::string::npos);
 }
 
@@ -389,7 +389,7 @@ TEST_F(Reader, references_do_not_reach_beyond_the_outermost_container) {
     EXPECT_TRUE(text_state().idle());
 }
 
-TEST_F(Reader, readobj_reads_from_streams_and_texts) {
+TEST_F(Reader, readobj_reads_from_streams_and_strings) {
     std::istringstream is("{a=1}; 5");
     objref value;
     int delim = 0;

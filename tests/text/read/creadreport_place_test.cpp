@@ -1,4 +1,4 @@
-// Generated broken texts: each reported place is in the text.
+// Generated invalid text: each reported position is in the text.
 
 #include "tests/support/fixture.h"
 #include "tests/support/types.h"
@@ -15,7 +15,7 @@ namespace {
 
 class ReadReportPlaces : public QrvTest {
   protected:
-    static void SetUpTestSuite() { cat::find_type("intf"); } // made when it is first named
+    static void SetUpTestSuite() { cat::find_type("intf"); } // the type is created on first use
 };
 
 cat::ReadError error_at(unsigned line, unsigned column, unsigned end_line, unsigned end_column) {
@@ -33,7 +33,8 @@ bool is_misplaced(cat::ReadError const &error, std::string const &text) {
     return !misplaced(report, text).empty();
 }
 
-// Pieces of which most leave something open, missing or unknown, with line ends between and inside.
+// Pieces of text. Most leave something open, missing or unknown, with line ends between and inside
+// them.
 std::string broken_text(std::mt19937 &random) {
     static constexpr std::array pieces = {
         "\n",        "\n   ",     "\r\n",        " ",        "/* c */",     "/* a\n b */",
@@ -54,7 +55,7 @@ std::string broken_text(std::mt19937 &random) {
     return text;
 }
 
-TEST_F(ReadReportPlaces, the_check_knows_the_bounds_of_a_text) {
+TEST_F(ReadReportPlaces, the_check_knows_the_bounds_of_text) {
     std::string const text = "ab\n\nc\n";
     for (auto const &[line, column] : {std::pair(1u, 3u), {2u, 1u}, {3u, 2u}, {4u, 1u}, {1u, 1u}})
         EXPECT_FALSE(is_misplaced(error_at(line, column, 0, 0), text)) << line << ':' << column;

@@ -1,4 +1,4 @@
-// Reports: every error once, with its place in the outer text, nothing printed or thrown.
+// Reports: every error once, with its position in the outer text, and nothing printed or thrown.
 
 #include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
@@ -17,7 +17,7 @@ namespace {
 
 class ReadReports : public QrvTest {
   protected:
-    // "line:column" for each entry, and ">line:column" where an unclosed bracket has its end.
+    // "line:column" for each entry, and ">line:column" for the end of an unclosed bracket.
     static std::string places(std::string const &text) {
         cTypesBack const types;
         cat::ReadReport report;
@@ -31,7 +31,7 @@ class ReadReports : public QrvTest {
         }
         return all;
     }
-    // The entries that a text gives; nothing else may be heard of them.
+    // The entries for text; no other message may appear.
     std::string report(std::string const &text) {
         cat::ReadReport report;
         Reading r(text, false);
@@ -44,7 +44,7 @@ class ReadReports : public QrvTest {
     unsigned errors_ = 0;
 };
 
-TEST_F(ReadReports, tell_the_first_character_of_the_token) {
+TEST_F(ReadReports, locate_the_first_character_of_the_token) {
     EXPECT_EQ(report("{\n  a = nosuch(1);\n  b = #none }"),
               "2:7 /a 0x40000005 Value with unknown type='nosuch\n"
               "2:7 /a 0x00000000 Cannot insert key =a\n"
@@ -58,7 +58,7 @@ TEST_F(ReadReports, tell_the_first_character_of_the_token) {
               "1:7 /a 0x00000000 Cannot insert key =a\n");
 }
 
-TEST_F(ReadReports, tell_the_value_that_could_not_be_taken) {
+TEST_F(ReadReports, locate_the_value_that_was_refused) {
     EXPECT_EQ(report("{ a = int( 'x' ) }"),
               "1:12 /a 0x40000001 Convert failed in read of type: int\n"
               "1:7 /a 0x40000001 Failed to read value, type int\n"
@@ -67,7 +67,7 @@ TEST_F(ReadReports, tell_the_value_that_could_not_be_taken) {
                                    "2:2  0x00000000 Cannot insert key =0\n");
 }
 
-TEST_F(ReadReports, tell_the_value_whose_reading_threw) {
+TEST_F(ReadReports, locate_the_value_whose_reading_threw) {
     objref const before = cat::type_int().tmember("read");
     cProcedure2 const throws = [](cObj &, objref &) -> bool { throw 5; };
     cat::type_int().set_tmember("read", make<cExeMember>(throws));
@@ -81,7 +81,7 @@ TEST_F(ReadReports, tell_the_value_whose_reading_threw) {
     cat::type_int().set_tmember("read", before);
 }
 
-TEST_F(ReadReports, tell_what_is_no_bare_list_of_entries) {
+TEST_F(ReadReports, locate_text_that_is_not_a_bare_list_of_entries) {
     cat::ReadReport report;
     for (char const *const text : {"\n abc def", " a;", "a = \n ?; b = 1"}) {
         std::istringstream is(text);
@@ -92,10 +92,10 @@ TEST_F(ReadReports, tell_what_is_no_bare_list_of_entries) {
                              "1:2  0x40000001 Missing start pattern 'key =' at pattern: a\n"
                              "2:2 /a 0x40000002 Unexpected token '?\n"
                              "2:5  0x40000001 Input is no valid container\n");
-    messages(); // the summaries
+    messages(); // the summary messages
 }
 
-TEST_F(ReadReports, tell_where_an_unclosed_bracket_was_opened) {
+TEST_F(ReadReports, locate_the_opening_of_an_unclosed_bracket) {
     EXPECT_EQ(report("{ a = [1;\n2"), "1:7 /a 0x40000001 Vector is not closed by ']'\n"
                                       "1:1  0x40000001 Map is not closed by '}'\n");
     EXPECT_EQ(report("{ a = int(5"), "1:10 /a 0x40000001 Closing symbol is missed in type int, "
@@ -105,7 +105,7 @@ TEST_F(ReadReports, tell_where_an_unclosed_bracket_was_opened) {
               "2:2 /a 0x40000001 Set is not closed by '>'\n");
 }
 
-TEST_F(ReadReports, tell_where_the_container_of_an_unclosed_bracket_ended) {
+TEST_F(ReadReports, locate_the_end_of_the_container_of_an_unclosed_bracket) {
     auto const ends = [](std::string const &text) {
         cat::ReadReport report;
         Reading r(text);
@@ -122,7 +122,7 @@ TEST_F(ReadReports, tell_where_the_container_of_an_unclosed_bracket_ended) {
     EXPECT_EQ(ends("[ 99999999999 ]"), "0:0 0:0 0:0 ");
 }
 
-TEST_F(ReadReports, tell_a_bracket_alone_without_counting_it) {
+TEST_F(ReadReports, contain_a_single_bracket_without_counting_it) {
     EXPECT_EQ(report("{"), "1:1  0x40000001 Map is not closed by '}'\n");
     EXPECT_EQ(errors_, 0u);
     EXPECT_EQ(report(" <"), "1:2  0x40000001 Set is not closed by '>'\n");
@@ -134,7 +134,7 @@ TEST_F(ReadReports, tell_a_bracket_alone_without_counting_it) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(ReadReports, give_places_in_the_outer_text_inside_typed_values) {
+TEST_F(ReadReports, have_positions_in_the_outer_text_inside_typed_values) {
     EXPECT_EQ(report("{\n a = int( /* x */ ?5 )\n}"), "2:19 /a 0x40000002 Unexpected token '?\n");
     EXPECT_EQ(report("{\n a = int(\n\n    ?5 )\n}"), "4:5 /a 0x40000002 Unexpected token '?\n");
     EXPECT_EQ(report("{ a = int(int( int(?5))) }"), "1:20 /a 0x40000002 Unexpected token '?\n");
@@ -143,7 +143,7 @@ TEST_F(ReadReports, give_places_in_the_outer_text_inside_typed_values) {
     EXPECT_EQ(report("{ a = int(['x\\\ny'; ?5]) }").substr(0, 9), "2:5 /a/1 ");
 }
 
-TEST_F(ReadReports, give_the_place_of_the_closing_bracket_of_a_typed_value) {
+TEST_F(ReadReports, have_the_position_of_the_closing_bracket_of_a_typed_value) {
     std::string const type = "{T= attlist(x= attspec(type= int; flag= #IMPLIED));\n ";
     EXPECT_EQ(places(type + "y= T(x=\n\n   );\n}"), "4:4 ");
     EXPECT_EQ(places(type + "y= T(x= /* a\n b */ );\n}"), "3:7 ");
@@ -153,19 +153,19 @@ TEST_F(ReadReports, give_the_place_of_the_closing_bracket_of_a_typed_value) {
     EXPECT_EQ(places("{ c= attspec(flag= \n[1\n ) }"), "2:1>3:2 1:6 1:6 ");
 }
 
-TEST_F(ReadReports, give_the_place_of_the_end_again_where_it_was_read_before) {
+TEST_F(ReadReports, have_the_position_of_the_end_even_if_it_was_read_before) {
     EXPECT_EQ(places("[\n attlist(int(5)\n  )]"), "3:3 3:3 3:3 ");
     EXPECT_EQ(places("{\n attspec(type= int) \n"), "2:2 3:1 3:1 3:1 1:1>3:1 ");
 }
 
-TEST_F(ReadReports, give_the_place_of_the_end_of_input_in_a_typed_value) {
+TEST_F(ReadReports, have_the_position_of_the_end_of_input_in_a_typed_value) {
     EXPECT_EQ(places("choice({\n"), "1:7>2:1 1:8>2:1 ");
     EXPECT_EQ(places("choice({\n\n "), "1:7>3:2 1:8>3:2 ");
     EXPECT_EQ(places("choice({a= {\nb= 1 \xE4)"), "1:7>2:6 1:12>2:6 1:8>2:6 ");
     EXPECT_EQ(places("choice(choice({\n"), "1:7>2:1 1:14>2:1 1:15>2:1 ");
 }
 
-TEST_F(ReadReports, keep_what_is_raised_meanwhile_and_change_no_result) {
+TEST_F(ReadReports, store_errors_raised_meanwhile_and_change_no_result) {
     cat::ReadReport report;
     Reading r("{ a = #true; a = #false; m = {}; m = {x = #cRef(/m)} }");
     EXPECT_EQ(shown(report),
@@ -176,14 +176,14 @@ TEST_F(ReadReports, keep_what_is_raised_meanwhile_and_change_no_result) {
     EXPECT_EQ(r.scan.errcount(), 1u);
 }
 
-TEST_F(ReadReports, do_not_throw_by_the_masks) {
+TEST_F(ReadReports, do_not_throw_because_of_the_masks) {
     cat::errhandler() = cErrHandler(0xFFFFFFFF, 0, 0);
     EXPECT_EQ(report("{ a = ) 1; b = #true; b = #false }"),
               "1:7 /a 0x40000002 Unexpected token ')\n"
               "1:27 /b 0x41400000 Object is const. Method 'assign' called from type: bool\n");
 }
 
-TEST_F(ReadReports, leave_forgiveness_to_the_mask) {
+TEST_F(ReadReports, leave_clearing_to_the_mask) {
     cat::errhandler().clear_mask(0x01000000);
     cat::ReadReport report;
     Reading r("{ a = #cRef(/b); }");
@@ -192,7 +192,7 @@ TEST_F(ReadReports, leave_forgiveness_to_the_mask) {
     cat::errhandler().clear_mask(0);
 }
 
-TEST_F(ReadReports, the_innermost_takes) {
+TEST_F(ReadReports, the_innermost_receives_errors) {
     cat::ReadReport outer;
     {
         cat::ReadReport inner;
@@ -208,7 +208,7 @@ TEST_F(ReadReports, the_innermost_takes) {
     EXPECT_TRUE(outer.empty());
 }
 
-TEST_F(ReadReports, keep_a_thousand_entries_and_count_the_rest) {
+TEST_F(ReadReports, store_a_thousand_entries_and_count_the_rest) {
     std::string text = "[";
     for (int i = 0; i < 1500; ++i) text += ")";
     cat::ReadReport report;
@@ -225,7 +225,7 @@ TEST_F(ReadReports, keep_a_thousand_entries_and_count_the_rest) {
     EXPECT_EQ(small.entries().size(), 4u);
 }
 
-TEST_F(ReadReports, cut_long_paths_in_the_middle) {
+TEST_F(ReadReports, shorten_long_paths_in_the_middle) {
     std::string const key = std::string(3000, 'k');
     cat::ReadReport report;
     { Reading r("{ " + key + " = {a = #none; b = = 1} }"); }
@@ -238,7 +238,7 @@ TEST_F(ReadReports, cut_long_paths_in_the_middle) {
     for (cat::ReadError const &e : report.entries()) EXPECT_LT(e.text.size(), 1100u);
 }
 
-TEST_F(ReadReports, name_the_file_also_inside_typed_values) {
+TEST_F(ReadReports, name_the_file_even_inside_typed_values) {
     std::string const path = ::testing::TempDir() + "qrv_report.attr";
     std::ofstream(path) << "{ a = int(?5); b = #none }";
     cat::ReadReport report;
@@ -257,7 +257,7 @@ TEST_F(ReadReports, name_the_file_also_inside_typed_values) {
     std::remove(path.c_str());
 }
 
-TEST_F(ReadReports, take_lines_that_would_be_printed) {
+TEST_F(ReadReports, receive_lines_that_would_be_printed) {
     cat::ReadReport report;
     cMapObj map;
     EXPECT_EQ(map.getattrp(""), cat::bad());
@@ -279,7 +279,7 @@ TEST_F(ReadReports, end_with_their_scope) {
     EXPECT_FALSE(cat::errhandler().isblocked());
 }
 
-TEST_F(ReadReports, of_hostile_texts_stay_small) {
+TEST_F(ReadReports, of_hostile_text_stay_small) {
     cat::ReadReport report;
     {
         std::string text;
@@ -291,7 +291,7 @@ TEST_F(ReadReports, of_hostile_texts_stay_small) {
     for (cat::ReadError const &e : report.entries()) EXPECT_LE(e.text.size(), 1200u);
 }
 
-// Keeps what it sees, and lets through what it is told to.
+// Records the errors that it sees, and accepts those that the test allows.
 class cWatch : public cat::ReadWatch {
   public:
     void invalid(cObj &object) override {

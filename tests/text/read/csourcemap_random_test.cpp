@@ -1,5 +1,5 @@
-// Generated texts whose parts are known from their making: the same parts are found, they fit into
-// each other, each byte belongs to one of them, and they lead to the values that were read.
+// Generated text whose parts are known: the source map has the same parts, they are nested
+// correctly, each byte belongs to one of them, and they lead to the values that were read.
 
 #include "qrv/text/read/csourcemap.h"
 
@@ -154,11 +154,11 @@ class cRandomText {
         }
     }
     void items(int depth) {
-        text_ += ' '; // two brackets would be an operator
+        text_ += ' '; // two brackets would form an operator
         for (unsigned n = below(5); n > 0; --n) delimiter(value(depth - 1) && n > 1);
     }
 
-    // Does a delimiter have to follow before another value?
+    // Must a delimiter follow before another value?
     bool value(int depth) {
         bool needs = false;
         auto const kind = depth <= 0 ? below(2) : below(9);
@@ -231,7 +231,7 @@ std::string without_kinds_of_comments(std::vector<source_test::Mark> marks,
 
 class RandomSourceMaps : public QrvTest {
   protected:
-    static void SetUpTestSuite() { // the first text of a kind makes things that stay
+    static void SetUpTestSuite() { // the first text of a kind creates objects that stay
         cat::ReadReport const report;
         for (unsigned seed = 0; seed < 50; ++seed) {
             cTypesBack const types;
@@ -242,7 +242,8 @@ class RandomSourceMaps : public QrvTest {
 
     ~RandomSourceMaps() override { text_state().forget_comments(); }
 
-    // Entries are in file order and inside the one around them; comments belong to their place.
+    // Entries are in file order and inside the surrounding entry; comments are beside the entry to
+    // which they belong.
     static void expect_fits(cat::SourceMap const &map, std::string const &text) {
         for (std::size_t i = 0; i < map.size(); ++i) {
             cat::SourceEntry const entry = map.entry(i);
@@ -270,7 +271,7 @@ class RandomSourceMaps : public QrvTest {
                 ASSERT_EQ(map.at(comment.span.begin), comment.entry);
         }
     }
-    // No token is between, and no empty line.
+    // No token and no empty line is between.
     static void expect_gap(std::string const &text, std::size_t begin, std::size_t end,
                            long most_lines) {
         ASSERT_LE(begin, end);
@@ -283,14 +284,14 @@ class RandomSourceMaps : public QrvTest {
         EXPECT_LT(lines, most_lines) << text;
     }
 
-    // Each byte but blanks is in one part.
+    // Each byte except blanks is in one part.
     static void expect_covers(std::vector<source_test::Mark> const &marks,
                               std::string const &text) {
         std::string left = text;
         for (source_test::Mark const &mark : marks)
             if (mark.what != 'v' || text.find_first_of("{[<(", mark.begin) >= mark.end)
                 for (std::size_t i = mark.begin; i < mark.end; ++i) left[i] = ' ';
-        for (source_test::Mark const &mark : marks) // words with brackets in them
+        for (source_test::Mark const &mark : marks) // they contain words with brackets
             if (mark.what == 'v' && (text[mark.begin] == '"' || text[mark.begin] == '\''))
                 for (std::size_t i = mark.begin; i < mark.end; ++i) left[i] = ' ';
         EXPECT_EQ(left.find_first_not_of(" \t\r\n"), std::string::npos) << text << "\n" << left;
@@ -322,7 +323,7 @@ class RandomSourceMaps : public QrvTest {
     }
 };
 
-TEST_F(RandomSourceMaps, have_the_parts_that_the_text_was_made_of) {
+TEST_F(RandomSourceMaps, have_the_generated_parts_of_the_text) {
     std::size_t entries = 0, comments = 0, clean = 0;
     for (unsigned seed = 0; seed < 400; ++seed) {
         cTypesBack const types;
@@ -335,7 +336,7 @@ TEST_F(RandomSourceMaps, have_the_parts_that_the_text_was_made_of) {
                                                                                      << marked.text;
         expect_fits(mapped.map, marked.text);
         expect_covers(marks, marked.text);
-        if (report.empty()) expect_leads_to_values(mapped); // else some merges have failed
+        if (report.empty()) expect_leads_to_values(mapped); // otherwise some merges have failed
         if (HasFailure()) break;
         clean += report.empty();
         entries += mapped.map.size();
@@ -346,7 +347,7 @@ TEST_F(RandomSourceMaps, have_the_parts_that_the_text_was_made_of) {
     EXPECT_GT(comments, 2'000u);
 }
 
-TEST_F(RandomSourceMaps, know_the_comments_that_the_writer_keeps) {
+TEST_F(RandomSourceMaps, know_the_comments_that_the_writer_preserves) {
     std::size_t kept = 0, lost = 0;
     for (unsigned seed = 0; seed < 400; ++seed) {
         cTypesBack const types;
@@ -367,12 +368,13 @@ TEST_F(RandomSourceMaps, know_the_comments_that_the_writer_keeps) {
     EXPECT_GT(lost, 200u);
 }
 
-// A reading with a map and one without.
-TEST_F(RandomSourceMaps, change_nothing_that_is_read) {
+// Reads with a map and without one.
+TEST_F(RandomSourceMaps, do_not_change_the_values_read) {
     for (unsigned seed = 0; seed < 200; ++seed) {
         std::string text = Marked(cRandomText(seed).document()).text;
         std::mt19937 random(seed);
-        if (seed % 2) text.erase(random() % text.size(), 1 + random() % 5); // an error, mostly
+        if (seed % 2)
+            text.erase(random() % text.size(), 1 + random() % 5); // usually causes an error
         auto const outcome = [&text](bool with_map) {
             cTypesBack const types;
             cat::ReadReport const report;
@@ -390,7 +392,7 @@ TEST_F(RandomSourceMaps, change_nothing_that_is_read) {
     }
 }
 
-TEST_F(RandomSourceMaps, fit_a_text_that_is_cut_anywhere) {
+TEST_F(RandomSourceMaps, match_text_truncated_anywhere) {
     std::string const text = Marked(cRandomText(7).document()).text;
     for (std::size_t size = 0; size <= text.size(); ++size) {
         cTypesBack const types;
@@ -401,7 +403,7 @@ TEST_F(RandomSourceMaps, fit_a_text_that_is_cut_anywhere) {
     }
 }
 
-TEST_F(RandomSourceMaps, fit_a_text_whose_errors_throw) {
+TEST_F(RandomSourceMaps, match_text_whose_errors_throw) {
     std::string const text = "{a = {b = nosuch(1); c = [1, #none, 2]}; d = int(x); e = {f = = 1}; "
                              "T = attlist(n = attspec(type = int)); t = T(n = q); u = [T(m = 1)]; "
                              "g = #cRef(/none); h = 99999999999; i = {j = <#no>}; k = 1";
@@ -426,11 +428,11 @@ TEST_F(RandomSourceMaps, fit_a_text_whose_errors_throw) {
         ++thrown;
     }
     EXPECT_GT(thrown, 10);
-    Mapped const mapped("{a = 1}"); // nothing is left of them
+    Mapped const mapped("{a = 1}"); // leave nothing that affects the next reading
     EXPECT_EQ(mapped.at("a"), "1:1");
 }
 
-TEST_F(RandomSourceMaps, fit_a_text_with_bytes_that_are_wrong) {
+TEST_F(RandomSourceMaps, match_text_with_invalid_bytes) {
     std::string const text = Marked(cRandomText(11).document()).text;
     std::mt19937 random(5);
     for (int i = 0; i < 1000; ++i) {

@@ -1,5 +1,5 @@
-// Where entries are written: the spans of each construct, nodes and paths, comments, what is left
-// of entries that were refused or replaced.
+// The positions of entries in text: the spans of each construct, nodes and paths, comments, and
+// what remains of entries that were refused or replaced.
 
 #include "qrv/text/read/csourcemap.h"
 
@@ -21,7 +21,7 @@ namespace {
 
 class SourceMaps : public QrvTest {
   protected:
-    static void SetUpTestSuite() { // the first text with such a number makes things that stay
+    static void SetUpTestSuite() { // the first text with such a number creates objects that stay
         objref value;
         cObj::readobj("intf(1)", value);
     }
@@ -61,7 +61,7 @@ TEST_F(SourceMaps, have_references_and_constants) {
                  "«r:#cRef( /a )» «k:c»«s:=»«r:#cRef(/b)»«d:,»«c:}»»");
 }
 
-TEST_F(SourceMaps, have_a_value_alone) {
+TEST_F(SourceMaps, have_a_single_value) {
     expect_marks(" «v:17» ");
     expect_marks("«v:17»«d:;»");
     expect_marks("«v:word»");
@@ -70,7 +70,7 @@ TEST_F(SourceMaps, have_a_value_alone) {
     expect_marks("«O:// nothing»\n");
 }
 
-TEST_F(SourceMaps, have_what_is_inside_typed_values) {
+TEST_F(SourceMaps, have_entries_inside_typed_values) {
     expect_marks("«v:«o:{» «k:A» «s:=» «v:«t:attlist»«o:(» «k:n»«s:=» "
                  "«v:«t:attspec»«o:(»«k:type»«s:=» «v:string»«c:)»»«d:;»\n"
                  "  «k:m» «s:=» «v:«t:attspec» «o:{»«k:default» «s:=» "
@@ -81,7 +81,7 @@ TEST_F(SourceMaps, have_what_is_inside_typed_values) {
                  "«k:y» «s:=» «v:«t:M»«o:(»«v:off»«c:)»»«c:}»»");
 }
 
-TEST_F(SourceMaps, count_bytes_that_are_left_out_of_typed_values) {
+TEST_F(SourceMaps, count_bytes_omitted_from_typed_values) {
     expect_marks("«v:«o:{»«k:A»«s:=»«v:«t:attlist»«o:(» «A:/* one */» «k:n» "
                  "«I:/* two */» «s:=» «I:// three»\n «v:«t:attspec» «I:/*4*/» "
                  "«o:(»«I:/*5*/»\n «A:/* 6 */» «k:type»«s:=»«I:/*7*/»«v:string»"
@@ -193,7 +193,7 @@ TEST_F(SourceMaps, have_equal_values_of_a_set) {
     EXPECT_EQ(mapped.at("2/x"), "5:1 7:1");
 }
 
-TEST_F(SourceMaps, lead_through_references_to_where_the_value_is_written) {
+TEST_F(SourceMaps, follow_references_to_the_position_of_the_value) {
     Mapped const mapped("{a = {x = 1}; b = #cRef(/a); b = {y = 2}; c = {d = #cRef(/b)}}");
     EXPECT_EQ(mapped.at("b"), "3:#cRef(/a) 4:{y = 2}");
     EXPECT_TRUE(mapped.map.spans(*mapped.root, "b")[0].reference);
@@ -224,7 +224,7 @@ TEST_F(SourceMaps, have_the_attributes_of_declared_objects) {
     EXPECT_EQ(mapped.map.path_at(mapped.find("default")), "/A/m");
 }
 
-TEST_F(SourceMaps, tell_path_and_type_at_an_offset) {
+TEST_F(SourceMaps, return_path_and_type_at_an_offset) {
     Mapped const mapped("// top\n { a = [1, {b = 2.5}]; \"c d\" = <x> } // end");
     EXPECT_EQ(mapped.map.path_at(mapped.find("2.5")), "/a/1/b");
     EXPECT_EQ(mapped.map.type_at(mapped.find("2.5")), "double");
@@ -241,7 +241,7 @@ TEST_F(SourceMaps, tell_path_and_type_at_an_offset) {
     EXPECT_EQ(mapped.map.at(1000), cat::SourceEntry::none);
 }
 
-// --- what changes ---
+// --- changes during reading ---
 
 TEST_F(SourceMaps, drop_entries_of_removed_nodes) {
     Mapped mapped("{a = {x = 1}; b = [1, 2, 3]}");
@@ -324,7 +324,7 @@ TEST_F(SourceMaps, record_the_first_outermost_reading) {
     EXPECT_EQ(map.size(), 2u);
 }
 
-TEST_F(SourceMaps, have_no_entries_of_a_text_that_is_too_long) {
+TEST_F(SourceMaps, have_no_entries_of_too_long_text) {
     std::size_t const longest = std::exchange(cat::cSourceRecorder::longest, 10);
     Mapped const fits("{a = 123;}"), exceeds("{a = 1234;}");
     cat::cSourceRecorder::longest = longest;
@@ -355,7 +355,7 @@ TEST_F(SourceMaps, have_entries_that_are_read_into_an_object) {
     EXPECT_EQ(map.type_at(0), "int");
 }
 
-TEST_F(SourceMaps, have_entries_of_a_map_that_takes_what_was_read) {
+TEST_F(SourceMaps, have_entries_of_a_map_that_receives_the_value) {
     std::string const name = testing::TempDir() + "qrv_source_map.attr";
     std::ofstream(name, std::ios::binary) << "\n{a = 1; b = [2, 3]}";
     cRef<cMapObj> const map = make<cMapObj>();
@@ -368,7 +368,7 @@ TEST_F(SourceMaps, have_entries_of_a_map_that_takes_what_was_read) {
     EXPECT_EQ(source.written(*map).size(), 1u);
 }
 
-// Reads from a text and can't tell where it is.
+// Reads from a string and can't report its position.
 class cUnseekable : public std::streambuf {
   public:
     explicit cUnseekable(std::string text) : text_(std::move(text)) {
@@ -379,7 +379,7 @@ class cUnseekable : public std::streambuf {
     std::string text_;
 };
 
-TEST_F(SourceMaps, count_from_0_where_a_stream_knows_no_position) {
+TEST_F(SourceMaps, count_from_0_if_the_stream_has_no_position) {
     Marked const marked("\n«v:«o:{»\n«k:a» «s:=» «v:1»«d:;» «B:// x»\n«k:t» «s:=» "
                         "«v:«t:int»«o:(»«A:/* y */» «v:5»«c:)»»«c:}»»");
     cUnseekable buffer(marked.text);
@@ -390,7 +390,7 @@ TEST_F(SourceMaps, count_from_0_where_a_stream_knows_no_position) {
     EXPECT_EQ(source_test::shown(source_test::marks_of(map), marked.text), marked.shown());
 }
 
-TEST_F(SourceMaps, outlive_what_was_read) {
+TEST_F(SourceMaps, outlive_the_values_read) {
     cat::SourceMap map;
     {
         objref root;
@@ -401,6 +401,30 @@ TEST_F(SourceMaps, outlive_what_was_read) {
     EXPECT_TRUE(map.entry(1).removed);
     EXPECT_EQ(map.path_at(7), "/");
     EXPECT_EQ(map.type_at(7), "map");
+}
+
+TEST_F(SourceMaps, that_have_stopped_end_in_any_order) {
+    auto first = std::make_unique<cat::SourceMap>();
+    objref root, other;
+    ASSERT_EQ(cObj::readobj("{a = 1}", root), 0);
+    first->stop();
+    auto second = std::make_unique<cat::SourceMap>();
+    ASSERT_EQ(cObj::readobj("{a = 2; b = 3}", other), 0);
+    second->stop();
+    EXPECT_EQ(first->size(), 2u);
+    EXPECT_EQ(second->size(), 3u);
+    first = nullptr;
+    EXPECT_EQ(second->path_at(8), "/b");
+    cat::SourceMap outer;
+    {
+        cat::SourceMap inner;
+        inner.stop();
+        inner.stop();
+        second = nullptr;
+        ASSERT_EQ(cObj::readobj("[4]", other), 0);
+        EXPECT_EQ(inner.size(), 0u);
+    }
+    EXPECT_EQ(outer.size(), 2u);
 }
 
 TEST_F(SourceMaps, may_end_before_the_reading_does) {
@@ -455,7 +479,7 @@ TEST_F(SourceMaps, have_comments_that_are_read_after_the_value) {
     EXPECT_EQ(mapped.map.comments(0).size(), 1u);
 }
 
-TEST_F(SourceMaps, say_which_comments_the_writer_keeps) {
+TEST_F(SourceMaps, know_which_comments_the_writer_preserves) {
     Mapped const mapped(
         "// c01\n{ // c02\n  a = 1; // c03\n  b /* c04 */ = /* c05 */ 2; /* c06 */ // c07\n"
         "  c = {x = 1 /* c08 */; y = 2} // c09\n  d = {\n x = 1;\n } // c10\n"

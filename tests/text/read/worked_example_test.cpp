@@ -1,4 +1,4 @@
-// One map with everything in it, byte for byte: built by program, read back, written again.
+// One map with every feature, byte for byte: built by a program, read, and written again.
 #include "tests/text/write_support.h"
 
 using namespace test;
@@ -51,23 +51,23 @@ class WorkedExample : public QrvTest {};
 
 } // namespace
 
-TEST_F(WorkedExample, built_by_program_is_written_so) {
+TEST_F(WorkedExample, built_by_a_program_is_written_as_expected) {
     EXPECT_EQ(written(example_map()), example);
 }
 
-TEST_F(WorkedExample, is_written_the_same_twice_in_a_row) {
+TEST_F(WorkedExample, is_written_the_same_twice) {
     objref const map = example_map();
     std::string const first = written(map);
     EXPECT_EQ(written(map), first);
 }
 
-TEST_F(WorkedExample, read_back_is_the_same_tree) {
+TEST_F(WorkedExample, read_again_is_the_same_tree) {
     objref const read = read_back(example);
     ASSERT_TRUE(read);
     EXPECT_TRUE(read->equal(example_map()));
     EXPECT_EQ(read->getattr(make_key("again")), read->getattr(make_key("limits")));
 }
 
-TEST_F(WorkedExample, read_back_is_written_the_same_with_comments_and_layouts) {
+TEST_F(WorkedExample, read_again_is_written_the_same_with_comments_and_layouts) {
     EXPECT_EQ(written(read_back(example)), example);
 }

@@ -1,5 +1,5 @@
-// The scanner beside the former one, which copied every character: the same tokens, places and
-// stream after every act, on streams of all kinds and in pieces of every size.
+// Compares the scanner with the former one, which copied every character: the same tokens,
+// positions and stream after every action, on streams of all kinds and in pieces of every size.
 
 #include "tests/text/scan_compare.h"
 
@@ -16,7 +16,7 @@ std::string const &one_of(std::vector<std::string> const &parts, std::mt19937 &r
     return parts[random() % parts.size()];
 }
 
-// Anything, with a preference for what is nearly a token.
+// Any text, with a preference for sequences that are nearly tokens.
 std::string odd_text(std::mt19937 &random) {
     static std::vector<std::string> const parts = {"true",
                                                    "false",
@@ -79,7 +79,7 @@ std::string odd_text(std::mt19937 &random) {
     return text;
 }
 
-// The kind of text that is read all day.
+// The kind of text that is usually read.
 std::string usual_text(std::mt19937 &random) {
     static std::vector<std::string> const values = {"12;",
                                                     "-7;",
@@ -105,7 +105,7 @@ std::string usual_text(std::mt19937 &random) {
     return text + "}\n";
 }
 
-// A few bytes changed, as a slip of the hand would.
+// The text with a few bytes changed, as a typing error would.
 std::string spoilt(std::string text, std::mt19937 &random) {
     for (auto n = random() % 3; n > 0 && !text.empty(); --n)
         text[random() % text.size()] = static_cast<char>(random() % 256);
@@ -129,7 +129,7 @@ TEST(ScannerFormer, agrees_on_a_string_stream) {
     expect_same(test::string_input, test::string_input, 6000, 1);
 }
 
-TEST(ScannerFormer, agrees_on_a_text_in_memory) {
+TEST(ScannerFormer, agrees_on_a_string_in_memory) {
     expect_same(test::memory_input, test::string_input, 6000, 2);
 }
 
@@ -153,7 +153,8 @@ TEST(ScannerFormer, agrees_on_a_file) {
     std::remove(name.c_str());
 }
 
-// Another text of the same length comes to lie at the same address; only what was taken is kept.
+// Another string of the same length is then at the same address; only characters already taken are
+// preserved.
 TEST(ScannerFormer, agrees_when_the_text_is_replaced_between_tokens) {
     std::mt19937 random(4);
     for (int i = 0; i < 4000; ++i) {

@@ -1,5 +1,5 @@
-// The matching engine: every rule, the promise about what is taken from the stream, and
-// hostile input. The comparison with a slow reference is in cattrscanner_reference_test.cpp.
+// The matching engine: every rule, the characters taken from the stream, and hostile input.
+// cattrscanner_reference_test.cpp compares it with a slow reference.
 
 #include "tests/text/scan_support.h"
 
@@ -19,13 +19,13 @@ using test::tokens_of;
 
 // Every rule.
 
-TEST(ScannerRules, bool_words) {
+TEST(ScannerRules, words_for_bools_are_matched) {
     EXPECT_EQ(tokens_of("true false"), "Bool(true) Bool(false)");
     EXPECT_EQ(tokens_of("True truefalse true_ false1 tru"),
               "Ident(True) Ident(truefalse) Ident(true_) Ident(false1) Ident(tru)");
 }
 
-TEST(ScannerRules, hexadecimal_integers_without_sign) {
+TEST(ScannerRules, hexadecimal_integers_have_no_sign) {
     EXPECT_EQ(tokens_of("0x1F 0XaB"), "Int(0x1F) Int(0XaB)");
     EXPECT_EQ(tokens_of("0x 0x1g +0x10 -0x1 00x1 1x1"),
               "BadIdent(0x) BadIdent(0x1g) BadIdent(+0x10) BadIdent(-0x1) BadIdent(00x1) "
@@ -34,21 +34,21 @@ TEST(ScannerRules, hexadecimal_integers_without_sign) {
     EXPECT_EQ(tokens_of("0x1.5"), "Int(0x1) Double(.5)");
 }
 
-TEST(ScannerRules, unsigned_integers) {
+TEST(ScannerRules, unsigned_integers_are_matched) {
     EXPECT_EQ(tokens_of("1u +12U -3u"), "Unsigned(1u) Unsigned(+12U) Unsigned(-3u)");
     EXPECT_EQ(tokens_of("12ux 1uu 1u2"), "BadIdent(12ux) BadIdent(1uu) BadIdent(1u2)");
 }
 
-TEST(ScannerRules, digits_that_run_into_letters) {
+TEST(ScannerRules, digits_followed_by_letters_are_bad_numbers) {
     EXPECT_EQ(tokens_of("12abc 1e5 1f 5_ -7x"),
               "BadIdent(12abc) BadIdent(1e5) BadIdent(1f) BadIdent(5_) BadIdent(-7x)");
 }
 
-TEST(ScannerRules, integers) {
+TEST(ScannerRules, integers_are_matched) {
     EXPECT_EQ(tokens_of("0 +1 -23 4-5"), "Int(0) Int(+1) Int(-23) Int(4) Int(-5)");
 }
 
-TEST(ScannerRules, floats_and_doubles) {
+TEST(ScannerRules, floats_and_doubles_are_matched) {
     EXPECT_EQ(tokens_of("1.f .5F -1.5e+2f 1.e3F"),
               "Float(1.f) Float(.5F) Float(-1.5e+2f) Float(1.e3F)");
     EXPECT_EQ(tokens_of("1.5 12. .5e-3 -0.1E7 1.e5"),
@@ -61,7 +61,7 @@ TEST(ScannerRules, floats_and_doubles) {
     EXPECT_EQ(tokens_of("-1.e1"), "Int(-1) 46(.) Ident(e1)");
 }
 
-TEST(ScannerRules, strings) {
+TEST(ScannerRules, strings_are_matched) {
     EXPECT_EQ(tokens_of("\"\" ''"), "String(\"\") String('')");
     EXPECT_EQ(tokens_of("\"a'b\" 'a\"b'"), "String(\"a'b\") String('a\"b')");
     EXPECT_EQ(tokens_of("\"a\\\"b\" 'a\\'b'"), "String(\"a\\\"b\") String('a\\'b')");
@@ -71,7 +71,7 @@ TEST(ScannerRules, strings) {
     EXPECT_EQ(tokens_of("\"\\\\\\\n\\"), "34(\") 92(\\) 92(\\) 92(\\) 92(\\)");
 }
 
-TEST(ScannerRules, strings_hold_any_byte) {
+TEST(ScannerRules, strings_may_contain_any_byte) {
     std::string const inside("\0\x01\x7f\x80\xe4\xff", 6);
     std::istringstream in("\"" + inside + "\"");
     Scan scan(in);
@@ -80,13 +80,13 @@ TEST(ScannerRules, strings_hold_any_byte) {
     EXPECT_EQ(scan.position(), 8u);
 }
 
-TEST(ScannerRules, constants_and_identifiers) {
+TEST(ScannerRules, constants_and_identifiers_are_matched) {
     EXPECT_EQ(tokens_of("#nil #cRef(a_1)"), "Const(#nil) Const(#cRef) 40(() Ident(a_1) 41())");
     EXPECT_EQ(tokens_of("##a"), "35(#) Const(#a)");
     EXPECT_EQ(tokens_of("_ _9 aB3-c"), "Ident(_) Ident(_9) Ident(aB3) 45(-) Ident(c)");
 }
 
-TEST(ScannerRules, pairs) {
+TEST(ScannerRules, pairs_of_characters_are_matched) {
     EXPECT_EQ(tokens_of("+= << &="), "AddAssign(+=) ShiftLeft(<<) AndAssign(&=)");
     EXPECT_EQ(tokens_of("<<<"), "ShiftLeft(<<) 60(<)");
     EXPECT_EQ(tokens_of("+=="), "AddAssign(+=) 61(=)");
@@ -94,7 +94,7 @@ TEST(ScannerRules, pairs) {
     EXPECT_EQ(tokens_of("+=5 ++5"), "AddAssign(+=) Int(5) 43(+) Int(+5)");
 }
 
-TEST(ScannerRules, the_characters_that_the_reader_works_with) {
+TEST(ScannerRules, characters_for_the_reader_are_matched) {
     EXPECT_EQ(tokens_of(";,=(){}[]<>/"),
               "59(;) 44(,) 61(=) 40(() 41()) 123({) 125(}) 91([) 93(]) 60(<) 62(>) 47(/)");
 }
@@ -112,7 +112,7 @@ TEST(ScannerRules, bytes_from_128_on_are_negative_codes) {
               "Ident(a) -28(\xe4) Ident(b) Int(1) -28(\xe4)");
 }
 
-TEST(ScannerRules, a_nul_has_the_code_of_the_end_but_a_text) {
+TEST(ScannerRules, a_null_character_has_the_code_of_the_end_but_is_not_empty) {
     std::istringstream in(std::string("\0a", 2));
     Scan scan(in);
     EXPECT_EQ(scan.gettoken(), 0);
@@ -120,22 +120,22 @@ TEST(ScannerRules, a_nul_has_the_code_of_the_end_but_a_text) {
     EXPECT_EQ(scan.gettoken(), tkIdent);
 }
 
-TEST(ScannerRules, vertical_tab_and_form_feed_are_no_white_space) {
+TEST(ScannerRules, vertical_tab_and_form_feed_are_not_white_space) {
     EXPECT_EQ(tokens_of("\v\f", true), "11(\v) 12(\f)");
     EXPECT_EQ(tokens_of("\t\r\n ", true), "Space(\t\r\n )");
 }
 
-TEST(ScannerRules, line_comments) {
+TEST(ScannerRules, line_comments_are_matched) {
     EXPECT_EQ(tokens_of("//", true), "Comment(//)");
     EXPECT_EQ(tokens_of(" \n// a /* b\r\nc", true), "Comment( \n// a /* b\r) Space(\n) Ident(c)");
     EXPECT_EQ(tokens_of("///*\n*/", true), "Comment(///*) Space(\n) 42(*) 47(/)");
 }
 
-// What is taken from the stream.
+// The characters taken from the stream.
 
 namespace {
 
-// How many characters the first token takes from a stream that gives one at a time.
+// The number of characters that the first token takes from a stream that delivers one at a time.
 std::size_t taken_for_first(std::string const &text, int code) {
     PieceBuf buffer(text);
     std::istream in(&buffer);
@@ -173,7 +173,7 @@ TEST(ScannerPromise, a_token_that_needs_one_character_of_look_ahead_takes_one) {
     EXPECT_EQ(taken_for_first("#11", '#'), 2u);
 }
 
-TEST(ScannerPromise, comments_and_white_space_take_what_they_are) {
+TEST(ScannerPromise, comments_and_white_space_take_only_their_characters) {
     PieceBuf buffer("// ab\n /*c*/ dd");
     std::istream in(&buffer);
     Scan scan(in);
@@ -186,7 +186,7 @@ TEST(ScannerPromise, comments_and_white_space_take_what_they_are) {
     EXPECT_EQ(buffer.taken(), 14u);
 }
 
-TEST(ScannerPromise, code_that_reads_the_stream_goes_on_directly_behind_a_bracket) {
+TEST(ScannerPromise, code_that_reads_the_stream_continues_directly_after_a_bracket) {
     std::istringstream in("{raw} b");
     Scan scan(in);
     EXPECT_EQ(scan.gettoken(), '{');
@@ -196,7 +196,7 @@ TEST(ScannerPromise, code_that_reads_the_stream_goes_on_directly_behind_a_bracke
     EXPECT_EQ(rest_of(scan), "Ident(b)");
 }
 
-TEST(ScannerPromise, what_was_looked_at_in_vain_stays_in_the_shared_look_ahead) {
+TEST(ScannerPromise, unused_look_ahead_stays_in_the_shared_buffer) {
     PieceBuf buffer("1.5e+x");
     std::istream in(&buffer);
     auto first = std::make_unique<Scan>(in);
@@ -207,7 +207,7 @@ TEST(ScannerPromise, what_was_looked_at_in_vain_stays_in_the_shared_look_ahead) 
     EXPECT_EQ(rest_of(second), "Ident(e) 43(+) Ident(x)");
 }
 
-TEST(ScannerPromise, a_tied_stream_is_flushed_before_the_input_is_asked_for_more) {
+TEST(ScannerPromise, a_tied_stream_is_flushed_before_more_input_is_read) {
     struct Flushed : std::stringbuf {
         int sync() override { return ++count, 0; }
         int count = 0;
@@ -221,9 +221,9 @@ TEST(ScannerPromise, a_tied_stream_is_flushed_before_the_input_is_asked_for_more
     EXPECT_GT(out.count, 0);
 }
 
-// Hostile input. Quadratic work would run into the time limit of the test program.
+// Hostile input. With quadratic work the test program would exceed its time limit.
 
-TEST(ScannerHostile, a_million_escaped_quotes_that_never_close) {
+TEST(ScannerHostile, a_million_unclosed_escaped_quotes_take_linear_time) {
     std::string text;
     for (int i = 0; i < 500000; ++i) text += "\\\"";
     std::istringstream in(text);
@@ -233,7 +233,7 @@ TEST(ScannerHostile, a_million_escaped_quotes_that_never_close) {
     EXPECT_EQ(count, text.size());
 }
 
-TEST(ScannerHostile, both_kinds_of_open_quotes_mixed) {
+TEST(ScannerHostile, both_kinds_of_open_quotes_may_be_mixed) {
     std::string text;
     for (int i = 0; i < 200000; ++i) text += "\\\"a\\'\\\n";
     PieceBuf buffer(text, 4096);
@@ -246,7 +246,7 @@ TEST(ScannerHostile, both_kinds_of_open_quotes_mixed) {
     EXPECT_EQ(scan.lineno(), 200001u);
 }
 
-TEST(ScannerHostile, a_string_of_fifty_million_characters_on_one_line) {
+TEST(ScannerHostile, a_string_may_have_fifty_million_characters_on_one_line) {
     std::size_t const size = 50000000;
     std::istringstream closed("\"" + std::string(size, 'a') + "\";");
     Scan scan(closed);
@@ -261,7 +261,7 @@ TEST(ScannerHostile, a_string_of_fifty_million_characters_on_one_line) {
     EXPECT_EQ(other.token().text.size(), size);
 }
 
-TEST(ScannerHostile, long_runs_of_one_character) {
+TEST(ScannerHostile, one_character_may_be_repeated_many_times) {
     std::size_t const size = 1000000;
     for (std::string unit :
          {"\"",   "'", "\\", "/", "/*+", "*", " ", "\n",   "+",   "-",   "+1.",
@@ -273,19 +273,19 @@ TEST(ScannerHostile, long_runs_of_one_character) {
         scan.return_all(true);
         std::size_t length = 0;
         while (scan.gettoken() != tkEof) length += scan.token().text.size();
-        // An open comment at the end is dropped; of all else nothing may be lost.
+        // An unclosed comment at the end is dropped; everything else must be preserved.
         EXPECT_EQ(length, unit == "/*+" ? 0 : text.size()) << unit;
     }
 }
 
-TEST(ScannerHostile, binary_junk_comes_out_as_it_went_in) {
+TEST(ScannerHostile, binary_junk_is_preserved_in_tokens) {
     std::mt19937 random(99);
     std::string text;
     for (int i = 0; i < 2000000; ++i) {
         auto const r = random();
         text += r & 0x100 ? static_cast<char>(r) : "\"'\\/*\n 1.e+ax#<"[(r & 0xff) % 16];
     }
-    text += "*/"; // closes a comment that may stand open
+    text += "*/"; // closes a comment that may be open
     for (std::size_t piece : {0u, 1u, 7u, 8192u}) {
         PieceBuf buffer(text, piece);
         std::istream in(&buffer);
@@ -298,7 +298,7 @@ TEST(ScannerHostile, binary_junk_comes_out_as_it_went_in) {
     }
 }
 
-// The engine by itself.
+// The engine without the scanner.
 
 namespace {
 
@@ -317,7 +317,7 @@ struct Engine : attrFlexLexer {
 
 } // namespace
 
-TEST(ScannerEngine, numbers_its_rules) {
+TEST(ScannerEngine, returns_the_number_of_the_rule) {
     std::istringstream in("true false 0x1 1u 1a 1 1.f 1. '' #a a+=<<&=//\n/*");
     Engine engine(&in);
     std::string rules;
@@ -346,7 +346,7 @@ TEST(ScannerEngine, works_on_several_buffers_in_turn) {
     engine.yy_delete_buffer(second);
 }
 
-TEST(ScannerEngine, takes_over_a_buffer_and_gives_back_the_one_before) {
+TEST(ScannerEngine, can_take_over_a_buffer_and_release_the_previous_one) {
     std::istringstream a("a1 a2"), b("b1 b2");
     Engine engine;
     EXPECT_EQ(engine.next(), "21:");
@@ -369,9 +369,9 @@ TEST(ScannerEngine, switches_between_buffers_and_deletes_its_own) {
     EXPECT_EQ(engine.next(), "11:a1");
     yy_buffer_state *const second = engine.yy_create_buffer(&b, 0);
     yy_buffer_state *const third = engine.yy_create_buffer(&c, 0);
-    engine.yy_switch_to_buffer(second); // deletes the one that the engine made for a
+    engine.yy_switch_to_buffer(second); // deletes the buffer that the engine created for a
     EXPECT_EQ(engine.next(), "11:b1");
-    engine.yy_switch_to_buffer(third); // second is the caller's again
+    engine.yy_switch_to_buffer(third); // the caller owns `second` again
     EXPECT_EQ(engine.next(), "11:c1");
     engine.yy_switch_to_buffer(second);
     engine.yy_switch_to_buffer(second);
@@ -381,7 +381,7 @@ TEST(ScannerEngine, switches_between_buffers_and_deletes_its_own) {
     engine.yy_delete_buffer(second);
     EXPECT_EQ(engine.next(), "19: ");
     EXPECT_EQ(engine.next(), "11:c2");
-    engine.switch_streams(&d, nullptr); // deletes third, and makes one
+    engine.switch_streams(&d, nullptr); // deletes `third`, and creates a new buffer
     EXPECT_EQ(engine.next(), "11:d1");
     engine.yy_switch_to_buffer(nullptr);
     EXPECT_EQ(engine.next(), "21:");
@@ -390,7 +390,7 @@ TEST(ScannerEngine, switches_between_buffers_and_deletes_its_own) {
     EXPECT_EQ(engine.next(), "21:");
 }
 
-TEST(ScannerEngine, reads_one_character_at_a_time_and_tells_end_and_failure) {
+TEST(ScannerEngine, reads_one_character_at_a_time_and_reports_end_and_failure) {
     std::istringstream in("ab");
     Engine engine(&in);
     char got[4] = {};

@@ -1,5 +1,5 @@
-// The scanner against a slow reference that tries every rule on every prefix and counts by single
-// characters.
+// Compares the scanner with a slow reference that tries every rule on every prefix and counts
+// single characters.
 
 #include "tests/text/scan_support.h"
 
@@ -64,7 +64,7 @@ sv without_white(sv s) {
     return s;
 }
 
-// Does rule `r` match the whole of `s`?
+// Does rule `r` match all of `s`?
 bool fits(int r, sv s) {
     switch (r) {
     case 1:
@@ -178,12 +178,12 @@ std::string whole(cAttrLiteral const &t) {
            std::to_string(t.position) + "\n";
 }
 
-// Compares all tokens of a text, read from pieces of this size.
+// Compares all tokens of a string, read in pieces of this size.
 void compare(std::string const &text, std::size_t piece, bool space, bool comments) {
     PieceBuf buffer(text, piece);
     std::istream in(&buffer);
     Scan scan(in);
-    scan.reset(0, 1, 0); // such a buffer can't tell its offset
+    scan.reset(0, 1, 0); // such a buffer can't report its offset
     scan.return_ws(space);
     scan.return_com(comments);
     Reference reference(text, space, comments);
@@ -200,7 +200,7 @@ void compare(std::string const &text, std::size_t piece, bool space, bool commen
 
 } // namespace
 
-TEST(ScannerReference, agrees_on_every_text_of_four_characters) {
+TEST(ScannerReference, agrees_on_every_string_of_four_characters) {
     std::string const alphabet = "01.efux+=<\"\\\n /*";
     std::size_t const n = alphabet.size();
     for (std::size_t i = 0; i < n * n * n * n; ++i) {
@@ -211,7 +211,7 @@ TEST(ScannerReference, agrees_on_every_text_of_four_characters) {
     }
 }
 
-TEST(ScannerReference, agrees_on_random_texts_in_pieces_of_any_size) {
+TEST(ScannerReference, agrees_on_random_strings_in_pieces_of_any_size) {
     std::mt19937 random(12345);
     std::vector<std::string> const parts = {
         "true", "false", "0x", "1", "23", ".",  "e",  "E+",   "f",   "u", "ab",

@@ -1,4 +1,5 @@
-// The end of a run, found sixteen characters at a time, against the table of character classes.
+// The search for the end of a run, which checks sixteen characters at a time, compared with the
+// table of character classes.
 
 #include "text/scan/cattrscanner_run.h"
 
@@ -8,14 +9,14 @@
 
 namespace {
 
-// The first character of the set by the table alone.
+// The first character of the set, found by the table only.
 template <unsigned set> std::size_t first_of(std::string const &text) {
     std::size_t from = 0;
     while (from < text.size() && !scan::stops(static_cast<unsigned char>(text[from]), set)) ++from;
     return from;
 }
 
-// Every character at every place of a text of characters that are not in the set.
+// Every character at every position of a string whose other characters are not in the set.
 template <unsigned set> void expect_as_the_table(char other) {
     ASSERT_FALSE(scan::stops(static_cast<unsigned char>(other), set));
     for (std::size_t size = 0; size < 40; ++size) {
@@ -41,7 +42,7 @@ TEST(ScannerRun, ends_at_the_first_character_of_the_set) {
     expect_as_the_table<scan::cs_tick>('x');
 }
 
-TEST(ScannerRun, of_the_first_of_several) {
+TEST(ScannerRun, ends_at_the_first_of_several_characters) {
     std::string const text = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_0123456789=;";
     EXPECT_EQ(*scan::run_end<scan::cs_no_word>(text.data(), text.data() + text.size()), '=');
 }

@@ -1,4 +1,4 @@
-// The scanner on streams that are closed, at their end, broken or can't seek.
+// The scanner on streams that are closed, at their end, or broken, or that can't seek.
 
 #include "tests/text/scan_support.h"
 
@@ -17,7 +17,7 @@ using test::shown;
 
 // Streams of other kinds.
 
-TEST(ScannerStream, changes_nothing_in_a_stream_it_is_opened_on) {
+TEST(ScannerStream, does_not_change_a_stream_when_it_is_opened) {
     std::istringstream in("ab");
     std::string word;
     in >> word;
@@ -28,7 +28,7 @@ TEST(ScannerStream, changes_nothing_in_a_stream_it_is_opened_on) {
     EXPECT_EQ(rest_of(scan), "");
 }
 
-TEST(ScannerStream, finds_the_end_of_input_again_and_again_on_a_closed_file) {
+TEST(ScannerStream, finds_the_end_of_input_repeatedly_on_a_closed_file) {
     std::ifstream in;
     Scan scan(in);
     EXPECT_EQ(scan.position(), 0xFFFFFFFFu);
@@ -37,7 +37,7 @@ TEST(ScannerStream, finds_the_end_of_input_again_and_again_on_a_closed_file) {
     EXPECT_EQ(scan.gettoken(), tkEof);
 }
 
-TEST(ScannerStream, finds_the_end_of_input_on_a_file_that_is_not_there) {
+TEST(ScannerStream, finds_the_end_of_input_on_a_missing_file) {
     std::ifstream in("/nowhere/at/all");
     Scan scan(in);
     EXPECT_EQ(scan.position(), 0xFFFFFFFFu);
@@ -45,14 +45,14 @@ TEST(ScannerStream, finds_the_end_of_input_on_a_file_that_is_not_there) {
     EXPECT_EQ(in.rdstate(), std::ios::failbit);
 }
 
-TEST(ScannerStream, leaves_eofbit_and_failbit_behind_at_the_end) {
+TEST(ScannerStream, sets_eofbit_and_failbit_at_the_end) {
     Input i("a");
     i.next();
     i.next();
     EXPECT_EQ(i.in.rdstate(), std::ios::eofbit | std::ios::failbit);
 }
 
-TEST(ScannerStream, uses_up_its_look_ahead_before_it_minds_the_streams_state) {
+TEST(ScannerStream, uses_its_look_ahead_before_the_streams_state) {
     Input i("a;b");
     i.next();
     i.in.setstate(std::ios::eofbit);
@@ -62,7 +62,7 @@ TEST(ScannerStream, uses_up_its_look_ahead_before_it_minds_the_streams_state) {
     EXPECT_EQ(i.next(), "Ident(b)");
 }
 
-TEST(ScannerStream, starts_at_place_0_after_a_reset_on_a_file_opened_later) {
+TEST(ScannerStream, starts_at_position_0_after_a_reset_on_a_file_opened_later) {
     std::ifstream in;
     Scan scan(in);
     in.open("/proc/self/cmdline", std::ios::binary);
@@ -76,7 +76,7 @@ TEST(ScannerStream, starts_at_place_0_after_a_reset_on_a_file_opened_later) {
     EXPECT_EQ(shown(scan.token()), first);
 }
 
-// The position is still -1 then, and no place to seek to.
+// The position is still -1 then, so there is no position to seek to.
 TEST(ScannerStream, stays_at_the_start_when_flushed_on_a_file_opened_later) {
     std::ifstream in;
     Scan scan(in);
@@ -132,7 +132,7 @@ TEST(ScannerStream, drops_the_look_ahead_and_stays_good_where_the_stream_cannot_
     EXPECT_TRUE(pipe.in.good());
 }
 
-// The fatal ends. The text leaves through the display.
+// Failures that end the process. The message goes to the display.
 
 TEST(ScannerDeathTest, a_broken_stream_ends_the_process_with_status_2) {
     auto const read_broken = [] {
@@ -154,7 +154,7 @@ TEST(ScannerDeathTest, a_read_error_ends_the_process_with_status_2) {
     EXPECT_EXIT(read_folder(), testing::ExitedWithCode(2), "^input in flex scanner failed\n");
 }
 
-TEST(ScannerDeathTest, the_bare_engine_makes_no_tokens) {
+TEST(ScannerDeathTest, the_engine_alone_creates_no_tokens) {
     auto const run_bare = [] {
         sig_idle();
         cConsoleDisplay display(2);

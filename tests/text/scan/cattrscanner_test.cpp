@@ -1,6 +1,6 @@
-// The scanner as its users see it: tokens and their places, tokens pushed back, going back, flags,
-// sharing and the dump. Streams that can't seek or are broken are in cattrscanner_stream_test.cpp,
-// the matching itself in cattrscanner_match_test.cpp.
+// The scanner as its users see it: tokens and their positions, tokens pushed back, going back,
+// flags, sharing and the dump. Streams that can't seek or are broken are tested in
+// cattrscanner_stream_test.cpp, the matching in cattrscanner_match_test.cpp.
 
 #include "tests/support/fixture.h"
 #include "tests/text/scan_support.h"
@@ -20,15 +20,15 @@ using test::Scan;
 using test::shown;
 using test::tokens_of;
 
-// The cases that are easy to get wrong.
+// Edge cases.
 
-TEST(ScannerEdge, a_sign_belongs_to_the_digits_directly_behind_it) {
+TEST(ScannerEdge, a_sign_belongs_to_the_digits_directly_after_it) {
     EXPECT_EQ(tokens_of("-5"), "Int(-5)");
     EXPECT_EQ(tokens_of("- 5"), "45(-) Int(5)");
     EXPECT_EQ(tokens_of("-="), "45(-) 61(=)");
 }
 
-TEST(ScannerEdge, a_signed_number_needs_a_digit_behind_its_point) {
+TEST(ScannerEdge, a_signed_number_needs_a_digit_after_its_point) {
     EXPECT_EQ(tokens_of("1."), "Double(1.)");
     EXPECT_EQ(tokens_of("+1."), "Int(+1) 46(.)");
     EXPECT_EQ(tokens_of("+1.5 .5 +.5"), "Double(+1.5) Double(.5) Double(+.5)");
@@ -64,19 +64,19 @@ TEST(ScannerEdge, a_backslash_before_a_newline_keeps_the_string_open) {
     EXPECT_EQ(tokens_of("'a\\\nb'"), "String('a\\\nb')");
 }
 
-TEST(ScannerEdge, a_slash_that_opens_no_comment_is_a_character_behind_white_space_too) {
+TEST(ScannerEdge, a_slash_that_opens_no_comment_is_a_character_even_after_white_space) {
     EXPECT_EQ(tokens_of("/a"), "47(/) Ident(a)");
     EXPECT_EQ(tokens_of(" \n/a"), "47(/) Ident(a)");
     EXPECT_EQ(tokens_of(" \n/a", true), "Space( \n) 47(/) Ident(a)");
 }
 
-TEST(ScannerEdge, the_newline_behind_a_line_comment_belongs_to_the_next_white_space) {
+TEST(ScannerEdge, the_newline_after_a_line_comment_belongs_to_the_next_white_space) {
     EXPECT_EQ(tokens_of("a // x\n  b", true), "Ident(a) Comment( // x) Space(\n  ) Ident(b)");
 }
 
-// Places.
+// Positions.
 
-TEST(Scanner, gives_each_token_the_place_of_its_first_character) {
+TEST(Scanner, gives_each_token_the_position_of_its_first_character) {
     Input i("ab  12\n  \"x\ty\"");
     EXPECT_EQ(i.next(), "Ident(ab)");
     EXPECT_EQ(place(i.scan.token()), "1:0:0");
@@ -121,7 +121,7 @@ TEST(Scanner, begins_a_comment_token_at_the_white_space_before_it) {
     EXPECT_EQ(place(i.scan.token()), "2:8:10");
 }
 
-TEST(Scanner, starts_at_the_place_where_the_stream_stands) {
+TEST(Scanner, starts_at_the_position_of_the_stream) {
     std::istringstream in("0123456 a");
     in.seekg(7);
     Scan scan(in);
@@ -130,7 +130,7 @@ TEST(Scanner, starts_at_the_place_where_the_stream_stands) {
     EXPECT_EQ(place(scan.token()), "1:1:8");
 }
 
-TEST(Scanner, starts_with_a_current_token_of_no_text_at_its_starting_place) {
+TEST(Scanner, starts_with_an_empty_current_token_at_its_starting_position) {
     std::istringstream in("abc");
     in.seekg(1);
     Scan scan(in);
@@ -151,28 +151,28 @@ TEST(Scanner, drops_an_open_block_comment_at_the_end_of_input) {
     }
 }
 
-TEST(Scanner, ends_a_block_comment_at_the_first_end_mark) {
+TEST(Scanner, ends_a_block_comment_at_the_first_end_marker) {
     EXPECT_EQ(tokens_of("/**/a", true), "Comment(/**/) Ident(a)");
     EXPECT_EQ(tokens_of("/*/a*/b", true), "Comment(/*/a*/) Ident(b)");
     EXPECT_EQ(tokens_of("/***/a", true), "Comment(/***/) Ident(a)");
     EXPECT_EQ(tokens_of("/* /* */ */", true), "Comment(/* /* */) Space( ) 42(*) 47(/)");
 }
 
-TEST(Scanner, takes_white_space_after_a_comment_into_the_next_comment) {
+TEST(Scanner, adds_white_space_after_a_comment_to_the_next_comment) {
     EXPECT_EQ(tokens_of("/*a*/ \n //b\n/*c*/", true),
               "Comment(/*a*/) Comment( \n //b) Comment(\n/*c*/)");
 }
 
 // Flags.
 
-TEST(Scanner, returns_neither_white_space_nor_comments_unless_told) {
+TEST(Scanner, returns_white_space_and_comments_only_on_request) {
     Input i(" a /*b*/ ");
     EXPECT_FALSE(i.scan.return_ws());
     EXPECT_FALSE(i.scan.return_com());
     EXPECT_EQ(rest_of(i.scan), "Ident(a)");
 }
 
-TEST(Scanner, returns_white_space_and_comments_each_by_its_own_flag) {
+TEST(Scanner, has_separate_flags_for_white_space_and_comments) {
     Input ws("a /*b*/ c d");
     ws.scan.return_ws(true);
     EXPECT_TRUE(ws.scan.return_ws());
@@ -183,7 +183,7 @@ TEST(Scanner, returns_white_space_and_comments_each_by_its_own_flag) {
     EXPECT_EQ(rest_of(com.scan), "Ident(a) Comment( /*b*/) Ident(c) Ident(d)");
 }
 
-TEST(Scanner, puts_a_flag_back_when_its_keeper_dies) {
+TEST(Scanner, restores_a_flag_at_the_end_of_its_guard) {
     Input i("");
     i.scan.return_com(true);
     {
@@ -201,7 +201,7 @@ TEST(Scanner, puts_a_flag_back_when_its_keeper_dies) {
     EXPECT_FALSE(i.scan.return_com());
 }
 
-TEST(SetTmp, sets_keeps_and_restores) {
+TEST(SetTmp, sets_stores_and_restores) {
     int value = 1;
     {
         cSetTmp<int> tmp(value, 2);
@@ -217,7 +217,7 @@ TEST(SetTmp, sets_keeps_and_restores) {
     EXPECT_EQ(value, 1);
 }
 
-TEST(SetTmp, puts_back_what_it_kept_before_it_takes_again) {
+TEST(SetTmp, restores_before_it_stores_again) {
     int a = 1, b = 10;
     {
         cSetTmp<int> tmp(a, 2);
@@ -233,7 +233,7 @@ TEST(SetTmp, puts_back_what_it_kept_before_it_takes_again) {
 
 // Tokens pushed back.
 
-TEST(Scanner, gives_back_pushed_tokens_last_in_first_out) {
+TEST(Scanner, returns_pushed_tokens_last_in_first_out) {
     Input i("a b c");
     cAttrLiteral a, b;
     EXPECT_EQ(i.scan.gettoken(a), tkIdent);
@@ -243,7 +243,7 @@ TEST(Scanner, gives_back_pushed_tokens_last_in_first_out) {
     EXPECT_EQ(rest_of(i.scan), "Ident(a) Ident(b) Ident(c)");
 }
 
-TEST(Scanner, leaves_the_running_counters_alone_when_a_token_comes_again) {
+TEST(Scanner, does_not_change_the_counters_when_a_token_is_returned_again) {
     Input i("a\n bb c");
     i.next();
     cAttrLiteral const a = i.scan.token();
@@ -257,7 +257,7 @@ TEST(Scanner, leaves_the_running_counters_alone_when_a_token_comes_again) {
     EXPECT_EQ(i.next(), "Ident(c)");
 }
 
-TEST(Scanner, pushes_the_current_token_back_as_often_as_asked) {
+TEST(Scanner, can_push_the_current_token_back_repeatedly) {
     Input i("a b");
     i.next();
     i.scan.ungettoken();
@@ -265,7 +265,7 @@ TEST(Scanner, pushes_the_current_token_back_as_often_as_asked) {
     EXPECT_EQ(rest_of(i.scan), "Ident(a) Ident(a) Ident(b)");
 }
 
-TEST(Scanner, pushes_back_tokens_that_never_stood_in_the_input) {
+TEST(Scanner, can_push_back_tokens_that_were_not_in_the_input) {
     Input i("x");
     cAttrLiteral made;
     made.code = 59;
@@ -277,7 +277,7 @@ TEST(Scanner, pushes_back_tokens_that_never_stood_in_the_input) {
     EXPECT_EQ(running(i.scan), "1:0:0");
 }
 
-TEST(Scanner, pushes_the_end_of_input_back) {
+TEST(Scanner, can_push_back_the_end_of_input) {
     Input i("");
     i.next();
     i.scan.ungettoken();
@@ -308,7 +308,7 @@ TEST(Scanner, resets_to_the_start_of_the_current_token) {
     EXPECT_EQ(rest_of(i.scan), "Ident(bb) Ident(cc)");
 }
 
-TEST(Scanner, resets_to_a_given_token_even_from_behind_the_end) {
+TEST(Scanner, resets_to_a_given_token_even_after_the_end) {
     Input i("a bb cc");
     i.next();
     cAttrLiteral bb;
@@ -321,7 +321,7 @@ TEST(Scanner, resets_to_a_given_token_even_from_behind_the_end) {
     EXPECT_EQ(place(i.scan.token()), "1:2:2");
 }
 
-TEST(Scanner, resets_to_any_place) {
+TEST(Scanner, resets_to_any_position) {
     Input i("a bb cc");
     i.next();
     i.scan.reset(3, 9, 4);
@@ -329,7 +329,7 @@ TEST(Scanner, resets_to_any_place) {
     EXPECT_EQ(place(i.scan.token()), "9:4:3");
 }
 
-TEST(Scanner, flush_gives_the_stream_back_its_look_ahead) {
+TEST(Scanner, flush_returns_the_look_ahead_to_the_stream) {
     Input i("12;b");
     i.next();
     i.scan.ungettoken();
@@ -341,7 +341,7 @@ TEST(Scanner, flush_gives_the_stream_back_its_look_ahead) {
     EXPECT_EQ(i.next(), "Ident(b)");
 }
 
-// The position counts no newlines, so that the way back is short by their number.
+// The position does not count newlines, so it is too small by their number.
 TEST(Scanner, goes_back_too_far_once_a_newline_was_passed) {
     Input i("\n\nab cd");
     i.next();
@@ -430,7 +430,7 @@ TEST(Scanner, counts_errors_up_and_clears_them) {
     EXPECT_EQ(i.scan.errcount(), 0u);
 }
 
-TEST(Scanner, has_an_empty_file_name_until_one_is_set) {
+TEST(Scanner, has_an_empty_file_name_by_default) {
     Input i("");
     EXPECT_EQ(i.scan.filename(), "");
     i.scan.set_filename("dir/file.attr");
@@ -453,7 +453,7 @@ TEST(Scanner, fires_errors_on_its_own_signal) {
     EXPECT_EQ(target.codes, "7;");
 }
 
-TEST(Scanner, takes_a_null_stream_for_the_standard_input) {
+TEST(Scanner, uses_the_standard_input_for_a_null_stream) {
     std::istream *none = nullptr;
     Scan scan(none);
     EXPECT_EQ(&scan.is(), &cat::std_in());
@@ -461,7 +461,7 @@ TEST(Scanner, takes_a_null_stream_for_the_standard_input) {
     EXPECT_EQ(rest_of(Scan(&in)), "Ident(a)");
 }
 
-TEST(Scanner, is_not_copied) {
+TEST(Scanner, cannot_be_copied) {
     static_assert(!std::is_copy_constructible_v<cAttrScanner>);
     static_assert(!std::is_copy_assignable_v<cAttrScanner>);
     static_assert(!std::is_copy_constructible_v<cAttrLexer>);
@@ -471,7 +471,7 @@ TEST(Scanner, is_not_copied) {
     static_assert(std::is_nothrow_move_assignable_v<cAttrLiteral>);
 }
 
-TEST(Scanner, numbers_its_tokens_as_its_callers_know_them) {
+TEST(Scanner, has_the_documented_token_codes) {
     EXPECT_EQ(tkEof, 0);
     EXPECT_EQ(tkInt, 257);
     EXPECT_EQ(tkUnsigned, 258);
@@ -493,9 +493,9 @@ TEST(Scanner, numbers_its_tokens_as_its_callers_know_them) {
     EXPECT_EQ(cat::token_name(-1), nullptr);
 }
 
-// The outer place.
+// The position in the outer text.
 
-TEST(Scanner, tells_the_outer_place_of_each_token_of_a_text_cut_out_of_another) {
+TEST(Scanner, returns_the_outer_position_of_each_token_of_extracted_text) {
     Input i("ab+ 12 c");
     i.scan.outer_places({{0, 5, 10}, {2, 5, 20}, {4, 6, 0}});
     std::string places;
@@ -507,7 +507,7 @@ TEST(Scanner, tells_the_outer_place_of_each_token_of_a_text_cut_out_of_another) 
     EXPECT_EQ(place(i.scan.token()), "1:8:8");
 }
 
-TEST(Scanner, takes_its_own_place_for_the_outer_one_where_nothing_else_is_known) {
+TEST(Scanner, uses_its_own_position_if_no_outer_one_is_known) {
     Input i("a\n b c");
     i.scan.outer_places({{5, 9, 9}});
     i.next();
@@ -519,7 +519,7 @@ TEST(Scanner, takes_its_own_place_for_the_outer_one_where_nothing_else_is_known)
     EXPECT_EQ(i.scan.token().outer_column, 9u);
 }
 
-TEST(Scanner, counts_newlines_in_the_offsets_of_outer_places) {
+TEST(Scanner, counts_newlines_in_offsets_of_outer_positions) {
     Input i("a\n\nb");
     i.scan.outer_places({{0, 1, 0}, {3, 50, 60}});
     i.next();
@@ -541,7 +541,7 @@ TEST(Scanner, dumps_each_token_as_a_line) {
     EXPECT_EQ(messages.take(), "");
 }
 
-TEST(Scanner, does_not_dump_tokens_that_come_again) {
+TEST(Scanner, does_not_dump_pushed_back_tokens) {
     Input i("a b");
     i.next();
     i.scan.ungettoken();
@@ -553,7 +553,7 @@ TEST(Scanner, does_not_dump_tokens_that_come_again) {
     EXPECT_EQ(messages.take(), "TOKEN:264:2:1:2 'b'\n");
 }
 
-TEST(Scanner, has_a_trace_channel_of_its_own) {
+TEST(Scanner, has_its_own_trace_channel) {
     EXPECT_EQ(cat::trace_lex.ident(), "catlex");
     EXPECT_EQ(cat::trace_lex.flags(), 3);
 }

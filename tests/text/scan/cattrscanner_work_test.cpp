@@ -1,4 +1,4 @@
-// How often the matcher looks at a character, in builds that count it.
+// The number of times that the matcher reads a character, in builds that count it.
 
 #include "tests/text/scan_support.h"
 

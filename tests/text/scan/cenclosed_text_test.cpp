@@ -1,4 +1,4 @@
-// The pass to the closing bracket: what ends it, what is copied and what is not, and places.
+// The extraction of text up to the closing bracket: its end, which text is copied, and positions.
 
 #include "tests/text/scan_support.h"
 
@@ -15,7 +15,7 @@ struct cScan : cAttrScanner {
     using cAttrScanner::read_enclosed;
 };
 
-// A text after its opening bracket, with the scanner after that.
+// Text after its opening bracket, followed by a scanner for the rest.
 struct cMemory {
     explicit cMemory(std::string_view after) : in(after), scan(in) {}
     int read() { return scan.read_enclosed('(', ')', enclosed); }
@@ -34,7 +34,7 @@ std::string read_from_string(std::string const &after) {
 
 } // namespace
 
-TEST(EnclosedText, is_a_view_of_a_text_in_memory) {
+TEST(EnclosedText, is_a_view_of_a_string_in_memory) {
     std::string const text = "a = (1, \")\"); \n b) rest";
     cMemory m(text);
     EXPECT_EQ(m.read(), ')');
@@ -45,7 +45,7 @@ TEST(EnclosedText, is_a_view_of_a_text_in_memory) {
     EXPECT_EQ(m.scan.gettoken(), tkIdent);
 }
 
-TEST(EnclosedText, is_a_view_also_behind_tokens_that_were_read_before) {
+TEST(EnclosedText, is_a_view_even_after_other_tokens_were_read) {
     std::string const text = "T(x y)";
     cMemory m(text);
     m.scan.gettoken();
@@ -67,7 +67,7 @@ TEST(EnclosedText, is_a_copy_of_a_stream) {
     EXPECT_EQ(read_from_string("a /* ) */ b) c"), "41 a b");
 }
 
-TEST(EnclosedText, ends_with_the_input_and_has_what_came_before) {
+TEST(EnclosedText, ends_with_the_input_and_contains_the_text_before) {
     cMemory m("a (b) c");
     EXPECT_EQ(m.read(), 0);
     EXPECT_EQ(m.enclosed.text, "a (b) c");
@@ -87,7 +87,7 @@ TEST(EnclosedText, begins_with_tokens_that_were_pushed_back) {
     EXPECT_EQ(m.enclosed.text, "a b");
 }
 
-TEST(EnclosedText, leaves_the_flags_as_they_were) {
+TEST(EnclosedText, does_not_change_the_flags) {
     cMemory m("a) b");
     m.scan.return_com(true);
     m.read();
@@ -95,7 +95,7 @@ TEST(EnclosedText, leaves_the_flags_as_they_were) {
     EXPECT_FALSE(m.scan.return_ws());
 }
 
-TEST(EnclosedText, notes_where_lines_and_left_out_text_move_the_places) {
+TEST(EnclosedText, records_where_lines_and_omitted_text_shift_positions) {
     cMemory m("a /* x */ b\n  c)");
     m.enclosed.with_places = true;
     m.read();
@@ -107,8 +107,8 @@ TEST(EnclosedText, notes_where_lines_and_left_out_text_move_the_places) {
     EXPECT_EQ(places, "0:1:0 1:1:9 6:2:2 ");
 }
 
-// Beside the tokens by themselves, over generated text.
-TEST(EnclosedText, is_the_same_from_memory_and_from_a_stream) {
+// Compared with reading the tokens one by one, on generated text.
+TEST(EnclosedText, is_equal_from_memory_and_from_a_stream) {
     std::string const alphabet = "ab(1) \n\"/*";
     std::size_t const n = alphabet.size();
     for (std::size_t i = 0; i < n * n * n * n * n; ++i) {

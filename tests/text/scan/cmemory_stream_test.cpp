@@ -1,4 +1,4 @@
-// The stream on a text in memory beside std::istringstream: the same for everybody who reads it.
+// Compares the stream on a string in memory with std::istringstream: every reader sees the same.
 
 #include "text/scan/cmemory_stream.h"
 
@@ -80,14 +80,14 @@ TEST(MemoryStream, is_like_a_string_stream_for_every_reader) {
     }
 }
 
-TEST(MemoryStream, has_the_classic_locale_and_gives_its_whole_text) {
+TEST(MemoryStream, has_the_classic_locale_and_delivers_its_whole_text) {
     std::string const text("a\0b", 3);
     cMemoryStream in(text);
     EXPECT_EQ(in.getloc(), std::locale::classic());
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), text);
 }
 
-TEST(MemoryStream, fails_for_good_at_the_end_of_a_broken_text) {
+TEST(MemoryStream, stays_failed_at_the_end_of_invalid_text) {
     std::string const text = "ab";
     cMemoryStream in(text, true);
     EXPECT_EQ(in.get(), 'a');

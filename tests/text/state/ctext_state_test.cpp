@@ -10,7 +10,7 @@ namespace {
 
 class TextState : public QrvTest {};
 
-TEST_F(TextState, levels_move_depth_and_indent) {
+TEST_F(TextState, levels_change_depth_and_indent) {
     cTextState &state = text_state();
     EXPECT_EQ(state.depth(), -1);
     {
@@ -34,7 +34,7 @@ TEST_F(TextState, levels_move_depth_and_indent) {
     EXPECT_TRUE(state.idle());
 }
 
-TEST_F(TextState, steps_grow_and_cut_the_path) {
+TEST_F(TextState, steps_lengthen_and_shorten_the_path) {
     cWriteLevel const level;
     cPathStep const a(cat::of("a b"));
     EXPECT_EQ(text_state().path(), "/\"a b\"");
@@ -46,7 +46,7 @@ TEST_F(TextState, steps_grow_and_cut_the_path) {
     EXPECT_EQ(text_state().path(), "/\"a b\"");
 }
 
-TEST_F(TextState, a_step_on_demand_has_its_text_when_it_is_asked_for) {
+TEST_F(TextState, a_lazy_step_has_its_text_on_request) {
     objref const key = cat::of("a b");
     cPathStep const a(key, cPathStep::on_demand);
     EXPECT_EQ(key->refs(), 2u) << "held as long as there is no text";
@@ -59,7 +59,7 @@ TEST_F(TextState, a_step_on_demand_has_its_text_when_it_is_asked_for) {
     EXPECT_EQ(text_state().path(), "/\"a b\"");
 }
 
-TEST_F(TextState, settling_makes_the_text_of_all_steps) {
+TEST_F(TextState, settling_creates_the_text_of_all_steps) {
     objref const key = cat::of("a");
     cPathStep const a(key, cPathStep::on_demand);
     text_state().settle();
@@ -67,14 +67,14 @@ TEST_F(TextState, settling_makes_the_text_of_all_steps) {
     EXPECT_EQ(text_state().path(), "/a");
 }
 
-TEST_F(TextState, a_step_on_demand_keeps_the_form_of_its_beginning) {
+TEST_F(TextState, a_lazy_step_keeps_the_form_of_its_beginning) {
     cPathStep const a(cat::of("true"), cPathStep::on_demand);
     cat::ExactText const exact;
     cPathStep const b(cat::of("false"), cPathStep::on_demand);
     EXPECT_EQ(text_state().path(), "/true/\"false\"");
 }
 
-// A key whose text is made by user code, which asks for the path.
+// A key whose text user code writes, which asks for the path.
 bool write_the_path(cObj &, objref &) {
     text_state().path();
     return false;
@@ -156,7 +156,7 @@ TEST_F(TextState, the_written_path_belongs_to_one_object_by_pointer_and_id) {
     EXPECT_FALSE(text_state().written_path(value, path)) << "another object at that address";
 }
 
-TEST_F(TextState, a_trie_tells_paths_apart_as_strings) {
+TEST_F(TextState, a_trie_distinguishes_paths_as_strings) {
     cPathTrie trie;
     auto const ab = trie.descend(trie.descend(cPathTrie::root, "a"), "b");
     EXPECT_EQ(trie.descend(cPathTrie::root, "a/b"), ab);
@@ -177,7 +177,7 @@ TEST_F(TextState, a_trie_tells_paths_apart_as_strings) {
     EXPECT_EQ(trie.find("/a"), cPathTrie::none);
 }
 
-TEST_F(TextState, entering_a_long_path_costs_its_last_key) {
+TEST_F(TextState, entering_a_long_path_costs_only_its_last_key) {
     cWriteLevel const level;
     std::vector<std::unique_ptr<cPathStep>> steps;
     for (int i = 0; i < 200; ++i) steps.push_back(std::make_unique<cPathStep>(cat::of("key")));
@@ -190,7 +190,7 @@ TEST_F(TextState, entering_a_long_path_costs_its_last_key) {
     while (!steps.empty()) steps.pop_back();
 }
 
-TEST_F(TextState, shown_paths_are_cut_only_when_asked) {
+TEST_F(TextState, shown_paths_are_shortened_only_on_request) {
     cPathStep const a(cat::of(std::string(1200, 'a')));
     EXPECT_EQ(text_state().shown_path(false).size(), 1201u);
     EXPECT_EQ(text_state().shown_path(true).size(), 1000u);
@@ -198,7 +198,7 @@ TEST_F(TextState, shown_paths_are_cut_only_when_asked) {
     EXPECT_EQ(text_state().shown_path(true).substr(998), "/b");
 }
 
-TEST_F(TextState, comments_are_gathered_so_that_none_swallows_another) {
+TEST_F(TextState, comments_are_joined_without_one_hiding_another) {
     cTextState &state = text_state();
     state.collect_comment(" // a");
     state.collect_comment(" /* b */");

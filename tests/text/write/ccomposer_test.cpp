@@ -1,5 +1,5 @@
-// Composed text against text that a stream gets piece by piece: the same bytes, and the same at
-// each moment at which user code runs.
+// Compares composed text with text written to a stream piece by piece: the same bytes, and the same
+// at each moment at which user code runs.
 #include "tests/text/random_tree.h"
 #include "tests/text/write_support.h"
 
@@ -25,7 +25,7 @@ namespace {
 class Composer : public QrvTest {};
 class ComposedAndNot : public QrvTest {};
 
-// Not exactly a std::stringbuf, so it gets each piece; it counts them.
+// Not exactly a std::stringbuf, so it receives each piece; it counts them.
 class cPieceBuffer : public std::stringbuf {
   public:
     std::string counts() const {
@@ -59,13 +59,13 @@ class cPieceStream : public std::ostream {
     cPieceBuffer buffer_;
 };
 
-// In exact text a method gets a stream of the library's, whose text can't be looked at.
+// In exact text a method gets a stream of the library, whose text can't be read.
 std::string text_in(std::ostream const &os) {
     auto const *const buffer = dynamic_cast<std::stringbuf *>(os.rdbuf());
     return buffer ? buffer->str() : "...";
 }
 
-// Both kinds of streams hold a std::stringbuf.
+// Both kinds of streams use a std::stringbuf.
 std::unique_ptr<std::ostream> new_stream(bool composed) {
     if (!composed) return std::make_unique<cPieceStream>();
     auto os = std::make_unique<std::ostringstream>();
@@ -73,7 +73,8 @@ std::unique_ptr<std::ostream> new_stream(bool composed) {
     return os;
 }
 
-// What one writing gives: its text, result, state, messages, errors, and what user code saw.
+// The result of one writing: text, return value, stream state, messages, errors, and what user code
+// saw.
 struct cOutcome {
     std::string text, log;
     bool result = false;
@@ -88,8 +89,8 @@ std::ostream &operator<<(std::ostream &os, cOutcome const &outcome) {
               << outcome.log;
 }
 
-// A tree in which objects of a user's type act while they are written: what they do to the stream
-// and to the tree is decided by their numbers, so that two trees of one seed live the same life.
+// A tree with objects of a user type that act while they are written. Their numbers determine what
+// they do to the stream and to the tree, so that two trees with one seed behave the same.
 class cActingTree {
   public:
     explicit cActingTree(std::uint64_t seed) : random_(seed), tree_(seed * 7 + 1) {
@@ -101,7 +102,7 @@ class cActingTree {
         for (objref const &one : made)
             if (std::find(containers_.begin(), containers_.end(), one) == containers_.end())
                 removed_.push_back(one);
-        containers_.clear(); // from here on the tree is the only owner of what is in it
+        containers_.clear(); // from here on only the tree owns its contents
         values_.clear();
     }
     cActingTree(cActingTree const &) = delete;
@@ -109,7 +110,7 @@ class cActingTree {
     ~cActingTree() {
         collect();
         std::vector<objref> const all = containers_;
-        for (objref const &one : all) map_of(one).clear(); // there are cycles
+        for (objref const &one : all) map_of(one).clear(); // breaks cycles
         current = nullptr;
     }
 
@@ -148,11 +149,11 @@ class cActingTree {
         switch (below(12)) {
         case 0:
             return acting_.of(static_cast<int>(below(1000)));
-        case 1: // shared, also what is being made: a cycle
+        case 1: // a shared value, possibly one still being created: a cycle
             return below(3) == 0     ? containers_[below(containers_.size())]
                    : values_.empty() ? cat::nil()
                                      : values_[below(values_.size())];
-        case 2: { // shares its hash with another
+        case 2: { // shares its hash with another one
             auto const &hash = map_of(containers_[below(containers_.size())]).datamap_ref();
             objref const twin = objref::adopt(new cMapObj(hash));
             if (below(2)) twin->set_omember("wformat", cat::of("sc"));
@@ -217,7 +218,7 @@ class cActingTree {
             hash.mapitem("shared", other);
             break;
         case 4:
-            if (nested_ < 3) { // the tree can have cycles
+            if (nested_ < 3) { // the tree may have cycles
                 ++nested_;
                 one->writeobj(os);
                 --nested_;
@@ -263,7 +264,7 @@ class cActingTree {
     cRandomTree tree_;
     cForeignType acting_{"acting", act};
     std::vector<objref> containers_, values_;
-    std::vector<objref> removed_; // from the tree; there may be cycles in it
+    std::vector<objref> removed_; // removed from the tree; they may contain cycles
     objref root_;
     std::string log_;
     int nested_ = 0;
@@ -289,7 +290,7 @@ cOutcome outcome_of(objref const &root, bool composed, bool exact, std::string &
 
 } // namespace
 
-TEST_F(ComposedAndNot, random_trees_are_the_same) {
+TEST_F(ComposedAndNot, random_trees_give_the_same_text) {
     for (std::uint64_t seed = 0; seed < 1000; ++seed)
         for (bool const exact : {false, true}) {
             objref const root = cRandomTree(seed).container(4);
@@ -299,7 +300,7 @@ TEST_F(ComposedAndNot, random_trees_are_the_same) {
         }
 }
 
-TEST_F(ComposedAndNot, what_user_code_sees_and_does_is_the_same) {
+TEST_F(ComposedAndNot, user_code_sees_and_does_the_same) {
     for (std::uint64_t seed = 0; seed < 1500; ++seed)
         for (bool const exact : {false, true}) {
             cOutcome outcomes[2];
@@ -311,7 +312,7 @@ TEST_F(ComposedAndNot, what_user_code_sees_and_does_is_the_same) {
         }
 }
 
-TEST_F(ComposedAndNot, streams_with_settings_of_their_own_are_the_same) {
+TEST_F(ComposedAndNot, streams_with_other_settings_give_the_same_text) {
     std::function<void(std::ostream &)> const settings[] = {
         [](std::ostream &os) { os << std::hex << std::showbase; },
         [](std::ostream &os) { os << std::setprecision(12); },
@@ -341,7 +342,7 @@ TEST_F(ComposedAndNot, streams_with_settings_of_their_own_are_the_same) {
         }
 }
 
-TEST_F(ComposedAndNot, a_comment_that_is_left_out_is_reported_with_the_path_of_its_value) {
+TEST_F(ComposedAndNot, an_omitted_comment_is_reported_with_the_path_of_its_value) {
     objref const root = new_map(), inner = new_vector("wc"), number = cat::of(1);
     number->set_comment("no comment", true);
     append(inner, cat::of(0));
@@ -353,7 +354,7 @@ TEST_F(ComposedAndNot, a_comment_that_is_left_out_is_reported_with_the_path_of_i
     EXPECT_EQ(composed.log, "0x40000001 Value cannot be written, path : /x/1\n");
 }
 
-TEST_F(ComposedAndNot, long_strings_and_deep_indents_are_the_same) {
+TEST_F(ComposedAndNot, long_strings_and_deep_indents_give_the_same_text) {
     objref const root = new_map();
     for (size_t const size : std::initializer_list<size_t>{1000, 1023, 1024, 2045, 2046, 2047, 4093,
                                                            4094, 4095, 4096, 4097, 9000}) {
@@ -373,7 +374,7 @@ TEST_F(ComposedAndNot, long_strings_and_deep_indents_are_the_same) {
     EXPECT_EQ(outcome_of(root, true, true, log), outcome_of(root, false, true, log));
 }
 
-TEST_F(Composer, other_streams_get_the_same_pieces_and_flushes_as_ever) {
+TEST_F(Composer, other_streams_receive_the_same_pieces_and_flushes_as_before) {
     objref const root = new_map(), inner = new_vector();
     append(inner, cat::of(1));
     append(inner, cat::of("a b"));
@@ -390,7 +391,7 @@ TEST_F(Composer, other_streams_get_the_same_pieces_and_flushes_as_ever) {
     EXPECT_EQ(exact.buffer().counts(), "18 pieces, 6 flushes");
 }
 
-TEST_F(Composer, user_code_finds_the_text_before_it_in_the_stream) {
+TEST_F(Composer, user_code_finds_the_preceding_text_in_the_stream) {
     std::ostringstream os;
     os.imbue(std::locale::classic());
     {
@@ -424,10 +425,10 @@ TEST_F(Composer, user_code_that_changes_the_stream_ends_composing) {
         cUserCode const user(out);
         os << std::dec;
     }
-    EXPECT_FALSE(out.composing()); // only what was composed before is looked at again
+    EXPECT_FALSE(out.composing()); // only text that was composed before is searched again
 }
 
-TEST_F(Composer, a_buffer_that_takes_nothing_leaves_the_stream_as_ever) {
+TEST_F(Composer, a_buffer_that_refuses_text_sets_the_same_stream_state) {
     std::stringstream os(std::ios_base::in);
     os.imbue(std::locale::classic());
     objref const map = new_map();

@@ -1,4 +1,4 @@
-// Exact text: each thing that it changes, each that it can't write, and round trips.
+// Exact text: every difference to plain text, every value that it can't write, and round trips.
 #include "tests/text/hostile_locale.h"
 #include "tests/text/random_tree.h"
 #include "tests/text/write_support.h"
@@ -29,7 +29,7 @@ std::string exact(objref const &ref) {
     return text;
 }
 
-// Written with the guard, with what is left out: "text | errors".
+// Written with the guard, followed by the omissions: "text | errors".
 std::string exact_with_errors(objref const &ref, unsigned int failed) {
     cErrorLog errors;
     cat::ExactText const guard;
@@ -80,7 +80,7 @@ TEST_F(Exact, is_off_by_default_and_guards_nest) {
     EXPECT_EQ(plain_text(cat::of("true")), "true");
 }
 
-TEST_F(Exact, each_guard_counts_what_was_left_out_since_it_began) {
+TEST_F(Exact, each_guard_counts_the_omissions_since_it_was_created) {
     cErrorLog errors;
     cat::ExactText const outer;
     objref const nan = cat::of(std::nan(""));
@@ -97,7 +97,7 @@ TEST_F(Exact, each_guard_counts_what_was_left_out_since_it_began) {
 
 // --- numbers ---
 
-TEST_F(Exact, numbers_that_survive_are_written_as_always) {
+TEST_F(Exact, numbers_that_survive_are_written_as_in_plain_text) {
     for (double value : {0.0, -0.0, 1.5, 100.0, 1e300, 123456.0, 0.0001, -1e-5})
         EXPECT_EQ(exact_text_of(cat::of(value)), plain_text(cat::of(value)));
     for (float value : {0.0f, -0.0f, 1.5f, 0.1f, 0.25f, 1e30f})
@@ -105,7 +105,7 @@ TEST_F(Exact, numbers_that_survive_are_written_as_always) {
     EXPECT_EQ(exact_text_of(cat::of(-2147483647 - 1)), "-2147483648");
 }
 
-TEST_F(Exact, numbers_that_do_not_get_all_their_digits_and_a_point) {
+TEST_F(Exact, other_numbers_have_all_their_digits_and_a_point) {
     EXPECT_EQ(exact_text_of(cat::of(0.1 + 0.2)), "0.30000000000000004");
     EXPECT_EQ(exact_text_of(cat::of(-123456.0)), "-123456.0");
     EXPECT_EQ(exact_text_of(cat::of(1234567.0)), "1234567.0");
@@ -130,7 +130,7 @@ TEST_F(Exact, an_exponent_without_a_point_gets_one) {
     EXPECT_EQ(text, "1.0e+22");
 }
 
-TEST_F(Exact, random_numbers_read_back_bit_for_bit) {
+TEST_F(Exact, random_numbers_are_read_bit_for_bit) {
     std::mt19937_64 random(3);
     for (int i = 0; i < 3000; ++i) {
         double const wide = random_double(random);
@@ -146,7 +146,7 @@ TEST_F(Exact, random_numbers_read_back_bit_for_bit) {
     }
 }
 
-TEST_F(Exact, a_streams_flags_count_only_while_the_text_reads_back) {
+TEST_F(Exact, a_streams_flags_apply_only_if_the_text_stays_readable) {
     cat::ExactText const guard;
     std::ostringstream os;
     os.imbue(std::locale::classic());
@@ -172,7 +172,7 @@ TEST_F(Exact, a_streams_flags_count_only_while_the_text_reads_back) {
 
 // --- strings ---
 
-TEST_F(Exact, strings_true_and_false_are_quoted) {
+TEST_F(Exact, the_strings_true_and_false_are_quoted) {
     EXPECT_EQ(exact(cat::of("true")), "\"true\"");
     EXPECT_EQ(exact(cat::of("false")), "\"false\"");
     EXPECT_EQ(exact(cat::of("truth")), "truth");
@@ -182,7 +182,7 @@ TEST_F(Exact, strings_true_and_false_are_quoted) {
     EXPECT_TRUE(read_back(exact(map))->equal(map));
 }
 
-TEST_F(Exact, a_line_feed_is_kept_by_a_backslash) {
+TEST_F(Exact, a_backslash_preserves_a_line_feed) {
     EXPECT_EQ(exact(cat::of("a\nb")), "\"a\\\nb\"");
     EXPECT_EQ(exact(cat::of("\n")), "\"\\\n\"");
     EXPECT_EQ(exact(cat::of("\\\n")), "\"\\\\\\\n\"");
@@ -190,7 +190,7 @@ TEST_F(Exact, a_line_feed_is_kept_by_a_backslash) {
         EXPECT_EQ(*string_of(*read_back(exact(cat::of(text)))), text);
 }
 
-TEST_F(Exact, as_string_of_a_string_is_its_value_still) {
+TEST_F(Exact, as_string_of_a_string_is_still_its_value) {
     cat::ExactText const guard;
     EXPECT_EQ(cat::as_string(cat::of("true")), "true");
     EXPECT_EQ(cat::as_string(cat::of(0.1 + 0.2)), "0.30000000000000004");
@@ -198,7 +198,7 @@ TEST_F(Exact, as_string_of_a_string_is_its_value_still) {
 
 // --- constants, sets ---
 
-TEST_F(Exact, constants_are_always_named) {
+TEST_F(Exact, constants_are_always_written_by_name) {
     objref const map = new_map("sc");
     for (char const *key : {"a", "b"}) put(map, key, cat::btrue());
     put(map, "c", cat::nil());
@@ -206,7 +206,7 @@ TEST_F(Exact, constants_are_always_named) {
     EXPECT_EQ(exact(map), "{a= #true; b= #true; c= #nil; d= #nil; }");
 }
 
-TEST_F(Exact, a_blank_stands_between_two_angles_only) {
+TEST_F(Exact, a_blank_is_only_between_two_angle_brackets) {
     objref const set = new_set(), inner = new_set();
     inner->append(cat::of(1));
     set->append(inner);
@@ -225,7 +225,7 @@ TEST_F(Exact, a_blank_stands_between_two_angles_only) {
     EXPECT_EQ(exact(first), "<0, <1, >, >");
 }
 
-TEST_F(Exact, no_blank_before_a_reference_or_in_many_lines) {
+TEST_F(Exact, there_is_no_blank_before_a_reference_or_on_many_lines) {
     objref const inner = new_set(), set = new_set(), map = new_map("sc");
     inner->append(cat::of(1));
     set->append(inner);
@@ -239,7 +239,7 @@ TEST_F(Exact, no_blank_before_a_reference_or_in_many_lines) {
 
 // --- layouts ---
 
-TEST_F(Exact, a_one_line_container_with_a_line_end_inside_goes_over_many_lines) {
+TEST_F(Exact, a_one_line_container_with_a_line_end_inside_is_written_on_many_lines) {
     EXPECT_EQ(exact(vector_with(cat::of("a\nb"), cat::of(2))), "[\n  \"a\\\nb\",\n  2,\n]");
     EXPECT_EQ(exact(vector_with(cat::of("a b"), cat::of(2))), "[\"a b\", 2, ]");
     EXPECT_EQ(exact(vector_with(new_map())), "[\n  {\n  }, \n]");
@@ -248,7 +248,7 @@ TEST_F(Exact, a_one_line_container_with_a_line_end_inside_goes_over_many_lines) 
     EXPECT_EQ(exact(map), "{\n  \"a\\\nb\"= 1;\n}");
 }
 
-TEST_F(Exact, so_do_all_one_line_containers_around_it_and_none_beside_it) {
+TEST_F(Exact, so_are_all_one_line_containers_around_it_but_none_beside_it) {
     objref const deep = vector_with(cat::of("\n")), flat = vector_with(cat::of(1));
     EXPECT_EQ(exact(vector_with(vector_with(flat, deep), flat)), "[\n"
                                                                  "  [\n"
@@ -329,7 +329,7 @@ TEST_F(Exact, a_member_that_begins_with_a_hash_sign_stays_hidden) {
 
 // --- back references ---
 
-TEST_F(Exact, paths_are_exact_too) {
+TEST_F(Exact, paths_are_also_exact) {
     objref const map = new_map("sc"), inner = new_map("sc"), one = cat::of(1);
     put(inner, cat::of(0.1 + 0.2), one);
     put(map, "true", inner);
@@ -342,7 +342,7 @@ TEST_F(Exact, paths_are_exact_too) {
     EXPECT_EQ(exact(back), text);
 }
 
-TEST_F(Exact, a_line_feed_in_a_path_reads_back) {
+TEST_F(Exact, a_line_feed_in_a_path_can_be_read) {
     objref const map = new_map(), inner = new_map("sc"), one = cat::of(1);
     put(inner, "a\nb", one);
     put(map, "in", inner);
@@ -353,7 +353,7 @@ TEST_F(Exact, a_line_feed_in_a_path_reads_back) {
     EXPECT_EQ(exact(back), text);
 }
 
-TEST_F(Exact, a_place_in_a_vector_counts_what_is_written) {
+TEST_F(Exact, a_position_in_a_vector_counts_written_items) {
     objref const vector = new_vector(), shared = cat::of(5);
     append(vector, objref::adopt(new cObj));
     append(vector, shared);
@@ -361,9 +361,9 @@ TEST_F(Exact, a_place_in_a_vector_counts_what_is_written) {
     EXPECT_EQ(exact_with_errors(vector, 1), "[5, #cRef(/0), ] | " + left_out("/0"));
 }
 
-// --- what can't be written ---
+// --- values that can't be written ---
 
-TEST_F(Exact, infinity_and_nan_are_left_out) {
+TEST_F(Exact, infinity_and_nan_are_omitted) {
     objref const map = new_map("sc");
     put(map, "i", cat::of(std::numeric_limits<double>::infinity()));
     put(map, "j", cat::of(-std::numeric_limits<float>::infinity()));
@@ -381,7 +381,7 @@ TEST_F(Exact, infinity_and_nan_are_left_out) {
     EXPECT_EQ(guard.failed(), 3u);
 }
 
-TEST_F(Exact, bad_and_badfind_are_left_out_of_containers) {
+TEST_F(Exact, bad_and_badfind_are_omitted_from_containers) {
     objref const map = new_map("sc");
     cAttrHash &hash = map_of(map).datamap();
     hash.insert(cat::of("a"), cat::bad(), nullptr);
@@ -394,23 +394,23 @@ TEST_F(Exact, bad_and_badfind_are_left_out_of_containers) {
     EXPECT_EQ(exact(cat::bad()), "#bad");
 }
 
-TEST_F(Exact, keys_that_are_no_keys_when_read_are_left_out) {
+TEST_F(Exact, keys_that_cannot_be_read_as_keys_are_omitted) {
     objref const map = new_map("sc");
     put(map, cat::of(std::nan("")), cat::of(2));
-    put(map, new_map("sc"), cat::of(3)); // no key type
-    put(map, cat::of(true), cat::of(4)); // neither
+    put(map, new_map("sc"), cat::of(3)); // not a type for keys
+    put(map, cat::of(true), cat::of(4)); // not one either
     put(map, "ok", cat::of(5));
     EXPECT_EQ(exact_with_errors(map, 3),
               "{ok= 5; } | " + left_out("/nan") + left_out("/{\n  }") + left_out("/true"));
 }
 
-TEST_F(Exact, values_without_text_are_left_out_and_counted) {
+TEST_F(Exact, values_without_text_are_omitted_and_counted) {
     objref const map = map_with(objref::adopt(new cObj));
     EXPECT_EQ(exact_with_errors(map, 1), "{} | " + left_out("/k"));
     EXPECT_EQ(exact_with_errors(objref::adopt(new cObj), 1), " | " + left_out(""));
 }
 
-TEST_F(Exact, comments_that_are_more_are_left_out_and_their_values_stay) {
+TEST_F(Exact, invalid_comments_are_omitted_but_not_their_values) {
     for (char const *good : {" // a", "/* b */", "\n  // a\n  // b", " /* a */ // b", "", "  "}) {
         EXPECT_TRUE(exact_comment(good)) << good;
     }
@@ -425,7 +425,7 @@ TEST_F(Exact, comments_that_are_more_are_left_out_and_their_values_stay) {
     }
 }
 
-TEST_F(Exact, a_bad_comment_counts_only_where_it_would_be_written) {
+TEST_F(Exact, an_invalid_comment_counts_only_where_it_would_be_written) {
     objref const number = cat::of(1);
     number->set_comment("bad", true);
     EXPECT_EQ(exact_with_errors(vector_with(number), 0), "[1, ] | ");
@@ -433,7 +433,7 @@ TEST_F(Exact, a_bad_comment_counts_only_where_it_would_be_written) {
               "[\n  1,\n  \"\\\n\",\n] | " + left_out("/0"));
 }
 
-TEST_F(Exact, constants_and_types_need_a_name_that_reads_as_one) {
+TEST_F(Exact, constants_and_types_need_a_readable_name) {
     objref const odd = cat::of(1), reference = cat::of(2), number = cat::of(3), fine = cat::of(4);
     cAttrHash &constants = cat::constmap().datamap();
     constants.mapitem("two words", odd);
@@ -456,11 +456,11 @@ TEST_F(Exact, constants_and_types_need_a_name_that_reads_as_one) {
     put(map, "c", good.of(1));
     EXPECT_EQ(exact_with_errors(map, 2),
               "{c= test_good(x); } | " + left_out("/a") + left_out("/b"));
-    words.type().setflags(tf_bare); // no wrapper, no name
+    words.type().setflags(tf_bare); // no wrapper and no name
     EXPECT_EQ(exact_with_errors(map, 1), "{a= x; c= test_good(x); } | " + left_out("/b"));
 }
 
-TEST_F(Exact, a_reference_below_a_key_that_no_path_can_name_is_left_out) {
+TEST_F(Exact, a_reference_below_a_key_that_cannot_be_in_a_path_is_omitted) {
     cForeignType const foreign("test_key", [](cObj &obj, objref &args) {
         stream_of(args) << number_of(obj);
         return true;
@@ -476,7 +476,7 @@ TEST_F(Exact, a_reference_below_a_key_that_no_path_can_name_is_left_out) {
               "{test_key(5)= {a= 1; }; c= 2; test_key(6)= #cRef(/c); } | " + left_out("/b"));
 }
 
-TEST_F(Exact, a_reference_into_an_open_container_is_left_out) {
+TEST_F(Exact, a_reference_into_an_open_container_is_omitted) {
     objref const map = new_map("sc"), inner = new_map("sc");
     put(map, "me", map);
     put(map, "in", inner);
@@ -502,7 +502,7 @@ bool write_then_fail(cObj &obj, objref &args) {
 }
 } // namespace
 
-TEST_F(Exact, a_value_that_fails_half_way_leaves_nothing) {
+TEST_F(Exact, a_value_that_fails_midway_leaves_no_text) {
     cForeignType const foreign("test_fails", write_then_fail);
     objref const part = cat::of(9);
     shared_part = vector_with(part);
@@ -518,7 +518,7 @@ TEST_F(Exact, a_value_that_fails_half_way_leaves_nothing) {
     shared_part = nullptr;
 }
 
-TEST_F(Exact, a_key_that_fails_half_way_leaves_nothing) {
+TEST_F(Exact, a_key_that_fails_midway_leaves_no_text) {
     cForeignType const foreign("test_fails", [](cObj &, objref &args) -> bool {
         stream_of(args) << "part";
         throw cErr(0x40000007U, "test error");
@@ -534,7 +534,7 @@ TEST_F(Exact, a_key_that_fails_half_way_leaves_nothing) {
     EXPECT_TRUE(text_state().idle());
 }
 
-TEST_F(Exact, a_comment_that_fails_is_left_out_and_cuts_nothing) {
+TEST_F(Exact, a_comment_that_fails_is_omitted_without_truncating_the_text) {
     cForeignType const foreign("test_comment", [](cObj &, objref &) { return true; });
     cat::type_string().set_converter(
         foreign.type(), [](cObj &, objref &) -> bool { throw cErr(0x40000007U, "test error"); });
@@ -549,7 +549,7 @@ TEST_F(Exact, a_comment_that_fails_is_left_out_and_cuts_nothing) {
     cat::type_string().set_converter(foreign.type(), nullptr);
 }
 
-TEST_F(Exact, errors_that_the_handler_throws_do_not_cut_the_text) {
+TEST_F(Exact, errors_that_the_handler_throws_do_not_truncate_the_text) {
     objref const map = new_map("sc"), inner = new_map("sc");
     put(inner, "n", cat::of(std::nan("")));
     put(inner, "ok", cat::of(1));
@@ -566,7 +566,7 @@ TEST_F(Exact, errors_that_the_handler_throws_do_not_cut_the_text) {
     EXPECT_THROW(written(cat::of(std::nan(""))), cErr);
 }
 
-TEST_F(Exact, what_is_too_deep_fails_the_stream_and_is_counted) {
+TEST_F(Exact, too_deep_values_fail_the_stream_and_are_counted) {
     cat::write_indent = 0;
     for (char const *layout : {"wc", "sc"}) {
         objref inner = cat::of(1);
@@ -586,7 +586,7 @@ TEST_F(Exact, what_is_too_deep_fails_the_stream_and_is_counted) {
     }
 }
 
-TEST_F(Exact, path_texts_come_in_both_forms_whatever_guard_lives) {
+TEST_F(Exact, path_strings_exist_in_both_forms_with_or_without_a_guard) {
     objref const key = cat::of("true"), nan = cat::of(std::nan(""));
     EXPECT_EQ(path_text(key, true), "\"true\"");
     EXPECT_EQ(path_text(key, false), "true");
@@ -602,7 +602,7 @@ TEST_F(Exact, path_texts_come_in_both_forms_whatever_guard_lives) {
 
 // --- round trips ---
 
-TEST_F(ExactTrip, random_trees_come_back_equal_and_are_written_the_same_again) {
+TEST_F(ExactTrip, random_trees_are_read_equal_and_written_the_same_again) {
     for (std::uint64_t seed = 0; seed < 1000; ++seed) {
         objref const tree = cRandomTree(seed).container(4);
         std::string const text = exact(tree);
@@ -615,7 +615,7 @@ TEST_F(ExactTrip, random_trees_come_back_equal_and_are_written_the_same_again) {
     }
 }
 
-TEST_F(ExactTrip, no_global_locale_changes_a_byte) {
+TEST_F(ExactTrip, the_global_locale_changes_no_byte) {
     for (std::uint64_t seed = 0; seed < 100; ++seed) {
         objref const tree = cRandomTree(seed).container(4);
         std::string const text = exact(tree);
@@ -625,7 +625,7 @@ TEST_F(ExactTrip, no_global_locale_changes_a_byte) {
     }
 }
 
-TEST_F(ExactTrip, a_stream_of_the_hostile_locale_gets_text_that_reads_back) {
+TEST_F(ExactTrip, a_stream_with_the_hostile_locale_receives_readable_text) {
     cHostileLocale const hostile;
     cat::ExactText const guard;
     std::ostringstream os;

@@ -1,4 +1,5 @@
-// Values that only their node owns are not entered as written until user code runs: then they are.
+// Values that only their node owns are not recorded as written until user code runs; then they are
+// recorded.
 #include "tests/text/write_support.h"
 
 #include "qrv/text/write/cexacttext.h"
@@ -30,7 +31,8 @@ objref lone_vector(int number) {
     return made;
 }
 
-// A map on one line that alone owns a vector, then an object that acts.
+// A map on one line that contains a vector, of which it is the only owner, and then an object that
+// acts.
 objref map_with_lone(objref const &acting) {
     objref made = new_map("sc");
     put(made, "lone", lone_vector(1));
@@ -54,7 +56,7 @@ TEST_F(MetOnce, a_value_that_user_code_shares_later_is_referred_to) {
     EXPECT_EQ(exact(map), "{lone= [1, ]; act= act(); again= #cRef(/lone); }");
 }
 
-TEST_F(MetOnce, what_is_below_a_written_value_is_entered_too) {
+TEST_F(MetOnce, values_below_a_written_value_are_also_recorded) {
     objref const map = new_map("sc"), inner = new_map("sc");
     put(inner, "a b", lone_vector(1));
     put(inner, "last", lone_vector(2));
@@ -65,7 +67,7 @@ TEST_F(MetOnce, what_is_below_a_written_value_is_entered_too) {
                             "act= act({\"a b\"= #cRef(/in/\"a b\"); last= #cRef(/in/last); }); }");
 }
 
-TEST_F(MetOnce, a_container_being_written_is_entered_as_far_as_it_is_written) {
+TEST_F(MetOnce, a_container_being_written_is_recorded_as_far_as_it_is_written) {
     objref const map = map_with_lone(acting_.of(1));
     put(map, "later", lone_vector(2));
     during = [&map](std::ostream &os) {
@@ -76,7 +78,7 @@ TEST_F(MetOnce, a_container_being_written_is_entered_as_far_as_it_is_written) {
                             "later= [2, ]; }); later= #cRef(/act/later); }");
 }
 
-TEST_F(MetOnce, exact_text_counts_the_places_as_the_reader_does) {
+TEST_F(MetOnce, exact_text_counts_positions_as_the_reader_does) {
     objref const vector = new_vector();
     append(vector, lone_vector(1));
     append(vector, lone_vector(2));
@@ -90,7 +92,7 @@ TEST_F(MetOnce, exact_text_counts_the_places_as_the_reader_does) {
     EXPECT_EQ(exact(vector), "[[2, ], act(), #cRef(/0), ]");
 }
 
-TEST_F(MetOnce, exact_text_leaves_out_a_reference_to_what_is_not_closed) {
+TEST_F(MetOnce, exact_text_omits_a_reference_to_an_open_container) {
     objref const map = new_map("sc");
     objref inner = map_with_lone(acting_.of(1));
     cObj *const open = inner.get();
@@ -102,7 +104,7 @@ TEST_F(MetOnce, exact_text_leaves_out_a_reference_to_what_is_not_closed) {
     map_of(objref::share(open)).datamap().delitem("self");
 }
 
-TEST_F(MetOnce, a_container_in_a_hash_that_is_shared_is_met_again) {
+TEST_F(MetOnce, a_container_in_a_shared_hash_is_found_again) {
     objref const map = new_map("sc");
     put(map, "in", new_vector());
     objref const inner = map->getattr(own_key(std::string("in")));
@@ -115,7 +117,7 @@ TEST_F(MetOnce, a_container_in_a_hash_that_is_shared_is_met_again) {
     map_of(inner).clear();
 }
 
-TEST_F(MetOnce, a_container_that_holds_itself_is_entered_where_it_is_met) {
+TEST_F(MetOnce, a_container_that_contains_itself_is_recorded_at_its_first_occurrence) {
     objref const map = new_map("sc");
     put(map, "lone", lone_vector(1));
     put(map, "self", map);
@@ -123,8 +125,8 @@ TEST_F(MetOnce, a_container_that_holds_itself_is_entered_where_it_is_met) {
     map_of(map).clear();
 }
 
-TEST_F(MetOnce, keys_with_one_text_are_walked_once) {
-    // Each level holds the next one twice, under keys that are the same in six digits.
+TEST_F(MetOnce, values_under_keys_with_equal_text_are_visited_once) {
+    // Each level contains the next one twice, under keys that are equal in six digits.
     objref inner = new_map("sc");
     put(inner, "end", lone_vector(1));
     for (int i = 0; i < 40; ++i) {
@@ -136,6 +138,6 @@ TEST_F(MetOnce, keys_with_one_text_are_walked_once) {
     objref const map = new_map("sc");
     put(map, "in", inner);
     put(map, "act", acting_.of(1));
-    std::string const text = written(map); // ends soon
+    std::string const text = written(map); // ends quickly
     EXPECT_EQ(text.substr(text.size() - 15), "; act= act(); }");
 }

@@ -1,4 +1,4 @@
-// The writer: layouts, keys, what is skipped, back references, comments, wrappers.
+// The writer: layouts, keys, skipped values, back references, comments, wrappers.
 #include "tests/text/write_support.h"
 
 #include "text/state/ctext_state.h"
@@ -43,7 +43,7 @@ std::string quoted(char const *text) { return cat::as_text(cat::of(text)); }
 
 // --- layouts ---
 
-TEST_F(WriterLayout, empty_containers) {
+TEST_F(WriterLayout, empty_containers_keep_their_layout) {
     EXPECT_EQ(written(new_map()), "{\n}");
     EXPECT_EQ(written(new_map("sc")), "{}");
     EXPECT_EQ(written(new_vector()), "[]");
@@ -54,7 +54,7 @@ TEST_F(WriterLayout, empty_containers) {
     EXPECT_EQ(written(outer), "{\n  in= {\n  }; \n}");
 }
 
-TEST_F(WriterLayout, one_line_containers_put_a_blank_behind_each_entry) {
+TEST_F(WriterLayout, one_line_containers_write_a_blank_after_each_entry) {
     EXPECT_EQ(written(two_ints("sc")), "{a= 1; b= 2; }");
     objref const vector = new_vector();
     append(vector, cat::of(1));
@@ -91,7 +91,7 @@ TEST_F(WriterLayout, the_columns_can_be_set) {
     EXPECT_EQ(written(outer), "{\nin= {\na= 1;\nb= 2;\n}; \n}");
 }
 
-TEST_F(WriterLayout, absurd_columns_wrap_and_come_back) {
+TEST_F(WriterLayout, very_large_columns_wrap_and_are_restored) {
     cat::write_indent = std::numeric_limits<int>::min();
     objref const outer = new_map(), middle = new_map();
     put(middle, "in", two_ints("wc"));
@@ -100,7 +100,7 @@ TEST_F(WriterLayout, absurd_columns_wrap_and_come_back) {
     cat::DoWriteIndent const most(std::numeric_limits<int>::min());
 }
 
-TEST_F(WriterLayout, a_guard_moves_the_current_level) {
+TEST_F(WriterLayout, a_guard_changes_the_current_level) {
     cForeignType const foreign("test_indented", [](cObj &, objref &args) {
         cat::DoWriteIndent const more(3);
         stream_of(args) << text_state().indent();
@@ -115,21 +115,21 @@ TEST_F(WriterLayout, a_guard_moves_the_current_level) {
         EXPECT_EQ(text_state().indent(), before + 4);
         cat::DoWriteIndent ten(10);
         EXPECT_EQ(text_state().indent(), before + 14);
-        ten = four; // the number only
+        ten = four; // copies only the number
         EXPECT_EQ(text_state().indent(), before + 14);
     }
     EXPECT_EQ(text_state().indent(), before + 6);
     text_state().add_indent(-6);
 }
 
-TEST_F(WriterLayout, only_the_first_character_of_a_layout_counts) {
+TEST_F(WriterLayout, only_the_first_character_of_a_layout_is_used) {
     EXPECT_EQ(written(two_ints("s")), "{a= 1; b= 2; }");
     EXPECT_EQ(written(two_ints("single")), "{a= 1; b= 2; }");
     std::string const many = "{\n  a= 1;\n  b= 2;\n}";
     for (char const *layout : {"w", "wc", "", "x", "Sc"})
         EXPECT_EQ(written(two_ints(layout)), many);
     objref const map = two_ints();
-    map->set_omember("wformat", cat::of(5)); // no string
+    map->set_omember("wformat", cat::of(5)); // not a string
     EXPECT_EQ(written(map), many);
     EXPECT_STREQ(cat::wformat(*map), "");
     EXPECT_STREQ(cat::wformat(*two_ints()), "wc");
@@ -137,7 +137,7 @@ TEST_F(WriterLayout, only_the_first_character_of_a_layout_counts) {
     EXPECT_STREQ(cat::wformat(*cat::of(5)), "wc"); // the global one
 }
 
-TEST_F(WriterLayout, entries_without_brackets_by_type) {
+TEST_F(WriterLayout, a_type_may_write_entries_without_brackets) {
     objref const map = two_ints();
     EXPECT_EQ(entries_text(map, "sc", nullptr), "a= 1; b= 2; ");
     EXPECT_EQ(entries_text(map, "sc", &cat::type_map()), "a= 1; b= 2; ");
@@ -148,7 +148,7 @@ TEST_F(WriterLayout, entries_without_brackets_by_type) {
     EXPECT_EQ(entries_text(map, nullptr, nullptr), "\n  a= 1;\n  b= 2;\n");
 }
 
-TEST_F(WriterLayout, the_methods_without_brackets) {
+TEST_F(WriterLayout, methods_can_write_entries_without_brackets) {
     std::ostringstream os;
     objref holder = objref::adopt(new cOutHolder(os));
     holder->obid(0);
@@ -174,7 +174,7 @@ TEST_F(WriterLayout, lines_are_flushed_one_by_one) {
     EXPECT_EQ(buffer.flushes, 5);
 }
 
-TEST_F(WriterLayout, an_entry_on_its_own) {
+TEST_F(WriterLayout, an_entry_can_be_written_alone) {
     objref const map = new_map("sc");
     put(map, "my key", cat::of("a b"));
     put(map, "in", two_ints("sc"));
@@ -189,7 +189,7 @@ TEST_F(WriterLayout, an_entry_on_its_own) {
 
 // --- keys, skipped entries ---
 
-TEST_F(WriterEdge, strings_are_quoted_where_they_need_it) {
+TEST_F(WriterEdge, strings_are_quoted_if_necessary) {
     EXPECT_EQ(quoted(""), "\"\"");
     EXPECT_EQ(quoted("a b"), "\"a b\"");
     EXPECT_EQ(quoted("a\"b"), "\"a\\\"b\"");
@@ -206,7 +206,7 @@ TEST_F(WriterEdge, keys_are_quoted_and_ints_are_numbers) {
     EXPECT_EQ(written(map), "{\"my key\"= 1; -7= 2; \"\"= 3; 1.50000= 4; }");
 }
 
-TEST_F(WriterEdge, a_key_beginning_with_a_hash_sign_never_appears) {
+TEST_F(WriterEdge, a_key_beginning_with_a_hash_sign_is_never_written) {
     objref const map = new_map("sc");
     put(map, "#", cat::of(1));
     put(map, "#x", cat::of(2));
@@ -227,7 +227,7 @@ TEST_F(WriterLayout, values_without_text_are_skipped_but_constants_are_written) 
     EXPECT_FALSE(objref::adopt(new cObj)->is_writable());
 }
 
-TEST_F(WriterLayout, data_without_text_is_a_comment) {
+TEST_F(WriterLayout, data_without_text_is_written_as_a_comment) {
     objref const thing = objref::adopt(new cObj);
     objref const second = thing;
     EXPECT_EQ(written(thing), "niltype(/* id=" + std::to_string(thing->obid()) + ", refs=2 */)");
@@ -238,10 +238,11 @@ TEST_F(WriterLayout, a_skipped_value_leaves_a_gap_in_the_paths_of_a_vector) {
     append(vector, objref::adopt(new cObj));
     append(vector, shared);
     append(vector, shared);
-    EXPECT_EQ(written(vector), "[5, #cRef(/1), ]"); // the key counts, though it is read back as 0
+    EXPECT_EQ(written(vector),
+              "[5, #cRef(/1), ]"); // the key counts, although it is 0 when read again
 }
 
-TEST_F(WriterLayout, types_that_are_not_bare_are_wrapped) {
+TEST_F(WriterLayout, values_of_types_that_are_not_bare_are_wrapped) {
     cForeignType const foreign("test_wrapped", [](cObj &obj, objref &args) {
         stream_of(args) << number_of(obj) << " things";
         return true;
@@ -256,7 +257,7 @@ TEST_F(WriterLayout, types_that_are_not_bare_are_wrapped) {
     EXPECT_EQ(written(map), "{t= 4 things; }");
 }
 
-TEST_F(WriterLayout, an_own_write_of_an_object_comes_first) {
+TEST_F(WriterLayout, a_write_method_of_the_object_has_priority) {
     objref const number = cat::of(5);
     number->set_omember("write", make<cExeMember>(+[](cObj &, objref &args) {
                             stream_of(args) << "five";
@@ -269,7 +270,7 @@ TEST_F(WriterLayout, an_own_write_of_an_object_comes_first) {
     EXPECT_EQ(cat::as_string(number), "five");
 }
 
-TEST_F(WriterLayout, as_string_differs_for_strings_only) {
+TEST_F(WriterLayout, as_string_differs_only_for_strings) {
     EXPECT_EQ(cat::as_string(nullptr), "");
     EXPECT_EQ(cat::as_text(nullptr), "");
     EXPECT_EQ(cat::as_string(cat::of("a b\"")), "a b\"");
@@ -318,7 +319,7 @@ TEST_F(WriterLayout, references_are_by_identity_scalars_and_constants_too) {
     EXPECT_EQ(written(map), "{a= 1; b= #cRef(/a); c= 1; d= #true; e= #cRef(/d); f= true; }");
 }
 
-TEST_F(WriterLayout, a_path_holds_its_keys_as_they_are_written) {
+TEST_F(WriterLayout, a_path_contains_its_keys_as_written) {
     objref const map = new_map("sc"), inner = new_map("sc"), one = cat::of(1);
     put(inner, "a/b \"c\"", one);
     put(map, "my key", inner);
@@ -327,21 +328,21 @@ TEST_F(WriterLayout, a_path_holds_its_keys_as_they_are_written) {
                             "again= #cRef(/\"my key\"/\"a/b \\\"c\\\"\"); }");
 }
 
-TEST_F(WriterLayout, each_outermost_write_begins_anew) {
+TEST_F(WriterLayout, each_outermost_write_begins_again) {
     objref const map = new_map("sc");
     put(map, "a", cat::btrue());
     EXPECT_EQ(written(map), "{a= #true; }");
     EXPECT_EQ(written(map), "{a= #true; }");
 }
 
-TEST_F(WriterLayout, a_map_that_holds_itself_ends) {
+TEST_F(WriterLayout, writing_a_map_that_contains_itself_ends) {
     objref const map = new_map("sc");
     put(map, "me", map);
     EXPECT_EQ(written(map), "{me= {me= #cRef(/me); }; }");
     map_of(map).clear();
 }
 
-TEST_F(WriterLayout, temporaries_at_one_address_are_no_references) {
+TEST_F(WriterLayout, temporaries_at_one_address_are_not_references) {
     cForeignType const foreign("test_temporaries", [](cObj &, objref &args) {
         for (int i = 0; i < 4; ++i) {
             objref const list = new_vector();
@@ -357,14 +358,14 @@ TEST_F(WriterLayout, temporaries_at_one_address_are_no_references) {
 
 // --- layouts in each other, comments ---
 
-TEST_F(WriterEdge, a_one_line_layout_does_not_reach_into_children) {
+TEST_F(WriterEdge, a_one_line_layout_does_not_apply_to_children) {
     objref const vector = new_vector();
     append(vector, two_ints());
     append(vector, cat::of(3));
     EXPECT_EQ(written(vector), "[{\n      a= 1;\n      b= 2;\n  }, 3, ]");
 }
 
-TEST_F(WriterEdge, blanks_stand_only_behind_many_line_children_and_one_line_entries) {
+TEST_F(WriterEdge, blanks_are_only_after_many_line_children_and_one_line_entries) {
     objref const map = new_map();
     put(map, "number", cat::of(1));
     put(map, "child", new_map());
@@ -377,7 +378,7 @@ TEST_F(WriterEdge, blanks_stand_only_behind_many_line_children_and_one_line_entr
                             "}");
 }
 
-TEST_F(WriterLayout, comments_of_scalars_and_one_line_containers_stand_behind_the_separator) {
+TEST_F(WriterLayout, comments_of_scalars_and_one_line_containers_are_after_the_separator) {
     objref const map = new_map(), number = cat::of(1), line = two_ints("sc");
     number->set_comment(" // one", true);
     line->set_comment("\t/* two */", true);
@@ -386,7 +387,7 @@ TEST_F(WriterLayout, comments_of_scalars_and_one_line_containers_stand_behind_th
     EXPECT_EQ(written(map), "{\n  n= 1; // one\n  l= {a= 1; b= 2; };\t/* two */\n}");
 }
 
-TEST_F(WriterLayout, a_comment_of_many_lines_stands_behind_the_opening_bracket) {
+TEST_F(WriterLayout, the_comment_of_a_many_line_container_is_after_the_opening_bracket) {
     objref const map = new_map(), inner = two_ints();
     inner->set_comment(" // inner", true);
     map->set_comment(" // outer", true);
@@ -410,7 +411,7 @@ TEST_F(WriterLayout, comments_of_entries_of_a_one_line_container_are_not_written
     EXPECT_EQ(written(map), "{n= 1; }");
 }
 
-TEST_F(WriterLayout, a_comment_that_is_no_string_is_written_if_it_converts) {
+TEST_F(WriterLayout, a_comment_that_is_not_a_string_is_written_if_it_can_be_converted) {
     cForeignType foreign("test_comment", [](cObj &, objref &) { return true; });
     cat::type_string().set_converter(foreign.type(), [](cObj &to, objref &from) {
         static_cast<cObjDR<std::string> &>(to).val() = " // " + std::to_string(number_of(*from));
@@ -418,7 +419,7 @@ TEST_F(WriterLayout, a_comment_that_is_no_string_is_written_if_it_converts) {
     });
     objref const map = new_map(), number = cat::of(1), other = cat::of(2);
     number->set_omember("//", foreign.of(42));
-    other->set_omember("//", cat::of(43)); // doesn't convert
+    other->set_omember("//", cat::of(43)); // cannot be converted
     put(map, "n", number);
     put(map, "o", other);
     EXPECT_EQ(written(map), "{\n  n= 1; // 42\n  o= 2;\n}");

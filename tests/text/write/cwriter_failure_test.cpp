@@ -1,4 +1,4 @@
-// The writer: errors in the middle, foreign code, the end of the stack, hostile locales.
+// The writer: errors in the middle, user code, the end of the stack, hostile locales.
 #include "tests/text/hostile_locale.h"
 #include "tests/text/write_support.h"
 
@@ -50,7 +50,7 @@ objref nest(objref const &value, int levels) {
 
 } // namespace
 
-TEST_F(WriterFailure, an_error_in_a_value_is_told_and_the_rest_is_written) {
+TEST_F(WriterFailure, an_error_in_a_value_is_reported_and_the_rest_is_written) {
     cForeignType const foreign("test_throws", throw_error);
     objref const map = new_map(), inner = new_map("sc");
     put(inner, "bad", foreign.of(1));
@@ -63,7 +63,7 @@ TEST_F(WriterFailure, an_error_in_a_value_is_told_and_the_rest_is_written) {
     expect_idle();
 }
 
-TEST_F(WriterFailure, every_value_that_fails_is_told) {
+TEST_F(WriterFailure, every_failed_value_is_reported) {
     cForeignType const foreign("test_throws", throw_error);
     objref const vector = new_vector();
     for (int i = 0; i < 3; ++i) append(vector, foreign.of(i));
@@ -75,7 +75,7 @@ TEST_F(WriterFailure, every_value_that_fails_is_told) {
     expect_idle();
 }
 
-TEST_F(WriterFailure, an_error_at_top_level_or_in_a_key_is_thrown_on) {
+TEST_F(WriterFailure, an_error_at_top_level_or_in_a_key_is_rethrown) {
     cForeignType const foreign("test_throws", throw_error);
     EXPECT_THROW(written(foreign.of(1)), cErr);
     foreign.type().set_hash(cat::hash_int, cat::heq_int);
@@ -99,7 +99,7 @@ TEST_F(WriterFailure, an_error_in_a_key_below_ends_the_value_above) {
     expect_idle();
 }
 
-TEST_F(WriterFailure, other_exceptions_pass_and_leave_the_state_idle) {
+TEST_F(WriterFailure, other_exceptions_propagate_and_leave_the_state_idle) {
     cForeignType const foreign("test_foreign", throw_foreign);
     EXPECT_THROW(written(nest(foreign.of(1), 5)), std::runtime_error);
     expect_idle();
@@ -107,7 +107,7 @@ TEST_F(WriterFailure, other_exceptions_pass_and_leave_the_state_idle) {
     expect_idle();
 }
 
-TEST_F(WriterFailure, errors_that_a_handler_throws_are_told_with_the_path) {
+TEST_F(WriterFailure, errors_that_a_handler_throws_are_reported_with_the_path) {
     cForeignType const foreign("test_raises", raise_error);
     objref const map = nest(foreign.of(1), 2);
     cat::errhandler().throw_mask(0x40000000U);
@@ -118,7 +118,7 @@ TEST_F(WriterFailure, errors_that_a_handler_throws_are_told_with_the_path) {
     expect_idle();
 }
 
-TEST_F(WriterFailure, a_bad_stream_shows_in_its_state_and_in_no_message) {
+TEST_F(WriterFailure, a_bad_stream_is_visible_only_in_its_state) {
     std::ostringstream os;
     os.setstate(std::ios_base::badbit);
     messages();
@@ -139,7 +139,7 @@ TEST_F(WriterFailure, a_stream_that_throws_leaves_the_state_idle) {
     expect_idle();
 }
 
-TEST_F(WriterFailure, a_method_that_removes_its_neighbours_ends_the_walk_softly) {
+TEST_F(WriterFailure, a_method_may_remove_its_neighbours) {
     static cAttrHash *hash = nullptr;
     cForeignType const foreign("test_removes", [](cObj &, objref &args) {
         hash->delitem("b");
@@ -155,7 +155,7 @@ TEST_F(WriterFailure, a_method_that_removes_its_neighbours_ends_the_walk_softly)
     expect_idle();
 }
 
-TEST_F(WriterFailure, a_method_that_clears_all_above_it_ends_softly) {
+TEST_F(WriterFailure, a_method_may_clear_all_containers_above_it) {
     static cMapObj *top = nullptr;
     cForeignType const foreign("test_clears", [](cObj &, objref &args) {
         top->clear();
@@ -180,7 +180,7 @@ TEST_F(WriterFailure, a_method_that_clears_all_above_it_ends_softly) {
         }
 }
 
-TEST_F(WriterFailure, a_method_that_removes_its_own_entry) {
+TEST_F(WriterFailure, a_method_may_remove_its_own_entry) {
     static cAttrHash *hash = nullptr;
     cForeignType const foreign("test_removes", [](cObj &, objref &args) {
         hash->delitem("a");
@@ -199,7 +199,7 @@ TEST_F(WriterFailure, a_method_that_removes_its_own_entry) {
     EXPECT_EQ(guard.failed(), 0u);
 }
 
-TEST_F(WriterFailure, a_method_that_changes_the_layout_of_its_container) {
+TEST_F(WriterFailure, a_method_may_change_the_layout_of_its_container) {
     static cObj *container = nullptr;
     cForeignType const foreign("test_relayouts", [](cObj &, objref &args) {
         container->set_omember("wformat", cat::of("wc"));
@@ -210,10 +210,10 @@ TEST_F(WriterFailure, a_method_that_changes_the_layout_of_its_container) {
     put(map, "a", foreign.of(1));
     put(map, "b", cat::of(2));
     container = map.get();
-    EXPECT_EQ(written(map), "{a= test_relayouts(x); b= 2; }"); // looked at once, at the start
+    EXPECT_EQ(written(map), "{a= test_relayouts(x); b= 2; }"); // read once, at the start
 }
 
-TEST_F(WriterFailure, what_is_too_deep_for_the_stack_fails_the_stream_and_is_told_once) {
+TEST_F(WriterFailure, too_deep_values_fail_the_stream_and_are_reported_once) {
     cat::write_indent = 0;
     objref const chain = nest(cat::of(1), 50'000);
     cErrorLog errors;
@@ -229,10 +229,10 @@ TEST_F(WriterFailure, what_is_too_deep_for_the_stack_fails_the_stream_and_is_tol
     expect_idle();
 }
 
-TEST_F(WriterFailure, a_chain_of_other_values_ends_the_same_way) {
+TEST_F(WriterFailure, a_chain_of_other_values_fails_the_same_way) {
     static objref next;
     cForeignType const foreign("test_chain", [](cObj &obj, objref &args) {
-        return obj.writeobj(stream_of(args)); // for ever
+        return obj.writeobj(stream_of(args)); // without end
     });
     cErrorLog errors;
     std::ostringstream os;
@@ -243,7 +243,7 @@ TEST_F(WriterFailure, a_chain_of_other_values_ends_the_same_way) {
     EXPECT_EQ(errors.count(), 2u);
 }
 
-TEST_F(WriterFailure, no_global_locale_reaches_the_librarys_own_texts) {
+TEST_F(WriterFailure, the_global_locale_does_not_affect_the_librarys_text) {
     cHostileLocale const hostile;
     EXPECT_EQ(cat::as_text(cat::of(1234567)), "1234567");
     EXPECT_EQ(cat::as_text(cat::of(1234567.0)), "1.23457e+06");
@@ -256,7 +256,7 @@ TEST_F(WriterFailure, no_global_locale_reaches_the_librarys_own_texts) {
 
 TEST_F(WriterFailure, a_callers_stream_keeps_its_own_locale) {
     cHostileLocale const hostile;
-    std::ostringstream os; // takes the global one
+    std::ostringstream os; // uses the global one
     cat::of(1234567)->writeobj(os);
     EXPECT_EQ(os.str(), "1.234.567");
 }

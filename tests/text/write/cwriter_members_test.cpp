@@ -1,5 +1,5 @@
-// A program's keys in tables of members that the writer searches, for layouts and comments: at each
-// call of their hooks the stream holds all text that comes before.
+// Keys of a program in tables of members in which the writer searches layouts and comments: at each
+// call of their hooks the stream contains all preceding text.
 #include "tests/text/write_support.h"
 
 #include "qrv/text/write/cexacttext.h"
@@ -8,8 +8,8 @@ using namespace test;
 
 namespace {
 
-// Keys whose hooks look at a stream. Their hashes are those of the names that the writer looks for,
-// and the numbers that follow them.
+// Keys whose hooks read a stream. Their hashes are those of the names that the writer searches, and
+// the next numbers.
 class cLookingKeys {
   public:
     static constexpr int count = 75;
@@ -17,7 +17,7 @@ class cLookingKeys {
     cLookingKeys() : type_(make<cTypeObj>("test_looks", set_up)) {}
     objref key(int number) const { return objref::adopt(new cObjD<int>(number, type_.get())); }
 
-    // What the stream held at the calls, each state of it once, and how many calls there were.
+    // The contents of the stream at the calls, each of them once, and the number of calls.
     std::string seen_while_writing(cObj const &value) {
         std::ostringstream os;
         seen_.clear();
@@ -87,7 +87,7 @@ class WriterMembers : public QrvTest {
     objref vector_, number_, map_;
 };
 
-// The vectors' type without its layout and with other members, until the end.
+// The type of vectors without its layout and with other members, until the end of the scope.
 class cTypeMembers {
   public:
     cTypeMembers() { cat::type_vector().set_tmember("wformat", nullptr); }
@@ -109,7 +109,7 @@ class cTypeMembers {
 
 } // namespace
 
-TEST_F(WriterMembers, the_keys_are_among_those_of_a_container_in_one_line) {
+TEST_F(WriterMembers, the_keys_may_be_in_a_container_on_one_line) {
     give_keys(*vector_);
     EXPECT_EQ(seen(), "{\n  a= 0;\n  b= |\n"
                       "{\n  a= 0;\n  b= [1, ];|\n"
@@ -120,7 +120,7 @@ TEST_F(WriterMembers, the_keys_are_among_those_of_a_container_in_one_line) {
                               "18 calls");
 }
 
-TEST_F(WriterMembers, the_keys_are_among_those_of_a_container_over_many_lines_with_a_comment) {
+TEST_F(WriterMembers, the_keys_may_be_in_a_commented_container_on_many_lines) {
     give_keys(*vector_);
     vector_->set_omember("wformat", cat::of("wc"));
     vector_->set_comment("// in", true);
@@ -132,7 +132,7 @@ TEST_F(WriterMembers, the_keys_are_among_those_of_a_container_over_many_lines_wi
     EXPECT_EQ(seen_exactly(), expected);
 }
 
-TEST_F(WriterMembers, the_keys_are_among_those_of_a_scalar_with_a_comment) {
+TEST_F(WriterMembers, the_keys_may_be_in_a_commented_scalar) {
     give_keys(*number_);
     number_->set_comment("// in", true);
     std::string const expected = "{\n  a= 0;\n  b= [1, ];\n  c= 3;|\n"
@@ -141,7 +141,7 @@ TEST_F(WriterMembers, the_keys_are_among_those_of_a_scalar_with_a_comment) {
     EXPECT_EQ(seen_exactly(), expected);
 }
 
-TEST_F(WriterMembers, the_keys_are_among_those_of_a_type) {
+TEST_F(WriterMembers, the_keys_may_be_in_a_type) {
     cTypeMembers members;
     for (int i = 0; i < cLookingKeys::count; ++i) members.add(keys_.key(i));
     std::string const expected = "{\n  a= 0;\n  b= |\n"
@@ -151,7 +151,7 @@ TEST_F(WriterMembers, the_keys_are_among_those_of_a_type) {
     EXPECT_EQ(seen_exactly(), expected);
 }
 
-TEST_F(WriterMembers, the_keys_are_among_the_global_members) {
+TEST_F(WriterMembers, the_keys_may_be_in_the_global_members) {
     cTypeMembers const without_layout;
     for (int i = 0; i < cLookingKeys::count; ++i)
         cat::gmmap().datamap().mapitem(keys_.key(i), cat::of(i));
@@ -160,6 +160,6 @@ TEST_F(WriterMembers, the_keys_are_among_the_global_members) {
                                  "2 calls";
     EXPECT_EQ(seen(), expected);
     EXPECT_EQ(seen_exactly(), expected);
-    for (int i = 0; i < cLookingKeys::count; ++i) // while their type is there
+    for (int i = 0; i < cLookingKeys::count; ++i) // while their type exists
         cat::gmmap().datamap().delitem(keys_.key(i));
 }

@@ -1,5 +1,5 @@
-// What comes back of plain text when it is read, and what doesn't. None of the latter is mended
-// here: that is how the format is, and exact text is for.
+// What plain text preserves when it is read again, and what it loses. The losses are part of the
+// format; exact text avoids them.
 #include "tests/text/random_tree.h"
 #include "tests/text/write_support.h"
 
@@ -20,7 +20,7 @@ objref value_at(objref const &container, std::string const &key) {
     return map_of(container).datamap().getitem(key);
 }
 
-// Reads with errors; their number.
+// Reads with errors; returns their number.
 size_t errors_of(std::string const &text, objref &value) {
     cat::ReadReport const report;
     std::istringstream is(text);
@@ -31,7 +31,7 @@ size_t errors_of(std::string const &text, objref &value) {
 
 } // namespace
 
-TEST_F(ComesBack, ints_strings_keys_nesting_and_order) {
+TEST_F(ComesBack, preserves_ints_strings_keys_nesting_and_order) {
     objref const map = new_map(), inner = new_map("sc");
     put(inner, "z", cat::of(std::numeric_limits<int>::min()));
     put(inner, "a", cat::of(std::numeric_limits<int>::max()));
@@ -42,7 +42,7 @@ TEST_F(ComesBack, ints_strings_keys_nesting_and_order) {
     EXPECT_EQ(written(back(map)), written(map));
 }
 
-TEST_F(ComesBack, sharing_inside_one_outermost_container) {
+TEST_F(ComesBack, preserves_sharing_inside_one_outermost_container) {
     objref const map = new_map(), shared = new_vector();
     append(shared, cat::of(1));
     put(map, "a", shared);
@@ -53,7 +53,7 @@ TEST_F(ComesBack, sharing_inside_one_outermost_container) {
     EXPECT_EQ(map_of(value_at(read, "b")).size(), 2);
 }
 
-TEST_F(ComesBack, comments_byte_for_byte) {
+TEST_F(ComesBack, preserves_comments_byte_for_byte) {
     objref const map = new_map(), number = cat::of(1), line = new_vector(), lines = new_map();
     number->set_comment("  \t// behind a scalar \xE4 ", true);
     line->set_comment(" /* behind\n  one line */ // and more", true);
@@ -71,7 +71,7 @@ TEST_F(ComesBack, comments_byte_for_byte) {
     EXPECT_EQ(written(read), written(map));
 }
 
-TEST_F(ComesBack, the_choice_between_one_line_and_many) {
+TEST_F(ComesBack, preserves_one_line_and_many_line_layouts) {
     for (auto const make_one : {new_map, new_vector, new_set})
         for (char const *layout : {"sc", "wc"}) {
             objref const one = make_one(layout), outer = new_map();
@@ -82,7 +82,7 @@ TEST_F(ComesBack, the_choice_between_one_line_and_many) {
         }
 }
 
-TEST_F(ComesBack, random_trees_equal_and_from_the_second_writing_on_the_same) {
+TEST_F(ComesBack, preserves_random_trees_whose_text_is_stable_from_the_second_time_on) {
     for (std::uint64_t seed = 0; seed < 500; ++seed) {
         objref const tree = cRandomTree(seed, true).container(4);
         std::string const text = written(tree);
@@ -94,7 +94,7 @@ TEST_F(ComesBack, random_trees_equal_and_from_the_second_writing_on_the_same) {
     }
 }
 
-TEST_F(DoesNotComeBack, strings_true_and_false_are_bools_then) {
+TEST_F(DoesNotComeBack, the_strings_true_and_false_become_bools) {
     objref const vector = new_vector();
     append(vector, cat::of("true"));
     append(vector, cat::of("false"));
@@ -105,14 +105,14 @@ TEST_F(DoesNotComeBack, strings_true_and_false_are_bools_then) {
                   &cat::type_bool());
 }
 
-TEST_F(DoesNotComeBack, a_key_true_is_no_key_then) {
+TEST_F(DoesNotComeBack, a_key_true_causes_errors) {
     objref const map = new_map("sc");
     put(map, "true", cat::of(1));
     objref value;
     EXPECT_GT(errors_of(written(map), value), 0u);
 }
 
-TEST_F(DoesNotComeBack, a_string_with_a_line_feed_derails_the_reading) {
+TEST_F(DoesNotComeBack, a_string_with_a_line_feed_causes_errors) {
     objref const map = new_map();
     put(map, "text", cat::of("first\nsecond"));
     EXPECT_EQ(written(map), "{\n  text= \"first\nsecond\";\n}");
@@ -120,7 +120,7 @@ TEST_F(DoesNotComeBack, a_string_with_a_line_feed_derails_the_reading) {
     EXPECT_GT(errors_of(written(map), value), 0u);
 }
 
-TEST_F(DoesNotComeBack, digits_beyond_the_sixth_infinity_and_nan) {
+TEST_F(DoesNotComeBack, digits_beyond_the_sixth_infinity_and_nan_are_lost) {
     EXPECT_EQ(*value_of<double>(*back(cat::of(0.123456789))), 0.123457);
     EXPECT_EQ(*value_of<float>(*back(cat::of(0.123456789f))), 0.123457f);
     EXPECT_EQ(written(cat::of(std::numeric_limits<double>::infinity())), "inf");
@@ -128,7 +128,7 @@ TEST_F(DoesNotComeBack, digits_beyond_the_sixth_infinity_and_nan) {
     EXPECT_EQ(written(cat::of(std::numeric_limits<float>::quiet_NaN())), "nanf");
 }
 
-TEST_F(DoesNotComeBack, a_number_with_a_sign_and_nothing_behind_its_point) {
+TEST_F(DoesNotComeBack, a_signed_number_with_no_digit_after_its_point_causes_errors) {
     objref const vector = new_vector();
     append(vector, cat::of(-123456.0));
     EXPECT_EQ(written(vector), "[-123456., ]");
@@ -136,7 +136,7 @@ TEST_F(DoesNotComeBack, a_number_with_a_sign_and_nothing_behind_its_point) {
     EXPECT_GT(errors_of(written(vector), value), 0u);
 }
 
-TEST_F(DoesNotComeBack, a_one_line_set_in_a_one_line_set) {
+TEST_F(DoesNotComeBack, a_one_line_set_in_a_one_line_set_causes_errors) {
     objref const set = new_set(), inner = new_set();
     inner->append(cat::of(1));
     set->append(inner);
@@ -145,20 +145,20 @@ TEST_F(DoesNotComeBack, a_one_line_set_in_a_one_line_set) {
     EXPECT_GT(errors_of(written(set), value), 0u);
 }
 
-TEST_F(DoesNotComeBack, data_without_text_is_nothing_then) {
+TEST_F(DoesNotComeBack, data_without_text_is_lost) {
     objref const thing = objref::adopt(new cObj);
     objref value;
     EXPECT_GT(errors_of("{ a= " + written(thing) + "; }", value), 0u);
 }
 
-TEST_F(DoesNotComeBack, what_is_skipped_is_gone) {
+TEST_F(DoesNotComeBack, skipped_values_are_lost) {
     objref const map = new_map();
     put(map, "#hidden", cat::of(1));
     put(map, "thing", objref::adopt(new cObj));
     EXPECT_EQ(map_of(back(map)).size(), 0);
 }
 
-TEST_F(DoesNotComeBack, comments_in_one_line_and_behind_a_closing_bracket) {
+TEST_F(DoesNotComeBack, comments_on_one_line_and_after_a_closing_bracket_are_lost) {
     EXPECT_EQ(written(read_back("{a= 1 /* in one line */; }")), "{a= 1; }");
     EXPECT_EQ(written(read_back("{\n  m= {\n  }; // behind\n}")), "{\n  m= {\n  }; \n}");
     EXPECT_EQ(written(read_back("// signature\n{}")), "{}");

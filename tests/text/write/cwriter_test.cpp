@@ -34,14 +34,14 @@ std::string text_of(char const *text) { return cat::as_text(cat::of(text)); }
 
 // --- strings ---
 
-TEST_F(Writer, an_identifier_is_letters_digits_and_underscores) {
+TEST_F(Writer, an_identifier_consists_of_letters_digits_and_underscores) {
     for (char const *yes : {"a", "_", "A9", "_9", "zZ_09"}) EXPECT_TRUE(cat::is_ident(yes)) << yes;
     for (char const *no : {"", "9", "9a", "a b", "a-b", " a", "a\n", "\xE4", "a\xE4", "#a"})
         EXPECT_FALSE(cat::is_ident(no)) << no;
     EXPECT_FALSE(cat::is_ident(std::string("a\0b", 3)));
 }
 
-TEST_F(Writer, escape_leaves_identifiers_and_the_empty_string_alone) {
+TEST_F(Writer, escape_does_not_change_identifiers_and_the_empty_string) {
     EXPECT_EQ(escaped("fast"), "bare fast");
     EXPECT_EQ(escaped(""), "quoted ");
     EXPECT_EQ(escaped("true"), "bare true");
@@ -54,7 +54,7 @@ TEST_F(Writer, escape_puts_a_backslash_before_quotes_and_backslashes_only) {
     EXPECT_EQ(escaped("\""), "quoted \\\"");
 }
 
-TEST_F(Writer, unescape_removes_backslashes_whatever_follows) {
+TEST_F(Writer, unescape_removes_backslashes_before_any_character) {
     EXPECT_EQ(unescaped("plain", 0), "plain");
     EXPECT_EQ(unescaped("\\\\", 1), "\\");
     EXPECT_EQ(unescaped("\\\"", 1), "\"");
@@ -77,14 +77,14 @@ TEST_F(Writer, unescape_undoes_escape) {
     }
 }
 
-TEST_F(Writer, strings_true_and_false_are_written_bare) {
+TEST_F(Writer, the_strings_true_and_false_are_written_without_quotes) {
     EXPECT_EQ(text_of("true"), "true");
     EXPECT_EQ(text_of("false"), "false");
 }
 
 // --- numbers ---
 
-TEST_F(Writer, plain_numbers) {
+TEST_F(Writer, plain_numbers_are_written_with_six_digits) {
     EXPECT_EQ(cat::as_text(cat::of(0)), "0");
     EXPECT_EQ(cat::as_text(cat::of(std::numeric_limits<int>::min())), "-2147483648");
     EXPECT_EQ(cat::as_text(cat::of(1.5)), "1.50000");
@@ -100,8 +100,8 @@ TEST_F(Writer, plain_numbers) {
 
 namespace {
 
-// Six digits, with showpoint: "%#.6g", put together from the two forms that it chooses between.
-// (Some C libraries drop the zeros where rounding carries: 999999.5 becomes "1.e+06".)
+// Six digits, with showpoint: "%#.6g", composed from the two forms between which it chooses. (Some
+// C libraries drop the zeros where rounding carries: 999999.5 becomes "1.e+06".)
 std::string six_digits(double value) {
     char text[400];
     std::snprintf(text, sizeof text, "%.5e", value);
@@ -148,7 +148,7 @@ TEST_F(Writer, numbers_with_and_without_a_stream_have_six_digits) {
         expect_six_digits(value);
 }
 
-TEST_F(Writer, numbers_on_a_stream_take_its_flags_and_leave_them) {
+TEST_F(Writer, numbers_on_a_stream_use_its_flags_and_preserve_them) {
     std::ostringstream os;
     os.imbue(std::locale::classic());
     os << std::hex << std::showbase;
@@ -169,7 +169,7 @@ TEST_F(Writer, numbers_on_a_stream_take_its_flags_and_leave_them) {
     EXPECT_EQ(os.flags(), more_flags);
 }
 
-TEST_F(Writer, bools_and_the_two_constants) {
+TEST_F(Writer, bools_and_the_two_constants_are_written) {
     EXPECT_EQ(cat::as_text(cat::of(true)), "true");
     EXPECT_EQ(cat::as_text(cat::of(false)), "false");
     EXPECT_EQ(cat::as_text(cat::btrue()), "#true");

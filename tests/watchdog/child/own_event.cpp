@@ -1,6 +1,6 @@
-// Gives the event the name that the variable QRV_TEST_EVENT tells, for a program with the library's
-// objects linked in. The library opens the event while it is initialised, so this runs before all
-// initialisers, and touches nothing that needs one.
+// Sets the event's name from the variable QRV_TEST_EVENT, in a program linked with the library's
+// objects. The library opens the event during static initialisation, so this runs before all
+// initialisers and uses nothing that needs one.
 
 #include "base/platform/os_calls.h"
 

@@ -1,24 +1,24 @@
-// A program for a watch dog that does what its arguments say, one after the other. It is built with
-// the library's objects and an event of its own (own_event.cpp), and on the shared library as it
-// is.
+// A watched program that performs the steps in its arguments, one after the other. It is built
+// twice: with the library's objects and a separate event (own_event.cpp), and with the unchanged
+// shared library.
 //
 //   init           fires sig_init
-//   take           links up with the watch dog; prints if it did
-//   step N         N signs of life
-//   post M W L     a message
-//   raw N          a datagram of N bytes to the watch dog, past the library
-//   busy           a sign of life every few milliseconds until its standard input ends
+//   take           connects to the watch dog; prints whether it did
+//   step N         sends N signs of life
+//   post M W L     sends a message
+//   raw N          sends a datagram of N bytes to the watch dog without the library
+//   busy           sends a sign of life every few milliseconds until its standard input ends
 //   id, open, mask print the id; the open descriptors; blocked and not default signals
 //   say TEXT       prints a line
-//   wait           until its standard input ends
+//   wait           waits until its standard input ends
 //   user N         becomes another user
 //   stop           stops itself, as a debugger would
 //   deaf           ignores SIGTERM
-//   hang           does nothing any more
+//   hang           does nothing from now on
 //   exit N         ends
-//   raise N        dies of a signal
+//   raise N        ends by a signal
 //
-// It ends by itself after two minutes, whatever becomes of who started it.
+// It ends by itself after two minutes, even if the process that started it is killed.
 
 #include "qrv/base/csignal.h"
 #include "qrv/util/cwatchdog.h"
@@ -44,7 +44,7 @@ void say(std::string const &line) {
     if (::write(STDOUT_FILENO, text.data(), text.size()) < 0) std::_Exit(90);
 }
 
-// True when the input has ended, which is asked for that long.
+// Waits at most this long; returns whether the input has ended.
 bool input_ended(int milliseconds) {
     pollfd input{STDIN_FILENO, POLLIN, 0};
     char byte = 0;
@@ -80,7 +80,8 @@ void say_mask() {
     for (int i = 1; i < SIGRTMIN; ++i) {
         struct sigaction action {};
         if (i != SIGKILL && i != SIGSTOP) ::sigaction(i, nullptr, &action);
-        bool const sanitizer = i == SIGSEGV || i == SIGBUS || i == SIGFPE; // may have a handler
+        bool const sanitizer =
+            i == SIGSEGV || i == SIGBUS || i == SIGFPE; // these may have handlers
         bool const other = action.sa_handler != SIG_DFL && !sanitizer;
         if (::sigismember(&mask, i) == 1 || other) list += " " + std::to_string(i);
     }
@@ -92,7 +93,7 @@ void become(unsigned int user) {
         say("no other user");
 }
 
-// What follows of the arguments after a step.
+// The arguments that follow a step.
 class cSteps {
   public:
     explicit cSteps(char **arguments) : next_(arguments) {}

@@ -1,13 +1,14 @@
 #include "tools/qrv/editing/format.h"
 
 #include "qrv/core/ctypescope.h"
+#include "qrv/edit/cfingerprint.h"
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/editing/comments.h"
 #include "tools/qrv/output/writing.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/warnings.h"
-#include "tools/qrv/verify/fingerprint.h"
+#include "tools/qrv/verify/difference.h"
 
 #include <optional>
 #include <string>
@@ -32,7 +33,7 @@ cWrittenAnew written_anew(std::string const &bytes, cFormat const &how, cMessage
     anew.comments.emplace(bytes, map);
     anew.comments->make_room(reading.value, map);
     anew.text = written(reading.value, "", false, messages, room_for(bytes));
-    if (messages.count() == 0) anew.image = image_of(reading.value);
+    if (messages.count() == 0) anew.image = qrv::edit::fingerprint(reading.value);
     anew.head = head_of(bytes, map);
     if (how.replaces) add_lost_by_writing(bytes, map, messages);
     if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
@@ -47,7 +48,7 @@ class cSecondReading {
         cMessages ignored(name, 1);
         cReading const reading = read_value(text, ignored);
         if (!reading.clean) return;
-        image_ = image_of(reading.value);
+        image_ = qrv::edit::fingerprint(reading.value);
         comes_back_ = written(reading.value, "", false, ignored, room_for(text)) == text;
     }
 

@@ -13,6 +13,7 @@
 #include "tools/qrv/editing/rewrite.h"
 
 #include "qrv/base/platform/cplatform.h"
+#include "qrv/edit/cfingerprint.h"
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/editing/comment_marks.h"
 #include "tools/qrv/editing/format.h"
@@ -26,7 +27,7 @@
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/warnings.h"
-#include "tools/qrv/verify/fingerprint.h"
+#include "tools/qrv/verify/difference.h"
 
 #include <filesystem>
 #include <optional>
@@ -61,7 +62,7 @@ void first_reading(std::string const &bytes, cTask const &task, bool marked, cMe
     bool const canonical = task.options.canonical;
     reply.text = written(reading.value, head_of(bytes, map), canonical, messages);
     if (marks) reply.text = marks->removed_from(reply.text);
-    if (messages.count() == 0) reply.image = image_of(reading.value);
+    if (messages.count() == 0) reply.image = qrv::edit::fingerprint(reading.value);
     if (task.finds_lost) add_lost_by_writing(bytes, map, messages);
     if (marks && reply.text != bytes) marks->report_lost(!canonical, messages);
     if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
@@ -97,7 +98,7 @@ bool read_back(std::string const &text, std::string const &image, cWriteOptions 
         cReading const reading = read_value(text, ignored);
         if (!reading.clean) return;
         r.text = written(reading.value, head_of(text, map), options.canonical, ignored);
-        if (ignored.count() == 0) r.image = image_of(reading.value);
+        if (ignored.count() == 0) r.image = qrv::edit::fingerprint(reading.value);
         r.status = exit_done;
     });
     bool const read = reply.status == exit_done;

@@ -5,10 +5,10 @@
 // once.
 
 #include "qrv/edit/cedit.h"
+#include "qrv/edit/cfingerprint.h"
 #include "tools/qrv/editing/type_order.h"
 #include "tools/qrv/output/writing.h"
 #include "tools/qrv/reading/reading.h"
-#include "tools/qrv/verify/fingerprint.h"
 
 #include <optional>
 
@@ -35,7 +35,7 @@ cReply changed_text(std::string const &bytes, cChange const &change, Repeated re
         map.reset(); // the fingerprint needs the memory
         reply.found = messages.findings();
         reply.messages = errors;
-        if (reply.status == exit_done) reply.image = image_of(reading.value);
+        if (reply.status == exit_done) reply.image = qrv::edit::fingerprint(reading.value);
     });
 }
 
@@ -44,7 +44,7 @@ std::string fingerprint_of(std::string const &text, std::string const &name) {
     cReply const reply = apart(name, [&](cReply &r) {
         cMessages ignored(name, 1);
         cReading const reading = read_value(text, ignored);
-        if (reading.clean) r.image = image_of(reading.value);
+        if (reading.clean) r.image = qrv::edit::fingerprint(reading.value);
     });
     return reply.image;
 }

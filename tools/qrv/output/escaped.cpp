@@ -4,14 +4,14 @@
 
 namespace {
 
-struct cCharacter {
+struct cCodePoint {
     char32_t code;
     size_t size; // in bytes; 0 if it is not UTF-8
 };
 
 // The bytes after the first of a character of `size` bytes. Longer forms of what fits in fewer
 // bytes are not UTF-8, and neither are surrogates.
-cCharacter continued(std::string_view text, char32_t code, size_t size) {
+cCodePoint continued(std::string_view text, char32_t code, size_t size) {
     constexpr char32_t lowest[] = {0, 0, 0x80, 0x800, 0x10000};
     if (text.size() < size) return {0, 0};
     for (size_t i = 1; i < size; ++i) {
@@ -19,11 +19,11 @@ cCharacter continued(std::string_view text, char32_t code, size_t size) {
         code = code << 6 | (static_cast<unsigned char>(text[i]) & 0x3FU);
     }
     bool const is_surrogate = code >= 0xD800 && code <= 0xDFFF;
-    return code < lowest[size] || code > 0x10FFFF || is_surrogate ? cCharacter{0, 0}
-                                                                  : cCharacter{code, size};
+    return code < lowest[size] || code > 0x10FFFF || is_surrogate ? cCodePoint{0, 0}
+                                                                  : cCodePoint{code, size};
 }
 
-cCharacter first_of(std::string_view text) {
+cCodePoint first_of(std::string_view text) {
     auto const byte = static_cast<unsigned char>(text[0]);
     if (byte < 0x80) return {byte, 1};
     if (byte >= 0xF0 && byte < 0xF8) return continued(text, byte & 0x07U, 4);
@@ -49,7 +49,7 @@ std::string escape(char const *form, unsigned number) {
 std::string escaped(std::string_view text) {
     std::string shown;
     while (!text.empty()) {
-        cCharacter const next = first_of(text);
+        cCodePoint const next = first_of(text);
         size_t const size = next.size == 0 ? 1 : next.size;
         if (size == 1 && (next.size == 0 || !is_shown(next.code)))
             shown += escape("\\x%02x", static_cast<unsigned char>(text[0]));

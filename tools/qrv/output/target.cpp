@@ -8,14 +8,6 @@
 
 namespace {
 
-constexpr std::chrono::seconds longest_wait(30);
-
-// A device or a pipe keeps nothing that could be lost. And the process at a pipe's other end may
-// need the lock before it reads or writes.
-bool can_be_lost(std::string const &name) {
-    return !cat::file_exists(name) || cat::is_regular(name);
-}
-
 std::string no_backup(int error) {
     if (error == EEXIST)
         return "the name of its backup is taken by something that is not a regular file";
@@ -25,12 +17,10 @@ std::string no_backup(int error) {
 } // namespace
 
 bool cTarget::lock() {
-    if (lock_ || !can_be_lost(name_)) return true;
+    if (lock_) return true;
+    constexpr std::chrono::seconds longest_wait = cat::FileLock::usual_wait;
     lock_.emplace(name_, options_.no_wait ? std::chrono::seconds(0) : longest_wait);
-    if (!lock_->busy()) {
-        cat::remove_unfinished(name_);
-        return true;
-    }
+    if (!lock_->busy()) return true;
     std::string const waited =
         "has held the lock of its folder for " + std::to_string(longest_wait.count()) + " seconds";
     refuse("another process " + (options_.no_wait ? "holds the lock of its folder" : waited));

@@ -38,5 +38,5 @@ class cTarget {
 
     std::string name_;
     cTargetOptions options_;
-    std::optional<cat::FolderLock> lock_;
+    std::optional<cat::FileLock> lock_;
 };

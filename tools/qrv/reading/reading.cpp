@@ -1,6 +1,7 @@
 #include "tools/qrv/reading/reading.h"
 
 #include "qrv/core/cobjd.h"
+#include "qrv/text/file/creadtext.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
 #include "tools/qrv/output/no_memory.h"
@@ -200,9 +201,9 @@ bool read_bytes(std::string const &name, std::string &bytes, cMessages &messages
 }
 
 std::string cut_mark(std::string &bytes) {
-    std::string const mark = "\xef\xbb\xbf";
-    if (!bytes.starts_with(mark)) return "";
-    bytes.erase(0, mark.size());
+    size_t const size = bytes.size() - cat::without_mark(bytes).size();
+    std::string const mark = bytes.substr(0, size);
+    bytes.erase(0, size);
     return mark;
 }
 

@@ -3,10 +3,10 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
+#include "qrv/edit/cfingerprint.h"
 #include "qrv/text/write/cwriter.h"
 #include "tools/qrv/rules/ignored.h"
 #include "tools/qrv/rules/suggestion.h"
-#include "tools/qrv/verify/fingerprint.h"
 #include "tools/qrv/verify/mismatch.h"
 
 #include <algorithm>
@@ -93,7 +93,7 @@ void cBrokenRules::tell_fixed(BrokenRule const &broken) {
     cSource::cEntry const *const entry = entry_of(broken.key);
     bool const told = std::exchange(unreadable_, true);
     std::string const why = "only the default itself is valid, and reading creates a copy";
-    if (entry && image_of(broken.actual) != image_of(broken.expected))
+    if (entry && qrv::edit::fingerprint(broken.actual) != qrv::edit::fingerprint(broken.expected))
         add(entry->place, broken.key,
             "key " + quoted(broken.key) + " of type " + name_of(type_) + " is fixed to " +
                 shown(broken.expected) + ", not " + shown(broken.actual) +

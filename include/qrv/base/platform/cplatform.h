@@ -1,7 +1,7 @@
 #pragma once
-// All that the library asks of the operating system, apart from files opened through the standard
-// library and the loading of modules. File names are bytes, as the system takes them. Nothing here
-// reports: a failure is the result false, zero or an empty text.
+// The library's access to the operating system, apart from files opened through the standard
+// library and the loading of modules. File names are bytes, as the system uses them. Nothing here
+// reports: a failure is the result false, zero or an empty string.
 
 #include "qrv/ccomp.h"
 
@@ -11,90 +11,95 @@
 #include <string>
 #include <string_view>
 
-// Where debug output goes: to this function. With null (as at the start) it goes to what the
-// environment variable QRV_DEBUGOUT names, `stderr` or a file to append to, and without that (or in
-// a program that runs with raised rights) nowhere. The function borrows the text for the call.
+// Sets the function that receives debug output. With null (the default) it goes to the destination
+// in the environment variable QRV_DEBUGOUT: `stderr`, or a file to append to. Without that
+// variable, or in a program that runs with raised rights, it is discarded. The function borrows the
+// string during the call.
 QRV_API void qrv_set_debug_output(void (*function)(char const *text));
 
-// Which modules may be loaded: those for whose name, as given to the load, this function answers
-// true. It is asked first of all, also about modules that are there already; a refused one reads as
-// not found. With null (as at the start) a program may load everything, but nothing is loaded while
-// text is being read: a type's name in a file would do, "x:/path/evil" or just a name.
+// Sets the filter on modules: only those for whose name, as passed to the load, this function
+// returns true may be loaded. It is called first, also for modules that are loaded already; a
+// rejected module counts as not found. With null (the default) a program may load everything, but
+// reading text loads nothing: otherwise a type's name in a file, such as "x:/path/evil" or just a
+// name, could load code.
 QRV_API void qrv_set_module_filter(bool (*filter)(std::string const &name));
 
-// Where messages to the thread `id` of a watch dog go (qrv/util/cwatchdog.h): to this function,
-// which may call anything of the library and throw. With null (as at the start) each is one
-// datagram to the abstract Unix socket "qrv-thread-" and the id in decimal, never waited for.
+// Sets the function that receives messages to the thread `id` of a watchdog (qrv/util/cwatchdog.h).
+// It may call any function of the library and throw. With null (the default) each message is one
+// datagram to the abstract Unix socket "qrv-thread-" and the id in decimal, sent without waiting.
 QRV_API void qrv_set_post_message(void (*function)(std::uint32_t id, std::uint32_t message,
                                                    std::uint32_t wParam, std::int32_t lParam));
 
 namespace cat {
 
-// Debug output of one text. Null is no text.
+// Sends one string to debug output. Null sends nothing.
 QRV_API void debug_output(char const *text);
 
-// Writes everything, whatever the number of steps; waits where a descriptor would block. False when
-// the system refuses.
+// Writes all bytes, in as many steps as necessary; waits where a descriptor would block. False if
+// the system fails.
 QRV_API bool write_all(int descriptor, std::string_view bytes);
 
 QRV_API bool is_terminal(int descriptor);
 
-// A steadily growing counter, and its steps in a second.
+// A counter that never decreases, and its ticks per second.
 QRV_API std::int64_t counter();
 QRV_API std::int64_t counter_frequency();
 
 // The local time in a format of strftime(); at most 127 bytes, else empty.
 QRV_API std::string local_time(char const *format);
 
-// The process's first argument, and the file that it runs.
+// The process's first argument, and the path of its program file.
 QRV_API std::string program_name();
 QRV_API std::string program_file();
 
 QRV_API bool file_exists(std::string const &path);
 QRV_API bool is_directory(std::string const &path);
 QRV_API bool is_regular(std::string const &path); // a plain file
-// Exists without the owner's permission to write; and taking that mark away, the others stay.
+// Whether the file exists without the owner's permission to write; make_writable() sets that
+// permission and no other.
 QRV_API bool is_read_only(std::string const &path);
 QRV_API bool make_writable(std::string const &path);
 
-// Would opening for writing succeed? Nothing is made or changed.
+// Whether opening for writing would succeed. Creates and changes nothing.
 QRV_API bool can_write_file(std::string const &path);
 
-// Gives the file this content, or leaves it as it was and answers false. The bytes are written to a
-// new file in the same folder, brought to the disk and renamed over the old one; mode, owner,
-// extended attributes and access lists are kept, a symbolic link stays and its target is replaced.
-// Where that is not possible (no regular file, several hard links, a folder, an owner or an
-// attribute that doesn't allow it) the file is written in place, after room for it has been found;
-// what fails there is undone, but a kill isn't. errno tells why the result is false.
+// Gives the file this content, or returns false and leaves it unchanged. The bytes are written to a
+// new file in the same folder, flushed to the disk and renamed over the old one. Mode, owner,
+// extended attributes and access lists are preserved; a symbolic link stays and its target is
+// replaced. Where that is not possible (not a regular file, several hard links, a folder, an owner
+// or an attribute that cannot be set) the file is written in place, after room for it has been
+// reserved; a failure there is undone, a kill is not. errno has the reason of a false result.
 //
-// The new file has no name until all of it is on the disk, but for file systems where every file
-// has one. From then on until the rename this process holds an exclusive flock() on it.
+// The new file has no name until it is complete on the disk, except on file systems where every
+// file has a name. From then on until the rename this process holds an exclusive flock() on it.
 QRV_API bool replace_file(std::string const &path, std::string_view bytes);
 
 struct ReplaceOptions {
-    // The bytes that the file must hold right before it changes: else another program has written
-    // it since it was read, and it stays as that one left it. Borrowed.   Reads the file
+    // The bytes that the file must hold right before it changes. Otherwise another program has
+    // written it since it was read, and it stays as that program left it. Borrowed. The check reads
+    // the file.
     std::optional<std::string_view> expected = {};
-    // Not empty: the old content, with mode, owner and attributes, is kept beside the file (for a
-    // symbolic link, beside its target) under its name and this, without a slash. An older backup
-    // is replaced; anything of that name that is not a plain file is an error. A backup that can't
-    // have the owner or an attribute has no rights for others.
+    // If not empty, the old content, with mode, owner and attributes, is saved next to the file
+    // (for a symbolic link, next to its target) under the file's name followed by this suffix,
+    // which has no slash. An older backup is replaced; anything of that name that is not a regular
+    // file is an error. A backup whose owner or attributes cannot be set has no rights for others.
     std::string backup = {};
 };
 
-// What became of the file. Unless it is done, the file is as it was, and errno tells more.
+// The outcome. Unless it is `done`, the file is unchanged and errno has the reason.
 enum class Replaced {
     done,
-    failed,    // it can't be written
-    changed,   // it does not hold the expected bytes; ESTALE
-    no_backup, // the backup can't be written
+    failed,    // the file cannot be written
+    changed,   // the file does not hold the expected bytes; ESTALE
+    no_backup, // the backup cannot be written
 };
 
 QRV_API Replaced replace_file(std::string const &path, std::string_view bytes,
                               ReplaceOptions const &options);
 
-// Content that need not be in memory. `write` puts all of it, `size` bytes, to a descriptor: false,
-// with errno, if it can't. It may be called more than once, for descriptors at their starts.
+// Content that need not be in memory. `write` writes all of it, `size` bytes, to a descriptor;
+// false, with errno, on failure. It may be called more than once, each time for a descriptor at its
+// start.
 struct Content {
     std::uint64_t size;
     std::function<bool(int descriptor)> write;
@@ -103,17 +108,19 @@ struct Content {
 QRV_API Replaced replace_file(std::string const &path, Content const &content,
                               ReplaceOptions const &options);
 
-// Removes from the folder of the file `path` (links are followed) what replace_file() left there
-// when its process was killed. These files have names of the form `.qrv1234-5~`; removed are plain
-// files of this process's user on which it gets the exclusive flock() without waiting, so never one
-// that another process still writes. What can't be removed stays.   O(entries of the folder)
+// Removes from the folder of the file `path` (links are followed) the files that replace_file()
+// left there when its process was killed. Their names have the form `.qrv1234-5~`. Only regular
+// files of this process's user are removed, and only with an exclusive flock(), acquired without
+// waiting; so never a file that another process still writes. Files that cannot be removed stay.
+// O(entries of the folder)
 QRV_API void remove_unfinished(std::string const &path);
 
-// Makes `copy` a new file with content and mode of the plain file `path`, whole or not at all; its
-// owner too, or else with no rights for others. Nothing is ever overwritten: false with the errno
-// EEXIST if there is something of that name.
+// Creates the new file `copy` with the content and mode of the regular file `path`, completely or
+// not at all. It has the same owner, or else no rights for others. Never overwrites: false with the
+// errno EEXIST if the name exists.
 QRV_API bool copy_to_new_file(std::string const &path, std::string const &copy);
-// Two plain files, not one by two names, of the same bytes. False also if one can't be read.
+// Whether two regular files, not two names of one, have the same bytes. False also if one cannot be
+// read.
 QRV_API bool same_content(std::string const &path, std::string const &other);
 
 } // namespace cat

@@ -1,13 +1,12 @@
 #pragma once
-// Where `new` finds the memory of objects, hash nodes and hashes: in the library's pool, wherever
-// the class that is made was compiled. Memory of more than 256 bytes, or for classes that need more
-// than the default alignment, comes from the global operators; so do arrays. In debug builds
-// everything does, so that the tools that watch the heap see each object. Rules:
-// base/platform/cpool.h.
+// The allocation of objects, hash nodes and hashes: `new` uses the library's pool, also for classes
+// that a program defines. Memory of more than 256 bytes, for arrays, or for classes that need more
+// than the default alignment comes from the global operators. In debug builds all of it does, so
+// that tools that watch the heap see each object. Rules: base/platform/cpool.h.
 //
-// For programs: an object made by the global `new` is not the pool's and must not be left to the
-// library's handles, whose `delete` gives it to the pool. A class that also inherits operators of
-// another base says with a using-declaration which ones it takes.
+// For programs: do not leave an object created by the global `new` to the library's handles, whose
+// `delete` returns it to the pool. A class that also inherits the operators of another base needs a
+// using-declaration for those it uses.
 
 #include "qrv/ccomp.h"
 

@@ -1,8 +1,8 @@
 #pragma once
-// The bounds of the running thread's stack, and how much of it is left. Walks that recurse with
-// their data (comparing, copying, reading, writing) ask here before each level and give up softly
-// in time, so that no value, however deep, can end the process. The bounds of a thread are asked
-// once.
+// The bounds of the running thread's stack, and the part that is left. Walks that recurse with
+// their data (comparing, copying, reading, writing) check this before each level and fail in time
+// with an error, so that deeply nested data cannot end the process. The bounds are queried once for
+// each thread.
 
 #include "qrv/ccomp.h"
 
@@ -10,8 +10,9 @@
 
 namespace cat {
 
-// Below this many bytes a walk goes no deeper: what a level still calls (foreign methods, error
-// texts, message slots) must fit in. Half of the stack, for a thread with a stack below 1 MiB.
+// Below this many bytes a walk descends no further: everything that a level still calls (user
+// methods, error texts, message slots) must fit in. Half of the stack, for a thread with a stack
+// below 1 MiB.
 constexpr std::size_t stack_reserve = 512 * 1024;
 
 // Bytes between the caller's frame and the end of its thread's stack.
@@ -19,8 +20,8 @@ QRV_API std::size_t stack_left() noexcept;
 
 QRV_API bool stack_low() noexcept;
 
-// The end at which the running thread's stack began, above all its frames. Where the system doesn't
-// tell, that of the main thread.
+// The address at which the running thread's stack began, above all its frames; that of the main
+// thread if the system does not report it.
 QRV_API void const *stack_end() noexcept;
 
 } // namespace cat

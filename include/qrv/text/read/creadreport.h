@@ -2,10 +2,11 @@
 // cat::ReadReport collects what goes wrong while text is read: for programs that show errors to
 // people. While one lives, the innermost takes every error of a scan, once, and none is printed or
 // thrown: those of the scanners, those raised on cat::sig_error() meanwhile, and the lines that
-// would be printed. Results and error counts stay as they are.
+// would be printed. Results and error counts stay as they are. What is raised outside of readings
+// takes its usual way; cat::CaughtErrors takes that too.
 
 #include "qrv/ccomp.h"
-#include "qrv/diagnostics/cerrkind.h"
+#include "qrv/diagnostics/ccaughterrors.h"
 #include "qrv/qrvdefs.h"
 
 #include <cstddef>
@@ -17,33 +18,33 @@ class cErrorRuns;
 struct cToken;
 
 namespace cat {
-// The place is that of the first character of the token that the error is about, in the outer
-// file, also inside typed values; for an unclosed bracket, where it was opened.
+// The position is that of the first character of the token that the error is about, in the outer
+// file, also inside typed values; for an unclosed bracket, the position of that bracket.
 struct QRV_API ReadError {
     std::string file;      // empty if the text has no file name
     unsigned line = 0;     // from 1
     unsigned column = 0;   // from 1, in bytes
-    unsigned end_line = 0; // of an unclosed bracket: where its container ended, else 0
+    unsigned end_line = 0; // for an unclosed bracket: where its container ended, else 0
     unsigned end_column = 0;
     std::string path;  // of the value, such as "/a/0"; cut in the middle above 1,000 characters
-    unsigned code = 0; // 0 for what is printed only
-    std::string text;  // without place and path in front
+    unsigned code = 0; // 0 for messages that are only printed
+    std::string text;  // without the position and path before it
 
     ErrorKind kind = ErrorKind::other;
     ErrorNames names;
-    // One mistake in a text often gives several errors: a run. It ends when the reader begins an
+    // One mistake in text often causes several errors: a run. A run ends when the reader begins an
     // entry directly after a delimiter or an opening bracket, or after the closing bracket of the
-    // container in which it began; what is reported of that container as a whole belongs to it.
-    // "Cannot insert key" belongs to the run of the last error of its value. Each reading has runs
-    // of its own. Here: the index in entries() of the first error of the run that the report has
-    // kept, none for that one itself. So where the watch or the limit has dropped the first one,
-    // the next that is kept takes its part.
+    // container in which the run began; errors about that container as a whole belong to the run.
+    // "Cannot insert key" belongs to the run of the last error of its value. Each reading has
+    // separate runs. Here: the index in entries() of the run's first error in the report; `none`
+    // for that first one. So if the watch or the limit has dropped the first error, the next stored
+    // one is the first.
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
     std::size_t follows = none;
 };
 
-// Looks at errors on their way into a report: for programs that can say more than the library, or
-// the same in fewer words. What is called during a reading must not change what is read.
+// Examines errors on their way into a report: for programs that can say more than the library, or
+// the same in fewer words. These functions must not change the data that is being read.
 class QRV_API ReadWatch {
   public:
     ReadWatch() = default;
@@ -51,55 +52,59 @@ class QRV_API ReadWatch {
     ReadWatch &operator=(ReadWatch const &) = delete;
     virtual ~ReadWatch();
 
-    // The attribute set was read, but breaks a rule of its type; the error that says so comes next.
-    // It isn't the object that would have taken the values.
+    // An attribute set was read, but violates a rule of its type; the error about it follows. The
+    // object is not the one to which the values would have been assigned.
     virtual void invalid(cObj &object);
-    // True: the error is kept, as it is then. False: it is neither kept nor counted.
+    // True: the error is stored, with its changes. False: it is neither stored nor counted.
     virtual bool error(ReadError &error);
-    // The tokens of a typed value whose text is cut out of the input, as those of attlist(...) and
-    // intf(...) and of no container: the type's name, the brackets, and all between them without
-    // comments, with their places in the outer text. What is typed inside it is not shown again.
+    // A token of a typed value whose text is extracted from the input, such as attlist(...) and
+    // intf(...), but not a container: the type's name, the brackets, and all tokens between them
+    // except comments, with their positions in the outer text. Typed values inside it are not shown
+    // again.
     virtual void typed_token(cToken const &token);
 };
 
-class QRV_API ReadReport {
+class QRV_API ReadReport : private ErrorTaker {
   public:
-    // Keeps that many entries and counts the rest.
+    // Stores that many entries and counts the rest.
     explicit ReadReport(std::size_t limit = 1000);
     ReadReport(ReadReport const &) = delete;
     ReadReport &operator=(ReadReport const &) = delete;
-    ~ReadReport(); // the one before takes over again
+    ~ReadReport() override; // the one before takes over again
 
     std::vector<ReadError> const &entries() const noexcept { return entries_; }
     std::size_t limit() const noexcept { return limit_; }
-    void limit(std::size_t limit) noexcept { limit_ = limit; } // what is kept stays
+    void limit(std::size_t limit) noexcept { limit_ = limit; } // stored entries stay
     std::size_t dropped() const noexcept { return dropped_; }  // beyond the limit
     std::size_t count() const noexcept { return entries_.size() + dropped_; }
     bool empty() const noexcept { return count() == 0; }
-    void clear(); // the next entry of a run that continues is then its first one
+    void clear(); // the next entry of a continued run is then its first one
 
-    // Asks the watch, then keeps the error or counts it; keep() asks nobody.
-    // An index in `follows` that isn't an earlier entry's becomes none.
+    // add() asks the watch, then stores the error or counts it; keep() does not ask. An index in
+    // `follows` that isn't an earlier entry's becomes `none`.
     void add(ReadError error);
     void keep(ReadError error);
 
-    // Borrowed, must live as long as it is set; null, as at first, is none.
+    // Borrowed, must live while it is set; null, the default, means no watch.
     ReadWatch *watch() const noexcept { return watch_; }
     void watch(ReadWatch *watch) noexcept { watch_ = watch; }
 
-    // The innermost living one, or null.
+    // The innermost living one, or null; null also while a cat::CaughtErrors that began later
+    // lives, which takes the errors instead.
     static ReadReport *current() noexcept;
+    static bool any() noexcept; // does one live?
 
   private:
     friend class ::cErrorRuns;
     void add(ReadError error, std::uint64_t run);
+    Answer take(cErr const &error, Route route) override;
 
     std::vector<ReadError> entries_;
     std::size_t limit_;
     std::size_t dropped_ = 0;
     ReadReport *before_;
     ReadWatch *watch_ = nullptr;
-    std::uint64_t run_ = 0;     // of the last entry of a reading; 0: none
+    std::uint64_t run_ = 0;     // of the last entry of a reading; 0: no run
     std::size_t run_first_ = 0; // the index of its first entry
 };
 } // namespace cat

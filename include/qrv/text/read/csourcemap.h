@@ -1,18 +1,17 @@
 #pragma once
-// cat::SourceMap records where the entries of a text are written, for programs that change a text
-// in place instead of writing all of it anew. While one lives, the innermost records the first
-// outermost reading that begins. Later readings, for instance of values that a program is given,
-// leave it unchanged. Results, errors and the moments at which user code runs stay the same.
+// cat::SourceMap records the positions of entries in text, for programs that change text in place
+// instead of writing all of it again. The innermost existing map records the first outermost
+// reading that begins. Later readings, for example of values that a program receives, leave it
+// unchanged. Results, errors and the moments at which user code runs do not change.
 //
-// An entry is found by the anid() of its node, or by its value: in a vector, removing and inserting
-// moves values from node to node. Most nodes have one entry in the text; a node whose key is
-// repeated has several. The map keeps the memory of the nodes (cAttrNode::hold), so that
-// neither the memory nor the anid is used again, but not their values. An entry whose node has been
-// removed has no anid any more, and one that was refused by an error never has one; their bytes are
-// known all the same.
+// Find an entry by the anid() of its node, or by its value: in a vector, removing and inserting
+// moves values between nodes. Most nodes have one entry in the text; a node with a repeated key has
+// several. The map holds the memory of the nodes (cAttrNode::hold), so that neither the memory nor
+// the anid is reused, but not their values. If its node was removed, an entry has no anid any more;
+// an entry that an error rejected never has one. Their byte spans are known all the same.
 //
-// The map also follows the library's own types between the brackets of typed values. What a
-// program's type reads by itself are plain bytes of the value.
+// The map also records the values of the library's own types between the brackets of typed values.
+// Text that a program's type reads itself is only a part of its value.
 
 #include "qrv/ccomp.h"
 #include "qrv/qrvdefs.h"
@@ -26,9 +25,9 @@
 namespace cat {
 class cSourceRecorder;
 
-// Bytes of the text, counted with those of line ends. The first byte has the position of the
-// stream when its first scanner is created: a byte order mark that the program has read before
-// counts, one that it has cut off does not.
+// Bytes of the text, including those of line ends. The first byte has the position of the stream
+// when its first scanner is created: a byte order mark that the program has read before counts, one
+// that it has removed does not.
 struct Span {
     std::uint32_t begin = 0;
     std::uint32_t end = 0; // after the last byte
@@ -37,19 +36,19 @@ struct Span {
     friend bool operator==(Span, Span) = default;
 };
 
-// One entry, or another value, as it is written once. Spans of absent parts are empty.
+// One entry, or another value, as it is written once. Spans of missing parts are empty.
 struct SourceEntry {
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
     std::size_t number = none; // in file order: a container comes before its entries
-    std::size_t parent = none; // the number of the entry around it; none for the outermost value
-    std::uint32_t anid = 0;    // 0 if no living node belongs to it
+    std::size_t parent = none; // the number of the enclosing entry; none for the outermost value
+    std::uint32_t anid = 0;    // 0 if no existing node belongs to it
     std::uint32_t obid = 0;    // of the value that the node had at the end of the reading, or 0
     bool removed = false;      // its node was removed after the reading
     bool reference = false;    // the value is #cRef(...) and is written elsewhere
     Span key;                  // empty in vectors and sets
     Span separator;            // =
-    Span value;                // with the name of its type and its brackets
+    Span value;                // including the name of its type and its brackets
     Span type;                 // the name of the type before the brackets
     Span open;                 // the opening bracket, also of typed values
     Span close;                // the closing bracket; empty if the text ends before it
@@ -63,18 +62,18 @@ struct SourceEntry {
 };
 
 struct SourceComment {
-    // above: on the lines directly above the entry, or in front of it on its line
+    // above: on the lines directly above the entry, or before it on its line
     // after: on the line on which the entry ends, after it
-    // inside: elsewhere in the entry, and in no entry inside it
-    // outside: before or after the outermost value, and not directly above it or on its line
+    // inside: elsewhere in the entry, but not in an entry inside it
+    // outside: before or after the outermost value, but not directly above it or on its line
     enum Where : unsigned char { above, after, inside, outside };
 
     Span span;
     std::size_t entry = SourceEntry::none; // the number of the entry that it belongs to
     Where where = outside;
-    bool own_line = false;  // only blanks are before it on its line
+    bool own_line = false;  // only blanks precede it on its line
     bool kept = false;      // the writer would write it
-    std::uint32_t obid = 0; // of the value that took it as its comment, or 0
+    std::uint32_t obid = 0; // of the value whose comment it became, or 0
 };
 
 class QRV_API SourceMap {
@@ -82,52 +81,56 @@ class QRV_API SourceMap {
     SourceMap();
     SourceMap(SourceMap const &) = delete;
     SourceMap &operator=(SourceMap const &) = delete;
-    ~SourceMap(); // the one before takes over again
+    ~SourceMap(); // as stop()
+
+    // Ends the recording: the map before takes over again. What is recorded stays, and the map may
+    // then live as long as its owner likes, whatever other maps begin and end meanwhile.
+    void stop() noexcept;
 
     // False if the text has 4 GiB or more: then nothing is recorded.
     bool complete() const noexcept;
 
-    // All entries by number. The first is the outermost value: the map, also of a list of entries
+    // All entries by number. The first is the outermost value: the map, also for a list of entries
     // without brackets. Empty if nothing was read.
     std::size_t size() const noexcept;
     SourceEntry entry(std::size_t number) const;
 
-    // All that belong to a node, in file order. The last one gave the node its value, except in
-    // sets, where values that are equal to an earlier one change nothing, and where the value is
-    // shared and was changed under another key: then the last one of written() did.
+    // All entries of a node, in file order. The last one gave the node its value, with two
+    // exceptions: in sets a value that equals an earlier one changes nothing; and a shared value
+    // may have been changed under another key, by the last entry of written().
     //   O(log n), once O(n log n)
     std::vector<SourceEntry> spans(std::uint32_t anid) const;
-    // The same for a path as cObj::getattrp takes it, in a tree that was read; for an empty path
-    // the outermost value. A path through a reference leads to the entry inside the value that is
-    // referred to; a path to a reference leads to the reference. Empty for a wrong path.
+    // The same for a path as in cObj::getattrp, in a tree that was read; for an empty path the
+    // outermost value. A path through a reference leads to the entry inside the referenced value; a
+    // path to a reference leads to the reference. Empty for a wrong path.
     std::vector<SourceEntry> spans(cObj const &root, std::string const &path) const;
     // All entries of the nodes that had this value at the end of the reading, without references:
-    // of a container all that give it entries. Empty for constants and for values that are new.
-    //   O(n)
+    // for a container all that contribute entries. Empty for constants and for new values.   O(n)
     std::vector<SourceEntry> written(cObj const &value) const;
     // The entries directly inside an entry, in file order. A whole value between the brackets of a
-    // typed one, such as choice({...}), is one without key and anid.   O(entries, log n each)
+    // typed one, such as choice({...}), is an entry without key and anid.   O(entries, log n each)
     std::vector<SourceEntry> inside(std::size_t number) const;
 
-    // The innermost entry that has this offset between its first byte and its last; none outside.
-    //   O(log n + depth)
+    // The innermost entry whose bytes, first to last, include this offset; none outside.   O(log n
+    // + depth)
     std::size_t at(std::uint32_t offset) const;
-    // Its path such as /a/0, and the name of the type of its value as it is now. For an entry
-    // without a node the entry around it counts. Empty outside.
+    // The path of the entry at an offset, such as /a/0, and the name of the current type of its
+    // value. For an entry without a node they refer to the enclosing entry. Empty outside.
     std::string path_at(std::uint32_t offset) const;
     std::string type_at(std::uint32_t offset) const;
 
-    // All comments in file order, with those that the scanner reads after the outermost value while
-    // the map lives; and the comments above and after one entry.   O(comments)
+    // All comments in file order, including those that the scanner reads after the outermost value
+    // while the map exists; and the comments above and after one entry.   O(comments)
     std::vector<SourceComment> const &comments() const;
     std::vector<SourceComment> comments(std::size_t number) const;
 
-    // Where the outermost value ended.
+    // The end of the outermost value.
     std::uint32_t end() const noexcept;
 
   private:
     friend class cSourceRecorder;
-    std::shared_ptr<cSourceRecorder> recorder_; // the reading it records shares it
+    std::shared_ptr<cSourceRecorder> recorder_; // shared with the reading that it records
     cSourceRecorder *before_;
+    bool recording_ = true;
 };
 } // namespace cat

@@ -1,9 +1,9 @@
 #pragma once
 // Tokens of the attribute text format. Three layers: attrFlexLexer finds the longest match in a
-// stream's characters, cAttrLexer turns matches into tokens and keeps the counters, cAttrScanner is
-// the handle that readers work with. All scanners on one stream share one cAttrLexer, so that a
-// nested reader opens its own scanner on the stream and no token of look-ahead is lost.
-// The list of lexers is process-wide.
+// stream's characters, cAttrLexer turns matches into tokens and updates the counters, cAttrScanner
+// is the handle that readers use. All scanners on one stream share one cAttrLexer, so that a nested
+// reader can open its own scanner on the stream without losing a token of look-ahead. The list of
+// lexers is process-wide.
 
 #include <cstddef>
 #include <iosfwd>
@@ -13,16 +13,16 @@
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
-#include "qrv/diagnostics/cerr.h"
+#include "qrv/diagnostics/ccaughterrors.h"
 #include "qrv/qrvdefs.h"
 
-// Every token code with its number, once. Codes 1 to 255 are single characters; a byte from 128 on
-// comes as a negative code. 256, 268 and 269 stand for nothing; callers rely on the numbers.
+// All token codes with their numbers. Codes 1 to 255 are single characters; a byte from 128 on has
+// a negative code. 256, 268 and 269 are unused; callers rely on the numbers.
 #define QRV_TOKENS(X)                                                                              \
     X(tkEof, 0)         /* end of input, the text is empty                              */         \
     X(tkInt, 257)       /* integer, decimal or hexadecimal                              */         \
-    X(tkUnsigned, 258)  /* integer with u or U behind it                                */         \
-    X(tkFloat, 259)     /* floating-point number with f or F behind it                  */         \
+    X(tkUnsigned, 258)  /* integer with the suffix u or U                               */         \
+    X(tkFloat, 259)     /* floating-point number with the suffix f or F                 */         \
     X(tkDouble, 260)    /* floating-point number                                        */         \
     X(tkBool, 261)      /* the word true or false                                       */         \
     X(tkString, 262)    /* string in double or single quotes                            */         \
@@ -30,7 +30,7 @@
     X(tkIdent, 264)     /* identifier                                                   */         \
     X(tkComment, 265)   /* comment with the white space before it, see return_com       */         \
     X(tkSpace, 266)     /* white space, see return_ws                                   */         \
-    X(tkBadIdent, 267)  /* digits that run straight into letters                        */         \
+    X(tkBadIdent, 267)  /* digits directly followed by letters                          */         \
     X(tkAddAssign, 270) /* +=                                                           */         \
     X(tkShiftLeft, 271) /* <<                                                           */         \
     X(tkAndAssign, 272) /* &=                                                           */
@@ -44,8 +44,8 @@ namespace cat {
 QRV_API char const *token_name(int code);
 } // namespace cat
 
-// One token as the scanner sees it. Its text is a view, which stays valid until the second next
-// token is read from any scanner on the stream.
+// One token of the scanner. Its text is a view that is valid until the token after the next is read
+// from any scanner on the stream.
 struct cToken {
     std::string_view text;     // exactly as in the input, quotes and sign included
     int code = 0;              // an attr_token or a single character
@@ -67,30 +67,29 @@ struct QRV_API cAttrLiteral {
     ~cAttrLiteral();
 
     int code = 0;          // an attr_token or a single character
-    std::string text;      // exactly as it stands in the input, quotes and sign included
+    std::string text;      // exactly as in the input, quotes and sign included
     unsigned line = 1;     // of the first character, from 1
     unsigned column = 0;   // of the first character, from 0
     unsigned position = 0; // the position counter at the first character
-    // Where the token stands in the text that a person sees: the same as line and column, unless
-    // the input is a stretch cut out of another text and outer_places() was told where that came
-    // from.
+    // The token's position in the text that a person sees: equal to line and column, unless the
+    // input is a part of another text and outer_places() has set its origin.
     unsigned outer_line = 1;
     unsigned outer_column = 0;
 };
 
-// Says that the bytes of an input from `offset` on (newlines counted) come from this place of an
-// outer text, up to the next newline or the next such record.
+// The bytes of an input from `offset` on (newlines counted) come from this position of an outer
+// text, up to the next newline or the next such record.
 struct cAttrPlace {
     std::size_t offset;
     unsigned line;   // from 1
     unsigned column; // from 0
 };
 
-// Keeps a variable's value and puts it back at the end of a scope. Borrows the variable.
+// Saves a variable's value and restores it at the end of a scope. Borrows the variable.
 template <class T> class cSetTmp {
   public:
     cSetTmp() = default;
-    // Keeps the value of `target` and gives it a new one.
+    // Saves the value of `target` and assigns a new one.
     cSetTmp(T &target, T value) {
         take(target);
         target = value;
@@ -98,7 +97,7 @@ template <class T> class cSetTmp {
     cSetTmp(cSetTmp const &) = delete;
     cSetTmp &operator=(cSetTmp const &) = delete;
     ~cSetTmp() { restore(); }
-    // Keeps the present value of `target`. What was kept before is put back first.
+    // Saves the current value of `target`. First restores the variable that was saved before.
     void take(T &target) {
         restore();
         target_ = &target;
@@ -115,34 +114,34 @@ template <class T> class cSetTmp {
 
 struct cEnclosedText; // see text/scan/cenclosed_text.h
 
-// One input with the characters that were taken from it and not used yet.
+// One input with the characters that were read from it and not used yet.
 struct yy_buffer_state;
 
-// What every matching engine offers.
+// The interface of a matching engine.
 class QRV_API FlexLexer {
   public:
     FlexLexer() = default;
     FlexLexer(FlexLexer const &) = delete;
     FlexLexer &operator=(FlexLexer const &) = delete;
     virtual ~FlexLexer();
-    // Works on `buffer` from now on and adopts it; null leaves no input. A buffer of the caller
-    // that was worked on before belongs to the caller again; one that the engine made is deleted.
+    // Switches to `buffer` and adopts it; null means no input. A previous buffer of the caller
+    // belongs to the caller again; one that the engine created is deleted.
     virtual void yy_switch_to_buffer(yy_buffer_state *buffer) = 0;
-    // A new buffer on a borrowed stream; `size` is the room made at once. The caller owns it until
-    // an engine works on it.
+    // A new buffer on a borrowed stream; `size` is its initial capacity. The caller owns it until
+    // an engine switches to it.
     virtual yy_buffer_state *yy_create_buffer(std::istream *in, int size) = 0;
-    // Deletes a buffer. After the one worked on was deleted there is no input.
+    // Deletes a buffer. If it was the current one, there is no input afterwards.
     virtual void yy_delete_buffer(yy_buffer_state *buffer) = 0;
-    // Drops the look-ahead and goes on with `in`.
+    // Drops the look-ahead and continues with `in`.
     virtual void yyrestart(std::istream *in) = 0;
     virtual int yylex() = 0;
-    // Deletes the buffer worked on and continues with a new one on `in`, and writes to `out`. Null
-    // leaves the one as it is.
+    // Deletes the current buffer and continues with a new one on `in`, and writes to `out`. Null
+    // leaves the input or output unchanged.
     virtual void switch_streams(std::istream *in, std::ostream *out) = 0;
 };
 
-// The matching engine: longest match, and between equally long ones the lower rule number.
-// Takes no character from the stream beyond what the longest match needs to be told.
+// The matching engine: longest match, and among equally long ones the lower rule number. Reads no
+// more characters from the stream than it needs to determine the longest match.
 class QRV_API attrFlexLexer : public FlexLexer {
   public:
     explicit attrFlexLexer(std::istream *in = nullptr, std::ostream *out = nullptr);
@@ -153,10 +152,10 @@ class QRV_API attrFlexLexer : public FlexLexer {
     yy_buffer_state *yy_create_buffer(std::istream *in, int size) override;
     void yy_delete_buffer(yy_buffer_state *buffer) override;
     void yyrestart(std::istream *in) override;
-    int yylex() override; // ends the process: the engine alone makes no tokens
+    int yylex() override; // ends the process: the engine alone creates no tokens
     void switch_streams(std::istream *in, std::ostream *out) override;
 
-    // The rules, by the numbers that decide between equally long matches.
+    // The rules; among equally long matches the lower number wins.
     enum rule : int {
         r_true = 1,
         r_false,
@@ -173,25 +172,26 @@ class QRV_API attrFlexLexer : public FlexLexer {
         r_shift_left,
         r_and_assign,
         r_line_comment,
-        r_block_comment, // its opening; the rest is read by yylex piece by piece
+        r_block_comment, // its opening; yylex reads the rest in pieces
         r_space = 19,
         r_char,
         r_end
     };
 
   protected:
-    // Reads up to `room` characters, in truth one. 0 at the end, below 0 on a broken stream.
+    // Reads up to `room` characters, at present one. 0 at the end, below 0 on a broken stream.
     virtual int LexerInput(char *to, int room);
     virtual void LexerOutput(char const *text, int size);
-    // Writes the text as a line to the standard error stream and ends the process with status 2.
+    // Writes the string as a line to the standard error stream and ends the process with status 2.
     virtual void LexerError(char const *text);
 
-    std::istream *input() const; // null if there is none
-    // Finds the longest match from the current place. Its text is matched(), until consume().
+    std::istream *input() const; // null if there is no input
+    // Finds the longest match from the current position. matched() is its text, until consume().
     rule match();
     std::string_view matched() const;
-    void consume(); // goes after the match
-    // Inside a block comment: matches up to and with its end. False if the input ends before that.
+    void consume(); // moves past the match
+    // Inside a block comment: matches up to and including its end. False if the input ends before
+    // that.
     bool match_comment();
     void drop_lookahead();
 
@@ -201,12 +201,12 @@ class QRV_API attrFlexLexer : public FlexLexer {
   private:
     friend class cStreamChars;
     yy_buffer_state *buffer_; // owned
-    bool made_ = true;        // by the engine; false after a switch to one of the caller
+    bool made_ = true;        // by the engine; false after a switch to one of the caller's
     std::ostream *out_;       // borrowed, null means the standard output stream
     std::size_t size_ = 0;    // length of the match
 };
 
-// Tokens with their places, shared by all scanners on one stream.
+// Tokens with their positions, shared by all scanners on one stream.
 class QRV_API cAttrLexer : public attrFlexLexer {
   public:
     explicit cAttrLexer(std::istream &in); // borrows the stream, which must outlive it
@@ -216,7 +216,7 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     // The next token's code, from the stream.
     int yylex() override;
 
-    // The living lexer on this stream, or null.
+    // The existing lexer on this stream, or null.
     static cAttrLexer *find(std::istream const &in);
     static unsigned living();
 
@@ -251,31 +251,32 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     void dump() const;
 
     cToken token_; // the current one
-    // The running counters: what the offset is less than them.
+    // The running counters: the differences between the offset and each counter.
     unsigned line_ = 1;
     unsigned line_start_ = 0;       // of the column
     unsigned uncounted_ = 0;        // of the position
     std::size_t before_places_ = 0; // of the offset in outer places
     bool return_ws_ = false;
     bool return_com_ = false;
-    bool watch_com_ = false; // comments come as tokens all the same
-    bool special_ = true;    // the next token is not simply scanned, or is one of those watched
+    bool watch_com_ = false; // comments are returned as tokens all the same
+    bool special_ = true;    // the next token needs a special case, or is watched
     bool watched_ = false;   // tokens need more than their fields: one of the next two, or places_
-    bool literal_known_ = false; // someone may keep literal_ and look at it again
+    bool literal_known_ = false; // the caller may hold a reference to literal_
     bool dump_ = false;
     bool literal_filled_ = false;
-    bool plain_ = false;               // made by a scanner, and so of no derived class
-    bool again_ = false;               // the current token comes again
-    cAttrLiteral literal_;             // the current token with a string, once that was asked for
-    std::vector<cAttrLiteral> pushed_; // a stack, below the token that comes again
-    // The texts of the last two tokens, where views of the input don't last: short ones and others.
+    bool plain_ = false;               // created by a scanner, and so not of a derived class
+    bool again_ = false;               // the current token is returned again
+    cAttrLiteral literal_;             // the current token as a string, once requested
+    std::vector<cAttrLiteral> pushed_; // a stack, below the token that is returned again
+    // The texts of the last two tokens, if views of the input would not stay valid: short ones and
+    // others.
     static constexpr std::size_t short_text = 32;
     char short_texts_[2][short_text];
     std::string texts_[2];
     unsigned last_text_ = 0;
     int users_ = 0;
     unsigned errors_ = 0;
-    cSignal1<cErr &> sig_error_;
+    cErrorSignal sig_error_;
     std::string filename_;
     std::vector<cAttrPlace> places_;
     cAttrLexer *next_ = nullptr; // in the list of all lexers
@@ -285,7 +286,7 @@ class QRV_API cAttrLexer : public attrFlexLexer {
 // A counted share in the lexer of one stream. Streams must outlive their scanners.
 class QRV_API cAttrScanner {
   public:
-    // Shares the lexer that works on this stream, or makes one. Changes nothing in the stream.
+    // Shares the existing lexer on this stream, or creates one. Changes nothing in the stream.
     explicit cAttrScanner(std::istream &in);
     // The same; null means the standard input.
     explicit cAttrScanner(std::istream *in);
@@ -293,37 +294,39 @@ class QRV_API cAttrScanner {
     cAttrScanner &operator=(cAttrScanner const &) = delete;
     ~cAttrScanner();
 
-    // Pushed back tokens come again, the last one first. They don't move the running counters.
+    // Pushed back tokens are returned again, the last one first. They don't change the running
+    // counters.
     void ungettoken() const;
     void ungettoken(cAttrLiteral const &token) const;
-    // The current token; changes with the next one read from any scanner on the stream.
+    // The current token; changes when the next one is read from any scanner on the stream.
     cAttrLiteral const &token() const;
-    // The same as a view. Costs nothing, where token() copies the text, of later tokens too.
+    // The same as a view. Costs nothing, whereas token() copies the text, also of all later tokens.
     cToken const &current() const { return lexer_->token_; }
 
-    // Going back: forgets tokens pushed back and look-ahead, clears the stream's state and seeks. A
-    // stream that can't seek stays where it is, in a good state. Since the position counts no
-    // newlines, the place is right only if none was passed since the start of the stream.
+    // Going back: drops pushed back tokens and look-ahead, clears the stream's state and seeks. A
+    // stream that can't seek keeps its position, in a good state. Since the position counter omits
+    // newlines, the result is correct only if no newline was read since the start of the stream.
     void resettoken() const;
     void resettoken(cAttrLiteral const &token) const;
     void reset(unsigned position, unsigned line, unsigned column) const;
-    void flush() const; // to the running counters themselves
+    void flush() const; // back to the running counters
 
-    // Whether white space and comments come as tokens. `keep` puts the former value back when it
-    // dies; it must die before this scanner.
+    // Whether white space and comments are returned as tokens. `keep` restores the former value in
+    // its destructor; it must be destroyed before this scanner.
     bool return_ws() const;
     bool return_com() const { return lexer_->return_com_; }
     void return_ws(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_com(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_all(bool on) const;
-    // From now on comments come as tokens also while return_com is off, to those who pass over
-    // them.
+    // From now on comments are returned as tokens also while return_com is off, to callers that
+    // skip them.
     void watch_comments() const;
-    // Writes every token read from now on as a line to the standard error stream. The old value.
+    // If `on`, writes every token that is read as a line to the standard error stream. Returns the
+    // old value.
     bool setdump(bool on) const;
     bool is_dumping() const;
 
-    // The running counters: the place after the last token read.
+    // The running counters: the position after the last token read.
     unsigned position() const;
     unsigned lineno() const;
     unsigned column() const;
@@ -340,23 +343,23 @@ class QRV_API cAttrScanner {
     cSignal1<cErr &> &sig_error() const;
     std::istream &is() const;
 
-    // For an input cut out of another text: where its bytes come from, by growing offset. Tokens
-    // read from then on carry it as their outer place.
+    // For an input that is a part of another text: the origin of its bytes, by ascending offset.
+    // Tokens read from then on have it as their outer position.
     void outer_places(std::vector<cAttrPlace> places) const;
-    // True if this scanner alone uses the only lexer there is: no other reading is under way.
+    // True if only this scanner uses the only existing lexer: no other reading is in progress.
     bool alone() const;
 
   protected:
-    // The next token's code; 0 at the end of input, again and again. The token stays in the lexer.
+    // The next token's code; 0 at the end of input, repeatedly. The token stays in the lexer.
     int gettoken() const;
     int gettoken(cAttrLiteral &token) const;                    // and a copy of it
     cToken const &next_token() const { return lexer_->next(); } // and the current token itself
-    // Reads up to the bracket that closes, after one that was read; its code. 0 if the input ends
-    // first, or a token of a code below 0 comes.
+    // Reads up to the closing bracket, after the opening one was read; returns its code. Returns 0
+    // if the input ends first, or at a token with a code below 0.
     int read_enclosed(int open, int close, cEnclosedText &to) const;
 
   private:
-    // Where the next token is looked for, if the input is a text in memory; else null.
+    // Where the next token is searched, if the input is text in memory; else null.
     char const *memory_place() const;
     cAttrLexer *lexer_;
 };

@@ -1,20 +1,20 @@
 #pragma once
-// How far the writer indents. The settings are process-wide.
+// The indent of the writer. The settings are process-wide.
 
 #include "qrv/qrvdefs.h"
 
 namespace cat {
 
-// Columns for each level below the outermost, and columns of the outermost one.
+// Columns for each nested level, and for the outermost level.
 extern QRV_API int write_indent;  // 4
 extern QRV_API int write_indent0; // 2
 
-// More columns for the current level as long as it lives.
+// Adds columns to the current level during its lifetime.
 class QRV_API DoWriteIndent {
   public:
     explicit DoWriteIndent(int columns = 4);
-    DoWriteIndent(DoWriteIndent const &) = delete; // would take the columns back twice
-    // Takes over the number only: the destructor then takes back that many.
+    DoWriteIndent(DoWriteIndent const &) = delete; // would subtract the columns twice
+    // Copies only the number: the destructor then subtracts that many columns.
     DoWriteIndent &operator=(DoWriteIndent const &other) noexcept;
     ~DoWriteIndent();
 
