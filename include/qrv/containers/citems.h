@@ -7,8 +7,8 @@
 // Range, iterators and items own what they need: a loop over a temporary is fine, and so are
 // iterators that outlive the range. The loop may change the container: entries that are left are
 // walked once, and those that are added after the current one, too. An entry that is removed has a
-// null key and the value cat::bad() from then on; a step from it leads to the entry that followed it
-// when it was removed.
+// null key and the value cat::bad() from then on; a step from it leads to the entry that followed
+// it when it was removed.
 //
 // Iterating allocates nothing. It begins anew with each begin(), at the first entry.
 
