@@ -49,7 +49,8 @@ TEST_F(Builtin, an_object_that_claims_another_type_is_not) {
 
 TEST_F(Builtin, a_method_that_the_type_lacks_is_not_the_librarys) {
     EXPECT_FALSE(is_builtin(cat::type_bool(), method_bits(mid_less)));
-    EXPECT_TRUE(is_builtin(cat::type_int(), method_bits(mid_less, mid_equal)));
+    // Not int, which is not wholly the library's after a test has replaced its methods.
+    EXPECT_TRUE(is_builtin(cat::type_double(), method_bits(mid_less, mid_equal)));
 }
 
 TEST_F(Builtin, an_executable_among_the_own_members_is_not_the_librarys) {

@@ -74,7 +74,7 @@ TEST_F(SetIndex, agrees_with_the_walk_whatever_happens) {
             old->add(fresh);
             break;
         case 5:
-            old->convert(fresh);
+            if (old != cat::btrue()) old->convert(fresh); // it would change the constant
             break;
         case 6:
             if (random() % 4 == 0 && old->object_class() == cObjClass::integer)
@@ -93,7 +93,7 @@ TEST_F(SetIndex, agrees_with_the_walk_whatever_happens) {
             break;
         case 10:
             if (objref const twin = old->newref(); cObj::is_good(twin) && random() % 4 == 0)
-                twin->assign(fresh);
+                if (old != cat::btrue()) twin->assign(fresh);
             break;
         case 11:
             set->datamap().insert(cat::of(place), fresh, set->datamap().first());

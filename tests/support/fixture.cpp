@@ -59,6 +59,9 @@ void QrvTest::check_idle() {
                               << state.path() << "'";
     reset_text_state();
     EXPECT_EQ(cat::broken_registry_rule(), "");
+    EXPECT_TRUE(static_cast<cObjD<bool> &>(*cat::btrue()).val()) << "the test changed the constant";
+    EXPECT_FALSE(static_cast<cObjD<bool> &>(*cat::bfalse()).val())
+        << "the test changed the constant";
 }
 
 void QrvTest::put_back() {

@@ -1,19 +1,12 @@
 #pragma once
-// Whether the tests run under AddressSanitizer, which makes a program several times slower. Tests
-// of very many similar cases use fewer of them there: the other builds run them all.
+// Whether the program runs under AddressSanitizer, which makes it several times slower. Tests of very
+// many similar cases use fewer of them there: the other builds run them all. It is found out when the
+// program runs, since a test may be linked with a sanitized library and not be sanitized itself.
+
+extern "C" void __asan_init() __attribute__((weak));
 
 namespace test {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool sanitized = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool sanitized = true;
-#else
-constexpr bool sanitized = false;
-#endif
-#else
-constexpr bool sanitized = false;
-#endif
+inline bool const sanitized = &__asan_init != nullptr;
 
 } // namespace test

@@ -59,7 +59,7 @@ class ToolInPlaceLock : public tool_test::Tool {
     }
 };
 
-constexpr int rounds = test::sanitized ? 40 : 200;
+int const rounds = test::sanitized ? 40 : 200;
 
 TEST_F(ToolInPlaceLock, two_processes_lose_no_update) {
     write("f", "{n=0}");
