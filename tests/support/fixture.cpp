@@ -6,6 +6,7 @@
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ceros.h"
+#include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ctrace.h"
 #include "qrv/text/read/cattrscan.h"
