@@ -287,9 +287,9 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     [[nodiscard]] objref getitem(char const *key) const;
     objref getitem(cNumber auto) const = delete;
 
-    // Changes. All RUN USER CODE. Values are shared, keys cloned.
-    // Overwrites only, through cAttrNode::operator=. False for an absent or nil key, a null, bad or
-    // badfind value, and when a cErr was thrown.
+    // Changes. Each RUNS USER CODE. Values are shared, keys cloned. Overwrites only, through
+    // cAttrNode::operator=. False for an absent or nil key, a null, bad or badfind value, and when
+    // a cErr was thrown.
     bool setitem(objref const &key, objref const &value);
     bool setitem(std::string const &key, objref value);
     bool setitem(char const *key, objref value);

@@ -4,7 +4,7 @@
 //
 // Nearly no behaviour is virtual. A generic operation first looks for an executable among the
 // object's own members (only if the object has of_exe_member), and else makes one indexed call
-// through the method table of the type. So marked operations RUN USER CODE.
+// through the method table of the type. So marked operations RUNS USER CODE.
 //
 // Failures are composed on eros(), sent through cat::sig_error() and returned: a good objref is
 // neither null nor cat::bad() nor cat::badfind(). Exceptions come only from the handlers of that
@@ -155,7 +155,7 @@ class QRV_API cObj : public cObjBase {
     bool is_container() const noexcept { return typeflags_of(tf_container) != 0; }
     bool is_type() const noexcept { return flags_of(of_type) != 0; }
 
-    // --- operators: one named operation each, whose result is dropped. RUN USER CODE
+    // --- operators: one named operation each, whose result is dropped. RUNS USER CODE
 
     // A subclass that declares none of its own inherits assignment as assign() followed by
     // memberwise copying; declare it to be sure.
@@ -184,7 +184,7 @@ class QRV_API cObj : public cObjBase {
     cAttr operator[](double) = delete;
     cAttr operator[](bool) = delete;
 
-    // --- generic operations: the method of the type; all RUN USER CODE
+    // --- generic operations: the method of the type; all RUNS USER CODE
 
     // assign, add, setattr, getattr, write and iterobj look for an own method first. Arguments are
     // held for the length of the call. The rest is up to the type's method.
@@ -213,7 +213,7 @@ class QRV_API cObj : public cObjBase {
     bool less(cObj const &other) const;
     [[nodiscard]] objref iterobj(); // an iterator, adopted; bad where the type has none
 
-    // --- the object inside a larger text. RUN USER CODE
+    // --- the object inside a larger text. RUNS USER CODE
 
     // "#name" of a constant, or name(...) around write(), without name for types with tf_bare.
     // False if write() failed; if cat::ExactText refused; and, with the stream's failbit set, where
@@ -224,7 +224,7 @@ class QRV_API cObj : public cObjBase {
     // false. Linear in the constants.
     bool write_constname(std::ostream &os) const;
 
-    // --- conversion and copying. RUN USER CODE
+    // --- conversion and copying. RUNS USER CODE
 
     // Takes the value of source by the type's converter. False, without an error, if source is null
     // or without a type, if there is no converter, or if it failed.
@@ -233,7 +233,7 @@ class QRV_API cObj : public cObjBase {
     // on failure. Exceptions become bad, or continue with rethrow. Own members are not copied.
     [[nodiscard]] objref clone(bool rethrow = false) const;
 
-    // --- calls by name: own members, type members, global members. RUN USER CODE
+    // --- calls by name: own members, type members, global members. RUNS USER CODE
 
     // What a function returns; for a procedure nil if it succeeded, else bad. Bad for a null `obj`
     // and, after the error, where there is no such executable. A wrong number of arguments that a
@@ -245,7 +245,7 @@ class QRV_API cObj : public cObjBase {
     static objref call(cObj *obj, std::string const &name, objref const &a);
     static objref call(cObj *obj, std::string const &name, objref const &a, objref const &b);
 
-    // --- items. RUN USER CODE
+    // --- items. RUNS USER CODE
 
     bool append(objref const &item); // calls "append"; false for a null or bad item
     // Appends the pieces between the delimiters as strings, empty ones too; none after a last
@@ -275,7 +275,7 @@ class QRV_API cObj : public cObjBase {
     bool has_ommap() const noexcept { return ommap_.get() != nullptr; }
     cAttrHash *ommap_ptr() const noexcept { return ommap_.get(); } // borrowed; null without members
     hashref const &ommap_ref() const noexcept { return ommap_; }   // the same, to be shared
-    // Replace the whole map, and fire the `changed` of the new one. RUN USER CODE: what the old
+    // Replace the whole map, and fire the `changed` of the new one. RUNS USER CODE: what the old
     // map held is released. Executables in the new map are own methods only if set_omember has
     // stored one before (of_exe_member).
     void ommap(hashref const &hash); // shares, null removes; becomes its father if it has none
@@ -291,7 +291,7 @@ class QRV_API cObj : public cObjBase {
     [[nodiscard]] objref omember(std::string const &key) const;
     // The member, if it is of exactly that type; else a new object of the type, or the example
     // itself (shared), stored over it. Bad or badfind for "niltype", for a bad example, and where
-    // storing failed. RUN USER CODE
+    // storing failed. RUNS USER CODE
     objref force_omember(objref const &key, cTypeObj const &type);
     objref force_omember(std::string const &key, cTypeObj const &type);
     objref force_omember(objref const &key, objref const &example);
@@ -308,8 +308,8 @@ class QRV_API cObj : public cObjBase {
     objref &gmember_(objref const &key);
     objref &gmember_(std::string const &key);
 
-    // The own member "//". RUN USER CODE
-    // False, with the text as it was, if the member is void or doesn't convert to a string.
+    // The own member "//". RUNS USER CODE False, with the text as it was, if the member is void or
+    // doesn't convert to a string.
     bool get_comment(std::string &text) const;
     bool set_comment(std::string const &text, bool replace); // false if there is one already
 
@@ -317,7 +317,7 @@ class QRV_API cObj : public cObjBase {
     // `exe`, borrowed, is then the entry, or null when the entry isn't an executable.
     bool own_method(method_id id, cExeObj *&exe) const;
 
-    // --- cursors, slices, copying. RUN USER CODE
+    // --- cursors, slices, copying. RUNS USER CODE
 
     cIterObj begin(); // over iterobj(); an invalid cursor if the type has no iterator
     cIterObj end();   // the position after the last; asks for the iterator anew
@@ -342,7 +342,7 @@ class QRV_API cObj : public cObjBase {
     // disconnected at each such call. RUNS USER CODE
     cSignal &force_changed_signal();
 
-    // --- paths and reading. RUN USER CODE
+    // --- paths and reading. RUNS USER CODE
 
     // The value at keys between slashes, a/b/0. badfind where a key isn't found, null where the
     // last step returns it. A path that is wrong as text is bad, and a line reports it.
