@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Lists public functions of include/qrv/ whose block has no comment.
 
-A block is a run of declarations without an empty line. Access labels and the braces of classes and namespaces end
-it, too. A comment above or in a block, or after one of its declarations, is for the whole block; one in a function's
-body is not. Public functions are free functions and public members of classes, except those in private classes and
+A block is a run of declarations without an empty line. Access labels end it, too, and so do the braces of a class or
+namespace that has several blocks. A comment above or in a block, or after one of its declarations, is for the whole
+block; one in a function's body is not. Public functions are free functions and public members of classes, except those in private classes and
 in namespaces named `detail`.
 
 These need no comment, since the declaration says what a caller must know:
@@ -22,6 +22,8 @@ import sys
 LITERAL = re.compile(r'"((?:\\.|[^"\\\n])*)"' r"|(?<!\w)'((?:\\.|[^'\\\n])+)'")
 COMMENT = re.compile(r"//[^\n]*|/\*.*?\*/", re.DOTALL)
 DIRECTIVE = re.compile(r"^[ \t]*#(?:[^\n]*\\\n)*[^\n]*", re.MULTILINE)
+# What divides the inside of a class or a namespace into blocks.
+SEPARATOR = re.compile(r"\n[ \t]*\n|^[ \t]*(?:public|private|protected):", re.MULTILINE)
 LABEL = re.compile(r"\s*(public|private|protected)\s*:(?!:)")
 SCOPE = re.compile(r"(?:inline |typedef )*(namespace|class|struct|union|enum)\b\s*([\w:]*)")
 ANGLES = re.compile(r"<[^<>]*>")
@@ -149,8 +151,8 @@ class Header:
     def enter(self, kind, name, brace, public):
         end = closing(self.code, brace)
         if kind != "enum":
-            self.borders.add(self.line(brace))
-            self.borders.add(self.line(end - 1))
+            if SEPARATOR.search(self.source[brace:end]):
+                self.borders |= {self.line(brace), self.line(end - 1)}
             hidden = kind == "namespace" and name.split("::")[-1] == "detail"
             self.walk(brace + 1, "" if kind == "namespace" else name.split("::")[-1], public and not hidden,
                       kind != "class")

@@ -14,8 +14,8 @@
 // follow; a value from a constructor follows on demand. Code that changes the container itself must
 // call type.changed(); otherwise each value notices the change at its next update().
 //
-// A value keeps its type alive, also after the type is removed from the registry. A type with a
-// value of its own among its choices is a cycle and never freed; reading text creates no such
+// A value keeps its type alive, also after the type is removed from the registry. A type with one
+// of its own values among its choices is a cycle and never freed; reading text creates no such
 // cycle.
 
 #include "qrv/containers/citerobj.h"
@@ -57,7 +57,7 @@ class QRV_API cChoiceVal : public cIterObj {
     bool update() override;
 
   private:
-    objref type_choices() const; // null if there are none
+    objref type_choices() const; // null without choices
     bool saw(objref const &choices) const;
     void go_to(objref const &choices);
 

@@ -77,6 +77,7 @@ class QRV_API Items {
         explicit iterator(hashref hash) noexcept : cursor_(std::move(hash)) {}
 
         Item operator*() const noexcept { return Item(cursor_.node()); }
+        // At the end it stays there.
         iterator &operator++() noexcept {
             ++cursor_;
             return *this;

@@ -107,6 +107,7 @@ struct Content {
     std::function<bool(int descriptor)> write;
 };
 
+// As above, with these options.
 QRV_API Replaced replace_file(std::string const &path, Content const &content,
                               ReplaceOptions const &options);
 
