@@ -14,8 +14,8 @@
 // follow; a value from a constructor follows on demand. Code that changes the container itself must
 // call type.changed(); otherwise each value notices the change at its next update().
 //
-// A value keeps its type alive, also after the type is removed from the registry. A type with one
-// of its own values among its choices is a cycle and never freed; reading text creates no such
+// A value keeps its type alive, also after the type is removed from the registry. A type whose
+// choices contain a value of this type is a cycle and never freed; reading text creates no such
 // cycle.
 
 #include "qrv/containers/citerobj.h"
@@ -23,7 +23,7 @@
 
 class QRV_API cChoiceVal : public cIterObj {
   public:
-    // At the first choice, undefined if there is none. Shares the type; null is "niltype", a type
+    // At the first choice, undefined without choices. Shares the type; null is "niltype", a type
     // without choices. Every constructor RUNS USER CODE.
     explicit cChoiceVal(cTypeObj *type, bool follow = false);
     // A value of the same type that does not follow. At the key of `other`, undefined if the type
@@ -85,7 +85,7 @@ QRV_API bool m_read(cObj &obj, objref &stream);
 // cat::bad().
 namespace cTomChoice {
 // The key "choices" replaces the container; any other key is set in the container, which is created
-// if there is none. Fires `changed`. If the container refuses: false, and no signal. RUNS USER CODE
+// if necessary. Fires `changed`. If the container refuses: false, and no signal. RUNS USER CODE
 QRV_API bool setattr(cObj &type, objref &key, objref &value);
 QRV_API objref getattr(objref type, objref key);  // "choices", or an attribute of them
 QRV_API bool m_write(cObj &type, objref &stream); // the choices; "#nil" without choices

@@ -59,6 +59,7 @@ struct cToken {
 // One token. A plain record with value semantics.
 struct QRV_API cAttrLiteral {
     cAttrLiteral();
+    // Copies the text of the view.
     explicit cAttrLiteral(cToken const &token);
     cAttrLiteral(cAttrLiteral const &);
     cAttrLiteral(cAttrLiteral &&) noexcept;
