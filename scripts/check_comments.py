@@ -3,8 +3,8 @@
 
 A block is a run of declarations without an empty line. Access labels end it, too, and so do the braces of a class or
 namespace that has several blocks. A comment above or in a block, or after one of its declarations, is for the whole
-block; one in a function's body is not. Public functions are free functions and public members of classes, except those in private classes and
-in namespaces named `detail`.
+block; one in a function's body is not. Public functions are free functions and public members of classes, except
+those in private classes and in namespaces named `detail`.
 
 These need no comment, since the declaration says what a caller must know:
   - default, copy and move constructors, copy and move assignments, destructors, and deleted functions;
@@ -26,10 +26,10 @@ DIRECTIVE = re.compile(r"^[ \t]*#(?:[^\n]*\\\n)*[^\n]*", re.MULTILINE)
 SEPARATOR = re.compile(r"\n[ \t]*\n|^[ \t]*(?:public|private|protected):", re.MULTILINE)
 LABEL = re.compile(r"\s*(public|private|protected)\s*:(?!:)")
 SCOPE = re.compile(r"(?:inline |typedef )*(namespace|class|struct|union|enum)\b\s*([\w:]*)")
-ANGLES = re.compile(r"<[^<>]*>")
+NESTED = re.compile(r"<[^<>]*>|\{[^{}]*\}")
 NO_FUNCTION = re.compile(r"(?:using|typedef|concept|static_assert|extern template|template class)\b|.*\bfriend\b")
 # What has parentheses and is not the list of parameters.
-DECORATION = re.compile(r"\b(?:explicit|noexcept|requires|alignas|decltype|QRV_PRINTF|__attribute__)\s*(?=\()|\[\[|\bQRV_API\b")
+DECORATION = re.compile(r"\b(?:explicit|noexcept|requires|alignas|decltype|QRV_PRINTF) ?\(|\[(?=\[)|\bQRV_API\b")
 NAME = re.compile(r"((?:\w+\s*::\s*)*(?:operator\s*(?:\(\s*\)|[^(]+)|~?\w+))\s*\((?!\s*\*)")
 HANDLE = re.compile(r"\*|ref\b|\bcRef\b|_ptr\b")
 
@@ -50,26 +50,20 @@ def closing(text, at):
 
 
 def simplified(head):
-    """A declaration on one line, without attributes and without lists in angle brackets."""
+    """A declaration on one line, without attributes and without what is in angle brackets and braces."""
     text = re.sub(r"operator\s*([-+*/%^&|~!=<>]+)", lambda found: "operator" + re.sub("[<>]", "_", found[1]), head)
     text = " ".join(text.replace("->", "--").split())
-    while (shorter := ANGLES.sub("", text)) != text:
+    while (shorter := NESTED.sub("", text)) != text:
         text = shorter
     while found := DECORATION.search(text):
-        end = found.end()
-        if found[0] == "[[" or text[end:end + 1] == "(":
-            end = closing(text, found.start() if found[0] == "[[" else end)
-        kept = "noexcept" if found[0].startswith("noexcept") else ""
-        if kept:
-            text = text[:found.start()] + "noexcept_" + text[end:]
-        else:
-            text = text[:found.start()] + text[end:]
+        end = closing(text, found.end() - 1) if found[0][-1] in "([" else found.end()
+        text = text[:found.start()] + text[end:]
     return re.sub(r"^(?:template )+", "", " ".join(text.split()))
 
 
 class Function:
     def __init__(self, head, name, owner):
-        self.head, self.name, self.owner = head, name, owner
+        self.name, self.owner = name, owner
         at = head.index("(", head.index(name) + len(name))
         self.returns = head[:head.index(name)]
         end = closing(head, at)
@@ -131,16 +125,13 @@ class Header:
                 end = closing(self.code, at)
                 self.bodies.append((at, end))
                 following = self.code[self.blank_end(end):][:1]
-                # Between the initialisers of members, after an initialiser, and after `requires (...) {...}`.
-                if following not in (",", "{", ";") and not self.requires_at(begin, at):
+                # Between the initialisers of members, and after an initialiser, the declaration continues.
+                if following not in (",", "{", ";"):
                     self.add(begin, at, end, owner, public)
                     return end
                 at = self.blank_end(end)
         self.add(begin, at, at + 1, owner, public)
         return at + 1
-
-    def requires_at(self, begin, at):
-        return re.search(r"\brequires\s*(?:\([^()]*\)\s*)?$", self.code[begin:at])
 
     def scope_at(self, begin, brace):
         """The kind and the name of the scope that the brace opens, if it does."""

@@ -35,6 +35,8 @@ class QRV_API cConnection {
     cConnection *next() const { return next_; }
     cConnection *prev() const { return prev_; }
 
+    // A node is connected if it has a partner, linked if it is in a ring, and deleted if it is
+    // queued.
     bool isconnected() const { return partner_ != nullptr; }
     bool islinked() const { return next_ != this; }
     bool isdeleted() const { return delete_next_ != 0; }

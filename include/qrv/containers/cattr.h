@@ -20,6 +20,7 @@ class QRV_API cAttr {
     cAttr(cAttr const &other) noexcept; // owner and key; the cache starts null
     ~cAttr();
 
+    // Null if the handle has none.
     objref const &key() const noexcept { return key_; }
     objref const &owner() const noexcept { return owner_; }
     std::string key_as_string() const;
@@ -45,6 +46,7 @@ class QRV_API cAttr {
     cAttr operator[](double) const = delete;
     cAttr operator[](bool) const = delete;
 
+    // RUNS USER CODE: the key's hook
     bool operator==(cAttr const &other) const; // same owner, equal keys
     bool operator!=(cAttr const &other) const { return !(*this == other); }
 

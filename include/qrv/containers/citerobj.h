@@ -19,6 +19,7 @@ class QRV_API cIterObj : public cObj {
     using link = cNode<cAttrNode>;
 
     cIterObj();
+    // Shares node and hash of `other`; with `rewind` at the first node.
     cIterObj(cIterObj const &other, bool rewind = false);
     explicit cIterObj(hashref const &hash); // shares; at the first node; null if `hash` is
     // Node and hash of source->begin(); null for a null source. With `follow`, the source gets a

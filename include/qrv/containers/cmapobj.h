@@ -24,7 +24,7 @@ class QRV_API cMapObj : public cObj {
     cMapObj(cTypeObj *type, bool create); // borrows the type; `create` unless it is "niltype"
     ~cMapObj() override;                  // a shared hash remains, without this father
 
-    cMapObj &operator=(cMapObj const &other); // assign
+    cMapObj &operator=(cMapObj const &other); // assign. RUNS USER CODE
     cMapObj &operator=(cObj const &other);
 
     // If not null, setattr accepts only values of exactly this type. assign does not copy it.
@@ -36,6 +36,8 @@ class QRV_API cMapObj : public cObj {
 
     int size() const noexcept;
     void clear(); // RUNS USER CODE. A shared hash becomes empty for all its owners
+    // The hash, never null. It does not know specifications and flags: changes by it are not
+    // checked.
     cAttrHash &datamap() noexcept { return *hash_; }
     cAttrHash const &datamap() const noexcept { return *hash_; }
     hashref const &datamap_ref() const noexcept { return hash_; }

@@ -76,7 +76,7 @@ class QRV_API cSignalObj : public cSignalRef {
 };
 
 // An executable that fires a signal with one object. With `s` that is the object on which it is
-// called, otherwise the argument of the call.
+// called, without arguments; otherwise it is the argument of the call.
 class QRV_API cSignalRef1 : public cExeObj {
   public:
     cSignalRef1(cSignal1<cObj &> &signal, bool s); // borrows
@@ -121,8 +121,9 @@ class QRV_API cSignalObj1 : public cSignalRef1 {
 // end() are those of cObj; use the base cSSBase to walk the connections.
 class QRV_API cObjSlot : public cObj, public cSlot<cObjSlot> {
   public:
+    // Borrows the target. Connected to nothing, or to `signal`.
     cObjSlot(cObj &target, cProcedure1 fn);
-    cObjSlot(cObj &target, cProcedure1 fn, cSignal const &signal); // connected to it
+    cObjSlot(cObj &target, cProcedure1 fn, cSignal const &signal);
     cObjSlot(cObjSlot const &) = delete;
     cObjSlot &operator=(cObjSlot const &) = delete;
     ~cObjSlot() override;
@@ -145,8 +146,9 @@ class QRV_API cObjSlot : public cObj, public cSlot<cObjSlot> {
 // call.
 class QRV_API cObjSlot1 : public cObj, public cSlot1<cObjSlot1, cObj &> {
   public:
+    // Borrows the target. Connected to nothing, or to `signal`.
     cObjSlot1(cObj &target, cProcedure2 fn);
-    cObjSlot1(cObj &target, cProcedure2 fn, cSignal1<cObj &> const &signal); // connected to it
+    cObjSlot1(cObj &target, cProcedure2 fn, cSignal1<cObj &> const &signal);
     cObjSlot1(cObjSlot1 const &) = delete;
     cObjSlot1 &operator=(cObjSlot1 const &) = delete;
     ~cObjSlot1() override;

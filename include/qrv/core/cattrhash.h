@@ -238,8 +238,8 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     cAttrHash &operator=(cAttrHash const &other);
 
     bool empty() const noexcept { return used_ == 0; }
-    void clear();
-    cObj *father() const noexcept { return father_; }
+    void clear();                                     // removes all nodes. RUNS USER CODE
+    cObj *father() const noexcept { return father_; } // borrowed; null if there is no father
     // Sets the father, which is borrowed, unless there is another one and `force` is false.
     void father(cObj *father, bool force) noexcept;
     void flags(int bits) noexcept; // bits & 3 becomes the flags of every node

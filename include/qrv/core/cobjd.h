@@ -13,6 +13,7 @@
 #include <optional>
 #include <string_view>
 
+// The types of the library's value objects, by the type of the value.
 QRV_API cTypeObj &cTypeOf(std::string *);
 QRV_API cTypeObj &cTypeOf(bool *);
 QRV_API cTypeObj &cTypeOf(int *);

@@ -113,6 +113,7 @@ QRV_API char *cConvertNl(char const *text, bool *hadbell = nullptr);
 // library, which uses the stream afterwards.
 class QRV_API cOstream : public std::ostream {
   public:
+    // Opens the file `path`, unless null, as fileopen() does.
     explicit cOstream(bool dispout = true, char const *path = nullptr);
     cOstream(cOstream const &) = delete;
     cOstream &operator=(cOstream const &) = delete;

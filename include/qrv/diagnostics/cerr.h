@@ -104,6 +104,7 @@ class QRV_API cErrStream : public cErr, public cOstringstream {
 // blockoncall(true) or end the recursion itself.
 class QRV_API cErrHandler : public cSlot1<cErrHandler, cErr &> {
   public:
+    // The standard masks throw errors with bit 31 and forgive none. Connected to nothing.
     explicit cErrHandler(unsigned int throw_mask = 0x80000000U, unsigned int clear_mask = 0,
                          unsigned int silent_mask = 0);
     // Copies have the same masks and no connections.
