@@ -233,7 +233,7 @@ template <class> void cSigInfo::operator()(char const *format, ...) const {
     std::va_list args;
     va_start(args, format);
     try {
-        fire_format(format, args); // RE-ENTERS: *this may be gone afterwards
+        fire_format(format, args); // RE-ENTERS: *this may be destroyed
     } catch (...) {
         va_end(args);
         throw;
@@ -312,7 +312,7 @@ template <class C> class QRV_API cSlot : public cSSBase0 {
     void operator()() const override {
         if (!function_) return;
         if (plain_call())
-            function_(object_); // RE-ENTERS: *this may be gone afterwards
+            function_(object_); // RE-ENTERS: *this may be destroyed
         else
             call_guarded();
     }
@@ -355,7 +355,7 @@ template <class C, class T> class QRV_API cSlot1 : public cSSBase1<T> {
         if (!function_) return;
         if (this->plain_call())
             function_(object_,
-                      std::forward<T>(argument)); // RE-ENTERS: *this may be gone afterwards
+                      std::forward<T>(argument)); // RE-ENTERS: *this may be destroyed
         else
             call_guarded(std::forward<T>(argument));
     }
@@ -401,7 +401,7 @@ template <class C, class T, class U> class QRV_API cSlot2 : public cSSBase2<T, U
 
     void operator()(T first, U second) const override {
         if (!function_) return;
-        if (this->plain_call()) // RE-ENTERS: *this may be gone afterwards
+        if (this->plain_call()) // RE-ENTERS: *this may be destroyed
             function_(object_, std::forward<T>(first), std::forward<U>(second));
         else
             call_guarded(std::forward<T>(first), std::forward<U>(second));
@@ -482,7 +482,7 @@ template <class F> class QRV_API cFunctionSlot : public cSSBase0 {
         if (isblocked() || !function_) return;
         BlockOnCall const self_block(this);
         auto const function = function_;
-        function(); // RE-ENTERS: *this may be gone afterwards
+        function(); // RE-ENTERS: *this may be destroyed
     }
 
   private:
@@ -507,7 +507,7 @@ template <class T, class F> class QRV_API cFunctionSlot1 : public cSSBase1<T> {
         if (this->isblocked() || !function_) return;
         cSSBase::BlockOnCall const self_block(this);
         auto const function = function_;
-        function(argument); // RE-ENTERS: *this may be gone afterwards
+        function(argument); // RE-ENTERS: *this may be destroyed
     }
 
   private:
@@ -534,7 +534,7 @@ template <class T, class U, class F> class QRV_API cFunctionSlot2 : public cSSBa
         if (this->isblocked() || !function_) return;
         cSSBase::BlockOnCall const self_block(this);
         auto const function = function_;
-        function(first, second); // RE-ENTERS: *this may be gone afterwards
+        function(first, second); // RE-ENTERS: *this may be destroyed
     }
 
   private:

@@ -10,6 +10,7 @@
 // A map that contains itself is never freed: break such a cycle with clear(). Comparing, copying
 // and walking such maps ends nevertheless, and shared parts cost no more than their size. If the
 // stack is too small for another level, an operation fails with an error:
+//   0x40000001 "Nesting is too deep in object type: " and the type's name
 
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobj.h"
@@ -71,15 +72,16 @@ class QRV_API cMapObj : public cObj {
     // with several owners is copied once. False if a value could not be copied. RUNS USER CODE
     bool detach(bool deep);
 
-    // The same size, and an equal value for each key; order does not matter. RUNS USER CODE O(size)
+    // The same size, and an equal value for each key; order does not matter.
+    // RUNS USER CODE   O(size)
     bool equal_unsorted(cObj const &other) const;
 
     // Inserts each piece of the string that is not yet a key, with a nil value. No effect on
     // vectors.
     void append_keys(std::string const &text, char delimiter);
 
-    // The specification of a key; nilspec if it has none. Setting one shares it and sets the
-    // attribute to nil. RUNS USER CODE: key hooks
+    // The specification of a key (containers/cattspec.cpp); nilspec if it has none. Setting one
+    // shares it and sets the attribute to nil. RUNS USER CODE: key hooks
     [[nodiscard]] cRef<cAttspec, cRefTraits<cAttspec>> attspec(objref const &key);
     [[nodiscard]] cRef<cAttspec, cRefTraits<cAttspec>> attspec(std::string const &key);
     void set_attspec(objref const &key, cRef<cAttspec, cRefTraits<cAttspec>> const &spec);
@@ -100,7 +102,7 @@ QRV_API bool detach(objref const &ref, bool deep);
 } // namespace cat
 
 // The standard methods of type "map". For objects that are not a cMapObj they return false or
-// cat::bad(). Each RUNS USER CODE.
+// cat::bad(), unless stated otherwise. Each RUNS USER CODE.
 namespace cTomMap {
 //   0x40020000 "Setattr in object type '...', key '...': " and the reason
 //   0x40040000 "FIXED REF attribute, ...", "FIXED TYPE attribute, ...", "REQUIRED attribute, ..."
@@ -110,8 +112,9 @@ QRV_API objref getattr(objref obj, objref key); // 0x40040000 "REQUIRED attribut
 QRV_API objref getattr_insert(objref obj, objref key);
 QRV_API objref iterobj(objref obj);
 QRV_API bool m_assign(cObj &obj, objref &arg);
-QRV_API bool m_add(cObj &obj, objref &arg);    // adds the missing keys; true
-QRV_API bool m_append(cObj &obj, objref &arg); // at after_last_index(), without checks; true
+QRV_API bool m_add(cObj &obj, objref &arg); // adds the missing keys; always true
+// At after_last_index(), without checks. Always true.
+QRV_API bool m_append(cObj &obj, objref &arg);
 // If the sizes differ, prints both maps to std::cout.
 QRV_API bool equal_sorted(cObj &obj, objref &arg);
 // By key, in any order. Prints nothing.

@@ -5,8 +5,7 @@
 //   cSignalRef    an executable without arguments: calling it fires a signal that exists elsewhere
 //   cSignalObj    the same with its own signal, which is destroyed with the object
 //   cSignalRef1, cSignalObj1   the same with one object as the argument
-//   cObjSlot, cObjSlot1        an object that calls a function with a target object when it is
-//   fired
+//   cObjSlot, cObjSlot1        an object that calls a function with a target object when fired
 //
 // cObj::changed(), the signal that every object can have, is a cSignalObj among its own members
 // under the key "changed". It exists only after it was requested, so other objects pay nothing.
@@ -14,7 +13,9 @@
 //
 // A call is an emission of csignal.h: anything may be connected, cut and destroyed during the call,
 // also the signal, its object and the slots. The emission does not own the signal: if a target
-// destroys it, later targets are not called. Exceptions of targets reach the caller. Limits: the
+// destroys it, later targets are not called. Exceptions of targets reach the caller.
+//
+// Limits: the
 // references to signals and to slots' targets are plain pointers, so what they point to must
 // outlive them.
 

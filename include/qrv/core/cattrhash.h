@@ -447,7 +447,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
 
     static std::uint32_t replaced_unseen_; // values, through a reference that may be a node's
 
-    std::uint32_t size_;     // slots() of the table, made or not; a prime
+    std::uint32_t size_;     // slots(): the size of the table, also before it exists; a prime
     std::uint32_t used_ = 0; // live nodes
     // The table's slots that are 0; in a row, the number of values that were read from their nodes.
     mutable std::uint32_t unused_ = 0;

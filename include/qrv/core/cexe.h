@@ -3,6 +3,7 @@
 // global members. There are seven prototypes, in the list below. A function is stored in a generic
 // form with the tag of its prototype and is called only with its actual type. A call with other
 // arguments reports an error:
+//   0x44000000 "Executable, key '...', called with bad prototype"
 
 #include "qrv/core/ctypeobj.h"
 
