@@ -205,8 +205,9 @@ concept cArgumentList =
     take(list);
 };
 
-// A signal that passes a formatted string. Without a connection, nothing is formatted. The string
-// is in one buffer of the process, is cut at 1023 characters and is valid only during the call.
+// A signal that passes a formatted string. Without a connection, and for a null format, a call has
+// no effect. The string is in one buffer of the process, is cut at 1023 characters and is valid
+// only during the call.
 class QRV_API cSigInfo : public cSignal1<char const *> {
   public:
     constexpr cSigInfo() noexcept {}
@@ -219,8 +220,8 @@ class QRV_API cSigInfo : public cSignal1<char const *> {
     using cSignal1<char const *>::operator();
     // A template, so that a call with only a string selects the inherited operator.
     template <class = void> void operator()(char const *format, ...) const QRV_PRINTF(2, 3);
-    // Accepts only a va_list, which is a plain pointer as a parameter: 0 and nullptr are arguments
-    // of the format. The caller's list is not changed.
+    // Accepts only a va_list. That is a plain pointer as a parameter, so 0 and nullptr are
+    // excluded: they are arguments of the format. The caller's list is not changed.
     template <cArgumentList List> void operator()(char const *format, List args) const {
         fire_format(format, args);
     }

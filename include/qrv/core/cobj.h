@@ -186,7 +186,7 @@ class QRV_API cObj : public cObjBase {
 
     // assign, add, setattr, getattr, write and iterobj first look for an own method. Arguments are
     // held during the call. The method determines everything else.
-    void create(); // what the type does with a fresh object; nothing for a void one
+    void create(); // initialises a new object; no effect for a void one
     static void create(cObj *obj);
     // A new object that refers to the value of this one; bad if the type has no such method.
     [[nodiscard]] objref newref();
@@ -259,8 +259,8 @@ class QRV_API cObj : public cObjBase {
     // void object.
     bool copyitem(objref const &key, objref const &value, bool clone_new);
     // Whether the object `other` is a value anywhere below this one. Own members do not count. Ends
-    // on cycles.   O(1) if `other` is known not to be a value, else linear in the values below:
-    // each container is visited once
+    // on cycles.
+    // O(1) if `other` is known not to be a value, else linear: each container is visited once
     bool is_owner_of(cObj const &other);
     // False: no attribute of any hash has this object as its value. True also if that is not known,
     // as for all objects except maps, vectors and sets (core/cholders.h).   O(1)
@@ -280,7 +280,7 @@ class QRV_API cObj : public cObjBase {
     // Replace the whole map, then fire `changed` of the new one. RUNS USER CODE: the old map is
     // released. Executables in the new map are used as methods only if set_omember has stored one
     // before (of_exe_member).
-    // Shares; null removes it. Becomes its father if it has none.
+    // Shares `hash` and becomes its father if it has none. Null removes the map.
     void ommap(hashref const &hash);
     void ommap(cMapObj const &map); // shares the map's hash, which keeps its father
     // Clones the key, shares the value; a kill value removes the member. False for a void key and

@@ -72,8 +72,8 @@ class QRV_API cTracer {
     cTracer &operator=(cTracer const &other);
     ~cTracer();
 
-    // The streams that the channel writes to; a null one is skipped. Then name, indent in the
-    // program's unit, and the flags: the library stores them and does not use them.
+    // The streams that the channel writes to, where null ones are skipped; the name, by which rules
+    // select the channel; and indent and flags, which are for the program's own use.
     streams &strlist() { return strlist_; }
     streams const &strlist() const { return strlist_; }
     std::string &ident() { return ident_; }
