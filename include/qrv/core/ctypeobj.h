@@ -70,7 +70,8 @@ class QRV_API cTypeObj : public cObj {
     // `other`. core/cbuiltin.h has the tests.
     unsigned library_methods() const noexcept { return library_methods_; }
     cObjClass value_class() const noexcept { return value_class_; }
-    // An object created by the type's method; bad after an error. RUNS USER CODE
+    // An object created by the type's method. If there is no method: bad after the error, or nil if
+    // a handler forgives it. RUNS USER CODE
     [[nodiscard]] objref newobj() const;
 
     // From now on this type counts its objects: an object that is created with the type, or gets it

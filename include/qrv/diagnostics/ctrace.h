@@ -36,7 +36,7 @@ class QRV_API cTraceStream : public cShared {
     cTraceStream &operator=(cTraceStream const &other);
     ~cTraceStream();
 
-    // Valid as long as a copy of this stream exists.
+    // os() is valid as long as a copy of this object exists.
     std::string const &name() const { return name_; }
     std::ostream &os() const { return *os_; }
 
