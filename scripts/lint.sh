@@ -29,6 +29,7 @@ step "rules" scripts/check_rules.py
 step "error codes" scripts/check_errors.py
 step "deliberate" scripts/check_deliberate.py
 step "paths in text" scripts/check_paths.py
+step "comments" scripts/check_comments.py
 step "chart" scripts/bench_chart.py --check
 step "edge cases" scripts/check_edges.py
 step "run paths" scripts/check_run_paths.py build

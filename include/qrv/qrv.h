@@ -1,8 +1,8 @@
 #pragma once
 // The whole library.
 //
-// Loading the library leads std::cout and std::cerr into one buffer. A program that wants to see
-// what it prints calls cat::use_console() first (qrv/diagnostics/cconsole.h).
+// Loading the library redirects std::cout and std::cerr into one buffer. A program that wants to
+// see what it prints calls cat::use_console() first (qrv/diagnostics/cconsole.h).
 
 #include "qrv/base/cconnection.h"
 #include "qrv/base/cfilename.h"

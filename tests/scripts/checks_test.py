@@ -660,5 +660,79 @@ class English(Tree):
         self.fails("core/b.cpp:1: ", "check_english.py", ".", "core")
 
 
+class Comments(Tree):
+    """Each header is a list of declarations; the functions whose names begin with `bad` must be reported, no others."""
+
+    def reports(self, text):
+        self.write("include/qrv/core/a.h", "#pragma once\n// A header.\n\n" + text)
+        result = self.run_script("check_comments.py", self.root)
+        expected = [f"include/qrv/core/a.h:{number}: no comment in the block of bad" for number, line
+                    in enumerate(("\n\n\n" + text).split("\n"), 1) if "bad" in line.partition("//")[0]]
+        self.assertEqual([line[:len(start)] for line, start in zip(result.stdout.splitlines(), expected)], expected)
+        self.assertEqual(len(result.stdout.splitlines()), len(expected), result.stdout)
+        self.assertEqual(result.returncode, 1 if expected else 0)
+
+    def test_a_comment_anywhere_in_a_block_is_for_all_of_it(self):
+        self.reports("// Both.\nint *a();\nint *b();\n\nint *c();\nint *d(); // null\n\nint *bad();\n")
+
+    def test_a_free_function_without_a_comment(self):
+        self.reports("QRV_API void bad(int const &value);\n\nnamespace cat {\n\nbool bad_too();\n\n// C.\nint c();\n}\n")
+
+    def test_public_members_are_looked_at_and_others_are_not(self):
+        self.reports("// A.\nclass QRV_API A {\n  public:\n    void bad();\n\n  protected:\n    void a();\n\n"
+                     "  private:\n    void b();\n    struct B {\n        void c();\n    };\n};\n\n"
+                     "// B.\nstruct B {\n    int *p;\n\n    void bad();\n};\n\nclass C {\n    void a();\n\n    int b_;\n};\n")
+
+    def test_a_label_ends_a_block(self):
+        self.reports("class A {\n    int a_; // the value\n  public:\n    int *bad();\n};\n")
+
+    def test_the_comment_of_a_class_with_one_block_is_for_its_members(self):
+        self.reports("// An order.\nstruct A {\n    bool operator()(int a, int b) const;\n};\n\n"
+                     "// Methods.\nnamespace cTomA {\nint *a();\n} // namespace cTomA\n")
+
+    def test_a_comment_in_a_body_is_not_for_the_block(self):
+        self.reports("inline int *bad() {\n    // the first\n\n    return first; // null\n}\n")
+
+    def test_an_empty_line_in_a_body_does_not_end_the_block(self):
+        self.reports("// Both.\ninline int *a() {\n    int b;\n\n    return b;\n}\nint *b();\n")
+
+    def test_special_members_and_deleted_functions_need_no_comment(self):
+        self.reports("// A.\nclass A : public B {\n  public:\n    A();\n    A(A const &other) noexcept;\n    A(A &&other);\n"
+                     "    A &operator=(A const &);\n    ~A() override;\n    A *a(int) = delete;\n\n    A *bad(int);\n};\n")
+
+    def test_a_constructor_and_an_assignment_from_other_types_are_reported(self):
+        self.write("include/qrv/core/a.h", "// A.\nclass A {\n  public:\n    explicit A(int a);\n\n    A &operator=(B const &);\n};\n")
+        self.fails("a.h:4: no comment in the block of A()", "check_comments.py", self.root)
+        self.fails("a.h:6: no comment in the block of operator=()", "check_comments.py", self.root)
+
+    def test_overrides_need_no_comment(self):
+        self.reports("// A.\nclass A : public B {\n  public:\n    int *a() const override;\n    int *b() final;\n\n    virtual int *bad();\n};\n")
+
+    def test_a_getter_needs_no_comment_unless_it_may_fail_or_return_null(self):
+        self.reports("// A.\nclass A {\n  public:\n    int a() const noexcept { return a_; }\n    B const &b() const noexcept;\n\n"
+                     "    int bad() const;\n\n    B *bad_pointer() const noexcept;\n\n    objref bad_handle() const noexcept;\n\n"
+                     "    cRef<B> const &bad_reference() const noexcept;\n\n    int bad_state() const noexcept(false);\n};\n")
+
+    def test_what_only_looks_like_a_function(self):
+        self.reports("using cFunction = void (*)(int);\n\nextern int (*callback)(int);\n\nstatic_assert(sizeof(int) == 4);\n\n"
+                     "constexpr int size = four(4);\n\n#define QRV_X(a) int *a();\n\nenum class E { a, b };\n\n"
+                     "template <class T>\nconcept cX = requires(T t) { t.x(); };\n\nextern template class A<int(int)>;\n\n"
+                     "template <class F> A(F, int) -> A<F>;\n\ninline int *A::next() { return nullptr; }\n")
+
+    def test_forms_of_declarations(self):
+        self.reports("template <class T, class U = std::map<T, int>> requires std::is_same_v<T, U> T *bad(T (*f)(U), U);\n\n"
+                     "template <class T> void bad_body(T t) requires requires { t(); } {\n    return;\n}\n\n"
+                     "template <class T> requires requires(T &t) { t(); } void bad_constrained(T &t);\n\n"
+                     "[[nodiscard]] QRV_API char const *bad_default(char const *text = \"; {\", int n = {});\n\n"
+                     "// A.\nclass A {\n  public:\n    A() : a_{1}, b_(2) {}\n\n    B *bad_next() { return b_; }\n\n    int a_{3};\n};\n")
+
+    def test_functions_in_a_namespace_for_details_need_no_comment(self):
+        self.reports("namespace qrv::detail {\n\nint *a();\n\n}\n\nnamespace qrv {\n\nint *bad();\n\n}\n")
+
+    def test_private_headers_are_not_looked_at(self):
+        self.write("core/a.h", "int *a();\n")
+        self.passes("check_comments.py", self.root)
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -1,19 +1,20 @@
 #pragma once
-// Connections: who is connected to whom, and the walk along the connections that every signal makes
-// (qrv/base/csignal.h).
+// Connections between signals and slots, and the walk along them by which a signal calls its
+// targets (qrv/base/csignal.h).
 //
-// A signal and a slot are the same kind of thing, a cSSBase. A link joins two of them with a
-// direction and is two heap nodes (cConnection), one in the ring of each partner, so that either
-// partner finds and cuts it without searching the other.
+// Signals and slots have one base class, cSSBase. A link joins two of them, a sender and a
+// receiver. It consists of two heap nodes (cConnection), one in the ring of each partner, so that
+// either partner finds and cuts the link without searching the other's ring.
 //
-//   node:  connected --cut()--> cut --queue()--> queued --purge()--> gone
+//   node:  connected --cut()--> cut --queue()--> queued --purge()--> freed
 //
-// A node's memory is never freed while any emission runs anywhere in the process: a queued node
-// stays linked, so that a walk standing on it can go on. That makes it safe to disconnect anything,
-// and to destroy any signal or slot, from inside a call that a signal is making.
+// While any emission runs anywhere in the process, no node is freed: a queued node stays linked, so
+// that a walk that is at this node can continue. This makes it safe to disconnect anything, and to
+// destroy any signal or slot, during a call that a signal makes.
 //
-// Limits: a slot does not own its object: destroy the slot first or together with it. An exception
-// of a slot reaches the caller of the signal, and the remaining targets are not called.
+// Limits: a slot does not own its object, so the slot must be destroyed before or with the object.
+// An exception of a slot reaches the caller of the signal, and the remaining targets are not
+// called.
 
 #include "qrv/base/cref.h"
 #include "qrv/ccomp.h"
@@ -24,41 +25,44 @@
 #include <string>
 #include <type_traits>
 
-// One end of a link. Borrowed by everybody but the two rings: a pointer to it is good until the
-// link is cut, or, while a LockDelete lives, until that ends.
+// One end of a link. The two rings own it, all others borrow it: a pointer to it is valid until the
+// link is cut or, while a LockDelete exists, until the last LockDelete is destroyed.
 class QRV_API cConnection {
   public:
     class LockDelete;
 
+    // The neighbours in the ring, never null: a node that is in no ring points to itself.
     cConnection *next() const { return next_; }
     cConnection *prev() const { return prev_; }
 
+    // A node is connected if it has a partner, linked if it is in a ring, and deleted if it is
+    // queued.
     bool isconnected() const { return partner_ != nullptr; }
     bool islinked() const { return next_ != this; }
     bool isdeleted() const { return delete_next_ != 0; }
-    // The receiving end: its own base's emission does not walk into it.
+    // The receiving end. An emission calls only the nodes that are not targets.
     bool istarget() const { return (flags_ & target_bit) != 0; }
     // True for the head of a ring, where walks end, and for a node that is in no ring.
     bool isend() const;
     // Blocked at either end, or cut.
     bool isblocked() const { return blocks_ > 0 || !partner_ || partner_->blocks_ > 0; }
     explicit operator bool() const { return !isdeleted() && islinked(); }
-    // The base in whose ring the node stands; null once it is unlinked or the base is gone.
+    // The base that owns the ring; null when the node is unlinked or the base destroyed.
     cSSBase *my_base() const { return base_; }
     // The base at the other end; null when the link is cut.
     cSSBase *other_base() const { return partner_ ? partner_->base_ : nullptr; }
 
-    // The same for a pointer that may be null: false and null then.
+    // The same for a pointer that may be null: the result is then false or null.
     static bool valid(cConnection const *node) { return node && bool(*node); }
     static cSSBase *my_base(cConnection const *node) { return node ? node->my_base() : nullptr; }
     static cSSBase *other_base(cConnection const *node) {
         return node ? node->other_base() : nullptr;
     }
 
-    // One more reason for this end to be blocked. The counters have 16 bits and wrap.
+    // Adds one reason to block this end. The counters have 16 bits and wrap.
     void block() const { ++blocks_; }
-    // One reason less; with `all` none is left. May fall below 0, which takes as many block() to
-    // mend.
+    // Removes one reason, or all with `all`. The count may become negative; then as many calls of
+    // block() are needed to reach zero again.
     void unblock(bool all = false) const {
         --blocks_;
         if (blocks_ > 0 && all) blocks_ = 0;
@@ -67,32 +71,33 @@ class QRV_API cConnection {
     // How many times the link was connected.
     int uses() const { return uses_; }
 
-    // For tests: the running LockDelete, and the nodes that wait for the last of them to end.
+    // For tests: the number of LockDelete objects, and of nodes that wait until the last one is
+    // destroyed.
     static int lock_count();
     static std::size_t queue_length();
-    // The first broken rule of the deletion queue, or an empty text (the rules: csignal.cpp).
+    // The first violated rule of the deletion queue, or an empty string (rules: base/csignal.cpp).
     static std::string broken_queue_rule();
 
-    static void operator delete(void *) = delete; // nodes die only in purge()
+    static void operator delete(void *) = delete; // only purge() frees nodes
 
   protected:
     cConnection() noexcept : prev_(this), next_(this) {}
-    // Stands just ahead of `before` at once, if that is not null.
+    // Inserts the node before `before`, if that is not null.
     explicit cConnection(cConnection *before) noexcept : cConnection() { link(before); }
     cConnection(cConnection const &) noexcept : cConnection() {}
     cConnection &operator=(cConnection const &) noexcept { return *this; }
     ~cConnection() = default; // trivial on purpose: a queued node is still read
 
-    // Moves the node to just ahead of `before` and into its ring; null and itself change nothing.
+    // Moves the node before `before`, into its ring. No effect for null and for the node itself.
     void link(cConnection *before) noexcept;
     static void link(cConnection *node, cConnection *before) noexcept {
         if (node) node->link(before);
     }
     void unlink() noexcept;
-    // Makes this the sending end of a link to `other`, and with `exclusive` the only one not
-    // blocked among those that stand in the ring now.
+    // Makes this the sending end of a link to `other`. With `exclusive`, blocks all other nodes
+    // that are in the ring at this time.
     void connect(cConnection *other, bool exclusive) noexcept;
-    // Cuts the link at both ends; nothing is queued.
+    // Cuts the link at both ends; queues nothing.
     void disconnect() noexcept { cut(); }
 
     static void lock_delete() noexcept { ++delete_locks_; }
@@ -100,7 +105,7 @@ class QRV_API cConnection {
         delete_locks_ = delete_locks_ > 0 ? delete_locks_ - 1 : 0;
         do_delete();
     }
-    // Frees the queued nodes, unless a LockDelete lives.
+    // Frees the queued nodes, unless a LockDelete exists.
     static void do_delete() noexcept {
         if (delete_locks_ == 0 && queue_head_ != end_mark) purge();
     }
@@ -114,7 +119,7 @@ class QRV_API cConnection {
     static constexpr int arguments_shift = 2;     // the bits from here on
     static constexpr std::uintptr_t end_mark = 1; // not 0: the last queued node reads as queued too
 
-    // Of the nodes that wait for their memory to be freed, linked by delete_next_.
+    // The nodes that wait to be freed, linked by delete_next_.
     static std::uintptr_t queue_head_;
     static std::int32_t delete_locks_;
 
@@ -123,11 +128,11 @@ class QRV_API cConnection {
     void remove() noexcept;
     void make_exclusive() noexcept;
     void end_exclusive() noexcept;
-    // A cut or queued node has no partner.
+    // False for a cut or queued node, which has no partner.
     bool carries() const {
         return partner_ && !istarget() && blocks_ <= 0 && partner_->blocks_ <= 0;
     }
-    // How many arguments the receiving end takes; known since the link was made.
+    // How many arguments the receiver accepts; set when the link is created.
     int arguments() const { return flags_ >> arguments_shift; }
     static void purge() noexcept;
     static std::string broken_link(cConnection const &node, char const *where);
@@ -144,8 +149,8 @@ class QRV_API cConnection {
 
 static_assert(!std::is_polymorphic_v<cConnection>);
 
-// While one of these lives, no node is freed. Whoever walks a ring with begin(), next() and isend()
-// and calls user code meanwhile holds one.
+// While one exists, no node is freed. Code that walks a ring with begin(), next() and isend() and
+// calls user code during the walk needs one.
 class QRV_API cConnection::LockDelete {
   public:
     LockDelete() noexcept { lock_delete(); }
@@ -154,38 +159,39 @@ class QRV_API cConnection::LockDelete {
     ~LockDelete() { unlock_delete(); }
 };
 
-// The common base of signals and slots: one pointer, null until the first connection or block.
-// A copy is a fresh base without connections; assignment changes nothing.
+// The common base of signals and slots: one pointer, null until the first connection or block. A
+// copy is a new base without connections; assignment has no effect.
 class QRV_API cSSBase {
   public:
     class BlockOnCall;
 
     virtual ~cSSBase();
 
-    // The ring, in the order in which targets are reached; both null before the first connection or
-    // block. Walk:
-    // for (auto c = b.begin(); c != b.end(); c = c->next())
+    // The ring, in the order in which targets are called. Both are null before the first connection
+    // or block. To walk it:
+    //     for (auto c = b.begin(); c != b.end(); c = c->next())
     cConnection *begin() const;
     cConnection *end() const;
-    // The node that links to `other`, in either direction, or null. O(connections) of the base that
-    // has fewer.
+    // This base's node of the link to `other`, in either direction, or null. O(connections) of the
+    // base that has fewer.
     cConnection *find(cSSBase const &other) const;
+    // Whether there is any link, or one to `other`.   O(connections)
     bool isconnected() const;
     bool isconnected(cSSBase const &other) const { return find(other) != nullptr; }
-    // Cuts every link, of both directions, however often it was connected.
+    // Cuts every link in both directions, however often it was connected.
     void disconnect() const;
 
-    // Blocks the base as a whole, its calls and the calls into it, for as long as anybody holds the
-    // result or a copy of it.
+    // Blocks the base, both its calls and calls to it, until the result and all its copies are
+    // destroyed. Allocates at the first use of a base.
     cRef<cShared> block() const;
     bool isblocked() const;
-    // With the flag set, the base is blocked for the length of each of its calls, so that a call of
-    // it from inside does nothing.
+    // With the flag set, the base is blocked during each of its calls, so that recursive calls of
+    // it have no effect.
     bool blockoncall() const;
     void blockoncall(bool on);
 
-    // The first broken rule of this ring, or an empty text (the rules: csignal.cpp). `deep` also
-    // looks at the rings of the partners and at the deletion queue.
+    // The first violated rule of this ring, or an empty string (rules: base/csignal.cpp). `deep`
+    // also checks the partners' rings and the deletion queue.
     std::string broken_rule(bool deep) const;
 
   protected:
@@ -196,26 +202,26 @@ class QRV_API cSSBase {
     cSSBase &operator=(cSSBase const &) noexcept { return *this; }
 
     void createstart() const;
-    // Links this (sending) to `other` (receiving) and returns this base's end. A pair that is
-    // linked already, in whatever direction, is only counted once more. The new ends stand ahead of
-    // `mine` and `theirs`; a null node, or one of another ring, means the end of the ring. Needs
-    // memory: an allocation failure goes through and changes nothing. O(connections) of the base
-    // that has fewer.
+    // Links this base as the sender to `other` as the receiver and returns this base's end. If a
+    // link exists in either direction, only increases its count. The new ends are inserted before
+    // `mine` and `theirs`, or at the end of the ring if the node is null or in another ring.
+    // Allocates; an std::bad_alloc leaves everything unchanged. O(connections) of the base that has
+    // fewer.
     cConnection *connect(cSSBase const &other, bool exclusive, cConnection *mine,
                          cConnection *theirs) const;
-    // Counts the first link to `other` down and cuts it at 0; with `force` at once.
+    // Decreases the count of the link to `other` and cuts it at 0; with `force` cuts it at once.
     void disconnect(cSSBase const &other, bool force) const;
-    // The first connection becomes the last.
+    // Moves the first connection to the end.
     void rotateconnections() const;
 
-    // Nobody has ever connected or blocked this base.
+    // True if this base was never connected or blocked.
     bool untouched() const { return !start_; }
-    // Neither blocked nor to be blocked while it is called.
+    // True if it is not blocked, and a call does not block it.
     bool plain_call() const;
-    // Calls `call` with each target and the number of arguments that it takes. The numbers are
-    // those of the protocol that the rules on deletion during a call rest on.
+    // Calls `call` with each target and the number of arguments that the target accepts. The
+    // numbers in the body are the steps on which deletion during a call depends.
     template <class Call> void fire(Call const &call) const;
-    // The same for the first connection only, which then becomes the last.
+    // The same for the first connection only, which it then moves to the end.
     template <class Call> void fire_first(Call const &call) const;
 
   private:
@@ -226,7 +232,8 @@ class QRV_API cSSBase {
         return node->carries() ? node->partner_->base_ : nullptr;
     }
     static void rotate(cConnection *head) noexcept;
-    // How many arguments a call of this takes. connect() asks once, for all emissions.
+    // How many arguments a call of this base accepts. connect() stores the result for all
+    // emissions.
     virtual int arguments() const { return 0; }
     cConnection *own(cConnection *node) const;
     std::string broken_ring() const;
@@ -235,9 +242,10 @@ class QRV_API cSSBase {
     mutable StartConnection *start_ = nullptr;
 };
 
-// The head of a ring: a node that never carries a link.
+// The head of a ring: a node that never belongs to a link.
 class QRV_API cSSBase::StartConnection : public cConnection {
   public:
+    // Borrows the base.
     explicit StartConnection(cSSBase *base);
     StartConnection(StartConnection const &other) noexcept
         : cConnection(other), block_token_(other.block_token_), blockoncall_(other.blockoncall_) {}
@@ -248,16 +256,17 @@ class QRV_API cSSBase::StartConnection : public cConnection {
     friend class cSSBase;
     friend struct cRingProbe;
 
-    // Its first count is this one's; every further one blocks the base. Reset before the node is
-    // queued, since no destructor runs at the purge.
+    // Its first count belongs to this node; each further one blocks the base. Reset before the node
+    // is queued, since no destructor runs when the node is freed.
     cRef<cShared> block_token_;
     bool blockoncall_ = false;
 };
 
-// Blocks a base with `blockoncall` set for as long as it lives; holds nothing for other bases or
-// null.
+// Blocks a base whose flag `blockoncall` is set, until this guard is destroyed. No effect for other
+// bases and for null.
 class QRV_API cSSBase::BlockOnCall {
   public:
+    // Borrows the base. Allocates nothing.
     explicit BlockOnCall(cSSBase const *base) {
         if (base && base->blockoncall()) token_ = base->block();
     }

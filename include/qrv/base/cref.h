@@ -41,6 +41,8 @@ class QRV_API cShared {
 // Specialised for types whose destruction needs more.
 template <class T> class cRefTraits {
   public:
+    // None of these accepts null. release() is true if it removed the last count: then call
+    // destroy().
     static void addref(T const *target) noexcept { target->incref(); }
     [[nodiscard]] static bool release(T const *target) noexcept { return target->decref(); }
     static void destroy(T *target);
@@ -49,6 +51,7 @@ template <class T> class cRefTraits {
 // Objects: as above, but a chain of last owners of any length is destroyed with bounded stack.
 template <> class QRV_API cRefTraits<cObj> {
   public:
+    // None of these accepts null.
     static void addref(cObj const *target) noexcept;
     [[nodiscard]] static bool release(cObj const *target) noexcept;
     static void destroy(cObj *target);
@@ -64,8 +67,8 @@ template <class T> void cRefTraits<T>::destroy(T *target) {
     }
 }
 
-// A handle, one pointer wide. Null is a valid value for every operation but `*` and `->`. A plain
-// pointer does not convert: use adopt or share.
+// A handle, one pointer wide. Null is a valid value for every operation except `*` and `->`. A
+// plain pointer does not convert: use adopt or share.
 template <class T, class Traits> class cRef {
     struct cNoDelete;
 
@@ -73,6 +76,7 @@ template <class T, class Traits> class cRef {
     using element_type = T;
 
     constexpr cRef() noexcept = default;
+    // Shares the target of a copied handle; a moved handle becomes null.
     constexpr cRef(std::nullptr_t) noexcept {}
     cRef(cRef const &other) noexcept : p_(other.p_) { add(p_); }
     cRef(cRef &&other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
@@ -99,8 +103,8 @@ template <class T, class Traits> class cRef {
     // Becomes null; the caller owns the count and may pass it to adopt.
     [[nodiscard]] T *release() noexcept { return std::exchange(p_, nullptr); }
 
-    // Releases the old target last: its destructor, which may be user code, may look at this very
-    // cRef, and finds the new value in it.
+    // Releases the old target last: its destructor, which may be user code, may read this cRef and
+    // finds the new value in it.
     cRef &operator=(cRef const &other) {
         if (p_ != other.p_) {
             cRef const keep = std::move(*this);
@@ -121,6 +125,7 @@ template <class T, class Traits> class cRef {
         return *this; // RE-ENTERS
     }
 
+    // Borrowed; null if the handle is. `*` and `->` require a target.
     T *get() const noexcept { return p_; }
     T &operator*() const noexcept { return *p_; }
     T *operator->() const noexcept { return p_; }
@@ -146,6 +151,7 @@ template <class T, class Traits> class cRef {
     T *p_ = nullptr;
 };
 
+// By identity, that is by address.
 template <class T, class A, class U, class B>
 bool operator==(cRef<T, A> const &a, cRef<U, B> const &b) noexcept {
     return a.get() == b.get();
@@ -157,7 +163,7 @@ template <class T, class A> bool operator==(cRef<T, A> const &a, std::nullptr_t)
     return a.get() == nullptr;
 }
 
-// A total order by identity, that is by address, so it differs between runs. Null comes first.
+// A total order by address, so it differs between runs. Null comes first.
 template <class T, class A, class U, class B>
 requires std::three_way_comparable_with<T *, U *> std::strong_ordering
 operator<=>(cRef<T, A> const &a, cRef<U, B> const &b) noexcept {
@@ -169,7 +175,7 @@ operator<=>(cRef<T, A> const &a, U *b) noexcept {
     return std::compare_three_way{}(a.get(), b);
 }
 
-// By identity, like the order.
+// By identity, like the comparison.
 namespace std {
 template <class T, class A> struct hash<cRef<T, A>> {
     std::size_t operator()(cRef<T, A> const &ref) const noexcept {

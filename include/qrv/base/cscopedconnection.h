@@ -1,11 +1,11 @@
 #pragma once
-// A connection that ends with its scope: calls a function or a lambda for as long as it lives.
+// A connection that ends with its scope: it calls a function or a lambda while it exists.
 //
 //     cScopedConnection const seen(signal, [](int bar) { std::cout << bar << '\n'; });
 //
-// The function takes the arguments of the signal, or the first ones of them. Signal and connection
-// may end in any order, and both during the call: the function then finishes, with what it
-// captured.
+// The function accepts the arguments of the signal, or only the first ones. Signal and connection
+// may be destroyed in any order, also during the call: the function then finishes, and what it
+// captured stays valid until it returns.
 
 #include "qrv/base/csignal.h"
 
@@ -15,8 +15,8 @@
 
 class QRV_API cScopedConnection {
   public:
-    cScopedConnection() noexcept = default; // of nothing
-    // Connects behind what is connected already. Allocates.
+    cScopedConnection() noexcept = default; // connected to nothing
+    // Connects after the existing connections. Moves the function to the heap.
     template <class F> cScopedConnection(cSignal const &signal, F function) {
         connect(signal, std::make_unique<cFunctionSlot<F>>(std::move(function)));
     }
@@ -30,15 +30,16 @@ class QRV_API cScopedConnection {
         else
             connect_first<T>(signal, std::move(function));
     }
-    // The source is connected to nothing afterwards.
+    // The source is then connected to nothing.
     cScopedConnection(cScopedConnection &&) noexcept = default;
     cScopedConnection &operator=(cScopedConnection &&) noexcept = default; // ends the former one
     ~cScopedConnection() = default;
 
-    // False after disconnect(), and when the signal has ended.
+    // False after disconnect(), and when the signal has been destroyed.
     bool isconnected() const { return slot_ && slot_->isconnected(); }
     void disconnect() noexcept { slot_ = nullptr; }
-    // While somebody holds the result, the function is not called. Null if nothing is connected.
+    // The function is not called until the result and its copies are destroyed. Null if nothing is
+    // connected.
     cRef<cShared> block() const { return slot_ ? slot_->block() : cRef<cShared>(); }
 
   private:

@@ -1,12 +1,13 @@
 #pragma once
 // Signals and slots: typed calls along connections.
 //
-// A signal calls what is connected to it, in the order of connection, and a slot calls a function
-// or a member function. Both may be connected, cut and destroyed from inside a call
-// (qrv/base/cconnection.h has the rules).
+// A signal calls its targets in the order in which they were connected. A slot calls a function or
+// a member function. Both may be connected, cut and destroyed during a call (qrv/base/cconnection.h
+// has the rules).
 //
-// Limits: a slot does not own its object: destroy the slot first or together with it. An exception
-// of a slot reaches the caller of the signal, and the remaining targets are not called.
+// Limits: a slot does not own its object, so the slot must be destroyed before or with the object.
+// An exception of a slot reaches the caller of the signal, and the remaining targets are not
+// called.
 
 #include "qrv/base/cconnection.h"
 
@@ -18,11 +19,12 @@
 #include <type_traits>
 #include <utility>
 
-// The bases by argument count, the targets of signals. Whoever derives from one calls disconnect()
-// first thing in its destructor, so that no emission reaches a half destroyed object.
+// The bases, by number of arguments: what a signal can call. The destructor of a derived class must
+// call disconnect() first, so that no emission reaches a partly destroyed object.
 class QRV_API cSSBase0 : public cSSBase {
   public:
     ~cSSBase0() override;
+    // The call that a signal makes. RUNS USER CODE, as in cSSBase1 and cSSBase2.
     virtual void operator()() const = 0;
 
   protected:
@@ -37,6 +39,7 @@ class QRV_API cSSBase0 : public cSSBase {
 template <class T> class QRV_API cSSBase1 : public cSSBase {
   public:
     ~cSSBase1() override = default;
+    // RUNS USER CODE
     virtual void operator()(T argument) const = 0;
 
   protected:
@@ -51,6 +54,7 @@ template <class T> class QRV_API cSSBase1 : public cSSBase {
 template <class T, class U> class QRV_API cSSBase2 : public cSSBase {
   public:
     ~cSSBase2() override = default;
+    // RUNS USER CODE
     virtual void operator()(T first, U second) const = 0;
 
   protected:
@@ -62,33 +66,39 @@ template <class T, class U> class QRV_API cSSBase2 : public cSSBase {
     int arguments() const final { return 2; }
 };
 
-// A signal without arguments. Firing it calls its targets first-connected-first.
+// A signal without arguments. Firing it calls its targets in the order of connection.
 class QRV_API cSignal : public cSSBase0 {
   public:
     constexpr cSignal() noexcept {}
-    // Connected to `target` at once. Another cSignal is copied instead, which connects nothing:
-    // pass it as a cSSBase0 to connect to it.
+    // Connects to `target`. Another cSignal is copied instead, which connects nothing: pass it as a
+    // cSSBase0 to connect to it.
     explicit cSignal(cSSBase0 const &target);
     cSignal(cSignal const &) noexcept = default;
     cSignal &operator=(cSignal const &) noexcept = default;
     ~cSignal() override;
 
+    // Connects `target` and returns this signal's end of the link, borrowed: see cSSBase::connect.
+    // With `exclusive`, all targets connected so far are blocked until the link is cut. The new
+    // ends are inserted before the nodes `mine` and `theirs`, by default at the end. Connecting
+    // again only counts.
     cConnection *connect(cSSBase0 const &target, bool exclusive = false,
                          cConnection *mine = nullptr, cConnection *theirs = nullptr) const {
         return cSSBase::connect(target, exclusive, mine, theirs);
     }
+    // Undoes one connect(), or with `force` all of them. Without a target: cuts all links, in both
+    // directions.
     void disconnect(cSSBase0 const &target, bool force = false) const {
         cSSBase::disconnect(target, force);
     }
     void disconnect() const { cSSBase::disconnect(); }
 
     void operator()() const override;
-    // Calls the first target only, and makes it the last: one shot after the other serves all in
+    // Calls only the first target, then moves it to the end: repeated calls serve all targets in
     // turn.
     void oneshot() const;
 };
 
-// A signal with one argument. Targets without argument are called without it.
+// A signal with one argument. A target without arguments is called without it.
 template <class T> class QRV_API cSignal1 : public cSSBase1<T> {
   public:
     constexpr cSignal1() noexcept {}
@@ -96,6 +106,7 @@ template <class T> class QRV_API cSignal1 : public cSSBase1<T> {
     cSignal1 &operator=(cSignal1 const &) noexcept = default;
     ~cSignal1() override { cSSBase::disconnect(); }
 
+    // These are as in cSignal.
     cConnection *connect(cSSBase1<T> const &target, bool exclusive = false,
                          cConnection *mine = nullptr, cConnection *theirs = nullptr) const {
         return cSSBase::connect(target, exclusive, mine, theirs);
@@ -123,7 +134,7 @@ template <class T> class QRV_API cSignal1 : public cSSBase1<T> {
     }
 };
 
-// A signal with two arguments. Targets of fewer arguments get the first one or none.
+// A signal with two arguments. Targets with fewer arguments receive only the first one, or none.
 template <class T, class U> class QRV_API cSignal2 : public cSSBase2<T, U> {
   public:
     constexpr cSignal2() noexcept {}
@@ -131,6 +142,7 @@ template <class T, class U> class QRV_API cSignal2 : public cSSBase2<T, U> {
     cSignal2 &operator=(cSignal2 const &) noexcept = default;
     ~cSignal2() override { cSSBase::disconnect(); }
 
+    // These are as in cSignal.
     cConnection *connect(cSSBase2<T, U> const &target, bool exclusive = false,
                          cConnection *mine = nullptr, cConnection *theirs = nullptr) const {
         return cSSBase::connect(target, exclusive, mine, theirs);
@@ -167,33 +179,35 @@ template <class T, class U> class QRV_API cSignal2 : public cSSBase2<T, U> {
     }
 };
 
-// What the library itself uses of these is compiled once, in the library.
+// Instances that the library itself uses are compiled once, in the library.
 extern template class cSignal1<bool &>;
 extern template class cSignal1<char const *>;
 extern template class cSignal1<cObj &>;
 extern template class cSignal1<cErr &>;
 extern template class cSignal2<int, int>;
 
-// A signal that fires itself when it dies. Made a member, it announces the end of its owner. What a
-// target throws then is swallowed, since it would leave a destructor.
+// A signal whose destructor fires it. As a member it announces the destruction of its owner.
+// Exceptions of targets are discarded, since they would leave a destructor.
 class QRV_API cDeleteSignal : public cSignal {
   public:
     constexpr cDeleteSignal() noexcept {}
+    // Connects to `target`.
     explicit cDeleteSignal(cSSBase0 const &target) : cSignal(target) {}
     cDeleteSignal(cDeleteSignal const &) noexcept = default;
     cDeleteSignal &operator=(cDeleteSignal const &) noexcept = default;
     ~cDeleteSignal() override;
 };
 
-// Exactly a va_list, as a parameter holds it.
+// Matches exactly va_list, in its form as a parameter.
 template <class List>
 concept cArgumentList =
     !std::is_null_pointer_v<List> && requires(List list, void (*take)(std::va_list)) {
     take(list);
 };
 
-// A signal that carries a formatted text. With nothing connected nothing is formatted. The text
-// stands in one process-wide buffer, is cut at 1023 characters and is good during the firing only.
+// A signal that passes a formatted string. Without a connection, and for a null format, a call has
+// no effect. The string is in one buffer of the process, is cut at 1023 characters and is valid
+// only during the call.
 class QRV_API cSigInfo : public cSignal1<char const *> {
   public:
     constexpr cSigInfo() noexcept {}
@@ -201,13 +215,13 @@ class QRV_API cSigInfo : public cSignal1<char const *> {
     cSigInfo &operator=(cSigInfo const &) noexcept = default;
     ~cSigInfo() override;
 
-    // DELIBERATE: one text alone is no format, it is fired as it is.
+    // DELIBERATE: a single string is not a format, it is passed unchanged.
     // Pinned: a_single_string_is_sent_unformatted
     using cSignal1<char const *>::operator();
-    // A template for one reason: a call with the text alone then takes the inherited one.
+    // A template, so that a call with only a string selects the inherited operator.
     template <class = void> void operator()(char const *format, ...) const QRV_PRINTF(2, 3);
-    // Only for exactly a va_list, which is a plain pointer here: 0 or nullptr are arguments. The
-    // caller's list is left as it was.
+    // Accepts only a va_list. That is a plain pointer as a parameter, so 0 and nullptr are
+    // excluded: they are arguments of the format. The caller's list is not changed.
     template <cArgumentList List> void operator()(char const *format, List args) const {
         fire_format(format, args);
     }
@@ -220,7 +234,7 @@ template <class> void cSigInfo::operator()(char const *format, ...) const {
     std::va_list args;
     va_start(args, format);
     try {
-        fire_format(format, args); // RE-ENTERS: *this may be gone afterwards
+        fire_format(format, args); // RE-ENTERS: *this may be destroyed
     } catch (...) {
         va_end(args);
         throw;
@@ -228,26 +242,27 @@ template <class> void cSigInfo::operator()(char const *format, ...) const {
     va_end(args);
 }
 
-// Something with a connect() that takes a `Target`: what the constructors of the slots take.
+// Requires a connect() that accepts a `Target`: for the constructors of the slots.
 template <class Signal, class Target>
 concept cSignalFor = requires(Signal const &signal, Target const &target) {
     signal.connect(target, false, nullptr, nullptr);
 };
 
-// A pointer to a member function that can be called on a C: constant or not, inherited or not, with
+// A pointer to a member function that can be called on a C: const or not, inherited or not, with
 // any result.
 template <class Member, class C, class... Args>
 concept cMemberOf =
     std::is_member_function_pointer_v<Member> && std::is_invocable_v<Member, C *, Args...>;
 
-// One such pointer, and a function that knows its real type.
+// Holds such a pointer and calls it by its actual type.
 template <class C, class... Args> class cMemberCall {
   public:
-    // Without an object there is nothing to call either.
+    // A null object or function makes it empty. Borrows the object.
     template <class Member> cMemberCall(C const *object, Member member) noexcept
         : call_(object && member ? &call<Member> : nullptr), member_(std::bit_cast<cBits>(member)) {
     }
 
+    // False if it is empty; it must not be called then. The call RUNS USER CODE.
     explicit operator bool() const noexcept { return call_ != nullptr; }
     void operator()(C *object, Args... args) const {
         call_(object, std::forward<Args>(args)..., member_);
@@ -256,7 +271,8 @@ template <class C, class... Args> class cMemberCall {
   private:
     using cBits = std::array<std::uintptr_t, 2>;
 
-    // The bits come last, so that the arguments stay in the registers that the slot got them in.
+    // The bits are the last argument, so that the others stay in the registers in which the slot
+    // received them.
     template <class Member> static void call(C *object, Args... args, cBits bits) {
         static_cast<void>((object->*std::bit_cast<Member>(bits))(std::forward<Args>(args)...));
     }
@@ -265,22 +281,23 @@ template <class C, class... Args> class cMemberCall {
     cBits member_;
 };
 
-// The plain form of a member function, which overloaded names and null are taken for.
+// The plain type of a member function, for overloaded names and null, which have no type to deduce.
 template <class C, class... Args> using cPlainMember =
     std::conditional_t<std::is_const_v<C>, void (std::remove_const_t<C>::*)(Args...) const,
                        void (std::remove_const_t<C>::*)(Args...)>;
 
-// Calls a member function of an object, which it does not own; its result is dropped. A null object
-// or function is not called. For a constant object C is constant, and so is the function.
+// Calls a member function of an object and ignores its result. Borrows the object. A null object or
+// function is not called. For a const object, C is const, and so is the function.
 template <class C> class QRV_API cSlot : public cSSBase0 {
   public:
     using function_type = cPlainMember<C>;
 
+    // Connected to nothing.
     cSlot(C *object, function_type function) noexcept
         : object_(object), function_(object, function) {}
     template <cMemberOf<C> Member> cSlot(C *object, Member function) noexcept
         : object_(object), function_(object, function) {}
-    // Also connected to `signal`, which is the sending side.
+    // Connects `signal` to this slot.
     template <cSignalFor<cSSBase0> Signal>
     cSlot(C *object, function_type function, Signal const &signal) : cSlot(object, function) {
         signal.connect(*this, false, nullptr, nullptr);
@@ -296,7 +313,7 @@ template <class C> class QRV_API cSlot : public cSSBase0 {
     void operator()() const override {
         if (!function_) return;
         if (plain_call())
-            function_(object_); // RE-ENTERS: *this may be gone afterwards
+            function_(object_); // RE-ENTERS: *this may be destroyed
         else
             call_guarded();
     }
@@ -317,10 +334,12 @@ template <class C, class T> class QRV_API cSlot1 : public cSSBase1<T> {
   public:
     using function_type = cPlainMember<C, T>;
 
+    // Connected to nothing.
     cSlot1(C *object, function_type function) noexcept
         : object_(object), function_(object, function) {}
     template <cMemberOf<C, T> Member> cSlot1(C *object, Member function) noexcept
         : object_(object), function_(object, function) {}
+    // Connects `signal` to this slot.
     template <cSignalFor<cSSBase1<T>> Signal>
     cSlot1(C *object, function_type function, Signal const &signal) : cSlot1(object, function) {
         signal.connect(*this, false, nullptr, nullptr);
@@ -337,7 +356,7 @@ template <class C, class T> class QRV_API cSlot1 : public cSSBase1<T> {
         if (!function_) return;
         if (this->plain_call())
             function_(object_,
-                      std::forward<T>(argument)); // RE-ENTERS: *this may be gone afterwards
+                      std::forward<T>(argument)); // RE-ENTERS: *this may be destroyed
         else
             call_guarded(std::forward<T>(argument));
     }
@@ -363,10 +382,12 @@ template <class C, class T, class U> class QRV_API cSlot2 : public cSSBase2<T, U
   public:
     using function_type = cPlainMember<C, T, U>;
 
+    // Connected to nothing.
     cSlot2(C *object, function_type function) noexcept
         : object_(object), function_(object, function) {}
     template <cMemberOf<C, T, U> Member> cSlot2(C *object, Member function) noexcept
         : object_(object), function_(object, function) {}
+    // Connects `signal` to this slot.
     template <cSignalFor<cSSBase2<T, U>> Signal>
     cSlot2(C *object, function_type function, Signal const &signal) : cSlot2(object, function) {
         signal.connect(*this, false, nullptr, nullptr);
@@ -381,7 +402,7 @@ template <class C, class T, class U> class QRV_API cSlot2 : public cSSBase2<T, U
 
     void operator()(T first, U second) const override {
         if (!function_) return;
-        if (this->plain_call()) // RE-ENTERS: *this may be gone afterwards
+        if (this->plain_call()) // RE-ENTERS: *this may be destroyed
             function_(object_, std::forward<T>(first), std::forward<U>(second));
         else
             call_guarded(std::forward<T>(first), std::forward<U>(second));
@@ -403,12 +424,14 @@ cSlot2(C *, R (B::*)(T, U), Signal const &...) -> cSlot2<C, T, U>;
 template <class C, class R, class B, class T, class U, class... Signal>
 cSlot2(C *, R (B::*)(T, U) const, Signal const &...) -> cSlot2<C, T, U>;
 
-// What a function slot calls: a plain function, or a function object, a lambda for example. Copies
-// share the object, so a call that holds a copy outlives the slot.
+// What a function slot calls: a function or a function object, such as a lambda. Copies share the
+// object, so a call that holds a copy may outlive the slot.
 template <class F> class cHeldFunction {
   public:
+    // Moves a function object to the heap; stores a function pointer.
     explicit cHeldFunction(F &&function) : held_(hold(std::forward<F>(function))) {}
 
+    // False if the function is null; it must not be called then. The call RUNS USER CODE.
     explicit operator bool() const { return !is_null(function()); }
     template <class... Args> void operator()(Args &&...args) const {
         static_cast<void>(function()(std::forward<Args>(args)...));
@@ -440,10 +463,12 @@ template <class F> class cHeldFunction {
     cHeld held_;
 };
 
-// Calls a function or a function object without arguments; its result is dropped. A null function
+// Calls a function or a function object without arguments and ignores its result. A null function
 // is not called. Copies share the function object.
 template <class F> class QRV_API cFunctionSlot : public cSSBase0 {
   public:
+    // Moves a function object to the heap; copies a function pointer. With `signal`: connects it to
+    // this slot.
     explicit cFunctionSlot(F function) noexcept(!std::is_class_v<F>)
         : function_(std::forward<F>(function)) {}
     template <cSignalFor<cSSBase0> Signal> cFunctionSlot(F function, Signal const &signal)
@@ -458,7 +483,7 @@ template <class F> class QRV_API cFunctionSlot : public cSSBase0 {
         if (isblocked() || !function_) return;
         BlockOnCall const self_block(this);
         auto const function = function_;
-        function(); // RE-ENTERS: *this may be gone afterwards
+        function(); // RE-ENTERS: *this may be destroyed
     }
 
   private:
@@ -468,6 +493,7 @@ template <class F> class QRV_API cFunctionSlot : public cSSBase0 {
 // The same with one argument.
 template <class T, class F> class QRV_API cFunctionSlot1 : public cSSBase1<T> {
   public:
+    // As in cFunctionSlot.
     explicit cFunctionSlot1(F function) noexcept(!std::is_class_v<F>)
         : function_(std::forward<F>(function)) {}
     template <cSignalFor<cSSBase1<T>> Signal> cFunctionSlot1(F function, Signal const &signal)
@@ -482,7 +508,7 @@ template <class T, class F> class QRV_API cFunctionSlot1 : public cSSBase1<T> {
         if (this->isblocked() || !function_) return;
         cSSBase::BlockOnCall const self_block(this);
         auto const function = function_;
-        function(argument); // RE-ENTERS: *this may be gone afterwards
+        function(argument); // RE-ENTERS: *this may be destroyed
     }
 
   private:
@@ -494,6 +520,7 @@ template <class F, class T> cFunctionSlot1(F, cSignal1<T> const &) -> cFunctionS
 // The same with two arguments.
 template <class T, class U, class F> class QRV_API cFunctionSlot2 : public cSSBase2<T, U> {
   public:
+    // As in cFunctionSlot.
     explicit cFunctionSlot2(F function) noexcept(!std::is_class_v<F>)
         : function_(std::forward<F>(function)) {}
     template <cSignalFor<cSSBase2<T, U>> Signal> cFunctionSlot2(F function, Signal const &signal)
@@ -508,7 +535,7 @@ template <class T, class U, class F> class QRV_API cFunctionSlot2 : public cSSBa
         if (this->isblocked() || !function_) return;
         cSSBase::BlockOnCall const self_block(this);
         auto const function = function_;
-        function(first, second); // RE-ENTERS: *this may be gone afterwards
+        function(first, second); // RE-ENTERS: *this may be destroyed
     }
 
   private:
@@ -521,9 +548,9 @@ template <class F, class T, class U> cFunctionSlot2(F, cSignal2<T, U> const &)
 extern template class cFunctionSlot<void (*)()>;
 extern template class cFunctionSlot1<char const *, void (*)(char const *)>;
 
-// The common points in a process's life. The application fires them, the library only listens:
-// `sig_idle` when it has nothing to do, `sig_init` and `sig_exit` at its start and end. They exist
-// before every other static object of the library.
+// Common points in a process's life. The application fires them, the library only listens:
+// `sig_idle` when the application has nothing to do, `sig_init` and `sig_exit` at its start and
+// end. They exist before all other static objects of the library.
 extern QRV_API cSignal sig_idle;
 extern QRV_API cSignal sig_init;
 extern QRV_API cSignal sig_exit;

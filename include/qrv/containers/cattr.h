@@ -1,10 +1,10 @@
 #pragma once
-// cAttr, what obj[key] gives: a handle that stands for the attribute with that key in that owner,
-// whether it exists or not. Reading goes through the owner's getattr, writing through its setattr,
-// so all rules of the owner's type apply. A handle is a value, no cObj, and is tied to no node.
+// cAttr, the result of obj[key]: a handle for the attribute with that key in that owner, whether
+// the attribute exists or not. It reads by the owner's getattr and writes by its setattr, so all
+// rules of the owner's type apply. A handle is a value, not a cObj, and is not tied to a node.
 //
-// Every read asks the owner again and keeps what it found in `cache`, which is what makes `*` and
-// `->` safe to use. An unusable handle (owner null or void) reads cat::bad() and ignores writes.
+// Every read asks the owner again and stores the result in `cache_`, which keeps the object for `*`
+// and `->`. An unusable handle (owner null or void) reads cat::bad() and ignores writes.
 
 #include "qrv/core/cobj.h"
 
@@ -14,58 +14,71 @@ class QRV_API cAttr {
   public:
     cAttr() noexcept = default;
     cAttr(objref const &owner, objref const &key) noexcept; // shares both
-    cAttr(objref const &owner, std::string const &key);     // clones the text
-    cAttr(objref const &owner, char const *key);            // a null text makes a null key
+    cAttr(objref const &owner, std::string const &key);     // clones the string
+    cAttr(objref const &owner, char const *key);            // a null string is a null key
     cAttr(objref const &owner, int key);
     cAttr(cAttr const &other) noexcept; // owner and key; the cache starts null
     ~cAttr();
 
+    // Null if the handle has none.
     objref const &key() const noexcept { return key_; }
     objref const &owner() const noexcept { return owner_; }
     std::string key_as_string() const;
-    bool is_defined() const noexcept { return owner_ && key_; } // not: the attribute exists
+    bool is_defined() const noexcept { return owner_ && key_; } // the attribute may not exist
 
+    // These read. RUNS USER CODE: getattr of the owner's type. For a null key: cat::bad(). `*` and
+    // `->` also return cat::bad() for a null value; the result is valid until the next read or
+    // write.
     [[nodiscard]] objref getattr() const;
-    [[nodiscard]] objref getattr(cTypeObj const &type) const; // bad unless of exactly this type
+    [[nodiscard]] objref getattr(cTypeObj const &type) const; // bad unless exactly of this type
     operator objref() const { return getattr(); }
     cObj &operator*() const;
     cObj *operator->() const;
 
+    // Reads the attribute, and returns a handle for `key` in it.
     cAttr operator[](objref const &key) const;
     cAttr operator[](std::string const &key) const;
     cAttr operator[](char const *key) const;
     cAttr operator[](int key) const;
-    // std::out_of_range for what an int can't hold.
+    // std::out_of_range if the value does not fit in an int.
     template <cOtherIndex T> cAttr operator[](T key) const { return (*this)[cat::as_int(key)]; }
     template <cCharacter T> cAttr operator[](T) const = delete;
     cAttr operator[](double) const = delete;
     cAttr operator[](bool) const = delete;
 
+    // RUNS USER CODE: the key's hook
     bool operator==(cAttr const &other) const; // same owner, equal keys
     bool operator!=(cAttr const &other) const { return !(*this == other); }
 
     void set(cAttr const &other); // rebinds the handle; writes nothing
 
-    // Writes, sharing the value; a kill value removes. Refusal shows on the error route only.
+    // Writes: shares the value; a kill value removes the attribute. A refusal is only reported as
+    // an error.   RUNS USER CODE
     cAttr &operator=(objref const &value);
     cAttr &operator=(cAttr const &other);
 
-    // Inserts into a vector or set at this place, past flags, entry type and a set's test for
-    // equal values; gives the handle of the next place, or a copy of this one after an error.
+    // Inserts into a vector or set at this position, without the checks of flags and entry type and
+    // the set's check for equal values. Returns the handle of the next position; after an error, or
+    // for a null owner, a copy of this one.
     //   0x40020000 "Setattr in object type '...', key '...': Inserting cAttr::operator<< ..."
     cAttr operator<<(objref const &value);
 
-    objref swap_to(objref const &value);               // writes, gives what stood there
-    objref force_type(cTypeObj const &type);           // makes one if needed; bad if refused
-    objref force_default(objref const &value);         // stores value unless its type is there
-    void force_value(objref const &value, bool clone); // assigns in place, or stores
+    objref swap_to(objref const &value); // writes; returns the old value
+    // Return the value, after a value of another type was replaced: by type.newobj(), or by
+    // `value`, shared. cat::bad() if the owner refuses it.
+    objref force_type(cTypeObj const &type);
+    objref force_default(objref const &value);
+    // Assigns to a value of the same type; otherwise stores `value`, or a clone of it.
+    void force_value(objref const &value, bool clone);
 
-    void save(cMapObj &map) const;     // a private clone of the value, under a clone of the key
-    cAttr &unsave(cMapObj const &map); // assigns the saved content to the present object
-    bool write_attr(std::ostream &os) const; // key=value; and a blank; true if os is still good
+    // Stores a clone of the value in `map`, under a clone of the key; nothing if there is no clone.
+    void save(cMapObj &map) const;
+    cAttr &unsave(cMapObj const &map); // assigns the saved value to the present object
+    // Writes `key=value; `. True if the stream is good afterwards.
+    bool write_attr(std::ostream &os) const;
 
   private:
-    // Only a cRef can be given to these operations.
+    // Only a cRef can be passed to these operations.
     cAttr &operator=(cObj const &) { return *this; }
     void force_value(cObj const &) {}
     void force_value(cObj const &, bool) {}
@@ -81,4 +94,5 @@ class QRV_API cAttr {
     mutable objref cache_;
 };
 
+// std::out_of_range if the value does not fit in an int.
 template <cOtherIndex T> cAttr cObj::operator[](T key) { return (*this)[cat::as_int(key)]; }

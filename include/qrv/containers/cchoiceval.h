@@ -1,55 +1,59 @@
 #pragma once
-// Choices: enumerations made at run time. A choice type is a type object of the metatype "choice"
-// with a type member "choices", which is a map or any other container. A value of it is a cursor
-// over that container, and where it stands is the value.
+// Choices: enumerations that are created at run time. A choice type is a type object of the
+// metatype "choice" with a type member "choices", which is a map or another container. A value of
+// such a type is a cursor over the container: its position is the value.
 //
-//   Position     is_undefined()   how it comes about
+//   Position     is_undefined()   reason
 //   at a choice  false            a key that the choices have
-//   undefined    true             the end position: set_undefined(), an empty text
-//   lost         true             null, after update(): the choice is gone, or it was undefined
+//   undefined    true             the end position: set_undefined(), an empty string
+//   lost         true             null, after update(): the choice was removed, or the value was
+//                                 undefined
 //
-// Changing the choices through the type (its attributes) says so with cObj::changed(), and each
-// value that follows its type goes along in update(). Values made by the system (newobj, clone,
-// reading) follow; a value made by a constructor follows if told to. Whoever changes the container
-// itself calls type.changed(), or else each value finds out at its own next update().
+// A change of the choices through the attributes of the type fires cObj::changed(), and each value
+// that follows its type calls update(). Values that the system creates (newobj, clone, reading)
+// follow; a value from a constructor follows on demand. Code that changes the container itself must
+// call type.changed(); otherwise each value notices the change at its next update().
 //
-// A value keeps its type alive, beyond its registration. A type among whose choices stands one of
-// its own values is a cycle and never freed; reading text makes none.
+// A value keeps its type alive, also after the type is removed from the registry. A type whose
+// choices contain a value of this type is a cycle and never freed; reading text creates no such
+// cycle.
 
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/ctypeobj.h"
 
 class QRV_API cChoiceVal : public cIterObj {
   public:
-    // At the first choice, undefined if there is none. Shares the type; null is "niltype", a type
-    // without choices. RUNS USER CODE, as do all constructors
+    // At the first choice, undefined without choices. Shares the type; null is "niltype", a type
+    // without choices. Every constructor RUNS USER CODE.
     explicit cChoiceVal(cTypeObj *type, bool follow = false);
-    // A value of the same type that doesn't follow, at the key of other if the type has it still,
-    // else undefined.
+    // A value of the same type that does not follow. At the key of `other`, undefined if the type
+    // no longer has it.
     cChoiceVal(cChoiceVal const &other);
-    // The type by cat::find_type. At the first choice for a null key, undefined for an unknown one.
+    // The type is cat::find_type(type_name). At the first choice for a null key, undefined for an
+    // unknown key.
     cChoiceVal(std::string const &type_name, char const *key);
     ~cChoiceVal() override;
 
-    // The container of the last update(), if it still is the type's; else null. So the result is a
-    // sign of a change not yet seen, too.
+    // The container at the last update(), or null if the type has another one now: then a change
+    // has not been noticed yet.
     objref choices() const;
 
-    // All by assign(): a value or an iterator gives its key, anything else is the key. An unknown
-    // one changes nothing.
+    // All by assign(): for a value or an iterator its key, anything else is the key. An unknown key
+    // has no effect. RUNS USER CODE: key hooks
     cChoiceVal &operator=(cChoiceVal const &other);
     cChoiceVal &operator=(cObj const &other);
     cChoiceVal &operator=(std::string const &key);
-    cChoiceVal &operator=(char const *key); // null changes nothing
+    cChoiceVal &operator=(char const *key); // null has no effect
     cChoiceVal &operator=(int key);
 
     typeref const &held_type() const noexcept { return held_; } // the type at construction
 
+    // Moves to the end position. A lost value stays lost if it has no container.
     void set_undefined() { setpos(-1); }
     bool is_undefined() const { return !valid(); }
 
-    // Other choices: to the choice of the same key, else the first; an undefined value is lost. The
-    // same choices: as in cIterObj. False if lost. RUNS USER CODE
+    // If the choices are another container: moves to the same key, else to the first choice; an
+    // undefined value is lost. Otherwise as in cIterObj. False if lost. RUNS USER CODE
     bool update() override;
 
   private:
@@ -58,31 +62,32 @@ class QRV_API cChoiceVal : public cIterObj {
     void go_to(objref const &choices);
 
     typeref held_;
-    cObj const *seen_ = nullptr; // the choices at the last update: borrowed, never looked into
+    cObj const *seen_ = nullptr; // the choices at the last update: borrowed, only compared
     unsigned int seen_id_ = 0;
 };
 
-// The methods that a choice type gives to its values. Objects that are no cChoiceVal answer false
-// or cat::bad().
+// The methods of the values of choice types. For objects that are not a cChoiceVal they return
+// false or cat::bad().
 namespace cTomChoiceVal {
-QRV_API objref newobj(objref type);             // follows; bad if type is no type
+QRV_API objref newobj(objref type);             // follows its type; bad if `type` is not a type
 QRV_API objref getattr(objref obj, objref key); // "key", "value", "pos", "choices"; else bad
-// "value" changes the entry of the choices, through the type; false for any other key, and for an
+// "value" changes the entry in the choices, through the type. False for any other key, and for an
 // undefined value.
 QRV_API bool setattr(cObj &obj, objref &key, objref &value);
 QRV_API bool m_assign(cObj &obj, objref &arg); // true, also for an unknown key
-// With text: the stream comes in a holder (cOutHolder, cInHolder).
-QRV_API bool m_write(cObj &obj, objref &stream); // the key; nothing when undefined
-QRV_API bool m_read(cObj &obj, objref &stream);  // nothing reads as undefined; false if not found
+// With text: the stream is in a holder (cOutHolder, cInHolder).
+QRV_API bool m_write(cObj &obj, objref &stream); // the key; nothing if undefined
+// Empty text reads as undefined. False for a key that does not exist.
+QRV_API bool m_read(cObj &obj, objref &stream);
 } // namespace cTomChoiceVal
 
-// The methods of choice types as objects. Objects that are no cTypeObj answer false or cat::bad().
+// The methods of choice types as objects. For objects that are not a cTypeObj they return false or
+// cat::bad().
 namespace cTomChoice {
-// The key "choices" replaces the container, any other one is set in it; it is a new map if there
-// was none. Then `changed`. False, and no signal, where the container refuses.
-// RUNS USER CODE
+// The key "choices" replaces the container; any other key is set in the container, which is created
+// if necessary. Fires `changed`. If the container refuses: false, and no signal. RUNS USER CODE
 QRV_API bool setattr(cObj &type, objref &key, objref &value);
 QRV_API objref getattr(objref type, objref key);  // "choices", or an attribute of them
-QRV_API bool m_write(cObj &type, objref &stream); // the choices, "#nil" without
-QRV_API bool m_read(cObj &type, objref &stream);  // one value becomes the choices
+QRV_API bool m_write(cObj &type, objref &stream); // the choices; "#nil" without choices
+QRV_API bool m_read(cObj &type, objref &stream);  // the value that was read becomes the choices
 } // namespace cTomChoice

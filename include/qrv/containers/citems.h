@@ -1,16 +1,15 @@
 #pragma once
-// cat::items(ref) is the entries of a container as a range:
+// cat::items(ref) is a range over the entries of a container:
 //
 //     for (auto const &[key, value] : cat::items(map)) ...
 //     for (cat::Item const item : cat::items(vector)) use(item.value());
 //
-// Range, iterators and items own what they need: a loop over a temporary is fine, and so are
-// iterators that outlive the range. The loop may change the container: entries that are left are
-// walked once, and those that are added after the current one, too. An entry that is removed has a
-// null key and the value cat::bad() from then on; a step from it leads to the entry that followed
-// it when it was removed.
+// Range, iterators and items own what they need, so a loop over a temporary is valid, and iterators
+// may outlive the range. The loop may change the container: it visits each entry that remains once,
+// also those that are added after the current one. A removed entry has a null key and the value
+// cat::bad(); the next step leads to the entry that followed it when it was removed.
 //
-// Iterating allocates nothing. It begins anew with each begin(), at the first entry.
+// Iterating allocates nothing. Each begin() starts at the first entry.
 
 #include "qrv/core/cattrcursor.h"
 #include "qrv/core/ctypes.h"
@@ -24,11 +23,11 @@
 
 namespace cat {
 
-// One entry: holds its node, not the container. Binding it to two names copies key and value.
+// One entry. Holds the node, not the container. A structured binding copies key and value.
 class QRV_API Item {
   public:
-    Item() noexcept = default;                                    // of no entry
-    explicit Item(cAttrNode const *node) noexcept : node_(node) { // null: the same
+    Item() noexcept = default;                                    // no entry
+    explicit Item(cAttrNode const *node) noexcept : node_(node) { // null: no entry
         if (node_) node_->hold();
     }
     Item(Item const &other) noexcept : Item(other.node_) {}
@@ -41,11 +40,12 @@ class QRV_API Item {
         if (node_) node_->unhold();
     }
 
-    objref const &key() const { return cAttrNode::key(node_); } // the container's own
-    objref const &value() const noexcept {                      // shared; never null
+    // The container's key object; null without an entry.
+    objref const &key() const { return cAttrNode::key(node_); }
+    objref const &value() const noexcept { // shared; never null
         return node_ && node_->valref() ? node_->valref() : cat::bad();
     }
-    cAttrNode const *node() const noexcept { return node_; } // borrowed
+    cAttrNode const *node() const noexcept { return node_; } // borrowed; null without an entry
 
     template <std::size_t Index> friend objref get(Item const &item) {
         static_assert(Index < 2, "an item has a key and a value");
@@ -65,16 +65,19 @@ class QRV_API Items {
     class iterator {
       public:
         using iterator_concept = std::forward_iterator_tag;
-        using iterator_category = std::input_iterator_tag; // for those who want references
+        using iterator_category = std::input_iterator_tag; // `*` returns no reference
         using value_type = Item;
         using difference_type = std::ptrdiff_t;
         using pointer = void;
         using reference = Item;
 
-        iterator() noexcept = default; // an end
+        iterator() noexcept = default; // an end iterator
+        // Shares the hash; a null one is empty. Steps and `*` of an iterator at the end are
+        // allowed: it stays there, and the item has no entry.
         explicit iterator(hashref hash) noexcept : cursor_(std::move(hash)) {}
 
         Item operator*() const noexcept { return Item(cursor_.node()); }
+        // At the end it stays there.
         iterator &operator++() noexcept {
             ++cursor_;
             return *this;
@@ -102,8 +105,8 @@ class QRV_API Items {
     hashref hash_;
 };
 
-// The entries that the object's iterator walks; none for null, cat::bad(), cat::nil() and types
-// without an iterator. RUNS USER CODE, if the type has an iterator of its own.
+// The entries that the object's iterator visits; empty for null, cat::bad(), cat::nil() and types
+// without an iterator. RUNS USER CODE if a program has defined the type's iterator.
 [[nodiscard]] QRV_API Items items(objref const &ref);
 
 } // namespace cat

@@ -1,14 +1,15 @@
 #pragma once
-// cIterObj, a position in the ring of a hash: an object of type "iterator", so that it can stand
-// in an attribute, and a by-value cursor from cObj::begin() and cObj::end().
+// cIterObj, a position in the ring of a hash: an object of type "iterator", which can be an
+// attribute value, and also the cursor that cObj::begin() and cObj::end() return by value.
 //
-// It keeps the hash alive, and the memory of its node, but not the node's place: when the node is
-// deleted the iterator is invalid at once (pos() -1, values cat::bad(), key null), and update()
-// makes it null. Null: no position. End: the ring's anchor.
+// It shares the hash and keeps the memory of its node, but not the node in the ring: when the node
+// is deleted, the iterator is invalid at once (pos() is -1, the value cat::bad(), the key null),
+// and update() makes it null. A null iterator has no position. The end position is the ring's
+// anchor.
 //
-// An iterator made to follow runs update() whenever its source says that it has changed
-// (cObj::changed). The tie is a slot among its own members, "updatefromobj"; removing that member
-// ends it, and so does the end of either side.
+// An iterator that follows a source runs update() whenever the source reports a change
+// (cObj::changed). The connection is a slot among the iterator's own members, "updatefromobj": it
+// ends when that member is removed, or the iterator or the source is destroyed.
 
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobj.h"
@@ -18,22 +19,23 @@ class QRV_API cIterObj : public cObj {
     using link = cNode<cAttrNode>;
 
     cIterObj();
+    // Shares node and hash of `other`; with `rewind` at the first node.
     cIterObj(cIterObj const &other, bool rewind = false);
-    explicit cIterObj(hashref const &hash); // shares; at the first node
-    // Node and hash of source's begin(); null has none. With follow the source gets a signal
-    // "changed" if it has none, and isn't kept alive. RUNS USER CODE
+    explicit cIterObj(hashref const &hash); // shares; at the first node; null if `hash` is
+    // Node and hash of source->begin(); null for a null source. With `follow`, the source gets a
+    // signal "changed" if it has none; it is not kept alive. RUNS USER CODE
     explicit cIterObj(cObj *source, bool follow = false);
     ~cIterObj() override;
 
-    cIterObj &operator=(cIterObj const &other); // node and hash
-    cIterObj &operator=(cObj const &other);     // assign
+    cIterObj &operator=(cIterObj const &other); // shares node and hash
+    cIterObj &operator=(cObj const &other);     // assign. RUNS USER CODE
     bool operator==(cIterObj const &other) const noexcept { return link_ == other.link_; }
     bool operator!=(cIterObj const &other) const noexcept { return link_ != other.link_; }
     using cObj::operator==;
     using cObj::operator!=;
 
     operator bool() const noexcept { return valid(); }
-    // These would calculate with the bool. The distance of two cursors is that of their pos().
+    // Deleted, since they would use the bool. The distance of two iterators is that of their pos().
     template <class T> void operator+(T const &) const = delete;
     template <class T> void operator-(T const &) const = delete;
     template <class T> void operator<(T const &) const = delete;
@@ -50,7 +52,8 @@ class QRV_API cIterObj : public cObj {
     bool valid() const noexcept;
     static bool valid(cIterObj const *it) noexcept { return it && it->valid(); }
 
-    cAttrNode *node() const noexcept; // never dereference the end position; null when lost
+    // Borrowed; null for a null iterator. At the end position, the node must not be dereferenced.
+    cAttrNode *node() const noexcept;
     cAttrHash *hash() const noexcept { return hash_.get(); }
     hashref const &hash_ref() const noexcept { return hash_; }
     objref const &key() const;             // null if not valid; cAttrNode::key
@@ -62,8 +65,8 @@ class QRV_API cIterObj : public cObj {
     std::string key_as_string() const;
     int key_as_index() const noexcept;
 
-    // One link, no test: the ring has no ends. From a dead node a step leads to the end position;
-    // a null position must not be stepped.
+    // One link, without a check: the ring has no end. From a deleted node a step leads to the end
+    // position. Stepping a null iterator is undefined.
     cIterObj &operator++() noexcept;
     cIterObj &operator--() noexcept;
     cIterObj operator++(int);
@@ -72,11 +75,14 @@ class QRV_API cIterObj : public cObj {
     int size() const noexcept;
     bool empty() const noexcept;
     int pos() const noexcept; // linear; -1 if not valid
-    // -1 the end position, -2 the last node, n the n-th; false, unmoved, if there is none.
+    // -1: the end position; -2: the last node; n: the n-th node, from 0. False if it does not
+    // exist; the position is then unchanged, except that -2 in an empty container moves to the end.
     bool setpos(int n) noexcept;
-    bool setkey(objref const &key); // false, unmoved, if absent. RUNS USER CODE: key hooks
+    // False, unmoved, if the key does not exist. RUNS USER CODE: key hooks.
+    bool setkey(objref const &key);
     bool setkey(std::string const &key);
-    // False, and null from now on, if the node is no longer on the ring.
+    // False if the node is not in the ring; the iterator is then null. The end position becomes
+    // null, too.
     virtual bool update();
 
   protected:
@@ -84,31 +90,33 @@ class QRV_API cIterObj : public cObj {
     void take(link *place, hashref const &hash);
     void take(cIterObj const &other) { take(other.link_, other.hash_); }
     void move(link *place) noexcept;
-    // Runs update() at every `changed` of source, through a slot stored under `member`; one source
-    // at a time. RUNS USER CODE
+    // Runs update() each time `source` fires `changed`, by a slot stored under `member`. There is
+    // one source at a time. RUNS USER CODE
     void follow(cObj &source, std::string const &member);
 
   private:
     class cFollower;
 
-    bool at_node() const noexcept; // neither null nor end; perhaps dead
+    bool at_node() const noexcept; // neither null nor the end; possibly a deleted node
 
-    link *link_ = nullptr; // holds the memory of a node, never that of the anchor
+    link *link_ = nullptr; // keeps the memory of a node; the anchor has none
     hashref hash_;
-    cFollower *follower_ = nullptr; // borrowed from whoever holds the slot; it knows of us
+    // Borrowed: the slot is owned by the member and clears this pointer.
+    cFollower *follower_ = nullptr;
 };
 
-// Would print a bool.
+// Deleted, since it would print a bool.
 template <class Stream>
 requires requires(Stream &os) { os.rdbuf(); }
 void operator<<(Stream &os, cIterObj const &it) = delete;
 
-// The standard methods of the type "iterator". They answer false or cat::bad() for an
-// object that is not a cIterObj.
+// The standard methods of the type "iterator". For an object that is not a cIterObj they return
+// false or cat::bad().
 namespace cTomIterator {
 QRV_API objref getattr(objref obj, objref key); // "key", "value", "pos"; else bad
+// Only "value" of a valid position: overwrites it. Else false. RUNS USER CODE
 QRV_API bool setattr(cObj &obj, objref &key, objref &value);
 // 0x41000000 "Method 'assign' called from other type: ..."
 QRV_API bool m_assign(cObj &obj, objref &arg);
-QRV_API void dump(cObj const &obj); // a listing on the standard output stream
+QRV_API void dump(cObj const &obj); // prints a listing to std::cout
 } // namespace cTomIterator

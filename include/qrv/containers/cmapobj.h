@@ -1,15 +1,15 @@
 #pragma once
 // cMapObj, an attribute hash as an object: the value of type "map", and the base of vectors, sets,
-// attribute sets and of every container type that a program makes. What users see of a map stands
-// in the functions of cTomMap, which are the standard methods of the type.
+// attribute sets and all container types that a program defines. The behaviour of a map is in the
+// functions of cTomMap, the standard methods of the type.
 //
-// Sharing: a value that is put in is shared with the caller. assign copies in place over keys that
-// are present and shares new ones; only detach makes private copies. Nothing here says that the
-// container has changed; that is up to the caller (cObj::changed or a scoped modifier).
+// A value that is inserted is shared. assign copies into the values of existing keys and shares new
+// values; only detach creates private copies. Nothing here reports that the container has changed:
+// that is up to the caller (cObj::changed or a scoped modifier).
 //
-// A map that holds itself is never freed: break such a cycle with clear(). Comparing, copying and
-// walking such maps ends all the same, and costs no more than their size on shared parts. Where
-// the stack doesn't allow another level, an operation fails softly:
+// A map that contains itself is never freed: break such a cycle with clear(). Comparing, copying
+// and walking such maps ends nevertheless, and shared parts cost no more than their size. If the
+// stack is too small for another level, an operation fails with an error:
 //   0x40000001 "Nesting is too deep in object type: " and the type's name
 
 #include "qrv/core/cattrhash.h"
@@ -17,63 +17,71 @@
 
 class QRV_API cMapObj : public cObj {
   public:
-    cMapObj();                           // type "map"; create isn't run
-    explicit cMapObj(hashref hash);      // shares it, a new one for null; its father if it has none
-    cMapObj(cMapObj const &other);       // create runs; then assign, and the whole flags word
-    explicit cMapObj(cObj const &other); // the same without create
-    cMapObj(cTypeObj *type, bool create); // borrows the type; create unless it is "niltype"
-    ~cMapObj() override;                  // the hash may live on, and then has a dangling father
+    cMapObj(); // type "map"; does not run `create`
+    // Shares the hash, or creates one for null. Becomes its father if it has none.
+    explicit cMapObj(hashref hash);
+    cMapObj(cMapObj const &other);        // runs `create`, then assigns; copies all flags
+    explicit cMapObj(cObj const &other);  // the same without `create`
+    cMapObj(cTypeObj *type, bool create); // borrows the type; `create` unless it is "niltype"
+    ~cMapObj() override;                  // a shared hash remains, without this father
 
-    cMapObj &operator=(cMapObj const &other); // assign
+    cMapObj &operator=(cMapObj const &other); // assign. RUNS USER CODE
     cMapObj &operator=(cObj const &other);
 
-    // When not null, the only type that setattr accepts for values. Not copied by assign. Borrows
-    // the type unless that counts its objects; no check.
+    // If not null, setattr accepts only values of exactly this type. assign does not copy it.
+    // Existing values are not checked. Borrows the type, or shares it if it counts its objects.
     cTypeObj *entrytype() const noexcept {
         return reinterpret_cast<cTypeObj *>(entrytype_ & ~holds_entrytype);
     }
     void set_entrytype(cTypeObj *type) noexcept;
 
     int size() const noexcept;
-    void clear(); // RUNS USER CODE; empties a shared hash for all who share it
+    void clear(); // RUNS USER CODE. A shared hash becomes empty for all its owners
+    // The hash, never null. It does not know specifications and flags: changes by it are not
+    // checked.
     cAttrHash &datamap() noexcept { return *hash_; }
     cAttrHash const &datamap() const noexcept { return *hash_; }
     hashref const &datamap_ref() const noexcept { return hash_; }
 
-    // The stored reference itself; an absent key is made with cat::nil(). For a nil key the
-    // reference is a scratch one that is reset at each such call. Valid while the node lives.
+    // The stored reference itself, for as long as the node exists. For a key that does not exist,
+    // inserts cat::nil(). For a nil key: a scratch reference, which each such call resets.
+    // RUNS USER CODE
     objref &valref_(objref const &key);
     objref &valref_(std::string const &key);
 
-    // First in ring order, else badfind: a value that equals, and one that is this very object.
+    // The first in ring order, else badfind: one that equals `value`, or that is the same object.
+    // RUNS USER CODE: the first compares by methods   O(size)
     [[nodiscard]] objref findvalue(cObj const &value);
     [[nodiscard]] objref findvalref(cObj const *value);
     [[nodiscard]] objref findvalref(objref const &value);
 
-    // The value of exactly type "map" under key; whatever else stood there is replaced by a new
-    // map, past specifications and const keys. For a nil key the reference is a scratch map,
-    // emptied at each such call, and the pointer null. Borrowed: dies with its node.
+    // The value of exactly type "map" under key; a value of another type is replaced by a new map,
+    // without regard to specifications and const keys. For a nil key: an empty scratch map, the
+    // same at each call, or as a pointer null. Borrowed from the node. RUNS USER CODE
     cMapObj &submap(objref const &key);
     cMapObj &submap(std::string const &key);
     cMapObj *submap_ptr(objref const &key);
     cMapObj *submap_ptr(std::string const &key);
 
-    // Removes empty maps among the values; recursive: below them first. One pass doesn't look
-    // back, so a child emptied on the way may need a second call. Only values of exactly "map".
+    // Removes empty maps from the values; recursive: first from the maps among them. Only values of
+    // exactly type "map". An emptied child before the current one may need another call.
+    // RUNS USER CODE
     void remove_emptychilds(bool recursive);
 
-    // Gives this map its own copies of everything it holds; deep: below maps, sets and vectors
-    // too, where a part that is held several times is copied once. False if any value refused.
+    // Replaces all values by private copies; deep: also inside maps, sets and vectors, where a part
+    // with several owners is copied once. False if a value could not be copied. RUNS USER CODE
     bool detach(bool deep);
 
-    // Same size, and for each key an equal value; order doesn't matter.   O(size)
+    // The same size, and an equal value for each key; order does not matter.
+    // RUNS USER CODE   O(size)
     bool equal_unsorted(cObj const &other) const;
 
-    // For each piece of text that is no key yet: the key with a nil value. Nothing on vectors.
+    // Inserts each piece of the string that is not yet a key, with a nil value. No effect on
+    // vectors.
     void append_keys(std::string const &text, char delimiter);
 
-    // Specifications: containers/cattspec.cpp. nilspec for a key without one; setting one wipes
-    // the attribute to nil.
+    // The specification of a key (containers/cattspec.cpp); nilspec if it has none. Setting one
+    // shares it and sets the attribute to nil. RUNS USER CODE: key hooks
     [[nodiscard]] cRef<cAttspec, cRefTraits<cAttspec>> attspec(objref const &key);
     [[nodiscard]] cRef<cAttspec, cRefTraits<cAttspec>> attspec(std::string const &key);
     void set_attspec(objref const &key, cRef<cAttspec, cRefTraits<cAttspec>> const &spec);
@@ -83,37 +91,43 @@ class QRV_API cMapObj : public cObj {
     static constexpr std::uintptr_t holds_entrytype = 1;
 
     hashref hash_;
-    std::uintptr_t entrytype_ = 0; // the address, and whether the map is one of its owners
+    std::uintptr_t entrytype_ = 0; // the address, and in bit 0 whether the map shares the type
 };
 
 namespace cat {
-// Copy on write: afterwards `ref` is the only owner of its value, deep: the values below it are
-// private too. False for a null or void value, for one that can't be cloned, and for the library's
-// own constants. RUNS USER CODE
+// Copy on write: makes `ref` the only owner of its value; deep: also for the values inside. False
+// for a null or void value, for one that cannot be cloned, and for the library's constants.
+// RUNS USER CODE
 QRV_API bool detach(objref const &ref, bool deep);
 } // namespace cat
 
-// The standard methods of type "map". Objects that are no cMapObj answer false or cat::bad().
+// The standard methods of type "map". For objects that are not a cMapObj they return false or
+// cat::bad(), unless stated otherwise. Each RUNS USER CODE.
 namespace cTomMap {
 //   0x40020000 "Setattr in object type '...', key '...': " and the reason
 //   0x40040000 "FIXED REF attribute, ...", "FIXED TYPE attribute, ...", "REQUIRED attribute, ..."
 QRV_API bool setattr(cObj &obj, objref &key, objref &value);
-QRV_API objref getattr(objref obj, objref key);        // 0x40040000 "REQUIRED attribute, ..."
-QRV_API objref getattr_insert(objref obj, objref key); // a new map unless there is a good value
+QRV_API objref getattr(objref obj, objref key); // 0x40040000 "REQUIRED attribute, ..."
+// Inserts a new map unless there is a good value.
+QRV_API objref getattr_insert(objref obj, objref key);
 QRV_API objref iterobj(objref obj);
 QRV_API bool m_assign(cObj &obj, objref &arg);
-QRV_API bool m_add(cObj &obj, objref &arg);    // adds the keys that obj lacks; true
-QRV_API bool m_append(cObj &obj, objref &arg); // at after_last_index(), without any test; true
+QRV_API bool m_add(cObj &obj, objref &arg); // adds the missing keys; always true
+// At after_last_index(), without checks. Always true.
+QRV_API bool m_append(cObj &obj, objref &arg);
+// If the sizes differ, prints both maps to std::cout.
 QRV_API bool equal_sorted(cObj &obj, objref &arg);
+// By key, in any order. Prints nothing.
 QRV_API bool equal_unsorted(cObj &obj, objref &arg);
-// With text: the stream comes in a holder (cOutHolder, cInHolder).
-QRV_API bool m_write(cObj &obj, objref &stream);  // {...}
+// With text: the stream is in a holder (cOutHolder, cInHolder).
+QRV_API bool m_write(cObj &obj, objref &stream);  // with braces
 QRV_API bool m_write0(cObj &obj, objref &stream); // without braces
 QRV_API bool m_read(cObj &obj, objref &stream);
 } // namespace cTomMap
 
-// For types of other modules whose written form is that of their objects' own members.
+// For types of other modules whose text consists of their objects' own members.
 namespace cTomOmmap {
+// With text, as above.
 QRV_API bool m_write(cObj &obj, objref &stream);
 QRV_API bool m_read(cObj &obj, objref &stream);
 } // namespace cTomOmmap

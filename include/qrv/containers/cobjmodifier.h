@@ -1,10 +1,10 @@
 #pragma once
-// cObjModifier replaces an attribute for its own lifetime. Its destructor runs user code and
-// lets nothing escape.
+// cObjModifier replaces an attribute during its own lifetime. Constructor and destructor
+// RUNS USER CODE; the destructor discards exceptions.
 
 #include "qrv/containers/cattr.h"
 
-// A copy restores too.
+// A copy restores the value, too.
 class QRV_API cObjModifier {
   public:
     cObjModifier(cAttr &attr, objref const &value); // shares owner, key and value

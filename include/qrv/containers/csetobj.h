@@ -1,11 +1,13 @@
 #pragma once
-// cSetObj, a vector that refuses to take a value equal to one it holds, as far as values enter by
-// append or setattr. Equal sets hold each other's values in any order.
+// cSetObj, a vector that refuses a value equal to an existing one, if it is inserted by append or
+// setattr. Two sets are equal if each contains the other's values, in any order.
 
 #include "qrv/containers/cmapobj.h"
 
 class QRV_API cSetObj : public cMapObj {
   public:
+    // A copy assigns the values and copies all flags. A copy of another object does not run
+    // `create`. RUNS USER CODE
     cSetObj();
     cSetObj(cSetObj const &other);
     explicit cSetObj(cObj const &other);
@@ -14,13 +16,14 @@ class QRV_API cSetObj : public cMapObj {
     cSetObj &operator=(cObj const &other);
 };
 
-// The standard methods of type "set"; iterobj is that of cTomMap.
+// The standard methods of type "set"; iterobj is that of cTomMap. Each RUNS USER CODE.
 namespace cTomSet {
-QRV_API bool setattr(cObj &obj, objref &key, objref &value); // true, unchanged, if it is there
+// True, without effect, for an existing value.
+QRV_API bool setattr(cObj &obj, objref &key, objref &value);
 QRV_API objref getattr(objref obj, objref key);
-QRV_API bool m_assign(cObj &obj, objref &arg); // a set assigned to itself comes out empty
-QRV_API bool m_add(cObj &obj, objref &arg);    // forms the union; true
-QRV_API bool m_append(cObj &obj, objref &arg); // false if an equal value is there
+QRV_API bool m_assign(cObj &obj, objref &arg); // a set that is assigned to itself becomes empty
+QRV_API bool m_add(cObj &obj, objref &arg);    // inserts the missing values; true
+QRV_API bool m_append(cObj &obj, objref &arg); // false if an equal value exists
 QRV_API bool m_equal(cObj &obj, objref &arg);
 QRV_API bool m_write(cObj &obj, objref &stream);
 QRV_API bool m_read(cObj &obj, objref &stream);

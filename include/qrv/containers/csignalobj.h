@@ -1,30 +1,31 @@
 #pragma once
-// Signals as values: a signal that can stand in a map, be found by name and be called like an
-// executable, and slots that are objects themselves.
+// Signals as values: a signal that can be stored in a map, found by name and called like an
+// executable; and slots that are objects.
 //
-//   cSignalRef    an executable without arguments: calling it fires a signal that lives elsewhere
-//   cSignalObj    the same, with a signal of its own, which goes with the object
+//   cSignalRef    an executable without arguments: calling it fires a signal that exists elsewhere
+//   cSignalObj    the same with its own signal, which is destroyed with the object
 //   cSignalRef1, cSignalObj1   the same with one object as the argument
-//   cObjSlot, cObjSlot1        an object that calls a function with a target object when it is
-//   fired
+//   cObjSlot, cObjSlot1        an object that calls a function with a target object when fired
 //
-// The signal that every object can have, cObj::changed(), is a cSignalObj among its own members
-// under the key "changed". It exists only when somebody asked for it, so it costs the others
-// nothing. set_omember() and the replacing of the member map fire it too.
+// cObj::changed(), the signal that every object can have, is a cSignalObj among its own members
+// under the key "changed". It exists only after it was requested, so other objects pay nothing.
+// Also set_omember() and the replacement of the member map fire it.
 //
-// A firing is an emission of csignal.h: anything may be connected, cut and destroyed meanwhile, the
-// signal, its object and the slots as well. Nobody holds the fired signal: destroyed by one of its
-// own targets it calls none of the later ones. What a target throws goes through to whoever fired.
-// Limits: references to signals and slots' targets are plain pointers that hold no count; they must
-// not outlive what they point to.
+// A call is an emission of csignal.h: anything may be connected, cut and destroyed during the call,
+// also the signal, its object and the slots. The emission does not own the signal: if a target
+// destroys it, later targets are not called. Exceptions of targets reach the caller.
+//
+// Limits: the
+// references to signals and to slots' targets are plain pointers, so what they point to must
+// outlive them.
 
 #include "qrv/base/csignal.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
 
-// The types. Each is made and registered when it is first asked for. If a program has taken its
-// name before, the three lines of a duplicate type are printed and the type works unregistered.
-// While the core is not there yet, or not any more, it is the type of executables instead.
+// The types. Each is created and registered at its first use. If a program has registered another
+// type of that name, the error of a duplicate type is printed, and the type works unregistered.
+// Before the core exists and after it ends, the type of executables is returned instead.
 namespace cat {
 QRV_API cTypeObj &type_signal();  // "cSignal": cSignalRef, cSignalObj
 QRV_API cTypeObj &type_signal1(); // "cSignal1": cSignalRef1, cSignalObj1
@@ -44,25 +45,26 @@ class QRV_API cSignalRef : public cExeObj {
 
     cSignal &signal() noexcept { return *sig_; }
     cSignal const &signal() const noexcept { return *sig_; }
-    cSignal *signal_ptr() const noexcept { return sig_; } // null only in a subclass that set none
+    // Null only if a subclass has not set one.
+    cSignal *signal_ptr() const noexcept { return sig_; }
 
-    // The signal of the attribute, which becomes a cSignalObj if it isn't of cat::type_signal().
-    // Borrowed from the attribute. If that refuses: a scratch signal, disconnected at each such
-    // call.
+    // The signal of the attribute, whose value is replaced by a cSignalObj if it is not of
+    // cat::type_signal(). Borrowed from the attribute. If the owner refuses that: a scratch signal,
+    // which each such call disconnects. RUNS USER CODE
     static cSignal &force(cAttr &attr);
 
     using cExeObj::oexecute;
     objref oexecute() const override; // RUNS USER CODE
 
   protected:
-    cSignalRef(); // without a signal yet: firing does nothing
+    cSignalRef(); // no signal yet: firing has no effect
     void set_signal(cSignal *signal) noexcept { sig_ = signal; } // borrows
 
   private:
     cSignal *sig_ = nullptr;
 };
 
-// A signal that is an object. All its links go with it.
+// A signal that is an object. Its connections end with it.
 class QRV_API cSignalObj : public cSignalRef {
   public:
     cSignalObj();
@@ -74,8 +76,8 @@ class QRV_API cSignalObj : public cSignalRef {
     cSignal own_;
 };
 
-// An executable that fires a signal with one object: with `s` the one that it is called on, without
-// the argument of the call.
+// An executable that fires a signal with one object. With `s` that is the object on which it is
+// called, without arguments; otherwise it is the argument of the call.
 class QRV_API cSignalRef1 : public cExeObj {
   public:
     cSignalRef1(cSignal1<cObj &> &signal, bool s); // borrows
@@ -84,11 +86,12 @@ class QRV_API cSignalRef1 : public cExeObj {
     cSignalRef1 &operator=(cSignalRef1 const &) = delete;
     ~cSignalRef1() override;
 
+    // Borrowed; the pointer is null only if a subclass has not set one.
     cSignal1<cObj &> &signal() noexcept { return *sig_; }
     cSignal1<cObj &> const &signal() const noexcept { return *sig_; }
     cSignal1<cObj &> *signal_ptr() const noexcept { return sig_; }
 
-    // As cSignalRef::force. A new signal has s false.
+    // As cSignalRef::force. For a new signal, s is false.
     static cSignal1<cObj &> &force(cAttr &attr);
 
     using cExeObj::pexecute;
@@ -104,6 +107,7 @@ class QRV_API cSignalRef1 : public cExeObj {
 
 class QRV_API cSignalObj1 : public cSignalRef1 {
   public:
+    // As in cSignalRef1.
     explicit cSignalObj1(bool s);
     cSignalObj1(cSignalObj1 const &) = delete;
     cSignalObj1 &operator=(cSignalObj1 const &) = delete;
@@ -113,13 +117,14 @@ class QRV_API cSignalObj1 : public cSignalRef1 {
     cSignal1<cObj &> own_;
 };
 
-// A slot that is an object. Fired, it calls fn(target) and drops the result; a null fn is not
-// called. The target is borrowed, so a target that owns its slot makes no cycle. begin() and end()
-// are those of the object; the connections are walked through its base cSSBase.
+// A slot that is an object. When fired, it calls fn(target) and ignores the result; a null fn is
+// not called. The target is borrowed, so a target that owns its slot forms no cycle. begin() and
+// end() are those of cObj; use the base cSSBase to walk the connections.
 class QRV_API cObjSlot : public cObj, public cSlot<cObjSlot> {
   public:
+    // Borrows the target. Connected to nothing, or to `signal`.
     cObjSlot(cObj &target, cProcedure1 fn);
-    cObjSlot(cObj &target, cProcedure1 fn, cSignal const &signal); // connected to it
+    cObjSlot(cObj &target, cProcedure1 fn, cSignal const &signal);
     cObjSlot(cObjSlot const &) = delete;
     cObjSlot &operator=(cObjSlot const &) = delete;
     ~cObjSlot() override;
@@ -127,6 +132,7 @@ class QRV_API cObjSlot : public cObj, public cSlot<cObjSlot> {
     using cObj::begin;
     using cObj::end;
 
+    // The function may be replaced at any time; null: nothing is called.
     cProcedure1 function() const noexcept { return fn_; }
     void function(cProcedure1 fn) noexcept { fn_ = fn; }
 
@@ -137,12 +143,13 @@ class QRV_API cObjSlot : public cObj, public cSlot<cObjSlot> {
     cObj *target_;
 };
 
-// A slot for signals with one object: calls fn(target, argument). The argument is held for the
-// length of the call.
+// A slot for signals with one object: calls fn(target, argument). Shares the argument during the
+// call.
 class QRV_API cObjSlot1 : public cObj, public cSlot1<cObjSlot1, cObj &> {
   public:
+    // Borrows the target. Connected to nothing, or to `signal`.
     cObjSlot1(cObj &target, cProcedure2 fn);
-    cObjSlot1(cObj &target, cProcedure2 fn, cSignal1<cObj &> const &signal); // connected to it
+    cObjSlot1(cObj &target, cProcedure2 fn, cSignal1<cObj &> const &signal);
     cObjSlot1(cObjSlot1 const &) = delete;
     cObjSlot1 &operator=(cObjSlot1 const &) = delete;
     ~cObjSlot1() override;
@@ -150,6 +157,7 @@ class QRV_API cObjSlot1 : public cObj, public cSlot1<cObjSlot1, cObj &> {
     using cObj::begin;
     using cObj::end;
 
+    // As in cObjSlot.
     cProcedure2 function() const noexcept { return fn_; }
     void function(cProcedure2 fn) noexcept { fn_ = fn; }
 

@@ -1,8 +1,8 @@
 #pragma once
 // Executables: functions stored as objects, as standard methods of types, members of objects, or
-// global members. The seven prototypes stand once, in the list below; a function is held in one
-// generic form with the tag of its prototype and is called only through exactly its own type.
-// A call through another entry reports itself:
+// global members. There are seven prototypes, in the list below. A function is stored in a generic
+// form with the tag of its prototype and is called only with its actual type. A call with other
+// arguments reports an error:
 //   0x44000000 "Executable, key '...', called with bad prototype"
 
 #include "qrv/core/ctypeobj.h"
@@ -31,14 +31,15 @@ enum class cExeProto : unsigned char {
 #undef QRV_PROTO
 };
 
-// The base of all executables. Every entry reports itself as called with a bad prototype; a
-// subclass implements those that it can serve.
+// The base of all executables. Every call reports a bad prototype; a subclass implements those that
+// it supports.
 class QRV_API cExeObj : public cObj {
   public:
     ~cExeObj() override;
     cExeObj(cExeObj const &) = delete;
     cExeObj &operator=(cExeObj const &) = delete;
 
+    // Calls; the caller must keep the executable and the objects alive. RUNS USER CODE
     virtual objref oexecute(objref a, objref b, objref c) const;
     virtual objref oexecute(objref a, objref b) const;
     virtual objref oexecute(objref a) const;
@@ -46,17 +47,18 @@ class QRV_API cExeObj : public cObj {
     virtual bool pexecute(cObj &a, objref &b, objref &c) const;
     virtual bool pexecute(cObj &a, objref &b) const;
     virtual bool pexecute(cObj &a) const;
-    // May this executable stand under its name in owner (borrowed, may be null)?
+    // Whether this executable may be stored under its name in `owner` (borrowed, may be null).
     virtual bool validate_exe(cObj *owner) const;
 
-    unsigned int c() const noexcept { return c_; } // arguments, a leading object included
-    bool s() const noexcept { return s_; }         // the first argument is the object
-    bool p() const noexcept { return p_; }         // procedure: bool (cObj &, ...)
+    // Number of arguments, including a leading object.
+    unsigned int c() const noexcept { return c_; }
+    bool s() const noexcept { return s_; } // whether the first argument is the object
+    bool p() const noexcept { return p_; } // whether it is a procedure: bool (cObj &, ...)
     std::string const &name() const noexcept { return name_; } // the key; set by the map
     void set_name(std::string const &name) { name_ = name; }
 
-    objref bad() const; // raises; nil when forgiven, else bad
-    bool bbad() const;  // raises; true when forgiven
+    objref bad() const; // reports the error; nil if a handler forgives it, else bad
+    bool bbad() const;  // the same; true if a handler forgives it
 
   protected:
     cExeObj(unsigned int c, bool s, bool p, cTypeObj *type = nullptr); // null: cat::type_exe()
@@ -86,6 +88,7 @@ class QRV_API cExeFunction : public cExeObj {
     bool pexecute(cObj &a) const override;
     bool validate_exe(cObj *owner) const override;
 
+    // The function in its generic form; null if constructed from null.
     void *fpt() const noexcept;
     cVoidFunction function() const noexcept { return function_; }
     cExeProto proto() const noexcept { return proto_; }
@@ -95,7 +98,7 @@ class QRV_API cExeFunction : public cExeObj {
     cExeProto proto_;
 };
 
-// A function that is no member: s is false.
+// A function that is not a member: s is false.
 class QRV_API cExeGlobal : public cExeFunction {
   public:
 #define QRV_PROTO(type, c, p)                                                                      \
@@ -120,10 +123,11 @@ class QRV_API cExeMember : public cExeFunction {
 };
 
 namespace cat {
-// Calls of global members (cat::gmmap()).   code 0x44000000
+// Calls of global members (cat::gmmap()); the same results as cObj::call. Errors 0x44000000. The
+// last two look one up; badfind if it does not exist. RUNS USER CODE
 QRV_API objref call(std::string const &name);
 QRV_API objref call(std::string const &name, objref const &a);
 QRV_API objref call(std::string const &name, objref const &a, objref const &b);
-QRV_API objref gmember(objref const &key); // badfind when missing
+QRV_API objref gmember(objref const &key);
 QRV_API objref gmember(std::string const &key);
 } // namespace cat

@@ -1,9 +1,8 @@
 #pragma once
-// Value objects: cObjD<T> owns a T, cObjDR<T> refers to a T that lives elsewhere and must not
-// outlive it. Every method works through `value`, so it needn't know which of the two it has.
-// The object's type is cTypeOf((T *)nullptr), found by overload; a program that wants objects of
-// its own T declares that overload beside T. Also here: the conversions between objects and plain
-// values.
+// Value objects: cObjD<T> owns a T; cObjDR<T> refers to a T elsewhere and must not outlive it. All
+// methods use `value_`, so they work for both. The object's type is cTypeOf((T *)nullptr), found by
+// overload resolution; a program that defines objects with another T declares that overload next to
+// T. Also here: the conversions between objects and plain values.
 
 #include "qrv/core/ctypes.h"
 
@@ -14,6 +13,7 @@
 #include <optional>
 #include <string_view>
 
+// The types of the library's value objects, by the type of the value.
 QRV_API cTypeObj &cTypeOf(std::string *);
 QRV_API cTypeObj &cTypeOf(bool *);
 QRV_API cTypeObj &cTypeOf(int *);
@@ -31,7 +31,7 @@ template <> inline constexpr cObjClass class_of_value<float> = cObjClass::float_
 template <> inline constexpr cObjClass class_of_value<double> = cObjClass::double_number;
 template <> inline constexpr cObjClass class_of_value<bool> = cObjClass::boolean;
 
-// What a constant cObjDR<T> shows of its value. A stream is there to be used.
+// What a const cObjDR<T> returns of its value. A stream is useful only if it is not const.
 template <class T> using cValueSeen =
     std::conditional_t<class_of_value<T> == cObjClass::other, T, T const>;
 
@@ -54,24 +54,26 @@ template <class T> class cObjD;
 
 template <class T> class QRV_API cObjDR : public cObj {
   public:
-    // Value null, no create: for subclasses.
+    // For subclasses: the value is null, and `create` does not run.
     explicit cObjDR(cTypeObj *type) : cObj(type, cat::class_of_value<T>) {}
     explicit cObjDR(cat::cBuiltinType type) : cObj(type, cat::class_of_value<T>) {}
+    // Borrow the value. A const one makes the object const.
     explicit cObjDR(T &value) : cObjDR(cat::type_of_value<T>()) {
         value_ = &value;
         create();
     }
     explicit cObjDR(T const &value) : cObjDR(cat::type_of_value<T>()) {
         value_ = const_cast<T *>(&value);
-        setflags(of_const); // keeps the value from being assigned to
+        setflags(of_const); // prevents assignment to the value
         create();
     }
-    explicit cObjDR(T &&) = delete; // would dangle
+    explicit cObjDR(T &&) = delete; // the reference would dangle
     cObjDR(cObjDR const &) = delete;
     ~cObjDR() override { end_class(); }
 
     bool is_ObjDR() const override { return true; }
-    // From then on a set that holds the object finds it by walking: read by the constant forms.
+    // Afterwards, a set that contains the object searches it by walking. To read, use the const
+    // forms.
     T *valptr() noexcept {
         before_giving_out();
         return value_;
@@ -79,14 +81,14 @@ template <class T> class QRV_API cObjDR : public cObj {
     T &val() noexcept { return *valptr(); }
     cat::cValueSeen<T> *valptr() const noexcept { return value_; }
     cat::cValueSeen<T> &val() const noexcept { return *value_; }
-    // For methods that change the value now, and keep no reference to it.
+    // For methods that change the value and do not store the reference.
     T *value_to_change() noexcept {
         this->before_change();
         return value_;
     }
 
-    // Through the type, so that const and conversion rules apply; the bool is dropped. The source
-    // is an object with a copy of the value, where there can be one: the method may keep it.
+    // By the type's assign, so that const and the conversion rules apply; ignores its result. Where
+    // possible, the source is an object with a copy of the value, since the method may store it.
     cObjDR &operator=(T const &value) {
         objref source;
         if constexpr (std::is_copy_constructible_v<T>)
@@ -110,6 +112,7 @@ template <class T> class QRV_API cObjDR : public cObj {
 
 template <class T> class QRV_API cObjD : public cObjDR<T> {
   public:
+    // Copies or moves the value. A copy of a const object is const.
     cObjD() : cObjDR<T>(cat::type_of_value<T>()), data_() { ready(); }
     explicit cObjD(T const &value) : cObjDR<T>(cat::type_of_value<T>()), data_(value) { ready(); }
     template <class U>
@@ -119,7 +122,7 @@ template <class T> class QRV_API cObjD : public cObjDR<T> {
         if (other.flags_of(of_const)) this->setflags(of_const);
         ready();
     }
-    // Without create.
+    // These do not run `create`.
     cObjD(T const &value, cTypeObj *type) : cObjDR<T>(type), data_(value) { this->value_ = &data_; }
     cObjD(T &&value, cTypeObj *type) : cObjDR<T>(type), data_(std::move(value)) {
         this->value_ = &data_;
@@ -131,6 +134,7 @@ template <class T> class QRV_API cObjD : public cObjDR<T> {
 
     bool is_ObjDR() const override { return false; }
 
+    // assign, as in cObjDR.
     cObjD &operator=(T const &value) {
         cObjDR<T>::operator=(value);
         return *this;
@@ -149,30 +153,31 @@ template <class T> class QRV_API cObjD : public cObjDR<T> {
     T data_;
 };
 
-// What a stream method finds in its second argument.
+// The second argument of the methods write and read.
 using cOutHolder = cObjDR<std::ostream>;
 using cInHolder = cObjDR<std::istream>;
 
 namespace cat {
-// The value of an object of exactly type int; no_index for anything else.
+// The value of an object of exactly type int; no_index for any other object and for null.
 QRV_API int as_index(objref const &ref);
 constexpr int no_index = -2147483647 - 1;
-// Same type and same value; no conversion. The reference must not be null.
+// Same type and same value, without conversion. The reference must not be null.
 QRV_API bool is_equal(objref const &ref, std::string const &text);
 QRV_API bool is_equal(objref const &ref, int number);
 
-// Truncates; what doesn't fit, and NaN, gives the lowest int.
+// Truncates; NaN, and what does not fit, becomes the lowest int.
 QRV_API int to_int(double value) noexcept;
-// The int that an object is or converts to; false if it does neither, or is null.
+// The value of an object that is of the type or converts to it; false for others and for null.
+// RUNS USER CODE: converters
 QRV_API bool int_of(objref const &ref, int &number);
 QRV_API bool bool_of(objref const &ref, bool &value);
 
-// The text of a string object, without any conversion. Empty for anything else and for null. For
+// The string of a string object, without any conversion. Empty for other objects and for null. For
 // numbers: cat::number_of (qrv/util/cintvalf.h).
 [[nodiscard]] QRV_API std::optional<std::string> text_of(objref const &ref);
 
-// The object for a plain value, adopted. Integers and single characters become an int,
-// long double a double; std::out_of_range where the value does not fit.
+// A new object for a plain value. Integers and single characters become an int, long double becomes
+// a double; std::out_of_range if the value does not fit.
 [[nodiscard]] QRV_API objref of(std::string const &text);
 [[nodiscard]] QRV_API objref of(char const *text); // null is ""
 [[nodiscard]] QRV_API objref of(int number);
@@ -190,8 +195,8 @@ template <std::same_as<long double> T> [[nodiscard]] objref of(T number) {
     return of(static_cast<double>(number));
 }
 
-// What would silently become a bool: objects and other classes that can be tested (but for those
-// that stand for a bool elsewhere and can be assigned one), lambdas, and pointers.
+// Classes that would silently become a bool: objects, classes that convert to bool (except those
+// that can be assigned a bool), lambdas, and pointers.
 template <class T>
 concept cTestable = std::is_class_v<T> && std::is_convertible_v<T const &, bool> &&
                     !std::is_assignable_v<T &, bool> &&

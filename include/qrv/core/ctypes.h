@@ -1,18 +1,19 @@
 #pragma once
-// The process-wide state of the object system: types by name, named constants, global members, a
-// free data base. All of it is made in one ordered step, core_bootstrap, the first time anyone
-// asks for any of it, and torn down at process exit.
+// The process-wide state of the object system: types by name, named constants, global members, and
+// a map for free use. core_bootstrap creates all of it in one ordered step when any of it is first
+// used; the end of the process destroys it.
 
 #include "qrv/core/ctypeobj.h"
 
-// Makes the whole core; does nothing while it runs, stands or is being torn down.
+// Creates the core. No effect if it exists, is being created or is being destroyed.
 QRV_API void core_bootstrap();
 
 namespace cat {
 enum class cCoreState { none, running, ready, tearing };
+// `tearing` means that the core is being destroyed.
 QRV_API cCoreState core_state() noexcept;
 
-// The built-in types.
+// The built-in types. The object core is started if necessary.
 QRV_API cTypeObj &type_string();
 QRV_API cTypeObj &type_nil();
 QRV_API cTypeObj &typetype(); // the metatype of ordinary types
@@ -29,14 +30,14 @@ QRV_API cTypeObj &typetype_choice();
 QRV_API cTypeObj &type_attspec();
 QRV_API cTypeObj &typetype_attlist();
 
-// The constants: no value, failure, nothing found; true and false.
+// The constants: no value, failure, nothing found; true and false. Never null.
 QRV_API objref const &nil();
 QRV_API objref const &bad();
 QRV_API objref const &badfind();
 QRV_API objref const &btrue();
 QRV_API objref const &bfalse();
 
-// The maps, and the same by pointer: null until they are made.
+// The maps. The pointers are null until the maps are created, and do not start the core.
 QRV_API cMapObj &typemap();
 QRV_API cMapObj &constmap();
 QRV_API cMapObj &gmmap();
@@ -45,11 +46,13 @@ QRV_API cMapObj *typemap_ptr() noexcept;
 QRV_API cMapObj *constmap_ptr() noexcept;
 QRV_API cMapObj *gmmap_ptr() noexcept;
 QRV_API cAttrHash *type_hash_ptr() noexcept;
-// The entry of constmap whose value is this very object, or null. Linear in the constants.
+// The entry of constmap whose value is this object, borrowed, or null. Linear in the number of
+// constants.
 QRV_API cAttrNode const *find_const(cObj const *obj) noexcept;
 
-// The type of that name, made by a registered factory if need be; cat::type_nil() if none.
+// The registered type of that name, or else one that a registered factory creates, or else
+// cat::type_nil(). RUNS USER CODE: the factory
 QRV_API cTypeObj &find_type(std::string const &name);
-// A type from a type or from a string that names one; else bad.
+// A type from a type or from a string with its name; else bad. RUNS USER CODE, as find_type
 QRV_API objref type_of_key(objref const &value);
 } // namespace cat

@@ -1,31 +1,31 @@
 #pragma once
-// cat::TypeScope bounds the life of types that text declares: for programs that read many files.
+// cat::TypeScope limits the lifetime of types that text declares, for programs that read many
+// files.
 //
 //     for (std::string const &file : files) {
 //         cat::TypeScope const types;
 //         ...                         // read the file, use what it declares
 //     }
 //
-// While one lives, every type that text declares belongs to the innermost one and leaves
-// cat::typemap() when that one ends. If the name is that of a type from outside the scope, the
-// declaration creates a new type, which hides the outer one until the scope ends and changes
-// nothing in it. A name that the scope itself has declared is declared again as without a scope:
-// see cat::set_type. The built-in types, cat::type_string() and so on, can't be hidden; to declare
-// one of their names is an error, as it is without a scope.
+// While scopes exist, every type that text declares belongs to the innermost one and leaves
+// cat::typemap() when that scope ends. If a type outside the scope has the same name, the
+// declaration creates a new type, which hides the outer one until the scope ends and does not
+// change it. If the scope itself has declared the name before, the declaration works as without a
+// scope: see cat::set_type. The built-in types, cat::type_string() and so on, cannot be hidden;
+// declaring one of their names is an error, as without a scope.
 //
-// What does not come from text stays: types that a program or a module registers meanwhile, and
-// those that a factory creates because text names them.
+// Types that do not come from text remain: those that a program or a module registers meanwhile,
+// and those that a factory creates because text names them.
 //
-// Objects may outlive the scope. A type that has left is destroyed with its last object, its last
-// handle or the last declaration that refers to it, whichever is the latest. Until then it works as
-// before; an object is written with the name and the rules of its own type, whatever that name
-// means by then. Types that refer to themselves or to each other in their declarations wait longer:
-// they are destroyed when the next scope begins or ends, or some scopes later while more than 16 of
-// them live.
+// Objects may outlive the scope. A type that has left the registry is destroyed with its last
+// object, its last handle or the last declaration that refers to it. Until then it works as before;
+// an object is written with its type's name and rules, even if that name then means another type.
+// Types whose declarations refer to themselves or to each other exist longer: they are destroyed
+// when the next scope begins or ends; while there are more than 16 of them, some scopes later.
 //
-// Scopes nest. They may end in any order: each takes away its own types, and what these have hidden
-// comes back, or stays hidden by the type of a scope that still lives. A scope may begin and end
-// while text is being read, and an exception that leaves it ends it like any guard.
+// Scopes nest. They may end in any order: each removes its own types, and the types hidden by these
+// become visible, or stay hidden by the type of another scope. A scope may begin and end while text
+// is being read, and an exception that leaves it ends it, as for any guard.
 
 #include "qrv/core/ctypeobj.h"
 
@@ -38,23 +38,23 @@ namespace cat {
 
 class QRV_API TypeScope {
   public:
-    TypeScope(); // starts the object core. RUNS USER CODE, as the end does
+    TypeScope(); // starts the object core. RUNS USER CODE
     TypeScope(TypeScope const &) = delete;
     TypeScope &operator=(TypeScope const &) = delete;
-    // Linear in the declared types. RUNS USER CODE: releases what destroyed types hold. When memory
-    // has run out, types that refer to themselves are never destroyed, and a hidden type whose name
-    // a program has taken out of the registry meanwhile does not come back.
+    // Linear in the number of declared types. RUNS USER CODE: releases what destroyed types own.
+    // When memory is exhausted, types that refer to themselves are never destroyed, and a hidden
+    // type whose name a program has removed from the registry meanwhile does not become visible.
     ~TypeScope();
 
-    static TypeScope *current() noexcept; // borrowed: the innermost living one, or null
+    static TypeScope *current() noexcept; // borrowed: the innermost scope, or null
 
-    // What belongs to the scope, in the order of the declarations. Another scope can declare these
-    // types again, so that text that is read later may use them.
+    // The scope's types, in the order of the declarations. Another scope can declare them again, so
+    // that text that is read later can use them.
     std::vector<typeref> const &types() const noexcept { return types_; }
 
     // For the reader. Registers the type under its name until the end of this scope, and shares it;
-    // `former` is the name that it had before the declaration, empty for a new type. False, and
-    // nothing is changed, if this scope has declared the name already or can't hide it.
+    // `former` is the type's name before the declaration, empty for a new type. False, without any
+    // change, if this scope has declared the name already or cannot hide it.
     bool declare(cTypeObj &type, std::string const &former);
 
   private:
@@ -68,7 +68,7 @@ class QRV_API TypeScope {
     static bool forget_hidden(typeref const &type, std::string const &name, typeref &held) noexcept;
 
     std::vector<cEntry> entries_; // in the order of the declarations
-    std::vector<typeref> types_;  // of the entries
+    std::vector<typeref> types_;  // types of the entries
     TypeScope *outer_;
 };
 

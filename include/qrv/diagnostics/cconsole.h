@@ -6,8 +6,8 @@
 //
 // The class is for another descriptor or a shorter time:
 //
-//     cConsoleDisplay display;   // writes the message route to descriptor 1
-// delivers the pending output; later output is direct
+//     cConsoleDisplay display;   // writes the message output to descriptor 1
+//     sig_idle();                // delivers the pending output; later output is direct
 //
 // To discard the start-up text, fire sig_idle() before creating the display.
 

@@ -1,13 +1,16 @@
 #pragma once
 // Message output. Loading the library redirects std::cout and std::cerr into one buffer,
-// cOutSigStreambuf; cprintf(), every cOstream and every error end there too. A display, a log or a
-// test connects to its signal sig(). Output before the first sig_idle is stored and then delivered
-// in one piece. If a program never fires sig_idle, the library writes its output to descriptor 2
-// when it ends, also by std::terminate; to see output at once, call cat::use_console()
-// (qrv/diagnostics/cconsole.h). The library calls the program's earlier terminate handler
-// afterwards; a handler that the program sets later replaces the library's. A slot on a message
-// signal may print. Its exceptions are discarded while a stream is being flushed, since they would
-// end the process. A slot that prints at every call recurses without end.
+// cOutSigStreambuf; the output of cprintf(), of every cOstream and of errors is sent there, too. A
+// display, a log or a test connects to its signal sig().
+//
+// Output before the first sig_idle is stored and then delivered in one piece. To see output at
+// once, call cat::use_console() (qrv/diagnostics/cconsole.h). If a program never fires sig_idle,
+// the library writes the output to descriptor 2 at the end of the process, also in std::terminate.
+// For that it installs a terminate handler, which then calls the program's earlier one; a handler
+// that the program sets later replaces the library's.
+//
+// A slot on a message signal may print; one that prints at every call recurses without end. Its
+// exceptions are discarded while a stream is being flushed, since they would end the process.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
@@ -113,6 +116,7 @@ QRV_API char *cConvertNl(char const *text, bool *hadbell = nullptr);
 // library, which uses the stream afterwards.
 class QRV_API cOstream : public std::ostream {
   public:
+    // Opens the file `path`, unless null, as fileopen() does.
     explicit cOstream(bool dispout = true, char const *path = nullptr);
     cOstream(cOstream const &) = delete;
     cOstream &operator=(cOstream const &) = delete;

@@ -1,10 +1,11 @@
 #pragma once
-// Errors. A failure is first a value: code and text, composed on the process-wide stream eros()
-// and sent as a copy over the signal cat::sig_error() (qrv/core/ceros.h). The handlers connected to
-// that signal decide its effect: a line on the message route, an exception, or forgiveness. The
-// first handler is cat::errhandler(). The detecting code looks at the code afterwards. Composing is
-// not reentrant: create all text that a message needs from user code (a key's or a value's written
-// form) before clear(), since that code may itself compose an error.
+// Errors. A failure is first a value: code and text, composed on the process-wide stream eros() and
+// sent as a copy over the signal cat::sig_error() (qrv/core/ceros.h). The handlers connected to
+// that signal decide on its effect: they print it as a line of the message output, throw it, or
+// forgive it. The first handler is cat::errhandler(). Then the code that detected the failure
+// examines the error's code. Composing is not reentrant: create all text that a message needs from
+// user code (the written form of a key or value) before clear(), since that code may itself compose
+// an error.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
@@ -27,6 +28,7 @@ class QRV_API cException : public std::exception {
     ~cException() override;
 
     char const *what() const noexcept override;
+    // The text. A copy calls as_string() of its source, an assignment also set_string().
     virtual std::string as_string() const;
     virtual void set_string(std::string const &text);
 
@@ -56,8 +58,8 @@ class QRV_API cErr : public cException {
     // Identifies the library's error. Changes of the code leave the kind unchanged.
     cat::ErrorKind kind() const noexcept { return kind_; }
     void set_kind(cat::ErrorKind kind) noexcept { kind_ = kind; }
-    // What the text names. The library fills it in only while a cat::ReadReport or a
-    // cat::CaughtErrors lives.
+    // The names in the text. The library sets them only while a cat::ReadReport or a
+    // cat::CaughtErrors exists.
     cat::ErrorNames const &names() const noexcept;
     void set_name(std::string cat::ErrorNames::*role, std::string text);
     // Sets code and text, and the kind `other`; leaves `handled` unchanged.
@@ -96,12 +98,13 @@ class QRV_API cErrStream : public cErr, public cOstringstream {
     void clear() override;
 };
 
-// Treats an error by three masks on its code: prints it on the standard error stream unless
-// silenced, then throws it as a cErr by value, or else forgives it (clears both top bits). A
-// derived class replaces this in its own dohandler(). A slot that composes and raises errors itself
-// also receives those: it must call blockoncall(true) or end the recursion itself.
+// Treats an error by three masks on its code: prints it on the standard error stream, then throws
+// it as a cErr by value or forgives it (clears both top bits). A derived class replaces this in its
+// own dohandler(). A slot that composes and raises errors itself also receives those: it must call
+// blockoncall(true) or end the recursion itself.
 class QRV_API cErrHandler : public cSlot1<cErrHandler, cErr &> {
   public:
+    // The standard masks throw errors with bit 31 and forgive none. Connected to nothing.
     explicit cErrHandler(unsigned int throw_mask = 0x80000000U, unsigned int clear_mask = 0,
                          unsigned int silent_mask = 0);
     // Copies have the same masks and no connections.
@@ -109,6 +112,8 @@ class QRV_API cErrHandler : public cSlot1<cErrHandler, cErr &> {
     cErrHandler &operator=(cErrHandler const &other);
     ~cErrHandler() override;
 
+    // An error is not printed if its code has a bit of the silent mask. It is thrown if the code
+    // has a bit of the throw mask, and otherwise forgiven if it has a bit of the clear mask.
     unsigned int throw_mask() const { return throw_mask_; }
     void throw_mask(unsigned int mask) { throw_mask_ = mask; }
     unsigned int clear_mask() const { return clear_mask_; }
@@ -116,7 +121,7 @@ class QRV_API cErrHandler : public cSlot1<cErrHandler, cErr &> {
     unsigned int silent_mask() const { return silent_mask_; }
     void silent_mask(unsigned int mask) { silent_mask_ = mask; }
 
-    // Throws cErr by the mask; so every emission that reaches a handler may throw.
+    // Throws cErr, depending on the mask; so every emission that reaches a handler may throw.
     virtual void dohandler(cErr &error);
 
   private:

@@ -10,8 +10,9 @@
 // off. A stream is "cerr" (the default), "cout", or a file to append to. A string that begins with
 // "+" or "-" amends the existing rules, any other replaces them all; so "" ends all tracing.
 //
-// A disabled channel costs one test at each `<<`. Errors do not exist: a name without a channel
-// waits for its channel; if a file cannot be opened, "cerr" replaces it and shows a message.
+// A disabled channel costs one test at each `<<`. There are no failures: a rule also applies to
+// channels that are created later, and if a file cannot be opened, "cerr" replaces it and shows a
+// message.
 
 #include "qrv/base/cref.h"
 #include "qrv/ccomp.h"
@@ -35,10 +36,11 @@ class QRV_API cTraceStream : public cShared {
     cTraceStream &operator=(cTraceStream const &other);
     ~cTraceStream();
 
+    // os() is valid as long as a copy of this object exists.
     std::string const &name() const { return name_; }
     std::ostream &os() const { return *os_; }
 
-    // The existing stream of that name, or a new one.
+    // The existing stream of that name, or a new one; never null.
     static cRef<cTraceStream> open(std::string const &name);
 
     // For the end of the message route: streams on that buffer discard their output from now on.
@@ -70,6 +72,8 @@ class QRV_API cTracer {
     cTracer &operator=(cTracer const &other);
     ~cTracer();
 
+    // The streams that the channel writes to, where null ones are skipped; the name, by which rules
+    // select the channel; and indent and flags, which are for the program's own use.
     streams &strlist() { return strlist_; }
     streams const &strlist() const { return strlist_; }
     std::string &ident() { return ident_; }
@@ -80,9 +84,9 @@ class QRV_API cTracer {
     void flags(int flags) { flags_ = flags; }
 
     operator bool() const { return enabled_; }
-    // Valid until rules are applied again.
+    // In effect until rules are applied again.
     void enable(bool enabled) { enabled_ = enabled; }
-    // Enabled exactly when there is a stream to write to.
+    // Enabled if and only if there is a stream to write to.
     void initenabled() { enabled_ = !strlist_.empty(); }
 
     // Writes to every stream of strlist(), in order; nothing if not enabled. A listener of the
@@ -96,8 +100,7 @@ class QRV_API cTracer {
             if (text) os << text;
         });
     }
-    // A handle to an object is written in object notation, which may run user code; null writes
-    // nothing.
+    // Writes an object in object notation; null writes nothing. RUNS USER CODE
     template <class T, class Traits>
     requires std::convertible_to<T *, cObj const *> cTracer &
     operator<<(cRef<T, Traits> const &ref) {
@@ -159,14 +162,16 @@ class QRV_API cTracer {
     cTracer *next_ = nullptr;
 };
 
-// Increases a channel's indent() by one step during its own lifetime. Borrows the channel.
+// Increases a channel's indent() by one step during its own lifetime.
 class QRV_API cTraceIndent {
   public:
+    // Borrows the channel.
     explicit cTraceIndent(cTracer &tracer) : tracer_(&tracer) { inc(); }
     cTraceIndent(cTraceIndent const &) = delete;
     cTraceIndent &operator=(cTraceIndent const &) = delete;
     ~cTraceIndent() { dec(); }
 
+    // Additional steps. The destructor undoes only that of the constructor.
     void inc() const { ++tracer_->indent(); }
     void dec() const { --tracer_->indent(); }
 

@@ -1,7 +1,7 @@
 #pragma once
-// Edits of a text that a person wrote. A program reads the text while a cat::SourceMap lives,
-// changes the tree by any function of the library, and gets the text back with only those bytes
-// replaced that the change asks for. Comments, blank lines, alignment and the spelling of all other
+// Edits of text that a person wrote. A program reads the text while a cat::SourceMap exists,
+// changes the tree by any functions of the library, and receives the text with only those bytes
+// replaced that the change requires. Comments, blank lines, alignment and the spelling of all other
 // values stay as they are, byte for byte.
 //
 //   cat::SourceMap map;
@@ -20,22 +20,22 @@
 
 namespace qrv::edit {
 
-// Calls `change`, which may do anything to the tree below `root` but replace the root object, and
-// returns the text that reads as the changed tree. `text` is the one that root was read from while
-// `map` lived; all three are borrowed. What `change` throws is passed on.
+// Calls `change`, which may change everything in the tree below `root` but must not replace the
+// root object. Returns text that reads as the changed tree. `text` is the text from which root was
+// read while `map` existed. Borrows its arguments. Exceptions of `change` leave the function.
 //
-//   changed literals   are spelt like the literal that was there, where the value allows it
-//   new entries        take layout, separator and delimiter of their neighbours
-//   removed entries    take the comments with them that belong to them
-//   moved entries      bring their comments
-//   shared values      are written where the text comes to them first; `#cRef` paths are mended
+//   changed literals   have the spelling of the old literal, where the value permits it
+//   new entries        have the layout, separator and delimiter of their neighbours
+//   removed entries    are removed with the comments that belong to them
+//   moved entries      move with their comments
+//   shared values      are written at their first position in the text; `#cRef` paths are adjusted
 //
-// What has no text, such as infinity, is left out: read the result again and compare before you
-// store it. RUNS USER CODE.   O(size of text and tree)
+// Values without text, such as infinity, are omitted: read the result again and compare it before
+// you store it. RUNS USER CODE   O(size of text and tree)
 QRV_API std::string apply(std::string_view text, cat::SourceMap const &map, objref const &root,
                           std::function<void()> const &change);
 
-// The same in steps, for a change that puts values of another text into the tree, for instance by
+// The same in steps, for a change that inserts values of another text into the tree, for example by
 // cObj::attrcopy.
 //
 //   cat::SourceMap map;
@@ -48,33 +48,35 @@ QRV_API std::string apply(std::string_view text, cat::SourceMap const &map, objr
 //   text = edit.text();
 class QRV_API Edit {
   public:
-    // Notes the tree before the change. Borrows the text and the map.   O(size)
+    // Records the tree before the change. Borrows text and map, shares root.   O(size)
     Edit(std::string_view text, cat::SourceMap const &map, objref const &root);
     Edit(Edit const &) = delete;
     Edit &operator=(Edit const &) = delete;
     ~Edit();
 
-    // Notes another text, once and before the change. New entries whose values come from it have
-    // their comments, and the layout inside containers, from there; all else is like their
-    // neighbours. An entry without a comment whose value one from there replaces gets the comments
-    // of that one. Both texts are copied; together they must have less than 4 GiB.   O(size)
+    // Records another text, once and before the change. New entries whose values are from that text
+    // have its comments, and its layout inside containers; otherwise they are like their
+    // neighbours. An entry without a comment whose value is replaced by one from that text gets the
+    // comments of the latter. Copies both texts, which together must be smaller than 4 GiB.
+    // O(size)
     void bring(std::string_view text, cat::SourceMap const &map, objref const &root);
 
-    // Without this, a new entry is written next to the one before it: above an empty line or a
-    // comment that begins a section. A new entry directly before that of this node, as it was
-    // before the change, is then written next to that one.
+    // By default, a new entry is written next to the entry before it: above an empty line or a
+    // comment that begins a section. After this call, a new entry directly before the entry of this
+    // node (as it was before the change) is written next to the latter.
     void put_above(std::uint32_t anid);
 
-    // How a key is written that is repeated in the text: at each of its places, or, around a
-    // change, once. Where its values are of several kinds, such as {} and [], or lists of which one
-    // replaces values of another, no text with all places may read as the changed tree.
+    // How to write a key that is repeated in the text: at each of its positions, or, next to a
+    // change, once. If its values are of several kinds, such as {} and [], or lists of which one
+    // replaces values of another, possibly no text with all positions reads as the changed tree.
     enum class Repeated : unsigned char { each, once };
 
-    // Does the tree differ from the one that was noted? RUNS USER CODE.   O(size)
+    // Whether the tree differs from the recorded one. RUNS USER CODE   O(size)
     bool changed() const;
 
-    // The new text, after the change. Without one it can differ from the text that was read, where
-    // that has a repeated key or a reference to a #name. RUNS USER CODE.   O(size of text and tree)
+    // The new text, after the change. Without a change it may differ from the text that was read,
+    // if that has a repeated key or a reference to a #name.
+    // RUNS USER CODE   O(size of text and tree)
     std::string text(Repeated repeated = Repeated::each) const;
 
   private:

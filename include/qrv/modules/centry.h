@@ -5,18 +5,18 @@
 //     ...
 //     cColourNames *const names = cat::find_entry<cColourNames>("web");
 //
-// The list is that of the class T, by the text of its type_info::name(), so both sides must name
-// the same class.
+// The list of the class T is found by the string type_info::name(), so both sides must name the
+// same class.
 
 #include "qrv/modules/crepository.h"
 
 #include <string>
 #include <typeinfo>
 
-// Enters a thing, which it borrows, for as long as it lives. The entry ends with it.
+// Enters a thing, which it borrows, in the repository. The entry is removed with this object.
 template <class T> class cEntry {
   public:
-    // If the name is taken nothing is entered, and a line on the standard error stream says so.
+    // If the name exists, nothing is entered, and a line on the standard error stream reports that.
     cEntry(std::string const &name, T *thing, std::string const &comment = {})
         : entry_(cRepoImpl::create(cRepoImpl::get(typeid(T)), name, thing, typeid(T),
                                    thing ? typeid(*thing) : typeid(T), comment)) {}
@@ -27,14 +27,13 @@ template <class T> class cEntry {
     bool is_entered() const noexcept { return entry_ != nullptr; }
 
   private:
-    cRepositoryEntry *entry_; // null: the name was taken
+    cRepositoryEntry *entry_; // null: the name existed
 };
 
 namespace cat {
 
-// The thing that is entered under that name in the list of T, borrowed; null if there is none. Of
-// "key:module" the module is loaded, if that may be, where the key is not there. RUNS USER CODE
-// then.   O(1)
+// The thing with that name in the list of T, borrowed, or null. For "key:module", if the key does
+// not exist, loads the module if that is permitted; this RUNS USER CODE.   O(1)
 template <class T> [[nodiscard]] T *find_entry(std::string const &name) {
     cRepositoryEntry *const entry = cRepoImpl::find(cRepoImpl::get(typeid(T)), name);
     return static_cast<T *>(cRepoImpl::ptr(entry));

@@ -132,6 +132,7 @@ QRV_API cModule &cGetMainModule();
 // One use of a module while this exists. Null means no module.
 class QRV_API cModuleUse {
   public:
+    // Counts a use of the module, which must exist until the destructor ends that use.
     explicit cModuleUse(cModule *module) noexcept : module_(module) { inc(); }
     explicit cModuleUse(cModule &module) noexcept : cModuleUse(&module) {}
     cModuleUse(cModuleUse const &) = delete;

@@ -11,6 +11,7 @@ class QRV_API cFormatFloating {
   public:
     enum Format : int { ffFixed, ffGeneral, ffScientific };
 
+    // The meaning of the precision: see precision().
     cFormatFloating(Format format, short precision) noexcept
         : format_(format), precision_(precision) {}
     cFormatFloating(cFormatFloating const &) noexcept = default;
@@ -45,6 +46,7 @@ class QRV_API cFloatFormat : public cFormatFloating {
     ~cFloatFormat() = default;
 
     float value() const noexcept { return *value_; }
+    // Writes the number that is stored elsewhere.
     void set_value(float number) noexcept { *value_ = number; }
 
     // Parses a number at the start of the string, in the same way for all formats: white space, a
@@ -78,6 +80,7 @@ class QRV_API cDoubleFormat : public cFormatFloating {
     ~cDoubleFormat() = default;
 
     double value() const noexcept { return *value_; }
+    // Writes the number that is stored elsewhere.
     void set_value(double number) noexcept { *value_ = number; }
 
     // Like cFloatFormat. DELIBERATE: the number passes through a float, so it has single precision

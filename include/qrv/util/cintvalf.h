@@ -51,16 +51,18 @@ class QRV_API cIntValF : public cObjD<int>, public cIntFormat {
     }
 };
 
-// Refers to a number that is stored elsewhere and must outlive it. The format is its own.
+// Refers to a number that is stored elsewhere and must outlive it. It has its own format.
 class QRV_API cIntRefF : public cObjDR<int>, public cIntFormat {
   public:
-    cIntRefF(int &number, Format format);
+    cIntRefF(int &number, Format format);    // borrows the number
     cIntRefF(int const &&, Format) = delete; // would dangle
     cIntRefF(cIntRefF const &other);         // refers to the same number; const if the other is
+    // Assigns number and format through the type, as cIntValF does.
     cIntRefF &operator=(cIntRefF const &other);
     ~cIntRefF() override;
 
     using cObjDR<int>::operator=;
+    // As in cIntValF.
     template <std::derived_from<cObj> T> bool operator==(T const &other) const {
         return equal(other);
     }

@@ -67,7 +67,7 @@ class QRV_API cUndoGlobalList {
     // are bytes. A new action is accepted at any cost, so that the last step can always be undone.
     static constexpr std::int64_t cost_limit = 0x2000000;
 
-    explicit cUndoGlobalList(bool isundo);
+    explicit cUndoGlobalList(bool isundo); // the kind: undo or redo
     // The copy shares the actions. A move is a copy.
     cUndoGlobalList(cUndoGlobalList const &other);
     // Becomes a copy of `other`. Releases the former actions, and deletes those in no other list,

@@ -28,6 +28,7 @@ class QRV_API FolderLock {
     FolderLock &operator=(FolderLock const &) = delete;
     ~FolderLock();
 
+    // held() is false as well if locking is not possible.
     bool held() const { return state_ == cState::held; }
     bool busy() const { return state_ == cState::busy; } // another held it until `wait` ended
 

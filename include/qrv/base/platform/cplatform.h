@@ -39,6 +39,7 @@ QRV_API void debug_output(char const *text);
 // the system fails.
 QRV_API bool write_all(int descriptor, std::string_view bytes);
 
+// False also for a descriptor that is not open.
 QRV_API bool is_terminal(int descriptor);
 
 // A counter that never decreases, and its ticks per second.
@@ -94,6 +95,7 @@ enum class Replaced {
     no_backup, // the backup cannot be written
 };
 
+// As above, with these options.
 QRV_API Replaced replace_file(std::string const &path, std::string_view bytes,
                               ReplaceOptions const &options);
 
@@ -105,6 +107,7 @@ struct Content {
     std::function<bool(int descriptor)> write;
 };
 
+// As above, with these options.
 QRV_API Replaced replace_file(std::string const &path, Content const &content,
                               ReplaceOptions const &options);
 

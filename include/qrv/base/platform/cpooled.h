@@ -15,6 +15,7 @@
 
 class QRV_API cPooled {
   public:
+    // Throw std::bad_alloc, or with std::nothrow return null.
     static void *operator new(std::size_t size);
     static void *operator new(std::size_t size, std::nothrow_t const &) noexcept;
     static void *operator new(std::size_t, void *place) noexcept { return place; }

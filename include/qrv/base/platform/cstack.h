@@ -18,6 +18,7 @@ constexpr std::size_t stack_reserve = 512 * 1024;
 // Bytes between the caller's frame and the end of its thread's stack.
 QRV_API std::size_t stack_left() noexcept;
 
+// Whether less than the reserve is left: stack_reserve bytes, or half of a small stack.
 QRV_API bool stack_low() noexcept;
 
 // The address at which the running thread's stack began, above all its frames; that of the main

@@ -1,9 +1,9 @@
 #pragma once
-// cat::ReadReport collects what goes wrong while text is read: for programs that show errors to
-// people. While one lives, the innermost takes every error of a scan, once, and none is printed or
-// thrown: those of the scanners, those raised on cat::sig_error() meanwhile, and the lines that
-// would be printed. Results and error counts stay as they are. What is raised outside of readings
-// takes its usual way; cat::CaughtErrors takes that too.
+// cat::ReadReport collects errors that occur while text is read: for programs that show them to
+// people. The innermost existing report receives every error of a scan, once, and none is printed
+// or thrown: those of the scanners, those raised on cat::sig_error() meanwhile, and the lines that
+// would be printed. Results and error counts do not change. Errors outside of readings are raised
+// as usual; cat::CaughtErrors receives those, too.
 
 #include "qrv/ccomp.h"
 #include "qrv/diagnostics/ccaughterrors.h"
@@ -70,7 +70,7 @@ class QRV_API ReadReport : private ErrorTaker {
     explicit ReadReport(std::size_t limit = 1000);
     ReadReport(ReadReport const &) = delete;
     ReadReport &operator=(ReadReport const &) = delete;
-    ~ReadReport() override; // the one before takes over again
+    ~ReadReport() override; // the next outer report receives errors again
 
     std::vector<ReadError> const &entries() const noexcept { return entries_; }
     std::size_t limit() const noexcept { return limit_; }
@@ -85,14 +85,14 @@ class QRV_API ReadReport : private ErrorTaker {
     void add(ReadError error);
     void keep(ReadError error);
 
-    // Borrowed, must live while it is set; null, the default, means no watch.
+    // Borrowed, must exist while it is set; null, the default, means no watch.
     ReadWatch *watch() const noexcept { return watch_; }
     void watch(ReadWatch *watch) noexcept { watch_ = watch; }
 
-    // The innermost living one, or null; null also while a cat::CaughtErrors that began later
-    // lives, which takes the errors instead.
+    // The innermost existing report, or null; null also if a cat::CaughtErrors exists that was
+    // created later, which receives the errors instead.
     static ReadReport *current() noexcept;
-    static bool any() noexcept; // does one live?
+    static bool any() noexcept; // whether a report exists
 
   private:
     friend class ::cErrorRuns;

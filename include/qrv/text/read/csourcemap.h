@@ -7,8 +7,8 @@
 // Find an entry by the anid() of its node, or by its value: in a vector, removing and inserting
 // moves values between nodes. Most nodes have one entry in the text; a node with a repeated key has
 // several. The map holds the memory of the nodes (cAttrNode::hold), so that neither the memory nor
-// the anid is reused, but not their values. If its node was removed, an entry has no anid any more;
-// an entry that an error rejected never has one. Their byte spans are known all the same.
+// the anid is reused, but not their values. An entry loses its anid when its node is removed; an
+// entry that was rejected with an error never has one. Their byte spans are known nevertheless.
 //
 // The map also records the values of the library's own types between the brackets of typed values.
 // Text that a program's type reads itself is only a part of its value.
@@ -25,9 +25,9 @@
 namespace cat {
 class cSourceRecorder;
 
-// Bytes of the text, including those of line ends. The first byte has the position of the stream
-// when its first scanner is created: a byte order mark that the program has read before counts, one
-// that it has removed does not.
+// Bytes of the text, including those of line ends. The offset of the first byte is the position of
+// the stream when its first scanner is created: a byte order mark that the program has read from
+// the stream before counts, one that it has removed from the text does not.
 struct Span {
     std::uint32_t begin = 0;
     std::uint32_t end = 0; // after the last byte
@@ -83,11 +83,11 @@ class QRV_API SourceMap {
     SourceMap &operator=(SourceMap const &) = delete;
     ~SourceMap(); // as stop()
 
-    // Ends the recording: the map before takes over again. What is recorded stays, and the map may
-    // then live as long as its owner likes, whatever other maps begin and end meanwhile.
+    // Ends the recording: the next outer map records again. The recorded data stays, and the map
+    // may exist as long as it is needed, while other maps begin and end.
     void stop() noexcept;
 
-    // False if the text has 4 GiB or more: then nothing is recorded.
+    // False if the text has 4 GiB or more; nothing is recorded then.
     bool complete() const noexcept;
 
     // All entries by number. The first is the outermost value: the map, also for a list of entries
@@ -96,9 +96,9 @@ class QRV_API SourceMap {
     SourceEntry entry(std::size_t number) const;
 
     // All entries of a node, in file order. The last one gave the node its value, with two
-    // exceptions: in sets a value that equals an earlier one changes nothing; and a shared value
+    // exceptions: in sets, a value that equals an earlier one changes nothing; and a shared value
     // may have been changed under another key, by the last entry of written().
-    //   O(log n), once O(n log n)
+    //   O(log n), the first time O(n log n)
     std::vector<SourceEntry> spans(std::uint32_t anid) const;
     // The same for a path as in cObj::getattrp, in a tree that was read; for an empty path the
     // outermost value. A path through a reference leads to the entry inside the referenced value; a
@@ -107,12 +107,12 @@ class QRV_API SourceMap {
     // All entries of the nodes that had this value at the end of the reading, without references:
     // for a container all that contribute entries. Empty for constants and for new values.   O(n)
     std::vector<SourceEntry> written(cObj const &value) const;
-    // The entries directly inside an entry, in file order. A whole value between the brackets of a
-    // typed one, such as choice({...}), is an entry without key and anid.   O(entries, log n each)
+    // The entries directly inside an entry, in file order. A complete value between the brackets of
+    // a typed one, such as choice({...}), is an entry without key and anid.   O(entries * log n)
     std::vector<SourceEntry> inside(std::size_t number) const;
 
-    // The innermost entry whose bytes, first to last, include this offset; none outside.   O(log n
-    // + depth)
+    // The innermost entry whose bytes, first to last, include this offset; SourceEntry::none
+    // outside.   O(log n + depth)
     std::size_t at(std::uint32_t offset) const;
     // The path of the entry at an offset, such as /a/0, and the name of the current type of its
     // value. For an entry without a node they refer to the enclosing entry. Empty outside.

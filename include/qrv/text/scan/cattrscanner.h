@@ -59,6 +59,7 @@ struct cToken {
 // One token. A plain record with value semantics.
 struct QRV_API cAttrLiteral {
     cAttrLiteral();
+    // Copies the text of the view.
     explicit cAttrLiteral(cToken const &token);
     cAttrLiteral(cAttrLiteral const &);
     cAttrLiteral(cAttrLiteral &&) noexcept;
@@ -134,6 +135,7 @@ class QRV_API FlexLexer {
     virtual void yy_delete_buffer(yy_buffer_state *buffer) = 0;
     // Drops the look-ahead and continues with `in`.
     virtual void yyrestart(std::istream *in) = 0;
+    // The next token's code.
     virtual int yylex() = 0;
     // Deletes the current buffer and continues with a new one on `in`, and writes to `out`. Null
     // leaves the input or output unchanged.
@@ -144,6 +146,7 @@ class QRV_API FlexLexer {
 // more characters from the stream than it needs to determine the longest match.
 class QRV_API attrFlexLexer : public FlexLexer {
   public:
+    // Borrows both. Null for no input, and for the standard output stream.
     explicit attrFlexLexer(std::istream *in = nullptr, std::ostream *out = nullptr);
     attrFlexLexer(attrFlexLexer const &) = delete;
     attrFlexLexer &operator=(attrFlexLexer const &) = delete;
