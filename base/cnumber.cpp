@@ -5,7 +5,7 @@
 // numbers. The two are distinguished by the position of the first nonzero digit, relative to the
 // point and the exponent.
 
-#include "base/cchars.h"
+#include "base/platform/cchars.h"
 
 #include <algorithm>
 #include <charconv>
@@ -21,17 +21,13 @@ bool is_hex_digit(char c) noexcept {
     return is_digit(c) || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
 }
 
-char lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
-
 bool starts_with_word(std::string_view text, std::string_view word) noexcept {
     return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(),
-                                                    [](char w, char c) { return w == lower(c); });
+                                                    [](char w, char c) { return w == to_lower(c); });
 }
 
 void skip_blanks(std::string_view &text) noexcept {
-    while (!text.empty() &&
-           (is_white(text.front()) || text.front() == '\v' || text.front() == '\f'))
-        text.remove_prefix(1);
+    while (!text.empty() && is_space(text.front())) text.remove_prefix(1);
 }
 
 bool take_sign(std::string_view &text) noexcept {
@@ -103,7 +99,7 @@ std::int64_t order_of(std::string_view text, cBase const &base) noexcept {
     if (first == std::string_view::npos) return -far_away; // zero, independent of the exponent
     auto const point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
     std::int64_t const place = base.bits * (point - static_cast<std::int64_t>(first));
-    if (end == text.size() || lower(text[end]) != base.mark) return place;
+    if (end == text.size() || to_lower(text[end]) != base.mark) return place;
     return place + read_exponent(text.substr(end + 1));
 }
 

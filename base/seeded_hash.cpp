@@ -66,3 +66,8 @@ std::uint32_t seeded_hash_bytes(void const *bytes, std::size_t count) {
     std::uint64_t const mixed = state.v0 ^ state.v1 ^ state.v2 ^ state.v3;
     return static_cast<std::uint32_t>(mixed ^ mixed >> 32);
 }
+
+std::uint64_t seeded_factor(std::string_view name) {
+    std::uint64_t const upper = seeded_hash_bytes(name.data(), name.size());
+    return upper << 32 | seeded_hash_bytes(name.data(), name.size() - 1) | 1;
+}

@@ -4,5 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 std::uint32_t seeded_hash_bytes(void const *bytes, std::size_t count);
+
+// An odd factor that nobody outside the process can predict, another one for each name; it must not
+// be empty.
+std::uint64_t seeded_factor(std::string_view name);

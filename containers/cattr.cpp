@@ -14,11 +14,6 @@ namespace {
 
 objref text_key(char const *key) { return key ? own_key(std::string(key)) : objref(); }
 
-bool same_key(objref const &a, objref const &b) {
-    if (!a || !b) return a == b;
-    return a->type().hasheq(a, b);
-}
-
 bool has_type(objref const &value, cTypeObj const &type) {
     return value && &value->type() == &type;
 }
@@ -56,7 +51,7 @@ cAttr cAttr::operator[](char const *key) const { return cAttr(getattr(), key); }
 cAttr cAttr::operator[](int key) const { return cAttr(getattr(), key); }
 
 bool cAttr::operator==(cAttr const &other) const {
-    return owner_ == other.owner_ && same_key(key_, other.key_);
+    return owner_ == other.owner_ && cat::same_key(key_, other.key_);
 }
 
 void cAttr::set(cAttr const &other) {

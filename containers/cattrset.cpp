@@ -9,6 +9,7 @@
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
 #include "core/cerr_object.h"
+#include "core/cpairs.h"
 #include "core/ctext_hooks.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cattr.h"
@@ -18,8 +19,6 @@
 #include "qrv/core/cobjd.h"
 
 #include <ostream>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -39,17 +38,6 @@ cRef<cMapObj> specs_of(cObj *type) {
 specref as_spec(objref const &value) {
     if (!value || &value->type() != &cat::type_attspec()) return nullptr;
     return specref::share(dynamic_cast<cAttspec *>(value.get()));
-}
-
-// Keys and values as they stand: what follows may run user code.
-using pairs = std::vector<std::pair<objref, objref>>;
-
-pairs pairs_of(cAttrHash const &hash) {
-    pairs found;
-    found.reserve(static_cast<std::size_t>(hash.used()));
-    for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
-        found.emplace_back(node->key(), node->valref());
-    return found;
 }
 
 bool report(cErrText const &error, cObj const &obj, std::string const &found = {}) {
@@ -127,7 +115,7 @@ bool cTomAttrset::create(cObj &obj) {
     objref const keep = objref::share(&obj);
     obj.setflags(asf_all);
     if (cRef<cMapObj> const specs = specs_of(&obj.type())) {
-        pairs const declared = pairs_of(specs->datamap());
+        cPairs const declared = pairs_of(specs->datamap());
         cat::merge_charge(declared.size());
         cMaking const making(obj.type());
         for (auto const &[key, value] : declared)
@@ -194,7 +182,7 @@ bool cTomAttlist::m_assign(cObj &type, objref &arg) {
     if (!specs || !arg) return false;
     objref const keep = objref::share(&type);
     if (!cat::merge_allows(type, own_key(std::string("attspec")), arg)) return true;
-    pairs found; // first: arg may be the type itself, or what it holds
+    cPairs found; // first: arg may be the type itself, or what it holds
     for (cIterObj it = arg->begin(); it.valid(); ++it) found.emplace_back(it.key(), it.valref());
     specs->clear(); // RE-ENTERS
     for (auto const &[key, value] : found)

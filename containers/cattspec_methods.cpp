@@ -7,6 +7,7 @@
 #include "containers/cattspec_words.h"
 #include "containers/csetup.h"
 #include "core/cerr_object.h"
+#include "core/cscalar.h"
 #include "core/ctext_hooks.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
@@ -19,10 +20,6 @@
 namespace {
 
 constinit cat::cAttspecWords *the_words = nullptr;
-
-cAttspec *as_spec(cObj *obj) { return dynamic_cast<cAttspec *>(obj); }
-
-bool is_text(objref const &key) { return key && &key->type() == &cat::type_string(); }
 
 bool is_word(objref const &value, objref const &word) { return value && value == word; }
 
@@ -97,10 +94,10 @@ bool cTomAttspec::create(cObj &) {
 }
 
 bool cTomAttspec::setattr(cObj &obj, objref &key, objref &value) {
-    cAttspec *const spec = as_spec(&obj);
+    auto *const spec = dynamic_cast<cAttspec *>(&obj);
     if (!spec) return false;
     objref const keep = objref::share(&obj);
-    if (!is_text(key)) return refuse_type(obj, key, value);
+    if (!cat::is_string(key)) return refuse_type(obj, key, value);
     if (cObj::is_bad(value)) return refuse_bad(obj, key);
     if (cat::is_equal(key, "flag")) return set_flag(*spec, key, value);
     if (cat::is_equal(key, "type")) return set_type(*spec, key, value);
@@ -109,8 +106,8 @@ bool cTomAttspec::setattr(cObj &obj, objref &key, objref &value) {
 }
 
 objref cTomAttspec::getattr(objref obj, objref key) {
-    if (!is_text(key)) return cat::badfind();
-    cAttspec const *const spec = as_spec(obj);
+    if (!cat::is_string(key)) return cat::badfind();
+    auto const *const spec = dynamic_cast<cAttspec const *>(obj.get());
     if (!spec) return cat::bad();
     cat::cAttspecWords const &words = cat::attspec_words();
     if (cat::is_equal(key, "flag")) {

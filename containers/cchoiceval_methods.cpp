@@ -2,6 +2,7 @@
 
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
+#include "core/cscalar.h"
 #include "core/ctext_hooks.h"
 #include "qrv/base/csignal.h"
 #include "qrv/containers/cchoiceval.h"
@@ -16,8 +17,8 @@ cChoiceVal *value_of(cObj *obj) { return dynamic_cast<cChoiceVal *>(obj); }
 
 cTypeObj *type_of(cObj *obj) { return dynamic_cast<cTypeObj *>(obj); }
 
-bool is_text(objref const &key, char const *text) {
-    return key && &key->type() == &cat::type_string() && cat::is_equal(key, text);
+bool is_word(objref const &key, char const *word) {
+    return cat::is_string(key) && cat::is_equal(key, word);
 }
 
 objref choices_of(cObj const &type) {
@@ -44,14 +45,14 @@ objref cTomChoiceVal::newobj(objref type) {
 objref cTomChoiceVal::getattr(objref obj, objref key) {
     cChoiceVal const *const value = value_of(obj.get());
     if (!value) return cat::bad();
-    return is_text(key, "choices") ? choices_of(value->type()) : cTomIterator::getattr(obj, key);
+    return is_word(key, "choices") ? choices_of(value->type()) : cTomIterator::getattr(obj, key);
 }
 
 // DELIBERATE: a choice whose key is "choices" gives the type's setattr that key, which replaces all
 // choices.   Pinned: the_value_of_a_choice_called_choices_replaces_them_all
 bool cTomChoiceVal::setattr(cObj &obj, objref &key, objref &value) {
     cChoiceVal const *const choice = value_of(&obj);
-    if (!choice || !is_text(key, "value") || !choice->valid()) return false;
+    if (!choice || !is_word(key, "value") || !choice->valid()) return false;
     objref const type = objref::share(&choice->type());
     return type->setattr(objref(choice->key()), value); // RE-ENTERS: obj may follow
 }
@@ -91,7 +92,7 @@ bool cTomChoice::setattr(cObj &type, objref &key, objref &value) {
     cTypeObj *const choice = type_of(&type);
     if (!choice) return false;
     objref const keep = objref::share(&type);
-    bool const all = is_text(key, "choices");
+    bool const all = is_word(key, "choices");
     if (!(all ? set_choices(*choice, key, value) : set_choice(*choice, key, value))) return false;
     type.changed(); // RE-ENTERS: values of the type
     return true;
@@ -100,7 +101,7 @@ bool cTomChoice::setattr(cObj &type, objref &key, objref &value) {
 objref cTomChoice::getattr(objref type, objref key) {
     if (!type_of(type.get())) return cat::bad();
     objref const choices = choices_of(*type);
-    return is_text(key, "choices") ? choices : choices->getattr(key);
+    return is_word(key, "choices") ? choices : choices->getattr(key);
 }
 
 namespace {

@@ -138,6 +138,13 @@ bool cat::same_value(objref const &a, objref const &b) {
     return left->equal(right);
 }
 
+bool cat::same_key(objref const &a, objref const &b) {
+    if (!a || !b) return a == b;
+    objref const left = a; // the hook may remove the nodes that hold the keys
+    objref const right = b;
+    return left->type().hasheq(left, right); // RUNS USER CODE
+}
+
 bool cat::too_deep(cObj const &obj) {
     begin_error(err_compared_too_deep) << cNamed::type(obj.type().name());
     raise_eros();

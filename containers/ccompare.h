@@ -37,6 +37,9 @@ cMapObj *comparable(cMapObj const &a, objref const &b) noexcept;
 // The same object, or equal. Null equals only null.
 bool same_value(objref const &a, objref const &b);
 
+// Of keys: the same object, or the same for the first one's type.
+bool same_key(objref const &a, objref const &b);
+
 // Reports, and is false: "Nesting is too deep in object type: " and the type's name, 0x40000001.
 bool too_deep(cObj const &obj);
 } // namespace cat

@@ -3,6 +3,7 @@
 #include "containers/cglobals.h"
 #include "containers/ccompare.h"
 
+#include "core/cscalar.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
@@ -28,7 +29,7 @@ objref getslice_of(objref obj, objref start, objref count) {
 }
 
 objref new_by_name(objref name) {
-    if (!name || &name->type() != &cat::type_string()) return cat::bad();
+    if (!cat::is_string(name)) return cat::bad();
     objref const type = cat::typemap().getattr(name);
     auto const *const made = dynamic_cast<cTypeObj const *>(type.get()); // the flag is only a claim
     return made && made->is_type() ? made->newobj() : cat::bad();

@@ -2,6 +2,7 @@
 
 #include "containers/csetup.h"
 #include "core/cerr_object.h"
+#include "core/cscalar.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
@@ -26,13 +27,11 @@ objref size(objref obj) {
     return it ? cat::of(it->size()) : cat::bad();
 }
 
-bool is_text(objref const &key) { return key && &key->type() == &cat::type_string(); }
-
 } // namespace
 
 objref cTomIterator::getattr(objref obj, objref key) {
     cIterObj const *const it = iterator_of(obj);
-    if (!it || !is_text(key)) return cat::bad();
+    if (!it || !cat::is_string(key)) return cat::bad();
     if (cat::is_equal(key, "key")) return it->key();
     if (cat::is_equal(key, "value")) return it->valref();
     if (cat::is_equal(key, "pos")) return cat::of(it->pos());
@@ -41,7 +40,7 @@ objref cTomIterator::getattr(objref obj, objref key) {
 
 bool cTomIterator::setattr(cObj &obj, objref &key, objref &value) {
     cIterObj const *const it = iterator_of(&obj);
-    if (!it || !is_text(key) || !cat::is_equal(key, "value") || !it->valid()) return false;
+    if (!it || !cat::is_string(key) || !cat::is_equal(key, "value") || !it->valid()) return false;
     *it->node() = value; // RE-ENTERS: the old value is destroyed
     return true;
 }

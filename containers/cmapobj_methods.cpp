@@ -135,12 +135,6 @@ bool cTomMap::m_append(cObj &obj, objref &arg) {
 
 namespace {
 
-// By value: the hook may remove the nodes that hold the keys.
-bool same_key(objref const a, objref const b) {
-    if (!a || !b) return a == b;
-    return a->type().hasheq(a, b); // RUNS USER CODE
-}
-
 // Every key of a in b with an equal value.
 bool equal_by_key(cMapObj const &a, cMapObj const &b) {
     hashref const keep = a.datamap_ref();
@@ -158,7 +152,7 @@ template <bool with_keys> bool equal_in_order(cMapObj const &a, cMapObj const &b
     cRingWalk x(*first);
     cRingWalk y(*second);
     for (; x.valid() && y.valid(); x.step(), y.step()) {
-        if (with_keys && !same_key(x.key(), y.key())) return false;
+        if (with_keys && !cat::same_key(x.key(), y.key())) return false;
         if (!cat::same_value(x.valref(), y.valref())) return false;
     }
     return (!x.valid() && !y.valid()) || cat::report_sizes(a, b);

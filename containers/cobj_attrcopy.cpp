@@ -18,6 +18,7 @@
 #include "containers/cmergebudget.h"
 #include "containers/cplain_copy.h"
 #include "containers/cringwalk.h"
+#include "core/cscalar.h"
 #include "core/ctext_hooks.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/containers/citerobj.h"
@@ -60,8 +61,7 @@ cLetters complete(cObj const &target, char const *commands) {
     cLetters letters{none, none, none};
     if (given.find('?') != std::string::npos) {
         objref const own = target.gmember("cpcommands");
-        bool const is_text = own && &own->type() == &cat::type_string();
-        std::string const text = is_text ? text_hooks.as_string(own) : std::string();
+        std::string const text = cat::is_string(own) ? text_hooks.as_string(own) : std::string();
         for (size_t i = 0; i < letters.size() && i < text.size(); ++i) letters[i] = text[i];
     }
     for (size_t i = 0; i < letters.size() && i < given.size(); ++i)

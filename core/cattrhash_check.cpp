@@ -93,7 +93,7 @@ std::string cAttrHash::broken_table() const {
         unused += words_[i] == slot_unused;
     }
     if (words != used_) return broken("H1");
-    if (unused < size_ / unused_part) return broken("H5");
+    if (is_worn(unused, size_)) return broken("H5");
     return unused == unused_ ? std::string() : broken("H6");
 }
 

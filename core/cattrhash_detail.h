@@ -54,7 +54,7 @@ template <class Word> bool has_same_ends(std::string_view a, std::string_view b)
     return ((begin[0] ^ begin[1]) | (end[0] ^ end[1])) == 0;
 }
 // Most keys are short, and a call would cost more than comparing them.
-inline bool is_text(std::string_view own, std::string_view text) noexcept {
+inline bool same_text(std::string_view own, std::string_view text) noexcept {
     std::size_t const size = own.size();
     if (size != text.size()) return false;
     if (size >= 8 && size <= 16) return has_same_ends<std::uint64_t>(own, text);

@@ -25,15 +25,14 @@ constexpr std::uint32_t index_size(std::uint32_t nodes) { return std::bit_ceil(n
 
 constexpr std::uint64_t usual_factor = 0x9E3779B97F4A7C15u;
 
-std::uint64_t seeded_factor() {
-    static std::uint64_t const factor =
-        std::uint64_t{seeded_hash_bytes("upper", 5)} << 32 | seeded_hash_bytes("lower", 5) | 1;
+std::uint64_t index_factor() {
+    static std::uint64_t const factor = seeded_factor("index");
     return factor;
 }
 
 struct cIndexSteps {
     cIndexSteps(std::uint32_t hash, std::uint32_t capacity, bool seeded) : mask(capacity - 1) {
-        std::uint64_t const mixed = hash * (seeded ? seeded_factor() : usual_factor);
+        std::uint64_t const mixed = hash * (seeded ? index_factor() : usual_factor);
         at = static_cast<std::uint32_t>(mixed >> 32) >> std::countl_zero(mask);
         step = static_cast<std::uint32_t>(mixed >> 16) | 1;
     }
@@ -48,7 +47,7 @@ cAttrHash::cFound cAttrHash::probe_index(cSearch const &search) const {
     if (!fits_index(search.kind)) return {nullptr, 0, 0, false};
     auto const is_it = [&](cAttrNode const &node) {
         return node.hash_ == search.hash && node.kind_ == search.kind &&
-               (search.kind == cKeyKind::int_key || is_text(node.key_text(), search.text));
+               (search.kind == cKeyKind::int_key || same_text(node.key_text(), search.text));
     };
     if (form_ == cHashForm::few) {
         hash_probes += used_;

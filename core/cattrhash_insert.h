@@ -49,7 +49,7 @@ struct cAttrInsert {
     static bool is_found(cAttrNode const &node, cAttrHash const &hash,
                          cKnownText const &key) noexcept {
         return node.table_ == &hash && node.hash_ == key.hash &&
-               node.kind_ == cKeyKind::string_key && is_text(node.key_text(), key.text);
+               node.kind_ == cKeyKind::string_key && same_text(node.key_text(), key.text);
     }
 
     // In the place of the node's value, whatever that is and its flags say; null and badfind are

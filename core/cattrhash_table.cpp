@@ -1,10 +1,9 @@
 // The table of cAttrHash: search, insertion, removal, growth.
 //
-// Probing: the first slot is hash mod size, the step (hash mod (size - 2)) + 1; as the size is
-// prime, the sequence reaches every slot. Slots are compared by matches(), which answers for keys
-// of exactly int and string by the cached hash without a call, and asks the stored key's hook for
-// all others. A hook may change the table: `changes_` tells, and the search begins again; hooks
-// that never leave the table in peace are not asked any more after a number of such searches.
+// Probing: by cProbeSlots. Slots are compared by matches(), which answers for keys of exactly int
+// and string by the cached hash without a call, and asks the stored key's hook for all others. A
+// hook may change the table: `changes_` tells, and the search begins again; hooks that never leave
+// the table in peace are not asked any more after a number of such searches.
 //
 // Rebuilding (nobody can tell, as order is the ring's):
 //   too many live nodes              the next size
@@ -66,21 +65,9 @@ std::unique_ptr<cSlotWord[]> new_table(std::uint32_t size) {
     return words;
 }
 
-// Where a probe of this hash goes on after `slot`.
-struct cSteps {
-    cSteps(std::uint32_t hash, cSlotWord const *words, std::uint32_t size) noexcept
-        : slot(remainder(hash, words[size], size)),
-          step(remainder(hash, words[size + 1], size - 2) + 1), size_(size) {}
-    void next() noexcept {
-        slot += step;
-        if (slot >= size_) slot -= size_;
-    }
-
-    std::uint64_t slot, step;
-
-  private:
-    std::uint32_t size_;
-};
+cProbeSlots slots_of(std::uint32_t hash, cSlotWord const *words, std::uint32_t size) noexcept {
+    return {remainder(hash, words[size], size), remainder(hash, words[size + 1], size - 2), size};
+}
 
 } // namespace
 
@@ -203,7 +190,7 @@ bool cAttrHash::matches(cAttrNode const &node, cSearch const &search) {
         return search.kind == cKeyKind::int_key && node.hash_ == search.hash;
     case cKeyKind::string_key:
         return search.kind == cKeyKind::string_key && node.hash_ == search.hash &&
-               is_text(node.key_text(), search.text);
+               same_text(node.key_text(), search.text);
     default:
         if (!search.key) return false;
         objref const stored = node.key();                  // the hook may remove the node
@@ -216,10 +203,10 @@ cAttrHash::cFound cAttrHash::probe(cSearch const &search) const {
     constexpr std::uint32_t none = 0xFFFFFFFFu;
     std::uint32_t free = none;
     cSlotWord const tag = tag_of(search.kind, search.hash);
-    cSteps at(search.hash, words_.get(), size_);
+    cProbeSlots at = slots_of(search.hash, words_.get(), size_);
     for (std::uint32_t steps = 1; steps <= size_; ++steps, at.next()) {
         ++hash_probes;
-        auto const slot = static_cast<std::uint32_t>(at.slot);
+        std::uint32_t const slot = at.slot();
         cSlotWord const word = words_[slot];
         if (word == slot_unused) return {nullptr, free == none ? slot : free, steps, false};
         if (is_other_key(word, tag)) continue;
@@ -326,7 +313,7 @@ void cAttrHash::grow_table(cAttrNode const &last, std::uint32_t live, std::uint3
     bool const seed = steps > long_probe && seedable && !seeded_;
     if (is_too_full(live, size_))
         rebuild(hash_grown_size(size_, primes), seed);
-    else if (seed || unused_ < size_ / unused_part)
+    else if (seed || is_worn(unused_, size_))
         rebuild(size_, seed);
 }
 
@@ -420,10 +407,10 @@ void cAttrHash::rebuild(std::uint32_t size, bool seed) {
 // Puts a node into the first free word of its sequence. The number of words looked at.
 std::uint32_t cAttrHash::put(cAttrNode &node) noexcept {
     std::uint32_t steps = 1;
-    cSteps at(node.hash_, words_.get(), size_);
-    for (; words_[at.slot] != slot_unused; at.next()) ++steps;
-    node.slot_ = static_cast<std::uint32_t>(at.slot);
-    words_[at.slot] = word_of(node);
+    cProbeSlots at = slots_of(node.hash_, words_.get(), size_);
+    for (; words_[at.slot()] != slot_unused; at.next()) ++steps;
+    node.slot_ = at.slot();
+    words_[node.slot_] = word_of(node);
     --unused_;
     return steps;
 }

@@ -32,7 +32,7 @@ template <class Word> void copy_ends(unsigned char *to, std::string_view text) n
     std::memcpy(to + last, &end, sizeof(Word));
 }
 
-// As is_text(): without a call for most keys.
+// As same_text(): without a call for most keys.
 void copy_text(unsigned char *to, std::string_view text) noexcept {
     std::size_t const size = text.size();
     if (size >= 8 && size <= 16) return copy_ends<std::uint64_t>(to, text);

@@ -3,6 +3,7 @@
 // scalar types: their set-up functions, and what is added after all of them exist.
 
 #include "qrv/core/cobjd.h"
+#include "qrv/core/ctypes.h"
 
 #include <cassert>
 
@@ -19,6 +20,8 @@ template <class T> T const *value_in(cObj const *obj) noexcept {
 template <class T> T *value_to_change(cObj *obj) noexcept {
     return value_in<T>(obj) ? static_cast<cObjDR<T> *>(obj)->value_to_change() : nullptr;
 }
+// Is the type exactly the library's string?
+inline bool is_string(objref const &value) { return value && &value->type() == &type_string(); }
 // The set-up functions of the types.
 void setup_string(cTypeObj &type);
 void setup_bool(cTypeObj &type);

@@ -84,12 +84,6 @@ bool same_value(cObj const &a, cObj const &b) noexcept {
     }
 }
 
-std::uint64_t seeded_factor() {
-    constexpr char name[] = "set index";
-    std::uint64_t const upper = seeded_hash_bytes(name, sizeof name);
-    return upper << 32 | seeded_hash_bytes(name, sizeof name - 1) | 1;
-}
-
 } // namespace
 
 bool cSetIndex::holds(cAttrHash &hash, objref const &value) {
@@ -107,7 +101,7 @@ bool cSetIndex::holds(cAttrHash &hash, objref const &value) {
 }
 
 cSetIndex::cSetIndex(cAttrHash const &hash)
-    : place_(place_for(*this)), id_(number_of(place_)), factor_(seeded_factor()) {
+    : place_(place_for(*this)), id_(number_of(place_)), factor_(seeded_factor("set index")) {
     for (cAttrNode *node = hash.first(); node; node = hash.next(node)) enter(*node);
 }
 

@@ -1,13 +1,35 @@
 #pragma once
-// When an open-addressed table grows. cAttrHash and the list of a repository depend on these, with
-// the checks of their rules (H5, R3); both have slots that were never used, slots of live entries,
-// and tombstones.
+// How an open-addressed table is searched, and when it grows. cAttrHash and the list of a
+// repository depend on these, with the checks of their rules (H5, R3); both have slots that were
+// never used, slots of live entries, and tombstones. Each has its own probe loop: that of cAttrHash
+// compares by hooks that may change the table, and passes most nodes by a tag in their words.
 
 #include <cstdint>
 
 // Slots of a new table, one of the sizes that tables grow through: room for 77 entries, which is
 // more than most maps have.
 constexpr std::uint32_t first_size = 97;
+
+// The slots of a probe, in order: the first is hash mod size, the step (hash mod (size - 2)) + 1.
+// As the size is prime, they are all slots.
+class cProbeSlots {
+  public:
+    cProbeSlots(std::uint32_t hash, std::uint32_t size) noexcept
+        : cProbeSlots(hash % size, hash % (size - 2), size) {}
+    // Of both remainders, for a table that needs no division for them.
+    cProbeSlots(std::uint32_t by_size, std::uint32_t by_less, std::uint32_t size) noexcept
+        : slot_(by_size), step_(std::uint64_t{by_less} + 1), size_(size) {}
+
+    std::uint32_t slot() const noexcept { return static_cast<std::uint32_t>(slot_); }
+    void next() noexcept {
+        slot_ += step_;
+        if (slot_ >= size_) slot_ -= size_;
+    }
+
+  private:
+    std::uint64_t slot_, step_;
+    std::uint32_t size_;
+};
 
 // Share of live entries, in percent, above which a table grows: the 78th takes 97 slots to 197.
 // Tombstones are left out of the count on purpose.
@@ -20,3 +42,7 @@ constexpr bool is_too_full(std::uint32_t live, std::uint32_t size) noexcept {
 // One slot in so many must never have been used. With fewer the tombstones are cleared away, or
 // searches for absent keys would pass them all.
 constexpr std::uint32_t unused_part = 8;
+
+constexpr bool is_worn(std::uint32_t unused, std::uint32_t size) noexcept {
+    return unused < size / unused_part;
+}

@@ -4,6 +4,7 @@
 #include "core/cbuiltin.h"
 #include "core/cerr_object.h"
 #include "core/cholders.h"
+#include "core/cpairs.h"
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"
 #include "qrv/core/cexe.h"
@@ -12,7 +13,6 @@
 
 #include <ostream>
 #include <utility>
-#include <vector>
 
 objref cTypeObj::tmember(objref const &key) const { return tmmap_.getitem(key); }
 
@@ -65,8 +65,6 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
 
 void cTypeObj::inherit(cTypeObj const &base) {
     if (&base == this) return;
-    std::vector<std::pair<objref, objref>> members; // storing runs user code
-    for (cAttrNode const *node = base.tmmap_.first(); node; node = base.tmmap_.next(node))
-        members.emplace_back(node->key(), node->valref());
-    for (auto const &[key, value] : members) set_tmember(key, value);
+    for (auto const &[key, value] : pairs_of(base.tmmap_))
+        set_tmember(key, value); // RUNS USER CODE
 }

@@ -31,10 +31,6 @@ bool is_floating(cObj const &value) {
     return &value.type() == &cat::type_double() || &value.type() == &cat::type_float();
 }
 
-bool is_hexadecimal(std::string_view literal) {
-    return literal.starts_with("0x") || literal.starts_with("0X");
-}
-
 size_t digits_after_point(std::string_view literal) {
     size_t const point = std::min(literal.find('.'), literal.size());
     return std::min(literal.find_first_not_of("0123456789", point + 1), literal.size()) - point;

@@ -50,10 +50,6 @@ std::string spelt_string(std::string const &text, std::string_view like) {
 
 // --- whole numbers ---
 
-bool is_hexadecimal(std::string_view like) {
-    return like.size() > 2 && like[0] == '0' && (like[1] | 0x20) == 'x';
-}
-
 // "0x00FF": as many digits as there were, or more, in their case.
 std::string hexadecimal(int value, std::string_view like) {
     std::array<char, 8> buffer{};
@@ -161,6 +157,10 @@ std::string spelt_floating(objref const &object, T value, std::string_view like)
 }
 
 } // namespace
+
+bool is_hexadecimal(std::string_view literal) {
+    return literal.size() > 2 && literal[0] == '0' && (literal[1] | 0x20) == 'x';
+}
 
 bool is_word(std::string_view text) {
     return text != "true" && text != "false" && cat::is_ident(std::string(text));

@@ -19,6 +19,8 @@ std::string spelt(objref const &value, std::string_view like);
 // The word between the brackets of "Mode( off /* as shipped */ )"; empty if there is more or less.
 cat::Span word_in_brackets(std::string_view text);
 
+bool is_hexadecimal(std::string_view literal); // of a number
+
 // Is this text a word that reads as a string without quotes?
 bool is_word(std::string_view text);
 

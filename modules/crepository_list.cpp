@@ -80,11 +80,10 @@ void cRepositoryList::copy(cRepositoryList const &other) {
 }
 
 cRepositoryList::cPlace cRepositoryList::probe(std::string_view name, std::uint32_t hash) const {
-    std::uint64_t const step = hash % (size_ - 2) + 1;
-    std::uint64_t at = hash % size_;
+    cProbeSlots at(hash, size_);
     std::uintptr_t *erased = nullptr;
-    for (std::uint32_t n = 0; n < size_; ++n, at = (at + step) % size_) {
-        std::uintptr_t &cell = table_[at];
+    for (std::uint32_t n = 0; n < size_; ++n, at.next()) {
+        std::uintptr_t &cell = table_[at.slot()];
         if (cell == cell_unused) return {nullptr, erased ? erased : &cell};
         if (cell == cell_erased) {
             if (!erased) erased = &cell;
@@ -135,7 +134,7 @@ void cRepositoryList::make_room() {
         std::uint32_t const larger = hash_new_size(size_ + 1);
         if (larger == 0) throw std::length_error("cRepositoryList");
         rebuild(larger);
-    } else if (unused_ <= size_ / unused_part) {
+    } else if (is_worn(unused_ - 1, size_)) {
         rebuild(size_);
     }
 }
@@ -161,7 +160,7 @@ std::string cRepositoryList::broken_rule(bool deep) const {
     }
     if (entries != count_) return "R3 count";
     if (is_too_full(count_, size_)) return "R3 too full";
-    if (unused_ < size_ / unused_part) return "R3 too few unused";
+    if (is_worn(unused_, size_)) return "R3 too few unused";
     return deep ? broken_table() : std::string();
 }
 

@@ -7,7 +7,7 @@
 
 #include "qrv/util/cintformat.h"
 
-#include "base/cchars.h"
+#include "base/platform/cchars.h"
 #include "qrv/text/file/cfile.h"
 
 #include <charconv>

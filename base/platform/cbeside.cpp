@@ -1,6 +1,7 @@
 #include "base/platform/cbeside.h"
 
 #include "base/platform/cattributes.h"
+#include "base/platform/cchars.h"
 #include "base/platform/clinks.h"
 
 #include <algorithm>
@@ -10,8 +11,6 @@
 namespace {
 
 constexpr int most_names = 100;
-
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 // A name for a new file in the folder of `path`; short, so that it fits wherever the name in `path`
 // fits.

@@ -1,5 +1,6 @@
 #include "base/platform/cloader.h"
 
+#include "base/platform/cchars.h"
 #include "base/platform/os_calls.h"
 #include "qrv/base/platform/cplatform.h"
 
@@ -13,13 +14,11 @@ constinit cat::module_filter the_filter = nullptr;
 
 constexpr std::string_view separators = "\\/:";
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
-
 // A name that consists of the suffix alone has no suffix.
 bool has_suffix(std::string_view name) {
     std::string_view const suffix = cat::module_suffixes.front();
     return name.size() > suffix.size() && std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(),
-                                                     [](char a, char b) { return a == lower(b); });
+                                                     [](char a, char b) { return a == to_lower(b); });
 }
 
 bool is_absolute(std::string_view name) {

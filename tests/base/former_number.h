@@ -2,7 +2,7 @@
 // The number functions as they were when the token rules were new: the reference for the present
 // functions. Not to be changed.
 
-#include "base/cchars.h"
+#include "base/platform/cchars.h"
 
 #include <algorithm>
 #include <charconv>

@@ -26,3 +26,10 @@ TEST(SeededHash, distinguishes_lengths_and_single_bits) {
     }
     EXPECT_EQ(seen.size(), 65u + 512);
 }
+
+TEST(SeededHash, factors_are_odd_and_differ_by_name) {
+    EXPECT_EQ(seeded_factor("one"), seeded_factor("one"));
+    EXPECT_NE(seeded_factor("one"), seeded_factor("other"));
+    EXPECT_NE(seeded_factor("one") >> 32, seeded_factor("one") & 0xFFFFFFFF);
+    for (char const *name : {"one", "other", "a", "index"}) EXPECT_EQ(seeded_factor(name) % 2, 1u);
+}

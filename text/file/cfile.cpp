@@ -5,6 +5,7 @@
 
 #include "qrv/text/file/cfile.h"
 
+#include "base/platform/cchars.h"
 #include "diagnostics/cerr_codes.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/base/platform/cplatform.h"
@@ -32,10 +33,8 @@ void tell(char const *text, char const *name) {
     if (!cat::line_is_taken(line)) cat::std_err() << line << std::endl;
 }
 
-bool is_white(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
 std::string::size_type first_black(std::string const &text) {
-    auto const at = std::find_if_not(text.begin(), text.end(), is_white);
+    auto const at = std::find_if_not(text.begin(), text.end(), is_space);
     return static_cast<std::string::size_type>(at - text.begin());
 }
 
@@ -103,16 +102,16 @@ std::string cat::file2string(char const *name) {
 void cat::wsp_rmleft(std::string &text) { text.erase(0, first_black(text)); }
 
 void cat::wsp_rmright(std::string &text) {
-    while (!text.empty() && is_white(text.back())) text.pop_back();
+    while (!text.empty() && is_space(text.back())) text.pop_back();
 }
 
 bool cat::wsp_normalize(std::string &text) {
     auto const length = text.size();
     wsp_rmright(text);
     wsp_rmleft(text);
-    auto const both_white = [](char a, char b) { return is_white(a) && is_white(b); };
-    text.erase(std::unique(text.begin(), text.end(), both_white), text.end());
-    std::replace_if(text.begin(), text.end(), is_white, ' ');
+    auto const both_space = [](char a, char b) { return is_space(a) && is_space(b); };
+    text.erase(std::unique(text.begin(), text.end(), both_space), text.end());
+    std::replace_if(text.begin(), text.end(), is_space, ' ');
     return text.size() != length;
 }
 

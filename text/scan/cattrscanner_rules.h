@@ -7,7 +7,7 @@
 // as `{` or a string, no further character was read. If the attempt at a longer match fails
 // (`1.5e+x`, an unclosed quote), the surplus stays in the look-ahead.
 
-#include "base/cchars.h"
+#include "base/platform/cchars.h"
 #include "qrv/text/scan/cattrscanner.h"
 
 #include <array>

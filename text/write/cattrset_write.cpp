@@ -6,6 +6,7 @@
 
 #include "qrv/containers/cattrset.h"
 
+#include "core/cpairs.h"
 #include "core/ctext_hooks.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -19,8 +20,6 @@
 #include <algorithm>
 #include <array>
 #include <ostream>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -95,16 +94,6 @@ bool cTomAttlist::m_write(cObj &type, objref &stream) {
 // --- exact text ---
 
 namespace {
-
-using cPairs = std::vector<std::pair<objref, objref>>;
-
-// A copy of the entries, since later steps may run user code.
-cPairs pairs_of(cAttrHash const &hash) {
-    cPairs pairs;
-    for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
-        pairs.emplace_back(node->key(), node->valref());
-    return pairs;
-}
 
 // The keys that a type declares, with their specifications.
 cPairs declared_by(cTypeObj const &type) {

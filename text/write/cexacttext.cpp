@@ -5,7 +5,7 @@
 
 #include "qrv/text/write/cexacttext.h"
 
-#include "base/cchars.h"
+#include "base/platform/cchars.h"
 #include "core/cerr_object.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/ctypes.h"

@@ -9,7 +9,7 @@
 
 #include "text/write/cscalar_text.h"
 
-#include "base/cchars.h"
+#include "base/platform/cchars.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/write/cwriter_exact.h"
 #include "text/write/cwriter_form.h"

@@ -5,7 +5,7 @@
 
 #include "qrv/text/write/cwriter.h"
 
-#include "base/cchars.h"
+#include "base/platform/cchars.h"
 #include "core/cmember_lookup.h"
 #include "qrv/core/cobjd.h"
 #include "text/state/cstream_of.h"

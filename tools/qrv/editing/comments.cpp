@@ -4,6 +4,7 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
+#include "tools/qrv/output/characters.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -22,9 +23,6 @@ using cat::SourceComment;
 using cat::SourceEntry;
 
 constexpr size_t none = SourceEntry::none;
-
-bool is_blank(char c) { return c == ' ' || c == '\t'; }
-bool is_white(char c) { return is_blank(c) || c == '\n' || c == '\r'; }
 
 size_t white_begin(std::string const &text, size_t at) {
     while (at > 0 && is_white(text[at - 1])) --at;

@@ -1,5 +1,6 @@
 #include "tools/qrv/json/mistake.h"
 
+#include "tools/qrv/output/characters.h"
 #include "tools/qrv/output/escaped.h"
 #include "tools/qrv/output/messages.h"
 
@@ -40,16 +41,13 @@ char const *digit_expected_by(string_view parser_text) {
                                            : "expected a digit in the exponent, found ";
 }
 
-bool is_word(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-           c == '$';
-}
+bool is_word(char c) { return is_letter_or_digit(c) || c == '_' || c == '$'; }
 
 // The text from there on that a person sees as one.
 string_view piece_at(std::string const &bytes, size_t at, size_t token_end) {
     char const first = bytes[at];
     size_t end = at + 1;
-    if (first == '"' || first == '-' || (first >= '0' && first <= '9')) end = token_end;
+    if (first == '"' || first == '-' || is_digit(first)) end = token_end;
     if (bytes.compare(at, 2, "//") == 0 || bytes.compare(at, 2, "/*") == 0) end = at + 2;
     if (is_word(first))
         while (end < bytes.size() && is_word(bytes[end])) ++end;
@@ -84,7 +82,7 @@ std::string note_of(std::string const &bytes, cJsonPlaces const &places, size_t 
     if (expected == end_of_text && has(gap, "\n") && is_first_of_value(c))
         return "a file has one value; with one on each line, convert each line by itself";
     if (gap.empty() && (before == "0" || before == "-0")) {
-        if (c >= '0' && c <= '9') return "JSON has no leading zeros";
+        if (is_digit(c)) return "JSON has no leading zeros";
         if (c == 'x' || c == 'X') return "JSON has decimal numbers only";
     }
     if (expected != a_value) return "";

@@ -12,6 +12,7 @@
 #include "tools/qrv/json/path.h"
 #include "tools/qrv/json/places.h"
 #include "tools/qrv/json/repetitions.h"
+#include "tools/qrv/output/characters.h"
 #include "tools/qrv/output/progress.h"
 
 #include <charconv>
@@ -41,8 +42,6 @@ struct cLevel {
 
 // All whole numbers with fewer digits are in the range of double.
 constexpr size_t digits_beyond_double = 309;
-
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 // Are there so many digits in a row?
 bool has_row_of_digits(std::string const &bytes, size_t count) {

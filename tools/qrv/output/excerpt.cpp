@@ -1,5 +1,6 @@
 #include "tools/qrv/output/excerpt.h"
 
+#include "tools/qrv/output/characters.h"
 #include "tools/qrv/output/escaped.h"
 #include "tools/qrv/output/message_line.h"
 
@@ -11,8 +12,8 @@ namespace {
 constexpr size_t before_mark = 60, widest = 110; // bytes of a longer line
 
 bool is_word(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-           c == '.' || (static_cast<unsigned char>(c) & 0x80) != 0;
+    return is_letter_or_digit(c) || c == '_' || c == '.' ||
+           (static_cast<unsigned char>(c) & 0x80) != 0;
 }
 
 // The token that begins there: a string, a word or number, or one character.

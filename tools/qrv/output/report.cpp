@@ -1,6 +1,7 @@
 #include "tools/qrv/output/report.h"
 
 #include "qrv/cvers.h"
+#include "tools/qrv/output/characters.h"
 #include "tools/qrv/output/escaped.h"
 #include "tools/qrv/output/lines.h"
 
@@ -166,8 +167,7 @@ std::string uri_of(std::string const &file) {
     constexpr std::string_view plain = "-._~/";
     std::string uri;
     for (char const c : file) {
-        bool const is_plain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') ||
-                              (c >= 'a' && c <= 'z') || plain.find(c) != plain.npos;
+        bool const is_plain = is_letter_or_digit(c) || plain.find(c) != plain.npos;
         char hex[4];
         std::snprintf(hex, sizeof hex, "%%%02X", static_cast<unsigned>(c) & 0xFF);
         uri += is_plain ? std::string(1, c) : std::string(hex);

@@ -2,6 +2,7 @@
 
 #include "qrv/text/file/cfile.h"
 #include "qrv/text/scan/cattrscanner.h"
+#include "tools/qrv/output/characters.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -15,8 +16,6 @@ class cTokens : public cAttrScanner {
     explicit cTokens(std::istream &is) : cAttrScanner(is) {}
     cToken const &next() const { return next_token(); }
 };
-
-bool is_white(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 std::string byte_text(char byte) {
     char text[8];

@@ -2,6 +2,7 @@
 
 #include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintformat.h"
+#include "tools/qrv/output/characters.h"
 #include "tools/qrv/output/escaped.h"
 #include "tools/qrv/rules/literals.h"
 
@@ -31,8 +32,6 @@ bool is_word_byte(char c) {
 bool is_word(std::string_view text) {
     return is_word_byte(text[0]) && !is_closing(text.back()) && text != "true" && text != "false";
 }
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 bool is_separator(char c) { return c == ';' || c == ','; }
 
 // A number that begins with 0 or ends with u: others are read as they seem to say.
@@ -287,7 +286,7 @@ class cWalk {
             std::string_view const between = text.substr(begin, inner - begin);
             bool const is_inside = between.find("*/", 2) == between.npos &&
                                    between.find_first_of("\n=") != between.npos &&
-                                   is_blank(between.back());
+                                   is_white(between.back());
             if (is_inside && is_comment(begin)) {
                 auto const at = static_cast<std::uint32_t>(inner);
                 auto const outer = static_cast<std::uint32_t>(begin);

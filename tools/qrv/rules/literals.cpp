@@ -1,5 +1,7 @@
 #include "tools/qrv/rules/literals.h"
 
+#include "tools/qrv/output/characters.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -7,16 +9,14 @@
 
 namespace {
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_sign(char c) { return c == '+' || c == '-'; }
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
 
 bool is_hexadecimal(std::string_view text) {
-    return text.size() > 2 && text[0] == '0' && lower(text[1]) == 'x';
+    return text.size() > 2 && text[0] == '0' && to_lower(text[1]) == 'x';
 }
 
 bool is_unsigned(std::string_view text) {
-    return !is_hexadecimal(text) && !text.empty() && lower(text.back()) == 'u';
+    return !is_hexadecimal(text) && !text.empty() && to_lower(text.back()) == 'u';
 }
 
 std::string_view digits_of(std::string_view number) {
@@ -79,7 +79,7 @@ std::string_view looks_like(std::string_view word) {
     if (word == "true" || word == "false") return {}; // they are what they look like
     auto const is_word = [word](cMeaning const &meaning) {
         return std::equal(word.begin(), word.end(), meaning.word.begin(), meaning.word.end(),
-                          [](char a, char b) { return lower(a) == b; });
+                          [](char a, char b) { return to_lower(a) == b; });
     };
     auto const *const found = std::find_if(std::begin(meanings), std::end(meanings), is_word);
     return found == std::end(meanings) ? std::string_view() : found->meant;

@@ -1,5 +1,7 @@
 #include "tools/qrv/rules/suggestion.h"
 
+#include "tools/qrv/output/characters.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <vector>
@@ -15,8 +17,6 @@ bool may_take(std::uint64_t steps) {
     return true;
 }
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
-
 // How many characters must be inserted, removed, changed or swapped with the next one. Upper and
 // lower case are the same.
 size_t distance(std::string_view a, std::string_view b) {
@@ -25,10 +25,10 @@ size_t distance(std::string_view a, std::string_view b) {
     for (size_t i = 1; i <= a.size(); ++i) {
         next[0] = i;
         for (size_t j = 1; j <= b.size(); ++j) {
-            bool const same = lower(a[i - 1]) == lower(b[j - 1]);
+            bool const same = to_lower(a[i - 1]) == to_lower(b[j - 1]);
             next[j] = std::min({row[j] + 1, next[j - 1] + 1, row[j - 1] + (same ? 0 : 1)});
-            if (i > 1 && j > 1 && lower(a[i - 1]) == lower(b[j - 2]) &&
-                lower(a[i - 2]) == lower(b[j - 1]))
+            if (i > 1 && j > 1 && to_lower(a[i - 1]) == to_lower(b[j - 2]) &&
+                to_lower(a[i - 2]) == to_lower(b[j - 1]))
                 next[j] = std::min(next[j], before[j - 2] + 1);
         }
         before.swap(row);
@@ -40,7 +40,8 @@ size_t distance(std::string_view a, std::string_view b) {
 // At the beginning.
 size_t same_letters(std::string_view a, std::string_view b) {
     size_t count = 0;
-    while (count < std::min(a.size(), b.size()) && lower(a[count]) == lower(b[count])) ++count;
+    while (count < std::min(a.size(), b.size()) && to_lower(a[count]) == to_lower(b[count]))
+        ++count;
     return count;
 }
 
