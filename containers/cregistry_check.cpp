@@ -1,4 +1,4 @@
-// The checker of the registry: see the header for its rules. It changes nothing and raises nothing.
+// The checker of the registry. It changes nothing and reports no error; its header has the rules.
 
 #include "containers/cregistry_check.h"
 #include "containers/ccompare.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int max_chain = 100; // a type of a type of a type is the most that is made
+constexpr int max_chain = 100; // real chains have at most three types
 
 bool stands_under(std::string const &name, cTypeObj const &type) {
     cAttrNode const *const node = core.type_hash->find(name);
@@ -29,7 +29,7 @@ bool chain_ends(cTypeObj const &type) {
     return at == core.type && &at->type() == at;
 }
 
-// DELIBERATE: types made before there were members have these two without a member.
+// DELIBERATE: types that were created before members existed have these two without a member.
 //   Pinned: the_first_types_have_methods_without_members
 bool is_raw(cTypeObj const &type, int id) {
     bool const first = &type == core.niltype || &type == core.type || &type == core.exe;
@@ -69,7 +69,7 @@ std::string broken_entry_rule(objref const &key, objref const &value) {
 
 std::string cat::broken_registry_rule() {
     core_bootstrap();
-    if (!core.type_hash) return {}; // the core is going
+    if (!core.type_hash) return {}; // the core is being torn down
     if (std::string const broken = core.type_hash->broken_rule(true); !broken.empty())
         return "G1 " + broken;
     if (&core.typemap->datamap() != core.type_hash) return "G1 typemap";

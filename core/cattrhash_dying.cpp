@@ -47,7 +47,7 @@ void cAttrHash::cDying::release(cObj *target) {
     cRefTraits<cObj>::destroy(target); // RE-ENTERS
 }
 
-// As if the removed entries had been taken out one by one.
+// Leaves the hash as if the removed entries had been removed one by one.
 void cAttrHash::cDying::put_in_order() {
     in_order_ = true;
     ++hash_.changes_;

@@ -1,9 +1,11 @@
 #pragma once
-// Destroying a whole hash. The entries are removed from the front, and what each held is released
-// right after it; so user code in a destructor finds a hash that lacks this entry and those before
-// it, and may even change it. But most values are the library's own, and no code can look: their
-// nodes are freed without keeping table and counts in order. Before an object is destroyed that
-// may run user code, every hash that is being destroyed, here and further out, is put in order.
+// Destroys a whole hash. Entries are removed from the front, and the key and value of each are
+// released right after it. So user code in a destructor finds a hash without this entry and those
+// before it, and may even change the hash.
+//
+// Most values belong to the library and run no user code. Their nodes are freed without updating
+// the table and the counts. Before an object that may run user code is destroyed, every hash that
+// is being destroyed, here and in outer calls, is put in order.
 
 #include "core/cattrhash_detail.h"
 
@@ -26,5 +28,5 @@ class cAttrHash::cDying {
 
     cAttrHash &hash_;
     cDying *outer_;
-    bool in_order_ = false; // and then so are all further out
+    bool in_order_ = false; // if true, those of outer calls are in order too
 };
