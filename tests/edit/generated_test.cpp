@@ -374,7 +374,7 @@ Merged merge(std::string const &target, std::string const &source, char const *l
 // Another text, or the same one with some changes.
 std::string source_for(std::string const &target, Random &random, bool again) {
     if (random.one_in(2)) return Writer(random, again).document();
-    cat::ReadReport const unheard;
+    cat::ReadReport const ignored;
     std::istringstream in(target);
     cat::SourceMap const map;
     objref root;
