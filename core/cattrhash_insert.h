@@ -52,7 +52,7 @@ struct cAttrInsert {
                node.kind_ == cKeyKind::string_key && is_text(node.key_text(), key.text);
     }
 
-    // Replaces the node's value, whatever its type and flags are; stores null and badfind too.
+    // Replaces the node's value without any tests of type and flags; stores null and badfind too.
     // RE-ENTERS if the old value is destroyed.
     static void replace(cAttrNode &node, objref &&value) { node.set_value(std::move(value)); }
 

@@ -16,7 +16,7 @@
 
 namespace {
 
-// Longer strings would need a memory block of their own anyway.
+// Longer strings would need a separate memory block anyway.
 constexpr std::size_t longest_text = 100;
 constexpr std::size_t word = 8;
 

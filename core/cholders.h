@@ -1,6 +1,6 @@
 #pragma once
 // Counts for each container the attributes that have it as their value. While these counts are
-// valid, a container that is no attribute's value is not below any other, and storing into it needs
+// valid, a container with the count 0 is not below any other one, and storing into it needs
 // no search for a cycle. The reference count cannot replace this one: programs hold containers too,
 // and the innermost owner of a value may be borrowed.
 //

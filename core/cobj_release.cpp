@@ -110,7 +110,7 @@ template <class T> bool destroy_exactly(cObj *target) noexcept {
 
 bool cat::destroy_scalar(cObj *target) {
     if (target->has_ommap() || depth >= max_depth) return false;
-    switch (target->class_) { // is none of these cases if the object holds its type
+    switch (target->class_) { // matches no case if the object holds its type
     case int(cObjClass::string):
         return destroy_exactly<std::string>(target);
     case int(cObjClass::integer):

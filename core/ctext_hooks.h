@@ -20,7 +20,7 @@ struct cTextHooks {
     std::string (*as_string)(objref const &);       // cat::as_string
     bool (*writeobj)(cObj const &, std::ostream &); // cObj::writeobj
 
-    cTextMethods voiddata{}; // for types without a text form
+    cTextMethods voiddata{}; // for types without a written form
     cTextMethods integer{}, float_number{}, double_number{}, string{}, boolean{};
     cTextMethods map{}, vector{}, set{};
     cTextMethods attspec{};

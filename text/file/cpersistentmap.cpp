@@ -32,7 +32,7 @@ bool is_end(cAttrLiteral const &token) { return token.code == tkEof && token.tex
 
 // Is the end reached, but for comments and one separator?
 bool at_end(cAttrScan &scan) {
-    cat::ReadReport const quiet; // nobody asked for the text behind
+    cat::ReadReport const quiet; // discards errors in the text after the value
     scan.return_com(false);
     int const token = scan.gettok();
     if (token == ';' || token == ',') scan.gettok();
@@ -51,14 +51,14 @@ bool read_cleanly(cAttrScan &scan, int result, objref const &value) {
 
 cPersistentMap::cPersistentMap(char const *name, bool keep_comments)
     : name_(name ? name : ""), keep_comments_(keep_comments) {
-    cat::nil(); // from now on the tear-down comes after this object's end
+    cat::nil(); // starts the core, so that it is torn down after this object
 }
 
 cPersistentMap::~cPersistentMap() {
     try {
         if (!name_.empty() && map_) save(); // RUNS USER CODE
         map_ = nullptr;                     // RUNS USER CODE
-    } catch (...) {                         // whoever threw has told
+    } catch (...) {                         // the handler has reported the error
     }
 }
 

@@ -15,7 +15,7 @@ cPlace place_after(cPlace place, std::string const &text, size_t count);
 
 constexpr size_t longest_path = 120; // in characters, in messages
 
-// Cuts a text that is longer than `longest` in the middle, between characters.
+// Cuts text that is longer than `longest` in the middle, between characters.
 std::string shortened(std::string const &text, size_t longest = longest_path);
 
 // Shortens the path inside the text.

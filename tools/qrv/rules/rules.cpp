@@ -98,7 +98,7 @@ bool cRules::has_error_inside(cPlace value) const {
 }
 
 // Handles a typed value that can't be read. For declarations and objects of declared types, reports
-// the error inside, or else a text for this kind of value.
+// the error inside, or else an error for this kind of value.
 bool cRules::report_failed(cat::ReadError &error, std::string const &name) {
     cTypeObj const *const type = known_type(name);
     if (!type) return true;
