@@ -279,7 +279,7 @@ template <class T> unsigned int hash_value_bytes(objref const &ref) {
 template <class T> bool equal_value(T const &a, T const &b) { return a == b; }
 
 // DELIBERATE: a NaN is neither less nor greater, so it equals every key it is compared with.
-//   Pinned: a_nan_key_equals_what_it_meets
+//   Pinned: a_nan_key_equals_every_key
 template <class T> bool same_number(T const &a, T const &b) { return !(a < b) && !(a > b); }
 
 // A key without a value, which only claims its type, equals only itself.

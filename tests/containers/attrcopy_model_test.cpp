@@ -204,7 +204,7 @@ template <class Real, class Model> void compare(unsigned seed, Real real, Model 
 
 class AttrcopyModel : public QrvTest {};
 
-TEST_F(AttrcopyModel, every_command_of_up_to_four_letters) {
+TEST_F(AttrcopyModel, every_command_of_up_to_four_letters_follows_the_model) {
     std::string const alphabet = "0asx-?";
     std::vector<std::string> commands = {""};
     for (size_t i = 0; i < commands.size(); ++i)

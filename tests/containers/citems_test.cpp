@@ -56,7 +56,7 @@ template <class Act> std::string keys_with(objref const &map, Act const &act) {
 
 } // namespace
 
-TEST_F(Items, are_keys_and_values_in_the_order_of_the_container) {
+TEST_F(Items, items_are_keys_and_values_in_the_order_of_the_container) {
     EXPECT_EQ(walked(cat::items(letters(3))), "a=0 b=1 c=2 ");
     auto const vector = make<cVectorObj>();
     for (int i = 7; i < 10; ++i) vector->append(cat::of(i));
@@ -66,7 +66,7 @@ TEST_F(Items, are_keys_and_values_in_the_order_of_the_container) {
     EXPECT_EQ(walked(cat::items(set)), "0=x 1=y ");
 }
 
-TEST_F(ItemsEdge, of_null_void_and_scalar_values_are_none) {
+TEST_F(ItemsEdge, null_void_and_scalar_values_have_no_items) {
     for (objref const &ref : {objref(), cat::nil(), cat::bad(), cat::badfind(), cat::of(5),
                               cat::of("text"), objref(make<cMapObj>())}) {
         cat::Items const items = cat::items(ref);
@@ -94,7 +94,7 @@ TEST_F(Items, are_a_forward_range) {
     EXPECT_EQ(cat::as_string((*found).key()), "d");
 }
 
-TEST_F(Items, own_what_they_walk) {
+TEST_F(Items, items_own_the_container) {
     cat::Items::iterator it;
     cat::Item item;
     {
@@ -151,7 +151,7 @@ TEST_F(Items, survive_the_removal_of_other_entries) {
               "ab");
 }
 
-TEST_F(Items, a_removed_entry_is_followed_by_what_followed_it_then) {
+TEST_F(Items, a_removed_entry_is_followed_by_its_former_successor) {
     auto const map = letters(3);
     auto &hash = map->datamap();
     // Not in order of creation: a x b c.
@@ -233,7 +233,7 @@ TEST_F(Items, random_changes_of_a_vector_follow_the_model) {
     }
 }
 
-TEST_F(Items, an_end_stays_one) {
+TEST_F(Items, an_end_stays_an_end) {
     auto const map = letters(1);
     auto it = cat::items(map).begin();
     map->datamap().delitem("a");

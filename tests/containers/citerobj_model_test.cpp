@@ -127,7 +127,7 @@ std::string told(int place) {
 
 } // namespace
 
-TEST_F(CursorModel, random_steps_copies_and_assignments_while_entries_come_and_go) {
+TEST_F(CursorModel, random_steps_copies_and_assignments_while_entries_are_added_and_removed) {
     constexpr std::size_t cursors = 5;
     std::mt19937 random(10);
     auto const number = [&](std::size_t below) {
@@ -180,7 +180,7 @@ TEST_F(CursorModel, random_steps_copies_and_assignments_while_entries_come_and_g
     }
 }
 
-TEST_F(CursorClaim, the_methods_of_cursors_refuse_what_only_claims_to_be_one) {
+TEST_F(CursorClaim, the_methods_of_cursors_refuse_objects_that_only_claim_the_type) {
     objref const claim = claimed();
     cErrorLog errors;
     for (char const *text : {"key", "value", "pos"})
@@ -195,7 +195,7 @@ TEST_F(CursorClaim, the_methods_of_cursors_refuse_what_only_claims_to_be_one) {
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST_F(CursorClaim, a_cursor_takes_no_position_from_what_only_claims_to_be_one) {
+TEST_F(CursorClaim, a_cursor_copies_no_position_from_an_object_that_only_claims_the_type) {
     cAtB at;
     EXPECT_FALSE(at.it->assign(claimed()));
     EXPECT_FALSE(at.it->equal(claimed()));

@@ -47,7 +47,7 @@ TEST_F(HashRules, h1_the_ring_is_linked_both_ways) {
     cAttrHashProbe::swap_links(hash.find("b"));
 }
 
-TEST_F(HashRules, h2_nodes_and_slots_point_at_each_other) {
+TEST_F(HashRules, h2_nodes_and_slots_point_to_each_other) {
     cAttrNode *const b = hash.find("b");
     EXPECT_EQ(with(cAttrHashProbe::table(b), static_cast<cAttrHash *>(nullptr)), "H2 key=b");
     EXPECT_EQ(with(cAttrHashProbe::slot_(b), cAttrHashProbe::slot_(hash.find("a"))), "H2 key=b");

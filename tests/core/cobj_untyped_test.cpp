@@ -462,7 +462,7 @@ objref void_object() { return make<cObj>(true); }
 
 } // namespace
 
-TEST_F(Untyped, each_operation_alone_answers_as_for_void) {
+TEST_F(Untyped, each_operation_alone_returns_the_same_as_for_void) {
     for (cOperation const &operation : alone()) {
         objref const x = untyped();
         objref const v = void_object();
@@ -474,7 +474,7 @@ TEST_F(Untyped, each_operation_alone_answers_as_for_void) {
     }
 }
 
-TEST_F(Untyped, each_operation_with_another_object_answers_as_for_void) {
+TEST_F(Untyped, each_operation_with_another_object_returns_the_same_as_for_void) {
     std::size_t const kinds = others().size();
     for (cPairOperation const &operation : with_another())
         for (std::size_t kind = 0; kind < kinds; ++kind) {
@@ -490,7 +490,7 @@ TEST_F(Untyped, each_operation_with_another_object_answers_as_for_void) {
         }
 }
 
-TEST_F(Untyped, two_untyped_objects_answer_as_two_void_ones) {
+TEST_F(Untyped, operations_on_two_untyped_objects_return_the_same_as_on_two_void_ones) {
     for (cPairOperation const &operation : with_another()) {
         objref const a = untyped();
         objref const b = untyped();
@@ -503,7 +503,7 @@ TEST_F(Untyped, two_untyped_objects_answer_as_two_void_ones) {
     }
 }
 
-TEST_F(Untyped, containers_hold_it_as_they_hold_void) {
+TEST_F(Untyped, containers_treat_it_like_void) {
     cInside const insides[] = {{"map", filled<cMapObj>}, {"vector", filled<cVectorObj>},
                                {"set", filled<cSetObj>}, {"order", ordered},
                                {"written", written},     {"declared", declared},
@@ -514,7 +514,7 @@ TEST_F(Untyped, containers_hold_it_as_they_hold_void) {
             << inside.name;
 }
 
-TEST_F(Untyped, a_value_and_a_container_whose_type_was_taken_away) {
+TEST_F(Untyped, a_value_and_a_container_may_lose_their_type) {
     objref const number = cat::of(5);
     number->set_type(nullptr);
     EXPECT_TRUE(number->is_void());

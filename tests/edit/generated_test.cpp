@@ -248,7 +248,7 @@ std::string tree_in_a_scope(std::string const &text) {
     return value ? written(value) : "unreadable";
 }
 
-TEST_F(GeneratedEdits, a_text_with_declared_types_reads_as_the_changed_tree) {
+TEST_F(GeneratedEdits, the_new_text_with_declared_types_reads_as_the_changed_tree) {
     unsigned changed = 0, refused = 0;
     for (unsigned seed = 1; seed <= documents(); ++seed) {
         Random random(seed);
@@ -435,7 +435,7 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_merged_tree) {
     EXPECT_LE(refused, merges / 500);
 }
 
-TEST_F(GeneratedEdits, all_comments_come_with_what_is_merged) {
+TEST_F(GeneratedEdits, all_comments_of_merged_entries_are_copied) {
     unsigned merges = 0, lost = 0;
     std::string example;
     for (unsigned seed = 1; seed <= documents() / 4; ++seed) {
@@ -457,7 +457,7 @@ TEST_F(GeneratedEdits, all_comments_come_with_what_is_merged) {
     EXPECT_LE(lost, merges / 1000) << example; // of equal values a set takes only the first
 }
 
-TEST_F(GeneratedEdits, a_text_with_declared_types_reads_as_the_merged_tree) {
+TEST_F(GeneratedEdits, the_new_text_with_declared_types_reads_as_the_merged_tree) {
     unsigned merges = 0;
     for (unsigned seed = 1; seed <= documents() / 20; ++seed) {
         Random random(seed);
