@@ -48,7 +48,7 @@ TEST_F(AttrcopyEdge, question_marks_take_the_members_letters) {
     EXPECT_EQ(at(a, "x"), at(b, "x")) << "stored, not assigned";
 }
 
-// What setattr is called with, in order.
+// The arguments of the calls of setattr, in order.
 constinit std::string *calls = nullptr;
 bool noting_setattr(cObj &obj, objref &key, objref &value) {
     *calls += cat::as_string(key) + (value ? "=" + shape(value.get()) : " gone") + "; ";
@@ -99,8 +99,8 @@ TEST_F(Attrcopy, every_letter_in_every_place_on_a_map) {
     struct cCase {
         char const *commands;
         char const *result;
-        bool shares_both; // the value of "b" is the source's
-        bool keeps_both;  // the value of "b" is the target's old one
+        bool shares_both; // "b" has the source's value
+        bool keeps_both;  // "b" has the target's old value
     };
     for (cCase const &c :
          {cCase{"0--", "{b=2}", false, true}, cCase{"a--", "{t=1, b=2}", false, true},
@@ -341,7 +341,7 @@ TEST_F(Attrcopy, maps_that_hold_themselves_are_copied_once) {
     b->clear();
 }
 
-// A part that appears twice is assigned once, but appended to as often as it is met.
+// A part that appears twice is assigned once, but appended to each time.
 TEST_F(Attrcopy, appending_is_never_remembered) {
     vectorref const shared = vector({1});
     mapref const target = map({{"a", shared}, {"b", shared}});
@@ -350,7 +350,7 @@ TEST_F(Attrcopy, appending_is_never_remembered) {
     EXPECT_EQ(shape(target), "{a=[1, 2, 2], b=[1, 2, 2]}");
 }
 
-// What user code copies inside an assign of its own is a copy of its own.
+// A copy that user code makes inside its assign is separate.
 constinit cMapObj *copied_from = nullptr;
 bool copying_assign(cObj &obj, objref &) {
     obj.attrcopy(*copied_from, "0as");
@@ -455,7 +455,7 @@ TEST_F(Attrcopy, a_merge_beyond_the_budget_is_skipped_as_a_whole) {
 TEST_F(Attrcopy, a_merge_that_exceeds_the_budget_stops) {
     cCountingBudget budget(5);
     mapref const m = map();
-    // Two pairs can be paid for; walking the first value can't.
+    // The budget suffices for two pairs, but not for walking the first value.
     EXPECT_FALSE(m->attrcopy(*map({{"a", ints(20)}, {"b", 1}}), "-xx"));
     EXPECT_EQ(m->size(), 0);
     EXPECT_TRUE(budget.exhausted());

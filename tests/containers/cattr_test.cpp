@@ -152,7 +152,7 @@ TEST_F(Handle, insertions_can_be_chained) {
     cAttr const next = (*v)[1] << cat::of(8) << cat::of(9);
     EXPECT_EQ(cat::as_text(v), "[1, 8, 9, 2, 3, ]");
     EXPECT_TRUE(cat::is_equal(next.key(), 3));
-    (*v)[0] << objref(); // inserting nothing takes the place away
+    (*v)[0] << objref(); // inserting null removes the index
     EXPECT_EQ(cat::as_text(v), "[8, 9, 2, 3, ]");
 }
 

@@ -1,5 +1,4 @@
-// Declared types and their objects: creation, the rules at work, validation, assignment,
-// redefinition.
+// Declared types and their objects: creation, rules, validation, assignment, redefinition.
 #include "qrv/containers/cattrset.h"
 
 #include "containers/cmergebudget.h"
@@ -145,7 +144,7 @@ TEST_F(AttrSet, validate_tests_each_rule) {
     obj->datamap().mapitem("r", cat::of("x"));
     EXPECT_FALSE(cTomAttrset::validate(*obj)); // t is void
     obj->datamap().mapitem("t", cat::of(1.5));
-    EXPECT_FALSE(cTomAttrset::validate(*obj)); // t is no int
+    EXPECT_FALSE(cTomAttrset::validate(*obj)); // t is not an int
     obj->datamap().mapitem("t", cat::of(1));
     EXPECT_TRUE(cTomAttrset::validate(*obj));
     obj->datamap().mapitem("undeclared", cat::of(1));
@@ -167,7 +166,7 @@ TEST_F(AttrSet, a_new_object_with_a_fixed_attribute_is_not_valid) {
     objref const value = cat::of(5);
     typeref const type = declare({{"f", with_default(value, asf_fixref | asf_fixtype)}});
     cRef<cMapObj> const obj = object(type);
-    EXPECT_FALSE(cTomAttrset::validate(*obj)); // an equal one isn't the same one
+    EXPECT_FALSE(cTomAttrset::validate(*obj)); // an equal object isn't the same object
     obj->datamap().mapitem("f", value);
     EXPECT_TRUE(cTomAttrset::validate(*obj));
 }
@@ -219,7 +218,7 @@ TEST_F(AttrSet, an_attribute_that_fails_is_reported_and_the_others_are_copied) {
     cRef<cMapObj> const target = object(type);
     source->setattr(key("a"), cat::of("text"));
     source->setattr(key("b"), cat::of(2));
-    target->setattr(key("a"), make<cMapObj>()); // takes no text
+    target->setattr(key("a"), make<cMapObj>()); // can't be assigned a string
     EXPECT_FALSE(target->assign(*source));
     EXPECT_EQ(errors_.entries().back(),
               (cErrorLog::cEntry{0x41000000, "ERROR in method 'assign'"}));
@@ -271,7 +270,7 @@ TEST_F(AttrSet, assign_to_the_type_replaces_all_specifications) {
     EXPECT_EQ(count.n, 1);
     EXPECT_EQ(object(type)->size(), 1);
     EXPECT_TRUE(type->getattr(key("c")) == spec);
-    EXPECT_TRUE(type->assign(type->tmember("attspec"))); // what it holds itself
+    EXPECT_TRUE(type->assign(type->tmember("attspec"))); // its own specifications
     EXPECT_TRUE(type->getattr(key("c")) == spec);
     EXPECT_TRUE(type->assign(type));
     EXPECT_TRUE(type->getattr(key("c")) == spec);
@@ -313,7 +312,7 @@ TEST_F(AttrSet, a_second_declaration_of_a_name_changes_the_first) {
     EXPECT_TRUE(first->getattr(key("b")) == spec);
     EXPECT_TRUE(first->getattr(key("a")) == cat::badfind());
     EXPECT_EQ(count.n, 1);
-    EXPECT_TRUE(cat::set_type(*first, false)); // by itself
+    EXPECT_TRUE(cat::set_type(*first, false)); // redefines it by itself
     EXPECT_EQ(count.n, 1);
     EXPECT_EQ(raised(), ""); // specifications are shared, never assigned
 }
@@ -440,7 +439,7 @@ TEST_F(AttrSet, objects_of_two_declarations_are_unequal_and_no_map_equals_one) {
     EXPECT_FALSE(a->equal(*b));
     EXPECT_FALSE(a->equal(*map));
     EXPECT_FALSE(map->equal(*a));
-    EXPECT_TRUE(map->equal_unsorted(*a)); // which asks for the values alone
+    EXPECT_TRUE(map->equal_unsorted(*a)); // compares only the values
     EXPECT_TRUE(a->equal_unsorted(*map));
 }
 

@@ -1,4 +1,4 @@
-// The attributes of a specification, set and asked by program.
+// The attributes of a specification, written and read by a program.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
@@ -20,7 +20,7 @@ class SpecificationMethods : public QrvTest {
     }
     objref get(char const *key) { return spec_->getattr(own_key(std::string(key))); }
     int bits() const { return spec_->flags_of(asf_all); }
-    // What was raised since the last call.
+    // The errors since the last call.
     std::string raised() {
         std::string const text = errors_.text();
         errors_.clear();
@@ -74,7 +74,7 @@ TEST_F(SpecificationMethods, flag_accepts_the_three_words) {
 TEST_F(SpecificationMethods, a_word_is_recognised_by_identity) {
     EXPECT_FALSE(set("flag", cat::of("REQUIRED")));
     EXPECT_EQ(raised(), begin + "'flag':  Error in setting attribute type: string\n");
-    EXPECT_FALSE(set("flag", make<cObj>(true))); // as void as the word
+    EXPECT_FALSE(set("flag", make<cObj>(true))); // void like the word, but another object
     EXPECT_EQ(raised(), begin + "'flag':  Error in setting attribute type: niltype\n");
     EXPECT_FALSE(set("flag", cat::nil()));
     EXPECT_EQ(raised(), begin + "'flag':  Error in setting attribute type: niltype\n");

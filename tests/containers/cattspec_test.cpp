@@ -1,4 +1,4 @@
-// Attribute specifications: the flags and their invariants, and how a map keeps them.
+// Attribute specifications: the flags and their invariants, and specifications in a map.
 #include "qrv/containers/cattspec.h"
 
 #include "qrv/containers/cmapobj.h"
@@ -88,7 +88,7 @@ TEST_F(Specification, required_is_cleared_only_by_setting_implied) {
     spec.set_flags(asf_fixref | asf_default);
     EXPECT_EQ(bits(spec), 8);
     spec.set_flags(asf_implied | asf_required);
-    EXPECT_EQ(bits(spec), 8); // cleared first, then asked for again
+    EXPECT_EQ(bits(spec), 8); // cleared first, then set again
 }
 
 TEST_F(Specification, set_default_of_void_changes_nothing) {

@@ -1,4 +1,4 @@
-// Values of choice types through every change of the choices, with and without the signal.
+// Values of choice types during all changes of the choices, with and without the signal.
 #include "qrv/containers/cchoiceval.h"
 
 #include "qrv/containers/csignalobj.h"
@@ -24,7 +24,7 @@ class ChoiceChange : public QrvTest {
     }
 };
 
-// Each one made is at the address of the one before.
+// Each new container has the address of the one before.
 class cSameAddress : public cMapObj {
   public:
     cSameAddress() = default;
@@ -275,7 +275,7 @@ TEST_F(ChoiceChange, a_value_that_does_not_follow_stays_until_an_update) {
     EXPECT_EQ(place(value), "x");
 }
 
-// --- ends
+// --- destruction
 
 TEST_F(ChoiceChange, the_value_is_destroyed_first_and_the_type_works) {
     typeref const type = choice_type({"a"});
@@ -392,7 +392,7 @@ TEST_F(ChoiceChange, an_exception_of_the_choices_is_passed_on) {
     EXPECT_EQ(place(value_of(type)), "x");
 }
 
-// The last reference to the old choices goes in set_tmember: what dies with it tells the type.
+// set_tmember releases the last reference to the old choices: a destructor fires the type's signal.
 TEST_F(ChoiceChange, the_old_choices_may_fire_the_signal_when_they_are_destroyed) {
     mapref map = map_of({"a", "b"});
     typeref const type = choice_type("Letter", map);

@@ -21,7 +21,7 @@ class Choice : public QrvTest {};
 class ChoiceMethod : public QrvTest {};
 class ChoiceType : public QrvTest {};
 
-// "true b": what assign answered and where the value stands then.
+// The result of assign and the value's key afterwards, as "true b".
 std::string assigned(cChoiceVal &value, objref const &source) {
     bool const result = value.assign(source);
     return (result ? "true " : "false ") + place(value);

@@ -106,7 +106,7 @@ TEST_F(Items, items_own_the_container) {
     ++it;
     EXPECT_EQ(cat::as_string((*it).key()), "b");
     it = {};
-    EXPECT_TRUE(item.key() == nullptr); // the entry is gone with its container
+    EXPECT_TRUE(item.key() == nullptr); // the entry was destroyed with its container
     EXPECT_EQ(item.value(), cat::bad());
 }
 
@@ -160,7 +160,7 @@ TEST_F(Items, a_removed_entry_is_followed_by_its_former_successor) {
     for (cat::Item const &item : cat::items(map)) {
         keys += cat::as_string(item.key());
         if (keys != "a") continue;
-        hash.delitem("x"); // before: b followed then
+        hash.delitem("x"); // b was the next entry then
         hash.delitem("a");
         EXPECT_TRUE(item.key() == nullptr);
         EXPECT_EQ(item.value(), cat::bad());
@@ -192,8 +192,8 @@ TEST_F(ItemsEdge, a_value_removed_from_a_vector_has_no_key) {
     EXPECT_EQ(cat::as_string((*++at).value()), "1");
 }
 
-// The model is the position of the next value. A walk ends for good where the current value was
-// removed and nothing follows it.
+// The model is the position of the next value. A walk ends for good if the current value was
+// removed and was the last one.
 TEST_F(Items, random_changes_of_a_vector_follow_the_model) {
     std::mt19937 random(7);
     auto const below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
@@ -256,7 +256,7 @@ TEST_F(Items, use_the_iterator_of_a_type) {
     inner = nullptr;
 }
 
-// As a walk over a list that is changed in the same way, whose iterators stay good.
+// Compares with a walk over a std::list with the same changes, whose iterators stay valid.
 TEST_F(Items, random_changes_during_walks_follow_the_model) {
     std::mt19937 random(4711);
     auto const pick = [&random](std::size_t count) { return random() % count; };
@@ -266,8 +266,8 @@ TEST_F(Items, random_changes_during_walks_follow_the_model) {
         std::list<int> model;
         struct cWalk {
             cat::Items::iterator it;
-            std::list<int>::iterator next; // what follows
-            bool on = true;                // the entry is there
+            std::list<int>::iterator next; // the next entry
+            bool on = true;                // the current entry exists
         };
         int last = 0;
         for (int i = 0; i < 6; ++i) {

@@ -1,4 +1,5 @@
-// Iterators that follow their source: the tie, and every order in which its parts can end.
+// Iterators that follow their source: the connection, and every order in which its parts can be
+// destroyed.
 #include "qrv/containers/citerobj.h"
 
 #include "qrv/containers/csignalobj.h"
@@ -23,7 +24,7 @@ followref follow(mapref const &map, char const *key) {
 
 objref slot_of(cIterObj const &it) { return it.omember("updatefromobj"); }
 
-// Tells its updates, and does something in them.
+// Logs its updates, and runs an action in them.
 class cTold : public cIterObj {
   public:
     cTold(objref const &source, std::string &story, char name)
@@ -37,7 +38,7 @@ class cTold : public cIterObj {
 
     bool update() override {
         story_ += name_;
-        std::function<void()> const now = action; // may take *this away
+        std::function<void()> const now = action; // may destroy *this
         std::string &story = story_;
         objref const keep = objref::share(this);
         if (now) now();
@@ -56,7 +57,7 @@ class cTold : public cIterObj {
 
 using toldref = cRef<cTold>;
 
-// Nothing of an emission may be left when a test is over.
+// After a test no emission may be in progress.
 class Follow : public QrvTest {
   protected:
     ~Follow() override {
@@ -71,7 +72,7 @@ class Follow : public QrvTest {
 
 } // namespace
 
-// --- the tie
+// --- the connection
 
 TEST_F(Follow, a_follower_notices_a_deletion_when_the_source_fires) {
     mapref const map = map_of({"a", "b"});
@@ -225,7 +226,7 @@ TEST_F(Follow, a_follower_in_an_attribute_does_not_own_its_source) {
     EXPECT_FALSE(map->is_owner_of(*map));
 }
 
-// --- ends outside of emissions
+// --- destruction outside of emissions
 
 TEST_F(Follow, the_source_is_destroyed_first) {
     mapref map = map_of({"a", "b"});
@@ -288,7 +289,7 @@ TEST_F(Follow, members_that_outlive_the_follower_have_a_slot_without_effect) {
 TEST_F(Follow, another_follower_may_take_over_the_members) {
     mapref const map = map_of({"a"});
     toldref a = told(map, 'a'), b = told(map, 'b');
-    b->ommap(a->ommap_ref()); // b's own slot dies, a's stands in both
+    b->ommap(a->ommap_ref()); // b's own slot is destroyed, and both share a's slot
     map->changed();
     EXPECT_EQ(story, "a+ ");
     a = nullptr;
@@ -296,7 +297,7 @@ TEST_F(Follow, another_follower_may_take_over_the_members) {
     EXPECT_EQ(story, "a+ ");
 }
 
-// A member of the dying follower makes the source tell while the follower is half gone.
+// A member of the follower fires the source's signal while the follower is being destroyed.
 TEST_F(Follow, the_signal_fires_while_the_follower_is_destroyed) {
     mapref const map = map_of({"a"});
     toldref it = told(map, 'a');
@@ -315,7 +316,7 @@ TEST_F(Follow, the_signal_fires_while_the_source_is_destroyed) {
     EXPECT_EQ(place(*it), "a");
 }
 
-// --- ends inside of emissions
+// --- destruction inside of emissions
 
 TEST_F(Follow, a_follower_may_be_destroyed_in_its_own_update) {
     mapref const map = map_of({"a"});

@@ -1,6 +1,6 @@
-// Cursors against a model: entries come and go while cursors are stepped, copied and assigned, also
-// to themselves and by way of the maps that hold them. And cursors' methods on what only claims to
-// be one.
+// Cursors compared with a model: entries are added and removed while cursors are stepped, copied
+// and assigned, also to themselves and by assigning the maps that hold them. And the methods of
+// cursors on objects that only claim to be one.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
@@ -18,7 +18,7 @@ class CursorClaim : public QrvTest {};
 
 objref key(char const *text) { return own_key(std::string(text)); }
 
-// Assigned to itself without a compiler's warning.
+// Returns its argument: assigning an object to itself without a compiler's warning.
 cIterObj &self(cIterObj &it) { return it; }
 
 // {a: 1, b: 2, c: 3} and a cursor at b.
@@ -95,7 +95,7 @@ TEST_F(CursorModel, a_cursor_that_is_the_last_owner_of_its_hash_is_assigned_to_i
 
 namespace {
 
-// What a cursor should say: a key, or that its node was deleted, or the end.
+// The expected state of a cursor: a key, or that its node was deleted, or the end.
 struct cModel {
     static constexpr int end = -1;
     static constexpr int deleted = -2;
@@ -105,7 +105,7 @@ struct cModel {
     int step(int place, int by) const {
         if (place == deleted) return end;
         auto const found = std::find(keys.begin(), keys.end(), place);
-        auto const ring = static_cast<int>(keys.size()) + 1; // the end is a place as well
+        auto const ring = static_cast<int>(keys.size()) + 1; // the end is a position, too
         int const next = (static_cast<int>(found - keys.begin()) + by + ring) % ring;
         return next == ring - 1 ? end : keys[static_cast<std::size_t>(next)];
     }

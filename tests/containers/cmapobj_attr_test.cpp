@@ -1,4 +1,4 @@
-// Maps: what setattr, getattr, add and append take, give and refuse.
+// Maps: setattr, getattr, add and append.
 
 #include "qrv/containers/cattr.h"
 #include "qrv/core/ceros.h"
@@ -48,7 +48,7 @@ TEST_F(MapAttr, the_cycle_is_tested_before_const_keys) {
     EXPECT_NE(errors.last_text().find("cycle"), std::string::npos);
 }
 
-// A handler that forgives lets the answer be true; nothing is stored all the same.
+// If a handler forgives, the result is true, but nothing is stored.
 TEST_F(MapAttr, a_forgiven_refusal_is_true_and_stores_nothing) {
     mapref const a = map();
     mapref const b = map({{"a", a}});
@@ -139,7 +139,7 @@ TEST_F(MapAttr, other_keys_of_a_map_with_specifications_are_free) {
     EXPECT_EQ(m->getattr(of("c")), cat::badfind());
 }
 
-// The key's own `write` raises an error while the text is made.
+// The key's own `write` raises an error while the message is written.
 bool raising_write(cObj &, objref &) {
     eros().clear();
     eros().set_code(0x40000007);

@@ -1,4 +1,4 @@
-// Maps: how they are made, their keys and values, and their members.
+// Maps: construction, keys and values, and members.
 
 #include "qrv/containers/cmapobj.h"
 
@@ -291,7 +291,7 @@ TEST_F(MapObj, the_type_holds_the_listed_members) {
     EXPECT_EQ(shape(cat::type_map().newobj()), "{}");
 }
 
-// --- no maps
+// --- objects that are not maps
 
 TEST_F(MapObj, methods_refuse_objects_that_are_not_maps) {
     objref const five = of(5);
@@ -308,7 +308,7 @@ TEST_F(MapObj, methods_refuse_objects_that_are_not_maps) {
 } // namespace
 
 TEST_F(MapObj, a_palette_equals_an_equal_palette) {
-    cOwnType const own; // inherits from map, and is no container
+    cOwnType const own; // inherits from map, but is not a container
     auto const palette = [&](int red) {
         auto const made = make<cMapObj>(const_cast<cTypeObj *>(&own.type), true);
         made->datamap().mapitem("red", cat::of(red));

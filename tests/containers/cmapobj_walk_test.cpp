@@ -1,5 +1,5 @@
-// Maps: what walks all that they hold. Comparing, owners, private copies, empty children; in maps
-// that hold themselves, in deep ones and in ladders.
+// Maps: operations that walk over all values. Comparing, owners, private copies, empty children; in
+// maps that hold themselves, in deep maps and in ladders.
 
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cexe.h"
@@ -55,7 +55,7 @@ TEST_F(MapWalk, null_values_equal_only_each_other) {
     EXPECT_TRUE(a->equal(*b));
 }
 
-// `equal` of one value removes what the walk stands on.
+// `equal` of one value removes the current entry of the walk.
 constinit cMapObj *walked = nullptr;
 bool removing_equal(cObj &, objref &) {
     walked->datamap().delitem("b");
@@ -110,8 +110,8 @@ TEST_F(MapWalk, two_cycles_of_one_shape_are_equal) {
     b->clear();
 }
 
-// x holds itself through y, and differs from its counterpart only behind that: what was found
-// equal on the assumption must not survive it.
+// x holds itself through y, and differs from its counterpart only after that: results "equal" that
+// depend on the assumption must be dropped with it.
 TEST_F(MapWalk, an_assumption_that_fails_removes_the_results_that_depend_on_it) {
     mapref const a1 = map(), a2 = map(), b1 = map(), b2 = map();
     a1->datamap().mapitem("deep", a2);
@@ -287,7 +287,7 @@ TEST_F(MapWalk, only_exact_maps_count_as_empty_children) {
 }
 
 TEST_F(MapWalk, a_removal_starts_the_walk_again_and_with_it_the_recursion) {
-    // b is emptied by the first walk; the removal of z makes a second one, which sees it.
+    // The first walk empties b; the removal of z causes a second walk, which finds b empty.
     mapref const m = map({{"b", map({{"c", map()}})}, {"z", map()}});
     m->remove_emptychilds(true);
     EXPECT_EQ(shape(m), "{}");

@@ -1,5 +1,5 @@
-// The test for cycles before text stores a value: it goes into all that a value keeps alive, which
-// is more than is_owner_of tells a program.
+// The test for cycles before text stores a value: it visits all that a value keeps alive, which is
+// more than is_owner_of visits for a program.
 #include "containers/cmergebudget.h"
 
 #include "qrv/containers/cattspec.h"
@@ -22,7 +22,7 @@ class MergeCycle : public QrvTest {
         int count = 0;
     };
 
-    // "allowed" or "left out", as text would find it; a program's is_owner_of says no to each.
+    // The result for text, "allowed" or "left out"; a program's is_owner_of is always false.
     static std::string store(objref const &value, cObj &holder, std::uint64_t units = 1000) {
         EXPECT_FALSE(value->is_owner_of(holder));
         cCounting budget(units);

@@ -1,5 +1,4 @@
-// A store that would close a cycle is refused, and the search for one costs nothing where there
-// can't be any.
+// A store that would close a cycle is refused, and there is no search if there can't be a cycle.
 
 #include "core/cholders.h"
 #include "qrv/core/cexe.h"
@@ -116,7 +115,7 @@ TEST_F(OwnerTest, the_types_of_the_library_leave_the_counts_valid) {
     EXPECT_TRUE(cHolders::are_known());
 }
 
-// Each would take minutes if every store walked over what it stores.
+// Each test would take minutes if every store walked over the stored value.
 TEST_F(OwnerTest, nesting_from_the_innermost_level_is_linear) {
     objref tree = map();
     for (int i = 0; i < levels; ++i) {
@@ -145,7 +144,7 @@ TEST_F(OwnerTest, storing_a_large_value_under_many_keys_is_linear) {
 
 namespace {
 
-// The search as it is without any knowledge.
+// The search without the counts.
 bool is_below(objref const &value, cObj const &other, std::set<cObj const *> &seen) {
     if (!value || !value->is_map() || !seen.insert(value).second) return false;
     cAttrHash const &hash = static_cast<cMapObj const &>(*value).datamap();

@@ -1,5 +1,5 @@
-// The checker of the registry is checked itself: each rule is broken once and must be told, and the
-// repaired registry passes again.
+// The checker of the registry: it must report each rule when the test breaks it, and accept the
+// repaired registry.
 #include "containers/cregistry_check.h"
 
 #include "core/cregistry.h"
@@ -39,7 +39,7 @@ TEST_F(RegistryCheck, a_used_registry_passes) {
     cat::set_type(*typeref::adopt(new cTypeObj(&cat::typetype_attlist(), "Record", nullptr)),
                   false);
     EXPECT_EQ(rule(), "");
-    record->set_name("Other"); // as a back reference under another key does
+    record->set_name("Other"); // like a back reference under another key
     cTypeInsert::insert(record, true);
     EXPECT_EQ(rule(), "");
 }
@@ -83,7 +83,7 @@ TEST_F(RegistryCheck, an_endless_chain_of_types_is_found) { // G5
 
 TEST_F(RegistryCheck, a_member_that_is_not_in_the_table_is_found) { // G6
     typeref const type = known("Mine");
-    type->tmmap().mapitem("newobj", make<cExeMember>(nothing)); // past set_tmember
+    type->tmmap().mapitem("newobj", make<cExeMember>(nothing)); // bypasses set_tmember
     EXPECT_EQ(rule(), "G6 method=newobj key=Mine");
     type->set_tmember("newobj", make<cExeMember>(nothing));
     EXPECT_EQ(rule(), "");

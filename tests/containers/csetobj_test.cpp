@@ -131,7 +131,7 @@ TEST_F(SetObj, assigning_an_object_without_iterator_empties_it) {
     EXPECT_EQ(shape(s), "<>");
 }
 
-TEST_F(SetObj, a_set_may_be_assigned_one_of_its_own_values) {
+TEST_F(SetObj, a_set_may_be_assigned_one_of_its_values) {
     setref const s = set({vector({1, 1, 2})});
     EXPECT_TRUE(s->assign(*s->getattr(of(0))));
     EXPECT_EQ(shape(s), "<1, 2>");
@@ -143,7 +143,7 @@ TEST_F(SetObj, sets_are_equal_by_mutual_inclusion) {
     EXPECT_FALSE(set({1})->equal(*set({1, 2})));
     EXPECT_FALSE(set({1})->equal(*vector({1})));
     EXPECT_TRUE(set({set({1, 2})})->equal(*set({set({2, 1})})));
-    // Two equal values can get in past append: then one side may include the other, but not back.
+    // Two equal values can be stored without append: then inclusion may hold in one direction only.
     EXPECT_FALSE(set({1, 1})->equal(*set({1, 2})));
     EXPECT_FALSE(set({1, 2})->equal(*set({1, 1})));
     EXPECT_TRUE(set({1, 1})->equal(*set({1, 1})));
@@ -162,7 +162,7 @@ TEST_F(SetObj, null_values_are_found_by_null_values) {
     EXPECT_TRUE(a->equal(*b));
 }
 
-// Filling a set and single appends give the same values.
+// Filling a set and single appends have the same result.
 TEST_F(SetObj, filling_equals_single_appends) {
     vectorref const source = vector();
     for (int i = 0; i < 300; ++i) {

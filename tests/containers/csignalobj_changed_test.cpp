@@ -1,4 +1,4 @@
-// The signal `changed` of an object: when it exists, what fires it, in which state it is fired.
+// The signal `changed` of an object: when it exists, what fires it, and the state at that moment.
 #include "tests/containers/signal_objects.h"
 
 #include "qrv/containers/cvectorobj.h"
@@ -76,7 +76,7 @@ TEST_F(Changed, replacing_the_members_by_a_map_fires_the_signal_in_the_map) {
     EXPECT_EQ(take_calls(), "fresh;");
     EXPECT_EQ(obj->ommap().father(), map.get());
     obj->changed();
-    map->changed(); // the map has no members of its own
+    map->changed(); // the map has no own members
     EXPECT_EQ(take_calls(), "fresh;");
     obj->ommap(*make<cMapObj>());
     EXPECT_EQ(take_calls(), "");
@@ -253,7 +253,7 @@ TEST_F(Changed, firing_of_const_objects_and_constants) {
 
 namespace {
 
-// Puts something else in its place when it dies.
+// Stores another value in its place in its destructor.
 class cStubborn : public cObjD<int> {
   public:
     explicit cStubborn(cObj &owner) : owner_(&owner) {}
@@ -275,10 +275,10 @@ TEST_F(Changed, force_on_a_member_that_refuses_replacement_returns_a_scratch_sig
     NamedSlot const a("a", scratch);
     obj->changed();
     EXPECT_EQ(take_calls(), "");
-    EXPECT_NE(&obj->force_changed_signal(), &scratch); // now nobody defends it
+    EXPECT_NE(&obj->force_changed_signal(), &scratch); // now nothing replaces it
 }
 
-// --- exceptions: what was done stays done, and nothing is left of the emission
+// --- exceptions: changes stay, and no emission is in progress
 
 TEST_F(Changed, an_exception_of_a_slot_is_passed_on_and_the_change_stays) {
     objref const obj = cat::of(1);

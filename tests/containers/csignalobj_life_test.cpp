@@ -1,5 +1,5 @@
-// Who dies when: slots, signals, targets and objects before, during and after an emission, in each
-// order, and what a slot does to the very signal that calls it.
+// Destruction of slots, signals, targets and objects before, during and after an emission, in each
+// order; and slots that change the signal that calls them.
 #include "tests/containers/signal_objects.h"
 
 #include <memory>
@@ -15,7 +15,7 @@ class Life : public SignalObjTest {
     void connect(cSignal const &signal) {
         for (auto const *slot : {&a, &b, &c}) signal.connect(**slot);
     }
-    // What is called when b does this, and what after it.
+    // The calls of an emission in which b runs this action, and of the next emission.
     std::string fire(std::function<void()> what) {
         plans["b"] = std::move(what);
         obj->changed();
@@ -122,7 +122,7 @@ TEST_F(Life, the_object_destroyed_while_its_member_map_is_replaced) {
 TEST_F(Life, the_object_destroyed_while_it_is_called_by_name) {
     plans["b"] = [this] { obj = nullptr; };
     EXPECT_TRUE(obj->call("changed") == cat::nil());
-    EXPECT_EQ(take_calls(), "a;b;c;"); // a call holds what it calls
+    EXPECT_EQ(take_calls(), "a;b;c;"); // a call holds its target
 }
 
 TEST_F(Life, the_object_and_all_slots_destroyed_during_the_call) {
@@ -251,7 +251,7 @@ TEST_F(Life, the_object_can_be_destroyed_before_and_after_its_slots) {
 
 namespace {
 
-// An object that owns the slot which serves it. No count, so no cycle.
+// An object that owns the slot that calls it. The slot does not count it, so there is no cycle.
 class cFollower : public cObjD<std::string> {
   public:
     cFollower(std::string const &name, cSignal const &signal)
@@ -347,7 +347,7 @@ TEST_F(Life, the_values_of_a_replaced_member_are_released_before_the_firing) {
 
 namespace {
 
-// Drops the last owner of an object when it dies.
+// Releases the last owner of an object in its destructor.
 class cLastOwner : public cObjD<int> {
   public:
     explicit cLastOwner(objref &owner) : owner_(&owner) {}
@@ -410,7 +410,7 @@ TEST_F(Life, all_parts_may_be_destroyed_during_the_call_of_a_slot_with_an_argume
     plans["x"] = [&] { first = nullptr; };
     EXPECT_TRUE(copy.pexecute(*argument));
     EXPECT_EQ(take_calls(), "x(5);y(5);");
-    plans["y"] = [&] { signal = nullptr; }; // what `copy` refers to: the last use of it
+    plans["y"] = [&] { signal = nullptr; }; // the signal of `copy`, which is not used any more
     EXPECT_TRUE(copy.pexecute(*argument));
     EXPECT_EQ(take_calls(), "y(5);");
     EXPECT_FALSE(second->isconnected());
@@ -431,7 +431,7 @@ TEST_F(Life, a_slot_with_an_argument_that_throws_releases_its_reference) {
     EXPECT_EQ(take_calls(), "x(5);x(5);");
 }
 
-// --- at random
+// --- random changes
 
 TEST_F(Life, random_changes_from_inside_keep_rings_and_counts_valid) {
     unsigned int state = 12345;

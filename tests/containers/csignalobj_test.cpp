@@ -1,4 +1,4 @@
-// Signals as values: types, methods, calls by name, attributes forced to signals, slot objects.
+// Signals as values: types, methods, calls by name, force(), slot objects.
 #include "tests/containers/signal_objects.h"
 
 #include "qrv/containers/cvectorobj.h"
@@ -23,13 +23,13 @@ static_assert(!std::is_copy_constructible_v<cObjSlot> && !std::is_copy_assignabl
 static_assert(!std::is_copy_constructible_v<cObjSlot1> && !std::is_copy_assignable_v<cObjSlot1>);
 static_assert(!std::is_convertible_v<cSignal &, cSignalRef>);
 
-// begin() and end() are those of the object, though the slot has a ring too.
+// begin() and end() of the object, not of the slot's ring.
 static_assert(std::is_same_v<decltype(std::declval<cObjSlot &>().begin()), cIterObj>);
 static_assert(std::is_same_v<decltype(std::declval<cObjSlot const &>().end()), cIterObj>);
 static_assert(std::is_same_v<decltype(std::declval<cObjSlot1 &>().begin()), cIterObj>);
 static_assert(std::is_same_v<decltype(std::declval<cObjSlot1 const &>().end()), cIterObj>);
 
-// What each kind of slot can be connected to: one without argument to every signal.
+// The signals to which each kind of slot can be connected: one without argument to every signal.
 template <class Sender, class Slot>
 concept connectable = requires(Sender const &signal, Slot const &slot) {
     signal.connect(slot);

@@ -58,7 +58,7 @@ TEST_F(VectorEdge, assigning_null_closes_the_gap) {
     EXPECT_EQ(shape(v), "[2, 3, 4]");
     EXPECT_TRUE(v->datamap().is_vector());
 
-    // A locked type at place 1 keeps its value; what stands behind has moved all the same.
+    // A locked type at index 1 keeps its value; the following values have moved.
     vectorref const w = vector({0, 1, "two", 3});
     w->datamap().flags(2);
     cErrorLog errors;

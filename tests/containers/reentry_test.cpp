@@ -1,5 +1,5 @@
-// Containers against their content: keys whose hooks act, keys that no search finds, and values
-// that let the container go, or empty it, while an operation is under way.
+// Containers with hostile content: keys whose hooks change the container, keys that no search
+// finds, and values that release or empty the container during an operation.
 
 #include "containers/ccompare.h"
 #include "qrv/containers/cattr.h"
@@ -16,7 +16,7 @@ class Reentry : public QrvTest {};
 
 // --- keys
 
-// Each question adds a key and takes it away again.
+// Each call of a hook adds a key and removes it again.
 void never_rests(cAttrHash &hash) {
     static int calls;
     if (++calls > 100000) throw std::runtime_error("asked for ever");
@@ -69,7 +69,7 @@ TEST_F(Reentry, merging_survives_keys_that_remove_others_from_the_target) {
     std::function<void()> wait = [&] {
         if (cHostileType::heq_calls < questions)
             cHostileType::in_heq = wait;
-        else // the keys 5 and 4 are on the list by now
+        else // the keys 5 and 4 are in the list now
             target->datamap().clear();
     };
     cHostileType::in_heq = wait;
@@ -101,7 +101,7 @@ TEST_F(Reentry, comparing_survives_keys_that_empty_the_containers) {
 
 using cOperation = bool (*)(cMapObj &holder, objref const &other);
 
-// The first value of a container holds its last owner, and lets it go when it dies.
+// The first value of a container holds its last owner, and releases it in its destructor.
 template <class T> void let_go_in(cOperation operation) {
     cRef<T> owner = make<T>();
     T &holder = *owner;
@@ -150,7 +150,7 @@ TEST_F(Reentry, a_value_may_release_the_last_owner) {
     for (cOperation const operation : for_vectors) let_go_in<cVectorObj>(operation);
 }
 
-// The same with a value that empties its container, or fills it again, when it dies.
+// The same with a value that empties its container, or fills it again, in its destructor.
 template <class T> void change_in(cOperation operation, bool fill) {
     cRef<T> const holder = make<T>();
     cAttrHash &hash = holder->datamap();
@@ -175,7 +175,7 @@ TEST_F(Reentry, a_destroyed_value_may_change_its_container) {
     }
 }
 
-// A null, which valref_ allows, or a bad one stands among the values.
+// One of the values is null, which valref_ allows, or bad.
 template <class T> void with_stored(cOperation operation, objref const &stored, unsigned place) {
     cRef<T> const holder = make<T>();
     cAttrHash &hash = holder->datamap();
@@ -205,7 +205,7 @@ TEST_F(Reentry, unusual_values_can_be_stored_anywhere) {
         }
 }
 
-// Values whose "equal" and "assign" act.
+// Values whose "equal" and "assign" change the container.
 std::function<void()> in_method;
 
 void act_once() {
@@ -251,7 +251,7 @@ template <class T> void act_in(cOperation operation, bool let_go) {
     }
 }
 
-// A value of the other container's kind.
+// A value of the same kind as the other container.
 objref sample(objref const &other) { return cat::as_map(other)->datamap().first()->valref(); }
 
 constexpr cOperation comparing[] = {

@@ -1,4 +1,5 @@
-// Slices against plain lists: every start and count around small vectors, and at the ends of int.
+// Slices compared with plain lists: every start and count around small vectors, and at the limits
+// of int.
 
 #include "tests/containers/trees.h"
 #include "tests/support/fixture.h"

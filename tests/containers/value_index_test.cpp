@@ -1,4 +1,4 @@
-// Lookup by value through an index: always what cAttrHash::findvalue gives.
+// Lookup by value through an index: the result always equals that of cAttrHash::findvalue.
 #include "containers/value_index.h"
 
 #include "tests/core/hash_support.h"
@@ -70,7 +70,7 @@ TEST_F(ValueIndex, agrees_with_the_walk_while_the_hash_grows_shrinks_and_moves) 
         if (hash.used() > 120) hash.clear();
         index.find(*any_value(random));
         index.find(*any_value(random));
-        // What insert and rename replace isn't noticed.
+        // The index does not notice values that insert and rename replace.
         index.forget();
         for (int j = 0; j < 4; ++j) same(any_value(random));
     }

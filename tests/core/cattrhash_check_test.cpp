@@ -1,4 +1,4 @@
-// The rule checker of the attribute hash: each rule is broken once and must be told.
+// The rule checker of the attribute hash: it must report each rule when the test breaks it.
 #include "qrv/core/cattrhash.h"
 
 #include "tests/core/hash_support.h"
@@ -14,7 +14,7 @@ class HashRules : public QrvTest {
         for (char const *key : {"a", "b", "c"}) hash.mapitem(key, cat::of(1));
         hash.mapitem(cat::of(4), cat::of(1));
     }
-    // Sets a field, takes the verdict, puts it back.
+    // Sets a field, stores the checker's result, and restores the field.
     template <class T> std::string with(T &field, T wrong, bool deep = false) {
         T const right = std::exchange(field, std::move(wrong));
         std::string const verdict = hash.broken_rule(deep);

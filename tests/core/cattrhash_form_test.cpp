@@ -1,4 +1,4 @@
-// The forms of the attribute hash: what a hash has instead of a table, and that nobody can see it.
+// The forms of the attribute hash that replace the table, which must be invisible.
 #include "qrv/core/cattrhash.h"
 
 #include "qrv/containers/cmapobj.h"
@@ -107,7 +107,7 @@ TEST_F(HashForm, a_key_of_another_type_creates_the_table_at_once) {
     EXPECT_EQ(cHostileType::heq_calls, 0);
     EXPECT_NE(hash.find("key2"), nullptr);
     EXPECT_NE(hash.find(hostile.key(1)), nullptr);
-    hash.clear(); // before the type goes
+    hash.clear(); // before the type is destroyed
 }
 
 TEST_F(HashForm, a_floating_key_creates_the_table) {
@@ -304,7 +304,7 @@ TEST_F(HashForm, a_hash_that_is_destroyed_knows_its_greatest_key_while_it_has_it
     delete map;
     cat::type_int().set_tmember("assign", before);
     EXPECT_EQ(next, 10);
-    EXPECT_EQ(assigned, 0); // each key is asked only when the greatest went
+    EXPECT_EQ(assigned, 0); // keys are compared only after the removal of the greatest
 }
 
 TEST_F(HashForm, entries_stored_while_a_hash_is_destroyed_are_released_too) {

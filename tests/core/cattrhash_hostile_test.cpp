@@ -1,5 +1,5 @@
-// The attribute hash against its callers: aliased arguments, values and hooks that change the very
-// table they are in, keys chosen to collide, and long lives at low use.
+// The attribute hash with hostile callers: aliased arguments, values and hooks that change the
+// table that contains them, colliding keys, and many changes of a nearly empty table.
 #include "qrv/core/cattrhash.h"
 
 #include "tests/core/hash_support.h"
@@ -45,7 +45,7 @@ TEST_F(HashHostile, a_key_may_belong_to_the_removed_node) {
     sound();
 }
 
-// --- values that act
+// --- values with destructors
 
 TEST_F(HashHostile, a_destroyed_value_may_remove_other_keys) {
     fill({"a", "b", "c", "d"});
@@ -158,7 +158,7 @@ TEST_F(HashHostile, the_source_of_an_assignment_may_shrink_meanwhile) {
     sound();
 }
 
-// --- hooks that act
+// --- hooks that change the table
 
 TEST_F(HashHostile, hooks_are_called_once_for_each_visited_node) {
     cHostileType const hostile;

@@ -270,7 +270,7 @@ TEST_F(Node, nodes_can_be_ordered_by_creation) {
     cAttrNode const a(cat::of("a"), second), b(cat::of("b"), first);
     EXPECT_TRUE(obidord(b, a));
     EXPECT_FALSE(obidord(a, b));
-    EXPECT_TRUE(obidord(nullptr, &a)); // bad is older than anything a program makes
+    EXPECT_TRUE(obidord(nullptr, &a)); // bad is older than all objects of programs
     EXPECT_FALSE(obidord(&a, nullptr));
     EXPECT_TRUE(anidord(a, b));
     EXPECT_FALSE(anidord(b, a));

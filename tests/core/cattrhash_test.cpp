@@ -27,8 +27,6 @@ class Hash : public HashTest {};
 
 } // namespace
 
-// --- what can't be said
-
 template <class H, class K>
 concept finds = requires(H hash, K key) {
     hash.find(key);
@@ -325,7 +323,7 @@ TEST_F(Hash, copyitem_stores_under_an_absent_key_and_detaches_on_request) {
     EXPECT_EQ(ring(hash), "nil=2 new=2 ");
     EXPECT_FALSE(hash.copyitem(cat::of("bad"), cat::bad(), true));
     EXPECT_TRUE(hash.copyitem(cat::of("kill"), objref(), false));
-    EXPECT_FALSE(hash.copyitem(cat::of("kill"), objref(), true)); // nothing there to detach
+    EXPECT_FALSE(hash.copyitem(cat::of("kill"), objref(), true)); // there is no value to detach
     EXPECT_FALSE(hash.copyitem(cat::of("void"), cat::nil(), true));
 }
 
@@ -505,7 +503,7 @@ TEST_F(Hash, detach_gives_each_value_its_own_copy_and_ands_the_results) {
     hash.insert(cat::of("void"), cat::nil(), hash.first());
     hash.mapitem("last", last);
     EXPECT_FALSE(hash.detach());
-    EXPECT_NE(hash.getitem("last"), last); // also behind the failure
+    EXPECT_NE(hash.getitem("last"), last); // values after the failure are copied too
 }
 
 TEST_F(HashEdge, assigning_a_hash_to_itself_empties_it) {

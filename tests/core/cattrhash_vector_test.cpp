@@ -188,10 +188,10 @@ TEST_F(VectorMode, a_locked_type_keeps_a_value_at_its_index) {
 TEST_F(VectorMode, moving_a_stored_null_removes_an_index) {
     append({10, 11, 12, 13});
     hash.find(2)->valref_() = objref();
-    EXPECT_TRUE(hash.vect_erase(0)); // 0 takes 11, 1 takes the null and goes
+    EXPECT_TRUE(hash.vect_erase(0)); // 0 gets 11, 1 gets the null and is removed
     EXPECT_EQ(ring(hash), "0=11 2=null 3=13 ");
     EXPECT_EQ(hash.broken_rule(true), "");
-    EXPECT_FALSE(hash.vect_insert(0, cat::of(9))); // the new place is used up by the null
+    EXPECT_FALSE(hash.vect_insert(0, cat::of(9))); // the null removes the new index
     EXPECT_EQ(ring(hash), "0=11 2=null 4=13 ");
     EXPECT_EQ(hash.broken_rule(true), "");
 }

@@ -1,4 +1,4 @@
-// Keys without an object: nobody can tell that the object is made late.
+// Keys without an object: the late creation of the object must be invisible.
 
 #include "tests/core/hash_support.h"
 
@@ -104,7 +104,7 @@ TEST(NodeKey, the_node_determines_its_id_and_its_census) {
     EXPECT_EQ(cObj::ob_count(), before);
 }
 
-// Looks at the census when it is destroyed.
+// Reads the census in its destructor.
 struct cCensus : cObj {
     explicit cCensus(std::uint32_t &count) : count_(count) {}
     cCensus(cCensus const &) = delete;

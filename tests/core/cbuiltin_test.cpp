@@ -1,4 +1,4 @@
-// Which objects are wholly the library's.
+// The tests for objects that use only methods of the library.
 #include "core/cbuiltin.h"
 
 #include "containers/ccompare.h"

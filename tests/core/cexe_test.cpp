@@ -12,7 +12,7 @@ namespace {
 class ExecutableEdge : public QrvTest {};
 class Executable : public QrvTest {};
 
-std::string called; // what ran, with its arguments
+std::string called; // the executables that ran, with their arguments
 
 std::string told(objref const &ref) { return ref ? cat::as_string(ref) : "null"; }
 
@@ -153,7 +153,7 @@ TEST_F(Executable, every_entry_runs_only_its_own_prototype) {
                 break;
             default:
                 EXPECT_FALSE(seven[i].pexecute(*x, a, b));
-                break; // p3 answers false
+                break; // p3 returns false
             }
             EXPECT_EQ(called, i == entry ? stories[i] : "");
             EXPECT_EQ(errors.text(),
@@ -258,7 +258,7 @@ TEST_F(Executable, calls_on_null_return_bad) {
 
 TEST_F(Executable, a_global_member_function_reports_itself) {
     cErrorLog errors;
-    // "type" has s set: the count demanded is one above what its entry then receives.
+    // "type" has the flag s: it needs one argument more than its entry receives.
     EXPECT_TRUE(cat::call("type") == cat::bad());
     EXPECT_EQ(errors.text(), "0x44000000 Executable, key 'type', called with bad prototype\n");
 }

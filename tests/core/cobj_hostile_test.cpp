@@ -1,6 +1,6 @@
-// Objects, types and members in hostile hands: destructors and methods that take away what they
-// stand on, types that make nothing or something else, functions called with what they don't
-// expect. Each case is one that a sanitizer would report.
+// Hostile uses of objects, types and members: destructors and methods that destroy their own
+// object, types whose newobj returns nothing or another object, functions with unexpected
+// arguments. A sanitizer would report a failure of each test.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
@@ -22,7 +22,7 @@ objref key(char const *text) { return own_key(std::string(text)); }
 
 template <class T> T &val(objref const &ref) { return static_cast<cObjDR<T> &>(*ref).val(); }
 
-// Runs what it was given when it dies.
+// Runs an action in its destructor.
 class cLastWish : public cObjD<int> {
   public:
     explicit cLastWish(std::function<void()> wish) : wish_(std::move(wish)) {}
@@ -34,7 +34,7 @@ class cLastWish : public cObjD<int> {
     std::function<void()> wish_;
 };
 
-// An executable that does so.
+// An executable that runs an action in its destructor.
 class cDyingMember : public cExeMember {
   public:
     cDyingMember(cProcedure2 f, std::function<void()> wish)
@@ -96,7 +96,7 @@ namespace {
 
 int looked = 0;
 
-// Looks at itself with all means when it dies.
+// Uses itself in many ways in its destructor.
 class cSelfish : public cMapObj {
   public:
     cSelfish() = default;
@@ -230,7 +230,7 @@ TEST_F(Hostile, an_overwritten_member_may_change_the_base_while_a_type_inherits)
 
 namespace {
 
-// Claims to be right under any name.
+// Claims to have the right prototype for every name.
 class cLiar : public cExeMember {
   public:
     cLiar() : cExeMember(accept_three) {}

@@ -158,7 +158,7 @@ TEST_F(Member, gmember_returns_a_reference_to_the_stored_member) {
     a->gmember_("fresh") = cat::of(8);
     EXPECT_TRUE(cat::is_equal(a->omember("fresh"), 8));
     EXPECT_EQ(&a->gmember_("wformat"), &cat::gmmap().datamap().find("wformat")->valref_());
-    a->gmember_(objref()) = cat::of(9); // a key that can't be stored: goes nowhere
+    a->gmember_(objref()) = cat::of(9); // a key that can't be stored: no effect
     EXPECT_TRUE(a->gmember_(objref()) == nullptr);
 }
 
@@ -186,7 +186,7 @@ TEST_F(Member, an_object_that_only_claims_to_be_executable_is_not_a_member) {
                                  "'k', must be cExeMember\n");
     }
     cat::errhandler() = cErrHandler(0, 0x04000000u, 0xFFFFFFFFu);
-    EXPECT_TRUE(a->set_omember("k", pretender)); // forgiven, and still not stored
+    EXPECT_TRUE(a->set_omember("k", pretender)); // forgiven, but not stored
     EXPECT_TRUE(a->omember("k") == cat::badfind());
     pretender->set_type(&cat::type_string());
 }

@@ -1,5 +1,5 @@
-// Objects from plain values and back: which types cat::of accepts, what fits, and what number_of
-// and text_of give. And scalars that only claim their type.
+// Objects from plain values and back: the types that cat::of accepts, the range of values, and the
+// results of number_of and text_of. And objects that only claim to be scalars.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/citerobj.h"
@@ -21,7 +21,7 @@ namespace {
 
 class Plain : public QrvTest {
   protected:
-    // The type "intf" is made, registered and counted when it is first asked for.
+    // The type "intf" is created, registered and counted on first use.
     static void SetUpTestSuite() { cat::type_intf(); }
     static void TearDownTestSuite() { cat::drop_intf_type(); }
 };
@@ -96,7 +96,7 @@ template <class T> std::string written(T value) {
     return obj->type().name() + " " + cat::as_text(obj);
 }
 
-// "no" where the value doesn't fit.
+// The result as text, or "no" if the value doesn't fit.
 template <class T> std::string fitted(T value) {
     try {
         return written(value);
@@ -190,7 +190,7 @@ TEST_F(Plain, an_index_beyond_an_int_is_out_of_range) {
     EXPECT_THROW(index(std::numeric_limits<std::size_t>::max()), std::out_of_range);
     cAttr const attr = (*map)["a"];
     EXPECT_THROW((void)attr[std::numeric_limits<unsigned int>::max()], std::out_of_range);
-    EXPECT_EQ(map->begin().size(), 0); // nothing was made
+    EXPECT_EQ(map->begin().size(), 0); // nothing was created
 }
 
 TEST_F(Plain, number_of_is_empty_except_for_numbers) {
@@ -317,6 +317,6 @@ TEST_F(Claim, sets_can_hold_objects_that_only_claim_a_scalar_type) {
         EXPECT_TRUE(set->assign(*source));
         EXPECT_EQ(set->size(), 5) << type->name();
         EXPECT_FALSE(set->equal(*make<cSetObj>()));
-        EXPECT_FALSE(set->equal(*set->clone())); // what claims to be a value equals nothing
+        EXPECT_FALSE(set->equal(*set->clone())); // a claimed value equals nothing
     }
 }

@@ -1,5 +1,4 @@
-// The index of sets: whatever happens to a set and to its values between single appends, it says
-// what the walk says.
+// The index of sets: after any changes of a set and its values, its result equals that of a walk.
 #include "core/cset_index.h"
 
 #include "qrv/containers/csetobj.h"
@@ -49,8 +48,8 @@ objref any_value(std::mt19937 &random) {
 TEST_F(SetIndex, agrees_with_the_walk_after_random_changes) {
     cRef<cSetObj> const other = make<cSetObj>();
     std::vector<objref> values;   // some are in the sets
-    std::vector<objref *> places; // given out, of entries that stay
-    std::deque<int> outside;      // what views refer to
+    std::vector<objref *> places; // references into nodes that stay
+    std::deque<int> outside;      // the numbers of views
     int const rounds = test::sanitized ? 2000 : 6000;
     for (int i = 0; i < rounds; ++i) {
         int const size = set->size();

@@ -1,5 +1,5 @@
-// Assigning executables and type objects: their types have no value to copy, so nothing is copied,
-// whichever operation of a map comes down to it.
+// Assigning executables and type objects: they have no value to copy, so no operation of a map
+// copies anything.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
@@ -122,7 +122,7 @@ TEST_F(AssignType, the_global_members_restored_from_a_clone) {
     objref const before = cat::gmmap().getattr(key("flags"));
     objref const exe = make<cExeMember>(none);
     cat::gmmap().setattr(key("flags"), exe);
-    EXPECT_FALSE(cat::gmmap().assign(*save)); // an entry is assigned, and an executable isn't
+    EXPECT_FALSE(cat::gmmap().assign(*save)); // assigning an executable fails
     EXPECT_EQ(cat::gmmap().getattr(key("flags")), exe);
     EXPECT_TRUE(cat::gmmap().attrcopy(*save, "0ss"));
     EXPECT_EQ(cat::gmmap().getattr(key("flags")), before);

@@ -258,7 +258,7 @@ TEST_F(TypeMember, a_standard_key_takes_only_members) {
 }
 
 TEST_F(TypeMember, a_wrong_prototype_is_refused_for_every_method) {
-    // For each id the one prototype that fits, by its place among the seven.
+    // For each id the index of the only matching prototype of the seven.
     int const fits[mid_count] = {1, 1, 4, 5, 5, 6, 2, 5, 5, 5, 5, 1};
     for (int id = 0; id < mid_count; ++id) {
         objref const exes[] = {make<cExeMember>(no_args),     make<cExeMember>(one_arg),

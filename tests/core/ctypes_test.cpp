@@ -89,7 +89,7 @@ TEST_F(RegistryEdge, type_of_key_of_an_unknown_name_is_niltype) {
 }
 
 TEST_F(Registry, the_maps_hold_these_keys_in_this_order) {
-    cat::type_signal(); // behind them what is made on first use, perhaps by another test
+    cat::type_signal(); // types created on first use follow, perhaps created by another test
     EXPECT_THAT(keys_of(cat::typemap()),
                 testing::StartsWith("string niltype type exe bool int float double map set "
                                     "vector iterator choice attspec attlist cSignal "));
@@ -177,7 +177,7 @@ TEST_F(Registry, a_type_registered_under_several_names_is_removed_from_all) {
         cTypeInsert const insert(type);
         type.set_name("registry_second");
         EXPECT_TRUE(cTypeInsert::insert(typeref::share(&type), false));
-        type.set_name("registry_third"); // the name of another, whose entry stays
+        type.set_name("registry_third"); // the name of another type, whose entry stays
         EXPECT_EQ(type.refs(), 4u);      // own, insert, two entries
     }
     EXPECT_EQ(&cat::find_type("registry_first"), &cat::type_nil());
@@ -294,7 +294,7 @@ TEST_F(Registry, without_signals_a_change_is_silent) {
 TEST_F(Registry, the_core_is_ready) {
     EXPECT_EQ(cat::core_state(), cat::cCoreState::ready);
     EXPECT_TRUE(core.core_ready);
-    core_bootstrap(); // nothing happens
+    core_bootstrap(); // no effect
     EXPECT_EQ(cat::typemap_ptr(), &cat::typemap());
     EXPECT_EQ(cat::type_hash_ptr(), &cat::typemap().datamap());
 }

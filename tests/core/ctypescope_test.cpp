@@ -1,5 +1,5 @@
-// cat::TypeScope: which types leave the registry, when they are destroyed, what they hide, and what
-// becomes of objects that outlive the scope.
+// cat::TypeScope: the types that leave the registry, their destruction, the types that they hide,
+// and objects that outlive the scope.
 #include "qrv/core/ctypescope.h"
 
 #include "containers/cregistry_check.h"
@@ -166,7 +166,7 @@ TEST_F(TypeScopes, ten_thousand_files_leave_no_types) {
     read_files(all - some, text);
     EXPECT_EQ(census(), before);
     EXPECT_EQ(cat::typemap().datamap().used(), types);
-    if (!test::sanitized) { // there freed memory waits in quarantine
+    if (!test::sanitized) { // sanitizers keep freed memory in quarantine
         EXPECT_LT(resident() - memory, 512);
     }
 }
@@ -196,7 +196,7 @@ TEST_F(TypeScopes, an_outer_type_is_hidden_and_restored) {
         objref const q = read("{Point = attlist{z = attspec(default = 3)}; p = Point()}");
         EXPECT_NE(&cat::find_type("Point"), &p->type());
         EXPECT_EQ(rules_of(p), rules);
-        objref const again = read("{Point = attlist{w = attspec(default = 3)}}"); // as ever
+        objref const again = read("{Point = attlist{w = attspec(default = 3)}}");
         EXPECT_EQ(&cat::find_type("Point"), &q->getattr(own_key("p"))->type());
     }
     EXPECT_EQ(cat::TypeScope::current(), &outer);
@@ -451,7 +451,7 @@ TEST_F(TypeScopes, a_type_of_a_program_that_text_renames_gets_its_name_back) {
 
 namespace {
 
-// A type whose objects read another file, in a scope of their own, in the middle of a reading.
+// A type whose objects read another file, in a separate scope, in the middle of a reading.
 bool read_other_file(cObj &, objref &) {
     cat::TypeScope const scope;
     objref const value = read("{Point = choice({inside = 1}); p = Point(inside)}");

@@ -16,7 +16,7 @@
 
 namespace {
 
-// A text with its tree and map, as an editor has them.
+// Text with its tree and source map, as an editor has them.
 class Text {
   public:
     explicit Text(std::string text) : text_(std::move(text)), in_(text_) {
@@ -290,7 +290,7 @@ TEST_F(Edit, the_lines_of_a_string_are_not_indented_anew) {
         "{\n  c = {\n    d = {\n      x = 'it\\'s\\\n    b';\n    };\n  };\n}\n");
 }
 
-// An "=" that is below those of other keys stays there.
+// An "=" that is aligned with those of other keys stays aligned.
 TEST_F(Edit, a_renamed_key_keeps_the_column) {
     auto const renamed = [](std::string const &text, char const *from, char const *to) {
         return after(text, [&](cObj &root) {
@@ -313,7 +313,7 @@ TEST_F(Edit, moved_lines_are_indented_anew) {
               "{\n  c = {\n    d = {\n      // first\n      x = 'a\\\n    b';\n    };\n  };\n}\n");
 }
 
-// --- keys that come again ---
+// --- repeated keys ---
 
 TEST_F(Edit, a_repeated_key_is_edited_at_the_entry_that_set_its_value) {
     EXPECT_EQ(set("{ a = 1; a = 2; }", "a = 3"), "{ a = 1; a = 3; }");
@@ -328,7 +328,7 @@ TEST_F(Edit, a_repeated_key_is_edited_at_the_entry_that_set_its_value) {
 
 // --- maps without keys ---
 
-// The reader numbers them, so those after a removed one need a key.
+// The reader numbers maps without keys, so those after a removed one need a key.
 TEST_F(Edit, a_map_without_a_key_gets_one_when_its_number_would_change) {
     EXPECT_EQ(remove("{ {a=1}; {b=2}; c= 3; }", "0"), "{ 1= {b=2}; c= 3; }");
     EXPECT_EQ(remove("{ {a=1}; {b=2}; {c=3}; }", "1"), "{ {a=1}; 2 = {c=3}; }");

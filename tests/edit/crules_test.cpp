@@ -1,4 +1,4 @@
-// Which rules of a declared type a value breaks.
+// The rules of a declared type that a value breaks.
 
 #include "qrv/edit/crules.h"
 

@@ -1,4 +1,4 @@
-// A tree as it was before a change, and that of a donor.
+// Snapshots of a tree before a change, and of the donor's tree.
 
 #include "edit/csnapshot.h"
 
@@ -28,7 +28,7 @@ TEST_F(Snapshots, a_container_of_both_trees_belongs_to_the_target) {
     EXPECT_TRUE(donor->setattrp("b &=", shared, false));
     Snapshot before(root);
     before.add_donor(donor);
-    before.add_donor(root); // all of it is known
+    before.add_donor(root); // all containers belong to the target
     EXPECT_FALSE(before.is_donated(shared.get()));
     EXPECT_FALSE(before.is_donated(root.get()));
     EXPECT_TRUE(before.is_donated(own.get()));
