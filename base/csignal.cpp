@@ -333,7 +333,7 @@ void cSignal::oneshot() const {
 cDeleteSignal::~cDeleteSignal() {
     try {
         cSignal::operator()();
-    } catch (...) { // there is nobody left to tell
+    } catch (...) { // a destructor cannot report it
     }
     disconnect();
 }

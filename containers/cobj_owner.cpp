@@ -86,7 +86,7 @@ class cOwnerWalk {
         return false;
     }
 
-    bool may_go_on() { return !budget_ || budget_->charge(1); }
+    bool may_continue() { return !budget_ || budget_->charge(1); }
 
     bool finds_in(cObj &holder) {
         if (budget_ && finds_kept(holder)) return true;
@@ -100,13 +100,13 @@ class cOwnerWalk {
     }
 
     bool finds_in_ring(cAttrHash const &hash) {
-        for (cAttrNode const *node = hash.first(); node && may_go_on(); node = hash.next(node))
+        for (cAttrNode const *node = hash.first(); node && may_continue(); node = hash.next(node))
             if (is_it(node->valref())) return true;
         return false;
     }
 
     bool finds_by_iterator(cObj &holder) {
-        for (cIterObj it = holder.begin(); it.valid() && may_go_on(); ++it)
+        for (cIterObj it = holder.begin(); it.valid() && may_continue(); ++it)
             if (is_it(it.valref())) return true;
         return false;
     }

@@ -14,13 +14,13 @@ namespace {
 
 constexpr int max_chain = 100; // real chains have at most three types
 
-bool stands_under(std::string const &name, cTypeObj const &type) {
+bool is_registered(std::string const &name, cTypeObj const &type) {
     cAttrNode const *const node = core.type_hash->find(name);
     return node && node->valref().get() == &type;
 }
 
 bool is_built_in(char const *name, cTypeObj const &type) {
-    return type.name() == name && stands_under(name, type);
+    return type.name() == name && is_registered(name, type);
 }
 
 bool chain_ends(cTypeObj const &type) {
@@ -60,7 +60,7 @@ std::string broken_type_rule(cTypeObj const &type) {
 std::string broken_entry_rule(objref const &key, objref const &value) {
     auto const *const type = dynamic_cast<cTypeObj const *>(value.get());
     if (!type || !type->is_type()) return "G2";
-    if (text_hooks.as_string(key) != type->name() && !stands_under(type->name(), *type))
+    if (text_hooks.as_string(key) != type->name() && !is_registered(type->name(), *type))
         return "G3";
     return broken_type_rule(*type);
 }

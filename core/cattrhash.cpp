@@ -2,8 +2,8 @@
 // afterwards: the hash by cKeep, nodes by cHold, keys and values by separate references, since an
 // argument may be part of the removed node.
 
+#include "core/cattrhash_destroy.h"
 #include "core/cattrhash_detail.h"
-#include "core/cattrhash_dying.h"
 #include "core/cattrhash_insert.h"
 #include "core/cholders.h"
 #include "core/cmember_lookup.h"
@@ -26,7 +26,7 @@ cAttrHash::cAttrHash(cAttrHash const &) : cAttrHash(static_cast<cObj *>(nullptr)
 cAttrHash::~cAttrHash() {
     set_index_ = nullptr;
     incref(); // so that user code that shares and drops this hash doesn't destroy it again
-    if (used_) cDying(*this).run();
+    if (used_) cDestruction(*this).run();
 }
 
 cAttrHash &cAttrHash::operator=(cAttrHash const &other) {

@@ -172,9 +172,9 @@ cRepositoryEntry *cRepoImpl::findorload(cRepositoryList *list, std::string const
     if (!list || name.empty()) return nullptr;
     std::size_t const colon = name.find(':');
     std::string const key = name.substr(0, std::min(colon, longest_key));
-    std::string const behind = colon == std::string::npos ? "" : name.substr(colon + 1);
+    std::string const after_colon = colon == std::string::npos ? "" : name.substr(colon + 1);
     if (cRepositoryEntry *const entry = list->look_up(key)) return entry;
-    for (std::string const *from : {&module, &behind, &key}) {
+    for (std::string const *from : {&module, &after_colon, &key}) {
         if (from->empty() || !cModule::load(*from)) continue;
         if (cRepositoryEntry *const entry = list->look_up(key)) return entry;
     }

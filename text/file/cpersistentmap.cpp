@@ -23,7 +23,7 @@ namespace {
 
 constexpr int most_kept = 99;
 
-void tell(char const *text, std::string const &name) {
+void print_error(char const *text, std::string const &name) {
     if (!cat::line_is_taken(text + name)) cat::std_err() << text << name << std::endl;
 }
 
@@ -95,11 +95,11 @@ void cPersistentMap::save() {
     bool const folder = cat::is_directory(name_);
     if (!folder && cat::is_read_only(name_)) cat::make_writable(name_);
     if (!cat::can_write_file(name_))
-        tell("Cannot open file for write: ", name_);
+        print_error("Cannot open file for write: ", name_);
     else if (damaged_ && !keep_damaged())
-        tell("Cannot keep damaged file: ", name_);
+        print_error("Cannot keep damaged file: ", name_);
     else if (!write2file(*map_, name_.c_str(), true))
-        tell("Cannot write file: ", name_);
+        print_error("Cannot write file: ", name_);
 }
 
 // A device or a pipe holds nothing to keep, and no file either.

@@ -265,7 +265,7 @@ bool is_separator(int code) { return code == ';' || code == ','; }
 
 // The token after a value that `delim` has ended, and after one separator. The reader has already
 // read the token after a scalar.
-cAttrLiteral token_behind(cAttrScan &scan, int delim) {
+cAttrLiteral token_after(cAttrScan &scan, int delim) {
     bool const is_taken =
         delim == '}' || delim == ']' || delim == '>' || delim == '=' || delim <= tkEof;
     scan.return_com(false); // a comment here belongs to no value
@@ -287,7 +287,7 @@ void cat::scan_text(cAttrScan &scan, objref &result) {
         begin_error(scan, err_read_nothing);
         return scan.fire();
     }
-    cAttrLiteral const next = is_list ? scan.token() : token_behind(scan, delim);
+    cAttrLiteral const next = is_list ? scan.token() : token_after(scan, delim);
     if (is_end(next)) return;
     begin_error(scan, err_read_text_behind) << cNamed::name(next.text);
     scan.about(next);

@@ -9,12 +9,14 @@
 
 #include "core/cattrhash_detail.h"
 
-class cAttrHash::cDying {
+class cAttrHash::cDestruction {
   public:
-    explicit cDying(cAttrHash &hash) noexcept : hash_(hash), outer_(innermost) { innermost = this; }
-    cDying(cDying const &) = delete;
-    cDying &operator=(cDying const &) = delete;
-    ~cDying() { innermost = outer_; }
+    explicit cDestruction(cAttrHash &hash) noexcept : hash_(hash), outer_(innermost) {
+        innermost = this;
+    }
+    cDestruction(cDestruction const &) = delete;
+    cDestruction &operator=(cDestruction const &) = delete;
+    ~cDestruction() { innermost = outer_; }
 
     void run();
 
@@ -24,9 +26,9 @@ class cAttrHash::cDying {
     void put_in_order();
     static void release(cObj *target);
 
-    static constinit cDying *innermost;
+    static constinit cDestruction *innermost;
 
     cAttrHash &hash_;
-    cDying *outer_;
+    cDestruction *outer_;
     bool in_order_ = false; // if true, those of outer calls are in order too
 };
