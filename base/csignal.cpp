@@ -11,10 +11,9 @@
 // Rules of the queue:
 //   Q1  it reaches its end mark, and every node on it has no partner
 //   Q2  it is empty while no deletion lock is held
-// A node without partner that is not queued exists only inside remove(), which runs no foreign
-// code.
+// A node without partner that is not queued exists only inside remove(), which runs no user code.
 //
-// Known limit: `blocks` and `uses` have 16 bits and wrap; nothing depends on their being exact.
+// Known limit: `blocks` and `uses` have 16 bits and wrap; nothing depends on exact values.
 
 #include "qrv/base/csignal.h"
 
@@ -28,8 +27,8 @@
 
 namespace {
 
-// Guards the freeing of queued nodes, no more. Never destroyed: statics of client
-// modules disconnect after those of the library are gone.
+// Guards only the freeing of queued nodes. Never destroyed: static objects of client modules
+// disconnect after those of the library are destroyed.
 constinit std::mutex connection_lock;
 static_assert(std::is_trivially_destructible_v<std::mutex>);
 
@@ -74,7 +73,7 @@ void cConnection::connect(cConnection *other, bool exclusive) noexcept {
     if (exclusive) make_exclusive();
 }
 
-// Silences what stands in the ring now, but for this node. What is connected later is not blocked.
+// Blocks all nodes that are in the ring now, except this one. Later connections are not blocked.
 void cConnection::make_exclusive() noexcept {
     flags_ |= exclusive_bit;
     if (!base_) return;
@@ -83,9 +82,8 @@ void cConnection::make_exclusive() noexcept {
     --blocks_;
 }
 
-// DELIBERATE: everything that stands in the ring now is counted down, so a connection made after
-// the exclusive one is left at -1.   Pinned:
-// a_connection_made_after_an_exclusive_one_is_left_at_minus_1
+// DELIBERATE: counts down all nodes that are in the ring now, so a connection made after the
+// exclusive one gets -1.   Pinned: a_connection_made_after_an_exclusive_one_is_left_at_minus_1
 void cConnection::end_exclusive() noexcept {
     if (!base_) return;
     for (cConnection *node = base_->begin(); node != base_->end(); node = node->next_)
@@ -108,7 +106,7 @@ void cConnection::remove() noexcept {
     if (!isdeleted()) {
         cConnection *const other = partner_;
         cut();
-        if (other) other->remove(); // ends there: it has no partner any more
+        if (other) other->remove(); // no recursion back: `other` has no partner any more
         queue();
     }
     do_delete();
@@ -120,7 +118,7 @@ void cConnection::queue() noexcept {
     queue_head_ = reinterpret_cast<std::uintptr_t>(this);
 }
 
-// Nothing but the release of memory runs here: the lock is held.
+// Only frees memory, since it holds the lock.
 void cConnection::purge() noexcept {
     std::lock_guard const hold(connection_lock);
     while (delete_locks_ == 0 && queue_head_ != end_mark) {
@@ -175,7 +173,7 @@ std::string cSSBase::broken_ring() const {
         if (node != start_)
             if (auto rule = cConnection::broken_link(*node, ""); !rule.empty()) return rule;
         node = node->next_;
-    } while (node != start_); // ends: as next and prev agree, no node but the head comes twice
+    } while (node != start_); // terminates: since next and prev agree, no other node is met twice
     return {};
 }
 
@@ -214,7 +212,7 @@ cSSBase::~cSSBase() {
     if (!start_) return;
     cConnection::LockDelete no_purge;
     cSSBase::disconnect();
-    // A walk may stand on these nodes and go on to our head; it must not find us there.
+    // A walk may be at one of these nodes and continue to our head; it must not find us there.
     for (cConnection *node = start_->next_; node != start_; node = node->next_)
         node->base_ = nullptr;
     start_->base_ = nullptr;
@@ -223,12 +221,13 @@ cSSBase::~cSSBase() {
     start_ = nullptr;
 }
 
-// Everything in a ring is mutable, also that of a const base; hence the one const_cast.
+// A ring is mutable even if its base is const; hence the const_cast.
 void cSSBase::createstart() const {
     if (!start_) start_ = ::new StartConnection(const_cast<cSSBase *>(this));
 }
 
-// A link has a node in both rings: whichever ring ends first shows that the two are not linked.
+// A link has a node in both rings, so the end of the shorter ring shows that the two are not
+// linked.
 cConnection *cSSBase::find(cSSBase const &other) const {
     cConnection *mine = begin(), *theirs = other.begin();
     for (; mine != end() && theirs != other.end(); mine = mine->next_, theirs = theirs->next_) {
@@ -244,7 +243,7 @@ bool cSSBase::isconnected() const {
     return false;
 }
 
-// The place for a new node: ahead of `node` if that stands in this ring, else the end.
+// The place for a new node: before `node` if that is in this ring, else the end.
 cConnection *cSSBase::own(cConnection *node) const {
     return node && node->base_ == this ? node : start_;
 }
@@ -259,7 +258,7 @@ cConnection *cSSBase::connect(cSSBase const &other, bool exclusive, cConnection 
             void operator()(cConnection *memory) const noexcept { ::operator delete(memory); }
         };
         std::unique_ptr<cConnection, FreeNode> far(::new cConnection);
-        node = ::new cConnection; // both are there before either is linked
+        node = ::new cConnection; // allocates both before linking either
         far->link(other.own(theirs));
         node->link(own(mine));
         node->flags_ =
@@ -276,7 +275,7 @@ cConnection *cSSBase::connect(cSSBase const &other, bool exclusive, cConnection 
 void cSSBase::disconnect(cSSBase const &other, bool force) const {
     cConnection *const node = find(other);
     if (!node) return;
-    // At 0 the partner's is not counted down: it goes too.
+    // At 0 the partner's count does not matter: the partner is removed too.
     if (!force && --node->uses_ > 0 && --node->partner_->uses_ > 0) return;
     node->remove();
     check();
@@ -286,8 +285,7 @@ void cSSBase::disconnect(cSSBase const &other, bool force) const {
 void cSSBase::disconnect() const {
     if (!start_) return;
     {
-        // Both ends of a link to ourselves stand in this ring, so `next` may be removed with
-        // `node`.
+        // A link to ourselves has both ends in this ring, so `next` may be removed with `node`.
         cConnection::LockDelete no_purge;
         for (cConnection *node = begin(), *next = nullptr; node != end(); node = next) {
             next = node->next_;
@@ -335,7 +333,7 @@ void cSignal::oneshot() const {
 cDeleteSignal::~cDeleteSignal() {
     try {
         cSignal::operator()();
-    } catch (...) { // there is nobody left to tell
+    } catch (...) { // a destructor cannot report it
     }
     disconnect();
 }

@@ -83,7 +83,7 @@ cRounds own_lua(int n) {
 cRounds type_lua(int n) {
     auto const lua = lua_with_object();
     lua_newtable(lua.get()); // the metatable
-    lua_newtable(lua.get()); // what is looked up in it
+    lua_newtable(lua.get()); // the table of its methods
     lua_pushcfunction(lua.get(), lua_poke);
     lua_setfield(lua.get(), -2, name);
     lua_setfield(lua.get(), -2, "__index");

@@ -15,7 +15,7 @@ namespace {
 
 struct cMap;
 
-// A key with a map, or with the two texts of any other value.
+// A key with a map, or with another value as text in both formats.
 struct cEntry {
     std::string key;
     cMap *map = nullptr;
@@ -26,7 +26,7 @@ struct cMap {
     std::vector<cEntry> entries;
 };
 
-// The distributions of the standard library differ from one to the next.
+// Does not use the distributions of the standard library, which differ between implementations.
 class cTreeMaker {
   public:
     cTreeMaker(std::size_t bytes, int words) : random_(bytes + static_cast<unsigned>(words)) {
@@ -76,7 +76,7 @@ class cTreeMaker {
         return std::to_string(between(low, power()));
     }
 
-    // Few enough digits for plain text; a point, which numbers of ours need.
+    // A number with a point, which our format needs, and with few enough digits for plain text.
     std::string number() {
         char text[32];
         double const value = (share() * 2 - 1) * std::pow(10, between(-2, 4));
@@ -126,7 +126,7 @@ class cTreeMaker {
             if (std::ranges::any_of(map.entries, same)) continue;
             if (entry.key == "true" || entry.key == "false") continue;
             if (grow && (i == 0 || share() < 0.2))
-                entry.map = &maps_.emplace_back(); // a deque keeps the others where they are
+                entry.map = &maps_.emplace_back(); // a deque: the other maps do not move
             else
                 make_leaf(entry);
             bytes_ += entry.key.size() + 4 + (entry.map ? 2 : entry.json.size());
@@ -151,7 +151,7 @@ class cTreeMaker {
 
     std::mt19937_64 random_;
     std::vector<std::string> vocabulary_;
-    std::deque<cMap> maps_; // breadth first: each one before those in it
+    std::deque<cMap> maps_; // breadth first: each map before the maps in it
     std::size_t bytes_ = 0;
     cData data_;
 };

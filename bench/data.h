@@ -1,11 +1,10 @@
 #pragma once
-// What the rows work on, the same for the same name in every process:
-//   "100k", "1M", "10M"   a tree like a configuration, of about so many bytes of compact JSON: maps
-//   of
+// The data of the rows. Equal names give equal data in every process:
+//   "100k", "1M", "10M"   a tree like a configuration, of about this size as compact JSON: maps of
 //                         5 to 20 entries with random names, every fifth a map; numbers, strings,
 //                         bools, short lists of numbers
 //   "1Mv"                 such a tree whose keys are drawn from 400 words
-//   "1600"                a flat map of so many keys "key0", "key1" ..., with numbers as values
+//   "1600"                a flat map of this many keys "key0", "key1" ..., with numbers as values
 
 #include <cstddef>
 #include <string>
@@ -16,5 +15,5 @@ struct cData {
     std::size_t entries = 0; // members of maps and elements of lists
 };
 
-// std::invalid_argument for a name of another form.
+// Throws std::invalid_argument for a name of another form.
 cData data_of(std::string const &name);

@@ -1,14 +1,13 @@
-// qrv_bench --works                what is measured, as JSON: [{work, sizes, timed, libraries}]
-// qrv_bench --write FOLDER         the data of the rows that are timed, as NAME.attr and NAME.json
-// qrv_bench WORK/SIZE LIBRARY      one round whose result is compared with the data, and for each
-// line
-//                                  of the input another one. A line of output for each: {entries,
-//                                  bytes} for the first, then the seconds that a round takes
-// qrv_bench WORK/SIZE              one round of ours alone, for callgrind: {entries}
+// qrv_bench --works                prints the works, as JSON: [{work, sizes, timed, libraries}]
+// qrv_bench --write FOLDER         writes the data of the timed rows, as NAME.attr and NAME.json
+// qrv_bench WORK/SIZE LIBRARY      runs one round and compares the result with the data; then runs
+//                                  another round for each line of the input. Prints a line for
+//                                  each: {entries, bytes} for the first, then the seconds
+// qrv_bench WORK/SIZE              runs one round of the library alone, for callgrind: {entries}
 //
-// Each library is in a process of its own, whose heap no other has used; the caller takes them in
-// turn. The memory of the first round is all that the work takes: nothing is there from an earlier
-// one.
+// Each library runs in a separate process, whose heap no other library has used; the caller runs
+// them in turn. The memory of the first round is all memory of the work, since no earlier round has
+// used any.
 #include "bench/data.h"
 #include "bench/row.h"
 
@@ -26,11 +25,10 @@ double cRound::processor_seconds() {
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-// What the C library's allocator has given out, with its headers, and whatever else is mapped for
-// writing: a library that maps pages past that allocator, or that keeps freed ones for itself, has
-// them counted too.
+// The memory in use from the C library's allocator, with its headers, and all other writable pages.
+// So pages that a library maps itself, or does not return, are counted too.
 long long cRound::memory_in_use() {
-    long long pages[6] = {}; // the last: data and stack
+    long long pages[6] = {}; // the last element: data and stack
     std::ifstream statm("/proc/self/statm");
     for (long long &number : pages) statm >> number;
     if (!statm) stop("/proc/self/statm cannot be read");
@@ -75,7 +73,7 @@ void write_data(std::string const &folder) {
         }
 }
 
-// The library's side of a row; ours without a library.
+// The side of a row for this library; by default ours.
 cPrepared prepare(std::string const &row, std::string const &library = "qrv") {
     auto const slash = std::min(row.find('/'), row.size() - 1);
     for (cWork const &work : all_works())
@@ -85,8 +83,8 @@ cPrepared prepare(std::string const &row, std::string const &library = "qrv") {
     stop("there is no row " + row + " of " + library);
 }
 
-// The median of as many rounds as fit in a tenth of a second, at least three: the first one pays
-// for what another process has left in the processor's caches.
+// The median of as many rounds as fit in a tenth of a second, at least three: the first round is
+// slower, since another process has used the processor's caches.
 double turn(cPrepared const &side) {
     std::vector<double> seconds;
     auto const start = std::clock();

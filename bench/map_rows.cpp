@@ -1,6 +1,6 @@
-// Flat maps of 6 to 16 letters for each key: filling, finding and replacing, beside an ordered hash
-// map of the same keys. Both store counted references to the same kind of object, made before; only
-// `map_ints` makes its values while it is measured, since it is there for the memory.
+// Flat maps with keys of 6 to 16 letters: filling, finding and replacing, compared with an ordered
+// hash map of the same keys. Both store counted references to the same kind of object, created
+// before the measurement. Only `map_ints`, which measures memory, creates its values during it.
 #include "bench/row.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -53,7 +53,8 @@ struct cOurs {
     std::size_t size() const { return hash.used(); }
 };
 
-// Its `erase` moves all that follows; without keeping the order it does what ours does with it.
+// The peer. Its `erase` would move all following entries, so it uses the erasure that ignores the
+// order.
 struct cTheirs {
     cPeer map;
 

@@ -28,7 +28,7 @@ json json_map(int n) {
     return map;
 }
 
-// In an order that is neither that of insertion nor sorted.
+// The keys in an order that is neither the order of insertion nor sorted.
 std::vector<std::string> keys_to_find(int n) {
     std::vector<std::string> keys;
     for (long long i = 0; i < n; ++i) keys.push_back(key_of(static_cast<int>(i * 7919 % n)));

@@ -1,6 +1,6 @@
 #pragma once
-// What is measured. A work, such as reading, has rows at several sizes: "read/1M". In each row the
-// library and its peers do the same work on the same data.
+// The rows of the benchmark. A work, such as reading, has rows of several sizes: "read/1M". In each
+// row the library and its peers do the same work on the same data.
 
 #include <valgrind/callgrind.h>
 
@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-// One round of one library: what is measured of it, and what came out.
+// One round of one library: its measurements and its result.
 class cRound {
   public:
     // Calls `work`, with the clock running and callgrind counting. Once in a round.
@@ -26,10 +26,9 @@ class cRound {
         bytes_ = memory_in_use() - memory;
     }
     double seconds() const { return seconds_; }
-    long long bytes() const { return bytes_; } // in use more after the work than before it
+    long long bytes() const { return bytes_; } // growth of the memory in use during the work
 
-    // The value that the work has led to, as JSON with sorted keys. Asked for in unmeasured rounds
-    // only.
+    // The resulting value, as JSON with sorted keys. Called only in rounds that are not measured.
     std::function<std::string()> answer;
 
   private:
@@ -43,8 +42,8 @@ class cRound {
 using cRounds = std::function<void(cRound &)>;
 
 struct cPrepared {
-    std::size_t entries; // or slots: what times and counts are divided by
-    std::string answer;  // that each library must give
+    std::size_t entries; // or slots: the divisor of times and counts
+    std::string answer;  // the result that each library must produce
     cRounds rounds;
 };
 
@@ -56,7 +55,7 @@ struct cSide {
 struct cWork {
     std::string name;
     std::vector<std::string> sizes; // three, for counting; the last is at least 100 times the first
-    std::vector<std::string> timed; // of these
+    std::vector<std::string> timed; // those of them that are timed
     std::vector<cSide> sides;       // ours first
 };
 
@@ -68,7 +67,7 @@ std::vector<cWork> call_works();   // call_rows.cpp
 std::vector<cWork> signal_works(); // signal_rows.cpp
 std::vector<cWork> map_works();    // map_rows.cpp
 
-// A library failed at what it must do: there is nothing to compare.
+// Ends the program: a library failed, so there is nothing to compare.
 [[noreturn]] inline void stop(std::string const &what) {
     std::fprintf(stderr, "qrv_bench: %s\n", what.c_str());
     std::exit(1);

@@ -81,7 +81,7 @@ template <class Signal> cRounds connect(int n) {
 cSide side(char const *library, int times, cRounds (*rounds)(int)) {
     return {library, [times, rounds](std::string const &size) {
                 int const n = std::stoi(size);
-                int const entries = n == 0 ? times : n * times; // of no slot, the calls are counted
+                int const entries = n == 0 ? times : n * times; // without slots, counts the calls
                 return cPrepared{static_cast<std::size_t>(entries), size, rounds(n)};
             }};
 }

@@ -1,6 +1,6 @@
-// Trees and text: reading, writing, deep copies, destroying; the memory of a tree is what its
-// reading leaves in use. Ours is the text over many lines, the peers' is JSON, which they read
-// compact and write indented.
+// Trees and text: reading, writing, deep copies, destroying, and the memory of a tree, which is the
+// memory in use after reading it. Our text has many lines; the peers read compact JSON and write it
+// indented.
 #include "bench/data.h"
 #include "bench/row.h"
 #include "qrv/containers/cmapobj.h"
@@ -144,7 +144,7 @@ cRounds copy_nlohmann(std::string const &text) {
     };
 }
 
-// The answer is what the census says: all objects of the tree are destroyed.
+// The answer comes from the census, which shows that all objects of the tree are destroyed.
 cRounds destroy_qrv(std::string const &text) {
     return [text](cRound &round) {
         auto const before = cObj::ob_count();

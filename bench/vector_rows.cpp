@@ -1,5 +1,5 @@
-// Vectors beside Tcl's lists: appending values that are made for it, and taking each by its index,
-// borrowed and as an owner. Sets beside the library's own map: appending ints one by one.
+// Vectors compared with Tcl's lists: creating and appending values, and reading each by its index,
+// borrowed and as an owner. Sets compared with the library's own map: appending ints one by one.
 #include "bench/row.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
@@ -49,7 +49,7 @@ class cTclList {
 
   private:
     static Tcl_Obj *new_list() {
-        Tcl_FindExecutable(nullptr); // makes Tcl's allocator ready
+        Tcl_FindExecutable(nullptr); // initialises Tcl's allocator
         return Tcl_NewListObj(0, nullptr);
     }
     Tcl_Obj *list_;

@@ -39,7 +39,7 @@ objref cAttr::getattr(cTypeObj const &type) const {
 }
 
 cObj *cAttr::operator->() const {
-    objref const value = getattr(); // kept by the cache
+    objref const value = getattr(); // the cache holds it too
     return value ? value.get() : cat::bad().get();
 }
 
@@ -124,7 +124,7 @@ cAttr &cAttr::unsave(cMapObj const &map) {
 
 cAttr cAttr::insert_error(std::string const &text) const {
     begin_error(err_insertion, *owner_, key_) << text;
-    raise_eros(); // whatever a handler makes of it, nothing is inserted
+    raise_eros(); // inserts nothing, even if a handler forgives
     return *this;
 }
 

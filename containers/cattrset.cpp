@@ -1,7 +1,7 @@
 // Attribute sets: the objects of types of the metatype "attlist", and these types themselves.
 //
-// An object shares the specifications of its type and keeps them in its own member map; its five
-// low flag bits are all set, so that they are looked up from the start.
+// An object shares the specifications of its type through its own member map. Its five low flag
+// bits are all set, so that the specifications are looked up from the start.
 
 #include "qrv/containers/cattrset.h"
 
@@ -27,7 +27,7 @@ cTypeObj *as_attlist(cObj *obj) {
     return type && &type->type() == &cat::typetype_attlist() ? type : nullptr;
 }
 
-// The type's specifications; null if a program has put something else there.
+// The type's specifications; null if a program has stored something else there.
 cRef<cMapObj> specs_of(cObj *type) {
     auto *const attlist = as_attlist(type);
     if (!attlist) return nullptr;
@@ -45,16 +45,17 @@ bool report(cErrText const &error, cObj const &obj, std::string const &found = {
     return raise_eros();
 }
 
-// A text of a few bytes makes an object of any size. Beyond the budget its defaults are not copied;
-// reading the attribute gives the shared one then, and the reader refuses the object.
+// A few bytes of text can create an object of any size. Beyond the budget its defaults are not
+// copied: then an attribute returns the shared default, and the reader refuses the object.
 bool may_copy(objref const &value, cObj &holder) {
     cat::owns_charged(value, holder);
     return !cat::merge_exhausted();
 }
 
-// The types whose objects are being made, the innermost first. A default may be an object of the
-// type itself, and copying it makes one more: that one gets no copies of the defaults. Neither does
-// one so far down that the stack ends: a chain of types can be as long as a text.
+// The types whose objects are being created, the innermost first. A default may be an object of the
+// type itself, and copying it creates another one, which gets no copies of the defaults. Neither
+// does an object so deep that the stack is nearly exhausted: a file can declare a chain of types of
+// any length.
 class cMaking {
   public:
     explicit cMaking(cTypeObj const &type)
@@ -82,11 +83,11 @@ class cMaking {
 
 constinit cMaking *cMaking::innermost = nullptr;
 
-// One key of a fresh object: its specification, and its default or nil.
+// Adds one key to a new object: its specification, and a copy of its default or nil.
 void declare(cMapObj &map, objref const &key, specref const &spec, bool copies) {
     map.set_attspec(key, spec);
     objref const value = spec->get_default();
-    if (!spec->is_default() || !copies || !may_copy(value, map)) return; // it is nil
+    if (!spec->is_default() || !copies || !may_copy(value, map)) return; // the value stays nil
     cAttrHash &hash = map.datamap();
     hash.mapitem(key, value);
     cAttrNode *const node = hash.find(key);
@@ -158,7 +159,7 @@ objref cTomAttlist::newobj(objref) {
     return make<cTypeObj>(&cat::typetype_attlist(), nullptr, nullptr);
 }
 
-// Run by the constructor of every type of this metatype. Done once: a second call changes nothing.
+// The constructor of every type of this metatype calls this. A second call changes nothing.
 bool cTomAttlist::create(cObj &obj) {
     cTypeObj *const type = as_attlist(&obj);
     if (!type || cObj::is_good(type->tmember("attspec"))) return true;
@@ -182,7 +183,7 @@ bool cTomAttlist::m_assign(cObj &type, objref &arg) {
     if (!specs || !arg) return false;
     objref const keep = objref::share(&type);
     if (!cat::merge_allows(type, own_key(std::string("attspec")), arg)) return true;
-    cPairs found; // first: arg may be the type itself, or what it holds
+    cPairs found; // copied first: arg may be the type itself, or a part of it
     for (cIterObj it = arg->begin(); it.valid(); ++it) found.emplace_back(it.key(), it.valref());
     specs->clear(); // RE-ENTERS
     for (auto const &[key, value] : found)

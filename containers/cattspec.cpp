@@ -33,14 +33,14 @@ cAttspec::cAttspec(objref const &default_value, int flags)
 }
 
 cAttspec::cAttspec(cNilTag) : cObj(&cat::type_attspec()) {
-    obid(0); // made by the library, not by a program: off the census
+    obid(0); // created by the library: the census does not count it
 }
 
 cAttspec::~cAttspec() = default;
 
 cAttspec &cAttspec::operator=(cAttspec const &other) {
     if (this == &other) return *this;
-    assign(other); // reported as missing: the flags of a specification are its own
+    assign(other); // reports a missing method; the flags are not copied
     default_ = other.default_;
     type_ = other.type_;
     held_type_ = other.held_type_;
@@ -87,7 +87,7 @@ void cAttspec::set_default(objref const &value, bool fix_type) {
 void cAttspec::set_type(cTypeObj *type) {
     typeref old;
     if (type != type_) old = std::exchange(held_type_, nullptr);
-    if (type && type->counts_objects()) held_type_ = typeref::share(type); // it may leave
+    if (type && type->counts_objects()) held_type_ = typeref::share(type); // its scope may end
     type_ = type;
     fix_type_flag();
 } // RE-ENTERS: old
@@ -107,7 +107,7 @@ bool cAttspec::is_registered(cTypeObj const &type) {
 specref const &cAttspec::nilspec() {
     if (!the_nilspec) {
         the_nilspec = new specref(specref::adopt(new cAttspec(cNilTag{})));
-        (*the_nilspec)->obid(0); // the census counts what programs make
+        (*the_nilspec)->obid(0); // the census counts only objects that programs create
     }
     return *the_nilspec;
 }
@@ -125,7 +125,7 @@ specref cMapObj::attspec(objref const &key) {
 specref cMapObj::attspec(std::string const &key) { return attspec(own_key(key)); }
 
 void cMapObj::set_attspec(objref const &key, specref const &spec) {
-    if (spec) setflags(spec->flags_of(asf_all)); // no other flag: a const one must not lock the map
+    if (spec) setflags(spec->flags_of(asf_all)); // not of_const, which would lock the map
     set_omember(key, spec);
     datamap().mapitem(key, cat::nil());
 }

@@ -1,7 +1,7 @@
-// The standard methods of the type "attspec": how a specification is filled and asked, by program
-// and by text. The words #REQUIRED, #IMPLIED and #FIXED are constants that are told apart by
-// identity alone; they are fetched when the first specification is made and kept, so that a program
-// that changes the map of constants changes nothing here.
+// The standard methods of the type "attspec", by which programs and text fill and read a
+// specification. The words #REQUIRED, #IMPLIED and #FIXED are constants that are compared by
+// identity. They are fetched and stored when the first specification is created, so later changes
+// of the map of constants have no effect here.
 
 #include "containers/cattspec_nil.h"
 #include "containers/cattspec_words.h"
@@ -59,7 +59,7 @@ bool set_type(cAttspec &spec, objref const &key, objref const &value) {
 bool set_default(cAttspec &spec, objref const &key, objref const &value) {
     if (spec.is_fixtype() && &value->type() != spec.get_type())
         return refuse_type(spec, key, value);
-    spec.set_default(value, true); // a void one changes nothing
+    spec.set_default(value, true); // changes nothing if the value is void
     return true;
 }
 

@@ -1,5 +1,5 @@
 #pragma once
-// For the tear-down of the core: what attribute specifications keep for the process.
+// For the tear-down of the core: releases the objects that attribute specifications share.
 
 namespace cat {
 void drop_nilspec();

@@ -1,9 +1,9 @@
-// Values of choice types. What the value knows of its choices is their address and id: they belong
-// to the type, and a new container at an old address has another id. The hash that the value stands
-// in is kept alive by its base.
+// Values of choice types. A value stores the address and the id of the container with its choices,
+// which belongs to the type; a new container at an old address has another id. The value's base
+// class holds the hash of that container.
 //
-// Everything that asks the choices runs user code, which may change them again, and update this
-// very value from within. So each step afterwards looks first whether it is still wanted.
+// Reading the choices runs user code, which may change them again and update this value meanwhile.
+// So each later step first tests whether it is still needed.
 
 #include "qrv/containers/cchoiceval.h"
 
@@ -78,14 +78,14 @@ objref cChoiceVal::choices() const {
 
 void cChoiceVal::go_to(objref const &choices) {
     objref const former = key();
-    cat::merge_charge(); // a text can declare a type again for each of its values
+    cat::merge_charge(); // a file can declare the type again after each of its values
     seen_ = choices.get();
     seen_id_ = choices ? choices->obid() : 0;
     cIterObj const first = choices ? choices->begin() : cIterObj(); // RUNS USER CODE
-    if (!saw(choices)) return;                                      // others came from within
+    if (!saw(choices)) return;                                      // replaced by user code
     take(first);
     if (is_good(former))
-        setkey(former); // else it stays at the first. RUNS USER CODE
+        setkey(former); // stays at the first one if this fails. RUNS USER CODE
     else
         setpos(-1);
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Methods can be called by name, on anything.
+// Methods can be called by name on any object; null for other objects.
 cChoiceVal *value_of(cObj *obj) { return dynamic_cast<cChoiceVal *>(obj); }
 
 cTypeObj *type_of(cObj *obj) { return dynamic_cast<cTypeObj *>(obj); }
@@ -48,13 +48,13 @@ objref cTomChoiceVal::getattr(objref obj, objref key) {
     return is_word(key, "choices") ? choices_of(value->type()) : cTomIterator::getattr(obj, key);
 }
 
-// DELIBERATE: a choice whose key is "choices" gives the type's setattr that key, which replaces all
-// choices.   Pinned: the_value_of_a_choice_called_choices_replaces_them_all
+// DELIBERATE: for a choice whose key is "choices", the type's setattr gets that key and replaces
+// all choices.   Pinned: the_value_of_a_choice_called_choices_replaces_them_all
 bool cTomChoiceVal::setattr(cObj &obj, objref &key, objref &value) {
     cChoiceVal const *const choice = value_of(&obj);
     if (!choice || !is_word(key, "value") || !choice->valid()) return false;
     objref const type = objref::share(&choice->type());
-    return type->setattr(objref(choice->key()), value); // RE-ENTERS: obj may follow
+    return type->setattr(objref(choice->key()), value); // RE-ENTERS: obj may be updated
 }
 
 bool cTomChoiceVal::m_assign(cObj &obj, objref &arg) {
@@ -94,7 +94,7 @@ bool cTomChoice::setattr(cObj &type, objref &key, objref &value) {
     objref const keep = objref::share(&type);
     bool const all = is_word(key, "choices");
     if (!(all ? set_choices(*choice, key, value) : set_choice(*choice, key, value))) return false;
-    type.changed(); // RE-ENTERS: values of the type
+    type.changed(); // RE-ENTERS: updates the values of the type
     return true;
 }
 
@@ -110,7 +110,7 @@ objref new_type(objref) {
     return objref::adopt(new cTypeObj(&cat::typetype_choice(), nullptr, nullptr));
 }
 
-// Fills a fresh type; one that is in use stays as it is.
+// Fills a new type; does not change one that is in use.
 bool fill_type(cObj &obj) {
     cTypeObj *const type = type_of(&obj);
     if (!type || type->method(mid_newobj)) return true;

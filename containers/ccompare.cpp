@@ -1,6 +1,6 @@
 // The memo of a comparison. The frames of the pairs in progress are linked through the stack; the
-// memo belongs to the outermost. A frame enters its pair only when something is compared inside
-// it, so comparing flat containers needs no memory at all.
+// outermost one owns the memo. A frame enters its pair into the memo only when a comparison happens
+// inside it, so comparing flat containers needs no heap memory.
 
 #include "containers/ccompare.h"
 
@@ -34,13 +34,13 @@ struct cPairHash {
 class cFrame;
 
 struct cEntry {
-    cFrame *in_progress; // null: answered
+    cFrame *in_progress; // null if the result is known
     bool equal;
 };
 
 struct cMemo {
     std::unordered_map<cPair, cEntry, cPairHash> entries;
-    std::vector<cPair> equals; // in the order in which they were answered
+    std::vector<cPair> equals; // in the order in which they were found equal
 };
 
 class cFrame {
@@ -50,7 +50,7 @@ class cFrame {
     cFrame &operator=(cFrame const &) = delete;
     ~cFrame();
 
-    // The answer, if there is one without comparing.
+    // Is the result known without comparing? Then returns it in `equal`.
     bool answered(bool &equal);
     bool answer(bool equal);
 
@@ -61,12 +61,12 @@ class cFrame {
     static constinit cFrame *innermost;
 
     cFrame *outer_;
-    cMemo own_; // used in the outermost only
+    cMemo own_; // used only in the outermost frame
     cMemo *memo_;
     cPair pair_;
     size_t equals_before_;
-    bool entered_ = false; // the pair stands in the memo, in progress
-    bool assumed_ = false; // something inside took it for equal
+    bool entered_ = false; // the pair is in the memo, in progress
+    bool assumed_ = false; // an inner comparison assumed that it is equal
 };
 
 constinit cFrame *cFrame::innermost = nullptr;
@@ -81,7 +81,7 @@ cFrame::cFrame(cPair const &pair)
 cFrame::~cFrame() {
     innermost = outer_;
     if (!entered_) return;
-    drop_dependents(); // an exception passes: nothing is known of this pair
+    drop_dependents(); // an exception ended the comparison, so the result of this pair is unknown
     memo_->entries.erase(pair_);
 }
 
@@ -107,7 +107,7 @@ void cFrame::drop_dependents() {
 }
 
 bool cFrame::answer(bool equal) {
-    if (!outer_ || !pair_.known()) return equal; // the memo goes with the outermost
+    if (!outer_ || !pair_.known()) return equal; // the outermost frame destroys the memo
     if (!equal) drop_dependents();
     memo_->entries[pair_] = cEntry{nullptr, equal};
     entered_ = false;
@@ -133,7 +133,7 @@ cMapObj *cat::comparable(cMapObj const &a, objref const &b) noexcept {
 bool cat::same_value(objref const &a, objref const &b) {
     if (a == b) return true;
     if (!a || !b) return false;
-    objref const left = a; // both may go while user code compares
+    objref const left = a; // holds both: user code may remove them
     objref const right = b;
     return left->equal(right);
 }

@@ -1,4 +1,4 @@
-// The global members: methods that any object answers, because a call by name looks here last.
+// The global members: methods that every object has, because a call by name searches them last.
 
 #include "containers/cglobals.h"
 #include "containers/ccompare.h"
@@ -19,7 +19,7 @@ objref ommap_of(objref obj) {
     return obj->has_ommap() ? objref(make<cMapObj>(obj->ommap_ref())) : cat::badfind();
 }
 
-// A missing or void count is 1, and so is one that is no number.
+// A missing, void or non-numeric count is 1.
 objref getslice_of(objref obj, objref start, objref count) {
     int first = 0;
     if (cObj::is_void(start) || !cat::int_of(start, first)) return cat::bad();
@@ -31,7 +31,7 @@ objref getslice_of(objref obj, objref start, objref count) {
 objref new_by_name(objref name) {
     if (!cat::is_string(name)) return cat::bad();
     objref const type = cat::typemap().getattr(name);
-    auto const *const made = dynamic_cast<cTypeObj const *>(type.get()); // the flag is only a claim
+    auto const *const made = dynamic_cast<cTypeObj const *>(type.get()); // a flag could be wrong
     return made && made->is_type() ? made->newobj() : cat::bad();
 }
 
@@ -102,7 +102,7 @@ void fill_gmmap(cAttrHash &members) {
     members.mapitem("set_entrytype", make<cExeMember>(set_entrytype));
 }
 
-// insert, not mapitem: bad and badfind as values would be refused or remove their key.
+// Uses insert, since mapitem refuses the value bad, and badfind would remove its key.
 void fill_constmap(cAttrHash &constants) {
     auto const put = [&constants](char const *name, objref const &value) {
         constants.insert(own_key(std::string(name)), value, nullptr);

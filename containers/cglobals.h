@@ -1,5 +1,5 @@
 #pragma once
-// What the bootstrap puts into the map of global members and the map of constants.
+// Fills the map of global members and the map of constants, for the bootstrap.
 
 #include "qrv/qrvdefs.h"
 

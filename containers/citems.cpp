@@ -6,7 +6,7 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ctypeobj.h"
 
-// A container of the library is walked without an object for its iterator.
+// Walks a container of the library without an iterator object.
 cat::Items cat::items(objref const &ref) {
     if (cObj::is_void(ref) || !may_hold_values(*ref)) return {};
     auto const plain = reinterpret_cast<cVoidFunction>(&cTomMap::iterobj);

@@ -1,10 +1,10 @@
-// Cursors. The position is a link: null, the ring's anchor (the end), or a node whose memory is
-// held, so that a node deleted under a cursor can still be asked whether it is dead. Only what is
-// neither null nor the anchor is ever turned into a node.
+// Cursors. The position is a link: null, the ring's anchor (the end), or a node. The cursor holds
+// the node's memory, so that is_dead() also works after the node was deleted. Only a link that is
+// neither null nor the anchor is converted to a node.
 //
-// Following: the slot is a member of the iterator, but members can be shared, moved and kept by
-// anybody. So slot and iterator know each other by plain pointers, and whichever dies first tells
-// the other: a slot without its iterator is cut and calls nothing.
+// Following: the slot is a member of the iterator, but members can be shared, moved and held by any
+// code. So slot and iterator have plain pointers to each other, and the one that is destroyed first
+// clears the other's pointer: a slot without its iterator calls nothing.
 
 #include "qrv/containers/citerobj.h"
 
@@ -27,7 +27,7 @@ class cIterObj::cFollower final : public cObjSlot {
     ~cFollower() override {
         if (it_) it_->follower_ = nullptr;
     }
-    // The iterator goes, or follows by another slot.
+    // Call when the iterator is destroyed, or uses another slot.
     void leave() {
         it_ = nullptr;
         function(nullptr);
@@ -36,7 +36,7 @@ class cIterObj::cFollower final : public cObjSlot {
 
   private:
     static bool update(cObj &target) {
-        static_cast<cIterObj &>(target).update(); // RE-ENTERS: *this may be gone afterwards
+        static_cast<cIterObj &>(target).update(); // RE-ENTERS: may destroy *this
         return true;
     }
 
@@ -77,7 +77,7 @@ void cIterObj::follow(cObj &source, std::string const &member) {
     follower_ = slot.get();
     set_omember(member, slot);                           // RE-ENTERS
     source.force_omember("changed", cat::type_signal()); // RE-ENTERS
-    if (follower_ != slot) return;                       // replaced from within
+    if (follower_ != slot) return;                       // replaced by user code
     if (cSignal const *const changed = source.changed_signal()) changed->connect(*slot);
 }
 
@@ -101,13 +101,13 @@ void cIterObj::move(link *place) noexcept {
     if (old) old->unhold();
 }
 
-// The new node is held before the old one is released: they may be the same.
+// Holds the new node before it releases the old one: they may be the same.
 void cIterObj::take(link *place, hashref const &hash) {
     hashref const old_hash = std::exchange(hash_, hashref(hash));
     link *const old = std::exchange(link_, place);
     if (at_node()) hash_->node_at(link_)->hold();
     if (old && old_hash && old != old_hash->anchor()) old_hash->node_at(old)->unhold();
-} // RE-ENTERS: the old hash
+} // RE-ENTERS: the old hash is released
 
 bool cIterObj::valid() const noexcept { return at_node() && !hash_->node_at(link_)->is_dead(); }
 
@@ -187,9 +187,9 @@ bool cIterObj::setpos(int n) noexcept {
 
 bool cIterObj::setkey(objref const &key) {
     hashref const hash = hash_;
-    objref const wanted = key;                                   // perhaps a key of the hash itself
+    objref const wanted = key;                                   // may be a key of the hash
     cAttrNode *const node = hash ? hash->find(wanted) : nullptr; // RUNS USER CODE
-    if (!node || hash_ != hash) return false;                    // that took another hash
+    if (!node || hash_ != hash) return false;                    // user code set another hash
     move(node);
     return true;
 }
@@ -197,6 +197,6 @@ bool cIterObj::setkey(objref const &key) {
 bool cIterObj::setkey(std::string const &key) { return setkey(make_key(key)); }
 
 bool cIterObj::update() {
-    if (!valid()) move(nullptr); // the end position isn't on the ring either
+    if (!valid()) move(nullptr); // the end position has no node
     return link_ != nullptr;
 }

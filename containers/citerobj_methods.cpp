@@ -11,7 +11,7 @@
 
 namespace {
 
-// Methods are called by name on anything, and any object can claim the type.
+// Methods can be called by name on any object, and any object can claim the type; null for others.
 cIterObj *iterator_of(cObj *obj) { return dynamic_cast<cIterObj *>(obj); }
 
 objref newobj(objref) { return make<cIterObj>(); }

@@ -37,14 +37,14 @@ cMapObj::cMapObj(cTypeObj *type, bool create)
 }
 
 cMapObj::~cMapObj() {
-    if (hash_->father() == this) hash_->father(nullptr, true); // others may go on sharing it
+    if (hash_->father() == this) hash_->father(nullptr, true); // others may still share the hash
     end_class();
     if (entrytype_ & holds_entrytype) set_entrytype(nullptr); // RE-ENTERS
 }
 
 void cMapObj::set_entrytype(cTypeObj *type) noexcept {
     typeref const old =
-        entrytype_ & holds_entrytype ? typeref::adopt(entrytype()) : typeref(); // goes last
+        entrytype_ & holds_entrytype ? typeref::adopt(entrytype()) : typeref(); // released last
     entrytype_ = reinterpret_cast<std::uintptr_t>(type);
     if (!type || !type->counts_objects()) return;
     type->incref();
@@ -65,13 +65,13 @@ int cMapObj::size() const noexcept { return static_cast<int>(hash_->used()); }
 
 void cMapObj::clear() { hash_->clear(); }
 
-// Made on first use, never destroyed: a client static may ask at any time.
+// Never destroyed: static objects of clients may use it at any time.
 namespace {
 
 constinit objref *scratch_value = nullptr;
 constinit cMapObj *scratch_map = nullptr;
 
-// What is written to them is never read.
+// A value that is written here is never read.
 objref &empty_scratch_value() {
     if (!scratch_value) scratch_value = new objref;
     *scratch_value = nullptr;
@@ -79,7 +79,7 @@ objref &empty_scratch_value() {
 }
 
 cMapObj &empty_scratch_map() {
-    if (scratch_map && &scratch_map->type() != &cat::type_map()) { // of a core that is gone
+    if (scratch_map && &scratch_map->type() != &cat::type_map()) { // of a core that was torn down
         delete scratch_map;
         scratch_map = nullptr;
     }
@@ -110,7 +110,7 @@ objref cMapObj::findvalref(cObj const *value) { return value_of(hash_->findvalre
 objref cMapObj::findvalref(objref const &value) { return findvalref(value.get()); }
 
 cMapObj *cMapObj::submap_ptr(objref const &key) {
-    hashref const hash = hash_; // what is replaced may own this map
+    hashref const hash = hash_; // the old value may own this map
     auto const stored = [&]() -> cMapObj * {
         objref const value = hash->getitem(key);
         return is_map(value) ? cat::as_map(value) : nullptr;
@@ -131,9 +131,9 @@ cMapObj &cMapObj::submap(std::string const &key) { return submap(own_key(key)); 
 
 namespace {
 
-// One call of remove_emptychilds with all that it recurses into. A map whose last pass removed
-// nothing, with nothing removed anywhere since, would be passed in vain; so would one whose pass
-// is still running further out. Leaving these out makes shared parts cheap and cycles end.
+// One call of remove_emptychilds with its recursion. It skips a map if nothing was removed anywhere
+// since the last pass over that map, and a map whose pass is still running in an outer call. So
+// shared parts are cheap, and cycles end.
 class cEmptyChilds {
   public:
     explicit cEmptyChilds(bool recursive) : recursive_(recursive) {}
@@ -149,7 +149,7 @@ class cEmptyChilds {
   private:
     static constexpr std::uint64_t in_progress = ~std::uint64_t{0};
 
-    // True when a key was removed, and the walk has to start again.
+    // True if a key was removed and the walk must start again.
     bool pass(cMapObj &map) {
         hashref const hash = map.datamap_ref();
         for (cRingWalk walk(*hash); walk.valid(); walk.step()) {
@@ -161,7 +161,7 @@ class cEmptyChilds {
                 objref const key = walk.key();
                 std::uint32_t const before = hash->used();
                 hash->delitem(key); // RUNS USER CODE
-                // A key that no search finds can only stay.
+                // A key that no search finds cannot be removed.
                 if (walk.valid() && hash->used() >= before) continue;
                 ++removals_;
                 return true;
@@ -178,17 +178,17 @@ class cEmptyChilds {
             cat::too_deep(child);
             return;
         }
-        if (is_new) held_.push_back(objref::share(&child)); // its address stays its own
+        if (is_new) held_.push_back(objref::share(&child)); // so its address is not used again
         place->second = in_progress;
         std::uint64_t const before = removals_;
         run(child);
-        // A pass that removed something would do more the next time.
+        // After a pass that removed something another pass may remove more.
         done_[&child] = removals_ == before ? before : in_progress - 1;
     }
 
     bool recursive_;
     std::uint64_t removals_ = 0;
-    std::unordered_map<cMapObj const *, std::uint64_t> done_; // removals_ at a pass in vain
+    std::unordered_map<cMapObj const *, std::uint64_t> done_; // removals_ at a pass without effect
     std::vector<objref> held_;
 };
 
@@ -199,7 +199,7 @@ void cMapObj::remove_emptychilds(bool recursive) {
     cEmptyChilds(recursive).run(*this);
 }
 
-// As std::getline splits: a delimiter at the end gives no empty last piece.
+// Splits like std::getline: a delimiter at the end produces no empty last piece.
 void cMapObj::append_keys(std::string const &text, char delimiter) {
     if (is_vector()) return;
     for (size_t begin = 0; begin < text.size();) {

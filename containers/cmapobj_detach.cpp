@@ -1,9 +1,9 @@
 // Private copies: cat::detach, copy on write for one value, and cMapObj::detach for all values of
 // a map.
 //
-// A deep detach copies each container once, however often it is held, and gives the copy to all
-// places; so a map that holds itself holds its own copy afterwards. The copies made so far are
-// known to the whole call.
+// A deep detach copies each container once, however often it is held, and stores the copy in all
+// its places. So the copy of a map that holds itself holds itself. The whole call shares the list
+// of copies.
 
 #include "containers/ccompare.h"
 #include "containers/cplain_copy.h"
@@ -35,8 +35,8 @@ bool has_library_methods(cTypeObj const &type) {
            type.method(mid_getattr) == reinterpret_cast<cVoidFunction>(&cTomMap::getattr);
 }
 
-// A plain map into a fresh one. The same as assign, which would walk all that stands below each
-// value to see that the fresh map isn't there.
+// Copies a plain map into a new one. Has the effect of assign, but does not search all values for
+// the new map.
 bool fill_plainly(cObj const &source, cMapObj &fresh) {
     bool const plain = cObj::is_map(&source) && has_library_methods(source.type()) &&
                        !source.flags_of(int{asf_all} | int{of_exe_member}) && fresh.flags() == 0 &&
@@ -49,7 +49,7 @@ bool fill_plainly(cObj const &source, cMapObj &fresh) {
     return true;
 }
 
-// One call of detach with all that it recurses into.
+// One call of detach with its recursion.
 class cDetach {
   public:
     explicit cDetach(bool deep) noexcept : deep_(deep) {}
@@ -64,11 +64,11 @@ class cDetach {
 
   private:
     struct cCopy {
-        objref old; // held, so that its address stays its own
+        objref old; // held, so that its address is not used again
         objref copy;
     };
 
-    // What is still to be done in one map.
+    // The remaining work in one map.
     class cRest {
       public:
         cRest(cDetach &call, cAttrHash const &hash)
@@ -87,10 +87,10 @@ class cDetach {
             for (; node; node = hash_.next(node)) keys.push_back(node->key());
         }
 
-        // While the call is quiet: the one whose container is being copied, and the next one.
+        // While the call is quiet: the node whose container is being copied, and the next one.
         cAttrNode const *copied = nullptr;
         cAttrNode *node = nullptr;
-        // Afterwards.
+        // When the call is no longer quiet.
         objref copied_key;
         std::vector<objref> keys;
 
@@ -118,8 +118,8 @@ class cDetach {
     std::unordered_map<cObj const *, cCopy> copies_;
 };
 
-// From now on values are replaced by their types' methods. These may change any of the maps, but
-// the keys that count are those that the maps have now.
+// Switches to replacing values by the methods of their types. These may change any of the maps, but
+// the call handles the keys that the maps have now.
 void cDetach::expect_user_code() {
     if (!std::exchange(quiet_, false)) return;
     for (cRest *rest = rests_; rest; rest = rest->outer()) rest->list_keys();
@@ -130,8 +130,8 @@ bool cDetach::is_quiet(cObj const &container) const {
                      cat::is_plain_set(container));
 }
 
-// The next value, if no user code would run. An old value that nobody else holds would be
-// destroyed.
+// Handles the next value if that runs no user code. Replacing an old value without another holder
+// would destroy it, which may run user code.
 bool cDetach::item_quietly(cAttrHash &hash, cRest &rest, bool &done) {
     cAttrNode &node = *rest.node;
     objref const &value = node.valref();
@@ -154,7 +154,7 @@ bool cDetach::item_quietly(cAttrHash &hash, cRest &rest, bool &done) {
     return true;
 }
 
-// What is below may run user code, which may remove the node.
+// Copies a container. Values below it may run user code, which may remove the node.
 bool cDetach::container_quietly(cAttrHash &hash, cRest &rest, cAttrNode &node) {
     objref const value = node.valref();
     objref new_value = new_container(value);
@@ -169,8 +169,8 @@ bool cDetach::container_quietly(cAttrHash &hash, cRest &rest, cAttrNode &node) {
     return done;
 }
 
-// Not a container: a clone. The reference handed in is a second owner, so a value is never taken
-// for private.
+// Clones a value that isn't a container. `value` is a second owner, so no value counts as private
+// here.
 bool clone_item(cAttrHash &hash, objref const &key, objref value) {
     bool const done = cat::detach(value, false);
     hash.setitem(key, value);
@@ -212,7 +212,8 @@ bool cDetach::all(cMapObj &map) {
     return done;
 }
 
-// The copy of a container, into new_copy unless one was made before.
+// Copies a container: stores the copy in new_copy, unless the call has copied this container
+// before.
 bool cDetach::copy(objref const &value, objref &new_copy) {
     if (!remember(value, new_copy)) {
         new_copy = copies_.find(value.get())->second.copy;

@@ -1,6 +1,7 @@
 // The standard methods of type "map". setattr is a chain of tests, each of which can only refuse:
 //   1 entry type   2 cycle   3 const keys   4 no specification: store   5 to 7 specification
-// The texts of errors are made before the error stream is touched: writing a key may itself raise.
+// Errors write their keys before they use the error stream: writing a key may itself raise an
+// error.
 
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
@@ -18,7 +19,7 @@
 
 namespace {
 
-// An error of a specification: the key, the type's name, and what follows.
+// Reports an error of a specification: the key, the type's name, and `end`.
 bool report_spec(cErrText const &error, cObj const &obj, objref const &key, char const *end,
                  std::string const &found = {}) {
     std::string const text = text_hooks.as_text(key);
@@ -32,7 +33,7 @@ bool report_required(cObj const &obj, objref const &key) {
     return report_spec(err_required, obj, key, "  is missed");
 }
 
-// 6. Nothing is to be stored: what its rules give instead. False when they give nothing.
+// 6. Handles a store of nothing by the specification's rules. False if no rule applies.
 bool store_instead(cAttspec const &spec, cMapObj &map, objref const &key, bool &result) {
     if (spec.is_implied())
         result = map.datamap().setitem(key, cat::nil());
@@ -58,7 +59,7 @@ bool set_specified(cAttspec const &spec, cMapObj &map, objref const &key, objref
     return hash->mapitem(key, value);
 }
 
-// What getattr gives for a specified attribute that is absent or void.
+// What getattr returns for a specified attribute that is absent or void.
 objref missing_value(cAttspec const &spec, cObj const &obj, objref const &key,
                      objref const &present) {
     if (spec.is_required()) return report_required(obj, key) ? cat::badfind() : cat::bad();
@@ -118,7 +119,7 @@ bool cTomMap::m_assign(cObj &obj, objref &arg) { return arg && obj.attrcopy(*arg
 bool cTomMap::m_add(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map || !arg || !arg->is_container()) return true;
-    objref const copy = arg->clone(false); // so that m += m is safe
+    objref const copy = arg->clone(false); // makes m += m safe
     objref const self = objref::share(&obj);
     for (cIterObj it = copy->begin(); it.valid(); ++it) {
         objref const key = it.key();
@@ -135,7 +136,7 @@ bool cTomMap::m_append(cObj &obj, objref &arg) {
 
 namespace {
 
-// Every key of a in b with an equal value.
+// Does b have every key of a, with an equal value?
 bool equal_by_key(cMapObj const &a, cMapObj const &b) {
     hashref const keep = a.datamap_ref();
     hashref const others = b.datamap_ref();

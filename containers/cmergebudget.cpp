@@ -40,7 +40,7 @@ bool cat::merge_allows(cObj &holder, objref const &key, objref const &value) {
     if (!budget) return true;
     if (!budget->charge(1)) return false;
     bool const cycle = value == &holder || owns_charged(value, holder);
-    if (budget->exhausted()) return false; // the walk may have stopped short
+    if (budget->exhausted()) return false; // the walk may have stopped early
     if (cycle) budget->left_out(holder, key, value);
     return !cycle;
 }

@@ -1,21 +1,21 @@
 #pragma once
-// What merging may cost while text is read, and the guard against cycles there.
+// Limits the work of merging while text is read, and prevents cycles.
 //
-// A text of a few bytes can merge or assign large values into each other again and again through
-// back references, and can name a value inside itself. A program may do both; a file must not. So
-// the reader installs a budget for its outermost read. While one is installed, everything that
-// stores a part into a value that stands in the tree already (attrcopy, the assign of a set, the
-// copying of attribute sets) charges it and asks allows() first. Without a budget nothing is
-// counted and nothing refused.
+// A few bytes of text can merge or assign large values into each other again and again through back
+// references, and can name a value inside itself. A program may do both; a file must not. So the
+// reader installs a budget for its outermost read. While one is installed, all code that stores a
+// part into a value of the tree (attrcopy, the assign of a set, the copying of attribute sets)
+// charges it and calls merge_allows() first. Without a budget nothing is counted and nothing
+// refused.
 //
-// Charged: each key pair of a source, each value appended, each value that the cycle test walks,
-// and what an attribute set gets from its declaration, which costs no text: each attribute, and
-// each part of a container that is a default. A merge whose own pairs can't be paid for is left out
-// as a whole. Once the limit is passed on the way, every later step is left out, so a merge ends
-// where it stands.
+// These steps are charged: each key pair of a source, each appended value, each value that the
+// cycle test visits, and what an attribute set gets from its declaration without any text: each
+// attribute, and each part of a container that is a default. A merge is skipped as a whole if the
+// budget is too small for its pairs. If a merge exceeds the limit on its way, its remaining steps
+// are skipped.
 //
-// The installed one is found through a plain pointer; the innermost counts. No QRV_API: this is
-// between the reader and the containers.
+// A plain pointer leads to the installed budget; the innermost one counts. No QRV_API: only the
+// reader and the containers use this.
 
 #include "qrv/core/cobj.h"
 
@@ -27,17 +27,17 @@ class cMergeBudget {
     explicit cMergeBudget(std::uint64_t limit) noexcept; // installs itself
     cMergeBudget(cMergeBudget const &) = delete;
     cMergeBudget &operator=(cMergeBudget const &) = delete;
-    virtual ~cMergeBudget(); // the one before is back
+    virtual ~cMergeBudget(); // installs the previous one again
 
     void set_limit(std::uint64_t limit) noexcept { limit_ = limit; } // grows with the text read
     std::uint64_t spent() const noexcept { return spent_; }
     bool exhausted() const noexcept { return spent_ > limit_; }
     bool charge(std::uint64_t units) noexcept; // false beyond the limit
-    // Could so many be charged? Charges nothing; if not, the limit counts as passed.
+    // Could this many units be charged? Charges nothing; if false, the limit counts as exceeded.
     bool affords(std::uint64_t units) noexcept;
 
-    // `value` was not stored under `key` of `holder`, because it is the holder or owns it. The
-    // reader reports it; the key is null where a value was to be appended.
+    // Called when `value` was not stored under `key` of `holder`, because it is the holder or owns
+    // it. The reader reports it. The key is null for a value that was to be appended.
     virtual void left_out(cObj &holder, objref const &key, objref const &value);
 
     static cMergeBudget *current() noexcept;
@@ -48,7 +48,7 @@ class cMergeBudget {
     std::uint64_t spent_ = 0;
 };
 
-// While it lives this budget is the installed one; null: none is. Borrows it.
+// Guard: installs this budget until the end of the scope; null installs none. Borrows the budget.
 class cMergeBudgetUse {
   public:
     explicit cMergeBudgetUse(cMergeBudget *budget) noexcept;
@@ -60,14 +60,14 @@ class cMergeBudgetUse {
     cMergeBudget *before_;
 };
 
-// May value be stored in holder? True without a budget. Charges 1 and the walk of the cycle test;
-// false beyond the limit, silently, and for a value that is the holder or owns it, after
-// left_out().
+// May value be stored in holder? True without a budget. Charges 1 and the walk of the cycle test.
+// False, without an error, beyond the limit. For a value that is the holder or owns it, calls
+// left_out() and returns false.
 bool merge_allows(cObj &holder, objref const &key, objref const &value);
-// Steps that store nothing by themselves. True without a budget, false beyond the limit.
+// Charges steps that store nothing. True without a budget, false beyond the limit.
 bool merge_charge(std::uint64_t units = 1) noexcept;
 // True when a budget is installed and used up.
 bool merge_exhausted() noexcept;
-// Does value hold `other` anywhere below? As is_owner_of; null and void values don't. Charges.
+// Like value->is_owner_of(other), but charges the budget; false for null and void values.
 bool owns_charged(objref const &value, cObj const &other);
 } // namespace cat

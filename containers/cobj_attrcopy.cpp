@@ -7,12 +7,12 @@
 //   2 source only      s store   x store, or append in a vector or set
 //   anything else leaves the key alone; ? takes the letter of the target's member "cpcommands"
 //
-// The list of keys and classes is fixed before anything changes. In vectors and sets, removal is
-// done at the end and backwards, since it moves what stands behind.
+// The list of keys and classes is fixed before anything changes. In vectors and sets, keys are
+// removed at the end and backwards, since a removal moves the values after it.
 //
-// Parts that are shared or hold themselves: the pairs of containers copied by one outermost call
-// are remembered and not copied again, except for appending, which is done as often as it is met.
-// The memo is handed down only through calls that this file makes itself, never to user code.
+// For parts that are shared or hold themselves, one outermost call remembers the pairs of
+// containers that it has copied and copies each pair once. Appending is the exception: it happens
+// each time. Only calls in this file pass the memo on, never user code.
 
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
@@ -39,13 +39,13 @@ namespace {
 
 enum cKeyClass : unsigned char { target_only, both, source_only };
 
-constexpr char none = '?'; // a letter that no class knows
+constexpr char none = '?'; // a letter that has no meaning in any class
 using cLetters = std::array<char, 3>;
 
-// Target, source, letters; and the result, true while in progress.
+// From target, source and letters to the result, which is true while the copy is in progress.
 using cCopied = std::map<std::tuple<std::uint32_t, std::uint32_t, cLetters>, bool>;
 
-// The memo for the attrcopy that starts next; taken by it, and null for everyone else.
+// The memo for the attrcopy that starts next, which takes it and sets this to null.
 constinit cCopied *handed_down = nullptr;
 
 class cHandDown {
@@ -71,7 +71,7 @@ cLetters complete(cObj const &target, char const *commands) {
 
 bool is_sequence(cObj const *obj) noexcept { return cObj::is_vector(obj) || cObj::is_set(obj); }
 
-// The hash that an object's iterator walks; null without a usable one.
+// The hash that an object's iterator walks; null if it has no usable one.
 hashref hash_of(objref const &iterobj) {
     auto const *const it = dynamic_cast<cIterObj const *>(iterobj.get());
     return it ? it->hash_ref() : hashref();
@@ -104,7 +104,7 @@ class cAttrCopy {
     ~cAttrCopy() = default;
 
     bool run(cAttrHash const &source) {
-        // What can't be paid for is left out as a whole, before any walk.
+        // Skips the whole copy, before any walk, if the budget is too small for it.
         cat::cMergeBudget *const budget = cat::cMergeBudget::current();
         if (budget && !budget->affords(source.used())) return false;
         if (letters_[source_only] == (seq_ ? 'x' : 's') && cat::copy_plainly(target_, *source_))
@@ -165,9 +165,9 @@ void cAttrCopy::list_target(cAttrHash const &target, cAttrHash const &source) {
     }
 }
 
-// Keys that only the target has need no step here, so a small source merged into a large target
-// costs by its own size. (Where nodes of the target were moved, finding their order may cost a
-// walk.)
+// Keys that only the target has need no step here, so merging a small source into a large target
+// costs time in proportion to the source. (If nodes of the target were moved, finding their order
+// may need a walk.)
 void cAttrCopy::list_common(cAttrHash const &target, cAttrHash const &source) {
     cKeys keys;
     for (cRingWalk walk(source); walk.valid(); walk.step())
@@ -212,12 +212,12 @@ bool cAttrCopy::store(objref const &key) {
     return cat::merge_allows(target_, key, value) && target_.setattr(key, value);
 }
 
-// To the target. What append says is dropped.
+// Appends to the target; ignores the result of append.
 void cAttrCopy::append(objref const &value) {
     if (cat::merge_allows(target_, nullptr, value)) target_.append(value);
 }
 
-// 'x' for a key of both.
+// The letter 'x' for a key that both have.
 bool cAttrCopy::merge(objref const &key) {
     objref const value = source_->getattr(key);
     if (seq_) {
@@ -236,7 +236,7 @@ bool cAttrCopy::merge(objref const &key) {
     return true;
 }
 
-// Does assign come straight back to attrcopy, with no user code between?
+// Does assign call attrcopy directly, without running user code in between?
 bool assigns_by_attrcopy(cObj const &obj) {
     if (obj.flags_of(of_exe_member | of_const)) return false;
     cVoidFunction const assign = obj.type().method(mid_assign);
@@ -252,7 +252,7 @@ bool cAttrCopy::assign(cObj *target, objref const &source) {
     return held->assign(source);
 }
 
-// Backwards, so that the indices of the remaining pairs stay right.
+// Removes backwards, so that the indices of the remaining pairs stay valid.
 bool cAttrCopy::remove_backwards() {
     bool result = true;
     if (!seq_) return result;
@@ -261,7 +261,7 @@ bool cAttrCopy::remove_backwards() {
     return result;
 }
 
-// Remembers one pair for as long as it may be met again.
+// Remembers one pair while the copy can meet it again.
 class cRememberedPair {
   public:
     cRememberedPair(cCopied &copied, cObj const &target, cObj const &source,
@@ -274,7 +274,7 @@ class cRememberedPair {
     cRememberedPair &operator=(cRememberedPair const &) = delete;
     ~cRememberedPair() = default;
 
-    // True, and the result, if the pair was met before. Otherwise it is in progress from now on.
+    // True, with the result, if the pair was met before. Otherwise marks it as in progress.
     bool met(bool &result) {
         if (!usable_) return false;
         auto const [place, is_new] = copied_.try_emplace(key_, true);

@@ -1,5 +1,5 @@
-// What an object does with maps and vectors: indexing, levels made on the way, and a map laid over
-// its members.
+// Operations of an object on maps and vectors: indexing, creating missing levels, and replacing its
+// map of members.
 
 #include "qrv/containers/cmapobj.h"
 
@@ -11,8 +11,7 @@
 
 #include <utility>
 
-// What the library's getattr of a vector or a set finds, without a key object that nobody would
-// see.
+// Finds what the library's getattr of a vector or a set finds, without creating a key object.
 objref cObj::operator/(int key) {
     bool const is_plain = cat::is_builtin(*this, cat::method_bit(mid_getattr)) &&
                           (type_ == core.vector || type_ == core.set) &&
@@ -33,11 +32,11 @@ objref cObj::getattr_force(objref const &key, bool force) {
 }
 
 void cObj::ommap(cMapObj const &map) {
-    objref self = objref::share(this); // the old map may hold its last owner
+    objref self = objref::share(this); // the old map may hold the last owner of this object
     if (map.datamap_ref() != ommap_) leave_ommap();
     hashref old = std::exchange(ommap_, map.datamap_ref());
     old = nullptr;                 // RE-ENTERS
-    if (self->refs() == 1) return; // and it goes now
+    if (self->refs() == 1) return; // only `self` is left, so the object is destroyed now
     self = nullptr;
-    changed(); // RE-ENTERS: fires what stands in the new map
+    changed(); // RE-ENTERS: fires the signal of the new map
 }

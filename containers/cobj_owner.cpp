@@ -1,10 +1,11 @@
-// is_owner_of: does an object stand anywhere below another? The walk is iterative and visits each
-// container once, so it ends on cycles and is linear on shared parts. Values that can hold nothing
-// are passed without a call; the library's own containers are walked in their rings.
+// is_owner_of: is an object anywhere below another? The walk is iterative and visits each container
+// once, so it ends on cycles and takes linear time on shared parts. It skips values that can hold
+// nothing without a call, and walks the library's own containers in their rings.
 //
-// Before text may store a value, the walk goes into all that a value keeps alive: the hash under an
-// iterator, the type of a choice value, the members of a type, default and type of a specification,
-// and own members. A program gets the plain answer, what can be reached by begin().
+// Before text stores a value, the walk visits all that the value keeps alive: the hash of an
+// iterator, the type of a choice value, the members of a type, the default and the type of a
+// specification, and the value's own members. For a program it visits only what can be reached by
+// begin().
 
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
@@ -30,14 +31,14 @@ class cOwnerWalk {
     cOwnerWalk &operator=(cOwnerWalk const &) = delete;
     ~cOwnerWalk() = default;
 
-    // Breadth first; held_ keeps every visited address its object's own.
+    // Breadth first. held_ keeps all visited objects alive, so that their addresses stay unique.
     bool finds_from(cObj &root) {
         visit(objref::share(&root));
         return finds_in_visited();
     }
     bool finds_from(cAttrHash const &root) { return finds_in_ring(root) || finds_in_visited(); }
 
-    // Scalars are bare; of the rest few keep anything.
+    // Does the object hold values that begin() doesn't reach? Most don't.
     static bool keeps_values(cObj const &obj) {
         if (obj.typeflags_of(tf_bare)) return false;
         return obj.is_type() || dynamic_cast<cIterObj const *>(&obj) ||
@@ -56,7 +57,7 @@ class cOwnerWalk {
         if (holds && seen_.insert(value.get()).second) held_.push_back(value);
     }
 
-    // What begin() doesn't show.
+    // Visits the values that begin() doesn't reach.
     bool finds_kept(cObj &holder) {
         if (holder.has_ommap() && finds_in_ring(holder.ommap())) return true;
         if (auto const *const type = dynamic_cast<cTypeObj const *>(&holder))
@@ -77,7 +78,7 @@ class cOwnerWalk {
         return type && !cAttspec::is_registered(*type) && is_it(type);
     }
 
-    // The value itself, or something to look into later.
+    // Is this the searched object? If not, adds the value to those that are visited later.
     bool is_it(objref const &value) {
         if (!value) return false;
         if (value == &other_) return true;
@@ -85,7 +86,7 @@ class cOwnerWalk {
         return false;
     }
 
-    bool may_go_on() { return !budget_ || budget_->charge(1); }
+    bool may_continue() { return !budget_ || budget_->charge(1); }
 
     bool finds_in(cObj &holder) {
         if (budget_ && finds_kept(holder)) return true;
@@ -94,18 +95,18 @@ class cOwnerWalk {
         auto *const map = cat::as_map(&holder);
         bool const plain =
             map && !holder.flags_of(of_exe_member) && holder.type().method(mid_iterobj) == iterobj;
-        if (!plain && reach_ == plain_only) return true; // it may be there
+        if (!plain && reach_ == plain_only) return true; // the object may be below this value
         return plain ? finds_in_ring(map->datamap()) : finds_by_iterator(holder);
     }
 
     bool finds_in_ring(cAttrHash const &hash) {
-        for (cAttrNode const *node = hash.first(); node && may_go_on(); node = hash.next(node))
+        for (cAttrNode const *node = hash.first(); node && may_continue(); node = hash.next(node))
             if (is_it(node->valref())) return true;
         return false;
     }
 
     bool finds_by_iterator(cObj &holder) {
-        for (cIterObj it = holder.begin(); it.valid() && may_go_on(); ++it)
+        for (cIterObj it = holder.begin(); it.valid() && may_continue(); ++it)
             if (is_it(it.valref())) return true;
         return false;
     }

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
-// A value of another type is left out, but counts as a position.
+// A value of another type is omitted, but its position is counted.
 objref cObj::getslice(int start, int count, cTypeObj *type) {
     objref const slice = make<cVectorObj>();
     std::int64_t const end = std::int64_t{start} + count;

@@ -1,4 +1,5 @@
-// Cursors over any object: begin() asks the object for its iterator, end() is the position behind.
+// Cursors over any object: begin() calls the object's iterobj; end() is the position after the last
+// entry.
 
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cobj.h"

@@ -8,6 +8,6 @@ cObjModifier::cObjModifier(cAttr &attr, objref const &value)
 cObjModifier::~cObjModifier() {
     try {
         if (!cObj::is_void(attr_.owner())) attr_.owner()->setattr(attr_.key(), previous_);
-    } catch (...) { // a refused value is on the error route already
+    } catch (...) { // the error of a refused value has been reported
     }
 }

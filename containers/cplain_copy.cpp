@@ -1,5 +1,5 @@
-// What is asked here is all that the methods would ask: of each type the entries that they call, of
-// the containers the flags and settings at which they look.
+// The tests cover all that the methods depend on: the entries of each type that they call, and the
+// flags and settings of the containers that they read.
 
 #include "containers/cplain_copy.h"
 
@@ -23,7 +23,7 @@ bool appends_by(cTypeObj const &type, cProcedure2 method) {
     return exe && exe->function() == reinterpret_cast<cVoidFunction>(method);
 }
 
-// A map is filled by setattr, a vector by append.
+// Copies fill a map by setattr and a vector by append.
 bool is_plain_map(cObj const &source) {
     constexpr unsigned methods =
         cat::method_bits(mid_assign, mid_setattr, mid_getattr, mid_iterobj);
@@ -43,7 +43,7 @@ bool is_plain_target(cMapObj const &target) {
     return !target.flags_of(int{asf_all} | int{of_const_keys}) && !target.entrytype();
 }
 
-// Of a value whose type's `create` does nothing.
+// For a value whose type's `create` does nothing.
 template <class T> objref clone_of(cObj const &value) {
     T const *const known = cat::value_in<T>(&value);
     return known ? objref(make<cObjD<T>>(*known, &value.type())) : objref();

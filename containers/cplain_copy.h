@@ -1,24 +1,24 @@
 #pragma once
-// Copies of maps, vectors and values that are wholly the library's, made directly: no user code
-// would run while their types' methods made the same copies one by one, so nobody sees a
-// difference.
+// Copies maps, vectors and values directly that use only methods of the library. Their types'
+// methods would produce the same copies, slower, and run no user code either; so the difference is
+// invisible.
 
 #include "qrv/containers/cmapobj.h"
 
 namespace cat {
 
-// May assign copy the entries of this map or vector as they are: are its methods, its keys and the
-// way in which values are stored the library's? O(n)
+// May assign copy the entries of this map or vector directly? Its methods and keys must be the
+// library's, and it must store values without tests. O(n)
 bool copies_plainly(cObj const &source);
 
 // Does assigning to this set run only methods of the library? O(n)
 bool is_plain_set(cObj const &set);
 
-// The first step of attrcopy, for a target without entries: copies all entries of `source` if this
-// may be done directly. Else false, and nothing is changed.
+// The first step of attrcopy, for a target without entries: copies all entries of `source` if that
+// can be done directly. If not, returns false and changes nothing.
 bool copy_plainly(cObj &target, cObj const &source);
 
-// A clone of a string, number or bool that is the library's; null for any other value.
+// A clone of a string, number or bool of the library's own type; null for any other value.
 objref clone_plainly(cObj const &value);
 
 } // namespace cat

@@ -1,4 +1,4 @@
-// The checker of the registry: see the header for its rules. It changes nothing and raises nothing.
+// The checker of the registry. It changes nothing and reports no error; its header has the rules.
 
 #include "containers/cregistry_check.h"
 #include "containers/ccompare.h"
@@ -12,15 +12,15 @@
 
 namespace {
 
-constexpr int max_chain = 100; // a type of a type of a type is the most that is made
+constexpr int max_chain = 100; // real chains have at most three types
 
-bool stands_under(std::string const &name, cTypeObj const &type) {
+bool is_registered(std::string const &name, cTypeObj const &type) {
     cAttrNode const *const node = core.type_hash->find(name);
     return node && node->valref().get() == &type;
 }
 
 bool is_built_in(char const *name, cTypeObj const &type) {
-    return type.name() == name && stands_under(name, type);
+    return type.name() == name && is_registered(name, type);
 }
 
 bool chain_ends(cTypeObj const &type) {
@@ -29,7 +29,7 @@ bool chain_ends(cTypeObj const &type) {
     return at == core.type && &at->type() == at;
 }
 
-// DELIBERATE: types made before there were members have these two without a member.
+// DELIBERATE: types that were created before members existed have these two without a member.
 //   Pinned: the_first_types_have_methods_without_members
 bool is_raw(cTypeObj const &type, int id) {
     bool const first = &type == core.niltype || &type == core.type || &type == core.exe;
@@ -60,7 +60,7 @@ std::string broken_type_rule(cTypeObj const &type) {
 std::string broken_entry_rule(objref const &key, objref const &value) {
     auto const *const type = dynamic_cast<cTypeObj const *>(value.get());
     if (!type || !type->is_type()) return "G2";
-    if (text_hooks.as_string(key) != type->name() && !stands_under(type->name(), *type))
+    if (text_hooks.as_string(key) != type->name() && !is_registered(type->name(), *type))
         return "G3";
     return broken_type_rule(*type);
 }
@@ -69,7 +69,7 @@ std::string broken_entry_rule(objref const &key, objref const &value) {
 
 std::string cat::broken_registry_rule() {
     core_bootstrap();
-    if (!core.type_hash) return {}; // the core is going
+    if (!core.type_hash) return {}; // the core is being torn down
     if (std::string const broken = core.type_hash->broken_rule(true); !broken.empty())
         return "G1 " + broken;
     if (&core.typemap->datamap() != core.type_hash) return "G1 typemap";

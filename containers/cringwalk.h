@@ -1,7 +1,6 @@
 #pragma once
-// A walk over the ring of a hash during which user code may run. It keeps the memory of the
-// node it stands on: where that code removed the node, the walk ends there. The hash itself must
-// be kept alive by whoever walks.
+// A walk over the ring of a hash during which user code may run. It holds the current node: if user
+// code removes that node, the walk ends. The caller must keep the hash alive.
 
 #include "qrv/core/cattrhash.h"
 
@@ -14,13 +13,13 @@ class cRingWalk {
 
     bool valid() const noexcept { return node_ && !node_->is_dead(); }
     cAttrNode *node() const noexcept { return node_; }
-    // Key and value are to be copied before user code runs.
+    // Copy key and value before user code runs.
     objref const &key() const { return node_->key(); }
     objref const &valref() const noexcept { return node_->valref(); }
 
     void step() noexcept {
         cAttrNode *const old = node_;
-        take(old ? hash_.next(old) : nullptr); // null behind a dead node
+        take(old ? hash_.next(old) : nullptr); // null after a deleted node
         drop(old);
     }
 

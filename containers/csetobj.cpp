@@ -1,5 +1,5 @@
-// Set objects and the standard methods of type "set". Equal values are found by the index of the
-// hash, with the new value on the left side of the comparison.
+// Set objects and the standard methods of type "set". The index of the hash finds equal values; the
+// new value is on the left side of each comparison.
 
 #include "qrv/containers/csetobj.h"
 
@@ -75,11 +75,11 @@ bool cTomSet::m_append(cObj &obj, objref &arg) {
     return true;
 }
 
-// A walk of its own hash finds nothing: that is how a set assigned to itself comes out empty.
+// A set that is assigned to itself becomes empty: its hash is cleared before it is walked.
 bool cTomSet::m_assign(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map || !arg) return false;
-    objref const self = objref::share(&obj); // what is cleared may own this set
+    objref const self = objref::share(&obj); // a removed value may own this set
     hashref const hash = map->datamap_ref();
     hash->clear();
     for (cIterObj it = arg->begin(); it.valid(); ++it) {

@@ -1,12 +1,12 @@
 #pragma once
-// What map, vector and set share: the list of their methods, and tests of their values.
+// Shared by map, vector and set: the list of their methods, and tests of their values.
 
 #include "core/ctext_hooks.h"
 #include "qrv/containers/cmapobj.h"
 
 namespace cat {
 
-// The entries in which the three types differ.
+// The methods in which the three types differ.
 struct cContainerMethods {
     cFunction1 newobj;
     cProcedure2 assign;
@@ -19,24 +19,25 @@ struct cContainerMethods {
 };
 void setup_container(cTypeObj &type, cContainerMethods const &own, char const *wformat);
 
-// A fresh type still has the method that gives no iterator: remembered, so that walks can skip
+// Call for a new type. Remembers its `iterobj`, which returns no iterator, so that walks can skip
 // values of such types without a call.
 void note_default_iterobj(cTypeObj const &type) noexcept;
-// Could anything stand below this value?
+// Can this value hold other values?
 bool may_hold_values(cObj const &obj) noexcept;
 
-// True when only containers of the library are below these values, and `other` isn't there.
+// True if only containers of the library are below these values, and `other` isn't one of them.
 bool is_plainly_apart(cAttrHash const &values, cObj const &other);
 
-// An entry type is set, and the value, unless it removes, is of another one.
+// Does the map have an entry type that differs from the type of this value? False for a value that
+// removes.
 bool refuses_type(cMapObj const &map, objref const &value) noexcept;
 
-// The values of both rings in order, without their keys.
+// Compares the values of both rings in order, without their keys.
 bool equal_values_in_order(cMapObj const &a, cMapObj const &b);
-// Two rings of one size ended apart. False.
+// Reports that the walks over two rings of the same size had different lengths. Returns false.
 bool report_sizes(cMapObj const &a, cMapObj const &b);
 
-// The set-up functions of the container types, which the bootstrap passes.
+// The set-up functions of the container types, for the bootstrap.
 void setup_map(cTypeObj &type);
 void setup_set(cTypeObj &type);
 void setup_vector(cTypeObj &type);

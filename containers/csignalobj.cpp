@@ -1,10 +1,10 @@
 // Signal objects, slot objects, and the signal `changed` of every object.
 //
-// The five types are made on first use. Each is held here beside the registry, so that a program
-// which takes a type out of the registry does not take it from the library. They are the library's
-// own, so off the census, with their methods and keys.
+// The five types are created on first use. They are held here and by the registry, so the library
+// still has a type that a program removes from the registry. They belong to the library, so the
+// census counts neither them nor their methods and keys.
 //
-// Only an object of class cSignalRef is taken for a signal: the type alone is a claim.
+// Only an object of class cSignalRef counts as a signal: any object can claim the type.
 
 #include "qrv/containers/csignalobj.h"
 
@@ -36,10 +36,10 @@ void register_type(typeref const &type) {
 
 void fire_changed(cObj const &obj) {
     if (cSignal const *const signal = obj.changed_signal())
-        (*signal)(); // RE-ENTERS: the object may be gone afterwards
+        (*signal)(); // RE-ENTERS: may destroy the object
 }
 
-// Stored at once: what the registration runs finds it.
+// Stores the new type before registering it, so that user code in the registration finds it.
 cTypeObj &type_of(own_type id, char const *name, cTypeObj::setup_function setup) {
     if (held_types[id]) return **held_types[id];
     core_bootstrap();
@@ -90,7 +90,7 @@ void setup_signal1(cTypeObj &type) {
 
 void setup_siginfo(cTypeObj &type) { set_makers(type, new_siginfo, refer_to_siginfo); }
 
-// What a refused request gives. Never freed: it may be connected to anything at the end.
+// Returned for a refused request. Never freed: it may have connections when the process ends.
 template <class Signal> Signal &scratch_signal() {
     static constinit Signal *scratch = nullptr;
     if (!scratch) scratch = new Signal;
@@ -142,7 +142,7 @@ cSignal &cSignalRef::force(cAttr &attr) {
 }
 
 objref cSignalRef::oexecute() const {
-    if (sig_) (*sig_)(); // RE-ENTERS: *this may be gone afterwards
+    if (sig_) (*sig_)(); // RE-ENTERS: may destroy *this
     return cat::nil();
 }
 
@@ -161,7 +161,7 @@ cSignal1<cObj &> &cSignalRef1::force(cAttr &attr) {
 }
 
 bool cSignalRef1::pexecute(cObj &arg) const {
-    if (sig_) (*sig_)(arg); // RE-ENTERS: *this may be gone afterwards
+    if (sig_) (*sig_)(arg); // RE-ENTERS: may destroy *this
     return true;
 }
 
@@ -181,7 +181,7 @@ cObjSlot::cObjSlot(cObj &target, cProcedure1 fn, cSignal const &signal) : cObjSl
 cObjSlot::~cObjSlot() { disconnect(); }
 
 void cObjSlot::do_slot() {
-    if (fn_) fn_(*target_); // RE-ENTERS: *this may be gone afterwards
+    if (fn_) fn_(*target_); // RE-ENTERS: may destroy *this
 }
 
 cObjSlot1::cObjSlot1(cObj &target, cProcedure2 fn)
@@ -198,7 +198,7 @@ cObjSlot1::~cObjSlot1() { disconnect(); }
 void cObjSlot1::do_slot(cObj &arg) {
     if (!fn_) return;
     objref ref = objref::share(&arg);
-    fn_(*target_, ref); // RE-ENTERS: *this may be gone afterwards
+    fn_(*target_, ref); // RE-ENTERS: may destroy *this
 }
 
 // --- what every object has
@@ -215,7 +215,7 @@ cSignal *cObj::changed_signal() const {
 
 cSignal &cObj::force_changed_signal() {
     if (cSignal *const signal = changed_signal()) return *signal;
-    set_omember("changed", make<cSignalObj>()); // RE-ENTERS: what stood there dies
+    set_omember("changed", make<cSignalObj>()); // RE-ENTERS: the old member is destroyed
     cSignal *const signal = changed_signal();
     return signal ? *signal : scratch_signal<cSignal>();
 }

@@ -6,7 +6,7 @@
 namespace cat {
 // Is it one of the types of signals and slots that the library holds?
 bool is_signal_type(cObj const *type);
-// Gives them up, in the registry too; the next use makes them anew. True if there were any. RUNS
-// USER CODE: members that a program gave them.
+// Releases them, in the registry too; the next use creates them again. True if there were any.
+// RUNS USER CODE: members that a program gave them.
 bool drop_signal_types();
 } // namespace cat

@@ -1,9 +1,9 @@
-// The graph below some types has a node for each object and each hash that could lead to a type,
-// and an edge for each count that one of them has on another. A node with more owners than edges
-// lead to it is held from outside, and so is all below it. The rest is garbage.
+// The graph below some types has a node for each object and each hash that can lead to a type, and
+// an edge for each reference from one of them to another. A node with more references than edges is
+// held from outside, and so are all nodes below it. All other nodes are garbage.
 //
-// An owner that isn't known here counts as one from outside: then a type lives too long, never too
-// short. No user code runs while the graph is made.
+// An unknown owner counts as one from outside: then a type lives too long, never too short.
+// Building the graph runs no user code.
 
 #include "containers/ctype_cycles.h"
 
@@ -20,16 +20,16 @@ namespace {
 
 using cTypes = std::vector<typeref>;
 
-constinit cTypes *suspects = nullptr; // exists only while there are some
+constinit cTypes *suspects = nullptr; // null if there are none
 
-// A search takes time for each suspect. Few are searched each time; many, when as many again have
-// come as lived after the last search.
+// A search takes time for each suspect. While there are few, each call searches; with more, a call
+// searches when the suspects are twice as many as after the last search.
 constexpr std::size_t few = 16;
 constinit std::size_t enough = few;
 
 class cTypeGraph {
   public:
-    // The types are in `roots`, and once more there for each entry.
+    // Each entry of `roots` is a reference to its type.
     explicit cTypeGraph(cTypes const &roots) {
         for (typeref const &root : roots) --nodes_[node_of(*root)].outside;
         for (std::size_t i = 0; i < nodes_.size(); ++i) {
@@ -59,7 +59,7 @@ class cTypeGraph {
     struct cNode {
         cObj *obj;
         cAttrHash const *hash;
-        std::size_t outside; // owners without an edge
+        std::size_t outside; // references without an edge
         std::vector<std::size_t> edges = {};
         bool lives = false;
     };
@@ -113,7 +113,7 @@ class cTypeGraph {
         } else if (auto const *const type = dynamic_cast<cTypeObj const *>(&obj)) {
             add_edges(from, type->tmmap());
         } else if (auto const *const spec = dynamic_cast<cAttspec const *>(&obj)) {
-            cObj *const value = spec->get_default().get(); // the handle must not count
+            cObj *const value = spec->get_default().get(); // an objref here would be counted
             add_edge(from, value);
             add_edge(from, spec->held_type().get());
         } else if (auto const *const it = dynamic_cast<cIterObj const *>(&obj)) {
@@ -141,7 +141,7 @@ class cTypeGraph {
     std::unordered_map<void const *, std::size_t> index_;
 };
 
-// The two lists hold each type once.
+// Afterwards both lists hold each type once.
 void remember(cTypes const &left) {
     for (typeref const &type : left) {
         bool const known = suspects && std::ranges::find(*suspects, type) != suspects->end();
@@ -151,7 +151,7 @@ void remember(cTypes const &left) {
     }
 }
 
-// Clearing the members of all cuts every cycle: each leads through a type.
+// Clears the members of all types. This breaks every cycle, since each contains a type.
 void destroy(cTypes garbage) {
     std::erase_if(*suspects, [&](typeref const &type) {
         return std::ranges::find(garbage, type) != garbage.end();

@@ -1,9 +1,9 @@
 #pragma once
-// Types that have left their scope and keep each other alive.
+// Types that are kept alive only by each other after the end of their scope.
 //
-// A declaration may name its own type, or hold an object of it as a default: then counting alone
-// never frees the type. Such types are remembered here when they leave, and destroyed as soon as
-// all their owners and objects are parts of what they hold themselves.
+// A declaration may name its own type, or hold an object of it as a default: then reference
+// counting never frees the type. When the scope of such types ends, they are remembered here. They
+// are destroyed as soon as all their owners and objects are held by the types themselves.
 
 #include "qrv/core/ctypeobj.h"
 
@@ -11,11 +11,11 @@
 
 namespace cat {
 
-// Remembers those of the types that can be reached from themselves, releases them all, empties
-// `left`, and destroys the remembered types that nothing else needs. RUNS USER CODE
+// Remembers the types in `left` that can be reached from themselves, empties `left`, and destroys
+// the remembered types that are not used elsewhere. RUNS USER CODE
 void free_types(std::vector<typeref> &left);
-// Tear-down: the remembered types lose their members, so that no cycle is left. What a program
-// still holds of them can be dropped, but not used. RUNS USER CODE
+// For the tear-down: clears the members of the remembered types, which breaks all cycles. A program
+// that still holds such a type may release it, but not use it. RUNS USER CODE
 void cut_type_cycles();
 
 } // namespace cat

@@ -1,8 +1,8 @@
-// What a type takes over when a type of its name is declared again: a choice type the other's
-// choices, an attribute set's type the other's specifications. Both tell it by `changed`.
+// A type is updated when a type of its name is declared again: a choice type gets the new choices,
+// an attribute set's type the new specifications. Both then fire `changed`.
 //
-// While text is read, all this is paid for, the comparing as well, and a declaration that holds the
-// type it is for is left out.
+// While text is read, these steps are charged to the budget, comparisons included, and a
+// declaration that holds its own type is skipped.
 
 #include "qrv/containers/ctypeobj_update.h"
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-// The member that a metatype's types are declared by; null for other metatypes.
+// The member with the declaration of this metatype's types; null for other metatypes.
 char const *declaration_of(cTypeObj const &metatype) {
     if (&metatype == &cat::typetype_choice()) return "choices";
     if (&metatype == &cat::typetype_attlist()) return "attspec";

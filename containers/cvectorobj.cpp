@@ -1,5 +1,5 @@
-// Vector objects and the standard methods of type "vector": the index discipline over the vector
-// operations of the hash. The set's setattr shares all rules but one with the vector's.
+// Vector objects and the standard methods of type "vector": the rules of indices on top of the
+// vector operations of the hash. The set's setattr shares all of these rules but one.
 
 #include "qrv/containers/cvectorobj.h"
 
@@ -47,8 +47,8 @@ bool cVectorObj::insert(int place, objref const &value) {
 
 namespace {
 
-// The places that start and count name: first is at least 0, end at most size and computed from
-// the start as given; so a negative start shortens the range.
+// The indices for start and count. `first` is at least 0. `end` is at most the size and is computed
+// from the given start, so a negative start shortens the range.
 struct cRange {
     std::int64_t first;
     std::int64_t end;
@@ -71,14 +71,14 @@ bool report_const_keys(cObj const &obj, objref const &key) {
 
 bool cVectorObj::erase(int start, int count) {
     if (count == 0) return true;
-    hashref const hash = datamap_ref(); // what is erased may own this vector
+    hashref const hash = datamap_ref(); // an erased value may own this vector
     auto const [first, end] = range_of(start, count, size());
     for (std::int64_t i = end - 1; i >= first; --i) hash->vect_erase(static_cast<int>(i));
     return true;
 }
 
 bool cVectorObj::setslice(cObj const &source, int start, int count) {
-    objref const self = objref::share(this); // what is replaced may own this vector
+    objref const self = objref::share(this); // a replaced value may own this vector
     auto const [first, end] = range_of(start, count, size());
     if (first > end) return false;
     objref const slice =
@@ -118,7 +118,7 @@ bool cTomVector::m_assign(cObj &obj, objref &arg) { return arg && obj.attrcopy(*
 bool cTomVector::m_add(cObj &obj, objref &arg) {
     if (!arg || !arg->is_container()) return true;
     objref const self = objref::share(&obj);
-    objref const copy = arg->clone(false); // so that v += v ends
+    objref const copy = arg->clone(false); // so that v += v terminates
     for (cIterObj it = copy->begin(); it.valid(); ++it) {
         objref const value = it.valref();
         obj.append(value);

@@ -1,5 +1,6 @@
-// The index of values: three tables from plain values to the first node that holds them, filled
-// with what was appended since the last lookup, thrown away when nodes left or moved.
+// The index of values: three tables from plain values to the first node that holds them. A lookup
+// adds the nodes that were appended since the last one. If nodes were removed or moved, it starts
+// anew.
 
 #include "containers/value_index.h"
 
@@ -8,7 +9,7 @@
 #include "qrv/core/cobjd.h"
 
 namespace {
-// Of a plain value.
+// The value of a plain object.
 template <class T> T const &value_of(cObj const &obj) noexcept {
     return static_cast<cObjDR<T> const &>(obj).val();
 }
@@ -43,11 +44,11 @@ void cValueIndex::take_new_nodes() {
         take(node);
 }
 
-// The first node of a value stays.
+// Adds a node; an earlier node with an equal value stays.
 void cValueIndex::take(cAttrNode *node) {
     last_ = node;
     cObj const *const value = node->valref();
-    if (!value || !is_plain(*value)) return; // equal to no plain value
+    if (!value || !is_plain(*value)) return; // cannot equal a plain value
     if (&value->type() == &cat::type_int())
         ints_.emplace(value_of<int>(*value), node);
     else if (&value->type() == &cat::type_string())

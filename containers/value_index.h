@@ -1,10 +1,10 @@
 #pragma once
-// Finds values in a hash as cAttrHash::findvalue does, but ints, bools and strings in constant
-// time: for loops that look many values up in one hash, such as reading and comparing sets.
+// Finds values in a hash like cAttrHash::findvalue, but ints, bools and strings in constant time.
+// For loops that look up many values in one hash, such as reading and comparing sets.
 //
-// An object can change without its holders being told, so the index is for the length of a loop in
-// which only such plain values are handled. Appending, removing and moving nodes is noticed; where
-// a value in the hash may have been replaced or changed (user code ran) call forget().
+// An object can change without notice, so use an index only for a loop that handles only such plain
+// values. The index notices appended, removed and moved nodes. Call forget() when user code ran,
+// which may have replaced or changed a value in the hash.
 
 #include "qrv/core/cattrhash.h"
 
@@ -17,13 +17,13 @@ class cValueIndex {
     cValueIndex &operator=(cValueIndex const &) = delete;
     ~cValueIndex() = default;
 
-    // The first node whose value equals the argument, or null. Values that are not plain, and
-    // types with an "equal" of their own, are looked up by the hash (RUNS USER CODE, after
-    // which everything is forgotten).   O(1) for plain ones, after O(new nodes)
+    // The first node whose value equals the argument, or null. For values that are not plain, or
+    // whose type has its own "equal", calls cAttrHash::findvalue (RUNS USER CODE) and then
+    // forget(). O(1) for plain values, after O(new nodes)
     cAttrNode *find(cObj const &value);
     void forget() noexcept;
 
-    // Exactly an int, bool or string whose type compares as the library does.
+    // Is the value exactly an int, bool or string whose type has the library's "equal"?
     static bool is_plain(cObj const &value) noexcept;
 
   private:
@@ -37,7 +37,7 @@ class cValueIndex {
 
     cAttrHash const &hash_;
     std::uint32_t disturbed_ = 0;
-    cAttrNode *last_ = nullptr; // the last node that was taken; alive while nothing was disturbed
+    cAttrNode *last_ = nullptr; // the last indexed node; valid while no node left or moved
     std::unordered_map<int, cAttrNode *> ints_;
     std::unordered_map<std::string, cAttrNode *, cTextHash> texts_;
     cAttrNode *bools_[2] = {};

@@ -1,7 +1,7 @@
 #include "qrv/core/cattrcursor.h"
 
-// All cursors that have a node are in one list of the process. It is short, and looked through only
-// when a node is removed that somebody holds.
+// All cursors that have a node are in one list of the process. The list is short, and it is
+// searched only when a node is removed that has another holder.
 
 namespace {
 constinit cAttrCursor *cursors = nullptr;
@@ -42,7 +42,7 @@ cAttrCursor &cAttrCursor::operator=(cAttrCursor &&other) noexcept(false) {
 
 cAttrCursor::~cAttrCursor() { stand_at(nullptr, nullptr); }
 
-// What is held from now on is held before the former nodes are released: they may be the same.
+// Holds the new nodes before it releases the former ones: they may be the same.
 void cAttrCursor::stand_at(cAttrNode *node, cAttrNode *follower) noexcept {
     hold(node);
     hold(follower);
@@ -75,7 +75,7 @@ void cAttrCursor::leaves(cAttrNode const &node) noexcept {
             cursor->stand_at(cursor->node_, cursor->hash_->next(&node));
 }
 
-// Is this at that position of the vector, or after it?
+// Is this cursor at `position` of the vector, or after it?
 bool cAttrCursor::is_from(cAttrHash const &vector, int position) const noexcept {
     return hash_.get() == &vector && !node_->is_dead() && node_->key_as_index() >= position;
 }

@@ -1,9 +1,9 @@
-// The operations of cAttrHash. Each that runs user code keeps what it still needs: the hash by
-// cKeep, nodes by cHold, keys and values by references of its own, since an argument may be part of
-// the node that goes. After the last foreign call only kept things are looked at.
+// The operations of cAttrHash. An operation that runs user code holds everything that it needs
+// afterwards: the hash by cKeep, nodes by cHold, keys and values by separate references, since an
+// argument may be part of the removed node.
 
+#include "core/cattrhash_destroy.h"
 #include "core/cattrhash_detail.h"
-#include "core/cattrhash_dying.h"
 #include "core/cattrhash_insert.h"
 #include "core/cholders.h"
 #include "core/cmember_lookup.h"
@@ -25,8 +25,8 @@ cAttrHash::cAttrHash(cAttrHash const &) : cAttrHash(static_cast<cObj *>(nullptr)
 
 cAttrHash::~cAttrHash() {
     set_index_ = nullptr;
-    incref(); // whoever shares and drops the dying hash from a destructor doesn't destroy it again
-    if (used_) cDying(*this).run();
+    incref(); // so that user code that shares and drops this hash doesn't destroy it again
+    if (used_) cDestruction(*this).run();
 }
 
 cAttrHash &cAttrHash::operator=(cAttrHash const &other) {
@@ -36,12 +36,13 @@ cAttrHash &cAttrHash::operator=(cAttrHash const &other) {
         cHold const hold(node);
         objref const key = node->key(), value = node->value_;
         *force_node(key) = value; // RE-ENTERS
-        node = other.next(node);  // null if it went
+        node = other.next(node);  // null if the node was removed
     }
     return *this;
 }
 
-// Not inlined where the hash is a member: g++ would warn of the delete in cKeep, which never comes.
+// Not inlined: where the hash is a member, g++ would warn of the delete in cKeep, which is never
+// reached there.
 [[gnu::noinline]] void cAttrHash::clear() {
     cKeep const keep(this);
     remove_all();
@@ -188,8 +189,8 @@ bool cAttrHash::mapitem(cAttrHash *hash, objref const &key, objref const &value)
     return hash && hash->mapitem(key, value);
 }
 
-// A stored function always knows its key, also one that is refused then. The flag of the type is
-// only a claim.
+// A function gets its key as its name, even if it is then refused. The flag of the type only claims
+// that the object is executable, so the class is tested too.
 bool cAttrHash::accept_exe(objref const &key, objref const &value) {
     cExeObj *const exe = cat::as_exe(value);
     if (!exe) return false;
@@ -254,12 +255,12 @@ void cAttrHash::rename(objref const &old_key, objref const &new_key) {
     cAttrNode *const target = force_node(to);
     if (target == source) return;
     target->mapped_ = true;
-    if (source->dead_) return; // the new key's clone took it away
+    if (source->dead_) return; // cloning the new key has removed it
     objref const lost = target->value_;
     target->set_value(source->value_);
-    move_before(*target, *source); // and source goes: target stands before what followed it
+    move_before(*target, *source); // target takes the position of source
     remove(source);                // RE-ENTERS
-} //                                  RE-ENTERS: lost
+} //                                  RE-ENTERS: `lost` is released
 
 bool cAttrHash::detach_node(cAttrNode const *node) const {
     if (!node) return false;

@@ -11,8 +11,8 @@
 //   H10 the index of a set knows each node
 //   H11 the values after the nodes of a row are those of the nodes (core/cattrhash_row.cpp)
 //   H9 while no node was moved, the ring is in the order in which the nodes were made
-// In checking builds the cheap rules are held after each of the first changes of a small table and
-// after some later ones, and after every change number that is a power of two of any table.
+// Debug builds check the cheap rules after each of the first changes of a small table, after some
+// later changes, and in every table after each change whose number is a power of two.
 
 #include "core/cattrhash_detail.h"
 #include "core/cset_index.h"
@@ -37,7 +37,7 @@ bool is_floating(cKeyKind kind) noexcept {
     return kind == cKeyKind::float_key || kind == cKeyKind::double_key;
 }
 
-// What the walk over the ring has seen of the keys.
+// What the walk over the ring has found about the keys.
 struct cSeen {
     std::uint32_t nodes = 0, others = 0, no_ints = 0, anid = 0;
     int greatest = -1;

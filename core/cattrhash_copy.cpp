@@ -1,4 +1,4 @@
-// Copies of all nodes of a hash at once: the hashes of the keys are known, and no key is there yet.
+// Copies all nodes of a hash at once. The hashes of the keys are known, and the target is empty.
 
 #include "core/cattrhash_detail.h"
 #include "core/cattrhash_insert.h"
@@ -21,7 +21,7 @@ bool cAttrInsert::is_copyable(cAttrHash const &hash) noexcept {
     return true;
 }
 
-// An int that was changed since is not the hash that is copied too.
+// An int that was changed since its insertion differs from the cached hash, which is copied too.
 cAttrNode *cAttrInsert::copy_of(cAttrNode const &node) {
     if (node.kind_ == cKeyKind::int_key && node.key_number() != static_cast<int>(node.hash_))
         return new cAttrNode(cAttrNode::cAdopt(), cat::make_value(node.key_number()),
@@ -32,7 +32,7 @@ cAttrNode *cAttrInsert::copy_of(cAttrNode const &node) {
                                 node.value_);
 }
 
-// A hash that had a table may hold keys that collide in an index, so these go in one by one.
+// A hash with a table may hold keys that collide in an index, so its keys are inserted one by one.
 void cAttrInsert::copy(cAttrHash &to, cAttrHash const &from) {
     assert(to.empty() && is_copyable(from));
     bool const at_once = to.form_ == cHashForm::few && from.form_ != cHashForm::table;
@@ -50,7 +50,7 @@ void cAttrInsert::copy(cAttrHash &to, cAttrHash const &from) {
     to.check();
 }
 
-// The node's place in the index comes later, for all nodes at once.
+// The caller adds all nodes to the index at once, later.
 void cAttrHash::link_copy(cAttrNode &node, cAttrNode const &source) noexcept {
     node.hash_ = source.hash_;
     node.kind_ = source.kind_;

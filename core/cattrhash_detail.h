@@ -16,8 +16,8 @@
 constexpr cSlotWord slot_unused = 0;
 constexpr cSlotWord slot_deleted = 1;
 
-// The upper bits of a node's word, but in a row: of an int or a string the lower bits of the hash,
-// else 0. A search passes a node of another tag without looking at it.
+// Except in a row, the upper bits of a node's word are its tag: the lower bits of the hash of an
+// int or a string, 0 for other keys. A search skips a node with another tag without looking at it.
 constexpr unsigned tag_shift = 48; // user addresses have 47 bits
 constexpr cSlotWord address_mask = (cSlotWord{1} << tag_shift) - 1;
 
@@ -30,20 +30,22 @@ constexpr cSlotWord tag_of(cKeyKind kind, std::uint32_t hash) noexcept {
     bool const has_tag = kind == cKeyKind::int_key || kind == cKeyKind::string_key;
     return has_tag ? tag_of(hash) : 0;
 }
-// Has the node of this word a tag, and another one than a key that is looked for?
+// Does the node of this word have a tag that differs from the one of the searched key?
 constexpr bool is_other_key(cSlotWord word, cSlotWord tag) noexcept {
     return word > address_mask && (word ^ tag) > address_mask;
 }
 
-// With one in `unused_part` slots never used, a probe of honest keys gets here once in 10^7 tries.
+// While one in `unused_part` slots was never used, a probe with ordinary keys becomes this long
+// once in 10^7 searches.
 constexpr std::uint32_t long_probe = 128;
 
-// Of a key whose kind says that it holds a T.
+// The value of a key whose kind says that it holds a T.
 template <class T> T const &value_of(objref const &key) noexcept {
     return static_cast<cObjDR<T> const &>(*key).val();
 }
 inline std::string_view text_of(objref const &key) noexcept { return value_of<std::string>(key); }
-// The first and the last bytes, which may overlap: of texts of one to two words that is all.
+// Compares the first and the last word, which may overlap. Strings of one to two words have no
+// other bytes.
 template <class Word> bool has_same_ends(std::string_view a, std::string_view b) noexcept {
     Word begin[2], end[2];
     std::size_t const last = a.size() - sizeof(Word);
@@ -53,7 +55,8 @@ template <class Word> bool has_same_ends(std::string_view a, std::string_view b)
     std::memcpy(&end[1], b.data() + last, sizeof(Word));
     return ((begin[0] ^ begin[1]) | (end[0] ^ end[1])) == 0;
 }
-// Most keys are short, and a call would cost more than comparing them.
+// Compares short keys, which most are, without a call: the call would cost more than the
+// comparison.
 inline bool same_text(std::string_view own, std::string_view text) noexcept {
     std::size_t const size = own.size();
     if (size != text.size()) return false;
@@ -70,12 +73,12 @@ constexpr bool fits_index(cKeyKind kind) noexcept {
     return kind == cKeyKind::int_key || kind == cKeyKind::string_key;
 }
 
-// May an index of that many words hold that many nodes?
+// Can an index of `words` words hold `nodes` nodes?
 constexpr bool fits_words(std::uint32_t nodes, std::uint32_t words) noexcept {
     return std::uint64_t{4} * nodes <= std::uint64_t{3} * words;
 }
 
-// What a removed node leaves of its key, to be released after its value.
+// The key of a removed node, which is released after the node's value.
 struct cAttrNode::cTakenKey {
     cTakenKey(objref taken, bool is_lazy) noexcept : key(std::move(taken)), lazy(is_lazy) {}
     cTakenKey(cTakenKey const &) = delete;
@@ -88,8 +91,8 @@ struct cAttrNode::cTakenKey {
     bool lazy;
 };
 
-// After a node whose key has no object: the id that is reserved for it, and of a text its length
-// and bytes.
+// Follows a node whose key has no object: the id that is reserved for the object, and the length
+// and bytes of a string.
 struct cLazyKey {
     static constexpr std::size_t at_length = sizeof(std::uint32_t);
     static constexpr std::size_t at_text = at_length + 1;
@@ -100,7 +103,7 @@ struct cLazyKey {
     }
 };
 
-// Nodes of a hash that has no words; most hashes are as small.
+// The greatest number of nodes of a hash without words. Most hashes are that small.
 constexpr std::uint32_t most_few = 8;
 
 inline std::string_view cAttrNode::key_text() const noexcept {
@@ -135,7 +138,7 @@ inline void cAttrNode::before_replacing() noexcept {
         table_->set_index_->loosen(*this);
 }
 
-// Before the node has it.
+// Called before the node has this value.
 inline void cAttrHash::note_value(cAttrNode const &node, cObj *next) noexcept {
     if (has_values_)
         known_values()[node.hash_] = node.given_out_ ? 0 : reinterpret_cast<cSlotWord>(next);
@@ -156,8 +159,8 @@ struct cAttrHash::cSearch {
     bool own_key = false;  // a new node's key is of that kind, not a clone made by other code
 };
 
-// Keeps a hash in memory while an operation runs user code that may drop its last owner. A hash
-// that nobody shares (a member, a local) has a count of its own that never reaches 0 here.
+// Keeps a hash in memory while an operation runs user code that may drop its last owner. The count
+// of a hash without shared owners (a member, a local variable) never reaches 0 here.
 class cAttrHash::cKeep {
   public:
     explicit cKeep(cAttrHash const *hash) noexcept : hash_(hash) { hash_->incref(); }

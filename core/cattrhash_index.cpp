@@ -1,14 +1,14 @@
-// The hash without its table: while every key is exactly a string or an int, and nothing was ever
-// removed, no user code can see how nodes are found. Most hashes stay so for life, and most are
-// small; the table of 97 slots would be the largest part of them.
+// A hash without its table. While every key is exactly a string or an int, and nothing was ever
+// removed, user code cannot see how nodes are found. Most hashes stay so all their life, and most
+// are so small that a table of 97 slots would be their largest part.
 //
 //   few ----9th node----> row     all keys are 0, 1, 2...
 //    |  \--------------> index    others; a row whose next key isn't the next int
 //    `--- any of them --> table   a key of another type, or a removal (make_table)
 //
-// The first word of a search in an index is taken from the upper bits of the hash times a constant,
-// the step from others; so an index is filled up to 3/4. Against keys that were chosen to collide
-// it does what the table does: after a very long probe texts get a seeded hash, and ints another
+// A search multiplies the hash by a constant. The upper bits of the product choose the first word,
+// other bits the step; so an index can be filled up to 3/4. Keys that were chosen to collide are
+// treated as in the table: after a very long probe, strings get a seeded hash and ints another
 // constant.
 
 #include "base/seeded_hash.h"
@@ -72,8 +72,8 @@ cAttrHash::cFound cAttrHash::probe_index(cSearch const &search) const {
     }
 }
 
-// Before a node is linked, so that the hash is whole if there is no memory. False if what a search
-// has found isn't true any more.
+// Called before a node is linked, so that the hash stays valid if memory runs out. False if the
+// result of the earlier search is no longer valid.
 bool cAttrHash::make_room(cAttrNode const &node, std::uint32_t steps) {
     if (!fits_index(node.kind_)) return make_table(first_size), false;
     bool const is_next = is_vector_ && node.kind_ == cKeyKind::int_key && node.hash_ == used_;
@@ -94,7 +94,7 @@ bool cAttrHash::make_room(cAttrNode const &node, std::uint32_t steps) {
     return fits_words(wanted, capacity_) || (rebuild_index(2 * capacity_), false);
 }
 
-// The node is the last of the ring, and there is room for it.
+// Needs room for the node, which must be the last of the ring.
 void cAttrHash::add_to_index(cAttrNode &node, cFound const &place) {
     if (is_too_full(used_, size_)) size_ = hash_grown_size(size_, hash_primes());
     if (form_ == cHashForm::few) return;
@@ -104,7 +104,7 @@ void cAttrHash::add_to_index(cAttrNode &node, cFound const &place) {
         words_[place.free] = index_word_of(node);
 }
 
-// All nodes were linked without it.
+// Called when all nodes were linked without an index.
 void cAttrHash::make_index() {
     while (is_too_full(used_, size_)) size_ = hash_grown_size(size_, hash_primes());
     if (used_ <= most_few) return;

@@ -13,7 +13,7 @@ bool cAttrInsert::is_ready(cAttrHash const &hash) noexcept {
            cat::is_builtin(*core.integer, create);
 }
 
-// Where nothing has to grow and the hash has no table, this is all of cAttrHash::link_node.
+// The part of cAttrHash::link_node for a hash without a table in which nothing has to grow.
 inline void cAttrInsert::link_last(cAttrHash &hash, cAttrNode &node,
                                    cAttrHash::cFound const &place) {
     hash.link_copy(node, node);
@@ -46,7 +46,7 @@ inline cAttrInsert::cPlace cAttrInsert::insert(cAttrHash &hash, cAttrHash::cSear
     return {&add(hash, found, search, make_node(search, value)), true};
 }
 
-// An id goes to the object that the caller would have made for the node to clone.
+// Uses up one id more, for the key object that mapitem's caller would have created.
 std::unique_ptr<cAttrNode> cAttrInsert::make_node(cAttrHash::cSearch const &search,
                                                   objref const &value) {
     ++cAttrNode::ob_lstid_;

@@ -1,4 +1,4 @@
-// cAttrNode, the node that stands for none, and the orders of nodes.
+// cAttrNode, the node that represents an absent entry, and the orders of nodes.
 
 #include "core/cattrhash_detail.h"
 #include "core/cbuiltin.h"
@@ -35,7 +35,7 @@ cAttrNode::cAttrNode(objref const &key, objref const &value)
 cAttrNode::cAttrNode(cAdopt, objref &&key, objref &&value) noexcept
     : cHashNode(std::move(key)), value_(std::move(value)), anid_(an_lstid++) {
     cHolders::enter(value_);
-    key_->obid(++ob_lstid_); // as old as the node, like the clone that it replaces
+    key_->obid(++ob_lstid_); // the id that a clone made with the node would have
 }
 
 cAttrNode::cAttrNode(cAttrNode const &other)
@@ -47,12 +47,12 @@ cAttrNode::~cAttrNode() {
     if (table_) table_->unlink_node(*this);
     cHolders::leave(value_);
     if (!lazy_) return;
-    value_ = nullptr; // RE-ENTERS: goes before the key
+    value_ = nullptr; // RE-ENTERS: released before the key
     uncount_key();
 }
 
-// A private copy, so that a caller who changes his key object can't disturb the table. Copies of
-// texts and ints are made directly, with the same effect as clone() has.
+// A private copy, so that a caller who changes the key object can't damage the table. Strings and
+// ints are copied directly, with the same effect as clone().
 objref cAttrNode::clone_key(objref const &key) {
     if (cObj::is_void(key)) return key;
     switch (cAttrHash::kind_of(key)) {
@@ -134,7 +134,7 @@ bool cAttrNode::refuses(objref const &value) {
     if (!flags_of(type_locked) || cObj::is_void(value_) || value_ == value) return false;
     if (&value->type() == &value_->type()) return false;
     std::string const type = value_->type().name();
-    std::string const text = text_hooks.as_text(key()); // RUNS USER CODE: before eros() is touched
+    std::string const text = text_hooks.as_text(key()); // RUNS USER CODE: before eros() is used
     begin_error(err_node_type) << cNamed::key(text) << "  value type: " << cNamed::type(type)
                                << "  Flags do not allow operator=";
     raise_eros(); // the value stays even if a handler forgives
@@ -144,7 +144,7 @@ bool cAttrNode::refuses(objref const &value) {
 cAttrNode &nil_attr() {
     if (nil_attr_node) return *nil_attr_node;
     auto *const node = new cAttrNode(own_key(std::string("nil_attr")));
-    node->key()->obid(0); // the library's own, so off the census
+    node->key()->obid(0); // belongs to the library, so the census does not count it
     nil_attr_node = node;
     return *node;
 }

@@ -1,13 +1,13 @@
-// The row: the words of a hash whose keys are 0, 1, 2... From looks at values by their index on it
-// has the values too, so that such a look needs no node.
+// The row: the words of a hash whose keys are 0, 1, 2... Once values are read by index, the row has
+// the values too, so that such a read needs no node.
 //
 //   0             the node of each key
-//   capacity      its value, or 0: then the node is asked       |  if has_values_
+//   capacity      its value, or 0: then the node's value counts |  if has_values_
 //   2 * capacity  replaced_unseen_ when the values were copied  |
 //
-// A value is 0 if it is null, and from the time on when cAttrNode::valref_() gives out the
-// reference. What replaces a value without its node (cat::detach) makes the values of all rows
-// outdated. The values are copied when nodes were asked for a quarter as many; so a look takes
+// A value is 0 if it is null, and from the moment when cAttrNode::valref_() returns the reference.
+// Code that replaces a value without its node (cat::detach) invalidates the values of all rows. The
+// values are copied after reads of nodes, a quarter as many as there are nodes; so a read takes
 // constant time on average, and a vector that is only walked or appended to has no values.
 
 #include "core/cattrhash_detail.h"
@@ -28,10 +28,10 @@ constexpr std::size_t words_of(std::uint32_t capacity, bool with_values) {
 
 constinit std::uint32_t cAttrHash::replaced_unseen_ = 0;
 
-// The next key of a vector that has no table: no search is needed, as no other key can be there.
+// Appends to a vector that has no table. No search is needed: the next key cannot exist yet.
 void cAttrHash::append_next(objref const &value) {
     if (used_ >= (form_ == cHashForm::row ? capacity_ : most_few)) rebuild_row();
-    ++cAttrNode::ob_lstid_; // of the key that the caller would have made
+    ++cAttrNode::ob_lstid_; // the id of the key object that mapitem's caller would have created
     cAttrNode &node = *cAttrNode::lazy_number(value);
     node.hash_ = used_;
     node.table_ = this;
@@ -52,7 +52,7 @@ void cAttrHash::rebuild_row() {
     std::uint32_t const capacity = std::max({first_row, capacity_ + capacity_ / 2, used_});
     auto words = std::make_unique_for_overwrite<cSlotWord[]>(words_of(capacity, has_values_));
     if (is_row) {
-        std::copy_n(words_.get(), used_, words.get()); // without a look at each node
+        std::copy_n(words_.get(), used_, words.get()); // reads no node
     } else {
         cSlotWord *word = words.get();
         for (cAttrNode *node = first(); node; node = next(node))
@@ -67,13 +67,13 @@ void cAttrHash::rebuild_row() {
     capacity_ = capacity;
 }
 
-// There is room for the node, which is the last one.
+// Needs room for the node, which must be the last one.
 void cAttrHash::add_to_row(cAttrNode const &node) noexcept {
     words_[node.hash_] = reinterpret_cast<cSlotWord>(&node);
     note_value(node, node.value_);
 }
 
-// Where there is no memory for them, nodes go on being asked.
+// If there is no memory for the values, reads continue to use the nodes.
 void cAttrHash::copy_values() const noexcept {
     unused_ = 0;
     if (!has_values_) {
@@ -97,7 +97,7 @@ cObj *cAttrHash::value_of_node(int key) const {
     return node ? node->value_.get() : nullptr;
 }
 
-// For the rules: is each value that a look would find the node's?
+// For the rules: is each value in the row the value of its node?
 bool cAttrHash::has_right_values() const noexcept {
     if (!has_values_) return true;
     if (form_ != cHashForm::row) return false;

@@ -1,16 +1,17 @@
 // The table of cAttrHash: search, insertion, removal, growth.
 //
-// Probing: by cProbeSlots. Slots are compared by matches(), which answers for keys of exactly int
-// and string by the cached hash without a call, and asks the stored key's hook for all others. A
-// hook may change the table: `changes_` tells, and the search begins again; hooks that never leave
-// the table in peace are not asked any more after a number of such searches.
+// Probing: by cProbeSlots. matches() compares keys of exactly int and string by the cached hash,
+// without a call, and calls the stored key's hook for all others. A hook may change the table: then
+// `changes_` differs, and the search starts again. After `most_searches` such searches hooks are
+// not called any more.
 //
-// Rebuilding (nobody can tell, as order is the ring's):
+// Rebuilding (invisible, since the ring has the order):
 //   too many live nodes              the next size
-//   too few slots never used         the same size: deleted marks go, so absent keys end early
-//   a very long probe                the same size, once: keys of text and floating types, whose
-//                                    hash a file could be made to collide, get a seeded hash
-// Growing never asks a key for its hash.
+//   too few slots never used         the same size: without tombstones, searches for absent keys
+//                                    end early
+//   a very long probe                the same size, once: keys of text and floating types, which a
+//                                    file can choose so that they collide, get a seeded hash
+// Growing never computes the hash of a key again.
 
 #include "base/seeded_hash.h"
 #include "core/cattrhash_detail.h"
@@ -27,7 +28,7 @@
 
 namespace {
 
-// A sane hook changes a table once or twice (it fills or drops something). Beyond, only keys that
+// An ordinary hook changes the table at most once or twice. After this many searches only keys that
 // are compared without a hook are found.
 constexpr int most_searches = 64;
 
@@ -48,7 +49,7 @@ template <class T> bool holds(objref const &key) noexcept {
 
 __extension__ using cWide = unsigned __int128;
 
-// number % divisor for any number of 32 bits, by the reciprocal of the divisor.
+// For number % divisor with any number of 32 bits: the reciprocal of the divisor.
 constexpr std::uint64_t reciprocal_of(std::uint32_t divisor) noexcept {
     return ~std::uint64_t{0} / divisor + 1;
 }
@@ -57,7 +58,7 @@ constexpr std::uint32_t remainder(std::uint32_t number, std::uint64_t reciprocal
     return static_cast<std::uint32_t>(cWide{reciprocal * number} * divisor >> 64);
 }
 
-// The words of a table, which the reciprocals of what a probe divides by follow.
+// The words of a table, followed by the reciprocals of the two divisors of a probe.
 std::unique_ptr<cSlotWord[]> new_table(std::uint32_t size) {
     auto words = std::make_unique<cSlotWord[]>(std::size_t{size} + 2); // zeroed
     words[size] = reciprocal_of(size);
@@ -99,12 +100,12 @@ template <class Word> bool has_nul(char const *bytes) noexcept {
     std::memcpy(&word, bytes, sizeof word);
     return ((word - each) & ~word & (each << 7)) != 0;
 }
-// Of a text of one to two words.
+// The same for a string of one to two words.
 template <class Word> bool has_nul(std::string_view text) noexcept {
     return has_nul<Word>(text.data()) || has_nul<Word>(text.data() + text.size() - sizeof(Word));
 }
 
-// A call for the few bytes of most keys would cost more than looking at them.
+// Inlined: for the few bytes of most keys a call would cost more than the work.
 [[gnu::always_inline]] inline std::size_t length_to_nul(std::string_view text) noexcept {
     std::size_t const size = text.size();
     if (size >= 8 && size <= 16 && !has_nul<std::uint64_t>(text)) return size;
@@ -114,13 +115,13 @@ template <class Word> bool has_nul(std::string_view text) noexcept {
 
 } // namespace
 
-// As cat::hash_string: a NUL ends it.
+// Like cat::hash_string: a NUL ends the text.
 std::uint32_t text_hash(std::string_view text, bool seeded) {
     return seeded ? seeded_hash_bytes(text.data(), text.size())
                   : cat::hash_bytes(text.data(), length_to_nul(text));
 }
 
-// The hooks of these types are set before any program could set others, and the first ones stay.
+// A type keeps the hooks that it gets first, and these types get theirs before any program runs.
 cKeyKind cAttrHash::kind_of(objref const &key) {
     cTypeObj const *const type = &key->type();
     switch (key->object_class()) {
@@ -158,7 +159,7 @@ std::uint32_t cAttrHash::seeded_hash(cAttrNode const &node) {
                                               : seeded_hash(node.kind_, node.key());
 }
 
-// Of a node that is new here.
+// The hash of a node that is new in this table.
 std::uint32_t cAttrHash::hash_of(cAttrNode const &node) const {
     if (!fits_index(node.kind_)) return search_for(node.key()).hash;
     return node.kind_ == cKeyKind::int_key ? node.hash_ : text_hash(node.key_text(), seeded_);
@@ -224,9 +225,9 @@ cAttrHash::cFound cAttrHash::probe(cSearch const &search) const {
 
 cAttrNode *cAttrHash::locate(objref const &key) const {
     cKeyKind const kind = others_ ? cKeyKind::other : kind_of(key);
-    if (kind == cKeyKind::string_key) return probe(search_for(text_of(key))).node; // asks no hook
+    if (kind == cKeyKind::string_key) return probe(search_for(text_of(key))).node; // calls no hook
     if (kind == cKeyKind::int_key) return probe(search_for(value_of<int>(key))).node;
-    objref const held = key; // it may be that of a node which a hook removes
+    objref const held = key; // may be the key of a node that a hook removes
     for (int searches = 1;; ++searches) {
         cSearch search = search_for(held);
         if (searches > most_searches) search.key = nullptr;
@@ -238,7 +239,7 @@ cAttrNode *cAttrHash::locate(objref const &key) const {
 cAttrNode *cAttrHash::find(objref const &key) const { return key ? locate(key) : nullptr; }
 
 cAttrNode *cAttrHash::find(std::string const &key) const {
-    if (others_) return locate(make_key(key)); // their hooks want to see an object
+    if (others_) return locate(make_key(key)); // the hooks of the other keys expect an object
     return probe(search_for(key)).node;
 }
 
@@ -257,7 +258,7 @@ cAttrNode *cAttrHash::find(int key) const {
     return probe(search_for(key)).node;
 }
 
-// The node of a key that isn't nil, made with the value nil if it is absent.
+// The node of a key that isn't nil; creates it with the value nil if it is absent.
 cAttrNode *cAttrHash::force_node(objref const &key) {
     std::unique_ptr<cAttrNode> made;
     for (int searches = 1;; ++searches) {
@@ -267,7 +268,7 @@ cAttrNode *cAttrHash::force_node(objref const &key) {
         if (found.stale) continue;
         if (found.node && !made) return found.node;
         if (found.node) {
-            made.reset(); // RE-ENTERS: the clone's own code was faster, its clone isn't needed
+            made.reset(); // RE-ENTERS: cloning the key has inserted it, so this clone isn't needed
             continue;
         }
         std::uint32_t const before = changes_;
@@ -281,7 +282,7 @@ cAttrNode *cAttrHash::force_node(objref const &key) {
 // From here to the end nothing runs user code.
 void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) {
     node.hash_ = search.hash;
-    // A clone may be of another type than its source; then its kind tells nothing about the hash.
+    // A clone may have another type than its source; then the source's kind is wrong for it.
     bool const same = search.own_key || node.lazy_ || kind_of(node.key_) == search.kind;
     node.kind_ = same ? search.kind : cKeyKind::other;
     bool const was_seeded = seeded_;
@@ -307,7 +308,7 @@ void cAttrHash::link_node(cAttrNode &node, cFound place, cSearch const &search) 
     check();
 }
 
-// After the last node was put into the table, at a search of that many steps.
+// Called after `last` was put into the table, by a search that took `steps` steps.
 void cAttrHash::grow_table(cAttrNode const &last, std::uint32_t live, std::uint32_t steps) {
     bool const seedable = last.kind_ != cKeyKind::int_key && last.kind_ != cKeyKind::other;
     bool const seed = steps > long_probe && seedable && !seeded_;
@@ -340,7 +341,7 @@ void cAttrHash::unlink_node(cAttrNode &node) noexcept {
 
 // Deletes a node of this hash; its memory stays while it is held. May destroy the hash.
 void cAttrHash::remove(cAttrNode *node) {
-    if (form_ != cHashForm::table) try_table(first_size); // while the node has its key
+    if (form_ != cHashForm::table) try_table(first_size); // needs the node's key
     if (set_index_) [[unlikely]]
         set_index_->leave(*node);
     if (node->refs() > 1) cAttrCursor::leaves(*node);
@@ -349,8 +350,8 @@ void cAttrHash::remove(cAttrNode *node) {
     unlink_node(*node);
     node->dead_ = true;
     node->unhold();
-    value = nullptr; // RE-ENTERS: the table is in order, and is not touched any more
-} //                    RE-ENTERS: the key
+    value = nullptr; // RE-ENTERS: the table is in order, and this function does not use it any more
+} //                    RE-ENTERS: the key is released
 
 void cAttrHash::remove_all() {
     while (cAttrNode *const node = first()) remove(node);
@@ -365,8 +366,8 @@ void cAttrHash::move_before(cAttrNode &node, cAttrNode &place) noexcept {
     ++disturbed_;
 }
 
-// What is known about the keys, so that vector operations needn't walk. The greatest index and
-// `is_vector_` speak of nodes whose key is exactly an int; their hash is that int.
+// Updates what is known about the keys, so that vector operations needn't walk. The greatest index
+// and `is_vector_` are about nodes whose key is exactly an int; their hash is that int.
 void cAttrHash::count_in(cAttrNode const &node) noexcept {
     if (node.kind_ != cKeyKind::int_key) {
         ++no_ints_;
@@ -404,7 +405,7 @@ void cAttrHash::rebuild(std::uint32_t size, bool seed) {
     ++changes_;
 }
 
-// Puts a node into the first free word of its sequence. The number of words looked at.
+// Puts a node into the first free word of its sequence. Returns the number of words visited.
 std::uint32_t cAttrHash::put(cAttrNode &node) noexcept {
     std::uint32_t steps = 1;
     cProbeSlots at = slots_of(node.hash_, words_.get(), size_);
@@ -415,23 +416,23 @@ std::uint32_t cAttrHash::put(cAttrNode &node) noexcept {
     return steps;
 }
 
-// From an index to the table that the same insertions, one by one, would have led to. Which slots
-// are taken shows in the calls of key hooks; so a hash from which something was removed has a table
-// from then on, since its tombstones are part of that.
+// Replaces the index by the table that the same insertions, one by one, would have produced. The
+// calls of key hooks depend on which slots are used, tombstones included. So a hash has a table
+// from the first removal on.
 void cAttrHash::make_table(std::uint32_t size) {
     std::uint32_t const old_size = size_;
     has_values_ = false;
     try {
         replay_insertions(size);
     } catch (...) {
-        form_ = cHashForm::few; // which needs no memory, and holds any number
+        form_ = cHashForm::few; // needs no memory, and can hold any number of nodes
         words_.reset();
         size_ = old_size;
         throw;
     }
 }
 
-// Removing does not fail: without memory for the table the nodes are found by a walk.
+// Never fails, since a removal calls it: without memory for the table, nodes are found by a walk.
 void cAttrHash::try_table(std::uint32_t size) noexcept {
     try {
         make_table(size);

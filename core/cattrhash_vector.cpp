@@ -1,9 +1,9 @@
-// The vector mode of cAttrHash. Keys never move: opening or closing a place moves values from node
-// to node through cAttrNode::operator=, so a type lock may keep one back. Handing on a null that
-// somebody stored removes the receiving node; that closes a place, and the walk ends there.
+// The vector mode of cAttrHash. Keys never move: inserting or removing an index moves values from
+// node to node through cAttrNode::operator=, so a locked type may refuse a value. Moving a stored
+// null removes the node that receives it; this shortens the vector, and the walk ends there.
 //
-// While every key is exactly an int, the greatest index and whether the keys are 0 to n-1 are
-// known from counting; else the ring is walked, since converters of key types are user code.
+// While every key is exactly an int, counters give the greatest index and whether the keys are 0 to
+// n-1. Otherwise the ring is walked, since converters of key types are user code.
 
 #include "core/cattrhash_detail.h"
 #include "core/cattrhash_insert.h"
@@ -13,7 +13,7 @@
 namespace {
 int index_of(objref const &key) {
     int index = -1;
-    return cat::int_of(key, index) ? index : -1; // RUNS USER CODE for keys that are no ints
+    return cat::int_of(key, index) ? index : -1; // RUNS USER CODE for non-int keys
 }
 int index_after(int index) noexcept { return static_cast<int>(static_cast<unsigned>(index) + 1); }
 } // namespace

@@ -1,7 +1,7 @@
-// Keys without an object. A node that the library makes for a string or an int keeps the text
-// after itself, in the same memory, or has the int as its hash. The object is made when somebody
-// asks for the key, and looks as if it had been there from the beginning: its id was reserved with
-// the node, and the census counts it as long as the node has a key.
+// Keys without an object. A node that the library creates for a string or an int stores the text
+// after itself, in the same memory, or has the int as its hash. The key object is created when a
+// caller asks for it, and looks as if it had always existed: the node reserves its id, and the
+// census counts it as long as the node has a key.
 //
 //   lazy_ --make_key()--> key_ --removal--> no key
 //       `-----------------removal-----------^
@@ -16,7 +16,7 @@
 
 namespace {
 
-// Longer ones would be in the heap anyway.
+// Longer strings would need a separate memory block anyway.
 constexpr std::size_t longest_text = 100;
 constexpr std::size_t word = 8;
 
@@ -32,7 +32,7 @@ template <class Word> void copy_ends(unsigned char *to, std::string_view text) n
     std::memcpy(to + last, &end, sizeof(Word));
 }
 
-// As same_text(): without a call for most keys.
+// Like same_text(): makes no call for most keys.
 void copy_text(unsigned char *to, std::string_view text) noexcept {
     std::size_t const size = text.size();
     if (size >= 8 && size <= 16) return copy_ends<std::uint64_t>(to, text);
@@ -62,11 +62,11 @@ inline void cAttrNode::reserve_key() noexcept {
 
 [[gnu::noinline]] cAttrNode *cAttrNode::node_of_long(std::string_view text, objref const &value) {
     objref key = cat::make_value(std::string(text));
-    --ob_lstid_; // it gets its id from the node
+    --ob_lstid_; // the key gets the node's reserved id
     return new cAttrNode(cAdopt(), std::move(key), objref(value));
 }
 
-// The hash of the key, which is the number, is set by the caller.
+// The caller sets the hash of the key, which is the number.
 cAttrNode *cAttrNode::lazy_number(objref const &value) {
     constexpr std::size_t room = words_of(cLazyKey::at_length);
     void *const memory = cPooled::operator new(sizeof(cAttrNode) + word * room);
@@ -90,8 +90,8 @@ cAttrNode *cAttrNode::lazy_node(cKeyKind kind, std::string_view text, objref con
     return node;
 }
 
-// A private copy, so that a caller who changes his key object can't disturb the table. Copies of
-// texts and ints are made without a call, with the same effect as clone() has.
+// A private copy, so that a caller who changes the key object can't damage the table. Strings and
+// ints are copied without a call, with the same effect as clone().
 cAttrNode *cAttrNode::with_key(objref const &key) {
     unsigned const create = cat::method_bit(mid_create);
     switch (cAttrHash::kind_of(key)) {
@@ -107,7 +107,7 @@ cAttrNode *cAttrNode::with_key(objref const &key) {
     return new cAttrNode(key); // RUNS USER CODE
 }
 
-// The object may have got another type since it became the key.
+// A program may have changed the type of the key object since its insertion.
 bool cAttrNode::has_key_of(cKeyKind kind) const noexcept {
     if (lazy_) return kind_ == kind;
     return key_ && cAttrHash::kind_of(key_) == kind;
@@ -129,7 +129,7 @@ void cAttrNode::make_key() const {
         key = make<cObjD<int>>(key_number(), cat::cBuiltinType{core.integer});
     else
         key = make<cObjD<std::string>>(std::string(key_text()), cat::cBuiltinType{core.string});
-    --ob_lstid_; // counted when the node was made
+    --ob_lstid_; // the node has reserved the id
     --ob_count_;
     std::uint32_t id = 0;
     std::memcpy(&id, cLazyKey::of(this), sizeof id);

@@ -12,7 +12,7 @@ typeref base_of(cTypeObj const &type) {
     return typeref::share(dynamic_cast<cTypeObj *>(base.get()));
 }
 
-// The type may have been derived from one that is derived itself: each level gives its own type.
+// The base may be a derived type too: each level sets its own type.
 objref derived_newobj(objref type) {
     auto &own = static_cast<cTypeObj &>(*type);
     typeref const base = base_of(own);
@@ -22,7 +22,7 @@ objref derived_newobj(objref type) {
     return made;
 }
 
-// While it lives, an object has another type.
+// Guard: gives an object another type until the end of the scope.
 class cAsType {
   public:
     cAsType(cObj &obj, cTypeObj &type) : obj_(obj), own_(typeref::share(&obj.type())) {
@@ -37,7 +37,7 @@ class cAsType {
     typeref const own_;
 };
 
-// What the base can be assigned from its own objects.
+// Converts from an object of the base type, with the base's `assign`.
 bool convert_from_base(cObj &obj, objref &source) {
     typeref base = base_of(obj.type());
     while (base && base != &source->type()) base = base_of(*base);

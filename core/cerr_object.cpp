@@ -1,4 +1,4 @@
-// Errors that tell of an object, and the one way of sending what was composed.
+// Errors about an object, and the sending of a composed error.
 
 #include "core/cerr_object.h"
 
@@ -42,7 +42,7 @@ cErrStream &eros(unsigned int code, cObj const &object) {
 
 cErrStream &eros_setattr(cObj const &object, objref const &key) {
     std::string const text =
-        text_hooks.as_text(key); // writing a key may compose an error of its own
+        text_hooks.as_text(key); // first, since writing a key may itself compose an error
     cErrStream &err = eros();
     err.clear();
     err.set_code(err_setattr.code);
@@ -53,7 +53,7 @@ cErrStream &eros_setattr(cObj const &object, objref const &key) {
 }
 
 bool raise_eros() {
-    cErr travelling(eros()); // the stream stays free for errors that arise in the slots
+    cErr travelling(eros()); // frees the stream for errors that slots compose
     cat::sig_error()(travelling);
     return !travelling.isbad();
 }

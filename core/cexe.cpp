@@ -1,5 +1,5 @@
-// Executables: the classes. Each entry of cExeFunction casts the held pointer back to the
-// prototype of its own argument list, after a look at the tag.
+// Executables: the classes. Each entry of cExeFunction tests the tag and casts the stored pointer
+// back to the prototype of its argument list.
 
 #include "qrv/core/cexe.h"
 

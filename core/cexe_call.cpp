@@ -1,6 +1,6 @@
-// Calls by name. An executable is looked up, its argument count held against what was given, and
-// the entry chosen by its flags s and p. The executable is held during the call: it may remove
-// itself from the map that owns it.
+// Calls by name. A call looks up the executable, compares the number of arguments, and chooses the
+// entry by the flags s and p. It holds the executable during the call, since that may remove itself
+// from the map that owns it.
 
 #include "core/cerr_object.h"
 #include "core/cmember_lookup.h"
@@ -38,13 +38,13 @@ objref call_procedure(cExeObj const &exe, cObj *obj, arguments rest) {
     if (!obj) return cat::bad();
     objref const held = objref::share(obj); // the procedure may remove its last owner
     if (rest.size() == 0) return of_bool(exe.pexecute(*obj));
-    objref a = rest.begin()[0]; // copies, which the procedure may change
+    objref a = rest.begin()[0]; // copies: the procedure may change them
     if (rest.size() == 1) return of_bool(exe.pexecute(*obj, a));
     objref b = rest.begin()[1];
     return of_bool(exe.pexecute(*obj, a, b));
 }
 
-// Without a self: functions take the arguments, procedures the first one as their object.
+// A call without `self`: functions get all arguments, procedures the first one as their object.
 objref call_plain(cExeObj const &exe, arguments args) {
     objref const *const a = args.begin();
     if (!exe.p() || args.size() == 0) return call_function(exe, args);
@@ -149,7 +149,8 @@ objref cObj::call(cObj *obj, std::string const &name, objref const &a, objref co
 
 namespace cat {
 
-// Without result objects for the usual member: a procedure of the object and the argument.
+// The usual member is a procedure of the object and the argument; for it no result object is
+// created.
 bool call_succeeds(cObj &obj, cMemberName const &name, objref const &a) {
     objref argument = a; // the lookup may run user code
     objref const found = member_named(obj, name);

@@ -1,7 +1,7 @@
 #pragma once
-// The object that clone() has made and is filling. While nobody else holds it, it isn't anywhere
-// below the source, and no walk through all that the source holds is needed to see that: a fifth
-// of the time of a deep copy.
+// Marks the object that clone() has created and is filling. While nobody else holds it, it cannot
+// be below the source, so clone() need not search the source for it. That saves a fifth of the time
+// of a deep copy.
 
 #include "qrv/core/cobj.h"
 
@@ -16,7 +16,7 @@ class cFresh {
     cFresh &operator=(cFresh const &) = delete;
     ~cFresh() { innermost = outer_; }
 
-    // Is this the object, held by clone() and at most by that many others?
+    // Is `target` that object, held by clone() and by at most `others` others?
     static bool is_held_by(cObj const &target, unsigned others) noexcept {
         return innermost == &target && target.refs() <= 1 + others;
     }

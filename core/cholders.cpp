@@ -9,7 +9,7 @@ constinit bool cObj::holders_known_ = true;
 
 namespace {
 
-constinit cVoidFunction of_library[8] = {}; // the functions `iterobj` of its types; null at the end
+constinit cVoidFunction of_library[8] = {}; // its types' `iterobj` functions; null at the end
 
 } // namespace
 

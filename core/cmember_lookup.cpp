@@ -5,7 +5,7 @@
 
 namespace {
 
-// Does making a key object for a look-up run no method that a program has given to strings?
+// Can a key object be created without running a method that a program has given to strings?
 bool makes_keys_quietly() noexcept {
     return core.string && cat::is_builtin(*core.string, cat::method_bit(mid_create));
 }
@@ -16,7 +16,7 @@ cAttrNode const *find(cAttrHash const *hash, cat::cMemberName const &name) {
     return hash ? cAttrInsert::find(*hash, name) : nullptr;
 }
 
-// cObj::is_good, without a call.
+// Like cObj::is_good, inlined.
 bool is_good(cObj const *value) noexcept {
     return value && value != core.bad->get() && value != core.badfind->get();
 }
@@ -27,8 +27,9 @@ objref const &value_or_badfind(cAttrNode const *node) {
 
 } // namespace
 
-// Programs call the same few members of a type again and again, so the type remembers the node that
-// was found last. It is held, and so can be asked whether it is still a member under that name.
+// Programs call the same few members of a type again and again, so each type caches the node that
+// was found last. The cache holds the node, so it can test whether that is still a member of this
+// name.
 struct cLastMember {
     static cAttrNode const *find(cTypeObj const &type, cat::cMemberName const &name) {
         cAttrNode const *&last = type.last_member_.node;

@@ -1,5 +1,6 @@
 #pragma once
-// Members by name, for callers that know the hash of the name: each hash is searched once with it.
+// Finds members by name for callers that know the hash of the name. Each hash table is searched
+// once.
 
 #include "core/cattrhash_insert.h"
 #include "qrv/core/cexe.h"
@@ -8,12 +9,12 @@ namespace cat {
 
 using cMemberName = cAttrInsert::cKnownText;
 
-// As cObj::gmember and cat::gmember. A key object is created, and user code runs, only where a key
-// of such a hash or the type string has hooks or methods of its own.
+// Like cObj::gmember and cat::gmember. Creates a key object and RUNS USER CODE only if a key of a
+// searched table, or the type string, has its own hooks or methods.
 objref member_named(cObj const &obj, cMemberName const &name);
 objref global_member_named(cMemberName const &name);
 
-// cObj::call with one argument: is the result good? core/cexe_call.cpp
+// cObj::call with one argument; true if the result is good. In core/cexe_call.cpp.
 bool call_succeeds(cObj &obj, cMemberName const &name, objref const &a);
 
 // Borrowed; null if the object is not an executable.

@@ -10,7 +10,7 @@ cTypeModifier::cTypeModifier(cTypeObj &type, std::string const &key, objref valu
 cTypeModifier::~cTypeModifier() {
     try {
         if (type_) type_->set_tmember(key_, previous_);
-    } catch (...) { // a refused member is on the error route already
+    } catch (...) { // the error of a refused member has been reported
     }
 }
 

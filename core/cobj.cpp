@@ -1,5 +1,5 @@
-// The universal object: identity, states, dispatch. The sequence of every dispatched operation is
-// the same: tests, the object's own executable if it has one, else the type's table.
+// The universal object: identity, states, dispatch. Every dispatched operation has the same
+// sequence: tests, then the object's own executable if there is one, else the type's table.
 
 #include "qrv/core/cobj.h"
 
@@ -25,8 +25,8 @@ bool refuse_const(char const *method, cObj const &source) {
 
 objref share(cObj const &obj) { return objref::share(const_cast<cObj *>(&obj)); }
 
-// While an own method runs it and its object live: it may remove itself, or its object's last
-// owner.
+// Keeps an object and its own method alive during the call: the method may remove itself, or the
+// object's last owner.
 struct cDuring {
     cDuring(cObj const &obj, cObj *exe)
         : self(objref::share(const_cast<cObj *>(&obj))), method(objref::share(exe)) {}
@@ -38,7 +38,8 @@ struct cDuring {
     objref const method;
 };
 
-// A stream lent to a method. What the method keeps of it has no stream afterwards.
+// A stream that a method may use during its call. An object of it that the method stores has no
+// stream afterwards.
 template <class Stream> struct cLentStream {
     struct cHolder : cObjDR<Stream> {
         explicit cHolder(Stream &stream) : cObjDR<Stream>(stream) { this->obid(0); }
@@ -87,7 +88,7 @@ void cObj::set_type(cTypeObj *type) noexcept {
     if (old) old->leave_object(); // RE-ENTERS
 }
 
-// The members go first: what their destructors call may still ask this object for its type.
+// Releases the members before the type: code that their destructors call may still need the type.
 void cObj::release_type() noexcept {
     ommap_ = nullptr;  // RE-ENTERS
     set_type(nullptr); // RE-ENTERS
@@ -168,7 +169,7 @@ bool cObj::assign(objref const &source) {
 bool cObj::assign(cObj const &source) {
     if (is_void()) return false;
     if (is_void(&source)) return true;
-    objref ref = share(source); // held for the length of the call
+    objref ref = share(source); // held during the call
     if (flags_of(of_const) && !refuse_const("assign", source)) return false;
     if (cExeObj *exe = nullptr; own_method(mid_assign, exe)) {
         cDuring const held(*this, exe);
@@ -227,7 +228,7 @@ bool cObj::write(std::ostream &os) const {
     return type().pexec(mid_write, self, holder);
 }
 
-bool cObj::read(std::istream &is) { // no own method here: only the type knows its text
+bool cObj::read(std::istream &is) { // ignores the object's own methods: only the type can read
     cLentStream<std::istream> const lent(is);
     objref holder = lent.holder;
     return type().pexec(mid_read, *this, holder);
@@ -284,7 +285,7 @@ objref cObj::clone(bool rethrow) const {
 
 namespace {
 
-// The holders of the library's constants are shared by the whole process.
+// Does this reference hold one of the library's constants, which the whole process shares?
 bool is_constant_holder(objref const &ref) {
 #define QRV_SAME(name)                                                                             \
     if (&ref == core.name) return true;
@@ -300,8 +301,8 @@ bool cat::detach_value(objref const &ref) {
     if (ref->refs() <= 1) return true;
     objref copy = ref->clone(false);
     if (!cObj::is_good(copy)) return false;
-    if (ref) ref->before_change(); // a set may have it; clone() may have made the reference null
-    cHolders::enter_unseen(*copy); // the reference may be a node's
+    if (ref) ref->before_change(); // a set may index it; clone() may have set the reference to null
+    cHolders::enter_unseen(*copy); // the reference may belong to a node
     cAttrInsert::note_unseen();
     const_cast<objref &>(ref) = std::move(copy);
     return true;

@@ -1,5 +1,5 @@
-// Members of objects: what lives in ommap, the lookup object, type, global, and comments. Two keys
-// are reserved: "changed" (a signal) and "//" (the comment).
+// Members of objects, which ommap stores; their lookup in the object, its type and the global
+// members; and comments. Two keys are reserved: "changed" (a signal) and "//" (the comment).
 
 #include "core/cerr_object.h"
 #include "core/cholders.h"
@@ -16,8 +16,8 @@
 
 namespace {
 
-// What gmember_ gives for a key that can't be stored or is not found again: emptied at each such
-// call, so that nothing written to it is ever read.
+// gmember_ returns this for a key that can't be stored or is not found again. Each such call
+// empties it, so that a value written to it is never read.
 objref &scratch_member() {
     static constinit objref scratch;
     scratch = nullptr;
@@ -34,7 +34,7 @@ bool cObj::append(objref const &item) {
 
 void cObj::append_dissection(std::string const &text, char delimiter) {
     objref const self = objref::share(this);
-    std::istringstream pieces(text); // a copy: what is appended to may own the text
+    std::istringstream pieces(text); // a copy: the target may own the text
     std::string piece;
     while (std::getline(pieces, piece, delimiter)) append(cat::of(piece)); // RUNS USER CODE
 }
@@ -54,23 +54,23 @@ void cObj::leave_ommap() noexcept {
 }
 
 void cObj::ommap(hashref const &hash) {
-    objref self = objref::share(this); // the old map may hold its last owner
+    objref self = objref::share(this); // the old map may hold the last owner of this object
     if (hash != ommap_) leave_ommap();
     hashref old = std::exchange(ommap_, hash);
     if (ommap_) ommap_->father(this, false);
     if (ommap_) cHolders::note_members(*ommap_);
     old = nullptr;                 // RE-ENTERS
-    if (self->refs() == 1) return; // and it goes now
+    if (self->refs() == 1) return; // only `self` is left, so the object is destroyed now
     self = nullptr;
-    changed(); // RE-ENTERS: fires what stands in the new map
+    changed(); // RE-ENTERS: fires the signal of the new map
 }
 
 bool cObj::set_omember(std::string const &key, objref value) {
     return set_omember(own_key(key), std::move(value));
 }
 
-// False: not to be stored, and `result` is what set_omember answers. The flag of the type is only a
-// claim.
+// If false, the value must not be stored, and set_omember returns `result`. The flag of the type
+// only claims that the object is executable, so the class is tested too.
 bool cObj::may_be_member(objref const &key, objref const &value, bool &result) {
     cExeObj *const exe = cat::as_exe(value);
     if (exe) {
@@ -90,13 +90,13 @@ bool cObj::set_omember(objref const &key, objref value) {
     bool const executable = value && value->is_exe();
     if (bool result = false; executable && !may_be_member(key, value, result)) return result;
     if (!ommap_) ommap_ = make<cAttrHash>(this);
-    objref self = objref::share(this); // what stood there may have been its last owner
+    objref self = objref::share(this); // the old value may be the last owner of this object
     bool const stored = hashref(ommap_)->mapitem(key, value); // RE-ENTERS
     if (stored && executable) setflags(of_exe_member);
     if (ommap_ && ommap_->empty()) ommap(hashref());
-    if (self->refs() == 1) return stored; // and it goes now
+    if (self->refs() == 1) return stored; // only `self` is left, so the object is destroyed now
     self = nullptr;
-    changed(); // RE-ENTERS: this object may be gone afterwards
+    changed(); // RE-ENTERS: may destroy this object
     return stored;
 }
 
@@ -171,7 +171,7 @@ bool cObj::get_comment(std::string &text) const {
 
 // Only an object with members can have the signal.
 void cObj::changed() const {
-    if (ommap_ && core.fire_changed) core.fire_changed(*this); // RE-ENTERS: *this may be gone
+    if (ommap_ && core.fire_changed) core.fire_changed(*this); // RE-ENTERS: may destroy *this
 }
 
 bool cObj::set_comment(std::string const &text, bool replace) {

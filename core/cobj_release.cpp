@@ -1,7 +1,6 @@
-// Destroying objects. An object's destructor releases what it holds, which may be the last count
-// of the next object, and so on: a chain of any length must not eat the stack. Up to max_depth
-// destructors nest, in the natural order; whatever is released below that waits in a list that
-// the outermost release drains.
+// Destroys objects. A destructor releases other objects, which may be destroyed in turn, and so on:
+// a chain of any length must not exhaust the stack. Up to max_depth destructors nest, in their
+// natural order. Objects released deeper wait in a list, which the outermost release empties.
 
 #include "core/cregistry.h"
 #include "qrv/core/cobjd.h"
@@ -15,7 +14,7 @@ namespace {
 constexpr int max_depth = 1000;
 
 constinit int depth = 0;
-constinit std::vector<cObj *> *waiting = nullptr; // exists only while something waits
+constinit std::vector<cObj *> *waiting = nullptr; // exists only while objects wait
 
 struct cDepthStep {
     cDepthStep() noexcept { ++depth; }
@@ -25,7 +24,7 @@ struct cDepthStep {
 };
 
 void kill(cObj *target) {
-    target->incref(); // a destructor may hand out its object, which must not die of that again
+    target->incref(); // a destructor may share its object; releasing that must not destroy it again
     delete target;    // RE-ENTERS: may add to the list
 }
 
@@ -51,7 +50,7 @@ bool cRefTraits<cObj>::release(cObj const *target) noexcept { return target->dec
 
 namespace {
 
-// A type that counts its objects ends with the last of them, which destroys it.
+// A type that counts its objects is destroyed by the last of them.
 bool has_objects(cObj const &target) noexcept {
     auto const *const type = dynamic_cast<cTypeObj const *>(&target);
     return type && type->objects() != 0;
@@ -74,7 +73,7 @@ template <class T> bool is_exactly(cObj const &obj) noexcept { return &typeid(ob
 } // namespace
 
 bool cat::is_library_class(cObj const &obj) noexcept {
-    if (obj.holds_type()) return false; // it may be the last one, and the type of any class
+    if (obj.holds_type()) return false; // may be the type's last object; types can be of any class
     switch (obj.object_class()) {
     case cObjClass::string:
         return is_exactly<cObjD<std::string>>(obj);
@@ -97,7 +96,7 @@ bool cat::is_library_class(cObj const &obj) noexcept {
 
 namespace {
 
-// What the destructors come down to for exactly this class, without members: 60 instead of 120
+// Does the work of the destructors for exactly this class without members. Takes 60 instead of 120
 // instructions for the key and the value of an entry.
 template <class T> bool destroy_exactly(cObj *target) noexcept {
     if (!is_exactly<cObjD<T>>(*target)) return false;
@@ -111,7 +110,7 @@ template <class T> bool destroy_exactly(cObj *target) noexcept {
 
 bool cat::destroy_scalar(cObj *target) {
     if (target->has_ommap() || depth >= max_depth) return false;
-    switch (target->class_) { // of none of these if it holds its type
+    switch (target->class_) { // matches no case if the object holds its type
     case int(cObjClass::string):
         return destroy_exactly<std::string>(target);
     case int(cObjClass::integer):

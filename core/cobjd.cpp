@@ -1,4 +1,4 @@
-// Value objects: the instantiations, and the small conversions between objects and plain values.
+// Value objects: the instantiations of their templates, and conversions from and to plain values.
 
 #include "qrv/core/cobjd.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 // The process-wide pointers of the object core, each null until the bootstrap has filled it. The
-// library reads them here where null is possible or the test for start-up would cost; everyone
-// else uses the accessors of qrv/core/ctypes.h.
+// library reads them directly where null is possible or where the accessors' test for start-up is
+// too expensive. All other code uses the accessors of qrv/core/ctypes.h.
 
 #include "qrv/core/ceros.h"
 #include "qrv/core/ctypes.h"
@@ -46,8 +46,8 @@ struct cCore {
     cMapObj *gmmap;
     cMapObj *dbase;
     cAttrHash *type_hash;   // what typemap shares
-    cAttrHash *const_hash;  // that of constmap
-    cAttrHash *global_hash; // that of gmmap
+    cAttrHash *const_hash;  // what constmap shares
+    cAttrHash *global_hash; // what gmmap shares
     cSignal1<cErr &> *sig_error;
     cErrHandler *errhandler;
     cErrStream *eros;
@@ -55,10 +55,10 @@ struct cCore {
     cat::cCoreState state;
     std::uint32_t counting_types; // living types that count their objects
 
-    // What higher layers install, null until then.
+    // Higher layers install these; null until then.
     typeref (*make_type)(std::string const &name); // by a factory, or null; before the first types
     void (*fire_changed)(cObj const &obj);         // with the first type of a signal or slot
-    // Releases the types that have left a scope, and destroys those that only each other keeps.
+    // Releases the types that have left a scope, and destroys types that only hold each other.
     void (*free_types)(std::vector<typeref> &left);
     std::type_info const *map_classes[3]; // cMapObj and its own subclasses
 };
@@ -68,18 +68,19 @@ extern constinit cCore core;
 namespace cat {
 void create_core(); // start/bootstrap.cpp; for core_bootstrap() alone
 
-// Is destroying an object of exactly this class the library's own affair, but for what it holds?
+// Is the object exactly of a class of the library, so that only what it holds can run user code
+// when it is destroyed?
 bool is_library_class(cObj const &obj) noexcept;
-// Destroys an object that only the caller holds, if that is a scalar of the library's own class,
-// without members: no user code runs. Else false.
+// Destroys an object that only the caller holds if it is a scalar of the library's own class
+// without members. Runs no user code. False, without an effect, for all other objects.
 bool destroy_scalar(cObj *target);
 
-// cat::detach without what is below the value.
+// cat::detach for the value alone, without the values below it.
 bool detach_value(objref const &ref);
 
 // Throws cErr(1): the name of a type is taken.
 [[noreturn]] void throw_duplicate(std::string const &name);
 
-// The method `assign` of strings, which the first types need before there are members.
+// The method `assign` of strings. The first types need it before members exist.
 bool assign_string(cObj &obj, objref &source);
 } // namespace cat

@@ -1,8 +1,7 @@
 // The scalar types: string, bool, int, float, double. Every method works on `value`, so it serves
-// objects that own their value and objects that refer to one alike. Methods are called by name on
-// anything, and any object can claim the type: without a value they answer false or cat::bad().
-// What writes and reads their
-// text stands with the writer and the reader; the bootstrap puts it in.
+// objects that own their value and objects that refer to one. Methods can be called by name on any
+// object, and any object can claim the type: without a value they return false or cat::bad(). The
+// writer and the reader contain the functions for the text form; the bootstrap installs them.
 
 #include "core/cscalar.h"
 
@@ -29,7 +28,7 @@ bool same_type(cObj const &obj, objref const &other) {
     return other && &obj.type() == &other->type();
 }
 
-// The values of two objects of one type; false if there are none to compare.
+// The values of two objects of one type; false if an object has no value to compare.
 template <class T> struct cValues {
     cValues(cObj const &obj, objref const &other) {
         if (!same_type(obj, other)) return;
@@ -119,7 +118,7 @@ void order_methods(cTypeObj &type, cProcedure2 equal_method, cProcedure2 less_me
     if (less_method) type.set_tmember("less", make<cExeMember>(less_method));
 }
 
-// Converters: destination D from source S; each is told as the value of D.
+// Converters from S to D.
 template <class D, class S> D converted(S const &value) { return static_cast<D>(value); }
 
 template <> bool converted(int const &value) { return value != 0; }
@@ -128,10 +127,10 @@ template <> int converted(float const &value) { return cat::to_int(value); }
 
 template <> int converted(double const &value) { return cat::to_int(value); }
 
-// Beyond a float's range the result is infinite, as the processor rounds.
+// Beyond the range of float the result is infinite, as the processor rounds.
 template <> float converted(double const &value) {
     constexpr double limit = std::numeric_limits<float>::max();
-    // What lies within half a step above the greatest float still rounds down to it.
+    // Numbers less than half a step above the greatest float are rounded down to it.
     constexpr double half_step = 0x1.ffffffp127;
     if (value > limit && value < half_step) return std::numeric_limits<float>::max();
     if (value < -limit && value > -half_step) return -std::numeric_limits<float>::max();

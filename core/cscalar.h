@@ -1,6 +1,6 @@
 #pragma once
-// How the library reads the value of a scalar object, and what the bootstrap calls to make the
-// scalar types: their set-up functions, and what is added after all of them exist.
+// Access to the value of a scalar object, and the functions by which the bootstrap sets up the
+// scalar types.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -8,15 +8,15 @@
 #include <cassert>
 
 namespace cat {
-// The T that an object holds, borrowed; null for a null object and for one that does not hold a T,
-// since set_type lets any object claim any type. T is one of the five built-in kinds of values.
+// The T that an object holds, borrowed. Null for a null object and for an object that does not hold
+// a T: set_type lets any object claim any type. T is one of the five built-in kinds of values.
 template <class T> T const *value_in(cObj const *obj) noexcept {
     static_assert(class_of_value<T> != cObjClass::other);
     bool const holds = obj && obj->object_class() == class_of_value<T>;
     assert(holds == (dynamic_cast<cObjDR<T> const *>(obj) != nullptr));
     return holds ? static_cast<cObjDR<T> const *>(obj)->valptr() : nullptr;
 }
-// The same, to be changed at once.
+// The same, for a caller that changes the value at once.
 template <class T> T *value_to_change(cObj *obj) noexcept {
     return value_in<T>(obj) ? static_cast<cObjDR<T> *>(obj)->value_to_change() : nullptr;
 }
@@ -28,12 +28,13 @@ void setup_bool(cTypeObj &type);
 void setup_int(cTypeObj &type);
 void setup_float(cTypeObj &type);
 void setup_double(cTypeObj &type);
-void set_scalar_additions(); // "add", and the "size" of a string
+void set_scalar_additions(); // after all scalar types exist: "add", and the "size" of a string
 void set_scalar_converters();
-// The method "assign" of int, for types that stand on it: the same type, else by converter.
+// The method "assign" of int, for types that are based on int. Copies a value of the same type, and
+// converts others.
 bool assign_int(cObj &obj, objref &source);
-// Is this type exactly the library's string, int or bool, without an "equal" that a program gave
-// it? Then two objects are equal when their values are, and comparing them runs no user code.
+// Is this exactly the library's string, int or bool, without a program's "equal"? Then comparing
+// two objects compares their values and runs no user code.
 bool compares_plainly(cTypeObj const &type) noexcept;
 // Does the object hold a string, int or bool, and is it of such a type?
 bool is_plain(cObj const &value) noexcept;

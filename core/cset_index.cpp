@@ -9,19 +9,19 @@
 
 namespace {
 
-constexpr std::uint32_t most_walked = 8; // entries of a hash that needs no index
+constexpr std::uint32_t most_walked = 8; // a hash with at most this many entries needs no index
 constexpr std::size_t first_capacity = 32;
-constexpr std::size_t longest_probe = 64; // entries that would need more are loose
+constexpr std::size_t longest_probe = 64; // an entry that would need a longer one is loose
 
-// The living indexes by their number less one, null where one has ended, and the numbers less one
-// that are free.
+// The existing indexes. Index number n is at position n - 1, which is null and in `free` if it was
+// destroyed.
 struct cLiving {
     std::vector<cSetIndex *> indexes;
     std::vector<std::size_t> free;
 };
 
 cLiving &living() {
-    static auto *const all = new cLiving; // client statics may outlive any other
+    static auto *const all = new cLiving; // never destroyed: static objects of clients may use it
     return *all;
 }
 
@@ -29,7 +29,7 @@ std::size_t place_for(cSetIndex &index) {
     auto &[indexes, free] = living();
     if (free.empty()) {
         indexes.push_back(nullptr);
-        free.reserve(indexes.capacity()); // so that the end of an index needs no memory
+        free.reserve(indexes.capacity()); // so that destroying an index needs no memory
         free.push_back(indexes.size() - 1);
     }
     std::size_t const place = free.back();
@@ -42,7 +42,7 @@ std::uint16_t number_of(std::size_t place) {
     return static_cast<std::uint16_t>(std::min<std::size_t>(place + 1, cSetIndex::several));
 }
 
-// Only such objects can be equal to a plain value.
+// Is it of a class whose objects can be equal to a plain value?
 bool is_of_plain_class(cObj const *value) noexcept {
     if (!value) return false;
     cObjClass const kind = value->object_class();
@@ -53,7 +53,7 @@ template <class T> bool is_own(cObj const &value, cTypeObj const *type) noexcept
     return &value.type() == type && typeid(value) == typeid(cObjD<T>);
 }
 
-// Does it hold its value itself, and is it of the library's own class and type?
+// Does the object store its value itself, and are its class and type the library's own?
 bool is_own_plain(cObj const &value) noexcept {
     switch (value.object_class()) {
     case cObjClass::string:
@@ -71,7 +71,7 @@ template <class T> bool same(cObj const &a, cObj const &b) noexcept {
     return *cat::value_in<T>(&a) == *cat::value_in<T>(&b);
 }
 
-// Of two plain values.
+// Compares two plain values.
 bool same_value(cObj const &a, cObj const &b) noexcept {
     if (a.object_class() != b.object_class()) return false;
     switch (a.object_class()) {
@@ -124,9 +124,9 @@ bool cSetIndex::holds_plain(cObj const &value) {
     return false;
 }
 
-// What was loosened for a change that is over.
+// Returns entries to the table that were loosened for a change that is complete.
 void cSetIndex::settle_loose() {
-    while (3 * (count_ + loose_.size()) > 2 * table_.size()) grow(); // not while they are walked
+    while (3 * (count_ + loose_.size()) > 2 * table_.size()) grow(); // before the loose are walked
     for (auto place = loose_.begin(); place != loose_.end();) {
         cAttrNode &node = **place;
         bool const is_outside = !node.given_out_ && !is_of_plain_class(node.valref());
@@ -147,7 +147,7 @@ void cSetIndex::put_or_loosen(cAttrNode &node) {
     if (!put(node)) loose_.insert(&node);
 }
 
-// False for an entry that must be, or stay, loose.
+// Puts an entry into the table; false if it must be loose.
 bool cSetIndex::put(cAttrNode &node) {
     cObj const *const value = node.valref();
     if (node.given_out_ || !value || value->index_ == given_out || !is_own_plain(*value))
@@ -204,7 +204,7 @@ bool cSetIndex::take_out(cAttrNode const &node) noexcept {
     return false;
 }
 
-// Entries that follow move up, so that a probe for them meets no gap.
+// Moves the following entries up, so that a probe for them meets no gap.
 void cSetIndex::remove_at(std::size_t at) noexcept {
     std::size_t const mask = table_.size() - 1;
     for (std::size_t next = (at + 1) & mask; table_[next].node; next = (next + 1) & mask) {
@@ -235,7 +235,7 @@ void cSetIndex::loosen_value(cObj const &value) noexcept {
     std::size_t at = hash_of(value) & mask;
     while (cAttrNode *const node = table_[at].node) {
         if (node->valref() == &value)
-            loosen(*node); // another entry may be here now
+            loosen(*node); // moves another entry to this place
         else
             at = (at + 1) & mask;
         if (failed_) return;

@@ -1,16 +1,17 @@
 #pragma once
-// Which plain values the entries of a hash hold: the strings, ints and bools of the library's own
-// types. A set asks it before it appends, so it lives as long as the hash has entries.
+// An index of the plain values in a hash: the strings, ints and bools of the library's own types. A
+// set searches it before it appends. The index exists as long as the hash has entries. Each entry
+// is in one of three states:
 //
 //   outside   the entry holds nothing that a plain value could equal
 //   table     found by the hash of its value
 //   loose     compared one by one: its value may have changed, or may change without notice
 //
-// An entry moves from the table to the loose ones before its value is replaced or changed, and back
-// at the next question. It stays loose while its value is an object that refers to a value that
-// lives elsewhere, or of a class that a program derived; for good once cAttrNode::valref_() gave
-// out the reference or cObjDR<T>::val() the value. Of which index its value is a part is known to
-// the object (cObj::index_), so that a change of any other object costs one test.
+// An entry becomes loose before its value is replaced or changed, and returns to the table at the
+// next search. It stays loose while its value is an object that refers to a value elsewhere, or an
+// object of a class that a program derived. It stays loose for good once cAttrNode::valref_() has
+// returned the reference or cObjDR<T>::val() the value. Each object stores which index has its
+// value (cObj::index_), so a change of any other object costs one test.
 
 #include "qrv/core/cattrhash.h"
 
@@ -19,8 +20,8 @@
 
 class cSetIndex {
   public:
-    // Does an entry hold a value that equals this one, which is the left side? Hashes beyond a few
-    // entries get an index. RUNS USER CODE if the value is not plain.
+    // Does an entry hold a value for which value.equal(entry's value) is true? A hash with more
+    // than a few entries gets an index. RUNS USER CODE if the value is not plain.
     static bool holds(cAttrHash &hash, objref const &value);
 
     explicit cSetIndex(cAttrHash const &hash);
@@ -31,10 +32,10 @@ class cSetIndex {
     void enter(cAttrNode &node) noexcept;  // a new entry
     void leave(cAttrNode &node) noexcept;  // before the entry, or its value, is removed
     void loosen(cAttrNode &node) noexcept; // before its value is replaced
-    // Before the value of an object changes that is a part of some index.
+    // Call before the value of an object changes that is in an index.
     static void loosen(cObj const &value) noexcept;
 
-    // Is each entry of the hash where it must be?   O(n)
+    // Is each entry of the hash in its right state?   O(n)
     bool is_whole(cAttrHash const &hash) const;
 
     static constexpr std::uint16_t several = 0xFFFE; // for cObj::index_: more than one index
@@ -61,7 +62,7 @@ class cSetIndex {
 
     std::size_t const place_; // among the living indexes
     std::uint16_t const id_;
-    bool failed_ = false; // without memory: everything is compared by walking
+    bool failed_ = false; // memory ran out: searches compare all entries
     std::uint64_t const factor_;
     std::vector<cEntry> table_; // open-addressed, a power of two; no tombstones
     std::size_t count_ = 0;     // of the table

@@ -1,13 +1,12 @@
 #pragma once
 // How an open-addressed table is searched, and when it grows. cAttrHash and the list of a
-// repository depend on these, with the checks of their rules (H5, R3); both have slots that were
-// never used, slots of live entries, and tombstones. Each has its own probe loop: that of cAttrHash
-// compares by hooks that may change the table, and passes most nodes by a tag in their words.
+// repository use these, and so do the checks of their rules H5 and R3. In both, a slot was never
+// used, has a live entry, or is a tombstone. Each has its own probe loop: the one of cAttrHash
+// compares by hooks that may change the table, and skips most nodes by a tag in their words.
 
 #include <cstdint>
 
-// Slots of a new table, one of the sizes that tables grow through: room for 77 entries, which is
-// more than most maps have.
+// Slots of a new table: room for 77 entries, which is more than most maps have.
 constexpr std::uint32_t first_size = 97;
 
 // The slots of a probe, in order: the first is hash mod size, the step (hash mod (size - 2)) + 1.
@@ -39,8 +38,8 @@ constexpr bool is_too_full(std::uint32_t live, std::uint32_t size) noexcept {
     return live * std::uint64_t{100} > size * grow_percent;
 }
 
-// One slot in so many must never have been used. With fewer the tombstones are cleared away, or
-// searches for absent keys would pass them all.
+// One slot in this many must never have been used. If there are fewer, the table is rebuilt without
+// tombstones: otherwise a search for an absent key would visit all of them.
 constexpr std::uint32_t unused_part = 8;
 
 constexpr bool is_worn(std::uint32_t unused, std::uint32_t size) noexcept {

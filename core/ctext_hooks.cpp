@@ -1,4 +1,4 @@
-// The table of what text/ does for the layers below it, as it is before the core is started.
+// The table of functions of text/, as it is before the core is started.
 
 #include "core/ctext_hooks.h"
 

@@ -1,8 +1,8 @@
 #pragma once
-// What the layers below text/ need of it: the text of an object, and the methods `write` and `read`
-// of each kind of type. cat::install_text() (text/read/ctext_methods.h) fills the table as the
-// bootstrap's first step, and it stays filled for the life of the process. From text/ upwards the
-// functions are called directly.
+// The functions of text/ that lower layers need: the text of an object, and the methods `write` and
+// `read` of each kind of type. cat::install_text() (text/read/ctext_methods.h) fills the table in
+// the bootstrap's first step, for the life of the process. Code in text/ and above calls the
+// functions directly.
 
 #include "qrv/core/cexe.h"
 
@@ -15,12 +15,12 @@ struct cTextMethods {
 };
 
 struct cTextHooks {
-    // Until the table is filled these three start the object core, which fills it.
+    // Until the table is filled, these three start the object core, which fills it.
     std::string (*as_text)(objref const &);         // cat::as_text
     std::string (*as_string)(objref const &);       // cat::as_string
     bool (*writeobj)(cObj const &, std::ostream &); // cObj::writeobj
 
-    cTextMethods voiddata{}; // of types that bring no text
+    cTextMethods voiddata{}; // for types without a written form
     cTextMethods integer{}, float_number{}, double_number{}, string{}, boolean{};
     cTextMethods map{}, vector{}, set{};
     cTextMethods attspec{};

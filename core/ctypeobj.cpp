@@ -17,7 +17,7 @@
 
 namespace {
 
-// Types of these names are made by the bootstrap itself, or by a caller that must wait for it.
+// Types with these names are created by the bootstrap itself, or by a caller that must wait for it.
 #define QRV_NAME(name, accessor, text) text,
 constexpr char const *builtin_names[] = {QRV_CORE_TYPES(QRV_NAME) "unsigned"};
 #undef QRV_NAME
@@ -34,8 +34,8 @@ bool equal_default(cObj &a, objref &b) { return b == &a; }
 
 objref iterobj_default(objref) { return cat::bad(); }
 
-// The three methods that make string objects usable before there are members. They stay with the
-// types of executables and of types, whose objects have no value to assign.
+// The three methods that make string objects usable before members exist. Types of executables and
+// type types keep them, since their objects have no value to assign.
 objref raw_newobj(objref) { return make<cObjD<std::string>>(); }
 
 bool raw_assign(cObj &obj, objref &source) {
@@ -76,7 +76,7 @@ void cTypeObj::count_objects() noexcept {
     if (!std::exchange(counts_, true)) ++core.counting_types;
 }
 
-// Without another owner the type has waited for its last object.
+// If the type has no other owner, it has only waited for its last object.
 void cTypeObj::leave_object() {
     if (--objects_ == 0 && refs() == 0) cRefTraits<cObj>::destroy(this);
 }
@@ -133,7 +133,7 @@ static_assert(std::size(methods) == mid_count);
 QRV_METHODS(QRV_METHOD)
 #undef QRV_METHOD
 
-// An executable has the arguments and the kind of result that its function type has.
+// The arguments and the result of an executable follow from its function type.
 #define QRV_PROTO(type, arguments, procedure)                                                      \
     static_assert(method_of("", static_cast<type>(nullptr)).c == (arguments) &&                    \
                   method_of("", static_cast<type>(nullptr)).p == (procedure));
@@ -143,7 +143,7 @@ QRV_PROTOTYPES(QRV_PROTO)
 } // namespace
 
 std::string const &cTypeObj::name_of(int id) {
-    // Made on first use and never destroyed: client statics may ask at any time.
+    // Never destroyed: static objects of clients may use it at any time.
     static std::string const *const names = [] {
         auto *const made = new std::string[mid_count + 1];
         for (int i = 0; i < mid_count; ++i) made[i] = methods[i].name;
@@ -182,7 +182,7 @@ bool cTypeObj::missing_method(method_id id) const {
     return raise_eros();
 }
 
-// The slot's prototype is that of its method, so each cast goes back to exactly the own type.
+// The prototype of a slot is that of its method, so each cast restores the function's own type.
 
 bool cTypeObj::pexec(method_id id, cObj &a) const {
     cVoidFunction const f = methods_[id];
@@ -243,9 +243,9 @@ constexpr std::uint32_t hash_with(std::uint32_t hash, unsigned char byte) noexce
     return (hash * 31) ^ byte;
 }
 
-// Of one to two words. The lengths of keys vary, so a processor does not expect the end of a loop
-// over their bytes. This one has a fixed length: the hash of each beginning is computed, and that
-// of all bytes returned.
+// The hash of one to two words. The lengths of keys vary, so a processor mispredicts the end of a
+// loop over their bytes. This loop has a fixed length: it computes the hash of each prefix and
+// returns the one of all bytes.
 template <class Word> std::uint32_t hash_few_bytes(char const *from, size_t count) noexcept {
     constexpr size_t width = sizeof(Word);
     unsigned char bytes[2 * width] = {};
@@ -278,11 +278,11 @@ template <class T> unsigned int hash_value_bytes(objref const &ref) {
 
 template <class T> bool equal_value(T const &a, T const &b) { return a == b; }
 
-// DELIBERATE: a NaN is neither less nor greater, so it equals every key it is held against.
-//   Pinned: a_nan_key_equals_what_it_meets
+// DELIBERATE: a NaN is neither less nor greater, so it equals every key it is compared with.
+//   Pinned: a_nan_key_equals_every_key
 template <class T> bool same_number(T const &a, T const &b) { return !(a < b) && !(a > b); }
 
-// A key without a value, which only claims its type, equals itself alone.
+// A key without a value, which only claims its type, equals only itself.
 template <class T, bool (*same)(T const &, T const &)>
 bool heq(objref const &a, objref const &b, cTypeObj const *type) {
     if (&b->type() != type) return false;

@@ -34,8 +34,8 @@ void cTypeObj::set_library_methods(cObjClass value_class) noexcept {
     value_class_ = value_class;
 }
 
-// The old member dies last, when table and members agree: its destructor may change this type again
-// or take it away.
+// Destroys the old member last, when table and members agree: its destructor may change this type
+// again or destroy it.
 void cTypeObj::set_tmember(objref const &key, objref value) {
     objref const old = tmmap_.getitem(key);
     method_id id = mid_count;
@@ -58,13 +58,13 @@ void cTypeObj::set_tmember(objref const &key, objref value) {
         raise_eros();
         return;
     }
-    exe->set_name(name); // 5; what a subclass of cExeMember says of itself doesn't count
+    exe->set_name(name); // 5; a name that a subclass of cExeMember returns doesn't count
     if (!validate_exe(id, *exe, type().name().c_str())) return;
     if (tmmap_.mapitem(key, value)) set_method(id, exe->function());
-} // RE-ENTERS: old
+} // RE-ENTERS: `old` is released
 
 void cTypeObj::inherit(cTypeObj const &base) {
     if (&base == this) return;
-    for (auto const &[key, value] : pairs_of(base.tmmap_))
-        set_tmember(key, value); // RUNS USER CODE
+    for (auto const &[key, value] : pairs_of(base.tmmap_)) // a copy, since storing runs user code
+        set_tmember(key, value);
 }

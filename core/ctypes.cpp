@@ -1,4 +1,4 @@
-// The registry of types: insertion, look-up, and values that name a type.
+// The registry of types: insertion, lookup, and values that name a type.
 
 #include "qrv/core/ctypes.h"
 
@@ -31,7 +31,7 @@ bool report_duplicate(std::string const &name) {
 bool cTypeInsert::insert(typeref const &type, bool fatal) {
     if (!type) return false;
     if (!core.type_hash) core_bootstrap();
-    if (!core.type_hash) return false; // the core is going
+    if (!core.type_hash) return false; // the core is being torn down
     std::string const name = type->name();
     if (core.type_hash->find(name)) {
         if (fatal) cat::throw_duplicate(name);
@@ -41,7 +41,7 @@ bool cTypeInsert::insert(typeref const &type, bool fatal) {
 }
 
 cTypeInsert::cTypeInsert(cTypeObj &type) {
-    cat::nil(); // so that the core is torn down after this object, if it is a static one
+    cat::nil(); // starts the core, so that it is torn down after this object, if that is static
     typeref const held = typeref::share(&type);
     name_ = type.name();
     insert(held, true);
@@ -52,7 +52,7 @@ cTypeInsert::cTypeInsert(cTypeInsert const &other) noexcept = default;
 
 cTypeInsert &cTypeInsert::operator=(cTypeInsert const &other) = default;
 
-// The type may have been renamed since, and registered again under its new name.
+// Since the insertion the type may have been renamed and registered again under its new name.
 cTypeInsert::~cTypeInsert() {
     if (!type_ || !core.type_hash) return;
     hashref const types = hashref::share(core.type_hash);
@@ -63,7 +63,7 @@ cTypeInsert::~cTypeInsert() {
         if (node->valref() == type_) keys.push_back(node->key());
     try {
         for (objref const &key : keys) types->delitem(key); // RE-ENTERS
-    } catch (...) { // a handler's error must not leave a destructor
+    } catch (...) { // an exception of a handler must not leave a destructor
     }
 }
 
@@ -78,7 +78,7 @@ cTypeObj &find_type(std::string const &name) {
     }
     typeref const type = core.make_type ? core.make_type(name) : nullptr; // RUNS USER CODE
     if (!type) return type_nil();
-    // DELIBERATE: the whole requested text, a module's name behind a colon included.
+    // DELIBERATE: the whole requested string, with the module's name after a colon.
     // Pinned: a_type_is_named_by_the_whole_requested_string
     if (type->name() != name) type->set_name(name);
     return cTypeInsert::insert(type, true) ? *type : type_nil();

@@ -1,5 +1,5 @@
-// The scopes are a list, the innermost first; an entry says what a scope has put into the registry.
-// For each name, the registered type and those hidden below it form a chain:
+// The scopes are a list, the innermost first. An entry describes what a scope has put into the
+// registry. For each name, the registered type and the types that it hides form a chain:
 //
 //   registry: the entry of the innermost scope -> its `hidden`, the entry of a scope further out
 //   -> ... -> the type from outside all scopes, or null
@@ -18,9 +18,9 @@
 
 struct cat::TypeScope::cEntry {
     std::string name;
-    cTypeObj *type; // borrowed of types_
+    cTypeObj *type; // borrowed from types_
     typeref hidden;
-    std::string former; // the type's name before, if it had one
+    std::string former; // the type's previous name, if it had one
 };
 
 namespace {
@@ -35,7 +35,7 @@ bool is_built_in(cTypeObj const &type) noexcept {
     return false;
 }
 
-// A destructor must not throw: without memory it does less.
+// For destructors, which must not throw: if memory runs out, the work stays undone.
 template <class Work> void attempt(Work const &work) noexcept {
     try {
         work();
@@ -63,7 +63,7 @@ cat::TypeScope::~TypeScope() {
     unlink();
     if (core.state == cCoreState::ready) {
         std::for_each(entries_.rbegin(), entries_.rend(), take_away);
-        for (cEntry &entry : entries_) // text can give a program's type another name
+        for (cEntry &entry : entries_) // text can rename a type of a program
             if (!entry.former.empty() && is_registered(entry.former, *entry.type))
                 attempt([&] { entry.type->set_name(entry.former); });
     }
@@ -102,8 +102,8 @@ bool cat::TypeScope::declare(cTypeObj &type, std::string const &former) {
     return true;
 }
 
-// types_ and `hidden` hold the types meanwhile, so no user code runs. What is there already is
-// removed or replaced without memory.
+// Runs no user code: types_ and `hidden` hold the types meanwhile. Removes or replaces existing
+// entries, which needs no memory.
 void cat::TypeScope::take_away(cEntry &entry) {
     cAttrNode *const node = core.type_hash->find(entry.name);
     if (node && node->valref() == entry.type) {
@@ -122,8 +122,8 @@ void cat::TypeScope::take_away(cEntry &entry) {
     if (!node && entry.hidden) attempt([&] { core.type_hash->mapitem(entry.name, entry.hidden); });
 }
 
-// A type that is no longer to be registered may be hidden at the moment. True if it was, under that
-// name; `held` takes it over.
+// Removes a type from the chain if a scope hides it under this name, and moves it to `held`. True
+// if it was hidden.
 bool cat::TypeScope::forget_hidden(typeref const &type, std::string const &name,
                                    typeref &held) noexcept {
     for (TypeScope *scope = innermost; scope; scope = scope->outer_)

@@ -1,5 +1,6 @@
-// The accessors of the process-wide state. Each starts the object core when it finds nothing; none
-// does while the core is being made, where each step's result is stored at once for the next.
+// The accessors of the process-wide state. Each starts the object core if that was not started.
+// While the core is being created, each step stores its result at once for the next one, so no
+// accessor starts the core again.
 
 #include "core/cregistry.h"
 #include "qrv/base/csignal.h"
@@ -22,7 +23,7 @@ cMapObj &ready_map(cMapObj *&held) {
 
 } // namespace
 
-// What the core consists of is defined in layers above this one, so the steps are too.
+// The parts of the core are defined in higher layers, and so are the steps that create them.
 void core_bootstrap() {
     if (core.state == cat::cCoreState::none) cat::create_core();
 }

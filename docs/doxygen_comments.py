@@ -2,10 +2,10 @@
 """Doxygen's view of a public header: prints it with its plain comments turned into Doxygen's.
 
 The headers are written for people who read them: a comment of // lines above a paragraph of
-declarations belongs to every declaration of that paragraph, one behind a declaration to that one.
-Here the first becomes a group whose text goes to all its members, the second a trailing text, and
-the comment at the top of the file the text of the file. No line is added or taken away, so that
-warnings name the right ones.
+declarations belongs to every declaration of that paragraph, a comment after a declaration only to
+that one. Here the first becomes a group with one text for all its members, the second a trailing
+text, and the comment at the top of the file the text of the file. The number of lines stays, so that
+warnings have the right line numbers.
 """
 
 import re
@@ -15,8 +15,8 @@ ONLY_COMMENT = re.compile(r'^(?P<indent>\s*)//(?P<text>.*)$')
 NO_MEMBER = re.compile(r'^\s*(template <[^>]*>\s*)?(class|struct|enum|namespace|union|#|public:|private:|protected:)')
 
 
-# What Doxygen or Markdown would take as a command, a link or markup, and what stands for it. Between
-# double quotes and backticks it takes nothing.
+# Characters that Doxygen or Markdown would interpret as a command, a link or markup, and their
+# replacements. They are not interpreted between double quotes and backticks.
 PLAIN = str.maketrans({
     '\\': '\\\\', '@': '\\@', '&': '\\&', '#': '\\#', '<': '\\<', '>': '\\>', '%': '\\%', '$': '\\$', '|': '\\|',
     '*': '&lowast;', '~': '&tilde;',
@@ -25,7 +25,7 @@ LITERAL = re.compile(r'("[^"]*(?:"|$)|`[^`]*`)')
 
 
 def escaped(text):
-    """The text of a comment's lines so that it reads as it stands; set-off lines are let be."""
+    """The text of a comment's lines, escaped so that it is shown unchanged, except indented lines."""
     parts = LITERAL.split(text)
     for i, part in enumerate(parts[::2]):
         parts[2 * i] = '\n'.join(
@@ -34,7 +34,7 @@ def escaped(text):
 
 
 def split_comment(line):
-    """A line of code and the comment behind it: its code, its text and the comment's column."""
+    """Splits a line of code and the comment after it: the code, the text and the comment's column."""
     quoted = False
     for i, char in enumerate(line):
         if char == '"' and (i == 0 or line[i - 1] != '\\'):
@@ -52,7 +52,7 @@ class Filter:
         self.out = []
         self.depth = 0
         self.opened = None
-        self.column = -1  # where the last comment behind code began
+        self.column = -1  # the column of the last comment after code
 
     def run(self):
         at = self.head()
@@ -71,7 +71,7 @@ class Filter:
         return at
 
     def put(self, begin, end, mark):
-        """These lines of comment, made plain for Doxygen, behind this mark."""
+        """Adds these lines of comment, escaped for Doxygen, after this mark."""
         lines = [ONLY_COMMENT.match(line).groups() for line in self.lines[begin:end]]
         texts = escaped('\n'.join(text.removeprefix(' ') for _, text in lines)).split('\n')
         self.out += [f'{indent}{mark} {text}' for (indent, _), text in zip(lines, texts)]
@@ -97,7 +97,7 @@ class Filter:
 
     def comment(self, at):
         match = ONLY_COMMENT.match(self.lines[at])
-        if len(match['indent']) == self.column:  # goes on behind code
+        if len(match['indent']) == self.column:  # continues a comment after code
             self.out.append(f"{match['indent']}///< {escaped(match['text'].strip())}")
             return at + 1
         end = at

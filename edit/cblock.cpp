@@ -47,7 +47,7 @@ std::string NewText::inner(Item const &item, cat::SourceEntry const &frame) {
     return text += page_.text(copied, frame.close.begin);
 }
 
-// Writes a block of which entries were removed, or to which some came.
+// Writes a block from which entries were removed, or into which entries are inserted.
 class NewText::BlockWriter {
   public:
     BlockWriter(NewText &text, Item const &item, cat::SourceEntry const &frame)
@@ -81,14 +81,15 @@ class NewText::BlockWriter {
         copied_ = offset;
     }
 
-    // Is only white space left in brackets on lines with entries? They then need no lines.
+    // Do brackets that had entries on their own lines contain only white space now? Then the lines
+    // are not needed.
     bool leaves_half_lines() const {
         if (parts_.empty() || out_.find('\n') == out_.npos) return false;
         std::string_view const before = page_.text(frame_.open.end, parts_.front().extent.begin);
         return out_.find_first_not_of(" \t\r\n") == out_.npos && is_blank(before);
     }
 
-    // Removes the parts before that one that were not copied or removed yet.
+    // Removes all parts before `end` that were not copied or removed yet.
     void remove_up_to(size_t end) {
         for (; next_ < end; ++next_) {
             Extent const &extent = parts_[next_].extent;
@@ -110,14 +111,15 @@ class NewText::BlockWriter {
         }
     }
 
-    // The line of which all entries were removed.
+    // Removes the current line if all of its entries were removed.
     void remove_empty_line() {
         if (!begins_line() || !page_.ends_line(copied_)) return;
         out_.erase(out_.find_last_not_of(" \t") + 1);
         copied_ = page_.line_end(copied_);
     }
 
-    // After a second delimiter, as in "1,, 2". Three of them can't be read.
+    // The offset after a second delimiter, as in "1,, 2", or `offset` if there is none. Three
+    // delimiters cannot be read.
     size_t after_empty_item(size_t offset) const {
         size_t const at = page_.after_blanks(offset);
         std::string_view const next = page_.text(at, std::min<size_t>(at + 1, frame_.close.begin));
@@ -157,7 +159,7 @@ class NewText::BlockWriter {
         next_ = part + 1;
     }
 
-    // The comments of the value that replaced another one.
+    // Writes the comments of the donor's value that replaced another one.
     void comments_above(std::vector<size_t> const &lenders, size_t begin) {
         copy_to(begin);
         std::string text;
@@ -219,7 +221,7 @@ class NewText::BlockWriter {
                 text + (ends_in_line_comment(text) ? page_.eol() + layout_.indent : layout_.gap);
     }
 
-    // With the comments of its section, and one empty line before these.
+    // Writes an item on its own lines, with the comments of its section after one empty line.
     void add_lines(Item const &item, std::string const &text, Layout const &layout) {
         std::string_view const eol = page_.eol();
         std::string section = text_.comments_.section_above(item, layout.indent);
@@ -231,7 +233,7 @@ class NewText::BlockWriter {
         out_ += section + layout.indent + text + page_.eol();
     }
 
-    // On a line of its own, into a block that has no lines yet.
+    // Inserts an item on a new line into a block that was on one line.
     void insert_line(Item const &item, Item const *next) {
         Layout layout = layout_;
         layout.lines = true;
@@ -259,7 +261,7 @@ class NewText::BlockWriter {
         copied_ = page_.after_blanks(copied_);
     }
 
-    // Into a block that has no other entry.
+    // Inserts an item into a block that has no other entry.
     void insert_alone(Item const &item, std::string const &text) {
         remove_up_to(parts_.size());
         size_t const close = frame_.close.begin;
@@ -278,7 +280,7 @@ class NewText::BlockWriter {
         return last != out_.npos && out_[last] == '\n';
     }
 
-    // A line comment needs the end of a line after it.
+    // Writes text within a line; a line comment at its end needs a new line after it.
     void inline_text(std::string const &text, bool blank) {
         if (!ends_in_line_comment(text) && !text.starts_with("//")) {
             out_ += (blank && !begins_line() ? layout_.gap : "") + text;
@@ -297,8 +299,8 @@ class NewText::BlockWriter {
     cat::SourceEntry const &frame_;
     Parts const parts_;
     Layout const layout_;
-    size_t copied_;   // of the old text
-    size_t next_ = 0; // the first part that was not looked at
+    size_t copied_;   // offset in the old text up to which it is copied or removed
+    size_t next_ = 0; // the first part that is not handled yet
     Item const *first_kept_ = nullptr;
     Part const *last_kept_ = nullptr;
     std::string out_;
@@ -308,8 +310,8 @@ std::string NewText::changed_inner(Item const &item, cat::SourceEntry const &fra
     return BlockWriter(*this, item, frame).run();
 }
 
-// In a block on one line: has it a comment that ends its line, or lines of its own? Alone it is
-// laid out as it was.
+// Does an item in a block on one line have a comment on separate lines, or one that ends its line?
+// The only item of a block also needs lines if it had them before.
 bool NewText::needs_lines(Item const &item, bool alone) const {
     if (alone && page_.begins_line(entries_.entry(item.old).all().begin)) return true;
     std::string const above = comments_.of(item, Where::above, "");

@@ -6,7 +6,7 @@ namespace qrv::edit {
 
 namespace {
 
-// Are there comments, and else only blanks and line ends?
+// Does the text consist of comments, blanks and line ends, with at least one comment?
 bool has_only_comments(std::string_view text) {
     bool any = false;
     for (size_t at = 0; (at = text.find_first_not_of(" \t\r\n", at)) != text.npos; any = true) {
@@ -25,14 +25,14 @@ std::string Comments::of(Item const &item, Where where, std::string const &inden
     std::string text;
     std::vector<size_t> numbers = lenders(item);
     if (item.old != none) numbers.push_back(item.old);
-    // All places of a key that came again are removed where it was.
+    // If the key was repeated, the comments of all its removed entries.
     if (item.old != none && item.moved && !entries_.is_once(item.old))
         numbers = entries_.of(entries_.anid(item.old));
     std::sort(numbers.begin(), numbers.end());
     for (size_t const number : numbers) {
         std::string const more = at(number, where, indent);
         if (more.find('\n') != more.npos && ends_in_line_comment(text))
-            text += page_.eol() + indent; // or it would begin in that comment and end after it
+            text += page_.eol() + indent; // otherwise it would become part of the line comment
         text += more;
     }
     return text;
@@ -97,8 +97,8 @@ std::string Comments::at_separator(Item const &item, std::string const &indent) 
     return brought(item.old, indented(text, page_.indent(entry.all().begin), indent));
 }
 
-// A key that came again in the donor is written once; a value that replaced another one lends its
-// comments to an entry without any.
+// The donor's repeated keys are written once, with the comments of all their entries. A value that
+// replaced another one lends its comments to an entry without comments.
 std::vector<size_t> Comments::lenders(Item const &item) const {
     size_t const donated = entries_.is_once(item.old) ? item.old : item.donated;
     if (donated == none) return {};

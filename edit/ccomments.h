@@ -1,6 +1,6 @@
 #pragma once
-// The comments that an entry has in the new text: its own, and those that it gets from entries of a
-// donor.
+// Finds the comments of an entry in the new text: its own, and those that it gets from entries of
+// the donor.
 
 #include "edit/cpage.h"
 #include "edit/cplan.h"
@@ -16,20 +16,23 @@ class Comments {
 
     Comments(Page const &page, Entries const &entries) : page_(page), entries_(entries) {}
 
-    // Above an item that is written anew, or after it, with what separates them from it.
+    // The comments above (or after) an item that is written anew, with the blanks and line ends
+    // between them and the item.
     std::string of(Item const &item, Where where, std::string const &indent) const;
     // The same for one entry of the text.
     std::string at(size_t number, Where where, std::string const &indent) const;
-    // The comments of the section that an entry of a donor begins: whole lines between it and the
-    // one before, with the empty lines around them. Not the header of its text.
+    // For an entry of the donor that begins a section, the comments of the section: the whole lines
+    // between this entry and the one before, with the empty lines around them. Does not return the
+    // header of the donor.
     std::string section_above(Item const &item, std::string const &indent) const;
-    // Between the value and its delimiter, with the blanks around them.
+    // The comments between the value and its delimiter, with the blanks around them.
     std::string before_delimiter(Item const &item) const;
-    // Around the "=" of an entry that comes into a list, with the blanks after them.
+    // The comments around the "=" of an entry that is inserted into a list, with the blanks after
+    // them.
     std::string at_separator(Item const &item, std::string const &indent) const;
-    // The donor's entries whose comments an item gets besides its own.
+    // The donor's entries whose comments an item gets in addition to its own.
     std::vector<size_t> lenders(Item const &item) const;
-    // A text from an entry of a donor gets the line ends of the page.
+    // Returns the text of an entry; if it comes from the donor, with the line ends of the page.
     std::string brought(size_t number, std::string text) const;
 
   private:

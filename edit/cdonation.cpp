@@ -15,7 +15,7 @@ Donation::Donation(Snapshot const &before, objref const &root) : before_(before)
     }
 }
 
-// The donor's own containers need no search: their nodes are the donor's.
+// Does not visit containers of the donor in the changed tree: `own_` has their nodes.
 void Donation::visit(objref const &now, objref const &donated) {
     if (now == donated || !container_in(now) || !container_in(donated)) return;
     if (before_.entries(donated.get()) && met_.emplace(now.get(), donated.get()).second)

@@ -1,7 +1,7 @@
 #pragma once
-// Which entries of a donor the entries of the changed tree come from. The two trees are walked side
-// by side: by key in maps and typed values, by value from the end in vectors and sets, where values
-// are appended. So constants and equal values are distinguished by their places.
+// Finds the entries of the donor from which entries of the changed tree come. Walks both trees in
+// parallel: by key in maps and typed values, by value from the end in vectors and sets, where
+// values are appended. So constants and equal values are distinguished by their places.
 
 #include "edit/csnapshot.h"
 
@@ -15,9 +15,9 @@ class Donation {
     // Borrows the snapshot.   O(1) without a donor, else O(entries of the donor) in most trees
     Donation(Snapshot const &before, objref const &root);
 
-    // The donor's entry with the same key, or value, at the same place, or of this very node; or
-    // null. If the node is in a shared container, it can be one of several: one that has its value
-    // is preferred.
+    // The donor's entry that has this node, or that has the same key or value at the same place; or
+    // null. For a node in a shared container there can be several: then the function prefers one
+    // with the node's value.
     WasEntry const *of(cAttrNode const &node) const;
 
   private:
@@ -31,7 +31,7 @@ class Donation {
 
     Snapshot const &before_;
     std::unordered_map<cAttrNode const *, WasEntry const *> entries_;
-    std::unordered_map<std::uint32_t, WasEntry const *> own_; // of the donor's nodes
+    std::unordered_map<std::uint32_t, WasEntry const *> own_; // entries of the donor's nodes
     std::set<std::pair<cObj const *, cObj const *>> met_;
     std::vector<std::pair<cObj const *, cObj const *>> todo_;
 };

@@ -4,7 +4,7 @@
 
 namespace qrv::edit {
 
-// Both texts become one page, so that an entry of either is known by its number and its offsets.
+// Joins both texts to one page, so that number and offsets identify an entry of either text.
 struct Edit::Notes {
     Notes(std::string_view target, cat::SourceMap const &map, objref const &value)
         : text(target), root(value), entries(map), before(value) {}
@@ -13,7 +13,7 @@ struct Edit::Notes {
     objref root;
     Entries entries; // with the nodes as they are before the change
     Snapshot before;
-    std::string page; // of both texts
+    std::string page; // both texts
 };
 
 Edit::Edit(std::string_view text, cat::SourceMap const &map, objref const &root)

@@ -1,5 +1,5 @@
 #pragma once
-// The entries of a text, and those of a donor, by number.
+// The entries of the text, and those of the donor, by number.
 
 #include "qrv/text/read/csourcemap.h"
 
@@ -14,17 +14,17 @@ namespace qrv::edit {
 
 constexpr size_t none = cat::SourceEntry::none;
 
-// The entries of the text by number, with the anid that they had before the change.
+// The entries by number, with the anids of their nodes before the change.
 class Entries {
   public:
     explicit Entries(cat::SourceMap const &map);
-    // Adds the entries of a donor, whose text begins at that offset of the page. They are numbered
-    // after all others; the first is its outermost value. Copies from the map.
+    // Adds the entries of a donor, whose text begins at this offset of the page. Their numbers
+    // follow those of the text; the first is the donor's outermost value. Copies from the map.
     void add_donor(cat::SourceMap const &map, size_t offset);
     bool is_donated(size_t number) const { return number != none && number >= donor(); }
     size_t donor() const { return map_.size(); }
-    // Entries of these nodes are written once, even if their keys are repeated. Those of a donor
-    // always are.
+    // Entries of these nodes are written once, even if the text repeats their keys. Entries of a
+    // donor are always written once.
     void write_once(std::unordered_set<std::uint32_t> anids) { once_ = std::move(anids); }
     bool is_once(size_t number) const {
         return is_donated(number) || (number != none && once_.contains(anids_[number]));
@@ -34,21 +34,22 @@ class Entries {
         return is_donated(number) ? donated_[number - donor()] : map_.entry(number);
     }
     std::uint32_t anid(size_t number) const { return anids_[number]; }
-    // A new entry directly before that of this node is written next to it, not to the one before.
+    // A new entry directly before the one of this node is written next to that, not next to its
+    // predecessor.
     void write_above(std::uint32_t anid) { below_ = anid; }
     bool is_below(size_t number) const { return below_ != 0 && anids_[number] == below_; }
     size_t size() const { return anids_.size(); }
-    // Is the key of an entry repeated in the text, or its value in its set?
+    // Does the text repeat the key of this entry, or its value in its set?
     bool comes_again(size_t number) const;
     bool any_comes_again() const { return any_comes_again_; }
     bool any_reference() const { return any_reference_; }
-    // All entries that are written for a node, in file order.
+    // All entries of a node, in file order.
     std::vector<size_t> of(std::uint32_t anid) const;
-    // The brackets that hold the entries of the value written there: its own, or those of the one
-    // whole value between them.
+    // The brackets around the entries of the value of this entry. If the brackets of a type contain
+    // just one whole value, as in Type({...}), the brackets of that value.
     cat::SourceEntry frame(size_t number) const;
     std::vector<cat::SourceEntry> inside(size_t number) const;
-    // The comments above an entry and after it.
+    // The comments above and after an entry.
     std::vector<cat::SourceComment> const &comments(size_t number) const;
 
   private:
@@ -60,7 +61,7 @@ class Entries {
 
     cat::SourceMap const &map_;
     std::vector<cat::SourceEntry> donated_;
-    std::unordered_map<size_t, std::vector<cat::SourceEntry>> inside_; // of the donor's
+    std::unordered_map<size_t, std::vector<cat::SourceEntry>> inside_; // for the donor's entries
     std::vector<std::uint32_t> anids_;
     std::vector<std::pair<std::uint32_t, std::uint32_t>> numbers_; // anid and number, sorted
     std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;

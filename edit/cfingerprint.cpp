@@ -1,8 +1,8 @@
 #include "qrv/edit/cfingerprint.h"
 
-// The numbers that are added for an object: one for its kind, then what it holds; for one that was
-// met before, its number among the objects. What is still to do is on a stack of its own, for
-// references make values deeper than any text could be nested.
+// A fingerprint is a hash of numbers. An object adds one number for its kind and then its content;
+// an object that was met before adds its number among the objects. The remaining work is on an
+// explicit stack, since references create values that are deeper than the nesting of any text.
 
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/citerobj.h"
@@ -29,14 +29,14 @@ template <class T> T const &value_in(cObj const &value) {
     return static_cast<cObjDR<T> const &>(value).val();
 }
 
-// Objects by address, each with a number: for trees with very many.
+// A hash table from the addresses of objects to numbers, for trees with very many objects.
 class cNumbers {
   public:
     struct cFound {
         size_t number;
         bool fresh;
     };
-    // The number that the object has, or else gets.
+    // Returns the number of the object; gives it `number` if it has none.
     cFound add(cObj const *object, size_t number) {
         if (4 * size_ >= 3 * objects_.size()) grow();
         size_t const slot = slot_of(object);
@@ -50,7 +50,7 @@ class cNumbers {
     }
 
   private:
-    // Of the object, or for it.
+    // The slot of the object, or the free slot in which it belongs.
     size_t slot_of(cObj const *object) const {
         auto const address = static_cast<std::uint64_t>(std::hash<cObj const *>()(object));
         size_t slot = static_cast<size_t>(address / 16 * 0x9E3779B97F4A7C15u >> shift_);
@@ -71,15 +71,15 @@ class cNumbers {
             }
     }
 
-    // As many as a power of two, at most three quarters of them used: half of the memory and a
-    // third of the time of a std::unordered_map.
+    // The size is a power of two, at most three quarters of the slots are used. Takes half of the
+    // memory and a third of the time of a std::unordered_map.
     std::vector<cObj const *> objects_;
     std::vector<std::uint32_t> numbers_;
-    int shift_ = 61; // from 64 bits to a slot
+    int shift_ = 61; // reduces 64 bits to a slot number
     size_t size_ = 0;
 };
 
-// Two hashes of 64 bits, so that no two values meet by chance.
+// Two hashes of 64 bits, so that different values do not collide by chance.
 class cDigest {
   public:
     void add(std::uint64_t number) {
@@ -119,7 +119,7 @@ enum class cKind : unsigned char {
     other
 };
 
-class cImage {
+class cFingerprinter {
   public:
     std::string of(objref const &value) {
         later(value);
@@ -138,7 +138,8 @@ class cImage {
         cAttrNode const *entry;
     };
 
-    // What is put here first is added last. The value must live as long as the image is made.
+    // A stack: the first value is added last. The value must live until the fingerprint is
+    // complete.
     void later(objref const &value) { todo_.push_back({value.get(), nullptr}); }
     void later_made(objref const &value) {
         kept_.push_back(value);
@@ -149,7 +150,7 @@ class cImage {
 
     void add(cObj const *object) {
         if (!object) return add(cKind::null);
-        // Constants are known by others too, and so is what can be met again.
+        // Constants and objects that can be met again have more than one reference.
         if (object->refs() > 1 && is_known(*object)) return;
         objects_ += object->refs() > 1 ? 0 : 1;
         if (add_scalar(*object)) return;
@@ -157,7 +158,7 @@ class cImage {
         add_other(*object);
     }
 
-    // A constant, or an object that was met before.
+    // Adds a constant, or an object that was met before; false for other objects.
     bool is_known(cObj const &object) {
         if (cAttrNode const *const constant = cat::find_const(&object)) {
             add(cKind::constant);
@@ -210,7 +211,7 @@ class cImage {
         digest_.add(cat::as_text(objref::share(const_cast<cObj *>(&value)))); // RUNS USER CODE
     }
 
-    // What a type declares: a map of specifications, or choices.
+    // Adds the declaration of a type: a map of specifications, or choices.
     void add_type(cTypeObj const &type) {
         add(cKind::type);
         digest_.add(type.type().name());
@@ -236,7 +237,8 @@ class cImage {
         }
     }
 
-    // The key first. Without an object it is nobody else's, and counts like one.
+    // Adds the key, then the value. A key without an object cannot be shared, and adds what an
+    // unshared key object would add.
     void add_entry(cAttrNode const &entry) {
         later(entry.valref());
         if (entry.has_key_object()) return later(entry.key());
@@ -250,13 +252,13 @@ class cImage {
     cat::ExactText const exact_;
     cDigest digest_;
     std::vector<cNext> todo_;
-    std::vector<objref> kept_; // what was made for the image: no address is used again
+    std::vector<objref> kept_; // temporary objects, held so that no address is used again
     cNumbers numbers_;         // of objects with more than one reference
     size_t objects_ = 0;
 };
 
 } // namespace
 
-std::string fingerprint(objref const &value) { return cImage().of(value); }
+std::string fingerprint(objref const &value) { return cFingerprinter().of(value); }
 
 } // namespace qrv::edit

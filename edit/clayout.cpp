@@ -25,7 +25,7 @@ Layout Layouts::new_layout_of(Item const &item) {
         layout.ended = layout.lines;
         return layout;
     }
-    Part const *sample = nullptr; // the last one that begins a line, or else the last
+    Part const *sample = nullptr; // the last part that begins a line, or else the last part
     for (Part const &part : parts)
         if (page_.begins_line(part.extent.core)) sample = &part;
     layout.lines = sample != nullptr;
@@ -48,7 +48,7 @@ Layout Layouts::new_layout_of(Item const &item) {
     layout.separator =
         std::string(before.empty() ? "" : " ") + '=' + std::string(is_blank(after) ? after : " ");
     size_t const column = entry.separator.begin - entry.key.begin;
-    for (Part const &part : parts) // where keys of several lengths have their "=" below each other
+    for (Part const &part : parts) // is "=" in one column although keys have different lengths?
         if (in_column(part, column) && part.entry.key.size() != entry.key.size())
             layout.width = column;
     return layout;
@@ -68,7 +68,7 @@ std::string Layouts::gap_of(Parts const &parts) const {
     return narrow > wide ? "" : gap;
 }
 
-// The last key if all are hexadecimal.
+// The last key if all keys are hexadecimal, else "".
 std::string Layouts::hexadecimal_key(Parts const &parts) const {
     for (Part const &part : parts) {
         std::string_view const key = page_.text(part.entry.key);

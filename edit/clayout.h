@@ -1,5 +1,5 @@
 #pragma once
-// How the entries of a container are laid out, so that new ones look like their neighbours.
+// The layout of the entries of a container, so that new ones look like their neighbours.
 
 #include "edit/cpage.h"
 #include "edit/cplan.h"
@@ -12,15 +12,15 @@ namespace qrv::edit {
 
 struct Layout {
     std::string indent;            // of a line with an entry
-    std::string unit = "    ";     // what a level adds to it
+    std::string unit = "    ";     // the additional indent of each level
     std::string separator = " = "; // between key and value
-    size_t width = 0;              // from the start of a key to its "=", where these are aligned
-    std::string key;               // that new numbers as keys look like
+    size_t width = 0;              // from the start of a key to its "=", if these are aligned
+    std::string key;               // the style of new numeric keys: an existing key
     std::string gap = " ";         // between entries on one line
     char delimiter = ';';
-    bool lines = false; // is each entry on lines of its own?
+    bool lines = false; // is each entry on separate lines?
     bool ended = true;  // has the last entry a delimiter?
-    bool known = false; // does the separator come from an entry?
+    bool known = false; // was the separator found in an entry?
 };
 
 // An entry in the text.
@@ -34,11 +34,11 @@ class Layouts {
   public:
     Layouts(Page const &page, Entries const &entries) : page_(page), entries_(entries) {}
 
-    // Of the entries in an item that is a container.
+    // The layout of the entries in an item that is a container.
     Layout const &of(Item const &item);
-    // Those of a block that have a node.
+    // The entries of a block that have a node.
     Parts parts_of(Item const &item) const;
-    // Does it begin a line, and is its "=" so far from there?
+    // Does the part begin a line, and is its "=" `column` bytes after the begin of its key?
     bool in_column(Part const &part, size_t column) const;
 
   private:

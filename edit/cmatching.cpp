@@ -27,11 +27,11 @@ Matching::Matching(Snapshot const &before, objref const &root, bool by_parts)
     for (auto const &[container, entries] : before.containers()) {
         if (by_parts_ && !changed_.count(container) && is_in_tree(container)) continue;
         for (WasEntry const &entry : entries)
-            if (!is_bound(entry)) gone_[entry.value.get()].push_back(&entry);
+            if (!is_bound(entry)) removed_[entry.value.get()].push_back(&entry);
     }
 }
 
-// What is shared is not left out.
+// Collects containers and values. Clears by_parts_ if a value other than a constant is shared.
 void Matching::walk(objref const &root) {
     if (container_in(root)) alive_.push_back(root);
     values_.push_back(root.get());
@@ -54,7 +54,8 @@ void Matching::walk(objref const &root) {
     }
 }
 
-// Nothing is shared, so each container comes after the one around it. One of the donor's is new.
+// Walks backwards, from inner to outer containers: nothing is shared, so each container comes after
+// the one around it. A container of the donor counts as changed.
 void Matching::find_changed() {
     for (size_t i = alive_.size(); i > 0; --i) {
         objref const &container = alive_[i - 1];
@@ -99,7 +100,7 @@ void Matching::bind(WasEntry const &was, cAttrNode const &node) {
     bound_.emplace_back(&was, &node);
 }
 
-// A key that was renamed has a new node with the value.
+// Matches by node, then by value: a renamed key has a new node with the old value.
 void Matching::match_by_node(Was const &was, Nodes const &nodes) {
     std::unordered_map<std::uint32_t, WasEntry const *> by_anid;
     std::unordered_map<cObj const *, WasEntry const *> by_value;
@@ -116,9 +117,9 @@ void Matching::match_by_node(Was const &was, Nodes const &nodes) {
             bind(*found->second, *node);
 }
 
-// What is the same at both ends first; then each value, from the front, where it was first. A set
-// that was assigned has other values, which may be equal. What is left and has a node in common was
-// replaced.
+// Matches equal values at both ends first; then each value, from the front, with its first former
+// entry. A set that was assigned has new objects, which may be equal to the old ones. Of the rest,
+// entries with the same node were replaced.
 void Matching::match_by_value(Was const &was, Nodes const &nodes, bool is_set) {
     size_t const most = std::min(was.size(), nodes.size());
     auto const same = [](WasEntry const &entry, cAttrNode const *node) {
@@ -130,8 +131,7 @@ void Matching::match_by_value(Was const &was, Nodes const &nodes, bool is_set) {
         ++last;
     for (size_t i = 0; i < first; ++i) bind(was[i], *nodes[i]);
     for (size_t i = last; i > 0; --i) bind(was[was.size() - i], *nodes[nodes.size() - i]);
-    std::unordered_map<cObj const *, std::vector<WasEntry const *>>
-        by_value; // the first at the end
+    std::unordered_map<cObj const *, std::vector<WasEntry const *>> by_value; // in reverse order
     for (size_t i = was.size() - last; i > first; --i)
         by_value[was[i - 1].value.get()].push_back(&was[i - 1]);
     std::unordered_map<std::uint32_t, cAttrNode const *> left;
@@ -164,7 +164,7 @@ void Matching::match_equal(Was const &was, Nodes const &nodes) {
             bind(entry, *found->second);
 }
 
-// --- containers that took the place of others ---
+// --- containers that replaced others ---
 
 bool Matching::alike(WasEntry const &was, objref const &now) const {
     if (!was.value || !now || &was.value->type() != &now->type()) return false;
@@ -197,7 +197,7 @@ void Matching::match_by_key(Was const &was, Nodes const &nodes) {
             bind(*found->second, *node);
 }
 
-// What is equal at both ends; between them by position.
+// Matches equal values at both ends, and the entries between them by position.
 void Matching::match_by_place(Was const &was, Nodes const &nodes) {
     size_t const most = std::min(was.size(), nodes.size());
     size_t last = 0;
@@ -231,15 +231,15 @@ unsigned Matching::places(objref const &value) const {
     return static_cast<unsigned>(last - first);
 }
 
-WasEntry const *Matching::take_gone(cAttrNode const &node) {
+WasEntry const *Matching::take_removed(cAttrNode const &node) {
     WasEntry const *const donated = donation_.of(node);
-    auto const found = gone_.find(node.valref().get());
-    if (found == gone_.end() || found->second.empty()) return donated;
+    auto const found = removed_.find(node.valref().get());
+    if (found == removed_.end() || found->second.empty()) return donated;
     if (donated) {
         std::erase(found->second, donated);
         return donated;
     }
-    if (is_constant(node.valref()) && found->second.size() > 1) return nullptr; // which one?
+    if (is_constant(node.valref()) && found->second.size() > 1) return nullptr; // ambiguous
     WasEntry const *const entry = found->second.back();
     found->second.pop_back();
     return entry;

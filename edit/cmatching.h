@@ -1,12 +1,12 @@
 #pragma once
-// Which entry of the changed tree is which entry of the tree before. In maps an entry is known by
-// its node; in vectors and sets, where values move from node to node, by its value. Where a whole
-// container was replaced by another of its type, their entries belong together by key or by
-// position, so that what is equal in both keeps its text. What an entry is in a donor counts only
-// where it was not in the tree.
+// Matches the entries of the changed tree with the entries of the tree before the change. Entries
+// of maps are matched by node; those of vectors and sets, where values move from node to node, by
+// value. If a whole container was replaced by another one of its type, their entries are matched by
+// key or by position, so that equal entries keep their text. Entries of the donor are used only for
+// entries that were not in the tree.
 //
 // Most edits change little. If nothing is shared, and no part of the text refers to another one,
-// containers without a change are left out as a whole.
+// unchanged containers are skipped as a whole.
 
 #include "edit/cdonation.h"
 #include "edit/csnapshot.h"
@@ -21,21 +21,21 @@ class Matching {
     // Borrows the snapshot. `by_parts`: no part of the text depends on another one.   O(size)
     Matching(Snapshot const &before, objref const &root, bool by_parts);
 
-    // Is the container, with all in it, in the tree as it was, and left out below?
+    // Is the container unchanged with all that it holds, and therefore skipped?
     bool is_left_out(objref const &container) const;
-    // What a node was; null for a new entry.
+    // The former entry of a node; null for a new entry.
     WasEntry const *was(cAttrNode const &node) const;
-    // Is it the same object, or one that replaced it?
+    // Is `now` the object `was`, or a container that replaced it?
     bool continues(objref const &now, objref const &was) const;
-    // What a new container replaced; null for others.
+    // The container that a new container replaced; null for others.
     objref const *replaced_by(objref const &now) const;
-    // In how many places of the tree the object is.
+    // The number of places of the object in the tree.
     unsigned places(objref const &value) const;
-    // For a node that is new: the removed entry that held this very value, or the donor's entry
-    // that it comes from, or null. Each is returned once. A constant such as #nil has many places,
-    // so only a single removed entry with it counts.
-    WasEntry const *take_gone(cAttrNode const &node);
-    // The donor's entry with the value that a node has instead of another one; null for none.
+    // For a new node: the removed entry that held this value object, or the donor's entry from
+    // which the node comes, or null. Returns each entry once. A constant such as #nil has many
+    // places, so it counts only if a single removed entry held it.
+    WasEntry const *take_removed(cAttrNode const &node);
+    // If the donor's value replaced the node's value, the donor's entry; else null.
     WasEntry const *donated(WasEntry const &was, cAttrNode const &node) const;
 
   private:
@@ -60,16 +60,16 @@ class Matching {
 
     Snapshot const &before_;
     Donation const donation_;
-    std::vector<objref> alive_; // the containers, as they were met
+    std::vector<objref> alive_; // the containers of the changed tree, breadth first
     bool by_parts_;
     std::vector<cObj const *> values_;              // one for each place in the tree, sorted
-    std::unordered_set<cObj const *> changed_;      // containers with a change in them, if by parts
-    std::unordered_set<std::uint32_t> bound_anids_; // of before
+    std::unordered_set<cObj const *> changed_;      // containers with a change inside, if by_parts_
+    std::unordered_set<std::uint32_t> bound_anids_; // of matched former entries
     std::unordered_map<cAttrNode const *, WasEntry const *> was_;
-    std::unordered_map<cObj const *, objref> instead_; // what a new container replaced
-    std::unordered_set<cObj const *> replaced_;        // the values in it
-    std::vector<std::pair<WasEntry const *, cAttrNode const *>> bound_; // in order
-    std::unordered_map<cObj const *, std::vector<WasEntry const *>> gone_;
+    std::unordered_map<cObj const *, objref> instead_; // from a new container to the replaced one
+    std::unordered_set<cObj const *> replaced_;        // the replaced containers
+    std::vector<std::pair<WasEntry const *, cAttrNode const *>> bound_; // matches, in order
+    std::unordered_map<cObj const *, std::vector<WasEntry const *>> removed_;
 };
 
 } // namespace qrv::edit

@@ -13,7 +13,7 @@ using Where = cat::SourceComment::Where;
 
 bool on_one_line(objref const &value) { return cat::wformat(*value)[0] == 's'; }
 
-// What is written before the first entry; the last character is the bracket.
+// The text before the first entry; its last character is the bracket.
 std::string opening(objref const &value) {
     return value->is_map()      ? "{"
            : value->is_vector() ? "["
@@ -36,15 +36,15 @@ size_t digits_after_point(std::string_view literal) {
     return std::min(literal.find_first_not_of("0123456789", point + 1), literal.size()) - point;
 }
 
-// What another entry takes from a literal: the sign, leading zeros and the u of "+5", "007" and
-// "12u" say something about that number only.
+// The literal as a style for other entries. The sign, leading zeros and u of "+5", "007" and "12u"
+// belong to that one number only, so they are removed.
 std::string as_sample(std::string_view literal, cObj const &value) {
     if (&value.type() == &cat::type_int() && !is_hexadecimal(literal)) return "";
     if (literal.starts_with('+') || literal.starts_with('-')) literal.remove_prefix(1);
     return std::string(literal);
 }
 
-// Have two numbers next to each other one style?
+// Do two neighbouring numbers have the same style?
 bool same_style(std::string_view a, std::string_view b, cObj const &value) {
     if (is_floating(value)) return digits_after_point(a) == digits_after_point(b);
     return &value.type() != &cat::type_int() || is_hexadecimal(a) == is_hexadecimal(b);
@@ -67,7 +67,7 @@ std::string NewText::all() {
 
 // --- values ---
 
-// Of an item that stays where it is.
+// The value of an item that stays where it is.
 std::string NewText::value_here(Item const &item) {
     if (item.how == Item::block && item.source == item.old) return block(item);
     if (item.how == Item::as_it_was && item.source == item.old)
@@ -105,7 +105,7 @@ std::optional<std::string> NewText::word_inside(Item const &item, std::string_vi
            std::string(old.substr(before.end));
 }
 
-// Of one that comes from elsewhere, or is new. The layout is that of the entries around it.
+// The value of an item that is moved or new. The layout is that of the entries around it.
 std::string NewText::value(Item const &item, Layout const &layout) {
     switch (item.how) {
     case Item::literal:
@@ -129,8 +129,8 @@ std::string NewText::value(Item const &item, Layout const &layout) {
                              indented(text, page_.indent(entry.all().begin), layout.indent));
 }
 
-// The literal that the new one takes its style from: its own, or that of its neighbours. Without
-// one, a floating number has the digits that it needs.
+// The literal whose style the new one follows: the item's former one, or that of a neighbour. If
+// there is none, a floating number gets the digits that it needs.
 std::string NewText::like(Item const &item) {
     std::string own;
     if (item.old != none && entries_.entry(item.old).open.empty())
@@ -147,8 +147,8 @@ std::string NewText::sample_for(Item const &item) {
     return sample ? as_sample(page_.text(entries_.entry(sample->old).value), *sample->value) : "";
 }
 
-// For each child the nearest one before it of its type that stays as it was, or else the last one.
-// Numbers follow only a style that all of them have, and in a map not that of a single one.
+// For each child, the nearest unchanged child of its type before it, or else the last one after it.
+// Numbers follow a style only if all of them have it, and in a map only if there are at least two.
 NewText::Samples NewText::samples_in(Item const &parent) const {
     struct Neighbours {
         Item const *last = nullptr;
@@ -190,7 +190,7 @@ std::string NewText::literal(Item const &item, Layout const &layout) {
     return with_line_ends(indented(text, "", layout.indent), page_.eol());
 }
 
-// A typed value does not know how it was written: it is laid out like one of its type next to it.
+// A typed value does not store its layout, so it is laid out like the nearest value of its type.
 bool NewText::typed_on_lines(Item const &item, Layout const &layout) {
     if (!layout.lines || !item.parent) return layout.lines;
     cTypeObj const *const type = &item.value->type();
@@ -232,7 +232,7 @@ std::string NewText::fresh(Item const &item, Layout const &layout) {
     return text += padding + close;
 }
 
-// The blank between brackets and entries, as in one of its type next to it.
+// The blank between brackets and entries, as in a neighbour of the same type.
 std::string NewText::padding_like(Item const &item) const {
     if (!item.parent) return "";
     for (Item const *const child : item.parent->children) {
@@ -261,14 +261,14 @@ std::string NewText::key(Item const &item, Layout const &layout) {
     return text + separator;
 }
 
-// Of an item that stays: is its key not that of the text?
+// Does an item that stays have another key than its text?
 bool NewText::has_other_key(Item const &item) const {
     bool const keyed = !entries_.entry(item.old).key.empty();
     return keyed ? item.node->anid() != entries_.anid(item.old) : item.needs_key;
 }
 
-// A key with another name, up to its "=". That stays in its column if keys of other lengths have
-// theirs there too.
+// The renamed key, up to its "=". The "=" stays in its column if keys of other lengths have theirs
+// there too.
 std::string NewText::renamed(Item const &item, cat::SourceEntry const &entry) {
     if (entry.key.empty()) return key(item, layouts_.of(*item.parent));
     std::string const text = spelt(item.node->key(), page_.text(entry.key));
@@ -283,7 +283,7 @@ std::string NewText::renamed(Item const &item, cat::SourceEntry const &entry) {
     return text + blanks(text.size() < column ? column - text.size() : 1);
 }
 
-// Is the text between key and value that of the entry as it was? A comment there stays in any case.
+// Is the former text between key and value used again? Yes if it has a comment.
 bool NewText::keeps_separator(Item const &item, Layout const &layout) const {
     if (item.old == none || !item.parent || is_list(*item.parent->value)) return false;
     cat::SourceEntry const entry = entries_.entry(item.old);
@@ -293,7 +293,7 @@ bool NewText::keeps_separator(Item const &item, Layout const &layout) const {
     return entries_.is_donated(item.old) ? !layout.known : layout.width == 0;
 }
 
-// Key, value, delimiter and comments; without the blanks before the first line.
+// Key, value, delimiter and comments of an entry, without the indent of its first line.
 std::string NewText::new_entry(Item const &item, Layout const &layout, bool delimiter) {
     std::string text = comments_.of(item, Where::above, layout.indent);
     if (keeps_separator(item, layout)) {

@@ -1,5 +1,5 @@
 #pragma once
-// Puts the new text together: bytes of the old one, and between them what is new, laid out like its
+// Assembles the new text: bytes of the old one, and new parts between them, laid out like their
 // neighbours.
 
 #include "edit/ccomments.h"
@@ -21,7 +21,7 @@ class NewText {
     std::string all();
 
   private:
-    // The entry whose literal gives another one its style; null for none.
+    // From an entry to the one whose literal it follows in style; null for none.
     using Samples = std::unordered_map<Item const *, Item const *>;
     class BlockWriter;
 

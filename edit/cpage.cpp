@@ -9,8 +9,8 @@ constexpr std::string_view blanks = " \t\r\f\v";
 
 bool is_blank(char c) { return blanks.find(c) != std::string_view::npos; }
 
-// Calls `line_end` with the offset of each line feed that is outside of strings. Returns whether
-// the text ends inside a line comment.
+// Calls `line_end` with the offset of each line feed outside strings. Returns whether the text ends
+// inside a line comment.
 template <class Function> bool for_line_ends(std::string_view text, Function const &line_end) {
     char quote = '\0';
     bool line_comment = false, block_comment = false;

@@ -1,11 +1,11 @@
 #include "edit/cplan.h"
 
-// Items are settled in the order of the new text, so that a value is written where it is met first.
-// A path in the text may only pass through values that are written there, since the reader follows
-// no other: the parents of an item are such values.
+// Items are settled in the order of the new text, so that a value is written at its first place.
+// The reader follows a path only through values that are written on the path itself, not through
+// references; the parents of an item are such values.
 //
-// A node that comes from a donor is written once, even if its key came again there. So are those of
-// the text whose entries Entries::write_once() names.
+// A node from the donor is written once, even if its key is repeated there. So are the nodes of the
+// text that Entries::write_once() names.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -18,15 +18,14 @@ namespace qrv::edit {
 
 namespace {
 
-// Can it be written anew, entry by entry? A type that a program defines may write brackets of its
-// own kind.
+// Can the container be written entry by entry? A type of a program may use other brackets.
 bool has_known_brackets(cObj const &container) {
     return container.is_map() || is_list(container) || container.type().tmember("attspec");
 }
 
-// The places in a list of numbers that form a longest rising row.
+// Marks the elements of a longest increasing subsequence.
 std::vector<bool> rising(std::vector<size_t> const &numbers) {
-    std::vector<size_t> last; // of rows of each length, their places
+    std::vector<size_t> last; // for each length, where the best subsequence so far ends
     std::vector<size_t> before(numbers.size(), none);
     for (size_t i = 0; i < numbers.size(); ++i) {
         auto const at = std::lower_bound(last.begin(), last.end(), numbers[i],
@@ -69,7 +68,7 @@ Item &Plan::add(Item *parent, Slot const &slot, objref const &value) {
     item.moved = slot.moved;
     item.donated = slot.donated;
     if (!parent) return item;
-    // In a set, what is written twice counts twice.
+    // The reader counts a repeated value of a set twice.
     if (parent->value->is_set()) {
         item.position = parent->children.size();
         in_sets_.emplace(item.node, &item);
@@ -103,7 +102,7 @@ void Plan::settle(Item &item) {
     if (item.node) passed_.insert(item.node);
 }
 
-// In a donor a later entry may have changed a value that is shared: then that one has its text.
+// In the donor, a later entry may have changed a shared value: then that entry has its text.
 bool Plan::has_its_text(Item const &item) {
     if (!entries_.is_once(item.old)) return true;
     bool const written_here = !entries_.any_comes_again() || is_constant(item.value) ||
@@ -112,7 +111,7 @@ bool Plan::has_its_text(Item const &item) {
     return is_block_of(item.old, item.value) && (written_here || entries_.is_donated(item.old));
 }
 
-// Do the brackets there hold entries of that container? A key that came again may have had a value
+// Do the brackets of this entry hold entries of this container? A repeated key may have had a value
 // of another kind before.
 bool Plan::is_block_of(size_t number, objref const &container) const {
     cat::SourceEntry const frame = entries_.frame(number);
@@ -125,7 +124,7 @@ bool Plan::is_block_of(size_t number, objref const &container) const {
                                     : true;
 }
 
-// Does the text there have entries that no node holds any more?
+// Does the text of this entry have entries without a node?
 bool Plan::has_lost_entries(size_t number) const {
     std::vector<cat::SourceEntry> const parts = entries_.inside(number);
     return std::any_of(parts.begin(), parts.end(), [&](cat::SourceEntry const &part) {
@@ -133,8 +132,9 @@ bool Plan::has_lost_entries(size_t number) const {
     });
 }
 
-// Does its key come again, and did it get another value there, or more entries from a reference? A
-// new map, or set, may only come after text without entries, which would be merged with its own.
+// Is the key of this item repeated, so that a later entry sets its value, or does a reference add
+// entries to it? The text of such an entry stays. A new map or set is written at the last entry,
+// and entries of earlier text would be merged into it, so only earlier text without entries stays.
 bool Plan::is_merged(Item const &item, bool in_place) const {
     if (!item.node || item.parent->value->is_set() || !entries_.comes_again(item.old)) return false;
     if (entries_.is_once(item.old)) return false;
@@ -146,7 +146,7 @@ bool Plan::is_merged(Item const &item, bool in_place) const {
     return entries_.entry(item.old).reference;
 }
 
-// True if the value has been written before.
+// Makes the item a reference if its value was written before; else false.
 bool Plan::settle_shared(Item &item, bool in_place) {
     auto const [known, fresh] = written_.emplace(item.value.get(), &item);
     if (fresh) return false;
@@ -191,7 +191,7 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
     }
     item.source = found.empty() ? none : found.back();
     if (container_in(item.value)) {
-        if (arranged_.count(item.source)) item.source = none; // another copy of it is written there
+        if (arranged_.count(item.source)) item.source = none; // another copy is written there
         item.how = item.source == none ? Item::fresh : Item::block;
         if (item.how == Item::block) return add_children(item, {item.source});
         if (item.depth >= cat::max_read_depth) {
@@ -206,7 +206,7 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
                          !is_constant(item.value);
     if ((item.source == none || donated) && was && &was->type() == &item.value->type() &&
         !entries_.entry(item.old).reference)
-        item.source = item.old; // replaced by an equal one, perhaps
+        item.source = item.old; // the new value may be equal to the old one
     bool const same =
         item.source != none && (is_constant(item.value) || is_constant(was)
                                     ? item.value == was
@@ -214,12 +214,12 @@ void Plan::settle_from_elsewhere(Item &item, objref const &was) {
     item.how = same ? Item::as_it_was : Item::literal;
 }
 
-// What the entry was before the change; null if none of the tree belongs to it.
+// The entry as it was before the change; null if it has no node in the tree.
 WasEntry const *Plan::was_of(size_t number) const {
     return number == 0 ? &before_.root() : before_.entry(entries_.anid(number));
 }
 
-// The entries in which a value was written before the change, in file order.
+// The entries that wrote a value before the change, in file order.
 std::vector<size_t> const &Plan::definitions(objref const &value) {
     if (!std::exchange(searched_, true)) search_definitions();
     if (auto const *const was = matching_.replaced_by(value)) return definitions(*was);
@@ -232,8 +232,8 @@ std::vector<size_t> const &Plan::definitions(objref const &value) {
     return known->second;
 }
 
-// Is this where a value has its text? Of a key that comes again the last entry has it, in a set the
-// first one, and a container has several.
+// Does this entry have the text of the value? For a repeated key the last entry has it, in a set
+// the first one; a container can have several.
 bool Plan::writes(size_t number, objref const &value) const {
     if (!entries_.comes_again(number)) return true;
     size_t const parent = entries_.entry(number).parent;
@@ -245,7 +245,8 @@ bool Plan::writes(size_t number, objref const &value) const {
     return container_in(value) ? is_block_of(number, value) : all.back() == number;
 }
 
-// The entry that a node is written at: the first, or, if it is brought, the one that has its text.
+// The entry at which a node is written: its first one, or for the donor's nodes the one with the
+// text.
 size_t Plan::place_of(WasEntry const &was, bool moved) const {
     std::vector<size_t> const numbers = entries_.of(was.anid);
     if (numbers.empty()) return none;
@@ -284,7 +285,7 @@ void Plan::add_children(Item &item, std::vector<size_t> const &blocks) {
     if (item.how == Item::block && !is_list(*item.value)) number(item);
 }
 
-// The reader numbers the maps in a map that have no key.
+// Finds entries without a key that need one now. The reader numbers maps without a key in a map.
 void Plan::number(Item &block) const {
     int next = 0;
     for (Item *const child : block.children) {
@@ -296,8 +297,8 @@ void Plan::number(Item &block) const {
     }
 }
 
-// A value that a set has already has no effect. Its text stays unless the first one changed: then
-// it would add a value.
+// A repeated value of a set has no effect. Its text stays unless the first one has changed: then
+// the text would add a value.
 bool Plan::add_repeated(Item &item, Slot const &slot) {
     if (!item.value->is_set() || slot.moved || !entries_.comes_again(slot.old)) return false;
     auto const first = in_sets_.find(slot.node);
@@ -329,7 +330,7 @@ void Plan::add_fresh_children(Item &item) {
         settle(add(&item, slot, slot.node->valref()));
 }
 
-// Is the value the one that the node had, without a change in it?
+// Does the node have the same value as before, without a change inside it?
 bool Plan::is_as_before(WasEntry const &was, cAttrNode const &node) const {
     if (was.value != node.valref()) return false;
     if (is_constant(was.value)) return true;
@@ -345,29 +346,30 @@ bool Plan::is_as_before(WasEntry const &was, cAttrNode const &node) const {
     });
 }
 
-// The entries of a container as they are to be in the text; `old` is the first of those in it.
-// In brackets of the text, what no entry of it gave is a default.
+// The entries that a container must have in the text, each with its first former entry as `old`.
+// Inside existing brackets an unchanged value without an entry is a default and is not written.
 Plan::Slots Plan::slots_of(cMapObj const &container, bool fresh) {
     Slots slots;
     cAttrHash const &hash = container.datamap();
     bool const merged =
         before_.is_donated(&container) && (container.is_map() || is_list(container));
-    bool const has_defaults = !merged; // by a reference under a key that came again
+    bool const has_defaults = !merged; // a reference of a repeated key merges entries
     size_t position = 0;
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node), ++position) {
         WasEntry const *was = matching_.was(*node);
         size_t old = was ? place_of(*was, false) : none;
         if (!fresh && was && old == none && has_defaults && is_as_before(*was, *node)) continue;
         WasEntry const *const donated = was ? matching_.donated(*was, *node) : nullptr;
-        bool const gone = !was && (was = matching_.take_gone(*node));
+        bool const gone = !was && (was = matching_.take_removed(*node));
         if (gone) old = place_of(*was, true);
         slots.push_back({old, node, position, true, donated ? place_of(*donated, true) : none});
     }
     return slots;
 }
 
-// Entries that keep their order stay where they are; all others, and new ones, come after the one
-// before them, at the front before the first that stays, or at the end of the last block.
+// Entries that keep their order stay where they are. All others, and new ones, follow their
+// predecessor; without one they are put before the first entry that stays, or at the end of the
+// last block.
 void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) {
     Slots wanted = slots_of(container, false);
     std::unordered_map<std::uint32_t, std::vector<std::pair<size_t, size_t>>>
@@ -389,7 +391,7 @@ void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) 
     std::vector<bool> const stays = rising(numbers);
     for (size_t i = 0; i < candidates.size(); ++i) wanted[candidates[i]].moved = !stays[i];
 
-    std::unordered_map<size_t, Slots> after; // what comes after an entry that stays
+    std::unordered_map<size_t, Slots> after; // entries that follow an entry that stays
     Slots front, *run = &front;
     std::unordered_map<std::uint32_t, Slot const *> staying;
     for (Slot const &slot : wanted)
@@ -424,7 +426,7 @@ void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) 
 
 namespace {
 
-// The keys of a path in a text; empty if it is more than keys and slashes.
+// The keys of a path in the text; empty if the path has more than keys and slashes.
 std::vector<std::string> keys_of(std::string_view path) {
     std::vector<std::string> keys;
     size_t const first = path.find_first_not_of(" /");
@@ -444,7 +446,7 @@ std::vector<std::string> keys_of(std::string_view path) {
 
 } // namespace
 
-// The node with that key in a container that is being written.
+// The node with this key in a container that is being written.
 cAttrNode const *Plan::node_at(Item const &item, std::string const &key) const {
     objref value;
     if (cObj::readobj(key.c_str(), value) != 0 || !value) return nullptr;
@@ -459,14 +461,15 @@ cAttrNode const *Plan::node_at(Item const &item, std::string const &key) const {
     return item.value->is_vector() ? hash.findpos(static_cast<unsigned>(index)) : nullptr;
 }
 
-// Does the path of that reference, as it is written, still lead to the value?
+// Does the written path of this reference still lead to the value?
 bool Plan::path_holds(size_t reference, objref const &value) const {
     cAttrNode const *const node = path_end(reference);
     return node && node->valref() == value && passed_.count(node) > 0;
 }
 
-// Does that reference, as it is written, still read as the value? One into a typed value reads as a
-// copy of what is there. Where a key comes again, it may be the value that the key had before.
+// Does this reference still read as the value? A reference into a typed value reads as a copy of
+// the value there. If keys are repeated, it may read as an earlier value of a key, so this returns
+// true.
 bool Plan::reads_as(size_t reference, objref const &value) const {
     if (entries_.is_once(reference)) return false;
     if (entries_.any_comes_again()) return true;
@@ -474,7 +477,7 @@ bool Plan::reads_as(size_t reference, objref const &value) const {
     return node && exact_text(node->valref()) == exact_text(value);
 }
 
-// The node to which the path of that reference leads now; null if it leads nowhere.
+// The node to which the path of this reference leads now, or null.
 cAttrNode const *Plan::path_end(size_t reference) const {
     cat::Span const span = entries_.entry(reference).value;
     std::string_view const text = text_.substr(span.begin, span.size());

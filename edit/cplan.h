@@ -1,8 +1,8 @@
 #pragma once
-// What the new text consists of, entry by entry in its order, and which bytes each is copied
-// from. A value that several places share is written at the first of them; the others refer to it.
+// The parts of the new text, entry by entry in its order, and the bytes from which each is copied.
+// A value that several places share is written at the first of them; the others refer to it.
 //
-// A container is written in one block of the text, or in several where its key is repeated.
+// A container is written in one block of the text, or in several if its key is repeated.
 
 #include "edit/centries.h"
 #include "edit/cmatching.h"
@@ -18,7 +18,7 @@ struct Item {
         literal,   // new text without parts
         block,     // a container: the brackets at `source`, with the children
         fresh,     // a container with new brackets
-        absent,    // no text: it is deeper than the reader accepts
+        absent,    // no text: the value is deeper than the reader accepts
         reference  // #cRef(the path of `target`)
     };
 
@@ -26,10 +26,10 @@ struct Item {
     cAttrNode const *node = nullptr; // null for the outermost value
     objref value;
     size_t position = 0;    // in its container
-    int depth = 0;          // of containers around it
-    size_t old = none;      // the entry that it was
-    bool moved = false;     // `old` is at another place of the text, or in that of the donor
-    bool needs_key = false; // `old` has none, and would get another number
+    int depth = 0;          // the number of containers around it
+    size_t old = none;      // its former entry
+    bool moved = false;     // `old` is at another place of the text, or in the donor's text
+    bool needs_key = false; // `old` has no key, and the reader would number it differently now
     size_t donated = none;  // the donor's entry whose value replaced the one at `old`
     size_t source = none;
     How how = literal;
@@ -46,7 +46,7 @@ class Plan {
 
     Item const &root() const { return items_.front(); }
     Snapshot const &before() const { return before_; }
-    // Of an item in the text, with a slash before each key.
+    // The path of an item in the text, with a slash before each key.
     static std::string path(Item const &item);
 
   private:
@@ -97,9 +97,9 @@ class Plan {
     std::unordered_set<cAttrNode const *> passed_;                // nodes of the items so far
     std::unordered_map<cAttrNode const *, Item const *> in_sets_; // the first items of nodes
     std::unordered_map<size_t, Slots> arranged_;                  // by block
-    std::unordered_map<cObj const *, std::vector<size_t>> definitions_; // of values asked for
+    std::unordered_map<cObj const *, std::vector<size_t>> definitions_; // of requested values
     std::vector<std::pair<cObj const *, size_t>> all_definitions_;      // sorted
-    bool searched_ = false;                                             // for all of them
+    bool searched_ = false; // is all_definitions_ filled?
 };
 
 } // namespace qrv::edit

@@ -16,7 +16,7 @@ namespace {
 
 using Pairs = std::vector<std::pair<objref, objref>>;
 
-// Keys and values as they are now: what follows may run user code.
+// A copy of the keys and values, for loops that may run user code.
 Pairs pairs_in(cMapObj const *map) {
     Pairs pairs;
     if (!map) return pairs;
@@ -29,7 +29,7 @@ Pairs pairs_in(cMapObj const *map) {
 bool is_attlist(cTypeObj const &type) { return &type.type() == &cat::typetype_attlist(); }
 bool is_choice(cTypeObj const &type) { return &type.type() == &cat::typetype_choice(); }
 
-// Null for other values, also where a program has replaced a member of a type.
+// The value as a map; null for other values, which a program may have stored in a type.
 cMapObj const *as_map(objref const &value) { return dynamic_cast<cMapObj const *>(value.get()); }
 
 class Check {
@@ -51,8 +51,7 @@ class Check {
     void test_attributes(objref const &value, bool is_object) {
         cMapObj const *const map = as_map(value);
         for (auto const &[key, attribute] : pairs_in(map)) test(key, attribute);
-        if (is_object || !map)
-            return; // an object got all keys that were declared when it was created
+        if (is_object || !map) return; // an object gets all declared keys when it is created
         objref const specs = type_->tmember("attspec");
         for (auto const &[key, spec] : pairs_in(as_map(specs))) {
             auto const *const attspec = dynamic_cast<cAttspec const *>(spec.get());
@@ -61,7 +60,7 @@ class Check {
         }
     }
 
-    // As the library's own test, but it continues after the first broken rule.
+    // Like the library's own test, but continues after the first broken rule.
     void test(objref const &key, objref const &value) {
         objref const declared = type_->getattr(key); // RUNS USER CODE
         auto const *const spec = dynamic_cast<cAttspec const *>(declared.get());
@@ -89,9 +88,9 @@ class Check {
     std::vector<BrokenRule> found_;
 };
 
-// Containers in the order of the tree. A program can nest them deeper than the stack is, so those
-// that wait are in a list, the next one last. The text of a path is made only where a rule is
-// broken.
+// Visits containers in the order of the tree. A program can nest them deeper than the stack allows,
+// so the waiting ones are in a list, the next one last. Creates the text of a path only for a
+// broken rule.
 class Walk {
   public:
     std::vector<BrokenRule> run(objref const &value, cTypeObj &type) {
@@ -146,7 +145,7 @@ class Walk {
     std::vector<Step> steps_{{0, nullptr}}; // the first one is the value itself
     std::vector<std::pair<objref, std::size_t>> todo_;
     std::unordered_map<cObj const *, objref>
-        seen_; // held: user code may remove them from the value
+        seen_; // holds them: user code may remove them from the value
     std::vector<BrokenRule> found_;
 };
 

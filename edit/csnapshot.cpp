@@ -17,7 +17,7 @@ namespace qrv::edit {
 
 namespace {
 
-// Of a number or a bool of the library's types.
+// The content of a number or a bool of the library's types.
 template <class T> std::uint64_t bits_of(cObj const &value) {
     T const number = static_cast<cObjDR<T> const &>(value).val();
     std::uint64_t bits = 0;
@@ -34,7 +34,7 @@ std::optional<std::uint64_t> bits_of(cObj const &value) {
     return std::nullopt;
 }
 
-// What WasEntry::key is, in its lowest bits.
+// The lowest bits of WasEntry::key are its form.
 enum KeyForm : unsigned { number_key, text_key, object_key };
 constexpr unsigned key_bits = 2;
 
@@ -72,7 +72,7 @@ void Snapshot::add_donor(objref const &root) {
     add(root);
 }
 
-// What a donor shares with the target is the target's.
+// Adds a tree. Containers that the donor shares with the target belong to the target.
 void Snapshot::add(objref const &root) {
     if (!container_in(root) || !containers_.try_emplace(root.get()).second) return;
     std::vector<objref> todo{root};
@@ -96,7 +96,8 @@ void Snapshot::add(objref const &root) {
               [](WasEntry const *a, WasEntry const *b) { return a->anid < b->anid; });
 }
 
-// Of a key without an object a text or a number is enough, and needs less memory.
+// A key without an object is stored as a string or a number, which needs less memory than an
+// object.
 std::uint64_t Snapshot::key_of(cAttrNode const &node) {
     bool const is_bare = !node.has_key_object();
     if (auto const number = is_bare ? node.key_int() : std::nullopt)
@@ -194,7 +195,7 @@ std::unordered_set<std::uint32_t> Snapshot::in_changed() const {
         changed.insert(container);
         for (WasEntry const &entry : entries) anids.insert(entry.anid);
     }
-    for (size_t size = 0; size < changed.size();) { // and what is around them
+    for (size_t size = 0; size < changed.size();) { // adds the containers around them
         size = changed.size();
         for (auto const &[container, entries] : containers_)
             for (WasEntry const &entry : entries)

@@ -1,8 +1,8 @@
 #pragma once
-// A tree as it was before a change: which entries each container had, and their values; and the
-// tree of a donor, another text whose values the change may use. Values are held, so no address
-// is used again while the snapshot lives. A large tree has many entries, so each takes little more
-// than its key and value: 32 bytes, and the bytes of strings.
+// A tree as it was before a change: the entries of each container, and their values. Also the tree
+// of the donor, another text whose values the change may use. The snapshot holds the values, so no
+// address is used again while it exists. An entry takes 32 bytes, and the bytes of strings, since a
+// large tree has many.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
@@ -15,8 +15,8 @@
 
 namespace qrv::edit {
 
-// The value as a container whose entries are edited one by one; null for others: scalars, types,
-// and what a program's type writes by itself.
+// The value as a container whose entries are edited one by one; null for scalars, types, and values
+// that a program's type writes by itself.
 cMapObj const *container_in(objref const &value);
 
 // Is it a vector or a set?
@@ -30,7 +30,7 @@ bool is_constant(objref const &value);
 
 struct WasEntry {
     std::uint32_t anid;
-    std::uint32_t size; // of the content; a container has none
+    std::uint32_t size; // of the content; `container` for containers, which have no content
     std::uint64_t key;  // for Snapshot::key
     objref value;
     std::uint64_t content;
@@ -45,7 +45,7 @@ class Snapshot {
     void add_donor(objref const &root);
 
     objref const &donor() const { return donor_; }
-    // Was it a container of the donor?
+    // Was this a container of the donor?
     bool is_donated(cObj const *container) const { return donated_.contains(container); }
 
     using Containers = std::unordered_map<cObj const *, std::vector<WasEntry>>;
@@ -56,19 +56,19 @@ class Snapshot {
     // The entry of a node; null if the node was not in the tree.
     WasEntry const *entry(std::uint32_t anid) const;
     WasEntry const &root() const { return root_; }
-    // The key of an entry, but not of root(): its object, or a new one where it had none.
+    // The key of an entry other than root(): its object, or a new one if it had none.
     objref key(WasEntry const &was) const;
     // The value that a node had; null if the node was not in the tree.
     objref const &value(std::uint32_t anid) const;
-    // Is the value now what the entry's was? For values that are not containers.
+    // Does the value still have the content that it had in this entry? Not for containers.
     bool is_still(WasEntry const &was, objref const &value) const;
-    // Has the container the same nodes with the same values?
+    // Does the container still have the same nodes with the same values?
     bool is_still(std::vector<WasEntry> const &was, cMapObj const &container) const;
 
     // Does the tree differ from this one?   O(size)
     bool changed(objref const &root) const;
 
-    // The nodes that were in a changed container, and those that lead to it.
+    // The nodes that were in a changed container, and those on the way to it.
     //   O(size), times the depth of the changes
     std::unordered_set<std::uint32_t> in_changed() const;
 
@@ -77,9 +77,10 @@ class Snapshot {
     std::uint64_t key_of(cAttrNode const &node);
     WasEntry entry_of(std::uint32_t anid, std::uint64_t key, objref const &value);
 
-    // The bytes of strings, the texts of values that are not numbers, and keys up to a NUL each.
+    // The bytes of strings, the written forms of values that are not numbers, and keys, each of
+    // which ends with a NUL.
     std::string contents_;
-    std::vector<objref> keys_; // that have an object
+    std::vector<objref> keys_; // keys with an object
     WasEntry root_;
     Containers containers_;
     std::vector<WasEntry const *> by_anid_;

@@ -1,8 +1,7 @@
 #include "edit/cspelling.h"
 
-// Each kind of literal is taken apart into what a person chose (the style) and what the value says.
-// The style of another kind, or one that can't hold the value, is not followed: the literal is then
-// the exact written form.
+// A literal consists of the style, which a person chose, and the value. If the style is of another
+// kind of literal or can't express the new value, the result is the exact written form.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -50,7 +49,7 @@ std::string spelt_string(std::string const &text, std::string_view like) {
 
 // --- whole numbers ---
 
-// "0x00FF": as many digits as there were, or more, in their case.
+// As in "0x00FF": keeps the case and the number of digits, or adds digits.
 std::string hexadecimal(int value, std::string_view like) {
     std::array<char, 8> buffer{};
     char *const end = std::to_chars(buffer.begin(), buffer.end(), value, 16).ptr;
@@ -61,7 +60,7 @@ std::string hexadecimal(int value, std::string_view like) {
     return std::string(like.substr(0, 2)) + std::string(width - digits.size(), '0') + digits;
 }
 
-// "+5", "007", "12u"
+// As in "+5", "007", "12u".
 std::string decimal(int value, std::string_view like) {
     std::string const sign = like.starts_with('+') && value >= 0 ? "+" : value < 0 ? "-" : "";
     std::string digits = std::to_string(value < 0 ? -std::int64_t{value} : std::int64_t{value});
@@ -74,12 +73,12 @@ std::string decimal(int value, std::string_view like) {
     return sign + digits + (unsign ? std::string(1, like[given]) : "");
 }
 
-// What is before the digits of a number in an intf.
+// The length of the prefix before the digits of a number in an intf.
 size_t prefix_of(std::string_view number) {
     return is_hexadecimal(number) ? 2 : number.size() > 1 && has(number.substr(0, 1), "b0") ? 1 : 0;
 }
 
-// "intf(0x00A1F3)": leading zeros stay if the new digits fit.
+// As in "intf(0x00A1F3)": keeps leading zeros if the new digits fit.
 std::string formatted(std::string text, std::string_view like) {
     cat::Span const number = word_in_brackets(text), given = word_in_brackets(like);
     if (number.empty() || given.empty()) return text;
@@ -97,7 +96,7 @@ std::string formatted(std::string text, std::string_view like) {
 
 // --- floating numbers ---
 
-// How somebody wrote one: "+12.50e-03f".
+// The style of a number such as "+12.50e-03f".
 struct cFloatingStyle {
     explicit cFloatingStyle(std::string_view like) {
         if (like.find_first_not_of("0123456789.+-eEfF") != std::string_view::npos) return;
@@ -116,20 +115,20 @@ struct cFloatingStyle {
     }
     bool known = false;
     bool plus = false;
-    bool whole = true;    // digits before the point
-    size_t digits = 0;    // after it
-    char exponent = '\0'; // the letter
+    bool whole = true;    // has digits before the point
+    size_t digits = 0;    // the number of digits after it
+    char exponent = '\0'; // the letter, if there is an exponent
     char suffix = 'f';
 };
 
-// The shortest digits that read back, in that notation.
+// The shortest digits in this notation that read as the value.
 template <class T> std::string digits_of(T value, std::chars_format format) {
     std::array<char, 400> buffer{};
     auto const end = std::to_chars(buffer.begin(), buffer.end(), value, format).ptr;
     return std::string(buffer.begin(), end);
 }
 
-// Puts a point and zeros into "12", "12.5" or "1e+30" until there are so many digits after it.
+// Adds a point and zeros to "12", "12.5" or "1e+30" until `digits` digits follow the point.
 void pad(std::string &number, size_t digits) {
     size_t const end = std::min(number.find('e'), number.size());
     size_t const point = number.find('.');

@@ -1,7 +1,7 @@
 #pragma once
-// How a scalar is spelt in a file that a person wrote: like the literal whose place it takes, as
-// far as the value allows. A number keeps its sign, base, width, suffix and digits after the point;
-// a string keeps its quotes, or their absence. What comes out always reads back as the value.
+// Spells a scalar for a file that a person wrote: like the literal that it replaces, as far as the
+// value allows. A number keeps its sign, base, width, suffix and digits after the point; a string
+// keeps its quotes, or their absence. The result always reads as the value.
 
 #include "qrv/core/cobj.h"
 #include "qrv/text/read/csourcemap.h"
@@ -11,17 +11,18 @@
 
 namespace qrv::edit {
 
-// The literal for a value; `like` is the literal that was there, or that of a neighbour; empty for
-// none. Values that are no literal have their exact written form, which is empty where there is
-// none: infinity, for one.
+// The literal for a value. `like` is the previous literal or that of a neighbour, or empty. For
+// values without a literal, returns their exact written form, or "" if there is none, as for
+// infinity.
 std::string spelt(objref const &value, std::string_view like);
 
-// The word between the brackets of "Mode( off /* as shipped */ )"; empty if there is more or less.
+// The word between the brackets, as in "Mode( off /* as shipped */ )"; empty if there isn't exactly
+// one.
 cat::Span word_in_brackets(std::string_view text);
 
 bool is_hexadecimal(std::string_view literal); // of a number
 
-// Is this text a word that reads as a string without quotes?
+// Is this a word that reads as a string without quotes?
 bool is_word(std::string_view text);
 
 } // namespace qrv::edit

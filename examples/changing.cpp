@@ -17,7 +17,7 @@ int main() {
     site["rack"].rename("unit", "height");
     std::cout << site << '\n';
 
-    // Copies share. clone() gives a copy of its own.
+    // Copies share. clone() returns a separate copy.
     qrv::value const same = site;
     qrv::value const own = site.clone();
     site["name"] = "Connewitz";

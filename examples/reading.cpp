@@ -50,7 +50,7 @@ int main() {
         std::cout << error.what() << '\n';
     }
 
-    // All errors of a text at once.
+    // All errors in the text at once.
     try {
         qrv::parse("{ volume= 3 bass= 4;\n  tone= 12dB; }");
     } catch (qrv::parse_error const &error) {

@@ -148,7 +148,7 @@ void cLoad::rest() {
          std::exchange(entries_, std::make_unique<cEntryGroup>())});
 }
 
-// The first module that the file itself created; null if it created none.
+// The first module that the file itself created; null if there is none.
 cModule *cLoad::made_module() const {
     cModule *first = nullptr;
     for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry)) {

@@ -1,8 +1,8 @@
 // The repository's functions, the set of lists, and the table of counted pointers.
 //
-// Both process-wide tables hang on a constant-initialised pointer and are made when first needed;
-// at that moment their end is registered with the process's exit. So they outlive each static
-// object whose constructor used them, whichever came first.
+// Both process-wide tables have a constant-initialised pointer and are created on first use, which
+// also registers their destruction at exit. So they outlive each static object whose constructor
+// has used them.
 
 #include "qrv/modules/crepository.h"
 
@@ -21,12 +21,12 @@ namespace {
 
 using cSharedTable = std::map<void *, cRef<cShared>>;
 
-constexpr std::size_t longest_key = 255; // in findorload; what stands beyond is not copied
+constexpr std::size_t longest_key = 255; // in findorload; further characters are not copied
 
 constinit cSharedTable *shared_table = nullptr;
-constinit bool shared_table_ends = false; // its end is registered
+constinit bool shared_table_ends = false; // its destruction is registered
 constinit cRepositories *repositories = nullptr;
-constinit std::string const *unknown_text = nullptr; // never freed: references to it stay good
+constinit std::string const *unknown_text = nullptr; // never freed: references to it stay valid
 
 void end_shared_table() {
     shared_table_ends = false;
@@ -53,7 +53,7 @@ std::string const &unknown() {
 void cat::start_shared_table() {
     if (shared_table) return;
     shared_table = new cSharedTable;
-    if (shared_table_ends) return; // the table comes and goes, its end is registered once
+    if (shared_table_ends) return; // the table may be created again, but is registered once
     shared_table_ends = true;
     std::atexit(end_shared_table);
 }
@@ -78,7 +78,7 @@ cShared *cGetShared(void *pointer) {
     return record;
 }
 
-// The record itself goes with the last handle that shares it.
+// The last handle that shares the record destroys it.
 void cPutShared(void *pointer) {
     if (!shared_table) return;
     shared_table->erase(pointer);
@@ -172,9 +172,9 @@ cRepositoryEntry *cRepoImpl::findorload(cRepositoryList *list, std::string const
     if (!list || name.empty()) return nullptr;
     std::size_t const colon = name.find(':');
     std::string const key = name.substr(0, std::min(colon, longest_key));
-    std::string const behind = colon == std::string::npos ? "" : name.substr(colon + 1);
+    std::string const after_colon = colon == std::string::npos ? "" : name.substr(colon + 1);
     if (cRepositoryEntry *const entry = list->look_up(key)) return entry;
-    for (std::string const *from : {&module, &behind, &key}) {
+    for (std::string const *from : {&module, &after_colon, &key}) {
         if (from->empty() || !cModule::load(*from)) continue;
         if (cRepositoryEntry *const entry = list->look_up(key)) return entry;
     }

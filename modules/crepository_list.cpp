@@ -1,16 +1,16 @@
 // The open-addressed table of a repository list, and the ring of its entries.
 //
-// A cell moves only like this:  0 --insert--> entry --~cRepositoryEntry--> 1 --insert--> entry
-// Only a rebuild, which starts a new array, makes zeros again. A search stops at 0 and passes 1; it
-// looks at no cell twice, since the size is a prime and the step smaller.
+// A cell moves only like this:  0 --insert--> entry --~cRepositoryEntry--> 1 --insert--> entry Only
+// a rebuild, which starts a new array, creates zeros again. A search stops at 0 and skips 1. It
+// visits no cell twice, since the size is a prime and the step is smaller.
 //
 // Rules, checked by broken_rule():
 //   R1  each entry e on the ring: e.next.prev is e, and the ring comes back to its head
-//   R2  e.owner is this list, e.hash that of its name, and *e.slot is e
-//   R3  as many entries on the ring as count says; not too full, enough cells unused
+//   R2  e.owner is this list, e.hash is the hash of its name, and *e.slot is e
+//   R3  the ring has count entries; the table is not too full, and enough cells are unused
 //   R4  (deep) the table holds count entries and unused zeros
 //   R5  (deep) a search for an entry's name finds that entry, so names are unique
-// Limit: beyond the greatest known size nothing more can be entered, std::length_error.
+// Limit: an insertion beyond the greatest known size throws std::length_error.
 
 #include "core/ctable_growth.h"
 #include "modules/centrygroup.h"
@@ -57,7 +57,7 @@ cRepositoryList::cRepositoryList() : size_(first_size), unused_(size_) {
 }
 
 cRepositoryList::cRepositoryList(cRepositoryList const &other) : cRepositoryList() {
-    copy(other); // the delegated constructor is done: a failure here destroys what was copied
+    copy(other); // after the delegated constructor, so a failure here runs the destructor
 }
 
 cRepositoryList &cRepositoryList::operator=(cRepositoryList const &other) {
@@ -99,7 +99,7 @@ cRepositoryEntry *cRepositoryList::look_up(std::string_view name) const {
     return probe(name, hash_of(name)).entry;
 }
 
-// Everything that may fail comes before the entry is linked.
+// All steps that may fail come before the entry is linked.
 cRepositoryEntry &cRepositoryList::insert(std::string_view name) {
     make_room();
     auto *const entry = new cRepositoryEntry(name);
@@ -114,7 +114,8 @@ cRepositoryEntry &cRepositoryList::insert(std::string_view name) {
     return *entry;
 }
 
-// Into the first cell that its name finds; make_room() has seen to it that there is one.
+// Puts the entry into the first free cell of its sequence; make_room() guarantees that there is
+// one.
 void cRepositoryList::put(cRepositoryEntry &entry) {
     entry.slot_ = probe(entry.name_, entry.hash_).cell;
     if (*entry.slot_ == cell_unused) --unused_;
@@ -139,7 +140,7 @@ void cRepositoryList::make_room() {
     }
 }
 
-// In a new array, from the cached hashes. The order is the ring's, so nobody can tell.
+// Fills a new array from the cached hashes. Invisible, since the ring has the order.
 void cRepositoryList::rebuild(std::uint32_t size) {
     table_ = std::make_unique<std::uintptr_t[]>(size);
     size_ = unused_ = size;
@@ -151,7 +152,7 @@ std::string cRepositoryList::broken_rule(bool deep) const {
     for (cRepositoryEntry const *entry = &head_;;) {
         if (entry->next_->prev_ != entry) return "R1 next and prev disagree";
         entry = entry->next_;
-        if (entry == &head_) break; // comes: as next and prev agree, no entry is met twice before
+        if (entry == &head_) break; // reached: since next and prev agree, no entry is met twice
         if (entry->owner_ != this) return "R2 wrong owner " + entry->name_;
         if (entry->hash_ != hash_of(entry->name_)) return "R2 wrong hash " + entry->name_;
         if (!entry->slot_ || entry_of(*entry->slot_) != entry)
@@ -177,7 +178,7 @@ std::string cRepositoryList::broken_table() const {
     return {};
 }
 
-// Of a large list only every so often, so that filling it stays quick in checking builds too.
+// Checks a large list only at intervals, so that filling it stays fast in checking builds too.
 void cRepositoryList::check() const {
 #ifdef QRV_CHECKS
     if (count_ > 256 && count_ % 256 != 0) return;

@@ -102,7 +102,7 @@ cat::cStandardStreams cat::standard_streams() {
 
 // ---- the order starts here; <iostream> has created the standard streams ----
 
-static cStarted streams_stand;
+static cStarted streams_started;
 
 static cSharedTableStart shared_table_start;
 static cRepositoriesStart repositories_start;

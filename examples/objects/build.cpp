@@ -23,13 +23,13 @@ int main() {
     sig_idle();
     cConsoleDisplay display;
 
-    // make<T> gives the first handle; the tree shares what is put into it.
+    // make<T> returns the first handle; the tree shares the values that are stored in it.
     objref const plan = make<cMapObj>();
     (*plan)["title"] = cat::of("Cold start");
     (*plan)["runs"] = cat::of(3);
     (*plan)["runs"]->set_comment(" // one a day", true);
 
-    // One object under two keys: the file says so, and reading it makes one object again.
+    // One object under two keys: the file preserves that, and reading it creates one object again.
     (*plan)["start"] = range(-40, 85);
     (*plan)["stop"] = (*plan)["start"];
 
@@ -37,7 +37,7 @@ int main() {
     for (char const *step : {"cool down", "wait", "switch on"}) steps->append(cat::of(step));
     (*plan)["steps"] = steps;
 
-    // A set takes an equal value once.
+    // A set stores equal values once.
     objref const testers = make<cSetObj>();
     for (char const *name : {"Ada", "Grace", "Ada"}) testers->append(cat::of(name));
     (*plan)["testers"] = testers;

@@ -1,6 +1,6 @@
-// A choice type made by program: an enumeration whose values are positions in a map that can change
-// while they live. A machine's mode is such a value; the modes of the machine are replaced, removed
-// and told, and the mode follows.
+// A choice type that a program creates: an enumeration whose values are positions in a map that can
+// change during their lifetime. A machine's mode is such a value; when the modes of the machine are
+// replaced or removed, the mode follows.
 // Usage: choice
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cchoiceval.h"
@@ -24,21 +24,21 @@ int main() {
     sig_idle();              // the start-up text has no reader and goes
     cConsoleDisplay display; // from here on std::cout and std::cerr are seen
 
-    // The type holds the choices; registered, it can be named in texts.
+    // The type holds the choices; once registered, it can be named in text.
     auto const type = make<cTypeObj>(&cat::typetype_choice(), "Mode", nullptr);
     cTypeInsert const insert(*type);
     objref modes, machine, fewer;
     cObj::readobj("{ off=0; slow=10; fast=50; }", modes);
     (*type)["choices"] = modes;
 
-    // A value is a key of the choices. Any other key moves nothing.
+    // A value is a key of the choices. Any other key changes nothing.
     cObj::readobj("{ mode= Mode(slow); }", machine);
     show("read     ", machine);
     *(*machine)["mode"] = *cat::of("fast");
     *(*machine)["mode"] = *cat::of("no such mode");
     show("assigned ", machine);
 
-    // Changes through the type are told to its values: they go to the same key, or to the first.
+    // Changes through the type update its values: they get the same key, or the first one.
     (*type)["fast"] = cat::of(60);
     show("changed  ", machine);
     cObj::readobj("{ fast=55; off=0; }", fewer);

@@ -23,17 +23,17 @@ int main(int argc, char **argv) {
     objref device;
     if (scan.scan_obj(device, nullptr) != 0 || scan.errcount() != 0) return 2;
 
-    // By handles: `=` puts another object in the place, assign() changes the one that is there.
+    // By handles: `=` stores another object, assign() changes the present one.
     cAttr const bus = (*device)["bus"];
     bus["parity"] = cat::of("even");
     bus["registers"][1]->assign(cat::of("target"));
 
-    // By paths: one value, or a text of statements. `=` changes in place and can make levels.
+    // By paths: one value, or a string of statements. `=` changes in place and can create levels.
     device->setattrp("bus/timeout", cat::of(0.1), false);
     device->setattrp("bus/address = 18; bus/gateway/name = rack; bus/gateway/ports = [502, 503]",
                      true);
 
-    // A kill value removes the place.
+    // A kill value removes the entry.
     bus["retries"] = cat::badfind();
 
     if (!write2file(*device, "edited.attr", false)) return 1;

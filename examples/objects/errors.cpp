@@ -1,5 +1,5 @@
-// One operation that fails, and what becomes of it: printed, thrown, or forgiven. Whoever finds an
-// error composes it and sends it over a signal; the handler there decides, by masks on the code.
+// One operation that fails; its error is printed, thrown, or forgiven. The code that detects an
+// error composes it and sends it over a signal; the handler decides, by masks on the code.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ceros.h"
@@ -9,7 +9,7 @@
 #include <iostream>
 
 namespace {
-// The bit of an error that stops an operation, as nearly all of the library's do.
+// The bit of errors that stop an operation; nearly all errors of the library have it.
 constexpr unsigned int every_error = 0x40000000;
 
 void add_colour(cMapObj &settings) {
@@ -26,10 +26,10 @@ int main() {
     settings["volume"] = cat::of(7);
     settings.setflags(of_const_keys); // no new keys from here on
 
-    // Printed, if nobody asks for more. The result tells, too.
+    // Printed: the default. The result shows the failure, too.
     add_colour(settings);
 
-    // Thrown, from inside of the operation.
+    // Thrown, from inside the operation.
     cat::errhandler().throw_mask(every_error);
     try {
         add_colour(settings);
@@ -37,7 +37,7 @@ int main() {
         std::cout << "caught " << std::hex << error.code() << std::dec << '\n';
     }
 
-    // Forgiven: nobody is told, and the caller goes on, though without the key.
+    // Forgiven: not reported, and the caller continues, but without the key.
     cat::errhandler().throw_mask(0);
     cat::errhandler().silent_mask(every_error);
     cat::errhandler().clear_mask(every_error);

@@ -46,7 +46,8 @@ int main() {
     (*device)["mode"] = make<cIntValF>(8, cIntFormat::fmtOct);
     std::cout << "object  " << cat::as_text(device) << '\n';
 
-    // How much of the text the pattern takes: the most, or by the first choice that works.
+    // The length that the pattern matches: the longest match, or the first alternative that
+    // matches.
     std::cout << "match   " << cMatch("abcabc", "a*c", false) << ' '
               << cMatch("abcabc", "a*c", true) << '\n';
     std::cout << "stack   " << shown(cIsOnStack(&mask)) << ' ' << shown(cIsOnStack(&on_no_stack))

@@ -1,6 +1,5 @@
-// Watches the objects of a tree. Any object can have a signal `changed`, made when somebody asks
-// for it: whoever is done with changing the object fires it, and all that is connected gets to
-// know.
+// Watches the objects of a tree. Any object can have a signal `changed`, which is created on first
+// use. The code that has changed an object fires the signal, which calls all connected slots.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/csignalobj.h"
@@ -11,13 +10,13 @@
 #include <iostream>
 
 namespace {
-// What the slots call, each with its target.
+// Called by the slots, each with its target.
 bool show(cObj &obj) {
     std::cout << "  now " << cat::as_text(objref::share(&obj)) << '\n';
     return true;
 }
 
-// From here on a change of any map below is a change of this one too: signals call signals.
+// Connects the signals of all maps below to the signal of this map, so that their changes reach it.
 void tell_upwards(cObj &map) {
     for (cIterObj it = map.begin(); it.valid(); ++it) {
         if (!it->is_map()) continue;
@@ -41,7 +40,7 @@ int main() {
         (*boiler)["bar"] = cat::of(1.75);
         (*boiler)["pump"] = cat::of(true);
         boiler->changed();
-    } // a slot is disconnected by its end
+    } // the destructor of a slot disconnects it
 
     std::cout << "One slot at the top hears of every change below.\n";
     tell_upwards(*house);

@@ -1,6 +1,6 @@
-// Counts its runs in a map that lies in a file beside the program. A cPersistentMap reads its file
-// when it is first asked for the map, and writes it when it goes. Here one process plays three
-// runs and spoils the file before the last one; what it made it takes away.
+// Counts its runs in a map that is stored in a file. A cPersistentMap reads its file when the map
+// is first used, and writes it in its destructor. Here one process performs three runs and damages
+// the file before the last one; at the end it removes its files.
 #include "qrv/base/cfilename.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/core/cobjd.h"
@@ -22,7 +22,7 @@ void run(char const *who) {
     map["runs"] = cat::of(++runs);
     map["last"] = cat::of(who);
     std::cout << "run " << runs << " by " << who << '\n';
-} // saved here: the old file or the new one is whole, whatever happens
+} // saved here: even after a crash the file is complete, old or new
 } // namespace
 
 int main(int, char **argv) {
@@ -36,9 +36,9 @@ int main(int, char **argv) {
     run("Ben");
     std::cout << cat::file2string(file.c_str()) << "\n\n";
 
-    // What could not be read is kept beside before the file is written again.
+    // A damaged file is copied before it is written again.
     std::ofstream(file) << "{ runs= 2; last= Cleo; // the bracket is missing\n";
-    cat::ReadReport report; // takes the errors, which else would be printed
+    cat::ReadReport report; // collects the errors, which would be printed otherwise
     run("Dan");
     std::cout << "error   " << report.entries().front().text << '\n';
     std::cout << "kept    " << cat::file2string(kept.c_str());

@@ -1,4 +1,4 @@
-// Signals and slots: who is called, in which order, and what a slot may do in the middle of a call.
+// Signals and slots: the order of calls, and what a slot may do during a call.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/csignalobj.h"
 #include "qrv/core/cobjd.h"

@@ -20,11 +20,11 @@ int main(int argc, char **argv) {
     objref device;
     if (argc != 2 || !file2obj(argv[1], device) || !cObj::is_map(device)) return 2;
 
-    // By key and by path. as_string gives a string's plain value, as_text what a file would hold.
+    // By key and by path. as_string returns a string's plain value, as_text the text in a file.
     std::cout << "name    " << cat::as_string((*device)["name"]) << '\n';
     std::cout << "manual  " << cat::as_text(device->getattrp("location/manual")) << '\n';
 
-    // A handle stands for an owner and a key. What the file shares by #cRef is one object.
+    // A handle consists of an owner and a key. A value that the file shares by #cRef is one object.
     (*device)["limits"]["temperature"]["high"] = cat::of(150);
     std::cout << "sensor  " << cat::as_text(device->getattrp("sensors/0/limits")) << '\n';
 

@@ -1,5 +1,5 @@
-// Work under a watch dog: one sign of life for each step. Without one it works just the same.
-// Usage: watched [hang]; with hang it stops working in the middle.
+// Work under a watch dog: one sign of life for each step. The program also works without a watch
+// dog. Usage: watched [hang]; with hang it stops working in the middle.
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/util/cwatchdog.h"
 

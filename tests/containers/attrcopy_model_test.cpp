@@ -1,6 +1,6 @@
-// attrcopy, assign and += against a plain model: every command of up to four letters over small
-// random trees. The model walks as one would by hand, on twins of the same trees; results, shapes,
-// which objects stand where, and errors must agree.
+// attrcopy, assign and += compared with a simple model: every command of up to four letters on
+// small random trees. The model works on copies of the same trees; results, shapes, the identity of
+// objects, and errors must agree.
 
 #include "containers/ccompare.h"
 #include "tests/containers/trees.h"
@@ -109,9 +109,9 @@ bool model_add(objref const &target, objref const &source) {
     return true;
 }
 
-// --- trees and what is compared
+// --- trees and their comparison
 
-// One universe: trees grown from a seed, each object known by the number of its birth.
+// Trees generated from a seed; each object has the number of its creation.
 class cWorld {
   public:
     explicit cWorld(unsigned seed) : random_(seed) {}
@@ -131,7 +131,7 @@ class cWorld {
         return made;
     }
 
-    // Shape with births; what was born later has none.
+    // The shape with these numbers; objects that were created later have none.
     std::string text(cObj *obj) const {
         auto const birth = births_.find(obj);
         std::string result = birth == births_.end() ? "" : std::to_string(birth->second) + ":";
@@ -166,7 +166,7 @@ class cWorld {
     std::vector<objref> held_;
 };
 
-// The seed's target and source; now and then the target itself or a part of it is the source.
+// Target and source for a seed; sometimes the target itself or a part of it is the source.
 std::pair<objref, objref> grow(cWorld &world) {
     objref const target = world.container(2);
     objref const source = world.container(2);
@@ -204,7 +204,7 @@ template <class Real, class Model> void compare(unsigned seed, Real real, Model 
 
 class AttrcopyModel : public QrvTest {};
 
-TEST_F(AttrcopyModel, every_command_of_up_to_four_letters) {
+TEST_F(AttrcopyModel, every_command_of_up_to_four_letters_follows_the_model) {
     std::string const alphabet = "0asx-?";
     std::vector<std::string> commands = {""};
     for (size_t i = 0; i < commands.size(); ++i)

@@ -48,7 +48,7 @@ TEST_F(AttrcopyEdge, question_marks_take_the_members_letters) {
     EXPECT_EQ(at(a, "x"), at(b, "x")) << "stored, not assigned";
 }
 
-// What setattr is called with, in order.
+// The arguments of the calls of setattr, in order.
 constinit std::string *calls = nullptr;
 bool noting_setattr(cObj &obj, objref &key, objref &value) {
     *calls += cat::as_string(key) + (value ? "=" + shape(value.get()) : " gone") + "; ";
@@ -99,8 +99,8 @@ TEST_F(Attrcopy, every_letter_in_every_place_on_a_map) {
     struct cCase {
         char const *commands;
         char const *result;
-        bool shares_both; // the value of "b" is the source's
-        bool keeps_both;  // the value of "b" is the target's old one
+        bool shares_both; // "b" has the source's value
+        bool keeps_both;  // "b" has the target's old value
     };
     for (cCase const &c :
          {cCase{"0--", "{b=2}", false, true}, cCase{"a--", "{t=1, b=2}", false, true},
@@ -149,7 +149,7 @@ TEST_F(Attrcopy, letters_on_vectors_and_sets) {
     EXPECT_EQ(shape(s), "<9, 8>");
 }
 
-TEST_F(Attrcopy, merging_one_key_goes_by_the_type_of_the_targets_value) {
+TEST_F(Attrcopy, merging_one_key_depends_on_the_type_of_the_targets_value) {
     struct cCase {
         objref present, coming;
         char const *result;
@@ -168,7 +168,7 @@ TEST_F(Attrcopy, merging_one_key_goes_by_the_type_of_the_targets_value) {
     }
 }
 
-TEST_F(Attrcopy, failures_of_parts_make_the_result_false_and_the_rest_goes_on) {
+TEST_F(Attrcopy, after_a_failure_of_a_part_the_result_is_false_and_the_rest_is_copied) {
     cErrorLog errors;
     mapref const target = map({{"k", map()}, {"n", cat::nil()}, {"z", 1}});
     mapref const source = map({{"k", 5}, {"n", 6}, {"z", 7}});
@@ -196,13 +196,13 @@ TEST_F(Attrcopy, a_source_without_iterator_is_refused) {
 
 objref no_iterator(objref) { return cat::of(3); }
 
-TEST_F(Attrcopy, an_iterobj_that_gives_no_iterator_is_refused) {
+TEST_F(Attrcopy, an_iterobj_that_returns_no_iterator_is_refused) {
     mapref const source = map({{"a", 1}});
     ASSERT_TRUE(source->set_omember("iterobj", make<cExeMember>(no_iterator)));
     EXPECT_FALSE(map()->attrcopy(*source, "0as"));
 }
 
-TEST_F(Attrcopy, a_target_that_is_no_container_is_asked_to_store) {
+TEST_F(Attrcopy, the_setattr_of_a_target_that_is_not_a_container_is_called) {
     cErrorLog errors;
     EXPECT_FALSE(of(5)->attrcopy(*map({{"a", 1}}), "0as"));
     EXPECT_EQ(errors.text(), "0x48000000 Call of missed standard method 'setattr' in type: int\n");
@@ -211,7 +211,7 @@ TEST_F(Attrcopy, a_target_that_is_no_container_is_asked_to_store) {
 
 // --- the member cpcommands
 
-TEST_F(Attrcopy, question_marks_look_at_the_object_then_its_type_then_the_globals) {
+TEST_F(Attrcopy, question_marks_use_the_object_then_its_type_then_the_globals) {
     mapref const source = map({{"b", 8}, {"s", 9}});
     mapref const target = map({{"t", 1}, {"b", 2}});
     target->set_omember("cpcommands", of("-0"));
@@ -286,7 +286,7 @@ TEST_F(Attrcopy, a_clone_is_as_deep_as_assign) {
     EXPECT_EQ(copy->getattr(of("a")), at(m, "a"));
 }
 
-TEST_F(Attrcopy, merging_little_into_much_leaves_the_rest_alone) {
+TEST_F(Attrcopy, merging_a_small_source_does_not_change_the_rest_of_a_large_target) {
     mapref const much = map();
     for (int i = 0; i < 50000; ++i) much->datamap().mapitem(cat::of(i), cat::of(i));
     std::uint64_t const before = cAttrHash::probe_count();
@@ -308,7 +308,7 @@ mapref ladder(int levels, int number) {
     return level;
 }
 
-TEST_F(Attrcopy, ladders_are_copied_by_their_size) {
+TEST_F(Attrcopy, ladders_are_copied_in_linear_time) {
     mapref const a = ladder(64, 1);
     mapref const b = ladder(64, 2);
     EXPECT_TRUE(a->assign(*b));
@@ -318,7 +318,7 @@ TEST_F(Attrcopy, ladders_are_copied_by_their_size) {
     EXPECT_TRUE(a->equal(*ladder(64, 3)));
 }
 
-TEST_F(Attrcopy, ladders_of_vectors_are_assigned_by_their_size) {
+TEST_F(Attrcopy, ladders_of_vectors_are_assigned_in_linear_time) {
     auto const build = [](int number) {
         vectorref level = vector({number});
         for (int i = 0; i < 64; ++i) level = vector({level, level});
@@ -341,7 +341,7 @@ TEST_F(Attrcopy, maps_that_hold_themselves_are_copied_once) {
     b->clear();
 }
 
-// A part that appears twice is assigned once, but appended to as often as it is met.
+// A part that appears twice is assigned once, but appended to each time.
 TEST_F(Attrcopy, appending_is_never_remembered) {
     vectorref const shared = vector({1});
     mapref const target = map({{"a", shared}, {"b", shared}});
@@ -350,7 +350,7 @@ TEST_F(Attrcopy, appending_is_never_remembered) {
     EXPECT_EQ(shape(target), "{a=[1, 2, 2], b=[1, 2, 2]}");
 }
 
-// What user code copies inside an assign of its own is a copy of its own.
+// A copy that user code makes inside its assign is separate.
 constinit cMapObj *copied_from = nullptr;
 bool copying_assign(cObj &obj, objref &) {
     obj.attrcopy(*copied_from, "0as");
@@ -358,7 +358,7 @@ bool copying_assign(cObj &obj, objref &) {
     return obj.attrcopy(*copied_from, "0as");
 }
 
-TEST_F(Attrcopy, foreign_code_inside_is_not_held_against_what_was_copied) {
+TEST_F(Attrcopy, copies_that_user_code_makes_are_separate) {
     mapref const source = map({{"x", 1}});
     copied_from = source.get();
     mapref const inner = map();
@@ -393,7 +393,7 @@ TEST_F(Attrcopy, without_a_budget_nothing_is_counted_or_refused) {
     s->clear();
 }
 
-TEST_F(Attrcopy, with_a_budget_a_part_that_would_close_a_cycle_is_left_out) {
+TEST_F(Attrcopy, with_a_budget_a_part_that_would_close_a_cycle_is_skipped) {
     cCountingBudget budget(1000000);
     setref const s = set();
     EXPECT_TRUE(s->attrcopy(*set({s}), "-xx"));
@@ -435,7 +435,7 @@ TEST_F(Attrcopy, a_budget_counts_pairs_values_and_walked_values) {
     EXPECT_EQ(cat::cMergeBudget::current(), nullptr);
 }
 
-TEST_F(Attrcopy, a_merge_that_can_not_be_paid_for_is_left_out_as_a_whole) {
+TEST_F(Attrcopy, a_merge_beyond_the_budget_is_skipped_as_a_whole) {
     cCountingBudget budget(10);
     vectorref const v = vector();
     EXPECT_TRUE(v->attrcopy(*ints(10), "-xx"));
@@ -452,17 +452,17 @@ TEST_F(Attrcopy, a_merge_that_can_not_be_paid_for_is_left_out_as_a_whole) {
     EXPECT_EQ(budget.noted, "");
 }
 
-TEST_F(Attrcopy, beyond_the_budget_a_merge_ends_where_it_stands) {
+TEST_F(Attrcopy, a_merge_that_exceeds_the_budget_stops) {
     cCountingBudget budget(5);
     mapref const m = map();
-    // Two pairs can be paid for; walking the first value can't.
+    // The budget suffices for two pairs, but not for walking the first value.
     EXPECT_FALSE(m->attrcopy(*map({{"a", ints(20)}, {"b", 1}}), "-xx"));
     EXPECT_EQ(m->size(), 0);
     EXPECT_TRUE(budget.exhausted());
     EXPECT_EQ(budget.noted, "");
 }
 
-TEST_F(Attrcopy, doubling_and_walking_again_and_again_are_bounded) {
+TEST_F(Attrcopy, repeated_doubling_and_walking_are_limited) {
     cCountingBudget budget(100000);
     mapref const m = map({{"v", vector({1, 2})}});
     objref const v = at(m, "v");

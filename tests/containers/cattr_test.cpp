@@ -59,7 +59,7 @@ TEST_F(HandleEdge, assigning_a_handle_to_itself_writes_nothing) {
     EXPECT_EQ(static_cast<cMapObj &>(*map).size(), 0);
 }
 
-TEST_F(HandleEdge, what_was_written_is_the_object_itself) {
+TEST_F(HandleEdge, the_written_value_is_stored_itself) {
     objref const map = make<cMapObj>();
     objref const value = cat::of(1);
     (*map)["x"] = value;
@@ -104,7 +104,7 @@ TEST_F(HandleEdge, force_value_copies_in_place_on_a_fixed_type) {
     EXPECT_EQ(errors.count(), 0u);
 }
 
-TEST_F(HandleEdge, unsave_brings_the_content_back_in_the_same_object) {
+TEST_F(HandleEdge, unsave_restores_the_content_in_the_same_object) {
     objref const map = make<cMapObj>();
     objref const value = cat::of(1);
     (*map)["x"] = value;
@@ -127,7 +127,7 @@ TEST_F(HandleEdge, a_saved_map_is_a_clone_one_level_deep) {
     EXPECT_TRUE(copy->getattr(key("l")) == leaf);
 }
 
-TEST_F(HandleEdge, inserting_at_the_end_appends_and_behind_it_is_out_of_range) {
+TEST_F(HandleEdge, inserting_at_the_end_appends_and_after_it_is_out_of_range) {
     objref const v = vector_of({1, 2});
     cErrorLog errors;
     (*v)[2] << cat::of(3);
@@ -147,16 +147,16 @@ TEST_F(HandleEdge, inserting_into_a_map_is_not_defined) {
                              "cAttr::operator<< is not defines in type: map\n");
 }
 
-TEST_F(Handle, insertions_chain_from_place_to_place) {
+TEST_F(Handle, insertions_can_be_chained) {
     objref const v = vector_of({1, 2, 3});
     cAttr const next = (*v)[1] << cat::of(8) << cat::of(9);
     EXPECT_EQ(cat::as_text(v), "[1, 8, 9, 2, 3, ]");
     EXPECT_TRUE(cat::is_equal(next.key(), 3));
-    (*v)[0] << objref(); // inserting nothing takes the place away
+    (*v)[0] << objref(); // inserting null removes the index
     EXPECT_EQ(cat::as_text(v), "[8, 9, 2, 3, ]");
 }
 
-TEST_F(Handle, failed_insertions_tell_the_reason_and_end_whatever_the_handler_does) {
+TEST_F(Handle, failed_insertions_report_the_reason_and_end_with_any_handler) {
     objref const v = vector_of({1});
     {
         cErrorLog errors;
@@ -176,7 +176,7 @@ TEST_F(Handle, failed_insertions_tell_the_reason_and_end_whatever_the_handler_do
     EXPECT_EQ(cat::as_text(v), "[1, ]");
 }
 
-TEST_F(Handle, equal_values_enter_a_set_only_by_insertion) {
+TEST_F(Handle, equal_values_are_added_to_a_set_only_by_insertion) {
     objref const s = make<cSetObj>();
     s->append(cat::of(1));
     (*s)[1] << cat::of(1);
@@ -204,7 +204,7 @@ TEST_F(Handle, handles_share_between_attributes) {
     EXPECT_TRUE(cat::is_equal(other, 1));
 }
 
-TEST_F(Handle, keys_outlive_the_text_they_were_made_of) {
+TEST_F(Handle, keys_outlive_the_string_from_which_they_were_created) {
     objref const map = make<cMapObj>();
     cAttr attr = (*map)[std::string("a key that needs memory of its own, ") + "and more of it"];
     attr = cat::of(1);
@@ -212,7 +212,7 @@ TEST_F(Handle, keys_outlive_the_text_they_were_made_of) {
     EXPECT_EQ(attr.key_as_string(), "a key that needs memory of its own, and more of it");
 }
 
-TEST_F(Handle, a_null_text_makes_a_key_that_reads_bad) {
+TEST_F(Handle, a_null_string_is_a_key_that_reads_bad) {
     objref const map = make<cMapObj>();
     cAttr attr = (*map)[static_cast<char const *>(nullptr)];
     EXPECT_FALSE(attr.is_defined());
@@ -223,7 +223,7 @@ TEST_F(Handle, a_null_text_makes_a_key_that_reads_bad) {
     EXPECT_TRUE(attr["x"].getattr() == cat::bad());
 }
 
-TEST_F(Handle, swap_to_hands_back_what_stood_there) {
+TEST_F(Handle, swap_to_returns_the_old_value) {
     objref const map = make<cMapObj>();
     EXPECT_TRUE((*map)["x"].swap_to(cat::of(1)) == cat::badfind());
     objref const old = (*map)["x"].swap_to(objref());
@@ -231,7 +231,7 @@ TEST_F(Handle, swap_to_hands_back_what_stood_there) {
     EXPECT_EQ(static_cast<cMapObj &>(*map).size(), 0);
 }
 
-TEST_F(Handle, comparison_goes_by_owner_and_key) {
+TEST_F(Handle, handles_are_compared_by_owner_and_key) {
     objref const a = make<cMapObj>(), b = make<cMapObj>();
     EXPECT_TRUE((*a)["x"] == (*a)["x"]);
     EXPECT_TRUE((*a)["x"] != (*a)["y"]);
@@ -251,14 +251,14 @@ TEST_F(Handle, set_rebinds_and_writes_nothing) {
     EXPECT_EQ(static_cast<cMapObj &>(*a).size(), 0);
 }
 
-TEST_F(Handle, reading_with_a_type) {
+TEST_F(Handle, a_handle_reads_with_a_type) {
     objref const map = make<cMapObj>();
     (*map)["x"] = cat::of(1);
     EXPECT_TRUE(cat::is_equal((*map)["x"].getattr(cat::type_int()), 1));
     EXPECT_TRUE((*map)["x"].getattr(cat::type_string()) == cat::bad());
 }
 
-TEST_F(Handle, force_type_and_default_where_the_owner_refuses) {
+TEST_F(Handle, force_type_and_force_default_may_be_refused_by_the_owner) {
     cMapObj *const plain = new cMapObj;
     objref const map = objref::adopt(plain);
     plain->set_entrytype(&cat::type_int());
@@ -272,7 +272,7 @@ TEST_F(Handle, force_type_and_default_where_the_owner_refuses) {
     EXPECT_TRUE((*map)["y"].force_default(value) == value);
 }
 
-TEST_F(Handle, force_value_clones_or_shares_what_is_new) {
+TEST_F(Handle, force_value_clones_or_shares_a_new_value) {
     objref const map = make<cMapObj>();
     objref const value = cat::of(1);
     (*map)["a"].force_value(value, false);
@@ -291,7 +291,7 @@ TEST_F(Handle, unsave_without_a_saved_value_changes_nothing) {
     EXPECT_TRUE(cat::is_equal(map->getattr(key("x")), 1));
 }
 
-TEST_F(Handle, save_of_what_can_not_be_copied_saves_nothing) {
+TEST_F(Handle, save_of_a_value_that_cannot_be_copied_saves_nothing) {
     objref const map = make<cMapObj>();
     cMapObj saved;
     (*map)["absent"].save(saved);
@@ -310,7 +310,7 @@ TEST_F(Handle, write_attr) {
     EXPECT_FALSE((*map)["my key"].write_attr(os));
 }
 
-TEST_F(Handle, an_own_setattr_takes_the_write) {
+TEST_F(Handle, the_own_setattr_of_an_object_handles_the_write) {
     objref const map = make<cMapObj>();
     cExeMember *const exe = new cExeMember(
         [](cObj &obj, objref &, objref &value) { return obj.set_omember("taken", value); });
@@ -320,7 +320,7 @@ TEST_F(Handle, an_own_setattr_takes_the_write) {
     EXPECT_TRUE(cat::is_equal(map->omember("taken"), 1));
 }
 
-TEST_F(Handle, inserting_into_what_only_claims_to_be_a_sequence_is_not_defined) {
+TEST_F(Handle, inserting_into_an_object_that_only_claims_to_be_a_sequence_is_not_defined) {
     for (cTypeObj *type : {&cat::type_vector(), &cat::type_set()}) {
         objref const claim = cat::of(1);
         claim->set_type(type);

@@ -1,5 +1,4 @@
-// Declared types and their objects: creation, the rules at work, validation, assignment,
-// redefinition.
+// Declared types and their objects: creation, rules, validation, assignment, redefinition.
 #include "qrv/containers/cattrset.h"
 
 #include "containers/cmergebudget.h"
@@ -78,7 +77,7 @@ TEST_F(AttrSetEdge, an_object_has_a_private_copy_of_the_default_and_no_other_key
     EXPECT_EQ(obj->size(), 1);
 }
 
-TEST_F(AttrSetEdge, nil_puts_back_the_shared_default) {
+TEST_F(AttrSetEdge, nil_restores_the_shared_default) {
     objref const value = cat::of(5);
     cRef<cMapObj> const obj = object(declare({{"k", with_default(value)}}));
     EXPECT_TRUE(obj->setattr(key("k"), cat::of(6)));
@@ -87,7 +86,7 @@ TEST_F(AttrSetEdge, nil_puts_back_the_shared_default) {
     EXPECT_TRUE(obj->datamap().getitem("k") == value);
 }
 
-TEST_F(AttrSet, keys_stand_in_the_order_of_the_declaration) {
+TEST_F(AttrSet, keys_are_in_the_order_of_the_declaration) {
     cRef<cMapObj> const obj =
         object(declare({{"b", implied()}, {"a", required()}, {"c", implied()}}));
     std::string order;
@@ -97,7 +96,7 @@ TEST_F(AttrSet, keys_stand_in_the_order_of_the_declaration) {
     EXPECT_TRUE(obj->datamap().getitem("a") == cat::nil());
 }
 
-TEST_F(AttrSet, the_rules_hold_at_each_write) {
+TEST_F(AttrSet, the_rules_apply_to_each_write) {
     cRef<cMapObj> const obj = object(declare(
         {{"r", required(&cat::type_int())}, {"f", with_default(cat::of("x"), asf_fixref)}}));
     EXPECT_TRUE(obj->getattr(key("r")) == cat::bad());
@@ -114,7 +113,7 @@ TEST_F(AttrSet, the_rules_hold_at_each_write) {
     EXPECT_EQ(cat::as_text(obj->getattr(key("f"))), "x");
 }
 
-TEST_F(AttrSet, a_container_as_default_is_copied_all_the_way_down) {
+TEST_F(AttrSet, a_container_as_default_is_copied_deeply) {
     objref const inner = make<cVectorObj>();
     inner->append(cat::of(1));
     objref const value = make<cMapObj>();
@@ -127,7 +126,7 @@ TEST_F(AttrSet, a_container_as_default_is_copied_all_the_way_down) {
     EXPECT_EQ(cat::as_text(inner), "[1, ]");
 }
 
-TEST_F(AttrSet, what_is_no_specification_is_skipped_and_fails_validation) {
+TEST_F(AttrSet, a_member_that_is_not_a_specification_is_skipped_and_fails_validation) {
     typeref const type = declare({{"a", implied()}});
     type->setattr(key("n"), cat::of(5));
     cRef<cMapObj> const obj = object(type);
@@ -137,7 +136,7 @@ TEST_F(AttrSet, what_is_no_specification_is_skipped_and_fails_validation) {
     EXPECT_FALSE(cTomAttrset::validate(*obj));
 }
 
-TEST_F(AttrSet, validate_by_each_rule) {
+TEST_F(AttrSet, validate_tests_each_rule) {
     typeref const type =
         declare({{"r", required()}, {"t", required(&cat::type_int())}, {"i", implied()}});
     cRef<cMapObj> const obj = object(type);
@@ -145,7 +144,7 @@ TEST_F(AttrSet, validate_by_each_rule) {
     obj->datamap().mapitem("r", cat::of("x"));
     EXPECT_FALSE(cTomAttrset::validate(*obj)); // t is void
     obj->datamap().mapitem("t", cat::of(1.5));
-    EXPECT_FALSE(cTomAttrset::validate(*obj)); // t is no int
+    EXPECT_FALSE(cTomAttrset::validate(*obj)); // t is not an int
     obj->datamap().mapitem("t", cat::of(1));
     EXPECT_TRUE(cTomAttrset::validate(*obj));
     obj->datamap().mapitem("undeclared", cat::of(1));
@@ -155,7 +154,7 @@ TEST_F(AttrSet, validate_by_each_rule) {
     EXPECT_EQ(raised(), "");
 }
 
-TEST_F(AttrSet, an_implied_one_of_a_type_may_be_nil_but_not_void_otherwise) {
+TEST_F(AttrSet, an_implied_attribute_with_a_type_may_be_nil_but_not_another_void_value) {
     auto const spec = specref::adopt(new cAttspec(asf_implied, &cat::type_int()));
     cRef<cMapObj> const obj = object(declare({{"i", spec}}));
     EXPECT_TRUE(cTomAttrset::validate(*obj));
@@ -163,16 +162,16 @@ TEST_F(AttrSet, an_implied_one_of_a_type_may_be_nil_but_not_void_otherwise) {
     EXPECT_FALSE(cTomAttrset::validate(*obj));
 }
 
-TEST_F(AttrSet, a_fresh_object_with_a_fixed_attribute_does_not_pass) {
+TEST_F(AttrSet, a_new_object_with_a_fixed_attribute_is_not_valid) {
     objref const value = cat::of(5);
     typeref const type = declare({{"f", with_default(value, asf_fixref | asf_fixtype)}});
     cRef<cMapObj> const obj = object(type);
-    EXPECT_FALSE(cTomAttrset::validate(*obj)); // an equal one isn't the same one
+    EXPECT_FALSE(cTomAttrset::validate(*obj)); // an equal object isn't the same object
     obj->datamap().mapitem("f", value);
     EXPECT_TRUE(cTomAttrset::validate(*obj));
 }
 
-TEST_F(AttrSet, assign_copies_in_place_and_skips_what_is_void) {
+TEST_F(AttrSet, assign_copies_in_place_and_skips_void_values) {
     typeref const type = declare({{"a", implied()}, {"b", implied()}, {"c", implied()}});
     cRef<cMapObj> const source = object(type);
     cRef<cMapObj> const target = object(type);
@@ -190,7 +189,7 @@ TEST_F(AttrSet, assign_copies_in_place_and_skips_what_is_void) {
     EXPECT_EQ(raised(), "");
 }
 
-TEST_F(AttrSet, assign_from_another_type) {
+TEST_F(AttrSet, assign_from_another_type_converts) {
     cRef<cMapObj> const target = object(declare({{"a", implied()}}));
     objref const map = make<cMapObj>();
     EXPECT_FALSE(target->assign(map));
@@ -213,13 +212,13 @@ TEST_F(AttrSet, assign_from_an_invalid_object_copies_nothing) {
     EXPECT_TRUE(target->datamap().getitem("a") == cat::nil());
 }
 
-TEST_F(AttrSet, an_attribute_that_fails_is_told_and_the_others_are_copied) {
+TEST_F(AttrSet, an_attribute_that_fails_is_reported_and_the_others_are_copied) {
     typeref const type = declare({{"a", implied()}, {"b", implied()}});
     cRef<cMapObj> const source = object(type);
     cRef<cMapObj> const target = object(type);
     source->setattr(key("a"), cat::of("text"));
     source->setattr(key("b"), cat::of(2));
-    target->setattr(key("a"), make<cMapObj>()); // takes no text
+    target->setattr(key("a"), make<cMapObj>()); // can't be assigned a string
     EXPECT_FALSE(target->assign(*source));
     EXPECT_EQ(errors_.entries().back(),
               (cErrorLog::cEntry{0x41000000, "ERROR in method 'assign'"}));
@@ -248,7 +247,7 @@ TEST_F(AttrSet, the_type_is_a_container_of_its_specifications) {
     EXPECT_EQ(cat::as_string(type->gmember("wformat")), "wc");
 }
 
-TEST_F(AttrSet, a_change_of_the_type_fires_changed_and_reaches_no_object_that_is_there) {
+TEST_F(AttrSet, a_change_of_the_type_fires_changed_and_does_not_affect_existing_objects) {
     typeref const type = declare({{"a", implied()}});
     cCount const count(type->force_changed_signal());
     cRef<cMapObj> const before = object(type);
@@ -271,14 +270,14 @@ TEST_F(AttrSet, assign_to_the_type_replaces_all_specifications) {
     EXPECT_EQ(count.n, 1);
     EXPECT_EQ(object(type)->size(), 1);
     EXPECT_TRUE(type->getattr(key("c")) == spec);
-    EXPECT_TRUE(type->assign(type->tmember("attspec"))); // what it holds itself
+    EXPECT_TRUE(type->assign(type->tmember("attspec"))); // its own specifications
     EXPECT_TRUE(type->getattr(key("c")) == spec);
     EXPECT_TRUE(type->assign(type));
     EXPECT_TRUE(type->getattr(key("c")) == spec);
     EXPECT_EQ(raised(), "");
 }
 
-TEST_F(AttrSet, create_of_a_type_that_is_made_changes_nothing) {
+TEST_F(AttrSet, a_second_create_of_a_type_changes_nothing) {
     typeref const type = declare({{"a", implied()}});
     type->create();
     EXPECT_EQ(object(type)->size(), 1);
@@ -292,7 +291,7 @@ TEST_F(AttrSet, newobj_of_another_metatype_is_bad) {
     EXPECT_TRUE(heir.newobj() == cat::bad());
 }
 
-TEST_F(AttrSet, a_type_without_its_specifications_makes_empty_objects) {
+TEST_F(AttrSet, a_type_without_its_specifications_creates_empty_objects) {
     typeref const type = declare({{"a", implied()}});
     type->set_tmember("attspec", cat::of(1));
     EXPECT_EQ(object(type)->size(), 0);
@@ -313,7 +312,7 @@ TEST_F(AttrSet, a_second_declaration_of_a_name_changes_the_first) {
     EXPECT_TRUE(first->getattr(key("b")) == spec);
     EXPECT_TRUE(first->getattr(key("a")) == cat::badfind());
     EXPECT_EQ(count.n, 1);
-    EXPECT_TRUE(cat::set_type(*first, false)); // by itself
+    EXPECT_TRUE(cat::set_type(*first, false)); // redefines it by itself
     EXPECT_EQ(count.n, 1);
     EXPECT_EQ(raised(), ""); // specifications are shared, never assigned
 }
@@ -352,7 +351,7 @@ TEST_F(AttrSet, beyond_the_budget_of_a_reading_defaults_are_not_copied) {
     EXPECT_TRUE(second->getattr(key("a")) == list); // the shared one shows through
 }
 
-TEST_F(AttrSet, while_reading_an_object_is_not_assigned_what_owns_it) {
+TEST_F(AttrSet, while_reading_an_object_cannot_be_assigned_its_owner) {
     typeref const type = declare({{"a", implied()}});
     cRef<cMapObj> const target = object(type);
     cRef<cMapObj> const source = object(type);
@@ -365,7 +364,7 @@ TEST_F(AttrSet, while_reading_an_object_is_not_assigned_what_owns_it) {
     EXPECT_EQ(cat::as_text(target->getattr(key("a"))), "1");
 }
 
-TEST_F(AttrSet, an_object_of_the_type_as_its_own_default_ends) {
+TEST_F(AttrSet, a_type_may_have_its_own_object_as_default) {
     typeref const type = declare({{"a", implied()}, {"b", implied()}});
     cRef<cMapObj> const first = object(type);
     first->setattr(key("a"), cat::of(1));
@@ -383,7 +382,7 @@ TEST_F(AttrSet, an_object_of_the_type_as_its_own_default_ends) {
     EXPECT_EQ(cat::as_text(copy->getattr(key("b"))), "2"); // the shared one shows through
 }
 
-TEST_F(AttrSet, types_that_are_each_others_default_end) {
+TEST_F(AttrSet, types_may_have_objects_of_each_other_as_default) {
     typeref const a = declare({{"x", implied()}});
     typeref const b = declare({{"x", implied()}});
     objref const of_a = object(a);
@@ -405,7 +404,7 @@ TEST_F(AttrSet, a_chain_of_types_by_their_defaults_may_have_any_length) {
     EXPECT_EQ(raised(), "");
 }
 
-TEST_F(AttrSet, while_reading_a_type_is_not_assigned_what_owns_it) {
+TEST_F(AttrSet, while_reading_a_type_cannot_be_assigned_its_owner) {
     typeref const type = declare({{"a", implied()}});
     objref const specs = make<cMapObj>();
     specs->setattr(key("a"), with_default(type));
@@ -440,7 +439,7 @@ TEST_F(AttrSet, objects_of_two_declarations_are_unequal_and_no_map_equals_one) {
     EXPECT_FALSE(a->equal(*b));
     EXPECT_FALSE(a->equal(*map));
     EXPECT_FALSE(map->equal(*a));
-    EXPECT_TRUE(map->equal_unsorted(*a)); // which asks for the values alone
+    EXPECT_TRUE(map->equal_unsorted(*a)); // compares only the values
     EXPECT_TRUE(a->equal_unsorted(*map));
 }
 
@@ -454,7 +453,7 @@ TEST_F(AttrSet, objects_that_hold_each_other_are_compared) {
     a->clear();
 }
 
-TEST_F(AttrSet, what_only_claims_to_be_an_object_of_a_declared_type_equals_nothing) {
+TEST_F(AttrSet, an_object_that_only_claims_a_declared_type_equals_nothing) {
     typeref const type = declare({{"t", implied()}});
     objref const claim = cat::of(1);
     claim->set_type(type);

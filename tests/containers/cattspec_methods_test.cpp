@@ -1,4 +1,4 @@
-// The attributes of a specification, set and asked by program.
+// The attributes of a specification, written and read by a program.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
@@ -20,7 +20,7 @@ class SpecificationMethods : public QrvTest {
     }
     objref get(char const *key) { return spec_->getattr(own_key(std::string(key))); }
     int bits() const { return spec_->flags_of(asf_all); }
-    // What was raised since the last call.
+    // The errors since the last call.
     std::string raised() {
         std::string const text = errors_.text();
         errors_.clear();
@@ -56,7 +56,7 @@ TEST_F(SpecificationMethodsEdge, a_default_before_its_type_fixes_the_type) {
     EXPECT_EQ(spec.flags_of(asf_all), 4 + 1);
 }
 
-TEST_F(SpecificationMethods, flag_takes_the_three_words) {
+TEST_F(SpecificationMethods, flag_accepts_the_three_words) {
     EXPECT_TRUE(set("flag", word("IMPLIED")));
     EXPECT_EQ(bits(), 16);
     EXPECT_TRUE(get("flag") == word("IMPLIED"));
@@ -71,17 +71,17 @@ TEST_F(SpecificationMethods, flag_takes_the_three_words) {
     EXPECT_EQ(raised(), "");
 }
 
-TEST_F(SpecificationMethods, a_word_is_told_by_identity) {
+TEST_F(SpecificationMethods, a_word_is_recognised_by_identity) {
     EXPECT_FALSE(set("flag", cat::of("REQUIRED")));
     EXPECT_EQ(raised(), begin + "'flag':  Error in setting attribute type: string\n");
-    EXPECT_FALSE(set("flag", make<cObj>(true))); // as void as the word
+    EXPECT_FALSE(set("flag", make<cObj>(true))); // void like the word, but another object
     EXPECT_EQ(raised(), begin + "'flag':  Error in setting attribute type: niltype\n");
     EXPECT_FALSE(set("flag", cat::nil()));
     EXPECT_EQ(raised(), begin + "'flag':  Error in setting attribute type: niltype\n");
     EXPECT_EQ(bits(), 8);
 }
 
-TEST_F(SpecificationMethods, type_takes_a_type_or_its_name) {
+TEST_F(SpecificationMethods, type_accepts_a_type_or_its_name) {
     EXPECT_TRUE(get("type") == cat::nil());
     EXPECT_TRUE(set("type", cat::of("int")));
     EXPECT_TRUE(get("type") == &cat::type_int());
@@ -97,7 +97,7 @@ TEST_F(SpecificationMethods, type_takes_a_type_or_its_name) {
     EXPECT_TRUE(get("type") == &cat::type_map());
 }
 
-TEST_F(SpecificationMethods, a_type_that_nobody_else_keeps_lives_with_it) {
+TEST_F(SpecificationMethods, a_specification_keeps_its_type_alive) {
     typeref type = typeref::adopt(new cTypeObj(&cat::typetype_attlist(), "Mine", nullptr));
     EXPECT_TRUE(set("type", type));
     EXPECT_EQ(spec_->held_type(), type);
@@ -114,7 +114,7 @@ TEST_F(SpecificationMethods, a_type_that_nobody_else_keeps_lives_with_it) {
     EXPECT_EQ(raised(), "");
 }
 
-TEST_F(SpecificationMethods, a_registered_type_is_kept_by_the_registry) {
+TEST_F(SpecificationMethods, the_registry_keeps_a_registered_type_alive) {
     auto const type = typeref::adopt(new cTypeObj(&cat::typetype_attlist(), "Mine", nullptr));
     cTypeInsert const insert(*type);
     EXPECT_TRUE(set("type", type));
@@ -127,7 +127,7 @@ TEST_F(SpecificationMethods, a_registered_type_is_kept_by_the_registry) {
     EXPECT_EQ(spec_->held_type(), nullptr);
 }
 
-TEST_F(SpecificationMethods, default_is_shared_and_held_against_the_type) {
+TEST_F(SpecificationMethods, a_default_is_shared_and_compared_with_the_type) {
     EXPECT_TRUE(get("default") == cat::nil());
     EXPECT_TRUE(set("type", cat::of("int")));
     EXPECT_FALSE(set("default", cat::of(1.5)));
@@ -147,7 +147,7 @@ TEST_F(SpecificationMethods, a_void_default_changes_nothing_unless_the_type_is_f
     EXPECT_EQ(bits(), 8 + 1);
 }
 
-TEST_F(SpecificationMethods, nothing_is_taken_away_by_assigning_nothing) {
+TEST_F(SpecificationMethods, assigning_nothing_clears_nothing) {
     for (char const *key : {"flag", "type", "default", "other"}) {
         for (objref const &value : {objref(), cat::bad(), cat::badfind()}) {
             EXPECT_FALSE(set(key, value));
@@ -177,14 +177,14 @@ TEST_F(SpecificationMethods, a_forgiven_refusal_is_true_and_changes_nothing) {
     EXPECT_TRUE(get("type") == cat::nil());
 }
 
-TEST_F(SpecificationMethods, handles_write_and_read_it) {
+TEST_F(SpecificationMethods, handles_write_and_read_a_specification) {
     cAttr(spec_, "type") = cat::of("string");
     cAttr(spec_, "default") = cat::of("grey");
     EXPECT_EQ(cat::as_string(cAttr(spec_, "default").getattr()), "grey");
     EXPECT_EQ(raised(), "");
 }
 
-TEST_F(SpecificationMethods, methods_called_on_another_object_answer_no) {
+TEST_F(SpecificationMethods, methods_called_on_another_object_return_false) {
     objref const map = make<cMapObj>();
     objref key = cat::of("flag");
     objref value = word("REQUIRED");

@@ -1,4 +1,4 @@
-// Attribute specifications: the flags and their invariants, and how a map keeps them.
+// Attribute specifications: the flags and their invariants, and specifications in a map.
 #include "qrv/containers/cattspec.h"
 
 #include "qrv/containers/cmapobj.h"
@@ -20,26 +20,28 @@ TEST_F(SpecificationEdge, required_without_type_stays) {
     EXPECT_EQ(bits(cAttspec(asf_required, nullptr)), 8);
 }
 
-TEST_F(SpecificationEdge, no_flag_is_implied) { EXPECT_EQ(bits(cAttspec(0, nullptr)), 16); }
+TEST_F(SpecificationEdge, a_specification_without_a_flag_is_implied) {
+    EXPECT_EQ(bits(cAttspec(0, nullptr)), 16);
+}
 
 TEST_F(SpecificationEdge, implied_with_a_type) {
     EXPECT_EQ(bits(cAttspec(asf_implied, &cat::type_int())), 17);
 }
 
-TEST_F(SpecificationEdge, asking_for_implied_takes_required_away) {
+TEST_F(SpecificationEdge, setting_implied_clears_required) {
     cAttspec spec(asf_required, nullptr);
     spec.set_flags(asf_implied);
     EXPECT_EQ(bits(spec), 16);
 }
 
-TEST_F(SpecificationEdge, a_default_takes_required_away_and_fixes_the_type) {
+TEST_F(SpecificationEdge, a_default_clears_required_and_fixes_the_type) {
     cAttspec spec(asf_required, nullptr);
     spec.set_default(cat::of(1), true);
     EXPECT_EQ(bits(spec), 4 + 1);
     EXPECT_EQ(spec.get_type(), &cat::type_int());
 }
 
-TEST_F(SpecificationEdge, without_its_default_a_fixed_one_is_implied) {
+TEST_F(SpecificationEdge, a_fixed_specification_without_its_default_is_implied) {
     cAttspec spec(cat::of(1), asf_fixref);
     EXPECT_EQ(bits(spec), 4 + 2);
     spec.set_default(objref(), false);
@@ -47,14 +49,14 @@ TEST_F(SpecificationEdge, without_its_default_a_fixed_one_is_implied) {
     EXPECT_EQ(bits(spec), 16);
 }
 
-TEST_F(SpecificationEdge, a_map_without_any_answers_nilspec_without_looking) {
+TEST_F(SpecificationEdge, a_map_without_specifications_returns_nilspec_without_a_search) {
     cMapObj map;
     map.set_omember("k", specref::adopt(new cAttspec(asf_required, nullptr)));
     EXPECT_TRUE(map.attspec("k") == cAttspec::nilspec()); // the map's bits are all 0
     EXPECT_EQ(bits(*cAttspec::nilspec()), 0);
 }
 
-TEST_F(SpecificationEdge, setting_a_specification_wipes_the_value_to_nil) {
+TEST_F(SpecificationEdge, setting_a_specification_sets_the_value_to_nil) {
     cMapObj map;
     map.setattr(key("k"), cat::of(1));
     map.set_attspec("k", specref::adopt(new cAttspec(asf_implied, nullptr)));
@@ -80,13 +82,13 @@ TEST_F(Specification, invariants_over_all_flags) {
     }
 }
 
-TEST_F(Specification, required_goes_only_by_asking_for_implied) {
+TEST_F(Specification, required_is_cleared_only_by_setting_implied) {
     cAttspec spec(asf_required, nullptr);
     spec.set_flags(0);
     spec.set_flags(asf_fixref | asf_default);
     EXPECT_EQ(bits(spec), 8);
     spec.set_flags(asf_implied | asf_required);
-    EXPECT_EQ(bits(spec), 8); // cleared first, then asked for again
+    EXPECT_EQ(bits(spec), 8); // cleared first, then set again
 }
 
 TEST_F(Specification, set_default_of_void_changes_nothing) {
@@ -133,14 +135,14 @@ TEST_F(Specification, the_map_collects_five_bits_and_no_other) {
     EXPECT_EQ(map.flags(), 8 | 4 | 2); // the bits only grow
 }
 
-TEST_F(Specification, a_member_of_another_type_is_no_specification) {
+TEST_F(Specification, a_member_of_another_type_is_not_a_specification) {
     cMapObj map;
     map.set_attspec("a", specref::adopt(new cAttspec(asf_implied, nullptr)));
     map.set_omember("b", cat::of(1));
     EXPECT_TRUE(map.attspec("b") == cAttspec::nilspec());
 }
 
-TEST_F(Specification, a_new_one_is_required) {
+TEST_F(Specification, a_new_specification_is_required) {
     objref const made = cTomAttspec::newobj(objref());
     EXPECT_EQ(made->flags_of(asf_all), 8);
     EXPECT_EQ(&made->type(), &cat::type_attspec());

@@ -1,4 +1,4 @@
-// Values of choice types through every change of the choices, with and without the signal.
+// Values of choice types during all changes of the choices, with and without the signal.
 #include "qrv/containers/cchoiceval.h"
 
 #include "qrv/containers/csignalobj.h"
@@ -24,7 +24,7 @@ class ChoiceChange : public QrvTest {
     }
 };
 
-// Each one made is at the address of the one before.
+// Each new container has the address of the one before.
 class cSameAddress : public cMapObj {
   public:
     cSameAddress() = default;
@@ -60,7 +60,7 @@ TEST_F(ChoiceChangeEdge, new_choices_with_the_key_keep_it) {
     EXPECT_EQ(value->pos(), 0);
 }
 
-TEST_F(ChoiceChangeEdge, new_choices_without_the_key_give_the_first) {
+TEST_F(ChoiceChangeEdge, new_choices_without_the_key_select_the_first) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     set_choices(type, map_of({"x", "y"}));
@@ -80,7 +80,7 @@ TEST_F(ChoiceChangeEdge, an_undefined_value_remains_undefined) {
     EXPECT_TRUE(value->is_undefined());
 }
 
-TEST_F(ChoiceChangeEdge, removing_the_current_choice_loses_the_value) {
+TEST_F(ChoiceChangeEdge, removing_the_current_choice_makes_the_value_invalid) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     EXPECT_TRUE(type->setattr(text("b"), cat::badfind()));
@@ -106,7 +106,7 @@ TEST_F(ChoiceChange, choices_replaced_without_the_signal_are_found_at_the_next_u
     EXPECT_EQ(value->hash(), &fresh->datamap());
 }
 
-TEST_F(ChoiceChange, the_old_container_dies_before_the_signal) {
+TEST_F(ChoiceChange, the_old_container_is_destroyed_before_the_signal) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     type->set_tmember("choices", cat::badfind());
@@ -122,7 +122,7 @@ TEST_F(ChoiceChange, the_old_container_dies_before_the_signal) {
     EXPECT_EQ(value->size(), 2);
 }
 
-TEST_F(ChoiceChange, new_choices_at_the_old_address_are_seen) {
+TEST_F(ChoiceChange, new_choices_at_the_old_address_are_noticed) {
     typeref const type = choice_type("Letter", same_address({"a", "b"}));
     cObj const *const address = type->tmember("choices").get();
     valueref const value = value_at(type, "b");
@@ -142,7 +142,7 @@ TEST_F(ChoiceChange, new_choices_at_the_old_address_are_seen) {
     EXPECT_EQ(place(value), "y");
 }
 
-TEST_F(ChoiceChange, choices_of_other_kinds) {
+TEST_F(ChoiceChange, choices_may_be_containers_of_other_kinds) {
     typeref const type = choice_type({"a"});
     valueref const value = value_of(type);
     auto const list = make<cVectorObj>();
@@ -161,7 +161,7 @@ TEST_F(ChoiceChange, choices_of_other_kinds) {
     EXPECT_EQ(place(value), "0");
 }
 
-TEST_F(ChoiceChange, to_and_fro_between_two_containers) {
+TEST_F(ChoiceChange, choices_may_alternate_between_two_containers) {
     mapref const one = map_of({"a", "b"}), two = map_of({"b", "a"});
     typeref const type = choice_type("Letter", one);
     valueref const value = value_at(type, "a");
@@ -179,7 +179,7 @@ TEST_F(ChoiceChange, to_and_fro_between_two_containers) {
 
 // --- the container itself changes
 
-TEST_F(ChoiceChange, an_entry_removed_without_the_signal) {
+TEST_F(ChoiceChange, an_entry_may_be_removed_without_the_signal) {
     typeref const type = choice_type({"a", "b", "c"});
     valueref const value = value_at(type, "b"), other = value_at(type, "c");
     auto &map = static_cast<cMapObj &>(*type->tmember("choices"));
@@ -198,7 +198,7 @@ TEST_F(ChoiceChange, an_entry_removed_without_the_signal) {
     EXPECT_TRUE(cat::is_equal(value->valref(), 9));
 }
 
-TEST_F(ChoiceChange, emptied_choices) {
+TEST_F(ChoiceChange, the_choices_may_be_emptied) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     static_cast<cMapObj &>(*type->tmember("choices")).clear();
@@ -225,7 +225,7 @@ TEST_F(ChoiceChange, entries_added_and_moved_keep_the_choice) {
     EXPECT_EQ(value->pos(), 1);
 }
 
-TEST_F(ChoiceChange, a_renamed_choice_is_lost) {
+TEST_F(ChoiceChange, renaming_a_choice_makes_its_values_invalid) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "a");
     static_cast<cMapObj &>(*type->tmember("choices")).datamap().rename(text("a"), text("z"));
@@ -262,7 +262,7 @@ TEST_F(ChoiceChange, a_value_in_a_map_follows) {
     EXPECT_EQ(cat::as_text((*copy)["mode"]), "Letter(b)");
 }
 
-TEST_F(ChoiceChange, a_value_that_does_not_follow_stays_until_asked) {
+TEST_F(ChoiceChange, a_value_that_does_not_follow_stays_until_an_update) {
     typeref const type = choice_type({"a", "b"});
     cChoiceVal value(type.get());
     value = "b";
@@ -275,9 +275,9 @@ TEST_F(ChoiceChange, a_value_that_does_not_follow_stays_until_asked) {
     EXPECT_EQ(place(value), "x");
 }
 
-// --- ends
+// --- destruction
 
-TEST_F(ChoiceChange, the_value_dies_first_and_the_type_goes_on) {
+TEST_F(ChoiceChange, the_value_is_destroyed_first_and_the_type_works) {
     typeref const type = choice_type({"a"});
     for (int i = 0; i < 3; ++i) value_of(type)->update();
     type->changed();
@@ -285,7 +285,7 @@ TEST_F(ChoiceChange, the_value_dies_first_and_the_type_goes_on) {
     EXPECT_EQ(type.get()->refs(), 1u);
 }
 
-TEST_F(ChoiceChange, the_type_is_let_go_while_values_live) {
+TEST_F(ChoiceChange, the_type_is_released_while_values_exist) {
     typeref type = choice_type({"a", "b"});
     valueref one = value_at(type, "b"), two = value_at(type, "a");
     cTypeObj *const borrowed = type.get();
@@ -297,7 +297,7 @@ TEST_F(ChoiceChange, the_type_is_let_go_while_values_live) {
     two = nullptr;
 }
 
-TEST_F(ChoiceChange, values_die_in_the_emission_before_during_and_behind_their_turn) {
+TEST_F(ChoiceChange, values_may_be_destroyed_in_the_emission_before_during_and_after_their_turn) {
     for (int turn = 0; turn < 3; ++turn) {
         typeref const type = choice_type({"a", "b"});
         valueref values[3];
@@ -314,7 +314,7 @@ TEST_F(ChoiceChange, values_die_in_the_emission_before_during_and_behind_their_t
     }
 }
 
-TEST_F(ChoiceChange, the_type_dies_in_the_emission) {
+TEST_F(ChoiceChange, the_type_may_be_destroyed_in_the_emission) {
     typeref type = choice_type({"a"});
     valueref value = value_of(type);
     cAction const killer(
@@ -327,7 +327,7 @@ TEST_F(ChoiceChange, the_type_dies_in_the_emission) {
     EXPECT_EQ(type, nullptr);
 }
 
-TEST_F(ChoiceChange, a_value_dies_while_it_asks_the_new_choices) {
+TEST_F(ChoiceChange, a_value_may_be_destroyed_while_it_reads_the_new_choices) {
     typeref const type = choice_type({"a", "b"});
     valueref value = value_of(type), other = value_at(type, "b");
     auto const acting = make<cActingMap>(*map_of({"x", "b"}));
@@ -337,7 +337,7 @@ TEST_F(ChoiceChange, a_value_dies_while_it_asks_the_new_choices) {
     EXPECT_EQ(other->pos(), 1);
 }
 
-TEST_F(ChoiceChange, the_choices_are_replaced_while_a_value_asks_them) {
+TEST_F(ChoiceChange, the_choices_may_be_replaced_while_a_value_reads_them) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     auto const acting = make<cActingMap>(*map_of({"x", "b"}));
@@ -350,7 +350,7 @@ TEST_F(ChoiceChange, the_choices_are_replaced_while_a_value_asks_them) {
     EXPECT_EQ(value->pos(), 2);
 }
 
-TEST_F(ChoiceChange, the_choices_are_taken_away_while_a_value_asks_them) {
+TEST_F(ChoiceChange, the_choices_may_be_removed_while_a_value_reads_them) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     auto acting = make<cActingMap>(*map_of({"x", "b"}));
@@ -364,7 +364,7 @@ TEST_F(ChoiceChange, the_choices_are_taken_away_while_a_value_asks_them) {
     EXPECT_EQ(place(value), "lost");
 }
 
-TEST_F(ChoiceChange, the_type_is_let_go_while_a_value_asks_its_choices) {
+TEST_F(ChoiceChange, the_type_may_be_released_while_a_value_reads_its_choices) {
     typeref type = choice_type({"a", "b"});
     valueref value = value_at(type, "b");
     auto const acting = make<cActingMap>(*map_of({"x", "b"}));
@@ -378,7 +378,7 @@ TEST_F(ChoiceChange, the_type_is_let_go_while_a_value_asks_its_choices) {
     EXPECT_EQ(value, nullptr);
 }
 
-TEST_F(ChoiceChange, an_exception_of_the_choices_goes_through) {
+TEST_F(ChoiceChange, an_exception_of_the_choices_is_passed_on) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     auto const acting = make<cActingMap>(*map_of({"x", "b"}));
@@ -392,8 +392,8 @@ TEST_F(ChoiceChange, an_exception_of_the_choices_goes_through) {
     EXPECT_EQ(place(value_of(type)), "x");
 }
 
-// The last reference to the old choices goes in set_tmember: what dies with it tells the type.
-TEST_F(ChoiceChange, the_old_choices_tell_a_change_when_they_die) {
+// set_tmember releases the last reference to the old choices: a destructor fires the type's signal.
+TEST_F(ChoiceChange, the_old_choices_may_fire_the_signal_when_they_are_destroyed) {
     mapref map = map_of({"a", "b"});
     typeref const type = choice_type("Letter", map);
     cTypeObj *const borrowed = type.get();

@@ -21,7 +21,7 @@ class Choice : public QrvTest {};
 class ChoiceMethod : public QrvTest {};
 class ChoiceType : public QrvTest {};
 
-// "true b": what assign answered and where the value stands then.
+// The result of assign and the value's key afterwards, as "true b".
 std::string assigned(cChoiceVal &value, objref const &source) {
     bool const result = value.assign(source);
     return (result ? "true " : "false ") + place(value);
@@ -29,7 +29,7 @@ std::string assigned(cChoiceVal &value, objref const &source) {
 
 } // namespace
 
-TEST_F(ChoiceEdge, an_unknown_key_is_assigned_with_true_and_moves_nothing) {
+TEST_F(ChoiceEdge, assigning_an_unknown_key_is_true_and_changes_nothing) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     EXPECT_EQ(assigned(*value, cat::of("x")), "true b");
@@ -38,7 +38,7 @@ TEST_F(ChoiceEdge, an_unknown_key_is_assigned_with_true_and_moves_nothing) {
     EXPECT_EQ(assigned(*value, cat::of("x")), "true undefined");
 }
 
-TEST_F(ChoiceEdge, values_at_one_choice_are_equal_and_a_value_is_not_its_key) {
+TEST_F(ChoiceEdge, values_with_the_same_choice_are_equal_and_a_value_is_not_its_key) {
     typeref const type = choice_type({"a", "b"});
     valueref const one = value_at(type, "b"), two = value_at(type, "b");
     EXPECT_TRUE(one->equal(*two));
@@ -49,7 +49,7 @@ TEST_F(ChoiceEdge, values_at_one_choice_are_equal_and_a_value_is_not_its_key) {
     EXPECT_FALSE(cat::of("b")->equal(*one));
 }
 
-TEST_F(ChoiceEdge, an_empty_entry_in_a_text_is_undefined) {
+TEST_F(ChoiceEdge, an_empty_entry_in_text_is_undefined) {
     typeref const type = choice_type({"a", "b"});
     cTypeInsert const insert(*type);
     objref map;
@@ -59,7 +59,7 @@ TEST_F(ChoiceEdge, an_empty_entry_in_a_text_is_undefined) {
     EXPECT_EQ(place(dynamic_cast<cIterObj &>(*w)), "b");
 }
 
-TEST_F(Choice, the_constructor_stands_at_the_first_choice) {
+TEST_F(Choice, the_constructor_selects_the_first_choice) {
     typeref const type = choice_type({"a", "b"});
     cChoiceVal const value(type.get());
     EXPECT_EQ(place(value), "a");
@@ -69,7 +69,7 @@ TEST_F(Choice, the_constructor_stands_at_the_first_choice) {
     EXPECT_FALSE(value.has_ommap()) << "follows without being told to";
 }
 
-TEST_F(Choice, the_constructor_without_choices_or_type) {
+TEST_F(Choice, the_constructor_works_without_choices_or_type) {
     typeref const bare = choice_type("Bare", nullptr);
     cChoiceVal const no_choices(bare.get());
     EXPECT_EQ(place(no_choices), "lost");
@@ -88,7 +88,7 @@ TEST_F(Choice, the_constructor_without_choices_or_type) {
     EXPECT_EQ(place(value), "undefined");
 }
 
-TEST_F(Choice, the_copy_constructor_takes_type_and_key) {
+TEST_F(Choice, the_copy_constructor_copies_type_and_key) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     cChoiceVal const copy(*value);
@@ -99,7 +99,7 @@ TEST_F(Choice, the_copy_constructor_takes_type_and_key) {
     EXPECT_EQ(place(cChoiceVal(*value)), "lost");
 }
 
-TEST_F(Choice, a_copy_looks_the_key_up_in_the_choices_of_now) {
+TEST_F(Choice, a_copy_looks_up_the_key_in_the_present_choices) {
     typeref const type = choice_type({"a", "b"});
     cChoiceVal value(type.get());
     value = "b";
@@ -112,7 +112,7 @@ TEST_F(Choice, a_copy_looks_the_key_up_in_the_choices_of_now) {
     EXPECT_EQ(place(cChoiceVal(value)), "lost");
 }
 
-TEST_F(Choice, the_constructor_by_the_name_of_the_type) {
+TEST_F(Choice, the_constructor_accepts_the_name_of_the_type) {
     typeref const type = choice_type({"a", "b"});
     cTypeInsert const insert(*type);
     EXPECT_EQ(place(cChoiceVal("Letter", "b")), "b");
@@ -125,7 +125,7 @@ TEST_F(Choice, the_constructor_by_the_name_of_the_type) {
     EXPECT_EQ(place(cChoiceVal("map", nullptr)), "lost");
 }
 
-TEST_F(Choice, assignments_of_every_kind) {
+TEST_F(Choice, values_of_every_kind_can_be_assigned) {
     typeref const type = choice_type({"a", "b", "c"});
     cRef<cMapObj> const numbers = make<cMapObj>();
     for (int i : {5, 6}) numbers->setattr(own_key(i), cat::of(i));
@@ -153,7 +153,7 @@ TEST_F(Choice, assignments_of_every_kind) {
     EXPECT_EQ(place(value), "b");
 }
 
-TEST_F(Choice, what_a_value_is_convertible_from) {
+TEST_F(Choice, a_value_is_convertible_from_keys) {
     EXPECT_TRUE((std::is_constructible_v<cChoiceVal, cTypeObj *, bool>));
     EXPECT_TRUE((std::is_constructible_v<cChoiceVal, std::string const &, char const *>));
     EXPECT_FALSE((std::is_convertible_v<cTypeObj *, cChoiceVal>));
@@ -218,7 +218,7 @@ TEST_F(Choice, a_value_outlives_the_registration_of_its_type) {
 
 // --- the methods of values, each row
 
-TEST_F(ChoiceMethod, newobj_makes_a_value_that_follows) {
+TEST_F(ChoiceMethod, newobj_creates_a_value_that_follows) {
     typeref const type = choice_type({"a", "b"});
     objref const made = type->newobj();
     auto const *const value = dynamic_cast<cChoiceVal *>(made.get());
@@ -229,7 +229,7 @@ TEST_F(ChoiceMethod, newobj_makes_a_value_that_follows) {
     EXPECT_TRUE(cTomChoiceVal::newobj(nullptr) == cat::bad());
 }
 
-TEST_F(ChoiceMethod, assign_takes_the_key_of_values_and_iterators) {
+TEST_F(ChoiceMethod, assign_uses_the_key_of_values_and_iterators) {
     typeref const type = choice_type({"a", "b", "c"});
     typeref const other_type = choice_type("Other", map_of({"c", "x"}));
     valueref const value = value_of(type);
@@ -250,7 +250,7 @@ TEST_F(ChoiceMethod, assign_takes_the_key_of_values_and_iterators) {
     EXPECT_FALSE(cTomChoiceVal::m_assign(*cat::of(1), none));
 }
 
-TEST_F(ChoiceMethod, a_constant_value_refuses) {
+TEST_F(ChoiceMethod, a_constant_value_refuses_changes) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_of(type);
     value->setflags(of_const);
@@ -312,7 +312,7 @@ TEST_F(ChoiceMethod, setattr_of_an_undefined_or_lost_value_is_false) {
     EXPECT_TRUE(bare->tmember("choices") == cat::badfind()) << "no map was made";
 }
 
-TEST_F(ChoiceMethod, a_kill_value_takes_the_choice_away_and_loses_its_values) {
+TEST_F(ChoiceMethod, a_kill_value_removes_the_choice_and_makes_its_values_invalid) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b"), other = value_at(type, "b");
     EXPECT_TRUE(value->setattr(text("value"), cat::badfind()));
@@ -352,7 +352,7 @@ TEST_F(ChoiceMethod, equal_by_position_only) {
     EXPECT_FALSE(equal.pexecute(*number, same));
 }
 
-TEST_F(ChoiceMethod, a_clone_stands_at_the_same_choice_and_follows) {
+TEST_F(ChoiceMethod, a_clone_has_the_same_choice_and_follows) {
     typeref const type = choice_type({"a", "b"});
     objref const copy = value_at(type, "b")->clone();
     auto const *const value = dynamic_cast<cChoiceVal *>(copy.get());
@@ -365,7 +365,7 @@ TEST_F(ChoiceMethod, a_clone_stands_at_the_same_choice_and_follows) {
 
 // --- types as objects, each row
 
-TEST_F(ChoiceType, newobj_of_the_metatype_makes_a_nameless_type) {
+TEST_F(ChoiceType, newobj_of_the_metatype_creates_a_nameless_type) {
     objref const made = cat::typetype_choice().newobj();
     auto const *const type = dynamic_cast<cTypeObj *>(made.get());
     ASSERT_TRUE(type);
@@ -375,7 +375,7 @@ TEST_F(ChoiceType, newobj_of_the_metatype_makes_a_nameless_type) {
     EXPECT_TRUE(type->tmember("choices") == cat::badfind());
 }
 
-TEST_F(ChoiceType, a_fresh_type_has_the_methods_of_its_values_and_the_signal) {
+TEST_F(ChoiceType, a_new_type_has_the_methods_of_its_values_and_the_signal) {
     typeref const type = choice_type({"a"});
     for (method_id id :
          {mid_newobj, mid_assign, mid_getattr, mid_setattr, mid_write, mid_read, mid_equal}) {
@@ -389,7 +389,7 @@ TEST_F(ChoiceType, a_fresh_type_has_the_methods_of_its_values_and_the_signal) {
     EXPECT_EQ(type->method(mid_add), nullptr);
 }
 
-TEST_F(ChoiceType, create_leaves_a_type_in_use_alone) {
+TEST_F(ChoiceType, create_does_not_change_a_type_in_use) {
     typeref const type = choice_type({"a"});
     type->set_tmember("assign", cat::badfind());
     type->create();
@@ -397,7 +397,7 @@ TEST_F(ChoiceType, create_leaves_a_type_in_use_alone) {
     EXPECT_TRUE(cat::is_equal(type->tmember("choices")->getattr(text("a")), 1));
 }
 
-TEST_F(ChoiceType, setattr_of_choices_replaces_them_and_says_so) {
+TEST_F(ChoiceType, setattr_of_choices_replaces_them_and_fires) {
     typeref const type = choice_type("Letter", nullptr);
     int fired = 0;
     cAction const count([&] { ++fired; }, type->changed_signal());
@@ -417,7 +417,7 @@ TEST_F(ChoiceType, setattr_of_choices_replaces_them_and_says_so) {
     EXPECT_EQ(fired, 5);
 }
 
-TEST_F(ChoiceType, setattr_of_another_key_makes_the_map_and_says_so) {
+TEST_F(ChoiceType, setattr_of_another_key_creates_the_map_and_fires) {
     typeref const type = choice_type("Letter", nullptr);
     int fired = 0;
     cAction const count([&] { ++fired; }, type->changed_signal());
@@ -463,7 +463,7 @@ TEST_F(ChoiceType, getattr_of_choices_and_below) {
     EXPECT_TRUE(bare->getattr(text("x")) == cat::badfind());
 }
 
-TEST_F(ChoiceType, iterobj_and_append_are_those_of_the_choices) {
+TEST_F(ChoiceType, iterobj_and_append_use_the_choices) {
     typeref const type = choice_type("Letter", make<cVectorObj>());
     EXPECT_TRUE(type->append(cat::of("x")));
     EXPECT_TRUE(type->append(cat::of("y")));
@@ -480,7 +480,7 @@ TEST_F(ChoiceType, iterobj_and_append_are_those_of_the_choices) {
     EXPECT_EQ(errors.last_code(), 0x44000000u);
 }
 
-TEST_F(ChoiceType, methods_on_what_is_no_type) {
+TEST_F(ChoiceType, methods_refuse_objects_that_are_not_types) {
     objref number = cat::of(1), key = text("choices"), value = cat::of(2);
     EXPECT_FALSE(cTomChoice::setattr(*number, key, value));
     EXPECT_TRUE(cTomChoice::getattr(number, key) == cat::bad());

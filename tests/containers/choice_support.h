@@ -1,5 +1,5 @@
 #pragma once
-// Choice types by program, and where their values stand.
+// Choice types that a test creates, and the positions of their values.
 
 #include "qrv/base/csignal.h"
 #include "qrv/containers/cattr.h"
@@ -21,7 +21,7 @@ using mapref = cRef<cMapObj>;
 
 inline objref text(char const *of) { return own_key(std::string(of)); }
 
-// {a: 1, b: 2, c: 3} for "a", "b", "c".
+// Returns {a: 1, b: 2, c: 3} for "a", "b", "c".
 inline mapref map_of(std::initializer_list<char const *> keys) {
     auto map = make<cMapObj>();
     int n = 0;
@@ -39,7 +39,7 @@ inline typeref choice_type(std::initializer_list<char const *> keys) {
     return choice_type("Letter", map_of(keys));
 }
 
-// Made as the system makes one: it follows.
+// Created by newobj, so it follows.
 inline valueref value_of(typeref const &type) {
     objref const made = type->newobj();
     return valueref::share(dynamic_cast<cChoiceVal *>(made.get()));
@@ -58,7 +58,7 @@ inline std::string place(cIterObj const &it) {
 }
 inline std::string place(valueref const &value) { return place(*value); }
 
-// What a slot or a member does when it is called for.
+// The action of a slot or a member.
 class cAction {
   public:
     explicit cAction(std::function<void()> action, cSignal const *signal = nullptr)
@@ -76,7 +76,7 @@ class cAction {
     cSlot<cAction> slot_;
 };
 
-// A map whose iterobj does something first, once.
+// A map whose iterobj runs an action at its first call.
 class cActingMap : public cMapObj {
   public:
     cActingMap() : cActingMap(made_type()) {}

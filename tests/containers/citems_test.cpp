@@ -56,7 +56,7 @@ template <class Act> std::string keys_with(objref const &map, Act const &act) {
 
 } // namespace
 
-TEST_F(Items, are_keys_and_values_in_the_order_of_the_container) {
+TEST_F(Items, items_are_keys_and_values_in_the_order_of_the_container) {
     EXPECT_EQ(walked(cat::items(letters(3))), "a=0 b=1 c=2 ");
     auto const vector = make<cVectorObj>();
     for (int i = 7; i < 10; ++i) vector->append(cat::of(i));
@@ -66,7 +66,7 @@ TEST_F(Items, are_keys_and_values_in_the_order_of_the_container) {
     EXPECT_EQ(walked(cat::items(set)), "0=x 1=y ");
 }
 
-TEST_F(ItemsEdge, of_null_void_and_scalar_values_are_none) {
+TEST_F(ItemsEdge, null_void_and_scalar_values_have_no_items) {
     for (objref const &ref : {objref(), cat::nil(), cat::bad(), cat::badfind(), cat::of(5),
                               cat::of("text"), objref(make<cMapObj>())}) {
         cat::Items const items = cat::items(ref);
@@ -94,7 +94,7 @@ TEST_F(Items, are_a_forward_range) {
     EXPECT_EQ(cat::as_string((*found).key()), "d");
 }
 
-TEST_F(Items, own_what_they_walk) {
+TEST_F(Items, items_own_the_container) {
     cat::Items::iterator it;
     cat::Item item;
     {
@@ -106,7 +106,7 @@ TEST_F(Items, own_what_they_walk) {
     ++it;
     EXPECT_EQ(cat::as_string((*it).key()), "b");
     it = {};
-    EXPECT_TRUE(item.key() == nullptr); // the entry is gone with its container
+    EXPECT_TRUE(item.key() == nullptr); // the entry was destroyed with its container
     EXPECT_EQ(item.value(), cat::bad());
 }
 
@@ -151,7 +151,7 @@ TEST_F(Items, survive_the_removal_of_other_entries) {
               "ab");
 }
 
-TEST_F(Items, a_removed_entry_is_followed_by_what_followed_it_then) {
+TEST_F(Items, a_removed_entry_is_followed_by_its_former_successor) {
     auto const map = letters(3);
     auto &hash = map->datamap();
     // Not in order of creation: a x b c.
@@ -160,7 +160,7 @@ TEST_F(Items, a_removed_entry_is_followed_by_what_followed_it_then) {
     for (cat::Item const &item : cat::items(map)) {
         keys += cat::as_string(item.key());
         if (keys != "a") continue;
-        hash.delitem("x"); // before: b followed then
+        hash.delitem("x"); // b was the next entry then
         hash.delitem("a");
         EXPECT_TRUE(item.key() == nullptr);
         EXPECT_EQ(item.value(), cat::bad());
@@ -192,8 +192,8 @@ TEST_F(ItemsEdge, a_value_removed_from_a_vector_has_no_key) {
     EXPECT_EQ(cat::as_string((*++at).value()), "1");
 }
 
-// The model is the position of the next value. A walk ends for good where the current value was
-// removed and nothing follows it.
+// The model is the position of the next value. A walk ends for good if the current value was
+// removed and was the last one.
 TEST_F(Items, random_changes_of_a_vector_follow_the_model) {
     std::mt19937 random(7);
     auto const below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
@@ -233,7 +233,7 @@ TEST_F(Items, random_changes_of_a_vector_follow_the_model) {
     }
 }
 
-TEST_F(Items, an_end_stays_one) {
+TEST_F(Items, an_end_stays_an_end) {
     auto const map = letters(1);
     auto it = cat::items(map).begin();
     map->datamap().delitem("a");
@@ -256,7 +256,7 @@ TEST_F(Items, use_the_iterator_of_a_type) {
     inner = nullptr;
 }
 
-// As a walk over a list that is changed in the same way, whose iterators stay good.
+// Compares with a walk over a std::list with the same changes, whose iterators stay valid.
 TEST_F(Items, random_changes_during_walks_follow_the_model) {
     std::mt19937 random(4711);
     auto const pick = [&random](std::size_t count) { return random() % count; };
@@ -266,8 +266,8 @@ TEST_F(Items, random_changes_during_walks_follow_the_model) {
         std::list<int> model;
         struct cWalk {
             cat::Items::iterator it;
-            std::list<int>::iterator next; // what follows
-            bool on = true;                // the entry is there
+            std::list<int>::iterator next; // the next entry
+            bool on = true;                // the current entry exists
         };
         int last = 0;
         for (int i = 0; i < 6; ++i) {

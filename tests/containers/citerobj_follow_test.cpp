@@ -1,4 +1,5 @@
-// Iterators that follow their source: the tie, and every order in which its parts can end.
+// Iterators that follow their source: the connection, and every order in which its parts can be
+// destroyed.
 #include "qrv/containers/citerobj.h"
 
 #include "qrv/containers/csignalobj.h"
@@ -23,7 +24,7 @@ followref follow(mapref const &map, char const *key) {
 
 objref slot_of(cIterObj const &it) { return it.omember("updatefromobj"); }
 
-// Tells its updates, and does something in them.
+// Logs its updates, and runs an action in them.
 class cTold : public cIterObj {
   public:
     cTold(objref const &source, std::string &story, char name)
@@ -37,7 +38,7 @@ class cTold : public cIterObj {
 
     bool update() override {
         story_ += name_;
-        std::function<void()> const now = action; // may take *this away
+        std::function<void()> const now = action; // may destroy *this
         std::string &story = story_;
         objref const keep = objref::share(this);
         if (now) now();
@@ -56,7 +57,7 @@ class cTold : public cIterObj {
 
 using toldref = cRef<cTold>;
 
-// Nothing of an emission may be left when a test is over.
+// After a test no emission may be in progress.
 class Follow : public QrvTest {
   protected:
     ~Follow() override {
@@ -71,9 +72,9 @@ class Follow : public QrvTest {
 
 } // namespace
 
-// --- the tie
+// --- the connection
 
-TEST_F(Follow, a_follower_learns_of_a_deletion_when_the_source_tells) {
+TEST_F(Follow, a_follower_notices_a_deletion_when_the_source_fires) {
     mapref const map = map_of({"a", "b"});
     followref const it = follow(map, "b"), other = follow(map, "a");
     map->datamap().delitem("b");
@@ -84,7 +85,7 @@ TEST_F(Follow, a_follower_learns_of_a_deletion_when_the_source_tells) {
     EXPECT_EQ(it->hash(), &map->datamap());
 }
 
-TEST_F(Follow, a_follower_at_the_end_is_lost_by_an_update) {
+TEST_F(Follow, an_update_makes_a_follower_at_the_end_invalid) {
     mapref const map = map_of({"a"});
     followref const it = follow(map, "a");
     it->setpos(-1);
@@ -94,7 +95,7 @@ TEST_F(Follow, a_follower_at_the_end_is_lost_by_an_update) {
     EXPECT_EQ(place(*it), "lost");
 }
 
-TEST_F(Follow, an_iterator_that_does_not_follow_ties_nothing) {
+TEST_F(Follow, an_iterator_that_does_not_follow_has_no_connection) {
     mapref const map = map_of({"a"});
     cIterObj const plain(map.get()), said(map.get(), false);
     EXPECT_FALSE(plain.has_ommap());
@@ -115,7 +116,7 @@ TEST_F(Follow, the_source_gets_a_signal_and_all_followers_share_it) {
     EXPECT_TRUE(slot_of(*one) != slot_of(*two));
 }
 
-TEST_F(Follow, a_member_changed_of_another_type_gives_way) {
+TEST_F(Follow, a_member_changed_of_another_type_is_replaced) {
     mapref const map = map_of({"a"});
     map->set_omember("changed", cat::of("text"));
     followref const it = follow(map, "a");
@@ -125,7 +126,7 @@ TEST_F(Follow, a_member_changed_of_another_type_gives_way) {
     EXPECT_EQ(place(*it), "lost");
 }
 
-TEST_F(Follow, null_and_what_has_no_cursor_can_be_followed) {
+TEST_F(Follow, null_and_objects_without_a_cursor_can_be_followed) {
     cIterObj const none(nullptr, true);
     EXPECT_FALSE(none.has_ommap());
     EXPECT_EQ(none.hash(), nullptr);
@@ -153,7 +154,7 @@ TEST_F(Follow, an_iterator_can_follow_another_and_itself) {
     EXPECT_EQ(story, "x+ ");
 }
 
-TEST_F(Follow, the_update_that_runs_is_that_of_the_subclass) {
+TEST_F(Follow, the_update_of_the_subclass_runs) {
     mapref const map = map_of({"a"});
     toldref const a = told(map, 'a'), b = told(map, 'b');
     map->changed();
@@ -164,7 +165,7 @@ TEST_F(Follow, the_update_that_runs_is_that_of_the_subclass) {
     EXPECT_EQ(story, "a+ b+ a- b- ");
 }
 
-TEST_F(Follow, taking_the_slot_away_ends_it) {
+TEST_F(Follow, removing_the_slot_ends_the_following) {
     mapref const map = map_of({"a"});
     toldref const it = told(map, 'a');
     it->set_omember("updatefromobj", cat::badfind());
@@ -173,7 +174,7 @@ TEST_F(Follow, taking_the_slot_away_ends_it) {
     EXPECT_TRUE(map->changed_signal());
 }
 
-TEST_F(Follow, a_slot_that_somebody_kept_goes_on_until_the_follower_dies) {
+TEST_F(Follow, a_slot_with_another_owner_works_until_the_follower_is_destroyed) {
     mapref const map = map_of({"a"});
     toldref it = told(map, 'a');
     objref const kept = slot_of(*it);
@@ -185,7 +186,7 @@ TEST_F(Follow, a_slot_that_somebody_kept_goes_on_until_the_follower_dies) {
     EXPECT_EQ(story, "a+ ");
 }
 
-TEST_F(Follow, a_second_source_takes_the_place_of_the_first) {
+TEST_F(Follow, a_second_source_replaces_the_first) {
     mapref const one = map_of({"a"}), two = map_of({"b"});
     toldref it = told(one, 'x');
     objref const kept = slot_of(*it);
@@ -214,7 +215,7 @@ TEST_F(Follow, copies_do_not_follow) {
     EXPECT_FALSE(copy.has_ommap());
 }
 
-TEST_F(Follow, a_follower_in_an_attribute_is_no_owner_of_its_source) {
+TEST_F(Follow, a_follower_in_an_attribute_does_not_own_its_source) {
     mapref const map = map_of({"a", "b"}), holder = make<cMapObj>();
     holder->setattr(text("at"), follow(map, "b"));
     map->datamap().delitem("b");
@@ -225,9 +226,9 @@ TEST_F(Follow, a_follower_in_an_attribute_is_no_owner_of_its_source) {
     EXPECT_FALSE(map->is_owner_of(*map));
 }
 
-// --- ends outside of emissions
+// --- destruction outside of emissions
 
-TEST_F(Follow, the_source_dies_first) {
+TEST_F(Follow, the_source_is_destroyed_first) {
     mapref map = map_of({"a", "b"});
     followref const it = follow(map, "b");
     map = nullptr;
@@ -237,7 +238,7 @@ TEST_F(Follow, the_source_dies_first) {
     EXPECT_TRUE(slot_of(*it) != cat::badfind());
 }
 
-TEST_F(Follow, the_follower_dies_first) {
+TEST_F(Follow, the_follower_is_destroyed_first) {
     mapref const map = map_of({"a"});
     for (int i = 0; i < 3; ++i) {
         followref const it = follow(map, "a");
@@ -247,7 +248,7 @@ TEST_F(Follow, the_follower_dies_first) {
     EXPECT_EQ(map->changed_signal()->begin(), map->changed_signal()->end());
 }
 
-TEST_F(Follow, the_signal_goes_and_comes_again) {
+TEST_F(Follow, the_signal_is_removed_and_created_again) {
     mapref const map = map_of({"a"});
     toldref const it = told(map, 'a');
     map->set_omember("changed", cat::badfind());
@@ -269,7 +270,7 @@ TEST_F(Follow, the_members_of_the_source_are_replaced) {
     map = nullptr;
 }
 
-TEST_F(Follow, members_that_outlive_the_follower_hold_a_dead_slot) {
+TEST_F(Follow, members_that_outlive_the_follower_have_a_slot_without_effect) {
     mapref const map = map_of({"a"}), members = make<cMapObj>();
     toldref it = told(map, 'a');
     hashref const shared = it->ommap_ref();
@@ -285,10 +286,10 @@ TEST_F(Follow, members_that_outlive_the_follower_hold_a_dead_slot) {
     EXPECT_EQ(dead->function(), nullptr);
 }
 
-TEST_F(Follow, members_taken_over_by_another_follower) {
+TEST_F(Follow, another_follower_may_take_over_the_members) {
     mapref const map = map_of({"a"});
     toldref a = told(map, 'a'), b = told(map, 'b');
-    b->ommap(a->ommap_ref()); // b's own slot dies, a's stands in both
+    b->ommap(a->ommap_ref()); // b's own slot is destroyed, and both share a's slot
     map->changed();
     EXPECT_EQ(story, "a+ ");
     a = nullptr;
@@ -296,8 +297,8 @@ TEST_F(Follow, members_taken_over_by_another_follower) {
     EXPECT_EQ(story, "a+ ");
 }
 
-// A member of the dying follower makes the source tell while the follower is half gone.
-TEST_F(Follow, a_change_told_while_the_follower_dies) {
+// A member of the follower fires the source's signal while the follower is being destroyed.
+TEST_F(Follow, the_signal_fires_while_the_follower_is_destroyed) {
     mapref const map = map_of({"a"});
     toldref it = told(map, 'a');
     it->set_omember("will", make<cLastWill>([&] { map->changed(); }));
@@ -305,7 +306,7 @@ TEST_F(Follow, a_change_told_while_the_follower_dies) {
     EXPECT_EQ(story, "");
 }
 
-TEST_F(Follow, a_change_told_while_the_source_dies) {
+TEST_F(Follow, the_signal_fires_while_the_source_is_destroyed) {
     mapref map = map_of({"a"});
     toldref const it = told(map, 'a');
     cMapObj *const dying = map.get();
@@ -315,9 +316,9 @@ TEST_F(Follow, a_change_told_while_the_source_dies) {
     EXPECT_EQ(place(*it), "a");
 }
 
-// --- ends inside of emissions
+// --- destruction inside of emissions
 
-TEST_F(Follow, a_follower_dies_in_its_own_update) {
+TEST_F(Follow, a_follower_may_be_destroyed_in_its_own_update) {
     mapref const map = map_of({"a"});
     toldref a = told(map, 'a'), b = told(map, 'b'), c = told(map, 'c');
     b->action = [&] { b = nullptr; };
@@ -327,7 +328,7 @@ TEST_F(Follow, a_follower_dies_in_its_own_update) {
     EXPECT_EQ(story, "a+ b+ c+ a+ c+ ");
 }
 
-TEST_F(Follow, a_follower_kills_those_before_and_behind_it) {
+TEST_F(Follow, a_follower_may_destroy_those_before_and_after_it) {
     mapref const map = map_of({"a"});
     toldref a = told(map, 'a'), b = told(map, 'b'), c = told(map, 'c'), d = told(map, 'd');
     b->action = [&] { a = c = nullptr; };
@@ -338,7 +339,7 @@ TEST_F(Follow, a_follower_kills_those_before_and_behind_it) {
     EXPECT_EQ(story, "a+ b+ d+ b+ d+ ");
 }
 
-TEST_F(Follow, all_followers_die_in_the_last_update) {
+TEST_F(Follow, all_followers_may_be_destroyed_in_the_last_update) {
     mapref const map = map_of({"a"});
     toldref a = told(map, 'a'), b = told(map, 'b');
     b->action = [&] { a = b = nullptr; };
@@ -348,7 +349,7 @@ TEST_F(Follow, all_followers_die_in_the_last_update) {
     EXPECT_EQ(story, "a+ b+ ");
 }
 
-TEST_F(Follow, the_source_dies_in_an_update) {
+TEST_F(Follow, the_source_may_be_destroyed_in_an_update) {
     mapref map = map_of({"a"});
     toldref const a = told(map, 'a'), b = told(map, 'b');
     a->action = [&] { map = nullptr; };
@@ -357,7 +358,7 @@ TEST_F(Follow, the_source_dies_in_an_update) {
     EXPECT_EQ(place(*b), "a");
 }
 
-TEST_F(Follow, source_and_followers_die_in_an_update) {
+TEST_F(Follow, source_and_followers_may_be_destroyed_in_an_update) {
     mapref map = map_of({"a"});
     toldref a = told(map, 'a'), b = told(map, 'b');
     a->action = [&] {
@@ -390,7 +391,7 @@ TEST_F(Follow, the_signal_is_replaced_in_an_update) {
     EXPECT_EQ(story, "a+ ");
 }
 
-TEST_F(Follow, the_slot_is_taken_away_in_its_own_call) {
+TEST_F(Follow, the_slot_may_be_removed_in_its_own_call) {
     mapref const map = map_of({"a"});
     toldref const a = told(map, 'a'), b = told(map, 'b');
     a->action = [&] { a->set_omember("updatefromobj", nullptr); };
@@ -417,7 +418,7 @@ TEST_F(Follow, a_follower_changes_the_source_in_its_update) {
     EXPECT_EQ(a->size(), 0);
 }
 
-TEST_F(Follow, a_follower_tells_again_in_its_update) {
+TEST_F(Follow, a_follower_may_fire_again_in_its_update) {
     mapref const map = map_of({"a"});
     toldref const a = told(map, 'a'), b = told(map, 'b');
     int left = 2;
@@ -428,7 +429,7 @@ TEST_F(Follow, a_follower_tells_again_in_its_update) {
     EXPECT_EQ(story, "aaa+ b+ + b+ + b+ ");
 }
 
-TEST_F(Follow, a_new_follower_joins_in_an_update) {
+TEST_F(Follow, a_new_follower_may_connect_in_an_update) {
     mapref const map = map_of({"a"});
     toldref const a = told(map, 'a');
     toldref joined;
@@ -441,7 +442,7 @@ TEST_F(Follow, a_new_follower_joins_in_an_update) {
     EXPECT_EQ(story, "a+ n+ a+ n+ ");
 }
 
-TEST_F(Follow, an_exception_in_an_update_goes_through) {
+TEST_F(Follow, an_exception_in_an_update_is_passed_on) {
     mapref const map = map_of({"a"});
     toldref const a = told(map, 'a'), b = told(map, 'b');
     a->action = [] { throw std::runtime_error("no"); };
@@ -452,7 +453,7 @@ TEST_F(Follow, an_exception_in_an_update_goes_through) {
     EXPECT_EQ(story, "aa+ b+ ");
 }
 
-TEST_F(Follow, an_exception_while_the_iterator_is_made_leaves_nothing) {
+TEST_F(Follow, an_exception_while_the_iterator_is_created_leaves_no_connection) {
     auto const map = make<cActingMap>(*map_of({"a"}));
     map->action = [] { throw std::runtime_error("no"); };
     EXPECT_THROW(cIterObj const it(map.get(), true), std::runtime_error);
@@ -461,7 +462,7 @@ TEST_F(Follow, an_exception_while_the_iterator_is_made_leaves_nothing) {
     EXPECT_EQ(place(it), "a");
 }
 
-TEST_F(Follow, an_exception_of_the_follower_s_own_signal_leaves_no_tie) {
+TEST_F(Follow, an_exception_of_the_follower_s_own_signal_leaves_no_connection) {
     struct cThrowing : cIterObj {
         explicit cThrowing(cObj &source) : cIterObj(&cat::type_iterator()) {
             cAction const act([] { throw std::runtime_error("no"); }, &force_changed_signal());

@@ -1,6 +1,6 @@
-// Cursors against a model: entries come and go while cursors are stepped, copied and assigned, also
-// to themselves and by way of the maps that hold them. And cursors' methods on what only claims to
-// be one.
+// Cursors compared with a model: entries are added and removed while cursors are stepped, copied
+// and assigned, also to themselves and by assigning the maps that hold them. And the methods of
+// cursors on objects that only claim to be one.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
@@ -18,7 +18,7 @@ class CursorClaim : public QrvTest {};
 
 objref key(char const *text) { return own_key(std::string(text)); }
 
-// Assigned to itself without a compiler's warning.
+// Returns its argument: assigning an object to itself without a compiler's warning.
 cIterObj &self(cIterObj &it) { return it; }
 
 // {a: 1, b: 2, c: 3} and a cursor at b.
@@ -95,7 +95,7 @@ TEST_F(CursorModel, a_cursor_that_is_the_last_owner_of_its_hash_is_assigned_to_i
 
 namespace {
 
-// What a cursor should say: a key, or that its node was deleted, or the end.
+// The expected state of a cursor: a key, or that its node was deleted, or the end.
 struct cModel {
     static constexpr int end = -1;
     static constexpr int deleted = -2;
@@ -105,7 +105,7 @@ struct cModel {
     int step(int place, int by) const {
         if (place == deleted) return end;
         auto const found = std::find(keys.begin(), keys.end(), place);
-        auto const ring = static_cast<int>(keys.size()) + 1; // the end is a place as well
+        auto const ring = static_cast<int>(keys.size()) + 1; // the end is a position, too
         int const next = (static_cast<int>(found - keys.begin()) + by + ring) % ring;
         return next == ring - 1 ? end : keys[static_cast<std::size_t>(next)];
     }
@@ -127,7 +127,7 @@ std::string told(int place) {
 
 } // namespace
 
-TEST_F(CursorModel, random_steps_copies_and_assignments_while_entries_come_and_go) {
+TEST_F(CursorModel, random_steps_copies_and_assignments_while_entries_are_added_and_removed) {
     constexpr std::size_t cursors = 5;
     std::mt19937 random(10);
     auto const number = [&](std::size_t below) {
@@ -180,7 +180,7 @@ TEST_F(CursorModel, random_steps_copies_and_assignments_while_entries_come_and_g
     }
 }
 
-TEST_F(CursorClaim, the_methods_of_cursors_refuse_what_only_claims_to_be_one) {
+TEST_F(CursorClaim, the_methods_of_cursors_refuse_objects_that_only_claim_the_type) {
     objref const claim = claimed();
     cErrorLog errors;
     for (char const *text : {"key", "value", "pos"})
@@ -195,7 +195,7 @@ TEST_F(CursorClaim, the_methods_of_cursors_refuse_what_only_claims_to_be_one) {
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST_F(CursorClaim, a_cursor_takes_no_position_from_what_only_claims_to_be_one) {
+TEST_F(CursorClaim, a_cursor_copies_no_position_from_an_object_that_only_claims_the_type) {
     cAtB at;
     EXPECT_FALSE(at.it->assign(claimed()));
     EXPECT_FALSE(at.it->equal(claimed()));

@@ -29,7 +29,7 @@ constexpr int lowest = -2147483647 - 1;
 
 } // namespace
 
-TEST_F(CursorEdge, an_empty_map_begins_at_its_end) {
+TEST_F(CursorEdge, the_first_position_of_an_empty_map_is_its_end) {
     auto const map = make<cMapObj>();
     EXPECT_TRUE(map->begin() == map->end());
     EXPECT_FALSE(map->begin().valid());
@@ -49,7 +49,7 @@ TEST_F(CursorEdge, a_default_cursor_has_no_hash) {
     EXPECT_FALSE(cIterObj::valid(nullptr));
 }
 
-TEST_F(CursorEdge, a_step_from_the_last_is_the_end_and_another_the_first) {
+TEST_F(CursorEdge, a_step_from_the_last_entry_leads_to_the_end_and_another_to_the_first) {
     auto const map = abc();
     cIterObj it = map->begin();
     EXPECT_TRUE(it.setpos(-2));
@@ -108,7 +108,7 @@ TEST_F(Cursor, places_below_minus_two_count_as_the_first) {
     EXPECT_TRUE(empty.setpos(-1));
 }
 
-TEST_F(Cursor, finding_a_key) {
+TEST_F(Cursor, a_cursor_finds_a_key) {
     auto const map = abc();
     cIterObj it = map->begin();
     EXPECT_TRUE(it.setkey("c"));
@@ -127,7 +127,7 @@ TEST_F(Cursor, the_hash_outlives_its_map) {
     EXPECT_TRUE(cat::is_equal(it.valref(), 1));
 }
 
-TEST_F(Cursor, a_dead_node_reads_bad_and_a_step_leads_to_the_end) {
+TEST_F(Cursor, a_deleted_node_reads_bad_and_a_step_leads_to_the_end) {
     auto const map = abc();
     for (bool forward : {true, false}) {
         map->setattr(key("x"), cat::of(9));
@@ -155,7 +155,7 @@ TEST_F(Cursor, a_key_inserted_anew_is_not_found_by_the_old_cursor) {
     EXPECT_FALSE(it.update());
 }
 
-TEST_F(Cursor, clearing_the_map_kills_all_positions) {
+TEST_F(Cursor, clearing_the_map_makes_all_positions_invalid) {
     auto const map = abc();
     cIterObj first = map->begin(), end = map->end();
     map->clear();
@@ -174,7 +174,7 @@ TEST_F(Cursor, update_keeps_a_living_position) {
     EXPECT_EQ(it.pos(), 0);
 }
 
-TEST_F(Cursor, objects_without_iterator_give_equal_invalid_cursors) {
+TEST_F(Cursor, objects_without_iterator_return_equal_invalid_cursors) {
     objref const number = cat::of(1);
     EXPECT_TRUE(number->begin() == number->end());
     EXPECT_FALSE(number->begin().valid());
@@ -198,7 +198,7 @@ TEST_F(Cursor, copies_rewinds_and_sources) {
     EXPECT_EQ(&other.type(), &cat::type_iterator());
 }
 
-TEST_F(Cursor, void_values_are_no_valid_values) {
+TEST_F(Cursor, void_values_are_not_valid_values) {
     auto const map = abc();
     map->setattr(key("a"), cat::nil());
     EXPECT_TRUE(map->begin().valid());

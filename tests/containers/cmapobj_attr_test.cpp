@@ -1,4 +1,4 @@
-// Maps: what setattr, getattr, add and append take, give and refuse.
+// Maps: setattr, getattr, add and append.
 
 #include "qrv/containers/cattr.h"
 #include "qrv/core/ceros.h"
@@ -48,7 +48,7 @@ TEST_F(MapAttr, the_cycle_is_tested_before_const_keys) {
     EXPECT_NE(errors.last_text().find("cycle"), std::string::npos);
 }
 
-// A handler that forgives lets the answer be true; nothing is stored all the same.
+// If a handler forgives, the result is true, but nothing is stored.
 TEST_F(MapAttr, a_forgiven_refusal_is_true_and_stores_nothing) {
     mapref const a = map();
     mapref const b = map({{"a", a}});
@@ -139,7 +139,7 @@ TEST_F(MapAttr, other_keys_of_a_map_with_specifications_are_free) {
     EXPECT_EQ(m->getattr(of("c")), cat::badfind());
 }
 
-// The key's own `write` raises an error while the text is made.
+// The key's own `write` raises an error while the message is written.
 bool raising_write(cObj &, objref &) {
     eros().clear();
     eros().set_code(0x40000007);
@@ -148,7 +148,7 @@ bool raising_write(cObj &, objref &) {
     return false;
 }
 
-TEST_F(MapAttr, an_error_inside_the_text_of_the_key_does_not_spoil_the_report) {
+TEST_F(MapAttr, an_error_while_writing_the_key_does_not_damage_the_report) {
     cTypeObj type("raising_key", nullptr);
     type.set_hash(cat::hash_int, [](objref const &a, objref const &b) { return a == b; });
     type.set_tmember("write", make<cExeMember>(raising_write));
@@ -194,7 +194,7 @@ TEST_F(MapAttr, an_absent_attribute_with_a_default_reads_the_shared_default) {
     EXPECT_EQ(shape(m->getattr(of("a"))), "1");
 }
 
-TEST_F(MapAttr, getattr_insert_makes_a_map_only_where_nothing_good_stands) {
+TEST_F(MapAttr, getattr_insert_creates_a_map_only_if_there_is_no_good_value) {
     mapref const m = map({{"a", 1}, {"n", cat::nil()}});
     EXPECT_EQ(shape(cTomMap::getattr_insert(m, of("a"))), "1");
     EXPECT_EQ(cTomMap::getattr_insert(m, of("n")), cat::nil());
@@ -205,7 +205,7 @@ TEST_F(MapAttr, getattr_insert_makes_a_map_only_where_nothing_good_stands) {
     EXPECT_EQ(cTomMap::getattr_insert(of(5), of("a")), cat::bad());
 }
 
-TEST_F(MapAttr, iterobj_stands_at_the_first_node) {
+TEST_F(MapAttr, iterobj_begins_at_the_first_node) {
     mapref const m = map({{"a", 1}, {"b", 2}});
     objref const it = m->iterobj();
     EXPECT_EQ(shape(it->getattr(of("value"))), "1");
@@ -214,7 +214,7 @@ TEST_F(MapAttr, iterobj_stands_at_the_first_node) {
 
 // --- add
 
-TEST_F(MapAttr, adding_a_map_brings_missing_keys_and_shares_their_values) {
+TEST_F(MapAttr, adding_a_map_adds_missing_keys_and_shares_their_values) {
     objref const shared = of(5);
     mapref const m = map({{"a", 1}});
     mapref const n = map({{"a", 2}, {"b", shared}});
@@ -225,7 +225,7 @@ TEST_F(MapAttr, adding_a_map_brings_missing_keys_and_shares_their_values) {
     EXPECT_EQ(shape(m), "{a=1, b=5}");
 }
 
-TEST_F(MapAttr, adding_is_true_even_where_setattr_refused) {
+TEST_F(MapAttr, adding_is_true_even_if_setattr_refuses) {
     mapref const m = map();
     m->setflags(of_const_keys);
     cErrorLog errors;

@@ -1,5 +1,5 @@
-// Specifications in a map: every combination of flags with every kind of present and coming value,
-// for setattr and getattr, against a table written as rules.
+// Specifications in a map: every combination of flags with every kind of present and new value, for
+// setattr and getattr, compared with a table of rules.
 
 #include "qrv/containers/cattspec.h"
 #include "tests/containers/trees.h"
@@ -16,10 +16,10 @@ class MapSpec : public QrvTest {
     objref const coming_values[7] = {nullptr, cat::badfind(), cat::nil(), cat::bad(),
                                      one,     other,          text};
 
-    // A map with the key "a" specified so, and the value there.
+    // A map with the key "a", its specification and its value.
     mapref specified(int flags, objref const &present) const {
         specref const spec = specref::adopt(new cAttspec(standard, asf_fixtype));
-        spec->flags(flags); // also combinations that no constructor makes
+        spec->flags(flags); // also combinations that no constructor creates
         mapref made = map();
         made->set_attspec("a", spec);
         made->datamap().mapitem("a", present);

@@ -1,4 +1,4 @@
-// Maps: how they are made, their keys and values, and their members.
+// Maps: construction, keys and values, and members.
 
 #include "qrv/containers/cmapobj.h"
 
@@ -68,7 +68,7 @@ TEST_F(MapEdge, adding_a_scalar_does_nothing_and_is_true) {
     EXPECT_EQ(shape(m), "{a=1}");
 }
 
-TEST_F(MapEdge, appending_takes_the_key_behind_the_greatest_index) {
+TEST_F(MapEdge, appending_uses_the_key_after_the_greatest_index) {
     mapref const m = map();
     EXPECT_TRUE(m->append(of("x")));
     EXPECT_EQ(shape(m), "{0=x}");
@@ -87,7 +87,7 @@ TEST_F(MapEdge, pairs_in_another_order_are_unequal_but_equal_unsorted) {
     EXPECT_TRUE(a->equal_unsorted(*b));
 }
 
-TEST_F(MapEdge, empty_children_go_by_passes_that_do_not_look_back) {
+TEST_F(MapEdge, empty_children_are_removed_in_passes) {
     mapref const m = map({{"a", map()}, {"b", map({{"c", map()}})}});
     m->remove_emptychilds(false);
     EXPECT_EQ(shape(m), "{b={c={}}}");
@@ -161,7 +161,7 @@ bool count_create(cObj &) {
     return true;
 }
 
-TEST_F(MapObj, create_runs_where_it_is_asked_for) {
+TEST_F(MapObj, create_runs_on_request) {
     cOwnType own;
     own.type.set_tmember("create", make<cExeMember>(count_create));
     created = 0;
@@ -196,7 +196,7 @@ TEST_F(MapObj, a_hash_outlives_its_map) {
 
 // --- access
 
-TEST_F(MapObj, valref_makes_a_missing_key_and_gives_the_stored_reference) {
+TEST_F(MapObj, valref_creates_a_missing_key_and_returns_the_stored_reference) {
     mapref const m = map();
     EXPECT_EQ(m->valref_(of("a")), cat::nil());
     m->valref_("a") = of(7);
@@ -229,7 +229,7 @@ TEST_F(MapObj, submap_keeps_a_map_and_replaces_anything_else) {
     EXPECT_EQ(shape(m), "{a={x=1}, v={}, new={y=2}}");
 }
 
-TEST_F(MapObj, submap_goes_through_const_keys_and_specifications) {
+TEST_F(MapObj, submap_ignores_const_keys_and_specifications) {
     mapref const m = map();
     m->set_attspec("a", spec_of(asf_required, &cat::type_int()));
     m->setflags(of_const_keys);
@@ -238,7 +238,7 @@ TEST_F(MapObj, submap_goes_through_const_keys_and_specifications) {
     EXPECT_EQ(shape(m), "{a={}, b={}}");
 }
 
-TEST_F(MapObj, submap_of_a_nil_key_is_a_scratch_map_and_the_pointer_null) {
+TEST_F(MapObj, submap_of_a_nil_key_is_a_scratch_map_and_a_null_pointer) {
     mapref const m = map();
     std::uint32_t const before = cObjBase::ob_count();
     EXPECT_EQ(m->submap_ptr(objref()), nullptr);
@@ -291,9 +291,9 @@ TEST_F(MapObj, the_type_holds_the_listed_members) {
     EXPECT_EQ(shape(cat::type_map().newobj()), "{}");
 }
 
-// --- no maps
+// --- objects that are not maps
 
-TEST_F(MapObj, methods_refuse_objects_that_are_no_maps) {
+TEST_F(MapObj, methods_refuse_objects_that_are_not_maps) {
     objref const five = of(5);
     objref key = of("k");
     objref value = of(1);
@@ -308,7 +308,7 @@ TEST_F(MapObj, methods_refuse_objects_that_are_no_maps) {
 } // namespace
 
 TEST_F(MapObj, a_palette_equals_an_equal_palette) {
-    cOwnType const own; // inherits from map, and is no container
+    cOwnType const own; // inherits from map, but is not a container
     auto const palette = [&](int red) {
         auto const made = make<cMapObj>(const_cast<cTypeObj *>(&own.type), true);
         made->datamap().mapitem("red", cat::of(red));

@@ -1,5 +1,5 @@
-// Maps: what walks all that they hold. Comparing, owners, private copies, empty children; in maps
-// that hold themselves, in deep ones and in ladders.
+// Maps: operations that walk over all values. Comparing, owners, private copies, empty children; in
+// maps that hold themselves, in deep maps and in ladders.
 
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cexe.h"
@@ -27,7 +27,7 @@ TEST_F(MapWalk, maps_are_equal_with_equal_pairs_in_one_order) {
     EXPECT_TRUE(map()->equal(*map()));
 }
 
-TEST_F(MapWalk, equal_methods_refuse_what_is_no_container) {
+TEST_F(MapWalk, equal_methods_refuse_objects_that_are_not_containers) {
     mapref const a = map();
     objref five = of(5);
     objref null;
@@ -38,7 +38,7 @@ TEST_F(MapWalk, equal_methods_refuse_what_is_no_container) {
     EXPECT_FALSE(a->equal_unsorted(*five));
 }
 
-TEST_F(MapWalk, unsorted_equality_asks_for_the_same_keys) {
+TEST_F(MapWalk, unsorted_equality_needs_the_same_keys) {
     EXPECT_FALSE(map({{"a", 1}})->equal_unsorted(*map({{"b", 1}})));
     EXPECT_FALSE(map({{"a", 1}})->equal_unsorted(*map({{"a", 2}})));
     EXPECT_FALSE(map({{"a", 1}})->equal_unsorted(*map()));
@@ -55,14 +55,14 @@ TEST_F(MapWalk, null_values_equal_only_each_other) {
     EXPECT_TRUE(a->equal(*b));
 }
 
-// `equal` of one value removes what the walk stands on.
+// `equal` of one value removes the current entry of the walk.
 constinit cMapObj *walked = nullptr;
 bool removing_equal(cObj &, objref &) {
     walked->datamap().delitem("b");
     return true;
 }
 
-TEST_F(MapWalk, a_size_that_changes_while_comparing_is_told_on_standard_output) {
+TEST_F(MapWalk, a_size_that_changes_during_a_comparison_is_reported_on_standard_output) {
     cTypeObj type("removing", nullptr);
     type.set_tmember("equal", make<cExeMember>(removing_equal));
     {
@@ -81,7 +81,7 @@ mapref ladder(int levels) {
     return level;
 }
 
-TEST_F(MapWalk, ladders_are_compared_and_walked_by_their_size) {
+TEST_F(MapWalk, ladders_are_compared_and_walked_in_linear_time) {
     mapref const a = ladder(64);
     mapref const b = ladder(64);
     EXPECT_TRUE(a->equal(*b));
@@ -110,9 +110,9 @@ TEST_F(MapWalk, two_cycles_of_one_shape_are_equal) {
     b->clear();
 }
 
-// x holds itself through y, and differs from its counterpart only behind that: what was found
-// equal on the assumption must not survive it.
-TEST_F(MapWalk, an_assumption_that_fails_takes_back_what_rested_on_it) {
+// x holds itself through y, and differs from its counterpart only after that: results "equal" that
+// depend on the assumption must be dropped with it.
+TEST_F(MapWalk, an_assumption_that_fails_removes_the_results_that_depend_on_it) {
     mapref const a1 = map(), a2 = map(), b1 = map(), b2 = map();
     a1->datamap().mapitem("deep", a2);
     a1->datamap().mapitem("n", of(1));
@@ -130,7 +130,7 @@ TEST_F(MapWalk, an_assumption_that_fails_takes_back_what_rested_on_it) {
 
 // --- cycles, depth
 
-TEST_F(MapWalk, walks_end_on_a_map_that_holds_itself) {
+TEST_F(MapWalk, walks_terminate_on_a_map_that_holds_itself) {
     mapref const m = map();
     m->datamap().mapitem("1", m);
     mapref const x = map();
@@ -155,7 +155,7 @@ mapref chain(int levels) {
     return level;
 }
 
-TEST_F(MapWalk, what_the_stack_does_not_hold_is_refused_with_an_error) {
+TEST_F(MapWalk, nesting_that_exhausts_the_stack_is_refused_with_an_error) {
     mapref const a = chain(60000);
     mapref const b = chain(60000);
     cErrorLog errors;
@@ -187,7 +187,7 @@ TEST_F(MapWalk, an_owner_is_found_at_any_depth_by_identity) {
 constinit cMapObj *iterated = nullptr;
 objref iterobj_elsewhere(objref) { return iterated->iterobj(); }
 
-TEST_F(MapWalk, owners_are_found_through_an_iterator_of_ones_own) {
+TEST_F(MapWalk, owners_are_found_through_a_custom_iterator) {
     objref const leaf = of(1);
     mapref const hidden = map({{"x", leaf}});
     iterated = hidden.get();
@@ -215,7 +215,7 @@ TEST_F(MapWalk, detach_clones_scalars_and_copies_containers) {
     EXPECT_TRUE(map()->detach(true));
 }
 
-TEST_F(MapWalk, detach_is_false_where_a_value_cannot_be_cloned) {
+TEST_F(MapWalk, detach_is_false_if_a_value_cannot_be_cloned) {
     mapref const m = map({{"a", cat::nil()}, {"b", 1}});
     objref const b = m->datamap().getitem("b");
     EXPECT_FALSE(m->detach(false));
@@ -223,7 +223,7 @@ TEST_F(MapWalk, detach_is_false_where_a_value_cannot_be_cloned) {
     EXPECT_EQ(m->datamap().getitem("a"), cat::nil());
 }
 
-TEST_F(MapWalk, detach_leaves_containers_of_other_types) {
+TEST_F(MapWalk, detach_does_not_copy_containers_of_other_types) {
     cOwnType own;
     own.type.setflags(tf_container);
     {
@@ -244,7 +244,7 @@ TEST_F(MapWalk, a_deep_detach_copies_a_shared_part_once) {
     EXPECT_NE(m->datamap().getitem("a"), m->datamap().getitem("b"));
 }
 
-TEST_F(MapWalk, copy_on_write_clones_only_what_is_shared) {
+TEST_F(MapWalk, copy_on_write_clones_only_shared_values) {
     objref one = of(1);
     cObj *const before = one.get();
     EXPECT_TRUE(cat::detach(one, false));
@@ -259,7 +259,7 @@ TEST_F(MapWalk, copy_on_write_clones_only_what_is_shared) {
     EXPECT_FALSE(cat::detach(nil, true));
 }
 
-TEST_F(MapWalk, copy_on_write_of_a_container_is_deep_when_asked) {
+TEST_F(MapWalk, copy_on_write_of_a_container_is_deep_on_request) {
     objref const inner = of(1);
     objref m = map({{"a", inner}});
     EXPECT_TRUE(cat::detach(m, false));
@@ -287,7 +287,7 @@ TEST_F(MapWalk, only_exact_maps_count_as_empty_children) {
 }
 
 TEST_F(MapWalk, a_removal_starts_the_walk_again_and_with_it_the_recursion) {
-    // b is emptied by the first walk; the removal of z makes a second one, which sees it.
+    // The first walk empties b; the removal of z causes a second walk, which finds b empty.
     mapref const m = map({{"b", map({{"c", map()}})}, {"z", map()}});
     m->remove_emptychilds(true);
     EXPECT_EQ(shape(m), "{}");

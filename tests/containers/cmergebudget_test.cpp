@@ -1,5 +1,5 @@
-// The test for cycles before text stores a value: it goes into all that a value keeps alive, which
-// is more than is_owner_of tells a program.
+// The test for cycles before text stores a value: it visits all that a value keeps alive, which is
+// more than is_owner_of visits for a program.
 #include "containers/cmergebudget.h"
 
 #include "qrv/containers/cattspec.h"
@@ -22,7 +22,7 @@ class MergeCycle : public QrvTest {
         int count = 0;
     };
 
-    // "allowed" or "left out", as text would find it; a program's is_owner_of says no to each.
+    // The result for text, "allowed" or "left out"; a program's is_owner_of is always false.
     static std::string store(objref const &value, cObj &holder, std::uint64_t units = 1000) {
         EXPECT_FALSE(value->is_owner_of(holder));
         cCounting budget(units);
@@ -37,7 +37,7 @@ class MergeCycle : public QrvTest {
 
 } // namespace
 
-TEST_F(MergeCycle, an_iterator_keeps_the_hash_that_it_walks) {
+TEST_F(MergeCycle, an_iterator_keeps_its_hash_alive) {
     objref const it = map->iterobj();
     EXPECT_EQ(store(it, *map), "left out");
     EXPECT_EQ(store(it, *other), "allowed");
@@ -49,14 +49,14 @@ TEST_F(MergeCycle, an_iterator_keeps_the_hash_that_it_walks) {
     EXPECT_EQ(store(make<cIterObj>(), *map), "allowed");
 }
 
-TEST_F(MergeCycle, a_choice_type_keeps_its_choices) {
+TEST_F(MergeCycle, a_choice_type_keeps_its_choices_alive) {
     typeref const type = choice_type("Letter", map);
     EXPECT_EQ(store(type, *map), "left out");
     EXPECT_EQ(store(type, *other), "allowed");
     EXPECT_EQ(store(choice_type("Bare", nullptr), *map), "allowed");
 }
 
-TEST_F(MergeCycle, a_choice_value_keeps_its_type_and_the_hash_of_before) {
+TEST_F(MergeCycle, a_choice_value_keeps_its_type_and_the_former_hash_alive) {
     typeref const type = choice_type("Letter", map);
     auto const value = make<cChoiceVal>(type.get());
     EXPECT_EQ(store(value, *map), "left out");
@@ -69,7 +69,7 @@ TEST_F(MergeCycle, a_choice_value_keeps_its_type_and_the_hash_of_before) {
     EXPECT_EQ(store(value, *map), "allowed");
 }
 
-TEST_F(MergeCycle, a_specification_keeps_its_default) {
+TEST_F(MergeCycle, a_specification_keeps_its_default_alive) {
     objref const spec = make<cAttspec>(objref(map), 0);
     EXPECT_EQ(store(spec, *map), "left out");
     EXPECT_EQ(store(spec, *other), "allowed");
@@ -82,14 +82,14 @@ TEST_F(MergeCycle, a_specification_keeps_its_default) {
     EXPECT_EQ(store(record, *map), "left out");
 }
 
-TEST_F(MergeCycle, the_walk_is_paid_for) {
+TEST_F(MergeCycle, the_walk_is_charged) {
     typeref const type = choice_type("Letter", map);
     for (int i = 0; i < 100; ++i) map->setattr(own_key(i), cat::of(i));
     EXPECT_EQ(store(type, *other, 50), "used up");
     EXPECT_EQ(store(type, *other), "allowed");
 }
 
-TEST_F(MergeCycle, without_a_budget_all_is_allowed) {
+TEST_F(MergeCycle, without_a_budget_everything_is_allowed) {
     objref const it = map->iterobj();
     EXPECT_TRUE(cat::merge_allows(*map, text("key"), it));
 }

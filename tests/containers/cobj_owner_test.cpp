@@ -1,5 +1,4 @@
-// A store that would close a cycle is refused, and the search for one costs nothing where there
-// can't be any.
+// A store that would close a cycle is refused, and there is no search if there can't be a cycle.
 
 #include "core/cholders.h"
 #include "qrv/core/cexe.h"
@@ -42,7 +41,7 @@ objref counted_iterobj(objref obj) {
 
 } // namespace
 
-TEST_F(OwnerTest, an_inner_map_that_its_attribute_alone_owns_refuses_its_owner) {
+TEST_F(OwnerTest, an_inner_map_that_only_its_attribute_owns_refuses_its_owner) {
     mapref const m = map({{"x", map()}});
     cMapObj *const inner = m->submap_ptr("x");
     EXPECT_EQ(inner->refs(), 1u);
@@ -81,7 +80,7 @@ TEST_F(OwnerTest, an_object_is_a_value_as_long_as_an_attribute_has_it) {
     EXPECT_FALSE(outer->may_be_a_value());
 }
 
-TEST_F(OwnerTest, a_value_that_was_given_out_is_searched_for) {
+TEST_F(OwnerTest, a_value_with_an_outside_reference_is_searched_for) {
     mapref const inner = map();
     mapref const outer = map({{"a", 1}});
     outer->valref_("a") = inner;
@@ -89,7 +88,7 @@ TEST_F(OwnerTest, a_value_that_was_given_out_is_searched_for) {
     EXPECT_TRUE(is_refused(*inner, outer));
 }
 
-TEST_F(OwnerTest, an_iterator_of_a_type_is_asked_as_before) {
+TEST_F(OwnerTest, the_iterobj_of_a_type_is_called) {
     cOwnType own;
     own.type.set_tmember("iterobj", make<cExeMember>(counted_iterobj));
     EXPECT_FALSE(cHolders::are_known());
@@ -100,7 +99,7 @@ TEST_F(OwnerTest, an_iterator_of_a_type_is_asked_as_before) {
     target->clear();
 }
 
-TEST_F(OwnerTest, an_iterator_of_an_object_is_asked_as_before) {
+TEST_F(OwnerTest, the_iterobj_of_an_object_is_called) {
     mapref const value = map();
     value->set_omember("iterobj", make<cExeMember>(counted_iterobj));
     EXPECT_FALSE(cHolders::are_known());
@@ -110,13 +109,13 @@ TEST_F(OwnerTest, an_iterator_of_an_object_is_asked_as_before) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(OwnerTest, the_types_of_the_library_leave_it_known) {
+TEST_F(OwnerTest, the_types_of_the_library_leave_the_counts_valid) {
     cOwnType own;
     cTypeObj attlist(&cat::typetype_attlist(), nullptr, nullptr);
     EXPECT_TRUE(cHolders::are_known());
 }
 
-// Each would take minutes if every store walked over what it stores.
+// Each test would take minutes if every store walked over the stored value.
 TEST_F(OwnerTest, nesting_from_the_innermost_level_is_linear) {
     objref tree = map();
     for (int i = 0; i < levels; ++i) {
@@ -145,7 +144,7 @@ TEST_F(OwnerTest, storing_a_large_value_under_many_keys_is_linear) {
 
 namespace {
 
-// The search as it is without any knowledge.
+// The search without the counts.
 bool is_below(objref const &value, cObj const &other, std::set<cObj const *> &seen) {
     if (!value || !value->is_map() || !seen.insert(value).second) return false;
     cAttrHash const &hash = static_cast<cMapObj const &>(*value).datamap();
@@ -206,7 +205,7 @@ class cGenerated {
 
 } // namespace
 
-TEST_F(OwnerTest, what_is_refused_is_what_a_walk_finds) {
+TEST_F(OwnerTest, exactly_the_values_that_a_walk_finds_are_refused) {
     for (unsigned seed = 0; seed < 200; ++seed) {
         cGenerated work(seed);
         for (int i = 0; i < 100 && !testing::Test::HasFatalFailure(); ++i) work.step();

@@ -1,5 +1,5 @@
-// The checker of the registry is checked itself: each rule is broken once and must be told, and the
-// repaired registry passes again.
+// The checker of the registry: it must report each rule when the test breaks it, and accept the
+// repaired registry.
 #include "containers/cregistry_check.h"
 
 #include "core/cregistry.h"
@@ -31,7 +31,7 @@ objref nothing(objref) { return cat::nil(); }
 
 } // namespace
 
-TEST_F(RegistryCheck, a_registry_that_was_used_passes) {
+TEST_F(RegistryCheck, a_used_registry_passes) {
     EXPECT_EQ(rule(), "");
     known("Plain")->inherit(cat::type_double());
     typeref const record = known("Record", &cat::typetype_attlist());
@@ -39,24 +39,24 @@ TEST_F(RegistryCheck, a_registry_that_was_used_passes) {
     cat::set_type(*typeref::adopt(new cTypeObj(&cat::typetype_attlist(), "Record", nullptr)),
                   false);
     EXPECT_EQ(rule(), "");
-    record->set_name("Other"); // as a back reference under another key does
+    record->set_name("Other"); // like a back reference under another key
     cTypeInsert::insert(record, true);
     EXPECT_EQ(rule(), "");
 }
 
-TEST_F(RegistryCheck, the_hash_is_that_of_the_map) { // G1
+TEST_F(RegistryCheck, the_registry_must_share_its_hash_with_the_map) { // G1
     cMapObj *const map = std::exchange(core.typemap, new cMapObj);
     EXPECT_EQ(rule(), "G1 typemap");
     (void)cRef<cMapObj>::adopt(std::exchange(core.typemap, map));
     EXPECT_EQ(rule(), "");
 }
 
-TEST_F(RegistryCheck, a_value_that_is_no_type) { // G2
+TEST_F(RegistryCheck, a_value_that_is_not_a_type_is_found) { // G2
     core.type_hash->mapitem("five", cat::of(5));
     EXPECT_EQ(rule(), "G2 key=five");
 }
 
-TEST_F(RegistryCheck, a_key_that_is_not_the_name) { // G3
+TEST_F(RegistryCheck, a_key_that_is_not_the_name_is_found) { // G3
     typeref const type = known("Mine");
     type->set_name("Yours");
     EXPECT_EQ(rule(), "G3 key=Mine");
@@ -66,14 +66,14 @@ TEST_F(RegistryCheck, a_key_that_is_not_the_name) { // G3
     EXPECT_EQ(rule(), "");
 }
 
-TEST_F(RegistryCheck, a_built_in_type_that_is_away_or_renamed) { // G4
+TEST_F(RegistryCheck, a_missing_or_renamed_built_in_type_is_found) { // G4
     cat::type_map().set_name("Map");
     EXPECT_EQ(rule(), "G4 key=map");
     cat::type_map().set_name("map");
     EXPECT_EQ(rule(), "");
 }
 
-TEST_F(RegistryCheck, a_chain_of_types_without_end) { // G5
+TEST_F(RegistryCheck, an_endless_chain_of_types_is_found) { // G5
     typeref const type = known("Loop");
     type->set_type(type.get());
     EXPECT_EQ(rule(), "G5 key=Loop");
@@ -81,9 +81,9 @@ TEST_F(RegistryCheck, a_chain_of_types_without_end) { // G5
     EXPECT_EQ(rule(), "");
 }
 
-TEST_F(RegistryCheck, a_member_that_does_not_stand_in_the_table) { // G6
+TEST_F(RegistryCheck, a_member_that_is_not_in_the_table_is_found) { // G6
     typeref const type = known("Mine");
-    type->tmmap().mapitem("newobj", make<cExeMember>(nothing)); // past set_tmember
+    type->tmmap().mapitem("newobj", make<cExeMember>(nothing)); // bypasses set_tmember
     EXPECT_EQ(rule(), "G6 method=newobj key=Mine");
     type->set_tmember("newobj", make<cExeMember>(nothing));
     EXPECT_EQ(rule(), "");
@@ -93,7 +93,7 @@ TEST_F(RegistryCheck, a_member_that_does_not_stand_in_the_table) { // G6
     EXPECT_EQ(rule(), "");
 }
 
-TEST_F(RegistryCheck, one_key_hook_alone) { // G7
+TEST_F(RegistryCheck, a_single_key_hook_is_found) { // G7
     known("Half")->set_hash(cat::hash_int, nullptr);
     EXPECT_EQ(rule(), "G7 key=Half");
     core.type_hash->delitem("Half");
@@ -101,7 +101,7 @@ TEST_F(RegistryCheck, one_key_hook_alone) { // G7
     EXPECT_EQ(rule(), "G7 key=Half");
 }
 
-TEST_F(RegistryCheck, a_record_without_specifications) { // G8
+TEST_F(RegistryCheck, a_record_without_specifications_is_found) { // G8
     typeref const type = known("Record", &cat::typetype_attlist());
     objref const specs = type->tmember(std::string("attspec"));
     type->set_tmember("attspec", cat::of(1));

@@ -23,7 +23,7 @@ TEST_F(SetEdge, an_equal_value_changes_nothing) {
     EXPECT_EQ(shape(s), "<1>");
 }
 
-TEST_F(SetObj, construction_copies_and_members) {
+TEST_F(SetObj, sets_can_be_constructed_and_copied_and_have_their_members) {
     setref const s = set({1, 2});
     EXPECT_EQ(&s->type(), &cat::type_set());
     s->setflags(of_const_keys);
@@ -71,7 +71,7 @@ TEST_F(SetObj, keys_obey_the_rules_of_a_vector) {
     EXPECT_EQ(shape(s), "<1>");
 }
 
-TEST_F(SetObj, the_entry_type_holds_for_setattr_alone) {
+TEST_F(SetObj, the_entry_type_applies_only_to_setattr) {
     setref const s = set();
     s->set_entrytype(&cat::type_int());
     EXPECT_FALSE(s->setattr(of(0), of("x")));
@@ -86,7 +86,7 @@ TEST_F(SetObj, erasing_closes_the_gap) {
     EXPECT_EQ(s->getattr(of(2)), cat::badfind());
 }
 
-TEST_F(SetObj, append_looks_for_equal_values_of_all_types) {
+TEST_F(SetObj, append_searches_equal_values_of_all_types) {
     setref const s = set();
     EXPECT_TRUE(s->append(of("1")));
     EXPECT_TRUE(s->append(of(1)));
@@ -119,19 +119,19 @@ TEST_F(SetObj, assigning_collapses_equal_values) {
     EXPECT_EQ(shape(s), "<5>");
 }
 
-TEST_F(SetObj, a_set_assigned_to_itself_comes_out_empty) {
+TEST_F(SetObj, a_set_assigned_to_itself_becomes_empty) {
     setref const s = set({1, 2});
     EXPECT_TRUE(s->assign(*s));
     EXPECT_EQ(shape(s), "<>");
 }
 
-TEST_F(SetObj, what_can_not_be_iterated_leaves_it_empty) {
+TEST_F(SetObj, assigning_an_object_without_iterator_empties_it) {
     setref const s = set({1, 2});
     EXPECT_TRUE(s->assign(of(5)));
     EXPECT_EQ(shape(s), "<>");
 }
 
-TEST_F(SetObj, a_set_may_be_assigned_one_of_its_own_values) {
+TEST_F(SetObj, a_set_may_be_assigned_one_of_its_values) {
     setref const s = set({vector({1, 1, 2})});
     EXPECT_TRUE(s->assign(*s->getattr(of(0))));
     EXPECT_EQ(shape(s), "<1, 2>");
@@ -143,7 +143,7 @@ TEST_F(SetObj, sets_are_equal_by_mutual_inclusion) {
     EXPECT_FALSE(set({1})->equal(*set({1, 2})));
     EXPECT_FALSE(set({1})->equal(*vector({1})));
     EXPECT_TRUE(set({set({1, 2})})->equal(*set({set({2, 1})})));
-    // Two equal values can get in past append: then one side may include the other, but not back.
+    // Two equal values can be stored without append: then inclusion may hold in one direction only.
     EXPECT_FALSE(set({1, 1})->equal(*set({1, 2})));
     EXPECT_FALSE(set({1, 2})->equal(*set({1, 1})));
     EXPECT_TRUE(set({1, 1})->equal(*set({1, 1})));
@@ -162,8 +162,8 @@ TEST_F(SetObj, null_values_are_found_by_null_values) {
     EXPECT_TRUE(a->equal(*b));
 }
 
-// Filling a set and single appends give the same values.
-TEST_F(SetObj, filling_gives_what_single_appends_give) {
+// Filling a set and single appends have the same result.
+TEST_F(SetObj, filling_equals_single_appends) {
     vectorref const source = vector();
     for (int i = 0; i < 300; ++i) {
         source->append(of(i * 7 % 40));
@@ -194,7 +194,7 @@ objref own_append(objref, objref) {
     return cat::nil();
 }
 
-TEST_F(SetObj, filling_honours_an_append_of_ones_own) {
+TEST_F(SetObj, filling_calls_the_append_of_a_derived_type) {
     setref const s = set();
     ASSERT_TRUE(s->set_omember("append", make<cExeMember>(own_append)));
     own_appends = 0;
@@ -204,7 +204,7 @@ TEST_F(SetObj, filling_honours_an_append_of_ones_own) {
     EXPECT_EQ(s->size(), 0);
 }
 
-TEST_F(SetObj, filling_a_set_costs_by_its_size) {
+TEST_F(SetObj, filling_a_set_takes_linear_time) {
     constexpr int count = 100000;
     vectorref const source = ints(count);
     setref const a = set();
@@ -215,7 +215,7 @@ TEST_F(SetObj, filling_a_set_costs_by_its_size) {
     EXPECT_TRUE(a->equal(*b));
 }
 
-TEST_F(SetObj, methods_refuse_objects_that_are_no_sets) {
+TEST_F(SetObj, methods_refuse_objects_that_are_not_sets) {
     objref const five = of(5);
     objref key = of(0);
     objref value = of(1);

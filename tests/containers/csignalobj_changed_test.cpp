@@ -1,4 +1,4 @@
-// The signal `changed` of an object: when it exists, what fires it, in which state it is fired.
+// The signal `changed` of an object: when it exists, what fires it, and the state at that moment.
 #include "tests/containers/signal_objects.h"
 
 #include "qrv/containers/cvectorobj.h"
@@ -16,7 +16,7 @@ bool bad_assign(cObj &) { return true; }
 
 } // namespace
 
-TEST_F(ChangedEdge, on_an_unobserved_object_it_does_nothing_and_makes_nothing) {
+TEST_F(ChangedEdge, changed_on_an_unobserved_object_has_no_effect) {
     objref const obj = cat::of(1), other = cat::of(2);
     other->set_omember("k", cat::of(3));
     auto const before = cObjBase::ob_count();
@@ -30,7 +30,7 @@ TEST_F(ChangedEdge, on_an_unobserved_object_it_does_nothing_and_makes_nothing) {
     EXPECT_EQ(cObjBase::ob_count(), before);
 }
 
-TEST_F(ChangedEdge, a_member_of_another_type_is_no_signal_and_is_replaced_by_force) {
+TEST_F(ChangedEdge, a_member_of_another_type_is_not_a_signal_and_is_replaced_by_force) {
     objref const obj = cat::of(1);
     obj->set_omember("changed", cat::of("text"));
     EXPECT_EQ(obj->changed_signal(), nullptr);
@@ -42,7 +42,7 @@ TEST_F(ChangedEdge, a_member_of_another_type_is_no_signal_and_is_replaced_by_for
     EXPECT_EQ(obj->ommap().used(), 1u);
 }
 
-TEST_F(ChangedEdge, a_second_force_gives_the_same_signal) {
+TEST_F(ChangedEdge, a_second_force_returns_the_same_signal) {
     objref const obj = cat::of(1);
     cSignal &signal = obj->force_changed_signal();
     EXPECT_EQ(&obj->force_changed_signal(), &signal);
@@ -76,13 +76,13 @@ TEST_F(Changed, replacing_the_members_by_a_map_fires_the_signal_in_the_map) {
     EXPECT_EQ(take_calls(), "fresh;");
     EXPECT_EQ(obj->ommap().father(), map.get());
     obj->changed();
-    map->changed(); // the map has no members of its own
+    map->changed(); // the map has no own members
     EXPECT_EQ(take_calls(), "fresh;");
     obj->ommap(*make<cMapObj>());
     EXPECT_EQ(take_calls(), "");
 }
 
-TEST_F(Changed, the_new_state_stands_when_the_new_map_fires) {
+TEST_F(Changed, the_new_state_is_complete_when_the_new_map_fires) {
     objref const obj = cat::of(1);
     hashref const hash = make<cAttrHash>(nullptr);
     cRef<cSignalObj> const signal = make<cSignalObj>();
@@ -96,7 +96,7 @@ TEST_F(Changed, the_new_state_stands_when_the_new_map_fires) {
     EXPECT_EQ(take_calls(), "a;");
 }
 
-TEST_F(Changed, set_omember_ends_with_firing_when_the_member_stands) {
+TEST_F(Changed, set_omember_fires_after_storing_the_member) {
     objref const obj = cat::of(1);
     NamedSlot const a("a", obj->force_changed_signal());
     plans["a"] = [&] { calls += cat::as_text(obj->omember("k")) + ";"; };
@@ -145,7 +145,7 @@ TEST_F(Changed, a_signal_that_is_set_fires_itself_at_once) {
     EXPECT_FALSE(obj->has_ommap());
 }
 
-TEST_F(Changed, a_reference_to_an_outside_signal_serves_as_well) {
+TEST_F(Changed, a_reference_to_an_outside_signal_works_too) {
     cSignal outside;
     objref const obj = cat::of(1);
     NamedSlot const a("a", outside);
@@ -157,7 +157,7 @@ TEST_F(Changed, a_reference_to_an_outside_signal_serves_as_well) {
     EXPECT_EQ(take_calls(), "a;");
 }
 
-TEST_F(Changed, a_signal_with_an_argument_is_none) {
+TEST_F(Changed, a_signal_with_an_argument_is_not_used) {
     objref const obj = cat::of(1), target = cat::of("t");
     cRef<cSignalObj1> const one = make<cSignalObj1>(true);
     cObjSlot1 const slot(*target, note_argument, one->signal());
@@ -169,7 +169,7 @@ TEST_F(Changed, a_signal_with_an_argument_is_none) {
     EXPECT_EQ(take_calls(), "t(1);");
 }
 
-TEST_F(Changed, a_member_that_only_claims_the_type_is_none) {
+TEST_F(Changed, a_member_that_only_claims_the_type_is_not_used) {
     objref const obj = cat::of(1), liar = cat::of("x");
     obj->set_omember("changed", liar);
     liar->set_type(&cat::type_signal());
@@ -186,7 +186,7 @@ TEST_F(Changed, a_member_that_only_claims_the_type_is_none) {
     EXPECT_EQ(obj->changed_signal(), &hidden->signal());
 }
 
-TEST_F(Changed, a_null_or_nil_member_is_none) {
+TEST_F(Changed, a_null_or_nil_member_is_not_used) {
     objref const obj = cat::of(1);
     obj->set_omember("k", cat::of(1));
     obj->ommap().insert(key("changed"), objref(), nullptr);
@@ -230,7 +230,7 @@ TEST_F(Changed, ordinary_attributes_do_not_fire_and_do_not_see_it) {
     EXPECT_EQ(take_calls(), "a;");
 }
 
-TEST_F(Changed, forcing_marks_the_object_as_one_with_executables_and_it_works_on) {
+TEST_F(Changed, forcing_marks_the_object_as_one_with_executables_without_other_effects) {
     objref const obj = cat::of(1), vector = make<cVectorObj>();
     obj->force_changed_signal();
     EXPECT_TRUE(obj->flags_of(of_exe_member));
@@ -253,7 +253,7 @@ TEST_F(Changed, firing_of_const_objects_and_constants) {
 
 namespace {
 
-// Puts something else in its place when it dies.
+// Stores another value in its place in its destructor.
 class cStubborn : public cObjD<int> {
   public:
     explicit cStubborn(cObj &owner) : owner_(&owner) {}
@@ -267,7 +267,7 @@ class cStubborn : public cObjD<int> {
 
 } // namespace
 
-TEST_F(Changed, force_on_a_member_that_defends_its_place_gives_a_scratch_signal) {
+TEST_F(Changed, force_on_a_member_that_refuses_replacement_returns_a_scratch_signal) {
     objref const obj = cat::of(1);
     obj->set_omember("changed", objref::adopt(new cStubborn(*obj)));
     cSignal const &scratch = obj->force_changed_signal();
@@ -275,12 +275,12 @@ TEST_F(Changed, force_on_a_member_that_defends_its_place_gives_a_scratch_signal)
     NamedSlot const a("a", scratch);
     obj->changed();
     EXPECT_EQ(take_calls(), "");
-    EXPECT_NE(&obj->force_changed_signal(), &scratch); // now nobody defends it
+    EXPECT_NE(&obj->force_changed_signal(), &scratch); // now nothing replaces it
 }
 
-// --- exceptions: what was done stays done, and nothing is left of the emission
+// --- exceptions: changes stay, and no emission is in progress
 
-TEST_F(Changed, what_a_slot_throws_goes_through_and_the_change_stays) {
+TEST_F(Changed, an_exception_of_a_slot_is_passed_on_and_the_change_stays) {
     objref const obj = cat::of(1);
     NamedSlot const a("a", obj->force_changed_signal()), b("b", *obj->changed_signal());
     plans["a"] = [] { throw std::runtime_error("a"); };
@@ -313,7 +313,7 @@ TEST_F(Changed, a_slot_that_throws_while_the_member_map_is_replaced_leaves_the_n
     EXPECT_EQ(obj->ommap_ptr(), donor->ommap_ptr());
 }
 
-TEST_F(Changed, a_slot_that_throws_at_the_setting_of_its_own_signal_leaves_it_set) {
+TEST_F(Changed, a_slot_that_throws_while_its_signal_is_stored_leaves_it_stored) {
     objref const obj = cat::of(1);
     cRef<cSignalObj> const signal = make<cSignalObj>();
     NamedSlot const a("a", signal->signal());

@@ -1,5 +1,5 @@
-// Who dies when: slots, signals, targets and objects before, during and after an emission, in each
-// order, and what a slot does to the very signal that calls it.
+// Destruction of slots, signals, targets and objects before, during and after an emission, in each
+// order; and slots that change the signal that calls them.
 #include "tests/containers/signal_objects.h"
 
 #include <memory>
@@ -15,7 +15,7 @@ class Life : public SignalObjTest {
     void connect(cSignal const &signal) {
         for (auto const *slot : {&a, &b, &c}) signal.connect(**slot);
     }
-    // What is called when b does this, and what after it.
+    // The calls of an emission in which b runs this action, and of the next emission.
     std::string fire(std::function<void()> what) {
         plans["b"] = std::move(what);
         obj->changed();
@@ -55,7 +55,7 @@ TEST_F(Life, the_member_removed_during_the_call_calls_no_later_slot) {
     EXPECT_FALSE(c->cSSBase::isconnected());
 }
 
-TEST_F(Life, a_removed_member_that_somebody_holds_calls_the_rest) {
+TEST_F(Life, a_removed_signal_with_another_owner_calls_the_rest) {
     objref held = changed_object(*obj);
     EXPECT_EQ(fire([this] { obj->set_omember("changed", objref()); }), "a;b;c; then ");
     EXPECT_TRUE(a->cSSBase::isconnected());
@@ -122,7 +122,7 @@ TEST_F(Life, the_object_destroyed_while_its_member_map_is_replaced) {
 TEST_F(Life, the_object_destroyed_while_it_is_called_by_name) {
     plans["b"] = [this] { obj = nullptr; };
     EXPECT_TRUE(obj->call("changed") == cat::nil());
-    EXPECT_EQ(take_calls(), "a;b;c;"); // a call holds what it calls
+    EXPECT_EQ(take_calls(), "a;b;c;"); // a call holds its target
 }
 
 TEST_F(Life, the_object_and_all_slots_destroyed_during_the_call) {
@@ -189,7 +189,7 @@ TEST_F(Life, the_inner_emission_destroys_the_object_of_the_outer_one) {
     EXPECT_EQ(take_calls(), "a;b;a;b;a;b;");
 }
 
-TEST_F(Life, forcing_during_the_call_gives_the_firing_signal) {
+TEST_F(Life, forcing_during_the_call_returns_the_firing_signal) {
     EXPECT_EQ(fire([this] {
                   EXPECT_EQ(&obj->force_changed_signal(), obj->changed_signal());
                   obj->set_omember("changed", objref());
@@ -198,7 +198,7 @@ TEST_F(Life, forcing_during_the_call_gives_the_firing_signal) {
               "a;b; then b;");
 }
 
-TEST_F(Life, a_chain_of_objects_hands_the_change_on) {
+TEST_F(Life, a_chain_of_objects_passes_the_change_on) {
     objref const next = cat::of(2);
     NamedSlot const d("d", next->force_changed_signal());
     obj->changed_signal()->connect(*next->changed_signal());
@@ -209,7 +209,7 @@ TEST_F(Life, a_chain_of_objects_hands_the_change_on) {
 
 // --- outside of an emission
 
-TEST(SignalObjOrder, slot_and_signal_go_in_either_order) {
+TEST(SignalObjOrder, slot_and_signal_can_be_destroyed_in_either_order) {
     calls.clear();
     objref const target = cat::of("t");
     for (bool slot_first : {false, true}) {
@@ -235,7 +235,7 @@ TEST(SignalObjOrder, slot_and_signal_go_in_either_order) {
     EXPECT_EQ(cConnection::queue_length(), 0u);
 }
 
-TEST_F(Life, the_object_goes_before_and_after_its_slots) {
+TEST_F(Life, the_object_can_be_destroyed_before_and_after_its_slots) {
     obj = nullptr;
     EXPECT_FALSE(a->cSSBase::isconnected());
     (*a)();
@@ -251,7 +251,7 @@ TEST_F(Life, the_object_goes_before_and_after_its_slots) {
 
 namespace {
 
-// An object that owns the slot which serves it. No count, so no cycle.
+// An object that owns the slot that calls it. The slot does not count it, so there is no cycle.
 class cFollower : public cObjD<std::string> {
   public:
     cFollower(std::string const &name, cSignal const &signal)
@@ -266,7 +266,7 @@ class cFollower : public cObjD<std::string> {
 
 } // namespace
 
-TEST_F(Life, a_target_that_owns_its_slot_dies_with_it) {
+TEST_F(Life, a_target_that_owns_its_slot_is_destroyed_with_it) {
     objref follower = make<cFollower>("f", *obj->changed_signal());
     EXPECT_EQ(follower->refs(), 1u);
     obj->changed();
@@ -276,12 +276,12 @@ TEST_F(Life, a_target_that_owns_its_slot_dies_with_it) {
     EXPECT_EQ(take_calls(), "~f;a;b;c;");
 }
 
-TEST_F(Life, a_target_is_destroyed_by_an_earlier_slot) {
+TEST_F(Life, an_earlier_slot_may_destroy_a_target) {
     objref follower = make<cFollower>("f", *obj->changed_signal());
     EXPECT_EQ(fire([&] { follower = nullptr; }), "a;b;~f;c; then a;b;c;");
 }
 
-TEST_F(Life, a_target_is_destroyed_by_its_own_slot) {
+TEST_F(Life, a_slot_may_destroy_its_target) {
     objref follower = make<cFollower>("f", *obj->changed_signal());
     plans["f"] = [&] { follower = nullptr; };
     obj->changed();
@@ -305,7 +305,7 @@ TEST_F(Life, a_target_and_the_object_are_destroyed_by_the_slot_in_either_order) 
     }
 }
 
-TEST_F(Life, an_object_that_follows_itself_makes_no_cycle) {
+TEST_F(Life, an_object_that_follows_itself_creates_no_cycle) {
     {
         objref const self = make<cFollower>("self", *obj->changed_signal());
         auto const &slot = self->omember("slot");
@@ -331,7 +331,7 @@ TEST_F(Life, a_slot_removes_itself_from_the_members_of_its_target) {
     EXPECT_EQ(take_calls(), "self;");
 }
 
-TEST_F(Life, what_a_member_or_a_member_map_held_goes_before_the_firing) {
+TEST_F(Life, the_values_of_a_replaced_member_are_released_before_the_firing) {
     objref const donor = cat::of(2);
     NamedSlot const d("d", donor->force_changed_signal());
     objref const target = cat::of("old");
@@ -347,7 +347,7 @@ TEST_F(Life, what_a_member_or_a_member_map_held_goes_before_the_firing) {
 
 namespace {
 
-// Drops the last owner of an object when it dies.
+// Releases the last owner of an object in its destructor.
 class cLastOwner : public cObjD<int> {
   public:
     explicit cLastOwner(objref &owner) : owner_(&owner) {}
@@ -361,7 +361,7 @@ class cLastOwner : public cObjD<int> {
 
 } // namespace
 
-TEST_F(Life, an_object_that_goes_with_its_old_member_fires_nothing) {
+TEST_F(Life, an_object_destroyed_with_its_old_member_fires_nothing) {
     obj->set_omember("k", objref::adopt(new cLastOwner(obj)));
     take_calls();
     EXPECT_TRUE(obj->set_omember("k", cat::of(1)));
@@ -369,7 +369,7 @@ TEST_F(Life, an_object_that_goes_with_its_old_member_fires_nothing) {
     EXPECT_EQ(take_calls(), "");
 }
 
-TEST_F(Life, an_object_that_goes_with_its_old_member_map_fires_nothing) {
+TEST_F(Life, an_object_destroyed_with_its_old_member_map_fires_nothing) {
     objref const donor = cat::of(2);
     connect(donor->force_changed_signal());
     cRef<cMapObj> const map = make<cMapObj>(donor->ommap_ref());
@@ -385,7 +385,7 @@ TEST_F(Life, an_object_that_goes_with_its_old_member_map_fires_nothing) {
     }
 }
 
-TEST_F(Life, an_object_on_the_stack_is_observed_like_any) {
+TEST_F(Life, an_object_on_the_stack_can_be_observed) {
     cObjD<int> local(1);
     connect(local.force_changed_signal());
     local.set_omember("k", cat::of(2));
@@ -396,7 +396,7 @@ TEST_F(Life, an_object_on_the_stack_is_observed_like_any) {
     EXPECT_EQ(take_calls(), "");
 }
 
-TEST_F(Life, slots_with_an_argument_and_all_that_goes_during_the_call) {
+TEST_F(Life, all_parts_may_be_destroyed_during_the_call_of_a_slot_with_an_argument) {
     auto signal = make<cSignalObj1>(false);
     objref const target = cat::of("x"), after = cat::of("y");
     auto first = make<cObjSlot1>(*target, note_argument, signal->signal());
@@ -410,14 +410,14 @@ TEST_F(Life, slots_with_an_argument_and_all_that_goes_during_the_call) {
     plans["x"] = [&] { first = nullptr; };
     EXPECT_TRUE(copy.pexecute(*argument));
     EXPECT_EQ(take_calls(), "x(5);y(5);");
-    plans["y"] = [&] { signal = nullptr; }; // what `copy` refers to: the last use of it
+    plans["y"] = [&] { signal = nullptr; }; // the signal of `copy`, which is not used any more
     EXPECT_TRUE(copy.pexecute(*argument));
     EXPECT_EQ(take_calls(), "y(5);");
     EXPECT_FALSE(second->isconnected());
     EXPECT_EQ(argument->refs(), 1u);
 }
 
-TEST_F(Life, a_slot_with_an_argument_that_throws_gives_its_reference_back) {
+TEST_F(Life, a_slot_with_an_argument_that_throws_releases_its_reference) {
     auto const signal = make<cSignalObj1>(true);
     objref const target = cat::of("x"), owner = cat::of(5);
     auto const slot = make<cObjSlot1>(*target, note_argument, signal->signal());
@@ -431,9 +431,9 @@ TEST_F(Life, a_slot_with_an_argument_that_throws_gives_its_reference_back) {
     EXPECT_EQ(take_calls(), "x(5);x(5);");
 }
 
-// --- at random
+// --- random changes
 
-TEST_F(Life, random_changes_from_inside_keep_rings_and_counts_whole) {
+TEST_F(Life, random_changes_from_inside_keep_rings_and_counts_valid) {
     unsigned int state = 12345;
     auto const random = [&state](unsigned int limit) {
         state = state * 1664525u + 1013904223u;

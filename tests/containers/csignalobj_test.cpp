@@ -1,4 +1,4 @@
-// Signals as values: types, methods, calls by name, attributes forced to signals, slot objects.
+// Signals as values: types, methods, calls by name, force(), slot objects.
 #include "tests/containers/signal_objects.h"
 
 #include "qrv/containers/cvectorobj.h"
@@ -23,13 +23,13 @@ static_assert(!std::is_copy_constructible_v<cObjSlot> && !std::is_copy_assignabl
 static_assert(!std::is_copy_constructible_v<cObjSlot1> && !std::is_copy_assignable_v<cObjSlot1>);
 static_assert(!std::is_convertible_v<cSignal &, cSignalRef>);
 
-// begin() and end() are those of the object, though the slot has a ring too.
+// begin() and end() of the object, not of the slot's ring.
 static_assert(std::is_same_v<decltype(std::declval<cObjSlot &>().begin()), cIterObj>);
 static_assert(std::is_same_v<decltype(std::declval<cObjSlot const &>().end()), cIterObj>);
 static_assert(std::is_same_v<decltype(std::declval<cObjSlot1 &>().begin()), cIterObj>);
 static_assert(std::is_same_v<decltype(std::declval<cObjSlot1 const &>().end()), cIterObj>);
 
-// What each kind of slot can be connected to: one without argument to every signal.
+// The signals to which each kind of slot can be connected: one without argument to every signal.
 template <class Sender, class Slot>
 concept connectable = requires(Sender const &signal, Slot const &slot) {
     signal.connect(slot);
@@ -80,7 +80,7 @@ TEST_F(SignalObj, the_method_tables_hold_newobj_and_newref_or_neither) {
     }
 }
 
-TEST_F(SignalObj, each_object_tells_how_it_is_called) {
+TEST_F(SignalObj, each_object_has_the_flags_for_its_calls) {
     cSignal plain;
     Signal1 one;
     cSignalRef const ref(plain);
@@ -105,7 +105,7 @@ TEST_F(SignalObj, each_object_tells_how_it_is_called) {
     }
 }
 
-TEST_F(SignalObj, signal_is_the_wrapped_one_or_the_own_one) {
+TEST_F(SignalObj, signal_returns_the_wrapped_or_the_own_signal) {
     cSignal plain;
     Signal1 one;
     cSignalRef ref(plain);
@@ -137,7 +137,7 @@ struct cNoSignal1 : cSignalRef1 {
 };
 } // namespace
 
-TEST_F(SignalObj, a_subclass_without_a_signal_fires_nothing_and_is_no_signal) {
+TEST_F(SignalObj, a_subclass_without_a_signal_fires_nothing_and_is_not_a_signal) {
     objref const none = make<cNoSignal>();
     objref const none1 = make<cNoSignal1>();
     objref const obj = cat::of(1);
@@ -154,7 +154,7 @@ TEST_F(SignalObj, a_subclass_without_a_signal_fires_nothing_and_is_no_signal) {
 
 // --- methods
 
-TEST_F(SignalObj, newobj_makes_an_object_with_a_signal_of_its_own) {
+TEST_F(SignalObj, newobj_creates_an_object_with_its_own_signal) {
     objref const a = cat::type_signal().newobj(), b = cat::type_signal().newobj();
     auto *const signal = dynamic_cast<cSignalObj *>(a.get());
     ASSERT_TRUE(signal);
@@ -188,7 +188,7 @@ TEST_F(SignalObj, newref_refers_to_the_signal_of_its_source) {
     }
 }
 
-TEST_F(SignalObj, newref_of_a_text_signal_refers_to_it) {
+TEST_F(SignalObj, newref_of_a_signal_with_a_string_refers_to_it) {
     objref const info = make<cObjD<cSigInfo>>();
     objref const ref = info->newref();
     ASSERT_TRUE(dynamic_cast<cObjDR<cSigInfo> *>(ref.get()));
@@ -204,7 +204,7 @@ TEST_F(SignalObj, newref_of_a_text_signal_refers_to_it) {
     EXPECT_EQ(take_calls(), "7-x");
 }
 
-TEST_F(SignalObj, a_copy_of_a_text_signal_is_connected_to_nothing) {
+TEST_F(SignalObj, a_copy_of_a_signal_with_a_string_has_no_connections) {
     cFunctionSlot<void (*)()> const slot([] { calls += "f;"; });
     cObjD<cSigInfo> a;
     a.val().connect(slot);
@@ -276,7 +276,7 @@ TEST_F(SignalObj, signals_and_slots_cannot_be_cloned) {
 
 // --- calls by name
 
-TEST_F(SignalObjEdge, calling_a_signal_by_name_fires_it_and_gives_nil) {
+TEST_F(SignalObjEdge, calling_a_signal_by_name_fires_it_and_returns_nil) {
     objref const obj = cat::of(1);
     NamedSlot const a("a", obj->force_changed_signal()), b("b", *obj->changed_signal());
     EXPECT_TRUE(obj->call("changed") == cat::nil());
@@ -321,7 +321,7 @@ TEST_F(SignalObj, a_member_without_s_is_fired_with_the_argument) {
     EXPECT_EQ(take_calls(), "");
 }
 
-TEST_F(SignalObj, a_wrong_count_of_arguments_is_told_and_fires_nothing) {
+TEST_F(SignalObj, a_wrong_count_of_arguments_is_reported_and_fires_nothing) {
     cErrorLog errors;
     objref const obj = cat::of(7), argument = cat::of(1);
     NamedSlot const a("a", obj->force_changed_signal());
@@ -407,7 +407,7 @@ TEST_F(SignalObj, a_signal_of_a_type_is_called_on_each_of_its_objects) {
 
 // --- attributes
 
-TEST_F(SignalObjEdge, force_on_an_attribute_of_another_type_makes_it_a_signal) {
+TEST_F(SignalObjEdge, force_on_an_attribute_of_another_type_replaces_it_by_a_signal) {
     objref const map = make<cMapObj>();
     map->setattr(own_key(std::string("k")), cat::of(5));
     cAttr attr = (*map)["k"];
@@ -418,7 +418,7 @@ TEST_F(SignalObjEdge, force_on_an_attribute_of_another_type_makes_it_a_signal) {
     EXPECT_EQ(dynamic_cast<cSignalObj &>(*stored).name(), "k");
 }
 
-TEST_F(SignalObj, force_makes_a_missing_attribute_and_keeps_a_signal) {
+TEST_F(SignalObj, force_creates_a_missing_attribute_and_keeps_a_signal) {
     objref const map = make<cMapObj>();
     cAttr attr = (*map)["k"], again = (*map)["k"];
     cSignal &signal = cSignalRef::force(attr);
@@ -432,7 +432,7 @@ TEST_F(SignalObj, force_makes_a_missing_attribute_and_keeps_a_signal) {
     EXPECT_EQ(take_calls(), "a;");
 }
 
-TEST_F(SignalObj, each_force_makes_its_own_kind) {
+TEST_F(SignalObj, each_force_creates_its_own_kind) {
     objref const map = make<cMapObj>();
     cAttr attr = (*map)["k"];
     cSignalRef::force(attr);
@@ -445,7 +445,7 @@ TEST_F(SignalObj, each_force_makes_its_own_kind) {
     EXPECT_EQ(dynamic_cast<cSignalObj &>(*attr).signal_ptr(), &plain);
 }
 
-TEST_F(SignalObj, a_refused_force_gives_a_scratch_signal_connected_to_nothing) {
+TEST_F(SignalObj, a_refused_force_returns_a_scratch_signal_without_connections) {
     cErrorLog errors;
     objref const map = make<cMapObj>();
     map->setflags(of_const_keys);
@@ -469,7 +469,7 @@ TEST_F(SignalObj, a_refused_force_gives_a_scratch_signal_connected_to_nothing) {
     EXPECT_TRUE(map->getattr(own_key(std::string("k"))) == cat::badfind());
 }
 
-TEST_F(SignalObj, an_attribute_that_only_claims_the_type_is_no_signal) {
+TEST_F(SignalObj, an_attribute_that_only_claims_the_type_is_not_a_signal) {
     objref const map = make<cMapObj>();
     objref const liar = make<cObjD<std::string>>("x");
     (*map)["k"] = liar;
@@ -499,7 +499,7 @@ TEST_F(SignalObjEdge, a_slot_with_a_null_function_does_nothing) {
     EXPECT_EQ(argument->refs(), 1u);
 }
 
-TEST_F(SlotObj, it_has_its_type_and_its_function_can_be_replaced) {
+TEST_F(SlotObj, a_slot_object_has_its_type_and_a_replaceable_function) {
     objref const target = cat::of("t"), argument = cat::of(1);
     cObjSlot slot(*target, nullptr);
     EXPECT_EQ(&slot.type(), &cat::type_slot1());
@@ -517,7 +517,7 @@ TEST_F(SlotObj, it_has_its_type_and_its_function_can_be_replaced) {
     EXPECT_EQ(target->refs(), 1u);
 }
 
-TEST_F(SlotObj, it_is_reached_from_each_signal_and_a_plain_one_drops_the_argument) {
+TEST_F(SlotObj, each_signal_calls_a_slot_object_and_a_plain_slot_drops_the_argument) {
     cSignal first, second;
     Signal1 with_argument;
     objref const argument = cat::of(1);
@@ -530,7 +530,7 @@ TEST_F(SlotObj, it_is_reached_from_each_signal_and_a_plain_one_drops_the_argumen
     EXPECT_EQ(take_calls(), "a;a;a;");
 }
 
-TEST_F(SlotObj, it_stands_in_a_map_like_any_value) {
+TEST_F(SlotObj, a_map_can_store_a_slot_object) {
     cSignal signal;
     objref const map = make<cMapObj>(), target = cat::of("t");
     (*map)["slot"] = make<cObjSlot>(*target, note, signal);
@@ -542,7 +542,7 @@ TEST_F(SlotObj, it_stands_in_a_map_like_any_value) {
     EXPECT_FALSE(signal.isconnected());
 }
 
-TEST_F(SlotObj, blocked_it_is_not_called) {
+TEST_F(SlotObj, a_blocked_slot_object_is_not_called) {
     cSignal signal;
     NamedSlot const a("a", signal), b("b", signal);
     {
@@ -574,7 +574,7 @@ TEST_F(SlotObj, the_argument_is_held_for_the_length_of_the_call) {
     EXPECT_EQ(take_calls(), "t(42);");
 }
 
-TEST_F(SlotObj, what_the_function_does_to_its_reference_is_its_own_affair) {
+TEST_F(SlotObj, the_function_may_change_its_reference) {
     objref const target = cat::of("t"), argument = cat::of(1);
     cObjSlot1 const slot(*target, [](cObj &, objref &held) {
         held = cat::of(2);

@@ -1,5 +1,5 @@
 // setattr of vectors and sets: every kind of key with every kind of value, with and without entry
-// type and const keys, against the rules in their order.
+// type and const keys, compared with the rules in their order.
 
 #include "qrv/text/write/cwriter.h"
 #include "tests/containers/trees.h"

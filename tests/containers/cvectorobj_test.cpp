@@ -35,7 +35,7 @@ TEST_F(VectorEdge, writing_at_the_end_appends_and_beyond_is_out_of_range) {
     EXPECT_EQ(shape(w), "[]");
 }
 
-TEST_F(VectorEdge, only_a_true_int_is_a_key) {
+TEST_F(VectorEdge, only_an_exact_int_is_a_key) {
     vectorref const v = vector({1, 2});
     cErrorLog errors;
     EXPECT_FALSE(v->setattr(of("a"), of("x")));
@@ -58,7 +58,7 @@ TEST_F(VectorEdge, assigning_null_closes_the_gap) {
     EXPECT_EQ(shape(v), "[2, 3, 4]");
     EXPECT_TRUE(v->datamap().is_vector());
 
-    // A locked type at place 1 keeps its value; what stands behind has moved all the same.
+    // A locked type at index 1 keeps its value; the following values have moved.
     vectorref const w = vector({0, 1, "two", 3});
     w->datamap().flags(2);
     cErrorLog errors;
@@ -76,7 +76,7 @@ TEST_F(VectorEdge, erasing_at_the_end_changes_nothing) {
     EXPECT_FALSE(v->setattr(of(-1), nullptr));
 }
 
-TEST_F(VectorEdge, const_keys_let_places_be_written_but_not_added_or_erased) {
+TEST_F(VectorEdge, const_keys_allow_writing_but_not_adding_or_erasing) {
     vectorref const v = vector({1, 2});
     v->setflags(of_const_keys);
     EXPECT_TRUE(v->setattr(of(1), of(7)));
@@ -104,7 +104,7 @@ TEST_F(VectorEdge, getslice_with_one_argument_by_name) {
                              "arg count: 1\n");
 }
 
-TEST_F(VectorEdge, erase_behind_the_unclamped_end_changes_nothing) {
+TEST_F(VectorEdge, erase_after_the_unclamped_end_changes_nothing) {
     vectorref const v = ints(4);
     EXPECT_TRUE(v->erase(2, 0));
     EXPECT_EQ(shape(v), "[0, 1, 2, 3]");
@@ -118,7 +118,7 @@ TEST_F(VectorEdge, setslice_from_a_later_start_erases_as_many_places_as_its_end_
 
 // --- construction
 
-TEST_F(VectorObj, a_new_vector_is_of_its_type_and_a_copy_takes_all) {
+TEST_F(VectorObj, a_new_vector_has_its_type_and_a_copy_has_everything) {
     vectorref const v = vector({1, 2});
     EXPECT_EQ(&v->type(), &cat::type_vector());
     v->setflags(of_const_keys);
@@ -150,7 +150,7 @@ TEST_F(VectorObj, the_type_holds_the_listed_members) {
 
 // --- setattr, getattr
 
-TEST_F(VectorObj, another_entry_type_is_refused_silently_by_setattr_alone) {
+TEST_F(VectorObj, only_setattr_silently_refuses_another_entry_type) {
     vectorref const v = vector();
     v->set_entrytype(&cat::type_int());
     cErrorLog errors;
@@ -162,7 +162,7 @@ TEST_F(VectorObj, another_entry_type_is_refused_silently_by_setattr_alone) {
     EXPECT_EQ(shape(v), "[1, x]");
 }
 
-TEST_F(VectorObj, reading_gives_the_value_or_badfind) {
+TEST_F(VectorObj, reading_returns_the_value_or_badfind) {
     vectorref const v = vector({1});
     EXPECT_EQ(shape(v->getattr(of(0))), "1");
     EXPECT_EQ(v->getattr(of(1)), cat::badfind());
@@ -211,7 +211,7 @@ TEST_F(VectorObj, adding_concatenates_also_with_itself) {
     EXPECT_EQ(v->size(), 9);
 }
 
-TEST_F(VectorObj, insert_opens_a_place_or_closes_one) {
+TEST_F(VectorObj, insert_adds_or_removes_an_index) {
     vectorref const v = vector({1, 2});
     EXPECT_TRUE(v->insert(1, of(9)));
     EXPECT_EQ(shape(v), "[1, 9, 2]");
@@ -223,7 +223,7 @@ TEST_F(VectorObj, insert_opens_a_place_or_closes_one) {
     EXPECT_EQ(shape(v), "[9, 2, 8]");
 }
 
-TEST_F(VectorObj, erase_takes_what_exists_of_the_range) {
+TEST_F(VectorObj, erase_removes_the_existing_part_of_the_range) {
     struct cCase {
         int start, count;
         char const *left;
@@ -240,7 +240,7 @@ TEST_F(VectorObj, erase_takes_what_exists_of_the_range) {
     }
 }
 
-TEST_F(VectorObj, erasing_ends_where_a_stored_null_made_a_node_vanish) {
+TEST_F(VectorObj, erasing_ends_where_a_stored_null_has_removed_a_node) {
     vectorref const v = ints(4);
     v->datamap().findpos(2)->valref_() = nullptr;
     v->erase(0, 1);
@@ -260,7 +260,7 @@ TEST_F(VectorObj, a_slice_is_a_new_vector_that_shares_the_values) {
     EXPECT_EQ(shape(set({1, 2})->getslice(0, 1, nullptr)), "[1]");
 }
 
-TEST_F(VectorObj, slices_at_their_limits) {
+TEST_F(VectorObj, slices_are_limited_to_the_vector) {
     vectorref const v = ints(4);
     EXPECT_EQ(shape(v->getslice(0, 0, nullptr)), "[]");
     EXPECT_EQ(shape(v->getslice(3, 1, nullptr)), "[3]");
@@ -296,7 +296,7 @@ TEST_F(VectorObj, setslice_replaces_the_places_of_a_slice_from_the_start) {
     EXPECT_EQ(shape(v), "[b, c, a, 2, 3, 4]");
 }
 
-TEST_F(VectorObj, setslice_at_the_end_and_behind_it) {
+TEST_F(VectorObj, setslice_works_at_the_end_and_after_it) {
     vectorref const v = ints(3);
     EXPECT_TRUE(v->setslice(*vector({9}), 3, 0));
     EXPECT_EQ(shape(v), "[0, 1, 2, 9]");
@@ -310,7 +310,7 @@ TEST_F(VectorObj, setslice_at_the_end_and_behind_it) {
     EXPECT_EQ(shape(v), "[]");
 }
 
-TEST_F(VectorObj, setslice_takes_the_values_of_the_entry_type) {
+TEST_F(VectorObj, setslice_uses_only_values_of_the_entry_type) {
     vectorref const v = ints(2);
     v->set_entrytype(&cat::type_int());
     EXPECT_TRUE(v->setslice(*vector({"a", 5, cat::nil(), 6}), 0, 2));
@@ -336,7 +336,7 @@ TEST_F(VectorObj, vectors_are_equal_by_their_values_in_order) {
     EXPECT_FALSE(cTomVector::m_equal(*vector(), five));
 }
 
-TEST_F(VectorObj, methods_refuse_objects_that_are_no_vectors) {
+TEST_F(VectorObj, methods_refuse_objects_that_are_not_vectors) {
     objref const five = of(5);
     objref key = of(0);
     objref value = of(1);
@@ -353,7 +353,7 @@ objref own_getattr(objref, objref key) {
     return cat::nil();
 }
 
-TEST_F(VectorObj, an_integer_index_gives_what_getattr_gives) {
+TEST_F(VectorObj, an_integer_index_returns_the_same_as_getattr) {
     vectorref const v = vector({5, "a", 7});
     for (int i : {-1, 0, 1, 2, 3}) EXPECT_EQ(*v / i, v->getattr(of(i))) << i;
     v->datamap().vect_erase(0);

@@ -1,5 +1,5 @@
 #pragma once
-// What the tests of maps share: specifications in short, and a map type of one's own.
+// Shared by the tests of maps: short forms of specifications, and a custom map type.
 
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
@@ -12,7 +12,7 @@ inline specref spec_with(objref const &value, int flags = 0) {
     return specref::adopt(new cAttspec(value, flags));
 }
 
-// A type whose objects are cMapObj, with methods of its own.
+// A type whose objects are cMapObj, with its own methods.
 struct cOwnType {
     cTypeObj type{"own_map", nullptr};
     cOwnType() { type.inherit(cat::type_map()); }

@@ -1,5 +1,5 @@
-// Containers against their content: keys whose hooks act, keys that no search finds, and values
-// that let the container go, or empty it, while an operation is under way.
+// Containers with hostile content: keys whose hooks change the container, keys that no search
+// finds, and values that release or empty the container during an operation.
 
 #include "containers/ccompare.h"
 #include "qrv/containers/cattr.h"
@@ -16,7 +16,7 @@ class Reentry : public QrvTest {};
 
 // --- keys
 
-// Each question adds a key and takes it away again.
+// Each call of a hook adds a key and removes it again.
 void never_rests(cAttrHash &hash) {
     static int calls;
     if (++calls > 100000) throw std::runtime_error("asked for ever");
@@ -26,7 +26,7 @@ void never_rests(cAttrHash &hash) {
     cHostileType::in_heq = next;
 }
 
-TEST_F(Reentry, a_hook_that_never_leaves_the_table_in_peace_is_not_asked_for_ever) {
+TEST_F(Reentry, a_hook_that_always_changes_the_table_is_not_called_forever) {
     cHostileType const hostile;
     cAttrHash hash(nullptr);
     hash.mapitem(hostile.key(1), of(1));
@@ -52,7 +52,7 @@ TEST_F(Reentry, an_empty_child_under_a_key_that_no_search_finds_stays) {
     }
 }
 
-TEST_F(Reentry, merging_survives_keys_that_take_others_out_of_the_target) {
+TEST_F(Reentry, merging_survives_keys_that_remove_others_from_the_target) {
     cHostileType const hostile;
     mapref const target = map({{"a", 1}});
     mapref const source = map();
@@ -69,7 +69,7 @@ TEST_F(Reentry, merging_survives_keys_that_take_others_out_of_the_target) {
     std::function<void()> wait = [&] {
         if (cHostileType::heq_calls < questions)
             cHostileType::in_heq = wait;
-        else // the keys 5 and 4 are on the list by now
+        else // the keys 5 and 4 are in the list now
             target->datamap().clear();
     };
     cHostileType::in_heq = wait;
@@ -78,7 +78,7 @@ TEST_F(Reentry, merging_survives_keys_that_take_others_out_of_the_target) {
     EXPECT_EQ(shape(source->datamap().getitem(hostile.key(0))), "15");
 }
 
-TEST_F(Reentry, comparing_survives_keys_that_empty_what_is_compared) {
+TEST_F(Reentry, comparing_survives_keys_that_empty_the_containers) {
     for (int emptied = 0; emptied < 3; ++emptied) {
         cHostileType const hostile;
         mapref const a = map(), b = map();
@@ -101,7 +101,7 @@ TEST_F(Reentry, comparing_survives_keys_that_empty_what_is_compared) {
 
 using cOperation = bool (*)(cMapObj &holder, objref const &other);
 
-// The first value of a container holds its last owner, and lets it go when it dies.
+// The first value of a container holds its last owner, and releases it in its destructor.
 template <class T> void let_go_in(cOperation operation) {
     cRef<T> owner = make<T>();
     T &holder = *owner;
@@ -140,7 +140,7 @@ constexpr cOperation for_vectors[] = {
     },
 };
 
-TEST_F(Reentry, a_value_that_lets_the_last_owner_go) {
+TEST_F(Reentry, a_value_may_release_the_last_owner) {
     cErrorLog const errors;
     for (cOperation const operation : for_all) {
         let_go_in<cMapObj>(operation);
@@ -150,7 +150,7 @@ TEST_F(Reentry, a_value_that_lets_the_last_owner_go) {
     for (cOperation const operation : for_vectors) let_go_in<cVectorObj>(operation);
 }
 
-// The same with a value that empties its container, or fills it again, when it dies.
+// The same with a value that empties its container, or fills it again, in its destructor.
 template <class T> void change_in(cOperation operation, bool fill) {
     cRef<T> const holder = make<T>();
     cAttrHash &hash = holder->datamap();
@@ -163,7 +163,7 @@ template <class T> void change_in(cOperation operation, bool fill) {
     EXPECT_EQ(hash.broken_rule(true), "");
 }
 
-TEST_F(Reentry, a_value_that_changes_its_container_when_it_goes) {
+TEST_F(Reentry, a_destroyed_value_may_change_its_container) {
     cErrorLog const errors;
     for (bool const fill : {false, true}) {
         for (cOperation const operation : for_all) {
@@ -175,7 +175,7 @@ TEST_F(Reentry, a_value_that_changes_its_container_when_it_goes) {
     }
 }
 
-// A null, which valref_ allows, or a bad one stands among the values.
+// One of the values is null, which valref_ allows, or bad.
 template <class T> void with_stored(cOperation operation, objref const &stored, unsigned place) {
     cRef<T> const holder = make<T>();
     cAttrHash &hash = holder->datamap();
@@ -191,7 +191,7 @@ template <class T> void with_stored(cOperation operation, objref const &stored, 
     }
 }
 
-TEST_F(Reentry, odd_values_in_any_place) {
+TEST_F(Reentry, unusual_values_can_be_stored_anywhere) {
     cErrorLog const errors;
     for (objref const &stored : {objref(), cat::bad(), cat::badfind(), cat::nil()})
         for (unsigned place = 0; place < 4; ++place) {
@@ -205,7 +205,7 @@ TEST_F(Reentry, odd_values_in_any_place) {
         }
 }
 
-// Values whose "equal" and "assign" act.
+// Values whose "equal" and "assign" change the container.
 std::function<void()> in_method;
 
 void act_once() {
@@ -251,7 +251,7 @@ template <class T> void act_in(cOperation operation, bool let_go) {
     }
 }
 
-// A value of the other container's kind.
+// A value of the same kind as the other container.
 objref sample(objref const &other) { return cat::as_map(other)->datamap().first()->valref(); }
 
 constexpr cOperation comparing[] = {
@@ -264,7 +264,7 @@ constexpr cOperation comparing[] = {
     [](cMapObj &m, objref const &other) { return m.attrcopy(*other, "0aa"); },
 };
 
-TEST_F(Reentry, values_whose_methods_empty_or_let_go_what_holds_them) {
+TEST_F(Reentry, methods_of_values_may_empty_or_release_their_container) {
     cErrorLog const errors;
     for (bool const let_go : {false, true}) {
         for (cOperation const operation : for_all) {
@@ -283,7 +283,7 @@ TEST_F(Reentry, values_whose_methods_empty_or_let_go_what_holds_them) {
 
 // --- errors thrown in the middle
 
-TEST_F(Reentry, a_type_lock_that_throws_stops_the_move_and_leaves_the_places_in_order) {
+TEST_F(Reentry, a_locked_type_that_throws_stops_the_move_and_leaves_the_indices_in_order) {
     auto const locked = [] {
         vectorref made = ints(3);
         made->datamap().vect_append(of("text"));
@@ -312,7 +312,7 @@ TEST_F(Reentry, a_type_lock_that_throws_stops_the_move_and_leaves_the_places_in_
     messages();
 }
 
-TEST_F(Reentry, an_error_thrown_in_the_middle_of_a_copy_leaves_what_was_copied) {
+TEST_F(Reentry, an_error_in_the_middle_of_a_copy_keeps_the_copied_part) {
     cat::errhandler().throw_mask(0x40000000u);
     mapref const target = map({{"a", 1}});
     target->setflags(of_const_keys);

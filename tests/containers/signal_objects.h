@@ -1,6 +1,6 @@
 #pragma once
-// What the tests of signal objects share. A target is a string object with a name; the function
-// `note` writes the name down and then does what the test has planned for that name.
+// Shared by the tests of signal objects. A target is a string object with a name; the function
+// `note` logs the name and then runs the action that the test has planned for it.
 
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
@@ -23,7 +23,7 @@ inline std::string take_calls() { return std::exchange(calls, std::string()); }
 inline void run_plan(std::string const &name) {
     auto const found = plans.find(name);
     if (found == plans.end()) return;
-    auto const plan = found->second; // it may be replaced while it runs
+    auto const plan = found->second; // a copy: it may be replaced while it runs
     plan();
 }
 
@@ -41,7 +41,7 @@ inline bool note_argument(cObj &target, objref &argument) {
     return false;
 }
 
-// A slot object with a target of its own.
+// A slot object with its own target.
 class NamedSlot {
   public:
     explicit NamedSlot(std::string const &name)

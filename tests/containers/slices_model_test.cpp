@@ -1,4 +1,5 @@
-// Slices against plain lists: every start and count around small vectors, and at the ends of int.
+// Slices compared with plain lists: every start and count around small vectors, and at the limits
+// of int.
 
 #include "tests/containers/trees.h"
 #include "tests/support/fixture.h"
@@ -64,7 +65,7 @@ template <class Body> void for_all_slices(Body body) {
 
 class SlicesModel : public QrvTest {};
 
-TEST_F(SlicesModel, getslice_of_vectors_sets_and_maps) {
+TEST_F(SlicesModel, getslice_of_vectors_sets_and_maps_follows_the_model) {
     for_all_slices([](int size, int start, int count) {
         std::string const expected = text(model_getslice(counted(size, 0), start, count));
         vectorref const v = ints(size);

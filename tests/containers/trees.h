@@ -1,6 +1,6 @@
 #pragma once
-// Small object trees for tests, and their shape as one text: {1=a, b=[1, 2]} for a map, [..] for a
-// vector, <..> for a set, ints and texts plain, nil, and a "?" for anything else.
+// Small object trees for tests, and their shape as one string: {1=a, b=[1, 2]} for a map, [..] for
+// a vector, <..> for a set, ints and strings plain, nil, and "?" for any other value.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"

@@ -1,4 +1,4 @@
-// Lookup by value through an index: always what cAttrHash::findvalue gives.
+// Lookup by value through an index: the result always equals that of cAttrHash::findvalue.
 #include "containers/value_index.h"
 
 #include "tests/core/hash_support.h"
@@ -70,13 +70,13 @@ TEST_F(ValueIndex, agrees_with_the_walk_while_the_hash_grows_shrinks_and_moves) 
         if (hash.used() > 120) hash.clear();
         index.find(*any_value(random));
         index.find(*any_value(random));
-        // What insert and rename replace isn't noticed.
+        // The index does not notice values that insert and rename replace.
         index.forget();
         for (int j = 0; j < 4; ++j) same(any_value(random));
     }
 }
 
-TEST_F(ValueIndex, notices_that_nodes_went_or_moved) {
+TEST_F(ValueIndex, notices_removed_and_moved_nodes) {
     for (int value : {5, 6, 5}) hash.vect_append(cat::of(value));
     EXPECT_EQ(index.find(*cat::of(5)), hash.find(0));
     hash.delitem(cat::of(0));
@@ -88,7 +88,7 @@ TEST_F(ValueIndex, notices_that_nodes_went_or_moved) {
     EXPECT_EQ(index.find(*cat::of(6)), nullptr);
 }
 
-TEST_F(ValueIndex, forgets_changed_values_when_told) {
+TEST_F(ValueIndex, forget_discards_changed_values) {
     objref const value = cat::of(5);
     hash.vect_append(value);
     EXPECT_EQ(index.find(*cat::of(6)), nullptr);
@@ -98,7 +98,7 @@ TEST_F(ValueIndex, forgets_changed_values_when_told) {
     EXPECT_EQ(index.find(*cat::of(5)), nullptr);
 }
 
-TEST_F(ValueIndex, a_type_with_an_equal_of_its_own_is_asked) {
+TEST_F(ValueIndex, the_own_equal_of_a_type_is_called) {
     static int asked;
     asked = 0;
     cTypeObj &type = cat::type_int();
@@ -126,7 +126,7 @@ TEST_F(ValueIndex, objects_of_a_derived_type_are_not_plain) {
     EXPECT_EQ(index.find(*value), hash.find(0));
 }
 
-TEST_F(ValueIndex, two_hundred_thousand_different_values_take_no_walk) {
+TEST_F(ValueIndex, two_hundred_thousand_different_values_need_no_walk) {
     for (int i = 0; i < 200000; ++i) {
         objref const value = cat::of(i);
         ASSERT_EQ(index.find(*value), nullptr);

@@ -1,4 +1,4 @@
-// The rule checker of the attribute hash: each rule is broken once and must be told.
+// The rule checker of the attribute hash: it must report each rule when the test breaks it.
 #include "qrv/core/cattrhash.h"
 
 #include "tests/core/hash_support.h"
@@ -14,7 +14,7 @@ class HashRules : public QrvTest {
         for (char const *key : {"a", "b", "c"}) hash.mapitem(key, cat::of(1));
         hash.mapitem(cat::of(4), cat::of(1));
     }
-    // Sets a field, takes the verdict, puts it back.
+    // Sets a field, stores the checker's result, and restores the field.
     template <class T> std::string with(T &field, T wrong, bool deep = false) {
         T const right = std::exchange(field, std::move(wrong));
         std::string const verdict = hash.broken_rule(deep);
@@ -47,7 +47,7 @@ TEST_F(HashRules, h1_the_ring_is_linked_both_ways) {
     cAttrHashProbe::swap_links(hash.find("b"));
 }
 
-TEST_F(HashRules, h2_nodes_and_slots_point_at_each_other) {
+TEST_F(HashRules, h2_nodes_and_slots_point_to_each_other) {
     cAttrNode *const b = hash.find("b");
     EXPECT_EQ(with(cAttrHashProbe::table(b), static_cast<cAttrHash *>(nullptr)), "H2 key=b");
     EXPECT_EQ(with(cAttrHashProbe::slot_(b), cAttrHashProbe::slot_(hash.find("a"))), "H2 key=b");

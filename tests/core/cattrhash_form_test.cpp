@@ -1,4 +1,4 @@
-// The forms of the attribute hash: what a hash has instead of a table, and that nobody can see it.
+// The forms of the attribute hash that replace the table, which must be invisible.
 #include "qrv/core/cattrhash.h"
 
 #include "qrv/containers/cmapobj.h"
@@ -64,7 +64,7 @@ objref key_of(unsigned int number) {
 
 } // namespace
 
-TEST_F(HashForm, eight_keys_need_no_memory_and_the_ninth_makes_an_index) {
+TEST_F(HashForm, eight_keys_need_no_memory_and_the_ninth_creates_an_index) {
     EXPECT_EQ(form(), cHashForm::few);
     fill(8);
     EXPECT_EQ(form(), cHashForm::few);
@@ -77,7 +77,7 @@ TEST_F(HashForm, eight_keys_need_no_memory_and_the_ninth_makes_an_index) {
     EXPECT_EQ(hash.find("key9"), nullptr);
 }
 
-TEST_F(HashForm, the_ninth_key_of_a_vector_makes_a_row) {
+TEST_F(HashForm, the_ninth_key_of_a_vector_creates_a_row) {
     append(8);
     EXPECT_EQ(form(), cHashForm::few);
     append(200);
@@ -98,7 +98,7 @@ TEST_F(HashForm, a_row_ends_with_a_key_that_is_not_the_next_int) {
     EXPECT_EQ(hash.find(20), nullptr);
 }
 
-TEST_F(HashForm, a_key_of_another_type_makes_the_table_at_once) {
+TEST_F(HashForm, a_key_of_another_type_creates_the_table_at_once) {
     cHostileType const hostile;
     fill(3);
     hash.mapitem(hostile.key(1), cat::of(1));
@@ -107,17 +107,17 @@ TEST_F(HashForm, a_key_of_another_type_makes_the_table_at_once) {
     EXPECT_EQ(cHostileType::heq_calls, 0);
     EXPECT_NE(hash.find("key2"), nullptr);
     EXPECT_NE(hash.find(hostile.key(1)), nullptr);
-    hash.clear(); // before the type goes
+    hash.clear(); // before the type is destroyed
 }
 
-TEST_F(HashForm, a_floating_key_makes_the_table) {
+TEST_F(HashForm, a_floating_key_creates_the_table) {
     append(20);
     hash.mapitem(cat::of(0.5), cat::of(1));
     EXPECT_EQ(form(), cHashForm::table);
     EXPECT_NE(hash.find(19), nullptr);
 }
 
-TEST_F(HashForm, looking_for_a_key_of_another_type_makes_no_table) {
+TEST_F(HashForm, searching_a_key_of_another_type_creates_no_table) {
     cHostileType const hostile;
     fill(20);
     EXPECT_EQ(hash.find(hostile.key(1)), nullptr);
@@ -126,7 +126,7 @@ TEST_F(HashForm, looking_for_a_key_of_another_type_makes_no_table) {
     EXPECT_EQ(form(), cHashForm::index);
 }
 
-TEST_F(HashForm, a_removal_makes_the_table) {
+TEST_F(HashForm, a_removal_creates_the_table) {
     for (int count : {1, 8, 9, 100}) {
         cAttrHash map(nullptr);
         for (int i = 0; i < count; ++i) map.mapitem("key" + std::to_string(i), cat::nil());
@@ -139,7 +139,7 @@ TEST_F(HashForm, a_removal_makes_the_table) {
     }
 }
 
-TEST_F(HashForm, few_colliding_texts_are_told_apart) {
+TEST_F(HashForm, a_few_colliding_strings_are_distinguished) {
     std::string const texts[] = {colliding_text(1), colliding_text(2), std::string("a\0x", 3),
                                  std::string("a\0y", 3), "a"};
     for (std::string const &text : texts) hash.mapitem(text, cat::of(text));
@@ -147,14 +147,14 @@ TEST_F(HashForm, few_colliding_texts_are_told_apart) {
     for (std::string const &text : texts) EXPECT_EQ(val<std::string>(hash.getitem(text)), text);
 }
 
-TEST_F(HashForm, a_key_is_removed_where_texts_have_a_seeded_hash) {
+TEST_F(HashForm, a_key_can_be_removed_if_strings_have_a_seeded_hash) {
     for (unsigned i = 0; i < 300; ++i) hash.mapitem(colliding_text(i), cat::of(1));
     EXPECT_TRUE(hash.delitem(colliding_text(7)));
     EXPECT_EQ(hash.find(colliding_text(7)), nullptr);
     for (unsigned i = 8; i < 300; ++i) ASSERT_NE(hash.find(colliding_text(i)), nullptr) << i;
 }
 
-TEST_F(HashForm, a_text_is_removed_from_among_many_ints) {
+TEST_F(HashForm, a_string_can_be_removed_from_many_ints) {
     append(20'000); // some probe of its table is long
     hash.mapitem("x", cat::of(1));
     EXPECT_TRUE(hash.delitem("x"));
@@ -174,7 +174,7 @@ TEST_F(HashForm, ints_chosen_to_collide_in_an_index_cost_little_more_than_others
     EXPECT_LT(cAttrHash::probe_count() - before, 100u * chosen.size());
 }
 
-TEST_F(HashForm, texts_chosen_to_collide_find_their_table_again) {
+TEST_F(HashForm, strings_chosen_to_collide_are_found_in_their_table) {
     cTwins twins;
     for (unsigned int i = 0; i < 300; ++i) {
         std::string const text = colliding_text(i);
@@ -196,7 +196,7 @@ TEST_F(HashForm, floating_keys_are_found_after_an_index_was_seeded) {
     EXPECT_EQ(hash.find(cat::of(2.5)), nullptr);
 }
 
-TEST_F(HashForm, a_table_made_late_is_the_one_that_was_there_from_the_start) {
+TEST_F(HashForm, a_table_created_late_equals_one_created_at_the_start) {
     for (unsigned int seed = 0; seed < 60; ++seed) {
         cRandom random(seed);
         cTwins twins;
@@ -216,7 +216,7 @@ TEST_F(HashForm, a_table_made_late_is_the_one_that_was_there_from_the_start) {
     }
 }
 
-TEST_F(HashForm, rings_sizes_and_hook_calls_are_those_of_a_table) {
+TEST_F(HashForm, rings_sizes_and_hook_calls_equal_those_of_a_table) {
     cHostileType const hostile;
     for (unsigned int seed = 0; seed < 60; ++seed) {
         cRandom random(seed);
@@ -252,7 +252,7 @@ TEST_F(HashForm, rings_sizes_and_hook_calls_are_those_of_a_table) {
 
 // --- destroying
 
-TEST_F(HashForm, a_value_that_acts_finds_the_dying_hash_without_the_entries_before_it) {
+TEST_F(HashForm, a_destructor_finds_the_hash_without_this_entry_and_those_before_it) {
     std::string seen;
     auto *const map = new cAttrHash(nullptr);
     for (int i = 0; i < 5; ++i) map->mapitem("a" + std::to_string(i), cat::of(i));
@@ -269,7 +269,7 @@ TEST_F(HashForm, a_value_that_acts_finds_the_dying_hash_without_the_entries_befo
     EXPECT_EQ(seen, ring_then + "50 b3 sound");
 }
 
-TEST_F(HashForm, a_value_that_acts_deep_inside_finds_the_outer_hash_in_order) {
+TEST_F(HashForm, a_destructor_in_an_inner_hash_finds_the_outer_hash_in_order) {
     std::string seen;
     objref outer = make<cMapObj>();
     cAttrHash &hash_of_outer = static_cast<cMapObj &>(*outer).datamap();
@@ -291,7 +291,7 @@ TEST_F(HashForm, a_value_that_acts_deep_inside_finds_the_outer_hash_in_order) {
     EXPECT_EQ(seen, "last=2 1");
 }
 
-TEST_F(HashForm, a_dying_hash_knows_its_greatest_key_while_it_has_it) {
+TEST_F(HashForm, a_hash_that_is_destroyed_knows_its_greatest_key_while_it_has_it) {
     static int assigned;
     assigned = 0;
     cProcedure2 const count = [](cObj &, objref &) { return ++assigned > 0; };
@@ -304,10 +304,10 @@ TEST_F(HashForm, a_dying_hash_knows_its_greatest_key_while_it_has_it) {
     delete map;
     cat::type_int().set_tmember("assign", before);
     EXPECT_EQ(next, 10);
-    EXPECT_EQ(assigned, 0); // each key is asked only when the greatest went
+    EXPECT_EQ(assigned, 0); // keys are compared only after the removal of the greatest
 }
 
-TEST_F(HashForm, entries_put_into_a_dying_hash_are_released_with_it) {
+TEST_F(HashForm, entries_stored_while_a_hash_is_destroyed_are_released_too) {
     objref const kept = cat::of(7);
     auto *const map = new cAttrHash(nullptr);
     map->mapitem("will", last_will([&] {
@@ -317,7 +317,7 @@ TEST_F(HashForm, entries_put_into_a_dying_hash_are_released_with_it) {
     EXPECT_EQ(kept->refs(), 1u);
 }
 
-TEST_F(HashForm, a_held_node_of_a_dying_hash_is_dead) {
+TEST_F(HashForm, a_held_node_of_a_destroyed_hash_is_dead) {
     auto *const map = new cAttrHash(nullptr);
     map->mapitem("a", cat::of(1));
     cAttrNode *const node = map->first();
@@ -330,7 +330,7 @@ TEST_F(HashForm, a_held_node_of_a_dying_hash_is_dead) {
     node->unhold();
 }
 
-TEST_F(HashForm, values_with_members_that_act_are_released_in_order) {
+TEST_F(HashForm, members_with_destructors_are_released_in_order) {
     std::string seen;
     auto *const map = new cAttrHash(nullptr);
     for (char const *key : {"a", "b", "c"}) {

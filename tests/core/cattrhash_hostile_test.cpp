@@ -1,5 +1,5 @@
-// The attribute hash against its callers: aliased arguments, values and hooks that change the very
-// table they are in, keys chosen to collide, and long lives at low use.
+// The attribute hash with hostile callers: aliased arguments, values and hooks that change the
+// table that contains them, colliding keys, and many changes of a nearly empty table.
 #include "qrv/core/cattrhash.h"
 
 #include "tests/core/hash_support.h"
@@ -26,7 +26,7 @@ class HashHostile : public HostileKeyTest {};
 
 // --- aliased arguments
 
-TEST_F(HashHostile, a_key_may_be_the_one_of_the_node_that_goes) {
+TEST_F(HashHostile, a_key_may_belong_to_the_removed_node) {
     fill({"a", "b", "c", "d"});
     EXPECT_TRUE(hash.delitem(hash.first()->key()));
     EXPECT_TRUE(hash.mapitem(hash.first()->key(), objref()));
@@ -45,9 +45,9 @@ TEST_F(HashHostile, a_key_may_be_the_one_of_the_node_that_goes) {
     sound();
 }
 
-// --- values that act
+// --- values with destructors
 
-TEST_F(HashHostile, a_value_that_removes_other_keys_when_it_goes) {
+TEST_F(HashHostile, a_destroyed_value_may_remove_other_keys) {
     fill({"a", "b", "c", "d"});
     hash.mapitem("b", last_will([this] {
                      hash.delitem("a");
@@ -59,14 +59,14 @@ TEST_F(HashHostile, a_value_that_removes_other_keys_when_it_goes) {
     sound();
 }
 
-TEST_F(HashHostile, erase_tells_null_when_the_follower_went_too) {
+TEST_F(HashHostile, erase_returns_null_if_the_following_node_was_removed_too) {
     fill({"a", "b", "c"});
     hash.mapitem("a", last_will([this] { hash.delitem("b"); }));
     EXPECT_EQ(hash.erase(cat::of("a")), nullptr);
     EXPECT_EQ(ring(hash), "c=3 ");
 }
 
-TEST_F(HashHostile, a_value_that_removes_its_own_key_while_it_is_replaced) {
+TEST_F(HashHostile, a_replaced_value_may_remove_its_own_key) {
     fill({"a", "b"});
     auto const will = [this] { return last_will([this] { hash.delitem("a"); }); };
     hash.mapitem("a", will());
@@ -84,7 +84,7 @@ TEST_F(HashHostile, a_value_that_removes_its_own_key_while_it_is_replaced) {
     sound();
 }
 
-TEST_F(HashHostile, clear_goes_on_until_nothing_is_left) {
+TEST_F(HashHostile, clear_continues_until_nothing_is_left) {
     int rounds = 3;
     std::function<void()> again = [&] {
         if (rounds-- > 0) hash.mapitem(cat::of(rounds), last_will(again));
@@ -101,7 +101,7 @@ TEST_F(HashHostile, clear_goes_on_until_nothing_is_left) {
     sound();
 }
 
-TEST_F(HashHostile, a_hash_whose_last_owner_is_one_of_its_values_operations_end_well) {
+TEST_F(HashHostile, a_hash_may_lose_its_last_owner_during_each_operation) {
     for (int operation = 0; operation < 6; ++operation) {
         hashref owner = make<cAttrHash>(nullptr);
         cAttrHash &mine = *owner;
@@ -131,7 +131,7 @@ TEST_F(HashHostile, a_hash_whose_last_owner_is_one_of_its_values_operations_end_
     }
 }
 
-TEST_F(HashHostile, a_hash_that_is_shared_again_while_it_dies_dies_once) {
+TEST_F(HashHostile, a_hash_that_is_shared_while_it_is_destroyed_is_destroyed_once) {
     hashref owner = make<cAttrHash>(nullptr);
     cAttrHash *const mine = owner.get();
     int calls = 0;
@@ -146,7 +146,7 @@ TEST_F(HashHostile, a_hash_that_is_shared_again_while_it_dies_dies_once) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(HashHostile, the_source_of_an_assignment_may_shrink_on_the_way) {
+TEST_F(HashHostile, the_source_of_an_assignment_may_shrink_meanwhile) {
     cAttrHash source(nullptr);
     cHostileType const hostile;
     source.mapitem(hostile.key(1), cat::of(1));
@@ -158,9 +158,9 @@ TEST_F(HashHostile, the_source_of_an_assignment_may_shrink_on_the_way) {
     sound();
 }
 
-// --- hooks that act
+// --- hooks that change the table
 
-TEST_F(HashHostile, hooks_are_asked_once_for_each_node_on_the_way) {
+TEST_F(HashHostile, hooks_are_called_once_for_each_visited_node) {
     cHostileType const hostile;
     for (int i = 0; i < 50; ++i) hash.mapitem(hostile.key(i), cat::nil());
     EXPECT_EQ(cHostileType::hash_calls, 50);
@@ -173,7 +173,7 @@ TEST_F(HashHostile, hooks_are_asked_once_for_each_node_on_the_way) {
     EXPECT_EQ(cHostileType::heq_calls, 100);
 }
 
-TEST_F(HashHostile, growth_asks_no_key_for_its_hash) {
+TEST_F(HashHostile, growth_computes_no_hash_again) {
     cHostileType const hostile;
     for (int i = 0; i < 77; ++i) hash.mapitem(hostile.key(i), cat::nil());
     cHostileType::reset();
@@ -197,7 +197,7 @@ TEST_F(HashHostile,
     sound();
 }
 
-TEST_F(HashHostile, a_hook_that_grows_the_table_during_the_search) {
+TEST_F(HashHostile, a_hook_may_grow_the_table_during_the_search) {
     cHostileType const hostile;
     for (int i = 0; i < 3; ++i) hash.mapitem(hostile.key(i), cat::of(i));
     auto const grow = [this] {
@@ -217,7 +217,7 @@ TEST_F(HashHostile, a_hook_that_grows_the_table_during_the_search) {
     sound();
 }
 
-TEST_F(HashHostile, a_hook_that_clears_the_table_during_the_search) {
+TEST_F(HashHostile, a_hook_may_clear_the_table_during_the_search) {
     cHostileType const hostile;
     auto const arm = [&] {
         cHostileType::reset();
@@ -243,7 +243,7 @@ TEST_F(HashHostile, a_hook_that_clears_the_table_during_the_search) {
     sound();
 }
 
-TEST_F(HashHostile, a_clone_that_inserts_the_same_key_first) {
+TEST_F(HashHostile, a_clone_method_may_insert_the_same_key) {
     cHostileType const hostile;
     cHostileType::in_clone = [&] { hash.mapitem(hostile.key(5), cat::of(1)); };
     EXPECT_TRUE(hash.mapitem(hostile.key(5), cat::of(2)));
@@ -257,7 +257,7 @@ TEST_F(HashHostile, a_clone_that_inserts_the_same_key_first) {
     sound();
 }
 
-TEST_F(HashHostile, a_rename_whose_clone_takes_the_old_key_away) {
+TEST_F(HashHostile, a_clone_method_may_remove_the_key_that_is_renamed) {
     cHostileType const hostile;
     fill({"a", "b"});
     cHostileType::in_clone = [this] { hash.delitem("a"); };
@@ -281,7 +281,7 @@ TEST_F(HashHostile, a_hook_that_throws_leaves_the_table_in_order) {
     sound();
 }
 
-TEST_F(HashHostile, a_value_whose_equal_removes_it_from_the_hash) {
+TEST_F(HashHostile, an_equal_method_may_remove_its_value_from_the_hash) {
     static cAttrHash *table;
     table = &hash;
     typeref const type = make<cTypeObj>(
@@ -298,7 +298,7 @@ TEST_F(HashHostile, a_value_whose_equal_removes_it_from_the_hash) {
     EXPECT_TRUE(hash.empty());
 }
 
-TEST_F(HashHostile, nan_keys_end_every_search) {
+TEST_F(HashHostile, nan_keys_match_in_every_search) {
     double const nan = std::numeric_limits<double>::quiet_NaN();
     for (int i = 0; i < 300; ++i) hash.mapitem(cat::of(i * 0.5), cat::nil());
     hash.mapitem(cat::of(nan), cat::of(1));
@@ -312,7 +312,7 @@ TEST_F(HashHostile, nan_keys_end_every_search) {
 
 // --- long lives and chosen keys
 
-TEST_F(HostileEdge, deleted_marks_never_use_up_the_empty_slots) {
+TEST_F(HostileEdge, tombstones_never_use_up_the_empty_slots) {
     constexpr int rounds = 1000000;
     hash.mapitem("stays", cat::of(1));
     std::uint64_t const before = cAttrHash::probe_count();
@@ -327,7 +327,7 @@ TEST_F(HostileEdge, deleted_marks_never_use_up_the_empty_slots) {
     sound();
 }
 
-TEST_F(HashHostile, an_absent_key_is_found_missing_soon_after_a_large_table_was_cleared) {
+TEST_F(HashHostile, searches_for_absent_keys_are_short_after_a_large_table_was_cleared) {
     auto const text = [](int i) { return "key" + std::to_string(i); };
     for (int i = 0; i < 100000; ++i) hash.mapitem(text(i), cat::nil());
     hash.clear();
@@ -337,7 +337,7 @@ TEST_F(HashHostile, an_absent_key_is_found_missing_soon_after_a_large_table_was_
     sound();
 }
 
-TEST_F(HashHostile, the_colliding_texts_of_these_tests_collide) {
+TEST_F(HashHostile, the_colliding_strings_of_these_tests_collide) {
     objref const first = cat::of(colliding_text(0));
     for (unsigned int i = 1; i < 1000; ++i) {
         objref const other = cat::of(colliding_text(i * 131));
@@ -346,7 +346,7 @@ TEST_F(HashHostile, the_colliding_texts_of_these_tests_collide) {
     }
 }
 
-TEST_F(HashHostile, texts_chosen_to_collide_cost_little_more_than_others) {
+TEST_F(HashHostile, strings_chosen_to_collide_cost_little_more_than_others) {
     unsigned int const count = 100000;
     auto const cost = [=](auto text) {
         cAttrHash table(nullptr);

@@ -17,7 +17,7 @@ class HashInsert : public QrvTest {
 
 } // namespace
 
-TEST_F(HashInsert, makes_the_entries_that_mapitem_makes) {
+TEST_F(HashInsert, creates_the_same_entries_as_mapitem) {
     EXPECT_TRUE(cAttrInsert::text(hash, "a", cat::of(1)).is_new);
     EXPECT_TRUE(cAttrInsert::number(hash, 7, cat::of(2)).is_new);
     EXPECT_TRUE(cAttrInsert::adopt(hash, cat::of("b"), cat::of(3)).is_new);
@@ -32,7 +32,7 @@ TEST_F(HashInsert, makes_the_entries_that_mapitem_makes) {
     }
 }
 
-TEST_F(HashInsert, leaves_an_entry_that_is_there) {
+TEST_F(HashInsert, does_not_change_an_existing_entry) {
     hash.mapitem("a", cat::of(1));
     cAttrInsert::cPlace const place = cAttrInsert::text(hash, "a", cat::of(2));
     EXPECT_FALSE(place.is_new);
@@ -41,14 +41,14 @@ TEST_F(HashInsert, leaves_an_entry_that_is_there) {
     EXPECT_EQ(ring(hash), "a=1 ");
 }
 
-TEST_F(HashInsert, the_key_object_is_taken_as_it_is) {
+TEST_F(HashInsert, the_key_object_is_stored_itself) {
     objref key = cat::of("a");
     cObj const *const object = key.get();
     cAttrInsert::adopt(hash, std::move(key), cat::of(1));
     EXPECT_EQ(hash.first()->key(), object);
 }
 
-TEST_F(HashInsert, a_text_with_a_nul_is_another_key) {
+TEST_F(HashInsert, a_string_with_a_nul_is_another_key) {
     std::string const text("a\0b", 3);
     cAttrInsert::text(hash, "a", cat::of(1));
     EXPECT_TRUE(cAttrInsert::text(hash, text, cat::of(2)).is_new);
@@ -73,7 +73,7 @@ TEST_F(HashInsert, append_after_the_greatest_int_overwrites_the_lowest) {
     EXPECT_EQ(ring(hash), "-2147483648=3 2147483647=2 ");
 }
 
-TEST_F(HashInsert, append_takes_the_int_after_the_greatest) {
+TEST_F(HashInsert, append_uses_the_int_after_the_greatest) {
     EXPECT_TRUE(cAttrInsert::append(hash, cat::of(1)));
     hash.mapitem(cat::of(7), cat::of(2));
     EXPECT_TRUE(cAttrInsert::append(hash, cat::of(3)));

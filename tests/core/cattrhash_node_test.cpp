@@ -25,7 +25,7 @@ class Node : public NodeTest {};
 
 } // namespace
 
-TEST_F(NodeEdge, a_key_that_comes_back_is_a_new_node_in_the_first_deleted_mark) {
+TEST_F(NodeEdge, a_key_that_is_inserted_again_is_a_new_node_in_the_first_tombstone) {
     fill({"a", "k", "b"});
     cAttrNode const *const old = hash.find("k");
     std::uint32_t const anid = old->anid(), h = cAttrHashProbe::hash_of(old);
@@ -52,7 +52,7 @@ TEST_F(Node, a_colliding_key_steps_by_its_hash_mod_size_minus_2_plus_1) {
     EXPECT_EQ(place(197 * 97 + 3), (3 + (197 * 97 + 3) % 95 + 1) % 97);
 }
 
-TEST_F(Node, a_detached_link_points_at_itself) {
+TEST_F(Node, a_detached_link_points_to_itself) {
     cAttrNode const node(cat::of("a"));
     EXPECT_TRUE(node.is_detached());
     EXPECT_EQ(node.next(), &node);
@@ -64,7 +64,7 @@ TEST_F(Node, a_detached_link_points_at_itself) {
     EXPECT_EQ(hash.prev(&node), nullptr);
 }
 
-TEST_F(Node, accessors_of_a_node) {
+TEST_F(Node, the_accessors_of_a_node_return_its_parts) {
     hash.mapitem(cat::of(7), cat::of("v"));
     cAttrNode *const node = hash.first();
     EXPECT_EQ(node->key_as_string(), "7");
@@ -79,7 +79,7 @@ TEST_F(Node, accessors_of_a_node) {
     EXPECT_EQ(text.key_as_string(), "a");
 }
 
-TEST_F(Node, accessors_of_a_null_node_answer_from_defaults) {
+TEST_F(Node, the_accessors_of_a_null_node_return_defaults) {
     cAttrNode *const none = nullptr;
     EXPECT_EQ(cAttrNode::key(none), nullptr);
     EXPECT_EQ(cAttrNode::key_as_string(none), "");
@@ -118,7 +118,7 @@ TEST_F(Node, nil_attr_is_one_node_that_never_changes) {
     EXPECT_EQ(node.valref(), cat::nil());
 }
 
-TEST_F(Node, serial_numbers_grow_and_a_copy_takes_a_new_one) {
+TEST_F(Node, serial_numbers_grow_and_a_copy_gets_a_new_one) {
     cAttrNode const a(cat::of("a"), cat::of(1)), b(cat::of("b"));
     EXPECT_EQ(b.anid(), a.anid() + 1);
     hash.mapitem("a", cat::of(1));
@@ -159,7 +159,7 @@ TEST_F(Node, assigning_a_kill_value_removes_the_node) {
     EXPECT_EQ(val<int>(free_node.valref()), 1);
 }
 
-TEST_F(Node, a_type_lock_refuses_another_type) {
+TEST_F(Node, a_locked_type_refuses_another_type) {
     hash.mapitem("k e", cat::of(1));
     hash.flags(2);
     cAttrNode &node = *hash.first();
@@ -181,7 +181,7 @@ TEST_F(Node, a_type_lock_refuses_another_type) {
     EXPECT_TRUE(hash.empty());
 }
 
-TEST_F(Node, a_type_lock_lets_anything_replace_nil_and_bit_1_locks_nothing) {
+TEST_F(Node, a_locked_type_allows_replacing_nil_and_bit_1_locks_nothing) {
     hash.mapitem("a", cat::nil());
     hash.flags(2);
     *hash.first() = cat::of(1);
@@ -191,7 +191,7 @@ TEST_F(Node, a_type_lock_lets_anything_replace_nil_and_bit_1_locks_nothing) {
     EXPECT_EQ(ring(hash), "a=text ");
 }
 
-TEST_F(Node, a_held_node_outlives_its_deletion_empty_and_dead) {
+TEST_F(Node, a_held_node_is_empty_and_dead_after_its_deletion) {
     hash.mapitem("a", cat::of(1));
     cAttrNode *const node = hash.first();
     node->hold();
@@ -218,7 +218,7 @@ TEST_F(Node, a_node_destroyed_by_itself_leaves_its_table) {
     EXPECT_EQ(hash.broken_rule(true), "");
 }
 
-TEST_F(Node, the_anchor_is_no_node) {
+TEST_F(Node, the_anchor_is_not_a_node) {
     fill({"a"});
     EXPECT_EQ(hash.node_at(hash.anchor()), nullptr);
     EXPECT_EQ(hash.anchor()->next(), hash.first());
@@ -229,7 +229,7 @@ TEST_F(Node, the_anchor_is_no_node) {
 
 // --- orders
 
-TEST_F(Node, key_order_is_less_and_types_go_by_name) {
+TEST_F(Node, keys_are_ordered_by_less_and_types_by_name) {
     cAttrNode const a(cat::of("a")), b(cat::of("b")), one(cat::of(1));
     EXPECT_TRUE(keyord(a, b));
     EXPECT_FALSE(keyord(b, a));
@@ -265,12 +265,12 @@ TEST_F(Node, value_order_puts_maps_before_vectors_before_the_rest) {
     EXPECT_FALSE(valord(*one, *map_a));
 }
 
-TEST_F(Node, creation_orders) {
+TEST_F(Node, nodes_can_be_ordered_by_creation) {
     objref const first = cat::of(1), second = cat::of(2);
     cAttrNode const a(cat::of("a"), second), b(cat::of("b"), first);
     EXPECT_TRUE(obidord(b, a));
     EXPECT_FALSE(obidord(a, b));
-    EXPECT_TRUE(obidord(nullptr, &a)); // bad is older than anything a program makes
+    EXPECT_TRUE(obidord(nullptr, &a)); // bad is older than all objects of programs
     EXPECT_FALSE(obidord(&a, nullptr));
     EXPECT_TRUE(anidord(a, b));
     EXPECT_FALSE(anidord(b, a));

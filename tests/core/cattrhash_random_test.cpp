@@ -196,11 +196,11 @@ void run(unsigned int seed, int range, int steps) {
 
 } // namespace
 
-TEST_F(HashModel, few_keys) {
+TEST_F(HashModel, a_hash_with_few_keys_follows_the_model) {
     for (unsigned int seed = 0; seed < 30; ++seed) run(seed, 6, 600);
 }
 
-TEST_F(HashModel, many_keys) {
+TEST_F(HashModel, a_hash_with_many_keys_follows_the_model) {
     for (unsigned int seed = 100; seed < 106; ++seed) run(seed, 300, 2500);
 }
 

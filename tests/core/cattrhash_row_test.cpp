@@ -39,7 +39,7 @@ class HashRow : public QrvTest {
 
 } // namespace
 
-TEST_F(HashRow, values_are_stored_after_a_quarter_as_many_looks) {
+TEST_F(HashRow, the_row_stores_values_after_a_quarter_as_many_reads) {
     fill(many);
     for (int i = 0; i < many / 4; ++i) EXPECT_TRUE(hash.valueof(i));
     EXPECT_FALSE(cAttrHashProbe::has_values(hash));
@@ -48,7 +48,7 @@ TEST_F(HashRow, values_are_stored_after_a_quarter_as_many_looks) {
     look_often();
 }
 
-TEST_F(HashRow, appended_and_replaced_values_are_seen) {
+TEST_F(HashRow, the_row_has_appended_and_replaced_values) {
     make_values();
     fill(3 * many);
     look();
@@ -62,7 +62,7 @@ TEST_F(HashRow, appended_and_replaced_values_are_seen) {
     EXPECT_FALSE(hash.valueof(8));
 }
 
-TEST_F(HashRow, what_is_stored_through_a_reference_is_seen) {
+TEST_F(HashRow, the_row_has_values_stored_through_a_reference) {
     make_values();
     objref &value = hash.find(5)->valref_();
     value = cat::of("other");
@@ -74,7 +74,7 @@ TEST_F(HashRow, what_is_stored_through_a_reference_is_seen) {
     look_often();
 }
 
-TEST_F(HashRow, what_is_detached_is_seen) {
+TEST_F(HashRow, the_row_has_detached_values) {
     make_values();
     objref const shared = hash.find(5)->valref();
     EXPECT_TRUE(cat::detach(hash.find(5)->valref(), false));
@@ -86,7 +86,7 @@ TEST_F(HashRow, what_is_detached_is_seen) {
     look_often();
 }
 
-TEST_F(HashRow, a_look_while_an_old_value_ends_finds_the_new_one) {
+TEST_F(HashRow, a_read_while_an_old_value_is_destroyed_finds_the_new_one) {
     make_values();
     cObj *seen = nullptr;
     hash.setitem(cat::of(5), last_will([&] { seen = hash.valueof(5); }));
@@ -95,7 +95,7 @@ TEST_F(HashRow, a_look_while_an_old_value_ends_finds_the_new_one) {
     EXPECT_EQ(seen, value.get());
 }
 
-TEST_F(HashRow, a_look_while_the_hash_is_destroyed_finds_what_is_left) {
+TEST_F(HashRow, a_read_while_the_hash_is_destroyed_finds_the_remaining_values) {
     std::string seen;
     {
         auto const dying = make<cAttrHash>(nullptr);
@@ -112,7 +112,7 @@ TEST_F(HashRow, a_look_while_the_hash_is_destroyed_finds_what_is_left) {
     EXPECT_EQ(seen, "0021");
 }
 
-TEST_F(HashRow, a_row_that_ends_has_no_values) {
+TEST_F(HashRow, a_hash_that_is_no_longer_a_row_has_no_row_values) {
     make_values();
     hash.delitem(cat::of(many - 1));
     look_often();
@@ -181,7 +181,7 @@ TEST_F(HashRow, values_agree_with_the_nodes_after_generated_changes) {
     }
 }
 
-TEST_F(HashRow, a_broken_value_is_found_by_the_rules) {
+TEST_F(HashRow, the_rules_detect_a_wrong_row_value) {
     make_values();
     cAttrHashProbe::known_value(hash, 5) = 8;
     EXPECT_EQ(hash.broken_rule(false), "H11");
@@ -191,7 +191,7 @@ TEST_F(HashRow, a_broken_value_is_found_by_the_rules) {
     EXPECT_EQ(hash.broken_rule(false), "");
 }
 
-TEST_F(HashRow, appending_gives_ids_and_counts_as_storing_under_a_key_does) {
+TEST_F(HashRow, appending_assigns_the_same_ids_and_counts_as_storing_under_a_key) {
     cAttrHash by_key(nullptr);
     for (int i = 0; i < many; ++i) {
         objref const value = cat::of(i);

@@ -27,8 +27,6 @@ class Hash : public HashTest {};
 
 } // namespace
 
-// --- what can't be said
-
 template <class H, class K>
 concept finds = requires(H hash, K key) {
     hash.find(key);
@@ -83,7 +81,7 @@ TEST_F(HashEdge, growth_keeps_the_order_of_insertion) {
     EXPECT_EQ(ring(hash), expected);
 }
 
-TEST_F(Hash, every_size_of_the_table_and_its_neighbours) {
+TEST_F(Hash, the_sizes_of_growing_tables_follow_the_list_of_primes) {
     unsigned int const sizes[] = {11,     23,     47,     97,      197,     397,     797,
                                   1597,   3203,   6421,   12853,   25717,   51437,   102811,
                                   205619, 411233, 822433, 1644817, 3289613, 6579211, 13158023};
@@ -97,7 +95,7 @@ TEST_F(Hash, every_size_of_the_table_and_its_neighbours) {
     EXPECT_EQ(hash_new_size(UINT_MAX), 0u);
 }
 
-TEST_F(Hash, beyond_the_table_of_sizes_growth_takes_the_next_prime_above_twice_the_size) {
+TEST_F(Hash, beyond_the_list_of_primes_growth_uses_the_next_prime_above_twice_the_size) {
     std::uint32_t const few[] = {11, 23};
     EXPECT_EQ(hash_grown_size(11, few), 23u);
     EXPECT_EQ(hash_grown_size(23, few), 47u);
@@ -193,7 +191,7 @@ TEST_F(HashEdge, setitem_never_inserts_and_mapitem_does) {
     EXPECT_EQ(ring(hash), "a=2 ");
 }
 
-TEST_F(HashEdge, getitem_tells_a_present_nil_from_an_absent_key) {
+TEST_F(HashEdge, getitem_distinguishes_a_present_nil_from_an_absent_key) {
     hash.mapitem("a", cat::nil());
     EXPECT_EQ(hash.getitem("a"), cat::nil());
     EXPECT_EQ(hash.getitem("b"), cat::badfind());
@@ -264,7 +262,7 @@ TEST_F(Hash, a_key_of_a_type_without_hooks_is_stored_but_never_found) {
     EXPECT_EQ(hash.broken_rule(true), "");
 }
 
-TEST_F(Hash, an_executable_is_told_its_key_and_may_refuse) {
+TEST_F(Hash, an_executable_gets_its_key_as_name_and_may_refuse) {
     struct cPicky : cExeObj {
         cPicky() : cExeObj(0, false, false) {}
         cPicky(cPicky const &) = delete;
@@ -315,7 +313,7 @@ TEST_F(Hash, copyitem_assigns_into_a_present_value) {
     EXPECT_EQ(errors.last_code(), 0x41800000u);
 }
 
-TEST_F(Hash, copyitem_maps_where_nothing_stands_and_detaches_when_asked) {
+TEST_F(Hash, copyitem_stores_under_an_absent_key_and_detaches_on_request) {
     objref const source = cat::of(2);
     hash.mapitem("nil", cat::nil());
     EXPECT_TRUE(hash.copyitem(cat::of("nil"), source, false));
@@ -325,11 +323,11 @@ TEST_F(Hash, copyitem_maps_where_nothing_stands_and_detaches_when_asked) {
     EXPECT_EQ(ring(hash), "nil=2 new=2 ");
     EXPECT_FALSE(hash.copyitem(cat::of("bad"), cat::bad(), true));
     EXPECT_TRUE(hash.copyitem(cat::of("kill"), objref(), false));
-    EXPECT_FALSE(hash.copyitem(cat::of("kill"), objref(), true)); // nothing there to detach
+    EXPECT_FALSE(hash.copyitem(cat::of("kill"), objref(), true)); // there is no value to detach
     EXPECT_FALSE(hash.copyitem(cat::of("void"), cat::nil(), true));
 }
 
-TEST_F(Hash, erase_gives_the_node_that_followed) {
+TEST_F(Hash, erase_returns_the_following_node) {
     fill({"a", "b", "c"});
     EXPECT_EQ(hash.erase(cat::of("b")), hash.find("c"));
     EXPECT_EQ(hash.erase(cat::of("c")), nullptr);
@@ -337,7 +335,7 @@ TEST_F(Hash, erase_gives_the_node_that_followed) {
     EXPECT_EQ(ring(hash), "a=1 ");
 }
 
-TEST_F(Hash, insert_stores_anything_and_moves_the_node) {
+TEST_F(Hash, insert_stores_any_value_and_moves_the_node) {
     fill({"a", "b"});
     cAttrNode *const b = hash.find("b");
     cAttrNode *const x = hash.insert(cat::of("x"), objref(), b);
@@ -372,7 +370,7 @@ TEST_F(Hash, insert_before_a_node_of_another_hash_leaves_it_at_the_tail) {
     EXPECT_EQ(ring(other), "o=nil ");
 }
 
-TEST_F(HashEdge, rename_keeps_the_place) {
+TEST_F(HashEdge, rename_keeps_the_position) {
     fill({"a", "b", "c"});
     std::uint32_t const anid = hash.find("b")->anid();
     hash.rename(cat::of("b"), cat::of("x"));
@@ -402,14 +400,14 @@ TEST_F(Hash, renaming_a_key_to_itself_or_an_absent_key_changes_nothing) {
     EXPECT_EQ(ring(hash), "a=1 b=2 ");
 }
 
-TEST_F(Hash, renaming_to_the_key_that_follows_takes_its_place) {
+TEST_F(Hash, renaming_to_the_following_key_replaces_that_entry) {
     fill({"a", "b", "c"});
     hash.rename(cat::of("a"), cat::of("b"));
     EXPECT_EQ(ring(hash), "b=1 c=3 ");
     EXPECT_EQ(ring_backwards(hash), "c=3 b=1 ");
 }
 
-TEST_F(Hash, lookup_by_value) {
+TEST_F(Hash, values_are_found_by_lookup) {
     objref const one = cat::of(1), other_one = cat::of(1);
     hash.mapitem("a", cat::of(5));
     hash.mapitem("b", one);
@@ -444,7 +442,7 @@ TEST_F(Hash, the_argument_is_the_left_side_of_findvalue) {
     EXPECT_EQ(named(searched), "2");
 }
 
-TEST_F(Hash, positions) {
+TEST_F(Hash, nodes_are_found_by_position) {
     fill({"a", "b", "c"});
     EXPECT_EQ(hash.findpos(0), hash.find("a"));
     EXPECT_EQ(hash.findpos(2), hash.find("c"));
@@ -455,7 +453,7 @@ TEST_F(Hash, positions) {
     EXPECT_EQ(hash.posofkey("x"), -1);
 }
 
-TEST_F(Hash, null_hashes_answer_from_defaults) {
+TEST_F(Hash, operations_on_null_hashes_return_defaults) {
     cAttrHash *const none = nullptr;
     EXPECT_TRUE(cAttrHash::empty(none));
     EXPECT_EQ(cAttrHash::findpos(none, 0), nullptr);
@@ -505,7 +503,7 @@ TEST_F(Hash, detach_gives_each_value_its_own_copy_and_ands_the_results) {
     hash.insert(cat::of("void"), cat::nil(), hash.first());
     hash.mapitem("last", last);
     EXPECT_FALSE(hash.detach());
-    EXPECT_NE(hash.getitem("last"), last); // also behind the failure
+    EXPECT_NE(hash.getitem("last"), last); // values after the failure are copied too
 }
 
 TEST_F(HashEdge, assigning_a_hash_to_itself_empties_it) {
@@ -536,7 +534,7 @@ TEST_F(Hash, assigning_copies_keys_shares_values_and_leaves_map_null) {
     EXPECT_EQ(copy.first()->map(), &copy);
 }
 
-TEST_F(Hash, the_copy_constructor_makes_an_empty_table) {
+TEST_F(Hash, the_copy_constructor_creates_an_empty_table) {
     fill({"a"});
     hashref const copy = hashref::adopt(cAttrHashProbe::copy(hash));
     EXPECT_TRUE(copy->empty());
@@ -544,7 +542,7 @@ TEST_F(Hash, the_copy_constructor_makes_an_empty_table) {
     EXPECT_EQ(copy->father(), nullptr);
 }
 
-TEST_F(Hash, clear_keeps_the_size_and_leaves_deleted_marks) {
+TEST_F(Hash, clear_keeps_the_size_and_leaves_tombstones) {
     for (int i = 0; i < 200; ++i) hash.mapitem(cat::of(i), cat::nil());
     ASSERT_EQ(hash.slots(), 397u);
     hash.clear();

@@ -22,7 +22,7 @@ class VectorMode : public VectorModeTest {};
 
 } // namespace
 
-TEST_F(VectorModeEdge, erasing_at_used_is_true_and_changes_nothing_and_below_0_is_false) {
+TEST_F(VectorModeEdge, erasing_at_the_size_is_true_without_effect_and_below_0_is_false) {
     append({10, 11});
     EXPECT_TRUE(hash.vect_erase(2));
     EXPECT_TRUE(hash.vect_erase(INT_MAX));
@@ -31,7 +31,7 @@ TEST_F(VectorModeEdge, erasing_at_used_is_true_and_changes_nothing_and_below_0_i
     EXPECT_EQ(ring(hash), "0=10 1=11 ");
 }
 
-TEST_F(VectorModeEdge, inserting_at_used_appends_and_beyond_is_false_and_null_erases) {
+TEST_F(VectorModeEdge, inserting_at_the_size_appends_and_beyond_is_false_and_null_erases) {
     append({10, 11});
     EXPECT_TRUE(hash.vect_insert(2, cat::of(12)));
     EXPECT_FALSE(hash.vect_insert(4, cat::of(13)));
@@ -47,7 +47,7 @@ TEST_F(VectorModeEdge, inserting_at_used_appends_and_beyond_is_false_and_null_er
     EXPECT_EQ(ring(hash), "0=12 ");
 }
 
-TEST_F(VectorModeEdge, after_last_index_counts_texts_as_minus_1) {
+TEST_F(VectorModeEdge, after_last_index_counts_strings_as_minus_1) {
     hash.mapitem("a", cat::nil());
     hash.mapitem("b", cat::nil());
     EXPECT_EQ(hash.after_last_index(), 0);
@@ -96,7 +96,7 @@ TEST_F(VectorMode, a_floating_key_counts_by_its_truncated_value) {
     EXPECT_EQ(hash.after_last_index(), 13);
 }
 
-TEST_F(VectorMode, after_the_greatest_int_comes_the_lowest) {
+TEST_F(VectorMode, the_lowest_int_follows_the_greatest) {
     hash.mapitem(cat::of(INT_MAX), cat::nil());
     EXPECT_EQ(hash.after_last_index(), INT_MIN);
     EXPECT_TRUE(hash.vect_append(cat::of(1)));
@@ -106,7 +106,7 @@ TEST_F(VectorMode, after_the_greatest_int_comes_the_lowest) {
     EXPECT_EQ(val<int>(hash.getitem(cat::of(INT_MIN))), 2);
 }
 
-TEST_F(VectorMode, negative_keys_count_as_nothing) {
+TEST_F(VectorMode, negative_keys_do_not_count) {
     hash.mapitem(cat::of(-5), cat::nil());
     EXPECT_EQ(hash.after_last_index(), 0);
     hash.mapitem(cat::of(-1), cat::nil());
@@ -125,7 +125,7 @@ TEST_F(VectorMode, the_greatest_index_is_right_after_removals) {
     EXPECT_EQ(hash.broken_rule(true), "");
 }
 
-TEST_F(VectorMode, append_tells_refusal_and_a_kill_value_removes_nothing) {
+TEST_F(VectorMode, append_returns_false_on_refusal_and_a_kill_value_removes_nothing) {
     append({1});
     EXPECT_FALSE(hash.vect_append(cat::bad()));
     EXPECT_TRUE(hash.vect_append(objref()));
@@ -135,7 +135,7 @@ TEST_F(VectorMode, append_tells_refusal_and_a_kill_value_removes_nothing) {
     EXPECT_EQ(ring(hash), "0=1 1=nil ");
 }
 
-TEST_F(VectorMode, append_on_a_map_goes_above_the_greatest_index) {
+TEST_F(VectorMode, append_on_a_map_uses_the_index_above_the_greatest) {
     hash.mapitem("a", cat::nil());
     append({1});
     hash.mapitem(cat::of(6), cat::nil());
@@ -156,13 +156,13 @@ TEST_F(VectorMode, erasing_moves_values_and_not_keys) {
     EXPECT_TRUE(hash.empty());
 }
 
-TEST_F(VectorMode, erasing_in_a_map_goes_by_position) {
+TEST_F(VectorMode, erasing_in_a_map_is_by_position) {
     for (char const *key : {"a", "b", "c"}) hash.mapitem(key, cat::of(key));
     EXPECT_TRUE(hash.vect_erase(0));
     EXPECT_EQ(ring(hash), "a=b b=c ");
 }
 
-TEST_F(VectorMode, inserting_opens_a_place) {
+TEST_F(VectorMode, inserting_moves_the_following_values) {
     append({10, 11, 12});
     EXPECT_TRUE(hash.vect_insert(1, cat::of(99)));
     EXPECT_EQ(ring(hash), "0=10 1=99 2=11 3=12 ");
@@ -174,7 +174,7 @@ TEST_F(VectorMode, inserting_opens_a_place) {
     EXPECT_EQ(ring(map), "a=0 0=1 ");
 }
 
-TEST_F(VectorMode, a_type_lock_keeps_a_value_in_its_place) {
+TEST_F(VectorMode, a_locked_type_keeps_a_value_at_its_index) {
     append({10, 11});
     hash.vect_append(cat::of("text"));
     hash.find(1)->cObjBase::flags(2);
@@ -185,13 +185,13 @@ TEST_F(VectorMode, a_type_lock_keeps_a_value_in_its_place) {
               "0x40400000 cAttrNode, key: 1  value type: int  Flags do not allow operator=\n");
 }
 
-TEST_F(VectorMode, a_stored_null_closes_a_place_when_it_is_handed_on) {
+TEST_F(VectorMode, moving_a_stored_null_removes_an_index) {
     append({10, 11, 12, 13});
     hash.find(2)->valref_() = objref();
-    EXPECT_TRUE(hash.vect_erase(0)); // 0 takes 11, 1 takes the null and goes
+    EXPECT_TRUE(hash.vect_erase(0)); // 0 gets 11, 1 gets the null and is removed
     EXPECT_EQ(ring(hash), "0=11 2=null 3=13 ");
     EXPECT_EQ(hash.broken_rule(true), "");
-    EXPECT_FALSE(hash.vect_insert(0, cat::of(9))); // the new place is used up by the null
+    EXPECT_FALSE(hash.vect_insert(0, cat::of(9))); // the null removes the new index
     EXPECT_EQ(ring(hash), "0=11 2=null 4=13 ");
     EXPECT_EQ(hash.broken_rule(true), "");
 }
@@ -208,7 +208,7 @@ TEST_F(VectorMode, renumbering_keeps_order_and_values) {
     EXPECT_EQ(hash.first(), first); // nothing to do
 }
 
-TEST_F(VectorMode, renumbering_drops_what_cannot_be_mapped) {
+TEST_F(VectorMode, renumbering_drops_values_that_cannot_be_stored) {
     hash.mapitem("a", cat::of(1));
     hash.insert(cat::of("b"), objref(), nullptr);
     hash.insert(cat::of("c"), cat::bad(), nullptr);
@@ -218,7 +218,7 @@ TEST_F(VectorMode, renumbering_drops_what_cannot_be_mapped) {
     EXPECT_EQ(ring(hash), "0=1 1=2 ");
 }
 
-TEST_F(VectorMode, aliased_values_survive_the_walk) {
+TEST_F(VectorMode, aliased_values_survive_moves) {
     append({10, 11, 12});
     EXPECT_TRUE(hash.vect_insert(0, hash.find(2)->valref()));
     EXPECT_EQ(ring(hash), "0=12 1=10 2=11 3=12 ");
@@ -226,7 +226,7 @@ TEST_F(VectorMode, aliased_values_survive_the_walk) {
     EXPECT_EQ(ring(hash), "0=12 1=10 2=11 3=12 4=12 ");
 }
 
-TEST_F(VectorMode, a_value_that_clears_the_hash_while_places_move) {
+TEST_F(VectorMode, a_value_may_clear_the_hash_while_values_move) {
     append({10, 11});
     hash.vect_insert(0, last_will([this] { hash.clear(); }));
     EXPECT_TRUE(hash.vect_erase(0));
@@ -234,7 +234,7 @@ TEST_F(VectorMode, a_value_that_clears_the_hash_while_places_move) {
     EXPECT_EQ(hash.broken_rule(true), "");
 }
 
-TEST_F(VectorMode, appending_and_positions_cost_no_walk) {
+TEST_F(VectorMode, appending_and_positions_need_no_walk) {
     constexpr int count = 100000;
     std::uint64_t const before = cAttrHash::probe_count();
     for (int i = 0; i < count; ++i) hash.vect_append(cat::nil());

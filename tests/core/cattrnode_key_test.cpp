@@ -1,4 +1,4 @@
-// Keys without an object: nobody can tell that the object is made late.
+// Keys without an object: the late creation of the object must be invisible.
 
 #include "tests/core/hash_support.h"
 
@@ -13,7 +13,7 @@ cAttrNode const *only_node(cAttrHash const &hash) { return hash.first(); }
 
 bool has_object(cAttrHash const &hash) { return only_node(hash)->has_key_object(); }
 
-TEST(NodeKey, a_text_has_no_object_until_it_is_asked_for) {
+TEST(NodeKey, a_string_key_has_no_object_until_it_is_requested) {
     cAttrHash hash(nullptr);
     hash.mapitem(std::string("name"), cat::of(1));
     EXPECT_TRUE(hash.find("name"));
@@ -26,7 +26,7 @@ TEST(NodeKey, a_text_has_no_object_until_it_is_asked_for) {
     EXPECT_TRUE(hash.find("name"));
 }
 
-TEST(NodeKey, an_int_has_no_object_until_it_is_asked_for) {
+TEST(NodeKey, an_int_key_has_no_object_until_it_is_requested) {
     cAttrHash hash(nullptr);
     hash.vect_append(cat::of("value"));
     EXPECT_EQ(only_node(hash)->key_as_index(), 0);
@@ -37,7 +37,7 @@ TEST(NodeKey, an_int_has_no_object_until_it_is_asked_for) {
     EXPECT_EQ(only_node(hash)->key_as_index(), 0);
 }
 
-TEST(NodeKey, what_it_holds_is_known_without_an_object_and_with_one) {
+TEST(NodeKey, its_value_is_known_with_and_without_an_object) {
     cAttrHash hash(nullptr);
     hash.mapitem(std::string("name"), cat::of(1));
     hash.mapitem(cat::of(7), cat::of(1));
@@ -53,7 +53,7 @@ TEST(NodeKey, what_it_holds_is_known_without_an_object_and_with_one) {
     }
 }
 
-TEST(NodeKey, a_key_that_is_neither_a_string_nor_an_int_holds_none) {
+TEST(NodeKey, a_key_that_is_neither_a_string_nor_an_int_has_no_plain_value) {
     cAttrHash hash(nullptr);
     hash.mapitem(cat::of(1.5), cat::of(1));
     cAttrNode const &node = *hash.first();
@@ -62,7 +62,7 @@ TEST(NodeKey, a_key_that_is_neither_a_string_nor_an_int_holds_none) {
     EXPECT_EQ(node.key_int(), std::nullopt);
 }
 
-TEST(NodeKey, texts_of_any_length_and_with_any_bytes_are_keys) {
+TEST(NodeKey, strings_of_any_length_and_with_any_bytes_can_be_keys) {
     for (std::size_t length : {0u, 1u, 2u, 3u, 15u, 16u, 99u, 100u, 101u, 255u, 256u, 1000u}) {
         std::string text(length, 'x');
         if (length > 2) text[1] = '\0';
@@ -74,7 +74,7 @@ TEST(NodeKey, texts_of_any_length_and_with_any_bytes_are_keys) {
     }
 }
 
-TEST(NodeKey, its_hash_is_that_of_the_type_string) {
+TEST(NodeKey, its_hash_equals_the_hash_of_the_type_string) {
     for (std::size_t length = 0; length <= 40; ++length)
         for (std::size_t nul = 0; nul <= length; ++nul) {
             std::string text(length, ' ');
@@ -86,7 +86,7 @@ TEST(NodeKey, its_hash_is_that_of_the_type_string) {
         }
 }
 
-TEST(NodeKey, its_id_and_its_place_in_the_census_are_those_of_the_node) {
+TEST(NodeKey, the_node_determines_its_id_and_its_census) {
     std::uint32_t const before = cObj::ob_count();
     {
         cAttrHash hash(nullptr);
@@ -104,7 +104,7 @@ TEST(NodeKey, its_id_and_its_place_in_the_census_are_those_of_the_node) {
     EXPECT_EQ(cObj::ob_count(), before);
 }
 
-// Looks at the census when it is destroyed.
+// Reads the census in its destructor.
 struct cCensus : cObj {
     explicit cCensus(std::uint32_t &count) : count_(count) {}
     cCensus(cCensus const &) = delete;
@@ -132,7 +132,7 @@ TEST(NodeKey, a_key_leaves_the_census_after_the_value_is_destroyed) {
     }
 }
 
-TEST(NodeKey, a_changed_key_object_is_what_searches_see) {
+TEST(NodeKey, searches_use_a_changed_key_object) {
     cAttrHash hash(nullptr);
     hash.mapitem(std::string("a"), cat::of(1));
     val<std::string>(hash.find("a")->key()) = "b";

@@ -1,4 +1,4 @@
-// Which objects are wholly the library's.
+// The tests for objects that use only methods of the library.
 #include "core/cbuiltin.h"
 
 #include "containers/ccompare.h"
@@ -31,7 +31,7 @@ TEST_F(Builtin, values_and_containers_are_builtin) {
         EXPECT_TRUE(is_written_by_the_library(*value)) << value->type().name();
 }
 
-TEST_F(Builtin, other_objects_are_not) {
+TEST_F(Builtin, other_objects_are_not_builtin) {
     typeref const type = make<cTypeObj>("own");
     EXPECT_FALSE(is_written_by_the_library(*cat::nil()));
     EXPECT_FALSE(is_written_by_the_library(*type));
@@ -39,7 +39,7 @@ TEST_F(Builtin, other_objects_are_not) {
     EXPECT_FALSE(is_builtin(*type, method_bits(mid_create)));
 }
 
-TEST_F(Builtin, an_object_that_claims_another_type_is_not) {
+TEST_F(Builtin, an_object_that_claims_another_type_is_not_builtin) {
     objref const liar = cat::of("a");
     liar->set_type(&cat::type_int());
     EXPECT_FALSE(is_written_by_the_library(*liar));
@@ -47,13 +47,13 @@ TEST_F(Builtin, an_object_that_claims_another_type_is_not) {
     EXPECT_TRUE(is_written_by_the_library(*liar));
 }
 
-TEST_F(Builtin, a_method_that_the_type_lacks_is_not_the_librarys) {
+TEST_F(Builtin, a_missing_method_does_not_count_as_the_librarys) {
     EXPECT_FALSE(is_builtin(cat::type_bool(), method_bits(mid_less)));
     // Not int, which is not wholly the library's after a test has replaced its methods.
     EXPECT_TRUE(is_builtin(cat::type_double(), method_bits(mid_less, mid_equal)));
 }
 
-TEST_F(Builtin, an_executable_among_the_own_members_is_not_the_librarys) {
+TEST_F(Builtin, an_object_with_its_own_executable_is_not_builtin) {
     objref const number = cat::of(1);
     number->set_omember("unit", cat::of("m"));
     EXPECT_TRUE(is_written_by_the_library(*number));
@@ -61,7 +61,7 @@ TEST_F(Builtin, an_executable_among_the_own_members_is_not_the_librarys) {
     EXPECT_FALSE(is_written_by_the_library(*number));
 }
 
-TEST_F(Builtin, a_class_is_inherited_and_ends_with_its_destructor) {
+TEST_F(Builtin, an_object_loses_its_derived_class_in_the_destructor) {
     EXPECT_EQ(make<cOwnText>("a")->object_class(), cObjClass::string);
     EXPECT_EQ(cat::of(1.5)->object_class(), cObjClass::double_number);
     EXPECT_EQ(make<cVectorObj>()->object_class(), cObjClass::map);
@@ -73,7 +73,7 @@ TEST_F(Builtin, a_class_is_inherited_and_ends_with_its_destructor) {
     EXPECT_FALSE(is_map);
 }
 
-TEST_F(Builtin, own_members_of_a_dying_value_no_longer_find_it) {
+TEST_F(Builtin, the_own_members_of_a_value_that_is_destroyed_do_not_find_it) {
     objref text = cat::of("a");
     cObj *const dying = text.get();
     bool has_value = true;

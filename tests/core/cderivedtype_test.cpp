@@ -1,4 +1,4 @@
-// Types like another one.
+// Derived types.
 #include "qrv/core/cderivedtype.h"
 
 #include "qrv/containers/cmapobj.h"
@@ -25,7 +25,7 @@ class DerivedType : public QrvTest {
 
 } // namespace
 
-TEST_F(DerivedType, makes_objects_as_its_base_does_and_of_its_own_type) {
+TEST_F(DerivedType, creates_objects_like_its_base_with_its_own_type) {
     typeref const type = derived("Settings", cat::type_map());
     objref const made = type->newobj();
     ASSERT_TRUE(cObj::is_good(made));

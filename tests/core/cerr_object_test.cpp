@@ -27,7 +27,7 @@ TEST_F(ErrorObjectEdge, eros_about_an_object_makes_the_code_bad) {
     EXPECT_EQ(stream.as_string(), "Attr value, type 'int': no good");
 }
 
-TEST_F(ErrorObject, eros_about_an_object_begins_anew) {
+TEST_F(ErrorObject, eros_about_an_object_clears_the_stream) {
     eros().set(0x90000000, "old");
     eros().set_handled(true);
     eros() << "older";
@@ -38,7 +38,7 @@ TEST_F(ErrorObject, eros_about_an_object_begins_anew) {
     EXPECT_EQ(eros().as_string(), "Attr value, type 'string': ");
 }
 
-TEST_F(ErrorObject, a_refused_attribute_is_told_with_type_and_key) {
+TEST_F(ErrorObject, the_error_of_a_refused_attribute_names_type_and_key) {
     objref const object = cat::of(7);
     objref const key = cat::of("two words");
     eros_setattr(*object, key) << "  Key is OUT OF RANGE";
@@ -73,7 +73,7 @@ TEST_F(ErrorObject, a_key_whose_text_raises_an_error_does_not_damage_the_message
     EXPECT_EQ(text.substr(text.size() - 10), "': refused");
 }
 
-TEST_F(ErrorObject, a_channel_writes_objects_in_their_notation) {
+TEST_F(ErrorObject, a_channel_writes_objects_as_text) {
     cTracer channel("objects");
     cSetTracing("objects");
     objref const text = cat::of("two words");

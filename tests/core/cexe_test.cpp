@@ -12,7 +12,7 @@ namespace {
 class ExecutableEdge : public QrvTest {};
 class Executable : public QrvTest {};
 
-std::string called; // what ran, with its arguments
+std::string called; // the executables that ran, with their arguments
 
 std::string told(objref const &ref) { return ref ? cat::as_string(ref) : "null"; }
 
@@ -89,14 +89,14 @@ TEST_F(ExecutableEdge, type_is_found_through_the_global_map) {
     EXPECT_TRUE(cat::of(5)->call("type") == &cat::type_int());
 }
 
-TEST_F(ExecutableEdge, a_name_that_exists_nowhere) {
+TEST_F(ExecutableEdge, calling_a_name_that_does_not_exist_fails) {
     cErrorLog errors;
     EXPECT_TRUE(cat::of(5)->call("nosuch") == cat::bad());
     EXPECT_EQ(errors.text(), "0x44000000 Attr value, type 'int': Bad call of 'nosuch'. Method "
                              "does not exist!\n");
 }
 
-TEST_F(ExecutableEdge, procedures_give_nil_or_bad) {
+TEST_F(ExecutableEdge, procedures_return_nil_or_bad) {
     objref const number = cat::of(5);
     number->set_omember("good", make<cExeMember>(p1));
     number->set_omember("no good", make<cExeMember>(p3));
@@ -105,7 +105,7 @@ TEST_F(ExecutableEdge, procedures_give_nil_or_bad) {
     EXPECT_EQ(called, "p3 5 1 2");
 }
 
-TEST_F(ExecutableEdge, new_makes_objects_by_type_name) {
+TEST_F(ExecutableEdge, new_creates_objects_by_type_name) {
     objref const made = cat::call("new", cat::of("int"));
     EXPECT_EQ(&made->type(), &cat::type_int());
     EXPECT_EQ(cat::as_string(made), "0");
@@ -153,7 +153,7 @@ TEST_F(Executable, every_entry_runs_only_its_own_prototype) {
                 break;
             default:
                 EXPECT_FALSE(seven[i].pexecute(*x, a, b));
-                break; // p3 answers false
+                break; // p3 returns false
             }
             EXPECT_EQ(called, i == entry ? stories[i] : "");
             EXPECT_EQ(errors.text(),
@@ -170,7 +170,7 @@ TEST_F(Executable, a_forgiven_bad_prototype_is_nil_or_true) {
     EXPECT_TRUE(seven[0].pexecute(*cat::of(1)));
 }
 
-TEST_F(Executable, flags_and_pointers_of_the_seven) {
+TEST_F(Executable, the_seven_classes_have_their_flags_and_pointers) {
     cSeven const seven;
     unsigned int const counts[7] = {0, 1, 2, 3, 1, 2, 3};
     for (int i = 0; i < 7; ++i) {
@@ -213,7 +213,7 @@ TEST_F(Executable, calls_choose_the_entry_by_s_and_p) {
     type.set_tmember("probe", objref());
 }
 
-TEST_F(Executable, a_wrong_count_tells_the_number_given) {
+TEST_F(Executable, the_error_of_a_wrong_count_has_the_number_of_arguments) {
     objref const self = cat::of(5);
     self->set_omember("probe", make<cExeMember>(f2));
     {
@@ -229,7 +229,7 @@ TEST_F(Executable, a_wrong_count_tells_the_number_given) {
     EXPECT_TRUE(self->call("nosuch") == cat::bad()); // only a count is forgiven
 }
 
-TEST_F(Executable, an_entry_that_is_no_executable) {
+TEST_F(Executable, an_entry_that_is_not_executable_is_not_called) {
     objref const self = cat::of(5);
     self->set_omember("data", cat::of("x"));
     cErrorLog errors;
@@ -248,7 +248,7 @@ TEST_F(Executable, an_entry_that_is_no_executable) {
         "0x44000000 Call of global method 'new'  with bad arg count: 2\n");
 }
 
-TEST_F(Executable, calls_on_null) {
+TEST_F(Executable, calls_on_null_return_bad) {
     EXPECT_TRUE(cObj::call(nullptr, "type") == cat::bad());
     EXPECT_TRUE(cObj::call(nullptr, "type", cat::of(1)) == cat::bad());
     cat::type_int().set_tmember("probe", make<cExeGlobal>(p1));
@@ -258,7 +258,7 @@ TEST_F(Executable, calls_on_null) {
 
 TEST_F(Executable, a_global_member_function_reports_itself) {
     cErrorLog errors;
-    // "type" has s set: the count demanded is one above what its entry then receives.
+    // "type" has the flag s: it needs one argument more than its entry receives.
     EXPECT_TRUE(cat::call("type") == cat::bad());
     EXPECT_EQ(errors.text(), "0x44000000 Executable, key 'type', called with bad prototype\n");
 }
@@ -303,7 +303,7 @@ TEST_F(Executable, a_call_by_name_creates_no_key_object) {
     EXPECT_EQ(cObjBase::ob_lstid(), before);
 }
 
-TEST_F(Executable, global_members_answer_on_any_object) {
+TEST_F(Executable, global_members_can_be_called_on_any_object) {
     objref const number = cat::of(5);
     number->setflags(of_const_keys);
     EXPECT_TRUE(cat::is_equal(number->call("flags"), static_cast<int>(of_const_keys)));

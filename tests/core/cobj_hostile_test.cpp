@@ -1,6 +1,6 @@
-// Objects, types and members in hostile hands: destructors and methods that take away what they
-// stand on, types that make nothing or something else, functions called with what they don't
-// expect. Each case is one that a sanitizer would report.
+// Hostile uses of objects, types and members: destructors and methods that destroy their own
+// object, types whose newobj returns nothing or another object, functions with unexpected
+// arguments. A sanitizer would report a failure of each test.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
@@ -22,7 +22,7 @@ objref key(char const *text) { return own_key(std::string(text)); }
 
 template <class T> T &val(objref const &ref) { return static_cast<cObjDR<T> &>(*ref).val(); }
 
-// Runs what it was given when it dies.
+// Runs an action in its destructor.
 class cLastWish : public cObjD<int> {
   public:
     explicit cLastWish(std::function<void()> wish) : wish_(std::move(wish)) {}
@@ -34,7 +34,7 @@ class cLastWish : public cObjD<int> {
     std::function<void()> wish_;
 };
 
-// An executable that does so.
+// An executable that runs an action in its destructor.
 class cDyingMember : public cExeMember {
   public:
     cDyingMember(cProcedure2 f, std::function<void()> wish)
@@ -96,7 +96,7 @@ namespace {
 
 int looked = 0;
 
-// Looks at itself with all means when it dies.
+// Uses itself in many ways in its destructor.
 class cSelfish : public cMapObj {
   public:
     cSelfish() = default;
@@ -113,7 +113,7 @@ class cSelfish : public cMapObj {
 
 } // namespace
 
-TEST_F(Hostile, a_destructor_may_hand_out_its_object) {
+TEST_F(Hostile, a_destructor_may_share_its_object) {
     looked = 0;
     objref map = make<cSelfish>();
     map->setattr(key("a"), cat::of(1));
@@ -121,7 +121,7 @@ TEST_F(Hostile, a_destructor_may_hand_out_its_object) {
     EXPECT_EQ(looked, 4);
 }
 
-TEST_F(Hostile, an_old_member_may_take_the_object_away_when_it_dies) {
+TEST_F(Hostile, an_old_member_may_destroy_the_object_when_it_is_destroyed) {
     objref obj = cat::of(1);
     obj->set_omember("k", make<cLastWish>([&obj] { obj = nullptr; }));
     cObj *const plain = obj.get();
@@ -134,7 +134,7 @@ TEST_F(Hostile, an_old_member_may_take_the_object_away_when_it_dies) {
     EXPECT_EQ(obj, nullptr);
 }
 
-TEST_F(Hostile, an_old_member_may_use_its_successor) {
+TEST_F(Hostile, a_destroyed_member_may_use_its_successor) {
     objref const obj = cat::of(1);
     objref seen;
     obj->set_omember("k", make<cLastWish>([&] { seen = obj->omember("k"); }));
@@ -173,7 +173,7 @@ objref owned_int(char const *name, objref const &exe) {
 
 } // namespace
 
-TEST_F(Hostile, own_methods_may_take_their_object_away) {
+TEST_F(Hostile, own_methods_may_destroy_their_object) {
     objref const two = cat::of(2);
     for (char const *name : {"assign", "add", "write"}) {
         cObj *const plain = owned_int(name, make<cExeMember>(drop_owner)).get();
@@ -187,7 +187,7 @@ TEST_F(Hostile, own_methods_may_take_their_object_away) {
     EXPECT_TRUE(owned_int("setattr", make<cExeMember>(drop_owner_three)).get()->setattr(two, two));
 }
 
-TEST_F(Hostile, a_method_called_by_name_may_take_its_object_away) {
+TEST_F(Hostile, a_method_called_by_name_may_destroy_its_object) {
     cObj *plain = owned_int("go", make<cExeMember>(drop_owner)).get();
     EXPECT_TRUE(cObj::is_nil(plain->call("go", cat::of(2))));
     plain = owned_int("go", make<cExeMember>(drop_owner_alone)).get();
@@ -195,7 +195,7 @@ TEST_F(Hostile, a_method_called_by_name_may_take_its_object_away) {
     EXPECT_EQ(owned, nullptr);
 }
 
-TEST_F(Hostile, an_old_method_may_replace_its_successor_when_it_dies) {
+TEST_F(Hostile, a_destroyed_method_may_replace_its_successor) {
     typeref const type = make<cTypeObj>("hostile");
     type->set_tmember("assign", make<cDyingMember>(accept, [&] {
                           type->set_tmember("assign", make<cExeMember>(accept_other));
@@ -206,7 +206,7 @@ TEST_F(Hostile, an_old_method_may_replace_its_successor_when_it_dies) {
     EXPECT_EQ(exe.function(), reinterpret_cast<cVoidFunction>(accept_other));
 }
 
-TEST_F(Hostile, an_old_method_may_take_its_type_away_when_it_dies) {
+TEST_F(Hostile, a_destroyed_method_may_destroy_its_type) {
     typeref type = make<cTypeObj>("hostile");
     type->set_tmember("assign", make<cDyingMember>(accept, [&] { type = nullptr; }));
     type.get()->set_tmember("assign", make<cExeMember>(accept_other));
@@ -230,7 +230,7 @@ TEST_F(Hostile, an_overwritten_member_may_change_the_base_while_a_type_inherits)
 
 namespace {
 
-// Claims to be right under any name.
+// Claims to have the right prototype for every name.
 class cLiar : public cExeMember {
   public:
     cLiar() : cExeMember(accept_three) {}
@@ -248,7 +248,7 @@ bool switch_methods(cObj &obj, objref &) {
 
 } // namespace
 
-TEST_F(Hostile, a_member_that_lies_about_its_prototype_is_not_stored) {
+TEST_F(Hostile, a_member_with_a_wrong_prototype_is_not_stored) {
     typeref const type = make<cTypeObj>("hostile");
     cErrorLog errors;
     type->set_tmember("assign", make<cLiar>());
@@ -275,7 +275,7 @@ unsigned int all_alike(objref const &) { return 1; }
 
 } // namespace
 
-TEST_F(Hostile, a_key_that_is_never_found_again_gives_the_scratch_member) {
+TEST_F(Hostile, a_key_that_is_not_found_again_returns_the_scratch_member) {
     typeref const type = make<cTypeObj>("hostile");
     type->set_hash(all_alike, never_equal);
     objref const lost = make<cObj>(true);
@@ -300,7 +300,7 @@ objref throw_error(objref) { throw cErr(7, "newobj"); }
 
 } // namespace
 
-TEST_F(Hostile, types_that_make_nothing_or_something_else) {
+TEST_F(Hostile, types_whose_newobj_returns_nothing_or_another_object) {
     for (cFunction1 f : {make_null, make_nil, make_text, make_itself, make_true, throw_error}) {
         cErrorLog errors;
         typeref const type = make<cTypeObj>("hostile");
@@ -328,7 +328,7 @@ TEST_F(Hostile, types_that_make_nothing_or_something_else) {
     }
 }
 
-TEST_F(Hostile, an_entry_that_only_looks_like_a_type) {
+TEST_F(Hostile, an_entry_that_only_claims_to_be_a_type_is_not_one) {
     objref const obj = cat::of(1);
     obj->setflags(of_type);
     cat::typemap().datamap().mapitem("mock", obj);
@@ -403,7 +403,7 @@ TEST_F(Hostile, a_handler_that_throws_leaves_no_empty_member_map) {
     EXPECT_FALSE(obj->flags_of(of_exe_member));
 }
 
-TEST_F(Hostile, standard_methods_called_by_name_with_anything) {
+TEST_F(Hostile, standard_methods_can_be_called_by_name_with_any_argument) {
     objref const values[] = {cat::of(1),
                              cat::of("a"),
                              cat::of(true),
@@ -496,7 +496,7 @@ TEST_F(Hostile, a_null_metatype_is_the_ordinary_one) {
     EXPECT_NE(type->method(mid_equal), nullptr);
 }
 
-TEST_F(Hostile, an_iterator_s_methods_called_by_name_with_anything) {
+TEST_F(Hostile, the_methods_of_an_iterator_can_be_called_by_name_with_any_argument) {
     objref const it = make<cIterObj>();
     cErrorLog errors;
     EXPECT_EQ(it->call("equal", make<cMapObj>()), cat::bad());

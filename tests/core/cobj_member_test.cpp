@@ -37,7 +37,7 @@ TEST_F(MemberEdge, removing_the_last_member_leaves_no_map) {
     EXPECT_TRUE(a->omember("k") == cat::badfind());
 }
 
-TEST_F(MemberEdge, the_exe_flag_stays_and_dispatch_falls_through) {
+TEST_F(MemberEdge, the_exe_flag_stays_and_dispatch_continues_with_the_type) {
     objref const a = cat::of(1);
     a->set_omember("assign", make<cExeMember>(assign_nothing));
     a->set_omember("assign", objref());
@@ -78,7 +78,7 @@ TEST_F(Member, append_needs_a_good_value_and_a_method) {
                              "does not exist!\n");
 }
 
-TEST_F(Member, getattr_force_makes_a_map_where_nothing_is) {
+TEST_F(Member, getattr_force_creates_a_map_for_an_absent_value) {
     cMapObj map;
     EXPECT_TRUE(map.getattr_force(key("a"), false) == cat::badfind());
     objref const made = map.getattr_force(key("a"), true);
@@ -92,7 +92,7 @@ TEST_F(Member, getattr_force_makes_a_map_where_nothing_is) {
     EXPECT_TRUE(cat::nil()->getattr_force(key("b"), true) == cat::bad());
 }
 
-TEST_F(Member, is_owner_of_looks_below_and_ends_on_cycles) {
+TEST_F(Member, is_owner_of_searches_below_and_terminates_on_cycles) {
     objref const top = make<cMapObj>(), inner = make<cMapObj>(), leaf = cat::of(1);
     top->setattr(key("i"), inner);
     inner->setattr(key("l"), leaf);
@@ -107,7 +107,7 @@ TEST_F(Member, is_owner_of_looks_below_and_ends_on_cycles) {
     static_cast<cMapObj &>(*inner).clear();
 }
 
-TEST_F(Member, detach_copies_what_is_shared) {
+TEST_F(Member, detach_copies_shared_values) {
     objref ref = cat::of(5);
     cObj const *const alone = ref.get();
     EXPECT_TRUE(cat::detach(ref, false));
@@ -125,7 +125,7 @@ TEST_F(Member, detach_never_replaces_a_constant) {
     EXPECT_TRUE(cat::btrue() == truth);
 }
 
-TEST_F(Member, laying_a_map_over_the_members) {
+TEST_F(Member, ommap_replaces_the_map_of_members) {
     objref const a = cat::of(1);
     cMapObj map;
     a->ommap(map);
@@ -140,7 +140,7 @@ TEST_F(Member, laying_a_map_over_the_members) {
     EXPECT_FALSE(a->has_ommap());
 }
 
-TEST_F(Member, the_three_stages_of_the_lookup) {
+TEST_F(Member, members_are_found_in_the_object_the_type_and_the_globals) {
     objref const a = cat::of(1);
     EXPECT_EQ(cat::as_string(a->gmember("wformat")), "wc");
     cat::type_int().set_tmember("wformat", cat::of("type"));
@@ -151,18 +151,18 @@ TEST_F(Member, the_three_stages_of_the_lookup) {
     EXPECT_TRUE(a->gmember("nosuch") == cat::badfind());
 }
 
-TEST_F(Member, a_reference_to_the_stored_member) {
+TEST_F(Member, gmember_returns_a_reference_to_the_stored_member) {
     objref const a = cat::of(1);
     a->gmember_("fresh") = cat::of(7);
     EXPECT_TRUE(cat::is_equal(a->omember("fresh"), 7));
     a->gmember_("fresh") = cat::of(8);
     EXPECT_TRUE(cat::is_equal(a->omember("fresh"), 8));
     EXPECT_EQ(&a->gmember_("wformat"), &cat::gmmap().datamap().find("wformat")->valref_());
-    a->gmember_(objref()) = cat::of(9); // a key that can't be stored: goes nowhere
+    a->gmember_(objref()) = cat::of(9); // a key that can't be stored: no effect
     EXPECT_TRUE(a->gmember_(objref()) == nullptr);
 }
 
-TEST_F(Member, force_omember_by_type_and_by_example) {
+TEST_F(Member, force_omember_accepts_a_type_and_an_example) {
     objref const a = cat::of(1);
     EXPECT_TRUE(a->force_omember("k", cat::type_nil()) == cat::bad());
     objref const made = a->force_omember("k", cat::type_string());
@@ -175,7 +175,7 @@ TEST_F(Member, force_omember_by_type_and_by_example) {
     EXPECT_TRUE(a->force_omember("k", cat::bad()) == cat::bad());
 }
 
-TEST_F(Member, an_object_that_only_looks_executable_is_refused) {
+TEST_F(Member, an_object_that_only_claims_to_be_executable_is_not_a_member) {
     objref const pretender = cat::of("x");
     pretender->set_type(&cat::type_exe());
     objref const a = cat::of(1);
@@ -186,7 +186,7 @@ TEST_F(Member, an_object_that_only_looks_executable_is_refused) {
                                  "'k', must be cExeMember\n");
     }
     cat::errhandler() = cErrHandler(0, 0x04000000u, 0xFFFFFFFFu);
-    EXPECT_TRUE(a->set_omember("k", pretender)); // forgiven, and still not stored
+    EXPECT_TRUE(a->set_omember("k", pretender)); // forgiven, but not stored
     EXPECT_TRUE(a->omember("k") == cat::badfind());
     pretender->set_type(&cat::type_string());
 }

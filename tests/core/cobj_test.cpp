@@ -70,7 +70,7 @@ TEST_F(ObjectEdge, an_int_and_a_float_are_unequal_without_conversion) {
     EXPECT_FALSE(cat::of(1)->equal(objref()));
 }
 
-TEST_F(ObjectEdge, less_between_types_compares_the_names_of_the_types) {
+TEST_F(ObjectEdge, less_of_different_types_compares_their_names) {
     EXPECT_TRUE(cat::of(9)->less(*cat::of("a"))); // "int" < "string"
     EXPECT_FALSE(cat::of("a")->less(*cat::of(9)));
 }
@@ -131,7 +131,7 @@ TEST_F(Object, states_of_every_sentinel_and_of_null) {
     }
 }
 
-TEST_F(Object, members_answer_as_the_static_forms_do) {
+TEST_F(Object, members_return_the_same_as_the_static_functions) {
     EXPECT_TRUE(cat::nil()->is_nil() && cat::nil()->is_void() && !cat::nil()->is_bad());
     EXPECT_TRUE(cat::badfind()->is_kill() && cat::badfind()->is_bad());
     EXPECT_TRUE(make<cMapObj>()->is_container());
@@ -139,7 +139,7 @@ TEST_F(Object, members_answer_as_the_static_forms_do) {
     EXPECT_TRUE(make<cExeMember>(say_own)->is_exe());
 }
 
-TEST_F(Object, ids_grow_and_taking_off_the_census_counts_once) {
+TEST_F(Object, ids_grow_and_an_object_leaves_the_census_once) {
     std::uint32_t const count = cObjBase::ob_count();
     objref const a = cat::of(1), b = cat::of(2);
     EXPECT_LT(a->obid(), b->obid());
@@ -162,7 +162,7 @@ TEST_F(Object, temporary_keys_are_off_the_census) {
     EXPECT_EQ(val<int>(keys[3]), 4);
 }
 
-TEST_F(Object, a_forgiven_const_error_lets_the_operation_go_on) {
+TEST_F(Object, a_forgiven_const_error_lets_the_operation_continue) {
     objref const number = cat::of(5);
     number->setflags(of_const);
     cErrorLog errors;
@@ -254,7 +254,7 @@ TEST_F(Object, own_methods_come_before_the_type) {
     EXPECT_EQ(cat::as_string(kept), "a long key that needs memory of its own!");
 }
 
-TEST_F(Object, a_null_own_method_fails_without_asking_the_type) {
+TEST_F(Object, a_null_own_method_fails_without_calling_the_type) {
     objref const number = cat::of(5);
     number->set_omember("assign", make<cExeMember>(own_assign)); // sets of_exe_member
     for (char const *name : {"assign", "getattr", "setattr", "write", "iterobj"})
@@ -284,7 +284,7 @@ TEST_F(Object, an_own_method_may_remove_itself) {
     EXPECT_EQ(val<int>(number), 6);
 }
 
-TEST_F(Object, attributes_of_void_objects) {
+TEST_F(Object, void_objects_have_no_attributes) {
     EXPECT_FALSE(cat::nil()->setattr(own_key("k"), cat::of(1)));
     EXPECT_TRUE(cat::nil()->getattr(own_key("k")) == cat::badfind());
     EXPECT_TRUE(cat::nil()->iterobj() == cat::bad());
@@ -328,7 +328,7 @@ objref throwing_new(objref) { throw 5; }
 
 } // namespace
 
-TEST_F(Object, an_exception_while_cloning_is_bad_or_goes_on) {
+TEST_F(Object, an_exception_while_cloning_results_in_bad_or_is_passed_on) {
     cTypeObj type("thrower");
     type.set_tmember("newobj", make<cExeMember>(throwing_new));
     cMapObj const obj(&type, true);
@@ -352,7 +352,7 @@ TEST_F(Object, a_throwing_assign_leaves_the_source_alone) {
     EXPECT_EQ(number->refs(), refs);
 }
 
-TEST_F(Object, the_census_report_is_decimal_whatever_the_stream_is_set_to) {
+TEST_F(Object, the_census_report_is_decimal_on_any_stream) {
     auto const report = [](std::ios_base &(*base)(std::ios_base &)) {
         std::ostringstream os;
         os << base << std::showbase << std::showpos << std::setw(40) << std::setfill('*');

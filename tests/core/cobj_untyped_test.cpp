@@ -1,5 +1,5 @@
-// Objects without a type: whatever is done to them or with them has the result, the text and the
-// errors that a void object has.
+// Objects without a type: each operation on them or with them has the same result, text and errors
+// as with a void object.
 #include "containers/csignalobj_types.h"
 #include "core/cscalar.h"
 #include "qrv/containers/cattr.h"
@@ -25,14 +25,14 @@ namespace {
 
 class Untyped : public QrvTest {
   protected:
-    // The type of signals is made, registered and counted when it is first asked for.
+    // The type of signals is created, registered and counted on first use.
     static void SetUpTestSuite() { cat::type_signal(); }
     static void TearDownTestSuite() { cat::drop_signal_types(); }
 };
 
 objref key(char const *text) { return own_key(std::string(text)); }
 
-// How a result is shown. `x` is the object that the operation was done to.
+// A result as text. `x` is the object of the operation.
 std::string shown(bool result, objref const &) { return result ? "true" : "false"; }
 std::string shown(int result, objref const &) { return std::to_string(result); }
 std::string shown(std::string const &result, objref const &) { return "'" + result + "'"; }
@@ -62,7 +62,7 @@ struct cOperation {
         }       \
     }
 
-// One value of each kind, new at each call, with something inside.
+// One new value of each kind, with content.
 std::vector<std::pair<char const *, objref>> others() {
     auto const map = make<cMapObj>();
     map->setattr(key("a"), cat::of(1));
@@ -98,7 +98,7 @@ std::vector<std::pair<char const *, objref>> others() {
 
 cAttr handle(objref const &owner) { return cAttr(owner, "a"); }
 
-// What an object without a type is asked, or is given as an argument, alone.
+// The operations with the untyped object alone.
 std::vector<cOperation> const &alone() {
     static std::vector<cOperation> const operations = {
         OPERATION(x->is_void()),
@@ -239,7 +239,7 @@ std::vector<cOperation> const &alone() {
     return operations;
 }
 
-// Both in one operation; y is a value of each kind in turn.
+// The operations with another object; y is a value of each kind in turn.
 struct cPairOperation {
     char const *name;
     std::function<std::string(objref const &x, objref const &y)> run;
@@ -350,7 +350,7 @@ std::vector<cPairOperation> const &with_another() {
     return operations;
 }
 
-// Containers that get it as a key and as a value.
+// Containers that get the untyped object as a key and as a value.
 struct cInside {
     char const *name;
     std::function<std::string(objref const &x)> run;
@@ -450,7 +450,7 @@ std::string chosen(objref const &x) {
     return results + shown(value->setattr(key("value"), x), x) + shown(cat::as_text(value), x);
 }
 
-// The results, then the errors, without the ids in texts.
+// The results, then the errors, without the ids.
 template <class Function> std::string outcome(Function const &run) {
     cErrorLog errors;
     std::string const results = run();
@@ -462,7 +462,7 @@ objref void_object() { return make<cObj>(true); }
 
 } // namespace
 
-TEST_F(Untyped, each_operation_alone_answers_as_for_void) {
+TEST_F(Untyped, each_operation_alone_returns_the_same_as_for_void) {
     for (cOperation const &operation : alone()) {
         objref const x = untyped();
         objref const v = void_object();
@@ -474,11 +474,12 @@ TEST_F(Untyped, each_operation_alone_answers_as_for_void) {
     }
 }
 
-TEST_F(Untyped, each_operation_with_another_object_answers_as_for_void) {
+TEST_F(Untyped, each_operation_with_another_object_returns_the_same_as_for_void) {
     std::size_t const kinds = others().size();
     for (cPairOperation const &operation : with_another())
         for (std::size_t kind = 0; kind < kinds; ++kind) {
-            // A sentinel keeps what is put into it; so each gets a copy of the world for itself.
+            // A sentinel keeps members that an operation stores, so both runs get new values, and
+            // their members are removed afterwards.
             auto const first = others()[kind];
             auto const second = others()[kind];
             objref const x = untyped();
@@ -490,7 +491,7 @@ TEST_F(Untyped, each_operation_with_another_object_answers_as_for_void) {
         }
 }
 
-TEST_F(Untyped, two_untyped_objects_answer_as_two_void_ones) {
+TEST_F(Untyped, operations_on_two_untyped_objects_return_the_same_as_on_two_void_ones) {
     for (cPairOperation const &operation : with_another()) {
         objref const a = untyped();
         objref const b = untyped();
@@ -503,7 +504,7 @@ TEST_F(Untyped, two_untyped_objects_answer_as_two_void_ones) {
     }
 }
 
-TEST_F(Untyped, containers_hold_it_as_they_hold_void) {
+TEST_F(Untyped, containers_treat_it_like_void) {
     cInside const insides[] = {{"map", filled<cMapObj>}, {"vector", filled<cVectorObj>},
                                {"set", filled<cSetObj>}, {"order", ordered},
                                {"written", written},     {"declared", declared},
@@ -514,7 +515,7 @@ TEST_F(Untyped, containers_hold_it_as_they_hold_void) {
             << inside.name;
 }
 
-TEST_F(Untyped, a_value_and_a_container_whose_type_was_taken_away) {
+TEST_F(Untyped, a_value_and_a_container_may_lose_their_type) {
     objref const number = cat::of(5);
     number->set_type(nullptr);
     EXPECT_TRUE(number->is_void());

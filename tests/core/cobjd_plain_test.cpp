@@ -1,5 +1,5 @@
-// Objects from plain values and back: which types cat::of accepts, what fits, and what number_of
-// and text_of give. And scalars that only claim their type.
+// Objects from plain values and back: the types that cat::of accepts, the range of values, and the
+// results of number_of and text_of. And objects that only claim to be scalars.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/citerobj.h"
@@ -21,7 +21,7 @@ namespace {
 
 class Plain : public QrvTest {
   protected:
-    // The type "intf" is made, registered and counted when it is first asked for.
+    // The type "intf" is created, registered and counted on first use.
     static void SetUpTestSuite() { cat::type_intf(); }
     static void TearDownTestSuite() { cat::drop_intf_type(); }
 };
@@ -96,7 +96,7 @@ template <class T> std::string written(T value) {
     return obj->type().name() + " " + cat::as_text(obj);
 }
 
-// "no" where the value doesn't fit.
+// The result as text, or "no" if the value doesn't fit.
 template <class T> std::string fitted(T value) {
     try {
         return written(value);
@@ -126,7 +126,7 @@ TEST_F(Plain, numbers_of_every_type_become_objects) {
     EXPECT_EQ(written(an_enumerator), "int 7");
 }
 
-TEST_F(Plain, texts_become_strings) {
+TEST_F(Plain, character_strings_become_strings) {
     std::string_view const view = std::string_view("a text").substr(2, 2);
     EXPECT_EQ(written(view), "string te");
     EXPECT_EQ(cat::text_of(cat::of(std::string_view("a\0b", 3))), std::string("a\0b", 3));
@@ -158,7 +158,7 @@ TEST_F(Plain, a_long_double_beyond_a_double_is_out_of_range) {
               std::numeric_limits<double>::infinity());
 }
 
-TEST_F(Plain, the_message_of_a_number_out_of_range) {
+TEST_F(Plain, a_number_out_of_range_has_a_message) {
     try {
         (void)cat::of(5000000000);
         FAIL();
@@ -190,10 +190,10 @@ TEST_F(Plain, an_index_beyond_an_int_is_out_of_range) {
     EXPECT_THROW(index(std::numeric_limits<std::size_t>::max()), std::out_of_range);
     cAttr const attr = (*map)["a"];
     EXPECT_THROW((void)attr[std::numeric_limits<unsigned int>::max()], std::out_of_range);
-    EXPECT_EQ(map->begin().size(), 0); // nothing was made
+    EXPECT_EQ(map->begin().size(), 0); // nothing was created
 }
 
-TEST_F(Plain, number_of_is_empty_but_for_numbers) {
+TEST_F(Plain, number_of_is_empty_except_for_numbers) {
     int number = 3;
     EXPECT_EQ(cat::number_of(cat::of(-7)), -7.0);
     EXPECT_EQ(cat::number_of(cat::of(1.5f)), 1.5);
@@ -207,7 +207,7 @@ TEST_F(Plain, number_of_is_empty_but_for_numbers) {
         EXPECT_EQ(cat::number_of(other), std::nullopt) << cat::as_text(other);
 }
 
-TEST_F(Plain, text_of_is_empty_but_for_strings) {
+TEST_F(Plain, text_of_is_empty_except_for_strings) {
     std::string const text = "true"; // written bare
     EXPECT_EQ(cat::text_of(cat::of("a b")), "a b");
     EXPECT_EQ(cat::text_of(cat::of("")), "");
@@ -242,7 +242,7 @@ std::vector<cTypeObj *> scalar_types() {
 
 } // namespace
 
-TEST_F(Claim, the_methods_of_scalars_refuse_what_only_claims_to_be_one) {
+TEST_F(Claim, the_methods_of_scalars_refuse_objects_that_only_claim_the_type) {
     for (cTypeObj *type : scalar_types())
         for (objref const &claim : claims(*type)) {
             objref const value = honest(*type);
@@ -263,7 +263,7 @@ TEST_F(Claim, the_methods_of_scalars_refuse_what_only_claims_to_be_one) {
         }
 }
 
-TEST_F(Claim, nothing_is_converted_from_or_to_what_only_claims_to_be_a_scalar) {
+TEST_F(Claim, objects_that_only_claim_a_scalar_type_are_not_converted) {
     for (cTypeObj *type : scalar_types())
         for (objref const &claim : claims(*type))
             for (cTypeObj *other : scalar_types()) {
@@ -272,7 +272,7 @@ TEST_F(Claim, nothing_is_converted_from_or_to_what_only_claims_to_be_a_scalar) {
             }
 }
 
-TEST_F(Claim, plain_values_are_not_read_from_what_only_claims_to_be_a_scalar) {
+TEST_F(Claim, plain_values_are_not_read_from_objects_that_only_claim_a_scalar_type) {
     for (cTypeObj *type : scalar_types())
         for (objref const &claim : claims(*type)) {
             int number = 7;
@@ -288,7 +288,7 @@ TEST_F(Claim, plain_values_are_not_read_from_what_only_claims_to_be_a_scalar) {
         }
 }
 
-TEST_F(Claim, a_key_that_only_claims_its_type_is_found_by_itself_alone) {
+TEST_F(Claim, a_key_that_only_claims_its_type_is_found_only_by_itself) {
     for (cTypeObj *type : {&cat::type_string(), &cat::type_int()}) {
         auto const map = make<cMapObj>();
         for (int i = 0; i < 3; ++i) {
@@ -307,7 +307,7 @@ TEST_F(Claim, a_key_that_only_claims_its_type_is_found_by_itself_alone) {
     }
 }
 
-TEST_F(Claim, sets_hold_what_only_claims_to_be_a_scalar) {
+TEST_F(Claim, sets_can_hold_objects_that_only_claim_a_scalar_type) {
     for (cTypeObj *type : {&cat::type_string(), &cat::type_int(), &cat::type_bool()}) {
         auto const source = make<cVectorObj>();
         source->append(honest(*type));
@@ -317,6 +317,6 @@ TEST_F(Claim, sets_hold_what_only_claims_to_be_a_scalar) {
         EXPECT_TRUE(set->assign(*source));
         EXPECT_EQ(set->size(), 5) << type->name();
         EXPECT_FALSE(set->equal(*make<cSetObj>()));
-        EXPECT_FALSE(set->equal(*set->clone())); // what claims to be a value equals nothing
+        EXPECT_FALSE(set->equal(*set->clone())); // a claimed value equals nothing
     }
 }

@@ -40,7 +40,7 @@ TEST_F(ValueEdge, a_string_has_no_converter_to_an_int) {
     EXPECT_EQ(val<int>(number), 5);
 }
 
-TEST_F(ValueEdge, as_string_is_plain_and_as_text_quotes) {
+TEST_F(ValueEdge, as_string_returns_plain_text_and_as_text_adds_quotes) {
     objref const text = cat::of("a b");
     EXPECT_EQ(cat::as_string(text), "a b");
     EXPECT_EQ(cat::as_text(text), "\"a b\"");
@@ -111,7 +111,7 @@ TEST_F(Value, the_complete_table_of_conversions) {
         }
 }
 
-TEST_F(Value, numbers_that_do_not_fit_an_int_give_the_lowest) {
+TEST_F(Value, numbers_that_do_not_fit_an_int_become_the_lowest_int) {
     struct cRow {
         double number;
         int result;
@@ -157,7 +157,7 @@ TEST_F(Value, doubles_beyond_a_float_become_infinite) {
     }
 }
 
-TEST_F(Value, add_of_each_type) {
+TEST_F(Value, each_type_has_its_add) {
     objref const number = cat::of(5);
     EXPECT_TRUE(number->add(*cat::of(2)));
     EXPECT_TRUE(number->add(*cat::of(1.9)));
@@ -202,7 +202,7 @@ TEST_F(Value, add_without_converter_or_method) {
     EXPECT_EQ(val<std::string>(text), "a");
 }
 
-TEST_F(Value, order_of_numbers_texts_and_bools) {
+TEST_F(Value, numbers_strings_and_bools_have_an_order) {
     EXPECT_TRUE(cat::of(-1)->less(*cat::of(1)));
     EXPECT_FALSE(cat::of(1)->less(*cat::of(1)));
     EXPECT_TRUE(cat::of("a")->less(*cat::of("b")));
@@ -241,7 +241,7 @@ TEST_F(Value, references_write_through_and_const_ones_refuse) {
     EXPECT_EQ(val<int>(owned), 8);
 }
 
-TEST_F(Value, copies_point_at_their_own_data) {
+TEST_F(Value, copies_have_their_own_data) {
     cObjD<std::string> a(std::string("a"));
     cObjD<std::string> b(a);
     b = std::string("b");
@@ -273,7 +273,7 @@ TEST_F(Value, texts_and_indices_of_null_and_of_others) {
     EXPECT_FALSE(cat::is_equal(cat::of("1"), 1));
 }
 
-TEST_F(Value, plain_values_out_of_objects) {
+TEST_F(Value, objects_return_plain_values) {
     int number = 7;
     bool flag = false;
     EXPECT_TRUE(cat::int_of(cat::of(2.9), number));

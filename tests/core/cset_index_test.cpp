@@ -1,5 +1,4 @@
-// The index of sets: whatever happens to a set and to its values between single appends, it says
-// what the walk says.
+// The index of sets: after any changes of a set and its values, its result equals that of a walk.
 #include "core/cset_index.h"
 
 #include "qrv/containers/csetobj.h"
@@ -46,11 +45,11 @@ objref any_value(std::mt19937 &random) {
 
 } // namespace
 
-TEST_F(SetIndex, agrees_with_the_walk_whatever_happens) {
+TEST_F(SetIndex, agrees_with_the_walk_after_random_changes) {
     cRef<cSetObj> const other = make<cSetObj>();
     std::vector<objref> values;   // some are in the sets
-    std::vector<objref *> places; // given out, of entries that stay
-    std::deque<int> outside;      // what views refer to
+    std::vector<objref *> places; // references into nodes that stay
+    std::deque<int> outside;      // the numbers of views
     int const rounds = test::sanitized ? 2000 : 6000;
     for (int i = 0; i < rounds; ++i) {
         int const size = set->size();
@@ -117,7 +116,7 @@ TEST_F(SetIndex, agrees_with_the_walk_whatever_happens) {
     }
 }
 
-TEST_F(SetIndex, a_value_that_was_given_out_is_compared_by_walking) {
+TEST_F(SetIndex, a_value_with_an_outside_reference_is_compared_by_walking) {
     fill(20);
     objref const held = set->getattr(cat::of(3));
     int &number = val<int>(held);
@@ -129,7 +128,7 @@ TEST_F(SetIndex, a_value_that_was_given_out_is_compared_by_walking) {
     EXPECT_TRUE(set->append(cat::of(3)));
 }
 
-TEST_F(SetIndex, a_value_that_was_given_out_before_it_came_is_compared_by_walking) {
+TEST_F(SetIndex, a_value_with_an_earlier_outside_reference_is_compared_by_walking) {
     fill(20);
     objref const held = cat::of(50);
     int &number = val<int>(held);
@@ -139,7 +138,7 @@ TEST_F(SetIndex, a_value_that_was_given_out_before_it_came_is_compared_by_walkin
     EXPECT_TRUE(set->append(cat::of(50)));
 }
 
-TEST_F(SetIndex, an_entry_whose_reference_was_given_out_is_compared_by_walking) {
+TEST_F(SetIndex, an_entry_with_an_outside_reference_is_compared_by_walking) {
     fill(20);
     objref &place = set->valref_(cat::of(4));
     place = cat::of(0.5);
@@ -161,7 +160,7 @@ TEST_F(SetIndex, an_object_of_two_sets_that_changes_is_found_in_both) {
     EXPECT_TRUE(other->append(cat::of(5)));
 }
 
-TEST_F(SetIndex, an_object_that_changes_its_type_leaves_the_equal_ones) {
+TEST_F(SetIndex, an_object_that_changes_its_type_is_not_equal_any_more) {
     fill(20);
     typeref const type = make<cTypeObj>(
         "int3", +[](cTypeObj &t) { t.inherit(cat::type_int()); });
@@ -173,7 +172,7 @@ TEST_F(SetIndex, an_object_that_changes_its_type_leaves_the_equal_ones) {
     same(cat::of(5));
 }
 
-TEST_F(SetIndex, an_equal_of_a_program_is_asked_at_once) {
+TEST_F(SetIndex, an_equal_method_of_a_program_is_used_at_once) {
     fill(20);
     same(cat::of(5));
     cTypeObj &type = cat::type_int();
@@ -184,7 +183,7 @@ TEST_F(SetIndex, an_equal_of_a_program_is_asked_at_once) {
     EXPECT_TRUE(set->append(cat::of(1000)));
 }
 
-TEST_F(SetIndex, single_appends_between_changes_cost_no_walk) {
+TEST_F(SetIndex, single_appends_between_changes_need_no_walk) {
     int const count = test::sanitized ? 20000 : 100000;
     for (int i = 0; i < count; ++i) {
         ASSERT_TRUE(set->append(cat::of(i)));
@@ -199,7 +198,7 @@ TEST_F(SetIndex, single_appends_between_changes_cost_no_walk) {
     EXPECT_EQ(set->size(), count);
 }
 
-TEST_F(SetIndex, equal_values_that_came_in_past_append_cost_no_walk_each) {
+TEST_F(SetIndex, equal_values_stored_without_append_need_no_walk_each) {
     fill(20);
     int const count = test::sanitized ? 2000 : 20000;
     for (int i = 0; i < count; ++i) {

@@ -1,5 +1,5 @@
-// Assigning executables and type objects: their types have no value to copy, so nothing is copied,
-// whichever operation of a map comes down to it.
+// Assigning executables and type objects: they have no value to copy, so no operation of a map
+// copies anything.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"
@@ -28,7 +28,7 @@ objref string_object(char const *text, cTypeObj &type) {
 
 } // namespace
 
-TEST_F(AssignType, an_executable_does_not_take_the_value_of_another) {
+TEST_F(AssignType, an_executable_cannot_be_assigned_another_executable) {
     objref const a = make<cExeMember>(accept);
     objref const b = make<cExeMember>(refuse);
     cErrorLog errors;
@@ -38,7 +38,7 @@ TEST_F(AssignType, an_executable_does_not_take_the_value_of_another) {
     EXPECT_NE(function_of(a), function_of(b));
 }
 
-TEST_F(AssignType, an_executable_does_not_take_the_value_of_a_string_nor_of_a_number) {
+TEST_F(AssignType, an_executable_cannot_be_assigned_a_string_or_a_number) {
     objref const exe = make<cExeMember>(accept);
     std::uintptr_t const before = function_of(exe);
     cErrorLog errors;
@@ -56,13 +56,13 @@ TEST_F(AssignType, an_executable_assigned_to_itself_is_unchanged) {
     EXPECT_EQ(function_of(exe), before);
 }
 
-TEST_F(AssignType, a_type_does_not_take_the_value_of_another) {
+TEST_F(AssignType, a_type_cannot_be_assigned_another_type) {
     EXPECT_FALSE(cat::type_int().assign(cat::type_float()));
     EXPECT_TRUE(cat::type_int().assign(cat::type_int()));
     EXPECT_EQ(cat::type_int().name(), "int");
 }
 
-TEST_F(AssignType, string_objects_of_the_type_exe_are_assigned) {
+TEST_F(AssignType, string_objects_that_claim_the_type_exe_can_be_assigned) {
     objref const a = string_object("a", cat::type_exe());
     EXPECT_TRUE(a->assign(string_object("b", cat::type_exe())));
     EXPECT_EQ(static_cast<cObjDR<std::string> &>(*a).val(), "b");
@@ -71,7 +71,7 @@ TEST_F(AssignType, string_objects_of_the_type_exe_are_assigned) {
     EXPECT_EQ(static_cast<cObjDR<std::string> &>(*a).val(), "b");
 }
 
-TEST_F(AssignType, maps_with_a_function_under_the_same_key) {
+TEST_F(AssignType, assigning_a_map_with_a_function_under_the_same_key_fails_for_that_key) {
     auto const a = make<cMapObj>();
     auto const b = make<cMapObj>();
     objref const kept = make<cExeMember>(accept);
@@ -122,7 +122,7 @@ TEST_F(AssignType, the_global_members_restored_from_a_clone) {
     objref const before = cat::gmmap().getattr(key("flags"));
     objref const exe = make<cExeMember>(none);
     cat::gmmap().setattr(key("flags"), exe);
-    EXPECT_FALSE(cat::gmmap().assign(*save)); // an entry is assigned, and an executable isn't
+    EXPECT_FALSE(cat::gmmap().assign(*save)); // assigning an executable fails
     EXPECT_EQ(cat::gmmap().getattr(key("flags")), exe);
     EXPECT_TRUE(cat::gmmap().attrcopy(*save, "0ss"));
     EXPECT_EQ(cat::gmmap().getattr(key("flags")), before);

@@ -32,7 +32,7 @@ bool procedure_3(cObj &, objref &, objref &) { return true; }
 
 } // namespace
 
-TEST_F(TypeEdge, name_of_outside_the_table) {
+TEST_F(TypeEdge, name_of_an_id_outside_the_table_is_empty) {
     EXPECT_EQ(cTypeObj::name_of(mid_count), "UNKNOWN METHOD");
     EXPECT_EQ(cTypeObj::name_of(-1), "UNKNOWN METHOD");
     method_id id = mid_count;
@@ -88,7 +88,7 @@ TEST_F(TypeEdge, niltype_makes_strings) {
     EXPECT_EQ(cat::as_string(text), "");
 }
 
-TEST_F(Type, names_of_the_methods_in_order) {
+TEST_F(Type, the_names_of_the_methods_are_in_order) {
     std::string all;
     for (int i = 0; i < mid_count; ++i) {
         method_id id = mid_count;
@@ -100,7 +100,7 @@ TEST_F(Type, names_of_the_methods_in_order) {
               "newobj newref create assign add setattr getattr write read equal less iterobj ");
 }
 
-TEST_F(Type, default_methods_and_no_others) {
+TEST_F(Type, a_new_type_has_the_default_methods_and_no_others) {
     cTypeObj const type("plain");
     std::string keys;
     for (cAttrNode const *node = type.tmmap().first(); node; node = type.tmmap().next(node))
@@ -156,7 +156,7 @@ TEST_F(Type, the_first_hash_hooks_win) {
     EXPECT_EQ(type.heq_hook(), cat::heq_int);
 }
 
-TEST_F(Type, hashes_of_the_built_in_types) {
+TEST_F(Type, the_built_in_types_have_their_hashes) {
     EXPECT_EQ(cat::type_int().hashfun(cat::of(-1)), 0xFFFFFFFFu);
     EXPECT_EQ(cat::type_string().hashfun(cat::of("")), 0u);
     EXPECT_EQ(cat::type_string().hashfun(cat::of("\xE4")), 0xE4u);
@@ -174,13 +174,13 @@ TEST_F(Type, keys_of_different_types_never_match) {
     EXPECT_TRUE(cat::type_double().hasheq(cat::of(0.0), cat::of(-0.0)));
 }
 
-TEST_F(Type, a_nan_key_equals_what_it_meets) {
+TEST_F(Type, a_nan_key_equals_every_key) {
     double const nan = std::numeric_limits<double>::quiet_NaN();
     EXPECT_TRUE(cat::type_double().hasheq(cat::of(nan), cat::of(5.0)));
     EXPECT_TRUE(cat::type_double().hasheq(cat::of(5.0), cat::of(nan)));
 }
 
-TEST_F(Type, a_null_converter_removes) {
+TEST_F(Type, a_null_converter_removes_a_converter) {
     cTypeObj type("t");
     EXPECT_EQ(type.converter(cat::type_int()), nullptr);
     type.set_converter(cat::type_int(), convert_a);
@@ -258,7 +258,7 @@ TEST_F(TypeMember, a_standard_key_takes_only_members) {
 }
 
 TEST_F(TypeMember, a_wrong_prototype_is_refused_for_every_method) {
-    // For each id the one prototype that fits, by its place among the seven.
+    // For each id the index of the only matching prototype of the seven.
     int const fits[mid_count] = {1, 1, 4, 5, 5, 6, 2, 5, 5, 5, 5, 1};
     for (int id = 0; id < mid_count; ++id) {
         objref const exes[] = {make<cExeMember>(no_args),     make<cExeMember>(one_arg),
@@ -299,7 +299,7 @@ TEST_F(TypeMember, a_bad_prototype_is_thrown_by_the_default_handler) {
     EXPECT_EQ(type.method(mid_assign), nullptr);
 }
 
-TEST_F(TypeMember, data_members_come_and_go) {
+TEST_F(TypeMember, data_members_can_be_added_and_removed) {
     cTypeObj type("t");
     type.set_tmember("wformat", cat::of("sc"));
     EXPECT_EQ(cat::as_string(type.tmember("wformat")), "sc");
@@ -325,7 +325,7 @@ TEST_F(TypeMember, inherit_shares_members_in_order_and_overwrites) {
     EXPECT_TRUE(cat::is_equal(derived.tmember("own"), 1));
 }
 
-TEST_F(TypeMember, update_from_wants_the_same_metatype) {
+TEST_F(TypeMember, update_from_needs_the_same_metatype) {
     cTypeObj a("a"), b("b");
     cTypeObj const choice(&cat::typetype_choice(), "c", nullptr);
     EXPECT_TRUE(a.update_from(b));

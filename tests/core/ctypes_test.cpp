@@ -48,14 +48,14 @@ TEST_F(RegistryEdge, a_second_type_of_a_name_prints_three_lines) {
     cat::typemap().datamap().delitem("twice");
 }
 
-TEST_F(RegistryEdge, set_type_makes_a_new_type_known) {
+TEST_F(RegistryEdge, set_type_registers_a_new_type) {
     typeref const type = make<cTypeObj>("fresh");
     EXPECT_TRUE(cat::set_type(*type, false));
     EXPECT_EQ(&cat::find_type("fresh"), type.get());
     cat::typemap().datamap().delitem("fresh");
 }
 
-TEST_F(RegistryEdge, a_type_modifier_takes_a_new_member_away_again) {
+TEST_F(RegistryEdge, a_type_modifier_removes_a_new_member_again) {
     cTypeObj type("t");
     {
         cTypeModifier const modifier(type, "note", cat::of(1));
@@ -84,12 +84,12 @@ TEST_F(RegistryEdge, a_choice_type_over_one_of_its_name_replaces_the_choices) {
     EXPECT_EQ(again->refs(), 1u) << "it was registered";
 }
 
-TEST_F(RegistryEdge, type_of_key_of_a_name_that_is_no_type) {
+TEST_F(RegistryEdge, type_of_key_of_an_unknown_name_is_niltype) {
     EXPECT_TRUE(cat::type_of_key(cat::of("nosuch")) == cat::bad());
 }
 
 TEST_F(Registry, the_maps_hold_these_keys_in_this_order) {
-    cat::type_signal(); // behind them what is made on first use, perhaps by another test
+    cat::type_signal(); // types created on first use follow, perhaps created by another test
     EXPECT_THAT(keys_of(cat::typemap()),
                 testing::StartsWith("string niltype type exe bool int float double map set "
                                     "vector iterator choice attspec attlist cSignal "));
@@ -124,7 +124,7 @@ TEST_F(Registry, built_in_types_by_name_flags_and_metatype) {
     EXPECT_EQ(&cat::nil()->type(), &cat::type_nil());
 }
 
-TEST_F(Registry, an_entry_that_is_no_type_is_not_found) {
+TEST_F(Registry, an_entry_that_is_not_a_type_is_not_found) {
     cat::typemap().datamap().mapitem("odd", cat::of(1));
     EXPECT_EQ(&cat::find_type("odd"), &cat::type_nil());
     EXPECT_TRUE(cat::call("new", cat::of("odd")) == cat::bad());
@@ -158,7 +158,7 @@ TEST_F(Registry, a_scoped_type_and_its_copies) {
     EXPECT_EQ(type.refs(), 1u);
 }
 
-TEST_F(Registry, a_type_renamed_after_its_insertion_leaves_no_entry_behind) {
+TEST_F(Registry, a_type_renamed_after_its_insertion_leaves_no_entry) {
     {
         cTypeObj type("registry_before", nullptr);
         cTypeInsert const insert(type);
@@ -177,7 +177,7 @@ TEST_F(Registry, a_type_registered_under_several_names_is_removed_from_all) {
         cTypeInsert const insert(type);
         type.set_name("registry_second");
         EXPECT_TRUE(cTypeInsert::insert(typeref::share(&type), false));
-        type.set_name("registry_third"); // the name of another, whose entry stays
+        type.set_name("registry_third"); // the name of another type, whose entry stays
         EXPECT_EQ(type.refs(), 4u);      // own, insert, two entries
     }
     EXPECT_EQ(&cat::find_type("registry_first"), &cat::type_nil());
@@ -209,7 +209,7 @@ TEST_F(Registry, set_type_over_another_metatype) {
     EXPECT_EQ(&cat::find_type("meta"), &type);
 }
 
-TEST_F(Registry, type_of_key_of_everything) {
+TEST_F(Registry, type_of_key_accepts_types_names_and_objects) {
     EXPECT_TRUE(cat::type_of_key(objref()) == cat::bad());
     EXPECT_TRUE(cat::type_of_key(cat::nil()) == cat::bad());
     EXPECT_TRUE(cat::type_of_key(cat::of(1)) == cat::bad());
@@ -219,7 +219,7 @@ TEST_F(Registry, type_of_key_of_everything) {
     EXPECT_TRUE(cat::type_of_key(cat::of("niltype")) == cat::bad());
 }
 
-TEST_F(Registry, modifiers_restore_and_their_copies_too) {
+TEST_F(Registry, modifiers_and_their_copies_restore) {
     cTypeObj type("t");
     type.set_tmember("note", cat::of(1));
     {
@@ -250,7 +250,7 @@ TEST_F(Registry, an_object_modifier_restores_through_setattr) {
     EXPECT_TRUE(map->getattr(key("new")) == cat::badfind());
 }
 
-TEST_F(Registry, a_refused_member_throws_nothing_out_of_a_destructor) {
+TEST_F(Registry, a_refused_member_does_not_throw_from_a_destructor) {
     cat::errhandler() = cErrHandler(0x90000000u, 0, 0xFFFFFFFFu);
     objref const map = make<cMapObj>();
     map->setattr(key("k"), cat::of(1));
@@ -291,10 +291,10 @@ TEST_F(Registry, without_signals_a_change_is_silent) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(Registry, the_core_stands) {
+TEST_F(Registry, the_core_is_ready) {
     EXPECT_EQ(cat::core_state(), cat::cCoreState::ready);
     EXPECT_TRUE(core.core_ready);
-    core_bootstrap(); // nothing happens
+    core_bootstrap(); // no effect
     EXPECT_EQ(cat::typemap_ptr(), &cat::typemap());
     EXPECT_EQ(cat::type_hash_ptr(), &cat::typemap().datamap());
 }

@@ -1,5 +1,5 @@
-// cat::TypeScope: which types leave the registry, when they are destroyed, what they hide, and what
-// becomes of objects that outlive the scope.
+// cat::TypeScope: the types that leave the registry, their destruction, the types that they hide,
+// and objects that outlive the scope.
 #include "qrv/core/ctypescope.h"
 
 #include "containers/cregistry_check.h"
@@ -61,7 +61,7 @@ long resident() {
 
 } // namespace
 
-TEST_F(TypeScopes, a_declared_type_leaves_at_the_end) {
+TEST_F(TypeScopes, a_declared_type_is_removed_at_the_end) {
     {
         cat::TypeScope const scope;
         read(point);
@@ -156,7 +156,7 @@ void read_files(int count, char const *text) {
 
 } // namespace
 
-TEST_F(TypeScopes, ten_thousand_files_leave_nothing) {
+TEST_F(TypeScopes, ten_thousand_files_leave_no_types) {
     char const *const text = "{T = attlist{a = attspec(default = 1)}; t = T(a = 2)}";
     constexpr int some = 1000, all = 10000;
     read_files(some, text);
@@ -166,7 +166,7 @@ TEST_F(TypeScopes, ten_thousand_files_leave_nothing) {
     read_files(all - some, text);
     EXPECT_EQ(census(), before);
     EXPECT_EQ(cat::typemap().datamap().used(), types);
-    if (!test::sanitized) { // there freed memory waits in quarantine
+    if (!test::sanitized) { // sanitizers keep freed memory in quarantine
         EXPECT_LT(resident() - memory, 512);
     }
 }
@@ -185,7 +185,7 @@ TEST_F(TypeScopes, files_whose_types_refer_to_each_other_leave_nothing) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(TypeScopes, an_outer_type_is_hidden_and_comes_back) {
+TEST_F(TypeScopes, an_outer_type_is_hidden_and_restored) {
     cat::TypeScope const outer;
     objref const p = read(point)->getattr(own_key("p"));
     std::string const rules = rules_of(p);
@@ -196,7 +196,7 @@ TEST_F(TypeScopes, an_outer_type_is_hidden_and_comes_back) {
         objref const q = read("{Point = attlist{z = attspec(default = 3)}; p = Point()}");
         EXPECT_NE(&cat::find_type("Point"), &p->type());
         EXPECT_EQ(rules_of(p), rules);
-        objref const again = read("{Point = attlist{w = attspec(default = 3)}}"); // as ever
+        objref const again = read("{Point = attlist{w = attspec(default = 3)}}");
         EXPECT_EQ(&cat::find_type("Point"), &q->getattr(own_key("p"))->type());
     }
     EXPECT_EQ(cat::TypeScope::current(), &outer);
@@ -221,7 +221,7 @@ TEST_F(TypeScopes, a_type_of_a_program_stays_and_can_be_hidden) {
     cat::typemap().datamap().delitem("Late");
 }
 
-TEST_F(TypeScopes, a_hidden_type_that_its_program_withdraws_does_not_come_back) {
+TEST_F(TypeScopes, a_hidden_type_that_its_program_removes_is_not_restored) {
     {
         typeref const own = make<cTypeObj>("Own");
         auto insert = std::make_unique<cTypeInsert>(*own);
@@ -275,7 +275,7 @@ TEST_F(TypeScopes, an_exception_ends_the_scope) {
     EXPECT_EQ(census(), before);
 }
 
-TEST_F(TypeScopes, a_handle_keeps_the_type_that_its_objects_no_longer_do) {
+TEST_F(TypeScopes, a_handle_keeps_a_type_alive_without_objects) {
     std::uint32_t const before = census();
     typeref type;
     {
@@ -335,7 +335,7 @@ TEST_F(TypeScopes, a_scalar_in_a_map_keeps_its_type_until_the_map_ends) {
     EXPECT_EQ(census(), before);
 }
 
-TEST_F(TypeScopes, types_that_refer_to_others_keep_these) {
+TEST_F(TypeScopes, types_keep_the_types_alive_to_which_they_refer) {
     std::uint32_t const before = census();
     objref u;
     {
@@ -383,7 +383,7 @@ TEST_F(TypeScopes, types_that_name_themselves_or_each_other_are_destroyed) {
     }
 }
 
-TEST_F(TypeScopes, a_specification_and_a_map_keep_a_type_that_a_program_names) {
+TEST_F(TypeScopes, a_specification_and_a_map_keep_a_type_alive) {
     std::uint32_t const before = census();
     {
         cRef<cMapObj> const map = make<cMapObj>();
@@ -403,7 +403,7 @@ TEST_F(TypeScopes, a_specification_and_a_map_keep_a_type_that_a_program_names) {
     EXPECT_EQ(census(), before);
 }
 
-TEST_F(TypeScopes, a_converter_from_a_type_that_is_gone_is_not_found_for_another) {
+TEST_F(TypeScopes, a_converter_from_a_destroyed_type_is_not_found_for_another) {
     cTypeObj *former = nullptr;
     typeref const target = make<cTypeObj>("Target");
     {
@@ -422,7 +422,7 @@ TEST_F(TypeScopes, a_converter_from_a_type_that_is_gone_is_not_found_for_another
     EXPECT_FALSE(target->converter(*next));
 }
 
-TEST_F(TypeScopes, members_of_a_type_go_with_it) {
+TEST_F(TypeScopes, the_members_of_a_type_are_destroyed_with_it) {
     std::uint32_t const before = census();
     {
         cat::TypeScope const scope;
@@ -433,7 +433,7 @@ TEST_F(TypeScopes, members_of_a_type_go_with_it) {
     EXPECT_EQ(census(), before);
 }
 
-TEST_F(TypeScopes, a_name_that_text_gives_to_a_type_of_a_program_is_taken_back) {
+TEST_F(TypeScopes, a_type_of_a_program_that_text_renames_gets_its_name_back) {
     typeref const own = make<cTypeObj>(&cat::typetype_choice(), "Own", nullptr);
     cTypeInsert const insert(*own);
     cat::constmap().datamap().mapitem("own", objref(own));
@@ -451,7 +451,7 @@ TEST_F(TypeScopes, a_name_that_text_gives_to_a_type_of_a_program_is_taken_back) 
 
 namespace {
 
-// A type whose objects read another file, in a scope of their own, in the middle of a reading.
+// A type whose objects read another file, in a separate scope, in the middle of a reading.
 bool read_other_file(cObj &, objref &) {
     cat::TypeScope const scope;
     objref const value = read("{Point = choice({inside = 1}); p = Point(inside)}");

@@ -75,7 +75,7 @@ TEST_F(CaughtErrors, have_code_kind_names_and_text) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, are_neither_thrown_nor_forgiven_whatever_the_masks_say) {
+TEST_F(CaughtErrors, are_neither_thrown_nor_forgiven_with_any_masks) {
     for (cErrHandler const &masks : {cErrHandler(0xFFFFFFFFu), cErrHandler(0, 0xFFFFFFFFu)}) {
         cat::errhandler() = masks;
         {

@@ -16,7 +16,7 @@
 
 namespace {
 
-// A text with its tree and map, as an editor has them.
+// Text with its tree and source map, as an editor has them.
 class Text {
   public:
     explicit Text(std::string text) : text_(std::move(text)), in_(text_) {
@@ -178,7 +178,7 @@ TEST_F(Edit, several_entries_at_the_end_of_a_line_leave_no_blanks) {
     EXPECT_EQ(set("{ n = [1, 2, 3, 4]; }", "n &= [1]"), "{ n = [1]; }");
 }
 
-TEST_F(Edit, a_line_of_which_all_entries_are_removed_goes_with_them) {
+TEST_F(Edit, a_line_whose_entries_are_all_removed_is_removed) {
     auto const without_a_and_b = [](std::string const &text) {
         return after(text, [](cObj &root) {
             EXPECT_TRUE(root.setattrp("a &=", objref(), false));
@@ -209,7 +209,7 @@ TEST_F(Edit, new_maps_of_several_levels_have_a_line_for_each_entry) {
               "{\n  a = 1;\n  b = {\n    c = {\n      d = 2;\n    };\n  };\n}\n");
 }
 
-TEST_F(Edit, a_removed_key_takes_its_own_comments_along) {
+TEST_F(Edit, a_removed_key_loses_its_own_comments) {
     EXPECT_EQ(remove(bus, "baud"), with(bus, "    baud   = 9600;         // was 4800\n", ""));
     EXPECT_EQ(remove(bus, "kind"),
               with(bus, "    // How it is wired\n    kind   = rs485;        // two wires\n", ""));
@@ -234,14 +234,14 @@ TEST_F(Edit, values_of_a_vector_move_up) {
 }
 
 // Two delimiters in a row are read, three are not.
-TEST_F(Edit, an_empty_item_goes_with_the_entry_before_it) {
+TEST_F(Edit, an_empty_item_is_removed_with_the_entry_before_it) {
     EXPECT_EQ(remove("{ a = 1,, b = 2;; c = 3; }", "a"), "{ b = 2;; c = 3; }");
     EXPECT_EQ(remove("{ a = 1,, b = 2;; c = 3; }", "b"), "{ a = 1,, c = 3; }");
     EXPECT_EQ(remove("[1,,2,,]", "1"), "[1,,]");
     EXPECT_EQ(set("{l=[1,,2 ]}", "l/0 &= 3; l << 4"), "{l=[3,,2, 4 ]}");
 }
 
-TEST_F(Edit, an_inserted_value_comes_where_it_is_in_the_tree) {
+TEST_F(Edit, an_inserted_value_is_written_at_its_position_in_the_tree) {
     auto const insert = [](std::string const &text, int place) {
         return after(text, [&](cObj &root) {
             static_cast<cMapObj &>(root).datamap().vect_insert(place, cat::of(9));
@@ -290,7 +290,7 @@ TEST_F(Edit, the_lines_of_a_string_are_not_indented_anew) {
         "{\n  c = {\n    d = {\n      x = 'it\\'s\\\n    b';\n    };\n  };\n}\n");
 }
 
-// An "=" that is below those of other keys stays there.
+// An "=" that is aligned with those of other keys stays aligned.
 TEST_F(Edit, a_renamed_key_keeps_the_column) {
     auto const renamed = [](std::string const &text, char const *from, char const *to) {
         return after(text, [&](cObj &root) {
@@ -313,9 +313,9 @@ TEST_F(Edit, moved_lines_are_indented_anew) {
               "{\n  c = {\n    d = {\n      // first\n      x = 'a\\\n    b';\n    };\n  };\n}\n");
 }
 
-// --- keys that come again ---
+// --- repeated keys ---
 
-TEST_F(Edit, a_repeated_key_is_edited_where_it_got_its_value) {
+TEST_F(Edit, a_repeated_key_is_edited_at_the_entry_that_set_its_value) {
     EXPECT_EQ(set("{ a = 1; a = 2; }", "a = 3"), "{ a = 1; a = 3; }");
     EXPECT_EQ(remove("{ a = 1; b = 0; a = 2; }", "a"), "{ b = 0; }");
     EXPECT_EQ(set("{ a = { }; a = 0x1F; }", "a &= {q=1}"), "{ a = { }; a = { q = 1 }; }");
@@ -328,7 +328,7 @@ TEST_F(Edit, a_repeated_key_is_edited_where_it_got_its_value) {
 
 // --- maps without keys ---
 
-// The reader numbers them, so those after a removed one need a key.
+// The reader numbers maps without keys, so those after a removed one need a key.
 TEST_F(Edit, a_map_without_a_key_gets_one_when_its_number_would_change) {
     EXPECT_EQ(remove("{ {a=1}; {b=2}; c= 3; }", "0"), "{ 1= {b=2}; c= 3; }");
     EXPECT_EQ(remove("{ {a=1}; {b=2}; {c=3}; }", "1"), "{ {a=1}; 2 = {c=3}; }");
@@ -346,22 +346,22 @@ TEST_F(Edit, a_map_without_a_key_gets_one_when_its_number_would_change) {
 
 // --- other containers ---
 
-TEST_F(Edit, sets_take_and_lose_values) {
+TEST_F(Edit, values_are_added_to_sets_and_removed) {
     EXPECT_EQ(set("{ s = <a, b>; }", "s << c"), "{ s = <a, b, c>; }");
     EXPECT_EQ(remove("{ s = <a, b, a>; }", "s/0"), "{ s = <b>; }");
 }
 
-TEST_F(Edit, a_value_that_a_set_has_twice_goes_when_the_first_one_changes) {
+TEST_F(Edit, a_repeated_value_of_a_set_is_removed_when_the_first_one_changes) {
     EXPECT_EQ(set("{ s = < {}, 5, {} >; b = 1; }", "s/0/x = 1"), "{ s = < {x = 1}, 5 >; b = 1; }");
     EXPECT_EQ(set("{ s = < {}, 5, {} >; b = 1; }", "b = 2"), "{ s = < {}, 5, {} >; b = 2; }");
 }
 
-TEST_F(Edit, a_container_that_a_set_has_twice_changes_at_the_first) {
+TEST_F(Edit, a_repeated_container_of_a_set_is_changed_at_its_first_place) {
     EXPECT_EQ(set("{ s = < {a=1}, {a=1}, 5 >; }", "s/0/a = 7"), "{ s = < {a=7}, 5 >; }");
     EXPECT_EQ(set("{ s = < a >; s = < a, 5 >; }", "s/0 = b"), "{ s = < b >; s = < 5 >; }");
 }
 
-TEST_F(Edit, a_value_that_a_set_has_twice_is_replaced_once) {
+TEST_F(Edit, a_repeated_value_of_a_set_is_replaced_once) {
     EXPECT_EQ(after("< a, b, a >",
                     [](cObj &root) {
                         cAttrHash &values = static_cast<cMapObj &>(root).datamap();
@@ -435,7 +435,7 @@ class EditTyped : public Edit {
     }
 };
 
-TEST_F(EditTyped, an_attribute_that_was_left_out_is_written_when_it_is_set) {
+TEST_F(EditTyped, an_omitted_attribute_is_written_when_it_is_set) {
     EXPECT_EQ(set_typed("q/n = 5"), with(typed, "P()", "P(n = 5)"));
     EXPECT_EQ(set_typed("p/l << 1"), with(typed, "P(n = 4)", "P(n = 4; l = [1])"));
 }
@@ -449,7 +449,7 @@ TEST_F(EditTyped, a_choice_changes_between_its_brackets) {
     EXPECT_EQ(result, with(text, "( off", "( on"));
 }
 
-TEST_F(EditTyped, a_reference_that_reads_as_a_copy_is_written_out_when_its_target_changes) {
+TEST_F(EditTyped, a_reference_that_reads_as_a_copy_becomes_a_value_when_its_target_changes) {
     EXPECT_EQ(set_typed("q/n = 4"), with(typed, "P()", "P(n = 4)"));
     EXPECT_EQ(set_typed("p/n = 5"), with(with(typed, "n = 4", "n = 5"), "#cRef(/p/n)", "4"));
     EXPECT_EQ(set_typed("p &= 7"), with(with(typed, "P(n = 4)", "7"), "#cRef(/p/n)", "4"));

@@ -1,4 +1,4 @@
-// Which rules of a declared type a value breaks.
+// The rules of a declared type that a value breaks.
 
 #include "qrv/edit/crules.h"
 
@@ -147,7 +147,7 @@ TEST_F(Rules, a_choice_is_one_of_the_keys) {
     EXPECT_EQ(broken("auto", "None"), " None/- choice -, not auto\n");
 }
 
-TEST_F(Rules, of_a_tree_each_object_is_checked_where_it_comes_first) {
+TEST_F(Rules, each_object_of_a_tree_is_checked_at_its_first_place) {
     objref const line = read("Line(from= Pixel(x= 1; y= 2);"
                              " points= [{a= Pixel(x= 3; y= 4)}, #cRef(/from), Pixel(x= 5; y= 6)])");
     EXPECT_EQ(all_broken(line, "Line"), "");
@@ -159,7 +159,7 @@ TEST_F(Rules, of_a_tree_each_object_is_checked_where_it_comes_first) {
                                         "/points/2 Pixel/x type int, not no\n");
 }
 
-TEST_F(Rules, of_a_tree_the_rules_of_the_value_come_first) {
+TEST_F(Rules, the_rules_of_the_value_come_before_those_of_its_tree) {
     objref const line = read("{points= [Pixel(x= 3; y= 4)]}");
     force(line->getattrp("points/0"), "y", nullptr);
     EXPECT_EQ(all_broken(line, "Line"), " Line/from required -, not -\n"
@@ -168,7 +168,7 @@ TEST_F(Rules, of_a_tree_the_rules_of_the_value_come_first) {
     EXPECT_EQ(all_broken(line, "map"), "/points/0 Pixel/y required -, not -\n");
 }
 
-TEST_F(Rules, a_tree_that_holds_itself_ends) {
+TEST_F(Rules, checking_a_tree_that_holds_itself_terminates) {
     objref const map = make<cMapObj>();
     objref const pixel = read("Pixel(x= 1; y= 2; color= #nil)");
     force(pixel, "color", map);
@@ -218,7 +218,7 @@ TEST_F(Rules, a_container_that_user_code_puts_into_the_tree_is_checked) {
     EXPECT_EQ(all[1].path, "/2/0/0");
 }
 
-TEST_F(Rules, what_is_broken_outlives_the_value) {
+TEST_F(Rules, a_broken_rule_outlives_the_value) {
     std::vector<BrokenRule> all;
     {
         objref const map = read("{x= a_word; y= 1}");

@@ -1,4 +1,4 @@
-// A tree as it was before a change, and that of a donor.
+// Snapshots of a tree before a change, and of the donor's tree.
 
 #include "edit/csnapshot.h"
 
@@ -22,13 +22,13 @@ objref read(std::string const &text) {
 
 class Snapshots : public QrvTest {};
 
-TEST_F(Snapshots, a_container_of_both_trees_is_that_of_the_target) {
+TEST_F(Snapshots, a_container_of_both_trees_belongs_to_the_target) {
     objref const root = read("{a= {x= 1; y= 2}}"), donor = read("{b= 0; c= {z= 3}}");
     objref const shared = root->getattrp("a"), own = donor->getattrp("c");
     EXPECT_TRUE(donor->setattrp("b &=", shared, false));
     Snapshot before(root);
     before.add_donor(donor);
-    before.add_donor(root); // all of it is known
+    before.add_donor(root); // all containers belong to the target
     EXPECT_FALSE(before.is_donated(shared.get()));
     EXPECT_FALSE(before.is_donated(root.get()));
     EXPECT_TRUE(before.is_donated(own.get()));
@@ -59,7 +59,7 @@ TEST_F(Snapshots, keys_are_known_after_the_entries_are_removed) {
     EXPECT_EQ(keys_of(before, root), keys);
 }
 
-TEST_F(Snapshots, a_snapshot_makes_no_key_objects) {
+TEST_F(Snapshots, a_snapshot_creates_no_key_objects) {
     objref const root = make<cMapObj>();
     cAttrHash &hash = static_cast<cMapObj &>(*root).datamap();
     hash.mapitem(std::string("name"), cat::of(1));

@@ -1,4 +1,4 @@
-// Literals in the style of those whose place they take.
+// Literals in the style of those that they replace.
 
 #include "edit/cspelling.h"
 
@@ -45,7 +45,7 @@ TEST_F(Spelling, a_word_stays_a_word_where_it_reads_as_a_string) {
     EXPECT_EQ(spelt(cat::of("other"), ""), "other");
 }
 
-TEST_F(Spelling, a_string_in_the_place_of_something_else_has_double_quotes) {
+TEST_F(Spelling, a_string_that_replaces_another_value_has_double_quotes) {
     EXPECT_EQ(spelt(cat::of("word"), "12"), "\"word\"");
     EXPECT_EQ(spelt(cat::of("word"), "#nil"), "\"word\"");
 }
@@ -84,7 +84,7 @@ TEST_F(Spelling, floating_numbers_keep_their_digits_after_the_point) {
     EXPECT_EQ(spelt(cat::of(0.1), "1.0"), "0.1");
 }
 
-TEST_F(Spelling, exponents_stay_where_somebody_wrote_one_or_the_size_asks_for_one) {
+TEST_F(Spelling, exponents_are_kept_or_used_if_the_size_needs_one) {
     EXPECT_EQ(spelt(cat::of(2.5e-7), "1.0e-5"), "2.5e-07");
     EXPECT_EQ(spelt(cat::of(3.0), "1.50E5"), "3.00E+00");
     EXPECT_EQ(spelt(cat::of(1e300), "1.0"), "1.00000e+300");
@@ -106,12 +106,12 @@ TEST_F(Spelling, constants_and_typed_values_have_their_exact_form) {
     EXPECT_EQ(spelt(read("[1, {a=2}]"), ""), "[1, {a= 2; }, ]");
 }
 
-TEST_F(Spelling, a_number_without_text_has_none) {
+TEST_F(Spelling, a_number_without_a_written_form_has_no_literal) {
     EXPECT_EQ(spelt(cat::of(std::numeric_limits<double>::infinity()), "1.0"), "");
 }
 
-// Each value in the style of each literal reads back as itself.
-TEST_F(Spelling, whatever_the_style_is_the_value_comes_back) {
+// Each value in the style of each literal reads as itself.
+TEST_F(Spelling, each_value_in_each_style_reads_as_itself) {
     char const *const literals[] = {"",     "0",    "-5",   "+5",   "007",       "0x1F",
                                     "0X0a", "5u",   "1.",   "1.5",  ".5",        "-2.5e-3",
                                     "+1.5", "1.0f", ".5F",  "1.e5", "\"\"",      "'a b'",

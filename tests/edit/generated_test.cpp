@@ -54,7 +54,7 @@ objref read(std::string const &text) {
 
 bool is_list(objref const &value) { return cObj::is_vector(value) || cObj::is_set(value); }
 
-// Changes a tree at random, by what programs call.
+// Changes a tree at random by functions that programs call.
 class Changer {
   public:
     Changer(Random &random, objref const &root) : random_(random), root_(root) {}
@@ -170,7 +170,7 @@ class Changer {
         return value && !value->is_type() && dynamic_cast<cMapObj const *>(value.get());
     }
 
-    // Would storing the value in the container make a cycle?
+    // Would storing the value in the container create a cycle?
     bool is_below(objref const &container, objref const &value) const {
         std::vector<objref> todo{value};
         std::unordered_set<cObj const *> seen;
@@ -219,11 +219,11 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_changed_tree) {
             });
             wanted = written(root);
         }
-        if (written(read(wanted)) != wanted) continue; // equal values in a set: no text gives that
+        if (written(read(wanted)) != wanted) continue; // equal values in a set can't be written
         ++changed;
         objref const back = read(result);
-        // Where a key comes again, a value may be referred to that no node holds any more: a change
-        // of it can't be written. Whoever applies changes compares, and writes the file anew.
+        // If a key is repeated, a reference may lead to a value that no node holds any more; a
+        // change of it can't be written. The caller compares the trees and writes the file anew.
         if (seed % 4 == 0 && (!back || written(back) != wanted)) {
             ++refused;
             continue;
@@ -241,14 +241,14 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_changed_tree) {
     EXPECT_LE(refused, changed / 100);
 }
 
-// The written form of what a text reads as.
+// The written form of the value that the text reads as.
 std::string tree_in_a_scope(std::string const &text) {
     cat::TypeScope const scope;
     objref const value = read(text);
     return value ? written(value) : "unreadable";
 }
 
-TEST_F(GeneratedEdits, a_text_with_declared_types_reads_as_the_changed_tree) {
+TEST_F(GeneratedEdits, the_new_text_with_declared_types_reads_as_the_changed_tree) {
     unsigned changed = 0, refused = 0;
     for (unsigned seed = 1; seed <= documents(); ++seed) {
         Random random(seed);
@@ -267,8 +267,8 @@ TEST_F(GeneratedEdits, a_text_with_declared_types_reads_as_the_changed_tree) {
             });
             wanted = written(root);
         }
-        // No text gives equal values in a set, a type under another key, or a value that is shared
-        // with an attribute.
+        // Text can't express equal values in a set, a type under another key, or a value that is
+        // shared with an attribute.
         if (tree_in_a_scope(wanted) != wanted) continue;
         ++changed;
         // In a set that has an equal container twice, a change inside it can't be written. The
@@ -310,7 +310,7 @@ TEST_F(GeneratedEdits, no_change_leaves_every_byte) {
 
 // --- values of another text ---
 
-// Gives each comment a name of its own, such as t12.
+// Gives each comment a unique name, such as t12.
 std::string with_named_comments(std::string const &text, char name) {
     std::string result;
     char quote = '\0';
@@ -332,7 +332,7 @@ std::string with_named_comments(std::string const &text, char name) {
     return result;
 }
 
-// How often each name is in a text.
+// The number of occurrences of each name in the text.
 std::map<std::string, int> names_in(std::string const &text) {
     std::map<std::string, int> names;
     for (size_t at = 0; (at = text.find(" <", at)) != text.npos; ++at)
@@ -343,8 +343,8 @@ std::map<std::string, int> names_in(std::string const &text) {
 }
 
 struct Merged {
-    bool read = false; // have both texts been read?
-    bool done = false; // has all been merged?
+    bool read = false; // were both texts read?
+    bool done = false; // were all entries merged?
     std::string text;
     std::string wanted;  // the tree
     std::string brought; // comments of the source that belong to its entries
@@ -374,7 +374,7 @@ Merged merge(std::string const &target, std::string const &source, char const *l
 // Another text, or the same one with some changes.
 std::string source_for(std::string const &target, Random &random, bool again) {
     if (random.one_in(2)) return Writer(random, again).document();
-    cat::ReadReport const unheard;
+    cat::ReadReport const ignored;
     std::istringstream in(target);
     cat::SourceMap const map;
     objref root;
@@ -387,7 +387,7 @@ std::string source_for(std::string const &target, Random &random, bool again) {
 constexpr char const *const letters[] = {"-xx", "0as", "0xx", "-s-", "-ss", "0ss",
                                          "-0x", "-ax", "--x", "0s-", "-sx", "---"};
 
-// The names of comments that are in one text and not once in the other.
+// The names of comments in one text that the other doesn't have exactly once.
 std::string missing(std::string const &from, std::string const &text) {
     std::map<std::string, int> names = names_in(text);
     std::string found;
@@ -411,7 +411,7 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_merged_tree) {
         std::string const shown = "seed " + std::to_string(seed) + " " + how + "\n" + target +
                                   "\n--\n" + source + "\n--\n" + merged.text;
         objref const back = read(merged.text);
-        // What no node holds any more can't be merged into.
+        // A value that no node holds any more can't be merged into.
         if (again && (!back || written(back) != merged.wanted)) {
             ++refused;
             continue;
@@ -435,7 +435,7 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_merged_tree) {
     EXPECT_LE(refused, merges / 500);
 }
 
-TEST_F(GeneratedEdits, all_comments_come_with_what_is_merged) {
+TEST_F(GeneratedEdits, all_comments_of_merged_entries_are_copied) {
     unsigned merges = 0, lost = 0;
     std::string example;
     for (unsigned seed = 1; seed <= documents() / 4; ++seed) {
@@ -454,10 +454,10 @@ TEST_F(GeneratedEdits, all_comments_come_with_what_is_merged) {
         example = shown;
     }
     EXPECT_GT(merges, documents() / 6);
-    EXPECT_LE(lost, merges / 1000) << example; // of equal values a set takes only the first
+    EXPECT_LE(lost, merges / 1000) << example; // a set stores only the first of equal values
 }
 
-TEST_F(GeneratedEdits, a_text_with_declared_types_reads_as_the_merged_tree) {
+TEST_F(GeneratedEdits, the_new_text_with_declared_types_reads_as_the_merged_tree) {
     unsigned merges = 0;
     for (unsigned seed = 1; seed <= documents() / 20; ++seed) {
         Random random(seed);

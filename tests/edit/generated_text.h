@@ -25,7 +25,7 @@ inline constexpr char const *const words[] = {"a", "b", "c",  "dd",       "eee",
 
 class Writer {
   public:
-    // With `again` keys come again, with `typed` the text declares types and has values of them.
+    // If `again`, keys are repeated; if `typed`, the text declares types and has values of them.
     Writer(Random &random, bool again, bool typed = false)
         : random_(random), again_(again), typed_(typed) {}
 

@@ -23,7 +23,7 @@ namespace {
 constexpr double most_seconds = 5.0;
 constexpr long most_kilobytes = 1024 * 1024;
 
-// The kernel's mark of the most memory held; begins anew at what is held now.
+// The kernel's mark of the peak memory; reset to the present memory.
 void begin_memory_peak() {
     malloc_trim(0);
     std::ofstream("/proc/self/clear_refs") << 5;
@@ -35,10 +35,10 @@ long memory_peak() {
         long kilobytes = 0;
         if (word == "VmHWM:" && status >> kilobytes) return kilobytes;
     }
-    return most_kilobytes; // no mark, no pass
+    return most_kilobytes; // fails the test if there is no mark
 }
 
-// Compares what is written with what it should be, and keeps nothing.
+// Compares the written text with the expected one, and stores nothing.
 class cComparingBuffer : public std::streambuf {
   public:
     explicit cComparingBuffer(std::string const &expected) : expected_(expected) {}
@@ -103,7 +103,7 @@ class Linear : public QrvTest {
     }
 };
 
-// Entries of a multi-line map or vector in the writer's layout, behind that many blanks.
+// Entries of a multi-line map or vector in the writer's layout, indented by this many blanks.
 std::string entries(int count, bool keys, int blanks) {
     std::string const indent(static_cast<std::size_t>(blanks), ' ');
     std::string text;
@@ -125,7 +125,7 @@ TEST_F(Linear, a_vector_of_a_million_ints) {
     all_of("[\n" + entries(1'000'000, false, 2) + "]", 1'000'000);
 }
 
-// Without indentation, which would make 400 MB of blanks at this depth.
+// Without indentation, which would add 400 MB of blanks at this depth.
 TEST_F(Linear, two_hundred_maps_of_5000_ints_in_each_other) {
     constexpr int depth = 200;
     cat::write_indent = cat::write_indent0 = 0;

@@ -1,5 +1,5 @@
-// A million objects, in the release build, where they are in the pool: when they are freed, in
-// whatever order, the process holds what it held before, give or take 10 %.
+// A million objects, in the release build, where they are in the pool: after they are freed in any
+// order, the process holds the same memory as before, within 10 %.
 #include "tests/support/fixture.h"
 
 #include "base/platform/cpool.h"
@@ -18,7 +18,7 @@ namespace {
 
 constexpr int million = 1'000'000;
 
-// Without what malloc keeps for later, which is no part of the pool: hash tables were there.
+// Excludes free memory that malloc keeps: it is not part of the pool, but was used by hash tables.
 long resident_kilobytes() {
     malloc_trim(0);
     std::ifstream status("/proc/self/status");
@@ -41,7 +41,7 @@ class Memory : public QrvTest {
 
     void SetUp() override {
         QrvTest::SetUp();
-        make_million(objects_); // so that all else that this takes is there
+        make_million(objects_); // so that all other memory is allocated before
         objects_.assign(million, nullptr);
         before_ = resident_kilobytes();
         make_million(objects_);

@@ -29,7 +29,7 @@ class LeftOut : public testing::Test {
         add(line, column, "Cannot insert key =t", cat::ErrorKind::cannot_insert);
     }
     std::string reported() {
-        rules_.tell_unexplained();
+        rules_.report_unexplained();
         std::string all;
         for (cat::ReadError const &error : report_.entries())
             all += shown({error.line, error.column}) + " " + error.text + "\n";

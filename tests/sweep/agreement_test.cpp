@@ -33,11 +33,11 @@ unsigned documents() {
 // A string for the tree that text reads as; empty if the text has errors.
 std::string fingerprint_of(std::string const &text) {
     cReply const reply = apart("", [&](cReply &r) {
-        cMessages unheard("", 1);
-        cReading const reading = read_value(text, unheard);
-        if (reading.clean) r.image = qrv::edit::fingerprint(reading.value);
+        cMessages ignored("", 1);
+        cReading const reading = read_value(text, ignored);
+        if (reading.clean) r.fingerprint = qrv::edit::fingerprint(reading.value);
     });
-    return reply.image;
+    return reply.fingerprint;
 }
 
 // Commands that may succeed or fail, on paths of a tree.

@@ -23,7 +23,7 @@ class Odd : public testing::Test {
         std::ifstream is(test::source_file("tests/sweep/data/odd.attr"), std::ios::binary);
         return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
     }
-    // What the sweep says of all edits of a text.
+    // The complaints of the sweep about all edits of the text.
     static std::string complaints(std::string const &text, cTool const &tool = run) {
         std::string all;
         cTable const table =

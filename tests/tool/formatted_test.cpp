@@ -142,7 +142,7 @@ TEST_F(ToolFormatted, set_refuses_values_that_are_not_numbers) {
               "statements:1:13: error: intf reads 5000000000 as 705032704\n");
     EXPECT_EQ(refused("count = intf(0x7)"),
               "statements:1:9: error: count: it is an int and cannot store an intf as it is\n"
-              "statements:1:9: note: &= replaces it, whatever it is\n");
+              "statements:1:9: note: &= replaces a value of any type\n");
 }
 
 TEST_F(ToolFormatted, merge_accepts_numbers_strings_and_formats) {

@@ -31,7 +31,7 @@ TEST_F(ToolSetSources, statements_run_in_order_of_arguments_expressions_and_file
 TEST_F(ToolSetSources, an_error_reports_the_position_of_its_statement) {
     write("more", "\na = z");
     std::string const text = "a: it is an int and cannot store a string as it is";
-    std::string const note = "&= replaces it, whatever it is";
+    std::string const note = "&= replaces a value of any type";
     EXPECT_EQ(
         set({"b = y", "a = y", "-f", "more"}),
         (cRun{2, "", reported("statements 2:1:5", text, note) + reported("more:2:5", text, note)}));

@@ -51,7 +51,7 @@ std::string reported(std::string const &place, std::string const &text, std::str
 }
 
 std::string const by_conversion = "&= replaces it and its type; --convert stores the changed value";
-std::string const replaces = "&= replaces it, whatever it is";
+std::string const replaces = "&= replaces a value of any type";
 
 // --- operators ---
 

@@ -73,9 +73,9 @@ TEST(WatchdogOptions, time_spans_at_their_limits_are_accepted) {
 
 TEST(WatchdogOptions, invalid_time_spans_are_reported) {
     EXPECT_EQ(refused({"--timeout", "0", "--", "p"}),
-              "--timeout: '0' is no number of seconds above 0, 1000000 at most");
+              "--timeout: '0' is not a number of seconds above 0, 1000000 at most");
     EXPECT_EQ(refused({"--grace", "nan", "--", "p"}),
-              "--grace: 'nan' is no number of seconds above 0, 1000000 at most");
+              "--grace: 'nan' is not a number of seconds above 0, 1000000 at most");
     EXPECT_EQ(refused({"--timeout", "--", "p"}), "--timeout: 1 required S missing");
 }
 
@@ -100,7 +100,7 @@ TEST(WatchdogOptions, a_program_is_required_after_the_mark) {
     EXPECT_EQ(refused({}), "-- PROGRAM is required");
     EXPECT_EQ(refused({"--"}), "-- PROGRAM is required");
     EXPECT_EQ(refused({"--verbose"}), "-- PROGRAM is required");
-    std::string const hint = "\nPROGRAM and its arguments stand behind --";
+    std::string const hint = "\nPROGRAM and its arguments come after --";
     EXPECT_EQ(refused({"p"}), "The following argument was not expected: p" + hint);
     EXPECT_EQ(refused({"p", "--", "q"}), "The following argument was not expected: p" + hint);
     EXPECT_EQ(refused({"--colour", "--", "p"}),
@@ -160,9 +160,9 @@ TEST(WatchdogOptions, help_is_printed) {
         "                              how many times it is started again\n"
         "  --event NAME=EreignisQuorvanta\n"
         "                              the event's name, where several watch dogs run\n"
-        "  --verbose                   tell of starts, messages and ignored datagrams\n"
+        "  --verbose                   report starts, messages and ignored datagrams\n"
         "\n"
-        "PROGRAM is told about its watch dog by environment variables, and gives a sign of life "
+        "PROGRAM learns about its watch dog from environment variables, and gives a sign of life "
         "with\n"
         "each sig_progstep that it fires. If none comes for --timeout seconds, also because it "
         "was\n"
@@ -188,7 +188,7 @@ TEST(WatchdogOptions, the_program_prints_them) {
               (cRun{0, "Quorvanta v1.0.0\nby the Quorvanta developers\n", ""}));
     EXPECT_EQ(cDog({"--timeout", "x", "--", "true"}).finish(),
               (cRun{2, "",
-                    "--timeout: 'x' is no number of seconds above 0, 1000000 at most\n"
+                    "--timeout: 'x' is not a number of seconds above 0, 1000000 at most\n"
                     "Run with --help for more information.\n"}));
 }
 

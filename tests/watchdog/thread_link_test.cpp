@@ -5,7 +5,7 @@
 
 #include "tests/support/paths.h"
 #include "tools/watchdog/abstract_socket.h"
-#include "tools/watchdog/tell.h"
+#include "tools/watchdog/report.h"
 
 #include <gtest/gtest.h>
 

@@ -28,7 +28,7 @@ constexpr char const *signature_lines = "// Platform Quorvanta(R), Attributes ve
                                         "// by the Quorvanta developers\n"
                                         "\n";
 
-void tell(char const *text, char const *name) {
+void print_error(char const *text, char const *name) {
     std::string const line = std::string(text) += name;
     if (!cat::line_is_taken(line)) cat::std_err() << line << std::endl;
 }
@@ -51,7 +51,7 @@ template <class Read> bool scan_file(char const *name, Read const &read) {
 bool write2file(cObj const &obj, char const *name, bool signature) {
     if (!name) name = "";
     if (!cat::can_write_file(name)) {
-        tell("Cannot open file for write: ", name);
+        print_error("Cannot open file for write: ", name);
         return false;
     }
     std::ostringstream os;
@@ -84,18 +84,18 @@ bool file2map(char const *name, cMapObj &map) {
 
 std::string cat::file2string(char const *name) {
     if (!name) {
-        tell("No file pointer in file2string", "");
+        print_error("No file pointer in file2string", "");
         return {};
     }
     std::ifstream in;
     in.imbue(std::locale::classic());
     in.open(name, std::ios::in | std::ios::binary);
     if (!in.is_open() || cat::is_directory(name)) {
-        tell(err_file_not_opened.text, name);
+        print_error(err_file_not_opened.text, name);
         return {};
     }
     std::string text;
-    if (!read_rest(in, text)) tell("Read error in file: ", name);
+    if (!read_rest(in, text)) print_error("Read error in file: ", name);
     return text;
 }
 

@@ -12,7 +12,7 @@
 #include <string_view>
 
 namespace cat {
-// What is left of a stream. False after a read error, with what came before it.
+// Reads the rest of a stream. False after a read error; `text` then has the characters before it.
 bool read_rest(std::istream &in, std::string &text);
 } // namespace cat
 
@@ -20,14 +20,14 @@ class cFileScan {
   public:
     // Unless quiet, a file that can't be opened is reported as cAttrScan::openfile() does.
     cFileScan(char const *name, bool quiet);
-    // Quiet. A file of any kind is read into memory, and a byte order mark is passed over.
+    // Quiet. Reads a file of any kind into memory, and skips a byte order mark.
     explicit cFileScan(char const *name);
     cFileScan(cFileScan const &) = delete;
     cFileScan &operator=(cFileScan const &) = delete;
     ~cFileScan() = default;
 
     bool opened() const { return opened_; }
-    cAttrScan &scan() { return *scan_; } // after a quiet failure of the second kind there is none
+    cAttrScan &scan() { return *scan_; } // the quiet constructor must not have failed
 
   private:
     bool read_whole(char const *name);

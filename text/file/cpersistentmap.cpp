@@ -23,7 +23,7 @@ namespace {
 
 constexpr int most_kept = 99;
 
-void tell(char const *text, std::string const &name) {
+void print_error(char const *text, std::string const &name) {
     if (!cat::line_is_taken(text + name)) cat::std_err() << text << name << std::endl;
 }
 
@@ -32,7 +32,7 @@ bool is_end(cAttrLiteral const &token) { return token.code == tkEof && token.tex
 
 // Is the end reached, but for comments and one separator?
 bool at_end(cAttrScan &scan) {
-    cat::ReadReport const quiet; // nobody asked for the text behind
+    cat::ReadReport const quiet; // discards errors in the text after the value
     scan.return_com(false);
     int const token = scan.gettok();
     if (token == ';' || token == ',') scan.gettok();
@@ -51,14 +51,14 @@ bool read_cleanly(cAttrScan &scan, int result, objref const &value) {
 
 cPersistentMap::cPersistentMap(char const *name, bool keep_comments)
     : name_(name ? name : ""), keep_comments_(keep_comments) {
-    cat::nil(); // from now on the tear-down comes after this object's end
+    cat::nil(); // starts the core, so that it is torn down after this object
 }
 
 cPersistentMap::~cPersistentMap() {
     try {
         if (!name_.empty() && map_) save(); // RUNS USER CODE
         map_ = nullptr;                     // RUNS USER CODE
-    } catch (...) {                         // whoever threw has told
+    } catch (...) {                         // the handler has reported the error
     }
 }
 
@@ -95,11 +95,11 @@ void cPersistentMap::save() {
     bool const folder = cat::is_directory(name_);
     if (!folder && cat::is_read_only(name_)) cat::make_writable(name_);
     if (!cat::can_write_file(name_))
-        tell("Cannot open file for write: ", name_);
+        print_error("Cannot open file for write: ", name_);
     else if (damaged_ && !keep_damaged())
-        tell("Cannot keep damaged file: ", name_);
+        print_error("Cannot keep damaged file: ", name_);
     else if (!write2file(*map_, name_.c_str(), true))
-        tell("Cannot write file: ", name_);
+        print_error("Cannot write file: ", name_);
 }
 
 // A device or a pipe holds nothing to keep, and no file either.

@@ -263,12 +263,12 @@ template <class Token> bool is_end(Token const &token) {
 
 bool is_separator(int code) { return code == ';' || code == ','; }
 
-// After a value that `delim` has ended, and after one separator. A scalar has taken the token
-// behind it already.
-cAttrLiteral token_behind(cAttrScan &scan, int delim) {
+// The token after a value that `delim` has ended, and after one separator. The reader has already
+// read the token after a scalar.
+cAttrLiteral token_after(cAttrScan &scan, int delim) {
     bool const is_taken =
         delim == '}' || delim == ']' || delim == '>' || delim == '=' || delim <= tkEof;
-    scan.return_com(false); // nothing takes a comment behind it
+    scan.return_com(false); // a comment here belongs to no value
     if (!is_taken) scan.gettok();
     if (!is_separator(delim) && is_separator(scan.token().code)) scan.gettok();
     return scan.token();
@@ -287,7 +287,7 @@ void cat::scan_text(cAttrScan &scan, objref &result) {
         begin_error(scan, err_read_nothing);
         return scan.fire();
     }
-    cAttrLiteral const next = is_list ? scan.token() : token_behind(scan, delim);
+    cAttrLiteral const next = is_list ? scan.token() : token_after(scan, delim);
     if (is_end(next)) return;
     begin_error(scan, err_read_text_behind) << cNamed::name(next.text);
     scan.about(next);

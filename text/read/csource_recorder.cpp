@@ -35,7 +35,7 @@ bool accepts_merge(cObj const &value, cObj const &other) {
            (&value.type() != &cat::type_string() && &other.type() != &cat::type_string());
 }
 
-bool can_tell(std::istream const &is) {
+bool has_position(std::istream const &is) {
     return is.rdbuf() && is.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in) != -1;
 }
 
@@ -62,7 +62,7 @@ bool cSourceRecorder::start(cAttrScan const &outer) {
     reading_ = this;
     outer_ = &outer;
     texts_.push_back({&outer.is(), {}});
-    uncounted_ = can_tell(outer.is()) ? 0 : 1;
+    uncounted_ = has_position(outer.is()) ? 0 : 1;
     text_begin_ = offset(outer.position(), outer.lineno());
     outer.watch_comments();
     return true;

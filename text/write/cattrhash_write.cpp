@@ -69,7 +69,7 @@ std::string const *find_comment(cObj const &obj, cComposer &out, std::string &ma
         return obj.get_comment(made) ? &made : nullptr; // RUNS USER CODE, a converter
     } catch (cErr const &error) {
         if (!exact_text()) throw;
-        tell_error(error); // and the value is still written
+        report_error(error); // the value is still written
     }
     return nullptr;
 }
@@ -293,7 +293,7 @@ void cEntryWriter::plain_value(cAttrNode const &node) {
         put_plain_value(node.value());
     } catch (cErr const &error) {
         cUserCode const user(*out_);
-        tell_error(error);
+        report_error(error);
     }
     open_.end_value();
 }
@@ -391,7 +391,7 @@ void cEntryWriter::exact_entry(cAttrNode const &node) {
             done = try_entry(node, place);
         } catch (cErr const &error) {
             cUserCode const user(*out_);
-            tell_error(error);
+            report_error(error);
         }
     }
     if (!done) refuse(place);
@@ -424,7 +424,7 @@ bool cEntryWriter::make_value(objref const &value, cMade &made) {
     size_t const before = tables_->entered.size();
     if (!enter_value(*value, made)) return false;
     if (made || catch_text(*value, made)) return true;
-    tables_->forget_behind(before);
+    tables_->forget_after(before);
     return false;
 }
 
@@ -456,7 +456,7 @@ bool cEntryWriter::catch_text(cObj const &obj, cMade &made) {
         cComposer out(caught);
         done = write_form(obj, out); // RUNS USER CODE
     } catch (cErr const &error) {
-        tell_error(error);
+        report_error(error);
     }
     if (caught.fail()) os.setstate(std::ios_base::failbit);
     return done && !caught.fail();
@@ -513,7 +513,7 @@ void put_comment(cComposer &out, cObj const &obj) {
     try_report_unwritable(text_state().shown_path(true));
 }
 
-void tell_error(cErr const &error) {
+void report_error(cErr const &error) {
     std::string const line =
         "cErr during write of container, path='" + text_state().path() + "':\n" + error.as_string();
     if (!cat::line_is_taken(line)) cat::std_err() << line << std::endl;
@@ -523,7 +523,7 @@ void try_report_unwritable(std::string const &path) {
     try {
         report_unwritable(path); // RUNS USER CODE
     } catch (cErr const &error) {
-        tell_error(error);
+        report_error(error);
     }
 }
 

@@ -39,7 +39,7 @@ bool write_exact_default(std::ostream &os, cObj const &value) {
         os << "default=" << text << "; ";
         return true;
     }
-    tables.forget_behind(before);
+    tables.forget_after(before);
     if (part.fail()) os.setstate(std::ios_base::failbit);
     report_unwritable();
     return false;

@@ -53,7 +53,7 @@ void cExactTables::enter(cObj const *obj) {
         unreachable.erase(obj);
 }
 
-void cExactTables::forget_behind(size_t count) {
+void cExactTables::forget_after(size_t count) {
     for (size_t i = count; i < entered.size(); ++i)
         forgotten.insert(entered[i].first, entered[i].second);
     entered.resize(count);

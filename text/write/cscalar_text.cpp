@@ -42,9 +42,9 @@ bool is_double_token(std::string_view text) {
     size_t const before = digits_at(text, sign);
     size_t at = sign + before;
     if (at == text.size() || text[at] != '.') return false;
-    size_t const behind = digits_at(text, ++at);
-    if (behind == 0 && (sign || before == 0)) return false;
-    at += behind;
+    size_t const decimals = digits_at(text, ++at);
+    if (decimals == 0 && (sign || before == 0)) return false;
+    at += decimals;
     if (at == text.size()) return true;
     if (text[at] != 'e' && text[at] != 'E') return false;
     if (++at < text.size() && (text[at] == '+' || text[at] == '-')) ++at;

@@ -95,7 +95,7 @@ struct cExactTables {
     cLineCollector *collector = nullptr; // the innermost one
 
     void enter(cObj const *obj);
-    void forget_behind(size_t count);
+    void forget_after(size_t count);
 };
 
 // Creates the tables in the outermost cExactRun, and destroys them at its end.

@@ -29,7 +29,7 @@ bool write_constant(cObj const &obj, cComposer &out);
 bool stack_ends(cComposer &out);
 
 // Prints on the error stream that a value under the current path couldn't be written, and returns.
-void tell_error(cErr const &error);
+void report_error(cErr const &error);
 // Calls report_unwritable and prints its exception like that.
 void try_report_unwritable(std::string const &path);
 

@@ -12,14 +12,14 @@
 #include <csignal>
 #include <unistd.h>
 
-// Called before the static code of the library, since that allocates memory too.
+// Runs before the static initialisation of the library, which allocates memory too.
 [[gnu::section(".preinit_array"),
   gnu::used]] static void (*const before_static_code)() = end_when_memory_ends;
 
 int main(int argc, char **argv) {
     fill_standard_descriptors();
-    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is reported by the exit code
-    sig_idle();                    // the start-up text is not printed
+    std::signal(SIGPIPE, SIG_IGN); // the exit code reports a closed pipe
+    sig_idle();                    // discards the start-up text
     cConsoleDisplay const messages(STDERR_FILENO);
     try {
         return run_command_line(argc, argv);

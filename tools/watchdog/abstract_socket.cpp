@@ -15,7 +15,7 @@ cDescriptor bind_abstract(std::string const &name) {
         errno = ENAMETOOLONG;
         return cDescriptor();
     }
-    std::memcpy(address.sun_path + 1, name.data(), name.size()); // behind the zero of such names
+    std::memcpy(address.sun_path + 1, name.data(), name.size()); // such names begin with a zero
     socklen_t const size =
         static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
     cDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));

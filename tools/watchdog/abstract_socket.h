@@ -1,8 +1,9 @@
 #pragma once
-// Datagram sockets with a name that stands in no file system: the system frees it with the last
-// descriptor, also when the process is killed. So holding such a name proves that one lives.
+// Datagram sockets with a name that is not in a file system. The system frees the name with the
+// last descriptor, even if the process is killed. So a bound name proves that its process is
+// running.
 //
-// Limits: such names are known within one network namespace, and every user may take any.
+// Limits: such a name is valid within one network namespace, and every user may bind any name.
 
 #include "descriptor.h"
 
@@ -10,8 +11,9 @@
 
 namespace watchdog {
 
-// A socket bound to that name, CLOEXEC and non-blocking, each datagram with its sender's
-// credentials. Without one, errno tells why: EADDRINUSE where somebody holds the name.
+// A socket bound to the name, CLOEXEC and non-blocking; each datagram has its sender's credentials.
+// On failure the descriptor is empty and errno has the reason: EADDRINUSE if the name is bound
+// already.
 cDescriptor bind_abstract(std::string const &name);
 
 } // namespace watchdog

@@ -1,6 +1,6 @@
 #pragma once
-// A file descriptor that is closed at the end of its owner's life. All that the watch dog opens is
-// closed when the program is started (CLOEXEC), so the program gets none of it.
+// Owns a file descriptor and closes it. All descriptors of the watch dog are CLOEXEC, so the
+// started program inherits none of them.
 
 #include <unistd.h>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "event.h"
 
 #include "abstract_socket.h"
-#include "tell.h"
+#include "report.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -30,7 +30,7 @@ cEvent::cEvent(std::string const &name, uid_t user) : name_("/" + name), user_(u
         why_not_ = reason("cannot lock it", errno);
 }
 
-// A semaphore that is there while nobody holds the name was left behind.
+// Creates the semaphore. One that exists although no process holds the name is stale.
 void cEvent::create() {
     semaphore_ = made(name_);
     if (semaphore_) return;
@@ -46,7 +46,8 @@ void cEvent::create() {
     if (!semaphore_) why_not_ = reason("cannot make it", error);
 }
 
-// The superuser could remove it all the same, so the owner is looked at, where the system keeps it.
+// Does the semaphore belong to another user? The superuser could remove it, so this tests the owner
+// of its file.
 bool cEvent::is_foreign() const {
     struct stat info {};
     std::string const file = "/dev/shm/sem." + name_.substr(1);
@@ -55,7 +56,7 @@ bool cEvent::is_foreign() const {
 
 cEvent::~cEvent() {
     if (!semaphore_) return;
-    ::sem_unlink(name_.c_str()); // while the lock is held: the next one makes its own
+    ::sem_unlink(name_.c_str()); // before the lock is released: the next watch dog creates its own
     ::sem_close(semaphore_);
 }
 

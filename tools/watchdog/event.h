@@ -1,12 +1,12 @@
 #pragma once
-// The named event that programs raise with each sign of life: a semaphore of this user's, made
+// The named event that programs raise with each sign of life: a semaphore of this user, created
 // before the program is started and removed at the end.
 //
-// There is one of each name and may be several watch dogs. Who holds the socket "qrv-event-<name>"
-// has the event; the system frees that name with its holder, so a semaphore that a killed watch dog
-// left behind is known as such and replaced. One of another user is left alone.
+// Several watch dogs may use the same name, but only one can own the event: the one that holds the
+// socket "qrv-event-<name>". The system frees that name with its holder, so the semaphore of a
+// killed watch dog is recognised as stale and replaced. A semaphore of another user is not touched.
 //
-// Limits: an event says that some program of this user's lives. Which one, only messages tell.
+// Limits: an event shows that some program of this user is alive; only messages show which one.
 
 #include "descriptor.h"
 
@@ -17,8 +17,8 @@ namespace watchdog {
 
 class cEvent {
   public:
-    // `name` as programs know it, without the slash, for that user. Never throws for a system that
-    // says no: then the event is not owned, and why_not() tells the reason.
+    // `name` is the programs' name for the event, without the slash. Does not throw if a system
+    // call fails: then the event is not owned, and why_not() returns the reason.
     explicit cEvent(std::string const &name, uid_t user = ::geteuid());
     cEvent(cEvent const &) = delete;
     cEvent &operator=(cEvent const &) = delete;
@@ -26,7 +26,8 @@ class cEvent {
 
     bool is_owned() const { return semaphore_ != nullptr; }
     std::string const &why_not() const { return why_not_; }
-    // How many times it was raised since the last call; a limit keeps the call short.
+    // How many times the event was raised since the last call, up to a limit that keeps the call
+    // short.
     unsigned int take();
 
   private:

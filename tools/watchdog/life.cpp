@@ -58,7 +58,7 @@ bool cLife::ended(cEnd end) {
     if (!no_life_ && end.is_good()) return over(0);
     if (restarts_ == rules_.restarts) return over(no_life_ ? status_no_life : end.status());
     ++restarts_;
-    state_ = cState::over; // until it is started
+    state_ = cState::over; // until the program is started
     return true;
 }
 

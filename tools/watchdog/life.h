@@ -1,15 +1,16 @@
 #pragma once
-// When a watched program is ended, started again or left alone: decided from times and events
-// alone, so that it can be tested without a process, a clock or a wait.
+// Decides when a watched program is ended, started again or left alone. It uses only times and
+// events that it is given, so it can be tested without a process, a clock or a wait.
 //
 //   running --no sign of life--> ending --grace over--> killed --patience over--> given up
 //   running --asked to stop----> ending
 //   every state but given up --the program ended--> over, or running again
 //
 // Rules: the start counts as the first sign of life. A sign in another state than running changes
-// nothing. Who was asked to stop starts nothing again. When the watch dog itself did not run, what
-// it waits for had no chance either, so the wait begins anew: it was stopped and goes on, or it
-// missed a deadline by more than `oversleep`, as on a machine that stood still.
+// nothing. After a request to stop, nothing is started again. If the watch dog itself did not run,
+// the program may not have run either, so the wait begins anew: after the watch dog was stopped and
+// continued, or if it missed a deadline by more than `oversleep`, as after a suspend of the
+// machine.
 
 #include <chrono>
 
@@ -18,18 +19,18 @@ namespace watchdog {
 using cTime = std::chrono::steady_clock::time_point;
 using cSpan = std::chrono::nanoseconds;
 
-// Exit statuses of the watch dog; each other is the program's.
+// Exit statuses of the watch dog; all others come from the program.
 constexpr int status_wrong_usage = 2;
-constexpr int status_no_life = 124;      // ended for lack of a sign of life, and no restart left
-constexpr int status_failure = 125;      // the watch dog itself can't go on
-constexpr int status_not_executed = 126; // the program is there and can't be executed
+constexpr int status_no_life = 124;      // the program gave no sign of life, and no restart is left
+constexpr int status_failure = 125;      // the watch dog itself can't continue
+constexpr int status_not_executed = 126; // the program exists but can't be executed
 constexpr int status_not_found = 127;
-constexpr int status_signal = 128; // and the number of the signal
+constexpr int status_signal = 128; // plus the number of the signal
 
 struct cRules {
     cSpan timeout = std::chrono::seconds(30);  // between two signs of life
     cSpan grace = std::chrono::seconds(5);     // from SIGTERM to SIGKILL
-    cSpan patience = std::chrono::seconds(10); // from SIGKILL on
+    cSpan patience = std::chrono::seconds(10); // from SIGKILL until it is given up
     int restarts = 0;
 };
 
@@ -53,19 +54,19 @@ class cLife {
 
     void started(cTime now);
     void sign_of_life(cTime now);
-    // Asked to end the program and itself, by that signal; the first one counts.
+    // The watch dog was asked to end the program and itself, by this signal; the first one counts.
     void stop(int signal, cTime now);
-    void slept(cTime now); // the watch dog itself
-    // What is to be done at this time; to be asked at deadline() and whenever it is liked.
+    void slept(cTime now); // the watch dog itself did not run
+    // The step that is due now. Call it at deadline(), or at any time before.
     cStep look(cTime now);
-    // The program has ended. True if it is to be started again; if not, status() stands.
+    // The program has ended. True if it must be started again; if not, status() is final.
     bool ended(cEnd end);
     // The program can't be started.
     void not_started(int error);
 
     cTime deadline() const { return deadline_; }
     int status() const { return status_; }
-    int restarts() const { return restarts_; } // that were asked for until now
+    int restarts() const { return restarts_; } // the number of restarts so far
     bool is_stopping() const { return stop_signal_ != 0; }
 
   private:

@@ -1,8 +1,8 @@
-// The reference watch dog `qrv-watchdog`: starts a program and ends it, and starts it again, when
-// no sign of life comes. It needs the constants of the library and not the library, which would
-// take the standard streams.
+// The reference watch dog `qrv-watchdog`: starts a program. If the program gives no sign of life,
+// ends it and starts it again. Uses the constants of the library, but does not link the library,
+// which would redirect the standard streams.
 
-#include "tell.h"
+#include "report.h"
 #include "watch.h"
 
 #include <exception>
@@ -12,8 +12,8 @@
 
 namespace {
 
-// Descriptors 0 to 2 that the caller closed are taken, so that no socket gets one. For the program
-// they are closed, as they were.
+// Opens those of the descriptors 0 to 2 that the caller has closed, so that no socket gets one.
+// They are closed again for the program.
 void fill_standard_descriptors() {
     for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (::fcntl(descriptor, F_GETFD) < 0) ::open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -34,8 +34,8 @@ int watch(watchdog::cOptions const &options) {
         return over.run();
     } catch (std::exception const &error) {
         bool const runs = over.program().is_running();
-        watchdog::tell(error.what() + (runs ? "; " + over.program().full_name() + " is left alone"
-                                            : std::string()));
+        watchdog::report(error.what() + (runs ? "; " + over.program().full_name() + " is left alone"
+                                              : std::string()));
         return watchdog::status_failure;
     }
 }
@@ -47,10 +47,10 @@ int main(int argc, char **argv) {
     try {
         watchdog::cParsed const parsed = watchdog::parse(argc, argv);
         if (parsed.options) return watch(*parsed.options);
-        bool const told = put(STDOUT_FILENO, parsed.output) && put(STDERR_FILENO, parsed.error);
-        return told ? parsed.status : watchdog::status_failure;
+        bool const done = put(STDOUT_FILENO, parsed.output) && put(STDERR_FILENO, parsed.error);
+        return done ? parsed.status : watchdog::status_failure;
     } catch (std::exception const &error) {
-        watchdog::tell(error.what());
+        watchdog::report(error.what());
         return watchdog::status_failure;
     }
 }

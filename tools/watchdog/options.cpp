@@ -17,7 +17,7 @@ namespace watchdog {
 namespace {
 
 constexpr char const *footer =
-    "PROGRAM is told about its watch dog by environment variables, and gives a sign of life with\n"
+    "PROGRAM learns about its watch dog from environment variables, and gives a sign of life with\n"
     "each sig_progstep that it fires. If none comes for --timeout seconds, also because it was\n"
     "stopped, it gets SIGTERM and, --grace seconds later, SIGKILL. It is started again as long as\n"
     "--restart allows, also when it died or exited with another status than 0. SIGTERM, SIGINT "
@@ -32,7 +32,7 @@ constexpr char const *footer =
     "Example:\n"
     "  qrv-watchdog --timeout 5 --restart 3 -- ./server --port 8080\n";
 
-// CLI11 does not know what stands behind the mark.
+// Adds the arguments after --, which CLI11 does not know, to the help.
 class cFormatter : public CLI::Formatter {
   public:
     std::string make_usage(CLI::App const *, std::string) const override {
@@ -41,7 +41,8 @@ class cFormatter : public CLI::Formatter {
 };
 
 std::string wrong_span(std::string const &text) {
-    return span_of(text) ? "" : "'" + text + "' is no number of seconds above 0, 1000000 at most";
+    return span_of(text) ? ""
+                         : "'" + text + "' is not a number of seconds above 0, 1000000 at most";
 }
 
 std::string wrong_event(std::string const &text) {
@@ -71,20 +72,20 @@ void add_options(CLI::App &app, cOptions &options) {
         ->type_name("NAME")
         ->check(CLI::Validator(wrong_event, ""))
         ->capture_default_str();
-    app.add_flag("--verbose", options.verbose, "tell of starts, messages and ignored datagrams");
+    app.add_flag("--verbose", options.verbose, "report starts, messages and ignored datagrams");
 }
 
-// CLI11's own, but for what stands ahead of the mark and belongs behind it.
+// CLI11's message, except for an argument before -- that belongs after it.
 std::string failure(CLI::App const *app, CLI::Error const &error) {
     std::string text = CLI::FailureMessage::simple(app, error);
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError))
-        text.insert(text.find('\n') + 1, "PROGRAM and its arguments stand behind --\n");
+        text.insert(text.find('\n') + 1, "PROGRAM and its arguments come after --\n");
     return text;
 }
 
-// Of the options alone; throws what CLI11 throws.
+// Parses the options before --. Throws the errors of CLI11.
 void parse_own(CLI::App &app, cOptions &options, std::vector<std::string> own, bool has_mark) {
-    std::reverse(own.begin(), own.end()); // as CLI11 takes them
+    std::reverse(own.begin(), own.end()); // CLI11 expects the reverse order
     app.parse(own);
     if (!has_mark || options.command.empty()) throw CLI::RequiredError("-- PROGRAM");
     options.rules.timeout = *span_of(options.timeout);

@@ -1,6 +1,6 @@
 #pragma once
-// The command line: [OPTIONS] -- PROGRAM ARGS. What stands behind the first -- is the program's and
-// not looked at.
+// The command line: [OPTIONS] -- PROGRAM ARGS. The arguments after the first -- are passed to the
+// program unchanged.
 
 #include "life.h"
 
@@ -12,7 +12,7 @@ namespace watchdog {
 
 struct cOptions {
     cRules rules{};
-    std::string timeout = "30"; // as it was given
+    std::string timeout = "30"; // as the user wrote it
     std::string grace = "5";
     std::string event{};
     bool verbose = false;
@@ -22,10 +22,11 @@ struct cOptions {
 constexpr double longest_span = 1000000; // seconds
 constexpr int most_restarts = 1000000;
 
-// A decimal number of seconds above 0 and at most longest_span; it is at least a millisecond then.
+// Reads a decimal number of seconds above 0 and at most longest_span. The result is at least a
+// millisecond. Empty for other text.
 std::optional<cSpan> span_of(std::string const &text);
 
-// What there is to do, or the exit status when that is nothing but to say something.
+// The parsed options; or, if there is only something to print, the exit status and the text.
 struct cParsed {
     std::optional<cOptions> options{};
     int status = 0;

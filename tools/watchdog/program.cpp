@@ -1,7 +1,7 @@
 #include "program.h"
 
 #include "qrv/util/cwatchdog.h"
-#include "tell.h"
+#include "report.h"
 
 #include <cerrno>
 #include <csignal>
@@ -15,7 +15,7 @@ namespace watchdog {
 
 namespace {
 
-// Pointers to the texts, with a null behind them, as the system takes lists of texts.
+// Pointers to the strings and a final null, as system calls expect them. Borrows the strings.
 std::vector<char *> pointers(std::vector<std::string> &texts) {
     std::vector<char *> list;
     for (std::string &text : texts) list.push_back(text.data());
@@ -23,8 +23,9 @@ std::vector<char *> pointers(std::vector<std::string> &texts) {
     return list;
 }
 
-// Whatever signals we block, ignore or were told to ignore: the program begins as programs do. Of
-// those that a terminal sends it ignores what our caller ignores, as under nohup.
+// The program starts with the usual signal handling, independent of the signals that the watch dog
+// blocks or ignores. But it ignores those signals of a terminal that our caller ignores, as with
+// nohup.
 class cAttributes {
   public:
     cAttributes() {
@@ -80,7 +81,7 @@ std::optional<cEnd> cProgram::ended() {
     int status = 0;
     pid_t found = 0;
     do found = ::waitpid(-1, &status, WNOHANG);
-    while (found > 0 && found != pid_); // an orphan that came to us
+    while (found > 0 && found != pid_); // skips orphans that this process has inherited
     if (found == 0 || (found < 0 && errno == EINTR)) return std::nullopt;
     if (found < 0) throw cFailure(reason("cannot wait for " + full_name(), errno));
     pid_ = 0;
@@ -89,7 +90,7 @@ std::optional<cEnd> cProgram::ended() {
 }
 
 void cProgram::signal(int number) const {
-    if (pid_ > 0) ::kill(pid_, number); // it is not waited for yet, so the id is no other process's
+    if (pid_ > 0) ::kill(pid_, number); // not waited for yet, so the id is still this program's
 }
 
 std::string cProgram::name() const {

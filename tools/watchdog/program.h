@@ -1,8 +1,8 @@
 #pragma once
-// The watched program as a process: it starts with the variables that tell it about the watch dog,
-// with default signal handling but for a terminal's signals that our caller ignores, and with the
-// standard streams that the watch dog was given. Only the program itself is ended, not what it has
-// started.
+// The watched program as a process. It starts with environment variables about the watch dog, with
+// default signal handling except for signals of a terminal that our caller ignores, and with the
+// standard streams of the watch dog. Only the program itself is ended, not the processes that it
+// has started.
 
 #include "life.h"
 
@@ -14,25 +14,25 @@
 
 namespace watchdog {
 
-// Our environment, with the title and this id in place of what it says of them.
+// Our environment, with the title and this id in place of earlier values.
 std::vector<std::string> environment_of(char const *const *ours, std::uint32_t id);
 
 class cProgram {
   public:
-    // `command`: the program, looked for in PATH where it has no slash, and its arguments.
+    // `command`: the program, which is searched for in PATH if it has no slash, and its arguments.
     cProgram(std::vector<std::string> command, std::uint32_t id);
     cProgram(cProgram const &) = delete;
     cProgram &operator=(cProgram const &) = delete;
 
-    // 0, or the error number of what the system said.
+    // Starts the program. Returns 0 or the error number of the system call.
     int start();
-    // How it ended, once; nothing as long as it lives. Takes the ends of orphans too, which come to
-    // the first process of a container. Throws cFailure.
+    // Returns once how the program ended; empty while it runs. Also waits for orphans, which the
+    // first process of a container inherits. Throws cFailure.
     std::optional<cEnd> ended();
-    void signal(int number) const; // nothing if none runs
+    void signal(int number) const; // does nothing if the program isn't running
     bool is_running() const { return pid_ > 0; }
     std::string name() const;      // without folders
-    std::string full_name() const; // with the process id, as long as it runs
+    std::string full_name() const; // with the process id while it runs
 
   private:
     std::vector<std::string> command_;

@@ -1,6 +1,6 @@
 #include "signals.h"
 
-#include "tell.h"
+#include "report.h"
 
 #include <cerrno>
 #include <csignal>
@@ -18,9 +18,9 @@ bool is_ignored(int number) {
 } // namespace
 
 cSignals::cSignals() {
-    std::signal(SIGPIPE, SIG_IGN); // who does not read what is told
+    std::signal(SIGPIPE, SIG_IGN); // a closed standard error must not end the watch dog
     std::signal(SIGCHLD,
-                SIG_DFL); // ignored, as a caller may have it, it would hide how a program ended
+                SIG_DFL); // if the caller ignores it, waitpid cannot return how a program ended
     sigset_t set{};
     ::sigemptyset(&set);
     for (int number : {SIGCHLD, SIGCONT, SIGTERM}) ::sigaddset(&set, number);

@@ -1,6 +1,6 @@
 #pragma once
-// The signals that the watch dog is sent, as something to be waited for together with messages:
-// they are blocked for the whole of its life and taken from a descriptor.
+// The signals that the watch dog receives. They are blocked all the time and read from a
+// descriptor, so that the watch dog can wait for signals and messages together.
 
 #include "descriptor.h"
 
@@ -8,17 +8,17 @@ namespace watchdog {
 
 class cSignals {
   public:
-    // SIGCHLD, SIGCONT, which tells that we were stopped, and those that ask for an end: SIGTERM,
-    // and SIGINT and SIGHUP unless our caller ignores them, as nohup does. SIGPIPE is ignored from
-    // here on. Throws cFailure.
+    // Blocks SIGCHLD; SIGCONT, which shows that the watch dog was stopped; and those that ask for
+    // an end: SIGTERM, and SIGINT and SIGHUP unless our caller ignores them, as nohup does. Ignores
+    // SIGPIPE. Throws cFailure.
     cSignals();
     cSignals(cSignals const &) = delete;
     cSignals &operator=(cSignals const &) = delete;
 
     struct cTaken {
-        int number = 0; // 0 when none waits
-        // An interrupt by the terminal, which the program, of the same group, has got too. A
-        // terminal that hangs up tells the leader of its session alone.
+        int number = 0; // 0 if no signal is pending
+        // An interrupt by the terminal: the program is in the same group and has received it too.
+        // (SIGHUP of a closed terminal goes only to the leader of its session.)
         bool by_terminal = false;
     };
     cTaken take() const;

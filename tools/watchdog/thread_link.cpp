@@ -2,7 +2,7 @@
 
 #include "abstract_socket.h"
 #include "qrv/util/cwatchdog.h"
-#include "tell.h"
+#include "report.h"
 
 #include <array>
 #include <cerrno>
@@ -14,16 +14,17 @@ namespace watchdog {
 namespace {
 
 constexpr size_t message_size = 12;
-constexpr std::uint32_t beyond_processes = 0x400000; // no process id reaches it
+constexpr std::uint32_t beyond_processes = 0x400000; // greater than all process ids
 constexpr int tries = 16;
-constexpr int buffer_size = 4 << 20; // the system gives what it allows
+constexpr int buffer_size = 4 << 20; // the system may allow less
 
 std::uint32_t number_at(unsigned char const *bytes) {
     return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
            static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
 }
 
-// False if the datagram does not tell who sent it, and nothing but that.
+// Returns the sender of a datagram in `sender`; false if the datagram lacks its credentials, or has
+// other control data.
 bool sender_of(msghdr const &header, ucred &sender) {
     cmsghdr const *const control = CMSG_FIRSTHDR(&header);
     if ((header.msg_flags & MSG_CTRUNC) != 0 || !control || control->cmsg_level != SOL_SOCKET ||
@@ -59,7 +60,7 @@ cThreadLink::cThreadLink(std::uint32_t wanted) : id_(wanted) {
 
 cDatagram cThreadLink::take() {
     std::array<unsigned char, message_size> bytes{};
-    // Room for the credentials alone: descriptors that somebody sends along are never received.
+    // Room only for the credentials, so descriptors in a datagram are never received.
     alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(ucred))> control{};
     iovec part{bytes.data(), bytes.size()};
     msghdr header{};

@@ -1,10 +1,9 @@
 #pragma once
-// The receiving end of thread messages: a socket "qrv-thread-<id>", on which each message is a
-// datagram of 12 bytes. What another user sent, has another length or tells no sender is not a
-// message.
+// The receiving end of thread messages: a socket "qrv-thread-<id>". Each message is a datagram of
+// 12 bytes. A datagram from another user, of another length or without its sender is not a message.
 //
-// Limits: the system drops datagrams when the socket is full, and everybody can fill it. The event
-// (event.h) is for that.
+// Limits: the system drops datagrams when the socket is full, and every user can fill it. Then only
+// the event (event.h) shows that the program is alive.
 
 #include "descriptor.h"
 
@@ -24,24 +23,25 @@ struct cMessage {
 struct cDatagram {
     enum class cKind { nothing, message, foreign, wrong_length, no_sender };
     cKind kind = cKind::nothing;
-    cMessage message{};    // of kind message
-    unsigned int user = 0; // of kind foreign
+    cMessage message{};    // for kind message
+    unsigned int user = 0; // the sender, for kind foreign
 };
 
-// What the bytes that recvmsg has put into `header` are, for a receiver of the user `own`.
+// Classifies the datagram that recvmsg has read into `header`, for a receiver that runs as user
+// `own`.
 cDatagram judge(msghdr const &header, size_t length, unsigned int own);
 
 class cThreadLink {
   public:
-    // Takes that id, or one that is a number of times 0x400000 above it, where the name is in use:
-    // no process has one of these. Throws cFailure.
+    // Uses the wanted id. If its name is in use, adds 0x400000 until one is free; no process has
+    // such an id. Throws cFailure.
     explicit cThreadLink(std::uint32_t wanted);
     cThreadLink(cThreadLink const &) = delete;
     cThreadLink &operator=(cThreadLink const &) = delete;
 
     std::uint32_t id() const { return id_; }
     int descriptor() const { return socket_.number(); }
-    // The next that waits; kind nothing if none does. Throws cFailure.
+    // The next waiting datagram; kind nothing if there is none. Throws cFailure.
     cDatagram take();
 
   private:

@@ -1,11 +1,11 @@
-// One round: wait, take everything that is there, then look at the clock. In this order, so that a
-// sign of life that came in time is never too late, however long the round took to begin, and so
-// that the last messages of a program are taken before its end.
+// One round: wait, process everything that has arrived, then read the clock. In this order, a sign
+// of life that arrived in time counts even if the round begins late, and the last messages of a
+// program are processed before its end.
 
 #include "watch.h"
 
 #include "qrv/util/cwatchdog.h"
-#include "tell.h"
+#include "report.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -19,8 +19,8 @@ namespace watchdog {
 
 namespace {
 
-constexpr int most_messages = 1024; // in one round, so that nobody keeps us from the clock
-constexpr int looks = 4;            // at the event, which wakes nobody, within a timeout
+constexpr int most_messages = 1024; // in one round, so that the clock is read in time
+constexpr int looks = 4;            // queries of the event, which wakes nobody, in one timeout
 
 cTime now() { return std::chrono::steady_clock::now(); }
 
@@ -51,7 +51,7 @@ cWatch::cWatch(cOptions const &options)
     : options_(options), link_(static_cast<std::uint32_t>(::getpid())), event_(options.event),
       program_(options.command, link_.id()), life_(options.rules) {
     if (!event_.is_owned())
-        tell("event " + options.event + ": " + event_.why_not() + "; messages alone count");
+        report("event " + options.event + ": " + event_.why_not() + "; messages alone count");
 }
 
 int cWatch::run() {
@@ -66,12 +66,12 @@ bool cWatch::start() {
     int const error = program_.start();
     if (error != 0) {
         life_.not_started(error);
-        tell(reason("cannot start " + options_.command[0], error));
+        report(reason("cannot start " + options_.command[0], error));
         return false;
     }
     life_.started(now());
     if (options_.verbose)
-        tell("started " + program_.full_name() + ", id " + std::to_string(link_.id()));
+        report("started " + program_.full_name() + ", id " + std::to_string(link_.id()));
     return true;
 }
 
@@ -117,7 +117,7 @@ bool cWatch::take_messages() {
     return alive;
 }
 
-// True if it is a sign of life.
+// Returns whether the datagram is a sign of life.
 bool cWatch::take_datagram(cDatagram const &datagram) {
     if (datagram.kind != cDatagram::cKind::message) {
         ++counts_.ignored;
@@ -129,7 +129,7 @@ bool cWatch::take_datagram(cDatagram const &datagram) {
         return true;
     }
     ++counts_.others;
-    if (options_.verbose) tell(described(datagram.message));
+    if (options_.verbose) report(described(datagram.message));
     return false;
 }
 
@@ -139,13 +139,13 @@ bool cWatch::take_events() {
     return count != 0;
 }
 
-// Tells how it ended; true if it was started again.
+// Reports how the program ended. Returns whether it was started again.
 bool cWatch::ended(cEnd end) {
     bool const again = life_.ended(end);
-    if (!end.is_good() && !life_.is_stopping()) tell(program_.name() + " " + described(end));
+    if (!end.is_good() && !life_.is_stopping()) report(program_.name() + " " + described(end));
     if (!again) return false;
-    tell(program_.name() + " is started again, " + std::to_string(life_.restarts()) + " of " +
-         std::to_string(options_.rules.restarts));
+    report(program_.name() + " is started again, " + std::to_string(life_.restarts()) + " of " +
+           std::to_string(options_.rules.restarts));
     return start();
 }
 
@@ -154,18 +154,18 @@ void cWatch::act(cLife::cStep step) {
     case cLife::cStep::none:
         return;
     case cLife::cStep::terminate:
-        tell("no sign of life from " + program_.full_name() + " for " + options_.timeout +
-             " s: it is ended");
+        report("no sign of life from " + program_.full_name() + " for " + options_.timeout +
+               " s: it is ended");
         return end_by(SIGTERM);
     case cLife::cStep::kill:
-        tell(program_.full_name() + " did not end within " + options_.grace + " s: it is killed");
+        report(program_.full_name() + " did not end within " + options_.grace + " s: it is killed");
         return program_.signal(SIGKILL);
     case cLife::cStep::give_up:
-        tell(program_.full_name() + " cannot be killed: it is left alone");
+        report(program_.full_name() + " cannot be killed: it is left alone");
     }
 }
 
-// A stopped program acts on a signal only when it goes on.
+// Also continues the program: a stopped program would not act on the signal.
 void cWatch::end_by(int signal) const {
     program_.signal(signal);
     program_.signal(SIGCONT);
@@ -175,13 +175,13 @@ void cWatch::say_ignored(cDatagram const &datagram) {
     unsigned int const bit = 1u << static_cast<unsigned int>(datagram.kind);
     if (!options_.verbose || (said_ & bit) != 0) return;
     said_ |= bit;
-    tell("a datagram " + described(datagram) + " is ignored, as all like it");
+    report("a datagram " + described(datagram) + " is ignored, as all like it");
 }
 
 void cWatch::say_counts() const {
-    tell("signs of life: " + std::to_string(counts_.signs) + " messages, " +
-         std::to_string(counts_.events) + " events; other messages: " +
-         std::to_string(counts_.others) + "; ignored: " + std::to_string(counts_.ignored));
+    report("signs of life: " + std::to_string(counts_.signs) + " messages, " +
+           std::to_string(counts_.events) + " events; other messages: " +
+           std::to_string(counts_.others) + "; ignored: " + std::to_string(counts_.ignored));
 }
 
 } // namespace watchdog

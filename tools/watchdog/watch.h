@@ -14,12 +14,12 @@ namespace watchdog {
 
 class cWatch {
   public:
-    // Link and event are there when this is made, before the program runs. Throws cFailure.
+    // Creates link and event, before the program runs. Throws cFailure.
     explicit cWatch(cOptions const &options);
     cWatch(cWatch const &) = delete;
     cWatch &operator=(cWatch const &) = delete;
 
-    // To the end; the exit status. Throws cFailure; the program goes on then.
+    // Watches until the end. Returns the exit status. Throws cFailure; then the program continues.
     int run();
     cProgram const &program() const { return program_; }
 
@@ -51,7 +51,7 @@ class cWatch {
     cProgram program_;
     cLife life_;
     cCounts counts_{};
-    unsigned int said_ = 0; // a bit for each kind of datagram that was told of
+    unsigned int said_ = 0; // a bit for each kind of datagram that was reported
 };
 
 } // namespace watchdog

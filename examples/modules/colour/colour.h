@@ -1,12 +1,12 @@
 #pragma once
-// What the module "colour" offers besides its two types: names of colours, as an entry of the
-// repository for the interface cColourNames, under "web".
+// The module "colour" also has names of colours, as an entry of the repository for the interface
+// cColourNames, with the name "web".
 //
 //     cModule::load("colour");
 //     auto *names = cat::find_entry<cColourNames>("web");
 //
-// A type of another library is found by its name alone, so this class needs no code of the module.
-// One thread at a time.
+// The repository finds a type of another library by its name, so this class needs no code of the
+// module. One thread at a time.
 
 #include <string>
 

@@ -1,9 +1,9 @@
-// Edits a tree of objects, takes the edits back and makes them again. An edit changes one entry of
-// one map; whoever watches the map by its signal `changed` sees edits and undone ones alike.
+// Edits a tree of objects, undoes the edits and redoes them. An edit changes one entry of one map;
+// the map's signal `changed` reports edits and undone edits.
 //
-// An edit remembers what stood there, what stands there, and before which entry, so that order
-// comes back too. Values in the tree are replaced and never assigned to: those that an edit
-// remembers stay as they were.
+// An edit stores the old value, the new value, and the following entry, so that it can restore the
+// order too. Values in the tree are replaced and never assigned to, so the stored values do not
+// change.
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csignalobj.h"
 #include "qrv/core/cobjd.h"
@@ -21,20 +21,20 @@ namespace {
 
 using mapref = cRef<cMapObj>;
 
-// Which edits are meant: those of one map. A null info means all.
+// Selects the edits of one map. A null info selects all edits.
 struct cEditsOf : cUndoInfoBase {
     explicit cEditsOf(cObj const *obj) : map(obj) {}
     cObj const *map;
 };
 
-// A list that isn't active leaves the action to its maker: here it goes.
+// A list that isn't active does not take the action, which is then destroyed here.
 void keep(cUndoGlobalList &list, std::unique_ptr<cUndo> action) {
     if (list.add(action.get())) static_cast<void>(action.release());
 }
 
 class cEdit : public cUndo {
   public:
-    // The value cat::badfind() is for no entry, here as everywhere.
+    // The value cat::badfind() means that there is no entry.
     cEdit(mapref const &map, std::string const &key, objref const &before, objref const &after)
         : map_(map), key_(key), before_(before), after_(after),
           cost_(cat::as_text(before).size() + cat::as_text(after).size()) {
@@ -55,7 +55,7 @@ class cEdit : public cUndo {
         return true;
     }
 
-    // The inverse goes to the other list; what undoes an undone edit is a redo.
+    // The inverse is stored in the other list; undoing an undo is a redo.
     bool undo(cUndoInfoBase *info) override {
         if (!isfor(info)) return false;
         auto inverse = std::make_unique<cEdit>(map_, key_, after_, before_);
@@ -85,8 +85,8 @@ class cEdit : public cUndo {
     bool redo_ = false;
 };
 
-// Sets, adds or, with cat::badfind(), removes what stands at a path. What was undone before can't
-// be done again: shutting a list empties it.
+// Sets, adds or, with cat::badfind(), removes the value at a path. Edits that were undone before
+// can't be redone afterwards: deactivating a list empties it.
 bool edit(objref const &root, std::string const &path, objref const &value) {
     std::size_t const cut = path.rfind('/');
     objref const owner = cut == path.npos ? root : root->getattrp(path.substr(0, cut));
@@ -155,7 +155,7 @@ int main() {
     undoGlobalList.makeUndo(&of_bus);
     undoGlobalList.makeUndo(&of_bus);
 
-    std::cout << "Redo once, and undo whatever is newest, twice.\n";
+    std::cout << "Redo once, and undo the newest edit, twice.\n";
     redoGlobalList.makeUndo(nullptr);
     undoGlobalList.makeUndo(nullptr);
     undoGlobalList.makeUndo(nullptr);

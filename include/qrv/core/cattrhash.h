@@ -384,7 +384,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     };
     class cKeep;
     class cHold;
-    class cDying;
+    class cDestruction;
 
     // The end of the ring; a link that is not a node.
     struct cAnchor final : cLink {};

@@ -98,7 +98,7 @@ TEST_F(ReadText, text_after_the_value_is_an_error) {
         EXPECT_EQ(read(text).find('\n'), std::string::npos) << text;
 }
 
-TEST_F(ReadTextEdge, a_text_without_a_value_is_an_error) {
+TEST_F(ReadTextEdge, text_without_a_value_is_an_error) {
     EXPECT_EQ(read(""), "null\n1:1: error: Text without a value");
     EXPECT_EQ(read("// c\n"), "null\n2:1: error: Text without a value");
     EXPECT_EQ(read("\xef\xbb\xbf"), "null\n1:1: error: Text without a value");
@@ -194,7 +194,7 @@ TEST_F(ReadText, of_a_file_names_the_file) {
               file.name + ":2:7: error: Unknown #-value (no defined const): #none");
 }
 
-TEST_F(ReadText, what_is_no_readable_file_is_one_error) {
+TEST_F(ReadText, a_path_that_is_not_a_readable_file_is_one_error) {
     for (std::string const &path :
          {std::string("/no/such/file"), ::testing::TempDir(), std::string()}) {
         cat::ReadReport report;

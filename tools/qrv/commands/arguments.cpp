@@ -6,7 +6,8 @@
 
 namespace {
 
-// "-o,--output=FILE": the names for the parser, and what the help calls the value.
+// A name such as "-o,--output=FILE": the names for the parser, and the name of the value in the
+// help.
 struct cName {
     explicit cName(std::string_view name)
         : names(name.substr(0, name.find('='))),
@@ -34,8 +35,8 @@ void cArguments::required(char const *name, std::string &value, cTest test, char
     command_.add_option(name, value, help)->required()->check(validator(test));
 }
 
-// One option for each value: the parser splits the values of an option with several at commas if
-// they are in square brackets.
+// Adds one option for each value: if an option has several values, the parser splits values in
+// square brackets at commas.
 void cArguments::required(char const *name, std::vector<std::string> &values, cRange count,
                           char const *help) {
     for (int i = 0; i < count.highest; ++i) {

@@ -12,9 +12,9 @@ namespace CLI {
 class App;
 }
 
-// All variables are borrowed until the command line is parsed. What they hold is the default. A
-// name is "FILE" for an argument by position, "--text" or "-o,--output" for an option; the help
-// calls a text that an option takes TEXT, or FILE after "--output=FILE".
+// All variables are borrowed until the command line is parsed; their values before are the
+// defaults. A name is "FILE" for a positional argument, "--text" or "-o,--output" for an option.
+// The help calls the value of an option TEXT, or FILE if the name is "--output=FILE".
 class cArguments {
   public:
     struct cRange {
@@ -22,8 +22,8 @@ class cArguments {
         int highest;
     };
     struct cTest {
-        char const *kind;                               // of the value, for the help
-        std::string (*wrong)(std::string const &value); // empty, or what is wrong
+        char const *kind;                               // the kind of value, for the help
+        std::string (*wrong)(std::string const &value); // what is wrong with it, or empty
     };
 
     explicit cArguments(CLI::App &command) : command_(command) {}
@@ -31,11 +31,11 @@ class cArguments {
     void required(char const *name, std::string &value, char const *help);
     void required(char const *name, std::vector<std::string> &values, char const *help);
     void required(char const *name, std::string &value, cTest test, char const *help);
-    // So many values, at least and at most.
+    // Needs a number of values in this range.
     void required(char const *name, std::vector<std::string> &values, cRange count,
                   char const *help);
 
-    // Any number of values; an option takes one each time it is given.
+    // Accepts any number of values; an option has one value each time it is given.
     void repeated(char const *name, std::vector<std::string> &values, char const *help);
     void repeated(char const *name, std::vector<std::string> &values, cTest test, char const *help);
 
@@ -50,15 +50,15 @@ class cArguments {
     void flag(char const *name, std::string &value, char const *usual, cTest test,
               char const *help);
 
-    // Both are names of options that were added.
+    // The two options cannot be given together. Both must have been added.
     void exclude(char const *option, char const *other);
     void need(char const *option, char const *other);
-    // After parsing: "OPTION requires WHAT" if `is_missing` returns true.
+    // After parsing, reports "OPTION requires WHAT" if `is_missing` returns true.
     void need(char const *option, char const *what, std::function<bool()> is_missing);
 
   private:
     using cChecks = std::vector<std::function<void()>>;
 
     CLI::App &command_;
-    std::shared_ptr<cChecks> checks_; // after parsing; shared with the parser, null without checks
+    std::shared_ptr<cChecks> checks_; // run after parsing; shared with the parser, may be null
 };

@@ -1,4 +1,4 @@
-// `at`: what is written at a position.
+// `at`: prints what is written at a position.
 
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/commands/command.h"
@@ -33,7 +33,7 @@ std::optional<cPlace> place_of(std::string const &text) {
     return whole && place.line > 0 && place.column > 0 ? std::optional(place) : std::nullopt;
 }
 
-// None if the text has no such line, or the line no such column.
+// The offset of a position; empty if the text has no such line, or the line no such column.
 std::optional<std::uint32_t> offset_of(std::string const &bytes, cPlace place) {
     size_t begin = 0;
     for (unsigned line = 1; line < place.line; ++line) {

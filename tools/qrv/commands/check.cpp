@@ -1,4 +1,4 @@
-// `check`: every mistake with its position.
+// `check`: reports every mistake with its position.
 
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/commands/command.h"
@@ -14,8 +14,8 @@ namespace {
 struct cOptions {
     std::vector<std::string> files;
     bool all = false;
-    std::vector<std::string> warnings; // as -W takes them
-    std::string format;                // of a report; empty: none
+    std::vector<std::string> warnings; // arguments of -W
+    std::string format;                // the format of the report; no report if empty
     int max_errors = default_max_errors;
 };
 
@@ -59,7 +59,7 @@ int print_report(cOptions const &options, cBytesWork const &check) {
         check(bytes, messages, reply);
         reply.text = report.part(messages.findings(), bytes);
     };
-    choose_colours("never"); // they are chosen for standard error
+    choose_colours("never"); // the choice applies to standard error, not to the report
     int status = exit_done;
     bool written = put_result(report.begin());
     for (std::string const &name : options.files) {

@@ -1,6 +1,6 @@
 #pragma once
-// A command registers itself. Its file holds its options, its help and what it does, and one
-// object, which no other file names:
+// A command registers itself. Its file contains its options, its help and its work, and one object,
+// which no other file uses:
 //
 //   cCommand const check(70, "check", "Print every error of a file", help,
 //                          define<cOptions, add_arguments, run>);
@@ -16,7 +16,8 @@
 
 class cCommand {
   public:
-    // Adds the arguments, and returns what does the work after parsing and returns an exit code.
+    // Adds the arguments. Returns the function that does the work after parsing; the function
+    // returns an exit code.
     using cDefine = std::function<int()> (*)(cArguments &arguments);
 
     // The help lists the commands by rank. The strings are borrowed.
@@ -40,7 +41,8 @@ class cCommand {
     cCommand const *next_;
 };
 
-// The usual definition: options of a type, functions that add them and do the work with them.
+// The usual definition: a type with the options, and functions that add the options and do the
+// work.
 template <class Options, void (*add_arguments)(cArguments &, Options &),
           int (*run)(Options const &)>
 std::function<int()> define(cArguments &arguments) {

@@ -30,7 +30,7 @@ constexpr char const *footer =
 
 using cWords = std::vector<std::string>;
 
-// The command line in parts. Options before the command are parsed like those after it.
+// The parts of the command line. Options before the command are parsed like those after it.
 struct cSplit {
     std::optional<std::string> command;
     cWords arguments;
@@ -76,7 +76,7 @@ class cParser {
     CLI::App &app() { return app_; }
     std::string help() const { return help_->of(app_); }
 
-    // None if there is work to do, else the exit code.
+    // The exit code; empty if there is work to do.
     std::optional<int> parse(cWords const &arguments) {
         try {
             refuse_empty_values(arguments);
@@ -98,7 +98,7 @@ class cParser {
     static int print(std::string const &text) { return put_result(text) ? exit_done : exit_failed; }
 
   private:
-    // The parser would make the argument after "--output=" its value.
+    // Refuses "--output=" without a value: the parser would use the next argument.
     void refuse_empty_values(cWords const &arguments) const {
         for (std::string const &argument : arguments) {
             if (argument == "--") return;
@@ -116,7 +116,7 @@ class cParser {
     std::string colours_ = "auto";
 };
 
-// The tool itself: it lists the commands, which parse their arguments alone.
+// The parser of the tool itself. It lists the commands, which parse their own arguments.
 class cToolParser : public cParser {
   public:
     cToolParser() : cParser("Reads, checks and rewrites files of object trees.", "qrv") {
@@ -128,7 +128,7 @@ class cToolParser : public cParser {
     }
 };
 
-// A command: what to do with its options is known after parsing.
+// The parser of a command.
 class cCommandParser : public cParser {
   public:
     explicit cCommandParser(cCommand const &command)

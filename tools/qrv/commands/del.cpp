@@ -1,4 +1,4 @@
-// `del`: entries removed from the value of a file.
+// `del`: removes entries from the value of a file.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
@@ -23,10 +23,10 @@ constexpr char const *help =
     "  qrv del -i device.attr sensors/0 bus/retries  # replaces the file";
 
 int run(cOptions const &options) {
-    return rewrite(options.file, options, [&](cChanging const &file, std::string &told) {
+    return rewrite(options.file, options, [&](cChanging const &file, std::string &errors) {
         cMessages messages(options.file, options.max_errors);
         for (std::string const &path : options.paths) remove_entry(file.value, path, messages);
-        told = messages.text();
+        errors = messages.text();
         return messages.count() == 0;
     });
 }

@@ -1,6 +1,6 @@
-// `explain`: what is known of one value in a file, a line for each thing, only those that apply.
-// The path is gone along a second time, key by key: its keys make the path as references have it,
-// and the object before the last key may have a rule for the value.
+// `explain`: prints facts about one value in a file, one on each line. The command follows the path
+// a second time, key by key: the keys give the path in the form of references, and the object
+// before the last key may have a rule for the value.
 
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cchoiceval.h"
@@ -52,17 +52,17 @@ constexpr char const *help = "Example:\n"
                              "  shared    another path to the same value, at most eight of them";
 
 constexpr size_t most_shared = 8;
-constexpr size_t longest_line = 400; // of paths and lists
+constexpr size_t longest_line = 400; // for paths and lists
 
-// Where a path led.
+// The end of a path.
 struct cGoal {
     objref value;
-    objref owner; // of the attribute
+    objref owner; // the object that has the attribute
     objref key;
     std::string path; // "/a/0"
 };
 
-// The path was read before, by the library: so tokens are keys and separators in turn.
+// The library has accepted the path before, so its tokens are alternately keys and separators.
 cGoal goal_of(objref const &top, std::string const &path, objref const &value) {
     std::istringstream is(path);
     is.imbue(std::locale::classic());
@@ -96,50 +96,51 @@ class cExplanation {
         if (!constant) others = sharing_.paths(goal_.value.get(), most_shared + 2);
         others.erase(std::remove(others.begin(), others.end(), goal_.path), others.end());
         line("path", shortened(goal_.path, longest_line));
-        tell_type();
+        print_type();
         if (constant) line("constant", shown(goal_.value));
-        tell_place();
-        tell_rule();
-        tell_choice();
-        tell_container();
-        if (!constant) tell_comment();
-        tell_shared(others);
+        print_place();
+        print_rule();
+        print_choice();
+        print_container();
+        if (!constant) print_comment();
+        print_shared(others);
         return std::move(text_);
     }
 
   private:
-    void line(std::string key, std::string const &told) {
+    void line(std::string key, std::string const &text) {
         key.resize(10, ' ');
-        text_ += key + escaped(told) + "\n";
+        text_ += key + escaped(text) + "\n";
     }
 
-    // " (declared at /T)", or nothing if the tree doesn't declare it.
-    std::string declared(cObj const &type, std::string const &behind = {}) const {
+    // " (declared at /T)", or "" if the tree doesn't declare the type.
+    std::string declared(cObj const &type, std::string const &suffix = {}) const {
         std::vector<std::string> const paths = sharing_.paths(&type, 1);
         if (paths.empty()) return "";
-        return " (declared at " + shortened(paths[0] + behind, longest_line) + ")";
+        return " (declared at " + shortened(paths[0] + suffix, longest_line) + ")";
     }
 
-    void tell_type() {
+    void print_type() {
         cTypeObj const &type = goal_.value->type();
         line("type", shortened(type.name(), longest_line) + declared(type));
         if (goal_.value->is_type())
             line("name", shortened(static_cast<cTypeObj &>(*goal_.value).name(), longest_line));
     }
 
-    // Where the value is written. Of equal values a set keeps the first, a repeated key the last.
-    void tell_place() {
+    // Prints the position of the value. A set keeps the first of equal values, a repeated key the
+    // last.
+    void print_place() {
         std::vector<cat::SourceEntry> const entries = map_.spans(*top_, goal_.path);
         if (entries.empty()) return;
         cat::SourceEntry const &entry =
             cObj::is_set(goal_.owner) ? entries.front() : entries.back();
-        line("place", shown(behind({}, bytes_, entry.value.begin)));
+        line("place", shown(place_after({}, bytes_, entry.value.begin)));
     }
 
-    // An object keeps the rules as of its making: its type may have been declared anew since.
-    void tell_rule() {
+    // An object keeps the rules of its creation, even if its type is declared again later.
+    void print_rule() {
         if (auto const *const spec = dynamic_cast<cAttspec const *>(goal_.value.get()))
-            return tell_specification(*spec, "");
+            return print_specification(*spec, "");
         auto *const owner = dynamic_cast<cMapObj *>(goal_.owner.get());
         if (!owner || !goal_.key) return;
         specref const spec = owner->attspec(goal_.key);
@@ -149,11 +150,11 @@ class cExplanation {
                 dynamic_cast<cMapObj const *>(objref(owner->type().tmember("attspec")).get()))
             now = all->datamap().getitem(goal_.key);
         bool const same = now.get() == spec.get();
-        tell_specification(*spec,
-                           same ? declared(owner->type(), '/' + cat::as_text(goal_.key)) : "");
+        print_specification(*spec,
+                            same ? declared(owner->type(), '/' + cat::as_text(goal_.key)) : "");
     }
 
-    void tell_specification(cAttspec const &spec, std::string const &where) {
+    void print_specification(cAttspec const &spec, std::string const &where) {
         std::string rule;
         if (spec.is_required()) rule += "required, ";
         if (spec.is_implied()) rule += "implied, ";
@@ -163,7 +164,7 @@ class cExplanation {
         line("default", spec.is_default() ? shown(spec.get_default()) : "none");
     }
 
-    void tell_choice() {
+    void print_choice() {
         auto const *const value = dynamic_cast<cChoiceVal const *>(goal_.value.get());
         if (!value) return;
         line("choice", value->is_undefined() ? "none" : cat::as_text(value->key()));
@@ -175,8 +176,9 @@ class cExplanation {
         line("choices", keys.empty() ? "none" : shortened(keys, longest_line));
     }
 
-    // The entries of a container, or of what a type declares. Choices have a layout of their own.
-    void tell_container() {
+    // Prints the entries of a container, or of a type's declaration. Choices have a different
+    // layout.
+    void print_container() {
         objref entries = goal_.value, layout = goal_.value;
         if (entries->is_type()) {
             auto const &type = static_cast<cTypeObj const &>(*entries);
@@ -190,7 +192,7 @@ class cExplanation {
         line("layout", cat::wformat(*layout)[0] == 's' ? "one line" : "many lines");
     }
 
-    void tell_comment() {
+    void print_comment() {
         std::string comment;
         if (!goal_.value->get_comment(comment)) return;
         std::istringstream is(comment);
@@ -200,7 +202,7 @@ class cExplanation {
         }
     }
 
-    void tell_shared(std::vector<std::string> const &others) {
+    void print_shared(std::vector<std::string> const &others) {
         for (size_t i = 0; i < std::min(others.size(), most_shared); ++i)
             line("shared", shortened(others[i], longest_line));
         if (others.size() > most_shared) line("shared", "and more");
@@ -221,8 +223,8 @@ void explain(std::string const &path, std::string const &bytes, cMessages &messa
     objref value;
     if (!reading.clean || !find_at(reading.value, path, value, messages)) return;
     reply.status = value ? exit_done : exit_found;
-    if (!value) return tell_absent(path, messages);
-    cAttempt const unheard([&] { // values that can't be written raise errors
+    if (!value) return report_absent(path, messages);
+    cAttempt const ignored([&] { // ignores the errors of values that can't be written
         cat::ExactText const exact;
         cGoal const goal = goal_of(reading.value, path, value);
         reply.text = cExplanation(reading.value, goal, bytes, map).text();

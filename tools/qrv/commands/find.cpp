@@ -1,12 +1,12 @@
-// `find`: the entries of a file whose key, or the text of whose value, a pattern matches as a
-// whole. Each is printed as a statement for `set`, "path = value;", so that the output as a whole
-// can be given to it. What stands under a key that no path can have is printed with a warning.
+// `find`: prints the entries of a file whose key or value matches a pattern as a whole. Each is
+// printed as a statement for `set`, "path = value;", so that `set` accepts the whole output. An
+// entry below a key that no path can have is printed with a warning.
 //
-// The walk keeps the way to where it is, on a stack of its own, and makes a path only of what is
-// found. Of a value that several paths lead to, contents and text are looked at under the first of
-// them; keys are found wherever they stand. Declarations of types are passed over: `set` takes
-// none, and `types` lists them. Containers are printed on one line, without comments, for
-// which all of them are changed once.
+// The walk stores the current path on an explicit stack, and creates its text only for entries that
+// match. If several paths lead to a value, its contents and text are examined only at the first of
+// them; keys match at all paths. Declarations of types are skipped: `set` does not accept them, and
+// `types` lists them. Containers are printed on one line, without comments; to this end the layout
+// of all containers is changed once.
 
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
@@ -32,7 +32,7 @@ namespace {
 struct cOptions {
     std::string file;
     std::string pattern;
-    bool first = false; // of the ways to match, not the longest
+    bool first = false; // use the first alternative that matches, not the longest
     int max_errors = default_max_errors;
 };
 
@@ -71,13 +71,13 @@ bool is_plain(objref const &value) {
 
 bool has_named_keys(objref const &map) { return !cObj::is_vector(map) && !cObj::is_set(map); }
 
-// All containers in a tree, each once, with the way to what is looked at.
+// A walk over all containers in a tree, each once, with the way to the current entry.
 class cTree {
   public:
     struct cLevel {
         cAttrHash const &entries;
         bool named;
-        cAttrNode const *node = nullptr; // the entry that is looked at
+        cAttrNode const *node = nullptr; // the current entry
     };
 
     explicit cTree(objref const &top) { enter(top); }
@@ -85,7 +85,7 @@ class cTree {
     cTree &operator=(cTree const &) = delete;
     ~cTree() = default;
 
-    // The next entry; false when all are done.
+    // Moves to the next entry; false at the end.
     bool next() {
         for (; !way_.empty(); way_.pop_back()) {
             cLevel &level = way_.back();
@@ -97,7 +97,7 @@ class cTree {
     cLevel const &entry() const { return way_.back(); }
     std::vector<cLevel> const &way() const { return way_; }
 
-    // Goes on with the entries of this value, if it is a container that wasn't entered before.
+    // Continues with the entries of this value, if it is a container that wasn't entered before.
     void enter(objref const &value) {
         cMapObj const *const map = as_map(value);
         if (map && entered_.insert(map).second)
@@ -113,7 +113,7 @@ class cSearch {
   public:
     cSearch(objref const &top, cPattern const &pattern, size_t longest, cMessages &messages)
         : top_(top), pattern_(pattern), longest_(longest), messages_(messages), tree_(top),
-          raised_([this](cErr const &error) { tell(error); }) {}
+          raised_([this](cErr const &error) { report_error(error); }) {}
     cSearch(cSearch const &) = delete;
     cSearch &operator=(cSearch const &) = delete;
     ~cSearch() = default;
@@ -137,13 +137,13 @@ class cSearch {
         return fresh && !as_map(value) && pattern_.matches(text_of(value));
     }
 
-    // Constants are the same everywhere, without being shared by anybody.
+    // Is this the first place of the value? Constants exist once, but do not count as shared.
     bool is_fresh(objref const &value) {
         if (value->refs() < 2 || is_constant(*value)) return true;
         return seen_.insert(value.get()).second;
     }
 
-    // A string's characters, or the text that a file would hold.
+    // The characters of a string, or the written form of another value.
     std::string text_of(objref const &value) const {
         if (&value->type() == &cat::type_string())
             return static_cast<cObjDR<std::string> const &>(*value).val();
@@ -163,8 +163,8 @@ class cSearch {
         found_ += text + ";\n";
     }
 
-    // Constants and declarations take no value, so nothing can be assigned to a container with one
-    // in it either. An object of a declared type takes new values for its attributes.
+    // Constants and declarations can't be assigned to, and neither can a container that holds one.
+    // An object of a declared type accepts new values for its attributes.
     static bool takes_value(objref const &value) {
         bool takes = !is_constant(*value);
         if (!is_plain(value)) return takes;
@@ -185,7 +185,7 @@ class cSearch {
         return path;
     }
 
-    // What a path can have: one token.
+    // Can the key be part of a path, as one token?
     static bool is_token(objref const &key) {
         if (&key->type() == &cat::type_string()) return true;
         return number_of(key) && &key->type() != &cat::type_intf();
@@ -200,8 +200,8 @@ class cSearch {
         }
     }
 
-    // From now on every container stands on one line, and where it can't, since a text in it has
-    // more, it stands there without the comments, which `set` would not take.
+    // Sets all containers to one line, and removes their comments: `set` would not accept them, and
+    // a container with a string of several lines is written with comments.
     void lay_out() {
         if (std::exchange(laid_out_, true)) return;
         top_->set_omember("wformat", cat::of("sc"));
@@ -213,8 +213,8 @@ class cSearch {
         }
     }
 
-    // What can't be written matters only where it is to be printed.
-    void tell(cErr const &error) {
+    // Reports an error of writing only for entries that are printed.
+    void report_error(cErr const &error) {
         if (adding_) messages_.error(shortened(path()) + ": " + error.as_string(), error.code());
     }
 
@@ -233,7 +233,7 @@ class cSearch {
     cRaisedErrors const raised_;
     bool adding_ = false;
     bool laid_out_ = false;
-    std::unordered_set<cObj const *> seen_; // of the values that are shared
+    std::unordered_set<cObj const *> seen_; // the shared values that were met
     std::string found_;
 };
 
@@ -244,8 +244,8 @@ void find(cOptions const &options, cRead const &file, cReply &reply) {
     reply.status = reply.text.empty() ? exit_found : exit_done;
     if (file.messages.count() > 0) reply.status = exit_failed;
     cMessages about_pattern("pattern", options.max_errors);
-    pattern.tell_hopeless(about_pattern);
-    reply.messages = about_pattern.text(); // after those about the file
+    pattern.report_hopeless(about_pattern);
+    reply.messages = about_pattern.text(); // printed after the messages about the file
 }
 
 int run(cOptions const &options) {

@@ -1,4 +1,4 @@
-// `fmt`: the values of files in the writer's layout.
+// `fmt`: writes the values of files in the writer's layout.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"

@@ -1,5 +1,5 @@
-// `from-json`: a JSON text as a file of the format. All of the new text is verified before anything
-// of it is written.
+// `from-json`: converts JSON to a file of the format. Verifies all of the new text before writing
+// any of it.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
@@ -11,7 +11,7 @@ namespace {
 
 struct cOptions {
     std::string file = "-";
-    std::string output; // a file, instead of standard output
+    std::string output; // a file; standard output if empty
     cTargetOptions target;
     std::string big = "error";
     std::string duplicates = "error";
@@ -39,7 +39,7 @@ cJsonRules rules_of(cOptions const &options) {
             options.duplicates == "last"};
 }
 
-// Writes the text to that file, or prints it if the name is empty or -.
+// Writes the text to the output file, or prints it if the name is empty or -.
 int write(cJsonFile const &json, cOptions const &options) {
     if (options.output.empty() || options.output == "-")
         return json.write(put_result) ? exit_done : exit_failed;

@@ -1,4 +1,4 @@
-// `get`: the values at paths, each a line or more.
+// `get`: prints the values at paths, each on one line or more.
 
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cexacttext.h"
@@ -20,7 +20,7 @@ struct cOptions {
     std::string file;
     std::vector<std::string> paths;
     bool text = false;
-    bool raw = false; // the default
+    bool raw = false; // the default form
     bool json = false;
     std::optional<std::string> default_value;
     bool canonical = false;
@@ -35,7 +35,7 @@ constexpr char const *help =
     "  qrv get device.attr limits sensors/0    prints containers as in a file\n"
     "  qrv get --default 8 device.attr slots   prints 8 if there is no such key";
 
-// Without exponent, if it is a whole number.
+// A whole number as text without exponent; empty for other numbers.
 std::optional<std::string> whole(double value) {
     if (std::trunc(value) != value || !std::isfinite(value)) return {};
     char text[400]; // the largest double has 309 digits
@@ -43,7 +43,7 @@ std::optional<std::string> whole(double value) {
     return std::string(text, end) + '.';
 }
 
-// A string without quotes, a bool as a word, a float without its letter; all else as written.
+// A string without quotes, a bool as a word, a float without its letter; other values as written.
 std::string raw(objref const &value) {
     cTypeObj const &type = value->type();
     if (&type == &cat::type_bool())
@@ -71,7 +71,7 @@ int get_path(cRead const &file, std::string const &path, cOptions const &options
     } else if (options.default_value) {
         texts.push_back(*options.default_value);
     } else {
-        tell_absent(path, messages);
+        report_absent(path, messages);
         return exit_found;
     }
     return exit_done;
@@ -80,7 +80,7 @@ int get_path(cRead const &file, std::string const &path, cOptions const &options
 std::string joined(std::vector<std::string> const &texts, bool canonical) {
     std::string all;
     for (std::string const &text : texts) all += text + "\n";
-    if (canonical && !all.empty()) all.pop_back(); // the writer ends with no line feed
+    if (canonical && !all.empty()) all.pop_back(); // the writer ends without a line feed
     return all;
 }
 

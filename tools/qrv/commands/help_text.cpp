@@ -8,7 +8,7 @@ namespace {
 constexpr size_t left_column = 26;
 constexpr size_t right_column = 54;
 
-// Breaks the text at blanks, into lines of that many characters.
+// Breaks the text at blanks, into lines of at most `width` characters.
 std::string wrapped(std::string const &text, size_t width) {
     std::string lines;
     size_t length = 0;
@@ -46,7 +46,7 @@ std::string cHelpText::short_of(CLI::App const &command) const {
     std::string text = make_description(&command) + make_usage(&command, command.get_name()) +
                        make_positionals(&command) + make_groups(&command, mode) +
                        make_subcommands(&command, mode);
-    text = CLI::detail::find_and_replace(text, " \n", "\n"); // after the name of a hidden argument
+    text = CLI::detail::find_and_replace(text, " \n", "\n"); // follows hidden arguments
     text = CLI::detail::find_and_replace(text, "\n\n\n", "\n\n");
     return text.erase(text.find_last_not_of('\n') + 1) + '\n';
 }
@@ -69,8 +69,8 @@ std::string cHelpText::make_option_name(CLI::Option const *option, bool is_posit
     return names;
 }
 
-// A name with a blank has an optional part, and shows itself how many values there are. Hidden
-// arguments have no name here.
+// A name with a blank has an optional part, and shows the number of values itself. Hidden arguments
+// have no name here.
 std::string cHelpText::make_option_usage(CLI::Option const *option) const {
     std::string const name = make_option_name(option, true);
     bool const plain = !name.empty() && name.find(' ') == name.npos;

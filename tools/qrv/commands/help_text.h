@@ -1,5 +1,5 @@
 #pragma once
-// The layout of the help, for the parser: 80 columns, no words that only a programmer knows.
+// The layout of the help, for the parser: 80 columns, and no words that only programmers know.
 
 #include <CLI/CLI.hpp>
 
@@ -10,7 +10,7 @@ class cHelpText : public CLI::Formatter {
     cHelpText();
 
     std::string of(CLI::App const &command) const;
-    // Without what follows the options: explanations and examples.
+    // The help without the explanations and examples after the options.
     std::string short_of(CLI::App const &command) const;
 
   private:

@@ -1,4 +1,4 @@
-// `ins`: a new entry before or after another one in the value of a file.
+// `ins`: inserts an entry before or after another one in the value of a file.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
@@ -28,7 +28,7 @@ constexpr char const *help =
     "  qrv ins device.attr bus/baud after parity even\n"
     "  qrv ins -i device.attr sensors/0 before '{id= T0; channel= 9}'";
 
-// Reads "KEY = VALUE" as `set` does. False, with errors, if it is not one entry.
+// Reads "KEY = VALUE" as `set` does. False, with errors, if the text is not one entry.
 bool read_entry(cOptions const &options, cNewEntry &entry, cMessages &messages) {
     bool const keyed = options.entry.size() == 2;
     std::string const text = (keyed ? options.entry[0] : "") + " = " + options.entry.back();
@@ -54,13 +54,13 @@ bool read_entry(cOptions const &options, cNewEntry &entry, cMessages &messages) 
 }
 
 int run(cOptions const &options) {
-    return rewrite(options.file, options, [&](cChanging const &file, std::string &told) {
+    return rewrite(options.file, options, [&](cChanging const &file, std::string &errors) {
         cMessages about_entry("entry", options.max_errors),
             messages(options.file, options.max_errors);
         cNewEntry entry{};
         bool const good = read_entry(options, entry, about_entry) &&
                           insert_entry(file.value, options.path, entry, file.edit, messages);
-        told = about_entry.text() + messages.text();
+        errors = about_entry.text() + messages.text();
         return good;
     });
 }

@@ -1,5 +1,5 @@
-// `merge`: the value of one file onto that of another, by the library's copying under three
-// letters. What should have come of each key is read back.
+// `merge`: copies the value of one file onto that of another, by attrcopy with its command of three
+// letters. Then verifies the result for each key.
 
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
@@ -62,25 +62,25 @@ constexpr char const *help =
     "--reformat merge reports each comment of TARGET that would be lost; then -i and -o need\n"
     "--force.";
 
-// A constant or a choice type was given itself again.
+// Is this the error of assigning a constant or a choice type to itself?
 bool is_same_again(cSaid const &said) {
     return said.kind == cat::ErrorKind::object_const ||
            (said.kind == cat::ErrorKind::missing_method && said.names.name == "assign" &&
             said.names.type == "choice");
 }
 
-// A value with the text that it was read from.
+// A value with the text from which it was read.
 struct cText {
     objref value;
     std::string const &bytes;
     cat::SourceMap const &map;
 };
 
-// Where the value at a path is written; of a key that is repeated, where it is last.
+// The position of the value at a path; of a repeated key, the last one.
 std::optional<cPlace> place_of(std::string const &path, cText const &text) {
     std::vector<cat::SourceEntry> const entries = text.map.spans(*text.value, path);
     if (entries.empty()) return std::nullopt;
-    return behind({}, text.bytes, entries.back().value.begin);
+    return place_after({}, text.bytes, entries.back().value.begin);
 }
 
 class cMerge {
@@ -102,14 +102,14 @@ class cMerge {
             test_map();
         else if (cObj::is_vector(target_))
             test_vector();
-        tell_found();
+        report_found();
         if (messages_.count() == 0 && !done_) test_failure(attempt);
     }
 
   private:
     struct cItem {
         objref key;
-        objref before; // what the target held there, or null
+        objref before; // the target's value before, or null
     };
 
     bool same_kind() {
@@ -126,8 +126,9 @@ class cMerge {
         return static_cast<cMapObj const &>(*container).datamap();
     }
 
-    // All stands as it should. A constant or a choice type that was given itself again says no, and
-    // that is all well: declarations that differ were told before.
+    // Called if all values are as they should be, but the copy failed. Assigning a constant or a
+    // choice type to itself fails, and that is harmless: test_types() has reported declarations
+    // that differ.
     void test_failure(cAttempt const &attempt) {
         bool silent = !cObj::is_set(target_);
         for (cSaid const &said : attempt.errors) {
@@ -147,7 +148,7 @@ class cMerge {
         old_size_ = hash.used();
     }
 
-    // A ? stands for the letter of the target's type.
+    // Replaces each ? by the letter of the target's type.
     void complete_letters() {
         std::string const own = cat::as_string(target_->gmember("cpcommands"));
         for (size_t i = 0; i < letters_.size() && i < own.size(); ++i)
@@ -158,10 +159,10 @@ class cMerge {
         for (cItem const &item : items_) test_key(item, source_->getattr(item.key));
         if (letters_[0] != '0') return;
         for (cIterObj it = target_->begin(); it.valid(); ++it)
-            if (!hash_of(source_).find(it.key())) tell_left(it.key());
+            if (!hash_of(source_).find(it.key())) report_left(it.key());
     }
 
-    // Places that were stored by number may be those of values appended before.
+    // Tests mostly the size: values that were stored by index may replace values appended before.
     void test_vector() {
         size_t both = 0;
         for (cItem const &item : items_) both += item.before ? 1 : 0;
@@ -190,7 +191,7 @@ class cMerge {
             if (item.before) keep_comment(item.before, now);
             return test_value(item, now, given, cStored::assigned);
         case '0':
-            if (cObj::is_good(now)) tell_left(item.key);
+            if (cObj::is_good(now)) report_left(item.key);
             return;
         default:
             return;
@@ -203,28 +204,28 @@ class cMerge {
             bool const conversion =
                 found.kind == cMismatch::number || (found.kind == cMismatch::type && done_);
             if (options_.convert && conversion) continue;
-            tell('/' + cat::as_text(item.key) + found.path,
-                 found.text + (conversion ? "; --convert allows it" : ""));
+            report('/' + cat::as_text(item.key) + found.path,
+                   found.text + (conversion ? "; --convert allows it" : ""));
         }
     }
 
-    // The comment of what was replaced stays.
+    // The new value gets the comment of the replaced one.
     static void keep_comment(objref const &before, objref const &now) {
         std::string comment;
         if (before != now && before->get_comment(comment) && !is_constant(*now))
             now->set_comment(comment, true);
     }
 
-    void tell_left(objref const &key) { tell('/' + cat::as_text(key), "it cannot be removed"); }
+    void report_left(objref const &key) { report('/' + cat::as_text(key), "it cannot be removed"); }
 
-    void tell(std::string const &path, std::string const &text) {
+    void report(std::string const &path, std::string const &text) {
         if (found_.size() < static_cast<size_t>(messages_.limit()))
             found_.emplace_back(path, text);
         else
             ++found_beyond_;
     }
 
-    void tell_found() {
+    void report_found() {
         for (auto const &[path, text] : found_) {
             std::optional<cPlace> const place = place_of(path, text_);
             std::string const message = "at " + shortened(path) + ": " + text;
@@ -237,15 +238,15 @@ class cMerge {
     }
 
     objref target_, source_;
-    cText const &text_; // of the source
+    cText const &text_; // the source
     cOptions const &options_;
     std::string letters_;
     cMessages &messages_;
-    std::vector<cItem> items_; // of the source, in order
+    std::vector<cItem> items_; // the source's keys, in order
     size_t old_size_ = 0;
-    bool done_ = false;                                      // the library says that it did all
-    std::vector<std::pair<std::string, std::string>> found_; // path and text of what is to be told
-    size_t found_beyond_ = 0;                                // what is only counted
+    bool done_ = false;                                      // the library has reported success
+    std::vector<std::pair<std::string, std::string>> found_; // path and text of each error
+    size_t found_beyond_ = 0;                                // errors that are only counted
 };
 
 struct cDeclared {
@@ -253,10 +254,10 @@ struct cDeclared {
     std::string path;
 };
 
-// Types that are declared in a value, by their names.
+// The types that a value declares, by name.
 using cTypes = std::map<std::string, cDeclared>;
 
-// A type may be declared at several paths; the first counts.
+// Collects the types that a value declares. For a type with several paths the first one counts.
 class cTypeWalk {
   public:
     static cTypes types_in(objref const &value) {
@@ -290,38 +291,39 @@ class cTypeWalk {
     std::set<cObj const *> visited_;
 };
 
-std::string told_place(std::string const &name, cText const &text, std::string const &path) {
+std::string shown_place(std::string const &name, cText const &text, std::string const &path) {
     std::optional<cPlace> const place = place_of(path, text);
     if (!place) return name + ", " + shortened(path);
     return name + ":" + std::to_string(place->line) + ":" + std::to_string(place->column);
 }
 
-// Both files were read into one set of types, where the later declaration holds for all.
+// Reports types that both files declare differently. Both files were read into one set of types, in
+// which the later declaration holds for all values.
 void test_types(cTypes const &target, cText const &target_text, cText const &source,
                 cOptions const &options, cMessages &messages) {
     for (auto const &[name, declared] : cTypeWalk::types_in(source.value)) {
         auto const other = target.find(name);
         if (other == target.end() || other->second.text == declared.text) continue;
         messages.error("type '" + shortened(name) + "' is declared with different content at " +
-                       told_place(options.source, source, declared.path) + " and at " +
-                       told_place(options.target, target_text, other->second.path));
+                       shown_place(options.source, source, declared.path) + " and at " +
+                       shown_place(options.target, target_text, other->second.path));
     }
 }
 
 bool merge_all(cChanging const &file, std::string const &source, cOptions const &options,
-               std::string &told) {
+               std::string &errors) {
     cMessages messages(options.source, options.max_errors);
     cTypes const types = cTypeWalk::types_in(file.value);
     cat::SourceMap const map;
     cReading const reading = read_value(source, messages);
-    if (reading.clean && reading.behind)
-        messages.error(*reading.behind, "text after the first value is not read");
+    if (reading.clean && reading.after)
+        messages.error(*reading.after, "text after the first value is not read");
     cText const text{reading.value, source, map};
     if (messages.count() == 0)
         test_types(types, {file.value, file.bytes, file.map}, text, options, messages);
     if (messages.count() == 0 && file.edit) file.edit->bring(source, map, reading.value);
     if (messages.count() == 0) cMerge(file.value, text, options, messages).run();
-    told = messages.text();
+    errors = messages.text();
     return messages.count() == 0;
 }
 
@@ -335,12 +337,12 @@ int run(cOptions const &options) {
     cut_mark(bytes);
     put_lines(messages.text());
     if (messages.count() != 0) return exit_failed;
-    return rewrite(options.target, options, [&](cChanging const &file, std::string &told) {
-        return merge_all(file, bytes, options, told);
+    return rewrite(options.target, options, [&](cChanging const &file, std::string &errors) {
+        return merge_all(file, bytes, options, errors);
     });
 }
 
-// Empty if these are letters for `merge`.
+// The error in the letters for `merge`, or "".
 std::string wrong_commands(std::string const &commands) {
     static constexpr char const *known[] = {"-0?", "-asx0?", "-sx?"};
     static constexpr char const *keys[] = {"only in TARGET", "in both", "only in SOURCE"};

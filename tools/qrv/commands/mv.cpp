@@ -1,4 +1,4 @@
-// `mv`: one entry of the value of a file renamed or moved, with its comments.
+// `mv`: renames or moves one entry of the value of a file, with its comments.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
@@ -27,10 +27,10 @@ constexpr char const *help =
     "  qrv mv -i device.attr bus/retries retries    # one level up";
 
 int run(cOptions const &options) {
-    return rewrite(options.file, options, [&](cChanging const &file, std::string &told) {
+    return rewrite(options.file, options, [&](cChanging const &file, std::string &errors) {
         cMessages messages(options.file, options.max_errors);
         bool const moved = move_entry(file.value, options.from, options.to, messages);
-        told = messages.text();
+        errors = messages.text();
         return moved;
     });
 }

@@ -1,7 +1,6 @@
-// `set`: statements such as "a/b = 1; list << 2" on the value of a file. Each is cut out, tested,
-// done by the library on its own, and what then stands at its path is read back and held against
-// what was given. One that fails is told, the others are tried all the same, and nothing is
-// written.
+// `set`: runs statements such as "a/b = 1; list << 2" on the value of a file. Each statement is
+// tested and run by the library separately; then the stored value is compared with the given one.
+// If a statement fails, the command reports it, still tries the others, and writes nothing.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -32,16 +31,16 @@ struct cOptions : cWriteOptions {
     std::string file;
     std::vector<std::string> statements;
     std::vector<std::string> more;   // statements
-    std::vector<std::string> files;  // with statements
+    std::vector<std::string> files;  // files with statements
     std::vector<std::string> values; // NAME=VALUE
-    bool no_create = false;          // missing levels are an error
-    bool convert = false;            // values that a conversion changes are stored
+    bool no_create = false;          // a missing level is an error
+    bool convert = false;            // store values even if a conversion changes them
 };
 
 constexpr char const *help =
     "Statements are separated by ; or , and run in order, those of --expression and --file last:\n"
     "  path = value    assign the value to what is there, or create an entry\n"
-    "  path &= value   replace what is there, of whatever type, or create an entry\n"
+    "  path &= value   replace a value of any type, or create an entry\n"
     "  path += value   add to a number or a string; add to a map the keys that it lacks\n"
     "  path << value   append to a vector or a set\n"
     "A path is keys separated by /. A value is written as in a file. A string that is not a\n"
@@ -63,8 +62,8 @@ constexpr char const *help =
     "Only what changes is written: all other bytes of the file stay as they are. With --reformat\n"
     "set reports each comment that would be lost; then -i and -o need --force.\n"
     "\n"
-    "In a script give strings by --arg. Whatever VALUE contains, $NAME is one string, also as a\n"
-    "key. Inside quotes $NAME is plain text.\n"
+    "In a script give strings by --arg. $NAME is always one string, also as a key, and VALUE can\n"
+    "contain any characters. Inside quotes $NAME is plain text.\n"
     "  qrv set -i device.attr --arg \"room=$room\" 'location/room = $room'";
 
 size_t count_of(objref const &value) {
@@ -100,7 +99,7 @@ class cAssignment {
   private:
     objref at_path() const {
         objref value;
-        cAttempt const unheard([&] {
+        cAttempt const ignored([&] {
             value = root_->getattrp(statement_.path);
             return true;
         });
@@ -129,7 +128,7 @@ class cAssignment {
         return writing.errors.empty();
     }
 
-    // What stands there and takes no other value.
+    // Reports an existing value that cannot be assigned to.
     bool can_be_assigned() {
         if (statement_.operation != '=' || !before_ || !is_constant(*before_)) return true;
         std::string const name = shown(before_);
@@ -144,7 +143,8 @@ class cAssignment {
                                    statement_.value, !options_.no_create);
         });
         if (attempt.done && attempt.errors.empty()) return true;
-        if (before_ && statement_.operation == '=' && tell_mismatches(before_, false)) return false;
+        if (before_ && statement_.operation == '=' && report_mismatches(before_, false))
+            return false;
         if (auto const found = obstacle_at(root_, statement_.path))
             return refuse(statement_.place, found->text, found->advice);
         bool const creates = statement_.operation == '=' || statement_.operation == tkAndAssign;
@@ -155,7 +155,8 @@ class cAssignment {
         return explain(attempt.errors.empty());
     }
 
-    // Behind the library's errors, or instead of them: why, and what to do.
+    // Adds the reason and advice after the library's errors; if `silent`, reports them as the
+    // error.
     bool explain(bool silent) {
         std::string const &op = statement_.operator_text;
         std::string advice;
@@ -173,24 +174,24 @@ class cAssignment {
 
     void test_stored() {
         if (now_)
-            tell_mismatches(now_, true);
+            report_mismatches(now_, true);
         else
             refuse_value("nothing is stored there", "");
     }
 
-    // What of the value didn't come to stand there. `done`: the library says that it all did. Was
-    // there anything?
-    bool tell_mismatches(objref const &stands, bool done) {
-        bool told = false;
-        for (cMismatch const &found : mismatches(stands, statement_.value, cStored::assigned)) {
+    // Reports the parts of the value that were not stored. `done`: the library has reported
+    // success. Returns whether there are any.
+    bool report_mismatches(objref const &stored, bool done) {
+        bool any = false;
+        for (cMismatch const &found : mismatches(stored, statement_.value, cStored::assigned)) {
             bool const conversion =
                 found.kind == cMismatch::number || (found.kind == cMismatch::type && done);
             if (conversion && options_.convert) continue;
             std::string const at = found.path.empty() ? "" : "at " + shortened(found.path) + ": ";
             refuse_value(at + found.text, advice(conversion));
-            told = true;
+            any = true;
         }
-        return told;
+        return any;
     }
 
     std::string advice(bool conversion) const {
@@ -199,10 +200,10 @@ class cAssignment {
             return found->text + (conversion ? "; " + convert : "");
         if (statement_.operation == tkAndAssign) return convert;
         return conversion ? "&= replaces it and its type; " + convert
-                          : "&= replaces it, whatever it is";
+                          : "&= replaces a value of any type";
     }
 
-    // A text that is added to an intf is the number that it says.
+    // A string that is added to an intf is read as a number.
     void test_text_sum() {
         std::string const text = cat::as_string(statement_.value);
         std::optional<int> const other = misread(text);
@@ -249,7 +250,8 @@ class cAssignment {
             refuse_value("nothing was appended to " + kind_of(now_), "");
     }
 
-    // The comment of what was replaced stays. A constant is one object everywhere and has none.
+    // The new value gets the comment of the replaced one. A constant exists once and has no
+    // comment.
     void carry_comment() {
         std::string comment;
         if (before_ && now_ && before_ != now_ && before_->get_comment(comment) &&
@@ -261,18 +263,18 @@ class cAssignment {
     cStatement const &statement_;
     cOptions const &options_;
     cMessages &messages_;
-    objref before_, now_;          // what stands at the path, null if nothing does
-    size_t count_ = 0;             // of the values that it held
-    std::optional<double> number_; // that it was
+    objref before_, now_;          // the value at the path, or null
+    size_t count_ = 0;             // the number of values that before_ held
+    std::optional<double> number_; // the number that before_ was
 };
 
 // Statements from one place.
 struct cGiven {
-    std::string name; // in messages
+    std::string name; // for messages
     std::string text;
 };
 
-// All of them in order; nothing, with messages, if a file can't be read.
+// All statements in order; empty, with messages, if a file can't be read.
 std::optional<std::vector<cGiven>> given_by(cOptions const &options) {
     std::vector<cGiven> all;
     std::vector<std::string> texts = options.statements;
@@ -307,7 +309,7 @@ cNamedValues named_by(cOptions const &options) {
 }
 
 bool set_all(objref const &root, std::vector<cGiven> const &given, cOptions const &options,
-             std::string &told) {
+             std::string &errors) {
     cNamedValues named = named_by(options);
     bool good = true;
     for (auto const &[name, text] : given) {
@@ -318,22 +320,22 @@ bool set_all(objref const &root, std::vector<cGiven> const &given, cOptions cons
             statement.value = declared_at(root, statement.path, statement.value);
             cAssignment(root, statement, options, messages).run();
         }
-        told += messages.text();
+        errors += messages.text();
         good = good && messages.count() == 0;
     }
     cMessages unused("statements", options.max_errors);
     for (auto const &[name, value] : named.values)
         if (good && !named.used.contains(name))
             unused.error("--arg " + shortened(name) + " is not used");
-    told += unused.text();
+    errors += unused.text();
     return good && unused.count() == 0;
 }
 
 int run(cOptions const &options) {
     std::optional<std::vector<cGiven>> const given = given_by(options);
     if (!given) return exit_failed;
-    return rewrite(options.file, options, [&](cChanging const &file, std::string &told) {
-        return set_all(file.value, *given, options, told);
+    return rewrite(options.file, options, [&](cChanging const &file, std::string &errors) {
+        return set_all(file.value, *given, options, errors);
     });
 }
 

@@ -1,5 +1,5 @@
 #pragma once
-// What several commands share: arguments, and the steps from a file to the output.
+// Shared by several commands: arguments, and the steps from a file to the output.
 
 #include "tools/qrv/commands/arguments.h"
 #include "tools/qrv/editing/rewrite.h"
@@ -13,20 +13,21 @@ void add_max_errors(cArguments &arguments, int &max_errors);
 void add_canonical(cArguments &arguments, bool &canonical);
 void add_convert(cArguments &arguments, bool &convert);
 void add_diff(cArguments &arguments, bool &diff);
-// How a file is written, for commands that write one if an option of `what` is given.
+// Adds the options that say how a file is written, for commands that write one if the option `what`
+// is given.
 void add_target(cArguments &arguments, cTargetOptions &options, char const *what,
                 std::function<bool()> const &writes_file);
-// Standard output, the file itself, or another file.
+// Adds the options for the destination: standard output, the file itself, or another file.
 void add_destination(cArguments &arguments, cWriteOptions &options);
 
-// Runs `work` on the bytes of a file, apart from other files; with_bytes() prints the messages too.
-// Without the bytes the reply is that of a failure. `work` may drop the bytes. A byte order mark is
-// cut off.
+// Runs `work` on the bytes of a file, isolated from other files; with_bytes() also prints the
+// messages. Removes a byte order mark. `work` may release the bytes. If the file cannot be read,
+// the reply has status exit_failed.
 using cBytesWork = std::function<void(std::string &bytes, cMessages &messages, cReply &)>;
 cReply on_bytes(std::string const &file, int max_errors, cBytesWork const &work);
 cReply with_bytes(std::string const &file, int max_errors, cBytesWork const &work);
 
-// The same with the value, for a file that has no errors.
+// The same with the value of the file, which must have no errors.
 struct cRead {
     objref const &value;
     cReading const &reading;
@@ -36,7 +37,8 @@ struct cRead {
 using cValueWork = std::function<void(cRead const &file, cReply &reply)>;
 cReply with_value(std::string const &file, int max_errors, cValueWork const &work);
 
-// Prints the text of the reply. The exit code.
+// Prints the text of the reply. Returns the exit code.
 int print(cReply const &reply);
-// Writes the text to that file, or prints it if the name is empty or -, unless the work failed.
+// Writes the text to the file `output`, or prints it if the name is empty or -. Does nothing if the
+// work failed. Returns the exit code.
 int print_to(std::string const &output, cTargetOptions const &options, cReply const &reply);

@@ -1,5 +1,5 @@
-// `to-json`: the first value of a file as JSON. It reports all that JSON can't hold:
-// values by their paths, comments and text after the value by their positions.
+// `to-json`: converts the first value of a file to JSON. Reports everything that JSON can't
+// express: values by their paths, comments and text after the value by their positions.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
@@ -16,7 +16,7 @@ struct cOptions {
     int indent = 2;
     bool compact = false;
     bool integers = false;
-    bool strict = false; // a loss is an error
+    bool strict = false; // lost data is an error
     int max_errors = default_max_errors;
 };
 
@@ -37,18 +37,18 @@ constexpr char const *help =
     "for a string that is not UTF-8, for two keys with the same text, and for sharing that\n"
     "would make the text many times longer than the file.";
 
-// A file without comments is not scanned for them: all its tokens would be in memory.
+// A quick test, so that a file without comments is not scanned, which would store all its tokens.
 bool may_have_comments(std::string const &bytes) {
     return bytes.find("//") != bytes.npos || bytes.find("/*") != bytes.npos;
 }
 
-void tell_lost_text(cReading const &reading, std::string const &bytes, cMessages &messages) {
-    cSurvey const found = may_have_comments(bytes) ? survey(bytes) : cSurvey();
+void report_lost_text(cReading const &reading, std::string const &bytes, cMessages &messages) {
+    cScan const found = may_have_comments(bytes) ? scan(bytes) : cScan();
     for (cComment const &comment : found.comments)
         messages.warning(comment.place,
                          "this comment is lost: " +
                              shortened(comment.text.substr(0, comment.text.find('\n'))));
-    if (reading.behind) messages.warning(*reading.behind, "text after the first value is lost");
+    if (reading.after) messages.warning(*reading.after, "text after the first value is lost");
 }
 
 int status_of(cMessages const &messages, bool strict) {
@@ -61,7 +61,7 @@ void convert(cOptions const &options, cRead const &file, cReply &reply) {
     cJsonForm const form{options.indent, options.compact, options.integers,
                          longest_text_from(file.bytes.size())};
     reply.text = json_text(file.value, form, file.messages) + "\n";
-    tell_lost_text(file.reading, file.bytes, file.messages);
+    report_lost_text(file.reading, file.bytes, file.messages);
     reply.status = status_of(file.messages, options.strict);
 }
 

@@ -1,4 +1,4 @@
-// `tokens`: the scanner's view of a file. Memory does not grow with the file.
+// `tokens`: prints the tokens of a file. Memory does not grow with the file.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/output/exit_code.h"
@@ -26,7 +26,7 @@ int run(cOptions const &options) {
     cWorkOn const about(options.file);
     cInput input(options.file);
     bool const shows_tokens =
-        ::isatty(STDOUT_FILENO) == 1; // between which a progress line would be
+        ::isatty(STDOUT_FILENO) == 1; // a progress line would be mixed with the output
     cProgress progress(options.file, shows_tokens ? 0 : input.size());
     cPieces pieces([&] {
         std::string_view const piece = input.next();

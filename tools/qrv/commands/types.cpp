@@ -1,5 +1,5 @@
-// `types`: the types that are known, in the order in which they became known, and what they are:
-// as text, a paragraph for each, or as JSON, an array of objects.
+// `types`: prints the known types with their properties, in the order of their registration: as
+// text with a paragraph for each, or as a JSON array of objects.
 
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
@@ -35,7 +35,7 @@ using cJson = nlohmann::ordered_json;
 struct cType {
     cTypeObj &type;
     std::string module;
-    std::optional<cPlace> place; // of its declaration in the file
+    std::optional<cPlace> place; // the position of its declaration in the file
     bool built_in() const { return module.empty() && !place; }
 };
 
@@ -56,12 +56,12 @@ std::vector<std::string> members(cTypeObj const &type) {
     return names;
 }
 
-// Those that a file declares have none.
+// The converters of a type. Types that a file declares have none.
 std::vector<std::string> converters(cType const &type, std::vector<cType> const &all) {
     std::vector<std::string> names;
     if (type.place) return names;
     for (cType const &source : all) {
-        if (source.place) break; // they come last
+        if (source.place) break; // types of the file come last
         if (type.type.converter(source.type)) names.push_back(source.type.name());
     }
     return names;
@@ -73,7 +73,7 @@ char const *rule_of(cAttspec const &spec) {
     return spec.is_fixref() ? "fixed" : "default";
 }
 
-// A table: the first row is its head.
+// A table. The first row is its head.
 using cRows = std::vector<std::vector<std::string>>;
 
 cAttrHash const *entries(cTypeObj const &type, char const *member) {
@@ -195,7 +195,7 @@ void list_types(cOptions const &options, std::string const &bytes, cReply &reply
 
 int run(cOptions const &options) {
     if (!options.file) {
-        cReply const reply = in_child("qrv", [&](cReply &r) { list_types(options, "", r); });
+        cReply const reply = in_worker("qrv", [&](cReply &r) { list_types(options, "", r); });
         put_messages(reply);
         return print(reply);
     }

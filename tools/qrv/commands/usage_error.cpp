@@ -14,7 +14,7 @@ namespace {
 
 using cWords = std::vector<std::string>;
 
-// What other programs call these commands.
+// Names of these commands in other programs.
 constexpr std::pair<std::string_view, char const *> other_names[] = {
     {"add", "ins"},     {"cat", "get"},   {"delete", "del"}, {"edit", "set"},
     {"format", "fmt"},  {"grep", "find"}, {"insert", "ins"}, {"lint", "check"},
@@ -38,7 +38,8 @@ cWords left_over(CLI::App const &app, cWords const &arguments) {
 
 bool is_option(std::string const &argument) { return argument.size() > 1 && argument[0] == '-'; }
 
-// "--max-err" is the beginning of one name only.
+// The known name that begins with `unknown`, such as "--max-err", if there is only one; else the
+// closest one.
 std::string closest(std::string const &unknown, cWords const &known) {
     auto const begins = [&](std::string const &name) { return name.starts_with(unknown); };
     if (unknown.size() > 1 && std::count_if(known.begin(), known.end(), begins) == 1)
@@ -64,7 +65,7 @@ std::string about_unplaced(CLI::App const &app, std::string const &argument) {
     return "unknown option " + quoted(option) + did_you_mean(closest_option(app, option));
 }
 
-// The option or argument that the parser's message is about: "--indent: ...", "in-place was ...".
+// The option or argument that the parser's message is about, as in "--indent: ...".
 CLI::Option const *named(CLI::App const &app, std::string const &message) {
     std::string const name = message.substr(0, std::min(message.find(": "), message.find(" was ")));
     for (char const *dashes : {"", "--", "-"})

@@ -1,14 +1,14 @@
 #pragma once
-// What is wrong with a command line. The parser's own messages do not say which command or option
-// was meant.
+// Reports errors in a command line. The parser's own messages lack the command or option that was
+// meant.
 
 #include <CLI/CLI.hpp>
 
 #include <string>
 #include <vector>
 
-// Prints the error, and a note that says where the help is. Returns the exit code. `arguments` are
-// those that this command, or the tool itself, could not parse.
+// Prints the error, and a note that says where the help is. Returns the exit code. `arguments` is
+// the command line that this command, or the tool itself, could not parse.
 int refuse(CLI::App &command, CLI::ParseError const &error,
            std::vector<std::string> const &arguments);
 // The same for a word that is not a command of the tool.

@@ -1,4 +1,4 @@
-// `where`: the position of the value at a path.
+// `where`: prints the position of the value at a path.
 
 #include "qrv/text/read/csourcemap.h"
 #include "tools/qrv/commands/command.h"
@@ -24,7 +24,7 @@ constexpr char const *help =
     "  vi +$(qrv where device.attr bus/baud | cut -d: -f1) device.attr";
 
 std::string position(std::string const &bytes, size_t offset) {
-    cPlace const place = behind({}, bytes, offset);
+    cPlace const place = place_after({}, bytes, offset);
     return std::to_string(place.line) + ':' + std::to_string(place.column);
 }
 
@@ -36,7 +36,7 @@ void locate(cOptions const &options, std::string const &bytes, cMessages &messag
     std::vector<cat::SourceEntry> const entries =
         map.spans(*reading.value, is_outermost(options.path) ? "" : options.path);
     reply.status = entries.empty() ? exit_found : exit_done;
-    if (!value) return tell_absent(options.path, messages);
+    if (!value) return report_absent(options.path, messages);
     if (entries.empty())
         return messages.error("the value at path '" + shortened(options.path) +
                               "' is a default, which is not written in the file");

@@ -19,7 +19,7 @@ std::string new_word() {
     return "qrv" + std::to_string(random()) + "x" + std::to_string(random()) + "x";
 }
 
-// Where the comments in the text of a value begin.
+// The offsets of the comments in the text of a value.
 std::vector<size_t> begins_in(std::string const &text) {
     std::vector<size_t> begins;
     size_t at = text.find_first_not_of(white);
@@ -44,14 +44,14 @@ void report(cPlace place, std::string const &text, cMessages &messages) {
 cCommentMarks::cCommentMarks(std::string const &bytes, cat::SourceMap const &map,
                              cReading const &reading)
     : bytes_(bytes), map_(map),
-      text_after_(reading.behind ? cLines(bytes).offset(*reading.behind) : bytes.size()),
+      text_after_(reading.after ? cLines(bytes).offset(*reading.after) : bytes.size()),
       word_(new_word()), counts_(map.comments().size()) {
     for (size_t i = 0; i < counts_.size(); ++i)
         if (std::uint32_t const value = map.comments()[i].obid) by_value_[value].push_back(i);
     if (!by_value_.empty()) mark(reading.value);
 }
 
-// References make values deeper than any text is nested.
+// Uses an explicit stack: references create values that are deeper than the nesting of any text.
 void cCommentMarks::mark(objref const &root) {
     std::unordered_set<cObj const *> met;
     std::vector<cObj *> todo{root.get()};
@@ -101,14 +101,14 @@ std::string cCommentMarks::text_of(size_t number) const {
     return text;
 }
 
-// The comments after a #cRef, with nothing but a separator in between.
+// The comments that follow a #cRef, with at most a separator in between.
 std::unordered_set<size_t> cCommentMarks::at_references() const {
     std::unordered_set<size_t> ends, found;
     for (size_t i = 0; i < map_.size(); ++i)
         if (cat::SourceEntry const entry = map_.entry(i); entry.reference)
             ends.insert({entry.value.end, entry.all().end});
     bool follows = false;
-    size_t end = 0; // of the comment before
+    size_t end = 0; // the end of the previous comment
     for (size_t i = 0; i < map_.comments().size(); ++i) {
         size_t const begin = map_.comments()[i].span.begin;
         size_t const token = begin == 0 ? bytes_.npos : bytes_.find_last_not_of(white, begin - 1);
@@ -122,7 +122,7 @@ std::unordered_set<size_t> cCommentMarks::at_references() const {
 
 void cCommentMarks::report_lost(bool head_is_written, cMessages &messages) const {
     size_t const head_end = map_.size() > 0 && head_is_written ? map_.entry(0).all().begin : 0;
-    std::map<std::string, size_t> repeated; // how often a text is written beyond its one place
+    std::map<std::string, size_t> repeated; // the number of additional copies of each text
     for (size_t i = 0; i < counts_.size(); ++i)
         if (counts_[i] > 1) repeated[text_of(i)] += counts_[i] - 1;
     std::unordered_set<size_t> const at_reference =
@@ -138,7 +138,7 @@ void cCommentMarks::report_lost(bool head_is_written, cMessages &messages) const
             report(lines.place(span.begin), text_of(i), messages);
     }
     cPlace const after = lines.place(text_after_);
-    for (cComment const &comment : survey(bytes_.substr(text_after_)).comments)
+    for (cComment const &comment : scan(bytes_.substr(text_after_)).comments)
         report({comment.place.line + after.line - 1, comment.place.line == 1
                                                          ? comment.place.column + after.column - 1
                                                          : comment.place.column},

@@ -1,7 +1,7 @@
 #pragma once
-// Which comments of a file are in the text that the writer makes of its value, after a change. As
-// comments can have equal texts, each has a mark in the text of its value while that is changed and
-// written: a word that no file contains. The marks are removed from what the writer has made.
+// Finds the comments of a file that the writer loses after a change. Since comments can have equal
+// texts, each comment gets a mark while the value is changed and written: a word that no file
+// contains. The marks are then removed from the written text.
 
 #include "qrv/core/cobj.h"
 #include "qrv/text/read/csourcemap.h"
@@ -15,15 +15,15 @@
 
 class cCommentMarks {
   public:
-    // Marks the comments of the value. The map is that of the bytes; both must outlive the object.
+    // Marks the comments of the value. `map` belongs to `bytes`; both must outlive the object.
     cCommentMarks(std::string const &bytes, cat::SourceMap const &map, cReading const &reading);
 
-    // What the writer made of the value, without the marks. They are counted.
+    // Counts the marks in the written text. Returns the text without them.
     std::string removed_from(std::string const &text);
 
-    // An error for each comment without a mark there. The comment of a shared value is written at
-    // each place of the value: what such a place had in the same words before is not lost. The
-    // comments before the first token count as written if the head of the file is.
+    // Adds an error for each comment whose mark was not written. The comment of a shared value is
+    // written at each place of the value, so an equal comment at such a place is not lost. The
+    // comments before the first token count as written if the head of the file is written.
     void report_lost(bool head_is_written, cMessages &messages) const;
 
   private:
@@ -36,6 +36,6 @@ class cCommentMarks {
     cat::SourceMap const &map_;
     size_t text_after_; // the offset of text after the value
     std::string word_;
-    std::vector<size_t> counts_; // of each comment: how often its mark was in the text
+    std::vector<size_t> counts_; // for each comment, the number of its marks in the text
     std::unordered_map<std::uint32_t, std::vector<size_t>> by_value_; // comments by obid
 };

@@ -80,12 +80,11 @@ class cChildren {
     }
 
   private:
-    std::vector<std::uint32_t> begins_; // of each entry's in numbers_, and the end
+    std::vector<std::uint32_t> begins_; // the begin of each entry's part of numbers_, and the end
     std::vector<std::uint32_t> numbers_;
 };
 
-// As the library keeps comments: without carriage returns, but one that keeps * and / apart becomes
-// a blank.
+// Removes carriage returns as the library does in comments: one between * and / becomes a blank.
 std::string without_returns(std::string_view text) {
     std::string result;
     for (size_t i = 0; i < text.size(); ++i) {
@@ -103,7 +102,7 @@ std::string without_returns(std::string_view text) {
 struct cRemark {
     std::string text;
     std::string gap;         // the white space before it on its line
-    size_t lines_before = 0; // line ends between it and what is before it
+    size_t lines_before = 0; // line ends between it and the text before it
     size_t lines_after = 0;
     bool own_line = false;
 
@@ -131,9 +130,9 @@ cRemark remark_of(std::string const &bytes, SourceComment const &comment) {
     return remark;
 }
 
-// --- the text that the writer made ---
+// --- the written text ---
 
-// Without its comments, and where its entries are there.
+// The written text without its comments, and the offsets of its entries.
 class cWritten {
   public:
     cWritten(std::string const &text, cat::SourceMap const &map) {
@@ -160,7 +159,7 @@ class cWritten {
     size_t begin(size_t number) const { return entries_[number].begin; }
     size_t end(size_t number) const { return entries_[number].end; }
 
-    // Each entry of the container is on a line of its own.
+    // Is each entry of the container on a separate line?
     bool has_lines(size_t container) const {
         size_t at = entries_[container].open_end;
         while (at < text_.size() && is_blank(text_[at])) ++at;
@@ -173,13 +172,13 @@ class cWritten {
         size_t const line = text_.rfind('\n', end - 1) + 1;
         std::string const found = text_.substr(line, end - line);
         if (end != entries_[container].close_begin) return found;
-        return found + (container == 0 ? "  " : "    "); // empty: as the writer would indent
+        return found + (container == 0 ? "  " : "    "); // an empty one: the writer's indent
     }
 
   private:
     struct cCut {
         size_t at;
-        size_t removed; // up to here and here
+        size_t removed; // bytes removed by this cut and all before it
     };
 
     std::uint32_t moved(std::uint32_t offset) const {
@@ -195,10 +194,10 @@ class cWritten {
     std::vector<cCut> cuts_;
 };
 
-// --- which entry of the file is written as which ---
+// --- entries of the file and of the written text ---
 
-// By their places: the entries of a node, which may be repeated in the file, are those of the
-// writer's entry with the same place among the nodes.
+// Matches them by position: the n-th node of a container in the file is the n-th entry that was
+// written. A node may have several entries in the file.
 class cMatching {
   public:
     cMatching(std::vector<cEntrySpan> const &from, std::vector<cEntrySpan> const &to)
@@ -225,7 +224,7 @@ class cMatching {
         std::uint32_t to;
     };
 
-    // Those inside come later, if there are any.
+    // Matches the entries, and queues them if they have entries inside.
     void pair(cNumbers const &from, std::uint32_t to) {
         bool is_container = false;
         for (std::uint32_t const entry : from) {
@@ -247,7 +246,7 @@ class cMatching {
             pair(groups[i], inner[i]);
     }
 
-    // Has each entry a node of its own? Their ids grow as the nodes are created.
+    // Does each entry have a different node? The ids grow in the order of creation.
     bool each_has_a_node(std::span<std::uint32_t const> entries) const {
         std::uint32_t before = 0;
         return std::all_of(entries.begin(), entries.end(), [&](std::uint32_t entry) {
@@ -255,7 +254,7 @@ class cMatching {
         });
     }
 
-    // Those inside these entries, together if their node is the same.
+    // The entries inside these entries; those with the same node are one group.
     std::vector<cNumbers> groups_in(cNumbers const &outer, bool with_node) const {
         std::vector<cNumbers> groups;
         std::unordered_map<std::uint32_t, size_t> by_node;
@@ -278,15 +277,15 @@ class cMatching {
     std::vector<cPair> open_;
 };
 
-// --- where a comment goes ---
+// --- the new position of a comment ---
 
 // A gap is the white space after a token of the written text.
 struct cPlaced {
     size_t gap;       // the end of that token
-    bool own_line;    // or else after that token on its line
-    size_t container; // that the gap is in; none: after the outermost value
-    size_t number;    // of the comment
-    bool moved;       // to the end of another line: its gap belongs to the old one
+    bool own_line;    // if false, the comment follows the token on its line
+    size_t container; // the container of the gap; none after the outermost value
+    size_t number;    // the number of the comment
+    bool moved;       // the comment moved to the end of another line, so its old gap is dropped
 };
 
 class cPlacing {
@@ -339,7 +338,7 @@ class cPlacing {
         return {written_.entry(to).open_end, !before && comment.own_line, to, 0, before};
     }
 
-    // The entry inside, as written, that is the last one before the offset.
+    // The last written entry inside `around` that was before the offset in the file.
     std::optional<size_t> last_before(size_t around, size_t offset) const {
         std::span<std::uint32_t const> const inner = to_.inside(around);
         auto it = std::lower_bound(
@@ -426,7 +425,7 @@ class cJoining {
         bool const open = at_open(group.front());
         std::string const indent = written_.indentation(group.front().container);
         size_t column = 0;
-        bool ended = false; // the line, by a comment on it
+        bool ended = false; // did a comment end the line?
         for (size_t i = 0; i < group.size(); ++i) {
             cRemark const &remark = remarks_[group[i].number];
             bool const own = group[i].own_line || (i > 0 && (ended || remark.own_line));
@@ -447,7 +446,7 @@ class cJoining {
         if (last.own_line && remarks_[last.number].lines_after > 1 && !closes) out_ += '\n';
     }
 
-    // After the outermost value.
+    // Writes comments after the outermost value.
     void fill_end(cGroup const &group) {
         for (size_t i = 0; i < group.size(); ++i) {
             cRemark const &remark = remarks_[group[i].number];
@@ -462,7 +461,7 @@ class cJoining {
         }
     }
 
-    // More lines of a comment move with the first one.
+    // The further lines of a comment move with its first one.
     std::string text_of(cPlaced const &placed, std::string const &indent) const {
         cRemark const &remark = remarks_[placed.number];
         std::string text = remark.text;
@@ -484,10 +483,10 @@ class cJoining {
     std::vector<cRemark> const &remarks_;
     bool trailing_blanks_;
     std::string out_;
-    size_t done_ = 0; // of the text
+    size_t done_ = 0; // offset up to which the text is copied
 };
 
-// Gives containers with these obids the layout of many lines.
+// Sets the containers with these obids to many lines.
 class cRoom {
   public:
     explicit cRoom(std::unordered_set<std::uint32_t> const &wanted) : wanted_(wanted) {}

@@ -22,7 +22,7 @@ cMapObj *map_in(objref const &value) {
 
 bool is_list(objref const &value) { return cObj::is_vector(value) || cObj::is_set(value); }
 
-// By key, or by position in vectors and sets.
+// The node by key, or by position in vectors and sets.
 cAttrNode *node_in(objref const &container, objref const &key) {
     cMapObj *const map = map_in(container);
     if (!map || !key) return nullptr;
@@ -41,7 +41,7 @@ bool refuse(std::string const &path, std::string const &why, cMessages &messages
     return false;
 }
 
-// Makes a change. Reports the library's errors, or the reason if there are none.
+// Makes a change. If it fails, reports the library's errors, or `reason` if it has raised no error.
 bool attempt(std::string const &path, std::string const &reason, cMessages &messages,
              std::function<bool()> const &change) {
     cAttempt const made(change);
@@ -63,7 +63,7 @@ bool erase(objref const &container, cAttrNode *node, std::string const &path, cM
     });
 }
 
-// Has any object in the tree this type, or does a type name it?
+// Does any object in the tree have this type, or does another type name it?
 bool is_used(objref const &root, cObj const *type) {
     std::unordered_set<cObj const *> seen{root.get()};
     std::vector<objref> todo{root};
@@ -98,7 +98,7 @@ cFoundEntry entry_at(objref const &root, std::vector<objref> const &keys, std::s
         if (i > 0) found.container = found.node->valref();
         found.node = node_in(found.container, keys[i]);
         if (!found.node) {
-            tell_absent(path, messages);
+            report_absent(path, messages);
             break;
         }
     }
@@ -159,7 +159,7 @@ bool move_entry(objref const &root, std::string const &from, std::string const &
     for (objref const &key : target) {
         cAttrNode const *const level = node_in(into, key);
         if (!level) {
-            tell_absent(to, messages);
+            report_absent(to, messages);
             return false;
         }
         into = level->valref();

@@ -1,6 +1,6 @@
 #pragma once
-// Entries that commands remove, move and insert, by paths. What can't be done is an error in the
-// messages and leaves the value as it was.
+// Removes, moves and inserts entries by paths. If a change is impossible, the functions add an
+// error to the messages and leave the value as it was.
 
 #include "qrv/core/cobj.h"
 #include "qrv/edit/cedit.h"
@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-// The container of a path and the node of its last key; the node is null, with an error, if nothing
-// is there.
+// The container of a path and the node of its last key; the node is null, with an error, if the
+// entry does not exist.
 struct cFoundEntry {
     objref container;
     cAttrNode *node = nullptr;
@@ -19,10 +19,10 @@ struct cFoundEntry {
 cFoundEntry entry_at(objref const &root, std::vector<objref> const &keys, std::string const &path,
                      cMessages &messages);
 
-// A type that is given for a key of a map is declared by it, as in a file: it gets the key as its
-// name, and later values can have it. Other values are returned as they are.
+// A type that is stored under a key of a map is thereby declared, as in a file: the key becomes its
+// name, and later values can have the type. Other values are returned unchanged.
 objref declared(objref const &value, objref const &key);
-// The same for the value that is to be stored at a path.
+// The same for a value that will be stored at a path.
 objref declared_at(objref const &root, std::string const &path, objref const &value);
 
 bool remove_entry(objref const &root, std::string const &path, cMessages &messages);
@@ -30,7 +30,7 @@ bool move_entry(objref const &root, std::string const &from, std::string const &
                 cMessages &messages);
 
 struct cNewEntry {
-    bool after; // the entry at the path, or before it
+    bool after; // insert after the entry at the path; if false, before it
     objref key; // null in vectors and sets
     objref value;
 };

@@ -15,17 +15,17 @@
 
 namespace {
 
-// What the writer made of the file's value. The tree itself is not stored: the second reading needs
-// the memory.
+// The written form of the file's value. The tree itself is not stored, since the second reading
+// needs the memory.
 struct cWrittenAnew {
     std::string text;
-    std::string image; // empty if not all could be written
+    std::string fingerprint; // empty if a value could not be written
     std::string head;
     std::optional<cComments> comments;
 };
 
 cWrittenAnew written_anew(std::string const &bytes, cFormat const &how, cMessages &messages) {
-    cat::TypeScope const types; // the new text must declare its own
+    cat::TypeScope const types; // the new text must declare all its types itself
     cat::SourceMap const map;
     cReading const reading = read_value(bytes, messages);
     cWrittenAnew anew;
@@ -33,14 +33,14 @@ cWrittenAnew written_anew(std::string const &bytes, cFormat const &how, cMessage
     anew.comments.emplace(bytes, map);
     anew.comments->make_room(reading.value, map);
     anew.text = written(reading.value, "", false, messages, room_for(bytes));
-    if (messages.count() == 0) anew.image = qrv::edit::fingerprint(reading.value);
+    if (messages.count() == 0) anew.fingerprint = qrv::edit::fingerprint(reading.value);
     anew.head = head_of(bytes, map);
     if (how.replaces) add_lost_by_writing(bytes, map, messages);
-    if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
+    if (reading.after) messages.error(*reading.after, "text after the first value would be lost");
     return anew;
 }
 
-// Of the text that was written: its map.
+// Reads the written text, for its source map and its fingerprint.
 class cSecondReading {
   public:
     cSecondReading(std::string const &text, std::string const &name) {
@@ -48,17 +48,17 @@ class cSecondReading {
         cMessages ignored(name, 1);
         cReading const reading = read_value(text, ignored);
         if (!reading.clean) return;
-        image_ = qrv::edit::fingerprint(reading.value);
+        fingerprint_ = qrv::edit::fingerprint(reading.value);
         comes_back_ = written(reading.value, "", false, ignored, room_for(text)) == text;
     }
 
-    std::string const &image() const { return image_; } // empty if it has errors
+    std::string const &fingerprint() const { return fingerprint_; } // empty if it has errors
     bool comes_back() const { return comes_back_; }
     cat::SourceMap const &map() const { return map_; }
 
   private:
     cat::SourceMap const map_;
-    std::string image_;
+    std::string fingerprint_;
     bool comes_back_ = false;
 };
 
@@ -73,9 +73,9 @@ void format(std::string const &bytes, cFormat const &how, cMessages &messages, c
                anew.comments->put_into(anew.text, again.map(), trailing_blanks);
     };
     reply.text = with_comments(how.trailing_blanks);
-    if (!anew.image.empty() && again.image() != anew.image)
+    if (!anew.fingerprint.empty() && again.fingerprint() != anew.fingerprint)
         messages.error("the new text would not read as the same value: " +
-                       what_differs(anew.image, again.image(), false));
+                       what_differs(anew.fingerprint, again.fingerprint(), false));
     reply.comes_back = again.comes_back();
     reply.status = messages.count() == 0 ? exit_done : exit_found;
     if (how.either && reply.status == exit_done && reply.text != bytes &&

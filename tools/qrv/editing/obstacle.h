@@ -1,5 +1,5 @@
 #pragma once
-// Why nothing can be stored at a path.
+// Finds the reason why nothing can be stored at a path.
 
 #include "qrv/core/cobj.h"
 
@@ -11,6 +11,6 @@ struct cObstacle {
     std::string advice; // what to do, or empty
 };
 
-// What prevents it below that value: a level without entries, a key that its container does not
-// accept, or a declared type that demands values of some type.
+// The obstacle below `root`: a level without entries, a key that its container does not accept, or
+// a declared type that requires values of another type. Empty if there is none.
 std::optional<cObstacle> obstacle_at(objref const &root, std::string const &path);

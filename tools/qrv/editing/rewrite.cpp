@@ -1,11 +1,11 @@
-// The first value of a file in the writer's layout. Each reading has a type scope, so that the
-// types that one text declares are unknown to the next. Nothing is lost silently:
-//   1  The file is read, changed and written, while its comments are marked. Each value that can't
-//      be written is reported, each comment whose mark was not written, and text after the value.
-//      A change that fails ends the work: it is made once more without the marks, which its
-//      messages could show.
-//   2  The new text is read. Its fingerprint must be that of the value that was written, and
-//      writing it again must produce the same bytes.
+// Writes the first value of a file in the writer's layout. Each reading has a type scope, so that
+// the types that one text declares are unknown to the next. No data is lost silently:
+//   1  The file is read, changed and written, with marks in its comments. Reported are values that
+//      can't be written, comments whose mark was not written, and text after the value. A change
+//      that fails runs once more without the marks, since its messages could show them; then the
+//      work ends.
+//   2  The new text is read. Its fingerprint must equal that of the written value, and writing it
+//      again must produce the same bytes.
 // `fmt` uses format.cpp for these steps, unless --canonical is given.
 // Then the text is printed or replaces the file. A file is not replaced if data is lost, unless
 // --force is given, nor if step 2 fails.
@@ -40,11 +40,11 @@ struct cTask {
     cWriteOptions const &options;
     cChange const &change;
     enum cWay : unsigned char { anew, spliced, formatted } way = anew;
-    bool finds_lost = false; // values of repeated keys, and escapes
+    bool finds_lost = false; // report lost values of repeated keys, and lost escapes
 };
 
-// Reads the bytes, changes the value and writes it. Status: is the reply's text the new one? It is
-// exit_found after a change that failed while comments were marked.
+// Reads the bytes, changes the value and writes it. The status is exit_done if the reply has the
+// new text, and exit_found if the change failed while comments had marks.
 void first_reading(std::string const &bytes, cTask const &task, bool marked, cMessages &messages,
                    cReply &reply) {
     cat::SourceMap const map;
@@ -53,7 +53,7 @@ void first_reading(std::string const &bytes, cTask const &task, bool marked, cMe
     std::optional<cTypeOrder> types;
     if (task.options.reformat) types.emplace(reading.value);
     std::optional<cCommentMarks> marks;
-    if (marked && (reading.behind || !map.comments().empty())) marks.emplace(bytes, map, reading);
+    if (marked && (reading.after || !map.comments().empty())) marks.emplace(bytes, map, reading);
     if (!task.change({reading.value, bytes, map, nullptr}, reply.messages)) {
         if (marks) reply.status = exit_found;
         return;
@@ -62,10 +62,10 @@ void first_reading(std::string const &bytes, cTask const &task, bool marked, cMe
     bool const canonical = task.options.canonical;
     reply.text = written(reading.value, head_of(bytes, map), canonical, messages);
     if (marks) reply.text = marks->removed_from(reply.text);
-    if (messages.count() == 0) reply.image = qrv::edit::fingerprint(reading.value);
+    if (messages.count() == 0) reply.fingerprint = qrv::edit::fingerprint(reading.value);
     if (task.finds_lost) add_lost_by_writing(bytes, map, messages);
     if (marks && reply.text != bytes) marks->report_lost(!canonical, messages);
-    if (reading.behind) messages.error(*reading.behind, "text after the first value would be lost");
+    if (reading.after) messages.error(*reading.after, "text after the first value would be lost");
     reply.status = exit_done;
 }
 
@@ -79,7 +79,7 @@ cReply changed(std::string const &bytes, cTask const &task, bool marked,
     });
 }
 
-// Step 1. Forwards its messages.
+// Step 1.
 cReply changed(std::string const &bytes, cTask const &task, cMessages &messages) {
     cReply reply = changed(bytes, task, true, messages);
     bool const failed = reply.status == exit_found;
@@ -89,26 +89,26 @@ cReply changed(std::string const &bytes, cTask const &task, cMessages &messages)
     return reply;
 }
 
-// Step 2. Does writing the text again produce the same bytes?
-bool read_back(std::string const &text, std::string const &image, cWriteOptions const &options,
-               cMessages &messages) {
+// Step 2. Returns whether writing the text again produces the same bytes.
+bool verify(std::string const &text, std::string const &fingerprint, cWriteOptions const &options,
+            cMessages &messages) {
     cReply const reply = apart(messages.name(), [&](cReply &r) {
         cMessages ignored(messages.name(), 1);
         cat::SourceMap const map;
         cReading const reading = read_value(text, ignored);
         if (!reading.clean) return;
         r.text = written(reading.value, head_of(text, map), options.canonical, ignored);
-        if (ignored.count() == 0) r.image = qrv::edit::fingerprint(reading.value);
+        if (ignored.count() == 0) r.fingerprint = qrv::edit::fingerprint(reading.value);
         r.status = exit_done;
     });
     bool const read = reply.status == exit_done;
-    if (!image.empty() && (!read || reply.image != image))
+    if (!fingerprint.empty() && (!read || reply.fingerprint != fingerprint))
         messages.error("the new text would not read as the same value: " +
-                       what_differs(image, read ? reply.image : "", options.canonical));
+                       what_differs(fingerprint, read ? reply.fingerprint : "", options.canonical));
     return read && reply.text == text;
 }
 
-// The whole work. The reply: text, losses as messages, in `extra` the text as it is now.
+// Both steps. The reply has the new text, lost data as messages, and the present text in `extra`.
 void work(std::string const &name, cTask const &task, cReply &reply) {
     cMessages messages(name, task.options.max_errors);
     if (!read_bytes(name, reply.extra, messages)) {
@@ -129,7 +129,7 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
         reply.messages = first.messages;
         if (first.status == exit_done) {
             reply.text = first.text;
-            reply.comes_back = read_back(reply.text, first.image, task.options, messages);
+            reply.comes_back = verify(reply.text, first.fingerprint, task.options, messages);
             reply.status = messages.count() == 0 ? exit_done : exit_found;
         }
     }
@@ -154,14 +154,14 @@ int put_into(cTarget &target, cReply const &reply, cWriteOptions const &options,
     return target.replace(reply.text, expected);
 }
 
-// The file that is written; empty: none.
+// The file that is written, or "" for none.
 std::string target_of(std::string const &name, cWriteOptions const &options) {
     if (options.in_place) return name;
     return options.output == "-" ? "" : options.output;
 }
 
-// By one name or by two. The paths are compared first: if another process replaced the file between
-// two looks at its number, one file would seem to be two.
+// Do both names mean the same file? Compares the paths first: if another process replaces the file
+// between two queries of its number, one file would seem to be two.
 bool is_same_file(std::string const &name, std::string const &other) {
     if (name == other) return true;
     std::error_code error;
@@ -186,8 +186,8 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     cTask::cWay way = options.reformat || options.canonical ? cTask::anew : cTask::spliced;
     if (!change && !options.canonical) way = cTask::formatted;
     cTarget target(target_of(name, options), options.target);
-    // Otherwise the folder is locked only to write: what is read may be a pipe from a process that
-    // needs the lock.
+    // If the command doesn't read the target, it locks the folder only for writing: its input may
+    // be a pipe from a process that needs the lock.
     bool const reads_target = !target.name().empty() && is_same_file(name, target.name());
     if (reads_target && !target.lock()) return exit_failed;
     cReply const reply = apart(name, [&](cReply &r) {

@@ -1,8 +1,8 @@
 #include "tools/qrv/editing/splice.h"
 
-// The new text is read again, and its fingerprint must be that of the changed value. If it is not,
-// repeated keys may be the reason. The change is then made again, and keys around it are written
-// once.
+// The new text is read again, and its fingerprint must equal that of the changed value. If it
+// doesn't, repeated keys may be the reason: the change is made again, and keys around it are
+// written once.
 
 #include "qrv/edit/cedit.h"
 #include "qrv/edit/cfingerprint.h"
@@ -16,7 +16,7 @@ namespace {
 
 using Repeated = qrv::edit::Edit::Repeated;
 
-// The two readings are apart: the types that the old text declares are unknown to the new one.
+// The two readings are isolated: the types that the old text declares are unknown to the new one.
 cReply changed_text(std::string const &bytes, cChange const &change, Repeated repeated,
                     cMessages const &about) {
     return apart(about.name(), [&](cReply &reply) {
@@ -35,22 +35,22 @@ cReply changed_text(std::string const &bytes, cChange const &change, Repeated re
         map.reset(); // the fingerprint needs the memory
         reply.found = messages.findings();
         reply.messages = errors;
-        if (reply.status == exit_done) reply.image = qrv::edit::fingerprint(reading.value);
+        if (reply.status == exit_done) reply.fingerprint = qrv::edit::fingerprint(reading.value);
     });
 }
 
-// Of the first value in the text; empty if that has errors.
+// The fingerprint of the first value in the text; empty if the text has errors.
 std::string fingerprint_of(std::string const &text, std::string const &name) {
     cReply const reply = apart(name, [&](cReply &r) {
         cMessages ignored(name, 1);
         cReading const reading = read_value(text, ignored);
-        if (reading.clean) r.image = qrv::edit::fingerprint(reading.value);
+        if (reading.clean) r.fingerprint = qrv::edit::fingerprint(reading.value);
     });
-    return reply.image;
+    return reply.fingerprint;
 }
 
-// Why the change can't be made, and what to do.
-void report_why(std::string const &bytes, cChange const &change, std::string const &image,
+// Reports why the change can't be made, and what to do.
+void report_why(std::string const &bytes, cChange const &change, std::string const &fingerprint,
                 cMessages &messages) {
     cReply const reply = apart(messages.name(), [&](cReply &r) {
         cMessages found(messages.name(), messages.limit());
@@ -65,7 +65,7 @@ void report_why(std::string const &bytes, cChange const &change, std::string con
     });
     if (reply.text.empty()) return messages.take(reply.found);
     messages.error("this change can't be made in the text as it is");
-    messages.note(no_place, fingerprint_of(reply.text, messages.name()) == image
+    messages.note(no_place, fingerprint_of(reply.text, messages.name()) == fingerprint
                                 ? "--reformat writes the whole file anew"
                                 : "no text can be read as the changed value");
 }
@@ -82,9 +82,9 @@ void splice(std::string const &bytes, cChange const &change, cMessages &messages
         }
         if (changed.status != exit_done) return;
         reply.text = changed.text;
-        if (changed.image != fingerprint_of(changed.text, messages.name())) continue;
+        if (changed.fingerprint != fingerprint_of(changed.text, messages.name())) continue;
         reply.status = exit_done;
         return;
     }
-    report_why(bytes, change, changed.image, messages);
+    report_why(bytes, change, changed.fingerprint, messages);
 }

@@ -14,7 +14,7 @@ namespace {
 class cTokens : public cAttrScanner {
   public:
     explicit cTokens(std::istream &is) : cAttrScanner(is) {
-        return_all(true); // blanks too, so the texts of all tokens are the whole text
+        return_all(true); // with blanks, so that the tokens together are the whole text
     }
     bool next(cAttrLiteral &token) const {
         gettoken(token);
@@ -24,7 +24,7 @@ class cTokens : public cAttrScanner {
 
 cPlace place_of(cAttrLiteral const &token) { return {token.line, token.column + 1}; }
 
-// As a file has it: one token, whatever it contains.
+// A string as a file has it. Always one token.
 std::string literal(std::string const &value) {
     std::string text = "\"";
     for (char const c : value) {
@@ -34,8 +34,8 @@ std::string literal(std::string const &value) {
     return text + '"';
 }
 
-// What an integer of more than 31 bits becomes, or a number that is too small; empty if it is
-// stored as it is.
+// The stored value of an integer of more than 31 bits, or of a number that is too small; empty if
+// the number is stored unchanged.
 std::string changed_number(cAttrLiteral const &token) {
     std::string const &text = token.text;
     if (token.code == tkInt || token.code == tkUnsigned) {
@@ -50,11 +50,11 @@ std::string changed_number(cAttrLiteral const &token) {
     return stored == 0 && !is_zero ? "0" : "";
 }
 
-void tell_changed(cAttrLiteral const &token, cMessages &messages) {
+void report_changed(cAttrLiteral const &token, cMessages &messages) {
     if (token.code == tkString) {
         size_t const at = needless_escape(token.text);
         if (at == token.text.npos) return;
-        cPlace const place = behind(place_of(token), token.text, at);
+        cPlace const place = place_after(place_of(token), token.text, at);
         messages.error(place, "the \\ before " + token.text.substr(at + 1, 1) + " would be lost");
         messages.note(place, "\\\\ is a \\; --convert allows it");
     } else if (token.code >= tkInt && token.code <= tkDouble) {
@@ -73,8 +73,8 @@ cStatementText::cStatementText(std::string const &written, cNamedValues &named, 
     in.imbue(std::locale::classic());
     cTokens const tokens(in);
     cAttrLiteral token, before;
-    bool in_intf = false; // which keeps the form of a number, and all its bits
-    cPlace end;           // of text_
+    bool in_intf = false; // an intf preserves the form of a number, and all its bits
+    cPlace end;           // the end of text_
     for (bool more = tokens.next(token); more;) {
         cPlace const place = place_of(token);
         std::string text = token.text;
@@ -93,16 +93,17 @@ cStatementText::cStatementText(std::string const &written, cNamedValues &named, 
             named.used.insert(name);
             text = literal(found->second);
             cPlace const begin = end;
-            end = behind(end, text, text.size());
-            replaced_.push_back({begin, end, place, behind(place, '$' + name, name.size() + 1)});
+            end = place_after(end, text, text.size());
+            replaced_.push_back(
+                {begin, end, place, place_after(place, '$' + name, name.size() + 1)});
             text_ += text;
             more = tokens.next(token);
             continue;
         }
         if (token.code == '(') in_intf = before.text == "intf";
         if (token.code == ')') in_intf = false;
-        if (!convert && !in_intf) tell_changed(token, messages);
-        end = behind(end, text, text.size());
+        if (!convert && !in_intf) report_changed(token, messages);
+        end = place_after(end, text, text.size());
         text_ += text;
         if (token.code != tkSpace) before = token;
         more = tokens.next(token);

@@ -1,7 +1,7 @@
 #pragma once
 // The text of statements before it is read. Each $NAME outside of quotes becomes one string in
-// quotes, so whatever the value contains, it stays one value. Literals that would not be stored as
-// they are written are errors.
+// quotes, so any value of --arg stays one value. A literal that would be stored with a changed
+// value is an error.
 
 #include "tools/qrv/output/messages.h"
 
@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-// The values of --arg, by name, and those that statements used.
+// The values of --arg by name, and the names that statements have used.
 struct cNamedValues {
     std::map<std::string, std::string> values;
     std::set<std::string> used;
@@ -18,17 +18,17 @@ struct cNamedValues {
 
 class cStatementText {
   public:
-    // Errors go to messages. Both are borrowed; with `convert` all literals are taken.
+    // Errors go to messages. Both are borrowed. If `convert`, all literals are accepted.
     cStatementText(std::string const &written, cNamedValues &named, bool convert,
                    cMessages &messages);
 
     std::string const &text() const { return text_; }
-    cPlace written_place(cPlace place) const; // of a place in text()
+    cPlace written_place(cPlace place) const; // the written position of a position in text()
 
   private:
     struct cReplaced {
-        cPlace begin, end;                 // of the string in text()
-        cPlace written_begin, written_end; // of $NAME
+        cPlace begin, end;                 // the string in text()
+        cPlace written_begin, written_end; // $NAME
     };
 
     std::string text_;

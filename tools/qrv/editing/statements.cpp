@@ -30,10 +30,10 @@ bool is_key(cAttrLiteral const &token) {
 cStatements::cStatements(std::string const &text, cNamedValues &named, bool convert,
                          cMessages &messages)
     : messages_(messages), errors_before_(messages.count()),
-      text_(tell_unread(text) ? text : std::string(), named, convert, messages), in_(text_.text()),
-      scan_(in_) {
+      text_(report_unread(text) ? text : std::string(), named, convert, messages),
+      in_(text_.text()), scan_(in_) {
     in_.imbue(std::locale::classic());
-    if (messages.count() == errors_before_) tell_unheard_values();
+    if (messages.count() == errors_before_) report_ignored_values();
     readable_ = messages.count() == errors_before_;
 }
 
@@ -41,9 +41,9 @@ cPlace cStatements::place_of(cAttrLiteral const &token) const {
     return text_.written_place({token.line, token.column + 1});
 }
 
-// What the scanner would pass over, or stop at. Is there nothing of that?
-bool cStatements::tell_unread(std::string const &text) {
-    cSurvey const found = survey(text);
+// Reports comments, which the scanner skips, and bytes at which it stops. True if there are none.
+bool cStatements::report_unread(std::string const &text) {
+    cScan const found = scan(text);
     for (cComment const &comment : found.comments) {
         messages_.error(comment.place, "this comment would be lost: " + shortened(comment.text));
         messages_.note(comment.place, "leave it out; a string that contains // or /* needs quotes");
@@ -59,11 +59,11 @@ bool cStatements::tell_unread(std::string const &text) {
     return messages_.count() == errors_before_;
 }
 
-void cStatements::tell_unheard_values() {
+void cStatements::report_ignored_values() {
     std::string const &text = text_.text();
     cat::ReadReport passed_over(static_cast<size_t>(messages_.limit()));
-    tell_unheard(cSource(text), behind({}, text, text.size()), {}, passed_over);
-    tell(passed_over);
+    report_ignored(cSource(text), place_after({}, text, text.size()), {}, passed_over);
+    add_messages(passed_over);
 }
 
 bool cStatements::refuse(cAttrLiteral const &token, std::string const &text,
@@ -91,7 +91,7 @@ bool cStatements::read_key(cAttrLiteral const &token, cStatement &statement) {
     return true;
 }
 
-// Up to the operator. False at the end of the text, too.
+// Reads a path and its operator. False on an error and at the end of the text.
 bool cStatements::read_path(cStatement &statement) {
     cAttrLiteral token;
     do scan_.gettok(token);
@@ -117,7 +117,7 @@ bool cStatements::read_path(cStatement &statement) {
     return true;
 }
 
-void cStatements::tell(cat::ReadError const &error) {
+void cStatements::add_messages(cat::ReadError const &error) {
     cPlace const place = text_.written_place({error.line, error.column});
     messages_.error(place, with_short_path(error.text, error.path), error.code);
     if (error.kind == cat::ErrorKind::read_scalar || error.kind == cat::ErrorKind::read_key_scalar)
@@ -127,12 +127,12 @@ void cStatements::tell(cat::ReadError const &error) {
                        "a string needs quotes, and a number with an exponent needs a point: 1.0e3");
 }
 
-void cStatements::tell(cat::ReadReport const &report) {
-    for (cat::ReadError const &error : report.entries()) tell(error);
+void cStatements::add_messages(cat::ReadReport const &report) {
+    for (cat::ReadError const &error : report.entries()) add_messages(error);
     messages_.more(report.dropped());
 }
 
-// False if nothing after it can be read. `good`: is there a value?
+// Reads a value. False if the text after it can't be read. Sets `good` if there is a value.
 bool cStatements::read_value(cStatement &statement, bool &good) {
     cAttrLiteral token;
     scan_.gettok(token);
@@ -145,8 +145,8 @@ bool cStatements::read_value(cStatement &statement, bool &good) {
     cRules rules(text_.text(), report, '/' + statement.path);
     int end = 0;
     int const result = scan_.scan_obj(statement.value, &end);
-    rules.tell_unexplained();
-    tell(report);
+    rules.report_unexplained();
+    add_messages(report);
     good = result == 0 && report.empty();
     if (result < 0)
         return refuse(token, quoted(token) + " is not a value",

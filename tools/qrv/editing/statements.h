@@ -1,10 +1,10 @@
 #pragma once
-// The text that `set` is given, cut into statements:
+// The text given to `set`, cut into statements:
 //   statement = { ";" | "," } path operator value      path = [ "/" ] key { "/" key }
 //   operator  = "=" | "&=" | "+=" | "<<"
-// It is the language of the library's lists of assignments, read by the same scanner. What is
-// silently ignored there is an error here: a comment, a statement without value, a bracket or a "="
-// after a value, bytes that end the text, and what `check` finds in a value.
+// It is the language of the library's lists of assignments, read by the same scanner. Text that the
+// library silently ignores is an error here: a comment, a statement without value, a bracket or a
+// "=" after a value, bytes that end the text, and everything that `check` reports in a value.
 
 #include "qrv/core/cobj.h"
 #include "qrv/text/read/cattrscan.h"
@@ -20,20 +20,20 @@ struct cStatement {
     cPlace value_place;        // of the value
     std::string path;          // without leading slash and blanks
     std::string operator_text; // "="
-    int operation = 0;         // its token
+    int operation = 0;         // the operator's token
     objref value;
 };
 
 class cStatements {
   public:
-    // Errors go to messages, with places in the text. Both are borrowed, and so is `named`.
+    // Errors go to messages, with positions in the text. All references are borrowed.
     cStatements(std::string const &text, cNamedValues &named, bool convert, cMessages &messages);
     cStatements(cStatements const &) = delete;
     cStatements &operator=(cStatements const &) = delete;
     ~cStatements() = default;
 
-    // The next statement; false at the end, or where it isn't known where the next one begins. A
-    // statement that can't be read is reported and skipped.
+    // Reads the next statement. Reports and skips a statement that can't be read. False at the end,
+    // or if the begin of the next statement can't be found.
     bool next(cStatement &statement);
 
   private:
@@ -42,11 +42,11 @@ class cStatements {
         explicit cScan(std::istream &is) : cAttrScan(is, false) {}
     };
 
-    bool tell_unread(std::string const &text);
-    void tell_unheard_values();
+    bool report_unread(std::string const &text);
+    void report_ignored_values();
     cPlace place_of(cAttrLiteral const &token) const;
-    void tell(cat::ReadError const &error);
-    void tell(cat::ReadReport const &report);
+    void add_messages(cat::ReadError const &error);
+    void add_messages(cat::ReadReport const &report);
     bool read_path(cStatement &statement);
     bool read_key(cAttrLiteral const &token, cStatement &statement);
     bool read_value(cStatement &statement, bool &good);

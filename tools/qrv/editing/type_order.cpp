@@ -9,7 +9,7 @@
 
 namespace {
 
-// Called with each value and its path, in the order of the text. True ends the walk.
+// Called with each value and its path, in the order of the text. Returns true to end the walk.
 using cVisit = std::function<bool(objref const &value, std::string const &path)>;
 
 class cWalk {
@@ -65,7 +65,7 @@ cTypeOrder::cTypeOrder(objref const &root) {
 }
 
 bool cTypeOrder::report_broken(objref const &root, cMessages &messages) const {
-    std::unordered_map<cObj const *, std::string> declared; // so far, then all: the path
+    std::unordered_map<cObj const *, std::string> declared; // the path of each declared type
     cTypeObj const *missing = nullptr;
     std::string user;
     cVisit const search = [&](objref const &value, std::string const &path) {

@@ -1,6 +1,6 @@
 #pragma once
-// Declared types in the order of a value. A file can be read only if each type is declared before
-// the first value that needs it.
+// Checks the order of declared types. A file can be read only if each type is declared before the
+// first value that needs it.
 
 #include "qrv/core/ctypeobj.h"
 #include "tools/qrv/output/messages.h"
@@ -10,11 +10,11 @@
 
 class cTypeOrder {
   public:
-    // Notes the types that a value declares.   O(size)
+    // Collects the types that a value declares.   O(size)
     explicit cTypeOrder(objref const &root);
 
-    // Reports a type that the changed value needs before its declaration, or without one. True if
-    // there is such a type.   O(size)
+    // Reports a type that the changed value needs before its declaration, or without one. Returns
+    // whether there is such a type.   O(size)
     bool report_broken(objref const &root, cMessages &messages) const;
 
   private:

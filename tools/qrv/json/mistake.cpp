@@ -11,14 +11,14 @@ namespace {
 
 using std::string_view;
 
-constexpr size_t longest_found = 40; // of characters that are found
+constexpr size_t longest_found = 40; // characters of the text that was found
 
 constexpr string_view end_of_text = "the end of the text", a_value = "a value";
 constexpr char const *no_infinity = "JSON has no NaN and no infinity";
 
 bool has(string_view text, string_view part) { return text.find(part) != text.npos; }
 
-// The parser's context, and what is expected there.
+// The parser's context, and the tokens that are expected there.
 constexpr struct {
     string_view context, expected;
 } expectations[] = {
@@ -43,7 +43,7 @@ char const *digit_expected_by(string_view parser_text) {
 
 bool is_word(char c) { return is_letter_or_digit(c) || c == '_' || c == '$'; }
 
-// The text from there on that a person sees as one.
+// The text from `at` on that a person sees as one word.
 string_view piece_at(std::string const &bytes, size_t at, size_t token_end) {
     char const first = bytes[at];
     size_t end = at + 1;
@@ -66,7 +66,7 @@ std::string found_at(std::string const &bytes, size_t at, size_t token_end) {
     return piece[0] == '"' ? "the string " + shown : "'" + shown + "'";
 }
 
-// What people write that is not JSON, at the token that was found.
+// A note if the token is something that people often write but that is not JSON; else "".
 std::string note_of(std::string const &bytes, cJsonPlaces const &places, size_t at,
                     string_view expected) {
     if (at >= bytes.size()) return "";
@@ -94,14 +94,14 @@ std::string note_of(std::string const &bytes, cJsonPlaces const &places, size_t 
     return "";
 }
 
-// The first half of a surrogate pair, which has no second one.
+// The offset of the first half of a surrogate pair without its second half.
 size_t half_before(std::string const &bytes, size_t at) {
     for (at = bytes.rfind("\\u", at); at != bytes.npos && at > 0; at = bytes.rfind("\\u", at - 1))
         if ((bytes[at + 2] | 0x20) == 'd' && has("89abAB", bytes.substr(at + 3, 1))) break;
     return at;
 }
 
-// The first byte of what is not UTF-8: the parser has read to the byte that shows it.
+// The first byte of a sequence that is not UTF-8. The parser has stopped at its first invalid byte.
 size_t wrong_byte(std::string const &bytes, size_t at) {
     size_t start = at - 1;
     while (continues_character(bytes[start])) --start;
@@ -149,7 +149,8 @@ cJsonMistake string_mistake(std::string const &bytes, cJsonPlaces const &places,
     return escape_mistake(bytes, at, parser_text);
 }
 
-// The file is in another encoding: a mark says so, or zeros beside a first character of ASCII.
+// The name of another encoding, which a byte order mark shows, or zeros next to a first character
+// of ASCII; else "".
 std::string_view other_encoding(std::string const &bytes) {
     using namespace std::string_view_literals;
     string_view const begin = string_view(bytes).substr(0, 4);

@@ -8,5 +8,5 @@
 
 using cJsonPath = std::vector<objref>; // the keys, from the outermost
 
-// ", at path 'a/b/0'"; nothing for the outermost value.
+// Returns ", at path 'a/b/0'", or "" for the outermost value.
 std::string at_path(cJsonPath const &path);

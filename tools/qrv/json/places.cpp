@@ -11,33 +11,33 @@ cJsonPlaces::cJsonPlaces(std::string const &bytes) : bytes_(bytes) {
 cJsonPlaces::cJsonPlaces(std::string const &bytes, size_t offset) : bytes_(bytes), end_(offset) {}
 
 void cJsonPlaces::next() {
-    start_ = start_behind(end_, " \t\r\n,:");
+    start_ = start_after(end_, " \t\r\n,:");
     end_ = end_of(start_);
 }
 
 size_t cJsonPlaces::token_at(size_t offset) const {
-    size_t start = start_behind(end_, " \t\r\n");
+    size_t start = start_after(end_, " \t\r\n");
     for (size_t end = end_of(start); end <= offset && end > start; end = end_of(start))
-        start = start_behind(end, " \t\r\n");
+        start = start_after(end, " \t\r\n");
     return start;
 }
 
-size_t cJsonPlaces::start_behind(size_t at, char const *passed) const {
+size_t cJsonPlaces::start_after(size_t at, char const *passed) const {
     return std::min(bytes_.find_first_not_of(passed, at), bytes_.size());
 }
 
-// Stops at the first container, so that all these looks together are O(size).
+// Stops at the first container, so that all calls together take O(size).
 bool cJsonPlaces::array_has_lines() const {
     for (size_t start = end_, end = end_;; start = end) {
-        start = start_behind(start, " \t\r\n,");
+        start = start_after(start, " \t\r\n,");
         if (has(start, "[{")) return true;
-        if (!has(start, "\"-0123456789tfn")) return false; // the end, or a mistake
+        if (!has(start, "\"-0123456789tfn")) return false; // the end of the array, or a mistake
         end = end_of(start);
         if (bytes_[start] == '"' && string_has_lines(start, end)) return true;
     }
 }
 
-// A line end can only be there as an escape.
+// Line ends are possible only as escapes.
 bool cJsonPlaces::string_has_lines(size_t start, size_t end) const {
     std::string_view const string(&bytes_[start], end - start);
     for (size_t at = string.find('\\'); at != string.npos; at = string.find('\\', at + 2))
@@ -47,13 +47,13 @@ bool cJsonPlaces::string_has_lines(size_t start, size_t end) const {
     return false;
 }
 
-// As the parser cuts tokens: of "01" the 0 is one, of "nullx" the first four letters.
+// Cuts tokens like the parser: "0" is one in "01", and "null" is one in "nullx".
 size_t cJsonPlaces::end_of(size_t start) const {
     size_t end = start + 1;
     if (has(start, "\""))
-        end = behind_string(end);
+        end = after_string(end);
     else if (has(start, "-0123456789"))
-        end = behind_number(start);
+        end = after_number(start);
     else if (has(start, "tn"))
         end = start + std::string_view("true").size();
     else if (has(start, "f"))
@@ -61,20 +61,20 @@ size_t cJsonPlaces::end_of(size_t start) const {
     return std::min(end, bytes_.size());
 }
 
-size_t cJsonPlaces::behind_string(size_t at) const {
+size_t cJsonPlaces::after_string(size_t at) const {
     while (at < bytes_.size() && bytes_[at] != '"') at += bytes_[at] == '\\' ? 2 : 1;
     return at + 1;
 }
 
-size_t cJsonPlaces::behind_number(size_t at) const {
+size_t cJsonPlaces::after_number(size_t at) const {
     at += has(at, "-");
-    at = has(at, "0") ? at + 1 : behind_digits(at);
-    if (has(at, ".")) at = behind_digits(at + 1);
-    if (has(at, "eE")) at = behind_digits(at + 1 + has(at + 1, "+-"));
+    at = has(at, "0") ? at + 1 : after_digits(at);
+    if (has(at, ".")) at = after_digits(at + 1);
+    if (has(at, "eE")) at = after_digits(at + 1 + has(at + 1, "+-"));
     return at;
 }
 
-size_t cJsonPlaces::behind_digits(size_t at) const {
+size_t cJsonPlaces::after_digits(size_t at) const {
     return std::min(bytes_.find_first_not_of("0123456789", at), bytes_.size());
 }
 
@@ -83,15 +83,15 @@ bool cJsonPlaces::has(size_t at, std::string_view characters) const {
 }
 
 cPlace cJsonPlaces::place(size_t offset) {
-    if (offset < told_) {
-        told_ = 0;
-        told_place_ = {};
+    if (offset < last_offset_) {
+        last_offset_ = 0;
+        last_place_ = {};
     }
-    for (; told_ < std::min(offset, bytes_.size()); ++told_) {
-        if (bytes_[told_] == '\n')
-            ++told_place_.line, told_place_.column = 1;
+    for (; last_offset_ < std::min(offset, bytes_.size()); ++last_offset_) {
+        if (bytes_[last_offset_] == '\n')
+            ++last_place_.line, last_place_.column = 1;
         else
-            ++told_place_.column;
+            ++last_place_.column;
     }
-    return told_place_;
+    return last_place_;
 }

@@ -1,8 +1,8 @@
-// The parser calls the converter for each token, so that there is no tree and no depth takes stack.
-// The levels that are open are a stack; what is too deep is skipped.
+// The parser calls the converter for each token, so there is no tree, and deep nesting needs no
+// call stack. The converter stores the open levels, and skips values that are too deep.
 //
-// The text is made twice: once to find all errors and to verify it, before anything is written, and
-// once to be written. So neither is in memory as a whole.
+// The text is produced twice: once to find all errors and to verify it, before anything is written,
+// and once to write it. So neither the tree nor the new text is in memory as a whole.
 
 #include "tools/qrv/json/reading.h"
 
@@ -31,19 +31,19 @@ constexpr size_t no_offset = std::string::npos;
 // A container that is being read.
 struct cLevel {
     bool is_map;
-    size_t start;                                      // of its bracket
-    std::unordered_map<std::string, size_t> keys = {}; // with the offsets of the first
+    size_t start;                                      // the offset of its bracket
+    std::unordered_map<std::string, size_t> keys = {}; // each key and its first offset
     // The entry that is being read:
     std::string key = {};
     int index = 0;
-    size_t repeated = no_offset; // where the key is first
-    size_t before = 0;           // the end of the entry before it
+    size_t repeated = no_offset; // the first offset of a repeated key
+    size_t before = 0;           // the end of the previous entry
 };
 
-// All whole numbers with fewer digits are in the range of double.
+// A whole number with fewer digits is in the range of double.
 constexpr size_t digits_beyond_double = 309;
 
-// Are there so many digits in a row?
+// Does the text have `count` consecutive digits?
 bool has_row_of_digits(std::string const &bytes, size_t count) {
     for (size_t probe = count - 1; probe < bytes.size(); probe += count) {
         size_t begin = probe + 1, end = probe;
@@ -54,14 +54,14 @@ bool has_row_of_digits(std::string const &bytes, size_t count) {
     return false;
 }
 
-// The nearest double of a whole number; none beyond their range.
+// The double nearest to a whole number; empty if the number is out of range.
 std::optional<double> nearest_double(std::string_view text) {
     double number = 0;
     auto const read = std::from_chars(text.data(), text.data() + text.size(), number);
     return read.ec == std::errc() ? std::optional(number) : std::nullopt;
 }
 
-// Has the double exactly this value? The text is a whole number.
+// Does the double have exactly the value of this text, a whole number?
 bool is_exact(double number, std::string const &text) {
     char digits[400];
     auto const written =
@@ -71,8 +71,8 @@ bool is_exact(double number, std::string const &text) {
 
 bool is_whole(std::string_view text) { return text.find_first_of(".eE") == text.npos; }
 
-// The parser stops at a number beyond the range of double. So it reads a text in which each such
-// whole number is replaced by 0.000 of the same length; the builder looks at the original.
+// The parser stops at a number beyond the range of double. So it gets a copy of the bytes in which
+// each such whole number is replaced by 0.000 of the same length; the converter reads the original.
 std::string with_numbers_in_range(std::string const &bytes) {
     std::string changed = bytes;
     cJsonPlaces places(bytes);
@@ -86,7 +86,7 @@ std::string with_numbers_in_range(std::string const &bytes) {
     return changed;
 }
 
-// The parser's text without its own place, and without the token, which may be long.
+// The parser's message without its position, and without the token, which may be long.
 std::string reason_of(std::string text) {
     text.erase(0, text.find("] ") + 2);
     if (text.starts_with("parse error at")) text.erase(0, text.find(": ") + 2);
@@ -119,7 +119,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
     bool number_integer(number_integer_t value) override { return add_whole(value); }
     bool number_unsigned(number_unsigned_t value) override { return add_whole(value); }
 
-    // A whole number comes here when it has more than 64 bits.
+    // The parser passes a whole number of more than 64 bits to this function.
     bool number_float(number_float_t value, string_t const &) override {
         places_.next();
         std::string_view const token(&bytes_[places_.start()], places_.end() - places_.start());
@@ -134,7 +134,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
         return add(value);
     }
 
-    bool binary(binary_t &) override { return false; } // not in texts
+    bool binary(binary_t &) override { return false; } // never called for text
 
     bool start_object(std::size_t) override { return open(true); }
     bool end_object() override { return close(); }
@@ -150,7 +150,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
         level.before = before;
         level.repeated = no_offset;
         if (level.key.find('\0') != std::string::npos)
-            tell("a key with a character 0 cannot be written");
+            report("a key with a character 0 cannot be written");
         else if (auto const [first, is_new] = level.keys.emplace(level.key, places_.start());
                  !is_new)
             repeat(level, first->second);
@@ -158,7 +158,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
         return true;
     }
 
-    // The position is the number of characters that were read.
+    // `position` is the number of characters read so far.
     bool parse_error(std::size_t position, std::string const &,
                      nlohmann::detail::exception const &error) override {
         cJsonMistake mistake = mistake_of(bytes_, places_, position, reason_of(error.what()));
@@ -179,7 +179,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
         return add_big(std::to_string(value), static_cast<double>(value));
     }
 
-    // A whole number that is not an int.
+    // Adds a whole number that is not an int.
     bool add_big(std::string const &text, std::optional<double> nearest) {
         using cBig = cJsonRules::cBig;
         if (nearest && (rules_.big == cBig::nearest_double || is_exact(*nearest, text)))
@@ -207,7 +207,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
     bool open(bool is_map) {
         places_.next();
         if (too_deep_ == 0 && levels_.size() == static_cast<size_t>(cat::max_read_depth))
-            tell("nesting is deeper than " + std::to_string(cat::max_read_depth));
+            report("nesting is deeper than " + std::to_string(cat::max_read_depth));
         else if (too_deep_ == 0) {
             if (is_map)
                 text_.open_map();
@@ -235,18 +235,18 @@ class cConverter : public nlohmann::json_sax<cJson> {
         if (rules_.last_wins)
             level.repeated = first;
         else
-            tell("this key occurs twice in the object", "; use --duplicates=last", first);
+            report("this key occurs twice in the object", "; use --duplicates=last", first);
     }
 
-    // The scalar at the current path can't be stored.
+    // Reports that the scalar at the current path can't be stored.
     bool refuse(std::string const &why, char const *advice = "") {
         if (too_deep_ > 0) return true;
-        tell(why, advice);
+        report(why, advice);
         return end_entry();
     }
 
-    void tell(std::string const &why, char const *advice = "", size_t first = no_offset) {
-        if (!messages_.tells_errors()) return messages_.more(1);
+    void report(std::string const &why, char const *advice = "", size_t first = no_offset) {
+        if (!messages_.shows_errors()) return messages_.more(1);
         messages_.error(places_.place(places_.start()), why + at_path(path()) + advice);
         if (first != no_offset) messages_.note(lines_.place(first), "it is first here");
     }
@@ -266,7 +266,7 @@ class cConverter : public nlohmann::json_sax<cJson> {
     cJsonText &text_;
     cRepetitions repetitions_;
     std::vector<cLevel> levels_;
-    size_t too_deep_ = 0; // levels that are skipped
+    size_t too_deep_ = 0; // the number of skipped levels
 };
 
 } // namespace
@@ -314,7 +314,7 @@ cJsonFile::cConverted cJsonFile::convert(cMessages &messages, cPut const &put) c
     });
     cConverter converter(bytes_, places, rules_, messages, text);
     std::string const &parsed = in_range_.empty() ? bytes_ : in_range_;
-    size_t const zero = bytes_.find('\0'); // to the parser the end of the text
+    size_t const zero = bytes_.find('\0'); // ends the text for the parser
     if (cJson::sax_parse(parsed.begin(), parsed.end(), &converter) && zero != bytes_.npos)
         messages.error(cJsonPlaces(bytes_).place(zero), "a character 0 follows the value");
     text.end();

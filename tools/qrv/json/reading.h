@@ -1,13 +1,15 @@
 #pragma once
-// A JSON file as text of the file format: object to map, array to vector, string, true and false to
-// themselves, a whole number that fits to int, every other number to double, null to #nil.
+// Converts a JSON file to text of the file format: an object to a map, an array to a vector,
+// strings, true and false to themselves, a whole number to an int if it fits, every other number to
+// a double, null to #nil.
 //
 // Values that the file format cannot hold are errors with position and path, and all are reported:
 // a whole number that is neither an int nor exactly a double, a key that occurs twice in an object,
 // a character 0 in a string or key, and nesting deeper than the reader accepts. Rules can replace
 // the first two errors by another value.
 //
-// Memory is the bytes of the file, and the keys of the objects that contain the current position.
+// Needs memory for the bytes of the file, and for the keys of the objects around the current
+// position.
 
 #include "tools/qrv/json/repetitions.h"
 #include "tools/qrv/json/text.h"
@@ -24,24 +26,24 @@ constexpr std::string_view json_mark = "\xEF\xBB\xBF";
 struct cJsonRules {
     enum class cBig { error, nearest_double, string };
 
-    cBig big = cBig::error; // what a whole number becomes that is neither an int nor a double
-    bool last_wins = false; // of equal keys; the value is at the position of the first
+    cBig big = cBig::error; // for whole numbers that are neither an int nor exactly a double
+    bool last_wins = false; // of equal keys, the last value is used, at the position of the first
 };
 
 class cJsonFile {
   public:
-    // Moves the bytes. All errors are reported here, one too if the scanner would read the text as
-    // other values.   O(size)
+    // Moves the bytes, and reports all errors, also if the library would read the text as other
+    // values.   O(size)
     cJsonFile(std::string &bytes, cJsonRules const &rules, cMessages &messages);
 
-    bool is_good() const { return is_good_; } // nothing was reported
-    // Of a good file: the size of its text, and the text, the same each time. False if a piece was
-    // refused.   O(size)
+    bool is_good() const { return is_good_; } // no error was reported
+    // Only for a good file: the size of the text, and the text itself. write() may be called
+    // several times; it returns false if `put` refused a piece.   O(size)
     std::uint64_t size() const { return size_; }
     bool write(cPutPiece const &put) const;
 
   private:
-    // Gets a piece of the text, and how many bytes of the file were read for it.
+    // Receives a piece of the text, and the number of bytes of the file that were read for it.
     using cPut = std::function<bool(std::string_view piece, size_t bytes)>;
     struct cConverted {
         cValuePrint given;
@@ -52,7 +54,7 @@ class cJsonFile {
     cConverted convert(cMessages &messages, cPut const &put) const;
 
     std::string bytes_;
-    std::string in_range_; // the bytes as the parser accepts them, if it would not
+    std::string in_range_; // a copy that the parser accepts, if it does not accept the bytes
     cJsonRules const rules_;
     std::uint64_t size_ = 0;
     bool is_good_ = false;

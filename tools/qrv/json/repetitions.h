@@ -1,6 +1,6 @@
 #pragma once
-// Keys that occur more than once in an object. The text without the repetitions has the last value
-// of each key, at the position of the first.
+// Removes keys that occur more than once in an object. The new text has the last value of each key,
+// at the position of the first.
 
 #include <cstddef>
 #include <map>
@@ -8,14 +8,15 @@
 
 class cRepetitions {
   public:
-    // Of the key at the offset `first`, by an entry that begins with a comma after `before` and
-    // ends at `end`. Those of a key come in order.
+    // Adds a repetition of the key at the offset `first`: an entry that begins with a comma after
+    // `before` and ends at `end`. Repetitions of a key must be added in order.
     void add(size_t first, size_t before, size_t end);
     bool empty() const { return parts_.empty(); }
     std::string removed_from(std::string const &bytes) const; // O(size)
 
   private:
-    // A key whose value is that of the repetition at `other`, or a repetition, which ends there.
+    // A key, which gets the value of the repetition at `other`; or a repetition, which ends at
+    // `other`.
     struct cPart {
         bool is_key;
         size_t other;
@@ -23,5 +24,5 @@ class cRepetitions {
 
     void copy(std::string const &bytes, size_t from, size_t to, std::string &text) const;
 
-    std::map<size_t, cPart> parts_; // by their offsets
+    std::map<size_t, cPart> parts_; // by offset
 };

@@ -7,7 +7,7 @@ namespace {
 
 constexpr size_t piece_size = 1 << 16;
 
-struct cObject { // that has the value
+struct cObject { // the object that has the value
     objref operator()(std::nullptr_t) const { return cat::nil(); }
     objref operator()(std::string_view text) const { return cat::of(std::string(text)); }
     template <class T> objref operator()(T value) const { return cat::of(value); }
@@ -47,7 +47,7 @@ void cJsonText::end() {
     flush();
 }
 
-// The key of a map has begun the entry.
+// In a map, the key has already begun the entry.
 void cJsonText::begin_value() {
     if (!levels_.empty() && levels_.back().opening == '[') begin_entry();
 }

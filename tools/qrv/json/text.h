@@ -1,7 +1,7 @@
 #pragma once
-// The text of a value of a JSON file, equal to what the library's writer writes for such an object
-// in exact text: one entry a line, but arrays of scalars without line ends on one line. It is
-// written part by part, so that no object is created.
+// Writes the values of a JSON file as text of the file format, without creating objects. The text
+// equals the exact text of the library's writer: one entry on each line, but arrays of scalars
+// without line ends on one line.
 
 #include "qrv/text/write/cexacttext.h"
 #include "tools/qrv/json/value_print.h"
@@ -11,7 +11,8 @@
 #include <string_view>
 #include <vector>
 
-// Gets the text piece by piece; false ends the work. No token is divided between two pieces.
+// Receives the text piece by piece; returns false to end the work. A token is never divided between
+// two pieces.
 using cPutPiece = std::function<bool(std::string_view piece)>;
 
 class cJsonText {
@@ -24,12 +25,12 @@ class cJsonText {
     void open_map() { open({'{', '}', ';', true}); }
     void open_vector(bool has_lines) { open({'[', ']', ',', has_lines}); }
     void close();
-    void key(std::string const &key); // of the next value
+    void key(std::string const &key); // the key of the next value
     void value(cScalar const &value);
     void end();                                  // after the outermost value
-    bool is_wanted() const { return !refused_; } // the rest of the text
+    bool is_wanted() const { return !refused_; } // false if the receiver has ended the work
 
-    cValuePrint const &given() const { return given_; } // of what was written
+    cValuePrint const &given() const { return given_; } // of the values given so far
 
   private:
     struct cLevel {
@@ -49,7 +50,7 @@ class cJsonText {
 
     cat::ExactText const exact_;
     cPutPiece put_;
-    std::string text_; // not handed over yet
+    std::string text_; // not passed to the receiver yet
     std::vector<cLevel> levels_;
     cValuePrint given_;
     bool refused_ = false;

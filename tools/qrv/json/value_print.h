@@ -1,6 +1,6 @@
 #pragma once
-// A fingerprint of scalars, brackets and separators in their order. Those that were written and the
-// text that they became have the same one, unless the text would be read as something else.
+// A fingerprint of scalars, brackets and separators in their order. The fingerprint of the given
+// values equals that of the written text, unless the text would be read as other values.
 
 #include <cstddef>
 #include <cstdint>

@@ -20,7 +20,7 @@ constexpr double fixed_below = 1e16; // larger numbers, and small ones, have an 
 constexpr double fixed_from = 1e-5;
 constexpr double whole_up_to = 9007199254740992.0; // 2^53
 
-// The shortest digits that give the number of this type again.
+// The shortest digits that read as this number of this type.
 template <class T> std::string digits(T number) {
     T const size = std::abs(number);
     bool const fixed = size == 0 || (size >= T(fixed_from) && size < T(fixed_below));
@@ -60,8 +60,8 @@ class cJsonWriter {
     }
 
   private:
-    // A value that was written at another place, as long as it is written again. Values in it may
-    // be shared too, so that a short file can become an endless text.
+    // Guard: a shared value is being written again. Values inside it may be shared too, so a short
+    // file can become an extremely long text.
     class cCopy {
       public:
         explicit cCopy(cJsonWriter &writer) : writer_(writer) {
@@ -115,7 +115,7 @@ class cJsonWriter {
         put_typed(value, one_line);
     }
 
-    // Objects of declared types are maps of their attributes.
+    // Writes an object of a declared type as a map of its attributes.
     void put_typed(objref const &value, bool one_line) {
         bool const is_map = dynamic_cast<cMapObj const *>(value.get());
         lose("an object of type '" + shortened(value->type().name()) + "' becomes a " +
@@ -174,8 +174,8 @@ class cJsonWriter {
         try {
             put_text(nlohmann::json(text).dump());
         } catch (nlohmann::json::type_error const &error) {
-            std::string const told = error.what();
-            fail(told.substr(told.find("] ") + 2));
+            std::string const text = error.what();
+            fail(text.substr(text.find("] ") + 2));
         }
     }
 
@@ -189,24 +189,24 @@ class cJsonWriter {
         messages_.error("shared values would make the text too long");
     }
 
-    // The losses in a value are reported when it is written for the first time.
+    // Reports lost data in a value when it is written for the first time.
     void lose(std::string const &what) {
         if (copies_ > 0) return;
-        messages_.warning(messages_.tells_warnings() ? what + at_path(path_) : "");
+        messages_.warning(messages_.shows_warnings() ? what + at_path(path_) : "");
     }
     void fail(std::string const &what) {
         if (copies_ > 0) return;
-        messages_.error(messages_.tells_errors() ? what + at_path(path_) : "");
+        messages_.error(messages_.shows_errors() ? what + at_path(path_) : "");
     }
 
     cJsonForm const &form_;
     cMessages &messages_;
     cJsonPath path_;
     std::string out_;
-    std::unordered_set<cObj const *> written_; // of the shared values
-    size_t copies_ = 0;                        // that are being written
-    size_t copy_start_ = 0;                    // of the outermost
-    size_t copied_ = 0;                        // characters of all before
+    std::unordered_set<cObj const *> written_; // shared values that were written
+    size_t copies_ = 0;                        // copies that are being written, nested
+    size_t copy_start_ = 0;                    // the start of the outermost copy
+    size_t copied_ = 0;                        // the characters of all earlier copies
     bool given_up_ = false;
 };
 

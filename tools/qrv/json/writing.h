@@ -1,5 +1,5 @@
 #pragma once
-// Objects as a JSON text. What JSON cannot express is written like this, with a warning:
+// Writes objects as JSON. Values that JSON cannot express are written like this, with a warning:
 //
 //   a set                    an array
 //   a float                  a number, with the digits that a float has
@@ -9,17 +9,18 @@
 //     that has attributes
 //   an object of any other   its text as a string
 //     type, and a type
-//   a key that is no string  its text
-//   what several places      in full at each of them
-//     share
+//   a non-string key         its text
+//   a value that several     in full at each of them
+//     places share
 //
 // An int is a number without point and exponent. A double has a point or an exponent, and the
-// digits it needs to come back; but a whole one that no int can hold, up to 2^53, is written as a
-// whole number: that is what it comes from and becomes again. With `integers` every whole double
-// below 2^53 is written so, except the negative 0. Containers on one line stay on one.
+// digits that it needs to be read as the same value. An exception is a whole double up to 2^53 that
+// no int can hold: it is written as a whole number, since reading JSON turns such a number into a
+// double. If `integers`, every whole double below 2^53 is written so, except the negative 0.
+// Containers on one line stay on one line.
 //
-// Errors: a string that isn't UTF-8, two keys of a map with the same text, and sharing that would
-// make the text many times larger.
+// These are errors: a string that isn't UTF-8, two keys of a map with the same text, and sharing
+// that would make the text many times larger.
 
 #include "qrv/core/cobj.h"
 #include "tools/qrv/output/messages.h"
@@ -29,11 +30,12 @@
 
 struct cJsonForm {
     int indent = 2;       // columns for each level
-    bool compact = false; // no blanks and lines at all
+    bool compact = false; // no blanks and line ends
     bool integers = false;
-    size_t longest = 0; // characters by which sharing may make the text larger
+    size_t longest = 0; // limit of the characters that sharing adds to the text
     size_t room = 0;    // characters for which memory is reserved
 };
 
-// The text without a last line feed; empty after an error. Losses are reported as warnings.
+// Returns the text without a last line feed, or "" after an error. Lost data is reported as
+// warnings.
 std::string json_text(objref const &value, cJsonForm const &form, cMessages &messages);

@@ -10,9 +10,10 @@ namespace {
 
 using cTexts = std::vector<std::string>;
 
-constexpr size_t table_limit = 4000000; // cells of the table
+constexpr size_t table_limit = 4000000; // cells of the table of lengths
 
-// The classic table of lengths, from the back; then a walk from the front.
+// Finds a longest common subsequence: fills the table of lengths from the back, then walks from the
+// front.
 void match_best(cTexts const &a, cTexts const &b, size_t first, size_t end_a, size_t end_b,
                 std::vector<int> &partner) {
     size_t const rows = end_a - first, columns = end_b - first;
@@ -34,10 +35,10 @@ void match_best(cTexts const &a, cTexts const &b, size_t first, size_t end_a, si
     }
 }
 
-// Each element takes the next equal one behind the last that was taken.
+// Pairs each element with the next equal one after the last that was paired.
 void match_greedy(cTexts const &a, cTexts const &b, size_t first, size_t end_a, size_t end_b,
                   std::vector<int> &partner) {
-    std::unordered_map<std::string, std::vector<size_t>> places; // from the back
+    std::unordered_map<std::string, std::vector<size_t>> places; // in reverse order
     for (size_t j = end_b; j-- > first;) places[b[j]].push_back(j);
     size_t next = first;
     for (size_t i = first; i < end_a; ++i) {
@@ -49,7 +50,7 @@ void match_greedy(cTexts const &a, cTexts const &b, size_t first, size_t end_a, 
     }
 }
 
-// For each element of `a`: its partner's index in `b`, growing, or -1.
+// For each element of `a` the index of its partner in `b`, increasing, or -1.
 std::vector<int> kept_in(cTexts const &a, cTexts const &b) {
     std::vector<int> partner(a.size(), -1);
     size_t first = 0, end_a = a.size(), end_b = b.size();
@@ -71,7 +72,7 @@ cTexts lines_of(std::string const &text) {
     return lines;
 }
 
-// Lines with their line feeds; the last may have none.
+// The lines with their line feeds; the last one may have none.
 cTexts whole_lines_of(std::string const &text) {
     cTexts lines;
     for (size_t at = 0, end = 0; at < text.size(); at = end) {
@@ -86,12 +87,13 @@ std::string marked(char mark, std::string const &line) {
     return mark + line + (line.ends_with('\n') ? "" : "\n\\ No newline at end of file\n");
 }
 
-// "3,7": first line and number of lines. An empty stretch is named by the line before it.
+// Returns "3,7": first line and number of lines. An empty stretch has the number of the line
+// before.
 std::string stretch(size_t first, size_t count) {
     return std::to_string(count > 0 ? first + 1 : first) + ',' + std::to_string(count);
 }
 
-// A line of both texts, or of one of them: its index in both.
+// A line of both texts or of one of them, with its index in both.
 struct cStep {
     char mark; // ' ', '-' or '+'
     size_t before, after;
@@ -115,7 +117,7 @@ std::vector<cStep> steps_from(cTexts const &a, cTexts const &b) {
 std::string changes(std::string const &name, std::string const &before, std::string const &after) {
     cTexts const a = lines_of(before), b = lines_of(after);
     std::vector<int> const kept = kept_in(a, b);
-    std::string told;
+    std::string lines;
     size_t i = 0, j = 0;
     while (i < a.size() || j < b.size()) {
         size_t const line = i;
@@ -124,11 +126,11 @@ std::string changes(std::string const &name, std::string const &before, std::str
         size_t const next = i < a.size() ? static_cast<size_t>(kept[i]) : b.size();
         while (j < next) stretch += "+ " + b[j++] + "\n";
         if (!stretch.empty())
-            told += name + ":" + std::to_string(line + 1) + ": would change\n" + stretch;
+            lines += name + ":" + std::to_string(line + 1) + ": would change\n" + stretch;
         ++i, ++j;
     }
-    if (told.empty()) told = name + ": would change: the line end of the last line\n";
-    return told;
+    if (lines.empty()) lines = name + ": would change: the line end of the last line\n";
+    return lines;
 }
 
 std::string unified_diff(std::string const &name, std::string const &before,
@@ -142,7 +144,7 @@ std::string unified_diff(std::string const &name, std::string const &before,
         while (at < steps.size() && steps[at].mark == ' ') ++at;
         if (at == steps.size()) break;
         size_t const first = at < around ? 0 : at - around;
-        size_t end = at; // after the last change of this hunk
+        size_t end = at; // the end of the last change of this hunk
         for (size_t i = at; i < steps.size() && i < end + 2 * around + 1; ++i)
             if (steps[i].mark != ' ') end = i + 1;
         size_t const last = std::min(end + around, steps.size());

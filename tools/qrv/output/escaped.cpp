@@ -6,11 +6,11 @@ namespace {
 
 struct cCodePoint {
     char32_t code;
-    size_t size; // in bytes; 0 if it is not UTF-8
+    size_t size; // in bytes; 0 if the bytes are not UTF-8
 };
 
-// The bytes after the first of a character of `size` bytes. Longer forms of what fits in fewer
-// bytes are not UTF-8, and neither are surrogates.
+// Reads the bytes after the first one of a character of `size` bytes. Overlong forms and surrogates
+// are not UTF-8.
 cCodePoint continued(std::string_view text, char32_t code, size_t size) {
     constexpr char32_t lowest[] = {0, 0, 0x80, 0x800, 0x10000};
     if (text.size() < size) return {0, 0};

@@ -16,7 +16,7 @@ bool is_word(char c) {
            (static_cast<unsigned char>(c) & 0x80) != 0;
 }
 
-// The token that begins there: a string, a word or number, or one character.
+// The end of the token that begins there: a string, a word or number, or one character.
 size_t end_of_token(std::string const &bytes, size_t begin) {
     if (begin >= bytes.size()) return begin;
     size_t end = begin + 1;

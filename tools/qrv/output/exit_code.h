@@ -1,5 +1,5 @@
 #pragma once
-// The exit codes. Of several files the worst counts.
+// The exit codes. For several files the greatest counts.
 
 enum exit_code : int {
     exit_done = 0,   // done, found, clean

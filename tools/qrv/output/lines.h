@@ -1,5 +1,5 @@
 #pragma once
-// Converts positions in a text to offsets, and offsets to positions.
+// Converts positions in text to offsets, and offsets to positions.
 
 #include "tools/qrv/output/diagnostic.h"
 
@@ -10,11 +10,11 @@
 
 class cLines {
   public:
-    // Borrows the bytes. The lines are found when they are first asked for.
+    // Borrows the bytes. Finds the lines on first use.
     explicit cLines(std::string const &bytes) : bytes_(bytes) {}
 
     std::string const &bytes() const { return bytes_; }
-    size_t offset(cPlace place) const; // the end of the text for a line that it does not have
+    size_t offset(cPlace place) const; // the end of the text if the line does not exist
     cPlace place(size_t offset) const;
     std::string_view line(unsigned number) const; // without its end
 

@@ -1,15 +1,15 @@
 #pragma once
-// A line of a message: "settings.attr:3:5: error: text". Every message is made of such lines, so
+// A line of a message: "settings.attr:3:5: error: text". All messages consist of such lines, so
 // none contains control characters, and all have the same colours.
 
 #include <string>
 
 enum class cRole : unsigned char { error, warning, note, caret };
 
-// Are messages coloured? "always", "never", or "auto", the default: only on a terminal, and not if
-// the environment has NO_COLOR.
+// Sets whether messages are coloured: "always", "never", or "auto", the default, which means only
+// on a terminal, and not if the environment has NO_COLOR.
 void choose_colours(std::string const &when);
-std::string painted(std::string const &text, cRole role); // the text itself without colours
+std::string painted(std::string const &text, cRole role); // returns the text if colours are off
 
-// With a line feed. `kind` is not a caret; `where` names a file, or the tool.
+// Returns the line with a line feed. `where` names a file or the tool; `kind` must not be a caret.
 std::string message_line(std::string const &where, cRole kind, std::string const &text);

@@ -13,7 +13,7 @@ constexpr size_t longest_text = 400;
 
 } // namespace
 
-cPlace behind(cPlace place, std::string const &text, size_t count) {
+cPlace place_after(cPlace place, std::string const &text, size_t count) {
     for (size_t i = 0; i < count; ++i) {
         if (text[i] == '\n')
             ++place.line, place.column = 1;

@@ -13,7 +13,7 @@ namespace {
 
 constinit cWorkOn const *innermost = nullptr;
 
-// Nothing is allocated here, and nothing is destroyed.
+// Allocates nothing and destroys nothing.
 [[noreturn]] void end() {
     static constexpr std::string_view without_name = "qrv: error: out of memory\n";
     cat::write_all(STDERR_FILENO, innermost ? innermost->message() : without_name);

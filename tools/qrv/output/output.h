@@ -1,17 +1,18 @@
 #pragma once
-// The two ways out: results on descriptor 1, messages on descriptor 2. A write that fails is
-// reported once and remembered.
+// The output of the tool: results on descriptor 1, messages on descriptor 2. The first write that
+// fails is reported, and its failure is remembered.
 
 #include <string>
 #include <string_view>
 
-// Descriptors 0 to 2 that the caller closed are taken, so that no file gets one; using them fails.
+// Opens those of the descriptors 0 to 2 that the caller has closed, so that no file gets one; using
+// them fails.
 void fill_standard_descriptors();
 
-// False if the write failed. That is reported, unless the reader of a pipe has closed it.
+// False if the write failed. Reports that, unless the reader of a pipe has closed it.
 bool put_result(std::string_view bytes);
 void put_error(std::string const &where, std::string const &text);
-void put_lines(std::string_view lines); // as they are
+void put_lines(std::string_view lines); // to descriptor 2, unchanged
 
 // "cannot ...: No space left on device" for errno.
 std::string reason(char const *what, int error);

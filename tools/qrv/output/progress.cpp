@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint64_t smallest_shown = 50'000'000;
 
-constexpr size_t longest_name = 60; // a line that is wider than the terminal cannot be removed
+constexpr size_t longest_name = 60; // a line wider than the terminal could not be removed
 
 bool is_needed(std::uint64_t size) { return size > smallest_shown && ::isatty(STDERR_FILENO) == 1; }
 
@@ -25,7 +25,7 @@ void cProgress::add(std::uint64_t bytes) {
     show(name_ + ": " + std::to_string(done_ * 100 / size_) + " % read");
 }
 
-// Replaces the line that is there. Blanks remove it on every terminal.
+// Replaces the current line. Blanks erase it on every terminal.
 void cProgress::show(std::string const &line) {
     if (line == line_) return;
     put_lines('\r' + std::string(line_.size(), ' ') + "\r" + line);

@@ -1,6 +1,5 @@
 #pragma once
-// A line on the terminal that says how much of a large file is read, and that is removed at the
-// end.
+// A line on the terminal that shows how much of a large file is read. It is removed at the end.
 
 #include <cstdint>
 #include <string>
@@ -15,13 +14,13 @@ class cProgress {
     ~cProgress() { show(""); }
 
     bool is_shown() const { return !name_.empty(); }
-    void add(std::uint64_t bytes); // that were read
+    void add(std::uint64_t bytes); // counts bytes that were read
 
   private:
     void show(std::string const &line);
 
-    std::string name_; // empty: nothing is shown
+    std::string name_; // empty if nothing is shown
     std::uint64_t size_;
     std::uint64_t done_ = 0;
-    std::string line_; // on the terminal
+    std::string line_; // the line on the terminal
 };

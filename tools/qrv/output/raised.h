@@ -1,6 +1,6 @@
 #pragma once
-// Errors raised on the common route, cat::sig_error(): while one of these lives, they are neither
-// printed nor thrown, but handed to a function.
+// Guard: passes errors that are raised by cat::sig_error() to a function, instead of printing or
+// throwing them.
 
 #include "qrv/core/ceros.h"
 

@@ -26,7 +26,7 @@ char const *level_of(cDiagnostic::cSeverity severity) {
     return severity == cDiagnostic::error ? "error" : "warning";
 }
 
-// All of the findings, with those that were only counted as two more.
+// All diagnostics, and up to two more about those that were only counted.
 std::vector<cDiagnostic> all_of(cFindings const &findings) {
     std::vector<cDiagnostic> all = findings.diagnostics;
     auto const add = [&](cDiagnostic::cSeverity severity, size_t count) {
@@ -39,10 +39,10 @@ std::vector<cDiagnostic> all_of(cFindings const &findings) {
     return all;
 }
 
-// Where a diagnostic is, with columns in characters. Line 0: in the file.
+// The position of a diagnostic, with columns in characters. Line 0 means the whole file.
 struct cRegion {
     cPlace begin = no_place;
-    cPlace end = no_place; // after the last character; none if it is unknown
+    cPlace end = no_place; // after the last character; no_place if unknown
 };
 
 class cCharacters {
@@ -72,7 +72,7 @@ class cCharacters {
     }
 
   private:
-    // What was counted last, since most places are asked for in their order.
+    // The last position that was counted, since most positions are requested in order.
     mutable size_t line_ = 0, counted_ = 0; // offsets
     mutable unsigned continuing_ = 0;       // bytes between them that continue a character
     std::string const &bytes_;
@@ -118,7 +118,7 @@ std::string json_of(cFindings const &findings) {
 
 // --- github ---
 
-// A line feed would end the command, and a comma or colon its property.
+// Encodes `special` characters: a line feed would end the command, a comma or colon its property.
 std::string percent_encoded(std::string const &text, std::string_view special) {
     std::string shown;
     for (char const c : text) {
@@ -162,7 +162,7 @@ std::string commands_of(cFindings const &findings, std::string const &bytes) {
 
 // --- sarif ---
 
-// The file's name as a reference relative to the current folder, or from the root on.
+// The file's name as a URI, relative to the current folder or absolute.
 std::string uri_of(std::string const &file) {
     constexpr std::string_view plain = "-._~/";
     std::string uri;
@@ -192,7 +192,7 @@ cJson result_of(cDiagnostic const &diagnostic, cCharacters const &characters) {
     if (std::string const name = label_of(diagnostic); !name.empty()) result["ruleId"] = name;
     result["level"] = level_of(diagnostic.severity);
     result["message"] = {{"text", diagnostic.text}};
-    if (!diagnostic.file.empty()) // which has no address
+    if (!diagnostic.file.empty()) // standard input has no address
         result["locations"] =
             cJson::array({location_of(diagnostic.file, characters.region(diagnostic))});
     for (cNote const &note : diagnostic.notes) {
@@ -205,7 +205,7 @@ cJson result_of(cDiagnostic const &diagnostic, cCharacters const &characters) {
     return result;
 }
 
-// Each result is a line.
+// The results, one on each line.
 std::string results_of(cFindings const &findings, std::string const &bytes) {
     cCharacters const characters(bytes);
     std::string lines;

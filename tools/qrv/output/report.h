@@ -1,7 +1,7 @@
 #pragma once
-// The findings in files, for other programs:
+// Reports the findings in files in formats for other programs:
 //
-//   text     as a person reads them
+//   text     the same text as for a person
 //   json     {"files": [{"file": ..., "diagnostics": [...], ...}, ...]}; columns in bytes
 //   github   commands of a workflow, which show each finding at its line; columns in characters
 //   sarif    SARIF 2.1.0, one run; columns in characters
@@ -21,14 +21,14 @@ class cReport {
         std::string summary;
     };
 
-    // One of formats(). The rules are borrowed.
+    // `format` is one of formats(). The rules are borrowed.
     cReport(std::string const &format, std::vector<cRule> const &rules);
     static std::vector<std::string> formats();
 
-    // The part of a file; the bytes are needed for columns.
+    // The part of the report for one file; needs the file's bytes to count columns.
     std::string part(cFindings const &findings, std::string const &bytes) const;
 
-    // A report is its beginning, all parts in turn, and its end.
+    // A report consists of its begin, all parts in turn, and its end.
     std::string begin() const;
     std::string next(std::string const &part);
     std::string end() const;

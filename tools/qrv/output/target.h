@@ -1,6 +1,6 @@
 #pragma once
-// A file that a command writes, so that nothing is lost: neither its content when the command is
-// killed or the disk is full, nor what another process writes to it at the same time.
+// A file that a command replaces without losing data: neither the old content if the command is
+// killed or the disk is full, nor the changes of another process at the same time.
 
 #include "qrv/base/platform/cfolderlock.h"
 #include "qrv/base/platform/cplatform.h"
@@ -11,8 +11,8 @@
 #include <string_view>
 
 struct cTargetOptions {
-    bool no_wait = false; // for a locked folder
-    std::string backup;   // suffix of the old file's copy; empty: none
+    bool no_wait = false; // fail if the folder is locked
+    std::string backup;   // suffix of the old file's copy; no copy if empty
 };
 
 class cTarget {
@@ -22,12 +22,14 @@ class cTarget {
 
     std::string const &name() const { return name_; }
 
-    // Holds the lock of the file's folder from now on, and removes what killed runs left there. A
-    // command that reads the file calls it before. False, with a message, if another has the lock.
+    // Locks the file's folder until the object is destroyed, and removes temporary files of killed
+    // runs. A command that reads the file calls this before. False, with a message, if another
+    // process holds the lock.
     bool lock();
 
-    // Gives the file that content, under the lock; an exit code. With `expected` the file must
-    // still hold these bytes. If it can't be written, a message says so and it stays as it was.
+    // Replaces the content of the file under the lock. Returns an exit code. If `expected` is
+    // given, the file must still have these bytes. If the file can't be written, prints a message
+    // and leaves it as it was.
     int replace(std::string const &text, std::optional<std::string_view> expected = {});
     int replace(cat::Content const &content);
 

@@ -8,7 +8,7 @@
 std::string thrown() {
     try {
         throw;
-    } catch (std::bad_alloc const &) { // of a size that no system has
+    } catch (std::bad_alloc const &) { // thrown only for impossible sizes
         return out_of_memory;
     } catch (std::exception const &error) {
         return error.what();

@@ -3,5 +3,5 @@
 
 #include <string>
 
-// The text of the exception that is being handled. Call it inside a catch block only.
+// The text of the current exception. Call it only inside a catch block.
 std::string thrown();

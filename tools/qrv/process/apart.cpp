@@ -7,7 +7,7 @@
 
 cReply apart(std::string const &name, std::function<void(cReply &)> const &work) {
     cWorkOn const about(name);
-    if (modules_are_loaded()) return in_child(name, work);
+    if (modules_are_loaded()) return in_worker(name, work);
     try {
         cat::TypeScope const types;
         cReply reply;

@@ -18,10 +18,10 @@
 
 namespace {
 
-// What came of --module.
+// The result of --module.
 struct cLoaded {
     std::vector<std::string> names;
-    std::map<std::string, std::string> types; // and the module that brought each
+    std::map<std::string, std::string> types; // from a type to the module that registered it
 };
 
 cLoaded &loaded() {
@@ -29,13 +29,13 @@ cLoaded &loaded() {
     return all;
 }
 
-// The very names that were given: asking for one finds what is there already.
+// Allows only the given names, whose modules are already loaded.
 bool is_allowed(std::string const &name) {
     std::vector<std::string> const &names = loaded().names;
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// What was registered, and what can be made when it is asked for, since the last call.
+// Records the types that were registered, or that factories can create, since the last call.
 void note_types(std::string const &module) {
     auto const note = [&](std::string const &type) { loaded().types.emplace(type, module); };
     cAttrHash const &types = cat::typemap().datamap();
@@ -44,7 +44,7 @@ void note_types(std::string const &module) {
     for (std::string const &type : factories()) note(type);
 }
 
-bool tell_failure(std::string const &name, std::string const &reasons) {
+bool report_failure(std::string const &name, std::string const &reasons) {
     put_error("qrv", "cannot load the module '" + name + "'");
     std::istringstream lines(reasons);
     for (std::string line; std::getline(lines, line);)
@@ -52,7 +52,8 @@ bool tell_failure(std::string const &name, std::string const &reasons) {
     return false;
 }
 
-// The path without ".so" of a module in the folder beside the program. Empty if the name is a path.
+// The path, without ".so", of a module in the folder next to the program. Empty if the name is a
+// path.
 std::string beside_program(std::string const &name) {
     std::error_code error;
     std::filesystem::path const program = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -60,10 +61,11 @@ std::string beside_program(std::string const &name) {
     return error || is_path ? "" : (program.parent_path() / "modules" / name).string();
 }
 
-// A broken file beside the program ends the search: no other file of that name is loaded. A name
-// that ends in a slash would be the program's own module, which brings nothing.
+// If the file next to the program is broken, no other file of this name is searched for. A name
+// that ends with a slash would mean the program's own module, which has no types.
 bool load(std::string const &name) {
-    if (name.ends_with('/')) return tell_failure(name, "give the name of a file, not of a folder");
+    if (name.ends_with('/'))
+        return report_failure(name, "give the name of a file, not of a folder");
     try {
         std::string const beside = beside_program(name);
         if (!beside.empty() && cModule::load(beside)) return true;
@@ -71,16 +73,16 @@ bool load(std::string const &name) {
         bool const is_there =
             !beside.empty() && (cat::is_regular(beside + ".so") || cat::is_regular(beside));
         if (!is_there && cModule::load(name)) return true;
-        return tell_failure(name, is_there ? reasons : reasons + cModule::last_error());
+        return report_failure(name, is_there ? reasons : reasons + cModule::last_error());
     } catch (...) {
-        return tell_failure(name, thrown());
+        return report_failure(name, thrown());
     }
 }
 
 } // namespace
 
 bool load_modules(std::vector<std::string> const &names) {
-    note_types(""); // the library's
+    note_types(""); // the library's types
     for (std::string const &name : names) {
         if (!load(name)) return false;
         note_types(name);

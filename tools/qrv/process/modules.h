@@ -1,20 +1,20 @@
 #pragma once
-// Code comes into the tool by --module and in no other way, whatever a file or a statement names.
+// Only --module loads code into the tool. Files and statements cannot.
 
 #include <string>
 #include <vector>
 
 class cTypeObj;
 
-// Loads modules by cModule::load, in order; one whose name has no slash from the folder "modules"
-// beside the program, if it is there. From then on no others may be loaded, by a name in a
-// file neither. False if one fails, told by messages.
+// Loads modules by cModule::load, in order. A module whose name has no slash is first searched for
+// in the folder "modules" next to the program. Afterwards no other module can be loaded, not even
+// by a name in a file. False, with a message, if a module can't be loaded.
 bool load_modules(std::vector<std::string> const &names);
 
 bool modules_are_loaded();
 
-// The module that brought this type: as it was given to --module; empty if none did.
+// The module that registered this type, as named by --module; empty if no module did.
 std::string module_of(cTypeObj const &type);
 
-// The types that are made when they are asked for.
+// The names of types that factories create on first use.
 std::vector<std::string> factories();

@@ -19,7 +19,7 @@ extern "C" void __gcov_dump();
 
 namespace {
 
-// What a reply and its parts are made of, in one list for both directions.
+// The fields of a reply and its parts, in one list for both directions.
 template <class Pipe> void fields(Pipe &pipe, cPlace &place) { pipe(place.line, place.column); }
 
 template <class Pipe> void fields(Pipe &pipe, cNote &note) { pipe(note.place, note.text); }
@@ -34,14 +34,14 @@ template <class Pipe> void fields(Pipe &pipe, cFindings &found) {
 }
 
 template <class Pipe> void fields(Pipe &pipe, cReply &reply) {
-    pipe(reply.status, reply.text, reply.found, reply.messages, reply.extra, reply.image,
+    pipe(reply.status, reply.text, reply.found, reply.messages, reply.extra, reply.fingerprint,
          reply.comes_back);
 }
 
 template <class T>
 concept cPlain = std::is_arithmetic_v<T> || std::is_enum_v<T>;
 
-// Texts and lists come after their sizes.
+// Strings and lists follow their sizes.
 class cPacker {
   public:
     template <class... T> void operator()(T &...parts) { (add(parts), ...); }
@@ -123,8 +123,8 @@ std::string read_all(int descriptor) {
     }
 }
 
-[[noreturn]] void be_child(std::string const &name, int descriptor,
-                           std::function<void(cReply &)> const &work) {
+[[noreturn]] void be_worker(std::string const &name, int descriptor,
+                            std::function<void(cReply &)> const &work) {
     end_silently_when_memory_ends();
     cReply reply;
     try {
@@ -134,9 +134,9 @@ std::string read_all(int descriptor) {
     }
     bool const sent = cat::write_all(descriptor, packed(reply));
 #ifdef QRV_COVERAGE
-    __gcov_dump(); // which _exit leaves out
+    __gcov_dump(); // _exit does not call it
 #endif
-    ::_exit(sent ? 0 : exit_failed); // the parent's statics are not this process's to end
+    ::_exit(sent ? 0 : exit_failed); // does not destroy static objects, which belong to the parent
 }
 
 std::string cause_of_death(int status) {
@@ -155,7 +155,7 @@ cReply failed(std::string const &name, std::string const &text) {
     return reply;
 }
 
-cReply in_child(std::string const &name, std::function<void(cReply &)> const &work) {
+cReply in_worker(std::string const &name, std::function<void(cReply &)> const &work) {
     int ends[2];
     if (::pipe(ends) != 0) return failed(name, reason("cannot create a pipe", errno));
     pid_t const child = ::fork();
@@ -167,7 +167,7 @@ cReply in_child(std::string const &name, std::function<void(cReply &)> const &wo
     }
     if (child == 0) {
         ::close(ends[0]);
-        be_child(name, ends[1], work);
+        be_worker(name, ends[1], work);
     }
     ::close(ends[1]);
     std::string const bytes = read_all(ends[0]);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Positions in a file are numbers of 32 bits, and the last of them stands for none.
+// Offsets in a file have 32 bits, and the greatest one means "none".
 constexpr std::uint64_t largest_file = 0xFFFFFFFE;
 
 constexpr size_t piece_size = 65536;
@@ -53,7 +53,7 @@ cPieces::int_type cPieces::underflow() {
     if (gptr() != egptr()) return traits_type::to_int_type(*gptr());
     before_ += egptr() - eback();
     std::string_view const piece = next_();
-    char *const first = const_cast<char *>(piece.data()); // nothing is written there
+    char *const first = const_cast<char *>(piece.data()); // never written to
     setg(first, first, first + piece.size());
     return piece.empty() ? traits_type::eof() : traits_type::to_int_type(*first);
 }

@@ -17,10 +17,10 @@ class cInput {
     cInput &operator=(cInput const &) = delete;
     ~cInput();
 
-    // The next bytes, until the next call. Empty at the end and after an error.
+    // The next bytes, valid until the next call. Empty at the end and after an error.
     std::string_view next();
-    std::string const &error() const { return error_; } // empty if there was none
-    std::uint64_t size() const { return size_; }        // of a regular file; else 0
+    std::string const &error() const { return error_; } // empty without an error
+    std::uint64_t size() const { return size_; }        // 0 if it isn't a regular file
 
   private:
     void test_size(std::uint64_t size);
@@ -32,16 +32,16 @@ class cInput {
     std::vector<char> buffer_;
 };
 
-// Pieces as what a stream reads. A piece is used until the next one is asked for.
+// The input of a stream in pieces. A piece must be valid until the next one is requested.
 class cPieces : public std::streambuf {
   public:
     explicit cPieces(std::function<std::string_view()> next) : next_(std::move(next)) {}
 
   private:
     int_type underflow() override;
-    // Only returns the position: from the current one, by 0.
+    // Supports only the query of the position: offset 0 from the current one.
     pos_type seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) override;
 
     std::function<std::string_view()> next_;
-    off_type before_ = 0; // bytes in the pieces before
+    off_type before_ = 0; // the number of bytes in earlier pieces
 };

@@ -29,7 +29,7 @@ bool is_separator(int code) { return code == ';' || code == ','; }
 
 bool is_end(cAttrLiteral const &token) { return token.code == tkEof && token.text.empty(); }
 
-// One value, and the tokens behind it.
+// Reads one value, and the tokens after it.
 class cFileScan : public cAttrScan {
   public:
     explicit cFileScan(std::istream &is) : cAttrScan(is, false) { return_com(true); }
@@ -39,30 +39,30 @@ class cFileScan : public cAttrScan {
         return result_;
     }
 
-    // The place where reading ended: a scalar takes the token behind it.
+    // The position at which reading ended. The reader has also read the token after a scalar.
     cPlace end() const {
-        return took_foreign() ? place_of(token()) : cPlace{lineno(), column() + 1};
+        return took_next_token() ? place_of(token()) : cPlace{lineno(), column() + 1};
     }
-    // The offset, or 0 if it is not known, since comments may come before that token.
-    size_t end_offset() const { return took_foreign() ? 0 : passed(); }
+    // The offset of the end, or 0 if unknown: comments may precede the token after the value.
+    size_t end_offset() const { return took_next_token() ? 0 : passed(); }
 
-    std::optional<cPlace> behind() {
+    std::optional<cPlace> after() {
         cAttrLiteral next = token();
-        if (!took_foreign()) next = next_token();
+        if (!took_next_token()) next = next_token();
         if (!is_separator(delim_) && is_separator(next.code)) next = next_token();
         return is_end(next) ? std::nullopt : std::optional(place_of(next));
     }
 
   private:
-    // Was the token taken that ended the value, and is it no separator?
-    bool took_foreign() const {
+    // Has the reader read a token after the value that is not a separator?
+    bool took_next_token() const {
         return result_ == 0 && (delim_ == '}' || delim_ == ']' || delim_ == '>' || delim_ == '=' ||
                                 delim_ <= tkEof);
     }
 
-    // A byte that no value can hold ends a reading, and is a token all the same.
+    // A byte that no value can hold ends a reading, but is a token too.
     cAttrLiteral next_token() {
-        return_com(false); // for a cat::SourceMap only
+        return_com(false); // comments are only needed for a cat::SourceMap
         gettok();
         return cAttrLiteral(current());
     }
@@ -71,10 +71,10 @@ class cFileScan : public cAttrScan {
     int delim_ = 0;
 };
 
-// That many errors are enough to see which follow from which; more are only counted.
+// This many errors are enough to see which follow from which; further ones are only counted.
 constexpr size_t errors_kept = 10000;
 
-// A text as a stream. If progress is shown, the stream gets it piece by piece.
+// Text as a stream. If progress is shown, the stream gets the text piece by piece.
 class cText {
   public:
     cText(std::string const &name, std::string const &bytes) : progress_(name, bytes.size()) {
@@ -98,11 +98,11 @@ class cText {
     std::istream &stream() { return *stream_; }
 
   private:
-    // Reads the bytes where they are, if the C++ library has that; else they are copied.
+    // Reads the bytes without copying them, if the C++ library can; else copies them.
     static std::unique_ptr<std::istream> in_place(std::string const &bytes) {
         auto stream = std::make_unique<std::istringstream>();
         auto const size = static_cast<std::streamsize>(bytes.size());
-        stream->rdbuf()->pubsetbuf(const_cast<char *>(bytes.data()), size); // nothing is written
+        stream->rdbuf()->pubsetbuf(const_cast<char *>(bytes.data()), size); // never written to
         if (stream->rdbuf()->in_avail() != size) stream->str(bytes);
         return stream;
     }
@@ -112,8 +112,8 @@ class cText {
     std::unique_ptr<std::istream> stream_;
 };
 
-// Bytes after the end are ignored. A comment that is not closed is reported wherever it began.
-std::vector<cUnread> unread(cSurvey const &survey, cPlace end) {
+// Ignores bytes after the end, but not an unclosed comment, which is always reported.
+std::vector<cUnread> unread(cScan const &scan, cPlace end) {
     std::vector<cUnread> found;
     auto const add = [&](cPlace place, std::string const &text, bool to_the_end) {
         cat::ReadError error;
@@ -123,14 +123,14 @@ std::vector<cUnread> unread(cSurvey const &survey, cPlace end) {
         error.kind = cat::ErrorKind::read_token;
         found.push_back({std::move(error), to_the_end});
     };
-    for (cStray const &stray : survey.strays)
+    for (cStray const &stray : scan.strays)
         if (stray.place < end) add(stray.place, stray.text, false);
-    if (survey.open_comment) add(*survey.open_comment, "this comment is not closed", true);
+    if (scan.open_comment) add(*scan.open_comment, "this comment is not closed", true);
     return found;
 }
 
-// By place, since a person reads the file from the top. What has no place comes last; mistakes at
-// the same place stay in the order in which they were found.
+// Sorts by position, since a person reads the file from the top. Mistakes without a position come
+// last; mistakes at the same position stay in the order in which they were found.
 void sort(std::vector<cMistake> &mistakes) {
     auto const order = [](cMistake const &mistake) {
         cat::ReadError const &error = mistake.error;
@@ -150,7 +150,7 @@ cDiagnostic diagnostic_of(cat::ReadError const &error, cPlace end) {
     return diagnostic;
 }
 
-void tell(std::vector<cMistake> const &mistakes, cPlace end, cMessages &messages) {
+void add_messages(std::vector<cMistake> const &mistakes, cPlace end, cMessages &messages) {
     for (cMistake const &mistake : mistakes) {
         cDiagnostic diagnostic = diagnostic_of(mistake.error, end);
         diagnostic.notes.insert(diagnostic.notes.end(), mistake.notes.begin(), mistake.notes.end());
@@ -159,7 +159,7 @@ void tell(std::vector<cMistake> const &mistakes, cPlace end, cMessages &messages
     }
 }
 
-// Each error as a mistake of its own.
+// Each error as a separate mistake.
 std::vector<cMistake> apart(std::vector<cMistake> const &mistakes) {
     std::vector<cMistake> found;
     for (cMistake const &mistake : mistakes) {
@@ -175,9 +175,9 @@ bool all_closed(cat::ReadReport const &report) {
                        [](cat::ReadError const &error) { return error.end_line == 0; });
 }
 
-// May something be there that was read without an error, and yet isn't in the value? A byte 0 in a
-// string, a byte from 128 on between the brackets of a typed value, or an open comment. `end`: of
-// what was read.
+// Can the text have parts that were read without an error but are not in the value? These are a
+// byte 0 in a string, a byte from 128 on between the brackets of a typed value, and an unclosed
+// comment. `end` is the end of the text that was read.
 bool may_hide_errors(cTextTokens const &tokens, size_t end) {
     std::string const &bytes = tokens.bytes();
     if (bytes.find('\0') != std::string::npos) return true;
@@ -217,41 +217,41 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     cRules rules(bytes, report);
     bool const found = scan.read(reading.value) == 0;
     cPlace const end = scan.end();
-    rules.tell_unheard(end);
-    rules.tell_unexplained();
+    rules.report_ignored(end);
+    rules.report_unexplained();
     if (!found) reading.value = nullptr;
     std::vector<cUnread> bytes_unread;
     if (!found || !report.empty() || may_hide_errors(rules.tokens(), scan.end_offset()))
-        bytes_unread = unread(survey(rules.tokens()), end);
+        bytes_unread = unread(scan(rules.tokens()), end);
     bool const whole = bytes_unread.empty() && all_closed(report);
     std::vector<cMistake> mistakes = mistakes_of(bytes, bytes_unread, report.entries());
     if (messages.shows_all())
         mistakes = apart(mistakes);
     else if (whole)
         add_later_mistakes(rules.tokens(), mistakes);
-    size_t const told = std::min(mistakes.size(), static_cast<size_t>(messages.limit()));
-    size_t const beyond = mistakes.size() - told + report.dropped();
-    mistakes.resize(told);
+    size_t const shown = std::min(mistakes.size(), static_cast<size_t>(messages.limit()));
+    size_t const beyond = mistakes.size() - shown + report.dropped();
+    mistakes.resize(shown);
     sort(mistakes);
     if (!messages.shows_all()) {
         place_at_wrong_bracket(bytes, mistakes);
         add_hints(bytes, mistakes);
     }
-    if (!mistakes.empty()) tell(mistakes, behind({}, bytes, bytes.size()), messages);
+    if (!mistakes.empty()) add_messages(mistakes, place_after({}, bytes, bytes.size()), messages);
     messages.more(beyond);
     reading.empty = !found && report.empty();
     if (reading.empty && (mistakes.empty() || messages.shows_all()))
         messages.error(bytes.empty() ? "the file is empty" : "the file contains no value");
     reading.clean = found && messages.count() == before;
     if (reading.clean || (found && whole && reading.value->is_container()))
-        reading.behind = scan.behind();
+        reading.after = scan.after();
     return reading;
 }
 
-// A surplus bracket has often caused an error before it on its line.
+// A surplus bracket often has caused an earlier error on its line.
 void report_text_after(std::string const &bytes, cReading const &reading, cMessages &messages) {
-    if (!reading.behind) return;
-    cPlace const place = *reading.behind;
+    if (!reading.after) return;
+    cPlace const place = *reading.after;
     if (messages.shows_all()) return messages.error(place, text_after_first_value);
     cDiagnostic found = text_after_value(bytes, place);
     std::vector<cDiagnostic> const &before = messages.findings().diagnostics;

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Tokens as the scanner gives them.
+// Makes the scanner's tokens accessible.
 class cTokens : public cAttrScanner {
   public:
     explicit cTokens(std::istream &is) : cAttrScanner(is) {}
@@ -23,16 +23,16 @@ std::string byte_text(char byte) {
     return std::string("byte ") + text;
 }
 
-// Goes over all tokens, so that every byte but white space and an open comment is in one.
-class cSurveyor {
+// Walks over all tokens. Every byte except white space and an unclosed comment is in a token.
+class cScanWalk {
   public:
-    explicit cSurveyor(cTextTokens const &tokens) : tokens_(tokens), bytes_(tokens.bytes()) {}
+    explicit cScanWalk(cTextTokens const &tokens) : tokens_(tokens), bytes_(tokens.bytes()) {}
 
-    cSurvey survey() {
+    cScan scan() {
         for (cTextToken const &token : tokens_.all()) take(token, std::string(tokens_.text(token)));
-        size_t const comment = bytes_.find("/*", offset_); // one that is open gives no token
+        size_t const comment = bytes_.find("/*", offset_); // an unclosed one, which is not a token
         if (comment != std::string::npos)
-            found_.open_comment = behind(end_, bytes_.substr(offset_), comment - offset_);
+            found_.open_comment = place_after(end_, bytes_.substr(offset_), comment - offset_);
         return std::move(found_);
     }
 
@@ -44,17 +44,17 @@ class cSurveyor {
         } else if (token.code <= tkEof) {
             add_stray(text, token.place);
         } else if (token.code == tkString && text.find('\0') != std::string::npos) {
-            found_.strays.push_back(
-                {behind(token.place, text, text.find('\0')), byte_text('\0') + " in a string"});
+            found_.strays.push_back({place_after(token.place, text, text.find('\0')),
+                                     byte_text('\0') + " in a string"});
         }
         offset_ += token.size;
-        end_ = behind(token.place, text, text.size());
+        end_ = place_after(token.place, text, text.size());
     }
 
     void add_comment(std::string const &text, cPlace place) {
         size_t white = 0;
         while (white < text.size() && is_white(text[white])) ++white;
-        cComment comment{text.substr(white), behind(place, text, white)};
+        cComment comment{text.substr(white), place_after(place, text, white)};
         cat::rmchar(comment.text, '\r');
         found_.comments.push_back(std::move(comment));
     }
@@ -68,19 +68,19 @@ class cSurveyor {
 
     cTextTokens const &tokens_;
     std::string const &bytes_;
-    cSurvey found_;
-    size_t offset_ = 0; // behind the last token
-    cPlace end_;        // the same as a place
+    cScan found_;
+    size_t offset_ = 0; // after the last token
+    cPlace end_;        // the same as a position
     size_t stray_end_ = std::string::npos;
 };
 
 } // namespace
 
-cSurvey survey(cTextTokens const &tokens) { return cSurveyor(tokens).survey(); }
+cScan scan(cTextTokens const &tokens) { return cScanWalk(tokens).scan(); }
 
-cSurvey survey(std::string const &bytes) { return survey(cTextTokens(bytes)); }
+cScan scan(std::string const &bytes) { return scan(cTextTokens(bytes)); }
 
-// Line ends of two characters become one; other carriage returns keep their place.
+// Line ends of two characters become one character; other carriage returns stay.
 std::string head_of(std::string const &bytes, cat::SourceMap const &map) {
     constexpr char const *white = " \t\r\n";
     size_t begin = bytes.npos, end = 0, next = bytes.find_first_not_of(white);
@@ -100,15 +100,15 @@ std::string head_of(std::string const &bytes, cat::SourceMap const &map) {
     return head + (line_ends == 0 ? " " : line_ends == 1 ? "\n" : "\n\n");
 }
 
-// A long text is not copied, since the lexer has it in memory already.
+// Does not copy long text, since the lexer already has it in memory.
 bool dump(std::istream &is, bool all, std::function<bool(std::string_view)> const &put) {
-    constexpr size_t enough = 65536; // for one call
+    constexpr size_t enough = 65536; // bytes for one call of `put`
     cTokens tokens(is);
     tokens.return_all(all);
     std::string lines;
     for (bool more = true; more;) {
         cToken const &token = tokens.next();
-        more = token.code != tkEof || !token.text.empty(); // a byte 0 has the code of the end
+        more = token.code != tkEof || !token.text.empty(); // a byte 0 has the code tkEof, too
         lines += "TOKEN:" + std::to_string(token.code) + ":" + std::to_string(token.position) +
                  ":" + std::to_string(token.line) + ":" + std::to_string(token.column) + " '";
         if (token.text.size() < enough) {

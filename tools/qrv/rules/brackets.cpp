@@ -46,7 +46,7 @@ class cBrackets {
     std::optional<cWrongBracket> wrong() {
         if (match(none, none)) return std::nullopt;
         std::vector<size_t> open;
-        std::map<cLook, size_t> looks; // of the open ones, each with how many look like that
+        std::map<cLook, size_t> looks; // the looks of open brackets, with their counts
         for (size_t i = 0; i < all_.size() && tries_ < most_tries; ++i) {
             if (is_opening(all_[i].kind)) {
                 open.push_back(i);
@@ -71,27 +71,27 @@ class cBrackets {
   private:
     static constexpr size_t none = static_cast<size_t>(-1);
 
-    // The indent of its line, and the bracket that closes it.
+    // The look of an opening bracket: the indent of its line, and the bracket that closes it.
     using cLook = std::pair<size_t, char>;
 
     size_t indent(size_t i) const { return indents_[i]; }
     bool begins_line(size_t i) const { return indent(i) + 1 == all_[i].place.column; }
     cLook look(size_t opening) const { return {indent(opening), closing(all_[opening].kind)}; }
 
-    // A bracket that begins a line, indented like one outside of the last that is open.
+    // Does a bracket that begins a line have the indent of an open bracket outside of the last one?
     bool closes_an_outer_one(size_t i, size_t last, std::map<cLook, size_t> const &looks) const {
         if (!begins_line(i) || indent(last) == indent(i)) return false;
         auto const found = looks.find({indent(i), all_[i].kind});
         return found != looks.end() && found->second > 0;
     }
 
-    // A bracket on a line that is indented further than that of the opening one.
+    // Is the bracket on a line that is indented more than the line of the opening one?
     bool closes_too_early(size_t i, size_t opening) const {
         return all_[opening].place.line < all_[i].place.line && indent(opening) < indent(i);
     }
 
-    // Do all brackets match if one is left out, another one is closed before `close`, and `any`
-    // closes a bracket of any kind?
+    // Do all brackets match if `left_out` is ignored, its bracket is closed before `close`, and
+    // `any` closes a bracket of any kind?
     bool match(size_t left_out, size_t close, size_t any = none) {
         ++tries_;
         std::vector<char> expected;
@@ -109,11 +109,11 @@ class cBrackets {
     }
 
     std::vector<cSource::cBracket> const all_;
-    std::vector<size_t> indents_; // of their lines
+    std::vector<size_t> indents_; // the indents of their lines
     size_t tries_ = 0;
 };
 
-// Of a container with the name of its type and round brackets.
+// How a container is written with the name of its type and round brackets.
 char const *written_as(char close) {
     return close == ']'   ? "write a vector as [ ... ]"
            : close == '>' ? "write a set as < ... >"
@@ -122,8 +122,8 @@ char const *written_as(char close) {
 
 bool is_unclosed(cMistake const &mistake) { return mistake.error.end_line != 0; }
 
-// One mistake about the opening bracket remains of all that the other bracket has caused: brackets
-// around it that seem not to be closed, and what is reported between both.
+// Joins all errors that the wrong closing bracket has caused into one mistake about the opening
+// bracket: brackets around it that seem unclosed, and errors between both.
 void join_at_mixed_up(std::string const &bytes, cWrongBracket const &wrong,
                       std::vector<cMistake> &mistakes) {
     cLines const lines(bytes);

@@ -1,8 +1,8 @@
 #pragma once
-// Which bracket is wrong where the brackets of a text do not match. The reader finds that out too
-// late: a map that is not closed takes the next closing bracket, and then the outermost map lacks
-// one. The layout shows what was meant: a bracket that begins a line closes one whose line is
-// indented alike, and the text has no other error if that is right.
+// Finds the wrong bracket in text whose brackets do not match. The reader notices the error too
+// late: a map that is not closed takes the next closing bracket, and in the end the outermost map
+// lacks one. The layout shows what was meant: a bracket that begins a line closes the bracket whose
+// line has the same indent. The guess is right if it leaves no other error.
 
 #include "tools/qrv/rules/mistakes.h"
 #include "tools/qrv/rules/source.h"
@@ -11,9 +11,9 @@
 
 struct cWrongBracket {
     enum cKind : unsigned char {
-        unclosed, // an opening bracket; `other` is the closing one that it takes
-        surplus,  // a closing bracket; `other` is the opening one that it closes
-        mixed_up  // an opening bracket; `other` closes it, and is of another kind
+        unclosed, // an opening bracket without its closing one; it takes the bracket `other`
+        surplus,  // a closing bracket that closes the bracket `other` too early
+        mixed_up  // an opening bracket; `other` closes it, but is of another kind
     };
     cKind kind;
     cPlace place;
@@ -21,8 +21,8 @@ struct cWrongBracket {
     char expected = 0; // the closing bracket that is missing at `other`, if mixed up
 };
 
-// Moves the error about a bracket that is not closed to the bracket that is wrong.
+// Moves the error about an unclosed bracket to the wrong bracket.
 void place_at_wrong_bracket(std::string const &bytes, std::vector<cMistake> &mistakes);
 
-// None if the brackets match, or if the layout does not show one that is wrong.   O(the text)
+// Empty if the brackets match, or if the layout does not show which one is wrong.   O(the text)
 std::optional<cWrongBracket> wrong_bracket(std::string const &bytes);

@@ -22,7 +22,7 @@ std::string name_of_key(objref const &key) {
     return key->type().name() + " " + cat::as_string(key);
 }
 
-// Among the keys.
+// The key that is closest to an unknown one.
 std::string closest(cAttrHash const *hash, std::string const &unknown) {
     cSuggestion suggestion(unknown);
     cAttrNode const *node = hash ? hash->first() : nullptr;
@@ -42,9 +42,9 @@ cBrokenRules::cBrokenRules(cObj &object, cat::ReadError const &error, cSource &s
     for (size_t i = 0; i < entries_.size(); ++i) by_key_[name_of_key(entries_[i].key)] = i;
 }
 
-void cBrokenRules::tell() {
+void cBrokenRules::report_all() {
     for (BrokenRule const &broken : qrv::edit::broken_rules(objref::share(&object_), type_))
-        tell(broken);
+        report(broken);
     auto const before = [](auto const &a, auto const &b) {
         return std::pair(a.line, a.column) < std::pair(b.line, b.column);
     };
@@ -54,32 +54,32 @@ void cBrokenRules::tell() {
     for (; counted_ > 0; --counted_) report_.keep({});
 }
 
-void cBrokenRules::tell(BrokenRule const &broken) {
+void cBrokenRules::report(BrokenRule const &broken) {
     if (broken.rule == Rule::required && entries_.empty() && !has_room(report_)) {
         ++counted_;
         return;
     }
-    if (broken.rule == Rule::declared) return tell_undeclared(broken.key);
+    if (broken.rule == Rule::declared) return report_undeclared(broken.key);
     if (is_mistaken(broken.key)) return;
-    if (broken.rule == Rule::required) tell_void(broken.key);
-    if (broken.rule == Rule::type) tell_type(broken);
-    if (broken.rule == Rule::fixed) tell_fixed(broken);
+    if (broken.rule == Rule::required) report_void(broken.key);
+    if (broken.rule == Rule::type) report_type(broken);
+    if (broken.rule == Rule::fixed) report_fixed(broken);
 }
 
-void cBrokenRules::tell_undeclared(objref const &key) {
+void cBrokenRules::report_undeclared(objref const &key) {
     cSource::cEntry const *const entry = entry_of(key);
     add(entry ? entry->place : place_, key, "type " + name_of(type_) + " has no key " + quoted(key),
         has_room(report_) ? known_keys(type_, "attspec", cat::as_string(key)) : "");
 }
 
-void cBrokenRules::tell_void(objref const &key) {
+void cBrokenRules::report_void(objref const &key) {
     cSource::cEntry const *const entry = entry_of(key);
     add(entry ? entry->place : place_, key,
         "required key " + quoted(key) + " of type " + name_of(type_) +
             (entry ? " is nil" : " is missing"));
 }
 
-void cBrokenRules::tell_type(BrokenRule const &broken) {
+void cBrokenRules::report_type(BrokenRule const &broken) {
     cSource::cEntry const *const entry = entry_of(broken.key);
     if (!entry && has_wrong_default(broken.key)) return;
     auto const &expected = static_cast<cTypeObj const &>(*broken.expected);
@@ -89,35 +89,35 @@ void cBrokenRules::tell_type(BrokenRule const &broken) {
             (broken.actual ? kind_of(broken.actual) : std::string("nothing")));
 }
 
-void cBrokenRules::tell_fixed(BrokenRule const &broken) {
+void cBrokenRules::report_fixed(BrokenRule const &broken) {
     cSource::cEntry const *const entry = entry_of(broken.key);
-    bool const told = std::exchange(unreadable_, true);
+    bool const reported = std::exchange(unreadable_, true);
     std::string const why = "only the default itself is valid, and reading creates a copy";
     if (entry && qrv::edit::fingerprint(broken.actual) != qrv::edit::fingerprint(broken.expected))
         add(entry->place, broken.key,
             "key " + quoted(broken.key) + " of type " + name_of(type_) + " is fixed to " +
                 shown(broken.expected) + ", not " + shown(broken.actual) +
-                (told ? "" : "; and no object of the type can be read: " + why));
-    else if (!told)
+                (reported ? "" : "; and no object of the type can be read: " + why));
+    else if (!reported)
         add(place_, broken.key,
             "no object of type " + name_of(type_) + " can be read, because its key " +
                 quoted(broken.key) + " is #FIXED: " + why);
 }
 
-// The last one of that key, which decides.
+// The last entry of this key, whose value counts.
 cSource::cEntry const *cBrokenRules::entry_of(objref const &key) const {
     if (by_key_.empty()) return nullptr;
     auto const found = by_key_.find(name_of_key(key));
     return found == by_key_.end() ? nullptr : &entries_[found->second];
 }
 
-// Has the value an error, or is it missing after its key?
+// Does the value have an error, or is it missing after its key?
 bool cBrokenRules::is_mistaken(objref const &key) const {
     cSource::cEntry const *const entry = entry_of(key);
     return entry && (!entry->value || mistaken_.count(*entry->value) != 0);
 }
 
-// Has the declaration an error about the type of its default?
+// Does the declaration have an error about the type of its default?
 bool cBrokenRules::has_wrong_default(objref const &key) const {
     std::optional<cPlace> const spec = source_.specified(type_.name(), key, place_);
     return spec && wrong_default(source_, source_.entries(*spec));
@@ -145,7 +145,7 @@ cTypeObj const *known_type(std::string const &name) {
     return node ? dynamic_cast<cTypeObj const *>(node->valref().get()) : nullptr;
 }
 
-// --- pieces of messages ---
+// --- parts of messages ---
 
 bool has_room(cat::ReadReport const &report) { return report.count() < report.limit(); }
 

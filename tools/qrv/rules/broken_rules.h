@@ -1,5 +1,5 @@
 #pragma once
-// The rules of its type that one attribute set breaks, as errors at its entries.
+// Reports the rules of its type that an attribute set breaks, as errors at its entries.
 
 #include "qrv/core/ctypeobj.h"
 #include "qrv/edit/crules.h"
@@ -10,22 +10,22 @@
 
 class cBrokenRules {
   public:
-    // All are borrowed: the object as it was read, the error about the whole of it, the places
-    // where errors are, and the report that gets the errors.
+    // Borrows all: the object as it was read, the error about the whole object, the positions of
+    // known errors, and the report that gets the new ones.
     cBrokenRules(cObj &object, cat::ReadError const &error, cSource &source,
                  std::set<cPlace> const &mistaken, cat::ReadReport &report);
     cBrokenRules(cBrokenRules const &) = delete;
     cBrokenRules &operator=(cBrokenRules const &) = delete;
     ~cBrokenRules() = default;
 
-    void tell(); // all of them, in the order of the file   O(the object's text)
+    void report_all(); // in the order of the file   O(the object's text)
 
   private:
-    void tell(qrv::edit::BrokenRule const &broken);
-    void tell_undeclared(objref const &key);
-    void tell_void(objref const &key);
-    void tell_type(qrv::edit::BrokenRule const &broken);
-    void tell_fixed(qrv::edit::BrokenRule const &broken);
+    void report(qrv::edit::BrokenRule const &broken);
+    void report_undeclared(objref const &key);
+    void report_void(objref const &key);
+    void report_type(qrv::edit::BrokenRule const &broken);
+    void report_fixed(qrv::edit::BrokenRule const &broken);
     cSource::cEntry const *entry_of(objref const &key) const;
     bool is_mistaken(objref const &key) const;
     bool has_wrong_default(objref const &key) const;
@@ -35,21 +35,21 @@ class cBrokenRules {
     cObj &object_;
     cTypeObj &type_;
     cat::ReadError const &error_;
-    cPlace const place_; // of the object
+    cPlace const place_; // the position of the object
     cSource &source_;
     std::set<cPlace> const &mistaken_;
     cat::ReadReport &report_;
     std::vector<cSource::cEntry> entries_;
     std::unordered_map<std::string, size_t> by_key_;
     std::vector<cat::ReadError> found_;
-    size_t counted_ = 0;      // more of them, beyond the limit
-    bool unreadable_ = false; // an error says that no object of the type can be read
+    size_t counted_ = 0;      // errors beyond the limit
+    bool unreadable_ = false; // an error has said that no object of the type can be read
 };
 
-bool has_room(cat::ReadReport const &report);        // for an error more
-cTypeObj const *known_type(std::string const &name); // registered under it; null if none is
+bool has_room(cat::ReadReport const &report);        // for one more error
+cTypeObj const *known_type(std::string const &name); // the registered type; null if there is none
 
-// Pieces of messages: ", declared at 3:5" or nothing, "3:5", "; did you mean 'x'?" or nothing.
+// Parts of messages: ", declared at 3:5" or "", "3:5", "; did you mean 'x'?" or "".
 std::string declared_at(std::optional<cPlace> place);
 std::string shown(cPlace place);
 std::string known_types(std::string const &unknown);

@@ -28,19 +28,19 @@ bool is_closing(char c) { return c == ')' || c == '}' || c == ']' || c == '>'; }
 bool is_word_byte(char c) {
     return c == '_' || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c & 0x80) != 0;
 }
-// A string without quotes, as a key.
+// Is this a string without quotes that could be a key?
 bool is_word(std::string_view text) {
     return is_word_byte(text[0]) && !is_closing(text.back()) && text != "true" && text != "false";
 }
 bool is_separator(char c) { return c == ';' || c == ','; }
 
-// A number that begins with 0 or ends with u: others are read as they seem to say.
+// Does the number begin with 0 or end with u? All other numbers are read as they look.
 bool may_mislead(std::string_view number) {
     size_t const first = number[0] == '-' || number[0] == '+' ? 1 : 0;
     return number.size() > first + 1 && (number[first] == '0' || (number.back() | 0x20) == 'u');
 }
 
-// What the reader does with a repeated key depends on the kinds of both values.
+// The reader's treatment of a repeated key depends on the kinds of both values.
 enum class cKind : unsigned char { map, vector, set, other };
 
 bool is_list(cKind kind) { return kind == cKind::vector || kind == cKind::set; }
@@ -63,14 +63,14 @@ class cWalk {
   private:
     static constexpr std::uint32_t none = 0xFFFFFFFFu;
 
-    // The keys of a map, as a list of them in keys_.
+    // The keys of a map, as a linked list in keys_.
     struct cList {
         std::uint32_t first = none;
         std::uint32_t last = none;
     };
-    // Keys that are equal have the same letter and text.
+    // Equal keys have the same letter and text.
     struct cKey {
-        std::uint32_t home; // the number of the map
+        std::uint32_t home; // the number of its map
         char letter;
         std::string_view text;
         bool operator==(cKey const &) const = default;
@@ -82,39 +82,39 @@ class cWalk {
                     static_cast<unsigned char>(key.letter));
         }
     };
-    // A key with the value that it has so far, which may be written in several parts.
+    // A key with its value so far, which may be written in several parts.
     struct cHolder {
         cKey key;
-        Span first;         // where the key is written first
-        std::uint32_t part; // the last one, in parts_
-        std::uint32_t home; // of the keys inside the value
+        Span first;         // the first occurrence of the key
+        std::uint32_t part; // the last part, in parts_
+        std::uint32_t home; // the home of the keys inside the value
         cKind kind;
         cList inside = {};
         std::uint32_t next = none;
     };
-    // The first text of a set's value.
+    // The first occurrence of a value in a set.
     struct cMember {
         size_t set = SourceEntry::none;
         Span value = {};
     };
     struct cPart {
         Span value;
-        std::uint32_t before; // the part before it
+        std::uint32_t before; // the previous part
     };
     // A container whose entries come next.
     struct cOpen {
         SourceEntry entry;
         cKind kind;
-        std::uint32_t end;           // of its last entry so far
-        std::uint32_t holder = none; // that gets the keys
-        bool continues = false;      // the value that the holder has
+        std::uint32_t end;           // the end of its last entry so far
+        std::uint32_t holder = none; // the holder that gets the keys
+        bool continues = false;      // it adds to the holder's present value
         cList keys = {};
-        std::uint32_t without_key = 0; // the entries so far that have no key
-        Span before = {};              // in a list, the item before
+        std::uint32_t without_key = 0; // the number of entries so far without a key
+        Span before = {};              // in a list, the previous item
         bool is_after_semicolon = false;
-        bool is_after_comma = false; // without a blank
-        Span comma = {};             // two numbers with a comma and no blanks between them
-        bool has_semicolon = false;  // between items
+        bool is_after_comma = false; // the item follows a comma without a blank
+        Span comma = {};             // two numbers with only a comma between them
+        bool has_semicolon = false;  // there is a semicolon between items
     };
 
     void take(SourceEntry const &entry) {
@@ -156,7 +156,7 @@ class cWalk {
         open_.pop_back();
     }
 
-    // A text has less than 4 GiB.
+    // Fits into 32 bits, since text has less than 4 GiB.
     static std::uint32_t number_of(SourceEntry const &entry) {
         return static_cast<std::uint32_t>(entry.number);
     }
@@ -205,7 +205,8 @@ class cWalk {
         return {static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(end)};
     }
 
-    // In the brackets of a type, such as those of a choice, a word may be more than a string.
+    // In the brackets of a type, such as a choice, a word may have a meaning, so it isn't checked
+    // there.
     void check_word(SourceEntry const &entry) const {
         bool const in_type =
             entry.key.empty() && !open_.empty() && !open_.back().entry.type.empty();
@@ -224,8 +225,8 @@ class cWalk {
             member.value = entry.value;
     }
 
-    // One separator after an item belongs to it. Brackets that are not closed are an error, and
-    // what is inside may be read out of step.
+    // One separator after an item belongs to it. Skips unclosed brackets: they are an error, and
+    // their entries may be wrong.
     void find_empty_item(std::uint32_t end) const {
         if (!is_list(open_.back().kind) || open_.back().entry.close.empty()) return;
         std::uint32_t const begin = open_.back().end;
@@ -245,7 +246,8 @@ class cWalk {
         }
     }
 
-    // vector( ends with ], as [ does. The map takes that ] for the first byte after the value.
+    // vector( ends with ], just as [ does. The source map has this ] as the first byte after the
+    // value.
     void find_mixed_brackets(cOpen const &open) const {
         SourceEntry const &entry = open.entry;
         if (entry.type.empty() || bytes_[entry.open.begin] != '(' || !entry.close.empty()) return;
@@ -259,8 +261,8 @@ class cWalk {
                 {cWarning::mixed_brackets, close, {entry.value.begin, close.end}, entry.open, {}});
     }
 
-    // In a list with both separators, a comma within 1,5 may be meant as a decimal point. In 1,5,2
-    // it is not.
+    // In a list with both separators, the comma of 1,5 may be meant as a decimal point, but not in
+    // 1,5,2.
     void note_separator(SourceEntry const &item) {
         cOpen &list = open_.back();
         Span const before = std::exchange(list.before, item.value);
@@ -277,7 +279,7 @@ class cWalk {
             list.comma = {before.begin, item.value.end};
     }
 
-    // The inner one begins on a later line, or after an entry: then that entry is not read.
+    // Finds /* inside a comment, on a later line or after an entry: then that entry is not read.
     void find_comments_inside() const {
         std::string_view const text = bytes_;
         for (size_t begin = text.find("/*"); begin != text.npos;) {
@@ -308,7 +310,7 @@ class cWalk {
 
     // --- repeated keys ---
 
-    // False only if all keys differ: each entry has a node, newer than that of the entry before it.
+    // False only if all keys differ: then each entry has a newer node than the entry before it.
     bool has_repeated_keys() const {
         std::vector<std::uint32_t> newest(map_.size());
         for (size_t number = 1; number < map_.size(); ++number) {
@@ -321,7 +323,7 @@ class cWalk {
         return false;
     }
 
-    // A map without a key gets the next number, from 0.
+    // The key of a map without a key: the next number, beginning with 0.
     cKey next_number() {
         cOpen &map = open_.back();
         return {number_of(map.entry), 'i', keep(std::to_string(map.without_key++))};
@@ -354,8 +356,8 @@ class cWalk {
         }
     }
 
-    // The reader has copied a map into the one that the holder has. Lists take all values, and maps
-    // take lists and maps.
+    // Repeats what the reader does when it merges a value into the holder's: lists accept all
+    // values, maps accept lists and maps.
     void merge(std::uint32_t into, cList keys) {
         if (holders_[into].kind != cKind::map) return;
         for (std::uint32_t at = keys.first; at != none; at = holders_[at].next) {
@@ -389,15 +391,15 @@ class cWalk {
         if (is_map && added.kind == cKind::map) merge(into, added.inside);
     }
 
-    // A map gets the values of a list under the keys 0, 1 and so on. What that replaces belongs to
-    // the finding about the key of the list.
+    // Adds the values of a list to a map, under the keys 0, 1 and so on. Values that this replaces
+    // belong to the finding about the key of the list.
     void add_values(std::uint32_t into, Span key, std::uint32_t list) {
         Span const scope{key.begin, std::max(key.end, parts_[list].value.begin + 1)};
         cDoubtful found{cWarning::duplicate_key, key, scope, holders_[into].first, {}};
         std::vector<Span> *const around = gathered_;
         if (!around) gathered_ = &found.lost;
         std::uint32_t index = 0;
-        std::unordered_set<std::uint32_t> nodes; // a value that the set has already has its node
+        std::unordered_set<std::uint32_t> nodes; // a repeated value of a set has an existing node
         for (; list != none; list = parts_[list].before)
             for (SourceEntry const &value : map_.inside(map_.at(parts_[list].value.begin))) {
                 if (value.anid != 0 && !nodes.insert(value.anid).second) continue;
@@ -469,7 +471,7 @@ class cWalk {
         return number;
     }
 
-    // The shortest digits of the number that is all of the text, but for the f of a float.
+    // The shortest digits of a number; the text may end with the f of a float.
     template <typename cNumber> static std::optional<std::string> shortest(std::string_view text) {
         if (text[0] == '+') text.remove_prefix(1);
         if (std::is_same_v<cNumber, float>) text.remove_suffix(1);
@@ -496,14 +498,14 @@ class cWalk {
     std::string const &bytes_;
     SourceMap const &map_;
     std::function<void(cDoubtful const &)> const &found_;
-    bool has_repeated_keys_ = true;         // or may have
-    std::vector<Span> *gathered_ = nullptr; // what is lost, for one finding
+    bool has_repeated_keys_ = true;         // false if no key is repeated for certain
+    std::vector<Span> *gathered_ = nullptr; // collects the lost parts for one finding
     std::vector<cOpen> open_;
     std::unordered_map<std::uint32_t, cMember> members_; // by anid
     std::vector<cPart> parts_;
-    std::deque<cHolder> holders_;                         // references to them stay valid
+    std::deque<cHolder> holders_;                         // a deque: references stay valid
     std::unordered_map<cKey, std::uint32_t, cHash> keys_; // indices of holders
-    std::deque<std::string> kept_; // texts of keys that are not written as they are
+    std::deque<std::string> kept_; // texts of keys that differ from their written form
 };
 
 } // namespace

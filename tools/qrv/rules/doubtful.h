@@ -1,9 +1,9 @@
 #pragma once
-// What is read without an error and yet may not be meant. It is found in the source map of a
-// reading, so the text is not scanned again.
+// Finds text that is read without an error but may not be meant. Uses the source map of a reading,
+// so the text is not scanned again.
 //
-// A key that a map has already is repeated, unless both values are maps, or both are sets: the
-// reader then merges the second into the first, and what counts are the keys inside.
+// A second entry with the same key is a repetition, unless both values are maps or both are sets:
+// then the reader merges the second into the first, and only equal keys inside count.
 
 #include "qrv/text/read/csourcemap.h"
 
@@ -27,12 +27,12 @@ enum class cWarning : unsigned char {
 struct cDoubtful {
     cWarning warning;
     cat::Span span;
-    cat::Span scope;                  // no warning if an error is in it
-    cat::Span first = {};             // the earlier one of two, or what is around it
-    std::vector<cat::Span> lost = {}; // the value that is replaced or ignored, in all its parts
+    cat::Span scope;                  // an error inside it suppresses the warning
+    cat::Span first = {};             // the first of two occurrences, or the text around this one
+    std::vector<cat::Span> lost = {}; // all parts of the value that is replaced or ignored
 };
 
-// Calls `found` for each, in file order but for keys of maps that are merged.
-//   O(the text), and what the reader does to merge
+// Calls `found` for each finding, in file order except for keys of merged maps.
+//   O(the text), and the work of the reader's merges
 void find_doubtful(std::string const &bytes, cat::SourceMap const &map,
                    std::function<void(cDoubtful const &)> const &found);

@@ -10,16 +10,17 @@
 
 namespace {
 
-// A slip is looked for in the line of the mistake, around its position, which must be in the match.
-// The note is about the first group of the match, and contains $1, $2 ... like a replacement.
+// A slip is a regular expression for the line of the mistake; the match must contain the position
+// of the mistake. The note is about the first group of the match, and contains $1, $2 ... like a
+// replacement.
 struct cSlip {
     char const *pattern;
     char const *note;
-    char const *until = nullptr; // where a slip of several lines ends
-    bool repeats = false;        // the next mistakes of this kind belong to the first
+    char const *until = nullptr; // the text that ends a slip of several lines
+    bool repeats = false;        // the next mistakes of this kind belong to the first one
 };
 
-// What may be a key or a word of a value; a number; text in quotes; the part before a key.
+// A key or a word of a value; a number; text in quotes; the part before a key.
 #define WORD "[A-Za-z_][A-Za-z_0-9]*"
 #define NUMBER "[+-]?[0-9]+(?:\\.[0-9]+)?"
 #define QUOTED "\"[^\"]*\""
@@ -27,7 +28,7 @@ struct cSlip {
 #define START "(?:^|[{\\[(<;,])\\s*"
 #define KEY START "(?:" WORD "|" QUOTED ")\\s*"
 
-// The first one that matches counts, so special ones come before general ones.
+// The first match counts, so special slips come before general ones.
 constexpr cSlip slips[] = {
     // --- other files ---
     {"^()(?:\xFF\xFE|\xFE\xFF)", "the file is in UTF-16: convert it to UTF-8"},
@@ -212,7 +213,7 @@ constexpr cSlip slips[] = {
      "a ; or , is missing here"},
 };
 
-constexpr size_t reach = 200; // bytes before and after a mistake that are looked at
+constexpr size_t reach = 200; // bytes before and after a mistake that are searched
 
 class cHints {
   public:
@@ -234,7 +235,7 @@ class cHints {
             bytes.substr(begin, offset - begin + std::min(rest.find('\n'), rest.size())));
         for (size_t i = 0; i < std::size(slips); ++i) {
             if (cut && slips[i].pattern[0] == '^') continue;
-            std::smatch match; // the last one, which begins next to the position
+            std::smatch match; // the last match, which begins closest to the position
             auto const flags = std::regex_constants::match_default;
             std::sregex_iterator at(around.begin(), around.end(), expression(i), flags);
             for (; at != std::sregex_iterator(); ++at)
@@ -288,7 +289,7 @@ void place_at_missing_value(cLines const &lines, cMistake &mistake) {
     using enum cat::ErrorKind;
     cat::ErrorKind const kind = mistake.error.kind;
     if (kind != read_equals && kind != read_no_value && kind != read_key_type) return;
-    if (!mistake.notes.empty()) return; // it was moved already
+    if (!mistake.notes.empty()) return; // the mistake was moved before
     size_t const end = lines.offset({mistake.error.line, mistake.error.column});
     size_t const begin = end - std::min(end, reach);
     std::string const before = lines.bytes().substr(begin, end - begin);
@@ -300,15 +301,15 @@ void place_at_missing_value(cLines const &lines, cMistake &mistake) {
     mistake.notes.push_back({place, "a value is missing after ="});
 }
 
-// A search among all slips takes a millisecond or so, and nobody reads that many notes.
+// A search for all slips takes about a millisecond, and nobody reads more notes.
 constexpr size_t most_searches = 500;
 
 void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
     size_t searches = 0;
     cHints const hints(bytes);
     std::vector<cMistake> found;
-    cSlip const *last = nullptr; // of the last mistake
-    size_t end = 0;              // of its bytes
+    cSlip const *last = nullptr; // the slip of the last mistake
+    size_t end = 0;              // the end of its bytes
     for (cMistake &mistake : mistakes) {
         if (mistake.error.line == 0) {
             found.push_back(std::move(mistake));
@@ -317,7 +318,7 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
         bool const has_notes = !mistake.notes.empty();
         place_at_missing_value(hints.lines(), mistake);
         size_t const offset = hints.lines().offset({mistake.error.line, mistake.error.column});
-        // Messages about brackets, and the tool's own, need no note.
+        // Messages about brackets, and messages of the tool itself, need no note.
         bool const is_clear =
             has_notes || mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
         std::optional<cHints::cFound> const hint =

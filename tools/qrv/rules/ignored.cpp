@@ -14,7 +14,8 @@
 
 namespace {
 
-// Choices, their declaration, and scalars: nothing is read after the first value.
+// Is this a choice, a declaration of choices, or a scalar? The reader ignores all but their first
+// value.
 bool takes_one_value(std::string const &name) {
     cTypeObj const *const type = known_type(name);
     if (!type) return false;
@@ -25,7 +26,7 @@ bool takes_one_value(std::string const &name) {
     return false;
 }
 
-// The one entry of that key; null if there are none or several, or if it has no value.
+// The only entry of this key; null if there is not exactly one, or if it has no value.
 cSource::cEntry const *named(std::vector<cSource::cEntry> const &entries, char const *key) {
     cSource::cEntry const *found = nullptr;
     for (cSource::cEntry const &entry : entries) {
@@ -36,9 +37,9 @@ cSource::cEntry const *named(std::vector<cSource::cEntry> const &entries, char c
     return found;
 }
 
-class cUnheard {
+class cIgnored {
   public:
-    cUnheard(cSource const &source, cPlace end, std::set<cPlace> const &mistaken,
+    cIgnored(cSource const &source, cPlace end, std::set<cPlace> const &mistaken,
              cat::ReadReport &report)
         : source_(source), end_(end), mistaken_(mistaken), report_(report) {}
 
@@ -64,24 +65,24 @@ class cUnheard {
                                       "': a declaration is attspec(...)");
     }
 
-    // True if nothing more is to be said.
+    // True if the value needs no further test.
     bool choice(cSource::cTyped const &typed) {
         if (typed.entries.empty() && !source_.argument(typed.place)) return false;
         add(typed.place, "write the choices as a map: choice({a= 1; b= 2;})");
         return true;
     }
 
-    void behind(cPlace place, std::string const &type) {
+    void after(cPlace place, std::string const &type) {
         add(place, "this is ignored: only the first value in the brackets of " + shortened(type) +
                        " is read");
     }
 
-    // A number that keeps its form: one word, of which 32 bits are taken.
+    // Tests an intf: one word, of which 32 bits are stored.
     void formatted(cPlace place) {
         if (mistaken_.count(place) != 0) return;
         std::vector<cSource::cWord> const words = source_.words(place);
         if (words.empty()) return;
-        if (words.size() > 1) behind(words[1].place, "intf");
+        if (words.size() > 1) after(words[1].place, "intf");
         std::string text = words[0].text;
         std::erase(text, '"');
         if (std::optional<int> const number = misread(text))
@@ -116,14 +117,14 @@ class cUnheard {
     }
 
     cSource const &source_;
-    cPlace const end_; // of what was read
+    cPlace const end_; // the end of the text that was read
     std::set<cPlace> const &mistaken_;
     cat::ReadReport &report_;
 };
 
 } // namespace
 
-// A default of nil is none, and one by a reference is left to the objects.
+// A default of nil counts as absent; a default by a reference is not tested.
 std::optional<cWrongDefault> wrong_default(cSource const &source,
                                            std::vector<cSource::cEntry> const &entries) {
     cSource::cEntry const *const type = named(entries, "type");
@@ -137,17 +138,17 @@ std::optional<cWrongDefault> wrong_default(cSource const &source,
                                             with_article(shortened(*name))};
 }
 
-void tell_unheard(cSource const &source, cPlace end, std::set<cPlace> const &mistaken,
-                  cat::ReadReport &report) {
-    cUnheard unheard(source, end, mistaken, report);
+void report_ignored(cSource const &source, cPlace end, std::set<cPlace> const &mistaken,
+                    cat::ReadReport &report) {
+    cIgnored ignored(source, end, mistaken, report);
     auto const wanted = [](std::string const &type) {
         return type == "attspec" || type == "attlist" || type == "intf" || takes_one_value(type);
     };
     source.typed_values(wanted, [&](cSource::cTyped const &typed) {
-        if (typed.type == "attspec") return unheard.attspec(typed.entries);
-        if (typed.type == "attlist") return unheard.attlist(typed.entries);
-        if (typed.type == "intf") return unheard.formatted(typed.place);
-        if (typed.type == "choice" && unheard.choice(typed)) return;
-        if (typed.behind) unheard.behind(*typed.behind, typed.type);
+        if (typed.type == "attspec") return ignored.attspec(typed.entries);
+        if (typed.type == "attlist") return ignored.attlist(typed.entries);
+        if (typed.type == "intf") return ignored.formatted(typed.place);
+        if (typed.type == "choice" && ignored.choice(typed)) return;
+        if (typed.after) ignored.after(*typed.after, typed.type);
     });
 }

@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr size_t most_bytes = 1000000;  // to read again
-constexpr unsigned most_readings = 200; // of them
+constexpr size_t most_bytes = 1000000;  // that are read again
+constexpr unsigned most_readings = 200; // the number of these readings
 
 cPlace place_of(cat::ReadError const &error) { return {error.line, error.column}; }
 
@@ -20,7 +20,7 @@ bool is_opening(int code) { return code == '(' || code == '{' || code == '[' || 
 bool is_closing(int code) { return code == ')' || code == '}' || code == ']' || code == '>'; }
 bool is_separator(int code) { return code == ';' || code == ','; }
 
-// Is it about these bytes, whatever was read before them?
+// Is the error independent of the text before it?
 bool is_about_text(cat::ErrorKind kind) {
     using enum cat::ErrorKind;
     constexpr cat::ErrorKind kinds[] = {
@@ -30,7 +30,7 @@ bool is_about_text(cat::ErrorKind kind) {
     return std::find(std::begin(kinds), std::end(kinds), kind) != std::end(kinds);
 }
 
-// The tokens of a text with the brackets around them.
+// The tokens of the text with the brackets around them.
 class cLater {
   public:
     explicit cLater(cTextTokens const &tokens) : bytes_(tokens.bytes()), lines_(bytes_) {
@@ -49,7 +49,7 @@ class cLater {
         }
     }
 
-    // Adds what is hidden after the last mistake, with what is hidden after that.
+    // Adds the mistakes that the last one hides, and those that they hide in turn.
     void add(std::vector<cMistake> &mistakes) {
         for (size_t i = mistakes.size() - 1; i < mistakes.size(); ++i) {
             std::vector<cMistake> found = hidden_after(mistakes[i]);
@@ -64,7 +64,7 @@ class cLater {
   private:
     static constexpr size_t none = static_cast<size_t>(-1);
 
-    // The last token that begins there or before; none if there is not one.
+    // The last token that begins at `place` or before; none if there isn't one.
     size_t at(cPlace place) const {
         auto const after = std::upper_bound(
             tokens_.begin(), tokens_.end(), place,
@@ -72,7 +72,7 @@ class cLater {
         return static_cast<size_t>(after - tokens_.begin()) - 1;
     }
 
-    // The first token after the delimiter of the entry with that token, or the bracket that closes
+    // The first token after the delimiter of the entry with this token, or the closing bracket of
     // the map.
     size_t after_entry(size_t index, size_t map) const {
         for (; index < closed_[map]; ++index)
@@ -80,7 +80,7 @@ class cLater {
         return closed_[map];
     }
 
-    // A round bracket that opens no value, since it has no type.
+    // Is this a round bracket without a type, which does not open a value?
     bool is_surplus(size_t bracket) const {
         return tokens_[bracket].code == '(' &&
                (bracket == 0 || tokens_[bracket - 1].code != tkIdent);
@@ -120,11 +120,11 @@ class cLater {
         return found;
     }
 
-    // Of a map whose first entry begins at that place.
+    // The errors of a map with this text, whose first entry begins at `place`.
     static std::vector<cat::ReadError> errors_of(std::string const &text, cPlace place) {
         struct cScan : cAttrScan {
             cScan(std::istream &is, cPlace begin) : cAttrScan(is, false) {
-                reset(0, begin.line, begin.column - 2); // for the bracket before it
+                reset(0, begin.line, begin.column - 2); // the bracket precedes the entry
             }
         };
         cat::TypeScope const types;
@@ -139,7 +139,7 @@ class cLater {
     std::string const &bytes_;
     cLines const lines_;
     std::vector<cTextToken> tokens_;
-    std::vector<size_t> around_, closed_; // for each token: a bracket before it, and one after it
+    std::vector<size_t> around_, closed_; // for each token, the brackets around it
     size_t bytes_read_ = 0;
     unsigned readings_ = 0;
 };

@@ -76,7 +76,7 @@ size_t needless_escape(std::string_view text) {
 std::string_view looks_like(std::string_view word) {
     constexpr std::string_view first_letters = "finotuyFINOTUY";
     if (word.empty() || first_letters.find(word[0]) == first_letters.npos) return {};
-    if (word == "true" || word == "false") return {}; // they are what they look like
+    if (word == "true" || word == "false") return {}; // these are constants already
     auto const is_word = [word](cMeaning const &meaning) {
         return std::equal(word.begin(), word.end(), meaning.word.begin(), meaning.word.end(),
                           [](char a, char b) { return to_lower(a) == b; });

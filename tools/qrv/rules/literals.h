@@ -1,5 +1,5 @@
 #pragma once
-// Literals that are read as something else than they seem to say.
+// Literals whose value is not what they seem to say.
 
 #include <optional>
 #include <string>
@@ -7,19 +7,18 @@
 
 inline bool is_quote(char c) { return c == '"' || c == '\''; }
 
-// An integer that is stored as another one, since it has more than 31 bits: what is stored. Larger
-// ones are errors of the reader.
+// For an integer that is stored as another one, since it has more than 31 bits: the stored value.
+// For even larger ones the reader reports an error.
 std::optional<int> wrapped(std::string_view number);
 
-// Is it an integer, as the scanner sees it? Hexadecimal ones and those with a u are.
+// Does the scanner read this as an integer? Hexadecimal numbers and those with a u are integers.
 bool is_integer(std::string_view text);
 
-// An integer such as 007, which is decimal: what it is without its leading zeros. None if it has
-// none.
+// For a decimal integer with leading zeros, such as 007: the integer without them. Else empty.
 std::optional<std::string> without_leading_zeros(std::string_view number);
 
-// A string in quotes: the position of the first \ that it does not need, or npos.
+// The position of the first needless \ in a string in quotes, or npos.
 size_t needless_escape(std::string_view text);
 
-// What a word without quotes may be meant as: "true", "#nil" and so on. Empty if it is just a word.
+// The constant that a word without quotes may be meant as, such as "true" or "#nil"; else empty.
 std::string_view looks_like(std::string_view word);

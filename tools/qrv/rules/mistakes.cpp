@@ -15,7 +15,7 @@ cPlace begin_of(cat::ReadError const &error) { return {error.line, error.column}
 cPlace end_of(cat::ReadError const &error) { return {error.end_line, error.end_column}; }
 bool is_unclosed(cat::ReadError const &error) { return error.end_line != 0; }
 
-// Errors by index, each with the one that it follows from.
+// For each error, by index, the error from which it follows.
 class cGroups {
   public:
     cGroups(std::string const &bytes, std::vector<cUnread> const &unread,
@@ -61,7 +61,7 @@ class cGroups {
         return i;
     }
 
-    // The run of `error` is caused by `cause`, which is the error to show.
+    // Records that `cause` has caused the run of `error`, so that only `cause` is shown.
     void join(size_t error, size_t cause) {
         size_t const run = first(error);
         if (run == first(cause) && first(cause) == cause) return;
@@ -96,7 +96,7 @@ class cGroups {
         }
     }
 
-    // The last that is opened inside the outer one.
+    // Joins nested unclosed brackets to the innermost one.
     void join_unclosed() {
         for (size_t const outer : unclosed_) {
             if (!is_unclosed(all_[outer])) continue;
@@ -109,14 +109,14 @@ class cGroups {
         }
     }
 
-    // It has read the rest of the text.
+    // Is this a reference without ), which has read the rest of the text?
     bool is_open_reference(size_t i) const {
         return all_[i].kind == ErrorKind::read_ref &&
                bytes_.find(')', lines_.offset(begin_of(all_[i]))) == bytes_.npos;
     }
 
-    // At the first bracket that ends at another byte than a bracket: the map around it reads the
-    // rest of its entries, out of step.
+    // Joins the errors after the first bracket that another byte than a bracket ends: the map
+    // around it reads the rest of its entries and confuses keys and values.
     void join_after_early_end() {
         auto const ends_before = [&](size_t a, size_t b) {
             return end_of(all_[a]) < end_of(all_[b]);
@@ -160,13 +160,13 @@ class cGroups {
         }
     }
 
-    // Is it about the bracket where a key is expected?
+    // Is the error about this bracket, in place of a key?
     bool is_key(size_t error, size_t bracket) const {
         return all_[error].kind == ErrorKind::read_key_type &&
                begin_of(all_[error]) == begin_of(all_[bracket]);
     }
 
-    // What is wrong inside a value is reported before what is wrong with all of it, at its type.
+    // Errors inside a value come before errors about the whole value, which are at its type.
     void join_broken_rules() {
         using enum ErrorKind;
         constexpr ErrorKind kinds[] = {read_no_delimiter, read_equals, read_no_key,
@@ -189,10 +189,10 @@ class cGroups {
     std::string const &bytes_;
     cLines const lines_;
     std::vector<cat::ReadError> all_;
-    size_t const unread_;          // number of those that come first
-    std::vector<bool> to_the_end_; // for each of these
+    size_t const unread_;          // the number of unread bytes, which are the first errors
+    std::vector<bool> to_the_end_; // for each of these: is the rest unread?
     std::vector<size_t> cause_;
-    std::vector<size_t> unclosed_; // by position; also where brackets are too deep
+    std::vector<size_t> unclosed_; // by position; includes brackets that are too deep
 };
 
 } // namespace

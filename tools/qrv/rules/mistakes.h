@@ -1,16 +1,18 @@
 #pragma once
-// One mistake in a text often causes several errors. A person wants to see the mistake once, and
-// the error that is closest to it. These errors are one mistake:
-//   1  a run of errors, as the library reports it (cat::ReadError::follows); the first one counts
-//   2  a byte or an open comment that ends what is read, and what is reported there
-//   3  brackets that are not closed, one inside the other: the innermost counts, since it took the
-//      closing brackets of the others; a reference without ) counts before them, since it took all
-//   4  after an error in a map: an error about a key that is written as a value, after =
-//   5  what a bracket that is not closed has swallowed: entries with keys in a vector or a set, and
-//      entries that a type does not have
-//   6  an error that puts keys and values out of step in a value of a declared type: rules that the
-//      value as a whole breaks
-//   7  a byte that is not a bracket and yet ends a map: errors about keys after it, since the map
+// One mistake in a file often causes several errors. A person wants to see the mistake once, as the
+// error that is closest to it. These errors are one mistake:
+//   1  a run of errors, as the library reports it (cat::ReadError::follows); the first one is shown
+//   2  a byte or an open comment that ends the reading, and the errors at its position
+//   3  unclosed brackets, one inside the other: the innermost is shown, since it took the closing
+//      brackets of the others; a reference without ) is shown first, since it took everything
+//   4  an error in a map, and later errors about a key that is written as a value, after =
+//   5  an unclosed bracket, and the entries that it swallowed: entries with keys in a vector or a
+//   set,
+//      and entries that a type does not have
+//   6  an error that makes the reader confuse keys and values in a value of a declared type, and
+//   the
+//      rules that the value as a whole breaks
+//   7  a byte that is not a bracket but ends a map, and errors about keys after it, since the map
 //      around it reads the rest of the entries
 
 #include "qrv/text/read/creadreport.h"
@@ -24,13 +26,13 @@ struct cMistake {
     std::vector<cNote> notes = {};
 };
 
-// `from` and all that follows from it then follow from `to`.
+// Makes `from`, and all that follows from it, follow from `to`.
 void add_following(cMistake &to, cMistake const &from);
 
-// Bytes that are not read.
+// A position from which on bytes are not read.
 struct cUnread {
     cat::ReadError error;
-    bool to_the_end; // nothing after them is read
+    bool to_the_end; // the rest of the text is not read
 };
 
 std::vector<cMistake> mistakes_of(std::string const &bytes, std::vector<cUnread> const &unread,

@@ -15,7 +15,7 @@ namespace {
 
 using cat::ErrorKind;
 
-// A value or a key of a type that could not be read.
+// Is the error about a value, or a key, of a type that could not be read?
 bool is_unread(cat::ReadError const &error) {
     return error.kind == ErrorKind::read_value || error.kind == ErrorKind::read_key;
 }
@@ -31,13 +31,13 @@ cRules::cRules(std::string const &bytes, cat::ReadReport &report, std::string pa
 
 cRules::~cRules() { report_.watch(nullptr); }
 
-void cRules::tell_unheard(cPlace end) {
+void cRules::report_ignored(cPlace end) {
     if (mistaken_.empty()) source_.reader_showed_all();
-    ::tell_unheard(source_, end, mistaken_, report_);
+    ::report_ignored(source_, end, mistaken_, report_);
 }
 
-// The reader reports errors inside a value before the error about the value. So all known errors
-// after the value's place are inside it.
+// Drops an error about a value. The reader reports errors inside a value before the error about the
+// value, so all known errors after the value's position are inside it.
 void cRules::leave_out(cat::ReadError error) {
     if (mistaken_.lower_bound(place_of(error)) != mistaken_.end()) return;
     std::string const type = source_.type_at(place_of(error)).value_or("");
@@ -45,7 +45,7 @@ void cRules::leave_out(cat::ReadError error) {
 }
 
 // Declarations come before their objects, so one pass in the order of the file is enough.
-void cRules::tell_unexplained() {
+void cRules::report_unexplained() {
     if (unexplained_.empty()) return;
     std::set<cPlace> explained;
     for (cat::ReadError const &error : report_.entries()) explained.insert(place_of(error));
@@ -61,44 +61,45 @@ void cRules::invalid(cObj &object) { invalid_ = objref::share(&object); }
 bool cRules::error(cat::ReadError &error) {
     cat::ReadError const as_read = error;
     size_t const count = report_.count();
-    bool const kept = tell(error);
+    bool const kept = explain(error);
     if (!kept && report_.count() == count) leave_out(as_read);
     mistaken_.insert(place_of(error));
     return kept;
 }
 
-bool cRules::tell(cat::ReadError &error) {
+bool cRules::explain(cat::ReadError &error) {
     if (objref const object = std::exchange(invalid_, nullptr)) {
-        told_ = place_of(error);
+        reported_ = place_of(error);
         error.path = path_ + error.path;
-        cBrokenRules(*object, error, source_, mistaken_, report_).tell();
+        cBrokenRules(*object, error, source_, mistaken_, report_).report_all();
         return false;
     }
-    if (is_told(error)) return false;
-    if (error.kind == ErrorKind::read_container && place_of(error) < told_) {
-        told_ = place_of(error); // an error inside the value is reported
+    if (is_reported(error)) return false;
+    if (error.kind == ErrorKind::read_container && place_of(error) < reported_) {
+        reported_ = place_of(error); // an error inside the value is reported
         return false;
     }
-    if (is_unread(error)) return tell_failed(error, error.names.type);
+    if (is_unread(error)) return report_failed(error, error.names.type);
     if (error.kind == ErrorKind::read_value_unknown || error.kind == ErrorKind::read_key_unknown)
-        return tell_unknown_type(error, error.names.type);
-    if (error.kind == ErrorKind::read_type_name) tell_other_metatype(error);
-    if (error.kind == ErrorKind::attspec_entry) tell_unknown_type_of_key(error);
+        return report_unknown_type(error, error.names.type);
+    if (error.kind == ErrorKind::read_type_name) report_other_metatype(error);
+    if (error.kind == ErrorKind::attspec_entry) report_unknown_type_of_key(error);
     return true;
 }
 
-// Is it a further error about a value whose mistake is reported?
-bool cRules::is_told(cat::ReadError const &error) const {
-    return place_of(error) == told_ && (is_unread(error) || error.kind == ErrorKind::cannot_insert);
+// Is this another error about a value whose mistake was reported?
+bool cRules::is_reported(cat::ReadError const &error) const {
+    return place_of(error) == reported_ &&
+           (is_unread(error) || error.kind == ErrorKind::cannot_insert);
 }
 
 bool cRules::has_error_inside(cPlace value) const {
     return mistaken_.upper_bound(value) != mistaken_.end();
 }
 
-// A typed value that can't be read. For declarations and objects of declared types the error inside
-// is reported, or else a text for that kind of value.
-bool cRules::tell_failed(cat::ReadError &error, std::string const &name) {
+// Handles a typed value that can't be read. For declarations and objects of declared types, reports
+// the error inside, or else an error for this kind of value.
+bool cRules::report_failed(cat::ReadError &error, std::string const &name) {
     cTypeObj const *const type = known_type(name);
     if (!type) return true;
     cPlace const place = place_of(error);
@@ -109,7 +110,7 @@ bool cRules::tell_failed(cat::ReadError &error, std::string const &name) {
     bool const is_number = name == "intf" && type == &cat::type_intf();
     if (!declares && !is_set && !is_choice && !is_number && type != &cat::type_attspec())
         return true;
-    told_ = place;
+    reported_ = place;
     if (has_error_inside(place)) return false;
     if (!has_room(report_)) return true;
     if (is_number) error.text = no_formatted_number(place);
@@ -146,17 +147,17 @@ std::string cRules::no_formatted_number(cPlace place) const {
 }
 
 // If the declaration of the type has an error, only that error is reported.
-bool cRules::tell_unknown_type(cat::ReadError &error, std::string const &name) {
+bool cRules::report_unknown_type(cat::ReadError &error, std::string const &name) {
     if (source_.has_failed(name, place_of(error))) {
-        told_ = place_of(error);
+        reported_ = place_of(error);
         return false;
     }
     if (has_room(report_)) error.text += known_types(name);
     return true;
 }
 
-// The type stays what it was.
-void cRules::tell_other_metatype(cat::ReadError &error) {
+// A declaration cannot change the kind of an existing type.
+void cRules::report_other_metatype(cat::ReadError &error) {
     cPlace const place = place_of(error);
     source_.failed(place);
     std::optional<std::string> const name =
@@ -168,9 +169,9 @@ void cRules::tell_other_metatype(cat::ReadError &error) {
                   ": choose another name";
 }
 
-// The place and the name that are wrong; the error that comes is about the whole specification.
-void cRules::tell_unknown_type_of_key(cat::ReadError &error) {
-    told_ = place_of(error);
+// Reports the position and the wrong name; the next error is about the whole specification.
+void cRules::report_unknown_type_of_key(cat::ReadError &error) {
+    reported_ = place_of(error);
     if (!has_room(report_)) return;
     for (cSource::cEntry const &entry : source_.entries(place_of(error))) {
         if (cat::as_string(entry.key) != "type" || !entry.value) continue;

@@ -4,13 +4,14 @@
 // type and its key. So:
 //   - each broken rule of an attribute set is a separate message, with the position of the entry
 //     (of the object if the entry is missing), path, key and the position of the declaration
-//   - errors of the reader about such a value as a whole are left out
-//   - so are errors that follow from an error inside: an attribute with a wrong value is not
+//   - errors of the reader about such a value as a whole are dropped
+//   - errors that follow from an error inside are dropped: an attribute with a wrong value is not
 //     missing, and a declaration with an error inside counts as absent
-//   - so are errors at each object that follow from an error in its type's declaration
+//   - errors at objects that follow from an error in their type's declaration are dropped
 //   - the message about an unknown type, key or choice suggests the closest known name
 //   - no value is lost without an error: an error about a value is dropped only if another error is
-//     at the value, inside it, or in its type's declaration; else the reader's text is reported
+//   at
+//     the value, inside it, or in its type's declaration
 // Beyond a report's limit errors are only counted, and no messages are composed.
 
 #include "qrv/text/read/creadreport.h"
@@ -21,17 +22,18 @@
 
 class cRules : public cat::ReadWatch {
   public:
-    // Both are borrowed; the report is watched as long as this lives. The path is that of the
-    // outermost value, such as "/a".
+    // Borrows both, and changes errors of the report until it is destroyed. `path` is the path of
+    // the outermost value, such as "/a".
     cRules(std::string const &bytes, cat::ReadReport &report, std::string path = "");
     cRules(cRules const &) = delete;
     cRules &operator=(cRules const &) = delete;
     ~cRules() override;
 
-    // When reading has ended there: what was passed over before without a word.
-    void tell_unheard(cPlace end);
-    // After all other errors: reports the dropped errors that follow from none of them.
-    void tell_unexplained();
+    // Call when reading has ended at `end`: reports the text before that the reader silently
+    // ignored.
+    void report_ignored(cPlace end);
+    // Call after all other errors: reports dropped errors that do not follow from any of them.
+    void report_unexplained();
 
     cTextTokens const &tokens() { return source_.tokens(); }
 
@@ -40,12 +42,12 @@ class cRules : public cat::ReadWatch {
     bool error(cat::ReadError &error) override;
 
   private:
-    bool tell(cat::ReadError &error);
-    bool is_told(cat::ReadError const &error) const;
-    bool tell_failed(cat::ReadError &error, std::string const &type);
-    bool tell_unknown_type(cat::ReadError &error, std::string const &name);
-    void tell_other_metatype(cat::ReadError &error);
-    void tell_unknown_type_of_key(cat::ReadError &error);
+    bool explain(cat::ReadError &error);
+    bool is_reported(cat::ReadError const &error) const;
+    bool report_failed(cat::ReadError &error, std::string const &type);
+    bool report_unknown_type(cat::ReadError &error, std::string const &name);
+    void report_other_metatype(cat::ReadError &error);
+    void report_unknown_type_of_key(cat::ReadError &error);
     std::string no_formatted_number(cPlace place) const;
     std::string unknown_choice(cat::ReadError const &error, cTypeObj const &type);
     bool has_error_inside(cPlace value) const;
@@ -54,13 +56,14 @@ class cRules : public cat::ReadWatch {
     cSource source_;
     cat::ReadReport &report_;
     std::string const path_;
-    objref invalid_;            // the next error says so
-    cPlace told_{0, 0};         // what is said of the value there as a whole is left out
-    std::set<cPlace> mistaken_; // where errors are
+    objref invalid_; // the invalid object that the next error is about
+    cPlace reported_{0,
+                     0}; // the value here has an error, so errors about it as a whole are dropped
+    std::set<cPlace> mistaken_; // positions of errors
     struct cUnexplained {
         std::string type;
         cat::ReadError error;
     };
-    std::vector<cUnexplained> unexplained_;  // no error is at the value or inside it
+    std::vector<cUnexplained> unexplained_;  // dropped without an error at the value or inside it
     std::map<std::string, size_t> left_out_; // number of these by type
 };

@@ -15,10 +15,10 @@ bool is_closing(int code) { return code == ')' || code == '}' || code == ']' || 
 bool is_separator(int code) { return code == ';' || code == ','; }
 bool may_be_key(int code) { return (code >= tkInt && code <= tkIdent) || code == tkBadIdent; }
 
-// Tokens without comments, each with the one before.
+// Tokens without comments, each with the one before it.
 class cTokens {
   public:
-    // From a place on, where a token begins.
+    // Starts at a position at which a token begins.
     cTokens(cTextTokens const &text, std::vector<cTextToken> const &tokens, cPlace from)
         : text_(text), end_(tokens.end()),
           next_(std::lower_bound(
@@ -51,22 +51,22 @@ class cTokens {
     cTextToken token_, before_;
 };
 
-// Walks over the entries of brackets: `key = value` at the depth where it began.
+// Walks over the entries inside brackets: `key = value` at the depth at which the walk began.
 class cEntries {
   public:
     explicit cEntries(cTokens &tokens) : tokens_(tokens) {}
 
-    // True at the first token of each value. The reader skips separators before a value. False
-    // after the closing bracket, and at the end of the text.
+    // Moves to the first token of the next value. Skips separators before a value, as the reader
+    // does. False after the closing bracket, and at the end of the text.
     bool next() {
         while (!closed_ && tokens_.next()) {
             int const code = tokens_.token().code;
-            bool const behind_equals = depth_ == 0 && key_ && !is_separator(code);
-            if (!behind_equals && code == '=' && depth_ == 0) take_key();
+            bool const after_equals = depth_ == 0 && key_ && !is_separator(code);
+            if (!after_equals && code == '=' && depth_ == 0) take_key();
             bool const ends = is_closing(code) && depth_ == 0;
             if (is_opening(code)) ++depth_;
             if (is_closing(code) && depth_-- == 0) closed_ = true;
-            if (!behind_equals) continue;
+            if (!after_equals) continue;
             has_value_ = !ends;
             return true;
         }
@@ -96,9 +96,9 @@ class cEntries {
     cPlace key_place_;
 };
 
-constexpr size_t deepest = 2000; // levels of typed values; no reading goes so deep
+constexpr size_t deepest = 2000; // levels of typed values, more than the reader accepts
 
-// The walk over all typed values. Of the other brackets it stores only that they are not wanted.
+// Walks over all typed values. For other brackets it stores only that they are not wanted.
 class cTypedWalk {
   public:
     using cTyped = cSource::cTyped;
@@ -120,9 +120,9 @@ class cTypedWalk {
   private:
     struct cOpen {
         cTyped typed;
-        objref key = nullptr; // whose value comes
+        objref key = nullptr; // the key of the next value
         cPlace key_place = {};
-        bool begun = false, ended = false; // the first value
+        bool begun = false, ended = false; // has the first value begun, and ended?
     };
 
     bool in_wanted() const { return !kinds_.empty() && kinds_.back(); }
@@ -155,8 +155,8 @@ class cTypedWalk {
         }
         if (parts)
             open.ended = open.begun;
-        else if (open.ended && !open.typed.behind && !is_closing(code))
-            open.typed.behind = tokens_.place();
+        else if (open.ended && !open.typed.after && !is_closing(code))
+            open.typed.after = tokens_.place();
         open.begun = true;
     }
 
@@ -170,7 +170,7 @@ class cTypedWalk {
     cTokens tokens_;
     std::function<bool(std::string const &)> const &wanted_;
     std::function<void(cTyped const &)> const &visit_;
-    std::vector<bool> kinds_; // of all open brackets: wanted?
+    std::vector<bool> kinds_; // for each open bracket: is it wanted?
     std::vector<cOpen> open_; // the wanted ones
 };
 
@@ -258,8 +258,8 @@ std::vector<cSource::cWord> cSource::words(cPlace typed) const {
 
 // --- declarations ---
 
-// One walk over all tokens: `key = attlist (` or `choice (`, and in the brackets of that `key =
-// attspec`.
+// Finds declarations in one walk over all tokens: `key = attlist (` or `key = choice (`, and inside
+// the brackets `key = attspec`.
 constexpr cPlace no_end{~0U, ~0U};
 
 class cSource::cDeclarationWalk {
@@ -280,7 +280,7 @@ class cSource::cDeclarationWalk {
     }
 
   private:
-    struct cOpen { // a bracket; of no declaration if null
+    struct cOpen { // a bracket; null if it is not one of a declaration
         std::vector<cDeclaration> *declarations = nullptr;
         size_t index = 0;
     };
@@ -308,7 +308,7 @@ class cSource::cDeclarationWalk {
         declares_ = specifies_ = false;
     }
 
-    // The declaration in whose brackets the walk is; null outside of declarations.
+    // The declaration whose brackets contain the current token; null outside of declarations.
     cDeclaration *declaration() const {
         if (open_.empty() || !open_.back().declarations) return nullptr;
         return &(*open_.back().declarations)[open_.back().index];
@@ -329,9 +329,9 @@ class cSource::cDeclarationWalk {
     cDeclarations &found_;
     std::vector<cOpen> open_;
     objref key_;
-    cPlace place_, value_; // of the key and the value
+    cPlace place_, value_; // the positions of the key and the value
     bool awaits_value_ = false;
-    bool declares_ = false, specifies_ = false; // by the value's first token; brackets must follow
+    bool declares_ = false, specifies_ = false; // from the value's first token, before its bracket
 };
 
 cSource::cDeclarations &cSource::declarations() {
@@ -340,15 +340,15 @@ cSource::cDeclarations &cSource::declarations() {
     return declarations_;
 }
 
-// Of those that failed, or of those that didn't, the last one whose place is before that one.
+// The last failed, or the last successful, declaration before `before`.
 cSource::cDeclaration const *cSource::last(std::string const &type, cPlace before, bool failed) {
     auto const found = declarations().find(type);
     if (found == declarations().end()) return nullptr;
     std::vector<cDeclaration> const &all = found->second;
     auto at = std::lower_bound(all.begin(), all.end(), before,
                                [](cDeclaration const &d, cPlace place) { return d.place < place; });
-    // For a message this is enough, and the many declarations of one name in a large file would
-    // take the square of their number.
+    // A limit: in a large file with many declarations of one name the search would take quadratic
+    // time.
     constexpr int most_steps = 100;
     for (int steps = 0; at != all.begin() && steps < most_steps; ++steps)
         if ((failed_.count((--at)->value) != 0) == failed) return &*at;

@@ -1,6 +1,6 @@
 #pragma once
-// The positions of what is between the brackets of typed values, found in the tokens of a file: for
-// messages about rules, since the reader finds a broken rule only after the whole value.
+// Finds positions inside the brackets of typed values from the tokens of a file. Messages about
+// rules need them, since the reader notices a broken rule only after the whole value.
 
 #include "qrv/core/cobj.h"
 #include "tools/qrv/rules/tokens.h"
@@ -18,64 +18,66 @@ class cSource {
     explicit cSource(std::string const &bytes) : tokens_(bytes) {}
 
     cTextTokens &tokens() { return tokens_; }
-    // The text was read without errors: from now on only the tokens that the reader showed are
-    // needed, and the text is not scanned again.
+    // Call if the text was read without errors: then the tokens that the reader showed suffice, and
+    // the text is not scanned again.
     void reader_showed_all() { reader_showed_all_ = true; }
 
     struct cEntry {
         objref key;
-        cPlace place;                // of the key
-        std::optional<cPlace> value; // none if there is no value
+        cPlace place;                // the position of the key
+        std::optional<cPlace> value; // empty if there is no value
         std::string text;            // the value's first token
     };
-    // The entries with single tokens as keys of the typed value that begins there.   O(its text)
+    // The entries, with single tokens as keys, of the typed value that begins at `typed`.   O(its
+    // text)
     std::vector<cEntry> entries(cPlace typed) const;
 
     struct cTyped {
         std::string type;
         cPlace place;
         std::vector<cEntry> entries;
-        std::optional<cPlace> behind; // what is after the first value in the brackets
+        std::optional<cPlace> after; // text after the first value in the brackets
     };
-    // Calls `visit` for each typed value of a wanted type when it ends, in one walk over the text.
-    // Values that are nested deeper than any reading goes are left out.
+    // Calls `visit` for each typed value of a wanted type at its end, in one walk over the text.
+    // Skips values that are nested deeper than the reader accepts.
     void typed_values(std::function<bool(std::string const &type)> const &wanted,
                       std::function<void(cTyped const &)> const &visit) const;
 
-    // The only token between the brackets of the typed value that begins there; null if there is
-    // not exactly one.
+    // The only token between the brackets of the typed value that begins at `typed`; empty if there
+    // isn't exactly one.
     std::optional<std::string> argument(cPlace typed) const;
 
-    // The name of the type of the value that begins there, from its first tokens; null if they do
-    // not show it, as those of references.
+    // The name of the type of the value that begins at `value`, from its first tokens; empty if
+    // they don't show it, as in references.
     std::optional<std::string> type_at(cPlace value) const;
 
-    // Where a type, or its key, was declared last before that place, by a declaration that did not
-    // fail. Null for what is declared elsewhere.
+    // The position of the last successful declaration of a type, or of its key, before `before`.
+    // Empty for types that are declared elsewhere.
     std::optional<cPlace> declared(std::string const &type, cPlace before);
     std::optional<cPlace> declared(std::string const &type, objref const &key, cPlace before);
-    // Where the attspec of the key is in that declaration.
+    // The position of the attspec of the key in that declaration.
     std::optional<cPlace> specified(std::string const &type, objref const &key, cPlace before);
-    // Is one of the places inside a declaration of the type?
+    // Is one of the positions inside a declaration of the type?
     bool has_in_declaration(std::string const &type, std::set<cPlace> const &places);
-    // Has a declaration of it failed before that place?
+    // Did a declaration of the type fail before this position?
     bool has_failed(std::string const &type, cPlace before);
-    // The name of the type whose declaration's value begins there.   O(declarations)
+    // The name of the type whose declaration has its value at this position.   O(declarations)
     std::optional<std::string> declared_name(cPlace value);
-    // The declaration whose value begins there has failed.
+    // Call if the declaration with its value at this position has failed.
     void failed(cPlace value) { failed_.insert(value); }
 
     struct cBracket {
         cPlace place;
-        char kind; // vector( ends with ] as [ does, and so on
+        char kind; // the kind of container: vector( ends with ] just as [ does, and so on
     };
-    std::vector<cBracket> brackets() const; // all, in order   O(the text)
+    std::vector<cBracket> brackets() const; // in order   O(the text)
 
     struct cWord {
         cPlace place;
         std::string text;
     };
-    // The words, separated by blanks, between the brackets of the typed value that begins there.
+    // The words, separated by blanks, between the brackets of the typed value that begins at
+    // `typed`.
     //   O(its text)
     std::vector<cWord> words(cPlace typed) const;
 
@@ -85,12 +87,12 @@ class cSource {
         cPlace value;
     };
     struct cDeclaration {
-        cPlace place; // of the key
+        cPlace place; // the position of the key
         cPlace value;
-        cPlace end;                                 // of the closing bracket
+        cPlace end;                                 // the position of the closing bracket
         std::unordered_map<std::string, cKey> keys; // as_text
     };
-    // By name, each in the order of the file.
+    // The declarations of each name, in the order of the file.
     using cDeclarations = std::unordered_map<std::string, std::vector<cDeclaration>>;
     class cDeclarationWalk;
 

@@ -17,8 +17,8 @@ bool may_take(std::uint64_t steps) {
     return true;
 }
 
-// How many characters must be inserted, removed, changed or swapped with the next one. Upper and
-// lower case are the same.
+// The number of characters that must be inserted, removed, changed or swapped with the next one.
+// Upper and lower case are equal.
 size_t distance(std::string_view a, std::string_view b) {
     std::vector<size_t> before(b.size() + 1), row(b.size() + 1), next(b.size() + 1);
     for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
@@ -37,7 +37,7 @@ size_t distance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
-// At the beginning.
+// The number of equal letters at the beginning.
 size_t same_letters(std::string_view a, std::string_view b) {
     size_t count = 0;
     while (count < std::min(a.size(), b.size()) && to_lower(a[count]) == to_lower(b[count]))
@@ -47,7 +47,7 @@ size_t same_letters(std::string_view a, std::string_view b) {
 
 } // namespace
 
-// A third of the letters may be wrong, one in short names, none in a single letter.
+// A third of the letters may be wrong; in short names one letter, in a single letter none.
 cSuggestion::cSuggestion(std::string_view unknown)
     : unknown_(unknown), limit_(unknown.size() < 2 || unknown.size() > longest_name
                                     ? 0

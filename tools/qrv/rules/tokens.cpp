@@ -11,7 +11,7 @@ class cScanner : public cAttrScanner {
     using cAttrScanner::gettoken;
 };
 
-// A position counts no line ends.
+// Positions count no line ends.
 cTextToken token_of(cToken const &token) {
     return {size_t{token.position} + token.line - 1,
             static_cast<unsigned>(token.text.size()),
@@ -26,7 +26,7 @@ std::vector<cTextToken> const &cTextTokens::all() const {
     std::istringstream is(bytes_);
     cScanner scanner(is);
     scanner.return_com(true);
-    // A byte 0 has the code of the end.
+    // A byte 0 has the code tkEof, too.
     while (scanner.gettoken() != tkEof || !scanner.current().text.empty())
         all_.push_back(token_of(scanner.current()));
     return all_;

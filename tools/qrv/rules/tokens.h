@@ -1,5 +1,5 @@
 #pragma once
-// The tokens of a text with their places. The text is scanned at most once.
+// The tokens of text with their positions. The text is scanned at most once.
 
 #include "qrv/text/scan/cattrscanner.h"
 #include "tools/qrv/output/messages.h"
@@ -24,11 +24,12 @@ class cTextTokens {
         return std::string_view(bytes_).substr(token.offset, token.size);
     }
 
-    // All, comments too, but without white space and a comment that is not closed. A byte from 128
-    // on, or 0, outside of strings and comments is a token with a code of 0 or below.
-    std::vector<cTextToken> const &all() const; // O(the text) when they are first asked for
+    // All tokens with comments, without white space and without an unclosed comment. A byte from
+    // 128 on, or 0, outside of strings and comments is a token with a code of 0 or below.
+    std::vector<cTextToken> const &all() const; // O(the text) at the first call
 
-    // Those of typed values, which the reader cuts out of the text and shows as it goes.
+    // Adds a token of a typed value, which the reader cuts out of the text and shows while it
+    // reads.
     void add_typed(cToken const &token);
     std::vector<cTextToken> const &typed() const { return typed_; }
 

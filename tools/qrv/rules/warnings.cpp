@@ -31,7 +31,7 @@ constexpr std::array<cName, warning_count> names = {{
     {"strings", "A word without quotes looks like a value of another type."},
 }};
 
-// Is it the value of this key that is lost?
+// Does the finding mean that the value of this key is lost?
 bool is_ignored(cDoubtful const &finding) {
     return !finding.lost.empty() && finding.span.begin < finding.lost.front().begin;
 }
@@ -72,7 +72,7 @@ std::string words_of(cDoubtful const &finding, std::string const &written) {
     return "";
 }
 
-// What is said at its earlier one.
+// The note at the earlier occurrence.
 char const *note_of(cWarning warning) {
     return warning == cWarning::mixed_brackets   ? "it is opened here"
            : warning == cWarning::comment_inside ? "that comment begins here"
@@ -83,7 +83,7 @@ char const *note_of(cWarning warning) {
 class cReporter {
   public:
     struct cSaid {
-        Span span; // empty: nothing is said
+        Span span; // no note if empty
         char const *text;
     };
 
@@ -106,8 +106,8 @@ class cReporter {
     }
 
     bool has_room(cDiagnostic::cSeverity severity) const {
-        return severity == cDiagnostic::error ? messages_.tells_errors()
-                                              : messages_.tells_warnings();
+        return severity == cDiagnostic::error ? messages_.shows_errors()
+                                              : messages_.shows_warnings();
     }
     void count(cDiagnostic::cSeverity severity) { messages_.add({.severity = severity}); }
 
@@ -125,7 +125,7 @@ class cReporter {
     }
 
   private:
-    // Is it in the item that begins there? A number there is part of a date, for example.
+    // Is the offset in the item that begins at `begin`? A number there may be part of a date.
     bool is_in_item(size_t begin, size_t offset) const {
         std::string_view const between = std::string_view(bytes_).substr(begin, offset - begin);
         return between.find_first_of(";,{}[]<>()\n") == between.npos;

@@ -10,14 +10,14 @@
 
 namespace {
 
-// Why the text is not a path; empty if it is one. Then the keys are complete.
+// Reads the keys of a path. Returns why the text is not a path, or "" if it is.
 std::string read_keys(std::string const &path, std::vector<objref> &keys) {
     std::istringstream is(path);
     is.imbue(std::locale::classic());
     cAttrScan scan(is, false);
     scan.return_com(true);
     cAttrLiteral token;
-    cat::ReadReport const unheard;
+    cat::ReadReport const ignored;
     if (scan.gettok(token) == '/') scan.gettok(token);
     for (;;) {
         objref key;
@@ -84,7 +84,7 @@ bool find_at(objref const &top, std::string const &path, objref &value, cMessage
 }
 
 bool is_whole_path(std::string const &path, cMessages &messages) {
-    char quote = 0; // that is open
+    char quote = 0; // the open quote
     for (size_t i = 0; i < path.size(); ++i) {
         char const c = path[i], next = i + 1 < path.size() ? path[i + 1] : '\0';
         if (quote && c == '\\')
@@ -102,6 +102,6 @@ bool is_whole_path(std::string const &path, cMessages &messages) {
     return true;
 }
 
-void tell_absent(std::string const &path, cMessages &messages) {
+void report_absent(std::string const &path, cMessages &messages) {
     messages.error("nothing at path '" + shortened(path) + "'");
 }

@@ -6,7 +6,7 @@
 
 namespace {
 
-// What stands in the way, at the character `at`; an empty text if nothing does.
+// The reason why the pattern can't match, at the character `at`; empty if it can.
 struct cObstacle {
     size_t at = 0;
     std::string text;
@@ -15,14 +15,14 @@ struct cObstacle {
 
 cObstacle obstacle_in(std::string const &pattern) {
     std::vector<size_t> open;
-    char last = 0; // the element at the top level that ends the pattern so far, if it is a special
+    char last = 0; // the last element at the top level, if it is special
     for (size_t i = 0; i < pattern.size(); ++i) {
         char const c = pattern[i];
-        bool const behind_choice = last == '}';
+        bool const after_choice = last == '}';
         last = open.empty() && c != '}' ? c : char(0);
         if (c == '\\') {
             if (++i == pattern.size()) {
-                if (behind_choice) return {}; // it may stand at the end of the text
+                if (after_choice) return {}; // can match the end of the string
                 return {i - 1, "this \\ ends the match before the end of the string", false};
             }
             last = 0;
@@ -50,10 +50,10 @@ bool cPattern::matches(std::string const &text) const {
     return static_cast<size_t>(taken) == text.size();
 }
 
-void cPattern::tell_hopeless(cMessages &messages) const {
+void cPattern::report_hopeless(cMessages &messages) const {
     cObstacle const found = obstacle_in(text_);
     if (found.text.empty()) return;
-    cPlace const place = behind({}, text_, found.at);
+    cPlace const place = place_after({}, text_, found.at);
     messages.error(place, found.text + ", so the pattern matches no whole string");
     if (found.star)
         messages.note(place, "write '" + shortened(text_) + "?'" +

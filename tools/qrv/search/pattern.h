@@ -1,6 +1,6 @@
 #pragma once
-// A pattern with wildcards that texts match as a whole, and what can be said of one that no text
-// matches so.
+// A pattern with wildcards that must match a whole string, and notes on patterns that match no
+// string.
 
 #include "tools/qrv/output/messages.h"
 
@@ -8,15 +8,15 @@
 
 class cPattern {
   public:
-    // `first`: the first choice that works counts, not the longest.
+    // If `first`, the first alternative that matches is used, not the longest.
     cPattern(std::string text, bool first) : text_(std::move(text)), first_(first) {}
 
-    // Does cMatch take all of the text? It takes nothing of an empty one whatever the pattern: that
-    // is matched by the empty pattern alone, and this by no other text.
+    // Does cMatch match the whole string? cMatch never matches an empty string, so here the empty
+    // pattern, and only that, matches the empty string.
     bool matches(std::string const &text) const;
 
-    // Where the pattern is such that no text matches as a whole: why, and what to write.
-    void tell_hopeless(cMessages &messages) const;
+    // If the pattern can't match any string as a whole, adds the reason and what to write instead.
+    void report_hopeless(cMessages &messages) const;
 
   private:
     std::string text_;

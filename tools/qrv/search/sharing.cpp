@@ -13,7 +13,7 @@ namespace {
 
 cMapObj const *as_map(objref const &object) { return dynamic_cast<cMapObj const *>(object.get()); }
 
-// Where a type keeps what it declares; null for other objects.
+// The member in which a type stores its declaration; null for other objects.
 char const *declarations_of(objref const &object) {
     if (!object->is_type()) return nullptr;
     if (&object->type() == &cat::typetype_attlist()) return "attspec";
@@ -53,7 +53,7 @@ void cSharing::add_ring(objref const &map, size_t parent) {
 }
 
 void cSharing::add_parts_of(size_t parent) {
-    objref const object = parts_[parent].object; // parts_ grows
+    objref const object = parts_[parent].object; // a copy, since parts_ grows
     if (char const *const member = declarations_of(object))
         add_ring(static_cast<cTypeObj const &>(*object).tmember(member), parent);
     else if (auto const *const spec = dynamic_cast<cAttspec const *>(object.get()))
@@ -62,14 +62,14 @@ void cSharing::add_parts_of(size_t parent) {
         add_ring(object, parent);
 }
 
-// Every way backwards ends at the top, for a text makes no cycles. Should there be one all the
-// same, the count of steps ends it.
+// Every way backwards ends at the root, since reading creates no cycles. If there were a cycle, the
+// count of steps would end the loop.
 std::vector<std::string> cSharing::paths(cObj const *object, size_t most) const {
     std::vector<std::string> found;
     auto const known = numbers_.find(object);
     if (known == numbers_.end()) return found;
     cat::ExactText const exact;
-    std::vector<std::pair<size_t, size_t>> chain{{known->second, 0}}; // part, its next way
+    std::vector<std::pair<size_t, size_t>> chain{{known->second, 0}}; // a part and its next way
     size_t steps = 2 * (most + 1) * (parts_.size() + 1);
     while (!chain.empty() && found.size() < most && steps-- > 0) {
         auto &[part, next] = chain.back();

@@ -1,8 +1,7 @@
 #pragma once
-// All ways to a value in a tree. The tree is walked once, each part that several places share once,
-// and what leads to each part is remembered; paths are then made backwards from the value. So a
-// tree as deep as references make it, with more paths than could be counted, costs its size and
-// that of the paths asked for.
+// Finds all paths to a value in a tree. Walks the tree once, and each shared part once, and records
+// what leads to each part; then builds paths backwards from the value. So the time depends only on
+// the size of the tree and of the requested paths, even if references create countless paths.
 
 #include "qrv/core/cobj.h"
 
@@ -13,15 +12,14 @@
 
 class cSharing {
   public:
-    // Finds the ways to these objects, by identity. Goes into containers, objects of declared
-    // types, declarations and the defaults in them; not into what a choice value stands at.
-    // O(size)
+    // Searches for these objects, by identity. Visits containers, objects of declared types,
+    // declarations and the defaults in them, but not the choices of a choice value.   O(size)
     cSharing(objref const &top, std::unordered_set<cObj const *> wanted);
     cSharing(cSharing const &) = delete;
     cSharing &operator=(cSharing const &) = delete;
     ~cSharing() = default;
 
-    // The paths to one of them, such as /a/0, as many at most; none if it isn't in the tree.
+    // At most `most` paths to one of them, such as /a/0; empty if it isn't in the tree.
     std::vector<std::string> paths(cObj const *object, size_t most) const;
 
   private:
@@ -30,8 +28,8 @@ class cSharing {
         objref key;
     };
     struct cPart {
-        objref object;          // held: its address is not used again
-        std::vector<cWay> ways; // empty for the top
+        objref object;          // held, so that its address is not used again
+        std::vector<cWay> ways; // empty for the root
     };
 
     size_t number_of(objref const &object);
@@ -41,5 +39,5 @@ class cSharing {
 
     std::unordered_set<cObj const *> wanted_;
     std::unordered_map<cObj const *, size_t> numbers_;
-    std::vector<cPart> parts_; // 0 is the top
+    std::vector<cPart> parts_; // 0 is the root
 };

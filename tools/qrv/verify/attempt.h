@@ -1,5 +1,5 @@
 #pragma once
-// One change of a value by the library, with what it says.
+// One change of a value by the library, with its result and its errors.
 
 #include "qrv/core/cobj.h"
 #include "qrv/text/read/creadreport.h"
@@ -16,7 +16,7 @@ struct cSaid {
     cat::ErrorNames names;
 };
 
-// Both results of a change: what it answers, and the errors on the way, which are not printed.
+// Runs a change. Stores its return value and the errors that it raises, which are not printed.
 struct cAttempt {
     bool done = false;
     std::vector<cSaid> errors;

@@ -25,7 +25,7 @@ template <class T> std::optional<double> value_as(objref const &value, cTypeObj 
     return static_cast<double>(static_cast<cObjDR<T> const &>(*value).val());
 }
 
-// A float has the digits of a double if its shortest text is the double's.
+// The double with the shortest digits of a float, for comparison with a given double.
 double by_digits(float number) {
     char text[64];
     auto const written = std::to_chars(text, text + sizeof text, number);
@@ -45,12 +45,12 @@ bool is_formatted(objref const &value) {
     return dynamic_cast<cIntFormat const *>(value.get()) != nullptr;
 }
 
-// Can they be compared as numbers? No other type takes an intf.
+// Can they be compared as numbers? Only an intf accepts an intf.
 bool are_numbers(objref const &stored, objref const &given) {
     return number_of(stored) && number_of(given) && (is_formatted(stored) || !is_formatted(given));
 }
 
-// Is it the number that the text stands for? Its format may be told by more than the text.
+// Does the stored number equal the number in the given text?
 bool reads_as(objref const &stored, objref const &given) {
     auto const *const format = dynamic_cast<cIntFormat const *>(stored.get());
     if (!format || &given->type() != &cat::type_string()) return false;
@@ -60,7 +60,7 @@ bool reads_as(objref const &stored, objref const &given) {
            number == format->value() && !misread(text);
 }
 
-// The whole of the text as a number; none if it is larger than that.
+// The whole text as a number; empty if it isn't one or is too large.
 std::optional<std::int64_t> whole(std::string const &text, int base) {
     char const *const first = text.data() + (text[0] == '+' ? 1 : 0);
     char const *const end = text.data() + text.size();
@@ -70,11 +70,11 @@ std::optional<std::int64_t> whole(std::string const &text, int base) {
     return number;
 }
 
-// Does the value come back when it is converted into the type that was given?
+// Does converting the stored value to the type of the given one result in the given value?
 bool comes_back(objref const &stored, objref const &given) {
     objref const back = given->clone();
     bool same = false;
-    cAttempt const unheard([&] {
+    cAttempt const ignored([&] {
         same = cObj::is_good(back) && back->assign(stored) && back->equal(given);
         return same;
     });
@@ -162,8 +162,8 @@ bool same_value(objref const &a, objref const &b) {
 }
 
 bool is_constant(cObj const &value) {
-    std::ostringstream unheard;
-    return value.write_constname(unheard);
+    std::ostringstream ignored;
+    return value.write_constname(ignored);
 }
 
 std::optional<double> number_of(objref const &value) {

@@ -1,6 +1,6 @@
 #pragma once
-// What was stored, held against what was given. The library converts numbers into the type that
-// stands there, and leaves out what can't be done without saying so; the tool must not.
+// Compares a stored value with the given one. The library converts numbers to the type of the old
+// value, and silently skips what it can't do; the tool must not.
 
 #include "qrv/core/cobj.h"
 
@@ -10,39 +10,40 @@
 
 struct cMismatch {
     enum cKind { number, type, value };
-    std::string path; // from the compared values on, such as "/a/0"; empty for themselves
+    std::string path; // inside the compared values, such as "/a/0"; empty for the values themselves
     std::string text;
-    cKind kind; // a number was changed, a value of another type stands there, or else
+    cKind kind; // a number was changed, the stored value has another type, or another difference
 };
 
-// How the value came to where it stands.
+// How the value was stored.
 enum class cStored {
-    assigned, // the whole of it
-    merged    // as by attrcopy with "-xx"
+    assigned, // as a whole
+    merged    // by attrcopy with "-xx"
 };
 
-// The differences between a value and what was to be stored there, in order, the first of them.
-// A conversion that keeps the value and all digits is none. O(size of what was given)
+// The first differences between the stored and the given value, in order. A conversion that keeps
+// the value and all digits is not a difference. O(size of the given value)
 std::vector<cMismatch> mismatches(objref const &stored, objref const &given, cStored how);
 
-// Equal, or, as types and what has no comparison, of one exact text.
+// Are the values equal? Types, and values without a comparison, are equal if their exact texts are.
 bool same_value(objref const &a, objref const &b);
 
-// Is it one of the values with a #name, which are the same everywhere and take no value?
+// Is it one of the values with a #name? They exist once and cannot be assigned to.
 bool is_constant(cObj const &value);
 
-// The value of a bool, int, float, double or intf; none for others.
+// The value of a bool, int, float, double or intf; empty for others.
 std::optional<double> number_of(objref const &value);
 
-// What an intf makes of the text of a number that is another one: it keeps 32 bits, and counts in
-// eights behind a sign and a 0. None where it keeps the number, and for what it doesn't take.
+// If an intf reads the text of a number as another number, that number: an intf has 32 bits, and
+// reads digits after a sign and a 0 as octal. Empty if it keeps the number, or does not accept the
+// text.
 std::optional<int> misread(std::string const &text);
 
-// What an intf takes, for messages.
+// The numbers that an intf accepts, for messages.
 constexpr char const *formatted_numbers =
     "intf accepts 12, 0x1F, 017 or b0101, in one word of up to 32 bits";
 
-// Would a number of this type take that one as it is?
+// Can a value of the target's type store this number unchanged?
 bool takes(objref const &target, double number);
 
 // The written form on one line, short enough for a message.

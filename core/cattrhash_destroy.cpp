@@ -1,10 +1,10 @@
-#include "core/cattrhash_dying.h"
+#include "core/cattrhash_destroy.h"
 
 #include "core/cregistry.h"
 
-constinit cAttrHash::cDying *cAttrHash::cDying::innermost = nullptr;
+constinit cAttrHash::cDestruction *cAttrHash::cDestruction::innermost = nullptr;
 
-inline void cAttrHash::cDying::free(cAttrNode &node) {
+inline void cAttrHash::cDestruction::free(cAttrNode &node) {
     bool const counted = node.lazy_;
     cObj *const key = node.key_.release();
     cObj *const value = node.take_value().release();
@@ -21,7 +21,7 @@ inline void cAttrHash::cDying::free(cAttrNode &node) {
     release(key);
 }
 
-void cAttrHash::cDying::run() {
+void cAttrHash::cDestruction::run() {
     while (cAttrNode *const node = hash_.first()) {
         if (in_order_)
             hash_.remove(node); // RE-ENTERS
@@ -30,7 +30,7 @@ void cAttrHash::cDying::run() {
     }
 }
 
-[[gnu::noinline]] void cAttrHash::cDying::leave_held(cAttrNode &node) {
+[[gnu::noinline]] void cAttrHash::cDestruction::leave_held(cAttrNode &node) {
     node.lazy_ = false;
     node.table_ = nullptr;
     node.mapped_ = false;
@@ -38,17 +38,17 @@ void cAttrHash::cDying::run() {
     node.unhold();
 }
 
-void cAttrHash::cDying::release(cObj *target) {
+void cAttrHash::cDestruction::release(cObj *target) {
     if (!target || (target->refs() == 1 && cat::destroy_scalar(target))) return;
     if (!target->decref()) return;
     if (!cat::is_library_class(*target))
-        for (cDying *dying = innermost; dying && !dying->in_order_; dying = dying->outer_)
-            dying->put_in_order();
+        for (cDestruction *outer = innermost; outer && !outer->in_order_; outer = outer->outer_)
+            outer->put_in_order();
     cRefTraits<cObj>::destroy(target); // RE-ENTERS
 }
 
-// As if the removed entries had been taken out one by one.
-void cAttrHash::cDying::put_in_order() {
+// Leaves the hash as if the removed entries had been removed one by one.
+void cAttrHash::cDestruction::put_in_order() {
     in_order_ = true;
     ++hash_.changes_;
     ++hash_.disturbed_;

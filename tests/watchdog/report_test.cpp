@@ -1,6 +1,6 @@
 // Messages to readers that do not read or read slowly: no line delays the watch dog for long.
 
-#include "tools/watchdog/tell.h"
+#include "tools/watchdog/report.h"
 
 #include "tools/watchdog/descriptor.h"
 
@@ -16,7 +16,7 @@
 #include <thread>
 #include <unistd.h>
 
-using watchdog::cDescriptor, watchdog::tell;
+using watchdog::cDescriptor, watchdog::report;
 
 namespace {
 
@@ -65,8 +65,8 @@ TEST(WatchdogTell, lines_are_truncated_and_separate) {
     cPipe pipe;
     {
         cRedirected const redirected(pipe.writer.number());
-        tell("a\tb");
-        tell(text);
+        report("a\tb");
+        report(text);
     }
     pipe.writer = cDescriptor();
     std::string read(5000, '\0');
@@ -85,7 +85,7 @@ TEST(WatchdogTell, a_terminal_with_space_for_a_part_of_a_line_delays_nothing) {
     std::string some(4096, '\0'); // space for less than the lines need
     ASSERT_GT(::read(terminal.number(), some.data(), some.size()), 0);
     cRedirected const redirected(screen.number());
-    for (int i = 0; i < 100; ++i) tell(text); // returns
+    for (int i = 0; i < 100; ++i) report(text); // returns
 }
 
 // A page becomes free every 100 ms, which is enough for four lines. If the watch dog waited each
@@ -107,7 +107,7 @@ TEST(WatchdogTell, the_watch_dog_waits_once_for_a_slow_reader) {
     });
     {
         cRedirected const redirected(pipe.writer.number());
-        for (int i = 0; i < 200; ++i) tell(text);
+        for (int i = 0; i < 200; ++i) report(text);
     }
     over = true;
     pipe.writer = cDescriptor();

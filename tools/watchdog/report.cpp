@@ -1,4 +1,4 @@
-#include "tell.h"
+#include "report.h"
 
 #include <algorithm>
 #include <chrono>
@@ -18,13 +18,13 @@ constexpr std::chrono::seconds between_waits{1};
 
 void nothing(int) {}
 
-// As long as it lives, a call that blocks ends with EINTR after a moment. It does so again and
-// again, so that no call begins too late for it.
+// Guard: until the end of the scope, a blocking call fails with EINTR after a moment. The timer
+// fires repeatedly, so that it cannot miss a call that begins late.
 class cLimit {
   public:
     cLimit() {
         struct sigaction action {};
-        action.sa_handler = nothing; // and calls are not taken up again
+        action.sa_handler = nothing; // without SA_RESTART
         ::sigaction(SIGRTMIN, &action, nullptr);
         sigset_t set{};
         ::sigemptyset(&set);
@@ -48,9 +48,10 @@ class cLimit {
     bool is_made_ = false;
 };
 
-// That there is room is no promise: the program may write to the same pipe, and a terminal may
-// have room for a part alone. So no line is written without a limit. Who waits one moment in
-// `between_waits` at most is never late for the program, however slow the reader is.
+// Room in the pipe does not guarantee that a write succeeds: the program may write to the same
+// pipe, and a terminal may have room for only a part. So every write has a time limit. It waits at
+// most one moment in `between_waits`, so that the watch dog is never late for the program, however
+// slow the reader is.
 void put(std::string const &line) {
     static constinit std::chrono::steady_clock::time_point next_wait{};
     pollfd output{STDERR_FILENO, POLLOUT, 0};
@@ -64,7 +65,7 @@ void put(std::string const &line) {
 
 } // namespace
 
-void tell(std::string const &line) {
+void report(std::string const &line) {
     std::string shown = "qrv-watchdog: " + line;
     std::replace_if(
         shown.begin(), shown.end(),

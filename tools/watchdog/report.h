@@ -1,0 +1,23 @@
+#pragma once
+// Prints messages of the watch dog: lines on standard error that begin with "qrv-watchdog: ".
+//
+// A reader that is slow, or does not read, must not stop the watch dog. A line that can't be
+// written within a moment is dropped, and so are the following ones while there is no room.
+
+#include <stdexcept>
+#include <string>
+
+namespace watchdog {
+
+void report(std::string const &line); // control characters are shown as ?; cut at 1,000 bytes
+
+// "cannot bind the socket: Permission denied", for errno.
+std::string reason(std::string const &what, int error);
+
+// The watch dog itself can't continue.
+class cFailure : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+} // namespace watchdog
