@@ -30,8 +30,8 @@ struct cScan {
     std::optional<cPlace> open_comment; // an unclosed comment, which the scanner skips
 };
 
-cScan scan(std::string const &bytes);
-cScan scan(cTextTokens const &tokens); // of their text
+cScan scan_of(std::string const &bytes);
+cScan scan_of(cTextTokens const &tokens); // of their text
 
 // The comments before the first other token, with the separator after them: a blank, a line end or
 // an empty line. `map` belongs to `bytes`.
