@@ -113,7 +113,7 @@ class cText {
 };
 
 // Ignores bytes after the end, but not an unclosed comment, which is always reported.
-std::vector<cUnread> unread(cScan const &scan, cPlace end) {
+std::vector<cUnread> unread(cTextScan const &scan, cPlace end) {
     std::vector<cUnread> found;
     auto const add = [&](cPlace place, std::string const &text, bool to_the_end) {
         cat::ReadError error;
