@@ -651,7 +651,8 @@ class English(Tree):
         self.passes("check_english.py")
 
     def test_words_that_only_look_alike(self):
-        self.write("core/b.cpp", "// There is no file; it is no longer open. The value is none_of(x). Textual.\n")
+        self.write("core/b.cpp", "// There is no file; it is no longer open. The value is none_of(x). Textual.\n"
+                   "// Null if there is none. A lock that was left behind is removed. A text file is read.\n")
         self.passes("check_english.py")
 
     def test_only_files_below_a_path(self):

@@ -43,7 +43,7 @@ bool may_have_comments(std::string const &bytes) {
 }
 
 void report_lost_text(cReading const &reading, std::string const &bytes, cMessages &messages) {
-    cScan const found = may_have_comments(bytes) ? scan(bytes) : cScan();
+    cTextScan const found = may_have_comments(bytes) ? scan_of(bytes) : cTextScan();
     for (cComment const &comment : found.comments)
         messages.warning(comment.place,
                          "this comment is lost: " +

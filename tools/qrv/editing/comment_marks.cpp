@@ -138,7 +138,7 @@ void cCommentMarks::report_lost(bool head_is_written, cMessages &messages) const
             report(lines.place(span.begin), text_of(i), messages);
     }
     cPlace const after = lines.place(text_after_);
-    for (cComment const &comment : scan(bytes_.substr(text_after_)).comments)
+    for (cComment const &comment : scan_of(bytes_.substr(text_after_)).comments)
         report({comment.place.line + after.line - 1, comment.place.line == 1
                                                          ? comment.place.column + after.column - 1
                                                          : comment.place.column},

@@ -43,7 +43,7 @@ cPlace cStatements::place_of(cAttrLiteral const &token) const {
 
 // Reports comments, which the scanner skips, and bytes at which it stops. True if there are none.
 bool cStatements::report_unread(std::string const &text) {
-    cScan const found = scan(text);
+    cTextScan const found = scan_of(text);
     for (cComment const &comment : found.comments) {
         messages_.error(comment.place, "this comment would be lost: " + shortened(comment.text));
         messages_.note(comment.place, "leave it out; a string that contains // or /* needs quotes");

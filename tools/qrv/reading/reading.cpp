@@ -113,7 +113,7 @@ class cText {
 };
 
 // Ignores bytes after the end, but not an unclosed comment, which is always reported.
-std::vector<cUnread> unread(cScan const &scan, cPlace end) {
+std::vector<cUnread> unread(cTextScan const &scan, cPlace end) {
     std::vector<cUnread> found;
     auto const add = [&](cPlace place, std::string const &text, bool to_the_end) {
         cat::ReadError error;
@@ -222,7 +222,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     if (!found) reading.value = nullptr;
     std::vector<cUnread> bytes_unread;
     if (!found || !report.empty() || may_hide_errors(rules.tokens(), scan.end_offset()))
-        bytes_unread = unread(scan(rules.tokens()), end);
+        bytes_unread = unread(scan_of(rules.tokens()), end);
     bool const whole = bytes_unread.empty() && all_closed(report);
     std::vector<cMistake> mistakes = mistakes_of(bytes, bytes_unread, report.entries());
     if (messages.shows_all())

@@ -28,7 +28,7 @@ class cScanWalk {
   public:
     explicit cScanWalk(cTextTokens const &tokens) : tokens_(tokens), bytes_(tokens.bytes()) {}
 
-    cScan scan() {
+    cTextScan run() {
         for (cTextToken const &token : tokens_.all()) take(token, std::string(tokens_.text(token)));
         size_t const comment = bytes_.find("/*", offset_); // an unclosed one, which is not a token
         if (comment != std::string::npos)
@@ -68,7 +68,7 @@ class cScanWalk {
 
     cTextTokens const &tokens_;
     std::string const &bytes_;
-    cScan found_;
+    cTextScan found_;
     size_t offset_ = 0; // after the last token
     cPlace end_;        // the same as a position
     size_t stray_end_ = std::string::npos;
@@ -76,9 +76,9 @@ class cScanWalk {
 
 } // namespace
 
-cScan scan(cTextTokens const &tokens) { return cScanWalk(tokens).scan(); }
+cTextScan scan_of(cTextTokens const &tokens) { return cScanWalk(tokens).run(); }
 
-cScan scan(std::string const &bytes) { return scan(cTextTokens(bytes)); }
+cTextScan scan_of(std::string const &bytes) { return scan_of(cTextTokens(bytes)); }
 
 // Line ends of two characters become one character; other carriage returns stay.
 std::string head_of(std::string const &bytes, cat::SourceMap const &map) {

@@ -24,14 +24,14 @@ struct cStray {
     std::string text; // the text of the message
 };
 
-struct cScan {
+struct cTextScan {
     std::vector<cComment> comments;     // all closed comments, in order
     std::vector<cStray> strays;         // in order
     std::optional<cPlace> open_comment; // an unclosed comment, which the scanner skips
 };
 
-cScan scan(std::string const &bytes);
-cScan scan(cTextTokens const &tokens); // of their text
+cTextScan scan_of(std::string const &bytes);
+cTextScan scan_of(cTextTokens const &tokens); // of their text
 
 // The comments before the first other token, with the separator after them: a blank, a line end or
 // an empty line. `map` belongs to `bytes`.
