@@ -174,8 +174,8 @@ class cJsonWriter {
         try {
             put_text(nlohmann::json(text).dump());
         } catch (nlohmann::json::type_error const &error) {
-            std::string const text = error.what();
-            fail(text.substr(text.find("] ") + 2));
+            std::string const error_text = error.what();
+            fail(error_text.substr(error_text.find("] ") + 2));
         }
     }
 
