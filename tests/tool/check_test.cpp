@@ -1,5 +1,6 @@
 // `check`: every error of a file is reported once, at the position where a person would look.
 
+#include "tests/tool/terminal.h"
 #include "tests/tool/tool_run.h"
 
 #include <algorithm>
@@ -249,30 +250,20 @@ TEST_F(ToolCheck, shows_control_characters_as_numbers) {
 }
 
 TEST_F(ToolCheck, shows_the_line_and_a_marker_on_a_terminal) {
-    int const terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-    ASSERT_GE(terminal, 0);
-    ASSERT_EQ(::grantpt(terminal), 0);
-    ASSERT_EQ(::unlockpt(terminal), 0);
-    int const other_end = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
-    ASSERT_GE(other_end, 0);
+    tool_test::cTerminal const terminal;
     write("f", "{\n    a= 1;\n\tb-c= 2;\n}\n");
     EXPECT_EQ(run({"check", "f"}, {.prepare =
                                        [&] {
                                            ::setenv("NO_COLOR", "1", 1);
-                                           ::dup2(other_end, STDERR_FILENO);
+                                           ::dup2(terminal.descriptor(), STDERR_FILENO);
                                        }})
                   .status,
               1);
-    char shown[1000];
-    ssize_t const size = ::read(terminal, shown, sizeof shown);
-    ::close(other_end);
-    ::close(terminal);
-    EXPECT_EQ(std::string(shown, static_cast<size_t>(std::max<ssize_t>(size, 0))),
-              "f:3:2: error: Missing delimiter after: b [0x40000002]\r\n"
-              "     3 | \tb-c= 2;\r\n"
-              "       | \t^\r\n"
-              "f:3:2: note: a key with a dash needs quotes: \"b-c\"\r\n"
-              "f:3:2: note: 6 more errors follow from it\r\n");
+    EXPECT_EQ(terminal.printed(), "f:3:2: error: Missing delimiter after: b [0x40000002]\r\n"
+                                  "     3 | \tb-c= 2;\r\n"
+                                  "       | \t^\r\n"
+                                  "f:3:2: note: a key with a dash needs quotes: \"b-c\"\r\n"
+                                  "f:3:2: note: 6 more errors follow from it\r\n");
 }
 
 TEST_F(ToolCheck, counts_the_errors_that_follow_from_another) {

@@ -1,45 +1,16 @@
 // Output that appears only on a terminal: colours, and progress with a large file.
 
 #include "tests/support/sanitized.h"
+#include "tests/tool/terminal.h"
 #include "tests/tool/tool_run.h"
 
 #include <sys/resource.h>
 
 using tool_test::cRun;
+using tool_test::cTerminal;
 using tool_test::times;
 
 namespace {
-
-// A terminal that records its output.
-class cTerminal {
-  public:
-    cTerminal() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-        EXPECT_EQ(::grantpt(master_), 0);
-        EXPECT_EQ(::unlockpt(master_), 0);
-        slave_ = ::open(::ptsname(master_), O_RDWR | O_NOCTTY | O_CLOEXEC);
-        EXPECT_GE(slave_, 0);
-    }
-    cTerminal(cTerminal const &) = delete;
-    cTerminal &operator=(cTerminal const &) = delete;
-    ~cTerminal() {
-        ::close(slave_);
-        ::close(master_);
-    }
-
-    int descriptor() const { return slave_; }
-    // Up to 4,000 characters; the terminal converts a line feed to a carriage return and a line
-    // feed.
-    std::string printed() const {
-        char text[4096];
-        ssize_t count = 0;
-        ::fcntl(master_, F_SETFL, O_NONBLOCK);
-        count = ::read(master_, text, sizeof text);
-        return {text, static_cast<size_t>(std::max<ssize_t>(count, 0))};
-    }
-
-  private:
-    int master_, slave_ = -1;
-};
 
 class ToolTerminal : public tool_test::Tool {
   protected:
