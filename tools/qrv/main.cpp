@@ -17,9 +17,9 @@
   gnu::used]] static void (*const before_static_code)() = end_when_memory_ends;
 
 int main(int argc, char **argv) {
-    fill_standard_descriptors();
-    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is reported by the exit code
-    sig_idle();                    // the start-up text is not printed
+    fill_standard_descriptors(O_WRONLY, O_RDONLY); // using them fails
+    std::signal(SIGPIPE, SIG_IGN);                 // a closed pipe is reported by the exit code
+    sig_idle();                                    // the start-up text is not printed
     cConsoleDisplay const messages(STDERR_FILENO);
     try {
         return run_command_line(argc, argv);

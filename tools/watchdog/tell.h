@@ -5,15 +5,14 @@
 // after: a line that can't be written within a moment is dropped, and so are those behind it that
 // find no room.
 
+#include "tools/system.h"
+
 #include <stdexcept>
 #include <string>
 
 namespace watchdog {
 
 void tell(std::string const &line); // control characters are shown as ?; cut at 1,000 bytes
-
-// "cannot bind the socket: Permission denied", for errno.
-std::string reason(std::string const &what, int error);
 
 // The watch dog itself can't go on.
 class cFailure : public std::runtime_error {
