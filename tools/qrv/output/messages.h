@@ -18,6 +18,7 @@ constexpr size_t longest_path = 120; // of characters in a message
 
 // The text cut in the middle, between characters, where it is longer.
 std::string shortened(std::string const &text, size_t longest = longest_path);
+std::string quoted(std::string const &text); // shortened, in single quotes
 
 // The text with that path in it shortened.
 std::string with_short_path(std::string text, std::string const &path);
