@@ -4,12 +4,15 @@
 // tree as deep as references make it, with more paths than could be counted, costs its size and
 // that of the paths asked for.
 
-#include "qrv/core/cobj.h"
+#include "qrv/containers/cmapobj.h"
 
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
+
+// The entries of a container, or of an object of a declared type; null for other values.
+cMapObj const *as_map(objref const &value);
 
 class cSharing {
   public:
