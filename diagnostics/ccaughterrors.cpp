@@ -2,6 +2,9 @@
 
 #include "diagnostics/ccout_state.h"
 #include "diagnostics/cerrline.h"
+#include "qrv/diagnostics/ccout.h"
+
+#include <ostream>
 
 constinit cat::ErrorTaker *cat::ErrorTaker::innermost_ = nullptr;
 
@@ -47,4 +50,8 @@ void cat::error_line(std::string const &text) { error_line(cErr(0, text)); }
 
 bool cat::line_is_taken(std::string const &text) {
     return ErrorTaker::any() && ErrorTaker::offer(cErr(0, text), ErrorTaker::Route::line);
+}
+
+void cat::put_error_line(std::string const &text) {
+    if (!line_is_taken(text)) std_err() << text << std::endl;
 }

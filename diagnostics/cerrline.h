@@ -12,4 +12,6 @@ void error_line(std::string const &text); // of other kind
 
 // Is a line taken that reports of readings don't take? Else the caller prints it.
 bool line_is_taken(std::string const &text);
+// Prints it unless it is taken.
+void put_error_line(std::string const &text);
 } // namespace cat

@@ -6,12 +6,11 @@
 #include "qrv/diagnostics/cfilesearch.h"
 
 #include "base/cfilename_number.h"
+#include "base/cnumber.h"
 #include "diagnostics/cerrline.h"
 #include "qrv/base/cfilename.h"
 #include "qrv/base/platform/cplatform.h"
-#include "qrv/diagnostics/ccout.h"
 
-#include <charconv>
 #include <initializer_list>
 
 namespace {
@@ -26,14 +25,7 @@ std::string text_of(char const *text) { return text ? text : ""; }
 // Parses white space, then a number of at most four characters including its sign.
 bool read_number(std::string_view text, int &number) {
     auto const begin = text.find_first_not_of(" \t\n\v\f\r");
-    if (begin == text.npos) return false;
-    text = text.substr(begin, number_width);
-    bool const negative = text.front() == '-';
-    if (negative || text.front() == '+') text.remove_prefix(1);
-    if (text.empty() || text.front() < '0' || text.front() > '9') return false;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    if (negative) number = -number;
-    return true;
+    return begin != text.npos && cat::parse_unsigned(text.substr(begin, number_width), number);
 }
 
 // The folder of the program's own file, with its separator; queried until it is known.
@@ -61,8 +53,7 @@ bool find(std::string const &candidate, std::initializer_list<char const *> fold
 char const *search(std::string const &candidate, std::initializer_list<char const *> folders,
                    bool complain) {
     if (find(candidate, folders)) return found->c_str();
-    if (complain && !cat::line_is_taken("could not open: " + candidate))
-        cat::std_err() << "could not open: " << candidate << std::endl;
+    if (complain) cat::put_error_line("could not open: " + candidate);
     return nullptr;
 }
 
@@ -75,8 +66,7 @@ bool fNextReadName(char const *name, std::string prev, std::string &out, int &co
     out = series;
     auto const place = out.find(ending);
     if (place == out.npos) {
-        constexpr char const *line = "other format required";
-        if (!cat::line_is_taken(line)) cat::std_err() << line << std::endl;
+        cat::put_error_line("other format required");
         return false;
     }
     int number = 0;

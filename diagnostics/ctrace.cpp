@@ -35,10 +35,24 @@ class cTraceRule : public cShared {
 using cTraceRules = std::vector<cRef<cTraceRule>>;
 
 constinit cTraceRules *rules = nullptr;
-constinit cTraceStream *first_stream = nullptr;
-constinit cTraceStream *last_stream = nullptr;
-constinit cTracer *first_tracer = nullptr;
-constinit cTracer *last_tracer = nullptr;
+
+// All objects of a class in order of creation. Two members of each are its neighbours.
+template <class T> struct cList {
+    void enter(T &one, T *T::*prev, T *T::*next) {
+        one.*prev = last;
+        (last ? last->*next : first) = &one;
+        last = &one;
+    }
+    void leave(T const &one, T *T::*prev, T *T::*next) {
+        (one.*prev ? (one.*prev)->*next : first) = one.*next;
+        (one.*next ? (one.*next)->*prev : last) = one.*prev;
+    }
+
+    T *first = nullptr, *last = nullptr;
+};
+
+constinit cList<cTraceStream> all_streams;
+constinit cList<cTracer> all_tracers;
 
 std::shared_ptr<std::ostream> stream_beside(std::ostream const &other) {
     auto os = std::make_shared<std::ostream>(other.rdbuf());
@@ -126,25 +140,22 @@ cTraceStream &cTraceStream::operator=(cTraceStream const &other) {
 }
 
 cTraceStream::~cTraceStream() {
-    (prev_ ? prev_->next_ : first_stream) = next_;
-    (next_ ? next_->prev_ : last_stream) = prev_;
+    all_streams.leave(*this, &cTraceStream::prev_, &cTraceStream::next_);
 }
 
 void cTraceStream::enter_list() {
-    prev_ = last_stream;
-    (prev_ ? prev_->next_ : first_stream) = this;
-    last_stream = this;
+    all_streams.enter(*this, &cTraceStream::prev_, &cTraceStream::next_);
 }
 
 cRef<cTraceStream> cTraceStream::open(std::string const &name) {
     std::string const wanted = stream_name(name);
-    for (cTraceStream *stream = first_stream; stream; stream = stream->next_)
+    for (cTraceStream *stream = all_streams.first; stream; stream = stream->next_)
         if (stream->name_ == wanted) return cRef<cTraceStream>::share(stream);
     return make<cTraceStream>(wanted);
 }
 
 void cTraceStream::detach(std::streambuf const *buffer) {
-    for (cTraceStream *stream = first_stream; stream; stream = stream->next_)
+    for (cTraceStream *stream = all_streams.first; stream; stream = stream->next_)
         if (stream->os_->rdbuf() == buffer) stream->os_->rdbuf(nullptr);
 }
 
@@ -159,7 +170,7 @@ void cSetTracing(std::string const &spec) {
         rest.remove_prefix(token.size());
         set_rules(token); // RE-ENTERS if a file cannot be opened
     }
-    for (cTracer *tracer = first_tracer; tracer; tracer = tracer->next_) tracer->apply_rules();
+    for (cTracer *tracer = all_tracers.first; tracer; tracer = tracer->next_) tracer->apply_rules();
 }
 
 void cat::clear_trace_rules() { delete std::exchange(rules, nullptr); }
@@ -184,16 +195,9 @@ cTracer &cTracer::operator=(cTracer const &other) {
     return *this;
 }
 
-cTracer::~cTracer() {
-    (prev_ ? prev_->next_ : first_tracer) = next_;
-    (next_ ? next_->prev_ : last_tracer) = prev_;
-}
+cTracer::~cTracer() { all_tracers.leave(*this, &cTracer::prev_, &cTracer::next_); }
 
-void cTracer::enter_list() {
-    prev_ = last_tracer;
-    (prev_ ? prev_->next_ : first_tracer) = this;
-    last_tracer = this;
-}
+void cTracer::enter_list() { all_tracers.enter(*this, &cTracer::prev_, &cTracer::next_); }
 
 void cTracer::apply_rules() {
     cTraceRule const *const rule = rule_for(ident_);

@@ -3,6 +3,7 @@
 #include "qrv/base/csignal.h"
 
 #include "tests/base/call_log.h"
+#include "tests/support/broken.h"
 
 #include <gtest/gtest.h>
 
@@ -24,19 +25,6 @@ struct cRingProbe {
 };
 
 namespace {
-
-// Sets a value until the end of its scope.
-template <class T> class Broken {
-  public:
-    Broken(T &place, T value) : place_(place), kept_(place) { place = value; }
-    Broken(Broken const &) = delete;
-    Broken &operator=(Broken const &) = delete;
-    ~Broken() { place_ = kept_; }
-
-  private:
-    T &place_;
-    T kept_;
-};
 
 class RingRules : public testing::Test {
   protected:

@@ -10,6 +10,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <sstream>
 
@@ -18,7 +19,7 @@ namespace {
 class HandleEdge : public QrvTest {};
 class Handle : public QrvTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 objref vector_of(std::initializer_list<int> numbers) {
     objref v = make<cVectorObj>();

@@ -13,11 +13,12 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 #include "tests/support/types.h"
 
 namespace {
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 specref required(cTypeObj *type = nullptr) {
     return specref::adopt(new cAttspec(asf_required, type));

@@ -4,13 +4,14 @@
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 namespace {
 
 class SpecificationEdge : public QrvTest {};
 class Specification : public QrvTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 int bits(cAttspec const &spec) { return spec.flags_of(asf_all); }
 

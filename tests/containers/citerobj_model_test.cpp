@@ -7,6 +7,7 @@
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <algorithm>
 #include <random>
@@ -16,7 +17,7 @@ namespace {
 class CursorModel : public QrvTest {};
 class CursorClaim : public QrvTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 // Returns its argument: assigning an object to itself without a compiler's warning.
 cIterObj &self(cIterObj &it) { return it; }

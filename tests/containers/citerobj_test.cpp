@@ -7,6 +7,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <concepts>
 
@@ -15,7 +16,7 @@ namespace {
 class CursorEdge : public QrvTest {};
 class Cursor : public QrvTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 // {a: 1, b: 2, c: 3}
 cRef<cMapObj> abc() {

@@ -2,6 +2,7 @@
 #include "tests/containers/signal_objects.h"
 
 #include "qrv/containers/cvectorobj.h"
+#include "tests/support/objects.h"
 
 #include <stdexcept>
 
@@ -10,7 +11,7 @@ namespace {
 class ChangedEdge : public SignalObjTest {};
 class Changed : public SignalObjTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 bool bad_assign(cObj &) { return true; }
 

@@ -4,13 +4,12 @@
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ctypes.h"
+#include "tests/support/objects.h"
 
 inline specref spec_of(int flags, cTypeObj *type = nullptr) {
     return specref::adopt(new cAttspec(flags, type));
 }
-inline specref spec_with(objref const &value, int flags = 0) {
-    return specref::adopt(new cAttspec(value, flags));
-}
+using test::spec_with;
 
 // A type whose objects are cMapObj, with its own methods.
 struct cOwnType {

@@ -6,6 +6,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 namespace {
 
@@ -50,7 +51,7 @@ class cSingle : public cExeObj {
     objref oexecute() const override { return cat::of(42); }
 };
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 } // namespace
 

@@ -10,6 +10,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <functional>
 #include <sstream>
@@ -18,9 +19,9 @@ namespace {
 
 class Hostile : public QrvTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
-template <class T> T &val(objref const &ref) { return static_cast<cObjDR<T> &>(*ref).val(); }
+using test::val;
 
 // Runs an action in its destructor.
 class cLastWish : public cObjD<int> {
@@ -47,7 +48,7 @@ class cDyingMember : public cExeMember {
     std::function<void()> wish_;
 };
 
-bool accept(cObj &, objref &) { return true; }
+using test::accept;
 bool accept_other(cObj &, objref &) { return true; }
 bool accept_three(cObj &, objref &, objref &) { return true; }
 

@@ -7,13 +7,14 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 namespace {
 
 class MemberEdge : public QrvTest {};
 class Member : public QrvTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 bool assign_nothing(cObj &, objref &) { return true; }
 

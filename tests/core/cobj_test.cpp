@@ -10,6 +10,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <iomanip>
 #include <sstream>
@@ -33,7 +34,7 @@ class cForgiver {
     cSlot1<cForgiver, cErr &> slot_;
 };
 
-template <class T> T &val(objref const &ref) { return static_cast<cObjDR<T> &>(*ref).val(); }
+using test::val;
 
 } // namespace
 

@@ -17,6 +17,7 @@
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
 #include "tests/support/numbers.h"
+#include "tests/support/objects.h"
 
 #include <functional>
 #include <sstream>
@@ -30,7 +31,7 @@ class Untyped : public QrvTest {
     static void TearDownTestSuite() { cat::drop_signal_types(); }
 };
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 // A result as text. `x` is the object of the operation.
 std::string shown(bool result, objref const &) { return result ? "true" : "false"; }

@@ -6,6 +6,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <limits>
 #include <sstream>
@@ -15,9 +16,9 @@ namespace {
 class ValueEdge : public QrvTest {};
 class Value : public QrvTest {};
 
-template <class T> T &val(objref const &ref) { return static_cast<cObjDR<T> &>(*ref).val(); }
+using test::val;
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 constexpr int lowest = std::numeric_limits<int>::min();
 

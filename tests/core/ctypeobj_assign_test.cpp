@@ -6,14 +6,15 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 namespace {
 
 class AssignType : public QrvTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
-bool accept(cObj &, objref &) { return true; }
+using test::accept;
 bool refuse(cObj &, objref &) { return false; }
 objref none(objref) { return cat::nil(); }
 

@@ -7,6 +7,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <limits>
 
@@ -17,16 +18,16 @@ class Type : public QrvTest {};
 class TypeMemberEdge : public QrvTest {};
 class TypeMember : public QrvTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 bool convert_a(cObj &, objref &) { return true; }
 bool convert_b(cObj &, objref &) { return false; }
 
-objref no_args() { return cat::nil(); }
+using test::no_args;
 objref one_arg(objref) { return cat::nil(); }
 objref two_args(objref, objref) { return cat::nil(); }
 objref three_args(objref, objref, objref) { return cat::nil(); }
-bool procedure_1(cObj &) { return true; }
+using test::procedure_1;
 bool procedure_2(cObj &, objref &) { return true; }
 bool procedure_3(cObj &, objref &, objref &) { return true; }
 

@@ -12,6 +12,7 @@
 #include "qrv/core/cobjd.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <gmock/gmock.h>
 
@@ -20,7 +21,7 @@ namespace {
 class RegistryEdge : public QrvTest {};
 class Registry : public QrvTest {};
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 std::string keys_of(cMapObj &map) {
     std::string all;

@@ -15,6 +15,7 @@
 #include "qrv/text/read/creadreport.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 #include "tests/support/sanitized.h"
 
 #include <fstream>
@@ -30,13 +31,9 @@ class TypeScopes : public QrvTest {
     ~TypeScopes() override { EXPECT_EQ(cat::broken_registry_rule(), ""); }
 };
 
-objref read(std::string const &text) {
-    objref value;
-    EXPECT_EQ(cObj::readobj(text.c_str(), value), 0) << text;
-    return value;
-}
+using test::read;
 
-bool is_known(char const *name) { return &cat::find_type(name) != &cat::type_nil(); }
+using test::is_known;
 
 std::string text_of(objref const &value) { return cat::as_text(value); }
 

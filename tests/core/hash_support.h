@@ -6,6 +6,7 @@
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
+#include "tests/support/objects.h"
 
 #include <functional>
 #include <map>
@@ -59,7 +60,7 @@ struct cAttrHashProbe {
     static cAttrNode *copy(cAttrNode const &node) { return new cAttrNode(node); }
 };
 
-template <class T> T &val(objref const &ref) { return static_cast<cObjDR<T> &>(*ref).val(); }
+using test::val;
 
 // A key or value in short: 5, "a", 1.5d, nil, null, or the type's name.
 inline std::string short_text(objref const &ref) {

@@ -17,6 +17,7 @@
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 #include "tests/support/types.h"
 #include "text/read/cscan_text.h"
 
@@ -67,7 +68,7 @@ bool is_among(cErrors const &errors, cErrText const &wanted) {
     return false;
 }
 
-objref key(char const *text) { return own_key(std::string(text)); }
+using test::key;
 
 void read_whole(std::string const &text) {
     std::istringstream is(text);
@@ -92,9 +93,7 @@ void read_container(std::string const &text) {
 
 void set_by_path(std::string const &text) { read("{a= {}; n= 1; }")->setattrp(text, false); }
 
-specref spec_with(objref const &value, int flags) {
-    return specref::adopt(new cAttspec(value, flags));
-}
+using test::spec_with;
 
 // A map whose attribute "a" has this specification.
 cRef<cMapObj> specified(specref const &spec) {
@@ -118,17 +117,13 @@ cTypeObj &add_type(char const *name, cFunction1 newobj, bool readable = true) {
     return *type;
 }
 
-objref new_bad(objref) { return cat::bad(); }
-objref new_throwing(objref) { throw std::runtime_error("no"); }
+using test::new_bad, test::new_throwing, test::new_own, test::no_args, test::procedure_1;
 objref new_const_int(objref) {
     objref const number = cat::of(1);
     number->setflags(of_const);
     return number;
 }
-bool procedure_1(cObj &) { return true; }
-objref no_args() { return cat::nil(); }
 objref new_map(objref) { return make<cMapObj>(); }
-objref new_own(objref type) { return make<cMapObj>(dynamic_cast<cTypeObj *>(type.get()), true); }
 bool throwing_assign(cObj &, objref &) { throw cErr(0x40000000, "refused"); }
 
 // The type of the object reads its text by scan_attrcopy.

@@ -9,6 +9,7 @@
 #include "qrv/text/write/cexacttext.h"
 #include "qrv/text/write/cwriter.h"
 #include "tests/support/fixture.h"
+#include "tests/support/strings.h"
 
 #include <gtest/gtest.h>
 
@@ -83,11 +84,7 @@ std::string const bus = R"(// The bus.
 // the end
 )";
 
-std::string with(std::string text, std::string const &from, std::string const &to) {
-    size_t const at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    return text.replace(at, from.size(), to);
-}
+using test::with;
 
 TEST_F(Edit, a_change_that_changes_nothing_leaves_every_byte) {
     EXPECT_EQ(set(bus, "baud = 9600"), bus);

@@ -12,6 +12,7 @@
 #include "qrv/text/write/cwriter.h"
 #include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <gtest/gtest.h>
 
@@ -20,11 +21,7 @@ namespace {
 using qrv::edit::BrokenRule;
 using qrv::edit::Rule;
 
-objref read(std::string const &text) {
-    objref value;
-    EXPECT_EQ(cObj::readobj(text.c_str(), value), 0) << text;
-    return value;
-}
+using test::read;
 
 std::string text_of(objref const &value) {
     if (!value) return "-";

@@ -4,6 +4,7 @@
 
 #include "qrv/core/cobjd.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 
 #include <gtest/gtest.h>
 
@@ -14,11 +15,7 @@ namespace {
 using qrv::edit::Snapshot;
 using qrv::edit::WasEntry;
 
-objref read(std::string const &text) {
-    objref value;
-    EXPECT_EQ(cObj::readobj(text.c_str(), value), 0) << text;
-    return value;
-}
+using test::read;
 
 class Snapshots : public QrvTest {};
 

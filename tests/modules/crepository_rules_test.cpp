@@ -1,6 +1,7 @@
 // The rule checker of repository lists: each test breaks one rule and repairs it.
 
 #include "qrv/modules/crepository.h"
+#include "tests/support/broken.h"
 
 #include <gtest/gtest.h>
 
@@ -22,18 +23,6 @@ struct cRepositoryProbe {
 };
 
 namespace {
-
-template <class T> class Broken {
-  public:
-    Broken(T &place, T value) : place_(place), kept_(place) { place = value; }
-    Broken(Broken const &) = delete;
-    Broken &operator=(Broken const &) = delete;
-    ~Broken() { place_ = kept_; }
-
-  private:
-    T &place_;
-    T kept_;
-};
 
 using Probe = cRepositoryProbe;
 

@@ -1,7 +1,9 @@
-// Compares files of text with the expected results:
+// Compares files of text with the expected results; a new case needs files only:
 //   <case>.attr   read, with its comments
+//   <case>.tree   the values then, one a line: PATH TYPE VALUE, see cTree
 //   <case>.out    the text written then, byte for byte
 //   <case>.err    the errors of reading, one a line: LINE:COLUMN CODE PATH TEXT (optional)
+// A case has a tree, an output or both. The cases *grammar_* have one line of the grammar each.
 // The output must be readable without an error, give the same tree and be written the same again.
 // This is not checked for cases whose name begins with "lossy": for these only exact text is read
 // again. Every case is also written as exact text, which must read as the same tree.
@@ -9,17 +11,21 @@
 #include "tests/support/paths.h"
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
 #include "qrv/text/write/cexacttext.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <locale>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -54,6 +60,67 @@ class cNewTypes {
         return all;
     }
     std::set<std::string> before_;
+};
+
+// A line for each value, the outermost first, which is at the path /:
+//   /a/0 int 5           a key that is a string in quotes, unless it is a name
+//   /b string "x y"      without escapes
+//   /c map               its entries follow
+//   /d constant #nil
+//   /e is /c             the same object
+// Of any other value, the written form follows the type.
+class cTree {
+  public:
+    static std::string text(objref const &value) {
+        cTree tree;
+        tree.add("", value);
+        return tree.text_;
+    }
+
+  private:
+    void add(std::string const &path, objref const &value) {
+        text_ += (path.empty() ? "/" : path) + ' ' + described(path, value) + '\n';
+        if (!inside_) return;
+        cAttrHash const &hash = inside_->datamap();
+        for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
+            add(path + '/' + key(node->key()), node->valref());
+    }
+
+    // Sets inside_ to a container whose entries come next.
+    std::string described(std::string const &path, objref const &value) {
+        inside_ = nullptr;
+        if (!value) return "null";
+        if (cat::find_const(value.get())) return "constant " + cat::as_text(value);
+        auto const [known, is_new] = paths_.try_emplace(value.get(), path.empty() ? "/" : path);
+        if (!is_new) return "is " + known->second;
+        inside_ = dynamic_cast<cMapObj const *>(value.get());
+        std::string const type = value->type().name();
+        return inside_ ? type : type + ' ' + scalar(value);
+    }
+
+    static std::string key(objref const &key) {
+        bool const is_name =
+            &key->type() != &cat::type_string() || cat::is_ident(cat::as_string(key));
+        return is_name ? scalar(key, "") : scalar(key);
+    }
+
+    static std::string scalar(objref const &value, char const *quote = "\"") {
+        if (&value->type() == &cat::type_string()) return quote + cat::as_string(value) + quote;
+        if (auto const *const number = dynamic_cast<cObjDR<double> const *>(value.get()))
+            return digits(number->val());
+        if (auto const *const number = dynamic_cast<cObjDR<float> const *>(value.get()))
+            return digits(number->val());
+        return cat::as_text(value);
+    }
+
+    template <class T> static std::string digits(T number) {
+        char text[64];
+        return {text, std::to_chars(text, text + sizeof text, number).ptr};
+    }
+
+    std::string text_;
+    cMapObj const *inside_ = nullptr;
+    std::map<cObj const *, std::string> paths_;
 };
 
 class Data : public QrvTest, public ::testing::WithParamInterface<std::string> {
@@ -103,15 +170,22 @@ class Data : public QrvTest, public ::testing::WithParamInterface<std::string> {
 
 } // namespace
 
-TEST_P(Data, is_written_as_in_its_file) {
+TEST_P(Data, is_read_and_written_as_in_its_files) {
     std::string errors, plain, exact;
     objref value;
     cNewTypes const types;
+    std::string const tree = file("tree"), out = file("out");
+    EXPECT_FALSE(tree.empty() && out.empty());
     value = read(file("attr"), errors);
     EXPECT_EQ(errors, file("err"));
     ASSERT_TRUE(value);
+    if (!tree.empty()) {
+        EXPECT_EQ(cTree::text(value), tree);
+    }
     plain = write(value);
-    EXPECT_EQ(plain, file("out"));
+    if (!out.empty()) {
+        EXPECT_EQ(plain, out);
+    }
     if (GetParam().rfind("lossy", 0) != 0) comes_back(value, plain);
     cat::ExactText const guard;
     exact = write(value);

@@ -35,12 +35,6 @@ inline cInput piece_input(std::string const &text, std::size_t piece) {
     return input;
 }
 
-struct cPresentScan : cAttrScanner {
-    using cAttrScanner::cAttrScanner;
-    using cAttrScanner::gettoken;
-    using cAttrScanner::next_token;
-};
-
 // The state that another reader of the stream would see.
 inline std::string state_of(std::istream &in) {
     auto const place = in.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
@@ -153,7 +147,7 @@ class cBeside {
 
     cInput present_;
     cInput former_;
-    cPresentScan now_;
+    Scan now_;
     former::cScanner then_;
     cAttrLiteral const *literal_ = nullptr; // once it was requested
 };

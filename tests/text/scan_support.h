@@ -17,6 +17,7 @@ namespace test {
 struct Scan : cAttrScanner {
     using cAttrScanner::cAttrScanner;
     using cAttrScanner::gettoken;
+    using cAttrScanner::read_enclosed;
 };
 
 // "Int(-5)" or, for a single character, "45(-)".

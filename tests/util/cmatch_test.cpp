@@ -4,6 +4,7 @@
 #include "qrv/util/cmatch.h"
 
 #include "tests/support/fixture.h"
+#include "tests/support/strings.h"
 
 #include <climits>
 #include <random>
@@ -14,11 +15,7 @@
 
 namespace {
 
-std::string times(std::string const &text, size_t count) {
-    std::string all;
-    for (size_t i = 0; i < count; ++i) all += text;
-    return all;
-}
+using test::times;
 
 int longest(std::string const &text, std::string const &pattern) {
     return cMatch(text.c_str(), pattern.c_str(), false);

@@ -11,7 +11,6 @@
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
-#include "qrv/diagnostics/ccout.h"
 #include "qrv/text/read/cattrscan.h"
 #include "text/file/cfile_scan.h"
 #include "text/read/creader_session.h"
@@ -27,11 +26,6 @@ namespace {
 constexpr char const *signature_lines = "// Platform Quorvanta(R), Attributes version 2.0\n"
                                         "// by the Quorvanta developers\n"
                                         "\n";
-
-void print_error(char const *text, char const *name) {
-    std::string const line = std::string(text) += name;
-    if (!cat::line_is_taken(line)) cat::std_err() << line << std::endl;
-}
 
 std::string::size_type first_black(std::string const &text) {
     auto const at = std::find_if_not(text.begin(), text.end(), is_space);
@@ -51,7 +45,7 @@ template <class Read> bool scan_file(char const *name, Read const &read) {
 bool write2file(cObj const &obj, char const *name, bool signature) {
     if (!name) name = "";
     if (!cat::can_write_file(name)) {
-        print_error("Cannot open file for write: ", name);
+        cat::put_error_line(std::string("Cannot open file for write: ") += name);
         return false;
     }
     std::ostringstream os;
@@ -84,18 +78,18 @@ bool file2map(char const *name, cMapObj &map) {
 
 std::string cat::file2string(char const *name) {
     if (!name) {
-        print_error("No file pointer in file2string", "");
+        cat::put_error_line("No file pointer in file2string");
         return {};
     }
     std::ifstream in;
     in.imbue(std::locale::classic());
     in.open(name, std::ios::in | std::ios::binary);
     if (!in.is_open() || cat::is_directory(name)) {
-        print_error(err_file_not_opened.text, name);
+        cat::put_error_line(std::string(err_file_not_opened.text) += name);
         return {};
     }
     std::string text;
-    if (!read_rest(in, text)) print_error("Read error in file: ", name);
+    if (!read_rest(in, text)) cat::put_error_line(std::string("Read error in file: ") += name);
     return text;
 }
 

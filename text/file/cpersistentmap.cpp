@@ -11,7 +11,6 @@
 #include "qrv/base/cfilename.h"
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/core/ctypes.h"
-#include "qrv/diagnostics/ccout.h"
 #include "qrv/text/file/cfile.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
@@ -23,27 +22,20 @@ namespace {
 
 constexpr int most_kept = 99;
 
-void print_error(char const *text, std::string const &name) {
-    if (!cat::line_is_taken(text + name)) cat::std_err() << text << name << std::endl;
-}
-
-// The end of the file. For a scanner NUL and bytes from 128 on are the end of input too.
-bool is_end(cAttrLiteral const &token) { return token.code == tkEof && token.text.empty(); }
-
 // Is the end reached, but for comments and one separator?
 bool at_end(cAttrScan &scan) {
     cat::ReadReport const quiet; // discards errors in the text after the value
     scan.return_com(false);
     int const token = scan.gettok();
-    if (token == ';' || token == ',') scan.gettok();
-    return is_end(scan.token());
+    if (cat::is_separator(token)) scan.gettok();
+    return cat::is_end(scan.token());
 }
 
 // Would writing `value`, or an empty map for null, lose what the scan has read?
 bool read_cleanly(cAttrScan &scan, int result, objref const &value) {
     if (scan.errcount() != 0) return false;
     if (result == 0 && (!cObj::is_map(value) || scan.token().code != '}')) return false;
-    if (result < 0 && !is_end(scan.token())) return false; // a bracket that closes nothing
+    if (result < 0 && !cat::is_end(scan.token())) return false; // a bracket that closes nothing
     return at_end(scan);
 }
 
@@ -95,11 +87,11 @@ void cPersistentMap::save() {
     bool const folder = cat::is_directory(name_);
     if (!folder && cat::is_read_only(name_)) cat::make_writable(name_);
     if (!cat::can_write_file(name_))
-        print_error("Cannot open file for write: ", name_);
+        cat::put_error_line("Cannot open file for write: " + name_);
     else if (damaged_ && !keep_damaged())
-        print_error("Cannot keep damaged file: ", name_);
+        cat::put_error_line("Cannot keep damaged file: " + name_);
     else if (!write2file(*map_, name_.c_str(), true))
-        print_error("Cannot write file: ", name_);
+        cat::put_error_line("Cannot write file: " + name_);
 }
 
 // A device or a pipe holds nothing to keep, and no file either.

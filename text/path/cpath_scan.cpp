@@ -17,7 +17,7 @@ void cPathScan::begin_path() {
 
 void cPathScan::begin_statement() {
     do scan_.gettok(token_);
-    while (token_.code == ';' || token_.code == ',');
+    while (cat::is_separator(token_.code));
     if (token_.code == '/') scan_.gettok(token_);
     scan_.gettok(follower_);
 }

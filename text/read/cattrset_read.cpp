@@ -57,7 +57,7 @@ class cValueReport {
     // Whether the created data exceeds the budget for the text that was read.
     bool too_much() {
         if (!cat::merge_exhausted()) return false;
-        std::string const path = text_state().shown_path(cat::ReadReport::current() != nullptr);
+        std::string const path = shown_path();
         begin_error(scan_, err_read_too_much) << path;
         scan_.about(place_.line, place_.column);
         scan_.fire();

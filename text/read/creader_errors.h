@@ -18,6 +18,9 @@ static_assert(asr_of(err_read_value_unknown) == cAttrScan::asrUnknownType);
 static_assert(asr_of(err_read_no_newobj) == cAttrScan::asrType);
 static_assert(asr_of(err_read_separator) == cAttrScan::asrSeparator);
 
+// The path of the current value for an error. For a report a long one is shortened.
+std::string shown_path();
+
 inline cErrStream &begin_error(cAttrScan &scan, cErrText const &error) {
     bool const with_path = error.head == cErrHead::path;
     cErrStream &err = with_path ? scan.errp(asr_of(error)) : scan.errs(asr_of(error));

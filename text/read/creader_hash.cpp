@@ -14,22 +14,10 @@
 #include "text/state/cchannels.h"
 
 #include <fstream>
-#include <locale>
 #include <sstream>
 #include <typeinfo>
 
 namespace {
-bool is_closing(int t) { return t == '}' || t == ']' || t == '>' || t == tkEof; }
-
-std::string shown_path() { return text_state().shown_path(cat::ReadReport::current() != nullptr); }
-
-std::string written(cObj const &value) {
-    std::ostringstream os;
-    os.imbue(std::locale::classic());
-    value.writeobj(os); // RUNS USER CODE
-    return os.str();
-}
-
 bool is_mergeable(objref const &value) { return cObj::is_map(value) || cObj::is_set(value); }
 
 // Whether reading a character runs no user code.
@@ -109,7 +97,7 @@ template <class... Parts> void cHashReader::fail(cErrText const &error, Parts co
 // or fails, nothing was read.
 cHashReader::cFast cHashReader::read_fast(objref &value, bool as_key) {
     int code = scan_.next();
-    if (code == ';' || code == ',') { // for example that of a previous container
+    if (cat::is_separator(code)) { // for example that of a previous container
         scan_.separator_passed_ = true;
         session_.runs().delimited(true);
         if (source_) source_->after(scan_.current());
@@ -178,7 +166,7 @@ void cHashReader::note_now() {
 
 // The closing bracket of the container, instead of a key or an item.
 bool cHashReader::closes(int code, bool as_key) {
-    bool const may_close = is_closing(code) && code != tkEof;
+    bool const may_close = cValueReader::ends_container(code) && code != tkEof;
     if (!may_close || !(listed_ || as_key)) return false;
     if (!state_.com_collected().empty()) return false;
     scan_.separator_passed_ = false;
@@ -285,7 +273,8 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
             return cNext::store;
         }
         cAboutValue const about_key(session_);
-        std::string const text = key->is_container() ? "" : "Key value: " + written(*key);
+        std::string const text =
+            key->is_container() ? "" : "Key value: " + cat::as_text(key); // RUNS USER CODE
         fail(err_read_key_type, cNamed::found(key->type().name()), "' is not defined", text);
         result = cAttrScan::asrSyntax;
     }
@@ -295,7 +284,7 @@ cHashReader::cNext cHashReader::read_key(cEntry &entry) {
     }
     entry.key_result = result;
     if (result == 0) entry.key = key;
-    return is_closing(delim_) ? cNext::store : cNext::value;
+    return cValueReader::ends_container(delim_) ? cNext::store : cNext::value;
 }
 
 // False at the end of a list.
@@ -352,7 +341,7 @@ void cHashReader::register_type(cEntry &entry) {
     if (!entry.value) entry.value = cat::bad();
     store(entry, session_.runs().errors());
     if (by_index) next_index();
-    session_.runs().delimited(cValueReader::is_separator(delim_));
+    session_.runs().delimited(cat::is_separator(delim_));
     return true;
 }
 
@@ -426,7 +415,7 @@ bool cHashReader::read_keyed(cEntry &entry) {
     if (!is_plain_entry(entry)) state_.settle();
     if (keyed && entry.result == 0) register_type(entry);
     objref const held = store(entry, errors);
-    session_.runs().delimited(cValueReader::is_separator(delim_));
+    session_.runs().delimited(cat::is_separator(delim_));
     if (state_.is_late())
         late_.stored(held);
     else if (keyed)
@@ -563,7 +552,7 @@ void cHashReader::report_unclosed(bool counted) {
 }
 
 int cHashReader::read() {
-    while (!is_closing(delim_) && read_entry()) continue;
+    while (!cValueReader::ends_container(delim_) && read_entry()) continue;
     note_now();
     if (delim_ == tkEof && hash_.empty()) {
         // A bracket alone is not an error here: the reader of values reports a vector's; a map's
@@ -591,7 +580,7 @@ int cHashReader::read_first(cAttrScan &scan, objref const &key, objref &value) {
     cReadingKey const value_now(false); // the list may be the text of a key
     int delim = 0;
     int const code = scan.scan_obj(value, &delim);
-    cReadSession::current()->runs().delimited(cValueReader::is_separator(delim));
+    cReadSession::current()->runs().delimited(cat::is_separator(delim));
     cLateEntries::pass();
     return code;
 }

@@ -256,13 +256,6 @@ int read_entries(cAttrScan &scan, objref const &key, objref &result, bool keep, 
     return good && rest && scan.errcount() == errors ? 0 : 1;
 }
 
-// For a scanner NUL and bytes from 128 on are the end of input too.
-template <class Token> bool is_end(Token const &token) {
-    return token.code == tkEof && token.text.empty();
-}
-
-bool is_separator(int code) { return code == ';' || code == ','; }
-
 // The token after a value that `delim` has ended, and after one separator. The reader has already
 // read the token after a scalar.
 cAttrLiteral token_after(cAttrScan &scan, int delim) {
@@ -270,7 +263,7 @@ cAttrLiteral token_after(cAttrScan &scan, int delim) {
         delim == '}' || delim == ']' || delim == '>' || delim == '=' || delim <= tkEof;
     scan.return_com(false); // a comment here belongs to no value
     if (!is_taken) scan.gettok();
-    if (!is_separator(delim) && is_separator(scan.token().code)) scan.gettok();
+    if (!cat::is_separator(delim) && cat::is_separator(scan.token().code)) scan.gettok();
     return scan.token();
 }
 } // namespace
@@ -288,7 +281,7 @@ void cat::scan_text(cAttrScan &scan, objref &result) {
         return scan.fire();
     }
     cAttrLiteral const next = is_list ? scan.token() : token_after(scan, delim);
-    if (is_end(next)) return;
+    if (cat::is_end(next)) return;
     begin_error(scan, err_read_text_behind) << cNamed::name(next.text);
     scan.about(next);
     scan.fire();

@@ -37,6 +37,8 @@ cat::ReadError entry_here(cErr const &error) {
 }
 } // namespace
 
+std::string shown_path() { return text_state().shown_path(cat::ReadReport::current() != nullptr); }
+
 void cat::keep_error_line(ReadReport &report, cErr const &error) {
     cErrorRuns::add(report, entry_here(error));
 }

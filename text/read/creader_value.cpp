@@ -16,6 +16,7 @@
 #include "qrv/core/ctypes.h"
 #include "qrv/core/ctypescope.h"
 #include "qrv/text/read/cattrscan.h"
+#include "qrv/text/write/cwriter.h"
 #include "text/read/creader_errors.h"
 #include "text/read/creader_hash.h"
 #include "text/read/creader_session.h"
@@ -30,22 +31,6 @@
 int cat::max_read_depth = 1000;
 
 bool cat::is_reading() noexcept { return cReadSession::current() != nullptr; }
-
-namespace {
-bool is_opening(int t) { return t == '(' || t == '<' || t == '[' || t == '{'; }
-bool is_closing(int t) { return t == '}' || t == ']' || t == '>' || t == tkEof; }
-
-std::string shown_path() { return text_state().shown_path(cat::ReadReport::current() != nullptr); }
-
-// The written form, created before an error is begun, since it may run user code.
-std::string written(objref const &value) {
-    if (!value) return {};
-    std::ostringstream os;
-    os.imbue(std::locale::classic());
-    value->writeobj(os);
-    return os.str();
-}
-} // namespace
 
 // --- one value ---
 
@@ -120,13 +105,13 @@ int cValueReader::next_token() {
     cErrorRuns &runs = cReadSession::current()->runs();
     for (int separators = std::exchange(scan_.separator_passed_, false);;) {
         int const t = scan_.gettok(first_);
-        if (is_separator(t)) {
+        if (cat::is_separator(t)) {
             if (source_) source_->delimiter(source_->begin_of(first_));
             if (++separators > 1) report(err_read_separator, cNamed::name(first_.text));
             runs.delimited(true);
             continue;
         }
-        if (is_closing(t)) return t;
+        if (ends_container(t)) return t;
         if ((t >= tkInt && t <= tkIdent) || t == tkBadIdent || t == '<' || t == '[' || t == '{') {
             runs.begin_value();
             return t;
@@ -143,7 +128,7 @@ int cValueReader::next_token() {
 int cValueReader::read() {
     int const t = next_token();
     end_ = t;
-    if (is_closing(t)) {
+    if (ends_container(t)) {
         scan_.note_object(nullptr);
         return -1;
     }
@@ -228,14 +213,14 @@ void cValueReader::expect_end(cErrText const &missing) {
     end_ = scan_.gettok(token);
     if (ends_value(end_)) return;
     text_state().settle();
-    report(missing, cNamed::name(written(value_)));
+    report(missing, cNamed::name(cat::as_text(value_)));
     scan_.ungettoken(token);
 }
 
 int cValueReader::read_unended() {
     cAttrLiteral const token(scan_.current());
     text_state().settle();
-    report(err_read_no_delimiter, cNamed::name(written(value_)));
+    report(err_read_no_delimiter, cNamed::name(cat::as_text(value_)));
     scan_.ungettoken(token);
     return 0;
 }
@@ -255,7 +240,7 @@ int cValueReader::read_literal() {
 int cValueReader::read_word() {
     cAttrLiteral token;
     int const t = scan_.gettok(token);
-    if (is_opening(t)) return read_typed(token);
+    if (cat::is_opening(t)) return read_typed(token);
     if (t != tkEof) scan_.ungettoken(token);
     value_ = cat::of(first_.text);
     scan_.note_object(value_);
@@ -478,14 +463,14 @@ int cAttrScan::read_to_delimiter(std::string const &set) {
     cAttrLiteral token;
     for (;;) {
         int const t = gettok(token);
-        if (cValueReader::is_separator(t) || t == tkEof) return t;
+        if (cat::is_separator(t) || t == tkEof) return t;
         if (t < 256 && set.find(static_cast<char>(t)) != std::string::npos) return t;
     }
 }
 
 void cAttrScan::read_to_endcontainer(int open) {
     cAttrLiteral token;
-    while (!is_opening(open)) {
+    while (!cat::is_opening(open)) {
         open = gettok(token);
         if (open == tkEof) return;
     }

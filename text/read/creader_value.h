@@ -20,11 +20,12 @@ class cValueReader {
     cValueReader &operator=(cValueReader const &) = delete;
     ~cValueReader() = default;
 
-    static bool is_separator(int token) { return token == ';' || token == ','; }
+    static bool ends_container(int token) {
+        return token == '}' || token == ']' || token == '>' || token == tkEof;
+    }
     // Whether this token can follow a value.
     static bool ends_value(int token) {
-        return is_separator(token) || token == '=' || token == '}' || token == ']' ||
-               token == '>' || token == tkEof;
+        return cat::is_separator(token) || token == '=' || ends_container(token);
     }
 
     // Runs these steps with everything that belongs to a value: nesting, session, exceptions.

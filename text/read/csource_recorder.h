@@ -85,7 +85,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     void begin(std::uint32_t offset);
     void literal(cToken const &token); // a value of one token begins and ends
     void after(cToken const &token) {  // the token after a value
-        if (token.code == ';' || token.code == ',') delimiter(begin_of(token));
+        if (cat::is_separator(token.code)) delimiter(begin_of(token));
     }
     void bracket(std::uint32_t offset, int code, std::uint32_t name_end = absent);
     void reference();

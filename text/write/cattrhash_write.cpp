@@ -514,9 +514,8 @@ void put_comment(cComposer &out, cObj const &obj) {
 }
 
 void report_error(cErr const &error) {
-    std::string const line =
-        "cErr during write of container, path='" + text_state().path() + "':\n" + error.as_string();
-    if (!cat::line_is_taken(line)) cat::std_err() << line << std::endl;
+    cat::put_error_line("cErr during write of container, path='" + text_state().path() + "':\n" +
+                        error.as_string());
 }
 
 void try_report_unwritable(std::string const &path) {

@@ -17,9 +17,9 @@
   gnu::used]] static void (*const before_static_code)() = end_when_memory_ends;
 
 int main(int argc, char **argv) {
-    fill_standard_descriptors();
-    std::signal(SIGPIPE, SIG_IGN); // the exit code reports a closed pipe
-    sig_idle();                    // discards the start-up text
+    fill_standard_descriptors(O_WRONLY, O_RDONLY); // using them fails
+    std::signal(SIGPIPE, SIG_IGN);                 // the exit code reports a closed pipe
+    sig_idle();                                    // discards the start-up text
     cConsoleDisplay const messages(STDERR_FILENO);
     try {
         return run_command_line(argc, argv);

@@ -6,18 +6,10 @@
 #include "watch.h"
 
 #include <exception>
-#include <fcntl.h>
 #include <string_view>
 #include <unistd.h>
 
 namespace {
-
-// Opens those of the descriptors 0 to 2 that the caller has closed, so that no socket gets one.
-// They are closed again for the program.
-void fill_standard_descriptors() {
-    for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        if (::fcntl(descriptor, F_GETFD) < 0) ::open("/dev/null", O_RDWR | O_CLOEXEC);
-}
 
 bool put(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
@@ -43,7 +35,8 @@ int watch(watchdog::cOptions const &options) {
 } // namespace
 
 int main(int argc, char **argv) {
-    fill_standard_descriptors();
+    constexpr int flags = O_RDWR | O_CLOEXEC; // for the program they are closed, as they were
+    fill_standard_descriptors(flags, flags);
     try {
         watchdog::cParsed const parsed = watchdog::parse(argc, argv);
         if (parsed.options) return watch(*parsed.options);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <cstring>
 #include <ctime>
 #include <poll.h>
 #include <unistd.h>
@@ -72,10 +71,6 @@ void report(std::string const &line) {
         [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
     if (shown.size() > longest_line) shown.resize(longest_line);
     put(shown + '\n');
-}
-
-std::string reason(std::string const &what, int error) {
-    return what + ": " + std::strerror(error);
 }
 
 } // namespace watchdog

@@ -4,15 +4,14 @@
 // A reader that is slow, or does not read, must not stop the watch dog. A line that can't be
 // written within a moment is dropped, and so are the following ones while there is no room.
 
+#include "tools/system.h"
+
 #include <stdexcept>
 #include <string>
 
 namespace watchdog {
 
 void report(std::string const &line); // control characters are shown as ?; cut at 1,000 bytes
-
-// "cannot bind the socket: Permission denied", for errno.
-std::string reason(std::string const &what, int error);
 
 // The watch dog itself can't continue.
 class cFailure : public std::runtime_error {

@@ -4,6 +4,7 @@
 #include "qrv/base/platform/cplatform.h"
 
 #include "base/platform/os_calls.h"
+#include "tests/support/files.h"
 
 #include <gtest/gtest.h>
 
@@ -28,9 +29,7 @@ std::string content(std::string const &path) {
     return text.str();
 }
 
-void put(std::string const &path, std::string const &text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
+using test::put, test::mode_of;
 
 // Works in its own temporary folder, and restores the system calls afterwards.
 class Platform : public testing::Test {
@@ -165,11 +164,6 @@ TEST_F(Platform, files_and_folders_are_distinguished) {
     EXPECT_TRUE(cat::file_exists(folder));
     EXPECT_TRUE(cat::is_directory(folder));
     EXPECT_FALSE(cat::file_exists(""));
-}
-
-mode_t mode_of(std::string const &path) {
-    struct stat info {};
-    return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
 }
 
 TEST_F(Platform, the_read_only_mark_changes_only_the_owners_permission) {

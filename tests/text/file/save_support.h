@@ -2,6 +2,7 @@
 // For tests that save files: a folder for each test, the bytes and modes of its files, and system
 // calls restored at the end.
 
+#include "tests/support/files.h"
 #include "tests/support/fixture.h"
 #include "tests/support/os_faults.h"
 
@@ -52,22 +53,7 @@ class cFolder {
     std::string path_;
 };
 
-inline std::string bytes_of(std::string const &path) {
-    std::ifstream is(path, std::ios::binary);
-    EXPECT_TRUE(is.is_open()) << path;
-    return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
-}
-
-inline void put(std::string const &path, std::string const &text) {
-    std::ofstream os(path, std::ios::binary);
-    os << text;
-    EXPECT_TRUE(os.flush().good()) << path;
-}
-
-inline mode_t mode_of(std::string const &path) {
-    struct stat info {};
-    return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
-}
+using test::bytes_of, test::put, test::mode_of;
 
 // Runs a body in a child process. Returns 0 at its end, 1 if an expectation failed, the exit code
 // if it exits, or 128 and the number of the signal that ended it.

@@ -4,6 +4,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 #include "tests/support/types.h"
 #include "tests/text/read_support.h"
 
@@ -40,7 +41,7 @@ bool read_other(cObj &, objref &) {
     return true;
 }
 bool read_throwing(cObj &, objref &) { throw 5; }
-objref new_own(objref type) { return make<cMapObj>(dynamic_cast<cTypeObj *>(type.get()), true); }
+using test::new_own;
 
 class ErrorRuns : public QrvTest {
   protected:

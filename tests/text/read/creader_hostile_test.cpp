@@ -3,6 +3,7 @@
 
 #include "qrv/containers/cmapobj.h"
 #include "tests/support/fixture.h"
+#include "tests/support/strings.h"
 #include "tests/text/read_support.h"
 
 #include <functional>
@@ -12,11 +13,7 @@ using reader_test::Reading;
 
 namespace {
 
-std::string times(std::string const &piece, int count) {
-    std::string all;
-    for (int i = 0; i < count; ++i) all += piece;
-    return all;
-}
+using test::times;
 
 class ReaderHostile : public QrvTest {
   protected:

@@ -4,6 +4,7 @@
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "tests/support/fixture.h"
+#include "tests/support/objects.h"
 #include "tests/text/read_support.h"
 
 #include <stdexcept>
@@ -14,8 +15,7 @@ namespace {
 
 objref new_text(objref) { return cat::of("made"); }
 objref new_nothing(objref) { return nullptr; }
-objref new_bad(objref) { return cat::bad(); }
-objref new_throwing(objref) { throw std::runtime_error("no"); }
+using test::new_bad, test::new_throwing;
 bool read_int(cObj &, objref &) { throw 5; }
 bool read_cerr(cObj &, objref &) { throw cErr(0x40000009, "own"); }
 bool read_fails(cObj &, objref &) { return false; }

@@ -162,7 +162,7 @@ TEST(ScannerFormer, agrees_when_the_text_is_replaced_between_tokens) {
         std::string second = odd_text(random);
         second.resize(first.size(), '1');
         std::istringstream now_in(first), then_in(first);
-        test::cPresentScan now(now_in);
+        test::Scan now(now_in);
         former::cScanner then(then_in);
         auto const step = [&](auto const &act) {
             act(now_in);

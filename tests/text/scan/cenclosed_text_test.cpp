@@ -9,24 +9,18 @@
 
 namespace {
 
-struct cScan : cAttrScanner {
-    using cAttrScanner::cAttrScanner;
-    using cAttrScanner::gettoken;
-    using cAttrScanner::read_enclosed;
-};
-
 // Text after its opening bracket, followed by a scanner for the rest.
 struct cMemory {
     explicit cMemory(std::string_view after) : in(after), scan(in) {}
     int read() { return scan.read_enclosed('(', ')', enclosed); }
     cMemoryStream in;
-    cScan scan;
+    test::Scan scan;
     cEnclosedText enclosed;
 };
 
 std::string read_from_string(std::string const &after) {
     std::istringstream in(after);
-    cScan const scan(in);
+    test::Scan const scan(in);
     cEnclosedText enclosed;
     int const end = scan.read_enclosed('(', ')', enclosed);
     return std::to_string(end) + " " + std::string(enclosed.text);

@@ -10,12 +10,6 @@
 
 namespace {
 
-struct cOptions {
-    std::string file;
-    std::string position;
-    int max_errors = default_max_errors;
-};
-
 constexpr char const *help =
     "Prints the path of the innermost entry at LINE:COLUMN, and the type of its value. Both count\n"
     "from 1, columns in bytes. The exit code is 1 if no entry is there.\n"
@@ -45,7 +39,9 @@ std::optional<std::uint32_t> offset_of(std::string const &bytes, cPlace place) {
     return static_cast<std::uint32_t>(begin + place.column - 1);
 }
 
-void look(cPlace place, std::string const &bytes, cMessages &messages, cReply &reply) {
+void look(std::string const &position, std::string const &bytes, cMessages &messages,
+          cReply &reply) {
+    cPlace const place = *place_of(position);
     cat::SourceMap const map;
     cReading const reading = read_value(bytes, messages);
     if (!reading.clean) return;
@@ -58,24 +54,17 @@ void look(cPlace place, std::string const &bytes, cMessages &messages, cReply &r
     reply.text = "path      " + (path.empty() ? "/" : path) + "\ntype      " + type + "\n";
 }
 
-int run(cOptions const &options) {
-    return print(with_bytes(options.file, options.max_errors,
-                            [&](std::string const &bytes, cMessages &messages, cReply &reply) {
-                                look(*place_of(options.position), bytes, messages, reply);
-                            }));
-}
-
 std::string wrong_position(std::string const &text) {
     return place_of(text) ? "" : "a position is LINE:COLUMN, both from 1, not " + text;
 }
 
-void add_arguments(cArguments &arguments, cOptions &options) {
-    arguments.required("FILE", options.file, "the file");
-    arguments.required("LINE:COLUMN", options.position, {"", wrong_position}, "the position");
-    add_max_errors(arguments, options.max_errors);
+void add_arguments(cArguments &arguments, cQuestion &question) {
+    arguments.required("FILE", question.file, "the file");
+    arguments.required("LINE:COLUMN", question.about, {"", wrong_position}, "the position");
+    add_max_errors(arguments, question.max_errors);
 }
 
 cCommand const command(64, "at", "Print the path at a position", help,
-                       define<cOptions, add_arguments, run>);
+                       define<cQuestion, add_arguments, answer<look>>);
 
 } // namespace

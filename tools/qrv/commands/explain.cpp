@@ -28,12 +28,6 @@
 
 namespace {
 
-struct cOptions {
-    std::string file;
-    std::string path;
-    int max_errors = default_max_errors;
-};
-
 constexpr char const *help = "Example:\n"
                              "  qrv explain device.attr sensors/0/calibration\n"
                              "explain prints a line for each of these that applies:\n"
@@ -232,20 +226,13 @@ void explain(std::string const &path, std::string const &bytes, cMessages &messa
     });
 }
 
-int run(cOptions const &options) {
-    return print(with_bytes(options.file, options.max_errors,
-                            [&](std::string const &bytes, cMessages &messages, cReply &reply) {
-                                explain(options.path, bytes, messages, reply);
-                            }));
-}
-
-void add_arguments(cArguments &arguments, cOptions &options) {
-    arguments.required("FILE", options.file, "the file");
-    arguments.required("PATH", options.path, "keys separated by /");
-    add_max_errors(arguments, options.max_errors);
+void add_arguments(cArguments &arguments, cQuestion &question) {
+    arguments.required("FILE", question.file, "the file");
+    arguments.required("PATH", question.about, "keys separated by /");
+    add_max_errors(arguments, question.max_errors);
 }
 
 cCommand const command(60, "explain", "Print what is known about one value", help,
-                       define<cOptions, add_arguments, run>);
+                       define<cQuestion, add_arguments, answer<explain>>);
 
 } // namespace

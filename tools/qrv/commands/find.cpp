@@ -21,6 +21,7 @@
 #include "tools/qrv/output/raised.h"
 #include "tools/qrv/reading/reading.h"
 #include "tools/qrv/search/pattern.h"
+#include "tools/qrv/search/sharing.h"
 #include "tools/qrv/verify/mismatch.h"
 
 #include <unordered_set>
@@ -58,8 +59,6 @@ constexpr char const *help =
     "for a file of one value and a path with a key that is neither a number nor a string. If\n"
     "several paths lead to a value, find examines it at the first of them. If nothing is\n"
     "found, the exit code is 1.";
-
-cMapObj const *as_map(objref const &value) { return dynamic_cast<cMapObj const *>(value.get()); }
 
 bool is_declaration(objref const &value) {
     return value->is_type() || dynamic_cast<cAttspec const *>(value.get());

@@ -9,7 +9,7 @@ constexpr size_t left_column = 26;
 constexpr size_t right_column = 54;
 
 // Breaks the text at blanks, into lines of at most `width` characters.
-std::string wrapped(std::string const &text, size_t width) {
+std::string in_lines(std::string const &text, size_t width) {
     std::string lines;
     size_t length = 0;
     std::istringstream words(text);
@@ -56,7 +56,7 @@ std::string cHelpText::make_option(CLI::Option const *option, bool is_positional
     CLI::detail::format_help(text,
                              make_option_name(option, is_positional) +
                                  (is_positional ? "" : make_option_opts(option)),
-                             wrapped(make_option_desc(option), right_column), get_column_width());
+                             in_lines(make_option_desc(option), right_column), get_column_width());
     return text.str();
 }
 

@@ -39,6 +39,21 @@ cReply with_value(std::string const &file, int max_errors, cValueWork const &wor
 
 // Prints the text of the reply. Returns the exit code.
 int print(cReply const &reply);
+
+// The options of a command that answers a question about a file: its run() is answer<...>.
+struct cQuestion {
+    std::string file;
+    std::string about;
+    int max_errors = default_max_errors;
+};
+template <void (*find)(std::string const &about, std::string const &bytes, cMessages &, cReply &)>
+int answer(cQuestion const &question) {
+    return print(with_bytes(question.file, question.max_errors,
+                            [&](std::string const &bytes, cMessages &messages, cReply &reply) {
+                                find(question.about, bytes, messages, reply);
+                            }));
+}
+
 // Writes the text to the file `output`, or prints it if the name is empty or -. Does nothing if the
 // work failed. Returns the exit code.
 int print_to(std::string const &output, cTargetOptions const &options, cReply const &reply);

@@ -82,7 +82,7 @@ cAttrHash const *entries(cTypeObj const &type, char const *member) {
     return map ? &map->datamap() : nullptr;
 }
 
-cRows keys_of(cTypeObj const &type) {
+cRows key_rows(cTypeObj const &type) {
     cRows rows{{"key", "type", "rule", "default"}};
     cAttrHash const *const specs = entries(type, "attspec");
     for (cAttrNode const *node = specs ? specs->first() : nullptr; node; node = specs->next(node))
@@ -92,7 +92,7 @@ cRows keys_of(cTypeObj const &type) {
     return rows;
 }
 
-cRows choices_of(cTypeObj const &type) {
+cRows choice_rows(cTypeObj const &type) {
     cRows rows{{"choice", "value"}};
     cAttrHash const *const choices = entries(type, "choices");
     for (cAttrNode const *node = choices ? choices->first() : nullptr; node;
@@ -102,8 +102,8 @@ cRows choices_of(cTypeObj const &type) {
 }
 
 cRows table_of(cTypeObj const &type) {
-    if (&type.type() == &cat::typetype_attlist()) return keys_of(type);
-    if (&type.type() == &cat::typetype_choice()) return choices_of(type);
+    if (&type.type() == &cat::typetype_attlist()) return key_rows(type);
+    if (&type.type() == &cat::typetype_choice()) return choice_rows(type);
     return {};
 }
 

@@ -22,8 +22,6 @@ constexpr std::pair<std::string_view, char const *> other_names[] = {
     {"remove", "del"},  {"rename", "mv"}, {"rm", "del"},     {"scan", "tokens"},
     {"search", "find"}, {"show", "get"},  {"update", "set"}, {"validate", "check"}};
 
-std::string quoted(std::string const &word) { return "'" + shortened(word) + "'"; }
-
 // The arguments that the parser could not place, in their order.
 cWords left_over(CLI::App const &app, cWords const &arguments) {
     cWords left = app.remaining(), found;

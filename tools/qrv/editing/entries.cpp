@@ -131,9 +131,7 @@ objref declared_at(objref const &root, std::string const &path, objref const &va
 }
 
 bool remove_entry(objref const &root, std::string const &path, cMessages &messages) {
-    std::vector<objref> const keys = keys_of(path, messages);
-    if (keys.empty()) return false;
-    cFoundEntry const found = entry_at(root, keys, path, messages);
+    cFoundEntry const found = entry_at(root, keys_of(path, messages), path, messages);
     objref const &container = found.container;
     cAttrNode *const node = found.node;
     if (!node) return false;
@@ -194,9 +192,7 @@ bool move_entry(objref const &root, std::string const &from, std::string const &
 
 bool insert_entry(objref const &root, std::string const &path, cNewEntry const &entry,
                   qrv::edit::Edit *edit, cMessages &messages) {
-    std::vector<objref> const keys = keys_of(path, messages);
-    if (keys.empty()) return false;
-    cFoundEntry const found = entry_at(root, keys, path, messages);
+    cFoundEntry const found = entry_at(root, keys_of(path, messages), path, messages);
     objref const &container = found.container;
     cAttrNode *const node = found.node;
     if (!node) return false;

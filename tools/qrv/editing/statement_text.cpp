@@ -2,6 +2,7 @@
 
 #include "qrv/text/scan/cattrscanner.h"
 #include "tools/qrv/rules/literals.h"
+#include "tools/qrv/rules/tokens.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,19 +11,6 @@
 #include <sstream>
 
 namespace {
-
-class cTokens : public cAttrScanner {
-  public:
-    explicit cTokens(std::istream &is) : cAttrScanner(is) {
-        return_all(true); // with blanks, so that the tokens together are the whole text
-    }
-    bool next(cAttrLiteral &token) const {
-        gettoken(token);
-        return token.code != tkEof;
-    }
-};
-
-cPlace place_of(cAttrLiteral const &token) { return {token.line, token.column + 1}; }
 
 // A string as a file has it. Always one token.
 std::string literal(std::string const &value) {
@@ -71,15 +59,20 @@ cStatementText::cStatementText(std::string const &written, cNamedValues &named, 
                                cMessages &messages) {
     std::istringstream in(written);
     in.imbue(std::locale::classic());
-    cTokens const tokens(in);
+    cAttrScanner const tokens(in);
+    tokens.return_all(true); // blanks too, so the texts of all tokens are the whole text
     cAttrLiteral token, before;
+    auto const next = [&] {
+        token = cAttrLiteral(tokens.next_token());
+        return token.code != tkEof;
+    };
     bool in_intf = false; // an intf preserves the form of a number, and all its bits
     cPlace end;           // the end of text_
-    for (bool more = tokens.next(token); more;) {
+    for (bool more = next(); more;) {
         cPlace const place = place_of(token);
         std::string text = token.text;
         if (token.code == '$') {
-            more = tokens.next(token);
+            more = next();
             std::string const name = more && token.code == tkIdent ? token.text : "";
             auto const found = named.values.find(name);
             if (found == named.values.end()) {
@@ -97,7 +90,7 @@ cStatementText::cStatementText(std::string const &written, cNamedValues &named, 
             replaced_.push_back(
                 {begin, end, place, place_after(place, '$' + name, name.size() + 1)});
             text_ += text;
-            more = tokens.next(token);
+            more = next();
             continue;
         }
         if (token.code == '(') in_intf = before.text == "intf";
@@ -106,7 +99,7 @@ cStatementText::cStatementText(std::string const &written, cNamedValues &named, 
         end = place_after(end, text, text.size());
         text_ += text;
         if (token.code != tkSpace) before = token;
-        more = tokens.next(token);
+        more = next();
     }
 }
 

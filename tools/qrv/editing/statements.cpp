@@ -4,19 +4,16 @@
 #include "qrv/core/ctypes.h"
 #include "tools/qrv/reading/scan.h"
 #include "tools/qrv/rules/ignored.h"
+#include "tools/qrv/rules/mistakes.h"
 #include "tools/qrv/rules/rules.h"
 
 #include <locale>
 
 namespace {
 
-bool is_separator(int code) { return code == ';' || code == ','; }
-
 bool is_operator(int code) {
     return code == '=' || code == tkAddAssign || code == tkShiftLeft || code == tkAndAssign;
 }
-
-std::string quoted(cAttrLiteral const &token) { return '\'' + shortened(token.text) + '\''; }
 
 bool is_key(cAttrLiteral const &token) {
     objref key;
@@ -31,14 +28,14 @@ cStatements::cStatements(std::string const &text, cNamedValues &named, bool conv
                          cMessages &messages)
     : messages_(messages), errors_before_(messages.count()),
       text_(report_unread(text) ? text : std::string(), named, convert, messages),
-      in_(text_.text()), scan_(in_) {
+      in_(text_.text()), scan_(in_, false) {
     in_.imbue(std::locale::classic());
     if (messages.count() == errors_before_) report_ignored_values();
     readable_ = messages.count() == errors_before_;
 }
 
 cPlace cStatements::place_of(cAttrLiteral const &token) const {
-    return text_.written_place({token.line, token.column + 1});
+    return text_.written_place(::place_of(token));
 }
 
 // Reports comments, which the scanner skips, and bytes at which it stops. True if there are none.
@@ -85,7 +82,7 @@ bool cStatements::read_key(cAttrLiteral const &token, cStatement &statement) {
     if (token.code == tkEof)
         return refuse(token, "the path has no last key", "remove the last '/', or add a key");
     if (!is_key(token))
-        return refuse(token, quoted(token) + " is not a key",
+        return refuse(token, quoted(token.text) + " is not a key",
                       "a key is a word, a number or a string in quotes");
     statement.path += token.text;
     return true;
@@ -95,7 +92,7 @@ bool cStatements::read_key(cAttrLiteral const &token, cStatement &statement) {
 bool cStatements::read_path(cStatement &statement) {
     cAttrLiteral token;
     do scan_.gettok(token);
-    while (is_separator(token.code));
+    while (cat::is_separator(token.code));
     if (token.code == tkEof) return false;
     statement.place = place_of(token);
     if (token.code == '/' && scan_.gettok(token) == tkEof) return false;
@@ -107,7 +104,7 @@ bool cStatements::read_path(cStatement &statement) {
             return refuse(token, "operator and value are missing after the path",
                           "write " + shortened(statement.path) + " = and a value");
         if (token.code != '/')
-            return refuse(token, quoted(token) + " cannot follow a key",
+            return refuse(token, quoted(token.text) + " cannot follow a key",
                           "one of / = &= += << is expected; a key of several words needs quotes");
         statement.path += '/';
         scan_.gettok(token);
@@ -118,7 +115,7 @@ bool cStatements::read_path(cStatement &statement) {
 }
 
 void cStatements::add_messages(cat::ReadError const &error) {
-    cPlace const place = text_.written_place({error.line, error.column});
+    cPlace const place = text_.written_place(::place_of(error));
     messages_.error(place, with_short_path(error.text, error.path), error.code);
     if (error.kind == cat::ErrorKind::read_scalar || error.kind == cat::ErrorKind::read_key_scalar)
         messages_.note(place, "the number is too large; the largest int is 2147483647");
@@ -137,7 +134,7 @@ bool cStatements::read_value(cStatement &statement, bool &good) {
     cAttrLiteral token;
     scan_.gettok(token);
     statement.value_place = place_of(token);
-    if (token.code == tkEof || is_separator(token.code))
+    if (token.code == tkEof || cat::is_separator(token.code))
         return refuse(token, "the value is missing after " + statement.operator_text,
                       "an empty string is \"\", an empty map {}, a vector []");
     scan_.ungettoken(token);
@@ -149,11 +146,11 @@ bool cStatements::read_value(cStatement &statement, bool &good) {
     add_messages(report);
     good = result == 0 && report.empty();
     if (result < 0)
-        return refuse(token, quoted(token) + " is not a value",
+        return refuse(token, quoted(token.text) + " is not a value",
                       "a string that is not a single word needs quotes");
     if (good && (end == '=' || end == '}' || end == ']' || end == '>'))
         return refuse(
-            scan_.token(), quoted(scan_.token()) + " cannot follow a value",
+            scan_.token(), quoted(scan_.token().text) + " cannot follow a value",
             "a ; separates statements, and a string that is not a single word needs quotes");
     return true;
 }

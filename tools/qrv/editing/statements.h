@@ -37,11 +37,6 @@ class cStatements {
     bool next(cStatement &statement);
 
   private:
-    class cScan : public cAttrScan {
-      public:
-        explicit cScan(std::istream &is) : cAttrScan(is, false) {}
-    };
-
     bool report_unread(std::string const &text);
     void report_ignored_values();
     cPlace place_of(cAttrLiteral const &token) const;
@@ -56,6 +51,6 @@ class cStatements {
     size_t errors_before_;
     cStatementText const text_;
     std::istringstream in_;
-    cScan scan_;
+    cAttrScan scan_;
     bool readable_;
 };

@@ -80,7 +80,7 @@ bool cTypeOrder::report_broken(objref const &root, cMessages &messages) const {
     cWalk(search).walk(root);
     if (!missing) return false;
     auto const found = declared.find(missing);
-    std::string const name = '\'' + shortened(missing->name()) + '\'';
+    std::string const name = quoted(missing->name());
     if (found == declared.end()) {
         messages.error(shortened(user) + " needs the type " + name +
                        ", which would not be declared any more");

@@ -21,12 +21,6 @@ struct cBits {
     }
 };
 
-class cTokens : public cAttrScanner {
-  public:
-    explicit cTokens(std::istream &is) : cAttrScanner(is) {}
-    cToken const &next() const { return next_token(); }
-};
-
 template <class T> T number(std::string_view text) {
     T value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value);
@@ -43,9 +37,8 @@ void cValuePrint::add_mark(char mark) {
 
 void cValuePrint::add_text(std::string_view text) {
     std::istringstream is{std::string(text)};
-    cTokens const tokens(is);
-    for (cToken token = tokens.next(); token.code != tkEof || !token.text.empty();
-         token = tokens.next())
+    cAttrScanner const tokens(is);
+    for (cToken token = tokens.next_token(); !cat::is_end(token); token = tokens.next_token())
         add_token(token.code, token.text);
 }
 

@@ -31,6 +31,8 @@ std::string shortened(std::string const &text, size_t longest) {
     return text.substr(0, head) + " ... " + text.substr(tail);
 }
 
+std::string quoted(std::string const &text) { return '\'' + shortened(text) + '\''; }
+
 std::string with_short_path(std::string text, std::string const &path) {
     size_t const at = path.empty() ? text.npos : text.find(path);
     return at == text.npos ? text : text.replace(at, path.size(), shortened(path));

@@ -17,6 +17,7 @@ constexpr size_t longest_path = 120; // in characters, in messages
 
 // Cuts text that is longer than `longest` in the middle, between characters.
 std::string shortened(std::string const &text, size_t longest = longest_path);
+std::string quoted(std::string const &text); // shortened, in single quotes
 
 // Shortens the path inside the text.
 std::string with_short_path(std::string text, std::string const &path);

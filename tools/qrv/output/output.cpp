@@ -4,15 +4,7 @@
 #include "tools/qrv/output/message_line.h"
 
 #include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <unistd.h>
-
-void fill_standard_descriptors() {
-    for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        if (::fcntl(descriptor, F_GETFD) < 0)
-            ::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-}
 
 bool put_result(std::string_view bytes) {
     if (cat::write_all(STDOUT_FILENO, bytes)) return true;
@@ -22,10 +14,6 @@ bool put_result(std::string_view bytes) {
 
 void put_error(std::string const &where, std::string const &text) {
     put_lines(message_line(where, cRole::error, text));
-}
-
-std::string reason(char const *what, int error) {
-    return std::string(what) + ": " + std::strerror(error);
 }
 
 void put_lines(std::string_view lines) { cat::write_all(STDERR_FILENO, lines); }

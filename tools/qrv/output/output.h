@@ -2,17 +2,12 @@
 // The output of the tool: results on descriptor 1, messages on descriptor 2. The first write that
 // fails is reported, and its failure is remembered.
 
+#include "tools/system.h"
+
 #include <string>
 #include <string_view>
-
-// Opens those of the descriptors 0 to 2 that the caller has closed, so that no file gets one; using
-// them fails.
-void fill_standard_descriptors();
 
 // False if the write failed. Reports that, unless the reader of a pipe has closed it.
 bool put_result(std::string_view bytes);
 void put_error(std::string const &where, std::string const &text);
 void put_lines(std::string_view lines); // to descriptor 2, unchanged
-
-// "cannot ...: No space left on device" for errno.
-std::string reason(char const *what, int error);

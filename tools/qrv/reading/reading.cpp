@@ -23,12 +23,6 @@
 
 namespace {
 
-cPlace place_of(cAttrLiteral const &token) { return {token.line, token.column + 1}; }
-
-bool is_separator(int code) { return code == ';' || code == ','; }
-
-bool is_end(cAttrLiteral const &token) { return token.code == tkEof && token.text.empty(); }
-
 // Reads one value, and the tokens after it.
 class cFileScan : public cAttrScan {
   public:
@@ -48,9 +42,9 @@ class cFileScan : public cAttrScan {
 
     std::optional<cPlace> after() {
         cAttrLiteral next = token();
-        if (!took_next_token()) next = next_token();
-        if (!is_separator(delim_) && is_separator(next.code)) next = next_token();
-        return is_end(next) ? std::nullopt : std::optional(place_of(next));
+        if (!took_next_token()) next = following_token();
+        if (!cat::is_separator(delim_) && cat::is_separator(next.code)) next = following_token();
+        return cat::is_end(next) ? std::nullopt : std::optional(place_of(next));
     }
 
   private:
@@ -61,7 +55,7 @@ class cFileScan : public cAttrScan {
     }
 
     // A byte that no value can hold ends a reading, but is a token too.
-    cAttrLiteral next_token() {
+    cAttrLiteral following_token() {
         return_com(false); // comments are only needed for a cat::SourceMap
         gettok();
         return cAttrLiteral(current());
@@ -145,7 +139,7 @@ cDiagnostic diagnostic_of(cat::ReadError const &error, cPlace end) {
                            .place = {error.line, error.line == 0 ? 0 : error.column},
                            .text = with_short_path(error.text, error.path)};
     cPlace const closed{error.end_line, error.end_column};
-    if (error.end_line != 0)
+    if (is_unclosed(error))
         diagnostic.notes.push_back({closed, closed < end ? "it ends here" : "the text ends here"});
     return diagnostic;
 }
@@ -160,7 +154,7 @@ void add_messages(std::vector<cMistake> const &mistakes, cPlace end, cMessages &
 }
 
 // Each error as a separate mistake.
-std::vector<cMistake> apart(std::vector<cMistake> const &mistakes) {
+std::vector<cMistake> one_by_one(std::vector<cMistake> const &mistakes) {
     std::vector<cMistake> found;
     for (cMistake const &mistake : mistakes) {
         found.push_back({mistake.error, {}});
@@ -171,8 +165,7 @@ std::vector<cMistake> apart(std::vector<cMistake> const &mistakes) {
 
 bool all_closed(cat::ReadReport const &report) {
     return report.dropped() == 0 &&
-           std::all_of(report.entries().begin(), report.entries().end(),
-                       [](cat::ReadError const &error) { return error.end_line == 0; });
+           std::none_of(report.entries().begin(), report.entries().end(), is_unclosed);
 }
 
 // Can the text have parts that were read without an error but are not in the value? These are a
@@ -226,7 +219,7 @@ cReading read_value(std::string const &bytes, cMessages &messages) {
     bool const whole = bytes_unread.empty() && all_closed(report);
     std::vector<cMistake> mistakes = mistakes_of(bytes, bytes_unread, report.entries());
     if (messages.shows_all())
-        mistakes = apart(mistakes);
+        mistakes = one_by_one(mistakes);
     else if (whole)
         add_later_mistakes(rules.tokens(), mistakes);
     size_t const shown = std::min(mistakes.size(), static_cast<size_t>(messages.limit()));

@@ -10,13 +10,6 @@
 
 namespace {
 
-// Makes the scanner's tokens accessible.
-class cTokens : public cAttrScanner {
-  public:
-    explicit cTokens(std::istream &is) : cAttrScanner(is) {}
-    cToken const &next() const { return next_token(); }
-};
-
 std::string byte_text(char byte) {
     char text[8];
     std::snprintf(text, sizeof text, "0x%02x", static_cast<unsigned char>(byte));
@@ -102,13 +95,13 @@ std::string head_of(std::string const &bytes, cat::SourceMap const &map) {
 
 // Does not copy long text, since the lexer already has it in memory.
 bool dump(std::istream &is, bool all, std::function<bool(std::string_view)> const &put) {
-    constexpr size_t enough = 65536; // bytes for one call of `put`
-    cTokens tokens(is);
+    constexpr size_t enough = 65536; // for one call
+    cAttrScanner const tokens(is);
     tokens.return_all(all);
     std::string lines;
     for (bool more = true; more;) {
-        cToken const &token = tokens.next();
-        more = token.code != tkEof || !token.text.empty(); // a byte 0 has the code tkEof, too
+        cToken const &token = tokens.next_token();
+        more = !cat::is_end(token);
         lines += "TOKEN:" + std::to_string(token.code) + ":" + std::to_string(token.position) +
                  ":" + std::to_string(token.line) + ":" + std::to_string(token.column) + " '";
         if (token.text.size() < enough) {

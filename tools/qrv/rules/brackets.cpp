@@ -1,5 +1,6 @@
 #include "tools/qrv/rules/brackets.h"
 
+#include "qrv/text/scan/cattrscanner.h"
 #include "tools/qrv/output/lines.h"
 
 #include <algorithm>
@@ -24,10 +25,6 @@ char closing(char opening) {
     }
 }
 
-bool is_opening(char bracket) {
-    return bracket == '{' || bracket == '[' || bracket == '<' || bracket == '(';
-}
-
 class cBrackets {
   public:
     explicit cBrackets(std::string const &bytes) : all_(cSource(bytes).brackets()) {
@@ -48,7 +45,7 @@ class cBrackets {
         std::vector<size_t> open;
         std::map<cLook, size_t> looks; // the looks of open brackets, with their counts
         for (size_t i = 0; i < all_.size() && tries_ < most_tries; ++i) {
-            if (is_opening(all_[i].kind)) {
+            if (cat::is_opening(all_[i].kind)) {
                 open.push_back(i);
                 ++looks[look(i)];
                 continue;
@@ -98,7 +95,7 @@ class cBrackets {
         for (size_t i = 0; i < all_.size(); ++i) {
             if (i == left_out) continue;
             if (i == close && !expected.empty()) expected.pop_back();
-            if (is_opening(all_[i].kind)) {
+            if (cat::is_opening(all_[i].kind)) {
                 expected.push_back(closing(all_[i].kind));
                 continue;
             }
@@ -120,8 +117,6 @@ char const *written_as(char close) {
                           : "write a map as { ... }";
 }
 
-bool is_unclosed(cMistake const &mistake) { return mistake.error.end_line != 0; }
-
 // Joins all errors that the wrong closing bracket has caused into one mistake about the opening
 // bracket: brackets around it that seem unclosed, and errors between both.
 void join_at_mixed_up(std::string const &bytes, cWrongBracket const &wrong,
@@ -129,8 +124,8 @@ void join_at_mixed_up(std::string const &bytes, cWrongBracket const &wrong,
     cLines const lines(bytes);
     auto const bracket_at = [&](cPlace place) { return bytes[lines.offset(place)]; };
     auto const is_about_kind = [&](cMistake const &mistake) {
-        char const bracket = bracket_at({mistake.error.line, mistake.error.column});
-        return is_unclosed(mistake) &&
+        char const bracket = bracket_at(place_of(mistake.error));
+        return is_unclosed(mistake.error) &&
                (bracket == bracket_at(wrong.place) || closing(bracket) == wrong.expected);
     };
     auto const first = std::find_if(mistakes.begin(), mistakes.end(), is_about_kind);
@@ -141,7 +136,7 @@ void join_at_mixed_up(std::string const &bytes, cWrongBracket const &wrong,
         cPlace const place{each->error.line, each->error.column};
         if (each == first)
             continue;
-        else if (is_unclosed(*each) || (wrong.place <= place && place <= wrong.other))
+        else if (is_unclosed(each->error) || (wrong.place <= place && place <= wrong.other))
             add_following(one, *each);
         else
             others.push_back(std::move(*each));
@@ -155,8 +150,7 @@ void join_at_mixed_up(std::string const &bytes, cWrongBracket const &wrong,
                             : cNote{wrong.other, std::string("write ") + wrong.expected +
                                                      " here, and not " + bracket_at(wrong.other)});
     auto const after = std::find_if(others.begin(), others.end(), [&](cMistake const &mistake) {
-        return mistake.error.line == 0 ||
-               wrong.place < cPlace{mistake.error.line, mistake.error.column};
+        return mistake.error.line == 0 || wrong.place < place_of(mistake.error);
     });
     others.insert(after, std::move(one));
     mistakes = std::move(others);
@@ -169,20 +163,21 @@ std::optional<cWrongBracket> wrong_bracket(std::string const &bytes) {
 }
 
 void place_at_wrong_bracket(std::string const &bytes, std::vector<cMistake> &mistakes) {
-    auto const found = std::find_if(mistakes.begin(), mistakes.end(), is_unclosed);
+    auto const found = std::find_if(mistakes.begin(), mistakes.end(), [](cMistake const &mistake) {
+        return is_unclosed(mistake.error);
+    });
     if (found == mistakes.end()) return;
     std::optional<cWrongBracket> const wrong = wrong_bracket(bytes);
     if (!wrong) return;
     if (wrong->kind == cWrongBracket::mixed_up) return join_at_mixed_up(bytes, *wrong, mistakes);
     cat::ReadError &error = found->error;
     cLines const lines(bytes);
-    size_t const opening = lines.offset({error.line, error.column});
+    size_t const opening = lines.offset(place_of(error));
     bool const is_surplus = wrong->kind == cWrongBracket::surplus;
     if (is_surplus) {
         error.end_line = 0;
         found->notes.push_back({wrong->place, "this bracket closes none that is open"});
-        found->notes.push_back(
-            {{error.line, error.column}, "it would be expected to close this one"});
+        found->notes.push_back({place_of(error), "it would be expected to close this one"});
     } else {
         // The text of the error is about a bracket of this kind.
         if (bytes[lines.offset(wrong->place)] != bytes[opening]) return;

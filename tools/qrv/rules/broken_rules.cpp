@@ -16,7 +16,7 @@ namespace {
 using qrv::edit::BrokenRule;
 using qrv::edit::Rule;
 
-std::string quoted(objref const &key) { return '\'' + shortened(cat::as_string(key)) + "'"; }
+std::string quoted_key(objref const &key) { return quoted(cat::as_string(key)); }
 
 std::string name_of_key(objref const &key) {
     return key->type().name() + " " + cat::as_string(key);
@@ -68,14 +68,15 @@ void cBrokenRules::report(BrokenRule const &broken) {
 
 void cBrokenRules::report_undeclared(objref const &key) {
     cSource::cEntry const *const entry = entry_of(key);
-    add(entry ? entry->place : place_, key, "type " + name_of(type_) + " has no key " + quoted(key),
+    add(entry ? entry->place : place_, key,
+        "type " + name_of(type_) + " has no key " + quoted_key(key),
         has_room(report_) ? known_keys(type_, "attspec", cat::as_string(key)) : "");
 }
 
 void cBrokenRules::report_void(objref const &key) {
     cSource::cEntry const *const entry = entry_of(key);
     add(entry ? entry->place : place_, key,
-        "required key " + quoted(key) + " of type " + name_of(type_) +
+        "required key " + quoted_key(key) + " of type " + name_of(type_) +
             (entry ? " is nil" : " is missing"));
 }
 
@@ -84,7 +85,7 @@ void cBrokenRules::report_type(BrokenRule const &broken) {
     if (!entry && has_wrong_default(broken.key)) return;
     auto const &expected = static_cast<cTypeObj const &>(*broken.expected);
     add(entry ? entry->place : place_, broken.key,
-        "key " + quoted(broken.key) + " of type " + name_of(type_) + " must be " +
+        "key " + quoted_key(broken.key) + " of type " + name_of(type_) + " must be " +
             with_article(expected.name()) + ", not " +
             (broken.actual ? kind_of(broken.actual) : std::string("nothing")));
 }
@@ -95,13 +96,13 @@ void cBrokenRules::report_fixed(BrokenRule const &broken) {
     std::string const why = "only the default itself is valid, and reading creates a copy";
     if (entry && qrv::edit::fingerprint(broken.actual) != qrv::edit::fingerprint(broken.expected))
         add(entry->place, broken.key,
-            "key " + quoted(broken.key) + " of type " + name_of(type_) + " is fixed to " +
+            "key " + quoted_key(broken.key) + " of type " + name_of(type_) + " is fixed to " +
                 shown(broken.expected) + ", not " + shown(broken.actual) +
                 (reported ? "" : "; and no object of the type can be read: " + why));
     else if (!reported)
         add(place_, broken.key,
             "no object of type " + name_of(type_) + " can be read, because its key " +
-                quoted(broken.key) + " is #FIXED: " + why);
+                quoted_key(broken.key) + " is #FIXED: " + why);
 }
 
 // The last entry of this key, whose value counts.

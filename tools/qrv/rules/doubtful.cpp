@@ -1,5 +1,6 @@
 #include "tools/qrv/rules/doubtful.h"
 
+#include "qrv/text/scan/cattrscanner.h"
 #include "qrv/text/write/cwriter.h"
 #include "qrv/util/cintformat.h"
 #include "tools/qrv/output/characters.h"
@@ -24,15 +25,14 @@ using cat::SourceEntry;
 using cat::SourceMap;
 using cat::Span;
 
-bool is_closing(char c) { return c == ')' || c == '}' || c == ']' || c == '>'; }
 bool is_word_byte(char c) {
     return c == '_' || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c & 0x80) != 0;
 }
 // Is this a string without quotes that could be a key?
 bool is_word(std::string_view text) {
-    return is_word_byte(text[0]) && !is_closing(text.back()) && text != "true" && text != "false";
+    return is_word_byte(text[0]) && !cat::is_closing(text.back()) && text != "true" &&
+           text != "false";
 }
-bool is_separator(char c) { return c == ';' || c == ','; }
 
 // Does the number begin with 0 or end with u? All other numbers are read as they look.
 bool may_mislead(std::string_view number) {
@@ -231,7 +231,7 @@ class cWalk {
         if (!is_list(open_.back().kind) || open_.back().entry.close.empty()) return;
         std::uint32_t const begin = open_.back().end;
         for (std::uint32_t at = begin; at < end; ++at) {
-            if (is_separator(bytes_[at]))
+            if (cat::is_separator(bytes_[at]))
                 return found_({cWarning::empty_item, {at, at + 1}, {begin, end}});
             std::string_view const start = std::string_view(bytes_).substr(at, 2);
             size_t after = bytes_.npos;

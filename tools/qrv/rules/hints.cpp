@@ -290,7 +290,7 @@ void place_at_missing_value(cLines const &lines, cMistake &mistake) {
     cat::ErrorKind const kind = mistake.error.kind;
     if (kind != read_equals && kind != read_no_value && kind != read_key_type) return;
     if (!mistake.notes.empty()) return; // the mistake was moved before
-    size_t const end = lines.offset({mistake.error.line, mistake.error.column});
+    size_t const end = lines.offset(place_of(mistake.error));
     size_t const begin = end - std::min(end, reach);
     std::string const before = lines.bytes().substr(begin, end - begin);
     std::smatch match;
@@ -317,10 +317,10 @@ void add_hints(std::string const &bytes, std::vector<cMistake> &mistakes) {
         }
         bool const has_notes = !mistake.notes.empty();
         place_at_missing_value(hints.lines(), mistake);
-        size_t const offset = hints.lines().offset({mistake.error.line, mistake.error.column});
+        size_t const offset = hints.lines().offset(place_of(mistake.error));
         // Messages about brackets, and messages of the tool itself, need no note.
         bool const is_clear =
-            has_notes || mistake.error.end_line != 0 || mistake.error.kind == cat::ErrorKind::other;
+            has_notes || is_unclosed(mistake.error) || mistake.error.kind == cat::ErrorKind::other;
         std::optional<cHints::cFound> const hint =
             is_clear || ++searches > most_searches ? std::nullopt : hints.find(offset);
         cSlip const *const slip = hint ? hint->slip : nullptr;

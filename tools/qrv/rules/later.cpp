@@ -14,12 +14,6 @@ namespace {
 constexpr size_t most_bytes = 1000000;  // that are read again
 constexpr unsigned most_readings = 200; // the number of these readings
 
-cPlace place_of(cat::ReadError const &error) { return {error.line, error.column}; }
-
-bool is_opening(int code) { return code == '(' || code == '{' || code == '[' || code == '<'; }
-bool is_closing(int code) { return code == ')' || code == '}' || code == ']' || code == '>'; }
-bool is_separator(int code) { return code == ';' || code == ','; }
-
 // Is the error independent of the text before it?
 bool is_about_text(cat::ErrorKind kind) {
     using enum cat::ErrorKind;
@@ -38,14 +32,14 @@ class cLater {
         for (cTextToken const &token : tokens.all()) {
             if (token.code == tkComment) continue;
             size_t const index = tokens_.size();
-            if (is_closing(token.code) && !open.empty()) {
+            if (cat::is_closing(token.code) && !open.empty()) {
                 closed_[open.back()] = index;
                 open.pop_back();
             }
             tokens_.push_back(token);
             around_.push_back(open.empty() ? none : open.back());
             closed_.push_back(none);
-            if (is_opening(token.code)) open.push_back(index);
+            if (cat::is_opening(token.code)) open.push_back(index);
         }
     }
 
@@ -76,7 +70,7 @@ class cLater {
     // the map.
     size_t after_entry(size_t index, size_t map) const {
         for (; index < closed_[map]; ++index)
-            if (around_[index] == map && is_separator(tokens_[index].code)) return index + 1;
+            if (around_[index] == map && cat::is_separator(tokens_[index].code)) return index + 1;
         return closed_[map];
     }
 
@@ -114,7 +108,7 @@ class cLater {
         std::vector<cat::ReadError> const errors = errors_of(text, begin.place);
         std::vector<cMistake> found;
         for (cMistake &mistake : mistakes_of(bytes_, {}, errors)) {
-            if (mistake.error.end_line != 0) return {};
+            if (is_unclosed(mistake.error)) return {};
             if (is_about_text(mistake.error.kind)) found.push_back(std::move(mistake));
         }
         return found;
@@ -122,17 +116,14 @@ class cLater {
 
     // The errors of a map with this text, whose first entry begins at `place`.
     static std::vector<cat::ReadError> errors_of(std::string const &text, cPlace place) {
-        struct cScan : cAttrScan {
-            cScan(std::istream &is, cPlace begin) : cAttrScan(is, false) {
-                reset(0, begin.line, begin.column - 2); // the bracket precedes the entry
-            }
-        };
         cat::TypeScope const types;
         cat::ReadReport const report;
         std::istringstream is(text);
         objref value;
         int delimiter = 0;
-        cScan(is, place).scan_obj(value, &delimiter);
+        cAttrScan scan(is, false);
+        scan.reset(0, place.line, place.column - 2); // for the bracket before it
+        scan.scan_obj(value, &delimiter);
         return report.entries();
     }
 

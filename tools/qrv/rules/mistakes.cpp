@@ -11,9 +11,7 @@ namespace {
 
 using cat::ErrorKind;
 
-cPlace begin_of(cat::ReadError const &error) { return {error.line, error.column}; }
 cPlace end_of(cat::ReadError const &error) { return {error.end_line, error.end_column}; }
-bool is_unclosed(cat::ReadError const &error) { return error.end_line != 0; }
 
 // For each error, by index, the error from which it follows.
 class cGroups {
@@ -36,7 +34,7 @@ class cGroups {
             if (is_unclosed(all_[i]) || all_[i].kind == ErrorKind::read_too_deep)
                 unclosed_.push_back(i);
         std::stable_sort(unclosed_.begin(), unclosed_.end(),
-                         [&](size_t a, size_t b) { return begin_of(all_[a]) < begin_of(all_[b]); });
+                         [&](size_t a, size_t b) { return place_of(all_[a]) < place_of(all_[b]); });
         join_out_of_step();
         join_unclosed();
         join_after_early_end();
@@ -73,9 +71,9 @@ class cGroups {
     void join_unread() {
         std::multimap<cPlace, size_t> ends;
         for (size_t i = unread_; i < all_.size(); ++i)
-            ends.emplace(std::max(begin_of(all_[i]), end_of(all_[i])), i);
+            ends.emplace(std::max(place_of(all_[i]), end_of(all_[i])), i);
         for (size_t u = 0; u < unread_; ++u) {
-            cPlace const place = begin_of(all_[u]);
+            cPlace const place = place_of(all_[u]);
             auto const last = to_the_end_[u] ? ends.end() : ends.upper_bound(place);
             for (auto i = ends.lower_bound(place); i != last; ++i) join(i->second, u);
         }
@@ -90,8 +88,8 @@ class cGroups {
         for (size_t i = unread_ + 1; i < all_.size(); ++i) {
             bool const about_key = all_[i].kind == ErrorKind::read_key_type ||
                                    all_[i].kind == ErrorKind::read_key_unknown;
-            if (about_key && begin_of(all_[i - 1]) < begin_of(all_[i]) &&
-                is_after_equals(begin_of(all_[i])))
+            if (about_key && place_of(all_[i - 1]) < place_of(all_[i]) &&
+                is_after_equals(place_of(all_[i])))
                 cause_[first(i)] = first(i - 1);
         }
     }
@@ -102,7 +100,7 @@ class cGroups {
             if (!is_unclosed(all_[outer])) continue;
             auto const after =
                 std::upper_bound(unclosed_.begin(), unclosed_.end(), end_of(all_[outer]),
-                                 [&](cPlace place, size_t i) { return place < begin_of(all_[i]); });
+                                 [&](cPlace place, size_t i) { return place < place_of(all_[i]); });
             size_t const innermost = *std::prev(after);
             if (innermost != outer)
                 join(outer, is_open_reference(first(innermost)) ? first(innermost) : innermost);
@@ -112,7 +110,7 @@ class cGroups {
     // Is this a reference without ), which has read the rest of the text?
     bool is_open_reference(size_t i) const {
         return all_[i].kind == ErrorKind::read_ref &&
-               bytes_.find(')', lines_.offset(begin_of(all_[i]))) == bytes_.npos;
+               bytes_.find(')', lines_.offset(place_of(all_[i]))) == bytes_.npos;
     }
 
     // Joins the errors after the first bracket that another byte than a bracket ends: the map
@@ -129,7 +127,7 @@ class cGroups {
         for (size_t i = unread_; i < all_.size(); ++i) {
             bool const is_out_of_step =
                 all_[i].kind == ErrorKind::read_equals || all_[i].kind == ErrorKind::read_no_key;
-            if (is_out_of_step && first(i) == i && end_of(all_[bracket]) < begin_of(all_[i]))
+            if (is_out_of_step && first(i) == i && end_of(all_[bracket]) < place_of(all_[i]))
                 cause_[i] = first(bracket);
         }
     }
@@ -144,16 +142,16 @@ class cGroups {
         std::vector<size_t> order; // by position
         for (size_t i = unread_; i < all_.size(); ++i) order.push_back(i);
         std::stable_sort(order.begin(), order.end(),
-                         [&](size_t a, size_t b) { return begin_of(all_[a]) < begin_of(all_[b]); });
+                         [&](size_t a, size_t b) { return place_of(all_[a]) < place_of(all_[b]); });
         for (size_t const bracket : unclosed_) {
             if (first(bracket) != bracket) continue;
             bool const is_row = all_[bracket].kind == ErrorKind::read_unclosed_vector ||
                                 all_[bracket].kind == ErrorKind::read_unclosed_set;
             bool const is_typed = all_[bracket].kind == ErrorKind::read_unclosed_type;
             auto i =
-                std::lower_bound(order.begin(), order.end(), begin_of(all_[bracket]),
-                                 [&](size_t e, cPlace place) { return begin_of(all_[e]) < place; });
-            for (; i != order.end() && begin_of(all_[*i]) <= end_of(all_[bracket]); ++i)
+                std::lower_bound(order.begin(), order.end(), place_of(all_[bracket]),
+                                 [&](size_t e, cPlace place) { return place_of(all_[e]) < place; });
+            for (; i != order.end() && place_of(all_[*i]) <= end_of(all_[bracket]); ++i)
                 if ((is_row && (all_[*i].kind == ErrorKind::read_equals || is_key(*i, bracket))) ||
                     (is_typed && all_[*i].kind == ErrorKind::other))
                     join(*i, bracket);
@@ -163,7 +161,7 @@ class cGroups {
     // Is the error about this bracket, in place of a key?
     bool is_key(size_t error, size_t bracket) const {
         return all_[error].kind == ErrorKind::read_key_type &&
-               begin_of(all_[error]) == begin_of(all_[bracket]);
+               place_of(all_[error]) == place_of(all_[bracket]);
     }
 
     // Errors inside a value come before errors about the whole value, which are at its type.
@@ -173,9 +171,9 @@ class cGroups {
                                        read_no_value,     read_token,  read_unclosed_map,
                                        read_unclosed_type};
         for (size_t i = unread_; i < all_.size(); ++i) {
-            if (all_[i].kind != other || first(i) != i || !is_before_bracket(begin_of(all_[i])))
+            if (all_[i].kind != other || first(i) != i || !is_before_bracket(place_of(all_[i])))
                 continue;
-            for (size_t j = i; j-- > unread_ && begin_of(all_[i]) <= begin_of(all_[j]);)
+            for (size_t j = i; j-- > unread_ && place_of(all_[i]) <= place_of(all_[j]);)
                 if (std::find(std::begin(kinds), std::end(kinds), all_[j].kind) != std::end(kinds))
                     cause_[i] = first(j);
         }

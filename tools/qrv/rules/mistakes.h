@@ -20,6 +20,9 @@
 
 #include <vector>
 
+inline cPlace place_of(cat::ReadError const &error) { return {error.line, error.column}; }
+inline bool is_unclosed(cat::ReadError const &error) { return error.end_line != 0; }
+
 struct cMistake {
     cat::ReadError error;
     std::vector<cat::ReadError> following;

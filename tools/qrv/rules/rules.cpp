@@ -8,6 +8,7 @@
 #include "qrv/util/cintvalf.h"
 #include "tools/qrv/rules/broken_rules.h"
 #include "tools/qrv/rules/ignored.h"
+#include "tools/qrv/rules/mistakes.h"
 #include "tools/qrv/rules/suggestion.h"
 #include "tools/qrv/verify/mismatch.h"
 
@@ -19,8 +20,6 @@ using cat::ErrorKind;
 bool is_unread(cat::ReadError const &error) {
     return error.kind == ErrorKind::read_value || error.kind == ErrorKind::read_key;
 }
-
-cPlace place_of(cat::ReadError const &error) { return {error.line, error.column}; }
 
 } // namespace
 
@@ -133,7 +132,7 @@ std::string cRules::unknown_choice(cat::ReadError const &error, cTypeObj const &
         return "type " + name + " has no choices: declare them as choice({a= 1; b= 2;})" +
                declared_at(declared);
     std::optional<std::string> const key = source_.argument(place_of(error));
-    std::string const what = key ? '\'' + shortened(*key) + "'" : "this";
+    std::string const what = key ? quoted(*key) : "this";
     return what + " is not a choice of type " + name + declared_at(declared) +
            (key ? known_keys(type, "choices", *key) : "");
 }

@@ -10,9 +10,6 @@
 
 namespace {
 
-bool is_opening(int code) { return code == '(' || code == '{' || code == '[' || code == '<'; }
-bool is_closing(int code) { return code == ')' || code == '}' || code == ']' || code == '>'; }
-bool is_separator(int code) { return code == ';' || code == ','; }
 bool may_be_key(int code) { return (code >= tkInt && code <= tkIdent) || code == tkBadIdent; }
 
 // Tokens without comments, each with the one before it.
@@ -61,11 +58,11 @@ class cEntries {
     bool next() {
         while (!closed_ && tokens_.next()) {
             int const code = tokens_.token().code;
-            bool const after_equals = depth_ == 0 && key_ && !is_separator(code);
+            bool const after_equals = depth_ == 0 && key_ && !cat::is_separator(code);
             if (!after_equals && code == '=' && depth_ == 0) take_key();
-            bool const ends = is_closing(code) && depth_ == 0;
-            if (is_opening(code)) ++depth_;
-            if (is_closing(code) && depth_-- == 0) closed_ = true;
+            bool const ends = cat::is_closing(code) && depth_ == 0;
+            if (cat::is_opening(code)) ++depth_;
+            if (cat::is_closing(code) && depth_-- == 0) closed_ = true;
             if (!after_equals) continue;
             has_value_ = !ends;
             return true;
@@ -111,8 +108,8 @@ class cTypedWalk {
         while (tokens_.next()) {
             int const code = tokens_.token().code;
             if (in_wanted()) take(open_.back(), code);
-            if (is_closing(code)) close();
-            if (is_opening(code)) open();
+            if (cat::is_closing(code)) close();
+            if (cat::is_opening(code)) open();
         }
         while (!kinds_.empty()) close();
     }
@@ -146,16 +143,16 @@ class cTypedWalk {
     }
 
     void take(cOpen &open, int code) {
-        bool const parts = is_separator(code) || code == '=';
-        if (open.key && !is_separator(code)) {
-            take_entry(open, !parts && !is_closing(code));
+        bool const parts = cat::is_separator(code) || code == '=';
+        if (open.key && !cat::is_separator(code)) {
+            take_entry(open, !parts && !cat::is_closing(code));
         } else if (code == '=') {
             open.key = tokens_.key_of(tokens_.before());
             open.key_place = tokens_.before().place;
         }
         if (parts)
             open.ended = open.begun;
-        else if (open.ended && !open.typed.after && !is_closing(code))
+        else if (open.ended && !open.typed.after && !cat::is_closing(code))
             open.typed.after = tokens_.place();
         open.begun = true;
     }
@@ -183,7 +180,7 @@ std::vector<cTextToken> const &cSource::known() const {
 std::vector<cSource::cEntry> cSource::entries(cPlace typed) const {
     std::vector<cEntry> found;
     cTokens tokens(tokens_, known(), typed);
-    if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return found;
+    if (!tokens.next() || !tokens.next() || !cat::is_opening(tokens.token().code)) return found;
     cEntries entries(tokens);
     while (entries.next()) found.push_back(entries.entry());
     return found;
@@ -196,11 +193,12 @@ void cSource::typed_values(std::function<bool(std::string const &)> const &wante
 
 std::optional<std::string> cSource::argument(cPlace typed) const {
     cTokens tokens(tokens_, known(), typed);
-    if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return std::nullopt;
+    if (!tokens.next() || !tokens.next() || !cat::is_opening(tokens.token().code))
+        return std::nullopt;
     if (!tokens.next() || !may_be_key(tokens.token().code)) return std::nullopt;
     objref const value = tokens.key_of(tokens.token());
     tokens.next();
-    if (!value || !is_closing(tokens.token().code)) return std::nullopt;
+    if (!value || !cat::is_closing(tokens.token().code)) return std::nullopt;
     return cat::as_string(value);
 }
 
@@ -217,7 +215,7 @@ std::optional<std::string> cSource::type_at(cPlace value) const {
     }
     objref const alone = tokens.key_of(tokens.token());
     tokens.next();
-    if (is_opening(tokens.token().code))
+    if (cat::is_opening(tokens.token().code))
         return tokens.before().code == tkIdent ? std::optional(tokens.text(tokens.before()))
                                                : std::nullopt;
     return alone ? std::optional(alone->type().name()) : std::nullopt;
@@ -228,7 +226,7 @@ std::vector<cSource::cBracket> cSource::brackets() const {
     cTokens tokens(tokens_, tokens_.all(), {});
     while (tokens.next()) {
         int const code = tokens.token().code;
-        if (!is_opening(code) && !is_closing(code)) continue;
+        if (!cat::is_opening(code) && !cat::is_closing(code)) continue;
         std::string_view const type = code == '(' ? tokens_.text(tokens.before()) : "";
         char const kind = type == "vector" ? '['
                           : type == "set"  ? '<'
@@ -242,12 +240,12 @@ std::vector<cSource::cBracket> cSource::brackets() const {
 std::vector<cSource::cWord> cSource::words(cPlace typed) const {
     std::vector<cWord> found;
     cTokens tokens(tokens_, known(), typed);
-    if (!tokens.next() || !tokens.next() || !is_opening(tokens.token().code)) return found;
+    if (!tokens.next() || !tokens.next() || !cat::is_opening(tokens.token().code)) return found;
     cPlace end{0, 0};
     for (int depth = 0; tokens.next();) {
         cTextToken const &token = tokens.token();
-        if (is_closing(token.code) && depth-- == 0) break;
-        if (is_opening(token.code)) ++depth;
+        if (cat::is_closing(token.code) && depth-- == 0) break;
+        if (cat::is_opening(token.code)) ++depth;
         if (!(tokens.place() == end)) found.push_back({tokens.place(), ""});
         found.back().text += tokens.text();
         end = tokens.place();
@@ -272,7 +270,7 @@ class cSource::cDeclarationWalk {
             int const code = tokens_.token().code;
             if (code == '=')
                 take_key();
-            else if (awaits_value_ && !is_separator(code))
+            else if (awaits_value_ && !cat::is_separator(code))
                 take_value();
             else
                 take_other();
@@ -302,7 +300,7 @@ class cSource::cDeclarationWalk {
 
     void take_other() {
         int const code = tokens_.token().code;
-        if (specifies_ && is_opening(code) && declaration())
+        if (specifies_ && cat::is_opening(code) && declaration())
             declaration()->keys[cat::as_text(key_)] = {place_, value_};
         take_bracket(code);
         declares_ = specifies_ = false;
@@ -315,9 +313,9 @@ class cSource::cDeclarationWalk {
     }
 
     void take_bracket(int code) {
-        if (is_closing(code) && declaration()) declaration()->end = tokens_.place();
-        if (is_closing(code) && !open_.empty()) open_.pop_back();
-        if (!is_opening(code)) return;
+        if (cat::is_closing(code) && declaration()) declaration()->end = tokens_.place();
+        if (cat::is_closing(code) && !open_.empty()) open_.pop_back();
+        if (!cat::is_opening(code)) return;
         open_.emplace_back();
         if (!declares_) return;
         std::vector<cDeclaration> &declarations = found_[cat::as_string(key_)];

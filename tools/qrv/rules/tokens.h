@@ -15,6 +15,9 @@ struct cTextToken {
     cPlace place;
 };
 
+inline cPlace place_of(cToken const &token) { return {token.line, token.column + 1}; }
+inline cPlace place_of(cAttrLiteral const &token) { return {token.line, token.column + 1}; }
+
 class cTextTokens {
   public:
     explicit cTextTokens(std::string const &bytes) : bytes_(bytes) {} // borrowed

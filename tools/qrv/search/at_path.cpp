@@ -21,17 +21,17 @@ std::string read_keys(std::string const &path, std::vector<objref> &keys) {
     if (scan.gettok(token) == '/') scan.gettok(token);
     for (;;) {
         objref key;
-        std::string const text = '\'' + shortened(token.text) + '\'';
-        if (token.code == tkEof && token.text.empty())
-            return "ends with a /: remove it, or add a key";
+        std::string const text = quoted(token.text);
+        if (cat::is_end(token)) return "ends with a /: remove it, or add a key";
         if (!cat::read_stdtype(token.code, token.text.c_str(), key) || !key ||
             !key->type().is_keytype())
             return "has " + text +
                    " where a key is expected; a key is a word, a number or a string in quotes";
         keys.push_back(key);
-        if (scan.gettok(token) == tkEof && token.text.empty()) return "";
+        scan.gettok(token);
+        if (cat::is_end(token)) return "";
         if (token.code != '/')
-            return "has '" + shortened(token.text) + "' after the key " + text +
+            return "has " + quoted(token.text) + " after the key " + text +
                    "; a key of several words needs quotes";
         scan.gettok(token);
     }

@@ -1,7 +1,6 @@
 #include "tools/qrv/search/sharing.h"
 
 #include "qrv/containers/cattspec.h"
-#include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cexacttext.h"
@@ -10,8 +9,6 @@
 #include <utility>
 
 namespace {
-
-cMapObj const *as_map(objref const &object) { return dynamic_cast<cMapObj const *>(object.get()); }
 
 // The member in which a type stores its declaration; null for other objects.
 char const *declarations_of(objref const &object) {
@@ -26,6 +23,8 @@ bool has_parts(objref const &object) {
 }
 
 } // namespace
+
+cMapObj const *as_map(objref const &value) { return dynamic_cast<cMapObj const *>(value.get()); }
 
 cSharing::cSharing(objref const &top, std::unordered_set<cObj const *> wanted)
     : wanted_(std::move(wanted)) {

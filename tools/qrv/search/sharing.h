@@ -3,12 +3,15 @@
 // what leads to each part; then builds paths backwards from the value. So the time depends only on
 // the size of the tree and of the requested paths, even if references create countless paths.
 
-#include "qrv/core/cobj.h"
+#include "qrv/containers/cmapobj.h"
 
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
+
+// The entries of a container, or of an object of a declared type; null for other values.
+cMapObj const *as_map(objref const &value);
 
 class cSharing {
   public:

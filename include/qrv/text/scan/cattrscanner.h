@@ -42,6 +42,19 @@ enum attr_token : int { QRV_TOKENS(QRV_TOKEN_ENUMERATOR) };
 namespace cat {
 // The name of a token code, such as "tkInt"; null for single characters and unused numbers.
 QRV_API char const *token_name(int code);
+
+// Of a token code.
+constexpr bool is_separator(int code) noexcept { return code == ';' || code == ','; }
+constexpr bool is_opening(int code) noexcept {
+    return code == '(' || code == '{' || code == '[' || code == '<';
+}
+constexpr bool is_closing(int code) noexcept {
+    return code == ')' || code == '}' || code == ']' || code == '>';
+}
+// The end of input, of a cToken or cAttrLiteral. A byte 0 has the same code.
+template <class Token> bool is_end(Token const &token) noexcept {
+    return token.code == tkEof && token.text.empty();
+}
 } // namespace cat
 
 // One token of the scanner. Its text is a view that is valid until the token after the next is read
@@ -301,6 +314,9 @@ class QRV_API cAttrScanner {
     // counters.
     void ungettoken() const;
     void ungettoken(cAttrLiteral const &token) const;
+    // Reads the next token; code 0 and no text at the end of input, repeatedly. Calls no yylex() of
+    // a derived lexer.
+    cToken const &next_token() const { return lexer_->next(); }
     // The current token; changes when the next one is read from any scanner on the stream.
     cAttrLiteral const &token() const;
     // The same as a view. Costs nothing, whereas token() copies the text, also of all later tokens.
@@ -355,8 +371,7 @@ class QRV_API cAttrScanner {
   protected:
     // The next token's code; 0 at the end of input, repeatedly. The token stays in the lexer.
     int gettoken() const;
-    int gettoken(cAttrLiteral &token) const;                    // and a copy of it
-    cToken const &next_token() const { return lexer_->next(); } // and the current token itself
+    int gettoken(cAttrLiteral &token) const; // and a copy of it
     // Reads up to the closing bracket, after the opening one was read; returns its code. Returns 0
     // if the input ends first, or at a token with a code below 0.
     int read_enclosed(int open, int close, cEnclosedText &to) const;
