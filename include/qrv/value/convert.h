@@ -35,9 +35,6 @@
 
 namespace qrv::detail {
 
-// A key as a part of a path; in quotes where it needs them.
-QRV_API std::string path_part(value const &key);
-QRV_API std::string path_part(std::size_t position);
 // Empty containers.
 QRV_API value empty_vector();
 QRV_API value empty_set();
@@ -112,7 +109,7 @@ template <sequence_like T> struct converter<T> {
         reserve(result, from.size());
         std::size_t position = 0;
         for (value const &x : from) {
-            result.push_back(convert_at(path_part(position), [&] { return x.get<element>(); }));
+            result.push_back(convert_at(path_of(position), [&] { return x.get<element>(); }));
             ++position;
         }
         return result;
@@ -132,7 +129,7 @@ template <set_like T> struct converter<T> {
         T result;
         std::size_t position = 0;
         for (value const &x : from) {
-            result.insert(convert_at(path_part(position), [&] { return x.get<element>(); }));
+            result.insert(convert_at(path_of(position), [&] { return x.get<element>(); }));
             ++position;
         }
         return result;
@@ -153,7 +150,7 @@ template <map_like T> struct converter<T> {
         expect_map(from);
         T result;
         for (item const &entry : from.items())
-            convert_at(path_part(entry.key),
+            convert_at(path_of(entry.key),
                        [&] { result.emplace(entry.key.get<key>(), entry.value.get<mapped>()); });
         return result;
     }
@@ -188,7 +185,7 @@ template <tuple_like T> struct converter<T> {
 
   private:
     template <class Part> static Part part(value const &from, std::size_t position) {
-        return convert_at(path_part(position), [&] { return from.at(position).get<Part>(); });
+        return convert_at(path_of(position), [&] { return from.at(position).get<Part>(); });
     }
 };
 
@@ -234,7 +231,7 @@ template <class Member> void get_member(value const &map, std::string_view name,
         }
     }
     value const found = map[name];
-    convert_at(path_part(value(name)), [&] { member = found.get<Member>(); });
+    convert_at(path_of(name), [&] { member = found.get<Member>(); });
 }
 
 // --- enumerators by name
