@@ -270,11 +270,11 @@ QRV_API long long number_of(value const &name, enumerator const *all, std::size_
 // written. A map from a file may have more keys; a key may be missing where the member is a
 // std::optional.
 #define QRV_DESCRIBE(Type, ...)                                                                    \
-    [[maybe_unused]] inline void to_value(Type const &from, ::qrv::value &to) {                    \
+    [[maybe_unused]] inline void to_value([[maybe_unused]] Type const &from, ::qrv::value &to) {   \
         to = ::qrv::detail::empty_map();                                                           \
         QRV_DETAIL_EACH(QRV_DETAIL_SET_MEMBER, Type, __VA_ARGS__)                                  \
     }                                                                                              \
-    [[maybe_unused]] inline void from_value(::qrv::value const &from, Type &to) {                  \
+    [[maybe_unused]] inline void from_value(::qrv::value const &from, [[maybe_unused]] Type &to) { \
         ::qrv::detail::expect_map(from);                                                           \
         QRV_DETAIL_EACH(QRV_DETAIL_GET_MEMBER, Type, __VA_ARGS__)                                  \
     }

@@ -299,7 +299,7 @@ class QRV_API value {
     // Is there an item equal to x? Of a vector or a set, whose keys are positions; #nil has none.
     // type_error: another value.   O(size)
     bool contains_item(value const &x) const;
-    // Removes the first item equal to x; those after it move down. False: there is none.
+    // Removes the first item equal to x; those after it move down. False: no item is equal.
     bool erase_item(value const &x);
     // In a vector, before the value at that position; at size() it appends.
     // path_error: there is no such position. type_error: not a vector.
