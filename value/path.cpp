@@ -154,6 +154,12 @@ objref key_object(step const &key) {
     return key.is == step::form::number ? own_key(key.number) : own_key(std::string(key.text));
 }
 
+void append_checked(std::string &path, step const &key) {
+    if (key.is == step::form::object && !(key.key && key.key->type().is_keytype()))
+        throw type_error({}, "a key", description(value_of(key.key)));
+    append_key(path, key);
+}
+
 void append_key(std::string &path, step const &key) {
     if (!path.empty()) path += '/';
     switch (key.is) {

@@ -168,6 +168,18 @@ void assign_choice(cObj &choice, objref const &x) {
                          description(value_of(x)));
 }
 
+namespace {
+
+// A set that has an equal value elsewhere accepts another one, and then does nothing.
+void refuse_second(cObj &set, step key, objref const &stored) {
+    objref keep;
+    cObj *const present = entry_of(set, key, keep);
+    if (!present || (present != stored.get() && !present->equal(stored)))
+        throw error("the set has an equal value already");
+}
+
+} // namespace
+
 bool is_writable(cObj const &object) { return has_method(object, mid_setattr); }
 
 namespace {
@@ -176,7 +188,11 @@ namespace {
 // for a number the same one of a wider type. RUNS USER CODE
 objref fitted(objref const &owner, objref const &key, value const &x) {
     if (x.is_nil() || &owner->type().type() != &cat::typetype_attlist()) return x.object();
-    objref const declared = owner->type().getattr(key);
+    objref declared;
+    {
+        cat::CaughtErrors const ignored; // setattr reports a key that is not declared
+        declared = owner->type().getattr(key);
+    }
     auto const *const spec = dynamic_cast<cAttspec const *>(declared.get());
     typeref const wanted = spec ? typeref::share(spec->get_type()) : typeref();
     objref const &given = value_access::object(x);
@@ -199,6 +215,7 @@ void write_entry(objref const &owner, step const &key, value const &x) {
     objref const name = key_object(key);
     objref const stored = fitted(owner, name, x);
     if (!guarded([&] { return owner->setattr(name, stored); })) refuse_entry(owner, x);
+    if (owner->is_set()) refuse_second(*owner, key, stored);
     report.fire();
 }
 

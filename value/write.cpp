@@ -200,6 +200,8 @@ void value::assign(value const &x) {
     if (is_shared_with(x)) return;
     objref const owner = object_;
     detail::refuse_cycle(owner, x);
+    if ((is_vector() || is_set()) && x.is_container() && !x.is_vector() && !x.is_set())
+        refuse_type(x.object_, {}, "a vector or a set"); // the keys would be lost
     refuse_loss(*owner, x);
     detail::change_report report(owner);
     if (detail::is_choice(*owner))

@@ -132,3 +132,17 @@ TEST_F(Choice, and_numbers_are_the_only_attributes_that_are_converted) {
     EXPECT_EQ(x.at("limit"), 0.5);
     EXPECT_EQ(x.at("name"), "x");
 }
+
+TEST_F(Choice, as_an_attribute_is_not_asked_for_an_unknown_key) {
+    qrv::value x = axis();
+    EXPECT_EQ(thrown<qrv::error>([&] { x["speed"] = "slow"; }).substr(0, 7), "speed: ");
+    EXPECT_FALSE(x.contains("speed"));
+}
+
+TEST_F(Choice, keys_are_read_into_containers) {
+    qrv::value const v = read("{a= Mode(slow); b= Mode(off)}");
+    auto const modes = v.get<std::map<std::string, choice_test::Mode>>();
+    EXPECT_EQ(modes.at("a"), choice_test::Mode::slow);
+    EXPECT_EQ((v.get<std::map<std::string, std::string>>().at("b")), "off");
+    EXPECT_EQ(v.get_or("a", choice_test::Mode::off), choice_test::Mode::slow);
+}

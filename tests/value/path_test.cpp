@@ -122,6 +122,10 @@ TEST_F(Path, is_made_of_keys_that_nobody_knows) {
     EXPECT_EQ(qrv::path_of(qrv::value("a b"), qrv::value(-3)), "\"a b\"/-3");
     EXPECT_EQ(thrown<std::out_of_range>([] { static_cast<void>(qrv::path_of(1LL << 40)); }),
               "1099511627776 does not fit in an int");
+    EXPECT_EQ(thrown<qrv::type_error>(
+                  [] { static_cast<void>(qrv::path_of("a", qrv::value(read("[1]")))); }),
+              "expected a key, but it is a vector");
+    EXPECT_THROW(static_cast<void>(qrv::path_of(qrv::value())), qrv::type_error);
     qrv::value v = qrv::map{};
     for (std::string const key : {"",       "/",
                                   "//",     "/*",

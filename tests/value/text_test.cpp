@@ -220,6 +220,22 @@ TEST_F(ValueText, types_of_a_text_are_those_of_its_values) {
     EXPECT_TRUE(parse("ValueTextA(x= 2)").conforms_to(qrv::type("ValueTextA")));
 }
 
+TEST_F(ValueText, types_that_refer_to_each_other_stay_registered) {
+    cat::TypeScope const scope;
+    parse("{ValueTextNode= attlist(); ValueTextNode= attlist(next= attspec(type= ValueTextNode; "
+          "flag= #IMPLIED)); "
+          "n= ValueTextNode(next= ValueTextNode())}");
+    for (int i = 0; i < 40; ++i) {
+        cat::TypeScope const other; // destroys types that only refer to themselves
+        std::string const name = "ValueTextLoop" + std::to_string(i);
+        parse("{" + name + "= attlist(); " + name + "= attlist(next= attspec(type= " + name +
+              "; flag= #IMPLIED))}");
+    }
+    value const node = parse("ValueTextNode(next= ValueTextNode())");
+    EXPECT_TRUE(node.conforms_to(qrv::type("ValueTextNode")));
+    EXPECT_EQ(node.at("next").type_name(), "ValueTextNode");
+}
+
 // A type whose objects want a module.
 TEST_F(ValueText, a_filter_is_asked_for_modules_during_its_reading_only) {
     typeref const type = make<cTypeObj>("ValueTextLoader");

@@ -429,6 +429,37 @@ TEST_F(ValueWrite, very_deep_values_end_in_an_exception_and_not_in_a_crash) {
     EXPECT_TRUE(v.is_nil());
 }
 
+TEST_F(ValueWrite, a_set_refuses_a_value_that_it_has_at_another_position) {
+    qrv::value set = qrv::set{3, 4};
+    int changes = 0;
+    auto const watch = set.on_change([&](qrv::change const &) { ++changes; });
+    EXPECT_EQ(thrown<qrv::error>([&] { set.set(0, 4); }), "0: the set has an equal value already");
+    EXPECT_EQ(thrown<qrv::error>([&] { set["x"] = 4; }), "x: the set has an equal value already");
+    EXPECT_THROW(set.set(9, 4), qrv::error);
+    EXPECT_EQ(changes, 0);
+    set.set(0, 3);
+    set.set(0, 5);
+    set.set(2, 6);
+    EXPECT_EQ(text_of(set), "<5, 4, 6, >");
+    EXPECT_EQ(changes, 3);
+}
+
+TEST_F(ValueWrite, assign_of_a_map_to_a_vector_or_set_is_refused) {
+    qrv::value const map = read("{a= 1}");
+    qrv::value list = read("[1]"), set = read("<1>"), target = read("{b= 2}");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { list.assign(map); }),
+              "expected a vector or a set, but it is a map");
+    EXPECT_THROW(set.assign(map), qrv::type_error);
+    EXPECT_EQ(list, read("[1]"));
+    EXPECT_EQ(set, read("<1>"));
+    list.assign(read("<7, 8>"));
+    EXPECT_EQ(list, read("[7, 8]"));
+    set.assign(read("[7, 7]"));
+    EXPECT_EQ(set, read("<7>"));
+    target.assign(read("[x]"));
+    EXPECT_EQ(target, read("{0= x}"));
+}
+
 TEST_F(ValueWrite, items_are_found_and_removed_by_value) {
     qrv::value tags = qrv::set{"new", 3, 2.5};
     EXPECT_TRUE(tags.contains_item("new"));

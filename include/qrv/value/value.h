@@ -120,6 +120,7 @@ struct QRV_API step {
 
 // The key as a part of a path, after a slash unless it is the first.
 QRV_API void append_key(std::string &path, step const &key);
+QRV_API void append_checked(std::string &path, step const &key); // type_error: it is not a key
 
 // Where most paths lead: identifiers and short numbers, through containers of the library, to a
 // value that is there. Borrowed; cat::nil() for #nil. Null for all others: locate() finds them.
@@ -276,7 +277,8 @@ class QRV_API value {
     // change.
 
     // Missing levels become maps; a position one past the last appends to a vector. With the path
-    // of the value itself, v.set("", x) is v = x. path_error: faulty text, or no such position, or
+    // of the value itself, v.set("", x) is v = x. error: a set has an equal value at another
+    // position. path_error: faulty text, or no such position, or
     // the path of the value itself, but not on a variable. type_error: there is a scalar on the
     // way.
     void set(std::string_view path, value const &x) &;
@@ -311,12 +313,14 @@ class QRV_API value {
     void rename(std::string_view key, std::string_view new_key);
     // As the command `qrv merge`: entries that both have and that are containers are merged in
     // turn, other values replace those here, and the rest is added; a vector gets those of `other`
-    // behind its own. The parts of `other` are shared. type_error: one of the two is not a
-    // container.
+    // behind its own. The parts of `other` are shared. What was merged before an exception stays.
+    // type_error: one of the two is not a container.
     void merge(value const &other) &;
     void merge(value const &other) && { lasting().merge(other); }
     // Changes the object itself, and with it all copies of this value. The type stays: a number is
-    // converted by the rules of get(), and a choice takes its key, or that of another choice.
+    // converted by the rules of get(), and a choice takes its key, or that of another choice. Maps,
+    // vectors and sets accept each other's values; only a vector or set refuses a map, whose keys
+    // would be lost.
     // type_error: #nil, or the type refuses x, or the choice does not have the key. range_error:
     // the number does not fit.
     void assign(value const &x);
@@ -442,12 +446,13 @@ struct detail::value_access {
 
 // The path of these keys, each in the next one's container: path_of("hosts", "a/b", 0) is
 // hosts/"a/b"/0. A string is one key, in quotes where it needs them; so path_of(key) is one part of
-// a longer path. Integers, and values as keys, as in operator[].
+// a longer path. Integers, and values as keys, as in operator[]. type_error: a value that is not a
+// key, such as a container. range_error: an integer that is not an int.
 template <class... Keys>
 requires((detail::text<Keys> || detail::key_like<Keys>)&&...) [[nodiscard]] std::string
     path_of(Keys const &...keys) {
     std::string path;
-    (detail::append_key(path, detail::value_access::step_of(keys)), ...);
+    (detail::append_checked(path, detail::value_access::step_of(keys)), ...);
     return path;
 }
 
