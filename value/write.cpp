@@ -58,7 +58,7 @@ bool value::push_back(value const &x) & {
 
 namespace {
 
-// The position of the first item equal to x; empty if there is none.
+// The position of the first item equal to x; empty if no item is equal.
 std::optional<int> item_of(value const &list, value const &x) {
     if (!list.is_nil() && !list.is_vector() && !list.is_set())
         throw type_error({}, "a vector or a set", detail::description(list));
