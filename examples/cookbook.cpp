@@ -68,7 +68,7 @@ void ask_for_the_kind() {
 
 void key_with_a_slash() {
     qrv::value const mime = qrv::map{{"text/html", "utf-8"}};
-    std::cout << mime["text/html"] << ' ' << mime.at("\"text/html\"") << '\n';
+    std::cout << mime["text/html"] << ' ' << mime.at(qrv::path_of("text/html")) << '\n';
 }
 
 void integer_keys() {
@@ -151,7 +151,7 @@ void build_a_tree() {
 
 void unique_items() {
     qrv::set tags{"new", "cheap", "new"};
-    std::cout << tags << ' ' << tags.push_back("cheap") << '\n';
+    std::cout << tags << ' ' << tags.push_back("cheap") << ' ' << tags.contains_item("new") << '\n';
 }
 
 void edit_a_file() {

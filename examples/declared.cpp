@@ -15,6 +15,10 @@ int main() {
     qrv::value x = axis.make(qrv::map{{"name", "X"}, {"mode", "slow"}});
     std::cout << x << '\n';
 
+    // A choice is set, read and compared by its key.
+    x["mode"] = "fast";
+    std::cout << x["mode"].get<std::string>() << ' ' << (x["mode"] == "off") << '\n';
+
     // A value that the type refuses changes nothing.
     try {
         x["limit"] = "high";

@@ -81,9 +81,13 @@ std::partial_ordering value::order(long double number) const noexcept {
     return static_cast<long double>(data_of<double>(*object_)) <=> number;
 }
 
-std::partial_ordering value::order(std::string_view text) const noexcept {
-    if (!is_string()) return std::partial_ordering::unordered;
-    return std::string_view(data_of<std::string>(*object_)) <=> text;
+// A choice has no order, but its key is equal to this text.
+std::partial_ordering value::order(std::string_view text) const {
+    if (is_string()) return std::string_view(data_of<std::string>(*object_)) <=> text;
+    objref const key = detail::choice_key_of(object_);
+    return key && key->object_class() == cObjClass::string && data_of<std::string>(*key) == text
+               ? std::partial_ordering::equivalent
+               : std::partial_ordering::unordered;
 }
 
 std::size_t value::hash() const {

@@ -10,14 +10,6 @@
 
 namespace qrv::detail {
 
-std::string path_part(value const &key) {
-    std::string result;
-    append_key(result, step(key.object()));
-    return result;
-}
-
-std::string path_part(std::size_t position) { return std::to_string(position); }
-
 value empty_vector() { return value_access::share(make<cVectorObj>()); }
 
 value empty_set() { return value_access::share(make<cSetObj>()); }

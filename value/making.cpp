@@ -29,7 +29,8 @@ cRef<cAttspec> specification(cTypeObj &type, objref const &key) {
     return cRef<cAttspec>::share(dynamic_cast<cAttspec *>(declared.get()));
 }
 
-// The same number, of a type that holds more of them; else null.
+} // namespace
+
 objref widened(objref const &from, cTypeObj const &type) {
     bool const is_int = &from->type() == &cat::type_int();
     bool const is_float = &from->type() == &cat::type_float();
@@ -39,6 +40,8 @@ objref widened(objref const &from, cTypeObj const &type) {
     std::optional<float> const number = value(from).get_if<float>();
     return number ? value(*number).object() : objref();
 }
+
+namespace {
 
 bool is_makeable(objref const &from, cTypeObj const &type) {
     if (is_attribute_set(type)) return from->is_map() && !cat::stack_low();

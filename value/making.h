@@ -15,6 +15,9 @@ struct BrokenRule;
 
 namespace qrv::detail {
 
+// The same number, of a type that holds more of them; else null.
+objref widened(objref const &from, cTypeObj const &type);
+
 class making {
   public:
     // The value, or null where it breaks rules. error: another refusal of the library.

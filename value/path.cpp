@@ -5,6 +5,7 @@
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 #include "qrv/value/errors.h"
+#include "value/place.h"
 
 #include <algorithm>
 #include <charconv>
@@ -17,7 +18,8 @@ namespace {
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 
-// Ends a part at `end`? Two slashes, and a slash and a star, begin a comment.
+// Ends a part at `end`? Two slashes, and a slash and a star, are left to scanned(), which refuses
+// them.
 bool part_ends(std::string_view path, std::size_t end) {
     if (end == path.size()) return true;
     if (path[end] != '/' || end + 1 == path.size()) return false;
@@ -42,7 +44,16 @@ std::size_t end_of_identifier(std::string_view path, std::size_t begin) {
     throw path_error(std::string(path), reason);
 }
 
+// read_stdtype() would cut the string at a zero byte.
+objref key_with_zero(std::string text) {
+    text = text.substr(1, text.size() - 2); // the quotes
+    cat::unescape(text);
+    return own_key(text);
+}
+
 objref key_of(cAttrLiteral const &token, std::string_view path) {
+    if (token.code == tkString && token.text.find('\0') != token.text.npos)
+        return key_with_zero(token.text);
     objref key;
     cat::ReadReport const unheard; // refuse() says what is wrong
     bool const read = cat::read_stdtype(token.code, token.text.c_str(), key);
@@ -51,24 +62,27 @@ objref key_of(cAttrLiteral const &token, std::string_view path) {
     refuse(path, "'" + token.text + "' is not a key; keys that are not identifiers go in quotes");
 }
 
-// A byte from 128 on ends what the scanner reads, unless it is in quotes.
-void refuse_stray_bytes(std::string_view path) {
+// What the scanner would skip or end at, unless it is in quotes: comments, and bytes from 128 on.
+void refuse_skipped_text(std::string_view path) {
     char quote = 0;
     for (std::size_t i = 0; i < path.size(); ++i) {
         char const c = path[i];
+        std::string_view const two = path.substr(i, 2);
         if (c == '\\')
             ++i;
         else if (quote == 0 && (c == '"' || c == '\''))
             quote = c;
         else if (c == quote)
             quote = 0;
-        else if (quote == 0 && static_cast<unsigned char>(c) >= 128)
+        else if (quote == 0 && two == "//")
+            refuse(path, "a key is missing between two slashes; the empty key is \"\"");
+        else if (quote == 0 && (two == "/*" || static_cast<unsigned char>(c) >= 128))
             refuse(path, "keys that are not identifiers go in quotes");
     }
 }
 
 std::vector<step> scanned(std::string_view path) {
-    refuse_stray_bytes(path);
+    refuse_skipped_text(path);
     std::vector<step> result;
     cat::ReadReport const unheard;
     std::istringstream in{std::string(path)};
@@ -140,6 +154,12 @@ objref key_object(step const &key) {
     return key.is == step::form::number ? own_key(key.number) : own_key(std::string(key.text));
 }
 
+void append_checked(std::string &path, step const &key) {
+    if (key.is == step::form::object && !(key.key && key.key->type().is_keytype()))
+        throw type_error({}, "a key", description(value_of(key.key)));
+    append_key(path, key);
+}
+
 void append_key(std::string &path, step const &key) {
     if (!path.empty()) path += '/';
     switch (key.is) {
@@ -147,13 +167,15 @@ void append_key(std::string &path, step const &key) {
         path += std::to_string(key.number);
         return;
     case step::form::object:
-        path += cat::as_text(key.key);
+        path += shown_text(key.key);
         return;
     case step::form::text:
         break;
     }
     std::string text(key.text);
     bool const bare = cat::escape(text);
+    for (std::size_t i = text.find('\n'); i != text.npos; i = text.find('\n', i + 2))
+        text.insert(i, 1, '\\');
     path += bare ? text : '"' + text + '"';
 }
 

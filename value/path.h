@@ -1,7 +1,8 @@
 #pragma once
 // Cuts the text of a path such as a/b/0 into keys. Keys have the lexical rules of the text format,
-// as in cObj::getattrp: foo and "foo" are the same key, 0 is an int, #name a constant, comments
-// count as nothing. Unlike there only a slash separates keys, and true and false are keys.
+// as in cObj::getattrp: foo and "foo" are the same key, 0 is an int, #name a constant. Unlike there
+// only a slash separates keys, true and false are keys, and comments are refused: // would silently
+// cut a path at an empty part.
 //
 // Identifiers and short numbers are cut out directly; a path with anything else is read by the
 // scanner of the text format.
@@ -39,8 +40,6 @@ class path_reader {
 
 // The object for a key.
 objref key_object(step const &key);
-// The key as a part of a path, after a slash unless it is the first.
-void append_key(std::string &path, step const &key);
 // The path of the next `count` keys.
 template <class Keys> std::string path_of(Keys keys, std::size_t count) {
     std::string result;

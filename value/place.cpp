@@ -1,9 +1,11 @@
 #include "value/place.h"
 
 #include "value/guard.h"
+#include "value/making.h"
 #include "value/notify.h"
 
 #include "qrv/containers/cattspec.h"
+#include "qrv/containers/citerobj.h"
 #include "qrv/core/ctypes.h"
 
 #include <array>
@@ -142,15 +144,78 @@ cObj *walk_plainly(cObj *root, std::string_view path) {
     }
 }
 
+bool is_choice(cObj const &object) noexcept {
+    return &object.type().type() == &cat::typetype_choice();
+}
+
+objref choice_key_of(cObj const *object) {
+    auto const *const choice = dynamic_cast<cIterObj const *>(object);
+    return choice && is_choice(*object) ? choice->key() : objref();
+}
+
+// The library's assign ignores an unknown key.
+void assign_choice(cObj &choice, objref const &x) {
+    auto const *const other = dynamic_cast<cIterObj const *>(x.get());
+    objref const wanted = other ? other->key() : x;
+    bool const assigned = guarded([&] {
+        if (cObj::is_void(wanted) || !wanted->type().is_keytype() || !choice.assign(wanted))
+            return false;
+        objref const key = choice_key_of(&choice);
+        return key && key->equal(wanted);
+    });
+    if (!assigned)
+        throw type_error({}, "a choice of type '" + choice.type().name() + "'",
+                         description(value_of(x)));
+}
+
+namespace {
+
+// A set that has an equal value elsewhere accepts another one, and then does nothing.
+void refuse_second(cObj &set, step key, objref const &stored) {
+    objref keep;
+    cObj *const present = entry_of(set, key, keep);
+    if (!present || (present != stored.get() && !present->equal(stored)))
+        throw error("the set has an equal value already");
+}
+
+} // namespace
+
 bool is_writable(cObj const &object) { return has_method(object, mid_setattr); }
+
+namespace {
+
+// What is stored where an attribute of a declared type gets the value: a choice for its key, and
+// for a number the same one of a wider type. RUNS USER CODE
+objref fitted(objref const &owner, objref const &key, value const &x) {
+    if (x.is_nil() || &owner->type().type() != &cat::typetype_attlist()) return x.object();
+    objref declared;
+    {
+        cat::CaughtErrors const ignored; // setattr reports a key that is not declared
+        declared = owner->type().getattr(key);
+    }
+    auto const *const spec = dynamic_cast<cAttspec const *>(declared.get());
+    typeref const wanted = spec ? typeref::share(spec->get_type()) : typeref();
+    objref const &given = value_access::object(x);
+    if (!wanted || &given->type() == wanted.get()) return given;
+    if (objref const number = widened(given, *wanted)) return number;
+    if (&wanted->type() != &cat::typetype_choice() || !given->type().is_keytype()) return given;
+    objref const choice = guarded([&] { return wanted->newobj(); });
+    if (cObj::is_bad(choice)) return given;
+    assign_choice(*choice, given);
+    return choice;
+}
+
+} // namespace
 
 void write_entry(objref const &owner, step const &key, value const &x) {
     if (key.is == step::form::object && !(key.key && key.key->type().is_keytype()))
         throw type_error({}, "a key", description(value_of(key.key)));
     refuse_cycle(owner, x, 1);
     change_report report = report_of(owner, key, written::replaced);
-    if (!guarded([&] { return owner->setattr(key_object(key), x.object()); }))
-        refuse_entry(owner, x);
+    objref const name = key_object(key);
+    objref const stored = fitted(owner, name, x);
+    if (!guarded([&] { return owner->setattr(name, stored); })) refuse_entry(owner, x);
+    if (owner->is_set()) refuse_second(*owner, key, stored);
     report.fire();
 }
 

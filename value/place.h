@@ -19,13 +19,20 @@ inline cMapObj *map_of(cObj *object) noexcept {
 // for types of the program.
 cObj *entry_of(cObj &object, step &key, objref &keep);
 
+// False, for a key that nothing is at; the keys after it may be faulty text.
+template <class Keys> bool absent(Keys &keys) {
+    for (step key; keys.next(key);) {
+    }
+    return false;
+}
+
 // What is at the end of the keys; false where nothing is there.
 template <class Keys> bool walk(objref const &root, Keys &keys, spot &to) {
     step key;
     cObj *at = root.get();
     while (keys.next(key)) {
         at = at ? entry_of(*at, key, to.keep) : nullptr;
-        if (!at) return false;
+        if (!at) return absent(keys);
     }
     to.object = at;
     return true;
@@ -46,6 +53,17 @@ bool remove_entry(objref const &owner, step key);
 bool append_value(objref const &owner, value const &x);
 // In front of the value at a position of a vector.
 void insert_value(objref const &owner, int position, value const &x);
+
+// Is the object of a choice type?
+bool is_choice(cObj const &object) noexcept;
+// The key of the choice, such as "slow"; null where the object is not a choice, or undefined.
+objref choice_key_of(cObj const *object);
+// Sets the choice to that key, or to that of another choice. type_error: it does not have the key.
+void assign_choice(cObj &choice, objref const &x);
+
+// The written form with all digits; without them, and `is_whole` false, where a part has no such
+// form. RUNS USER CODE
+std::string shown_text(objref const &object, bool *is_whole = nullptr);
 
 // "a string: "fast"", "a map", "nil", "an object of type Axis".
 std::string description(value const &v);

@@ -100,10 +100,19 @@ void reference::operator=(value x) && {
 
 void reference::operator=(reference const &other) && { std::move(*this) = other.read(); }
 
+void reference::set(std::string_view path, value const &x) const {
+    reference place = *this;
+    named([&] {
+        detail::path_reader keys(path);
+        for (detail::step key; keys.next(key);) place.keys_.add(key);
+    });
+    std::move(place) = x;
+}
+
 bool reference::push_back(value const &x) const {
     value place = read();
     bool const is_new = place.is_nil();
-    bool const added = place.push_back(x);
+    bool const added = named([&] { return place.push_back(x); });
     if (is_new) reference(*this) = place;
     return added;
 }
@@ -111,7 +120,7 @@ bool reference::push_back(value const &x) const {
 void reference::merge(value const &other) const {
     value place = read();
     bool const is_new = place.is_nil();
-    place.merge(other);
+    named([&] { place.merge(other); });
     if (is_new) reference(*this) = place;
 }
 
@@ -137,8 +146,13 @@ bool reference::exists() const {
     return locate(place);
 }
 
-item_range reference::items() const { return read().items(); }
-element_iterator reference::begin() const { return read().begin(); }
+item_range reference::items() const {
+    static_cast<void>(size()); // throws for a scalar
+    return read().items();
+}
+element_iterator reference::begin() const {
+    return use([](value const &v) { return v.begin(); });
+}
 element_iterator reference::end() const { return {}; }
 
 std::ostream &operator<<(std::ostream &os, reference const &place) { return os << place.read(); }

@@ -21,11 +21,11 @@ value load(std::string const &path, options const &how) {
 }
 
 value parse(std::string_view text, std::vector<cat::ReadError> &errors, options const &how) {
-    return detail::read_value(text, {}, how, errors);
+    return detail::read_all_or_no_types(text, {}, how, errors);
 }
 
 value load(std::string const &path, std::vector<cat::ReadError> &errors, options const &how) {
-    return detail::read_file(path, how, errors);
+    return detail::read_all_or_no_types(detail::bytes_of(path), path, how, errors);
 }
 
 std::string dump(value const &v, style const &how) { return detail::written(v, how, {}); }

@@ -94,23 +94,23 @@ objref value::object() const { return object_ ? object_ : cat::nil(); }
 
 // --- refusing
 
-namespace {
-
-// With all digits. What has no such text, such as infinity, in the plain form.
-std::string written(objref const &object) {
+std::string detail::shown_text(objref const &object, bool *is_whole) {
     cat::CaughtErrors const caught;
     {
         cat::ExactText const exact;
         std::string text = cat::as_text(object);
-        if (exact.failed() == 0) return text;
+        if (exact.failed() == 0 && caught.empty()) return text;
     }
+    if (is_whole) *is_whole = false;
     return cat::as_text(object);
 }
+
+namespace {
 
 // Of a scalar, cut when it is long.
 std::string shown(objref const &object) {
     constexpr std::size_t most = 60;
-    std::string text = written(object);
+    std::string text = detail::shown_text(object);
     if (text.size() > most) text = text.substr(0, most) + "...";
     return text;
 }
@@ -149,6 +149,10 @@ void value::refuse_range(cObj *object, std::string_view path, long long least,
                                              std::to_string(least) + " to " + std::to_string(most));
 }
 
+void value::refuse_float(cObj *object, std::string_view path) {
+    throw range_error(std::string(path), shown(objref::share(object)) + " does not fit in a float");
+}
+
 // --- reading
 
 namespace {
@@ -176,8 +180,12 @@ template <class T> detail::outcome read_integer(cObj const *object, T &to) {
     case cObjClass::double_number:
         return read_whole(data_of<double>(*object), to);
     default:
-        return detail::outcome::wrong_type;
+        break;
     }
+    int const key = cat::as_index(detail::choice_key_of(object));
+    if (key == cat::no_index) return detail::outcome::wrong_type;
+    to = static_cast<T>(key);
+    return std::in_range<T>(key) ? detail::outcome::good : detail::outcome::misfit;
 }
 
 } // namespace
@@ -188,13 +196,9 @@ detail::outcome value::read(cObj const *object, bool &to) noexcept {
     return detail::outcome::good;
 }
 
-detail::outcome value::read(cObj const *object, int &to) noexcept {
-    return read_integer(object, to);
-}
-detail::outcome value::read(cObj const *object, long long &to) noexcept {
-    return read_integer(object, to);
-}
-detail::outcome value::read(cObj const *object, unsigned long long &to) noexcept {
+detail::outcome value::read(cObj const *object, int &to) { return read_integer(object, to); }
+detail::outcome value::read(cObj const *object, long long &to) { return read_integer(object, to); }
+detail::outcome value::read(cObj const *object, unsigned long long &to) {
     return read_integer(object, to);
 }
 
@@ -219,15 +223,20 @@ detail::outcome value::read(cObj const *object, float &to) noexcept {
     double number = 0;
     if (read(object, number) != detail::outcome::good) return detail::outcome::wrong_type;
     if (std::isfinite(number) && std::fabs(number) > std::numeric_limits<float>::max())
-        return detail::outcome::wrong_type; // converting it would be undefined
+        return detail::outcome::misfit; // converting it would be undefined
     to = static_cast<float>(number);
-    bool const exact = std::isnan(number) || static_cast<double>(to) == number;
-    return exact ? detail::outcome::good : detail::outcome::wrong_type;
+    if (to == 0 && number != 0) return detail::outcome::misfit;
+    bool const rounded = !std::isnan(number) && static_cast<double>(to) != number;
+    bool const is_int = object->object_class() == cObjClass::integer;
+    return rounded && is_int ? detail::outcome::wrong_type : detail::outcome::good;
 }
 
 detail::outcome value::read(cObj const *object, std::string &to) {
-    if (!object || object->object_class() != cObjClass::string) return detail::outcome::wrong_type;
-    to = data_of<std::string>(*object);
+    if (!object) return detail::outcome::wrong_type;
+    objref const key = detail::choice_key_of(object);
+    cObj const &text = key ? *key : *object;
+    if (text.object_class() != cObjClass::string) return detail::outcome::wrong_type;
+    to = data_of<std::string>(text);
     return detail::outcome::good;
 }
 
@@ -270,6 +279,11 @@ std::size_t value::size() const {
     return map->datamap().used();
 }
 
-std::ostream &operator<<(std::ostream &os, value const &v) { return os << written(v.object()); }
+std::ostream &operator<<(std::ostream &os, value const &v) {
+    bool is_whole = true;
+    os << detail::shown_text(v.object(), &is_whole);
+    if (!is_whole) os.setstate(std::ios_base::failbit);
+    return os;
+}
 
 } // namespace qrv

@@ -7,9 +7,11 @@
 
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/ctypeobj.h"
+#include "qrv/core/ctypes.h"
 #include "qrv/value/items.h"
 
 #include <limits>
+#include <optional>
 #include <set>
 
 namespace qrv {
@@ -21,6 +23,13 @@ value &value::lasting() {
 
 void value::set(std::string_view path, value const &x) & {
     detail::write_at(object_, detail::path_reader(path), value(x));
+}
+
+void value::set(std::string_view path, value const &x) && {
+    detail::step first;
+    if (!detail::path_reader(path).next(first))
+        throw path_error({}, "only a variable can be replaced: assign() changes the value itself");
+    lasting().set(path, x);
 }
 
 void value::set_key(detail::step const &key, value const &x) {
@@ -45,6 +54,29 @@ bool value::push_back(value const &x) & {
     if (!is_vector() && !is_set()) refuse_type(object_, {}, "a vector or a set");
     objref const owner = object_;
     return detail::append_value(owner, x);
+}
+
+namespace {
+
+// The position of the first item equal to x; empty if no item is equal.
+std::optional<int> item_of(value const &list, value const &x) {
+    if (!list.is_nil() && !list.is_vector() && !list.is_set())
+        throw type_error({}, "a vector or a set", detail::description(list));
+    int position = 0;
+    for (value const &item : list) {
+        if (item == x) return position;
+        ++position;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+bool value::contains_item(value const &x) const { return item_of(*this, x).has_value(); }
+
+bool value::erase_item(value const &x) {
+    std::optional<int> const position = item_of(*this, x);
+    return position && erase(*position);
 }
 
 void value::insert(std::size_t position, value const &x) {
@@ -126,14 +158,55 @@ void value::merge(value const &other) & {
     merger().merge(*this, other);
 }
 
+namespace {
+
+// The built-in type of the object's number or truth; null for other objects.
+cTypeObj *scalar_type(cObj const &object) {
+    switch (object.object_class()) {
+    case cObjClass::boolean:
+        return &cat::type_bool();
+    case cObjClass::integer:
+        return &cat::type_int();
+    case cObjClass::float_number:
+        return &cat::type_float();
+    case cObjClass::double_number:
+        return &cat::type_double();
+    default:
+        return nullptr;
+    }
+}
+
+// The library's own conversions cut numbers to what the object can hold: get() throws instead.
+void refuse_loss(cObj const &object, value const &x) {
+    cTypeObj const *const type = scalar_type(object);
+    cTypeObj &source = x.object()->type();
+    auto const conversion = type ? type->converter(source) : nullptr;
+    if (!conversion || object.type().converter(source) != conversion) return;
+    if (type == &cat::type_bool())
+        static_cast<void>(x.get<bool>());
+    else if (type == &cat::type_int())
+        static_cast<void>(x.get<int>());
+    else if (type == &cat::type_float())
+        static_cast<void>(x.get<float>());
+    else
+        static_cast<void>(x.get<double>());
+}
+
+} // namespace
+
 void value::assign(value const &x) {
     if (is_nil()) throw type_error("nil has no object that could change", 0);
     if (x.is_nil()) refuse_type(nullptr, {}, object_->type().name().c_str());
     if (is_shared_with(x)) return;
     objref const owner = object_;
     detail::refuse_cycle(owner, x);
+    if ((is_vector() || is_set()) && x.is_container() && !x.is_vector() && !x.is_set())
+        refuse_type(x.object_, {}, "a vector or a set"); // the keys would be lost
+    refuse_loss(*owner, x);
     detail::change_report report(owner);
-    if (!detail::guarded([&] { return owner->assign(x.object_); }))
+    if (detail::is_choice(*owner))
+        detail::assign_choice(*owner, x.object_);
+    else if (!detail::guarded([&] { return owner->assign(x.object_); }))
         refuse_type(x.object_, {}, owner->type().name().c_str());
     report.fire();
 }

@@ -86,7 +86,7 @@ template <class Keys> bool remove_at(objref const &root, Keys keys) {
         owner = objref::share(entry_of(*owner, key, keep));
         key = next;
     }
-    return false;
+    return absent(keys);
 }
 
 } // namespace qrv::detail

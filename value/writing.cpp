@@ -55,7 +55,9 @@ std::string written(value const &v, style const &how, std::string const &about) 
     // The writer composes text for such a stream without remembering where single values are.
     std::ostringstream os;
     os.imbue(std::locale::classic());
-    v.object()->writeobj(os); // RUNS USER CODE
+    v.object()->writeobj(os);         // RUNS USER CODE
+    if (os.fail() && !caught.empty()) // the path to the deepest value would be too long to read
+        throw error(about + "nesting is too deep to be written", caught.entries()[0].code());
     if (!caught.empty()) refuse(caught, about);
     std::string text = std::move(os).str();
     return how.one_line ? on_one_line(text) : text;

@@ -50,6 +50,14 @@ void from_value(qrv::value const &from, Colour &to) {
 }
 
 struct Unknown {};
+
+struct Empty {};
+QRV_DESCRIBE(Empty)
+
+struct Narrow {
+    float ratio = 0;
+};
+QRV_DESCRIBE(Narrow, ratio)
 } // namespace shapes
 
 namespace {
@@ -286,3 +294,14 @@ TEST_F(ValueBuild, builders_are_values) {
     EXPECT_EQ(list[0], 0);
 }
 } // namespace
+
+TEST_F(ValueConvert, a_struct_without_members_is_an_empty_map) {
+    EXPECT_EQ(value(shapes::Empty()), value(qrv::map{}));
+    EXPECT_NO_THROW(qrv::parse("{a= 1}").get<shapes::Empty>());
+    EXPECT_THROW(value(1).get<shapes::Empty>(), qrv::type_error);
+}
+
+TEST_F(ValueConvert, a_float_member_is_read_from_text) {
+    EXPECT_EQ(qrv::parse("{ratio= 0.1}").get<shapes::Narrow>().ratio, 0.1F);
+    EXPECT_THROW(qrv::parse("{ratio= 16777217}").get<shapes::Narrow>(), qrv::type_error);
+}

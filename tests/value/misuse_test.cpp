@@ -11,6 +11,10 @@ using qrv::reference;
 using qrv::value;
 
 struct cPlain {};
+struct cAbstract {
+    virtual ~cAbstract() = default;
+    virtual void f() = 0;
+};
 
 template <class T>
 concept makes_a_value = std::constructible_from<value, T>;
@@ -60,6 +64,9 @@ static_assert(!makes_a_value<char> && !makes_a_value<wchar_t> && !makes_a_value<
 static_assert(!makes_a_value<char16_t> && !makes_a_value<char32_t>);
 static_assert(!makes_a_value<int *> && !makes_a_value<void *> && !makes_a_value<cObj *>);
 static_assert(!makes_a_value<cPlain> && !makes_a_value<void (*)()>);
+static_assert(!makes_a_value<int[3]> && !makes_a_value<int (&)[3]> && !makes_a_value<cPlain[2]>);
+static_assert(!makes_a_value<void> && !makes_a_value<void()> && !makes_a_value<cAbstract &>);
+static_assert(makes_a_value<char const (&)[4]>);
 static_assert(makes_a_value<cRef<cMapObj>> && makes_a_value<objref>);
 
 // Nothing comes out by itself, and no value is a condition.
@@ -77,12 +84,15 @@ static_assert(is_gettable<std::string> && is_gettable<int> && is_gettable<value>
 static_assert(!is_gettable<std::string_view> && !is_gettable<char const *>);
 static_assert(!is_gettable<int &> && !is_gettable<int const> && !is_gettable<char>);
 static_assert(!is_gettable<cPlain> && !is_gettable<reference>);
+static_assert(!is_gettable<char[4]> && !is_gettable<int[3]> && !is_gettable<int[]>);
+static_assert(!is_gettable<void> && !is_gettable<void()> && !is_gettable<cAbstract>);
 static_assert(is_gettable_at<int> && !is_gettable_at<std::string_view>);
 
 // Keys are texts and ints.
 static_assert(is_key<int> && is_key<std::size_t> && is_key<std::string> && is_key<value>);
 static_assert(is_key<char const *> && is_key<std::string_view>);
 static_assert(!is_key<char> && !is_key<double> && !is_key<bool> && !is_key<std::nullptr_t>);
+static_assert(is_key<reference>);
 static_assert(is_settable<int> && is_settable<std::string> && !is_settable<double>);
 static_assert(!is_settable<char> && !is_settable<bool> && !is_settable<std::nullptr_t>);
 static_assert(is_erasable<int> && !is_erasable<double> && !is_erasable<std::nullptr_t>);

@@ -147,3 +147,89 @@ TEST_F(Reference, assigning_replaces_and_copies_keep_their_object) {
     v["bus"]["baud"].assign(6);
     EXPECT_EQ(v.at("bus/baud"), 6);
 }
+
+TEST_F(Reference, names_the_whole_path_in_errors) {
+    qrv::value v = read("{a= {b= 5; list= [1]; m= {k= 1}; n= #nil}}");
+    auto const place = [&] { return v["a"]["b"]; };
+    std::string const scalar = "a/b: expected a container, but it is an int: 5";
+    std::string const list = "a/b: expected a vector or a set, but it is an int: 5";
+    EXPECT_EQ(thrown<qrv::type_error>([&] { static_cast<void>(place().size()); }), scalar);
+    EXPECT_EQ(thrown<qrv::type_error>([&] { static_cast<void>(place().empty()); }), scalar);
+    EXPECT_EQ(thrown<qrv::type_error>([&] { static_cast<void>(place().begin()); }), scalar);
+    EXPECT_EQ(thrown<qrv::type_error>([&] { static_cast<void>(place().items()); }), scalar);
+    EXPECT_EQ(thrown<qrv::type_error>([&] { place().merge(v); }), scalar);
+    EXPECT_EQ(thrown<qrv::type_error>([&] { place().push_back(1); }), list);
+    EXPECT_EQ(thrown<qrv::type_error>([&] { place().insert(0, 1); }),
+              "a/b: expected a vector, but it is an int: 5");
+    EXPECT_EQ(thrown<qrv::path_error>([&] { v["a"]["list"].insert(2, 1); }),
+              "a/list/2: the vector ends at 1");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { place().clear(); }),
+              "a/b: expected a map, a vector or a set, but it is an int: 5");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { place().rename("x", "y"); }),
+              "a/b: expected a map, but it is an int: 5");
+    EXPECT_EQ(thrown<qrv::path_error>([&] { v["a"]["m"].rename("x", "y"); }),
+              "a/m/x: nothing is there");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { place().assign("x"); }).substr(0, 5), "a/b: ");
+    EXPECT_EQ(thrown<qrv::path_error>([&] { static_cast<void>(v["a"].at("x/y")); }),
+              "a/x/y: nothing is there");
+    EXPECT_EQ(thrown<qrv::path_error>([&] { static_cast<void>(v["a"]["list"].at(1)); }),
+              "a/list/1: nothing is there");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { v["a"].get<std::string>("b"); }),
+              "a/b: expected string, but it is an int: 5");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { v["a"].get_or("b", "x"); }),
+              "a/b: expected string, but it is an int: 5");
+    EXPECT_EQ(thrown<std::out_of_range>([&] { v["a"]["b"].assign(1e300); }),
+              "a/b: 1.00000e+300 does not fit: the range is -2147483648 to 2147483647");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { v["a"]["n"].set_comment("x"); }).substr(0, 5), "a/n: ");
+    EXPECT_EQ(v, read("{a= {b= 5; list= [1]; m= {k= 1}; n= #nil}}"));
+}
+
+TEST_F(Reference, sets_what_is_below_it) {
+    qrv::value v;
+    v["a"].set("b/c", 1);
+    v["a"].set("/b/d", 2);
+    v["a"]["list"].set("", read("[x]"));
+    v["a"]["list"].set(1, "y");
+    EXPECT_EQ(v, read("{a= {b= {c= 1; d= 2}; list= [x, y]}}"));
+    EXPECT_EQ(thrown<qrv::path_error>([&] { v["a"].set("b//c", 1); }),
+              "a/b//c: a key is missing between two slashes; the empty key is \"\"");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { v["a"].set("b/c/d", 1); }),
+              "a/b/c: expected a container, but it is an int: 1");
+    EXPECT_EQ(thrown<qrv::path_error>([&] { v["a"]["list"].set(9, 1); }).substr(0, 10),
+              "a/list/9: ");
+}
+
+TEST_F(Reference, is_a_key_where_it_has_one) {
+    qrv::value v = read("{key= name; name= lamp; n= 3; 3= three}");
+    qrv::value const constant = v;
+    EXPECT_EQ(v[v["key"]], "lamp");
+    EXPECT_EQ(constant[v["key"]], "lamp");
+    EXPECT_EQ(v.at(v["n"]), "three");
+    EXPECT_TRUE(v.contains(v["key"]));
+    EXPECT_EQ(qrv::path_of(v["key"], v["n"]), "name/3");
+    v[v["key"]] = 5;
+    EXPECT_EQ(v.at("name"), 5);
+    EXPECT_THROW(v[v["x"]], qrv::path_error);
+    EXPECT_EQ(std::hash<qrv::reference>()(v["name"]), std::hash<qrv::value>()(5));
+    EXPECT_THROW(v.push_back(1), qrv::type_error);
+}
+
+TEST_F(Reference, gives_entries_by_position) {
+    qrv::value v = read("{list= [7, x]}");
+    EXPECT_EQ(v["list"].get<int>(0), 7);
+    EXPECT_EQ(v["list"].get<int>(2), std::nullopt);
+    EXPECT_EQ(v["list"].get_or(2, 4), 4);
+    EXPECT_TRUE(v["list"].contains_item("x"));
+    EXPECT_TRUE(v["list"].erase_item("x"));
+    EXPECT_FALSE(v["none"].contains_item("x"));
+    EXPECT_THROW(v["none"].erase_item("x"), qrv::path_error);
+}
+
+TEST_F(Reference, gives_a_container_as_the_default) {
+    qrv::value v = read("{list= [7]}");
+    qrv::value const none = v.get_or("none", qrv::vector{});
+    EXPECT_TRUE(none.is_vector());
+    EXPECT_EQ(v.get_or("list", qrv::vector{}), read("[7]"));
+    EXPECT_EQ(v.get_or("none", v["list"]), read("[7]"));
+    EXPECT_EQ(v["list"].get_or(3, qrv::map{}), read("{}"));
+}

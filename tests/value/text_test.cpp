@@ -9,6 +9,7 @@
 #include "qrv/edit/cfingerprint.h"
 #include "qrv/modules/cmodule.h"
 #include "qrv/text/state/cwriteindent.h"
+#include "qrv/value.h"
 #include "tests/edit/generated_text.h"
 #include "tests/support/paths.h"
 #include "tests/support/sanitized.h"
@@ -93,6 +94,20 @@ TEST_F(ValueText, errors_are_collected_and_the_rest_is_read) {
     expect_silence();
 }
 
+TEST_F(ValueText, errors_that_follow_from_another_one_are_counted) {
+    try {
+        parse("{ a= 1 b= 2;\n c= #what; }");
+        FAIL();
+    } catch (qrv::parse_error const &error) {
+        EXPECT_STREQ(error.what(), "1:6: error: Missing delimiter after value: 1\n"
+                                   "2:5: error: Unknown #-value (no defined const): #what\n"
+                                   "2:5: note: 1 more error follows from it");
+        ASSERT_EQ(error.errors().size(), 3U);
+        EXPECT_EQ(error.errors()[1].follows, cat::ReadError::none);
+        EXPECT_EQ(error.errors()[2].follows, 1U);
+    }
+}
+
 TEST_F(ValueText, text_without_a_value_and_text_after_one_are_errors) {
     for (char const *const text : {"", " // nothing\n", "}", "{a = 1} {b = 2}", "1 2"})
         EXPECT_THROW(parse(text), qrv::parse_error) << text;
@@ -103,9 +118,26 @@ TEST_F(ValueText, the_depth_is_limited) {
     std::string const deep = std::string(20, '[') + std::string(20, ']');
     EXPECT_NO_THROW(parse(deep));
     EXPECT_NO_THROW(parse(deep, {.depth = 20}));
+    EXPECT_EQ(message_of<qrv::parse_error>([&] { parse("[[[1]]]", {.depth = 2}); }),
+              "1:3: error: Nesting is deeper than 2, path : /0/0\n"
+              "1:3: note: qrv::options::depth sets this limit\n"
+              "1:3: note: 4 more errors follow from it");
     EXPECT_THROW(parse(deep, {.depth = 19}), qrv::parse_error);
+    EXPECT_NO_THROW(parse(deep, {.depth = 0}));
     EXPECT_NO_THROW(parse(deep));
     EXPECT_THROW(parse(std::string(2000000, '[')), qrv::parse_error);
+    expect_silence();
+}
+
+TEST_F(ValueText, a_value_that_is_too_deep_for_the_stack_has_no_text) {
+    value deep = 1;
+    for (int i = 0; i < 200000; ++i) deep = value(std::vector<value>{deep});
+    EXPECT_EQ(message_of<qrv::error>([&] { dump(deep); }), "nesting is too deep to be written");
+    EXPECT_EQ(message_of<qrv::error>([&] { save(deep, file_); }),
+              file_ + ": nesting is too deep to be written");
+    std::ostringstream os;
+    os << deep;
+    EXPECT_EQ(os.rdstate(), std::ios_base::failbit);
     expect_silence();
 }
 
@@ -113,6 +145,93 @@ TEST_F(ValueText, types_that_the_text_declares_stay_registered) {
     cat::TypeScope const scope;
     value const v = parse("{ValueTextMode = choice({off = 0; on = 1}); m = ValueTextMode(on)}");
     EXPECT_EQ(dump(parse("ValueTextMode(off)")), "ValueTextMode(off)");
+}
+
+namespace {
+
+// The names of all registered types.
+std::string registered() {
+    std::string names;
+    for (auto const &[key, type] : value(objref::share(&cat::typemap())).items())
+        names += key.get<std::string>() + ' ';
+    return names;
+}
+
+} // namespace
+
+TEST_F(ValueText, faulty_text_registers_no_type) {
+    std::string const before = registered();
+    std::string const types =
+        "{ValueTextMode= choice({off= 0; on= 1}); "
+        "ValueTextAxis= attlist(mode= attspec(type= ValueTextMode; flag= #REQUIRED)); "
+        "a= ValueTextAxis(mode= ValueTextMode(on)); ";
+    for (char const *const rest : {"b= ;}", "b= #what;}", "", "} 5"}) {
+        EXPECT_THROW(parse(types + rest), qrv::parse_error) << rest;
+        EXPECT_EQ(registered(), before);
+    }
+    std::vector<cat::ReadError> errors;
+    value const v = parse(types + "b= #what;}", errors);
+    EXPECT_EQ(errors.size(), 2U);
+    EXPECT_EQ(registered(), before);
+    EXPECT_EQ(v.at("a").type_name(), "ValueTextAxis"); // its type lives as long as it
+    EXPECT_EQ(v.at("a/mode"), "on");
+    put(file_, types + "b= ;}");
+    EXPECT_THROW(load(file_), qrv::parse_error);
+    EXPECT_EQ(registered(), before);
+}
+
+TEST_F(ValueText, faulty_text_changes_no_type_of_the_program) {
+    cat::TypeScope const scope;
+    qrv::declare_choice("ValueTextMode", {"off", "on"});
+    qrv::type const axis = qrv::declare("ValueTextAxis").required<int>("x");
+    value const mine = axis.make(qrv::map{{"x", 1}});
+    std::string const before = registered();
+    for (char const *const faulty :
+         {"{ValueTextMode= choice({a= 0}); b= ;}", "{ValueTextAxis= attlist(); b= #what}"})
+        EXPECT_THROW(parse(faulty), qrv::parse_error) << faulty;
+    EXPECT_EQ(message_of<qrv::parse_error>([] {
+                  parse("{ValueTextNew= choice({a= 0}); ValueTextMode= attlist(); "
+                        "ValueTextAxis= attlist();}");
+              }),
+              "1:47: error: Type name from input is registered with another type-type!");
+    EXPECT_TRUE(mine.conforms_to(axis));
+    EXPECT_EQ(axis, qrv::type("ValueTextAxis"));
+    EXPECT_EQ(dump(parse("ValueTextMode(on)")), "ValueTextMode(on)");
+    EXPECT_EQ(registered(), before);
+}
+
+TEST_F(ValueText, text_that_declares_a_type_again_changes_the_registered_one) {
+    cat::TypeScope const scope;
+    qrv::type const mode = qrv::declare_choice("ValueTextMode", {"off", "on"});
+    value const v = parse("{ValueTextMode= choice({on= 1; auto= 2}); m= ValueTextMode(auto); "
+                          "ValueTextNew= choice({a= 1}); n= ValueTextNew(a)}");
+    EXPECT_EQ(qrv::type("ValueTextMode"), mode);
+    EXPECT_EQ(v.at("m").type_name(), "ValueTextMode");
+    EXPECT_TRUE(v.at("m").conforms_to(mode));
+    EXPECT_TRUE(v.at("n").conforms_to(qrv::type("ValueTextNew")));
+    EXPECT_THROW(mode.make("off"), qrv::rule_error);
+}
+
+TEST_F(ValueText, declared_types_are_those_of_the_values) {
+    cat::TypeScope const scope;
+    value const v = parse(
+        "{ValueTextA= attlist(x= attspec(type= int; flag= #REQUIRED;)); a= ValueTextA(x= 1)}");
+    EXPECT_TRUE(v.at("a").conforms_to(qrv::type("ValueTextA")));
+    EXPECT_TRUE(parse("ValueTextA(x= 2)").conforms_to(qrv::type("ValueTextA")));
+}
+
+TEST_F(ValueText, types_that_refer_to_themselves_stay_registered) {
+    {
+        cat::TypeScope const scope;
+        parse(
+            "{ValueTextNode= attlist(); ValueTextNode= attlist(next= attspec(type= ValueTextNode; "
+            "flag= #IMPLIED)); n= ValueTextNode(next= ValueTextNode())}");
+        for (int i = 0; i < 40; ++i) cat::TypeScope{}; // destroys types that nothing else refers to
+        value const node = parse("ValueTextNode(next= ValueTextNode())");
+        EXPECT_TRUE(node.conforms_to(qrv::type("ValueTextNode")));
+        EXPECT_EQ(node.at("next").type_name(), "ValueTextNode");
+    }
+    parse("1"); // the end of its scope destroys the type
 }
 
 // A type whose objects want a module.
@@ -143,10 +262,24 @@ TEST_F(ValueText, a_filter_is_asked_for_modules_during_its_reading_only) {
 }
 
 TEST_F(ValueText, a_file_that_cannot_be_read_is_an_error_with_its_name) {
-    EXPECT_THAT(message_of<qrv::error>([&] { load(folder_.file("absent")); }),
-                HasSubstr(folder_.file("absent")));
-    EXPECT_THAT(message_of<qrv::error>([&] { load(folder_.path()); }), HasSubstr(folder_.path()));
-    EXPECT_THROW(load(""), qrv::error);
+    auto const both = [](std::string const &path) {
+        std::vector<cat::ReadError> errors;
+        std::string const message = message_of<qrv::error>([&] { load(path); });
+        EXPECT_EQ(message_of<qrv::error>([&] { load(path, errors); }), message);
+        EXPECT_EQ(message_of<qrv::error>([&] { qrv::document::load(path); }), message);
+        EXPECT_EQ(message_of<qrv::error>([&] { qrv::document::load(path, errors); }), message);
+        try {
+            load(path);
+        } catch (qrv::parse_error const &) {
+            ADD_FAILURE() << "there is no text";
+        } catch (qrv::error const &) {
+        }
+        return message;
+    };
+    EXPECT_EQ(both(folder_.file("absent")),
+              folder_.file("absent") + ": cannot read: No such file or directory");
+    EXPECT_EQ(both(folder_.path()), folder_.path() + ": cannot read: Is a directory");
+    EXPECT_EQ(both(""), ": cannot read: No such file or directory");
     expect_silence();
 }
 

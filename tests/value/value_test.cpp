@@ -1,5 +1,6 @@
 // Making values, what they are, and reading them.
 
+#include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/util/cintvalf.h"
@@ -170,15 +171,50 @@ TEST_F(Value, that_is_not_a_whole_number_is_not_an_integer) {
               "expected int, but it is a double: 1.50000");
 }
 
-TEST_F(Value, is_read_as_a_float_where_that_holds_it_exactly) {
+TEST_F(Value, that_is_a_double_is_rounded_to_a_float) {
     EXPECT_EQ(qrv::value(0.5).get<float>(), 0.5F);
-    EXPECT_THROW(qrv::value(0.1).get<float>(), qrv::type_error);
-    EXPECT_EQ(qrv::value(16777216).get<float>(), 16777216.0F);
-    EXPECT_THROW(qrv::value(16777217).get<float>(), qrv::type_error);
-    EXPECT_THROW(qrv::value(1e300).get<float>(), qrv::type_error);
-    EXPECT_THROW(qrv::value(-1e300).get<float>(), qrv::type_error);
+    EXPECT_EQ(read("0.1").get<float>(), 0.1F);
+    EXPECT_EQ(read("{a= 0.1}").get_or("a", 1.5F), 0.1F);
+    double const greatest_float = std::numeric_limits<float>::max();
+    EXPECT_EQ(qrv::value(greatest_float).get<float>(), std::numeric_limits<float>::max());
+    EXPECT_EQ(thrown<qrv::range_error>([] { qrv::value(1e300).get<float>(); }),
+              "1.00000e+300 does not fit in a float");
+    EXPECT_THROW(qrv::value(std::nextafter(greatest_float, 1e300)).get<float>(), std::out_of_range);
+    EXPECT_THROW(qrv::value(-1e300).get<float>(), std::out_of_range);
+    EXPECT_EQ(qrv::value(1e300).get_if<float>(), std::nullopt);
+    EXPECT_EQ(thrown<qrv::range_error>([] {
+                  qrv::value(qrv::map{{"a", 1e-300}}).get<float>("a");
+              }),
+              "a: 1.00000e-300 does not fit in a float");
+    EXPECT_EQ(qrv::value(1e-45).get<float>(), std::numeric_limits<float>::denorm_min());
+    EXPECT_TRUE(std::signbit(qrv::value(-0.0).get<float>()));
     EXPECT_TRUE(std::isnan(qrv::value(std::numeric_limits<double>::quiet_NaN()).get<float>()));
     EXPECT_TRUE(std::isinf(qrv::value(std::numeric_limits<double>::infinity()).get<float>()));
+}
+
+TEST_F(Value, that_is_an_int_is_read_as_a_float_that_holds_it_exactly) {
+    EXPECT_EQ(qrv::value(16777216).get<float>(), 16777216.0F);
+    EXPECT_EQ(thrown<qrv::type_error>([] { qrv::value(16777217).get<float>(); }),
+              "expected float, but it is an int: 16777217");
+}
+
+TEST_F(Value, without_a_written_form_makes_a_stream_fail) {
+    std::ostringstream os;
+    os << qrv::value(1.5);
+    EXPECT_TRUE(os.good());
+    double const infinity = std::numeric_limits<double>::infinity();
+    for (qrv::value const &v : {qrv::value(infinity), qrv::value(qrv::vector{1, infinity})}) {
+        std::ostringstream failed;
+        failed << v;
+        EXPECT_EQ(failed.rdstate(), std::ios_base::failbit);
+        EXPECT_NE(failed.str().find("inf"), std::string::npos);
+    }
+    qrv::value ring = qrv::map{{"a", 1}};
+    ASSERT_TRUE(ring.object()->setattr(own_key(std::string("self")), ring.object()));
+    std::ostringstream failed;
+    failed << ring;
+    EXPECT_TRUE(failed.fail());
+    dynamic_cast<cMapObj &>(*ring.object()).clear(); // a cycle is never freed
 }
 
 TEST_F(Value, is_read_as_a_double_from_any_number) {

@@ -214,12 +214,51 @@ TEST_F(ValueWrite, assign_changes_the_object_that_is_shared) {
     EXPECT_EQ(b, 6);
     a = 7;
     EXPECT_EQ(b, 6);
-    a.assign(2.5);
-    EXPECT_TRUE(a.is_int()); // as the library converts
+    a.assign(2.0);
+    EXPECT_TRUE(a.is_int()); // the type stays
+    EXPECT_EQ(a, 2);
     qrv::value list = read("[1, 2]");
     qrv::value const same = list;
     list.assign(read("[3]"));
     EXPECT_EQ(text_of(same), "[3, ]");
+}
+
+TEST_F(ValueWrite, assign_loses_no_digit) {
+    qrv::value number = 5;
+    EXPECT_EQ(thrown<qrv::type_error>([&] { number.assign(2.7); }),
+              "expected int, but it is a double: 2.70000");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { number.assign(0.5F); }),
+              "expected int, but it is a float: 0.500000f");
+    EXPECT_EQ(thrown<std::out_of_range>([&] { number.assign(2147483648.0); }),
+              "2147483648.0 does not fit: the range is -2147483648 to 2147483647");
+    for (double const x : {-2147483649.0, 1e300, -1e300})
+        EXPECT_THROW(number.assign(x), std::out_of_range) << x;
+    for (double const x :
+         {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_THROW(number.assign(x), qrv::type_error) << x;
+    EXPECT_EQ(number, 5);
+    number.assign(2147483647.0);
+    EXPECT_EQ(number, 2147483647);
+    number.assign(-2147483648.0);
+    EXPECT_EQ(number, -2147483647 - 1);
+}
+
+TEST_F(ValueWrite, assign_of_a_number_has_the_rules_of_get) {
+    qrv::value truth = true, narrow = 1.5F, wide = 1.5;
+    EXPECT_EQ(thrown<qrv::type_error>([&] { truth.assign(5); }),
+              "expected bool, but it is an int: 5");
+    EXPECT_THROW(wide.assign(true), qrv::type_error);
+    EXPECT_THROW(narrow.assign(16777217), qrv::type_error);
+    EXPECT_THROW(narrow.assign(1e300), std::out_of_range);
+    EXPECT_EQ(narrow, 1.5F);
+    narrow.assign(0.1);
+    EXPECT_EQ(narrow, 0.1F);
+    wide.assign(3);
+    EXPECT_EQ(wide, 3.0);
+    qrv::value hexadecimal = read("intf(0x1F)");
+    EXPECT_THROW(hexadecimal.assign(2.7), qrv::type_error);
+    hexadecimal.assign(32.0);
+    EXPECT_EQ(text_of(hexadecimal), "intf(0x20)");
 }
 
 TEST_F(ValueWrite, assign_of_what_the_type_refuses_is_a_type_error) {
@@ -388,4 +427,57 @@ TEST_F(ValueWrite, very_deep_values_end_in_an_exception_and_not_in_a_crash) {
     qrv::value v;
     EXPECT_THROW(v.set(path, 1), qrv::error);
     EXPECT_TRUE(v.is_nil());
+}
+
+TEST_F(ValueWrite, a_set_refuses_a_value_that_it_has_at_another_position) {
+    qrv::value set = qrv::set{3, 4};
+    int changes = 0;
+    auto const watch = set.on_change([&](qrv::change const &) { ++changes; });
+    EXPECT_EQ(thrown<qrv::error>([&] { set.set(0, 4); }), "0: the set has an equal value already");
+    EXPECT_EQ(thrown<qrv::error>([&] { set["x"] = 4; }), "x: the set has an equal value already");
+    EXPECT_THROW(set.set(9, 4), qrv::error);
+    EXPECT_EQ(changes, 0);
+    set.set(0, 3);
+    set.set(0, 5);
+    set.set(2, 6);
+    EXPECT_EQ(text_of(set), "<5, 4, 6, >");
+    EXPECT_EQ(changes, 3);
+}
+
+TEST_F(ValueWrite, assign_of_a_map_to_a_vector_or_set_is_refused) {
+    qrv::value const map = read("{a= 1}");
+    qrv::value list = read("[1]"), set = read("<1>"), target = read("{b= 2}");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { list.assign(map); }),
+              "expected a vector or a set, but it is a map");
+    EXPECT_THROW(set.assign(map), qrv::type_error);
+    EXPECT_EQ(list, read("[1]"));
+    EXPECT_EQ(set, read("<1>"));
+    list.assign(read("<7, 8>"));
+    EXPECT_EQ(list, read("[7, 8]"));
+    set.assign(read("[7, 7]"));
+    EXPECT_EQ(set, read("<7>"));
+    target.assign(read("[x]"));
+    EXPECT_EQ(target, read("{0= x}"));
+}
+
+TEST_F(ValueWrite, items_are_found_and_removed_by_value) {
+    qrv::value tags = qrv::set{"new", 3, 2.5};
+    EXPECT_TRUE(tags.contains_item("new"));
+    EXPECT_TRUE(tags.contains_item(3));
+    EXPECT_FALSE(tags.contains_item(0)); // a position, not an item
+    EXPECT_FALSE(tags.contains_item(2.4));
+    EXPECT_TRUE(tags.erase_item("new"));
+    EXPECT_FALSE(tags.erase_item("new"));
+    EXPECT_EQ(tags, qrv::value(qrv::set{3, 2.5}));
+    qrv::value list = read("[a, b, a, [1]]");
+    EXPECT_TRUE(list.erase_item("a"));
+    EXPECT_TRUE(list.contains_item("a"));
+    EXPECT_TRUE(list.contains_item(read("[1]")));
+    EXPECT_EQ(text_of(list), "[b, a, [1, ], ]");
+    EXPECT_FALSE(qrv::value().contains_item(1));
+    qrv::value map = read("{a= 1}");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { static_cast<void>(map.contains_item(1)); }),
+              "expected a vector or a set, but it is a map");
+    EXPECT_EQ(thrown<qrv::type_error>([&] { map["a"].erase_item(1); }),
+              "a: expected a vector or a set, but it is an int: 1");
 }

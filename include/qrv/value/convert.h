@@ -35,9 +35,6 @@
 
 namespace qrv::detail {
 
-// A key as a part of a path; in quotes where it needs them.
-QRV_API std::string path_part(value const &key);
-QRV_API std::string path_part(std::size_t position);
 // Empty containers.
 QRV_API value empty_vector();
 QRV_API value empty_set();
@@ -112,7 +109,7 @@ template <sequence_like T> struct converter<T> {
         reserve(result, from.size());
         std::size_t position = 0;
         for (value const &x : from) {
-            result.push_back(convert_at(path_part(position), [&] { return x.get<element>(); }));
+            result.push_back(convert_at(path_of(position), [&] { return x.get<element>(); }));
             ++position;
         }
         return result;
@@ -132,7 +129,7 @@ template <set_like T> struct converter<T> {
         T result;
         std::size_t position = 0;
         for (value const &x : from) {
-            result.insert(convert_at(path_part(position), [&] { return x.get<element>(); }));
+            result.insert(convert_at(path_of(position), [&] { return x.get<element>(); }));
             ++position;
         }
         return result;
@@ -153,7 +150,7 @@ template <map_like T> struct converter<T> {
         expect_map(from);
         T result;
         for (item const &entry : from.items())
-            convert_at(path_part(entry.key),
+            convert_at(path_of(entry.key),
                        [&] { result.emplace(entry.key.get<key>(), entry.value.get<mapped>()); });
         return result;
     }
@@ -188,7 +185,7 @@ template <tuple_like T> struct converter<T> {
 
   private:
     template <class Part> static Part part(value const &from, std::size_t position) {
-        return convert_at(path_part(position), [&] { return from.at(position).get<Part>(); });
+        return convert_at(path_of(position), [&] { return from.at(position).get<Part>(); });
     }
 };
 
@@ -234,7 +231,7 @@ template <class Member> void get_member(value const &map, std::string_view name,
         }
     }
     value const found = map[name];
-    convert_at(path_part(value(name)), [&] { member = found.get<Member>(); });
+    convert_at(path_of(name), [&] { member = found.get<Member>(); });
 }
 
 // --- enumerators by name
@@ -273,11 +270,11 @@ QRV_API long long number_of(value const &name, enumerator const *all, std::size_
 // written. A map from a file may have more keys; a key may be missing where the member is a
 // std::optional.
 #define QRV_DESCRIBE(Type, ...)                                                                    \
-    [[maybe_unused]] inline void to_value(Type const &from, ::qrv::value &to) {                    \
+    [[maybe_unused]] inline void to_value([[maybe_unused]] Type const &from, ::qrv::value &to) {   \
         to = ::qrv::detail::empty_map();                                                           \
         QRV_DETAIL_EACH(QRV_DETAIL_SET_MEMBER, Type, __VA_ARGS__)                                  \
     }                                                                                              \
-    [[maybe_unused]] inline void from_value(::qrv::value const &from, Type &to) {                  \
+    [[maybe_unused]] inline void from_value(::qrv::value const &from, [[maybe_unused]] Type &to) { \
         ::qrv::detail::expect_map(from);                                                           \
         QRV_DETAIL_EACH(QRV_DETAIL_GET_MEMBER, Type, __VA_ARGS__)                                  \
     }

@@ -43,7 +43,7 @@ class QRV_API document : public value {
     static document load(std::string const &path, options const &how = {});
     static document parse(std::string text, options const &how = {});
     // The same, and all errors are stored in `errors` and in errors(). What could be read is there,
-    // but can't be saved.
+    // but can't be saved. error: the file can't be read.
     static document load(std::string const &path, std::vector<cat::ReadError> &errors,
                          options const &how = {});
     static document parse(std::string text, std::vector<cat::ReadError> &errors,

@@ -88,7 +88,9 @@ class QRV_API range_error : public std::out_of_range {
     std::string reason_;
 };
 
-// A text has errors. what() lists them, a line each: "file:line:col: error: text".
+// Text has errors. what() lists them, a line each: "file:line:col: error: text". It only counts
+// those that follow from an earlier one, in a note after that; errors() has them, too, and their
+// field `follows` is the index of the earlier one.
 class QRV_API parse_error : public error {
   public:
     parse_error(std::string const &list, std::vector<cat::ReadError> errors);

@@ -70,55 +70,99 @@ class QRV_API reference {
     std::string type_name() const { return read().type_name(); }
     objref object() const { return read().object(); }
     template <detail::gettable T> T get() const {
-        value const place = read();
-        return detail::convert_at(keys_.path(), [&] { return place.get<T>(); });
+        return use([](value const &v) { return v.get<T>(); });
     }
-    std::size_t size() const { return read().size(); }
-    bool empty() const { return read().empty(); }
-    value at(std::string_view path) const { return read().at(path); }
-    template <detail::key_like T> value at(T const &key) const { return read().at(key); }
+    std::size_t size() const {
+        return use([](value const &v) { return v.size(); });
+    }
+    bool empty() const { return size() == 0; }
+    value at(std::string_view path) const {
+        return use([&](value const &v) { return v.at(path); });
+    }
+    template <detail::key_like T> value at(T const &key) const {
+        return use([&](value const &v) { return v.at(key); });
+    }
+    template <detail::no_key T> void at(T) const = delete;
+    std::size_t hash() const {
+        return use([](value const &v) { return v.hash(); });
+    }
     item_range items() const;
     element_iterator begin() const;
     element_iterator end() const;
     // An entry that is #nil becomes a vector, or the container that merge() creates.
     bool push_back(value const &x) const;
-    void insert(std::size_t position, value const &x) const { read().insert(position, x); }
-    void clear() const { read().clear(); }
+    bool erase_item(value const &x) const {
+        return use([&](value &v) { return v.erase_item(x); });
+    }
+    void insert(std::size_t position, value const &x) const {
+        use([&](value &v) { v.insert(position, x); });
+    }
+    void clear() const {
+        use([](value &v) { v.clear(); });
+    }
     void rename(std::string_view key, std::string_view new_key) const {
-        read().rename(key, new_key);
+        use([&](value &v) { v.rename(key, new_key); });
     }
     void merge(value const &other) const;
-    void assign(value const &x) const { read().assign(x); }
+    void assign(value const &x) const {
+        use([&](value &v) { v.assign(x); });
+    }
     value clone() const { return read().clone(); }
     std::string comment() const { return read().comment(); }
-    void set_comment(std::string_view text) const { read().set_comment(text); }
+    void set_comment(std::string_view text) const {
+        use([&](value &v) { v.set_comment(text); });
+    }
     bool one_line() const { return read().one_line(); }
-    void one_line(bool on) const { read().one_line(on); }
+    void one_line(bool on) const {
+        use([&](value &v) { v.one_line(on); });
+    }
     bool is_shared_with(value const &other) const { return read().is_shared_with(other); }
     std::vector<std::string> paths_of(value const &other) const { return read().paths_of(other); }
     bool conforms_to(type const &type) const { return read().conforms_to(type); }
     template <class F> [[nodiscard]] auto on_change(F callback) const {
-        return read().on_change(std::move(callback));
+        return use([&](value const &v) { return v.on_change(std::move(callback)); });
     }
+
+    // As value::set() from here; the path of the value itself is an assignment to this place.
+    void set(std::string_view path, value const &x) const;
+    template <detail::key_like T> void set(T const &key, value const &x) const {
+        below(value::step_of(key)) = x;
+    }
+    template <detail::no_key T> void set(T, value const &) const = delete;
 
     // These see an empty container where nothing is there.
     template <detail::gettable T> std::optional<T> get_if() const { return peek().get_if<T>(); }
     template <detail::gettable T> std::optional<T> get(std::string_view path) const {
-        return peek().get<T>(path);
+        return named([&] { return peek().get<T>(path); });
     }
-    template <class T>
+    template <detail::gettable T, cIndex Index> std::optional<T> get(Index index) const {
+        return named([&] { return peek().get<T>(index); });
+    }
+    template <class Key, class T>
     requires detail::gettable<detail::fallback<T>>
-    auto get_or(std::string_view path, T const &fallback) const {
-        return peek().get_or(path, fallback);
+    auto get_or(Key const &key, T const &fallback) const {
+        return named([&] { return peek().get_or(key, fallback); });
     }
-    std::optional<value> find(std::string_view path) const { return peek().find(path); }
+    std::optional<value> find(std::string_view path) const {
+        return named([&] { return peek().find(path); });
+    }
     template <detail::key_like T> std::optional<value> find(T const &key) const {
         return peek().find(key);
     }
     bool contains(std::string_view key) const { return peek().contains(key); }
     template <detail::key_like T> bool contains(T const &key) const { return peek().contains(key); }
-    bool erase(std::string_view path) const { return peek().erase(path); }
-    template <detail::key_like T> bool erase(T const &key) const { return peek().erase(key); }
+    bool contains_item(value const &x) const {
+        return named([&] { return peek().contains_item(x); });
+    }
+    bool erase(std::string_view path) const {
+        return named([&] { return peek().erase(path); });
+    }
+    template <detail::key_like T> bool erase(T const &key) const {
+        return named([&] { return peek().erase(key); });
+    }
+    template <detail::no_key T> void find(T) const = delete;
+    template <detail::no_key T> void contains(T) const = delete;
+    template <detail::no_key T> void erase(T) const = delete;
 
     template <class T>
     requires std::convertible_to<T const &, value>
@@ -139,6 +183,23 @@ class QRV_API reference {
     value read() const;
     value peek() const; // #nil where nothing is there
 
+    // The errors of `call` name the place.
+    template <class Call> std::invoke_result_t<Call const &> named(Call const &call) const {
+        try {
+            return call();
+        } catch (error &failure) {
+            failure.within(keys_.path());
+            throw;
+        } catch (range_error &failure) {
+            failure.within(keys_.path());
+            throw;
+        }
+    }
+    template <class Call> std::invoke_result_t<Call const &, value &> use(Call const &call) const {
+        value place = read();
+        return named([&] { return call(place); });
+    }
+
     value *variable_; // borrowed; null unless it is a variable that was #nil
     value root_;
     detail::key_list keys_;
@@ -158,3 +219,7 @@ template <detail::key_like T> reference value::operator[](T const &key) && {
 }
 
 } // namespace qrv
+
+template <> struct std::hash<qrv::reference> {
+    std::size_t operator()(qrv::reference const &place) const { return place.hash(); }
+};

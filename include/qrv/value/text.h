@@ -24,21 +24,26 @@ namespace qrv {
 // How text is read.
 struct options {
     bool comments = true; // values have theirs, and writing shows them
-    int depth = 1000;     // of values inside each other; deeper ones are errors
+    int depth = 1000;     // of values inside each other; deeper ones are errors. Below 1 the limit
+                          // is cat::max_read_depth
     // May this module be loaded by a type of the program that the text names? Empty: the filter of
     // qrv_set_module_filter() decides, and without one none is. Reading itself loads nothing.
     std::function<bool(std::string const &module)> modules = {};
 };
 
 // Reads one value. A byte order mark in front is accepted. The types that the text declares stay
-// registered, as the library's own reading leaves them: a qrv::document has types of its own.
-// parse_error: the text has errors, or no value, or something after it, or the file can't be read.
+// registered, unless it has errors: then the program's types are as they were, while values of the
+// text's types keep these alive. Text that declares a name again changes the registered type, also
+// one of the program, as qrv::declare() does; such text is read twice. A program that reads text of
+// others should use a qrv::document, which has separate types, or a cat::TypeScope.
+// parse_error: the text has errors, or no value, or something after it. error: the file can't be
+// read; what() has its name and why.
 // Runs user code: types of the program that the text names.   O(size)
 QRV_API value parse(std::string_view text, options const &how = {});
 QRV_API value load(std::string const &path, options const &how = {});
 
 // The same, and all errors are stored in `errors`, which is cleared before. The result is what
-// could be read; #nil if nothing could.
+// could be read; #nil if nothing could. error: the file can't be read.
 QRV_API value parse(std::string_view text, std::vector<cat::ReadError> &errors,
                     options const &how = {});
 QRV_API value load(std::string const &path, std::vector<cat::ReadError> &errors,

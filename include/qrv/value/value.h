@@ -15,9 +15,10 @@
 // to get, get_or, at, find, set or erase is a path: keys between slashes, such as "axes/0/name". A
 // part that reads as an int is a position in a vector or a set. In a map it is an int key, or the
 // string where the map has that and not the int; so is an integer that is given as a key. Keys that
-// are not identifiers are in quotes, as in the text format: "\"a/b\"/c". Blanks and comments
-// between the parts count as nothing, one slash may be in front, and the empty path is the value
-// itself.
+// are not identifiers are in quotes, as in the text format: "\"a/b\"/c". path_of() quotes keys that
+// a program does not know. Blanks between the parts count as nothing, and one slash may be in
+// front. No part may be empty, so "a//b" is a path_error. Only the paths "" and "/" have no part:
+// they are the value itself.
 //
 // Failures are exceptions (qrv/value/errors.h). Nothing is printed, and the program's error
 // handlers neither see them nor are changed. Where user code runs (hooks, slots, types of the
@@ -73,11 +74,12 @@ concept text = std::convertible_to<T const &, std::string_view> &&
 template <class T>
 concept own = std::derived_from<T, value> || std::same_as<T, reference>;
 template <class T>
-concept convertible = !scalar<T> && !own<T> && !text<T> && !cCharacter<T> && requires(T const &t) {
+concept convertible = !scalar<T> && !own<T> && !text<T> && !cCharacter<T> && !std::is_array_v<T> &&
+                      std::is_object_v<T> && requires(T const &t) {
     converter<T>::to(t);
 };
 template <class T>
-concept restorable = requires(value const &v) {
+concept restorable = !std::is_array_v<T> && std::is_object_v<T> && requires(value const &v) {
     converter<T>::from(v);
 };
 // What get() can give: no std::string_view and no pointer, which nothing would keep alive.
@@ -89,15 +91,16 @@ concept gettable = std::same_as<T, std::remove_cvref_t<T>> &&
 template <class T>
 concept plain = scalar<T> || text<T> || std::is_null_pointer_v<T>;
 
-// An integer, or a key that an iteration has given.
+// An integer, or a key that is a value, as an iteration gives it.
 template <class T>
-concept key_like = cIndex<T> || std::same_as<T, value>;
+concept key_like = cIndex<T> || std::same_as<T, value> || std::same_as<T, reference>;
 template <class T>
 concept no_key =
     cCharacter<T> || std::floating_point<T> || std::same_as<T, bool> || std::is_null_pointer_v<T>;
 
 // The type that get_or() gives for a default.
-template <class T> using fallback = std::conditional_t<text<T>, std::string, std::decay_t<T>>;
+template <class T> using fallback =
+    std::conditional_t<text<T>, std::string, std::conditional_t<own<T>, value, std::decay_t<T>>>;
 
 enum class outcome : std::uint8_t { good, wrong_type, misfit };
 
@@ -114,6 +117,10 @@ struct QRV_API step {
     std::string_view text; // perhaps of `key`
     objref key;            // null, or the key as an object
 };
+
+// The key as a part of a path, after a slash unless it is the first.
+QRV_API void append_key(std::string &path, step const &key);
+QRV_API void append_checked(std::string &path, step const &key); // type_error: it is not a key
 
 // Where most paths lead: identifiers and short numbers, through containers of the library, to a
 // value that is there. Borrowed; cat::nil() for #nil. Null for all others: locate() finds them.
@@ -187,16 +194,18 @@ class QRV_API value {
     // The object, shared; cat::nil() for #nil, so never null.
     objref object() const;
 
-    // --- reading. Nothing is converted but numbers, and those only where no digit is lost:
+    // --- reading. Nothing is converted but numbers, and those without a loss; only to a float a
+    // double is rounded, since text has no floats such as 0.1:
     //     bool         from a bool
     //     integers     from an int, and from a float or double that is a whole number
-    //     float        from a number that a float holds exactly
+    //     float        from a float or double, and from an int that a float holds exactly
     //     double       from a number; so does long double
     //     std::string  from a string
     //     value, objref, and each type with from_value
-    // A number with a format, such as intf(0x1F), reads as its number.
+    // A number with a format, such as intf(0x1F), reads as its number. A choice reads as its key,
+    // which is a string in most types; at("value") is what the key stands for.
 
-    // type_error: it is not a T. range_error: the number does not fit.
+    // type_error: it is not a T. range_error: the number does not fit, or becomes 0 as a float.
     template <detail::gettable T> T get() const { return fetch<T>(object_, {}); }
     // Empty instead of either.
     template <detail::gettable T> std::optional<T> get_if() const;
@@ -261,14 +270,19 @@ class QRV_API value {
     // --- changing. A #nil variable becomes a map, or a vector by push_back; what at() or an
     // iteration returned is not a variable: type_error for #nil there. The values are shared,
     // not copied. The rules of declared types apply: type_error, with the library's text, and
-    // nothing is changed. error: anything else that the library refuses, such as a value that would
-    // hold itself, or new keys where keys are const. All run user code: what is replaced may be
-    // destroyed, and the slots of `changed` run after the change.
+    // nothing is changed. An attribute of a choice type accepts the key of a choice, and one of a
+    // wider type of numbers the number, as type::make() does. error: anything else that the library
+    // refuses, such as a value that would hold itself, or new keys where keys are const. All run
+    // user code: what is replaced may be destroyed, and the slots of `changed` run after the
+    // change.
 
-    // Missing levels become maps; a position one past the last appends to a vector.
-    // path_error: faulty text, or no such position. type_error: there is a scalar on the way.
+    // Missing levels become maps; a position one past the last appends to a vector. With the path
+    // of the value itself, v.set("", x) is v = x. error: a set has an equal value at another
+    // position. path_error: faulty text, or no such position, or
+    // the path of the value itself, but not on a variable. type_error: there is a scalar on the
+    // way.
     void set(std::string_view path, value const &x) &;
-    void set(std::string_view path, value const &x) && { lasting().set(path, x); }
+    void set(std::string_view path, value const &x) &&;
     template <detail::key_like T> void set(T const &key, value const &x) & {
         set_key(step_of(key), x);
     }
@@ -276,6 +290,7 @@ class QRV_API value {
         lasting().set(key, x);
     }
     // Removes what is at the path; the values after it in a vector move down. False: nothing there.
+    // path_error: faulty text, or the path of the value itself.
     bool erase(std::string_view path);
     template <detail::key_like T> bool erase(T const &key) { return erase_key(step_of(key)); }
     template <detail::no_key T> void set(T, value const &) = delete;
@@ -283,6 +298,11 @@ class QRV_API value {
     // False if this is a set and has an equal value already. type_error: not a vector or a set.
     bool push_back(value const &x) &;
     bool push_back(value const &x) && { return lasting().push_back(x); }
+    // Is there an item equal to x? Of a vector or a set, whose keys are positions; #nil has none.
+    // type_error: another value.   O(size)
+    bool contains_item(value const &x) const;
+    // Removes the first item equal to x; those after it move down. False: no item is equal.
+    bool erase_item(value const &x);
     // In a vector, before the value at that position; at size() it appends.
     // path_error: there is no such position. type_error: not a vector.
     void insert(std::size_t position, value const &x);
@@ -293,12 +313,16 @@ class QRV_API value {
     void rename(std::string_view key, std::string_view new_key);
     // As the command `qrv merge`: entries that both have and that are containers are merged in
     // turn, other values replace those here, and the rest is added; a vector gets those of `other`
-    // behind its own. The parts of `other` are shared. type_error: one of the two is not a
-    // container.
+    // behind its own. The parts of `other` are shared. What was merged before an exception stays.
+    // type_error: one of the two is not a container.
     void merge(value const &other) &;
     void merge(value const &other) && { lasting().merge(other); }
-    // Changes the object itself, and with it all copies of this value. Converts as the library's
-    // assign does: the type stays. type_error: #nil, or the type refuses x.
+    // Changes the object itself, and with it all copies of this value. The type stays: a number is
+    // converted by the rules of get(), and a choice takes its key, or that of another choice. Maps,
+    // vectors and sets accept each other's values; only a vector or set refuses a map, whose keys
+    // would be lost.
+    // type_error: #nil, or the type refuses x, or the choice does not have the key. range_error:
+    // the number does not fit.
     void assign(value const &x);
     // A private copy of everything; parts that occur twice in it are one object there, too.
     value clone() const;
@@ -326,7 +350,7 @@ class QRV_API value {
     // Same type and same value; 1 and 1.0 differ, and maps with another order of keys. Runs user
     // code where objects of the program are compared.
     friend bool operator==(value const &a, value const &b) { return a.equals(b); }
-    // The same, without making an object.
+    // The same, without making an object. A choice equals the text of its key, too.
     template <class T>
     requires detail::plain<T>
     friend bool operator==(value const &a, T const &b) { return a.order_plain(b) == 0; }
@@ -345,7 +369,8 @@ class QRV_API value {
     bool conforms_to(type const &type) const;
     template <class F> [[nodiscard]] connection on_change(F callback) const;
 
-    // The written form, as in a file. Sets the stream's failbit where there is none.
+    // The written form, as in a file. Where a part has none, such as an infinity, writes what there
+    // is and sets the stream's failbit: qrv::dump() reports why.
     friend QRV_API std::ostream &operator<<(std::ostream &os, value const &v);
 
   private:
@@ -376,9 +401,9 @@ class QRV_API value {
 
     // The number, truth or text of an object, if it has one that the type holds exactly.
     static detail::outcome read(cObj const *object, bool &to) noexcept;
-    static detail::outcome read(cObj const *object, int &to) noexcept;
-    static detail::outcome read(cObj const *object, long long &to) noexcept;
-    static detail::outcome read(cObj const *object, unsigned long long &to) noexcept;
+    static detail::outcome read(cObj const *object, int &to);
+    static detail::outcome read(cObj const *object, long long &to);
+    static detail::outcome read(cObj const *object, unsigned long long &to);
     static detail::outcome read(cObj const *object, float &to) noexcept;
     static detail::outcome read(cObj const *object, double &to) noexcept;
     static detail::outcome read(cObj const *object, std::string &to);
@@ -388,6 +413,7 @@ class QRV_API value {
     [[noreturn]] static void refuse_type(cObj *object, std::string_view path, char const *expected);
     [[noreturn]] static void refuse_range(cObj *object, std::string_view path, long long least,
                                           unsigned long long most);
+    [[noreturn]] static void refuse_float(cObj *object, std::string_view path);
 
     bool equals(value const &other) const;
     std::partial_ordering order(value const &other) const;
@@ -395,7 +421,7 @@ class QRV_API value {
     std::partial_ordering order(long long number) const noexcept;
     std::partial_ordering order(float number) const noexcept;
     std::partial_ordering order(long double number) const noexcept; // with a double
-    std::partial_ordering order(std::string_view text) const noexcept;
+    std::partial_ordering order(std::string_view text) const;
     template <class T> std::partial_ordering order_plain(T const &other) const;
 
     objref object_; // null for #nil
@@ -410,7 +436,25 @@ struct detail::value_access {
         result.object_ = std::move(object);
         return result;
     }
+    template <class T> static step step_of(T const &key) {
+        if constexpr (text<T>)
+            return step(std::string_view(key));
+        else
+            return value::step_of(key);
+    }
 };
+
+// The path of these keys, each in the next one's container: path_of("hosts", "a/b", 0) is
+// hosts/"a/b"/0. A string is one key, in quotes where it needs them; so path_of(key) is one part of
+// a longer path. Integers, and values as keys, as in operator[]. type_error: a value that is not a
+// key, such as a container. range_error: an integer that is not an int.
+template <class... Keys>
+requires((detail::text<Keys> || detail::key_like<Keys>)&&...) [[nodiscard]] std::string
+    path_of(Keys const &...keys) {
+    std::string path;
+    (detail::append_checked(path, detail::value_access::step_of(keys)), ...);
+    return path;
+}
 
 namespace detail {
 
@@ -486,6 +530,9 @@ template <class T> T value::fetch(cObj *object, std::string_view path) {
             if (outcome == detail::outcome::misfit) [[unlikely]]
                 refuse_range(object, path, std::numeric_limits<T>::min(),
                              std::numeric_limits<T>::max());
+        if constexpr (std::same_as<T, float>)
+            if (outcome == detail::outcome::misfit) [[unlikely]]
+                refuse_float(object, path);
         return result;
     } else {
         value const found = detail::value_of(objref::share(object));
