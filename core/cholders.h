@@ -37,7 +37,7 @@ struct cHolders {
     // For tests, whose objects are all new.
     static void know(bool known) noexcept { cObj::holders_known_ = known; }
 
-    // A type gets this `iterobj`. Those of the bootstrap are the library's.
+    // A type gets this `iterobj`. Those of the bootstrap are the library's, here and below.
     static void note_type_method(cVoidFunction iterobj) noexcept;
     // An executable becomes a member of this object, or an object gets these members.
     static void note_own_method(cObj const *father, objref const &key) noexcept;

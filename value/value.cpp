@@ -96,21 +96,26 @@ objref value::object() const { return object_ ? object_ : cat::nil(); }
 
 namespace {
 
-// With all digits. What has no such text, such as infinity, in the plain form.
-std::string written(objref const &object) {
-    cat::CaughtErrors const caught;
+// With all digits. What has no such text, such as infinity, in the plain form. `complete` becomes
+// false where a part is missing even there.
+std::string written(objref const &object, bool &complete) {
     {
+        cat::CaughtErrors const caught;
         cat::ExactText const exact;
         std::string text = cat::as_text(object);
         if (exact.failed() == 0) return text;
     }
-    return cat::as_text(object);
+    cat::CaughtErrors const caught;
+    std::string text = cat::as_text(object);
+    complete = caught.empty();
+    return text;
 }
 
 // Of a scalar, cut when it is long.
 std::string shown(objref const &object) {
     constexpr std::size_t most = 60;
-    std::string text = written(object);
+    bool complete = true;
+    std::string text = written(object, complete);
     if (text.size() > most) text = text.substr(0, most) + "...";
     return text;
 }
@@ -270,6 +275,11 @@ std::size_t value::size() const {
     return map->datamap().used();
 }
 
-std::ostream &operator<<(std::ostream &os, value const &v) { return os << written(v.object()); }
+std::ostream &operator<<(std::ostream &os, value const &v) {
+    bool complete = true;
+    os << written(v.object(), complete);
+    if (!complete) os.setstate(std::ios_base::failbit);
+    return os;
+}
 
 } // namespace qrv
