@@ -10,8 +10,9 @@
 // in it share its objects. Saving takes what differs between the values now and those that were
 // read, and changes only that in the text: comments, blank lines, alignment and the spelling of all
 // other values stay. New entries are written like their neighbours, and removed ones take their
-// comments with them. Comments and layout that the program itself sets are not saved so:
-// qrv::save() writes a file anew.
+// comments with them. A comment that the program sets replaces the one in the text, or is written
+// after its value. Layout that the program sets, by one_line(), is not saved so: qrv::save() writes
+// a file anew.
 //
 // The types that the text declares belong to the document. They are not registered, so each of two
 // documents can declare one name in its own way; they are destroyed with the document or the last
@@ -60,8 +61,9 @@ class QRV_API document : public value {
     std::vector<cat::ReadError> const &errors() const noexcept; // in text order
 
     // What save() would write. error: part of the value has no text, or the change can't be made in
-    // the text as it is, for instance if a type would be declared after its first use; or the text
-    // has errors. Runs user code: types of the program write their objects.   O(size)
+    // the text as it is, for instance if a type would be declared after its first use, or a comment
+    // would belong to another value; or the text has errors. Runs user code: types of the program
+    // write their objects.   O(size)
     std::string text() const;
 
     // Writes the file, if anything has changed. The new text is read again before, and must have
@@ -92,6 +94,7 @@ class QRV_API document : public value {
     explicit document(std::unique_ptr<source> from);
     std::optional<position> position_of_object(objref const &object) const;
     std::string changed_text() const;
+    std::string text_with_comments(std::string text) const;
     std::string text_with_new_root() const;
     source &own() const;
 
