@@ -138,6 +138,8 @@ bool reference::exists() const {
 }
 
 item_range reference::items() const { return read().items(); }
+key_range reference::keys() const { return read().keys(); }
+element_range reference::values() const { return read().values(); }
 element_iterator reference::begin() const { return read().begin(); }
 element_iterator reference::end() const { return {}; }
 

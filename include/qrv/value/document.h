@@ -39,8 +39,8 @@ struct position {
 
 class QRV_API document : public value {
   public:
-    // Reads a file, or text that has no file yet. parse_error: it has errors. error: the file can't
-    // be read.   O(size)
+    // Reads a file, or text that has no file yet. The document owns the text. parse_error: it has
+    // errors. error: the file can't be read.   O(size)
     static document load(std::string const &path, options const &how = {});
     static document parse(std::string text, options const &how = {});
     // The same, and all errors are stored in `errors` and in errors(). What could be read is there,
@@ -50,7 +50,8 @@ class QRV_API document : public value {
     static document parse(std::string text, std::vector<cat::ReadError> &errors,
                           options const &how = {});
 
-    // A document that was moved from is #nil and has no path; assign to it or destroy it.
+    // A document that was moved from owns no text, is #nil and has no path; assign to it or destroy
+    // it.
     document(document &&) noexcept;
     document &operator=(document &&) noexcept(false);
     document(document const &) = delete; // of one text there is one document
@@ -85,7 +86,8 @@ class QRV_API document : public value {
     const { return position_of_object(static_cast<value>(v).object()); }
 
     // Reads a value whose text may name the types of this document. What it declares is known to
-    // its own text only. parse_error: it has errors.
+    // its own text only. parse_error: it has errors. The value lives as long as anybody shares it.
+    //   O(size)
     value read(std::string_view text, options const &how = {}) const;
 
   private:
