@@ -1,5 +1,5 @@
-// qrv::value beside the calls underneath: reading an int at a path of three keys, and walking the
-// values of a vector.
+// qrv::value beside the calls underneath: reading an int at a path of three keys, walking the
+// values of a vector, and building a tree from its innermost map.
 #include "bench/row.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -77,6 +77,36 @@ cRounds walk_nodes(int n) {
     };
 }
 
+// {a= i; b= {a= i - 1; b= ... }}, and the sum of what is in it.
+template <class Nest> cRounds build_inside_out(int n, Nest const &nest) {
+    return [n, nest](cRound &round) {
+        qrv::value tree;
+        round.measure([&] {
+            for (int i = 0; i < n; ++i) tree = nest(tree, i);
+        });
+        round.answer = [tree] {
+            long long sum = 0;
+            for (qrv::value at = tree; !at.is_nil(); at = at["b"]) sum += at["a"].get<int>();
+            return std::to_string(sum);
+        };
+    };
+}
+
+cRounds build_values(int n) {
+    return build_inside_out(n, [](qrv::value const &inner, int i) -> qrv::value {
+        return qrv::map{{"a", i}, {"b", inner}};
+    });
+}
+
+cRounds build_maps(int n) {
+    return build_inside_out(n, [](qrv::value const &inner, int i) {
+        auto const map = make<cMapObj>();
+        map->datamap().mapitem("a", cat::of(i));
+        map->datamap().mapitem("b", inner.object());
+        return qrv::value(objref(map));
+    });
+}
+
 cSide side(char const *library, cRounds (*rounds)(int)) {
     return {library, [rounds](std::string const &size) {
                 long long const n = std::stoll(size);
@@ -91,6 +121,7 @@ std::vector<cWork> value_works() {
     std::vector<std::string> const counted = {"1000", "10000", "100000"};
     return {
         {"value_get", counted, {"10000"}, {side("qrv", get_by_path), side("calls", get_by_calls)}},
+        {"value_build", counted, {"10000"}, {side("qrv", build_values), side("calls", build_maps)}},
         {"value_walk", counted, {"10000"}, {side("qrv", walk_values), side("nodes", walk_nodes)}},
     };
 }

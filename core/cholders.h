@@ -39,7 +39,7 @@ struct cHolders {
     static void know(bool known) noexcept { cObj::holders_known_ = known; }
 
     // Call when a type gets this `iterobj`. Functions that are set during the bootstrap count as
-    // the library's.
+    // the library's, here and below.
     static void note_type_method(cVoidFunction iterobj) noexcept;
     // Call when an executable becomes a member of this object, or when an object gets these
     // members.

@@ -4,8 +4,9 @@
 The headers are written for people who read them: a comment of // lines above a paragraph of
 declarations belongs to every declaration of that paragraph, a comment after a declaration only to
 that one. Here the first becomes a group with one text for all its members, the second a trailing
-text, and the comment at the top of the file the text of the file. The number of lines stays, so that
-warnings have the right line numbers.
+text, and the comment at the top of the file the text of the file. All declarations of a file join
+the group of its layer (docs/groups.dox). The number of lines stays, so that warnings have the right
+line numbers.
 """
 
 import re
@@ -47,8 +48,9 @@ def split_comment(line):
 class Filter:
     """Walks the lines once; `depth` counts braces, `opened` the depth of the open group."""
 
-    def __init__(self, lines):
+    def __init__(self, lines, group):
         self.lines = lines
+        self.group = group
         self.out = []
         self.depth = 0
         self.opened = None
@@ -58,6 +60,7 @@ class Filter:
         at = self.head()
         while at < len(self.lines):
             at = self.step(at)
+        self.out[-1] += '/**@}*/'
         return self.out
 
     def head(self):
@@ -68,6 +71,9 @@ class Filter:
             at += 1
         self.put(begin, at, '///')
         self.out[begin] = '/** \\file */ ' + self.out[begin]
+        if not self.lines[at]:
+            self.out.append(f'/** \\addtogroup {self.group} */ /**@{{*/')
+            at += 1
         return at
 
     def put(self, begin, end, mark):
@@ -105,12 +111,14 @@ class Filter:
             end += 1
         members = self.members(end)
         self.put(at, end, '///' if members else '//')
-        if self.opened is not None and self.depth == self.opened:
-            self.out[at] = '/**@}*/' + self.out[at]
+        closes = self.opened is not None and self.depth == self.opened
+        if closes:
             self.opened = None
         if members > 1:
             self.out[at] = self.out[at].replace('///', '/**@{*/ ///', 1)
             self.opened = self.depth
+        if closes:
+            self.out[at] = '/**@}*/' + self.out[at]
         self.column = -1
         return end
 
@@ -138,4 +146,5 @@ class Filter:
 
 if __name__ == '__main__':
     with open(sys.argv[1], encoding='utf-8') as file:
-        print('\n'.join(Filter(file.read().split('\n')).run()))
+        group = 'values' if 'qrv/value' in sys.argv[1] else 'objects'
+        print('\n'.join(Filter(file.read().split('\n'), group).run()))

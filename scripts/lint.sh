@@ -28,6 +28,7 @@ step "includes" scripts/check_includes.py
 step "rules" scripts/check_rules.py
 step "error codes" scripts/check_errors.py
 step "deliberate" scripts/check_deliberate.py
+step "comments of qrv::value" scripts/check_api_docs.py
 step "paths in text" scripts/check_paths.py
 step "comments" scripts/check_comments.py
 step "chart" scripts/bench_chart.py --check

@@ -13,6 +13,7 @@
 #include "qrv/edit/cfingerprint.h"
 #include "qrv/text/file/creadtext.h"
 #include "qrv/text/read/csourcemap.h"
+#include "value/comments.h"
 #include "value/reading.h"
 #include "value/writing.h"
 #include "value/written_file.h"
@@ -47,6 +48,7 @@ struct document::source {
     std::vector<typeref> types;
     std::vector<cat::ReadError> errors;
     std::optional<edit::Edit> edit; // none after errors
+    std::optional<detail::comment_notes> comments;
 };
 
 document::source::source(std::string file, std::string content, options const &reading)
@@ -55,7 +57,9 @@ document::source::source(std::string file, std::string content, options const &r
     root = detail::read_value(text(), path, how, errors).object();
     map.stop();
     types = scope.types();
-    if (errors.empty()) edit.emplace(text(), map, root);
+    if (!errors.empty()) return;
+    edit.emplace(text(), map, root);
+    comments.emplace(value(root));
 }
 
 namespace {
@@ -191,7 +195,7 @@ std::optional<position> document::position_of_object(objref const &object) const
 std::string document::text() const {
     source const &from = own();
     if (!from.edit) from.refuse("it was read with errors");
-    return std::string(from.mark()) + changed_text();
+    return std::string(from.mark()) + text_with_comments(changed_text());
 }
 
 void document::save() {
@@ -229,6 +233,21 @@ std::string document::changed_text() const {
     source_->refuse(fingerprint_of(anew, source_->how, source_->types) == expected
                         ? "this change can't be made in its text; qrv::save() writes it anew"
                         : "no text can be read as the changed value");
+}
+
+std::string document::text_with_comments(std::string text) const {
+    cat::CaughtErrors const ignored; // a member `//` that is not text is not a comment
+    std::vector<cObj const *> const changed = source_->comments->changed(*this);
+    if (changed.empty()) return text;
+    hidden const others(source_->types);
+    cat::TypeScope const scope;
+    value failed;
+    std::string result =
+        detail::with_comments(std::move(text), *this, changed, source_->how, failed);
+    if (!result.empty()) return result;
+    std::vector<std::string> const paths = paths_of(failed);
+    source_->refuse((paths.empty() ? std::string() : paths.front() + ": ") +
+                    "this comment can't be set in its text; qrv::save() writes it anew");
 }
 
 std::string document::text_with_new_root() const {

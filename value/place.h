@@ -61,8 +61,8 @@ objref choice_key_of(cObj const *object);
 // Sets the choice to that key, or to that of another choice. type_error: it does not have the key.
 void assign_choice(cObj &choice, objref const &x);
 
-// The written form with all digits; without them, and `is_whole` false, where a part has no such
-// form. RUNS USER CODE
+// The written form with all digits, or without them where a part, such as an infinity, has no such
+// form. `is_whole` becomes false where a part is missing. RUNS USER CODE
 std::string shown_text(objref const &object, bool *is_whole = nullptr);
 
 // "a string: "fast"", "a map", "nil", "an object of type Axis".

@@ -150,6 +150,14 @@ item_range reference::items() const {
     static_cast<void>(size()); // throws for a scalar
     return read().items();
 }
+key_range reference::keys() const {
+    static_cast<void>(size());
+    return read().keys();
+}
+element_range reference::values() const {
+    static_cast<void>(size());
+    return read().values();
+}
 element_iterator reference::begin() const {
     return use([](value const &v) { return v.begin(); });
 }

@@ -95,14 +95,16 @@ objref value::object() const { return object_ ? object_ : cat::nil(); }
 // --- refusing
 
 std::string detail::shown_text(objref const &object, bool *is_whole) {
-    cat::CaughtErrors const caught;
     {
+        cat::CaughtErrors const caught;
         cat::ExactText const exact;
         std::string text = cat::as_text(object);
         if (exact.failed() == 0 && caught.empty()) return text;
     }
-    if (is_whole) *is_whole = false;
-    return cat::as_text(object);
+    cat::CaughtErrors const caught;
+    std::string text = cat::as_text(object);
+    if (is_whole) *is_whole = caught.empty();
+    return text;
 }
 
 namespace {

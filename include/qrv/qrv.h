@@ -78,6 +78,7 @@
 #include "qrv/value/declare.h"
 #include "qrv/value/document.h"
 #include "qrv/value/errors.h"
+#include "qrv/value/format.h"
 #include "qrv/value/items.h"
 #include "qrv/value/kind.h"
 #include "qrv/value/reference.h"

@@ -1,4 +1,5 @@
-// What the layer of qrv::value allocates: reading and iterating nothing.
+// What the layer of qrv::value allocates: reading and iterating nothing, and storing a value
+// nothing for what the value has, which a search for a cycle would.
 
 #include "qrv/value.h"
 #include "tests/counted/counted.h"
@@ -44,4 +45,25 @@ TEST(CountedValue, iterating_allocates_nothing) {
     walk(); // keys that have no object yet get it
     EXPECT_EQ(counted::allocations_of(walk), 0U);
     EXPECT_EQ(count, 10);
+}
+
+namespace {
+
+unsigned long long allocations_of_levels(int levels) {
+    return counted::allocations_of([&] {
+        qrv::value inner = qrv::map{{"x", 1}};
+        for (int i = 0; i < levels; ++i) {
+            qrv::map const outer{{"inner", inner}};
+            inner = outer;
+        }
+    });
+}
+
+} // namespace
+
+TEST(CountedValue, building_from_the_innermost_level_is_linear) {
+    allocations_of_levels(1'000);
+    auto const few = allocations_of_levels(1'000);
+    EXPECT_GT(few, 0U);
+    EXPECT_LE(allocations_of_levels(10'000), few * 11);
 }

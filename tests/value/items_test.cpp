@@ -26,7 +26,14 @@ static_assert(std::ranges::forward_range<qrv::value>);
 static_assert(std::ranges::forward_range<qrv::value const>);
 static_assert(std::forward_iterator<qrv::item_iterator>);
 static_assert(std::forward_iterator<qrv::element_iterator>);
+static_assert(std::forward_iterator<qrv::key_iterator>);
+static_assert(std::ranges::forward_range<qrv::key_range>);
+static_assert(std::ranges::forward_range<qrv::element_range>);
 static_assert(std::ranges::sized_range<qrv::item_range>);
+static_assert(std::ranges::borrowed_range<qrv::value>);
+static_assert(std::ranges::borrowed_range<qrv::item_range>);
+static_assert(std::ranges::borrowed_range<qrv::key_range>);
+static_assert(std::ranges::borrowed_range<qrv::element_range>);
 
 TEST_F(Items, are_keys_and_values_in_order) {
     EXPECT_EQ(walked(read("{b= 1; a= x; 3= [1]}")), "b=1 a=x 3=[1, ] ");
@@ -58,6 +65,41 @@ TEST_F(Items, work_with_the_algorithms_of_ranges) {
     EXPECT_TRUE(std::ranges::equal(list, std::vector{4, 5, 6}));
     EXPECT_EQ(list.items().size(), 3U);
 }
+
+TEST_F(Items, keys_and_values_are_ranges_of_their_own) {
+    qrv::value const map = read("{b= 1; a= x; 3= [1]}");
+    EXPECT_TRUE(std::ranges::equal(map.keys(), std::vector<qrv::value>{"b", "a", 3}));
+    EXPECT_TRUE(std::ranges::equal(map.values(), map));
+    EXPECT_EQ(std::ranges::distance(map.keys()), 3);
+    EXPECT_EQ(std::ranges::distance(map.values()), 3);
+    EXPECT_TRUE(std::ranges::equal(read("[5, 6]").keys(), std::vector{0, 1}));
+    EXPECT_TRUE(qrv::value().keys().empty());
+    EXPECT_THROW(qrv::value(5).keys().begin(), qrv::type_error);
+    qrv::value root;
+    root["a"] = map;
+    EXPECT_EQ(root["a"].keys().size(), 3U);
+    EXPECT_EQ(*root["a"].values().begin(), 1);
+}
+
+TEST_F(Items, an_iterator_outlives_its_range) {
+    auto const found = std::ranges::find(read("[4, 5, 6]"), 5);
+    EXPECT_EQ(*found, 5);
+    auto const key = std::ranges::find(read("{a= 1; b= 2}").keys(), "b");
+    EXPECT_EQ(*key, "b");
+}
+
+#ifndef __clang__ // clang 14 can't compile views with this standard library
+TEST_F(Items, views_of_temporaries_own_what_they_walk) {
+    std::string names;
+    for (auto const &name :
+         read("{a= 1; b= 2}").keys() |
+             std::views::transform([](qrv::value const &key) { return key.get<std::string>(); }))
+        names += name;
+    EXPECT_EQ(names, "ab");
+    auto two = read("[1, 2, 3]").values() | std::views::take(2);
+    EXPECT_EQ(std::ranges::distance(two), 2);
+}
+#endif
 
 TEST_F(Items, iterators_are_values) {
     qrv::value const list = read("[4, 5]");

@@ -20,19 +20,22 @@ class QRV_API map : public value {
   public:
     // Implicit, so that {key, value} makes one. A string is one key, never a path.
     struct entry {
+        // Shares both, which may be null values. range_error as for a value of a number.   O(1)
         template <std::convertible_to<value> K, std::convertible_to<value> V> entry(K &&k, V &&v)
             : key(std::forward<K>(k)), item(std::forward<V>(v)) {}
         value key;
         value item;
     };
 
+    // A new object without entries. Never throws but for memory.   O(1)
     map() : value(detail::empty_map()) {}
     // In that order; a key that is repeated keeps its place and gets the last value.
-    // error: something that is no key, such as a container.
+    // type_error: something that is not a key, such as a container.   O(entries)
     map(std::initializer_list<entry> entries) : map() {
         for (entry const &each : entries) set(each.key, each.item);
     }
-    // Of any range of pairs.
+    // Of any range of pairs, whose values are shared or copied as a value of their type does.
+    // type_error: something that is not a key.   O(entries)
     template <class Range> [[nodiscard]] static map from(Range &&range) {
         map result;
         for (auto &&[key, item] : range) result.set(value(key), value(item));

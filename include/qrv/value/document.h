@@ -10,8 +10,9 @@
 // in it share its objects. Saving takes what differs between the values now and those that were
 // read, and changes only that in the text: comments, blank lines, alignment and the spelling of all
 // other values stay. New entries are written like their neighbours, and removed ones take their
-// comments with them. Comments and layout that the program itself sets are not saved so:
-// qrv::save() writes a file anew.
+// comments with them. A comment that the program sets replaces the one in the text, or is written
+// after its value. Layout that the program sets, by one_line(), is not saved so: qrv::save() writes
+// a file anew.
 //
 // The types that the text declares belong to the document. They are not registered, so each of two
 // documents can declare one name in its own way; they are destroyed with the document or the last
@@ -38,8 +39,8 @@ struct position {
 
 class QRV_API document : public value {
   public:
-    // Reads a file, or text that has no file yet. parse_error: it has errors. error: the file can't
-    // be read.   O(size)
+    // Reads a file, or text that has no file yet. The document owns the text. parse_error: it has
+    // errors. error: the file can't be read.   O(size)
     static document load(std::string const &path, options const &how = {});
     static document parse(std::string text, options const &how = {});
     // The same, and all errors are stored in `errors` and in errors(). What could be read is there,
@@ -49,7 +50,8 @@ class QRV_API document : public value {
     static document parse(std::string text, std::vector<cat::ReadError> &errors,
                           options const &how = {});
 
-    // A document that was moved from is #nil and has no path; assign to it or destroy it.
+    // A document that was moved from owns no text, is #nil and has no path; assign to it or destroy
+    // it.
     document(document &&) noexcept;
     document &operator=(document &&) noexcept(false);
     document(document const &) = delete; // of one text there is one document
@@ -60,8 +62,9 @@ class QRV_API document : public value {
     std::vector<cat::ReadError> const &errors() const noexcept; // in text order
 
     // What save() would write. error: part of the value has no text, or the change can't be made in
-    // the text as it is, for instance if a type would be declared after its first use; or the text
-    // has errors. Runs user code: types of the program write their objects.   O(size)
+    // the text as it is, for instance if a type would be declared after its first use, or a comment
+    // would belong to another value; or the text has errors. Runs user code: types of the program
+    // write their objects.   O(size)
     std::string text() const;
 
     // Writes the file, if anything has changed. The new text is read again before, and must have
@@ -83,7 +86,8 @@ class QRV_API document : public value {
     const { return position_of_object(static_cast<value>(v).object()); }
 
     // Reads a value whose text may name the types of this document. What it declares is known to
-    // its own text only. parse_error: it has errors.
+    // its own text only. parse_error: it has errors. The value lives as long as anybody shares it.
+    //   O(size)
     value read(std::string_view text, options const &how = {}) const;
 
   private:
@@ -92,6 +96,7 @@ class QRV_API document : public value {
     explicit document(std::unique_ptr<source> from);
     std::optional<position> position_of_object(objref const &object) const;
     std::string changed_text() const;
+    std::string text_with_comments(std::string text) const;
     std::string text_with_new_root() const;
     source &own() const;
 

@@ -33,7 +33,8 @@ class QRV_API error : public std::runtime_error {
     unsigned int code() const noexcept { return code_; }
     // Of the place that the error is about, from the value that was asked on.
     std::string const &path() const noexcept { return path_; }
-    // Puts the path of a container in front: for code that reads or writes its parts.
+    // Puts the path of a container in front: for code that reads or writes its parts. Never throws
+    // but for memory.   O(length)
     void within(std::string_view path);
 
   private:
@@ -80,7 +81,8 @@ class QRV_API range_error : public std::out_of_range {
     ~range_error() override;
 
     std::string const &path() const noexcept { return path_; }
-    // Puts the path of a container in front: for conversions of its parts.
+    // Puts the path of a container in front: for conversions of its parts. Never throws but for
+    // memory.   O(length)
     void within(std::string_view path);
 
   private:

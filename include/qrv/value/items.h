@@ -3,8 +3,11 @@
 //
 //   for (auto const &[key, item] : limits.items()) ...
 //   for (qrv::value const &phase : phases) ...
+//   std::vector<qrv::value> const names(limits.keys().begin(), limits.keys().end());
 //
-// Ranges and iterators own the container that they walk, so a temporary may be iterated. The loop
+// Ranges and iterators own the container that they walk, so a temporary may be iterated, and an
+// iterator outlives its range. Entries are given by value: std::views::transform with &item::key
+// would refer to an entry that has ended, so take keys() and values() instead. The loop
 // may change the container: entries may be added and removed anywhere, also the current one. Each
 // entry that is left is visited once, and so is what is added after the current one. Nothing is
 // allocated except the objects of keys that have none yet (`item.key`).
@@ -82,6 +85,8 @@ template <class Entry, class Derived> class entry_iterator {
 
 } // namespace detail
 
+// Of an entry that was removed key and value are #nil. What * gives is shared, and the container is
+// owned. type_error: it is made of a scalar.   O(1), all of them
 class item_iterator : public detail::entry_iterator<item, item_iterator> {
   public:
     item_iterator() noexcept = default;
@@ -89,6 +94,7 @@ class item_iterator : public detail::entry_iterator<item, item_iterator> {
     item operator*() const { return {cursor_.key(), cursor_.element()}; }
 };
 
+// Gives the values alone; the rest is as for item_iterator().
 class element_iterator : public detail::entry_iterator<value, element_iterator> {
   public:
     element_iterator() noexcept = default;
@@ -96,11 +102,22 @@ class element_iterator : public detail::entry_iterator<value, element_iterator> 
     value operator*() const { return cursor_.element(); }
 };
 
-class item_range {
+// Gives the keys alone; the rest is as for item_iterator().
+class key_iterator : public detail::entry_iterator<value, key_iterator> {
   public:
-    explicit item_range(value container) : container_(std::move(container)) {}
-    item_iterator begin() const { return item_iterator(container_); }
-    item_iterator end() const noexcept { return {}; }
+    key_iterator() noexcept = default;
+    explicit key_iterator(value const &container) : entry_iterator(container) {}
+    value operator*() const { return cursor_.key(); }
+};
+
+namespace detail {
+
+// What the ranges have in common.
+template <class Iterator> class entry_range {
+  public:
+    explicit entry_range(value container) : container_(std::move(container)) {}
+    Iterator begin() const { return Iterator(container_); }
+    Iterator end() const noexcept { return {}; }
     bool empty() const { return container_.empty(); }
     std::size_t size() const { return container_.size(); }
 
@@ -108,8 +125,32 @@ class item_range {
     value container_;
 };
 
+} // namespace detail
+
+class item_range : public detail::entry_range<item_iterator> {
+    using entry_range::entry_range;
+};
+class key_range : public detail::entry_range<key_iterator> {
+    using entry_range::entry_range;
+};
+class element_range : public detail::entry_range<element_iterator> {
+    using entry_range::entry_range;
+};
+
 inline item_range value::items() const { return item_range(*this); }
+inline key_range value::keys() const { return key_range(*this); }
+inline element_range value::values() const { return element_range(*this); }
 inline element_iterator value::begin() const { return element_iterator(*this); }
 inline element_iterator value::end() const { return {}; }
 
 } // namespace qrv
+
+#ifndef QRV_DOXYGEN // which does not find the declaration in the standard library
+template <class T>
+requires(
+    std::derived_from<T, qrv::value>) inline constexpr bool std::ranges::enable_borrowed_range<T> =
+    true;
+template <> inline constexpr bool std::ranges::enable_borrowed_range<qrv::item_range> = true;
+template <> inline constexpr bool std::ranges::enable_borrowed_range<qrv::key_range> = true;
+template <> inline constexpr bool std::ranges::enable_borrowed_range<qrv::element_range> = true;
+#endif

@@ -42,18 +42,20 @@ class QRV_API reference {
     void operator=(value const &) & = delete;  // assign in the expression that makes the reference
     void operator=(reference const &) & = delete;
 
-    // The value. path_error: nothing is there.
+    // The value, shared. path_error: nothing is there. And is something there?   O(keys)
     operator value() const { return read(); }
-    bool exists() const; // is something there?
+    bool exists() const;
 
-    // A place further down.
+    // A place further down, which shares the value too. Looks nothing up. range_error: an int can't
+    // hold the key.   O(length of the keys)
     reference operator[](std::string_view key) const { return below(detail::step(key)); }
     template <detail::key_like T> reference operator[](T const &key) const {
         return below(value::step_of(key));
     }
     template <detail::no_key T> void operator[](T) const = delete;
 
-    // As those of the value. path_error: nothing is there.
+    // --- as those of the value, after a look-up of the keys. path_error: nothing is there.
+
     qrv::kind kind() const { return read().kind(); }
     bool is_nil() const { return read().is_nil(); }
     bool is_bool() const { return read().is_bool(); }
@@ -87,6 +89,8 @@ class QRV_API reference {
         return use([](value const &v) { return v.hash(); });
     }
     item_range items() const;
+    key_range keys() const;
+    element_range values() const;
     element_iterator begin() const;
     element_iterator end() const;
     // An entry that is #nil becomes a vector, or the container that merge() creates.
@@ -130,7 +134,8 @@ class QRV_API reference {
     }
     template <detail::no_key T> void set(T, value const &) const = delete;
 
-    // These see an empty container where nothing is there.
+    // --- as those of the value, too. These see an empty container where nothing is there.
+
     template <detail::gettable T> std::optional<T> get_if() const { return peek().get_if<T>(); }
     template <detail::gettable T> std::optional<T> get(std::string_view path) const {
         return named([&] { return peek().get<T>(path); });

@@ -57,6 +57,7 @@ struct style {
 };
 
 // The written form, without a line feed at its end. An inexact one has six digits of each number.
+// Borrows the value.
 // error: part of the value has no text, such as an infinity or a value inside itself.
 // Runs user code: types of the program write their objects.   O(size)
 QRV_API std::string dump(value const &v, style const &how = {});
@@ -65,6 +66,7 @@ QRV_API std::string dump(value const &v, style const &how = {});
 // is. Mode, owner and symbolic links stay. Waits up to 30 seconds for other programs that lock the
 // folder (cat::FileLock).
 // error: part of the value has no text, or the file can't be written; what() has its name and why.
+// Borrows the value.   O(size)
 QRV_API void save(value const &v, std::string const &path, style const &how = {});
 
 } // namespace qrv

@@ -49,11 +49,13 @@
 namespace qrv {
 
 class value;
-class reference;        // qrv/value/reference.h: what operator[] of a variable gives
-class item_range;       // qrv/value/items.h: what items() gives
-class element_iterator; // there too
-class type;             // qrv/value/declare.h
-class connection;       // qrv/value/change.h
+class reference;  // qrv/value/reference.h: what operator[] of a variable gives
+class item_range; // qrv/value/items.h: what items(), keys() and values() give
+class key_range;
+class element_range;
+class element_iterator;
+class type;       // qrv/value/declare.h
+class connection; // qrv/value/change.h
 
 namespace detail {
 
@@ -138,7 +140,7 @@ struct value_access; // for the other files of the layer
 
 class QRV_API value {
   public:
-    // #nil. Never throws.
+    // #nil, which has no object to own. Never throws.
     value() noexcept = default;
     value(std::nullptr_t) noexcept {}
     // Share the object; the source of a move is #nil afterwards. Destroying runs user code where it
@@ -150,8 +152,9 @@ class QRV_API value {
     value &operator=(value &&other) & = default;
     ~value() = default;
 
-    // A new object. A float stays a float; a long double becomes a double, rounded.
-    // range_error: an int can't hold the integer, or a double the size of the long double.
+    // A new object; a string is copied. A float stays a float; a long double becomes a double,
+    // rounded. range_error: an int can't hold the integer, or a double the size of the long double.
+    //   O(length)
     template <std::same_as<bool> T> value(T truth) : object_(make(truth)) {}
     template <cIndex T> value(T number) : object_(make(int_of(number))) {}
     value(float number);
@@ -162,13 +165,13 @@ class QRV_API value {
     value(char const *text);                   // null is #nil
     template <cCharacter T> value(T) = delete; // a number or a text? "a" is a string
     // The object itself, shared; null and cat::nil() are #nil. std::invalid_argument for cat::bad()
-    // and cat::badfind(), which are no values.
+    // and cat::badfind(), which are no values.   O(1)
     value(objref object);
     template <class T>
     requires(std::convertible_to<T *, cObj *> && !std::same_as<T, cObj>)
         value(cRef<T> const &object)
         : value(objref(object)) {}
-    // By the to_value of the type.
+    // By the to_value of the type, which copies what it converts. What it throws passes.   O(size)
     template <class T>
     requires detail::convertible<T> value(T const &source)
         : value(detail::converter<T>::to(source)) {}
@@ -205,6 +208,7 @@ class QRV_API value {
     // A number with a format, such as intf(0x1F), reads as its number. A choice reads as its key,
     // which is a string in most types; at("value") is what the key stands for.
 
+    // Strings are copied; a value or an objref shares.   O(1), O(size) for what is copied
     // type_error: it is not a T. range_error: the number does not fit, or becomes 0 as a float.
     template <detail::gettable T> T get() const { return fetch<T>(object_, {}); }
     // Empty instead of either.
@@ -261,10 +265,13 @@ class QRV_API value {
     std::size_t size() const;
     bool empty() const { return size() == 0; }
 
-    // --- iterating. #nil has no entries; type_error for scalars. Nothing is allocated.
+    // --- iterating. #nil has no entries; type_error for scalars. Ranges and iterators own the
+    // container.   O(1), also each step; nothing is allocated
 
-    item_range items() const;       // pairs of key and value
-    element_iterator begin() const; // the values alone, of maps too
+    item_range items() const;     // pairs of key and value
+    key_range keys() const;       // ints in a vector or a set
+    element_range values() const; // the same as the value itself, also of a map
+    element_iterator begin() const;
     element_iterator end() const;
 
     // --- changing. A #nil variable becomes a map, or a vector by push_back; what at() or an
@@ -275,6 +282,12 @@ class QRV_API value {
     // refuses, such as a value that would hold itself, or new keys where keys are const. All run
     // user code: what is replaced may be destroyed, and the slots of `changed` run after the
     // change.
+    //
+    // O(1) for each key of the path and for the write. In addition, storing a container in one that
+    // is itself a value of another searches what is stored for a cycle: O(size of x). So build a
+    // tree from the inside out, or store containers while they are empty and fill them there. A
+    // program that defines its own iterator type (core/cholders.h) pays for the search at each
+    // store.
 
     // Missing levels become maps; a position one past the last appends to a vector. With the path
     // of the value itself, v.set("", x) is v = x. error: a set has an equal value at another
@@ -289,8 +302,8 @@ class QRV_API value {
     template <detail::key_like T> void set(T const &key, value const &x) && {
         lasting().set(key, x);
     }
-    // Removes what is at the path; the values after it in a vector move down. False: nothing there.
-    // path_error: faulty text, or the path of the value itself.
+    // Removes what is at the path; the values after it in a vector move down: O(values after it).
+    // False: nothing there. path_error: faulty text, or the path of the value itself.
     bool erase(std::string_view path);
     template <detail::key_like T> bool erase(T const &key) { return erase_key(step_of(key)); }
     template <detail::no_key T> void set(T, value const &) = delete;
@@ -304,48 +317,50 @@ class QRV_API value {
     // Removes the first item equal to x; those after it move down. False: no item is equal.
     bool erase_item(value const &x);
     // In a vector, before the value at that position; at size() it appends.
-    // path_error: there is no such position. type_error: not a vector.
+    // path_error: there is no such position. type_error: not a vector.   O(values after it)
     void insert(std::size_t position, value const &x);
-    // type_error: it is not a map, a vector or a set.
+    // type_error: it is not a map, a vector or a set.   O(size)
     void clear();
     // Of a map: value and place stay. path_error: `key` is absent. std::invalid_argument: there is
     // an entry `new_key`. type_error: not a map.
     void rename(std::string_view key, std::string_view new_key);
     // As the command `qrv merge`: entries that both have and that are containers are merged in
     // turn, other values replace those here, and the rest is added; a vector gets those of `other`
-    // behind its own. The parts of `other` are shared. What was merged before an exception stays.
-    // type_error: one of the two is not a container.
+    // after its own. The parts of `other` are shared. What was merged before an exception stays.
+    // type_error: one of the two is not a container.   O(size of both)
     void merge(value const &other) &;
     void merge(value const &other) && { lasting().merge(other); }
     // Changes the object itself, and with it all copies of this value. The type stays: a number is
     // converted by the rules of get(), and a choice takes its key, or that of another choice. Maps,
-    // vectors and sets accept each other's values; only a vector or set refuses a map, whose keys
-    // would be lost.
+    // vectors and sets accept each other's values, which they share; only a vector or set refuses a
+    // map, whose keys would be lost.
     // type_error: #nil, or the type refuses x, or the choice does not have the key. range_error:
-    // the number does not fit.
+    // the number does not fit.   O(entries)
     void assign(value const &x);
-    // A private copy of everything; parts that occur twice in it are one object there, too.
+    // A private copy of everything; parts that occur twice in it are one object there, too. error:
+    // the nesting is too deep for the stack.   O(size)
     value clone() const;
 
-    // --- comments, layout, sharing
+    // --- comments, layout, sharing.   O(1) and the length of the comment
 
     // The text of the comment before the value in its file, without the comment marks; lines are
-    // separated by line feeds. Empty without one.
+    // separated by line feeds. Empty without one; never throws but for memory.
     std::string comment() const;
     // Each line gets its "//"; empty removes the comment. type_error for #nil, which has no object.
     void set_comment(std::string_view text);
-    // Is the container written on one line? False for what is no container.
+    // Is the container written on one line? False for all other values.
     bool one_line() const;
     void one_line(bool on); // type_error: not a container
     // Are both the same object? Two #nil are not.
     bool is_shared_with(value const &other) const noexcept {
         return object_ && object_ == other.object_;
     }
-    // All places below this value where the object of `other` is, in order, as paths for at().
-    // Each container is looked into once.   O(size)
+    // All places below this value where the object of `other` is, in order, as paths for at();
+    // copies. Each container is looked into once. error: the nesting is too deep for the stack.
+    //   O(size)
     std::vector<std::string> paths_of(value const &other) const;
 
-    // --- comparing
+    // --- comparing. Borrows both; error: the nesting is too deep for the stack.   O(size)
 
     // Same type and same value; 1 and 1.0 differ, and maps with another order of keys. Runs user
     // code where objects of the program are compared.
@@ -366,11 +381,14 @@ class QRV_API value {
 
     // --- declared types and changes: qrv/value/declare.h, qrv/value/change.h
 
+    // Has it no broken rules? As for broken_rules().   O(size)
     bool conforms_to(type const &type) const;
+    // Owns the callback as long as the connection lives, which does not keep the value alive.
+    // type_error for #nil.   O(1)
     template <class F> [[nodiscard]] connection on_change(F callback) const;
 
-    // The written form, as in a file. Where a part has none, such as an infinity, writes what there
-    // is and sets the stream's failbit: qrv::dump() reports why.
+    // The written form, as in a file; borrows the value. Sets the stream's failbit where a part has
+    // none, because the nesting is too deep for the stack: qrv::dump() reports why.   O(size)
     friend QRV_API std::ostream &operator<<(std::ostream &os, value const &v);
 
   private:

@@ -1,0 +1,48 @@
+#pragma once
+// std::format of values, where the standard library has it:
+//
+//   std::format("{} is too high, the limits are {:m}", high, device["limits"])
+//
+// {} is the text on one line, without comments, and {:m} that over many lines, as dump() writes
+// both.
+
+#include "qrv/value/text.h"
+
+#include <version>
+
+#ifdef __cpp_lib_format
+
+#include <algorithm>
+#include <concepts>
+#include <format>
+
+// parse() throws std::format_error for another specification, and format() throws as dump(): error
+// where part of the value has no text. path_error for a reference to nothing.   O(size)
+template <class T>
+requires(std::derived_from<T, qrv::value> ||
+         std::same_as<T, qrv::reference>) struct std::formatter<T, char> {
+    template <class Context> constexpr auto parse(Context &context) {
+        auto at = context.begin();
+        if (at != context.end() && *at == 'm') {
+            one_line_ = false;
+            ++at;
+        }
+        if (at != context.end() && *at != '}')
+            throw std::format_error("a qrv::value has {} and {:m}");
+        return at;
+    }
+    template <class Context> auto format(T const &v, Context &context) const {
+        return std::ranges::copy(qrv::dump(v, {.one_line = one_line_}), context.out()).out;
+    }
+
+  private:
+    bool one_line_ = true;
+};
+
+#ifdef __cpp_lib_format_ranges // which has a form for all ranges
+template <class T>
+requires(std::derived_from<T, qrv::value>) inline constexpr std::range_format std::format_kind<T> =
+    std::range_format::disabled;
+#endif
+
+#endif
