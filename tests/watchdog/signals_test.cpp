@@ -2,6 +2,7 @@
 
 #include "tests/watchdog/dog_run.h"
 
+#include <fstream>
 #include <sys/ioctl.h>
 
 using dog_test::cDog, dog_test::cRun, dog_test::child, dog_test::shell;
@@ -92,6 +93,16 @@ TEST(WatchdogSignals, a_signal_that_the_caller_ignores_ends_no_process) {
 
 // A terminal sends its interrupt to the whole process group, so the watch dog must not send it
 // again.
+// Has the process an interrupt that it has not received yet? It would receive a hangup before that.
+bool has_pending_interrupt(std::string const &process) {
+    std::ifstream status("/proc/" + process + "/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("ShdPnd:"))
+            return (std::stoull(line.substr(7), nullptr, 16) & 1U << (SIGINT - 1)) != 0;
+    ADD_FAILURE() << "no status of process " << process;
+    return false;
+}
+
 TEST(WatchdogSignals, an_interrupt_from_the_terminal_arrives_once) {
     int const terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_GE(terminal, 0);
@@ -105,14 +116,16 @@ TEST(WatchdogSignals, an_interrupt_from_the_terminal_arrives_once) {
               "exec <" + name + "; exec " + test::binary_file("bin/qrv-watchdog") +
                   " --grace 60 --event " + dog_test::own_name() +
                   " -- /bin/sh -c 'n=0; trap \"n=\\$((n+1)); echo int \\$n\" INT; "
-                  "trap \"echo at the end \\$n; exit 0\" TERM; echo ready; "
+                  "trap \"echo at the end \\$n; exit 0\" TERM; echo ready $PPID; "
                   "while :; do sleep 0.05; done'"});
-    EXPECT_EQ(dog.line(), "ready");
+    std::string const ready = dog.line();
+    ASSERT_TRUE(ready.starts_with("ready ")) << ready;
     ASSERT_EQ(::write(terminal, "\x03", 1), 1);
     EXPECT_EQ(dog.line(), "int 1");
     ASSERT_EQ(::write(terminal, "\x03", 1), 1);
     EXPECT_EQ(dog.line(), "int 2");
-    ::close(terminal); // sends a hangup, by which the program ends; the interrupt arrived before
+    while (has_pending_interrupt(ready.substr(6))) ::usleep(1000);
+    ::close(terminal); // sends a hangup, by which the program ends
     EXPECT_EQ(dog.finish(), (cRun{130, "", "qrv-watchdog: setsid ended with status 130\n"}));
 }
 
