@@ -6,6 +6,7 @@
 #include "tests/json/tree.h"
 #include "tests/support/paths.h"
 #include "tests/support/sanitized.h"
+#include "tests/support/strings.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -18,11 +19,7 @@ namespace {
 
 using cBig = cJsonRules::cBig;
 
-std::string times(std::string const &text, size_t count) {
-    std::string all;
-    for (size_t i = 0; i < count; ++i) all += text;
-    return all;
-}
+using test::times;
 
 // The text that the command writes; nothing if it reports an error.
 std::optional<std::string> streamed(std::string bytes, cJsonRules const &rules) {

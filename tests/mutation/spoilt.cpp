@@ -17,20 +17,6 @@ namespace mutation_test {
 
 namespace {
 
-class cScanner : public cAttrScanner {
-  public:
-    explicit cScanner(std::istream &is) : cAttrScanner(is) { return_all(true); }
-    bool next(cAttrLiteral &token) const {
-        gettoken(token);
-        return token.code != tkEof || !token.text.empty();
-    }
-};
-
-class cCommentScan : public cAttrScan { // reads as the tool does
-  public:
-    explicit cCommentScan(std::istream &is) : cAttrScan(is, false) { return_com(true); }
-};
-
 // Runs the work in a copy of this process. Returns its result (0 to 127), or -1 if the copy was
 // killed.
 int in_copy(std::function<int()> const &work) {
@@ -42,20 +28,23 @@ int in_copy(std::function<int()> const &work) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+} // namespace
+
 bool is_any(std::string const &text, std::string_view characters) {
     return text.size() == 1 && characters.find(text[0]) != characters.npos;
 }
 
-} // namespace
-
 std::vector<cToken> tokens_of(std::string const &text) {
     std::istringstream is(text);
-    cScanner const scanner(is);
+    cAttrScanner const scanner(is);
+    scanner.return_all(true);
     std::vector<cToken> tokens;
-    cAttrLiteral token;
-    for (size_t offset = 0; scanner.next(token); offset += token.text.size())
+    for (size_t offset = 0; !cat::is_end(scanner.next_token());) {
+        ::cToken const &token = scanner.current();
         if (token.code != tkComment && token.code != tkSpace)
-            tokens.push_back({offset, token.text});
+            tokens.push_back({offset, std::string(token.text)});
+        offset += token.text.size();
+    }
     return tokens;
 }
 
@@ -81,7 +70,8 @@ bool is_reported(std::string const &text) {
     int const result = in_copy([&] {
         std::istringstream is(text);
         cat::ReadReport const report;
-        cCommentScan scan(is);
+        cAttrScan scan(is, false);
+        scan.return_com(true); // as the tool reads
         objref value;
         int delimiter = 0;
         scan.scan_obj(value, &delimiter);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace mutation_test {
@@ -13,6 +14,9 @@ struct cToken {
     size_t offset = 0;
     std::string text;
 };
+
+// Is the text one of these characters?
+bool is_any(std::string const &text, std::string_view characters);
 
 // The tokens of text, without blanks and comments.
 std::vector<cToken> tokens_of(std::string const &text);

@@ -27,11 +27,8 @@
 
 namespace {
 
-using mutation_test::cToken;
+using mutation_test::cToken, mutation_test::is_any;
 
-bool is_any(std::string const &text, std::string_view characters) {
-    return text.size() == 1 && characters.find(text[0]) != characters.npos;
-}
 bool is_opening(cToken const &token) { return is_any(token.text, "({[<"); }
 bool is_closing(cToken const &token) { return is_any(token.text, ")}]>"); }
 bool is_delimiter(cToken const &token) { return is_any(token.text, ";,"); }
@@ -101,9 +98,8 @@ bool library_reports(std::string const &text) {
     cat::TypeScope const types;
     std::istringstream is(text);
     cat::ReadReport const report;
-    struct cScan : cAttrScan {
-        explicit cScan(std::istream &from) : cAttrScan(from, false) { return_com(true); }
-    } scan(is);
+    cAttrScan scan(is, false);
+    scan.return_com(true);
     objref value;
     int delimiter = 0;
     scan.scan_obj(value, &delimiter);

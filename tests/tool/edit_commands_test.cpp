@@ -1,5 +1,6 @@
 // `del`, `mv`, `ins`, `where` and `at`: single entries of a file that a person wrote.
 
+#include "tests/support/strings.h"
 #include "tests/tool/tool_run.h"
 
 using tool_test::cRun;
@@ -23,9 +24,7 @@ std::string const text = "// head\n"
 
 // The text with one part of it replaced.
 std::string with(std::string const &part, std::string const &other, std::string in = text) {
-    size_t const at = in.find(part);
-    EXPECT_NE(at, std::string::npos) << part;
-    return in.replace(at, part.size(), other);
+    return test::with(std::move(in), part, other);
 }
 
 class EditCommands : public tool_test::Tool {

@@ -1,6 +1,7 @@
 // `merge` on handwritten files: which bytes are unchanged, and the layout of entries from the other
 // file.
 
+#include "tests/support/strings.h"
 #include "tests/tool/tool_run.h"
 
 #include <filesystem>
@@ -24,9 +25,7 @@ std::string const text = "// head\n"
                          "// foot\n";
 
 std::string with(std::string const &part, std::string const &other, std::string in = text) {
-    size_t const at = in.find(part);
-    EXPECT_NE(at, std::string::npos) << part;
-    return in.replace(at, part.size(), other);
+    return test::with(std::move(in), part, other);
 }
 
 std::string with_returns(std::string const &bytes) {

@@ -5,8 +5,10 @@
 //   write("f", "[1, 2]");
 //   EXPECT_EQ(run({"fmt", "f"}), (cRun{0, "[1, 2, ]\n", ""}));
 
+#include "tests/support/files.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/paths.h"
+#include "tests/support/strings.h"
 
 #include <gtest/gtest.h>
 
@@ -95,11 +97,7 @@ class cProcess {
     pid_t pid_;
 };
 
-inline std::string bytes_of(std::string const &path) {
-    std::ifstream is(path, std::ios::binary);
-    EXPECT_TRUE(is.is_open()) << path;
-    return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
-}
+using test::bytes_of;
 
 // For the preparation of a run: root may read and write every file, but not without these rights.
 inline void give_up_rights_over_files() {
@@ -108,11 +106,7 @@ inline void give_up_rights_over_files() {
         if (::geteuid() == 0 && ::prctl(PR_CAPBSET_DROP, right, 0, 0, 0) != 0) ::_exit(126);
 }
 
-inline std::string times(std::string const &text, size_t count) {
-    std::string all;
-    for (size_t i = 0; i < count; ++i) all += text;
-    return all;
-}
+using test::times;
 
 class Tool : public testing::Test {
   protected:
