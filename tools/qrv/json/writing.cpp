@@ -174,8 +174,8 @@ class cJsonWriter {
         try {
             put_text(nlohmann::json(text).dump());
         } catch (nlohmann::json::type_error const &error) {
-            std::string const message = error.what();
-            fail(message.substr(message.find("] ") + 2));
+            std::string const error_text = error.what();
+            fail(error_text.substr(error_text.find("] ") + 2));
         }
     }
 
