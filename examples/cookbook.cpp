@@ -181,6 +181,31 @@ void position_of_a_value() {
     std::cout << place->line << ':' << place->column << '\n';
 }
 
+void save_a_comment() {
+    auto document = qrv::document::load("lamp.attr");
+    document["name"].set_comment("as on the box");
+    document.save();
+    print_file("lamp.attr");
+}
+
+struct Fan {
+    int speed = 3;
+    std::string mode = "auto";
+};
+QRV_DESCRIBE(Fan, speed, mode)
+
+void defaults_for_a_struct() {
+    qrv::value v = Fan(); // all members, so none is missing
+    v.merge(qrv::parse("{ mode= night; }"));
+    Fan const fan = v.get<Fan>();
+    std::cout << fan.speed << ' ' << fan.mode << '\n';
+}
+
+void list_the_keys() {
+    for (qrv::value const &key : lamp().keys()) std::cout << key << ' ';
+    std::cout << '\n';
+}
+
 void shared_parts() {
     qrv::value v = qrv::parse("{ a= {n= 1; }; b= #cRef(/a); }");
     v["a"]["n"] = 2;
@@ -198,14 +223,17 @@ struct Task {
 };
 #define TASK(name) {#name, &name},
 Task const tasks[] = {
-    TASK(read_a_file) TASK(read_text) TASK(list_all_errors) TASK(stop_at_errors) TASK(
-        value_with_default) TASK(optional_value) TASK(required_value) TASK(ask_for_the_kind)
-        TASK(key_with_a_slash) TASK(integer_keys) TASK(replace_a_value) TASK(create_levels)
-            TASK(remove_an_entry) TASK(append_and_insert) TASK(rename_a_key) TASK(merge_defaults)
-                TASK(copy_a_value) TASK(remove_while_walking) TASK(find_in_a_vector)
-                    TASK(sort_a_vector) TASK(standard_map) TASK(build_a_tree) TASK(unique_items)
-                        TASK(edit_a_file) TASK(write_a_file) TASK(one_line) TASK(comments)
-                            TASK(position_of_a_value) TASK(shared_parts) TASK(compare_values)};
+    TASK(read_a_file) TASK(read_text) TASK(list_all_errors) TASK(stop_at_errors)
+        TASK(value_with_default) TASK(optional_value) TASK(required_value) TASK(ask_for_the_kind)
+            TASK(key_with_a_slash) TASK(integer_keys) TASK(replace_a_value) TASK(create_levels)
+                TASK(remove_an_entry) TASK(append_and_insert) TASK(rename_a_key)
+                    TASK(merge_defaults) TASK(copy_a_value) TASK(remove_while_walking)
+                        TASK(find_in_a_vector) TASK(sort_a_vector) TASK(standard_map)
+                            TASK(build_a_tree) TASK(unique_items) TASK(edit_a_file)
+                                TASK(write_a_file) TASK(one_line) TASK(comments)
+                                    TASK(position_of_a_value) TASK(save_a_comment)
+                                        TASK(defaults_for_a_struct) TASK(list_the_keys)
+                                            TASK(shared_parts) TASK(compare_values)};
 } // namespace
 
 int main(int argc, char **argv) {

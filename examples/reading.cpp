@@ -28,6 +28,21 @@ int main() {
     for (int const part : lamp["colour"].get<std::vector<int>>()) std::cout << part << ' ';
     std::cout << '\n';
 
+    // An int has 32 bits, in text and in memory. A larger number is a double, which reads as an
+    // integer where it is whole.
+    qrv::value const disk = qrv::parse("{ used= 2000000000; free= 5.0e9; }");
+    std::cout << disk.get_or("free", 0LL) << ' ' << disk.get_or("used", 0U) << '\n';
+    try {
+        disk.get<int>("free");
+    } catch (qrv::range_error const &error) {
+        std::cout << error.what() << '\n';
+    }
+    try {
+        qrv::value const total = 7'000'000'000;
+    } catch (qrv::range_error const &error) {
+        std::cout << error.what() << '\n';
+    }
+
     // Each failure is an exception that says where and what.
     try {
         lamp.at("timer/days").get<int>();

@@ -277,6 +277,37 @@ TEST_F(Changes, a_change_inside_a_callback_calls_it_again) {
     EXPECT_EQ(map.get<int>("speed"), 100);
 }
 
+TEST_F(Changes, a_callback_connected_inside_a_callback_is_called_last) {
+    qrv::value v = read("{a= 1}");
+    std::string calls;
+    std::optional<qrv::connection> inner;
+    auto const first = v.on_change([&](qrv::change const &) {
+        calls += "first ";
+        if (!inner) inner = v.on_change([&](qrv::change const &) { calls += "inner "; });
+    });
+    auto const second = v.on_change([&](qrv::change const &) { calls += "second "; });
+    v["a"] = 2;
+    EXPECT_EQ(calls, "first second inner ");
+    v["a"] = 3;
+    EXPECT_EQ(calls, "first second inner first second inner ");
+}
+
+TEST_F(Changes, of_a_scalar_only_an_assignment_in_place_is_reported) {
+    qrv::value v = 5;
+    qrv::value const same = v;
+    int calls = 0;
+    auto const watch = v.on_change([&](qrv::change const &change) {
+        ++calls;
+        EXPECT_FALSE(change.key);
+        EXPECT_EQ(change.source, 6);
+    });
+    v.assign(6);
+    EXPECT_EQ(calls, 1);
+    v = 7;
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(same, 6);
+}
+
 TEST_F(Changes, a_plain_report_inside_a_callback_has_no_key) {
     qrv::value map = read("{}");
     std::vector<std::string> seen;

@@ -19,6 +19,7 @@
 //   - a change of the same value calls the callbacks again, inside, and this one as well
 //   - what a callback throws reaches the program that changes the value. The change stays, and the
 //     callbacks connected later are not called for it; merge() ends there
+//   - a callback that is connected there is called last, for this change too
 //   - after disconnect() a callback is not called again; one that is running continues to its end
 //
 // While nobody has ever listened to a value, a change of it costs the test of one pointer for this.
