@@ -28,9 +28,10 @@ step "includes" scripts/check_includes.py
 step "rules" scripts/check_rules.py
 step "error codes" scripts/check_errors.py
 step "deliberate" scripts/check_deliberate.py
-step "comments of qrv::value" scripts/check_api_docs.py
 step "paths in text" scripts/check_paths.py
 step "comments" scripts/check_comments.py
+step "comments of qrv::value" scripts/check_api_docs.py
+step "english" scripts/check_english.py
 step "chart" scripts/bench_chart.py --check
 step "edge cases" scripts/check_edges.py
 step "run paths" scripts/check_run_paths.py build

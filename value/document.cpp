@@ -76,7 +76,7 @@ class registered {
 };
 
 // Hides what is registered under the names of these types, by types that can't be read: text must
-// declare what it uses, whatever else the program has read.
+// declare what it uses, and nothing else that the program has read counts.
 class hidden {
   public:
     explicit hidden(std::vector<typeref> const &types) {
@@ -87,7 +87,7 @@ class hidden {
     cat::TypeScope scope_;
 };
 
-// The fingerprint of what a text is read as; empty if it has errors.
+// The fingerprint of what the text is read as; empty if it has errors.
 std::string fingerprint_of(std::string_view text, options const &how,
                            std::vector<typeref> const &types) {
     hidden const others(types);
@@ -104,7 +104,7 @@ position position_in(std::string_view text, std::size_t offset) {
     return {static_cast<unsigned>(lines) + 1, static_cast<unsigned>(offset - line_begin) + 1};
 }
 
-// Where the value of the last entry with a value of its own begins.
+// Where the value of the last entry with a separate value begins.
 std::optional<position> position_in(std::string_view text,
                                     std::vector<cat::SourceEntry> const &entries) {
     if (entries.empty()) return std::nullopt;

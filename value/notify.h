@@ -67,7 +67,7 @@ class change_report {
 };
 
 // The report that change_report::of() finds until the end of the scope. A listener runs with null:
-// what it changes itself has reports of its own.
+// what it changes itself has separate reports.
 class fired_report {
   public:
     explicit fired_report(change_report const *report) noexcept;

@@ -11,7 +11,7 @@
 namespace qrv {
 namespace {
 
-// Each key begins with a byte: the length of a text that follows, or one of these.
+// Each key begins with a byte: the length of a string that follows, or one of these.
 constexpr unsigned char long_text_mark = 254; // its length comes next
 constexpr unsigned char number_mark = 255;
 

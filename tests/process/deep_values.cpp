@@ -1,6 +1,6 @@
 // Trees of 100,000 levels, built from the innermost one, in a new process with a stack of 8 MB.
 // Each store would take minutes altogether if it searched what it stores for a cycle, which it does
-// once a program has an iterator of its own: so no other test runs in this process. What needs the
+// once a program has its own iterator: so no other test runs in this process. What needs the
 // stack for each level reports that it is too deep, and everything else works.
 
 #include "process.h"

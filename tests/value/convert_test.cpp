@@ -193,7 +193,7 @@ TEST_F(ValueConvert, errors_name_the_path_of_the_part) {
     }
 }
 
-TEST_F(ValueConvert, a_scalar_is_no_container) {
+TEST_F(ValueConvert, a_scalar_is_not_a_container) {
     EXPECT_EQ(type_failure<std::vector<int>>(1), "expected vector, but it is an int: 1");
     EXPECT_EQ((type_failure<std::map<int, int>>("x")), "expected map, but it is a string: \"x\"");
     EXPECT_EQ(type_failure<std::set<int>>(nullptr), "expected set, but it is nil");
@@ -236,7 +236,7 @@ TEST_F(ValueBuild, the_plan_of_a_test) {
     EXPECT_EQ(plan.at("steps/1"), "wait");
 }
 
-TEST_F(ValueBuild, keys_that_are_no_identifiers_and_repeated_keys) {
+TEST_F(ValueBuild, keys_other_than_identifiers_and_repeated_keys) {
     qrv::map const m{{"a/b", 1}, {7, "seven"}, {"", 2}, {"a/b", 3}};
     EXPECT_EQ(m.size(), 3U);
     EXPECT_EQ(m["a/b"], 3);
@@ -245,7 +245,7 @@ TEST_F(ValueBuild, keys_that_are_no_identifiers_and_repeated_keys) {
     EXPECT_EQ(m.items().begin()->key, "a/b");
 }
 
-TEST_F(ValueBuild, a_container_is_no_key) {
+TEST_F(ValueBuild, a_container_is_not_a_key) {
     EXPECT_THROW((qrv::map{{qrv::vector{1}, 2}}), qrv::error);
     EXPECT_THROW((qrv::map{{nullptr, 2}}), qrv::error);
 }

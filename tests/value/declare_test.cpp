@@ -69,7 +69,7 @@ class Declare : public QrvTest {
   protected:
     ~Declare() override { EXPECT_EQ(messages(), ""); }
 
-    // Compares the type with one that this text declares in a scope of its own.
+    // Compares the type with one that this text declares in a separate scope.
     static void expect_same(qrv::type const &declared, std::string const &text) {
         std::string const written = text_of(qrv::value(objref::share(&declared.object())));
         std::string const members = inside(declared);
@@ -188,7 +188,7 @@ TEST_F(Declare, files_use_the_types) {
     EXPECT_EQ(report.count(), 2u);
 }
 
-TEST_F(Declare, a_choice_has_a_container_of_its_own) {
+TEST_F(Declare, a_choice_has_a_separate_container) {
     expect_same(qrv::declare_choice("A", {"off", "slow"}), "choice({\noff= 0; slow= 1})");
     expect_same(qrv::declare_choice("B", {"off"}), "choice({\noff= 0})");
     expect_same(qrv::declare_choice("C", {{"off", "x"}, "slow", {"fast", 50.5}}),

@@ -1,4 +1,4 @@
-// Documents: what a change does to the text, types of their own, positions, and failures of saving.
+// Documents: what a change does to the text, separate types, positions, and failures of saving.
 
 #include "qrv/value/document.h"
 

@@ -66,7 +66,7 @@ TEST_F(Items, work_with_the_algorithms_of_ranges) {
     EXPECT_EQ(list.items().size(), 3U);
 }
 
-TEST_F(Items, keys_and_values_are_ranges_of_their_own) {
+TEST_F(Items, keys_and_values_are_separate_ranges) {
     qrv::value const map = read("{b= 1; a= x; 3= [1]}");
     EXPECT_TRUE(std::ranges::equal(map.keys(), std::vector<qrv::value>{"b", "a", 3}));
     EXPECT_TRUE(std::ranges::equal(map.values(), map));
@@ -133,7 +133,7 @@ TEST_F(Items, survive_the_removal_of_the_current_entry) {
     EXPECT_EQ(v, read("{c= 3}"));
 }
 
-TEST_F(Items, come_to_entries_that_are_added_behind) {
+TEST_F(Items, come_to_entries_that_are_added_after_them) {
     qrv::value v = read("{a= 1; b= 2}");
     std::string seen;
     for (auto const &[key, item] : v.items()) {

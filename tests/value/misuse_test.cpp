@@ -58,7 +58,7 @@ concept pushes = requires(V &v) {
 
 } // namespace
 
-// A character may be meant as a number or as a text; a pointer would become a bool.
+// A character may be meant as a number or as a string; a pointer would become a bool.
 static_assert(makes_a_value<int> && makes_a_value<signed char> && makes_a_value<char const *>);
 static_assert(!makes_a_value<char> && !makes_a_value<wchar_t> && !makes_a_value<char8_t>);
 static_assert(!makes_a_value<char16_t> && !makes_a_value<char32_t>);

@@ -1,6 +1,7 @@
 #include "qrv/value/text.h"
 
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csignalobj.h"
 #include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cobjd.h"
@@ -28,7 +29,11 @@ using testing::HasSubstr;
 
 class ValueText : public SaveTest {
   protected:
-    static void SetUpTestSuite() { cat::find_type("intf"); } // made when it is first named
+    static void SetUpTestSuite() { // these types are created on first use
+        cat::find_type("intf");
+        cat::type_signal();
+        cat::type_slot1();
+    }
 
     std::string const file_ = folder_.file("file");
 

@@ -23,7 +23,7 @@ inline std::string text_of(qrv::value const &v) {
     return os.str();
 }
 
-// The value of a text.
+// The value that the text has.
 inline qrv::value read(char const *text) {
     objref result;
     EXPECT_EQ(cObj::readobj(text, result), 0) << text;

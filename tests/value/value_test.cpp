@@ -120,7 +120,7 @@ TEST_F(Value, of_a_failure_is_refused) {
     EXPECT_THROW(qrv::value{cat::badfind()}, std::invalid_argument);
 }
 
-TEST_F(Value, gives_back_what_it_is_made_from) {
+TEST_F(Value, returns_what_it_is_made_from) {
     EXPECT_TRUE(qrv::value(true).get<bool>());
     EXPECT_FALSE(qrv::value(false).get<bool>());
     EXPECT_EQ(qrv::value("two words").get<std::string>(), "two words");

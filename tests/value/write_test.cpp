@@ -16,7 +16,10 @@ using namespace value_test;
 
 namespace {
 
-class ValueWrite : public Quiet {};
+class ValueWrite : public Quiet {
+  protected:
+    static void SetUpTestSuite() { cat::find_type("intf"); } // the type is created on first use
+};
 
 // A vector that is as deep as it says.
 qrv::value nested(int depth) {

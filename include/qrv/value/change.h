@@ -7,7 +7,7 @@
 //     limits.set("high", 90.0); // prints high
 //
 // A callback listens to the object, so a change by any copy of the value is reported. Assigning to
-// a variable replaces the object there, which is no change of the old one.
+// a variable replaces the object there, and the old object does not change.
 //
 // Each operation of qrv::value that changes the object calls each callback once, after the change:
 // also if the new value equals the old one, not if the change is refused. merge() is a series of
@@ -41,7 +41,7 @@ struct change {
     value source; // the value that has changed
     // Of one entry. Empty where several entries or the value as a whole changed, as by clear(),
     // rename(), assign() or a new comment, and for a change in the layer below. An
-    // insertion or removal in a vector moves the entries after it, without reports of their own.
+    // insertion or removal in a vector moves the entries after it, without separate reports.
     std::optional<value> key;       // a string or an int
     std::optional<value> old_value; // empty: no key, or there was no such entry
     std::optional<value> new_value; // empty: no key, or there is no such entry any more

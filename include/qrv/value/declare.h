@@ -97,10 +97,10 @@ struct broken_rule {
     std::string message;         // "required key 'name' of type 'Axis' is missing"; without path
 };
 
-// Every rule that keeps type::make() from succeeding, and those that objects inside the value break
-// of their own types, once for each place where they are. Empty: the value is of the type and
-// valid, or one can be made from it. The result shares the parts that it names. error: the nesting
-// is too deep for the stack. Runs user code.   O(size of the tree)
+// Every rule that keeps type::make() from succeeding, and the rules of their
+// types that objects inside the value break, once for each place where they are. Empty: the value
+// is of the type and valid, or one can be made from it. The result shares the parts that it names.
+// error: the nesting is too deep for the stack. Runs user code.   O(size of the tree)
 QRV_API std::vector<broken_rule> broken_rules(value const &of, type const &type);
 
 // A value breaks rules of a type. what() has a line for each: "axes/0/name: " and the message.

@@ -30,7 +30,7 @@
 
 namespace qrv {
 
-// Where in a text: both from 1, the column in bytes. A byte order mark isn't counted.
+// A position in text: both from 1, the column in bytes. A byte order mark isn't counted.
 struct position {
     unsigned int line;
     unsigned int column;

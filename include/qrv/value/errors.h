@@ -6,7 +6,7 @@
 //     error            any other refusal of the library
 //       path_error     nothing is at a path, or the text of the path is faulty
 //       type_error     a value is not what the program expects, or a declared type refuses it
-//       parse_error    a text has errors
+//       parse_error    the text has errors
 //       save_conflict  another program has changed a file
 //   std::out_of_range
 //     range_error      a number does not fit
@@ -55,7 +55,7 @@ class QRV_API path_error : public error {
 // what(): "bus/baud: expected int, but it is a string: "fast"".
 class QRV_API type_error : public error {
   public:
-    // `actual` is a noun with its article and may go on with the value.
+    // `actual` is a noun with its article and may continue with the value.
     type_error(std::string path, std::string expected, std::string actual);
     // What a type refuses, in the library's words.
     explicit type_error(std::string const &reason, unsigned int code);

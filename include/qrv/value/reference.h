@@ -16,7 +16,7 @@ namespace qrv {
 
 namespace detail {
 
-// Keys one after the other, in one string: few short ones need no memory of their own.
+// Keys one after the other, in one string: few short ones need no allocation.
 class QRV_API key_list {
   public:
     void add(step const &key); // type_error: neither a string nor an int

@@ -23,7 +23,7 @@
 // Failures are exceptions (qrv/value/errors.h). Nothing is printed, and the program's error
 // handlers neither see them nor are changed. Where user code runs (hooks, slots, types of the
 // program), its exceptions come through, and the change, if there was one, has been made before.
-// std::bad_alloc may come from whatever allocates.
+// std::bad_alloc may come from every function that allocates.
 //
 // One thread at a time, as for the whole library: copying a value writes to its object, so two
 // threads must not even read values that share one (qrv/qrvdefs.h).
@@ -163,9 +163,9 @@ class QRV_API value {
     value(std::string text);
     value(std::string_view text);
     value(char const *text);                   // null is #nil
-    template <cCharacter T> value(T) = delete; // a number or a text? "a" is a string
+    template <cCharacter T> value(T) = delete; // a number or a string? "a" is a string
     // The object itself, shared; null and cat::nil() are #nil. std::invalid_argument for cat::bad()
-    // and cat::badfind(), which are no values.   O(1)
+    // and cat::badfind(), which are not values.   O(1)
     value(objref object);
     template <class T>
     requires(std::convertible_to<T *, cObj *> && !std::same_as<T, cObj>)
@@ -256,7 +256,7 @@ class QRV_API value {
     template <detail::key_like T> bool contains(T const &key) const {
         return contains_key(step_of(key));
     }
-    // No keys: a number may be meant as an int or as a text.
+    // No keys: a number may be meant as an int or as a string.
     template <detail::no_key T> void at(T) const = delete;
     template <detail::no_key T> void find(T) const = delete;
     template <detail::no_key T> void contains(T) const = delete;
@@ -376,7 +376,8 @@ class QRV_API value {
     friend std::partial_ordering operator<=>(value const &a, T const &b) {
         return a.order_plain(b);
     }
-    // By the library's hash; equal values have the same. type_error for what is no key: containers.
+    // By the library's hash; equal values have the same. type_error for containers, which cannot be
+    // keys.
     std::size_t hash() const;
 
     // --- declared types and changes: qrv/value/declare.h, qrv/value/change.h
@@ -465,7 +466,7 @@ struct detail::value_access {
 // The path of these keys, each in the next one's container: path_of("hosts", "a/b", 0) is
 // hosts/"a/b"/0. A string is one key, in quotes where it needs them; so path_of(key) is one part of
 // a longer path. Integers, and values as keys, as in operator[]. type_error: a value that is not a
-// key, such as a container. range_error: an integer that is not an int.
+// key, such as a container. range_error: an integer that is not an int.   O(length of the path)
 template <class... Keys>
 requires((detail::text<Keys> || detail::key_like<Keys>)&&...) [[nodiscard]] std::string
     path_of(Keys const &...keys) {
