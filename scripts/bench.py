@@ -19,6 +19,7 @@ import subprocess
 import sys
 
 import bench_chart
+import bench_include
 import bench_judge
 import bench_results
 import bench_tool
@@ -125,7 +126,8 @@ def main():
         unmet = {row: profile for row, profile in bench_judge.read_unmet().items() if not row.startswith("growth ")}
         chosen = [row for row in timed_rows(program) if re.search(arguments.rows, row[0])]
         chosen_of_tool = [name for name in bench_tool.names() if re.search(arguments.rows, name)]
-        if not chosen and not chosen_of_tool:
+        includes = re.search(arguments.rows, bench_include.ROW)
+        if not chosen and not chosen_of_tool and not includes:
             raise ValueError(f"no row matches {arguments.rows}")
         folder.mkdir(exist_ok=True)
         output_of(program, "--write", folder)
@@ -135,6 +137,8 @@ def main():
         measured = [measure(program, name, libraries, folder, arguments.rounds) for name, libraries in chosen]
         if chosen_of_tool:
             measured.append(bench_tool.measure(bench_tool.tool_beside(program), folder, chosen_of_tool, arguments.rounds))
+        if includes:
+            measured.append(bench_include.measure(folder, arguments.rounds))
         for row in itertools.chain.from_iterable(measured):
             row.before = before.get(row.name)
             rows.append(row)

@@ -34,6 +34,7 @@ MUST = {
     **{f"vector_index/{size}": 1.5 for size in (1000, 100000, 1000000)},
     **{f"set_append/{size}": 2.0 for size in (1000, 100000, 1000000)},
     "value_get/10000": 1.3,
+    "include/value": 1.0,
     "call_own/10000": 1.5,
     "call_type/10000": 1.5,
 }

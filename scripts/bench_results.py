@@ -14,9 +14,9 @@ PAGE = """# Benchmarks
 Written by `./dev bench`. Machines differ: run it on yours before comparing with anything else.
 {about}
 
-Processor time in nanoseconds for each entry or slot; `memory` in bytes, `tool_memory` in bytes for each byte of
-the file. `must` is what qrv may take at most, in times of the peer's or in bytes; `change` is that of `qrv / peer`
-since the run before. `bench/README.md` says what each row does.
+Processor time in nanoseconds for each entry or slot, or for one inclusion; `memory` in bytes, `tool_memory` in
+bytes for each byte of the file. `must` is what qrv may take at most, in times of the peer's or in bytes; `change`
+is that of `qrv / peer` since the run before. `bench/README.md` says what each row does.
 
 {newest}
 

@@ -34,6 +34,7 @@ class Bench(Tree):
         for name in ("bench.py", "bench_chart.py", "bench_judge.py", "bench_results.py"):
             self.write(f"scripts/{name}", (SCRIPTS / name).read_text(encoding="utf-8"))
         self.write("scripts/bench_tool.py", "def names(): return []\n") # the tool's commands are not run here
+        self.write("scripts/bench_include.py", "ROW = 'include'\ndef measure(folder, rounds): return []\n")
         self.write("bench/unmet.txt", "")
         self.write("bench/cpython_json.py", "import sys\nprint({}, flush=True)\nfor _ in sys.stdin: print(1e-6, flush=True)\n")
         self.write("bin/qrv_bench", PROGRAM).chmod(0o755)

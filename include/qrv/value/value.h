@@ -277,11 +277,10 @@ class QRV_API value {
     // --- changing. A #nil variable becomes a map, or a vector by push_back; what at() or an
     // iteration returned is not a variable: type_error for #nil there. The values are shared,
     // not copied. The rules of declared types apply: type_error, with the library's text, and
-    // nothing is changed. An attribute of a choice type accepts the key of a choice, and one of a
-    // wider type of numbers the number, as type::make() does. error: anything else that the library
-    // refuses, such as a value that would hold itself, or new keys where keys are const. All run
-    // user code: what is replaced may be destroyed, and the slots of `changed` run after the
-    // change.
+    // nothing is changed. An attribute of a choice type accepts the key of a choice, and a double
+    // one accepts an int, as type::make() does. error: anything else that the library refuses, such
+    // as a value that would hold itself, or new keys where keys are const. All run user code: what
+    // is replaced may be destroyed, and the slots of `changed` run after the change.
     //
     // O(1) for each key of the path and for the write. In addition, storing a container in one that
     // is itself a value of another searches what is stored for a cycle: O(size of x). So build a
@@ -290,10 +289,10 @@ class QRV_API value {
     // store.
 
     // Missing levels become maps; a position one past the last appends to a vector. With the path
-    // of the value itself, v.set("", x) is v = x. error: a set has an equal value at another
-    // position. path_error: faulty text, or no such position, or
-    // the path of the value itself, but not on a variable. type_error: there is a scalar on the
-    // way.
+    // of the value itself, v.set("", x) is v = x, for which v must be a variable.
+    // path_error: faulty text, or no such position, or the path of the value itself where it is not
+    // a variable. type_error: there is a scalar on the way. error: a set has an equal value at
+    // another position.
     void set(std::string_view path, value const &x) &;
     void set(std::string_view path, value const &x) &&;
     template <detail::key_like T> void set(T const &key, value const &x) & {
