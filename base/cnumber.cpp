@@ -22,8 +22,9 @@ bool is_hex_digit(char c) noexcept {
 }
 
 bool starts_with_word(std::string_view text, std::string_view word) noexcept {
-    return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(),
-                                                    [](char w, char c) { return w == to_lower(c); });
+    return text.size() >= word.size() &&
+           std::equal(word.begin(), word.end(), text.begin(),
+                      [](char w, char c) { return w == to_lower(c); });
 }
 
 void skip_blanks(std::string_view &text) noexcept {

@@ -28,10 +28,7 @@ cSetObj::cSetObj(cObj const &other) : cSetObj() {
 
 cSetObj::~cSetObj() = default;
 
-cSetObj &cSetObj::operator=(cSetObj const &other) {
-    assign(other);
-    return *this;
-}
+cSetObj &cSetObj::operator=(cSetObj const &other) = default;
 
 cSetObj &cSetObj::operator=(cObj const &other) {
     assign(other);

@@ -31,10 +31,7 @@ cVectorObj::cVectorObj(cObj const &other) : cVectorObj() {
 
 cVectorObj::~cVectorObj() = default;
 
-cVectorObj &cVectorObj::operator=(cVectorObj const &other) {
-    assign(other);
-    return *this;
-}
+cVectorObj &cVectorObj::operator=(cVectorObj const &other) = default;
 
 cVectorObj &cVectorObj::operator=(cObj const &other) {
     assign(other);

@@ -58,9 +58,14 @@ class Filter:
 
     def run(self):
         at = self.head()
+        joined = not self.lines[at]
+        if joined:
+            self.out.append(f'/** \\addtogroup {self.group} */ /**@{{*/')
+            at += 1
         while at < len(self.lines):
             at = self.step(at)
-        self.out[-1] += '/**@}*/'
+        if joined:
+            self.out[-1] += '/**@}*/'
         return self.out
 
     def head(self):
@@ -71,9 +76,6 @@ class Filter:
             at += 1
         self.put(begin, at, '///')
         self.out[begin] = '/** \\file */ ' + self.out[begin]
-        if not self.lines[at]:
-            self.out.append(f'/** \\addtogroup {self.group} */ /**@{{*/')
-            at += 1
         return at
 
     def put(self, begin, end, mark):

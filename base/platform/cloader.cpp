@@ -17,8 +17,9 @@ constexpr std::string_view separators = "\\/:";
 // A name that consists of the suffix alone has no suffix.
 bool has_suffix(std::string_view name) {
     std::string_view const suffix = cat::module_suffixes.front();
-    return name.size() > suffix.size() && std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(),
-                                                     [](char a, char b) { return a == to_lower(b); });
+    return name.size() > suffix.size() &&
+           std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(),
+                      [](char a, char b) { return a == to_lower(b); });
 }
 
 bool is_absolute(std::string_view name) {

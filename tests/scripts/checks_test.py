@@ -542,8 +542,16 @@ class DoxygenComments(Tree):
         )
         lines = result.stdout.split("\n")[:-1]
         self.assertEqual(len(lines), len(file.read_text(encoding="utf-8").split("\n")))
-        self.assertEqual(lines[:2], ["#pragma once", "/** \\file */ /// Of the file. One thread at a time."])
-        return "\n".join(lines[3:])
+        self.assertEqual(lines[:3], ["#pragma once", "/** \\file */ /// Of the file. One thread at a time.",
+                                     "/** \\addtogroup objects */ /**@{*/"])
+        self.assertTrue(lines[-1].endswith("/**@}*/"), lines[-1])
+        return "\n".join(lines[3:]).removesuffix("/**@}*/")
+
+    def test_the_layer_of_values_has_a_group(self):
+        file = self.write("qrv/value/a.h", "#pragma once\n// Of the file.\n\nint a;\n")
+        result = subprocess.run([sys.executable, SCRIPTS.parent / "docs/doxygen_comments.py", file],
+                                stdout=subprocess.PIPE, text=True, check=True)
+        self.assertIn("/** \\addtogroup values */ /**@{*/\nint a;\n", result.stdout)
 
     def test_a_paragraph_of_several_is_a_group(self):
         self.assertEqual(self.seen("// Both.\nint a();\nint b();\n\nint c();\n"),

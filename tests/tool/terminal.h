@@ -1,4 +1,5 @@
 #pragma once
+// A terminal for tests: the tool writes to one end, and the test reads the other one.
 
 #include <gtest/gtest.h>
 

@@ -23,11 +23,8 @@ constexpr char const *help =
     "  qrv del -i device.attr sensors/0 bus/retries  # replaces the file";
 
 int run(cOptions const &options) {
-    return rewrite(options.file, options, [&](cChanging const &file, std::string &errors) {
-        cMessages messages(options.file, options.max_errors);
-        for (std::string const &path : options.paths) remove_entry(file.value, path, messages);
-        errors = messages.text();
-        return messages.count() == 0;
+    return change_entries(options.file, options, [&](objref const &value, cMessages &messages) {
+        for (std::string const &path : options.paths) remove_entry(value, path, messages);
     });
 }
 

@@ -27,11 +27,8 @@ constexpr char const *help =
     "  qrv mv -i device.attr bus/retries retries    # one level up";
 
 int run(cOptions const &options) {
-    return rewrite(options.file, options, [&](cChanging const &file, std::string &errors) {
-        cMessages messages(options.file, options.max_errors);
-        bool const moved = move_entry(file.value, options.from, options.to, messages);
-        errors = messages.text();
-        return moved;
+    return change_entries(options.file, options, [&](objref const &value, cMessages &messages) {
+        move_entry(value, options.from, options.to, messages);
     });
 }
 

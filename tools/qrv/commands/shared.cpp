@@ -83,6 +83,16 @@ cReply with_value(std::string const &file, int max_errors, cValueWork const &wor
 
 int print(cReply const &reply) { return put_result(reply.text) ? reply.status : exit_failed; }
 
+int change_entries(std::string const &file, cWriteOptions const &options,
+                   std::function<void(objref const &value, cMessages &messages)> const &change) {
+    return rewrite(file, options, [&](cChanging const &changing, std::string &errors) {
+        cMessages messages(file, options.max_errors);
+        change(changing.value, messages);
+        errors = messages.text();
+        return messages.count() == 0;
+    });
+}
+
 int print_to(std::string const &output, cTargetOptions const &options, cReply const &reply) {
     if (reply.status != exit_done) return reply.status;
     if (output.empty() || output == "-") return print(reply);

@@ -20,6 +20,11 @@ void add_target(cArguments &arguments, cTargetOptions &options, char const *what
 // Adds the options for the destination: standard output, the file itself, or another file.
 void add_destination(cArguments &arguments, cWriteOptions &options);
 
+// Changes entries of the value of a file and writes it by the options, unless `change` reports an
+// error. Returns the exit code.
+int change_entries(std::string const &file, cWriteOptions const &options,
+                   std::function<void(objref const &value, cMessages &messages)> const &change);
+
 // Runs `work` on the bytes of a file, isolated from other files; with_bytes() also prints the
 // messages. Removes a byte order mark. `work` may release the bytes. If the file cannot be read,
 // the reply has status exit_failed.
