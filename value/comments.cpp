@@ -1,6 +1,9 @@
 // A comment of a value is replaced, inserted or removed in the text by its span. The text is read
 // for the spans, and its tree is walked side by side with the tree of the program, which has the
 // same form. Then the result is read, too: each comment must be that of its value.
+//
+// The reader gives a comment to the value before it, also one that is above an entry and about
+// that. Such a comment is never replaced or removed: a person wrote it about another entry.
 
 #include "value/comments.h"
 
@@ -212,10 +215,14 @@ std::string with_comments(std::string text, value const &root,
             expected.emplace(v.object().get(), comment);
             if (!is_wanted || comment == read.comment()) return;
             auto const entries = before.map.written(*read.object());
-            if (entries.empty()) // a constant
+            auto const &present = existing[read.object()->obid()];
+            if (entries.empty() || // a constant
+                !std::ranges::all_of(present, [&](cat::SourceComment const &each) {
+                    return each.entry == entries.front().number;
+                }))
                 failed = v;
             else
-                patched.set(existing[read.object()->obid()], entries.front(), comment);
+                patched.set(present, entries.front(), comment);
         });
         if (!failed.is_nil()) return {};
         result = patched.result();

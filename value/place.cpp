@@ -12,16 +12,13 @@
 #include <charconv>
 
 namespace qrv::detail {
-namespace {
 
-constexpr unsigned bit(method_id method) noexcept { return 1U << method; }
-
-// Does the object have the library's own method, and a hash that the method works on? Of the types
-// with methods of the library only containers have these. `other`: flags that it may not have.
-bool is_plain(cObj const &object, method_id method, int other = 0) noexcept {
-    return (object.type().library_methods() & bit(method)) != 0 &&
+bool is_plain(cObj const &object, method_id method, int other) noexcept {
+    return (object.type().library_methods() & 1U << method) != 0 &&
            object.object_class() == cObjClass::map && !object.flags_of(of_exe_member | other);
 }
+
+namespace {
 
 cAttrNode *node_of(cAttrHash const &hash, step const &key) {
     switch (key.is) {

@@ -14,6 +14,10 @@ inline cMapObj *map_of(cObj *object) noexcept {
                                                               : nullptr;
 }
 
+// Does the object have the library's own method, and a hash that the method works on? Of the types
+// with methods of the library only containers have these. `other`: flags that it may not have.
+bool is_plain(cObj const &object, method_id method, int other = 0) noexcept;
+
 // The value at a key, borrowed from the object or from `keep`; null where nothing is there. An int
 // that a map does not have is looked up as a string, and `key` is that string then. RUNS USER CODE
 // for types of the program.

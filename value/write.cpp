@@ -192,6 +192,41 @@ void refuse_loss(cObj const &object, value const &x) {
         static_cast<void>(x.get<double>());
 }
 
+using entries = std::vector<std::pair<objref, objref>>;
+
+entries entries_of(value const &container) {
+    entries result;
+    for (auto const &[key, item] : container.items())
+        result.emplace_back(key.object(), item.object());
+    return result;
+}
+
+// Stores them in an empty map, vector or set; a set takes equal values once.
+void fill(value const &container, entries const &from) {
+    objref const owner = container.object();
+    for (auto const &[key, item] : from)
+        if (!detail::guarded([&] {
+                return container.is_map() ? owner->setattr(key, item) : owner->append(item);
+            }) &&
+            !container.is_set())
+            throw type_error({}, "what " + container.type_name() + " accepts",
+                             detail::description(value(item)));
+}
+
+// An entry that the container refuses changes nothing.
+void replace_entries(value const &container, value const &x) {
+    entries const former = entries_of(container), present = entries_of(x);
+    cMapObj &map = *detail::map_of(container.object());
+    map.clear();
+    try {
+        fill(container, present);
+    } catch (...) {
+        map.clear();
+        fill(container, former);
+        throw;
+    }
+}
+
 } // namespace
 
 void value::assign(value const &x) {
@@ -204,7 +239,11 @@ void value::assign(value const &x) {
         refuse_type(x.object_, {}, "a vector or a set"); // the keys would be lost
     refuse_loss(*owner, x);
     detail::change_report report(owner);
-    if (detail::is_choice(*owner))
+    bool const has_entries = is_map() || is_vector() || is_set();
+    if (has_entries && x.is_container() &&
+        detail::is_plain(*owner, mid_assign, of_const | of_const_keys))
+        replace_entries(value(owner), x);
+    else if (detail::is_choice(*owner))
         detail::assign_choice(*owner, x.object_);
     else if (!detail::guarded([&] { return owner->assign(x.object_); }))
         refuse_type(x.object_, {}, owner->type().name().c_str());

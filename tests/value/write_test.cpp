@@ -264,6 +264,40 @@ TEST_F(ValueWrite, assign_of_a_number_has_the_rules_of_get) {
     EXPECT_EQ(text_of(hexadecimal), "intf(0x20)");
 }
 
+TEST_F(ValueWrite, assign_of_a_container_replaces_the_entries) {
+    qrv::value list = read("[1, 2, 3]");
+    list.assign(qrv::vector{list.at(2), list.at(1), list.at(0)});
+    EXPECT_EQ(list, read("[3, 2, 1]"));
+    qrv::value const held = list.at(0);
+    list.assign(read("[2.7, 5.0e9, x]"));
+    EXPECT_EQ(list, read("[2.7, 5.0e9, x]"));
+    EXPECT_EQ(held, 3);
+    qrv::value map = read("{x= 1; y= 2; z= 3}");
+    map.assign(qrv::map{{"y", map.at("x")}, {"x", map.at("y")}});
+    EXPECT_EQ(map, read("{y= 1; x= 2}"));
+    map.assign(read("[a, b]"));
+    EXPECT_EQ(map, read("{0= a; 1= b}"));
+    qrv::value nested = read("[[1, 2], #nil]");
+    nested.assign(nested.at(0));
+    EXPECT_EQ(nested, read("[1, 2]"));
+    qrv::value const shared = read("{a= 1}");
+    nested.assign(qrv::vector{shared, shared});
+    EXPECT_TRUE(nested.at(0).is_shared_with(shared));
+    EXPECT_TRUE(nested.at(1).is_shared_with(shared));
+    nested.assign(qrv::vector{});
+    EXPECT_TRUE(nested.empty());
+    EXPECT_TRUE(nested.is_vector());
+}
+
+TEST_F(ValueWrite, assign_that_a_container_refuses_changes_nothing) {
+    qrv::value map = read("{a= 1; b= 2}");
+    dynamic_cast<cMapObj &>(*map.object()).set_entrytype(&cat::type_int());
+    EXPECT_THROW(map.assign(read("{c= 3; d= x}")), qrv::error);
+    EXPECT_EQ(map, read("{a= 1; b= 2}"));
+    map.assign(read("{c= 3}"));
+    EXPECT_EQ(map, read("{c= 3}"));
+}
+
 TEST_F(ValueWrite, assign_of_what_the_type_refuses_is_a_type_error) {
     qrv::value a = 5;
     EXPECT_THROW(a.assign("x y"), qrv::type_error);

@@ -11,8 +11,9 @@
 // read, and changes only that in the text: comments, blank lines, alignment and the spelling of all
 // other values stay. New entries are written like their neighbours, and removed ones take their
 // comments with them. A comment that the program sets replaces the one in the text, or is written
-// after its value. Layout that the program sets, by one_line(), is not saved so: qrv::save() writes
-// a file anew.
+// after its value; saving is an error where that would replace a comment above the next entry,
+// which reading gives to the value before it, too. Layout that the program sets, by one_line(), is
+// not saved so: qrv::save() writes a file anew.
 //
 // The types that the text declares belong to the document. They are not registered, so each of two
 // documents can declare one name in its own way; they are destroyed with the document or the last

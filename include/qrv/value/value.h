@@ -330,11 +330,11 @@ class QRV_API value {
     void merge(value const &other) &;
     void merge(value const &other) && { lasting().merge(other); }
     // Changes the object itself, and with it all copies of this value. The type stays: a number is
-    // converted by the rules of get(), and a choice takes its key, or that of another choice. Maps,
-    // vectors and sets accept each other's values, which they share; only a vector or set refuses a
-    // map, whose keys would be lost.
-    // type_error: #nil, or the type refuses x, or the choice does not have the key. range_error:
-    // the number does not fit.   O(entries)
+    // converted by the rules of get(), and a choice takes its key, or that of another choice. A
+    // map, a vector or a set gets the entries of x, which it shares, in place of its own; only a
+    // vector or set refuses a map, whose keys would be lost. type_error: #nil, or the type refuses
+    // x, or the choice does not have the key. range_error: the number does not fit. Nothing is
+    // changed then.   O(entries)
     void assign(value const &x);
     // A private copy of everything; parts that occur twice in it are one object there, too. error:
     // the nesting is too deep for the stack.   O(size)
@@ -342,8 +342,9 @@ class QRV_API value {
 
     // --- comments, layout, sharing.   O(1) and the length of the comment
 
-    // The text of the comment before the value in its file, without the comment marks; lines are
-    // separated by line feeds. Empty without one; never throws but for memory.
+    // The text of the comments after the value and before the next one in its file, or after its
+    // opening bracket, without the comment marks; lines are separated by line feeds. Empty without
+    // one; never throws but for memory.
     std::string comment() const;
     // Each line gets its "//"; empty removes the comment. type_error for #nil, which has no object.
     void set_comment(std::string_view text);

@@ -53,8 +53,8 @@ TEST_F(ReaderHostile, sixty_four_typed_values_are_read) {
 }
 
 TEST_F(ReaderHostile, the_default_depth_is_reached) {
-    int const depth = cat::max_read_depth - 1;
-    EXPECT_EQ(depth, 999);
+    auto const depth = static_cast<size_t>(cat::max_read_depth - 1);
+    EXPECT_EQ(depth, 999U);
     Reading r(times("{a=", depth) + "1" + times("}", depth));
     EXPECT_EQ(r.log, "");
     r.value = nullptr;
