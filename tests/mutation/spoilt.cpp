@@ -5,6 +5,7 @@
 #include "tests/support/memory_file.h"
 #include "tools/qrv/commands/command_line.h"
 #include "tools/qrv/output/exit_code.h"
+#include "tools/qrv/rules/hints.h"
 
 #include <fcntl.h>
 #include <functional>
@@ -26,6 +27,16 @@ int in_copy(std::function<int()> const &work) {
     int status = 0;
     ::waitpid(copy, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// Compiles the patterns of all hints, which the copies of this process would do one by one.
+bool compile_hints() {
+    cat::ReadError error;
+    error.kind = cat::ErrorKind::read_equals;
+    error.line = error.column = 1;
+    std::vector<cMistake> mistakes{{error, {}}};
+    add_hints("", mistakes);
+    return true;
 }
 
 } // namespace
@@ -82,6 +93,7 @@ bool is_reported(std::string const &text) {
 }
 
 cChecked checked(std::string const &text) {
+    [[maybe_unused]] static bool const compiled = compile_hints();
     test::cMemory const file(text), lines("");
     int const status = in_copy([&] {
         if (::dup2(lines.descriptor(), STDERR_FILENO) < 0) return exit_failed + 1;
