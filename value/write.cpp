@@ -204,13 +204,14 @@ entries entries_of(value const &container) {
 // Stores them in an empty map, vector or set; a set takes equal values once.
 void fill(value const &container, entries const &from) {
     objref const owner = container.object();
-    for (auto const &[key, item] : from)
-        if (!detail::guarded([&] {
-                return container.is_map() ? owner->setattr(key, item) : owner->append(item);
-            }) &&
+    auto const store = [&](objref const &key, objref const &item) {
+        return container.is_map() ? owner->setattr(key, item) : owner->append(item);
+    };
+    for (auto const &entry : from)
+        if (!detail::guarded([&] { return store(entry.first, entry.second); }) &&
             !container.is_set())
             throw type_error({}, "what " + container.type_name() + " accepts",
-                             detail::description(value(item)));
+                             detail::description(value(entry.second)));
 }
 
 // An entry that the container refuses changes nothing.

@@ -127,17 +127,12 @@ TEST_F(Path, is_made_of_keys_that_nobody_knows) {
               "expected a key, but it is a vector");
     EXPECT_THROW(static_cast<void>(qrv::path_of(qrv::value())), qrv::type_error);
     qrv::value v = qrv::map{};
-    for (std::string const key : {"",       "/",
-                                  "//",     "/*",
-                                  "a//b",   "\"",
-                                  "'",      "\\",
-                                  "a\"b\\", "#nil",
-                                  "5",      "-1",
-                                  "true",   "two words",
-                                  "a\nb",   "tab\t",
-                                  "\xe4",   "\xc3\xa4",
-                                  "1.5",    "a=b;",
-                                  "{",      std::string("a\0b", 3).c_str()}) {
+    using namespace std::string_literals;
+    std::vector<std::string> const keys{"",     "/",         "//",     "/*",    "a//b", "\"",
+                                        "'",    "\\",        "a\"b\\", "#nil",  "5",    "-1",
+                                        "true", "two words", "a\nb",   "tab\t", "\xe4", "\xc3\xa4",
+                                        "1.5",  "a=b;",      "{",      "a\0b"s};
+    for (std::string const &key : keys) {
         v[key] = key;
         EXPECT_EQ(v.at(qrv::path_of(key)), key) << key;
         EXPECT_EQ(v.paths_of(v[key]), std::vector<std::string>{qrv::path_of(key)});
