@@ -1,9 +1,9 @@
 // Links between signals and slots, and the queue of nodes that wait for their memory to be freed.
 //
 // Rules of a ring (broken_rule checks all of them, L7 only when deep):
-//   L1  each node n: n.next->prev is n, and the ring comes back to its head
+//   L1  each node n: n.next->prev is n, and the ring returns to its head
 //   L2  each node's base is the base of the ring
-//   L3  the head carries no link and no flag, is not queued, and holds a token of at least 1
+//   L3  the head carries no link and no flag, is not queued, and has a block token with an owner
 //   L4  a queued node has no partner
 //   L5  a node that is not queued has one, and is its partner's partner
 //   L6  exactly one of the two is the target, both count the same uses, only senders are exclusive
@@ -243,7 +243,7 @@ bool cSSBase::isconnected() const {
     return false;
 }
 
-// The place for a new node: before `node` if that is in this ring, else the end.
+// The position in this ring for a new node: before `node` if that is in this ring, else at the end.
 cConnection *cSSBase::own(cConnection *node) const {
     return node && node->base_ == this ? node : start_;
 }
@@ -341,7 +341,7 @@ cDeleteSignal::~cDeleteSignal() {
 cSigInfo::~cSigInfo() { disconnect(); }
 
 void cSigInfo::fire_format(char const *format, std::va_list args) const {
-    static constinit char text[1024] = {}; // one for the process, good during the firing only
+    static constinit char text[1024] = {}; // one for the process, valid only during the firing
     if (!format || !isconnected()) return;
     char fresh[sizeof text] = {}; // an argument may point into the shared one
     std::va_list list;

@@ -20,7 +20,7 @@ std::uint64_t random_word() {
     try {
         std::random_device device;
         return std::uint64_t{device()} << 32 | device();
-    } catch (std::exception const &) { // without randomness: better than a constant
+    } catch (std::exception const &) { // no random source: the time and an address
         auto const now = std::chrono::steady_clock::now().time_since_epoch().count();
         return static_cast<std::uint64_t>(now) ^ reinterpret_cast<std::uintptr_t>(&now);
     }

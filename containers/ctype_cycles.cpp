@@ -1,9 +1,10 @@
-// The graph below some types has a node for each object and each hash that can lead to a type, and
-// an edge for each reference from one of them to another. A node with more references than edges is
-// held from outside, and so are all nodes below it. All other nodes are garbage.
+// Finds types that only cycles of references keep alive. The graph of everything that can be
+// reached from some types has a node for each object and each hash that can lead to a type, and an
+// edge for each reference between them. A node with more references than incoming edges is held
+// from outside; it and all nodes that it leads to are alive. All other nodes are garbage.
 //
-// An unknown owner counts as one from outside: then a type lives too long, never too short.
-// Building the graph runs no user code.
+// An owner that the graph does not know counts as one from outside: so a type may be freed too
+// late, but never too early. Building the graph runs no user code.
 
 #include "containers/ctype_cycles.h"
 
@@ -22,14 +23,14 @@ using cTypes = std::vector<typeref>;
 
 constinit cTypes *suspects = nullptr; // null if there are none
 
-// A search takes time for each suspect. While there are few, each call searches; with more, a call
-// searches when the suspects are twice as many as after the last search.
+// The time of a search grows with the number of suspects. While there are few, each call searches.
+// Otherwise a call searches only if there are at least twice as many as after the last search.
 constexpr std::size_t few = 16;
 constinit std::size_t enough = few;
 
 class cTypeGraph {
   public:
-    // Each entry of `roots` is a reference to its type.
+    // Each entry of `roots` is itself a reference to its type, and not one from outside.
     explicit cTypeGraph(cTypes const &roots) {
         for (typeref const &root : roots) --nodes_[node_of(*root)].outside;
         for (std::size_t i = 0; i < nodes_.size(); ++i) {
@@ -141,7 +142,7 @@ class cTypeGraph {
     std::unordered_map<void const *, std::size_t> index_;
 };
 
-// Afterwards both lists hold each type once.
+// Adds the types that lead to themselves to the suspects, each once. Both lists hold it then.
 void remember(cTypes const &left) {
     for (typeref const &type : left) {
         bool const known = suspects && std::ranges::find(*suspects, type) != suspects->end();

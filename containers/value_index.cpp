@@ -1,6 +1,6 @@
 // The index of values: three tables from plain values to the first node that holds them. A lookup
-// adds the nodes that were appended since the last one. If nodes were removed or moved, it starts
-// anew.
+// first adds the nodes that were appended since the last lookup. If nodes were removed or moved, it
+// clears the tables and adds all nodes again.
 
 #include "containers/value_index.h"
 

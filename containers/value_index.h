@@ -37,7 +37,7 @@ class cValueIndex {
 
     cAttrHash const &hash_;
     std::uint32_t disturbed_ = 0;
-    cAttrNode *last_ = nullptr; // the last indexed node; valid while no node left or moved
+    cAttrNode *last_ = nullptr; // the last indexed node; valid while no node is removed or moved
     std::unordered_map<int, cAttrNode *> ints_;
     std::unordered_map<std::string, cAttrNode *, cTextHash> texts_;
     cAttrNode *bools_[2] = {};

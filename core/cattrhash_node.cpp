@@ -1,4 +1,4 @@
-// cAttrNode, the node that represents an absent entry, and the orders of nodes.
+// cAttrNode; nil_attr(), the node for entries that do not exist; and the sort orders of nodes.
 
 #include "core/cattrhash_detail.h"
 #include "core/cbuiltin.h"
@@ -35,7 +35,7 @@ cAttrNode::cAttrNode(objref const &key, objref const &value)
 cAttrNode::cAttrNode(cAdopt, objref &&key, objref &&value) noexcept
     : cHashNode(std::move(key)), value_(std::move(value)), anid_(an_lstid++) {
     cHolders::enter(value_);
-    key_->obid(++ob_lstid_); // the id that a clone made with the node would have
+    key_->obid(++ob_lstid_); // the id that a clone of the key would get
 }
 
 cAttrNode::cAttrNode(cAttrNode const &other)

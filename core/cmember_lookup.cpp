@@ -28,8 +28,8 @@ objref const &value_or_badfind(cAttrNode const *node) {
 } // namespace
 
 // Programs call the same few members of a type again and again, so each type caches the node that
-// was found last. The cache holds the node, so it can test whether that is still a member of this
-// name.
+// was found last. The cache holds the node, so it can test whether the node is still a member with
+// the requested name.
 struct cLastMember {
     static cAttrNode const *find(cTypeObj const &type, cat::cMemberName const &name) {
         cAttrNode const *&last = type.last_member_.node;

@@ -16,7 +16,7 @@ template <class T> T const *value_in(cObj const *obj) noexcept {
     assert(holds == (dynamic_cast<cObjDR<T> const *>(obj) != nullptr));
     return holds ? static_cast<cObjDR<T> const *>(obj)->valptr() : nullptr;
 }
-// The same, for a caller that changes the value at once.
+// The same, for a caller that changes the value and does not store the pointer.
 template <class T> T *value_to_change(cObj *obj) noexcept {
     return value_in<T>(obj) ? static_cast<cObjDR<T> *>(obj)->value_to_change() : nullptr;
 }
@@ -36,6 +36,6 @@ bool assign_int(cObj &obj, objref &source);
 // Is this exactly the library's string, int or bool, without a program's "equal"? Then comparing
 // two objects compares their values and runs no user code.
 bool compares_plainly(cTypeObj const &type) noexcept;
-// Does the object hold a string, int or bool, and is it of such a type?
+// Does the object hold a string, int or bool, and does its type compare plainly?
 bool is_plain(cObj const &value) noexcept;
 } // namespace cat

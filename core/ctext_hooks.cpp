@@ -1,4 +1,5 @@
-// The table of functions of text/, as it is before the core is started.
+// The table of functions of text/, as it is before the core exists: each function starts the core,
+// which replaces the whole table, and calls the new entry.
 
 #include "core/ctext_hooks.h"
 

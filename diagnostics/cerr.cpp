@@ -128,8 +128,8 @@ cErrHandler::~cErrHandler() {
     disconnect(); // before the members of the handler are destroyed
 }
 
-// The order is fixed: a thrown error has been printed, and is not forgiven. The masks are copied
-// first, since a listener may destroy the handler.
+// The order is fixed: an error is printed before it is thrown, and a thrown error is not forgiven.
+// The masks are copied first, since a listener may destroy the handler.
 void cErrHandler::dohandler(cErr &error) {
     unsigned int const throw_mask = throw_mask_, clear_mask = clear_mask_;
     if (!(silent_mask_ & error.code())) cat::put_message(error.as_string() + '\n'); // RE-ENTERS

@@ -3,7 +3,7 @@
 //
 //   begin_error(err_missing_method) << cNamed::name(method) << "' in type: " << cNamed::type(type);
 //
-// Noted only while something takes errors: nobody else looks at it.
+// The names are recorded only while a cat::ErrorTaker exists: nobody else reads them.
 
 #include "diagnostics/cerr_codes.h"
 #include "qrv/diagnostics/cerr.h"

@@ -1,17 +1,17 @@
 #pragma once
-// Failures that are lines on the standard error stream: their error has the code 0. All are offered
-// to who takes errors (qrv/diagnostics/ccaughterrors.h) before they are printed.
+// Failures that are reported as a line of output; as errors they have the code 0. Before a line is
+// printed, it is offered to the guards that catch errors (cat::ErrorTaker in
+// qrv/diagnostics/ccaughterrors.h).
 
 #include "qrv/diagnostics/cerr.h"
 
 namespace cat {
-// Writes the text and a line end to the standard error stream, unless it is taken, by reports of
-// readings too.
+// Prints the text and a line end, unless a guard or a report of a reading takes the error.
 void error_line(cErr const &error);
-void error_line(std::string const &text); // of other kind
+void error_line(std::string const &text); // of the kind `other`
 
-// Is a line taken that reports of readings don't take? Else the caller prints it.
+// Does a guard take this line? If not, the caller prints it. Reports of readings are not asked.
 bool line_is_taken(std::string const &text);
-// Prints it unless it is taken.
+// Prints the line to std::cerr unless a guard takes it.
 void put_error_line(std::string const &text);
 } // namespace cat

@@ -1,4 +1,4 @@
-// Names of files for reading.
+// Searches for files that are read.
 //
 // The result of a search is one string of the process, created by the first search and never freed,
 // like the folder of the program's own file: a static object may search in its destructor.

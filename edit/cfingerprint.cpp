@@ -36,7 +36,7 @@ class cNumbers {
         size_t number;
         bool fresh;
     };
-    // Returns the number of the object; gives it `number` if it has none.
+    // Returns the number of the object; assigns `number` to it if it has none.
     cFound add(cObj const *object, size_t number) {
         if (4 * size_ >= 3 * objects_.size()) grow();
         size_t const slot = slot_of(object);

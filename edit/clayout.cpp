@@ -54,7 +54,8 @@ Layout Layouts::new_layout_of(Item const &item) {
     return layout;
 }
 
-// The last blanks between two entries; empty if more entries have nothing between them.
+// The blanks between entries, taken from the last two that have any. Empty if most neighbours have
+// nothing between them.
 std::string Layouts::gap_of(Parts const &parts) const {
     std::string gap = " ";
     size_t narrow = 0, wide = 0;

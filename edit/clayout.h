@@ -14,11 +14,11 @@ struct Layout {
     std::string indent;            // of a line with an entry
     std::string unit = "    ";     // the additional indent of each level
     std::string separator = " = "; // between key and value
-    size_t width = 0;              // from the start of a key to its "=", if these are aligned
-    std::string key;               // the style of new numeric keys: an existing key
+    size_t width = 0;              // from the start of a key to its "="; 0: not aligned
+    std::string key;               // an existing hexadecimal key: the style of new ones
     std::string gap = " ";         // between entries on one line
     char delimiter = ';';
-    bool lines = false; // is each entry on separate lines?
+    bool lines = false; // does any entry begin a line?
     bool ended = true;  // has the last entry a delimiter?
     bool known = false; // was the separator found in an entry?
 };
@@ -38,7 +38,7 @@ class Layouts {
     Layout const &of(Item const &item);
     // The entries of a block that have a node.
     Parts parts_of(Item const &item) const;
-    // Does the part begin a line, and is its "=" `column` bytes after the begin of its key?
+    // Does the part begin a line, and is its "=" `column` bytes after the start of its key?
     bool in_column(Part const &part, size_t column) const;
 
   private:

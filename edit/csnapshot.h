@@ -15,8 +15,8 @@
 
 namespace qrv::edit {
 
-// The value as a container whose entries are edited one by one; null for scalars, types, and values
-// that a program's type writes by itself.
+// The value as a container whose entries are edited one by one; null for scalars, types,
+// specifications and objects that are not a cMapObj.
 cMapObj const *container_in(objref const &value);
 
 // Is it a vector or a set?
@@ -68,7 +68,7 @@ class Snapshot {
     // Does the tree differ from this one?   O(size)
     bool changed(objref const &root) const;
 
-    // The nodes that were in a changed container, and those on the way to it.
+    // The nodes that were in a changed container, and the nodes on the path to it.
     //   O(size), times the depth of the changes
     std::unordered_set<std::uint32_t> in_changed() const;
 

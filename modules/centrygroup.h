@@ -6,8 +6,7 @@
 //
 // An entry is in at most one group and leaves it when it is destroyed, so a group has no destroyed
 // entries; a copy of an entry joins the group of its original. While a module's file is being
-// unloaded, its groups survive without a module: the entries that remain in them were left in the
-// repository.
+// unloaded, the entries that the module left in the repository are in a group without a module.
 
 #include "qrv/modules/crepository.h"
 
@@ -34,8 +33,8 @@ class cEntryGroup {
         return entry.group_next_;
     }
 
-    // The file with the targets of the entries was unmapped: so the entries point to nothing, and
-    // those of modules are destroyed, so that the modules can be loaded again.
+    // Call this when the file with the targets of the entries was unmapped. The entries then point
+    // to nothing. Entries of modules are destroyed, so that these modules can be loaded again.
     void forget_things();
 
   private:

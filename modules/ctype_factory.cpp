@@ -1,5 +1,5 @@
-// Types that a factory creates: the factory is a repository entry of the type's name. So a file may
-// name a type that was not created yet.
+// Types that a factory creates: the factory is a repository entry with the name of the type. So a
+// file may name a type that was not created yet.
 
 #include "modules/ctype_factory.h"
 

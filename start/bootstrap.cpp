@@ -7,9 +7,10 @@
 //
 // The tear-down has two phases. First, while everything is alive, it releases all that programs
 // have added to the library's maps, types and constants: user destructors run here, and may use the
-// whole library. The next round releases what they add. Then it releases the core's own objects,
-// and from there on nothing reads a type link. Each release only drops the core's count: an object
-// that a program still holds stays in memory, and may be released later, but not used.
+// whole library. What these destructors add is released in the next round. Second, it releases the
+// core's own objects; from then on nothing reads a type link. Each release only drops the core's
+// count: an object that a program still holds stays in memory, and may be released later, but not
+// used.
 //
 // A limit on rounds and objects stops destructors that add new objects forever. Then the second
 // phase is omitted, and the core stays, with its contents.
@@ -95,7 +96,7 @@ std::size_t drop_ommap(cObj &obj) {
     return members + 1;
 }
 
-// Whether the library itself added it to a type: functions and strings.
+// Whether this is a function or a string, as the library itself adds them to its types.
 bool is_plain_member(objref const &value) {
     if (!value || value->has_ommap()) return false;
     cObj const &obj = *value;

@@ -125,7 +125,7 @@ static cMessageFileCloser message_file_closer;
 static cVersionText version_text;     // prints its final text while the message route still exists
 static cConsoleCloser console_closer; // a console does not show that text
 
-constinit cModuleList cat::loaded_modules; // the list of modules
+constinit cModuleList cat::loaded_modules;
 static cModule main_module("quorvanta", "quorvanta main module", false);
 cModule &cGetMainModule() { return main_module; }
 // the repository's text "unknown" is created on first use and never destroyed
@@ -135,12 +135,11 @@ static cIntfTypeCtor intf; // starts the object core
 cUndoGlobalList undoGlobalList(true);
 cUndoGlobalList redoGlobalList(false);
 
-[[maybe_unused]] static void const *const stack_base = cGetStackBase(); // the stack base
+[[maybe_unused]] static void const *const stack_base = cGetStackBase();
 
-constinit cWatchDogQueue cat::watchdog_queue; // the watchdog's queue
-// the slot on sig_init
+constinit cWatchDogQueue cat::watchdog_queue;
 static cFunctionSlot<void (*)()> startup_test(cat::watchdog_startup_test, sig_init);
-static cWatchDogSend watchdog_send; // cWatchDogSend
+static cWatchDogSend watchdog_send;
 cSignal &sig_progstep = watchdog_send.sig;
 constinit cSignal2<int, int> sig_proginit;
 constinit cSignal sig_progbegin;

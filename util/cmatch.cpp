@@ -5,8 +5,8 @@
 // so the number of ways to match does not matter.
 //
 //   a simple element   ends_[t] = ends_[t + 1] if it matches the character. If the text ends after
-//                      it but the pattern continues, the match fails: only elements that begin a
-//                      match anew, after a * or a }, look up the end of the text
+//                      it but the pattern continues, the match fails: ends_[size] is used only when
+//                      the end of an alternative is looked up in the row of the part after the }
 //   *                  the maximum of ends_[t .. size - 1], or the first; greater than t
 //   }  ,  {            each alternative starts, from the right, with a fresh row; when processed,
 //                      its ends are looked up in the row of the part after the }, and the best
@@ -248,7 +248,7 @@ int cMatch(char const *text, char const *pattern, bool first) {
             std::optional<int> const more = match_choices(t, begin, first);
             return more ? length(taken + static_cast<size_t>(*more)) : 0;
         }
-        if (*t == 0) return 0; // so the element begins at the text's end, where ? matches nothing
+        if (*t == 0) return 0; // only in an empty text, where even ? does not match
         if (!element->takes(*t++)) return 0;
         if (*t == 0 && *p != 0) return 0;
     }

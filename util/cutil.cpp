@@ -6,8 +6,8 @@
 
 namespace {
 
-// Static code of a program that links the library statically may call before the start-up has set
-// this.
+// Null until the first call of cGetStackBase(). In a program that links the library statically,
+// static code may call that before the start-up does.
 constinit void const *base = nullptr;
 
 // An array, since callers get a pointer to non-const characters.

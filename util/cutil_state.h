@@ -5,8 +5,8 @@
 
 namespace cat {
 
-// Whether `p` is between `here` and `base`. The bound `here` is exclusive, `base` inclusive, in
-// either direction.
+// Whether `p` is between `here` and `base`. Excludes `here` and includes `base`, whichever of the
+// two is the higher address.
 constexpr bool stack_holds(std::uintptr_t p, std::uintptr_t here, std::uintptr_t base) {
     return here >= base ? p < here && p >= base : p > here && p <= base;
 }

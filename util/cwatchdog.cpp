@@ -18,9 +18,9 @@ namespace {
 
 constinit bool queue_ended = false; // the process ends: messages are not stored any more
 
-// Delivers the messages that are stored when the id arrives. Messages posted meanwhile do not enter
-// the queue, since the id is known then. If such a post writes idWatchDog itself, they wait for the
-// next id.
+// Delivers the messages that are stored when the id arrives. Messages that are posted during the
+// delivery do not enter the queue, since the id is known then. But if a post resets idWatchDog to
+// watchdog_not_known, later messages enter the queue and wait for the next id.
 class cDelivery {
   public:
     explicit cDelivery(std::uint32_t id) : id_(id), end_(cat::watchdog_queue.count()) {}
@@ -110,7 +110,7 @@ void PostWatchDog(std::uint32_t message, std::uint32_t wParam, std::int32_t lPar
     if (!queue_ended) cat::watchdog_queue.append(all);
 }
 
-// 0 would leave the id unknown, so messages must not be posted to it.
+// With 0 the id would stay unknown, so 0 must not start a delivery.
 void SetWatchDogID(std::uint32_t id) {
     if (idWatchDog != watchdog_not_known || id == watchdog_not_known) return;
     idWatchDog = id;

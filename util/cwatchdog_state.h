@@ -49,7 +49,7 @@ class cWatchDogQueue {
     std::size_t capacity_ = 0;
 };
 
-// Listens to its own signal, which is sig_progstep for all others.
+// Sends a sign of life each time its signal fires. Other code knows the signal as sig_progstep.
 class cWatchDogSend {
   public:
     cWatchDogSend(); // opens the event; without an event only the messages are signs of life

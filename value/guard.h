@@ -12,8 +12,8 @@ namespace qrv::detail {
 // position that does not exist, else error.
 [[noreturn]] void throw_caught(cat::CaughtErrors const &caught);
 
-// What `call` returns. Its errors are neither printed nor seen by the program's handlers; an
-// exception of user code passes.
+// Returns the result of `call`. Errors that the library raises inside are neither printed nor
+// passed to the program's handlers; exceptions of user code pass.
 template <class Call> auto guarded(Call const &call) {
     cat::CaughtErrors const caught;
     auto result = call();
@@ -22,7 +22,7 @@ template <class Call> auto guarded(Call const &call) {
     return result;
 }
 
-// For recursive functions: error where the stack does not allow another level.
+// For recursive functions: throws error if the stack does not allow another level.
 void refuse_depth();
 
 } // namespace qrv::detail

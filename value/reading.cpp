@@ -12,7 +12,7 @@ namespace qrv::detail {
 
 namespace {
 
-// The library's filter is a plain function: this one asks that of the innermost reading.
+// The library's filter is a plain function, so allows() calls the filter of the innermost reading.
 options const *innermost = nullptr;
 
 bool allows(std::string const &module) { return innermost->modules(module); }
@@ -32,7 +32,8 @@ cat::ReadOptions options_of(options const &how, std::string const &file) {
     return {how.comments, how.depth, how.modules ? allows : nullptr, file};
 }
 
-// Around a container that is too deep the others can't be read either: they follow from that.
+// If a container is too deep, the containers around it can't be read either: their errors follow
+// from that of the first one.
 void mark_around_deep(std::vector<cat::ReadError> &errors) {
     constexpr std::size_t none = cat::ReadError::none;
     std::size_t deep = none;
@@ -46,7 +47,7 @@ void mark_around_deep(std::vector<cat::ReadError> &errors) {
     }
 }
 
-// What a reading that fills object and report gives.
+// Calls `read`, which fills an object and a report, and returns the object as a value.
 template <class Read>
 value result_of(options const &how, std::vector<cat::ReadError> &errors, Read const &read) {
     asked const filter(how);
@@ -72,7 +73,7 @@ namespace {
 // A type that text declared in a scope, which has ended since.
 struct Declared {
     typeref type;
-    std::string name; // in the scope; a type that had another name before has that again
+    std::string name; // in the scope; a former name of the type is restored at its end
 };
 
 // The registered type that reading without that scope would change; else null. RUNS USER CODE
@@ -85,7 +86,8 @@ cTypeObj *changed_by(Declared const &declared) {
     return hides ? nullptr : &found;
 }
 
-// For each registered type of another kind that the text would change, one that refuses that, too.
+// Stand-ins for the registered types of another metatype that the text would change: like these,
+// they refuse the change.
 std::vector<typeref> refusing(std::vector<Declared> const &types) {
     std::vector<typeref> result;
     for (Declared const &declared : types) {
@@ -105,7 +107,8 @@ bool can_be_declared(Declared const &declared) {
 } // namespace
 
 // Reads in a scope, whose end removes the types of faulty text. Text that changes registered types
-// is read again without the scope, unless that is an error: then in a scope that knows the names.
+// is read again without the scope. If such a change is an error, the second reading has a scope
+// with stand-ins instead, which refuse the change.
 value read_all_or_no_types(std::string_view text, std::string const &file, options const &how,
                            std::vector<cat::ReadError> &errors) {
     value result;

@@ -1,4 +1,4 @@
-// Types by name, and what they make of values: value/making.h does the work.
+// Types by name, and the objects that they create from values: value/making.h does the work.
 
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ccaughterrors.h"
@@ -11,8 +11,8 @@ namespace qrv {
 
 namespace {
 
-// Null if there is none. "niltype" is the type of #nil, and what the library gives for unknown
-// names.
+// Null if the type does not exist. "niltype" is the type of #nil, and also what the library returns
+// for unknown names.
 cTypeObj *type_named(std::string_view name) {
     cat::CaughtErrors const caught;
     cTypeObj &found = cat::find_type(std::string(name)); // RUNS USER CODE

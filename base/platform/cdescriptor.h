@@ -1,5 +1,5 @@
 #pragma once
-// An open file descriptor, closed at the latest by its destructor.
+// Owns a file descriptor: the destructor closes it if it is still open.
 
 #include "base/platform/os_calls.h"
 
@@ -15,7 +15,7 @@ class cDescriptor {
     cDescriptor(cDescriptor const &) = delete;
     cDescriptor &operator=(cDescriptor const &) = delete;
     ~cDescriptor() {
-        int const error = errno; // the caller's reason for giving up
+        int const error = errno; // the caller may report it
         close();
         errno = error;
     }

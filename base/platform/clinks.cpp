@@ -9,7 +9,8 @@ namespace {
 
 constexpr int most_links = 40; // the system's own limit
 
-// The target of a symbolic link; empty if `path` is not a link, nullopt if it cannot be read.
+// The target of a symbolic link. Empty if `path` does not exist or is not a link; nullopt if it
+// cannot be read.
 std::optional<std::string> link_target(std::string const &path) {
     std::string target(PATH_MAX, '\0');
     ssize_t const length = cat::os.readlink(path.c_str(), target.data(), target.size());

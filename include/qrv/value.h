@@ -1,6 +1,6 @@
 #pragma once
-// The face of the library for application programs: qrv::value and what works with it. The object
-// system underneath is in qrv/qrv.h.
+// The header for application programs: qrv::value and what works with it. The object system
+// underneath is in qrv/qrv.h.
 
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/value/build.h"

@@ -41,8 +41,8 @@ void cFileScan::start(char const *name, std::string_view text) {
     opened_ = true;
 }
 
-// False if it can't be read at all. What fails later is read up to there, and the scanner meets the
-// error when it comes to it.
+// False if nothing can be read. If an error occurs later, the text before it is used, and the
+// scanner's stream fails after that text.
 bool cFileScan::read_whole(char const *name) {
     std::ifstream in;
     in.imbue(std::locale::classic());

@@ -1,5 +1,5 @@
 #pragma once
-// A file that is scanned: one on a disk is read into memory first, as a whole. A pipe or a device
+// A file that is scanned. A regular file is first read into memory as a whole. A pipe or a device
 // is read piece by piece as the scanner needs it, since its size is unknown.
 
 #include "qrv/text/read/cattrscan.h"
@@ -27,7 +27,7 @@ class cFileScan {
     ~cFileScan() = default;
 
     bool opened() const { return opened_; }
-    cAttrScan &scan() { return *scan_; } // the quiet constructor must not have failed
+    cAttrScan &scan() { return *scan_; } // after the second constructor: requires opened()
 
   private:
     bool read_whole(char const *name);

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Takes the errors of one reading, and adds them to another report at its end.
+// Collects the errors of one reading. hand_over() adds them to the given report.
 class cOwnReport {
   public:
     explicit cOwnReport(cat::ReadReport &report)

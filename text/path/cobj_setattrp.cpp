@@ -7,15 +7,15 @@
 //   +=          the last             add(value)                  with force, for a map
 //   <<          the last             append(value)               never
 //
-// Each statement is parsed, its value is read, and it is applied. A syntax error ends the text,
-// since the start of the next statement is unknown. Errors of parsing and walking are the
-// scanner's; those of the operation are raised as usual.
+// Each statement is parsed, its value is read, and it is applied. After a syntax error the rest of
+// the text is ignored, since the start of the next statement is unknown. Errors of parsing and
+// walking are the scanner's; those of the operation are raised as usual.
 //
 // The text is one reading from its first to its last statement: it has one budget for the merges
-// inside its values, loads nothing, and an existing report receives all errors. Applying is an
-// action of the program and not limited by that budget. But if the text is read inside another
-// reading, whose back references it can name, a value that contains its own destination is
-// rejected.
+// inside its values, it loads no module that the filter does not allow, and an existing report
+// receives all errors. Applying is an action of the program and not limited by that budget. But if
+// the text is read inside another reading, whose back references it can name, a value that contains
+// its own destination is rejected.
 
 #include "containers/cmergebudget.h"
 #include "qrv/core/ctypes.h"
@@ -46,8 +46,8 @@ class cPathStatement {
     // the end of the text the statement is empty.
     bool parse(bool need_operator);
     bool empty() const noexcept { return keys_.empty(); }
-    // Requires a non-empty statement. RUNS USER CODE. Rejects a value from text where the
-    // enclosing reading would reject a merge.
+    // Requires a non-empty statement. RUNS USER CODE. With `from_text`, rejects the value if the
+    // enclosing reading would reject a merge of it.
     bool apply(objref const &root, objref const &value, bool force, bool from_text);
     cAttrScan &scan() noexcept { return path_.scan(); }
 

@@ -1,6 +1,7 @@
 #pragma once
-// Begin a listed error on a scanner: the position, for some errors the path, and the start of the
-// text. The scanner counts it. The caller appends the rest and calls fire().
+// begin_error() begins an error of the list on a scanner, which counts it: it writes the position,
+// for some errors the path, and the start of the text. The caller appends the rest and calls
+// fire().
 
 #include "diagnostics/cerr_names.h"
 #include "qrv/text/read/cattrscan.h"
@@ -18,7 +19,7 @@ static_assert(asr_of(err_read_value_unknown) == cAttrScan::asrUnknownType);
 static_assert(asr_of(err_read_no_newobj) == cAttrScan::asrType);
 static_assert(asr_of(err_read_separator) == cAttrScan::asrSeparator);
 
-// The path of the current value for an error. For a report a long one is shortened.
+// The path of the current value, for an error. While a report exists, a long path is shortened.
 std::string shown_path();
 
 inline cErrStream &begin_error(cAttrScan &scan, cErrText const &error) {

@@ -49,9 +49,9 @@ class cHashReader {
         bool fresh = false; // the value was created for this entry, by the library alone
     };
     enum class cNext { value, store, stop };
-    // The progress of the fast path: none, past an opening bracket, to the token after a literal,
-    // which doesn't end it, to the end of the value, or to the container's closing bracket instead
-    // of a value.
+    // What the fast path has read: nothing; an opening bracket; a literal and the token after it,
+    // which does not end the value; a whole value; or, instead of a value, the closing bracket of
+    // the container.
     enum class cFast { none, opened, unended, done, closed };
 
     void begin_late(cOpened opened);

@@ -33,7 +33,7 @@ class cReadSession final : public cat::cMergeBudget {
     ~cReadSession() override;
 
     static cReadSession *current() noexcept;
-    // Starts or ends capturing, as a report begins or ceases to exist.
+    // Starts or ends capturing. Called after a report is created or destroyed.
     static void report_changed();
 
     cAttrScan *scan() const noexcept { return scan_; } // the innermost active one
@@ -82,11 +82,11 @@ class cReading {
 
   private:
     std::unique_ptr<cReadSession> own_;
-    cat::cMergeBudgetUse const budget_; // also during an action of the program, which has no budget
+    cat::cMergeBudgetUse const budget_; // also if an action of the program has removed the budget
     cAttrScan *before_;
 };
 
-// During its lifetime, reports are about the value that was read last.
+// During its lifetime, errors are reported at the start of the value that was read last.
 class cAboutValue {
   public:
     explicit cAboutValue(cReadSession &session) : session_(session), before_(session.place_now()) {
@@ -136,6 +136,6 @@ class cSubText {
 };
 
 namespace cat {
-// Gives a line that would be printed to the report.
+// Adds an error, which would otherwise be printed as a line, to the report.
 void keep_error_line(ReadReport &report, cErr const &error);
 } // namespace cat

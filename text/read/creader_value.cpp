@@ -66,7 +66,7 @@ int cAttrScan::scan_obj(objref &result, int *delim) {
     int code;
     try {
         code = reader.run(&cValueReader::read);
-    } catch (...) { // the handler of a report
+    } catch (...) { // thrown by an error handler, for example
         if (delim) *delim = end;
         throw;
     }
@@ -207,7 +207,8 @@ int cValueReader::read_reference() {
     return value_ ? 0 : cAttrScan::asrRef;
 }
 
-// Reads the token after a value: without a delimiter between them it belongs to the next value.
+// Reads the token after a value. If it does not end the value, reports a missing delimiter and
+// pushes the token back for the next value.
 void cValueReader::expect_end(cErrText const &missing) {
     cAttrLiteral token;
     end_ = scan_.gettok(token);
@@ -350,7 +351,7 @@ cToken token_of(cAttrLiteral const &literal) {
             literal.position, literal.outer_line, literal.outer_column};
 }
 
-// Shows the tokens of a typed value to the watches.
+// Passes the tokens of a typed value to the source recorder and to the watch of the report.
 class cTypedText final : public cTokenWatch {
   public:
     cTypedText(cTokenWatch *source, bool inside_another, cAttrLiteral const &name,

@@ -1,9 +1,9 @@
-// Assigns comments to entries. A group of comments contains no other tokens.
+// Assigns comments to entries. A group is a run of comments without other tokens between them.
 //
 //   a = 1; // after a            on the line on which the token before the group ends
 //          // also after a       below such a comment, in its column
 //
-//   // apart                     neither: inside the enclosing entry
+//   // apart                     neither: belongs to the inside of the enclosing entry
 //
 //   // above b                   on lines directly above the token after the group, without a gap
 //   b = 2;
@@ -19,7 +19,7 @@ bool is_own_line(cSourceRecorder::cComment const &comment, std::uint32_t text_be
     return comment.lines_before > 0 || comment.before == text_begin;
 }
 
-// Of one group.
+// Assigns the comments of one group.
 class cGroup {
   public:
     cGroup(cSourceRecorder const &source, std::size_t first, std::size_t end)

@@ -190,7 +190,7 @@ class cSourceRecorder : public std::enable_shared_from_this<cSourceRecorder> {
     std::vector<cText> texts_;
     std::size_t last_ = none;       // the record that ended last, in the innermost frame
     std::size_t pending_ = none;    // that of the entry whose value comes next
-    std::size_t first_pending_ = 0; // comment
+    std::size_t first_pending_ = 0; // the first pending comment
     bool comment_open_ = false;     // the token after the last comment is unknown
     std::uint32_t text_begin_ = 0;
     std::uint32_t uncounted_ = 0;      // by the position of a stream that cannot report its own

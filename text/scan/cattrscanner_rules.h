@@ -16,7 +16,7 @@
 
 namespace scan {
 
-// The characters that end a run: some sets are complements of the characters in the run.
+// Sets of characters that end a run: cs_no_digit, for example, ends a run of digits.
 enum char_stop : unsigned {
     cs_no_word = 1, // neither letter nor digit
     cs_no_digit = 2,
@@ -146,8 +146,8 @@ template <class Chars> class cRules {
         }
     }
 
-    // Inside a block comment, from `from` on: matches up to and including its end, or to the end of
-    // input, and then returns false.
+    // Matches the rest of a block comment, from `from` up to and including its end. False if the
+    // input ends first.
     [[gnu::always_inline]] bool match_comment(std::size_t from) {
         lines_ = true;
         for (std::size_t i = from;; ++i) {

@@ -11,8 +11,8 @@
 #include <cstring>
 
 namespace {
-// A power of two, and so are its doubles: a mask gives a slot. The table grows when half of them
-// are used; this size has room for the paths of a small file.
+// The number of slots is always a power of two, so a mask of the hash selects a slot. The table
+// grows when half of them are used; this size has room for the paths of a small file.
 constexpr size_t first_slots = 64;
 
 std::uint64_t mix(std::uint64_t h) noexcept {
@@ -145,7 +145,7 @@ cTextState &make_text_state() {
 
 void reset_text_state() {
     cTextState const *const old = std::exchange(the_text_state, nullptr);
-    delete old; // RE-ENTERS: a destructor that asks gets a new state
+    delete old; // RE-ENTERS: for a destructor, text_state() creates a new state
 }
 
 std::string shown_path(std::string const &path, bool shorten) {

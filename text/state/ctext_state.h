@@ -7,16 +7,17 @@
 //     exception leaves depth, indent and path as they were.
 //   - Depth is -1 outside. When the end of a level resets it to -1, both tables of back references
 //     are cleared, so they never outlive the outermost container.
-//   - The path of a value is one growing string; each step truncates it again. In the tables a path
-//     is a node of a trie of its pieces between slashes, so entering a value costs its key, not its
-//     depth. Two path strings are equal if and only if their nodes are.
+//   - The current path is one string: a step appends its key, and truncates the string at its end.
+//     In the tables a path is a node of a trie of its pieces between slashes, so the cost of
+//     entering a value depends on its key, not on its depth. Two path strings are equal if and only
+//     if their nodes are.
 //   - Most entries are never referred to, so the reader enters them late, if at all: cLateEntries.
 //   - A key can have two texts: the plain one and the exact one. A step knows both; a value is
 //     entered under both, and found under either.
-//   - The text of an on-demand step is created when the path is requested, and at the latest by
-//     settle(), which is called before user code runs: that could change the key, or the written
-//     form. So a reader or writer that opens such steps calls settle() before methods of types that
-//     aren't the library's, before errors, signals and streams of the program.
+//   - The text of an on-demand step is created when the path is requested, or by settle(). User
+//     code could change the key or its written form, so a reader or writer that opens such steps
+//     calls settle() before user code may run: before methods of a program's types, errors, signals
+//     and a program's streams.
 //   - The state is created on first use and held by plain pointers, so that none of it is destroyed
 //     before the objects of a program are.
 
@@ -42,19 +43,19 @@ class cPathTrie {
 
     // The node of from + "/" + key, created if necessary. A key with slashes passes several nodes.
     node_id descend(node_id from, std::string_view key);
-    node_id find(std::string_view path) const; // a path that begins with "/", or none
+    node_id find(std::string_view path) const; // "" or begins with "/"; none if absent
     std::string path(node_id node) const;      // assembled from the pieces
 
     bool empty() const noexcept { return nodes_.size() == 1; }
 
-    // The node of from + "/" + piece, which has no slash; created if necessary, or none.
+    // The node of the parent's path + "/" + piece, where the piece has no slash. If it does not
+    // exist, child() creates it and find_child() returns none.
     node_id child(node_id parent, std::string_view piece);
     node_id find_child(node_id parent, std::string_view piece) const;
 
     // The object entered at a node, or null.
     objref const &value(node_id node) const { return nodes_[node].value; }
-    // With `own` the node is the value's exact path: only another exact path replaces such an
-    // entry.
+    // With `own` the node is the value's exact path: only a call with `own` replaces such an entry.
     void enter(node_id node, objref const &value, bool own);
     void clear(); // RUNS USER CODE: the values are released
 
@@ -71,7 +72,7 @@ class cPathTrie {
     void grow();
 
     std::vector<cPiece> nodes_;
-    std::vector<node_id> slots_; // power of two; none where free
+    std::vector<node_id> slots_; // their number is a power of two; free: none
 };
 
 class cAttrScan;
@@ -86,7 +87,7 @@ class cTextState {
 
     int depth() const noexcept { return depth_; }
     int indent() const noexcept { return indent_; } // columns of the current level
-    void add_indent(int n) noexcept {               // for cat::DoWriteIndent; wraps
+    void add_indent(int n) noexcept {               // for cat::DoWriteIndent; wraps around
         indent_ = static_cast<int>(static_cast<unsigned>(indent_) + static_cast<unsigned>(n));
     }
     void take_indent(int n) noexcept {
@@ -110,8 +111,8 @@ class cTextState {
     void settle() {
         if (late_ || steps_.size() != open_.size()) settle_all();
     }
-    // Whether there can be entries that were read, but not entered. User code has not run since
-    // this state began, for the late_round()th time.
+    // Whether there can be entries that were read, but not entered. No user code has run since this
+    // became true; late_round() counts how often it became true.
     bool is_late() const noexcept { return late_; }
     unsigned late_round() const noexcept { return late_round_; }
 
@@ -148,15 +149,15 @@ class cTextState {
     friend class cTypedNesting;
     friend class cLateEntries;
 
-    // Nodes are looked up on first need. The other chain uses the other text of each key that has
-    // one; it equals the first chain until a key has one.
+    // A path has two chains of nodes, which are looked up on first need. The second chain uses the
+    // second text of each key that has one. Both chains are equal up to the first such key.
     struct cStep {
         size_t length_before;   // of path_
         std::string other = {}; // the second text of the key, if any
         bool has_other = false;
         bool forked = false;      // this or an earlier key has a second text
         bool shown_exact = true;  // path_ up to here is in the exact form
-        bool other_exact = false; // the other chain is exact
+        bool other_exact = false; // the second chain is in the exact form
         cPathTrie::node_id node = cPathTrie::none;
         cPathTrie::node_id other_node = cPathTrie::none;
     };
@@ -164,7 +165,7 @@ class cTextState {
         unsigned int obid;
         cPathTrie::node_id node;
     };
-    // An open step: its key and the form of its text, until that is created.
+    // An open step. Until its text is created, this has the key and the form of the text.
     struct cOpenStep {
         objref key;
         bool exact;
@@ -181,13 +182,13 @@ class cTextState {
     void make_steps() const {
         if (steps_.size() != open_.size()) make_steps(open_.size());
     }
-    void make_steps(size_t count) const; // at least so many of the outermost steps
+    void make_steps(size_t count) const; // creates at least the outermost `count`
     void settle_all();
     void enter_open();
     void enter_entries(cAttrHash const &hash, cAttrNode const *after, cPathTrie::node_id path);
     void enter_late();
     objref find_late(std::string_view path) const;
-    cPathTrie::node_id node_of(size_t steps) const noexcept { // resolved
+    cPathTrie::node_id node_of(size_t steps) const noexcept { // after resolve_steps()
         return steps ? steps_[steps - 1].node : cPathTrie::root;
     }
     void clear_references(); // RUNS USER CODE
@@ -247,8 +248,8 @@ class cPathStep {
   public:
     // Creates the text at once. RUNS USER CODE: the key's `write`.
     explicit cPathStep(objref const &key);
-    // The text of an int or string that the library writes is created on demand; see settle().
-    // Other keys have it at once.
+    // Creates the text of an int or string on demand if the library writes it, see settle();
+    // creates the text of other keys at once.
     static constexpr struct cOnDemand {
     } on_demand{};
     cPathStep(objref const &key, cOnDemand);
@@ -259,18 +260,17 @@ class cPathStep {
 
 // A container that is being read. Containers nest.
 //
-// Its entries stay late as long as they are exactly the entries that were read, in that order,
-// under keys with one text each: then a path is found by walking down the containers from a node of
-// the table, and the table has no node below. A container begins late if the table has no node at
-// its path. Entries that such a walk would get wrong are entered, together with the container's
-// other entries:
-//   - enter_open() enters the entries of the open containers, but not those below them: for a
-//     container that was stored before, whose paths are in the table.
+// Its entries stay late, that is, not entered, as long as they are exactly the entries that were
+// read, in that order, under keys with one text each. Then their paths are found by a walk down the
+// containers, from a node of the table that has no nodes below it. A container begins late if the
+// table has no node at its path. Before such a walk could find a wrong value, entries are entered:
+//   - enter_open() enters the entries of the open containers, but not those below them: the reader
+//     calls it for a container that was stored before, since the table has its paths.
 //   - settle() enters all late entries. It is called before anything that isn't a plain entry: user
 //     code, a repeated key, a typed value, an error. After that each entry is entered when it is
 //     read, until begin() or resume() finds that the next ones can be late.
-// While late, an entry of a container whose entries are in the table is entered at once, and a new
-// container in it begins late.
+// While entries are late elsewhere, a container whose entries are in the table enters each new
+// entry at once, and a new container in it begins late.
 class cLateEntries {
   public:
     // Borrows the hash, which may be null while no entries are stored, and the scan, which is the
@@ -291,23 +291,24 @@ class cLateEntries {
     bool is_late() const noexcept { return late_; }
     // The outermost container: its entries after this one are late.
     void begin(cAttrNode const *after);
-    void resume(); // the next entries can be late; all earlier ones have been entered
-    void open();   // inside another container, while late
+    void resume(); // from now on entries can be late; all earlier ones are entered
+    void open();   // for a container inside another one, while entries are late
 
     // Whether the entry may be late, or be entered without releasing another value.
     bool has_room(objref const &key) { return late_ || find_room(key); }
     bool has_room(int index) { return late_ || find_room(index); }
-    // The value for which there was room has been stored, and with it the last container read, if
-    // the value is one.
+    // A value for which has_room() was true has been stored. If it is a container, it is the one
+    // that was read last.
     void stored(objref const &value) {
         if (!late_)
             enter_stored(value);
         else if (text_state().late_read_.hash)
             text_state().late_read_.hash = nullptr;
     }
-    // The value of the innermost step is not late, but entries below it are.
+    // The value of the innermost step is not late, but the entries of the container that was read
+    // last are late, below that step.
     static void pass();
-    // The next entry isn't late, since the container was stored before.
+    // For a container that was stored before: its next entry can't be late.
     static void enter_open();
 
   private:
@@ -341,7 +342,7 @@ class cReadingKey {
     bool before_;
 };
 
-// One value inside another: the reader stops at a limit.
+// Counts the values inside each other, for which the reader has a limit.
 class cNesting {
   public:
     cNesting() { ++text_state().nesting_; }
@@ -350,7 +351,7 @@ class cNesting {
     cNesting &operator=(cNesting const &) = delete;
 };
 
-// One typed value, whose text is scanned again, inside another.
+// Counts the typed values inside each other: the text of each is scanned again.
 class cTypedNesting {
   public:
     cTypedNesting() { ++text_state().typed_nesting_; }

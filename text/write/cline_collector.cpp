@@ -1,6 +1,6 @@
 // The marks are in the order of the text, so delivering is one walk over both. A container's layout
-// is read from its own record, which its close has set before; a container that an exception left
-// open stays on one line.
+// is in its record, where close() has stored it; a container that an exception left open stays on
+// one line.
 
 #include "text/write/cline_collector.h"
 

@@ -6,8 +6,8 @@
 // So the outermost one-line container collects its text, and all one-line containers inside it
 // write to the same text. Parts that depend on the layout are not in that text; they are recorded
 // as marks, in the order of the text, and inserted at the end. Each container decides at its close:
-// it looks for a line end in its part of the text, or one that an inner container will get. So the
-// work is linear at any depth of nesting.
+// it spans many lines if its part of the text has a line end, or if an inner container spans many
+// lines. So the work is linear at any depth of nesting.
 
 #include "qrv/core/cobj.h"
 #include "text/write/ccomposer.h"
@@ -68,6 +68,6 @@ class cLineCollector {
     std::vector<cMark> marks_;
     std::vector<cContainer> containers_;
     std::vector<cComment> comments_;
-    size_t searched_ = 0;                 // line ends before this are known
+    size_t searched_ = 0;                 // line ends before this offset are found
     size_t line_end_ = std::string::npos; // the last one, including one that will be inserted
 };

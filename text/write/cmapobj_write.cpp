@@ -17,7 +17,7 @@ bool write_container(cObj const &obj, cForm form, cComposer &out) {
     cMapObj const *const map = cat::as_map(&obj);
     if (!map) return false;
     bool const lone = obj.refs() == 1 && map->datamap().refs() == 1;
-    // A `write` below may release it.
+    // An entry's method `write` may release the container.
     objref const keep = objref::share(const_cast<cObj *>(&obj));
     hashref const entries = map->datamap_ref();
     out.begin();

@@ -1,5 +1,5 @@
 #pragma once
-// An output stream into a string of the caller's, with the classic locale.
+// An output stream that appends to the caller's string, with the classic locale.
 
 #include <locale>
 #include <ostream>

@@ -1,4 +1,5 @@
-// Objects as text. Keys and paths are created by this very often, so scalars use no stream.
+// Objects as text. The texts of keys and paths are created here, very often, so scalars use no
+// stream.
 
 #include "qrv/text/write/cwriter.h"
 

@@ -35,7 +35,7 @@ int watch(watchdog::cOptions const &options) {
 } // namespace
 
 int main(int argc, char **argv) {
-    constexpr int flags = O_RDWR | O_CLOEXEC; // for the program they are closed, as they were
+    constexpr int flags = O_RDWR | O_CLOEXEC; // the program finds them closed, as they were
     fill_standard_descriptors(flags, flags);
     try {
         watchdog::cParsed const parsed = watchdog::parse(argc, argv);

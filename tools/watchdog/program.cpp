@@ -24,8 +24,8 @@ std::vector<char *> pointers(std::vector<std::string> &texts) {
 }
 
 // The program starts with the usual signal handling, independent of the signals that the watch dog
-// blocks or ignores. But it ignores those signals of a terminal that our caller ignores, as with
-// nohup.
+// blocks or ignores. But it ignores the signals of a terminal that the caller of the watch dog
+// ignores, as with nohup.
 class cAttributes {
   public:
     cAttributes() {

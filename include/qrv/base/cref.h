@@ -3,7 +3,7 @@
 // policy by which a cRef counts and destroys its target.
 //
 // Four words in every interface comment say what becomes of a pointer:
-//   adopt   takes your count over      share   adds one
+//   adopt   takes over your count      share   adds one count
 //   borrow  plain pointer, valid while its owner lives
 //   clone   private copy
 //
@@ -48,7 +48,8 @@ template <class T> class cRefTraits {
     static void destroy(T *target);
 };
 
-// Objects: as above, but a chain of last owners of any length is destroyed with bounded stack.
+// For cObj: as above, but with bounded stack, even for a long chain of objects, each of which is
+// the last owner of the next.
 template <> class QRV_API cRefTraits<cObj> {
   public:
     // None of these accepts null.
@@ -133,8 +134,8 @@ template <class T, class Traits> class cRef {
     explicit operator bool() const noexcept { return p_ != nullptr; }
     void swap(cRef &other) noexcept { std::swap(p_, other.p_); }
 
-    // Deleted, since the pointer would allow them: arithmetic, printing an address, `delete`
-    // without the count.
+    // Deleted, since the conversion to a pointer would allow them: arithmetic, printing an address,
+    // `delete` without regard to the count.
     operator cNoDelete *() const = delete;
     template <class K> void operator[](K const &) const = delete;
     template <class V> void operator<<(V const &) const = delete;

@@ -1,5 +1,5 @@
 #pragma once
-// A connection that ends with its scope: it calls a function or a lambda while it exists.
+// A connection that ends with its scope: while it exists, the signal calls a function or a lambda.
 //
 //     cScopedConnection const seen(signal, [](int bar) { std::cout << bar << '\n'; });
 //

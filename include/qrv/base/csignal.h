@@ -79,8 +79,8 @@ class QRV_API cSignal : public cSSBase0 {
 
     // Connects `target` and returns this signal's end of the link, borrowed: see cSSBase::connect.
     // With `exclusive`, all targets connected so far are blocked until the link is cut. The new
-    // ends are inserted before the nodes `mine` and `theirs`, by default at the end. Connecting
-    // again only counts.
+    // ends are inserted before the nodes `mine` and `theirs`, by default at the end. If the two are
+    // connected already, only a count increases.
     cConnection *connect(cSSBase0 const &target, bool exclusive = false,
                          cConnection *mine = nullptr, cConnection *theirs = nullptr) const {
         return cSSBase::connect(target, exclusive, mine, theirs);
@@ -198,7 +198,7 @@ class QRV_API cDeleteSignal : public cSignal {
     ~cDeleteSignal() override;
 };
 
-// Matches exactly va_list, in its form as a parameter.
+// Matches only the type that a parameter of type va_list has.
 template <class List>
 concept cArgumentList =
     !std::is_null_pointer_v<List> && requires(List list, void (*take)(std::va_list)) {

@@ -18,7 +18,8 @@
 class QRV_API cMapObj : public cObj {
   public:
     cMapObj(); // type "map"; does not run `create`
-    // Shares the hash, or creates one for null. Becomes its father if it has none.
+    // Shares the hash, or creates one for null. If the hash has no father, this map becomes its
+    // father.
     explicit cMapObj(hashref hash);
     cMapObj(cMapObj const &other);        // runs `create`, then assigns; copies all flags
     explicit cMapObj(cObj const &other);  // the same without `create`
@@ -37,8 +38,8 @@ class QRV_API cMapObj : public cObj {
 
     int size() const noexcept;
     void clear(); // RUNS USER CODE. A shared hash becomes empty for all its owners
-    // The hash, never null. It does not know specifications and flags: changes by it are not
-    // checked.
+    // The hash, never null. It does not know specifications and flags: changes made through it are
+    // not checked.
     cAttrHash &datamap() noexcept { return *hash_; }
     cAttrHash const &datamap() const noexcept { return *hash_; }
     hashref const &datamap_ref() const noexcept { return hash_; }
@@ -49,8 +50,8 @@ class QRV_API cMapObj : public cObj {
     objref &valref_(objref const &key);
     objref &valref_(std::string const &key);
 
-    // The first in ring order, else badfind: one that equals `value`, or that is the same object.
-    // RUNS USER CODE: the first compares by methods   O(size)
+    // The first value in ring order that equals `value` (findvalue), or that is the same object
+    // (findvalref); else badfind. RUNS USER CODE: findvalue calls methods   O(size)
     [[nodiscard]] objref findvalue(cObj const &value);
     [[nodiscard]] objref findvalref(cObj const *value);
     [[nodiscard]] objref findvalref(objref const &value);
@@ -63,8 +64,9 @@ class QRV_API cMapObj : public cObj {
     cMapObj *submap_ptr(objref const &key);
     cMapObj *submap_ptr(std::string const &key);
 
-    // Removes empty maps from the values; recursive: first from the maps among them. Only values of
-    // exactly type "map". An emptied child before the current one may need another call.
+    // Removes the values that are empty maps; recursive: also inside the maps among the values.
+    // Considers only values of exactly type "map". A map that the recursion empties may stay:
+    // another call removes it.
     // RUNS USER CODE
     void remove_emptychilds(bool recursive);
 
@@ -113,7 +115,7 @@ QRV_API objref getattr_insert(objref obj, objref key);
 QRV_API objref iterobj(objref obj);
 QRV_API bool m_assign(cObj &obj, objref &arg);
 QRV_API bool m_add(cObj &obj, objref &arg); // adds the missing keys; always true
-// At after_last_index(), without checks. Always true.
+// Appends at after_last_index(), without checks. Always true.
 QRV_API bool m_append(cObj &obj, objref &arg);
 // If the sizes differ, prints both maps to std::cout.
 QRV_API bool equal_sorted(cObj &obj, objref &arg);

@@ -16,14 +16,16 @@ class QRV_API cVectorObj : public cMapObj {
     cVectorObj &operator=(cVectorObj const &other);
     cVectorObj &operator=(cObj const &other);
 
-    // Inserts before this position; a kill value removes it. No check of flags or entry type. False
-    // if it is out of range. RUNS USER CODE
+    // Inserts before this position; a kill value removes the value there. Does not check flags and
+    // entry type. False if the position is out of range. RUNS USER CODE
     bool insert(int place, objref const &value);
-    // Removes the existing positions of start to start + count - 1. True. RUNS USER CODE
+    // Removes the values at the positions start to start + count - 1 that exist. Always true.
+    // RUNS USER CODE
     bool erase(int start, int count);
-    // Replaces values by those of `source` that have the type entrytype. Removes from `start` on as
-    // many values as the number at the end of the range, min(start + count, size): more than
-    // `count` for a start above 0. False if `start` is after that end. RUNS USER CODE
+    // Replaces values by those of `source` that have the type entrytype. The range ends at end =
+    // min(start + count, size). From `start` on, `end` values are removed, which for a start above
+    // 0 is more than the range has. False if `start` is after `end`, or if `source` has no slice.
+    // RUNS USER CODE
     bool setslice(cObj const &source, int start, int count);
 };
 

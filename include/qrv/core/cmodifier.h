@@ -22,7 +22,8 @@ class QRV_API cTypeInsert {
     explicit cTypeInsert(typeref const &) {} // prevents a conversion from a handle
     explicit cTypeInsert(objref const &) {}
     typeref type_;
-    // Of the entry; not an object, since the core may be created again meanwhile.
+    // The name of the entry. It is a string and not an object, since the core may be created again
+    // meanwhile.
     std::string name_;
 };
 

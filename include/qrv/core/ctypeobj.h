@@ -116,7 +116,7 @@ class QRV_API cTypeObj : public cObj {
     void install_default_methods();
     void install_raw_string_methods();
     void set_method(method_id id, cVoidFunction function) noexcept;
-    void set_library_methods(cObjClass value_class) noexcept; // the current ones
+    void set_library_methods(cObjClass value_class) noexcept; // records the current ones
 
     std::string name_;
     struct cConverter {
@@ -147,8 +147,8 @@ class QRV_API cTypeObj : public cObj {
     std::uint32_t objects_ = 0;
 };
 
-// The key hooks of the built-in types, for types with the same kind of value. The hash of null is
-// 0; the others do not accept null.
+// The key hooks of the built-in types, for types with the same kind of value. The hash functions
+// return 0 for null; the heq functions do not accept null.
 namespace cat {
 QRV_API unsigned int hash_string(objref const &value);
 QRV_API bool heq_string(objref const &a, objref const &b);

@@ -37,7 +37,8 @@ QRV_API objref const &badfind();
 QRV_API objref const &btrue();
 QRV_API objref const &bfalse();
 
-// The maps. The pointers are null until the maps are created, and do not start the core.
+// The maps. The functions that return pointers do not start the core; they return null until the
+// maps are created.
 QRV_API cMapObj &typemap();
 QRV_API cMapObj &constmap();
 QRV_API cMapObj &gmmap();

@@ -51,7 +51,8 @@ class QRV_API cErr : public cException {
 
     unsigned int code() const { return code_; }
     void set_code(unsigned int code) { code_ = code; }
-    // Set by the code that treats the error; the library leaves it false.
+    // A mark for the code that treats the error. The library sets it only for errors of a scanner
+    // that have no code when they begin: cAttrScan::errs().
     bool handled() const { return handled_; }
     void set_handled(bool handled) { handled_ = handled; }
     bool isbad() const { return code_ >= bad_code; }

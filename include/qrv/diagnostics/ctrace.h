@@ -171,7 +171,7 @@ class QRV_API cTraceIndent {
     cTraceIndent &operator=(cTraceIndent const &) = delete;
     ~cTraceIndent() { dec(); }
 
-    // Additional steps. The destructor undoes only that of the constructor.
+    // Add or remove a step. The destructor removes only the step that the constructor added.
     void inc() const { ++tracer_->indent(); }
     void dec() const { --tracer_->indent(); }
 

@@ -54,21 +54,23 @@ class QRV_API Edit {
     Edit &operator=(Edit const &) = delete;
     ~Edit();
 
-    // Records another text, once and before the change. New entries whose values are from that text
-    // have its comments, and its layout inside containers; otherwise they are like their
-    // neighbours. An entry without a comment whose value is replaced by one from that text gets the
-    // comments of the latter. Copies both texts, which together must be smaller than 4 GiB.
-    // O(size)
+    // Records another text, once and before the change. A new entry whose value is from that text
+    // gets the comments of that text, and inside its value the layout of that text; for the rest it
+    // is like its neighbours. If a value is replaced by one from that text, and its entry has no
+    // comment, the entry gets the comments of the new value. Copies both texts, which together must
+    // be smaller than 4 GiB.   O(size)
     void bring(std::string_view text, cat::SourceMap const &map, objref const &root);
 
-    // By default, a new entry is written next to the entry before it: above an empty line or a
-    // comment that begins a section. After this call, a new entry directly before the entry of this
-    // node (as it was before the change) is written next to the latter.
+    // Between two entries there may be an empty line, or a comment that begins a section. By
+    // default a new entry is written above these, next to the entry before it. After this call, a
+    // new entry directly before the entry of this node is written below them, next to that entry.
+    // The node is one of the tree before the change.
     void put_above(std::uint32_t anid);
 
-    // How to write a key that is repeated in the text: at each of its positions, or, next to a
-    // change, once. If its values are of several kinds, such as {} and [], or lists of which one
-    // replaces values of another, possibly no text with all positions reads as the changed tree.
+    // How to write a key that is repeated in the text. `each` keeps all its positions; `once`
+    // writes it only once if it is near a change. Use `once` if the text with all positions does
+    // not read as the changed tree: this happens if the values of the key are of several kinds,
+    // such as {} and [], or are lists of which one replaces values of another.
     enum class Repeated : unsigned char { each, once };
 
     // Whether the tree differs from the recorded one. RUNS USER CODE   O(size)

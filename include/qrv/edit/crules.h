@@ -16,7 +16,7 @@ namespace qrv::edit {
 enum class Rule : unsigned char {
     declared, // the type declares the key; type->iterobj() has the keys that may have been meant
     required, // the required key has a value that is not void
-    type,     // the value, or that of the key, is of the type `expected`; that of a key may be nil
+    type,     // the value, or the key's value, has the type `expected`; a key's value may be nil
     fixed,    // the value of the key is the object `expected`: #FIXED
     choice,   // the value is one of the keys of the choices: type->tmember("choices")
 };

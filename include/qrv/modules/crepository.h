@@ -163,8 +163,8 @@ class QRV_API cRepoImpl {
     static std::type_info const &type(cRepositoryEntry const *entry);
     static std::type_info const &derivedtype(cRepositoryEntry const *entry);
     // The module that was being loaded when the entry was created; borrowed. The main module for a
-    // null entry, for one created otherwise, until the load is complete, and after the module is
-    // destroyed.
+    // null entry, for an entry that was not created during a load, for an entry whose load is not
+    // complete, and for an entry whose module was destroyed.
     static cModule *module(cRepositoryEntry const *entry);
 
     // The ring of a list, in order of insertion. The end position is not an entry, but next() and

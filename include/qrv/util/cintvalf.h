@@ -41,7 +41,7 @@ class QRV_API cIntValF : public cObjD<int>, public cIntFormat {
     ~cIntValF() override;
 
     using cObjD<int>::operator=;
-    // Compares as objects, of any type: by the number. As cIntFormat, comparison includes the
+    // Compares with objects of any type, by the number. The comparison of cIntFormat includes the
     // format.
     template <std::derived_from<cObj> T> bool operator==(T const &other) const {
         return equal(other);

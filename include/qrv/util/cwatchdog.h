@@ -64,11 +64,11 @@ QRV_API void PostWatchDog(std::uint32_t message, std::uint32_t wParam, std::int3
 // is rethrown.   O(stored messages)
 QRV_API void SetWatchDogID(std::uint32_t id);
 
-// For programs that the reference watchdog starts: passes the number in QRV_WATCHDOG_ID, decimal
-// digits for 1 to 0xFFFFFFFE, to SetWatchDogID(). False, without an effect, if the variable has no
-// such number or QRV_STARTUP_TITLE isn't "WatchDog". Call it after sig_init was fired. Child
-// processes inherit both variables and would connect too: remove them from their environment to
-// prevent that. A program that runs with raised rights sees neither.
+// For programs that qrv-watchdog starts: passes the number in QRV_WATCHDOG_ID, decimal digits for 1
+// to 0xFFFFFFFE, to SetWatchDogID(). False, without an effect, if the variable has no such number
+// or QRV_STARTUP_TITLE isn't "WatchDog". Call it after sig_init was fired. Child processes inherit
+// both variables and would connect too: remove them from their environment to prevent that. A
+// program that runs with raised rights sees neither.
 QRV_API bool qrv_take_watchdog_id();
 
 // For tests: the number of messages that fit without growing.

@@ -39,7 +39,7 @@ requires(std::derived_from<T, qrv::value> ||
     bool one_line_ = true;
 };
 
-#ifdef __cpp_lib_format_ranges // which has a form for all ranges
+#ifdef __cpp_lib_format_ranges // formats all ranges, and a value is a range
 template <class T>
 requires(std::derived_from<T, qrv::value>) inline constexpr std::range_format std::format_kind<T> =
     std::range_format::disabled;

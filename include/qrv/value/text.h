@@ -23,11 +23,12 @@ namespace qrv {
 
 // How text is read.
 struct options {
-    bool comments = true; // values have theirs, and writing shows them
+    bool comments = true; // values keep theirs, and are written with them
     int depth = 1000;     // of values inside each other; deeper ones are errors. Below 1 the limit
                           // is cat::max_read_depth
-    // May this module be loaded by a type of the program that the text names? Empty: the filter of
-    // qrv_set_module_filter() decides, and without one none is. Reading itself loads nothing.
+    // May this module be loaded? Reading itself loads nothing, but a type of the program that the
+    // text names may load modules. Without a function the filter of qrv_set_module_filter()
+    // decides; without that filter no module is loaded.
     std::function<bool(std::string const &module)> modules = {};
 };
 
@@ -62,9 +63,9 @@ struct style {
 // Runs user code: types of the program write their objects.   O(size)
 QRV_API std::string dump(value const &v, style const &how = {});
 
-// Writes that and a line feed to a file, whole or not at all: if it fails, the old file stays as it
-// is. Mode, owner and symbolic links stay. Waits up to 30 seconds for other programs that lock the
-// folder (cat::FileLock).
+// Writes the written form and a line feed to a file, whole or not at all: if that fails, the old
+// file stays as it is. Mode, owner and symbolic links stay. Waits up to 30 seconds for other
+// programs that lock the folder (cat::FileLock).
 // error: part of the value has no text, or the file can't be written; what() has its name and why.
 // Borrows the value.   O(size)
 QRV_API void save(value const &v, std::string const &path, style const &how = {});

@@ -3,7 +3,7 @@
 //
 //   qrv::value device = qrv::load("device.attr");
 //   int const baud = device.get_or("bus/baud", 0);
-//   device["bus"]["gateway"]["name"] = "rack"; // levels that are missing are made
+//   device["bus"]["gateway"]["name"] = "rack"; // creates the missing levels
 //   for (auto const &[key, limit] : device.at("limits").items()) std::cout << key << limit << '\n';
 //
 // A value is one pointer to an object of the library (qrv/core/cobj.h), or null, which is #nil.
@@ -13,16 +13,16 @@
 //
 // Keys and paths: a string given to operator[], contains() or rename() is one key. A string given
 // to get, get_or, at, find, set or erase is a path: keys between slashes, such as "axes/0/name". A
-// part that reads as an int is a position in a vector or a set. In a map it is an int key, or the
-// string where the map has that and not the int; so is an integer that is given as a key. Keys that
-// are not identifiers are in quotes, as in the text format: "\"a/b\"/c". path_of() quotes keys that
-// a program does not know. Blanks between the parts count as nothing, and one slash may be in
-// front. No part may be empty, so "a//b" is a path_error. Only the paths "" and "/" have no part:
-// they are the value itself.
+// part that reads as an int is a position in a vector or a set. In a map it is an int key; if the
+// map has a key that is the same string, but not the int, it is the string. The same holds for an
+// integer that is given as a key. Keys that are not identifiers are in quotes, as in the text
+// format: "\"a/b\"/c". path_of() quotes keys that a program does not know. Blanks between the parts
+// are ignored, and the path may begin with a slash. No part may be empty, so "a//b" is a
+// path_error. Only the paths "" and "/" have no part: they are the value itself.
 //
 // Failures are exceptions (qrv/value/errors.h). Nothing is printed, and the program's error
-// handlers neither see them nor are changed. Where user code runs (hooks, slots, types of the
-// program), its exceptions come through, and the change, if there was one, has been made before.
+// handlers neither see them nor are changed. Exceptions of user code (hooks, slots, types of the
+// program) pass; if the function changes something, the change has been made by then.
 // std::bad_alloc may come from every function that allocates.
 //
 // One thread at a time, as for the whole library: copying a value writes to its object, so two
@@ -49,8 +49,8 @@
 namespace qrv {
 
 class value;
-class reference;  // qrv/value/reference.h: what operator[] of a variable gives
-class item_range; // qrv/value/items.h: what items(), keys() and values() give
+class reference;  // qrv/value/reference.h: the result of operator[] of a variable
+class item_range; // qrv/value/items.h: the results of items(), keys() and values()
 class key_range;
 class element_range;
 class element_iterator;
@@ -84,23 +84,24 @@ template <class T>
 concept restorable = !std::is_array_v<T> && std::is_object_v<T> && requires(value const &v) {
     converter<T>::from(v);
 };
-// What get() can give: no std::string_view and no pointer, which nothing would keep alive.
+// The types that get() can return: not std::string_view and pointers, since nothing would keep
+// their targets alive.
 template <class T>
 concept gettable = std::same_as<T, std::remove_cvref_t<T>> &&
     (scalar<T> || std::same_as<T, std::string> || std::same_as<T, value> ||
      std::same_as<T, objref> || (!text<T> && restorable<T>));
-// What == compares a value with, without making an object of it.
+// The types that == compares with a value without creating an object.
 template <class T>
 concept plain = scalar<T> || text<T> || std::is_null_pointer_v<T>;
 
-// An integer, or a key that is a value, as an iteration gives it.
+// An integer, or a key that is a value, as an iteration returns it.
 template <class T>
 concept key_like = cIndex<T> || std::same_as<T, value> || std::same_as<T, reference>;
 template <class T>
 concept no_key =
     cCharacter<T> || std::floating_point<T> || std::same_as<T, bool> || std::is_null_pointer_v<T>;
 
-// The type that get_or() gives for a default.
+// The type that get_or() returns for a default.
 template <class T> using fallback =
     std::conditional_t<text<T>, std::string, std::conditional_t<own<T>, value, std::decay_t<T>>>;
 
@@ -124,14 +125,15 @@ struct QRV_API step {
 QRV_API void append_key(std::string &path, step const &key);
 QRV_API void append_checked(std::string &path, step const &key); // type_error: it is not a key
 
-// Where most paths lead: identifiers and short numbers, through containers of the library, to a
-// value that is there. Borrowed; cat::nil() for #nil. Null for all others: locate() finds them.
+// A fast walk for most paths: identifiers and short numbers, through containers of the library, to
+// a value that exists. Returns the object, borrowed; cat::nil() for #nil. Null for all other paths,
+// which locate() follows.
 QRV_API cObj *walk_plainly(cObj *root, std::string_view path);
 
 // What is at a path: borrowed from the tree, or from `keep`.
 struct spot {
     cObj *object = nullptr;
-    objref keep; // what a type's method has given
+    objref keep; // an object that a type's method has returned
 };
 
 struct value_access; // for the other files of the layer
@@ -176,7 +178,7 @@ class QRV_API value {
     requires detail::convertible<T> value(T const &source)
         : value(detail::converter<T>::to(source)) {}
 
-    // --- what it is. Of `nil`, `boolean` and so on exactly one holds.   O(1), never throw
+    // --- what it is. It is of exactly one of the kinds nil, boolean and so on.   O(1), never throw
 
     qrv::kind kind() const noexcept;
     bool is_nil() const noexcept { return !object_; }
@@ -197,8 +199,8 @@ class QRV_API value {
     // The object, shared; cat::nil() for #nil, so never null.
     objref object() const;
 
-    // --- reading. Nothing is converted but numbers, and those without a loss; only to a float a
-    // double is rounded, since text has no floats such as 0.1:
+    // --- reading. Only numbers are converted, and only without a loss. But a double is rounded to
+    // a float, since text has no floats such as 0.1:
     //     bool         from a bool
     //     integers     from an int, and from a float or double that is a whole number
     //     float        from a float or double, and from an int that a float holds exactly
@@ -211,10 +213,10 @@ class QRV_API value {
     // Strings are copied; a value or an objref shares.   O(1), O(size) for what is copied
     // type_error: it is not a T. range_error: the number does not fit, or becomes 0 as a float.
     template <detail::gettable T> T get() const { return fetch<T>(object_, {}); }
-    // Empty instead of either.
+    // Returns an empty optional where get() throws one of these.
     template <detail::gettable T> std::optional<T> get_if() const;
-    // Of the value at a path: empty only where nothing is there. A #nil is something, which only a
-    // std::optional can hold.
+    // The same for the value at a path: empty only if nothing is there. A #nil counts as a value
+    // there, and most T cannot hold it: a std::optional, a value and an objref can.
     // path_error: the text of the path is faulty. type_error, range_error: as for get().
     template <detail::gettable T> std::optional<T> get(std::string_view path) const;
     // The same with a default instead; a string literal as the default gives a std::string.
@@ -241,8 +243,8 @@ class QRV_API value {
     template <detail::key_like T> std::optional<value> find(T const &key) const {
         return find_key(step_of(key));
     }
-    // Of one key; path_error as for at(). On a variable it gives a reference, which creates what is
-    // missing when something is assigned to it, and only then.
+    // The value at one key; path_error as for at(). For a variable it returns a reference, which
+    // creates what is missing only when something is assigned to it.
     value operator[](std::string_view key) const & { return at_key(detail::step(key)); }
     template <detail::key_like T> value operator[](T const &key) const & {
         return at_key(step_of(key));
@@ -320,8 +322,8 @@ class QRV_API value {
     void insert(std::size_t position, value const &x);
     // type_error: it is not a map, a vector or a set.   O(size)
     void clear();
-    // Of a map: value and place stay. path_error: `key` is absent. std::invalid_argument: there is
-    // an entry `new_key`. type_error: not a map.
+    // Renames a key of a map; its value and its position stay. path_error: `key` is absent.
+    // std::invalid_argument: there is an entry `new_key`. type_error: not a map.
     void rename(std::string_view key, std::string_view new_key);
     // As the command `qrv merge`: entries that both have and that are containers are merged in
     // turn, other values replace those here, and the rest is added; a vector gets those of `other`
@@ -336,15 +338,15 @@ class QRV_API value {
     // x, or the choice does not have the key. range_error: the number does not fit. Nothing is
     // changed then.   O(entries)
     void assign(value const &x);
-    // A private copy of everything; parts that occur twice in it are one object there, too. error:
-    // the nesting is too deep for the stack.   O(size)
+    // A private copy of everything; a part that occurs twice in the value is one object in the
+    // copy, too. error: the nesting is too deep for the stack.   O(size)
     value clone() const;
 
     // --- comments, layout, sharing.   O(1) and the length of the comment
 
     // The text of the comments after the value and before the next one in its file, or after its
     // opening bracket, without the comment marks; lines are separated by line feeds. Empty without
-    // one; never throws but for memory.
+    // a comment. Throws only std::bad_alloc.
     std::string comment() const;
     // Each line gets its "//"; empty removes the comment. type_error for #nil, which has no object.
     void set_comment(std::string_view text);
@@ -355,17 +357,17 @@ class QRV_API value {
     bool is_shared_with(value const &other) const noexcept {
         return object_ && object_ == other.object_;
     }
-    // All places below this value where the object of `other` is, in order, as paths for at();
-    // copies. Each container is looked into once. error: the nesting is too deep for the stack.
+    // All positions below this value at which the object of `other` is, in order, as paths for
+    // at(); copies. Each container is visited once. error: the nesting is too deep for the stack.
     //   O(size)
     std::vector<std::string> paths_of(value const &other) const;
 
     // --- comparing. Borrows both; error: the nesting is too deep for the stack.   O(size)
 
-    // Same type and same value; 1 and 1.0 differ, and maps with another order of keys. Runs user
-    // code where objects of the program are compared.
+    // Same type and same value: 1 and 1.0 differ, and so do maps with another order of keys. Runs
+    // user code where objects of the program are compared.
     friend bool operator==(value const &a, value const &b) { return a.equals(b); }
-    // The same, without making an object. A choice equals the text of its key, too.
+    // The same, without creating an object. A choice equals the text of its key, too.
     template <class T>
     requires detail::plain<T>
     friend bool operator==(value const &a, T const &b) { return a.order_plain(b) == 0; }
@@ -382,10 +384,10 @@ class QRV_API value {
 
     // --- declared types and changes: qrv/value/declare.h, qrv/value/change.h
 
-    // Has it no broken rules? As for broken_rules().   O(size)
+    // Does the value violate no rule of the type? As for broken_rules().   O(size)
     bool conforms_to(type const &type) const;
-    // Owns the callback as long as the connection lives, which does not keep the value alive.
-    // type_error for #nil.   O(1)
+    // The connection owns the callback, and does not keep the value alive. type_error for #nil.
+    //   O(1)
     template <class F> [[nodiscard]] connection on_change(F callback) const;
 
     // The written form, as in a file; borrows the value. Sets the stream's failbit where a part has
@@ -410,7 +412,7 @@ class QRV_API value {
     static objref make(bool truth);
     static objref make(int number);
 
-    value &lasting(); // itself; type_error for #nil, which would become a container nobody has
+    value &lasting(); // *this; type_error for #nil: a container that it becomes would be lost
     value at_key(detail::step const &key) const;
     std::optional<value> find_key(detail::step const &key) const;
     bool contains_key(detail::step const &key) const;
@@ -446,7 +448,8 @@ class QRV_API value {
     objref object_; // null for #nil
 };
 
-// Without the rules: for the files of the layer. An object that is cat::nil() must not get in.
+// Access without the rules above, for the files of this layer. An object that is cat::nil() must
+// not get in.
 struct detail::value_access {
     static objref &object(value &v) noexcept { return v.object_; }
     static objref const &object(value const &v) noexcept { return v.object_; } // null for #nil
@@ -507,7 +510,7 @@ template <class T> constexpr char const *expected_name() {
     return "string";
 }
 
-// Calls `convert`; the errors that it throws name the path of the value that it converts.
+// Calls `convert`. Adds the path of the converted value to the errors that it throws.
 template <class Convert> auto convert_at(std::string_view path, Convert const &convert) {
     try {
         return convert();

@@ -136,7 +136,7 @@ class cSearch {
         return fresh && !as_map(value) && pattern_.matches(text_of(value));
     }
 
-    // Is this the first place of the value? Constants exist once, but do not count as shared.
+    // Is this the first position of the value? Constants exist once, but do not count as shared.
     bool is_fresh(objref const &value) {
         if (value->refs() < 2 || is_constant(*value)) return true;
         return seen_.insert(value.get()).second;

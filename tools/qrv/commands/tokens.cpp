@@ -1,4 +1,4 @@
-// `tokens`: prints the tokens of a file. Memory does not grow with the file.
+// `tokens`: prints the tokens of a file. Its use of memory does not grow with the file.
 
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/output/exit_code.h"

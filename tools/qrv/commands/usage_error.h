@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-// Prints the error, and a note that says where the help is. Returns the exit code. `arguments` is
-// the command line that this command, or the tool itself, could not parse.
+// Prints the error, and a note that points to the help. Returns the exit code. `arguments` is the
+// command line that this command, or the tool itself, could not parse.
 int refuse(CLI::App &command, CLI::ParseError const &error,
            std::vector<std::string> const &arguments);
 // The same for a word that is not a command of the tool.

@@ -1,9 +1,10 @@
-// Writes the first value of a file in the writer's layout. Each reading has a type scope, so that
-// the types that one text declares are unknown to the next. No data is lost silently:
-//   1  The file is read, changed and written, with marks in its comments. Reported are values that
-//      can't be written, comments whose mark was not written, and text after the value. A change
-//      that fails runs once more without the marks, since its messages could show them; then the
-//      work ends.
+// Writes the first value of a file in the writer's layout; splice.cpp replaces only the changed
+// bytes. Each reading has a type scope, so that the types that one text declares are unknown to the
+// next. No data is lost silently:
+//   1  The file is read, changed and written, with marks in its comments. The messages are about
+//      values that can't be written, comments whose mark was not written, and text after the value.
+//      A change that fails runs once more without the marks, since its messages could show them;
+//      then the work ends.
 //   2  The new text is read. Its fingerprint must equal that of the written value, and writing it
 //      again must produce the same bytes.
 // `fmt` uses format.cpp for these steps, unless --canonical is given.
@@ -186,8 +187,8 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     cTask::cWay way = options.reformat || options.canonical ? cTask::anew : cTask::spliced;
     if (!change && !options.canonical) way = cTask::formatted;
     cTarget target(target_of(name, options), options.target);
-    // If the command doesn't read the target, it locks the folder only for writing: its input may
-    // be a pipe from a process that needs the lock.
+    // If the command doesn't read the target, it locks the folder only while it writes: until then
+    // its input may be a pipe from a process that needs the lock.
     bool const reads_target = !target.name().empty() && is_same_file(name, target.name());
     if (reads_target && !target.lock()) return exit_failed;
     cReply const reply = apart(name, [&](cReply &r) {

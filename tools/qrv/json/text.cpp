@@ -7,7 +7,7 @@ namespace {
 
 constexpr size_t piece_size = 1 << 16;
 
-struct cObject { // the object that has the value
+struct cObject { // creates an object with the value
     objref operator()(std::nullptr_t) const { return cat::nil(); }
     objref operator()(std::string_view text) const { return cat::of(std::string(text)); }
     template <class T> objref operator()(T value) const { return cat::of(value); }

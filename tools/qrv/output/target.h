@@ -23,8 +23,8 @@ class cTarget {
     std::string const &name() const { return name_; }
 
     // Locks the file's folder until the object is destroyed, and removes temporary files of killed
-    // runs. A command that reads the file calls this before. False, with a message, if another
-    // process holds the lock.
+    // runs. A command that reads the file must call this before it reads. False, with a message, if
+    // another process holds the lock.
     bool lock();
 
     // Replaces the content of the file under the lock. Returns an exit code. If `expected` is

@@ -14,7 +14,7 @@ struct cReply {
     std::string messages;     // more lines for descriptor 2
     std::string extra;        // a second text, where the work has one
     std::string fingerprint;  // of a value, where the work has one
-    bool comes_back = false;  // the text, when it is read and written again
+    bool comes_back = false;  // reading and writing `text` again produces the same text
 };
 
 // Runs the work on the file `name` and returns its reply. If the process crashes, the reply has an

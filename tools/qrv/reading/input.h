@@ -1,5 +1,5 @@
 #pragma once
-// A file that is read in pieces, so that memory does not grow with it.
+// A file that is read in pieces, so that the use of memory does not depend on its size.
 
 #include <cstdint>
 #include <functional>

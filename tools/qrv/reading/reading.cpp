@@ -33,7 +33,8 @@ class cFileScan : public cAttrScan {
         return result_;
     }
 
-    // The position at which reading ended. The reader has also read the token after a scalar.
+    // The position at which reading ended: the start of the token after the value if the reader has
+    // read that token, else the next character.
     cPlace end() const {
         return took_next_token() ? place_of(token()) : cPlace{lineno(), column() + 1};
     }

@@ -24,7 +24,7 @@ struct cReading {
 };
 
 // The limit for text that `find` and `to-json` produce from a file of this size, since they write a
-// shared value in full at each of its places.
+// shared value in full at each of its positions.
 constexpr size_t longest_text_from(size_t file_size) { return 16000000 + 16 * file_size; }
 
 // Reads the first value of the text, with its comments. Errors go to messages.

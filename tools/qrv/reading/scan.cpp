@@ -63,7 +63,7 @@ class cScanWalk {
     std::string const &bytes_;
     cTextScan found_;
     size_t offset_ = 0; // after the last token
-    cPlace end_;        // the same as a position
+    cPlace end_;        // this offset as a position
     size_t stray_end_ = std::string::npos;
 };
 
@@ -95,7 +95,7 @@ std::string head_of(std::string const &bytes, cat::SourceMap const &map) {
 
 // Does not copy long text, since the lexer already has it in memory.
 bool dump(std::istream &is, bool all, std::function<bool(std::string_view)> const &put) {
-    constexpr size_t enough = 65536; // for one call
+    constexpr size_t enough = 65536; // bytes for one call of `put`
     cAttrScanner const tokens(is);
     tokens.return_all(all);
     std::string lines;

@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr size_t most_bytes = 1000000;  // that are read again
-constexpr unsigned most_readings = 200; // the number of these readings
+constexpr size_t most_bytes = 1000000;  // limits the bytes that are read again
+constexpr unsigned most_readings = 200; // limits the number of these readings
 
 // Is the error independent of the text before it?
 bool is_about_text(cat::ErrorKind kind) {
@@ -24,7 +24,8 @@ bool is_about_text(cat::ErrorKind kind) {
     return std::find(std::begin(kinds), std::end(kinds), kind) != std::end(kinds);
 }
 
-// The tokens of the text with the brackets around them.
+// The tokens of the text without comments. For each, around_ has the index of the opening bracket
+// around it, and closed_, if it is an opening bracket itself, the index of its closing bracket.
 class cLater {
   public:
     explicit cLater(cTextTokens const &tokens) : bytes_(tokens.bytes()), lines_(bytes_) {
@@ -122,7 +123,7 @@ class cLater {
         objref value;
         int delimiter = 0;
         cAttrScan scan(is, false);
-        scan.reset(0, place.line, place.column - 2); // for the bracket before it
+        scan.reset(0, place.line, place.column - 2); // from 0, and one for the bracket
         scan.scan_obj(value, &delimiter);
         return report.entries();
     }
@@ -130,7 +131,7 @@ class cLater {
     std::string const &bytes_;
     cLines const lines_;
     std::vector<cTextToken> tokens_;
-    std::vector<size_t> around_, closed_; // for each token, the brackets around it
+    std::vector<size_t> around_, closed_;
     size_t bytes_read_ = 0;
     unsigned readings_ = 0;
 };

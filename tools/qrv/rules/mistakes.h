@@ -7,11 +7,9 @@
 //      brackets of the others; a reference without ) is shown first, since it took everything
 //   4  an error in a map, and later errors about a key that is written as a value, after =
 //   5  an unclosed bracket, and the entries that it swallowed: entries with keys in a vector or a
-//   set,
-//      and entries that a type does not have
+//      set, and entries that a type does not have
 //   6  an error that makes the reader confuse keys and values in a value of a declared type, and
-//   the
-//      rules that the value as a whole breaks
+//      the rules that the value as a whole breaks
 //   7  a byte that is not a bracket but ends a map, and errors about keys after it, since the map
 //      around it reads the rest of the entries
 

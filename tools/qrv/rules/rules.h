@@ -10,8 +10,7 @@
 //   - errors at objects that follow from an error in their type's declaration are dropped
 //   - the message about an unknown type, key or choice suggests the closest known name
 //   - no value is lost without an error: an error about a value is dropped only if another error is
-//   at
-//     the value, inside it, or in its type's declaration
+//     at the value, inside it, or in its type's declaration
 // Beyond a report's limit errors are only counted, and no messages are composed.
 
 #include "qrv/text/read/creadreport.h"

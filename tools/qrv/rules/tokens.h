@@ -31,8 +31,8 @@ class cTextTokens {
     // 128 on, or 0, outside of strings and comments is a token with a code of 0 or below.
     std::vector<cTextToken> const &all() const; // O(the text) at the first call
 
-    // Adds a token of a typed value, which the reader cuts out of the text and shows while it
-    // reads.
+    // Adds a token of a typed value. The reader extracts the text of such a value, and reports its
+    // tokens while it does so.
     void add_typed(cToken const &token);
     std::vector<cTextToken> const &typed() const { return typed_; }
 

@@ -25,7 +25,7 @@ template <class T> std::optional<double> value_as(objref const &value, cTypeObj 
     return static_cast<double>(static_cast<cObjDR<T> const &>(*value).val());
 }
 
-// The double with the shortest digits of a float, for comparison with a given double.
+// The double with the same shortest digits as the float, for comparison with a given double.
 double by_digits(float number) {
     char text[64];
     auto const written = std::to_chars(text, text + sizeof text, number);

@@ -1,8 +1,8 @@
 #pragma once
 // The allocation of objects, hash nodes and hashes: `new` uses the library's pool, also for classes
 // that a program defines. Memory of more than 256 bytes, for arrays, or for classes that need more
-// than the default alignment comes from the global operators. In debug builds all of it does, so
-// that tools that watch the heap see each object. Rules: base/platform/cpool.h.
+// than the default alignment comes from the global operators. In debug builds all memory comes from
+// there, so that tools that watch the heap see each object. Rules: base/platform/cpool.h.
 //
 // For programs: do not leave an object created by the global `new` to the library's handles, whose
 // `delete` returns it to the pool. A class that also inherits the operators of another base needs a

@@ -11,8 +11,8 @@
 namespace cat {
 
 // Below this many bytes a walk descends no further: everything that a level still calls (user
-// methods, error texts, message slots) must fit in. Half of the stack, for a thread with a stack
-// below 1 MiB.
+// methods, error texts, message slots) must fit in. For a thread with a stack below 1 MiB, the
+// reserve is half of the stack.
 constexpr std::size_t stack_reserve = 512 * 1024;
 
 // Bytes between the caller's frame and the end of its thread's stack.

@@ -43,7 +43,7 @@ namespace cat {
 // The name of a token code, such as "tkInt"; null for single characters and unused numbers.
 QRV_API char const *token_name(int code);
 
-// Of a token code.
+// Classes of token codes.
 constexpr bool is_separator(int code) noexcept { return code == ';' || code == ','; }
 constexpr bool is_opening(int code) noexcept {
     return code == '(' || code == '{' || code == '[' || code == '<';
@@ -51,7 +51,8 @@ constexpr bool is_opening(int code) noexcept {
 constexpr bool is_closing(int code) noexcept {
     return code == ')' || code == '}' || code == ']' || code == '>';
 }
-// The end of input, of a cToken or cAttrLiteral. A byte 0 has the same code.
+// Is this cToken or cAttrLiteral the end of input? A byte 0 has the same code, but its text is not
+// empty.
 template <class Token> bool is_end(Token const &token) noexcept {
     return token.code == tkEof && token.text.empty();
 }
@@ -217,7 +218,7 @@ class QRV_API attrFlexLexer : public FlexLexer {
   private:
     friend class cStreamChars;
     yy_buffer_state *buffer_; // owned
-    bool made_ = true;        // by the engine; false after a switch to one of the caller's
+    bool made_ = true;        // the engine created buffer_; false: the caller did
     std::ostream *out_;       // borrowed, null means the standard output stream
     std::size_t size_ = 0;    // length of the match
 };
@@ -267,14 +268,15 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     void dump() const;
 
     cToken token_; // the current one
-    // The running counters: the differences between the offset and each counter.
+    // The running counters: the line, and for the others the difference between the offset and the
+    // counter.
     unsigned line_ = 1;
     unsigned line_start_ = 0;       // of the column
     unsigned uncounted_ = 0;        // of the position
     std::size_t before_places_ = 0; // of the offset in outer places
     bool return_ws_ = false;
     bool return_com_ = false;
-    bool watch_com_ = false; // comments are returned as tokens all the same
+    bool watch_com_ = false; // comments are tokens even without return_com_
     bool special_ = true;    // the next token needs a special case, or is watched
     bool watched_ = false;   // tokens need more than their fields: one of the next two, or places_
     bool literal_known_ = false; // the caller may hold a reference to literal_
@@ -314,12 +316,13 @@ class QRV_API cAttrScanner {
     // counters.
     void ungettoken() const;
     void ungettoken(cAttrLiteral const &token) const;
-    // Reads the next token; code 0 and no text at the end of input, repeatedly. Calls no yylex() of
-    // a derived lexer.
+    // Reads the next token; code 0 and no text at the end of input, repeatedly. Does not call the
+    // yylex() of a derived lexer.
     cToken const &next_token() const { return lexer_->next(); }
     // The current token; changes when the next one is read from any scanner on the stream.
     cAttrLiteral const &token() const;
-    // The same as a view. Costs nothing, whereas token() copies the text, also of all later tokens.
+    // The same as a view. Costs nothing. In contrast, after the first call of token() the text of
+    // each token is copied.
     cToken const &current() const { return lexer_->token_; }
 
     // Going back: drops pushed back tokens and look-ahead, clears the stream's state and seeks. A
@@ -337,7 +340,7 @@ class QRV_API cAttrScanner {
     void return_ws(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_com(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_all(bool on) const;
-    // From now on comments are returned as tokens also while return_com is off, to callers that
+    // From now on comments are returned as tokens even while return_com is off. So the callers must
     // skip them.
     void watch_comments() const;
     // If `on`, writes every token that is read as a line to the standard error stream. Returns the
