@@ -43,7 +43,7 @@ int main() {
         std::cout << error.what() << '\n';
     }
 
-    // Each failure is an exception that says where and what.
+    // Each failure is an exception that names the path and the reason.
     try {
         lamp.at("timer/days").get<int>();
     } catch (qrv::type_error const &error) {

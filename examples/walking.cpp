@@ -1,4 +1,4 @@
-// Walking: entries, values, whole trees, and changes on the way.
+// Iterating over entries, values and whole trees, and removing entries in the loop.
 #include "qrv/value.h"
 
 #include <iostream>
