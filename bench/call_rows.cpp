@@ -1,5 +1,5 @@
-// Calls by name of a function with one argument, which an object or its type has as a member,
-// beside a method call by the C interface of Lua: of a field of a table, and of its metatable.
+// Calls by name of a function with one argument, which is a member of the object or of its type,
+// compared with calls by the C interface of Lua of a field of a table and of its metatable.
 #include "bench/row.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"

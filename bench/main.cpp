@@ -6,8 +6,8 @@
 // qrv_bench WORK/SIZE              runs one round of the library alone, for callgrind: {entries}
 //
 // Each library runs in a separate process, whose heap no other library has used; the caller runs
-// them in turn. The memory of the first round is all memory of the work, since no earlier round has
-// used any.
+// them in turn. The first round shows all the memory that the work needs, since there was no
+// earlier round whose memory it could use again.
 #include "bench/data.h"
 #include "bench/row.h"
 
@@ -25,8 +25,8 @@ double cRound::processor_seconds() {
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-// The memory in use from the C library's allocator, with its headers, and all other writable pages.
-// So pages that a library maps itself, or does not return, are counted too.
+// The memory in use from the C library's allocator, including its headers, and all other writable
+// pages. So it includes pages that a library maps itself, or does not return.
 long long cRound::memory_in_use() {
     long long pages[6] = {}; // the last element: data and stack
     std::ifstream statm("/proc/self/statm");

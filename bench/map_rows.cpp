@@ -53,8 +53,8 @@ struct cOurs {
     std::size_t size() const { return hash.used(); }
 };
 
-// The peer. Its `erase` would move all following entries, so it uses the erasure that ignores the
-// order.
+// The peer. It uses the erasure that ignores the order, since `erase` would move all following
+// entries.
 struct cTheirs {
     cPeer map;
 

@@ -15,7 +15,7 @@
 // One round of one library: its measurements and its result.
 class cRound {
   public:
-    // Calls `work`, with the clock running and callgrind counting. Once in a round.
+    // Calls `work`, and measures its time, instructions and memory. Call it once in a round.
     template <class Work> void measure(Work const &work) {
         long long const memory = memory_in_use();
         double const start = processor_seconds();
@@ -55,7 +55,7 @@ struct cSide {
 struct cWork {
     std::string name;
     std::vector<std::string> sizes; // three, for counting; the last is at least 100 times the first
-    std::vector<std::string> timed; // those of them that are timed
+    std::vector<std::string> timed; // the sizes of rows that are timed
     std::vector<cSide> sides;       // ours first
 };
 

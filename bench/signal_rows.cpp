@@ -1,4 +1,5 @@
-// Signals: firing one with n slots, and connecting and disconnecting n slots, beside libsigc++.
+// Signals: firing one with n slots, and connecting and disconnecting n slots, compared with
+// libsigc++.
 #include "bench/row.h"
 #include "qrv/base/csignal.h"
 

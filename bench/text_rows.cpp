@@ -1,6 +1,5 @@
-// Trees and text: reading, writing, deep copies, destroying, and the memory of a tree, which is the
-// memory in use after reading it. Our text has many lines; the peers read compact JSON and write it
-// indented.
+// Trees and text: reading, writing, deep copies, destroying, and the memory that a tree uses after
+// it was read. Our text has many lines; the peers read compact JSON and write it indented.
 #include "bench/data.h"
 #include "bench/row.h"
 #include "qrv/containers/cmapobj.h"
@@ -144,7 +143,7 @@ cRounds copy_nlohmann(std::string const &text) {
     };
 }
 
-// The answer comes from the census, which shows that all objects of the tree are destroyed.
+// The answer is computed from the count of living objects, so it is wrong if an object remains.
 cRounds destroy_qrv(std::string const &text) {
     return [text](cRound &round) {
         auto const before = cObj::ob_count();

@@ -1,5 +1,5 @@
-// qrv::value beside the calls underneath: reading an int at a path of three keys, walking the
-// values of a vector, and building a tree from its innermost map.
+// qrv::value compared with the object system underneath: reading an int at a path of three keys,
+// walking the values of a vector, and building a tree from the inside out.
 #include "bench/row.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -24,7 +24,7 @@ cRounds get_by_path(int n) {
     };
 }
 
-// The objects that a map has under a key, and the int that an object has.
+// The object at a key of a map, and the int in an object.
 cObj *entry(cObj *object, std::string_view key) {
     if (!object || object->object_class() != cObjClass::map) return nullptr;
     cAttrNode const *const node = static_cast<cMapObj *>(object)->datamap().find(key);
@@ -77,7 +77,7 @@ cRounds walk_nodes(int n) {
     };
 }
 
-// {a= i; b= {a= i - 1; b= ... }}, and the sum of what is in it.
+// {a= i; b= {a= i - 1; b= ... }}. The answer is the sum of its ints.
 template <class Nest> cRounds build_inside_out(int n, Nest const &nest) {
     return [n, nest](cRound &round) {
         qrv::value tree;

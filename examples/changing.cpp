@@ -32,7 +32,7 @@ int main() {
     height.assign(14);
     std::cout << site.at("rack/height") << '\n';
 
-    // Entries of another map are added, or replace those that are there.
+    // Containers with the same key are merged, other values are added or replaced.
     site.merge(qrv::parse("{ rack= {row= 3; }; hosts= [delta]; }"));
     std::cout << site.at("rack/row") << ' ' << site["hosts"] << '\n';
 }

@@ -57,7 +57,7 @@ void optional_value() {
 }
 
 void required_value() {
-    int const watts = lamp().at("watts").get<int>(); // throws where it is missing or no int
+    int const watts = lamp().at("watts").get<int>(); // throws if it is absent or not an int
     std::cout << watts << '\n';
 }
 
@@ -195,7 +195,7 @@ struct Fan {
 QRV_DESCRIBE(Fan, speed, mode)
 
 void defaults_for_a_struct() {
-    qrv::value v = Fan(); // all members, so none is missing
+    qrv::value v = Fan(); // an entry for each member, with its default
     v.merge(qrv::parse("{ mode= night; }"));
     Fan const fan = v.get<Fan>();
     std::cout << fan.speed << ' ' << fan.mode << '\n';
@@ -238,7 +238,7 @@ Task const tasks[] = {
 
 int main(int argc, char **argv) {
     cat::use_console();
-    // Where the files go.
+    // The folder of the files that are written.
     if (std::filesystem::is_directory("build")) std::filesystem::current_path("build");
     for (Task const &task : tasks) {
         if (argc > 1 && std::string_view(argv[1]) != task.name) continue;

@@ -15,7 +15,7 @@ std::string read(char const *name) {
 
 int main() {
     cat::use_console();
-    // Where the files go.
+    // The folder of the files that are written.
     if (std::filesystem::is_directory("build")) std::filesystem::current_path("build");
 
     write("lamp.attr", "{ // in the hall\n"

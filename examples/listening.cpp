@@ -17,6 +17,6 @@ int main() {
         limits.erase("low");
         limits.clear();
     }
-    limits["high"] = 10; // nobody listens any more
+    limits["high"] = 10; // the connection has ended
     std::cout << limits << '\n';
 }

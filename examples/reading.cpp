@@ -20,7 +20,7 @@ int main() {
     std::cout << lamp.get_or("timer/days/1", "none") << '\n';
     std::cout << lamp.get_or("timer/lamp", 12.5) << '\n';
 
-    // Nothing there, and nothing in it, are two different answers.
+    // An absent entry is different from one that holds #nil.
     if (!lamp.find("dimmer")) std::cout << "no dimmer\n";
     if (lamp.at("spare").is_nil()) std::cout << "no spare\n";
 
@@ -43,7 +43,7 @@ int main() {
         std::cout << error.what() << '\n';
     }
 
-    // Each failure is an exception that says where and what.
+    // Each failure is an exception that names the path and the reason.
     try {
         lamp.at("timer/days").get<int>();
     } catch (qrv::type_error const &error) {

@@ -1,5 +1,5 @@
-// Six tasks that most programs have: reading with all errors, values with defaults, changes,
-// iterating, building, writing. Usage: tasks FILE NEW_FILE
+// What most programs do: reading with all errors, values with defaults, changes, iterating,
+// building, writing. Usage: tasks FILE NEW_FILE
 #include "qrv/value.h"
 
 #include <iostream>

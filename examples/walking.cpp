@@ -1,4 +1,4 @@
-// Walking: entries, values, whole trees, and changes on the way.
+// Iterating over entries, values and whole trees, and removing entries in the loop.
 #include "qrv/value.h"
 
 #include <iostream>
@@ -25,12 +25,12 @@ int main() {
         if (count == 0) stock.erase(part);
     std::cout << stock << '\n';
 
-    // Values alone, and the sum of them.
+    // The values alone.
     int sum = 0;
     for (qrv::value const &count : stock) sum += count.get<int>();
     std::cout << sum << '\n';
 
-    // A range owns what it walks, so that a temporary is fine.
+    // A range shares its container, so that a temporary is fine.
     for (qrv::value const &word : qrv::parse("[one, two]")) std::cout << word << '\n';
 
     print(qrv::parse("{ a= {b= 1; c= x; }; d= y; }"), "");

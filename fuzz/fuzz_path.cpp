@@ -6,8 +6,9 @@
 //   - the tree can be written; if no value was omitted, reading it causes no error and writing it
 //     again gives the same text, except for declarations in the text. (Assigning to a value of a
 //     set can make it equal to another one, which reading then drops; so a tree with sets is
-//     written once more.) The first byte selects the form, force, the value, and whether errors are
-//     thrown.
+//     written once more.)
+//
+// The first byte selects the form, force, the value, and whether errors are thrown.
 #include "fuzz/fuzz_support.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ceros.h"

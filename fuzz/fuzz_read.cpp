@@ -3,7 +3,9 @@
 //   - afterwards reader and writer are idle, and no counted object remains;
 //   - each error has a position in the text;
 //   - the result can be written; if no value was omitted, reading it causes no error and writing it
-//     again gives the same text. The first byte selects whether comments are preserved.
+//     again gives the same text.
+//
+// The first byte selects whether comments are preserved.
 #include "fuzz/fuzz_support.h"
 
 #include <cstddef>

@@ -6,12 +6,13 @@
 //   - without white space and comments the other tokens are the same, also if the stream returns
 //     its characters in pieces or one by one;
 //   - a token that is pushed back is returned again; after going back to a token of the first line,
-//     the rest is;
+//     that token and all later ones are returned again;
 //   - a token's text alone is scanned as the same token, if the input is short;
-//   - the former scanner returns the same tokens and leaves the same stream after any operations
-//     between tokens, also in memory and in pieces;
-//   - tokens from tkInt to tkIdent create an object of their kind, or none. The first byte selects
-//     the size of the pieces and the token to go back to.
+//   - the former scanner returns the same tokens and leaves the stream in the same state, also if
+//     other operations happen between tokens, in memory and in pieces;
+//   - tokens from tkInt to tkIdent create an object of their kind, or none.
+//
+// The first byte selects the size of the pieces and the token to go back to.
 #include "fuzz/fuzz_support.h"
 #include "tests/text/scan_compare.h"
 #include "tests/text/scan_support.h"
@@ -46,7 +47,7 @@ void expect_same(char const *what, cTokens const &a, cTokens const &b) {
     if (!equal) fuzz::stop(what, shown(a), shown(b));
 }
 
-// A byte of 0 is a token with the code of the end, but has text.
+// A byte of 0 is a token with the code of the end, but unlike the end it has text.
 bool next(test::Scan const &scan, cAttrLiteral &token) {
     return scan.gettoken(token) != tkEof || !token.text.empty();
 }
@@ -111,7 +112,8 @@ cTokens bare_tokens(std::istream &in, unsigned push_back_each) {
     return tokens;
 }
 
-// From a token before the first line end; after one, going back is known to be inexact.
+// Goes back to a token before the first line end; going back over a line end is known to be
+// inexact.
 void go_back(std::string const &text, cTokens const &bare, std::size_t to) {
     if (to >= bare.size() || bare[to].line != 1) return;
     std::istringstream in(text);

@@ -30,7 +30,7 @@ namespace fuzz {
     std::abort();
 }
 
-// Encloses the work on one input. The first one creates the core, with all its types.
+// A guard around the work on one input. The first one creates the core, with all its types.
 class cInput {
   public:
     cInput() : census_(census()), types_(std::in_place) {}

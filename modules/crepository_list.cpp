@@ -1,8 +1,9 @@
 // The open-addressed table of a repository list, and the ring of its entries.
 //
-// A cell moves only like this:  0 --insert--> entry --~cRepositoryEntry--> 1 --insert--> entry Only
-// a rebuild, which starts a new array, creates zeros again. A search stops at 0 and skips 1. It
-// visits no cell twice, since the size is a prime and the step is smaller.
+// A cell moves only like this:  0 --insert--> entry --~cRepositoryEntry--> 1 --insert--> entry
+//
+// Only a rebuild, which starts a new array, creates zeros again. A search stops at 0 and skips 1.
+// It visits no cell twice, since the size is a prime and the step is smaller.
 //
 // Rules, checked by broken_rule():
 //   R1  each entry e on the ring: e.next.prev is e, and the ring comes back to its head

@@ -26,9 +26,10 @@ import bench_tool
 from bench_results import Row
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-# The rows whose first round also measures memory, and the name of that row.
+# The rows whose first round also measures memory, and the names of the rows that show it.
 MEMORY = {"read/1M": "memory/1M", "map_ints/100000": "memory/map_ints"}
-WRITTEN = ["bench/RESULTS.md", "bench/chart.svg", "README.md"]  # by this program: their changes don't count
+# Files that this program writes, so their changes don't mark the commit as changed.
+WRITTEN = ["bench/RESULTS.md", "bench/chart.svg", "README.md"]
 LEAST_ROUNDS = 5
 
 
@@ -44,7 +45,7 @@ def timed_rows(program):
 
 
 class Side:
-    """A library that works on a row, in a separate process. `first` is the output of the first round."""
+    """A library that runs the rounds of a row in a separate process. `first` is the output of the first round."""
     def __init__(self, *command):
         self.process = subprocess.Popen([str(part) for part in command], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                         text=True)
@@ -75,7 +76,7 @@ def sides_of(program, name, libraries, folder):
 
 
 def measure(program, name, libraries, folder, rounds):
-    """The row, and where its first round shows the memory of a whole structure, the row of that."""
+    """The row of the times, and for a row in MEMORY also the row of the memory."""
     sides = sides_of(program, name, libraries, folder)
     for _ in range(rounds):
         for side in sides.values():

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Draws bench/chart.svg from the newest run in bench/RESULTS.md and puts its numbers into README.md.
 
-Usage: bench_chart.py [--check]; with it nothing is written, and the result is 1 if the three don't agree.
+Usage: bench_chart.py [--check]; with --check it writes nothing, and exits with 1 if the three files don't agree.
 """
 import html
 import pathlib

@@ -8,7 +8,8 @@ reads a flat map of up to 10,000,000 keys, in some minutes and 4 GB of memory. W
 the functions that need most instructions of that row, in the form of bench/unmet.txt.
 Usage: bench_count.py PROGRAM [--rows REGEX | --large] [--save FILE] [--against FILE]
        bench_count.py PROGRAM --profile ROW
-Exits with 1 if a row needs over 1 % more than the stored count or grows, with 2 if it could not count.
+Exits with 1 if a row needs over 1 % more than the stored count or its instructions for each entry grow, with 2 if
+it could not count.
 """
 import argparse
 import concurrent.futures
@@ -25,7 +26,7 @@ import bench_judge
 
 MOST_PERCENT = 1.0
 LARGE = {"work": "read", "sizes": ["100000", "1000000", "10000000"]}
-PROFILED_PERCENT = 75  # of the instructions; the other functions need little each
+PROFILED_PERCENT = 75  # a profile lists the functions that need this share of the instructions
 
 
 def output_of(command, **options):
@@ -46,7 +47,7 @@ def run(program, row, stored="/dev/null"):
         [shutil.which("valgrind") or "valgrind", "--tool=callgrind", "--instr-atstart=no", f"--callgrind-out-file={stored}",
          f"./{program.name}", row],
         # The lengths of the path and of the environment shift the stack, and some copies depend on its alignment.
-        # A symbol that is bound at its first call would count in that round.
+        # Without LD_BIND_NOW the round would include the binding of symbols at their first call.
         cwd=program.parent, env={"LD_BIND_NOW": "1"},
     )
 

@@ -1,4 +1,4 @@
-"""What including qrv/value.h costs, compared with nlohmann/json.hpp, for bench.py: processor time of g++ for a source
+"""Compares what including qrv/value.h and nlohmann/json.hpp costs, for bench.py: processor time of g++ for a source
 that includes nothing else, without generating code.
 """
 import pathlib

@@ -38,9 +38,10 @@ MUST = {
     "call_own/10000": 1.5,
     "call_type/10000": 1.5,
 }
-# For each entry, of what read/1M and map_ints/100000 leave in memory; for each byte of the file, of the tool's commands.
+# The largest permitted number of bytes: in memory for each entry that read/1M and map_ints/100000 create, and the peak
+# memory of the tool's commands for each byte of the file.
 MUST_BYTES = {"memory/1M": 230, "memory/map_ints": 200, "tool_memory/10M": 20}
-# Instructions for each entry at the largest of three sizes, in those at the smallest.
+# The largest permitted ratio of the instructions for each entry at the largest size to those at the smallest.
 MUST_GROWTH = 1.4
 
 LEAST_PERCENT = 50
@@ -48,7 +49,7 @@ PROFILE = re.compile(r"\s+(\d+\.\d+) %  \S")
 
 
 def read_unmet(path=UNMET):
-    """{row: the percentages of its profile}; ValueError for lines of another form."""
+    """{row: the percentages of its profile}. Raises ValueError for lines of another form."""
     rows = {}
     for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
         if not line.strip() or line.startswith("#"):

@@ -36,7 +36,7 @@ class Row:
     peer: float
     which: str
     further: dict  # {library: its time}
-    before: float | None = None  # the ratio of the previous run
+    before: float | None = None  # the ratio in the previous run
 
     @property
     def ratio(self):

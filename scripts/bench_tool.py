@@ -1,4 +1,4 @@
-"""The tool's commands compared with `jq .` on the same tree as JSON, for bench.py: processor time and peak memory of
+"""Compares the tool's commands with `jq .` on the same tree as JSON, for bench.py: processor time and peak memory of
 whole processes.
 
 tool_get/10M and similar rows are times. tool_memory/10M is the peak memory of a command, in bytes for each byte of
@@ -22,7 +22,7 @@ def entries_in(tree):
 
 
 def path_in(tree):
-    """The keys to a value that has no entries."""
+    """The keys of the path to a value that has no entries."""
     keys = []
     while isinstance(tree, dict) and tree:
         keys.append(next(reversed(tree)))

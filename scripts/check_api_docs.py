@@ -11,8 +11,8 @@ signature decides which questions there are, and a word in the comment answers t
              shares, copies, clones, owns, borrows, keeps, lives, new object, belongs
   cost       of a function that is not noexcept: O(...)
 
-"As value::set()", "as for load()", "as those of the value" and "the same" take the answers from there.
-Not asked about: destructors, what is defaulted or deleted, constructors of exceptions, the namespace detail.
+"As value::set()", "as for load()", "as those of the value" and "the same" answer all questions.
+It skips destructors, defaulted and deleted functions, constructors of exceptions, and the namespace detail.
 Usage: check_api_docs.py [FILE...]; without files include/qrv/value.h and include/qrv/value/*.h.
 Prints a line for each function, with the questions; exits with 1 if there is one.
 """
@@ -87,7 +87,7 @@ class Header:
         self.lines = text.split("\n")
         self.scopes = [Scope("file")]
         self.comment, self.column, self.at = "", -1, 0
-        self.last = None  # the declaration before, which the comment after it may belong to
+        self.last = None  # the previous declaration, whose comment may follow it
         self.functions = []  # [line, signature, comment]
 
     def read(self):

@@ -15,7 +15,7 @@ These need no comment, since the declaration says what a caller must know:
 The headers of qrv::value are left to check_api_docs.py, which asks more of their comments.
 
 Macros are not expanded: a header is split into declarations at its braces and semicolons.
-Usage: check_comments.py [ROOT]. Silent and 0 when there is nothing to report, else one line for each function and 1.
+Usage: check_comments.py [ROOT]. Silent and 0 if all have comments, else one line for each function and 1.
 """
 import pathlib
 import re
@@ -24,20 +24,20 @@ import sys
 LITERAL = re.compile(r'"((?:\\.|[^"\\\n])*)"' r"|(?<!\w)'((?:\\.|[^'\\\n])+)'")
 COMMENT = re.compile(r"//[^\n]*|/\*.*?\*/", re.DOTALL)
 DIRECTIVE = re.compile(r"^[ \t]*#(?:[^\n]*\\\n)*[^\n]*", re.MULTILINE)
-# What divides the inside of a class or a namespace into blocks.
+# Divides the inside of a class or a namespace into blocks.
 SEPARATOR = re.compile(r"\n[ \t]*\n|^[ \t]*(?:public|private|protected):", re.MULTILINE)
 LABEL = re.compile(r"\s*(public|private|protected)\s*:(?!:)")
 SCOPE = re.compile(r"(?:inline |typedef )*(namespace|class|struct|union|enum)\b\s*([\w:]*)")
 NESTED = re.compile(r"<[^<>]*>|\{[^{}]*\}")
 NO_FUNCTION = re.compile(r"(?:using|typedef|concept|static_assert|extern template|template class)\b|.*\bfriend\b")
-# What has parentheses and is not the list of parameters.
+# Parentheses that are not those of the parameters, and other parts that are not in the name or the type.
 DECORATION = re.compile(r"\b(?:explicit|noexcept|requires|alignas|decltype|QRV_PRINTF) ?\(|\[(?=\[)|\bQRV_API\b")
 NAME = re.compile(r"((?:\w+\s*::\s*)*(?:operator\s*(?:\(\s*\)|[^(]+)|~?\w+))\s*\((?!\s*\*)")
 HANDLE = re.compile(r"\*|ref\b|\bcRef\b|_ptr\b")
 
 
 def blanked(text, pattern):
-    """The text with blanks instead of what matches; line ends stay."""
+    """The text with blanks in place of each match; line ends stay."""
     return pattern.sub(lambda found: re.sub(r"[^\n]", " ", found[0]), text)
 
 

@@ -63,7 +63,7 @@ class Text:
 
 
 def paragraphs(numbered, begins_new):
-    """Texts of lines whose numbers follow each other; begins_new(line) separates."""
+    """Texts of consecutive lines; a line for which begins_new(line) is true begins a new text."""
     text, last = Text(), None
     for number, line in numbered:
         if last is not None and (number != last + 1 or begins_new(line)):
@@ -103,7 +103,7 @@ def block_comments(lines):
 
 
 def docstrings(lines):
-    """Lines of strings in three quotes that begin a line; others are data."""
+    """Lines of docstrings: strings in three quotes at the beginning of a line. Others are data."""
     inside = wanted = False
     for number, line in enumerate(lines, 1):
         quotes = line.count('"""')
@@ -124,7 +124,7 @@ def page_lines(lines):
 
 
 def strings(lines, mark):
-    """The string literals of a source, each a text of its line."""
+    """The string literals of a source, each as a text with its line."""
     for number, line in enumerate(lines, 1):
         comment = cut_code(line, mark)
         code = line if comment is None else line[:len(line) - len(comment)]
@@ -133,7 +133,7 @@ def strings(lines, mark):
 
 
 def texts_of(name, lines):
-    """All texts of one file, in which phrases are looked for."""
+    """All texts of one file that are searched for phrases."""
     suffix = pathlib.PurePosixPath(name).suffix
     separate = re.compile(r"^\s*(?:$|[-*|]\s|\d+\.\s|#)").match
     if suffix == ".md":
@@ -160,7 +160,7 @@ def texts_of(name, lines):
 
 
 def fixed_texts(root):
-    """What is never reworded."""
+    """The fixed texts, which are never reworded."""
     fixed = set()
     codes = root / "diagnostics/cerr_codes.h"
     if codes.exists():

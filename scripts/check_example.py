@@ -2,7 +2,7 @@
 """Runs an example and compares its output with the file next to its source, byte for byte.
 
 The program runs in an empty temporary folder, so it may write files there. It must end with status 0
-and leave standard error empty, where a sanitizer would write its findings.
+and write nothing to standard error, where a sanitizer would report its findings.
 Usage: check_example.py PROGRAM EXPECTED [ARGUMENTS...]. 0 on success, else 1 and the differences.
 """
 import difflib

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Compiles each public header alone, with both compilers: a header includes all that it needs.
+# Compiles each public header alone, with both compilers: a header must include all that it needs.
 # Usage: check_headers.sh [-j JOBS] [ROOT]
 set -u
 jobs=$(nproc)

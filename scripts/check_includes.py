@@ -8,15 +8,15 @@ to core. Files of one folder may include each other. Beyond that:
   - only base/platform/ includes headers of the operating system; other folders include only those
     of the standard library;
   - public headers include public headers, qrv/qrv.h all of them, and all included files exist;
-  - the tool includes public headers and its own; in tools/qrv its rooms are layers, too, and main.cpp
-    is above them.
+  - the tools include public headers and their own; the folders of tools/qrv, its rooms, are layers too,
+    and main.cpp is above them.
 Usage: check_includes.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.
 """
 import pathlib
 import re
 import sys
 
-# Low to high. "" is what lies in include/qrv/ itself, but for qrv.h, which includes all the others, and
+# Low to high. "" has the headers directly in include/qrv/, except qrv.h, which includes all others, and
 # value.h, which includes those of value.
 LAYERS = [
     "",
@@ -75,7 +75,7 @@ def includes(file):
 
 
 def judge_system(name, header):
-    """What is wrong with <header> in the file `name`, or nothing."""
+    """What is wrong with `#include <header>` in the file `name`, or nothing."""
     if header == "iostream" and name != "start/startup.cpp":
         return (
             "only start/startup.cpp includes <iostream>; take <ostream>, <istream> or <sstream>, "
@@ -87,7 +87,7 @@ def judge_system(name, header):
 
 
 def judge_own(root, name, header, public):
-    """What is wrong with "header" in the file `name`, or nothing."""
+    """What is wrong with `#include "header"` in the file `name`, or nothing."""
     is_public = header.startswith("qrv/")
     target = header[4:] if is_public else header
     if not (root / "include" / header if is_public else root / header).is_file():
@@ -116,7 +116,7 @@ def check_library(root):
             continue
         for line, kind, header in includes(file):
             if kind is None and name == "ccomp.h":
-                continue  # a header that does not exist stops the compilers of old standards
+                continue  # includes a header that does not exist, to stop compilers of old standards
             if kind is None:
                 wrong = f"write #include, a blank and the header, instead of: {header}"
             elif kind == "<":
@@ -146,7 +146,7 @@ def room(path):
 
 
 def judge_room(name, header):
-    """What is wrong with "header" in the file `name` of a tool, or nothing."""
+    """What is wrong with `#include "header"` in the file `name` of a tool, or nothing."""
     own, other = room(name), room(header)
     if own is None or other is None or other <= own:
         return None

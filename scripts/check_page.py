@@ -5,8 +5,8 @@ Every block marked `console` has commands, each after "$ ", followed by its comp
 one folder that contains the examples; a block is one shell, so that later commands see the variables of
 earlier ones. `./dev run` stands for the built tool, `./dev watchdog` and `./dev example NAME` for the
 programs next to it, and build/dev/bin for their folder. A program may be called by its path only after the
-command that builds it, and no command may leave a file outside build/. Every block marked `cpp` is an
-exact part of a program in examples/, with less indent perhaps.
+command that builds it, and no command may leave a file outside build/. Every block marked `cpp` must be an
+exact part of a program in examples/, but may be indented less.
 Usage, from the root: check_page.py PAGE TOOL. 0 on success, 1 with a diff of the differences.
 """
 import difflib

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Checks that the files and folders exist that pages (*.md) and comments of code name.
+"""Checks that files and folders exist if pages (*.md) or comments of code name them.
 
 A word is looked up when it is
   - a path that begins with a folder at the top of the sources or with qrv/: core/cobj.cpp, text/scan/;
   - any other path with the suffix of a source or a page, so that one in a removed folder is found;
-  - on pages a folder in backquotes: `scan/`. It may be anywhere;
-  - the name of a file in backquotes: `cobj.cpp`, `read/cattrscan.h`. It may be anywhere.
+  - on pages a folder in backquotes, `scan/`, which may be in any folder;
+  - the name of a file in backquotes, `cobj.cpp`, `read/cattrscan.h`, which may be in any folder.
 A path is relative to the top or to the file that names it. *, {a,b} and <name> stand for several;
 core/cobj stands for core/cobj.cpp too. Text in fences and strings of code is ignored.
 Usage: check_paths.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.

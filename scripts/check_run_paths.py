@@ -3,8 +3,9 @@
 
 An element of a run path must be absolute or begin with $ORIGIN/, and no other user may be able to put a
 file there: the loader executes what it finds. An empty element means the current folder.
-Usage: check_run_paths.py FOLDER... Every ELF file below the folders is read, and the link options of every
-build.ninja. 1 with a line for each faulty element, or if there is nothing to check.
+It reads every ELF file below the folders, and the link options of every build.ninja.
+Usage: check_run_paths.py FOLDER... Exits with 1 after a line for each faulty element, and if it finds nothing
+to check.
 """
 import os
 import pathlib
@@ -25,7 +26,7 @@ def open_to_others(folder):
 
 
 def fault(element, origin):
-    """What is wrong with an element, or None. `origin` may be None: unknown yet."""
+    """What is wrong with an element, or None. `origin` may be None, as long as it is unknown."""
     if not element:
         return "is empty"
     if element == "$ORIGIN" or element.startswith("$ORIGIN/"):

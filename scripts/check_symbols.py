@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Checks the symbol references of the library: like includes, they only go down.
 
-A pair is an object file and a symbol that it uses and an object file of a higher layer defines
-(nm's T, D, B or R). Weak symbols don't count: inline functions and templates are defined in each
+A pair is a source and a symbol that the source uses and a source of a higher layer defines (nm's T, D,
+B or R). Weak symbols don't count: inline functions and templates are defined in each
 object that uses them. The layers are those of check_includes.py.
-scripts/upward_symbols.txt lists the permitted pairs, each with its reason; a listed pair that does
-not exist any more is a mistake too, and so are more than 12.
+scripts/upward_symbols.txt lists the permitted pairs, at most 12, each with its reason. A listed pair that
+does not exist any more is a mistake too.
 Usage: check_symbols.py [--list FILE] OBJECT..., the library's object files, whose paths name the source
 after "qrv_objects.dir/". Silent and 0 on success, else one line for each mistake and 1.
 """
@@ -26,7 +26,7 @@ def symbols(file):
 
 
 def upward_pairs(objects):
-    """Where each upward pair's symbol is defined, by (source, symbol)."""
+    """{(source, symbol): the source that defines the symbol} of each upward pair."""
     defined, used = {}, []
     for file in objects:
         source = str(pathlib.PurePath(file.removesuffix(".o").rpartition("qrv_objects.dir/")[2]))
@@ -51,7 +51,7 @@ def readable(names):
 
 
 def read_list(file):
-    """(source, symbol) of each permitted pair, with its line: source, symbol and reason, separated by tabs."""
+    """{(source, symbol): line number} of the permitted pairs: lines of source, symbol and reason, separated by tabs."""
     wanted = {}
     for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
         if not line.strip() or line.startswith("#"):

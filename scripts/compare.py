@@ -8,7 +8,7 @@ Builds the library of REVISION (default: the last commit) in a work tree below b
 program tests/reference with both libraries, runs both on the seeds, and compares the transcripts:
 results, errors and messages, the written bytes, the structure and the order of values, and every call of
 user code. For each mode that differs it shows one seed, with its input and the lines that differ, and
-exits with 1. --with names other sources, which are built already.
+exits with 1. --with names a folder of other sources whose library is built already.
 
 The library of this folder must have been built with the preset, as ./dev compare does.
 """
@@ -133,7 +133,7 @@ def shortest(states, mode, seeds, first):
     for seed in seeds[:40]:
         start = seed
         both = [state.transcript(mode, start, seed) for state in states]
-        if both[0] == both[1]:  # it depends on earlier seeds
+        if both[0] == both[1]:  # the difference depends on earlier seeds
             start = first
             both = [state.transcript(mode, start, seed) for state in states]
         if best is None or len(both[0]) + len(both[1]) < sum(map(len, best[2])):

@@ -1,8 +1,8 @@
 #!/bin/bash
 # Compares the strong exported symbols of the library (demangled, sorted) with cmake/exports.txt, so that
 # changes are noticed. Weak symbols, that is inline functions and templates, are ignored, since they
-# depend on the optimiser. A library with link-time optimisation has only strong symbols: then the
-# objects from which it was linked determine which ones count.
+# depend on the optimiser. Link-time optimisation makes all symbols strong: then only those are compared
+# that are strong in ARCHIVE, the objects from which the library was linked.
 # Usage: exports.sh [--write] [--objects ARCHIVE] LIBRARY [FILE]
 set -euo pipefail
 write='' objects=''

@@ -4,10 +4,10 @@
 usage: json_trips.py [--tool PROGRAM] [--documents N] [--seed N] [FILE...]
 
 from-json and to-json convert each FILE, N generated documents in arrays of a thousand, and some
-documents with integers of any length. The result must have the same values, the same keys in the same
+documents with integers of any length. The JSON at the end must have the same values, the same keys in the same
 order, and the same numbers; the sign of -0.0 counts, and a bool is not a number. Files with integers that
 a double cannot represent must be rejected; with --big=string and --big=double these must become strings
-and rounded numbers. The result must convert to the same file again, and --compact and --integers must
+and rounded numbers. The JSON at the end must convert to the same file again, and --compact and --integers must
 give the same values.
 
 N is $QRV_DOCUMENTS, or 500. The exit code is 1 if there is a difference; the first difference of each

@@ -1,7 +1,7 @@
 #!/bin/bash
 # All checks that do not run the program, one after the other; each prints its findings.
 # Usage: lint.sh [JOBS], from the root, with build/lint configured (clang-tidy reads the commands
-# there). Exits with 1 if one of them failed, after all of them ran.
+# there). It always runs all checks, and exits with 1 if one of them failed.
 set -u
 jobs=${1:-$(nproc)}
 failed=()

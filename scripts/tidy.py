@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Runs clang-tidy on sources, many of a folder at once.
 
-Most of the time of a run goes into the headers, so one run includes up to GROUP sources of a folder. A
-group that clang-tidy finds fault with, which includes that its sources use a name twice, is checked again
-in halves: a finding is always that of the source alone. Sources with a using declaration or a namespace
-alias are alone from the start, since the use of such a name in one hides that another does not need it.
-Usage: tidy.py [-j JOBS] FOLDER FILE..., from the root. FOLDER has compile_commands.json, and is where the
-groups are written. 1 when a source has findings, which are printed.
+A run needs most of its time for the headers, so one run checks up to GROUP sources of a folder. If
+clang-tidy has findings in a group, or cannot compile it since two sources define the same name, each half
+is checked again, down to single sources: a finding is always one in a source alone. Sources with a using
+declaration or a namespace alias are checked alone from the start: in a group, another source could use
+the name, which hides that this one does not.
+Usage: tidy.py [-j JOBS] FOLDER FILE..., from the root. FOLDER has compile_commands.json, and tidy.py
+writes the groups there. Exits with 1 if a source has findings, which it prints.
 """
 import concurrent.futures
 import json
@@ -22,14 +23,14 @@ HIDES_UNUSED = re.compile(r"^\s*(using\s+[\w:]+\s*;|namespace\s+\w+\s*=)", re.MU
 
 
 def flags_of(entry):
-    """The compiler and what it is called with, without the names of files."""
+    """The compiler and its options, without the names of files."""
     words = shlex.split(entry["command"])
     words = words[: words.index("-o")]
     return tuple(word for word in words if word != "-c")
 
 
 def groups_of(files, commands):
-    """Lists of files that one run can check."""
+    """Lists of files, one for each run."""
     alone, groups = [], {}
     for file in files:
         if file not in commands or HIDES_UNUSED.search(pathlib.Path(file).read_text()):

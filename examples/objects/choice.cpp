@@ -21,8 +21,8 @@ void show(char const *what, objref const &machine) {
 } // namespace
 
 int main() {
-    sig_idle();              // the start-up text has no reader and goes
-    cConsoleDisplay display; // from here on std::cout and std::cerr are seen
+    sig_idle();              // discards the start-up text
+    cConsoleDisplay display; // from here on shows std::cout and std::cerr
 
     // The type holds the choices; once registered, it can be named in text.
     auto const type = make<cTypeObj>(&cat::typetype_choice(), "Mode", nullptr);
@@ -38,7 +38,8 @@ int main() {
     *(*machine)["mode"] = *cat::of("no such mode");
     show("assigned ", machine);
 
-    // Changes through the type update its values: they get the same key, or the first one.
+    // Changes through the type update its values: each gets the choice with its key, or else the
+    // first choice.
     (*type)["fast"] = cat::of(60);
     show("changed  ", machine);
     cObj::readobj("{ fast=55; off=0; }", fewer);

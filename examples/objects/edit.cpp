@@ -16,7 +16,7 @@ int main(int argc, char **argv) {
     cConsoleDisplay display;
     cat::ExactText exact; // every digit that was read is written
 
-    // file2obj would read it too, without the comments.
+    // file2obj would also read the file, but without its comments.
     std::ifstream file(argc == 2 ? argv[1] : "");
     cAttrScan scan(file, true);
     scan.return_com(true);

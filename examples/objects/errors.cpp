@@ -1,5 +1,5 @@
-// One operation that fails; its error is printed, thrown, or forgiven. The code that detects an
-// error composes it and sends it over a signal; the handler decides, by masks on the code.
+// One operation that fails; its error is printed, thrown, or forgiven. The function that detects an
+// error sends it over a signal; the handler decides what happens, by masks on the error's code.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ceros.h"
@@ -26,7 +26,7 @@ int main() {
     settings["volume"] = cat::of(7);
     settings.setflags(of_const_keys); // no new keys from here on
 
-    // Printed: the default. The result shows the failure, too.
+    // Printed, which is the default. The result shows the failure too.
     add_colour(settings);
 
     // Thrown, from inside the operation.
@@ -37,7 +37,8 @@ int main() {
         std::cout << "caught " << std::hex << error.code() << std::dec << '\n';
     }
 
-    // Forgiven: not reported, and the caller continues, but without the key.
+    // Forgiven, and not printed: the caller continues as after a success, but the key is not
+    // stored.
     cat::errhandler().throw_mask(0);
     cat::errhandler().silent_mask(every_error);
     cat::errhandler().clear_mask(every_error);

@@ -27,8 +27,8 @@ void tell_upwards(cObj &map) {
 } // namespace
 
 int main() {
-    sig_idle();              // the start-up text has no reader and goes
-    cConsoleDisplay display; // from here on std::cout is seen
+    sig_idle();              // discards the start-up text
+    cConsoleDisplay display; // from here on shows std::cout
 
     objref house;
     cObj::readobj("{attic= {heat= 9; }; cellar= {heat= 6; boiler= {bar= 1.5; }; }; }", house);

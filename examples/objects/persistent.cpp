@@ -16,13 +16,13 @@
 namespace {
 void run(char const *who) {
     cPersistentMap kept("persistent_example.attr", true); // true: with the comments of the file
-    cMapObj &map = kept.busmap();                         // empty when there is no file yet
+    cMapObj &map = kept.busmap();                         // empty if the file does not exist
     int runs = 0;
-    cat::int_of(map["runs"], runs); // stays 0 when there is no such entry
+    cat::int_of(map["runs"], runs); // stays 0 if the entry does not exist
     map["runs"] = cat::of(++runs);
     map["last"] = cat::of(who);
     std::cout << "run " << runs << " by " << who << '\n';
-} // saved here: even after a crash the file is complete, old or new
+} // saves the file, which is complete even after a crash: the old one or the new one
 } // namespace
 
 int main(int, char **argv) {

@@ -28,9 +28,9 @@ int main(int argc, char **argv) {
     std::string const file = argc > 1 ? argv[1] : "traces.log";
 
     trace("");                    // as at the start: no channel writes
-    trace("net");                 // the channels whose names begin so, to cerr
+    trace("net");                 // the channels whose names begin with it, to cerr
     trace("+store:cout," + file); // another channel too, to two streams
-    trace("-net");                // no longer that one
+    trace("-net");                // without that one
     trace("");                    // none
 
     std::cout << "-- the file\n" << cat::file2string(file.c_str());

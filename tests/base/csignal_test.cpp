@@ -342,7 +342,7 @@ void fire_list(cSigInfo const &info, char const *format, ...) {
     std::va_list args;
     va_start(args, format);
     info(format, args);
-    info(format, args); // the list is still unread
+    info(format, args); // the first call has read a copy
     va_end(args);
 }
 

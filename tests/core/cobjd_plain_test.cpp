@@ -1,5 +1,5 @@
-// Objects from plain values and back: the types that cat::of accepts, the range of values, and the
-// results of number_of and text_of. And objects that only claim to be scalars.
+// Objects from plain values and back: the types that cat::of accepts, the range of values, the
+// results of number_of and text_of, and objects that have a scalar type without such a value.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/citerobj.h"
@@ -52,7 +52,7 @@ static_assert(!becomes_object<void (*)()> && !becomes_object<int cIterObj::*>);
 static_assert(!becomes_object<decltype([] {})> && !becomes_object<std::ostringstream &>);
 static_assert(!becomes_object<std::optional<int>>);
 
-// A cursor is a bool where one is tested, and nowhere else.
+// A cursor converts to bool in a condition, but not in a calculation.
 template <class A, class B> constexpr bool adds = requires(A a, B b) { a + b; };
 template <class A, class B> constexpr bool subtracts = requires(A a, B b) { a - b; };
 template <class A, class B> constexpr bool less = requires(A a, B b) { a < b; };

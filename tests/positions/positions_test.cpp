@@ -1,6 +1,7 @@
 // The position at which `check` reports the first error of a file in which one token was deleted,
-// doubled or changed, and the number of errors. All in one process. QRV_POSITIONS=1 tests every
-// token of the examples and 2,000 generated files, otherwise a sample.
+// doubled or changed, and the number of errors. Everything runs in one process. With
+// QRV_POSITIONS=1 every token of the examples and of 2,000 generated files is tested, otherwise a
+// sample.
 
 #include "tests/mutation/generated.h"
 #include "tests/mutation/spoilt.h"

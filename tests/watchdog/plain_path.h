@@ -1,6 +1,6 @@
 #pragma once
-// Where a program is searched, as far as a test depends on it: a folder of PATH that the user may
-// not read would change the reason why a name isn't found.
+// A PATH for tests of the reason why a program isn't found: a folder of PATH that the user may not
+// read would change that reason.
 
 #include <cstdlib>
 #include <optional>

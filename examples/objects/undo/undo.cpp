@@ -27,7 +27,7 @@ struct cEditsOf : cUndoInfoBase {
     cObj const *map;
 };
 
-// A list that isn't active does not take the action, which is then destroyed here.
+// A list that isn't active does not store the action, which is then destroyed here.
 void keep(cUndoGlobalList &list, std::unique_ptr<cUndo> action) {
     if (list.add(action.get())) static_cast<void>(action.release());
 }
@@ -50,7 +50,7 @@ class cEdit : public cUndo {
     bool carry_out() const {
         bool const is_new = !map_->datamap().find(key_);
         if (!map_->setattr(make_key(key_), after_)) return false;
-        if (is_new && follower_) // back to its old place
+        if (is_new && follower_) // back to its old position
             map_->datamap().insert(make_key(key_), after_, map_->datamap().find(follower_));
         return true;
     }
@@ -136,8 +136,8 @@ void say_what_is_left() {
 } // namespace
 
 int main() {
-    sig_idle();              // the start-up text has no reader and goes
-    cConsoleDisplay display; // from here on std::cout is seen
+    sig_idle();              // discards the start-up text
+    cConsoleDisplay display; // from here on shows std::cout
 
     objref device;
     cObj::readobj("{bus= {parity= none; baud= 9600; }; limits= {high= 60; }; photo= {}; }", device);
