@@ -33,7 +33,7 @@ bool report_required(cObj const &obj, objref const &key) {
     return report_spec(err_required, obj, key, "  is missed");
 }
 
-// 6. Handles a store of nothing by the specification's rules. False if no rule applies.
+// 6. Handles a store of nothing by the rules of the key's attspec. False if no rule applies.
 bool store_instead(cAttspec const &spec, cMapObj &map, objref const &key, bool &result) {
     if (spec.is_implied())
         result = map.datamap().setitem(key, cat::nil());

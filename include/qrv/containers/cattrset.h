@@ -6,7 +6,7 @@
 //     Pixel= attlist(x= attspec(type= int; flag= #REQUIRED); y= attspec(default= 0););
 //     p= Pixel(x= 3);
 //
-// cTomMap::setattr and getattr enforce the specification of a key; validate() checks a whole
+// cTomMap::setattr and getattr enforce the attspec of a key; validate() checks a whole
 // object. An object is read and assigned completely or not at all. It uses the specifications that
 // its type had when the object was created: later changes of the type do not affect it.
 //

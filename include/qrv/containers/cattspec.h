@@ -1,7 +1,7 @@
 #pragma once
 // Attribute specifications: whether the attribute of a key is required or may be nil, has a
 // default, and may change its type or its object. cTomMap::setattr and getattr enforce them. A map
-// stores the specification of a key in its own member map under that key, and the OR of all their
+// stores the attspec of a key in its own member map under that key, and the OR of all their
 // flags in its five lowest flag bits, so that a map without specifications costs nothing.
 //
 // The possible flags, which force_flags() restores after each change:
@@ -52,7 +52,7 @@ class QRV_API cAttspec : public cObj {
     void share_type(typeref const &type);
     typeref const &held_type() const noexcept { return held_type_; } // null: none, or borrowed
     static bool is_registered(cTypeObj const &type);                 // under its name
-    // The specification of keys that have none. It is never stored in a map.
+    // The attspec of keys that have none. It is never stored in a map.
     static specref const &nilspec();
 
   protected:

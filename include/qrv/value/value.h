@@ -333,10 +333,10 @@ class QRV_API value {
     void merge(value const &other) && { lasting().merge(other); }
     // Changes the object itself, and with it all copies of this value. The type stays: a number is
     // converted by the rules of get(), and a choice takes its key, or that of another choice. A
-    // map, a vector or a set gets the entries of x, which it shares, in place of its own; only a
-    // vector or set refuses a map, whose keys would be lost. type_error: #nil, or the type refuses
-    // x, or the choice does not have the key. range_error: the number does not fit. Nothing is
-    // changed then.   O(entries)
+    // map, a vector or a set gets the entries of x, which it shares, instead of those it had; only
+    // a vector or set refuses a map, whose keys would be lost. type_error: #nil, or the type
+    // refuses x, or the choice does not have the key. range_error: the number does not fit. Nothing
+    // is changed then.   O(entries)
     void assign(value const &x);
     // A private copy of everything; a part that occurs twice in the value is one object in the
     // copy, too. error: the nesting is too deep for the stack.   O(size)
