@@ -1,4 +1,4 @@
-// Runs generated work with the library and prints every visible result, to compare two states of
+// Runs generated operations and prints every visible result, to compare two states of
 // the library. It uses only public headers, so that it can be built with either state.
 //
 //   reference_observe MODE FIRST LAST         for each seed a line "seed fingerprint"
