@@ -1,4 +1,4 @@
-// attrcopy: copies the entries of one container into another. The assign of every container calls
+// attrcopy: copies the entries of one container into another. The assign of maps and vectors calls
 // it. A command has three letters, one for each class of keys:
 //
 //   keys in            letters
