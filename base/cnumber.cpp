@@ -68,9 +68,9 @@ bool parse_hex(std::string_view digits, int &number) noexcept {
 
 struct cBase {
     std::chars_format form;
-    bool (*is_one)(char) noexcept; // whether it is a digit of this base
-    char mark;                     // before the exponent
-    int bits;                      // one digit is worth this many units of the exponent
+    bool (*is_one)(char) noexcept; // whether the character is a digit of this base
+    char mark;                     // the letter before the exponent
+    int bits;                      // moving the point by one digit changes the exponent by this
 };
 constexpr cBase decimal{std::chars_format::general, is_digit, 'e', 1};
 constexpr cBase hexadecimal{std::chars_format::hex, is_hex_digit, 'p', 4};
@@ -85,9 +85,9 @@ std::int64_t read_exponent(std::string_view text) noexcept {
     return negative ? -exponent : exponent;
 }
 
-// The exponent of the number if the point is moved before its first nonzero digit, or one less if
-// that digit is after the point. For an out-of-range number, it is above 0 if the number is too
-// large, and below 0 if the number is too small.
+// The order of magnitude: the place of the first nonzero digit plus the exponent. The places before
+// the point are 1, 2 and so on, from right to left; those after it are -1, -2 and so on. If a
+// number is out of range, its order is above 0 if it is too large, and below 0 if it is too small.
 std::int64_t order_of(std::string_view text, cBase const &base) noexcept {
     size_t end = 0;
     for (bool point = false; end < text.size(); ++end) {

@@ -5,11 +5,12 @@
 //   L2  each node's base is the base of the ring
 //   L3  the head carries no link and no flag, is not queued, and has a block token with an owner
 //   L4  a queued node has no partner
-//   L5  a node that is not queued has one, and is its partner's partner
-//   L6  exactly one of the two is the target, both count the same uses, only senders are exclusive
-//   L7  (deep) the same holds in the partners' rings, and Q1, Q2 hold
+//   L5  a node that is not queued has a partner, and is its partner's partner
+//   L6  of a node and its partner exactly one is the target, both have the same number of uses, and
+//       the target is not exclusive
+//   L7  (deep) L1 to L6 hold in the partners' rings, and Q1 and Q2 hold
 // Rules of the queue:
-//   Q1  it reaches its end mark, and every node on it has no partner
+//   Q1  it ends with the end mark, contains no node twice, and its nodes have no partner
 //   Q2  it is empty while no deletion lock is held
 // A node without partner that is not queued exists only inside remove(), which runs no user code.
 //
@@ -27,8 +28,8 @@
 
 namespace {
 
-// Guards only the freeing of queued nodes. Never destroyed: static objects of client modules
-// disconnect after those of the library are destroyed.
+// Guards only the freeing of queued nodes. Its destructor does nothing, so it can be used until the
+// process ends: static objects of programs may disconnect after those of the library are destroyed.
 constinit std::mutex connection_lock;
 static_assert(std::is_trivially_destructible_v<std::mutex>);
 
@@ -118,7 +119,7 @@ void cConnection::queue() noexcept {
     queue_head_ = reinterpret_cast<std::uintptr_t>(this);
 }
 
-// Only frees memory, since it holds the lock.
+// Runs no user code, since it holds the lock: it only frees memory.
 void cConnection::purge() noexcept {
     std::lock_guard const hold(connection_lock);
     while (delete_locks_ == 0 && queue_head_ != end_mark) {
@@ -173,7 +174,7 @@ std::string cSSBase::broken_ring() const {
         if (node != start_)
             if (auto rule = cConnection::broken_link(*node, ""); !rule.empty()) return rule;
         node = node->next_;
-    } while (node != start_); // terminates: since next and prev agree, no other node is met twice
+    } while (node != start_); // terminates: next and prev agree, so the walk returns to start_
     return {};
 }
 
@@ -275,7 +276,7 @@ cConnection *cSSBase::connect(cSSBase const &other, bool exclusive, cConnection 
 void cSSBase::disconnect(cSSBase const &other, bool force) const {
     cConnection *const node = find(other);
     if (!node) return;
-    // At 0 the partner's count does not matter: the partner is removed too.
+    // If the first count reaches 0, the second one does not matter: both nodes are removed.
     if (!force && --node->uses_ > 0 && --node->partner_->uses_ > 0) return;
     node->remove();
     check();
@@ -341,9 +342,9 @@ cDeleteSignal::~cDeleteSignal() {
 cSigInfo::~cSigInfo() { disconnect(); }
 
 void cSigInfo::fire_format(char const *format, std::va_list args) const {
-    static constinit char text[1024] = {}; // one for the process, valid only during the firing
+    static constinit char text[1024] = {}; // all signals share it; valid only during this call
     if (!format || !isconnected()) return;
-    char fresh[sizeof text] = {}; // an argument may point into the shared one
+    char fresh[sizeof text] = {}; // not `text` itself, since an argument may point into it
     std::va_list list;
     va_copy(list, args);
     std::vsnprintf(fresh, sizeof fresh, format, list);

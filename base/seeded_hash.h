@@ -8,6 +8,6 @@
 
 std::uint32_t seeded_hash_bytes(void const *bytes, std::size_t count);
 
-// An odd factor that nobody outside the process can predict, another one for each name; it must not
-// be empty.
+// An odd factor that nobody outside the process can predict, different for each name. The name must
+// not be empty.
 std::uint64_t seeded_factor(std::string_view name);

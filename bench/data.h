@@ -1,5 +1,5 @@
 #pragma once
-// The data of the rows. Equal names give equal data in every process:
+// The data of the rows. The same name gives the same data in every process:
 //   "100k", "1M", "10M"   a tree like a configuration, of about this size as compact JSON: maps of
 //                         5 to 20 entries with random names, every fifth a map; numbers, strings,
 //                         bools, short lists of numbers
@@ -15,5 +15,5 @@ struct cData {
     std::size_t entries = 0; // members of maps and elements of lists
 };
 
-// Throws std::invalid_argument for a name of another form.
+// Throws std::invalid_argument for any other name.
 cData data_of(std::string const &name);

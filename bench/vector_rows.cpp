@@ -1,5 +1,6 @@
-// Vectors compared with Tcl's lists: creating and appending values, and reading each by its index,
-// borrowed and as an owner. Sets compared with the library's own map: appending ints one by one.
+// Compares vectors with Tcl's lists: creating and appending values, and reading each by its index,
+// as a borrowed pointer and as a counted handle. Compares sets with the library's own map:
+// appending ints one by one.
 #include "bench/row.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"

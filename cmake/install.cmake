@@ -1,6 +1,6 @@
 # The files that `cmake --install` copies below a prefix: the library, the public headers, the tools (tools/), a
-# CMake package, and a file for pkg-config. None of them contains a path of this machine: folders are relative
-# to the file's own location, so the tree may be moved, and DESTDIR works.
+# CMake package, and a file for pkg-config. None of them contains an absolute path: folders are relative to the
+# file that names them. So the installed tree may be moved, and DESTDIR works.
 include(CMakePackageConfigHelpers)
 
 set(QRV_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/qrv)

@@ -1,4 +1,4 @@
-// Attribute specifications, and how a map keeps them.
+// Attribute specifications, and the functions of a map that store and find them.
 
 #include "qrv/containers/cattspec.h"
 
@@ -40,7 +40,7 @@ cAttspec::~cAttspec() = default;
 
 cAttspec &cAttspec::operator=(cAttspec const &other) {
     if (this == &other) return *this;
-    assign(other); // reports a missing method; the flags are not copied
+    assign(other); // reports a missing "assign"; does not copy the flags
     default_ = other.default_;
     type_ = other.type_;
     held_type_ = other.held_type_;
@@ -87,7 +87,8 @@ void cAttspec::set_default(objref const &value, bool fix_type) {
 void cAttspec::set_type(cTypeObj *type) {
     typeref old;
     if (type != type_) old = std::exchange(held_type_, nullptr);
-    if (type && type->counts_objects()) held_type_ = typeref::share(type); // its scope may end
+    // The scope that declared such a type may end before this object.
+    if (type && type->counts_objects()) held_type_ = typeref::share(type);
     type_ = type;
     fix_type_flag();
 } // RE-ENTERS: old

@@ -1,5 +1,5 @@
 #pragma once
-// Compares containers that may be shared in many places, or hold themselves.
+// Compares containers that may be shared in many places, or contain themselves.
 //
 // Rules
 //   - Each outermost comparison has one memo. It compares each pair once, so a shared part costs

@@ -1,7 +1,10 @@
-// The standard methods of type "map". setattr is a chain of tests, each of which can only refuse:
-//   1 entry type   2 cycle   3 const keys   4 no specification: store   5 to 7 specification
-// Errors write their keys before they use the error stream: writing a key may itself raise an
-// error.
+// The standard methods of type "map". setattr consists of numbered steps:
+//   1 to 3  refuse a value of another type than the entry type, a cycle, and a new key while keys
+//           are const
+//   4       if the key has no specification, store the value
+//   5 to 7  if it has one, apply its rules, which can refuse the value or replace it by another one
+// The text of a key is created before the error stream is used, since creating it may itself raise
+// an error.
 
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
@@ -33,7 +36,8 @@ bool report_required(cObj const &obj, objref const &key) {
     return report_spec(err_required, obj, key, "  is missed");
 }
 
-// 6. Handles a store of nothing by the rules of the key's attspec. False if no rule applies.
+// 6. Stores what the attspec prescribes if the value is nil or the kill value. False if no rule
+// applies.
 bool store_instead(cAttspec const &spec, cMapObj &map, objref const &key, bool &result) {
     if (spec.is_implied())
         result = map.datamap().setitem(key, cat::nil());
@@ -119,7 +123,7 @@ bool cTomMap::m_assign(cObj &obj, objref &arg) { return arg && obj.attrcopy(*arg
 bool cTomMap::m_add(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map || !arg || !arg->is_container()) return true;
-    objref const copy = arg->clone(false); // makes m += m safe
+    objref const copy = arg->clone(false); // since arg may be the map itself
     objref const self = objref::share(&obj);
     for (cIterObj it = copy->begin(); it.valid(); ++it) {
         objref const key = it.key();

@@ -1,18 +1,20 @@
-// attrcopy: copies one container onto another under a command of three letters, one for each class
-// of key. Every container's assign comes down to it.
+// attrcopy: copies the entries of one container into another. The assign of maps and vectors calls
+// it. A command has three letters, one for each class of keys:
 //
-//   class              letters
-//   0 target only      0 remove
-//   1 both             a assign in place   s store   x merge   0 remove
-//   2 source only      s store   x store, or append in a vector or set
-//   anything else leaves the key alone; ? takes the letter of the target's member "cpcommands"
+//   keys in            letters
+//   the target only    0 remove
+//   both               a assign in place   s store   x merge   0 remove
+//   the source only    s store   x store, or append in a vector or set
 //
-// The list of keys and classes is fixed before anything changes. In vectors and sets, keys are
-// removed at the end and backwards, since a removal moves the values after it.
+// With any other letter, or none, the keys of the class stay as they are. A '?' is replaced by the
+// letter of the target's member "cpcommands"; if there is a '?', so are letters missing at the end.
 //
-// For parts that are shared or hold themselves, one outermost call remembers the pairs of
-// containers that it has copied and copies each pair once. Appending is the exception: it happens
-// each time. Only calls in this file pass the memo on, never user code.
+// The keys are listed before anything changes. In vectors and sets, keys are removed at the end
+// and backwards, since a removal moves the values after it.
+//
+// Parts may be shared or contain themselves. So the outermost call remembers the pairs of
+// containers that were copied, and each pair is copied only once; but values are appended each
+// time. Only calls in this file pass this memo on; calls by user code begin a new one.
 
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
@@ -42,7 +44,7 @@ enum cKeyClass : unsigned char { target_only, both, source_only };
 constexpr char none = '?'; // a letter that has no meaning in any class
 using cLetters = std::array<char, 3>;
 
-// From target, source and letters to the result, which is true while the copy is in progress.
+// Results of copies, by target, source and letters; true while the copy is in progress.
 using cCopied = std::map<std::tuple<std::uint32_t, std::uint32_t, cLetters>, bool>;
 
 // The memo for the attrcopy that starts next, which takes it and sets this to null.
@@ -71,7 +73,7 @@ cLetters complete(cObj const &target, char const *commands) {
 
 bool is_sequence(cObj const *obj) noexcept { return cObj::is_vector(obj) || cObj::is_set(obj); }
 
-// The hash that an object's iterator walks; null if it has no usable one.
+// The hash that an object's iterator walks; null if the object has no iterator of the library.
 hashref hash_of(objref const &iterobj) {
     auto const *const it = dynamic_cast<cIterObj const *>(iterobj.get());
     return it ? it->hash_ref() : hashref();
@@ -261,7 +263,7 @@ bool cAttrCopy::remove_backwards() {
     return result;
 }
 
-// Remembers one pair while the copy can meet it again.
+// The entry of one pair in the memo. A pair that appends has none, since it must not be skipped.
 class cRememberedPair {
   public:
     cRememberedPair(cCopied &copied, cObj const &target, cObj const &source,

@@ -37,7 +37,7 @@ cSetObj &cSetObj::operator=(cObj const &other) {
 
 namespace {
 
-// A null value is found by a null value.
+// Whether the holder has an equal value for each of the values. Null equals only null.
 bool holds_all(cMapObj const &holder, cMapObj const &values) {
     hashref const hash = holder.datamap_ref();
     hashref const walked = values.datamap_ref();
@@ -56,7 +56,7 @@ bool equal_sets(cMapObj const &a, cMapObj const &b) { return holds_all(b, a) && 
 bool cTomSet::setattr(cObj &obj, objref &key, objref &value) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map) return false;
-    objref const self = objref::share(&obj); // values are compared by user code
+    objref const self = objref::share(&obj); // since comparing values may run user code
     if (!cObj::is_kill(value) && cSetIndex::holds(map->datamap(), value)) return true;
     return cTomVector::setattr(obj, key, value);
 }
@@ -66,7 +66,7 @@ objref cTomSet::getattr(objref obj, objref key) { return cTomVector::getattr(obj
 bool cTomSet::m_append(cObj &obj, objref &arg) {
     cMapObj *const map = cat::as_map(&obj);
     if (!map) return false;
-    hashref const hash = map->datamap_ref(); // values are compared by user code
+    hashref const hash = map->datamap_ref(); // since comparing values may run user code
     if (arg && cSetIndex::holds(*hash, arg)) return false;
     hash->vect_append(arg);
     return true;

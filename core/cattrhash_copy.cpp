@@ -21,7 +21,8 @@ bool cAttrInsert::is_copyable(cAttrHash const &hash) noexcept {
     return true;
 }
 
-// An int that was changed since its insertion differs from the cached hash, which is copied too.
+// The copy of an int key is computed from the node's hash when it is needed. If the key was changed
+// since its insertion, it differs from the hash, so the copy gets a key object at once.
 cAttrNode *cAttrInsert::copy_of(cAttrNode const &node) {
     if (node.kind_ == cKeyKind::int_key && node.key_number() != static_cast<int>(node.hash_))
         return new cAttrNode(cAttrNode::cAdopt(), cat::make_value(node.key_number()),

@@ -1,5 +1,5 @@
-// Executables: the classes. Each entry of cExeFunction tests the tag and casts the stored pointer
-// back to the prototype of its argument list.
+// The classes of executables. Each oexecute() and pexecute() of cExeFunction checks that the stored
+// function has the prototype for these arguments, and casts the stored pointer back to it.
 
 #include "qrv/core/cexe.h"
 

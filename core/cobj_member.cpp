@@ -1,5 +1,6 @@
-// Members of objects, which ommap stores; their lookup in the object, its type and the global
-// members; and comments. Two keys are reserved: "changed" (a signal) and "//" (the comment).
+// Members of objects, which are stored in the hash ommap. A member is looked up in the object, then
+// in its type, then in the global members. Two keys are reserved: "changed" for the signal of that
+// name, and "//" for the comment.
 
 #include "core/cerr_object.h"
 #include "core/cholders.h"
@@ -16,7 +17,7 @@
 
 namespace {
 
-// gmember_ returns this for a key that can't be stored or is not found again. Each such call
+// gmember_ returns this if it can't store the key, or does not find it afterwards. Each such call
 // empties it, so that a value written to it is never read.
 objref &scratch_member() {
     static constinit objref scratch;
@@ -69,8 +70,8 @@ bool cObj::set_omember(std::string const &key, objref value) {
     return set_omember(own_key(key), std::move(value));
 }
 
-// If false, the value must not be stored, and set_omember returns `result`. The flag of the type
-// only claims that the object is executable, so the class is tested too.
+// If false, the value must not be stored, and set_omember returns `result`. Any type can have the
+// flag of executables, so the class of the object is tested too.
 bool cObj::may_be_member(objref const &key, objref const &value, bool &result) {
     cExeObj *const exe = cat::as_exe(value);
     if (exe) {

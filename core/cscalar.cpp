@@ -127,7 +127,7 @@ template <> int converted(float const &value) { return cat::to_int(value); }
 
 template <> int converted(double const &value) { return cat::to_int(value); }
 
-// Beyond the range of float the result is infinite, as the processor rounds.
+// Rounds as the processor does: numbers beyond the range of float become infinite.
 template <> float converted(double const &value) {
     constexpr double limit = std::numeric_limits<float>::max();
     // Numbers less than half a step above the greatest float are rounded down to it.

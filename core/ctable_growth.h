@@ -15,7 +15,7 @@ class cProbeSlots {
   public:
     cProbeSlots(std::uint32_t hash, std::uint32_t size) noexcept
         : cProbeSlots(hash % size, hash % (size - 2), size) {}
-    // Of both remainders, for a table that needs no division for them.
+    // From the two remainders, for a table that computes them without a division.
     cProbeSlots(std::uint32_t by_size, std::uint32_t by_less, std::uint32_t size) noexcept
         : slot_(by_size), step_(std::uint64_t{by_less} + 1), size_(size) {}
 

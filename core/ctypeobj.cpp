@@ -17,7 +17,8 @@
 
 namespace {
 
-// Types with these names are created by the bootstrap itself, or by a caller that must wait for it.
+// Creating a type with one of these names does not start the bootstrap. The bootstrap itself
+// creates all of them except "unsigned", which only programs create.
 #define QRV_NAME(name, accessor, text) text,
 constexpr char const *builtin_names[] = {QRV_CORE_TYPES(QRV_NAME) "unsigned"};
 #undef QRV_NAME
@@ -76,7 +77,7 @@ void cTypeObj::count_objects() noexcept {
     if (!std::exchange(counts_, true)) ++core.counting_types;
 }
 
-// If the type has no other owner, it has only waited for its last object.
+// If nothing else owns the type, its last object destroys it.
 void cTypeObj::leave_object() {
     if (--objects_ == 0 && refs() == 0) cRefTraits<cObj>::destroy(this);
 }
@@ -133,7 +134,8 @@ static_assert(std::size(methods) == mid_count);
 QRV_METHODS(QRV_METHOD)
 #undef QRV_METHOD
 
-// The arguments and the result of an executable follow from its function type.
+// The list of prototypes has for each function type its number of arguments, and whether it returns
+// bool.
 #define QRV_PROTO(type, arguments, procedure)                                                      \
     static_assert(method_of("", static_cast<type>(nullptr)).c == (arguments) &&                    \
                   method_of("", static_cast<type>(nullptr)).p == (procedure));
@@ -182,7 +184,8 @@ bool cTypeObj::missing_method(method_id id) const {
     return raise_eros();
 }
 
-// The prototype of a slot is that of its method, so each cast restores the function's own type.
+// A stored function always has the prototype of its method, which validate_exe() checks. So each
+// cast below restores the function's own type.
 
 bool cTypeObj::pexec(method_id id, cObj &a) const {
     cVoidFunction const f = methods_[id];
@@ -243,9 +246,9 @@ constexpr std::uint32_t hash_with(std::uint32_t hash, unsigned char byte) noexce
     return (hash * 31) ^ byte;
 }
 
-// The hash of one to two words. The lengths of keys vary, so a processor mispredicts the end of a
-// loop over their bytes. This loop has a fixed length: it computes the hash of each prefix and
-// returns the one of all bytes.
+// The hash of bytes that fill one to two words. The lengths of keys vary, so a processor often
+// mispredicts the end of a loop over their bytes. This loop has a fixed length: it computes the
+// hash of each prefix, and the function returns that of the whole.
 template <class Word> std::uint32_t hash_few_bytes(char const *from, size_t count) noexcept {
     constexpr size_t width = sizeof(Word);
     unsigned char bytes[2 * width] = {};
@@ -282,7 +285,8 @@ template <class T> bool equal_value(T const &a, T const &b) { return a == b; }
 //   Pinned: a_nan_key_equals_every_key
 template <class T> bool same_number(T const &a, T const &b) { return !(a < b) && !(a > b); }
 
-// A key without a value, which only claims its type, equals only itself.
+// set_type() lets any object claim a type. An object of the type `type` without a T equals only
+// itself.
 template <class T, bool (*same)(T const &, T const &)>
 bool heq(objref const &a, objref const &b, cTypeObj const *type) {
     if (&b->type() != type) return false;

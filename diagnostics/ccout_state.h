@@ -1,5 +1,5 @@
 #pragma once
-// Shared declarations of the message output.
+// Declarations that the sources of the message output share.
 
 #include "qrv/base/csignal.h"
 #include "qrv/cvers.h"
@@ -14,7 +14,7 @@ namespace cat {
 // The first line of a message file.
 constexpr char const *start_time_format = "%Y:%m:%d %H:%M";
 
-// Printed when the library is loaded and unloaded.
+// The library prints the first when it is loaded, and the second when it is unloaded.
 constexpr std::string_view start_text = QRV_VERSION_TEXT "\n";
 constexpr std::string_view end_text = "Quorvanta unloaded\n";
 
@@ -33,13 +33,13 @@ cSignal &idle_signal();
 
 using cMessageText = std::array<char, 2048>;
 
-// Formats up to 2047 characters. Returns the length, or -1 if the text was cut or the format is
+// Formats up to 2047 characters. Returns the length, or -1 if the result was cut or the format is
 // faulty.
 int format_message(cMessageText &text, char const *format, va_list args)
     __attribute__((format(printf, 2, 0)));
 
-// Writes to the message route and flushes, after the contents of the global buffer and in any state
-// of std::cerr; to std::cerr while the global buffer does not exist. RE-ENTERS
+// Appends the text to the global buffer and flushes the buffer; unlike operator<<, this works even
+// if std::cerr has failed. While the global buffer does not exist, writes to std::cerr. RE-ENTERS
 void put_message(std::string_view text);
 
 // Whether the display of use_console() exists.
@@ -48,7 +48,7 @@ bool has_console() noexcept;
 // Removes the display of use_console(), if it exists. RE-ENTERS: delivers the last output.
 void end_console();
 
-// The function that debugout calls for each piece.
+// The slot `debugout` calls this for each piece of output.
 void pass_to_debug_output(char const *text);
 
 } // namespace cat

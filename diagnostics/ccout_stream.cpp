@@ -115,8 +115,8 @@ void cOstringstream::clear() {
     std::ios::clear();
 }
 
-// A reader counts pending output as part of the value, so flushing changes nothing that a const
-// stream promises; but it needs the stream's non-const parts.
+// Pending output is already a part of the stream's text, so flushing does not change the value of a
+// const stream. But it uses non-const members, hence the const_cast.
 void cOstringstream::flush_text() const {
     if (rdbuf() && rdbuf()->pubsync() == -1)
         const_cast<cOstringstream *>(this)->setstate(std::ios::badbit);

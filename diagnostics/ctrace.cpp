@@ -1,8 +1,9 @@
-// Tracing: streams, rules and channels; and the timer.
+// The streams, rules and channels of tracing; and the timer.
 //
-// Streams and channels link themselves into lists, so that static ones of any file may be
-// constructed before and destroyed after everything here. The rules are created on first need; the
-// start-up file removes them at the end of the process.
+// Streams and channels link themselves into lists, which need no memory and no constructor. So
+// static streams and channels in any file may be constructed before, and destroyed after, all
+// objects of the library. The rules are created on first need; start/startup.cpp removes them at
+// the end of the process.
 
 #include "qrv/diagnostics/ctrace.h"
 
@@ -36,7 +37,8 @@ using cTraceRules = std::vector<cRef<cTraceRule>>;
 
 constinit cTraceRules *rules = nullptr;
 
-// All objects of a class in order of creation. Two members of each are its neighbours.
+// A list of all objects of a class, in order of creation. Each object has two members that point to
+// its neighbours.
 template <class T> struct cList {
     void enter(T &one, T *T::*prev, T *T::*next) {
         one.*prev = last;
@@ -72,10 +74,11 @@ std::shared_ptr<std::ostream> open_target(std::string const &name) {
     return os;
 }
 
-// An empty name means "cerr": without a colon, after the colon, or between commas.
+// An empty name means "cerr". A name is empty if the token has no colon, or has nothing after it or
+// between two commas.
 std::string stream_name(std::string_view name) { return std::string(name.empty() ? "cerr" : name); }
 
-// The rule of that name; a new one at the list's end if it does not exist.
+// The rule of that name. If it does not exist, adds it at the end of the list.
 cRef<cTraceRule> rule_of(std::string_view name) {
     if (!rules) rules = new cTraceRules;
     auto const found =
@@ -110,7 +113,7 @@ void set_rules(std::string_view token) {
     }
 }
 
-// The rule with the longest name that `ident` begins with; of two equal names the later rule.
+// The rule with the longest name with which `ident` begins; null if there is none.
 cTraceRule const *rule_for(std::string const &ident) {
     cTraceRule const *best = nullptr;
     if (!rules) return best;
@@ -160,7 +163,7 @@ void cTraceStream::detach(std::streambuf const *buffer) {
 }
 
 void cSetTracing(std::string const &spec) {
-    std::string const text = spec; // the caller's may change while user code runs
+    std::string const text = spec; // a copy, since user code may change the caller's string
     std::string_view rest = text;
     auto begin = rest.find_first_not_of(blanks);
     if (begin == npos || signs.find(rest[begin]) == npos) cat::clear_trace_rules();
@@ -231,7 +234,7 @@ double cStopWatch::seconds_to(std::int64_t now) const {
 
 namespace {
 
-// Restores a stream's number format.
+// Restores a stream's number format in its destructor.
 class cKeepFormat {
   public:
     explicit cKeepFormat(std::ostream &os)

@@ -4,7 +4,8 @@
 
 namespace qrv::edit {
 
-// Joins both texts to one page, so that number and offsets identify an entry of either text.
+// Data about the text and the donor's text. Both are parts of one page, so that a number identifies
+// an entry, and an offset a position, of either text.
 struct Edit::Notes {
     Notes(std::string_view target, cat::SourceMap const &map, objref const &value)
         : text(target), root(value), entries(map), before(value) {}
@@ -13,7 +14,7 @@ struct Edit::Notes {
     objref root;
     Entries entries; // with the nodes as they are before the change
     Snapshot before;
-    std::string page; // both texts
+    std::string page; // the text, a newline, and the donor's text; empty without a donor
 };
 
 Edit::Edit(std::string_view text, cat::SourceMap const &map, objref const &root)

@@ -26,7 +26,7 @@ void Entries::sort_numbers() {
         }) != numbers_.end();
 }
 
-// A set drops a value that it already has, so the entries inside that value were never in the tree.
+// The reader drops a repeated value of a set, so the entries inside it were never in the tree.
 void Entries::leave_out_equal_members() {
     std::vector<bool> left_out(anids_.size());
     for (size_t i = 1; i < numbers_.size(); ++i)

@@ -34,8 +34,8 @@ class Entries {
         return is_donated(number) ? donated_[number - donor()] : map_.entry(number);
     }
     std::uint32_t anid(size_t number) const { return anids_[number]; }
-    // A new entry directly before the one of this node is written next to that, not next to its
-    // predecessor.
+    // If a new entry is directly before the entry of this node, it is written above that entry, and
+    // not after its own predecessor.
     void write_above(std::uint32_t anid) { below_ = anid; }
     bool is_below(size_t number) const { return below_ != 0 && anids_[number] == below_; }
     size_t size() const { return anids_.size(); }
@@ -45,8 +45,8 @@ class Entries {
     bool any_reference() const { return any_reference_; }
     // All entries of a node, in file order.
     std::vector<size_t> of(std::uint32_t anid) const;
-    // The brackets around the entries of the value of this entry. If the brackets of a type contain
-    // just one whole value, as in Type({...}), the brackets of that value.
+    // The entry whose brackets enclose the entries of this entry's value: this one, or if the
+    // brackets of a type contain just one whole value, as in Type({...}), the one of that value.
     cat::SourceEntry frame(size_t number) const;
     std::vector<cat::SourceEntry> inside(size_t number) const;
     // The comments above and after an entry.

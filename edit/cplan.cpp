@@ -1,11 +1,12 @@
 #include "edit/cplan.h"
 
-// Items are settled in the order of the new text, so that a value is written at its first place.
-// The reader follows a path only through values that are written on the path itself, not through
-// references; the parents of an item are such values.
+// settle() decides how an item is written. Items are settled in the order of the new text, so a
+// shared value is written at the first of its places in the tree; the items at the other places are
+// references to that path. The reader follows a path only through values that are written on the
+// path itself, not through other references. The parents of an item always are such values.
 //
-// A node from the donor is written once, even if its key is repeated there. So are the nodes of the
-// text that Entries::write_once() names.
+// A donor's node is written once, even if the donor's text repeats its key. The same applies to the
+// nodes that were passed to Entries::write_once().
 
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
@@ -18,7 +19,8 @@ namespace qrv::edit {
 
 namespace {
 
-// Can the container be written entry by entry? A type of a program may use other brackets.
+// Can the container be written entry by entry? Not if its type is a program's, since that may use
+// other brackets.
 bool has_known_brackets(cObj const &container) {
     return container.is_map() || is_list(container) || container.type().tmember("attspec");
 }
@@ -68,7 +70,7 @@ Item &Plan::add(Item *parent, Slot const &slot, objref const &value) {
     item.moved = slot.moved;
     item.donated = slot.donated;
     if (!parent) return item;
-    // The reader counts a repeated value of a set twice.
+    // In a path into a set, the reader counts all values of the text, also repeated ones.
     if (parent->value->is_set()) {
         item.position = parent->children.size();
         in_sets_.emplace(item.node, &item);
@@ -102,7 +104,8 @@ void Plan::settle(Item &item) {
     if (item.node) passed_.insert(item.node);
 }
 
-// In the donor, a later entry may have changed a shared value: then that entry has its text.
+// Does the former entry have the text of the value? If its node is written once, a later entry of
+// the text may have set or changed the value; then only that entry has the text.
 bool Plan::has_its_text(Item const &item) {
     if (!entries_.is_once(item.old)) return true;
     bool const written_here = !entries_.any_comes_again() || is_constant(item.value) ||
@@ -111,8 +114,8 @@ bool Plan::has_its_text(Item const &item) {
     return is_block_of(item.old, item.value) && (written_here || entries_.is_donated(item.old));
 }
 
-// Do the brackets of this entry hold entries of this container? A repeated key may have had a value
-// of another kind before.
+// Do the brackets of this entry contain entries of this container? If the key is repeated, they may
+// belong to an earlier value of another kind.
 bool Plan::is_block_of(size_t number, objref const &container) const {
     cat::SourceEntry const frame = entries_.frame(number);
     if (frame.open.empty()) return false;
@@ -124,7 +127,7 @@ bool Plan::is_block_of(size_t number, objref const &container) const {
                                     : true;
 }
 
-// Does the text of this entry have entries without a node?
+// Do the brackets of this entry contain entries that have no node in the tree?
 bool Plan::has_lost_entries(size_t number) const {
     std::vector<cat::SourceEntry> const parts = entries_.inside(number);
     return std::any_of(parts.begin(), parts.end(), [&](cat::SourceEntry const &part) {
@@ -132,9 +135,10 @@ bool Plan::has_lost_entries(size_t number) const {
     });
 }
 
-// Is the key of this item repeated, so that a later entry sets its value, or does a reference add
-// entries to it? The text of such an entry stays. A new map or set is written at the last entry,
-// and entries of earlier text would be merged into it, so only earlier text without entries stays.
+// Does the text of the former entry stay, since it is one of several for a repeated key? That is so
+// if a later entry sets the value, or if a reference merges entries into it. A new map or set is
+// written at the last entry. The reader would merge entries of earlier text into it, so earlier
+// text stays only if it has no entries.
 bool Plan::is_merged(Item const &item, bool in_place) const {
     if (!item.node || item.parent->value->is_set() || !entries_.comes_again(item.old)) return false;
     if (entries_.is_once(item.old)) return false;
@@ -146,7 +150,8 @@ bool Plan::is_merged(Item const &item, bool in_place) const {
     return entries_.entry(item.old).reference;
 }
 
-// Makes the item a reference if its value was written before; else false.
+// Makes the item a reference if its value is already written elsewhere. False if it must be written
+// here.
 bool Plan::settle_shared(Item &item, bool in_place) {
     auto const [known, fresh] = written_.emplace(item.value.get(), &item);
     if (fresh) return false;
@@ -219,7 +224,7 @@ WasEntry const *Plan::was_of(size_t number) const {
     return number == 0 ? &before_.root() : before_.entry(entries_.anid(number));
 }
 
-// The entries that wrote a value before the change, in file order.
+// The entries that had the text of the value before the change, in file order.
 std::vector<size_t> const &Plan::definitions(objref const &value) {
     if (!std::exchange(searched_, true)) search_definitions();
     if (auto const *const was = matching_.replaced_by(value)) return definitions(*was);
@@ -232,8 +237,8 @@ std::vector<size_t> const &Plan::definitions(objref const &value) {
     return known->second;
 }
 
-// Does this entry have the text of the value? For a repeated key the last entry has it, in a set
-// the first one; a container can have several.
+// Does this entry have the text of the value? If the key is repeated, the last entry has it; if a
+// value of a set is repeated, the first one. The text of a container can be in several entries.
 bool Plan::writes(size_t number, objref const &value) const {
     if (!entries_.comes_again(number)) return true;
     size_t const parent = entries_.entry(number).parent;
@@ -245,8 +250,8 @@ bool Plan::writes(size_t number, objref const &value) const {
     return container_in(value) ? is_block_of(number, value) : all.back() == number;
 }
 
-// The entry at which a node is written: its first one, or for the donor's nodes the one with the
-// text.
+// The entry that represents a node: its first one, or its last one if the node was moved. For a
+// donor's node, the entry with the text.
 size_t Plan::place_of(WasEntry const &was, bool moved) const {
     std::vector<size_t> const numbers = entries_.of(was.anid);
     if (numbers.empty()) return none;
@@ -256,7 +261,7 @@ size_t Plan::place_of(WasEntry const &was, bool moved) const {
     return text == numbers.rend() ? numbers.back() : *text;
 }
 
-// Is it another entry of a node that is written once?
+// Is this entry omitted, since its node is written once, at another entry?
 bool Plan::is_left_out(size_t number) const {
     std::uint32_t const anid = entries_.anid(number);
     if (!anid || !entries_.is_once(number) || !entries_.comes_again(number)) return false;
@@ -285,7 +290,8 @@ void Plan::add_children(Item &item, std::vector<size_t> const &blocks) {
     if (item.how == Item::block && !is_list(*item.value)) number(item);
 }
 
-// Finds entries without a key that need one now. The reader numbers maps without a key in a map.
+// Finds the children without a key that need one now. Inside a map, the reader gives the keys 0, 1
+// and so on to maps without a key.
 void Plan::number(Item &block) const {
     int next = 0;
     for (Item *const child : block.children) {
@@ -297,8 +303,9 @@ void Plan::number(Item &block) const {
     }
 }
 
-// A repeated value of a set has no effect. Its text stays unless the first one has changed: then
-// the text would add a value.
+// Adds an item for a repeated value of a set, if its text can stay. Such a value has no effect; but
+// if its first occurrence has changed, its text would add a value, and is omitted. False if the
+// slot is not such a value.
 bool Plan::add_repeated(Item &item, Slot const &slot) {
     if (!item.value->is_set() || slot.moved || !entries_.comes_again(slot.old)) return false;
     auto const first = in_sets_.find(slot.node);
@@ -347,13 +354,14 @@ bool Plan::is_as_before(WasEntry const &was, cAttrNode const &node) const {
 }
 
 // The entries that a container must have in the text, each with its first former entry as `old`.
-// Inside existing brackets an unchanged value without an entry is a default and is not written.
+// If the container keeps its brackets, an unchanged value without an entry is a default and is not
+// written.
 Plan::Slots Plan::slots_of(cMapObj const &container, bool fresh) {
     Slots slots;
     cAttrHash const &hash = container.datamap();
     bool const merged =
         before_.is_donated(&container) && (container.is_map() || is_list(container));
-    bool const has_defaults = !merged; // a reference of a repeated key merges entries
+    bool const has_defaults = !merged; // else a reference under a repeated key added such values
     size_t position = 0;
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node), ++position) {
         WasEntry const *was = matching_.was(*node);
@@ -367,9 +375,9 @@ Plan::Slots Plan::slots_of(cMapObj const &container, bool fresh) {
     return slots;
 }
 
-// Entries that keep their order stay where they are. All others, and new ones, follow their
-// predecessor; without one they are put before the first entry that stays, or at the end of the
-// last block.
+// Entries that keep their order stay where they are. All others, and new ones, are written after
+// their predecessor. Those that precede all entries that stay are written before the first of them.
+// Those that follow all of them, or all if none stays, are written at the end of the last block.
 void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) {
     Slots wanted = slots_of(container, false);
     std::unordered_map<std::uint32_t, std::vector<std::pair<size_t, size_t>>>
@@ -426,7 +434,7 @@ void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) 
 
 namespace {
 
-// The keys of a path in the text; empty if the path has more than keys and slashes.
+// The keys of a path in the text; empty if the path contains anything but keys and slashes.
 std::vector<std::string> keys_of(std::string_view path) {
     std::vector<std::string> keys;
     size_t const first = path.find_first_not_of(" /");
@@ -467,9 +475,9 @@ bool Plan::path_holds(size_t reference, objref const &value) const {
     return node && node->valref() == value && passed_.count(node) > 0;
 }
 
-// Does this reference still read as the value? A reference into a typed value reads as a copy of
-// the value there. If keys are repeated, it may read as an earlier value of a key, so this returns
-// true.
+// Does the reader still get the value from this reference? From a reference into a typed value it
+// gets a copy, so this compares texts. If any key is repeated, a reference may stand for an earlier
+// value of its key, so this returns true.
 bool Plan::reads_as(size_t reference, objref const &value) const {
     if (entries_.is_once(reference)) return false;
     if (entries_.any_comes_again()) return true;

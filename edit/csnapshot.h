@@ -1,8 +1,8 @@
 #pragma once
 // A tree as it was before a change: the entries of each container, and their values. Also the tree
-// of the donor, another text whose values the change may use. The snapshot holds the values, so no
-// address is used again while it exists. An entry takes 32 bytes, and the bytes of strings, since a
-// large tree has many.
+// of the donor, another text whose values the change may use. The snapshot shares the values, so no
+// new object gets the address of one of them while it exists. A large tree has many entries, so an
+// entry takes only 32 bytes, and those of its strings.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"

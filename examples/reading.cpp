@@ -24,12 +24,12 @@ int main() {
     if (!lamp.find("dimmer")) std::cout << "no dimmer\n";
     if (lamp.at("spare").is_nil()) std::cout << "no spare\n";
 
-    // Standard containers, by copy.
+    // Copies a container into a standard one.
     for (int const part : lamp["colour"].get<std::vector<int>>()) std::cout << part << ' ';
     std::cout << '\n';
 
-    // An int has 32 bits, in text and in memory. A larger number is a double, which reads as an
-    // integer where it is whole.
+    // An int has 32 bits, in text and in memory. A larger number is a double, which get converts to
+    // an integer if it has no fraction.
     qrv::value const disk = qrv::parse("{ used= 2000000000; free= 5.0e9; }");
     std::cout << disk.get_or("free", 0LL) << ' ' << disk.get_or("used", 0U) << '\n';
     try {

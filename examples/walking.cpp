@@ -20,17 +20,17 @@ int main() {
     qrv::value stock = qrv::map{{"bolt", 12}, {"nut", 0}, {"washer", 40}};
     for (auto const &[part, count] : stock.items()) std::cout << part << ' ' << count << '\n';
 
-    // The entry that the loop is at may be removed.
+    // The loop may remove the current entry.
     for (auto const &[part, count] : stock.items())
         if (count == 0) stock.erase(part);
     std::cout << stock << '\n';
 
-    // The values alone.
+    // Only the values.
     int sum = 0;
     for (qrv::value const &count : stock) sum += count.get<int>();
     std::cout << sum << '\n';
 
-    // A range shares its container, so that a temporary is fine.
+    // A range shares its container, so the container may be a temporary.
     for (qrv::value const &word : qrv::parse("[one, two]")) std::cout << word << '\n';
 
     print(qrv::parse("{ a= {b= 1; c= x; }; d= y; }"), "");

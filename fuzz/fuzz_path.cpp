@@ -1,14 +1,16 @@
-// Reading and writing by paths with generated text, on a small tree. Properties that must hold for
-// every input:
-//   - no crash, no finding of the sanitizers; exceptions only where the handler throws;
+// Fuzzes reading and writing by paths, with generated paths on a small tree. Properties that must
+// hold for every input:
+//   - no crash, no finding of the sanitizers; exceptions only if the handler throws errors;
 //   - afterwards reader and writer are idle, and no counted object remains;
-//   - getattrp of a path at which one value was stored returns that value;
-//   - the tree can be written; if no value was omitted, reading it causes no error and writing it
-//     again gives the same text, except for declarations in the text. (Assigning to a value of a
-//     set can make it equal to another one, which reading then drops; so a tree with sets is
-//     written once more.)
+//   - after setattrp has stored a value at a path, getattrp of this path returns a good value;
+//   - the tree can be written;
+//   - if writing omitted no value and the tree has no declared types, the written text can be read
+//     without an error, and writing that result gives the same text. (Assigning to a value of a set
+//     can make it equal to another one, which reading then drops. So a tree with sets is written
+//     once more before the texts are compared.)
 //
-// The first byte selects the form, force, the value, and whether errors are thrown.
+// The bits of the first byte (cChoice) select the function, `force`, whether errors are thrown, the
+// value, and the tree.
 #include "fuzz/fuzz_support.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ceros.h"
@@ -35,8 +37,9 @@ bool holds_set(objref const &value) {
     return false;
 }
 
-// A declaration, or a value of a declared type. Statements put them in any order and declare a name
-// twice; text cannot represent which declaration an earlier value had.
+// Whether the value is or contains a declaration, or a value of a declared type. Statements can put
+// a value before the declaration of its type, or declare a name twice. Text cannot represent to
+// which declaration such a value belongs.
 bool holds_declared(objref const &value) {
     if (!value) return false;
     if (value->is_type() || &value->type().type() != &cat::typetype()) return true;
@@ -67,7 +70,7 @@ void change(cObj &tree, std::string const &text, unsigned choice) {
     if (!value) fuzz::stop("reading by a path returns null", text, "");
 }
 
-// Errors are thrown, and not printed, during its lifetime.
+// During its lifetime, errors are thrown and not printed.
 class cThrowing {
   public:
     cThrowing() : before_(cat::errhandler()) {
@@ -90,7 +93,8 @@ void change_guarded(cObj &tree, std::string const &text, unsigned choice) {
         }
         return;
     }
-    // An error of an operation on one value bypasses the report; it must not be printed.
+    // Errors of operations on one value are not sent to the report. These masks prevent that they
+    // are printed.
     cErrHandler const before = cat::errhandler();
     cat::errhandler().silent_mask(0xFFFFFFFF);
     cat::errhandler().throw_mask(0);

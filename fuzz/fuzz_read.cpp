@@ -1,9 +1,10 @@
-// The reader with generated text. Properties that must hold for every input:
+// Fuzzes the reader with generated text. Properties that must hold for every input:
 //   - no crash, no finding of the sanitizers, no exception while a report collects the errors;
 //   - afterwards reader and writer are idle, and no counted object remains;
 //   - each error has a position in the text;
-//   - the result can be written; if no value was omitted, reading it causes no error and writing it
-//     again gives the same text.
+//   - the result can be written;
+//   - if reading had no error and writing omitted no value, the written text can be read without
+//     an error, and writing that result gives the same text.
 //
 // The first byte selects whether comments are preserved.
 #include "fuzz/fuzz_support.h"

@@ -1,6 +1,6 @@
-// The scanner with generated text. Properties that must hold for every input:
+// Fuzzes the scanner with generated text. Properties that must hold for every input:
 //   - with white space and comments as tokens, the concatenated texts of the tokens are the input,
-//     except for a block comment that is open at its end;
+//     except for a block comment that is not closed at the end of the input;
 //   - each token's line, column and position are those of its first byte, counted here, and the
 //     running counters are those of the byte after it;
 //   - without white space and comments the other tokens are the same, also if the stream returns

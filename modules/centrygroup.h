@@ -5,8 +5,8 @@
 //                                        \--> load fails --> dissolved: the entries have no group
 //
 // An entry is in at most one group and leaves it when it is destroyed, so a group has no destroyed
-// entries; a copy of an entry joins the group of its original. While a module's file is being
-// unloaded, the entries that the module left in the repository are in a group without a module.
+// entries. A copy of an entry joins the group of its original. While a module's file is being
+// unloaded, the entries that the module has left in the repository are in a group without a module.
 
 #include "qrv/modules/crepository.h"
 
@@ -25,7 +25,7 @@ class cEntryGroup {
 
     void add(cRepositoryEntry &entry) noexcept;
     void remove(cRepositoryEntry &entry) noexcept;
-    void take(cEntryGroup &other) noexcept; // all entries of the other
+    void take(cEntryGroup &other) noexcept; // moves all entries of `other` to this group
 
     // Iterates in the order of creation; null at the end.
     cRepositoryEntry *first() const noexcept { return first_; }
@@ -33,8 +33,9 @@ class cEntryGroup {
         return entry.group_next_;
     }
 
-    // Call this when the file with the targets of the entries was unmapped. The entries then point
-    // to nothing. Entries of modules are destroyed, so that these modules can be loaded again.
+    // Call this after the file that contained the things of the entries was unloaded. Sets the
+    // pointers of all entries to null. Destroys the entries of modules, so that these modules can
+    // be loaded again.
     void forget_things();
 
   private:

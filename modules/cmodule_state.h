@@ -16,7 +16,7 @@
 //   being loaded --set-up throws--> resting          \--> still there: resting --load--> loaded
 struct cRestingFile {
     std::string path;
-    void *library; // is compared only
+    void *library; // the handle of the file, which is only compared
     std::string base_name;
     bool closing;
     std::unique_ptr<cEntryGroup> left_behind;

@@ -1,8 +1,8 @@
 // The repository's functions, the set of lists, and the table of counted pointers.
 //
-// Both process-wide tables have a constant-initialised pointer and are created on first use, which
-// also registers their destruction at exit. So they outlive each static object whose constructor
-// has used them.
+// Both process-wide tables are created on first use, and their pointers are constant-initialised.
+// The first use also registers their destruction at exit, so they outlive each static object whose
+// constructor has used them.
 
 #include "qrv/modules/crepository.h"
 
@@ -21,10 +21,10 @@ namespace {
 
 using cSharedTable = std::map<void *, cRef<cShared>>;
 
-constexpr std::size_t longest_key = 255; // in findorload; further characters are not copied
+constexpr std::size_t longest_key = 255; // findorload() ignores the characters after these
 
 constinit cSharedTable *shared_table = nullptr;
-constinit bool shared_table_ends = false; // its destruction is registered
+constinit bool shared_table_ends = false; // whether its destruction is registered
 constinit cRepositories *repositories = nullptr;
 constinit std::string const *unknown_text = nullptr; // never freed: references to it stay valid
 
@@ -53,7 +53,7 @@ std::string const &unknown() {
 void cat::start_shared_table() {
     if (shared_table) return;
     shared_table = new cSharedTable;
-    if (shared_table_ends) return; // the table may be created again, but is registered once
+    if (shared_table_ends) return; // the table was created again
     shared_table_ends = true;
     std::atexit(end_shared_table);
 }
@@ -78,7 +78,7 @@ cShared *cGetShared(void *pointer) {
     return record;
 }
 
-// The last handle that shares the record destroys it.
+// Removes the record from the table. It is destroyed when no handle shares it any more.
 void cPutShared(void *pointer) {
     if (!shared_table) return;
     shared_table->erase(pointer);
@@ -138,7 +138,7 @@ cRepositoryEntry *cRepoImpl::create(cRepositoryList *list, std::string const &na
                   "':comment '" + comment + "' old '" + old->comment_ + "'");
         return nullptr;
     }
-    std::string comment_copy(comment), type_name(type.name()); // what may fail comes first
+    std::string comment_copy(comment), type_name(type.name()); // first, since these may throw
     cRepositoryEntry &entry = list->insert(name);
     entry.comment_.swap(comment_copy);
     entry.type_name_.swap(type_name);

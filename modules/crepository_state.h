@@ -1,6 +1,6 @@
 #pragma once
-// Two tables for the life of the process, created on first use. start/startup.cpp calls these
-// functions, so that both exist before any ordinary static object and are destroyed after it.
+// Two process-wide tables. start/startup.cpp calls these functions, so that both tables are created
+// before the static objects of programs, and destroyed after them.
 
 namespace cat {
 void start_shared_table(); // creates the table of counted pointers, if it does not exist

@@ -15,8 +15,9 @@ Written by `./dev bench`. Machines differ: run it on yours before comparing with
 {about}
 
 Processor time in nanoseconds for each entry or slot, or for one inclusion; `memory` in bytes, `tool_memory` in
-bytes for each byte of the file. `must` is what qrv may take at most, in times of the peer's or in bytes; `change`
-is that of `qrv / peer` since the run before. `bench/README.md` says what each row does.
+bytes for each byte of the file. The peer is the library in the column `which`. `must` is the limit: the highest
+permitted `qrv / peer`, or a number of bytes. `change` is the change of `qrv / peer` since the run before.
+`bench/README.md` describes the rows.
 
 {newest}
 

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Lists public functions of include/qrv/ whose block has no comment.
 
-A block is a run of declarations without an empty line. Access labels end it, too, and so do the braces of a class or
+A block is a run of declarations without an empty line. Access labels also end it, and so do the braces of a class or
 namespace that has several blocks. A comment above or in a block, or after one of its declarations, is for the whole
-block; one in a function's body is not. Public functions are free functions and public members of classes, except
+block, but a comment in a function's body is not. Public functions are free functions and public members of classes, except
 those in private classes and in namespaces named `detail`.
 
 These need no comment, since the declaration says what a caller must know:
@@ -12,7 +12,7 @@ These need no comment, since the declaration says what a caller must know:
   - const noexcept functions that return neither a pointer nor a handle: they cannot fail, return null or transfer
     ownership.
 
-The headers of qrv::value are left to check_api_docs.py, which asks more of their comments.
+The headers of qrv::value are not checked here: check_api_docs.py has stricter rules for their comments.
 
 Macros are not expanded: a header is split into declarations at its braces and semicolons.
 Usage: check_comments.py [ROOT]. Silent and 0 if all have comments, else one line for each function and 1.
@@ -30,7 +30,8 @@ LABEL = re.compile(r"\s*(public|private|protected)\s*:(?!:)")
 SCOPE = re.compile(r"(?:inline |typedef )*(namespace|class|struct|union|enum)\b\s*([\w:]*)")
 NESTED = re.compile(r"<[^<>]*>|\{[^{}]*\}")
 NO_FUNCTION = re.compile(r"(?:using|typedef|concept|static_assert|extern template|template class)\b|.*\bfriend\b")
-# Parentheses that are not those of the parameters, and other parts that are not in the name or the type.
+# Words whose parentheses are not those of the parameters, and other parts that belong neither to the name nor to
+# the type.
 DECORATION = re.compile(r"\b(?:explicit|noexcept|requires|alignas|decltype|QRV_PRINTF) ?\(|\[(?=\[)|\bQRV_API\b")
 NAME = re.compile(r"((?:\w+\s*::\s*)*(?:operator\s*(?:\(\s*\)|[^(]+)|~?\w+))\s*\((?!\s*\*)")
 HANDLE = re.compile(r"\*|ref\b|\bcRef\b|_ptr\b")
@@ -127,7 +128,7 @@ class Header:
                 end = closing(self.code, at)
                 self.bodies.append((at, end))
                 following = self.code[self.blank_end(end):][:1]
-                # Between the initialisers of members, and after an initialiser, the declaration continues.
+                # These braces belong to the initialiser of a member, so the declaration continues.
                 if following not in (",", "{", ";"):
                     self.add(begin, at, end, owner, public)
                     return end

@@ -5,8 +5,8 @@
   - the tables of docs/errors.md have a row for each error of the list, with its kind, and no other row;
   - a code in a comment of a public header is in the list, and quoted text directly after it is the
     start of one of the errors with this code;
-  - sources of the library have no code as a number, and none of the texts (except very short ones):
-    they use the list for both;
+  - sources of the library contain neither a code as a number nor one of the texts (except very short
+    ones): they use the list for both;
   - a code as a number in the tools, which use only public headers, is in the list.
 Usage: check_errors.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.
 """
@@ -31,10 +31,10 @@ ROW = re.compile(r'\bX\(\s*(\w+),\s*(0x[0-9A-F]{8}),\s*(\w+),\s*"((?:[^"\\]|\\.)
 PAGE_ROW = re.compile(r"^\| (0x[0-9A-F]{8}) \| ``(.*)`` \| `(\w+)` \|$", re.M)
 ENUM = re.compile(r"enum class ErrorKind\b[^{]*\{(.*?)\}", re.S)
 CODE = re.compile(r"\b0x[4-8][0-9A-Fa-f]{7}(?=[uU]?\b)")
-# A code of few digits, in a context without other numbers: 0x4000000 for 0x44000000, 1.
+# Any number in a context where only codes occur. This finds wrong ones such as 0x4000000 for 0x44000000, and 1.
 ARGUMENT = re.compile(r"\b(?:cErr|eros|set_code)\s*\(\s*(0x[0-9A-Fa-f]+|[1-9]\d*)")
 LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
-SHORTEST_TEXT = 12  # shorter ones may be the start of another text
+SHORTEST_TEXT = 12  # shorter texts of the list may by chance be the start of another text
 COMMENT = re.compile(r"//(.*)")
 COMMENT_CODE = re.compile(r'\b(0x[4-8][0-9A-Fa-f]{7}|cErr\(\d+\)|the error \d\b)(?:\s+"([^"]*)")?')
 
@@ -87,7 +87,7 @@ def check_page(root, errors):
 
 
 def begins_alike(quoted, message):
-    """Whether the text in a comment, with ... for omitted parts, agrees with the start of a message."""
+    """Whether the quoted text of a comment, with ... for omitted parts, is the start of the message."""
     quoted = re.sub(r"\.\.\.|<\w+>", "\0", quoted).split("\0")
     message = message.split("...")
     # The fixed parts on both sides, up to the end of the shorter one.

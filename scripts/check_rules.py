@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Checks the fixed rules that compilers do not check.
 
-  - every file opens with a comment about its design, after `#pragma once` in a header; a source may
-    begin with its own header, which has that comment, and a test with its subject's;
+  - every file opens with a comment about its design, after `#pragma once` in a header. Instead of the
+    comment, a source may begin with the include of the header of the same name, which has the comment, and
+    a test with the include of its subject's header;
   - include/qrv/qrvdefs.h and docs/index.md say that one thread at a time may use the library;
-  - sources stay below 650 lines, tests below 1,000;
+  - sources have at most 650 lines, tests at most 1,000;
   - nothing is silenced: no suppressed warning, sanitizer or lint finding, no disabled test;
-  - remaining work is an issue, not a remark in a file.
+  - no file has a remark about remaining work, which belongs in an issue.
 Usage: check_rules.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.
 """
 import pathlib

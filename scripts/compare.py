@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares the behaviour of the library with that of another revision, on generated work.
+"""Compares the behaviour of the library with that of another revision, on generated operations.
 
   compare.py [REVISION] [--seeds A-B] [--modes read,write,copy,hash,scan] [--preset release]
   compare.py --with FOLDER [--preset release] ...

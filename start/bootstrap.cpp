@@ -1,19 +1,20 @@
-// The bootstrap: creates the error channel, sentinels, built-in types, constants and maps in one
-// ordered step, and tears them down in a separate order. Each step stores its pointer at once, so
-// that accessors called from a later step find it; this depends on the order.
+// The bootstrap creates the error channel, sentinels, built-in types, constants and maps, one after
+// the other. The tear-down destroys them, in another order. Each step of the bootstrap stores its
+// pointers at once, since accessors that later steps call need them: so the order matters.
 //
-// States:  none -> running -> ready -> tearing -> none. While running or tearing, accessors do not
-// start it again. After the tear-down a late accessor may, and registers another tear-down.
+// States:  none -> running -> ready -> tearing -> none. In the states running and tearing,
+// accessors do not start the bootstrap. After the tear-down, a late accessor starts it again, which
+// also registers another tear-down.
 //
 // The tear-down has two phases. First, while everything is alive, it releases all that programs
 // have added to the library's maps, types and constants: user destructors run here, and may use the
 // whole library. What these destructors add is released in the next round. Second, it releases the
-// core's own objects; from then on nothing reads a type link. Each release only drops the core's
-// count: an object that a program still holds stays in memory, and may be released later, but not
-// used.
+// core's own objects; from then on nothing reads the type of an object. Each release only drops the
+// core's count: an object that a program still owns stays in memory. The program may release it
+// later, but not use it.
 //
-// A limit on rounds and objects stops destructors that add new objects forever. Then the second
-// phase is omitted, and the core stays, with its contents.
+// If destructors add new objects again and again, the first phase ends at a limit of rounds or
+// objects. Then the second phase is omitted, and the core stays, with its contents.
 
 #include "containers/cattspec_nil.h"
 #include "containers/cglobals.h"
@@ -84,8 +85,9 @@ template <class T> void drop(T *&pointer) {
     cRef<T> const last = cRef<T>::adopt(std::exchange(pointer, nullptr));
 }
 
-// Limits for destructors that add new objects: rounds of releasing, and the number of such objects.
-// A program's well-behaved objects need one round each; the first round isn't limited.
+// Limits for destructors that add new objects: the number of rounds, and of objects that are
+// removed after the first round. If the destructor of each object adds one other, each needs one
+// round.
 constexpr int max_rounds = 100;
 constexpr std::size_t max_latecomers = 10000;
 
@@ -96,7 +98,7 @@ std::size_t drop_ommap(cObj &obj) {
     return members + 1;
 }
 
-// Whether this is a function or a string, as the library itself adds them to its types.
+// Whether this is a function or a string: the library itself adds only these to its types.
 bool is_plain_member(objref const &value) {
     if (!value || value->has_ommap()) return false;
     cObj const &obj = *value;
@@ -244,7 +246,8 @@ bool cBootstrap::is_own(cObj const *value) {
     return false;
 }
 
-// Entries that destructors add stay for the next round.
+// Removes the entries that are in the hash now. Those that destructors add meanwhile stay for the
+// next round.
 std::size_t cBootstrap::remove_present(cAttrHash &hash) {
     hashref const keep = hashref::share(&hash);
     std::size_t const present = hash.used();
@@ -266,7 +269,8 @@ std::size_t cBootstrap::drop_types() {
     });
 }
 
-// Keeps the methods in the tables of the types, so that objects still work.
+// Removes the members of the core's objects. Functions and strings among the members of types stay,
+// so that objects still work.
 std::size_t cBootstrap::drop_members() {
     std::size_t removed = 0;
     for (cMapObj *map : {core.typemap, core.dbase, core.constmap, core.gmmap})

@@ -3,7 +3,7 @@
 // object; all others are constant-initialised, or created on first use after a simple test.
 //
 // <iostream> comes first: it creates the standard streams, which must exist before they are
-// redirected to the message route. No other file of the library includes it.
+// redirected to the message output. No other file of the library includes it.
 
 #include <iostream>
 
@@ -25,7 +25,8 @@ namespace {
 
 constinit bool started = false; // the standard streams exist
 
-// Static code of a program that links the library statically may run before this file.
+// If the library is linked statically, constructors of the program's static objects may run before
+// those of this file.
 void start_standard_streams() {
     if (!started) std::ios_base::Init const now;
 }
@@ -37,8 +38,8 @@ struct cStarted {
     ~cStarted() = default;
 };
 
-// The two tables of the repository, created here unless static code of a program needed them
-// earlier.
+// These create the two tables of the repository, unless a static object of the program has used
+// them earlier.
 struct cSharedTableStart {
     cSharedTableStart() { cat::start_shared_table(); }
     cSharedTableStart(cSharedTableStart const &) = delete;
@@ -53,7 +54,7 @@ struct cRepositoriesStart {
     ~cRepositoriesStart() = default;
 };
 
-// Lets the text layers write to a channel during its lifetime.
+// During the lifetime of this object, the text layers write to the channel.
 class cChannelUse {
   public:
     cChannelUse(cTracer *&user, cTracer &channel) : user_(user) { user = &channel; }
@@ -122,8 +123,8 @@ static cChannelUse lex_use(cat::lex_channel, cat::trace_lex);
 cFunctionSlot1<char const *, void (*)(char const *)> debugout(cat::pass_to_debug_output);
 cTheOutStreambuf cOutSigStreambuf;
 static cMessageFileCloser message_file_closer;
-static cVersionText version_text;     // prints its final text while the message route still exists
-static cConsoleCloser console_closer; // a console does not show that text
+static cVersionText version_text;     // prints its final text while the message output still exists
+static cConsoleCloser console_closer; // ends before it, so a console does not show that text
 
 constinit cModuleList cat::loaded_modules;
 static cModule main_module("quorvanta", "quorvanta main module", false);

@@ -51,7 +51,8 @@ class type_builder::declaration {
         throw declaration_error(declared_->name(), std::string(key), reason);
     }
 
-    // Without a type any is allowed. Flags as in qrv/containers/cattspec.h.
+    // Adds an attribute. If `of` is null, its value may have any type. The flags are those of
+    // qrv/containers/cattspec.h.
     void add(std::string_view key, int flags, typeref const &of, value const &fallback) {
         auto const spec = make<cAttspec>(static_cast<int>(asf_required), nullptr);
         if (of && of != declared_) spec->share_type(of);

@@ -1,6 +1,6 @@
-// The tests of the rules are those of qrv/edit/crules.h. A part that breaks rules itself is left
-// out of the test of what is around it, so each mistake is reported once. The library's own errors
-// are caught as long as the making lives.
+// The tests of the rules are those of qrv/edit/crules.h. If a part breaks rules itself, the test of
+// the value around it omits the part, so that each mistake is reported once. While a `making`
+// exists, the library's own errors are caught.
 
 #include "value/making.h"
 
@@ -48,7 +48,7 @@ bool is_makeable(objref const &from, cTypeObj const &type) {
     return is_choice(type) && from->type().is_keytype();
 }
 
-// Of two parts, one of which may be empty.
+// Joins two parts of a path, of which either may be empty.
 std::string path_of(std::string const &outer, std::string const &inner) {
     return outer.empty() || inner.empty() ? outer + inner : outer + '/' + inner;
 }

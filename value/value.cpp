@@ -109,7 +109,7 @@ std::string detail::shown_text(objref const &object, bool *is_whole) {
 
 namespace {
 
-// Of a scalar, cut when it is long.
+// The text of a scalar for a message; long text is cut.
 std::string shown(objref const &object) {
     constexpr std::size_t most = 60;
     std::string text = detail::shown_text(object);

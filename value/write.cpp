@@ -114,7 +114,7 @@ void value::rename(std::string_view key, std::string_view new_key) {
 
 namespace {
 
-// Merges pairs of containers, each once: parts may be shared, or hold themselves.
+// Merges pairs of containers, each pair once, since parts may be shared or contain themselves.
 class merger {
   public:
     void merge(value target, value const &source) {

@@ -6,7 +6,7 @@ constexpr bool is_letter(char c) noexcept {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
 constexpr bool is_white(char c) noexcept { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-// Vertical tabs and form feeds, too.
+// Like is_white, and also vertical tab and form feed.
 constexpr bool is_space(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
 constexpr char to_lower(char c) noexcept {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;

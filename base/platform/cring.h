@@ -1,5 +1,5 @@
 #pragma once
-// The links of objects in a ring, as a base class: struct cBlock : cRingLinks<cBlock>.
+// A base class with the links of objects that form a ring: struct cBlock : cRingLinks<cBlock>.
 
 namespace cat::pool {
 

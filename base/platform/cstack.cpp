@@ -1,7 +1,7 @@
 // The stack of the running thread: pthread reports the bounds, once for each thread.
 //
-// A thread's lowest address is fixed for its life. For the main thread it follows from the limit at
-// the time of the query; the system grows the stack on demand up to that limit.
+// The lowest address of a thread's stack never changes. For the main thread it is computed from the
+// limit at the time of the query; the system grows the stack on demand up to that limit.
 
 #include "qrv/base/platform/cstack.h"
 
@@ -22,7 +22,7 @@ struct cBounds {
 
 constinit thread_local cBounds bounds{0, 0, 0};
 
-// If the bounds are unknown, these never stop a walk.
+// Used if the real bounds can't be queried. With these, stack_low() is always false.
 cBounds unknown() noexcept { return {1, reinterpret_cast<std::uintptr_t>(__libc_stack_end), 0}; }
 
 cBounds ask() noexcept {

@@ -22,7 +22,7 @@ void show(char const *what, objref const &machine) {
 
 int main() {
     sig_idle();              // discards the start-up text
-    cConsoleDisplay display; // from here on shows std::cout and std::cerr
+    cConsoleDisplay display; // from here on, std::cout and std::cerr are shown
 
     // The type holds the choices; once registered, it can be named in text.
     auto const type = make<cTypeObj>(&cat::typetype_choice(), "Mode", nullptr);

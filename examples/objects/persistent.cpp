@@ -1,6 +1,6 @@
-// Counts its runs in a map that is stored in a file. A cPersistentMap reads its file when the map
-// is first used, and writes it in its destructor. Here one process performs three runs and damages
-// the file before the last one; at the end it removes its files.
+// Counts runs in a map that is stored in a file. A cPersistentMap reads its file when the map is
+// first used, and writes it in its destructor. Here one process performs three runs, and damages
+// the file before the third one. At the end it removes its files.
 #include "qrv/base/cfilename.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/core/cobjd.h"
@@ -15,14 +15,14 @@
 
 namespace {
 void run(char const *who) {
-    cPersistentMap kept("persistent_example.attr", true); // true: with the comments of the file
+    cPersistentMap kept("persistent_example.attr", true); // true: preserves the file's comments
     cMapObj &map = kept.busmap();                         // empty if the file does not exist
     int runs = 0;
     cat::int_of(map["runs"], runs); // stays 0 if the entry does not exist
     map["runs"] = cat::of(++runs);
     map["last"] = cat::of(who);
     std::cout << "run " << runs << " by " << who << '\n';
-} // saves the file, which is complete even after a crash: the old one or the new one
+} // the destructor of `kept` saves the file; after a crash, the old or the new file is complete
 } // namespace
 
 int main(int, char **argv) {

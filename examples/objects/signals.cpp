@@ -36,7 +36,7 @@ int main() {
     std::cout << "Targets are called in the order of connection.\n";
     pressure(4);
 
-    std::cout << "A slot is blocked while a token of it lives.\n";
+    std::cout << "A slot is blocked while a token of its block() exists.\n";
     {
         auto const token = lamp.block();
         pressure(6);
@@ -44,7 +44,7 @@ int main() {
 
     std::cout << "A slot may destroy a target that is still to be called.\n";
     cFunctionSlot const guard([&pump] {
-        std::cout << "  guard: the pump goes\n";
+        std::cout << "  guard: destroys the pump\n";
         pump.reset();
     });
     pressure.connect(guard, false, pressure.begin()); // ahead of the first connection

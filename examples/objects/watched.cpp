@@ -1,5 +1,5 @@
-// Work under a watch dog: one sign of life for each step. The program also works without a watch
-// dog. Usage: watched [hang]; with hang it stops working in the middle.
+// Work under a watchdog: one sign of life for each step. The program also works without a
+// watchdog. Usage: watched [hang]. With hang it stops working in the middle.
 #include "qrv/diagnostics/cconsole.h"
 #include "qrv/util/cwatchdog.h"
 
@@ -13,7 +13,7 @@ int main(int argc, char **argv) {
     cConsoleDisplay display;
     bool const hangs = argc > 1 && std::string_view(argv[1]) == "hang";
 
-    sig_init(); // from here on the library knows whether a watch dog started us
+    sig_init(); // from here on the library knows whether a watchdog started us
     std::cout << (qrv_take_watchdog_id() ? "watched" : "not watched") << std::endl;
 
     for (int step = 1; step <= 3; ++step) {

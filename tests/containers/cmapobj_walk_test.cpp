@@ -1,5 +1,5 @@
 // Maps: operations that walk over all values. Comparing, owners, private copies, empty children; in
-// maps that hold themselves, in deep maps and in ladders.
+// maps that contain themselves, in deep maps and in ladders.
 
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cexe.h"

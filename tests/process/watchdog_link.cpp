@@ -1,4 +1,4 @@
-// The connection to a watch dog in separate processes, with the shared library: with and without
+// The connection to a watchdog in separate processes, with the shared library: with and without
 // the title, with an event that exists, is missing or is created too late, with a receiver that
 // checks the sender, and the position of the connection in the order of start-up and end.
 //

@@ -1,6 +1,6 @@
 #pragma once
-// A temporary folder for the files of generated work. It is the current folder, so that file names
-// in messages are the same in every process.
+// A temporary folder for the files of generated operations. It is the current folder, so that file
+// names in messages are the same in every process.
 
 #include <cerrno>
 #include <cstdlib>

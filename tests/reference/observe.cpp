@@ -1,4 +1,4 @@
-// Runs generated work with the library and prints every visible result, to compare two states of
+// Runs generated operations and prints every visible result, to compare two states of
 // the library. It uses only public headers, so that it can be built with either state.
 //
 //   reference_observe MODE FIRST LAST         for each seed a line "seed fingerprint"
@@ -48,7 +48,7 @@ cWorld &world() { return *the_world; }
 
 namespace {
 
-// Logs the output on the message route and the error route.
+// Logs the output on the message output and the error route.
 class cListener {
   public:
     cListener() : messages_(this, &cListener::message), errors_(this, &cListener::error) {

@@ -1,5 +1,5 @@
 #pragma once
-// Runs the built watch dog as a process, and exchanges text with it and its program while they run.
+// Runs the built watchdog as a process, and exchanges text with it and its program while they run.
 // Every wait has a limit, and no name is fixed: each run has its own event.
 //
 //   cDog dog({"--timeout", "1"}, child({"init", "take", "wait"}));
@@ -66,7 +66,7 @@ inline std::string without_ids(std::string const &text) {
 
 class cDog {
   public:
-    // The options of the watch dog, and the command after the `--`.
+    // The options of the watchdog, and the command after the `--`.
     cDog(cWords options, cWords const &command, std::string event = own_name())
         : event_(std::move(event)) {
         options.insert(options.begin(), {"--event", event_});
@@ -110,7 +110,7 @@ class cDog {
         EXPECT_FALSE(out_.is_open() || err_.is_open()) << "somebody still writes";
         return out_.text;
     }
-    // Waits only for the watch dog's end; its program may continue.
+    // Waits only for the watchdog's end; its program may continue.
     int status() { return wait(std::chrono::steady_clock::now() + patience); }
 
   private:
@@ -187,7 +187,7 @@ class cDog {
         int status = 0;
         while (::waitpid(pid_, &status, WNOHANG) == 0) {
             if (std::chrono::steady_clock::now() >= limit) {
-                ADD_FAILURE() << "the watch dog does not end";
+                ADD_FAILURE() << "the watchdog does not end";
                 return -1;
             }
             ::usleep(1000);

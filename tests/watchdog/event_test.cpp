@@ -1,4 +1,4 @@
-// Ownership of the event: the first watch dog has it until its end, even if a killed one left a
+// Ownership of the event: the first watchdog has it until its end, even if a killed one left a
 // file.
 
 #include "tools/watchdog/event.h"
@@ -30,7 +30,7 @@ class cOpened {
     sem_t *semaphore_;
 };
 
-// Leaves what a killed watch dog leaves: a raised event whose lock no process holds.
+// Leaves what a killed watchdog leaves: a raised event whose lock no process holds.
 void leave_behind(std::string const &name) {
     sem_t *const semaphore = ::sem_open(("/" + name).c_str(), O_CREAT | O_EXCL, 0600, 7u);
     ASSERT_NE(semaphore, SEM_FAILED);
@@ -80,7 +80,7 @@ TEST(WatchdogEvent, a_second_watch_dog_gets_no_event_and_does_not_affect_the_fir
     {
         cEvent second(name);
         EXPECT_FALSE(second.is_owned());
-        EXPECT_EQ(second.why_not(), "another watch dog has it");
+        EXPECT_EQ(second.why_not(), "another watchdog has it");
         EXPECT_EQ(second.take(), 0u);
     }
     cOpened opened(name);

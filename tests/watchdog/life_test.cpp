@@ -1,4 +1,4 @@
-// The decisions of the watch dog, with a clock that the tests set.
+// The decisions of the watchdog, with a clock that the tests set.
 
 #include "tools/watchdog/life.h"
 

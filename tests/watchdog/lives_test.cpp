@@ -1,4 +1,4 @@
-// The watch dog and real programs: how they run, hang, end, and are restarted.
+// The watchdog and real programs: how they run, hang, end, and are restarted.
 
 #include "tests/watchdog/dog_run.h"
 #include "tests/watchdog/plain_path.h"
@@ -120,7 +120,7 @@ TEST(WatchdogLives, a_successful_restart_is_the_last) {
 }
 
 TEST(WatchdogLives, two_hundred_restarts_leak_no_zombie_and_no_descriptor) {
-    // If the watch dog kept a descriptor for each run, the last run would see more of them.
+    // If the watchdog kept a descriptor for each run, the last run would see more of them.
     cRun const result = run({"--restart", "200"}, shell("ls /proc/$PPID/fd | wc -l; "
                                                         "ps --ppid $PPID | wc -l 2>&1; exit 1"));
     EXPECT_EQ(result.status, 1);
@@ -178,7 +178,7 @@ TEST(WatchdogLives, the_program_inherits_no_descriptor_of_the_watch_dog) {
 
 TEST(WatchdogLives, the_program_begins_with_default_signals_except_ignored_terminal_signals) {
     // Starts it under a shell that ignores all signals it can, and with the signal mask that the
-    // watch dog itself sets.
+    // watchdog itself sets.
     std::string const dog = test::binary_file("bin/qrv-watchdog");
     cDog plain({}, child({"mask"}));
     EXPECT_EQ(plain.finish(), (cRun{0, "not as by default\n", ""}));

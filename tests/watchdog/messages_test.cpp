@@ -1,4 +1,4 @@
-// Messages and the event, from programs that use the library to the watch dog.
+// Messages and the event, from programs that use the library to the watchdog.
 
 #include "tests/watchdog/dog_run.h"
 #include "tools/watchdog/event.h"
@@ -10,11 +10,11 @@ using dog_test::run, dog_test::shared_child;
 
 namespace {
 
-// Runs a program without a watch dog.
+// Runs a program without a watchdog.
 cRun alone(cWords const &command) {
     std::string line = "unset QRV_STARTUP_TITLE QRV_WATCHDOG_ID; exec";
     for (std::string const &word : command) line += " '" + word + "'";
-    // The watch dog starts a shell; the program that the shell starts does not receive the id.
+    // The watchdog starts a shell; the program that the shell starts does not receive the id.
     return run({}, dog_test::shell(line));
 }
 
@@ -87,7 +87,7 @@ TEST(WatchdogMessages, messages_alone_keep_a_program_alive) {
     ASSERT_TRUE(taken.is_owned());
     cDog dog({"--timeout", "2"}, child({"init", "take", "busy", "say", "done"}), name);
     EXPECT_EQ(dog.error_line(),
-              "qrv-watchdog: event " + name + ": another watch dog has it; messages alone count");
+              "qrv-watchdog: event " + name + ": another watchdog has it; messages alone count");
     EXPECT_EQ(dog.line(), "linked");
     ::sleep(5);
     dog.end_input();
@@ -101,7 +101,7 @@ TEST(WatchdogMessages, the_second_of_two_watch_dogs_has_no_event) {
     EXPECT_EQ(second.finish(),
               (cRun{0, "linked\n",
                     "qrv-watchdog: event " + first.event() +
-                        ": another watch dog has it; messages alone count\n"
+                        ": another watchdog has it; messages alone count\n"
                         "qrv-watchdog: started watchdog_child (pid N), id N\n"
                         "qrv-watchdog: signs of life: 2 messages, 0 events; other messages: 0; "
                         "ignored: 0\n"}));
@@ -166,7 +166,7 @@ TEST(WatchdogMessages, messages_of_another_user_are_ignored_and_reported_once) {
                   "\n"}));
 }
 
-// The installed library and the default name of the event. Another watch dog, of another run of
+// The installed library and the default name of the event. Another watchdog, of another run of
 // these tests or of somebody at work, may own the event; then only messages are tested.
 TEST(WatchdogMessages, the_shared_library_uses_the_default_event) {
     cDog dog({"--verbose", "--", shared_child({})[0], "init", "take", "step", "3"});

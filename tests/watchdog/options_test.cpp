@@ -129,7 +129,7 @@ TEST(WatchdogOptions, help_and_manual_list_the_exit_codes) {
     std::map<int, std::pair<std::string, std::string>> const meanings = {
         {status_signal, {"signal", "signal"}},
         {status_no_life, {"no sign of life", "no sign of life"}},
-        {status_failure, {"itself failed", "watch dog failed"}},
+        {status_failure, {"itself failed", "watchdog failed"}},
         {status_not_executed, {"can't be executed", "can't be executed"}},
         {status_not_found, {"there is no PROGRAM", "does not exist"}},
         {status_wrong_usage, {"wrong usage", "wrong usage"}}};
@@ -159,10 +159,10 @@ TEST(WatchdogOptions, help_is_printed) {
         "  --restart N:INT in [0 - 1000000]=0\n"
         "                              how many times it is started again\n"
         "  --event NAME=EreignisQuorvanta\n"
-        "                              the event's name, where several watch dogs run\n"
+        "                              the event's name, where several watchdogs run\n"
         "  --verbose                   report starts, messages and ignored datagrams\n"
         "\n"
-        "PROGRAM learns about its watch dog from environment variables, and gives a sign of life "
+        "PROGRAM learns about its watchdog from environment variables, and gives a sign of life "
         "with\n"
         "each sig_progstep that it fires. If none comes for --timeout seconds, also because it "
         "was\n"
@@ -170,11 +170,11 @@ TEST(WatchdogOptions, help_is_printed) {
         "as\n"
         "--restart allows, also when it died or exited with another status than 0. SIGTERM, SIGINT "
         "and\n"
-        "SIGHUP are passed on to it, and end the watch dog as soon as it has ended.\n"
+        "SIGHUP are passed on to it, and end the watchdog as soon as it has ended.\n"
         "\n"
         "Exit codes: PROGRAM's own; 128 and the number of the signal that PROGRAM died of, or that "
         "the\n"
-        "watch dog was sent; 124 no sign of life came, and no restart was left; 125 the watch dog\n"
+        "watchdog was sent; 124 no sign of life came, and no restart was left; 125 the watchdog\n"
         "itself failed; 126 PROGRAM can't be executed; 127 there is no PROGRAM; 2 wrong usage.\n"
         "\n"
         "Example:\n"

@@ -1,4 +1,4 @@
-// Messages to readers that do not read or read slowly: no line delays the watch dog for long.
+// Messages to readers that do not read or read slowly: no line delays the watchdog for long.
 
 #include "tools/watchdog/report.h"
 
@@ -88,7 +88,7 @@ TEST(WatchdogTell, a_terminal_with_space_for_a_part_of_a_line_delays_nothing) {
     for (int i = 0; i < 100; ++i) report(text); // returns
 }
 
-// A page becomes free every 100 ms, which is enough for four lines. If the watch dog waited each
+// A page becomes free every 100 ms, which is enough for four lines. If the watchdog waited each
 // time, it would print all lines and do nothing else for five seconds.
 TEST(WatchdogTell, the_watch_dog_waits_once_for_a_slow_reader) {
     std::this_thread::sleep_for(

@@ -1,4 +1,4 @@
-// Signals to the watch dog: it passes them on, waits, and cleans everything up.
+// Signals to the watchdog: it passes them on, waits, and cleans everything up.
 
 #include "tests/watchdog/dog_run.h"
 
@@ -80,7 +80,7 @@ TEST(WatchdogSignals, a_watch_dog_that_was_stopped_restarts_its_wait) {
 }
 
 TEST(WatchdogSignals, a_signal_that_the_caller_ignores_ends_no_process) {
-    // The outer watch dog passes the signal on to the inner one.
+    // The outer watchdog passes the signal on to the inner one.
     cDog dog({"--grace", "60"},
              shell("trap '' HUP; exec " + test::binary_file("bin/qrv-watchdog") + " --event " +
                    dog_test::own_name() + " -- " + child({})[0] + " say ready wait say done"));
@@ -91,7 +91,7 @@ TEST(WatchdogSignals, a_signal_that_the_caller_ignores_ends_no_process) {
     EXPECT_EQ(dog.finish(), (cRun{128 + SIGHUP, "done\n", ""}));
 }
 
-// A terminal sends its interrupt to the whole process group, so the watch dog must not send it
+// A terminal sends its interrupt to the whole process group, so the watchdog must not send it
 // again.
 // Has the process an interrupt that it has not received yet? It would receive a hangup before that.
 bool has_pending_interrupt(std::string const &process) {
@@ -109,7 +109,7 @@ TEST(WatchdogSignals, an_interrupt_from_the_terminal_arrives_once) {
     ASSERT_EQ(::grantpt(terminal), 0);
     ASSERT_EQ(::unlockpt(terminal), 0);
     std::string const name = ::ptsname(terminal);
-    // setsid lets the shell open the terminal as its controlling terminal; the watch dog is in its
+    // setsid lets the shell open the terminal as its controlling terminal; the watchdog is in its
     // group.
     cDog dog({"--grace", "60"},
              {"setsid", "-w", "/bin/sh", "-c",

@@ -1,7 +1,7 @@
-// Object trees in files, and white space.
+// Functions for object trees in files, and for white space.
 //
-// Saving composes the whole text before the file is touched: a value that throws while it writes
-// itself, a full disk or a kill leaves the old file as it was.
+// Saving composes the whole text in memory before it changes the file. So the old file stays as it
+// was if a value throws while it is written, if the disk is full, or if the process is killed.
 
 #include "qrv/text/file/cfile.h"
 
@@ -32,7 +32,8 @@ std::string::size_type first_black(std::string const &text) {
     return static_cast<std::string::size_type>(at - text.begin());
 }
 
-// Has `read` scan an open file. False also if it can't be opened.
+// Opens the file and calls `read` with its scanner. False if the file can't be opened, or if errors
+// were counted.
 template <class Read> bool scan_file(char const *name, Read const &read) {
     cFileScan file(name, false);
     if (!file.opened()) return false;
@@ -59,9 +60,9 @@ bool file2obj(char const *name, objref &ref) {
     return scan_file(name, [&ref](cAttrScan &scan) { scan.scan_obj(ref, nullptr); });
 }
 
-// The assignment belongs to the reading, whose text may lead a type's own `assign`: nothing is
-// loaded, and a living report takes its errors. But it is a program's act, free of the budget for
-// merges.
+// The assignment is a part of the reading, since the text can determine what a type's own `assign`
+// does. So it loads no modules, and its errors are added to an existing report. But the budget for
+// merges does not limit it, since the program requests it, not the text.
 bool file2map(char const *name, cMapObj &map) {
     return scan_file(name, [&map](cAttrScan &scan) {
         cat::cMergeBudget *const budget = cat::cMergeBudget::current();

@@ -20,7 +20,8 @@ class cFileScan {
   public:
     // Unless quiet, a file that can't be opened is reported as cAttrScan::openfile() does.
     cFileScan(char const *name, bool quiet);
-    // Quiet. Reads a file of any kind into memory, and skips a byte order mark.
+    // Reads a file of any kind into memory, and skips a byte order mark. Reports nothing if the
+    // file can't be opened.
     explicit cFileScan(char const *name);
     cFileScan(cFileScan const &) = delete;
     cFileScan &operator=(cFileScan const &) = delete;

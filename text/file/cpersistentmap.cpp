@@ -1,9 +1,9 @@
-// A map in a file.
+// A map in a file. Its states:
 //
-//   made --busmap--> placed --read--> loaded, file whole or damaged --destructor--> kept, saved
+//   created --busmap()--> placed: its path is known --read--> loaded, from a good or a damaged file
 //
-// An exception from a handler leaves it placed. Only a loaded map is saved, so what was never read
-// to an end is never overwritten.
+// The destructor saves a loaded map; it copies a damaged file first. If a handler throws while the
+// file is read, the map stays placed, and the file is not overwritten.
 
 #include "qrv/text/file/cpersistentmap.h"
 
@@ -22,7 +22,7 @@ namespace {
 
 constexpr int most_kept = 99;
 
-// Is the end reached, but for comments and one separator?
+// Is there nothing left in the text except comments and one separator?
 bool at_end(cAttrScan &scan) {
     cat::ReadReport const quiet; // discards errors in the text after the value
     scan.return_com(false);
@@ -31,7 +31,8 @@ bool at_end(cAttrScan &scan) {
     return cat::is_end(scan.token());
 }
 
-// Would writing `value`, or an empty map for null, lose what the scan has read?
+// Does `value`, or an empty map for null, contain everything that is in the text? Otherwise writing
+// it would lose data.
 bool read_cleanly(cAttrScan &scan, int result, objref const &value) {
     if (scan.errcount() != 0) return false;
     if (result == 0 && (!cObj::is_map(value) || scan.token().code != '}')) return false;
@@ -73,7 +74,7 @@ objref cPersistentMap::load() {
     cAttrScan &scan = file.scan(); // connected to cat::errhandler()
     scan.return_com(keep_comments_);
     if (!file.opened()) {
-        // What can't be opened can't be judged, only that it isn't there.
+        // A file that can't be opened counts as damaged, unless it does not exist.
         damaged_ = cat::file_exists(name_) || (errno != ENOENT && errno != ENOTDIR);
         return {};
     }
@@ -94,7 +95,8 @@ void cPersistentMap::save() {
         cat::put_error_line("Cannot write file: " + name_);
 }
 
-// A device or a pipe holds nothing to keep, and no file either.
+// Copies the damaged file, or finds such a copy. If there is no regular file, there is nothing to
+// copy; true then, unless its kind can't be determined.
 bool cPersistentMap::keep_damaged() const {
     errno = 0;
     if (!cat::is_regular(name_)) return errno == 0 || errno == ENOENT;

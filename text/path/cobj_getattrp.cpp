@@ -1,4 +1,4 @@
-// cObj::getattrp: a value deep in a tree by a path such as a/b/0.
+// cObj::getattrp finds a value deep in a tree by a path such as a/b/0.
 //
 // DELIBERATE: any token separates two keys.   Pinned: any_token_separates_keys
 // DELIBERATE: an error in a path is printed as a line and has no code.

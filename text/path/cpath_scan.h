@@ -4,8 +4,8 @@
 //
 // It uses the scanner of the text format, so keys have the lexical rules of a file: foo and "foo"
 // are the same key, 0 is an index, #name a constant, comments are ignored, and a// is a followed by
-// a comment. Tokens are read in pairs: the one that should be a key and its follower. At the end
-// each has code 0 and no text, also if a byte from 128 on ended the text.
+// a comment. Tokens are read in pairs: the one that should be a key and its follower. At the end of
+// the text each has code 0 and no text. A byte of 128 or above also ends the text.
 
 #include "qrv/text/read/cattrscan.h"
 
@@ -14,16 +14,17 @@
 
 class cPathScan {
   public:
-    // `report`: the scanner finally prints its summary if there were errors.
+    // With `report`, the scanner prints its summary in its destructor if there were errors.
     cPathScan(std::string const &text, bool report);
     cPathScan(cPathScan const &) = delete;
     cPathScan &operator=(cPathScan const &) = delete;
     ~cPathScan() = default;
 
-    // The first pair of a path, after a leading slash; of a statement, also after any ; and ,
-    // before it.
+    // Reads the first pair of a path, after a leading slash.
     void begin_path();
+    // Reads the first pair of a statement, after any ; and , and after a leading slash.
     void begin_statement();
+    // Reads the next pair.
     void next();
 
     cAttrLiteral const &token() const noexcept { return token_; }

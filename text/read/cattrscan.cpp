@@ -213,8 +213,8 @@ bool cAttrScan::openfile(char const *name, bool quiet) {
 std::string &cAttrScan::com_collected() { return text_state().com_collected(); }
 
 namespace {
-// Without carriage returns. One between `*` and `/` becomes a blank, since the comment would end
-// there otherwise.
+// Removes the carriage returns. One between `*` and `/` becomes a blank, since the comment would
+// otherwise end there.
 std::string without_returns(std::string const &text) {
     std::string result;
     result.reserve(text.size());

@@ -48,7 +48,7 @@ class cValueReport {
         return false;
     }
 
-    // Shows the object to the report's watch, which may want to know the violated rule.
+    // Shows the object to the report's watch, so that it can find the violated rule.
     static void invalid(cObj &object) {
         cat::ReadReport const *const report = cat::ReadReport::current();
         if (report && report->watch()) report->watch()->invalid(object);

@@ -1,9 +1,11 @@
 #pragma once
-// Groups the errors of a reading into runs, which cat::ReadError::follows shows.
+// Groups the errors of a reading into runs: an error, and those that follow from it. The comment of
+// cat::ReadError::follows has the rules.
 //
-// The reader reports the token that it consumed last, the start of each entry, and the end of a
-// value after all errors about it. It omits this for late entries (cLateEntries): an error settles
-// them, and while a run is open no others become late.
+// A run is open while further errors belong to it. The reader calls the functions below at the
+// start of each entry, after each delimiter, and at the end of each value, after all errors about
+// it. It omits these calls for late entries (cLateEntries): an error enters all late entries, and
+// while a run is open no entry is late.
 
 #include "qrv/text/read/creadreport.h"
 #include "qrv/text/scan/cattrscanner.h"
@@ -17,11 +19,12 @@ class cErrorRuns {
     bool is_open() const noexcept { return open_; }
     unsigned errors() const noexcept { return errors_; } // of the reading
 
-    // Whether the last token was consumed as a delimiter or as an opening bracket.
+    // Call this when a token was consumed: whether it was a delimiter or an opening bracket.
     void delimited(bool on) noexcept { delimited_ = on; }
     // Whether the value that is scanned next is the start of an entry.
     void expect_entry(bool on) noexcept { expected_ = on; }
-    // The first token of an entry, or of a value, was read. It isn't a closing bracket.
+    // Call these when the first token of an entry, or of a value, was read and isn't a closing
+    // bracket.
     void begin_entry() noexcept {
         if (delimited_) open_ = false;
         delimited_ = expected_ = false;
@@ -29,14 +32,14 @@ class cErrorRuns {
     void begin_value() noexcept {
         if (expected_) begin_entry();
     }
-    // A value has ended: a run that began inside it ends too, unless the text ended before the
-    // closing bracket.
+    // Call this at the end of a value. A run that began inside it ends too, unless the text ended
+    // before the closing bracket.
     void end_value(cToken const &last) noexcept {
         if (open_ && last.code > tkEof) leave();
     }
 
-    // During its lifetime, errors belong to the run of the last error, if the reading had more than
-    // `before` errors when this was created.
+    // During its lifetime, errors belong to the run of the last error. It has no effect if the
+    // reading had no error since its number of errors was `before`.
     class cSameRun {
       public:
         cSameRun(cErrorRuns &runs, unsigned before) noexcept

@@ -31,8 +31,8 @@ bool is_plain_source(std::istream &is) {
     return type == typeid(std::filebuf) && typeid(conversion) == typeid(cConversion);
 }
 
-// Whether the entries of a container that permits it can be late. Those of a program's container
-// are entered one by one.
+// Whether the type and the position of a container permit late entries. Entries of a program's
+// container type are entered one by one.
 bool may_be_late(cTypeObj const *type, cHashReader::cOpened opened) {
     bool const of_library = !type || type == &cat::type_map() || type == &cat::type_vector() ||
                             type == &cat::type_set();
@@ -74,7 +74,8 @@ void cHashReader::begin_late(cOpened opened) {
     }
 }
 
-// While late: whether the next entries can be stored in this hash without user code.
+// Called while entries are late: whether the next ones can be stored in this hash without running
+// user code.
 bool cHashReader::stays_late() const {
     return late_.can_be() && (late_.is_late() || (!seen_ && cAttrInsert::is_ready(hash_)));
 }
@@ -93,11 +94,11 @@ template <class... Parts> void cHashReader::fail(cErrText const &error, Parts co
 
 // --- the fast path ---
 
-// Reads a literal or a word that is one value, or the opening bracket of one. If that is uncertain
-// or fails, nothing was read.
+// Reads a literal or a word that is a whole value, or the opening bracket of a value. If the next
+// tokens are not certainly one of these, reads nothing and returns `none`.
 cHashReader::cFast cHashReader::read_fast(objref &value, bool as_key) {
     int code = scan_.next();
-    if (cat::is_separator(code)) { // for example that of a previous container
+    if (cat::is_separator(code)) { // for example the one after a container
         scan_.separator_passed_ = true;
         session_.runs().delimited(true);
         if (source_) source_->after(scan_.current());
@@ -141,30 +142,31 @@ cHashReader::cFast cHashReader::unread_word(objref &value, cToken word) {
     return cFast::none;
 }
 
-// A new key or value, to which a following comment may belong.
+// Notes a new key or value, since a comment after it may belong to it.
 inline void cHashReader::note(objref const &value, bool as_key) {
-    bool const handing = !state_.com_collected().empty();
-    if (state_.is_late() && !handing) {
+    bool const has_comment = !state_.com_collected().empty();
+    if (state_.is_late() && !has_comment) {
         noted_ = value.get();
         return;
     }
     note_now();
     cReadingKey const now(as_key);
-    if (handing) scan_.note_new(nullptr); // RUNS USER CODE
+    if (has_comment) scan_.note_new(nullptr); // RUNS USER CODE
     if (state_.is_late())
         noted_ = value.get();
     else
         scan_.note_new(value);
 }
 
-// Notes a value that the fast path has read, before other code reads a comment for it. No comment
-// was pending when the value was read.
+// Completes note() for a value of the fast path, before other code can read a comment for it. No
+// comment was pending when the value was read.
 void cHashReader::note_now() {
     cObj *const noted = std::exchange(noted_, nullptr);
     if (noted && scan_.return_com()) state_.last_noted() = objref::share(noted);
 }
 
-// The closing bracket of the container, instead of a key or an item.
+// Whether the code is the closing bracket of the container, in place of a key or an item. If so,
+// ends the container.
 bool cHashReader::closes(int code, bool as_key) {
     bool const may_close = cValueReader::ends_container(code) && code != tkEof;
     if (!may_close || !(listed_ || as_key)) return false;
@@ -188,8 +190,8 @@ int cHashReader::read_general(objref &value, cFast done) {
     return code;
 }
 
-// Stores a value that only the library has created under a new key; only while the entries are
-// late. False if the general path is needed.
+// Stores a value under a new key. Only for a value that the library alone has created, and while
+// entries are late. False if the general path is needed.
 bool cHashReader::put_new(cEntry &entry) {
     if (seen_) return false;
     if (!late_.is_late()) return put_entered(entry);
@@ -198,7 +200,7 @@ bool cHashReader::put_new(cEntry &entry) {
     return cAttrInsert::adopt(hash_, std::move(entry.key), std::move(entry.value)).is_new;
 }
 
-// The same in a container whose entries are in the table.
+// The same in a container whose earlier entries are in the table of paths.
 [[gnu::noinline]] bool cHashReader::put_entered(cEntry &entry) {
     if (!listed_ && entry.key->has_ommap()) return false;
     if (!(listed_ ? late_.has_room(index_) : late_.has_room(entry.key))) return false;
@@ -231,7 +233,7 @@ bool cHashReader::is_late_key(objref const &key) const {
 
 // --- one entry ---
 
-// Reads the key of an entry of a map. A map without key is a value.
+// Reads the key of an entry of a map. If a map is read there, it is a value without a key.
 cHashReader::cNext cHashReader::read_key(cEntry &entry) {
     cFast const done = read_fast(entry.key, true);
     if (done == cFast::closed) return cNext::stop;
@@ -332,7 +334,7 @@ void cHashReader::register_type(cEntry &entry) {
     entry.result = cAttrScan::asrType;
 }
 
-// A key without a value, or a value without a key: it has no path.
+// Stores a key without a value, or a value without a key. Such an entry has no path.
 [[gnu::noinline]] bool cHashReader::store_alone(cEntry &entry) {
     state_.settle();
     cAboutValue const about_key(session_);
@@ -379,8 +381,8 @@ bool cHashReader::read_keyed(cEntry &entry) {
     return true;
 }
 
-// The same for entries beyond the fast path. A separate function, since many entries need only the
-// fast path.
+// Does the same for entries that the fast path can't read or store completely. This is a separate
+// function, since most entries need only the fast path.
 [[gnu::noinline]] bool cHashReader::read_rest(cEntry &entry, cFast done) {
     bool const by_index = !entry.key;
     unsigned const errors = session_.runs().errors();
@@ -435,7 +437,7 @@ bool cHashReader::is_plain_entry(cEntry const &entry) {
     bool const met = !entry.fresh && (value.is_map() || value.is_vector() || value.is_set());
     if (seen_) return !met && cValueIndex::is_plain(value) && !find_in_set(value);
     if (hash_.find(entry.key)) return false;
-    if (met) cLateEntries::enter_open(); // a walk must not follow it
+    if (met) cLateEntries::enter_open(); // its paths are in the table, so no walk may look for them
     return late_.has_room(entry.key);
 }
 
@@ -465,7 +467,8 @@ bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
     return done;
 }
 
-// A plain value of the set may have changed since it was added to the index.
+// The node of an equal value of the set. A plain value may have changed since it was added to the
+// index; then the index is discarded and built again.
 cAttrNode const *cHashReader::find_in_set(cObj const &value) {
     cAttrNode const *const node = seen_->find(value);
     if (!node || !cValueIndex::is_plain(value) || value.equal(node->value())) return node;
@@ -508,7 +511,8 @@ objref cHashReader::store(cEntry const &entry, unsigned before) {
     return listed_ ? cat::bad() : stored(entry.key);
 }
 
-// The current node of the entry, without comparing keys of a program's types.
+// Records the current node of the entry. Finds the node without comparing keys of a program's
+// types.
 [[gnu::noinline]] void cHashReader::record(cEntry const &entry, objref const &held,
                                            cAttrNode const *before) {
     cAttrNode const *node = hash_.last();
@@ -525,7 +529,7 @@ objref cHashReader::store(cEntry const &entry, unsigned before) {
     if (held != entry.value) source_->moved(*entry.value, *held);
 }
 
-// The first value stays if the repeat was rejected.
+// The value that the key has now. If a repeated key was rejected, this is its first value.
 objref cHashReader::stored(objref const &key) const {
     cAttrNode const *const node = hash_.find(key);
     return node && node->valref() ? node->valref() : cat::bad();
@@ -555,8 +559,8 @@ int cHashReader::read() {
     while (!cValueReader::ends_container(delim_) && read_entry()) continue;
     note_now();
     if (delim_ == tkEof && hash_.empty()) {
-        // A bracket alone is not an error here: the reader of values reports a vector's; a map's
-        // and a set's are reported only to a report.
+        // An opening bracket without anything after it. For a vector, the reader of values reports
+        // it; for a map and a set it is an error only if there is a cat::ReadReport.
         if (type_ != &cat::type_vector() && cat::ReadReport::current()) report_unclosed(false);
         return -1;
     }

@@ -206,7 +206,7 @@ bool cat::scan_attrcopy(cObj &obj, objref &args) {
         error_line(whole_error(err_entries_unread, cNamed::type(type)));
         return false;
     }
-    cMergeBudgetUse const as_before(budget); // copying is the program's, if the reading is
+    cMergeBudgetUse const as_before(budget); // an outer reading's, or none for a program's call
     try {
         objref const fresh = obj.type().newobj();
         if (cObj::is_bad(fresh)) return false;

@@ -10,6 +10,7 @@ void install_text() noexcept;
 // Whether the type's method `read` is a function of the library that only reads characters from its
 // stream. For types that aren't containers.
 bool is_read_by_library(cTypeObj const &type) noexcept;
-// Such a function of a higher layer; null until its type is created.
+// The method `read` of the type "intf" is such a function, but belongs to a higher layer. Null
+// until that type is created.
 extern constinit cProcedure2 read_intf;
 } // namespace cat

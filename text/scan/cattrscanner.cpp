@@ -1,13 +1,16 @@
 // Tokens: the current one, pushed back ones, the counters, and the shared lexers.
 //
-// Each match begins a token at the running counters; only the later pieces of a block comment
-// extend the token begun by its opening. Then the counters advance over the matched text. A token
-// that is pushed back and read again does not change them. The text of a token is a view: of text
-// in memory, of one of the lexer's two copies, or of a table of single characters. The string that
-// token() returns is filled on the first request, and from then on with each token, since the
-// caller may hold the reference. A lexer is in the list of lexers from its constructor to its
-// destructor, and exists while a scanner uses it. The list is searched by the stream's address: so
-// if a stream is destroyed before its scanners, a new stream at its address would find its lexer.
+// Each match begins a token at the current counters, and the counters then advance over the matched
+// text. Only a block comment consists of several matches, all of which belong to the token that the
+// first one began. A token that is pushed back and read again does not change the counters.
+//
+// The text of a token is a view: of text in memory, of one of the lexer's two copies, or of a table
+// of single characters. The string that token() returns is filled at the first call, and from then
+// on with each token, since the caller may have stored the reference.
+//
+// A lexer is in the list of lexers from its constructor to its destructor, and exists while a
+// scanner uses it. The list is searched by the address of the stream. So a stream must not be
+// destroyed before its scanners: a new stream at its address would find its lexer.
 
 #include "qrv/text/scan/cattrscanner.h"
 
@@ -64,7 +67,7 @@ void copy(cToken const &token, cAttrLiteral &literal) {
     literal.outer_column = token.outer_column;
 }
 
-// Codes of the tokens by rule number; a single character has its own.
+// Codes of the tokens by rule number. The code of a single character is the character itself.
 constexpr std::array<int, 22> codes = {
     0,         tkBool,   tkBool,  tkInt,   tkUnsigned,  tkBadIdent,  tkInt,       tkFloat,
     tkDouble,  tkString, tkConst, tkIdent, tkAddAssign, tkShiftLeft, tkAndAssign, tkComment,
@@ -157,7 +160,7 @@ bool cAttrLexer::is_wanted(rule r) const {
     return return_com_ || watch_com_ || (r != r_line_comment && r != r_block_comment);
 }
 
-// For text that ends at the offset.
+// Counts the lines of text that ends at offset_.
 void cAttrLexer::pass_lines(std::string_view text) {
     auto const lines = std::count(text.begin(), text.end(), '\n');
     pass_lines(static_cast<std::size_t>(lines), text.size() - 1 - text.rfind('\n'));
@@ -242,8 +245,8 @@ cToken const &cAttrLexer::finish_watched() {
 
 void cAttrLexer::set_outer_place() {
     std::size_t const offset = offset_ - token_.text.size() - before_places_;
-    auto const behind = [](std::size_t at, cAttrPlace const &p) { return at < p.offset; };
-    auto next = std::upper_bound(places_.begin(), places_.end(), offset, behind);
+    auto const is_before = [](std::size_t at, cAttrPlace const &p) { return at < p.offset; };
+    auto next = std::upper_bound(places_.begin(), places_.end(), offset, is_before);
     if (next == places_.begin()) return;
     cAttrPlace const &place = *--next;
     token_.outer_line = place.line;
@@ -276,8 +279,8 @@ void cAttrLexer::place(unsigned position, unsigned line, unsigned column) {
     before_places_ = offset_ - position;
 }
 
-// Seeks in the stream's buffer, so that a failure leaves the stream's state good. A position of -1,
-// from an input without an offset, must not become one of four billion.
+// Seeks in the stream's buffer, so that a failure leaves the stream's state good. An input without
+// an offset has the position -1, which the cast preserves; otherwise it would become 4294967295.
 void cAttrLexer::reset(unsigned position, unsigned line, unsigned column) {
     pushed_.clear();
     again_ = false;

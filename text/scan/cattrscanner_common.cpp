@@ -1,11 +1,11 @@
-// Hand-written scanning of the common tokens: a single character, a word, a number or a string of
-// the usual form, after white space, completely in memory, if only the token's fields are needed.
-// Most texts have few others.
+// A hand-written scanner of the most common tokens: single characters, words, and numbers and
+// strings of the usual form. It is used for tokens that are completely in memory, if only their
+// fields are needed. All other tokens are left to scan(); nothing is changed then, except that
+// white space may have been skipped.
 //
 // The functions here call others only at their ends, so that all values stay in registers. They
 // need two fifths of the instructions that scan() would need for the same tokens, which reduces the
-// cost of reading by 20 %. All other tokens are left to scan(); nothing is changed then, except
-// that white space may have been skipped.
+// cost of reading by 20 %.
 
 #include "qrv/text/scan/cattrscanner.h"
 #include "text/scan/cattrlexer_inline.h"

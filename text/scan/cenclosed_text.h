@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-// Receives the tokens as they are read, also comments, and the size of the text before each.
+// Receives each token when it is read, comments included, and the size of the text before it.
 class cTokenWatch {
   public:
     virtual void token(cToken const &token, std::size_t size) = 0;
@@ -22,11 +22,13 @@ struct cEnclosedText {
     cEnclosedText(cEnclosedText const &) = delete;
     cEnclosedText &operator=(cEnclosedText const &) = delete;
 
-    // A part of the input itself if that is in memory and no comment was omitted, else of `copy`.
-    // Without the brackets; up to the end of input if the closing bracket is missing.
+    // The text without the brackets. If the closing bracket is missing, it extends to the end of
+    // the input. This is a view of the input, if that is in memory and no comment was omitted; else
+    // it is a view of `copy`.
     std::string_view text;
     std::string copy;
-    // The origins of the tokens in the text, including the one that ends it; only if requested.
+    // Where the tokens of the text were in the input, including the token that ends it. They are
+    // recorded only if with_places is set.
     bool with_places = false;
     std::vector<cAttrPlace> places;
     cTokenWatch *watch = nullptr; // borrowed

@@ -2,8 +2,7 @@
 // An input stream on characters in memory, which are read in place. The scanner recognises its
 // buffer and returns tokens that are views of the text itself.
 //
-// For all other users the stream is like a std::istringstream: the get pointer advances with each
-// character that is read, seeking follows the same rules, and the text does not change.
+// Other users can read and seek as in a std::istringstream. The text does not change.
 
 #include <istream>
 #include <streambuf>
@@ -11,8 +10,8 @@
 
 class cMemoryBuf final : public std::streambuf {
   public:
-    // Borrows the text. With `broken` its end is a read error, as in a file whose reading failed
-    // there.
+    // Borrows the text. With `broken`, reading fails at its end, as in a file that can't be read
+    // any further.
     explicit cMemoryBuf(std::string_view text, bool broken = false);
     cMemoryBuf(cMemoryBuf const &) = delete;
     cMemoryBuf &operator=(cMemoryBuf const &) = delete;

@@ -7,7 +7,7 @@
 namespace cat {
 
 extern constinit cTracer *io_channel;  // trace_io: the path of each value that is read or written
-extern constinit cTracer *lex_channel; // trace_lex: paths that are followed, and their keys
+extern constinit cTracer *lex_channel; // trace_lex: paths given to getattrp, and keys of paths
 
 inline bool is_on(cTracer const *channel) { return channel && *channel; }
 

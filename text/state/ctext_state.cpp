@@ -1,8 +1,8 @@
 #include "text/state/ctext_state.h"
 
 // The first use creates the state object; only the core's tear-down destroys it, by
-// reset_text_state(). The pieces of the trie are hashed with a number that differs between
-// processes, so that nobody can construct text whose paths all collide.
+// reset_text_state(). The hashes of the trie depend on a seed that is different in each process, so
+// that nobody can construct text whose paths all collide.
 
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/text/state/cwriteindent.h"

@@ -260,10 +260,12 @@ class cPathStep {
 
 // A container that is being read. Containers nest.
 //
-// Its entries stay late, that is, not entered, as long as they are exactly the entries that were
-// read, in that order, under keys with one text each. Then their paths are found by a walk down the
-// containers, from a node of the table that has no nodes below it. A container begins late if the
-// table has no node at its path. Before such a walk could find a wrong value, entries are entered:
+// Entries are late if they are stored in their container, but not entered in the table of paths,
+// which takes longer. A walk down the containers finds the value at a path that leads to a late
+// entry; it starts at a node of the table that has no nodes below it. This is correct as long as a
+// container has exactly the entries that were read, in that order, under keys with one text each.
+// The entries of a new container are late if the table has no node at its path. Before a walk could
+// find a wrong value, entries are entered:
 //   - enter_open() enters the entries of the open containers, but not those below them: the reader
 //     calls it for a container that was stored before, since the table has its paths.
 //   - settle() enters all late entries. It is called before anything that isn't a plain entry: user

@@ -1,8 +1,8 @@
 // Writes attribute specifications and the types created from them, and checks the objects of these
 // types for exact text.
 //
-// A default is written one step below the path of its attspec, as in the reader, so that its parts
-// can be referred to.
+// The path of a default is that of its attspec and the key "default", as in the reader. So back
+// references to parts of the default work.
 
 #include "qrv/containers/cattrset.h"
 
@@ -45,7 +45,7 @@ bool write_exact_default(std::ostream &os, cObj const &value) {
     return false;
 }
 
-// DELIBERATE: plain text has nothing between a default and the next part, and nothing for #IMPLIED.
+// DELIBERATE: plain text has no separator after a default, and no text for #IMPLIED.
 // Pinned: a_default_is_written_without_a_separator,
 // an_implied_attribute_without_a_type_is_an_empty_string
 bool write_default(std::ostream &os, objref const &value) {
@@ -71,7 +71,7 @@ bool cTomAttspec::m_write(cObj &obj, objref &stream) {
     bool const has_default = spec->is_default() && write_default(*os, spec->get_default());
     if (spec->is_required()) *os << "flag=#REQUIRED;";
     if (spec->is_fixref() && has_default) *os << "flag=#FIXED;";
-    // Also if the default was omitted: then objects without the attribute can be read.
+    // This includes a default that was omitted: objects without the attribute can then be read.
     if (!spec->is_required() && !has_default && exact_text()) *os << "flag=#IMPLIED;";
     os->flush();
     return true;
@@ -115,9 +115,10 @@ bool is_scalar(objref const &value) {
     return std::find(types.begin(), types.end(), &value->type()) != types.end();
 }
 
-// Whether the reader would restore the set's value. The reader assigns the value to a copy of the
-// default, which can preserve parts of a default that isn't a scalar. The value has already been
-// assigned to the default of the time when the set was created.
+// Whether the reader would restore the value of this key. The reader assigns the value to a copy of
+// the type's current default; if the default isn't a scalar, parts of it can remain. This value was
+// assigned in the same way to the default that the type had when the set was created, so the two
+// defaults must be equal.
 bool is_restored(cAttspec const &spec, cMapObj const &set, objref const &key, objref const &value) {
     if (spec.is_fixref()) return false; // a value that is read is another object
     objref const now = spec.get_default();

@@ -1,5 +1,5 @@
-// The path: keys as its steps, and the values at a path. The file is in this folder since steps are
-// texts of keys.
+// The functions of cTextState for the steps of the path, and for the values at a path. This file is
+// not in text/state, since steps need the texts of keys, which are written here.
 
 #include "core/cbuiltin.h"
 #include "qrv/containers/cmapobj.h"

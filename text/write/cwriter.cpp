@@ -97,9 +97,9 @@ class cKeepFlags {
 
 void put(std::ostream &os, int value) { os << value; }
 
-// Whether the stream has its initial settings. Its numbers are formatted here: some C libraries,
-// which streams use, drop the zeros if rounding carries ("1.e+06" for 999999.5), and files must not
-// differ.
+// Whether the stream has its initial settings. The numbers of such streams are formatted here, so
+// that files are the same on all systems: streams use the C library, and some C libraries drop the
+// zeros if rounding carries ("1.e+06" for 999999.5).
 bool is_fresh(std::ostream const &os) {
     constexpr auto fixed =
         std::ios_base::floatfield | std::ios_base::showpos | std::ios_base::uppercase;

@@ -1,6 +1,6 @@
 #pragma once
-// The code that writes an object: the library itself, in one of its forms, or a method of the
-// object or of its type, which counts as user code.
+// Determines which code writes an object: the library itself, in one of its forms, or a method of
+// the object or of its type, which counts as user code.
 
 #include "core/cattrhash_insert.h"
 #include "core/cbuiltin.h"
@@ -10,10 +10,10 @@
 #include "qrv/text/write/cwriter.h"
 #include "text/write/cscalar_text.h"
 
-// The first ones in the order of cObjClass.
+// Up to `boolean`, the enumerators have the values of those of cObjClass; see form_of_token().
 enum class cForm : unsigned char { user, string, integer, single, dbl, boolean, map, vector, set };
 
-// The form in which the type's method writes.
+// The form in which the type's method `write` writes.
 inline cForm form_of(cTypeObj const &type) {
     cVoidFunction const method = type.method(mid_write);
     auto const is = [method](bool (*own)(cObj &, objref &)) {
@@ -50,7 +50,7 @@ inline cForm form_of_token(cObj const &obj) {
     return static_cast<cForm>(obj.object_class());
 }
 
-// A string that begins with '#'. Such keys never occur in plain text.
+// Whether the key is a string that begins with '#'. Such keys never occur in plain text.
 inline bool is_hidden(cObj const &key) {
     if (&key.type() != core.string) return false;
     std::string const *const text = value_of<std::string>(key);

@@ -1,5 +1,5 @@
-// Objects as text. The texts of keys and paths are created here, very often, so scalars use no
-// stream.
+// Converts objects to strings. This is done for keys and paths very often, so scalars are written
+// without a stream.
 
 #include "qrv/text/write/cwriter.h"
 

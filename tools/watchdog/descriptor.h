@@ -1,5 +1,5 @@
 #pragma once
-// Owns a file descriptor and closes it. All descriptors of the watch dog are CLOEXEC, so the
+// Owns a file descriptor and closes it. All descriptors of the watchdog are CLOEXEC, so the
 // started program inherits none of them.
 
 #include <unistd.h>

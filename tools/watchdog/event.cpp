@@ -25,7 +25,7 @@ cEvent::cEvent(std::string const &name, uid_t user) : name_("/" + name), user_(u
     if (lock_)
         create();
     else if (errno == EADDRINUSE)
-        why_not_ = "another watch dog has it";
+        why_not_ = "another watchdog has it";
     else
         why_not_ = reason("cannot lock it", errno);
 }
@@ -56,7 +56,7 @@ bool cEvent::is_foreign() const {
 
 cEvent::~cEvent() {
     if (!semaphore_) return;
-    ::sem_unlink(name_.c_str()); // before the lock is released: the next watch dog creates its own
+    ::sem_unlink(name_.c_str()); // before the lock is released: the next watchdog creates its own
     ::sem_close(semaphore_);
 }
 

@@ -2,9 +2,9 @@
 // The named event that programs raise with each sign of life: a semaphore of this user, created
 // before the program is started and removed at the end.
 //
-// Several watch dogs may use the same name, but only one can own the event: the one that holds the
+// Several watchdogs may use the same name, but only one can own the event: the one that holds the
 // socket "qrv-event-<name>". The system frees that name with its holder, so the semaphore of a
-// killed watch dog is recognised as stale and replaced. A semaphore of another user is not touched.
+// killed watchdog is recognised as stale and replaced. A semaphore of another user is not touched.
 //
 // Limits: an event shows that some program of this user is alive; only messages show which one.
 

@@ -7,8 +7,8 @@
 //   every state but given up --the program ended--> over, or running again
 //
 // Rules: the start counts as the first sign of life. A sign in another state than running changes
-// nothing. After a request to stop, nothing is started again. If the watch dog itself did not run,
-// the program may not have run either, so the wait begins anew: after the watch dog was stopped and
+// nothing. After a request to stop, nothing is started again. If the watchdog itself did not run,
+// the program may not have run either, so the wait begins anew: after the watchdog was stopped and
 // continued, or if it missed a deadline by more than `oversleep`, as after a suspend of the
 // machine.
 
@@ -19,10 +19,10 @@ namespace watchdog {
 using cTime = std::chrono::steady_clock::time_point;
 using cSpan = std::chrono::nanoseconds;
 
-// Exit statuses of the watch dog; all others come from the program.
+// Exit statuses of the watchdog; all others come from the program.
 constexpr int status_wrong_usage = 2;
 constexpr int status_no_life = 124;      // the program gave no sign of life, and no restart is left
-constexpr int status_failure = 125;      // the watch dog itself can't continue
+constexpr int status_failure = 125;      // the watchdog itself can't continue
 constexpr int status_not_executed = 126; // the program exists but can't be executed
 constexpr int status_not_found = 127;
 constexpr int status_signal = 128; // plus the number of the signal
@@ -54,9 +54,9 @@ class cLife {
 
     void started(cTime now);
     void sign_of_life(cTime now);
-    // The watch dog was asked to end the program and itself, by this signal; the first one counts.
+    // The watchdog was asked to end the program and itself, by this signal; the first one counts.
     void stop(int signal, cTime now);
-    void slept(cTime now); // the watch dog itself did not run
+    void slept(cTime now); // the watchdog itself did not run
     // The step that is due now. Call it at deadline(), or at any time before.
     cStep look(cTime now);
     // The program has ended. True if it must be started again; if not, status() is final.

@@ -1,4 +1,4 @@
-// The reference watch dog `qrv-watchdog`: starts a program. If the program gives no sign of life,
+// The reference watchdog `qrv-watchdog`: starts a program. If the program gives no sign of life,
 // ends it and starts it again. Uses the constants of the library, but does not link the library,
 // which would redirect the standard streams.
 

@@ -17,16 +17,16 @@ namespace watchdog {
 namespace {
 
 constexpr char const *footer =
-    "PROGRAM learns about its watch dog from environment variables, and gives a sign of life with\n"
+    "PROGRAM learns about its watchdog from environment variables, and gives a sign of life with\n"
     "each sig_progstep that it fires. If none comes for --timeout seconds, also because it was\n"
     "stopped, it gets SIGTERM and, --grace seconds later, SIGKILL. It is started again as long as\n"
     "--restart allows, also when it died or exited with another status than 0. SIGTERM, SIGINT "
     "and\n"
-    "SIGHUP are passed on to it, and end the watch dog as soon as it has ended.\n"
+    "SIGHUP are passed on to it, and end the watchdog as soon as it has ended.\n"
     "\n"
     "Exit codes: PROGRAM's own; 128 and the number of the signal that PROGRAM died of, or that "
     "the\n"
-    "watch dog was sent; 124 no sign of life came, and no restart was left; 125 the watch dog\n"
+    "watchdog was sent; 124 no sign of life came, and no restart was left; 125 the watchdog\n"
     "itself failed; 126 PROGRAM can't be executed; 127 there is no PROGRAM; 2 wrong usage.\n"
     "\n"
     "Example:\n"
@@ -68,7 +68,7 @@ void add_options(CLI::App &app, cOptions &options) {
         ->type_name("N")
         ->check(CLI::Range(0, most_restarts))
         ->capture_default_str();
-    app.add_option("--event", options.event, "the event's name, where several watch dogs run")
+    app.add_option("--event", options.event, "the event's name, where several watchdogs run")
         ->type_name("NAME")
         ->check(CLI::Validator(wrong_event, ""))
         ->capture_default_str();

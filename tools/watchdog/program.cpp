@@ -23,8 +23,8 @@ std::vector<char *> pointers(std::vector<std::string> &texts) {
     return list;
 }
 
-// The program starts with the usual signal handling, independent of the signals that the watch dog
-// blocks or ignores. But it ignores the signals of a terminal that the caller of the watch dog
+// The program starts with the usual signal handling, independent of the signals that the watchdog
+// blocks or ignores. But it ignores the signals of a terminal that the caller of the watchdog
 // ignores, as with nohup.
 class cAttributes {
   public:

@@ -1,7 +1,7 @@
 #pragma once
-// The watched program as a process. It starts with environment variables about the watch dog, with
+// The watched program as a process. It starts with environment variables about the watchdog, with
 // default signal handling except for signals of a terminal that our caller ignores, and with the
-// standard streams of the watch dog. Only the program itself is ended, not the processes that it
+// standard streams of the watchdog. Only the program itself is ended, not the processes that it
 // has started.
 
 #include "life.h"

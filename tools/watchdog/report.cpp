@@ -49,7 +49,7 @@ class cLimit {
 
 // Room in the pipe does not guarantee that a write succeeds: the program may write to the same
 // pipe, and a terminal may have room for only a part. So every write has a time limit. It waits at
-// most one moment in `between_waits`, so that the watch dog is never late for the program, however
+// most one moment in `between_waits`, so that the watchdog is never late for the program, however
 // slow the reader is.
 void put(std::string const &line) {
     static constinit std::chrono::steady_clock::time_point next_wait{};

@@ -1,7 +1,7 @@
 #pragma once
-// Prints messages of the watch dog: lines on standard error that begin with "qrv-watchdog: ".
+// Prints messages of the watchdog: lines on standard error that begin with "qrv-watchdog: ".
 //
-// A reader that is slow, or does not read, must not stop the watch dog. A line that can't be
+// A reader that is slow, or does not read, must not stop the watchdog. A line that can't be
 // written within a moment is dropped, and so are the following ones while there is no room.
 
 #include "tools/system.h"
@@ -13,7 +13,7 @@ namespace watchdog {
 
 void report(std::string const &line); // control characters are shown as ?; cut at 1,000 bytes
 
-// The watch dog itself can't continue.
+// The watchdog itself can't continue.
 class cFailure : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

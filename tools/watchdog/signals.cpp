@@ -18,7 +18,7 @@ bool is_ignored(int number) {
 } // namespace
 
 cSignals::cSignals() {
-    std::signal(SIGPIPE, SIG_IGN); // a closed standard error must not end the watch dog
+    std::signal(SIGPIPE, SIG_IGN); // a closed standard error must not end the watchdog
     std::signal(SIGCHLD,
                 SIG_DFL); // if the caller ignores it, waitpid cannot return how a program ended
     sigset_t set{};

@@ -1,6 +1,6 @@
 #pragma once
-// The signals that the watch dog receives. They are blocked all the time and read from a
-// descriptor, so that the watch dog can wait for signals and messages together.
+// The signals that the watchdog receives. They are blocked all the time and read from a
+// descriptor, so that the watchdog can wait for signals and messages together.
 
 #include "descriptor.h"
 
@@ -8,7 +8,7 @@ namespace watchdog {
 
 class cSignals {
   public:
-    // Blocks SIGCHLD; SIGCONT, which shows that the watch dog was stopped; and those that ask for
+    // Blocks SIGCHLD; SIGCONT, which shows that the watchdog was stopped; and those that ask for
     // an end: SIGTERM, and SIGINT and SIGHUP unless our caller ignores them, as nohup does. Ignores
     // SIGPIPE. Throws cFailure.
     cSignals();

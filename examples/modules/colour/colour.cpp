@@ -1,14 +1,15 @@
-// The module "colour". It has two types, each created when a file or a program first names it:
+// The module "colour". It has two types. Each is created when a file or a program first names it:
 //
 //     color(255 128 0)                               red, green and blue, 0 to 255; can be a key
 //     palette(sky= color(0 0 255); sun= "#ffff00")   a map of colours and of nothing else
 //
 // A color can also be created from a string such as "#ff8000" and from an int such as 0xFF8000.
 //
-// Unloading: each object and each type holds a use of the module, so that unload() refuses while
-// one of them exists. The registry holds the types; so a program that wants to unload the module
-// removes "palette" and "color" from cat::typemap() first. The cModule is counted too, so that at
-// the end of the process the last of them may outlive the static objects of this file.
+// Unloading: each object and each type of the module is counted as a use of it, and unload() fails
+// while a use exists. The registry owns the types, so a program that wants to unload the module
+// removes "palette" and "color" from cat::typemap() first. Each use also shares the cModule, since
+// at the end of the process the last objects may be destroyed after the static objects of this
+// file.
 
 #include "colour.h"
 
@@ -94,7 +95,7 @@ bool write_colour(cObj &obj, objref &stream) {
     return true;
 }
 
-// Accepts three numbers in range without further text; else the colour stays as it was.
+// Accepts three numbers in range without further text. Otherwise the colour does not change.
 bool read_colour(cObj &obj, objref &stream) {
     cColour *const colour = colour_of(&obj);
     auto const *const is = dynamic_cast<cInHolder const *>(stream.get());
@@ -176,7 +177,7 @@ class cPalette final : public cMapObj {
 
 objref new_palette(objref type) { return make<cPalette>(static_cast<cTypeObj &>(*type)); }
 
-// Converts values of other types to a color, or refuses them.
+// Converts values of other types to a color, and refuses those that it can't convert.
 bool set_entry(cObj &obj, objref &key, objref &value) {
     if (cObj::is_kill(value) || colour_of(value)) return cTomMap::setattr(obj, key, value);
     objref made = cat::find_type("color").newobj();

@@ -1,12 +1,12 @@
 #pragma once
-// The module "colour" also has names of colours, as an entry of the repository for the interface
-// cColourNames, with the name "web".
+// The module "colour" also has the names of some colours. Its entry "web" in the repository is an
+// object with the interface cColourNames:
 //
 //     cModule::load("colour");
 //     auto *names = cat::find_entry<cColourNames>("web");
 //
-// The repository finds a type of another library by its name, so this class needs no code of the
-// module. One thread at a time.
+// The repository compares interfaces by the names of their types. So a program that uses this
+// header need not link the module. One thread at a time.
 
 #include <string>
 

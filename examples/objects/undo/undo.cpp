@@ -27,7 +27,7 @@ struct cEditsOf : cUndoInfoBase {
     cObj const *map;
 };
 
-// A list that isn't active does not store the action, which is then destroyed here.
+// Adds the action to the list. An inactive list does not store it, and it is then destroyed here.
 void keep(cUndoGlobalList &list, std::unique_ptr<cUndo> action) {
     if (list.add(action.get())) static_cast<void>(action.release());
 }
@@ -85,8 +85,8 @@ class cEdit : public cUndo {
     bool redo_ = false;
 };
 
-// Sets, adds or, with cat::badfind(), removes the value at a path. Edits that were undone before
-// can't be redone afterwards: deactivating a list empties it.
+// Sets or adds the value at a path; the value cat::badfind() removes the entry. Afterwards, edits
+// that were undone before can't be redone: this deactivates the list of redos, which empties it.
 bool edit(objref const &root, std::string const &path, objref const &value) {
     std::size_t const cut = path.rfind('/');
     objref const owner = cut == path.npos ? root : root->getattrp(path.substr(0, cut));
@@ -104,7 +104,7 @@ bool edit(objref const &root, std::string const &path, objref const &value) {
     return true;
 }
 
-// Prints an object whenever it was changed.
+// Prints an object when its signal `changed` is fired.
 class cView {
   public:
     cView(char const *title, objref const &obj)
@@ -128,7 +128,7 @@ class cView {
     cSlot<cView> slot_;
 };
 
-void say_what_is_left() {
+void print_lists() {
     std::cout << "  undo: " << (undoGlobalList.fIsUndo(nullptr) ? "yes" : "no")
               << ", redo: " << (redoGlobalList.fIsUndo(nullptr) ? "yes" : "no") << '\n';
 }
@@ -137,35 +137,35 @@ void say_what_is_left() {
 
 int main() {
     sig_idle();              // discards the start-up text
-    cConsoleDisplay display; // from here on shows std::cout
+    cConsoleDisplay display; // from here on, std::cout is shown
 
     objref device;
     cObj::readobj("{bus= {parity= none; baud= 9600; }; limits= {high= 60; }; photo= {}; }", device);
     objref const bus = device->getattrp("bus");
     cView const bus_view("bus", bus), limits_view("limits", device->getattrp("limits"));
 
-    std::cout << "An entry is set, one removed, one added, and one elsewhere set.\n";
+    std::cout << "Edit the bus: set, remove and add an entry. Edit the limits: set an entry.\n";
     edit(device, "bus/baud", cat::of(19200));
     edit(device, "bus/parity", cat::badfind());
     edit(device, "bus/gateway", cat::of("rack"));
     edit(device, "limits/high", cat::of(85));
 
-    std::cout << "Undo, for the bus alone: its newest edit, past the one of the limits.\n";
+    std::cout << "Undo the two newest edits of the bus. The edit of the limits stays.\n";
     cEditsOf of_bus(bus);
     undoGlobalList.makeUndo(&of_bus);
     undoGlobalList.makeUndo(&of_bus);
 
-    std::cout << "Redo once, and undo the newest edit, twice.\n";
+    std::cout << "Redo one edit. Then undo the two newest edits.\n";
     redoGlobalList.makeUndo(nullptr);
     undoGlobalList.makeUndo(nullptr);
     undoGlobalList.makeUndo(nullptr);
-    say_what_is_left();
+    print_lists();
 
-    std::cout << "A new edit, and nothing can be done again.\n";
+    std::cout << "After a new edit, nothing can be redone.\n";
     edit(device, "limits/low", cat::of(-20));
-    say_what_is_left();
+    print_lists();
 
-    std::cout << "Pictures of 12 MB: above 32 MiB in all the oldest edits are forgotten.\n";
+    std::cout << "Add pictures of 12 MB. Above 32 MiB in total, the list drops the oldest edits.\n";
     cView const photo_view("photo", device->getattrp("photo"));
     for (char const *name : {"photo/front", "photo/back", "photo/inside", "photo/label"})
         edit(device, name, cat::of(std::string(12'000'000, 'x')));
@@ -173,10 +173,10 @@ int main() {
               << (undoGlobalList.fIsUndo(&of_bus) ? "yes" : "no") << '\n';
     while (undoGlobalList.fIsUndo(nullptr)) undoGlobalList.makeUndo(nullptr);
 
-    std::cout << "Without a history.\n";
+    std::cout << "Inactive lists store no edits.\n";
     undoGlobalList.setActive(false);
     redoGlobalList.setActive(false);
     edit(device, "bus/baud", cat::of(300));
-    say_what_is_left();
+    print_lists();
     return 0;
 }

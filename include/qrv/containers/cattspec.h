@@ -80,8 +80,9 @@ QRV_API bool create(cObj &obj); // fetches the constants #REQUIRED, #IMPLIED and
 QRV_API bool setattr(cObj &obj, objref &key, objref &value);
 // Nil if it is not set; badfind for a non-string key, bad for other keys.
 QRV_API objref getattr(objref obj, objref key);
-// Without cat::ExactText, an implied one reads back as required, an empty string is not read at
-// all, and a number as the default merges with the text after it.
+// Without cat::ExactText, some attspecs cannot be read again: an implied one with a type is read as
+// a required one, an implied one without a type is written as an empty string, which cannot be
+// read, and no separator follows a default that is a number.
 QRV_API bool m_write(cObj &obj, objref &stream);
 QRV_API bool m_read(cObj &obj, objref &stream); // 0x40000000 "Wrong type-entry in attspec"
 } // namespace cTomAttspec

@@ -9,7 +9,7 @@
 //
 // cObj::changed(), the signal that every object can have, is a cSignalObj among its own members
 // under the key "changed". It exists only after it was requested, so other objects pay nothing.
-// Also set_omember() and the replacement of the member map fire it.
+// set_omember() and the replacement of the member map fire it too.
 //
 // A call is an emission of csignal.h: anything may be connected, cut and destroyed during the call,
 // also the signal, its object and the slots. The emission does not own the signal: if a target

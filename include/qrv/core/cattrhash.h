@@ -169,7 +169,7 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     void unhold() const noexcept;
     bool is_dead() const noexcept { return dead_; }
 
-    // Also frees the memory after the node. For the library only.
+    // delete also frees the memory after the node. Only the library may use these.
     using cPooled::operator new;
     using cPooled::operator delete;
     static void operator delete(cAttrNode *node, std::destroying_delete_t, std::size_t size);
@@ -424,7 +424,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     std::string broken_deep() const;
     void check() const; // the cheap rules, in checking builds
 
-    // Without a table: core/cattrhash_index.cpp.
+    // For a hash without a table; defined in core/cattrhash_index.cpp.
     cFound probe_index(cSearch const &search) const;
     bool make_room(cAttrNode const &node, std::uint32_t steps);
     void add_to_index(cAttrNode &node, cFound const &place);

@@ -121,7 +121,7 @@ class QRV_API cTypeObj : public cObj {
     std::string name_;
     struct cConverter {
         converter_function function;
-        // Of a source that counts its objects and may therefore be destroyed; else 0.
+        // The obid of a source that counts its objects, since such a type can be destroyed; else 0.
         unsigned int source_id;
     };
 

@@ -30,7 +30,7 @@
 // A target of channels, shared by its name. Copies write to the same stream.
 class QRV_API cTraceStream : public cShared {
   public:
-    // Opens; the empty name is "cerr". "cerr" and "cout" use the message route.
+    // Opens; the empty name is "cerr". "cerr" and "cout" use the message output.
     explicit cTraceStream(std::string const &name);
     cTraceStream(cTraceStream const &other);
     cTraceStream &operator=(cTraceStream const &other);
@@ -43,7 +43,7 @@ class QRV_API cTraceStream : public cShared {
     // The existing stream of that name, or a new one; never null.
     static cRef<cTraceStream> open(std::string const &name);
 
-    // For the end of the message route: streams on that buffer discard their output from now on.
+    // For the end of the message output: streams on that buffer discard their output from now on.
     static void detach(std::streambuf const *buffer);
 
   private:
@@ -90,7 +90,7 @@ class QRV_API cTracer {
     void initenabled() { enabled_ = !strlist_.empty(); }
 
     // Writes to every stream of strlist(), in order; nothing if not enabled. A listener of the
-    // message route may destroy the channel in the last `<<` of a chain.
+    // message output may destroy the channel in the last `<<` of a chain.
     template <class T> cTracer &operator<<(T const &value) {
         return each([&value](std::ostream &os) { os << value; });
     }

@@ -10,8 +10,8 @@
 //           blanks, and as many bits as the number needs, so that they can be read again
 //   read    one word, in double quotes or bare, by cIntFormat::set_str
 //
-// Without that guard, and so in write2file and cPersistentMap, bits are written with blanks, which
-// `read` rejects.
+// write2file and cPersistentMap do not use cat::ExactText: they write binary forms with blanks,
+// which `read` rejects.
 //
 // `equal`, `less` and the hash of keys use only the number. The type is created on its first use by
 // name, in a file or by cat::type_intf().

@@ -29,12 +29,13 @@ class QRV_API map : public value {
 
     // A new object without entries. Never throws but for memory.   O(1)
     map() : value(detail::empty_map()) {}
-    // In that order; a key that is repeated keeps its place and gets the last value.
-    // type_error: something that is not a key, such as a container.   O(entries)
+    // Contains these entries, in this order. A repeated key keeps its first place and gets its last
+    // value. type_error: something that is not a key, such as a container.   O(entries)
     map(std::initializer_list<entry> entries) : map() {
         for (entry const &each : entries) set(each.key, each.item);
     }
-    // Of any range of pairs, whose values are shared or copied as a value of their type does.
+    // A map from any range of pairs. Values are shared or copied as by the conversion of their type
+    // to qrv::value.
     // type_error: something that is not a key.   O(entries)
     template <class Range> [[nodiscard]] static map from(Range &&range) {
         map result;
@@ -45,7 +46,7 @@ class QRV_API map : public value {
 
 namespace detail {
 
-// What qrv::vector and qrv::set have in common.
+// The common base of qrv::vector and qrv::set.
 template <class Self, value (*make_empty)()> class list : public value {
   public:
     list() : value(make_empty()) {}
@@ -56,7 +57,7 @@ template <class Self, value (*make_empty)()> class list : public value {
         : list() {
         (push_back(value(std::forward<T>(items))), ...);
     }
-    // Of any range; from a set equal items are left out.
+    // A container of the items of any range. A set omits repeated items.
     template <class Range> [[nodiscard]] static Self from(Range &&range) {
         Self result;
         for (auto &&item : range) result.push_back(value(item));

@@ -36,11 +36,11 @@ class cSSBase0;
 
 namespace qrv {
 
-// What a callback gets. It shares the values; both are as they are stored.
+// The argument of a callback. It shares the values that are stored, and does not copy them.
 struct change {
     value source; // the value that has changed
-    // Of one entry. Empty where several entries or the value as a whole changed, as by clear(),
-    // rename(), assign() or a new comment, and for a change in the layer below. An
+    // The changed entry. These are empty if several entries or the value as a whole changed, as by
+    // clear(), rename(), assign() or a new comment, and after a change in the layer below. An
     // insertion or removal in a vector moves the entries after it, without separate reports.
     std::optional<value> key;       // a string or an int
     std::optional<value> old_value; // empty: no key, or there was no such entry

@@ -46,10 +46,10 @@ struct broken_rule;
 // A type: shares the type object. Never empty. Two are equal if they share the same object.
 class QRV_API type {
   public:
-    // The type of that name, made by a registered factory or module if need be. error: there is
-    // none. May run user code.
+    // The type of that name. If it does not exist, a registered factory or a module can create it.
+    // error: nothing has created it. May run user code.
     template <detail::text T> type(T const &name) : object_(named(name)) {}
-    // Of the layer below: null is std::invalid_argument.
+    // Shares a type of the layer below. std::invalid_argument: it is null.
     explicit type(cTypeObj *object);
     type(type const &) = default; // no move, which would leave an empty one
     type &operator=(type const &) = default;

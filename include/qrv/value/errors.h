@@ -29,9 +29,10 @@ class QRV_API error : public std::runtime_error {
     error &operator=(error const &) = default;
     ~error() override;
 
-    // Of the library's error (docs/errors.md); 0 for one of this layer.
+    // The code of the library's error (docs/errors.md); 0 for an error of this layer.
     unsigned int code() const noexcept { return code_; }
-    // Of the place that the error is about, from the value that was asked on.
+    // The path of the place that the error is about, starting at the value whose function was
+    // called.
     std::string const &path() const noexcept { return path_; }
     // Puts the path of a container in front: for code that reads or writes its parts. Never throws
     // but for memory.   O(length)

@@ -85,8 +85,8 @@ template <class Entry, class Derived> class entry_iterator {
 
 } // namespace detail
 
-// Of an entry that was removed key and value are #nil. What * gives is shared, and the container is
-// owned. type_error: it is made of a scalar.   O(1), all of them
+// Owns the container, and * returns a shared value. After the entry is removed, its key and value
+// are #nil. type_error: the iterator is created for a scalar.   O(1), all functions
 class item_iterator : public detail::entry_iterator<item, item_iterator> {
   public:
     item_iterator() noexcept = default;

@@ -223,7 +223,7 @@ class QRV_API value {
     template <class T>
     requires detail::gettable<detail::fallback<T>>
     auto get_or(std::string_view path, T const &fallback) const -> detail::fallback<T>;
-    // Of one entry, by its position or int key.
+    // The same for one entry, by its position or int key.
     template <detail::gettable T, cIndex Index> std::optional<T> get(Index index) const {
         std::optional<value> const found = find(index);
         return found ? std::optional<T>(found->template get<T>()) : std::nullopt;

@@ -3,10 +3,10 @@
 // shared library.
 //
 //   init           fires sig_init
-//   take           connects to the watch dog; prints whether it did
+//   take           connects to the watchdog; prints whether it did
 //   step N         sends N signs of life
 //   post M W L     sends a message
-//   raw N          sends a datagram of N bytes to the watch dog without the library
+//   raw N          sends a datagram of N bytes to the watchdog without the library
 //   busy           sends a sign of life every few milliseconds until its standard input ends
 //   id, open, mask print the id; the open descriptors; blocked and not default signals
 //   say TEXT       prints a line
