@@ -1,4 +1,4 @@
-// The display on a file descriptor: a slot on the message route that writes every piece at once.
+// The display on a file descriptor: a slot on the message output that writes every piece at once.
 
 #include "qrv/diagnostics/cconsole.h"
 

@@ -38,8 +38,8 @@ using cMessageText = std::array<char, 2048>;
 int format_message(cMessageText &text, char const *format, va_list args)
     __attribute__((format(printf, 2, 0)));
 
-// Writes to the message route and flushes, after the contents of the global buffer and in any state
-// of std::cerr; to std::cerr while the global buffer does not exist. RE-ENTERS
+// Writes to the global buffer, after its contents, and flushes it, in any state of std::cerr.
+// Writes to std::cerr while the global buffer does not exist. RE-ENTERS
 void put_message(std::string_view text);
 
 // Whether the display of use_console() exists.

@@ -1,7 +1,7 @@
 #pragma once
-// Shared code of the fuzz targets: reading and writing without output on the message route, and the
-// properties that must hold after every input: reader and writer are idle, and no lexer or counted
-// object remains.
+// Shared code of the fuzz targets: reading and writing without message output, and the properties
+// that must hold after every input: reader and writer are idle, and no lexer or counted object
+// remains.
 
 #include "qrv/base/csignal.h"
 #include "qrv/core/cobj.h"
@@ -78,7 +78,7 @@ inline cReadText read_text(std::string const &text, bool comments) {
 
 // The exact text, and the number of omitted values.
 inline std::string write_text(objref const &value, unsigned int &failed) {
-    cat::ReadReport report; // receives their errors instead of the message route
+    cat::ReadReport report; // receives their errors instead of the message output
     cat::ExactText const exact;
     std::ostringstream os;
     os.imbue(std::locale::classic());

@@ -3,7 +3,7 @@
 // object; all others are constant-initialised, or created on first use after a simple test.
 //
 // <iostream> comes first: it creates the standard streams, which must exist before they are
-// redirected to the message route. No other file of the library includes it.
+// redirected to the message output. No other file of the library includes it.
 
 #include <iostream>
 
@@ -122,7 +122,7 @@ static cChannelUse lex_use(cat::lex_channel, cat::trace_lex);
 cFunctionSlot1<char const *, void (*)(char const *)> debugout(cat::pass_to_debug_output);
 cTheOutStreambuf cOutSigStreambuf;
 static cMessageFileCloser message_file_closer;
-static cVersionText version_text;     // prints its final text while the message route still exists
+static cVersionText version_text;     // prints its final text while the message output still exists
 static cConsoleCloser console_closer; // a console does not show that text
 
 constinit cModuleList cat::loaded_modules;

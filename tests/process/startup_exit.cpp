@@ -1,5 +1,5 @@
 // The end of a process: the program's static objects are destroyed first, then the library prints
-// its last message while the message route still exists; later output is lost without harm.
+// its last message while the message output still exists; later output is lost without harm.
 
 #include "process.h"
 #include "qrv/base/platform/cplatform.h"

@@ -17,7 +17,7 @@
 //
 // Limits: create actions by new; only the lists may delete an action that they accepted. At the end
 // of the process redoGlobalList is destroyed first, then undoGlobalList, both before the core and
-// the message route; the destructor of an action in undoGlobalList must not use redoGlobalList.
+// the message output; the destructor of an action in undoGlobalList must not use redoGlobalList.
 
 #include "qrv/ccomp.h"
 
@@ -126,6 +126,7 @@ class QRV_API cUndoGlobalList {
     std::shared_ptr<cUndoGlobalList const *> life_; // created on demand, see cLife
 };
 
-// Process-wide lists. Their actions are destroyed while the core and the message route still exist.
+// Process-wide lists. Their actions are destroyed while the core and the message output still
+// exist.
 extern QRV_API cUndoGlobalList undoGlobalList;
 extern QRV_API cUndoGlobalList redoGlobalList;
