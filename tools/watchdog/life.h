@@ -1,16 +1,16 @@
 #pragma once
-// Decides when a watched program is ended, started again or left alone. It uses only times and
-// events that it is given, so it can be tested without a process, a clock or a wait.
+// Decides when a watched program is ended, started again or left alone. The caller passes all times
+// and events to it, so it can be tested without a process, a clock or a wait.
 //
 //   running --no sign of life--> ending --grace over--> killed --patience over--> given up
 //   running --asked to stop----> ending
 //   every state but given up --the program ended--> over, or running again
 //
-// Rules: the start counts as the first sign of life. A sign in another state than running changes
-// nothing. After a request to stop, nothing is started again. If the watch dog itself did not run,
-// the program may not have run either, so the wait begins anew: after the watch dog was stopped and
-// continued, or if it missed a deadline by more than `oversleep`, as after a suspend of the
-// machine.
+// Rules: the start counts as the first sign of life. A sign of life has an effect only in the state
+// `running`. After a request to stop, nothing is started again. If the watch dog itself did not
+// run, the program may not have run either, so the wait starts again: after the watch dog was
+// stopped and continued, or if it missed a deadline by more than `oversleep`, as after a suspend of
+// the machine.
 
 #include <chrono>
 

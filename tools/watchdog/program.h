@@ -1,8 +1,8 @@
 #pragma once
 // The watched program as a process. It starts with environment variables about the watch dog, with
-// default signal handling except for signals of a terminal that our caller ignores, and with the
-// standard streams of the watch dog. Only the program itself is ended, not the processes that it
-// has started.
+// default signal handling, except for signals of a terminal that the watch dog's caller ignores,
+// and with the standard streams of the watch dog. Only the program itself is ended, not the
+// processes that it has started.
 
 #include "life.h"
 
@@ -14,7 +14,7 @@
 
 namespace watchdog {
 
-// Our environment, with the title and this id in place of earlier values.
+// The environment `ours`, with the title and this id in place of earlier values.
 std::vector<std::string> environment_of(char const *const *ours, std::uint32_t id);
 
 class cProgram {
@@ -26,8 +26,8 @@ class cProgram {
 
     // Starts the program. Returns 0 or the error number of the system call.
     int start();
-    // Returns once how the program ended; empty while it runs. Also waits for orphans, which the
-    // first process of a container inherits. Throws cFailure.
+    // After the program has ended, the first call returns how; empty while it runs, and later. Also
+    // waits for orphans, which the first process of a container inherits. Throws cFailure.
     std::optional<cEnd> ended();
     void signal(int number) const; // does nothing if the program isn't running
     bool is_running() const { return pid_ > 0; }

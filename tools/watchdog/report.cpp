@@ -48,9 +48,8 @@ class cLimit {
 };
 
 // Room in the pipe does not guarantee that a write succeeds: the program may write to the same
-// pipe, and a terminal may have room for only a part. So every write has a time limit. It waits at
-// most one moment in `between_waits`, so that the watch dog is never late for the program, however
-// slow the reader is.
+// pipe, and a terminal may have room for only a part. So every write has a time limit. At most one
+// write in `between_waits` waits for that long, so even a slow reader does not delay the watch dog.
 void put(std::string const &line) {
     static constinit std::chrono::steady_clock::time_point next_wait{};
     pollfd output{STDERR_FILENO, POLLOUT, 0};
