@@ -1,7 +1,7 @@
 #pragma once
-// Shared code of the fuzz targets: reading and writing without output on the message output, and
-// the properties that must hold after every input: reader and writer are idle, and no lexer or
-// counted object remains.
+// Shared code of the fuzz targets: reading and writing without message output, and the properties
+// that must hold after every input: reader and writer are idle, and no lexer or counted object
+// remains.
 
 #include "qrv/base/csignal.h"
 #include "qrv/core/cobj.h"

@@ -2,12 +2,13 @@
 // along the text. From there on the pattern is processed from its last element to the first, for
 // all positions in the text at once: ends_[t] is the end of a match that begins at t with the
 // elements processed so far. Each element computes the new row from the old one in a single pass,
-// so the number of ways to match does not matter.
+// so the time does not depend on the number of ways to match.
 //
 //   a simple element   ends_[t] = ends_[t + 1] if it matches the character. If the text ends after
 //                      it but the pattern continues, the match fails: ends_[size] is used only when
 //                      the end of an alternative is looked up in the row of the part after the }
-//   *                  the maximum of ends_[t .. size - 1], or the first; greater than t
+//   *                  the maximum of ends_[t .. size - 1], or with `first` the first of them that
+//                      exists; it must be greater than t
 //   }  ,  {            each alternative starts, from the right, with a fresh row; when processed,
 //                      its ends are looked up in the row of the part after the }, and the best
 //                      is stored
@@ -32,7 +33,7 @@ struct cElement {
     std::string_view text; // the character of a literal, the characters between the [ ] of a set
 
     bool is_simple() const { return kind == literal || kind == any || kind == set; }
-    bool takes(char c) const;
+    bool matches(char c) const;
 };
 
 bool is_between(char c, char a, char b) {
@@ -57,12 +58,12 @@ bool is_in(std::string_view set, char c) {
     return negated;
 }
 
-bool cElement::takes(char c) const {
+bool cElement::matches(char c) const {
     if (kind == any) return true;
     return kind == literal ? c == text[0] : is_in(text, c);
 }
 
-// The end of the set whose content begins here: its ], or null.
+// The ] of the set whose content begins at p; null if it is missing.
 char const *end_of_set(char const *p) {
     while (*p != ']') {
         if (*p == '\\') ++p;
@@ -72,7 +73,8 @@ char const *end_of_set(char const *p) {
     return p;
 }
 
-// Parses the element at p, which isn't at the end. nullopt for an unclosed set.
+// Parses the element at p, which must not be at the end, and moves p past it. nullopt for an
+// unclosed set.
 std::optional<cElement> take_element(char const *&p, size_t depth) {
     char const *const begin = p++;
     std::string_view const itself(begin, 1);
@@ -188,7 +190,8 @@ class cEnds {
     void put_simple(cElement const &element) {
         size_t const size = text_.size();
         if (!last_) ends_[size] = none; // the text has ended, the pattern has not
-        for (size_t t = 0; t < size; ++t) ends_[t] = element.takes(text_[t]) ? ends_[t + 1] : none;
+        for (size_t t = 0; t < size; ++t)
+            ends_[t] = element.matches(text_[t]) ? ends_[t + 1] : none;
         if (element.kind != cElement::any) ends_[size] = none;
     }
 
@@ -249,7 +252,7 @@ int cMatch(char const *text, char const *pattern, bool first) {
             return more ? length(taken + static_cast<size_t>(*more)) : 0;
         }
         if (*t == 0) return 0; // only in an empty text, where even ? does not match
-        if (!element->takes(*t++)) return 0;
+        if (!element->matches(*t++)) return 0;
         if (*t == 0 && *p != 0) return 0;
     }
     return length(static_cast<size_t>(t - text));

@@ -20,7 +20,7 @@ struct Listener {
             now.new_value = good(report->new_value());
         }
         detail::fired_report const none(nullptr);
-        callback(now); // RE-ENTERS: the connection may be gone afterwards
+        callback(now); // RE-ENTERS: may destroy the connection
     }
 
     cObj *watched; // the owner of the signal

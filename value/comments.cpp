@@ -1,9 +1,9 @@
-// A comment of a value is replaced, inserted or removed in the text by its span. The text is read
-// for the spans, and its tree is walked side by side with the tree of the program, which has the
-// same form. Then the result is read, too: each comment must be that of its value.
+// Reads the text to find the spans of its comments, and walks its tree in parallel with the tree of
+// the program, which has the same form. Replaces, inserts or removes the comments in the text by
+// their spans. Then reads the result, to test that each value has its comment.
 //
-// The reader gives a comment to the value before it, also one that is above an entry and about
-// that. Such a comment is never replaced or removed: a person wrote it about another entry.
+// The reader gives a comment to the value before it, even a comment above an entry that describes
+// the entry. Such a comment is never replaced or removed: a person wrote it about another entry.
 
 #include "value/comments.h"
 
@@ -23,8 +23,8 @@ std::string raw_comment(cObj const &object) {
     return object.get_comment(raw) ? raw : std::string();
 }
 
-// Calls `visit` with each pair of values at the same place of two trees, once for each value of the
-// first one.
+// Calls `visit` with each pair of values that have the same path in two trees, once for each value
+// of the first tree.
 template <class Visit> void walk_both(value const &a, value const &b, Visit const &visit) {
     std::unordered_set<cObj const *> seen;
     std::vector<std::pair<value, value>> waiting{{a, b}};
@@ -67,12 +67,12 @@ struct reading {
         good = errors.empty();
     }
 
-    cat::SourceMap map; // before the value, which it records
+    cat::SourceMap map; // declared before `root`, since it records the reading
     value root;
     bool good;
 };
 
-// The text with bytes to replace, which are noted in any order.
+// Text and its replacements, which may be added in any order.
 class patched_text {
   public:
     explicit patched_text(std::string const &text) : text_(text) {}
@@ -120,7 +120,7 @@ class patched_text {
         std::size_t const at = text_.find('\n');
         return at != 0 && at != std::string::npos && text_[at - 1] == '\r' ? "\r\n" : "\n";
     }
-    // As many blanks as the position has columns before it.
+    // As many blanks as there are columns before the position.
     std::string indent_of(std::size_t at) const {
         std::size_t const begin = line_begin(at);
         std::string indent = text_.substr(begin, at - begin);
@@ -157,7 +157,8 @@ class patched_text {
                             is_block ? "/* " + comment + " */" : line_comments(comment, indent)});
     }
 
-    // With its line, if nothing else is on that; else with the blanks before it.
+    // Removes the comment and its line, if the line has nothing else; else the comment and the
+    // blanks before it.
     void remove(cat::SourceComment const &old) {
         std::size_t begin = blanks_before(old.span.begin);
         std::size_t end = old.span.end;

@@ -10,23 +10,24 @@
 
 namespace qrv::detail {
 
-// The comments of a tree as it was read. Comments of other values were set by the program.
+// The comments of a tree as it was read. The program has set all others.
 class comment_notes {
   public:
     explicit comment_notes(value const &root);
 
-    // The values below `root`, and itself, whose comments are not those that were noted, each once.
+    // `root` and the values below it whose comments differ from the recorded ones, each once.
     // Borrowed.   O(size)
     std::vector<cObj const *> changed(value const &root) const;
 
   private:
     std::unordered_map<cObj const *, std::string> noted_;
-    std::vector<value> keep_; // so that no other object gets the address of one that was noted
+    std::vector<value> keep_; // so that no other object gets the address of a recorded one
 };
 
-// `text`, which reads as the tree below `root`, with the comments that these values have. Reads it
-// with the types that are registered. Empty if it can't have them: what is read is compared, so all
-// other comments are those of `text`.   O(size)
+// Returns `text`, which reads as the tree below `root`, with the comments of the values `changed`.
+// Reads the result with the registered types and compares all comments, so those of other values
+// are unchanged. If that is not possible, returns an empty string and sets `failed` to the value
+// whose comment can't be written.   O(size)
 std::string with_comments(std::string text, value const &root,
                           std::vector<cObj const *> const &changed, options how, value &failed);
 

@@ -17,7 +17,7 @@ template <class T> T const &data_of(cObj const &object) {
     return static_cast<cObjDR<T> const &>(object).val();
 }
 
-// These compare objects other than scalars, by the methods of their type.
+// Compares objects other than scalars, by the methods of their type.
 bool equal_objects(cObj const &a, cObj const &b) {
     return detail::guarded([&] { return a.equal(b); });
 }

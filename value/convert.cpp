@@ -1,4 +1,5 @@
-// What the conversions of C++ types need of the library: empty containers, and errors.
+// Functions that the conversions of C++ types use: empty containers, tests that throw, and names of
+// enumerators.
 #include "qrv/value/convert.h"
 
 #include "value/place.h"

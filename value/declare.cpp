@@ -1,5 +1,5 @@
-// A declaration is a type object like the one that the reader creates. It gets its specifications
-// one by one and is registered at the end, as a declaration in text is: cat::declare_type.
+// A declaration is a type object like the one that the reader creates. Specifications are added to
+// it one by one. At the end it is registered by cat::declare_type, like a declaration in text.
 
 #include "qrv/value/declare.h"
 
@@ -32,7 +32,7 @@ typeref new_type(cTypeObj &metatype, std::string const &name) {
     return made;
 }
 
-// Gives the type object that has the name afterwards. RUNS USER CODE
+// Returns the type object that has the name afterwards. RUNS USER CODE
 type registered(typeref const &declared) {
     std::string const &name = declared->name();
     if (name == cat::type_nil().name() || !cat::declare_type(*declared, ""))
@@ -64,7 +64,7 @@ class type_builder::declaration {
         if (of && of == declared_) recursive_.push_back(spec);
     }
 
-    // The name of the type that is being declared is this type.
+    // The name of the type that is being declared means that type.
     typeref type_of(std::string_view key, detail::type_or_name const &of) const {
         if (of.type()) return typeref::share(&of.type()->object());
         if (of.name() == declared_->name()) return declared_;
@@ -89,7 +89,7 @@ class type_builder::declaration {
     }
 
   private:
-    // Only now: a type that is not registered would hold itself.
+    // Called after the registration: a type that was never registered would keep itself alive.
     void name_recursive() {
         for (specref const &spec : recursive_)
             spec->share_type(typeref::share(&cat::find_type(declared_->name())));

@@ -1,7 +1,7 @@
-// The text that a document was read from, its source map and what qrv::edit notes of the tree
-// belong to the first reading, for good: each save derives the new text from that one, so the text
-// after two saves is the same as after one with both changes. What the file holds by now is kept
-// apart, to notice what another program writes.
+// A document keeps the text of its first reading, with the source map and the records of qrv::edit
+// about the tree. Each save derives the new text from that text, so two saves result in the same
+// text as one save of both changes. The present content of the file is stored separately (`saved`),
+// to detect what another program writes.
 //
 // Types are registered only while the text, or another one that uses them, is read.
 
@@ -41,13 +41,13 @@ struct document::source {
 
     std::string path;
     std::string const bytes;
-    std::optional<std::string> saved; // what the file holds, if it isn't `bytes`
+    std::optional<std::string> saved; // the content of the file, if it is not `bytes`
     options const how;
     cat::SourceMap map;
     objref root; // cat::nil() if nothing could be read
     std::vector<typeref> types;
     std::vector<cat::ReadError> errors;
-    std::optional<edit::Edit> edit; // none after errors
+    std::optional<edit::Edit> edit; // empty after errors
     std::optional<detail::comment_notes> comments;
 };
 
@@ -64,7 +64,7 @@ document::source::source(std::string file, std::string content, options const &r
 
 namespace {
 
-// Registers types as long as it lives.
+// Registers types as long as it exists.
 class registered {
   public:
     explicit registered(std::vector<typeref> const &types) {
@@ -75,8 +75,8 @@ class registered {
     cat::TypeScope scope_;
 };
 
-// Hides what is registered under the names of these types, by types that can't be read: text must
-// declare what it uses, and nothing else that the program has read counts.
+// Registers types that can't be read under the names of these types, so that text must declare the
+// types that it uses itself: types from other text of the program are hidden.
 class hidden {
   public:
     explicit hidden(std::vector<typeref> const &types) {
@@ -87,7 +87,7 @@ class hidden {
     cat::TypeScope scope_;
 };
 
-// The fingerprint of what the text is read as; empty if it has errors.
+// The fingerprint of the value that the text is read as; empty if it has errors.
 std::string fingerprint_of(std::string_view text, options const &how,
                            std::vector<typeref> const &types) {
     hidden const others(types);
@@ -104,7 +104,7 @@ position position_in(std::string_view text, std::size_t offset) {
     return {static_cast<unsigned>(lines) + 1, static_cast<unsigned>(offset - line_begin) + 1};
 }
 
-// Where the value of the last entry with a separate value begins.
+// The start of the value of the last entry; empty if there are no entries.
 std::optional<position> position_in(std::string_view text,
                                     std::vector<cat::SourceEntry> const &entries) {
     if (entries.empty()) return std::nullopt;
@@ -174,7 +174,8 @@ value document::read(std::string_view text, options const &how) const {
 
 // --- positions
 
-// The nodes of a list give their values to each other when one is inserted or removed.
+// Inserting or removing an entry of a list moves values to other nodes. So the node at the path may
+// have had another value in the text: then the position is that of the value.
 std::optional<position> document::position_of(std::string_view path) const {
     std::optional<value> const found = find(path);
     if (!found) return std::nullopt;
@@ -214,11 +215,11 @@ void document::save_as(std::string const &path) {
     from.saved = std::move(text);
 }
 
-// What was read again must be the same value. If it isn't, a repeated key may be the reason, which
-// is written at each of its places, or else once.
+// Reads the new text again: its value must be the same. If it differs, a repeated key may be the
+// reason, so a second try writes such a key only once instead of at each position.
 std::string document::changed_text() const {
     using Repeated = edit::Edit::Repeated;
-    cat::CaughtErrors const ignored; // values without text are missed by the comparison
+    cat::CaughtErrors const ignored; // the comparison detects values without text
     if (is_nil() && !cObj::is_nil(source_->root))
         source_->refuse("its value is #nil, as after a move into a qrv::value");
     if (object() == source_->root && !source_->edit->changed()) return std::string(source_->text());

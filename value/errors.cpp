@@ -3,7 +3,7 @@
 namespace qrv {
 namespace {
 
-// "a" and "b/c" give "a/b/c"; an empty one adds nothing.
+// "a/b/c" for "a" and "b/c"; an empty path adds nothing.
 std::string joined(std::string_view outer, std::string const &inner) {
     std::string path(outer);
     if (!path.empty() && !inner.empty()) path += '/';

@@ -1,6 +1,6 @@
-// The tests of the rules are those of qrv/edit/crules.h. If a part breaks rules itself, the test of
-// the value around it omits the part, so that each mistake is reported once. While a `making`
-// exists, the library's own errors are caught.
+// The tests of the rules are those of qrv/edit/crules.h. A part that breaks rules itself is omitted
+// from the test of its container, so each mistake is reported once. While a `making` exists, it
+// catches the library's own errors.
 
 #include "value/making.h"
 
@@ -48,7 +48,7 @@ bool is_makeable(objref const &from, cTypeObj const &type) {
     return is_choice(type) && from->type().is_keytype();
 }
 
-// Joins two parts of a path, of which either may be empty.
+// Joins two parts of a path, one of which may be empty.
 std::string path_of(std::string const &outer, std::string const &inner) {
     return outer.empty() || inner.empty() ? outer + inner : outer + '/' + inner;
 }
@@ -177,12 +177,12 @@ objref making::attribute_set(objref const &from, cTypeObj &type, Step const *out
     auto const at = [this](std::size_t n) {
         return broken_.begin() + static_cast<std::ptrdiff_t>(n);
     };
-    std::rotate(at(before), at(inside), broken_.end()); // those of the attributes come last
+    std::rotate(at(before), at(inside), broken_.end()); // the rules of the attributes come last
     return broken_.size() == before ? filled(type, tested) : objref();
 }
 
-// Puts what the attribute gets in the place of the value that is given. False, with nil in its
-// place, if rules inside the value are broken.
+// Replaces the given value by the value of the attribute. If rules inside the given value are
+// broken, replaces it by nil and returns false.
 bool making::attribute(objref &value, cTypeObj &type, Step const &step) {
     std::size_t const before = broken_.size();
     cRef<cAttspec> const spec = specification(type, step.key);
@@ -203,7 +203,7 @@ bool making::attribute(objref &value, cTypeObj &type, Step const &step) {
     return false;
 }
 
-// A #FIXED attribute is the object in the declaration; the new object has a copy of that.
+// A #FIXED attribute is the object in the declaration, but the new object has a copy of it.
 objref making::filled(cTypeObj &type, objref const &attributes) const {
     objref const made = type.newobj(); // RUNS USER CODE
     auto *const map = dynamic_cast<cMapObj *>(made.get());

@@ -1,6 +1,6 @@
 #pragma once
-// Making a value of a declared type from another one, as type::make() promises, and finding every
-// rule that is in the way.
+// Creates a value of a declared type from another value, as type::make() describes, or finds every
+// rule that prevents it.
 
 #include "qrv/diagnostics/ccaughterrors.h"
 #include "qrv/value/declare.h"
@@ -15,12 +15,12 @@ struct BrokenRule;
 
 namespace qrv::detail {
 
-// The same number, of a type that holds more of them; else null.
+// The same number with the wider type `type`; null if the type is not wider.
 objref widened(objref const &from, cTypeObj const &type);
 
 class making {
   public:
-    // The value, or null where it breaks rules. error: another refusal of the library.
+    // The value, or null if `from` breaks rules. error: any other failure of the library.
     // RUNS USER CODE
     objref make(objref const &from, cTypeObj &type);
     std::vector<broken_rule> broken() && { return std::move(broken_); }

@@ -1,6 +1,6 @@
-// What an object has besides its value: comments and layout. And its copies and places.
+// Comments and layout of a value, copies of it, and the paths to it.
 //
-// The library keeps a comment as it is in the text, with its marks: the member "//".
+// The library stores a comment in the member "//", as it is in the text, with its marks.
 
 #include "value/guard.h"
 #include "value/place.h"
@@ -26,7 +26,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
-// The first line of the text, which is removed from it.
+// Removes the first line from the text and returns it.
 std::string_view take_line(std::string_view &text) {
     std::size_t const end = std::min(text.find('\n'), text.size());
     std::string_view const line = text.substr(0, end);
@@ -34,7 +34,7 @@ std::string_view take_line(std::string_view &text) {
     return line;
 }
 
-// Takes comments apart: the lines in them, one after the other.
+// Splits comments into their lines.
 class comment_lines {
   public:
     explicit comment_lines(std::string_view text) {
@@ -43,7 +43,7 @@ class comment_lines {
     std::string const &text() const noexcept { return text_; }
 
   private:
-    // The white space and the comment at the beginning of the text, which are removed from it.
+    // Removes the white space and the comment at the beginning of the text, and adds the comment.
     void add(std::string_view &text) {
         std::size_t const begin = text.find('/');
         if (begin == std::string_view::npos || begin + 1 == text.size()) {
@@ -103,7 +103,7 @@ void value::one_line(bool on) {
 
 namespace {
 
-// Gives comments and layout to a copy, which has the form of the original.
+// Copies comments and layout to a copy, which has the same form as the original.
 class note_copier {
   public:
     void copy(value const &from, value const &to) {
@@ -142,7 +142,7 @@ value value::clone() const {
     return result;
 }
 
-// --- places
+// --- paths
 
 namespace {
 

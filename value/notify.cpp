@@ -21,7 +21,7 @@ change_report const *change_report::of(cObj const &owner) noexcept {
     return fired && fired->owner_ == &owner ? fired : nullptr;
 }
 
-// A type fires `changed` by itself when an attribute of it is set.
+// A type object fires `changed` itself if one of its attributes is set.
 void change_report::watch(objref const &owner) {
     if (owner->changed_signal() && !owner->is_type()) owner_ = owner;
 }

@@ -1,13 +1,13 @@
 #pragma once
-// What a write reports to those who listen to the container that it changes. cObj::changed() has
-// no argument, so the report is found beside it while it fires: change_report::of().
+// The report of a write to the callbacks of the container that it changes. cObj::changed() has no
+// argument, so callbacks find the report with change_report::of() while it fires.
 //
 //     change_report report(owner, key, written::replaced);
 //     ... write; return or throw if that fails ...
 //     report.fire();
 //
-// While nobody listens a report costs one test of a pointer. It looks at the entry itself, past the
-// rules of declared types.
+// If there is no callback, a report costs one test of a pointer. It reads the stored entry
+// directly, without the rules of declared types.
 
 #include "qrv/core/cobj.h"
 
@@ -25,7 +25,7 @@ class change_report {
         if (owner->has_ommap()) [[unlikely]]
             watch(owner);
     }
-    // An entry that is inserted has no old value: what was at its key has moved.
+    // An inserted entry has no old value, since the value that was at its key has moved.
     change_report(objref const &owner, std::string_view key, written how) : change_report(owner) {
         if (owner_) [[unlikely]]
             note(own_key(std::string(key)), how);
@@ -38,8 +38,8 @@ class change_report {
     change_report &operator=(change_report const &) = delete;
     ~change_report() = default;
 
-    // After the write, and outside of every guard. RUNS USER CODE, whose exceptions reach the
-    // caller.
+    // Call it after the write and outside of every guarded(). RUNS USER CODE, whose exceptions
+    // reach the caller.
     void fire() {
         if (owner_) [[unlikely]]
             fire_changed();
@@ -49,8 +49,8 @@ class change_report {
     objref const &old_value() const noexcept { return old_; } // null: the key was absent
     objref const &new_value() const noexcept { return new_; } // null: the key is absent
 
-    // The report that is being fired for this object. Null where a program has fired its `changed`
-    // without one.
+    // The report that is being fired for this object. Null if a program has fired its `changed`
+    // itself.
     static change_report const *of(cObj const &owner) noexcept;
 
   private:
@@ -59,15 +59,15 @@ class change_report {
     objref present() const;
     void fire_changed();
 
-    objref owner_; // null while nobody listens
+    objref owner_; // null if there is no callback
     objref key_;
     objref old_;
     objref new_;
     written how_ = written::replaced;
 };
 
-// The report that change_report::of() finds until the end of the scope. A listener runs with null:
-// what it changes itself has separate reports.
+// Sets the report that change_report::of() finds until the end of the scope. While a callback runs
+// it is null, since changes that the callback makes have separate reports.
 class fired_report {
   public:
     explicit fired_report(change_report const *report) noexcept;

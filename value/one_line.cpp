@@ -31,7 +31,8 @@ std::size_t blanks_in(std::string_view text) {
 
 } // namespace
 
-// No blank is left after an opening bracket, but between two "<", which would be another token.
+// Removes all blanks after an opening bracket, except between two "<", which would be another
+// token.
 std::string on_one_line(std::string_view text) {
     std::string line;
     line.reserve(text.size());

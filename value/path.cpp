@@ -18,15 +18,14 @@ namespace {
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 
-// Ends a part at `end`? Two slashes, and a slash and a star, are left to scanned(), which refuses
-// them.
+// Ends a part at `end`? Does not decide about // and /*, which scanned() refuses.
 bool part_ends(std::string_view path, std::size_t end) {
     if (end == path.size()) return true;
     if (path[end] != '/' || end + 1 == path.size()) return false;
     return path[end + 1] != '/' && path[end + 1] != '*';
 }
 
-// A short number in its only form, which no other key has.
+// The end of a short number without leading zeros, so that its text is the key's only form.
 std::size_t end_of_number(std::string_view path, std::size_t begin) {
     std::size_t end = begin;
     while (end < path.size() && is_digit(path[end])) ++end;
@@ -55,14 +54,15 @@ objref key_of(cAttrLiteral const &token, std::string_view path) {
     if (token.code == tkString && token.text.find('\0') != token.text.npos)
         return key_with_zero(token.text);
     objref key;
-    cat::ReadReport const unheard; // refuse() says what is wrong
+    cat::ReadReport const ignored; // refuse() throws its own message
     bool const read = cat::read_stdtype(token.code, token.text.c_str(), key);
     if (read && key && key->type().is_keytype()) return key;
     if (token.code == tkEof) refuse(path, "a key is missing at the end of the path");
     refuse(path, "'" + token.text + "' is not a key; keys that are not identifiers go in quotes");
 }
 
-// What the scanner would skip or end at, unless it is in quotes: comments, and bytes from 128 on.
+// Refuses text outside of quotes that the scanner would skip, or at which it would end: comments,
+// and bytes from 128 on.
 void refuse_skipped_text(std::string_view path) {
     char quote = 0;
     for (std::size_t i = 0; i < path.size(); ++i) {
@@ -84,14 +84,14 @@ void refuse_skipped_text(std::string_view path) {
 std::vector<step> scanned(std::string_view path) {
     refuse_skipped_text(path);
     std::vector<step> result;
-    cat::ReadReport const unheard;
+    cat::ReadReport const report;
     std::istringstream in{std::string(path)};
     in.imbue(std::locale::classic());
     cAttrScan scan(in, false);
     cAttrLiteral token;
     scan.gettok(token);
     if (token.code == '/') scan.gettok(token);
-    if (token.code == tkEof && unheard.empty()) return result;
+    if (token.code == tkEof && report.empty()) return result;
     for (;;) {
         result.push_back(step(key_of(token, path)));
         scan.gettok(token);

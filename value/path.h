@@ -1,8 +1,8 @@
 #pragma once
 // Cuts the text of a path such as a/b/0 into keys. Keys have the lexical rules of the text format,
-// as in cObj::getattrp: foo and "foo" are the same key, 0 is an int, #name a constant. Unlike there
-// only a slash separates keys, true and false are keys, and comments are refused: // would silently
-// cut a path at an empty part.
+// as in cObj::getattrp: foo and "foo" are the same key, 0 is an int, #name a constant. Unlike in
+// getattrp, only a slash separates keys, true and false are keys, and comments are refused:
+// otherwise // would silently cut a path at an empty part.
 //
 // Identifiers and short numbers are cut out directly; a path with anything else is read by the
 // scanner of the text format.
@@ -25,7 +25,7 @@ class path_reader {
         if (at_ == path_.size() && slow_.empty()) return false;
         return read_plain(to) || read_slowly(to);
     }
-    // The path of so many keys.
+    // The path of the first `count` keys.
     std::string path(std::size_t count) const;
 
   private:
@@ -33,8 +33,8 @@ class path_reader {
     bool read_slowly(step &to);
 
     std::string_view path_;
-    std::size_t at_;         // of the next part, while it is read plainly
-    std::size_t count_ = 0;  // of the keys that were given
+    std::size_t at_;         // the offset of the next part, while read_plain() is used
+    std::size_t count_ = 0;  // the number of keys that next() has returned
     std::vector<step> slow_; // all keys, once the scanner has read them
 };
 

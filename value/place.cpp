@@ -36,8 +36,8 @@ bool has_method(cObj const &object, method_id method) {
     return object.type().method(method) || object.flags_of(of_exe_member);
 }
 
-// By the type's method: rules of declared types, types of the program. A required attribute that
-// is missing is an error there; here nothing is at that place.
+// Calls the type's method, for rules of declared types and for types of the program. For a missing
+// required attribute the method raises an error; this function returns null.
 cObj *asked(cObj &object, step const &key, objref &keep) {
     if (!has_method(object, mid_getattr)) return nullptr;
     cat::CaughtErrors const caught;
@@ -59,8 +59,8 @@ cObj *find_as_it_is(cObj &object, step const &key, objref &keep) {
     return found;
 }
 
-// Was the entry stored without an error, and yet not taken? Then its type is not the one that the
-// container is for.
+// For an entry that the container did not accept, without raising an error: its type is not the one
+// that the container requires.
 [[noreturn]] void refuse_entry(objref const &owner, value const &x) {
     cMapObj const *const map = map_of(owner);
     bool const has_type = map && map->entrytype();
@@ -74,7 +74,7 @@ bool is_present(objref const &owner, step &key) {
     return entry_of(*owner, key, keep) != nullptr;
 }
 
-// The key as the report wants it.
+// A report about this key.
 change_report report_of(objref const &owner, step const &key, written how) {
     if (key.is == step::form::number) return {owner, key.number, how};
     if (key.is == step::form::text) return {owner, key.text, how};
@@ -112,7 +112,7 @@ constexpr std::array<bool, 256> word_characters = [] {
 
 bool is_word_character(char c) noexcept { return word_characters[static_cast<unsigned char>(c)]; }
 
-// Null, too, for what is not plainly a key.
+// Null also if the word is not simply a key, such as a number with leading zeros.
 cAttrNode *node_of_word(cAttrHash const &hash, char const *begin, char const *end) {
     std::string_view const word(begin, static_cast<std::size_t>(end - begin));
     if (*begin > '9') return hash.find(word);
@@ -167,7 +167,8 @@ void assign_choice(cObj &choice, objref const &x) {
 
 namespace {
 
-// A set that has an equal value elsewhere accepts another one, and then does nothing.
+// Throws if the set has an equal value at another position: its setattr then returns true without
+// storing.
 void refuse_second(cObj &set, step key, objref const &stored) {
     objref keep;
     cObj *const present = entry_of(set, key, keep);
@@ -181,8 +182,8 @@ bool is_writable(cObj const &object) { return has_method(object, mid_setattr); }
 
 namespace {
 
-// What is stored where an attribute of a declared type gets the value: a choice for its key, and
-// for a number the same one of a wider type. RUNS USER CODE
+// The object to store if an attribute of a declared type is set to x: for the key of a choice that
+// choice, and for a number the same number with the attribute's wider type. RUNS USER CODE
 objref fitted(objref const &owner, objref const &key, value const &x) {
     if (x.is_nil() || &owner->type().type() != &cat::typetype_attlist()) return x.object();
     objref declared;
@@ -221,8 +222,8 @@ bool remove_entry(objref const &owner, step key) {
     change_report report = report_of(owner, key, written::erased);
     if (!guarded([&] { return owner->setattr(key_object(key), cat::badfind()); }))
         throw type_error("the entry can't be removed", 0);
-    // Where the type has a default, that object itself is the value now: changing it would change
-    // the type.
+    // If the type has a default, the value is now the default object itself: changing it would
+    // change the type.
     if (cMapObj const *const map = map_of(owner); map && owner->flags_of(asf_all) != 0)
         static_cast<void>(map->datamap().detach(key_object(key)));
     report.fire();

@@ -1,6 +1,6 @@
 #pragma once
-// One entry of one object: finding, writing and removing it. The containers of the library are read
-// directly; all other objects, and every write, go by the methods of their types.
+// One entry of one object: finding, writing and removing it. The library's containers are read
+// directly. All other reading, and all writing, calls the methods of the object's type.
 
 #include "value/path.h"
 
@@ -14,23 +14,24 @@ inline cMapObj *map_of(cObj *object) noexcept {
                                                               : nullptr;
 }
 
-// Does the object have the library's own method, and a hash that the method works on? Of the types
-// with methods of the library only containers have these. `other`: flags that it may not have.
+// Is this a container of the library whose type still has the library's own method, without own
+// methods and without the flags `other`?
 bool is_plain(cObj const &object, method_id method, int other = 0) noexcept;
 
-// The value at a key, borrowed from the object or from `keep`; null where nothing is there. An int
-// that a map does not have is looked up as a string, and `key` is that string then. RUNS USER CODE
-// for types of the program.
+// The value at a key, borrowed from the object or from `keep`; null if there is none. If a map does
+// not have the int `key`, the function looks for it as a string and, if that exists, sets `key` to
+// the string. RUNS USER CODE for types of the program.
 cObj *entry_of(cObj &object, step &key, objref &keep);
 
-// False, for a key that nothing is at; the keys after it may be faulty text.
+// Returns false, after a key without a value. Reads the remaining keys, since faulty text in them
+// is an error.
 template <class Keys> bool absent(Keys &keys) {
     for (step key; keys.next(key);) {
     }
     return false;
 }
 
-// What is at the end of the keys; false where nothing is there.
+// Sets `to` to the value to which the keys lead; false if there is none.
 template <class Keys> bool walk(objref const &root, Keys &keys, spot &to) {
     step key;
     cObj *at = root.get();
@@ -44,29 +45,32 @@ template <class Keys> bool walk(objref const &root, Keys &keys, spot &to) {
 
 // Can entries of the object be written?
 bool is_writable(cObj const &object);
-// error: x has `owner` somewhere in it. So many owners of `owner`, `handles`, are known not to be
-// containers: where it has no others, x is not searched.
+// error: x contains `owner`. `handles` is the number of owners of `owner` that are known not to be
+// containers: if it has no others, x is not searched.
 void refuse_cycle(objref const &owner, value const &x, unsigned handles = 0);
-// Stores the value by the type's method, and reports the change. Throws where the type refuses, and
-// where the owner would become a part of itself; the exception has no path.
+// Stores the value with the type's method, and reports the change. Throws if the type refuses the
+// value, or if the owner would become a part of itself. The exception has no path.
 void write_entry(objref const &owner, step const &key, value const &x);
-// False if nothing is there.
+// False if there is no such entry. Throws if the type refuses.
 bool remove_entry(objref const &owner, step key);
-// A vector or set gets the value after its last one. False if a set has an equal value. Here and
-// in insert_value() two owners of `owner` are the caller's own.
+// Appends the value to a vector or set. False if a set has an equal value. The caller of this
+// function or of insert_value() must hold two references to `owner`.
 bool append_value(objref const &owner, value const &x);
-// In front of the value at a position of a vector.
+// Inserts x before the value at a position of a vector.
 void insert_value(objref const &owner, int position, value const &x);
 
 // Is the object of a choice type?
 bool is_choice(cObj const &object) noexcept;
-// The key of the choice, such as "slow"; null where the object is not a choice, or undefined.
+// The key of the choice, such as "slow"; null if the object is not a choice or the choice is
+// undefined.
 objref choice_key_of(cObj const *object);
-// Sets the choice to that key, or to that of another choice. type_error: it does not have the key.
+// Sets the choice to the key x, or to the key of the choice x. type_error: its type does not have
+// the key.
 void assign_choice(cObj &choice, objref const &x);
 
-// The written form with all digits, or without them where a part, such as an infinity, has no such
-// form. `is_whole` becomes false where a part is missing. RUNS USER CODE
+// The written form with all digits; if a part, such as an infinity, has no exact text, the plain
+// form with six digits. Sets `is_whole` to false if a part is missing in that form, too.
+// RUNS USER CODE
 std::string shown_text(objref const &object, bool *is_whole = nullptr);
 
 // "a string: "fast"", "a map", "nil", "an object of type Axis".

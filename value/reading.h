@@ -9,15 +9,15 @@
 
 namespace qrv::detail {
 
-// As parse() and load(). `file` is the name of the text in errors, or empty. Types that the text
-// declares are registered, in any case.
+// As parse() and load(). `file` is the name of the text in errors, or empty. Registers the types
+// that the text declares, also if it has errors.
 value read_value(std::string_view text, std::string const &file, options const &how,
                  std::vector<cat::ReadError> &errors);
-// The same, but faulty text declares nothing.
+// The same, but faulty text registers nothing.
 value read_all_or_no_types(std::string_view text, std::string const &file, options const &how,
                            std::vector<cat::ReadError> &errors);
 
-// parse_error, unless there are none.
+// Throws parse_error if there are errors.
 void throw_errors(std::vector<cat::ReadError> const &errors);
 
 } // namespace qrv::detail

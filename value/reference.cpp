@@ -12,7 +12,7 @@ namespace qrv {
 namespace {
 
 // Each key begins with a byte: the length of a string that follows, or one of these.
-constexpr unsigned char long_text_mark = 254; // its length comes next
+constexpr unsigned char long_text_mark = 254; // its length follows
 constexpr unsigned char number_mark = 255;
 
 template <class T> void append_bytes(std::string &bytes, T const &x) {

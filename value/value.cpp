@@ -1,4 +1,4 @@
-// Making values, what they are, and reading them.
+// Creating values, their kinds, and reading them.
 
 #include "qrv/value/value.h"
 
@@ -22,7 +22,7 @@ char const *name_of(kind which) noexcept {
     return names.at(static_cast<std::size_t>(which));
 }
 
-// --- making
+// --- creating
 
 namespace {
 
@@ -59,7 +59,7 @@ void value::refuse_number(std::string const &number, char const *where) {
     throw range_error({}, number + " does not fit in " + where);
 }
 
-// --- what it is
+// --- kinds
 
 qrv::kind value::kind() const noexcept {
     if (!object_) return kind::nil;
@@ -92,7 +92,7 @@ std::string value::type_name() const {
 
 objref value::object() const { return object_ ? object_ : cat::nil(); }
 
-// --- refusing
+// --- errors
 
 std::string detail::shown_text(objref const &object, bool *is_whole) {
     {
@@ -133,7 +133,7 @@ std::string detail::description(value const &v) {
         return "an object of type " + v.type_name();
     default: {
         std::string text = shown(v.object());
-        if (v.is_string() && text[0] != '"') text = '"' + text + '"'; // also where it needs none
+        if (v.is_string() && text[0] != '"') text = '"' + text + '"'; // always in quotes
         return std::string("a ") + name_of(v.kind()) + ": " + text;
     }
     }

@@ -114,7 +114,7 @@ void value::rename(std::string_view key, std::string_view new_key) {
 
 namespace {
 
-// Merges pairs of containers, each pair once, since parts may be shared or contain themselves.
+// Merges pairs of containers, each pair once: parts may be shared, or contain themselves.
 class merger {
   public:
     void merge(value target, value const &source) {
@@ -176,7 +176,7 @@ cTypeObj *scalar_type(cObj const &object) {
     }
 }
 
-// The library's own conversions cut numbers to what the object can hold: get() throws instead.
+// The library's own conversions would truncate numbers that do not fit; get() throws instead.
 void refuse_loss(cObj const &object, value const &x) {
     cTypeObj const *const type = scalar_type(object);
     cTypeObj &source = x.object()->type();
@@ -201,7 +201,7 @@ entries entries_of(value const &container) {
     return result;
 }
 
-// Stores them in an empty map, vector or set; a set takes equal values once.
+// Stores the entries in an empty map, vector or set; a set accepts equal values once.
 void fill(value const &container, entries const &from) {
     objref const owner = container.object();
     auto const store = [&](objref const &key, objref const &item) {
@@ -214,7 +214,7 @@ void fill(value const &container, entries const &from) {
                              detail::description(value(entry.second)));
 }
 
-// An entry that the container refuses changes nothing.
+// If the container refuses an entry, nothing is changed.
 void replace_entries(value const &container, value const &x) {
     entries const former = entries_of(container), present = entries_of(x);
     cMapObj &map = *detail::map_of(container.object());

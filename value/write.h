@@ -1,6 +1,6 @@
 #pragma once
-// Writing and removing at the end of several keys. Keys is a source of keys: next(step &) gives
-// them one by one, path(n) is the path of the first n.
+// Writes or removes the value at the end of several keys. `Keys` is a source of keys: next(step &)
+// returns them one by one, path(n) is the path of the first n.
 
 #include "value/guard.h"
 #include "value/place.h"
@@ -25,7 +25,7 @@ class one_key {
     bool given_ = false;
 };
 
-// A map with x at `first` and the keys that are left.
+// A map with x at `first` and the remaining keys.
 template <class Keys> value levels_for(step const &first, Keys &keys, value const &x) {
     refuse_depth();
     step next;
@@ -35,7 +35,7 @@ template <class Keys> value levels_for(step const &first, Keys &keys, value cons
     return value_access::share(map);
 }
 
-// The exceptions of `write` name the path.
+// Calls `write`, and adds the path of the first `count` keys to its exceptions.
 template <class Keys, class Write>
 auto named(Keys const &keys, std::size_t count, Write const &write) {
     try {
@@ -46,8 +46,8 @@ auto named(Keys const &keys, std::size_t count, Write const &write) {
     }
 }
 
-// One write, into the last container that exists; what is missing below it is made before. A null
-// root becomes a map, and without keys the root becomes x.
+// Does a single write, to the last existing container; missing levels below it are created first. A
+// null root becomes a map; if there are no keys, the root becomes x.
 template <class Keys> void write_at(objref &root, Keys keys, value const &x) {
     step key;
     if (!keys.next(key)) {
@@ -74,7 +74,7 @@ template <class Keys> void write_at(objref &root, Keys keys, value const &x) {
     }
 }
 
-// False if nothing is there.
+// False if there is no such entry.
 template <class Keys> bool remove_at(objref const &root, Keys keys) {
     step key;
     if (!keys.next(key)) throw path_error({}, "a value can't be removed from itself");

@@ -13,7 +13,7 @@ namespace qrv::detail {
 
 namespace {
 
-// Sets the writer's columns while it lives.
+// Sets the writer's columns while it exists.
 class indent {
   public:
     explicit indent(std::optional<int> columns)
@@ -31,7 +31,7 @@ class indent {
     int const inner_, outer_;
 };
 
-// At most so many values are named in a message.
+// The highest number of values that a message names.
 constexpr std::size_t most_named = 10;
 
 [[noreturn]] void refuse(cat::CaughtErrors const &caught, std::string const &about) {
@@ -52,11 +52,11 @@ std::string written(value const &v, style const &how, std::string const &about) 
     std::optional<cat::ExactText> exact;
     if (how.exact) exact.emplace();
     indent const columns(how.indent);
-    // The writer composes text for such a stream without remembering where single values are.
+    // For such a stream, the writer composes text without recording the positions of values.
     std::ostringstream os;
     os.imbue(std::locale::classic());
     v.object()->writeobj(os);         // RUNS USER CODE
-    if (os.fail() && !caught.empty()) // the path to the deepest value would be too long to read
+    if (os.fail() && !caught.empty()) // without the path, which would be too long to read
         throw error(about + "nesting is too deep to be written", caught.entries()[0].code());
     if (!caught.empty()) refuse(caught, about);
     std::string text = std::move(os).str();

@@ -7,7 +7,7 @@
 
 namespace qrv::detail {
 
-// As dump(). `about` is in front of the message of an error: the name of a file and ": ", or empty.
+// As dump(). The message of an error begins with `about`: the name of a file and ": ", or empty.
 std::string written(value const &v, style const &how, std::string const &about);
 
 } // namespace qrv::detail

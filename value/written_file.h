@@ -9,12 +9,13 @@
 
 namespace qrv::detail {
 
-// All bytes of a file. error: it can't be read, or another reason.
+// All bytes of a file. error: it can't be read.
 std::string bytes_of(std::string const &path);
 
-// Gives the file that content, whole or not at all, under the lock of its folder. `expected` is
-// what it must hold right before; if it holds `bytes` already, nothing is written. save_conflict:
-// it holds something else, or is not there. error: it can't be written.
+// Replaces the content of the file, completely or not at all, while its folder is locked.
+// `expected` is the content that the file must have before that; if it equals `bytes`, the file is
+// not written. save_conflict: the file has other content, or does not exist. error: it can't be
+// written.
 void replace_file(std::string const &path, std::string_view bytes,
                   std::optional<std::string_view> expected = {});
 

@@ -20,7 +20,7 @@ class cKeepErrno {
 };
 
 // The environment value that the starting process set under this name. Null if it is not set, or if
-// the process runs with raised rights and must not trust it. Borrowed until the environment
+// the process runs with raised privileges and must not trust it. Borrowed until the environment
 // changes.
 char const *start_value(char const *name);
 

@@ -1,4 +1,4 @@
-// The operating system: debug output, descriptors, time, and questions about files.
+// The operating system: debug output, descriptors, time, and tests of files.
 
 #include "qrv/base/platform/cplatform.h"
 

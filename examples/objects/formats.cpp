@@ -1,5 +1,5 @@
 // Numbers with the form in which they are written and read, as views on numbers of the program and
-// as objects in a tree; and the small helpers: wildcards, questions about the stack, the version.
+// as objects in a tree; and small functions: wildcards, the stack, the version.
 #include "qrv/base/csignal.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/core/cobj.h"

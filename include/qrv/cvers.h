@@ -1,5 +1,5 @@
 #pragma once
-// The version, in this one place.
+// The version of the library.
 
 #include "qrv/ccomp.h"
 

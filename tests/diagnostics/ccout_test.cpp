@@ -1,4 +1,4 @@
-// Message output: the buffers, the global route, and the message file.
+// Message output: the buffers, also the global one, and the message file.
 
 #include "qrv/diagnostics/ccout.h"
 

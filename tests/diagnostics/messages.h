@@ -20,7 +20,7 @@ using Pieces = std::vector<std::string>;
 // Stores each string that a signal emits.
 class cPieces {
   public:
-    // Listens to the global message output. Fires sig_idle first, so that no text waits.
+    // Listens to the global message buffer. Fires sig_idle first, so that no text waits.
     cPieces() : slot_(this, &cPieces::take) {
         cOutSigStreambuf.pubsync();
         sig_idle();

@@ -1,6 +1,6 @@
 // Actions in the process's undo lists when it ends: those of the redo list are destroyed first,
 // each list from its front, after the program's static objects and while the core and the message
-// route still exist.
+// output still exist.
 
 #include "process.h"
 #include "qrv/containers/cattr.h"

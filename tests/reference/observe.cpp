@@ -48,7 +48,7 @@ cWorld &world() { return *the_world; }
 
 namespace {
 
-// Logs the output on the message output and the error route.
+// Logs the message output and the errors.
 class cListener {
   public:
     cListener() : messages_(this, &cListener::message), errors_(this, &cListener::error) {

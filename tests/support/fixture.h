@@ -36,7 +36,7 @@ bool listening();
 // line.
 std::vector<std::string> lines_of(std::string const &text);
 
-// Collects the output of the message output from its construction on.
+// Collects the message output from its construction on.
 class cMessageLog {
   public:
     cMessageLog();
@@ -96,7 +96,7 @@ class QrvTest : public ::testing::Test {
     QrvTest();
     ~QrvTest() override;
 
-    // The output of the message output since the last call, or since the test began.
+    // The message output since the last call, or since the test began.
     std::string messages() { return messages_.take(); }
 
   private:

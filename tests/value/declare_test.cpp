@@ -36,7 +36,7 @@ objref read(std::string const &text) {
 
 std::string text_of(qrv::value const &value) { return cat::as_text(value.object()); }
 
-// What a type object holds but for its name, and what exact text does not show.
+// The content of a type object except its name, and the parts that exact text does not show.
 std::string inside(qrv::type const &type) {
     cObj &object = type.object();
     std::string text = object.type().name() + " " + std::to_string(object.flags()) + " ";

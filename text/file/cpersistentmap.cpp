@@ -22,7 +22,7 @@ namespace {
 
 constexpr int most_kept = 99;
 
-// Is there nothing left in the text except comments and one separator?
+// Is the rest of the text only comments and at most one separator?
 bool at_end(cAttrScan &scan) {
     cat::ReadReport const quiet; // discards errors in the text after the value
     scan.return_com(false);

@@ -17,7 +17,7 @@
   gnu::used]] static void (*const before_static_code)() = end_when_memory_ends;
 
 int main(int argc, char **argv) {
-    fill_standard_descriptors(O_WRONLY, O_RDONLY); // using closed ones fails
+    fill_standard_descriptors(O_WRONLY, O_RDONLY); // so that the use of a closed one still fails
     std::signal(SIGPIPE, SIG_IGN);                 // the exit code reports a closed pipe
     sig_idle();                                    // discards the start-up text
     cConsoleDisplay const messages(STDERR_FILENO);

@@ -1,6 +1,6 @@
 #pragma once
-// Decides when a watched program is ended, started again or left alone. It uses only times and
-// events that it is given, so it can be tested without a process, a clock or a wait.
+// Decides when a watched program is ended, started again or left alone. The caller passes all times
+// and events to it, so it can be tested without a process, a clock or a wait.
 //
 //   running --no sign of life--> ending --grace over--> killed --patience over--> given up
 //   running --asked to stop----> ending

@@ -14,7 +14,7 @@
 
 namespace watchdog {
 
-// Our environment, with the title and this id in place of earlier values.
+// The environment `ours`, with the title and this id in place of earlier values.
 std::vector<std::string> environment_of(char const *const *ours, std::uint32_t id);
 
 class cProgram {
@@ -26,8 +26,8 @@ class cProgram {
 
     // Starts the program. Returns 0 or the error number of the system call.
     int start();
-    // Returns once how the program ended; empty while it runs. Also waits for orphans, which the
-    // first process of a container inherits. Throws cFailure.
+    // After the program has ended, the first call returns how; empty while it runs, and later. Also
+    // waits for orphans, which the first process of a container inherits. Throws cFailure.
     std::optional<cEnd> ended();
     void signal(int number) const; // does nothing if the program isn't running
     bool is_running() const { return pid_ > 0; }

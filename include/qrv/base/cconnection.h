@@ -25,8 +25,8 @@
 #include <string>
 #include <type_traits>
 
-// One end of a link. The two rings own it, all others borrow it: a pointer to it is valid until the
-// link is cut or, while a LockDelete exists, until the last LockDelete is destroyed.
+// One end of a link. Its ring owns it; everything else borrows it. A pointer to it is valid until
+// the link is cut or, while a LockDelete exists, until the last LockDelete is destroyed.
 class QRV_API cConnection {
   public:
     class LockDelete;
@@ -40,16 +40,18 @@ class QRV_API cConnection {
     bool isconnected() const { return partner_ != nullptr; }
     bool islinked() const { return next_ != this; }
     bool isdeleted() const { return delete_next_ != 0; }
-    // The receiving end. An emission calls only the nodes that are not targets.
+    // True at the receiver. A call of a signal follows only its links as a sender, so it skips
+    // these nodes.
     bool istarget() const { return (flags_ & target_bit) != 0; }
     // True for the head of a ring, where walks end, and for a node that is in no ring.
     bool isend() const;
     // Blocked at either end, or cut.
     bool isblocked() const { return blocks_ > 0 || !partner_ || partner_->blocks_ > 0; }
+    // In a ring and not queued.
     explicit operator bool() const { return !isdeleted() && islinked(); }
-    // The base that owns the ring; null when the node is unlinked or the base destroyed.
+    // The base that owns the ring; null if the node is unlinked or that base is destroyed.
     cSSBase *my_base() const { return base_; }
-    // The base at the other end; null when the link is cut.
+    // The base at the other end; null if the link is cut.
     cSSBase *other_base() const { return partner_ ? partner_->base_ : nullptr; }
 
     // The same for a pointer that may be null: the result is then false or null.
@@ -117,7 +119,7 @@ class QRV_API cConnection {
     static constexpr std::uint16_t target_bit = 1;
     static constexpr std::uint16_t exclusive_bit = 2;
     static constexpr int arguments_shift = 2;     // the bits from here on
-    static constexpr std::uintptr_t end_mark = 1; // not 0: the last queued node reads as queued too
+    static constexpr std::uintptr_t end_mark = 1; // not 0, which means: not queued
 
     // The nodes that wait to be freed, linked by delete_next_.
     static std::uintptr_t queue_head_;
@@ -128,7 +130,7 @@ class QRV_API cConnection {
     void remove() noexcept;
     void make_exclusive() noexcept;
     void end_exclusive() noexcept;
-    // False for a cut or queued node, which has no partner.
+    // Whether an emission calls the partner. False for a cut or queued node, which has none.
     bool carries() const {
         return partner_ && !istarget() && blocks_ <= 0 && partner_->blocks_ <= 0;
     }
@@ -141,7 +143,7 @@ class QRV_API cConnection {
     cConnection *partner_ = nullptr;
     cConnection *prev_;
     cConnection *next_;
-    std::uintptr_t delete_next_ = 0; // 0: alive; else the next queued node, or the end mark 1
+    std::uintptr_t delete_next_ = 0; // 0: not queued; else the next queued node, or the end mark
     mutable std::int16_t blocks_ = 0;
     std::int16_t uses_ = 0;
     std::uint16_t flags_ = 0;
@@ -178,7 +180,7 @@ class QRV_API cSSBase {
     // Whether there is any link, or one to `other`.   O(connections)
     bool isconnected() const;
     bool isconnected(cSSBase const &other) const { return find(other) != nullptr; }
-    // Cuts every link in both directions, however often it was connected.
+    // Cuts every link in both directions, regardless of its count.
     void disconnect() const;
 
     // Blocks the base, both its calls and calls to it, until the result and all its copies are

@@ -36,8 +36,8 @@ class QRV_API cShared {
 };
 
 // The policy for a T derived from cShared: destruction is `delete`, which uses the virtual
-// destructor if T has one. During its destruction a target counts one owner, like an object on the
-// stack: so its destructor may create cRefs to it temporarily without destroying it twice.
+// destructor if T has one. While the destructor runs, the count is 1, as for an object on the
+// stack: so temporary cRefs that the destructor creates do not destroy the object again.
 // Specialised for types whose destruction needs more.
 template <class T> class cRefTraits {
   public:
@@ -48,7 +48,7 @@ template <class T> class cRefTraits {
     static void destroy(T *target);
 };
 
-// For cObj: as above, but with bounded stack, even for a long chain of objects, each of which is
+// For cObj: as above, but the use of the stack is bounded, even if each object of a long chain is
 // the last owner of the next.
 template <> class QRV_API cRefTraits<cObj> {
   public:
@@ -126,7 +126,7 @@ template <class T, class Traits> class cRef {
         return *this; // RE-ENTERS
     }
 
-    // Borrowed; null if the handle is. `*` and `->` require a target.
+    // The target, borrowed; null for a null handle. `*` and `->` require a target.
     T *get() const noexcept { return p_; }
     T &operator*() const noexcept { return *p_; }
     T *operator->() const noexcept { return p_; }
@@ -134,8 +134,8 @@ template <class T, class Traits> class cRef {
     explicit operator bool() const noexcept { return p_ != nullptr; }
     void swap(cRef &other) noexcept { std::swap(p_, other.p_); }
 
-    // Deleted, since the conversion to a pointer would allow them: arithmetic, printing an address,
-    // `delete` without regard to the count.
+    // The conversion to a pointer would allow pointer arithmetic, printing an address, and `delete`
+    // without regard to the count. These declarations turn each of them into an error.
     operator cNoDelete *() const = delete;
     template <class K> void operator[](K const &) const = delete;
     template <class V> void operator<<(V const &) const = delete;

@@ -1,10 +1,11 @@
 #pragma once
 // cAttr, the result of obj[key]: a handle for the attribute with that key in that owner, whether
-// the attribute exists or not. It reads by the owner's getattr and writes by its setattr, so all
-// rules of the owner's type apply. A handle is a value, not a cObj, and is not tied to a node.
+// the attribute exists or not. It reads with the owner's getattr and writes with its setattr, so
+// all rules of the owner's type apply. A handle is a value, not a cObj, and is not tied to a node.
 //
-// Every read asks the owner again and stores the result in `cache_`, which keeps the object for `*`
-// and `->`. An unusable handle (owner null or void) reads cat::bad() and ignores writes.
+// Every read calls the owner again. It stores the result in `cache_`, so that the object exists
+// while the result of `*` or `->` is used. An unusable handle (owner null or void) reads cat::bad()
+// and ignores writes.
 
 #include "qrv/core/cobj.h"
 
@@ -26,9 +27,9 @@ class QRV_API cAttr {
     std::string key_as_string() const;
     bool is_defined() const noexcept { return owner_ && key_; } // the attribute may not exist
 
-    // These read. RUNS USER CODE: getattr of the owner's type. For a null key: cat::bad(). `*` and
-    // `->` also return cat::bad() for a null value; the result is valid until the next read or
-    // write.
+    // These read. RUNS USER CODE: getattr of the owner's type. With a null key they return
+    // cat::bad(). `*` and `->` also return cat::bad() for a null value; the result is valid until
+    // the next read or write.
     [[nodiscard]] objref getattr() const;
     [[nodiscard]] objref getattr(cTypeObj const &type) const; // bad unless exactly of this type
     operator objref() const { return getattr(); }
@@ -52,33 +53,35 @@ class QRV_API cAttr {
 
     void set(cAttr const &other); // rebinds the handle; writes nothing
 
-    // Writes: shares the value; a kill value removes the attribute. A refusal is only reported as
-    // an error.   RUNS USER CODE
+    // Writes: shares the value; a kill value removes the attribute. If the owner refuses the value,
+    // that is only reported as an error.   RUNS USER CODE
     cAttr &operator=(objref const &value);
     cAttr &operator=(cAttr const &other);
 
-    // Inserts into a vector or set at this position, without the checks of flags and entry type and
-    // the set's check for equal values. Returns the handle of the next position; after an error, or
-    // for a null owner, a copy of this one.
+    // Inserts at this position of a vector or set. Checks neither flags nor the entry type, and in
+    // a set not whether it has an equal value. Returns the handle of the next position; after an
+    // error, or for a null owner, a copy of this one.
     //   0x40020000 "Setattr in object type '...', key '...': Inserting cAttr::operator<< ..."
     cAttr operator<<(objref const &value);
 
     objref swap_to(objref const &value); // writes; returns the old value
-    // Return the value, after a value of another type was replaced: by type.newobj(), or by
-    // `value`, shared. cat::bad() if the owner refuses it.
+    // Return the value if it has that type, or the type of `value`. Otherwise replace it first: by
+    // type.newobj(), or by `value`, which is shared. cat::bad() if the owner refuses the new value,
+    // for "niltype", and for a bad `value`.
     objref force_type(cTypeObj const &type);
     objref force_default(objref const &value);
-    // Assigns to a value of the same type; otherwise stores `value`, or a clone of it.
+    // Assigns to the present value if it has the same type; otherwise stores `value`, or a clone of
+    // it.
     void force_value(objref const &value, bool clone);
 
     // Stores a clone of the value in `map`, under a clone of the key; nothing if there is no clone.
     void save(cMapObj &map) const;
-    cAttr &unsave(cMapObj const &map); // assigns the saved value to the present object
+    cAttr &unsave(cMapObj const &map); // assigns the saved value, if any, to the present one
     // Writes `key=value; `. True if the stream is good afterwards.
     bool write_attr(std::ostream &os) const;
 
   private:
-    // Only a cRef can be passed to these operations.
+    // Private, so that callers can pass only a cRef.
     cAttr &operator=(cObj const &) { return *this; }
     void force_value(cObj const &) {}
     void force_value(cObj const &, bool) {}

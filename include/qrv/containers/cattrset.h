@@ -45,7 +45,7 @@ QRV_API bool m_assign(cObj &type, objref &arg);
 QRV_API bool setattr(cObj &type, objref &key, objref &value);
 QRV_API objref getattr(objref type, objref key);
 QRV_API objref iterobj(objref type);
-// With text: the stream is in a holder (cOutHolder, cInHolder).
+// Write and read text; `stream` is a holder of the stream (cOutHolder, cInHolder).
 QRV_API bool m_write(cObj &type, objref &stream);
 QRV_API bool m_read(cObj &type, objref &stream); // replaces all; always fires `changed`
 } // namespace cTomAttlist

@@ -39,7 +39,7 @@ class QRV_API cAttspec : public cObj {
     bool is_implied() const noexcept { return flags_of(asf_implied) != 0; }
     objref get_default() const { return default_; }       // shared; null without a default
     cTypeObj *get_type() const noexcept { return type_; } // borrowed; null: any type
-    // Adds these flags, where #IMPLIED removes #REQUIRED, then makes them consistent as above.
+    // Adds these flags, and makes the flags consistent as above. #IMPLIED removes #REQUIRED.
     void set_flags(int flags);
     // A kill value removes the default, other void values have no effect. Shares the value. With
     // fix_type its type becomes the fixed type.

@@ -75,7 +75,7 @@ QRV_API objref getattr(objref obj, objref key); // "key", "value", "pos", "choic
 // undefined value.
 QRV_API bool setattr(cObj &obj, objref &key, objref &value);
 QRV_API bool m_assign(cObj &obj, objref &arg); // true, also for an unknown key
-// With text: the stream is in a holder (cOutHolder, cInHolder).
+// Write and read text; `stream` is a holder of the stream (cOutHolder, cInHolder).
 QRV_API bool m_write(cObj &obj, objref &stream); // the key; nothing if undefined
 // Empty text reads as undefined. False for a key that does not exist.
 QRV_API bool m_read(cObj &obj, objref &stream);

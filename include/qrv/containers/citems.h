@@ -4,10 +4,10 @@
 //     for (auto const &[key, value] : cat::items(map)) ...
 //     for (cat::Item const item : cat::items(vector)) use(item.value());
 //
-// Range, iterators and items own what they need, so a loop over a temporary is valid, and iterators
-// may outlive the range. The loop may change the container: it visits each entry that remains once,
-// also those that are added after the current one. A removed entry has a null key and the value
-// cat::bad(); the next step leads to the entry that followed it when it was removed.
+// Ranges, iterators and items own what they need, so a loop over a temporary is valid, and
+// iterators may outlive the range. The loop may change the container: it visits each remaining
+// entry once, also entries that are added after the current one. A removed entry has a null key and
+// the value cat::bad(); the next step leads to the entry that followed it when it was removed.
 //
 // Iterating allocates nothing. Each begin() starts at the first entry.
 
@@ -42,7 +42,7 @@ class QRV_API Item {
 
     // The container's key object; null without an entry.
     objref const &key() const { return cAttrNode::key(node_); }
-    objref const &value() const noexcept { // shared; never null
+    objref const &value() const noexcept { // never null
         return node_ && node_->valref() ? node_->valref() : cat::bad();
     }
     cAttrNode const *node() const noexcept { return node_; } // borrowed; null without an entry
@@ -72,12 +72,12 @@ class QRV_API Items {
         using reference = Item;
 
         iterator() noexcept = default; // an end iterator
-        // Shares the hash; a null one is empty. Steps and `*` of an iterator at the end are
-        // allowed: it stays there, and the item has no entry.
+        // Shares the hash; null counts as an empty one. At the end, `*` returns an item without an
+        // entry.
         explicit iterator(hashref hash) noexcept : cursor_(std::move(hash)) {}
 
         Item operator*() const noexcept { return Item(cursor_.node()); }
-        // At the end it stays there.
+        // Has no effect at the end.
         iterator &operator++() noexcept {
             ++cursor_;
             return *this;
@@ -113,7 +113,7 @@ class QRV_API Items {
 
 template <> struct std::tuple_size<cat::Item> : std::integral_constant<std::size_t, 2> {};
 template <std::size_t Index> struct std::tuple_element<Index, cat::Item> { using type = objref; };
-#ifndef QRV_DOXYGEN // which does not find the declaration in the standard library
+#ifndef QRV_DOXYGEN // Doxygen does not find the declaration in the standard library
 template <> inline constexpr bool std::ranges::enable_borrowed_range<cat::Items> = true;
 #endif
 

@@ -23,7 +23,7 @@ class QRV_API cMapObj : public cObj {
     explicit cMapObj(hashref hash);
     cMapObj(cMapObj const &other);        // runs `create`, then assigns; copies all flags
     explicit cMapObj(cObj const &other);  // the same without `create`
-    cMapObj(cTypeObj *type, bool create); // borrows the type; `create` unless it is "niltype"
+    cMapObj(cTypeObj *type, bool create); // type as in set_type(); true: runs `create`
     ~cMapObj() override;                  // a shared hash remains, without this father
 
     cMapObj &operator=(cMapObj const &other); // assign. RUNS USER CODE
@@ -57,21 +57,22 @@ class QRV_API cMapObj : public cObj {
     [[nodiscard]] objref findvalref(objref const &value);
 
     // The value of exactly type "map" under key; a value of another type is replaced by a new map,
-    // without regard to specifications and const keys. For a nil key: an empty scratch map, the
-    // same at each call, or as a pointer null. Borrowed from the node. RUNS USER CODE
+    // without regard to specifications and const keys. For a nil key, submap returns an empty
+    // scratch map, the same one at each call, and submap_ptr returns null. The result is borrowed
+    // from the node. RUNS USER CODE
     cMapObj &submap(objref const &key);
     cMapObj &submap(std::string const &key);
     cMapObj *submap_ptr(objref const &key);
     cMapObj *submap_ptr(std::string const &key);
 
-    // Removes the values that are empty maps; recursive: also inside the maps among the values.
-    // Considers only values of exactly type "map". A map that the recursion empties may stay:
-    // another call removes it.
-    // RUNS USER CODE
+    // Removes each value that is an empty map; with `recursive` also inside the other maps.
+    // Considers only values of exactly type "map". A map that becomes empty in this way may stay:
+    // another call removes it. RUNS USER CODE
     void remove_emptychilds(bool recursive);
 
-    // Replaces all values by private copies; deep: also inside maps, sets and vectors, where a part
-    // with several owners is copied once. False if a value could not be copied. RUNS USER CODE
+    // Replaces all values by private copies; with `deep` also inside maps, sets and vectors, where
+    // a part with several owners is copied once. False if a value could not be copied.
+    // RUNS USER CODE
     bool detach(bool deep);
 
     // The same size, and an equal value for each key; order does not matter.
@@ -97,9 +98,9 @@ class QRV_API cMapObj : public cObj {
 };
 
 namespace cat {
-// Copy on write: makes `ref` the only owner of its value; deep: also for the values inside. False
-// for a null or void value, for one that cannot be cloned, and for the library's constants.
-// RUNS USER CODE
+// Copy on write: makes `ref` the only owner of its value; with `deep` does the same for the values
+// inside. False for a null or void value, for one that cannot be cloned, and for the library's
+// constants. RUNS USER CODE
 QRV_API bool detach(objref const &ref, bool deep);
 } // namespace cat
 
@@ -121,7 +122,7 @@ QRV_API bool m_append(cObj &obj, objref &arg);
 QRV_API bool equal_sorted(cObj &obj, objref &arg);
 // By key, in any order. Prints nothing.
 QRV_API bool equal_unsorted(cObj &obj, objref &arg);
-// With text: the stream is in a holder (cOutHolder, cInHolder).
+// Write and read text; `stream` is a holder of the stream (cOutHolder, cInHolder).
 QRV_API bool m_write(cObj &obj, objref &stream);  // with braces
 QRV_API bool m_write0(cObj &obj, objref &stream); // without braces
 QRV_API bool m_read(cObj &obj, objref &stream);
@@ -129,7 +130,6 @@ QRV_API bool m_read(cObj &obj, objref &stream);
 
 // For types of other modules whose text consists of their objects' own members.
 namespace cTomOmmap {
-// With text, as above.
 QRV_API bool m_write(cObj &obj, objref &stream);
 QRV_API bool m_read(cObj &obj, objref &stream);
 } // namespace cTomOmmap

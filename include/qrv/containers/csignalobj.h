@@ -15,9 +15,8 @@
 // also the signal, its object and the slots. The emission does not own the signal: if a target
 // destroys it, later targets are not called. Exceptions of targets reach the caller.
 //
-// Limits: the
-// references to signals and to slots' targets are plain pointers, so what they point to must
-// outlive them.
+// Limits: the references to signals and to slots' targets are plain pointers, so signals and
+// targets must outlive them.
 
 #include "qrv/base/csignal.h"
 #include "qrv/core/cexe.h"

@@ -6,9 +6,10 @@
 // own members (only if the object has the flag of_exe_member); otherwise it makes one indexed call
 // through the method table of the type. Operations that do this are marked: RUNS USER CODE.
 //
-// A failure is composed on eros(), sent by cat::sig_error() and returned: a good objref is neither
-// null nor cat::bad() nor cat::badfind(). Only the handlers of that signal throw exceptions. For
-// null objects, the tests of states and call() have static forms, to which a cRef converts.
+// An operation that fails composes an error on eros(), sends it by cat::sig_error(), and returns
+// false or an objref that is not good: null, cat::bad() or cat::badfind(). Only the handlers of
+// that signal throw exceptions. The tests of states and call() have static forms, which accept null
+// and handles.
 
 #include "qrv/core/cindex.h"
 #include "qrv/core/cobjbase.h"
@@ -200,8 +201,8 @@ class QRV_API cObj : public cObjBase {
     // badfind for a void object and for a missing key; a type's method may return null.
     [[nodiscard]] objref getattr(objref const &key);
     [[nodiscard]] objref getattr(objref const &key) const;
-    // The value without the type's name. The stream is valid only during the call: if a method
-    // keeps the holder, that has no stream afterwards.
+    // The value without the type's name. The stream is valid only during the call: a holder that a
+    // method keeps has no stream afterwards.
     bool write(std::ostream &os) const;
     bool read(std::istream &is);
     // False for an object of another type and for null.
@@ -228,9 +229,9 @@ class QRV_API cObj : public cObjBase {
     // Converts the value of source by the type's converter and stores it. False, without an error,
     // if source is null or has no type, if there is no converter, or if it fails.
     bool convert(objref const &source);
-    // A new object of the same type (of "string" for cat::nil()), as deep as the type's assign; bad
-    // on failure. An exception results in bad, or with `rethrow` leaves the function. Own members
-    // are not copied.
+    // A new object of the same type (of "string" for cat::nil()), copied as deeply as the type's
+    // assign does it; bad on failure. After an exception, bad; with `rethrow` the exception leaves
+    // the function. Own members are not copied.
     [[nodiscard]] objref clone(bool rethrow = false) const;
 
     // --- calls by name: own members, type members, global members. RUNS USER CODE
@@ -248,15 +249,15 @@ class QRV_API cObj : public cObjBase {
     // --- items. RUNS USER CODE
 
     bool append(objref const &item); // calls "append"; false for a null or bad item
-    // Appends the pieces between the delimiters as strings, also empty ones, but none after a final
-    // delimiter. Ignores failures.
+    // Appends the pieces between the delimiters as strings, also empty pieces, except one after a
+    // final delimiter. Ignores failures.
     void append_dissection(std::string const &text, char delimiter);
     // getattr; with `force`, badfind is replaced by a new map, which is stored under the key. Bad
     // if the map cannot be stored.
     [[nodiscard]] objref getattr_force(objref const &key, bool force);
-    // Assigns to a good existing value; nil counts as one and refuses: false. Otherwise stores
-    // `value` itself, not a clone, even with clone_new. False for a null or bad value and for a
-    // void object.
+    // If the key has a good value, assigns to it. False if that is nil, which refuses. If the key
+    // has no good value, stores `value` itself, not a clone, even with clone_new. False for a null
+    // or bad value and for a void object.
     bool copyitem(objref const &key, objref const &value, bool clone_new);
     // Whether the object `other` is a value anywhere below this one. Own members do not count. Ends
     // on cycles.
@@ -286,8 +287,8 @@ class QRV_API cObj : public cObjBase {
     // Clones the key, shares the value; a kill value removes the member. False for a void key and
     // for cat::bad(). An executable gets the key as its name. It must be a cExeMember or of a type
     // with tf_free_exe, and match the prototype of a standard method with that name; otherwise it
-    // is not stored (0x44000000, 0x50000000), and the result is true if a handler forgives the
-    // first error. Fires `changed`, except for a refused executable. RUNS USER CODE
+    // is not stored (0x44000000, 0x50000000), and the result is true if a handler forgives
+    // 0x44000000. Fires `changed`, except for a refused executable. RUNS USER CODE
     bool set_omember(objref const &key, objref value);
     bool set_omember(std::string const &key, objref value);
     [[nodiscard]] objref omember(objref const &key) const; // badfind if it does not exist
@@ -364,7 +365,7 @@ class QRV_API cObj : public cObjBase {
     // fails does not stop the others; text that cannot be split into statements does. False if any
     // failed.
     bool setattrp(std::string const &text, bool force);
-    template <class T> // a value without `force` would become `force`
+    template <class T> // without this, a value would be converted to `force`
     requires(std::is_convertible_v<T, cObj const *>) bool setattrp(std::string const &path,
                                                                    T const &value) = delete;
     // Reads one value as cAttrScan::scan_obj does. 0: `result` is the value, without the parts of a
@@ -378,8 +379,9 @@ class QRV_API cObj : public cObjBase {
     // Borrows the type; null as for cObj(false).
     explicit cObj(cTypeObj *type, cObjClass object_class = cObjClass::other) noexcept;
     inline cObj(cat::cBuiltinType type, cObjClass object_class) noexcept; // defined in cobjd.h
-    // Before an object's value is changed in place, or a reference is returned by which it may be
-    // changed at any time: notifies the sets that find it by its value.
+    // Call before_change() before the object's value is changed in place, and before_giving_out()
+    // before a reference is returned by which it may be changed at any time. Both notify the sets
+    // that find the object by its value.
     void before_change() const noexcept {
         if (index_ != 0 && index_ != index_given_out) [[unlikely]]
             leave_set_index();
@@ -388,8 +390,8 @@ class QRV_API cObj : public cObjBase {
         before_change();
         index_ = index_given_out;
     }
-    // For the destructor of that class: members that are destroyed after it may still access the
-    // object.
+    // For the destructor of the class in object_class(): members that are destroyed after it may
+    // still access the object.
     void end_class() noexcept { class_ &= holds_type_bit; }
 
   private:
@@ -408,7 +410,7 @@ class QRV_API cObj : public cObjBase {
 
     void leave_set_index() const noexcept;
     void release_type() noexcept;
-    void leave_ommap() noexcept; // as the father of a member map that has other owners
+    void leave_ommap() noexcept; // ends being the father of a member map that others own too
     bool may_be_member(objref const &key, objref const &value, bool &refused);
 
     cTypeObj *type_;
@@ -421,8 +423,8 @@ class QRV_API cObj : public cObjBase {
     hashref ommap_;
 };
 
-// Temporary keys. make_key refers to the caller's string or number and must not outlive it; own_key
-// has a copy. Both are const and not in the census.
+// Temporary keys. The result of make_key refers to the caller's string or number and must not
+// outlive it; that of own_key has a copy. Both are const and not in the census.
 [[nodiscard]] QRV_API objref make_key(std::string const &text);
 [[nodiscard]] QRV_API objref make_key(int const &number);
 [[nodiscard]] QRV_API objref own_key(std::string const &text);

@@ -35,7 +35,7 @@ class QRV_API cObjBase : public cShared, public cPooled {
     void unsetflags(int bits) noexcept { flags_ &= ~bits; }
     int flags_of(int bits) const noexcept { return flags_ & bits; }
 
-    // The census report: the last id, the number of counted objects, and the number of types.
+    // Writes the census: the last id, the number of counted objects, and the number of types.
     static void put_count(std::ostream &os);
     static std::uint32_t ob_count() noexcept { return ob_count_; }
     static std::uint32_t ob_lstid() noexcept { return ob_lstid_; }

@@ -31,7 +31,8 @@ template <> inline constexpr cObjClass class_of_value<float> = cObjClass::float_
 template <> inline constexpr cObjClass class_of_value<double> = cObjClass::double_number;
 template <> inline constexpr cObjClass class_of_value<bool> = cObjClass::boolean;
 
-// What a const cObjDR<T> returns of its value. A stream is useful only if it is not const.
+// The type in which a const cObjDR<T> returns its value: const for the library's own values.
+// Others, such as streams, may be useless if const.
 template <class T> using cValueSeen =
     std::conditional_t<class_of_value<T> == cObjClass::other, T, T const>;
 

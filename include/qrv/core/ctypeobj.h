@@ -12,7 +12,7 @@
 
 #include <map>
 
-// Generic form in which functions are stored; cast back to call.
+// The type in which functions are stored. They are cast back before a call.
 using cVoidFunction = void (*)();
 
 class QRV_API cTypeObj : public cObj {
@@ -50,7 +50,8 @@ class QRV_API cTypeObj : public cObj {
     [[nodiscard]] objref tmember(std::string const &key) const;
     void set_tmember(objref const &key, objref value);
     void set_tmember(std::string const &key, objref value);
-    // Sets all members of base in this type, in their order; shares them. Does not copy converters.
+    // Sets all members of base in this type, in the same order; shares them. Does not copy
+    // converters.
     void inherit(cTypeObj const &base);
     // Takes over the choices or specifications of a repeated declaration. False for another
     // metatype. RUNS USER CODE
@@ -74,9 +75,9 @@ class QRV_API cTypeObj : public cObj {
     // a handler forgives it. RUNS USER CODE
     [[nodiscard]] objref newobj() const;
 
-    // From now on this type counts its objects: an object that is created with the type, or gets it
-    // by set_type, keeps the type alive like an owner. Existing objects continue to borrow it. The
-    // reader calls this for types that text declares inside a cat::TypeScope.
+    // Makes this type count its objects: an object that is created with the type afterwards, or
+    // gets it by set_type, keeps the type alive like an owner. Existing objects continue to borrow
+    // it. The reader calls this for types that text declares inside a cat::TypeScope.
     void count_objects() noexcept;
     bool counts_objects() const noexcept { return counts_; }
     std::uint32_t objects() const noexcept { return objects_; } // only the counted ones
@@ -101,7 +102,8 @@ class QRV_API cTypeObj : public cObj {
     friend struct cBootstrap;
     friend struct cLastMember;
 
-    // Calls by the table. An empty slot: 0x48000000 "Call of missed standard method '...".
+    // Calls through the table. If the slot is empty: 0x48000000 "Call of missed standard method
+    // '...".
     bool pexec(method_id id, cObj &a) const;
     bool pexec(method_id id, cObj &a, objref &b) const;
     bool pexec(method_id id, cObj &a, objref &b, objref &c) const;
@@ -121,7 +123,7 @@ class QRV_API cTypeObj : public cObj {
     std::string name_;
     struct cConverter {
         converter_function function;
-        // The obid of a source that counts its objects, since such a type can be destroyed; else 0.
+        // The obid of a source that counts its objects, since such a type may be destroyed; else 0.
         unsigned int source_id;
     };
 

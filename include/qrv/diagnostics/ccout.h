@@ -9,8 +9,8 @@
 // For that it installs a terminate handler, which then calls the program's earlier one; a handler
 // that the program sets later replaces the library's.
 //
-// A slot on a message signal may print; one that prints at every call recurses without end. Its
-// exceptions are discarded while a stream is being flushed, since they would end the process.
+// A slot on a message signal may print; one that prints at every call recurses without end. An
+// exception of a slot is discarded while a stream is being flushed, since it would end the process.
 
 #include "qrv/base/csignal.h"
 #include "qrv/ccomp.h"
@@ -89,31 +89,34 @@ class QRV_API cTheOutStreambuf : public cOutStreambuf {
 
 extern QRV_API cTheOutStreambuf cOutSigStreambuf;
 
-// Passes a string to the platform's debug output; a long one in overlapping calls of 1023
-// characters each. The first sig_idle connects it to the global buffer.
+// Passes a string to the platform's debug output. A long string is passed several times, each time
+// without another 1023 characters at its start, since a debugger may cut it. The first sig_idle
+// connects it to the global buffer.
 extern QRV_API cFunctionSlot1<char const *, void (*)(char const *)> debugout;
 
 // Formats (2047 characters at most; more is cut) and sends the text to the message file and to the
-// display route. The result is the length, or -1 if the text was cut or the format is faulty.
+// global buffer. The result is the length, or -1 if the text was cut or the format is faulty.
 QRV_API int cprintf(char const *format, ...) QRV_PRINTF(1, 2);
 QRV_API int cvprintf(char const *format, va_list args) QRV_PRINTF(1, 0);
 
 // Opens the process's message file (truncating; an open one is closed first) and writes its start
-// line by cprintf(). The library owns the file. Returns null on failure and prints it by cprintf().
+// line by cprintf(). The library owns the file. On failure it returns null and prints a message by
+// cprintf().
 QRV_API std::FILE *cprintfopen(char const *path);
 QRV_API void cprintfclose();
 
-// Sends a string to the display route, after the contents of the global buffer. Null sends nothing.
+// Delivers a string as one piece of the global buffer, after its contents. Null sends nothing.
 QRV_API void cMsgDispOut(char const *text);
 
-// Returns a new array, owned by the caller, with a CR before each LF and without BEL characters;
-// sets `*hadbell`, if given, to whether there was one.
+// Returns a copy of the string, null as "", with a CR before each LF and without BEL characters: a
+// new array, which the caller owns (delete[]). Sets `*hadbell`, if not null, to whether there was a
+// BEL.
 QRV_API char *cConvertNl(char const *text, bool *hadbell = nullptr);
 
-// A message stream: to the display route if `dispout`, to its own file, and to the connected
-// streams. Streams connected in a circle recurse without end. A listener may destroy the stream
-// during cprintf() and cvprintf(), but not during `<<` and flush(): those belong to the standard
-// library, which uses the stream afterwards.
+// A message stream. It writes to the global buffer if `dispout`, to its own file, and to the
+// connected streams. Streams connected in a circle recurse without end. A listener may destroy the
+// stream during cprintf() and cvprintf(), but not during `<<` and flush(): those belong to the
+// standard library, which uses the stream afterwards.
 class QRV_API cOstream : public std::ostream {
   public:
     // Opens the file `path`, unless null, as fileopen() does.
@@ -150,7 +153,8 @@ class QRV_API cOstream : public std::ostream {
     mutable cOutStreambuf outbuf_;
 };
 
-// A stream into its own string, or one that the caller owns and that must outlive the stream.
+// A stream that writes to its own string, or to a string that the caller owns and that must outlive
+// the stream.
 class QRV_API cOstringstream : public std::ostream {
   public:
     cOstringstream();
@@ -183,8 +187,8 @@ class QRV_API cOstringstream : public std::ostream {
 
 namespace cat {
 
-// std::cout and std::cerr, for code that must not initialise them itself. Usable at any time, also
-// in static code that runs before the library's own.
+// std::cout and std::cerr, for code that does not include <iostream>. Usable at any time, also in
+// static code that runs before the library's own.
 QRV_API std::ostream &std_out();
 QRV_API std::ostream &std_err();
 // std::cin, likewise; the library does not redirect it.

@@ -107,7 +107,7 @@ enum class ErrorKind : std::uint8_t {
     getattrp_path
 };
 
-// The names in the text of an error; empty where it has none of that role.
+// The names in the text of an error. A name that the text does not have is empty.
 struct ErrorNames {
     std::string key;   // of the attribute, in object notation; for a path all keys, as "/a/b"
     std::string type;  // of the object or value that has the error, or the expected type

@@ -30,7 +30,8 @@
 // A target of channels, shared by its name. Copies write to the same stream.
 class QRV_API cTraceStream : public cShared {
   public:
-    // Opens; the empty name is "cerr". "cerr" and "cout" use the message output.
+    // Opens; the empty name is "cerr". "cerr" and "cout" write to the message output
+    // (qrv/diagnostics/ccout.h).
     explicit cTraceStream(std::string const &name);
     cTraceStream(cTraceStream const &other);
     cTraceStream &operator=(cTraceStream const &other);
@@ -43,7 +44,8 @@ class QRV_API cTraceStream : public cShared {
     // The existing stream of that name, or a new one; never null.
     static cRef<cTraceStream> open(std::string const &name);
 
-    // For the end of the message output: streams on that buffer discard their output from now on.
+    // For the end of the message output: from this call on, streams that use that buffer discard
+    // their output.
     static void detach(std::streambuf const *buffer);
 
   private:
@@ -72,8 +74,8 @@ class QRV_API cTracer {
     cTracer &operator=(cTracer const &other);
     ~cTracer();
 
-    // The streams that the channel writes to, where null ones are skipped; the name, by which rules
-    // select the channel; and indent and flags, which are for the program's own use.
+    // The streams that the channel writes to (it skips null); the name by which rules select it;
+    // and indent and flags, which are for the program's own use.
     streams &strlist() { return strlist_; }
     streams const &strlist() const { return strlist_; }
     std::string &ident() { return ident_; }
@@ -114,7 +116,7 @@ class QRV_API cTracer {
         return each([manipulator](std::ostream &os) { os << manipulator; });
     }
 
-    // Deleted: a channel converts to bool, which these would use as a number.
+    // Deleted, since they would convert the channel to bool and use that as a number.
     friend void operator-(cTracer const &, auto const &) = delete;
     friend void operator-(auto const &, cTracer const &) = delete;
     friend void operator+(cTracer const &, auto const &) = delete;
@@ -187,8 +189,8 @@ class QRV_API cStopWatch {
     cStopWatch &operator=(cStopWatch const &) = default;
     ~cStopWatch() = default;
 
-    void Start();
-    // The lap since the last reading; starts the next lap.
+    void Start(); // starts again from 0
+    // The time since the last reading; starts the next lap.
     double operator()() const;
     // The same without starting a new lap.
     double Elapsed() const;
@@ -197,7 +199,7 @@ class QRV_API cStopWatch {
 
     // The length of one counter step; 0.0 before the first measurement.
     static double freq;
-    static void queryfreq();
+    static void queryfreq(); // sets freq
 
   private:
     double seconds_to(std::int64_t now) const;

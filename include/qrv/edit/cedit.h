@@ -64,13 +64,14 @@ class QRV_API Edit {
     // Between two entries there may be an empty line, or a comment that begins a section. By
     // default a new entry is written above these, next to the entry before it. After this call, a
     // new entry directly before the entry of this node is written below them, next to that entry.
-    // The node is one of the tree before the change.
+    // `anid` is the cAttrNode::anid() of a node of the tree before the change; with any other
+    // number, the call has no effect. A later call replaces this one.
     void put_above(std::uint32_t anid);
 
     // How to write a key that is repeated in the text. `each` keeps all its positions; `once`
     // writes it only once if it is near a change. Use `once` if the text with all positions does
-    // not read as the changed tree: this happens if the values of the key are of several kinds,
-    // such as {} and [], or are lists of which one replaces values of another.
+    // not read as the changed tree: this happens if the key has values of several kinds, such as {}
+    // and [], or lists of which one replaces values of another.
     enum class Repeated : unsigned char { each, once };
 
     // Whether the tree differs from the recorded one. RUNS USER CODE   O(size)

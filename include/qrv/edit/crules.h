@@ -33,9 +33,9 @@ struct BrokenRule {
 
 // The rules of `type` that the value itself violates, one for each key, in the order of its keys.
 // The value is an object of the type, or one that can be converted to it: a map for an attribute
-// set, a key for a choice. The result for an object of the type is empty if and only if it is
-// valid: cTomAttrset::validate(). In a map, keys with a default may be missing, and missing
-// required keys come last. A null value violates Rule::type.
+// set, a key for a choice. For an object of the type, the result is empty if and only if
+// cTomAttrset::validate() returns true. In a map, keys with a default may be missing; missing
+// required keys are reported last. A null value violates Rule::type.
 // RUNS USER CODE: attributes of the type and hooks of keys.   O(keys)
 QRV_API std::vector<BrokenRule> broken_rules(objref const &value, cTypeObj &type);
 

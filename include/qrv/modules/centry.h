@@ -5,8 +5,8 @@
 //     ...
 //     cColourNames *const names = cat::find_entry<cColourNames>("web");
 //
-// The list of the class T is found by the string type_info::name(), so both sides must name the
-// same class.
+// The list of the class T is found by the string type_info::name(), so the program that enters and
+// the program that searches must name the same class.
 
 #include "qrv/modules/crepository.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 // Modules: shared objects that a program loads by name, counts and unloads. While a module is
 // loaded, it enters its contents into the repository (qrv/modules/crepository.h), by its static
-// objects or in its set-up, a function that it exports:
+// objects or in its set-up, a function with this name and type that it exports:
 //
 //     extern "C" QRV_API void quorvantaSetup() { ... }
 //
@@ -33,12 +33,12 @@
 class cEntryGroup;
 class cLoad;
 
-// A module is known by its entry in the repository of modules, which the object itself creates and
-// removes; so if a name is taken, it stays with the first module. Calls through a pointer that may
-// be null have a static form of the same name.
+// A module is found by its entry in the repository of modules, which its cModule creates and
+// removes; so a name that is taken stays with the first module. Static functions of the same names
+// accept a null pointer.
 class QRV_API cModule : public cShared {
   public:
-    // With `nocount` uses are not counted, and the module is never unloaded. A cModule that is
+    // With `nocount`, uses are not counted and the module is never unloaded. A cModule that is
     // created during a load, for example as a static object of the loaded module, represents that
     // module.
     cModule(std::string const &name, std::string const &comment, bool nocount);
@@ -46,29 +46,29 @@ class QRV_API cModule : public cShared {
     cModule &operator=(cModule const &) = delete;
     ~cModule();
 
-    // Returns the module of that name: an existing one, counted once more unless it was built in,
-    // or one found in a file. The search tries the name with ".so" and without, in each of "" (the
-    // system's folders for a name without a slash), "./" and "modules/". It tries an absolute name
-    // in no other folder, and a name that ends with ".so" only with a second ".so". Two names with
-    // the same base name, "sub/part" and "part", mean one module. Borrowed. Null on failure, for
-    // the empty name, for a name that the filter rejects, and for a module that is being loaded or
-    // unloaded. A path to a pipe, a device or a socket fails at once. An exception of the set-up
-    // leaves load(); the file then stays in memory, since it may define the exception's class, and
-    // the next load runs the set-up again. RUNS USER CODE: the module's static code and its
-    // set-up.   O(modules)
+    // Returns the module of that name, borrowed: one that is loaded already, whose count of loads
+    // increases unless it was built in, or else one found in a file. The search tries the name with
+    // ".so" and without it, in each of "" (for a name without a slash the system's folders), "./"
+    // and "modules/". An absolute name is tried in no other folder, and a name that ends with ".so"
+    // only with a second ".so". Two names with the same base name, "sub/part" and "part", mean one
+    // module. Null on failure, for the empty name, for a name that the filter rejects, and for a
+    // module that is being loaded or unloaded. A path to a pipe, a device or a socket fails at
+    // once. An exception of the set-up leaves load(); the file then stays in memory, since it may
+    // define the exception's class, and the next load runs the set-up again. RUNS USER CODE: the
+    // module's static code and its set-up.   O(modules)
     static cModule *load(std::string const &name);
     // Why the last load failed: a line with the system's message for each path; empty after a
     // success.
     static std::string last_error();
 
-    // Undoes one load. True if it was the last one and the file was returned to the system;
-    // normally that removes the module. If the file stays in memory, because something else has
-    // opened it, a module object in it stays too, and load() reactivates it and runs the set-up
-    // again. False, without any change, for a module that was built in; while the module, or
-    // another one from the same file, is in use or not counted; and while another one from the same
-    // file is counted by a separate load. The static form is also false for null and for a removed
-    // module. The module's remaining entries stay in the repository, but point to nothing once the
-    // file is unmapped. RUNS USER CODE: the module's static destructors.   O(modules)
+    // Undoes one load. True if that was the last one: then the file is closed, which normally
+    // removes the module. If the file stays in memory, because something else has opened it, a
+    // module object in it stays too, and load() reactivates it and runs the set-up again. False,
+    // without any change, if the module was built in; if it or another module of the file is in use
+    // or has no count of uses; or if another module of the file was loaded more than once. The
+    // static form is also false for null and for a removed module. The module's remaining entries
+    // stay in the repository; their pointers become null when the file is unmapped. RUNS USER CODE:
+    // the module's static destructors.   O(modules)
     bool unload() { return unload(this); }
     static bool unload(cModule *module);
 
@@ -129,10 +129,10 @@ class QRV_API cModule : public cShared {
 // The program itself: "quorvanta". It is never unloaded.
 QRV_API cModule &cGetMainModule();
 
-// One use of a module while this exists. Null means no module.
+// Counts one use of a module as long as this object exists. Null means no module.
 class QRV_API cModuleUse {
   public:
-    // Counts a use of the module, which must exist until the destructor ends that use.
+    // The module must exist until the destructor.
     explicit cModuleUse(cModule *module) noexcept : module_(module) { inc(); }
     explicit cModuleUse(cModule &module) noexcept : cModuleUse(&module) {}
     cModuleUse(cModuleUse const &) = delete;
@@ -143,5 +143,5 @@ class QRV_API cModuleUse {
     void dec() noexcept { cModule::dec_use_cnt(module_); }
 
   private:
-    cModule *module_; // borrowed; cannot be unloaded meanwhile
+    cModule *module_; // borrowed; not unloaded while it is in use
 };

@@ -1,15 +1,16 @@
 #pragma once
 // The repository: a process-wide directory of named things, with one list for each class of things,
 // shared by all modules of a process. A module enters its factories, types or instances by name,
-// and others find them. There is also a small table that gives any pointer an external count.
+// and others find them. A second, small table stores a reference count for any pointer
+// (cGetShared).
 //
 // A list is found by the string type_info::name(), so that two modules that know the same class use
 // the same list. Lists are created at their first use and stay when they are empty.
 //
 // Things and types are borrowed: the repository never accesses what an entry points to. If a module
-// leaves an entry, it points to nothing once the module's file is unmapped. Both tables are created
-// at their first use and destroyed at the end of the process, after every static object whose
-// constructor used them.
+// does not remove an entry, its pointer becomes null when the module's file is unmapped. Both
+// tables are created at their first use and destroyed at the end of the process, after every static
+// object whose constructor used them.
 
 #include "qrv/base/cref.h"
 #include "qrv/modules/cmodule.h"
@@ -54,7 +55,8 @@ class QRV_API cRepositoryEntry {
     std::type_info const *derivedtype_ = nullptr;
     std::string comment_;
     std::string type_name_; // a copy: the type_info may be unmapped with its module
-    // The entries created during the same load; null: outside of any load.
+    // The entries that were created during the same load; null for an entry that was not created
+    // during a load.
     cEntryGroup *group_ = nullptr;
     cRepositoryEntry *group_next_ = nullptr;
     cRepositoryEntry *group_prev_ = nullptr;
@@ -140,8 +142,8 @@ class QRV_API cRepoImpl {
     static cRepositoryEntry *create(cRepositoryList *list, std::string const &name, void *ptr,
                                     std::type_info const &type, std::type_info const &derivedtype,
                                     std::string const &comment);
-    // Destroys the entry, unless the list of its type does not have it under its name: then it
-    // prints "error:inconsistent repository" to the standard error stream.
+    // Destroys the entry. If the list of its type does not have it under its name, it only prints
+    // "error:inconsistent repository" to the standard error stream.
     static void release(cRepositoryEntry *entry);
     // The entry of that name, borrowed, or null. For "key:module" it searches the key; if that does
     // not exist, it loads the module by cModule::load and searches again.   O(1)
@@ -157,7 +159,8 @@ class QRV_API cRepoImpl {
     // Key and comment; "unknown" for a null entry.
     static std::string const &name(cRepositoryEntry const *entry);
     static std::string const &comment(cRepositoryEntry const *entry);
-    // The pointer, for reading and writing; for a null entry one that each call sets to null.
+    // The pointer, for reading and writing; for a null entry a scratch pointer, which each such
+    // call sets to null.
     static void *&ptr(cRepositoryEntry *entry);
     // The list's type, and the thing's most derived type; that of void for a null entry.
     static std::type_info const &type(cRepositoryEntry const *entry);

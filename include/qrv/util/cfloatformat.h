@@ -36,7 +36,7 @@ class QRV_API cFloatFormat : public cFormatFloating {
     cFloatFormat(float &number, Format format, short precision) noexcept
         : cFormatFloating(format, precision), value_(&number) {}
     cFloatFormat(float const &&, Format, short) = delete;  // would dangle
-    cFloatFormat(cFloatFormat const &) noexcept = default; // a second view on the same number
+    cFloatFormat(cFloatFormat const &) noexcept = default; // a second view of the same number
     // Assigns the number through the pointer, which is unchanged, and copies format and precision.
     cFloatFormat &operator=(cFloatFormat const &other) noexcept {
         cFormatFloating::operator=(other);
@@ -70,7 +70,7 @@ class QRV_API cDoubleFormat : public cFormatFloating {
     cDoubleFormat(double &number, Format format, short precision) noexcept
         : cFormatFloating(format, precision), value_(&number) {}
     cDoubleFormat(double const &&, Format, short) = delete;
-    cDoubleFormat(cDoubleFormat const &) noexcept = default; // a second view on the same number
+    cDoubleFormat(cDoubleFormat const &) noexcept = default; // a second view of the same number
     // Assigns the number through the pointer, which is unchanged, and copies format and precision.
     cDoubleFormat &operator=(cDoubleFormat const &other) noexcept {
         cFormatFloating::operator=(other);

@@ -22,7 +22,7 @@ class QRV_API cIntFormat {
     // Borrows the number.
     cIntFormat(int &number, Format format) noexcept : value_(&number), format_(format) {}
     cIntFormat(int const &&, Format) = delete; // would dangle
-    // A second view on the same number.
+    // A second view of the same number.
     cIntFormat(cIntFormat const &) noexcept = default;
     // Assigns the number through the pointer, which is unchanged, and copies the format.
     cIntFormat &operator=(cIntFormat const &other) noexcept {
@@ -48,11 +48,11 @@ class QRV_API cIntFormat {
     //   0x and up to 8 digits   fmtHex if most letters are small, fmtHEX if most are capitals; if
     //                           neither, fmtHex stays, and any other format becomes fmtHEX
     //   0 and octal digits      fmtOct
-    //   a sign and digits       fmtDec. A 0 after the sign makes the digits octal, up to the first
+    //   digits, maybe a sign    fmtDec. A 0 after the sign makes the digits octal, up to the first
     //                           character that is not an octal digit
-    // Numbers of more than 32 bits are taken modulo 2^32, and the bits become the int. Anything
-    // else and null return false and leave the number unchanged. The format is unchanged too,
-    // except that a sign or 0x without a digit has already set it.   O(length)
+    // Of a number with more than 32 bits, the lowest 32 become the int. For null and for any other
+    // text, the result is false and the number is unchanged. So is the format, unless the text is a
+    // sign or 0x without a digit.   O(length)
     bool set_str(char const *text);
 
     // The text in the current format. Negative numbers show their 32 bits, except in decimal. A

@@ -31,7 +31,7 @@ QRV_API cTypeObj &type_intf();
 [[nodiscard]] QRV_API std::optional<double> number_of(objref const &ref);
 } // namespace cat
 
-// Owns its number.
+// An intf that owns its number.
 class QRV_API cIntValF : public cObjD<int>, public cIntFormat {
   public:
     explicit cIntValF(int number, Format format = fmtDec);
@@ -51,7 +51,7 @@ class QRV_API cIntValF : public cObjD<int>, public cIntFormat {
     }
 };
 
-// Refers to a number that is stored elsewhere and must outlive it. It has its own format.
+// An intf whose number is stored elsewhere and must outlive it. It has its own format.
 class QRV_API cIntRefF : public cObjDR<int>, public cIntFormat {
   public:
     cIntRefF(int &number, Format format);    // borrows the number

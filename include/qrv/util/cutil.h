@@ -1,6 +1,6 @@
 #pragma once
-// Small helpers: the version text, and questions about the stack. The latter refer to the stack of
-// the thread that loaded the library; on any other thread the answers are meaningless.
+// The version text, and functions about the stack. These refer to the stack of the thread that
+// loaded the library; on any other thread their results are meaningless.
 //
 //   low addresses                                                          high addresses
 //   ...  | frame of cIsOnStack | its caller | ... | main | what came before main |

@@ -56,10 +56,10 @@ extern QRV_API std::uint32_t idWatchDog;
 // qrv_set_post_message().   O(1)
 QRV_API void PostWatchDog(std::uint32_t message, std::uint32_t wParam, std::int32_t lParam);
 
-// While the id is not known: stores it and posts all stored messages, in order. Otherwise has no
-// effect, also without a watchdog. 0 is not an id and changes nothing; watchdog_none means no
-// watchdog, and drops the stored messages. A message that is posted from inside such a post is sent
-// at once, before those still stored; each is sent once. If a function set by
+// If the id is not known yet: stores it and posts all stored messages, in order. Has no effect if
+// the id is known, or if there is no watchdog. 0 is not an id and changes nothing; watchdog_none
+// means no watchdog, and drops the stored messages. A message that is posted while they are posted
+// is sent at once, before the remaining ones; each message is sent once. If a function set by
 // qrv_set_post_message() throws, the others are posted all the same, and then the first exception
 // is rethrown.   O(stored messages)
 QRV_API void SetWatchDogID(std::uint32_t id);
@@ -68,7 +68,7 @@ QRV_API void SetWatchDogID(std::uint32_t id);
 // to 0xFFFFFFFE, to SetWatchDogID(). False, without an effect, if the variable has no such number
 // or QRV_STARTUP_TITLE isn't "WatchDog". Call it after sig_init was fired. Child processes inherit
 // both variables and would connect too: remove them from their environment to prevent that. A
-// program that runs with raised rights sees neither.
+// program with raised privileges (setuid) sees neither.
 QRV_API bool qrv_take_watchdog_id();
 
 // For tests: the number of messages that fit without growing.

@@ -1,14 +1,14 @@
 #pragma once
-// Containers made by a program:
+// Containers that a program creates:
 //
 //   qrv::map const plan{{"title", "Cold start"},
 //                       {"range", qrv::map{{"low", -40.0}, {"high", 85.0}}},
 //                       {"steps", qrv::vector{"cool down", "wait", "switch on"}}};
 //
-// They are values that begin as a container; everything that takes a qrv::value takes them. What is
-// put in is shared. A container alone in the braces of the same class is a copy of that value, not
-// nested, as for every class: qrv::vector{qrv::vector{1, 2}} is [1, 2]. To nest it, give it the
-// type qrv::value: qrv::vector{qrv::value(qrv::vector{1, 2})}.
+// They are values that initially are a container; each function for a qrv::value accepts them. They
+// share their items. As in every class, braces around a single object of the same class copy it:
+// qrv::vector{qrv::vector{1, 2}} is [1, 2]. To nest it, convert it to qrv::value:
+// qrv::vector{qrv::value(qrv::vector{1, 2})}.
 
 #include "qrv/value/convert.h"
 
@@ -18,7 +18,7 @@ namespace qrv {
 
 class QRV_API map : public value {
   public:
-    // Implicit, so that {key, value} makes one. A string is one key, never a path.
+    // Implicit, so that {key, value} creates an entry. A string is one key, never a path.
     struct entry {
         // Shares both, which may be null values. range_error as for a value of a number.   O(1)
         template <std::convertible_to<value> K, std::convertible_to<value> V> entry(K &&k, V &&v)
@@ -27,16 +27,15 @@ class QRV_API map : public value {
         value item;
     };
 
-    // A new object without entries. Never throws but for memory.   O(1)
+    // A new object without entries. Throws only std::bad_alloc.   O(1)
     map() : value(detail::empty_map()) {}
-    // Contains these entries, in this order. A repeated key keeps its first place and gets its last
-    // value. type_error: something that is not a key, such as a container.   O(entries)
+    // Shares the entries, in this order; a repeated key has its first position and its last value.
+    // type_error: something that is not a key, such as a container.   O(entries)
     map(std::initializer_list<entry> entries) : map() {
         for (entry const &each : entries) set(each.key, each.item);
     }
-    // A map from any range of pairs. Values are shared or copied as by the conversion of their type
-    // to qrv::value.
-    // type_error: something that is not a key.   O(entries)
+    // Creates a map from any range of pairs. Shares or copies keys and values as the constructors
+    // of qrv::value do. type_error: something that is not a key.   O(entries)
     template <class Range> [[nodiscard]] static map from(Range &&range) {
         map result;
         for (auto &&[key, item] : range) result.set(value(key), value(item));
@@ -57,7 +56,7 @@ template <class Self, value (*make_empty)()> class list : public value {
         : list() {
         (push_back(value(std::forward<T>(items))), ...);
     }
-    // A container of the items of any range. A set omits repeated items.
+    // Creates a container from any range. A set omits items that are equal to an earlier one.
     template <class Range> [[nodiscard]] static Self from(Range &&range) {
         Self result;
         for (auto &&item : range) result.push_back(value(item));
@@ -80,7 +79,7 @@ class built_set : public list<built_set, empty_set> {
 
 } // namespace detail
 
-// Items that are equal to an earlier one are left out.
+// Items that are equal to an earlier one are omitted.
 using set = detail::built_set;
 
 } // namespace qrv

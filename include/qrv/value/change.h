@@ -9,20 +9,22 @@
 // A callback listens to the object, so a change by any copy of the value is reported. Assigning to
 // a variable replaces the object there, and the old object does not change.
 //
-// Each operation of qrv::value that changes the object calls each callback once, after the change:
-// also if the new value equals the old one, not if the change is refused. merge() is a series of
-// such operations, one for each entry. A change of a part is a change of that part alone, so listen
-// to the parts that matter, too. assign() of a container reports that, and not the parts that it
-// changes. Programs of the layer below report a change by cObj::changed(), or not at all.
+// Each operation of qrv::value that changes the object calls each callback once, after the change.
+// It does so even if the new value equals the old one, but not if the change is refused. merge() is
+// a series of such operations, one for each entry. A change inside a part of the value is reported
+// only to callbacks of that part. assign() of a container is one change of the container; callbacks
+// of its parts are not called. Code that uses the layer below may report a change by
+// cObj::changed(), or not at all.
 //
-// From inside a callback everything may be changed, disconnected or destroyed:
-//   - a change of the same value calls the callbacks again, inside, and this one as well
-//   - what a callback throws reaches the program that changes the value. The change stays, and the
-//     callbacks connected later are not called for it; merge() ends there
-//   - a callback that is connected there is called last, for this change too
+// A callback may change, disconnect and destroy everything:
+//   - a change of the same value calls all its callbacks again, also the running one
+//   - an exception of a callback leaves the function that changes the value. The change stays, and
+//     the callbacks that were connected later are not called for it; merge() ends
+//   - a callback that it connects is called last, also for this change
 //   - after disconnect() a callback is not called again; one that is running continues to its end
 //
-// While nobody has ever listened to a value, a change of it costs the test of one pointer for this.
+// As long as no callback was ever connected to a value, this costs the test of one pointer at each
+// change.
 
 #include "qrv/value/value.h"
 
@@ -47,13 +49,13 @@ struct change {
     std::optional<value> new_value; // empty: no key, or there is no such entry any more
 };
 
-// Ends the calls of a callback at its own end. It keeps the callback alive but not the value; may
-// outlive it.
+// Disconnects the callback when it is destroyed. Owns the callback, but not the value, and may
+// outlive the value.
 class QRV_API connection {
   public:
     connection() noexcept; // connected to nothing
     connection(connection &&other) noexcept;
-    connection &operator=(connection &&other) noexcept; // disconnects what was connected here
+    connection &operator=(connection &&other) noexcept; // disconnects the earlier callback
     ~connection();
 
     void disconnect() noexcept;
@@ -67,8 +69,8 @@ class QRV_API connection {
     std::unique_ptr<cSSBase0> slot_;
 };
 
-// type_error for #nil, which has no object. Of scalars only assign() is heard: everything else
-// replaces them.
+// type_error for #nil, which has no object. Callbacks of a scalar are called only by assign() and
+// by a new comment: everything else replaces the scalar.
 template <class F> connection value::on_change(F callback) const {
     static_assert(std::invocable<F &, change const &>, "the callback gets a qrv::change const &");
     auto const held = std::make_shared<F>(std::move(callback)); // it need not be copyable

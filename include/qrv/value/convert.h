@@ -1,5 +1,5 @@
 #pragma once
-// Which C++ types become values and back, besides numbers and strings:
+// The C++ types that convert to values and back, besides numbers and strings:
 //
 //   std::vector, deque, list and other sequences        a vector
 //   std::array, pair, tuple                             a vector of that size
@@ -23,8 +23,8 @@
 //   void to_value(Colour const &from, qrv::value &to);
 //   void from_value(qrv::value const &from, Colour &to); // throws qrv::type_error and so on
 //
-// The containers are known by their members, so this header includes none of them. Conversions
-// copy.   O(size)
+// Concepts recognise the containers by their members, so this header includes none of them.
+// Conversions copy.   O(size)
 // Errors name the path of the part that does not fit: "outline/3/x: expected double, but ...".
 
 #include "qrv/value/items.h"
@@ -39,13 +39,14 @@ namespace qrv::detail {
 QRV_API value empty_vector();
 QRV_API value empty_set();
 QRV_API value empty_map();
-// type_error unless the value is a vector or a set; has so many values; has keys, as a map and an
-// object of an attribute set have.
+// type_error unless the value is a vector or a set (expect_list), one with `size` values
+// (expect_size), or a container with keys, such as a map or an object of an attribute set
+// (expect_map).
 QRV_API void expect_list(value const &v, char const *expected);
 QRV_API void expect_size(value const &v, std::size_t size);
 QRV_API void expect_map(value const &v);
 
-// --- which types have which shape; each type has one at most
+// --- the kinds of types; each type has at most one
 
 template <class T>
 concept has_to_value = requires(T const &t, value &v) {
@@ -208,7 +209,7 @@ template <enumeration T> struct converter<T> {
     using wide = std::conditional_t<std::is_signed_v<number>, long long, unsigned long long>;
 
     static value to(T from) { return value(static_cast<wide>(from)); }
-    // range_error: the underlying type can't hold the number. It may be none of the enumerators.
+    // range_error: the underlying type can't hold the number. The result need not be an enumerator.
     static T from(value const &from) {
         wide const found = from.get<wide>();
         if (static_cast<wide>(static_cast<number>(found)) != found)
@@ -222,7 +223,7 @@ template <enumeration T> struct converter<T> {
 template <class Member> void set_member(value &map, std::string_view name, Member const &member) {
     map[name] = value(member);
 }
-// path_error: there is no such key, unless the member is a std::optional, which is empty then.
+// path_error: there is no such key. If the member is a std::optional, it becomes empty instead.
 template <class Member> void get_member(value const &map, std::string_view name, Member &member) {
     if constexpr (is_optional<Member>) {
         if (!map.contains(name)) {
@@ -242,13 +243,13 @@ struct enumerator {
 };
 // The name as a string. range_error: no enumerator has the number.
 QRV_API value name_of(long long number, enumerator const *all, std::size_t count);
-// The number. type_error: not a string, or not one of the names.
+// The number. type_error: `name` is not a string, or not one of the names.
 QRV_API long long number_of(value const &name, enumerator const *all, std::size_t count);
 
 } // namespace qrv::detail
 
-// QRV_DETAIL_EACH(macro, context, a, b, c) is macro(context, a) macro(context, b) macro(context,
-// c): for up to 256 names.
+// QRV_DETAIL_EACH(macro, context, a, b, c) expands to macro(context, a) macro(context, b)
+// macro(context, c), for up to 256 names.
 #define QRV_DETAIL_PARENS ()
 #define QRV_DETAIL_EXPAND(...)                                                                     \
     QRV_DETAIL_X4(QRV_DETAIL_X4(QRV_DETAIL_X4(QRV_DETAIL_X4(__VA_ARGS__))))
@@ -266,8 +267,8 @@ QRV_API long long number_of(value const &name, enumerator const *all, std::size_
 #define QRV_DETAIL_GET_MEMBER(type, name) ::qrv::detail::get_member(from, #name, to.name);
 #define QRV_DETAIL_ENUMERATOR(type, name) {static_cast<long long>(type::name), #name},
 
-// In the namespace of the struct, after it, with its public members in the order in which they are
-// written. A map from a file may have more keys; a key may be missing where the member is a
+// Use it after the struct, in the same namespace, with public members in the order in which they
+// are to be written. A map that is read may have more keys; a key may be missing if the member is a
 // std::optional.
 #define QRV_DESCRIBE(Type, ...)                                                                    \
     [[maybe_unused]] inline void to_value([[maybe_unused]] Type const &from, ::qrv::value &to) {   \
@@ -279,7 +280,8 @@ QRV_API long long number_of(value const &name, enumerator const *all, std::size_
         QRV_DETAIL_EACH(QRV_DETAIL_GET_MEMBER, Type, __VA_ARGS__)                                  \
     }
 
-// In the namespace of the enumeration, after it, with its enumerators: they are written by name.
+// Use it after the enumeration, in the same namespace, with its enumerators. Each is written as its
+// name.
 #define QRV_DESCRIBE_ENUM(Type, ...)                                                               \
     [[maybe_unused]] inline ::std::pair<::qrv::detail::enumerator const *, ::std::size_t>          \
     qrv_enumerators(Type) {                                                                        \

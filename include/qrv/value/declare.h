@@ -15,19 +15,20 @@
 //                   limit= attspec(type= int; default= 10;);
 //                   mode= attspec(type= Mode; flag= #REQUIRED;););
 //
-// Objects of an attribute set such as Axis have all its keys from the start, with nil or a private
-// copy of the default, and no others. Setting an attribute to a value that the type refuses throws
+// A new object of an attribute set such as Axis has all its keys, with nil or a private copy of the
+// default. It cannot have other keys. Setting an attribute to a value that the type refuses throws
 // qrv::type_error and changes nothing.
 //
-// Life: while a cat::TypeScope lives (qrv/core/ctypescope.h), the innermost one has the type, which
-// leaves the names when that scope ends; without a scope the type stays until the process ends. A
-// qrv::type and the objects of the type keep it alive beyond that.
+// A declaration registers the type in the innermost cat::TypeScope (qrv/core/ctypescope.h) until
+// that scope ends; without a scope, until the process ends. A qrv::type and the objects of the type
+// keep the type object alive longer.
 //
-// A name that is declared already gets the new declaration, by cat::set_type: the type object stays
-// the same, its `changed` fires, choices go along, and objects of an attribute set keep the rules
-// that they were created with. Inside a scope a name from outside is hidden instead.
+// If a name is declared already, cat::set_type replaces the declaration: the type object stays the
+// same, and its `changed` fires. Existing choices follow the new declaration; existing objects of
+// an attribute set keep the rules with which they were created. Inside a scope, a name from outside
+// is hidden instead.
 //
-// A wrong declaration throws qrv::declaration_error, and then nothing is registered or changed.
+// A wrong declaration throws qrv::declaration_error and neither registers nor changes anything.
 
 #include "qrv/value/value.h"
 
@@ -46,31 +47,31 @@ struct broken_rule;
 // A type: shares the type object. Never empty. Two are equal if they share the same object.
 class QRV_API type {
   public:
-    // The type of that name. If it does not exist, a registered factory or a module can create it.
-    // error: nothing has created it. May run user code.
+    // The type of that name; if it does not exist, a registered factory or module may create it.
+    // error: there is no such type. May run user code.
     template <detail::text T> type(T const &name) : object_(named(name)) {}
-    // Shares a type of the layer below. std::invalid_argument: it is null.
+    // For a type object of the layer below. std::invalid_argument for null.
     explicit type(cTypeObj *object);
     type(type const &) = default; // no move, which would leave an empty one
     type &operator=(type const &) = default;
     ~type() = default;
 
+    // The same, but empty if there is no such type.
     static std::optional<type> find(std::string_view name);
 
     std::string const &name() const noexcept;
-    cTypeObj &object() const noexcept; // borrowed; lives as long as this
+    cTypeObj &object() const noexcept; // borrowed; exists as long as this
     friend bool operator==(type const &, type const &) noexcept = default;
 
     // A value of this type:
     //   of the type already                     the value itself, shared
-    //   a map, for an attribute set             a new object with these attributes, which are
-    //   shared;
-    //                                           a key that is missing or nil keeps its default
+    //   a map, for an attribute set             a new object that shares these attributes; for a
+    //                                           key that is missing or nil, the default
     //   a key, for a choice                     that choice
     //   an int or float, for a wider number     the same number
-    // The attributes are made in the same way: a map where an attribute set is declared, and so on.
-    // rule_error: it breaks rules of this type, all of which the error has. error: a method of the
-    // type refuses it. Runs user code.
+    // The attributes are converted in the same way, for instance a map for an attribute of an
+    // attribute set. rule_error: the value breaks rules of this type; the error has all of them.
+    // error: a method of the type refuses the value. Runs user code.
     value make(value const &from) const;
 
   private:
@@ -79,7 +80,7 @@ class QRV_API type {
     objref object_;
 };
 
-// What a type demands.
+// What a type requires.
 enum class rule : unsigned char {
     declared, // it declares the key
     required, // the required key has a value, which is not nil
@@ -97,9 +98,9 @@ struct broken_rule {
     std::string message;         // "required key 'name' of type 'Axis' is missing"; without path
 };
 
-// Every rule that keeps type::make() from succeeding, and the rules of their
-// types that objects inside the value break, once for each place where they are. Empty: the value
-// is of the type and valid, or one can be made from it. The result shares the parts that it names.
+// All rules that prevent type::make(), and the rules of their types that objects inside the value
+// break, once for each position of such an object. Empty if the value has the type and is
+// valid, or if type::make() can create one from it. The result shares the parts that it names.
 // error: the nesting is too deep for the stack. Runs user code.   O(size of the tree)
 QRV_API std::vector<broken_rule> broken_rules(value const &of, type const &type);
 
@@ -127,7 +128,7 @@ class QRV_API declaration_error : public error {
 
     // Borrowed.
     std::string const &type() const noexcept { return type_; }
-    std::string const &key() const noexcept { return key_; } // empty: the type as a whole
+    std::string const &key() const noexcept { return key_; } // empty: about the whole type
 
   private:
     std::string type_;
@@ -136,7 +137,7 @@ class QRV_API declaration_error : public error {
 
 namespace detail {
 
-// The type of an attribute, by handle or by a name that is looked up with the key at hand.
+// The type of an attribute: a type, or a name that is looked up when its key is declared.
 class type_or_name {
   public:
     type_or_name(qrv::type const &type) : type_(type) {}
@@ -176,40 +177,42 @@ template <class T> constexpr char const *type_name_of() {
 
 } // namespace detail
 
-// A declaration while it is being written, from declare(). It is registered when it becomes a
-// qrv::type, or else by its end, after the last key: not, if an exception has been thrown in
-// between. So the end may throw, too: what the slots of `changed` throw where a type is declared
-// again, and declaration_error if another type has taken the name meanwhile.
+// An unfinished declaration, the result of declare(). The conversion to qrv::type registers the
+// type; without it, the destructor does so, unless an exception was thrown in between. So the
+// destructor may throw, too: exceptions of the slots of `changed` if a type is declared again, and
+// declaration_error if another type was registered under the name meanwhile.
 //
-// Each function declares one key, in this order, and throws declaration_error: the key is declared
-// already, or there is no such type. The name of the type that is being declared is one, too. The
-// builder shares the values until it registers the type.   O(1) each, O(keys) for the type
+// Each function declares one key; the order of the calls is the order of the keys.
+// declaration_error: the key is declared already, or there is no type of that name. The name of the
+// type that is being declared is valid, too. The builder shares the values until it registers the
+// type.   O(1) each, O(keys) for the type
 class QRV_API type_builder {
   public:
     type_builder(type_builder const &) = delete; // write qrv::type, not auto
     type_builder &operator=(type_builder const &) = delete;
     ~type_builder() noexcept(false);
 
-    // Registers, once.
+    // Registers the type at the first call.
     operator type();
 
-    // The attribute must have a value; of any type, or of exactly that type.
+    // The attribute must have a value: of exactly the type `of`, or without `of` of any type.
     type_builder &required(std::string_view key);
     type_builder &required(std::string_view key, detail::type_or_name const &of);
     template <class T> type_builder &required(std::string_view key) {
         return required(key, detail::type_name_of<T>());
     }
 
-    // It may be nil, which it is at first.
+    // The attribute may be nil, and initially is.
     type_builder &optional(std::string_view key);
     type_builder &optional(std::string_view key, detail::type_or_name const &of);
     template <class T> type_builder &optional(std::string_view key) {
         return optional(key, detail::type_name_of<T>());
     }
 
-    // It has a default, and the type of that. With a type the default is made by type::make(), so a
-    // choice can be given by its key; declaration_error: it breaks rules of the type. The default
-    // is shared until the registration and belongs to the type from then on; nil is not one.
+    // The attribute has a default, and the default's type. If there is an `of`, its make() converts
+    // the default, so the default of a choice can be its key; declaration_error: the default breaks
+    // rules of the type, or is nil. The default is shared until the registration and belongs to the
+    // type afterwards.
     type_builder &with_default(std::string_view key, value const &fallback);
     type_builder &with_default(std::string_view key, value const &fallback,
                                detail::type_or_name const &of);
@@ -218,12 +221,12 @@ class QRV_API type_builder {
         return with_default(key, value(fallback), detail::type_name_of<T>());
     }
 
-    // The attribute is always this very object: #FIXED. Text can't hold objects of such a type,
-    // since what is read is another object; type::make() makes them.
+    // The attribute is always this object itself: #FIXED. Objects of such a type can't be read from
+    // text, since reading creates another object; type::make() creates them.
     type_builder &fixed(std::string_view key, value const &constant);
 
-    // Required, of a choice type; or with one of its keys as the default. declaration_error: it is
-    // another type.
+    // The attribute is required and of a choice type, or has one of the type's keys as its default.
+    // declaration_error: `of` is not a choice type.
     type_builder &choice(std::string_view key, detail::type_or_name const &of);
     type_builder &choice(std::string_view key, detail::type_or_name const &of,
                          value const &fallback);
@@ -239,15 +242,15 @@ class QRV_API type_builder {
 
     std::unique_ptr<declaration> declaration_; // null once registered
     std::optional<type> registered_;
-    int exceptions_; // that were in flight at the beginning
+    int exceptions_; // the number of active exceptions at the beginning
 };
 
 // Begins the declaration of an attribute set. declaration_error: the name is not an identifier, or
 // belongs to a type of another kind, such as "int". Nothing is registered yet.   O(1)
 QRV_API type_builder declare(std::string_view name);
 
-// A key of a choice, which is copied, and what it stands for, which is shared; without a value that
-// is its position. Never throws but for memory.   O(1)
+// A key of a choice, which is copied, and its value, which is shared. The default of the value is
+// the position of the key. Throws only std::bad_alloc.   O(1)
 struct choice_key {
     template <detail::text T> choice_key(T const &choice) : key(std::string_view(choice)) {}
     template <detail::text T> choice_key(T const &choice, value means)
@@ -257,9 +260,10 @@ struct choice_key {
     std::optional<value> meaning;
 };
 
-// Declares a choice, at once: {"off", "slow"}, or {{"off", 0}, {"slow", 50}}. The second form
-// shares a container whose keys are the choices. declaration_error: as for declare(), a key twice,
-// or not a container. Runs user code where the type is declared again: the slots of `changed`.
+// Declares and registers a choice: {"off", "slow"}, or {{"off", 0}, {"slow", 50}}. The second
+// function shares a container, whose keys are the choices. declaration_error: as for declare(), for
+// a repeated key, and for a value that is not a container. If the type is declared again, runs user
+// code: the slots of `changed`.
 QRV_API type declare_choice(std::string_view name, std::initializer_list<choice_key> choices);
 QRV_API type declare_choice(std::string_view name, value const &choices);
 

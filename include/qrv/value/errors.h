@@ -1,10 +1,10 @@
 #pragma once
-// What qrv::value and all that works with it throws. Nothing is printed: the exception has the
-// whole message, and what() shows it.
+// The exceptions of qrv::value and of the functions that work with it. These functions print
+// nothing: what() has the whole message.
 //
 //   std::runtime_error
-//     error            any other refusal of the library
-//       path_error     nothing is at a path, or the text of the path is faulty
+//     error            any other failure
+//       path_error     a path leads to no value, or its text is faulty
 //       type_error     a value is not what the program expects, or a declared type refuses it
 //       parse_error    the text has errors
 //       save_conflict  another program has changed a file
@@ -20,7 +20,8 @@
 
 namespace qrv {
 
-// Any failure. what() is the path, unless it is empty, a colon and the reason.
+// The base of the exceptions below, except range_error, and itself the exception of other failures.
+// what() is "path: reason", or only the reason if the path is empty.
 class QRV_API error : public std::runtime_error {
   public:
     explicit error(std::string reason, unsigned int code = 0);
@@ -34,8 +35,8 @@ class QRV_API error : public std::runtime_error {
     // The path of the place that the error is about, starting at the value whose function was
     // called.
     std::string const &path() const noexcept { return path_; }
-    // Puts the path of a container in front: for code that reads or writes its parts. Never throws
-    // but for memory.   O(length)
+    // Prepends the path of a container, for code that reads or writes the container's parts. Throws
+    // only std::bad_alloc.   O(length)
     void within(std::string_view path);
 
   private:
@@ -58,7 +59,7 @@ class QRV_API type_error : public error {
   public:
     // `actual` is a noun with its article and may continue with the value.
     type_error(std::string path, std::string expected, std::string actual);
-    // What a type refuses, in the library's words.
+    // For a value that a type refuses. `reason` is the text of the library's error.
     explicit type_error(std::string const &reason, unsigned int code);
     type_error(type_error const &) = default;
     type_error &operator=(type_error const &) = default;
@@ -75,15 +76,15 @@ class QRV_API type_error : public error {
 // what(): "bus/baud: 70000 does not fit: the range is 0 to 65535".
 class QRV_API range_error : public std::out_of_range {
   public:
-    // `reason` goes after the path and a colon. An empty path is left out.
+    // what() is "path: reason", or only the reason if the path is empty.
     range_error(std::string path, std::string reason);
     range_error(range_error const &) = default;
     range_error &operator=(range_error const &) = default;
     ~range_error() override;
 
     std::string const &path() const noexcept { return path_; }
-    // Puts the path of a container in front: for conversions of its parts. Never throws but for
-    // memory.   O(length)
+    // Prepends the path of a container, for conversions of its parts. Throws only std::bad_alloc.
+    //   O(length)
     void within(std::string_view path);
 
   private:
@@ -91,9 +92,9 @@ class QRV_API range_error : public std::out_of_range {
     std::string reason_;
 };
 
-// Text has errors. what() lists them, a line each: "file:line:col: error: text". It only counts
-// those that follow from an earlier one, in a note after that; errors() has them, too, and their
-// field `follows` is the index of the earlier one.
+// Text has errors. what() has a line for each, "file:line:col: error: text". Errors that follow
+// from an earlier one are only counted, in a note after the earlier one. errors() has all of them;
+// the field `follows` is the index of the earlier one.
 class QRV_API parse_error : public error {
   public:
     parse_error(std::string const &list, std::vector<cat::ReadError> errors);
@@ -107,7 +108,8 @@ class QRV_API parse_error : public error {
     std::vector<cat::ReadError> errors_;
 };
 
-// Another program has changed the file that is to be written. The file is as that program left it.
+// Another program has changed or removed the file that is to be written. It stays as that program
+// left it.
 class QRV_API save_conflict : public error {
   public:
     using error::error;

@@ -1,10 +1,9 @@
 #pragma once
-// std::format of values, where the standard library has it:
+// std::format of values, if the standard library has std::format:
 //
 //   std::format("{} is too high, the limits are {:m}", high, device["limits"])
 //
-// {} is the text on one line, without comments, and {:m} that over many lines, as dump() writes
-// both.
+// {} is the text on one line without comments, {:m} the text on many lines; dump() describes both.
 
 #include "qrv/value/text.h"
 
@@ -16,8 +15,8 @@
 #include <concepts>
 #include <format>
 
-// parse() throws std::format_error for another specification, and format() throws as dump(): error
-// where part of the value has no text. path_error for a reference to nothing.   O(size)
+// parse() throws std::format_error for any other specification. format() throws error if a part of
+// the value has no text, as dump() does, and path_error for a reference without a value.   O(size)
 template <class T>
 requires(std::derived_from<T, qrv::value> ||
          std::same_as<T, qrv::reference>) struct std::formatter<T, char> {

@@ -5,12 +5,12 @@
 //   for (qrv::value const &phase : phases) ...
 //   std::vector<qrv::value> const names(limits.keys().begin(), limits.keys().end());
 //
-// Ranges and iterators own the container that they walk, so a temporary may be iterated, and an
-// iterator outlives its range. Entries are given by value: std::views::transform with &item::key
-// would refer to an entry that has ended, so take keys() and values() instead. The loop
-// may change the container: entries may be added and removed anywhere, also the current one. Each
-// entry that is left is visited once, and so is what is added after the current one. Nothing is
-// allocated except the objects of keys that have none yet (`item.key`).
+// Ranges and iterators own their container, so a loop over a temporary is valid, and an iterator
+// may outlive its range. Dereferencing returns an entry by value: std::views::transform with
+// &item::key would refer to a destroyed entry, so use keys() or values() instead. The loop may
+// change the container: it may add and remove any entries, also the current one. It visits each
+// remaining entry once, also entries that are added after the current one. Nothing is allocated
+// except objects for keys that have none yet (`item.key`).
 
 #include "qrv/core/cattrcursor.h"
 #include "qrv/value/value.h"
@@ -19,7 +19,7 @@
 
 namespace qrv {
 
-// An entry: copies of both, which share the objects.
+// An entry: a copy of the key and of the value, which share the objects.
 struct item {
     qrv::value key;
     qrv::value value;
@@ -30,11 +30,11 @@ namespace detail {
 // The position of an iterator; it shares the entries of the container.
 class QRV_API cursor {
   public:
-    cursor() noexcept = default;             // at the end of nothing
+    cursor() noexcept = default;             // an end position
     explicit cursor(value const &container); // type_error for scalars
 
     void step() noexcept { ++at_; }
-    value key() const; // #nil of an entry that was removed, as the element is
+    value key() const; // #nil for an entry that was removed, like element()
     value element() const;
     bool operator==(cursor const &other) const noexcept = default;
 
@@ -42,7 +42,7 @@ class QRV_API cursor {
     cAttrCursor at_;
 };
 
-// What -> of an iterator gives; the entry lives until the end of the expression.
+// The result of an iterator's ->; the entry exists until the end of the expression.
 template <class Entry> class entry_pointer {
   public:
     explicit entry_pointer(Entry entry) : entry_(std::move(entry)) {}
@@ -52,11 +52,11 @@ template <class Entry> class entry_pointer {
     Entry entry_;
 };
 
-// What both iterators have in common.
+// The common base of the iterators.
 template <class Entry, class Derived> class entry_iterator {
   public:
     using iterator_concept = std::forward_iterator_tag;
-    using iterator_category = std::input_iterator_tag; // entries are given by value
+    using iterator_category = std::input_iterator_tag; // `*` returns a value
     using value_type = Entry;
     using difference_type = std::ptrdiff_t;
     using reference = Entry;
@@ -94,7 +94,7 @@ class item_iterator : public detail::entry_iterator<item, item_iterator> {
     item operator*() const { return {cursor_.key(), cursor_.element()}; }
 };
 
-// Gives the values alone; the rest is as for item_iterator().
+// Returns only the values; everything else is the same as for item_iterator.
 class element_iterator : public detail::entry_iterator<value, element_iterator> {
   public:
     element_iterator() noexcept = default;
@@ -102,7 +102,7 @@ class element_iterator : public detail::entry_iterator<value, element_iterator> 
     value operator*() const { return cursor_.element(); }
 };
 
-// Gives the keys alone; the rest is as for item_iterator().
+// Returns only the keys; everything else is the same as for item_iterator.
 class key_iterator : public detail::entry_iterator<value, key_iterator> {
   public:
     key_iterator() noexcept = default;
@@ -112,7 +112,7 @@ class key_iterator : public detail::entry_iterator<value, key_iterator> {
 
 namespace detail {
 
-// What the ranges have in common.
+// The common base of the ranges.
 template <class Iterator> class entry_range {
   public:
     explicit entry_range(value container) : container_(std::move(container)) {}
@@ -145,7 +145,7 @@ inline element_iterator value::end() const { return {}; }
 
 } // namespace qrv
 
-#ifndef QRV_DOXYGEN // which does not find the declaration in the standard library
+#ifndef QRV_DOXYGEN // Doxygen does not find the declaration in the standard library
 template <class T>
 requires(
     std::derived_from<T, qrv::value>) inline constexpr bool std::ranges::enable_borrowed_range<T> =

@@ -22,8 +22,8 @@ enum class kind : std::uint8_t {
     object
 };
 
-// "nil", "bool", "int", "float", "double", "string", "map", "vector", "set", "object". Borrowed,
-// for good; never null.
+// "nil", "bool", "int", "float", "double", "string", "map", "vector", "set", "object". Borrowed;
+// never null and never destroyed.
 QRV_API char const *name_of(kind which) noexcept;
 
 } // namespace qrv

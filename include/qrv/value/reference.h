@@ -1,14 +1,16 @@
 #pragma once
-// qrv::reference, what operator[] of a variable gives: the place of an entry, which may not exist.
+// qrv::reference, the result of operator[] of a variable: a handle for an entry, which need not
+// exist.
 //
 //   device["bus"]["baud"] = 9600;              // assigning creates the levels that are missing
 //   int const baud = device["bus"]["baud"].get<int>();
 //   if (device["bus"].contains("gateway")) ... // reading creates nothing
 //
-// It holds the value that it was taken from and the keys, and looks them up at each use. It is
-// meant for the expression in which it is made: `auto r = device["bus"]` reads, also later, but
-// can't be assigned to, since nobody would see that this changes the device. Taken from a variable
-// that is #nil it has the variable's address; assigning then needs the variable.
+// A reference shares the value to which operator[] was applied, and stores the keys. It looks them
+// up at each use. It is meant for the expression that creates it: `auto r = device["bus"]` can be
+// read, also later, but not assigned to, since a reader of the program would not see that this
+// changes the device. A reference to an entry of a variable that is #nil stores the variable's
+// address, so the variable must exist when it is assigned to.
 
 #include "qrv/value/value.h"
 
@@ -16,7 +18,7 @@ namespace qrv {
 
 namespace detail {
 
-// Keys one after the other, in one string: few short ones need no allocation.
+// A list of keys in one string: a few short keys need no allocation.
 class QRV_API key_list {
   public:
     void add(step const &key); // type_error: neither a string nor an int
@@ -35,26 +37,27 @@ class QRV_API reference {
     reference(reference &&) noexcept = default;
     ~reference() = default;
 
-    // As value::set(): creates missing levels, replaces what is there. Nothing is changed where
-    // that throws. path_error: a value that is #nil and no variable can't get entries.
+    // As value::set(): creates missing levels and replaces an existing value. If it throws, nothing
+    // is changed. path_error: the outermost value is #nil and not a variable.
     void operator=(value x) &&;
-    void operator=(reference const &other) &&; // the value that is there
+    void operator=(reference const &other) &&; // assigns the value of that entry
     void operator=(value const &) & = delete;  // assign in the expression that makes the reference
     void operator=(reference const &) & = delete;
 
-    // The value, shared. path_error: nothing is there. And is something there?   O(keys)
+    // read(): the value, shared; path_error: there is none. exists(): whether there is one.
+    //   O(keys)
     operator value() const { return read(); }
     bool exists() const;
 
-    // A place further down, which shares the value too. Looks nothing up. range_error: an int can't
-    // hold the key.   O(length of the keys)
+    // A reference to an entry one level below, which shares the value, too. Does not look up the
+    // keys. range_error: an int can't hold the key.   O(length of the keys)
     reference operator[](std::string_view key) const { return below(detail::step(key)); }
     template <detail::key_like T> reference operator[](T const &key) const {
         return below(value::step_of(key));
     }
     template <detail::no_key T> void operator[](T) const = delete;
 
-    // --- as those of the value, after a look-up of the keys. path_error: nothing is there.
+    // --- the same as the functions of the value at these keys. path_error: there is no value.
 
     qrv::kind kind() const { return read().kind(); }
     bool is_nil() const { return read().is_nil(); }
@@ -127,14 +130,16 @@ class QRV_API reference {
         return use([&](value const &v) { return v.on_change(std::move(callback)); });
     }
 
-    // As value::set() from here; the path of the value itself is an assignment to this place.
+    // As value::set() of the value at these keys; for a path without a key, assigns to this
+    // reference.
     void set(std::string_view path, value const &x) const;
     template <detail::key_like T> void set(T const &key, value const &x) const {
         below(value::step_of(key)) = x;
     }
     template <detail::no_key T> void set(T, value const &) const = delete;
 
-    // --- as those of the value, too. These see an empty container where nothing is there.
+    // --- the same, but if there is no value at these keys, the functions act on an empty
+    // container.
 
     template <detail::gettable T> std::optional<T> get_if() const { return peek().get_if<T>(); }
     template <detail::gettable T> std::optional<T> get(std::string_view path) const {
@@ -186,9 +191,9 @@ class QRV_API reference {
     reference below(detail::step const &key) const;
     bool locate(detail::spot &to) const;
     value read() const;
-    value peek() const; // #nil where nothing is there
+    value peek() const; // #nil if there is no value
 
-    // The errors of `call` name the place.
+    // Calls `call`. Adds the path of this reference to the errors that it throws.
     template <class Call> std::invoke_result_t<Call const &> named(Call const &call) const {
         try {
             return call();

@@ -13,17 +13,17 @@
 //
 // Keys and paths: a string given to operator[], contains() or rename() is one key. A string given
 // to get, get_or, at, find, set or erase is a path: keys between slashes, such as "axes/0/name". A
-// part that reads as an int is a position in a vector or a set. In a map it is an int key; if the
-// map has a key that is the same string, but not the int, it is the string. The same holds for an
+// part that reads as an int is a position in a vector or a set. In a map it is an int key; but if
+// the map has the same string as a key, and not the int, it is that string. The same holds for an
 // integer that is given as a key. Keys that are not identifiers are in quotes, as in the text
-// format: "\"a/b\"/c". path_of() quotes keys that a program does not know. Blanks between the parts
-// are ignored, and the path may begin with a slash. No part may be empty, so "a//b" is a
-// path_error. Only the paths "" and "/" have no part: they are the value itself.
+// format: "\"a/b\"/c". path_of() creates the path of any keys, with quotes where they are needed.
+// Blanks between the parts are ignored, and the path may begin with a slash. No part may be empty,
+// so "a//b" is a path_error. Only the paths "" and "/" have no part: they are the value itself.
 //
 // Failures are exceptions (qrv/value/errors.h). Nothing is printed, and the program's error
 // handlers neither see them nor are changed. Exceptions of user code (hooks, slots, types of the
-// program) pass; if the function changes something, the change has been made by then.
-// std::bad_alloc may come from every function that allocates.
+// program) leave the function; a change is complete before they do. Every function that allocates
+// may throw std::bad_alloc.
 //
 // One thread at a time, as for the whole library: copying a value writes to its object, so two
 // threads must not even read values that share one (qrv/qrvdefs.h).
@@ -59,8 +59,9 @@ class connection; // qrv/value/change.h
 
 namespace detail {
 
-// How a T becomes a value and back. A user's T: overloads of to_value and from_value in its
-// namespace, or QRV_DESCRIBE. Specialised for standard containers in qrv/value/convert.h.
+// Converts a T to a value and back. For a type of the program, to_value and from_value are
+// overloads in its namespace, or defined by QRV_DESCRIBE. Specialised for standard containers in
+// qrv/value/convert.h.
 template <class T> struct converter {
     static value to(T const &from) requires requires(value &v) { to_value(from, v); };
     static T from(value const &from) requires requires(T &t) { from_value(from, t); };
@@ -107,7 +108,7 @@ template <class T> using fallback =
 
 enum class outcome : std::uint8_t { good, wrong_type, misfit };
 
-// One key. Borrows what it is made from.
+// One key. Borrows a string, shares an object.
 struct QRV_API step {
     enum class form : std::uint8_t { text, number, object };
     step() noexcept = default;
@@ -117,7 +118,7 @@ struct QRV_API step {
 
     form is = form::text;
     int number = 0;
-    std::string_view text; // perhaps of `key`
+    std::string_view text; // may refer to the string in `key`
     objref key;            // null, or the key as an object
 };
 
@@ -145,11 +146,11 @@ class QRV_API value {
     // #nil, which has no object to own. Never throws.
     value() noexcept = default;
     value(std::nullptr_t) noexcept {}
-    // Share the object; the source of a move is #nil afterwards. Destroying runs user code where it
-    // was the last owner.
+    // Share the object; the source of a move is #nil afterwards. The destructor runs user code if
+    // the value was the last owner.
     value(value const &other) noexcept = default;
     value(value &&other) noexcept = default;
-    // To variables only: an assignment to what at() or an iteration returned would change nothing.
+    // Only for variables: assigning to the result of at() or of an iteration would change nothing.
     value &operator=(value const &other) & = default;
     value &operator=(value &&other) & = default;
     ~value() = default;
@@ -173,7 +174,7 @@ class QRV_API value {
     requires(std::convertible_to<T *, cObj *> && !std::same_as<T, cObj>)
         value(cRef<T> const &object)
         : value(objref(object)) {}
-    // By the to_value of the type, which copies what it converts. What it throws passes.   O(size)
+    // Calls the to_value of the type, which copies. Throws what to_value throws.   O(size)
     template <class T>
     requires detail::convertible<T> value(T const &source)
         : value(detail::converter<T>::to(source)) {}
@@ -192,15 +193,16 @@ class QRV_API value {
     bool is_vector() const noexcept { return kind() == kind::vector; }
     bool is_set() const noexcept { return kind() == kind::set; }
     bool is_object() const noexcept { return kind() == kind::object; }
-    // Has it entries? A map, a vector, a set, or an attribute set of a declared type.
+    // Does it have entries? True for a map, a vector, a set, and an attribute set of a declared
+    // type.
     bool is_container() const noexcept;
     // The name of the object's type, such as "int" or "Axis"; "niltype" for #nil.
     std::string type_name() const;
     // The object, shared; cat::nil() for #nil, so never null.
     objref object() const;
 
-    // --- reading. Only numbers are converted, and only without a loss. But a double is rounded to
-    // a float, since text has no floats such as 0.1:
+    // --- reading. Only numbers are converted, and only without a loss. As an exception, a double
+    // is rounded to a float, since the number 0.1 in text is a double:
     //     bool         from a bool
     //     integers     from an int, and from a float or double that is a whole number
     //     float        from a float or double, and from an int that a float holds exactly
@@ -208,18 +210,19 @@ class QRV_API value {
     //     std::string  from a string
     //     value, objref, and each type with from_value
     // A number with a format, such as intf(0x1F), reads as its number. A choice reads as its key,
-    // which is a string in most types; at("value") is what the key stands for.
+    // which is a string in most types; at("value") is the value of that key.
 
     // Strings are copied; a value or an objref shares.   O(1), O(size) for what is copied
     // type_error: it is not a T. range_error: the number does not fit, or becomes 0 as a float.
     template <detail::gettable T> T get() const { return fetch<T>(object_, {}); }
-    // Returns an empty optional where get() throws one of these.
+    // Returns an empty optional if get() would throw one of these.
     template <detail::gettable T> std::optional<T> get_if() const;
-    // The same for the value at a path: empty only if nothing is there. A #nil counts as a value
-    // there, and most T cannot hold it: a std::optional, a value and an objref can.
-    // path_error: the text of the path is faulty. type_error, range_error: as for get().
+    // As get(), but for the value at a path; empty if there is no value. #nil is a value, too: a
+    // std::optional, a value and an objref can hold it, most other T throw type_error. path_error:
+    // the text of the path is faulty. type_error, range_error: as for get().
     template <detail::gettable T> std::optional<T> get(std::string_view path) const;
-    // The same with a default instead; a string literal as the default gives a std::string.
+    // The same, but returns a default instead of an empty optional. If the default is a string
+    // literal, the result is a std::string.
     template <class T>
     requires detail::gettable<detail::fallback<T>>
     auto get_or(std::string_view path, T const &fallback) const -> detail::fallback<T>;
@@ -235,16 +238,17 @@ class QRV_API value {
         return found ? found->template get<detail::fallback<T>>() : detail::fallback<T>(fallback);
     }
 
-    // The value at a path; it shares the object. path_error: nothing is there, or faulty text.
+    // The value at a path; it shares the object. path_error: there is no value, or the path is
+    // faulty.
     value at(std::string_view path) const;
     template <detail::key_like T> value at(T const &key) const { return at_key(step_of(key)); }
-    // Empty where nothing is there. path_error: faulty text.
+    // The same, but empty if there is no value. path_error: the path is faulty.
     std::optional<value> find(std::string_view path) const;
     template <detail::key_like T> std::optional<value> find(T const &key) const {
         return find_key(step_of(key));
     }
     // The value at one key; path_error as for at(). For a variable it returns a reference, which
-    // creates what is missing only when something is assigned to it.
+    // creates missing levels only when it is assigned to.
     value operator[](std::string_view key) const & { return at_key(detail::step(key)); }
     template <detail::key_like T> value operator[](T const &key) const & {
         return at_key(step_of(key));
@@ -258,7 +262,7 @@ class QRV_API value {
     template <detail::key_like T> bool contains(T const &key) const {
         return contains_key(step_of(key));
     }
-    // No keys: a number may be meant as an int or as a string.
+    // Deleted: these types are not keys, since it is unclear whether an int or a string is meant.
     template <detail::no_key T> void at(T) const = delete;
     template <detail::no_key T> void find(T) const = delete;
     template <detail::no_key T> void contains(T) const = delete;
@@ -276,25 +280,26 @@ class QRV_API value {
     element_iterator begin() const;
     element_iterator end() const;
 
-    // --- changing. A #nil variable becomes a map, or a vector by push_back; what at() or an
-    // iteration returned is not a variable: type_error for #nil there. The values are shared,
-    // not copied. The rules of declared types apply: type_error, with the library's text, and
-    // nothing is changed. An attribute of a choice type accepts the key of a choice, and a double
-    // one accepts an int, as type::make() does. error: anything else that the library refuses, such
-    // as a value that would hold itself, or new keys where keys are const. All run user code: what
-    // is replaced may be destroyed, and the slots of `changed` run after the change.
+    // --- changing. A variable that is #nil becomes a map, or by push_back a vector. The result of
+    // at() or of an iteration is not a variable: if it is #nil, changing it is a type_error. The
+    // values are shared, not copied. The rules of declared types apply: a value that a type refuses
+    // is a type_error with the library's text, and nothing is changed. An attribute of a choice
+    // type accepts the key of a choice, and a double one accepts an int, as type::make() does.
+    // error: anything else that the library refuses, such as a value that would contain itself, or
+    // a new key in a container with const keys. All these functions run user code: destructors of
+    // replaced values, and after the change the slots of `changed`.
     //
-    // O(1) for each key of the path and for the write. In addition, storing a container in one that
-    // is itself a value of another searches what is stored for a cycle: O(size of x). So build a
-    // tree from the inside out, or store containers while they are empty and fill them there. A
-    // program that defines its own iterator type (core/cholders.h) pays for the search at each
-    // store.
+    // O(1) for each key of the path and for the write. In addition, if the container that is
+    // changed is a value of another container, storing a container x searches x for a cycle, which
+    // is O(size of x). To avoid this, build a tree from the inside out, or store containers while
+    // they are empty and fill them afterwards. In a program that defines its own iterator type
+    // (core/cholders.h), each store of a container does the search.
 
-    // Missing levels become maps; a position one past the last appends to a vector. With the path
-    // of the value itself, v.set("", x) is v = x, for which v must be a variable.
-    // path_error: faulty text, or no such position, or the path of the value itself where it is not
-    // a variable. type_error: there is a scalar on the way. error: a set has an equal value at
-    // another position.
+    // Missing levels become maps; a position one past the last appends to a vector. A path without
+    // a key is the value itself: v.set("", x) is v = x, for which v must be a variable. path_error:
+    // the path is faulty, it has a position that does not exist, or it has no key and the value is
+    // not a variable. type_error: a level above the last is a scalar. error: a set has an equal
+    // value at another position.
     void set(std::string_view path, value const &x) &;
     void set(std::string_view path, value const &x) &&;
     template <detail::key_like T> void set(T const &key, value const &x) & {
@@ -303,8 +308,8 @@ class QRV_API value {
     template <detail::key_like T> void set(T const &key, value const &x) && {
         lasting().set(key, x);
     }
-    // Removes what is at the path; the values after it in a vector move down: O(values after it).
-    // False: nothing there. path_error: faulty text, or the path of the value itself.
+    // Removes the entry at the path; the values after it in a vector move down: O(values after it).
+    // False if there is no such entry. path_error: the path is faulty or has no key.
     bool erase(std::string_view path);
     template <detail::key_like T> bool erase(T const &key) { return erase_key(step_of(key)); }
     template <detail::no_key T> void set(T, value const &) = delete;
@@ -312,12 +317,12 @@ class QRV_API value {
     // False if this is a set and has an equal value already. type_error: not a vector or a set.
     bool push_back(value const &x) &;
     bool push_back(value const &x) && { return lasting().push_back(x); }
-    // Is there an item equal to x? Of a vector or a set, whose keys are positions; #nil has none.
-    // type_error: another value.   O(size)
+    // Does this vector or set have an item equal to x? False for #nil. type_error: any other value.
+    //   O(size)
     bool contains_item(value const &x) const;
     // Removes the first item equal to x; those after it move down. False: no item is equal.
     bool erase_item(value const &x);
-    // In a vector, before the value at that position; at size() it appends.
+    // Inserts x into a vector, before the value at that position; at size(), appends it.
     // path_error: there is no such position. type_error: not a vector.   O(values after it)
     void insert(std::size_t position, value const &x);
     // type_error: it is not a map, a vector or a set.   O(size)
@@ -325,18 +330,19 @@ class QRV_API value {
     // Renames a key of a map; its value and its position stay. path_error: `key` is absent.
     // std::invalid_argument: there is an entry `new_key`. type_error: not a map.
     void rename(std::string_view key, std::string_view new_key);
-    // As the command `qrv merge`: entries that both have and that are containers are merged in
-    // turn, other values replace those here, and the rest is added; a vector gets those of `other`
-    // after its own. The parts of `other` are shared. What was merged before an exception stays.
-    // type_error: one of the two is not a container.   O(size of both)
+    // Merges `other` into this container, as the command `qrv merge` does. If both have a container
+    // at a key, these two are merged; any other entry of `other` replaces the entry here or is
+    // added. The values of a vector are appended. Parts of `other` are shared. Entries that were
+    // merged before an exception stay. type_error: one of the two is not a container.
+    //   O(size of both)
     void merge(value const &other) &;
     void merge(value const &other) && { lasting().merge(other); }
     // Changes the object itself, and with it all copies of this value. The type stays: a number is
-    // converted by the rules of get(), and a choice takes its key, or that of another choice. A
-    // map, a vector or a set gets the entries of x, which it shares, instead of those it had; only
-    // a vector or set refuses a map, whose keys would be lost. type_error: #nil, or the type
-    // refuses x, or the choice does not have the key. range_error: the number does not fit. Nothing
-    // is changed then.   O(entries)
+    // converted by the rules of get(), and a choice accepts one of its keys or another choice. The
+    // entries of a map, a vector or a set are replaced by those of x, which are shared; but a
+    // vector or set does not accept a map, whose keys would be lost. type_error: this value is
+    // #nil, the type refuses x, or the choice does not have the key. range_error: the number does
+    // not fit. After an error nothing is changed.   O(entries)
     void assign(value const &x);
     // A private copy of everything; a part that occurs twice in the value is one object in the
     // copy, too. error: the nesting is too deep for the stack.   O(size)
@@ -344,11 +350,12 @@ class QRV_API value {
 
     // --- comments, layout, sharing.   O(1) and the length of the comment
 
-    // The text of the comments after the value and before the next one in its file, or after its
-    // opening bracket, without the comment marks; lines are separated by line feeds. Empty without
-    // a comment. Throws only std::bad_alloc.
+    // The text of the value's comments, without the comment marks: in the file, these are the
+    // comments after the value and before the next one, or after its opening bracket. Lines are
+    // separated by line feeds. Empty if there is no comment. Throws only std::bad_alloc.
     std::string comment() const;
-    // Each line gets its "//"; empty removes the comment. type_error for #nil, which has no object.
+    // Each line of `text` is written after "//"; empty text removes the comment. type_error for
+    // #nil, which has no object.
     void set_comment(std::string_view text);
     // Is the container written on one line? False for all other values.
     bool one_line() const;
@@ -357,15 +364,15 @@ class QRV_API value {
     bool is_shared_with(value const &other) const noexcept {
         return object_ && object_ == other.object_;
     }
-    // All positions below this value at which the object of `other` is, in order, as paths for
-    // at(); copies. Each container is visited once. error: the nesting is too deep for the stack.
+    // The paths, for at(), of all entries below this value that share the object of `other`, in
+    // order. Each container is visited once. error: the nesting is too deep for the stack.
     //   O(size)
     std::vector<std::string> paths_of(value const &other) const;
 
     // --- comparing. Borrows both; error: the nesting is too deep for the stack.   O(size)
 
     // Same type and same value: 1 and 1.0 differ, and so do maps with another order of keys. Runs
-    // user code where objects of the program are compared.
+    // user code if objects of the program are compared.
     friend bool operator==(value const &a, value const &b) { return a.equals(b); }
     // The same, without creating an object. A choice equals the text of its key, too.
     template <class T>
@@ -384,14 +391,15 @@ class QRV_API value {
 
     // --- declared types and changes: qrv/value/declare.h, qrv/value/change.h
 
-    // Does the value violate no rule of the type? As for broken_rules().   O(size)
+    // Whether the value breaks no rule of the type: the same as broken_rules().empty().   O(size)
     bool conforms_to(type const &type) const;
     // The connection owns the callback, and does not keep the value alive. type_error for #nil.
     //   O(1)
     template <class F> [[nodiscard]] connection on_change(F callback) const;
 
-    // The written form, as in a file; borrows the value. Sets the stream's failbit where a part has
-    // none, because the nesting is too deep for the stack: qrv::dump() reports why.   O(size)
+    // The written form, as in a file; borrows the value. Sets the stream's failbit if a part has no
+    // text, for instance because the nesting is too deep for the stack: qrv::dump() reports why.
+    //   O(size)
     friend QRV_API std::ostream &operator<<(std::ostream &os, value const &v);
 
   private:
@@ -412,7 +420,7 @@ class QRV_API value {
     static objref make(bool truth);
     static objref make(int number);
 
-    value &lasting(); // *this; type_error for #nil: a container that it becomes would be lost
+    value &lasting(); // *this; type_error for #nil, since nothing would hold the new container
     value at_key(detail::step const &key) const;
     std::optional<value> find_key(detail::step const &key) const;
     bool contains_key(detail::step const &key) const;
@@ -448,8 +456,7 @@ class QRV_API value {
     objref object_; // null for #nil
 };
 
-// Access without the rules above, for the files of this layer. An object that is cat::nil() must
-// not get in.
+// Access without the rules above, for the files of this layer, which must not store cat::nil().
 struct detail::value_access {
     static objref &object(value &v) noexcept { return v.object_; }
     static objref const &object(value const &v) noexcept { return v.object_; } // null for #nil

@@ -153,7 +153,7 @@ TEST_F(Platform, the_program_knows_its_path_and_name) {
     EXPECT_TRUE(fs::equivalent(cat::program_file(), "/proc/self/exe"));
 }
 
-// ---- questions about files ----
+// ---- tests of files ----
 
 TEST_F(Platform, files_and_folders_are_distinguished) {
     EXPECT_FALSE(cat::file_exists(file));

@@ -59,7 +59,7 @@ int print_report(cOptions const &options, cBytesWork const &check) {
         check(bytes, messages, reply);
         reply.text = report.part(messages.findings(), bytes);
     };
-    choose_colours("never"); // the choice applies to standard error, not to the report
+    choose_colours("never"); // colours are for standard error, not for the report
     int status = exit_done;
     bool written = put_result(report.begin());
     for (std::string const &name : options.files) {

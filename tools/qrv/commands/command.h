@@ -16,8 +16,8 @@
 
 class cCommand {
   public:
-    // Adds the arguments. Returns the function that does the work after parsing; the function
-    // returns an exit code.
+    // Adds the command's arguments. Returns the function that does the work after the command line
+    // was parsed, and returns an exit code.
     using cDefine = std::function<int()> (*)(cArguments &arguments);
 
     // The help lists the commands by rank. The strings are borrowed.

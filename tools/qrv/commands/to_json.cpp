@@ -16,7 +16,7 @@ struct cOptions {
     int indent = 2;
     bool compact = false;
     bool integers = false;
-    bool strict = false; // lost data is an error
+    bool strict = false; // treat lost data as an error
     int max_errors = default_max_errors;
 };
 
@@ -37,7 +37,8 @@ constexpr char const *help =
     "for a string that is not UTF-8, for two keys with the same text, and for sharing that\n"
     "would make the text many times longer than the file.";
 
-// A quick test, so that a file without comments is not scanned, which would store all its tokens.
+// A quick test: scanning would store all tokens of the file, which a file without comments does not
+// need.
 bool may_have_comments(std::string const &bytes) {
     return bytes.find("//") != bytes.npos || bytes.find("/*") != bytes.npos;
 }

@@ -19,7 +19,7 @@ std::string new_word() {
     return "qrv" + std::to_string(random()) + "x" + std::to_string(random()) + "x";
 }
 
-// The offsets of the comments in the text of a value.
+// The offsets of the single comments in the comment of a value (get_comment()).
 std::vector<size_t> begins_in(std::string const &text) {
     std::vector<size_t> begins;
     size_t at = text.find_first_not_of(white);

@@ -1,7 +1,7 @@
 #pragma once
-// The text of statements before it is read. Each $NAME outside of quotes becomes one string in
-// quotes, so any value of --arg stays one value. A literal that would be stored with a changed
-// value is an error.
+// Prepares the text of statements for reading. Each $NAME outside of quotes is replaced by the
+// value of --arg as one string in quotes, so it cannot become several values. A literal that
+// reading would change is an error.
 
 #include "tools/qrv/output/messages.h"
 
@@ -18,12 +18,13 @@ struct cNamedValues {
 
 class cStatementText {
   public:
-    // Errors go to messages. Both are borrowed. If `convert`, all literals are accepted.
+    // Borrows `named` and `messages`, which receives the errors. If `convert`, all literals are
+    // accepted.
     cStatementText(std::string const &written, cNamedValues &named, bool convert,
                    cMessages &messages);
 
     std::string const &text() const { return text_; }
-    cPlace written_place(cPlace place) const; // the written position of a position in text()
+    cPlace written_place(cPlace place) const; // the position in `written` of a position in text()
 
   private:
     struct cReplaced {

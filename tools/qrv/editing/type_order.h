@@ -13,8 +13,8 @@ class cTypeOrder {
     // Collects the types that a value declares.   O(size)
     explicit cTypeOrder(objref const &root);
 
-    // Reports a type that the changed value needs before its declaration, or without one. Returns
-    // whether there is such a type.   O(size)
+    // Reports a type that the changed value uses before its declaration, or whose declaration it
+    // lacks. Returns whether there is such a type.   O(size)
     bool report_broken(objref const &root, cMessages &messages) const;
 
   private:

@@ -14,7 +14,7 @@ size_t end_of_value(cJsonPlaces places, std::string const &bytes) {
     }
 }
 
-// The position of the value of the entry whose key is the next token.
+// The first token of an entry's value. The key is the first token after the offset.
 cJsonPlaces value_after(std::string const &bytes, size_t offset) {
     cJsonPlaces places(bytes, offset);
     places.next();
@@ -36,7 +36,7 @@ std::string cRepetitions::removed_from(std::string const &bytes) const {
     return text;
 }
 
-// Recursion is as deep as objects with repetitions nest, which the reader limits.
+// The recursion is as deep as the nesting of objects with repetitions, which the reader limits.
 void cRepetitions::copy(std::string const &bytes, size_t from, size_t to, std::string &text) const {
     for (auto next = parts_.lower_bound(from); next != parts_.end() && next->first < to;
          next = parts_.lower_bound(from)) {

@@ -14,10 +14,10 @@
 //     places share
 //
 // An int is a number without point and exponent. A double has a point or an exponent, and the
-// digits that it needs to be read as the same value. An exception is a whole double up to 2^53 that
-// no int can hold: it is written as a whole number, since reading JSON turns such a number into a
-// double. If `integers`, every whole double below 2^53 is written so, except the negative 0.
-// Containers on one line stay on one line.
+// digits that it needs to be read as the same value. A whole double up to 2^53 that is too large
+// for an int is an exception: it is written as a whole number, since reading JSON converts such a
+// number to a double. If `integers`, every whole double below 2^53 is written in this way, except
+// the negative 0. Containers on one line stay on one line.
 //
 // These are errors: a string that isn't UTF-8, two keys of a map with the same text, and sharing
 // that would make the text many times larger.
@@ -32,7 +32,7 @@ struct cJsonForm {
     int indent = 2;       // columns for each level
     bool compact = false; // no blanks and line ends
     bool integers = false;
-    size_t longest = 0; // limit of the characters that sharing adds to the text
+    size_t longest = 0; // limit of the characters that copies of shared values add
     size_t room = 0;    // characters for which memory is reserved
 };
 

@@ -1,6 +1,7 @@
 #pragma once
-// A file that a command replaces without losing data: neither the old content if the command is
-// killed or the disk is full, nor the changes of another process at the same time.
+// A file that a command replaces without losing data. The old content remains if the command is
+// killed or the disk is full, and changes that another process makes at the same time are not
+// overwritten.
 
 #include "qrv/base/platform/cfolderlock.h"
 #include "qrv/base/platform/cplatform.h"
@@ -28,8 +29,8 @@ class cTarget {
     bool lock();
 
     // Replaces the content of the file under the lock. Returns an exit code. If `expected` is
-    // given, the file must still have these bytes. If the file can't be written, prints a message
-    // and leaves it as it was.
+    // given, the file must still have these bytes. If it can't be written, prints a message and
+    // leaves it unchanged.
     int replace(std::string const &text, std::optional<std::string_view> expected = {});
     int replace(cat::Content const &content);
 

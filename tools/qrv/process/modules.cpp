@@ -18,7 +18,7 @@
 
 namespace {
 
-// The result of --module.
+// What --module has loaded.
 struct cLoaded {
     std::vector<std::string> names;
     std::map<std::string, std::string> types; // from a type to the module that registered it
@@ -61,8 +61,8 @@ std::string beside_program(std::string const &name) {
     return error || is_path ? "" : (program.parent_path() / "modules" / name).string();
 }
 
-// If the file next to the program is broken, no other file of this name is searched for. A name
-// that ends with a slash would mean the program's own module, which has no types.
+// If the file next to the program can't be loaded, no other file of this name is tried. A name that
+// ends with a slash would mean the program's own module, which has no types.
 bool load(std::string const &name) {
     if (name.ends_with('/'))
         return report_failure(name, "give the name of a file, not of a folder");

@@ -19,7 +19,7 @@ extern "C" void __gcov_dump();
 
 namespace {
 
-// The fields of a reply and its parts, in one list for both directions.
+// The fields of a reply and of its parts, in one list for packing and unpacking.
 template <class Pipe> void fields(Pipe &pipe, cPlace &place) { pipe(place.line, place.column); }
 
 template <class Pipe> void fields(Pipe &pipe, cNote &note) { pipe(note.place, note.text); }
@@ -41,7 +41,7 @@ template <class Pipe> void fields(Pipe &pipe, cReply &reply) {
 template <class T>
 concept cPlain = std::is_arithmetic_v<T> || std::is_enum_v<T>;
 
-// Strings and lists follow their sizes.
+// Packs the fields into bytes. The size of a string or list precedes its content.
 class cPacker {
   public:
     template <class... T> void operator()(T &...parts) { (add(parts), ...); }

@@ -12,8 +12,8 @@ struct cReply {
     std::string text;         // the requested text
     cFindings found;          // the diagnostics of the file
     std::string messages;     // more lines for descriptor 2
-    std::string extra;        // a second text, where the work has one
-    std::string fingerprint;  // of a value, where the work has one
+    std::string extra;        // a second text, if the work has one
+    std::string fingerprint;  // of a value, if the work has one
     bool comes_back = false;  // reading and writing `text` again produces the same text
 };
 

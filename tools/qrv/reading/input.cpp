@@ -53,7 +53,7 @@ cPieces::int_type cPieces::underflow() {
     if (gptr() != egptr()) return traits_type::to_int_type(*gptr());
     before_ += egptr() - eback();
     std::string_view const piece = next_();
-    char *const first = const_cast<char *>(piece.data()); // never written to
+    char *const first = const_cast<char *>(piece.data()); // nobody writes to it
     setg(first, first, first + piece.size());
     return piece.empty() ? traits_type::eof() : traits_type::to_int_type(*first);
 }

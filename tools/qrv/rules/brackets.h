@@ -1,8 +1,8 @@
 #pragma once
 // Finds the wrong bracket in text whose brackets do not match. The reader notices the error too
-// late: a map that is not closed takes the next closing bracket, and in the end the outermost map
-// lacks one. The layout shows what was meant: a bracket that begins a line closes the bracket whose
-// line has the same indent. The guess is right if it leaves no other error.
+// late: the next closing bracket closes the map that lacks one, and at the end the outermost map is
+// not closed. The layout shows the intention: a bracket at the start of a line should close the
+// bracket whose line has the same indent. The guess counts only if all other brackets then match.
 
 #include "tools/qrv/rules/mistakes.h"
 #include "tools/qrv/rules/source.h"
@@ -11,7 +11,7 @@
 
 struct cWrongBracket {
     enum cKind : unsigned char {
-        unclosed, // an opening bracket without its closing one; it takes the bracket `other`
+        unclosed, // an opening bracket without its closing one; `other` closes it instead
         surplus,  // a closing bracket that closes the bracket `other` too early
         mixed_up  // an opening bracket; `other` closes it, but is of another kind
     };

@@ -1,6 +1,6 @@
 #pragma once
-// Finds text that is read without an error but may not be meant. Uses the source map of a reading,
-// so the text is not scanned again.
+// Finds text that is read without an error, but perhaps not as its author meant it. Uses the source
+// map of a reading, so the text is not scanned again.
 //
 // A second entry with the same key is a repetition, unless both values are maps or both are sets:
 // then the reader merges the second into the first, and only equal keys inside count.

@@ -13,7 +13,8 @@ using cat::ErrorKind;
 
 cPlace end_of(cat::ReadError const &error) { return {error.end_line, error.end_column}; }
 
-// For each error, by index, the error from which it follows.
+// Stores for each error, by index, the error from which it follows, and groups the errors into
+// mistakes. The numbers refer to the list in mistakes.h.
 class cGroups {
   public:
     cGroups(std::string const &bytes, std::vector<cUnread> const &unread,
@@ -68,6 +69,7 @@ class cGroups {
         cause_[run] = cause;
     }
 
+    // 2: joins the errors at an unread byte to the error about that byte.
     void join_unread() {
         std::multimap<cPlace, size_t> ends;
         for (size_t i = unread_; i < all_.size(); ++i)
@@ -84,6 +86,7 @@ class cGroups {
         return at != bytes_.npos && bytes_[at] == '=';
     }
 
+    // 4: joins an error about a key that is written as a value to the error before it.
     void join_out_of_step() {
         for (size_t i = unread_ + 1; i < all_.size(); ++i) {
             bool const about_key = all_[i].kind == ErrorKind::read_key_type ||
@@ -94,7 +97,7 @@ class cGroups {
         }
     }
 
-    // Joins nested unclosed brackets to the innermost one.
+    // 3: joins nested unclosed brackets to the innermost one.
     void join_unclosed() {
         for (size_t const outer : unclosed_) {
             if (!is_unclosed(all_[outer])) continue;
@@ -107,14 +110,14 @@ class cGroups {
         }
     }
 
-    // Is this a reference without ), which has read the rest of the text?
+    // Is this an error about a reference without a ), which has read the rest of the text?
     bool is_open_reference(size_t i) const {
         return all_[i].kind == ErrorKind::read_ref &&
                bytes_.find(')', lines_.offset(place_of(all_[i]))) == bytes_.npos;
     }
 
-    // Joins the errors after the first bracket that another byte than a bracket ends: the map
-    // around it reads the rest of its entries and confuses keys and values.
+    // 7: joins later errors about keys to the first bracket whose map was ended by a byte that is
+    // not a bracket. The map around it reads the remaining entries and confuses keys and values.
     void join_after_early_end() {
         auto const ends_before = [&](size_t a, size_t b) {
             return end_of(all_[a]) < end_of(all_[b]);
@@ -138,6 +141,7 @@ class cGroups {
         return end < bytes_.size() && std::string_view("}])").find(bytes_[end]) == bytes_.npos;
     }
 
+    // 5: joins the errors about entries that an unclosed bracket swallowed to that bracket.
     void join_swallowed() {
         std::vector<size_t> order; // by position
         for (size_t i = unread_; i < all_.size(); ++i) order.push_back(i);
@@ -164,7 +168,8 @@ class cGroups {
                place_of(all_[error]) == place_of(all_[bracket]);
     }
 
-    // Errors inside a value come before errors about the whole value, which are at its type.
+    // 6: errors inside a value come before errors about the whole value, whose position is that of
+    // its type.
     void join_broken_rules() {
         using enum ErrorKind;
         constexpr ErrorKind kinds[] = {read_no_delimiter, read_equals, read_no_key,
@@ -187,8 +192,8 @@ class cGroups {
     std::string const &bytes_;
     cLines const lines_;
     std::vector<cat::ReadError> all_;
-    size_t const unread_;          // the number of unread bytes, which are the first errors
-    std::vector<bool> to_the_end_; // for each of these: is the rest unread?
+    size_t const unread_;          // the number of unread positions; their errors come first
+    std::vector<bool> to_the_end_; // for each of these: cUnread::to_the_end
     std::vector<size_t> cause_;
     std::vector<size_t> unclosed_; // by position; includes brackets that are too deep
 };

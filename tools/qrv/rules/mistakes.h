@@ -30,7 +30,7 @@ struct cMistake {
 // Makes `from`, and all that follows from it, follow from `to`.
 void add_following(cMistake &to, cMistake const &from);
 
-// A position from which on bytes are not read.
+// A position at which the reader stops reading, or skips bytes.
 struct cUnread {
     cat::ReadError error;
     bool to_the_end; // the rest of the text is not read

@@ -61,8 +61,8 @@ void cSharing::add_parts_of(size_t parent) {
         add_ring(object, parent);
 }
 
-// Every way backwards ends at the root, since reading creates no cycles. If there were a cycle, the
-// count of steps would end the loop.
+// Every path back from the value reaches the root, since reading creates no cycles. The limit on
+// steps ends the loop even if there is a cycle.
 std::vector<std::string> cSharing::paths(cObj const *object, size_t most) const {
     std::vector<std::string> found;
     auto const known = numbers_.find(object);

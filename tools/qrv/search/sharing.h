@@ -1,7 +1,8 @@
 #pragma once
-// Finds all paths to a value in a tree. Walks the tree once, and each shared part once, and records
-// what leads to each part; then builds paths backwards from the value. So the time depends only on
-// the size of the tree and of the requested paths, even if references create countless paths.
+// Finds all paths to a value in a tree. Visits each part of the tree once, also a shared one, and
+// records the entries that lead to it. Then builds paths from the value back to the root. So the
+// time depends only on the size of the tree and of the requested paths, even if references create
+// very many paths.
 
 #include "qrv/containers/cmapobj.h"
 
@@ -10,7 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
-// The entries of a container, or of an object of a declared type; null for other values.
+// The value as a map, if it is a container or an object of a declared type; null for other values.
 cMapObj const *as_map(objref const &value);
 
 class cSharing {
@@ -27,11 +28,11 @@ class cSharing {
 
   private:
     struct cWay {
-        size_t parent;
+        size_t parent; // a part, and the key in it
         objref key;
     };
     struct cPart {
-        objref object;          // held, so that its address is not used again
+        objref object;          // held, so that no other object gets its address
         std::vector<cWay> ways; // empty for the root
     };
 

@@ -131,8 +131,8 @@ class cComparison {
     }
 
     void compare_parts(objref const &stored, objref const &given, cStored how) {
-        size_t count = 0, stands = 0;
-        for (cIterObj it = given->begin(); it.valid(); ++it, ++count) {
+        size_t given_count = 0, stored_count = 0;
+        for (cIterObj it = given->begin(); it.valid(); ++it, ++given_count) {
             objref const key = it.key();
             size_t const size = path_.size();
             path_ += '/' + cat::as_text(key);
@@ -140,8 +140,9 @@ class cComparison {
             path_.resize(size);
         }
         if (how == cStored::merged) return;
-        for (cIterObj it = stored->begin(); it.valid() && stands <= count; ++it) ++stands;
-        if (stands > count) add("it holds more than was given", cMismatch::value);
+        for (cIterObj it = stored->begin(); it.valid() && stored_count <= given_count; ++it)
+            ++stored_count;
+        if (stored_count > given_count) add("it holds more than was given", cMismatch::value);
     }
 
     static constexpr size_t most_mismatches = 1000;

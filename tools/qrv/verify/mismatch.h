@@ -1,6 +1,6 @@
 #pragma once
 // Compares a stored value with the given one. The library converts numbers to the type of the old
-// value, and silently skips what it can't do; the tool must not.
+// value, and ignores without an error what it can't store. The tool must report both.
 
 #include "qrv/core/cobj.h"
 
@@ -12,7 +12,7 @@ struct cMismatch {
     enum cKind { number, type, value };
     std::string path; // inside the compared values, such as "/a/0"; empty for the values themselves
     std::string text;
-    cKind kind; // a number was changed, the stored value has another type, or another difference
+    cKind kind; // a changed number, a stored value of another type, or another difference
 };
 
 // How the value was stored.
@@ -34,9 +34,9 @@ bool is_constant(cObj const &value);
 // The value of a bool, int, float, double or intf; empty for others.
 std::optional<double> number_of(objref const &value);
 
-// If an intf reads the text of a number as another number, that number: an intf has 32 bits, and
-// reads digits after a sign and a 0 as octal. Empty if it keeps the number, or does not accept the
-// text.
+// The number that an intf reads from the text of another number; empty if it reads the same number,
+// or does not accept the text. They differ for more than 32 bits, and for digits after a sign and a
+// 0, which an intf reads as octal.
 std::optional<int> misread(std::string const &text);
 
 // The numbers that an intf accepts, for messages.

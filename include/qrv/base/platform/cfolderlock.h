@@ -1,6 +1,6 @@
 #pragma once
-// For programs that read a file, change it and write it again, and must not lose what another such
-// program writes at the same time.
+// Locks for programs that read a file, change it and write it again, so that two of them do not
+// overwrite each other's changes.
 //
 //   cat::FileLock const lock(path);
 //   if (lock.busy()) return give_up();
@@ -15,22 +15,22 @@
 
 namespace cat {
 
-// Holds the exclusive lock of the folder that has, or will have, the content of `path`: links are
-// followed, the file need not exist. The lock excludes only those who ask for it: other
-// FolderLocks, also in this process, and the system's command for such locks. The end of a process
-// releases its lock; a child of fork() holds it too.
+// Holds the exclusive lock, flock(), of the folder of the file `path`. Links are followed; the file
+// need not exist. The lock stops only programs that request it too: by other FolderLocks, also in
+// this process, or by the command flock. The end of a process releases its lock; a child of fork()
+// shares it.
 class QRV_API FolderLock {
   public:
     // Waits until the lock is free, at most for `wait`; zero does not wait. If the folder cannot be
-    // opened or has no locks, it does not wait and excludes nobody. Throws only std::bad_alloc.
+    // opened or locked, it does not wait and stops nobody. Throws only std::bad_alloc.
     FolderLock(std::string const &path, std::chrono::milliseconds wait);
     FolderLock(FolderLock const &) = delete;
     FolderLock &operator=(FolderLock const &) = delete;
     ~FolderLock();
 
-    // held() is false as well if locking is not possible.
+    // Both are false if locking is not possible.
     bool held() const { return state_ == cState::held; }
-    bool busy() const { return state_ == cState::busy; } // another held it until `wait` ended
+    bool busy() const { return state_ == cState::busy; } // somebody else held it until `wait` ended
 
   private:
     enum class cState { none, held, busy };
@@ -40,9 +40,9 @@ class QRV_API FolderLock {
 };
 
 // For a file that is replaced: holds the lock of its folder from before it is read until it has its
-// new content, and removes what killed processes left there (cat::remove_unfinished). A device or a
-// pipe stores nothing that could be lost, and the process at a pipe's other end may need the lock:
-// for these no lock is held.
+// new content, and removes what killed processes left there (cat::remove_unfinished). Devices and
+// pipes are not locked: they store nothing that could be lost, and the process at a pipe's other
+// end may need the lock.
 class QRV_API FileLock {
   public:
     static constexpr std::chrono::seconds usual_wait{30};
@@ -53,7 +53,7 @@ class QRV_API FileLock {
     FileLock &operator=(FileLock const &) = delete;
     ~FileLock() = default;
 
-    bool busy() const { return folder_ && folder_->busy(); } // another had it all the time
+    bool busy() const { return folder_ && folder_->busy(); } // as in a FolderLock
 
   private:
     std::optional<FolderLock> folder_;

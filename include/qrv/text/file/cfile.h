@@ -1,20 +1,21 @@
 #pragma once
 // Object trees in files: loading and saving whole files, a file as a string, and functions for
-// white space. Errors in text are reported as in every scan (qrv/text/read/cattrscan.h). Errors
-// about a file are printed as a line on the standard error stream; file2obj and file2map report
-// them with code 1 on the scanner's signal. File names are bytes, as the system uses them. A null
-// name counts as empty, unless stated otherwise.
+// white space. Errors in text are reported by the scanner (qrv/text/read/cattrscan.h). Errors about
+// a file are printed as a line on the standard error stream; file2obj and file2map report them with
+// code 1 on the scanner's signal. File names are bytes, as the system uses them. A null name counts
+// as empty, unless stated otherwise.
 
 #include "qrv/ccomp.h"
 #include "qrv/qrvdefs.h"
 
 #include <string>
 
-// Writes one object; with `signature` after two comment lines and an empty line. There is no line
-// end after it. The text is composed in memory and replaces the file in one step, so that at every
-// moment the file is complete, old or new; mode and symbolic links are preserved. False if the
-// object cannot be written, if storing fails, or, after the line "Cannot open file for write: " and
-// the name, if the file cannot be opened. The old file is then unchanged, also after an exception.
+// Writes one object without a line end; with `signature`, two comment lines and an empty line
+// before it. The text is composed in memory and replaces the file in one step, so that the file
+// always has either the whole old or the whole new content. Mode and symbolic links are preserved.
+// False if the object cannot be written, if storing fails, or, after the line "Cannot open file for
+// write: " and the name, if the file cannot be opened. The old file is then unchanged, also after
+// an exception.
 // RUNS USER CODE
 QRV_API bool write2file(cObj const &obj, char const *name, bool signature);
 
@@ -23,15 +24,16 @@ QRV_API bool write2file(cObj const &obj, char const *name, bool signature);
 // read: "Cannot open file: ". RUNS USER CODE
 QRV_API bool file2obj(char const *name, objref &ref);
 
-// The same, then assigns the value to the map, even after errors; nothing if the file cannot be
-// read. Ignores the result of the assignment, which is a part of the reading: it loads no modules.
+// The same, but assigns the value to the map, even after errors; has no effect if the file cannot
+// be read. Ignores the result of the assignment. The assignment is a part of the reading, so it
+// loads no modules.
 // RUNS USER CODE
 QRV_API bool file2map(char const *name, cMapObj &map);
 
 namespace cat {
 // The bytes of a file. Empty, after a line on the standard error stream, if the file cannot be
-// opened or the name is null. After a read error, which is reported in the same way, the bytes up
-// to there.
+// opened or the name is null. A read error is reported in the same way; then the result is the
+// bytes before it.
 QRV_API std::string file2string(char const *name);
 
 // White space is blank, tab, newline, vertical tab, form feed and carriage return, in all locales.

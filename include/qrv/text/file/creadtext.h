@@ -26,16 +26,16 @@ struct QRV_API ReadOptions {
 };
 
 // Reads one value, or a list of entries without brackets as a map. Skips a byte order mark;
-// positions count from after it. True if there are no errors. These are also errors: text after the
+// positions do not count it. True if there are no errors. These are also errors: text after the
 // value, 0x40000002 "Text after the value: ", and no value at all, 0x40000001 "Text without a
 // value".
 //
-// Adds the errors to the report, whether or not it is the innermost, and asks its watch. `result`
-// becomes what could be read, or null. RUNS USER CODE of types
+// Adds the errors to `report`, whether or not it is the innermost one, and passes each to its
+// watch. `result` becomes the value as far as it could be read, or null. RUNS USER CODE of types
 QRV_API bool read_text(std::string_view text, objref &result, ReadReport &report,
                        ReadOptions const &options = {});
-// The same for a file, and for everything that a pipe or a device delivers. A file that cannot be
-// read, and a folder, is one error without a line: 1 "Cannot open file: " and the path.
+// The same for a file, or for everything that a pipe or a device delivers. A folder, or a file that
+// cannot be read, causes one error, which has no line: 1 "Cannot open file: " and the path.
 QRV_API bool read_file(std::string const &path, objref &result, ReadReport &report,
                        ReadOptions const &options = {});
 

@@ -1,11 +1,11 @@
 #pragma once
-// Reading object text. cAttrScan reads one value from a stream and reports errors; the `read`
-// method of a type, called through cObj::read, decides how the inside of an object is read.
+// Reading object text. cAttrScan reads one value from a stream and reports errors. The `read`
+// method of a type, called through cObj::read, reads the inside of an object.
 //
 // A scan doesn't stop at an error: it reports each bad value, replaces it by cat::bad() or skips
-// it, and continues at the next delimiter. The error count shows whether it succeeded. Reports are
-// sent by the scanner's signal to cat::errhandler(), which prints or throws them; while a
-// cat::ReadReport exists it receives them instead.
+// it, and continues at the next delimiter. The error count shows whether it succeeded. The
+// scanner's signal sends reports to cat::errhandler(), which prints or throws them. While a
+// cat::ReadReport exists, it receives them instead.
 //
 // The lexer, and with it the counters and the error count, belongs to the stream: all scanners on
 // one stream share them. Streams must outlive their scanners. Reading runs user code (`newobj`,
@@ -19,8 +19,8 @@
 #include <memory>
 
 namespace cat {
-// The brackets around the text of a value: constructed from the opening one; 0 and 0 for other
-// characters.
+// The opening bracket `c` and the closing one that matches it. Both are 0 if `c` is not an opening
+// bracket.
 struct QRV_API Brackets {
     constexpr explicit Brackets(int c) noexcept : open(0), close(0) {
         switch (c) {
@@ -73,9 +73,9 @@ class QRV_API cAttrScan : public cAttrScanner {
     cAttrScan &operator=(cAttrScan const &) = delete;
     ~cAttrScan(); // throws nothing
 
-    // The next token except comments, which are collected while return_com is on. From the first
-    // token with code 0 or below (for example a byte from 128 outside strings and comments) it
-    // returns 0.
+    // The next token except comments, which are collected while return_com is on. After the first
+    // token with a code of 0 or below, such as a byte from 128 outside strings and comments, each
+    // call returns 0.
     int gettok(cAttrLiteral &token);
     int gettok();
 
@@ -86,7 +86,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     int scan_obj(objref &result, int *delim);
 
     // Reads up to the closing bracket; returns it, or 0 at the end of input. Appends the text in
-    // between without comments; null skips it.
+    // between without comments; with null, skips it.
     int read_subentry(cat::Brackets const &brackets, std::string &text);
     int read_subentry(cat::Brackets const &brackets, std::string *text);
     // Skips up to `;`, `,`, the end of input or a single character of `set`; returns that.
@@ -95,14 +95,14 @@ class QRV_API cAttrScan : public cAttrScanner {
     // after the next opening bracket.
     void read_to_endcontainer(int open);
 
-    // These begin an error: the initial text is the position, for errp also the path. The caller
-    // appends the rest and calls fire(). An asr above 0 sets the code and counts; otherwise
-    // `handled` is set.
+    // These begin an error whose text starts with the position, and for errp also the path. The
+    // caller appends the rest and calls fire(). An asr above 0 sets the code and increases the
+    // error count; otherwise the error has `handled` set.
     cErrStream &errs();
     cErrStream &errs(ASR asr);
     cErrStream &errp(ASR asr);
-    // Sends the composed error: a copy by sig(), or to the existing report. Throws what the
-    // handlers throw.
+    // Sends the composed error to the current report, or else a copy of it by sig(). Throws what
+    // the handlers throw.
     void fire();
     // The same for an error composed elsewhere; not counted.
     void fire(cErr const &error);
@@ -130,16 +130,16 @@ class QRV_API cAttrScan : public cAttrScanner {
 
     // The comment text collected since the last value of this process.
     static std::string &com_collected();
-    // Attaches collected comments to the value noted last and notes this one; null notes no value.
-    // No effect while return_com is off.
+    // Attaches the collected comments to the value of the last call, and records this value for the
+    // next call; null records none. No effect while return_com is off.
     void note_object(objref const &value);
 
   private:
     friend class cHashReader;
     friend class cValueReader;
 
-    // Exists while the scan that read a container's bracket also reads its inside: saves and resets
-    // its end-of-input flag and oneline setting.
+    // Exists while a scan reads the inside of a container whose opening bracket it has read. Saves
+    // the scan's end-of-input flag and oneline setting, and resets them.
     class cInner {
       public:
         explicit cInner(cAttrScan &scan) noexcept
@@ -176,7 +176,7 @@ class QRV_API cAttrScan : public cAttrScanner {
     void forget_about() noexcept;
     void fire_from(cErr const &error, size_t prefix);
 
-    cObj const *made_ = nullptr;    // the last value, if brackets alone created it
+    cObj const *made_ = nullptr;    // the last value, if it is a container without a type name
     unsigned connected_round_ = 0;  // the handler is connected for this round of late entries
     bool separator_passed_ = false; // before the next value
     bool eof_seen_ = false;
@@ -196,13 +196,13 @@ inline int cAttrScan::next() {
 }
 
 namespace cat {
-// Reads a container, or a list of entries without brackets up to the end of input, which becomes a
+// Reads a container, or up to the end of input a list of entries without brackets, which becomes a
 // map. 0: success; 1: errors, and `result` is set only with keep; else the result of scan_obj.
 QRV_API int scan_container(std::istream &is, objref &result, bool keep);
 
-// Methods `read` for types. args has the stream. scan_attrset reads one value, which is assigned or
-// converted to obj; scan_attrcopy reads entries, which are copied onto a new object that is then
-// assigned to obj.
+// Methods `read` for types; `args` holds the stream. scan_attrset reads one value and assigns or
+// converts it to obj. scan_attrcopy copies the entries that it reads to a new object and assigns
+// that to obj.
 QRV_API bool scan_attrset(cObj &obj, objref &args);
 QRV_API bool scan_attrcopy(cObj &obj, objref &args);
 // For types without text: reads nothing; true.

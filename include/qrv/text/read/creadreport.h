@@ -1,8 +1,8 @@
 #pragma once
-// cat::ReadReport collects errors that occur while text is read: for programs that show them to
-// people. The innermost existing report receives every error of a scan, once, and none is printed
-// or thrown: those of the scanners, those raised on cat::sig_error() meanwhile, and the lines that
-// would be printed. Results and error counts do not change. Errors outside of readings are raised
+// cat::ReadReport collects the errors of a reading, for programs that show them to people. The
+// innermost existing report receives every error of a scan, once: those of the scanners, those
+// raised on cat::sig_error() meanwhile, and the lines that would be printed. None of them is
+// printed or thrown. Results and error counts do not change. Errors outside of readings are raised
 // as usual; cat::CaughtErrors receives those, too.
 
 #include "qrv/ccomp.h"
@@ -24,7 +24,7 @@ struct QRV_API ReadError {
     std::string file;      // empty if the text has no file name
     unsigned line = 0;     // from 1
     unsigned column = 0;   // from 1, in bytes
-    unsigned end_line = 0; // for an unclosed bracket: where its container ended, else 0
+    unsigned end_line = 0; // for an unclosed bracket: the end of its container; else 0
     unsigned end_column = 0;
     std::string path;  // of the value, such as "/a/0"; cut in the middle above 1,000 characters
     unsigned code = 0; // 0 for messages that are only printed
@@ -36,9 +36,8 @@ struct QRV_API ReadError {
     // entry directly after a delimiter or an opening bracket, or after the closing bracket of the
     // container in which the run began; errors about that container as a whole belong to the run.
     // "Cannot insert key" belongs to the run of the last error of its value. Each reading has
-    // separate runs. Here: the index in entries() of the run's first error in the report; `none`
-    // for that first one. So if the watch or the limit has dropped the first error, the next stored
-    // one is the first.
+    // separate runs. `follows` is the index in entries() of the first error of the run that the
+    // report has stored, and `none` in that error itself.
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
     std::size_t follows = none;
 };
@@ -52,21 +51,23 @@ class QRV_API ReadWatch {
     ReadWatch &operator=(ReadWatch const &) = delete;
     virtual ~ReadWatch();
 
-    // An attribute set was read, but violates a rule of its type; the error about it follows. The
-    // object is not the one to which the values would have been assigned.
+    // Called before the error about an attribute set that was read but violates a rule of its type.
+    // `object` has the values as they were read; it is not the object to which they would have been
+    // assigned.
     virtual void invalid(cObj &object);
-    // True: the error is stored, with its changes. False: it is neither stored nor counted.
+    // May change the error. True: the report stores it. False: the report neither stores nor counts
+    // it.
     virtual bool error(ReadError &error);
-    // A token of a typed value whose text is extracted from the input, such as attlist(...) and
-    // intf(...), but not a container: the type's name, the brackets, and all tokens between them
-    // except comments, with their positions in the outer text. Typed values inside it are not shown
-    // again.
+    // Called for each token of a typed value whose text is extracted from the input, such as
+    // attlist(...) or intf(...); the text of containers is not. The tokens are the type's name, the
+    // brackets, and all tokens between them except comments, with their positions in the outer
+    // text. The tokens of a typed value inside it are passed only once.
     virtual void typed_token(cToken const &token);
 };
 
 class QRV_API ReadReport : private ErrorTaker {
   public:
-    // Stores that many entries and counts the rest.
+    // Stores at most `limit` entries and counts the rest.
     explicit ReadReport(std::size_t limit = 1000);
     ReadReport(ReadReport const &) = delete;
     ReadReport &operator=(ReadReport const &) = delete;
@@ -78,14 +79,15 @@ class QRV_API ReadReport : private ErrorTaker {
     std::size_t dropped() const noexcept { return dropped_; }  // beyond the limit
     std::size_t count() const noexcept { return entries_.size() + dropped_; }
     bool empty() const noexcept { return count() == 0; }
-    void clear(); // the next entry of a continued run is then its first one
+    void clear(); // the next entry of a run that continues counts as its first one
 
-    // add() asks the watch, then stores the error or counts it; keep() does not ask. An index in
-    // `follows` that isn't an earlier entry's becomes `none`.
+    // add() asks the watch, then stores the error or counts it; keep() does not ask. If `follows`
+    // is not the index of an earlier entry, it becomes `none`.
     void add(ReadError error);
     void keep(ReadError error);
 
-    // Borrowed, must exist while it is set; null, the default, means no watch.
+    // The watch, which is borrowed and must exist while it is set. Null, the default: there is no
+    // watch.
     ReadWatch *watch() const noexcept { return watch_; }
     void watch(ReadWatch *watch) noexcept { watch_ = watch; }
 
@@ -104,7 +106,7 @@ class QRV_API ReadReport : private ErrorTaker {
     std::size_t dropped_ = 0;
     ReadReport *before_;
     ReadWatch *watch_ = nullptr;
-    std::uint64_t run_ = 0;     // of the last entry of a reading; 0: no run
+    std::uint64_t run_ = 0;     // of the last error of a reading that was stored; 0: none
     std::size_t run_first_ = 0; // the index of its first entry
 };
 } // namespace cat

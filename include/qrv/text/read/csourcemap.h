@@ -1,17 +1,18 @@
 #pragma once
 // cat::SourceMap records the positions of entries in text, for programs that change text in place
-// instead of writing all of it again. The innermost existing map records the first outermost
-// reading that begins. Later readings, for example of values that a program receives, leave it
-// unchanged. Results, errors and the moments at which user code runs do not change.
+// instead of writing all of it again. If several maps exist, the innermost one records. It records
+// only the first outermost reading that begins while it exists; later readings, for example of
+// values that a program receives, leave it unchanged. A map changes neither the results and errors
+// of a reading nor the order in which user code runs.
 //
-// Find an entry by the anid() of its node, or by its value: in a vector, removing and inserting
-// moves values between nodes. Most nodes have one entry in the text; a node with a repeated key has
-// several. The map holds the memory of the nodes (cAttrNode::hold), so that neither the memory nor
-// the anid is reused, but not their values. An entry loses its anid when its node is removed; an
-// entry that was rejected with an error never has one. Their byte spans are known nevertheless.
+// Find an entry by the anid() of its node. In a vector, find it by its value, since removing and
+// inserting move values between nodes. Most nodes have one entry in the text; a node with a
+// repeated key has several. The map holds the nodes (cAttrNode::hold), so that neither their memory
+// nor their anid is reused; it does not hold their values. An entry loses its anid when its node is
+// removed; an entry that was rejected with an error never has one. Both keep their byte spans.
 //
-// The map also records the values of the library's own types between the brackets of typed values.
-// Text that a program's type reads itself is only a part of its value.
+// Between the brackets of a typed value, the map records entries if the library reads them. If a
+// program's type reads that text itself, the map records only the typed value as a whole.
 
 #include "qrv/ccomp.h"
 #include "qrv/qrvdefs.h"
@@ -26,8 +27,8 @@ namespace cat {
 class cSourceRecorder;
 
 // Bytes of the text, including those of line ends. The offset of the first byte is the position of
-// the stream when its first scanner is created: a byte order mark that the program has read from
-// the stream before counts, one that it has removed from the text does not.
+// the stream when its first scanner is created: so a byte order mark that the program has read from
+// the stream counts, and one that it has removed from the text does not.
 struct Span {
     std::uint32_t begin = 0;
     std::uint32_t end = 0; // after the last byte
@@ -36,7 +37,8 @@ struct Span {
     friend bool operator==(Span, Span) = default;
 };
 
-// One entry, or another value, as it is written once. Spans of missing parts are empty.
+// One occurrence of an entry in the text, or of a value that is not in an entry. Spans of missing
+// parts are empty.
 struct SourceEntry {
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
@@ -83,8 +85,8 @@ class QRV_API SourceMap {
     SourceMap &operator=(SourceMap const &) = delete;
     ~SourceMap(); // as stop()
 
-    // Ends the recording: the next outer map records again. The recorded data stays, and the map
-    // may exist as long as it is needed, while other maps begin and end.
+    // Ends the recording: the next outer map records again. The recorded data stays. A stopped map
+    // may exist as long as necessary, and outlive other maps.
     void stop() noexcept;
 
     // False if the text has 4 GiB or more; nothing is recorded then.
@@ -104,8 +106,9 @@ class QRV_API SourceMap {
     // outermost value. A path through a reference leads to the entry inside the referenced value; a
     // path to a reference leads to the reference. Empty for a wrong path.
     std::vector<SourceEntry> spans(cObj const &root, std::string const &path) const;
-    // All entries of the nodes that had this value at the end of the reading, without references:
-    // for a container all that contribute entries. Empty for constants and for new values.   O(n)
+    // All entries whose nodes had this value at the end of the reading, except references; for a
+    // container, each entry that added to its content. Empty for constants and for values that were
+    // not read.   O(n)
     std::vector<SourceEntry> written(cObj const &value) const;
     // The entries directly inside an entry, in file order. A complete value between the brackets of
     // a typed one, such as choice({...}), is an entry without key and anid.   O(entries * log n)
@@ -124,7 +127,7 @@ class QRV_API SourceMap {
     std::vector<SourceComment> const &comments() const;
     std::vector<SourceComment> comments(std::size_t number) const;
 
-    // The end of the outermost value.
+    // The offset after the outermost value.
     std::uint32_t end() const noexcept;
 
   private:

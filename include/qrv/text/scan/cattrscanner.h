@@ -129,7 +129,7 @@ template <class T> class cSetTmp {
 
 struct cEnclosedText; // see text/scan/cenclosed_text.h
 
-// One input with the characters that were read from it and not used yet.
+// An input, and the characters that were read from it and not used yet.
 struct yy_buffer_state;
 
 // The interface of a matching engine.
@@ -235,7 +235,7 @@ class QRV_API cAttrLexer : public attrFlexLexer {
 
     // The existing lexer on this stream, or null.
     static cAttrLexer *find(std::istream const &in);
-    static unsigned living();
+    static unsigned living(); // the number of existing lexers
 
   private:
     friend class cAttrScanner;
@@ -268,8 +268,8 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     void dump() const;
 
     cToken token_; // the current one
-    // The running counters: the line, and for the others the difference between the offset and the
-    // counter.
+    // The running counters. The first is the line; of each other counter, the difference from the
+    // offset is stored.
     unsigned line_ = 1;
     unsigned line_start_ = 0;       // of the column
     unsigned uncounted_ = 0;        // of the position
@@ -282,7 +282,7 @@ class QRV_API cAttrLexer : public attrFlexLexer {
     bool literal_known_ = false; // the caller may hold a reference to literal_
     bool dump_ = false;
     bool literal_filled_ = false;
-    bool plain_ = false;               // created by a scanner, and so not of a derived class
+    bool plain_ = false;               // created by a scanner, so not an object of a derived class
     bool again_ = false;               // the current token is returned again
     cAttrLiteral literal_;             // the current token as a string, once requested
     std::vector<cAttrLiteral> pushed_; // a stack, below the token that is returned again
@@ -325,13 +325,14 @@ class QRV_API cAttrScanner {
     // each token is copied.
     cToken const &current() const { return lexer_->token_; }
 
-    // Going back: drops pushed back tokens and look-ahead, clears the stream's state and seeks. A
-    // stream that can't seek keeps its position, in a good state. Since the position counter omits
-    // newlines, the result is correct only if no newline was read since the start of the stream.
+    // Go back to the start of the current token, of `token`, or to this position: drop pushed back
+    // tokens and look-ahead, clear the stream's state and seek. A stream that can't seek keeps its
+    // position, in a good state. Since the position counter omits newlines, the result is correct
+    // only if no newline was read since the start of the stream.
     void resettoken() const;
     void resettoken(cAttrLiteral const &token) const;
     void reset(unsigned position, unsigned line, unsigned column) const;
-    void flush() const; // back to the running counters
+    void flush() const; // the same, to the running counters
 
     // Whether white space and comments are returned as tokens. `keep` restores the former value in
     // its destructor; it must be destroyed before this scanner.
@@ -340,8 +341,8 @@ class QRV_API cAttrScanner {
     void return_ws(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_com(bool on, cSetTmp<bool> *keep = nullptr) const;
     void return_all(bool on) const;
-    // From now on comments are returned as tokens even while return_com is off. So the callers must
-    // skip them.
+    // After this call, comments are returned as tokens even while return_com is off, so the callers
+    // must skip them.
     void watch_comments() const;
     // If `on`, writes every token that is read as a line to the standard error stream. Returns the
     // old value.
@@ -365,8 +366,8 @@ class QRV_API cAttrScanner {
     cSignal1<cErr &> &sig_error() const;
     std::istream &is() const;
 
-    // For an input that is a part of another text: the origin of its bytes, by ascending offset.
-    // Tokens read from then on have it as their outer position.
+    // For an input that is a part of another text: sets the origin of its bytes, by ascending
+    // offset. It determines the outer position of each token that is read afterwards.
     void outer_places(std::vector<cAttrPlace> places) const;
     // True if only this scanner uses the only existing lexer: no other reading is in progress.
     bool alone() const;
@@ -380,7 +381,7 @@ class QRV_API cAttrScanner {
     int read_enclosed(int open, int close, cEnclosedText &to) const;
 
   private:
-    // Where the next token is searched, if the input is text in memory; else null.
+    // The next character of an input that is text in memory; null for other inputs.
     char const *memory_place() const;
     cAttrLexer *lexer_;
 };

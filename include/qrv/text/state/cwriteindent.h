@@ -5,9 +5,9 @@
 
 namespace cat {
 
-// Columns for each nested level, and for the outermost level.
-extern QRV_API int write_indent;  // 4
-extern QRV_API int write_indent0; // 2
+// The columns of each nested level, and of the outermost one; initially 4 and 2.
+extern QRV_API int write_indent;
+extern QRV_API int write_indent0;
 
 // Adds columns to the current level during its lifetime.
 class QRV_API DoWriteIndent {

@@ -9,9 +9,9 @@
 //       again= #cRef(/limits); an object that was written before, by its path
 //     }
 //
-// Reading does not restore: the strings `true` and `false` (they are read as bools), line feeds in
-// strings, digits of float and double beyond the sixth, infinities, and values without text.
-// cat::ExactText (qrv/text/write/cexacttext.h) preserves as much as possible.
+// The written text does not preserve the strings `true` and `false` (they are read as bools), line
+// feeds in strings, digits of float and double beyond the sixth, infinities, and values without
+// text. cat::ExactText (qrv/text/write/cexacttext.h) preserves as much as possible.
 //
 // Numbers written to a caller's stream use that stream's flags and locale; the library's own
 // streams have the classic ones. A value that is nested deeper than the stack allows is omitted and
@@ -43,7 +43,8 @@ QRV_API bool is_ident(std::string const &text);
 // True if the string can be written bare, that is, if it is a name. Otherwise inserts a backslash
 // before each quote and backslash, for writing between double quotes.   O(size)
 QRV_API bool escape(std::string &text);
-// Removes each backslash that isn't itself escaped by one; returns their number.   O(size)
+// Removes each backslash that is not itself escaped by a backslash; returns the number of removed
+// ones.   O(size)
 QRV_API int unescape(std::string &text);
 
 // Standard methods `write`; the stream is passed in a cOutHolder. False if args has no stream.
@@ -52,8 +53,8 @@ QRV_API bool write_float(cObj &obj, objref &args);  // with showpoint, and "f"
 QRV_API bool write_double(cObj &obj, objref &args); // with showpoint
 QRV_API bool write_bool(cObj &obj, objref &args);   // "#true" and "#false" for the two constants
 QRV_API bool write_string(cObj &obj, objref &args); // bare or quoted
-// For types without text: writes a comment with id and count. Objects of such a type are not
-// written inside containers.
+// For types without text: writes a comment with the object's id and reference count. Objects of
+// such a type are not written inside containers.
 QRV_API bool write_voiddata(cObj &obj, objref &args);
 
 } // namespace cat
