@@ -134,7 +134,7 @@ TEST_F(VectorObj, a_new_vector_has_its_type_and_a_copy_has_everything) {
     EXPECT_EQ(shape(target), "[1, 2]");
 }
 
-TEST_F(VectorObj, the_type_holds_the_listed_members) {
+TEST_F(VectorObj, the_type_has_these_members) {
     std::string keys;
     cAttrHash const &members = cat::type_vector().tmmap();
     for (cAttrNode const *node = members.first(); node; node = members.next(node))
