@@ -140,7 +140,7 @@ TEST_F(ReaderReference, a_refused_assignment_in_place_leaves_the_first_value_rea
     EXPECT_EQ(r.at("b"), cat::btrue());
     cat::errhandler().throw_mask(0x40000000);
     Reading replaced("{ a = #true; a = #false; b = #cRef(a) }");
-    EXPECT_EQ(replaced.at("a"), cat::bfalse()) << "a refusal by an exception replaces the value";
+    EXPECT_EQ(replaced.at("a"), cat::bfalse()) << "an assignment that throws replaces the value";
     EXPECT_EQ(replaced.at("b"), cat::bfalse());
 }
 
