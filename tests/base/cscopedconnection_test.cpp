@@ -104,7 +104,7 @@ TEST(ScopedConnection, is_blocked_by_a_token) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(ScopedConnection, of_nothing_is_not_connected) {
+TEST(ScopedConnection, a_default_object_is_not_connected) {
     cScopedConnection none;
     EXPECT_FALSE(none.isconnected());
     none.disconnect();

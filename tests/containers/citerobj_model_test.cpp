@@ -57,7 +57,7 @@ TEST_F(CursorModel, a_cursor_at_a_deleted_node_is_assigned_to_itself) {
     EXPECT_TRUE(*at.it == at.map->end());
 }
 
-TEST_F(CursorModel, a_cursor_at_a_living_node_is_assigned_to_itself) {
+TEST_F(CursorModel, a_cursor_at_an_existing_node_is_assigned_to_itself) {
     cAtB at;
     *at.it = self(*at.it);
     EXPECT_EQ(at.it->key_as_string(), "b");

@@ -110,7 +110,7 @@ TEST_F(VectorEdge, erase_after_the_unclamped_end_changes_nothing) {
     EXPECT_EQ(shape(v), "[0, 1, 2, 3]");
 }
 
-TEST_F(VectorEdge, setslice_from_a_later_start_erases_as_many_places_as_its_end_says) {
+TEST_F(VectorEdge, setslice_from_a_later_start_erases_as_many_values_as_its_end_is) {
     vectorref const v = ints(10);
     EXPECT_TRUE(v->setslice(*ints(3, 20), 2, 2));
     EXPECT_EQ(shape(v), "[0, 1, 20, 21, 22, 6, 7, 8, 9]");
@@ -289,7 +289,7 @@ TEST_F(VectorObj, getslice_by_name_reads_its_arguments_as_ints) {
     EXPECT_EQ(shape(v->call("getslice", cat::of(2.9), of(5))), "[2, 3]");
 }
 
-TEST_F(VectorObj, setslice_replaces_the_places_of_a_slice_from_the_start) {
+TEST_F(VectorObj, setslice_replaces_the_values_of_a_slice_from_the_start) {
     vectorref const v = ints(5);
     EXPECT_TRUE(v->setslice(*vector({"a"}), 0, 2));
     EXPECT_EQ(shape(v), "[a, 2, 3, 4]");

@@ -279,7 +279,7 @@ TEST_F(Registry, without_factories_an_unknown_name_is_niltype) {
     core.make_type = make_type;
 }
 
-TEST_F(Registry, without_signals_a_change_is_silent) {
+TEST_F(Registry, without_signals_a_change_calls_no_slot) {
     objref const obj = cat::of(1);
     int calls = 0;
     cFunctionSlot const slot([&calls] { ++calls; }, obj->force_changed_signal());

@@ -279,7 +279,7 @@ TEST_F(Edit, a_value_at_a_reference_changes_where_it_is_written) {
     EXPECT_EQ(set("{ a = {x=1}; b = #cRef(/a); }", "b &= 2"), "{ a = {x=1}; b = 2; }");
 }
 
-TEST_F(Edit, the_lines_of_a_string_are_not_indented_anew) {
+TEST_F(Edit, the_lines_of_a_string_keep_their_indents) {
     EXPECT_EQ(
         remove(
             "{\n  a = {\n    x = 'it\\'s\\\n    b';\n  };\n  c = {\n    d = #cRef(/a);\n  };\n}\n",
@@ -303,7 +303,7 @@ TEST_F(Edit, a_renamed_key_keeps_the_column) {
     EXPECT_EQ(renamed("{\n  aa=1;\n  bb=2;\n}", "aa", "c"), "{\n  c=1;\n  bb=2;\n}");
 }
 
-TEST_F(Edit, moved_lines_are_indented_anew) {
+TEST_F(Edit, moved_lines_get_the_indent_of_their_new_level) {
     EXPECT_EQ(remove("{\n  a = {\n    // first\n    x = 'a\\\n    b';\n  };\n  c = {\n    d = "
                      "#cRef(/a);\n  };\n}\n",
                      "a"),

@@ -145,7 +145,7 @@ TEST(WatchdogMessages, datagrams_of_a_wrong_length_are_ignored_and_reported_once
                     "ignored: 3\n"}));
 }
 
-TEST(WatchdogMessages, without_verbose_they_are_not_reported) {
+TEST(WatchdogMessages, without_verbose_messages_are_not_reported) {
     EXPECT_EQ(run({}, child({"init", "take", "raw", "11", "post", "9", "0", "0"})),
               (cRun{0, "linked\n", ""}));
 }

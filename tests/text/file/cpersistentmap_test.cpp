@@ -451,7 +451,7 @@ TEST_F(PersistentMap, is_saved_while_an_exception_propagates) {
     }
 }
 
-TEST_F(PersistentMap, errors_go_to_a_living_report) {
+TEST_F(PersistentMap, errors_go_to_an_existing_report) {
     put("{a=nosuch(1)}");
     cat::ReadReport const report;
     pass();

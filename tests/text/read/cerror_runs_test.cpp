@@ -135,13 +135,13 @@ TEST_F(ErrorRuns, in_lists_and_sets_end_at_the_next_item) {
     EXPECT_EQ(runs("[;;; 5 6; 7 8]"), "-0--");
 }
 
-TEST_F(ErrorRuns, of_errors_after_a_value_belong_to_its_entry) {
+TEST_F(ErrorRuns, errors_after_a_value_belong_to_the_run_of_its_entry) {
     EXPECT_EQ(runs("{int= attlist(); b= nosuch(1)}"), "--1");
     EXPECT_EQ(runs("{m = {v = 1}; m = {v = [1 2]}; b = nosuch(3) }"), "---2");
     EXPECT_EQ(runs("{m = {v = 1}; m = {v = nosuch(1)} m = nosuch(2)}"), "-0-2");
 }
 
-TEST_F(ErrorRuns, of_endless_merges_are_one_for_each_entry) {
+TEST_F(ErrorRuns, endless_merges_cause_one_run_for_each_entry) {
     std::string text = "{ m = { v = [1; 2] };\n";
     for (int i = 0; i < 20; ++i) text += "m = { v = #cRef(/m/v) };\n";
     std::string const found = runs(text + "}");
@@ -159,7 +159,7 @@ TEST_F(ErrorRuns, do_not_extend_from_one_reading_to_the_next) {
     EXPECT_EQ(runs_of(report), "---222");
 }
 
-TEST_F(ErrorRuns, of_a_bare_list_are_separate_for_each_entry) {
+TEST_F(ErrorRuns, each_entry_of_a_bare_list_has_separate_runs) {
     auto const bare = [](std::string const &text) {
         cat::ReadReport const report;
         std::istringstream is(text);
@@ -178,7 +178,7 @@ TEST_F(ErrorRuns, include_the_exception_that_ends_a_value) {
     EXPECT_EQ(runs("{a = Throws(1); b = [5 Throws(2)]; c = nosuch(1)}"), "-0-2222-7");
 }
 
-TEST_F(ErrorRuns, of_text_read_meanwhile_end_with_that_text) {
+TEST_F(ErrorRuns, runs_in_text_that_is_read_inside_end_with_that_text) {
     add_type("Reads", read_other);
     reading = [] { read_all("[1; nosuch(1)]"); };
     EXPECT_EQ(runs("{a = Reads(x); b = nosuch(1)}"), "-00-3");
@@ -238,7 +238,7 @@ TEST_F(ErrorRuns, begin_with_the_first_error_that_a_watch_keeps) {
     report.watch(nullptr);
 }
 
-TEST_F(ErrorRuns, begin_again_when_the_report_is_cleared_meanwhile) {
+TEST_F(ErrorRuns, runs_begin_again_when_the_report_is_cleared) {
     cDropping watch;
     watch.clears = 2;
     cat::ReadReport report;

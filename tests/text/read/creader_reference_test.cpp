@@ -80,7 +80,7 @@ TEST_F(ReaderReference, needs_its_closing_bracket) {
     EXPECT_EQ(r.text_at("c"), "3");
 }
 
-TEST_F(ReaderReference, at_the_end_of_input_is_resolved_as_far_as_it_was_read) {
+TEST_F(ReaderReference, a_reference_at_the_end_of_input_is_resolved_as_far_as_it_was_read) {
     Reading r("{ a = 5; b = #cRef(/a");
     EXPECT_EQ(r.text_at("b"), "5");
     EXPECT_EQ(r.log, "0x40000001 Line 1: Map is not closed by '}'\n");

@@ -279,7 +279,7 @@ TEST_F(ReadReports, end_with_their_scope) {
     EXPECT_FALSE(cat::errhandler().isblocked());
 }
 
-TEST_F(ReadReports, of_hostile_text_stay_small) {
+TEST_F(ReadReports, reports_of_hostile_text_stay_small) {
     cat::ReadReport report;
     {
         std::string text;

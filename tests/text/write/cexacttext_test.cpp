@@ -248,7 +248,7 @@ TEST_F(Exact, a_one_line_container_with_a_line_end_inside_is_written_on_many_lin
     EXPECT_EQ(exact(map), "{\n  \"a\\\nb\"= 1;\n}");
 }
 
-TEST_F(Exact, so_are_all_one_line_containers_around_it_but_none_beside_it) {
+TEST_F(Exact, one_line_containers_around_a_line_feed_are_written_on_many_lines) {
     objref const deep = vector_with(cat::of("\n")), flat = vector_with(cat::of(1));
     EXPECT_EQ(exact(vector_with(vector_with(flat, deep), flat)), "[\n"
                                                                  "  [\n"
