@@ -1,6 +1,6 @@
 // Cursors compared with a model: entries are added and removed while cursors are stepped, copied
-// and assigned, also to themselves and by assigning the maps that hold them. And the methods of
-// cursors on objects that only claim to be one.
+// and assigned, also to themselves and by assigning the maps that hold them. The methods of cursors
+// are also called on objects that have the type of a cursor but are not cursors.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"

@@ -107,9 +107,9 @@ TEST_F(Changed, set_omember_fires_after_storing_the_member) {
     EXPECT_EQ(take_calls(), "a;8;");
     EXPECT_TRUE(obj->set_omember("k", objref()));
     EXPECT_EQ(take_calls(), "a;" + cat::as_text(cat::badfind()) + ";");
-    EXPECT_TRUE(obj->set_omember("k", cat::badfind())); // it isn't there, and fires all the same
+    EXPECT_TRUE(obj->set_omember("k", cat::badfind())); // fires although the member does not exist
     EXPECT_EQ(take_calls(), "a;" + cat::as_text(cat::badfind()) + ";");
-    EXPECT_FALSE(obj->set_omember("k", cat::bad())); // stored nothing, and fires all the same
+    EXPECT_FALSE(obj->set_omember("k", cat::bad())); // fires although nothing is stored
     EXPECT_EQ(take_calls(), "a;" + cat::as_text(cat::badfind()) + ";");
     EXPECT_TRUE(obj->set_comment("text", true)); // a comment is a member
     EXPECT_EQ(take_calls(), "a;" + cat::as_text(cat::badfind()) + ";");

@@ -1,4 +1,4 @@
-// Choices: reading them as their keys, and setting them by these.
+// Choices: a choice is read as its key, and set by it.
 
 #include "qrv/core/ctypescope.h"
 #include "tests/value/value_support.h"

@@ -1,4 +1,4 @@
-// Types that a program declares: the same objects as text gives.
+// Types that a program declares: their objects are the same as those of types declared in text.
 
 #include "qrv/value/declare.h"
 

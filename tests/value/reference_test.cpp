@@ -1,4 +1,4 @@
-// Places: what operator[] of a variable gives.
+// References: the results of operator[] of a variable.
 
 #include "tests/value/value_support.h"
 

@@ -1,4 +1,4 @@
-// What keeps a value from being of a type, and values that are made of others.
+// The rules of a type that a value breaks, and objects that are created from other values.
 
 #include "qrv/containers/cattrset.h"
 #include "qrv/containers/cmapobj.h"

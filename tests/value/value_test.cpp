@@ -1,4 +1,4 @@
-// Making values, what they are, and reading them.
+// Values: how they are created, their kinds, and how they are read.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"

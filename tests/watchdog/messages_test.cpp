@@ -166,8 +166,8 @@ TEST(WatchdogMessages, messages_of_another_user_are_ignored_and_reported_once) {
                   "\n"}));
 }
 
-// The installed library and the default name of the event. Another watch dog, of another run of
-// these tests or of somebody at work, may own the event; then only messages are tested.
+// The shared library uses the default name of the event. If another watch dog on this machine owns
+// the event, only messages are tested.
 TEST(WatchdogMessages, the_shared_library_uses_the_default_event) {
     cDog dog({"--verbose", "--", shared_child({})[0], "init", "take", "step", "3"});
     cRun const result = dog.finish();

@@ -1,5 +1,5 @@
-// Text made to do harm: depth, length, junk. All of it is read to its end, with errors and without
-// a crash, and reader and writer are idle afterwards.
+// Hostile text: too deep, too long, or junk. It is read to its end, with errors and without a
+// crash, and reader and writer are idle afterwards.
 
 #include "qrv/containers/cmapobj.h"
 #include "tests/support/fixture.h"
