@@ -116,12 +116,12 @@ struct cModel {
     }
 };
 
-std::string told(cIterObj const &it, cIterObj const &end) {
+std::string shown(cIterObj const &it, cIterObj const &end) {
     if (it.valid()) return std::to_string(it.key_as_index());
     return it == end ? "end" : "deleted";
 }
 
-std::string told(int place) {
+std::string shown(int place) {
     if (place == cModel::end) return "end";
     return place == cModel::deleted ? "deleted" : std::to_string(place);
 }
@@ -177,7 +177,7 @@ TEST_F(CursorModel, random_steps_copies_and_assignments_while_entries_are_added_
             if (its[a].setkey(own_key(k))) model.at[a] = k;
         }
         for (std::size_t n = 0; n < cursors; ++n)
-            ASSERT_EQ(told(its[n], map->end()), told(model.at[n])) << "step " << i;
+            ASSERT_EQ(shown(its[n], map->end()), shown(model.at[n])) << "step " << i;
     }
 }
 

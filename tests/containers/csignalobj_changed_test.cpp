@@ -171,14 +171,14 @@ TEST_F(Changed, a_signal_with_an_argument_is_not_used) {
 }
 
 TEST_F(Changed, a_member_that_only_claims_the_type_is_not_used) {
-    objref const obj = cat::of(1), liar = cat::of("x");
-    obj->set_omember("changed", liar);
-    liar->set_type(&cat::type_signal());
+    objref const obj = cat::of(1), no_signal = cat::of("x");
+    obj->set_omember("changed", no_signal);
+    no_signal->set_type(&cat::type_signal());
     EXPECT_EQ(obj->changed_signal(), nullptr);
     obj->changed();
-    liar->set_type(nullptr);
+    no_signal->set_type(nullptr);
     EXPECT_EQ(obj->changed_signal(), nullptr);
-    liar->set_type(&cat::type_string());
+    no_signal->set_type(&cat::type_string());
     cRef<cSignalObj> const hidden = make<cSignalObj>(); // the class without the type
     obj->set_omember("changed", hidden);
     hidden->set_type(&cat::type_exe());
