@@ -72,7 +72,7 @@ TEST(ScopedConnection, may_end_inside_its_own_call) {
     std::string const captured(100, 'c');
     auto const act = [&seen, &log, captured](int i) {
         seen.reset();
-        log += captured + std::to_string(i); // what it captured is there still
+        log += captured + std::to_string(i); // the captured string still exists
     };
     seen.emplace(signal, act);
     signal(1);

@@ -48,7 +48,7 @@ TEST_F(CursorModel, a_cursor_at_a_deleted_node_is_assigned_to_itself) {
     at.map->datamap().delitem("b");
     *at.it = self(*at.it);
     EXPECT_FALSE(at.it->valid());
-    *at.it = self(*at.it); // twice
+    *at.it = self(*at.it); // a second time
     EXPECT_TRUE(at.it->assign(at.it));
     EXPECT_FALSE(at.it->valid());
     EXPECT_EQ(at.it->valref(), cat::bad());

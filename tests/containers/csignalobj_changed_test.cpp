@@ -276,7 +276,7 @@ TEST_F(Changed, force_on_a_member_that_refuses_replacement_returns_a_scratch_sig
     NamedSlot const a("a", scratch);
     obj->changed();
     EXPECT_EQ(take_calls(), "");
-    EXPECT_NE(&obj->force_changed_signal(), &scratch); // now nothing replaces it
+    EXPECT_NE(&obj->force_changed_signal(), &scratch); // a signal replaces the string
 }
 
 // --- exceptions: changes stay, and no emission is in progress

@@ -227,7 +227,7 @@ TEST_F(Executable, the_error_of_a_wrong_count_has_the_number_of_arguments) {
     }
     cat::errhandler() = cErrHandler(0, 0x04000000u, 0xFFFFFFFFu);
     EXPECT_TRUE(self->call("probe") == cat::nil());
-    EXPECT_TRUE(self->call("nosuch") == cat::bad()); // only a count is forgiven
+    EXPECT_TRUE(self->call("nosuch") == cat::bad()); // only a wrong count is forgiven
 }
 
 TEST_F(Executable, an_entry_that_is_not_executable_is_not_called) {

@@ -488,7 +488,7 @@ TEST_F(Edit, knows_whether_anything_has_changed) {
     qrv::edit::Edit const edit(text, map, root);
     EXPECT_FALSE(edit.changed());
     objref const b = root->getattrp("b"), c = b->getattrp("c");
-    c->assign(cat::of(std::string("y"))); // in place
+    c->assign(cat::of(std::string("y"))); // changes the object in place
     EXPECT_TRUE(edit.changed());
     c->assign(cat::of(std::string("x")));
     EXPECT_FALSE(edit.changed());

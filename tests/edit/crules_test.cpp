@@ -120,7 +120,7 @@ TEST_F(Rules, an_object_breaks_a_rule_exactly_if_it_is_not_valid) {
 
 TEST_F(Rules, a_fixed_key_accepts_the_default_itself_only) {
     objref const fixed = cat::find_type("Fixed").newobj();
-    EXPECT_FALSE(cTomAttrset::validate(*fixed)); // it has a copy
+    EXPECT_FALSE(cTomAttrset::validate(*fixed)); // the new object has a copy of the default
     EXPECT_EQ(broken(fixed, "Fixed"), " Fixed/f fixed 5, not 5\n");
     EXPECT_EQ(broken("{f= 6}", "Fixed"), " Fixed/f fixed 5, not 6\n");
     objref const spec = cat::find_type("Fixed").getattr(cat::of(std::string("f")));

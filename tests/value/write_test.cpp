@@ -85,7 +85,7 @@ TEST_F(ValueWrite, set_by_an_int_is_an_int_key_or_a_position) {
     v.set("4", "y");
     EXPECT_EQ(v, read("{3= x; 4= y}"));
     v.set("\"5\"", "z");
-    v.set("5", "w"); // the key that is there
+    v.set("5", "w"); // sets the existing string key
     EXPECT_EQ(v.size(), 3U);
     EXPECT_EQ(v["5"], "w");
     qrv::value list = read("[1]");

@@ -163,7 +163,7 @@ TEST_F(ReadText, the_options_filter_modules_for_this_reading) {
     EXPECT_EQ(asked.find("program"), std::string::npos);
     asked.clear();
     read("nosuch:nomodule(1)");
-    EXPECT_EQ(asked.find("nomodule "), std::string::npos); // the program's is back
+    EXPECT_EQ(asked.find("nomodule "), std::string::npos); // the program's filter is restored
     qrv_set_module_filter(nullptr);
 }
 
