@@ -83,7 +83,7 @@ bool cVectorObj::setslice(cObj const &source, int start, int count) {
     cMapObj *const values = cat::as_map(slice);
     if (!is_good(slice) || !values) return false;
     // DELIBERATE: the count is the end of the range, not its length.
-    //   Pinned: setslice_from_a_later_start_erases_as_many_places_as_its_end_says
+    //   Pinned: setslice_from_a_later_start_erases_as_many_values_as_its_end_is
     if (end != 0) erase(static_cast<int>(first), static_cast<int>(end));
     int place = static_cast<int>(first);
     for (cRingWalk walk(values->datamap()); walk.valid(); walk.step())

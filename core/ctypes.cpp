@@ -79,7 +79,7 @@ cTypeObj &find_type(std::string const &name) {
     typeref const type = core.make_type ? core.make_type(name) : nullptr; // RUNS USER CODE
     if (!type) return type_nil();
     // DELIBERATE: the whole requested string, with the module's name after a colon.
-    // Pinned: a_type_is_named_by_the_whole_requested_string
+    // Pinned: a_type_gets_the_whole_requested_string_as_its_name
     if (type->name() != name) type->set_name(name);
     return cTypeInsert::insert(type, true) ? *type : type_nil();
 }

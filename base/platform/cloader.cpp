@@ -80,7 +80,7 @@ std::string cat::module_base_name(std::string const &name) {
 }
 
 // DELIBERATE: the name is used unchanged, so a name with the suffix is tried with a second one.
-// Pinned: a_name_with_the_suffix_is_searched_only_with_another_suffix
+// Pinned: a_name_with_the_suffix_is_searched_only_with_a_second_one
 void *cat::open_module(std::string const &name, std::string &failures, path_refusal refusal) {
     if (name.size() >= PATH_MAX) {
         failures = "A name of " + std::to_string(name.size()) + " characters is too long";

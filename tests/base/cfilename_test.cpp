@@ -18,7 +18,7 @@ namespace {
 
 void touch(std::string const &path) { std::ofstream(path) << "x"; }
 
-// Works in its own temporary folder, and restores the system calls afterwards.
+// Each test works in its own temporary folder. The system calls are restored at its end.
 class FileName : public QrvTest {
   protected:
     FileName() : before_(fs::current_path()) {
@@ -68,7 +68,7 @@ TEST_F(FileNameEdge, the_extension_begins_at_the_last_dot_of_the_last_component)
 
 TEST_F(FileNameEdge, a_bare_name_has_no_folder) { EXPECT_EQ(extractDirName("b.txt"), ""); }
 
-TEST_F(FileName, both_separators_end_the_folder_and_stay_with_it) {
+TEST_F(FileName, the_folder_includes_its_last_separator_of_either_kind) {
     EXPECT_EQ(extractDirName("a/b\\c.txt"), "a/b\\");
     EXPECT_EQ(extractDirName("a\\b/c.txt"), "a\\b/");
     EXPECT_EQ(extractFileName("a\\c.txt", true), "c.txt");
@@ -112,7 +112,7 @@ TEST_F(FileName, null_is_an_empty_name) {
     EXPECT_EQ(pGetCfgFileName("none", false), nullptr);
 }
 
-TEST_F(FileName, names_of_any_length_stay_whole) {
+TEST_F(FileName, long_names_are_not_truncated) {
     for (std::size_t const length : {255u, 256u, 259u, 260u, 5000u}) {
         std::string const part(length, 'n'), path = part + "/" + part + "." + part;
         EXPECT_EQ(extractDirName(path.c_str()), part + "/");
@@ -134,7 +134,7 @@ TEST_F(FileNameEdge, the_next_version_is_the_first_free_number) {
     touch("x.txt");
     EXPECT_EQ(getNextVersion("x.txt"), "x_1.txt");
     fs::remove("x.txt");
-    EXPECT_EQ(getNextVersion("x.txt"), "x_1.txt") << "the bare name isn't tested";
+    EXPECT_EQ(getNextVersion("x.txt"), "x_1.txt") << "a file with the name itself does not count";
     touch("x_1.txt");
     EXPECT_EQ(getNextVersion("x.txt"), "x_2.txt");
     touch("x_3.txt");
@@ -181,7 +181,7 @@ TEST_F(FileNameEdge, reading_a_series_continues_with_the_larger_number) {
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 9, ".dat"), "true run0009.dat 10");
 }
 
-TEST_F(FileName, an_equal_number_is_used_and_the_count_grows) {
+TEST_F(FileName, the_count_is_used_only_if_it_exceeds_the_number) {
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 4, ".dat"), "true run0005.dat 6");
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 5, ".dat"), "true run0005.dat 6");
     EXPECT_EQ(next_read("run0005.dat", "run0005.dat", 6, ".dat"), "true run0006.dat 7");
@@ -235,7 +235,8 @@ TEST_F(FileName, blanks_and_a_sign_may_precede_the_digits) {
     EXPECT_EQ(next_read("-012.dat", "-012.dat", 2, ".dat"), "true 0002.dat 3");
     EXPECT_EQ(next_read("12ab.dat", "12ab.dat", 2, ".dat"), "true 12ab.dat 13");
     EXPECT_EQ(next_read("a12345.dat", "a12345.dat", 2, ".dat"), "true a12345.dat 2346");
-    EXPECT_EQ(next_read("    7", "    7", 2, "7"), "true     7 8") << "the tag is read on into";
+    EXPECT_EQ(next_read("    7", "    7", 2, "7"), "true     7 8")
+        << "the number may extend into the tag";
 }
 
 TEST_F(FileName, a_shorter_name_ends_at_a_null_character_and_the_string_never_shrinks) {
@@ -316,7 +317,7 @@ TEST_F(FileName, a_shorter_result_leaves_old_characters_after_its_null_character
     ASSERT_TRUE(fNextWritName("run.a-long-ending", "", out, count, ".d"));
     EXPECT_EQ(out, std::string("run0000.d\0-ending", 17));
     ASSERT_TRUE(fNextWritName("run.dat", "", out, count, ".dat"));
-    EXPECT_EQ(out, "run0000.dat") << "longer than the name: the string has grown";
+    EXPECT_EQ(out, "run0000.dat") << "a result longer than the name lengthens the string";
 }
 
 TEST_F(FileName, arguments_may_point_into_the_result) {
@@ -337,7 +338,8 @@ namespace {
 // The folder of this program, with a separator at its end.
 std::string program_folder() { return extractDirName(cat::program_file().c_str()); }
 
-// A file near the program, and its folder if needed; both are removed at the end.
+// Creates a file at a path that begins in the program's folder, and its folder if that does not
+// exist. The destructor removes what was created.
 class cNearProgram {
   public:
     explicit cNearProgram(std::string const &name) : path_(program_folder() + name) {
@@ -375,7 +377,7 @@ TEST_F(FileName, configuration_is_searched_beside_the_program_then_one_folder_up
     EXPECT_EQ(shown(pGetCfgFileName("qrv_test_find.cfg", true)), beside.path());
 }
 
-TEST_F(FileName, run_time_files_are_searched_in_four_folders_in_order) {
+TEST_F(FileName, run_time_files_are_searched_in_the_working_folder_then_in_four_others) {
     cNearProgram const last("../runtime/qrv_test_find.bin");
     EXPECT_EQ(shown(pGetRuntimeFileName("qrv_test_find.bin", "", true)), last.path());
     cNearProgram const third("runtime/qrv_test_find.bin");
@@ -414,7 +416,7 @@ TEST_F(FileName, a_file_that_is_not_found_is_reported_on_request) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(FileName, a_result_can_be_searched_again) {
+TEST_F(FileName, the_result_of_a_search_may_be_the_name_for_the_next) {
     touch("qrv_test_a");
     char const *const first = pGetCfgFileName("qrv_test_a", true);
     ASSERT_NE(first, nullptr);

@@ -301,26 +301,26 @@ TEST_F(Destruction, a_chain_of_a_million_maps_is_destroyed) {
 
 namespace {
 
-class cTeller : public cObjD<int> {
+class cLogging : public cObjD<int> {
   public:
-    cTeller(int n, std::string &story) : cObjD<int>(n), story_(story) {}
-    cTeller(cTeller const &) = delete;
-    cTeller &operator=(cTeller const &) = delete;
-    ~cTeller() override { story_ += std::to_string(val()) + ";"; }
+    cLogging(int n, std::string &log) : cObjD<int>(n), log_(log) {}
+    cLogging(cLogging const &) = delete;
+    cLogging &operator=(cLogging const &) = delete;
+    ~cLogging() override { log_ += std::to_string(val()) + ";"; }
 
   private:
-    std::string &story_;
+    std::string &log_;
 };
 
 } // namespace
 
 TEST_F(Destruction, values_below_the_limit_are_destroyed_in_ring_order) {
-    std::string story;
+    std::string log;
     objref map = make<cMapObj>();
     cAttrHash &hash = static_cast<cMapObj &>(*map).datamap();
-    for (int i : {1, 2, 3}) hash.mapitem(own_key(i), objref::adopt(new cTeller(i, story)));
+    for (int i : {1, 2, 3}) hash.mapitem(own_key(i), objref::adopt(new cLogging(i, log)));
     map = nullptr;
-    EXPECT_EQ(story, "1;2;3;");
+    EXPECT_EQ(log, "1;2;3;");
 }
 
 namespace {

@@ -72,7 +72,7 @@ TEST(ScopedConnection, may_end_inside_its_own_call) {
     std::string const captured(100, 'c');
     auto const act = [&seen, &log, captured](int i) {
         seen.reset();
-        log += captured + std::to_string(i); // what it captured is there still
+        log += captured + std::to_string(i); // the captured string still exists
     };
     seen.emplace(signal, act);
     signal(1);
@@ -104,7 +104,7 @@ TEST(ScopedConnection, is_blocked_by_a_token) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(ScopedConnection, of_nothing_is_not_connected) {
+TEST(ScopedConnection, a_default_object_is_not_connected) {
     cScopedConnection none;
     EXPECT_FALSE(none.isconnected());
     none.disconnect();

@@ -479,7 +479,7 @@ TEST(ConnectionEdge, connecting_back_returns_the_link_and_does_not_reverse_it) {
 TEST(ConnectionEdge, a_link_is_not_followed_backwards_but_the_target_can_find_and_remove_it) {
     CallLog log;
     cSignal const a, b;
-    LogSlot const a_target(log, "behind a");
+    LogSlot const a_target(log, "after a");
     a.connect(a_target);
     a.connect(b);
     b();

@@ -21,7 +21,7 @@ TEST(Emission, an_unconnected_signal_does_nothing) {
     EXPECT_EQ(cConnection::lock_count(), 0);
 }
 
-TEST(Emission, the_deletion_lock_is_held_during_calls_only) {
+TEST(Emission, the_deletion_lock_is_held_only_during_calls) {
     CallLog log;
     cSignal const signal;
     int inside = -1;
@@ -57,17 +57,17 @@ TEST(Emission, a_slot_may_destroy_itself_and_its_signal) {
     CallLog log;
     auto signal = std::make_unique<cSignal>();
     auto slot = std::make_unique<LogSlot>(log, "a");
-    LogSlot const behind(log, "b");
+    LogSlot const next(log, "b");
     signal->connect(*slot);
-    signal->connect(behind);
+    signal->connect(next);
     slot->then = [&] {
         slot.reset();
         signal.reset();
-        log.text += "both gone;";
+        log.text += "both destroyed;";
     };
     (*signal)();
-    EXPECT_EQ(log.take(), "a;both gone;");
-    EXPECT_FALSE(behind.isconnected());
+    EXPECT_EQ(log.take(), "a;both destroyed;");
+    EXPECT_FALSE(next.isconnected());
     EXPECT_EQ(cConnection::queue_length(), 0u);
 }
 
@@ -111,7 +111,7 @@ TEST(Emission, a_blocked_node_in_the_middle_is_skipped) {
     EXPECT_EQ(log.take(), "a;c;");
 }
 
-TEST(Emission, blocking_the_rest_during_the_emission_takes_effect) {
+TEST(Emission, a_slot_blocked_during_the_emission_is_not_called) {
     CallLog log;
     cSignal const signal;
     LogSlot a(log, "a"), b(log, "b");
@@ -122,7 +122,7 @@ TEST(Emission, blocking_the_rest_during_the_emission_takes_effect) {
     EXPECT_EQ(log.take(), "a;");
 }
 
-TEST(Emission, an_exception_skips_the_rest_and_releases_everything) {
+TEST(Emission, an_exception_skips_the_remaining_slots_and_ends_the_block_and_the_lock) {
     CallLog log;
     cSignal signal;
     LogSlot const a(log, "a"), b(log, "b", [] { throw std::runtime_error("b"); }), c(log, "c");
@@ -152,16 +152,16 @@ TEST(Emission, an_exception_after_the_signal_was_destroyed_frees_its_nodes) {
 TEST(Emission, an_exception_propagates_through_forwarding_signals) {
     CallLog log;
     cSignal const outer, inner;
-    LogSlot const thrower(log, "thrower", [] { throw 7; }), behind(log, "behind");
+    LogSlot const thrower(log, "thrower", [] { throw 7; }), next(log, "next");
     outer.connect(inner);
-    outer.connect(behind);
+    outer.connect(next);
     inner.connect(thrower);
     EXPECT_THROW(outer(), int);
     EXPECT_EQ(log.take(), "thrower;");
     EXPECT_EQ(cConnection::lock_count(), 0);
 }
 
-TEST(Emission, two_signals_connected_in_a_circle_stop_with_blockoncall) {
+TEST(Emission, a_circle_of_signals_ends_at_the_one_with_blockoncall) {
     CallLog log;
     cSignal a, b;
     LogSlot const slot(log, "slot");
@@ -193,7 +193,7 @@ TEST(Emission, a_manual_walk_ends_when_its_base_is_destroyed) {
     EXPECT_EQ(node->my_base(), nullptr);
     EXPECT_EQ(node->other_base(), nullptr);
     EXPECT_FALSE(bool(*node));
-    EXPECT_EQ(cConnection::queue_length(), 5u); // two link nodes and the head
+    EXPECT_EQ(cConnection::queue_length(), 5u); // two nodes for each link, and the head
 }
 
 TEST(Emission, a_queued_node_stays_linked_and_is_freed_once) {
@@ -265,7 +265,7 @@ TEST(Emission, oneshot_continues_with_the_next_after_a_slot_disconnects_itself) 
     EXPECT_EQ(log.take(), "a;b;");
 }
 
-TEST(Emission, oneshot_does_not_call_the_sender_of_an_incoming_link) {
+TEST(Emission, oneshot_calls_nothing_at_an_incoming_link) {
     CallLog log;
     cSignal const before, signal;
     LogSlot const a(log, "a"), b(log, "b");
@@ -290,7 +290,7 @@ TEST(EmissionEdge, destroying_a_signal_from_its_own_slot_ends_the_emission) {
     for (LogSlot const *slot : {&a, &b, &c}) signal->connect(*slot);
     (*signal)();
     EXPECT_EQ(log.take(), "a;b;");
-    EXPECT_EQ(waiting, 7u); // three link nodes and the head
+    EXPECT_EQ(waiting, 7u); // two nodes for each link, and the head
     EXPECT_EQ(cConnection::queue_length(), 0u);
     EXPECT_FALSE(a.isconnected() || b.isconnected() || c.isconnected());
 }
@@ -334,7 +334,7 @@ TEST(EmissionEdge, a_signal_with_blockoncall_fired_from_its_own_slot_does_nothin
     EXPECT_FALSE(signal.isblocked());
 }
 
-TEST(EmissionEdge, a_slot_connected_during_an_emission_is_called_a_queued_one_is_not) {
+TEST(EmissionEdge, a_slot_connected_during_an_emission_is_called_and_a_disconnected_one_is_not) {
     CallLog log;
     cSignal const signal;
     LogSlot const added(log, "added"), dropped(log, "dropped");

@@ -78,7 +78,7 @@ TEST_F(RingRules, l4_a_queued_node_with_a_partner) {
     EXPECT_EQ(signal.broken_rule(false), "L4 queued with a partner");
 }
 
-TEST_F(RingRules, l5_a_living_node_without_partner) {
+TEST_F(RingRules, l5_a_node_that_is_not_queued_has_no_partner) {
     Broken<cConnection *> const partner(cRingProbe::partner(first), nullptr);
     EXPECT_EQ(signal.broken_rule(false), "L5 not its partner's partner");
     EXPECT_EQ(a.broken_rule(false), "L5 not its partner's partner");

@@ -155,8 +155,8 @@ TEST(Signal, a_target_of_one_or_no_argument_ignores_the_others) {
     signal.connect(one);
     signal.connect(none);
     signal.connect(forward);
-    TwoSlot const behind;
-    forward.connect(behind);
+    TwoSlot const next;
+    forward.connect(next);
     signal(3, 4);
     EXPECT_EQ(taken(), "two(3,4);int(3);note;two(3,4);");
     signal.disconnect(two, true);
@@ -276,13 +276,13 @@ TEST(DeleteSignal, is_connected_by_its_constructor_and_fires_once) {
 
 TEST(DeleteSignal, is_still_a_complete_object_while_it_fires) {
     CallLog log;
-    cSSBase const *dying = nullptr;
+    cSSBase const *destroyed = nullptr;
     bool same = false;
     LogSlot const slot(log, "a",
-                       [&] { same = dynamic_cast<cDeleteSignal const *>(dying) != nullptr; });
+                       [&] { same = dynamic_cast<cDeleteSignal const *>(destroyed) != nullptr; });
     {
         cDeleteSignal const signal(slot);
-        dying = &signal;
+        destroyed = &signal;
     }
     EXPECT_TRUE(same);
     EXPECT_EQ(log.take(), "a;");
@@ -290,14 +290,14 @@ TEST(DeleteSignal, is_still_a_complete_object_while_it_fires) {
 
 TEST(DeleteSignal, a_throwing_target_does_not_leave_the_destructor) {
     CallLog log;
-    LogSlot const thrower(log, "thrower", [] { throw 7; }), behind(log, "behind");
+    LogSlot const thrower(log, "thrower", [] { throw 7; }), next(log, "next");
     {
         cDeleteSignal const signal(thrower);
-        signal.connect(behind);
+        signal.connect(next);
     }
     EXPECT_EQ(log.take(), "thrower;");
     EXPECT_EQ(cConnection::lock_count(), 0);
-    EXPECT_FALSE(behind.isconnected());
+    EXPECT_FALSE(next.isconnected());
 }
 
 TEST(DeleteSignal, a_copy_announces_only_its_own_destruction) {
@@ -423,15 +423,15 @@ TEST(SignalEdge, a_delete_signal_as_a_member_announces_the_destruction_of_its_ow
         ~Owner() { calls += "~Owner;"; }
     };
     CallLog log;
-    LogSlot target(log, "ended"), behind(log, "behind");
+    LogSlot target(log, "ended"), next(log, "next");
     target.then = [&] { target.disconnect(); };
     {
         Owner owner;
         owner.ended.connect(target);
-        owner.ended.connect(behind);
+        owner.ended.connect(next);
     }
     EXPECT_EQ(taken(), "~Owner;");
-    EXPECT_EQ(log.take(), "ended;behind;");
+    EXPECT_EQ(log.take(), "ended;next;");
     EXPECT_EQ(cConnection::queue_length(), 0u);
 }
 

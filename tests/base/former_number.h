@@ -1,6 +1,6 @@
 #pragma once
-// The number functions as they were when the token rules were new: the reference for the present
-// functions. Not to be changed.
+// An early version of the number functions, with which tests compare the present ones. Do not
+// change it.
 
 #include "base/platform/cchars.h"
 

@@ -1,4 +1,5 @@
-// The seeded hash: equal within a process, and spread over lengths and single bits.
+// The seeded hash: within a process, equal bytes have the same hash. Bytes of another length, or
+// with one other bit, have a different one.
 
 #include "base/seeded_hash.h"
 
@@ -8,7 +9,7 @@
 #include <string>
 
 TEST(SeededHash, is_the_same_for_the_same_bytes_within_a_process) {
-    std::string const text = "the same bytes at another place", copy = text.substr(0);
+    std::string const text = "the same bytes at another address", copy = text.substr(0);
     EXPECT_EQ(seeded_hash_bytes(text.data(), text.size()),
               seeded_hash_bytes(copy.data(), copy.size()));
 }

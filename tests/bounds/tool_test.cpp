@@ -1,6 +1,7 @@
 // The work of the tool's commands on a file: how many of its bytes they read, how many characters
-// they parse, and how many they turn into tokens. A test counts the difference between a file and
-// the same file with some more entries, so that neither statements nor paths count.
+// they parse, and how many they turn into tokens. A test compares the work on a file with the work
+// on the same file with more entries, so that the characters of the command's arguments do not
+// count.
 #include "tests/support/memory_file.h"
 #include "tests/support/paths.h"
 
@@ -36,8 +37,8 @@ struct cCounts {
 
 unsigned long long bytes_read = 0;
 cCounts at_fork;
-cCounts *in_children =
-    nullptr; // the counts of worker processes that have ended, in memory shared with them
+// The counts of worker processes that have ended, in memory shared with them.
+cCounts *in_children = nullptr;
 
 cCounts counts_here() { return {bytes_read, scan::parsed, scan::lexed}; }
 
@@ -52,8 +53,9 @@ void prepare_for_children() {
 
 } // namespace
 
-// Replace the system calls, also for the library. Reads from pipes do not count. A worker process
-// adds its counts when it ends: with --module a worker process does the work on a file.
+// These functions replace the system calls, also for the library. Reads from pipes do not count. A
+// worker process adds its counts when it ends: with --module a worker process does the work on a
+// file.
 extern "C" ssize_t read(int descriptor, void *to, std::size_t room) {
     ssize_t const count = ::syscall(SYS_read, descriptor, to, room);
     struct stat status {};
@@ -68,7 +70,7 @@ extern "C" void _exit(int status) {
 
 namespace {
 
-// Text with this number of entries, followed by two more.
+// of(n) returns text with n entries of one kind, followed by two others.
 struct cText {
     std::string name;
     std::function<std::string(int entries)> of;
@@ -112,8 +114,8 @@ cText mixed() {
             }};
 }
 
-// The number of characters; those between the brackets of typed values count once more for each
-// such value around them.
+// The number of characters. A character counts once more for each typed value whose brackets are
+// around it.
 unsigned long long weight(std::string const &text) {
     unsigned long long sum = 0;
     std::vector<bool> open; // for each open round bracket: does it belong to a typed value?
@@ -171,8 +173,8 @@ class ToolWork : public testing::Test {
                 static_cast<double>(work.lexed)};
     }
 
-    // Text in the writer's layout, so that `fmt` does not lengthen it, except for a blank at the
-    // end.
+    // Formatted text: with the blank that more_work() appends, `fmt` has something to change, but
+    // does not lengthen the text.
     std::string laid_out(std::string const &text) const {
         write("FILE", text);
         work_of({"fmt", "-i", "FILE"});
@@ -180,7 +182,7 @@ class ToolWork : public testing::Test {
         return {std::istreambuf_iterator<char>(is), {}};
     }
 
-    // The additional work of the command on the longer text.
+    // How much more work the command does on the longer text.
     cWork more_work(std::string const &shorter, std::string const &longer,
                     std::vector<std::string> const &arguments) const {
         write("FILE", shorter + " \n");
@@ -219,9 +221,9 @@ class ToolWork : public testing::Test {
 
     static constexpr int few = 10, many = 30;
     std::string folder_;
-    int worst_status_ = 1; // the worst exit status of a command
-    bool in_copies_ =
-        false; // run each command in a copy of this process, as a module can be loaded once
+    int worst_status_ = 1; // the highest exit status that a command may return
+    // Runs each command in a copy of this process: a process can load a module only once.
+    bool in_copies_ = false;
 
   private:
     void run_in_copy(int argc, char const *const *argv) const {
@@ -241,15 +243,15 @@ class ToolWork : public testing::Test {
     void run(int argc, char const *const *argv) const {
         test::cMemory const out;
         int const descriptors[] = {STDOUT_FILENO, STDERR_FILENO};
-        int kept[2];
+        int saved[2];
         for (int i = 0; i < 2; ++i) {
-            kept[i] = ::dup(descriptors[i]);
+            saved[i] = ::dup(descriptors[i]);
             ::dup2(out.descriptor(), descriptors[i]);
         }
         int const status = run_command_line(argc, argv);
         for (int i = 0; i < 2; ++i) {
-            ::dup2(kept[i], descriptors[i]);
-            ::close(kept[i]);
+            ::dup2(saved[i], descriptors[i]);
+            ::close(saved[i]);
         }
         EXPECT_LE(status, worst_status_) << argv[1] << '\n' << out.bytes();
     }
@@ -279,7 +281,7 @@ cCommands commands() {
     };
 }
 
-// Commands that do the same work as another one, except for options.
+// The same commands with other options, which must not cause more work.
 cCommands variants() {
     cCommands all{
         {"check", "-W", "strings", "FILE"},
@@ -318,7 +320,7 @@ cCommands variants() {
 
 } // namespace
 
-TEST_F(ToolWork, the_weight_of_text_counts_characters_once_for_each_typed_value) {
+TEST_F(ToolWork, the_weight_counts_a_character_once_more_for_each_typed_value_around_it) {
     EXPECT_EQ(weight("{a= 1;}"), 7u);
     EXPECT_EQ(weight("a= T(12);"), 9u + 2u);
     EXPECT_EQ(weight("a= T(U(1));"), 11u + 4u + 1u);
@@ -349,7 +351,7 @@ TEST_F(ToolWork, each_byte_and_character_is_read_at_most_twice_with_modules) {
     expect_little_work(mixed(), all);
 }
 
-TEST_F(ToolWork, json_is_read_once_and_the_result_is_scanned_once) {
+TEST_F(ToolWork, from_json_reads_each_byte_once_and_scans_at_most_two_characters_for_it) {
     cWork const work = more_work("1", "1", {"from-json", "JSON"});
     auto const size = static_cast<double>(json(many).size() - json(few).size());
     EXPECT_GE(work.read, size);

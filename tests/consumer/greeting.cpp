@@ -1,5 +1,5 @@
-// A module. Because of the static object in an inline function, g++ would by default keep the
-// module in memory.
+// A module with a static object in an inline function. Because of this object g++ would by default
+// keep the module in memory; the flag that qrv::module adds prevents that.
 #include "qrv/diagnostics/ccout.h"
 #include "qrv/modules/cmodule.h"
 

@@ -313,7 +313,7 @@ TEST_F(AttrSet, a_second_declaration_of_a_name_changes_the_first) {
     EXPECT_TRUE(first->getattr(key("b")) == spec);
     EXPECT_TRUE(first->getattr(key("a")) == cat::badfind());
     EXPECT_EQ(count.n, 1);
-    EXPECT_TRUE(cat::set_type(*first, false)); // redefines it by itself
+    EXPECT_TRUE(cat::set_type(*first, false)); // redefines the type by the same type
     EXPECT_EQ(count.n, 1);
     EXPECT_EQ(raised(), ""); // specifications are shared, never assigned
 }
@@ -349,7 +349,7 @@ TEST_F(AttrSet, beyond_the_budget_of_a_reading_defaults_are_not_copied) {
     EXPECT_TRUE(budget.exhausted());
     EXPECT_TRUE(second->datamap().getitem("a") == cat::nil());
     EXPECT_TRUE(second->datamap().getitem("b") == cat::nil());
-    EXPECT_TRUE(second->getattr(key("a")) == list); // the shared one shows through
+    EXPECT_TRUE(second->getattr(key("a")) == list); // getattr returns the shared default
 }
 
 TEST_F(AttrSet, while_reading_an_object_cannot_be_assigned_its_owner) {
@@ -380,7 +380,7 @@ TEST_F(AttrSet, a_type_may_have_its_own_object_as_default) {
     EXPECT_EQ(cat::as_text(copy->datamap().getitem("a")), "1");
     EXPECT_TRUE(copy->datamap().getitem("b") == cat::nil());
     EXPECT_EQ(cat::as_text(second->datamap().getitem("b")), "2");
-    EXPECT_EQ(cat::as_text(copy->getattr(key("b"))), "2"); // the shared one shows through
+    EXPECT_EQ(cat::as_text(copy->getattr(key("b"))), "2"); // getattr returns the shared default
 }
 
 TEST_F(AttrSet, types_may_have_objects_of_each_other_as_default) {

@@ -101,7 +101,7 @@ TEST_F(SpecificationMethods, a_specification_keeps_its_type_alive) {
     typeref type = typeref::adopt(new cTypeObj(&cat::typetype_attlist(), "Mine", nullptr));
     EXPECT_TRUE(set("type", type));
     EXPECT_EQ(spec_->held_type(), type);
-    EXPECT_TRUE(set("default", type->newobj())); // of the same type: it stays held
+    EXPECT_TRUE(set("default", type->newobj())); // of the same type, which stays shared
     cTypeObj const *const address = type;
     type = nullptr;
     EXPECT_EQ(spec_->held_type().get(), address);
@@ -121,7 +121,7 @@ TEST_F(SpecificationMethods, the_registry_keeps_a_registered_type_alive) {
     EXPECT_EQ(spec_->held_type(), nullptr);
     EXPECT_EQ(spec_->get_type(), type.get());
     auto const other = typeref::adopt(new cTypeObj(&cat::typetype_attlist(), "Mine", nullptr));
-    EXPECT_TRUE(set("type", other)); // another one of that name
+    EXPECT_TRUE(set("type", other)); // another type of the same name
     EXPECT_EQ(spec_->held_type(), other);
     EXPECT_TRUE(set("type", type));
     EXPECT_EQ(spec_->held_type(), nullptr);
@@ -161,7 +161,7 @@ TEST_F(SpecificationMethods, other_keys_are_refused) {
     EXPECT_EQ(raised(), begin + "'colour':  Error in setting attribute type: int\n");
     EXPECT_FALSE(spec_->setattr(cat::of(3), cat::of(1)));
     EXPECT_EQ(raised(), begin + "'3':  Error in setting attribute type: int\n");
-    EXPECT_FALSE(spec_->setattr(cat::of(3), objref())); // the key is looked at first
+    EXPECT_FALSE(spec_->setattr(cat::of(3), objref())); // the key is tested first
     EXPECT_EQ(raised(), begin + "'3':  Error in setting attribute type: \n");
     EXPECT_TRUE(get("colour") == cat::bad());
     EXPECT_TRUE(spec_->getattr(cat::of(3)) == cat::badfind());

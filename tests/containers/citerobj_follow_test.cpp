@@ -25,25 +25,25 @@ followref follow(mapref const &map, char const *key) {
 objref slot_of(cIterObj const &it) { return it.omember("updatefromobj"); }
 
 // Logs its updates, and runs an action in them.
-class cTold : public cIterObj {
+class cLogged : public cIterObj {
   public:
-    cTold(objref const &source, std::string &story, char name)
-        : cIterObj(&cat::type_iterator()), story_(story), name_(name) {
+    cLogged(objref const &source, std::string &log, char name)
+        : cIterObj(&cat::type_iterator()), log_(log), name_(name) {
         take(source->begin());
         follow(*source, "updatefromobj");
     }
-    cTold(cTold const &) = delete;
-    cTold &operator=(cTold const &) = delete;
-    ~cTold() override = default;
+    cLogged(cLogged const &) = delete;
+    cLogged &operator=(cLogged const &) = delete;
+    ~cLogged() override = default;
 
     bool update() override {
-        story_ += name_;
+        log_ += name_;
         std::function<void()> const now = action; // may destroy *this
-        std::string &story = story_;
+        std::string &log = log_;
         objref const keep = objref::share(this);
         if (now) now();
         bool const result = cIterObj::update();
-        story += result ? "+ " : "- ";
+        log += result ? "+ " : "- ";
         return result;
     }
     void follow_too(cObj &source, char const *member) { follow(source, member); }
@@ -51,11 +51,11 @@ class cTold : public cIterObj {
     std::function<void()> action;
 
   private:
-    std::string &story_;
+    std::string &log_;
     char name_;
 };
 
-using toldref = cRef<cTold>;
+using loggedref = cRef<cLogged>;
 
 // After a test no emission may be in progress.
 class Follow : public QrvTest {
@@ -65,9 +65,9 @@ class Follow : public QrvTest {
         EXPECT_EQ(cConnection::queue_length(), 0u);
         EXPECT_EQ(cConnection::broken_queue_rule(), "");
     }
-    toldref told(objref const &source, char name) { return make<cTold>(source, story, name); }
+    loggedref logged(objref const &source, char name) { return make<cLogged>(source, log, name); }
 
-    std::string story;
+    std::string log;
 };
 
 } // namespace
@@ -78,7 +78,7 @@ TEST_F(Follow, a_follower_notices_a_deletion_when_the_source_fires) {
     mapref const map = map_of({"a", "b"});
     followref const it = follow(map, "b"), other = follow(map, "a");
     map->datamap().delitem("b");
-    EXPECT_EQ(place(*it), "undefined") << "invalid at once, but not told yet";
+    EXPECT_EQ(place(*it), "undefined") << "the position is invalid before the source fires";
     map->changed();
     EXPECT_EQ(place(*it), "lost");
     EXPECT_EQ(place(*other), "a");
@@ -146,59 +146,59 @@ TEST_F(Follow, an_iterator_can_follow_another_and_itself) {
         EXPECT_EQ(it.hash(), nullptr);
         source->changed();
     }
-    toldref const self = told(map, 'x');
+    loggedref const self = logged(map, 'x');
     self->follow_too(*self, "updatefromobj");
     self->changed();
-    EXPECT_EQ(story, "x+ ");
+    EXPECT_EQ(log, "x+ ");
     map->changed();
-    EXPECT_EQ(story, "x+ ");
+    EXPECT_EQ(log, "x+ ");
 }
 
 TEST_F(Follow, the_update_of_the_subclass_runs) {
     mapref const map = map_of({"a"});
-    toldref const a = told(map, 'a'), b = told(map, 'b');
+    loggedref const a = logged(map, 'a'), b = logged(map, 'b');
     map->changed();
-    EXPECT_EQ(story, "a+ b+ ");
+    EXPECT_EQ(log, "a+ b+ ");
     map->datamap().clear();
-    EXPECT_EQ(story, "a+ b+ ");
+    EXPECT_EQ(log, "a+ b+ ");
     map->changed();
-    EXPECT_EQ(story, "a+ b+ a- b- ");
+    EXPECT_EQ(log, "a+ b+ a- b- ");
 }
 
 TEST_F(Follow, removing_the_slot_ends_the_following) {
     mapref const map = map_of({"a"});
-    toldref const it = told(map, 'a');
+    loggedref const it = logged(map, 'a');
     it->set_omember("updatefromobj", cat::badfind());
     map->changed();
-    EXPECT_EQ(story, "");
+    EXPECT_EQ(log, "");
     EXPECT_TRUE(map->changed_signal());
 }
 
 TEST_F(Follow, a_slot_with_another_owner_works_until_the_follower_is_destroyed) {
     mapref const map = map_of({"a"});
-    toldref it = told(map, 'a');
+    loggedref it = logged(map, 'a');
     objref const kept = slot_of(*it);
     it->set_omember("updatefromobj", nullptr);
     map->changed();
-    EXPECT_EQ(story, "a+ ");
+    EXPECT_EQ(log, "a+ ");
     it = nullptr;
     map->changed();
-    EXPECT_EQ(story, "a+ ");
+    EXPECT_EQ(log, "a+ ");
 }
 
 TEST_F(Follow, a_second_source_replaces_the_first) {
     mapref const one = map_of({"a"}), two = map_of({"b"});
-    toldref it = told(one, 'x');
+    loggedref it = logged(one, 'x');
     objref const kept = slot_of(*it);
     it->follow_too(*two, "other");
     one->changed();
-    EXPECT_EQ(story, "");
+    EXPECT_EQ(log, "");
     two->changed();
-    EXPECT_EQ(story, "x+ ");
+    EXPECT_EQ(log, "x+ ");
     it = nullptr;
     one->changed();
     two->changed();
-    EXPECT_EQ(story, "x+ ");
+    EXPECT_EQ(log, "x+ ");
 }
 
 TEST_F(Follow, copies_do_not_follow) {
@@ -250,29 +250,29 @@ TEST_F(Follow, the_follower_is_destroyed_first) {
 
 TEST_F(Follow, the_signal_is_removed_and_created_again) {
     mapref const map = map_of({"a"});
-    toldref const it = told(map, 'a');
+    loggedref const it = logged(map, 'a');
     map->set_omember("changed", cat::badfind());
     map->changed();
     map->force_changed_signal();
     map->changed();
-    EXPECT_EQ(story, "") << "a new signal knows no follower";
+    EXPECT_EQ(log, "") << "no follower is connected to the new signal";
 }
 
 TEST_F(Follow, the_members_of_the_source_are_replaced) {
     mapref map = map_of({"a"});
-    toldref const it = told(map, 'a');
+    loggedref const it = logged(map, 'a');
     hashref const old = map->ommap_ref();
     map->ommap(make<cAttrHash>(nullptr));
     map->changed();
-    EXPECT_EQ(story, "");
+    EXPECT_EQ(log, "");
     map->ommap(old); // replacing fires the new one
-    EXPECT_EQ(story, "a+ ");
+    EXPECT_EQ(log, "a+ ");
     map = nullptr;
 }
 
 TEST_F(Follow, members_that_outlive_the_follower_have_a_slot_without_effect) {
     mapref const map = map_of({"a"}), members = make<cMapObj>();
-    toldref it = told(map, 'a');
+    loggedref it = logged(map, 'a');
     hashref const shared = it->ommap_ref();
     it = nullptr;
     objref const slot = shared->getitem("updatefromobj");
@@ -282,37 +282,37 @@ TEST_F(Follow, members_that_outlive_the_follower_have_a_slot_without_effect) {
     ASSERT_TRUE(dead);
     map->changed_signal()->connect(*dead);
     map->changed();
-    EXPECT_EQ(story, "");
+    EXPECT_EQ(log, "");
     EXPECT_EQ(dead->function(), nullptr);
 }
 
 TEST_F(Follow, another_follower_may_take_over_the_members) {
     mapref const map = map_of({"a"});
-    toldref a = told(map, 'a'), b = told(map, 'b');
+    loggedref a = logged(map, 'a'), b = logged(map, 'b');
     b->ommap(a->ommap_ref()); // b's own slot is destroyed, and both share a's slot
     map->changed();
-    EXPECT_EQ(story, "a+ ");
+    EXPECT_EQ(log, "a+ ");
     a = nullptr;
     map->changed();
-    EXPECT_EQ(story, "a+ ");
+    EXPECT_EQ(log, "a+ ");
 }
 
 // A member of the follower fires the source's signal while the follower is being destroyed.
 TEST_F(Follow, the_signal_fires_while_the_follower_is_destroyed) {
     mapref const map = map_of({"a"});
-    toldref it = told(map, 'a');
+    loggedref it = logged(map, 'a');
     it->set_omember("will", make<cLastWill>([&] { map->changed(); }));
     it = nullptr;
-    EXPECT_EQ(story, "");
+    EXPECT_EQ(log, "");
 }
 
 TEST_F(Follow, the_signal_fires_while_the_source_is_destroyed) {
     mapref map = map_of({"a"});
-    toldref const it = told(map, 'a');
-    cMapObj *const dying = map.get();
-    map->set_omember("will", make<cLastWill>([dying] { dying->changed(); }));
+    loggedref const it = logged(map, 'a');
+    cMapObj *const address = map.get();
+    map->set_omember("will", make<cLastWill>([address] { address->changed(); }));
     map = nullptr;
-    EXPECT_TRUE(story.empty() || story == "a+ ") << story;
+    EXPECT_TRUE(log.empty() || log == "a+ ") << log;
     EXPECT_EQ(place(*it), "a");
 }
 
@@ -320,137 +320,138 @@ TEST_F(Follow, the_signal_fires_while_the_source_is_destroyed) {
 
 TEST_F(Follow, a_follower_may_be_destroyed_in_its_own_update) {
     mapref const map = map_of({"a"});
-    toldref a = told(map, 'a'), b = told(map, 'b'), c = told(map, 'c');
+    loggedref a = logged(map, 'a'), b = logged(map, 'b'), c = logged(map, 'c');
     b->action = [&] { b = nullptr; };
     map->changed();
-    EXPECT_EQ(story, "a+ b+ c+ ");
+    EXPECT_EQ(log, "a+ b+ c+ ");
     map->changed();
-    EXPECT_EQ(story, "a+ b+ c+ a+ c+ ");
+    EXPECT_EQ(log, "a+ b+ c+ a+ c+ ");
 }
 
 TEST_F(Follow, a_follower_may_destroy_those_before_and_after_it) {
     mapref const map = map_of({"a"});
-    toldref a = told(map, 'a'), b = told(map, 'b'), c = told(map, 'c'), d = told(map, 'd');
+    loggedref a = logged(map, 'a'), b = logged(map, 'b'), c = logged(map, 'c'),
+              d = logged(map, 'd');
     b->action = [&] { a = c = nullptr; };
     map->changed();
-    EXPECT_EQ(story, "a+ b+ d+ ");
+    EXPECT_EQ(log, "a+ b+ d+ ");
     b->action = nullptr;
     map->changed();
-    EXPECT_EQ(story, "a+ b+ d+ b+ d+ ");
+    EXPECT_EQ(log, "a+ b+ d+ b+ d+ ");
 }
 
 TEST_F(Follow, all_followers_may_be_destroyed_in_the_last_update) {
     mapref const map = map_of({"a"});
-    toldref a = told(map, 'a'), b = told(map, 'b');
+    loggedref a = logged(map, 'a'), b = logged(map, 'b');
     b->action = [&] { a = b = nullptr; };
     map->changed();
-    EXPECT_EQ(story, "a+ b+ ");
+    EXPECT_EQ(log, "a+ b+ ");
     map->changed();
-    EXPECT_EQ(story, "a+ b+ ");
+    EXPECT_EQ(log, "a+ b+ ");
 }
 
 TEST_F(Follow, the_source_may_be_destroyed_in_an_update) {
     mapref map = map_of({"a"});
-    toldref const a = told(map, 'a'), b = told(map, 'b');
+    loggedref const a = logged(map, 'a'), b = logged(map, 'b');
     a->action = [&] { map = nullptr; };
     map->changed();
-    EXPECT_EQ(story, "a+ ") << "a dead signal calls none of the later ones";
+    EXPECT_EQ(log, "a+ ") << "a destroyed signal calls no later follower";
     EXPECT_EQ(place(*b), "a");
 }
 
 TEST_F(Follow, source_and_followers_may_be_destroyed_in_an_update) {
     mapref map = map_of({"a"});
-    toldref a = told(map, 'a'), b = told(map, 'b');
+    loggedref a = logged(map, 'a'), b = logged(map, 'b');
     a->action = [&] {
         map = nullptr;
         a = b = nullptr;
     };
     map->changed();
-    EXPECT_EQ(story, "a+ ");
-    story.clear();
+    EXPECT_EQ(log, "a+ ");
+    log.clear();
     map = map_of({"a"});
-    a = told(map, 'a'), b = told(map, 'b');
+    a = logged(map, 'a'), b = logged(map, 'b');
     b->action = [&] {
         a = b = nullptr;
         map = nullptr;
     };
     map->changed();
-    EXPECT_EQ(story, "a+ b+ ");
+    EXPECT_EQ(log, "a+ b+ ");
 }
 
 TEST_F(Follow, the_signal_is_replaced_in_an_update) {
     mapref const map = map_of({"a"});
-    toldref const a = told(map, 'a'), b = told(map, 'b');
+    loggedref const a = logged(map, 'a'), b = logged(map, 'b');
     a->action = [&] {
         a->action = nullptr;
         map->set_omember("changed", make<cSignalObj>());
     };
     map->changed();
-    EXPECT_EQ(story, "a+ ");
+    EXPECT_EQ(log, "a+ ");
     map->changed();
-    EXPECT_EQ(story, "a+ ");
+    EXPECT_EQ(log, "a+ ");
 }
 
 TEST_F(Follow, the_slot_may_be_removed_in_its_own_call) {
     mapref const map = map_of({"a"});
-    toldref const a = told(map, 'a'), b = told(map, 'b');
+    loggedref const a = logged(map, 'a'), b = logged(map, 'b');
     a->action = [&] { a->set_omember("updatefromobj", nullptr); };
     map->changed();
     map->changed();
-    EXPECT_EQ(story, "a+ b+ b+ ");
+    EXPECT_EQ(log, "a+ b+ b+ ");
 }
 
 TEST_F(Follow, a_follower_changes_the_source_in_its_update) {
     mapref const map = map_of({"a", "b", "c"});
-    toldref const a = told(map, 'a'), b = told(map, 'b');
+    loggedref const a = logged(map, 'a'), b = logged(map, 'b');
     b->setkey("c");
     a->action = [&] {
         map->datamap().delitem("c");
         for (int i = 0; i < 200; ++i) map->setattr(own_key(i), cat::of(i)); // grows the table
     };
     map->changed();
-    EXPECT_EQ(story, "a+ b- ");
+    EXPECT_EQ(log, "a+ b- ");
     EXPECT_EQ(place(*a), "a");
     EXPECT_EQ(place(*b), "lost");
     a->action = [&] { map->clear(); };
     map->changed();
-    EXPECT_EQ(story, "a+ b- a- b- ");
+    EXPECT_EQ(log, "a+ b- a- b- ");
     EXPECT_EQ(a->size(), 0);
 }
 
 TEST_F(Follow, a_follower_may_fire_again_in_its_update) {
     mapref const map = map_of({"a"});
-    toldref const a = told(map, 'a'), b = told(map, 'b');
+    loggedref const a = logged(map, 'a'), b = logged(map, 'b');
     int left = 2;
     a->action = [&] {
         if (left-- > 0) map->changed();
     };
     map->changed();
-    EXPECT_EQ(story, "aaa+ b+ + b+ + b+ ");
+    EXPECT_EQ(log, "aaa+ b+ + b+ + b+ ");
 }
 
 TEST_F(Follow, a_new_follower_may_connect_in_an_update) {
     mapref const map = map_of({"a"});
-    toldref const a = told(map, 'a');
-    toldref joined;
+    loggedref const a = logged(map, 'a');
+    loggedref joined;
     a->action = [&] {
-        if (!joined) joined = told(map, 'n');
+        if (!joined) joined = logged(map, 'n');
     };
     map->changed();
-    EXPECT_EQ(story, "a+ n+ ");
+    EXPECT_EQ(log, "a+ n+ ");
     map->changed();
-    EXPECT_EQ(story, "a+ n+ a+ n+ ");
+    EXPECT_EQ(log, "a+ n+ a+ n+ ");
 }
 
 TEST_F(Follow, an_exception_in_an_update_is_passed_on) {
     mapref const map = map_of({"a"});
-    toldref const a = told(map, 'a'), b = told(map, 'b');
+    loggedref const a = logged(map, 'a'), b = logged(map, 'b');
     a->action = [] { throw std::runtime_error("no"); };
     EXPECT_THROW(map->changed(), std::runtime_error);
-    EXPECT_EQ(story, "a");
+    EXPECT_EQ(log, "a");
     a->action = nullptr;
     map->changed();
-    EXPECT_EQ(story, "aa+ b+ ");
+    EXPECT_EQ(log, "aa+ b+ ");
 }
 
 TEST_F(Follow, an_exception_while_the_iterator_is_created_leaves_no_connection) {

@@ -1,6 +1,6 @@
 // Cursors compared with a model: entries are added and removed while cursors are stepped, copied
-// and assigned, also to themselves and by assigning the maps that hold them. And the methods of
-// cursors on objects that only claim to be one.
+// and assigned, also to themselves and by assigning the maps that hold them. The methods of cursors
+// are also called on objects that have the type of a cursor but are not cursors.
 #include "qrv/containers/cattr.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"
@@ -48,7 +48,7 @@ TEST_F(CursorModel, a_cursor_at_a_deleted_node_is_assigned_to_itself) {
     at.map->datamap().delitem("b");
     *at.it = self(*at.it);
     EXPECT_FALSE(at.it->valid());
-    *at.it = self(*at.it); // twice
+    *at.it = self(*at.it); // a second time
     EXPECT_TRUE(at.it->assign(at.it));
     EXPECT_FALSE(at.it->valid());
     EXPECT_EQ(at.it->valref(), cat::bad());
@@ -57,7 +57,7 @@ TEST_F(CursorModel, a_cursor_at_a_deleted_node_is_assigned_to_itself) {
     EXPECT_TRUE(*at.it == at.map->end());
 }
 
-TEST_F(CursorModel, a_cursor_at_a_living_node_is_assigned_to_itself) {
+TEST_F(CursorModel, a_cursor_at_an_existing_node_is_assigned_to_itself) {
     cAtB at;
     *at.it = self(*at.it);
     EXPECT_EQ(at.it->key_as_string(), "b");
@@ -116,12 +116,12 @@ struct cModel {
     }
 };
 
-std::string told(cIterObj const &it, cIterObj const &end) {
+std::string shown(cIterObj const &it, cIterObj const &end) {
     if (it.valid()) return std::to_string(it.key_as_index());
     return it == end ? "end" : "deleted";
 }
 
-std::string told(int place) {
+std::string shown(int place) {
     if (place == cModel::end) return "end";
     return place == cModel::deleted ? "deleted" : std::to_string(place);
 }
@@ -177,7 +177,7 @@ TEST_F(CursorModel, random_steps_copies_and_assignments_while_entries_are_added_
             if (its[a].setkey(own_key(k))) model.at[a] = k;
         }
         for (std::size_t n = 0; n < cursors; ++n)
-            ASSERT_EQ(told(its[n], map->end()), told(model.at[n])) << "step " << i;
+            ASSERT_EQ(shown(its[n], map->end()), shown(model.at[n])) << "step " << i;
     }
 }
 

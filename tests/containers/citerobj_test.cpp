@@ -65,7 +65,7 @@ TEST_F(CursorEdge, a_step_from_the_last_entry_leads_to_the_end_and_another_to_th
     EXPECT_EQ(it.key_as_string(), "c");
 }
 
-TEST_F(CursorEdge, after_its_node_was_deleted_pos_is_minus_one) {
+TEST_F(CursorEdge, pos_is_minus_one_after_the_node_was_deleted) {
     auto const map = abc();
     cIterObj it = map->begin();
     map->datamap().delitem("a");
@@ -85,20 +85,20 @@ TEST_F(CursorEdge, setpos_at_the_size_does_not_move) {
     EXPECT_EQ(it.pos(), 2);
 }
 
-TEST_F(Cursor, walking_forward_and_back) {
+TEST_F(Cursor, a_walk_forward_or_back_visits_each_entry) {
     auto const map = abc();
-    std::string story;
+    std::string visited;
     for (cIterObj it = map->begin(); it != map->end(); ++it)
-        story += it.key_as_string() + cat::as_string(it.valref()) + " ";
-    for (cIterObj it = --map->end(); it; --it) story += it.key_as_string();
-    EXPECT_EQ(story, "a1 b2 c3 cba");
+        visited += it.key_as_string() + cat::as_string(it.valref()) + " ";
+    for (cIterObj it = --map->end(); it; --it) visited += it.key_as_string();
+    EXPECT_EQ(visited, "a1 b2 c3 cba");
     cIterObj it = map->begin();
     EXPECT_EQ((it++).key_as_string(), "a");
     EXPECT_EQ((it--).key_as_string(), "b");
     EXPECT_EQ(it.key_as_string(), "a");
 }
 
-TEST_F(Cursor, places_below_minus_two_count_as_the_first) {
+TEST_F(Cursor, setpos_below_minus_two_moves_to_the_first_entry) {
     auto const map = abc();
     cIterObj it = map->end();
     EXPECT_TRUE(it.setpos(-3));
@@ -128,7 +128,7 @@ TEST_F(Cursor, the_hash_outlives_its_map) {
     EXPECT_TRUE(cat::is_equal(it.valref(), 1));
 }
 
-TEST_F(Cursor, a_deleted_node_reads_bad_and_a_step_leads_to_the_end) {
+TEST_F(Cursor, the_value_of_a_deleted_node_is_bad_and_a_step_leads_to_the_end) {
     auto const map = abc();
     for (bool forward : {true, false}) {
         map->setattr(key("x"), cat::of(9));
@@ -147,7 +147,7 @@ TEST_F(Cursor, a_deleted_node_reads_bad_and_a_step_leads_to_the_end) {
     }
 }
 
-TEST_F(Cursor, a_key_inserted_anew_is_not_found_by_the_old_cursor) {
+TEST_F(Cursor, a_cursor_stays_invalid_when_its_key_is_inserted_again) {
     auto const map = abc();
     cIterObj it = map->begin();
     map->datamap().delitem("a");
@@ -167,7 +167,7 @@ TEST_F(Cursor, clearing_the_map_makes_all_positions_invalid) {
     EXPECT_EQ(end.node(), nullptr);
 }
 
-TEST_F(Cursor, update_keeps_a_living_position) {
+TEST_F(Cursor, update_keeps_a_valid_position) {
     auto const map = abc();
     cIterObj it = map->begin();
     map->datamap().delitem("b");
@@ -182,7 +182,7 @@ TEST_F(Cursor, objects_without_iterator_return_equal_invalid_cursors) {
     EXPECT_EQ(number->begin().hash(), nullptr);
 }
 
-TEST_F(Cursor, copies_rewinds_and_sources) {
+TEST_F(Cursor, a_cursor_is_copied_rewound_or_created_from_an_object) {
     auto const map = abc();
     cIterObj it = map->begin();
     it.setpos(2);
@@ -209,7 +209,7 @@ TEST_F(Cursor, void_values_are_not_valid_values) {
     EXPECT_EQ(&map->begin().value(), cat::bad().get());
 }
 
-TEST_F(Cursor, attributes_of_an_iterator_object) {
+TEST_F(Cursor, an_iterator_object_has_the_attributes_key_value_and_pos) {
     auto const map = abc();
     objref const it = map->iterobj();
     EXPECT_EQ(cat::as_string(it->getattr(key("key"))), "a");
@@ -256,7 +256,7 @@ std::string without_addresses(std::string text) {
 
 } // namespace
 
-TEST_F(Cursor, listings_of_containers_and_others) {
+TEST_F(Cursor, dump_lists_entries_or_the_number_of_own_members) {
     auto const map = abc();
     map->setattr(key("b"), cat::of("x y"));
     cTomIterator::dump(*map);
@@ -281,7 +281,7 @@ concept cThreeWay = requires(A a, B b) {
     a <=> b;
 };
 
-TEST_F(Cursor, has_no_three_way_comparison) {
+TEST_F(Cursor, a_cursor_has_no_three_way_comparison) {
     static_assert(!cThreeWay<cIterObj &, cIterObj const &>);
     static_assert(!cThreeWay<cIterObj &, bool> && !cThreeWay<bool, cIterObj &>);
     static_assert(std::equality_comparable<cIterObj>);

@@ -51,7 +51,7 @@ TEST_F(MapEdge, a_map_may_hold_itself_but_not_its_owner) {
     EXPECT_EQ(shape(b), "{a={}}");
 }
 
-TEST_F(MapEdge, const_keys_let_a_present_key_be_written_and_refuse_a_new_one) {
+TEST_F(MapEdge, const_keys_allow_writes_to_present_keys_and_refuse_new_keys) {
     mapref const m = map({{"a", 1}});
     m->setflags(of_const_keys);
     EXPECT_TRUE(m->setattr(of("a"), of(2)));
@@ -62,7 +62,7 @@ TEST_F(MapEdge, const_keys_let_a_present_key_be_written_and_refuse_a_new_one) {
     EXPECT_EQ(shape(m), "{a=2}");
 }
 
-TEST_F(MapEdge, adding_a_scalar_does_nothing_and_is_true) {
+TEST_F(MapEdge, adding_a_scalar_does_nothing_and_returns_true) {
     mapref const m = map({{"a", 1}});
     EXPECT_TRUE(m->add(of(5)));
     EXPECT_EQ(shape(m), "{a=1}");
@@ -87,7 +87,7 @@ TEST_F(MapEdge, pairs_in_another_order_are_unequal_but_equal_unsorted) {
     EXPECT_TRUE(a->equal_unsorted(*b));
 }
 
-TEST_F(MapEdge, empty_children_are_removed_in_passes) {
+TEST_F(MapEdge, a_child_that_becomes_empty_is_removed_by_the_next_call) {
     mapref const m = map({{"a", map()}, {"b", map({{"c", map()}})}});
     m->remove_emptychilds(false);
     EXPECT_EQ(shape(m), "{b={c={}}}");
@@ -106,7 +106,7 @@ TEST_F(MapEdge, submap_replaces_an_int) {
     EXPECT_EQ(sub.datamap().father(), &sub);
 }
 
-TEST_F(MapEdge, clearing_a_shared_hash_empties_it_for_all) {
+TEST_F(MapEdge, clearing_a_map_empties_all_maps_that_share_its_hash) {
     mapref const m = map({{"a", 1}});
     mapref const n = make<cMapObj>(m->datamap_ref());
     m->clear();
@@ -140,7 +140,7 @@ TEST_F(MapObj, a_given_hash_is_shared_and_keeps_its_father) {
     EXPECT_EQ(none->datamap().father(), none.get());
 }
 
-TEST_F(MapObj, a_copy_takes_content_and_flags_but_no_entry_type) {
+TEST_F(MapObj, a_copy_has_the_content_and_flags_but_no_entry_type) {
     mapref const m = map({{"a", 1}});
     m->set_entrytype(&cat::type_int());
     m->setflags(of_const | 0x40);
@@ -161,7 +161,7 @@ bool count_create(cObj &) {
     return true;
 }
 
-TEST_F(MapObj, create_runs_on_request) {
+TEST_F(MapObj, the_constructor_calls_create_on_request) {
     cOwnType own;
     own.type.set_tmember("create", make<cExeMember>(count_create));
     created = 0;
@@ -181,7 +181,8 @@ TEST_F(MapObj, assignment_replaces_the_content) {
     objref const b = m->datamap().getitem("b");
     *m = *n;
     EXPECT_EQ(shape(m), "{b=7, c=8}");
-    EXPECT_EQ(m->datamap().getitem("b"), b) << "a key of both is assigned in place";
+    EXPECT_EQ(m->datamap().getitem("b"), b)
+        << "a value whose key both maps have is assigned in place";
     cObj const &object = *n;
     *m = object;
     EXPECT_EQ(shape(m), "{b=7, c=8}");
@@ -203,7 +204,7 @@ TEST_F(MapObj, valref_creates_a_missing_key_and_returns_the_stored_reference) {
     EXPECT_EQ(shape(m), "{a=7}");
 }
 
-TEST_F(MapObj, valref_of_a_nil_key_is_scratch) {
+TEST_F(MapObj, valref_of_a_nil_key_returns_a_reference_to_a_value_outside_the_map) {
     mapref const m = map();
     m->valref_(objref()) = cat::nil();
     EXPECT_FALSE(m->valref_(cat::nil()));
@@ -238,7 +239,7 @@ TEST_F(MapObj, submap_ignores_const_keys_and_specifications) {
     EXPECT_EQ(shape(m), "{a={}, b={}}");
 }
 
-TEST_F(MapObj, submap_of_a_nil_key_is_a_scratch_map_and_a_null_pointer) {
+TEST_F(MapObj, submap_of_a_nil_key_is_an_empty_map_elsewhere_and_submap_ptr_is_null) {
     mapref const m = map();
     std::uint32_t const before = cObjBase::ob_count();
     EXPECT_EQ(m->submap_ptr(objref()), nullptr);
@@ -278,7 +279,7 @@ TEST_F(MapObj, size_and_clear_are_methods) {
     EXPECT_EQ(shape(m->call("size")), "0");
 }
 
-TEST_F(MapObj, the_type_holds_the_listed_members) {
+TEST_F(MapObj, the_type_has_these_members) {
     std::string keys;
     cAttrHash const &members = cat::type_map().tmmap();
     for (cAttrNode const *node = members.first(); node; node = members.next(node))
@@ -293,7 +294,7 @@ TEST_F(MapObj, the_type_holds_the_listed_members) {
 
 // --- objects that are not maps
 
-TEST_F(MapObj, methods_refuse_objects_that_are_not_maps) {
+TEST_F(MapObj, methods_do_nothing_for_objects_that_are_not_maps) {
     objref const five = of(5);
     objref key = of("k");
     objref value = of(1);
@@ -307,24 +308,24 @@ TEST_F(MapObj, methods_refuse_objects_that_are_not_maps) {
 
 } // namespace
 
-TEST_F(MapObj, a_palette_equals_an_equal_palette) {
+TEST_F(MapObj, maps_of_an_inherited_type_that_is_not_a_container_are_compared) {
     cOwnType const own; // inherits from map, but is not a container
-    auto const palette = [&](int red) {
+    auto const painted = [&](int red) {
         auto const made = make<cMapObj>(const_cast<cTypeObj *>(&own.type), true);
         made->datamap().mapitem("red", cat::of(red));
         return made;
     };
-    auto const a = palette(1);
+    auto const a = painted(1);
     EXPECT_FALSE(a->is_container());
-    EXPECT_TRUE(a->equal(*palette(1)));
+    EXPECT_TRUE(a->equal(*painted(1)));
     EXPECT_TRUE(a->equal(*a));
-    EXPECT_FALSE(a->equal(*palette(2)));
-    EXPECT_TRUE(a->equal_unsorted(*palette(1)));
-    EXPECT_FALSE(a->equal_unsorted(*palette(2)));
-    objref arg = palette(1);
+    EXPECT_FALSE(a->equal(*painted(2)));
+    EXPECT_TRUE(a->equal_unsorted(*painted(1)));
+    EXPECT_FALSE(a->equal_unsorted(*painted(2)));
+    objref arg = painted(1);
     EXPECT_TRUE(cTomMap::equal_sorted(*a, arg));
     EXPECT_TRUE(cTomMap::equal_unsorted(*a, arg));
-    arg = palette(2);
+    arg = painted(2);
     EXPECT_FALSE(cTomMap::equal_sorted(*a, arg));
 }
 

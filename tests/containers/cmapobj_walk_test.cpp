@@ -140,7 +140,7 @@ TEST_F(MapWalk, walks_terminate_on_a_map_that_holds_itself) {
     m->remove_emptychilds(true);
     EXPECT_EQ(m->size(), 1);
     EXPECT_TRUE(m->detach(true));
-    EXPECT_EQ(m->datamap().getitem("1"), m) << "its own copy is itself";
+    EXPECT_EQ(m->datamap().getitem("1"), m) << "a map is not copied into itself";
     EXPECT_EQ(m->findvalue(*m), m);
     m->clear();
 }
@@ -170,7 +170,7 @@ TEST_F(MapWalk, nesting_that_exhausts_the_stack_is_refused_with_an_error) {
     errors.clear();
     a->remove_emptychilds(true);
     EXPECT_EQ(errors.text(), "0x40000001 Nesting is too deep in object type: map\n");
-    EXPECT_FALSE(a->is_owner_of(*b)) << "this walk needs no stack";
+    EXPECT_FALSE(a->is_owner_of(*b)) << "this walk is not recursive";
 }
 
 // --- owners
@@ -219,7 +219,7 @@ TEST_F(MapWalk, detach_is_false_if_a_value_cannot_be_cloned) {
     mapref const m = map({{"a", cat::nil()}, {"b", 1}});
     objref const b = m->datamap().getitem("b");
     EXPECT_FALSE(m->detach(false));
-    EXPECT_NE(m->datamap().getitem("b"), b) << "the others are cloned all the same";
+    EXPECT_NE(m->datamap().getitem("b"), b) << "the other values are still cloned";
     EXPECT_EQ(m->datamap().getitem("a"), cat::nil());
 }
 

@@ -107,9 +107,9 @@ TEST_F(Changed, set_omember_fires_after_storing_the_member) {
     EXPECT_EQ(take_calls(), "a;8;");
     EXPECT_TRUE(obj->set_omember("k", objref()));
     EXPECT_EQ(take_calls(), "a;" + cat::as_text(cat::badfind()) + ";");
-    EXPECT_TRUE(obj->set_omember("k", cat::badfind())); // it isn't there, and fires all the same
+    EXPECT_TRUE(obj->set_omember("k", cat::badfind())); // fires although the member does not exist
     EXPECT_EQ(take_calls(), "a;" + cat::as_text(cat::badfind()) + ";");
-    EXPECT_FALSE(obj->set_omember("k", cat::bad())); // stored nothing, and fires all the same
+    EXPECT_FALSE(obj->set_omember("k", cat::bad())); // fires although nothing is stored
     EXPECT_EQ(take_calls(), "a;" + cat::as_text(cat::badfind()) + ";");
     EXPECT_TRUE(obj->set_comment("text", true)); // a comment is a member
     EXPECT_EQ(take_calls(), "a;" + cat::as_text(cat::badfind()) + ";");
@@ -171,14 +171,14 @@ TEST_F(Changed, a_signal_with_an_argument_is_not_used) {
 }
 
 TEST_F(Changed, a_member_that_only_claims_the_type_is_not_used) {
-    objref const obj = cat::of(1), liar = cat::of("x");
-    obj->set_omember("changed", liar);
-    liar->set_type(&cat::type_signal());
+    objref const obj = cat::of(1), no_signal = cat::of("x");
+    obj->set_omember("changed", no_signal);
+    no_signal->set_type(&cat::type_signal());
     EXPECT_EQ(obj->changed_signal(), nullptr);
     obj->changed();
-    liar->set_type(nullptr);
+    no_signal->set_type(nullptr);
     EXPECT_EQ(obj->changed_signal(), nullptr);
-    liar->set_type(&cat::type_string());
+    no_signal->set_type(&cat::type_string());
     cRef<cSignalObj> const hidden = make<cSignalObj>(); // the class without the type
     obj->set_omember("changed", hidden);
     hidden->set_type(&cat::type_exe());
@@ -276,7 +276,7 @@ TEST_F(Changed, force_on_a_member_that_refuses_replacement_returns_a_scratch_sig
     NamedSlot const a("a", scratch);
     obj->changed();
     EXPECT_EQ(take_calls(), "");
-    EXPECT_NE(&obj->force_changed_signal(), &scratch); // now nothing replaces it
+    EXPECT_NE(&obj->force_changed_signal(), &scratch); // a signal replaces the string
 }
 
 // --- exceptions: changes stay, and no emission is in progress

@@ -471,16 +471,16 @@ TEST_F(SignalObj, a_refused_force_returns_a_scratch_signal_without_connections) 
 
 TEST_F(SignalObj, an_attribute_that_only_claims_the_type_is_not_a_signal) {
     objref const map = make<cMapObj>();
-    objref const liar = make<cObjD<std::string>>("x");
-    (*map)["k"] = liar;
-    liar->set_type(&cat::type_signal());
+    objref const no_signal = make<cObjD<std::string>>("x");
+    (*map)["k"] = no_signal;
+    no_signal->set_type(&cat::type_signal());
     cAttr attr = (*map)["k"];
     cSignal &scratch = cSignalRef::force(attr);
     EXPECT_FALSE(scratch.isconnected());
-    liar->set_type(&cat::type_signal1());
+    no_signal->set_type(&cat::type_signal1());
     EXPECT_FALSE(cSignalRef1::force(attr).isconnected());
-    EXPECT_TRUE(map->getattr(own_key(std::string("k"))) == liar);
-    liar->set_type(&cat::type_string());
+    EXPECT_TRUE(map->getattr(own_key(std::string("k"))) == no_signal);
+    no_signal->set_type(&cat::type_string());
 }
 
 // --- slot objects

@@ -110,7 +110,7 @@ TEST_F(VectorEdge, erase_after_the_unclamped_end_changes_nothing) {
     EXPECT_EQ(shape(v), "[0, 1, 2, 3]");
 }
 
-TEST_F(VectorEdge, setslice_from_a_later_start_erases_as_many_places_as_its_end_says) {
+TEST_F(VectorEdge, setslice_from_a_later_start_erases_as_many_values_as_its_end_is) {
     vectorref const v = ints(10);
     EXPECT_TRUE(v->setslice(*ints(3, 20), 2, 2));
     EXPECT_EQ(shape(v), "[0, 1, 20, 21, 22, 6, 7, 8, 9]");
@@ -134,7 +134,7 @@ TEST_F(VectorObj, a_new_vector_has_its_type_and_a_copy_has_everything) {
     EXPECT_EQ(shape(target), "[1, 2]");
 }
 
-TEST_F(VectorObj, the_type_holds_the_listed_members) {
+TEST_F(VectorObj, the_type_has_these_members) {
     std::string keys;
     cAttrHash const &members = cat::type_vector().tmmap();
     for (cAttrNode const *node = members.first(); node; node = members.next(node))
@@ -155,7 +155,7 @@ TEST_F(VectorObj, only_setattr_silently_refuses_another_entry_type) {
     v->set_entrytype(&cat::type_int());
     cErrorLog errors;
     EXPECT_FALSE(v->setattr(of(0), of("x")));
-    EXPECT_FALSE(v->setattr(of("no key"), of("x"))) << "tested first";
+    EXPECT_FALSE(v->setattr(of("no key"), of("x"))) << "the entry type is tested before the key";
     EXPECT_EQ(errors.count(), 0u);
     EXPECT_TRUE(v->setattr(of(0), of(1)));
     EXPECT_TRUE(v->append(of("x")));
@@ -173,7 +173,7 @@ TEST_F(VectorObj, reading_returns_the_value_or_badfind) {
 TEST_F(VectorObj, a_vector_may_hold_its_owner) {
     vectorref const v = vector();
     vectorref const w = vector({v});
-    EXPECT_TRUE(v->setattr(of(0), w)) << "no cycle test here";
+    EXPECT_TRUE(v->setattr(of(0), w)) << "vectors are not tested for cycles";
     v->clear();
 }
 
@@ -271,7 +271,7 @@ TEST_F(VectorObj, slices_are_limited_to_the_vector) {
     EXPECT_EQ(shape(v->getslice(min_int, max_int, nullptr)), "[]");
     EXPECT_EQ(shape(v->getslice(2, -1, nullptr)), "[]");
     EXPECT_EQ(shape(vector()->getslice(0, 5, nullptr)), "[]");
-    EXPECT_EQ(shape(of(5)->getslice(0, 5, nullptr)), "[]") << "no iterator";
+    EXPECT_EQ(shape(of(5)->getslice(0, 5, nullptr)), "[]") << "an int has no iterator";
 }
 
 TEST_F(VectorObj, a_value_of_another_type_is_skipped_but_counts) {
@@ -284,15 +284,16 @@ TEST_F(VectorObj, getslice_by_name_reads_its_arguments_as_ints) {
     vectorref const v = ints(4);
     EXPECT_EQ(v->call("getslice", of("x"), of(1)), cat::bad());
     EXPECT_EQ(shape(v->call("getslice", of(1), cat::nil())), "[1]");
-    EXPECT_EQ(shape(v->call("getslice", of(1), of("x"))), "[1]") << "no int: a count of 1";
+    EXPECT_EQ(shape(v->call("getslice", of(1), of("x"))), "[1]")
+        << "an argument that is not an int gives a count of 1";
     EXPECT_EQ(shape(v->call("getslice", cat::of(2.9), of(5))), "[2, 3]");
 }
 
-TEST_F(VectorObj, setslice_replaces_the_places_of_a_slice_from_the_start) {
+TEST_F(VectorObj, setslice_replaces_the_values_of_a_slice_from_the_start) {
     vectorref const v = ints(5);
     EXPECT_TRUE(v->setslice(*vector({"a"}), 0, 2));
     EXPECT_EQ(shape(v), "[a, 2, 3, 4]");
-    EXPECT_TRUE(v->setslice(*vector({"b", "c"}), 0, 0)) << "nothing to erase";
+    EXPECT_TRUE(v->setslice(*vector({"b", "c"}), 0, 0)) << "nothing is erased";
     EXPECT_EQ(shape(v), "[b, c, a, 2, 3, 4]");
 }
 
@@ -301,10 +302,10 @@ TEST_F(VectorObj, setslice_works_at_the_end_and_after_it) {
     EXPECT_TRUE(v->setslice(*vector({9}), 3, 0));
     EXPECT_EQ(shape(v), "[0, 1, 2, 9]");
     EXPECT_FALSE(v->setslice(*vector({9}), 5, 0));
-    EXPECT_FALSE(v->setslice(*vector({9}), -3, 2)) << "an end below 0";
+    EXPECT_FALSE(v->setslice(*vector({9}), -3, 2)) << "the end of the slice is below 0";
     EXPECT_FALSE(v->setslice(*vector({9}), 2, -1));
     EXPECT_EQ(shape(v), "[0, 1, 2, 9]");
-    EXPECT_TRUE(v->setslice(*vector({7}), -1, 1)) << "an end of 0";
+    EXPECT_TRUE(v->setslice(*vector({7}), -1, 1)) << "the end of the slice is 0";
     EXPECT_EQ(shape(v), "[7, 0, 1, 2, 9]");
     EXPECT_TRUE(v->setslice(*vector(), 0, max_int));
     EXPECT_EQ(shape(v), "[]");
@@ -329,7 +330,7 @@ TEST_F(VectorObj, vectors_are_equal_by_their_values_in_order) {
     EXPECT_TRUE(vector({1, "a"})->equal(*vector({1, "a"})));
     EXPECT_FALSE(vector({1, "a"})->equal(*vector({"a", 1})));
     EXPECT_FALSE(vector({1})->equal(*vector({1, 2})));
-    EXPECT_FALSE(vector({1})->equal(*set({1}))) << "another type";
+    EXPECT_FALSE(vector({1})->equal(*set({1}))) << "a set has another type";
     objref same_values = map({{"x", 1}, {"y", 2}});
     EXPECT_TRUE(cTomVector::m_equal(*vector({1, 2}), same_values)) << "keys aren't compared";
     objref five = of(5);

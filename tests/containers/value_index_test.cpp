@@ -1,4 +1,4 @@
-// Lookup by value through an index: the result always equals that of cAttrHash::findvalue.
+// Searches for a value through an index: the result always equals that of cAttrHash::findvalue.
 #include "containers/value_index.h"
 
 #include "tests/core/hash_support.h"
@@ -14,7 +14,7 @@ class ValueIndex : public QrvTest {
     cAttrHash hash{nullptr};
     cValueIndex index{hash};
 
-    void same(objref const &value) {
+    void expect_same_as_walk(objref const &value) {
         EXPECT_EQ(index.find(*value), hash.findvalue(value)) << short_text(value);
     }
 };
@@ -49,7 +49,7 @@ TEST_F(ValueIndex, finds_the_first_of_equal_values) {
     EXPECT_EQ(index.find(*cat::of("7")), nullptr);
 }
 
-TEST_F(ValueIndex, agrees_with_the_walk_while_the_hash_grows_shrinks_and_moves) {
+TEST_F(ValueIndex, finds_what_a_walk_finds_after_random_changes) {
     std::mt19937 random(3);
     for (int i = 0; i < 4000; ++i) {
         int const key = static_cast<int>(random() % 100);
@@ -72,7 +72,7 @@ TEST_F(ValueIndex, agrees_with_the_walk_while_the_hash_grows_shrinks_and_moves) 
         index.find(*any_value(random));
         // The index does not notice values that insert and rename replace.
         index.forget();
-        for (int j = 0; j < 4; ++j) same(any_value(random));
+        for (int j = 0; j < 4; ++j) expect_same_as_walk(any_value(random));
     }
 }
 
@@ -98,7 +98,7 @@ TEST_F(ValueIndex, forget_discards_changed_values) {
     EXPECT_EQ(index.find(*cat::of(5)), nullptr);
 }
 
-TEST_F(ValueIndex, the_own_equal_of_a_type_is_called) {
+TEST_F(ValueIndex, an_equal_method_that_replaces_the_librarys_is_called) {
     static int asked;
     asked = 0;
     cTypeObj &type = cat::type_int();
@@ -126,7 +126,7 @@ TEST_F(ValueIndex, objects_of_a_derived_type_are_not_plain) {
     EXPECT_EQ(index.find(*value), hash.find(0));
 }
 
-TEST_F(ValueIndex, two_hundred_thousand_different_values_need_no_walk) {
+TEST_F(ValueIndex, searches_for_two_hundred_thousand_new_values_take_constant_time) {
     for (int i = 0; i < 200000; ++i) {
         objref const value = cat::of(i);
         ASSERT_EQ(index.find(*value), nullptr);

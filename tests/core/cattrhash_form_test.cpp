@@ -291,7 +291,7 @@ TEST_F(HashForm, a_destructor_in_an_inner_hash_finds_the_outer_hash_in_order) {
     EXPECT_EQ(seen, "last=2 1");
 }
 
-TEST_F(HashForm, a_hash_that_is_destroyed_knows_its_greatest_key_while_it_has_it) {
+TEST_F(HashForm, a_hash_that_is_destroyed_returns_its_greatest_key_until_its_removal) {
     static int assigned;
     assigned = 0;
     cProcedure2 const count = [](cObj &, objref &) { return ++assigned > 0; };

@@ -310,7 +310,7 @@ TEST_F(HashHostile, nan_keys_match_in_every_search) {
     sound();
 }
 
-// --- long lives and chosen keys
+// --- many changes, and keys chosen to collide
 
 TEST_F(HostileEdge, tombstones_never_use_up_the_empty_slots) {
     constexpr int rounds = 1000000;

@@ -175,9 +175,9 @@ TEST_F(Node, a_locked_type_refuses_another_type) {
     objref const same = node.valref();
     node = same;
     EXPECT_EQ(errors.count(), 2u);
-    hash.mapitem("k e", cat::of("text")); // the general put doesn't look at flags
+    hash.mapitem("k e", cat::of("text")); // mapitem ignores the flags
     EXPECT_EQ(ring(hash), "k e=text ");
-    node = objref(); // nor does removal
+    node = objref(); // a removal ignores them, too
     EXPECT_TRUE(hash.empty());
 }
 
@@ -207,7 +207,7 @@ TEST_F(Node, a_held_node_is_empty_and_dead_after_its_deletion) {
     EXPECT_EQ(&(*node = cat::of(1)), &nil_attr());
     EXPECT_EQ(node->valref(), nullptr);
     hash.mapitem("a", cat::of(2));
-    EXPECT_NE(hash.first(), node); // the memory is still taken
+    EXPECT_NE(hash.first(), node); // the memory is still in use
     node->unhold();
 }
 

@@ -1,4 +1,4 @@
-// Looks at the values of a vector by their index. The node of the index is the reference.
+// Reads of a vector's values by index: each returns the value of the node that find() returns.
 #include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 #include "tests/support/sanitized.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int many = 40; // a row, and looks enough that it has values
+constexpr int many = 40; // a vector of this size has a row, into which reads copy the values
 
 class HashRow : public QrvTest {
   protected:
@@ -19,45 +19,45 @@ class HashRow : public QrvTest {
     void fill(int n) {
         for (int i = 0; i < n; ++i) ASSERT_TRUE(hash.vect_append(cat::of(100 + i)));
     }
-    // Looks at each index and one beyond each end.
-    void look() const {
+    // Reads the value at each index, and at one beyond each end.
+    void read() const {
         for (int i = -1; i <= static_cast<int>(hash.used()); ++i) {
             cAttrNode const *const node = hash.find(i);
             ASSERT_EQ(hash.valueof(i), node ? node->valref().get() : nullptr) << i;
         }
     }
-    void look_often() const {
-        for (int times = 0; times < 3; ++times) look();
+    void read_often() const {
+        for (int times = 0; times < 3; ++times) read();
         ASSERT_EQ(hash.broken_rule(true), "");
     }
     void make_values() {
         fill(many);
-        look_often();
+        read_often();
         ASSERT_TRUE(cAttrHashProbe::has_values(hash));
     }
 };
 
 } // namespace
 
-TEST_F(HashRow, the_row_stores_values_after_a_quarter_as_many_reads) {
+TEST_F(HashRow, the_row_has_values_after_more_reads_than_a_quarter_of_its_entries) {
     fill(many);
     for (int i = 0; i < many / 4; ++i) EXPECT_TRUE(hash.valueof(i));
     EXPECT_FALSE(cAttrHashProbe::has_values(hash));
     EXPECT_TRUE(hash.valueof(0));
     EXPECT_TRUE(cAttrHashProbe::has_values(hash));
-    look_often();
+    read_often();
 }
 
 TEST_F(HashRow, the_row_has_appended_and_replaced_values) {
     make_values();
     fill(3 * many);
-    look();
+    read();
     EXPECT_TRUE(cAttrHashProbe::has_values(hash));
     hash.setitem(cat::of(5), cat::of("other"));
     hash.mapitem(cat::of(6), cat::of("other"));
     *hash.find(7) = cat::of("other");
     hash.insert(cat::of(8), objref(), nullptr);
-    look_often();
+    read_often();
     EXPECT_EQ(short_text(objref::share(hash.valueof(5))), "other");
     EXPECT_FALSE(hash.valueof(8));
 }
@@ -66,12 +66,12 @@ TEST_F(HashRow, the_row_has_values_stored_through_a_reference) {
     make_values();
     objref &value = hash.find(5)->valref_();
     value = cat::of("other");
-    look_often();
+    read_often();
     value = nullptr;
-    look_often();
+    read_often();
     hash.setitem(cat::of(5), cat::of("third"));
     value = cat::of("fourth");
-    look_often();
+    read_often();
 }
 
 TEST_F(HashRow, the_row_has_detached_values) {
@@ -79,11 +79,11 @@ TEST_F(HashRow, the_row_has_detached_values) {
     objref const shared = hash.find(5)->valref();
     EXPECT_TRUE(cat::detach(hash.find(5)->valref(), false));
     EXPECT_NE(hash.valueof(5), shared.get());
-    look_often();
+    read_often();
     objref const other = hash.find(6)->valref();
     EXPECT_TRUE(hash.find(6)->detach());
     EXPECT_NE(hash.valueof(6), other.get());
-    look_often();
+    read_often();
 }
 
 TEST_F(HashRow, a_read_while_an_old_value_is_destroyed_finds_the_new_one) {
@@ -98,16 +98,16 @@ TEST_F(HashRow, a_read_while_an_old_value_is_destroyed_finds_the_new_one) {
 TEST_F(HashRow, a_read_while_the_hash_is_destroyed_finds_the_remaining_values) {
     std::string seen;
     {
-        auto const dying = make<cAttrHash>(nullptr);
+        auto const freed = make<cAttrHash>(nullptr);
         for (int i = 0; i < many; ++i)
-            dying->vect_append(i == 20 ? last_will([&, h = dying.get()] {
+            freed->vect_append(i == 20 ? last_will([&, h = freed.get()] {
                 seen = std::to_string(h->valueof(19) != nullptr) +
                        std::to_string(h->valueof(20) != nullptr) +
                        short_text(objref::share(h->valueof(21)));
             })
                                        : cat::of(i));
-        for (int i = 0; i < many; ++i) EXPECT_TRUE(dying->valueof(i));
-        EXPECT_TRUE(cAttrHashProbe::has_values(*dying));
+        for (int i = 0; i < many; ++i) EXPECT_TRUE(freed->valueof(i));
+        EXPECT_TRUE(cAttrHashProbe::has_values(*freed));
     }
     EXPECT_EQ(seen, "0021");
 }
@@ -115,7 +115,7 @@ TEST_F(HashRow, a_read_while_the_hash_is_destroyed_finds_the_remaining_values) {
 TEST_F(HashRow, a_hash_that_is_no_longer_a_row_has_no_row_values) {
     make_values();
     hash.delitem(cat::of(many - 1));
-    look_often();
+    read_often();
     EXPECT_FALSE(cAttrHashProbe::has_values(hash));
     cAttrHash other(nullptr);
     for (int i = 0; i < many; ++i) other.vect_append(cat::of(i));
@@ -125,12 +125,12 @@ TEST_F(HashRow, a_hash_that_is_no_longer_a_row_has_no_row_values) {
     for (int i = 0; i < many; ++i) EXPECT_EQ(other.valueof(i), other.find(i)->valref().get());
 }
 
-TEST_F(HashRow, keys_of_a_map_are_found_by_number) {
+TEST_F(HashRow, int_keys_of_a_map_are_found_by_valueof) {
     hash.mapitem("a", cat::of(1));
     hash.mapitem(cat::of(7), cat::of(2));
     EXPECT_EQ(hash.valueof(7), hash.find(7)->valref().get());
     EXPECT_FALSE(hash.valueof(0));
-    look_often();
+    read_often();
 }
 
 TEST_F(HashRow, values_agree_with_the_nodes_after_generated_changes) {
@@ -139,7 +139,7 @@ TEST_F(HashRow, values_agree_with_the_nodes_after_generated_changes) {
     for (int round = 0; round < rounds; ++round) {
         cAttrHash fresh(nullptr);
         auto const at = [&] { return static_cast<int>(random() % (fresh.used() + 1)); };
-        std::vector<objref *> given_out;
+        std::vector<objref *> references;
         for (int step = 0; step < 150; ++step) {
             int const i = at();
             cAttrNode *const node = fresh.find(i);
@@ -152,8 +152,8 @@ TEST_F(HashRow, values_agree_with_the_nodes_after_generated_changes) {
                 fresh.setitem(cat::of(i), cat::of(step));
                 break;
             case 3:
-                if (node && random() % 4 == 0) given_out.push_back(&node->valref_());
-                if (!given_out.empty()) *given_out[random() % given_out.size()] = cat::of(step);
+                if (node && random() % 4 == 0) references.push_back(&node->valref_());
+                if (!references.empty()) *references[random() % references.size()] = cat::of(step);
                 break;
             case 4:
             case 5: {
@@ -166,7 +166,7 @@ TEST_F(HashRow, values_agree_with_the_nodes_after_generated_changes) {
                 fresh.vect_insert(i, cat::of(step));
                 break;
             case 7:
-                given_out.clear();
+                references.clear();
                 fresh.vect_erase(i);
                 break;
             default:
@@ -191,7 +191,7 @@ TEST_F(HashRow, the_rules_detect_a_wrong_row_value) {
     EXPECT_EQ(hash.broken_rule(false), "");
 }
 
-TEST_F(HashRow, appending_assigns_the_same_ids_and_counts_as_storing_under_a_key) {
+TEST_F(HashRow, appending_uses_as_many_object_ids_as_storing_under_a_key) {
     cAttrHash by_key(nullptr);
     for (int i = 0; i < many; ++i) {
         objref const value = cat::of(i);

@@ -231,7 +231,7 @@ TEST_F(Hash, values_are_shared_and_keys_are_private) {
     EXPECT_EQ(hash.find("other"), nullptr);
 }
 
-TEST_F(Hash, the_private_key_is_counted_and_not_const_even_from_a_borrowed_one) {
+TEST_F(Hash, the_copy_of_a_borrowed_const_key_is_counted_and_not_const) {
     std::uint32_t const before = cObjBase::ob_count();
     std::string text = "k";
     hash.mapitem(make_key(text), cat::nil());
@@ -263,13 +263,13 @@ TEST_F(Hash, a_key_of_a_type_without_hooks_is_stored_but_never_found) {
 }
 
 TEST_F(Hash, an_executable_gets_its_key_as_name_and_may_refuse) {
-    struct cPicky : cExeObj {
-        cPicky() : cExeObj(0, false, false) {}
-        cPicky(cPicky const &) = delete;
-        cPicky &operator=(cPicky const &) = delete;
+    struct cRefusing : cExeObj {
+        cRefusing() : cExeObj(0, false, false) {}
+        cRefusing(cRefusing const &) = delete;
+        cRefusing &operator=(cRefusing const &) = delete;
         bool validate_exe(cObj *owner) const override { return owner && name() != "no"; }
     };
-    objref const owner = cat::of(0), exe = make<cPicky>();
+    objref const owner = cat::of(0), exe = make<cRefusing>();
     EXPECT_FALSE(hash.mapitem("yes", exe));
     hash.father(owner, false);
     EXPECT_FALSE(hash.mapitem("no", exe));
@@ -280,12 +280,12 @@ TEST_F(Hash, an_executable_gets_its_key_as_name_and_may_refuse) {
     EXPECT_EQ(static_cast<cExeObj &>(*exe).name(), "5");
 }
 
-TEST_F(Hash, an_object_that_only_claims_to_be_executable_is_refused) {
-    objref const liar = cat::of(1);
-    liar->set_type(&cat::type_exe());
-    EXPECT_FALSE(hash.mapitem("a", liar));
+TEST_F(Hash, an_object_that_has_the_type_exe_but_is_not_executable_is_refused) {
+    objref const number = cat::of(1);
+    number->set_type(&cat::type_exe());
+    EXPECT_FALSE(hash.mapitem("a", number));
     EXPECT_TRUE(hash.empty());
-    liar->set_type(&cat::type_int());
+    number->set_type(&cat::type_int());
 }
 
 TEST_F(Hash, setitem_turns_a_thrown_error_into_false) {
@@ -306,7 +306,7 @@ TEST_F(Hash, copyitem_assigns_into_a_present_value) {
     EXPECT_TRUE(hash.copyitem(cat::of("a"), source, false));
     EXPECT_EQ(hash.getitem("a"), present);
     EXPECT_EQ(val<int>(present), 2);
-    EXPECT_TRUE(hash.copyitem(cat::of("a"), objref(), true)); // void changes nothing
+    EXPECT_TRUE(hash.copyitem(cat::of("a"), objref(), true)); // a void value changes nothing
     EXPECT_EQ(val<int>(present), 2);
     cErrorLog errors;
     EXPECT_FALSE(hash.copyitem(cat::of("a"), cat::of("text"), false));
@@ -348,7 +348,7 @@ TEST_F(Hash, insert_stores_any_value_and_moves_the_node) {
     EXPECT_EQ(hash.getitem("x"), nullptr);
     EXPECT_EQ(hash.insert(cat::of("y"), cat::of(4), hash.first()), y);
     EXPECT_EQ(y, hash.first());
-    EXPECT_EQ(hash.insert(cat::of("a"), cat::of(9), nullptr), hash.find("a")); // stays
+    EXPECT_EQ(hash.insert(cat::of("a"), cat::of(9), nullptr), hash.find("a")); // is not moved
     EXPECT_EQ(ring(hash), "y=4 a=9 x=null b=2 ");
     EXPECT_EQ(ring_backwards(hash), "b=2 x=null a=9 y=4 ");
     EXPECT_EQ(hash.broken_rule(true), "");
@@ -361,7 +361,7 @@ TEST_F(Hash, inserting_a_node_before_itself_or_before_its_follower_moves_nothing
     EXPECT_EQ(ring(hash), "a=1 b=8 c=3 ");
 }
 
-TEST_F(Hash, insert_before_a_node_of_another_hash_leaves_it_at_the_tail) {
+TEST_F(Hash, insert_before_a_node_of_another_hash_appends) {
     fill({"a"});
     cAttrHash other(nullptr);
     other.mapitem("o", cat::nil());
@@ -407,7 +407,7 @@ TEST_F(Hash, renaming_to_the_following_key_replaces_that_entry) {
     EXPECT_EQ(ring_backwards(hash), "c=3 b=1 ");
 }
 
-TEST_F(Hash, values_are_found_by_lookup) {
+TEST_F(Hash, values_are_found_by_identity_and_by_equality) {
     objref const one = cat::of(1), other_one = cat::of(1);
     hash.mapitem("a", cat::of(5));
     hash.mapitem("b", one);
@@ -488,7 +488,7 @@ TEST_F(Hash, flags_replace_two_bits_of_every_node) {
     EXPECT_EQ(hash.find("b")->flags(), 2);
 }
 
-TEST_F(Hash, detach_gives_each_value_its_own_copy_and_ands_the_results) {
+TEST_F(Hash, detach_replaces_values_by_copies_and_returns_false_if_one_fails) {
     objref const shared = cat::of(1);
     hash.mapitem("a", shared);
     hash.mapitem("b", shared);
@@ -514,13 +514,13 @@ TEST_F(HashEdge, assigning_a_hash_to_itself_empties_it) {
     EXPECT_EQ(hash.broken_rule(true), "");
 }
 
-TEST_F(Hash, assigning_copies_keys_shares_values_and_leaves_map_null) {
+TEST_F(Hash, assigning_copies_keys_shares_values_and_leaves_the_map_of_nodes_null) {
     fill({"a", "b"});
     objref const owner = cat::of(0);
     hash.father(owner, false);
     hash.flags(3);
     cAttrHash copy(nullptr);
-    copy.mapitem("gone", cat::of(0));
+    copy.mapitem("removed", cat::of(0));
     copy = hash;
     EXPECT_EQ(ring(copy), "a=1 b=2 ");
     EXPECT_EQ(copy.getitem("a"), hash.getitem("a"));
@@ -528,7 +528,7 @@ TEST_F(Hash, assigning_copies_keys_shares_values_and_leaves_map_null) {
     EXPECT_EQ(copy.first()->map(), nullptr);
     EXPECT_EQ(copy.first()->flags(), 0);
     EXPECT_EQ(copy.father(), nullptr);
-    EXPECT_EQ(&(*copy.first() = objref()), copy.first()); // can't remove itself
+    EXPECT_EQ(&(*copy.first() = objref()), copy.first()); // without a map it cannot remove itself
     EXPECT_EQ(ring(copy), "a=1 b=2 ");
     EXPECT_TRUE(copy.mapitem("a", cat::of(7)));
     EXPECT_EQ(copy.first()->map(), &copy);
@@ -548,9 +548,9 @@ TEST_F(Hash, clear_keeps_the_size_and_leaves_tombstones) {
     hash.clear();
     EXPECT_TRUE(hash.empty());
     EXPECT_EQ(hash.slots(), 397u);
-    std::uint32_t marks = 0;
-    for (std::uint32_t i = 0; i < 397; ++i) marks += cAttrHashProbe::word(hash, i) == 1;
-    EXPECT_EQ(marks, 200u);
+    std::uint32_t tombstones = 0;
+    for (std::uint32_t i = 0; i < 397; ++i) tombstones += cAttrHashProbe::word(hash, i) == 1;
+    EXPECT_EQ(tombstones, 200u);
     EXPECT_TRUE(hash.mapitem("a", cat::of(1)));
     EXPECT_EQ(ring(hash), "a=1 ");
 }

@@ -92,7 +92,7 @@ TEST_F(VectorMode, a_floating_key_counts_by_its_truncated_value) {
     hash.mapitem(cat::of(12.5f), cat::nil());
     EXPECT_EQ(hash.after_last_index(), 13);
     hash.mapitem(cat::of(std::nan("")), cat::nil());
-    hash.mapitem(cat::of(1e30), cat::nil()); // both the lowest int
+    hash.mapitem(cat::of(1e30), cat::nil()); // both keys count as the lowest int
     EXPECT_EQ(hash.after_last_index(), 13);
 }
 

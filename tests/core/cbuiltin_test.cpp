@@ -40,11 +40,11 @@ TEST_F(Builtin, other_objects_are_not_builtin) {
 }
 
 TEST_F(Builtin, an_object_that_claims_another_type_is_not_builtin) {
-    objref const liar = cat::of("a");
-    liar->set_type(&cat::type_int());
-    EXPECT_FALSE(is_written_by_the_library(*liar));
-    liar->set_type(&cat::type_string());
-    EXPECT_TRUE(is_written_by_the_library(*liar));
+    objref const text = cat::of("a");
+    text->set_type(&cat::type_int());
+    EXPECT_FALSE(is_written_by_the_library(*text));
+    text->set_type(&cat::type_string());
+    EXPECT_TRUE(is_written_by_the_library(*text));
 }
 
 TEST_F(Builtin, a_missing_method_does_not_count_as_the_librarys) {
@@ -66,18 +66,18 @@ TEST_F(Builtin, an_object_loses_its_derived_class_in_the_destructor) {
     EXPECT_EQ(cat::of(1.5)->object_class(), cObjClass::double_number);
     EXPECT_EQ(make<cVectorObj>()->object_class(), cObjClass::map);
     objref map = make<cMapObj>();
-    cObj *const dying = map.get();
+    cObj *const address = map.get();
     bool is_map = true;
-    map->setattr(cat::of("a"), last_will([&] { is_map = cat::as_map(dying) != nullptr; }));
+    map->setattr(cat::of("a"), last_will([&] { is_map = cat::as_map(address) != nullptr; }));
     map = nullptr;
     EXPECT_FALSE(is_map);
 }
 
 TEST_F(Builtin, the_own_members_of_a_value_that_is_destroyed_do_not_find_it) {
     objref text = cat::of("a");
-    cObj *const dying = text.get();
+    cObj *const address = text.get();
     bool has_value = true;
-    text->set_omember("w", last_will([&] { has_value = cat::value_in<std::string>(dying); }));
+    text->set_omember("w", last_will([&] { has_value = cat::value_in<std::string>(address); }));
     text = nullptr;
     EXPECT_FALSE(has_value);
 }

@@ -15,20 +15,20 @@ class Executable : public QrvTest {};
 
 std::string called; // the executables that ran, with their arguments
 
-std::string told(objref const &ref) { return ref ? cat::as_string(ref) : "null"; }
+std::string shown(objref const &ref) { return ref ? cat::as_string(ref) : "null"; }
 
 objref f0() { return called = "f0", cat::of(0); }
-objref f1(objref a) { return called = "f1 " + told(a), cat::of(1); }
-objref f2(objref a, objref b) { return called = "f2 " + told(a) + " " + told(b), cat::of(2); }
+objref f1(objref a) { return called = "f1 " + shown(a), cat::of(1); }
+objref f2(objref a, objref b) { return called = "f2 " + shown(a) + " " + shown(b), cat::of(2); }
 objref f3(objref a, objref b, objref c) {
-    return called = "f3 " + told(a) + " " + told(b) + " " + told(c), cat::of(3);
+    return called = "f3 " + shown(a) + " " + shown(b) + " " + shown(c), cat::of(3);
 }
-bool p1(cObj &a) { return called = "p1 " + told(objref::share(&a)), true; }
+bool p1(cObj &a) { return called = "p1 " + shown(objref::share(&a)), true; }
 bool p2(cObj &a, objref &b) {
-    return called = "p2 " + told(objref::share(&a)) + " " + told(b), true;
+    return called = "p2 " + shown(objref::share(&a)) + " " + shown(b), true;
 }
 bool p3(cObj &a, objref &b, objref &c) {
-    return called = "p3 " + told(objref::share(&a)) + " " + told(b) + " " + told(c), false;
+    return called = "p3 " + shown(objref::share(&a)) + " " + shown(b) + " " + shown(c), false;
 }
 
 struct cSeven {
@@ -191,7 +191,7 @@ TEST_F(Executable, calls_choose_the_entry_by_s_and_p) {
     struct cRow {
         objref exe;
         int given;
-        char const *story;
+        char const *called;
     };
     cRow const rows[] = {
         {make<cExeGlobal>(f0), 0, "f0"},       {make<cExeMember>(f1), 0, "f1 5"},
@@ -208,7 +208,7 @@ TEST_F(Executable, calls_choose_the_entry_by_s_and_p) {
         if (row.given == 0) result = self->call("probe");
         if (row.given == 1) result = self->call("probe", cat::of(8));
         if (row.given == 2) result = self->call("probe", cat::of(8), cat::of(9));
-        EXPECT_EQ(called, row.story);
+        EXPECT_EQ(called, row.called);
         EXPECT_NE(result, nullptr);
     }
     type.set_tmember("probe", objref());
@@ -227,7 +227,7 @@ TEST_F(Executable, the_error_of_a_wrong_count_has_the_number_of_arguments) {
     }
     cat::errhandler() = cErrHandler(0, 0x04000000u, 0xFFFFFFFFu);
     EXPECT_TRUE(self->call("probe") == cat::nil());
-    EXPECT_TRUE(self->call("nosuch") == cat::bad()); // only a count is forgiven
+    EXPECT_TRUE(self->call("nosuch") == cat::bad()); // only a wrong count is forgiven
 }
 
 TEST_F(Executable, an_entry_that_is_not_executable_is_not_called) {

@@ -187,7 +187,7 @@ TEST_F(Member, an_object_that_only_claims_to_be_executable_is_not_a_member) {
                                  "'k', must be cExeMember\n");
     }
     cat::errhandler() = cErrHandler(0, 0x04000000u, 0xFFFFFFFFu);
-    EXPECT_TRUE(a->set_omember("k", pretender)); // forgiven, but not stored
+    EXPECT_TRUE(a->set_omember("k", pretender)); // the error is forgiven, but nothing is stored
     EXPECT_TRUE(a->omember("k") == cat::badfind());
     pretender->set_type(&cat::type_string());
 }

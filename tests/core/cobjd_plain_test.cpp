@@ -229,7 +229,7 @@ std::vector<objref> claims(cTypeObj &type) {
     return claims;
 }
 
-objref honest(cTypeObj &type) {
+objref valid_object(cTypeObj &type) {
     objref const made = type.newobj();
     made->set_type(&type);
     return made;
@@ -245,7 +245,7 @@ std::vector<cTypeObj *> scalar_types() {
 TEST_F(Claim, the_methods_of_scalars_refuse_objects_that_only_claim_the_type) {
     for (cTypeObj *type : scalar_types())
         for (objref const &claim : claims(*type)) {
-            objref const value = honest(*type);
+            objref const value = valid_object(*type);
             std::string const before = cat::as_text(value);
             EXPECT_FALSE(claim->assign(value));
             EXPECT_FALSE(value->assign(claim));
@@ -267,8 +267,8 @@ TEST_F(Claim, objects_that_only_claim_a_scalar_type_are_not_converted) {
     for (cTypeObj *type : scalar_types())
         for (objref const &claim : claims(*type))
             for (cTypeObj *other : scalar_types()) {
-                EXPECT_FALSE(honest(*other)->convert(claim)) << type->name();
-                EXPECT_FALSE(claim->convert(honest(*other))) << type->name();
+                EXPECT_FALSE(valid_object(*other)->convert(claim)) << type->name();
+                EXPECT_FALSE(claim->convert(valid_object(*other))) << type->name();
             }
 }
 
@@ -310,9 +310,9 @@ TEST_F(Claim, a_key_that_only_claims_its_type_is_found_only_by_itself) {
 TEST_F(Claim, sets_can_hold_objects_that_only_claim_a_scalar_type) {
     for (cTypeObj *type : {&cat::type_string(), &cat::type_int(), &cat::type_bool()}) {
         auto const source = make<cVectorObj>();
-        source->append(honest(*type));
+        source->append(valid_object(*type));
         for (objref const &claim : claims(*type)) source->append(claim);
-        source->append(honest(*type)); // equals the first
+        source->append(valid_object(*type)); // equals the first
         auto const set = make<cSetObj>();
         EXPECT_TRUE(set->assign(*source));
         EXPECT_EQ(set->size(), 5) << type->name();

@@ -1,4 +1,4 @@
-// The index of sets: after any changes of a set and its values, its result equals that of a walk.
+// The index of a set: after any change of the set or of its values, it finds what a walk finds.
 #include "core/cset_index.h"
 
 #include "qrv/containers/csetobj.h"
@@ -14,7 +14,7 @@ namespace {
 
 class SetIndex : public QrvTest {
   protected:
-    void same(objref const &value) {
+    void expect_same_as_walk(objref const &value) {
         bool const walked = set->datamap().findvalue(value) != nullptr;
         EXPECT_EQ(cSetIndex::holds(set->datamap(), value), walked) << short_text(value);
         EXPECT_EQ(set->datamap().broken_rule(false), "");
@@ -45,11 +45,9 @@ objref any_value(std::mt19937 &random) {
 
 } // namespace
 
-TEST_F(SetIndex, agrees_with_the_walk_after_random_changes) {
+TEST_F(SetIndex, the_index_finds_what_a_walk_finds_after_random_changes) {
     cRef<cSetObj> const other = make<cSetObj>();
-    std::vector<objref> values;   // some are in the sets
-    std::vector<objref *> places; // references into nodes that stay
-    std::deque<int> outside;      // the numbers of views
+    std::deque<int> outside; // the numbers of objects that refer to a number elsewhere
     int const rounds = test::sanitized ? 2000 : 6000;
     for (int i = 0; i < rounds; ++i) {
         int const size = set->size();
@@ -73,7 +71,7 @@ TEST_F(SetIndex, agrees_with_the_walk_after_random_changes) {
             old->add(fresh);
             break;
         case 5:
-            if (old != cat::btrue()) old->convert(fresh); // it would change the constant
+            if (old != cat::btrue()) old->convert(fresh); // the constant must not change
             break;
         case 6:
             if (random() % 4 == 0 && old->object_class() == cObjClass::integer)
@@ -110,7 +108,7 @@ TEST_F(SetIndex, agrees_with_the_walk_after_random_changes) {
             set->append(fresh);
             break;
         }
-        for (int j = 0; j < 3; ++j) same(any_value(random));
+        for (int j = 0; j < 3; ++j) expect_same_as_walk(any_value(random));
         if (set->size() > 90) set->clear();
         if (other->size() > 60) other->clear();
     }
@@ -120,10 +118,10 @@ TEST_F(SetIndex, a_value_with_an_outside_reference_is_compared_by_walking) {
     fill(20);
     objref const held = set->getattr(cat::of(3));
     int &number = val<int>(held);
-    same(cat::of(3));
+    expect_same_as_walk(cat::of(3));
     number = 77;
-    same(cat::of(77));
-    same(cat::of(3));
+    expect_same_as_walk(cat::of(77));
+    expect_same_as_walk(cat::of(3));
     EXPECT_FALSE(set->append(cat::of(77)));
     EXPECT_TRUE(set->append(cat::of(3)));
 }
@@ -142,7 +140,7 @@ TEST_F(SetIndex, an_entry_with_an_outside_reference_is_compared_by_walking) {
     fill(20);
     objref &place = set->valref_(cat::of(4));
     place = cat::of(0.5);
-    same(cat::of(4));
+    expect_same_as_walk(cat::of(4));
     place = cat::of(99);
     EXPECT_FALSE(set->append(cat::of(99)));
 }
@@ -153,28 +151,28 @@ TEST_F(SetIndex, an_object_of_two_sets_that_changes_is_found_in_both) {
     other->add(*set);
     objref const shared = set->getattr(cat::of(5));
     EXPECT_EQ(other->getattr(cat::of(5)), shared);
-    same(cat::of(5));
+    expect_same_as_walk(cat::of(5));
     shared->assign(cat::of(500));
-    same(cat::of(500));
+    expect_same_as_walk(cat::of(500));
     EXPECT_FALSE(other->append(cat::of(500)));
     EXPECT_TRUE(other->append(cat::of(5)));
 }
 
-TEST_F(SetIndex, an_object_that_changes_its_type_is_not_equal_any_more) {
+TEST_F(SetIndex, an_object_with_a_new_type_is_no_longer_equal) {
     fill(20);
     typeref const type = make<cTypeObj>(
         "int3", +[](cTypeObj &t) { t.inherit(cat::type_int()); });
     objref const value = set->getattr(cat::of(5));
     value->set_type(type.get());
-    same(cat::of(5));
+    expect_same_as_walk(cat::of(5));
     EXPECT_TRUE(set->append(cat::of(5)));
     value->set_type(&cat::type_int());
-    same(cat::of(5));
+    expect_same_as_walk(cat::of(5));
 }
 
 TEST_F(SetIndex, an_equal_method_of_a_program_is_used_at_once) {
     fill(20);
-    same(cat::of(5));
+    expect_same_as_walk(cat::of(5));
     cTypeObj &type = cat::type_int();
     objref const before = type.tmember("equal");
     type.set_tmember("equal", make<cExeMember>(+[](cObj &, objref &) { return true; }));
@@ -183,27 +181,27 @@ TEST_F(SetIndex, an_equal_method_of_a_program_is_used_at_once) {
     EXPECT_TRUE(set->append(cat::of(1000)));
 }
 
-TEST_F(SetIndex, single_appends_between_changes_need_no_walk) {
+TEST_F(SetIndex, appends_between_changes_take_constant_time) {
     int const count = test::sanitized ? 20000 : 100000;
     for (int i = 0; i < count; ++i) {
         ASSERT_TRUE(set->append(cat::of(i)));
         ASSERT_FALSE(set->append(cat::of(i / 2)));
         if (i % 2 == 0) {
-            set->setattr(cat::of(set->size() - 1), nullptr); // the last one
+            set->setattr(cat::of(set->size() - 1), nullptr); // removes the last value
             ASSERT_TRUE(set->append(cat::of(i)));
         }
-        if (i % 3 == 0) set->getattr(cat::of(i / 2))->add(cat::of(2 * count)); // and back
-        if (i % 3 == 0) set->getattr(cat::of(i / 2))->assign(cat::of(i / 2));
+        if (i % 3 == 0) set->getattr(cat::of(i / 2))->add(cat::of(2 * count));
+        if (i % 3 == 0) set->getattr(cat::of(i / 2))->assign(cat::of(i / 2)); // undoes the change
     }
     EXPECT_EQ(set->size(), count);
 }
 
-TEST_F(SetIndex, equal_values_stored_without_append_need_no_walk_each) {
+TEST_F(SetIndex, equal_values_stored_without_append_do_not_slow_searches_down) {
     fill(20);
     int const count = test::sanitized ? 2000 : 20000;
     for (int i = 0; i < count; ++i) {
         set->datamap().vect_append(cat::of("equal"));
-        if (i % 100 == 0) same(cat::of("equal"));
+        if (i % 100 == 0) expect_same_as_walk(cat::of("equal"));
     }
     EXPECT_TRUE(set->append(cat::of("new")));
 }

@@ -39,11 +39,11 @@ TEST(TableGrowth, a_probe_of_the_largest_table_does_not_overflow) {
               (std::vector<std::uint32_t>{4294967290u, 1u}));
 }
 
-TEST(TableGrowth, the_remainders_may_be_given) {
+TEST(TableGrowth, a_search_may_start_from_the_remainders) {
     EXPECT_EQ(probed({100 % 97, 100 % 95, 97}, 50), probed({100, 97}, 50));
 }
 
-TEST(TableGrowth, live_entry_78_of_97_slots_is_too_much) {
+TEST(TableGrowth, seventy_eight_entries_are_too_many_for_97_slots) {
     EXPECT_FALSE(is_too_full(77, 97));
     EXPECT_TRUE(is_too_full(78, 97));
 }

@@ -248,7 +248,7 @@ TEST_F(TypeMemberEdge, badfind_under_a_standard_key_empties_the_slot) {
     EXPECT_EQ(errors.text(), "0x48000000 Call of missed standard method 'assign' in type: t\n");
 }
 
-TEST_F(TypeMember, a_standard_key_takes_only_members) {
+TEST_F(TypeMember, a_standard_key_accepts_only_members) {
     cTypeObj type("t");
     cErrorLog errors;
     type.set_tmember("assign", make<cExeGlobal>(procedure_2));

@@ -1,6 +1,6 @@
 #pragma once
-// What the tests of the attribute hash share: a window into the table, short texts of a whole ring,
-// hostile keys, and values that act when they are destroyed.
+// What the tests of the attribute hash share: access to its private members, short texts of a whole
+// ring, hostile keys, and values that run a function when they are destroyed.
 
 #include "core/ctable_growth.h"
 #include "qrv/core/cattrhash.h"
@@ -15,9 +15,9 @@
 #include <utility>
 #include <vector>
 
-// Reaches what a hash keeps to itself.
+// Accesses the private members of a hash.
 struct cAttrHashProbe {
-    // The table, which is made where nobody needed it so far.
+    // The hash, in the form with a table; creates the table if necessary.
     static cAttrHash &tabled(cAttrHash &hash) {
         if (hash.form_ != cHashForm::table) hash.make_table(first_size);
         return hash;
@@ -91,7 +91,7 @@ inline std::string ring_backwards(cAttrHash const &hash) {
     return text;
 }
 
-// A value that acts when its last owner lets it go.
+// A value that runs a function when it is destroyed.
 class cLastWill : public cObj {
   public:
     explicit cLastWill(std::function<void()> action) : action_(std::move(action)) {}
@@ -106,7 +106,7 @@ inline objref last_will(std::function<void()> action) {
     return objref::adopt(new cLastWill(std::move(action)));
 }
 
-// Keys that all collide, count the calls of their hooks, and may do harm in them.
+// Keys that all collide. Their hooks count their calls, and run a function of the test once.
 class cHostileType {
   public:
     static inline int hash_calls, heq_calls, clone_calls;

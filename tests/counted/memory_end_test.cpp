@@ -1,5 +1,5 @@
-// A hash when memory runs out: each allocation of an operation fails once, and afterwards the hash
-// is still valid in every form.
+// A hash when memory runs out: each allocation of an operation fails once, and the hash is valid
+// afterwards.
 #include "tests/counted/counted.h"
 #include "tests/support/fixture.h"
 
@@ -11,7 +11,7 @@
 #include <new>
 #include <string>
 
-#ifdef QRV_CHECKS // elsewhere objects come from the pool, whose memory does not run out here
+#ifdef QRV_CHECKS // in other builds objects come from the pool, whose memory does not run out here
 
 namespace {
 
@@ -29,7 +29,8 @@ class MemoryEnd : public QrvTest {
         for (int i = 0; i < count; ++i) hash.vect_append(cat::of(i));
     }
 
-    // How often the operation failed before it got all the memory that it needs.
+    // Repeats the operation, with one more allocation that succeeds each time, until all of them
+    // do. Returns how often one failed.
     static int fail_each_allocation(cOperation const &fill, cOperation const &operation) {
         for (int failed = 0;; ++failed) {
             cAttrHash hash(nullptr);
@@ -41,7 +42,7 @@ class MemoryEnd : public QrvTest {
             } catch (std::bad_alloc const &) {
                 thrown = true;
             }
-            bool const ended = counted::allocations > counted::last_allocation;
+            bool const refused = counted::allocations > counted::last_allocation;
             counted::last_allocation = ~0ULL;
             EXPECT_EQ(hash.broken_rule(true), "") << failed;
             for (cAttrNode *node = hash.first(); node; node = hash.next(node))
@@ -49,12 +50,12 @@ class MemoryEnd : public QrvTest {
             row(hash, 100);
             texts(hash, 100);
             EXPECT_NE(hash.find("key99"), nullptr) << failed;
-            if (!thrown && !ended) return failed;
+            if (!thrown && !refused) return failed;
         }
     }
 };
 
-TEST_F(MemoryEnd, a_hash_of_every_form_and_size_stays_valid) {
+TEST_F(MemoryEnd, a_hash_of_every_form_and_size_stays_valid_when_an_allocation_fails) {
     using cFill = void (*)(cAttrHash &, int);
     for (cFill const fill :
          {static_cast<cFill>(texts), static_cast<cFill>(ints), static_cast<cFill>(row)})

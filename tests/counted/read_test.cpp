@@ -11,7 +11,7 @@ TEST_F(CountedRead, an_entry_needs_few_allocations) {
         read(data().attr); // the objects that the first read of a process creates exist now
     tree = nullptr;
     auto const count = allocations_of([&] { tree = read(data().attr); });
-    EXPECT_GE(count, in_pool() ? 1 : data().entries); // otherwise they are not counted here
+    EXPECT_GE(count, in_pool() ? 1 : data().entries); // else the allocations are not counted
     EXPECT_LE(for_each_entry(count), most_allocations());
 }
 

@@ -1,5 +1,5 @@
-// What the layer of qrv::value allocates: reading and iterating nothing, and storing a value
-// nothing for what the value has, which a search for a cycle would.
+// The allocations of the layer of qrv::value: reading and iterating allocate nothing, and storing a
+// container allocates nothing for its entries, as a search for a cycle would.
 
 #include "qrv/value.h"
 #include "tests/counted/counted.h"

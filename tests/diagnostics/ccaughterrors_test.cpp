@@ -59,7 +59,7 @@ class cOnError {
 
 } // namespace
 
-TEST_F(CaughtErrors, have_code_kind_names_and_text) {
+TEST_F(CaughtErrors, a_caught_error_has_its_code_kind_names_and_text) {
     cat::CaughtErrors const caught;
     EXPECT_TRUE(caught.empty());
     EXPECT_TRUE(caught.entries().empty());
@@ -75,7 +75,7 @@ TEST_F(CaughtErrors, have_code_kind_names_and_text) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, are_neither_thrown_nor_forgiven_with_any_masks) {
+TEST_F(CaughtErrors, caught_errors_are_neither_thrown_nor_forgiven_with_any_masks) {
     for (cErrHandler const &masks : {cErrHandler(0xFFFFFFFFu), cErrHandler(0, 0xFFFFFFFFu)}) {
         cat::errhandler() = masks;
         {
@@ -90,7 +90,7 @@ TEST_F(CaughtErrors, are_neither_thrown_nor_forgiven_with_any_masks) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, reach_no_slot) {
+TEST_F(CaughtErrors, caught_errors_reach_no_slot) {
     int called = 0;
     cOnError const slot([&called](cErr &) { ++called; });
     {
@@ -107,7 +107,7 @@ TEST_F(CaughtErrors, reach_no_slot) {
     EXPECT_EQ(messages(), std::string(refusal) + "\n");
 }
 
-TEST_F(CaughtErrors, include_lines_that_would_be_printed) {
+TEST_F(CaughtErrors, error_lines_are_caught_instead_of_printed) {
     cat::CaughtErrors caught;
     EXPECT_EQ(constant_.getattrp(""), cat::bad());
     EXPECT_EQ(first_of(caught).substr(0, 31), "ERROR in call of getattrp, path");
@@ -125,7 +125,7 @@ TEST_F(CaughtErrors, include_lines_that_would_be_printed) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, include_what_readings_report) {
+TEST_F(CaughtErrors, errors_in_text_and_files_are_caught) {
     cat::CaughtErrors caught;
     EXPECT_EQ(read("#none"), 4);
     EXPECT_EQ(first_of(caught), "Line 1: : Unknown #-value (no defined const): #none");
@@ -138,7 +138,7 @@ TEST_F(CaughtErrors, include_what_readings_report) {
     caught.clear();
     std::string const broken = "{a = #none; b = 2; ";
     std::istringstream is(broken);
-    { cAttrScan(is, true).scan_obj(value, nullptr); } // prints a summary otherwise
+    { cAttrScan(is, true).scan_obj(value, nullptr); } // without the guard it prints a summary
     cat::ReadReport const report;
     EXPECT_EQ(read(broken), 0);
     ASSERT_EQ(caught.count(), report.count());
@@ -147,7 +147,7 @@ TEST_F(CaughtErrors, include_what_readings_report) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, are_those_of_the_innermost_guard) {
+TEST_F(CaughtErrors, the_innermost_guard_catches_an_error) {
     cat::CaughtErrors const outer;
     {
         cat::CaughtErrors const inner;
@@ -159,7 +159,7 @@ TEST_F(CaughtErrors, are_those_of_the_innermost_guard) {
     EXPECT_EQ(outer.count(), 1u);
 }
 
-TEST_F(CaughtErrors, beyond_the_limit_are_counted) {
+TEST_F(CaughtErrors, errors_beyond_the_limit_are_counted) {
     cat::CaughtErrors caught;
     for (std::size_t i = 0; i < cat::CaughtErrors::limit + 2; ++i) EXPECT_TRUE(refused());
     EXPECT_EQ(caught.entries().size(), cat::CaughtErrors::limit);
@@ -168,7 +168,7 @@ TEST_F(CaughtErrors, beyond_the_limit_are_counted) {
     EXPECT_TRUE(caught.empty());
 }
 
-TEST_F(CaughtErrors, a_report_inside_takes_what_is_read_and_leaves_the_rest) {
+TEST_F(CaughtErrors, a_report_inside_a_guard_collects_only_errors_in_text) {
     cat::CaughtErrors const caught;
     cat::ReadReport const report;
     EXPECT_EQ(cat::ReadReport::current(), &report);
@@ -181,7 +181,7 @@ TEST_F(CaughtErrors, a_report_inside_takes_what_is_read_and_leaves_the_rest) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, a_guard_inside_a_report_takes_all) {
+TEST_F(CaughtErrors, a_guard_inside_a_report_catches_all_errors) {
     cat::ReadReport const report;
     {
         cat::CaughtErrors const caught;
@@ -203,7 +203,7 @@ TEST_F(CaughtErrors, a_guard_inside_a_report_takes_all) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, a_guard_during_a_reading_takes_what_is_raised_meanwhile) {
+TEST_F(CaughtErrors, a_guard_created_while_text_is_read_catches_the_errors_until_its_end) {
     static std::function<void()> inside;
     typeref const type = make<cTypeObj>("guarded");
     type->set_tmember("newobj", make<cExeMember>(+[](objref) -> objref {
@@ -226,7 +226,7 @@ TEST_F(CaughtErrors, a_guard_during_a_reading_takes_what_is_raised_meanwhile) {
             EXPECT_TRUE(refused());
             caught_inside = caught.count();
         }
-        EXPECT_TRUE(refused()); // the outer report's
+        EXPECT_TRUE(refused()); // the outer report collects it
     };
     {
         cat::ReadReport const report;
@@ -242,7 +242,7 @@ TEST_F(CaughtErrors, a_guard_during_a_reading_takes_what_is_raised_meanwhile) {
     messages();
 }
 
-TEST_F(CaughtErrors, user_code_inside_is_caught_too_and_may_change_the_handlers) {
+TEST_F(CaughtErrors, errors_of_user_code_are_caught_even_if_it_changes_the_handler) {
     cSignal1<int> changed;
     std::unique_ptr<cOnError> connected;
     int called = 0;
@@ -265,7 +265,7 @@ TEST_F(CaughtErrors, user_code_inside_is_caught_too_and_may_change_the_handlers)
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, an_exception_that_passes_ends_the_guard) {
+TEST_F(CaughtErrors, an_exception_ends_the_guard) {
     try {
         cat::CaughtErrors const caught;
         EXPECT_TRUE(refused());
@@ -277,7 +277,7 @@ TEST_F(CaughtErrors, an_exception_that_passes_ends_the_guard) {
     EXPECT_EQ(messages(), std::string(refusal) + "\n");
 }
 
-TEST_F(CaughtErrors, a_block_of_the_handler_is_left_alone) {
+TEST_F(CaughtErrors, a_blocked_handler_stays_blocked) {
     cRef<cShared> const block = cat::errhandler().block();
     {
         cat::CaughtErrors const caught;

@@ -52,7 +52,7 @@ TEST_F(Output, a_connected_stream_may_be_destroyed_first) {
     EXPECT_EQ(messages.pieces(), Pieces{"text"});
 }
 
-TEST_F(Output, a_stream_without_display_and_file_writes_nothing) {
+TEST_F(Output, a_stream_without_display_or_file_writes_nothing) {
     cDebugCalls debug;
     cOstream os(false, nullptr);
     os << "text" << std::flush;
@@ -98,8 +98,8 @@ TEST_F(Output, a_stream_file_that_cannot_be_opened_is_reported_with_a_line_end) 
     cOstream os(true, "/nowhere/at/all");
     EXPECT_EQ(messages.pieces(), Pieces{"Fehler beim \xC3\x96"
                                         "ffnen des Message-Files '/nowhere/at/all'\n"});
-    os << "goes on" << std::flush;
-    EXPECT_EQ(messages.pieces().back(), "goes on");
+    os << "still works" << std::flush;
+    EXPECT_EQ(messages.pieces().back(), "still works");
 }
 
 TEST_F(Output, opening_a_second_stream_file_closes_the_first) {
@@ -125,6 +125,7 @@ TEST_F(Output, the_printf_of_a_stream_flushes_it_first) {
 
 // ---- a listener destroys the stream that prints ----
 
+// A stream that a slot destroys as soon as text is displayed.
 class cDestroyed {
   public:
     explicit cDestroyed(char const *path = nullptr)
@@ -140,7 +141,7 @@ class cDestroyed {
     cOnText slot_;
 };
 
-TEST_F(Output, a_stream_destroyed_while_it_displays_writes_no_file) {
+TEST_F(Output, a_stream_destroyed_while_it_displays_text_does_not_write_it_to_its_file) {
     cTempFile const file("destroyed");
     auto os = std::make_unique<cOstream>(true, file.name());
     cOnText const slot(cOutSigStreambuf.sig(), [&os](char const *) { os.reset(); });
@@ -150,7 +151,7 @@ TEST_F(Output, a_stream_destroyed_while_it_displays_writes_no_file) {
     EXPECT_EQ(without_start_line(file.text()), "[start]");
 }
 
-TEST_F(Output, a_stream_destroyed_by_debug_output_writes_no_file) {
+TEST_F(Output, a_stream_destroyed_by_debug_output_does_not_write_the_text_to_its_file) {
     cTempFile const file("destroyed");
     static std::unique_ptr<cOstream> os;
     os = std::make_unique<cOstream>(false, file.name());
@@ -225,7 +226,7 @@ TEST_F(Output, a_string_stream_writes_into_the_string_it_was_given) {
     EXPECT_EQ(target, "before ");
     EXPECT_EQ(os.str(), "before and 7");
     EXPECT_EQ(target, "before and 7");
-    os << "lost to the buffer? ";
+    os << "replaced ";
     os.str("new");
     EXPECT_EQ(target, "new");
 }

@@ -51,7 +51,7 @@ cErrors errors_of(std::function<void()> const &act) {
     return all;
 }
 
-// Does the message contain `text` right after its beginning?
+// Does the message begin as `head` says, with `text` next?
 bool begins_with(std::string const &message, cErrHead head, std::string const &text) {
     char const *const begin = head == cErrHead::object      ? "Attr value, type '"
                               : head == cErrHead::attribute ? "Setattr in object type '"
@@ -126,7 +126,7 @@ objref new_const_int(objref) {
 objref new_map(objref) { return make<cMapObj>(); }
 bool throwing_assign(cObj &, objref &) { throw cErr(0x40000000, "refused"); }
 
-// The type of the object reads its text by scan_attrcopy.
+// Reads the text into an object of the type by scan_attrcopy, a method `read` for types.
 void read_entries(cTypeObj &type, char const *text) {
     cMapObj object(&type, true);
     std::istringstream is(text);
@@ -157,7 +157,7 @@ void assign_over_a_locked_node() {
     *node = cat::of("text");
 }
 
-void assign_what_fails() {
+void fail_to_assign() {
     objref const target = declared();
     objref const source = target->clone(false);
     source->setattr(key("m"), cat::of("text"));
@@ -165,7 +165,7 @@ void assign_what_fails() {
     target->assign(*source);
 }
 
-void merge_without_end() {
+void merge_too_much() {
     std::string text = "{ m = { v = [1; 2] };\n";
     for (int i = 0; i < 60; ++i) text += "m = { v = #cRef(/m/v) };\n";
     read(text + "}");
@@ -241,7 +241,7 @@ std::map<std::string, std::function<void()>> const acts = {
          objref const object = declared();
          object->assign(*object->type().newobj());
      }},
-    {"err_assign_failed", assign_what_fails},
+    {"err_assign_failed", fail_to_assign},
     {"err_object_const", [] { new_const_int(nullptr)->assign(*cat::of(2)); }},
     {"err_no_converter", [] { cat::of(1)->assign(*make<cMapObj>()); }},
     {"err_bad_prototype", [] { (void)make<cExeMember>(procedure_1)->oexecute(); }},
@@ -286,7 +286,7 @@ std::map<std::string, std::function<void()>> const acts = {
     {"err_read_unclosed_map", [] { read("{ a = 1"); }},
     {"err_read_unclosed_vector", [] { read("[ 1"); }},
     {"err_read_unclosed_set", [] { read("< 1"); }},
-    {"err_read_too_much", merge_without_end},
+    {"err_read_too_much", merge_too_much},
     {"err_read_no_container", [] { read_container("a = nosuch(1)"); }},
     {"err_read_no_start", [] { read_container("5"); }},
     {"err_path_slash", [] { set_by_path("a/ /b = 1"); }},
@@ -347,8 +347,7 @@ std::vector<std::pair<std::string, cErrText>> const errors = {
 #undef QRV_ERROR_ENTRY
 };
 
-// By the error's name in the list: position, path, code and text in a report, and the key and type
-// that it names.
+// What whole() returns for each error, by the error's name in the list; "thrown:" if it is thrown.
 std::map<std::string, std::string> const entries = {
     {"err_type_name_taken", "thrown: Fatal: duplicate name of cTypeObj: int | type int"},
     {"err_file_not_opened", "1:1  0x1 Cannot open file: /no such file | name /no such file"},
@@ -481,7 +480,7 @@ std::map<std::string, std::string> const entries = {
 TEST_F(ErrorCodes, each_error_is_raised_with_its_code_and_the_beginning_of_its_text) {
     for (auto const &[name, error] : errors) {
         auto const act = acts.find(name);
-        ASSERT_NE(act, acts.end()) << name << ": nothing here raises it";
+        ASSERT_NE(act, acts.end()) << name << ": there is no action that raises it";
         cErrors const found = errors_of(act->second);
         EXPECT_TRUE(is_among(found, error))
             << name << "; raised first: " << (found.empty() ? "nothing" : found.front().text);
@@ -553,12 +552,12 @@ TEST_F(ErrorCodes, a_report_contains_each_error_with_its_kind_key_and_type) {
     EXPECT_EQ(entries.size(), errors.size());
 }
 
-TEST_F(ErrorCodes, errors_of_programs_have_no_kind_of_the_library) {
+TEST_F(ErrorCodes, an_error_has_its_kind_and_names_until_a_program_sets_another) {
     eros().clear();
     begin_error(err_object_const) << cNamed::name("assign");
     EXPECT_EQ(eros().kind(), cat::ErrorKind::object_const);
-    EXPECT_EQ(cErr(eros()).kind(), cat::ErrorKind::object_const) << "copies take it along";
-    EXPECT_EQ(eros().names().name, "") << "nobody collects";
+    EXPECT_EQ(cErr(eros()).kind(), cat::ErrorKind::object_const) << "a copy has the same kind";
+    EXPECT_EQ(eros().names().name, "") << "no report collects names";
     eros().set(0x40000001, "of a program");
     EXPECT_EQ(eros().kind(), cat::ErrorKind::other);
     cat::ReadReport const report;

@@ -465,7 +465,7 @@ TEST_F(Trace, copies_of_a_stream_share_what_they_write_to) {
     EXPECT_EQ(file_text(path), "copy other");
 }
 
-TEST_F(Trace, open_finds_a_living_stream_by_name) {
+TEST_F(Trace, open_finds_an_existing_stream_by_name) {
     cRef<cTraceStream> const first = cTraceStream::open("cout");
     EXPECT_EQ(cTraceStream::open("cout"), first);
     EXPECT_NE(cTraceStream::open(""), first);

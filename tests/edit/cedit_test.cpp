@@ -279,7 +279,7 @@ TEST_F(Edit, a_value_at_a_reference_changes_where_it_is_written) {
     EXPECT_EQ(set("{ a = {x=1}; b = #cRef(/a); }", "b &= 2"), "{ a = {x=1}; b = 2; }");
 }
 
-TEST_F(Edit, the_lines_of_a_string_are_not_indented_anew) {
+TEST_F(Edit, the_lines_of_a_string_keep_their_indents) {
     EXPECT_EQ(
         remove(
             "{\n  a = {\n    x = 'it\\'s\\\n    b';\n  };\n  c = {\n    d = #cRef(/a);\n  };\n}\n",
@@ -303,7 +303,7 @@ TEST_F(Edit, a_renamed_key_keeps_the_column) {
     EXPECT_EQ(renamed("{\n  aa=1;\n  bb=2;\n}", "aa", "c"), "{\n  c=1;\n  bb=2;\n}");
 }
 
-TEST_F(Edit, moved_lines_are_indented_anew) {
+TEST_F(Edit, moved_lines_get_the_indent_of_their_new_level) {
     EXPECT_EQ(remove("{\n  a = {\n    // first\n    x = 'a\\\n    b';\n  };\n  c = {\n    d = "
                      "#cRef(/a);\n  };\n}\n",
                      "a"),
@@ -488,7 +488,7 @@ TEST_F(Edit, knows_whether_anything_has_changed) {
     qrv::edit::Edit const edit(text, map, root);
     EXPECT_FALSE(edit.changed());
     objref const b = root->getattrp("b"), c = b->getattrp("c");
-    c->assign(cat::of(std::string("y"))); // in place
+    c->assign(cat::of(std::string("y"))); // changes the object in place
     EXPECT_TRUE(edit.changed());
     c->assign(cat::of(std::string("x")));
     EXPECT_FALSE(edit.changed());

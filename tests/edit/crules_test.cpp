@@ -81,7 +81,7 @@ TEST_F(Rules, a_valid_object_breaks_none) {
     EXPECT_EQ(broken("1", "int"), "");
 }
 
-TEST_F(Rules, a_map_that_an_object_can_be_made_from_breaks_none) {
+TEST_F(Rules, a_map_from_which_an_object_can_be_created_breaks_no_rule) {
     EXPECT_EQ(broken("{y= 2; x= 1}", "Pixel"), "");
     EXPECT_EQ(broken("{}", "Empty"), "");
     EXPECT_EQ(broken("{}", "Fixed"), "");
@@ -120,7 +120,7 @@ TEST_F(Rules, an_object_breaks_a_rule_exactly_if_it_is_not_valid) {
 
 TEST_F(Rules, a_fixed_key_accepts_the_default_itself_only) {
     objref const fixed = cat::find_type("Fixed").newobj();
-    EXPECT_FALSE(cTomAttrset::validate(*fixed)); // it has a copy
+    EXPECT_FALSE(cTomAttrset::validate(*fixed)); // the new object has a copy of the default
     EXPECT_EQ(broken(fixed, "Fixed"), " Fixed/f fixed 5, not 5\n");
     EXPECT_EQ(broken("{f= 6}", "Fixed"), " Fixed/f fixed 5, not 6\n");
     objref const spec = cat::find_type("Fixed").getattr(cat::of(std::string("f")));
@@ -144,7 +144,7 @@ TEST_F(Rules, a_choice_is_one_of_the_keys) {
     EXPECT_EQ(broken("auto", "None"), " None/- choice -, not auto\n");
 }
 
-TEST_F(Rules, each_object_of_a_tree_is_checked_at_its_first_place) {
+TEST_F(Rules, each_object_of_a_tree_is_checked_at_its_first_path) {
     objref const line = read("Line(from= Pixel(x= 1; y= 2);"
                              " points= [{a= Pixel(x= 3; y= 4)}, #cRef(/from), Pixel(x= 5; y= 6)])");
     EXPECT_EQ(all_broken(line, "Line"), "");

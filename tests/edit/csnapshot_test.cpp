@@ -25,7 +25,7 @@ TEST_F(Snapshots, a_container_of_both_trees_belongs_to_the_target) {
     EXPECT_TRUE(donor->setattrp("b &=", shared, false));
     Snapshot before(root);
     before.add_donor(donor);
-    before.add_donor(root); // all containers belong to the target
+    before.add_donor(root); // all its containers belong to the target
     EXPECT_FALSE(before.is_donated(shared.get()));
     EXPECT_FALSE(before.is_donated(root.get()));
     EXPECT_TRUE(before.is_donated(own.get()));

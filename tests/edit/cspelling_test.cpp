@@ -84,7 +84,7 @@ TEST_F(Spelling, floating_numbers_keep_their_digits_after_the_point) {
     EXPECT_EQ(spelt(cat::of(0.1), "1.0"), "0.1");
 }
 
-TEST_F(Spelling, exponents_are_kept_or_used_if_the_size_needs_one) {
+TEST_F(Spelling, an_exponent_is_used_as_before_or_if_the_size_needs_one) {
     EXPECT_EQ(spelt(cat::of(2.5e-7), "1.0e-5"), "2.5e-07");
     EXPECT_EQ(spelt(cat::of(3.0), "1.50E5"), "3.00E+00");
     EXPECT_EQ(spelt(cat::of(1e300), "1.0"), "1.00000e+300");

@@ -1,5 +1,5 @@
-// Generated texts and changes: what apply() returns reads as the changed tree, and a change of one
-// scalar changes nothing but its literal.
+// Generated texts and changes: the text that apply() returns reads as the changed tree, and without
+// a change it is the old text.
 
 #include "qrv/edit/cedit.h"
 
@@ -30,7 +30,7 @@ namespace {
 
 using test::Random, test::words, test::Writer;
 
-// The written form without the blanks of its layout.
+// The text that the writer writes for the value, without the blanks of its layout.
 std::string written(objref const &value) {
     cat::ExactText const exact;
     std::string text;
@@ -43,7 +43,7 @@ std::string written(objref const &value) {
     return text;
 }
 
-// The value, or null if the text has an error.
+// The value of the text, or null if the text has an error.
 objref read(std::string const &text) {
     cat::ReadReport report;
     std::istringstream in(text);
@@ -54,7 +54,7 @@ objref read(std::string const &text) {
 
 bool is_list(objref const &value) { return cObj::is_vector(value) || cObj::is_set(value); }
 
-// Changes a tree at random by functions that programs call.
+// Changes a tree at random, with functions that programs call.
 class Changer {
   public:
     Changer(Random &random, objref const &root) : random_(random), root_(root) {}
@@ -193,7 +193,7 @@ class Changer {
 
 class GeneratedEdits : public QrvTest {
   protected:
-    static void SetUpTestSuite() { cat::find_type("intf"); } // made when it is first named
+    static void SetUpTestSuite() { cat::find_type("intf"); } // created on first use
 };
 
 unsigned documents() {
@@ -222,8 +222,9 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_changed_tree) {
         if (written(read(wanted)) != wanted) continue; // equal values in a set can't be written
         ++changed;
         objref const back = read(result);
-        // If a key is repeated, a reference may lead to a value that no node holds any more; a
-        // change of it can't be written. The caller compares the trees and writes the file anew.
+        // If a key is repeated, a reference may lead to a value that is no longer in the tree. A
+        // change of this value can't be written. Callers of apply() compare the trees, and then
+        // rewrite the whole file.
         if (seed % 4 == 0 && (!back || written(back) != wanted)) {
             ++refused;
             continue;
@@ -241,7 +242,7 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_changed_tree) {
     EXPECT_LE(refused, changed / 100);
 }
 
-// The written form of the value that the text reads as.
+// As written(), for the value of the text, which is read in a new type scope.
 std::string tree_in_a_scope(std::string const &text) {
     cat::TypeScope const scope;
     objref const value = read(text);
@@ -271,8 +272,8 @@ TEST_F(GeneratedEdits, the_new_text_with_declared_types_reads_as_the_changed_tre
         // shared with an attribute.
         if (tree_in_a_scope(wanted) != wanted) continue;
         ++changed;
-        // In a set that has an equal container twice, a change inside it can't be written. The
-        // caller compares the trees and writes the file anew.
+        // A change inside one of two equal containers in a set can't be written. Callers of apply()
+        // compare the trees, and then rewrite the whole file.
         std::string const back = tree_in_a_scope(result);
         if (back != wanted && text.find('<') != text.npos) {
             ++refused;
@@ -287,7 +288,7 @@ TEST_F(GeneratedEdits, the_new_text_with_declared_types_reads_as_the_changed_tre
     EXPECT_GT(changed, documents() / 3);
 }
 
-TEST_F(GeneratedEdits, no_change_leaves_every_byte) {
+TEST_F(GeneratedEdits, without_a_change_every_byte_stays) {
     unsigned texts = 0, rewritten = 0;
     for (unsigned seed = 1; seed <= documents(); ++seed) {
         Random random(seed);
@@ -299,7 +300,7 @@ TEST_F(GeneratedEdits, no_change_leaves_every_byte) {
         if (cObj::readobj(in, root) != 0 || !report.empty()) continue;
         ++texts;
         std::string const result = qrv::edit::apply(text, map, root, [] {});
-        if (seed % 4 == 0 && result != text) // a reference to a value that no node holds any more
+        if (seed % 4 == 0 && result != text) // a reference to a value that is no longer in the tree
             ++rewritten;
         else
             ASSERT_EQ(result, text) << "seed " << seed;
@@ -346,7 +347,7 @@ struct Merged {
     bool read = false; // were both texts read?
     bool done = false; // were all entries merged?
     std::string text;
-    std::string wanted;  // the tree
+    std::string wanted;  // written() of the merged tree
     std::string brought; // comments of the source that belong to its entries
 };
 
@@ -387,7 +388,7 @@ std::string source_for(std::string const &target, Random &random, bool again) {
 constexpr char const *const letters[] = {"-xx", "0as", "0xx", "-s-", "-ss", "0ss",
                                          "-0x", "-ax", "--x", "0s-", "-sx", "---"};
 
-// The names of comments in one text that the other doesn't have exactly once.
+// The names of the comments in `from` that are not in `text`, or are there more than once.
 std::string missing(std::string const &from, std::string const &text) {
     std::map<std::string, int> names = names_in(text);
     std::string found;
@@ -411,7 +412,7 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_merged_tree) {
         std::string const shown = "seed " + std::to_string(seed) + " " + how + "\n" + target +
                                   "\n--\n" + source + "\n--\n" + merged.text;
         objref const back = read(merged.text);
-        // A value that no node holds any more can't be merged into.
+        // As above: a value that is no longer in the tree can't be changed.
         if (again && (!back || written(back) != merged.wanted)) {
             ++refused;
             continue;
@@ -426,7 +427,7 @@ TEST_F(GeneratedEdits, the_new_text_reads_as_the_merged_tree) {
         }
         if (how != "0as" || !merged.done || again) continue;
         Merged const second = merge(merged.text, source, "0as");
-        if (second.wanted != merged.wanted) continue; // values are shared now, or no longer
+        if (second.wanted != merged.wanted) continue; // the second merge shares other values
         ++twice;
         EXPECT_EQ(second.text, merged.text) << shown;
     }
@@ -448,7 +449,7 @@ TEST_F(GeneratedEdits, all_comments_of_merged_entries_are_copied) {
         ++merges;
         std::string const shown = std::to_string(seed) + "\n" + source + "\n--\n" + merged.text;
         ASSERT_EQ(written(read(merged.text)), merged.wanted) << shown;
-        // What another value of its key has replaced is not merged, nor are its comments.
+        // If a key is repeated, only its last value is merged, with its comments.
         if (again || missing(merged.brought, merged.text).empty()) continue;
         ++lost;
         example = shown;

@@ -1,6 +1,6 @@
 #pragma once
-// Generated texts as people write them: comments and blanks anywhere, all kinds of literals, one
-// line or many, references to what was written before, keys that are repeated.
+// Generates text as people write it: with comments and blanks anywhere, all kinds of literals, on
+// one line or many, with references to earlier values and with repeated keys.
 
 #include <cstddef>
 #include <random>
@@ -153,7 +153,7 @@ class Writer {
     bool const again_;
     bool const typed_;
     std::string text_;
-    std::vector<std::string> paths_; // of values that are written
+    std::vector<std::string> paths_; // of values already written, for references
 };
 
 } // namespace test

@@ -1,5 +1,5 @@
-// The text that from-json writes piece by piece is byte for byte what the library's writer writes
-// for the tree of the same JSON.
+// from-json writes its text piece by piece. The text has the same bytes as the text that the
+// library's writer writes for the tree of the same JSON.
 //
 // QRV_DOCUMENTS is the number of generated documents; by default it is small.
 
@@ -44,7 +44,7 @@ void expect_same(std::string const &json) {
             << json.substr(0, 2000);
 }
 
-// JSON with every kind of value, also refused ones, and keys that occur twice.
+// Generates JSON with every kind of value, with values that are refused, and with repeated keys.
 class cGenerator {
   public:
     explicit cGenerator(unsigned seed) : random_(seed) {}
@@ -119,7 +119,7 @@ unsigned documents() {
     return count ? static_cast<unsigned>(std::atoi(count)) : test::sanitized ? 200 : 1000;
 }
 
-TEST(Streamed, generated_documents_give_the_text_of_their_trees) {
+TEST(Streamed, generated_documents_are_written_like_their_trees) {
     for (unsigned seed = 1; seed <= documents(); ++seed) {
         SCOPED_TRACE(seed);
         expect_same(cGenerator(seed).document());
@@ -127,7 +127,7 @@ TEST(Streamed, generated_documents_give_the_text_of_their_trees) {
     }
 }
 
-TEST(Streamed, mutated_documents_are_refused_or_give_the_text_of_their_trees) {
+TEST(Streamed, mutated_documents_are_refused_or_written_like_their_trees) {
     std::mt19937 random(1);
     for (unsigned seed = 1; seed <= documents(); ++seed) {
         std::string json = cGenerator(seed).document();
@@ -139,7 +139,7 @@ TEST(Streamed, mutated_documents_are_refused_or_give_the_text_of_their_trees) {
     }
 }
 
-TEST(Streamed, hostile_documents_give_the_text_of_their_trees) {
+TEST(Streamed, hostile_documents_are_refused_or_written_like_their_trees) {
     for (
         std::string const &json : std::initializer_list<std::string>{
             "",
@@ -175,7 +175,7 @@ TEST(Streamed, hostile_documents_give_the_text_of_their_trees) {
         expect_same(json);
 }
 
-TEST(Streamed, files_give_the_text_of_their_trees) {
+TEST(Streamed, files_are_written_like_their_trees) {
     size_t count = 0;
     for (auto const &entry :
          std::filesystem::directory_iterator(test::source_file("tests/tool/data/json"))) {
@@ -195,7 +195,7 @@ TEST(Streamed, writing_ends_at_the_first_refused_piece) {
     EXPECT_EQ(pieces, 3);
 }
 
-// Another value than the one written, at every kind of token.
+// The texts differ from each other at every kind of token.
 TEST(Streamed, a_fingerprint_detects_text_that_reads_as_another_value) {
     auto const of = [](std::string_view text) {
         cValuePrint print;

@@ -18,7 +18,7 @@ using cJson = nlohmann::json;
 struct cLevel {
     cRef<cMapObj> container;
     bool is_map;
-    bool has_lines = false; // an entry that spans lines
+    bool has_lines = false; // an entry spans several lines
     std::string key = {};
 };
 

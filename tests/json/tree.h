@@ -1,6 +1,6 @@
 #pragma once
-// JSON as objects, written by the library's writer: the output of from-json when it built trees.
-// The tests compare the present output with it.
+// Converts JSON to objects and writes these by the library's writer. The output of from-json, which
+// builds no tree, must be the same.
 
 #include "tools/qrv/json/reading.h"
 

@@ -1,5 +1,5 @@
-// The writer on large trees: exact text, sharing, deep paths, one-line containers in each other.
-// Each takes under five seconds of processor time.
+// Writing large trees: exact text, sharing, deep paths, nested one-line containers. Each tree takes
+// under five seconds of processor time.
 #include "tests/support/fixture.h"
 
 #include "qrv/containers/cvectorobj.h"
@@ -14,7 +14,7 @@ namespace {
 
 class WriterLinear : public QrvTest {
   protected:
-    static std::string within_limits(objref const &tree) {
+    static std::string written_in_time(objref const &tree) {
         std::clock_t const begin = std::clock();
         std::ostringstream os;
         EXPECT_TRUE(tree->writeobj(os));
@@ -28,32 +28,32 @@ cAttrHash &hash_of(objref const &container) { return static_cast<cMapObj &>(*con
 
 } // namespace
 
-TEST_F(WriterLinear, a_million_numbers_on_one_line_in_exact_text) {
+TEST_F(WriterLinear, a_million_numbers_in_exact_text_are_written_in_time) {
     objref const vector = objref::adopt(new cVectorObj);
     for (int i = 0; i < 1'000'000; ++i) hash_of(vector).vect_append(cat::of(i / 3.0));
     cat::ExactText const guard;
-    EXPECT_EQ(within_limits(vector).substr(0, 50),
+    EXPECT_EQ(written_in_time(vector).substr(0, 50),
               "[0.00000, 0.3333333333333333, 0.6666666666666666, ");
     hash_of(vector).vect_append(cat::of("line\nend"));
-    EXPECT_EQ(within_limits(vector).substr(0, 35), "[\n  0.00000,\n  0.3333333333333333,\n");
+    EXPECT_EQ(written_in_time(vector).substr(0, 35), "[\n  0.00000,\n  0.3333333333333333,\n");
     EXPECT_EQ(guard.failed(), 0u);
 }
 
-TEST_F(WriterLinear, a_map_of_160000_keys_in_exact_text) {
+TEST_F(WriterLinear, a_map_of_160000_keys_in_exact_text_is_written_in_time) {
     objref const map = objref::adopt(new cMapObj);
     for (int i = 0; i < 160'000; ++i)
         hash_of(map).mapitem("key " + std::to_string(i), cat::of("value " + std::to_string(i)));
     cat::ExactText const guard;
-    EXPECT_GT(within_limits(map).size(), 160'000u * 20);
+    EXPECT_GT(written_in_time(map).size(), 160'000u * 20);
 }
 
-TEST_F(WriterLinear, half_a_million_references_to_one_value) {
+TEST_F(WriterLinear, half_a_million_references_to_one_value_are_written_in_time) {
     objref const vector = objref::adopt(new cVectorObj), one = cat::of(1);
     for (int i = 0; i < 500'000; ++i) hash_of(vector).vect_append(one);
-    EXPECT_EQ(within_limits(vector).substr(0, 24), "[1, #cRef(/0), #cRef(/0)");
+    EXPECT_EQ(written_in_time(vector).substr(0, 24), "[1, #cRef(/0), #cRef(/0)");
 }
 
-TEST_F(WriterLinear, a_hundred_thousand_entries_200_levels_down) {
+TEST_F(WriterLinear, a_hundred_thousand_entries_200_levels_down_are_written_in_time) {
     objref inner = objref::adopt(new cMapObj);
     for (int i = 0; i < 100'000; ++i) hash_of(inner).mapitem(cat::of(i), cat::of(i));
     for (int level = 0; level < 200; ++level) {
@@ -62,12 +62,12 @@ TEST_F(WriterLinear, a_hundred_thousand_entries_200_levels_down) {
         inner = outer;
     }
     cat::write_indent = 0;
-    within_limits(inner);
+    written_in_time(inner);
     cat::ExactText const guard;
-    within_limits(inner);
+    written_in_time(inner);
 }
 
-TEST_F(WriterLinear, one_line_containers_in_each_other_around_a_line_end) {
+TEST_F(WriterLinear, containers_nested_1000_deep_around_a_line_feed_are_written_in_time) {
     objref inner = cat::of("\n" + std::string(1'000'000, 'x'));
     for (int level = 0; level < 1000; ++level) {
         objref const outer = objref::adopt(new cVectorObj);
@@ -75,14 +75,14 @@ TEST_F(WriterLinear, one_line_containers_in_each_other_around_a_line_end) {
         inner = outer;
     }
     cat::ExactText const guard;
-    std::string const text = within_limits(inner);
+    std::string const text = written_in_time(inner);
     EXPECT_EQ(text.substr(0, 18), "[\n  [\n      [\n    ");
 }
 
-TEST_F(WriterLinear, a_long_string_with_much_to_escape) {
+TEST_F(WriterLinear, a_long_string_with_much_to_escape_is_written_in_time) {
     std::string text(4'000'000, '"');
     cat::escape(text);
     EXPECT_EQ(text.size(), 8'000'000u);
     EXPECT_EQ(cat::unescape(text), 4'000'000);
-    within_limits(cat::of(text));
+    written_in_time(cat::of(text));
 }

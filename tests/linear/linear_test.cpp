@@ -1,6 +1,6 @@
 // Large trees, in the release build: reading, writing, copying and destroying each take under five
-// seconds of processor time, and the process never holds more than 1 GiB meanwhile. A cost that
-// isn't linear would take minutes at these sizes.
+// seconds of processor time, and the process never uses 1 GiB of memory. At these sizes, work that
+// grows faster than the size would take minutes.
 #include "tests/support/fixture.h"
 
 #include "qrv/containers/cmapobj.h"
@@ -23,7 +23,7 @@ namespace {
 constexpr double most_seconds = 5.0;
 constexpr long most_kilobytes = 1024 * 1024;
 
-// The kernel's mark of the peak memory; reset to the present memory.
+// Resets the peak memory that the kernel records to the present memory.
 void begin_memory_peak() {
     malloc_trim(0);
     std::ofstream("/proc/self/clear_refs") << 5;
@@ -35,7 +35,7 @@ long memory_peak() {
         long kilobytes = 0;
         if (word == "VmHWM:" && status >> kilobytes) return kilobytes;
     }
-    return most_kilobytes; // fails the test if there is no mark
+    return most_kilobytes; // fails the test if the kernel records no peak
 }
 
 // Compares the written text with the expected one, and stores nothing.
@@ -64,7 +64,7 @@ class cComparingBuffer : public std::streambuf {
 
 class Linear : public QrvTest {
   protected:
-    static void within_limits(char const *what, std::function<void()> const &work) {
+    static void expect_within_limits(char const *what, std::function<void()> const &work) {
         begin_memory_peak();
         std::clock_t const begin = std::clock();
         work();
@@ -73,11 +73,11 @@ class Linear : public QrvTest {
         EXPECT_LT(memory_peak(), most_kilobytes) << what;
     }
 
-    // Reads the text, writes the same again, copies the tree and destroys both; `size` is that of
-    // the outermost container.
-    static void all_of(std::string const &text, int size) {
+    // Reads the text, writes the tree, which must give the same text, copies the tree, and destroys
+    // both. `size` is the size of the outermost container.
+    static void expect_all_within_limits(std::string const &text, int size) {
         objref value;
-        within_limits("reading", [&] {
+        expect_within_limits("reading", [&] {
             std::istringstream is(text);
             cAttrScan scan(is, false);
             ASSERT_EQ(scan.scan_obj(value, nullptr), 0);
@@ -85,18 +85,18 @@ class Linear : public QrvTest {
         });
         ASSERT_TRUE(cObj::is_good(value));
         EXPECT_EQ(static_cast<cMapObj &>(*value).size(), size);
-        within_limits("writing", [&] {
+        expect_within_limits("writing", [&] {
             cComparingBuffer buffer(text);
             std::ostream os(&buffer);
             value->writeobj(os);
-            EXPECT_TRUE(buffer.same()) << "written otherwise than read";
+            EXPECT_TRUE(buffer.same()) << "the text written is not the text read";
         });
         objref copy;
-        within_limits("copying", [&] { copy = value->clone(); });
+        expect_within_limits("copying", [&] { copy = value->clone(); });
         ASSERT_TRUE(cObj::is_good(copy));
-        within_limits("copying all below",
-                      [&] { EXPECT_TRUE(static_cast<cMapObj &>(*copy).detach(true)); });
-        within_limits("destroying", [&] {
+        expect_within_limits("copying all values",
+                             [&] { EXPECT_TRUE(static_cast<cMapObj &>(*copy).detach(true)); });
+        expect_within_limits("destroying", [&] {
             value = nullptr;
             copy = nullptr;
         });
@@ -117,39 +117,39 @@ std::string entries(int count, bool keys, int blanks) {
 
 } // namespace
 
-TEST_F(Linear, a_flat_map_of_160000_keys) {
-    all_of("{\n" + entries(160'000, true, 2) + "}", 160'000);
+TEST_F(Linear, a_flat_map_of_160000_keys_stays_within_the_limits) {
+    expect_all_within_limits("{\n" + entries(160'000, true, 2) + "}", 160'000);
 }
 
-TEST_F(Linear, a_vector_of_a_million_ints) {
-    all_of("[\n" + entries(1'000'000, false, 2) + "]", 1'000'000);
+TEST_F(Linear, a_vector_of_a_million_ints_stays_within_the_limits) {
+    expect_all_within_limits("[\n" + entries(1'000'000, false, 2) + "]", 1'000'000);
 }
 
 // Without indentation, which would add 400 MB of blanks at this depth.
-TEST_F(Linear, two_hundred_maps_of_5000_ints_in_each_other) {
+TEST_F(Linear, maps_of_5000_ints_nested_200_deep_stay_within_the_limits) {
     constexpr int depth = 200;
     cat::write_indent = cat::write_indent0 = 0;
     std::string text = "{\n";
     for (int level = 1; level < depth; ++level) text += entries(5'000, true, 0) + "next= {\n";
     text += entries(5'000, true, 0);
     for (int level = 1; level < depth; ++level) text += "}; \n";
-    all_of(text + "}", 5'001);
+    expect_all_within_limits(text + "}", 5'001);
 }
 
-TEST_F(Linear, a_map_of_200_maps_of_5000_ints) {
+TEST_F(Linear, a_map_of_200_maps_of_5000_ints_stays_within_the_limits) {
     std::string text = "{\n";
     for (int i = 0; i < 200; ++i)
         text += "  map" + std::to_string(i) + "= {\n" + entries(5'000, true, 6) + "  }; \n";
-    all_of(text + "}", 200);
+    expect_all_within_limits(text + "}", 200);
 }
 
-TEST_F(Linear, a_hundred_thousand_sets_each_with_an_index) {
+TEST_F(Linear, a_hundred_thousand_sets_with_an_index_stay_within_the_limits) {
     std::vector<cRef<cSetObj>> sets(100'000);
-    within_limits("appending", [&] {
+    expect_within_limits("appending", [&] {
         for (cRef<cSetObj> &set : sets) {
             set = make<cSetObj>();
             for (int i = 0; i < 10; ++i) ASSERT_TRUE(set->append(cat::of(i)));
         }
     });
-    within_limits("destroying", [&] { sets.clear(); });
+    expect_within_limits("destroying", [&] { sets.clear(); });
 }

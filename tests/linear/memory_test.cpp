@@ -1,5 +1,6 @@
-// A million objects, in the release build, where they are in the pool: after they are freed in any
-// order, the process holds the same memory as before, within 10 %.
+// A million objects are created and freed in some order. Afterwards the process has at most 10 %
+// more memory than before. In the release build, for which these tests are, objects are in the
+// pool.
 #include "tests/support/fixture.h"
 
 #include "base/platform/cpool.h"
@@ -18,7 +19,7 @@ namespace {
 
 constexpr int million = 1'000'000;
 
-// Excludes free memory that malloc keeps: it is not part of the pool, but was used by hash tables.
+// First releases the free memory of malloc, which hash tables used, not the pool.
 long resident_kilobytes() {
     malloc_trim(0);
     std::ifstream status("/proc/self/status");
@@ -31,7 +32,7 @@ long resident_kilobytes() {
 
 class Memory : public QrvTest {
   protected:
-    // Every second object is of another size.
+    // Objects of two sizes alternate.
     static void make_million(std::vector<objref> &objects) {
         for (objref &object : objects) {
             bool const is_number = (&object - objects.data()) % 2 == 0;
@@ -41,7 +42,7 @@ class Memory : public QrvTest {
 
     void SetUp() override {
         QrvTest::SetUp();
-        make_million(objects_); // so that all other memory is allocated before
+        make_million(objects_); // so that all memory but that of the objects is already allocated
         objects_.assign(million, nullptr);
         before_ = resident_kilobytes();
         make_million(objects_);
@@ -58,27 +59,27 @@ class Memory : public QrvTest {
     long before_ = 0;
 };
 
-TEST_F(Memory, a_million_objects_freed_in_order) {
+TEST_F(Memory, a_million_objects_freed_in_order_leave_the_memory_as_it_was) {
     for (objref &object : objects_) object = nullptr;
 }
 
-TEST_F(Memory, a_million_objects_freed_in_reverse) {
+TEST_F(Memory, a_million_objects_freed_in_reverse_leave_the_memory_as_it_was) {
     for (auto object = objects_.rbegin(); object != objects_.rend(); ++object) *object = nullptr;
 }
 
-TEST_F(Memory, a_million_objects_freed_in_any_order) {
+TEST_F(Memory, a_million_objects_freed_in_any_order_leave_the_memory_as_it_was) {
     std::ranges::shuffle(objects_, std::mt19937(1));
     for (objref &object : objects_) object = nullptr;
 }
 
-TEST_F(Memory, a_map_of_a_million_entries) {
+TEST_F(Memory, a_map_of_a_million_entries_leaves_the_memory_as_it_was) {
     std::ranges::fill(objects_, nullptr);
     auto map = make<cMapObj>();
     for (int i = 0; i < million; ++i) map->setattr(own_key(i), cat::of(i));
     EXPECT_GT(resident_kilobytes(), before_ + 120'000);
 }
 
-TEST_F(Memory, rounds_of_new_objects_need_no_more_each_time) {
+TEST_F(Memory, new_objects_use_the_memory_of_freed_ones) {
     std::mt19937 random(1);
     long const most = resident_kilobytes();
     for (int round = 0; round < 10; ++round) {

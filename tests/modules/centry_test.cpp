@@ -20,7 +20,7 @@ struct cSquare final : cOther, cShape { // so that the addresses of the parts di
 
 } // namespace
 
-TEST_F(Entry, is_found_as_what_it_is_while_it_lives) {
+TEST_F(Entry, an_entry_is_found_by_its_type_while_it_exists) {
     cSquare square;
     {
         cEntry<cShape> const entry("square", &square, "four corners");
@@ -37,7 +37,7 @@ TEST_F(Entry, is_found_as_what_it_is_while_it_lives) {
     EXPECT_EQ(cat::find_entry<cShape>("square"), nullptr);
 }
 
-TEST_F(Entry, with_a_name_that_is_taken_enters_nothing) {
+TEST_F(Entry, an_entry_with_a_name_in_use_is_not_entered) {
     cOther first, second;
     cEntry<cOther> const entry("number", &first);
     {

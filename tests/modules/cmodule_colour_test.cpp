@@ -141,7 +141,7 @@ TEST_F(ColourModule, can_be_loaded_again_after_unloading) {
         EXPECT_EQ(written("color(1 2 3)"), "color(1 2 3)");
         forget_types();
         ASSERT_TRUE(module_->unload());
-        EXPECT_EQ(written("color(1 2 3)"), "null"); // unknown now
+        EXPECT_EQ(written("color(1 2 3)"), "null"); // the type is unknown now
         EXPECT_EQ(messages(), ": Value with unknown type='color\n");
         module_ = cModule::load("colour");
         ASSERT_NE(module_, nullptr) << cModule::last_error();

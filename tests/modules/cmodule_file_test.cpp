@@ -31,7 +31,7 @@ TEST_F(ModuleFailure, a_missing_file_is_reported_with_every_path) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(ModuleFailure, an_absolute_name_is_tried_unchanged) {
+TEST_F(ModuleFailure, an_absolute_name_is_searched_in_no_other_folder) {
     std::string const words = ": cannot open shared object file: No such file or directory";
     for (std::string const name : {"/nowhere/at/all", "x:/nowhere"}) {
         EXPECT_EQ(cModule::load(name), nullptr);
@@ -53,7 +53,7 @@ TEST_F(ModuleFailure, a_success_clears_the_last_error) {
 }
 
 TEST_F(ModuleFailure, files_that_are_not_modules_are_skipped) {
-    std::ofstream("bad.so") << "this is no shared object, but long enough to be looked at twice: "
+    std::ofstream("bad.so") << "this is not a shared object, but as long as the header of one: "
                             << std::string(100, 'x');
     std::ofstream("./empty.so").flush();
     fs::create_directory("folder.so");
@@ -180,7 +180,7 @@ TEST_F(ModuleFile, an_absolute_name_is_loaded) {
     fs::current_path("..");
 }
 
-TEST_F(ModuleFile, a_name_with_the_suffix_is_searched_only_with_another_suffix) {
+TEST_F(ModuleFile, a_name_with_the_suffix_is_searched_only_with_a_second_one) {
     put("plain");
     EXPECT_EQ(cModule::load("plain.so"), nullptr);
     EXPECT_EQ(cModule::load("plain.SO"), nullptr);

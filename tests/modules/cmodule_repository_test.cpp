@@ -1,4 +1,4 @@
-// How modules are loaded implicitly: by references of the form key:module and by type names. And
+// How modules are loaded implicitly, by references of the form key:module and by type names, and
 // what prevents it: the filter, and reading text.
 
 #include "qrv/containers/cmapobj.h"

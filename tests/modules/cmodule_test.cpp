@@ -31,7 +31,7 @@ TEST_F(Module, a_file_is_loaded_set_up_and_unloaded) {
     EXPECT_EQ(module_of("plain thing"), module);
     EXPECT_TRUE(is_mapped("./plain.so"));
     EXPECT_TRUE(module->unload());
-    EXPECT_EQ(events(), "plain goes; ");
+    EXPECT_EQ(events(), "plain ends; ");
     EXPECT_FALSE(is_mapped("./plain.so"));
 }
 
@@ -44,7 +44,7 @@ TEST_F(Module, can_be_loaded_again_after_unloading) {
             ASSERT_NE(module, nullptr) << cModule::last_error();
             EXPECT_EQ(events(), std::string(name) + " is set up; ");
             EXPECT_TRUE(module->unload());
-            EXPECT_EQ(events(), std::string(name) + " goes; ");
+            EXPECT_EQ(events(), std::string(name) + " ends; ");
             EXPECT_FALSE(is_mapped("./" + std::string(name) + ".so"));
         }
 }
@@ -67,7 +67,7 @@ TEST_F(Module, a_file_without_a_setup_function_is_loaded) {
     ASSERT_NE(module, nullptr) << cModule::last_error();
     EXPECT_EQ(module_of("bare thing"), module);
     EXPECT_TRUE(module->unload());
-    EXPECT_EQ(events(), "bare goes; ");
+    EXPECT_EQ(events(), "bare ends; ");
 }
 
 TEST_F(Module, the_setup_function_of_a_dependency_is_not_called) {
@@ -78,7 +78,7 @@ TEST_F(Module, the_setup_function_of_a_dependency_is_not_called) {
     EXPECT_EQ(number("needing thing"), 5);
     EXPECT_EQ(thing("plain thing"), nullptr);
     EXPECT_TRUE(module->unload());
-    EXPECT_EQ(events(), "plain goes; ");
+    EXPECT_EQ(events(), "plain ends; ");
 }
 
 TEST_F(Module, the_first_of_two_module_objects_of_a_file_is_the_result) {
@@ -149,7 +149,7 @@ TEST_F(Module, entries_that_outlive_their_module_have_no_owner_and_a_null_pointe
     EXPECT_EQ(cRepoImpl::module(left), module);
     EXPECT_TRUE(module->unload());
     EXPECT_FALSE(is_mapped("./leaves.so"));
-    EXPECT_EQ(events(), "left module; leaves goes; ");
+    EXPECT_EQ(events(), "left module; leaves ends; ");
 
     EXPECT_EQ(thing("left"), left);
     EXPECT_EQ(cRepoImpl::module(left), &cGetMainModule());
@@ -197,7 +197,7 @@ TEST_F(Module, a_file_that_stays_in_memory_keeps_its_entries) {
     EXPECT_TRUE(is_mapped("./own_module.so"));
     EXPECT_EQ(number("own thing"), 8);
     ::dlclose(held);
-    EXPECT_EQ(events(), "own_module goes; ");
+    EXPECT_EQ(events(), "own_module ends; ");
 }
 
 TEST_F(Module, a_module_object_in_a_file_that_stays_is_loaded_again_with_its_handle) {
@@ -225,7 +225,7 @@ TEST_F(Module, a_module_object_in_a_file_that_stays_is_loaded_again_with_its_han
     EXPECT_TRUE(module->unload());
     ::dlclose(held);
     EXPECT_FALSE(is_mapped("./own_module.so"));
-    EXPECT_EQ(events(), "own_module is set up; own_module goes; ");
+    EXPECT_EQ(events(), "own_module is set up; own_module ends; ");
     cModule *const fresh = cModule::load("own_module"); // static code runs again
     ASSERT_NE(fresh, nullptr) << cModule::last_error();
     EXPECT_EQ(number("own thing"), 8);
@@ -266,7 +266,7 @@ TEST_F(Module, a_file_that_another_file_needs_stays_and_can_be_loaded_again) {
     EXPECT_TRUE(again->unload());
     EXPECT_TRUE(needs->unload());
     EXPECT_FALSE(is_mapped(path + ".so"));
-    EXPECT_EQ(events(), "plain is set up; plain is set up; plain goes; ");
+    EXPECT_EQ(events(), "plain is set up; plain is set up; plain ends; ");
 }
 
 TEST_F(Module, two_names_of_one_file_are_one_module) {
@@ -328,7 +328,7 @@ TEST_F(Module, a_module_may_unload_another_during_its_own_unloading) {
     EXPECT_TRUE(module->unload());
     // The system delays the inner unloading until the outer one is complete, and the log shows the
     // inner file's events then.
-    EXPECT_EQ(events(), "left module; other unloaded; itself not unloaded; leaves goes; ");
+    EXPECT_EQ(events(), "left module; other unloaded; itself not unloaded; leaves ends; ");
     EXPECT_FALSE(is_mapped("./leaves.so"));
     EXPECT_FALSE(is_mapped("./unloads_other.so"));
     for (char const *name : {"left", "own"}) {
@@ -359,7 +359,7 @@ TEST_F(Module, a_module_that_loads_itself_during_its_unloading_gets_an_error) {
             << reported;
         EXPECT_FALSE(is_mapped("./loads_itself_last.so"));
         EXPECT_TRUE(module_of("plain thing")->unload());
-        EXPECT_EQ(events(), "plain goes; ");
+        EXPECT_EQ(events(), "plain ends; ");
     }
 }
 
@@ -513,7 +513,7 @@ TEST_F(ModuleEdge, the_second_unload_frees_a_module_loaded_twice) {
     EXPECT_TRUE(is_mapped("./plain.so"));
     EXPECT_TRUE(module->unload());
     EXPECT_FALSE(is_mapped("./plain.so"));
-    EXPECT_EQ(events(), "plain goes; ");
+    EXPECT_EQ(events(), "plain ends; ");
 }
 
 TEST_F(ModuleEdge, the_main_module_cannot_be_unloaded) {
@@ -558,7 +558,7 @@ TEST_F(ModuleEdge, load_returns_the_module_object_of_the_file) {
     EXPECT_EQ(cModule::load("a name of its own"), module);
     EXPECT_FALSE(module->unload());
     EXPECT_TRUE(module->unload());
-    EXPECT_EQ(events(), "own_module goes; ");
+    EXPECT_EQ(events(), "own_module ends; ");
     EXPECT_FALSE(is_mapped("./own_module.so"));
 }
 
@@ -593,7 +593,7 @@ TEST_F(ModuleEdge, a_module_that_loads_another_during_its_setup_keeps_its_entrie
     EXPECT_TRUE(inner->unload());
     EXPECT_EQ(names(things()), "before;after;");
     EXPECT_TRUE(outer->unload());
-    EXPECT_EQ(events(), "plain goes; nested goes; ");
+    EXPECT_EQ(events(), "plain ends; nested ends; ");
 }
 
 TEST_F(ModuleEdge, uses_of_a_module_without_count_are_not_counted) {

@@ -61,7 +61,7 @@ TEST_F(Repository, has_one_list_for_each_type) {
     EXPECT_EQ(cRepoImpl::get(typeid(Other)), cRepoImpl::get(typeid(Other)));
 }
 
-TEST_F(Repository, a_fresh_list_is_empty_and_has_97_cells) {
+TEST_F(Repository, a_new_list_is_empty_and_has_97_cells) {
     cRepositoryList const fresh;
     EXPECT_EQ(fresh.count(), 0u);
     EXPECT_EQ(fresh.size(), 97u);

@@ -34,7 +34,7 @@ TEST_F(SharedTable, handles_share_the_count) {
     EXPECT_EQ(cGetShared(&a)->refs(), 2u);
 }
 
-TEST_F(SharedTable, a_handle_outlives_the_entry_of_the_table) {
+TEST_F(SharedTable, a_handle_keeps_the_count_after_its_removal_from_the_table) {
     auto const handle = cRef<cShared>::share(cGetShared(&a));
     cPutShared(&a);
     EXPECT_EQ(handle->refs(), 1u);
@@ -57,7 +57,7 @@ TEST_F(SharedTable, putting_twice_or_without_a_table_does_nothing) {
     EXPECT_FALSE(cat::has_shared_table());
 }
 
-TEST_F(SharedTable, the_address_of_a_record_is_stable) {
+TEST_F(SharedTable, the_address_of_a_count_is_stable) {
     cShared *const count = cGetShared(&a);
     int many[100];
     for (int &n : many) cGetShared(&n);
@@ -79,7 +79,7 @@ TEST_F(SharedTableEdge, putting_an_unknown_pointer_deletes_the_table_only_when_i
     EXPECT_FALSE(cat::has_shared_table());
 }
 
-TEST_F(SharedTableEdge, getting_a_pointer_twice_returns_the_same_record) {
+TEST_F(SharedTableEdge, getting_a_pointer_twice_returns_the_same_count) {
     cShared *const count = cGetShared(&a);
     EXPECT_EQ(cGetShared(&a), count);
     EXPECT_EQ(count->refs(), 1u);

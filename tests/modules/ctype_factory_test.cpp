@@ -17,12 +17,12 @@
 
 namespace {
 
-// A factory that creates the type that the test sets, entered under a name until the end of the
-// scope.
+// A factory that is in the repository under a name while it exists. The test's function creates the
+// type.
 class Factory : public cTypeCtor {
   public:
-    Factory(std::string const &name, std::function<typeref()> what)
-        : what_(std::move(what)),
+    Factory(std::string const &name, std::function<typeref()> create)
+        : create_(std::move(create)),
           entry_(cRepoImpl::create(cRepoImpl::get(typeid(cTypeCtor)), name,
                                    static_cast<cTypeCtor *>(this), typeid(cTypeCtor),
                                    typeid(Factory), "")) {}
@@ -32,13 +32,13 @@ class Factory : public cTypeCtor {
 
     typeref make() override {
         ++calls;
-        return what_();
+        return create_();
     }
 
     int calls = 0;
 
   private:
-    std::function<typeref()> what_;
+    std::function<typeref()> create_;
     cRepositoryEntry *entry_;
 };
 
@@ -56,20 +56,20 @@ class FindType : public QrvTest {
     ~FindType() override { EXPECT_EQ(registered(), before_); }
 };
 
-TEST_F(FindType, knows_the_built_in_types) {
+TEST_F(FindType, the_built_in_types_are_found) {
     EXPECT_EQ(&cat::find_type("int"), &cat::type_int());
     EXPECT_EQ(&cat::find_type("map"), &cat::type_map());
     EXPECT_EQ(&cat::find_type("attlist"), &cat::typetype_attlist());
 }
 
-TEST_F(FindType, an_unknown_name_is_niltype_and_nothing_is_entered) {
+TEST_F(FindType, an_unknown_name_returns_niltype_and_registers_nothing) {
     EXPECT_EQ(&cat::find_type("no such type"), &cat::type_nil());
     EXPECT_EQ(&cat::find_type(""), &cat::type_nil());
     EXPECT_EQ(&cat::find_type("no:such"), &cat::type_nil());
     EXPECT_EQ(registered(), before_);
 }
 
-TEST_F(FindType, a_name_of_another_value_is_niltype) {
+TEST_F(FindType, a_registered_value_that_is_not_a_type_returns_niltype) {
     Factory factory("number", [] { return new_type("number"); });
     cat::type_hash_ptr()->mapitem("number", make<cObjD<int>>(5));
     EXPECT_EQ(&cat::find_type("number"), &cat::type_nil());
@@ -89,15 +89,15 @@ TEST_F(FindType, a_factory_is_called_once_and_its_type_is_registered) {
 }
 
 TEST_F(FindType, a_type_with_another_name_gets_the_requested_name) {
-    Factory const factory("requested", [] { return new_type("its own name"); });
+    Factory const factory("requested", [] { return new_type("other"); });
     cTypeObj &type = cat::find_type("requested");
     EXPECT_EQ(type.name(), "requested");
     EXPECT_TRUE(is_registered("requested"));
-    EXPECT_FALSE(is_registered("its own name"));
+    EXPECT_FALSE(is_registered("other"));
     forget("requested");
 }
 
-TEST_F(FindType, a_type_is_named_by_the_whole_requested_string) {
+TEST_F(FindType, a_type_gets_the_whole_requested_string_as_its_name) {
     Factory factory("T", [] { return new_type("T"); });
     cTypeObj &type = cat::find_type("T:mod");
     EXPECT_EQ(type.name(), "T:mod");
@@ -121,8 +121,8 @@ TEST_F(FindType, a_factory_that_creates_nothing_returns_niltype_each_time) {
 TEST_F(FindType, an_entry_without_a_factory_returns_niltype) {
     auto *const list = cRepoImpl::get(typeid(cTypeCtor));
     auto *const entry =
-        cRepoImpl::create(list, "hollow", nullptr, typeid(cTypeCtor), typeid(cTypeCtor), "");
-    EXPECT_EQ(&cat::find_type("hollow"), &cat::type_nil());
+        cRepoImpl::create(list, "empty", nullptr, typeid(cTypeCtor), typeid(cTypeCtor), "");
+    EXPECT_EQ(&cat::find_type("empty"), &cat::type_nil());
     cRepoImpl::release(entry);
 }
 
@@ -143,7 +143,7 @@ TEST_F(FindType, a_factory_may_request_other_types) {
     forget("outer");
 }
 
-TEST_F(FindType, a_factory_that_registers_the_name_itself_causes_a_duplicate) {
+TEST_F(FindType, a_factory_that_registers_the_name_itself_causes_a_fatal_error) {
     Factory const factory("twice", [] {
         cTypeInsert::insert(new_type("twice"), true);
         return new_type("twice");

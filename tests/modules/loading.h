@@ -1,6 +1,7 @@
 #pragma once
-// The fixture of tests that load modules: its own empty working folder, into which a test copies
-// modules under any names, the events that modules log, and the repository restored at the end.
+// The fixture of tests that load modules. Each test has an empty working folder, into which it
+// copies modules under any names, and a log into which modules write their events. At its end, the
+// repository must have no entries of modules.
 
 #include "qrv/base/platform/cplatform.h"
 #include "tests/modules/shared/module.h"

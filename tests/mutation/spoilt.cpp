@@ -29,7 +29,7 @@ int in_copy(std::function<int()> const &work) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-// Compiles the patterns of all hints, which the copies of this process would do one by one.
+// Compiles the patterns of all hints here, so that not every copy of this process must do it.
 bool compile_hints() {
     cat::ReadError error;
     error.kind = cat::ErrorKind::read_equals;
@@ -88,7 +88,7 @@ bool is_reported(std::string const &text) {
         scan.scan_obj(value, &delimiter);
         return report.empty() ? 0 : 1;
     });
-    if (result < 0) throw std::runtime_error("the library died on: " + text);
+    if (result < 0) throw std::runtime_error("the process was killed while it read: " + text);
     return result == 1;
 }
 
@@ -106,9 +106,10 @@ cChecked checked(std::string const &text) {
 
 std::string silence(std::string const &text) {
     cChecked const tool = checked(text);
-    if (tool.status == exit_done) return is_reported(text) ? "check says nothing" : "";
-    if (tool.status != exit_found && tool.status != exit_failed) return "check died";
-    return tool.has_error ? "" : "check fails without a word";
+    if (tool.status == exit_done) return is_reported(text) ? "check reports no error" : "";
+    if (tool.status != exit_found && tool.status != exit_failed)
+        return "check ended with an unknown status";
+    return tool.has_error ? "" : "check fails without a message";
 }
 
 } // namespace mutation_test

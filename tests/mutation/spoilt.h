@@ -1,7 +1,6 @@
 #pragma once
-// Changes single tokens of text and compares the reports of the library and the tool. Each
-// reading runs in a forked copy of the test process, since a declared type lives as long as its
-// process.
+// Changes single tokens of text and compares the reports of the library and the tool. Each text is
+// read in a forked copy of the test process, since declared types exist until their process ends.
 
 #include <cstddef>
 #include <string>
@@ -24,8 +23,8 @@ std::vector<cToken> tokens_of(std::string const &text);
 // The text with the token replaced. An empty `by` deletes the token.
 std::string replaced(std::string const &text, cToken const &token, std::string const &by);
 
-// The text without the brackets that this token opens and without what is between them. The
-// unchanged text if the token is not an opening bracket or is never closed.
+// The text without the opening bracket that this token is, its closing bracket, and all that is
+// between them. The unchanged text if the token is not an opening bracket or is never closed.
 std::string without_brackets(std::string const &text, std::vector<cToken> const &tokens,
                              size_t index);
 

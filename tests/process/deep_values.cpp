@@ -1,7 +1,7 @@
 // Trees of 100,000 levels, built from the innermost one, in a new process with a stack of 8 MB.
-// Each store would take minutes altogether if it searched what it stores for a cycle, which it does
-// once a program has its own iterator: so no other test runs in this process. What needs the
-// stack for each level reports that it is too deep, and everything else works.
+// Once a program has its own iterator, each store searches the stored value for a cycle, and the
+// stores of such a tree would take minutes. So no other test runs in this process. Functions that
+// need the stack for each level report that the tree is too deep; all others work.
 
 #include "process.h"
 #include "qrv/value.h"

@@ -1,5 +1,6 @@
 #pragma once
-// Sets a value until the end of its scope: for tests of checks that must find it wrong.
+// Sets a variable to a wrong value until the end of the scope, for tests of checks that must report
+// it.
 
 template <class T> class Broken {
   public:

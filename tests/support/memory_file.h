@@ -1,5 +1,5 @@
 #pragma once
-// A file without a folder, which exists as long as its object.
+// A file that is in no folder, and exists as long as its object.
 
 #include <stdexcept>
 #include <string>

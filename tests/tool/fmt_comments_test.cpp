@@ -39,7 +39,7 @@ TEST_F(ToolFmtComments, are_preserved_before_the_closing_bracket) {
     kept("{\n  a= 1;\n  // the end\n}\n");
 }
 
-TEST_F(ToolFmtComments, on_their_own_lines_are_indented_like_their_entries) {
+TEST_F(ToolFmtComments, comments_on_separate_lines_are_indented_like_their_entries) {
     becomes("{\n\t\ta = 1;\n\t\t// tabs\n}", "{\n  a= 1;\n  // tabs\n}\n");
     becomes("{\n  // one\n\n     /* two\n        more */\n a=[\n// three\n1];}",
             "{\n  // one\n\n  /* two\n     more */\n  a= [\n      // three\n      1,\n  ];\n}\n");
@@ -82,7 +82,7 @@ TEST_F(ToolFmtComments, are_preserved_in_a_container_on_one_line) {
             "{\n  a= [1, /* x */ 2, ];\n  b= {/* y */ };\n  c= [/* z */ 3, /* w */ ];\n}\n");
 }
 
-TEST_F(ToolFmtComments, to_the_end_of_the_line_put_a_container_on_many_lines) {
+TEST_F(ToolFmtComments, a_comment_up_to_a_line_end_puts_its_container_on_many_lines) {
     becomes("{a=1; // x\n b=2}", "{\n  a= 1; // x\n  b= 2;\n}\n");
     becomes("{a=[1, /* two\nlines */ 2]; b=[3]}",
             "{\n  a= [\n      1, /* two\nlines */\n      2,\n  ];\n  b= [3, ];\n}\n");
@@ -103,11 +103,11 @@ TEST_F(ToolFmtComments, are_preserved_inside_typed_values) {
             "{\n  M= choice({\n      a= 1; // one\n  });\n  m= M(a);\n}\n");
 }
 
-TEST_F(ToolFmtComments, of_shared_values_are_written_once) {
+TEST_F(ToolFmtComments, comments_of_shared_values_are_written_once) {
     kept("{\n  a= 1; // x\n  b= #cRef(/a); // y\n  c= #cRef(/a);\n}\n");
 }
 
-TEST_F(ToolFmtComments, of_repeated_keys_are_collected) {
+TEST_F(ToolFmtComments, comments_of_repeated_keys_are_collected) {
     becomes("{\n a=1; // x\n b=3;\n a=2; // y\n}", "{\n  a= 2; // x\n        // y\n  b= 3;\n}\n");
     becomes("{\n a={x=1; /* x */};\n // more\n a={y=2; /* y */};\n}",
             "{\n  // more\n  a= {x= 1; /* x */ y= 2; /* y */ };\n}\n");

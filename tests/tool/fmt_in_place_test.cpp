@@ -37,7 +37,7 @@ TEST_F(ToolFmtInPlace, replaces_the_file_and_leaves_no_other_file) {
     ino_t const before = status("f").st_ino;
     EXPECT_EQ(in_place(), silent);
     EXPECT_EQ(read("f"), "// head\n{a= 1; }\n");
-    EXPECT_NE(status("f").st_ino, before) << "written beside and renamed";
+    EXPECT_NE(status("f").st_ino, before) << "a new file replaced the old one";
     EXPECT_EQ(files(), 1u);
 }
 

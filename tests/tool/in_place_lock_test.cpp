@@ -86,7 +86,7 @@ TEST_F(ToolInPlaceLock, a_command_waits_for_the_lock) {
     std::optional<cHeld> held(std::in_place, folder_);
     cProcess tool(folder_, {"set", "-i", "f", "n += 1"}, {});
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    EXPECT_EQ(::waitpid(tool.pid(), nullptr, WNOHANG), 0) << "it still waits";
+    EXPECT_EQ(::waitpid(tool.pid(), nullptr, WNOHANG), 0) << "the command still waits";
     EXPECT_EQ(read("f"), "{n=0}");
     write("f", "{n=5}"); // the waiting command has not read the file yet
     held.reset();
@@ -210,7 +210,7 @@ TEST_F(ToolInPlaceLock, a_backup_has_the_default_suffix_or_another_one) {
     ASSERT_EQ(::stat(path("f.bak").c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0640u);
     EXPECT_EQ(run({"set", "-o", "f", "--backup", "f.bak", "0 = 3"}), silent);
-    EXPECT_EQ(read("f~"), "[2, ]\n") << "of the file that is replaced";
+    EXPECT_EQ(read("f~"), "[2, ]\n") << "the backup is a copy of the replaced file";
 }
 
 TEST_F(ToolInPlaceLock, a_file_that_does_not_change_has_no_backup) {

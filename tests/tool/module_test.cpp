@@ -63,7 +63,7 @@ TEST_F(ToolModule, adds_types) {
               (cRun{0, "{s= attspec(type=Temperature; flag=#REQUIRED;); }\n", ""}));
 }
 
-TEST_F(ToolModule, that_can_t_be_loaded_ends_the_work) {
+TEST_F(ToolModule, a_module_that_cannot_be_loaded_ends_the_command) {
     EXPECT_EQ(run({"get", "f", "a", "--module", "./none"}),
               (cRun{2, "",
                     "qrv: error: cannot load the module './none'\n"
@@ -90,7 +90,7 @@ TEST_F(ToolModule, that_can_t_be_loaded_ends_the_work) {
     EXPECT_FALSE(was_loaded());
 }
 
-TEST_F(ToolModule, that_throws_an_error_of_the_library_is_reported_with_its_text) {
+TEST_F(ToolModule, an_error_of_the_library_in_a_module_is_reported_with_its_text) {
     copy("throws_error", "throws_error");
     EXPECT_EQ(run({"get", "f", "a", "--module", "./throws_error"}),
               (cRun{2, "",
@@ -98,7 +98,7 @@ TEST_F(ToolModule, that_throws_an_error_of_the_library_is_reported_with_its_text
                     "qrv: note: set-up of throws_error\n"}));
 }
 
-TEST_F(ToolModule, that_throws_while_a_file_is_read_is_reported_with_its_text) {
+TEST_F(ToolModule, an_exception_of_a_module_while_a_file_is_read_is_reported) {
     copy("throws_later", "throws_later");
     EXPECT_EQ(run({"get", "f", "a", "--module", "./throws_later"}), one);
     EXPECT_EQ(run({"get", "f", "a/b", "--module", "./throws_later"}),
@@ -167,14 +167,14 @@ TEST_F(ToolModuleSearch, stops_at_a_broken_file_beside_the_program) {
     EXPECT_FALSE(was_loaded());
 }
 
-TEST_F(ToolModuleSearch, that_fails_lists_all_paths) {
+TEST_F(ToolModuleSearch, a_failed_search_lists_all_paths) {
     std::string const reported = run_copy({"--module", "nowhere", "get", "f", "a"}).err;
     for (std::string const place : {"/bin/modules/nowhere.so: ", "note: nowhere.so: ",
                                     "note: ./nowhere.so: ", "note: modules/nowhere.so: "})
         EXPECT_NE(reported.find(place), std::string::npos) << place << "\n" << reported;
 }
 
-TEST_F(ToolModule, whose_name_ends_in_a_slash_is_refused) {
+TEST_F(ToolModule, a_module_whose_name_ends_in_a_slash_is_refused) {
     for (std::string const name : {"/", "./", "modules/"})
         EXPECT_EQ(run({"get", "f", "a", "--module", name}),
                   (cRun{2, "",

@@ -1,7 +1,6 @@
 // Whole sessions at a shell: each file of data/sessions/ has commands after "$ ", and below each
 // command its whole output, on standard output and standard error, and its exit status in brackets
-// if it is not
-// 0. A session runs in an empty folder, with the tool in the path.
+// if it is not 0. A session runs in an empty folder, with the tool in the path.
 
 #include "tests/tool/tool_run.h"
 

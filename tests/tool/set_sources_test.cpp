@@ -63,7 +63,7 @@ TEST_F(ToolSetSources, a_named_value_may_be_a_key_or_inside_a_container) {
               ""}));
     EXPECT_EQ(set({"--arg", "v=1", "b = '$v'; a = 2", "-e", "b += $v"}),
               (cRun{0, "{a= 2; b= \"$v1\"}", ""}))
-        << "in quotes it is plain text";
+        << "'$v' in quotes is plain text";
 }
 
 TEST_F(ToolSetSources, names_without_value_and_unused_values_are_reported) {
@@ -108,7 +108,7 @@ TEST_F(ToolSetSources, literals_that_would_be_stored_differently_are_refused) {
         set({"c = [2147483647U, 0x7FFFFFFF, 0.0e-400, 1.0e-300, P101, e5, '\\\\ \\' \\\" \\\n']"})
             .err,
         "");
-    EXPECT_EQ(set({"c = intf(0xFFFFFFFF)", "--reformat"}).err, "") << "an intf keeps 32 bits";
+    EXPECT_EQ(set({"c = intf(0xFFFFFFFF)", "--reformat"}).err, "") << "an intf has 32 bits";
 }
 
 // --- --diff ---

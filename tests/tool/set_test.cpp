@@ -158,7 +158,8 @@ TEST_F(ToolSet, a_comment_that_reformatting_would_lose_keeps_the_file) {
               lost + "f: error: not written: data would be lost; --force writes the file anyway\n");
     EXPECT_EQ(set(text, "a &= 5", {"--reformat", "-i", "--force"}), (cRun{0, "", lost}));
     EXPECT_EQ(read("f"), "{\n  a= 5;\n  c= 2; // two\n}\n");
-    EXPECT_EQ(set(text, "c &= #nil", {"--reformat"}).status, 1) << "a constant has no comment";
+    EXPECT_EQ(set(text, "c &= #nil", {"--reformat"}).status, 1)
+        << "a constant cannot store the comment";
 }
 
 TEST_F(ToolSet, assigning_changes_all_occurrences_of_a_shared_value_and_replacing_only_one) {
@@ -455,7 +456,7 @@ TEST_F(ToolSet, the_output_may_be_another_file) {
     EXPECT_EQ(read("g"), "{a=2}");
     EXPECT_EQ(read("f"), "{a=1}");
     EXPECT_EQ(set("{a= 3; }\n", "", {"--output=g"}), (cRun{0, "", ""}));
-    EXPECT_EQ(read("g"), "{a= 3; }\n") << "nothing to change, and written";
+    EXPECT_EQ(read("g"), "{a= 3; }\n") << "the file is written even if nothing changes";
     EXPECT_EQ(set("{a=1}", "a = 2", {"-o", "-"}), (cRun{0, "{a=2}", ""}));
     EXPECT_EQ(set("{a=1}", "a = 2.5", {"-o", "g"}).status, 2);
     EXPECT_EQ(set("{a=1} x", "a = 2", {"--reformat", "-o", "g"}).status, 2);
@@ -493,7 +494,8 @@ TEST_F(ToolSet, paths_may_be_deep) {
     std::string const path = "a" + times("/a", 300);
     std::string const out = changed("{}", path + " = 5");
     EXPECT_EQ(run({"get", "-", path}, {.input = out}), (cRun{0, "5\n", ""}));
-    EXPECT_EQ(set("{}", "a" + times("/a", 3000) + " = 5").status, 2) << "deeper than can be read";
+    EXPECT_EQ(set("{}", "a" + times("/a", 3000) + " = 5").status, 2)
+        << "the result would be too deep to be read";
 }
 
 TEST_F(ToolSet, many_statements_may_be_given) {

@@ -111,7 +111,7 @@ TEST_F(ToolToJson, the_layout_can_be_chosen) {
         "{\n  a= {\n      b= [1, {c= 2; }, ];\n  };\n  d= [\n      3,\n  ];\n}";
     EXPECT_EQ(json(text),
               "{\n  \"a\": {\n    \"b\": [1, {\"c\": 2}]\n  },\n  \"d\": [\n    3\n  ]\n}\n")
-        << "containers on one line stay on one";
+        << "a container on one line stays on one line";
     EXPECT_EQ(convert(text, {"--indent", "0"}).out,
               "{\n\"a\": {\n\"b\": [1, {\"c\": 2}]\n},\n\"d\": [\n3\n]\n}\n");
     EXPECT_EQ(convert(text, {"--indent", "4"}).out,

@@ -86,7 +86,8 @@ TEST_F(Match, plain_characters_match_the_start_of_the_text) {
     EXPECT_EQ(both("abc", "abc"), 3);
     EXPECT_EQ(both("abc", "abd"), 0);
     EXPECT_EQ(both("ab", "abc"), 0);
-    EXPECT_EQ(both("],}!-b", "],}!-"), 5) << "with nothing open they are themselves";
+    EXPECT_EQ(both("],}!-b", "],}!-"), 5)
+        << "without an opening bracket these characters are literal";
     EXPECT_EQ(both("\xE4\xFF", "\xE4\xFF"), 2);
     EXPECT_EQ(both("A", "a"), 0);
 }
@@ -101,19 +102,19 @@ TEST_F(Match, a_question_mark_may_match_the_end_of_the_text_after_alternatives) 
     EXPECT_EQ(both("ab", "{ab}?"), 2);
     EXPECT_EQ(both("ab", "{ab}??"), 0);
     EXPECT_EQ(both("ab", "{ab}{?}"), 2);
-    EXPECT_EQ(both("ab", "{ab}{?}?"), 2) << "the last one begins there as well";
+    EXPECT_EQ(both("ab", "{ab}{?}?"), 2) << "the last ? is at the end of the text, too";
     EXPECT_EQ(both("ab", "{ab}{}"), 2);
     EXPECT_EQ(both("ab", "{ab}\\"), 2);
     EXPECT_EQ(both("ab", "{ab}*"), 0);
     EXPECT_EQ(both("ab", "{ab}[!a]"), 0);
     EXPECT_EQ(both("ab", "{ab}b"), 0);
-    EXPECT_EQ(both("ab", "ab{}"), 0) << "between elements the text must go on";
+    EXPECT_EQ(both("ab", "ab{}"), 0) << "between elements of the pattern the text must not end";
 }
 
 TEST_F(Match, a_backslash_makes_the_next_character_literal) {
     EXPECT_EQ(both("?[{\\a", "\\?\\[\\{\\\\\\a"), 5);
-    EXPECT_EQ(both("abc", "ab\\"), 2) << "the last one ends the pattern";
-    EXPECT_EQ(both("ab", "ab\\"), 0) << "but the text has ended before it";
+    EXPECT_EQ(both("abc", "ab\\"), 2) << "a backslash at the end of the pattern matches nothing";
+    EXPECT_EQ(both("ab", "ab\\"), 0) << "the text ends before the backslash";
     EXPECT_EQ(both("abc", "\\"), 0);
     EXPECT_EQ(longest("abc", "a*\\"), 2);
     EXPECT_EQ(first("abc", "a*\\"), 2);
@@ -131,7 +132,7 @@ TEST_F(Match, sets_match_one_character) {
     EXPECT_EQ(both("!", "[\\!a]"), 1);
     EXPECT_EQ(both("?", "[?*{,}]"), 1);
     EXPECT_EQ(both("a", "[?*{,}]"), 0);
-    EXPECT_EQ(both("a", "a[!b]"), 0) << "not at the end of the text";
+    EXPECT_EQ(both("a", "a[!b]"), 0) << "a set does not match the end of the text";
 }
 
 TEST_F(Match, a_set_ends_at_the_next_bracket) {
@@ -150,7 +151,7 @@ TEST_F(Match, ranges_match_the_characters_between_their_ends) {
         EXPECT_EQ(both("e", set), 0) << set;
         EXPECT_EQ(both("-", set), 0) << set;
     }
-    EXPECT_EQ(both("\\", "[[-\\]]"), 1) << "it ends at the ] that is literal";
+    EXPECT_EQ(both("\\", "[[-\\]]"), 1) << "the range ends at the literal ]";
     EXPECT_EQ(both("]", "[[-\\]]"), 1);
 }
 
@@ -158,9 +159,9 @@ TEST_F(Match, a_minus_at_either_end_of_a_set_is_literal) {
     for (char const *const set : {"[a-]", "[-a]", "[a\\-z]", "[!b-z]", "[a-a-]"})
         EXPECT_EQ(both("-", set), 1) << set;
     EXPECT_EQ(both("b", "[a\\-z]"), 0);
-    EXPECT_EQ(both("-", "[a-c-e]"), 1) << "behind a range";
+    EXPECT_EQ(both("-", "[a-c-e]"), 1) << "a minus after a range is literal";
     EXPECT_EQ(both("d", "[a-c-e]"), 0);
-    EXPECT_EQ(both(".", "[--/]"), 1) << "a range that begins with it";
+    EXPECT_EQ(both(".", "[--/]"), 1) << "a range may begin with a minus";
 }
 
 TEST_F(Match, ranges_compare_signed_characters) {
@@ -201,7 +202,7 @@ TEST_F(Match, a_star_before_other_elements_may_match_nothing) {
 }
 
 TEST_F(Match, a_star_ignores_empty_matches_of_the_rest) {
-    EXPECT_EQ(longest("abc", "*{}"), 2) << "tries that take nothing don't count";
+    EXPECT_EQ(longest("abc", "*{}"), 2) << "empty matches of the rest do not count";
     EXPECT_EQ(first("abc", "*{}"), 1);
     EXPECT_EQ(both("ab", "a*{}"), 0);
 }
@@ -224,8 +225,9 @@ TEST_F(Match, several_stars_may_be_in_one_pattern) {
 
 TEST_F(Match, alternatives_are_matched_separately) {
     EXPECT_EQ(longest("abcd", "{ab,abc}d"), 4);
-    EXPECT_EQ(first("abcd", "{ab,abc}d"), 4) << "the first that works with the rest";
-    EXPECT_EQ(longest("abab", "{a*b}b"), 0) << "it took the longest, and behind it is nothing";
+    EXPECT_EQ(first("abcd", "{ab,abc}d"), 4)
+        << "the first alternative after which the rest matches";
+    EXPECT_EQ(longest("abab", "{a*b}b"), 0) << "the longest match leaves nothing for the b";
     EXPECT_EQ(first("abb", "{a*b}b"), 3);
     EXPECT_EQ(longest("xab", "x{a,a?}"), 3);
     EXPECT_EQ(longest("abc", "{a,ab}{c,bc}"), 3);
@@ -237,7 +239,7 @@ TEST_F(Match, alternatives_may_be_empty) {
     EXPECT_EQ(both("ab", "{,a}b"), 2);
     EXPECT_EQ(both("b", "{a,}b"), 1);
     EXPECT_EQ(longest("ab", "{,a}"), 1);
-    EXPECT_EQ(first("ab", "{,a}"), 0) << "the first is good, and its length is 0";
+    EXPECT_EQ(first("ab", "{,a}"), 0) << "the first alternative matches, with length 0";
     EXPECT_EQ(both("ab", "{,,}ab"), 2);
 }
 
@@ -254,8 +256,9 @@ TEST_F(Match, alternatives_may_be_nested) {
     EXPECT_EQ(longest("abx", "{a{b,c}d,ab}"), 2);
     EXPECT_EQ(both("b", "{{{a,b}}}"), 1);
     EXPECT_EQ(both("abc", "{{{a}b}c}"), 3);
-    EXPECT_EQ(longest("abcx", "{a,{a{b,bc}}}x"), 4) << "the inner one took bc";
-    EXPECT_EQ(longest("abx", "{a{b,bx}}x"), 0) << "and here the x";
+    EXPECT_EQ(longest("abcx", "{a,{a{b,bc}}}x"), 4) << "the inner alternative matches bc";
+    EXPECT_EQ(longest("abx", "{a{b,bx}}x"), 0)
+        << "the inner alternative matches bx, which leaves no x";
 }
 
 TEST_F(Match, sets_and_backslashes_quote_delimiters_in_alternatives) {
@@ -499,7 +502,8 @@ TEST_F(Match, a_hundred_thousand_braces_may_be_nested) {
     std::string const open = times("{", depth), close = times("}", depth);
     std::string const text = times("ab", 500000);
     EXPECT_EQ(both(text, open + "ab" + close), 2);
-    EXPECT_EQ(both("ab", open + "ab" + times("}?", depth)), 2) << "each ? begins at the end";
+    EXPECT_EQ(both("ab", open + "ab" + times("}?", depth)), 2)
+        << "each ? is at the end of the text";
     EXPECT_EQ(both("ab", times("{x,", depth) + "ab" + close), 2);
     EXPECT_EQ(both("ab", open + "ab" + times(",x}", depth)), 2);
     EXPECT_EQ(both("aba", times("{}", depth) + "ab"), 2);
@@ -512,7 +516,7 @@ TEST_F(Match, a_hundred_thousand_braces_may_be_nested) {
 
 TEST_F(Match, the_text_may_be_long) {
     std::string const text = times("x", 1000000) + "a" + times("y", 1000) + "b";
-    EXPECT_EQ(longest(text, "*a*b*"), 0) << "the last star leaves one character and needs one";
+    EXPECT_EQ(longest(text, "*a*b*"), 0) << "the last star needs one character and leaves one";
     EXPECT_EQ(longest(text + "..", "*a*b*"), 1001003);
     EXPECT_EQ(first(text + "...", "*a*b*"), 1001003);
     EXPECT_EQ(both(text, "*a*b"), 1001002);

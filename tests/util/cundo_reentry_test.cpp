@@ -395,7 +395,7 @@ TEST_F(UndoInEnd, may_remove_others_and_undo_others) {
     EXPECT_EQ(names(), "");
 }
 
-TEST_F(UndoInEnd, of_the_oldest_may_deactivate_or_destroy_the_list_that_makes_space) {
+TEST_F(UndoInEnd, the_oldest_action_may_deactivate_or_destroy_the_list_that_removes_it) {
     for (bool const destroy : {false, true}) {
         add("a", limit)->at_end = [&] {
             if (destroy)
@@ -410,14 +410,14 @@ TEST_F(UndoInEnd, of_the_oldest_may_deactivate_or_destroy_the_list_that_makes_sp
     }
 }
 
-TEST_F(UndoInEnd, of_the_oldest_may_add_another_action) {
+TEST_F(UndoInEnd, the_oldest_action_may_add_another_when_it_is_removed) {
     add("a", limit)->at_end = [&] { list->add(new Action(log, "x")); };
     list->add(new Action(log, "b"));
     EXPECT_EQ(names(), "bx");
     EXPECT_EQ(take_log(), "cost a; ~a; ");
 }
 
-TEST_F(UndoInEnd, after_an_assignment_sees_the_new_entries) {
+TEST_F(UndoInEnd, an_action_that_ends_after_an_assignment_finds_the_new_entries) {
     cUndoGlobalList other(false);
     add(other, "x");
     add("a")->at_end = [&] { log += "[" + names() + "]"; };
@@ -452,7 +452,7 @@ TEST_F(UndoInEnd, may_destroy_the_list_in_each_operation) {
 
 void fail() { throw std::runtime_error("no"); }
 
-TEST_F(UndoThrow, from_undo_keeps_the_action_and_ends_the_walk) {
+TEST_F(UndoThrow, an_exception_of_undo_keeps_the_action_and_ends_the_walk) {
     add("a");
     add("b")->at_undo = fail;
     for (int i = 0; i < 2; ++i) EXPECT_THROW(list->makeUndo(nullptr), std::runtime_error);
@@ -460,7 +460,7 @@ TEST_F(UndoThrow, from_undo_keeps_the_action_and_ends_the_walk) {
     EXPECT_EQ(names(), "ba");
 }
 
-TEST_F(UndoThrow, from_undo_after_it_removed_itself_deletes_it) {
+TEST_F(UndoThrow, an_exception_of_an_action_that_removed_itself_deletes_it) {
     add("a");
     Action *const b = add("b");
     b->at_undo = [&] {
@@ -472,7 +472,7 @@ TEST_F(UndoThrow, from_undo_after_it_removed_itself_deletes_it) {
     EXPECT_EQ(names(), "a");
 }
 
-TEST_F(UndoThrow, from_undo_is_allowed_after_the_list_was_destroyed) {
+TEST_F(UndoThrow, an_exception_of_undo_is_allowed_after_the_list_was_destroyed) {
     add("a");
     add("b")->at_undo = [&] {
         list.reset();
@@ -482,7 +482,7 @@ TEST_F(UndoThrow, from_undo_is_allowed_after_the_list_was_destroyed) {
     EXPECT_EQ(take_log(), "undo b; ~a; ~b; ");
 }
 
-TEST_F(UndoThrow, from_isfor_changes_nothing) {
+TEST_F(UndoThrow, an_exception_of_isfor_changes_nothing) {
     add("a");
     Action *const b = add("b");
     b->at_isfor = fail;
@@ -493,7 +493,7 @@ TEST_F(UndoThrow, from_isfor_changes_nothing) {
     EXPECT_EQ(names(), "ba");
 }
 
-TEST_F(UndoThrow, from_cost_leaves_the_new_action_with_the_caller) {
+TEST_F(UndoThrow, an_exception_of_cost_leaves_the_new_action_with_the_caller) {
     Action *const a = add("a");
     a->at_cost = fail;
     {
@@ -505,7 +505,7 @@ TEST_F(UndoThrow, from_cost_leaves_the_new_action_with_the_caller) {
     EXPECT_EQ(names(), "a");
 }
 
-TEST_F(UndoThrow, from_cost_is_allowed_after_an_action_was_dropped) {
+TEST_F(UndoThrow, an_exception_of_cost_is_allowed_after_an_action_was_dropped) {
     add("a", limit);
     Action *const b = add("b"); // a alone was at its limit and was dropped for b
     EXPECT_EQ(names(), "b");

@@ -172,7 +172,7 @@ TEST_F(UndoAdd, two_lists_may_share_an_action) {
     EXPECT_EQ(take_log(), "");
     EXPECT_EQ(names(other), "a");
     EXPECT_EQ(names(), "");
-    EXPECT_TRUE(list->add(a)); // and back again
+    EXPECT_TRUE(list->add(a)); // moves it back
     other.remove(a);
     EXPECT_EQ(take_log(), "");
     list->remove(a);

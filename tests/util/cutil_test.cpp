@@ -90,7 +90,7 @@ TEST(StackQuestion, the_base_is_constant_and_above_every_local) {
     void const *const base = cGetStackBase();
     EXPECT_EQ(cGetStackBase(), base);
     EXPECT_GT(number(base), number(&local));
-    EXPECT_EQ(number(base) % 4096, 0u) << "the whole stack counts";
+    EXPECT_EQ(number(base) % 4096, 0u) << "the base is at the end of a page";
 }
 
 TEST(StackQuestion, the_stack_address_is_below_the_callers_locals) {

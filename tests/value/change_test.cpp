@@ -292,7 +292,7 @@ TEST_F(Changes, a_callback_connected_inside_a_callback_is_called_last) {
     EXPECT_EQ(calls, "first second inner first second inner ");
 }
 
-TEST_F(Changes, of_a_scalar_only_an_assignment_in_place_is_reported) {
+TEST_F(Changes, a_scalar_reports_only_an_assignment_in_place) {
     qrv::value v = 5;
     qrv::value const same = v;
     int calls = 0;
@@ -335,7 +335,7 @@ TEST_F(Changes, what_a_callback_throws_reaches_the_writer) {
     EXPECT_TRUE(map.at("l").empty());
 }
 
-TEST_F(Changes, errors_of_the_library_inside_a_callback_take_their_own_way) {
+TEST_F(Changes, errors_of_the_library_inside_a_callback_are_raised_as_usual) {
     qrv::value map = read("{}");
     qrv::value const list = read("[]");
     cErrorLog errors;

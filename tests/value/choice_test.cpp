@@ -1,4 +1,4 @@
-// Choices: reading them as their keys, and setting them by these.
+// Choices: a choice is read as its key, and set by it.
 
 #include "qrv/core/ctypescope.h"
 #include "tests/value/value_support.h"
@@ -45,14 +45,14 @@ TEST_F(Choice, is_read_as_its_key) {
               "mode: expected int, but it is an object of type Mode");
 }
 
-TEST_F(Choice, with_int_keys_is_read_as_an_int) {
+TEST_F(Choice, a_choice_with_int_keys_is_read_as_an_int) {
     qrv::value const speed = read("{Speed= choice([a, b]); x= Speed(1)}").at("x");
     EXPECT_EQ(speed.get<int>(), 1);
     EXPECT_EQ(speed.get<unsigned char>(), 1);
     EXPECT_THROW(speed.get<std::string>(), qrv::type_error);
 }
 
-TEST_F(Choice, that_is_undefined_has_no_key) {
+TEST_F(Choice, an_undefined_choice_has_no_key) {
     qrv::value const mode = read("{x= Mode()}").at("x");
     EXPECT_THROW(mode.get<std::string>(), qrv::type_error);
     EXPECT_EQ(mode.get_if<std::string>(), std::nullopt);
@@ -90,7 +90,7 @@ TEST_F(Choice, is_assigned_a_key_that_its_type_has) {
     EXPECT_TRUE(mode == "slow");
 }
 
-TEST_F(Choice, that_refuses_a_key_reports_no_change) {
+TEST_F(Choice, a_choice_that_refuses_a_key_reports_no_change) {
     qrv::value mode = axis().at("mode");
     int changes = 0;
     auto const watch = mode.on_change([&](qrv::change const &) { ++changes; });
@@ -100,7 +100,7 @@ TEST_F(Choice, that_refuses_a_key_reports_no_change) {
     EXPECT_EQ(changes, 1);
 }
 
-TEST_F(Choice, as_an_attribute_is_set_by_its_key) {
+TEST_F(Choice, an_attribute_of_a_choice_type_is_set_by_its_key) {
     qrv::value x = axis();
     qrv::value const before = x.at("mode");
     x["mode"] = "fast";
@@ -119,7 +119,7 @@ TEST_F(Choice, as_an_attribute_is_set_by_its_key) {
     EXPECT_TRUE(machine.at("axes/1/mode") == "slow");
 }
 
-TEST_F(Choice, and_numbers_are_the_only_attributes_that_are_converted) {
+TEST_F(Choice, only_choices_and_numbers_are_converted_to_the_type_of_an_attribute) {
     qrv::value x = axis();
     x["limit"] = 7;
     EXPECT_EQ(x.at("limit"), 7.0);
@@ -133,7 +133,7 @@ TEST_F(Choice, and_numbers_are_the_only_attributes_that_are_converted) {
     EXPECT_EQ(x.at("name"), "x");
 }
 
-TEST_F(Choice, as_an_attribute_is_not_asked_for_an_unknown_key) {
+TEST_F(Choice, an_unknown_key_is_refused_for_an_attribute_of_a_choice_type) {
     qrv::value x = axis();
     EXPECT_EQ(thrown<qrv::error>([&] { x["speed"] = "slow"; }).substr(0, 7), "speed: ");
     EXPECT_FALSE(x.contains("speed"));

@@ -162,7 +162,7 @@ struct Loose {
 };
 QRV_DESCRIBE(Loose, port)
 
-TEST_F(ValueConvert, keys_are_never_dropped_or_made_up) {
+TEST_F(ValueConvert, no_keys_are_dropped_or_invented) {
     EXPECT_EQ(type_failure<Loose>("yes"), "expected map, but it is a string: \"yes\"");
     EXPECT_EQ(type_failure<Loose>(qrv::vector{1}), "expected map, but it is a vector");
     EXPECT_EQ(type_failure<std::vector<int>>(qrv::map{{"a", 1}}),
@@ -226,7 +226,7 @@ TEST_F(ValueConvert, overloads_of_the_program) {
 
 class ValueBuild : public QrvTest {};
 
-TEST_F(ValueBuild, the_plan_of_a_test) {
+TEST_F(ValueBuild, a_nested_value_is_built_in_one_expression) {
     qrv::map const plan{{"title", "Cold start"},
                         {"runs", 3},
                         {"range", qrv::map{{"low", -40.0}, {"high", 85.0}}},
@@ -270,7 +270,7 @@ TEST_F(ValueBuild, sets_leave_equal_items_out) {
     EXPECT_TRUE(s.push_back("b"));
 }
 
-TEST_F(ValueBuild, from_ranges) {
+TEST_F(ValueBuild, values_are_created_from_ranges) {
     std::vector<int> const numbers{3, 1, 3};
     EXPECT_EQ(qrv::vector::from(numbers).size(), 3U);
     EXPECT_EQ(qrv::set::from(numbers).size(), 2U);

@@ -1,4 +1,4 @@
-// Types that a program declares: the same objects as text gives.
+// Types that a program declares: their objects are the same as those of types declared in text.
 
 #include "qrv/value/declare.h"
 
@@ -315,7 +315,7 @@ TEST_F(Declare, an_exception_on_the_way_registers_nothing) {
     EXPECT_FALSE(qrv::type::find("Axis"));
 }
 
-TEST_F(Declare, what_a_listener_throws_comes_from_the_end_of_the_declaration) {
+TEST_F(Declare, an_exception_of_a_listener_comes_from_the_end_of_the_declaration) {
     qrv::type const node = qrv::declare("Node").required<int>("x");
     qrv::connection const watch =
         qrv::value(objref::share(&node.object())).on_change([](qrv::change const &) { throw 7; });

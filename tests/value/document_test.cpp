@@ -181,7 +181,7 @@ TEST_F(Documents, can_be_saved_again_and_again) {
     EXPECT_EQ(bytes_of(file_), text);
 }
 
-TEST_F(Documents, of_text_are_saved_under_a_name) {
+TEST_F(Documents, documents_of_text_are_saved_under_a_name) {
     document doc = document::parse("{ a = 1; }\n");
     EXPECT_EQ(doc.path(), "");
     EXPECT_EQ(message_of<qrv::error>([&] { doc.save(); }),
@@ -298,7 +298,7 @@ TEST_F(Documents, a_type_of_the_program_is_hidden_only_while_it_is_read) {
     EXPECT_THAT(message_of<qrv::error>([&] { doc.text(); }), HasSubstr("not written"));
 }
 
-TEST_F(Documents, what_is_read_may_declare_a_name_again) {
+TEST_F(Documents, text_read_by_a_document_may_declare_a_name_again) {
     document doc = document::parse(record);
     EXPECT_EQ(doc.read("{Axis = choice({z = 0}); v = Axis(z)}").at("v").type_name(), "Axis");
     EXPECT_THROW(doc.read("Axis(nothing)"), qrv::parse_error);
@@ -407,7 +407,7 @@ TEST_F(Documents, a_file_that_cannot_be_read_is_an_error_with_its_name) {
 
 // --- failures of saving
 
-TEST_F(Documents, what_another_program_has_written_is_not_overwritten) {
+TEST_F(Documents, a_change_by_another_program_is_not_overwritten) {
     put(file_, text);
     document doc = document::load(file_);
     put(file_, text + "// more\n");
@@ -551,7 +551,7 @@ TEST_F(Documents, hostile_texts_are_errors_or_saved_as_they_are) {
     }
 }
 
-TEST_F(Documents, generated_texts_stay_and_take_new_entries) {
+TEST_F(Documents, generated_texts_stay_unchanged_and_accept_new_entries) {
     unsigned const count = test::sanitized ? 40 : 300;
     for (unsigned seed = 1; seed <= count; ++seed) {
         test::Random random(seed);

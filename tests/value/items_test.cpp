@@ -43,7 +43,7 @@ TEST_F(Items, are_keys_and_values_in_order) {
     EXPECT_EQ(walked(qrv::value()), "");
 }
 
-TEST_F(Items, of_a_container_are_its_values) {
+TEST_F(Items, the_items_of_a_container_are_its_values) {
     std::vector<qrv::value> const values(read("{a= 1; b= 2}").begin(), qrv::element_iterator());
     EXPECT_EQ(values, (std::vector<qrv::value>{1, 2}));
     int sum = 0;
@@ -51,7 +51,7 @@ TEST_F(Items, of_a_container_are_its_values) {
     EXPECT_EQ(sum, 6);
 }
 
-TEST_F(Items, of_a_scalar_are_refused) {
+TEST_F(Items, the_items_of_a_scalar_are_refused) {
     EXPECT_EQ(thrown<qrv::type_error>([] { qrv::value(5).begin(); }),
               "expected a container, but it is an int: 5");
     EXPECT_THROW(qrv::value("text").items().begin(), qrv::type_error);
@@ -197,7 +197,7 @@ TEST_F(Items, have_keys_for_other_containers) {
     EXPECT_EQ(doubles, read("{1.5= b}"));
 }
 
-TEST_F(Items, of_an_empty_iterator_are_not_touched) {
+TEST_F(Items, an_empty_iterator_equals_one_at_the_begin_of_nil) {
     qrv::element_iterator it;
     EXPECT_EQ(it, qrv::value().begin());
 }

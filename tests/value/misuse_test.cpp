@@ -1,4 +1,5 @@
-// What must not compile: each misuse that would lose something, dangle or change a copy unseen.
+// Misuse that must not compile: it would lose a value, leave a dangling reference, or change a copy
+// unnoticed.
 
 #include "qrv/containers/cmapobj.h"
 #include "tests/value/value_support.h"

@@ -45,7 +45,7 @@ TEST_F(Notes, comment_of_nil_is_refused) {
               "expected a value that can have a comment, but it is nil");
 }
 
-TEST_F(Notes, comment_survives_what_it_gives) {
+TEST_F(Notes, the_result_of_comment_can_be_set_again) {
     qrv::value v = 5;
     v.set_comment("// marked");
     std::string const once = v.comment();
@@ -64,7 +64,7 @@ TEST_F(Notes, one_line_is_the_layout_of_a_container) {
     EXPECT_THROW(qrv::value(5).one_line(true), qrv::type_error);
 }
 
-TEST_F(Notes, paths_of_an_object_are_all_its_places) {
+TEST_F(Notes, paths_of_returns_all_paths_of_an_object) {
     qrv::value part = read("{x= 1}");
     qrv::value v = read("{list= []}");
     v["b c"] = part;

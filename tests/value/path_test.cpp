@@ -53,7 +53,7 @@ TEST_F(Path, part_may_be_a_key_of_another_type) {
     EXPECT_EQ(tree.at("-3"), "c");
 }
 
-TEST_F(Path, that_is_wrong_as_text_is_an_error) {
+TEST_F(Path, a_path_that_is_wrong_as_text_is_an_error) {
     EXPECT_EQ(complaint("a/"), "a/: a key is missing at the end of the path");
     EXPECT_EQ(complaint("a/b c"), "a/b c: a slash is missing before 'c'; keys that are not "
                                   "identifiers go in quotes");
@@ -66,7 +66,7 @@ TEST_F(Path, that_is_wrong_as_text_is_an_error) {
 }
 
 // In the text format these begin comments, which would cut the path.
-TEST_F(Path, with_an_empty_part_or_a_comment_is_an_error) {
+TEST_F(Path, a_path_with_an_empty_part_or_a_comment_is_an_error) {
     for (std::string const path :
          {"a//b", "//", "//a", "a//", "a/b//c", "a // b", "x//a", "x/y//a"})
         EXPECT_EQ(complaint(path),
@@ -79,7 +79,7 @@ TEST_F(Path, with_an_empty_part_or_a_comment_is_an_error) {
     EXPECT_EQ(tree.at("a/'/*'"), 3);
 }
 
-TEST_F(Path, that_is_faulty_changes_nothing) {
+TEST_F(Path, a_faulty_path_changes_nothing) {
     qrv::value v = read("{a= {b= 5}}");
     qrv::value const before = v.clone();
     for (char const *path : {"a//b", "a/*", "a/", "a/b/c d", "x//b", "x/y z", "x/"}) {
@@ -93,7 +93,7 @@ TEST_F(Path, that_is_faulty_changes_nothing) {
     EXPECT_EQ(v, before);
 }
 
-TEST_F(Path, without_a_part_is_the_value_itself) {
+TEST_F(Path, the_empty_path_is_the_value_itself) {
     for (char const *path : {"", "/", " "}) {
         qrv::value v = read("{a= 1}");
         qrv::value const same = v;
@@ -114,7 +114,7 @@ TEST_F(Path, without_a_part_is_the_value_itself) {
     }
 }
 
-TEST_F(Path, is_made_of_keys_that_nobody_knows) {
+TEST_F(Path, path_of_quotes_any_key) {
     EXPECT_EQ(qrv::path_of(), "");
     EXPECT_EQ(qrv::path_of("name"), "name");
     EXPECT_EQ(qrv::path_of("hosts", std::string("a/b"), 0, std::string_view("x y")),
@@ -142,7 +142,7 @@ TEST_F(Path, is_made_of_keys_that_nobody_knows) {
     EXPECT_EQ(v.at(qrv::path_of(zero)), 7);
 }
 
-TEST_F(Path, of_a_number_has_all_its_digits) {
+TEST_F(Path, the_path_of_a_number_has_all_its_digits) {
     qrv::value v = qrv::map{};
     qrv::value const key = 0.1234567890123;
     v.set(key, "x");
@@ -202,7 +202,7 @@ TEST_F(Path, finds_what_getattrp_finds) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(Path, names_each_place_of_a_value) {
+TEST_F(Path, paths_of_returns_the_path_of_a_value) {
     qrv::value tree = read("{a= {\"x y\"= [0, 1]}; 3= {\"two words\"= 2}}");
     for (char const *path : {"a/\"x y\"/1", "3/\"two words\"", "a"}) {
         std::vector<std::string> const places = tree.paths_of(tree.at(path));

@@ -1,4 +1,4 @@
-// Places: what operator[] of a variable gives.
+// References: the results of operator[] of a variable.
 
 #include "tests/value/value_support.h"
 
@@ -94,7 +94,7 @@ TEST_F(Reference, changes_what_is_there) {
     EXPECT_THROW(v["list"][0]["a"] = 1, qrv::type_error);
 }
 
-TEST_F(Reference, of_a_value_that_dies_keeps_the_object) {
+TEST_F(Reference, a_reference_shares_the_object_of_a_destroyed_value) {
     auto place = make()["bus"]["baud"];
     EXPECT_EQ(place, 9600);
     qrv::value v = make();
@@ -104,7 +104,7 @@ TEST_F(Reference, of_a_value_that_dies_keeps_the_object) {
               "a: a value that is nil, and not a variable, has no entries");
 }
 
-TEST_F(Reference, sees_what_has_changed_since) {
+TEST_F(Reference, a_reference_finds_later_changes) {
     qrv::value v = make();
     auto place = v["bus"]["baud"];
     v.set("bus/baud", 5);
@@ -127,7 +127,7 @@ TEST_F(Reference, is_assigned_the_value_of_another) {
     EXPECT_EQ(v.at("bus/baud"), 1);
 }
 
-TEST_F(Reference, of_a_variable_that_is_nil_assigns_to_the_variable) {
+TEST_F(Reference, a_reference_into_a_nil_variable_assigns_to_the_variable) {
     qrv::value v;
     v["x"] = v; // nil, as it was
     EXPECT_EQ(v, read("{x= #nil}"));

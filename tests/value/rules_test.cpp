@@ -1,4 +1,4 @@
-// What keeps a value from being of a type, and values that are made of others.
+// The rules of a type that a value breaks, and objects that are created from other values.
 
 #include "qrv/containers/cattrset.h"
 #include "qrv/containers/cmapobj.h"
@@ -69,7 +69,7 @@ TEST_F(Rules, an_attribute_set_is_made_of_a_map) {
               text_of(read("Axis(limit= 5; name= X; points= [1]; mode= Mode(manual))")));
 }
 
-TEST_F(Rules, what_is_made_is_valid) {
+TEST_F(Rules, a_created_object_is_valid) {
     for (char const *text : {"{name= X}", "{name= X; origin= {x= 1}}", "{name= X; mode= manual}"}) {
         qrv::value const axis = qrv::type("Axis").make(read(text));
         EXPECT_TRUE(cTomAttrset::validate(*axis.object())) << text;

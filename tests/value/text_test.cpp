@@ -37,7 +37,7 @@ class ValueText : public SaveTest {
 
     std::string const file_ = folder_.file("file");
 
-    // Nothing was printed meanwhile.
+    // Nothing was printed since the last call.
     void expect_silence() { EXPECT_EQ(log_.take(), ""); }
 
   private:
@@ -178,7 +178,7 @@ TEST_F(ValueText, faulty_text_registers_no_type) {
     value const v = parse(types + "b= #what;}", errors);
     EXPECT_EQ(errors.size(), 2U);
     EXPECT_EQ(registered(), before);
-    EXPECT_EQ(v.at("a").type_name(), "ValueTextAxis"); // its type lives as long as it
+    EXPECT_EQ(v.at("a").type_name(), "ValueTextAxis"); // the value keeps its type alive
     EXPECT_EQ(v.at("a/mode"), "on");
     put(file_, types + "b= ;}");
     EXPECT_THROW(load(file_), qrv::parse_error);
@@ -239,7 +239,7 @@ TEST_F(ValueText, types_that_refer_to_themselves_stay_registered) {
     parse("1"); // the end of its scope destroys the type
 }
 
-// A type whose objects want a module.
+// The objects of the type load a module.
 TEST_F(ValueText, a_filter_is_asked_for_modules_during_its_reading_only) {
     typeref const type = make<cTypeObj>("ValueTextLoader");
     type->set_tmember("newobj", make<cExeMember>(+[](objref) -> objref {

@@ -1,4 +1,4 @@
-// Making values, what they are, and reading them.
+// Values: how they are created, their kinds, and how they are read.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -42,7 +42,7 @@ TEST_F(Value, a_literal_zero_is_a_position) {
     EXPECT_THROW(static_cast<void>(v.get<std::string>(0)), qrv::type_error);
 }
 
-TEST_F(Value, of_nothing_is_nil) {
+TEST_F(Value, a_value_of_nothing_is_nil) {
     EXPECT_TRUE(qrv::value().is_nil());
     EXPECT_TRUE(qrv::value(nullptr).is_nil());
     EXPECT_TRUE(qrv::value(static_cast<char const *>(nullptr)).is_nil());
@@ -68,7 +68,7 @@ TEST_F(Value, has_the_kind_of_what_it_is_made_from) {
     EXPECT_EQ(read("<>").kind(), qrv::kind::set);
 }
 
-TEST_F(Value, of_another_type_is_an_object) {
+TEST_F(Value, a_value_of_another_type_is_an_object) {
     qrv::value const v = make<cIntValF>(31, cIntFormat::fmtHex);
     EXPECT_EQ(v.kind(), qrv::kind::object);
     EXPECT_EQ(v.type_name(), "intf");
@@ -93,7 +93,7 @@ TEST_F(Value, exactly_one_question_is_answered_with_yes) {
     }
 }
 
-TEST_F(Value, of_an_integer_needs_an_int_that_holds_it) {
+TEST_F(Value, a_value_of_an_integer_needs_an_int_that_holds_it) {
     EXPECT_EQ(qrv::value(std::int64_t{greatest}).get<int>(), greatest);
     EXPECT_EQ(qrv::value(std::int64_t{lowest}).get<int>(), lowest);
     EXPECT_EQ(thrown<std::out_of_range>([] { qrv::value(std::int64_t{greatest} + 1); }),
@@ -105,7 +105,7 @@ TEST_F(Value, of_an_integer_needs_an_int_that_holds_it) {
               "18446744073709551615 does not fit in an int");
 }
 
-TEST_F(Value, of_a_long_double_is_rounded_and_needs_a_double_of_that_size) {
+TEST_F(Value, a_value_of_a_long_double_is_rounded_and_needs_a_double_of_that_size) {
     long double const most = std::numeric_limits<double>::max();
     EXPECT_EQ(qrv::value(most).get<double>(), std::numeric_limits<double>::max());
     EXPECT_EQ(qrv::value(0.1L).get<double>(), 0.1);
@@ -115,7 +115,7 @@ TEST_F(Value, of_a_long_double_is_rounded_and_needs_a_double_of_that_size) {
         std::isnan(qrv::value(std::numeric_limits<long double>::quiet_NaN()).get<double>()));
 }
 
-TEST_F(Value, of_a_failure_is_refused) {
+TEST_F(Value, a_value_of_a_failure_is_refused) {
     EXPECT_THROW(qrv::value{cat::bad()}, std::invalid_argument);
     EXPECT_THROW(qrv::value{cat::badfind()}, std::invalid_argument);
 }
@@ -146,7 +146,7 @@ TEST_F(Value, is_read_as_any_integer_that_holds_it) {
     EXPECT_EQ(qrv::value(greatest).get<std::int64_t>(), greatest);
 }
 
-TEST_F(Value, that_is_a_whole_number_is_read_as_an_integer) {
+TEST_F(Value, a_whole_number_is_read_as_an_integer) {
     EXPECT_EQ(qrv::value(3.0).get<int>(), 3);
     EXPECT_EQ(qrv::value(-0.0).get<int>(), 0);
     EXPECT_EQ(qrv::value(3.0F).get<int>(), 3);
@@ -163,7 +163,7 @@ TEST_F(Value, that_is_a_whole_number_is_read_as_an_integer) {
     EXPECT_THROW(qrv::value(18446744073709551616.0).get<std::uint64_t>(), std::out_of_range);
 }
 
-TEST_F(Value, that_is_not_a_whole_number_is_not_an_integer) {
+TEST_F(Value, a_number_with_a_fraction_is_not_an_integer) {
     for (double const number : {1.5, -0.5, 1e-300, std::numeric_limits<double>::quiet_NaN(),
                                 std::numeric_limits<double>::infinity()})
         EXPECT_THROW(qrv::value(number).get<int>(), qrv::type_error) << number;
@@ -171,7 +171,7 @@ TEST_F(Value, that_is_not_a_whole_number_is_not_an_integer) {
               "expected int, but it is a double: 1.50000");
 }
 
-TEST_F(Value, that_is_a_double_is_rounded_to_a_float) {
+TEST_F(Value, a_double_is_rounded_to_a_float) {
     EXPECT_EQ(qrv::value(0.5).get<float>(), 0.5F);
     EXPECT_EQ(read("0.1").get<float>(), 0.1F);
     EXPECT_EQ(read("{a= 0.1}").get_or("a", 1.5F), 0.1F);
@@ -192,13 +192,13 @@ TEST_F(Value, that_is_a_double_is_rounded_to_a_float) {
     EXPECT_TRUE(std::isinf(qrv::value(std::numeric_limits<double>::infinity()).get<float>()));
 }
 
-TEST_F(Value, that_is_an_int_is_read_as_a_float_that_holds_it_exactly) {
+TEST_F(Value, an_int_is_read_as_a_float_that_holds_it_exactly) {
     EXPECT_EQ(qrv::value(16777216).get<float>(), 16777216.0F);
     EXPECT_EQ(thrown<qrv::type_error>([] { qrv::value(16777217).get<float>(); }),
               "expected float, but it is an int: 16777217");
 }
 
-TEST_F(Value, that_no_file_can_hold_is_printed_and_leaves_the_stream_good) {
+TEST_F(Value, a_value_that_no_file_can_contain_is_printed_and_the_stream_stays_good) {
     double const infinity = std::numeric_limits<double>::infinity();
     for (qrv::value const &v : {qrv::value(infinity), qrv::value(qrv::vector{1, infinity})}) {
         std::ostringstream os;
@@ -240,7 +240,7 @@ TEST_F(Value, gives_an_empty_optional_where_get_would_throw) {
     EXPECT_TRUE(qrv::value().get_if<qrv::value>()->is_nil());
 }
 
-TEST_F(Value, at_a_path_is_empty_only_where_nothing_is_there) {
+TEST_F(Value, get_returns_nothing_only_if_the_path_does_not_exist) {
     qrv::value const device = read("{bus= {baud= 9600; name= \"rack\"; none= #nil}}");
     EXPECT_EQ(device.get<int>("bus/baud"), 9600);
     EXPECT_EQ(device.get<int>("bus/speed"), std::nullopt);
@@ -255,7 +255,7 @@ TEST_F(Value, at_a_path_is_empty_only_where_nothing_is_there) {
     EXPECT_EQ(qrv::value().get<int>("a"), std::nullopt);
 }
 
-TEST_F(Value, at_a_path_or_a_default) {
+TEST_F(Value, get_or_returns_the_value_at_a_path_or_the_default) {
     qrv::value const device = read("{bus= {baud= 9600; name= \"rack\"}}");
     EXPECT_EQ(device.get_or("bus/baud", 0), 9600);
     EXPECT_EQ(device.get_or("bus/speed", 7), 7);
@@ -270,7 +270,7 @@ TEST_F(Value, at_a_path_or_a_default) {
     EXPECT_EQ(device.get_or("none", qrv::value(3)), 3);
 }
 
-TEST_F(Value, at_a_path_shares_the_object) {
+TEST_F(Value, the_value_at_a_path_shares_the_object) {
     qrv::value const device = read("{bus= {baud= 9600}}");
     EXPECT_TRUE(device.at("bus").is_shared_with(device.at("bus")));
     EXPECT_EQ(device.at("bus/baud"), 9600);
@@ -281,7 +281,7 @@ TEST_F(Value, at_a_path_shares_the_object) {
               "bus/speed: nothing is there");
 }
 
-TEST_F(Value, of_a_constant_map_has_entries_by_key) {
+TEST_F(Value, a_constant_map_has_entries_by_key) {
     qrv::value const map = read("{\"a/b\"= 1; c= 2; 3= 4; \"5\"= 6}");
     EXPECT_EQ(map["a/b"], 1);
     EXPECT_EQ(map["c"], 2);
@@ -297,7 +297,7 @@ TEST_F(Value, of_a_constant_map_has_entries_by_key) {
     EXPECT_THROW(map[std::int64_t{greatest} + 1], std::out_of_range);
 }
 
-TEST_F(Value, of_a_vector_has_values_by_position) {
+TEST_F(Value, a_vector_has_values_by_position) {
     qrv::value const list = read("[10, 20]");
     EXPECT_EQ(list[0], 10);
     EXPECT_EQ(list.at(1), 20);

@@ -85,7 +85,7 @@ TEST_F(ValueWrite, set_by_an_int_is_an_int_key_or_a_position) {
     v.set("4", "y");
     EXPECT_EQ(v, read("{3= x; 4= y}"));
     v.set("\"5\"", "z");
-    v.set("5", "w"); // the key that is there
+    v.set("5", "w"); // sets the existing string key
     EXPECT_EQ(v.size(), 3U);
     EXPECT_EQ(v["5"], "w");
     qrv::value list = read("[1]");
@@ -150,7 +150,7 @@ TEST_F(ValueWrite, push_back_appends) {
               "expected a vector or a set, but it is a map");
 }
 
-TEST_F(ValueWrite, insert_opens_a_place) {
+TEST_F(ValueWrite, insert_moves_the_following_values) {
     qrv::value list = read("[1, 3]");
     list.insert(1, 2);
     list.insert(0, 0);
@@ -170,7 +170,7 @@ TEST_F(ValueWrite, clear_empties_what_all_copies_share) {
     EXPECT_THROW(qrv::value(5).clear(), qrv::type_error);
 }
 
-TEST_F(ValueWrite, rename_keeps_value_and_place) {
+TEST_F(ValueWrite, rename_keeps_value_and_position) {
     qrv::value v = read("{a= 1; \"b/c\"= 2; d= 3}");
     qrv::value const value = v["b/c"];
     v.rename("b/c", "x y");

@@ -107,7 +107,7 @@ class cDog {
         auto const limit = std::chrono::steady_clock::now() + patience;
         while ((out_.is_open() || err_.is_open()) && std::chrono::steady_clock::now() < limit)
             read_some(limit);
-        EXPECT_FALSE(out_.is_open() || err_.is_open()) << "somebody still writes";
+        EXPECT_FALSE(out_.is_open() || err_.is_open()) << "a process still writes";
         return out_.text;
     }
     // Waits only for the watchdog's end; its program may continue.

@@ -145,7 +145,7 @@ TEST(WatchdogMessages, datagrams_of_a_wrong_length_are_ignored_and_reported_once
                     "ignored: 3\n"}));
 }
 
-TEST(WatchdogMessages, without_verbose_they_are_not_reported) {
+TEST(WatchdogMessages, without_verbose_messages_are_not_reported) {
     EXPECT_EQ(run({}, child({"init", "take", "raw", "11", "post", "9", "0", "0"})),
               (cRun{0, "linked\n", ""}));
 }
@@ -166,8 +166,8 @@ TEST(WatchdogMessages, messages_of_another_user_are_ignored_and_reported_once) {
                   "\n"}));
 }
 
-// The installed library and the default name of the event. Another watchdog, of another run of
-// these tests or of somebody at work, may own the event; then only messages are tested.
+// The shared library uses the default name of the event. If another watchdog on this machine owns
+// the event, only messages are tested.
 TEST(WatchdogMessages, the_shared_library_uses_the_default_event) {
     cDog dog({"--verbose", "--", shared_child({})[0], "init", "take", "step", "3"});
     cRun const result = dog.finish();

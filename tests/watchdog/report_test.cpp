@@ -85,7 +85,7 @@ TEST(WatchdogTell, a_terminal_with_space_for_a_part_of_a_line_delays_nothing) {
     std::string some(4096, '\0'); // space for less than the lines need
     ASSERT_GT(::read(terminal.number(), some.data(), some.size()), 0);
     cRedirected const redirected(screen.number());
-    for (int i = 0; i < 100; ++i) report(text); // returns
+    for (int i = 0; i < 100; ++i) report(text); // does not block
 }
 
 // A page becomes free every 100 ms, which is enough for four lines. If the watchdog waited each

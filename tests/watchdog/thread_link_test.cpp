@@ -191,7 +191,7 @@ TEST(WatchdogLink, an_id_is_free_again_after_its_link_ends) {
     EXPECT_EQ(second.id(), own_id());
 }
 
-TEST(WatchdogLink, it_fails_when_all_ids_are_in_use) {
+TEST(WatchdogLink, the_link_fails_when_all_ids_are_in_use) {
     std::vector<cDescriptor> taken;
     for (std::uint32_t i = 0; i < 16; ++i) {
         taken.push_back(bind_abstract("qrv-thread-" + std::to_string(own_id() + i * 0x400000)));

@@ -1,5 +1,5 @@
-// The temporary file beside a file: when it has a name, which process holds its lock, and who
-// removes the file of a killed process.
+// The new file that is written beside a file and then replaces it: when it has a name, how long it
+// is locked, and which of the files that killed processes left are removed.
 
 #include "base/platform/cbeside.h"
 
@@ -49,7 +49,7 @@ class Beside : public SaveTest {
     std::string const file_ = folder_.file("file");
 };
 
-TEST_F(Beside, has_no_name_while_it_is_written) {
+TEST_F(Beside, the_new_file_has_no_name_while_it_is_written) {
     cat::os.write = [](int descriptor, void const *bytes, size_t count) {
         names += folder_now->names() + ";";
         return ::write(descriptor, bytes, count);
@@ -58,7 +58,7 @@ TEST_F(Beside, has_no_name_while_it_is_written) {
     EXPECT_EQ(names, "file;");
 }
 
-TEST_F(Beside, is_locked_until_the_rename_whether_or_not_it_has_a_name) {
+TEST_F(Beside, the_new_file_is_locked_until_the_rename) {
     cat::os.rename = look_and_rename;
     for (bool const unnamed : {true, false}) {
         if (!unnamed) refuse_unnamed_files();
@@ -70,7 +70,7 @@ TEST_F(Beside, is_locked_until_the_rename_whether_or_not_it_has_a_name) {
     }
 }
 
-TEST_F(Beside, has_a_name_where_an_unnamed_file_cannot_be_linked) {
+TEST_F(Beside, the_new_file_has_a_name_where_an_unnamed_file_cannot_be_linked) {
     cat::os.link_open = [](int, char const *) {
         errno = ENOENT;
         return -1;
@@ -83,7 +83,7 @@ TEST_F(Beside, has_a_name_where_an_unnamed_file_cannot_be_linked) {
     EXPECT_EQ(folder_.names(), "copy file second");
 }
 
-TEST_F(Beside, is_written_where_locks_are_not_supported) {
+TEST_F(Beside, the_new_file_is_written_where_locks_are_not_supported) {
     cat::os.flock = [](int, int) {
         errno = ENOLCK;
         return -1;
@@ -95,12 +95,12 @@ TEST_F(Beside, is_written_where_locks_are_not_supported) {
     EXPECT_EQ(bytes_of(file_), "newer");
     std::string const left = unfinished();
     remove_unfinished();
-    EXPECT_TRUE(exists(left)) << "its process may live";
+    EXPECT_TRUE(exists(left)) << "the process that writes it may still run";
 }
 
-// Another process removes the file between its creation and the lock, either with a lock still held
-// or without one.
-TEST_F(Beside, creates_another_file_when_the_first_is_removed_before_it_is_locked) {
+// Another process locks and removes the file after it was created and before it is locked. Then the
+// other process either still holds its lock, or has released it.
+TEST_F(Beside, another_file_is_created_if_the_first_is_removed_before_it_is_locked) {
     enum cRace { over, still_locked, removed };
     static cRace race;
     static bool removing;
@@ -126,19 +126,19 @@ TEST_F(Beside, creates_another_file_when_the_first_is_removed_before_it_is_locke
     }
 }
 
-TEST_F(Beside, a_private_file_is_never_readable_for_others) {
+TEST_F(Beside, the_new_file_of_a_private_file_is_never_readable_for_others) {
     ASSERT_EQ(::chmod(file_.c_str(), 0600), 0);
-    static mode_t first;
+    static mode_t modes; // all bits that fstat returned
     for (bool const unnamed : {true, false}) {
         if (!unnamed) refuse_unnamed_files();
         cat::os.fstat = [](int descriptor, struct stat *info) {
             int const result = ::fstat(descriptor, info);
-            first |= info->st_mode & 07777;
+            modes |= info->st_mode & 07777;
             return result;
         };
-        first = 0;
+        modes = 0;
         EXPECT_TRUE(cat::replace_file(file_, "new"));
-        EXPECT_EQ(first, 0600u);
+        EXPECT_EQ(modes, 0600u);
         EXPECT_EQ(mode_of(file_), 0600u);
     }
 }
@@ -149,8 +149,8 @@ TEST_F(Beside, a_leftover_file_is_removed) {
     unfinished();
     unfinished(".qrv4000000-17~");
     std::filesystem::create_hard_link(unfinished(".qrv3-1~"), folder_.file("copy"));
-    std::string const closed = unfinished(".qrv2-2~");
-    ASSERT_EQ(::chmod(closed.c_str(), 0400), 0);
+    std::string const read_only = unfinished(".qrv2-2~");
+    ASSERT_EQ(::chmod(read_only.c_str(), 0400), 0);
     remove_unfinished();
     EXPECT_EQ(folder_.names(), "copy file");
     EXPECT_EQ(bytes_of(folder_.file("copy")), "unfinished");
@@ -166,7 +166,7 @@ TEST_F(Beside, a_leftover_file_in_the_folder_of_a_links_target_is_removed) {
     EXPECT_TRUE(exists(other));
 }
 
-TEST_F(Beside, a_file_still_being_written_stays) {
+TEST_F(Beside, a_file_that_a_process_still_writes_stays) {
     std::string const left = unfinished();
     int const writer = ::open(left.c_str(), O_WRONLY | O_CLOEXEC);
     ASSERT_EQ(::flock(writer, LOCK_EX | LOCK_NB), 0);
@@ -186,7 +186,7 @@ TEST_F(Beside, files_with_other_names_stay) {
     for (std::string const &name : others) EXPECT_TRUE(exists(folder_.file(name))) << name;
 }
 
-TEST_F(Beside, anything_but_a_plain_file_stays) {
+TEST_F(Beside, links_pipes_and_folders_stay) {
     std::string const link = folder_.file(".qrv1-1~"), pipe = folder_.file(".qrv1-2~"),
                       folder = folder_.file(".qrv1-3~");
     std::filesystem::create_symlink("file", link);
@@ -205,8 +205,8 @@ TEST_F(Beside, files_of_other_users_stay) {
     EXPECT_TRUE(exists(left));
 }
 
-// The name is checked again between the lock and the removal.
-TEST_F(Beside, a_name_that_now_belongs_to_another_file_stays) {
+// After the lock, the name is checked again before the file is removed.
+TEST_F(Beside, a_file_that_takes_over_the_name_before_the_lock_stays) {
     std::string const left = unfinished();
     cat::os.flock = [](int descriptor, int operation) {
         std::string const name = folder_now->file(".qrv1-1~");
@@ -223,8 +223,8 @@ TEST_F(Beside, a_missing_folder_is_ignored) {
     EXPECT_EQ(folder_.names(), "file");
 }
 
-// One process writes repeatedly through named files while another one removes such files: nothing
-// fails.
+// One process replaces a file repeatedly, while another one removes unfinished files. Each
+// replacement succeeds.
 TEST_F(Beside, a_process_that_removes_leftovers_does_not_disturb_writers) {
     pid_t const remover = ::fork();
     if (remover == 0)

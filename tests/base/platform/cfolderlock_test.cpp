@@ -72,13 +72,13 @@ TEST_F(FolderLockTest, the_lock_ends_even_if_a_forked_process_has_the_descriptor
 }
 
 TEST_F(FolderLockTest, locking_does_not_wait_for_a_folder_that_cannot_be_locked) {
-    auto const expect_none = [](std::string const &path) {
+    auto const expect_no_lock = [](std::string const &path) {
         FolderLock const lock(path, long_wait);
         EXPECT_TRUE(!lock.held() && !lock.busy());
     };
-    expect_none(folder_.file("nowhere/file"));
+    expect_no_lock(folder_.file("nowhere/file"));
     std::filesystem::create_symlink("loop", folder_.file("loop"));
-    expect_none(folder_.file("loop"));
+    expect_no_lock(folder_.file("loop"));
     for (int const error : {ENOLCK, EBADF, EOPNOTSUPP}) {
         static int now;
         now = error;
@@ -86,7 +86,7 @@ TEST_F(FolderLockTest, locking_does_not_wait_for_a_folder_that_cannot_be_locked)
             errno = now;
             return -1;
         };
-        expect_none(file_);
+        expect_no_lock(file_);
     }
 }
 
@@ -103,7 +103,7 @@ TEST_F(FolderLockTest, an_interrupted_call_is_repeated) {
     EXPECT_EQ(interrupted, 0);
 }
 
-TEST_F(FolderLockTest, a_lock_of_a_file_is_that_of_its_folder) {
+TEST_F(FolderLockTest, a_lock_of_a_file_locks_its_folder) {
     {
         cat::FileLock const lock(file_, no_wait);
         EXPECT_FALSE(lock.busy());
@@ -113,7 +113,7 @@ TEST_F(FolderLockTest, a_lock_of_a_file_is_that_of_its_folder) {
     EXPECT_TRUE(FolderLock(file_, no_wait).held());
 }
 
-TEST_F(FolderLockTest, a_lock_of_a_file_removes_what_a_killed_process_left) {
+TEST_F(FolderLockTest, a_lock_of_a_file_removes_the_unfinished_file_of_a_killed_process) {
     put(folder_.file(".qrv1-1~"), "unfinished");
     {
         FolderLock const other(file_, no_wait);
@@ -124,7 +124,7 @@ TEST_F(FolderLockTest, a_lock_of_a_file_removes_what_a_killed_process_left) {
     EXPECT_EQ(folder_.names(), "");
 }
 
-TEST_F(FolderLockTest, no_lock_is_held_for_a_pipe) {
+TEST_F(FolderLockTest, a_file_lock_does_not_lock_the_folder_of_a_pipe) {
     ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
     cat::FileLock const lock(file_, no_wait);
     EXPECT_FALSE(lock.busy());

@@ -1,5 +1,5 @@
-// Where modules are searched, with a loader that only records paths; the tests of modules load real
-// files.
+// The paths at which a module is searched. The loader of these tests only records them; the tests
+// of modules load real files.
 
 #include "base/platform/cloader.h"
 
@@ -14,9 +14,9 @@
 namespace {
 
 std::vector<std::string> tried; // the paths, in order
-int loads_at = 0;               // the number of the path that can be loaded; 0: no path can
-char words[] = "no";
-int something = 0;
+int loads_at = 0;               // which of the paths can be loaded, counted from 1; 0: none of them
+char failure[] = "no";
+int library = 0;
 
 class Loader : public testing::Test {
   protected:
@@ -26,9 +26,9 @@ class Loader : public testing::Test {
         cat::os.dlopen = [](char const *path, int flags) -> void * {
             EXPECT_EQ(flags, RTLD_NOW | RTLD_LOCAL);
             tried.emplace_back(path);
-            return static_cast<int>(tried.size()) == loads_at ? &something : nullptr;
+            return static_cast<int>(tried.size()) == loads_at ? &library : nullptr;
         };
-        cat::os.dlerror = [] { return words; };
+        cat::os.dlerror = [] { return failure; };
     }
     ~Loader() override {
         cat::os = calls_;
@@ -57,7 +57,7 @@ TEST_F(Loader, a_name_is_tried_in_three_folders_with_and_without_suffix) {
               (Paths{".so.so", ".so", "./.so.so", "./.so", "modules/.so.so", "modules/.so"}));
 }
 
-TEST_F(Loader, a_name_with_the_suffix_is_tried_only_with_another_suffix) {
+TEST_F(Loader, a_name_with_the_suffix_is_tried_only_with_a_second_one) {
     EXPECT_EQ(paths("part.so"), (Paths{"part.so.so", "./part.so.so", "modules/part.so.so"}));
     EXPECT_EQ(paths("a.sO"), (Paths{"a.sO.so", "./a.sO.so", "modules/a.sO.so"}));
     EXPECT_EQ(paths("/part.so"), (Paths{"/part.so.so"}));
@@ -65,7 +65,7 @@ TEST_F(Loader, a_name_with_the_suffix_is_tried_only_with_another_suffix) {
     EXPECT_EQ(paths("part.so.1").size(), 6u);
 }
 
-TEST_F(Loader, an_absolute_name_is_tried_unchanged) {
+TEST_F(Loader, an_absolute_name_is_tried_in_no_other_folder) {
     for (std::string const name :
          {"/part", "\\part", "x:/part", "x:\\part", "/", "\\", "::/", "::\\"})
         EXPECT_EQ(paths(name), (Paths{name + ".so", name})) << name;
@@ -73,11 +73,11 @@ TEST_F(Loader, an_absolute_name_is_tried_unchanged) {
         EXPECT_EQ(paths(name).size(), 6u) << name;
 }
 
-TEST_F(Loader, the_first_that_can_be_loaded_ends_the_search) {
+TEST_F(Loader, the_first_path_that_can_be_loaded_ends_the_search) {
     for (loads_at = 1; loads_at <= 6; ++loads_at) {
         tried.clear();
         std::string failures;
-        EXPECT_EQ(cat::open_module("part", failures), &something);
+        EXPECT_EQ(cat::open_module("part", failures), &library);
         EXPECT_EQ(tried.size(), static_cast<std::size_t>(loads_at));
     }
 }
@@ -90,11 +90,11 @@ TEST_F(Loader, each_failure_adds_a_line_to_the_message) {
     failures.clear();
     EXPECT_EQ(cat::open_module("/part", failures), nullptr);
     EXPECT_EQ(failures, "/part.so: cannot be loaded\n/part: cannot be loaded");
-    static char with_path[] = "/part.so: its own words";
+    static char with_path[] = "/part.so: bad format";
     cat::os.dlerror = [] { return with_path; };
     failures.clear();
     EXPECT_EQ(cat::open_module("/part", failures), nullptr);
-    EXPECT_EQ(failures, "/part.so: its own words\n/part: /part.so: its own words");
+    EXPECT_EQ(failures, "/part.so: bad format\n/part: /part.so: bad format");
 }
 
 TEST_F(Loader, an_impossible_path_is_not_passed_to_the_system) {
@@ -153,7 +153,7 @@ TEST_F(Loader, a_path_refused_by_the_filter_is_not_loaded) {
     EXPECT_TRUE(failures.starts_with("./part.so: refused\n./part: no\n")) << failures;
 }
 
-TEST_F(Loader, two_paths_of_one_file_are_the_same) {
+TEST_F(Loader, is_same_file_compares_the_files_of_two_paths) {
     EXPECT_TRUE(cat::is_same_file("/proc/self/exe", cat::program_file()));
     EXPECT_FALSE(cat::is_same_file("/proc/self/exe", "/dev/null"));
     EXPECT_FALSE(cat::is_same_file("/nowhere/at/all", "/nowhere/at/all"));
@@ -187,7 +187,7 @@ TEST_F(Loader, the_base_name_is_the_part_between_folder_and_suffix) {
 
 TEST_F(Loader, only_a_function_defined_in_the_file_itself_is_found) {
     void *const program = ::dlopen(nullptr, RTLD_NOW);
-    EXPECT_EQ(cat::function_in(program, "a function that is nowhere"), nullptr);
+    EXPECT_EQ(cat::function_in(program, "a function that does not exist"), nullptr);
     EXPECT_EQ(cat::function_in(program, "gnu_get_libc_version"),
               nullptr); // the function exists, but in another file
     cat::os.dlinfo = [](void *, int, void *) { return -1; };

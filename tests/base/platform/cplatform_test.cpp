@@ -404,7 +404,7 @@ TEST_F(Platform, names_in_use_are_skipped) {
 // A process that is killed between two steps leaves the old or the new content under the name.
 TEST_F(Platform, a_process_killed_between_the_steps_leaves_the_old_or_the_new_content) {
     static int steps_left;
-    auto const dying = [](int steps) {
+    auto const end_after = [](int steps) {
         steps_left = steps;
         cat::os.write = [](int descriptor, void const *bytes, size_t count) {
             if (steps_left-- == 0) ::_exit(9);
@@ -425,7 +425,7 @@ TEST_F(Platform, a_process_killed_between_the_steps_leaves_the_old_or_the_new_co
         put(file, "old");
         pid_t const child = ::fork();
         if (child == 0) {
-            dying(steps);
+            end_after(steps);
             cat::replace_file(file, "new");
             ::_exit(0);
         }

@@ -1,4 +1,4 @@
-// Has no setup function.
+// A module without a setup function.
 #include "tests/modules/shared/module.h"
 
 namespace {

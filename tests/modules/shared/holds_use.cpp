@@ -1,4 +1,4 @@
-// Keeps itself in use as long as it is loaded.
+// A module that keeps itself in use, so it is never unloaded.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Leaves a thing and a module on the heap.
+// A module that does not release its entries: two of a thing, and a module object on the heap.
 #include "tests/modules/shared/module.h"
 
 namespace {

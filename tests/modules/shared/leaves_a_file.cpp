@@ -1,4 +1,5 @@
-// Creates a file "loaded" in the working folder, so that other processes see that it was loaded.
+// When this module is loaded, it creates the file "loaded" in the working folder. So other
+// processes see that it was loaded.
 #include "tests/modules/shared/module.h"
 
 #include <fstream>

@@ -1,4 +1,4 @@
-// Loads its own file under another name.
+// A module that loads its own file under another name.
 #include "tests/modules/shared/module.h"
 
 QRV_SET_UP { note(cModule::load("alias") ? "alias loaded" : cModule::last_error()); }

@@ -1,4 +1,4 @@
-// Loads itself, in its static initialisation and in its setup function.
+// A module that loads itself, in its static initialisation and in its setup function.
 #include "tests/modules/shared/module.h"
 
 namespace {

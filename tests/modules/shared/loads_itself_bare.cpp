@@ -1,4 +1,4 @@
-// Tries to load itself when it is unloaded. It has no module object.
+// A module that tries to load itself when it is unloaded. It has no module object.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,5 +1,5 @@
-// Tries to load itself, by three names, and another module when it is unloaded. It has a module
-// object.
+// When this module is unloaded, it tries to load itself under several names, and another module. It
+// has a module object.
 #include "tests/modules/shared/module.h"
 
 namespace {

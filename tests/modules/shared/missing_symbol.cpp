@@ -1,4 +1,4 @@
-// Calls a function that is not defined anywhere.
+// A module that calls a function that does not exist.
 #include "tests/modules/shared/module.h"
 
 extern "C" void a_function_that_is_nowhere();

@@ -46,7 +46,7 @@ class Mortal {
     explicit Mortal(char const *name) : name_(name) {}
     Mortal(Mortal const &) = delete;
     Mortal &operator=(Mortal const &) = delete;
-    ~Mortal() { note(std::string(name_) + " goes"); }
+    ~Mortal() { note(std::string(name_) + " ends"); }
 
   private:
     char const *name_;

@@ -1,4 +1,4 @@
-// Loads a module that loads this one.
+// A module that loads mutual_a, which loads this one.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Has no setup function, but is linked with a file that has one.
+// A module without a setup function that is linked with a file that has one.
 #include "tests/modules/shared/module.h"
 
 namespace {

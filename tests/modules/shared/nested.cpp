@@ -1,4 +1,4 @@
-// Loads another module in its setup function, between two entries of this module.
+// A module whose setup function creates an entry, loads another module, and creates a second entry.
 #include "tests/modules/shared/module.h"
 
 #include <optional>

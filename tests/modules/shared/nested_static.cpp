@@ -1,4 +1,4 @@
-// Loads another module in its static initialisation, by a reference to one of its things.
+// A module whose static initialisation loads another module, by a reference to one of its things.
 #include "tests/modules/shared/module.h"
 
 namespace {

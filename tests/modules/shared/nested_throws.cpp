@@ -1,4 +1,4 @@
-// Loads a module whose setup function throws, catches the exception, and stays loaded.
+// A module that loads another one, catches the exception of its setup function, and stays loaded.
 #include "tests/modules/shared/module.h"
 
 #include <optional>

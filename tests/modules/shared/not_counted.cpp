@@ -1,4 +1,4 @@
-// Has a module object that isn't counted, so the file is never unloaded.
+// A module with a module object that is not counted, so the file is never unloaded.
 #include "tests/modules/shared/module.h"
 
 namespace {

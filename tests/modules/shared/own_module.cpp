@@ -1,5 +1,5 @@
-// Has its own module object, whose name differs from the file's, and logs what its setup function
-// finds.
+// A module with a module object whose name is not the file's. The setup function logs the state of
+// this object.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Has only a setup function; a static object releases its entry.
+// A module with a setup function, which creates an entry, and a static object that releases it.
 #include "tests/modules/shared/module.h"
 
 #include <optional>

@@ -1,4 +1,5 @@
-// Creates and releases entries while it is loaded, one of a module among them; one entry remains.
+// A module that creates and releases entries while it is loaded, also of a module object. One entry
+// remains.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -1,5 +1,5 @@
-// Its setup function throws an exception of a type that only this file knows, with an entry on the
-// stack.
+// A module whose setup function throws an exception of a type that only this file knows, with an
+// entry on the stack.
 #include "tests/modules/shared/module.h"
 
 #include <stdexcept>

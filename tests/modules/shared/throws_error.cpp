@@ -1,4 +1,4 @@
-// Its setup function throws an error of the library.
+// A module whose setup function throws an error of the library.
 #include "tests/modules/shared/module.h"
 
 #include "qrv/diagnostics/cerr.h"

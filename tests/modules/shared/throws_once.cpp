@@ -1,4 +1,4 @@
-// Its setup function throws an error of the library, but only the first time.
+// A module whose setup function throws an error of the library, but only the first time.
 #include "qrv/diagnostics/cerr.h"
 #include "tests/modules/shared/module.h"
 

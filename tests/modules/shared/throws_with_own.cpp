@@ -1,4 +1,4 @@
-// Has a module object and a thing; its setup function throws twice.
+// A module with a module object and a thing, whose setup function throws the first two times.
 #include "qrv/diagnostics/cerr.h"
 #include "tests/modules/shared/module.h"
 

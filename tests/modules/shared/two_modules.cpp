@@ -1,4 +1,4 @@
-// Two module objects in one file.
+// A module with two module objects.
 #include "tests/modules/shared/module.h"
 
 namespace {

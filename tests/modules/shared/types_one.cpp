@@ -1,5 +1,6 @@
-// Everything that a module may do to the registry and still be unloaded: its static objects undo
-// all of it, in their order. What it redefines consists of the library's objects only, and stays.
+// A module that does all that a module may do to the registry and still be unloaded: the
+// destructors of its static objects undo it. What it redefines consists of the library's objects
+// only, and stays.
 #include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"

@@ -1,4 +1,4 @@
-// Builds on the types of the module types_one, which it keeps in use.
+// A module that builds on the types of types_one and keeps this module in use.
 #include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"

@@ -1,5 +1,5 @@
-// Loads another module and unloads it when it is unloaded; also tries to unload and to load itself
-// then.
+// A module that loads another one. When it is unloaded, it unloads the other one and tries to
+// unload itself.
 #include "tests/modules/shared/module.h"
 
 namespace {

@@ -17,7 +17,7 @@ using namespace save_test;
 
 namespace {
 
-std::string const text_of_1000 = std::string(1000, 'x'); // written as it is
+std::string const text_of_1000 = std::string(1000, 'x'); // written unchanged
 std::string const old_text = "{old=1}";
 
 class SaveRefused : public SaveTest {

@@ -238,7 +238,7 @@ bool add(Ref const &target, Ref const &value) {
 
 struct Statement {
     std::vector<Key> path;
-    std::string op; // empty only for a path by itself
+    std::string op; // empty for a path without an operator
     Ref value;
 };
 

@@ -343,7 +343,7 @@ TEST_F(SpecificationText, an_older_object_inside_an_object_is_omitted) {
     EXPECT_EQ(left_out(inner + "#IMPLIED)); l= L(a= T(x= 1));" + int_y), "/l/a ");
     EXPECT_EQ(left_out(inner + "#REQUIRED)); l= L(a= T(x= 1)); v= [#cRef(/l); 1];" + int_y),
               "/l/a /l /v/0/a /v/0 ")
-        << "an object that can't be read without the attribute is left out whole";
+        << "an object that cannot be read without the attribute is omitted, too";
     EXPECT_EQ(left_out(inner + "#REQUIRED)); l= L(a= T(x= 1)); t= #cRef(/l/a);" + int_y +
                        "k= L(a= T(y= 2)); u= #cRef(/k/a/y)"),
               "/l/a /l /t ");
@@ -363,7 +363,7 @@ TEST_F(SpecificationText, an_object_that_its_type_would_refuse_is_omitted) {
                        "F= attlist(f= attspec(default= 5; flag= #FIXED));"
                        "W= attlist(w= attspec(type= int; default= 2.5));"
                        "w= W(w= 3); }");
-    EXPECT_EQ(file.text_at("w/w"), "3.00000") << "assigned to the default";
+    EXPECT_EQ(file.text_at("w/w"), "3.00000") << "3 was assigned to the default, a double";
     auto const fresh = [&file](char const *type) {
         return make<cMapObj>(dynamic_cast<cTypeObj *>(file.at(type).get()), true);
     };

@@ -33,19 +33,19 @@ TEST_F(ReaderComment, belongs_to_the_value_before_it) {
     EXPECT_EQ(comment("c"), "-");
 }
 
-TEST_F(ReaderComment, after_an_opening_bracket_belongs_to_the_container) {
+TEST_F(ReaderComment, a_comment_after_an_opening_bracket_belongs_to_the_container) {
     read("{ // map\n v = [ // vector\n 1 ]; }");
     EXPECT_EQ(comment(""), " // map");
     EXPECT_EQ(comment("v"), " // vector");
 }
 
-TEST_F(ReaderComment, after_a_closing_bracket_belongs_only_to_a_one_line_container) {
+TEST_F(ReaderComment, a_comment_after_a_closing_bracket_belongs_only_to_a_one_line_container) {
     read("{ a = {x=1}; // a\n b = {x=1\n}; // b\n c = 3 }");
     EXPECT_EQ(comment("a"), " // a");
     EXPECT_EQ(comment("b"), "-");
 }
 
-TEST_F(ReaderComment, before_the_first_value_is_dropped) {
+TEST_F(ReaderComment, a_comment_before_the_first_value_is_dropped) {
     read("// head\n/* more */ { a = 1 }");
     EXPECT_EQ(comment(""), "-");
     EXPECT_EQ(comment("a"), "-");
@@ -89,7 +89,7 @@ TEST_F(ReaderComment, is_not_stored_without_return_com) {
     EXPECT_EQ(cAttrScan::com_collected(), "");
 }
 
-TEST_F(ReaderComment, of_one_text_is_never_stored_in_another) {
+TEST_F(ReaderComment, a_comment_of_one_text_is_never_stored_in_another) {
     {
         reader_test::Reading first("{ a = 1; b = 2 } // tail", false);
         first.scan.return_com(true);

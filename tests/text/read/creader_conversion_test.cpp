@@ -81,13 +81,13 @@ class ReaderConversion : public QrvTest {
     std::string const name_;
 };
 
-TEST_F(ReaderConversion, of_the_streams_locale_is_applied) {
+TEST_F(ReaderConversion, the_conversion_of_the_streams_locale_is_applied) {
     std::ifstream is;
     is.imbue(swapping());
     expect_swapped(read(is));
 }
 
-TEST_F(ReaderConversion, of_the_global_locale_is_applied_to_a_new_stream) {
+TEST_F(ReaderConversion, the_conversion_of_the_global_locale_is_applied_to_a_new_stream) {
     cGlobalLocale const global(swapping());
     std::ifstream is;
     expect_swapped(read(is));

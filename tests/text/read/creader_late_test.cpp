@@ -147,7 +147,7 @@ TEST_F(ReaderLate, user_code_sees_the_references_of_the_table) {
     Reading const r("{a={x=5}; b=late_looker(1); c={y=6}; d=#cRef(/c/y)}");
     EXPECT_EQ(r.log, "");
     EXPECT_FALSE(seen_late);
-    EXPECT_EQ(seen_refs, 3u) << "in the map, in the table, and here";
+    EXPECT_EQ(seen_refs, 3u) << "one in the map, one in the table, and this one";
     EXPECT_EQ(r.text_at("d"), "6");
     cat::typemap().datamap().delitem("late_looker");
 }

@@ -80,7 +80,7 @@ TEST_F(ReaderReference, needs_its_closing_bracket) {
     EXPECT_EQ(r.text_at("c"), "3");
 }
 
-TEST_F(ReaderReference, at_the_end_of_input_is_resolved_as_far_as_it_was_read) {
+TEST_F(ReaderReference, a_reference_at_the_end_of_input_is_resolved_as_far_as_it_was_read) {
     Reading r("{ a = 5; b = #cRef(/a");
     EXPECT_EQ(r.text_at("b"), "5");
     EXPECT_EQ(r.log, "0x40000001 Line 1: Map is not closed by '}'\n");
@@ -140,7 +140,7 @@ TEST_F(ReaderReference, a_refused_assignment_in_place_leaves_the_first_value_rea
     EXPECT_EQ(r.at("b"), cat::btrue());
     cat::errhandler().throw_mask(0x40000000);
     Reading replaced("{ a = #true; a = #false; b = #cRef(a) }");
-    EXPECT_EQ(replaced.at("a"), cat::bfalse()) << "a refusal by an exception replaces the value";
+    EXPECT_EQ(replaced.at("a"), cat::bfalse()) << "an assignment that throws replaces the value";
     EXPECT_EQ(replaced.at("b"), cat::bfalse());
 }
 

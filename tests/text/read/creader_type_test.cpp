@@ -103,7 +103,7 @@ TEST_F(ReaderType, an_exception_under_the_default_masks_leaves_the_reader) {
     EXPECT_EQ(messages(), "Line 1: Fatal exception in attr scanner!\n"
                           "Line 1: Fatal exception in attr scanner!\n"
                           "Line 1: Fatal exception in attr scanner!\n")
-        << "once for each level";
+        << "each level reports it";
     EXPECT_TRUE(text_state().idle());
 }
 
@@ -145,7 +145,8 @@ TEST_F(ReaderType, a_value_that_is_a_type_is_registered_under_its_key) {
         Reading r("{ RTOne = RTMeta(); same = #cRef(/RTOne) }");
         EXPECT_EQ(r.log, "");
         EXPECT_EQ(&cat::find_type("RTOne"), r.at("RTOne").get());
-        EXPECT_EQ(&cat::find_type("same"), r.at("RTOne").get()) << "a reference renames it";
+        EXPECT_EQ(&cat::find_type("same"), r.at("RTOne").get())
+            << "the key of the reference renames the type";
         EXPECT_EQ(dynamic_cast<cTypeObj &>(*r.at("RTOne")).name(), "same");
         forget("same");
     }

@@ -36,7 +36,7 @@ class ReadReports : public QrvTest {
         cat::ReadReport report;
         Reading r(text, false);
         while (r.next() != -1) continue;
-        EXPECT_EQ(r.log, "") << "slots of the scanner are not reached";
+        EXPECT_EQ(r.log, "") << "slots of the scanner are not called";
         EXPECT_EQ(messages(), "");
         errors_ = r.scan.errcount();
         return shown(report);
@@ -279,7 +279,7 @@ TEST_F(ReadReports, end_with_their_scope) {
     EXPECT_FALSE(cat::errhandler().isblocked());
 }
 
-TEST_F(ReadReports, of_hostile_text_stay_small) {
+TEST_F(ReadReports, reports_of_hostile_text_stay_small) {
     cat::ReadReport report;
     {
         std::string text;

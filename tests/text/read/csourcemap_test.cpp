@@ -403,7 +403,7 @@ TEST_F(SourceMaps, outlive_the_values_read) {
     EXPECT_EQ(map.type_at(7), "map");
 }
 
-TEST_F(SourceMaps, that_have_stopped_end_in_any_order) {
+TEST_F(SourceMaps, stopped_maps_are_destroyed_in_any_order) {
     auto first = std::make_unique<cat::SourceMap>();
     objref root, other;
     ASSERT_EQ(cObj::readobj("{a = 1}", root), 0);

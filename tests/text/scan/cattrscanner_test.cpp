@@ -342,7 +342,7 @@ TEST(Scanner, flush_returns_the_look_ahead_to_the_stream) {
 }
 
 // The position does not count newlines, so it is too small by their number.
-TEST(Scanner, goes_back_too_far_once_a_newline_was_passed) {
+TEST(Scanner, resettoken_goes_back_too_far_after_a_newline) {
     Input i("\n\nab cd");
     i.next();
     cAttrLiteral ab = i.scan.token();
@@ -352,7 +352,7 @@ TEST(Scanner, goes_back_too_far_once_a_newline_was_passed) {
     EXPECT_EQ(place(i.scan.token()), "5:0:0");
 }
 
-TEST(Scanner, forgets_quotes_known_to_be_open_when_it_goes_back) {
+TEST(Scanner, quotes_known_to_be_open_are_forgotten_when_the_scanner_goes_back) {
     std::stringstream in("\"a ", std::ios::in | std::ios::out | std::ios::ate);
     Scan scan(in);
     EXPECT_EQ(rest_of(scan), "34(\") Ident(a)");

@@ -49,7 +49,7 @@ TEST_F(TextState, steps_lengthen_and_shorten_the_path) {
 TEST_F(TextState, a_lazy_step_has_its_text_on_request) {
     objref const key = cat::of("a b");
     cPathStep const a(key, cPathStep::on_demand);
-    EXPECT_EQ(key->refs(), 2u) << "held as long as there is no text";
+    EXPECT_EQ(key->refs(), 2u) << "the step shares the key until its text is requested";
     EXPECT_EQ(text_state().path_keys(), 1u);
     {
         cPathStep const b(cat::of(7), cPathStep::on_demand);
@@ -153,7 +153,8 @@ TEST_F(TextState, the_written_path_belongs_to_one_object_by_pointer_and_id) {
     EXPECT_TRUE(text_state().written_path(value, path));
     EXPECT_EQ(path, "/a");
     value->obid(value->obid() + 1000000);
-    EXPECT_FALSE(text_state().written_path(value, path)) << "another object at that address";
+    EXPECT_FALSE(text_state().written_path(value, path))
+        << "another id means another object at the same address";
 }
 
 TEST_F(TextState, a_trie_distinguishes_paths_as_strings) {

@@ -300,7 +300,7 @@ TEST_F(ComposedAndNot, random_trees_give_the_same_text) {
         }
 }
 
-TEST_F(ComposedAndNot, user_code_sees_and_does_the_same) {
+TEST_F(ComposedAndNot, composing_makes_no_difference_to_user_code) {
     for (std::uint64_t seed = 0; seed < 1500; ++seed)
         for (bool const exact : {false, true}) {
             cOutcome outcomes[2];

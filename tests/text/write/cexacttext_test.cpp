@@ -248,7 +248,7 @@ TEST_F(Exact, a_one_line_container_with_a_line_end_inside_is_written_on_many_lin
     EXPECT_EQ(exact(map), "{\n  \"a\\\nb\"= 1;\n}");
 }
 
-TEST_F(Exact, so_are_all_one_line_containers_around_it_but_none_beside_it) {
+TEST_F(Exact, one_line_containers_around_a_line_feed_are_written_on_many_lines) {
     objref const deep = vector_with(cat::of("\n")), flat = vector_with(cat::of(1));
     EXPECT_EQ(exact(vector_with(vector_with(flat, deep), flat)), "[\n"
                                                                  "  [\n"
@@ -397,8 +397,8 @@ TEST_F(Exact, bad_and_badfind_are_omitted_from_containers) {
 TEST_F(Exact, keys_that_cannot_be_read_as_keys_are_omitted) {
     objref const map = new_map("sc");
     put(map, cat::of(std::nan("")), cat::of(2));
-    put(map, new_map("sc"), cat::of(3)); // not a type for keys
-    put(map, cat::of(true), cat::of(4)); // not one either
+    put(map, new_map("sc"), cat::of(3)); // a map cannot be a key in text
+    put(map, cat::of(true), cat::of(4)); // nor can a bool
     put(map, "ok", cat::of(5));
     EXPECT_EQ(exact_with_errors(map, 3),
               "{ok= 5; } | " + left_out("/nan") + left_out("/{\n  }") + left_out("/true"));

@@ -395,7 +395,7 @@ TEST_F(WriterLayout, the_comment_of_a_many_line_container_is_after_the_opening_b
     EXPECT_EQ(written(map), "{ // outer\n  in= { // inner\n      a= 1;\n      b= 2;\n  }; \n}");
 }
 
-TEST_F(WriterLayout, without_w_the_own_comment_is_not_written) {
+TEST_F(WriterLayout, without_w_the_comment_of_the_container_is_not_written) {
     objref const map = two_ints("");
     map->set_comment(" // lost", true);
     EXPECT_EQ(written(map), "{\n  a= 1;\n  b= 2;\n}");

@@ -230,9 +230,8 @@ TEST_F(WriterFailure, too_deep_values_fail_the_stream_and_are_reported_once) {
 }
 
 TEST_F(WriterFailure, a_chain_of_other_values_fails_the_same_way) {
-    static objref next;
     cForeignType const foreign("test_chain", [](cObj &obj, objref &args) {
-        return obj.writeobj(stream_of(args)); // without end
+        return obj.writeobj(stream_of(args)); // calls itself without end
     });
     cErrorLog errors;
     std::ostringstream os;
