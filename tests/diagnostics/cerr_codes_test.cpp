@@ -51,7 +51,7 @@ cErrors errors_of(std::function<void()> const &act) {
     return all;
 }
 
-// Does the message contain `text` right after its beginning?
+// Returns whether the message contains `text` directly after its head.
 bool begins_with(std::string const &message, cErrHead head, std::string const &text) {
     char const *const begin = head == cErrHead::object      ? "Attr value, type '"
                               : head == cErrHead::attribute ? "Setattr in object type '"
