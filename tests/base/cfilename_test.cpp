@@ -134,7 +134,8 @@ TEST_F(FileNameEdge, the_next_version_is_the_first_free_number) {
     touch("x.txt");
     EXPECT_EQ(getNextVersion("x.txt"), "x_1.txt");
     fs::remove("x.txt");
-    EXPECT_EQ(getNextVersion("x.txt"), "x_1.txt") << "the bare name isn't tested";
+    EXPECT_EQ(getNextVersion("x.txt"), "x_1.txt")
+        << "whether the name without a number exists is not tested";
     touch("x_1.txt");
     EXPECT_EQ(getNextVersion("x.txt"), "x_2.txt");
     touch("x_3.txt");
@@ -235,7 +236,8 @@ TEST_F(FileName, blanks_and_a_sign_may_precede_the_digits) {
     EXPECT_EQ(next_read("-012.dat", "-012.dat", 2, ".dat"), "true 0002.dat 3");
     EXPECT_EQ(next_read("12ab.dat", "12ab.dat", 2, ".dat"), "true 12ab.dat 13");
     EXPECT_EQ(next_read("a12345.dat", "a12345.dat", 2, ".dat"), "true a12345.dat 2346");
-    EXPECT_EQ(next_read("    7", "    7", 2, "7"), "true     7 8") << "the tag is read on into";
+    EXPECT_EQ(next_read("    7", "    7", 2, "7"), "true     7 8")
+        << "the digits may continue in the tag";
 }
 
 TEST_F(FileName, a_shorter_name_ends_at_a_null_character_and_the_string_never_shrinks) {
@@ -316,7 +318,7 @@ TEST_F(FileName, a_shorter_result_leaves_old_characters_after_its_null_character
     ASSERT_TRUE(fNextWritName("run.a-long-ending", "", out, count, ".d"));
     EXPECT_EQ(out, std::string("run0000.d\0-ending", 17));
     ASSERT_TRUE(fNextWritName("run.dat", "", out, count, ".dat"));
-    EXPECT_EQ(out, "run0000.dat") << "longer than the name: the string has grown";
+    EXPECT_EQ(out, "run0000.dat") << "the result is longer than the name, so the string grows";
 }
 
 TEST_F(FileName, arguments_may_point_into_the_result) {

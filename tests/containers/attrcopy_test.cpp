@@ -45,7 +45,7 @@ TEST_F(AttrcopyEdge, question_marks_take_the_members_letters) {
     mapref const b = map({{"x", 5}, {"n", 6}});
     EXPECT_TRUE(a->attrcopy(*b, "?s?"));
     EXPECT_EQ(shape(a), "{x=5, n=6}");
-    EXPECT_EQ(at(a, "x"), at(b, "x")) << "stored, not assigned";
+    EXPECT_EQ(at(a, "x"), at(b, "x")) << "the value is stored, not assigned";
 }
 
 // The arguments of the calls of setattr, in order.
@@ -145,7 +145,7 @@ TEST_F(Attrcopy, letters_on_vectors_and_sets) {
     EXPECT_TRUE(w->attrcopy(*vector({8, 9}), "--x"));
     EXPECT_EQ(shape(w), "[1, 9]");
     setref const s = set({9});
-    EXPECT_TRUE(s->attrcopy(*vector({8, 9}), "-xx")) << "what append says is dropped";
+    EXPECT_TRUE(s->attrcopy(*vector({8, 9}), "-xx")) << "the result of append is ignored";
     EXPECT_EQ(shape(s), "<9, 8>");
 }
 
@@ -172,7 +172,8 @@ TEST_F(Attrcopy, after_a_failure_of_a_part_the_result_is_false_and_the_rest_is_c
     cErrorLog errors;
     mapref const target = map({{"k", map()}, {"n", cat::nil()}, {"z", 1}});
     mapref const source = map({{"k", 5}, {"n", 6}, {"z", 7}});
-    EXPECT_FALSE(target->attrcopy(*source, "-x-")) << "5 is no container, nil takes nothing";
+    EXPECT_FALSE(target->attrcopy(*source, "-x-"))
+        << "5 is not a container, and nil accepts no value";
     EXPECT_EQ(shape(target), "{k={}, n=nil, z=7}");
     mapref const locked = map({{"a", 1}});
     locked->setflags(of_const_keys);
@@ -219,11 +220,11 @@ TEST_F(Attrcopy, question_marks_use_the_object_then_its_type_then_the_globals) {
     EXPECT_EQ(shape(target), "{t=1, s=9}");
     mapref const second = map({{"t", 1}, {"b", 2}});
     second->set_omember("cpcommands", of("-0"));
-    EXPECT_TRUE(second->attrcopy(*source, "?")) << "the third has no letter anywhere";
+    EXPECT_TRUE(second->attrcopy(*source, "?")) << "no member has a third letter";
     EXPECT_EQ(shape(second), "{t=1}");
     mapref const third = map({{"t", 1}, {"b", 2}});
     third->set_omember("cpcommands", of(5));
-    EXPECT_TRUE(third->attrcopy(*source, "??s")) << "no text";
+    EXPECT_TRUE(third->attrcopy(*source, "??s")) << "a member that is not a string is ignored";
     EXPECT_EQ(shape(third), "{t=1, b=2, s=9}");
     cTypeObj plain("plain_container", nullptr);
     plain.set_tmember("setattr", cat::type_map().tmember("setattr"));
@@ -233,7 +234,7 @@ TEST_F(Attrcopy, question_marks_use_the_object_then_its_type_then_the_globals) {
         mapref const fourth = make<cMapObj>(&plain, false);
         fourth->datamap().mapitem("t", of(1));
         fourth->datamap().mapitem("b", of(2));
-        EXPECT_TRUE(fourth->attrcopy(*source, "???")) << "-a- for all types";
+        EXPECT_TRUE(fourth->attrcopy(*source, "???")) << "the global default for all types is -a-";
         EXPECT_EQ(trees::inside(*fourth, true), "t=1, b=8");
     }
 }
@@ -295,7 +296,7 @@ TEST_F(Attrcopy, merging_a_small_source_does_not_change_the_rest_of_a_large_targ
         EXPECT_TRUE(much->attrcopy(*map(), "-xx"));
         EXPECT_TRUE(much->attrcopy(*little, "-xx"));
     }
-    EXPECT_TRUE(much->datamap().in_creation_order()) << "so the order of the two is known";
+    EXPECT_TRUE(much->datamap().in_creation_order()) << "the order of the two keys is known";
     EXPECT_LT(cAttrHash::probe_count() - before, 20000u);
     EXPECT_EQ(shape(much->getattr(of(7))), "70");
 }
@@ -427,9 +428,9 @@ TEST_F(Attrcopy, a_budget_counts_pairs_values_and_walked_values) {
         vector()->attrcopy(*vector({1, 2, 3}), "-xx");
         EXPECT_EQ(budget.spent(), 5u);
         map()->attrcopy(*map({{"v", vector({1, 2, 3, 4})}}), "-xx");
-        EXPECT_EQ(budget.spent(), 10u) << "one pair, four values walked";
+        EXPECT_EQ(budget.spent(), 10u) << "one for the pair, and one for each of the four values";
         map({{"a", 1}})->attrcopy(*map({{"a", 2}}), "-xx");
-        EXPECT_EQ(budget.spent(), 11u) << "an assignment in place is a pair too";
+        EXPECT_EQ(budget.spent(), 11u) << "an assignment in place counts as a pair, too";
         EXPECT_FALSE(budget.exhausted());
     }
     EXPECT_EQ(cat::cMergeBudget::current(), nullptr);

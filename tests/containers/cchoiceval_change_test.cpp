@@ -97,7 +97,8 @@ TEST_F(ChoiceChange, choices_replaced_without_the_signal_are_found_at_the_next_u
     valueref const value = value_at(type, "b");
     mapref const fresh = map_of({"x", "b"});
     type->set_tmember("choices", fresh);
-    EXPECT_EQ(value->choices(), nullptr) << "not the type's any more";
+    EXPECT_EQ(value->choices(), nullptr)
+        << "the value's choices are not those of the type any more";
     EXPECT_EQ(value->hash(), &static_cast<cMapObj &>(*old).datamap());
     EXPECT_EQ(place(value), "b");
     EXPECT_EQ(value->pos(), 1);
@@ -110,7 +111,7 @@ TEST_F(ChoiceChange, the_old_container_is_destroyed_before_the_signal) {
     typeref const type = choice_type({"a", "b"});
     valueref const value = value_at(type, "b");
     type->set_tmember("choices", cat::badfind());
-    EXPECT_EQ(place(value), "b") << "the hash lives on";
+    EXPECT_EQ(place(value), "b") << "the value still shares the hash";
     EXPECT_EQ(value->choices(), nullptr);
     EXPECT_TRUE(cat::is_equal(value->valref(), 2));
     type->changed();
@@ -118,7 +119,7 @@ TEST_F(ChoiceChange, the_old_container_is_destroyed_before_the_signal) {
     EXPECT_EQ(value->hash(), nullptr);
     EXPECT_EQ(value->choices(), nullptr);
     set_choices(type, map_of({"a", "b"}));
-    EXPECT_EQ(place(value), "lost") << "nothing was remembered";
+    EXPECT_EQ(place(value), "lost") << "the value does not remember its choice";
     EXPECT_EQ(value->size(), 2);
 }
 
@@ -130,7 +131,7 @@ TEST_F(ChoiceChange, new_choices_at_the_old_address_are_noticed) {
     type->set_tmember("choices", cat::badfind());
     type->set_tmember("choices", same_address({"x", "b"}));
     ASSERT_TRUE(type->tmember("choices") == address);
-    EXPECT_EQ(value->choices(), nullptr) << "another object";
+    EXPECT_EQ(value->choices(), nullptr) << "another object has that address";
     type->changed();
     EXPECT_EQ(value->choices(), type->tmember("choices"));
     EXPECT_EQ(place(value), "b");
@@ -173,7 +174,7 @@ TEST_F(ChoiceChange, choices_may_alternate_between_two_containers) {
     }
     type->set_tmember("choices", two);
     type->set_tmember("choices", one);
-    EXPECT_EQ(value->choices(), one) << "back before anybody looked";
+    EXPECT_EQ(value->choices(), one) << "the old choices are back before the value was updated";
     EXPECT_TRUE(value->update());
 }
 
@@ -190,7 +191,7 @@ TEST_F(ChoiceChange, an_entry_may_be_removed_without_the_signal) {
     EXPECT_EQ(cat::as_text(value), "Letter()");
     EXPECT_EQ(other->pos(), 1);
     map.setattr(text("b"), cat::of(9));
-    EXPECT_TRUE(value->is_undefined()) << "an entry of that name is another one";
+    EXPECT_TRUE(value->is_undefined()) << "a new entry of the same name is not the value's entry";
     type->changed();
     EXPECT_EQ(place(value), "lost");
     EXPECT_EQ(place(other), "c");
@@ -270,7 +271,7 @@ TEST_F(ChoiceChange, a_value_that_does_not_follow_stays_until_an_update) {
     EXPECT_EQ(value.pos(), 1);
     EXPECT_EQ(value.choices(), nullptr);
     value = "a";
-    EXPECT_EQ(place(value), "a") << "in the choices that it has seen";
+    EXPECT_EQ(place(value), "a") << "the value still uses the choices of its last update";
     EXPECT_TRUE(value.update());
     EXPECT_EQ(place(value), "x");
 }

@@ -66,7 +66,7 @@ TEST_F(Choice, the_constructor_selects_the_first_choice) {
     EXPECT_FALSE(value.is_undefined());
     EXPECT_EQ(&value.type(), type.get());
     EXPECT_TRUE(value.choices() == type->tmember("choices"));
-    EXPECT_FALSE(value.has_ommap()) << "follows without being told to";
+    EXPECT_FALSE(value.has_ommap()) << "a value follows its type without a member";
 }
 
 TEST_F(Choice, the_constructor_works_without_choices_or_type) {
@@ -141,7 +141,7 @@ TEST_F(Choice, values_of_every_kind_can_be_assigned) {
     number = 6;
     EXPECT_EQ(place(number), "6");
     number = "5";
-    EXPECT_EQ(place(number), "6") << "a text is not the number";
+    EXPECT_EQ(place(number), "6") << "a string is not converted to the number";
     cChoiceVal const other(type.get());
     value = other;
     EXPECT_EQ(place(value), "a");
@@ -241,10 +241,11 @@ TEST_F(ChoiceMethod, assign_uses_the_key_of_values_and_iterators) {
     EXPECT_EQ(assigned(*value, map->iterobj()), "true b");
     valueref const undefined = value_of(type);
     undefined->set_undefined();
-    EXPECT_EQ(assigned(*value, undefined), "true b") << "no key, no change";
+    EXPECT_EQ(assigned(*value, undefined), "true b")
+        << "an undefined value has no key, so nothing changes";
     EXPECT_EQ(assigned(*value, cat::nil()), "true b");
     EXPECT_EQ(assigned(*value, objref()), "true b");
-    EXPECT_EQ(assigned(*value, map), "true b") << "a map is no key";
+    EXPECT_EQ(assigned(*value, map), "true b") << "a map is not a key";
     objref none;
     EXPECT_TRUE(cTomChoiceVal::m_assign(*value, none));
     EXPECT_FALSE(cTomChoiceVal::m_assign(*cat::of(1), none));
@@ -309,7 +310,7 @@ TEST_F(ChoiceMethod, setattr_of_an_undefined_or_lost_value_is_false) {
     EXPECT_TRUE(cat::is_equal(type->getattr(text("a")), 1));
     typeref const bare = choice_type("Bare", nullptr);
     EXPECT_FALSE(value_of(bare)->setattr(text("value"), cat::of(9)));
-    EXPECT_TRUE(bare->tmember("choices") == cat::badfind()) << "no map was made";
+    EXPECT_TRUE(bare->tmember("choices") == cat::badfind()) << "no map was created";
 }
 
 TEST_F(ChoiceMethod, a_kill_value_removes_the_choice_and_makes_its_values_invalid) {
@@ -334,14 +335,15 @@ TEST_F(ChoiceMethod, equal_by_position_only) {
     mapref const shared = map_of({"a", "b"});
     typeref const type = choice_type("One", shared), other_type = choice_type("Two", shared);
     valueref const value = value_at(type, "a");
-    EXPECT_FALSE(value->equal(*value_at(other_type, "a"))) << "other types are unequal";
+    EXPECT_FALSE(value->equal(*value_at(other_type, "a")))
+        << "values of different types are unequal";
     valueref const one = value_of(type), two = value_of(type);
     one->set_undefined();
     EXPECT_FALSE(one->equal(*two));
     two->set_undefined();
     EXPECT_TRUE(one->equal(*two));
     type->changed();
-    EXPECT_TRUE(one->equal(*two)) << "both lost";
+    EXPECT_TRUE(one->equal(*two)) << "both have lost their choice";
     objref const method = type->tmember("equal"), number = cat::of(1);
     auto const &equal = dynamic_cast<cExeObj const &>(*method);
     objref same = two, other = value, key = cat::of("a"), none;
@@ -430,7 +432,7 @@ TEST_F(ChoiceType, setattr_of_another_key_creates_the_map_and_fires) {
     EXPECT_EQ(fired, 3);
     EXPECT_FALSE(type->setattr(objref(), cat::of(1)));
     EXPECT_FALSE(type->setattr(text("b"), cat::bad()));
-    EXPECT_EQ(fired, 3) << "nothing was changed";
+    EXPECT_EQ(fired, 3) << "nothing has changed";
 }
 
 TEST_F(ChoiceType, setattr_that_the_choices_refuse_is_silent) {
@@ -517,7 +519,7 @@ TEST_F(ChoiceType, defining_a_type_again_with_the_same_choices_changes_nothing) 
     EXPECT_TRUE(cat::set_type(*again, true));
     EXPECT_TRUE(cat::set_type(*type, true));
     EXPECT_EQ(fired, 0);
-    EXPECT_TRUE(type->update_from(*choice_type({"a"}))) << "an equal map is the same";
+    EXPECT_TRUE(type->update_from(*choice_type({"a"}))) << "an equal map changes nothing";
     EXPECT_TRUE(type->update_from(*choice_type("Letter", nullptr)));
     EXPECT_TRUE(cat::is_equal(type->getattr(text("a")), 1));
     EXPECT_EQ(fired, 0);

@@ -78,7 +78,7 @@ TEST_F(Follow, a_follower_notices_a_deletion_when_the_source_fires) {
     mapref const map = map_of({"a", "b"});
     followref const it = follow(map, "b"), other = follow(map, "a");
     map->datamap().delitem("b");
-    EXPECT_EQ(place(*it), "undefined") << "invalid at once, but not told yet";
+    EXPECT_EQ(place(*it), "undefined") << "it is invalid at once, but not updated yet";
     map->changed();
     EXPECT_EQ(place(*it), "lost");
     EXPECT_EQ(place(*other), "a");
@@ -255,7 +255,7 @@ TEST_F(Follow, the_signal_is_removed_and_created_again) {
     map->changed();
     map->force_changed_signal();
     map->changed();
-    EXPECT_EQ(story, "") << "a new signal knows no follower";
+    EXPECT_EQ(story, "") << "a new signal has no connection to the follower";
 }
 
 TEST_F(Follow, the_members_of_the_source_are_replaced) {
@@ -354,7 +354,7 @@ TEST_F(Follow, the_source_may_be_destroyed_in_an_update) {
     toldref const a = told(map, 'a'), b = told(map, 'b');
     a->action = [&] { map = nullptr; };
     map->changed();
-    EXPECT_EQ(story, "a+ ") << "a dead signal calls none of the later ones";
+    EXPECT_EQ(story, "a+ ") << "a destroyed signal calls no later follower";
     EXPECT_EQ(place(*b), "a");
 }
 

@@ -79,7 +79,7 @@ TEST_F(MapAttr, a_fixed_reference_keeps_its_object) {
     mapref const m = map();
     objref const present = of(1);
     m->set_attspec("a", spec_with(of(9), asf_fixref));
-    EXPECT_TRUE(m->setattr(of("a"), present)) << "nil stood there";
+    EXPECT_TRUE(m->setattr(of("a"), present)) << "the attribute was nil";
     EXPECT_TRUE(m->setattr(of("a"), present));
     cErrorLog errors;
     EXPECT_FALSE(m->setattr(of("a"), of(1)));
@@ -252,7 +252,7 @@ TEST_F(MapAttr, a_bad_value_is_not_appended) {
     EXPECT_TRUE(m->append(cat::nil()));
     EXPECT_EQ(shape(m), "{0=nil}");
     objref bad = cat::bad();
-    EXPECT_TRUE(cTomMap::m_append(*m, bad)) << "the method itself is always true";
+    EXPECT_TRUE(cTomMap::m_append(*m, bad)) << "the method itself always returns true";
     EXPECT_EQ(m->size(), 1);
 }
 

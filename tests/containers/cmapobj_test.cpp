@@ -181,7 +181,8 @@ TEST_F(MapObj, assignment_replaces_the_content) {
     objref const b = m->datamap().getitem("b");
     *m = *n;
     EXPECT_EQ(shape(m), "{b=7, c=8}");
-    EXPECT_EQ(m->datamap().getitem("b"), b) << "a key of both is assigned in place";
+    EXPECT_EQ(m->datamap().getitem("b"), b)
+        << "the value of a key that both have is assigned in place";
     cObj const &object = *n;
     *m = object;
     EXPECT_EQ(shape(m), "{b=7, c=8}");

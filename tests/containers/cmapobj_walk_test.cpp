@@ -140,7 +140,7 @@ TEST_F(MapWalk, walks_terminate_on_a_map_that_holds_itself) {
     m->remove_emptychilds(true);
     EXPECT_EQ(m->size(), 1);
     EXPECT_TRUE(m->detach(true));
-    EXPECT_EQ(m->datamap().getitem("1"), m) << "its own copy is itself";
+    EXPECT_EQ(m->datamap().getitem("1"), m) << "a map that contains itself is not copied";
     EXPECT_EQ(m->findvalue(*m), m);
     m->clear();
 }
@@ -209,7 +209,7 @@ TEST_F(MapWalk, detach_clones_scalars_and_copies_containers) {
     EXPECT_EQ(shape(m), "{a=1, m={x=2}, v=[3], s=<4>}");
     EXPECT_NE(m->datamap().getitem("a"), one);
     EXPECT_NE(m->datamap().getitem("m"), sub);
-    EXPECT_EQ(m->getattr(of("m"))->getattr(of("x")), inner) << "one level";
+    EXPECT_EQ(m->getattr(of("m"))->getattr(of("x")), inner) << "only one level is copied";
     EXPECT_TRUE(m->detach(true));
     EXPECT_NE(m->getattr(of("m"))->getattr(of("x")), inner);
     EXPECT_TRUE(map()->detach(true));
@@ -219,7 +219,7 @@ TEST_F(MapWalk, detach_is_false_if_a_value_cannot_be_cloned) {
     mapref const m = map({{"a", cat::nil()}, {"b", 1}});
     objref const b = m->datamap().getitem("b");
     EXPECT_FALSE(m->detach(false));
-    EXPECT_NE(m->datamap().getitem("b"), b) << "the others are cloned all the same";
+    EXPECT_NE(m->datamap().getitem("b"), b) << "the other values are cloned nevertheless";
     EXPECT_EQ(m->datamap().getitem("a"), cat::nil());
 }
 

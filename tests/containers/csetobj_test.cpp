@@ -48,7 +48,7 @@ TEST_F(SetObj, an_unequal_value_overwrites_by_index) {
     setref const s = set({1, 2});
     EXPECT_TRUE(s->setattr(of(0), of(3)));
     EXPECT_TRUE(s->setattr(of(2), of(4)));
-    EXPECT_TRUE(s->setattr(of(0), of(4))) << "is there, at another place";
+    EXPECT_TRUE(s->setattr(of(0), of(4))) << "the set has this value at another index";
     EXPECT_EQ(shape(s), "<3, 2, 4>");
 }
 
@@ -57,7 +57,8 @@ TEST_F(SetObj, keys_obey_the_rules_of_a_vector) {
     cErrorLog errors;
     EXPECT_FALSE(s->setattr(of(5), of(9)));
     EXPECT_FALSE(s->setattr(of("a"), of(9)));
-    EXPECT_TRUE(s->setattr(of("a"), of(1))) << "the key of an equal value is not looked at";
+    EXPECT_TRUE(s->setattr(of("a"), of(1)))
+        << "the key does not matter if the set has an equal value";
     s->setflags(of_const_keys);
     EXPECT_FALSE(s->setattr(of(1), of(9)));
     EXPECT_FALSE(s->setattr(of(0), nullptr));

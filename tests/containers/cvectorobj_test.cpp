@@ -155,7 +155,8 @@ TEST_F(VectorObj, only_setattr_silently_refuses_another_entry_type) {
     v->set_entrytype(&cat::type_int());
     cErrorLog errors;
     EXPECT_FALSE(v->setattr(of(0), of("x")));
-    EXPECT_FALSE(v->setattr(of("no key"), of("x"))) << "tested first";
+    EXPECT_FALSE(v->setattr(of("no key"), of("x")))
+        << "the type of the value is tested before the key";
     EXPECT_EQ(errors.count(), 0u);
     EXPECT_TRUE(v->setattr(of(0), of(1)));
     EXPECT_TRUE(v->append(of("x")));
@@ -271,7 +272,7 @@ TEST_F(VectorObj, slices_are_limited_to_the_vector) {
     EXPECT_EQ(shape(v->getslice(min_int, max_int, nullptr)), "[]");
     EXPECT_EQ(shape(v->getslice(2, -1, nullptr)), "[]");
     EXPECT_EQ(shape(vector()->getslice(0, 5, nullptr)), "[]");
-    EXPECT_EQ(shape(of(5)->getslice(0, 5, nullptr)), "[]") << "no iterator";
+    EXPECT_EQ(shape(of(5)->getslice(0, 5, nullptr)), "[]") << "an int cannot be iterated";
 }
 
 TEST_F(VectorObj, a_value_of_another_type_is_skipped_but_counts) {
@@ -284,7 +285,8 @@ TEST_F(VectorObj, getslice_by_name_reads_its_arguments_as_ints) {
     vectorref const v = ints(4);
     EXPECT_EQ(v->call("getslice", of("x"), of(1)), cat::bad());
     EXPECT_EQ(shape(v->call("getslice", of(1), cat::nil())), "[1]");
-    EXPECT_EQ(shape(v->call("getslice", of(1), of("x"))), "[1]") << "no int: a count of 1";
+    EXPECT_EQ(shape(v->call("getslice", of(1), of("x"))), "[1]")
+        << "a count that is not an int is 1";
     EXPECT_EQ(shape(v->call("getslice", cat::of(2.9), of(5))), "[2, 3]");
 }
 
@@ -292,7 +294,7 @@ TEST_F(VectorObj, setslice_replaces_the_places_of_a_slice_from_the_start) {
     vectorref const v = ints(5);
     EXPECT_TRUE(v->setslice(*vector({"a"}), 0, 2));
     EXPECT_EQ(shape(v), "[a, 2, 3, 4]");
-    EXPECT_TRUE(v->setslice(*vector({"b", "c"}), 0, 0)) << "nothing to erase";
+    EXPECT_TRUE(v->setslice(*vector({"b", "c"}), 0, 0)) << "no entry is erased";
     EXPECT_EQ(shape(v), "[b, c, a, 2, 3, 4]");
 }
 
@@ -301,10 +303,10 @@ TEST_F(VectorObj, setslice_works_at_the_end_and_after_it) {
     EXPECT_TRUE(v->setslice(*vector({9}), 3, 0));
     EXPECT_EQ(shape(v), "[0, 1, 2, 9]");
     EXPECT_FALSE(v->setslice(*vector({9}), 5, 0));
-    EXPECT_FALSE(v->setslice(*vector({9}), -3, 2)) << "an end below 0";
+    EXPECT_FALSE(v->setslice(*vector({9}), -3, 2)) << "the end is below 0";
     EXPECT_FALSE(v->setslice(*vector({9}), 2, -1));
     EXPECT_EQ(shape(v), "[0, 1, 2, 9]");
-    EXPECT_TRUE(v->setslice(*vector({7}), -1, 1)) << "an end of 0";
+    EXPECT_TRUE(v->setslice(*vector({7}), -1, 1)) << "the end is 0";
     EXPECT_EQ(shape(v), "[7, 0, 1, 2, 9]");
     EXPECT_TRUE(v->setslice(*vector(), 0, max_int));
     EXPECT_EQ(shape(v), "[]");
@@ -329,7 +331,7 @@ TEST_F(VectorObj, vectors_are_equal_by_their_values_in_order) {
     EXPECT_TRUE(vector({1, "a"})->equal(*vector({1, "a"})));
     EXPECT_FALSE(vector({1, "a"})->equal(*vector({"a", 1})));
     EXPECT_FALSE(vector({1})->equal(*vector({1, 2})));
-    EXPECT_FALSE(vector({1})->equal(*set({1}))) << "another type";
+    EXPECT_FALSE(vector({1})->equal(*set({1}))) << "a set has another type";
     objref same_values = map({{"x", 1}, {"y", 2}});
     EXPECT_TRUE(cTomVector::m_equal(*vector({1, 2}), same_values)) << "keys aren't compared";
     objref five = of(5);

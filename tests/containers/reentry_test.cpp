@@ -295,7 +295,7 @@ TEST_F(Reentry, a_locked_type_that_throws_stops_the_move_and_leaves_the_indices_
     {
         cErrorLog errors;
         EXPECT_TRUE(silent->erase(0, 1));
-        EXPECT_EQ(shape(silent), "[1, 2, 2, text]") << "two places keep their type";
+        EXPECT_EQ(shape(silent), "[1, 2, 2, text]") << "two entries keep their type";
         EXPECT_EQ(errors.count(), 2u);
         EXPECT_TRUE(silent->insert(1, of(9)));
         EXPECT_EQ(shape(silent), "[1, 9, 2, text, text]");
@@ -306,7 +306,8 @@ TEST_F(Reentry, a_locked_type_that_throws_stops_the_move_and_leaves_the_indices_
     EXPECT_THROW(thrown->erase(0, 1), cErr);
     EXPECT_EQ(shape(thrown), "[1, 2, 2, text, 4]");
     EXPECT_THROW(thrown->insert(1, of(9)), cErr);
-    EXPECT_EQ(shape(thrown), "[1, 2, 2, text, 4, 4]") << "the new place stays";
+    EXPECT_EQ(shape(thrown), "[1, 2, 2, text, 4, 4]")
+        << "the entry that was added at the end stays";
     EXPECT_TRUE(thrown->datamap().is_vector());
     EXPECT_EQ(thrown->datamap().broken_rule(true), "");
     messages();
@@ -322,7 +323,7 @@ TEST_F(Reentry, an_error_in_the_middle_of_a_copy_keeps_the_copied_part) {
     EXPECT_EQ(shape(target), "{a=5}");
     vectorref const v = vector({1});
     EXPECT_THROW(v->setattr(of(3), of(1)), cErr);
-    EXPECT_TRUE(v->attrcopy(*vector({7, 8}), "0ax")) << "nothing is left over from before";
+    EXPECT_TRUE(v->attrcopy(*vector({7, 8}), "0ax")) << "the earlier failure has no effect";
     EXPECT_EQ(shape(v), "[7, 8]");
     messages();
 }

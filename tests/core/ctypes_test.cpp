@@ -82,7 +82,7 @@ TEST_F(RegistryEdge, a_choice_type_over_one_of_its_name_replaces_the_choices) {
     EXPECT_TRUE(cat::set_type(*again, true));
     EXPECT_EQ(&cat::find_type("registry_choice"), &type);
     EXPECT_TRUE(type.tmember("choices") == choices);
-    EXPECT_EQ(again->refs(), 1u) << "it was registered";
+    EXPECT_EQ(again->refs(), 1u) << "the registry does not hold it";
 }
 
 TEST_F(RegistryEdge, type_of_key_of_an_unknown_name_is_niltype) {

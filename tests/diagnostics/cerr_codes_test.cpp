@@ -481,7 +481,7 @@ std::map<std::string, std::string> const entries = {
 TEST_F(ErrorCodes, each_error_is_raised_with_its_code_and_the_beginning_of_its_text) {
     for (auto const &[name, error] : errors) {
         auto const act = acts.find(name);
-        ASSERT_NE(act, acts.end()) << name << ": nothing here raises it";
+        ASSERT_NE(act, acts.end()) << name << ": no test raises it";
         cErrors const found = errors_of(act->second);
         EXPECT_TRUE(is_among(found, error))
             << name << "; raised first: " << (found.empty() ? "nothing" : found.front().text);
@@ -557,8 +557,8 @@ TEST_F(ErrorCodes, errors_of_programs_have_no_kind_of_the_library) {
     eros().clear();
     begin_error(err_object_const) << cNamed::name("assign");
     EXPECT_EQ(eros().kind(), cat::ErrorKind::object_const);
-    EXPECT_EQ(cErr(eros()).kind(), cat::ErrorKind::object_const) << "copies take it along";
-    EXPECT_EQ(eros().names().name, "") << "nobody collects";
+    EXPECT_EQ(cErr(eros()).kind(), cat::ErrorKind::object_const) << "a copy has the same kind";
+    EXPECT_EQ(eros().names().name, "") << "names are collected only for a report";
     eros().set(0x40000001, "of a program");
     EXPECT_EQ(eros().kind(), cat::ErrorKind::other);
     cat::ReadReport const report;

@@ -89,7 +89,7 @@ class Linear : public QrvTest {
             cComparingBuffer buffer(text);
             std::ostream os(&buffer);
             value->writeobj(os);
-            EXPECT_TRUE(buffer.same()) << "written otherwise than read";
+            EXPECT_TRUE(buffer.same()) << "the written text differs from the text that was read";
         });
         objref copy;
         within_limits("copying", [&] { copy = value->clone(); });

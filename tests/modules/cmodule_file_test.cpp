@@ -53,7 +53,7 @@ TEST_F(ModuleFailure, a_success_clears_the_last_error) {
 }
 
 TEST_F(ModuleFailure, files_that_are_not_modules_are_skipped) {
-    std::ofstream("bad.so") << "this is no shared object, but long enough to be looked at twice: "
+    std::ofstream("bad.so") << "not a shared object, but longer than the header of one: "
                             << std::string(100, 'x');
     std::ofstream("./empty.so").flush();
     fs::create_directory("folder.so");

@@ -120,7 +120,7 @@ TEST_F(ToolBadFiles, a_full_output_device_is_reported) {
                                                {"--version"},
                                                {"--help"}})
         EXPECT_EQ(run(arguments, {.out = full.get()}), expected) << arguments[0];
-    EXPECT_EQ(run({"check", "f"}, {.out = full.get()}), (cRun{0, "", ""})) << "has no output";
+    EXPECT_EQ(run({"check", "f"}, {.out = full.get()}), (cRun{0, "", ""})) << "check has no output";
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.out = full.get()}), (cRun{0, "", ""}));
 }
 

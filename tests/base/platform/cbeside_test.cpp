@@ -95,7 +95,7 @@ TEST_F(Beside, is_written_where_locks_are_not_supported) {
     EXPECT_EQ(bytes_of(file_), "newer");
     std::string const left = unfinished();
     remove_unfinished();
-    EXPECT_TRUE(exists(left)) << "its process may live";
+    EXPECT_TRUE(exists(left)) << "the process that writes it may still exist";
 }
 
 // Another process removes the file between its creation and the lock, either with a lock still held

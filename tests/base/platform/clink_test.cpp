@@ -240,7 +240,7 @@ TEST_F(Link, a_reused_descriptor_of_a_closed_socket_is_left_alone) {
     EXPECT_EQ(receiver.take(), abc);
     char byte = 0;
     EXPECT_EQ(::recv(taken == ends[0] ? ends[1] : ends[0], &byte, 1, 0), -1);
-    EXPECT_EQ(::fcntl(kept, F_GETFD), 0) << "still open, and no socket of ours";
+    EXPECT_EQ(::fcntl(kept, F_GETFD), 0) << "it is still open, and not our socket";
     ::close(ends[0]);
     ::close(ends[1]);
 }

@@ -66,7 +66,7 @@ TEST_F(Replace, a_function_can_write_new_files_and_both_kinds_of_old_ones) {
     std::string const other = folder_.file("other"), fresh = folder_.file("fresh");
     ASSERT_EQ(::link(file_.c_str(), other.c_str()), 0);
     EXPECT_EQ(cat::replace_file(file_, {14, write}, {}), Replaced::done);
-    EXPECT_EQ(bytes_of(other), "piece by piece") << "written in place";
+    EXPECT_EQ(bytes_of(other), "piece by piece") << "the file is written in place";
     ASSERT_EQ(::unlink(other.c_str()), 0);
     put(file_, "a text that is longer than the new one");
     ino_t const before = inode_of(file_);
@@ -136,7 +136,8 @@ TEST_F(Replace, the_access_list_of_the_folder_grants_no_access_to_the_file) {
         EXPECT_EQ(mode_of(file_), 0640u);
     }
     EXPECT_TRUE(cat::replace_file(folder_.file("second"), "new"));
-    EXPECT_NE(attribute(folder_.file("second"), access_attribute), "none") << "the folder's rule";
+    EXPECT_NE(attribute(folder_.file("second"), access_attribute), "none")
+        << "a new file gets the access list of the folder";
 }
 
 TEST_F(Replace, a_file_whose_attributes_cannot_be_copied_is_written_in_place) {

@@ -36,7 +36,7 @@ class ReadReports : public QrvTest {
         cat::ReadReport report;
         Reading r(text, false);
         while (r.next() != -1) continue;
-        EXPECT_EQ(r.log, "") << "slots of the scanner are not reached";
+        EXPECT_EQ(r.log, "") << "slots of the scanner are not called";
         EXPECT_EQ(messages(), "");
         errors_ = r.scan.errcount();
         return shown(report);
