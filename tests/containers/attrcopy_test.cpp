@@ -40,7 +40,7 @@ TEST_F(AttrcopyEdge, three_dashes_or_no_letters_do_nothing) {
     }
 }
 
-TEST_F(AttrcopyEdge, question_marks_take_the_members_letters) {
+TEST_F(AttrcopyEdge, question_marks_use_the_letters_of_the_member) {
     mapref const a = map({{"gone", 0}, {"x", 1}});
     mapref const b = map({{"x", 5}, {"n", 6}});
     EXPECT_TRUE(a->attrcopy(*b, "?s?"));
@@ -55,7 +55,7 @@ bool noting_setattr(cObj &obj, objref &key, objref &value) {
     return cTomVector::setattr(obj, key, value);
 }
 
-TEST_F(AttrcopyEdge, a_vector_of_five_takes_three) {
+TEST_F(AttrcopyEdge, a_vector_of_five_is_assigned_three) {
     std::string noted;
     calls = &noted;
     vectorref const v = ints(5);
@@ -67,7 +67,7 @@ TEST_F(AttrcopyEdge, a_vector_of_five_takes_three) {
     EXPECT_EQ(v->getattr(of(0)), first);
 }
 
-TEST_F(AttrcopyEdge, a_vector_of_three_takes_five) {
+TEST_F(AttrcopyEdge, a_vector_of_three_is_assigned_five) {
     vectorref const v = ints(3);
     vectorref const w = ints(5, 10);
     objref const first = v->getattr(of(0));
@@ -95,7 +95,7 @@ TEST_F(AttrcopyEdge, append_keys_adds_missing_keys_only) {
 
 // --- letters
 
-TEST_F(Attrcopy, every_letter_in_every_place_on_a_map) {
+TEST_F(Attrcopy, every_letter_has_its_effect_at_every_position) {
     struct cCase {
         char const *commands;
         char const *result;

@@ -489,7 +489,7 @@ TEST_F(ChoiceType, methods_refuse_objects_that_are_not_types) {
     EXPECT_TRUE(cTomChoice::getattr(nullptr, key) == cat::bad());
 }
 
-TEST_F(ChoiceType, a_type_among_its_own_choices_by_program_is_stored) {
+TEST_F(ChoiceType, a_program_may_store_a_type_among_its_own_choices) {
     typeref const type = choice_type({"a"});
     EXPECT_TRUE(type->setattr(text("self"), type));
     EXPECT_TRUE(type->setattr(text("value"), value_of(type)));

@@ -140,7 +140,7 @@ TEST_F(MapObj, a_given_hash_is_shared_and_keeps_its_father) {
     EXPECT_EQ(none->datamap().father(), none.get());
 }
 
-TEST_F(MapObj, a_copy_takes_content_and_flags_but_no_entry_type) {
+TEST_F(MapObj, a_copy_has_the_content_and_flags_but_no_entry_type) {
     mapref const m = map({{"a", 1}});
     m->set_entrytype(&cat::type_int());
     m->setflags(of_const | 0x40);

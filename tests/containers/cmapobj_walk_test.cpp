@@ -16,7 +16,7 @@ class MapWalk : public QrvTest {};
 
 // --- comparing
 
-TEST_F(MapWalk, maps_are_equal_with_equal_pairs_in_one_order) {
+TEST_F(MapWalk, maps_are_equal_if_they_have_equal_pairs_in_the_same_order) {
     mapref const a = map({{"a", 1}, {2, map({{"x", "y"}})}});
     mapref const b = map({{"a", 1}, {2, map({{"x", "y"}})}});
     EXPECT_TRUE(a->equal(*b));

@@ -98,7 +98,7 @@ TEST_F(ValueIndex, forget_discards_changed_values) {
     EXPECT_EQ(index.find(*cat::of(5)), nullptr);
 }
 
-TEST_F(ValueIndex, the_own_equal_of_a_type_is_called) {
+TEST_F(ValueIndex, the_equal_method_of_a_type_is_called) {
     static int asked;
     asked = 0;
     cTypeObj &type = cat::type_int();

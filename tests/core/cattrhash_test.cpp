@@ -488,7 +488,7 @@ TEST_F(Hash, flags_replace_two_bits_of_every_node) {
     EXPECT_EQ(hash.find("b")->flags(), 2);
 }
 
-TEST_F(Hash, detach_gives_each_value_its_own_copy_and_ands_the_results) {
+TEST_F(Hash, detach_copies_each_value_and_combines_the_results_by_and) {
     objref const shared = cat::of(1);
     hash.mapitem("a", shared);
     hash.mapitem("b", shared);

@@ -83,7 +83,7 @@ TEST_F(TypeEdge, a_null_name_with_a_metatype_is_empty) {
     EXPECT_EQ(&type.type(), &cat::typetype());
 }
 
-TEST_F(TypeEdge, niltype_makes_strings) {
+TEST_F(TypeEdge, niltype_creates_strings) {
     objref const text = cat::type_nil().newobj();
     EXPECT_EQ(&text->type(), &cat::type_string());
     EXPECT_EQ(cat::as_string(text), "");
@@ -248,7 +248,7 @@ TEST_F(TypeMemberEdge, badfind_under_a_standard_key_empties_the_slot) {
     EXPECT_EQ(errors.text(), "0x48000000 Call of missed standard method 'assign' in type: t\n");
 }
 
-TEST_F(TypeMember, a_standard_key_takes_only_members) {
+TEST_F(TypeMember, a_standard_key_accepts_only_member_executables) {
     cTypeObj type("t");
     cErrorLog errors;
     type.set_tmember("assign", make<cExeGlobal>(procedure_2));

@@ -168,7 +168,7 @@ TEST_F(CaughtErrors, beyond_the_limit_are_counted) {
     EXPECT_TRUE(caught.empty());
 }
 
-TEST_F(CaughtErrors, a_report_inside_takes_what_is_read_and_leaves_the_rest) {
+TEST_F(CaughtErrors, a_report_inside_collects_only_errors_of_reading) {
     cat::CaughtErrors const caught;
     cat::ReadReport const report;
     EXPECT_EQ(cat::ReadReport::current(), &report);
@@ -181,7 +181,7 @@ TEST_F(CaughtErrors, a_report_inside_takes_what_is_read_and_leaves_the_rest) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, a_guard_inside_a_report_takes_all) {
+TEST_F(CaughtErrors, a_guard_inside_a_report_collects_all_errors) {
     cat::ReadReport const report;
     {
         cat::CaughtErrors const caught;
@@ -203,7 +203,7 @@ TEST_F(CaughtErrors, a_guard_inside_a_report_takes_all) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(CaughtErrors, a_guard_during_a_reading_takes_what_is_raised_meanwhile) {
+TEST_F(CaughtErrors, a_guard_during_a_reading_collects_errors_raised_meanwhile) {
     static std::function<void()> inside;
     typeref const type = make<cTypeObj>("guarded");
     type->set_tmember("newobj", make<cExeMember>(+[](objref) -> objref {

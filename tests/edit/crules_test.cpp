@@ -81,7 +81,7 @@ TEST_F(Rules, a_valid_object_breaks_none) {
     EXPECT_EQ(broken("1", "int"), "");
 }
 
-TEST_F(Rules, a_map_that_an_object_can_be_made_from_breaks_none) {
+TEST_F(Rules, a_map_from_which_an_object_can_be_created_breaks_none) {
     EXPECT_EQ(broken("{y= 2; x= 1}", "Pixel"), "");
     EXPECT_EQ(broken("{}", "Empty"), "");
     EXPECT_EQ(broken("{}", "Fixed"), "");

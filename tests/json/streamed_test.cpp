@@ -119,7 +119,7 @@ unsigned documents() {
     return count ? static_cast<unsigned>(std::atoi(count)) : test::sanitized ? 200 : 1000;
 }
 
-TEST(Streamed, generated_documents_give_the_text_of_their_trees) {
+TEST(Streamed, generated_documents_are_written_as_the_text_of_their_trees) {
     for (unsigned seed = 1; seed <= documents(); ++seed) {
         SCOPED_TRACE(seed);
         expect_same(cGenerator(seed).document());
@@ -127,7 +127,7 @@ TEST(Streamed, generated_documents_give_the_text_of_their_trees) {
     }
 }
 
-TEST(Streamed, mutated_documents_are_refused_or_give_the_text_of_their_trees) {
+TEST(Streamed, mutated_documents_are_refused_or_written_as_the_text_of_their_trees) {
     std::mt19937 random(1);
     for (unsigned seed = 1; seed <= documents(); ++seed) {
         std::string json = cGenerator(seed).document();
@@ -139,7 +139,7 @@ TEST(Streamed, mutated_documents_are_refused_or_give_the_text_of_their_trees) {
     }
 }
 
-TEST(Streamed, hostile_documents_give_the_text_of_their_trees) {
+TEST(Streamed, hostile_documents_are_written_as_the_text_of_their_trees) {
     for (
         std::string const &json : std::initializer_list<std::string>{
             "",
@@ -175,7 +175,7 @@ TEST(Streamed, hostile_documents_give_the_text_of_their_trees) {
         expect_same(json);
 }
 
-TEST(Streamed, files_give_the_text_of_their_trees) {
+TEST(Streamed, files_are_written_as_the_text_of_their_trees) {
     size_t count = 0;
     for (auto const &entry :
          std::filesystem::directory_iterator(test::source_file("tests/tool/data/json"))) {

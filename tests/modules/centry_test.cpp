@@ -20,7 +20,7 @@ struct cSquare final : cOther, cShape { // so that the addresses of the parts di
 
 } // namespace
 
-TEST_F(Entry, is_found_as_what_it_is_while_it_lives) {
+TEST_F(Entry, is_found_with_its_base_type_until_it_is_destroyed) {
     cSquare square;
     {
         cEntry<cShape> const entry("square", &square, "four corners");

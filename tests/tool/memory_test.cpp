@@ -48,7 +48,7 @@ TEST_F(ToolMemory, the_tokens_of_a_long_string_need_less_than_three_times_its_si
     EXPECT_EQ(run_in(least + 3 * 10000, {"tokens", "f"}).status, 0);
 }
 
-TEST_F(ToolMemory, too_little_memory_gives_one_message) {
+TEST_F(ToolMemory, too_little_memory_causes_one_message) {
     if (test::sanitized) return; // which needs the whole address space
     std::string const text =
         "{a= [" + times("{key= \"a string\"; value= 1.5; list= [1, 2]}, ", 2000) + "]}\n";

@@ -133,7 +133,7 @@ TEST_F(Choice, and_numbers_are_the_only_attributes_that_are_converted) {
     EXPECT_EQ(x.at("name"), "x");
 }
 
-TEST_F(Choice, as_an_attribute_is_not_asked_for_an_unknown_key) {
+TEST_F(Choice, as_an_attribute_cannot_be_assigned_an_unknown_key) {
     qrv::value x = axis();
     EXPECT_EQ(thrown<qrv::error>([&] { x["speed"] = "slow"; }).substr(0, 7), "speed: ");
     EXPECT_FALSE(x.contains("speed"));
