@@ -343,7 +343,7 @@ TEST_F(ChoiceMethod, equal_by_position_only) {
     two->set_undefined();
     EXPECT_TRUE(one->equal(*two));
     type->changed();
-    EXPECT_TRUE(one->equal(*two)) << "both lost";
+    EXPECT_TRUE(one->equal(*two)) << "both have lost their choice";
     objref const method = type->tmember("equal"), number = cat::of(1);
     auto const &equal = dynamic_cast<cExeObj const &>(*method);
     objref same = two, other = value, key = cat::of("a"), none;
@@ -432,7 +432,7 @@ TEST_F(ChoiceType, setattr_of_another_key_creates_the_map_and_fires) {
     EXPECT_EQ(fired, 3);
     EXPECT_FALSE(type->setattr(objref(), cat::of(1)));
     EXPECT_FALSE(type->setattr(text("b"), cat::bad()));
-    EXPECT_EQ(fired, 3) << "nothing was changed";
+    EXPECT_EQ(fired, 3) << "nothing has changed";
 }
 
 TEST_F(ChoiceType, setattr_that_the_choices_refuse_is_silent) {
@@ -489,7 +489,7 @@ TEST_F(ChoiceType, methods_refuse_objects_that_are_not_types) {
     EXPECT_TRUE(cTomChoice::getattr(nullptr, key) == cat::bad());
 }
 
-TEST_F(ChoiceType, a_type_among_its_own_choices_by_program_is_stored) {
+TEST_F(ChoiceType, a_program_may_store_a_type_among_its_own_choices) {
     typeref const type = choice_type({"a"});
     EXPECT_TRUE(type->setattr(text("self"), type));
     EXPECT_TRUE(type->setattr(text("value"), value_of(type)));

@@ -16,7 +16,7 @@ class MapWalk : public QrvTest {};
 
 // --- comparing
 
-TEST_F(MapWalk, maps_are_equal_with_equal_pairs_in_one_order) {
+TEST_F(MapWalk, maps_are_equal_if_they_have_equal_pairs_in_the_same_order) {
     mapref const a = map({{"a", 1}, {2, map({{"x", "y"}})}});
     mapref const b = map({{"a", 1}, {2, map({{"x", "y"}})}});
     EXPECT_TRUE(a->equal(*b));
@@ -209,7 +209,7 @@ TEST_F(MapWalk, detach_clones_scalars_and_copies_containers) {
     EXPECT_EQ(shape(m), "{a=1, m={x=2}, v=[3], s=<4>}");
     EXPECT_NE(m->datamap().getitem("a"), one);
     EXPECT_NE(m->datamap().getitem("m"), sub);
-    EXPECT_EQ(m->getattr(of("m"))->getattr(of("x")), inner) << "one level";
+    EXPECT_EQ(m->getattr(of("m"))->getattr(of("x")), inner) << "only one level is copied";
     EXPECT_TRUE(m->detach(true));
     EXPECT_NE(m->getattr(of("m"))->getattr(of("x")), inner);
     EXPECT_TRUE(map()->detach(true));

@@ -20,7 +20,7 @@ bool assign_nothing(cObj &, objref &) { return true; }
 
 } // namespace
 
-TEST_F(MemberEdge, nil_makes_a_member_map_and_badfind_does_not) {
+TEST_F(MemberEdge, nil_creates_a_member_map_and_badfind_does_not) {
     objref const a = cat::of(1), b = cat::of(2);
     EXPECT_TRUE(a->set_omember("k", cat::nil()));
     EXPECT_TRUE(a->has_ommap());

@@ -83,7 +83,7 @@ TEST_F(TypeEdge, a_null_name_with_a_metatype_is_empty) {
     EXPECT_EQ(&type.type(), &cat::typetype());
 }
 
-TEST_F(TypeEdge, niltype_makes_strings) {
+TEST_F(TypeEdge, niltype_creates_strings) {
     objref const text = cat::type_nil().newobj();
     EXPECT_EQ(&text->type(), &cat::type_string());
     EXPECT_EQ(cat::as_string(text), "");

@@ -125,7 +125,7 @@ TEST_F(ErrorValue, self_assignment_changes_nothing) {
     EXPECT_EQ(error.as_string(), "text");
 }
 
-TEST_F(ErrorValue, set_leaves_handled_alone) {
+TEST_F(ErrorValue, set_does_not_change_handled) {
     cErr error(1, "a");
     error.set_handled(true);
     error.set(2, "b");

@@ -170,7 +170,7 @@ class Changer {
         return value && !value->is_type() && dynamic_cast<cMapObj const *>(value.get());
     }
 
-    // Would storing the value in the container create a cycle?
+    // Returns whether storing the value in the container would create a cycle.
     bool is_below(objref const &container, objref const &value) const {
         std::vector<objref> todo{value};
         std::unordered_set<cObj const *> seen;

@@ -64,7 +64,7 @@ TEST_F(ModuleTypes, a_module_may_build_on_the_types_of_another) {
         EXPECT_EQ(cat::broken_registry_rule(), "");
         EXPECT_EQ(scale(), "{\n  kelvin= 2;\n}");
         cModule *const one = cModule::load("types_one"); // increases the count
-        EXPECT_FALSE(one->unload()) << "in use";
+        EXPECT_FALSE(one->unload()) << "the module is in use";
         EXPECT_EQ(cat::broken_registry_rule(), "");
         EXPECT_TRUE(is_known("Celsius") && is_known("Kelvin"));
         EXPECT_TRUE(two->unload());

@@ -14,7 +14,7 @@ struct cToken {
     std::string text;
 };
 
-// Is the text one of these characters?
+// Returns whether the text is one of these characters.
 bool is_any(std::string const &text, std::string_view characters);
 
 // The tokens of text, without blanks and comments.
@@ -28,7 +28,7 @@ std::string replaced(std::string const &text, cToken const &token, std::string c
 std::string without_brackets(std::string const &text, std::vector<cToken> const &tokens,
                              size_t index);
 
-// Does the library report anything while it reads the first value of the text?
+// Returns whether the library reports anything while it reads the first value of the text.
 bool is_reported(std::string const &text);
 
 // The result of the tool's `check` on a file with this text.

@@ -1,10 +1,11 @@
-// A separate file, because g++ warns of these operators where it sees both new and delete.
+// These operators are in a separate file: if g++ sees how they call malloc() and free(), it warns
+// that free() gets memory from new.
 #include "tests/no_memory/allocations.h"
 
 #include <cstdlib>
 #include <new>
 
-constinit long no_memory::allocations_left = no_memory::endless;
+constinit long no_memory::allocations_left = no_memory::unlimited;
 
 void *operator new(std::size_t size) {
     for (;;) {

@@ -1,10 +1,9 @@
 #pragma once
-// The global allocation functions of this program, which can be made to fail after a number of
-// calls.
+// The global allocation functions of this program fail once `allocations_left` is 0.
 
 namespace no_memory {
 
-constexpr long endless = 1000000000;
-extern long allocations_left; // unlimited at first
+constexpr long unlimited = 1000000000;
+extern long allocations_left; // `unlimited` at first
 
 } // namespace no_memory

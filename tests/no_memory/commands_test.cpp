@@ -1,8 +1,9 @@
-// Every command when memory runs out, at one allocation after another: it exits with status 2 and
-// one message, prints nothing else, and a file that it writes is the old one or the new one.
+// Runs commands that can make only n allocations, for many n. Such a command must exit with status
+// 2, print one message and nothing else, and leave a file that it writes with its old or its new
+// content.
 //
-// QRV_ALLOCATIONS is the number of failing allocations tried for each command; by default it is
-// small. Each run is in a copy of the process.
+// QRV_ALLOCATIONS sets how many values of n are tried for each command; the default is small. Each
+// run is in a forked process.
 
 #include "tests/no_memory/allocations.h"
 #include "tests/support/fixture.h"
@@ -19,7 +20,7 @@
 namespace {
 
 using no_memory::allocations_left;
-using no_memory::endless;
+using no_memory::unlimited;
 using tool_test::cRun;
 
 class NoMemory : public tool_test::Tool {
@@ -33,7 +34,8 @@ class NoMemory : public tool_test::Tool {
         write("j", R"({"a": [1, 2.5, null, "a string that is not short"], "b": {"c": true}})");
     }
 
-    // Runs the command with this number of allocations, and reports how many were left.
+    // Runs the command in a forked process that can make this number of allocations. Sets the
+    // number to those that were left.
     cRun run_with(long &allocations, std::vector<char const *> arguments) const {
         test::cMemory const out(""), err(""), left("");
         arguments.insert(arguments.begin(), "qrv");
@@ -46,7 +48,7 @@ class NoMemory : public tool_test::Tool {
             allocations_left = allocations;
             int const status =
                 run_command_line(static_cast<int>(arguments.size()), arguments.data());
-            long const rest = std::exchange(allocations_left, endless);
+            long const rest = std::exchange(allocations_left, unlimited);
             if (::write(left.descriptor(), &rest, sizeof rest) != sizeof rest) ::_exit(126);
             ::_exit(status);
         }
@@ -59,23 +61,24 @@ class NoMemory : public tool_test::Tool {
                 err.bytes()};
     }
 
-    static long runs_of_each() {
+    static long runs_per_command() {
         char const *const given = std::getenv("QRV_ALLOCATIONS");
         return given ? std::atol(given) : test::sanitized ? 5 : 25;
     }
 
-    // `written` is the file that the command replaces; `files` are those that the message may name.
+    // Runs the command with fewer and fewer allocations. `files` are those that the message may
+    // name, `written` is the file that the command replaces.
     void sweep(std::vector<char const *> const &arguments, std::vector<std::string> const &files,
                char const *written = nullptr) const {
         std::string const old = written ? read(written) : "";
-        long left = endless;
+        long left = unlimited;
         cRun const whole = run_with(left, arguments);
         EXPECT_LE(whole.status, exit_found) << whole.err;
-        long const all = endless - left;
+        long const all = unlimited - left;
         EXPECT_GT(all, 100);
         std::string const changed = written ? read(written) : "";
         EXPECT_TRUE(!written || changed != old);
-        long const runs = runs_of_each();
+        long const runs = runs_per_command();
         bool some_named = files.empty();
         for (long n = all - 1; n >= 0; n -= 1 + all / runs) {
             if (written) write(written, old);

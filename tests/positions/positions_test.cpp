@@ -1,7 +1,7 @@
-// The position at which `check` reports the first error of a file in which one token was deleted,
-// doubled or changed, and the number of errors. Everything runs in one process. With
-// QRV_POSITIONS=1 every token of the examples and of 2,000 generated files is tested, otherwise a
-// sample.
+// Deletes, doubles or replaces one token of a file, and checks the position of the first error that
+// `check` reports, and the number of errors. Everything runs in one process. If QRV_POSITIONS is
+// set, it tests every token of the examples and some tokens of 2,000 generated files, otherwise far
+// fewer.
 
 #include "tests/mutation/generated.h"
 #include "tests/mutation/spoilt.h"
@@ -34,15 +34,16 @@ bool is_opening(cToken const &token) { return is_any(token.text, "({[<"); }
 bool is_closing(cToken const &token) { return is_any(token.text, ")}]>"); }
 bool is_delimiter(cToken const &token) { return is_any(token.text, ";,"); }
 
-// The surroundings of each token: its entry, from its first token to its last, and the open
-// brackets.
+// What surrounds a token: its entry, from its first token to its last, and the brackets that are
+// open there. All are offsets.
 struct cAround {
-    size_t begin = 0, end = 0; // offsets
-    std::vector<size_t>
-        open;           // the offsets of open brackets, for a closing bracket including its partner
+    size_t begin = 0, end = 0;
+    // The open brackets, and the types before them. For a closing bracket its partner counts as
+    // open.
+    std::vector<size_t> open;
     size_t bracket = 0; // the innermost open bracket
-    size_t type =
-        0; // the type before the innermost bracket: errors about a whole value are reported there
+    // The type before the innermost bracket: errors about a whole value are reported there.
+    size_t type = 0;
 };
 
 class cEntries {
@@ -124,8 +125,9 @@ class Positions : public testing::Test {
 
     static bool is_thorough() { return std::getenv("QRV_POSITIONS") != nullptr; }
 
-    // Is the diagnostic, or one of its notes, in the changed entry or at a bracket around it? A
-    // value that violates a declaration may be reported at the changed declaration instead.
+    // Returns whether the diagnostic or one of its notes is in the changed entry, or at the
+    // innermost bracket around it. If a bracket was changed, it may be at any open bracket. A value
+    // that violates a declaration may be reported at the changed declaration instead.
     static bool is_at(cDiagnostic const &found, cLines const &lines, cAround const &around,
                       size_t end, bool is_bracket) {
         auto const is_near = [&](cPlace place) {
@@ -155,7 +157,7 @@ class Positions : public testing::Test {
         cFindings const found = found_in(changed);
         if (found.diagnostics.empty()) {
             if (library_reports(changed) && ++figures_.silent <= 3)
-                ADD_FAILURE() << "silent: " << changed;
+                ADD_FAILURE() << "`check` reports nothing: " << changed;
             return;
         }
         ++figures_.cases;

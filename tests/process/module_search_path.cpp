@@ -1,5 +1,6 @@
-// A bare name is searched first where the system searches shared objects: here in the folders of
-// LD_LIBRARY_PATH, which the system reads when a process starts.
+// A module name without a folder is first searched where the system searches shared objects, here
+// in the folders of LD_LIBRARY_PATH. The system reads this variable when a process starts, so each
+// search runs in a new process.
 
 #include "process.h"
 #include "qrv/base/csignal.h"
@@ -30,7 +31,7 @@ std::string loaded_thing() {
 } // namespace
 
 int main(int count, char **) {
-    if (count > 1) { // run in the folder of the test
+    if (count > 1) { // the process that run_self() starts
         say(loaded_thing());
         return 0;
     }

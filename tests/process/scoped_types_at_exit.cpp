@@ -1,5 +1,5 @@
-// Objects of types that have left their scope, in static objects: they are used while static
-// objects are destroyed, and the last one is destroyed with its type after the core.
+// Static objects hold objects of types whose scope has ended. A destructor uses such objects while
+// static objects are destroyed, and others are released after it.
 
 #include "process.h"
 #include "qrv/containers/cchoiceval.h"
@@ -17,11 +17,11 @@ char const *const text = "{ C= choice({a= 1; b= 2; }); N= attlist(x= attspec(def
                          "N= attlist(n= attspec(type= N; flag= #IMPLIED); x= attspec(default= 1)); "
                          "v= C(b); p= N(n= N(x= 2)); }";
 
-objref early, early_choice; // destroyed last: only held
+objref early, early_choice; // destroyed after the static objects of main()
 
 // Uses its value in its destructor, where another scope begins and ends.
 struct cUser {
-    cUser() { cat::nil(); } // the core is destroyed after this object
+    cUser() { cat::nil(); } // starts the core, so that it is torn down after this object
     cUser(cUser const &) = delete;
     cUser &operator=(cUser const &) = delete;
     ~cUser() {
@@ -41,7 +41,7 @@ struct cUser {
 
 int main() {
     static cUser user;
-    static std::optional<cat::TypeScope> open; // ends before the core
+    static std::optional<cat::TypeScope> open; // this scope ends while static objects are destroyed
     {
         cat::TypeScope const scope;
         CHECK(cObj::readobj(text, user.value) == 0);

@@ -1,5 +1,5 @@
-// The order of start-up: its visible effects, and the order of the definitions in the source file
-// of the start-up.
+// Checks the order of start-up by its visible effects, and by the order of the definitions in
+// start/startup.cpp.
 
 #include "process.h"
 #include "qrv/core/ceros.h"
@@ -21,30 +21,30 @@ void keep(char const *text) { first_text += text; }
 // Everything checked here was created before the program's own static objects.
 struct cFirst {
     cFirst()
-        : streams_led(std::cout.rdbuf() == &cOutSigStreambuf &&
-                      std::cerr.rdbuf() == &cOutSigStreambuf),
+        : streams_redirected(std::cout.rdbuf() == &cOutSigStreambuf &&
+                             std::cerr.rdbuf() == &cOutSigStreambuf),
           core_ready(cat::core_state() == cat::cCoreState::ready),
           handler_connected(cat::sig_error().isconnected(cat::errhandler())),
           channels_named(cat::trace_io.ident() == "cat_io.capio" &&
                          cat::trace_lex.ident() == "catlex"),
-          idle_awaited(sig_idle.isconnected()), debug_awaits(!debugout.isconnected()) {
+          idle_connected(sig_idle.isconnected()), debug_unconnected(!debugout.isconnected()) {
         std::cerr << "program";
     }
-    bool streams_led;
+    bool streams_redirected;
     bool core_ready;
     bool handler_connected;
     bool channels_named;
-    bool idle_awaited;
-    bool debug_awaits;
+    bool idle_connected;
+    bool debug_unconnected;
 } const first;
 
 void check_first() {
-    CHECK(first.streams_led);
+    CHECK(first.streams_redirected);
     CHECK(first.core_ready);
     CHECK(first.handler_connected);
     CHECK(first.channels_named);
-    CHECK(first.idle_awaited);
-    CHECK(first.debug_awaits);
+    CHECK(first.idle_connected);
+    CHECK(first.debug_unconnected);
     cFunctionSlot1<char const *, void (*)(char const *)> const slot(keep);
     cOutSigStreambuf.sig().connect(slot);
     sig_idle();
@@ -53,8 +53,8 @@ void check_first() {
     CHECK(debugout.isconnected());
 }
 
-// Each object, or the storage reserved for it, is defined in the file after the one before it, from
-// the beginning of the order on.
+// The file defines these objects, or the storage reserved for them, in the order of this list,
+// after the comment that marks the start of the order.
 void check_text_order() {
     std::ifstream file(test::source_file("start/startup.cpp"));
     std::ostringstream all;

@@ -103,7 +103,7 @@ std::string cTexts::key() {
     return random_.pick(names);
 }
 
-// A key as it is written before '='.
+// The key as it is written before '='.
 std::string cTexts::key_as_text(std::string const &plain) {
     bool const name = plain.find_first_of("/ ") == std::string::npos;
     if (name && !random_.one_in(8)) return plain;
@@ -120,7 +120,7 @@ std::string cTexts::reference() {
                    : random_.pick(paths_);
         if (random_.one_in(4)) path += step(key());
         if (random_.one_in(8)) path = path.substr(0, path.rfind('/'));
-    } else if (way == 6) { // an open one
+    } else if (way == 6) { // a path to an open container
         size_t const depth = random_.below(path_.size() + 1);
         for (size_t i = 0; i < depth; ++i) path += path_[i];
     } else {
@@ -327,8 +327,8 @@ std::string cTexts::mutated(std::string text) {
     return text;
 }
 
-// Entries with few keys, consisting of maps, lists and references only: most references resolve,
-// and many targets were stored twice, merged or assigned before.
+// Dense text has few different keys and many references. So most references resolve, and the keys
+// of many targets are repeated, which merges or assigns values.
 std::string cTexts::dense_value(int depth) {
     static constexpr std::array keys{"a", "b", "c", "0", "1"};
     unsigned const kind = random_.below(depth > 0 ? 12 : 5);
@@ -391,7 +391,7 @@ std::string cTexts::text() {
             text += (random_.one_in(9) ? key_as_text(key()) : "k" + std::to_string(i)) + "=" +
                     number() + ";";
         text += "}";
-    } else if (kind == 3) { // deep
+    } else if (kind == 3) { // deep, and often not closed
         unsigned const depth = random_.below(90);
         for (unsigned i = 0; i < depth; ++i) text += random_.one_in(3) ? "[" : "{a=";
         text += value(2);

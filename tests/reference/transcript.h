@@ -1,6 +1,6 @@
 #pragma once
-// The visible results of one piece of work, as lines of text: results, errors, messages, calls of
-// user code, the structure of values. Nothing in it depends on addresses or on absolute numbers of
+// A transcript lists the visible results of one piece of work, line by line: results, errors,
+// messages, calls of user code, the structure of values. It does not depend on addresses or ids of
 // objects.
 
 #include "qrv/core/cobj.h"
@@ -16,21 +16,21 @@ namespace reference {
 std::string &transcript();
 void say(std::string const &line);
 
-// The string printable on one line: line ends, other control characters and bytes from 128 on as
-// \xx. The id and the count of owners in the text of a value without text are omitted.
+// The string with line ends, backslashes and unprintable bytes escaped, so that it fits on one
+// line. The numbers in "id=12, refs=3" are removed, since they may differ.
 std::string shown(std::string const &text);
 
-// A short description of a value, created without any call of a method.
+// A short description of a value. Calls no method.
 std::string label(cObj const *value);
 inline std::string label(objref const &value) { return label(value.get()); }
 
-// The structure of values. Objects are numbered in the order of the first visit, so that a shared
-// value shows its earlier number. All visits by one object share the numbers.
+// Writes the structure of values. Objects are numbered in the order of their first visit, and a
+// repeated object is shown by its number. All visits of one cWalk share the numbers.
 class cWalk {
   public:
     void value(std::string const &title, objref const &value);
     void hash(std::string const &title, cAttrHash const &hash);
-    // The order of creation of the visited values, keys and nodes, as ranks.
+    // Writes the order in which the visited values, keys and nodes were created.
     void ranks() const;
 
   private:

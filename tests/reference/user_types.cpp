@@ -79,7 +79,7 @@ void write_another() {
     say("  writes " + shown(text.substr(0, max_written)));
 }
 
-// While a container is written, only the call of `write` for a value may do this.
+// `write` of a value may remove an entry of a map that is being written; `write` of a key may not.
 void remove_while_writing() {
     auto const &bags = world().bags;
     if (bags.empty() || world().writing_keys) return;
@@ -171,7 +171,8 @@ cProbe::cProbe(cTypeObj *type, std::string t)
 cProbe::~cProbe() {
     std::string line = "end of " + label(this);
     if (cAttrHash const *const hash = world().watched) {
-        cSetTmp<bool> const keep(world().calm, true); // a destructor must not throw
+        // act() must do nothing, since a destructor must not throw.
+        cSetTmp<bool> const keep(world().calm, true);
         line += " hash used " + std::to_string(hash->used()) + " slots " +
                 std::to_string(hash->slots()) + " vector " + std::to_string(hash->is_vector()) +
                 " after " + std::to_string(hash->after_last_index()) + " ring";
@@ -229,7 +230,7 @@ objref user_newobj(objref type) {
     return made;
 }
 
-// Does a method fail? It may run an action before.
+// The result of a method: `good`, or now and then its opposite. May run an action first.
 bool decide(bool good) {
     act();
     bool const result = world().calm || !world().user.one_in(14) ? good : !good;
@@ -302,7 +303,7 @@ unsigned logged_hash_int(objref const &key) {
 
 // --- text ---
 
-void state_of(std::istream &is) {
+void say_state(std::istream &is) {
     std::istream::iostate const state = is.rdstate();
     say("  stream at " + std::to_string(static_cast<long>(is.tellg())) + " state " +
         std::to_string(static_cast<int>(state)));
@@ -363,16 +364,16 @@ bool user_read(cObj &obj, objref &args) {
     case 3:
         return probe ? cat::scan_attrset(obj, args) : cat::scan_attrcopy(obj, args);
     case 4:
-        state_of(*is);
+        say_state(*is);
         say("  begins '" + shown(some_characters(*is, 3)) + "'");
-        state_of(*is);
+        say_state(*is);
         scan_inside(obj, *is);
         break;
     case 5:
         tokens_inside(*is);
         break;
     case 6:
-        state_of(*is);
+        say_state(*is);
         if (probe) {
             std::ostringstream all;
             all << is->rdbuf();
@@ -387,7 +388,7 @@ bool user_read(cObj &obj, objref &args) {
         scan.fire();
         break;
     }
-    default: // the text of a name, and a value after it
+    default: // a value, whose label becomes the text; scalars are mostly released again
         scan_inside(obj, *is);
         if (probe) {
             probe->text = label(probe->held);
@@ -396,7 +397,7 @@ bool user_read(cObj &obj, objref &args) {
         }
         break;
     }
-    state_of(*is);
+    say_state(*is);
     return decide(true);
 }
 
@@ -571,7 +572,7 @@ objref new_user_value(std::string const &name, std::string const &text) {
     return value;
 }
 
-// --- members that objects get ---
+// --- members of single objects ---
 
 namespace {
 bool say_changed(cObj &value) {
@@ -608,52 +609,54 @@ void give_own_method(cObj &value) {
     }
 }
 
-// --- library types with methods of the program ---
+// --- methods of library types that log before they call the original ---
 
 namespace {
 struct cMethod {
     cTypeObj &(*type)();
     method_id id;
     cExeMember *(*exe)();
-    cVoidFunction before;
+    cVoidFunction original;
 };
 
 template <size_t n> cMethod &replaced();
 
-template <size_t n> bool call_before(cObj &obj, objref &arg) {
+template <size_t n> bool log_and_call(cObj &obj, objref &arg) {
     cMethod const &method = replaced<n>();
     say(method.type().name() + "." + cTypeObj::name_of(method.id) + " " + label(&obj) + " with " +
         label(arg));
     cSetTmp<int> const key(world().writing_keys, world().writing_keys + 1);
     act();
-    return reinterpret_cast<cProcedure2>(method.before)(obj, arg);
+    return reinterpret_cast<cProcedure2>(method.original)(obj, arg);
 }
-template <size_t n> bool set_before(cObj &obj, objref &key, objref &value) {
+template <size_t n> bool log_and_set(cObj &obj, objref &key, objref &value) {
     cMethod const &method = replaced<n>();
     say(method.type().name() + ".setattr " + label(&obj) + " " + label(key) + " = " + label(value));
     act();
-    return reinterpret_cast<cProcedure3>(method.before)(obj, key, value);
+    return reinterpret_cast<cProcedure3>(method.original)(obj, key, value);
 }
-template <size_t n> objref new_before(objref type) {
+template <size_t n> objref log_and_new(objref type) {
     cMethod const &method = replaced<n>();
     say(method.type().name() + ".newobj");
     act();
-    return reinterpret_cast<cFunction1>(method.before)(type);
+    return reinterpret_cast<cFunction1>(method.original)(type);
 }
-template <size_t n> bool create_before(cObj &obj) {
+template <size_t n> bool log_and_create(cObj &obj) {
     cMethod const &method = replaced<n>();
     say(method.type().name() + ".create");
     act();
-    return reinterpret_cast<cProcedure1>(method.before)(obj);
+    return reinterpret_cast<cProcedure1>(method.original)(obj);
 }
 template <size_t n> cExeMember *procedure1() {
-    return new cExeMember(cProcedure1(create_before<n>));
+    return new cExeMember(cProcedure1(log_and_create<n>));
 }
-template <size_t n> cExeMember *procedure2() { return new cExeMember(cProcedure2(call_before<n>)); }
-template <size_t n> cExeMember *procedure3() { return new cExeMember(cProcedure3(set_before<n>)); }
-template <size_t n> cExeMember *function1() { return new cExeMember(cFunction1(new_before<n>)); }
+template <size_t n> cExeMember *procedure2() {
+    return new cExeMember(cProcedure2(log_and_call<n>));
+}
+template <size_t n> cExeMember *procedure3() { return new cExeMember(cProcedure3(log_and_set<n>)); }
+template <size_t n> cExeMember *function1() { return new cExeMember(cFunction1(log_and_new<n>)); }
 
-// `create` of scalars isn't included: reading a value now calls it less often than formerly.
+// `create` of scalars is not included: how often reading calls it is not fixed.
 std::array<cMethod, 22> methods{{{cat::type_int, mid_assign, procedure2<0>, nullptr},
                                  {cat::type_int, mid_write, procedure2<1>, nullptr},
                                  {cat::type_int, mid_newobj, function1<2>, nullptr},
@@ -685,8 +688,8 @@ std::vector<std::unique_ptr<cTypeModifier>> modifiers;
 cReplaced::cReplaced(unsigned count) {
     for (unsigned i = 0; i < count; ++i) {
         cMethod &method = methods[world().input.below(methods.size())];
-        if (method.before || !method.type().method(method.id)) continue;
-        method.before = method.type().method(method.id);
+        if (method.original || !method.type().method(method.id)) continue;
+        method.original = method.type().method(method.id);
         say("replaces " + method.type().name() + "." + cTypeObj::name_of(method.id));
         modifiers.push_back(std::make_unique<cTypeModifier>(
             method.type(), cTypeObj::name_of(method.id), objref::adopt(method.exe())));
@@ -695,7 +698,7 @@ cReplaced::cReplaced(unsigned count) {
 
 cReplaced::~cReplaced() {
     while (!modifiers.empty()) modifiers.pop_back();
-    for (cMethod &method : methods) method.before = nullptr;
+    for (cMethod &method : methods) method.original = nullptr;
 }
 
 } // namespace reference

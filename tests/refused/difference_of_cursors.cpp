@@ -1,5 +1,5 @@
 // error: .*deleted
-// Both cursors would convert to bool, and the difference of the bools would be -1.
+// Without the deleted operator both would convert to bool, and the difference would be -1.
 #include "qrv/containers/citerobj.h"
 #include "qrv/core/cobj.h"
 

@@ -1,4 +1,4 @@
-"""check_api_docs.py finds what the comments of qrv::value's headers leave open, and nothing else."""
+"""check_api_docs.py reports each question that a comment in the headers of qrv::value leaves open, and no others."""
 import pathlib
 import subprocess
 import sys
@@ -44,20 +44,20 @@ class ApiDocs(unittest.TestCase):
         self.assert_complete(in_class("int size() const; // type_error.   O(1)"))
         self.assert_complete(in_class("int size() const; // type_error.", "                  // O(1)"))
 
-    def test_a_comment_is_for_its_paragraph(self):
+    def test_a_comment_applies_to_its_paragraph(self):
         self.assert_complete(in_class("// Never throws.   O(1)", "int a();", "int b();"))
         self.assert_open("failure, cost", in_class("// Never throws.   O(1)", "int a();", "", "int b();"), 6)
 
-    def test_a_section_is_for_the_rest_of_its_class(self):
+    def test_a_section_applies_to_the_rest_of_its_class(self):
         self.assert_complete(in_class("// --- reading. Never throws.   O(1)", "", "int a();", "", "int b();"))
         self.assert_open("failure, cost",
                          in_class("// --- a. Never throws.   O(1)", "int a();", "", "// --- b", "int b();"), 7)
         self.assert_open("failure, cost", in_class("// --- a. Never throws.   O(1)", "int a();") + "int b();\n", 6)
 
-    def test_the_comment_of_a_class_is_for_all_of_it(self):
+    def test_the_comment_of_a_class_applies_to_all_members(self):
         self.assert_complete("// Never throws.   O(1)\nstruct item {\n    int a();\n\n    int b();\n};\n")
 
-    def test_what_refers_to_another_comment_is_answered_there(self):
+    def test_a_comment_that_refers_to_another_one_answers_all_questions(self):
         self.assert_complete(in_class("// As value::set().", "void set(value const &x);"))
         self.assert_complete(in_class("// The same for a key.", "void set(value const &x);"))
 
@@ -67,10 +67,10 @@ class ApiDocs(unittest.TestCase):
         self.assert_open("cost", in_class("// Never throws.", "template <class T>",
                                           "requires(sizeof(T) > 1) T get(", "    int at) const", "{ return T(at); }"), 4)
 
-    def test_bodies_do_not_count(self):
+    def test_bodies_of_functions_are_ignored(self):
         self.assert_complete(in_class("// Never throws.   O(1)", "int a() {", "    return {};", "}", "int b();"))
 
-    def test_some_functions_are_not_asked_about(self):
+    def test_some_functions_need_no_comment(self):
         self.assertEqual(check(in_class("int a() noexcept;", "value(value const &) = default;", "~value();",
                                         "void b(value const &) = delete;"))[0], 0)
         shown = "int a() noexcept;\n"
@@ -80,15 +80,15 @@ class ApiDocs(unittest.TestCase):
         self.assert_complete(shown + "inline void value::set(value const &x) {\n    a();\n}\n")
         self.assert_complete(shown + "enum class kind { a, b };\n#define SET(x) \\\n    set(x);\n")
 
-    def test_functions_after_these_are_asked_about(self):
+    def test_functions_after_other_declarations_need_a_comment(self):
         for before in ("enum class kind {\n    a, // one\n    b,\n};\n", "namespace detail {\nint a();\n}\n",
                        "class item {\n    int a();\n};\n", "struct item {};\n"):
             self.assert_open("failure, cost", before + "int b();\n")
 
-    def test_a_header_without_functions_is_suspicious(self):
+    def test_a_header_without_functions_is_an_error(self):
         self.assertEqual(check("// nothing\n"), (1, "check_api_docs: no functions found\n"))
 
-    def test_the_layer_is_complete(self):
+    def test_the_headers_of_the_value_layer_are_complete(self):
         done = subprocess.run([sys.executable, SCRIPT], capture_output=True, text=True, check=False)
         self.assertEqual((done.returncode, done.stdout), (0, ""))
 

@@ -21,7 +21,7 @@ def configured(*options):
 
 
 class Build(unittest.TestCase):
-    def test_without_tests_no_test_package_is_needed(self):
+    def test_a_build_without_tests_needs_no_test_package(self):
         absent = [f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in ("GTest", "Python3")]
         rules = configured("-DBUILD_TESTING=OFF", *absent)
         self.assertIn("libqrv.so", rules)

@@ -103,7 +103,7 @@ class Includes(Tree):
     def test_a_missing_header_is_reported(self):
         self.breaks("does not exist", "text/read/a.cpp", '// T.\n#include "qrv/text/none.h"\n')
 
-    def test_a_header_missing_in_the_header_of_all_is_reported(self):
+    def test_a_public_header_that_qrv_h_does_not_include_is_reported(self):
         headers = sorted(str(f.relative_to(self.root / "include")) for f in (self.root / "include").rglob("*.h"))
         self.write("include/qrv/qrv.h", HEADER + "".join(f'#include "{name}"\n' for name in headers))
         self.passes("check_includes.py", self.root)
@@ -199,11 +199,11 @@ class Rules(Tree):
     def test_a_long_source_is_reported(self):
         self.breaks("651 lines", "core/b.cpp", "// B.\n" * 651)
 
-    def test_each_way_of_silencing_is_reported(self):
-        for sin in ("NO" + "LINT", "GTEST_" + "SKIP()", "DIS" + "ABLED_a", "no_" + "sanitize", "TO" + "DO: later",
-                    "#pragma GCC diag" + "nostic ignored \"-Wall\"", "-Wno" + "-shadow"):
-            with self.subTest(sin):
-                self.breaks("is not used here", "tests/b_test.cpp", f"// B.\n// {sin}\n" if "#" not in sin else f"// B.\n{sin}\n")
+    def test_each_way_to_silence_a_check_is_reported(self):
+        for silencer in ("NO" + "LINT", "GTEST_" + "SKIP()", "DIS" + "ABLED_a", "no_" + "sanitize", "TO" + "DO: later",
+                         "#pragma GCC diag" + "nostic ignored \"-Wall\"", "-Wno" + "-shadow"):
+            with self.subTest(silencer):
+                self.breaks("is not used here", "tests/b_test.cpp", f"// B.\n// {silencer}\n" if "#" not in silencer else f"// B.\n{silencer}\n")
 
 
 class Errors(Tree):
@@ -261,15 +261,15 @@ class Errors(Tree):
     def test_a_comment_with_another_text_is_reported(self):
         self.breaks('begins with "Object is const"', "include/qrv/base/cref.h", HEADER + '// 0x41400000 "Object is const"\n')
 
-    def test_a_number_in_the_library_is_reported(self):
+    def test_an_error_code_in_a_source_of_the_library_is_reported(self):
         for line in ("err.set_code(0x41400000);", "eros(0x1400000, obj);", "throw cErr(1, text);",
                      "constexpr auto code = 0x40000001u;"):
             self.breaks("cset.cpp:2: ", "containers/cset.cpp", f"// S.\n{line}\n")
 
-    def test_a_text_of_the_list_in_the_library_is_reported(self):
+    def test_an_error_message_in_a_source_of_the_library_is_reported(self):
         self.breaks('"Name taken: x" is a text of', "containers/cset.cpp", '// S.\nfail("Name taken: x");\n')
 
-    def test_an_unlisted_number_in_a_tool_is_reported(self):
+    def test_an_unlisted_error_code_in_a_tool_is_reported(self):
         self.breaks("main.cpp:2: 0x41800000 is not in", "tools/qrv/main.cpp", "// T.\nint const code = 0x41800000;\n")
 
     def test_an_empty_list_is_reported(self):
@@ -295,7 +295,7 @@ class Deliberate(Tree):
     def test_a_mark_that_names_no_test_is_reported(self):
         self.breaks("core/b.cpp:2: error: no test is named", "// B.\n// DELIBERATE: odd.\n\n// Pinned: one\n")
 
-    def test_a_mark_does_not_use_the_test_of_the_next_mark(self):
+    def test_a_test_of_the_next_mark_does_not_count(self):
         self.breaks("core/b.cpp:1: error: no test is named", "// DELIBERATE: odd.\n// DELIBERATE: even. Pinned: one\n")
 
     def test_a_test_that_does_not_exist_is_reported(self):
@@ -423,7 +423,7 @@ class Symbols(Tree):
         self.write("list.txt", "c\n")
         self.fails("> a()", "exports.sh", library, "list.txt")
         self.fails("is missing", "exports.sh", library, "none.txt")
-        objects = self.root / "weak.a" # in which c is a weak symbol
+        objects = self.root / "weak.a" # an archive without objects, so no symbol is strong in it
         subprocess.run(["ar", "rc", str(objects)], check=True)
         self.fails("exports nothing", "exports.sh", "--objects", objects, library, "list.txt")
 
@@ -445,7 +445,7 @@ class RunPaths(Tree):
         self.link("$ORIGIN", "$ORIGIN/../lib", self.own)
         self.passes("check_run_paths.py", "built")
 
-    def test_no_path_is_accepted(self):
+    def test_a_program_without_a_run_path_is_accepted(self):
         self.link()
         self.passes("check_run_paths.py", "built")
 
@@ -486,7 +486,7 @@ class Page(Tree):
         self.write("README.md", "# R\n```console\n$ ./dev run a\na\n$ echo $?\n3\n$ ls examples\na.attr\n```\n```sh\nnot run\n```\n")
         self.assertIn("3 commands of README.md, 0 print", self.passes("check_page.py", "README.md", "tool"))
 
-    def test_another_output(self):
+    def test_another_output_is_reported(self):
         self.write("README.md", "```console\n$ ./dev run a\nb\n```\n")
         self.fails("-b\n+a\n", "check_page.py", "README.md", "tool")
 
@@ -553,7 +553,7 @@ class DoxygenComments(Tree):
                                 stdout=subprocess.PIPE, text=True, check=True)
         self.assertIn("/** \\addtogroup values */ /**@{*/\nint a;\n", result.stdout)
 
-    def test_a_paragraph_of_several_is_a_group(self):
+    def test_several_declarations_in_a_paragraph_are_a_group(self):
         self.assertEqual(self.seen("// Both.\nint a();\nint b();\n\nint c();\n"),
                          "/**@{*/ /// Both.\nint a();\nint b();\n/**@}*/\nint c();\n")
 
@@ -581,7 +581,7 @@ class Example(Tree):
         self.write("a.out", "0 x y\n")
         self.assertEqual(self.passes("check_example.py", "a", "a.out", "x", "y"), "")
 
-    def test_another_output(self):
+    def test_another_output_is_reported(self):
         self.program("echo one; echo two")
         self.write("a.out", "one\nthree\n")
         self.fails(" one\n-three\n+two\n", "check_example.py", "a", "a.out")
@@ -619,15 +619,15 @@ class English(Tree):
         self.write("tests/core/a_test.cpp", "// Tests.\nTEST(A, returns_the_value) {}\n")
         self.passes("check_english.py")
 
-    def test_a_phrase_in_a_comment(self):
+    def test_a_phrase_in_a_comment_is_reported(self):
         self.write("core/b.cpp", "int b; // what was left is told\n")
         self.fails("core/b.cpp:1: 'told': write ", "check_english.py")
 
-    def test_a_phrase_that_spans_two_lines_of_a_comment(self):
+    def test_a_phrase_that_spans_two_lines_of_a_comment_is_reported(self):
         self.write("core/b.cpp", "// It stands\n// behind the value.\n")
         self.fails("core/b.cpp:1: 'stands behind'", "check_english.py")
 
-    def test_a_phrase_in_a_block_comment_and_in_a_docstring(self):
+    def test_a_phrase_in_a_block_comment_or_a_docstring_is_reported(self):
         self.write("core/b.h", "/* Runs foreign\n   code. */\n")
         self.write("scripts/b.py", '"""Names keys.\n\nKeys that are no strings."""\n')
         self.fails("core/b.h:1: 'foreign code'", "check_english.py")
@@ -637,33 +637,33 @@ class English(Tree):
         self.write("scripts/b.py", '"""Names."""\nDATA = """\na text\n""".split()\nif DATA is None:\n    pass\n')
         self.passes("check_english.py")
 
-    def test_a_phrase_on_a_page_and_not_in_its_commands(self):
+    def test_a_phrase_on_a_page_is_reported_but_not_in_its_commands(self):
         self.write("docs/b.md", "The value is\ngone.\n")
         self.fails("docs/b.md:1: 'is gone'", "check_english.py")
 
-    def test_a_phrase_in_the_name_of_a_test(self):
+    def test_a_phrase_in_the_name_of_a_test_is_reported(self):
         self.write("tests/core/b_test.cpp", "// Tests.\nTEST(B, a_file_that_is_gone) {}\n")
         self.fails("tests/core/b_test.cpp:2: 'is gone'", "check_english.py")
 
-    def test_a_phrase_in_a_string_of_the_library_and_not_of_a_test(self):
+    def test_a_phrase_in_a_string_is_reported_in_the_library_but_not_in_a_test(self):
         self.write("tests/core/b_test.cpp", '// Tests.\nchar const *b = "whoever";\n')
         self.passes("check_english.py")
         self.write("core/b.cpp", '// A string.\nchar const *b = "whoever";\n')
         self.fails("core/b.cpp:2: 'whoever'", "check_english.py")
 
-    def test_texts_that_are_fixed(self):
+    def test_fixed_texts_are_ignored(self):
         self.write("core/b.cpp", '// Strings.\nchar const *b = "whoever asks", *c = "Behind you: 1";\n')
         self.fails("'whoever'", "check_english.py")
         self.write("scripts/fixed_texts.txt", "# Texts.\nwhoever asks\n")
         self.write("diagnostics/cerr_codes.h", '// Texts.\nX(a, 0x1, none, "Behind you: ")\n')
         self.passes("check_english.py")
 
-    def test_words_that_only_look_alike(self):
+    def test_words_that_only_look_alike_are_ignored(self):
         self.write("core/b.cpp", "// There is no file; it is no longer open. The value is none_of(x). Textual.\n"
                    "// Null if there is none. A lock that was left behind is removed. A text file is read.\n")
         self.passes("check_english.py")
 
-    def test_only_files_below_a_path(self):
+    def test_only_files_below_the_given_paths_are_checked(self):
         self.write("core/b.cpp", "// It is gone.\n")
         self.passes("check_english.py", ".", "docs", "tests/core")
         self.fails("core/b.cpp:1: ", "check_english.py", ".", "core")
@@ -681,13 +681,13 @@ class Comments(Tree):
         self.assertEqual(len(result.stdout.splitlines()), len(expected), result.stdout)
         self.assertEqual(result.returncode, 1 if expected else 0)
 
-    def test_a_comment_anywhere_in_a_block_is_for_all_of_it(self):
+    def test_a_comment_anywhere_in_a_block_applies_to_all_of_it(self):
         self.reports("// Both.\nint *a();\nint *b();\n\nint *c();\nint *d(); // null\n\nint *bad();\n")
 
-    def test_a_free_function_without_a_comment(self):
+    def test_a_free_function_without_a_comment_is_reported(self):
         self.reports("QRV_API void bad(int const &value);\n\nnamespace cat {\n\nbool bad_too();\n\n// C.\nint c();\n}\n")
 
-    def test_public_members_are_looked_at_and_others_are_not(self):
+    def test_only_public_members_are_checked(self):
         self.reports("// A.\nclass QRV_API A {\n  public:\n    void bad();\n\n  protected:\n    void a();\n\n"
                      "  private:\n    void b();\n    struct B {\n        void c();\n    };\n};\n\n"
                      "// B.\nstruct B {\n    int *p;\n\n    void bad();\n};\n\nclass C {\n    void a();\n\n    int b_;\n};\n")
@@ -695,11 +695,11 @@ class Comments(Tree):
     def test_a_label_ends_a_block(self):
         self.reports("class A {\n    int a_; // the value\n  public:\n    int *bad();\n};\n")
 
-    def test_the_comment_of_a_class_with_one_block_is_for_its_members(self):
+    def test_the_comment_of_a_class_with_one_block_applies_to_its_members(self):
         self.reports("// An order.\nstruct A {\n    bool operator()(int a, int b) const;\n};\n\n"
                      "// Methods.\nnamespace cTomA {\nint *a();\n} // namespace cTomA\n")
 
-    def test_a_comment_in_a_body_is_not_for_the_block(self):
+    def test_a_comment_in_a_body_does_not_apply_to_the_block(self):
         self.reports("inline int *bad() {\n    // the first\n\n    return first; // null\n}\n")
 
     def test_an_empty_line_in_a_body_does_not_end_the_block(self):
@@ -722,13 +722,13 @@ class Comments(Tree):
                      "    int bad() const;\n\n    B *bad_pointer() const noexcept;\n\n    objref bad_handle() const noexcept;\n\n"
                      "    cRef<B> const &bad_reference() const noexcept;\n\n    int bad_state() const noexcept(false);\n};\n")
 
-    def test_what_only_looks_like_a_function(self):
+    def test_declarations_that_only_look_like_functions_are_ignored(self):
         self.reports("using cFunction = void (*)(int);\n\nextern int (*callback)(int);\n\nstatic_assert(sizeof(int) == 4);\n\n"
                      "constexpr int size = four(4);\n\n#define QRV_X(a) int *a();\n\nenum class E { a, b };\n\n"
                      "template <class T>\nconcept cX = requires(T t) { t.x(); };\n\nextern template class A<int(int)>;\n\n"
                      "template <class F> A(F, int) -> A<F>;\n\ninline int *A::next() { return nullptr; }\n")
 
-    def test_forms_of_declarations(self):
+    def test_functions_are_found_in_unusual_declarations(self):
         self.reports("template <class T, class U = std::map<T, int>> requires std::is_same_v<T, U> T *bad(T (*f)(U), U);\n\n"
                      "template <class T> void bad_body(T t) requires requires { t(); } {\n    return;\n}\n\n"
                      "template <class T> requires requires(T &t) { t(); } void bad_constrained(T &t);\n\n"
@@ -738,7 +738,7 @@ class Comments(Tree):
     def test_functions_in_a_namespace_for_details_need_no_comment(self):
         self.reports("namespace qrv::detail {\n\nint *a();\n\n}\n\nnamespace qrv {\n\nint *bad();\n\n}\n")
 
-    def test_private_headers_are_not_looked_at(self):
+    def test_private_headers_are_not_checked(self):
         self.write("core/a.h", "int *a();\n")
         self.passes("check_comments.py", self.root)
 

@@ -27,7 +27,7 @@ QrvTest::~QrvTest() {
     globals_.clear(); // they hold the former keys of the restored entries
     constants_.clear();
     std::uint32_t const now = cObjBase::ob_count();
-    EXPECT_EQ(now, census_) << "counted objects: the test left objects, or destroyed older ones";
+    EXPECT_EQ(now, census_) << "the test has changed the number of counted objects";
 }
 
 QrvTest::cEntries QrvTest::entries_of(cMapObj &map) {

@@ -38,7 +38,7 @@ class cOsFaults {
     } // the name of the call that failed, otherwise empty
 
   private:
-    // Is this call the one that fails?
+    // Returns whether this call is the one that fails.
     static bool breaks(char const *name) {
         if (calls_++ != at_) return false;
         if (error_ == dies) ::_exit(9);

@@ -1,6 +1,7 @@
 #pragma once
-// System calls that fail in this process and in the programs that it runs, as on a machine or a
-// file system without them. For a process that a test started.
+// Makes system calls fail in this process and in the programs that it runs, as on a machine or a
+// file system that does not support them. This cannot be undone, so a test calls it in a separate
+// process.
 
 #include <cstddef>
 #include <linux/audit.h>
@@ -12,7 +13,7 @@
 namespace test {
 
 // From now on `call` fails with `error` if all `bits` are set in its argument number `argument`;
-// without bits it always fails. A process in which this is impossible ends.
+// without bits it always fails. Ends the process if the kernel does not allow this.
 inline void refuse_call(unsigned call, unsigned error, unsigned argument = 0, unsigned bits = 0) {
     unsigned const low = offsetof(seccomp_data, args) + 8 * argument;
     sock_filter filter[] = {

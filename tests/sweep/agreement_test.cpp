@@ -1,5 +1,5 @@
-// The same edit with and without --reformat, on generated files: both results read as equal trees.
-// QRV_EDITS sets the number of files.
+// Makes the same edit with and without --reformat, in generated files: both results must read as
+// equal trees. QRV_EDITS sets the number of files.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobjd.h"
@@ -25,12 +25,12 @@ namespace {
 using sweep_test::cRun, sweep_test::run;
 using test::Random;
 
-unsigned documents() {
+unsigned number_of_files() {
     char const *const given = std::getenv("QRV_EDITS");
     return given ? static_cast<unsigned>(std::atoi(given)) : test::sanitized ? 50 : 150;
 }
 
-// A string for the tree that text reads as; empty if the text has errors.
+// The fingerprint of the tree that the text reads as; empty if the text has errors.
 std::string fingerprint_of(std::string const &text) {
     cReply const reply = apart("", [&](cReply &r) {
         cMessages ignored("", 1);
@@ -40,7 +40,7 @@ std::string fingerprint_of(std::string const &text) {
     return reply.fingerprint;
 }
 
-// Commands that may succeed or fail, on paths of a tree.
+// Draws random commands with paths of a tree. The commands may succeed or fail.
 class Commands {
   public:
     Commands(Random &random, std::string const &text) : random_(random) {
@@ -50,7 +50,7 @@ class Commands {
         if (reading.clean) walk("", reading.value);
     }
 
-    bool any() const { return !paths_.empty(); }
+    bool has_paths() const { return !paths_.empty(); }
 
     std::vector<std::string> next() {
         switch (random_.below(7)) {
@@ -120,11 +120,11 @@ std::string shown(std::vector<std::string> const &command) {
 
 TEST_F(Agreement, splicing_and_reformatting_give_equal_trees) {
     unsigned compared = 0, refused = 0;
-    for (unsigned seed = 1; seed <= documents(); ++seed) {
+    for (unsigned seed = 1; seed <= number_of_files(); ++seed) {
         Random random(seed);
         std::string const text = test::Writer(random, seed % 4 == 0, seed % 3 == 0).document();
         Commands commands(random, text);
-        if (!commands.any()) continue;
+        if (!commands.has_paths()) continue;
         std::vector<std::string> command = commands.next();
         cRun const spliced = run(command, text);
         command.push_back("--reformat");
@@ -132,7 +132,8 @@ TEST_F(Agreement, splicing_and_reformatting_give_equal_trees) {
         std::string const about =
             "seed " + std::to_string(seed) + "\n" + text + "\n--\n" + shown(command);
         if (reformatted.status == 2) {
-            // The written text of some values changes when it is read and written again.
+            // Only reformatting refuses values whose text changes when it is read and written
+            // again.
             if (reformatted.err.find("would change") == reformatted.err.npos) {
                 EXPECT_EQ(spliced.status, 2) << about << reformatted.err;
             }
@@ -153,7 +154,7 @@ TEST_F(Agreement, splicing_and_reformatting_give_equal_trees) {
     RecordProperty("compared", static_cast<int>(compared));
     if (std::getenv("QRV_SHOW"))
         std::fprintf(stderr, "%u compared, %u refused\n", compared, refused);
-    EXPECT_GT(compared, documents() / 4);
+    EXPECT_GT(compared, number_of_files() / 4);
     EXPECT_LE(refused, 1 + compared / 200);
 }
 

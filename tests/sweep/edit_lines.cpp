@@ -1,8 +1,8 @@
-// edit_lines [--every N] [--document] FILE...: what edits do to files that people wrote, by the
-// tool's commands or, with --document, by qrv::document. Each scalar is changed, each entry
-// deleted, a new one inserted before and after it, and one appended to each container, each time in
-// the file as it was. A FILE whose name ends in .json is converted first. There is a process for
-// each file, and as many at a time as there are processors.
+// edit_lines [--every N] [--document] FILE...: shows what edits change in files that people wrote.
+// The tool's commands make the edits, or qrv::document with --document. They change each scalar,
+// delete each entry, insert an entry before and after each, and append one to each container, each
+// time in the original file. A FILE whose name ends in .json is converted first. Each file has its
+// own process, and as many processes run at a time as there are processors.
 //
 // Prints a table. The exit status is 1 if an edit was refused, changed another line, lost a comment
 // or stored another value; each such edit is listed on standard error. With --every only each N-th
@@ -44,7 +44,7 @@ std::string row_of(std::string const &name, cTable const &table) {
     return text + ' ' + std::to_string(lost) + " |\n";
 }
 
-// The row is written to the descriptor. Were all edits good?
+// Writes the row to the descriptor. Returns whether all edits were good.
 bool sweep_file(char const *name, size_t every, cTool const &tool, int descriptor) {
     std::filesystem::path file(name);
     std::string text = bytes_of(file);
@@ -63,7 +63,7 @@ bool sweep_file(char const *name, size_t every, cTool const &tool, int descripto
 
 class cProcesses {
   public:
-    // Starts work in a copy of this process, as soon as a processor is free.
+    // Does the work in a forked process, which starts as soon as a processor is free.
     template <class Work> void begin(Work const &work) {
         while (running_ >= std::max(1u, std::thread::hardware_concurrency())) wait();
         pid_t const process = ::fork();
@@ -94,7 +94,7 @@ int main(int argc, char **argv) {
     cConsoleDisplay const messages(STDERR_FILENO);
     size_t every = 1;
     cTool tool = run;
-    std::map<int, test::cMemory> rows; // by the argument
+    std::map<int, test::cMemory> rows; // by the index of the argument
     cProcesses processes;
     for (int i = 1; i < argc; ++i) {
         if (argv[i] == std::string("--every") && i + 1 < argc)

@@ -21,7 +21,7 @@ constexpr char const *new_key = "inserted_by_the_sweep", *new_value = "\"put in 
 
 bool is_list(objref const &value) { return cObj::is_vector(value) || cObj::is_set(value); }
 
-// Is it an object of a declared type?
+// True for objects of a declared type.
 bool sets_its_keys(objref const &value) { return !is_list(value) && !cObj::is_map(value); }
 
 cMapObj const *container_in(objref const &value) {
@@ -143,7 +143,7 @@ class cWalk {
         size_t end_before; // where the entry before it ends, or 0
     };
 
-    // Is it time for this edit?
+    // True for every N-th edit.
     bool is_due() { return count_++ % every_ == 0; }
 
     void visit(cEdit &edit, cChange const &change) {

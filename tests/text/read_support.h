@@ -77,8 +77,8 @@ inline std::string shown(cat::ReadReport const &report) {
     return all;
 }
 
-// Is the position in the text? The last line may be empty, and the column may be one past the end
-// of its line.
+// Returns whether the position is in the text. The last line may be empty, and the column may be
+// one past the end of its line.
 inline bool is_in_text(unsigned line, unsigned column, std::string const &text) {
     size_t begin = 0;
     for (unsigned n = 1; n < line; ++n) {
@@ -105,7 +105,8 @@ inline std::string misplaced(cat::ReadReport const &report, std::string const &t
     return {};
 }
 
-// For each entry that follows from another one: is that one earlier and the first of its run?
+// Returns whether each entry that follows from another one refers to an earlier entry, the first of
+// its run.
 inline bool are_runs(cat::ReadReport const &report) {
     auto const &entries = report.entries();
     for (std::size_t i = 0; i < entries.size(); ++i) {

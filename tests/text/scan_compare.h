@@ -1,7 +1,7 @@
 #pragma once
-// Runs the scanner and the former one with the same text and the same actions on two streams. After
-// each action, the token, its positions, the running counters, and the stream as another reader
-// would see it are compared.
+// Runs the present scanner and its former version with the same text and the same actions, each on
+// a separate stream. After each action, it compares the token, its positions, the running counters,
+// and the state of the streams.
 
 #include "tests/text/former_scanner.h"
 #include "tests/text/scan_support.h"
@@ -39,7 +39,7 @@ inline cInput piece_input(std::string const &text, std::size_t piece) {
 inline std::string state_of(std::istream &in) {
     auto const place = in.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
     return std::to_string(in.rdstate()) + " at " +
-           std::to_string(static_cast<std::streamoff>(place)) + " of which " +
+           std::to_string(static_cast<std::streamoff>(place)) + " gcount " +
            std::to_string(in.gcount()) + " ready " + std::to_string(in.rdbuf()->in_avail());
 }
 
@@ -52,14 +52,15 @@ std::string state_of(Scanner const &scan, Token const &token) {
     return state;
 }
 
-// The differences after one action, or "".
+// Both scanners, side by side.
 class cBeside {
   public:
     cBeside(cInput present, cInput former)
         : present_(std::move(present)), former_(std::move(former)), now_(*present_.stream),
           then_(*former_.stream) {}
 
-    // Performs the action `choice`; up to 64 kinds of actions, most of them reading a token.
+    // Performs the action with the number `choice`; all numbers from 17 on read a token. Returns
+    // the difference after the action, or "".
     std::string act(unsigned choice, unsigned number) {
         switch (choice) {
         case 0:
@@ -124,7 +125,7 @@ class cBeside {
         return difference("gettoken");
     }
 
-    // Has the input ended? Actions may have read the end, too.
+    // Returns whether the former scanner has reached the end of its input.
     bool at_end() const { return then_.token().code == tkEof && then_.token().text.empty(); }
 
   private:
@@ -149,10 +150,10 @@ class cBeside {
     cInput former_;
     Scan now_;
     former::cScanner then_;
-    cAttrLiteral const *literal_ = nullptr; // once it was requested
+    cAttrLiteral const *literal_ = nullptr; // token(), once it was called
 };
 
-// Random actions on text. Returns the difference, or "".
+// Reads text, with random actions if `acts`. Returns the first difference, or "".
 template <class Random>
 std::string compare_with_former(cInput present, cInput former, Random &random, bool acts) {
     cBeside beside(std::move(present), std::move(former));

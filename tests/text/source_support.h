@@ -1,5 +1,6 @@
 #pragma once
-// Text with marks for the spans that a cat::SourceMap must find, and a reading with a map.
+// Text with marks for the spans that a cat::SourceMap must contain, and a class that reads text
+// into such a map.
 
 #include "qrv/text/read/csourcemap.h"
 #include "tests/text/read_support.h"
@@ -75,7 +76,7 @@ inline std::vector<Mark> marks_of(cat::SourceMap const &map) {
     return marks;
 }
 
-// Reads the first value of a string, with comments and with its own map.
+// Reads the first value of a string, with its comments, into a value and a map.
 class Mapped {
   public:
     explicit Mapped(std::string const &text_read) : text(text_read), is(text), scan(is, false) {
@@ -87,7 +88,7 @@ class Mapped {
     ~Mapped() = default;
 
     std::string text_of(cat::Span span) const { return text.substr(span.begin, span.size()); }
-    void read_rest() { // up to the next token
+    void read_rest() { // reads comments up to the next token
         if (scan.gettok() != tkEof) scan.ungettoken();
     }
     // The values of all entries at a path, each with its number.

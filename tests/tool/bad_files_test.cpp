@@ -120,8 +120,7 @@ TEST_F(ToolBadFiles, a_full_output_device_is_reported) {
                                                {"--version"},
                                                {"--help"}})
         EXPECT_EQ(run(arguments, {.out = full.get()}), expected) << arguments[0];
-    EXPECT_EQ(run({"check", "f"}, {.out = full.get()}), (cRun{0, "", ""}))
-        << "check prints nothing about a good file";
+    EXPECT_EQ(run({"check", "f"}, {.out = full.get()}), (cRun{0, "", ""})) << "check has no output";
     EXPECT_EQ(run({"fmt", "-i", "f"}, {.out = full.get()}), (cRun{0, "", ""}));
 }
 
@@ -146,7 +145,7 @@ TEST_F(ToolBadFiles, the_tool_ends_if_the_reader_of_its_output_has_ended) {
         EXPECT_EQ(run(words(command), {.out = pipe.ends[1]}), (cRun{2, "", ""})) << command;
 }
 
-TEST_F(ToolBadFiles, the_tool_ends_if_the_reader_of_its_output_ends_meanwhile) {
+TEST_F(ToolBadFiles, the_tool_ends_if_the_reader_of_its_output_ends) {
     write("f", "[" + times("1,", 100000) + "]");
     cPipe pipe;
     cProcess tool(folder_, {"tokens", "f"}, {.out = pipe.ends[1]});

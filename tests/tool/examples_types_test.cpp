@@ -42,7 +42,7 @@ TEST_F(ToolExamplesTypes, waterworks_has_two_hundred_formatted_objects) {
     EXPECT_EQ(run({"fmt", "--check", "waterworks.attr"}), (cRun{0, "", ""}));
     EXPECT_EQ(count(text, " Pump(\n"), 98u);
     EXPECT_EQ(count(text, " Drive(\n"), 102u);
-    EXPECT_EQ(count(text, " Reading("), 0u) << "has a #FIXED attribute";
+    EXPECT_EQ(count(text, " Reading("), 0u) << "Reading has a #FIXED attribute";
 }
 
 TEST_F(ToolExamplesTypes, waterworks_can_be_queried_by_paths) {

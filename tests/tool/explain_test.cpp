@@ -84,7 +84,7 @@ TEST_F(ToolExplain, keys_that_are_not_words_are_quoted) {
     EXPECT_EQ(reported("{'x\\\ny'= 1}", "'x\\\ny'"), "path      /\"x\\\\x0ay\"\n"
                                                      "type      int\n"
                                                      "place     2:5\n")
-        << "a line feed in a key does not end the line";
+        << "a line feed in a key is written as \\x0a";
 }
 
 TEST_F(ToolExplain, a_comment_of_several_lines_has_as_many) {

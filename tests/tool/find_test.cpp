@@ -86,7 +86,7 @@ TEST_F(ToolFind, strings_are_printed_as_in_the_file) {
     EXPECT_EQ(found(text, "1.5*f"), "c = 1.50000f;\n");
     EXPECT_EQ(found(text, "true"), "d = true;\nf = \"true\";\n");
     EXPECT_EQ(found(text, "x \"y\""), "e = \"x \\\"y\\\"\";\n")
-        << "the pattern matches the string without its quotes";
+        << "a string matches by its characters, not by its text";
     EXPECT_EQ(found(text, "[\\-]5"), "g = -5;\n");
     EXPECT_EQ(find(text, {"--", "-5"}), (cRun{0, "g = -5;\n", ""}));
     EXPECT_EQ(found("{a= 0.1234567890123}", "0.12345*[0-9]"), "a = 0.1234567890123;\n");
@@ -138,8 +138,7 @@ TEST_F(ToolFind, odd_keys_are_quoted_in_paths) {
               "\"two words\"/2.50000 = x;\n\"two words\"/\"true\" = x;\n\"two words\"/\"\" = x;\n"
               "\"two words\"/\"back\\\\slash\" = x;\n");
     EXPECT_EQ(found(text, "back\\\\slash"), "\"two words\"/\"back\\\\slash\" = x;\n");
-    EXPECT_EQ(found(text, "?/?"), "\"two words\"/\"a/b\" = x;\n")
-        << "the pattern matches keys without their quotes";
+    EXPECT_EQ(found(text, "?/?"), "\"two words\"/\"a/b\" = x;\n") << "keys match as plain text";
     expect_each_taken(text);
 }
 
@@ -173,7 +172,7 @@ TEST_F(ToolFind, a_shared_value_is_searched_at_its_first_path) {
     std::string const text = "{a= [x, y]; b= {c= #cRef(/a)}; d= #cRef(/a/0)}";
     EXPECT_EQ(found(text, "x"), "a/0 = x;\n");
     EXPECT_EQ(found(text, "[bcd]"), "b = {c= [x, y, ]; };\nb/c = [x, y, ];\nd = x;\n")
-        << "keys are found at every path";
+        << "keys are found on every level";
     expect_each_taken(text);
 }
 
@@ -205,10 +204,10 @@ TEST_F(ToolFind, objects_of_declared_types_have_keys) {
         "attspec(type= int; default= 10); mode= attspec(type= Mode; flag= #IMPLIED));\n"
         " x= Axis(name= eco; mode= Mode(eco)); y= [Axis(name= y; limit= 5)]}";
     EXPECT_EQ(found(text, "limit"), "x/limit = 10;\ny/0/limit = 5;\n")
-        << "the declaration is not searched";
+        << "keys in the declaration are not found";
     EXPECT_EQ(found(text, "x"), "x = Axis(name= eco; limit= 10; mode= Mode(eco); );\n");
     EXPECT_EQ(found(text, "eco"), "x/name = eco;\n")
-        << "the declaration of the choice is not searched";
+        << "the choice in the declaration is not found";
     EXPECT_EQ(found(text, "*(eco)"), "x/mode = Mode(eco);\n");
     EXPECT_EQ(found(text, "Axis"), "");
     expect_each_taken(text);
@@ -232,7 +231,7 @@ TEST_F(ToolFind, values_of_module_types_are_found) {
               (cRun{0, "sky = color(0 0 255);\nflag/sun = color(255 255 0);\n", ""}));
     EXPECT_EQ(run({"find", "f", "sun", "--module", module}),
               (cRun{0, "flag/sun = color(255 255 0);\n", ""}));
-    EXPECT_EQ(find(text, {"sun"}).status, 2) << "without the module the types are unknown";
+    EXPECT_EQ(find(text, {"sun"}).status, 2) << "the module with the types is not loaded";
 }
 
 // --- input for set ---
@@ -246,7 +245,7 @@ TEST_F(ToolFind, set_accepts_all_lines_of_the_examples) {
     size_t files = 0;
     for (auto const &entry : std::filesystem::directory_iterator(test::source_file("examples")))
         files += entry.path().extension() == ".attr";
-    EXPECT_EQ(files, 4u) << "the list above lacks an example";
+    EXPECT_EQ(files, 4u) << "a new example is missing in the list above";
 }
 
 TEST_F(ToolFind, set_accepts_a_single_line_of_an_example) {
@@ -306,7 +305,8 @@ TEST_F(ToolFind, other_patterns_without_matches_are_reported) {
 TEST_F(ToolFind, a_backslash_after_alternatives_may_match_the_end_of_the_string) {
     EXPECT_EQ(found("{ab= 1; x= abc}", "{x,ab}\\"), "ab = 1;\nx = abc;\n");
     EXPECT_EQ(found("{ab= 1}", "{{a}b}\\"), "ab = 1;\n");
-    EXPECT_EQ(find("{'}'= 1}", {"}\\"}).err.substr(0, 17), "pattern:1:2: erro") << "no choice";
+    EXPECT_EQ(find("{'}'= 1}", {"}\\"}).err.substr(0, 17), "pattern:1:2: erro")
+        << "the pattern has no alternatives";
     EXPECT_EQ(find("{ab= 1}", {"{ab}b\\"}).err.substr(0, 17), "pattern:1:6: erro");
     EXPECT_EQ(find("{ab= 1}", {"{{ab}\\"}).err.substr(0, 17), "pattern:1:6: erro");
 }
@@ -318,7 +318,7 @@ TEST_F(ToolFind, a_file_with_errors_prints_nothing) {
                     "f:1:8: note: 1 more error follows from it\n"}));
     EXPECT_EQ(find("", {"a"}), (cRun{2, "", "f: error: the file is empty\n"}));
     EXPECT_EQ(find("{a=1;b=foo(2)}", {"a*"}), find("{a=1;b=foo(2)}", {"a"}))
-        << "the errors are the same for any pattern";
+        << "errors of the file are reported before those of the pattern";
     EXPECT_EQ(run({"find", "nowhere", "a"}),
               (cRun{2, "", "nowhere: error: cannot read: No such file or directory\n"}));
     EXPECT_EQ(run({"find", "-", "a"}, {.input = "{a=1}"}), (cRun{0, "a = 1;\n", ""}));

@@ -37,7 +37,7 @@ TEST_F(ToolFmtInPlace, replaces_the_file_and_leaves_no_other_file) {
     ino_t const before = status("f").st_ino;
     EXPECT_EQ(in_place(), silent);
     EXPECT_EQ(read("f"), "// head\n{a= 1; }\n");
-    EXPECT_NE(status("f").st_ino, before) << "a new file replaced the old one";
+    EXPECT_NE(status("f").st_ino, before) << "a new file is renamed to the old name";
     EXPECT_EQ(files(), 1u);
 }
 
@@ -182,8 +182,8 @@ TEST_F(ToolFmtInPlace, refuses_the_standard_input) {
               (cRun{2, "", "-: error: not written: it is the standard input\n"}));
 }
 
-// A limit on the length of files, which the new text exceeds. It leaves enough space for the files
-// that an instrumented tool writes at its end.
+// The new text exceeds this limit on the length of files. An instrumented tool writes files when it
+// ends, for which the limit is large enough.
 std::string const too_long = "['" + std::string(2000000, 'x') + "']";
 void limit_files() {
     rlimit const limit{1000000, 1000000};
@@ -202,7 +202,7 @@ TEST_F(ToolFmtInPlace, leaves_the_file_when_there_is_no_space_for_the_new_one) {
     EXPECT_EQ(files(), 1u);
 }
 
-TEST_F(ToolFmtInPlace, a_limit_on_the_length_of_files_does_not_end_it) {
+TEST_F(ToolFmtInPlace, a_limit_on_the_length_of_files_does_not_end_the_tool) {
     write("f", too_long);
     EXPECT_EQ(
         run({"fmt", "-i", "f"}, {.prepare = limit_files}), // the default action of SIGXFSZ applies

@@ -79,7 +79,7 @@ TEST_F(ToolGet, an_absent_value_is_reported) {
               (cRun{1, "5\n", "f: error: nothing at path 'c'\nf: error: nothing at path 'd'\n"}));
 }
 
-TEST_F(ToolGet, a_path_into_a_scalar_leads_to_nothing) {
+TEST_F(ToolGet, a_path_into_a_scalar_finds_nothing) {
     EXPECT_EQ(get("{b=5}", {"b/x"}), (cRun{1, "", "f: error: nothing at path 'b/x'\n"}));
     EXPECT_EQ(get("{b=5}", {"b/x/y"}), (cRun{1, "", "f: error: nothing at path 'b/x/y'\n"}));
     EXPECT_EQ(get("5", {"b"}), (cRun{1, "", "f: error: nothing at path 'b'\n"}));

@@ -79,20 +79,20 @@ TEST_F(ToolIgnored, a_default_by_reference_is_reported_at_the_object) {
 }
 
 TEST_F(ToolIgnored, text_after_the_value_of_a_choice_or_a_scalar_is_reported) {
-    auto const behind = [](std::string const &place, std::string const &type) {
+    auto const ignored = [](std::string const &place, std::string const &type) {
         return "f:" + place + ": error: this is ignored: only the first value in the brackets of " +
                type + " is read\n";
     };
     std::string const choice = "{ M= choice({eco= 1; off= 0;});\n";
-    EXPECT_EQ(checked(choice + " m= M(eco, off); }"), behind("2:12", "M"));
-    EXPECT_EQ(checked(choice + " m= M(eco; off; eco); }"), behind("2:12", "M"));
-    EXPECT_EQ(checked(choice + " m= M(eco= 5); }"), behind("2:12", "M"));
-    EXPECT_EQ(checked(choice + " m= M(string(eco), {a= 1}); }"), behind("2:20", "M"));
+    EXPECT_EQ(checked(choice + " m= M(eco, off); }"), ignored("2:12", "M"));
+    EXPECT_EQ(checked(choice + " m= M(eco; off; eco); }"), ignored("2:12", "M"));
+    EXPECT_EQ(checked(choice + " m= M(eco= 5); }"), ignored("2:12", "M"));
+    EXPECT_EQ(checked(choice + " m= M(string(eco), {a= 1}); }"), ignored("2:20", "M"));
     EXPECT_EQ(checked("{ M= choice({a= 1;}, b); N= choice({a= 1;} {b= 2;}); }"),
-              behind("1:22", "choice") + behind("1:44", "choice"));
+              ignored("1:22", "choice") + ignored("1:44", "choice"));
     EXPECT_EQ(checked("[int(5, 6), string(a; b), bool(true, false), double(int(1, 2)), float(1)]"),
-              behind("1:9", "int") + behind("1:23", "string") + behind("1:38", "bool") +
-                  behind("1:60", "int"));
+              ignored("1:9", "int") + ignored("1:23", "string") + ignored("1:38", "bool") +
+                  ignored("1:60", "int"));
 }
 
 TEST_F(ToolIgnored, separators_after_a_single_value_are_accepted) {

@@ -210,7 +210,7 @@ TEST_F(ToolInPlaceLock, a_backup_has_the_default_suffix_or_another_one) {
     ASSERT_EQ(::stat(path("f.bak").c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0640u);
     EXPECT_EQ(run({"set", "-o", "f", "--backup", "f.bak", "0 = 3"}), silent);
-    EXPECT_EQ(read("f~"), "[2, ]\n") << "the backup is a copy of the replaced file";
+    EXPECT_EQ(read("f~"), "[2, ]\n") << "the backup is that of the file which is replaced";
 }
 
 TEST_F(ToolInPlaceLock, a_file_that_does_not_change_has_no_backup) {

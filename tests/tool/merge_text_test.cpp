@@ -175,7 +175,7 @@ TEST_F(ToolMergeText, constants_are_merged_with_their_comments) {
         "{\n  b= #nil; // b\n  c= #nil; // own\n}\n");
 }
 
-TEST_F(ToolMergeText, a_new_value_has_its_comment_if_the_old_one_had_none) {
+TEST_F(ToolMergeText, a_value_that_replaces_one_without_a_comment_keeps_its_comment) {
     EXPECT_EQ(
         merged("{\n  a= 1;\n  m= {x= 1}; // m\n}\n",
                "{\n  // above\n  a= 2; // after\n  m= {\n    // in it\n    x= 2; // x\n  };\n}",
@@ -188,7 +188,7 @@ TEST_F(ToolMergeText, text_after_the_value_stays) {
     EXPECT_EQ(merged("{a= 1} rest // end\n", "{a= 2}"), "{a= 2} rest // end\n");
 }
 
-TEST_F(ToolMergeText, a_merge_in_place_needs_no_force_and_a_second_one_changes_nothing) {
+TEST_F(ToolMergeText, in_place_needs_no_force_and_repeating_it_changes_nothing) {
     std::string const wanted =
         with("0x0A", "0x0B", with("3 ];\n", "3 ];\n    new  = { q = 1; }; // new\n"));
     std::string const source = "{ a= 11; new= { q = 1; }; // new\n}";

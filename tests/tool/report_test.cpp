@@ -58,7 +58,7 @@ TEST_F(ToolReport, sarif_of_all_kinds_of_findings_is_valid) {
     EXPECT_EQ(validated(documents), (std::vector<std::string>{"valid", "valid", "valid"}));
 }
 
-TEST_F(ToolReport, the_schema_forbids_unknown_properties) {
+TEST_F(ToolReport, the_schema_rejects_unknown_properties_and_wrong_values) {
     write("faulty", "{a= 1; a= 2}");
     cJson const valid = cJson::parse(sarif_of({"faulty"}));
     auto const with = [&](std::string const &pointer, cJson const &value) {

@@ -166,8 +166,8 @@ TEST_F(ToolSetLanguage, tool_and_library_agree_on_random_statements) {
         }
         accepted += agree(statements) ? 1 : 0;
     }
-    EXPECT_GT(accepted, tries / 10) << "the pieces make too few good statements";
-    EXPECT_LT(accepted, tries - tries / 10) << "the pieces make too few bad statements";
+    EXPECT_GT(accepted, tries / 10) << "too few of the random statements are valid";
+    EXPECT_LT(accepted, tries - tries / 10) << "too few of the random statements are invalid";
 }
 
 } // namespace

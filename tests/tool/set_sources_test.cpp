@@ -63,7 +63,7 @@ TEST_F(ToolSetSources, a_named_value_may_be_a_key_or_inside_a_container) {
               ""}));
     EXPECT_EQ(set({"--arg", "v=1", "b = '$v'; a = 2", "-e", "b += $v"}),
               (cRun{0, "{a= 2; b= \"$v1\"}", ""}))
-        << "'$v' in quotes is plain text";
+        << "in quotes, $v is plain text";
 }
 
 TEST_F(ToolSetSources, names_without_value_and_unused_values_are_reported) {

@@ -16,7 +16,7 @@ class ToolSet : public tool_test::Tool {
         more.insert(more.begin(), {"set", "f", statements});
         return run(std::move(more));
     }
-    // These statements succeed, and this is the new text.
+    // Executes statements that must succeed, and returns the new text.
     std::string spliced(std::string const &bytes, std::string const &statements,
                         std::vector<std::string> more = {}) const {
         cRun const run = set(bytes, statements, std::move(more));
@@ -24,16 +24,17 @@ class ToolSet : public tool_test::Tool {
         EXPECT_EQ(run.err, "") << statements;
         return run.out;
     }
-    // The same in standard layout, whether the whole file is written or only the changes.
+    // The new text in standard layout. It must be the same with --reformat as when the spliced text
+    // is reformatted.
     std::string changed(std::string const &bytes, std::string const &statements,
                         std::vector<std::string> more = {}) const {
         std::string const text = spliced(bytes, statements, more);
         more.push_back("--reformat");
-        std::string const anew = spliced(bytes, statements, std::move(more));
-        EXPECT_EQ(spliced(text, "", {"--reformat"}), anew) << statements;
-        return anew;
+        std::string const reformatted = spliced(bytes, statements, std::move(more));
+        EXPECT_EQ(spliced(text, "", {"--reformat"}), reformatted) << statements;
+        return reformatted;
     }
-    // These statements are refused with this message, and the file is unchanged.
+    // Executes statements that must be refused and leave the file unchanged. Returns the message.
     std::string refused(std::string const &bytes, std::string const &statements,
                         std::vector<std::string> more = {}) const {
         more.push_back("-i");
@@ -50,7 +51,8 @@ std::string reported(std::string const &place, std::string const &text, std::str
     return at + ": error: " + text + "\n" + (advice.empty() ? "" : at + ": note: " + advice + "\n");
 }
 
-std::string const by_conversion = "&= replaces it and its type; --convert stores the changed value";
+std::string const replace_or_convert =
+    "&= replaces it and its type; --convert stores the changed value";
 std::string const replaces = "&= replaces a value of any type";
 
 // --- operators ---
@@ -129,7 +131,7 @@ TEST_F(ToolSet, replaced_values_preserve_their_comments) {
               "{ // top\n  a= 3.50000; // one\n  b= {}; // two\n  c= 1;\n}\n");
 }
 
-TEST_F(ToolSet, the_comment_of_a_shared_value_is_preserved_elsewhere) {
+TEST_F(ToolSet, comments_at_references_to_a_shared_value_are_preserved) {
     std::string const text = "{\n  a= [1, ]; // c\n  b= #cRef(/a); // c\n}\n";
     EXPECT_EQ(changed(text, "z = 1"), "{\n  a= [1, ]; // c\n  b= #cRef(/a); // c\n  z= 1;\n}\n");
     for (std::string const other :
@@ -149,7 +151,7 @@ TEST_F(ToolSet, only_the_comments_inside_a_replaced_value_are_removed) {
     EXPECT_EQ(read("f"), "{ // top\n  a= 5; \n  c= 2; // two\n}\n");
 }
 
-TEST_F(ToolSet, a_comment_that_reformatting_would_lose_keeps_the_file) {
+TEST_F(ToolSet, a_file_is_unchanged_if_reformatting_would_lose_a_comment) {
     std::string const text = "{\n  a= {\n      b= 1; // one\n  }; \n  c= 2; // two\n}\n";
     std::string const lost = "f:3:13: error: this comment would be lost: // one\n";
     EXPECT_EQ(set(text, "a &= 5", {"--reformat"}),
@@ -159,7 +161,7 @@ TEST_F(ToolSet, a_comment_that_reformatting_would_lose_keeps_the_file) {
     EXPECT_EQ(set(text, "a &= 5", {"--reformat", "-i", "--force"}), (cRun{0, "", lost}));
     EXPECT_EQ(read("f"), "{\n  a= 5;\n  c= 2; // two\n}\n");
     EXPECT_EQ(set(text, "c &= #nil", {"--reformat"}).status, 1)
-        << "a constant cannot store the comment";
+        << "a constant cannot have a comment";
 }
 
 TEST_F(ToolSet, assigning_changes_all_occurrences_of_a_shared_value_and_replacing_only_one) {
@@ -168,7 +170,7 @@ TEST_F(ToolSet, assigning_changes_all_occurrences_of_a_shared_value_and_replacin
     EXPECT_EQ(changed(text, "a &= 5"), "{a= 5; b= {x= 1; }; c= [#cRef(/b), ]; }\n");
     EXPECT_EQ(changed(text, "c/0 = {x= 3}"), "{a= {x= 3; }; b= #cRef(/a); c= [#cRef(/a), ]; }\n");
     EXPECT_EQ(refused("{m= {a= 1; b= #cRef(/m/a); }}", "m = {a= 1; b= 2}"),
-              reported("1:5", "m: at /a: 1 would be stored as 2", by_conversion));
+              reported("1:5", "m: at /a: 1 would be stored as 2", replace_or_convert));
 }
 
 TEST_F(ToolSet, values_may_be_shared_on_many_levels) {
@@ -199,7 +201,7 @@ TEST_F(ToolSet, types_of_the_file_are_known) {
               reported("1:5", "Value with unknown type='Q [0x40000005]", ""));
 }
 
-TEST_F(ToolSet, values_of_declared_types_are_reported_as_by_check) {
+TEST_F(ToolSet, errors_in_values_of_declared_types_are_reported_as_by_check) {
     std::string const text = "{M= choice({eco= 1;}); P= attlist(x= attspec(type= int); s= "
                              "attspec(default= a)); p= P(x=1)}";
     EXPECT_EQ(
@@ -230,7 +232,7 @@ TEST_F(ToolSet, ten_thousand_statements_may_contain_typed_values) {
     EXPECT_EQ(changed("{i= 1}", times("i=int(5);", 10000) + "i = 7"), "{i= 7; }\n");
 }
 
-// --- refused changes of given values ---
+// --- values that would change or do not fit ---
 
 TEST_F(ToolSet, numbers_that_fit_are_converted) {
     EXPECT_EQ(changed("{i= 1; d= 1.5; f= 1.5f; b= true}", "i = 2.0; d = 3; f = 0.1; b = 0"),
@@ -242,15 +244,16 @@ TEST_F(ToolSet, numbers_that_fit_are_converted) {
 TEST_F(ToolSet, numbers_that_would_change_are_refused) {
     std::string const text = "{i= 1; d= 1.5; f= 1.5f; b= true}";
     EXPECT_EQ(refused(text, "i = 1.9"),
-              reported("1:5", "i: 1.90000 would be stored as 1", by_conversion));
+              reported("1:5", "i: 1.90000 would be stored as 1", replace_or_convert));
     EXPECT_EQ(refused(text, "b = 5"),
-              reported("1:5", "b: 5 would be stored as true", by_conversion));
-    EXPECT_EQ(refused(text, "i = 2147483648.0"),
-              reported("1:5", "i: 2147483648.0 would be stored as -2147483648", by_conversion));
+              reported("1:5", "b: 5 would be stored as true", replace_or_convert));
+    EXPECT_EQ(
+        refused(text, "i = 2147483648.0"),
+        reported("1:5", "i: 2147483648.0 would be stored as -2147483648", replace_or_convert));
     EXPECT_EQ(refused(text, "f = 0.123456789"),
-              reported("1:5", "f: 0.123456789 would be stored as 0.12345679f", by_conversion));
+              reported("1:5", "f: 0.123456789 would be stored as 0.12345679f", replace_or_convert));
     EXPECT_EQ(refused(text, "f = 16777217"),
-              reported("1:5", "f: 16777217 would be stored as 16777216.0f", by_conversion));
+              reported("1:5", "f: 16777217 would be stored as 16777216.0f", replace_or_convert));
     EXPECT_EQ(changed(text, "i = 1.9; b = 5; f = 0.123456789", {"--convert"}),
               "{i= 1; d= 1.50000; f= 0.12345679f; b= true; }\n");
 }
@@ -258,8 +261,8 @@ TEST_F(ToolSet, numbers_that_would_change_are_refused) {
 TEST_F(ToolSet, numbers_inside_containers_that_would_change_are_refused) {
     std::string const text = "{m= {i= 1; v= [1, 2]; }}";
     EXPECT_EQ(refused(text, "m = {i= 1.5; v= [1, 2.5]}"),
-              reported("1:5", "m: at /i: 1.50000 would be stored as 1", by_conversion) +
-                  reported("1:5", "m: at /v/1: 2.50000 would be stored as 2", by_conversion));
+              reported("1:5", "m: at /i: 1.50000 would be stored as 1", replace_or_convert) +
+                  reported("1:5", "m: at /v/1: 2.50000 would be stored as 2", replace_or_convert));
     EXPECT_EQ(changed(text, "m = {i= 1.5; v= [1, 2.5]}", {"--convert"}),
               "{m= {i= 1; v= [1, 2, ]; }; }\n");
     EXPECT_EQ(changed(text, "m &= {i= 1.5}"), "{m= {i= 1.50000; }; }\n");
@@ -276,7 +279,7 @@ TEST_F(ToolSet, numbers_too_large_for_any_type_are_refused) {
                  "a string needs quotes, and a number with an exponent needs a point: 1.0e3"));
 }
 
-TEST_F(ToolSet, wrong_sums_are_refused) {
+TEST_F(ToolSet, sums_that_do_not_fit_are_refused) {
     std::string const text = "{i= 2147483647; f= 3.0e38f; d= 1.7e308}";
     EXPECT_EQ(refused(text, "i += 1"),
               reported("1:6", "i: the sum is too large for an int", "&= stores a double"));
@@ -299,16 +302,18 @@ TEST_F(ToolSet, values_of_another_type_are_refused) {
                   reported("1:26", "v: it is a vector and cannot store an int as it is", replaces));
     EXPECT_EQ(
         refused(text, "m = [1]; v = {a= 1}; c = [1]"),
-        reported("1:5", "m: it is a map and cannot store a vector as it is", by_conversion) +
-            reported("1:14", "v: it is a vector and cannot store a map as it is", by_conversion) +
-            reported("1:26", "c: it is a set and cannot store a vector as it is", by_conversion));
+        reported("1:5", "m: it is a map and cannot store a vector as it is", replace_or_convert) +
+            reported("1:14", "v: it is a vector and cannot store a map as it is",
+                     replace_or_convert) +
+            reported("1:26", "c: it is a set and cannot store a vector as it is",
+                     replace_or_convert));
 }
 
-TEST_F(ToolSet, a_failed_replacement_is_not_advised_to_replace) {
+TEST_F(ToolSet, advice_to_replace_is_omitted_where_replacing_would_fail) {
     EXPECT_EQ(refused("{c= <1, 2>}", "c/0 &= 2"),
               reported("1:8", "c/0: 2 would be stored as 1", "--convert stores the changed value"));
     EXPECT_EQ(refused("{i= 1}", "i = 2.5"),
-              reported("1:5", "i: 2.50000 would be stored as 2", by_conversion));
+              reported("1:5", "i: 2.50000 would be stored as 2", replace_or_convert));
     EXPECT_EQ(refused("{T= attlist(k= attspec(type= int)); }", "T/k/type &= double"),
               reported("1:13", "T/k/type: it is a type and cannot store a string as it is",
                        "T is a type, and its declaration can only be replaced as a whole"));
@@ -398,7 +403,7 @@ TEST_F(ToolSet, text_after_a_value_is_reported) {
                            "write words = and a value"));
 }
 
-TEST_F(ToolSet, comments_in_statements_are_handled) {
+TEST_F(ToolSet, comments_in_statements_are_refused) {
     std::string const quotes = "leave it out; a string that contains // or /* needs quotes";
     EXPECT_EQ(refused("{}", "a = http://host"),
               reported("1:10", "this comment would be lost: //host", quotes));
@@ -420,7 +425,7 @@ TEST_F(ToolSet, bytes_outside_quotes_are_refused) {
 
 TEST_F(ToolSet, every_failure_before_a_syntax_error_is_reported) {
     EXPECT_EQ(refused("{i= 1; n= #nil}", "i = 1.5;\n n = 2; c = foo(1);\n d d; i = 2.5"),
-              reported("1:5", "i: 1.50000 would be stored as 1", by_conversion) +
+              reported("1:5", "i: 1.50000 would be stored as 1", replace_or_convert) +
                   reported("2:2", "n: it holds #nil, which cannot be assigned",
                            "&= replaces it: n &= 2") +
                   reported("2:13", "Value with unknown type='foo [0x40000005]", "") +
@@ -430,7 +435,7 @@ TEST_F(ToolSet, every_failure_before_a_syntax_error_is_reported) {
 
 TEST_F(ToolSet, the_number_of_messages_is_limited) {
     EXPECT_EQ(refused("{i= 1}", "i = 1.5; i = 2.5; i = 3.5", {"--max-errors", "1"}),
-              reported("1:5", "i: 1.50000 would be stored as 1", by_conversion) +
+              reported("1:5", "i: 1.50000 would be stored as 1", replace_or_convert) +
                   "statements: error: 2 more\n");
 }
 
@@ -442,7 +447,7 @@ TEST_F(ToolSet, the_input_may_be_the_standard_input) {
               (cRun{2, "", "-: error: not written: it is the standard input\n"}));
 }
 
-TEST_F(ToolSet, the_file_can_be_replaced) {
+TEST_F(ToolSet, the_file_can_be_replaced_through_a_symbolic_link) {
     std::filesystem::create_directory(path("there"));
     write("there/g", "{a=1} \n");
     std::filesystem::create_symlink("there/g", path("f"));
@@ -456,7 +461,7 @@ TEST_F(ToolSet, the_output_may_be_another_file) {
     EXPECT_EQ(read("g"), "{a=2}");
     EXPECT_EQ(read("f"), "{a=1}");
     EXPECT_EQ(set("{a= 3; }\n", "", {"--output=g"}), (cRun{0, "", ""}));
-    EXPECT_EQ(read("g"), "{a= 3; }\n") << "the file is written even if nothing changes";
+    EXPECT_EQ(read("g"), "{a= 3; }\n") << "the file is written although nothing changes";
     EXPECT_EQ(set("{a=1}", "a = 2", {"-o", "-"}), (cRun{0, "{a=2}", ""}));
     EXPECT_EQ(set("{a=1}", "a = 2.5", {"-o", "g"}).status, 2);
     EXPECT_EQ(set("{a=1} x", "a = 2", {"--reformat", "-o", "g"}).status, 2);

@@ -35,9 +35,8 @@ class ToolTypes : public tool_test::Tool {
     // The output from that type's paragraph to the next type that isn't requested.
     static std::string from(std::string const &text, std::string const &start,
                             std::string const &end) {
-        size_t const first = text.find(start), behind = text.find(end, first);
-        return first == text.npos || behind == text.npos ? text
-                                                         : text.substr(first, behind - first);
+        size_t const first = text.find(start), after = text.find(end, first);
+        return first == text.npos || after == text.npos ? text : text.substr(first, after - first);
     }
 };
 

@@ -23,7 +23,7 @@ int longest(std::string const &text, std::string const &pattern) {
 int first(std::string const &text, std::string const &pattern) {
     return cMatch(text.c_str(), pattern.c_str(), true);
 }
-// Without a choice, the longest and the first match are equal.
+// The longest match, which must be the first one, too.
 int both(std::string const &text, std::string const &pattern) {
     int const result = longest(text, pattern);
     EXPECT_EQ(first(text, pattern), result) << text << " " << pattern;
@@ -86,8 +86,7 @@ TEST_F(Match, plain_characters_match_the_start_of_the_text) {
     EXPECT_EQ(both("abc", "abc"), 3);
     EXPECT_EQ(both("abc", "abd"), 0);
     EXPECT_EQ(both("ab", "abc"), 0);
-    EXPECT_EQ(both("],}!-b", "],}!-"), 5)
-        << "without an opening bracket these characters are literal";
+    EXPECT_EQ(both("],}!-b", "],}!-"), 5) << "outside of sets and alternatives they are literal";
     EXPECT_EQ(both("\xE4\xFF", "\xE4\xFF"), 2);
     EXPECT_EQ(both("A", "a"), 0);
 }
@@ -102,18 +101,18 @@ TEST_F(Match, a_question_mark_may_match_the_end_of_the_text_after_alternatives) 
     EXPECT_EQ(both("ab", "{ab}?"), 2);
     EXPECT_EQ(both("ab", "{ab}??"), 0);
     EXPECT_EQ(both("ab", "{ab}{?}"), 2);
-    EXPECT_EQ(both("ab", "{ab}{?}?"), 2) << "the last ? is at the end of the text, too";
+    EXPECT_EQ(both("ab", "{ab}{?}?"), 2) << "the last ? also matches the end of the text";
     EXPECT_EQ(both("ab", "{ab}{}"), 2);
     EXPECT_EQ(both("ab", "{ab}\\"), 2);
     EXPECT_EQ(both("ab", "{ab}*"), 0);
     EXPECT_EQ(both("ab", "{ab}[!a]"), 0);
     EXPECT_EQ(both("ab", "{ab}b"), 0);
-    EXPECT_EQ(both("ab", "ab{}"), 0) << "between elements of the pattern the text must not end";
+    EXPECT_EQ(both("ab", "ab{}"), 0) << "the text must not end between elements";
 }
 
 TEST_F(Match, a_backslash_makes_the_next_character_literal) {
     EXPECT_EQ(both("?[{\\a", "\\?\\[\\{\\\\\\a"), 5);
-    EXPECT_EQ(both("abc", "ab\\"), 2) << "a backslash at the end of the pattern matches nothing";
+    EXPECT_EQ(both("abc", "ab\\"), 2) << "a final backslash ends the pattern";
     EXPECT_EQ(both("ab", "ab\\"), 0) << "the text ends before the backslash";
     EXPECT_EQ(both("abc", "\\"), 0);
     EXPECT_EQ(longest("abc", "a*\\"), 2);
@@ -159,9 +158,9 @@ TEST_F(Match, a_minus_at_either_end_of_a_set_is_literal) {
     for (char const *const set : {"[a-]", "[-a]", "[a\\-z]", "[!b-z]", "[a-a-]"})
         EXPECT_EQ(both("-", set), 1) << set;
     EXPECT_EQ(both("b", "[a\\-z]"), 0);
-    EXPECT_EQ(both("-", "[a-c-e]"), 1) << "a minus after a range is literal";
+    EXPECT_EQ(both("-", "[a-c-e]"), 1) << "after a range";
     EXPECT_EQ(both("d", "[a-c-e]"), 0);
-    EXPECT_EQ(both(".", "[--/]"), 1) << "a range may begin with a minus";
+    EXPECT_EQ(both(".", "[--/]"), 1) << "a range may begin with -";
 }
 
 TEST_F(Match, ranges_compare_signed_characters) {
@@ -202,7 +201,7 @@ TEST_F(Match, a_star_before_other_elements_may_match_nothing) {
 }
 
 TEST_F(Match, a_star_ignores_empty_matches_of_the_rest) {
-    EXPECT_EQ(longest("abc", "*{}"), 2) << "empty matches of the rest do not count";
+    EXPECT_EQ(longest("abc", "*{}"), 2) << "empty matches do not count";
     EXPECT_EQ(first("abc", "*{}"), 1);
     EXPECT_EQ(both("ab", "a*{}"), 0);
 }
@@ -227,7 +226,8 @@ TEST_F(Match, alternatives_are_matched_separately) {
     EXPECT_EQ(longest("abcd", "{ab,abc}d"), 4);
     EXPECT_EQ(first("abcd", "{ab,abc}d"), 4)
         << "the first alternative after which the rest matches";
-    EXPECT_EQ(longest("abab", "{a*b}b"), 0) << "the longest match leaves nothing for the b";
+    EXPECT_EQ(longest("abab", "{a*b}b"), 0)
+        << "the alternative matches all of the text, and b has none left";
     EXPECT_EQ(first("abb", "{a*b}b"), 3);
     EXPECT_EQ(longest("xab", "x{a,a?}"), 3);
     EXPECT_EQ(longest("abc", "{a,ab}{c,bc}"), 3);
@@ -256,9 +256,8 @@ TEST_F(Match, alternatives_may_be_nested) {
     EXPECT_EQ(longest("abx", "{a{b,c}d,ab}"), 2);
     EXPECT_EQ(both("b", "{{{a,b}}}"), 1);
     EXPECT_EQ(both("abc", "{{{a}b}c}"), 3);
-    EXPECT_EQ(longest("abcx", "{a,{a{b,bc}}}x"), 4) << "the inner alternative matches bc";
-    EXPECT_EQ(longest("abx", "{a{b,bx}}x"), 0)
-        << "the inner alternative matches bx, which leaves no x";
+    EXPECT_EQ(longest("abcx", "{a,{a{b,bc}}}x"), 4) << "the inner alternatives match bc";
+    EXPECT_EQ(longest("abx", "{a{b,bx}}x"), 0) << "the inner alternatives match bx";
 }
 
 TEST_F(Match, sets_and_backslashes_quote_delimiters_in_alternatives) {
@@ -278,12 +277,12 @@ TEST_F(Match, alternatives_may_contain_stars) {
     EXPECT_EQ(first("abcabc", "*{b,c}"), 2);
 }
 
-// --- against the same rules as a plain recursion ---
+// --- comparison with a simple recursion ---
 
 namespace {
 
-// Copies the pattern for each attempt and recurses for choices. Shares no code with the tested
-// function.
+// Implements the same rules by simple recursion: it copies the rest of the pattern for each
+// attempt. It shares no code with the tested function.
 class cPlain {
   public:
     explicit cPlain(bool first) : first_(first) {}
@@ -293,7 +292,7 @@ class cPlain {
     }
 
   private:
-    // The length, or -1.
+    // The length of the match, or -1.
     int match(std::string const &text, std::string const &pattern) const {
         size_t n = 0, i = 0;
         while (i < pattern.size()) {
@@ -330,17 +329,17 @@ class cPlain {
         return best > 0 ? static_cast<int>(n) + best : -1;
     }
 
-    int braces(std::string const &text, size_t n, std::string const &behind) const {
+    int braces(std::string const &text, size_t n, std::string const &rest) const {
         std::vector<std::string> alternatives(1);
         int depth = 1;
         bool in_set = false;
         size_t i = 0;
-        for (; i < behind.size(); ++i) {
-            char const c = behind[i];
+        for (; i < rest.size(); ++i) {
+            char const c = rest[i];
             if (c == '\\') {
                 alternatives.back() += c;
-                if (++i == behind.size()) break;
-                alternatives.back() += behind[i];
+                if (++i == rest.size()) break;
+                alternatives.back() += rest[i];
                 continue;
             }
             if (in_set)
@@ -362,29 +361,28 @@ class cPlain {
         for (std::string const &alternative : alternatives) {
             int const part = match(text.substr(n), alternative);
             if (part < 0) continue;
-            int const more =
-                match(text.substr(n + static_cast<size_t>(part)), behind.substr(i + 1));
+            int const more = match(text.substr(n + static_cast<size_t>(part)), rest.substr(i + 1));
             if (more >= 0 && part + more > best) best = part + more;
             if (best >= 0 && first_) break;
         }
         return best < 0 ? -1 : static_cast<int>(n) + best;
     }
 
-    // Is `c` in the set whose text after `[` begins here? Also sets the length of the set including
-    // its `]`.
-    static bool set(char c, std::string const &behind, size_t &length) {
+    // Returns whether `c` is in the set at the beginning of `rest`, after its `[`. Sets `length` to
+    // the length of the set including its `]`.
+    static bool set(char c, std::string const &rest, size_t &length) {
         struct cMember {
             int code;
             bool literal;
         };
         std::vector<cMember> members;
         size_t i = 0;
-        for (; i < behind.size() && behind[i] != ']'; ++i) {
-            bool const literal = behind[i] == '\\';
-            if (literal && ++i == behind.size()) return false;
-            members.push_back({static_cast<signed char>(behind[i]), literal});
+        for (; i < rest.size() && rest[i] != ']'; ++i) {
+            bool const literal = rest[i] == '\\';
+            if (literal && ++i == rest.size()) return false;
+            members.push_back({static_cast<signed char>(rest[i]), literal});
         }
-        if (i >= behind.size()) return false;
+        if (i >= rest.size()) return false;
         length = i + 1;
         bool const negated = !members.empty() && members[0].code == '!' && !members[0].literal;
         if (negated) members.erase(members.begin());
@@ -414,7 +412,7 @@ class cDice {
         for (char &c : text) c = one_of(characters);
         return text;
     }
-    // Pattern elements, most of them with their closing characters, and with nested alternatives.
+    // A pattern of random elements, most of them closed, with nested alternatives.
     std::string pattern(size_t most, size_t depth) {
         std::string text;
         for (size_t count = below(most + 1); count > 0; --count) {
@@ -445,7 +443,7 @@ class cDice {
     std::mt19937 engine_{20};
 };
 
-// Do both implementations agree? Counts the matches.
+// Returns whether both implementations agree, and counts the matches.
 bool agree(std::string const &text, std::string const &pattern, size_t &matches) {
     for (bool const by_first : {false, true}) {
         int const expected = cPlain(by_first).result(text, pattern);
@@ -503,7 +501,7 @@ TEST_F(Match, a_hundred_thousand_braces_may_be_nested) {
     std::string const text = times("ab", 500000);
     EXPECT_EQ(both(text, open + "ab" + close), 2);
     EXPECT_EQ(both("ab", open + "ab" + times("}?", depth)), 2)
-        << "each ? is at the end of the text";
+        << "each ? matches the end of the text";
     EXPECT_EQ(both("ab", times("{x,", depth) + "ab" + close), 2);
     EXPECT_EQ(both("ab", open + "ab" + times(",x}", depth)), 2);
     EXPECT_EQ(both("aba", times("{}", depth) + "ab"), 2);
@@ -516,7 +514,7 @@ TEST_F(Match, a_hundred_thousand_braces_may_be_nested) {
 
 TEST_F(Match, the_text_may_be_long) {
     std::string const text = times("x", 1000000) + "a" + times("y", 1000) + "b";
-    EXPECT_EQ(longest(text, "*a*b*"), 0) << "the last star needs one character and leaves one";
+    EXPECT_EQ(longest(text, "*a*b*"), 0) << "a final star needs a character and omits the last one";
     EXPECT_EQ(longest(text + "..", "*a*b*"), 1001003);
     EXPECT_EQ(first(text + "...", "*a*b*"), 1001003);
     EXPECT_EQ(both(text, "*a*b"), 1001002);

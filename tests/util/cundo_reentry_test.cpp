@@ -395,7 +395,7 @@ TEST_F(UndoInEnd, may_remove_others_and_undo_others) {
     EXPECT_EQ(names(), "");
 }
 
-TEST_F(UndoInEnd, the_oldest_action_may_deactivate_or_destroy_the_list_that_removes_it) {
+TEST_F(UndoInEnd, of_the_oldest_may_deactivate_or_destroy_the_list_during_add) {
     for (bool const destroy : {false, true}) {
         add("a", limit)->at_end = [&] {
             if (destroy)

@@ -245,7 +245,7 @@ TEST_F(Undo, remove_deletes_first_middle_and_last) {
     EXPECT_EQ(take_log(), "~b; ~c; ~a; ");
 }
 
-TEST_F(Undo, deactivating_deletes_from_the_front_and_activating_gives_an_empty_list) {
+TEST_F(Undo, deactivating_deletes_from_the_front_and_leaves_the_list_empty) {
     for (char const *name : {"a", "b", "c"}) add(name);
     list->setActive(false);
     EXPECT_EQ(take_log(), "~c; ~b; ~a; ");

@@ -15,13 +15,13 @@ namespace {
 
 int static_number = 0;
 constexpr int constant = 1;
-thread_local int of_thread = 0;
+thread_local int thread_number = 0;
 
 std::uintptr_t number(void const *address) { return reinterpret_cast<std::uintptr_t>(address); }
 
-// ---- is it on the stack? ----
+// ---- cIsOnStack ----
 
-TEST(StackQuestionEdge, a_local_is_on_the_stack_and_a_static_is_not) {
+TEST(IsOnStackEdge, a_local_is_on_the_stack_and_a_static_is_not) {
     int local = 0;
     static int of_function = 0;
     EXPECT_TRUE(cIsOnStack(&local));
@@ -29,7 +29,7 @@ TEST(StackQuestionEdge, a_local_is_on_the_stack_and_a_static_is_not) {
     EXPECT_FALSE(cIsOnStack(&of_function));
 }
 
-TEST(StackQuestion, allocated_memory_is_not_on_the_stack) {
+TEST(IsOnStack, allocated_memory_is_not_on_the_stack) {
     auto const small = std::make_unique<int>(1);
     std::string const large(1'000'000,
                             'x'); // the system maps separate pages for a block of this size
@@ -39,11 +39,11 @@ TEST(StackQuestion, allocated_memory_is_not_on_the_stack) {
     EXPECT_TRUE(cIsOnStack(&large));
 }
 
-TEST(StackQuestion, constants_code_null_and_locals_of_the_thread_are_not_on_the_stack) {
+TEST(IsOnStack, constants_code_null_and_thread_local_variables_are_not_on_the_stack) {
     EXPECT_FALSE(cIsOnStack(&constant));
     EXPECT_FALSE(cIsOnStack("text"));
     EXPECT_FALSE(cIsOnStack(reinterpret_cast<void const *>(&cIsOnStack)));
-    EXPECT_FALSE(cIsOnStack(&of_thread));
+    EXPECT_FALSE(cIsOnStack(&thread_number));
     EXPECT_FALSE(cIsOnStack(nullptr));
 }
 
@@ -54,7 +54,7 @@ __attribute__((noinline)) int locals_seen(int depth, void const *outermost) {
     return depth == 0 ? seen : seen + locals_seen(depth - 1, outermost);
 }
 
-TEST(StackQuestion, the_locals_of_a_thousand_frames_are_on_the_stack) {
+TEST(IsOnStack, the_locals_of_a_thousand_frames_are_on_the_stack) {
     int local = 0;
     EXPECT_EQ(locals_seen(999, &local), 1000);
 }
@@ -64,7 +64,7 @@ __attribute__((noinline)) void const *address_of_a_frame() {
     return address;
 }
 
-TEST(StackQuestion, a_finished_frame_is_not_on_the_stack) {
+TEST(IsOnStack, a_finished_frame_is_not_on_the_stack) {
     // Recurses so deeply that its frames are far from the address that is asked about.
     struct cDeep {
         __attribute__((noinline)) static void const *frame(int depth) {
@@ -78,22 +78,22 @@ TEST(StackQuestion, a_finished_frame_is_not_on_the_stack) {
     EXPECT_FALSE(cIsOnStack(cDeep::frame(20)));
 }
 
-TEST(StackQuestion, the_base_is_on_the_stack_but_addresses_beyond_it_are_not) {
+TEST(IsOnStack, the_base_is_on_the_stack_but_addresses_beyond_it_are_not) {
     auto const *const base = static_cast<char const *>(cGetStackBase());
     EXPECT_TRUE(cIsOnStack(base));
     EXPECT_TRUE(cIsOnStack(base - 1));
     EXPECT_FALSE(cIsOnStack(reinterpret_cast<void const *>(number(base) + 1)));
 }
 
-TEST(StackQuestion, the_base_is_constant_and_above_every_local) {
+TEST(IsOnStack, the_base_is_constant_and_above_every_local) {
     int local = 0;
     void const *const base = cGetStackBase();
     EXPECT_EQ(cGetStackBase(), base);
     EXPECT_GT(number(base), number(&local));
-    EXPECT_EQ(number(base) % 4096, 0u) << "the base is at the end of a page";
+    EXPECT_EQ(number(base) % 4096, 0u) << "the base is the end of a page";
 }
 
-TEST(StackQuestion, the_stack_address_is_below_the_callers_locals) {
+TEST(IsOnStack, the_stack_address_is_below_the_callers_locals) {
     int local = 0;
     void const *const here = cGetStackAddress();
     ASSERT_NE(here, nullptr);
@@ -101,12 +101,12 @@ TEST(StackQuestion, the_stack_address_is_below_the_callers_locals) {
     EXPECT_LT(number(&local) - number(here), 64u * 1024u);
 }
 
-TEST(StackQuestion, deeper_frames_have_lower_stack_addresses) {
+TEST(IsOnStack, deeper_frames_have_lower_stack_addresses) {
     void const *const here = cGetStackAddress();
     EXPECT_LT(number(address_of_a_frame()), number(here));
 }
 
-// ---- the rule itself, for both ways of growing ----
+// ---- stack_holds, for both directions of growth ----
 
 TEST(StackRule, a_stack_growing_downwards_excludes_the_current_address_and_includes_the_base) {
     EXPECT_FALSE(cat::stack_holds(99, 100, 200));

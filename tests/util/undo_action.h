@@ -1,5 +1,5 @@
 #pragma once
-// An action that logs all its calls into one string, and runs the functions that a test sets.
+// An undo action that logs its calls in a string, and runs the functions that a test sets.
 
 #include "qrv/util/cundo.h"
 #include "tests/support/fixture.h"
@@ -8,7 +8,7 @@
 #include <functional>
 #include <stdexcept>
 
-// An action without a name matches no info; every action matches null.
+// Names the actions that a call is for. Null is for every action.
 struct Named : cUndoInfoBase {
     explicit Named(std::string text) : name(std::move(text)) {}
     std::string name;
@@ -30,7 +30,7 @@ class Action : public cUndo {
         bool const done = answers(info) && !refuses;
         if (!at_undo) return done;
         at_undo();
-        log_ += name_ + " back; "; // it must still be alive here
+        log_ += name_ + " back; "; // the action must still exist here
         return done;
     }
     bool isfor(cUndoInfoBase *info) override {
@@ -64,7 +64,7 @@ class Action : public cUndo {
     int cost_;
 };
 
-// A list and its log. At the end of a test the list breaks no rule and can be destroyed.
+// A list of undo actions, and the log of their calls.
 class Undo : public QrvTest {
   protected:
     // A new action, added to the list.
@@ -75,7 +75,7 @@ class Undo : public QrvTest {
         log.clear();
         return action;
     }
-    // The names in order, found by calling isFor of each action; not logged.
+    // The names in order. find() calls isfor() of each action for this; the log stays unchanged.
     std::string names(cUndoGlobalList &of) {
         EXPECT_EQ(of.broken_rule(), "");
         std::string const before = log;

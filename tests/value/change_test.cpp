@@ -55,7 +55,7 @@ class Changes : public QrvTest {
     }
 };
 
-TEST_F(Changes, writes_of_entries_say_key_and_values) {
+TEST_F(Changes, writes_of_entries_report_key_and_values) {
     qrv::value map = read("{a= 1; list= []}");
     EXPECT_EQ(reported(map, [&] { map["a"] = 2; }), "a: 1 -> 2; ");
     EXPECT_EQ(reported(map, [&] { map["b"] = "x"; }), "b: - -> x; ");
@@ -70,7 +70,7 @@ TEST_F(Changes, writes_of_entries_say_key_and_values) {
     EXPECT_EQ(reported(map, [&] { map["p"]["q"] = 1; }), "p: - -> { q= 1; }; ");
 }
 
-TEST_F(Changes, writes_of_positions_say_position_and_value) {
+TEST_F(Changes, writes_of_positions_report_position_and_value) {
     qrv::value list = read("[a, b]");
     EXPECT_EQ(reported(list, [&] { list.push_back("c"); }), "2: - -> c; ");
     EXPECT_EQ(reported(list, [&] { list.insert(1, "x"); }), "1: - -> x; ");
@@ -122,7 +122,7 @@ TEST_F(Changes, a_change_in_the_layer_below_has_no_key) {
     EXPECT_EQ(reported(map, [&] { map.object()->changed(); }), "-: - -> -; ");
 }
 
-TEST_F(Changes, listeners_of_the_layer_below_get_the_changes_of_this_one) {
+TEST_F(Changes, slots_of_the_object_are_called_for_changes_of_the_value) {
     qrv::value map = read("{a= 1}");
     int calls = 0;
     auto const count = [&calls] { ++calls; };
@@ -321,7 +321,7 @@ TEST_F(Changes, a_plain_report_inside_a_callback_has_no_key) {
     EXPECT_EQ(seen, (std::vector<std::string>{"a: - -> 1", "-: - -> -", "-: - -> -", "a: - -> 1"}));
 }
 
-TEST_F(Changes, what_a_callback_throws_reaches_the_writer) {
+TEST_F(Changes, an_exception_of_a_callback_reaches_the_writer) {
     qrv::value map = read("{}");
     bool later = false;
     qrv::connection const first = map.on_change([](auto const &) { throw 7; });
@@ -335,7 +335,7 @@ TEST_F(Changes, what_a_callback_throws_reaches_the_writer) {
     EXPECT_TRUE(map.at("l").empty());
 }
 
-TEST_F(Changes, errors_of_the_library_inside_a_callback_are_raised_as_usual) {
+TEST_F(Changes, errors_of_the_library_inside_a_callback_are_reported_as_usual) {
     qrv::value map = read("{}");
     qrv::value const list = read("[]");
     cErrorLog errors;

@@ -133,7 +133,7 @@ TEST_F(Choice, only_choices_and_numbers_are_converted_to_the_type_of_an_attribut
     EXPECT_EQ(x.at("name"), "x");
 }
 
-TEST_F(Choice, an_unknown_key_is_refused_for_an_attribute_of_a_choice_type) {
+TEST_F(Choice, as_an_attribute_cannot_be_assigned_an_unknown_key) {
     qrv::value x = axis();
     EXPECT_EQ(thrown<qrv::error>([&] { x["speed"] = "slow"; }).substr(0, 7), "speed: ");
     EXPECT_FALSE(x.contains("speed"));

@@ -148,7 +148,7 @@ TEST_F(Comments, values_and_comments_change_together) {
               "+  z = {\n+    y = { // new\n+      x = 1; // inside\n+    };\n+  };\n");
 }
 
-TEST_F(Comments, a_value_of_another_text_is_stored_with_its_comment) {
+TEST_F(Comments, a_value_read_from_another_text_keeps_its_comment) {
     EXPECT_EQ(changed([](value &v) { v["k"] = qrv::parse("{ k= 1; // from there\n}")["k"]; }),
               "+  k = 1; // from there\n");
 }
@@ -164,7 +164,7 @@ TEST_F(Comments, line_ends_are_those_of_the_text) {
     EXPECT_EQ(saved.text(), "{\r\n  a= 1; // uno\r\n        // dos\r\n}\r\n");
 }
 
-TEST_F(Comments, comments_in_the_text_are_replaced_even_if_they_were_not_read) {
+TEST_F(Comments, comments_of_the_text_can_be_changed_even_if_they_were_not_read) {
     auto saved = document::parse(text, {.comments = false});
     saved["a"].set_comment("uno");
     EXPECT_THAT(saved.text(), HasSubstr("  a   = 0x10; // uno\n"));

@@ -40,7 +40,7 @@ TEST_F(Compare, same_type_and_same_value_is_equal) {
     EXPECT_NE(read("{a= 1}"), read("{a= 1; b= 2}"));
 }
 
-TEST_F(Compare, plain_numbers_and_text_make_no_object) {
+TEST_F(Compare, plain_numbers_and_text_create_no_object) {
     auto const before = cObjBase::ob_lstid();
     qrv::value const v = 5;
     EXPECT_EQ(cObjBase::ob_lstid(), before + 1);

@@ -117,7 +117,7 @@ TEST_F(ValueConvert, an_array_has_its_size) {
               "expected vector of 2, but it is a vector of 1");
 }
 
-TEST_F(ValueConvert, sets_and_maps_both_ways) {
+TEST_F(ValueConvert, sets_and_maps_are_converted_in_both_directions) {
     EXPECT_EQ(text_of(std::set<int>{3, 1}), "<1, 3, >");
     EXPECT_EQ((qrv::set{3, 1}.get<std::set<int>>()), (std::set<int>{1, 3}));
     EXPECT_EQ((qrv::vector{1, 1}.get<std::unordered_set<int>>()), (std::unordered_set<int>{1}));
@@ -162,7 +162,7 @@ struct Loose {
 };
 QRV_DESCRIBE(Loose, port)
 
-TEST_F(ValueConvert, no_keys_are_dropped_or_invented) {
+TEST_F(ValueConvert, conversions_never_drop_or_invent_keys) {
     EXPECT_EQ(type_failure<Loose>("yes"), "expected map, but it is a string: \"yes\"");
     EXPECT_EQ(type_failure<Loose>(qrv::vector{1}), "expected map, but it is a vector");
     EXPECT_EQ(type_failure<std::vector<int>>(qrv::map{{"a", 1}}),

@@ -84,7 +84,7 @@ class Declare : public QrvTest {
     cat::TypeScope types_;
 };
 
-TEST_F(Declare, an_attribute_set_is_what_text_declares) {
+TEST_F(Declare, a_declared_type_is_the_same_as_one_declared_in_text) {
     qrv::type const mode = qrv::declare_choice("Mode", {{"auto", 1}, {"manual", 2}});
     expect_same(mode, "choice({\nauto= 1; manual= 2})");
     qrv::type const axis = qrv::declare("Axis")
@@ -309,13 +309,13 @@ TEST_F(Declare, a_wrong_declaration_leaves_the_former_one) {
     expect_same(axis, "attlist(x= attspec(type= int; flag= #REQUIRED))");
 }
 
-TEST_F(Declare, an_exception_on_the_way_registers_nothing) {
+TEST_F(Declare, an_exception_during_the_declaration_registers_nothing) {
     auto const name = []() -> std::string { throw 7; };
     EXPECT_THROW(qrv::declare("Axis").required<int>("x").required(name()), int);
     EXPECT_FALSE(qrv::type::find("Axis"));
 }
 
-TEST_F(Declare, an_exception_of_a_listener_comes_from_the_end_of_the_declaration) {
+TEST_F(Declare, an_exception_of_a_listener_is_thrown_at_the_end_of_the_declaration) {
     qrv::type const node = qrv::declare("Node").required<int>("x");
     qrv::connection const watch =
         qrv::value(objref::share(&node.object())).on_change([](qrv::change const &) { throw 7; });

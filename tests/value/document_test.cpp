@@ -298,7 +298,7 @@ TEST_F(Documents, a_type_of_the_program_is_hidden_only_while_it_is_read) {
     EXPECT_THAT(message_of<qrv::error>([&] { doc.text(); }), HasSubstr("not written"));
 }
 
-TEST_F(Documents, text_read_by_a_document_may_declare_a_name_again) {
+TEST_F(Documents, text_that_is_read_may_declare_a_name_again) {
     document doc = document::parse(record);
     EXPECT_EQ(doc.read("{Axis = choice({z = 0}); v = Axis(z)}").at("v").type_name(), "Axis");
     EXPECT_THROW(doc.read("Axis(nothing)"), qrv::parse_error);
@@ -312,7 +312,7 @@ TEST_F(Documents, a_rule_of_a_type_holds) {
     EXPECT_EQ(doc.text(), record);
 }
 
-TEST_F(Documents, a_type_that_the_program_has_is_declared_in_the_file_all_the_same) {
+TEST_F(Documents, a_type_of_the_program_is_not_a_declaration_in_the_file) {
     cat::TypeScope const scope;
     parse(record);
     document doc = document::parse(record);
@@ -407,7 +407,7 @@ TEST_F(Documents, a_file_that_cannot_be_read_is_an_error_with_its_name) {
 
 // --- failures of saving
 
-TEST_F(Documents, a_change_by_another_program_is_not_overwritten) {
+TEST_F(Documents, changes_by_another_program_are_not_overwritten) {
     put(file_, text);
     document doc = document::load(file_);
     put(file_, text + "// more\n");
@@ -467,7 +467,7 @@ TEST_F(Documents, a_file_without_permission_stays) {
     EXPECT_EQ(bytes_of(file_), text);
 }
 
-TEST_F(Documents, a_full_disk_leaves_the_old_file_whole) {
+TEST_F(Documents, a_full_disk_leaves_the_old_file_unchanged) {
     int failed = 0;
     for (int n = 0;; ++n) {
         put(file_, text);
@@ -487,7 +487,7 @@ TEST_F(Documents, a_full_disk_leaves_the_old_file_whole) {
     EXPECT_GT(failed, 1);
 }
 
-TEST_F(Documents, what_has_no_text_leaves_the_file_alone) {
+TEST_F(Documents, a_value_without_text_leaves_the_file_unchanged) {
     put(file_, text);
     document doc = document::load(file_);
     doc["bus"]["baud"] = std::numeric_limits<double>::infinity();
@@ -551,7 +551,7 @@ TEST_F(Documents, hostile_texts_are_errors_or_saved_as_they_are) {
     }
 }
 
-TEST_F(Documents, generated_texts_stay_unchanged_and_accept_new_entries) {
+TEST_F(Documents, generated_texts_are_preserved_and_accept_new_entries) {
     unsigned const count = test::sanitized ? 40 : 300;
     for (unsigned seed = 1; seed <= count; ++seed) {
         test::Random random(seed);

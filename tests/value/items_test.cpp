@@ -89,7 +89,7 @@ TEST_F(Items, an_iterator_outlives_its_range) {
 }
 
 #ifndef __clang__ // clang 14 can't compile views with this standard library
-TEST_F(Items, views_of_temporaries_own_what_they_walk) {
+TEST_F(Items, views_of_temporaries_own_their_container) {
     std::string names;
     for (auto const &name :
          read("{a= 1; b= 2}").keys() |
@@ -114,7 +114,7 @@ TEST_F(Items, iterators_are_values) {
     EXPECT_EQ(++it, list.end());
 }
 
-TEST_F(Items, own_what_they_walk) {
+TEST_F(Items, own_their_container) {
     auto range = read("{a= {b= 1}}").items();
     EXPECT_EQ((*range.begin()).key, "a");
     qrv::item_iterator it = range.begin();

@@ -1,5 +1,5 @@
-// Misuse that must not compile: it would lose a value, leave a dangling reference, or change a copy
-// unnoticed.
+// Expressions that must not compile, since they would lose data, refer to a destroyed object, or
+// change a copy that is then discarded.
 
 #include "qrv/containers/cmapobj.h"
 #include "tests/value/value_support.h"
@@ -45,7 +45,7 @@ concept is_erasable = requires(value &v, T key) {
     v.erase(key);
 };
 template <class From>
-concept becomes_a_reference = requires(reference &place, From from) {
+concept is_assignable_to_a_reference = requires(reference &place, From from) {
     place = from;
 };
 template <class V>
@@ -70,7 +70,7 @@ static_assert(!makes_a_value<void> && !makes_a_value<void()> && !makes_a_value<c
 static_assert(makes_a_value<char const (&)[4]>);
 static_assert(makes_a_value<cRef<cMapObj>> && makes_a_value<objref>);
 
-// Nothing comes out by itself, and no value is a condition.
+// A value does not convert implicitly to other types, and cannot be a condition.
 static_assert(!std::convertible_to<value, int> && !std::convertible_to<value, std::string>);
 static_assert(!std::convertible_to<value, bool> && !std::constructible_from<bool, value>);
 static_assert(!std::convertible_to<value, objref>);
@@ -80,7 +80,7 @@ static_assert(!std::convertible_to<reference, int> && std::convertible_to<refere
 static_assert(std::assignable_from<value &, value> && std::assignable_from<value &, int>);
 static_assert(!std::is_assignable_v<value, int> && !std::is_assignable_v<value, value>);
 
-// What get() gives must not refer to an object that may be gone.
+// get() returns no reference or pointer to an object that may be destroyed.
 static_assert(is_gettable<std::string> && is_gettable<int> && is_gettable<value>);
 static_assert(!is_gettable<std::string_view> && !is_gettable<char const *>);
 static_assert(!is_gettable<int &> && !is_gettable<int const> && !is_gettable<char>);
@@ -89,7 +89,7 @@ static_assert(!is_gettable<char[4]> && !is_gettable<int[3]> && !is_gettable<int[
 static_assert(!is_gettable<void> && !is_gettable<void()> && !is_gettable<cAbstract>);
 static_assert(is_gettable_at<int> && !is_gettable_at<std::string_view>);
 
-// Keys are texts and ints.
+// Keys are strings, ints and values.
 static_assert(is_key<int> && is_key<std::size_t> && is_key<std::string> && is_key<value>);
 static_assert(is_key<char const *> && is_key<std::string_view>);
 static_assert(!is_key<char> && !is_key<double> && !is_key<bool> && !is_key<std::nullptr_t>);
@@ -98,15 +98,17 @@ static_assert(is_settable<int> && is_settable<std::string> && !is_settable<doubl
 static_assert(!is_settable<char> && !is_settable<bool> && !is_settable<std::nullptr_t>);
 static_assert(is_erasable<int> && !is_erasable<double> && !is_erasable<std::nullptr_t>);
 
-// A reference is assigned to in the expression that makes it, and a constant value not at all.
-static_assert(!becomes_a_reference<int> && !becomes_a_reference<value>);
-static_assert(!becomes_a_reference<reference> && !becomes_a_reference<reference &>);
+// A reference can only be assigned to in the expression that creates it. A constant value cannot be
+// changed.
+static_assert(!is_assignable_to_a_reference<int> && !is_assignable_to_a_reference<value>);
+static_assert(!is_assignable_to_a_reference<reference> &&
+              !is_assignable_to_a_reference<reference &>);
 static_assert(changes<value> && !changes<value const>);
 static_assert(pushes<value> && !pushes<value const>);
 
 TEST(ValueMisuse, is_refused_by_the_compiler) {
     value v;
-    v["a"] = 1; // what looks like the misuse, and is right
+    v["a"] = 1; // this looks like a misuse, but is allowed
     auto place = v["a"];
     EXPECT_EQ(place, 1);
 }

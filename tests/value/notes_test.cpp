@@ -1,4 +1,4 @@
-// Comments, layout and places of values.
+// Comments, layout and paths of values.
 
 #include "qrv/containers/cmapobj.h"
 #include "tests/value/value_support.h"
@@ -45,7 +45,7 @@ TEST_F(Notes, comment_of_nil_is_refused) {
               "expected a value that can have a comment, but it is nil");
 }
 
-TEST_F(Notes, the_result_of_comment_can_be_set_again) {
+TEST_F(Notes, comment_that_was_read_can_be_set_unchanged) {
     qrv::value v = 5;
     v.set_comment("// marked");
     std::string const once = v.comment();
@@ -53,7 +53,7 @@ TEST_F(Notes, the_result_of_comment_can_be_set_again) {
     EXPECT_EQ(v.comment(), once);
 }
 
-TEST_F(Notes, one_line_is_the_layout_of_a_container) {
+TEST_F(Notes, one_line_reads_and_sets_the_layout_of_a_container) {
     qrv::value v = read("{a= {x= 1}; b= [1]}");
     EXPECT_TRUE(v.one_line());
     v.one_line(false);
@@ -64,21 +64,22 @@ TEST_F(Notes, one_line_is_the_layout_of_a_container) {
     EXPECT_THROW(qrv::value(5).one_line(true), qrv::type_error);
 }
 
-TEST_F(Notes, paths_of_returns_all_paths_of_an_object) {
+TEST_F(Notes, paths_of_an_object_are_those_of_all_its_occurrences) {
     qrv::value part = read("{x= 1}");
     qrv::value v = read("{list= []}");
     v["b c"] = part;
     v["list"].push_back(part);
     v["list"].push_back(5);
     EXPECT_EQ(v.paths_of(part), (std::vector<std::string>{"list/0", "\"b c\""}));
-    EXPECT_EQ(v.paths_of(part.at("x")), std::vector<std::string>{"list/0/x"}); // looked into once
+    EXPECT_EQ(v.paths_of(part.at("x")),
+              std::vector<std::string>{"list/0/x"}); // `part` is searched once
     EXPECT_TRUE(v.paths_of(5).empty());
     EXPECT_TRUE(v.paths_of(nullptr).empty());
     EXPECT_TRUE(qrv::value(5).paths_of(5).empty());
     for (std::string const &path : v.paths_of(part)) EXPECT_TRUE(v.at(path).is_shared_with(part));
 }
 
-TEST_F(Notes, paths_of_a_value_that_holds_itself_end) {
+TEST_F(Notes, paths_of_a_value_that_contains_itself_are_finite) {
     objref const map = make<cMapObj>();
     auto &hash = dynamic_cast<cMapObj &>(*map).datamap();
     hash.mapitem("self", map);

@@ -20,7 +20,7 @@ TEST(OneLine, text_on_one_line_stays) {
         EXPECT_EQ(on_one_line(text), text);
 }
 
-TEST(OneLine, comments_are_left_out) {
+TEST(OneLine, comments_are_omitted) {
     EXPECT_EQ(on_one_line("{ // all\n  a= 1; // \"one\"\n  /* two\n lines */ b= 2;\n}"),
               "{a= 1; b= 2; }");
     EXPECT_EQ(on_one_line("1 // open"), "1");

@@ -1,4 +1,4 @@
-// The text of paths: the same keys as in cObj::getattrp, but only slashes between them.
+// Paths as text. They have the same keys as those of cObj::getattrp, but only slashes between them.
 
 #include "qrv/core/ctypes.h"
 #include "qrv/diagnostics/ccaughterrors.h"
@@ -14,7 +14,7 @@ namespace {
 
 class Path : public Quiet {};
 
-// What is wrong with the path.
+// The message of the error in the path, or "nothing".
 std::string complaint(std::string const &path) {
     return thrown<qrv::path_error>([&] { read("{a= {b= 5}}").find(path); });
 }
@@ -53,7 +53,7 @@ TEST_F(Path, part_may_be_a_key_of_another_type) {
     EXPECT_EQ(tree.at("-3"), "c");
 }
 
-TEST_F(Path, a_path_that_is_wrong_as_text_is_an_error) {
+TEST_F(Path, with_invalid_syntax_is_an_error) {
     EXPECT_EQ(complaint("a/"), "a/: a key is missing at the end of the path");
     EXPECT_EQ(complaint("a/b c"), "a/b c: a slash is missing before 'c'; keys that are not "
                                   "identifiers go in quotes");
@@ -65,8 +65,8 @@ TEST_F(Path, a_path_that_is_wrong_as_text_is_an_error) {
         EXPECT_NE(complaint(path), "nothing") << path;
 }
 
-// In the text format these begin comments, which would cut the path.
-TEST_F(Path, a_path_with_an_empty_part_or_a_comment_is_an_error) {
+// In the text format, // and /* begin comments, which would cut off the rest of the path.
+TEST_F(Path, with_an_empty_part_or_a_comment_is_an_error) {
     for (std::string const path :
          {"a//b", "//", "//a", "a//", "a/b//c", "a // b", "x//a", "x/y//a"})
         EXPECT_EQ(complaint(path),
@@ -114,7 +114,7 @@ TEST_F(Path, the_empty_path_is_the_value_itself) {
     }
 }
 
-TEST_F(Path, path_of_quotes_any_key) {
+TEST_F(Path, of_given_keys_quotes_them_as_needed) {
     EXPECT_EQ(qrv::path_of(), "");
     EXPECT_EQ(qrv::path_of("name"), "name");
     EXPECT_EQ(qrv::path_of("hosts", std::string("a/b"), 0, std::string_view("x y")),
@@ -152,7 +152,7 @@ TEST_F(Path, the_path_of_a_number_has_all_its_digits) {
 
 namespace {
 
-// Draws paths of keys that are in the tree, and of others, in several spellings.
+// Draws random paths. Their keys are in the tree or not, and are written in several ways.
 class cPaths {
   public:
     explicit cPaths(unsigned seed) : random_(seed) {}
@@ -189,7 +189,7 @@ TEST_F(Path, finds_what_getattrp_finds) {
     int found = 0;
     for (int i = 0; i < 4000; ++i) {
         std::string const path = paths.next();
-        cat::CaughtErrors const caught; // of paths into scalars
+        cat::CaughtErrors const caught; // paths into scalars cause errors
         objref const theirs = tree.object()->getattrp(path);
         std::optional<qrv::value> const ours = tree.find(path);
         bool const missing = cObj::is_bad(theirs);
@@ -202,7 +202,7 @@ TEST_F(Path, finds_what_getattrp_finds) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(Path, paths_of_returns_the_path_of_a_value) {
+TEST_F(Path, of_a_value_has_keys_quoted_as_needed) {
     qrv::value tree = read("{a= {\"x y\"= [0, 1]}; 3= {\"two words\"= 2}}");
     for (char const *path : {"a/\"x y\"/1", "3/\"two words\"", "a"}) {
         std::vector<std::string> const places = tree.paths_of(tree.at(path));

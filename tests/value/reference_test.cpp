@@ -35,7 +35,7 @@ TEST_F(Reference, creates_nothing_when_it_is_read) {
     EXPECT_TRUE(v.is_nil());
 }
 
-TEST_F(Reference, takes_a_string_as_one_key) {
+TEST_F(Reference, accepts_a_string_as_one_key) {
     qrv::value v;
     v["a/b"] = 1;
     v["3"] = 2;
@@ -43,7 +43,7 @@ TEST_F(Reference, takes_a_string_as_one_key) {
     EXPECT_EQ(v["a/b"], 1);
 }
 
-TEST_F(Reference, takes_keys_of_any_length) {
+TEST_F(Reference, accepts_keys_of_any_length) {
     qrv::value v;
     for (std::size_t const length : {0U, 1U, 253U, 254U, 255U, 70000U}) {
         std::string const key(length, 'k');
@@ -77,7 +77,7 @@ TEST_F(Reference, reads_as_the_value_does) {
     EXPECT_EQ(text_of(v["bus"]["baud"]), "9600");
 }
 
-TEST_F(Reference, changes_what_is_there) {
+TEST_F(Reference, changes_existing_containers) {
     qrv::value v = read("{list= [1]; m= {a= 1}}");
     v["list"].push_back(2);
     v["list"].insert(0, 0);
@@ -94,7 +94,7 @@ TEST_F(Reference, changes_what_is_there) {
     EXPECT_THROW(v["list"][0]["a"] = 1, qrv::type_error);
 }
 
-TEST_F(Reference, a_reference_shares_the_object_of_a_destroyed_value) {
+TEST_F(Reference, of_a_temporary_value_keeps_its_object) {
     auto place = make()["bus"]["baud"];
     EXPECT_EQ(place, 9600);
     qrv::value v = make();
@@ -104,7 +104,7 @@ TEST_F(Reference, a_reference_shares_the_object_of_a_destroyed_value) {
               "a: a value that is nil, and not a variable, has no entries");
 }
 
-TEST_F(Reference, a_reference_finds_later_changes) {
+TEST_F(Reference, sees_later_changes) {
     qrv::value v = make();
     auto place = v["bus"]["baud"];
     v.set("bus/baud", 5);
@@ -184,7 +184,7 @@ TEST_F(Reference, names_the_whole_path_in_errors) {
     EXPECT_EQ(v, read("{a= {b= 5; list= [1]; m= {k= 1}; n= #nil}}"));
 }
 
-TEST_F(Reference, sets_what_is_below_it) {
+TEST_F(Reference, sets_entries_below_it) {
     qrv::value v;
     v["a"].set("b/c", 1);
     v["a"].set("/b/d", 2);
@@ -214,7 +214,7 @@ TEST_F(Reference, is_a_key_where_it_has_one) {
     EXPECT_THROW(v.push_back(1), qrv::type_error);
 }
 
-TEST_F(Reference, gives_entries_by_position) {
+TEST_F(Reference, returns_entries_by_position) {
     qrv::value v = read("{list= [7, x]}");
     EXPECT_EQ(v["list"].get<int>(0), 7);
     EXPECT_EQ(v["list"].get<int>(2), std::nullopt);
@@ -225,7 +225,7 @@ TEST_F(Reference, gives_entries_by_position) {
     EXPECT_THROW(v["none"].erase_item("x"), qrv::path_error);
 }
 
-TEST_F(Reference, gives_a_container_as_the_default) {
+TEST_F(Reference, accepts_a_container_as_the_default) {
     qrv::value v = read("{list= [7]}");
     qrv::value const none = v.get_or("none", qrv::vector{});
     EXPECT_TRUE(none.is_vector());

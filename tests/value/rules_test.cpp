@@ -63,13 +63,13 @@ class Rules : public QrvTest {
     cat::TypeScope types_;
 };
 
-TEST_F(Rules, an_attribute_set_is_made_of_a_map) {
+TEST_F(Rules, an_attribute_set_is_created_from_a_map) {
     EXPECT_EQ(made("{name= X}", "Axis"), text_of(read("Axis(name= X)")));
     EXPECT_EQ(made("{limit= 5; name= X; points= [1]; mode= Mode(manual)}", "Axis"),
               text_of(read("Axis(limit= 5; name= X; points= [1]; mode= Mode(manual))")));
 }
 
-TEST_F(Rules, a_created_object_is_valid) {
+TEST_F(Rules, created_objects_are_valid) {
     for (char const *text : {"{name= X}", "{name= X; origin= {x= 1}}", "{name= X; mode= manual}"}) {
         qrv::value const axis = qrv::type("Axis").make(read(text));
         EXPECT_TRUE(cTomAttrset::validate(*axis.object())) << text;
@@ -77,7 +77,7 @@ TEST_F(Rules, a_created_object_is_valid) {
     }
 }
 
-TEST_F(Rules, attributes_are_made_of_keys_maps_and_numbers) {
+TEST_F(Rules, attributes_are_created_from_keys_maps_and_numbers) {
     EXPECT_EQ(made("{name= X; mode= manual; origin= {x= 1; y= 2}}", "Axis"),
               text_of(read("Axis(name= X; mode= Mode(manual); origin= Point(x= 1.0; y= 2.0f))")));
 }
@@ -86,7 +86,7 @@ TEST_F(Rules, nil_keeps_the_default) {
     EXPECT_EQ(made("{name= X; limit= #nil; origin= #nil}", "Axis"), made("{name= X}", "Axis"));
 }
 
-TEST_F(Rules, a_value_of_the_type_is_returned_itself) {
+TEST_F(Rules, make_returns_a_value_that_has_the_type) {
     qrv::value const axis = qrv::type("Axis").make(read("{name= X}"));
     EXPECT_TRUE(qrv::type("Axis").make(axis).is_shared_with(axis));
     qrv::value const list = read("[1]");
@@ -109,7 +109,7 @@ TEST_F(Rules, numbers_become_wider_ones_only) {
     EXPECT_EQ(made("x", "string"), "x");
 }
 
-TEST_F(Rules, a_choice_is_made_of_its_key) {
+TEST_F(Rules, a_choice_is_created_from_its_key) {
     EXPECT_EQ(made("manual", "Mode"), "Mode(manual)");
     EXPECT_EQ(broken("of", "Mode"), ": of is not a choice of type 'Mode'\n");
     EXPECT_EQ(broken("1", "Mode"), ": 1 is not a choice of type 'Mode'\n");
@@ -168,7 +168,7 @@ TEST_F(Rules, objects_inside_are_checked_where_they_are) {
                       "not of type 'int'\n");
 }
 
-TEST_F(Rules, the_error_of_make_has_all_rules) {
+TEST_F(Rules, the_error_of_make_lists_all_broken_rules) {
     try {
         qrv::type("Axis").make(read("{origin= {}; limit= x}"));
         FAIL();

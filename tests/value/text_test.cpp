@@ -239,8 +239,8 @@ TEST_F(ValueText, types_that_refer_to_themselves_stay_registered) {
     parse("1"); // the end of its scope destroys the type
 }
 
-// The objects of the type load a module.
-TEST_F(ValueText, a_filter_is_asked_for_modules_during_its_reading_only) {
+// A type whose objects want a module.
+TEST_F(ValueText, a_filter_is_called_for_modules_only_during_its_reading) {
     typeref const type = make<cTypeObj>("ValueTextLoader");
     type->set_tmember("newobj", make<cExeMember>(+[](objref) -> objref {
                           cModule::load("nosuch");
@@ -343,7 +343,7 @@ TEST_F(ValueText, inexact_text_has_six_digits) {
     EXPECT_EQ(dump(0.123456789), "0.123456789");
 }
 
-TEST_F(ValueText, what_has_no_text_is_an_error) {
+TEST_F(ValueText, a_value_without_text_is_an_error) {
     value v = parse("{a = 1}");
     v["b"]["c"] = std::numeric_limits<double>::infinity();
     std::string const why = message_of<qrv::error>([&] { dump(v); });
@@ -365,7 +365,7 @@ TEST_F(ValueText, ten_values_without_text_are_named) {
     EXPECT_THAT(message_of<qrv::error>([&] { dump(v); }), testing::EndsWith("and 5 more"));
 }
 
-TEST_F(ValueText, what_is_dumped_is_parsed_as_the_same_value) {
+TEST_F(ValueText, dumped_text_is_parsed_as_the_same_value) {
     unsigned const documents = test::sanitized ? 30 : 150;
     for (unsigned seed = 1; seed <= documents; ++seed) {
         test::Random random(seed);
@@ -403,7 +403,7 @@ TEST_F(ValueText, mode_and_links_stay) {
     EXPECT_EQ(std::filesystem::status(file_).permissions(), std::filesystem::perms(0640));
 }
 
-TEST_F(ValueText, what_has_no_text_leaves_the_file_alone) {
+TEST_F(ValueText, a_value_without_text_leaves_the_file_unchanged) {
     put(file_, "old");
     value v = parse("{a = 1}");
     v["a"] = std::numeric_limits<double>::infinity();
@@ -441,7 +441,7 @@ TEST_F(ValueText, a_save_without_permission_fails) {
 }
 
 // Each call of the system fails once, with a full disk.
-TEST_F(ValueText, a_full_disk_leaves_the_old_file_whole) {
+TEST_F(ValueText, a_full_disk_leaves_the_old_file_unchanged) {
     value const v = parse("{a = 1}");
     int failed = 0;
     for (int n = 0;; ++n) {

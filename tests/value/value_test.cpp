@@ -52,7 +52,7 @@ TEST_F(Value, a_value_of_nothing_is_nil) {
     EXPECT_EQ(qrv::value().type_name(), "niltype");
 }
 
-TEST_F(Value, has_the_kind_of_what_it_is_made_from) {
+TEST_F(Value, has_the_kind_of_its_initial_value) {
     EXPECT_EQ(qrv::value(true).kind(), qrv::kind::boolean);
     EXPECT_EQ(qrv::value(5).kind(), qrv::kind::integer);
     EXPECT_EQ(qrv::value(std::uint8_t{5}).kind(), qrv::kind::integer);
@@ -120,7 +120,7 @@ TEST_F(Value, a_value_of_a_failure_is_refused) {
     EXPECT_THROW(qrv::value{cat::badfind()}, std::invalid_argument);
 }
 
-TEST_F(Value, returns_what_it_is_made_from) {
+TEST_F(Value, returns_its_initial_value) {
     EXPECT_TRUE(qrv::value(true).get<bool>());
     EXPECT_FALSE(qrv::value(false).get<bool>());
     EXPECT_EQ(qrv::value("two words").get<std::string>(), "two words");
@@ -231,7 +231,7 @@ TEST_F(Value, is_not_converted_between_kinds) {
     EXPECT_THROW(read("[1]").get<int>(), qrv::type_error);
 }
 
-TEST_F(Value, gives_an_empty_optional_where_get_would_throw) {
+TEST_F(Value, returns_an_empty_optional_where_get_would_throw) {
     EXPECT_EQ(qrv::value(5).get_if<int>(), 5);
     EXPECT_EQ(qrv::value(5.5).get_if<int>(), std::nullopt);
     EXPECT_EQ(qrv::value(256).get_if<std::uint8_t>(), std::nullopt);
@@ -337,7 +337,7 @@ TEST_F(Value, assigned_to_itself_stays) {
     EXPECT_EQ(a, 5);
 }
 
-TEST_F(Value, is_printed_so_that_it_reads_back) {
+TEST_F(Value, is_printed_as_text_that_reads_as_the_same_value) {
     EXPECT_EQ(text_of(qrv::value()), "#nil");
     EXPECT_EQ(text_of("two words"), "\"two words\"");
     EXPECT_EQ(text_of("name"), "name");

@@ -51,7 +51,7 @@ class cListener {
 
 } // namespace
 
-TEST_F(ValueWrite, set_makes_missing_levels_as_maps) {
+TEST_F(ValueWrite, set_creates_missing_levels_as_maps) {
     qrv::value v;
     v.set("a/b/c", 1);
     EXPECT_EQ(v, read("{a= {b= {c= 1}}}"));
@@ -150,7 +150,7 @@ TEST_F(ValueWrite, push_back_appends) {
               "expected a vector or a set, but it is a map");
 }
 
-TEST_F(ValueWrite, insert_moves_the_following_values) {
+TEST_F(ValueWrite, insert_moves_later_entries) {
     qrv::value list = read("[1, 3]");
     list.insert(1, 2);
     list.insert(0, 0);
@@ -162,7 +162,7 @@ TEST_F(ValueWrite, insert_moves_the_following_values) {
     EXPECT_THROW(set.insert(0, 5), qrv::type_error);
 }
 
-TEST_F(ValueWrite, clear_empties_what_all_copies_share) {
+TEST_F(ValueWrite, clear_empties_all_copies) {
     qrv::value v = read("{a= 1}");
     qrv::value const copy = v;
     v.clear();
@@ -298,7 +298,7 @@ TEST_F(ValueWrite, assign_that_a_container_refuses_changes_nothing) {
     EXPECT_EQ(map, read("{c= 3}"));
 }
 
-TEST_F(ValueWrite, assign_of_what_the_type_refuses_is_a_type_error) {
+TEST_F(ValueWrite, assign_of_a_value_that_the_type_refuses_is_a_type_error) {
     qrv::value a = 5;
     EXPECT_THROW(a.assign("x y"), qrv::type_error);
     EXPECT_THROW(a.assign(nullptr), qrv::type_error);
@@ -370,7 +370,7 @@ TEST_F(ValueWrite, a_nil_that_is_not_a_variable_is_refused) {
     EXPECT_EQ(v, read("{list= #nil}"));
 }
 
-TEST_F(ValueWrite, what_would_hold_itself_is_refused) {
+TEST_F(ValueWrite, a_value_that_would_contain_itself_is_refused) {
     qrv::value map = read("{a= {}; l= [1]; s= <1>}");
     EXPECT_THROW(map.set("x", map), qrv::error);
     EXPECT_THROW(map.set("a/b/c", map), qrv::error);
@@ -412,7 +412,7 @@ TEST_F(ValueWrite, a_program_hears_of_each_change_once) {
     EXPECT_EQ(of_map.count, 6);
 }
 
-TEST_F(ValueWrite, an_exception_of_a_slot_comes_after_the_change) {
+TEST_F(ValueWrite, an_exception_of_a_slot_is_thrown_after_the_change) {
     qrv::value map = read("{a= 1}");
     cListener listener(map);
     listener.throws = true;
@@ -447,7 +447,7 @@ TEST_F(ValueWrite, const_keys_hold) {
     EXPECT_EQ(map, read("{a= 2}"));
 }
 
-TEST_F(ValueWrite, an_entry_of_another_type_than_the_container_is_for_is_refused) {
+TEST_F(ValueWrite, an_entry_without_the_entry_type_of_the_container_is_refused) {
     qrv::value map = read("{}");
     dynamic_cast<cMapObj &>(*map.object()).set_entrytype(&cat::type_int());
     map.set("a", 1);

@@ -119,7 +119,7 @@ TEST(WatchdogLife, every_kind_of_end_uses_a_restart_and_the_last_status_is_final
     EXPECT_EQ(life.restarts(), 3);
     life.started(at(13s));
     EXPECT_EQ(life.deadline(), at(23s));
-    EXPECT_FALSE(life.ended(exit_with(7))) << "the hang of an earlier run does not count";
+    EXPECT_FALSE(life.ended(exit_with(7))) << "an earlier hang does not count";
     EXPECT_EQ(life.status(), 7);
 }
 

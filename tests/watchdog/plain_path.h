@@ -1,6 +1,6 @@
 #pragma once
-// A PATH for tests of the reason why a program isn't found: a folder of PATH that the user may not
-// read would change that reason.
+// For tests of the message why a program was not found. The message would differ if PATH had a
+// folder that the user may not read.
 
 #include <cstdlib>
 #include <optional>

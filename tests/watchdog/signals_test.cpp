@@ -86,14 +86,12 @@ TEST(WatchdogSignals, a_signal_that_the_caller_ignores_ends_no_process) {
                    dog_test::own_name() + " -- " + child({})[0] + " say ready wait say done"));
     EXPECT_EQ(dog.line(), "ready");
     dog.signal(SIGHUP);
-    ::usleep(300000); // the program has started by then
+    ::usleep(300000); // time for the signal to arrive
     dog.end_input();
     EXPECT_EQ(dog.finish(), (cRun{128 + SIGHUP, "done\n", ""}));
 }
 
-// A terminal sends its interrupt to the whole process group, so the watchdog must not send it
-// again.
-// Has the process an interrupt that it has not received yet? It would receive a hangup before that.
+// Returns whether an interrupt was sent to the process that it has not received yet.
 bool has_pending_interrupt(std::string const &process) {
     std::ifstream status("/proc/" + process + "/status");
     for (std::string line; std::getline(status, line);)
@@ -103,14 +101,16 @@ bool has_pending_interrupt(std::string const &process) {
     return false;
 }
 
+// A terminal sends its interrupt to the whole process group, so the watchdog must not send it
+// again.
 TEST(WatchdogSignals, an_interrupt_from_the_terminal_arrives_once) {
     int const terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_GE(terminal, 0);
     ASSERT_EQ(::grantpt(terminal), 0);
     ASSERT_EQ(::unlockpt(terminal), 0);
     std::string const name = ::ptsname(terminal);
-    // setsid lets the shell open the terminal as its controlling terminal; the watchdog is in its
-    // group.
+    // In a new session the shell gets the terminal as its controlling terminal; the watchdog is in
+    // the process group of the shell.
     cDog dog({"--grace", "60"},
              {"setsid", "-w", "/bin/sh", "-c",
               "exec <" + name + "; exec " + test::binary_file("bin/qrv-watchdog") +
@@ -124,6 +124,7 @@ TEST(WatchdogSignals, an_interrupt_from_the_terminal_arrives_once) {
     EXPECT_EQ(dog.line(), "int 1");
     ASSERT_EQ(::write(terminal, "\x03", 1), 1);
     EXPECT_EQ(dog.line(), "int 2");
+    // A hangup would be received before a pending interrupt.
     while (has_pending_interrupt(ready.substr(6))) ::usleep(1000);
     ::close(terminal); // sends a hangup, by which the program ends
     EXPECT_EQ(dog.finish(), (cRun{130, "", "qrv-watchdog: setsid ended with status 130\n"}));

@@ -1,5 +1,5 @@
-// The receiver of messages: which datagrams count as messages, with fabricated and with real
-// datagrams.
+// The receiver of messages: which datagrams it accepts as messages. Some datagrams are fabricated,
+// others are sent through a socket.
 
 #include "tools/watchdog/thread_link.h"
 
@@ -61,7 +61,7 @@ TEST(WatchdogJudge, twelve_bytes_of_our_own_user_are_a_message_lowest_byte_first
     EXPECT_EQ(datagram.message, (cMessage{1027, 0xFCFDFEFFu, -2}));
 }
 
-TEST(WatchdogJudge, another_user_is_foreign_even_the_superuser) {
+TEST(WatchdogJudge, datagrams_of_another_user_are_foreign_even_of_the_superuser) {
     for (unsigned int user : {1001u, 0u, 65534u, 0xFFFFFFFFu}) {
         cForged const forged(user);
         cDatagram const datagram = judge(forged.header, 12, 1000);
@@ -168,7 +168,7 @@ TEST(WatchdogLink, an_attached_descriptor_is_never_received) {
     cThreadLink link(own_id());
     cSender sender(link.id());
     int const probe = ::dup(0);
-    ::close(probe); // reuses the lowest free number
+    ::close(probe); // the lowest free number
     ASSERT_TRUE(sender.send_with_descriptor(link.descriptor()));
     EXPECT_EQ(link.take().kind, cKind::no_sender);
     int const after = ::dup(0);

@@ -253,8 +253,8 @@ TEST_F(File, assigns_the_value_to_a_map) {
 namespace {
 std::string seen_in_assign;
 
-// Such as a program whose assignment depends on the value: it finds a type named by the value.
-bool led_assign(cObj &map, objref &value) {
+// The `assign` method of a program that looks up the type whose name is in the value.
+bool assign_with_type_lookup(cObj &map, objref &value) {
     seen_in_assign = cat::is_reading() ? "reading " : "";
     seen_in_assign += cat::cMergeBudget::current() ? "budget " : "";
     seen_in_assign += written(cat::find_type(cat::as_string(value->getattrp("t"))));
@@ -264,7 +264,7 @@ bool led_assign(cObj &map, objref &value) {
 
 TEST_F(File, assigning_to_a_map_loads_no_module) {
     cMapObj map;
-    map.set_omember("assign", ::make<cExeMember>(led_assign));
+    map.set_omember("assign", ::make<cExeMember>(assign_with_type_lookup));
     std::string const name = make("{ t= \"none:nosuch\"; }");
     EXPECT_TRUE(file2map(name.c_str(), map));
     EXPECT_EQ(seen_in_assign, "reading " + written(cat::type_nil()));
@@ -285,7 +285,7 @@ TEST_F(File, a_report_receives_the_errors_of_the_assignment_to_a_map) {
     EXPECT_EQ(messages(), "");
 }
 
-TEST_F(File, assigns_any_scanned_value_to_a_map) {
+TEST_F(File, file2map_assigns_if_a_value_was_read_even_with_errors) {
     cMapObj map;
     EXPECT_FALSE(file2map(make("{ a = 1; b = nosuch(1) }").c_str(), map));
     EXPECT_EQ(written(*map.getattrp("a")), "1");

@@ -132,7 +132,8 @@ TEST_F(PersistentMap, comments_are_preserved_on_request) {
     EXPECT_EQ(bytes(), signature + "{ // head\n  a= 1; // one\n  b= 2;\n}");
     pass(false);
     EXPECT_EQ(bytes(), signature + "{\n  a= 1;\n  b= 2;\n}");
-    EXPECT_EQ(folder_.names(), "map") << "a file with comments does not count as damaged";
+    EXPECT_EQ(folder_.names(), "map")
+        << "a file with a comment that is not kept does not count as damaged";
 }
 
 TEST_F(PersistentMap, a_program_without_a_folder_has_its_file_in_the_working_folder) {
@@ -177,7 +178,7 @@ TEST_F(PersistentMapEdge, an_empty_name_becomes_the_folder_and_loads_without_a_m
         map.busmap();
         EXPECT_EQ(map.name(), "");
     }
-    EXPECT_EQ(messages(), "") << "without a name there is no file";
+    EXPECT_EQ(messages(), "") << "a map without a name has no file";
 }
 
 TEST_F(PersistentMapEdge, saving_removes_the_read_only_mark) {
@@ -459,7 +460,7 @@ TEST_F(PersistentMap, errors_go_to_an_existing_report) {
     EXPECT_EQ(messages(), "");
     put("{a=1} {");
     pass();
-    EXPECT_EQ(report.count(), 2u) << "text after the value is not reported";
+    EXPECT_EQ(report.count(), 2u) << "errors in text after the value are not reported";
     EXPECT_EQ(folder_.names(), "map map.bad map.bad2");
 }
 

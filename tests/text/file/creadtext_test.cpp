@@ -55,7 +55,7 @@ class cTemporary {
 
 } // namespace
 
-TEST_F(ReadText, one_value_of_any_type_is_read) {
+TEST_F(ReadText, returns_one_value_of_any_type) {
     EXPECT_EQ(read("{a = 1; b = [2, x]; }"), "{a= 1; b= [2, x, ]; }");
     EXPECT_EQ(read("[1, 2]"), "[1, 2, ]");
     EXPECT_EQ(read("<1, 2>"), "<1, 2, >");
@@ -65,7 +65,7 @@ TEST_F(ReadText, one_value_of_any_type_is_read) {
     EXPECT_EQ(read("#nil"), "#nil");
 }
 
-TEST_F(ReadText, a_bare_list_of_entries_is_read_as_a_map) {
+TEST_F(ReadText, returns_a_bare_list_of_entries_as_a_map) {
     EXPECT_EQ(read("a = 1; b = {c = 2; }"), "{a= 1; b= {c= 2; }; }");
     EXPECT_EQ(read("// first\na = 1\n;"), "{a= 1; }");
     EXPECT_EQ(read("7 = x"), "{7= x; }");
@@ -119,7 +119,7 @@ TEST_F(ReadText, errors_have_the_name_that_the_options_give) {
               "null\nmy.attr:1:1: error: Unknown #-value (no defined const): #none");
 }
 
-TEST_F(ReadText, the_result_is_what_could_be_read_and_all_errors) {
+TEST_F(ReadText, returns_the_readable_part_and_all_errors) {
     EXPECT_EQ(read("{a = #none; b = 2; c = #no; }").substr(0, 9), "{b= 2; }\n");
     objref value = cat::of(1);
     cat::ReadReport report;
@@ -167,7 +167,7 @@ TEST_F(ReadText, the_options_filter_modules_for_this_reading) {
     qrv_set_module_filter(nullptr);
 }
 
-TEST_F(ReadText, after_an_exception_of_user_code_all_settings_are_restored) {
+TEST_F(ReadText, an_exception_of_user_code_passes_and_the_state_is_restored) {
     cTypesBack const types;
     typeref const type = make<cTypeObj>("throwing");
     type->set_tmember("newobj",

@@ -17,7 +17,7 @@ using namespace save_test;
 
 namespace {
 
-std::string const text_of_1000 = std::string(1000, 'x'); // written unchanged
+std::string const text_of_1000 = std::string(1000, 'x'); // its text is the same, without quotes
 std::string const old_text = "{old=1}";
 
 class SaveRefused : public SaveTest {
@@ -36,8 +36,8 @@ class SaveRefused : public SaveTest {
     static std::string refused(std::string const &name) {
         return "Cannot open file for write: " + name + "\n";
     }
-    // Loads the map, adds a long entry, and saves.
-    static void pass() {
+    // Loads the map, adds a long entry, and saves it.
+    static void load_and_save() {
         cPersistentMap map("map", false);
         map.busmap()["long"] = cat::of(text_of_1000);
     }
@@ -64,7 +64,7 @@ void limit_files(bool ignore_signal) {
 
 } // namespace
 
-// --- room ---
+// --- space ---
 
 TEST_F(SaveRefused,
        a_limit_on_the_length_of_files_leaves_the_old_file_and_does_not_end_the_process) {
@@ -103,7 +103,7 @@ TEST_F(SaveRefused, a_persistent_map_without_space_is_reported_and_leaves_the_ol
         put(file_, text);
         EXPECT_EQ(in_child([&] {
                       limit_files(false);
-                      pass();
+                      load_and_save();
                       if (messages() != "Cannot write file: " + file_ + "\n") ::_exit(2);
                   }),
                   0);
@@ -118,7 +118,7 @@ TEST_F(SaveRefused, a_damaged_file_without_space_for_a_copy_is_not_replaced) {
     put(file_, text);
     EXPECT_EQ(in_child([&] {
                   limit_files(false);
-                  { cPersistentMap("map", false).busmap(); } // short enough itself
+                  { cPersistentMap("map", false).busmap(); } // its own text is short enough
                   if (messages() != "Cannot keep damaged file: " + file_ + "\n") ::_exit(2);
               }),
               0);
@@ -131,13 +131,13 @@ TEST_F(SaveRefused, a_full_device_returns_false) {
     EXPECT_EQ(errno, ENOSPC);
     std::filesystem::create_symlink("/dev/full", file_);
     EXPECT_FALSE(save());
-    pass();
+    load_and_save();
     EXPECT_EQ(messages(), "Cannot write file: " + file_ + "\n");
     EXPECT_EQ(folder_.names(), "map");
     EXPECT_TRUE(std::filesystem::is_symlink(file_));
 }
 
-// --- rights ---
+// --- permissions ---
 
 TEST_F(SaveRefused, an_old_file_in_a_read_only_folder_is_written_in_place) {
     put(file_, old_text);
@@ -160,7 +160,7 @@ TEST_F(SaveRefused, a_damaged_file_in_a_read_only_folder_is_not_replaced) {
     put(file_, "[damaged]");
     as_nobody([&] {
         EXPECT_EQ(::chmod(folder_.path().c_str(), 0555), 0);
-        pass();
+        load_and_save();
         EXPECT_EQ(messages(), "Cannot keep damaged file: " + file_ + "\n");
     });
     EXPECT_EQ(bytes_of(file_), "[damaged]");
@@ -173,14 +173,14 @@ TEST_F(SaveRefused, a_folder_without_search_permission_is_reported) {
         EXPECT_EQ(::chmod(folder_.path().c_str(), 0), 0);
         EXPECT_FALSE(save());
         EXPECT_EQ(messages(), refused(file_));
-        pass();
+        load_and_save();
         EXPECT_EQ(messages(), refused(file_));
         EXPECT_EQ(::chmod(folder_.path().c_str(), 0700), 0);
     });
     EXPECT_EQ(bytes_of(file_), old_text);
 }
 
-TEST_F(SaveRefused, the_permission_may_be_lost_between_loading_and_saving) {
+TEST_F(SaveRefused, a_permission_lost_between_loading_and_saving_is_reported) {
     put(file_, old_text);
     as_nobody([&] {
         {
@@ -232,7 +232,7 @@ TEST_F(SaveRefused, a_persistent_map_never_overwrites_a_file_that_it_could_not_r
     put(file_, old_text);
     as_nobody([&] {
         EXPECT_EQ(::chmod(file_.c_str(), 0200), 0);
-        pass();
+        load_and_save();
         EXPECT_EQ(messages(), "Cannot keep damaged file: " + file_ + "\n");
     });
     EXPECT_EQ(::chmod(file_.c_str(), 0600), 0);
@@ -240,7 +240,8 @@ TEST_F(SaveRefused, a_persistent_map_never_overwrites_a_file_that_it_could_not_r
     EXPECT_EQ(folder_.names(), "map");
 }
 
-// A file of another user that its mode allows us to write: a new file can't be given to that user.
+// The file belongs to another user, but its mode allows writing. A new file cannot be given to that
+// user, so the old one is overwritten.
 TEST_F(SaveRefused, a_file_of_another_owner_is_written_in_place_and_its_copy_is_private) {
     put(file_, "[damaged]");
     EXPECT_EQ(::chmod(file_.c_str(), 0664), 0);
@@ -256,7 +257,7 @@ TEST_F(SaveRefused, a_file_of_another_owner_is_written_in_place_and_its_copy_is_
     struct stat before {
     }, after{};
     ASSERT_EQ(::stat(file_.c_str(), &before), 0);
-    pass();
+    load_and_save();
     EXPECT_EQ(messages(), "");
     ASSERT_EQ(::stat(file_.c_str(), &after), 0);
     EXPECT_EQ(before.st_ino, after.st_ino);
@@ -284,7 +285,7 @@ TEST_F(SaveRefused, a_link_into_a_missing_folder_or_to_itself_is_reported) {
         std::filesystem::create_symlink(target, file_);
         EXPECT_FALSE(save());
         EXPECT_EQ(messages(), refused(file_));
-        pass();
+        load_and_save();
         EXPECT_EQ(messages(), refused(file_));
         EXPECT_EQ(folder_.names(), "map");
     }
@@ -296,7 +297,7 @@ TEST_F(SaveRefused, a_folder_and_a_missing_one_are_reported) {
         EXPECT_FALSE(save(name));
         EXPECT_EQ(messages(), refused(name));
     }
-    pass();
+    load_and_save();
     EXPECT_EQ(messages(), refused(file_));
     EXPECT_EQ(folder_.names(), "map");
     EXPECT_TRUE(std::filesystem::is_empty(file_));

@@ -1,6 +1,6 @@
-// The safety of saving: every system call fails once with every possible error, or the process ends
-// there. Afterwards the file has the complete old or new text, the result reports which, and no
-// other file is left.
+// The safety of saving: each system call fails once with each of several errors, or the process is
+// killed there. Afterwards the file has the complete old or new text, the result reports which, and
+// no other file is left.
 
 #include "qrv/base/platform/cplatform.h"
 #include "qrv/core/cobjd.h"
@@ -23,15 +23,15 @@ int const errors[] = {EPERM, EINTR,  EIO,    EAGAIN, ENOMEM,       EACCES, EBUSY
 struct cScene {
     char const *name;
     std::function<void(cFolder const &)> make;
-    char const *names; // the names in the folder afterwards
-    bool unnamed_files = true;
+    char const *names;         // the names in the folder afterwards
+    bool unnamed_files = true; // false: the file system does not support files without a name
 };
 
 std::string const old_text = "{old=1}";
 
 std::vector<cScene> const scenes{
     {"a plain file", [](cFolder const &f) { put(f.file("map"), old_text); }, "map"},
-    {"a plain file with other rights",
+    {"a plain file with another mode",
      [](cFolder const &f) {
          put(f.file("map"), old_text);
          EXPECT_EQ(::chmod(f.file("map").c_str(), 0640), 0);
@@ -49,7 +49,7 @@ std::vector<cScene> const scenes{
          std::filesystem::create_hard_link(f.file("map"), f.file("twin"));
      },
      "map twin"},
-    {"a plain file where every file has a name",
+    {"a plain file on a file system without unnamed files",
      [](cFolder const &f) { put(f.file("map"), old_text); }, "map", false},
 };
 cScene const &two_names = scenes[3];
@@ -82,7 +82,7 @@ class SaveSweep : public SaveTest {
         scene.make(folder_);
         messages();
     }
-    // For each scene, error and call: runs the body with that call failing, then the check.
+    // For each scene, error and call: runs the body, in which that call fails, then the check.
     void each_failing_call(std::vector<cScene> const &all, std::function<void()> const &body,
                            std::function<void(cScene const &, int error)> const &check) {
         for (cScene const &scene : all)
@@ -187,7 +187,7 @@ TEST_F(SaveSweep, any_failure_preserves_permissions_and_links) {
         [&](cScene const &scene, int) {
             std::string const name = scene.name;
             std::string const file = folder_.file("map");
-            if (name == "a plain file with other rights") {
+            if (name == "a plain file with another mode") {
                 EXPECT_EQ(mode_of(file), 0640u);
             }
             if (name == "a symbolic link") {
@@ -200,19 +200,19 @@ TEST_F(SaveSweep, any_failure_preserves_permissions_and_links) {
 }
 
 TEST_F(SaveSweep, a_replacement_killed_at_any_call_leaves_old_or_new) {
-    int old_ones = 0, new_ones = 0, unfinished = 0;
+    int old_cases = 0, new_cases = 0, unfinished = 0;
     each_deadly_call(
         scenes, [&] { cat::replace_file(folder_.file("map"), new_text); },
         [&](cScene const &scene) {
-            ++(bytes() == new_text ? new_ones : old_ones);
+            ++(bytes() == new_text ? new_cases : old_cases);
             EXPECT_TRUE(bytes() == new_text || bytes() == old_text) << bytes();
             EXPECT_EQ(names_but_unfinished(), scene.names);
             unfinished += folder_.names() != scene.names;
             cat::remove_unfinished(folder_.file("map"));
             EXPECT_EQ(folder_.names(), scene.names);
         });
-    EXPECT_GT(old_ones, 20);
-    EXPECT_GT(new_ones, 0);
+    EXPECT_GT(old_cases, 20);
+    EXPECT_GT(new_cases, 0);
     EXPECT_GT(unfinished, 5);
 }
 
@@ -228,8 +228,8 @@ TEST_F(SaveSweep, a_new_file_is_complete_or_absent) {
         }
         std::string const names = with_result ? folder_.names() : names_but_unfinished();
         std::string const without =
-            scene.name == no_file.name ? "" : "map"; // the link is not counted
-        if (!names.starts_with(".qrv")) {            // only a temporary file of the killed process
+            scene.name == no_file.name ? "" : "map"; // the link itself always exists
+        if (!names.starts_with(".qrv")) {            // the temporary file of a killed process
             EXPECT_EQ(names, there ? scene.names : without);
         }
     };
@@ -258,7 +258,7 @@ std::vector<cScene> const backup_scenes{
          std::filesystem::create_hard_link(f.file("map"), f.file("twin"));
      },
      "map map~ twin"},
-    {"an older backup where every file has a name",
+    {"an older backup on a file system without unnamed files",
      [](cFolder const &f) {
          put(f.file("map"), old_text);
          put(f.file("map~"), older_text);
@@ -323,7 +323,7 @@ TEST_F(SaveSweep, write2file_with_a_failing_call_leaves_old_or_new_and_reports) 
     objref const number = cat::of(1234567890);
     bool done = false;
     std::string const refused = "Cannot open file for write: " + folder_.file("map") + "\n";
-    int reported_ones = 0;
+    int reported_cases = 0;
     each_failing_call(
         scenes, [&] { done = write2file(*number, folder_.file("map").c_str(), false); },
         [&](cScene const &scene, int) {
@@ -334,9 +334,9 @@ TEST_F(SaveSweep, write2file_with_a_failing_call_leaves_old_or_new_and_reports) 
             if (done) {
                 EXPECT_EQ(reported, "");
             }
-            reported_ones += reported == refused;
+            reported_cases += reported == refused;
         });
-    EXPECT_GT(reported_ones, 20);
+    EXPECT_GT(reported_cases, 20);
 }
 
 TEST_F(SaveSweep, write2file_killed_at_any_call_leaves_old_or_new) {
@@ -360,7 +360,7 @@ std::string const saved = "// Platform Quorvanta(R), Attributes version 2.0\n"
                           "{old= 1; }";
 
 // Loads and saves the map.
-void pass() {
+void load_and_save() {
     cPersistentMap map("map", false);
     map.busmap();
 }
@@ -388,13 +388,13 @@ TEST_F(SaveSweep, a_persistent_map_with_a_failing_call_is_saved_or_reports) {
     all.push_back(read_only);
     std::string const file = folder_.file("map");
     int unsaved = 0;
-    each_failing_call(all, pass, [&](cScene const &scene, int) {
+    each_failing_call(all, load_and_save, [&](cScene const &scene, int) {
         std::string const reported = messages();
         if (reported.empty()) {
             EXPECT_EQ(bytes(), saved);
         } else {
             EXPECT_EQ(bytes(), old_text);
-            // A call that succeeds again a moment later can cause both messages.
+            // write2file() reports the first message, and the map then adds the second.
             std::string const refused = "Cannot open file for write: " + file + "\n";
             std::string const failed = "Cannot write file: " + file + "\n";
             EXPECT_TRUE(reported == refused || reported == failed || reported == refused + failed)
@@ -408,35 +408,35 @@ TEST_F(SaveSweep, a_persistent_map_with_a_failing_call_is_saved_or_reports) {
 
 TEST_F(SaveSweep, no_failure_loses_a_damaged_file) {
     std::string const file = folder_.file("map");
-    int unkept = 0;
-    each_failing_call({damaged, damaged_again}, pass, [&](cScene const &scene, int) {
+    int not_copied = 0;
+    each_failing_call({damaged, damaged_again}, load_and_save, [&](cScene const &scene, int) {
         bool const beside = std::string(scene.name) == damaged_again.name;
         if (beside) {
             EXPECT_EQ(bytes_of(file + ".bad"), "earlier");
         }
         std::string const copy = file + (beside ? ".bad2" : ".bad");
-        bool const kept = std::filesystem::exists(copy);
-        if (kept) {
+        bool const copied = std::filesystem::exists(copy);
+        if (copied) {
             EXPECT_EQ(bytes_of(copy), damaged_text);
         }
         std::string const reported = messages();
         if (reported.empty()) {
-            EXPECT_TRUE(kept);
+            EXPECT_TRUE(copied);
             EXPECT_EQ(bytes(), saved);
         } else {
             EXPECT_EQ(bytes(), damaged_text);
             EXPECT_TRUE(reported.starts_with("Cannot ")) << reported;
         }
-        if (reported == "Cannot keep damaged file: " + file + "\n") ++unkept;
-        EXPECT_EQ(folder_.names(), kept ? scene.names : beside ? "map map.bad" : "map");
+        if (reported == "Cannot keep damaged file: " + file + "\n") ++not_copied;
+        EXPECT_EQ(folder_.names(), copied ? scene.names : beside ? "map map.bad" : "map");
     });
-    EXPECT_GT(unkept, 100);
+    EXPECT_GT(not_copied, 100);
 }
 
 TEST_F(SaveSweep, a_persistent_map_killed_at_any_call_loses_nothing) {
     std::vector<cScene> all = scenes;
     all.insert(all.end(), {read_only, damaged, damaged_again});
-    each_deadly_call(all, pass, [&](cScene const &scene) {
+    each_deadly_call(all, load_and_save, [&](cScene const &scene) {
         std::string const file = folder_.file("map");
         if (std::string(scene.name).find("damaged") == std::string::npos) {
             EXPECT_TRUE(bytes() == saved || bytes() == old_text) << bytes();

@@ -369,7 +369,7 @@ TEST_F(SetPathFailure, operations_of_a_string_have_no_merge_budget) {
     EXPECT_TRUE(root_->setattrp("a/c = 1", true));
     EXPECT_TRUE(is_reading_seen);
     EXPECT_FALSE(budget_seen);
-    EXPECT_TRUE(inner_budget_seen) << "text that is read inside has a budget again";
+    EXPECT_TRUE(inner_budget_seen) << "text that is read during the operation has a budget";
     EXPECT_TRUE(root_->setattrp("a/d", cat::of(1), true));
     EXPECT_FALSE(is_reading_seen);
     EXPECT_FALSE(budget_seen);

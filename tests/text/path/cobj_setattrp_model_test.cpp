@@ -1,6 +1,6 @@
-// Random lists of statements compared with a simple model of the tree. The model implements only
-// the rules of the operations: nodes of six kinds, held by counted pointers, so that sharing is
-// modelled, too. After each list, results, messages, shapes and the identity of objects must agree.
+// Executes random lists of statements on a tree and on a simple model of it. The model implements
+// only the rules of the operations. Its nodes have six kinds and are shared by counted pointers, as
+// objects are. After each list, results, messages, shapes and the identity of objects must agree.
 //
 // One run takes about a second. QRV_MODEL_SECONDS sets a longer time, QRV_MODEL_SEED another
 // sequence:
@@ -35,7 +35,7 @@ struct Node {
     int number = 0;
     std::string text = {};
     std::vector<std::pair<Key, Ref>> items = {}; // the keys of a vector or set are 0, 1, 2 ...
-    cObj const *twin = nullptr; // the object that corresponds to this node, once known
+    cObj const *twin = nullptr; // the object that corresponds to this node; null at first
 
     bool is_list() const { return kind == Kind::vector || kind == Kind::set; }
     bool is_container() const { return is_list() || kind == Kind::map; }
@@ -190,7 +190,7 @@ bool copy(Ref const &target, Ref const &source, Pairs &done) {
         if (is_new && target->kind == Kind::map)
             result &= store(*target, key, value);
         else if (is_new)
-            append(*target, value); // with any result
+            append(*target, value); // its result is ignored
     }
     if (target->kind == Kind::vector)
         for (size_t i = own.size(); i-- > 0;)
@@ -277,9 +277,9 @@ bool apply(Ref const &root, Statement const &s, bool force, std::string &reporte
 
 // --- both side by side
 
-class Play {
+class Comparison {
   public:
-    explicit Play(std::uint64_t seed) : random_(seed) {}
+    explicit Comparison(std::uint64_t seed) : random_(seed) {}
 
     // Runs one list of statements, or one value, on both. Returns the difference, or nothing.
     std::string step();
@@ -311,20 +311,20 @@ class Play {
 
     std::mt19937_64 random_;
     Both tree_;
-    std::vector<Both> values_; // objects of the program, stored at several positions
+    std::vector<Both> values_; // they may be stored at several positions of the tree
     size_t statements_ = 0;
-    std::unordered_map<cObj const *, Node const *> players_;
+    std::unordered_map<cObj const *, Node const *> nodes_;
     std::unordered_set<Node const *> visited_;
 };
 
-Key Play::key() {
+Key Comparison::key() {
     static char const *const names[] = {"a", "b", "c", "d", "x y", "q/r"};
     static int const numbers[] = {0, 0, 1, 1, 2, 3, -1, 7};
     if (one_in(3)) return one_of(numbers);
     return std::string(one_of(names));
 }
 
-Ref Play::value(int depth) {
+Ref Comparison::value(int depth) {
     static Kind const kinds[] = {Kind::nil,  Kind::number, Kind::number, Kind::number, Kind::text,
                                  Kind::text, Kind::map,    Kind::map,    Kind::vector, Kind::set};
     Kind const kind = one_of(kinds);
@@ -343,7 +343,7 @@ Ref Play::value(int depth) {
     return node;
 }
 
-std::vector<Key> Play::path() {
+std::vector<Key> Comparison::path() {
     std::vector<Key> keys;
     Ref at = tree_.node;
     for (size_t n = 1 + below(4); n > 0; --n) {
@@ -357,19 +357,19 @@ std::vector<Key> Play::path() {
     return keys;
 }
 
-std::string Play::separator() {
+std::string Comparison::separator() {
     static char const *const all[] = {";", ",", "; ", ";\n", " ;; ", " // c\n;", ";/* c */", ",;,"};
     return one_of(all);
 }
 
-std::string Play::written(std::vector<Key> const &path) {
+std::string Comparison::written(std::vector<Key> const &path) {
     static char const *const slashes[] = {"/", "/", "/", " /", "/ ", "/*c*//", "/\n"};
     std::string all = one_in(4) ? "/" : "";
     for (size_t i = 0; i < path.size(); ++i) all += (i ? one_of(slashes) : "") + shown(path[i]);
     return all;
 }
 
-std::string Play::step_text() {
+std::string Comparison::step_text() {
     struct Wrong {
         char const *text;
         char const *reported;
@@ -402,7 +402,7 @@ std::string Play::step_text() {
         }
         Statement s{path(), one_of(ops), value(3)};
         text += written(s.path) + " " + s.op + " ";
-        if (one_in(60)) break; // nothing after the operator
+        if (one_in(60)) break; // no value after the operator
         if (one_in(40)) {
             Wrong const &wrong = one_of(no_value);
             text += std::string(wrong.text) + ";";
@@ -418,8 +418,9 @@ std::string Play::step_text() {
     return compare(text + (force ? "  with force" : ""), result, real, reported, report);
 }
 
-// Does the value reach something that would then contain it, or a part of it?
-bool Play::could_be_cyclic(Statement const &s) {
+// Returns whether the statement could create a cycle: the value contains a container that the
+// statement may change.
+bool Comparison::could_be_cyclic(Statement const &s) {
     std::unordered_set<Node const *> touched;
     std::function<void(Ref const &)> const note = [&](Ref const &node) {
         if (node->is_container() && touched.insert(node.get()).second)
@@ -448,7 +449,7 @@ bool Play::could_be_cyclic(Statement const &s) {
     return meets(s.value);
 }
 
-std::string Play::step_value() {
+std::string Comparison::step_value() {
     static char const *const ops[] = {"", "", "=", "&=", "&=", "+=", "<<"};
     Both &both = values_[below(values_.size())];
     Statement const s{path(), one_of(ops), both.node};
@@ -458,18 +459,18 @@ std::string Play::step_value() {
     std::string reported;
     bool const result = apply(tree_.node, s, force, reported);
     cat::ReadReport report;
-    cErrorLog errors; // errors of the operations, which a report need not contain
+    cErrorLog errors; // prevents the output of the operations' errors
     std::string const text = written(s.path) + " " + s.op;
     bool const real = tree_.obj->setattrp(text, both.obj, force);
     return compare(text + "  value " + shown(both.node), result, real, reported, report);
 }
 
-std::string Play::step_read() {
+std::string Comparison::step_read() {
     std::vector<Key> const keys = path();
     std::string const text = written(keys);
     Got got{Got::found, tree_.node};
     for (size_t i = 0; i < keys.size() && got.state != Got::missing; ++i)
-        got = got.state == Got::bad ? Got{Got::missing} // the sentinel of failure has no attributes
+        got = got.state == Got::bad ? Got{Got::missing} // cat::bad() has no attributes
                                     : get(*got.value, keys[i]);
     cErrorLog errors;
     objref const real = tree_.obj->getattrp(text);
@@ -481,19 +482,19 @@ std::string Play::step_read() {
     return agree ? "" : "reading " + text + " gives " + path_test::flat(real);
 }
 
-std::string Play::compare(std::string const &what, bool model, bool real,
-                          std::string const &reported, cat::ReadReport const &report) {
-    std::string heard;
+std::string Comparison::compare(std::string const &what, bool model, bool real,
+                                std::string const &reported, cat::ReadReport const &report) {
+    std::string in_report;
     for (cat::ReadError const &error : report.entries())
         for (char const *begin :
              {"ERROR in setattrp", "Call of setattrp", "Value with unknown type", "Unknown #-value",
               "Failed to read value"})
-            if (error.text.rfind(begin, 0) == 0) heard += error.text + "\n";
+            if (error.text.rfind(begin, 0) == 0) in_report += error.text + "\n";
     std::string wrong;
     if (model != real) wrong += real ? "result is true\n" : "result is false\n";
-    if (reported != heard) wrong += "told:\n" + heard + "instead of:\n" + reported;
+    if (reported != in_report) wrong += "reported:\n" + in_report + "instead of:\n" + reported;
     if (!text_state().idle()) wrong += "not idle\n";
-    players_.clear();
+    nodes_.clear();
     visited_.clear();
     wrong += compare(tree_.node, tree_.obj);
     for (Both const &both : values_) wrong += compare(both.node, both.obj);
@@ -502,14 +503,14 @@ std::string Play::compare(std::string const &what, bool model, bool real,
            path_test::flat(tree_.obj);
 }
 
-std::string Play::compare(Ref const &node, objref const &obj) {
+std::string Comparison::compare(Ref const &node, objref const &obj) {
     if (!obj) return "a null value\n";
     if (node->kind == Kind::nil) return obj == cat::nil() ? "" : "not nil\n";
     if (!node->twin) node->twin = obj.get();
-    Node const *&player = players_[obj.get()];
-    if (!player) player = node.get();
-    if (player != node.get() || node->twin != obj.get())
-        return "another object plays " + shown(node) + "\n";
+    Node const *&known = nodes_[obj.get()];
+    if (!known) known = node.get();
+    if (known != node.get() || node->twin != obj.get())
+        return "another object corresponds to " + shown(node) + "\n";
     if (!visited_.insert(node.get()).second) return {};
     if (!node->is_container())
         return cat::as_text(obj) == shown(node) ? "" : "not " + shown(node) + "\n";
@@ -529,7 +530,7 @@ std::string Play::compare(Ref const &node, objref const &obj) {
     return {};
 }
 
-void Play::start() {
+void Comparison::start() {
     tree_.node = nullptr;
     values_.clear();
     auto const both = [](Ref const &node) { return Both{node, path_test::read(shown(node))}; };
@@ -537,10 +538,10 @@ void Play::start() {
     while (!tree_.node->is_container());
     for (int i = 0; i < 5; ++i) values_.push_back(both(value(2)));
     cat::ReadReport const nothing;
-    (void)compare("start", true, true, "", nothing); // assigns its node to each object
+    (void)compare("start", true, true, "", nothing); // sets `twin` of each node
 }
 
-std::string Play::step() {
+std::string Comparison::step() {
     if (!tree_.node || one_in(200) || size_of(tree_.node, 600) > 600) start();
     for (Both const &both : values_)
         if (size_of(both.node, 200) > 200) start();
@@ -561,14 +562,15 @@ TEST_F(SetPathModel, random_statements_agree_with_the_model) {
     std::uint64_t const seconds = setting("QRV_MODEL_SECONDS", 0);
     std::uint64_t const seed = setting("QRV_MODEL_SEED", 1);
     auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-    Play play(seed);
+    Comparison comparison(seed);
     constexpr size_t in_a_short_run = 12000;
-    while (play.statements() < in_a_short_run || std::chrono::steady_clock::now() < end) {
-        ASSERT_EQ(play.step(), "") << "seed " << seed << ", statement " << play.statements();
-        messages(); // printed by comparisons
+    while (comparison.statements() < in_a_short_run || std::chrono::steady_clock::now() < end) {
+        ASSERT_EQ(comparison.step(), "")
+            << "seed " << seed << ", statement " << comparison.statements();
+        messages(); // discards what the statements printed
     }
-    RecordProperty("statements", std::to_string(play.statements()));
+    RecordProperty("statements", std::to_string(comparison.statements()));
     if (seconds > 0)
         std::printf("seed %llu: %zu statements\n", static_cast<unsigned long long>(seed),
-                    play.statements());
+                    comparison.statements());
 }

@@ -17,7 +17,8 @@ namespace {
 
 class SetPath : public QrvTest {
   protected:
-    // The effect of a string on a tree: "result tree", followed by the messages on separate lines.
+    // Executes statements on a tree in which the value of a key `c` is const. Returns the result
+    // and the tree, and the messages on further lines.
     std::string after(std::string const &tree, std::string const &text, bool force) {
         objref const root = read(tree);
         if (objref const constant = root->getattr(own_key("c")); cObj::is_good(constant))
@@ -73,7 +74,7 @@ TEST_F(SetPathEdge, without_force_a_missing_level_is_reported) {
     EXPECT_EQ("\n" + messages(), missing("/a"));
 }
 
-TEST_F(SetPathEdge, three_statements_may_have_three_separators) {
+TEST_F(SetPathEdge, semicolons_and_commas_separate_statements) {
     objref const root = read("{ x = 7; y = 8; z = 4 }");
     objref const x = root->getattrp("x"), y = root->getattrp("y"), z = root->getattrp("z");
     EXPECT_TRUE(root->setattrp("x = 1; y &= 2, z += 3", true));
@@ -321,7 +322,7 @@ TEST_F(SetPath, assigning_does_not_store_bad_values) {
     }
 }
 
-TEST_F(SetPath, a_void_object_accepts_nothing) {
+TEST_F(SetPath, nil_has_no_attributes_to_write) {
     EXPECT_FALSE(cat::nil()->setattrp("a", number(1), true));
     EXPECT_FALSE(cat::nil()->setattrp("a &= 1", true));
     EXPECT_EQ(messages(), "");
@@ -348,7 +349,7 @@ TEST_F(SetPath, specifications_apply_at_the_end_of_a_path) {
     EXPECT_EQ(flat(root->getattrp("m/n")), "6");
 }
 
-// --- texts
+// --- strings of statements
 
 TEST_F(SetPath, an_empty_string_succeeds) {
     EXPECT_EQ(after("{a=1}", ""), "true {a=1}");
@@ -383,7 +384,7 @@ TEST_F(SetPath, keys_follow_the_rules_of_files) {
     EXPECT_EQ(after("{}", "m/1.5/-2 = a", true), "true {m={1.50000={-2=a}}}");
 }
 
-TEST_F(SetPath, a_constant_is_a_key_with_its_value) {
+TEST_F(SetPath, a_constant_in_a_path_is_replaced_by_its_value) {
     cat::constmap().setattr(own_key("speed"), number(3));
     cat::constmap().setattr(own_key("label"), cat::of("text"));
     EXPECT_EQ(after("{}", "#speed = 1; #label = 2; m/#speed = 3", true),
@@ -394,7 +395,7 @@ TEST_F(SetPath, a_constant_is_a_key_with_its_value) {
     EXPECT_EQ(after("{}", "#label/#speed/x = 3", false), "false {}" + missing("/#label"));
 }
 
-TEST_F(SetPath, the_path_of_a_report_is_in_object_notation) {
+TEST_F(SetPath, reported_paths_have_keys_as_written_in_files) {
     EXPECT_EQ(after("{'a b'={5={}}}", "'a b'/5/-1/c = 1", false),
               "false {\"a b\"={5={}}}" + missing("/\"a b\"/5/-1"));
     EXPECT_EQ(after("{}", "1.5/c << 1"), "false {}" + not_allowed("<<", "/1.50000"));
@@ -410,12 +411,12 @@ TEST_F(SetPath, values_follow_the_rules_of_files) {
 
 TEST_F(SetPath, one_separator_before_a_value_is_allowed) {
     EXPECT_EQ(after("{}", "a = ; 1; b = 2"), "true {a=1;b=2}");
-    // ... and so the next word is the value, even if it was not meant to be.
+    // The separator is skipped, so the next word is the value, even if it begins a statement.
     EXPECT_EQ(after("{}", "a = ; b; = 2"),
               "false {a=b}" + one_error("ERROR in setattrp: Bad no-key entry: ="));
 }
 
-TEST_F(SetPath, an_absent_value_ends_the_string_silently) {
+TEST_F(SetPath, a_missing_value_ends_the_execution_silently) {
     EXPECT_EQ(after("{}", "a = 1; b ="), "true {a=1}");
     EXPECT_EQ(after("{}", "a = 1; b = ; "), "true {a=1}");
     EXPECT_EQ(after("{}", "a = 1; b = } c = 2"), "true {a=1}");
@@ -428,7 +429,7 @@ TEST_F(SetPath, a_statement_can_use_results_of_earlier_ones) {
               "true {v=[1;{a=7}];m={v=x}}");
 }
 
-TEST_F(SetPath, two_statements_are_the_same_as_two_calls) {
+TEST_F(SetPath, the_same_statements_can_be_executed_twice) {
     objref const root = read("{ n = 1; v = [] }");
     for (int i = 0; i < 2; ++i) EXPECT_TRUE(root->setattrp("n += 1; v << n; s = <1>", false));
     EXPECT_EQ(flat(root), "{n=3;v=[n;n];s=<1>}");
@@ -443,7 +444,7 @@ TEST_F(SetPath, keys_are_written_to_the_trace_channel) {
     EXPECT_EQ(messages(), "a\n\"b c\"\n5\nd\ne\n");
 }
 
-// --- pieces
+// --- append_dissection
 
 TEST_F(SetPath, dissection_splits_short_strings) {
     std::vector<std::pair<std::string, std::string>> const cases = {

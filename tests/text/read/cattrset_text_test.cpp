@@ -24,7 +24,7 @@ class SpecificationText : public QrvTest {
 
 class SpecificationTextEdge : public SpecificationText {};
 
-// The text written exactly.
+// The value's exact text.
 std::string exact(objref const &value) {
     cat::ExactText const guard;
     return written(value);
@@ -37,7 +37,7 @@ std::string errors_of(std::string const &text) {
     return shown(report);
 }
 
-// An omitted attribute is nil when its object is read.
+// Removes nil entries: an attribute that is omitted in text is nil when the text is read again.
 std::string without_nil(std::string text) {
     std::string const nil = "= #nil;\n";
     for (size_t at = text.find(nil); at != std::string::npos; at = text.find(nil)) {
@@ -47,13 +47,12 @@ std::string without_nil(std::string text) {
     return text;
 }
 
-// Reads the entries of a map without an error, and writes them exactly. Returns the paths of the
-// omitted values and the text, which must be readable without an error and be written the same
-// again.
 struct cExactly {
-    std::string left_out;
+    std::string left_out; // the paths of omitted values
     std::string text;
 };
+// Reads the entries of a map, and writes the map exactly. The text must be readable without an
+// error, and the map read from it must have the same text, apart from nil entries.
 cExactly exactly(std::string const &entries) {
     cTypesBack const types;
     Reading const file("{" + entries + "}");
@@ -76,7 +75,7 @@ cExactly exactly(std::string const &entries) {
 }
 std::string left_out(std::string const &entries) { return exactly(entries).left_out; }
 
-// "T= attlist(x= attspec(type= int; flag= #IMPLIED));"
+// For example "T= attlist(x= attspec(type= int; flag= #IMPLIED));".
 std::string declare(std::string const &key, std::string const &spec,
                     std::string const &type = "T") {
     return type + "= attlist(" + key + "= attspec(" + spec + "));";
@@ -97,7 +96,7 @@ TEST_F(SpecificationTextEdge, an_implied_attribute_without_a_type_is_an_empty_st
     EXPECT_EQ(errors_of("attspec()"), "1:1  0x40000001 Failed to read value, type attspec\n");
 }
 
-TEST_F(SpecificationTextEdge, an_undeclared_key_fails_as_a_whole_and_changes_nothing) {
+TEST_F(SpecificationTextEdge, reading_an_undeclared_key_fails_and_changes_nothing) {
     Reading const file("{" + record + " r= R(n=1; d=2); }");
     ASSERT_EQ(file.code, 0) << file.log;
     objref const object = file.at("r");
@@ -246,7 +245,7 @@ TEST_F(SpecificationText, an_entry_that_is_not_a_specification_declares_no_attri
     EXPECT_EQ(file.text_at("a"), "E(\n)");
 }
 
-TEST_F(SpecificationText, a_list_that_is_not_empty_fails_without_attributes) {
+TEST_F(SpecificationText, an_entry_of_an_object_without_attributes_is_an_error) {
     std::string const failed = "1:19 /a 0x40000001 Failed to read value, type E\n"
                                "1:19 /a 0x00000000 Cannot insert key =a\n";
     EXPECT_EQ(errors_of("{E= attlist(); a= E(x= 1) }"),
@@ -287,10 +286,10 @@ TEST_F(SpecificationText, an_object_that_reads_the_same_by_the_newer_declaration
         EXPECT_EQ(left_out(int_x + "a= T(x= 1);" + declare("x", same)), "") << same;
     EXPECT_EQ(left_out(int_x + "a= T();" + int_x), "");
     std::string const two = "T= attlist(x= attspec(flag= #IMPLIED); y= attspec(flag= #IMPLIED));";
-    std::string const turned =
+    std::string const reordered =
         "T= attlist(y= attspec(flag= #IMPLIED); x= attspec(flag= #IMPLIED));";
     EXPECT_EQ(left_out(two + "a= T(x= 1);" + two), "");
-    EXPECT_EQ(left_out(two + "a= T(x= 1);" + turned), "/a ");
+    EXPECT_EQ(left_out(two + "a= T(x= 1);" + reordered), "/a ");
 }
 
 TEST_F(SpecificationText, a_changed_default_omits_objects_that_it_would_be_merged_with) {
@@ -326,8 +325,7 @@ TEST_F(SpecificationText, references_to_an_older_object_are_omitted_but_not_thos
                            "  c= [1, ];\n  d= #cRef(/c);\n}");
 }
 
-TEST_F(SpecificationText,
-       an_older_object_in_a_container_is_left_out_and_the_places_after_it_count) {
+TEST_F(SpecificationText, references_count_indices_without_the_omitted_older_objects) {
     cExactly const nested = exactly(int_x +
                                     "v= [T(x= 1); 7; #cRef(/v/0); {k= 8}]; m= {a= T(x= 1); b= 2};"
                                     "s= <T(x= 1); 9>; r= #cRef(/v/1); q= #cRef(/v/3/k);" +
@@ -363,7 +361,7 @@ TEST_F(SpecificationText, an_object_that_its_type_would_refuse_is_omitted) {
                        "F= attlist(f= attspec(default= 5; flag= #FIXED));"
                        "W= attlist(w= attspec(type= int; default= 2.5));"
                        "w= W(w= 3); }");
-    EXPECT_EQ(file.text_at("w/w"), "3.00000") << "3 was assigned to the default, a double";
+    EXPECT_EQ(file.text_at("w/w"), "3.00000") << "the value is assigned to the default, a double";
     auto const fresh = [&file](char const *type) {
         return make<cMapObj>(dynamic_cast<cTypeObj *>(file.at(type).get()), true);
     };
@@ -443,7 +441,7 @@ TEST_F(SpecificationText, two_objects_read_with_the_same_default_share_nothing) 
     Reading const file(
         "{T= attlist(v= attspec(default=[1])); a= T(v=[2]); b= T(); c= T(v=[3;4]); }");
     EXPECT_EQ(file.log, "");
-    EXPECT_EQ(file.text_at("a/v"), "[2, ]"); // into the private copy
+    EXPECT_EQ(file.text_at("a/v"), "[2, ]"); // read into a private copy of the default
     EXPECT_EQ(file.text_at("b/v"), "[1, ]");
     EXPECT_EQ(file.text_at("T/v/default"), "[1, ]");
 }
@@ -458,8 +456,8 @@ TEST_F(SpecificationText, text_creates_no_object_that_owns_itself) {
     EXPECT_FALSE(below.at("m")->is_owner_of(*below.at("m")));
 }
 
-// The first entry of a specification's text declares nothing: only its value is used.
-TEST_F(SpecificationText, a_type_without_a_name_lives_as_long_as_the_specification) {
+// As the first entry of an attspec, `type= choice(...)` does not declare a type named "type".
+TEST_F(SpecificationText, an_unnamed_type_lives_as_long_as_its_specification) {
     Reading const choice("attspec(type=choice({a=1}); flag=#IMPLIED)");
     EXPECT_EQ(choice.log, "");
     EXPECT_EQ(choice.text(), "attspec(type=\"\"; )");

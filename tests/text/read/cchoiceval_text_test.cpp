@@ -204,8 +204,7 @@ TEST_F(ChoiceDeclared, a_declared_type_is_known_after_its_declaration) {
 TEST_F(ChoiceDeclared, merging_into_shared_choices_takes_effect_when_the_type_is_changed) {
     Reading const r("{ l=[1;2]; C=choice(#cRef(/l)); v=C(1); l=[9]; }");
     EXPECT_EQ(r.log, "");
-    EXPECT_EQ(place_at(r, "v"), "undefined")
-        << "its entry is removed, and the type has not fired yet";
+    EXPECT_EQ(place_at(r, "v"), "undefined") << "its entry was removed, and no signal was sent";
     r.at("C")->changed();
     EXPECT_EQ(place_at(r, "v"), "lost");
     EXPECT_EQ(r.text_at("v"), "C()");

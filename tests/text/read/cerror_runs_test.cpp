@@ -59,8 +59,7 @@ class ErrorRuns : public QrvTest {
 TEST_F(ErrorRuns, continue_while_the_reader_is_not_synchronised) {
     EXPECT_EQ(runs("{a = 5 ms; b = 6; c = 7; }"), "-0000000");
     EXPECT_EQ(runs("{a; b = nosuch(1)}"), "-00000");
-    EXPECT_EQ(runs("{a = ?;5 6; b = nosuch(1)}"), "-0000000")
-        << "the ; precedes a value without a key";
+    EXPECT_EQ(runs("{a = ?;5 6; b = nosuch(1)}"), "-0000000") << "the ; is before a value";
     EXPECT_EQ(runs("{[] = 5; b = nosuch(1)}"), "-00-3");
     EXPECT_EQ(runs("{? a = nosuch(1)}"), "-00");
     EXPECT_EQ(runs("{a = nosuch(1) b = nosuch(2); c = nosuch(3)}"), "-000-4");
@@ -74,7 +73,7 @@ TEST_F(ErrorRuns, end_at_an_entry_after_a_delimiter) {
     EXPECT_EQ(runs("{a = 99999999999; 'b' = 99999999999}"), "-0-2");
     EXPECT_EQ(runs("{a = 5 = ; b = nosuch(1)}"), "--1");
     EXPECT_EQ(runs("{?; a = nosuch(1)}"), "--1");
-    EXPECT_EQ(runs("{a = 1;;; b = nosuch(1)}"), "--1") << "also after an unnecessary delimiter";
+    EXPECT_EQ(runs("{a = 1;;; b = nosuch(1)}"), "--1") << "the same after superfluous delimiters";
 }
 
 TEST_F(ErrorRuns, end_at_an_entry_after_an_opening_bracket) {
@@ -84,7 +83,7 @@ TEST_F(ErrorRuns, end_at_an_entry_after_an_opening_bracket) {
     EXPECT_EQ(runs("{a = 5 b = <nosuch(1)>; }"), "--1");
     EXPECT_EQ(runs("{a = 5 b = map{c = nosuch(1)}; }"), "--1");
     EXPECT_EQ(runs(declared + "a = 5 b = T(x = nosuch(1)); c = nosuch(2)}"), "---2");
-    EXPECT_EQ(runs("{a = 5 b = []; c = 1 2}"), "--11") << "an empty container has no entry";
+    EXPECT_EQ(runs("{a = 5 b = []; c = 1 2}"), "--11") << "an empty vector has no entry";
 }
 
 TEST_F(ErrorRuns, end_after_the_bracket_that_closes_where_they_began) {
@@ -93,9 +92,9 @@ TEST_F(ErrorRuns, end_after_the_bracket_that_closes_where_they_began) {
     EXPECT_EQ(runs("{a = <nosuch(1)> b = nosuch(1)}"), "-0-2");
     EXPECT_EQ(runs("{a = {x = {y = nosuch(1)}} b = nosuch(2)}"), "-0-2");
     EXPECT_EQ(runs(declared + "a = T(x = nosuch(1)) b = nosuch(2)}"), "--1");
-    EXPECT_EQ(runs("{a = int(5 6) b = nosuch(1)}"), "-00") << "int(...) is not a container";
+    EXPECT_EQ(runs("{a = int(5 6) b = nosuch(1)}"), "-00") << "an int is not a container";
     EXPECT_EQ(runs("{a = nosuch(1) b = nosuch(1)}"), "-000")
-        << "the text of an unknown type is not read";
+        << "the text in these brackets is not read";
 }
 
 TEST_F(ErrorRuns, include_errors_at_that_bracket) {
@@ -117,15 +116,16 @@ TEST_F(ErrorRuns, continue_to_the_end_of_text_without_the_bracket) {
 }
 
 TEST_F(ErrorRuns, include_the_refusal_of_a_key_whose_value_had_errors) {
-    EXPECT_EQ(runs("{c = [nosuch(1)] d = nosuch(2)}"), "-000-4") << "after the end of the run";
+    EXPECT_EQ(runs("{c = [nosuch(1)] d = nosuch(2)}"), "-000-4")
+        << "the refusal belongs to a run that has ended";
     EXPECT_EQ(runs("{c = [nosuch(1); 5]; d = nosuch(2)}"), "-0-2-4")
-        << "the refusal belongs to the run of the value's last error";
+        << "the refusal belongs to the run of the last error";
     EXPECT_EQ(runs("[1; nosuch(1); 5 6; #none #none; nosuch(2)]"), "-0--333-77");
     EXPECT_EQ(runs("[[[nosuch(1)]]; [[nosuch(2)]]]"), "-000-4-666-1010")
-        << "the errors about the outer vector as a whole are another run";
-    EXPECT_EQ(runs("{a = 1; b = #bad; c = #bad; }"), "--") << "the values have no other errors";
+        << "the errors about the outer container are another run";
+    EXPECT_EQ(runs("{a = 1; b = #bad; c = #bad; }"), "--") << "there was no error before";
     EXPECT_EQ(runs("{a = [nosuch(1)] b = #bad; }"), "-000-")
-        << "the earlier errors are those of another value";
+        << "the earlier error belongs to another value";
 }
 
 TEST_F(ErrorRuns, in_lists_and_sets_end_at_the_next_item) {
@@ -182,7 +182,7 @@ TEST_F(ErrorRuns, runs_in_text_that_is_read_inside_end_with_that_text) {
     add_type("Reads", read_other);
     reading = [] { read_all("[1; nosuch(1)]"); };
     EXPECT_EQ(runs("{a = Reads(x); b = nosuch(1)}"), "-00-3");
-    EXPECT_EQ(runs("{a = 5 b = Reads(x) c = nosuch(1)}"), "--11-4") << "the value has a bracket";
+    EXPECT_EQ(runs("{a = 5 b = Reads(x) c = nosuch(1)}"), "--11-4") << "Reads has a bracket";
     reading = nullptr;
 }
 
@@ -233,7 +233,7 @@ TEST_F(ErrorRuns, begin_with_the_first_error_that_a_watch_keeps) {
     cat::ReadReport report;
     report.watch(&watch);
     read_all("{a = nosuch(1); b = 5 ms; c = 6; }");
-    EXPECT_EQ(watch.seen, "----1111") << "no error follows from one that was dropped";
+    EXPECT_EQ(watch.seen, "----1111") << "the watch has not kept the first error";
     EXPECT_EQ(runs_of(report), "--1111");
     report.watch(nullptr);
 }

@@ -27,7 +27,7 @@ TEST_F(ReaderHostile, nesting_stops_at_the_limit) {
     Reading deep("{ a = " + times("[", 10) + "1" + times("]", 10) + "; b = 2 }");
     EXPECT_EQ(deep.log.substr(0, deep.log.find('\n') + 1),
               "0x40000001 Line 1: Nesting is deeper than 10, path : /a/0/0/0/0/0/0/0/0/0\n");
-    EXPECT_EQ(deep.text_at("b"), "2") << "reading continues after the deep value";
+    EXPECT_EQ(deep.text_at("b"), "2") << "reading continues after it";
 }
 
 TEST_F(ReaderHostile, a_hundred_thousand_brackets_are_refused) {
@@ -112,7 +112,7 @@ TEST_F(ReaderHostile, random_references_and_repeated_keys_leak_nothing) {
         for (cat::ReadError const &error : report.entries()) cycles += error.code == 0x40020000;
         report.clear();
     }
-    EXPECT_GT(cycles, 20u) << "some texts try to create cycles";
+    EXPECT_GT(cycles, 20u) << "the random texts contain such cases";
 }
 
 TEST_F(ReaderHostile, the_stack_limits_a_raised_depth_limit) {
@@ -172,7 +172,7 @@ TEST_F(ReaderHostile, long_keys_may_have_many_slashes) {
 TEST_F(ReaderHostile, a_value_of_a_set_may_change_while_the_set_is_read) {
     Reading r("{ s = <1; {a = #cRef(/s/0); a = 5}; 1; 2> }");
     EXPECT_EQ(r.text_at("s"), "<5, {a= #cRef(/0); }, 1, 2, >")
-        << "the second 1 is a separate value";
+        << "the set is written on its own, so it is the root of the path";
 }
 
 } // namespace

@@ -50,7 +50,7 @@ TEST_F(ReaderLate, positions_in_a_set_are_those_in_the_text) {
     EXPECT_EQ(found("s=<{x=1};{x=1}>;", "/s/1/x"), "1");
 }
 
-TEST_F(ReaderLate, a_map_without_a_key_is_in_no_path) {
+TEST_F(ReaderLate, a_map_without_a_key_adds_no_key_to_paths) {
     EXPECT_EQ(found("{x=1}", "/x"), "1");
     EXPECT_EQ(found("{x=1}", "/0"), "undefined");
     EXPECT_EQ(found("{x={y=1}} {x={z=2}}", "/x/y"), "1");

@@ -163,7 +163,7 @@ TEST_F(ReaderMethod, scan_attrcopy_prints_failures_as_a_line) {
     std::istringstream good("a=1; b=2");
     args = make<cInHolder>(good);
     EXPECT_TRUE(cat::scan_attrcopy(map, args))
-        << "only keys that a new object has are copied, and it has none";
+        << "only keys that a new object has are copied: a map has none";
     EXPECT_EQ(map.size(), 0);
     cat::errhandler() = cErrHandler(0x40000000, 0, 0x40000000);
     cObjD<int> number(0);
@@ -286,7 +286,7 @@ TEST_F(ReaderMethod, read_to_endcontainer_counts_its_bracket) {
     scan.read_to_endcontainer('[');
     EXPECT_EQ(scan.gettok(), tkIdent);
     scan.read_to_endcontainer('x');
-    EXPECT_EQ(scan.gettok(), tkEof) << "the next opening bracket counts";
+    EXPECT_EQ(scan.gettok(), tkEof) << "the next opening bracket is the one that must be closed";
 }
 
 TEST_F(ReaderMethod, read_to_delimiter_stops_at_separators_and_the_set) {
@@ -316,7 +316,7 @@ TEST_F(ReaderMethod, errors_begin_with_their_position) {
     EXPECT_EQ(scan.errcount(), 4u);
     EXPECT_EQ(scan.errs().code(), 0u);
     EXPECT_TRUE(scan.errs().handled());
-    EXPECT_EQ(scan.errcount(), 4u) << "an error without a number is not counted";
+    EXPECT_EQ(scan.errcount(), 4u) << "an error without a code does not count";
     scan.set_filename("x.attr");
     EXPECT_EQ(scan.posstring(), "x.attr (3) ");
     scan.set_oneline();
@@ -359,7 +359,7 @@ TEST_F(ReaderMethod, the_end_of_input_is_remembered) {
     EXPECT_EQ(token.text, "");
     EXPECT_EQ(scan.gettok(token), 0);
     cAttrScan other(is, false);
-    EXPECT_EQ(other.gettok(), tkIdent) << "only the first scan has ended";
+    EXPECT_EQ(other.gettok(), tkIdent) << "another scan does not remember the end of input";
 }
 
 TEST_F(ReaderMethod, each_path_is_written_to_the_trace_channel) {
@@ -436,7 +436,8 @@ TEST_F(ReaderFile, an_unreadable_file_is_reported_unless_quiet) {
         EXPECT_FALSE(is.is_open());
         EXPECT_EQ(scan.filename(), "");
         objref value;
-        EXPECT_EQ(scan.scan_obj(value, nullptr), -1) << "without a file nothing is read";
+        EXPECT_EQ(scan.scan_obj(value, nullptr), -1)
+            << "nothing is read, and the device has no error";
     }
     std::ifstream is;
     cAttrScan scan(is, false);

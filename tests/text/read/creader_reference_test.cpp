@@ -57,7 +57,7 @@ TEST_F(ReaderReference, a_plain_path_never_replaces_the_value_at_that_path) {
     EXPECT_EQ(reversed.text_at("b"), "2");
 }
 
-TEST_F(ReaderReference, a_path_to_a_failed_value_is_bad) {
+TEST_F(ReaderReference, a_reference_to_a_failed_value_is_bad) {
     Reading r("{ a = nosuch(1); b = #cRef(/a); c = #badfind; d = #cRef(/c) }");
     EXPECT_EQ(r.log, "0x40000005 Line 1: ( /a ): Value with unknown type='nosuch\n"
                      "0x40000003 Line 1: ( /b ): Bad path of #cRef(/a)\n"
@@ -72,7 +72,7 @@ TEST_F(ReaderReference, a_failed_reference_is_reported_as_written) {
               "Referenced value is not defined before.\n");
 }
 
-TEST_F(ReaderReference, needs_its_closing_bracket) {
+TEST_F(ReaderReference, a_reference_without_its_opening_bracket_is_reported) {
     Reading r("{ a = #cRef x; b = [#cRef]; c = 3 }");
     EXPECT_EQ(r.log, "0x40000002 Line 1: ( /a ): After #cRef delimiter '(' is missed\n"
                      "0x40000002 Line 1: ( /b/0 ): After #cRef delimiter '(' is missed\n"
@@ -80,7 +80,7 @@ TEST_F(ReaderReference, needs_its_closing_bracket) {
     EXPECT_EQ(r.text_at("c"), "3");
 }
 
-TEST_F(ReaderReference, a_reference_at_the_end_of_input_is_resolved_as_far_as_it_was_read) {
+TEST_F(ReaderReference, a_reference_cut_off_by_the_end_of_input_is_resolved_as_far_as_it_was_read) {
     Reading r("{ a = 5; b = #cRef(/a");
     EXPECT_EQ(r.text_at("b"), "5");
     EXPECT_EQ(r.log, "0x40000001 Line 1: Map is not closed by '}'\n");
@@ -96,7 +96,7 @@ TEST_F(ReaderReference, unknown_constants_are_reported) {
     EXPECT_EQ(r.text_at("b"), "2");
 }
 
-TEST_F(ReaderReference, follows_the_object_that_stays_in_the_tree) {
+TEST_F(ReaderReference, a_reference_to_a_repeated_key_finds_the_object_that_is_in_the_tree) {
     Reading r("{ a = 1; a = 2; b = #cRef(/a); m = {x=1}; m = {y=2}; n = #cRef(/m) }");
     EXPECT_EQ(r.at("a"), r.at("b"));
     EXPECT_EQ(r.at("m"), r.at("n"));
@@ -113,20 +113,20 @@ TEST_F(ReaderReference, a_refused_repeat_leaves_the_first_value_reachable) {
     EXPECT_EQ(r.text_at("n"), "1");
 }
 
-TEST_F(ReaderReference, a_refused_first_value_is_bad_and_a_later_one_is_reachable) {
+TEST_F(ReaderReference, a_reference_to_a_refused_value_is_bad_and_a_later_value_is_reachable) {
     Reading r("{ a = #bad; b = #cRef(a); a = 1; c = #cRef(a) }");
     EXPECT_EQ(r.log, "0x40000003 Line 1: ( /b ): Bad path of #cRef(a)\n");
     EXPECT_EQ(r.text_at("c"), "1");
 }
 
-TEST_F(ReaderReference, a_repeat_with_an_error_is_bad) {
+TEST_F(ReaderReference, a_reference_to_a_repeated_key_with_an_error_is_bad) {
     Reading r("{ a = 1; a = nosuch(1); b = #cRef(a) }");
     EXPECT_EQ(r.log, "0x40000005 Line 1: ( /a ): Value with unknown type='nosuch\n"
                      "0x40000003 Line 1: ( /b ): Bad path of #cRef(a)\n");
     EXPECT_EQ(r.text_at("a"), "1");
 }
 
-TEST_F(ReaderReference, a_removed_key_is_bad) {
+TEST_F(ReaderReference, a_reference_to_a_removed_key_is_bad) {
     Reading r("{ a = 1; a = #badfind; b = #cRef(a) }");
     EXPECT_EQ(r.log, "0x40000003 Line 1: ( /b ): Bad path of #cRef(a)\n");
     EXPECT_EQ(dynamic_cast<cMapObj &>(*r.value).size(), 0);
@@ -193,7 +193,7 @@ TEST_F(ReaderReference, an_open_container_is_not_found) {
                      "Referenced value is not defined before.\n");
 }
 
-TEST_F(ReaderReference, a_map_without_a_key_is_in_no_path) {
+TEST_F(ReaderReference, a_map_without_a_key_adds_no_key_to_paths) {
     Reading r("{ { x = 1 }; a = #cRef(/x); b = #cRef(/0) }");
     EXPECT_EQ(r.text_at("a"), "1");
     EXPECT_NE(r.log.find("Error in #cRef(/0)"), std::string::npos);

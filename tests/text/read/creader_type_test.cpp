@@ -103,7 +103,7 @@ TEST_F(ReaderType, an_exception_under_the_default_masks_leaves_the_reader) {
     EXPECT_EQ(messages(), "Line 1: Fatal exception in attr scanner!\n"
                           "Line 1: Fatal exception in attr scanner!\n"
                           "Line 1: Fatal exception in attr scanner!\n")
-        << "each level reports it";
+        << "the error is reported once for each level";
     EXPECT_TRUE(text_state().idle());
 }
 

@@ -244,7 +244,7 @@ TEST_F(Reader, a_byte_from_128_ends_the_innermost_container) {
     Reading alone("\xE4 5");
     EXPECT_EQ(alone.code, -1);
     EXPECT_EQ(alone.delim, 0);
-    EXPECT_EQ(alone.next(), -1) << "the scan has ended";
+    EXPECT_EQ(alone.next(), -1) << "the scan remembers the end of input";
     EXPECT_EQ(reader_test::read_back("'\xC3\xA4' // \xE4"), "\"\xC3\xA4\"");
 }
 
@@ -306,7 +306,7 @@ TEST_F(Reader, a_repeated_key_assigns_in_place_and_keeps_the_object) {
 TEST_F(Reader, positions_in_vectors_and_sets_count_entries) {
     Reading r("{ s = <5; 5; 7>; a = #cRef(/s/1); b = #cRef(/s/2) }");
     EXPECT_EQ(r.log, "");
-    EXPECT_EQ(r.text_at("a"), "5") << "a set stores only the first of equal values";
+    EXPECT_EQ(r.text_at("a"), "5") << "the set contains the first of equal values";
     EXPECT_EQ(r.at("a"), r.at("s/0"));
     EXPECT_EQ(r.at("b"), r.at("s/1"));
 }
@@ -400,7 +400,7 @@ TEST_F(Reader, readobj_reads_from_streams_and_strings) {
     EXPECT_EQ(cObj::readobj("7 8", value, &delim), 0);
     EXPECT_EQ(reader_test::written(value), "7");
     EXPECT_EQ(messages(), ": Missing delimiter after value: 7\n")
-        << "in text of one line no position is reported";
+        << "text on one line has no position";
     EXPECT_EQ(cObj::readobj("7\n8", value, &delim), 0);
     EXPECT_EQ(messages(), "Line 2: : Missing delimiter after value: 7\n");
     EXPECT_EQ(cObj::readobj(static_cast<char const *>(nullptr), value), -1);

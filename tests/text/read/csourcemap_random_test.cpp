@@ -158,7 +158,7 @@ class cRandomText {
         for (unsigned n = below(5); n > 0; --n) delimiter(value(depth - 1) && n > 1);
     }
 
-    // Must a delimiter follow before another value?
+    // Returns whether a delimiter must follow before another value.
     bool value(int depth) {
         bool needs = false;
         auto const kind = depth <= 0 ? below(2) : below(9);

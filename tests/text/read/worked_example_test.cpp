@@ -1,4 +1,5 @@
-// One map with every feature, byte for byte: built by a program, read, and written again.
+// A map with many features is built by a program, written, and read again. Texts are compared byte
+// by byte.
 #include "tests/text/write_support.h"
 
 using namespace test;

@@ -19,7 +19,7 @@ using test::tokens_of;
 
 // Every rule.
 
-TEST(ScannerRules, words_for_bools_are_matched) {
+TEST(ScannerRules, true_and_false_are_matched) {
     EXPECT_EQ(tokens_of("true false"), "Bool(true) Bool(false)");
     EXPECT_EQ(tokens_of("True truefalse true_ false1 tru"),
               "Ident(True) Ident(truefalse) Ident(true_) Ident(false1) Ident(tru)");
@@ -94,7 +94,7 @@ TEST(ScannerRules, pairs_of_characters_are_matched) {
     EXPECT_EQ(tokens_of("+=5 ++5"), "AddAssign(+=) Int(5) 43(+) Int(+5)");
 }
 
-TEST(ScannerRules, characters_for_the_reader_are_matched) {
+TEST(ScannerRules, punctuation_is_matched) {
     EXPECT_EQ(tokens_of(";,=(){}[]<>/"),
               "59(;) 44(,) 61(=) 40(() 41()) 123({) 125(}) 91([) 93(]) 60(<) 62(>) 47(/)");
 }

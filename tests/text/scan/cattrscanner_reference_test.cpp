@@ -35,9 +35,9 @@ bool identifier(sv s) { return !s.empty() && ref_letter(s[0]) && all(s, ref_word
 bool mantissa(sv s) {
     auto const point = s.find('.');
     if (point == sv::npos) return false;
-    sv const before = s.substr(0, point), behind = s.substr(point + 1);
-    if (digits(before) && all(behind, ref_digit)) return true;
-    return all(unsigned_part(before), ref_digit) && digits(behind);
+    sv const before = s.substr(0, point), after = s.substr(point + 1);
+    if (digits(before) && all(after, ref_digit)) return true;
+    return all(unsigned_part(before), ref_digit) && digits(after);
 }
 bool exponent(sv s) {
     return s.size() > 1 && (s[0] == 'e' || s[0] == 'E') && digits(unsigned_part(s.substr(1)));
@@ -64,7 +64,7 @@ sv without_white(sv s) {
     return s;
 }
 
-// Does rule `r` match all of `s`?
+// Returns whether rule `r` matches all of `s`.
 bool fits(int r, sv s) {
     switch (r) {
     case 1:

@@ -1,4 +1,4 @@
-// The number of times that the matcher reads a character, in builds that count it.
+// Counts how often the matcher compares a character, in builds that count it.
 
 #include "tests/text/scan_support.h"
 
@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #ifdef QRV_CHECKS
-TEST(ScannerWork, compares_a_character_of_an_entry_at_most_2_2_times) {
+TEST(ScannerWork, compares_each_character_at_most_2_2_times_on_average) {
     std::string text = "{\n";
     for (int i = 0; i < 1000; ++i)
         text += "      key" + std::to_string(i) + "= " + std::to_string(i * 77) + ";\n" +

@@ -46,10 +46,10 @@ TEST_F(TextState, steps_lengthen_and_shorten_the_path) {
     EXPECT_EQ(text_state().path(), "/\"a b\"");
 }
 
-TEST_F(TextState, a_lazy_step_has_its_text_on_request) {
+TEST_F(TextState, a_lazy_step_creates_its_text_on_request) {
     objref const key = cat::of("a b");
     cPathStep const a(key, cPathStep::on_demand);
-    EXPECT_EQ(key->refs(), 2u) << "the step shares the key until its text is requested";
+    EXPECT_EQ(key->refs(), 2u) << "the step holds the key until it has created its text";
     EXPECT_EQ(text_state().path_keys(), 1u);
     {
         cPathStep const b(cat::of(7), cPathStep::on_demand);
@@ -67,14 +67,14 @@ TEST_F(TextState, settling_creates_the_text_of_all_steps) {
     EXPECT_EQ(text_state().path(), "/a");
 }
 
-TEST_F(TextState, a_lazy_step_keeps_the_form_of_its_beginning) {
+TEST_F(TextState, a_lazy_step_uses_exact_text_only_if_it_was_active_when_the_step_began) {
     cPathStep const a(cat::of("true"), cPathStep::on_demand);
     cat::ExactText const exact;
     cPathStep const b(cat::of("false"), cPathStep::on_demand);
     EXPECT_EQ(text_state().path(), "/true/\"false\"");
 }
 
-// A key whose text user code writes, which asks for the path.
+// A `write` method of a key type that requests the path.
 bool write_the_path(cObj &, objref &) {
     text_state().path();
     return false;
@@ -113,7 +113,7 @@ TEST_F(TextState, values_are_found_by_path_until_the_outermost_level_ends) {
     EXPECT_EQ(value->refs(), 1u);
 }
 
-TEST_F(TextState, an_exception_unwinds_everything) {
+TEST_F(TextState, an_exception_leaves_the_state_idle) {
     try {
         cWriteLevel const one;
         cPathStep const a(cat::of("a"));
@@ -143,7 +143,7 @@ TEST_F(TextState, a_step_outlives_the_clearing_of_the_table) {
     EXPECT_EQ(text_state().value_at("/a/b"), nullptr);
 }
 
-TEST_F(TextState, the_written_path_belongs_to_one_object_by_pointer_and_id) {
+TEST_F(TextState, a_written_path_is_found_only_for_an_object_with_the_same_address_and_id) {
     cWriteLevel const level;
     cPathStep const a(cat::of("a"));
     objref const value = cat::of(1);

@@ -1,5 +1,6 @@
-// Values that only their node owns are not recorded as written until user code runs; then they are
-// recorded.
+// A value with one owner can occur only once, so the writer does not record its path. But user code
+// can share such values. So before user code first runs, the writer records all values written so
+// far.
 #include "tests/text/write_support.h"
 
 #include "qrv/text/write/cexacttext.h"
@@ -31,8 +32,8 @@ objref lone_vector(int number) {
     return made;
 }
 
-// A map on one line that contains a vector, of which it is the only owner, and then an object that
-// acts.
+// A map on one line. It is the only owner of its vector, which is followed by an object that runs
+// `during` when it is written.
 objref map_with_lone(objref const &acting) {
     objref made = new_map("sc");
     put(made, "lone", lone_vector(1));
@@ -47,7 +48,7 @@ std::string exact(objref const &ref) {
 
 } // namespace
 
-TEST_F(MetOnce, a_value_that_user_code_shares_later_is_referred_to) {
+TEST_F(MetOnce, a_value_that_user_code_shares_later_is_written_as_a_reference) {
     objref const map = map_with_lone(acting_.of(1));
     during = [&map](std::ostream &) {
         put(map, "again", map->getattr(own_key(std::string("lone"))));
@@ -56,7 +57,7 @@ TEST_F(MetOnce, a_value_that_user_code_shares_later_is_referred_to) {
     EXPECT_EQ(exact(map), "{lone= [1, ]; act= act(); again= #cRef(/lone); }");
 }
 
-TEST_F(MetOnce, values_below_a_written_value_are_also_recorded) {
+TEST_F(MetOnce, values_inside_a_written_value_are_also_recorded) {
     objref const map = new_map("sc"), inner = new_map("sc");
     put(inner, "a b", lone_vector(1));
     put(inner, "last", lone_vector(2));
@@ -126,7 +127,7 @@ TEST_F(MetOnce, a_container_that_contains_itself_is_recorded_at_its_first_occurr
 }
 
 TEST_F(MetOnce, values_under_keys_with_equal_text_are_visited_once) {
-    // Each level contains the next one twice, under keys that are equal in six digits.
+    // Each level contains the next one twice, under keys whose texts are equal, with six digits.
     objref inner = new_map("sc");
     put(inner, "end", lone_vector(1));
     for (int i = 0; i < 40; ++i) {
@@ -138,6 +139,6 @@ TEST_F(MetOnce, values_under_keys_with_equal_text_are_visited_once) {
     objref const map = new_map("sc");
     put(map, "in", inner);
     put(map, "act", acting_.of(1));
-    std::string const text = written(map); // ends quickly
+    std::string const text = written(map); // takes 2^40 steps if values are visited twice
     EXPECT_EQ(text.substr(text.size() - 15), "; act= act(); }");
 }

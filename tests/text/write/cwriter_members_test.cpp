@@ -1,5 +1,6 @@
-// Keys of a program in tables of members in which the writer searches layouts and comments: at each
-// call of their hooks the stream contains all preceding text.
+// The writer searches tables of members for layouts and comments. If a table has keys of a user
+// type, the search calls hooks of that type. At each such call the stream must contain all
+// preceding text.
 #include "tests/text/write_support.h"
 
 #include "qrv/text/write/cexacttext.h"
@@ -8,8 +9,8 @@ using namespace test;
 
 namespace {
 
-// Keys whose hooks read a stream. Their hashes are those of the names that the writer searches, and
-// the next numbers.
+// Keys whose hooks read a stream. Their hashes begin at the hashes of the names that the writer
+// searches, so that a search calls the hooks.
 class cLookingKeys {
   public:
     static constexpr int count = 75;
@@ -17,7 +18,7 @@ class cLookingKeys {
     cLookingKeys() : type_(make<cTypeObj>("test_looks", set_up)) {}
     objref key(int number) const { return objref::adopt(new cObjD<int>(number, type_.get())); }
 
-    // The contents of the stream at the calls, each of them once, and the number of calls.
+    // The contents of the stream at the calls, without repetitions, and the number of calls.
     std::string seen_while_writing(cObj const &value) {
         std::ostringstream os;
         seen_.clear();
@@ -87,7 +88,7 @@ class WriterMembers : public QrvTest {
     objref vector_, number_, map_;
 };
 
-// The type of vectors without its layout and with other members, until the end of the scope.
+// Removes the layout from the type of vectors and adds other members, until the end of the scope.
 class cTypeMembers {
   public:
     cTypeMembers() { cat::type_vector().set_tmember("wformat", nullptr); }
@@ -160,6 +161,6 @@ TEST_F(WriterMembers, the_keys_may_be_in_the_global_members) {
                                  "2 calls";
     EXPECT_EQ(seen(), expected);
     EXPECT_EQ(seen_exactly(), expected);
-    for (int i = 0; i < cLookingKeys::count; ++i) // while their type exists
+    for (int i = 0; i < cLookingKeys::count; ++i) // their type still exists here
         cat::gmmap().datamap().delitem(keys_.key(i));
 }

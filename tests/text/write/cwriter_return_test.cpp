@@ -11,8 +11,8 @@ using namespace test;
 
 namespace {
 
-class ComesBack : public QrvTest {};
-class DoesNotComeBack : public QrvTest {};
+class PlainText : public QrvTest {};
+class PlainTextLoss : public QrvTest {};
 
 objref back(objref const &tree) { return read_back(written(tree)); }
 
@@ -31,7 +31,7 @@ size_t errors_of(std::string const &text, objref &value) {
 
 } // namespace
 
-TEST_F(ComesBack, preserves_ints_strings_keys_nesting_and_order) {
+TEST_F(PlainText, preserves_ints_strings_keys_nesting_and_order) {
     objref const map = new_map(), inner = new_map("sc");
     put(inner, "z", cat::of(std::numeric_limits<int>::min()));
     put(inner, "a", cat::of(std::numeric_limits<int>::max()));
@@ -42,7 +42,7 @@ TEST_F(ComesBack, preserves_ints_strings_keys_nesting_and_order) {
     EXPECT_EQ(written(back(map)), written(map));
 }
 
-TEST_F(ComesBack, preserves_sharing_inside_one_outermost_container) {
+TEST_F(PlainText, preserves_sharing_inside_one_outermost_container) {
     objref const map = new_map(), shared = new_vector();
     append(shared, cat::of(1));
     put(map, "a", shared);
@@ -53,10 +53,10 @@ TEST_F(ComesBack, preserves_sharing_inside_one_outermost_container) {
     EXPECT_EQ(map_of(value_at(read, "b")).size(), 2);
 }
 
-TEST_F(ComesBack, preserves_comments_byte_for_byte) {
+TEST_F(PlainText, preserves_comments_byte_for_byte) {
     objref const map = new_map(), number = cat::of(1), line = new_vector(), lines = new_map();
-    number->set_comment("  \t// behind a scalar \xE4 ", true);
-    line->set_comment(" /* behind\n  one line */ // and more", true);
+    number->set_comment("  \t// after a scalar \xE4 ", true);
+    line->set_comment(" /* after\n  one line */ // and more", true);
     lines->set_comment("\n  // at the opening bracket", true);
     put(map, "n", number);
     put(map, "l", line);
@@ -71,7 +71,7 @@ TEST_F(ComesBack, preserves_comments_byte_for_byte) {
     EXPECT_EQ(written(read), written(map));
 }
 
-TEST_F(ComesBack, preserves_one_line_and_many_line_layouts) {
+TEST_F(PlainText, preserves_one_line_and_many_line_layouts) {
     for (auto const make_one : {new_map, new_vector, new_set})
         for (char const *layout : {"sc", "wc"}) {
             objref const one = make_one(layout), outer = new_map();
@@ -82,7 +82,7 @@ TEST_F(ComesBack, preserves_one_line_and_many_line_layouts) {
         }
 }
 
-TEST_F(ComesBack, preserves_random_trees_whose_text_is_stable_from_the_second_time_on) {
+TEST_F(PlainText, preserves_random_trees_and_their_text_from_the_second_writing_on) {
     for (std::uint64_t seed = 0; seed < 500; ++seed) {
         objref const tree = cRandomTree(seed, true).container(4);
         std::string const text = written(tree);
@@ -94,7 +94,7 @@ TEST_F(ComesBack, preserves_random_trees_whose_text_is_stable_from_the_second_ti
     }
 }
 
-TEST_F(DoesNotComeBack, the_strings_true_and_false_become_bools) {
+TEST_F(PlainTextLoss, the_strings_true_and_false_become_bools) {
     objref const vector = new_vector();
     append(vector, cat::of("true"));
     append(vector, cat::of("false"));
@@ -105,14 +105,14 @@ TEST_F(DoesNotComeBack, the_strings_true_and_false_become_bools) {
                   &cat::type_bool());
 }
 
-TEST_F(DoesNotComeBack, a_key_true_causes_errors) {
+TEST_F(PlainTextLoss, the_string_true_as_a_key_causes_errors) {
     objref const map = new_map("sc");
     put(map, "true", cat::of(1));
     objref value;
     EXPECT_GT(errors_of(written(map), value), 0u);
 }
 
-TEST_F(DoesNotComeBack, a_string_with_a_line_feed_causes_errors) {
+TEST_F(PlainTextLoss, a_string_with_a_line_feed_causes_errors) {
     objref const map = new_map();
     put(map, "text", cat::of("first\nsecond"));
     EXPECT_EQ(written(map), "{\n  text= \"first\nsecond\";\n}");
@@ -120,7 +120,7 @@ TEST_F(DoesNotComeBack, a_string_with_a_line_feed_causes_errors) {
     EXPECT_GT(errors_of(written(map), value), 0u);
 }
 
-TEST_F(DoesNotComeBack, digits_beyond_the_sixth_infinity_and_nan_are_lost) {
+TEST_F(PlainTextLoss, digits_beyond_the_sixth_infinity_and_nan_are_lost) {
     EXPECT_EQ(*value_of<double>(*back(cat::of(0.123456789))), 0.123457);
     EXPECT_EQ(*value_of<float>(*back(cat::of(0.123456789f))), 0.123457f);
     EXPECT_EQ(written(cat::of(std::numeric_limits<double>::infinity())), "inf");
@@ -128,7 +128,7 @@ TEST_F(DoesNotComeBack, digits_beyond_the_sixth_infinity_and_nan_are_lost) {
     EXPECT_EQ(written(cat::of(std::numeric_limits<float>::quiet_NaN())), "nanf");
 }
 
-TEST_F(DoesNotComeBack, a_signed_number_with_no_digit_after_its_point_causes_errors) {
+TEST_F(PlainTextLoss, a_signed_number_with_no_digit_after_its_point_causes_errors) {
     objref const vector = new_vector();
     append(vector, cat::of(-123456.0));
     EXPECT_EQ(written(vector), "[-123456., ]");
@@ -136,7 +136,7 @@ TEST_F(DoesNotComeBack, a_signed_number_with_no_digit_after_its_point_causes_err
     EXPECT_GT(errors_of(written(vector), value), 0u);
 }
 
-TEST_F(DoesNotComeBack, a_one_line_set_in_a_one_line_set_causes_errors) {
+TEST_F(PlainTextLoss, a_one_line_set_in_a_one_line_set_causes_errors) {
     objref const set = new_set(), inner = new_set();
     inner->append(cat::of(1));
     set->append(inner);
@@ -145,21 +145,21 @@ TEST_F(DoesNotComeBack, a_one_line_set_in_a_one_line_set_causes_errors) {
     EXPECT_GT(errors_of(written(set), value), 0u);
 }
 
-TEST_F(DoesNotComeBack, data_without_text_is_lost) {
+TEST_F(PlainTextLoss, a_value_without_text_causes_errors) {
     objref const thing = objref::adopt(new cObj);
     objref value;
     EXPECT_GT(errors_of("{ a= " + written(thing) + "; }", value), 0u);
 }
 
-TEST_F(DoesNotComeBack, skipped_values_are_lost) {
+TEST_F(PlainTextLoss, hidden_keys_and_values_without_text_are_lost) {
     objref const map = new_map();
     put(map, "#hidden", cat::of(1));
     put(map, "thing", objref::adopt(new cObj));
     EXPECT_EQ(map_of(back(map)).size(), 0);
 }
 
-TEST_F(DoesNotComeBack, comments_on_one_line_and_after_a_closing_bracket_are_lost) {
+TEST_F(PlainTextLoss, comments_on_one_line_and_after_a_closing_bracket_are_lost) {
     EXPECT_EQ(written(read_back("{a= 1 /* in one line */; }")), "{a= 1; }");
-    EXPECT_EQ(written(read_back("{\n  m= {\n  }; // behind\n}")), "{\n  m= {\n  }; \n}");
+    EXPECT_EQ(written(read_back("{\n  m= {\n  }; // after\n}")), "{\n  m= {\n  }; \n}");
     EXPECT_EQ(written(read_back("// signature\n{}")), "{}");
 }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Validates JSON: validate.py SCHEMA FILE... Prints "FILE: valid", or what is wrong first, for each file."""
+"""Validates JSON: validate.py SCHEMA FILE... Prints "FILE: valid" or the first error for each file."""
 
 import json
 import sys

@@ -1,6 +1,6 @@
-// Sets the event's name from the variable QRV_TEST_EVENT, in a program linked with the library's
-// objects. The library opens the event during static initialisation, so this runs before all
-// initialisers and uses nothing that needs one.
+// Replaces the event's name by the value of QRV_TEST_EVENT, in a program linked with the library's
+// objects. The library opens the event during static initialisation, so this code runs before all
+// initialisers, and uses nothing that an initialiser creates.
 
 #include "base/platform/os_calls.h"
 

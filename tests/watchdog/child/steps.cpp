@@ -3,12 +3,14 @@
 // shared library.
 //
 //   init           fires sig_init
-//   take           connects to the watchdog; prints whether it did
+//   take           connects to the watchdog; prints whether this succeeded
 //   step N         sends N signs of life
 //   post M W L     sends a message
-//   raw N          sends a datagram of N bytes to the watchdog without the library
+//   raw N          sends a datagram of N bytes to the watchdog, without the library
 //   busy           sends a sign of life every few milliseconds until its standard input ends
-//   id, open, mask print the id; the open descriptors; blocked and not default signals
+//   id             prints the watchdog's id
+//   open           prints the open descriptors
+//   mask           prints the signals that are blocked or have another action than the default
 //   say TEXT       prints a line
 //   wait           waits until its standard input ends
 //   user N         becomes another user
@@ -93,7 +95,7 @@ void become(unsigned int user) {
         say("no other user");
 }
 
-// The arguments that follow a step.
+// Performs the steps in the arguments.
 class cSteps {
   public:
     explicit cSteps(char **arguments) : next_(arguments) {}
@@ -104,14 +106,14 @@ class cSteps {
     void run() {
         while (*next_) {
             std::string_view const word = *next_++;
-            if (!run_link(word) && !run_looking(word)) run_ending(word);
+            if (!run_link_step(word) && !run_output_step(word)) run_process_step(word);
         }
     }
 
   private:
     int number() { return std::atoi(*next_++); }
 
-    bool run_link(std::string_view word) {
+    bool run_link_step(std::string_view word) {
         if (word == "init") return sig_init(), true;
         if (word == "take") return say(qrv_take_watchdog_id() ? "linked" : "not linked"), true;
         if (word == "post") {
@@ -132,7 +134,7 @@ class cSteps {
         return false;
     }
 
-    bool run_looking(std::string_view word) {
+    bool run_output_step(std::string_view word) {
         if (word == "id") return say("id " + std::to_string(idWatchDog)), true;
         if (word == "open") return say_open(), true;
         if (word == "mask") return say_mask(), true;
@@ -140,7 +142,7 @@ class cSteps {
         return false;
     }
 
-    void run_ending(std::string_view word) {
+    void run_process_step(std::string_view word) {
         if (word == "wait")
             while (!input_ended(-1)) {
             }
