@@ -7,13 +7,15 @@
 
 namespace cat {
 
-// These follow the token rules and also return false if the number does not fit. Decimal, or
-// hexadecimal after 0x: up to 8 significant digits, whose bits become the int. A leading zero means
-// decimal, not octal.
+// The functions parse_... follow the token rules. They also return false if the number does not
+// fit.
+
+// Decimal, also with a leading zero; or hexadecimal after 0x, with up to 8 significant digits,
+// whose bits become the int. No sign may precede 0x: "-0x10" is 0.
 bool parse_int(std::string_view text, int &number) noexcept;
 // Decimal up to 32 bits, whose bits become the int. A minus sign negates the bits.
 bool parse_unsigned(std::string_view text, int &number) noexcept;
-// Too large numbers fail; too small ones become the nearest number that T can hold.
+// Too small numbers become the nearest number that the type can hold.
 bool parse_float(std::string_view text, float &number) noexcept;
 bool parse_double(std::string_view text, double &number) noexcept;
 

@@ -1,5 +1,5 @@
-// Calls by name of a function with one argument, which is a member of the object or of its type,
-// compared with calls by the C interface of Lua of a field of a table and of its metatable.
+// Calls a function with one argument by its name. The function is a member of the object or of its
+// type; in Lua, which is called by its C interface, a field of a table or of its metatable.
 #include "bench/row.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cexe.h"

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Python's json module as a peer. It answers as qrv_bench does: first with what it has prepared, then to each line
-of input with the seconds of processor time that one round takes.
+"""Python's json module as a peer. It prints its answers as qrv_bench does: first an object, here without data, then for
+each line of input the seconds of processor time that one round takes.
 
 Usage: cpython_json.py read|write FILE.json
 """
@@ -25,7 +25,7 @@ def main():
     text = pathlib.Path(sys.argv[2]).read_text(encoding="utf-8")
     tree = json.loads(text)
     if json.loads(json.dumps(tree, indent=4)) != tree:
-        sys.exit(f"{sys.argv[2]} does not come back")
+        sys.exit(f"{sys.argv[2]} is not the same after writing and reading")
     work = {"read": lambda: json.loads(text), "write": lambda: json.dumps(tree, indent=4)}[sys.argv[1]]
     print("{}", flush=True)
     for _ in sys.stdin:

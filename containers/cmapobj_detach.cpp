@@ -212,8 +212,8 @@ bool cDetach::all(cMapObj &map) {
     return done;
 }
 
-// Copies a container: stores the copy in new_copy, unless the call has copied this container
-// before.
+// Copies a container into new_copy, which is empty. If the call has copied this container before,
+// new_copy becomes that copy instead.
 bool cDetach::copy(objref const &value, objref &new_copy) {
     if (!remember(value, new_copy)) {
         new_copy = copies_.find(value.get())->second.copy;

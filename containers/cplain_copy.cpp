@@ -1,5 +1,5 @@
-// The tests cover all that the methods depend on: the entries of each type that they call, and the
-// flags and settings of the containers that they read.
+// A direct copy is permitted only after these conditions are checked: the methods of the type that
+// copying would call, and the flags and settings of the containers that these methods would read.
 
 #include "containers/cplain_copy.h"
 
@@ -71,8 +71,9 @@ bool cat::copy_plainly(cObj &target, cObj const &source) {
     cMapObj *const map = &target.type() == &source.type() ? as_map(&target) : nullptr;
     if (!map || !is_plain_target(*map) || !copies_plainly(source)) return false;
     cAttrHash const &from = as_map(&source)->datamap();
-    constexpr unsigned attrcopy = 1;
-    bool const may_be_below = cObj::is_map(&target) && !cFresh::is_held_by(target, attrcopy);
+    constexpr unsigned attrcopy_holders = 1;
+    bool const may_be_below =
+        cObj::is_map(&target) && !cFresh::is_held_by(target, attrcopy_holders);
     if (may_be_below && !is_plainly_apart(from, target)) return false;
     hashref const to = map->datamap_ref();
     cAttrInsert::copy(*to, from);

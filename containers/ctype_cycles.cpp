@@ -142,7 +142,7 @@ class cTypeGraph {
     std::unordered_map<void const *, std::size_t> index_;
 };
 
-// Adds the types that lead to themselves to the suspects, each once. Both lists hold it then.
+// Adds the types that lead to themselves to the suspects, each once. `left` still holds them too.
 void remember(cTypes const &left) {
     for (typeref const &type : left) {
         bool const known = suspects && std::ranges::find(*suspects, type) != suspects->end();
@@ -152,7 +152,7 @@ void remember(cTypes const &left) {
     }
 }
 
-// Clears the members of all types. This breaks every cycle, since each contains a type.
+// Clears the members of these types. That breaks all their cycles, since each contains one of them.
 void destroy(cTypes garbage) {
     std::erase_if(*suspects, [&](typeref const &type) {
         return std::ranges::find(garbage, type) != garbage.end();

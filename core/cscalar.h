@@ -22,7 +22,7 @@ template <class T> T *value_to_change(cObj *obj) noexcept {
 }
 // Is the type exactly the library's string?
 inline bool is_string(objref const &value) { return value && &value->type() == &type_string(); }
-// The set-up functions of the types.
+
 void setup_string(cTypeObj &type);
 void setup_bool(cTypeObj &type);
 void setup_int(cTypeObj &type);

@@ -1,6 +1,6 @@
-// The accessors of the process-wide state. Each starts the object core if that was not started.
-// While the core is being created, each step stores its result at once for the next one, so no
-// accessor starts the core again.
+// The accessors of the process-wide state. Those that return a reference to a part of the core
+// start the core if it was not started. While the core is being created, each step stores its
+// result at once for the next one, so no accessor starts the core again.
 
 #include "core/cregistry.h"
 #include "qrv/base/csignal.h"

@@ -28,7 +28,7 @@ struct cNamed {
 // Writes the name; if the stream belongs to an error, records it too.
 std::ostream &operator<<(std::ostream &os, cNamed const &named);
 
-// A complete error of the list.
+// An error with the code, kind and text of an entry of cerr_codes.h, followed by the parts.
 template <class... Parts> cErr whole_error(cErrText const &error, Parts const &...parts) {
     cErrStream err(error.code, error.text);
     err.set_kind(error.kind);

@@ -10,7 +10,8 @@
 //   - a token's text alone is scanned as the same token, if the input is short;
 //   - the former scanner returns the same tokens and leaves the stream in the same state, also if
 //     other operations happen between tokens, in memory and in pieces;
-//   - tokens from tkInt to tkIdent create an object of their kind, or none.
+//   - only tokens from tkInt to tkIdent create an object; strings and identifiers always create a
+//     string.
 //
 // The first byte selects the size of the pieces and the token to go back to.
 #include "fuzz/fuzz_support.h"

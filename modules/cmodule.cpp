@@ -62,7 +62,7 @@ cModule::cModule(std::string const &name, std::string const &comment, bool nocou
 
 cModule::~cModule() { withdraw(); }
 
-// By the pointer, since another module may have been entered under its name first.
+// Searches for the pointer, since another module may have been entered under its name first.
 void cModule::withdraw() {
     cRepositoryList *const list = module_entries();
     for (auto *e = cRepoImpl::begin(list); e != cRepoImpl::end(list); e = cRepoImpl::next(e))
@@ -81,7 +81,7 @@ bool cModule::unload(cModule *module) {
         --module->loadcnt_;
         return false;
     }
-    for (cModule const *const same_file : modules) // each has one load from the load of the file
+    for (cModule const *const same_file : modules) // loading the file counted as one load of each
         if (same_file->loadcnt_ > 1) return false;
     free_file(module->handle_, modules);
     return true;

@@ -8,7 +8,8 @@ exceed them, each with a profile:
 
 A row begins in the first column, its other lines are indented. The lines with a percentage are those of
 `./dev bench --profile ROW`; together they account for at least half of the row's instructions. Lines that
-begin with # are comments. "growth read/10M" lists the growth of the work whose largest size is 10M.
+begin with # are comments. The row "growth read/10M" is the growth of the instructions for each entry of `read`, up
+to its largest size, 10M.
 """
 import pathlib
 import re
@@ -76,6 +77,6 @@ def complaints(judged, unmet):
             yield f"{row} is met: remove it from bench/unmet.txt"
     for row, percentages in unmet.items():
         if row not in judged:
-            yield f"bench/unmet.txt: no row that must reach something has the name {row}"
+            yield f"bench/unmet.txt: no row with a limit has the name {row}"
         if sum(percentages) < LEAST_PERCENT:
             yield f"bench/unmet.txt: {row} needs the profile that ./dev bench --profile prints"

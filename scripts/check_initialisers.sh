@@ -7,7 +7,7 @@ set -euo pipefail
 [[ $# -gt 0 ]] || { echo "usage: check_initialisers.sh OBJECT..." >&2; exit 2; }
 status=0 found=
 for object; do
-    # Not nm: of an object that can also be optimised at link time, nm shows only the symbols of that part.
+    # Not nm: of an object that also has code for optimisation at link time, nm shows only the symbols of that code.
     # Not grep -q, which stops at the first match: then readelf fails, and with it the whole pipe.
     if readelf --wide --syms "$object" | grep '_GLOBAL__sub_I_' >/dev/null; then
         case $object in

@@ -24,9 +24,9 @@ class cKeepErrno {
 // changes.
 char const *start_value(char const *name);
 
-// Sends three numbers to the thread `id`: to the function that qrv_set_post_message() set, which
-// may throw and call anything; else as one datagram to the abstract Unix socket of that prefix and
-// number. The datagram is dropped if the socket does not exist or is full.
+// Sends three numbers to the thread `id`. If qrv_set_post_message() has set a function, calls it;
+// it may throw and call anything. Else sends one datagram to the abstract Unix socket whose name is
+// the prefix followed by `id`. The datagram is dropped if the socket does not exist or is full.
 void post_message(char const *socket_prefix, std::uint32_t id, std::uint32_t message,
                   std::uint32_t wParam, std::int32_t lParam);
 

@@ -1,6 +1,6 @@
 #pragma once
-// A file that is scanned. A regular file is first read into memory as a whole. A pipe or a device
-// is read piece by piece as the scanner needs it, since its size is unknown.
+// A file that is scanned. A regular file is first read into memory as a whole. The first
+// constructor lets the scanner read a pipe or a device piece by piece, since its size is unknown.
 
 #include "qrv/text/read/cattrscan.h"
 #include "text/scan/cmemory_stream.h"

@@ -85,8 +85,8 @@ objref cPersistentMap::load() {
 }
 
 void cPersistentMap::save() {
-    bool const folder = cat::is_directory(name_);
-    if (!folder && cat::is_read_only(name_)) cat::make_writable(name_);
+    bool const is_folder = cat::is_directory(name_);
+    if (!is_folder && cat::is_read_only(name_)) cat::make_writable(name_);
     if (!cat::can_write_file(name_))
         cat::put_error_line("Cannot open file for write: " + name_);
     else if (damaged_ && !keep_damaged())

@@ -13,9 +13,10 @@
 //
 // The text is one reading from its first to its last statement: it has one budget for the merges
 // inside its values, it loads no module that the filter does not allow, and an existing report
-// receives all errors. Applying is an action of the program and not limited by that budget. But if
-// the text is read inside another reading, whose back references it can name, a value that contains
-// its own destination is rejected.
+// receives all errors. Applying is an action of the program and not limited by that budget. But
+// text that is read inside another reading can name the back references of that reading. Then the
+// budget of that reading limits applying too, and rejects a value that contains its own
+// destination.
 
 #include "containers/cmergebudget.h"
 #include "qrv/core/ctypes.h"

@@ -5,7 +5,7 @@
 // It uses the scanner of the text format, so keys have the lexical rules of a file: foo and "foo"
 // are the same key, 0 is an index, #name a constant, comments are ignored, and a// is a followed by
 // a comment. Tokens are read in pairs: the one that should be a key and its follower. At the end of
-// the text each has code 0 and no text. A byte of 128 or above also ends the text.
+// the text each has code 0 and no text. Outside quotes, a byte of 128 or above also ends the text.
 
 #include "qrv/text/read/cattrscan.h"
 
@@ -31,8 +31,9 @@ class cPathScan {
     cAttrLiteral const &follower() const noexcept { return follower_; }
     bool at_end() const noexcept { return token_.code == tkEof; }
 
-    // The key for the token, which is also traced; null if it cannot be a key.
-    objref key() const; // RUNS USER CODE while the channel is on
+    // The key for the token; null if it cannot be a key. If trace_lex is on, also traces the key,
+    // which RUNS USER CODE.
+    objref key() const;
 
     cAttrScan &scan() noexcept { return scan_; }
 

@@ -18,7 +18,8 @@ constinit cSubText *the_sub_text = nullptr;
 // Merging up to this cost is free; beyond it, the permitted cost grows with the text read.
 constexpr std::uint64_t free_merges = 1'000'000;
 
-// An entry about the current token of the active scan, if it has one.
+// The report's entry for the error. During a reading it has a position: that of place_now(), or
+// else of the current token.
 cat::ReadError entry_here(cErr const &error) {
     cat::ReadError entry;
     entry.path = text_state().shown_path(true);

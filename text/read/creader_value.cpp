@@ -2,7 +2,7 @@
 // ends it. The steps by first token:
 //   constant or #cRef | literal | identifier, alone or as the name of a type | opening bracket
 // A container's `read` continues on the same stream; the text of any other typed value is collected
-// up to its bracket and read from a separate stream.
+// up to its closing bracket and read from a separate stream.
 //
 // Limits: the nesting of values and of typed values is limited; deeper ones are skipped with one
 // error.
@@ -311,8 +311,9 @@ bool cValueReader::instantiate(cTypeObj const &type) {
     if (!has("newobj")) return unmade(err_read_no_newobj, type);
     if (!has("read")) return unmade(err_read_no_read, type);
     value_ = type.newobj(); // RUNS USER CODE
-    auto *const made = cat::TypeScope::current() ? dynamic_cast<cTypeObj *>(value_.get()) : nullptr;
-    if (made) made->count_objects();
+    auto *const new_type =
+        cat::TypeScope::current() ? dynamic_cast<cTypeObj *>(value_.get()) : nullptr;
+    if (new_type) new_type->count_objects();
     if (!cObj::is_bad(value_)) return true;
     value_ = nullptr;
     return unmade(err_read_bad_newobj, type);

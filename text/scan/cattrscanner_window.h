@@ -78,7 +78,8 @@ class cWindow {
         no_close_ = offset_ + i;
     }
 
-    // Whether more characters are needed, to find the match or to record the look-ahead after it.
+    // Whether the match must be repeated from the stream: it reached the window's end, or more than
+    // `few` characters after it were examined, and look_ahead() can't record so many.
     bool fails(std::size_t size) const {
         return void_ || seen_ - (base_ + size) > static_cast<std::ptrdiff_t>(yy_buffer_state::few);
     }
@@ -158,7 +159,7 @@ inline cWhite cWindow::pass_white() {
     return white;
 }
 
-// The position of the engine in text in memory; else null.
+// The position of the engine in its text, if that is in memory; null for any other stream.
 inline char const *memory_place(yy_buffer_state &buffer) {
     buffer.recognise();
     return buffer.in_memory ? cGetArea::before(*buffer.known, buffer.ahead) : nullptr;

@@ -260,9 +260,9 @@ class cPathStep {
 
 // A container that is being read. Containers nest.
 //
-// Entries are late if they are stored in their container, but not entered in the table of paths,
-// which takes longer. A walk down the containers finds the value at a path that leads to a late
-// entry; it starts at a node of the table that has no nodes below it. This is correct as long as a
+// Entries are late if they are stored in their container, but not entered in the table of paths:
+// that saves time. A walk down the containers finds the value at a path that leads to a late entry;
+// it starts at a node of the table that has no nodes below it. This is correct as long as a
 // container has exactly the entries that were read, in that order, under keys with one text each.
 // The entries of a new container are late if the table has no node at its path. Before a walk could
 // find a wrong value, entries are entered:
@@ -285,7 +285,7 @@ class cLateEntries {
 
     // Whether the state permits late entries.
     static bool are_possible();
-    // Whether this is the key of such an entry.
+    // Whether the entry with this key can be late.
     static bool is_key(objref const &key);
 
     bool can_be() const noexcept { return can_be_; }
@@ -307,10 +307,9 @@ class cLateEntries {
         else if (text_state().late_read_.hash)
             text_state().late_read_.hash = nullptr;
     }
-    // The value of the innermost step is not late, but the entries of the container that was read
-    // last are late, below that step.
+    // Called after the value of the innermost step was read. If that is a container with late
+    // entries, they stay late, below the node of that step.
     static void pass();
-    // For a container that was stored before: its next entry can't be late.
     static void enter_open();
 
   private:

@@ -10,7 +10,7 @@
 // The value of an object that contains a T; null for any other, independent of its type.
 template <class T> T const *value_of(cObj const &obj) { return cat::value_in<T>(&obj); }
 
-// Whether this is the standard method of the object's type.
+// Whether `method` is the `write` of the object's type.
 inline bool writes_by(cObj const &obj, bool (*method)(cObj &, objref &)) {
     return obj.type().method(mid_write) == reinterpret_cast<cVoidFunction>(method);
 }
