@@ -45,8 +45,9 @@ class Entries {
     bool any_reference() const { return any_reference_; }
     // All entries of a node, in file order.
     std::vector<size_t> of(std::uint32_t anid) const;
-    // The entry whose brackets enclose the entries of this entry's value: this one, or if the
-    // brackets of a type contain just one whole value, as in Type({...}), the one of that value.
+    // The entry whose brackets enclose the entries of this entry's value. Usually that is this
+    // entry. If the brackets of a type contain just one whole value, as in Type({...}), it is the
+    // entry of that value.
     cat::SourceEntry frame(size_t number) const;
     std::vector<cat::SourceEntry> inside(size_t number) const;
     // The comments above and after an entry.

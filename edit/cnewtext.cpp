@@ -175,11 +175,11 @@ NewText::Samples NewText::samples_in(Item const &parent) const {
     };
     set_samples(false);
     set_samples(true);
-    size_t const twice = 2; // each child was visited two times
+    size_t const visits = 2; // of each child
     for (auto &[child, sample] : samples) {
         Neighbours const &type = by_type[&child->value->type()];
         bool const number = is_floating(*child->value) || &child->value->type() == &cat::type_int();
-        if (number && !(type.alike && (type.count > twice || is_list(*parent.value))))
+        if (number && !(type.alike && (type.count > visits || is_list(*parent.value))))
             sample = nullptr;
     }
     return samples;
@@ -208,8 +208,8 @@ bool NewText::typed_on_lines(Item const &item, Layout const &layout) {
 std::string NewText::fresh(Item const &item, Layout const &layout) {
     std::string text = opening(item.value);
     char const close = closing(text.back());
-    bool const first_in_set = item.value->is_set() && item.parent && item.parent->value->is_set();
-    if (first_in_set) text.insert(0, 1, ' ');
+    bool const set_in_set = item.value->is_set() && item.parent && item.parent->value->is_set();
+    if (set_in_set) text.insert(0, 1, ' '); // << would be one token
     Layout inside = layout;
     inside.lines = text.back() == '(' ? typed_on_lines(item, layout) : !on_one_line(item.value);
     inside.indent += layout.unit;

@@ -22,7 +22,8 @@ void const *cGetStackBase() {
     return base;
 }
 
-// A frame's address; the address of a local could be elsewhere or null.
+// The frame's own address: a sanitizer may put a local variable on the heap, and a compiler may
+// return null instead of its address.
 void const *cGetStackAddress() { return __builtin_frame_address(0); }
 
 bool cIsOnStack(void const *p) {

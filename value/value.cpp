@@ -161,7 +161,7 @@ namespace {
 
 template <class T> detail::outcome read_whole(double number, T &to) {
     if (std::trunc(number) != number || std::isinf(number)) return detail::outcome::wrong_type;
-    // The first number that is too large is a power of two, and so a double, as is the least one.
+    // A double represents both limits exactly: each is a power of two, a negative one, or 0.
     double const end = std::ldexp(1.0, std::numeric_limits<T>::digits);
     if (number >= end || number < static_cast<double>(std::numeric_limits<T>::min()))
         return detail::outcome::misfit;

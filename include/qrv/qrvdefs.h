@@ -1,7 +1,7 @@
 #pragma once
 // Forward declarations of the classes that many headers name, and their handles. They have the
-// export mark, since a file that knows only these declarations may instantiate a template with one
-// of the classes: the instance is then exported, too.
+// export mark, so that an instance of a template with such a class is exported even if its file
+// includes only the declaration.
 //
 // One thread at a time: no part of the library may be used by two threads at once. Counts of owners
 // are plain integers, and reading a value changes them too.

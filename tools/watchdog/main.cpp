@@ -21,13 +21,14 @@ bool put(int descriptor, std::string_view bytes) {
 }
 
 int watch(watchdog::cOptions const &options) {
-    watchdog::cWatch over(options);
+    watchdog::cWatch watcher(options);
     try {
-        return over.run();
+        return watcher.run();
     } catch (std::exception const &error) {
-        bool const runs = over.program().is_running();
-        watchdog::report(error.what() + (runs ? "; " + over.program().full_name() + " is left alone"
-                                              : std::string()));
+        bool const runs = watcher.program().is_running();
+        watchdog::report(
+            error.what() +
+            (runs ? "; " + watcher.program().full_name() + " is left alone" : std::string()));
         return watchdog::status_failure;
     }
 }
@@ -35,7 +36,8 @@ int watch(watchdog::cOptions const &options) {
 } // namespace
 
 int main(int argc, char **argv) {
-    constexpr int flags = O_RDWR | O_CLOEXEC; // the program finds them closed, as they were
+    // O_CLOEXEC: a standard descriptor that our caller has closed is closed in the program, too.
+    constexpr int flags = O_RDWR | O_CLOEXEC;
     fill_standard_descriptors(flags, flags);
     try {
         watchdog::cParsed const parsed = watchdog::parse(argc, argv);

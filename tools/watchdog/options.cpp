@@ -75,7 +75,7 @@ void add_options(CLI::App &app, cOptions &options) {
     app.add_flag("--verbose", options.verbose, "report starts, messages and ignored datagrams");
 }
 
-// CLI11's message, except for an argument before -- that belongs after it.
+// CLI11's message, with advice if an argument before -- belongs after it.
 std::string failure(CLI::App const *app, CLI::Error const &error) {
     std::string text = CLI::FailureMessage::simple(app, error);
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError))

@@ -28,6 +28,6 @@ QRV_API std::string getNextVersion(char const *path);
 
 // The next name for writing: number and tag replace the part from the last dot on. The number is
 // the first from `count` to 1000 for which no such file exists; a larger `count` is tried once.
-// `count` becomes the number after it. False if all names are taken.
+// `count` becomes the number after it. False if all names are taken; `out` is then the last one.
 QRV_API bool fNextWritName(char const *name, std::string prev, std::string &out, int &count,
                            char const *tag);

@@ -550,7 +550,8 @@ extern template class cFunctionSlot1<char const *, void (*)(char const *)>;
 
 // Common points in a process's life. The application fires them, the library only listens:
 // `sig_idle` when the application has nothing to do, `sig_init` and `sig_exit` at its start and
-// end. They exist before all other static objects of the library.
+// end. The library does not use `sig_inittemplates` and `sig_closetemplates`, which are for
+// applications. All exist before the other static objects of the library.
 extern QRV_API cSignal sig_idle;
 extern QRV_API cSignal sig_init;
 extern QRV_API cSignal sig_exit;

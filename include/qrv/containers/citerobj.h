@@ -62,8 +62,8 @@ class QRV_API cIterObj : public cObj {
     cObj &operator*() const noexcept { return value(); }
     cObj *operator->() const noexcept { return &value(); }
     bool valid_value() const noexcept; // valid, and the value is neither null nor void
-    std::string key_as_string() const;
-    int key_as_index() const noexcept;
+    std::string key_as_string() const; // empty if not valid; cAttrNode::key_as_string
+    int key_as_index() const noexcept; // the lowest int if not valid; cAttrNode::key_as_index
 
     // One link, without a check: the ring has no end. From a deleted node a step leads to the end
     // position. Stepping a null iterator is undefined.
@@ -72,11 +72,12 @@ class QRV_API cIterObj : public cObj {
     cIterObj operator++(int);
     cIterObj operator--(int);
 
-    int size() const noexcept;
-    bool empty() const noexcept;
-    int pos() const noexcept; // linear; -1 if not valid
-    // -1: the end position; -2: the last node; n: the n-th node, from 0. False if it does not
-    // exist; the position is then unchanged, except that -2 in an empty container moves to the end.
+    int size() const noexcept;   // of the hash; 0 without a hash
+    bool empty() const noexcept; // true without a hash
+    int pos() const noexcept;    // linear; -1 if not valid
+    // -1: the end position; -2: the last node; n: the n-th node, from 0; below -2: as 0. False
+    // without a hash, and if there is no such node; the position is then unchanged, except that -2
+    // in an empty container moves to the end.
     bool setpos(int n) noexcept;
     // False, unmoved, if the key does not exist. RUNS USER CODE: key hooks.
     bool setkey(objref const &key);

@@ -6,11 +6,10 @@
 
 class QRV_API cSetObj : public cMapObj {
   public:
-    // A copy assigns the values and copies all flags. A copy of another object does not run
-    // `create`. RUNS USER CODE
-    cSetObj();
+    cSetObj(); // does not run `create`
+    // Runs `create`, then assigns; copies all flags. RUNS USER CODE
     cSetObj(cSetObj const &other);
-    explicit cSetObj(cObj const &other);
+    explicit cSetObj(cObj const &other); // the same without `create`
     ~cSetObj() override;
     cSetObj &operator=(cSetObj const &other);
     cSetObj &operator=(cObj const &other);

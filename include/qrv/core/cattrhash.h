@@ -125,8 +125,9 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     int key_as_index() const;          // cat::as_index of the key: the int, or the lowest int
     objref const &valref() const noexcept { return value_; }
     // The stored reference itself. Null may be stored; it reads as cat::bad(). The library does not
-    // notice a store. So from the first call on, a set searches this value by walking, and every
-    // store of a container in the whole process searches it for a cycle: cObj::may_be_a_value.
+    // notice a store through it. So the first call has a lasting cost: a set compares this value
+    // with each value that it searches for, and in the whole process, storing a container first
+    // searches that container for a cycle (cObj::may_be_a_value).
     objref &valref_() noexcept;
     cObj &value() const; // cat::bad() for a null reference
     cObj &operator*() const { return value(); }
@@ -149,7 +150,7 @@ class QRV_API cAttrNode : public cHashNode<objref, cAttrNode>, public cObjBase {
     // RUNS USER CODE
     bool write(std::ostream &os) const;
 
-    // The same for a node that may be null: null key, cat::bad(), 0, the lowest int, null,
+    // The same for a node that may be null: null key, "", cat::bad(), 0, the lowest int, null,
     // nil_attr(), false.
     static objref const &key(cAttrNode const *node);
     static std::string key_as_string(cAttrNode const *node);
@@ -445,7 +446,7 @@ class QRV_API cAttrHash : public cShared, public cPooled {
     cSlotWord *known_values() const noexcept { return words_.get() + capacity_; }
     bool has_right_values() const noexcept;
 
-    static std::uint32_t replaced_unseen_; // values, through a reference that may be a node's
+    static std::uint32_t replaced_unseen_; // the number of values replaced without their node
 
     std::uint32_t size_;     // slots(): the size of the table, also before it exists; a prime
     std::uint32_t used_ = 0; // live nodes

@@ -73,8 +73,8 @@ template <class T> class QRV_API cObjDR : public cObj {
     ~cObjDR() override { end_class(); }
 
     bool is_ObjDR() const override { return true; }
-    // Afterwards, a set that contains the object searches it by walking. To read, use the const
-    // forms.
+    // From then on, a set that contains the object compares it with each value that it searches
+    // for. To read, use the const forms.
     T *valptr() noexcept {
         before_giving_out();
         return value_;

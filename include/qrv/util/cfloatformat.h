@@ -56,6 +56,7 @@ class QRV_API cFloatFormat : public cFormatFloating {
     // string has no number, is null, or the format is unknown.
     bool set_str(char const *text);
     // `changed` reports whether the number read differs from the old one. A NaN differs from all.
+    // On failure `changed` is false.
     bool set_str(char const *text, bool &changed);
     // In the current notation, always with a point. Infinity and NaN are `inf` and `nan`.
     std::string str() const;

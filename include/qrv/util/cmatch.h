@@ -4,8 +4,8 @@
 // A pattern is a sequence of elements. Strings and patterns are bytes; ranges compare them as
 // signed.
 //
-//     ?         any character. If a {, comma or } precedes it and its pattern ends after it, also
-//               the end of the string
+//     ?         any character; directly after a {, comma or }, and as the last element of its
+//               pattern, also the end of the string
 //     *         as many characters as the rest of the pattern permits, possibly none. But the rest
 //               must begin before the string's end, and the * with its rest must match at least
 //               one character: so a final * never matches the last character. Several * are one

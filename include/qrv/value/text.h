@@ -55,11 +55,11 @@ QRV_API value load(std::string const &path, std::vector<cat::ReadError> &errors,
 struct style {
     bool exact = true;     // reading gives the same value: all digits, and strings with line feeds
     bool one_line = false; // without comments; a string with a line feed still takes two lines
-    std::optional<int> indent = {}; // columns for each level instead of 4, and 2 for the first one
+    std::optional<int> indent = {}; // columns of each level; if empty, 2 for the first, then 4
 };
 
-// The written form, without a line feed at its end. An inexact one has six digits of each number.
-// Borrows the value.
+// The written form, without a line feed at its end. An inexact one has six digits of each
+// double and float. Borrows the value.
 // error: part of the value has no text, such as an infinity or a value inside itself.
 // Runs user code: types of the program write their objects.   O(size)
 QRV_API std::string dump(value const &v, style const &how = {});

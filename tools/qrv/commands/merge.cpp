@@ -63,7 +63,7 @@ constexpr char const *help =
     "--force.";
 
 // Is this the error of assigning a constant or a choice type to itself?
-bool is_same_again(cSaid const &said) {
+bool is_self_assignment(cSaid const &said) {
     return said.kind == cat::ErrorKind::object_const ||
            (said.kind == cat::ErrorKind::missing_method && said.names.name == "assign" &&
             said.names.type == "choice");
@@ -130,13 +130,13 @@ class cMerge {
     // choice type to itself fails, and that is harmless: test_types() has reported declarations
     // that differ.
     void test_failure(cAttempt const &attempt) {
-        bool silent = !cObj::is_set(target_);
+        bool harmless = !cObj::is_set(target_);
         for (cSaid const &said : attempt.errors) {
-            if (is_same_again(said)) continue;
+            if (is_self_assignment(said)) continue;
             messages_.error(said.text, said.code);
-            silent = false;
+            harmless = false;
         }
-        if (!silent && messages_.count() == 0) messages_.error("not all values could be merged");
+        if (!harmless && messages_.count() == 0) messages_.error("not all values could be merged");
     }
 
     void list_keys() {

@@ -40,12 +40,13 @@ struct cType {
 };
 
 std::vector<cType> known(cSource &source) {
+    constexpr cPlace after_all{~0u, 1};
     for (std::string const &name : factories()) cat::find_type(name);
     std::vector<cType> all;
     cAttrHash const &types = cat::typemap().datamap();
     for (cAttrNode const *node = types.first(); node; node = types.next(node))
         if (auto *const type = dynamic_cast<cTypeObj *>(node->valref().get()))
-            all.push_back({*type, module_of(*type), source.declared(type->name(), {~0u, 1})});
+            all.push_back({*type, module_of(*type), source.declared(type->name(), after_all)});
     return all;
 }
 

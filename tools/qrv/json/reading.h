@@ -32,8 +32,8 @@ struct cJsonRules {
 
 class cJsonFile {
   public:
-    // Moves the bytes, and reports all errors, also if the library would read the text as other
-    // values.   O(size)
+    // Moves the bytes and reports all errors. It is an error, too, if the library would read other
+    // values from the new text.   O(size)
     cJsonFile(std::string &bytes, cJsonRules const &rules, cMessages &messages);
 
     bool is_good() const { return is_good_; } // no error was reported

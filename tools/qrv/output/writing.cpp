@@ -12,7 +12,7 @@ std::string written(objref const &value, std::string const &head, bool canonical
         [&](cErr const &error) { messages.error(error.as_string(), error.code()); });
     std::optional<cat::ExactText> exact;
     if (!canonical) exact.emplace();
-    // Writes to a stream of this function, so that the writer stores no paths for single objects.
+    // For a string stream, the writer does not record the path of each object.
     std::string text;
     text.reserve(room);
     if (!canonical) text = head;

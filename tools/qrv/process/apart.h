@@ -1,7 +1,7 @@
 #pragma once
-// Isolates each reading of a file from all others: the types that a file declares are known only
-// while it is read. If --module has loaded code, a crash of that code ends the work on one file,
-// and not the tool.
+// Isolates the work on each file from all other work: the types that a file declares are known only
+// to the work on that file. If --module has loaded code, a crash of that code ends the work on one
+// file, and not the tool.
 
 #include "tools/qrv/process/worker.h"
 

@@ -18,8 +18,8 @@ struct cReading {
     objref value;       // null if the text has no value
     bool clean = false; // read without an error, and not null
     bool empty = false; // the text has nothing that could be a value
-    // The position of the text after the value; one separator belongs to the value. Empty if the
-    // value is not closed.
+    // The position of the text after the value; one separator belongs to the value. Empty if there
+    // is no such text, or if errors, such as an unclosed bracket, hide where the value ends.
     std::optional<cPlace> after;
 };
 

@@ -87,8 +87,8 @@ class cBrackets {
         return all_[opening].place.line < all_[i].place.line && indent(opening) < indent(i);
     }
 
-    // Do all brackets match if `left_out` is ignored, its bracket is closed before `close`, and
-    // `any` closes a bracket of any kind?
+    // Do all brackets match if `left_out` is ignored, a missing bracket is inserted before `close`,
+    // and `any` closes a bracket of any kind?
     bool match(size_t left_out, size_t close, size_t any = none) {
         ++tries_;
         std::vector<char> expected;
@@ -110,8 +110,8 @@ class cBrackets {
     size_t tries_ = 0;
 };
 
-// How a container is written with the name of its type and round brackets.
-char const *written_as(char close) {
+// The advice for text such as vector(...): how a container is written. `close` is its bracket.
+char const *how_to_write(char close) {
     return close == ']'   ? "write a vector as [ ... ]"
            : close == '>' ? "write a set as < ... >"
                           : "write a map as { ... }";
@@ -146,7 +146,7 @@ void join_at_mixed_up(std::string const &bytes, cWrongBracket const &wrong,
     one.error.end_line = 0;
     bool const is_typed = bracket_at(wrong.place) == '(' && wrong.expected != ')';
     one.notes.push_back(is_typed
-                            ? cNote{wrong.place, written_as(wrong.expected)}
+                            ? cNote{wrong.place, how_to_write(wrong.expected)}
                             : cNote{wrong.other, std::string("write ") + wrong.expected +
                                                      " here, and not " + bracket_at(wrong.other)});
     auto const after = std::find_if(others.begin(), others.end(), [&](cMistake const &mistake) {

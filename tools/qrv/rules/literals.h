@@ -7,8 +7,8 @@
 
 inline bool is_quote(char c) { return c == '"' || c == '\''; }
 
-// For an integer that is stored as another one, since it has more than 31 bits: the stored value.
-// For even larger ones the reader reports an error.
+// The number that the reader stores for an integer of 32 bits, if it differs: -1 for 0xFFFFFFFF.
+// Else empty. For integers with more bits the reader reports an error.
 std::optional<int> wrapped(std::string_view number);
 
 // Does the scanner read this as an integer? Hexadecimal numbers and those with a u are integers.
