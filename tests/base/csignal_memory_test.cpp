@@ -66,7 +66,7 @@ TEST_F(Memory, a_link_allocates_two_nodes_two_heads_and_two_tokens) {
     signal.connect(slot);
     EXPECT_EQ(living, before + 6);
     signal.disconnect(slot, true);
-    EXPECT_EQ(living, before + 4); // the ring lives as long as its base
+    EXPECT_EQ(living, before + 4); // heads and tokens live as long as signal and slot
 }
 
 TEST_F(Memory, everything_is_freed_with_the_bases) {

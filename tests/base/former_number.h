@@ -12,8 +12,8 @@
 #include <string_view>
 
 namespace former {
-constexpr std::int64_t far_away =
-    1'000'000'000'000; // an exponent larger than any float or the length of any string
+// An exponent beyond that of every float, and more than the length of any string.
+constexpr std::int64_t far_away = 1'000'000'000'000;
 
 inline bool is_hex_digit(char c) noexcept {
     return is_digit(c) || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
@@ -69,7 +69,7 @@ struct cBase {
     std::chars_format form;
     bool (*is_one)(char) noexcept; // is the character a digit of this base?
     char mark;                     // the letter before the exponent
-    int bits;                      // the bits of one digit, in units of the exponent
+    int bits;                      // moving the point by one digit changes the exponent by this
 };
 constexpr cBase decimal{std::chars_format::general, is_digit, 'e', 1};
 constexpr cBase hexadecimal{std::chars_format::hex, is_hex_digit, 'p', 4};
@@ -84,8 +84,9 @@ inline std::int64_t read_exponent(std::string_view text) noexcept {
     return negative ? -exponent : exponent;
 }
 
-// The exponent of the number when written with its point before the first digit that is not zero.
-// If the number is out of range, a positive exponent means too large and a negative one too small.
+// The order of magnitude: the place of the first nonzero digit plus the exponent. The places before
+// the point are 1, 2 and so on, from right to left; those after it are -1, -2 and so on. If a
+// number is out of range, its order is above 0 if it is too large, and below 0 if it is too small.
 inline std::int64_t order_of(std::string_view text, cBase const &base) noexcept {
     size_t end = 0;
     for (bool point = false; end < text.size(); ++end) {
@@ -118,7 +119,7 @@ inline bool scan_magnitude(std::string_view text, T &number, cBase const &base =
 
 inline bool scan_any_magnitude(std::string_view text, float &number) noexcept {
     if (starts_with_word(text, "inf")) {
-        // After its first character the longer word must be complete.
+        // An "i" after "inf" must begin the rest of "infinity".
         if (starts_with_word(text, "infi") && !starts_with_word(text, "infinity")) return false;
         number = std::numeric_limits<float>::infinity();
         return true;

@@ -123,7 +123,7 @@ class Install(unittest.TestCase):
         linked = done("ldd", self.tree / "bin/qrv")
         self.assertIn(str(self.tree), os.path.realpath(re.search(r"libqrv\.so\.\d+ => (\S+)", linked)[1]))
 
-    def test_libraries_come_from_no_folder_of_others(self):
+    def test_libraries_are_not_searched_where_other_users_can_write(self):
         done(sys.executable, SOURCE / "scripts/check_run_paths.py", self.tree)
 
     def test_a_cmake_consumer_where_it_was_installed(self):

@@ -46,7 +46,7 @@ bool model_assign(objref const &target, objref const &source) {
 std::string model_letters(std::string const &commands) {
     std::string const given = commands.substr(0, 3);
     if (given.find('?') == std::string::npos) return given;
-    std::string letters = "0as"; // of map, vector and set
+    std::string letters = "0as"; // the member "cpcommands" of map, vector and set
     for (size_t i = 0; i < given.size(); ++i)
         if (given[i] != '?') letters[i] = given[i];
     return letters;
@@ -131,7 +131,7 @@ class cWorld {
         return made;
     }
 
-    // The shape with these numbers; objects that were created later have none.
+    // The shape, with the number of each generated object. Objects created later have none.
     std::string text(cObj *obj) const {
         auto const birth = births_.find(obj);
         std::string result = birth == births_.end() ? "" : std::to_string(birth->second) + ":";

@@ -160,7 +160,7 @@ TEST_F(Items, a_removed_entry_is_followed_by_its_former_successor) {
     for (cat::Item const &item : cat::items(map)) {
         keys += cat::as_string(item.key());
         if (keys != "a") continue;
-        hash.delitem("x"); // b was the next entry then
+        hash.delitem("x"); // b is the next entry now
         hash.delitem("a");
         EXPECT_TRUE(item.key() == nullptr);
         EXPECT_EQ(item.value(), cat::bad());
@@ -192,8 +192,8 @@ TEST_F(ItemsEdge, a_value_removed_from_a_vector_has_no_key) {
     EXPECT_EQ(cat::as_string((*++at).value()), "1");
 }
 
-// The model is the position of the next value. A walk ends for good if the current value was
-// removed and was the last one.
+// The model is a list of the values and the position of the next one. A walk ends for good when the
+// current value has been removed and no value follows it.
 TEST_F(Items, random_changes_of_a_vector_follow_the_model) {
     std::mt19937 random(7);
     auto const below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };

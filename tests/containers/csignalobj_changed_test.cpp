@@ -128,7 +128,7 @@ TEST_F(Changed, a_refused_executable_fires_nothing) {
     EXPECT_EQ(take_calls(), "");
 }
 
-TEST_F(Changed, an_object_without_members_fires_nothing_when_a_kill_is_set) {
+TEST_F(Changed, removing_a_missing_member_creates_no_member_map) {
     objref const obj = cat::of(1);
     EXPECT_TRUE(obj->set_omember("changed", objref()));
     EXPECT_FALSE(obj->has_ommap());
@@ -220,7 +220,7 @@ TEST_F(Changed, two_objects_over_one_map_share_the_signal) {
     EXPECT_EQ(take_calls(), "s;");
 }
 
-TEST_F(Changed, ordinary_attributes_do_not_fire_and_do_not_see_it) {
+TEST_F(Changed, ordinary_attributes_do_not_fire_the_signal_and_do_not_contain_it) {
     objref const map = make<cMapObj>();
     NamedSlot const a("a", map->force_changed_signal());
     (*map)["k"] = cat::of(1);
@@ -231,7 +231,7 @@ TEST_F(Changed, ordinary_attributes_do_not_fire_and_do_not_see_it) {
     EXPECT_EQ(take_calls(), "a;");
 }
 
-TEST_F(Changed, forcing_marks_the_object_as_one_with_executables_without_other_effects) {
+TEST_F(Changed, forcing_sets_the_flag_of_executables_and_methods_still_work) {
     objref const obj = cat::of(1), vector = make<cVectorObj>();
     obj->force_changed_signal();
     EXPECT_TRUE(obj->flags_of(of_exe_member));

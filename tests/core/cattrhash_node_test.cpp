@@ -181,7 +181,7 @@ TEST_F(Node, a_locked_type_refuses_another_type) {
     EXPECT_TRUE(hash.empty());
 }
 
-TEST_F(Node, a_locked_type_allows_replacing_nil_and_bit_1_locks_nothing) {
+TEST_F(Node, a_locked_type_allows_replacing_nil_and_flag_1_locks_nothing) {
     hash.mapitem("a", cat::nil());
     hash.flags(2);
     *hash.first() = cat::of(1);
@@ -211,7 +211,7 @@ TEST_F(Node, a_held_node_is_empty_and_dead_after_its_deletion) {
     node->unhold();
 }
 
-TEST_F(Node, a_node_destroyed_by_itself_leaves_its_table) {
+TEST_F(Node, a_node_that_is_deleted_directly_leaves_its_table) {
     fill({"a", "b"});
     delete hash.find("a");
     EXPECT_EQ(ring(hash), "b=2 ");
@@ -239,16 +239,16 @@ TEST_F(Node, keys_are_ordered_by_less_and_types_by_name) {
 }
 
 TEST_F(Node, value_order_puts_maps_before_vectors_before_the_rest) {
-    auto const of_type = [](char const *key, objref const &value) {
+    auto const node_of = [](char const *key, objref const &value) {
         return std::make_unique<cAttrNode>(cat::of(key), value);
     };
     objref const set = cat::type_set().newobj();
-    auto const map_a = of_type("a", cat::type_map().newobj());
-    auto const map_b = of_type("b", cat::type_map().newobj());
-    auto const vector_a = of_type("a", cat::type_vector().newobj());
-    auto const vector_b = of_type("b", cat::type_vector().newobj());
-    auto const set_a = of_type("a", set);
-    auto const one = of_type("z", cat::of(1)), two = of_type("y", cat::of(2));
+    auto const map_a = node_of("a", cat::type_map().newobj());
+    auto const map_b = node_of("b", cat::type_map().newobj());
+    auto const vector_a = node_of("a", cat::type_vector().newobj());
+    auto const vector_b = node_of("b", cat::type_vector().newobj());
+    auto const set_a = node_of("a", set);
+    auto const one = node_of("z", cat::of(1)), two = node_of("y", cat::of(2));
     EXPECT_TRUE(valord(*one, *two));
     EXPECT_FALSE(valord(*two, *one));
     EXPECT_TRUE(valord(*map_a, *map_b));

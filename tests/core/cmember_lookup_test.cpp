@@ -1,4 +1,4 @@
-// The member of a type that a call has found last.
+// The cached member of a type: the next call must see every change of the type's members.
 #include "qrv/core/ctypeobj.h"
 
 #include "tests/core/hash_support.h"
@@ -14,7 +14,7 @@ class LastMember : public QrvTest {};
 
 } // namespace
 
-TEST_F(LastMember, a_member_of_a_type_that_is_replaced_or_removed_is_not_called_any_more) {
+TEST_F(LastMember, a_replaced_or_removed_member_of_a_type_is_not_called_any_more) {
     typeref const type = make<cTypeObj>("appending", nullptr);
     objref const obj = objref::adopt(new cObjD<int>(1, type.get()));
     called.clear();

@@ -1,5 +1,5 @@
-// The allocations of the layer of qrv::value: reading and iterating allocate nothing, and storing a
-// container allocates nothing for its entries, as a search for a cycle would.
+// The allocations of the layer of qrv::value: reading and iterating allocate nothing. Building a
+// tree from the innermost level searches for no cycles; a search allocates for each entry.
 
 #include "qrv/value.h"
 #include "tests/counted/counted.h"
@@ -42,7 +42,7 @@ TEST(CountedValue, iterating_allocates_nothing) {
         for (qrv::value const &phase : v.at("phases")) count += phase == 2 ? 1 : 0;
         for (auto const &[key, item] : v.at("limits").items()) count += item == 1 ? 1 : 0;
     };
-    walk(); // keys that have no object yet get it
+    walk(); // creates the missing objects of keys
     EXPECT_EQ(counted::allocations_of(walk), 0U);
     EXPECT_EQ(count, 10);
 }

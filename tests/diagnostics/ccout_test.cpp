@@ -164,7 +164,7 @@ TEST_F(Output, underflow_always_returns_the_end) {
     EXPECT_EQ(buffer.underflow(), -1);
 }
 
-TEST_F(Output, sync_returns_four_results) {
+TEST_F(Output, sync_fails_only_with_a_put_area_and_unread_input) {
     cOpenBuffer buffer;
     cPieces const pieces(buffer.sig());
     EXPECT_EQ(buffer.sync(), 0); // nothing is buffered
@@ -176,7 +176,7 @@ TEST_F(Output, sync_returns_four_results) {
     buffer.sputc('b');
     EXPECT_EQ(buffer.sync(), -1);
     buffer.take_put_area();
-    EXPECT_EQ(buffer.sync(), 0); // the state is checked first
+    EXPECT_EQ(buffer.sync(), 0); // a missing put area is checked first
     EXPECT_EQ(pieces.pieces(), Pieces{"a"});
 }
 
@@ -311,7 +311,7 @@ TEST_F(Output, the_message_file_ignores_the_standard_streams) {
     EXPECT_EQ(without_start_line(file.text()), "[start]");
 }
 
-TEST_F(Output, an_empty_string_is_not_a_message) {
+TEST_F(Output, a_null_string_is_not_a_message) {
     cMsgDispOut(nullptr);
     EXPECT_EQ(messages.pieces(), Pieces{});
 }
@@ -337,7 +337,7 @@ TEST_F(Output, debugout_emits_up_to_1023_characters_once) {
     EXPECT_EQ(debug.calls, (Pieces{std::string(1024, 'x'), "x"}));
 }
 
-TEST_F(Output, the_global_route_reaches_debug_output) {
+TEST_F(Output, the_global_buffer_also_sends_to_debug_output) {
     cDebugCalls debug;
     cat::std_err() << "text";
     EXPECT_EQ(debug.calls, Pieces{"text"});

@@ -124,7 +124,7 @@ TEST_F(Trace, a_token_sets_several_names_with_the_same_streams) {
     EXPECT_EQ(streams(c), "");
 }
 
-TEST_F(Trace, a_name_without_a_sign_is_switched_on_and_a_repeated_sign_has_no_effect) {
+TEST_F(Trace, the_last_of_several_signs_applies) {
     cTracer a("a");
     cSetTracing("-+--+a");
     EXPECT_TRUE(a);
@@ -167,7 +167,7 @@ TEST_F(Trace, tabs_separate_tokens_and_other_white_space_does_not) {
     EXPECT_FALSE(a || b);
 }
 
-TEST_F(Trace, a_stream_name_may_have_any_length) {
+TEST_F(Trace, a_stream_list_may_have_any_length) {
     cTracer a("a");
     std::string list = "cerr";
     while (list.size() < 5000) list += ",cout,cerr";
@@ -326,8 +326,8 @@ TEST_F(Trace, rules_may_change_while_a_channel_writes) {
 
 TEST_F(Trace, a_listener_may_destroy_the_channel_that_writes) {
     auto one = std::make_unique<cTracer>("one");
-    auto *const gone = &one;
-    cOnText const slot(cOutSigStreambuf.sig(), [gone](char const *) { gone->reset(); });
+    auto *const owner = &one;
+    cOnText const slot(cOutSigStreambuf.sig(), [owner](char const *) { owner->reset(); });
     cSetTracing("one:cerr,cout," + folder + "x.log");
     *one << std::string(2000, 'x');
     EXPECT_EQ(one, nullptr);
@@ -337,19 +337,19 @@ TEST_F(Trace, a_listener_may_destroy_the_channel_that_writes) {
 
 TEST_F(Trace, a_listener_may_destroy_the_channel_while_it_writes_twice) {
     auto one = std::make_unique<cTracer>("one");
-    auto *const gone = &one;
+    auto *const owner = &one;
     int depth = 0;
-    cOnText const slot(cOutSigStreambuf.sig(), [gone, &depth](char const *) {
-        if (++depth == 1) **gone << std::string(1500, 'y');
-        gone->reset();
+    cOnText const slot(cOutSigStreambuf.sig(), [owner, &depth](char const *) {
+        if (++depth == 1) **owner << std::string(1500, 'y');
+        owner->reset();
     });
     cSetTracing("one:cerr,cout");
     *one << std::string(1500, 'x');
     EXPECT_EQ(one, nullptr);
 }
 
-// A channel converts to bool, so arithmetic with a channel would compile without these deleted
-// operators.
+// A channel converts to bool, so arithmetic with a channel would compile if its operators were not
+// deleted.
 template <class A, class B>
 concept cArithmetic = requires(A a, B b) {
     a - b;

@@ -52,7 +52,7 @@ inline std::string file_text(std::string const &path) {
     return text.str();
 }
 
-// The name of a file in the folder of the tests, which is removed at the end.
+// The path of a temporary file. The file is removed at both ends of the scope.
 class cTempFile {
   public:
     explicit cTempFile(std::string const &name) : path_(testing::TempDir() + "qrv_ccout_" + name) {

@@ -170,7 +170,7 @@ TEST_F(Edit, a_new_key_is_hexadecimal_where_all_others_are) {
     EXPECT_EQ(set("{ 0x10 = 1; 17 = 2; }", "18 = 3"), "{ 0x10 = 1; 17 = 2; 18 = 3; }");
 }
 
-TEST_F(Edit, several_entries_at_the_end_of_a_line_leave_no_blanks) {
+TEST_F(Edit, removed_entries_at_the_end_of_a_line_leave_no_blanks) {
     EXPECT_EQ(set("{ n = { a = 1; b = 2; c = 3 }; }", "n &= {a=7}"), "{ n = { a = 7 }; }");
     EXPECT_EQ(set("{ n = [1, 2, 3, 4]; }", "n &= [1]"), "{ n = [1]; }");
 }
@@ -189,7 +189,7 @@ TEST_F(Edit, a_line_whose_entries_are_all_removed_is_removed) {
               "{ // all\r\n\t// end\r\n}");
 }
 
-TEST_F(Edit, a_new_value_of_a_declared_type_has_the_lines_of_the_one_next_to_it) {
+TEST_F(Edit, a_new_value_of_a_declared_type_is_split_into_lines_like_its_neighbour) {
     cat::TypeScope const scope;
     std::string const declared = "{\n  A = attlist(n= attspec(type= string));\n";
     EXPECT_EQ(set(declared + "  l = [A(n= a)];\n}", "l << A(n= b)"),
@@ -452,19 +452,7 @@ TEST_F(EditTyped, a_reference_that_reads_as_a_copy_becomes_a_value_when_its_targ
     EXPECT_EQ(set_typed("p &= 7"), with(with(typed, "P(n = 4)", "7"), "#cRef(/p/n)", "4"));
 }
 
-// --- cost ---
-
-// Quadratic work would take minutes here.
-TEST_F(Edit, many_entries_on_one_line_and_many_references_cost_linear_work) {
-    std::string line = "{ base = {x=1}; ";
-    for (int i = 0; i < 20000; ++i) line += "k" + std::to_string(i) + " = #cRef(/base); ";
-    Text edited(line + "}");
-    std::string const result = edited.apply([](cObj &root) {
-        static_cast<cMapObj &>(root).datamap().rename(cat::of(std::string("base")),
-                                                      cat::of(std::string("b")));
-    });
-    EXPECT_EQ(result.size(), line.size() + 1 - 3 * 20001);
-}
+// --- formatted numbers ---
 
 TEST_F(Edit, formatted_numbers_keep_their_form) {
     EXPECT_EQ(set("{ port = intf(0x1f); }", "port = 32"), "{ port = intf(0x20); }");
@@ -478,6 +466,8 @@ TEST_F(Edit, formatted_numbers_keep_their_form) {
     EXPECT_EQ(set("{ a = intf( /* ) */ 0x0A); }", "a = 0"), "{ a = intf( /* ) */ 0x00); }");
     EXPECT_EQ(set("{ a = intf( /* two */ 2); }", "a &= 7"), "{ a = 7; }");
 }
+
+// --- changed() ---
 
 TEST_F(Edit, knows_whether_anything_has_changed) {
     std::string const text = "{ a = 1; b = { c = x; l = [ 2, 3 ]; }; }";
@@ -498,6 +488,20 @@ TEST_F(Edit, knows_whether_anything_has_changed) {
     EXPECT_FALSE(edit.changed());
     EXPECT_TRUE(static_cast<cMapObj &>(*b->getattrp("l")).datamap().vect_insert(0, cat::of(1)));
     EXPECT_TRUE(edit.changed());
+}
+
+// --- cost ---
+
+// Quadratic work would take minutes here.
+TEST_F(Edit, many_entries_on_one_line_and_many_references_cost_linear_work) {
+    std::string line = "{ base = {x=1}; ";
+    for (int i = 0; i < 20000; ++i) line += "k" + std::to_string(i) + " = #cRef(/base); ";
+    Text edited(line + "}");
+    std::string const result = edited.apply([](cObj &root) {
+        static_cast<cMapObj &>(root).datamap().rename(cat::of(std::string("base")),
+                                                      cat::of(std::string("b")));
+    });
+    EXPECT_EQ(result.size(), line.size() + 1 - 3 * 20001);
 }
 
 } // namespace

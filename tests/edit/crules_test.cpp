@@ -28,7 +28,7 @@ std::string text_of(objref const &value) {
     return value->is_type() ? static_cast<cTypeObj const &>(*value).name() : cat::as_text(value);
 }
 
-// One line for each rule: "Pixel/x type int, not 1.50000".
+// One line for each broken rule: "/from Pixel/x type int, not 1.50000".
 std::string text_of(std::vector<BrokenRule> const &all) {
     static constexpr char const *names[] = {"declared", "required", "type", "fixed", "choice"};
     std::string text;
@@ -62,7 +62,7 @@ class Rules : public QrvTest {
     static std::string all_broken(objref const &value, char const *type) {
         return text_of(qrv::edit::all_broken_rules(value, cat::find_type(type)));
     }
-    // Stores a value without the rules of the type.
+    // Stores a value without checking the rules of the type.
     static void force(objref const &object, char const *key, objref const &value) {
         auto &map = dynamic_cast<cMapObj &>(*object);
         map.datamap().find(key)->valref_() = value;
@@ -87,7 +87,7 @@ TEST_F(Rules, a_map_from_which_an_object_can_be_created_breaks_no_rule) {
     EXPECT_EQ(broken("{}", "Fixed"), "");
 }
 
-TEST_F(Rules, each_key_of_a_map_breaks_one_rule) {
+TEST_F(Rules, each_key_of_a_map_breaks_at_most_one_rule) {
     EXPECT_EQ(broken("{x= 1.5; y= #nil; colr= green; mode= auto; color= #nil}", "Pixel"),
               " Pixel/x type int, not 1.50000\n"
               " Pixel/y required -, not #nil\n"
@@ -195,10 +195,10 @@ TEST_F(Rules, a_deep_tree_needs_no_deep_stack) {
 TEST_F(Rules, a_container_that_user_code_puts_into_the_tree_is_checked) {
     cHostileType const hostile;
     objref const tree = read("[[], Pixel(x= 1; y= 2), []]");
-    auto const list_at = [&](char const *path) -> cAttrHash & {
+    auto const hash_at = [&](char const *path) -> cAttrHash & {
         return dynamic_cast<cMapObj &>(*tree->getattrp(path)).datamap();
     };
-    list_at("1").mapitem(hostile.key(1), cat::of(1));
+    hash_at("1").mapitem(hostile.key(1), cat::of(1));
     cHostileType::in_hash = [&] {
         cObj const *const first = tree->getattrp("0").get();
         tree->setattrp("0 &=", cat::of(0), false);
@@ -207,7 +207,7 @@ TEST_F(Rules, a_container_that_user_code_puts_into_the_tree_is_checked) {
         while (added.back().get() != first && added.size() < 1000);
         dynamic_cast<cMapObj &>(*added.back()).datamap().vect_append(read("Pixel(x= 1; y= 2)"));
         force(dynamic_cast<cMapObj &>(*added.back()).datamap().first()->valref(), "y", nullptr);
-        list_at("2").vect_append(added.back());
+        hash_at("2").vect_append(added.back());
     };
     std::vector<BrokenRule> const all = qrv::edit::all_broken_rules(tree, cat::find_type("vector"));
     ASSERT_EQ(all.size(), 2U);

@@ -110,7 +110,6 @@ TEST_F(Spelling, a_number_without_a_written_form_has_no_literal) {
     EXPECT_EQ(spelt(cat::of(std::numeric_limits<double>::infinity()), "1.0"), "");
 }
 
-// Each value in the style of each literal reads as itself.
 TEST_F(Spelling, each_value_in_each_style_reads_as_itself) {
     char const *const literals[] = {"",     "0",    "-5",   "+5",   "007",       "0x1F",
                                     "0X0a", "5u",   "1.",   "1.5",  ".5",        "-2.5e-3",

@@ -1,5 +1,5 @@
-// The example module: two types created by factories, an entry of an interface defined there, and
-// unloading that waits until nothing of the module is in use.
+// The example module: two types created by factories, an entry of an interface that the module
+// defines, and unloading, which fails while anything of the module is in use.
 #include "examples/modules/colour/colour.h"
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/ceros.h"
@@ -27,7 +27,7 @@ class ColourModule : public Loading {
         EXPECT_FALSE(is_mapped("modules/colour.so"));
     }
 
-    // Does what a program does to unload the module.
+    // Does what a program does before it unloads the module.
     static void forget_types() {
         for (char const *name : {"palette", "color"}) cat::typemap().datamap().delitem(name);
     }

@@ -1,5 +1,5 @@
-// The rules drop errors that follow from others. An error that follows from no other error is
-// reported at the end.
+// The rules drop errors that follow from others. A dropped error is reported at the end if it
+// follows from no other error.
 
 #include "tests/support/fixture.h"
 

@@ -72,7 +72,7 @@ class cReceiver {
     bool bound_ = false;
 };
 
-std::string const abc("\x03\x04\0\0\x02\x01\0\0\xFE\xFF\xFF\xFF", 12); // 0x403, 0x102, -2
+std::string const datagram("\x03\x04\0\0\x02\x01\0\0\xFE\xFF\xFF\xFF", 12); // 0x403, 0x102, -2
 
 class Link : public testing::Test {
   protected:
@@ -97,7 +97,7 @@ TEST_F(Link, a_message_is_one_datagram_of_three_numbers_lowest_byte_first) {
     cReceiver receiver(prefix + "42");
     ASSERT_TRUE(receiver.bound());
     post(prefix, 42);
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
     EXPECT_EQ(receiver.sender.uid, ::getuid());
     EXPECT_EQ(receiver.sender.pid, ::getpid());
     EXPECT_EQ(receiver.take(), "");
@@ -110,9 +110,9 @@ TEST_F(Link, the_name_contains_the_id_as_an_unsigned_number) {
     ASSERT_TRUE(largest.bound() && least.bound());
     post(prefix, 4294967294u);
     post(prefix, 1);
-    EXPECT_EQ(largest.take(), abc);
+    EXPECT_EQ(largest.take(), datagram);
     EXPECT_EQ(largest.take(), "");
-    EXPECT_EQ(least.take(), abc);
+    EXPECT_EQ(least.take(), datagram);
 }
 
 TEST_F(Link, a_name_that_fills_the_address_works_and_a_longer_one_drops_the_message) {
@@ -122,7 +122,7 @@ TEST_F(Link, a_name_that_fills_the_address_works_and_a_longer_one_drops_the_mess
     cReceiver receiver(prefix + "42");
     ASSERT_TRUE(receiver.bound());
     post(prefix, 42);
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
     post(prefix, 421);
     post(prefix + std::string(3, 'x'), 42);
     post(prefix + std::string(1000, 'x'), 42);
@@ -138,7 +138,7 @@ TEST_F(Link, a_missing_receiver_is_not_an_error_and_a_later_receiver_gets_later_
     ASSERT_TRUE(receiver.bound());
     EXPECT_EQ(receiver.take(), "");
     post(prefix, 42);
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
 }
 
 TEST_F(Link, sending_does_not_wait_for_a_full_receiver) {
@@ -161,10 +161,10 @@ TEST_F(Link, sending_does_not_wait_for_a_full_receiver) {
     EXPECT_EQ(errno, EDOM);
     EXPECT_GT(refused, 0);
     int received = 0;
-    while (receiver.take() == abc) ++received;
+    while (receiver.take() == datagram) ++received;
     EXPECT_EQ(received + refused, many);
     post(prefix, 42);
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
 }
 
 std::size_t open_descriptors() {
@@ -197,7 +197,7 @@ TEST_F(Link, one_socket_sends_all_messages_and_is_closed_on_exec) {
     EXPECT_NE(::fcntl(first, F_GETFL) & O_NONBLOCK, 0);
 }
 
-// The descriptor that the socket of the next message would get.
+// The descriptor of the socket on which messages are sent, which is created if necessary.
 int kept_socket(std::string const &prefix) {
     static int used;
     static ssize_t (*real)(int, void const *, size_t, int, sockaddr const *, socklen_t);
@@ -219,7 +219,7 @@ TEST_F(Link, a_socket_that_other_code_closed_is_created_again) {
     ASSERT_TRUE(receiver.bound());
     ASSERT_EQ(::close(kept_socket(prefix)), 0);
     post(prefix, 42);
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
 }
 
 TEST_F(Link, a_reused_descriptor_of_a_closed_socket_is_left_alone) {
@@ -237,11 +237,11 @@ TEST_F(Link, a_reused_descriptor_of_a_closed_socket_is_left_alone) {
         taken = kept;
     }
     post(prefix, 42);
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
     char byte = 0;
     EXPECT_EQ(::recv(taken == ends[0] ? ends[1] : ends[0], &byte, 1, 0), -1);
     EXPECT_EQ(::fcntl(kept, F_GETFD), 0)
-        << "open, and not closed on exec as a socket of the link would be";
+        << "the stream must stay open, without the close-on-exec flag of the link's sockets";
     ::close(ends[0]);
     ::close(ends[1]);
 }
@@ -251,7 +251,7 @@ TEST_F(Link, a_child_process_sends_on_its_own_socket_and_the_parent_continues) {
     cReceiver receiver(prefix + "42");
     ASSERT_TRUE(receiver.bound());
     post(prefix, 42);
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
     pid_t const child = ::fork();
     if (child == 0) {
         post(prefix, 42);
@@ -260,10 +260,10 @@ TEST_F(Link, a_child_process_sends_on_its_own_socket_and_the_parent_continues) {
     int status = -1;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
     EXPECT_EQ(receiver.sender.pid, child);
     post(prefix, 42);
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
     EXPECT_EQ(receiver.sender.pid, ::getpid());
 }
 
@@ -284,7 +284,7 @@ TEST_F(Link, the_hook_replaces_the_socket_until_it_is_null) {
     EXPECT_EQ(receiver.take(), "");
     post(prefix, 42);
     EXPECT_EQ(posted, "42 1027 258 -2; ");
-    EXPECT_EQ(receiver.take(), abc);
+    EXPECT_EQ(receiver.take(), datagram);
 }
 
 // Each system call fails in turn, with a new socket and with an existing one. At most the message
@@ -308,7 +308,7 @@ TEST_F(Link, a_failed_system_call_loses_at_most_one_message) {
             while (!receiver.take().empty()) continue;
             EXPECT_LE(open_descriptors(), before + 1);
             post(prefix, 42);
-            EXPECT_EQ(receiver.take(), abc) << cOsFaults::hit();
+            EXPECT_EQ(receiver.take(), datagram) << cOsFaults::hit();
             if (cOsFaults::hit().empty()) break;
             failed += cOsFaults::hit() + "; ";
         }
@@ -316,9 +316,9 @@ TEST_F(Link, a_failed_system_call_loses_at_most_one_message) {
     }
 }
 
-// ---- the starter ----
+// ---- environment values ----
 
-TEST_F(Link, the_starters_variable_is_read_on_demand) {
+TEST_F(Link, an_environment_value_is_read_at_each_call) {
     EXPECT_EQ(cat::start_value("QRV_TEST_VALUE"), nullptr);
     ::setenv("QRV_TEST_VALUE", "", 1);
     EXPECT_STREQ(cat::start_value("QRV_TEST_VALUE"), "");
@@ -383,7 +383,7 @@ TEST_F(Event, an_event_with_a_refused_name_is_null) {
     EXPECT_EQ(cat::open_event(("/" + std::string(5000, 'x')).c_str()), nullptr);
 }
 
-// Everybody may create files in that folder, and using a semaphore in a file that is too short
+// Every user may create files in /dev/shm, and using a semaphore in a file that is too short
 // would end the process.
 TEST_F(Event, a_file_too_short_for_an_event_is_refused) {
     std::string const name = "/" + own_prefix() + "short";
@@ -419,9 +419,9 @@ TEST_F(Event, the_owner_must_be_the_user_or_root) {
     EXPECT_FALSE(cat::trusts_owner(somebody, us));
     EXPECT_FALSE(cat::trusts_owner(us, root));
     cOwnSemaphore const own;
+    // Only root can change the owner of a file.
     bool const given_away = ::chown(own.file().c_str(), ::geteuid() + 1, getegid()) == 0;
-    void *const event =
-        cat::open_event(own.name.c_str()); // only root can change the owner of a file
+    void *const event = cat::open_event(own.name.c_str());
     EXPECT_EQ(event == nullptr, given_away);
     cat::close_event(event);
 }

@@ -50,7 +50,7 @@ class Pool : public testing::Test {
     std::size_t const before_ = blocks();
 };
 
-TEST_F(Pool, a_size_has_a_cell_up_to_the_next_multiple_of_8) {
+TEST_F(Pool, the_size_of_a_cell_is_rounded_up_to_a_multiple_of_8) {
     for (std::size_t const size : {1u, 7u, 8u, 9u, 15u, 16u, 17u, 248u, 249u, 255u, 256u}) {
         void *const cell = take(size);
         std::size_t const whole = (size + 7) / 8 * 8;
@@ -93,7 +93,8 @@ TEST_F(Pool, cells_do_not_overlap) {
 TEST_F(Pool, a_new_block_is_mapped_when_the_first_is_full) {
     std::vector<void *> cells = {take(largest_cell)};
     while (block_of(cells.back()) == block_of(held_)) cells.push_back(take(largest_cell));
-    // The header uses the space of one cell, one cell is held, and the last one is taken outside.
+    // In the first block the header uses the space of one cell, and one cell is held. The last of
+    // `cells` is in the new block.
     EXPECT_EQ(cells.size(), cells_of_a_block - 1);
     EXPECT_EQ(blocks(), before_ + 1);
     give_all(cells, largest_cell);

@@ -38,7 +38,7 @@ void give_all(std::vector<void *> const &blocks) {
     for (void *const block : blocks) give_block(block);
 }
 
-// Fills the first region for the length of a test, so that the test begins all others.
+// Fills the first region during each test, so that the blocks of the test are in other regions.
 class Region : public testing::Test {
   protected:
     void SetUp() override {
@@ -47,9 +47,10 @@ class Region : public testing::Test {
         while (region_of(first_.back()) == region_of(first_.front()));
         give_block(first_.back());
         first_.pop_back();
-        give_all(take_all(2 * blocks_of_a_region)); // leaves no empty region stored
-        for (void *&block : first_) { // the next region is not reserved either, as no more blocks
-                                      // were needed soon after
+        give_all(take_all(2 * blocks_of_a_region)); // no empty region is kept
+        // A region that is mapped soon after another was returned is kept when it is empty. Taking
+        // and freeing many blocks ends that time.
+        for (void *&block : first_) {
             give_block(block);
             block = take_block();
         }

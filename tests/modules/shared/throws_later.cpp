@@ -1,4 +1,4 @@
-// A module that connects a slot to the error signal, which throws an exception of the library.
+// A module that connects a slot to the error signal. The slot throws an exception of the library.
 #include "tests/modules/shared/module.h"
 
 #include "qrv/core/ceros.h"

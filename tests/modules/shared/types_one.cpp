@@ -1,6 +1,6 @@
 // A module that does all that a module may do to the registry and still be unloaded: the
-// destructors of its static objects undo it. What it redefines consists of the library's objects
-// only, and stays.
+// destructors of its static objects undo it. The type Scale stays, since it consists of the
+// library's objects only.
 #include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
