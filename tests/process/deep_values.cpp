@@ -69,8 +69,8 @@ void check(qrv::value tree, qrv::value const &other) {
     CHECK(is_too_deep([&] { static_cast<void>(tree.paths_of(other)); }));
 }
 
-// Of a vector on one line: the indentation of maps at the depth that can be written has many
-// megabytes.
+// Uses nested vectors, which are written on one line: the indentation of nested maps would take
+// many megabytes before the writer reports that the tree is too deep.
 void check_text(qrv::value const &tree) {
     CHECK(is_too_deep([&] { static_cast<void>(qrv::dump(tree)); }));
     CHECK(is_too_deep([&] { static_cast<void>(qrv::dump(tree, {.one_line = true})); }));

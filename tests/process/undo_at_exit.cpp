@@ -57,7 +57,7 @@ struct cStatic {
     }
 } const program;
 
-cUndoGlobalList kept(true); // destroyed with the program; shares an action
+cUndoGlobalList kept(true); // destroyed with the program; shares actions with redoGlobalList
 
 int child() {
     in_child = true;

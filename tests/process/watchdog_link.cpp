@@ -2,8 +2,8 @@
 // the title, with an event that exists, is missing or is created too late, with a receiver that
 // checks the sender, and the position of the connection in the order of start-up and end.
 //
-// The program defines the functions that open, set and close the event, which replace the system's:
-// they use another name for the event, and record the state at these moments.
+// The program defines the functions that look for, open and close the event, which replace the
+// system's: they use another name for the event, and record the state at these moments.
 
 #include "process.h"
 #include "qrv/base/platform/cplatform.h"
@@ -120,7 +120,7 @@ int taken_id() {
     return qrv_take_watchdog_id() ? 0 : 1;
 }
 
-// The capacity of an unused queue.
+// The queue's capacity is 0 until it is used. Prints three of the steps in which it grows.
 int room() {
     std::size_t last = qrv_watchdog_queue_capacity();
     if (last != 0) return 1;

@@ -1,6 +1,5 @@
 #pragma once
-// The state that all pieces of work of one seed share, and the state of the process that is
-// restored after it.
+// The state that the work of one seed shares. run_seed() restores the state of the process.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/core/cobj.h"
@@ -32,7 +31,7 @@ struct cWorld {
 
 cWorld &world();
 
-// Set around all writing.
+// Exists while values are written.
 class cWriting {
   public:
     cWriting() { ++world().writing; }

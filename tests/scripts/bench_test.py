@@ -104,7 +104,7 @@ class Bench(Tree):
             self.write("bench/unmet.txt", text)
             self.assertIn(said, self.bench(2))
 
-    def test_a_library_with_another_result(self):
+    def test_a_library_whose_program_fails(self):
         self.write("fails/nlohmann", "")
         self.assertIn("ended with 1", self.bench(2))
 

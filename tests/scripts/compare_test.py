@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs compare.py on two fake states, whose libraries are the programs that a fake compiler links."""
+"""Runs compare.py on two fake states. Their libraries are scripts, which a fake compiler copies instead of linking."""
 import os
 import shutil
 import subprocess

@@ -55,7 +55,7 @@ void insert(document &doc, std::vector<std::string> const &command) {
         container.insert(std::stoul(last) + (after ? 1 : 0), given);
     } else if (container.is_set()) {
         hash.vect_insert(std::stoi(last) + (after ? 1 : 0), given.object());
-    } else { // the layer has no order of keys
+    } else { // qrv::value cannot insert a key at a position
         container[command[4]] = given;
         cAttrNode *const node = hash.find(doc.read(last).object());
         hash.insert(value(command[4]).object(), given.object(), after ? hash.next(node) : node);
@@ -72,7 +72,7 @@ cRun run_by_document(std::vector<std::string> const &command, std::string const 
         if (command[0] == "set") set(doc, command[2]);
         if (command[0] == "ins") insert(doc, command);
         if (command[0] == "del") {
-            // The layer sets an attribute of a declared type back; the tool refuses.
+            // qrv::value resets an attribute of a declared type to its default; the tool refuses.
             if (doc.at(split(command[2]).first).is_object()) return {2, "", "needs this key"};
             if (doc.at(command[2]).object()->is_type()) refusal = "this type is still used: ";
             doc.erase(command[2]);

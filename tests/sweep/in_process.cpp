@@ -8,16 +8,16 @@
 namespace sweep_test {
 namespace {
 
-// A descriptor of a file in memory, until the end of the scope.
-class cTaken {
+// Redirects a descriptor to a file in memory until the end of the scope.
+class cRedirected {
   public:
-    explicit cTaken(int descriptor) : descriptor_(descriptor), before_(::dup(descriptor)) {
+    explicit cRedirected(int descriptor) : descriptor_(descriptor), before_(::dup(descriptor)) {
         if (before_ < 0 || ::dup2(file_.descriptor(), descriptor) < 0)
             throw std::runtime_error("dup failed");
     }
-    cTaken(cTaken const &) = delete;
-    cTaken &operator=(cTaken const &) = delete;
-    ~cTaken() {
+    cRedirected(cRedirected const &) = delete;
+    cRedirected &operator=(cRedirected const &) = delete;
+    ~cRedirected() {
         ::dup2(before_, descriptor_);
         ::close(before_);
     }
@@ -36,7 +36,7 @@ cRun run(std::vector<std::string> arguments, std::string const &bytes) {
     std::vector<char const *> words{"qrv"};
     for (std::string const &argument : arguments)
         words.push_back(argument == "@" ? name.c_str() : argument.c_str());
-    cTaken const out(STDOUT_FILENO), err(STDERR_FILENO);
+    cRedirected const out(STDOUT_FILENO), err(STDERR_FILENO);
     int const status = run_command_line(static_cast<int>(words.size()), words.data());
     return {status, out.bytes(), err.bytes()};
 }

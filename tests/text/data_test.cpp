@@ -3,10 +3,11 @@
 //   <case>.tree   the values then, one a line: PATH TYPE VALUE, see cTree
 //   <case>.out    the text written then, byte for byte
 //   <case>.err    the errors of reading, one a line: LINE:COLUMN CODE PATH TEXT (optional)
-// A case has a tree, an output or both. The cases *grammar_* have one line of the grammar each.
-// The output must be readable without an error, give the same tree and be written the same again.
-// This is not checked for cases whose name begins with "lossy": for these only exact text is read
-// again. Every case is also written as exact text, which must read as the same tree.
+// A case has a tree, an output or both. Each case *grammar_* tests one rule of the grammar in
+// docs/format.md. The output must be readable without an error, give the same tree and be written
+// the same again. This is not checked for cases whose name begins with "lossy": for these only
+// exact text is read again. Every case is also written as exact text, which must read as the same
+// tree.
 #include "tests/support/fixture.h"
 #include "tests/support/paths.h"
 
@@ -63,12 +64,12 @@ class cNewTypes {
 };
 
 // A line for each value, the outermost first, which is at the path /:
-//   /a/0 int 5           a key that is a string in quotes, unless it is a name
+//   /a/0 int 5           string keys are in quotes unless they are names
 //   /b string "x y"      without escapes
 //   /c map               its entries follow
 //   /d constant #nil
 //   /e is /c             the same object
-// Of any other value, the written form follows the type.
+// All other values have a line with the type and the written form.
 class cTree {
   public:
     static std::string text(objref const &value) {
@@ -99,9 +100,8 @@ class cTree {
     }
 
     static std::string key(objref const &key) {
-        bool const is_name =
-            &key->type() != &cat::type_string() || cat::is_ident(cat::as_string(key));
-        return is_name ? scalar(key, "") : scalar(key);
+        bool const bare = &key->type() != &cat::type_string() || cat::is_ident(cat::as_string(key));
+        return bare ? scalar(key, "") : scalar(key);
     }
 
     static std::string scalar(objref const &value, char const *quote = "\"") {
@@ -156,7 +156,7 @@ class Data : public QrvTest, public ::testing::WithParamInterface<std::string> {
         return os.str();
     }
 
-    // The text of a value, read again.
+    // Checks that the text is read as an equal value, which is written the same again.
     static void comes_back(objref const &value, std::string const &text) {
         cNewTypes const types;
         std::string errors;

@@ -87,7 +87,7 @@ TEST_F(ToolExplain, keys_that_are_not_words_are_quoted) {
         << "a line feed in a key is written as \\x0a";
 }
 
-TEST_F(ToolExplain, a_comment_of_several_lines_has_as_many) {
+TEST_F(ToolExplain, each_line_of_a_comment_is_printed) {
     EXPECT_EQ(reported("{a= 1; // one\n  /* two\n   three */\n b= 2}", "a"),
               "path      /a\n"
               "type      int\n"
@@ -134,7 +134,7 @@ TEST_F(ToolExplain, rules_of_attributes_are_printed) {
                                          "default   none\n");
 }
 
-TEST_F(ToolExplain, objects_of_declared_types_have_rules) {
+TEST_F(ToolExplain, objects_show_where_their_type_is_declared) {
     EXPECT_EQ(reported(declared, "p"), "path      /p\n"
                                        "type      Pixel (declared at /Pixel)\n"
                                        "place     5:6\n"
@@ -171,7 +171,7 @@ TEST_F(ToolExplain, many_choices_are_shortened) {
     EXPECT_LT(out.size(), 600u);
 }
 
-TEST_F(ToolExplain, types_list_their_declarations) {
+TEST_F(ToolExplain, types_and_specifications_are_explained) {
     EXPECT_EQ(reported(declared, "Mode"), "path      /Mode\n"
                                           "type      choice\n"
                                           "name      Mode\n"
@@ -230,7 +230,7 @@ TEST_F(ToolExplain, below_a_reference_the_position_is_that_of_the_target) {
                                                               "shared    /a/x\n");
 }
 
-// Eight other paths are printed; of further ones only the number.
+// Further paths are printed as "and more".
 TEST_F(ToolExplain, up_to_eight_shared_paths_are_printed) {
     std::string text = "{a= 1";
     std::string out = "path      /a\ntype      int\nplace     1:5\n";

@@ -74,7 +74,7 @@ TEST_F(ToolToJson, whole_doubles_beyond_int_are_whole_numbers) {
     EXPECT_EQ(json("[9999999999999998.0, 1.0e16, 1.0e22]"), "[9999999999999998.0, 1e+16, 1e+22]\n");
 }
 
-TEST_F(ToolToJson, integers_below_2_to_the_53_have_no_point) {
+TEST_F(ToolToJson, with_integers_whole_doubles_below_2_to_the_53_have_no_point) {
     EXPECT_EQ(convert("[1.0, -100000.0, 0.0, -0.0, 2147483648.0, 9007199254740991.0, "
                       "9007199254740994.0, 1.0e22, 0.5, 7, 8.f]",
                       {"--integers"})

@@ -310,7 +310,7 @@ TEST_F(IntF, an_object_without_a_format_calculates_but_cannot_be_written) {
     EXPECT_EQ(os.str(), "");
 }
 
-TEST_F(IntF, methods_refuse_any_arguments) {
+TEST_F(IntF, methods_refuse_invalid_arguments) {
     objref const value = made(5, cIntFormat::fmtHex);
     for (char const *name : {"write", "read", "assign"})
         for (objref const &argument : {objref(), objref(make<cMapObj>())}) {

@@ -352,7 +352,7 @@ TEST_F(UndoInEnd, cannot_add_or_undo_while_the_list_is_destroyed) {
 }
 
 // A list to which nothing was ever added, such as this copy, accepts actions even then.
-TEST_F(UndoInEnd, may_activate_the_list_being_destroyed_which_deletes_added_actions_too) {
+TEST_F(UndoInEnd, may_add_to_a_list_being_destroyed_after_activating_it) {
     Action *const a = add("a");
     auto copy = std::make_unique<cUndoGlobalList>(*list);
     list.reset();
@@ -395,7 +395,7 @@ TEST_F(UndoInEnd, may_remove_others_and_undo_others) {
     EXPECT_EQ(names(), "");
 }
 
-TEST_F(UndoInEnd, of_the_oldest_may_deactivate_or_destroy_the_list_during_add) {
+TEST_F(UndoInEnd, the_oldest_action_may_deactivate_or_destroy_the_list_during_add) {
     for (bool const destroy : {false, true}) {
         add("a", limit)->at_end = [&] {
             if (destroy)
@@ -440,7 +440,7 @@ TEST_F(UndoInEnd, may_destroy_the_list_in_each_operation) {
     list->makeUndo(nullptr);
     EXPECT_EQ(take_log(), "undo a; ~a; ~b; ");
     fresh();
-    list->setActive(false); // b was moved away before
+    list->setActive(false); // b was moved out of the list before
     EXPECT_EQ(take_log(), "~a; ~b; ");
     fresh();
     cUndoGlobalList const other(false);

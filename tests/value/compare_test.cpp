@@ -71,7 +71,7 @@ TEST_F(Compare, plain_numbers_and_text_create_no_object) {
     EXPECT_TRUE(qrv::value(false) == false);
 }
 
-TEST_F(Compare, values_of_one_type_are_ordered) {
+TEST_F(Compare, scalars_of_one_type_are_ordered) {
     EXPECT_TRUE(qrv::value(1) < qrv::value(2));
     EXPECT_TRUE(qrv::value("B") < qrv::value("a"));
     EXPECT_TRUE(qrv::value("a\xc3") > qrv::value("a\x7f"));
@@ -84,7 +84,7 @@ TEST_F(Compare, values_of_one_type_are_ordered) {
     EXPECT_TRUE(b > a);
 }
 
-TEST_F(Compare, all_others_are_unordered) {
+TEST_F(Compare, different_types_and_different_containers_are_unordered) {
     EXPECT_EQ(qrv::value(1) <=> qrv::value(1.0), unordered);
     EXPECT_EQ(qrv::value(1) <=> qrv::value("1"), unordered);
     EXPECT_EQ(qrv::value() <=> qrv::value(0), unordered);
@@ -93,7 +93,7 @@ TEST_F(Compare, all_others_are_unordered) {
     EXPECT_FALSE(read("{}") < read("[]"));
 }
 
-TEST_F(Compare, numbers_are_compared_as_numbers) {
+TEST_F(Compare, nan_is_unequal_to_itself_and_both_zeros_are_equal) {
     EXPECT_NE(qrv::value(not_a_number), qrv::value(not_a_number));
     EXPECT_FALSE(qrv::value(not_a_number) == not_a_number);
     EXPECT_EQ(qrv::value(not_a_number) <=> qrv::value(1.0), unordered);

@@ -133,7 +133,7 @@ TEST_F(Items, survive_the_removal_of_the_current_entry) {
     EXPECT_EQ(v, read("{c= 3}"));
 }
 
-TEST_F(Items, come_to_entries_that_are_added_after_them) {
+TEST_F(Items, reach_entries_that_are_added_during_iteration) {
     qrv::value v = read("{a= 1; b= 2}");
     std::string seen;
     for (auto const &[key, item] : v.items()) {
@@ -179,7 +179,7 @@ TEST_F(Items, end_where_the_current_entry_and_the_next_are_removed) {
     EXPECT_EQ(count, 1);
 }
 
-TEST_F(Items, have_keys_for_other_containers) {
+TEST_F(Items, have_keys_that_other_containers_accept) {
     qrv::value copy;
     for (auto const &[key, item] : read("{\"a/b\"= 1; 3= 2}").items()) {
         copy[key] = item;

@@ -11,7 +11,7 @@
 
 namespace value_test {
 
-// Nothing may be printed by the layer: each test looks at the end.
+// Checks at the end of each test that nothing was printed.
 class Quiet : public QrvTest {
   protected:
     void TearDown() override { EXPECT_EQ(messages(), ""); }
@@ -30,7 +30,7 @@ inline qrv::value read(char const *text) {
     return result;
 }
 
-// what() of the exception of that type which `call` throws; "nothing" if it throws none.
+// The what() of the Exception that `call` throws, or "nothing".
 template <class Exception, class Call> std::string thrown(Call const &call) {
     try {
         call();

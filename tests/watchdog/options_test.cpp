@@ -111,7 +111,7 @@ TEST(WatchdogOptions, a_command_line_without_a_program_name_is_refused) {
     EXPECT_EQ(parse(0, nullptr).status, 2);
 }
 
-// The numbers that begin lines in the paragraph after this heading, each with its description.
+// The numbers in the paragraph that starts with `beginning`, each with the text up to the next one.
 std::map<int, std::string> numbers_of(std::string const &text, std::string const &beginning) {
     size_t const begin = text.find(beginning);
     if (begin == std::string::npos) return {};
@@ -182,7 +182,7 @@ TEST(WatchdogOptions, help_is_printed) {
         "\n");
 }
 
-TEST(WatchdogOptions, the_program_prints_them) {
+TEST(WatchdogOptions, the_program_prints_the_version_and_errors) {
     using dog_test::cDog, dog_test::cRun;
     EXPECT_EQ(cDog({"--version"}).finish(),
               (cRun{0, "Quorvanta v1.0.0\nby the Quorvanta developers\n", ""}));

@@ -375,7 +375,7 @@ TEST_F(SetPathFailure, operations_of_a_string_have_no_merge_budget) {
     EXPECT_FALSE(budget_seen);
 }
 
-TEST_F(SetPathFailure, a_method_may_dissect_the_owner_of_the_string) {
+TEST_F(SetPathFailure, a_list_may_append_the_dissection_of_a_string_in_it) {
     objref list = make<cVectorObj>();
     list->append(cat::of("a,b,c"));
     auto &first = dynamic_cast<cObjD<std::string> &>(*list->getattr(own_key(0)));
@@ -415,7 +415,7 @@ namespace {
 std::string nested_text;
 std::string nested_result;
 
-// Effects of a string that is applied while another one is read, on the objects that the latter
+// A `read` method. Applies nested_text to a map of two objects that the text being read has already
 // created.
 bool nested_read(cObj &, objref &) {
     objref v, m;

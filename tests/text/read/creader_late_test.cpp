@@ -98,7 +98,7 @@ TEST_F(ReaderLate, open_containers_are_passed_through_but_not_found) {
     EXPECT_NE(Reading("{a={x=#cRef(/a/x)}}").log, "");
 }
 
-TEST_F(ReaderLate, an_error_after_a_container_is_reported_when_its_entries_are_known) {
+TEST_F(ReaderLate, an_error_in_or_after_a_container_hides_none_of_its_entries) {
     EXPECT_EQ(Reading("{a={x=1}; c=nosuch(1); b=#cRef(/a/x)}").text_at("b"), "1");
     EXPECT_EQ(Reading("{a={x=1; y=nosuch(1)}; b=#cRef(/a/x)}").text_at("b"), "1");
     EXPECT_EQ(Reading("{a={b={x=[7 8]}}; c=#cRef(/a/b/x/1)}").text_at("c"), "8");
@@ -112,7 +112,7 @@ TEST_F(ReaderLate, a_separator_before_a_key_is_allowed_once) {
               "0x40000007 Line 1: Unnecessary separator: ,\n");
 }
 
-TEST_F(ReaderLate, plain_text_enters_nothing_into_the_table) {
+TEST_F(ReaderLate, plain_text_and_unclosed_text_leave_the_state_idle) {
     Reading const r("{a={x=1; y='s'}; b=[1;2;[3]]; c=<4;5>; d=#cRef(/a/x); ASK=1 = 2}");
     EXPECT_EQ(r.text_at("d"), "1");
     std::istringstream is("{a={x=1}");
@@ -171,7 +171,7 @@ TEST_F(ReaderLate, a_list_after_a_removed_item_is_found_by_positions) {
     EXPECT_EQ(found("s=<1;1;{x=3}>;", "/s/2/x"), "3");
 }
 
-TEST_F(ReaderLate, a_key_of_several_pieces_leads_into_the_open_container_below) {
+TEST_F(ReaderLate, a_key_that_contains_a_slash_leads_into_its_open_container) {
     EXPECT_EQ(Reading("{c={'a/'=[1; [2; #cRef(/c/\"a/\"/1/0)]]}}").log, "");
     EXPECT_EQ(found("c={'a/'=[1; [2]]};", "/c/\"a/\"/1/0"), "2");
 }
@@ -215,7 +215,7 @@ struct cOwnBuffer : std::stringbuf {
     }
 };
 
-TEST_F(ReaderLate, a_user_defined_buffer_finds_all_values_in_the_table) {
+TEST_F(ReaderLate, while_a_user_defined_buffer_runs_all_entries_are_in_the_table) {
     cOwnBuffer buffer("{a={x=5}; b=#cRef(/a/x)}");
     std::istream is(&buffer);
     seen_late = false;
@@ -225,7 +225,7 @@ TEST_F(ReaderLate, a_user_defined_buffer_finds_all_values_in_the_table) {
     EXPECT_EQ(reader_test::written(value->getattrp("b")), "5");
 }
 
-// The standard error stream, to which the dump of tokens is written, is user code.
+// A buffer of the standard error stream, which receives the dump of tokens. It is user code.
 struct cDumpBuffer : std::streambuf {
     std::streamsize xsputn(char const *, std::streamsize count) override {
         seen_late = seen_late || text_state().is_late();
@@ -239,7 +239,7 @@ struct cDumpBuffer : std::streambuf {
     int pieces = 0;
 };
 
-TEST_F(ReaderLate, a_dump_of_tokens_finds_all_values_in_the_table) {
+TEST_F(ReaderLate, while_tokens_are_dumped_all_entries_are_in_the_table) {
     std::istringstream is("{a={x=5}; b=#cRef(/a/x)}");
     cAttrScanner const scanner(is);
     scanner.setdump(true);

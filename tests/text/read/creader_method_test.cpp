@@ -78,7 +78,7 @@ TEST_F(ReaderMethod, an_error_before_the_first_key_of_a_list_counts_like_one_aft
                         "0x40000001 Line 1: : Failed to read value, type attspec\n");
 }
 
-TEST_F(ReaderMethod, an_error_inside_the_first_value_of_a_list_ends_it) {
+TEST_F(ReaderMethod, an_error_inside_the_first_value_of_a_list_ends_it_without_keep) {
     EXPECT_EQ(container("a=[1; ?]; b=2", false), "1: null");
     EXPECT_EQ(messages(), "Line 1: Unexpected token '?\n"
                           "Line 1: Input is no valid container\n"
@@ -213,7 +213,7 @@ TEST_F(ReaderMethod, read_voiddata_reads_nothing) {
     EXPECT_EQ(is.tellg(), std::streampos(0));
 }
 
-TEST_F(ReaderMethod, containers_read_into_existing_members) {
+TEST_F(ReaderMethod, reading_into_a_container_adds_to_its_entries) {
     cMapObj map;
     std::istringstream is("a=1; b=2}");
     map.datamap().mapitem("z", cat::of(0));
@@ -289,7 +289,7 @@ TEST_F(ReaderMethod, read_to_endcontainer_counts_its_bracket) {
     EXPECT_EQ(scan.gettok(), tkEof) << "the next opening bracket is the one that must be closed";
 }
 
-TEST_F(ReaderMethod, read_to_delimiter_stops_at_separators_and_the_set) {
+TEST_F(ReaderMethod, read_to_delimiter_stops_at_separators_and_given_characters) {
     std::istringstream is("a ) b ; c > d");
     cAttrScan scan(is, false);
     EXPECT_EQ(scan.read_to_delimiter(""), ';');

@@ -17,7 +17,7 @@ using test::shown;
 
 // Streams of other kinds.
 
-TEST(ScannerStream, does_not_change_a_stream_when_it_is_opened) {
+TEST(ScannerStream, does_not_change_the_state_of_its_stream_on_construction) {
     std::istringstream in("ab");
     std::string word;
     in >> word;

@@ -86,7 +86,7 @@ TEST_F(WriterFailure, an_error_at_top_level_or_in_a_key_is_rethrown) {
     expect_idle();
 }
 
-TEST_F(WriterFailure, an_error_in_a_key_below_ends_the_value_above) {
+TEST_F(WriterFailure, an_error_in_a_key_of_an_inner_map_ends_that_map) {
     cForeignType const foreign("test_throws", throw_error);
     foreign.type().set_hash(cat::hash_int, cat::heq_int);
     objref const map = new_map("sc"), inner = new_map("sc");
@@ -229,7 +229,7 @@ TEST_F(WriterFailure, too_deep_values_fail_the_stream_and_are_reported_once) {
     expect_idle();
 }
 
-TEST_F(WriterFailure, a_chain_of_other_values_fails_the_same_way) {
+TEST_F(WriterFailure, a_write_method_that_calls_itself_endlessly_fails_the_same_way) {
     cForeignType const foreign("test_chain", [](cObj &obj, objref &args) {
         return obj.writeobj(stream_of(args)); // calls itself without end
     });

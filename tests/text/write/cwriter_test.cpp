@@ -1,5 +1,4 @@
-// The writer: strings, numbers, constants and wrappers, layouts, comments, back references,
-// failures in the middle.
+// The writer: strings, numbers, bools, constants, and write methods called with wrong arguments.
 #include "tests/text/write_support.h"
 
 #include "qrv/base/platform/cstack.h"
