@@ -17,10 +17,6 @@ namespace {
 constexpr std::int64_t far_away = 1'000'000'000'000; // an exponent beyond the range of every float
                                                      // and the length of every string
 
-bool is_hex_digit(char c) noexcept {
-    return is_digit(c) || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
-}
-
 bool starts_with_word(std::string_view text, std::string_view word) noexcept {
     return text.size() >= word.size() &&
            std::equal(word.begin(), word.end(), text.begin(),

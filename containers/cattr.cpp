@@ -2,6 +2,7 @@
 
 #include "qrv/containers/cattr.h"
 
+#include "containers/as_map.h"
 #include "containers/ccompare.h"
 #include "core/cerr_object.h"
 #include "qrv/containers/cmapobj.h"

@@ -5,7 +5,7 @@
 
 #include "qrv/containers/cattrset.h"
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
 #include "core/cerr_object.h"

@@ -4,6 +4,7 @@
 
 #include "containers/ccompare.h"
 
+#include "containers/as_map.h"
 #include "core/cerr_object.h"
 #include "qrv/base/platform/cstack.h"
 #include "qrv/core/ctypeobj.h"

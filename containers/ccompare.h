@@ -13,7 +13,6 @@
 
 #include "qrv/containers/cmapobj.h"
 
-#include <cassert>
 #include <cstdint>
 
 namespace cat {
@@ -23,13 +22,6 @@ using compare_function = bool (*)(cMapObj const &a, cMapObj const &b);
 // compare(a, b) with the memo. a and b must have the same size.
 bool compared(cCompareKind kind, cMapObj const &a, cMapObj const &b, compare_function compare);
 
-// The object as a map; null if it is not one, or while its entries are being released.
-inline cMapObj *as_map(cObj *obj) noexcept {
-    if (!obj || obj->object_class() != cObjClass::map) return nullptr;
-    assert(dynamic_cast<cMapObj *>(obj));
-    return static_cast<cMapObj *>(obj);
-}
-inline cMapObj const *as_map(cObj const *obj) noexcept { return as_map(const_cast<cObj *>(obj)); }
 // The argument of an `equal` as a map object; null if it isn't one or has another size. Objects of
 // declared and derived types are map objects, although their types lack tf_container.
 cMapObj *comparable(cMapObj const &a, objref const &b) noexcept;

@@ -1,7 +1,7 @@
 // The global members: methods that every object has, because a call by name searches them last.
 
 #include "containers/cglobals.h"
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 
 #include "core/cscalar.h"
 #include "qrv/containers/cmapobj.h"

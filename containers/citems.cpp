@@ -1,6 +1,6 @@
 #include "qrv/containers/citems.h"
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "containers/csetup.h"
 #include "qrv/containers/citerobj.h"
 #include "qrv/containers/cmapobj.h"

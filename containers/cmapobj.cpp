@@ -3,6 +3,7 @@
 
 #include "qrv/containers/cmapobj.h"
 
+#include "containers/as_map.h"
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
 #include "qrv/base/platform/cstack.h"
@@ -91,7 +92,7 @@ cMapObj &empty_scratch_map() {
     return *scratch_map;
 }
 
-objref value_of(cAttrNode const *node) { return node ? node->valref() : cat::badfind(); }
+objref value_or_badfind(cAttrNode const *node) { return node ? node->valref() : cat::badfind(); }
 
 } // namespace
 
@@ -103,9 +104,9 @@ objref &cMapObj::valref_(objref const &key) {
 
 objref &cMapObj::valref_(std::string const &key) { return valref_(make_key(key)); }
 
-objref cMapObj::findvalue(cObj const &value) { return value_of(hash_->findvalue(value)); }
+objref cMapObj::findvalue(cObj const &value) { return value_or_badfind(hash_->findvalue(value)); }
 
-objref cMapObj::findvalref(cObj const *value) { return value_of(hash_->findvalref(value)); }
+objref cMapObj::findvalref(cObj const *value) { return value_or_badfind(hash_->findvalref(value)); }
 
 objref cMapObj::findvalref(objref const &value) { return findvalref(value.get()); }
 

@@ -5,6 +5,7 @@
 // its places. So the copy of a map that holds itself holds itself. The whole call shares the list
 // of copies.
 
+#include "containers/as_map.h"
 #include "containers/ccompare.h"
 #include "containers/cplain_copy.h"
 #include "containers/cringwalk.h"

@@ -6,6 +6,7 @@
 // The text of a key is created before the error stream is used, since creating it may itself raise
 // an error.
 
+#include "containers/as_map.h"
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"

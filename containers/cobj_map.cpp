@@ -3,7 +3,7 @@
 
 #include "qrv/containers/cmapobj.h"
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "core/cbuiltin.h"
 #include "core/cregistry.h"
 #include "qrv/core/cobj.h"

@@ -7,7 +7,7 @@
 // specification, and the value's own members. For a program it visits only what can be reached by
 // begin().
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "containers/cmergebudget.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"

@@ -3,7 +3,7 @@
 
 #include "containers/cplain_copy.h"
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "containers/cmergebudget.h"
 #include "containers/csetup.h"
 #include "containers/value_index.h"
@@ -63,7 +63,7 @@ bool cat::is_plain_set(cObj const &set) {
         return false;
     cAttrHash const &hash = as_map(&set)->datamap();
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node))
-        if (!node->valref() || !cValueIndex::is_plain(*node->valref())) return false;
+        if (!node->valref() || !cat::is_plain(*node->valref())) return false;
     return true;
 }
 

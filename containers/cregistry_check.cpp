@@ -1,7 +1,7 @@
 // The checker of the registry. It changes nothing and reports no error; its header has the rules.
 
 #include "containers/cregistry_check.h"
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 
 #include "core/cregistry.h"
 #include "core/ctext_hooks.h"

@@ -3,6 +3,7 @@
 
 #include "qrv/containers/csetobj.h"
 
+#include "containers/as_map.h"
 #include "containers/ccompare.h"
 #include "containers/cmergebudget.h"
 #include "containers/cringwalk.h"

@@ -8,7 +8,7 @@
 
 #include "containers/ctype_cycles.h"
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/containers/cchoiceval.h"
 #include "qrv/containers/cmapobj.h"

@@ -3,6 +3,7 @@
 
 #include "qrv/containers/cvectorobj.h"
 
+#include "containers/as_map.h"
 #include "containers/ccompare.h"
 #include "containers/cringwalk.h"
 #include "containers/csetup.h"

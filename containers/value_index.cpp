@@ -19,8 +19,6 @@ std::size_t cValueIndex::cTextHash::operator()(std::string const &text) const {
     return seeded_hash_bytes(text.data(), text.size());
 }
 
-bool cValueIndex::is_plain(cObj const &value) noexcept { return cat::is_plain(value); }
-
 void cValueIndex::forget() noexcept {
     last_ = nullptr;
     ints_.clear();
@@ -29,7 +27,7 @@ void cValueIndex::forget() noexcept {
 }
 
 cAttrNode *cValueIndex::find(cObj const &value) {
-    if (!is_plain(value)) {
+    if (!cat::is_plain(value)) {
         forget();
         return hash_.findvalue(value);
     }
@@ -48,7 +46,7 @@ void cValueIndex::take_new_nodes() {
 void cValueIndex::take(cAttrNode *node) {
     last_ = node;
     cObj const *const value = node->valref();
-    if (!value || !is_plain(*value)) return; // cannot equal a plain value
+    if (!value || !cat::is_plain(*value)) return; // cannot equal a plain value
     if (&value->type() == &cat::type_int())
         ints_.emplace(value_of<int>(*value), node);
     else if (&value->type() == &cat::type_string())

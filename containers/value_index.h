@@ -23,9 +23,6 @@ class cValueIndex {
     cAttrNode *find(cObj const &value);
     void forget() noexcept;
 
-    // Is the value exactly an int, bool or string whose type has the library's "equal"?
-    static bool is_plain(cObj const &value) noexcept;
-
   private:
     struct cTextHash {
         std::size_t operator()(std::string const &text) const;

@@ -48,10 +48,10 @@ void cat::error_line(cErr const &error) {
 
 void cat::error_line(std::string const &text) { error_line(cErr(0, text)); }
 
-bool cat::line_is_taken(std::string const &text) {
+bool cat::offer_line(std::string const &text) {
     return ErrorTaker::any() && ErrorTaker::offer(cErr(0, text), ErrorTaker::Route::line);
 }
 
 void cat::put_error_line(std::string const &text) {
-    if (!line_is_taken(text)) std_err() << text << std::endl;
+    if (!offer_line(text)) std_err() << text << std::endl;
 }

@@ -10,8 +10,9 @@ namespace cat {
 void error_line(cErr const &error);
 void error_line(std::string const &text); // of the kind `other`
 
-// Does a guard take this line? If not, the caller prints it. Reports of readings are not asked.
-bool line_is_taken(std::string const &text);
+// Offers the line to the guards, but not to reports of readings. False if no guard takes it: then
+// the caller prints it.
+bool offer_line(std::string const &text);
 // Prints the line to std::cerr unless a guard takes it.
 void put_error_line(std::string const &text);
 } // namespace cat

@@ -184,8 +184,8 @@ class NewText::BlockWriter {
     void insert(Item const &item, Item const *next) {
         bool const alone = !last_kept_ && !first_kept_;
         bool const donated = text_.entries_.is_donated(item.old);
-        if (!layout_.lines && ((donated && (begins_line() || text_.needs_lines(item, alone))) ||
-                               (alone && text_.needs_lines(item, false))))
+        if (!layout_.multiline && ((donated && (begins_line() || text_.needs_lines(item, alone))) ||
+                                   (alone && text_.needs_lines(item, false))))
             return insert_line(item, next);
         bool const delimiter = next || layout_.ended;
         std::string const text = text_.new_entry(item, layout_, delimiter);
@@ -236,7 +236,7 @@ class NewText::BlockWriter {
     // Inserts an item on a new line into a block that was on one line.
     void insert_line(Item const &item, Item const *next) {
         Layout layout = layout_;
-        layout.lines = true;
+        layout.multiline = true;
         std::string const outer(page_.indent(frame_.open.begin));
         layout.indent = outer + (frame_.open.empty() ? "" : layout.unit);
         bool delimiter = next || layout.ended;

@@ -8,7 +8,7 @@ Entries::Entries(cat::SourceMap const &map) : map_(map) {
     anids_.reserve(map.size());
     for (size_t i = 0; i < map.size(); ++i) add(map.entry(i));
     sort_numbers();
-    if (any_comes_again_) leave_out_equal_members();
+    if (any_repeated_) leave_out_equal_members();
     for (cat::SourceComment const &comment : map.comments()) add(comment);
 }
 
@@ -20,7 +20,7 @@ void Entries::add(cat::SourceEntry const &entry) {
 
 void Entries::sort_numbers() {
     std::sort(numbers_.begin(), numbers_.end());
-    any_comes_again_ =
+    any_repeated_ =
         std::adjacent_find(numbers_.begin(), numbers_.end(), [](auto const &a, auto const &b) {
             return a.first == b.first;
         }) != numbers_.end();
@@ -80,8 +80,8 @@ std::vector<cat::SourceComment> const &Entries::comments(size_t number) const {
     return found == comments_.end() ? nothing : found->second;
 }
 
-bool Entries::comes_again(size_t number) const {
-    return any_comes_again_ && of(anids_[number]).size() > 1;
+bool Entries::is_repeated(size_t number) const {
+    return any_repeated_ && of(anids_[number]).size() > 1;
 }
 
 std::vector<size_t> Entries::of(std::uint32_t anid) const {

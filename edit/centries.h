@@ -40,8 +40,8 @@ class Entries {
     bool is_below(size_t number) const { return below_ != 0 && anids_[number] == below_; }
     size_t size() const { return anids_.size(); }
     // Does the text repeat the key of this entry, or its value in its set?
-    bool comes_again(size_t number) const;
-    bool any_comes_again() const { return any_comes_again_; }
+    bool is_repeated(size_t number) const;
+    bool any_repeated() const { return any_repeated_; }
     bool any_reference() const { return any_reference_; }
     // All entries of a node, in file order.
     std::vector<size_t> of(std::uint32_t anid) const;
@@ -68,7 +68,7 @@ class Entries {
     std::unordered_map<size_t, std::vector<cat::SourceComment>> comments_;
     std::unordered_set<std::uint32_t> once_;
     std::uint32_t below_ = 0;
-    bool any_comes_again_ = false;
+    bool any_repeated_ = false;
     bool any_reference_ = false;
 };
 

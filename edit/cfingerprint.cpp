@@ -25,7 +25,7 @@ namespace qrv::edit {
 
 namespace {
 
-template <class T> T const &value_in(cObj const &value) {
+template <class T> T const &data_of(cObj const &value) {
     return static_cast<cObjDR<T> const &>(value).val();
 }
 
@@ -191,11 +191,11 @@ class cFingerprinter {
 
     bool add_scalar(cObj const &value) {
         cTypeObj const &type = value.type();
-        if (&type == &cat::type_string()) return add_string(value_in<std::string>(value));
-        if (&type == &cat::type_int()) return add_bits(cKind::integer, value_in<int>(value));
-        if (&type == &cat::type_double()) return add_bits(cKind::precise, value_in<double>(value));
-        if (&type == &cat::type_bool()) return add_bits(cKind::truth, value_in<bool>(value));
-        if (&type == &cat::type_float()) return add_bits(cKind::single, value_in<float>(value));
+        if (&type == &cat::type_string()) return add_string(data_of<std::string>(value));
+        if (&type == &cat::type_int()) return add_bits(cKind::integer, data_of<int>(value));
+        if (&type == &cat::type_double()) return add_bits(cKind::precise, data_of<double>(value));
+        if (&type == &cat::type_bool()) return add_bits(cKind::truth, data_of<bool>(value));
+        if (&type == &cat::type_float()) return add_bits(cKind::single, data_of<float>(value));
         return false;
     }
 
@@ -206,8 +206,8 @@ class cFingerprinter {
             return add_specification(*spec);
         if (auto const *const map = dynamic_cast<cMapObj const *>(&value))
             return add_entries(map->datamap(), !value.is_vector() && !value.is_set());
-        if (auto const *const place = dynamic_cast<cIterObj const *>(&value))
-            return later_made(place->key());
+        if (auto const *const cursor = dynamic_cast<cIterObj const *>(&value))
+            return later_made(cursor->key());
         digest_.add(cat::as_text(objref::share(const_cast<cObj *>(&value)))); // RUNS USER CODE
     }
 

@@ -20,24 +20,24 @@ Layout Layouts::new_layout_of(Item const &item) {
     std::string const outer(page_.indent(frame.open.empty() ? 0 : frame.open.begin));
     if (parts.empty()) {
         size_t const close = frame.close.begin;
-        layout.lines = page_.begins_line(close) && page_.line_begin(close) > frame.open.end;
-        layout.indent = layout.lines ? outer + layout.unit : outer;
-        layout.ended = layout.lines;
+        layout.multiline = page_.begins_line(close) && page_.line_begin(close) > frame.open.end;
+        layout.indent = layout.multiline ? outer + layout.unit : outer;
+        layout.ended = layout.multiline;
         return layout;
     }
     Part const *sample = nullptr; // the last part that begins a line, or else the last part
     for (Part const &part : parts)
         if (page_.begins_line(part.extent.core)) sample = &part;
-    layout.lines = sample != nullptr;
+    layout.multiline = sample != nullptr;
     if (!sample) sample = &parts.back();
-    layout.indent = layout.lines ? page_.indent(sample->extent.core) : outer;
-    if (layout.lines && layout.indent.size() > outer.size() && layout.indent.starts_with(outer))
+    layout.indent = layout.multiline ? page_.indent(sample->extent.core) : outer;
+    if (layout.multiline && layout.indent.size() > outer.size() && layout.indent.starts_with(outer))
         layout.unit = layout.indent.substr(outer.size());
     for (Part const &part : parts)
         if (!part.entry.delimiter.empty()) layout.delimiter = page_.text(part.entry.delimiter)[0];
     layout.ended = !parts.back().entry.delimiter.empty();
     layout.key = hexadecimal_key(parts);
-    if (!layout.lines) layout.gap = gap_of(parts);
+    if (!layout.multiline) layout.gap = gap_of(parts);
     for (Part const &part : parts)
         if (sample->entry.separator.empty() && !part.entry.separator.empty()) sample = &part;
     if (sample->entry.key.empty() || sample->entry.separator.empty()) return layout;

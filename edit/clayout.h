@@ -18,9 +18,9 @@ struct Layout {
     std::string key;               // an existing hexadecimal key: the style of new ones
     std::string gap = " ";         // between entries on one line
     char delimiter = ';';
-    bool lines = false; // does any entry begin a line?
-    bool ended = true;  // has the last entry a delimiter?
-    bool known = false; // was the separator found in an entry?
+    bool multiline = false; // does any entry begin a line?
+    bool ended = true;      // has the last entry a delimiter?
+    bool known = false;     // was the separator found in an entry?
 };
 
 // An entry in the text.

@@ -192,7 +192,7 @@ std::string NewText::literal(Item const &item, Layout const &layout) {
 
 // A typed value does not store its layout, so it is laid out like the nearest value of its type.
 bool NewText::typed_on_lines(Item const &item, Layout const &layout) {
-    if (!layout.lines || !item.parent) return layout.lines;
+    if (!layout.multiline || !item.parent) return layout.multiline;
     cTypeObj const *const type = &item.value->type();
     auto const [lines, fresh] = typed_on_lines_.try_emplace({item.parent, type}, true);
     if (!fresh) return lines->second;
@@ -211,24 +211,24 @@ std::string NewText::fresh(Item const &item, Layout const &layout) {
     bool const set_in_set = item.value->is_set() && item.parent && item.parent->value->is_set();
     if (set_in_set) text.insert(0, 1, ' '); // << would be one token
     Layout inside = layout;
-    inside.lines = text.back() == '(' ? typed_on_lines(item, layout) : !on_one_line(item.value);
+    inside.multiline = text.back() == '(' ? typed_on_lines(item, layout) : !on_one_line(item.value);
     inside.indent += layout.unit;
     inside.delimiter = is_list(*item.value) ? ',' : ';';
     inside.width = 0;
     inside.key.clear();
-    std::string const padding = inside.lines || item.children.empty() ? "" : padding_like(item);
+    std::string const padding = inside.multiline || item.children.empty() ? "" : padding_like(item);
     text += padding;
     for (Item const *const child : item.children) {
         bool const last = child == item.children.back();
-        std::string const entry = new_entry(*child, inside, inside.lines || !last);
-        if (inside.lines)
+        std::string const entry = new_entry(*child, inside, inside.multiline || !last);
+        if (inside.multiline)
             text += page_.eol() + inside.indent + entry;
         else if (ends_in_line_comment(entry))
             text += entry + page_.eol() + (last ? layout : inside).indent;
         else
             text += entry + (last ? "" : " ");
     }
-    if (inside.lines && !item.children.empty()) text += page_.eol() + layout.indent;
+    if (inside.multiline && !item.children.empty()) text += page_.eol() + layout.indent;
     return text += padding + close;
 }
 

@@ -48,7 +48,7 @@ std::vector<bool> rising(std::vector<size_t> const &numbers) {
 Plan::Plan(std::string_view text, Entries const &entries, Snapshot const &before,
            objref const &root)
     : text_(text), entries_(entries), before_(before), root_(root),
-      matching_(before, root, !entries.any_reference() && !entries.any_comes_again()) {
+      matching_(before, root, !entries.any_reference() && !entries.any_repeated()) {
     settle(add(nullptr, {0, nullptr, 0, false, none}, root));
 }
 
@@ -108,7 +108,7 @@ void Plan::settle(Item &item) {
 // the text may have set or changed the value; then only that entry has the text.
 bool Plan::has_its_text(Item const &item) {
     if (!entries_.is_once(item.old)) return true;
-    bool const written_here = !entries_.any_comes_again() || is_constant(item.value) ||
+    bool const written_here = !entries_.any_repeated() || is_constant(item.value) ||
                               definitions(item.value).back() == item.old;
     if (!container_in(item.value)) return written_here;
     return is_block_of(item.old, item.value) && (written_here || entries_.is_donated(item.old));
@@ -140,7 +140,7 @@ bool Plan::has_lost_entries(size_t number) const {
 // written at the last entry. The reader would merge entries of earlier text into it, so earlier
 // text stays only if it has no entries.
 bool Plan::is_merged(Item const &item, bool in_place) const {
-    if (!item.node || item.parent->value->is_set() || !entries_.comes_again(item.old)) return false;
+    if (!item.node || item.parent->value->is_set() || !entries_.is_repeated(item.old)) return false;
     if (entries_.is_once(item.old)) return false;
     if (!container_in(item.value)) return entries_.of(entries_.anid(item.old)).back() != item.old;
     if (in_place) return !is_block_of(item.old, item.value);
@@ -155,7 +155,7 @@ bool Plan::is_merged(Item const &item, bool in_place) const {
 bool Plan::settle_shared(Item &item, bool in_place) {
     auto const [known, fresh] = written_.emplace(item.value.get(), &item);
     if (fresh) return false;
-    bool const one_more_block = in_place && !item.moved && entries_.comes_again(item.old);
+    bool const one_more_block = in_place && !item.moved && entries_.is_repeated(item.old);
     if (one_more_block && !entries_.is_once(item.old)) return false;
     bool const refers = item.old != none && entries_.entry(item.old).reference;
     item.how = Item::reference;
@@ -173,7 +173,7 @@ void Plan::settle_here(Item &item) {
     item.how = Item::as_it_was;
     if (container_in(item.value)) {
         item.how = Item::block;
-        bool const one = item.moved || entries_.is_once(item.old) || !entries_.any_comes_again();
+        bool const one = item.moved || entries_.is_once(item.old) || !entries_.any_repeated();
         return add_children(item, one ? std::vector<size_t>{item.old} : definitions(item.value));
     }
     bool const last = item.old == 0 || item.parent->value->is_set() ||
@@ -240,7 +240,7 @@ std::vector<size_t> const &Plan::definitions(objref const &value) {
 // Does this entry have the text of the value? If the key is repeated, the last entry has it; if a
 // value of a set is repeated, the first one. The text of a container can be in several entries.
 bool Plan::writes(size_t number, objref const &value) const {
-    if (!entries_.comes_again(number)) return true;
+    if (!entries_.is_repeated(number)) return true;
     size_t const parent = entries_.entry(number).parent;
     objref const &holder = parent == 0                  ? root_
                            : parent == entries_.donor() ? before_.donor()
@@ -252,7 +252,7 @@ bool Plan::writes(size_t number, objref const &value) const {
 
 // The entry that represents a node: its first one, or its last one if the node was moved. For a
 // donor's node, the entry with the text.
-size_t Plan::place_of(WasEntry const &was, bool moved) const {
+size_t Plan::entry_of(WasEntry const &was, bool moved) const {
     std::vector<size_t> const numbers = entries_.of(was.anid);
     if (numbers.empty()) return none;
     if (!entries_.is_donated(numbers.front())) return moved ? numbers.back() : numbers.front();
@@ -264,9 +264,9 @@ size_t Plan::place_of(WasEntry const &was, bool moved) const {
 // Is this entry omitted, since its node is written once, at another entry?
 bool Plan::is_left_out(size_t number) const {
     std::uint32_t const anid = entries_.anid(number);
-    if (!anid || !entries_.is_once(number) || !entries_.comes_again(number)) return false;
+    if (!anid || !entries_.is_once(number) || !entries_.is_repeated(number)) return false;
     WasEntry const *const was = before_.entry(anid);
-    return was && place_of(*was, entries_.is_donated(number)) != number;
+    return was && entry_of(*was, entries_.is_donated(number)) != number;
 }
 
 void Plan::search_definitions() {
@@ -307,7 +307,7 @@ void Plan::number(Item &block) const {
 // if its first occurrence has changed, its text would add a value, and is omitted. False if the
 // slot is not such a value.
 bool Plan::add_repeated(Item &item, Slot const &slot) {
-    if (!item.value->is_set() || slot.moved || !entries_.comes_again(slot.old)) return false;
+    if (!item.value->is_set() || slot.moved || !entries_.is_repeated(slot.old)) return false;
     auto const first = in_sets_.find(slot.node);
     if (first == in_sets_.end()) return false;
     if (!is_unchanged(*first->second)) return true;
@@ -365,12 +365,12 @@ Plan::Slots Plan::slots_of(cMapObj const &container, bool fresh) {
     size_t position = 0;
     for (cAttrNode const *node = hash.first(); node; node = hash.next(node), ++position) {
         WasEntry const *was = matching_.was(*node);
-        size_t old = was ? place_of(*was, false) : none;
+        size_t old = was ? entry_of(*was, false) : none;
         if (!fresh && was && old == none && has_defaults && is_as_before(*was, *node)) continue;
         WasEntry const *const donated = was ? matching_.donated(*was, *node) : nullptr;
         bool const gone = !was && (was = matching_.take_removed(*node));
-        if (gone) old = place_of(*was, true);
-        slots.push_back({old, node, position, true, donated ? place_of(*donated, true) : none});
+        if (gone) old = entry_of(*was, true);
+        slots.push_back({old, node, position, true, donated ? entry_of(*donated, true) : none});
     }
     return slots;
 }
@@ -381,18 +381,18 @@ Plan::Slots Plan::slots_of(cMapObj const &container, bool fresh) {
 void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) {
     Slots wanted = slots_of(container, false);
     std::unordered_map<std::uint32_t, std::vector<std::pair<size_t, size_t>>>
-        places; // block, number
+        by_anid; // block, number
     for (size_t const block : blocks)
         for (cat::SourceEntry const &entry : entries_.inside(block))
             if (!is_left_out(entry.number))
-                places[entries_.anid(entry.number)].emplace_back(block, entry.number);
-    auto const places_of = [&](Slot const &slot) {
-        auto const found = slot.old == none ? places.end() : places.find(entries_.anid(slot.old));
-        return found == places.end() ? nullptr : &found->second;
+                by_anid[entries_.anid(entry.number)].emplace_back(block, entry.number);
+    auto const in_blocks = [&](Slot const &slot) {
+        auto const found = slot.old == none ? by_anid.end() : by_anid.find(entries_.anid(slot.old));
+        return found == by_anid.end() ? nullptr : &found->second;
     };
     std::vector<size_t> numbers, candidates;
     for (size_t i = 0; i < wanted.size(); ++i)
-        if (auto const *const found = places_of(wanted[i])) {
+        if (auto const *const found = in_blocks(wanted[i])) {
             numbers.push_back(found->front().second);
             candidates.push_back(i);
         }
@@ -405,7 +405,7 @@ void Plan::arrange(cMapObj const &container, std::vector<size_t> const &blocks) 
     for (Slot const &slot : wanted)
         if (slot.moved) {
             run->push_back(slot);
-            if (auto const *const found = places_of(slot)) run->back().old = found->back().second;
+            if (auto const *const found = in_blocks(slot)) run->back().old = found->back().second;
         } else {
             staying.emplace(entries_.anid(slot.old), &slot);
             run = &after[slot.old];
@@ -462,10 +462,10 @@ cAttrNode const *Plan::node_at(Item const &item, std::string const &key) const {
     if (!is_list(*item.value)) return hash.find(value);
     int const index = cat::as_index(value);
     if (index < 0) return nullptr;
-    size_t const place = static_cast<size_t>(index);
-    if (place < item.children.size() &&
-        (item.value->is_set() || item.children[place]->position == place))
-        return item.children[place]->node;
+    size_t const position = static_cast<size_t>(index);
+    if (position < item.children.size() &&
+        (item.value->is_set() || item.children[position]->position == position))
+        return item.children[position]->node;
     return item.value->is_vector() ? hash.findpos(static_cast<unsigned>(index)) : nullptr;
 }
 
@@ -480,7 +480,7 @@ bool Plan::path_holds(size_t reference, objref const &value) const {
 // value of its key, so this returns true.
 bool Plan::reads_as(size_t reference, objref const &value) const {
     if (entries_.is_once(reference)) return false;
-    if (entries_.any_comes_again()) return true;
+    if (entries_.any_repeated()) return true;
     cAttrNode const *const node = path_end(reference);
     return node && exact_text(node->valref()) == exact_text(value);
 }

@@ -80,7 +80,7 @@ class Plan {
     std::vector<size_t> const &definitions(objref const &value);
     void search_definitions();
     bool writes(size_t number, objref const &value) const;
-    size_t place_of(WasEntry const &was, bool moved) const;
+    size_t entry_of(WasEntry const &was, bool moved) const;
     bool is_left_out(size_t number) const;
     cAttrNode const *node_at(Item const &item, std::string const &key) const;
     bool reads_as(size_t reference, objref const &value) const;

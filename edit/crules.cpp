@@ -1,5 +1,6 @@
 #include "qrv/edit/crules.h"
 
+#include "containers/as_map.h"
 #include "edit/csnapshot.h"
 #include "qrv/containers/cattspec.h"
 #include "qrv/core/ctypes.h"
@@ -29,9 +30,6 @@ Pairs pairs_in(cMapObj const *map) {
 bool is_attlist(cTypeObj const &type) { return &type.type() == &cat::typetype_attlist(); }
 bool is_choice(cTypeObj const &type) { return &type.type() == &cat::typetype_choice(); }
 
-// The value as a map; null for other values, which a program may have stored in a type.
-cMapObj const *as_map(objref const &value) { return dynamic_cast<cMapObj const *>(value.get()); }
-
 class Check {
   public:
     explicit Check(cTypeObj &type) : type_(typeref::share(&type)) {}
@@ -49,11 +47,11 @@ class Check {
 
   private:
     void test_attributes(objref const &value, bool is_object) {
-        cMapObj const *const map = as_map(value);
+        cMapObj const *const map = cat::as_map(value);
         for (auto const &[key, attribute] : pairs_in(map)) test(key, attribute);
         if (is_object || !map) return; // an object gets all declared keys when it is created
         objref const specs = type_->tmember("attspec");
-        for (auto const &[key, spec] : pairs_in(as_map(specs))) {
+        for (auto const &[key, spec] : pairs_in(cat::as_map(specs))) {
             auto const *const attspec = dynamic_cast<cAttspec const *>(spec.get());
             if (attspec && attspec->is_required() && !map->datamap().find(key))
                 add(Rule::required, key, nullptr, nullptr);
@@ -76,7 +74,7 @@ class Check {
 
     void test_choice(objref const &key) {
         objref const choices = type_->tmember("choices");
-        cMapObj const *const map = as_map(choices);
+        cMapObj const *const map = cat::as_map(choices);
         if (!map || !map->datamap().find(key)) add(Rule::choice, nullptr, nullptr, key);
     }
 

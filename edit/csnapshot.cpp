@@ -107,9 +107,9 @@ std::uint64_t Snapshot::key_of(cAttrNode const &node) {
         keys_.push_back(node.key());
         return (keys_.size() - 1) << key_bits | object_key;
     }
-    std::uint64_t const place = contents_.size();
+    std::uint64_t const offset = contents_.size();
     contents_.append(*text).push_back('\0');
-    return place << key_bits | text_key;
+    return offset << key_bits | text_key;
 }
 
 objref Snapshot::key(WasEntry const &was) const {

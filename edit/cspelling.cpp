@@ -3,6 +3,7 @@
 // A literal consists of the style, which a person chose, and the value. If the style is of another
 // kind of literal or can't express the new value, the result is the exact written form.
 
+#include "base/platform/cchars.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cexacttext.h"
@@ -17,7 +18,6 @@
 namespace qrv::edit {
 namespace {
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool has(std::string_view text, std::string_view any) {
     return text.find_first_of(any) != std::string_view::npos;
 }

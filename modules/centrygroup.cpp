@@ -28,7 +28,7 @@ void cEntryGroup::take(cEntryGroup &other) noexcept {
     }
 }
 
-void cEntryGroup::forget_things() {
+void cEntryGroup::invalidate() {
     for (cRepositoryEntry *entry = first_; entry;) {
         cRepositoryEntry *const next = entry->group_next_;
         entry->ptr_ = nullptr;

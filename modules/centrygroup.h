@@ -36,7 +36,7 @@ class cEntryGroup {
     // Call this after the file that contained the things of the entries was unloaded. Sets the
     // pointers of all entries to null. Destroys the entries of modules, so that these modules can
     // be loaded again.
-    void forget_things();
+    void invalidate();
 
   private:
     cModule *module_ = nullptr; // borrowed: it owns this group

@@ -126,7 +126,7 @@ void cModuleList::end_closing() {
 void cModuleList::forget_unmapped() {
     std::erase_if(resting, [](cRestingFile const &file) {
         bool const gone = !file.closing && !file.path.empty() && !cat::is_loaded(file.path);
-        if (gone) file.left_behind->forget_things();
+        if (gone) file.left_behind->invalidate();
         return gone;
     });
 }

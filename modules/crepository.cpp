@@ -35,7 +35,7 @@ void end_shared_table() {
 }
 
 void put_error(std::string const &text) {
-    if (!cat::line_is_taken(text)) cat::std_err() << text << '\n';
+    if (!cat::offer_line(text)) cat::std_err() << text << '\n';
 }
 
 void end_repositories() {

@@ -13,9 +13,7 @@
 namespace qrv {
 namespace {
 
-template <class T> T const &data_of(cObj const &object) {
-    return static_cast<cObjDR<T> const &>(object).val();
-}
+using detail::data_of;
 
 // Compares objects other than scalars, by the methods of their type.
 bool equal_objects(cObj const &a, cObj const &b) {

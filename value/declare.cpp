@@ -8,8 +8,9 @@
 #include "qrv/containers/ctypeobj_update.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/core/ctypescope.h"
+#include "qrv/text/write/cwriter.h"
+#include "value/place.h"
 
-#include <algorithm>
 #include <exception>
 #include <stdexcept>
 
@@ -17,16 +18,8 @@ namespace qrv {
 
 namespace {
 
-bool is_identifier(std::string_view name) {
-    auto const is_letter = [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-    };
-    auto const is_part = [&](char c) { return is_letter(c) || (c >= '0' && c <= '9'); };
-    return !name.empty() && is_letter(name.front()) && std::ranges::all_of(name, is_part);
-}
-
 typeref new_type(cTypeObj &metatype, std::string const &name) {
-    if (!is_identifier(name)) throw declaration_error(name, "", "the name is not an identifier");
+    if (!cat::is_ident(name)) throw declaration_error(name, "", "the name is not an identifier");
     typeref const made = typeref::adopt(new cTypeObj(&metatype, name.c_str(), nullptr));
     if (cat::TypeScope::current()) made->count_objects();
     return made;
@@ -53,7 +46,7 @@ class type_builder::declaration {
 
     // Adds an attribute. If `of` is null, its value may have any type. The flags are those of
     // qrv/containers/cattspec.h.
-    void add(std::string_view key, int flags, typeref const &of, value const &fallback) {
+    void add(std::string_view key, int flags, typeref const &of, value const &fallback = {}) {
         auto const spec = make<cAttspec>(static_cast<int>(asf_required), nullptr);
         if (of && of != declared_) spec->share_type(of);
         if (!fallback.is_nil()) spec->set_default(fallback.clone().object(), false);
@@ -117,24 +110,21 @@ type_builder::declaration &type_builder::open() {
     throw std::logic_error("the type is registered already");
 }
 
-type_builder &type_builder::required(std::string_view key) {
-    open().add(key, asf_required, nullptr, nullptr);
+type_builder &type_builder::add(std::string_view key, int flags, detail::type_or_name const *of) {
+    open().add(key, flags, of ? open().type_of(key, *of) : nullptr);
     return *this;
 }
+
+type_builder &type_builder::required(std::string_view key) { return add(key, asf_required); }
 
 type_builder &type_builder::required(std::string_view key, detail::type_or_name const &of) {
-    open().add(key, asf_required, open().type_of(key, of), nullptr);
-    return *this;
+    return add(key, asf_required, &of);
 }
 
-type_builder &type_builder::optional(std::string_view key) {
-    open().add(key, asf_implied, nullptr, nullptr);
-    return *this;
-}
+type_builder &type_builder::optional(std::string_view key) { return add(key, asf_implied); }
 
 type_builder &type_builder::optional(std::string_view key, detail::type_or_name const &of) {
-    open().add(key, asf_implied, open().type_of(key, of), nullptr);
-    return *this;
+    return add(key, asf_implied, &of);
 }
 
 type_builder &type_builder::with_default(std::string_view key, value const &fallback) {
@@ -173,7 +163,7 @@ type_builder &type_builder::choice(std::string_view key, detail::type_or_name co
 
 type type_builder::choice_type(std::string_view key, detail::type_or_name const &of) {
     type const choice = open().existing(key, of);
-    if (&choice.object().type() == &cat::typetype_choice()) return choice;
+    if (detail::is_choice_type(choice.object())) return choice;
     open().refuse(key, "type '" + choice.name() + "' is not a choice");
 }
 

@@ -35,9 +35,7 @@ struct document::source {
     }
 
     std::string about() const { return path.empty() ? path : path + ": "; } // for messages
-    [[noreturn]] void refuse(std::string const &why) const {
-        throw error(about() + "not written: " + why);
-    }
+    [[noreturn]] void refuse(std::string const &why) const { detail::refuse_to_write(path, why); }
 
     std::string path;
     std::string const bytes;

@@ -1,14 +1,9 @@
 #include "qrv/value/errors.h"
 
+#include "value/path.h"
+
 namespace qrv {
 namespace {
-
-// "a/b/c" for "a" and "b/c"; an empty path adds nothing.
-std::string joined(std::string_view outer, std::string const &inner) {
-    std::string path(outer);
-    if (!path.empty() && !inner.empty()) path += '/';
-    return path + inner;
-}
 
 std::string message(std::string const &path, std::string const &reason) {
     return path.empty() ? reason : path + ": " + reason;
@@ -23,7 +18,7 @@ error::error(std::string path, std::string reason, unsigned int code)
 error::~error() = default;
 
 void error::within(std::string_view path) {
-    path_ = joined(path, path_);
+    path_ = detail::joined_path(path, path_);
     static_cast<std::runtime_error &>(*this) = std::runtime_error(message(path_, reason_));
 }
 
@@ -43,7 +38,7 @@ range_error::range_error(std::string path, std::string reason)
 range_error::~range_error() = default;
 
 void range_error::within(std::string_view path) {
-    path_ = joined(path, path_);
+    path_ = detail::joined_path(path, path_);
     static_cast<std::out_of_range &>(*this) = std::out_of_range(message(path_, reason_));
 }
 

@@ -7,7 +7,7 @@ namespace qrv::detail {
 cursor::cursor(value const &container) {
     objref const &object = value_access::object(container);
     if (!object) return;
-    cMapObj const *const map = map_of(object);
+    cMapObj const *const map = cat::as_map(object);
     if (!map) throw type_error({}, "a container", description(container));
     at_ = cAttrCursor(map->datamap_ref());
 }

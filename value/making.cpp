@@ -5,6 +5,7 @@
 #include "value/making.h"
 
 #include "value/guard.h"
+#include "value/place.h"
 
 #include "qrv/base/platform/cstack.h"
 #include "qrv/containers/cattspec.h"
@@ -20,9 +21,6 @@
 namespace qrv::detail {
 
 namespace {
-
-bool is_attribute_set(cTypeObj const &type) { return &type.type() == &cat::typetype_attlist(); }
-bool is_choice(cTypeObj const &type) { return &type.type() == &cat::typetype_choice(); }
 
 cRef<cAttspec> specification(cTypeObj &type, objref const &key) {
     objref const declared = type.getattr(key); // RUNS USER CODE
@@ -44,19 +42,14 @@ objref widened(objref const &from, cTypeObj const &type) {
 namespace {
 
 bool is_makeable(objref const &from, cTypeObj const &type) {
-    if (is_attribute_set(type)) return from->is_map() && !cat::stack_low();
-    return is_choice(type) && from->type().is_keytype();
-}
-
-// Joins two parts of a path, one of which may be empty.
-std::string path_of(std::string const &outer, std::string const &inner) {
-    return outer.empty() || inner.empty() ? outer + inner : outer + '/' + inner;
+    if (is_attribute_set_type(type)) return from->is_map() && !cat::stack_low();
+    return is_choice_type(type) && from->type().is_keytype();
 }
 
 std::string quoted(std::string const &name) { return '\'' + name + '\''; }
 
 // Containers may be large.
-std::string shown(objref const &value) {
+std::string text_or_type(objref const &value) {
     if (!value) return "nothing";
     if (value->object_class() == cObjClass::map) return "a " + value->type().name();
     return cat::as_text(value);
@@ -74,11 +67,11 @@ std::string message_of(edit::BrokenRule const &broken) {
     case edit::Rule::type:
         break;
     case edit::Rule::fixed:
-        return "key " + key + " of type " + type + " is fixed to " + shown(broken.expected) +
+        return "key " + key + " of type " + type + " is fixed to " + text_or_type(broken.expected) +
                (broken.expected->equal(broken.actual) ? ", and this is a copy"
-                                                      : ", not " + shown(broken.actual));
+                                                      : ", not " + text_or_type(broken.actual));
     case edit::Rule::choice:
-        return shown(broken.actual) + " is not a choice of type " + type;
+        return text_or_type(broken.actual) + " is not a choice of type " + type;
     }
     auto const &expected = static_cast<cTypeObj const &>(*broken.expected);
     std::string const actual =
@@ -90,10 +83,10 @@ std::string message_of(edit::BrokenRule const &broken) {
 
 broken_rule as_data(edit::BrokenRule const &broken, std::string const &outer) {
     std::string const inside = broken.path.empty() ? "" : broken.path.substr(1);
-    std::string const place = path_of(outer, inside);
+    std::string const place = joined_path(outer, inside);
     bool const is_type = broken.rule == edit::Rule::type;
     return {static_cast<rule>(broken.rule),
-            broken.key ? path_of(place, cat::as_text(broken.key)) : place,
+            broken.key ? joined_path(place, cat::as_text(broken.key)) : place,
             broken.type->name(),
             is_type           ? static_cast<cTypeObj const &>(*broken.expected).name()
             : broken.expected ? cat::as_text(broken.expected)
@@ -142,7 +135,7 @@ objref making::of(objref const &from, cTypeObj &type, Step const *step) {
         return rules.empty() ? from : objref();
     }
     if (is_makeable(from, type))
-        return is_choice(type) ? choice(from, type, step) : attribute_set(from, type, step);
+        return is_choice_type(type) ? choice(from, type, step) : attribute_set(from, type, step);
     objref const number = widened(from, type);
     if (!number) add(edit::broken_rules(from, type), step);
     return number;

@@ -1,5 +1,6 @@
 #include "value/path.h"
 
+#include "base/platform/cchars.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
 #include "qrv/text/read/cattrscan.h"
@@ -14,9 +15,6 @@
 
 namespace qrv::detail {
 namespace {
-
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 
 // Ends a part at `end`? Does not decide about // and /*, which scanned() refuses.
 bool part_ends(std::string_view path, std::size_t end) {
@@ -147,6 +145,12 @@ bool path_reader::read_slowly(step &to) {
 
 std::string path_reader::path(std::size_t count) const {
     return path_of(path_reader(path_), count);
+}
+
+std::string joined_path(std::string_view outer, std::string_view inner) {
+    std::string path(outer);
+    if (!path.empty() && !inner.empty()) path += '/';
+    return path.append(inner);
 }
 
 objref key_object(step const &key) {

@@ -40,6 +40,8 @@ class path_reader {
 
 // The object for a key.
 objref key_object(step const &key);
+// "a/b/c" for "a" and "b/c"; an empty path adds nothing.
+std::string joined_path(std::string_view outer, std::string_view inner);
 // The path of the next `count` keys.
 template <class Keys> std::string path_of(Keys keys, std::size_t count) {
     std::string result;

@@ -1,5 +1,6 @@
 #include "value/place.h"
 
+#include "base/platform/cchars.h"
 #include "value/guard.h"
 #include "value/making.h"
 #include "value/notify.h"
@@ -13,7 +14,7 @@
 
 namespace qrv::detail {
 
-bool is_plain(cObj const &object, method_id method, int other) noexcept {
+bool uses_library_method(cObj const &object, method_id method, int other) noexcept {
     return (object.type().library_methods() & 1U << method) != 0 &&
            object.object_class() == cObjClass::map && !object.flags_of(of_exe_member | other);
 }
@@ -50,7 +51,7 @@ cObj *asked(cObj &object, step const &key, objref &keep) {
 }
 
 cObj *find_as_it_is(cObj &object, step const &key, objref &keep) {
-    if (!is_plain(object, mid_getattr)) return asked(object, key, keep);
+    if (!uses_library_method(object, mid_getattr)) return asked(object, key, keep);
     cAttrNode const *const node = node_of(static_cast<cMapObj &>(object).datamap(), key);
     cObj *const found = node ? node->valref().get() : nullptr;
     bool const has_rules = object.flags_of(asf_all) != 0;
@@ -62,7 +63,7 @@ cObj *find_as_it_is(cObj &object, step const &key, objref &keep) {
 // For an entry that the container did not accept, without raising an error: its type is not the one
 // that the container requires.
 [[noreturn]] void refuse_entry(objref const &owner, value const &x) {
-    cMapObj const *const map = map_of(owner);
+    cMapObj const *const map = cat::as_map(owner);
     bool const has_type = map && map->entrytype();
     throw type_error(
         {}, has_type ? map->entrytype()->name() : "what " + owner->type().name() + " accepts",
@@ -85,7 +86,7 @@ change_report report_of(objref const &owner, step const &key, written how) {
 
 void refuse_cycle(objref const &owner, value const &x, unsigned handles) {
     objref const &stored = value_access::object(x);
-    if (!map_of(stored)) return;
+    if (!cat::as_map(stored)) return;
     if (stored == owner || (owner->refs() != handles && stored->is_owner_of(*owner)))
         throw error("the value would be a part of itself");
 }
@@ -105,8 +106,7 @@ namespace {
 constexpr std::array<bool, 256> word_characters = [] {
     std::array<bool, 256> result{};
     for (unsigned c = 0; c < result.size(); ++c)
-        result[c] =
-            c == '_' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        result[c] = is_letter(static_cast<char>(c)) || is_digit(static_cast<char>(c));
     return result;
 }();
 
@@ -133,7 +133,7 @@ cObj *walk_plainly(cObj *root, std::string_view path) {
         do ++p;
         while (p != end && is_word_character(*p));
         if (p != end && *p != '/') return nullptr;
-        if (!at || !is_plain(*at, mid_getattr, asf_all)) return nullptr;
+        if (!at || !uses_library_method(*at, mid_getattr, asf_all)) return nullptr;
         cAttrNode const *const node = node_of_word(static_cast<cMapObj *>(at)->datamap(), begin, p);
         if (!node) return nullptr;
         at = node->valref().get();
@@ -141,13 +141,17 @@ cObj *walk_plainly(cObj *root, std::string_view path) {
     }
 }
 
-bool is_choice(cObj const &object) noexcept {
-    return &object.type().type() == &cat::typetype_choice();
+bool is_choice_type(cTypeObj const &type) noexcept {
+    return &type.type() == &cat::typetype_choice();
+}
+
+bool is_attribute_set_type(cTypeObj const &type) noexcept {
+    return &type.type() == &cat::typetype_attlist();
 }
 
 objref choice_key_of(cObj const *object) {
     auto const *const choice = dynamic_cast<cIterObj const *>(object);
-    return choice && is_choice(*object) ? choice->key() : objref();
+    return choice && is_choice_type(object->type()) ? choice->key() : objref();
 }
 
 // The library's assign ignores an unknown key.
@@ -185,7 +189,7 @@ namespace {
 // The object to store if an attribute of a declared type is set to x: for the key of a choice that
 // choice, and for a number the same number with the attribute's wider type. RUNS USER CODE
 objref fitted(objref const &owner, objref const &key, value const &x) {
-    if (x.is_nil() || &owner->type().type() != &cat::typetype_attlist()) return x.object();
+    if (x.is_nil() || !is_attribute_set_type(owner->type())) return x.object();
     objref declared;
     {
         cat::CaughtErrors const ignored; // setattr reports a key that is not declared
@@ -196,7 +200,7 @@ objref fitted(objref const &owner, objref const &key, value const &x) {
     objref const &given = value_access::object(x);
     if (!wanted || &given->type() == wanted.get()) return given;
     if (objref const number = widened(given, *wanted)) return number;
-    if (&wanted->type() != &cat::typetype_choice() || !given->type().is_keytype()) return given;
+    if (!is_choice_type(*wanted) || !given->type().is_keytype()) return given;
     objref const choice = guarded([&] { return wanted->newobj(); });
     if (cObj::is_bad(choice)) return given;
     assign_choice(*choice, given);
@@ -224,7 +228,7 @@ bool remove_entry(objref const &owner, step key) {
         throw type_error("the entry can't be removed", 0);
     // If the type has a default, the value is now the default object itself: changing it would
     // change the type.
-    if (cMapObj const *const map = map_of(owner); map && owner->flags_of(asf_all) != 0)
+    if (cMapObj const *const map = cat::as_map(owner); map && owner->flags_of(asf_all) != 0)
         static_cast<void>(map->datamap().detach(key_object(key)));
     report.fire();
     return true;
@@ -232,10 +236,10 @@ bool remove_entry(objref const &owner, step key) {
 
 bool append_value(objref const &owner, value const &x) {
     refuse_cycle(owner, x, 2);
-    change_report report(owner, map_of(owner)->size(), written::inserted);
+    change_report report(owner, cat::as_map(owner)->size(), written::inserted);
     bool const appended = guarded([&] {
-        if (owner->is_vector() && is_plain(*owner, mid_setattr))
-            return map_of(owner)->datamap().vect_append(x.object());
+        if (owner->is_vector() && uses_library_method(*owner, mid_setattr))
+            return cat::as_map(owner)->datamap().vect_append(x.object());
         return owner->append(x.object());
     });
     if (appended) report.fire();
@@ -245,7 +249,7 @@ bool append_value(objref const &owner, value const &x) {
 void insert_value(objref const &owner, int position, value const &x) {
     refuse_cycle(owner, x, 2);
     change_report report(owner, position, written::inserted);
-    if (!guarded([&] { return map_of(owner)->datamap().vect_insert(position, x.object()); }))
+    if (!guarded([&] { return cat::as_map(owner)->datamap().vect_insert(position, x.object()); }))
         refuse_entry(owner, x);
     report.fire();
 }

@@ -4,19 +4,20 @@
 
 #include "value/path.h"
 
+#include "containers/as_map.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/core/cobjd.h"
 
 namespace qrv::detail {
 
-// The object as a container with entries in a hash; null for others.
-inline cMapObj *map_of(cObj *object) noexcept {
-    return object && object->object_class() == cObjClass::map ? static_cast<cMapObj *>(object)
-                                                              : nullptr;
+// The value of an object of the class that holds a T.
+template <class T> T const &data_of(cObj const &object) {
+    return static_cast<cObjDR<T> const &>(object).val();
 }
 
 // Is this a container of the library whose type still has the library's own method, without own
 // methods and without the flags `other`?
-bool is_plain(cObj const &object, method_id method, int other = 0) noexcept;
+bool uses_library_method(cObj const &object, method_id method, int other = 0) noexcept;
 
 // The value at a key, borrowed from the object or from `keep`; null if there is none. If a map does
 // not have the int `key`, the function looks for it as a string and, if that exists, sets `key` to
@@ -59,8 +60,8 @@ bool append_value(objref const &owner, value const &x);
 // Inserts x before the value at a position of a vector.
 void insert_value(objref const &owner, int position, value const &x);
 
-// Is the object of a choice type?
-bool is_choice(cObj const &object) noexcept;
+bool is_choice_type(cTypeObj const &type) noexcept;
+bool is_attribute_set_type(cTypeObj const &type) noexcept;
 // The key of the choice, such as "slow"; null if the object is not a choice or the choice is
 // undefined.
 objref choice_key_of(cObj const *object);

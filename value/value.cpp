@@ -26,10 +26,7 @@ char const *name_of(kind which) noexcept {
 
 namespace {
 
-// The value of an object of that class.
-template <class T> T const &data_of(cObj const &object) {
-    return static_cast<cObjDR<T> const &>(object).val();
-}
+using detail::data_of;
 
 objref checked(objref object) {
     if (!object || object == cat::nil()) return nullptr;
@@ -84,7 +81,7 @@ qrv::kind value::kind() const noexcept {
     }
 }
 
-bool value::is_container() const noexcept { return detail::map_of(object_) != nullptr; }
+bool value::is_container() const noexcept { return cat::as_map(object_) != nullptr; }
 
 std::string value::type_name() const {
     return (object_ ? object_->type() : cat::type_nil()).name();
@@ -110,7 +107,7 @@ std::string detail::shown_text(objref const &object, bool *is_whole) {
 namespace {
 
 // The text of a scalar for a message; long text is cut.
-std::string shown(objref const &object) {
+std::string short_text(objref const &object) {
     constexpr std::size_t most = 60;
     std::string text = detail::shown_text(object);
     if (text.size() > most) text = text.substr(0, most) + "...";
@@ -124,7 +121,7 @@ std::string detail::description(value const &v) {
     case kind::nil:
         return "nil";
     case kind::integer:
-        return "an int: " + shown(v.object());
+        return "an int: " + short_text(v.object());
     case kind::map:
     case kind::vector:
     case kind::set:
@@ -132,7 +129,7 @@ std::string detail::description(value const &v) {
     case kind::object:
         return "an object of type " + v.type_name();
     default: {
-        std::string text = shown(v.object());
+        std::string text = short_text(v.object());
         if (v.is_string() && text[0] != '"') text = '"' + text + '"'; // always in quotes
         return std::string("a ") + name_of(v.kind()) + ": " + text;
     }
@@ -146,13 +143,14 @@ void value::refuse_type(cObj *object, std::string_view path, char const *expecte
 
 void value::refuse_range(cObj *object, std::string_view path, long long least,
                          unsigned long long most) {
-    throw range_error(std::string(path), shown(objref::share(object)) +
+    throw range_error(std::string(path), short_text(objref::share(object)) +
                                              " does not fit: the range is " +
                                              std::to_string(least) + " to " + std::to_string(most));
 }
 
 void value::refuse_float(cObj *object, std::string_view path) {
-    throw range_error(std::string(path), shown(objref::share(object)) + " does not fit in a float");
+    throw range_error(std::string(path),
+                      short_text(objref::share(object)) + " does not fit in a float");
 }
 
 // --- reading
@@ -276,7 +274,7 @@ bool value::contains_key(detail::step const &key) const { return find_key(key).h
 
 std::size_t value::size() const {
     if (!object_) return 0;
-    cMapObj const *const map = detail::map_of(object_);
+    cMapObj const *const map = cat::as_map(object_);
     if (!map) refuse_type(object_, {}, "a container");
     return map->datamap().used();
 }

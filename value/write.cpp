@@ -94,7 +94,7 @@ void value::clear() {
     if (owner->flags_of(of_const_keys)) throw error("the keys of the value are const");
     if (empty()) return;
     detail::change_report report(owner);
-    detail::map_of(owner)->clear();
+    cat::as_map(owner)->clear();
     report.fire();
 }
 
@@ -107,8 +107,7 @@ void value::rename(std::string_view key, std::string_view new_key) {
         throw std::invalid_argument("there is an entry '" + std::string(new_key) + "' already");
     if (owner->flags_of(of_const_keys)) throw error("the keys of the value are const");
     detail::change_report report(owner);
-    detail::map_of(owner)->datamap().rename(own_key(std::string(key)),
-                                            own_key(std::string(new_key)));
+    cat::as_map(owner)->datamap().rename(own_key(std::string(key)), own_key(std::string(new_key)));
     report.fire();
 }
 
@@ -217,7 +216,7 @@ void fill(value const &container, entries const &from) {
 // If the container refuses an entry, nothing is changed.
 void replace_entries(value const &container, value const &x) {
     entries const former = entries_of(container), present = entries_of(x);
-    cMapObj &map = *detail::map_of(container.object());
+    cMapObj &map = *cat::as_map(container.object());
     map.clear();
     try {
         fill(container, present);
@@ -242,9 +241,9 @@ void value::assign(value const &x) {
     detail::change_report report(owner);
     bool const has_entries = is_map() || is_vector() || is_set();
     if (has_entries && x.is_container() &&
-        detail::is_plain(*owner, mid_assign, of_const | of_const_keys))
+        detail::uses_library_method(*owner, mid_assign, of_const | of_const_keys))
         replace_entries(value(owner), x);
-    else if (detail::is_choice(*owner))
+    else if (detail::is_choice_type(owner->type()))
         detail::assign_choice(*owner, x.object_);
     else if (!detail::guarded([&] { return owner->assign(x.object_); }))
         refuse_type(x.object_, {}, owner->type().name().c_str());

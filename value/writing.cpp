@@ -34,7 +34,7 @@ class indent {
 // The highest number of values that a message names.
 constexpr std::size_t most_named = 10;
 
-[[noreturn]] void refuse(cat::CaughtErrors const &caught, std::string const &about) {
+[[noreturn]] void throw_all(cat::CaughtErrors const &caught, std::string const &about) {
     std::string text;
     for (cErr const &entry : caught.entries()) {
         text += (text.empty() ? about : "\n" + about) + entry.as_string();
@@ -58,7 +58,7 @@ std::string written(value const &v, style const &how, std::string const &about) 
     v.object()->writeobj(os);         // RUNS USER CODE
     if (os.fail() && !caught.empty()) // without the path, which would be too long to read
         throw error(about + "nesting is too deep to be written", caught.entries()[0].code());
-    if (!caught.empty()) refuse(caught, about);
+    if (!caught.empty()) throw_all(caught, about);
     std::string text = std::move(os).str();
     return how.one_line ? on_one_line(text) : text;
 }

@@ -12,14 +12,6 @@ namespace qrv::detail {
 
 namespace {
 
-std::string reason(char const *what, int error) {
-    return what + (": " + std::generic_category().message(error));
-}
-
-[[noreturn]] void refuse(std::string const &path, std::string const &why) {
-    throw error(path + ": not written: " + why);
-}
-
 [[noreturn]] void refuse_changed(std::string const &path) {
     throw save_conflict(path + (cat::file_exists(path)
                                     ? ": not written: another program has changed the file"
@@ -27,6 +19,10 @@ std::string reason(char const *what, int error) {
 }
 
 } // namespace
+
+void refuse_to_write(std::string const &path, std::string const &why) {
+    throw error((path.empty() ? path : path + ": ") + "not written: " + why);
+}
 
 std::string bytes_of(std::string const &path) {
     errno = 0;
@@ -37,17 +33,18 @@ std::string bytes_of(std::string const &path) {
         in.read(piece.data(), piece.size());
         bytes.append(piece.data(), static_cast<std::size_t>(in.gcount()));
     }
-    if (!in.eof()) throw error(path + ": " + reason("cannot read", errno));
+    if (!in.eof())
+        throw error(path + ": " + "cannot read: " + std::generic_category().message(errno));
     return bytes;
 }
 
 void replace_file(std::string const &path, std::string_view bytes,
                   std::optional<std::string_view> expected) {
-    if (path.find('\0') != path.npos) refuse("", "its name has a zero byte");
+    if (path.find('\0') != path.npos) refuse_to_write("", "its name has a zero byte");
     cat::FileLock const lock(path);
     if (lock.busy())
-        refuse(path, "another program has held the lock of its folder for " +
-                         std::to_string(lock.usual_wait.count()) + " seconds");
+        refuse_to_write(path, "another program has held the lock of its folder for " +
+                                  std::to_string(lock.usual_wait.count()) + " seconds");
     if (expected == bytes) {
         if (!cat::file_exists(path) || bytes_of(path) != bytes) refuse_changed(path);
         return;
@@ -58,7 +55,7 @@ void replace_file(std::string const &path, std::string_view bytes,
     case cat::Replaced::changed:
         refuse_changed(path);
     default:
-        refuse(path, reason("cannot write", errno));
+        refuse_to_write(path, "cannot write: " + std::generic_category().message(errno));
     }
 }
 

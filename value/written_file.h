@@ -9,6 +9,9 @@
 
 namespace qrv::detail {
 
+// error: "path: not written: why"; an empty path adds nothing.
+[[noreturn]] void refuse_to_write(std::string const &path, std::string const &why);
+
 // All bytes of a file. error: it can't be read.
 std::string bytes_of(std::string const &path);
 

@@ -2,7 +2,7 @@
 // small random trees. The model works on copies of the same trees; results, shapes, the identity of
 // objects, and errors must agree.
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "tests/containers/trees.h"
 #include "tests/support/fixture.h"
 

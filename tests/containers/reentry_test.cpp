@@ -1,7 +1,7 @@
 // Containers with hostile content: keys whose hooks change the container, keys that no search
 // finds, and values that release or empty the container during an operation.
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "qrv/containers/cattr.h"
 #include "qrv/core/ceros.h"
 #include "tests/containers/trees.h"

@@ -1,6 +1,7 @@
 // Searches for a value through an index: the result always equals that of cAttrHash::findvalue.
 #include "containers/value_index.h"
 
+#include "core/cscalar.h"
 #include "tests/core/hash_support.h"
 #include "tests/support/fixture.h"
 
@@ -120,8 +121,8 @@ TEST_F(ValueIndex, objects_of_a_derived_type_are_not_plain) {
         "int2", +[](cTypeObj &t) { t.inherit(cat::type_int()); });
     objref const value = objref::adopt(new cObjD<int>(5, type.get()));
     hash.vect_append(value);
-    EXPECT_FALSE(cValueIndex::is_plain(*value));
-    EXPECT_TRUE(cValueIndex::is_plain(*cat::of(5)));
+    EXPECT_FALSE(cat::is_plain(*value));
+    EXPECT_TRUE(cat::is_plain(*cat::of(5)));
     EXPECT_EQ(index.find(*cat::of(5)), nullptr);
     EXPECT_EQ(index.find(*value), hash.find(0));
 }

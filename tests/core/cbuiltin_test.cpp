@@ -1,7 +1,7 @@
 // The tests for objects that use only methods of the library.
 #include "core/cbuiltin.h"
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "core/cscalar.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"

@@ -435,7 +435,7 @@ bool cHashReader::is_plain_entry(cEntry const &entry) {
         value.is_type())
         return false;
     bool const met = !entry.fresh && (value.is_map() || value.is_vector() || value.is_set());
-    if (seen_) return !met && cValueIndex::is_plain(value) && !find_in_set(value);
+    if (seen_) return !met && cat::is_plain(value) && !find_in_set(value);
     if (hash_.find(entry.key)) return false;
     if (met) cLateEntries::enter_open(); // its paths are in the table, so no walk may look for them
     return late_.has_room(entry.key);
@@ -471,7 +471,7 @@ bool cHashReader::update(cObj &target, cObj const &value, bool merge) {
 // index; then the index is discarded and built again.
 cAttrNode const *cHashReader::find_in_set(cObj const &value) {
     cAttrNode const *const node = seen_->find(value);
-    if (!node || !cValueIndex::is_plain(value) || value.equal(node->value())) return node;
+    if (!node || !cat::is_plain(value) || value.equal(node->value())) return node;
     seen_->forget();
     return seen_->find(value);
 }
@@ -520,7 +520,7 @@ objref cHashReader::store(cEntry const &entry, unsigned before) {
         node = hash_.find(entry.key);
     } else if (!listed_ && before) {
         while (node && node != before) node = hash_.prev(node);
-    } else if (seen_ && cValueIndex::is_plain(*held)) {
+    } else if (seen_ && cat::is_plain(*held)) {
         node = seen_->find(*held);
     } else if (node && node->valref() != held) {
         node = hash_.findvalref(held);

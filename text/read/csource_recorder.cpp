@@ -2,7 +2,7 @@
 
 // Searching nodes runs no user code: nodes with keys of a program's types are found by identity.
 
-#include "containers/value_index.h"
+#include "core/cscalar.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
 #include "qrv/core/ctypeobj.h"
@@ -320,7 +320,7 @@ void cSourceRecorder::move(std::size_t number, std::size_t end, cObj const &from
         }
         if (!cObj::is_set(&to)) return now->find(node.key());
         cAttrNode const *const same = now->findvalref(node.valref().get());
-        return same || !cValueIndex::is_plain(node.value()) ? same : now->findvalue(node.value());
+        return same || !cat::is_plain(node.value()) ? same : now->findvalue(node.value());
     };
     for (std::size_t i = number + 1; i < end; i = next_sibling(i)) {
         cRecord &record = records_[i];

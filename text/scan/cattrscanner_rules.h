@@ -214,8 +214,7 @@ template <class Chars> class cRules {
             return found(attrFlexLexer::r_unsigned, end);
         bool hex =
             from == 0 && letter == 1 && text[0] == '0' && (first == 'x' || first == 'X') && end > 2;
-        for (char const c : text.substr(letter + 1))
-            hex = hex && (is_digit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'));
+        for (char const c : text.substr(letter + 1)) hex = hex && is_hex_digit(c);
         return found(hex ? attrFlexLexer::r_hex : attrFlexLexer::r_bad_ident, end);
     }
 

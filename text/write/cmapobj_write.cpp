@@ -2,7 +2,7 @@
 
 #include "qrv/containers/cmapobj.h"
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/containers/cvectorobj.h"
 #include "qrv/core/cobjd.h"

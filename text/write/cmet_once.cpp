@@ -4,7 +4,7 @@
 
 #include "text/write/cmet_once.h"
 
-#include "containers/ccompare.h"
+#include "containers/as_map.h"
 #include "qrv/core/ctypes.h"
 #include "qrv/text/write/cwriter.h"
 #include "text/state/ctext_state.h"

@@ -100,7 +100,8 @@ class QRV_API cModule : public cShared {
     std::string const &comment() const noexcept { return comment_; }
     // The base name of its file, without folder and ".so"; empty if it was not loaded from a file.
     std::string const &basename() const noexcept { return basename_; }
-    std::uint32_t id() const noexcept { return id_; }
+    // Always 0: a module is identified by its name.
+    std::uint32_t id() const noexcept { return 0; }
     // The system's handle of the file; null if it has no file, and for null.
     void *handle() const noexcept { return handle_; }
     static void *handle(cModule const *module) noexcept {
@@ -120,9 +121,8 @@ class QRV_API cModule : public cShared {
     std::string basename_;
     void *handle_ = nullptr;
     std::int32_t usecnt_;
-    std::int32_t loadcnt_ = -1; // loads minus unloads; -1: built in, never unloaded
-    bool resting_ = false;      // its file is in memory, but was closed or never set up
-    std::uint32_t id_ = 0;
+    std::int32_t loadcnt_ = -1;            // loads minus unloads; -1: built in, never unloaded
+    bool resting_ = false;                 // its file is in memory, but was closed or never set up
     std::unique_ptr<cEntryGroup> entries_; // entries that were created during its load
 };
 

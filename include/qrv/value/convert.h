@@ -96,6 +96,14 @@ template <class T> void reserve(T &container, std::size_t size) {
     if constexpr (requires { container.reserve(size); }) container.reserve(size);
 }
 
+template <class T, class Take> void for_each_part(value const &list, Take const &take) {
+    std::size_t position = 0;
+    for (value const &x : list) {
+        take(convert_at(path_of(position), [&] { return x.get<T>(); }));
+        ++position;
+    }
+}
+
 template <sequence_like T> struct converter<T> {
     using element = typename T::value_type;
 
@@ -108,11 +116,7 @@ template <sequence_like T> struct converter<T> {
         expect_list(from, "vector");
         T result;
         reserve(result, from.size());
-        std::size_t position = 0;
-        for (value const &x : from) {
-            result.push_back(convert_at(path_of(position), [&] { return x.get<element>(); }));
-            ++position;
-        }
+        for_each_part<element>(from, [&](element &&x) { result.push_back(std::move(x)); });
         return result;
     }
 };
@@ -128,11 +132,7 @@ template <set_like T> struct converter<T> {
     static T from(value const &from) requires gettable<element> {
         expect_list(from, "set");
         T result;
-        std::size_t position = 0;
-        for (value const &x : from) {
-            result.insert(convert_at(path_of(position), [&] { return x.get<element>(); }));
-            ++position;
-        }
+        for_each_part<element>(from, [&](element &&x) { result.insert(std::move(x)); });
         return result;
     }
 };

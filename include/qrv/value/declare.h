@@ -237,6 +237,7 @@ class QRV_API type_builder {
 
     explicit type_builder(std::string_view name);
     declaration &open();
+    type_builder &add(std::string_view key, int flags, detail::type_or_name const *of = nullptr);
     type_builder &constant(std::string_view key, value const &always, int flags);
     type choice_type(std::string_view key, detail::type_or_name const &of);
 
