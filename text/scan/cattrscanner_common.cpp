@@ -129,8 +129,9 @@ class cCommonTokens {
 
 // Puts back a character of the look-ahead, if it is still before the get pointer.
 inline bool cCommonTokens::put_back(yy_buffer_state &in, std::streambuf &b) {
+    if (in.ahead.size() > 1) return false;
     char const *const place = scan::cGetArea::before(b, in.ahead);
-    if (!place || in.ahead.size() > 1) return false;
+    if (!place) return false;
     scan::cGetArea::go_to(b, place);
     in.ahead = {};
     return true;

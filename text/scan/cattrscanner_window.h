@@ -32,7 +32,7 @@ struct cGetArea : std::streambuf {
         if (ahead.empty()) return place;
         if (static_cast<std::ptrdiff_t>(ahead.size()) > place - start(b)) return nullptr;
         for (std::size_t i = ahead.size(); i > 0; --i)
-            if (*--place != ahead[i - 1]) return nullptr;
+            if (look_at(--place) != static_cast<unsigned char>(ahead[i - 1])) return nullptr;
         return place;
     }
 };

@@ -7,6 +7,18 @@
 #include <gtest/gtest.h>
 
 #ifdef QRV_CHECKS
+namespace {
+// The number of comparisons until the end of the text.
+unsigned long long compared_in(std::string const &text) {
+    std::istringstream in(text);
+    test::Scan scan(in);
+    scan.return_com(true);
+    scan::compared = 0;
+    while (scan.gettoken() != tkEof) continue;
+    return scan::compared;
+}
+} // namespace
+
 TEST(ScannerWork, compares_each_character_at_most_2_2_times_on_average) {
     std::string text = "{\n";
     for (int i = 0; i < 1000; ++i)
@@ -14,12 +26,18 @@ TEST(ScannerWork, compares_each_character_at_most_2_2_times_on_average) {
                 "    list= [1, 22, -333, ];\n    word= true;\n    text= \"some words\";\n" +
                 "    real= -0.0625;\n";
     text += "}\n";
-    std::istringstream in(text);
-    test::Scan scan(in);
-    scan.return_com(true);
-    scan::compared = 0;
-    while (scan.gettoken() != tkEof) continue;
-    EXPECT_GE(scan::compared, text.size());
-    EXPECT_LE(static_cast<double>(scan::compared), 2.2 * static_cast<double>(text.size()));
+    unsigned long long const compared = compared_in(text);
+    EXPECT_GE(compared, text.size());
+    EXPECT_LE(static_cast<double>(compared), 2.2 * static_cast<double>(text.size()));
+}
+
+// Each opening quote makes the scanner read the rest of the line before it is known to be unclosed.
+TEST(ScannerWork, many_unclosed_quotes_in_a_line_take_linear_time) {
+    for (std::string const piece : {"\\\"", "\\'", "\"\\", "\\\"\\'", "\\\" a= 1; "}) {
+        std::string text;
+        while (text.size() < 100000) text += piece;
+        EXPECT_LE(compared_in(text + '\n'), 20 * text.size()) << piece;
+        EXPECT_LE(compared_in('{' + text + "\n}\n" + text), 20 * text.size()) << piece;
+    }
 }
 #endif
