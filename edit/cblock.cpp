@@ -14,13 +14,14 @@ size_t after_key(cat::SourceEntry const &entry) {
 
 } // namespace
 
-std::string NewText::block(Item const &item) {
+void NewText::add_block(std::string &out, Item const &item) {
     cat::SourceEntry const entry = entries_.entry(item.source), frame = entries_.frame(item.source);
-    return std::string(page_.text(entry.value.begin, frame.open.end)) + inner(item, frame) +
-           std::string(page_.text(frame.close.begin, entry.value.end));
+    out += page_.text(entry.value.begin, frame.open.end);
+    add_inner(out, item, frame);
+    out += page_.text(frame.close.begin, entry.value.end);
 }
 
-std::string NewText::inner(Item const &item, cat::SourceEntry const &frame) {
+void NewText::add_inner(std::string &out, Item const &item, cat::SourceEntry const &frame) {
     std::vector<Item *> const &children = item.children;
     size_t written = 0; // entries that have a node
     for (cat::SourceEntry const &part : entries_.inside(item.source))
@@ -29,22 +30,24 @@ std::string NewText::inner(Item const &item, cat::SourceEntry const &frame) {
                       std::none_of(children.begin(), children.end(), [&](Item const *child) {
                           return child->is_new() || !comments_.lenders(*child).empty();
                       });
-    if (!same) return changed_inner(item, frame);
-    std::string text;
+    if (!same) {
+        out += changed_inner(item, frame);
+        return;
+    }
     size_t copied = frame.open.end;
     for (Item const *const child : children) {
         cat::SourceEntry const entry = entries_.entry(child->old);
         if (has_other_key(*child)) {
-            text += page_.text(copied, entry.all().begin);
-            text += renamed(*child, entry);
+            out += page_.text(copied, entry.all().begin);
+            out += renamed(*child, entry);
             copied = after_key(entry);
         }
         if (child->how == Item::as_it_was && child->source == child->old) continue;
-        text += page_.text(copied, entry.value.begin);
-        text += value_here(*child);
+        out += page_.text(copied, entry.value.begin);
+        add_value_here(out, *child);
         copied = entry.value.end;
     }
-    return text += page_.text(copied, frame.close.begin);
+    out += page_.text(copied, frame.close.begin);
 }
 
 // Writes a block from which entries were removed, or into which entries are inserted.
@@ -144,7 +147,7 @@ class NewText::BlockWriter {
             copied_ = after_key(entry);
         }
         copy_to(entry.value.begin);
-        out_ += text_.value_here(item);
+        text_.add_value_here(out_, item);
         copied_ = entry.value.end;
         bool const was_last = part + 1 == parts_.size();
         if (next && next->is_new() && entry.delimiter.empty()) {
@@ -181,6 +184,12 @@ class NewText::BlockWriter {
         copied_ = page_.after_blanks(copied_);
     }
 
+    std::string new_entry(Item const &item, Layout const &layout, bool delimiter) {
+        std::string text;
+        text_.add_new_entry(text, item, layout, delimiter);
+        return text;
+    }
+
     void insert(Item const &item, Item const *next) {
         bool const alone = !last_kept_ && !first_kept_;
         bool const donated = text_.entries_.is_donated(item.old);
@@ -188,7 +197,7 @@ class NewText::BlockWriter {
                                    (alone && text_.needs_lines(item, false))))
             return insert_line(item, next);
         bool const delimiter = next || layout_.ended;
-        std::string const text = text_.new_entry(item, layout_, delimiter);
+        std::string const text = new_entry(item, layout_, delimiter);
         if (next && !next->is_new() && text_.entries_.is_below(next->old))
             insert_before(part_of(*next), item, text);
         else if (last_kept_)
@@ -255,7 +264,7 @@ class NewText::BlockWriter {
         bool const on_new_line = begins_line();
         out_.erase(out_.find_last_not_of(" \t") + 1);
         if (!on_new_line) out_ += page_.eol();
-        add_lines(item, text_.new_entry(item, layout, delimiter), layout);
+        add_lines(item, new_entry(item, layout, delimiter), layout);
         if (page_.begins_line(copied_) && copied_ > frame_.open.end) return;
         out_ += next ? layout.indent : outer;
         copied_ = page_.after_blanks(copied_);

@@ -53,30 +53,40 @@ bool same_style(std::string_view a, std::string_view b, cObj const &value) {
 } // namespace
 
 std::string NewText::all() {
+    std::string text;
     Item const &root = plan_.root();
     cat::SourceEntry const entry = entries_.entry(0);
     if (root.how == Item::block && entries_.frame(0).open.empty()) { // entries without brackets
         cat::SourceEntry whole;
         whole.open = {0, 0};
         whole.close.begin = static_cast<std::uint32_t>(page_.size());
-        return inner(root, whole);
+        add_inner(text, root, whole);
+        return text;
     }
-    return std::string(page_.text(0, entry.value.begin)) + value_here(root) +
-           std::string(page_.text(entry.value.end, page_.size()));
+    text += page_.text(0, entry.value.begin);
+    add_value_here(text, root);
+    text += page_.text(entry.value.end, page_.size());
+    return text;
 }
 
 // --- values ---
 
 // The value of an item that stays where it is.
-std::string NewText::value_here(Item const &item) {
-    if (item.how == Item::block && item.source == item.old) return block(item);
-    if (item.how == Item::as_it_was && item.source == item.old)
-        return std::string(page_.text(entries_.entry(item.old).value));
-    if (item.how == Item::literal)
-        if (auto const inner = literal_inside(item)) return *inner;
+void NewText::add_value_here(std::string &out, Item const &item) {
+    if (item.how == Item::block && item.source == item.old) return add_block(out, item);
+    if (item.how == Item::as_it_was && item.source == item.old) {
+        out += page_.text(entries_.entry(item.old).value);
+        return;
+    }
+    if (item.how == Item::literal) {
+        if (auto const inner = literal_inside(item)) {
+            out += *inner;
+            return;
+        }
+    }
     Layout layout = item.parent ? layouts_.of(*item.parent) : Layout();
     layout.indent = page_.indent(entries_.entry(item.old).all().begin);
-    return value(item, layout);
+    add_value(out, item, layout);
 }
 
 // A scalar in the brackets of its type, such as double(1.5): only the literal in them changes.
@@ -106,26 +116,31 @@ std::optional<std::string> NewText::word_inside(Item const &item, std::string_vi
 }
 
 // The value of an item that is moved or new. The layout is that of the entries around it.
-std::string NewText::value(Item const &item, Layout const &layout) {
+void NewText::add_value(std::string &out, Item const &item, Layout const &layout) {
     switch (item.how) {
     case Item::literal:
-        return literal(item, layout);
+        out += literal(item, layout);
+        return;
     case Item::fresh:
-        return fresh(item, layout);
+        return add_fresh(out, item, layout);
     case Item::absent:
-        return "";
+        return;
     case Item::reference: {
         std::string const path = Plan::path(*item.target);
-        return "#cRef(" + (path.empty() ? "/" : path) + ")";
+        out += "#cRef(" + (path.empty() ? "/" : path) + ")";
+        return;
     }
     case Item::as_it_was:
     case Item::block:
         break;
     }
     cat::SourceEntry const entry = entries_.entry(item.source);
-    std::string const text =
-        item.how == Item::block ? block(item) : std::string(page_.text(entry.value));
-    return comments_.brought(item.source,
+    std::string text;
+    if (item.how == Item::block)
+        add_block(text, item);
+    else
+        text = page_.text(entry.value);
+    out += comments_.brought(item.source,
                              indented(text, page_.indent(entry.all().begin), layout.indent));
 }
 
@@ -205,31 +220,32 @@ bool NewText::typed_on_lines(Item const &item, Layout const &layout) {
     return lines->second;
 }
 
-std::string NewText::fresh(Item const &item, Layout const &layout) {
-    std::string text = opening(item.value);
-    char const close = closing(text.back());
+void NewText::add_fresh(std::string &out, Item const &item, Layout const &layout) {
     bool const set_in_set = item.value->is_set() && item.parent && item.parent->value->is_set();
-    if (set_in_set) text.insert(0, 1, ' '); // << would be one token
+    if (set_in_set && (out.empty() || out.back() == '<')) out += ' '; // << would be one token
+    out += opening(item.value);
+    char const open = out.back();
     Layout inside = layout;
-    inside.multiline = text.back() == '(' ? typed_on_lines(item, layout) : !on_one_line(item.value);
+    inside.multiline = open == '(' ? typed_on_lines(item, layout) : !on_one_line(item.value);
     inside.indent += layout.unit;
     inside.delimiter = is_list(*item.value) ? ',' : ';';
     inside.width = 0;
     inside.key.clear();
     std::string const padding = inside.multiline || item.children.empty() ? "" : padding_like(item);
-    text += padding;
+    out += padding;
     for (Item const *const child : item.children) {
         bool const last = child == item.children.back();
-        std::string const entry = new_entry(*child, inside, inside.multiline || !last);
-        if (inside.multiline)
-            text += page_.eol() + inside.indent + entry;
-        else if (ends_in_line_comment(entry))
-            text += entry + page_.eol() + (last ? layout : inside).indent;
-        else
-            text += entry + (last ? "" : " ");
+        if (inside.multiline) out += page_.eol() + inside.indent;
+        size_t const begin = out.size();
+        add_new_entry(out, *child, inside, inside.multiline || !last);
+        if (inside.multiline) continue;
+        if (ends_in_line_comment(std::string_view(out).substr(begin)))
+            out += page_.eol() + (last ? layout : inside).indent;
+        else if (!last)
+            out += ' ';
     }
-    if (inside.multiline && !item.children.empty()) text += page_.eol() + layout.indent;
-    return text += padding + close;
+    if (inside.multiline && !item.children.empty()) out += page_.eol() + layout.indent;
+    out += padding + closing(open);
 }
 
 // The blank between brackets and entries, as in a neighbour of the same type.
@@ -294,23 +310,24 @@ bool NewText::keeps_separator(Item const &item, Layout const &layout) const {
 }
 
 // Key, value, delimiter and comments of an entry, without the indent of its first line.
-std::string NewText::new_entry(Item const &item, Layout const &layout, bool delimiter) {
-    std::string text = comments_.of(item, Where::above, layout.indent);
+void NewText::add_new_entry(std::string &out, Item const &item, Layout const &layout,
+                            bool delimiter) {
+    out += comments_.of(item, Where::above, layout.indent);
     if (keeps_separator(item, layout)) {
         cat::SourceEntry const entry = entries_.entry(item.old);
-        text += spelt(item.node->key(), page_.text(entry.key));
-        text +=
+        out += spelt(item.node->key(), page_.text(entry.key));
+        out +=
             comments_.brought(item.old, std::string(page_.text(entry.key.end, entry.value.begin)));
     } else {
-        text += key(item, layout) + comments_.at_separator(item, layout.indent);
+        out += key(item, layout) + comments_.at_separator(item, layout.indent);
     }
-    text += value(item, layout);
+    add_value(out, item, layout);
     std::string const before = comments_.before_delimiter(item);
     if (delimiter)
-        text += before + layout.delimiter;
+        out += before + layout.delimiter;
     else
-        text += before.substr(0, before.find_last_not_of(" \t") + 1);
-    return text += comments_.of(item, Where::after, layout.indent);
+        out += before.substr(0, before.find_last_not_of(" \t") + 1);
+    out += comments_.of(item, Where::after, layout.indent);
 }
 
 } // namespace qrv::edit

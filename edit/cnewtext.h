@@ -25,21 +25,23 @@ class NewText {
     using Samples = std::unordered_map<Item const *, Item const *>;
     class BlockWriter;
 
-    std::string value(Item const &item, Layout const &layout);
-    std::string value_here(Item const &item);
+    // These append to `out`: returning a string would copy it once for each level of the tree.
+    void add_value(std::string &out, Item const &item, Layout const &layout);
+    void add_value_here(std::string &out, Item const &item);
+    void add_fresh(std::string &out, Item const &item, Layout const &layout);
+    void add_block(std::string &out, Item const &item);
+    void add_inner(std::string &out, Item const &item, cat::SourceEntry const &frame);
+    void add_new_entry(std::string &out, Item const &item, Layout const &layout, bool delimiter);
+
     std::optional<std::string> literal_inside(Item const &item) const;
     static std::optional<std::string> word_inside(Item const &item, std::string_view old);
     std::string literal(Item const &item, Layout const &layout);
-    std::string fresh(Item const &item, Layout const &layout);
     std::string padding_like(Item const &item) const;
     bool typed_on_lines(Item const &item, Layout const &layout);
-    std::string block(Item const &item);
-    std::string inner(Item const &item, cat::SourceEntry const &frame);
     std::string changed_inner(Item const &item, cat::SourceEntry const &frame);
     std::string key(Item const &item, Layout const &layout);
     std::string renamed(Item const &item, cat::SourceEntry const &entry);
     bool has_other_key(Item const &item) const;
-    std::string new_entry(Item const &item, Layout const &layout, bool delimiter);
     bool needs_lines(Item const &item, bool alone) const;
     bool keeps_separator(Item const &item, Layout const &layout) const;
 

@@ -158,6 +158,10 @@ TEST_F(Edit, a_new_value_on_one_line_has_the_blanks_that_most_others_have) {
     EXPECT_EQ(set("{ l = [1,  2,  3]; }", "l << 5"), "{ l = [1,  2,  3,  5]; }");
 }
 
+TEST_F(Edit, new_sets_in_sets_have_one_blank_before_each) {
+    EXPECT_EQ(set("{a=1;}", "b = < < <1>>, <2>, 3, <4>>"), "{a=1; b=< < <1>>, <2>, 3, <4>>;}");
+}
+
 TEST_F(Edit, a_new_container_on_one_line_is_padded_like_the_one_next_to_it) {
     EXPECT_EQ(set("[ { a=1 }, { a=2 } ]", "2 = {a=3}"), "[ { a=1 }, { a=2 }, { a = 3 } ]");
     EXPECT_EQ(set("[ {a=1} ]", "1 = {a=3}"), "[ {a=1}, {a = 3} ]");
