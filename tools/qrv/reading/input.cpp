@@ -20,10 +20,13 @@ cInput::cInput(std::string const &name)
     : descriptor_(name == "-" ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC)),
       is_standard_(name == "-"), buffer_(piece_size) {
     struct stat status {};
-    if (descriptor_ < 0)
+    if (descriptor_ < 0) {
         error_ = reason("cannot read", errno);
-    else if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode))
-        test_size(size_ = static_cast<std::uint64_t>(status.st_size));
+    } else if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
+        auto const size = static_cast<std::uint64_t>(status.st_size);
+        test_size(size);
+        if (error_.empty()) size_ = size;
+    }
 }
 
 cInput::~cInput() {

@@ -20,7 +20,8 @@ class cInput {
     // The next bytes, valid until the next call. Empty at the end and after an error.
     std::string_view next();
     std::string const &error() const { return error_; } // empty without an error
-    std::uint64_t size() const { return size_; }        // 0 if it isn't a regular file
+    // Memory for so many bytes may be reserved: 0 if it isn't a regular file, or is too large.
+    std::uint64_t size() const { return size_; }
 
   private:
     void test_size(std::uint64_t size);
