@@ -4,6 +4,7 @@
 #include "tests/support/sanitized.h"
 #include "tests/tool/tool_run.h"
 
+#include <filesystem>
 #include <sys/resource.h>
 
 using tool_test::cRun;
@@ -46,6 +47,17 @@ TEST_F(ToolMemory, the_tokens_of_a_long_string_need_less_than_three_times_its_si
     while (run_in(least, {"tokens", "small"}).status != 0) least += 2000;
     write("f", "\"" + times("0123456789", 1000000) + "\"");
     EXPECT_EQ(run_in(least + 3 * 10000, {"tokens", "f"}).status, 0);
+}
+
+TEST_F(ToolMemory, none_is_reserved_for_a_file_that_is_too_large) {
+    if (test::sanitized) return;
+    write("f", "");
+    std::filesystem::resize_file(path("f"), 5'000'000'000);
+    for (std::string const command : {"fmt", "to-json", "from-json"})
+        EXPECT_EQ(run_in(1'000'000, {command, "f"}),
+                  (cRun{2, "",
+                        "f: error: cannot read: the file is too large; the largest that can "
+                        "be read has 4294967294 bytes\n"}));
 }
 
 TEST_F(ToolMemory, too_little_memory_causes_one_message) {
