@@ -157,7 +157,7 @@ class Data : public QrvTest, public ::testing::WithParamInterface<std::string> {
     }
 
     // Checks that the text is read as an equal value, which is written the same again.
-    static void comes_back(objref const &value, std::string const &text) {
+    static void expect_stable(objref const &value, std::string const &text) {
         cNewTypes const types;
         std::string errors;
         objref const again = read(text, errors);
@@ -186,11 +186,11 @@ TEST_P(Data, is_read_and_written_as_in_its_files) {
     if (!out.empty()) {
         EXPECT_EQ(plain, out);
     }
-    if (GetParam().rfind("lossy", 0) != 0) comes_back(value, plain);
+    if (GetParam().rfind("lossy", 0) != 0) expect_stable(value, plain);
     cat::ExactText const guard;
     exact = write(value);
     EXPECT_EQ(guard.failed(), 0u);
-    comes_back(value, exact);
+    expect_stable(value, exact);
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, Data, ::testing::ValuesIn(cases()),

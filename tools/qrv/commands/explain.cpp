@@ -13,9 +13,9 @@
 #include "qrv/text/write/cwriter.h"
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
+#include "tools/qrv/output/diagnostic.h"
 #include "tools/qrv/output/escaped.h"
 #include "tools/qrv/reading/reading.h"
-#include "tools/qrv/rules/broken_rules.h"
 #include "tools/qrv/search/at_path.h"
 #include "tools/qrv/search/sharing.h"
 #include "tools/qrv/verify/attempt.h"
@@ -128,7 +128,7 @@ class cExplanation {
         if (entries.empty()) return;
         cat::SourceEntry const &entry =
             cObj::is_set(goal_.owner) ? entries.front() : entries.back();
-        line("place", shown(place_after({}, bytes_, entry.value.begin)));
+        line("place", line_and_column(place_after({}, bytes_, entry.value.begin)));
     }
 
     // An object keeps the rules of its creation, even if its type is declared again later.

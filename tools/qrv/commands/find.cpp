@@ -64,7 +64,7 @@ bool is_declaration(objref const &value) {
     return value->is_type() || dynamic_cast<cAttspec const *>(value.get());
 }
 
-bool is_plain(objref const &value) {
+bool is_plain_container(objref const &value) {
     return cObj::is_map(value) || cObj::is_vector(value) || cObj::is_set(value);
 }
 
@@ -166,11 +166,11 @@ class cSearch {
     // An object of a declared type accepts new values for its attributes.
     static bool takes_value(objref const &value) {
         bool takes = !is_constant(*value);
-        if (!is_plain(value)) return takes;
+        if (!is_plain_container(value)) return takes;
         for (cTree tree(value); takes && tree.next();) {
             objref const &part = tree.entry().node->valref();
             takes = !is_constant(*part) && !is_declaration(part);
-            if (is_plain(part)) tree.enter(part);
+            if (is_plain_container(part)) tree.enter(part);
         }
         return takes;
     }

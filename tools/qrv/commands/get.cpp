@@ -36,7 +36,7 @@ constexpr char const *help =
     "  qrv get --default 8 device.attr slots   prints 8 if there is no such key";
 
 // A whole number as text without exponent; empty for other numbers.
-std::optional<std::string> whole(double value) {
+std::optional<std::string> text_if_whole(double value) {
     if (std::trunc(value) != value || !std::isfinite(value)) return {};
     char text[400]; // the largest double has 309 digits
     auto const end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed).ptr;
@@ -51,7 +51,7 @@ std::string raw(objref const &value) {
     std::string text = cat::as_string(value);
     if (&type == &cat::type_float()) text.pop_back();
     std::optional<double> const number = number_of(value);
-    if (number && text.find('e') != text.npos) return whole(*number).value_or(text);
+    if (number && text.find('e') != text.npos) return text_if_whole(*number).value_or(text);
     return text;
 }
 

@@ -63,10 +63,10 @@ constexpr char const *help =
     "--force.";
 
 // Is this the error of assigning a constant or a choice type to itself?
-bool is_self_assignment(cSaid const &said) {
-    return said.kind == cat::ErrorKind::object_const ||
-           (said.kind == cat::ErrorKind::missing_method && said.names.name == "assign" &&
-            said.names.type == "choice");
+bool is_self_assignment(cAttemptError const &error) {
+    return error.kind == cat::ErrorKind::object_const ||
+           (error.kind == cat::ErrorKind::missing_method && error.names.name == "assign" &&
+            error.names.type == "choice");
 }
 
 // A value with the text from which it was read.
@@ -130,12 +130,11 @@ class cMerge {
     // choice type to itself fails, and that is harmless: test_types() has reported declarations
     // that differ.
     void test_failure(cAttempt const &attempt) {
-        bool harmless = !cObj::is_set(target_);
-        for (cSaid const &said : attempt.errors) {
-            if (is_self_assignment(said)) continue;
-            messages_.error(said.text, said.code);
-            harmless = false;
+        for (cAttemptError const &error : attempt.errors) {
+            if (is_self_assignment(error)) continue;
+            messages_.error(error.text, error.code);
         }
+        bool const harmless = !cObj::is_set(target_);
         if (!harmless && messages_.count() == 0) messages_.error("not all values could be merged");
     }
 
@@ -293,8 +292,7 @@ class cTypeWalk {
 
 std::string shown_place(std::string const &name, cText const &text, std::string const &path) {
     std::optional<cPlace> const place = place_of(path, text);
-    if (!place) return name + ", " + shortened(path);
-    return name + ":" + std::to_string(place->line) + ":" + std::to_string(place->column);
+    return place ? name + ":" + line_and_column(*place) : name + ", " + shortened(path);
 }
 
 // Reports types that both files declare differently. Both files were read into one set of types, in

@@ -123,8 +123,8 @@ class cAssignment {
             text = cat::as_text(statement_.value);
             return true;
         });
-        for (cSaid const &said : writing.errors)
-            refuse(statement_.value_place, said.text, "", said.code);
+        for (cAttemptError const &error : writing.errors)
+            refuse(statement_.value_place, error.text, "", error.code);
         return writing.errors.empty();
     }
 
@@ -151,7 +151,8 @@ class cAssignment {
         if (!before_ && !creates)
             return refuse(statement_.place, "nothing is there for " + statement_.operator_text,
                           "create a value first, with = or &=");
-        for (cSaid const &said : attempt.errors) refuse(statement_.place, said.text, "", said.code);
+        for (cAttemptError const &error : attempt.errors)
+            refuse(statement_.place, error.text, "", error.code);
         return explain(attempt.errors.empty());
     }
 
@@ -238,7 +239,7 @@ class cAssignment {
                 refuse_value("the sum is too large for " + kind_of(now_), "&= stores a double");
         } else if (!sum || !std::isfinite(*sum)) {
             refuse_value("the sum is too large for " + kind_of(now_), "&= stores a double");
-        } else if (!options_.convert && !takes(now_, given)) {
+        } else if (!options_.convert && !accepts(now_, given)) {
             refuse_value(shown(statement_.value) + " would be cut before it is added to " +
                              kind_of(now_),
                          "--convert allows it");

@@ -7,10 +7,11 @@
 #include "qrv/core/ctypes.h"
 #include "tools/qrv/commands/command.h"
 #include "tools/qrv/commands/shared.h"
+#include "tools/qrv/output/diagnostic.h"
 #include "tools/qrv/output/escaped.h"
 #include "tools/qrv/process/modules.h"
 #include "tools/qrv/reading/reading.h"
-#include "tools/qrv/rules/broken_rules.h"
+#include "tools/qrv/rules/source.h"
 #include "tools/qrv/verify/mismatch.h"
 
 #include <algorithm>
@@ -134,7 +135,7 @@ std::string text_of(cRows rows) {
 }
 
 std::string origin(cType const &type, std::string const &file) {
-    if (type.place) return escaped(file) + ":" + shown(*type.place);
+    if (type.place) return escaped(file) + ":" + line_and_column(*type.place);
     return type.module.empty() ? "built in" : "module " + escaped(type.module);
 }
 

@@ -17,11 +17,6 @@ constexpr char const *help =
     "Example:\n"
     "  vi +$(qrv where device.attr bus/baud | cut -d: -f1) device.attr";
 
-std::string position(std::string const &bytes, size_t offset) {
-    cPlace const place = place_after({}, bytes, offset);
-    return std::to_string(place.line) + ':' + std::to_string(place.column);
-}
-
 void locate(std::string const &path, std::string const &bytes, cMessages &messages, cReply &reply) {
     cat::SourceMap const map;
     cReading const reading = read_value(bytes, messages);
@@ -34,7 +29,7 @@ void locate(std::string const &path, std::string const &bytes, cMessages &messag
     if (entries.empty())
         return messages.error("the value at path '" + shortened(path) +
                               "' is a default, which is not written in the file");
-    reply.text = position(bytes, entries.back().value.begin) + "\n";
+    reply.text = line_and_column(place_after({}, bytes, entries.back().value.begin)) + "\n";
 }
 
 void add_arguments(cArguments &arguments, cQuestion &question) {

@@ -45,8 +45,8 @@ bool refuse(std::string const &path, std::string const &why, cMessages &messages
 bool attempt(std::string const &path, std::string const &reason, cMessages &messages,
              std::function<bool()> const &change) {
     cAttempt const made(change);
-    for (cSaid const &said : made.errors)
-        messages.error(shortened(path) + ": " + said.text, said.code);
+    for (cAttemptError const &error : made.errors)
+        messages.error(shortened(path) + ": " + error.text, error.code);
     if (made.done && made.errors.empty()) return true;
     return made.errors.empty() ? refuse(path, reason, messages) : false;
 }

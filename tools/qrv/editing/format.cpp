@@ -49,17 +49,17 @@ class cSecondReading {
         cReading const reading = read_value(text, ignored);
         if (!reading.clean) return;
         fingerprint_ = qrv::edit::fingerprint(reading.value);
-        comes_back_ = written(reading.value, "", false, ignored, room_for(text)) == text;
+        is_stable_ = written(reading.value, "", false, ignored, room_for(text)) == text;
     }
 
     std::string const &fingerprint() const { return fingerprint_; } // empty if it has errors
-    bool comes_back() const { return comes_back_; }
+    bool is_stable() const { return is_stable_; }
     cat::SourceMap const &map() const { return map_; }
 
   private:
     cat::SourceMap const map_;
     std::string fingerprint_;
-    bool comes_back_ = false;
+    bool is_stable_ = false;
 };
 
 } // namespace
@@ -76,7 +76,7 @@ void format(std::string const &bytes, cFormat const &how, cMessages &messages, c
     if (!anew.fingerprint.empty() && again.fingerprint() != anew.fingerprint)
         messages.error("the new text would not read as the same value: " +
                        what_differs(anew.fingerprint, again.fingerprint(), false));
-    reply.comes_back = again.comes_back();
+    reply.is_stable = again.is_stable();
     reply.status = messages.count() == 0 ? exit_done : exit_found;
     if (how.either && reply.status == exit_done && reply.text != bytes &&
         with_comments(!how.trailing_blanks) == bytes)

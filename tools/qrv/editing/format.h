@@ -13,6 +13,6 @@ struct cFormat {
 };
 
 // Reads the first value and returns the new text in the reply. Lost data is an error. Status
-// exit_failed means that there is no text. `comes_back` means that reading the text without the
+// exit_failed means that there is no text. `is_stable` means that reading the text without the
 // comments and writing it again produces the same bytes.
 void format(std::string const &bytes, cFormat const &how, cMessages &messages, cReply &reply);

@@ -124,13 +124,13 @@ void work(std::string const &name, cTask const &task, cReply &reply) {
                reply);
     } else if (task.way == cTask::spliced) {
         splice(reply.extra, task.change, messages, reply);
-        reply.comes_back = reply.status == exit_done;
+        reply.is_stable = reply.status == exit_done;
     } else {
         cReply const first = changed(reply.extra, task, messages);
         reply.messages = first.messages;
         if (first.status == exit_done) {
             reply.text = first.text;
-            reply.comes_back = verify(reply.text, first.fingerprint, task.options, messages);
+            reply.is_stable = verify(reply.text, first.fingerprint, task.options, messages);
             reply.status = messages.count() == 0 ? exit_done : exit_found;
         }
     }
@@ -198,7 +198,7 @@ int rewrite(std::string const &name, cWriteOptions const &options, cChange const
     if (reply.status == exit_failed) return exit_failed;
     // The plain writer's text may read as another value. That is reported, and no file is replaced.
     bool const plain_output = options.canonical && !options.in_place;
-    if (!plain_output && !reply.comes_back)
+    if (!plain_output && !reply.is_stable)
         return refuse(name, "the new text would change when it is read and written again");
     bool const only_printed = options.check || (options.diff && target.name().empty());
     if (only_printed || options.diff) {

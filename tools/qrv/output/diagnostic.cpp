@@ -9,12 +9,15 @@ namespace {
 
 std::string line_of(std::string const &file, cPlace place, cRole kind, std::string const &text) {
     std::string where = file;
-    if (place.line != 0)
-        where += ':' + std::to_string(place.line) + ':' + std::to_string(place.column);
+    if (place.line != 0) where += ':' + line_and_column(place);
     return message_line(where, kind, text);
 }
 
 } // namespace
+
+std::string line_and_column(cPlace place) {
+    return std::to_string(place.line) + ':' + std::to_string(place.column);
+}
 
 std::string code_of(cDiagnostic const &diagnostic) {
     if (diagnostic.code == 0) return "";

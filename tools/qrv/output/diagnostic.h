@@ -20,6 +20,8 @@ struct cPlace {
 
 constexpr cPlace no_place{0, 0};
 
+std::string line_and_column(cPlace place); // "3:5"
+
 struct cNote {
     cPlace place = no_place;
     std::string text = {};

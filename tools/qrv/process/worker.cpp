@@ -35,7 +35,7 @@ template <class Pipe> void fields(Pipe &pipe, cFindings &found) {
 
 template <class Pipe> void fields(Pipe &pipe, cReply &reply) {
     pipe(reply.status, reply.text, reply.found, reply.messages, reply.extra, reply.fingerprint,
-         reply.comes_back);
+         reply.is_stable);
 }
 
 template <class T>

@@ -14,7 +14,7 @@ struct cReply {
     std::string messages;     // more lines for descriptor 2
     std::string extra;        // a second text, if the work has one
     std::string fingerprint;  // of a value, if the work has one
-    bool comes_back = false;  // reading and writing `text` again produces the same text
+    bool is_stable = false;   // reading and writing `text` again produces the same text
 };
 
 // Runs the work on the file `name` and returns its reply. If the process crashes, the reply has an

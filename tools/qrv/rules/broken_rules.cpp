@@ -150,12 +150,8 @@ cTypeObj const *known_type(std::string const &name) {
 
 bool has_room(cat::ReadReport const &report) { return report.count() < report.limit(); }
 
-std::string shown(cPlace place) {
-    return std::to_string(place.line) + ":" + std::to_string(place.column);
-}
-
 std::string declared_at(std::optional<cPlace> place) {
-    return place ? ", declared at " + shown(*place) : "";
+    return place ? ", declared at " + line_and_column(*place) : "";
 }
 
 std::string known_types(std::string const &unknown) {

@@ -49,8 +49,7 @@ class cBrokenRules {
 bool has_room(cat::ReadReport const &report);        // for one more error
 cTypeObj const *known_type(std::string const &name); // the registered type; null if there is none
 
-// Parts of messages: ", declared at 3:5" or "", "3:5", "; did you mean 'x'?" or "".
+// Parts of messages: ", declared at 3:5" or "", "; did you mean 'x'?" or "".
 std::string declared_at(std::optional<cPlace> place);
-std::string shown(cPlace place);
 std::string known_types(std::string const &unknown);
 std::string known_keys(cTypeObj const &type, char const *member, std::string const &unknown);

@@ -82,7 +82,7 @@ char const *note_of(cWarning warning) {
 // Turns findings into messages.
 class cReporter {
   public:
-    struct cSaid {
+    struct cNoteAt {
         Span span; // no note if empty
         char const *text;
     };
@@ -112,7 +112,7 @@ class cReporter {
     void count(cDiagnostic::cSeverity severity) { messages_.add({.severity = severity}); }
 
     void add(cDiagnostic::cSeverity severity, cDoubtful const &finding, Span span,
-             std::string const &text, cSaid const &note) {
+             std::string const &text, cNoteAt const &note) {
         cDiagnostic diagnostic{.severity = severity,
                                .name = name_of(finding.warning),
                                .place = lines_.place(span.begin),
@@ -193,7 +193,7 @@ void add_warnings(std::string const &bytes, cat::SourceMap const &map, cWarningL
 void add_lost_by_writing(std::string const &bytes, cat::SourceMap const &map, cMessages &messages) {
     cReporter reporter(bytes, messages);
     auto const add = [&](cDoubtful const &finding, Span span, std::string const &text,
-                         cReporter::cSaid const &note) {
+                         cReporter::cNoteAt const &note) {
         if (reporter.has_room(cDiagnostic::error))
             reporter.add(cDiagnostic::error, finding, span, text, note);
         else

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-struct cSaid {
+struct cAttemptError {
     std::string text;
     unsigned code;
     cat::ErrorKind kind;
@@ -19,7 +19,7 @@ struct cSaid {
 // Runs a change. Stores its return value and the errors that it raises, which are not printed.
 struct cAttempt {
     bool done = false;
-    std::vector<cSaid> errors;
+    std::vector<cAttemptError> errors;
 
     explicit cAttempt(std::function<bool()> const &change) {
         cRaisedErrors const raised([this](cErr const &error) {

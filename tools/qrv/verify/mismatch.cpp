@@ -61,7 +61,7 @@ bool reads_as(objref const &stored, objref const &given) {
 }
 
 // The whole text as a number; empty if it isn't one or is too large.
-std::optional<std::int64_t> whole(std::string const &text, int base) {
+std::optional<std::int64_t> parsed(std::string const &text, int base) {
     char const *const first = text.data() + (text[0] == '+' ? 1 : 0);
     char const *const end = text.data() + text.size();
     std::int64_t number = 0;
@@ -71,7 +71,7 @@ std::optional<std::int64_t> whole(std::string const &text, int base) {
 }
 
 // Does converting the stored value to the type of the given one result in the given value?
-bool comes_back(objref const &stored, objref const &given) {
+bool converts_back(objref const &stored, objref const &given) {
     objref const back = given->clone();
     bool same = false;
     cAttempt const ignored([&] {
@@ -116,7 +116,7 @@ class cComparison {
 
     void compare_types(objref const &stored, objref const &given) {
         if (is_constant(*stored)) return add_constant(stored);
-        if (!stored->is_container() && (comes_back(stored, given) || reads_as(stored, given)))
+        if (!stored->is_container() && (converts_back(stored, given) || reads_as(stored, given)))
             return;
         if (is_formatted(stored) && &given->type() == &cat::type_string())
             if (std::optional<int> const number = misread(cat::as_string(given)))
@@ -184,13 +184,13 @@ std::optional<int> misread(std::string const &text) {
     cIntFormat read(number, cIntFormat::fmtDec);
     if (!read.set_str(text.c_str())) return std::nullopt;
     bool same = true;
-    if (read.format() == cIntFormat::fmtDec) same = whole(trimmed, 10) == number;
+    if (read.format() == cIntFormat::fmtDec) same = parsed(trimmed, 10) == number;
     if (read.format() == cIntFormat::fmtOct)
-        same = whole(trimmed, 8) == static_cast<std::uint32_t>(number);
+        same = parsed(trimmed, 8) == static_cast<std::uint32_t>(number);
     return same ? std::nullopt : std::optional(number);
 }
 
-bool takes(objref const &target, double number) {
+bool accepts(objref const &target, double number) {
     objref const given = cat::of(number), trial = target->clone();
     return cObj::is_good(trial) && trial->assign(given) && same_number(trial, given);
 }

@@ -44,7 +44,7 @@ constexpr char const *formatted_numbers =
     "intf accepts 12, 0x1F, 017 or b0101, in one word of up to 32 bits";
 
 // Can a value of the target's type store this number unchanged?
-bool takes(objref const &target, double number);
+bool accepts(objref const &target, double number);
 
 // The written form on one line, short enough for a message.
 std::string shown(objref const &value);
