@@ -343,12 +343,3 @@ TEST(WhiteSpace, rmchar_removes_every_occurrence) {
     EXPECT_EQ(without("", 'x'), "");
     EXPECT_EQ(without("xxx", 'x'), "");
 }
-
-TEST(WhiteSpace, white_space_functions_take_linear_time) {
-    std::string blanks(5000000, ' '), mixed;
-    for (int i = 0; i < 2000000; ++i) mixed += "a  ";
-    EXPECT_EQ(left(blanks + "a"), "a");
-    EXPECT_EQ(right("a" + blanks), "a");
-    EXPECT_EQ(normal(mixed).size(), 3999999u + 8);
-    EXPECT_EQ(without(mixed, ' ').size(), 2000000u);
-}
