@@ -3,8 +3,8 @@
 // set, it tests every token of the examples and some tokens of 2,000 generated files, otherwise far
 // fewer.
 
+#include "tests/mutation/changed_tokens.h"
 #include "tests/mutation/generated.h"
-#include "tests/mutation/spoilt.h"
 #include "tests/support/paths.h"
 #include "tools/qrv/output/lines.h"
 #include "tools/qrv/reading/reading.h"
@@ -177,7 +177,7 @@ class Positions : public testing::Test {
                       << (changed.size() < 700 ? changed : "") << "\n";
     }
 
-    void spoil(std::string const &text, size_t step) {
+    void change_tokens(std::string const &text, size_t step) {
         std::vector<cToken> const tokens = mutation_test::tokens_of(text);
         for (size_t i = chance_() % step; i < tokens.size(); i += 1 + chance_() % (2 * step - 1)) {
             static std::vector<std::string> const words{"(", ")", "{", "}", "[", "]", "=",  ";",
@@ -222,13 +222,13 @@ TEST_F(Positions, errors_of_the_examples_are_reported_near_the_change) {
         std::ifstream is(path, std::ios::binary);
         std::string const text{std::istreambuf_iterator<char>(is),
                                std::istreambuf_iterator<char>()};
-        spoil(text, is_thorough() ? 1 : text.size() / 80 + 1);
+        change_tokens(text, is_thorough() ? 1 : text.size() / 80 + 1);
     }
 }
 
 TEST_F(Positions, errors_of_generated_files_are_reported_near_the_change) {
     for (int i = 0; i < (is_thorough() ? 2000 : 15); ++i)
-        spoil(mutation_test::generated_file(chance_), 40);
+        change_tokens(mutation_test::generated_file(chance_), 40);
 }
 
 } // namespace
