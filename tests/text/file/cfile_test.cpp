@@ -133,7 +133,7 @@ TEST_F(File, reports_a_file_that_cannot_be_opened_for_writing) {
 namespace {
 bool throwing_write(cObj &, objref &) { throw 5; }
 // Writes something, then sets the stream's state to bad.
-bool spoiling_write(cObj &, objref &stream) {
+bool failing_write(cObj &, objref &stream) {
     std::ostream &os = *dynamic_cast<cOutHolder const &>(*stream).valptr();
     os << "half";
     os.setstate(std::ios::badbit);
@@ -153,7 +153,7 @@ TEST_F(File, preserves_the_old_file_when_writing_the_object_throws) {
 TEST_F(File, preserves_the_old_file_when_the_text_cannot_be_created) {
     std::string const name = make("old");
     objref const number = read("2");
-    number->set_omember("write", ::make<cExeMember>(spoiling_write));
+    number->set_omember("write", ::make<cExeMember>(failing_write));
     EXPECT_FALSE(write2file(*number, name.c_str(), true));
     EXPECT_EQ(bytes_of(name), "old");
     EXPECT_EQ(folder_.names(), "in.attr");
