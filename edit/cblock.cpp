@@ -1,3 +1,6 @@
+// The blocks of the new text. A block that keeps its entries and comments is copied, except for
+// changed keys and values. BlockWriter writes every other block entry by entry.
+
 #include "edit/cnewtext.h"
 
 #include <algorithm>

@@ -2,7 +2,9 @@
 // hold for every input:
 //   - no crash, no finding of the sanitizers; exceptions only if the handler throws errors;
 //   - afterwards reader and writer are idle, and no counted object remains;
-//   - after setattrp has stored a value at a path, getattrp of this path returns a good value;
+//   - after setattrp has stored a value at a path, getattrp of this path returns a good value, and
+//     an equal one if there was none before. (Assigning to an existing value converts. A set that
+//     has an equal value does not store it again.)
 //   - the tree can be written;
 //   - if writing omitted no value and the tree has no declared types, the written text can be read
 //     without an error, and writing that result gives the same text. (Assigning to a value of a set
@@ -13,8 +15,10 @@
 // value, and the tree.
 #include "fuzz/fuzz_support.h"
 #include "qrv/containers/cmapobj.h"
+#include "qrv/containers/csetobj.h"
 #include "qrv/core/ceros.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/text/write/cwriter.h"
 
 #include <cstddef>
 
@@ -37,6 +41,18 @@ bool holds_set(objref const &value) {
     return false;
 }
 
+// Whether a set in the tree has an equal value. Such a set does not store the value again.
+bool is_in_a_set(cObj const &tree, objref const &value) {
+    auto const *const map = dynamic_cast<cMapObj const *>(&tree);
+    if (!map) return false;
+    cAttrHash const &hash = map->datamap();
+    if (dynamic_cast<cSetObj const *>(&tree) && hash.findvalue(value)) return true;
+    cAttrNode const *node = hash.first();
+    for (; node; node = hash.next(node))
+        if (node->valref() && is_in_a_set(*node->valref(), value)) return true;
+    return false;
+}
+
 // Whether the value is or contains a declaration, or a value of a declared type. Statements can put
 // a value before the declaration of its type, or declare a name twice. Text cannot represent to
 // which declaration such a value belongs.
@@ -54,10 +70,16 @@ bool holds_declared(objref const &value) {
 bool set_value(cObj &tree, std::string const &text, unsigned choice) {
     objref const value =
         (choice & container) ? fuzz::read_text("{p = 1; q = [2]}", false).value : cat::of(5);
+    bool const is_checked = text.find_first_of("=+<&;,") == std::string::npos && !(choice & throws);
+    bool const is_new = is_checked && !cObj::is_good(tree.getattrp(text));
     bool const stored = tree.setattrp(text, value, (choice & force) != 0);
-    bool const is_path = text.find_first_of("=+<&;,") == std::string::npos;
-    if (stored && is_path && !(choice & throws) && !cObj::is_good(tree.getattrp(text)))
-        fuzz::stop("a value was stored but is missing", text, "");
+    if (!stored || !is_checked) return stored;
+    objref const found = tree.getattrp(text);
+    if (!cObj::is_good(found)) {
+        if (!is_in_a_set(tree, value)) fuzz::stop("a value was stored but is missing", text, "");
+    } else if (is_new && !found->equal(value)) {
+        fuzz::stop("another value was stored", text, cat::as_text(found));
+    }
     return stored;
 }
 

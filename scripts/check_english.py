@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Finds phrases that a reader has to read twice, and names the usual words for them.
 
-It looks at comments, pages (*.md), names of tests, and the strings of the library and the tools. These are exempt:
+It looks at comments, pages (*.md), the strings of the library and the tools, names of tests, and in the tests at
+the strings after <<, which are messages; their other strings are mostly data. These are exempt:
   - the texts of diagnostics/cerr_codes.h, and those in scripts/fixed_texts.txt, one on a line, wherever they occur:
     programs that exist depend on these bytes;
   - fenced blocks of pages, which are commands and their output;
@@ -45,7 +46,9 @@ PHRASES = [(re.compile(rf"\b(?:{phrase})\b", re.IGNORECASE), better) for phrase,
 
 MARKS = {".h": "//", ".cpp": "//", ".py": "#", ".sh": "#", ".cmake": "#", ".txt": "#", "": "#"}
 STRING = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
-TEST = re.compile(r"^\s*TEST(?:_F|_P)?\(\w+, *(\w+)\)")
+TEST = re.compile(r"^[ \t]*(?:TYPED_)?TEST(?:_F|_P)?\(\w+,\s*(\w+)\)|^[ \t]*def test_(\w+)\(", re.MULTILINE)
+# Adjacent string literals, and the << before them if there is one.
+MESSAGE = re.compile(r"""'\\?"'|(<<\s*)?((?:"(?:[^"\\\n]|\\.)*"\s*)+)""")
 
 
 class Text:
@@ -123,13 +126,32 @@ def page_lines(lines):
             yield number, line
 
 
+def code_of(lines, mark):
+    """The lines without their comments, as one string."""
+    remarks = ((line, cut_code(line, mark)) for line in lines)
+    return "\n".join(line if remark is None else line[:len(line) - len(remark)] for line, remark in remarks)
+
+
 def strings(lines, mark):
     """The string literals of a source, each as a text with its line."""
-    for number, line in enumerate(lines, 1):
-        comment = cut_code(line, mark)
-        code = line if comment is None else line[:len(line) - len(comment)]
-        for found in STRING.finditer(code):
+    for number, line in enumerate(code_of(lines, mark).split("\n"), 1):
+        for found in STRING.finditer(line):
             yield number, found[1]
+
+
+def names_of_tests(lines):
+    source = "\n".join(lines)
+    for found in TEST.finditer(source):
+        name = found[1] or found[2]
+        yield source.count("\n", 0, found.end()) + 1, name.replace("_", " ")
+
+
+def messages(lines):
+    source = code_of(lines, "//")
+    for found in MESSAGE.finditer(source):
+        if found[1]:
+            literals = STRING.findall(found[2])
+            yield source.count("\n", 0, found.start(2)) + 1, "".join(literals)
 
 
 def texts_of(name, lines):
@@ -145,18 +167,16 @@ def texts_of(name, lines):
         yield from paragraphs(docstrings(lines), lambda line: not line.strip())
     if suffix in (".h", ".cpp"):
         yield from paragraphs(block_comments(lines), lambda line: not line.strip())
-    if name.startswith("tests/") and suffix == ".cpp":
-        for number, line in enumerate(lines, 1):
-            found = TEST.match(line)
-            if found:
-                text = Text()
-                text.add(number, found[1].replace("_", " "))
-                yield text
+    in_code = []
+    if name.startswith("tests/") and suffix in (".cpp", ".py"):
+        in_code += names_of_tests(lines)
+        in_code += messages(lines) if suffix == ".cpp" else ()
     elif suffix in (".h", ".cpp") and not name.startswith("bench/") or name == "dev":
-        for number, literal in strings(lines, mark):
-            text = Text()
-            text.add(number, literal)
-            yield text
+        in_code += strings(lines, mark)
+    for number, line in in_code:
+        text = Text()
+        text.add(number, line)
+        yield text
 
 
 def fixed_texts(root):

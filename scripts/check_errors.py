@@ -17,7 +17,7 @@ import sys
 LIST = "diagnostics/cerr_codes.h"
 PAGE = "docs/errors.md"
 KINDS = "include/qrv/diagnostics/cerrkind.h"
-LIBRARY = ["base", "diagnostics", "core", "containers", "text", "modules", "util", "start"]
+LIBRARY = ["base", "diagnostics", "core", "containers", "text", "modules", "util", "edit", "value", "start"]
 PROGRAMS = ["tools"]
 # The prefix of a message, without the position and the path in a file.
 HEADS = {

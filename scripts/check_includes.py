@@ -8,8 +8,8 @@ to core. Files of one folder may include each other. Beyond that:
   - only base/platform/ includes headers of the operating system; other folders include only those
     of the standard library;
   - public headers include public headers, qrv/qrv.h all of them, and all included files exist;
-  - the tools include public headers and their own; the folders of tools/qrv, its rooms, are layers too,
-    and main.cpp is above them.
+  - the tools include public headers and their own; the folders of tools/qrv are layers too, and
+    main.cpp is above them.
 Usage: check_includes.py [ROOT]. Silent and 0 on success, else one line for each mistake and 1.
 """
 import pathlib
@@ -37,8 +37,8 @@ LAYERS = [
     "value",
     "start",
 ]
-# The rooms of tools/qrv, low to high.
-ROOMS = ["output", "process", "verify", "rules", "reading", "search", "json", "editing", "commands"]
+# The folders of tools/qrv, low to high.
+TOOL_FOLDERS = ["output", "process", "verify", "rules", "reading", "search", "json", "editing", "commands"]
 FOLDERS = sorted({layer.split("/")[0] for layer in LAYERS if layer})
 STANDARD = set("""
 algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono
@@ -137,20 +137,20 @@ def check_all_header(root):
                 yield f'include/qrv/qrv.h: "{name}" is missing'
 
 
-def room(path):
-    """The number of the room of a file of tools/qrv; None for a file elsewhere."""
+def tool_folder(path):
+    """The number of the folder of a file of tools/qrv; None for a file elsewhere."""
     folders = path.split("/")
     if folders[:2] != ["tools", "qrv"]:
         return None
-    return ROOMS.index(folders[2]) if folders[2] in ROOMS else len(ROOMS)
+    return TOOL_FOLDERS.index(folders[2]) if folders[2] in TOOL_FOLDERS else len(TOOL_FOLDERS)
 
 
-def judge_room(name, header):
+def judge_tool(name, header):
     """What is wrong with `#include "header"` in the file `name` of a tool, or nothing."""
-    own, other = room(name), room(header)
+    own, other = tool_folder(name), tool_folder(header)
     if own is None or other is None or other <= own:
         return None
-    return f'"{header}" is in a higher room: {[*ROOMS, "main.cpp"][other]} above {ROOMS[own]}'
+    return f'"{header}" is in a higher folder: {[*TOOL_FOLDERS, "main.cpp"][other]} above {TOOL_FOLDERS[own]}'
 
 
 def check_tools(root):
@@ -158,12 +158,12 @@ def check_tools(root):
         if file.suffix not in (".h", ".cpp"):
             continue
         name = str(file.relative_to(root))
-        if room(name) == len(ROOMS) and name != "tools/qrv/main.cpp":
-            yield f"{name}: its folder is not a room; scripts/check_includes.py lists them"
+        if tool_folder(name) == len(TOOL_FOLDERS) and name != "tools/qrv/main.cpp":
+            yield f"{name}: its folder is not a layer; scripts/check_includes.py lists them"
         for line, kind, header in includes(file):
             if kind == '"' and not header.startswith(("qrv/", "tools/")) and not (file.parent / header).is_file():
                 yield f'{name}:{line}: tools use public headers only, not "{header}"'
-            elif kind == '"' and (wrong := judge_room(name, header)):
+            elif kind == '"' and (wrong := judge_tool(name, header)):
                 yield f"{name}:{line}: {wrong}"
 
 

@@ -397,7 +397,7 @@ TEST_F(ChoiceChange, the_old_choices_may_fire_the_signal_when_they_are_destroyed
     mapref map = map_of({"a", "b"});
     typeref const type = choice_type("Letter", map);
     cTypeObj *const borrowed = type.get();
-    map->set_omember("will", make<cLastWill>([borrowed] { borrowed->changed(); }));
+    map->set_omember("will", make<cOnDestroy>([borrowed] { borrowed->changed(); }));
     map = nullptr;
     valueref const value = value_at(type, "b");
     set_choices(type, map_of({"x", "b"}));

@@ -105,7 +105,7 @@ using cOperation = bool (*)(cMapObj &holder, objref const &other);
 template <class T> void let_go_in(cOperation operation) {
     cRef<T> owner = make<T>();
     T &holder = *owner;
-    holder.datamap().vect_append(last_will([&owner] { owner = nullptr; }));
+    holder.datamap().vect_append(on_destroy([&owner] { owner = nullptr; }));
     for (int i = 1; i < 4; ++i) holder.datamap().vect_append(of(i));
     vectorref const other = vector({5, 6, 7, 8, 9});
     (void)operation(holder, other);
@@ -154,7 +154,7 @@ TEST_F(Reentry, a_value_may_release_the_last_owner) {
 template <class T> void change_in(cOperation operation, bool fill) {
     cRef<T> const holder = make<T>();
     cAttrHash &hash = holder->datamap();
-    hash.vect_append(last_will([&hash, fill] {
+    hash.vect_append(on_destroy([&hash, fill] {
         if (!fill) return hash.clear();
         for (int i = 0; i < 100; ++i) hash.vect_insert(0, of(i));
     }));

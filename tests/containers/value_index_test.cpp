@@ -127,11 +127,11 @@ TEST_F(ValueIndex, objects_of_a_derived_type_are_not_plain) {
     EXPECT_EQ(index.find(*value), hash.find(0));
 }
 
-TEST_F(ValueIndex, searches_for_two_hundred_thousand_new_values_take_constant_time) {
+TEST_F(ValueIndex, finds_two_hundred_thousand_values_only_after_they_were_appended) {
     for (int i = 0; i < 200000; ++i) {
         objref const value = cat::of(i);
         ASSERT_EQ(index.find(*value), nullptr);
         hash.vect_append(value);
+        ASSERT_EQ(index.find(*value), hash.last());
     }
-    EXPECT_EQ(index.find(*cat::of(199999)), hash.last());
 }

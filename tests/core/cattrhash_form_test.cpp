@@ -256,7 +256,7 @@ TEST_F(HashForm, a_destructor_finds_the_hash_without_this_entry_and_those_before
     std::string seen;
     auto *const map = new cAttrHash(nullptr);
     for (int i = 0; i < 5; ++i) map->mapitem("a" + std::to_string(i), cat::of(i));
-    map->mapitem("will", last_will([&] {
+    map->mapitem("will", on_destroy([&] {
                      seen = ring(*map) + std::to_string(map->used()) +
                             (map->find("a4") ? " a4" : "") + (map->find("b3") ? " b3" : "") +
                             (map->broken_rule(true).empty() ? " sound" : "");
@@ -276,7 +276,7 @@ TEST_F(HashForm, a_destructor_in_an_inner_hash_finds_the_outer_hash_in_order) {
     hash_of_outer.mapitem("first", cat::of(1));
     objref inner = make<cMapObj>();
     static_cast<cMapObj &>(*inner).datamap().mapitem("x", cat::of(1));
-    static_cast<cMapObj &>(*inner).datamap().mapitem("will", last_will([&] {
+    static_cast<cMapObj &>(*inner).datamap().mapitem("will", on_destroy([&] {
                                                          seen =
                                                              ring(hash_of_outer) +
                                                              std::to_string(hash_of_outer.used()) +
@@ -298,7 +298,7 @@ TEST_F(HashForm, a_hash_that_is_destroyed_returns_its_greatest_key_until_its_rem
     objref const before = cat::type_int().tmember("assign");
     int next = 0;
     auto *const map = new cAttrHash(nullptr);
-    map->mapitem(own_key(7), last_will([&] { next = map->after_last_index(); }));
+    map->mapitem(own_key(7), on_destroy([&] { next = map->after_last_index(); }));
     for (int key : {9, 3}) map->mapitem(own_key(key), cat::of(key));
     cat::type_int().set_tmember("assign", make<cExeMember>(count));
     delete map;
@@ -310,7 +310,7 @@ TEST_F(HashForm, a_hash_that_is_destroyed_returns_its_greatest_key_until_its_rem
 TEST_F(HashForm, entries_stored_while_a_hash_is_destroyed_are_released_too) {
     objref const kept = cat::of(7);
     auto *const map = new cAttrHash(nullptr);
-    map->mapitem("will", last_will([&] {
+    map->mapitem("will", on_destroy([&] {
                      for (int i = 0; i < 100; ++i) map->mapitem("late" + std::to_string(i), kept);
                  }));
     delete map;
@@ -335,7 +335,7 @@ TEST_F(HashForm, members_with_destructors_are_released_in_order) {
     auto *const map = new cAttrHash(nullptr);
     for (char const *key : {"a", "b", "c"}) {
         objref const value = cat::of(1);
-        value->set_omember("w", last_will([&seen, map, key] { seen += key + ring(*map) + ";"; }));
+        value->set_omember("w", on_destroy([&seen, map, key] { seen += key + ring(*map) + ";"; }));
         map->mapitem(key, value);
     }
     delete map;

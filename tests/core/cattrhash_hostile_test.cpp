@@ -49,7 +49,7 @@ TEST_F(HashHostile, a_key_may_belong_to_the_removed_node) {
 
 TEST_F(HashHostile, a_destroyed_value_may_remove_other_keys) {
     fill({"a", "b", "c", "d"});
-    hash.mapitem("b", last_will([this] {
+    hash.mapitem("b", on_destroy([this] {
                      hash.delitem("a");
                      hash.delitem("c");
                      hash.mapitem("x", cat::of(9));
@@ -61,14 +61,14 @@ TEST_F(HashHostile, a_destroyed_value_may_remove_other_keys) {
 
 TEST_F(HashHostile, erase_returns_null_if_the_following_node_was_removed_too) {
     fill({"a", "b", "c"});
-    hash.mapitem("a", last_will([this] { hash.delitem("b"); }));
+    hash.mapitem("a", on_destroy([this] { hash.delitem("b"); }));
     EXPECT_EQ(hash.erase(cat::of("a")), nullptr);
     EXPECT_EQ(ring(hash), "c=3 ");
 }
 
 TEST_F(HashHostile, a_replaced_value_may_remove_its_own_key) {
     fill({"a", "b"});
-    auto const will = [this] { return last_will([this] { hash.delitem("a"); }); };
+    auto const will = [this] { return on_destroy([this] { hash.delitem("a"); }); };
     hash.mapitem("a", will());
     EXPECT_TRUE(hash.mapitem("a", cat::of(1)));
     EXPECT_EQ(ring(hash), "b=2 ");
@@ -87,15 +87,15 @@ TEST_F(HashHostile, a_replaced_value_may_remove_its_own_key) {
 TEST_F(HashHostile, clear_continues_until_nothing_is_left) {
     int rounds = 3;
     std::function<void()> again = [&] {
-        if (rounds-- > 0) hash.mapitem(cat::of(rounds), last_will(again));
+        if (rounds-- > 0) hash.mapitem(cat::of(rounds), on_destroy(again));
     };
     fill({"a", "b"});
-    hash.mapitem("a", last_will(again));
+    hash.mapitem("a", on_destroy(again));
     hash.clear();
     EXPECT_TRUE(hash.empty());
     EXPECT_EQ(rounds, -1);
     fill({"a", "b", "c"});
-    hash.mapitem("a", last_will([this] { hash.clear(); }));
+    hash.mapitem("a", on_destroy([this] { hash.clear(); }));
     hash.clear();
     EXPECT_TRUE(hash.empty());
     sound();
@@ -105,7 +105,7 @@ TEST_F(HashHostile, a_hash_may_lose_its_last_owner_during_each_operation) {
     for (int operation = 0; operation < 6; ++operation) {
         hashref owner = make<cAttrHash>(nullptr);
         cAttrHash &mine = *owner;
-        mine.mapitem("a", last_will([&owner] { owner = nullptr; }));
+        mine.mapitem("a", on_destroy([&owner] { owner = nullptr; }));
         mine.mapitem("b", cat::of(1));
         switch (operation) {
         case 0:
@@ -135,7 +135,7 @@ TEST_F(HashHostile, a_hash_that_is_shared_while_it_is_destroyed_is_destroyed_onc
     hashref owner = make<cAttrHash>(nullptr);
     cAttrHash *const mine = owner.get();
     int calls = 0;
-    owner->mapitem("a", last_will([mine, &calls] {
+    owner->mapitem("a", on_destroy([mine, &calls] {
                        hashref const again = hashref::share(mine);
                        again->delitem("b");
                        mine->clear();

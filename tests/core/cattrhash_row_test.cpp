@@ -89,7 +89,7 @@ TEST_F(HashRow, the_row_has_detached_values) {
 TEST_F(HashRow, a_read_while_an_old_value_is_destroyed_finds_the_new_one) {
     make_values();
     cObj *seen = nullptr;
-    hash.setitem(cat::of(5), last_will([&] { seen = hash.valueof(5); }));
+    hash.setitem(cat::of(5), on_destroy([&] { seen = hash.valueof(5); }));
     objref const value = cat::of("new");
     hash.setitem(cat::of(5), value);
     EXPECT_EQ(seen, value.get());
@@ -100,7 +100,7 @@ TEST_F(HashRow, a_read_while_the_hash_is_destroyed_finds_the_remaining_values) {
     {
         auto const freed = make<cAttrHash>(nullptr);
         for (int i = 0; i < many; ++i)
-            freed->vect_append(i == 20 ? last_will([&, h = freed.get()] {
+            freed->vect_append(i == 20 ? on_destroy([&, h = freed.get()] {
                 seen = std::to_string(h->valueof(19) != nullptr) +
                        std::to_string(h->valueof(20) != nullptr) +
                        short_text(objref::share(h->valueof(21)));

@@ -228,7 +228,7 @@ TEST_F(VectorMode, aliased_values_survive_moves) {
 
 TEST_F(VectorMode, a_value_may_clear_the_hash_while_values_move) {
     append({10, 11});
-    hash.vect_insert(0, last_will([this] { hash.clear(); }));
+    hash.vect_insert(0, on_destroy([this] { hash.clear(); }));
     EXPECT_TRUE(hash.vect_erase(0));
     EXPECT_TRUE(hash.empty());
     EXPECT_EQ(hash.broken_rule(true), "");

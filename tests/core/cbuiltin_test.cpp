@@ -68,7 +68,7 @@ TEST_F(Builtin, an_object_loses_its_derived_class_in_the_destructor) {
     objref map = make<cMapObj>();
     cObj *const address = map.get();
     bool is_map = true;
-    map->setattr(cat::of("a"), last_will([&] { is_map = cat::as_map(address) != nullptr; }));
+    map->setattr(cat::of("a"), on_destroy([&] { is_map = cat::as_map(address) != nullptr; }));
     map = nullptr;
     EXPECT_FALSE(is_map);
 }
@@ -77,7 +77,7 @@ TEST_F(Builtin, the_own_members_of_a_value_that_is_destroyed_do_not_find_it) {
     objref text = cat::of("a");
     cObj *const address = text.get();
     bool has_value = true;
-    text->set_omember("w", last_will([&] { has_value = cat::value_in<std::string>(address); }));
+    text->set_omember("w", on_destroy([&] { has_value = cat::value_in<std::string>(address); }));
     text = nullptr;
     EXPECT_FALSE(has_value);
 }

@@ -92,18 +92,18 @@ inline std::string ring_backwards(cAttrHash const &hash) {
 }
 
 // A value that runs a function when it is destroyed.
-class cLastWill : public cObj {
+class cOnDestroy : public cObj {
   public:
-    explicit cLastWill(std::function<void()> action) : action_(std::move(action)) {}
-    cLastWill(cLastWill const &) = delete;
-    cLastWill &operator=(cLastWill const &) = delete;
-    ~cLastWill() override { action_(); }
+    explicit cOnDestroy(std::function<void()> action) : action_(std::move(action)) {}
+    cOnDestroy(cOnDestroy const &) = delete;
+    cOnDestroy &operator=(cOnDestroy const &) = delete;
+    ~cOnDestroy() override { action_(); }
 
   private:
     std::function<void()> action_;
 };
-inline objref last_will(std::function<void()> action) {
-    return objref::adopt(new cLastWill(std::move(action)));
+inline objref on_destroy(std::function<void()> action) {
+    return objref::adopt(new cOnDestroy(std::move(action)));
 }
 
 // Keys that all collide. Their hooks count their calls, and run a function of the test once.

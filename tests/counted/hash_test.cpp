@@ -1,8 +1,10 @@
-// Calls of the functions that hash the characters of a key. The linker replaces them in all other
-// sources by those below (--wrap).
+// Calls of the functions that hash the characters of a key or a value. The linker replaces them in
+// all other sources by those below (--wrap).
 #include "tests/counted/counted.h"
 #include "tests/support/fixture.h"
 
+#include "containers/value_index.h"
+#include "qrv/containers/csetobj.h"
 #include "qrv/core/cattrhash.h"
 #include "qrv/core/cobjd.h"
 
@@ -60,6 +62,66 @@ TEST_F(CountedHash, reading_hashes_each_key_once) {
     auto const keys = static_cast<unsigned long long>(std::ranges::count(text, '='));
     counted::read(text);
     EXPECT_EQ(hashed_by([&] { counted::read(text); }), keys);
+}
+
+TEST_F(CountedHash, the_index_of_values_hashes_once_for_a_search_and_once_for_a_new_node) {
+    cAttrHash hash(nullptr);
+    cValueIndex index(hash);
+    hash.vect_append(cat::of("first"));
+    ASSERT_EQ(index.find(*cat::of("first")), hash.first());
+    auto const count = hashed_by([&] {
+        for (int i = 0; i < 1000; ++i) {
+            hash.vect_append(cat::of("value" + std::to_string(i)));
+            ASSERT_EQ(index.find(hash.last()->value()), hash.last());
+        }
+    });
+    EXPECT_EQ(count, 2000u);
+}
+
+class CountedSet : public CountedHash {
+  protected:
+    CountedSet() { append_from(0); }
+
+    bool append(int i) { return set.append(cat::of("value" + std::to_string(i))); }
+    void append_from(int first) {
+        for (int i = first; i < first + 1000; ++i) ASSERT_TRUE(append(i));
+    }
+
+    cSetObj set;
+};
+
+TEST_F(CountedSet, a_refused_value_is_hashed_once) {
+    EXPECT_EQ(hashed_by([&] {
+                  for (int i = 0; i < 1000; ++i) ASSERT_FALSE(append(i));
+              }),
+              1000u);
+}
+
+TEST_F(CountedSet, an_append_hashes_two_to_four_times) { // the checks of this build hash, too
+    auto const count = hashed_by([&] { append_from(1000); });
+    EXPECT_GE(count, 2000u);
+    EXPECT_LE(count, 4000u);
+}
+
+TEST_F(CountedSet, a_changed_value_is_hashed_three_times_and_a_searched_one_once) {
+    auto const count = hashed_by([&] {
+        for (int i = 1; i < 1000; ++i) {
+            ASSERT_TRUE(set.getattr(cat::of(i))->add(cat::of("x")));
+            ASSERT_FALSE(append(0));
+        }
+    });
+    EXPECT_EQ(count, 4 * 999u); // twice before the change, once after it, and for the search
+}
+
+TEST_F(CountedSet, a_removal_and_an_append_hash_at_most_five_times) {
+    auto const count = hashed_by([&] {
+        for (int i = 0; i < 1000; ++i) {
+            ASSERT_TRUE(set.setattr(cat::of(set.size() - 1), nullptr));
+            ASSERT_TRUE(append(1000 + i));
+        }
+    });
+    EXPECT_GE(count, 3000u);
+    EXPECT_LE(count, 5000u);
 }
 
 #endif

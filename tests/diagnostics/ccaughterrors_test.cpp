@@ -239,7 +239,7 @@ TEST_F(CaughtErrors, a_guard_created_while_text_is_read_catches_the_errors_until
     inside = nullptr;
     cat::typemap().datamap().delitem("guarded");
     EXPECT_FALSE(cat::errhandler().isblocked());
-    messages();
+    EXPECT_EQ(messages(), "");
 }
 
 TEST_F(CaughtErrors, errors_of_user_code_are_caught_even_if_it_changes_the_handler) {

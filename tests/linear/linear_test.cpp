@@ -1,11 +1,12 @@
-// Large trees, in the release build: reading, writing, copying and destroying each take under five
-// seconds of processor time, and the process never uses 1 GiB of memory. At these sizes, work that
-// grows faster than the size would take minutes.
+// Large inputs, in the release build: reading, writing, copying and destroying a tree, and removing
+// white space, each take under five seconds of processor time, and the process never uses 1 GiB of
+// memory. At these sizes, work that grows faster than the size would take minutes.
 #include "tests/support/fixture.h"
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
 #include "qrv/core/cobjd.h"
+#include "qrv/text/file/cfile.h"
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/write/cwriter.h"
 
@@ -152,4 +153,21 @@ TEST_F(Linear, a_hundred_thousand_sets_with_an_index_stay_within_the_limits) {
         }
     });
     expect_within_limits("destroying", [&] { sets.clear(); });
+}
+
+TEST_F(Linear, removing_white_space_from_megabytes_stays_within_the_limits) {
+    std::string const blanks(5'000'000, ' ');
+    std::string left = blanks + "a", right = "a" + blanks, mixed;
+    for (int i = 0; i < 2'000'000; ++i) mixed += "a  ";
+    std::string without = mixed;
+    expect_within_limits("removing white space", [&] {
+        cat::wsp_rmleft(left);
+        cat::wsp_rmright(right);
+        cat::wsp_normalize(mixed);
+        cat::rmchar(without, ' ');
+    });
+    EXPECT_EQ(left, "a");
+    EXPECT_EQ(right, "a");
+    EXPECT_EQ(mixed.size(), 3'999'999U);
+    EXPECT_EQ(without.size(), 2'000'000U);
 }

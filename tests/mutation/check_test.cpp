@@ -3,8 +3,8 @@
 // replaces many of the library's reports by better ones. If it dropped a report without a
 // replacement, every command that writes would silently lose the value.
 
+#include "tests/mutation/changed_tokens.h"
 #include "tests/mutation/generated.h"
-#include "tests/mutation/spoilt.h"
 #include "tests/support/fixture.h"
 #include "tests/support/paths.h"
 
@@ -24,7 +24,7 @@ class Mutation : public testing::Test {
 
     void expect_report(std::string const &what, std::string const &text) {
         ++cases_;
-        std::string const why = silence(text);
+        std::string const why = missing_report(text);
         if (why.empty()) return;
         if (++silent_ <= 10) ADD_FAILURE() << why << ": " << what << "\n" << text;
     }

@@ -3,8 +3,8 @@
 // set, it tests every token of the examples and some tokens of 2,000 generated files, otherwise far
 // fewer.
 
+#include "tests/mutation/changed_tokens.h"
 #include "tests/mutation/generated.h"
-#include "tests/mutation/spoilt.h"
 #include "tests/support/paths.h"
 #include "tools/qrv/output/lines.h"
 #include "tools/qrv/reading/reading.h"
@@ -177,7 +177,7 @@ class Positions : public testing::Test {
                       << (changed.size() < 700 ? changed : "") << "\n";
     }
 
-    void spoil(std::string const &text, size_t step) {
+    void change_tokens(std::string const &text, size_t step) {
         std::vector<cToken> const tokens = mutation_test::tokens_of(text);
         for (size_t i = chance_() % step; i < tokens.size(); i += 1 + chance_() % (2 * step - 1)) {
             static std::vector<std::string> const words{"(", ")", "{", "}", "[", "]", "=",  ";",
@@ -193,9 +193,12 @@ class Positions : public testing::Test {
     }
 
     ~Positions() override {
+        if (figures_.cases == 0) {
+            ADD_FAILURE() << "no error was compared";
+            return;
+        }
         std::sort(figures_.printed.begin(), figures_.printed.end());
-        size_t const median =
-            figures_.printed.empty() ? 0 : figures_.printed[figures_.printed.size() / 2];
+        size_t const median = figures_.printed[figures_.printed.size() / 2];
         size_t const right = figures_.cases - figures_.elsewhere;
         std::cout << figures_.cases << " files with errors: " << figures_.silent << " silent, "
                   << right << " at the right position (" << right * 1000 / figures_.cases
@@ -219,13 +222,13 @@ TEST_F(Positions, errors_of_the_examples_are_reported_near_the_change) {
         std::ifstream is(path, std::ios::binary);
         std::string const text{std::istreambuf_iterator<char>(is),
                                std::istreambuf_iterator<char>()};
-        spoil(text, is_thorough() ? 1 : text.size() / 80 + 1);
+        change_tokens(text, is_thorough() ? 1 : text.size() / 80 + 1);
     }
 }
 
 TEST_F(Positions, errors_of_generated_files_are_reported_near_the_change) {
     for (int i = 0; i < (is_thorough() ? 2000 : 15); ++i)
-        spoil(mutation_test::generated_file(chance_), 40);
+        change_tokens(mutation_test::generated_file(chance_), 40);
 }
 
 } // namespace

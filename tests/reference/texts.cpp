@@ -213,8 +213,9 @@ std::string cTexts::list(int depth, bool set) {
         std::string all;
         for (std::string const &step : path_) all += step;
         bool const repeat = set && random_.one_in(3);
-        text += repeat ? "1" : value(depth - 1);
-        if (set && text.back() == '<') text += ' ';
+        std::string const item = repeat ? "1" : value(depth - 1);
+        if (text.back() == '<' && item.starts_with('<')) text += ' '; // << is an operator
+        text += item;
         if (i + 1 < count || random_.one_in(2)) text += separator(random_.one_in(3) ? ";" : ",");
         text += space();
         path_.pop_back();

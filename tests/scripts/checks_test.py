@@ -4,7 +4,9 @@
 Each test creates a valid tree first, for which the check passes, so that a later failure is caused
 by the change that the test makes.
 """
+import importlib
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -85,7 +87,7 @@ class Includes(Tree):
     def test_a_handle_that_includes_an_object_is_reported(self):
         self.breaks("lies higher", "base/cref.cpp", '// R.\n#include "qrv/core/cobj.h"\n')
 
-    def test_a_text_source_that_includes_a_utility_is_reported(self):
+    def test_a_source_of_text_that_includes_a_utility_is_reported(self):
         self.breaks("lies higher", "text/read/a.cpp", '// T.\n#include "qrv/util/cundo.h"\n')
 
     def test_a_public_header_that_includes_a_higher_one_is_reported(self):
@@ -114,14 +116,31 @@ class Includes(Tree):
 
     def test_a_folder_of_the_tool_that_includes_a_higher_one_is_reported(self):
         self.breaks(
-            'output/a.cpp:2: "tools/qrv/json/a.h" is in a higher room: json above output',
+            'output/a.cpp:2: "tools/qrv/json/a.h" is in a higher folder: json above output',
             "tools/qrv/output/a.cpp",
             '// T.\n#include "tools/qrv/json/a.h"\n',
         )
 
     def test_a_source_of_the_tool_outside_its_folders_is_reported(self):
-        self.breaks("tools/qrv/more/a.h: its folder is not a room", "tools/qrv/more/a.h", HEADER)
-        self.breaks("tools/qrv/a.cpp: its folder is not a room", "tools/qrv/a.cpp", "// T.\n")
+        self.breaks("tools/qrv/more/a.h: its folder is not a layer", "tools/qrv/more/a.h", HEADER)
+        self.breaks("tools/qrv/a.cpp: its folder is not a layer", "tools/qrv/a.cpp", "// T.\n")
+
+
+class Folders(unittest.TestCase):
+    def test_each_list_of_folders_has_all_folders_of_the_library(self):
+        sys.path.insert(0, str(SCRIPTS))
+        self.addCleanup(sys.path.remove, str(SCRIPTS))
+        library = importlib.import_module("check_includes").FOLDERS
+        listed = {
+            "check_rules.py": importlib.import_module("check_rules").FOLDERS,
+            "check_deliberate.py": importlib.import_module("check_deliberate").FOLDERS,
+            "check_errors.py": importlib.import_module("check_errors").LIBRARY,
+            "dev": re.findall(r"(\w+)/[|']", re.search("gcovr .*--filter '(.*')", (SCRIPTS.parent / "dev").read_text())[1]),
+            "lint.sh": re.search(r"'\^\((.*)\)/'", (SCRIPTS / "lint.sh").read_text())[1].split("|"),
+        }
+        for name, folders in listed.items():
+            with self.subTest(name):
+                self.assertEqual(set(library) - set(folders), set())
 
 
 class Edges(Tree):
@@ -199,6 +218,10 @@ class Rules(Tree):
     def test_a_long_source_is_reported(self):
         self.breaks("651 lines", "core/b.cpp", "// B.\n" * 651)
 
+    def test_all_folders_are_looked_at(self):
+        for folder in ("edit", "value", "examples/objects"):
+            self.breaks(f"{folder}/b.cpp:1: opens without", f"{folder}/b.cpp", "int b;\n")
+
     def test_each_way_to_silence_a_check_is_reported(self):
         for silencer in ("NO" + "LINT", "GTEST_" + "SKIP()", "DIS" + "ABLED_a", "no_" + "sanitize", "TO" + "DO: later",
                          "#pragma GCC diag" + "nostic ignored \"-Wall\"", "-Wno" + "-shadow"):
@@ -265,6 +288,10 @@ class Errors(Tree):
         for line in ("err.set_code(0x41400000);", "eros(0x1400000, obj);", "throw cErr(1, text);",
                      "constexpr auto code = 0x40000001u;"):
             self.breaks("cset.cpp:2: ", "containers/cset.cpp", f"// S.\n{line}\n")
+
+    def test_all_folders_of_the_library_are_looked_at(self):
+        for folder in ("edit", "value"):
+            self.breaks(f"{folder}/a.cpp:2: ", f"{folder}/a.cpp", "// A.\nthrow cErr(1, text);\n")
 
     def test_an_error_message_in_a_source_of_the_library_is_reported(self):
         self.breaks('"Name taken: x" is a text of', "containers/cset.cpp", '// S.\nfail("Name taken: x");\n')
@@ -650,6 +677,22 @@ class English(Tree):
         self.passes("check_english.py")
         self.write("core/b.cpp", '// A string.\nchar const *b = "whoever";\n')
         self.fails("core/b.cpp:2: 'whoever'", "check_english.py")
+
+    def test_a_phrase_in_the_name_of_a_test_on_its_second_line_is_reported(self):
+        self.write("tests/core/b_test.cpp", "// Tests.\nTEST_F(B,\n       a_file_that_is_gone) {}\n")
+        self.fails("tests/core/b_test.cpp:3: 'is gone'", "check_english.py")
+        self.write("tests/core/b_test.cpp", "// Tests.\nTYPED_TEST(B, a_file_that_is_gone) {}\n")
+        self.fails("tests/core/b_test.cpp:2: 'is gone'", "check_english.py")
+
+    def test_a_phrase_in_the_name_of_a_test_of_a_script_is_reported(self):
+        self.write("tests/scripts/b_test.py", "class B:\n    def test_a_file_that_is_gone(self):\n        pass\n")
+        self.fails("tests/scripts/b_test.py:2: 'is gone'", "check_english.py")
+
+    def test_a_phrase_in_a_message_of_a_test_is_reported(self):
+        self.write("tests/core/b_test.cpp", '// Tests.\nEXPECT_EQ(a, "<< ") << a << "it is "\n    "gone" << \'"\';\n')
+        self.fails("tests/core/b_test.cpp:2: 'is gone'", "check_english.py")
+        self.write("tests/core/b_test.cpp", '// Tests.\nEXPECT_EQ("a << ", b, "is gone", \'"\') << "is";\n')
+        self.passes("check_english.py")
 
     def test_fixed_texts_are_ignored(self):
         self.write("core/b.cpp", '// Strings.\nchar const *b = "whoever asks", *c = "Behind you: 1";\n')

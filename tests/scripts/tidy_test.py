@@ -39,7 +39,7 @@ class Tidy(Tree):
         self.source("z", "#include <string>\nbool {name}(std::string const &text) {{ return text.size() == 0; }}\n")
         self.assertEqual(self.tidy()[0], {"a", "z"})
 
-    def test_names_that_two_sources_have_are_no_finding(self):
+    def test_names_that_two_sources_have_are_not_reported(self):
         for name in "ab":
             self.source(name, "static int twice(int number) {{ return 2 * number; }}\n"
                         "int {name}() {{ return twice(1); }}\n")

@@ -10,6 +10,7 @@
 
 #include "qrv/base/csignal.h"
 #include "qrv/diagnostics/cconsole.h"
+#include "qrv/text/file/cfile.h"
 #include "tests/support/memory_file.h"
 #include "tests/sweep/by_document.h"
 #include "tests/sweep/sweep.h"
@@ -18,8 +19,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <sys/wait.h>
 #include <thread>
@@ -28,11 +27,6 @@
 namespace {
 
 using namespace sweep_test;
-
-std::string bytes_of(std::string const &name) {
-    std::ifstream is(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()};
-}
 
 std::string row_of(std::string const &name, cTable const &table) {
     std::string text = "| " + name + " |";
@@ -47,7 +41,7 @@ std::string row_of(std::string const &name, cTable const &table) {
 // Writes the row to the descriptor. Returns whether all edits were good.
 bool sweep_file(char const *name, size_t every, cTool const &tool, int descriptor) {
     std::filesystem::path file(name);
-    std::string text = bytes_of(file);
+    std::string text = cat::file2string(name);
     if (file.extension() == ".json") {
         text = run({"from-json", "@"}, text).out;
         file.replace_extension(".attr");

@@ -489,20 +489,9 @@ TEST_F(IntFText, can_be_a_default_of_declared_attributes) {
     cat::typemap().datamap().delitem("PortT");
 }
 
-// Makes the program's folder appear to be the test's folder, where the map is.
-class IntFPersistent : public save_test::SaveTest {
+class IntFPersistent : public save_test::PersistentTest {
   protected:
     static void SetUpTestSuite() { cat::type_intf(); }
-    IntFPersistent() : program_(folder_.file("program")), before_(program_invocation_name) {
-        program_invocation_name = program_.data();
-    }
-    IntFPersistent(IntFPersistent const &) = delete;
-    IntFPersistent &operator=(IntFPersistent const &) = delete;
-    ~IntFPersistent() override { program_invocation_name = before_; }
-
-  private:
-    std::string program_;
-    char *const before_;
 };
 
 TEST_F(IntFPersistent, map_keeps_the_format) {

@@ -66,13 +66,14 @@ TEST_F(Notes, one_line_reads_and_sets_the_layout_of_a_container) {
 
 TEST_F(Notes, paths_of_an_object_are_those_of_all_its_occurrences) {
     qrv::value part = read("{x= 1}");
-    qrv::value v = read("{list= []}");
+    qrv::value v = read("{list= []; 3= {\"two words\"= 2}}");
     v["b c"] = part;
     v["list"].push_back(part);
     v["list"].push_back(5);
     EXPECT_EQ(v.paths_of(part), (std::vector<std::string>{"list/0", "\"b c\""}));
     EXPECT_EQ(v.paths_of(part.at("x")),
               std::vector<std::string>{"list/0/x"}); // `part` is searched once
+    EXPECT_EQ(v.paths_of(v.at("3/\"two words\"")), std::vector<std::string>{"3/\"two words\""});
     EXPECT_TRUE(v.paths_of(5).empty());
     EXPECT_TRUE(v.paths_of(nullptr).empty());
     EXPECT_TRUE(qrv::value(5).paths_of(5).empty());

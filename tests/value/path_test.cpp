@@ -201,11 +201,3 @@ TEST_F(Path, finds_what_getattrp_finds) {
     EXPECT_GT(found, 300);
     EXPECT_EQ(messages(), "");
 }
-
-TEST_F(Path, of_a_value_has_keys_quoted_as_needed) {
-    qrv::value tree = read("{a= {\"x y\"= [0, 1]}; 3= {\"two words\"= 2}}");
-    for (char const *path : {"a/\"x y\"/1", "3/\"two words\"", "a"}) {
-        std::vector<std::string> const places = tree.paths_of(tree.at(path));
-        EXPECT_EQ(places, std::vector<std::string>{path});
-    }
-}

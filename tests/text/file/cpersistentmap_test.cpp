@@ -24,14 +24,8 @@ std::string const signature = "// Platform Quorvanta(R), Attributes version 2.0\
 
 std::string const empty = "{\n}"; // a map that a program creates is written on many lines
 
-// Makes the program's folder appear to be the test's folder.
-class PersistentMap : public SaveTest {
+class PersistentMap : public PersistentTest {
   protected:
-    PersistentMap() : program_(folder_.file("program")), before_(program_invocation_name) {
-        program_invocation_name = program_.data();
-    }
-    ~PersistentMap() override { program_invocation_name = before_; }
-
     std::string const file_ = folder_.file("map");
 
     void put(std::string const &text) const { save_test::put(file_, text); }
@@ -41,14 +35,6 @@ class PersistentMap : public SaveTest {
         cPersistentMap map("map", keep_comments);
         map.busmap();
     }
-    void set_program(std::string const &name) {
-        program_ = name;
-        program_invocation_name = program_.data();
-    }
-
-  private:
-    std::string program_;
-    char *const before_;
 };
 
 class PersistentMapEdge : public PersistentMap {};

@@ -167,7 +167,7 @@ TEST_F(ReadText, the_options_filter_modules_for_this_reading) {
     qrv_set_module_filter(nullptr);
 }
 
-TEST_F(ReadText, an_exception_of_user_code_becomes_an_error_and_the_state_is_restored) {
+TEST_F(ReadText, an_exception_of_user_code_is_reported_and_the_state_is_restored) {
     cTypesBack const types;
     typeref const type = make<cTypeObj>("throwing");
     type->set_tmember("newobj",
@@ -177,7 +177,7 @@ TEST_F(ReadText, an_exception_of_user_code_becomes_an_error_and_the_state_is_res
     cat::ReadReport report;
     objref value;
     EXPECT_FALSE(cat::read_text("throwing(1)", value, report, {.max_depth = 5}));
-    EXPECT_EQ(report.entries().at(0).text, "Fatal exception in attr scanner!");
+    EXPECT_EQ(shown(value, report), "null\n1:1: error: Fatal exception in attr scanner!");
     EXPECT_EQ(cat::max_read_depth, before);
     EXPECT_EQ(cat::ReadReport::current(), &report);
 }

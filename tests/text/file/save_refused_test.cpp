@@ -20,13 +20,8 @@ namespace {
 std::string const text_of_1000 = std::string(1000, 'x'); // its text is the same, without quotes
 std::string const old_text = "{old=1}";
 
-class SaveRefused : public SaveTest {
+class SaveRefused : public PersistentTest {
   protected:
-    SaveRefused() : program_(folder_.file("program")), before_(program_invocation_name) {
-        program_invocation_name = program_.data();
-    }
-    ~SaveRefused() override { program_invocation_name = before_; }
-
     std::string const file_ = folder_.file("map");
 
     bool save(std::string const &name) const {
@@ -49,10 +44,6 @@ class SaveRefused : public SaveTest {
                   }),
                   0);
     }
-
-  private:
-    std::string program_;
-    char *const before_;
 };
 
 // Limits the length of files to 100 bytes.

@@ -103,4 +103,20 @@ class SaveTest : public QrvTest {
     cat::os_calls const calls_ = cat::os;
 };
 
+// Makes the program's folder, which has the persistent maps, appear to be the test's folder.
+class PersistentTest : public SaveTest {
+  protected:
+    PersistentTest() { set_program(folder_.file("program")); }
+    ~PersistentTest() override { program_invocation_name = before_; }
+
+    void set_program(std::string const &name) {
+        program_ = name;
+        program_invocation_name = program_.data();
+    }
+
+  private:
+    std::string program_;
+    char *const before_ = program_invocation_name;
+};
+
 } // namespace save_test

@@ -68,13 +68,8 @@ class cFileSystem {
     cat::os_calls const before_ = cat::os;
 };
 
-class SaveSweep : public SaveTest {
+class SaveSweep : public PersistentTest {
   protected:
-    SaveSweep() : program_(folder_.file("program")), before_(program_invocation_name) {
-        program_invocation_name = program_.data();
-    }
-    ~SaveSweep() override { program_invocation_name = before_; }
-
     std::string bytes() const { return bytes_of(folder_.file("map")); }
     void make(cScene const &scene) {
         for (auto const &entry : std::filesystem::directory_iterator(folder_.path()))
@@ -133,10 +128,6 @@ class SaveSweep : public SaveTest {
             names.erase(0, end + 2);
         return names;
     }
-
-  private:
-    std::string program_;
-    char *const before_;
 };
 
 std::string const new_text = "{ a text that is longer than the old one }";

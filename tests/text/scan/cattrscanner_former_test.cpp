@@ -106,7 +106,7 @@ std::string usual_text(std::mt19937 &random) {
 }
 
 // The text with a few bytes changed, as a typing error would.
-std::string spoilt(std::string text, std::mt19937 &random) {
+std::string mistyped(std::string text, std::mt19937 &random) {
     for (auto n = random() % 3; n > 0 && !text.empty(); --n)
         text[random() % text.size()] = static_cast<char>(random() % 256);
     return text;
@@ -116,7 +116,8 @@ void expect_same(test::cMakeInput const &present, test::cMakeInput const &former
                  unsigned seed) {
     std::mt19937 random(seed);
     for (int i = 0; i < rounds; ++i) {
-        std::string const text = spoilt(i % 2 == 0 ? odd_text(random) : usual_text(random), random);
+        std::string const text =
+            mistyped(i % 2 == 0 ? odd_text(random) : usual_text(random), random);
         std::string const difference =
             test::compare_with_former(present(text), former(text), random, i % 4 < 2);
         ASSERT_EQ(difference, "") << "round " << i << " in: " << testing::PrintToString(text);

@@ -178,7 +178,7 @@ TEST_F(TextState, a_trie_distinguishes_paths_as_strings) {
     EXPECT_EQ(trie.find("/a"), cPathTrie::none);
 }
 
-TEST_F(TextState, entering_a_long_path_costs_only_its_last_key) {
+TEST_F(TextState, a_value_entered_below_a_long_path_is_found) {
     cWriteLevel const level;
     std::vector<std::unique_ptr<cPathStep>> steps;
     for (int i = 0; i < 200; ++i) steps.push_back(std::make_unique<cPathStep>(cat::of("key")));

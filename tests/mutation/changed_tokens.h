@@ -39,6 +39,6 @@ struct cChecked {
 cChecked checked(std::string const &text);
 
 // Describes how `check` fails to report what the library reports; empty if it reports everything.
-std::string silence(std::string const &text);
+std::string missing_report(std::string const &text);
 
 } // namespace mutation_test

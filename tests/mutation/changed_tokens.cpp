@@ -1,4 +1,4 @@
-#include "tests/mutation/spoilt.h"
+#include "tests/mutation/changed_tokens.h"
 
 #include "qrv/text/read/cattrscan.h"
 #include "qrv/text/read/creadreport.h"
@@ -104,7 +104,7 @@ cChecked checked(std::string const &text) {
     return {status, lines.bytes().find(": error: ") != std::string::npos};
 }
 
-std::string silence(std::string const &text) {
+std::string missing_report(std::string const &text) {
     cChecked const tool = checked(text);
     if (tool.status == exit_done) return is_reported(text) ? "check reports no error" : "";
     if (tool.status != exit_found && tool.status != exit_failed)
