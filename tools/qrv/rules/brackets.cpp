@@ -176,8 +176,9 @@ void place_at_wrong_bracket(std::string const &bytes, std::vector<cMistake> &mis
     bool const is_surplus = wrong->kind == cWrongBracket::surplus;
     if (is_surplus) {
         error.end_line = 0;
-        found->notes.push_back({wrong->place, "this bracket closes none that is open"});
-        found->notes.push_back({place_of(error), "it would be expected to close this one"});
+        found->notes.insert(found->notes.end(),
+                            {{wrong->place, "this bracket closes none that is open"},
+                             {place_of(error), "it would be expected to close this one"}});
     } else {
         // The text of the error is about a bracket of this kind.
         if (bytes[lines.offset(wrong->place)] != bytes[opening]) return;
