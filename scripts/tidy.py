@@ -19,6 +19,11 @@ import subprocess
 import sys
 
 GROUP = 16
+# What a source defines, mostly: definitions begin in the first column. Sources that define the same name are
+# not put into one group.
+DEFINED = re.compile(
+    r"^(?:class|struct|union|enum(?: class)?|using) (\w+)|^(?![\s#/}]|using|namespace|template)[^\n(=;]*[ &*](\w+)(?:[({;[]| [={])",
+    re.MULTILINE)
 HIDES_UNUSED = re.compile(r"^\s*(using\s+[\w:]+\s*;|namespace\s+\w+\s*=)", re.MULTILINE)
 
 
@@ -33,14 +38,20 @@ def groups_of(files, commands):
     """Lists of files, one for each run."""
     alone, groups = [], {}
     for file in files:
-        if file not in commands or HIDES_UNUSED.search(pathlib.Path(file).read_text()):
+        text = pathlib.Path(file).read_text()
+        if file not in commands or HIDES_UNUSED.search(text):
             alone.append([file])
+            continue
+        names = {first or second for first, second in DEFINED.findall(text)}
+        same = groups.setdefault((os.path.dirname(file), commands[file]), [])
+        for members, defined in same:
+            if len(members) < GROUP and not names & defined:
+                members.append(file)
+                defined |= names
+                break
         else:
-            groups.setdefault((os.path.dirname(file), commands[file]), []).append(file)
-    parts = []
-    for members in groups.values():
-        count = -(-len(members) // GROUP)
-        parts += [members[index::count] for index in range(count)]
+            same.append(([file], names))
+    parts = [members for same in groups.values() for members, _ in same]
     return sorted(parts, key=len, reverse=True) + alone
 
 

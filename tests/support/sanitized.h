@@ -1,8 +1,6 @@
 #pragma once
 // Whether the program runs under AddressSanitizer, which makes it several times slower. Tests of
-// very many similar cases use fewer of them there: the other builds run them all. It is found out
-// when the program runs, since a test may be linked with a sanitized library and not be sanitized
-// itself.
+// very many similar cases use fewer of them there: the other builds run them all.
 
 extern "C" void __asan_init() __attribute__((weak));
 
