@@ -28,7 +28,8 @@ class cRound {
     double seconds() const { return seconds_; }
     long long bytes() const { return bytes_; } // growth of the memory in use during the work
 
-    // The resulting value, as JSON with sorted keys. Called only in rounds that are not measured.
+    // The resulting value, as JSON with sorted keys. Called only in the first round, after the
+    // measurement.
     std::function<std::string()> answer;
 
   private:
@@ -39,7 +40,7 @@ class cRound {
     long long bytes_ = 0;
 };
 
-using cRounds = std::function<void(cRound &)>;
+using cRounds = std::function<void(cRound &)>; // each call is one round
 
 struct cPrepared {
     std::size_t entries; // or slots: the divisor of times and counts

@@ -11,7 +11,7 @@ struct cAttrInsert {
         bool is_new; // if false, the node existed before and its value is unchanged
     };
 
-    // Precondition of all other functions: no key of the hash has its own hooks, and creating a
+    // Precondition of text, number and adopt: no key of the hash has its own hooks, and creating a
     // string or an int runs no user code.
     static bool is_ready(cAttrHash const &hash) noexcept;
 
@@ -69,9 +69,7 @@ struct cAttrInsert {
     // Like vect_append. Fails if the hash isn't ready, if a key isn't an int, or if a key is the
     // greatest int.
     static bool append(cAttrHash &hash, objref const &value);
-    // In core/cattrhash_copy.cpp. has_plain_key: is the key exactly a string or an int?
-    // is_copyable: does copy() have the same effect as mapitem for each node? It does if all keys
-    // are plain and all values are good and not executable.
+    // Is the key exactly a string or an int?
     static bool has_plain_key(cAttrNode const &node) noexcept {
         return node.kind_ == cKeyKind::string_key || node.kind_ == cKeyKind::int_key;
     }
@@ -79,7 +77,9 @@ struct cAttrInsert {
     static bool is_lazy_number(cAttrNode const &node) noexcept {
         return node.lazy_ && node.kind_ == cKeyKind::int_key;
     }
-    static bool is_copyable(cAttrHash const &hash) noexcept; // O(n)
+    // Does copy() have the same effect as mapitem for each node? It does if the hash is ready, all
+    // keys are plain, and all values are good and not executable.   O(n)
+    static bool is_copyable(cAttrHash const &hash) noexcept;
     // Copies all nodes of a copyable hash into an empty one. Clones keys, shares values.
     static void copy(cAttrHash &to, cAttrHash const &from);
 

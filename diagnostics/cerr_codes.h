@@ -1,6 +1,6 @@
 #pragma once
 // Every error of the library, listed once: its kind, its code, the prefix of its message, and the
-// start of its text. The code that raises an error begins it by its kind, prefixed with err_:
+// start of its text. A function that raises an error names its kind, prefixed with err_:
 //
 //   begin_error(err_object_const) << cNamed::name(method) << "' called from type: " << ...;
 //   return raise_eros();

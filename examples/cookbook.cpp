@@ -108,7 +108,7 @@ void rename_a_key() {
 }
 
 void merge_defaults() {
-    qrv::value settings = qrv::parse("{ port= 80; log= {level= 1; }; }");
+    qrv::value settings = qrv::parse("{ port= 80; log= {level= 1; }; }"); // defaults
     settings.merge(qrv::parse("{ log= {level= 3; }; }"));
     std::cout << settings.at("log/level") << ' ' << settings["port"] << '\n';
 }
@@ -238,7 +238,7 @@ Task const tasks[] = {
 
 int main(int argc, char **argv) {
     cat::use_console();
-    // The folder of the files that are written.
+    // In the project's folder, the files are written to its build folder.
     if (std::filesystem::is_directory("build")) std::filesystem::current_path("build");
     for (Task const &task : tasks) {
         if (argc > 1 && std::string_view(argv[1]) != task.name) continue;

@@ -2,7 +2,8 @@
 // entries that the file creates meanwhile become the module's.
 //
 //   name --refused, in progress, or closing--> null
-//        --known--> counted           --file--> static code, set-up --> module
+//        --known--> counted
+//        --file--> static code, set-up --> module
 //
 // If the file turns out to be loaded already under another name, the load only counts, as the
 // system does too: static code does not run twice, and one module represents the file.
@@ -122,7 +123,7 @@ cModule *cLoad::run(std::string const &name) {
     }
     cModuleList::of_process().wake(library_, *entries_);
     set_up(name);
-    cModule *const made = made_module();
+    cModule *const made = attach_made();
     return finish(made ? *made : make_module());
 }
 
@@ -148,8 +149,8 @@ void cLoad::rest() {
          std::exchange(entries_, std::make_unique<cEntryGroup>())});
 }
 
-// The first module that the file itself created; null if there is none.
-cModule *cLoad::made_module() const {
+// Attaches the modules that the file itself created. Returns the first; null if there is none.
+cModule *cLoad::attach_made() const {
     cModule *first = nullptr;
     for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry)) {
         cModule *const module = module_of(*entry);

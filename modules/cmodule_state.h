@@ -12,8 +12,9 @@
 // stays in memory its module objects are inactive ("resting"): they are known, but a load opens the
 // file again and reactivates them.
 //
-//   loaded --unload--> closing --> out of memory: forgotten
-//   being loaded --set-up throws--> resting          \--> still there: resting --load--> loaded
+//   loaded --unload--> closing --out of memory--> forgotten
+//                      closing --still in memory--> resting
+//   being loaded --set-up throws--> resting --load--> loaded
 struct cRestingFile {
     std::string path;
     void *library; // the handle of the file, which is only compared
@@ -23,9 +24,9 @@ struct cRestingFile {
 };
 
 // The modules that were created for a file, in the order of their loading: the only lasting
-// references to them. It is constant-initialised and defined in start/startup.cpp, in which the
-// order of definitions is the order of destruction. At the end of the process it releases the
-// modules, and the files stay loaded.
+// references to them. It is constant-initialised and defined in start/startup.cpp, whose objects
+// are destroyed in reverse order of definition. At the end of the process it releases the modules,
+// and the files stay loaded.
 class cModuleList {
   public:
     constexpr cModuleList() noexcept = default;
@@ -74,7 +75,7 @@ class cLoad {
 
   private:
     void set_up(std::string const &name);
-    cModule *made_module() const;
+    cModule *attach_made() const;
     cModule &make_module() const;
     void attach(cModule &module) const noexcept;
     void rest(); // the file stays, without an active module

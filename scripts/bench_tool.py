@@ -1,8 +1,8 @@
 """Compares the tool's commands with `jq .` on the same tree as JSON, for bench.py: processor time and peak memory of
 whole processes.
 
-tool_get/10M and similar rows are times. tool_memory/10M is the peak memory of a command, in bytes for each byte of
-its file; for jq, for each byte of the JSON text.
+tool_get/10M and similar rows are times. tool_memory/10M is the peak memory of the command that needs most, in
+bytes for each byte of its file; for jq, for each byte of the JSON text.
 """
 import json
 import os
@@ -22,7 +22,7 @@ def entries_in(tree):
 
 
 def path_in(tree):
-    """The keys of the path to a value that has no entries."""
+    """The last key of each object, down to a value that is not an object or is empty."""
     keys = []
     while isinstance(tree, dict) and tree:
         keys.append(next(reversed(tree)))

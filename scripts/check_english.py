@@ -77,7 +77,7 @@ def paragraphs(numbered, begins_new):
     yield text
 
 
-def cut_code(line, mark):
+def comment_in(line, mark):
     """The line's comment, or None; strings do not begin one."""
     blanked = STRING.sub(lambda found: '"' + "_" * len(found[1]) + '"', line)
     found = re.search(rf"(?:^|\s){re.escape(mark)}(?=\s|$)", blanked)
@@ -88,7 +88,7 @@ def comments(lines, mark):
     for number, line in enumerate(lines, 1):
         if mark == "#" and number == 1 and line.startswith("#!"):
             continue
-        comment = cut_code(line, mark)
+        comment = comment_in(line, mark)
         if comment is not None:
             yield number, comment
 
@@ -128,7 +128,7 @@ def page_lines(lines):
 
 def code_of(lines, mark):
     """The lines without their comments, as one string."""
-    remarks = ((line, cut_code(line, mark)) for line in lines)
+    remarks = ((line, comment_in(line, mark)) for line in lines)
     return "\n".join(line if remark is None else line[:len(line) - len(remark)] for line, remark in remarks)
 
 

@@ -71,7 +71,7 @@ bool add_block(cBlock *&ring, std::size_t size) noexcept {
     return cat::pool::take(size);
 }
 
-// Moves a block that has its first free cell, or frees one whose cells are all free.
+// Frees a block whose cells are all free, or moves a block that was full to after the first one.
 [[gnu::noinline]] void rearrange(cBlock *block, cBlock *&ring) noexcept {
     if (block->living == 0) {
         bool const is_last = block->next == block;

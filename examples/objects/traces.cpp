@@ -12,7 +12,7 @@ cTracer net("net.telegram");
 cTracer store("store");
 
 void measure(int value) {
-    net << "telegram with " << value << std::endl; // one test while the channel is off
+    net << "telegram with " << value << std::endl; // costs one test while the channel is off
     store << "stored " << value << std::endl;
 }
 

@@ -8,9 +8,9 @@
 // limits the former and rejects the latter.
 //
 // Most entries are a number, a word or a string under a new key. They use the fast path: while the
-// entries are late (cLateEntries), it creates no step of the path and no object except the key and
-// the value. The general path handles everything else; a container created by its bracket returns
-// from there to be stored in the same way.
+// entries are late (cLateEntries), it creates no cPathStep and no object except the key and the
+// value. The general path handles everything else. It also reads containers that begin with a
+// bracket, but these are then stored as on the fast path.
 
 #include "containers/value_index.h"
 #include "core/cattrhash_insert.h"
@@ -25,8 +25,8 @@
 
 class cHashReader {
   public:
-    // The opener of the container: the scan, at its bracket; a caller, which may not know the
-    // enclosing container; or read_bare_list(), which has read the first of its entries.
+    // Who has opened the container: the scan, which is at its bracket; a caller of read_hash(),
+    // which may not know the enclosing container; or read_first(), which has read the first entry.
     enum class cOpened { by_scan, by_caller, after_first };
     // Uses the scan, for which a cReading must exist.
     cHashReader(cAttrHash &hash, cAttrScan &scan, cTypeObj const *type, cOpened opened);
@@ -36,7 +36,7 @@ class cHashReader {
 
     int read(); // like cAttrHash::read_hash
     // A list of entries without brackets, whose first key was read: read_first() reads its value,
-    // read_others() reads the other entries into the hash of the first. Each in a separate level.
+    // read_others() reads the other entries into the hash that has the first.
     static int read_first(cAttrScan &scan, objref const &key, objref &value);
     static int read_others(cAttrScan &scan, cAttrHash &hash);
 
@@ -104,7 +104,7 @@ class cHashReader {
     bool ok_ = true;
     int index_ = 0;
     int delim_ = 1;
-    int fast_code_ = 0; // the first token that the fast path read last
+    int fast_code_ = 0; // of the token at which read_fast() began last
     // The key or value that was read last and is not noted yet, since a comment after it is rare.
     cObj *noted_ = nullptr;
     unsigned const first_line_;

@@ -82,7 +82,7 @@ class cReading {
 
   private:
     std::unique_ptr<cReadSession> own_;
-    cat::cMergeBudgetUse const budget_; // also if an action of the program has removed the budget
+    cat::cMergeBudgetUse const budget_; // installs it again: setattrp may have removed it
     cAttrScan *before_;
 };
 

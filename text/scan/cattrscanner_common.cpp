@@ -1,7 +1,7 @@
 // A hand-written scanner of the most common tokens: single characters, words, and numbers and
-// strings of the usual form. It is used for tokens that are completely in memory, if only their
-// fields are needed. All other tokens are left to scan(); nothing is changed then, except that
-// white space may have been skipped.
+// strings of the usual form. It is used for tokens that are completely in memory, unless the
+// lexer has a special case or returns white space. All other tokens are left to scan(); nothing is
+// changed then, except that white space may have been skipped.
 //
 // The functions here call others only at their ends, so that all values stay in registers. They
 // need two fifths of the instructions that scan() would need for the same tokens, which reduces the
@@ -35,7 +35,6 @@ unsigned kind(int c) { return scan::classes[static_cast<std::size_t>(c)].kind; }
 
 } // namespace
 
-// Every function ends in a call of the next one, so that none has registers to save.
 class cCommonTokens {
   public:
     static cToken const &next(cAttrLexer &lexer, yy_buffer_state &in);

@@ -7,7 +7,7 @@
 // receives each piece and each flush separately, since its buffer may count them.
 //
 // User code runs inside a cUserCode: then the stream contains all previous text, and every written
-// value is in the table.
+// value is in the table of written objects.
 
 #include <algorithm>
 #include <cstddef>
@@ -27,8 +27,9 @@ class cComposer {
         if (!begun_) look_again();
     }
     bool composing() const noexcept { return at_ != nullptr; }
-    // While composing: space for so many characters, at most `most_space`, and its used end.
     static constexpr size_t most_space = size_t{1} << 11;
+    // While composing: space for `count` characters, at most `most_space`. Pass the end of those
+    // that were written there to use_to().
     char *space(size_t count) {
         if (static_cast<size_t>(end_ - at_) < count) hand_over();
         return at_;
