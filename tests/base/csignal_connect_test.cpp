@@ -20,7 +20,7 @@ int connections_of(cSSBase const &base) {
     return count;
 }
 
-std::string sound(cSSBase const &base) {
+std::string broken_rules(cSSBase const &base) {
     return base.broken_rule(true) + cConnection::broken_queue_rule();
 }
 
@@ -53,7 +53,7 @@ TEST(Connect, both_ends_know_their_bases_and_direction) {
     EXPECT_FALSE(mine->isdeleted() || mine->isblocked() || mine->isend());
     EXPECT_TRUE(signal.isconnected() && slot.isconnected());
     EXPECT_TRUE(signal.isconnected(slot) && slot.isconnected(signal));
-    EXPECT_EQ(sound(signal) + sound(slot), "");
+    EXPECT_EQ(broken_rules(signal) + broken_rules(slot), "");
 }
 
 TEST(Connect, a_ring_runs_from_first_to_last_and_back_to_its_head) {
@@ -99,7 +99,7 @@ TEST(Connect, targets_are_called_in_the_order_of_connection) {
     EXPECT_EQ(log.take(), "b;a;c;");
 }
 
-TEST(Connect, a_connection_may_be_inserted_before_another_at_either_end) {
+TEST(Connect, a_connection_may_be_inserted_before_another_in_both_rings) {
     CallLog log;
     cSignal const signal, other;
     LogSlot const a(log, "a"), b(log, "b");
@@ -110,7 +110,7 @@ TEST(Connect, a_connection_may_be_inserted_before_another_at_either_end) {
     EXPECT_EQ(b.begin()->other_base(), &signal);
     signal();
     EXPECT_EQ(log.take(), "b;a;");
-    EXPECT_EQ(sound(signal) + sound(b), "");
+    EXPECT_EQ(broken_rules(signal) + broken_rules(b), "");
 }
 
 TEST(Connect, a_position_in_another_ring_means_the_end) {
@@ -124,7 +124,7 @@ TEST(Connect, a_position_in_another_ring_means_the_end) {
     EXPECT_EQ(node->next(), signal.end());
     signal();
     EXPECT_EQ(log.take(), "a;b;");
-    EXPECT_EQ(sound(signal) + sound(other) + sound(b), "");
+    EXPECT_EQ(broken_rules(signal) + broken_rules(other) + broken_rules(b), "");
 }
 
 TEST(Connect, the_position_is_ignored_for_a_connected_pair) {
@@ -172,7 +172,7 @@ TEST(Connect, disconnect_removes_every_link_in_both_directions) {
     EXPECT_EQ(connections_of(signal) + connections_of(before) + connections_of(a), 0);
     EXPECT_EQ(cConnection::queue_length(), 0u);
     signal.disconnect();
-    EXPECT_EQ(sound(signal), "");
+    EXPECT_EQ(broken_rules(signal), "");
 }
 
 TEST(Connect, destroying_either_partner_removes_the_link_from_both_rings) {
@@ -189,7 +189,7 @@ TEST(Connect, destroying_either_partner_removes_the_link_from_both_rings) {
     signal.reset();
     EXPECT_FALSE(other.isconnected());
     EXPECT_EQ(cConnection::queue_length(), 0u);
-    EXPECT_EQ(sound(other), "");
+    EXPECT_EQ(broken_rules(other), "");
 }
 
 TEST(Connect, a_base_may_be_connected_to_itself_and_destroyed) {
@@ -201,7 +201,7 @@ TEST(Connect, a_base_may_be_connected_to_itself_and_destroyed) {
         signal.connect(signal);
         signal.connect(signal);
         EXPECT_EQ(connections_of(signal), 3);
-        EXPECT_EQ(sound(signal), "");
+        EXPECT_EQ(broken_rules(signal), "");
         signal.disconnect(signal, true);
         EXPECT_EQ(connections_of(signal), 1);
         signal.connect(signal);
@@ -233,7 +233,7 @@ TEST(Connect, forty_thousand_connections_of_one_pair_wrap_the_use_count) {
     for (int i = 0; i < 40000; ++i) signal.connect(a);
     EXPECT_EQ(signal.begin()->uses(), 40000 - 65536);
     EXPECT_EQ(a.begin()->uses(), 40000 - 65536);
-    EXPECT_EQ(sound(signal), "");
+    EXPECT_EQ(broken_rules(signal), "");
     signal.disconnect(a, false);
     EXPECT_FALSE(signal.isconnected());
 }
@@ -281,7 +281,7 @@ TEST(Connect, unblocking_one_reason_leaves_the_others) {
     EXPECT_EQ(node->blocks(), 4);
 }
 
-TEST(Connect, an_exclusive_connection_counts_both_directions_of_its_ring) {
+TEST(Connect, an_exclusive_connection_blocks_the_others_in_both_directions) {
     CallLog log;
     cSignal const before, signal;
     LogSlot const a(log, "a"), b(log, "b");
@@ -292,13 +292,13 @@ TEST(Connect, an_exclusive_connection_counts_both_directions_of_its_ring) {
     EXPECT_EQ(signal.find(a)->blocks(), 1);
     EXPECT_EQ(node->blocks(), 0);
     EXPECT_EQ(b.begin()->blocks(), 0);
-    before(); // the signal cannot reenter its slot either
+    before(); // the link from `before` is blocked, too
     EXPECT_EQ(log.take(), "");
     signal();
     EXPECT_EQ(log.take(), "b;");
 }
 
-TEST(Connect, the_target_of_an_exclusive_connection_ends_it_too) {
+TEST(Connect, destroying_the_target_ends_an_exclusive_connection) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a");
@@ -526,7 +526,7 @@ TEST(ConnectionEdge, a_connection_made_after_an_exclusive_one_is_left_at_minus_1
     EXPECT_EQ(log.take(), "a;");
 }
 
-TEST(ConnectionEdge, unblock_all_leaves_0_0_and_minus_1) {
+TEST(ConnectionEdge, unblock_all_turns_5_and_1_into_0_and_0_into_minus_1) {
     CallLog log;
     cSignal const signal;
     LogSlot const a(log, "a");

@@ -338,7 +338,7 @@ TEST_F(AttrSet, an_attribute_may_be_called_like_a_member) {
     EXPECT_EQ(raised(), "");
 }
 
-TEST_F(AttrSet, beyond_the_budget_of_a_reading_defaults_are_not_copied) {
+TEST_F(AttrSet, defaults_beyond_the_budget_of_a_read_are_not_copied) {
     objref const list = make<cVectorObj>();
     for (int i = 0; i < 10; ++i) list->append(cat::of(i));
     typeref const type = declare({{"a", with_default(list)}, {"b", with_default(cat::of(1))}});
@@ -396,7 +396,7 @@ TEST_F(AttrSet, types_may_have_objects_of_each_other_as_default) {
     EXPECT_EQ(raised(), "");
 }
 
-TEST_F(AttrSet, a_chain_of_types_by_their_defaults_may_have_any_length) {
+TEST_F(AttrSet, a_chain_of_types_linked_by_defaults_may_have_any_length) {
     typeref type = declare({{"a", with_default(cat::of(1))}});
     for (int i = 0; i < 20000; ++i)
         type = declare({{"a", with_default(make<cMapObj>(type.get(), false), 0)}});

@@ -1,6 +1,7 @@
 #pragma once
 // Small object trees for tests, and their shape as one string: {1=a, b=[1, 2]} for a map, [..] for
-// a vector, <..> for a set, ints and strings plain, nil, and "?" for any other value.
+// a vector, <..> for a set; ints, strings and bools plain; null, nil, bad or badfind; and "?" for
+// any other value.
 
 #include "qrv/containers/cmapobj.h"
 #include "qrv/containers/csetobj.h"
@@ -51,7 +52,7 @@ inline setref set(std::initializer_list<cValue> values = {}) {
     return made;
 }
 
-// The ints from first on.
+// `count` ints, beginning with `first`.
 inline vectorref ints(int count, int first = 0) {
     vectorref made = make<cVectorObj>();
     for (int i = 0; i < count; ++i) made->datamap().vect_append(cat::of(first + i));
@@ -91,7 +92,7 @@ template <class T> std::string shape(cRef<T> const &ref) {
     return shape(static_cast<cObj const *>(ref.get()));
 }
 
-// The int under a key, assigned in place.
+// Assigns a number to the int under a key.
 inline void put_int(cMapObj &map, objref const &key, int number) {
     map.datamap().getitem(key)->assign(cat::of(number));
 }

@@ -174,7 +174,7 @@ TEST_F(VectorMode, inserting_moves_the_following_values) {
     EXPECT_EQ(ring(map), "a=0 0=1 ");
 }
 
-TEST_F(VectorMode, a_locked_type_keeps_a_value_at_its_index) {
+TEST_F(VectorMode, a_node_with_a_locked_type_keeps_its_value_when_others_move) {
     append({10, 11});
     hash.vect_append(cat::of("text"));
     hash.find(1)->cObjBase::flags(2);

@@ -24,7 +24,7 @@ constexpr int lowest = std::numeric_limits<int>::min();
 
 } // namespace
 
-TEST_F(ValueEdge, an_int_is_assigned_compared_and_truncated_into) {
+TEST_F(ValueEdge, an_int_is_assigned_and_compared_and_truncates_a_float) {
     auto const number = make<cObjD<int>>();
     *number = 5;
     EXPECT_TRUE(number->equal(*cat::of(5)));
@@ -53,9 +53,11 @@ TEST_F(ValueEdge, the_constant_true_and_a_true_bool) {
     EXPECT_EQ(cat::as_string(cat::of(true)), "true");
 }
 
-TEST_F(ValueEdge, as_index_of_a_float) { EXPECT_EQ(cat::as_index(cat::of(1.0f)), lowest); }
+TEST_F(ValueEdge, as_index_of_a_float_is_the_lowest_int) {
+    EXPECT_EQ(cat::as_index(cat::of(1.0f)), lowest);
+}
 
-TEST_F(ValueEdge, a_float_is_written_with_point_zeros_and_f) {
+TEST_F(ValueEdge, a_float_is_written_with_a_point_trailing_zeros_and_an_f) {
     EXPECT_EQ(cat::as_text(cat::of(1.0f)), "1.00000f");
     std::ostringstream os;
     os.precision(3);
@@ -304,7 +306,7 @@ TEST_F(Value, the_method_tables_hold_these_keys) {
     EXPECT_EQ(keys(cat::type_nil()), "create write read equal iterobj ");
 }
 
-TEST_F(Value, stream_holders_and_the_types_of_plain_values) {
+TEST_F(Value, plain_values_have_their_types_and_streams_the_type_nil) {
     EXPECT_EQ(&cTypeOf(static_cast<std::string *>(nullptr)), &cat::type_string());
     EXPECT_EQ(&cTypeOf(static_cast<bool *>(nullptr)), &cat::type_bool());
     EXPECT_EQ(&cTypeOf(static_cast<std::istream *>(nullptr)), &cat::type_nil());

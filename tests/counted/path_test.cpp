@@ -1,4 +1,4 @@
-// The characters of keys that are looked up to enter the values of a container. The linker replaces
+// Counts the characters of the keys that entering a value at its path looks up. The linker replaces
 // cPathTrie::descend in all other sources by the function below (--wrap).
 #include "tests/counted/counted.h"
 #include "tests/support/fixture.h"

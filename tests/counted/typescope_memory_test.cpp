@@ -17,10 +17,10 @@ class ScopeMemory : public QrvTest {
   protected:
     static bool is_known(char const *name) { return &cat::find_type(name) != &cat::type_nil(); }
 
-    // The number of allocations at the end of the scope; those from number `failing` on fail.
-    static unsigned long long end(std::optional<cat::TypeScope> &scope, unsigned failing) {
+    // Ends the scope with memory for `allowed` allocations. Returns how many it tried.
+    static unsigned long long end(std::optional<cat::TypeScope> &scope, unsigned allowed) {
         unsigned long long const before = counted::allocations;
-        counted::last_allocation = before + failing;
+        counted::last_allocation = before + allowed;
         scope.reset();
         counted::last_allocation = ~0ULL;
         return counted::allocations - before;
@@ -36,20 +36,20 @@ std::string const declarations =
 TEST_F(ScopeMemory, declared_types_leave_the_registry) {
     counted::read("{A= attlist(outer= attspec(type= int))}");
     cTypeObj const *const outer = &cat::find_type("A");
-    unsigned failing = 0;
-    for (bool failed = true; failed; ++failing) {
+    unsigned allowed = 0;
+    for (bool failed = true; failed; ++allowed) {
         std::optional<cat::TypeScope> scope(std::in_place);
         counted::read(declarations);
         EXPECT_TRUE(is_known("B"));
         EXPECT_NE(&cat::find_type("A"), outer);
-        failed = end(scope, failing) > failing;
-        EXPECT_FALSE(is_known("B")) << failing;
-        EXPECT_FALSE(is_known("a_choice")) << failing;
-        EXPECT_FALSE(is_known("a_name_that_is_longer_than_a_string_without_memory")) << failing;
-        EXPECT_EQ(&cat::find_type("A"), outer) << failing;
-        EXPECT_EQ(cat::broken_registry_rule(), "") << failing;
+        failed = end(scope, allowed) > allowed;
+        EXPECT_FALSE(is_known("B")) << allowed;
+        EXPECT_FALSE(is_known("a_choice")) << allowed;
+        EXPECT_FALSE(is_known("a_name_that_is_longer_than_a_string_without_memory")) << allowed;
+        EXPECT_EQ(&cat::find_type("A"), outer) << allowed;
+        EXPECT_EQ(cat::broken_registry_rule(), "") << allowed;
     }
-    EXPECT_GT(failing, 1U);
+    EXPECT_GT(allowed, 1U);
     cat::typemap().datamap().delitem("A");
 }
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-// A pipe. A test reads at its end what was written into the pipe.
+// A pipe. rest() closes its write end and returns all that was written.
 class cPipe {
   public:
     cPipe() {
@@ -40,7 +40,7 @@ class cPipe {
 
 class Console : public testing::Test {
   protected:
-    cPieces messages; // after the first idle moment
+    cPieces messages; // its constructor fires sig_idle, so that no text waits
 };
 
 TEST_F(Console, every_piece_is_written_at_once) {

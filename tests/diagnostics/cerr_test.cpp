@@ -17,7 +17,8 @@
 
 namespace {
 
-// Replaces the masks of the library's handler for one test, and clears the stream before and after.
+// Restores the masks of the library's handler after each test, and clears the stream before and
+// after it.
 class Errors : public testing::Test {
   protected:
     Errors() : before_(cat::errhandler()) { eros().clear(); }
@@ -228,7 +229,7 @@ TEST_F(ErrorValue, a_failed_flush_sets_the_bad_state_and_keeps_the_text) {
     EXPECT_TRUE(stream.bad());
 }
 
-TEST_F(ErrorValue, errors_and_their_streams_can_be_copied) {
+TEST_F(ErrorValue, errors_and_handlers_can_be_copied_but_streams_cannot) {
     static_assert(!std::is_copy_constructible_v<cErrStream> &&
                   !std::is_copy_assignable_v<cErrStream>);
     static_assert(std::is_copy_constructible_v<cErr> && std::is_copy_assignable_v<cErr>);
@@ -238,7 +239,7 @@ TEST_F(ErrorValue, errors_and_their_streams_can_be_copied) {
     static_assert(sizeof(decltype(cErr().code())) == 4);
 }
 
-// ---- the road ----
+// ---- from the stream to the handlers ----
 
 TEST_F(ErrorEdge, an_error_is_printed_and_the_clear_mask_decides_whether_it_is_cleared) {
     unsigned int seen = 0;
@@ -364,7 +365,7 @@ TEST_F(Errors, a_thrown_error_does_not_reach_later_slots) {
     EXPECT_EQ(reached, 1);
 }
 
-TEST_F(Errors, an_error_of_a_stream_fired_by_reference_is_thrown_with_its_text) {
+TEST_F(Errors, a_stream_sent_as_an_error_is_thrown_as_a_plain_error_with_its_text) {
     cErrStream stream(0x80000000);
     stream << "pending";
     try {
@@ -388,19 +389,19 @@ TEST_F(Errors, a_copied_handler_has_the_masks_but_no_connections) {
     EXPECT_TRUE(cat::errhandler().isconnected());
 }
 
-class cCounting : public cErrHandler {
+class cRecording : public cErrHandler {
   public:
     using cErrHandler::cErrHandler;
     void dohandler(cErr &error) override { texts.push_back(error.as_string()); }
     std::vector<std::string> texts;
 };
 
-TEST_F(Errors, a_derived_handler_replaces_the_handler) {
-    cCounting handler;
+TEST_F(Errors, a_derived_handler_replaces_dohandler) {
+    cRecording handler;
     cat::sig_error().connect(handler);
     EXPECT_FALSE(raise(0x40000000, "a"));
     EXPECT_EQ(handler.texts, std::vector<std::string>{"a"});
-    cCounting const copy(handler);
+    cRecording const copy(handler);
     EXPECT_FALSE(copy.isconnected());
     cErr error(0x90000000, "b");
     copy(error);

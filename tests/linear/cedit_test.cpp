@@ -1,5 +1,5 @@
-// Editing the text of deeply nested maps takes time in proportion to the text, not to its size at
-// each level: each edit of four megabytes under two seconds of processor time.
+// The time to edit the text of deeply nested maps is proportional to the size of the text, not to
+// the size times the depth: each edit of four megabytes takes under two seconds of processor time.
 #include "tests/support/fixture.h"
 
 #include "qrv/containers/cmapobj.h"

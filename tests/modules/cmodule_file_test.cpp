@@ -137,8 +137,8 @@ TEST_F(ModuleFailure, names_that_cannot_be_paths_return_null) {
 // --- where files are looked for ---
 
 TEST_F(ModuleFile, folders_and_suffixes_are_tried_in_order) {
-    // All six paths for the name sub/part, removed one after the other. The first is the same file
-    // as the third.
+    // The files for the name sub/part, removed one after the other. Two of its six paths,
+    // ./sub/part.so and ./sub/part, are the first two files again.
     char const *const paths[] = {"sub/part.so", "sub/part", "modules/sub/part.so",
                                  "modules/sub/part"};
     char const *const kinds[] = {"plain", "bare", "own_module", "releases"};

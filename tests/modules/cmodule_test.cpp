@@ -484,7 +484,7 @@ TEST_F(Module, a_negative_use_count_prevents_unloading_forever) {
     EXPECT_EQ(module.usage(), -1);
 }
 
-TEST_F(Module, modules_and_uses_are_copied_only_as_declared) {
+TEST_F(Module, modules_and_uses_cannot_be_copied) {
     static_assert(!std::is_copy_constructible_v<cModule>);
     static_assert(!std::is_copy_assignable_v<cModule>);
     static_assert(!std::is_copy_constructible_v<cModuleUse>);

@@ -11,9 +11,9 @@
 
 namespace {
 
-objref early = make<cIntValF>(31, cIntFormat::fmtHEX); // destroyed last: only held
+objref early = make<cIntValF>(31, cIntFormat::fmtHEX); // destroyed last, without being used then
 int number = 8;
-cIntRefF by_value(number, cIntFormat::fmtOct); // destroyed late, too
+cIntRefF view(number, cIntFormat::fmtOct); // destroyed late, too
 
 struct cUser {
     cUser() { cat::nil(); } // the core is destroyed after this object

@@ -8,8 +8,7 @@
 
 class cRandom {
   public:
-    // The seed is mixed first: otherwise each seed's sequence would be that of the seed before,
-    // shifted by one.
+    // The seed is mixed first, so that similar seeds have unrelated sequences.
     explicit cRandom(std::uint64_t seed) : state_(mixed(seed * 0xD1342543DE82EF95u + 1)) {}
 
     std::uint64_t next() { return mixed(state_ += 0x9E3779B97F4A7C15u); }

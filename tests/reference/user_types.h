@@ -48,7 +48,7 @@ void watch_changes(cObj &value);
 // An own method that logs and either does what the type's method does or fails.
 void give_own_method(cObj &value);
 
-// The actions of user code besides logging.
+// Now and then does what user code may do besides logging. May throw.
 void act();
 
 // Replaces methods of library types, until the end of the scope, by methods that log and call the

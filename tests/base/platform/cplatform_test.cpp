@@ -166,7 +166,7 @@ TEST_F(Platform, files_and_folders_are_distinguished) {
     EXPECT_FALSE(cat::file_exists(""));
 }
 
-TEST_F(Platform, the_read_only_mark_changes_only_the_owners_permission) {
+TEST_F(Platform, only_the_owners_permission_makes_a_file_writable) {
     put(file, "x");
     ASSERT_EQ(::chmod(file.c_str(), 0464), 0);
     EXPECT_TRUE(cat::is_read_only(file));
@@ -300,8 +300,7 @@ TEST_F(Platform, a_folder_is_refused) {
     EXPECT_EQ(entries(), 0U);
 }
 
-// Each system call of the replacement by a rename fails in turn. Some errors make the replacement
-// fail, others make it write in place.
+// A system call fails, so that the replacement fails, too.
 template <class Break> void expect_old_content(std::string const &file, Break const &break_it) {
     put(file, "old");
     cat::os_calls const before = cat::os;
@@ -360,7 +359,7 @@ void expect_in_place(std::string const &file, Break const &break_it, std::string
     EXPECT_EQ(inode_of(file), before);
 }
 
-TEST_F(Platform, a_file_is_written_in_place_if_no_file_can_be_created_beside_it) {
+TEST_F(Platform, a_file_is_written_in_place_if_a_rename_cannot_replace_it) {
     expect_in_place(
         file, [] { cat::os.rename = [](char const *, char const *) { return fail<EPERM>(0); }; },
         "new");
@@ -388,20 +387,19 @@ TEST_F(Platform, a_full_disk_leaves_the_file_in_place_intact) {
     EXPECT_EQ(content(file), "a longer text");
 }
 
-TEST_F(Platform, names_in_use_are_skipped) {
+TEST_F(Platform, temporary_names_in_use_are_skipped) {
     put(file, "old");
-    static int refused;
-    refused = 0;
+    static int attempts;
+    attempts = 0;
     cat::os.open = [](char const *path, int flags, mode_t mode) {
         if ((flags & O_TMPFILE) == O_TMPFILE) return fail<EOPNOTSUPP>(0);
-        return flags & O_CREAT && refused++ < 3 ? fail<EEXIST>(0) : ::open(path, flags, mode);
+        return flags & O_CREAT && attempts++ < 3 ? fail<EEXIST>(0) : ::open(path, flags, mode);
     };
     EXPECT_TRUE(cat::replace_file(file, "new"));
     EXPECT_EQ(content(file), "new");
-    EXPECT_EQ(refused, 4);
+    EXPECT_EQ(attempts, 4);
 }
 
-// A process that is killed between two steps leaves the old or the new content under the name.
 TEST_F(Platform, a_process_killed_between_the_steps_leaves_the_old_or_the_new_content) {
     static int steps_left;
     auto const end_after = [](int steps) {

@@ -1,5 +1,5 @@
-// `new` and `delete` of pooled classes in all their forms. The memory is from the heap in debug
-// builds and from the pool in release builds.
+// `new` and `delete` of pooled classes in all their forms. Only release builds use the pool; in
+// debug builds all memory is from the heap.
 
 #include "qrv/base/platform/cpooled.h"
 
@@ -95,7 +95,7 @@ TEST(Pooled, arrays_are_on_the_heap) {
     EXPECT_FALSE(in_pool(array.get()));
 }
 
-TEST(Pooled, shared_pointers_and_members_use_no_cell) {
+TEST(Pooled, shared_pointers_and_local_objects_use_no_cell) {
     auto const shared = std::make_shared<cSized<8>>();
     EXPECT_FALSE(in_pool(shared.get()));
     cSized<8> const local;

@@ -71,7 +71,8 @@ TEST(Stack, a_recursion_that_checks_the_stack_ends_in_time) { EXPECT_GT(descend(
 
 // ---- the bounds ----
 
-void *end_of_thread(void *end) {
+// Returns null if the end is not above this frame, or is too far from it.
+void *store_stack_end(void *end) {
     *static_cast<void const **>(end) = cat::stack_end();
     char local = 0;
     auto const here = reinterpret_cast<std::uintptr_t>(&local);
@@ -81,14 +82,14 @@ void *end_of_thread(void *end) {
 
 TEST(Stack, each_thread_has_its_own_end_above_its_frames) {
     void const *own = nullptr;
-    EXPECT_NE(end_of_thread(&own), nullptr);
+    EXPECT_NE(store_stack_end(&own), nullptr);
     EXPECT_EQ(cat::stack_end(), own);
     void const *other = nullptr;
     pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, nullptr, end_of_thread, &other), 0);
-    void *right = nullptr;
-    ASSERT_EQ(pthread_join(thread, &right), 0);
-    EXPECT_NE(right, nullptr);
+    ASSERT_EQ(pthread_create(&thread, nullptr, store_stack_end, &other), 0);
+    void *above = nullptr;
+    ASSERT_EQ(pthread_join(thread, &above), 0);
+    EXPECT_NE(above, nullptr);
     EXPECT_NE(other, own);
 }
 
@@ -106,8 +107,9 @@ void *look_at_unknown_bounds(void *argument) {
     return nullptr;
 }
 
-// The exact end of the main thread's stack, which the system otherwise rounds up to a page.
-TEST(Stack, without_bounds_from_the_system_no_walk_is_stopped_and_the_main_threads_end_is_used) {
+// The end without bounds is up to a page lower, since the system's bounds are rounded up.
+TEST(Stack,
+     without_bounds_from_the_system_no_recursion_is_stopped_and_the_main_threads_end_is_used) {
     cUnknownBounds seen;
     {
         cOsFaults const faults(0, ENOMEM);

@@ -1,4 +1,4 @@
-// A module whose static initialisation loads another module, by a reference to one of its things.
+// A module whose static initialisation loads another module: it searches for "name:module".
 #include "tests/modules/shared/module.h"
 
 namespace {

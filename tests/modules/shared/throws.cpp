@@ -1,5 +1,5 @@
-// A module whose setup function throws an exception of a type that only this file knows, with an
-// entry on the stack.
+// A module whose setup function has an entered thing on the stack and throws an exception of a type
+// that only this file knows.
 #include "tests/modules/shared/module.h"
 
 #include <stdexcept>
