@@ -49,7 +49,7 @@ class BenchCount(Tree):
     def save(self):
         self.assertEqual(self.run_count("--save", "saved").returncode, 0)
 
-    def test_each_row_of_the_library_by_round_and_by_entry(self):
+    def test_prints_the_instructions_of_a_round_and_those_for_each_entry(self):
         result = self.run_count("--rows", "10+$")
         self.assertEqual([line.split() for line in result.stdout.splitlines()[1:]],
                          [["find/10", "200", "20.0"], ["find/100", "2,000", "20.0"]])

@@ -13,12 +13,14 @@
 #include <string>
 #include <type_traits>
 
-// Counts all calls until the end of its scope, and then restores the original functions.
+// Counts the calls that wrap() lists, until the end of its scope, and then restores the original
+// functions.
 class cOsFaults {
   public:
     static constexpr int dies = -1; // ends the process instead of returning an error
 
-    // The call with the number `at` (from 0) fails or ends the process at once; all others succeed.
+    // The call with the number `at` (from 0) fails or ends the process at once. All others call the
+    // real functions, except fsync, which does nothing.
     cOsFaults(int at, int error) : before_(cat::os) {
         real_ = cat::os;
         real_.fsync = [](int) { return 0; }; // a sweep needs no disk

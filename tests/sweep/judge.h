@@ -14,9 +14,9 @@ namespace sweep_test {
 // The lines of text that an edit may change, numbered from 0.
 using cLines = std::vector<bool>;
 
-// The number of different lines, where each group of lines counts as often as its longer side. No
-// value if a line was changed or removed that must stay; new lines are allowed next to an allowed
-// line.
+// The number of lines that differ: for each group of changed lines, the larger of the numbers
+// before and after. No value if a line that must stay was changed or removed; new lines are allowed
+// next to an allowed line.
 std::optional<size_t> changed_lines(std::string_view before, std::string_view after,
                                     cLines const &allowed);
 

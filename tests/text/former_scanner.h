@@ -34,11 +34,11 @@ struct cBuffer {
     std::string look;
     std::size_t next = 0;
     std::size_t removed = 0;
-    // No string that begins before this offset is closed, for double and single quotes. Whether a
-    // quote or a newline is escaped depends only on the backslashes directly before it, so a failed
-    // search is valid for every later quote of its kind up to the position where it stopped. All
-    // characters up to that position were taken from the stream, so it is never after a look-ahead
-    // that was dropped.
+    // For double and for single quotes: no string that begins before this offset is closed. Whether
+    // a quote or a newline is escaped depends only on the backslashes directly before it, so a
+    // failed search is valid for every later quote of its kind up to the position where it stopped.
+    // All characters before that position were read, so drop() never leaves the current position
+    // before this offset.
     std::size_t no_close[2] = {0, 0};
 };
 
@@ -117,7 +117,7 @@ inline bool take_run(std::istream &in, std::string &look, unsigned set) {
 // A used-up buffer with more capacity than this is freed, so that one huge token does not occupy
 // memory until the end of the input.
 constexpr std::size_t room_kept = 1 << 16;
-// Used characters are removed when there are at least this many and they are the greater part.
+// Used characters are removed when there are more than this many and they are the greater part.
 constexpr std::size_t used_kept = 1 << 12;
 
 inline void cBuffer::consume(std::size_t n) {
@@ -180,8 +180,8 @@ class cEngine {
         return true;
     }
 
-    // The character at distance i, from 0 to 255, or -1 after the end of input. Earlier ones were
-    // read.
+    // The character at distance i as a number from 0 to 255, or -1 at the end of input. All before
+    // it must have been read.
     int at(std::size_t i) {
         if (i >= buffer_.ahead() && !more()) return -1;
         return static_cast<unsigned char>(buffer_.look[buffer_.next + i]);
@@ -263,8 +263,8 @@ class cEngine {
                                        : found(attrFlexLexer::r_char, 1);
     }
 
-    // Digits begin at `from`, after a sign unless that is 0. A signed number needs a digit after
-    // its point, an unsigned one does not.
+    // Digits begin at `from`, which is 1 after a sign and otherwise 0. A signed number needs a
+    // digit after its point, an unsigned one does not.
     rule match_number(std::size_t from) {
         std::size_t const end = skip_to(from, cs_no_digit);
         int const c = at(end);
@@ -433,10 +433,10 @@ class cScanner : cEngine {
     }
 
     void set_outer_place() {
-        auto const behind = [](std::size_t offset, cAttrPlace const &p) {
+        auto const is_before = [](std::size_t offset, cAttrPlace const &p) {
             return offset < p.offset;
         };
-        auto next = std::upper_bound(places_.begin(), places_.end(), offset_, behind);
+        auto next = std::upper_bound(places_.begin(), places_.end(), offset_, is_before);
         if (next == places_.begin()) return;
         cAttrPlace const &place = *--next;
         token_.outer_line = place.line;

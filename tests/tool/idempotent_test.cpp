@@ -129,7 +129,7 @@ class cRandomText {
     std::mt19937_64 random_;
     bool sharing_;
     std::string out_;
-    std::vector<std::string> named_; // keys of the outermost map that have a value
+    std::vector<std::string> named_; // keys of the outermost map whose value is complete
     int keys_ = 0;
     int comments_ = 0;
 };
@@ -147,7 +147,7 @@ class ToolIdempotent : public tool_test::Tool {
         EXPECT_EQ(forced.out, "");
         EXPECT_EQ(run(second), (cRun{0, "", ""}));
     }
-    // The text without white space, which differs at a new position.
+    // The comments without white space, which changes when a comment is moved.
     std::vector<std::string> comments_in(std::string const &bytes) const {
         std::string const tokens = run_on(bytes, {"tokens", "--all"}).out;
         std::vector<std::string> found;

@@ -25,7 +25,7 @@ class ToolModule : public tool_test::Tool {
 
 cRun const one{0, "1\n", ""};
 
-TEST_F(ToolModule, is_loaded_where_it_is_requested) {
+TEST_F(ToolModule, is_loaded_if_requested_before_or_after_the_command) {
     EXPECT_EQ(run({"get", "f", "a"}), one);
     EXPECT_FALSE(was_loaded());
     EXPECT_EQ(run({"--module", "./evil", "get", "f", "a"}), one);
@@ -43,7 +43,7 @@ TEST_F(ToolModule, accepts_one_name_each_time) {
     EXPECT_TRUE(was_loaded());
 }
 
-TEST_F(ToolModule, every_command_accepts_it) {
+TEST_F(ToolModule, commands_that_read_and_commands_that_change_accept_it) {
     for (std::vector<std::string> command :
          std::vector<std::vector<std::string>>{{"fmt", "f"},
                                                {"check", "f"},

@@ -34,7 +34,8 @@ void PrintTo(cResult const &result, std::ostream *os) {
     *os << result.done << ' ' << result.number << " format " << result.format;
 }
 
-// The result of reading a string into 4711 in a given format, which the string may replace.
+// The result of reading a string into a view whose number is `untouched` and whose format is
+// `before`.
 cResult set(char const *text, Format before = Bin16) {
     int number = untouched;
     cIntFormat view(number, before);
@@ -240,7 +241,7 @@ TEST(IntFormat, hexadecimal_digits_are_read) {
         EXPECT_EQ(set(text), refused()) << text;
 }
 
-TEST(IntFormat, a_sign_or_prefix_without_digits_fails_when_the_format_is_set_already) {
+TEST(IntFormat, a_sign_or_prefix_without_digits_fails_but_changes_the_format) {
     EXPECT_EQ(set("0x"), refused(HEX));
     EXPECT_EQ(set("0x", Hex), refused(Hex));
     EXPECT_EQ(set("+"), refused(Dec));
@@ -358,7 +359,7 @@ TEST(IntFormat, the_locale_has_no_effect) {
               refused());
 }
 
-// --- the cases that were asked for ---
+// --- edge cases ---
 
 TEST(IntFormatEdge, a_single_zero_is_decimal_and_a_leading_zero_means_octal) {
     EXPECT_EQ(set("0"), good(0, Dec));

@@ -499,10 +499,10 @@ TEST_F(WatchDogTest, the_library_connects_only_to_the_step_signal) {
     EXPECT_EQ(posts, Posts{});
 }
 
-void connected_twice() { posts.push_back({0, 0, 0, 0}); }
+void other_slot() { posts.push_back({0, 0, 0, 0}); }
 
 TEST_F(WatchDogTest, other_slots_of_the_step_signal_are_called_after_the_sign_of_life) {
-    cFunctionSlot<void (*)()> const display(connected_twice, sig_progstep);
+    cFunctionSlot<void (*)()> const display(other_slot, sig_progstep);
     SetWatchDogID(7);
     sig_progstep();
     EXPECT_EQ(posts, (Posts{{7, 1027, 0, 0}, {0, 0, 0, 0}}));

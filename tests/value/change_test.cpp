@@ -27,7 +27,7 @@ qrv::value read(char const *text) {
     return value;
 }
 
-// On one line, with one blank where there are several.
+// The text on one line, with one blank for each run of white space.
 std::string text_of(std::optional<qrv::value> const &value) {
     if (!value) return "-";
     std::string const text = cat::as_text(value->object());
@@ -142,7 +142,7 @@ TEST_F(Changes, a_part_reports_its_own_changes_only) {
     EXPECT_EQ(reported(part, [&] { tree["part"] = 3; }), ""); // another object
 }
 
-TEST_F(Changes, a_part_is_listened_to_where_it_is) {
+TEST_F(Changes, a_part_can_be_listened_to_through_a_reference) {
     qrv::value tree = read("{part= {a= 1}}");
     int calls = 0;
     qrv::connection const watch = tree["part"].on_change([&](auto const &) { ++calls; });

@@ -86,7 +86,7 @@ TEST_F(Rules, nil_keeps_the_default) {
     EXPECT_EQ(made("{name= X; limit= #nil; origin= #nil}", "Axis"), made("{name= X}", "Axis"));
 }
 
-TEST_F(Rules, make_returns_a_value_that_has_the_type) {
+TEST_F(Rules, make_returns_the_value_itself_if_it_has_the_type) {
     qrv::value const axis = qrv::type("Axis").make(read("{name= X}"));
     EXPECT_TRUE(qrv::type("Axis").make(axis).is_shared_with(axis));
     qrv::value const list = read("[1]");
@@ -195,17 +195,17 @@ TEST_F(Rules, other_refusals_of_a_type_are_errors_without_rules) {
         }
         return std::string("made");
     };
-    cProcedure3 const deaf = [](cObj &, objref &, objref &) { return false; };
+    cProcedure3 const refusing = [](cObj &, objref &, objref &) { return false; };
     cProcedure3 const raising = [](cObj &, objref &, objref &) {
         eros().clear();
         eros().set(0x40000000, "not today");
         cat::sig_error()(eros());
         return false;
     };
-    cFunction1 const barren = [](objref) { return cat::bad(); };
-    EXPECT_EQ(refused("setattr", make<cExeMember>(deaf)), "type 'Point' refuses the value");
+    cFunction1 const failing = [](objref) { return cat::bad(); };
+    EXPECT_EQ(refused("setattr", make<cExeMember>(refusing)), "type 'Point' refuses the value");
     EXPECT_EQ(refused("setattr", make<cExeMember>(raising)), "not today");
-    EXPECT_EQ(refused("newobj", make<cExeMember>(barren)), "type 'Point' refuses the value");
+    EXPECT_EQ(refused("newobj", make<cExeMember>(failing)), "type 'Point' refuses the value");
 }
 
 TEST_F(Rules, a_fixed_attribute_is_the_declared_object) {
@@ -220,7 +220,7 @@ TEST_F(Rules, a_fixed_attribute_is_the_declared_object) {
               "version: key 'version' of type 'Fixed' is fixed to 3, and this is a copy\n");
 }
 
-TEST_F(Rules, a_map_that_holds_itself_and_deep_maps_are_refused_softly) {
+TEST_F(Rules, cycles_and_very_deep_maps_are_refused_without_a_crash) {
     qrv::declare("Node").optional("next", "Node");
     auto const own = make<cMapObj>();
     own->datamap().mapitem("next", own);

@@ -21,7 +21,7 @@ class ValueWrite : public Quiet {
     static void SetUpTestSuite() { cat::find_type("intf"); } // the type is created on first use
 };
 
-// A vector that is as deep as it says.
+// A vector with `depth` levels of vectors below it.
 qrv::value nested(int depth) {
     qrv::value v = read("[]");
     for (int i = 0; i < depth; ++i) {
@@ -79,7 +79,7 @@ TEST_F(ValueWrite, set_without_a_path_replaces_the_variable) {
     EXPECT_EQ(before.at("a"), 1);
 }
 
-TEST_F(ValueWrite, set_by_an_int_is_an_int_key_or_a_position) {
+TEST_F(ValueWrite, set_uses_an_int_as_an_int_key_or_a_position) {
     qrv::value v = read("{}");
     v.set(3, "x");
     v.set("4", "y");
@@ -199,7 +199,7 @@ TEST_F(ValueWrite, merge_joins_containers_and_replaces_the_rest) {
     EXPECT_THROW(qrv::value(5).merge(v), qrv::type_error);
 }
 
-TEST_F(ValueWrite, merge_of_parts_that_are_shared_ends) {
+TEST_F(ValueWrite, merging_shared_parts_terminates) {
     qrv::value part = read("{a= 1}");
     qrv::value v, w;
     v["x"] = part;
@@ -310,7 +310,7 @@ TEST_F(ValueWrite, assign_of_a_value_that_the_type_refuses_is_a_type_error) {
     EXPECT_EQ(constant, true);
 }
 
-TEST_F(ValueWrite, clone_shares_nothing_but_keeps_shared_parts) {
+TEST_F(ValueWrite, clone_shares_nothing_with_the_original_and_keeps_sharing_inside) {
     qrv::value part = read("{a= 1}");
     qrv::value v;
     v["x"] = part;

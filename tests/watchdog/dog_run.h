@@ -43,7 +43,7 @@ inline void PrintTo(cRun const &run, std::ostream *os) {
     *os << "status " << run.status << "\n--- out\n" << run.out << "--- err\n" << run.err << "---";
 }
 
-// The program of tests/watchdog/child with its steps; `shared`: linked with the installed library.
+// The program of tests/watchdog/child with its steps; `shared`: linked with the shared library.
 inline cWords child(cWords steps) {
     steps.insert(steps.begin(), test::binary_file("tests/watchdog_child"));
     return steps;

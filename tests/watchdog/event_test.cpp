@@ -1,5 +1,5 @@
-// Ownership of the event: the first watchdog has it until its end, even if a killed one left a
-// file.
+// Ownership of the event: the first watchdog has it until its end, and replaces one that a killed
+// watchdog left.
 
 #include "tools/watchdog/event.h"
 
@@ -50,7 +50,7 @@ TEST(WatchdogEvent, exists_for_this_user_as_long_as_its_owner) {
     EXPECT_FALSE(cOpened(name).is_there());
 }
 
-TEST(WatchdogEvent, take_counts_and_resets) {
+TEST(WatchdogEvent, a_new_event_was_not_raised) {
     cEvent event(own_name());
     EXPECT_EQ(event.take(), 0u);
 }

@@ -177,8 +177,7 @@ TEST(WatchdogLives, the_program_inherits_no_descriptor_of_the_watch_dog) {
 }
 
 TEST(WatchdogLives, the_program_begins_with_default_signals_except_ignored_terminal_signals) {
-    // Starts it under a shell that ignores all signals it can, and with the signal mask that the
-    // watchdog itself sets.
+    // First only the watchdog itself has changed signals, then also a shell that ignores seven.
     std::string const dog = test::binary_file("bin/qrv-watchdog");
     cDog plain({}, child({"mask"}));
     EXPECT_EQ(plain.finish(), (cRun{0, "not as by default\n", ""}));

@@ -24,7 +24,8 @@ class ChoiceText : public QrvTest {
     }
     ~ChoiceText() override { forget(); }
 
-    // Text that declares types. A reference to a type under a key also declares the type.
+    // Removes the types that the tests declare. A key whose value is a reference to a type also
+    // declares one.
     static void forget() {
         for (char const *name : {"C", "D", "q", "r"}) cat::type_hash_ptr()->delitem(name);
     }
@@ -125,7 +126,7 @@ TEST_F(ChoiceText, values_may_be_in_a_map) {
     EXPECT_EQ(r.text(), "{one= Letter(); two= Letter(); three= #cRef(/one); }");
 }
 
-TEST_F(ChoiceText, a_repeated_key_moves_the_value_in_place) {
+TEST_F(ChoiceText, a_repeated_key_moves_the_existing_value) {
     Reading const r("{ v= Letter(a); w= #cRef(/v); v= Letter(b); }");
     EXPECT_EQ(r.log, "");
     EXPECT_EQ(place_at(r, "v") + place_at(r, "w"), "bb");

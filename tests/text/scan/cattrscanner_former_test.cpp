@@ -154,8 +154,9 @@ TEST(ScannerFormer, agrees_on_a_file) {
     std::remove(name.c_str());
 }
 
-// Another string of the same length is then at the same address; only characters already taken are
-// preserved.
+// The new text has the same length, so it is at the same address as the old one. Both scanners must
+// preserve the characters that they have taken from the stream, and read all others from the new
+// text.
 TEST(ScannerFormer, agrees_when_the_text_is_replaced_between_tokens) {
     std::mt19937 random(4);
     for (int i = 0; i < 4000; ++i) {

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Text after its opening bracket, followed by a scanner for the rest.
+// A string in memory that begins after an opening bracket, and its scanner.
 struct cMemory {
     explicit cMemory(std::string_view after) : in(after), scan(in) {}
     int read() { return scan.read_enclosed('(', ')', enclosed); }
@@ -101,7 +101,7 @@ TEST(EnclosedText, records_where_lines_and_omitted_text_shift_positions) {
     EXPECT_EQ(places, "0:1:0 1:1:9 6:2:2 ");
 }
 
-// Compared with reading the tokens one by one, on generated text.
+// All texts of five characters of the alphabet.
 TEST(EnclosedText, is_equal_from_memory_and_from_a_stream) {
     std::string const alphabet = "ab(1) \n\"/*";
     std::size_t const n = alphabet.size();

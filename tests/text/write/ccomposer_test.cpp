@@ -25,7 +25,8 @@ namespace {
 class Composer : public QrvTest {};
 class ComposedAndNot : public QrvTest {};
 
-// Not exactly a std::stringbuf, so it receives each piece; it counts them.
+// Counts the pieces that it receives. The writer composes for a std::stringbuf, but not for a class
+// derived from it.
 class cPieceBuffer : public std::stringbuf {
   public:
     std::string counts() const {
@@ -65,7 +66,7 @@ std::string text_in(std::ostream const &os) {
     return buffer ? buffer->str() : "...";
 }
 
-// Both kinds of streams use a std::stringbuf.
+// text_in() can read both kinds of streams.
 std::unique_ptr<std::ostream> new_stream(bool composed) {
     if (!composed) return std::make_unique<cPieceStream>();
     auto os = std::make_unique<std::ostringstream>();
@@ -374,7 +375,7 @@ TEST_F(ComposedAndNot, long_strings_and_deep_indents_give_the_same_text) {
     EXPECT_EQ(outcome_of(root, true, true, log), outcome_of(root, false, true, log));
 }
 
-TEST_F(Composer, other_streams_receive_the_same_pieces_and_flushes_as_before) {
+TEST_F(Composer, other_streams_receive_each_piece_and_each_flush_separately) {
     objref const root = new_map(), inner = new_vector();
     append(inner, cat::of(1));
     append(inner, cat::of("a b"));
@@ -425,7 +426,7 @@ TEST_F(Composer, user_code_that_changes_the_stream_ends_composing) {
         cUserCode const user(out);
         os << std::dec;
     }
-    EXPECT_FALSE(out.composing()); // only text that was composed before is searched again
+    EXPECT_FALSE(out.composing()); // the stream is not examined again
 }
 
 TEST_F(Composer, a_buffer_that_refuses_text_sets_the_same_stream_state) {

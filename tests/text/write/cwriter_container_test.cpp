@@ -239,7 +239,7 @@ TEST_F(WriterLayout, a_skipped_value_leaves_a_gap_in_the_paths_of_a_vector) {
     append(vector, shared);
     append(vector, shared);
     EXPECT_EQ(written(vector),
-              "[5, #cRef(/1), ]"); // the key counts, although it is 0 when read again
+              "[5, #cRef(/1), ]"); // the key in this vector; when the text is read, the 5 has key 0
 }
 
 TEST_F(WriterLayout, values_of_types_that_are_not_bare_are_wrapped) {
@@ -308,7 +308,7 @@ TEST_F(WriterEdge, the_same_object_under_two_keys_is_written_once) {
     EXPECT_EQ(written(outer), "{v= [{}, #cRef(/v/0), ]; }");
 }
 
-TEST_F(WriterLayout, references_are_by_identity_scalars_and_constants_too) {
+TEST_F(WriterLayout, the_same_scalar_or_constant_is_written_again_as_a_reference) {
     objref const map = new_map("sc"), one = cat::of(1);
     put(map, "a", one);
     put(map, "b", one);
