@@ -15,7 +15,7 @@ Donation::Donation(Snapshot const &before, objref const &root) : before_(before)
     }
 }
 
-// Does not visit containers of the donor in the changed tree: `own_` has their nodes.
+// Skips a container that is the same object in both trees: `own_` has its nodes.
 void Donation::visit(objref const &now, objref const &donated) {
     if (now == donated || !container_in(now) || !container_in(donated)) return;
     if (before_.entries(donated.get()) && met_.emplace(now.get(), donated.get()).second)

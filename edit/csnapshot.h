@@ -30,10 +30,10 @@ bool is_constant(objref const &value);
 
 struct WasEntry {
     std::uint32_t anid;
-    std::uint32_t size; // of the content; `container` for containers, which have no content
+    std::uint32_t size; // of the text; 0 for a number or bool; `container` for a container
     std::uint64_t key;  // for Snapshot::key
     objref value;
-    std::uint64_t content;
+    std::uint64_t content; // the bits of a number or bool, or the offset of the text
 
     bool is_container() const { return size == container; }
     static constexpr std::uint32_t container = 0xFFFFFFFFu;
@@ -60,7 +60,8 @@ class Snapshot {
     objref key(WasEntry const &was) const;
     // The value that a node had; null if the node was not in the tree.
     objref const &value(std::uint32_t anid) const;
-    // Does the value still have the content that it had in this entry? Not for containers.
+    // Does the value still have the content that it had in this entry? For a container: is it the
+    // same one?
     bool is_still(WasEntry const &was, objref const &value) const;
     // Does the container still have the same nodes with the same values?
     bool is_still(std::vector<WasEntry> const &was, cMapObj const &container) const;

@@ -1,6 +1,6 @@
-// Numbers with a form, which the text determines. Parsing has two steps, selected by the first
-// character: find_form checks every character and determines the form; read_number reads the digits
-// by the text's prefix, modulo 2^32.
+// Numbers with a form, which the text determines. Text that begins with b or B is binary. All other
+// text is parsed in two steps: find_form checks every character and determines the form;
+// read_number reads the digits by the text's prefix, modulo 2^32.
 //
 // DELIBERATE: the second step looks at the text alone, so -010 counts as decimal but is read as
 // octal, and -09 ends before the 9.   Pinned: a_zero_after_a_sign_makes_the_digits_octal

@@ -1,10 +1,10 @@
 // The objects of the type "intf", and the type. Its methods find an object's format by casting to
-// cIntFormat, a base of both classes. A foreign object with the type "intf" has no format: it
-// supports arithmetic, but neither writing nor reading.
+// cIntFormat, a base of cIntValF and cIntRefF. An object of another class with the type "intf" has
+// no format: it supports arithmetic, but neither writing nor reading.
 //
-// Reading a written number and writing it again gives the same text. The format may change to
-// another one with the same text: 0x10 has no letter, so a new object reads it as fmtHEX, and the
-// text of an unknown format is read as fmtDec.
+// Reading a written number, if it has no blanks, and writing it again gives the same text. The
+// format may change to another one with the same text: 0x10 has no letter, so a new object reads it
+// as fmtHEX, and the text of an unknown format is read as fmtDec.
 
 #include "qrv/util/cintvalf.h"
 
@@ -48,7 +48,8 @@ bool fits(std::uint32_t bits, cIntFormat::Format format) {
     return format != cIntFormat::fmtBin16 || bits <= 0xFFFF;
 }
 
-// A binary form of the whole number, without blanks, since the reader reads one word.
+// A binary form gets enough bits for the whole number, and no blanks, since the reader reads one
+// word.
 std::string exact_text_of(cIntFormat const &value) {
     int number = value.value();
     cIntFormat wider(number, value.format());

@@ -14,7 +14,7 @@
 //               0          next_     count_           capacity_
 //
 // Constant-initialised, so that it can be used before the start-up reaches it. After its
-// destruction it accepts nothing more.
+// destruction PostWatchDog() does not use it, and drops messages that would be stored.
 class cWatchDogQueue {
   public:
     constexpr cWatchDogQueue() noexcept = default;

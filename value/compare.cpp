@@ -79,7 +79,7 @@ std::partial_ordering value::order(long double number) const noexcept {
     return static_cast<long double>(data_of<double>(*object_)) <=> number;
 }
 
-// A choice has no order, but its key is equal to this text.
+// A choice has no order, but it equals the text of its key.
 std::partial_ordering value::order(std::string_view text) const {
     if (is_string()) return std::string_view(data_of<std::string>(*object_)) <=> text;
     objref const key = detail::choice_key_of(object_);

@@ -24,7 +24,7 @@ class QRV_API cAttspec : public cObj {
   public:
     using specref = cRef<cAttspec, cRefTraits<cAttspec>>;
 
-    cAttspec(int flags, cTypeObj *type);              // borrows the type; null: any type
+    cAttspec(int flags, cTypeObj *type);              // type as in set_type()
     cAttspec(objref const &default_value, int flags); // shares; uses only the flags 1 and 2
     cAttspec(cAttspec const &) = delete;
     ~cAttspec() override;

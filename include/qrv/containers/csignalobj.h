@@ -24,7 +24,8 @@
 
 // The types. Each is created and registered at its first use. If a program has registered another
 // type of that name, the error of a duplicate type is printed, and the type works unregistered.
-// Before the core exists and after it ends, the type of executables is returned instead.
+// At the start of the core's creation and at the end of its destruction, the type of executables is
+// returned instead.
 namespace cat {
 QRV_API cTypeObj &type_signal();  // "cSignal": cSignalRef, cSignalObj
 QRV_API cTypeObj &type_signal1(); // "cSignal1": cSignalRef1, cSignalObj1
@@ -75,8 +76,8 @@ class QRV_API cSignalObj : public cSignalRef {
     cSignal own_;
 };
 
-// An executable that fires a signal with one object. With `s` that is the object on which it is
-// called, without arguments; otherwise it is the argument of the call.
+// An executable that fires a signal with one object: if `s` is true, the object on which it is
+// called, without arguments; otherwise the argument of the call.
 class QRV_API cSignalRef1 : public cExeObj {
   public:
     cSignalRef1(cSignal1<cObj &> &signal, bool s); // borrows

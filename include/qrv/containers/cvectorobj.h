@@ -7,8 +7,8 @@
 
 class QRV_API cVectorObj : public cMapObj {
   public:
-    // A copy assigns the values and copies all flags. A copy of another object does not run
-    // `create`. RUNS USER CODE
+    // A copy assigns the values and copies all flags. The constructor from a cObj does not
+    // run `create`. RUNS USER CODE
     cVectorObj();
     cVectorObj(cVectorObj const &other);
     explicit cVectorObj(cObj const &other);
@@ -22,10 +22,10 @@ class QRV_API cVectorObj : public cMapObj {
     // Removes the values at the positions start to start + count - 1 that exist. Always true.
     // RUNS USER CODE
     bool erase(int start, int count);
-    // Replaces values by those of `source` that have the type entrytype. The range ends at end =
-    // min(start + count, size). From `start` on, `end` values are removed, which for a start above
-    // 0 is more than the range has. False if `start` is after `end`, or if `source` has no slice.
-    // RUNS USER CODE
+    // Replaces values by those of `source` that have the type entrytype. The range begins at
+    // first = max(start, 0) and ends at end = min(start + count, size). From `first` on, `end`
+    // values are removed, which is more than the range has if `first` is above 0. False if `first`
+    // is after `end`, or if `source` has no slice. RUNS USER CODE
     bool setslice(cObj const &source, int start, int count);
 };
 
@@ -40,7 +40,8 @@ QRV_API bool setattr(cObj &obj, objref &key, objref &value);
 QRV_API objref getattr(objref obj, objref key);
 QRV_API bool m_assign(cObj &obj, objref &arg);
 QRV_API bool m_add(cObj &obj, objref &arg); // appends all values; true
-// If the sizes differ, prints both vectors to std::cout.
+// False if the sizes differ. If they begin to differ during the comparison, because the `equal` of
+// a value changes a vector, it also prints both vectors to std::cout.
 QRV_API bool m_equal(cObj &obj, objref &arg);
 QRV_API bool m_write(cObj &obj, objref &stream);
 QRV_API bool m_read(cObj &obj, objref &stream);

@@ -16,9 +16,9 @@ class QRV_API cAttrCursor {
     explicit cAttrCursor(hashref hash) noexcept; // at the first node; null: at the end
     cAttrCursor(cAttrCursor const &other) noexcept;
     cAttrCursor(cAttrCursor &&other) noexcept;
+    // Assignments destroy the old hash if this was its last owner. RUNS USER CODE
     cAttrCursor &operator=(cAttrCursor const &other);
-    // Destroys the old hash if this was its last owner.
-    cAttrCursor &operator=(cAttrCursor &&other) noexcept(false);
+    cAttrCursor &operator=(cAttrCursor &&other) noexcept(false); // copies; `other` is unchanged
     ~cAttrCursor(); // RUNS USER CODE, if it is the last owner of the hash
 
     // The node, borrowed. A removed one has neither key nor value. Null at the end, and if the

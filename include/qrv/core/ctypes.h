@@ -10,7 +10,7 @@ QRV_API void core_bootstrap();
 
 namespace cat {
 enum class cCoreState { none, running, ready, tearing };
-// `tearing` means that the core is being destroyed.
+// `running`: the core is being created. `tearing`: it is being destroyed.
 QRV_API cCoreState core_state() noexcept;
 
 // The built-in types. The object core is started if necessary.

@@ -21,14 +21,14 @@
 class QRV_API cException : public std::exception {
   public:
     explicit cException(std::string const &text = {});
-    // A copy gets its text by as_string() and stores it by set_string(), so that a copy of a stream
-    // includes the text that is still in the stream's buffer.
+    // Both get the text by as_string(), so that a copy of a stream includes the text that is still
+    // in the stream's buffer. An assignment stores it by set_string().
     cException(cException const &other);
     cException &operator=(cException const &other);
     ~cException() override;
 
     char const *what() const noexcept override;
-    // The text. A copy calls as_string() of its source, an assignment also set_string().
+    // The text. A class that buffers text overrides both.
     virtual std::string as_string() const;
     virtual void set_string(std::string const &text);
 
@@ -63,7 +63,7 @@ class QRV_API cErr : public cException {
     // cat::CaughtErrors exists.
     cat::ErrorNames const &names() const noexcept;
     void set_name(std::string cat::ErrorNames::*role, std::string text);
-    // Sets code and text, and the kind `other`; leaves `handled` unchanged.
+    // Sets code and text, and the kind `other`; removes the names. Leaves `handled` unchanged.
     void set(unsigned int code, std::string const &text);
 
     // Code 0, kind `other`, not handled, no text, no names.
@@ -99,16 +99,16 @@ class QRV_API cErrStream : public cErr, public cOstringstream {
     void clear() override;
 };
 
-// Treats an error by three masks on its code: prints it on the standard error stream, then throws
-// it as a cErr by value or forgives it (clears both top bits). A derived class replaces this in its
-// own dohandler(). A slot that composes and raises errors itself also receives those: it must call
-// blockoncall(true) or end the recursion itself.
+// Treats an error by three masks on its code: prints it as a line of the message output, then
+// throws it as a cErr by value or forgives it (clears both top bits). A derived class replaces this
+// in its own dohandler(). A slot that composes and raises errors itself also receives those: it
+// must call blockoncall(true) or end the recursion itself.
 class QRV_API cErrHandler : public cSlot1<cErrHandler, cErr &> {
   public:
     // The standard masks throw errors with bit 31 and forgive none. Connected to nothing.
     explicit cErrHandler(unsigned int throw_mask = 0x80000000U, unsigned int clear_mask = 0,
                          unsigned int silent_mask = 0);
-    // Copies have the same masks and no connections.
+    // Both copy the masks, but not the connections.
     cErrHandler(cErrHandler const &other);
     cErrHandler &operator=(cErrHandler const &other);
     ~cErrHandler() override;

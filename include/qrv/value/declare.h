@@ -56,7 +56,7 @@ class QRV_API type {
     type &operator=(type const &) = default;
     ~type() = default;
 
-    // The same, but empty if there is no such type.
+    // The type of that name, as above; empty if there is no such type. May run user code.
     static std::optional<type> find(std::string_view name);
 
     std::string const &name() const noexcept;
@@ -98,10 +98,10 @@ struct broken_rule {
     std::string message;         // "required key 'name' of type 'Axis' is missing"; without path
 };
 
-// All rules that prevent type::make(), and the rules of their types that objects inside the value
-// break, once for each position of such an object. Empty if the value has the type and is
-// valid, or if type::make() can create one from it. The result shares the parts that it names.
-// error: the nesting is too deep for the stack. Runs user code.   O(size of the tree)
+// All rules that prevent type::make(). Also, for each object inside the value, the rules of the
+// object's own type that it breaks, once for each position of the object. Empty if the value has
+// the type and is valid, or if type::make() can create one from it. The result shares the parts
+// that it names. error: the nesting is too deep for the stack. Runs user code.   O(size)
 QRV_API std::vector<broken_rule> broken_rules(value const &of, type const &type);
 
 // A value breaks rules of a type. what() has a line for each: "axes/0/name: " and the message.
@@ -184,8 +184,9 @@ template <class T> constexpr char const *type_name_of() {
 //
 // Each function declares one key; the order of the calls is the order of the keys.
 // declaration_error: the key is declared already, or there is no type of that name. The name of the
-// type that is being declared is valid, too. The builder shares the values until it registers the
-// type.   O(1) each, O(keys) for the type
+// type that is being declared is valid, too. std::logic_error: the type is registered already. The
+// builder clones the values, and shares the type.   O(1) each, O(size) for a value, O(keys) for the
+// type
 class QRV_API type_builder {
   public:
     type_builder(type_builder const &) = delete; // write qrv::type, not auto
@@ -211,8 +212,7 @@ class QRV_API type_builder {
 
     // The attribute has a default, and the default's type. If there is an `of`, its make() converts
     // the default, so the default of a choice can be its key; declaration_error: the default breaks
-    // rules of the type, or is nil. The default is shared until the registration and belongs to the
-    // type afterwards.
+    // rules of the type, or is nil. The type gets a clone of the default.
     type_builder &with_default(std::string_view key, value const &fallback);
     type_builder &with_default(std::string_view key, value const &fallback,
                                detail::type_or_name const &of);
@@ -221,8 +221,9 @@ class QRV_API type_builder {
         return with_default(key, value(fallback), detail::type_name_of<T>());
     }
 
-    // The attribute is always this object itself: #FIXED. Objects of such a type can't be read from
-    // text, since reading creates another object; type::make() creates them.
+    // The attribute is always the same object, a clone of `constant`: #FIXED. Objects of such a
+    // type can't be read from text, since reading creates another object; type::make() creates
+    // them.
     type_builder &fixed(std::string_view key, value const &constant);
 
     // The attribute is required and of a choice type, or has one of the type's keys as its default.
@@ -262,7 +263,7 @@ struct choice_key {
 };
 
 // Declares and registers a choice: {"off", "slow"}, or {{"off", 0}, {"slow", 50}}. The second
-// function shares a container, whose keys are the choices. declaration_error: as for declare(), for
+// function clones a container, whose keys are the choices. declaration_error: as for declare(), for
 // a repeated key, and for a value that is not a container. If the type is declared again, runs user
 // code: the slots of `changed`.
 QRV_API type declare_choice(std::string_view name, std::initializer_list<choice_key> choices);

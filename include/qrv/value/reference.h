@@ -44,10 +44,9 @@ class QRV_API reference {
     void operator=(value const &) & = delete;  // assign in the expression that makes the reference
     void operator=(reference const &) & = delete;
 
-    // read(): the value, shared; path_error: there is none. exists(): whether there is one.
-    //   O(keys)
+    // The value at these keys, shared. path_error: there is no value.   O(keys)
     operator value() const { return read(); }
-    bool exists() const;
+    bool exists() const; // is there a value?   O(keys)
 
     // A reference to an entry one level below, which shares the value, too. Does not look up the
     // keys. range_error: an int can't hold the key.   O(length of the keys)
@@ -138,8 +137,8 @@ class QRV_API reference {
     }
     template <detail::no_key T> void set(T, value const &) const = delete;
 
-    // --- the same, but if there is no value at these keys, the functions act on an empty
-    // container.
+    // --- the same, but if there is no value at these keys, the functions act on #nil,
+    // which has no entries.
 
     template <detail::gettable T> std::optional<T> get_if() const { return peek().get_if<T>(); }
     template <detail::gettable T> std::optional<T> get(std::string_view path) const {

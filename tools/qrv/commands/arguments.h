@@ -1,6 +1,6 @@
 #pragma once
-// The arguments of one command. Only the source of this class and the command line itself use the
-// parser, which takes seconds to compile.
+// The arguments of one command, which is defined without the parser's headers: they take seconds to
+// compile.
 
 #include <functional>
 #include <memory>
@@ -52,6 +52,7 @@ class cArguments {
 
     // The two options cannot be given together. Both must have been added.
     void exclude(char const *option, char const *other);
+    // `option` needs `other`. Both must have been added.
     void need(char const *option, char const *other);
     // After parsing, reports "OPTION requires WHAT" if `is_missing` returns true.
     void need(char const *option, char const *what, std::function<bool()> is_missing);

@@ -35,7 +35,7 @@ struct cEntrySpan {
 // over many lines; if that isn't possible, the comment follows the container.
 class cComments {
   public:
-    // `map` belongs to `bytes`, which must outlive the object; the map and the value need not.
+    // `map` belongs to `bytes`, which must outlive the object; the map need not.
     cComments(std::string const &bytes, cat::SourceMap const &map);
 
     // Sets containers in the value to many lines if a comment needs it.

@@ -16,7 +16,7 @@ namespace {
 
 using Repeated = qrv::edit::Edit::Repeated;
 
-// The two readings are isolated: the types that the old text declares are unknown to the new one.
+// Isolated, so that the types that the old text declares are unknown when the new text is read.
 cReply changed_text(std::string const &bytes, cChange const &change, Repeated repeated,
                     cMessages const &about) {
     return apart(about.name(), [&](cReply &reply) {

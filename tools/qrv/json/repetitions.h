@@ -8,8 +8,8 @@
 
 class cRepetitions {
   public:
-    // Adds a repetition of the key at the offset `first`: an entry that begins with a comma after
-    // `before` and ends at `end`. Repetitions of a key must be added in order.
+    // Adds an entry that repeats the key at the offset `first`. `before` is the end of the entry
+    // before it, `end` its own end. Repetitions of a key must be added in order.
     void add(size_t first, size_t before, size_t end);
     bool empty() const { return parts_.empty(); }
     std::string removed_from(std::string const &bytes) const; // O(size)

@@ -115,7 +115,7 @@ class cJsonWriter {
         put_typed(value, one_line);
     }
 
-    // Writes an object of a declared type as a map of its attributes.
+    // Writes an object of another type: as a map of its attributes, or else its text as a string.
     void put_typed(objref const &value, bool one_line) {
         bool const is_map = dynamic_cast<cMapObj const *>(value.get());
         lose("an object of type '" + shortened(value->type().name()) + "' becomes a " +

@@ -7,7 +7,7 @@
 enum class cRole : unsigned char { error, warning, note, caret };
 
 // Sets whether messages are coloured: "always", "never", or "auto", the default, which means only
-// on a terminal, and not if the environment has NO_COLOR.
+// on a terminal, and not if the environment has NO_COLOR or TERM=dumb.
 void choose_colours(std::string const &when);
 std::string painted(std::string const &text, cRole role); // returns the text if colours are off
 

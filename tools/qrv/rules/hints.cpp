@@ -16,16 +16,15 @@ namespace {
 struct cSlip {
     char const *pattern;
     char const *note;
-    char const *until = nullptr; // the text that ends a slip of several lines
+    char const *until = nullptr; // the slip ends with the line that has this text
     bool repeats = false;        // the next mistakes of this kind belong to the first one
 };
 
-// A key or a word of a value; a number; text in quotes; the part before a key.
-#define WORD "[A-Za-z_][A-Za-z_0-9]*"
+#define WORD "[A-Za-z_][A-Za-z_0-9]*" // a key, or a word of a value
 #define NUMBER "[+-]?[0-9]+(?:\\.[0-9]+)?"
 #define QUOTED "\"[^\"]*\""
-#define SPACE "(?:\\s|//[^\n]*\n)*"
-#define START "(?:^|[{\\[(<;,])\\s*"
+#define SPACE "(?:\\s|//[^\n]*\n)*"  // with comments
+#define START "(?:^|[{\\[(<;,])\\s*" // what is before a key
 #define KEY START "(?:" WORD "|" QUOTED ")\\s*"
 
 // The first match counts, so special slips come before general ones.

@@ -123,7 +123,7 @@ class cLater {
         objref value;
         int delimiter = 0;
         cAttrScan scan(is, false);
-        scan.reset(0, place.line, place.column - 2); // from 0, and one for the bracket
+        scan.reset(0, place.line, place.column - 2); // columns count from 0; the bracket has one
         scan.scan_obj(value, &delimiter);
         return report.entries();
     }
