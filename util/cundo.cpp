@@ -219,8 +219,8 @@ std::string cUndoGlobalList::broken_rule() const {
     }
     std::sort(actions.begin(), actions.end());
     if (std::adjacent_find(actions.begin(), actions.end()) != actions.end())
-        return "U2 stands twice";
-    if (!active_ && !entries_.empty()) return "U3 shut and not empty";
+        return "U2 listed twice";
+    if (!active_ && !entries_.empty()) return "U3 inactive and not empty";
     return {};
 }
 

@@ -39,16 +39,16 @@ TEST_F(UndoRules, u1_a_null_entry) {
 TEST_F(UndoRules, u2_an_action_is_listed_twice_adjacent_or_apart) {
     auto &entries = Probe::entries(*list);
     entries.push_front(entries.front());
-    EXPECT_EQ(list->broken_rule(), "U2 stands twice");
+    EXPECT_EQ(list->broken_rule(), "U2 listed twice");
     entries.pop_front();
     entries.push_back(entries.front());
-    EXPECT_EQ(list->broken_rule(), "U2 stands twice");
+    EXPECT_EQ(list->broken_rule(), "U2 listed twice");
     entries.pop_back();
 }
 
 TEST_F(UndoRules, u3_an_inactive_list_has_entries) {
     Probe::active(*list) = false;
-    EXPECT_EQ(list->broken_rule(), "U3 shut and not empty");
+    EXPECT_EQ(list->broken_rule(), "U3 inactive and not empty");
     Probe::active(*list) = true;
 }
 

@@ -118,7 +118,8 @@ QRV_API bool m_assign(cObj &obj, objref &arg);
 QRV_API bool m_add(cObj &obj, objref &arg); // adds the missing keys; always true
 // Appends at after_last_index(), without checks. Always true.
 QRV_API bool m_append(cObj &obj, objref &arg);
-// If the sizes differ, prints both maps to std::cout.
+// False if the sizes differ. If they begin to differ during the comparison, because the `equal` of
+// a value changes a map, it also prints both maps to std::cout.
 QRV_API bool equal_sorted(cObj &obj, objref &arg);
 // By key, in any order. Prints nothing.
 QRV_API bool equal_unsorted(cObj &obj, objref &arg);

@@ -100,7 +100,7 @@ class QRV_API cUndoGlobalList {
     // list, which is never dereferenced.   RUNS USER CODE
     void remove(cUndo *action);
 
-    // Empty, or the first violated rule, as "U2 stands twice"; see cundo.cpp.
+    // Empty, or the first violated rule, as "U2 listed twice"; see cundo.cpp.
     std::string broken_rule() const;
 
   private:
