@@ -267,7 +267,14 @@ std::uint32_t cSetIndex::hash_of(cObj const &value) const {
         bits = *cat::value_in<bool>(&value) ? std::uint64_t{1} << 32 : std::uint64_t{1} << 33;
         break;
     }
-    return static_cast<std::uint32_t>(bits * factor_ >> 32);
+    return spread(bits, factor_);
+}
+
+// Multiplying once keeps the distances of ints such as 1, 2, 3..., and with some factors all of
+// them are near each other in the table.
+std::uint32_t cSetIndex::spread(std::uint64_t bits, std::uint64_t factor) noexcept {
+    std::uint64_t const once = bits * factor;
+    return static_cast<std::uint32_t>((once ^ once >> 32) * factor >> 32);
 }
 
 bool cSetIndex::is_whole(cAttrHash const &hash) const {

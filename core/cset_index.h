@@ -35,6 +35,9 @@ class cSetIndex {
     // Call before the value of an object changes that is in an index.
     static void loosen(cObj const &value) noexcept;
 
+    // The hash of an int. The factor is odd, and random in each process.
+    static std::uint32_t spread(std::uint64_t bits, std::uint64_t factor) noexcept;
+
     // Is each entry of the hash in its right state?   O(n)
     bool is_whole(cAttrHash const &hash) const;
 

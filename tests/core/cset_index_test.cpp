@@ -205,3 +205,24 @@ TEST_F(SetIndex, equal_values_stored_without_append_do_not_slow_searches_down) {
     }
     EXPECT_TRUE(set->append(cat::of("new")));
 }
+
+// With the wrong factor, a hash that only multiplies would put most of the numbers next to each
+// other.
+TEST_F(SetIndex, numbers_in_a_row_are_spread_over_the_table_with_any_factor) {
+    constexpr std::size_t capacity = 1U << 14, filled = capacity * 2 / 3, longest_probe = 64;
+    std::mt19937_64 factors(5);
+    for (int i = 0; i < (test::sanitized ? 30 : 150); ++i) {
+        std::uint64_t const factor = factors() | 1;
+        for (unsigned const distance : {1U, 2U, 3U, 1000U, 4096U, 1U << 16, 0xFFFFFFFFU}) {
+            std::vector<bool> used(capacity);
+            std::size_t too_far = 0;
+            for (unsigned k = 0; k < filled; ++k) {
+                std::size_t at = cSetIndex::spread(k * distance, factor) % capacity, steps = 0;
+                for (; used[at]; at = (at + 1) % capacity) ++steps;
+                used[at] = true;
+                too_far += steps >= longest_probe;
+            }
+            ASSERT_LT(too_far, filled / 20) << "factor " << factor << ", distance " << distance;
+        }
+    }
+}

@@ -40,4 +40,25 @@ TEST(ScannerWork, many_unclosed_quotes_in_a_line_take_linear_time) {
         EXPECT_LE(compared_in('{' + text + "\n}\n" + text), 20 * text.size()) << piece;
     }
 }
+
+TEST(ScannerWork, no_repeated_piece_takes_more_than_linear_time) {
+    std::vector<std::string> const parts{"\"",  "'", "\\", "/", "*", "//", "/*", "*/", "{", "<",
+                                         "#",   "(", "1",  ".", "e", "+",  "a",  " ",  "\n"};
+    std::string worst;
+    double most = 0;
+    for (std::string const &first : parts)
+        for (std::string const &second : parts)
+            for (std::string const &third : parts)
+                for (std::string const end : {"", "\n", "\"\n\"", "\n*/"}) {
+                    std::string text;
+                    while (text.size() < 600) text += first + second + third;
+                    text += end;
+                    double const work = static_cast<double>(compared_in(text)) /
+                                        static_cast<double>(text.size());
+                    if (work <= most) continue;
+                    most = work;
+                    worst = first + second + third + " and " + end;
+                }
+    EXPECT_LE(most, 10) << worst;
+}
 #endif
